@@ -1,0 +1,606 @@
+#include "app/MainWindow.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWindow>
+
+#include <functional>
+#include <sys/utsname.h>
+
+#include "packagetable/Model.h"
+#include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/View.h"
+#include "python/Python.h"
+#include "repo/YumConfIO.h"
+#include "services/HProgressBar.h"
+#include "services/LogWindow.h"
+#include "widgets/Colors.h"
+#include "widgets/HFrameLabel.h"
+#include "widgets/HMenu.h"
+#include "yumio/YumIO.h"
+
+namespace {
+
+constexpr int searchMode = PackageTable::Search;
+
+QString nodeName()
+{
+    utsname names;
+    return uname(&names) == 0 ? QString::fromLocal8Bit(names.nodename) : QString();
+}
+
+} // namespace
+
+MainWindow::MainWindow()
+    : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), yumConfIO(nullptr), initialized(false),
+      scheduled(false), busy(false), logWindow(nullptr)
+{
+    setWindowTitle(tr("VYRE - %1").arg(nodeName()));
+    model = new PackageTable::Model(yumIO, this);
+    proxy = new PackageTable::SortFilterProxyModel(PackageTable::ViewUpdatable, true, false, yumIO, this);
+    proxy->setSourceModel(model);
+    createMenuBar();
+    createMainArea();
+    yumIO->setup(this, totalBar, itemBar);
+    connect(yumIO, SIGNAL(collectedExtraData()), this, SLOT(collectedExtraData()));
+    collectedExtraData();
+    modeChanged(PackageTable::Filter);
+    setReady(false);
+}
+
+void MainWindow::createMenuBar()
+{
+    const auto addMenu = [this](const QString& title) {
+        auto* menu = new HMenu(title, menuBar());
+        menuBar()->addMenu(menu);
+        return menu;
+    };
+    programMenu = addMenu(tr("&Program"));
+    quitAction = programMenu->addAction(tr("&Quit"), this, SLOT(quit()), QKeySequence(tr("Ctrl+Q")));
+
+    HMenu* windowsMenu = addMenu(tr("&Windows"));
+    windowsMenu->addAction(tr("&Log"), this, SLOT(displayLog()), QKeySequence(tr("Ctrl+L")));
+
+    repositoriesMenu = addMenu(tr("&Repositories"));
+    editConfigurationAction = repositoriesMenu->addAction(tr("&Edit Configuration"));
+    editConfigurationAction->setShortcut(QKeySequence(tr("Ctrl+E")));
+    editConfigurationAction->setEnabled(false); // has no window to open yet
+
+    cacheMenu = addMenu(tr("&Cache"));
+    cleanDbcacheAction = cacheMenu->addAction(tr("Clean dbcache"), this, SLOT(cleanDbcache()));
+    cleanPackagesAction = cacheMenu->addAction(tr("Clean Packages"), this, SLOT(cleanPackages()));
+    cleanMetadataAction = cacheMenu->addAction(tr("Clean Metadata"), this, SLOT(cleanMetadata()));
+    cacheMenu->addSeparator();
+    cleanAllAction = cacheMenu->addAction(tr("Clean All"), this, SLOT(cleanAll()));
+
+    HMenu* helpMenu = addMenu(tr("&Help"));
+    helpMenu->addAction(tr("Manual (html)"))->setEnabled(false); // neither is there to be opened yet
+    helpMenu->addAction(tr("Manual (PDF)"))->setEnabled(false);
+    helpMenu->addSeparator();
+    helpMenu->addAction(tr("&About"), this, SLOT(about()), QKeySequence(Qt::Key_F1));
+}
+
+void MainWindow::createMainArea()
+{
+    auto* central = new QWidget(this);
+    auto* centralLayout = new QVBoxLayout(central);
+    tableArea = new QWidget(central);
+    auto* tableLayout = new QVBoxLayout(tableArea);
+    tableLayout->setContentsMargins(0, 0, 0, 0);
+    tableLayout->addLayout(createFilterRow());
+    view = new PackageTable::View(model, proxy, tableArea);
+    tableLayout->addWidget(view, 1);
+    tableLayout->addLayout(createButtonRow());
+    connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
+    connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));
+
+    totalBar = new HProgressBar(central);
+    itemBar = new HProgressBar(central);
+    centralLayout->addWidget(tableArea, 1);
+    centralLayout->addWidget(totalBar);
+    centralLayout->addWidget(itemBar);
+    setCentralWidget(central);
+}
+
+QBoxLayout* MainWindow::createFilterRow()
+{
+    auto* row = new QHBoxLayout;
+    modeBox = new QComboBox;
+    modeBox->addItem(tr("Filter"));
+    modeBox->addItem(tr("Search"));
+    connect(modeBox, SIGNAL(currentIndexChanged(int)), this, SLOT(modeChanged(int)));
+    row->addWidget(modeBox);
+
+    regexpEdit = new QLineEdit(QStringLiteral(".*"));
+    connect(regexpEdit, SIGNAL(returnPressed()), this, SLOT(filtersearch()));
+    row->addWidget(regexpEdit, 1);
+
+    filterButton = new QPushButton;
+    filterButton->setDefault(true);
+    connect(filterButton, SIGNAL(clicked()), this, SLOT(filtersearch()));
+    row->addWidget(filterButton);
+
+    stateBox = new QComboBox;
+    stateBox->addItem(tr("View Updatable"), PackageTable::ViewUpdatable);
+    stateBox->addItem(tr("View Installable"), PackageTable::ViewInstallable);
+    stateBox->addItem(tr("View Removable"), PackageTable::ViewRemovable);
+    stateBox->addItem(tr("View All"), PackageTable::ViewAll);
+    stateBox->setToolTip(
+        tr("Filter for those packages which are eligible for updating,\nfor installing, or for "
+           "removing; or show all packages"));
+    connect(stateBox, SIGNAL(currentIndexChanged(int)), this, SLOT(stateFilterChanged(int)));
+    row->addWidget(stateBox);
+
+    dupsBox = new QCheckBox(tr("Include Duplicates"));
+    dupsBox->setChecked(true);
+    dupsBox->setToolTip(
+        tr("Whether or not filter should include packages with duplicate names.\nIf unchecked, the "
+           "package with the architecture closest to the base architecture is shown."));
+    connect(dupsBox, SIGNAL(stateChanged(int)), this, SLOT(dupsFilterChanged(int)));
+    row->addWidget(dupsBox);
+
+    groupsBox = new QCheckBox(tr("Include Groups"));
+    groupsBox->setToolTip(tr("Whether or not filter should include package groups"));
+    connect(groupsBox, SIGNAL(stateChanged(int)), this, SLOT(groupsFilterChanged(int)));
+    row->addWidget(groupsBox);
+    return row;
+}
+
+QBoxLayout* MainWindow::createButtonRow()
+{
+    auto* row = new QHBoxLayout;
+    const auto addButton = [this, row](const QString& text, const QString& toolTip, const char* slot) {
+        auto* button = new QPushButton(text);
+        button->setToolTip(toolTip);
+        if (slot != nullptr) {
+            connect(button, SIGNAL(clicked()), this, slot);
+        }
+        row->addWidget(button);
+        return button;
+    };
+    describeButton = addButton(
+        tr("&Describe"), tr("Pop up a window with a detailed description of the currently selected package"),
+        nullptr);
+    describeButton->setEnabled(false); // has no window to open yet
+    row->addStretch(1);
+    addButton(tr("Re&size"), tr("Resize the columns and window to optimal values"), SLOT(resize()));
+    addButton(
+        tr("Re&fresh"),
+        tr("Refresh the list of installed packages and packages available for update.\nUse this to check for "
+           "new updates in repositories, or if any packages were installed manually."),
+        SLOT(refresh()));
+    addButton(
+        tr("Set &Install/Update of Selected"),
+        tr("Sets the Action for all selected packages which are Not Installed to Install, and\nsets the "
+           "Action for all selected packages which are Installed but Out-of-date to Update.\nDoes not Apply "
+           "Actions automatically."),
+        SLOT(setSelected()));
+    addButton(
+        tr("Set &Update of Listed"),
+        tr("Sets the Action to Update for any packages which are Installed but Out-of-date,\nand which are "
+           "currently listed based on the the Mode, Filter, Search, State, Duplicates, and Groups "
+           "settings.\nDoes not Apply Actions automatically."),
+        SLOT(setUpdateListed()));
+    addButton(tr("&Clear Actions"), tr("Clears all specified Actions (Updates, Installs, and Removals)"),
+              SLOT(clearActions()));
+    unlistedLabel = new HFrameLabel;
+    unlistedLabel->setPalette(Colors::makeWarning(unlistedLabel->palette()));
+    warnConfigure();
+    row->addWidget(unlistedLabel);
+    applyButton =
+        addButton(tr("&Apply Actions"), tr("Applies the specified Actions (Updates, Installs, and Removals)"),
+                  SLOT(apply()));
+    applyButton->setEnabled(false);
+    return row;
+}
+
+void MainWindow::setMode(PackageTable::Mode mode)
+{
+    modeBox->setCurrentIndex(mode);
+}
+
+void MainWindow::setRegexp(const char* regexp)
+{
+    regexpEdit->setText(QString::fromLocal8Bit(regexp));
+}
+
+void MainWindow::setStateFilter(PackageTable::StateFilter filter)
+{
+    stateBox->setCurrentIndex(filter);
+}
+
+void MainWindow::setDups(bool include)
+{
+    dupsBox->setChecked(include);
+}
+
+void MainWindow::setGroups(bool include)
+{
+    groupsBox->setChecked(include);
+}
+
+void MainWindow::setVisible(bool visible)
+{
+    QMainWindow::setVisible(visible);
+    if (visible && !scheduled) {
+        scheduled = true;
+        QTimer::singleShot(0, this, SLOT(initialize()));
+    }
+}
+
+QSize MainWindow::sizeHint() const
+{
+    return QMainWindow::sizeHint().expandedTo(QSize(768, 0));
+}
+
+void MainWindow::initialize()
+{
+    // The window system shows a window in its own time, and a window without contents looks broken.
+    QElapsedTimer waiting;
+    waiting.start();
+    while (windowHandle() != nullptr && !windowHandle()->isExposed() && waiting.elapsed() < 2000) {
+        QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+    }
+    repaint();
+    if (quitting()) {
+        return;
+    }
+
+    yumConfIO = new YumConfIO(repoOverrides, sessionEnabled);
+    connect(yumConfIO, SIGNAL(changed()), this, SLOT(yumConfIOChanged()));
+    model->setYumConfIO(yumConfIO);
+    if (logAtStart) {
+        displayLog();
+    }
+    if (!yumIO->initialize()) {
+        quit();
+        return;
+    }
+    if (repoEditorAtStart) {
+        yumIO->log(Log::Warning, 0, tr("The repository configuration editor is not part of this version."));
+    }
+    yumConfIO->read(this);
+    yumIO->collect(sessionEnabled);
+    if (quitting()) {
+        return;
+    }
+    model->reset();
+    tableArea->show();
+    view->resizeColumnsToContents();
+    filtersearch();
+    setReady(true);
+    initialized = true;
+}
+
+void MainWindow::yumConfIOChanged()
+{
+    const QString& directory = yumConfIO->cachedir;
+    cleanDbcacheAction->setToolTip(tr("Clean RPM dbcache files (solv/solvx databases constructed from the "
+                                      "metadata) cached locally in %1")
+                                       .arg(directory));
+    cleanPackagesAction->setToolTip(
+        tr("Clean RPM packages cached locally in %1\n(useful for recovering disk space)").arg(directory));
+    cleanMetadataAction->setToolTip(
+        tr("Clean metadata (mostly XML or compressed XML) cached locally in %1").arg(directory));
+    cleanAllAction->setToolTip(tr("Clean all data cached locally in %1").arg(directory));
+}
+
+void MainWindow::setReady(bool ready)
+{
+    {
+        Python::PyGILStateWrapper lock(ready && Python::initialized);
+        if (!ready && !busy) {
+            focusBefore = focusWidget();
+        }
+        programMenu->setEnabled(ready);
+        quitAction->setEnabled(ready);
+        repositoriesMenu->setEnabled(ready);
+        cacheMenu->setEnabled(ready);
+        for (QAction* action :
+             {cleanDbcacheAction, cleanPackagesAction, cleanMetadataAction, cleanAllAction}) {
+            action->setEnabled(ready);
+        }
+        tableArea->setEnabled(ready);
+        if (ready && busy && !focusBefore.isNull()) {
+            focusBefore->setFocus();
+        }
+    }
+    if (ready == busy) {
+        busy = !ready;
+        if (busy) {
+            QApplication::setOverrideCursor(Qt::BusyCursor);
+        } else {
+            QApplication::restoreOverrideCursor();
+        }
+    }
+    QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
+void MainWindow::recollect()
+{
+    yumIO->clearEntries();
+    yumIO->collect(sessionEnabled);
+    model->reset();
+}
+
+void MainWindow::resize()
+{
+    view->resizeColumnsToContents();
+}
+
+void MainWindow::refresh()
+{
+    setReady(false);
+    yumIO->reset();
+    recollect();
+    setReady(true);
+}
+
+void MainWindow::clean(bool (YumIO::*operation)())
+{
+    setReady(false);
+    (yumIO->*operation)();
+    yumIO->reset();
+    recollect();
+    setReady(true);
+}
+
+void MainWindow::cleanDbcache()
+{
+    clean(&YumIO::cleanDbcache);
+}
+
+void MainWindow::cleanPackages()
+{
+    // Packages that are no longer downloaded change nothing in the table.
+    setReady(false);
+    yumIO->cleanPackages();
+    setReady(true);
+}
+
+void MainWindow::cleanMetadata()
+{
+    clean(&YumIO::cleanMetadata);
+}
+
+void MainWindow::cleanAll()
+{
+    clean(&YumIO::cleanAll);
+}
+
+void MainWindow::apply()
+{
+    setReady(false);
+    const bool applied = yumIO->apply();
+    // A transaction that failed half way has changed the system all the same.
+    if (applied || yumIO->systemChanged()) {
+        recollect();
+    }
+    warnUnlistedActions();
+    stateChanged(-1);
+    setReady(true);
+}
+
+void MainWindow::quit()
+{
+    if (quitting()) {
+        return;
+    }
+    // From here on nothing asks the back end any more.
+    YumIO* const ending = yumIO;
+    yumIO = nullptr;
+    ending->clearEntriesBeforeQuit();
+    model->reset();
+    if (logWindow != nullptr && logWindow->isVisible()) {
+        logWindow->hide();
+    }
+    close();
+    delete ending;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (!quitting() && yumIO->isWorking()) {
+        QApplication::beep();
+        event->ignore();
+        return;
+    }
+    event->accept();
+    quit();
+}
+
+void MainWindow::displayLog()
+{
+    if (logWindow == nullptr) {
+        logWindow = new Log::Window(yumIO->logEntries(), this);
+    }
+    logWindow->show();
+    logWindow->raise();
+    logWindow->activateWindow();
+}
+
+void MainWindow::about()
+{
+    QMessageBox::about(
+        this, tr("About"),
+        tr("<h3>VYRE %1</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
+           "make "
+           "modifications to the installed rpm packages on a system.</p><p>Capabilities:<p><ul><li>Install "
+           "new "
+           "packages or update existing packages by downloading them from a yum package "
+           "repository</li><li>Remove "
+           "existing packages.</li><li>Configure sets of repositories from which to obtain new and updated "
+           "packages.</li><li>Examine installed packages or packages available for installation or "
+           "update</li><li>Install, update, or remove groups of packages</li><li>Install or update suites of "
+           "packages</li></ul><p>More is told at <a "
+           "href=\"https://vyre.example/\">https://vyre.example/</a>.</p>")
+            .arg(QStringLiteral(VYRE_VERSION)));
+}
+
+void MainWindow::modeChanged(int mode)
+{
+    const bool search = mode == searchMode;
+    if (search) {
+        setReady(false);
+    }
+    filterButton->setText(search ? tr("Search") : tr("Filter"));
+    regexpEdit->setToolTip(
+        search ? tr("Regular expression to compare to all fields of a package")
+               : tr("Regular expression filter matching textual fields visible in the table"));
+    filterButton->setToolTip(search
+                                 ? tr("Perform the search for the regular expression specified to the left")
+                                 : tr("Apply the filter specified to the left"));
+    prepareFilterSearch();
+    proxy->setMode(static_cast<PackageTable::Mode>(mode));
+    if (search) {
+        setReady(initialized);
+    }
+    anyFilterChanged();
+}
+
+void MainWindow::prepareFilterSearch()
+{
+    const QString regexp = regexpEdit->text();
+    // Before the start there is nothing to load from; the start itself comes by here.
+    if (!scheduled || regexp.isEmpty() || regexp == QLatin1String(".*") ||
+        modeBox->currentIndex() != searchMode) {
+        return;
+    }
+    proxy->setFilter(false);
+    yumIO->collectFileLists();
+    yumIO->collectOtherData();
+    proxy->setFilter(true);
+}
+
+void MainWindow::filtersearch()
+{
+    const bool search = modeBox->currentIndex() == searchMode;
+    if (search) {
+        setReady(false);
+    }
+    prepareFilterSearch();
+    proxy->setFilterRegExp(regexpEdit->text());
+    if (search) {
+        setReady(true);
+    }
+    anyFilterChanged();
+}
+
+void MainWindow::changeFilter(const std::function<void()>& change)
+{
+    const bool search = modeBox->currentIndex() == searchMode;
+    if (search) {
+        setReady(false);
+    }
+    change();
+    if (search) {
+        setReady(initialized);
+    }
+    anyFilterChanged();
+}
+
+void MainWindow::stateFilterChanged(int index)
+{
+    changeFilter([this, index] { proxy->setStateFilter(static_cast<PackageTable::StateFilter>(index)); });
+}
+
+void MainWindow::dupsFilterChanged(int state)
+{
+    changeFilter([this, state] { proxy->setDupsFilter(state != Qt::Unchecked); });
+}
+
+void MainWindow::groupsFilterChanged(int state)
+{
+    changeFilter([this, state] { proxy->setGroupsFilter(state != Qt::Unchecked); });
+}
+
+void MainWindow::anyFilterChanged()
+{
+    warnUnlistedActions();
+}
+
+void MainWindow::collectedExtraData()
+{
+    QString text =
+        tr("Specify the method for using a regular expression to select packages in the table:\n"
+           "\tFilter uses the textual fields visible in the table, as if they were separated by spaces.\n"
+           "\tSearch uses all fields in packages, including list of Files, Change Log, Requires, etc.,\n"
+           "\tindependently.  It is considerably slower.");
+    if (!yumIO->haveFileLists() || !yumIO->haveOtherData()) {
+        text = tr("%1 (Must load extra data.)").arg(text);
+    }
+    modeBox->setToolTip(text);
+}
+
+void MainWindow::warnConfigure()
+{
+    // Its full size is kept, so that the row does not move when the warning comes and goes.
+    unlistedLabel->setText(tr("Unlisted Actions"));
+    unlistedLabel->setFixedSize(unlistedLabel->sizeHint());
+    unlistedLabel->setText(QString());
+}
+
+void MainWindow::warnUnlistedActions()
+{
+    const int count = quitting() ? 0 : yumIO->count();
+    for (int row = 0; row < count; ++row) {
+        if ((*yumIO)[row]->action != Package::None && !proxy->mapFromSource(model->index(row, 0)).isValid()) {
+            unlistedLabel->setText(tr("Unlisted Actions"));
+            unlistedLabel->setToolTip(tr("Some packages have actions specified, but because of the "
+                                         "current\nMode, Filter, Search, State, "
+                                         "Duplicates, and Groups settings,\nthese packages are not listed "
+                                         "currently.\nPressing Apply will "
+                                         "cause these actions to occur nonetheless."));
+            return;
+        }
+    }
+    unlistedLabel->setText(QString());
+    unlistedLabel->setToolTip(QString());
+}
+
+void MainWindow::currentChanged(int, int)
+{
+    // Nothing can be described yet.
+    describeButton->setEnabled(false);
+}
+
+void MainWindow::stateChanged(int row)
+{
+    const int count = quitting() ? 0 : yumIO->count();
+    bool any = row >= 0 && row < count && (*yumIO)[row]->action != Package::None;
+    for (int i = 0; i < count && !any; ++i) {
+        any = (*yumIO)[i]->action != Package::None;
+    }
+    applyButton->setEnabled(any);
+}
+
+void MainWindow::setSelected()
+{
+    model->setSelected(view->selectedRows());
+    stateChanged(-1);
+}
+
+void MainWindow::setUpdateListed()
+{
+    proxy->setUpdateListed();
+    stateChanged(-1);
+}
+
+void MainWindow::clearActions()
+{
+    model->clearActions();
+    warnUnlistedActions();
+    stateChanged(-1);
+}

@@ -1,0 +1,142 @@
+// The program's one main window: menus, the filter row, the package table, the action buttons and the
+// progress bars. It owns the back end and everything that works on it, and brackets each long operation by
+// taking the controls away and giving them back.
+//
+// Graphical thread; made by main() and never deleted.
+
+#ifndef APP_MAINWINDOW_H
+#define APP_MAINWINDOW_H
+
+#include <QHash>
+#include <QList>
+#include <QMainWindow>
+#include <QPointer>
+
+#include <functional>
+
+#include "packagetable/PackageTable.h"
+#include "repo/YumRepoEnabled.h"
+
+class HFrameLabel;
+class HMenu;
+class HProgressBar;
+class QAction;
+class QBoxLayout;
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+class QPushButton;
+class YumConfIO;
+class YumIO;
+namespace Log {
+class Window;
+}
+namespace PackageTable {
+class Model;
+class SortFilterProxyModel;
+class View;
+} // namespace PackageTable
+
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    MainWindow();
+
+    // Settings of the command line, to be made before the first showing.
+    void setMode(PackageTable::Mode mode);
+    void setRegexp(const char* regexp);
+    void setStateFilter(PackageTable::StateFilter filter);
+    void setDups(bool include);
+    void setGroups(bool include);
+    void setRepoEditorAtStart() { repoEditorAtStart = true; }
+    void setLogAtStart() { logAtStart = true; }
+    void addRepoOverride(const YumRepoEnabled& request) { repoOverrides.append(request); }
+
+    void setVisible(bool visible) override;
+    QSize sizeHint() const override;
+
+public Q_SLOTS:
+    void resize();
+    void refresh();
+    void initialize();
+    void yumConfIOChanged();
+    void quit();
+    void displayLog();
+    void cleanDbcache();
+    void cleanPackages();
+    void cleanMetadata();
+    void cleanAll();
+    void about();
+    void filtersearch();
+    void currentChanged(int row, int previous);
+    void stateChanged(int row = -1);
+    void modeChanged(int mode);
+    void collectedExtraData();
+    void stateFilterChanged(int index);
+    void dupsFilterChanged(int state);
+    void groupsFilterChanged(int state);
+    void setSelected();
+    void setUpdateListed();
+    void clearActions();
+    void apply();
+
+protected:
+    // Refused while the back end works: a transaction must not be cut off. Otherwise the same as quit().
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void createMenuBar();
+    void createMainArea();
+    QBoxLayout* createFilterRow();
+    QBoxLayout* createButtonRow();
+    void prepareFilterSearch();
+    void anyFilterChanged();
+    void warnConfigure();
+    void warnUnlistedActions();
+    void setReady(bool ready);
+    void recollect();
+    void clean(bool (YumIO::*operation)());
+    void changeFilter(const std::function<void()>& change);
+    bool quitting() const { return yumIO == nullptr; }
+
+    bool repoEditorAtStart;
+    bool logAtStart;
+    QList<YumRepoEnabled> repoOverrides;
+    QHash<QString, bool> sessionEnabled;
+    YumIO* yumIO; // null from quit() on
+    YumConfIO* yumConfIO;
+    bool initialized;
+    bool scheduled;
+    bool busy;
+    QPointer<QWidget> focusBefore; // had the focus when the controls were taken away
+
+    HMenu* programMenu;
+    QAction* quitAction;
+    HMenu* repositoriesMenu;
+    QAction* editConfigurationAction;
+    HMenu* cacheMenu;
+    QAction* cleanDbcacheAction;
+    QAction* cleanPackagesAction;
+    QAction* cleanMetadataAction;
+    QAction* cleanAllAction;
+    QWidget* tableArea;
+    QComboBox* modeBox;
+    QLineEdit* regexpEdit;
+    QPushButton* filterButton;
+    QComboBox* stateBox;
+    QCheckBox* groupsBox;
+    QCheckBox* dupsBox;
+    PackageTable::Model* model;
+    PackageTable::SortFilterProxyModel* proxy;
+    PackageTable::View* view;
+    QPushButton* describeButton;
+    QPushButton* applyButton;
+    HFrameLabel* unlistedLabel;
+    HProgressBar* totalBar;
+    HProgressBar* itemBar;
+    Log::Window* logWindow; // null until first needed
+};
+
+#endif

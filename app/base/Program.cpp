@@ -1,0 +1,4 @@
+#include "app/base/Program.h"
+
+const char* program = "vyre";
+QApplication* application = nullptr;

@@ -1,0 +1,37 @@
+// The program's entry point.
+
+#include <QApplication>
+#include <QIcon>
+
+#include <cstring>
+
+#include "app/CommandLine.h"
+#include "app/MainWindow.h"
+#include "app/MessageHandler.h"
+#include "app/base/DefaultStyle.h"
+#include "app/base/Program.h"
+#include "app/base/Share.h"
+#include "app/base/XdgRuntimeDirEnsurer.h"
+
+int main(int argc, char** argv)
+{
+    const char* slash = std::strrchr(argv[0], '/');
+    program = slash != nullptr ? slash + 1 : argv[0];
+    XdgRuntimeDirEnsurer runtimeDir;
+    MessageHandler::install();
+    DefaultStyle style(argc, argv);
+    int status = 0;
+    {
+        QApplication app(argc, argv);
+        style.set(app, QStringLiteral("Fusion"));
+        QApplication::setWindowIcon(QIcon(Share::absolute(QStringLiteral("pixmaps/vyre.icon.png"))));
+        application = &app;
+        // Lives as long as the process: what is left of it at the end is taken back with everything else.
+        auto* window = new MainWindow;
+        CommandLine::apply(argc, argv, *window);
+        window->show();
+        status = QApplication::exec();
+        application = nullptr;
+    }
+    return status;
+}

@@ -1,0 +1,43 @@
+# Shared by every folder: the flags that all of our code is compiled with, and one function for a folder's
+# library and one for a test program.
+
+add_library(vyre_flags INTERFACE)
+# No Qt keywords: CPython's headers use "slots" as an ordinary identifier.
+target_compile_definitions(vyre_flags INTERFACE QT_NO_KEYWORDS QT_NO_FOREACH _FILE_OFFSET_BITS=64
+    VYRE_VERSION="${PROJECT_VERSION}")
+target_compile_options(vyre_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+    -Woverloaded-virtual)
+target_include_directories(vyre_flags INTERFACE ${CMAKE_SOURCE_DIR})
+if(VYRE_WERROR)
+    target_compile_options(vyre_flags INTERFACE -Werror)
+endif()
+if(VYRE_SANITIZE)
+    target_compile_options(vyre_flags INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer)
+    target_link_options(vyre_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# vyre_library(<name> SOURCES <files...> LINKS <targets...>)
+function(vyre_library name)
+    cmake_parse_arguments(LIB "" "" "SOURCES;LINKS" ${ARGN})
+    add_library(${name} STATIC ${LIB_SOURCES})
+    target_link_libraries(${name} PUBLIC vyre_flags ${LIB_LINKS})
+endfunction()
+
+# vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY])
+#
+# Builds <Class>Test from <Class>Test.cpp in the calling folder and registers it. With DISPLAY it runs on an
+# X server and a window manager of its own.
+function(vyre_test class)
+    cmake_parse_arguments(TEST "DISPLAY" "" "SOURCES;LINKS" ${ARGN})
+    set(target ${class}Test)
+    add_executable(${target} ${target}.cpp ${TEST_SOURCES})
+    target_link_libraries(${target} PRIVATE vyre_flags ${TEST_LINKS} Qt5::Test)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+    if(TEST_DISPLAY)
+        add_test(NAME ${target} COMMAND ${CMAKE_SOURCE_DIR}/tests/support/with-display $<TARGET_FILE:${target}>)
+    else()
+        add_test(NAME ${target} COMMAND ${target})
+    endif()
+    set_tests_properties(${target} PROPERTIES TIMEOUT 300
+        ENVIRONMENT "VYRESHARE=${CMAKE_SOURCE_DIR}/share;QT_QPA_PLATFORM=$<IF:$<BOOL:${TEST_DISPLAY}>,xcb,offscreen>;LC_ALL=C.UTF-8;TZ=UTC")
+endfunction()

@@ -1,0 +1,100 @@
+#include "packagetable/ActionContextMenu.h"
+
+#include "app/base/Share.h"
+#include "packagetable/Model.h"
+#include "packagetable/View.h"
+
+namespace PackageTable {
+
+namespace {
+
+// Whether a row in the state can be given the action.
+bool permits(Package::State state, Package::Action action)
+{
+    switch (action) {
+    case Package::Update:
+        return state == Package::Updatable;
+    case Package::Install:
+        return state == Package::Available;
+    case Package::Remove:
+        return state != Package::Available;
+    case Package::None:
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+ActionContextMenu::ActionContextMenu(Model* packages, View* parentView)
+    : QMenu(parentView), model(packages), view(parentView)
+{
+    const auto add = [this](const char* icon, const QString& text, const char* slot) {
+        QAction* action = addAction(QIcon(Share::absolute(QLatin1String(icon))), text);
+        connect(action, SIGNAL(triggered()), this, slot);
+        return action;
+    };
+    updateAction = add("icons/update.png", tr("&Update"), SLOT(handleUpdateAction()));
+    installAction = add("icons/install.png", tr("&Install"), SLOT(handleInstallAction()));
+    removeAction = add("icons/remove.png", tr("&Remove"), SLOT(handleRemoveAction()));
+    noneAction = addAction(tr("&No Action"));
+    connect(noneAction, SIGNAL(triggered()), this, SLOT(handleNoneAction()));
+}
+
+void ActionContextMenu::exec(QModelIndex sourceIndex, const QPoint& globalPos)
+{
+    clicked = sourceIndex;
+    QModelIndexList rows = view->selectedRows();
+    if (rows.isEmpty()) {
+        rows.append(sourceIndex);
+    }
+    bool update = false;
+    bool install = false;
+    bool remove = false;
+    for (const QModelIndex& row : qAsConst(rows)) {
+        const Package::State state = model->getState(row.row());
+        update = update || permits(state, Package::Update);
+        install = install || permits(state, Package::Install);
+        remove = remove || permits(state, Package::Remove);
+    }
+    updateAction->setEnabled(update);
+    installAction->setEnabled(install);
+    removeAction->setEnabled(remove);
+    QMenu::exec(globalPos);
+}
+
+void ActionContextMenu::handleUpdateAction()
+{
+    handleAction(Package::Update);
+}
+
+void ActionContextMenu::handleInstallAction()
+{
+    handleAction(Package::Install);
+}
+
+void ActionContextMenu::handleRemoveAction()
+{
+    handleAction(Package::Remove);
+}
+
+void ActionContextMenu::handleNoneAction()
+{
+    handleAction(Package::None);
+}
+
+void ActionContextMenu::handleAction(Package::Action action)
+{
+    const QModelIndexList rows = view->selectedRows();
+    if (rows.isEmpty()) {
+        model->setAction(clicked, action);
+        return;
+    }
+    for (const QModelIndex& row : rows) {
+        if (permits(model->getState(row.row()), action)) {
+            model->setAction(row, action);
+        }
+    }
+}
+
+} // namespace PackageTable

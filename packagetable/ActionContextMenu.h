@@ -1,0 +1,49 @@
+// The menu on the Action column: gives one action to the row that was clicked, or to all selected rows whose
+// state permits it.
+//
+// Graphical thread; a child of the view.
+
+#ifndef PACKAGETABLE_ACTIONCONTEXTMENU_H
+#define PACKAGETABLE_ACTIONCONTEXTMENU_H
+
+#include <QMenu>
+#include <QPersistentModelIndex>
+
+#include "yumio/Package.h"
+
+namespace PackageTable {
+
+class Model;
+class View;
+
+class ActionContextMenu : public QMenu
+{
+    Q_OBJECT
+
+public:
+    ActionContextMenu(Model* packages, View* parentView);
+
+    // Runs the menu for a source index, at a place on the screen.
+    void exec(QModelIndex sourceIndex, const QPoint& globalPos);
+
+private Q_SLOTS:
+    void handleUpdateAction();
+    void handleInstallAction();
+    void handleRemoveAction();
+    void handleNoneAction();
+
+private:
+    void handleAction(Package::Action action);
+
+    Model* model;
+    View* view;
+    QAction* updateAction;
+    QAction* installAction;
+    QAction* removeAction;
+    QAction* noneAction;
+    QPersistentModelIndex clicked;
+};
+
+} // namespace PackageTable
+
+#endif

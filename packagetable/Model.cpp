@@ -1,0 +1,325 @@
+#include "packagetable/Model.h"
+
+#include "app/base/Share.h"
+#include "widgets/Colors.h"
+#include "yumio/YumIO.h"
+
+namespace PackageTable {
+
+namespace {
+
+QIcon sharedIcon(const char* name)
+{
+    return QIcon(Share::absolute(QStringLiteral("icons/") + QLatin1String(name)));
+}
+
+struct HeaderText
+{
+    const char* title;
+    const char* toolTip;
+};
+
+const HeaderText headers[ColumnCount] = {
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Action"),
+     QT_TRANSLATE_NOOP("PackageTable::Model",
+                       "Action to be performed on the package, if any: Update, Install, Remove")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "State"),
+     QT_TRANSLATE_NOOP("PackageTable::Model", "Indicates whether the package is Installed or not and, if "
+                                              "installed, whether it is Up-to-date or not")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Kind"),
+     QT_TRANSLATE_NOOP(
+         "PackageTable::Model",
+         "Whether the package is an ordinary package, a suite of packages, or a group of packages")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Name"),
+     QT_TRANSLATE_NOOP("PackageTable::Model", "Name of the package")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Version"),
+     QT_TRANSLATE_NOOP("PackageTable::Model",
+                       "Version and release of the package as version-release;\n"
+                       "If the Epoch is non-zero, includes it as epoch:version-release")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Repository"),
+     QT_TRANSLATE_NOOP("PackageTable::Model",
+                       "Repository from which the most recent version of the package is available")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Architecture"),
+     QT_TRANSLATE_NOOP(
+         "PackageTable::Model",
+         "Architecture for which the package is applicable, or \"noarch\" for general-purpose packages")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Size"),
+     QT_TRANSLATE_NOOP("PackageTable::Model", "Size of the package")},
+    {QT_TRANSLATE_NOOP("PackageTable::Model", "Build Time"),
+     QT_TRANSLATE_NOOP("PackageTable::Model", "Date and time at which the package was created")},
+};
+
+} // namespace
+
+Model::Model(YumIO* backEnd, QObject* parent)
+    : HAbstractTableModel(parent), yumIO(backEnd), yumConfIO(nullptr), enabled(true)
+{
+    stateIcons[Package::Updatable] = sharedIcon("out-of-date.png");
+    stateIcons[Package::Installed] = sharedIcon("up-to-date.png");
+    actionIcons[Package::None] = sharedIcon("noneBox.png");
+    actionIcons[Package::Update] = sharedIcon("updateBox.png");
+    actionIcons[Package::Install] = sharedIcon("installBox.png");
+    actionIcons[Package::Remove] = sharedIcon("removeBox.png");
+    kindIcons[Package::Suite] = sharedIcon("suite.png");
+    kindIcons[Package::Group] = sharedIcon("group.png");
+    kindIcons[Package::Ordinary] = sharedIcon("package.png");
+    colors[Package::Updatable] = QColor(Colors::error());
+    colors[Package::Available] = QColor(Colors::minor());
+    disabledColors[Package::Updatable] = QColor(Colors::errorDisabled());
+    disabledColors[Package::Available] = QColor(Colors::minorDisabled());
+}
+
+void Model::setYumConfIO(YumConfIO* reader)
+{
+    yumConfIO = reader;
+}
+
+void Model::setEnabled(bool isEnabled)
+{
+    enabled = isEnabled;
+}
+
+int Model::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() || yumIO.isNull() ? 0 : yumIO->count();
+}
+
+int Model::columnCount(const QModelIndex&) const
+{
+    return ColumnCount;
+}
+
+Package::Entry* Model::entry(int row) const
+{
+    return (*yumIO)[row];
+}
+
+Package::Entry* Model::entryAt(const QModelIndex& index) const
+{
+    return index.isValid() && index.row() < rowCount() && index.column() < ColumnCount ? entry(index.row())
+                                                                                       : nullptr;
+}
+
+QVariant Model::data(const QModelIndex& index, int role) const
+{
+    Package::Entry* e = entryAt(index);
+    if (e == nullptr) {
+        return QVariant();
+    }
+    switch (role) {
+    case Qt::DisplayRole:
+        return displayData(*e, index.column());
+    case Qt::DecorationRole:
+        return decorationData(*e, index.column());
+    case Qt::ToolTipRole:
+        return toolTipData(*e, index.column());
+    case Qt::ForegroundRole:
+        return foregroundData(*e, index.column());
+    case Qt::UserRole:
+        return userData(e, index.column());
+    default:
+        return QVariant();
+    }
+}
+
+QString Model::versionText(const Package::Entry& entry)
+{
+    // The first installed version below an update is the one being updated.
+    const Package::Entry* last = entry.state == Package::Updatable ? entry.next : &entry;
+    return last != nullptr && last->next != nullptr ? entry.verRel + QLatin1String(" *") : entry.verRel;
+}
+
+QVariant Model::displayData(const Package::Entry& e, int column) const
+{
+    switch (column) {
+    case NameColumn:
+        return e.name;
+    case VersionColumn:
+        return versionText(e);
+    case RepositoryColumn:
+        return e.repo;
+    case ArchitectureColumn:
+        return e.arch;
+    case SizeColumn:
+        return e.sizeText;
+    case BuildTimeColumn:
+        return e.buildTimeText;
+    default:
+        return QVariant();
+    }
+}
+
+QVariant Model::decorationData(const Package::Entry& e, int column) const
+{
+    switch (column) {
+    case ActionColumn:
+        return actionIcons[e.action];
+    case StateColumn:
+        return stateIcons[e.state].isNull() ? QVariant() : stateIcons[e.state];
+    case KindColumn:
+        return kindIcons[e.kind];
+    default:
+        return QVariant();
+    }
+}
+
+QVariant Model::toolTipData(const Package::Entry& e, int column) const
+{
+    switch (column) {
+    case ActionColumn:
+        switch (e.action) {
+        case Package::Update:
+            return tr("Update package");
+        case Package::Install:
+            return tr("Install package");
+        case Package::Remove:
+            return tr("Remove package");
+        case Package::None:
+            return QVariant();
+        }
+        return QVariant();
+    case StateColumn:
+        switch (e.state) {
+        case Package::Available:
+            return tr("Package is available for installation");
+        case Package::Installed:
+            return tr("Package is installed and up-to-date");
+        case Package::Updatable:
+            break;
+        }
+        return tr("Package is available to update an out-of-date version");
+    case KindColumn:
+        switch (e.kind) {
+        case Package::Group:
+            return tr("Group of packages");
+        case Package::Ordinary:
+            return tr("Ordinary package");
+        case Package::Suite:
+            break;
+        }
+        return tr("Suite of packages");
+    case VersionColumn: {
+        QString text;
+        for (const Package::Entry* version = &e; version != nullptr; version = version->next) {
+            text += (version->state == Package::Installed ? tr("Installed: %1\n") : tr("Available: %1\n"))
+                        .arg(version->verRel);
+        }
+        return text.trimmed();
+    }
+    default:
+        return QVariant();
+    }
+}
+
+QVariant Model::foregroundData(const Package::Entry& e, int column) const
+{
+    if (column < KindColumn) {
+        return QVariant();
+    }
+    const QColor& color = enabled ? colors[e.state] : disabledColors[e.state];
+    return color.isValid() ? QVariant(color) : QVariant();
+}
+
+QVariant Model::userData(Package::Entry* e, int column)
+{
+    switch (column) {
+    case ActionColumn:
+        return static_cast<int>(e->action);
+    case StateColumn:
+        return static_cast<int>(e->state);
+    case KindColumn:
+        return static_cast<int>(e->kind);
+    case SizeColumn:
+        return static_cast<qint64>(e->size);
+    case BuildTimeColumn:
+        return e->buildTime;
+    default:
+        return QVariant::fromValue(e);
+    }
+}
+
+QVariant Model::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || section < 0 || section >= ColumnCount) {
+        return QVariant();
+    }
+    switch (role) {
+    case Qt::DisplayRole:
+        return tr(headers[section].title);
+    case Qt::ToolTipRole:
+        return tr(headers[section].toolTip);
+    default:
+        return QVariant();
+    }
+}
+
+Package::State Model::getState(int row) const
+{
+    return entry(row)->state;
+}
+
+void Model::changeAction(int row, Package::Action action)
+{
+    entry(row)->action = action;
+    const QModelIndex changed = index(row, ActionColumn);
+    Q_EMIT dataChanged(changed, changed);
+}
+
+void Model::setAction(const QModelIndex& index, Package::Action action)
+{
+    if (entryAt(index) != nullptr) {
+        changeAction(index.row(), action);
+    }
+}
+
+void Model::toggleAction(const QModelIndex& index)
+{
+    const Package::Entry* e = entryAt(index);
+    if (e == nullptr) {
+        return;
+    }
+    Package::Action next = Package::None;
+    switch (e->state) {
+    case Package::Updatable:
+        next = e->action == Package::None     ? Package::Update
+               : e->action == Package::Update ? Package::Remove
+                                              : Package::None;
+        break;
+    case Package::Available:
+        next = e->action == Package::None ? Package::Install : Package::None;
+        break;
+    case Package::Installed:
+        next = e->action == Package::None ? Package::Remove : Package::None;
+        break;
+    }
+    changeAction(index.row(), next);
+}
+
+void Model::reset()
+{
+    beginResetModel();
+    endResetModel();
+}
+
+void Model::setSelected(QModelIndexList indices)
+{
+    for (const QModelIndex& selected : indices) {
+        const Package::Entry* e = entryAt(selected);
+        if (e == nullptr || e->state == Package::Installed) {
+            continue;
+        }
+        changeAction(selected.row(), e->state == Package::Available ? Package::Install : Package::Update);
+    }
+}
+
+void Model::clearActions()
+{
+    const int count = rowCount();
+    for (int row = 0; row < count; ++row) {
+        if (entry(row)->action != Package::None) {
+            changeAction(row, Package::None);
+        }
+    }
+}
+
+} // namespace PackageTable

@@ -1,0 +1,80 @@
+// The back end's package records as a table of nine columns, one row for each top-level record, and the one
+// place where the user's chosen actions are written into the records.
+//
+// Graphical thread; the main window owns it. It copies nothing: every call reads the back end's list, so
+// whoever has the list rebuilt calls reset() before a view reads again.
+
+#ifndef PACKAGETABLE_MODEL_H
+#define PACKAGETABLE_MODEL_H
+
+#include <QColor>
+#include <QIcon>
+#include <QModelIndexList>
+#include <QPointer>
+
+#include "packagetable/PackageTable.h"
+#include "widgets/HAbstractTableModel.h"
+#include "yumio/Package.h"
+
+class YumConfIO;
+class YumIO;
+
+namespace PackageTable {
+
+class Model : public HAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    // The back end is not owned; once it is gone the table is empty.
+    explicit Model(YumIO* backEnd, QObject* parent = nullptr);
+
+    // Not owned; must outlive the model.
+    void setYumConfIO(YumConfIO* reader);
+    // Whether texts have the colours of the normal or of the disabled look. The caller has the view redrawn.
+    void setEnabled(bool isEnabled);
+
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    // The record of a row that exists.
+    Package::Entry* entry(int row) const;
+    // The version column's text: with a mark when there are further installed versions.
+    static QString versionText(const Package::Entry& entry);
+
+    Package::State getState(int row) const;
+    // Does not check whether the record's state permits the action.
+    void setAction(const QModelIndex& index, Package::Action action);
+    // Goes on to the next action that the record's state permits.
+    void toggleAction(const QModelIndex& index);
+    void reset();
+
+public Q_SLOTS:
+    // Installs what is not installed and updates what is out of date; other records stay as they are.
+    void setSelected(QModelIndexList indices);
+    void clearActions();
+
+private:
+    Package::Entry* entryAt(const QModelIndex& index) const; // null when there is none
+    void changeAction(int row, Package::Action action);
+    QVariant displayData(const Package::Entry& entry, int column) const;
+    QVariant decorationData(const Package::Entry& entry, int column) const;
+    QVariant toolTipData(const Package::Entry& entry, int column) const;
+    QVariant foregroundData(const Package::Entry& entry, int column) const;
+    static QVariant userData(Package::Entry* entry, int column);
+
+    QPointer<YumIO> yumIO;
+    YumConfIO* yumConfIO;
+    bool enabled;
+    QIcon stateIcons[3];  // by Package::State
+    QIcon actionIcons[4]; // by Package::Action
+    QIcon kindIcons[3];   // by Package::Kind
+    QColor colors[3];     // by Package::State; an invalid one is the view's own
+    QColor disabledColors[3];
+};
+
+} // namespace PackageTable
+
+#endif

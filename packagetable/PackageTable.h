@@ -1,0 +1,32 @@
+// What the package table can show: the numbers are those of the main window's boxes and of the command line.
+
+#ifndef PACKAGETABLE_PACKAGETABLE_H
+#define PACKAGETABLE_PACKAGETABLE_H
+
+#include <QtGlobal>
+
+namespace PackageTable {
+
+enum Mode : qint32 {
+    Filter = 0, // an expression matches the visible text columns
+    Search = 1  // an expression matches every field of a package, each for itself
+};
+
+enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
+
+enum Column : int {
+    ActionColumn = 0,
+    StateColumn = 1,
+    KindColumn = 2,
+    NameColumn = 3,
+    VersionColumn = 4,
+    RepositoryColumn = 5,
+    ArchitectureColumn = 6,
+    SizeColumn = 7,
+    BuildTimeColumn = 8,
+    ColumnCount = 9
+};
+
+} // namespace PackageTable
+
+#endif

@@ -1,0 +1,55 @@
+// The package table as the user sees it: sets actions by a click on the Action column or from a context menu,
+// and tells which row is current and when actions have changed.
+//
+// Graphical thread; a child of the main window's table area. Owns its two context menus.
+
+#ifndef PACKAGETABLE_VIEW_H
+#define PACKAGETABLE_VIEW_H
+
+#include "widgets/HTableView.h"
+
+namespace PackageTable {
+
+class ActionContextMenu;
+class Model;
+class OtherContextMenu;
+class SortFilterProxyModel;
+
+class View : public HTableView
+{
+    Q_OBJECT
+
+public:
+    // Neither model is owned; the proxy's source is the model.
+    View(Model* packages, SortFilterProxyModel* sorted, QWidget* parent = nullptr);
+
+    // Source indexes.
+    QModelIndexList selectedRows() const;
+
+public Q_SLOTS:
+    // Fits the columns to all records, also those not listed: another filter then cuts nothing off.
+    void resizeColumnsToContents();
+    void handleHorizontalHeaderClicked(int column);
+    void handleActivated(const QModelIndex& index);
+    void handleCustomContextMenuRequested(const QPoint& pos);
+
+Q_SIGNALS:
+    // Source rows; -1 for none.
+    void currentChanged(int current, int previous);
+    // The source row whose action has changed; -1 for possibly many.
+    void stateChanged(int row);
+
+protected:
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    Model* model;
+    SortFilterProxyModel* proxy;
+    ActionContextMenu* actionMenu; // null until first needed
+    OtherContextMenu* otherMenu;   // null until first needed
+};
+
+} // namespace PackageTable
+
+#endif

@@ -1,0 +1,51 @@
+// Owns one reference to a Python object and drops it at the end of its scope.
+//
+// Any thread, but only while that thread holds the interpreter lock, at the destruction too.
+
+#ifndef PYTHON_PYREF_H
+#define PYTHON_PYREF_H
+
+#ifndef PY_SSIZE_T_CLEAN
+#define PY_SSIZE_T_CLEAN
+#endif
+#include <Python.h>
+
+#include <utility>
+
+class PyRef
+{
+public:
+    PyRef() = default;
+    // Takes over a new reference, as the call helpers return it; NULL is allowed.
+    explicit PyRef(PyObject* owned) : object(owned) {}
+    PyRef(PyRef&& other) noexcept : object(other.release()) {}
+    PyRef& operator=(PyRef&& other) noexcept
+    {
+        PyRef(std::move(other)).swap(*this);
+        return *this;
+    }
+    PyRef(const PyRef&) = delete;
+    PyRef& operator=(const PyRef&) = delete;
+    ~PyRef() { Py_XDECREF(object); }
+
+    // Takes a reference of its own to an object that somebody else owns; NULL is allowed.
+    static PyRef borrow(PyObject* borrowed)
+    {
+        Py_XINCREF(borrowed);
+        return PyRef(borrowed);
+    }
+
+    // The object, still owned here; NULL when there is none.
+    PyObject* get() const { return object; }
+    explicit operator bool() const { return object != nullptr; }
+
+    // Hands the reference over to the caller, who must drop it.
+    PyObject* release() { return std::exchange(object, nullptr); }
+
+    void swap(PyRef& other) noexcept { std::swap(object, other.object); }
+
+private:
+    PyObject* object = nullptr;
+};
+
+#endif

@@ -1,0 +1,525 @@
+#include "python/Python.h"
+
+#include <cassert>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+bool Python::initialized = false;
+PyObject* Python::main_dict = nullptr;
+
+namespace {
+
+constexpr size_t errorSize = 1024;
+constexpr size_t scriptSize = 10240;
+
+// Takes the pending exception, normalised and with its traceback, away from the interpreter; restore() makes
+// it pending again.
+class TakenException
+{
+public:
+    TakenException()
+    {
+#if PY_VERSION_HEX >= 0x030C0000
+        value = PyErr_GetRaisedException();
+#else
+        PyErr_Fetch(&type, &value, &traceback);
+        PyErr_NormalizeException(&type, &value, &traceback);
+        if (value != nullptr && traceback != nullptr) {
+            PyException_SetTraceback(value, traceback);
+        }
+#endif
+    }
+    ~TakenException()
+    {
+#if PY_VERSION_HEX < 0x030C0000
+        Py_XDECREF(type);
+        Py_XDECREF(traceback);
+#endif
+        Py_XDECREF(value);
+    }
+    TakenException(const TakenException&) = delete;
+    TakenException& operator=(const TakenException&) = delete;
+
+    // Borrowed; NULL when no exception was pending.
+    PyObject* get() const
+    {
+        return value;
+    }
+
+    // To sys.stderr.
+    void display() const
+    {
+#if PY_VERSION_HEX >= 0x030C0000
+        PyErr_DisplayException(value);
+#else
+        PyErr_Display(type, value, traceback);
+#endif
+    }
+
+    // Replaces whatever is pending by now.
+    void restore()
+    {
+#if PY_VERSION_HEX >= 0x030C0000
+        PyErr_SetRaisedException(value);
+#else
+        PyErr_Restore(type, value, traceback);
+        type = nullptr;
+        traceback = nullptr;
+#endif
+        value = nullptr;
+    }
+
+private:
+#if PY_VERSION_HEX < 0x030C0000
+    PyObject* type = nullptr;
+    PyObject* traceback = nullptr;
+#endif
+    PyObject* value = nullptr;
+};
+
+// Starts the interpreter of the distribution, whose site packages hold the package manager: neither another
+// python that comes first in PATH, nor PYTHONHOME and PYTHONPATH, nor a user's own site packages may lead it
+// elsewhere. A failure ends the process, as Py_Initialize() has it.
+void startInterpreter()
+{
+#if PY_VERSION_HEX >= 0x03080000
+    PyConfig config;
+    PyConfig_InitIsolatedConfig(&config);
+    config.install_signal_handlers = 1;
+    PyStatus status = PyConfig_SetString(&config, &config.program_name, L"" VYRE_PYTHON_PROGRAM);
+    if (!PyStatus_Exception(status)) {
+        status = Py_InitializeFromConfig(&config);
+    }
+    PyConfig_Clear(&config);
+    if (PyStatus_Exception(status)) {
+        Py_ExitStatusException(status);
+    }
+#else
+    static wchar_t interpreter[] = L"" VYRE_PYTHON_PROGRAM;
+    static wchar_t noArgument[] = L"";
+    static wchar_t* arguments[] = {noArgument};
+    Py_IsolatedFlag = 1;
+    Py_IgnoreEnvironmentFlag = 1;
+    Py_NoUserSiteDirectory = 1;
+    Py_SetProgramName(interpreter);
+    Py_Initialize();
+    PySys_SetArgvEx(1, arguments, 0);
+#if PY_VERSION_HEX < 0x03070000
+    PyEval_InitThreads();
+#endif
+#endif
+}
+
+// Borrowed; NULL with an exception pending when this is no dictionary or the name is not valid UTF-8, and
+// NULL without one when it has no such item.
+PyObject* itemOf(PyObject* dict, const char* name)
+{
+    const PyRef key(PyUnicode_FromString(name));
+    return key ? PyDict_GetItemWithError(dict, key.get()) : nullptr;
+}
+
+} // namespace
+
+Python::~Python()
+{
+    if (initialized) {
+        PyGILState_Ensure();
+        Py_Finalize();
+        initialized = false;
+        main_dict = nullptr;
+    }
+}
+
+bool Python::initialize()
+{
+    if (initialized) {
+        return true;
+    }
+    initialized = true;
+    startInterpreter();
+
+    PyGILStateWrapper lock(true);
+    py("import signal\ndefaultSigIntSigaction = signal.getsignal(signal.SIGINT)");
+    const PyRef main(PyImport_ImportModule("__main__"));
+    if (!main) {
+        PyErr_Clear();
+        error("Internal error: cannot find python __main__ module\n");
+        return false;
+    }
+    // The interpreter's table of modules keeps the module, and so its dictionary, alive.
+    main_dict = PyModule_GetDict(main.get());
+    if (main_dict == nullptr) {
+        PyErr_Clear();
+        error("Internal error: cannot find python __main__ dict\n");
+        return false;
+    }
+    return true;
+}
+
+void Python::pyExceptStart()
+{
+    expected.emplace();
+}
+
+void Python::pyExceptExpect(PyObject* type)
+{
+    assert(!expected.empty());
+    if (type == nullptr) {
+        error("Internal error: pyExceptExpect called with NULL\n");
+    }
+    expected.top().push_back(type);
+}
+
+void Python::pyExceptClear()
+{
+    assert(!expected.empty());
+    expected.pop();
+    PyErr_Clear();
+}
+
+bool Python::pyExceptMatches(PyObject* result, PyObject* type)
+{
+    return result == nullptr && PyErr_Occurred() != nullptr && PyErr_ExceptionMatches(type) != 0;
+}
+
+void Python::handleException()
+{
+    if (!expected.empty()) {
+        for (PyObject* type : expected.top()) {
+            if (PyErr_ExceptionMatches(type) != 0) {
+                exceptionExpected();
+                return;
+            }
+        }
+    }
+    exceptionError();
+}
+
+void Python::exceptionExpected() {}
+
+void Python::exceptionError()
+{
+    bool displayed = false;
+    {
+        const TakenException exception;
+        if (exception.get() != nullptr) {
+            exception.display();
+            displayed = true;
+        }
+    }
+    PyErr_Clear();
+    if (displayed) {
+        error("Internal error: python exception occurred from C code.\n"
+              "When reporting this issue, please include the contents of the\n"
+              "Log window, which should contain a walkback.");
+    } else {
+        error("Internal error: python exception occurred, but exception information was empty.");
+    }
+}
+
+int Python::py(const char* text)
+{
+    const int status = PyRun_SimpleString(text);
+    if (status == -1 && PyErr_Occurred() != nullptr) {
+        handleException();
+    }
+    return status;
+}
+
+PyObject* Python::pyr(const char* text)
+{
+    PyObject* result = PyRun_String(text, Py_eval_input, main_dict, main_dict);
+    if (result == nullptr && PyErr_Occurred() != nullptr) {
+        handleException();
+    }
+    return result;
+}
+
+int Python::pyf(const char* format, ...)
+{
+    char text[scriptSize];
+    va_list args;
+    va_start(args, format);
+    const int length = std::vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    if (length < 0 || static_cast<size_t>(length) >= sizeof text) {
+        internalError("Internal error: pyf text too long: %.40s\n", format);
+        return -1;
+    }
+    return py(text);
+}
+
+PyObject* Python::pyrf(const char* format, ...)
+{
+    char text[scriptSize];
+    va_list args;
+    va_start(args, format);
+    const int length = std::vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    if (length < 0 || static_cast<size_t>(length) >= sizeof text) {
+        internalError("Internal error: pyrf text too long: %.40s\n", format);
+        return nullptr;
+    }
+    return pyr(text);
+}
+
+PyObject* Python::pyCall(const char* name, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    PyObject* result = pyVCall(name, format, args);
+    va_end(args);
+    return result;
+}
+
+PyObject* Python::pyVCall(const char* name, const char* format, va_list args)
+{
+    // The call may rebind the name, so the callable needs a reference of its own.
+    const PyRef callable = PyRef::borrow(pyLookup(name, false));
+    if (!callable) {
+        internalError("Internal error: %s not found\n", name);
+        return nullptr;
+    }
+    if (!PyCallable_Check(callable.get())) {
+        internalError("Internal error: %s not callable\n", name);
+        return nullptr;
+    }
+    return call(callable.get(), format, args);
+}
+
+PyObject* Python::pyMethodCall(PyObject* self, const char* method, const char* format, ...)
+{
+    va_list args;
+    va_start(args, format);
+    PyObject* result = pyVMethodCall(self, method, format, args);
+    va_end(args);
+    return result;
+}
+
+PyObject* Python::pyVMethodCall(PyObject* self, const char* method, const char* format, va_list args)
+{
+    if (self == nullptr) {
+        internalError("Internal error: method %s call attemped with NULL self\n", method);
+        return nullptr;
+    }
+    const PyRef callable(PyObject_GetAttrString(self, method));
+    if (!callable) {
+        internalError("Internal error: method %s not found\n", method);
+        return nullptr;
+    }
+    if (!PyCallable_Check(callable.get())) {
+        internalError("Internal error: method %s not callable\n", method);
+        return nullptr;
+    }
+    return call(callable.get(), format, args);
+}
+
+// New reference or NULL.
+PyObject* Python::call(PyObject* callable, const char* format, va_list args)
+{
+    const PyRef arguments(Py_VaBuildValue(format, args));
+    // Without a tuple PyObject_CallObject() would call with no arguments at all.
+    PyObject* result = arguments ? PyObject_CallObject(callable, arguments.get()) : nullptr;
+    if (result == nullptr && PyErr_Occurred() != nullptr) {
+        handleException();
+    }
+    return result;
+}
+
+PyObject* Python::pyLookup(const char* dotted, bool quiet)
+{
+    PyObject* current = nullptr;
+    std::string previous;
+    for (const char* rest = dotted; rest != nullptr;) {
+        const char* dot = std::strchr(rest, '.');
+        const std::string piece = dot != nullptr ? std::string(rest, dot) : std::string(rest);
+        PyObject* found = nullptr;
+        if (current == nullptr) {
+            found = itemOf(main_dict, piece.c_str());
+            if (found == nullptr) {
+                PyErr_Clear();
+                // Stays alive in the interpreter's table of modules.
+                found = PyRef(PyImport_ImportModule(piece.c_str())).get();
+            }
+        } else {
+            PyObject* dict = current;
+            if (PyModule_Check(current)) {
+                dict = PyModule_GetDict(current);
+                if (dict == nullptr) {
+                    PyErr_Clear();
+                    if (!quiet) {
+                        internalError("Internal error: pyLookup %s: module %s lacks dictionary\n", rest,
+                                      previous.c_str());
+                    }
+                    return nullptr;
+                }
+            }
+            found = itemOf(dict, piece.c_str());
+        }
+        if (found == nullptr) {
+            PyErr_Clear();
+            if (!quiet) {
+                internalError("Internal error: pyLookup %s: %s not found\n", rest, piece.c_str());
+            }
+            return nullptr;
+        }
+        current = found;
+        previous = piece;
+        rest = dot != nullptr ? dot + 1 : nullptr;
+    }
+    return current;
+}
+
+// The dictionary of a module, or whatever else the name stands for. Borrowed reference, or NULL when that has
+// been reported.
+PyObject* Python::namespaceOf(const char* module)
+{
+    PyObject* found = pyLookup(module, true);
+    if (found == nullptr) {
+        internalError("Internal error: %s not found\n", module);
+        return nullptr;
+    }
+    if (!PyModule_Check(found)) {
+        return found;
+    }
+    PyObject* dict = PyModule_GetDict(found);
+    if (dict == nullptr) {
+        PyErr_Clear();
+        internalError("Internal error: module %s lacks dictionary\n", module);
+    }
+    return dict;
+}
+
+PyObject* Python::pyValue(const char* module, const char* name)
+{
+    PyObject* dict = namespaceOf(module);
+    if (dict == nullptr) {
+        return nullptr;
+    }
+    PyObject* value = itemOf(dict, name);
+    if (value == nullptr && PyErr_Occurred() != nullptr) {
+        handleException();
+    }
+    return value;
+}
+
+void Python::pyAssign(const char* module, const char* name, PyObject* value)
+{
+    PyObject* dict = namespaceOf(module);
+    if (dict == nullptr) {
+        return;
+    }
+    if (value != nullptr && PyDict_SetItemString(dict, name, value) == 0) {
+        return;
+    }
+    if (PyErr_Occurred() != nullptr) {
+        handleException();
+    } else {
+        internalError("Internal error: cannot assign %s.%s\n", module, name);
+    }
+}
+
+void Python::pyAssignGlobal(const char* name, PyObject* value)
+{
+    pyAssign("__main__", name, value);
+}
+
+long Python::pyVersion()
+{
+    PyObject* version = pyValue("sys", "hexversion");
+    if (version == nullptr) {
+        return 0;
+    }
+    const long number = PyLong_AsLong(version);
+    if (number == -1 && PyErr_Occurred() != nullptr) {
+        handleException();
+        return 0;
+    }
+    return number;
+}
+
+// A bytes object, or empty when the object cannot be encoded, which has been handled.
+PyRef Python::encode(PyObject* object)
+{
+    PyRef bytes(PyUnicode_AsEncodedString(object, "utf-8", "strict"));
+    if (!bytes && PyErr_Occurred() != nullptr) {
+        handleException();
+    }
+    assert(!bytes || PyBytes_Check(bytes.get()));
+    return bytes;
+}
+
+char* Python::pyString(PyObject* object)
+{
+    if (object == nullptr) {
+        error("Internal error: pyString passed NULL python object\n");
+        return nullptr;
+    }
+    if (object == Py_None) {
+        return nullptr;
+    }
+    const PyRef bytes = encode(object);
+    return bytes ? strdup(PyBytes_AsString(bytes.get())) : nullptr;
+}
+
+bool Python::pyStringEqual(PyObject* object, const char* text)
+{
+    if (object == nullptr) {
+        error("Internal error: pyStringEqual passed NULL python object\n");
+        return false;
+    }
+    if (object == Py_None) {
+        return false;
+    }
+    const PyRef bytes = encode(object);
+    return bytes && std::strcmp(PyBytes_AsString(bytes.get()), text) == 0;
+}
+
+PyObject* Python::pyExceptValue()
+{
+    TakenException exception;
+    PyRef value = PyRef::borrow(exception.get());
+    exception.restore();
+    return value.release();
+}
+
+PyObject* Python::pyExceptValuef()
+{
+    TakenException exception;
+    if (exception.get() == nullptr) {
+        return nullptr;
+    }
+    PyRef value(PyObject_GetAttrString(exception.get(), "value"));
+    if (!value) {
+        PyErr_Clear();
+        value = PyRef(pyCall("__builtins__.str", "(O)", exception.get()));
+    }
+    exception.restore();
+    return value.release();
+}
+
+void Python::pyDebug(PyObject* object)
+{
+    PyErr_Clear();
+    pyAssignGlobal("dbg", object);
+    py("import sys\nsys.stdout = sys.__stdout__\nsys.stderr = sys.__stderr__\nimport pdb\npdb.set_trace()");
+    PyErr_Clear();
+}
+
+void Python::setEnablePythonSIGINTHandler(bool enable)
+{
+    py(enable ? "signal.signal(signal.SIGINT, defaultSigIntSigaction)"
+              : "signal.signal(signal.SIGINT, signal.SIG_DFL)");
+}
+
+// Calls error() with the formatted text, cut off at the size that every report fits.
+void Python::internalError(const char* format, ...)
+{
+    char text[errorSize];
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(text, sizeof text, format, args);
+    va_end(args);
+    error(text);
+}

@@ -1,0 +1,15 @@
+#include "repo/RepoEntry.h"
+
+namespace Repo {
+
+bool operator==(const Entry& left, const Entry& right)
+{
+    return left.id == right.id;
+}
+
+bool operator!=(const Entry& left, const Entry& right)
+{
+    return !(left == right);
+}
+
+} // namespace Repo

@@ -1,0 +1,47 @@
+// Owns a file descriptor and closes it. Any thread, one at a time.
+
+#ifndef SERVICES_FILEDESCRIPTOR_H
+#define SERVICES_FILEDESCRIPTOR_H
+
+#include <unistd.h>
+
+class FileDescriptor
+{
+public:
+    // Takes over the descriptor; -1 stands for none.
+    explicit FileDescriptor(int descriptor = -1) : fd(descriptor) {}
+    ~FileDescriptor() { close(); }
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    bool isOpen() const { return fd >= 0; }
+    int get() const { return fd; }
+
+    // Gives the descriptor up to the caller.
+    int release()
+    {
+        const int released = fd;
+        fd = -1;
+        return released;
+    }
+
+    // Closes the present descriptor and takes over another.
+    void reset(int descriptor)
+    {
+        close();
+        fd = descriptor;
+    }
+
+    void close()
+    {
+        if (fd >= 0) {
+            ::close(fd);
+            fd = -1;
+        }
+    }
+
+private:
+    int fd;
+};
+
+#endif

@@ -1,0 +1,43 @@
+#include "services/HProgressBar.h"
+
+#include <QHelpEvent>
+
+HProgressBar::HProgressBar(QWidget* parent) : QProgressBar(parent) {}
+
+void HProgressBar::setActivity(QString text)
+{
+    if (activity != text) {
+        activity = text;
+        update();
+    }
+}
+
+QString HProgressBar::text() const
+{
+    const QString base = QProgressBar::text();
+    if (activity.isEmpty()) {
+        return base;
+    }
+    if (base.isEmpty()) {
+        return activity;
+    }
+    // Both at once: an activity may itself contain a place marker.
+    return tr("%1 (%2)").arg(activity, base);
+}
+
+void HProgressBar::reset()
+{
+    activity.clear();
+    QProgressBar::reset();
+}
+
+bool HProgressBar::event(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip &&
+        (window()->testAttribute(Qt::WA_AlwaysShowToolTips) || isActiveWindow())) {
+        Q_EMIT toolTip(static_cast<QHelpEvent*>(event)->pos());
+        event->accept();
+        return true;
+    }
+    return QWidget::event(event);
+}

@@ -1,0 +1,213 @@
+#include "services/LogWindow.h"
+
+#include <QEventLoop>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMutexLocker>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QTextCursor>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include "widgets/Colors.h"
+#include "widgets/HTextEdit.h"
+
+namespace Log {
+
+namespace {
+
+const int maxLevel = 10;
+const int defaultLevel = 2;
+// Entries of kind Info above this level are shown in the colour of lesser importance.
+const unsigned int maxPlainLevel = 9;
+
+} // namespace
+
+Window::Window(EntryList& logEntries, QWidget* openedBy)
+    : QWidget(nullptr), mainWindow(openedBy), levelSpinBox(new QSpinBox(this)), entries(logEntries),
+      textEdit(new HTextEdit(100, 24, this)), shown(0), open(false), painting(false), askedAgain(false)
+{
+    setWindowTitle(tr("VYRE Log"));
+
+    textEdit->setReadOnly(true);
+    textEdit->setUndoRedoEnabled(false);
+    textEdit->setLineWrapMode(QTextEdit::NoWrap);
+    textEdit->setWordWrapMode(QTextOption::NoWrap);
+    textEdit->setTabChangesFocus(true);
+    // Rich text would join a run of blanks into one, however they are written.
+    textEdit->document()->setDefaultStyleSheet(QLatin1String("font { white-space: pre; }"));
+
+    levelSpinBox->setRange(0, maxLevel);
+    levelSpinBox->setValue(defaultLevel);
+    levelSpinBox->setToolTip(tr("Threshold beyond which more detailed log messages are omitted.\n"
+                                "Higher levels show more detail.\n"
+                                "The valid range is 0 .. %1.\n"
+                                "The default is %2.\n"
+                                "Higher levels contain debug information.\n"
+                                "This corresponds to yum's debuglevel (-d) option.")
+                                 .arg(maxLevel)
+                                 .arg(defaultLevel));
+    connect(levelSpinBox, SIGNAL(valueChanged(int)), this, SLOT(levelChanged(int)));
+
+    QPushButton* close = new QPushButton(tr("&Close"), this);
+    close->setToolTip(tr("Close the Log Window"));
+    connect(close, SIGNAL(clicked()), this, SLOT(hide()));
+
+    QVBoxLayout* layout = new QVBoxLayout(this);
+    layout->addWidget(textEdit);
+    QHBoxLayout* row = new QHBoxLayout();
+    layout->addLayout(row);
+    row->addWidget(new QLabel(tr("Detail level"), this));
+    row->addWidget(levelSpinBox);
+    row->addStretch(1);
+    row->addWidget(close);
+    setTabOrder(textEdit, levelSpinBox);
+    setTabOrder(levelSpinBox, close);
+}
+
+void Window::htmlProtect(QString& line)
+{
+    line.replace(QLatin1String("<"), QLatin1String("&lt;"));
+    line.replace(QLatin1String(">"), QLatin1String("&gt;"));
+    line.replace(QLatin1String(" "), QLatin1String("&#x0020;"));
+    line.replace(QLatin1String("\t"), QLatin1String("&#x0009;"));
+}
+
+void Window::setVisible(bool visible)
+{
+    const bool wasVisible = isVisible();
+    if (visible && !wasVisible) {
+        textEdit->clear();
+        shown = 0;
+        open = true;
+        appended();
+        {
+            QMutexLocker locker(&entries);
+            connect(&entries, SIGNAL(appended()), this, SLOT(appended()));
+        }
+        // What was logged after the history was rendered and before the connection was made.
+        appended();
+        scrollToEnd();
+    }
+    QWidget::setVisible(visible);
+    if (visible && !wasVisible) {
+        // The first showing lays the window out, which changes the range of the scroll bar.
+        scrollToEnd();
+    }
+    if (!visible && wasVisible) {
+        {
+            QMutexLocker locker(&entries);
+            disconnect(&entries, SIGNAL(appended()), this, SLOT(appended()));
+        }
+        open = false;
+        shown = 0;
+        textEdit->clear();
+    }
+}
+
+void Window::appended()
+{
+    if (!open) {
+        return;
+    }
+    if (painting) {
+        // A writer that is faster than the painting would nest one pass in another without end.
+        askedAgain = true;
+        return;
+    }
+    if (!render()) {
+        return;
+    }
+    QScopedValueRollback<bool> guard(painting, true);
+    QEventLoop loop;
+    loop.processEvents(QEventLoop::ExcludeUserInputEvents);
+    if (askedAgain) {
+        askedAgain = false;
+        QTimer::singleShot(0, this, SLOT(appended()));
+    }
+}
+
+void Window::levelChanged(int)
+{
+    shown = 0;
+    textEdit->clear();
+    appended();
+}
+
+void Window::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        event->accept();
+        hide();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+bool Window::render()
+{
+    QMutexLocker locker(&entries);
+    const quint32 count = static_cast<quint32>(entries.count());
+    if (shown >= count) {
+        return false;
+    }
+
+    // One edit block lays the document out once instead of once a line; the pane cannot follow the end by
+    // itself meanwhile.
+    QScrollBar* scrollBar = textEdit->verticalScrollBar();
+    const bool atEnd = scrollBar->value() >= scrollBar->maximum();
+    const unsigned int threshold = static_cast<unsigned int>(levelSpinBox->value());
+    QTextCursor block(textEdit->document());
+    block.beginEditBlock();
+    for (; shown < count; ++shown) {
+        const Entry& entry = entries.at(static_cast<int>(shown));
+        if (threshold >= entry.level) {
+            textEdit->appendCompact(toHtml(entry));
+        }
+    }
+    block.endEditBlock();
+    if (atEnd) {
+        scrollToEnd();
+    }
+    return true;
+}
+
+QString Window::toHtml(const Entry& entry) const
+{
+    QString prefix;
+    QString suffix = tr("</font>");
+    switch (entry.kind) {
+    case Info:
+        prefix = entry.level <= maxPlainLevel ? tr("<font>") : tr("<font color=\"%1\">").arg(Colors::minor());
+        break;
+    case OK:
+        prefix = tr("<font color=\"%1\">").arg(Colors::ok());
+        break;
+    case Warning:
+        prefix = tr("<font color=\"%1\">").arg(Colors::warning());
+        break;
+    case Action:
+        prefix = tr("<h2><font color=\"%1\">").arg(Colors::action());
+        suffix = tr("</font></h2>");
+        break;
+    case Error:
+    default:
+        prefix = tr("<font color=\"%1\">").arg(Colors::error());
+        break;
+    }
+    QString text = entry.text;
+    htmlProtect(text);
+    return prefix + text + suffix;
+}
+
+void Window::scrollToEnd()
+{
+    QScrollBar* scrollBar = textEdit->verticalScrollBar();
+    scrollBar->setValue(scrollBar->maximum());
+}
+
+} // namespace Log

@@ -1,0 +1,486 @@
+#include "services/Progress.h"
+
+#include <algorithm>
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QGridLayout>
+#include <QMetaType>
+
+#include "services/HProgressBar.h"
+#include "widgets/GeneralTip.h"
+
+namespace Progress {
+
+namespace {
+
+// Reports, and passes over the events, are this many milliseconds apart at least.
+const qint64 minInterval = 9;
+
+const quint32 maxCompleteRows = 20;
+
+const QColor notStartedColour(255, 140, 0, 255);
+const QColor retryingColour(255, 140, 0, 255);
+const QColor inProgressColour(255, 255, 0, 255);
+const QColor completeColour(144, 238, 144, 255);
+
+// A timer that was never started has not run out.
+bool intervalOver(const QElapsedTimer& timer)
+{
+    return timer.isValid() && timer.elapsed() > minInterval;
+}
+
+Steps subtract(Steps value, Steps part)
+{
+    return value > part ? value - part : 0;
+}
+
+QLabel* makePlainLabel(const QString& text)
+{
+    QLabel* label = new QLabel();
+    // Names of packages and files are no markup.
+    label->setTextFormat(Qt::PlainText);
+    label->setText(text);
+    return label;
+}
+
+} // namespace
+
+ThreadsState::ThreadsState() : threadCount(0) {}
+
+ThreadsState::ThreadsState(quint32 count)
+    : threadCount(count), threads(count != 0 ? new ThreadState[count] : nullptr)
+{
+}
+
+ThreadsState::ThreadsState(const ThreadsState& other) : ThreadsState(other.threadCount)
+{
+    std::copy_n(other.threads.get(), threadCount, threads.get());
+}
+
+ThreadsState& ThreadsState::operator=(const ThreadsState& other)
+{
+    if (this != &other) {
+        ThreadsState copy(other);
+        threadCount = copy.threadCount;
+        threads = std::move(copy.threads);
+    }
+    return *this;
+}
+
+Minion::Minion(HProgressBar* total, HProgressBar* item) : totalBar(total), itemBar(item)
+{
+    connect(itemBar, SIGNAL(toolTip(const QPoint&)), this, SLOT(itemProgressToolTip(const QPoint&)));
+}
+
+void Minion::startTotal(QString text, Steps max)
+{
+    totalBar->setActivity(text);
+    totalBar->setMaximum(static_cast<int>(max));
+    totalBar->setValue(0);
+    totalBar->setEnabled(true);
+    itemBar->reset();
+    itemBar->setEnabled(false);
+}
+
+void Minion::changeTotal(Steps value, Steps max)
+{
+    totalBar->setMaximum(static_cast<int>(max));
+    totalBar->setValue(static_cast<int>(value));
+}
+
+void Minion::startItem(QString text, Steps total, Steps itemMax)
+{
+    totalBar->setValue(static_cast<int>(total));
+    itemBar->setActivity(text);
+    itemBar->setMaximum(static_cast<int>(itemMax));
+    itemBar->setValue(0);
+    itemBar->setEnabled(true);
+}
+
+void Minion::changeItemActivity(QString text)
+{
+    itemBar->setActivity(text);
+}
+
+void Minion::changeItemActs(Steps total)
+{
+    totalBar->setValue(static_cast<int>(total));
+}
+
+void Minion::changeItemActSteps(Steps total, Steps value, Steps max)
+{
+    totalBar->setValue(static_cast<int>(total));
+    itemBar->setMaximum(static_cast<int>(max));
+    itemBar->setValue(static_cast<int>(value));
+}
+
+void Minion::setItemValue(Steps total, Steps value)
+{
+    totalBar->setValue(static_cast<int>(total));
+    itemBar->setValue(static_cast<int>(value));
+}
+
+void Minion::endItemActs(Steps total)
+{
+    totalBar->setValue(static_cast<int>(total));
+}
+
+void Minion::setTotalValue(Steps total)
+{
+    totalBar->setValue(static_cast<int>(total));
+}
+
+void Minion::updateThreadsState(const ThreadsState& state)
+{
+    threadsState = state;
+}
+
+void Minion::reset()
+{
+    for (HProgressBar* bar : {totalBar, itemBar}) {
+        bar->setMinimum(0);
+        bar->setMaximum(1);
+    }
+    for (HProgressBar* bar : {totalBar, itemBar}) {
+        bar->reset();
+    }
+    for (HProgressBar* bar : {totalBar, itemBar}) {
+        bar->setEnabled(false);
+    }
+}
+
+void Minion::itemProgressToolTip(const QPoint& pos)
+{
+    if (threadsState.count() != 0) {
+        GeneralTip::showTip(itemBar->mapToGlobal(pos), setupTip, this, itemBar, true);
+    }
+}
+
+void Minion::setupTip(GeneralTip* tip, void* data)
+{
+    const ThreadsState& threads = static_cast<Minion*>(data)->threadsState;
+    QGridLayout* layout = new QGridLayout(tip);
+    layout->setContentsMargins(4, 4, 4, 4);
+
+    quint32 notStarted = 0;
+    quint32 complete = 0;
+    for (quint32 i = 0; i < threads.count(); ++i) {
+        if (threads[i].state == ThreadState::NotStarted) {
+            ++notStarted;
+        } else if (threads[i].state == ThreadState::Complete) {
+            ++complete;
+        }
+    }
+    const bool collapsed = complete > maxCompleteRows;
+
+    const auto addRow = [layout](const QString& text, QLabel* state) {
+        const int row = layout->count() / 2;
+        layout->addWidget(makePlainLabel(text), row, 0);
+        layout->addWidget(state, row, 1);
+    };
+    if (collapsed) {
+        addRow(tr("%1 downloads").arg(complete), makeLabel(tr("Complete"), completeColour));
+    }
+    for (quint32 i = 0; i < threads.count(); ++i) {
+        const ThreadState& thread = threads[i];
+        switch (thread.state) {
+        case ThreadState::Retrying: {
+            QLabel* state = makeLabel(tr("Retrying"), retryingColour);
+            state->setFrameStyle(QFrame::Box);
+            addRow(thread.name, state);
+            break;
+        }
+        case ThreadState::InProgress: {
+            QString text = tr("In Progress");
+            if (thread.max != 1) {
+                const double percent =
+                    static_cast<double>(thread.value) / static_cast<double>(thread.max) * 100;
+                text = tr("%1 / %2 (%3%)").arg(thread.value).arg(thread.max).arg(percent, 0, 'f', 1);
+            }
+            addRow(thread.name, makeLabel(text, inProgressColour));
+            break;
+        }
+        case ThreadState::Complete:
+            if (!collapsed) {
+                QLabel* state = makeLabel(tr("Complete"), completeColour);
+                state->setFrameStyle(QFrame::Box);
+                addRow(thread.name, state);
+            }
+            break;
+        default:
+            break;
+        }
+    }
+    if (notStarted != 0) {
+        addRow(tr("%1 downloads").arg(notStarted), makeLabel(tr("Not Started Yet"), notStartedColour));
+    }
+}
+
+QLabel* Minion::makeLabel(const QString& text, const QColor& colour)
+{
+    QLabel* label = makePlainLabel(text);
+    label->setFrameShape(QFrame::StyledPanel);
+    label->setFrameShadow(QFrame::Plain);
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::Window, colour);
+    palette.setColor(QPalette::WindowText, qGray(colour.rgb()) < 124 ? Qt::white : Qt::black);
+    label->setPalette(palette);
+    label->setAutoFillBackground(true);
+    return label;
+}
+
+Object::Object(HProgressBar* totalBar, HProgressBar* itemBar)
+    : minion(nullptr), guiInSameThread(false), totalValue(0), totalMax(1), itemStart(0), itemEnd(0),
+      itemValue(0), itemMax(1), actsSteps(0), actsEnd(0), actsCount(0), actsDone(0), threadsActsFrom(0),
+      threadsActsCount(0)
+{
+    static bool registered = false;
+    if (!registered) {
+        qRegisterMetaType<Steps>("Steps");
+        qRegisterMetaType<ThreadsState>("ThreadsState");
+        registered = true;
+    }
+
+    minion = new Minion(totalBar, itemBar);
+    minion->moveToThread(QCoreApplication::instance()->thread());
+    guiInSameThread = minion->thread() == thread();
+
+    connect(this, SIGNAL(startTotalSig(QString, Steps)), minion, SLOT(startTotal(QString, Steps)));
+    connect(this, SIGNAL(changeTotalSig(Steps, Steps)), minion, SLOT(changeTotal(Steps, Steps)));
+    connect(this, SIGNAL(startItemSig(QString, Steps, Steps)), minion,
+            SLOT(startItem(QString, Steps, Steps)));
+    connect(this, SIGNAL(changeItemActivitySig(QString)), minion, SLOT(changeItemActivity(QString)));
+    connect(this, SIGNAL(changeItemActsSig(Steps)), minion, SLOT(changeItemActs(Steps)));
+    connect(this, SIGNAL(changeItemActStepsSig(Steps, Steps, Steps)), minion,
+            SLOT(changeItemActSteps(Steps, Steps, Steps)));
+    connect(this, SIGNAL(setItemValueSig(Steps, Steps)), minion, SLOT(setItemValue(Steps, Steps)));
+    connect(this, SIGNAL(endItemActsSig(Steps)), minion, SLOT(endItemActs(Steps)));
+    connect(this, SIGNAL(setTotalValueSig(Steps)), minion, SLOT(setTotalValue(Steps)));
+    connect(this, SIGNAL(updateThreadsStateSig(const ThreadsState&)), minion,
+            SLOT(updateThreadsState(const ThreadsState&)));
+    connect(this, SIGNAL(resetSig()), minion, SLOT(reset()));
+
+    reset();
+}
+
+Object::~Object()
+{
+    reset();
+    minion->deleteLater();
+}
+
+void Object::startTotal(QString text, Steps max)
+{
+    totalValue = 0;
+    totalMax = max;
+    if (guiInSameThread) {
+        guiTimer.start();
+    }
+    Q_EMIT startTotalSig(text, totalMax);
+    updateGui();
+}
+
+void Object::changeTotal(Steps max)
+{
+    totalValue = std::min(totalValue, totalMax);
+    totalMax = max;
+    Q_EMIT changeTotalSig(totalValue, totalMax);
+    updateGui();
+}
+
+void Object::startItem(QString text, Steps steps, Steps max)
+{
+    totalValue = itemEnd;
+    itemStart = itemEnd;
+    itemEnd = itemStart + steps;
+    itemValue = 0;
+    itemMax = max;
+    itemTimer.start();
+    Q_EMIT startItemSig(text, totalValue, itemMax);
+    updateGui();
+}
+
+void Object::changeItemActivity(QString text)
+{
+    Q_EMIT changeItemActivitySig(text);
+    updateGui();
+}
+
+void Object::setupItemActs(Steps steps, Steps acts)
+{
+    actsSteps = steps;
+    actsEnd = itemEnd + steps;
+    actsCount = acts;
+    actsDone = 0;
+}
+
+void Object::changeItemActs(Steps acts)
+{
+    actsCount = acts;
+    itemEnd = (actsEnd - actsSteps) + actsShare(actsDone);
+    totalValue = itemEnd;
+    Q_EMIT changeItemActsSig(totalValue);
+    updateGui();
+}
+
+void Object::startItemAct(QString text, Steps max, Steps uptoAct)
+{
+    uptoAct = std::min(uptoAct, actsCount);
+    startItem(text, actsShare(uptoAct) - actsShare(actsDone), max);
+    actsDone = uptoAct;
+}
+
+void Object::changeItemActSteps(Steps value, Steps max)
+{
+    itemValue = std::min(value, max);
+    itemMax = max;
+    totalValue = itemStart + itemShare(itemValue);
+    itemTimer.start();
+    Q_EMIT changeItemActStepsSig(totalValue, itemValue, itemMax);
+    updateGui();
+}
+
+void Object::endItemActs()
+{
+    itemStart = actsEnd;
+    itemEnd = actsEnd;
+    totalValue = actsEnd;
+    Q_EMIT endItemActsSig(totalValue);
+    updateGui();
+}
+
+void Object::setupItemActsThreads(QString text, Steps actsFrom, Steps uptoAct, unsigned int threads,
+                                  Steps max)
+{
+    threadsActsFrom = actsFrom;
+    threadsActsCount = actsCount;
+    threadsState = ThreadsState(threads);
+    Q_EMIT updateThreadsStateSig(threadsState);
+    startItem(text, actsShare(uptoAct - 1) - actsShare(actsDone), max);
+    actsDone = uptoAct - 1;
+}
+
+void Object::startItemActThread(QString name, unsigned int index, Steps max)
+{
+    if (index >= threadsState.count()) {
+        return;
+    }
+    ThreadState& thread = threadsState[index];
+    thread.name = name;
+    thread.value = 0;
+    thread.max = max;
+    thread.state = ThreadState::InProgress;
+    if (threadsState.count() == 1) {
+        changeItemActivity(name);
+    }
+    Q_EMIT updateThreadsStateSig(threadsState);
+}
+
+void Object::setItemActsThreadValue(unsigned int index, Steps value)
+{
+    if (index >= threadsState.count()) {
+        return;
+    }
+    const Steps oldValue = threadsState[index].value;
+    threadsState[index].value = value;
+    Q_EMIT updateThreadsStateSig(threadsState);
+    // The item value was clamped to the item's maximum, so it can be less than the thread's part of it.
+    setItemValue(subtract(itemValue + value, oldValue));
+}
+
+void Object::endItemActThread(unsigned int index)
+{
+    if (index >= threadsState.count()) {
+        return;
+    }
+    threadsState[index].state = ThreadState::Complete;
+    Q_EMIT updateThreadsStateSig(threadsState);
+}
+
+void Object::retryItemActThread(unsigned int index)
+{
+    if (index >= threadsState.count()) {
+        return;
+    }
+    ThreadState& thread = threadsState[index];
+    thread.state = ThreadState::Retrying;
+    setItemValue(subtract(itemValue, thread.value));
+    thread.value = 0;
+    Q_EMIT updateThreadsStateSig(threadsState);
+}
+
+void Object::endItemActsThreads()
+{
+    threadsState = ThreadsState();
+    Q_EMIT updateThreadsStateSig(threadsState);
+}
+
+void Object::setItemValue(Steps value)
+{
+    // An end value that comes too soon is not forced through: the bars get there with the next item, with the
+    // end of the acts or with the reset.
+    itemValue = std::min(value, itemMax);
+    totalValue = itemStart + itemShare(itemValue);
+    if (intervalOver(itemTimer)) {
+        itemTimer.start();
+        Q_EMIT setItemValueSig(totalValue, itemValue);
+    }
+    updateGui();
+}
+
+void Object::setTotalValue(Steps value)
+{
+    value = std::min(value, totalMax);
+    if (intervalOver(itemTimer) || (value == totalMax && totalValue != totalMax)) {
+        itemTimer.start();
+        totalValue = value;
+        Q_EMIT setTotalValueSig(totalValue);
+        updateGui();
+    }
+}
+
+void Object::reset()
+{
+    totalMax = 1;
+    itemStart = 0;
+    itemEnd = 0;
+    itemMax = 1;
+    threadsState = ThreadsState();
+    Q_EMIT updateThreadsStateSig(threadsState);
+    Q_EMIT resetSig();
+    updateGui();
+}
+
+Steps Object::itemShare(Steps value) const
+{
+    const Steps steps = itemEnd - itemStart;
+    return itemMax != 0 ? value * steps / itemMax : steps;
+}
+
+Steps Object::actsShare(Steps acts) const
+{
+    return actsCount != 0 ? acts * actsSteps / actsCount : actsSteps;
+}
+
+void Object::updateGui()
+{
+    if (guiInSameThread && intervalOver(guiTimer)) {
+        QEventLoop loop;
+        loop.processEvents(QEventLoop::ExcludeUserInputEvents);
+        guiTimer.start();
+    }
+}
+
+User::User(Object*& objectSlot, HProgressBar* totalBar, HProgressBar* itemBar) : slot(objectSlot)
+{
+    slot = new Object(totalBar, itemBar);
+}
+
+User::~User()
+{
+    delete slot;
+    slot = nullptr;
+}
+
+} // namespace Progress

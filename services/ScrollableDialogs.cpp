@@ -1,0 +1,65 @@
+#include "services/ScrollableDialogs.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+
+#include "widgets/HScrollArea.h"
+
+namespace {
+
+// Fills a dialog with the icon, the text and, below them, a row of buttons with these texts.
+QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QString& text,
+                         const QStringList& buttonTexts)
+{
+    dialog->setAttribute(Qt::WA_ShowModal);
+
+    QLabel* iconLabel = new QLabel(dialog);
+    iconLabel->setPixmap(dialog->style()->standardPixmap(icon, nullptr, dialog));
+
+    QLabel* label = new QLabel();
+    label->setTextFormat(Qt::PlainText);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setText(text);
+    HScrollArea* scrollArea = new HScrollArea(dialog);
+    scrollArea->setFrameStyle(QFrame::NoFrame | QFrame::Plain);
+    scrollArea->setWidget(label);
+
+    QVBoxLayout* layout = new QVBoxLayout(dialog);
+    QHBoxLayout* topRow = new QHBoxLayout();
+    layout->addLayout(topRow);
+    topRow->addWidget(iconLabel);
+    topRow->addWidget(scrollArea);
+
+    QHBoxLayout* buttonRow = new QHBoxLayout();
+    layout->addLayout(buttonRow);
+    buttonRow->addStretch(1);
+    QList<QPushButton*> buttons;
+    for (const QString& buttonText : buttonTexts) {
+        QPushButton* button = new QPushButton(buttonText, dialog);
+        buttonRow->addWidget(button);
+        buttons.append(button);
+    }
+    buttonRow->addStretch(1);
+    return buttons;
+}
+
+} // namespace
+
+ScrollableConfirmDialog::ScrollableConfirmDialog(QString text, QString acceptText, QString rejectText,
+                                                 QWidget* parent)
+    : QDialog(parent)
+{
+    const QList<QPushButton*> buttons =
+        fill(this, QStyle::SP_MessageBoxQuestion, text, {acceptText, rejectText});
+    connect(buttons.at(0), SIGNAL(clicked()), this, SLOT(accept()));
+    connect(buttons.at(1), SIGNAL(clicked()), this, SLOT(reject()));
+}
+
+ScrollableErrorDialog::ScrollableErrorDialog(QString text, QWidget* parent) : QDialog(parent)
+{
+    const QList<QPushButton*> buttons = fill(this, QStyle::SP_MessageBoxCritical, text, {tr("Close")});
+    connect(buttons.at(0), SIGNAL(clicked()), this, SLOT(accept()));
+}

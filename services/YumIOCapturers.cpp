@@ -1,0 +1,201 @@
+#include "services/YumIOCapturers.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QMetaObject>
+#include <QTextCodec>
+
+namespace {
+
+// A duplicate that no child process inherits, out of the way of the standard descriptors.
+int saveDescriptor(int fd)
+{
+    return fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+}
+
+bool replaceDescriptor(int by, int fd)
+{
+    int result;
+    do {
+        result = dup2(by, fd);
+    } while (result < 0 && (errno == EINTR || errno == EBUSY));
+    return result >= 0;
+}
+
+void addFlag(int fd, int flag)
+{
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | flag);
+}
+
+// What the C library still holds back belongs to whichever place the descriptors now lead to.
+void flushStreams()
+{
+    fflush(stdout);
+    fflush(stderr);
+}
+
+// Everything that is waiting at this moment, and no more: a writer that never rests must not hold the reader.
+QByteArray readWaiting(const FileDescriptor& fd)
+{
+    int waiting = 0;
+    if (ioctl(fd.get(), FIONREAD, &waiting) != 0 || waiting == 0) {
+        return QByteArray();
+    }
+    QFile file;
+    file.open(fd.get(), QIODevice::ReadOnly | QIODevice::Unbuffered, QFileDevice::DontCloseHandle);
+    return file.read(waiting);
+}
+
+} // namespace
+
+YumIOCapturersMinion::YumIOCapturersMinion(CapturedOutput* receiver, int stdoutReadEnd, int stderrReadEnd)
+    : yumIO(receiver), active(false), stdoutFd(stdoutReadEnd), stderrFd(stderrReadEnd), finished(1),
+      stdoutDecoder(QTextCodec::codecForName("UTF-8")), stderrDecoder(QTextCodec::codecForName("UTF-8"))
+{
+}
+
+YumIOCapturersMinion::~YumIOCapturersMinion()
+{
+    readStdout();
+    readStderr();
+}
+
+void YumIOCapturersMinion::activate()
+{
+    QMetaObject::invokeMethod(this, "initialize", Qt::QueuedConnection);
+}
+
+void YumIOCapturersMinion::deactivate()
+{
+    finished.acquire();
+    QMetaObject::invokeMethod(this, "finalize", Qt::QueuedConnection);
+    finished.acquire();
+    finished.release();
+}
+
+void YumIOCapturersMinion::initialize()
+{
+    if (active) {
+        return;
+    }
+    stdoutNotifier = std::make_unique<QSocketNotifier>(stdoutFd.get(), QSocketNotifier::Read);
+    stderrNotifier = std::make_unique<QSocketNotifier>(stderrFd.get(), QSocketNotifier::Read);
+    connect(stdoutNotifier.get(), SIGNAL(activated(int)), this, SLOT(readStdout()));
+    connect(stderrNotifier.get(), SIGNAL(activated(int)), this, SLOT(readStderr()));
+    active = true;
+}
+
+void YumIOCapturersMinion::finalize()
+{
+    if (active) {
+        // Switched off as well: a pipe without a writer is always ready to be read.
+        for (QSocketNotifier* notifier : {stdoutNotifier.get(), stderrNotifier.get()}) {
+            notifier->setEnabled(false);
+            disconnect(notifier, nullptr, this, nullptr);
+        }
+        readStdout();
+        readStderr();
+        active = false;
+    }
+    finished.release();
+}
+
+// The receiver may process events, in the course of which this object can be finalized and deleted: nothing
+// of it is touched once the text has been handed over.
+void YumIOCapturersMinion::readStdout()
+{
+    const QString text = stdoutDecoder.toUnicode(readWaiting(stdoutFd));
+    if (!text.isEmpty()) {
+        yumIO->stdoutCapturedWrite(text);
+    }
+}
+
+void YumIOCapturersMinion::readStderr()
+{
+    const QString text = stderrDecoder.toUnicode(readWaiting(stderrFd));
+    if (!text.isEmpty()) {
+        yumIO->stderrCapturedWrite(text);
+    }
+}
+
+bool YumIOCapturers::Pipe::open()
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        return false;
+    }
+    readEnd.reset(ends[0]);
+    writeEnd.reset(ends[1]);
+    return true;
+}
+
+YumIOCapturers::YumIOCapturers(CapturedOutput* receiver)
+    : minion(nullptr), yumIO(receiver), savedStdout(saveDescriptor(STDOUT_FILENO)),
+      savedStderr(saveDescriptor(STDERR_FILENO)), stdoutRedirected(false), stderrRedirected(false)
+{
+    if (!stdoutPipe.open() || !stderrPipe.open()) {
+        yumIO->error(tr("Unable to open pipe to capture rpm transaction output"));
+        return;
+    }
+
+    flushStreams();
+    // Without a duplicate to put back later, a descriptor is better left alone.
+    if (savedStdout.isOpen() && savedStderr.isOpen()) {
+        stdoutRedirected = replaceDescriptor(stdoutPipe.writeEnd.get(), STDOUT_FILENO);
+        stderrRedirected = stdoutRedirected && replaceDescriptor(stderrPipe.writeEnd.get(), STDERR_FILENO);
+    }
+    if (!stderrRedirected) {
+        // Nobody is going to read: what does not fit must fail instead of waiting.
+        addFlag(stdoutPipe.writeEnd.get(), O_NONBLOCK);
+        yumIO->error(tr("Unable to dup2 pipe to capture rpm transaction output"));
+        return;
+    }
+
+    addFlag(stdoutPipe.readEnd.get(), O_NONBLOCK);
+    addFlag(stderrPipe.readEnd.get(), O_NONBLOCK);
+    minion = new YumIOCapturersMinion(yumIO, stdoutPipe.readEnd.release(), stderrPipe.readEnd.release());
+    minion->moveToThread(QCoreApplication::instance()->thread());
+    minion->activate();
+}
+
+YumIOCapturers::~YumIOCapturers()
+{
+    flushStreams();
+    if (!restore(savedStdout, STDOUT_FILENO, stdoutRedirected) ||
+        !restore(savedStderr, STDERR_FILENO, stderrRedirected)) {
+        return;
+    }
+    stdoutPipe.writeEnd.close();
+    stderrPipe.writeEnd.close();
+    if (minion != nullptr) {
+        minion->deactivate();
+        minion->deleteLater();
+    }
+}
+
+bool YumIOCapturers::restore(const FileDescriptor& saved, int fd, bool redirected)
+{
+    if (redirected && !replaceDescriptor(saved.get(), fd)) {
+        // One text for both descriptors.
+        yumIO->error(tr("Unable to dup2 to restore stderr"));
+        return false;
+    }
+    return true;
+}
+
+YumIOCapturersUser::YumIOCapturersUser(YumIOCapturers*& capturersSlot, CapturedOutput* yumIO)
+    : slot(capturersSlot), former(capturersSlot)
+{
+    slot = new YumIOCapturers(yumIO);
+}
+
+YumIOCapturersUser::~YumIOCapturersUser()
+{
+    delete slot;
+    slot = former;
+}

@@ -1,0 +1,159 @@
+#include "services/YumIODialogs.h"
+
+#include <QCoreApplication>
+#include <QDialogButtonBox>
+#include <QPushButton>
+
+#include "services/ScrollableDialogs.h"
+
+YumIODialogsMinion::YumIODialogsMinion(QWidget* parent) : parentWidget(parent) {}
+
+void YumIODialogsMinion::confirm(const QString& caption, const QString& text, const QString& acceptText,
+                                 const QString& rejectText)
+{
+    ScrollableConfirmDialog dialog(text, acceptText, rejectText, parentWidget);
+    dialog.setWindowTitle(caption);
+    const int code = dialog.exec();
+    Q_EMIT setResult(code);
+}
+
+void YumIODialogsMinion::warning(const QString& caption, const QString& text, const QString& button0Text,
+                                 const QString& button1Text, const QString& button2Text,
+                                 int defaultButtonNumber, int escapeButtonNumber)
+{
+    Q_EMIT setResult(message(QMessageBox::Warning, caption, text, {button0Text, button1Text, button2Text},
+                             defaultButtonNumber, escapeButtonNumber));
+}
+
+void YumIODialogsMinion::critical(const QString& caption, const QString& text, const QString& button0Text,
+                                  const QString& button1Text, const QString& button2Text,
+                                  int defaultButtonNumber, int escapeButtonNumber)
+{
+    Q_EMIT setResult(message(QMessageBox::Critical, caption, text, {button0Text, button1Text, button2Text},
+                             defaultButtonNumber, escapeButtonNumber));
+}
+
+void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
+{
+    ScrollableErrorDialog dialog(text, parentWidget);
+    dialog.setWindowTitle(caption);
+    dialog.exec();
+    Q_EMIT setResult(0);
+}
+
+// The box of QMessageBox::warning() and critical() with three button texts, except that those take a text for
+// markup when it looks like it, and the texts here come from packages and failures.
+int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, const QString& text,
+                                const QStringList& buttonTexts, int defaultButtonNumber,
+                                int escapeButtonNumber)
+{
+    QMessageBox box(icon, caption, QString(), QMessageBox::NoButton, parentWidget);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text);
+    QList<QPushButton*> buttons;
+    for (const QString& buttonText : buttonTexts) {
+        if (!buttonText.isEmpty()) {
+            buttons.append(box.addButton(buttonText, QMessageBox::ActionRole));
+        } else if (buttons.isEmpty()) {
+            buttons.append(box.addButton(QDialogButtonBox::tr("OK"), QMessageBox::ActionRole));
+        }
+    }
+    box.setDefaultButton(buttons.value(defaultButtonNumber));
+    box.setEscapeButton(buttons.value(escapeButtonNumber));
+    return box.exec();
+}
+
+YumIODialogs::YumIODialogs(QWidget* parent)
+    : minion(new YumIODialogsMinion(parent)), haveResult(false), result(0)
+{
+    minion->moveToThread(QCoreApplication::instance()->thread());
+
+    connect(minion, SIGNAL(setResult(int)), this, SLOT(setResult(int)));
+    connect(this, SIGNAL(confirmSig(const QString&, const QString&, const QString&, const QString&)), minion,
+            SLOT(confirm(const QString&, const QString&, const QString&, const QString&)));
+    connect(this,
+            SIGNAL(warningSig(const QString&, const QString&, const QString&, const QString&, const QString&,
+                              int, int)),
+            minion,
+            SLOT(warning(const QString&, const QString&, const QString&, const QString&, const QString&, int,
+                         int)));
+    connect(this,
+            SIGNAL(criticalSig(const QString&, const QString&, const QString&, const QString&, const QString&,
+                               int, int)),
+            minion,
+            SLOT(critical(const QString&, const QString&, const QString&, const QString&, const QString&, int,
+                          int)));
+    connect(this, SIGNAL(scrollableSig(const QString&, const QString&)), minion,
+            SLOT(scrollable(const QString&, const QString&)));
+}
+
+YumIODialogs::~YumIODialogs()
+{
+    minion->deleteLater();
+}
+
+int YumIODialogs::confirm(const QString& caption, const QString& text, const QString& acceptText,
+                          const QString& rejectText)
+{
+    haveResult = false;
+    Q_EMIT confirmSig(caption, text, acceptText, rejectText);
+    waitForResult();
+    return result;
+}
+
+int YumIODialogs::warning(const QString& caption, const QString& text, const QString& button0Text,
+                          const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
+                          int escapeButtonNumber)
+{
+    haveResult = false;
+    Q_EMIT warningSig(caption, text, button0Text, button1Text, button2Text, defaultButtonNumber,
+                      escapeButtonNumber);
+    waitForResult();
+    return result;
+}
+
+int YumIODialogs::critical(const QString& caption, const QString& text, const QString& button0Text,
+                           const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
+                           int escapeButtonNumber)
+{
+    haveResult = false;
+    Q_EMIT criticalSig(caption, text, button0Text, button1Text, button2Text, defaultButtonNumber,
+                       escapeButtonNumber);
+    waitForResult();
+    return result;
+}
+
+int YumIODialogs::scrollable(const QString& caption, const QString& text)
+{
+    haveResult = false;
+    Q_EMIT scrollableSig(caption, text);
+    waitForResult();
+    return result;
+}
+
+void YumIODialogs::setResult(int answer)
+{
+    result = answer;
+    haveResult = true;
+    loop.quit();
+}
+
+void YumIODialogs::waitForResult()
+{
+    // In the graphical thread the dialog has already run inside the signal.
+    if (!haveResult) {
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
+}
+
+YumIODialogsUser::YumIODialogsUser(YumIODialogs*& dialogsSlot, QWidget* parent)
+    : slot(dialogsSlot), former(dialogsSlot)
+{
+    slot = new YumIODialogs(parent);
+}
+
+YumIODialogsUser::~YumIODialogsUser()
+{
+    delete slot;
+    slot = former;
+}

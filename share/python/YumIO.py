@@ -1,0 +1,681 @@
+"""The package manager as the program sees it.
+
+The program runs this file in its embedded interpreter, makes one YumIO object and calls its methods, always from
+one thread at a time: the graphical one at the start, a worker thread for every long operation. Everything that
+the package manager has to say goes back through the built-in module yumIOC.
+
+Runs on Python 3.6 and later with dnf 4.
+"""
+
+import datetime
+import logging
+import os
+import re
+import sys
+
+import rpm
+
+# The package manager's own commands and plug-ins may look at the name of the program.
+import bdb  # noqa: F401  (the program looks its exceptions up by name)
+import dnf
+import dnf.base
+import dnf.callback
+import dnf.comps
+import dnf.conf
+import dnf.drpm
+import dnf.exceptions
+import dnf.lock
+import dnf.logging
+import dnf.package
+import dnf.repo
+import dnf.rpm
+import dnf.transaction
+import dnf.util
+import dnf.yum.rpmtrans
+import hawkey
+import libdnf.transaction
+
+import yumIOC
+
+
+# Paths of the managed system --------------------------------------------------------------------------------
+
+def managedRoot():
+    """The directory that stands for "/" of the managed system: VYREROOT when it is set, without a final "/"."""
+    given = os.environ.get('VYREROOT', '')
+    if not given:
+        return '/'
+    return os.path.abspath(given)
+
+
+def inRoot(path):
+    """The place on this system of an absolute path of the managed system."""
+    root = managedRoot()
+    return path if root == '/' else root + path
+
+
+def configurationFile():
+    """The package manager's main configuration file; the editor of repositories looks in the same two places."""
+    for path in ('/etc/yum/yum.conf', '/etc/yum.conf'):
+        if os.path.exists(inRoot(path)):
+            return inRoot(path)
+    return None
+
+
+def useDatabaseOfRoot():
+    """Some distributions compile rpm so that the database is in the home directory of whoever calls it."""
+    if rpm.expandMacro('%{?_dbpath}') not in ('/var/lib/rpm', '/usr/lib/sysimage/rpm'):
+        rpm.addMacro('_dbpath', '/var/lib/rpm')
+
+
+# Output -----------------------------------------------------------------------------------------------------
+
+class Writer:
+    """Stands in for sys.stdout or sys.stderr and hands each text to the program."""
+
+    encoding = 'utf-8'
+    errors = 'replace'
+    closed = False
+
+    def __init__(self, write, descriptor):
+        self._write = write
+        self._descriptor = descriptor
+
+    def write(self, text):
+        if text:
+            # What cannot be encoded (lone surrogates of undecodable file names) must not lose the whole line.
+            self._write(text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0'))
+        return len(text)
+
+    def writelines(self, lines):
+        for line in lines:
+            self.write(line)
+
+    def flush(self):
+        pass
+
+    def fileno(self):
+        return self._descriptor
+
+    def isatty(self):
+        return False
+
+    def writable(self):
+        return True
+
+
+class LogHandler(logging.Handler):
+    """Passes the package manager's log records on to the program's log.
+
+    Detail levels are those of the package manager's debuglevel option, of which 2 is the default.
+    """
+
+    LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
+              (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
+
+    def emit(self, record):
+        if record.name == 'dnf.rpm':
+            return  # TransactionProgress reports these itself
+        try:
+            text = self.format(record)
+        except Exception:  # a record that cannot be formatted must not end the operation that wrote it
+            text = str(record.msg)
+        text = text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
+        level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
+        if record.levelno >= logging.WARNING:
+            yumIOC.errorlog(level, text)
+        else:
+            yumIOC.log(level, text)
+
+
+# What packages and groups answer beyond what the package manager gives them ---------------------------------
+
+def _packageHeader(package):
+    """The header of an installed package; other packages have no such attribute."""
+    if not package._from_system:
+        raise AttributeError('hdr')
+    return package.get_header()
+
+
+def _packageChangelogs(package):
+    """The change log, newest first: dictionaries of timestamp (datetime.datetime), author and text."""
+    if package._from_system:
+        header = package.get_header()
+        entries = zip(header[rpm.RPMTAG_CHANGELOGTIME], header[rpm.RPMTAG_CHANGELOGNAME],
+                      header[rpm.RPMTAG_CHANGELOGTEXT])
+        return [{'timestamp': datetime.datetime.utcfromtimestamp(time), 'author': _text(author),
+                 'text': _text(text)} for time, author, text in entries]
+    return package.base.otherData.changelogs(package)
+
+
+def _packageBuildHost(package):
+    """The host that an installed package was built on; repositories do not let us read it."""
+    if not package._from_system:
+        return None
+    return _text(package.get_header()[rpm.RPMTAG_BUILDHOST])
+
+
+def _text(value):
+    return value.decode('utf-8', 'replace') if isinstance(value, bytes) else value
+
+
+dnf.package.Package.hdr = property(_packageHeader)
+dnf.package.Package.changelogs = property(_packageChangelogs)
+dnf.package.Package.buildhost = property(_packageBuildHost)
+
+
+class OtherData:
+    """The change logs of available packages: fetched with the other metadata, read into memory on first use."""
+
+    def __init__(self, base):
+        self._base = base
+        self._sack = None
+
+    def clear(self):
+        self._sack = None
+
+    def changelogs(self, package):
+        sack = self.load()
+        found = sack.query().available().filter(name=package.name, evr=package.evr, arch=package.arch,
+                                                reponame=package.reponame)
+        for twin in found:
+            return [dict(entry, timestamp=datetime.datetime.combine(entry['timestamp'], datetime.time()))
+                    for entry in super(dnf.package.Package, twin).changelogs]
+        return []
+
+    def load(self):
+        if self._sack is None:
+            sack = dnf.sack._build_sack(self._base)
+            with dnf.lock.build_metadata_lock(self._base.conf.cachedir, True):
+                for repo in self._base.repos.iter_enabled():
+                    sack.load_repo(repo._repo, build_cache=True, load_other=True)
+            self._sack = sack
+        return self._sack
+
+
+class GroupPackage:
+    """A package named by a group."""
+
+    def __init__(self, name):
+        self.name = name
+
+    def __str__(self):
+        return self.name
+
+
+class Group:
+    """A group of packages: comps gives each list anew on every access, and its members no text."""
+
+    def __init__(self, group):
+        self.id = group.id
+        self.name = group.name
+        self.uservisible = group.uservisible
+        self.mandatory_packages = self._members(group.mandatory_packages)
+        self.default_packages = self._members(group.default_packages)
+        self.optional_packages = self._members(group.optional_packages)
+        self.conditional_packages = self._members(group.conditional_packages)
+
+    def __str__(self):
+        return self.name
+
+    @staticmethod
+    def _members(packages):
+        return [GroupPackage(package.name) for package in packages]
+
+
+class All:
+    """What collectAll() returns."""
+
+    def __init__(self, installed, available):
+        self.installed = installed
+        self.available = available
+
+
+# Locking ----------------------------------------------------------------------------------------------------
+
+class SessionLock(dnf.lock.ProcessLock):
+    """The package manager's lock, held by the program for its whole life.
+
+    The package manager takes the same lock around each transaction. It then must find the one that we hold
+    already, on whichever of our threads it runs; only one of them works at a time.
+    """
+
+    def _lock_thread(self):
+        self.count += 1
+
+    def _unlock_thread(self):
+        self.count -= 1
+
+
+# Progress ---------------------------------------------------------------------------------------------------
+
+class DownloadProgress(dnf.callback.DownloadProgress):
+    """Passes the progress of downloads, of metadata and of packages, on to the program."""
+
+    def start(self, total_files, total_size, total_drpms=0):
+        yumIOC.downloadStart(total_files, int(total_size), total_drpms)
+
+    def progress(self, payload, done):
+        yumIOC.downloadProgress(payload, float(done))
+
+    def message(self, msg):
+        yumIOC.downloadMessage(msg)
+
+    def end(self, payload, status, msg):
+        yumIOC.downloadEnd(payload, status, msg)
+
+
+class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
+    """Passes the progress of a transaction on to the program, as far as the program understands it.
+
+    Phases of the whole transaction have no package and no totals, and there is a phase in which the package of
+    a scriptlet is not known: neither is passed on.
+    """
+
+    def progress(self, package, action, ti_done, ti_total, ts_done, ts_total):
+        if isinstance(package, hawkey.Package) and action not in (dnf.transaction.TRANS_PREPARATION,
+                                                                  dnf.transaction.TRANS_POST):
+            yumIOC.rpmtransProgress(package, action, ti_done, ti_total, ts_done, ts_total)
+
+    def scriptout(self, msgs):
+        if isinstance(msgs, bytes):
+            msgs = msgs.decode('utf-8', 'replace')
+        yumIOC.rpmtransScriptout(msgs.replace('\0', '\\0') if msgs else None)
+
+    def error(self, message):
+        yumIOC.errorlog(0, str(message))
+
+
+class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
+    """Tells the program when the test of a transaction, and when the transaction itself, begins and ends."""
+
+    def __init__(self, base, test=False, displays=()):
+        yumIOC.rpmtransInit(test)
+        super(RPMTransaction, self).__init__(base, test=test, displays=displays or [TransactionProgress()])
+
+    def __del__(self):
+        super(RPMTransaction, self).__del__()
+        yumIOC.rpmtransDel()
+
+
+dnf.yum.rpmtrans.RPMTransaction = RPMTransaction
+
+
+class KeyImport(dnf.callback.KeyImport):
+    """Asks the user before a key that signs a repository's metadata is trusted."""
+
+    def _confirm(self, id, userid, fingerprint, url, timestamp):
+        return askForKey(id, userid, fingerprint, url)
+
+
+def askForKey(keyId, userid, fingerprint, url):
+    """Show what there is to know about a signing key; return whether the user wants it imported."""
+    yumIOC.gpgsigcheck()
+    sys.stdout.write('Import the signing key 0x{}?\n\n'
+                     'User id:\t{}\n'
+                     'Fingerprint:\t{}\n'
+                     'From:\t{}\n'.format(keyId, userid, fingerprint, url.replace('file://', '')))
+    return yumIOC.userconfirm() == 1
+
+
+class Base(dnf.Base):
+    """The package manager, with the number of packages that really are downloaded made known beforehand."""
+
+    def __init__(self, conf):
+        super(Base, self).__init__(conf)
+        self.otherData = OtherData(self)
+
+    def _add_repo_to_sack(self, repo):
+        # Change logs are fetched together with everything else, but not kept in memory: most runs need none.
+        repo.load_metadata_other = True
+        try:
+            repo.load()
+        finally:
+            repo.load_metadata_other = False
+        super(Base, self)._add_repo_to_sack(repo)
+
+    def _download_remote_payloads(self, payloads, *args, **kwargs):
+        missing = [payload for payload in payloads if not isInCache(payload.pkg)]
+        self.announced = True
+        yumIOC.downloadRemotePayloads(missing)
+        if missing:
+            super(Base, self)._download_remote_payloads(missing, *args, **kwargs)
+
+    def download_packages(self, *args, **kwargs):
+        self.announced = False
+        super(Base, self).download_packages(*args, **kwargs)
+        if not self.announced:
+            yumIOC.downloadRemotePayloads([])
+
+
+def isInCache(package):
+    try:
+        return package.verifyLocalPkg()
+    except (OSError, ValueError, dnf.exceptions.MiscError):
+        return False
+
+
+# The object that the program drives -------------------------------------------------------------------------
+
+class YumIO:
+
+    CONFIGURATION_DIRECTORIES = ('/etc/yum.repos.d', '/etc/yum/repos.d')
+
+    def __init__(self):
+        sys.stdout = Writer(yumIOC.stdoutWrite, 1)
+        sys.stderr = Writer(yumIOC.stderrWrite, 2)
+        logger = logging.getLogger('dnf')
+        logger.setLevel(dnf.logging.TRACE)
+        logger.addHandler(LogHandler())
+
+        useDatabaseOfRoot()
+        self._lock = None
+        self.base = Base(self._configuration())
+        self.base.setup_loggers()
+        self._readRepos()
+
+    # Configuration
+
+    def _configuration(self):
+        """A configuration as the files have it now; what cannot be read is logged and left at its default."""
+        conf = dnf.conf.Conf()
+        conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
+        # A lock that somebody else holds is reported; waiting for it could take for ever.
+        conf._set_value('exit_on_lock', True, dnf.conf.PRIO_COMMANDLINE)
+        conf._set_value('reposdir', [inRoot(path) for path in self.CONFIGURATION_DIRECTORIES],
+                        dnf.conf.PRIO_DEFAULT)
+        conf._set_value('persistdir', inRoot('/var/lib/dnf'), dnf.conf.PRIO_DEFAULT)
+        conf._set_value('varsdir', [inRoot(path) for path in ('/etc/yum/vars', '/etc/dnf/vars')],
+                        dnf.conf.PRIO_DEFAULT)
+        if dnf.util.am_i_root():
+            # An ordinary user keeps the private directories that the package manager has chosen already.
+            conf._set_value('cachedir', inRoot('/var/cache/yum'), dnf.conf.PRIO_DEFAULT)
+            conf._set_value('logdir', inRoot('/var/log'), dnf.conf.PRIO_DEFAULT)
+        conf.releasever = self._releasever()
+
+        path = configurationFile()
+        if path is not None:
+            conf._set_value('config_file_path', path, dnf.conf.PRIO_COMMANDLINE)
+            try:
+                conf.read(path)
+            except (dnf.exceptions.Error, OSError, ValueError) as e:
+                logging.getLogger('dnf').error('Unable to use the configuration file %s: %s', path, e)
+        conf.substitutions.update_from_etc('/', varsdir=conf.varsdir)
+        dnf.util.ensure_dir(conf.logdir)
+        return conf
+
+    @staticmethod
+    def _releasever():
+        """The release of the managed system; a system without a release package still gets a usable value."""
+        try:
+            detected = dnf.rpm.detect_releasever(managedRoot())
+        except dnf.exceptions.Error as e:
+            logging.getLogger('dnf').debug('The release is not known: %s', e)
+            detected = None
+        if detected:
+            return detected
+        try:
+            with open(inRoot('/etc/os-release')) as release:
+                found = re.search(r'^VERSION_ID="?([^"\n]+)"?$', release.read(), re.M)
+        except OSError:
+            found = None
+        return found.group(1) if found else '1'
+
+    def _readRepos(self):
+        try:
+            self.base.read_all_repos()
+        except (dnf.exceptions.Error, OSError) as e:
+            logging.getLogger('dnf').error('Unable to read the repository configuration: %s', e)
+        for repo in self.base.repos.values():
+            repo.set_progress_bar(DownloadProgress())
+            repo._set_key_import(KeyImport())
+
+    def reset(self):
+        """Forget all packages and repositories, and read the configuration anew."""
+        self.base.otherData.clear()
+        del self.base._ts
+        self.base.reset(sack=True, repos=True, goal=True)
+        self.base._comps = None
+        self.base._conf = self._configuration()
+        self._readRepos()
+
+    # Locking
+
+    def lock(self):
+        lock = SessionLock(dnf.lock.build_rpmdb_lock(self.base.conf.persistdir, True).target, 'The rpm database',
+                           False)
+        try:
+            lock.__enter__()
+        except dnf.exceptions.LockError as e:
+            logging.getLogger('dnf').error('%s', e)
+            raise
+        except OSError as e:
+            logging.getLogger('dnf').error('%s', e)
+            raise dnf.exceptions.LockError(str(e))
+        self._lock = lock
+        dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock
+
+    def unlock(self):
+        if self._lock is None:
+            return
+        try:
+            self._lock.__exit__()
+        except OSError as e:
+            raise dnf.exceptions.LockError(str(e))
+        self._lock = None
+
+    # Repositories
+
+    def enableRepo(self, id):
+        self._repo(id).enable()
+
+    def disableRepo(self, id):
+        self._repo(id).disable()
+
+    def _repo(self, id):
+        try:
+            return self.base.repos[id]
+        except KeyError:
+            raise dnf.exceptions.RepoError('There is no repository {}'.format(id))
+
+    def setupRepos(self):
+        """Read the metadata of all enabled repositories, from the cache where it is fresh, and the rpm database."""
+        try:
+            self.base.otherData.clear()
+            self.base.fill_sack()
+        except dnf.exceptions.RepoError:
+            raise
+        except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
+            raise dnf.exceptions.RepoError(str(e))
+
+    # Collection
+
+    def collectUpdates(self):
+        query = self.base.sack.query()
+        try:
+            query.filterm(upgrades_by_priority=True)
+        except (ValueError, hawkey.Exception):  # older than priorities
+            query = query.upgrades()
+        query.filterm(arch__neq=['src', 'nosrc'])
+        return query.latest().run()
+
+    def collectAll(self):
+        query = self.base.sack.query()
+        available = query.available().filterm(arch__neq=['src', 'nosrc'])
+        try:
+            available.filterm(latest_per_arch_by_priority=True)
+        except (ValueError, hawkey.Exception):  # older than priorities
+            available.filterm(latest_per_arch=True)
+        return All(query.installed().run(), available.run())
+
+    def collectGroups(self):
+        self.base.read_comps(arch_filter=True)
+        return [Group(group) for group in self.base.comps.groups_iter()]
+
+    def collectDone(self):
+        logging.getLogger('dnf').debug('Packages and groups are collected.')
+
+    def collectFileLists(self):
+        """File lists are read together with the packages."""
+        return True
+
+    def collectOtherData(self):
+        self.base.otherData.load()
+        return True
+
+    # Packages
+
+    def getBiArch(self, arch):
+        """The class of architectures that can stand in for each other: one is installed at a time.
+
+        Packages without an architecture belong to that of the system.
+        """
+        base = dnf.rpm.basearch(arch)
+        return self.base.conf.basearch if base in (None, 'noarch') else base
+
+    def isBetterThan(self, a, b):
+        """Whether a is closer to the system's architecture than b, or as close and not older."""
+        native = self.base.conf.basearch
+        aNative = self.getBiArch(a.arch) == native
+        bNative = self.getBiArch(b.arch) == native
+        if aNative != bNative:
+            return aNative
+        return a.evr_cmp(b) >= 0
+
+    def verifyLocalPkg(self, package):
+        if package._from_system:
+            return False
+        return package.verifyLocalPkg()
+
+    # Transactions
+
+    def apply(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
+        """Resolve, show, confirm, download, check and run one transaction.
+
+        The user's No is no failure. Whatever stops the transaction is raised, before anything was changed unless
+        the text of the exception names packages.
+        """
+        base = self.base
+        del base._ts
+        base.reset(goal=True)
+        try:
+            self._mark(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves)
+            # Only who asked for a removal is offered the removal of what depends on it.
+            base.resolve(allow_erasing=bool(removes or groupRemoves))
+            if not base.transaction and not base.history.group:
+                raise dnf.exceptions.Error('There is nothing to do.')
+            if self._confirmed():
+                self._download()
+                self._checkSignatures()
+                self._run()
+            return True
+        finally:
+            base.reset(goal=True)
+            del base._ts
+
+    def _mark(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
+        base = self.base
+        for package in removes:
+            base.package_remove(package)
+        for package in installs:
+            base.package_install(package)
+        seen = set()
+        for new, old in updates:
+            if new not in seen:
+                seen.add(new)
+                base.package_upgrade(new)
+        for group in groupInstalls:
+            base.group_install(group.id, ('mandatory', 'default', 'conditional'))
+        for group in groupUpdates:
+            if base.history.group.get(group.id) is not None:
+                base.group_upgrade(group.id)
+            else:
+                self._upgradeMembers(group)
+        for group in groupRemoves:
+            base.group_remove(group.id)
+
+    def _upgradeMembers(self, group):
+        """Upgrade the installed members of a group that is not itself installed."""
+        names = [package.name for package in group.mandatory_packages + group.default_packages]
+        installed = self.base.sack.query().installed().filter(name=names)
+        for name in sorted(set(package.name for package in installed)):
+            self.base.upgrade(name)
+
+    def _confirmed(self):
+        transaction = self.base.transaction or []
+        yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
+        installed = self._installSet()
+        if installed:
+            yumIOC.reportDownloadSize(installed)
+        else:
+            yumIOC.reportRemoveSize(transaction)
+        return yumIOC.userconfirm() == 1
+
+    def _installSet(self):
+        return list(self.base.transaction.install_set) if self.base.transaction else []
+
+    def _download(self):
+        installed = self._installSet()
+        if installed:
+            self.base.download_packages(installed, DownloadProgress())
+
+    def _checkSignatures(self):
+        """Refuse every package whose signature is wrong or missing where its repository demands one."""
+        for package in sorted(self._installSet()):
+            yumIOC.gpgsigcheck()
+            result, text = self.base.package_signature_check(package)
+            if result == 1:
+                try:
+                    self.base.package_import_key(package, fullaskcb=self._askForKey)
+                except (ValueError, OSError) as e:
+                    raise dnf.exceptions.Error(str(e))
+                finally:
+                    # Asked again the next time: the answer may be another then.
+                    self.base._repo_set_imported_gpg_keys.discard(package.repoid)
+            elif result != 0:
+                raise dnf.exceptions.Error(text)
+
+    @staticmethod
+    def _askForKey(key):
+        return askForKey(key['hexkeyid'], key['userid'], key['fingerprint'], key['keyurl'])
+
+    def _run(self):
+        base = self.base
+        base.do_transaction(TransactionProgress())
+        yumIOC.postTransactionOutput()
+        failed = [item for item in base.transaction or []
+                  if item.state == libdnf.transaction.TransactionItemState_ERROR]
+        if not base.conf.keepcache and not failed:
+            base._clean_packages(base._trans_tempfiles)
+            base._trans_tempfiles = set()
+        if failed:
+            raise dnf.exceptions.Error('The transaction failed for:\n{}'.format(
+                '\n'.join(sorted(set(str(item) for item in failed)))))
+
+    # Cleaning
+
+    def cleanDbcache(self):
+        return self._clean('dbcache')
+
+    def cleanPackages(self):
+        return self._clean('packages')
+
+    def cleanMetadata(self):
+        return self._clean('metadata', 'dbcache')
+
+    def cleanAll(self):
+        return self._clean('metadata', 'packages', 'dbcache')
+
+    def _clean(self, *types):
+        cache = self.base.conf.cachedir
+        patterns = [re.compile(dnf.repo.CACHE_FILES[type]) for type in types]
+        count = 0
+        with dnf.lock.build_metadata_lock(cache, True), dnf.lock.build_download_lock(cache, True):
+            for directory, _, names in os.walk(cache):
+                for name in names:
+                    path = os.path.join(directory, name)
+                    if any(pattern.match(os.path.relpath(path, cache)) for pattern in patterns):
+                        os.unlink(path)
+                        count += 1
+        logging.getLogger('dnf').info('%d files removed', count)
+        return True

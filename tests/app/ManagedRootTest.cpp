@@ -1,0 +1,63 @@
+#include <QtTest>
+
+#include "app/base/ManagedRoot.h"
+
+class ManagedRootTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QByteArray before;
+    bool wasSet = false;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        wasSet = qEnvironmentVariableIsSet("VYREROOT");
+        before = qgetenv("VYREROOT");
+    }
+
+    void cleanupTestCase()
+    {
+        if (wasSet) {
+            qputenv("VYREROOT", before);
+        } else {
+            qunsetenv("VYREROOT");
+        }
+    }
+
+    void runningSystemIsManagedByDefault()
+    {
+        qunsetenv("VYREROOT");
+        QCOMPARE(ManagedRoot::path(), QString());
+        QCOMPARE(ManagedRoot::absolute("/etc/yum.conf"), QStringLiteral("/etc/yum.conf"));
+        QCOMPARE(ManagedRoot::absolute("/"), QStringLiteral("/"));
+    }
+
+    void rootIsMadeAbsoluteAndClean_data()
+    {
+        QTest::addColumn<QByteArray>("given");
+        QTest::addColumn<QString>("root");
+        QTest::newRow("empty") << QByteArray("") << "";
+        QTest::newRow("the running system") << QByteArray("/") << "";
+        QTest::newRow("the running system, written oddly") << QByteArray("/srv/..//") << "";
+        QTest::newRow("plain") << QByteArray("/srv/image") << "/srv/image";
+        QTest::newRow("slash at the end") << QByteArray("/srv/image/") << "/srv/image";
+        QTest::newRow("slashes at the end") << QByteArray("/srv/image//") << "/srv/image";
+        QTest::newRow("detour") << QByteArray("/srv/other/../image/.") << "/srv/image";
+        QTest::newRow("relative") << QByteArray("image") << QDir::currentPath() + "/image";
+        QTest::newRow("not only ASCII") << QByteArray("/srv/\xc3\xbc") << QString::fromUtf8("/srv/\xc3\xbc");
+    }
+
+    void rootIsMadeAbsoluteAndClean()
+    {
+        QFETCH(QByteArray, given);
+        QFETCH(QString, root);
+        qputenv("VYREROOT", given);
+        QCOMPARE(ManagedRoot::path(), root);
+        QCOMPARE(ManagedRoot::absolute("/etc/yum.conf"), root + "/etc/yum.conf");
+    }
+};
+
+QTEST_GUILESS_MAIN(ManagedRootTest)
+#include "ManagedRootTest.moc"

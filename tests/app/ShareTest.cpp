@@ -1,0 +1,67 @@
+#include <QtTest>
+
+#include "app/base/Share.h"
+
+class ShareTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QByteArray before;
+    bool wasSet = false;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        wasSet = qEnvironmentVariableIsSet("VYRESHARE");
+        before = qgetenv("VYRESHARE");
+    }
+
+    void cleanupTestCase()
+    {
+        if (wasSet) {
+            qputenv("VYRESHARE", before);
+        } else {
+            qunsetenv("VYRESHARE");
+        }
+    }
+
+    void isTheSystemsDirectoryByDefault()
+    {
+        qunsetenv("VYRESHARE");
+        QCOMPARE(Share::absolute("python/YumIO.py"), QStringLiteral("/usr/share/vyre/python/YumIO.py"));
+        QCOMPARE(Share::absolute(QString()), QStringLiteral("/usr/share/vyre/"));
+    }
+
+    void isWhereTheEnvironmentSays_data()
+    {
+        QTest::addColumn<QByteArray>("directory");
+        QTest::addColumn<QString>("relative");
+        QTest::addColumn<QString>("path");
+        QTest::newRow("plain") << QByteArray("/opt/vyre") << "icons"
+                               << "/opt/vyre/icons";
+        QTest::newRow("relative directory") << QByteArray("share") << "icons"
+                                            << "share/icons";
+        QTest::newRow("taken as it stands") << QByteArray("/opt//vyre/") << "icons"
+                                            << "/opt//vyre//icons";
+        QTest::newRow("empty but set") << QByteArray("") << "icons"
+                                       << "/icons";
+        QTest::newRow("place markers in the directory") << QByteArray("/opt/%2%1") << "icons"
+                                                        << "/opt/%2%1/icons";
+        QTest::newRow("place markers in the file") << QByteArray("/opt/%1") << "%1/%2"
+                                                   << "/opt/%1/%1/%2";
+    }
+
+    void isWhereTheEnvironmentSays()
+    {
+        QFETCH(QByteArray, directory);
+        QFETCH(QString, relative);
+        QFETCH(QString, path);
+        qputenv("VYRESHARE", directory);
+        QVERIFY(qEnvironmentVariableIsSet("VYRESHARE"));
+        QCOMPARE(Share::absolute(relative), path);
+    }
+};
+
+QTEST_GUILESS_MAIN(ShareTest)
+#include "ShareTest.moc"

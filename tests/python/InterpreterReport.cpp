@@ -1,0 +1,33 @@
+// Prints where the embedded interpreter has its standard library and the package manager's modules from, one
+// thing a line.
+
+#include <cstdio>
+
+#include "python/Python.h"
+
+namespace {
+
+class PrintingPython : public Python
+{
+public:
+    void error(const char* text) override { std::fprintf(stderr, "error: %s\n", text); }
+    void warning(const char* text) override { std::fprintf(stderr, "warning: %s\n", text); }
+};
+
+} // namespace
+
+int main()
+{
+    PrintingPython python;
+    if (!python.initialize()) {
+        return 2;
+    }
+    return python.py("import sys, os, rpm, dnf, dnf.exceptions\n"
+                     "print(os.__file__)\n"
+                     "print(rpm.__file__)\n"
+                     "print(dnf.__file__)\n"
+                     "print(sys.path)\n"
+                     "print(sys.argv)\n") == 0
+               ? 0
+               : 1;
+}

@@ -1,0 +1,101 @@
+#include <QtTest>
+
+#include <memory>
+
+#include "python/PyRef.h"
+#include "tests/python/RecordingPython.h"
+
+class PyRefTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<RecordingPython> python;
+    PyObject* object = nullptr; // owned
+    Py_ssize_t before = 0;
+
+    Py_ssize_t added() const { return Py_REFCNT(object) - before; }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        python = std::make_unique<RecordingPython>();
+        QVERIFY(python->initialize());
+    }
+
+    void cleanupTestCase() { python.reset(); }
+
+    void init()
+    {
+        object = PyList_New(0);
+        QVERIFY(object != nullptr);
+        before = Py_REFCNT(object);
+    }
+
+    void cleanup()
+    {
+        QCOMPARE(added(), Py_ssize_t(0));
+        Py_CLEAR(object);
+    }
+
+    void isEmptyByDefaultAndForNull()
+    {
+        QVERIFY(!PyRef());
+        QVERIFY(PyRef().get() == nullptr);
+        QVERIFY(!PyRef(nullptr));
+        QVERIFY(!PyRef::borrow(nullptr));
+    }
+
+    void takesOverANewReference()
+    {
+        Py_INCREF(object);
+        {
+            const PyRef ref(object);
+            QVERIFY(ref);
+            QVERIFY(ref.get() == object);
+            QCOMPARE(added(), Py_ssize_t(1));
+        }
+        QCOMPARE(added(), Py_ssize_t(0));
+    }
+
+    void borrowTakesAReferenceOfItsOwn()
+    {
+        const PyRef ref = PyRef::borrow(object);
+        QVERIFY(ref.get() == object);
+        QCOMPARE(added(), Py_ssize_t(1));
+        // cleanup() sees whether it has been dropped
+    }
+
+    void releaseHandsTheReferenceOver()
+    {
+        PyObject* released = nullptr;
+        {
+            PyRef ref = PyRef::borrow(object);
+            released = ref.release();
+            QVERIFY(!ref);
+        }
+        QVERIFY(released == object);
+        QCOMPARE(added(), Py_ssize_t(1));
+        Py_DECREF(released);
+    }
+
+    void movingPassesTheOneReferenceOn()
+    {
+        PyRef first = PyRef::borrow(object);
+        const PyRef second(std::move(first));
+        QVERIFY(!first);
+        QVERIFY(second.get() == object);
+        QCOMPARE(added(), Py_ssize_t(1));
+    }
+
+    void assignmentDropsTheFormerObject()
+    {
+        PyRef ref = PyRef::borrow(object);
+        ref = PyRef(PyList_New(0));
+        QVERIFY(ref.get() != object);
+        QCOMPARE(added(), Py_ssize_t(0));
+    }
+};
+
+QTEST_GUILESS_MAIN(PyRefTest)
+#include "PyRefTest.moc"

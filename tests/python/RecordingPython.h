@@ -1,0 +1,42 @@
+// The interpreter with reporters that keep what they were told, for the tests.
+
+#ifndef TESTS_PYTHON_RECORDINGPYTHON_H
+#define TESTS_PYTHON_RECORDINGPYTHON_H
+
+#include "python/Python.h"
+
+#include <QStringList>
+
+class RecordingPython : public Python
+{
+public:
+    void error(const char* text) override { errors.append(QString::fromUtf8(text)); }
+    void warning(const char* text) override { warnings.append(QString::fromUtf8(text)); }
+    void exceptionExpected() override
+    {
+        ++expectedCount;
+        Python::exceptionExpected();
+    }
+
+    // What error() was told since the last time.
+    QStringList takeErrors()
+    {
+        QStringList taken;
+        taken.swap(errors);
+        return taken;
+    }
+
+    // The text of an expression's value, as str() gives it.
+    QString text(const char* expression)
+    {
+        const PyRef value(pyr(expression));
+        const PyRef string(value ? PyObject_Str(value.get()) : nullptr);
+        return string ? QString::fromUtf8(PyUnicode_AsUTF8(string.get())) : QString();
+    }
+
+    QStringList errors;
+    QStringList warnings;
+    int expectedCount = 0;
+};
+
+#endif

@@ -1,0 +1,52 @@
+#include <QtTest>
+
+#include "repo/YumRepoEnabled.h"
+
+class YumRepoEnabledTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theRequestIsKept();
+    void thePatternIsAWildcardForTheWholeIdentifier_data();
+    void thePatternIsAWildcardForTheWholeIdentifier();
+};
+
+void YumRepoEnabledTest::theRequestIsKept()
+{
+    QVERIFY(YumRepoEnabled(true, QStringLiteral("*")).enabled);
+    QVERIFY(!YumRepoEnabled(false, QStringLiteral("*")).enabled);
+    QCOMPARE(YumRepoEnabled(true, QStringLiteral("fed?ra*")).pattern.pattern(), QStringLiteral("fed?ra*"));
+}
+
+void YumRepoEnabledTest::thePatternIsAWildcardForTheWholeIdentifier_data()
+{
+    QTest::addColumn<QString>("pattern");
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<bool>("matches");
+    QTest::newRow("itself") << "base"
+                            << "base" << true;
+    QTest::newRow("a part only") << "base"
+                                 << "base-debug" << false;
+    QTest::newRow("star") << "base*"
+                          << "base-debug" << true;
+    QTest::newRow("question mark") << "b?se"
+                                   << "base" << true;
+    QTest::newRow("set") << "b[ae]se"
+                         << "bese" << true;
+    QTest::newRow("another case") << "Base"
+                                  << "base" << false;
+    QTest::newRow("the dot is itself") << "b.se"
+                                       << "base" << false;
+}
+
+void YumRepoEnabledTest::thePatternIsAWildcardForTheWholeIdentifier()
+{
+    QFETCH(QString, pattern);
+    QFETCH(QString, id);
+    QFETCH(bool, matches);
+    QCOMPARE(YumRepoEnabled(true, pattern).pattern.exactMatch(id), matches);
+}
+
+QTEST_APPLESS_MAIN(YumRepoEnabledTest)
+#include "YumRepoEnabledTest.moc"

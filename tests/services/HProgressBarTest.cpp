@@ -1,0 +1,150 @@
+#include "services/HProgressBar.h"
+
+#include <QHelpEvent>
+#include <QSignalSpy>
+#include <QTest>
+#include <QVBoxLayout>
+
+namespace {
+
+class CountingBar : public HProgressBar
+{
+public:
+    int paints = 0;
+
+protected:
+    void paintEvent(QPaintEvent* event) override
+    {
+        ++paints;
+        HProgressBar::paintEvent(event);
+    }
+};
+
+bool sendToolTipEvent(QWidget* widget, const QPoint& pos)
+{
+    QHelpEvent event(QEvent::ToolTip, pos, widget->mapToGlobal(pos));
+    return QCoreApplication::sendEvent(widget, &event) && event.isAccepted();
+}
+
+} // namespace
+
+class HProgressBarTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void textJoinsActivityAndPercentage();
+    void activityIsNotTakenForAPattern();
+    void resetForgetsTheActivity();
+    void newActivityIsPainted();
+    void hoveringInTheActiveWindowAsksForATip();
+    void toolTipEventGivesThePosition();
+    void inactiveWindowAsksForNoTip();
+    void alwaysShowToolTipsWorksInAnInactiveWindow();
+};
+
+void HProgressBarTest::textJoinsActivityAndPercentage()
+{
+    HProgressBar bar;
+    bar.setRange(0, 100);
+    bar.setValue(40);
+    QCOMPARE(bar.text(), QString("40%"));
+    bar.setActivity("Reading");
+    QCOMPARE(bar.text(), QString("Reading (40%)"));
+
+    HProgressBar idle;
+    QCOMPARE(idle.text(), QString());
+    idle.setActivity("Reading");
+    QCOMPARE(idle.text(), QString("Reading"));
+    HProgressBar noRange;
+    noRange.setRange(0, 0);
+    noRange.setActivity("Reading");
+    QCOMPARE(noRange.text(), QString("Reading"));
+}
+
+void HProgressBarTest::activityIsNotTakenForAPattern()
+{
+    HProgressBar bar;
+    bar.setRange(0, 100);
+    bar.setValue(40);
+    bar.setActivity("Reading %1 and %2");
+    QCOMPARE(bar.text(), QString("Reading %1 and %2 (40%)"));
+}
+
+void HProgressBarTest::resetForgetsTheActivity()
+{
+    HProgressBar bar;
+    bar.setRange(0, 100);
+    bar.setValue(40);
+    bar.setActivity("Reading");
+    bar.reset();
+    QCOMPARE(bar.text(), QString());
+    QCOMPARE(bar.value(), -1);
+}
+
+void HProgressBarTest::newActivityIsPainted()
+{
+    CountingBar bar;
+    bar.setRange(0, 100);
+    bar.setValue(40);
+    bar.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&bar));
+    QTRY_VERIFY(bar.paints > 0);
+    QTest::qWait(50);
+    const int before = bar.paints;
+    bar.setActivity("Reading");
+    QTRY_VERIFY(bar.paints > before);
+}
+
+void HProgressBarTest::hoveringInTheActiveWindowAsksForATip()
+{
+    QWidget window;
+    QVBoxLayout layout(&window);
+    HProgressBar bar(&window);
+    layout.addWidget(&bar);
+    window.resize(300, 100);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QSignalSpy spy(&bar, SIGNAL(toolTip(const QPoint&)));
+    QTest::mouseMove(&bar, bar.rect().center());
+    QTRY_COMPARE(spy.count(), 1);
+}
+
+void HProgressBarTest::toolTipEventGivesThePosition()
+{
+    HProgressBar bar;
+    bar.show();
+    QVERIFY(QTest::qWaitForWindowActive(&bar));
+    QSignalSpy spy(&bar, SIGNAL(toolTip(const QPoint&)));
+    QVERIFY(sendToolTipEvent(&bar, QPoint(7, 3)));
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).toPoint(), QPoint(7, 3));
+}
+
+void HProgressBarTest::inactiveWindowAsksForNoTip()
+{
+    HProgressBar bar;
+    bar.show();
+    QVERIFY(QTest::qWaitForWindowActive(&bar));
+    QWidget other;
+    other.show();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QTRY_VERIFY(!bar.isActiveWindow());
+    QSignalSpy spy(&bar, SIGNAL(toolTip(const QPoint&)));
+    QVERIFY(!sendToolTipEvent(&bar, QPoint(7, 3)));
+    QCOMPARE(spy.count(), 0);
+}
+
+void HProgressBarTest::alwaysShowToolTipsWorksInAnInactiveWindow()
+{
+    QWidget window;
+    window.setAttribute(Qt::WA_AlwaysShowToolTips);
+    HProgressBar bar(&window);
+    QVERIFY(!bar.isActiveWindow());
+    QSignalSpy spy(&bar, SIGNAL(toolTip(const QPoint&)));
+    QVERIFY(sendToolTipEvent(&bar, QPoint(1, 1)));
+    QCOMPARE(spy.count(), 1);
+}
+
+QTEST_MAIN(HProgressBarTest)
+#include "HProgressBarTest.moc"

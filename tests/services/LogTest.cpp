@@ -1,0 +1,98 @@
+#include "services/Log.h"
+
+#include <memory>
+
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+
+class LogTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void messageBecomesOneEntryPerLineThatIsNotEmpty();
+    void entriesKeepKindAndLevel();
+    void oneNotificationPerMessage();
+    void readersAreToldOutsideTheLock();
+    void writersInTwoThreadsLoseNothing();
+};
+
+void LogTest::messageBecomesOneEntryPerLineThatIsNotEmpty()
+{
+    Log::EntryList log;
+    log.appendMessage(Log::Warning, 3, "first line\n\nsecond line\n");
+    QCOMPARE(log.count(), 2);
+    QCOMPARE(log.at(0).text, QString("first line"));
+    QCOMPARE(log.at(1).text, QString("second line"));
+    for (const Log::Entry& entry : log) {
+        QCOMPARE(entry.kind, Log::Warning);
+        QCOMPARE(entry.level, 3u);
+    }
+}
+
+void LogTest::entriesKeepKindAndLevel()
+{
+    QCOMPARE(static_cast<quint32>(Log::Info), 0u);
+    QCOMPARE(static_cast<quint32>(Log::OK), 1u);
+    QCOMPARE(static_cast<quint32>(Log::Warning), 2u);
+    QCOMPARE(static_cast<quint32>(Log::Error), 3u);
+    QCOMPARE(static_cast<quint32>(Log::Action), 4u);
+    QCOMPARE(sizeof(Log::Kind), sizeof(quint32));
+
+    Log::EntryList log;
+    log.append(Log::Entry(Log::Action, 4000000000u, "Applying"));
+    const Log::Entry copy = log.at(0);
+    QCOMPARE(copy.kind, Log::Action);
+    QCOMPARE(copy.level, 4000000000u);
+    QCOMPARE(copy.text, QString("Applying"));
+}
+
+void LogTest::oneNotificationPerMessage()
+{
+    Log::EntryList log;
+    QSignalSpy spy(&log, SIGNAL(appended()));
+    log.appendMessage(Log::Info, 0, "one\ntwo\nthree");
+    QCOMPARE(spy.count(), 1);
+    log.emitAppended();
+    QCOMPARE(spy.count(), 2);
+    QCOMPARE(log.count(), 3);
+}
+
+void LogTest::readersAreToldOutsideTheLock()
+{
+    Log::EntryList log;
+    int free = 0;
+    connect(&log, &Log::EntryList::appended, [&] {
+        if (log.tryLock()) {
+            ++free;
+            log.unlock();
+        }
+    });
+    log.appendMessage(Log::Info, 0, "text");
+    QCOMPARE(free, 1);
+}
+
+void LogTest::writersInTwoThreadsLoseNothing()
+{
+    Log::EntryList log;
+    const auto write = [&log] {
+        for (int i = 0; i < 5000; ++i) {
+            log.appendMessage(Log::Info, 0, "a\nb");
+        }
+    };
+    std::unique_ptr<QThread> one(QThread::create(write));
+    std::unique_ptr<QThread> two(QThread::create(write));
+    one->start();
+    two->start();
+    one->wait();
+    two->wait();
+    QCOMPARE(log.count(), 20000);
+    // The lines of one message stay together.
+    for (int i = 0; i < log.count(); i += 2) {
+        QCOMPARE(log.at(i).text + log.at(i + 1).text, QString("ab"));
+    }
+}
+
+QTEST_GUILESS_MAIN(LogTest)
+#include "LogTest.moc"

@@ -1,0 +1,462 @@
+#include "services/LogWindow.h"
+
+#include <memory>
+
+#include <QLabel>
+#include <QMutexLocker>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSpinBox>
+#include <QTest>
+#include <QTextBlock>
+#include <QThread>
+
+#include "widgets/Colors.h"
+#include "widgets/HTextEdit.h"
+
+class LogWindowTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void windowHasItsTextsAndRanges();
+    void mainWindowIsNotTheParent();
+    void openingShowsTheWholeHistoryScrolledToTheBottom();
+    void entriesBeyondTheLevelAreLeftOut();
+    void levelIsComparedUnsigned();
+    void infoIsMinorFromLevelTenOn();
+    void kindsHaveTheirColours_data();
+    void kindsHaveTheirColours();
+    void actionIsAHeading();
+    void linesAreStackedWithoutSpace();
+    void markupIsShownLiterally();
+    void blanksAndTabsAreKept();
+    void protectEscapesAllButAmpersands();
+    void newEntriesAppear();
+    void paneFollowsTheEndUnlessTheUserScrolledUp();
+    void escapeHides_data();
+    void escapeHides();
+    void otherKeysDoNotHide();
+    void closeButtonHides();
+    void windowManagerCloseHides();
+    void hiddenWindowHoldsNoText();
+    void notificationFromBeforeHidingIsIgnored();
+    void reopeningRendersFromScratch();
+    void tabLeavesThePane();
+    void openingWhileAWriterRunsLosesNothing();
+    void floodOfMessagesIsShownCompletely();
+    void manyEntriesAreShown();
+
+private:
+    void log(Log::Kind kind, unsigned int level, const QString& text);
+    void open();
+    QStringList lines() const;
+    // The colour in which a line is written; invalid: the pane's own.
+    QColor colourOf(int line) const;
+
+    std::unique_ptr<Log::EntryList> entries;
+    std::unique_ptr<Log::Window> window;
+    HTextEdit* pane = nullptr;
+    QSpinBox* level = nullptr;
+};
+
+void LogWindowTest::init()
+{
+    entries = std::make_unique<Log::EntryList>();
+    window = std::make_unique<Log::Window>(*entries, nullptr);
+    pane = window->findChild<HTextEdit*>();
+    level = window->findChild<QSpinBox*>();
+}
+
+void LogWindowTest::cleanup()
+{
+    window.reset();
+    entries.reset();
+}
+
+void LogWindowTest::log(Log::Kind kind, unsigned int entryLevel, const QString& text)
+{
+    {
+        QMutexLocker locker(entries.get());
+        entries->append(Log::Entry(kind, entryLevel, text));
+    }
+    entries->emitAppended();
+}
+
+void LogWindowTest::open()
+{
+    window->show();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+}
+
+QStringList LogWindowTest::lines() const
+{
+    const QString text = pane->toPlainText();
+    return text.isEmpty() ? QStringList() : text.split('\n');
+}
+
+QColor LogWindowTest::colourOf(int line) const
+{
+    const QTextBlock block = pane->document()->findBlockByNumber(line);
+    const QTextCharFormat format = block.begin().fragment().charFormat();
+    return format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color() : QColor();
+}
+
+void LogWindowTest::windowHasItsTextsAndRanges()
+{
+    QCOMPARE(window->windowTitle(), QString("VYRE Log"));
+    QCOMPARE(window->findChild<QLabel*>()->text(), QString("Detail level"));
+    QCOMPARE(level->minimum(), 0);
+    QCOMPARE(level->maximum(), 10);
+    QCOMPARE(level->value(), 2);
+    QCOMPARE(level->toolTip(), QString("Threshold beyond which more detailed log messages are omitted.\n"
+                                       "Higher levels show more detail.\n"
+                                       "The valid range is 0 .. 10.\n"
+                                       "The default is 2.\n"
+                                       "Higher levels contain debug information.\n"
+                                       "This corresponds to yum's debuglevel (-d) option."));
+    QPushButton* close = window->findChild<QPushButton*>();
+    QCOMPARE(close->text(), QString("&Close"));
+    QCOMPARE(close->toolTip(), QString("Close the Log Window"));
+    QVERIFY(pane->isReadOnly());
+    QCOMPARE(pane->lineWrapMode(), QTextEdit::NoWrap);
+    QCOMPARE(pane->wordWrapMode(), QTextOption::NoWrap);
+}
+
+void LogWindowTest::mainWindowIsNotTheParent()
+{
+    QWidget main;
+    Log::Window other(*entries, &main);
+    QVERIFY(other.parent() == nullptr);
+    QVERIFY(other.isWindow());
+}
+
+void LogWindowTest::openingShowsTheWholeHistoryScrolledToTheBottom()
+{
+    for (int i = 0; i < 500; ++i) {
+        log(Log::Info, static_cast<unsigned int>(i % 5), QString("message %1").arg(i));
+    }
+    open();
+    QStringList expected;
+    for (int i = 0; i < 500; ++i) {
+        if (i % 5 <= 2) {
+            expected.append(QString("message %1").arg(i));
+        }
+    }
+    QCOMPARE(lines(), expected);
+    QScrollBar* scrollBar = pane->verticalScrollBar();
+    QVERIFY(scrollBar->maximum() > 0);
+    QCOMPARE(scrollBar->value(), scrollBar->maximum());
+}
+
+void LogWindowTest::entriesBeyondTheLevelAreLeftOut()
+{
+    log(Log::Info, 3, "detail");
+    log(Log::Info, 2, "rough");
+    open();
+    QCOMPARE(lines(), QStringList({"rough"}));
+
+    level->setFocus();
+    QTest::keyClick(level, Qt::Key_Up);
+    QCOMPARE(level->value(), 3);
+    QCOMPARE(lines(), QStringList({"detail", "rough"}));
+
+    QTest::keyClick(level, Qt::Key_Down);
+    QCOMPARE(lines(), QStringList({"rough"}));
+}
+
+void LogWindowTest::levelIsComparedUnsigned()
+{
+    log(Log::Info, 4294967295u, "far beyond");
+    log(Log::Info, 0, "near");
+    level->setValue(10);
+    open();
+    QCOMPARE(lines(), QStringList({"near"}));
+}
+
+void LogWindowTest::infoIsMinorFromLevelTenOn()
+{
+    log(Log::Info, 9, "nine");
+    log(Log::Info, 10, "ten");
+    open();
+    QCOMPARE(lines(), QStringList());
+    level->setValue(10);
+    QCOMPARE(lines(), QStringList({"nine", "ten"}));
+    QVERIFY(!colourOf(0).isValid());
+    QCOMPARE(colourOf(1), QColor(Colors::minor()));
+}
+
+void LogWindowTest::kindsHaveTheirColours_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("colour");
+    QTest::newRow("info") << 0 << QString();
+    QTest::newRow("ok") << 1 << Colors::ok();
+    QTest::newRow("warning") << 2 << Colors::warning();
+    QTest::newRow("error") << 3 << Colors::error();
+    QTest::newRow("action") << 4 << Colors::action();
+    QTest::newRow("any other") << 17 << Colors::error();
+}
+
+void LogWindowTest::kindsHaveTheirColours()
+{
+    QFETCH(int, kind);
+    QFETCH(QString, colour);
+    log(static_cast<Log::Kind>(kind), 0, "some text");
+    open();
+    QCOMPARE(lines(), QStringList({"some text"}));
+    QCOMPARE(colourOf(0), colour.isEmpty() ? QColor() : QColor(colour));
+}
+
+void LogWindowTest::actionIsAHeading()
+{
+    log(Log::Action, 0, "Applying");
+    log(Log::Info, 0, "text");
+    log(Log::Action, 0, "Cleaning");
+    open();
+    QCOMPARE(lines(), QStringList({"Applying", "text", "Cleaning"}));
+    const auto format = [this](int line) {
+        return pane->document()->findBlockByNumber(line).begin().fragment().charFormat();
+    };
+    QCOMPARE(pane->document()->findBlockByNumber(0).blockFormat().headingLevel(), 2);
+    for (int line : {0, 2}) {
+        QCOMPARE(format(line).fontWeight(), static_cast<int>(QFont::Bold));
+        QVERIFY(format(line).intProperty(QTextFormat::FontSizeAdjustment) > 0);
+    }
+    // The heading leaves no trace on what follows it.
+    QVERIFY(format(1).fontWeight() != QFont::Bold);
+    QCOMPARE(format(1).intProperty(QTextFormat::FontSizeAdjustment), 0);
+    QVERIFY(!colourOf(1).isValid());
+}
+
+void LogWindowTest::linesAreStackedWithoutSpace()
+{
+    log(Log::Action, 0, "Applying");
+    log(Log::OK, 0, "text");
+    log(Log::Info, 0, "text");
+    open();
+    for (int i = 0; i < 3; ++i) {
+        const QTextBlockFormat format = pane->document()->findBlockByNumber(i).blockFormat();
+        QCOMPARE(format.topMargin(), 0.0);
+        QCOMPARE(format.bottomMargin(), 0.0);
+    }
+}
+
+void LogWindowTest::markupIsShownLiterally()
+{
+    log(Log::Info, 0, "a <b>bold</b> <img src=\"x\"> </font> line");
+    open();
+    QCOMPARE(lines(), QStringList({"a <b>bold</b> <img src=\"x\"> </font> line"}));
+}
+
+void LogWindowTest::blanksAndTabsAreKept()
+{
+    log(Log::Info, 0, "  two  blanks\tand\t\ttabs ");
+    open();
+    QCOMPARE(lines(), QStringList({"  two  blanks\tand\t\ttabs "}));
+}
+
+void LogWindowTest::protectEscapesAllButAmpersands()
+{
+    QString line("<a> &lt;\t& <");
+    Log::Window::htmlProtect(line);
+    QCOMPARE(line, QString("&lt;a&gt;&#x0020;&lt;&#x0009;&&#x0020;&lt;"));
+}
+
+void LogWindowTest::newEntriesAppear()
+{
+    log(Log::Info, 0, "old");
+    open();
+    log(Log::Info, 0, "new");
+    QCOMPARE(lines(), QStringList({"old", "new"}));
+    log(Log::Info, 5, "too detailed");
+    QCOMPARE(lines(), QStringList({"old", "new"}));
+
+    std::unique_ptr<QThread> writer(QThread::create([this] { log(Log::Warning, 0, "from a worker"); }));
+    writer->start();
+    QTRY_COMPARE(lines(), QStringList({"old", "new", "from a worker"}));
+    writer->wait();
+}
+
+void LogWindowTest::paneFollowsTheEndUnlessTheUserScrolledUp()
+{
+    for (int i = 0; i < 200; ++i) {
+        log(Log::Info, 0, "history");
+    }
+    open();
+    QScrollBar* scrollBar = pane->verticalScrollBar();
+    const int before = scrollBar->maximum();
+    log(Log::Info, 0, "new");
+    QVERIFY(scrollBar->maximum() > before);
+    QCOMPARE(scrollBar->value(), scrollBar->maximum());
+
+    pane->setFocus();
+    QTest::keyClick(pane, Qt::Key_PageUp);
+    const int position = scrollBar->value();
+    QVERIFY(position < scrollBar->maximum());
+    log(Log::Info, 0, "newer");
+    QCOMPARE(scrollBar->value(), position);
+}
+
+void LogWindowTest::escapeHides_data()
+{
+    QTest::addColumn<QString>("focus");
+    QTest::newRow("pane") << "pane";
+    QTest::newRow("spin box") << "level";
+    QTest::newRow("button") << "close";
+}
+
+void LogWindowTest::escapeHides()
+{
+    QFETCH(QString, focus);
+    open();
+    QWidget* widget = pane;
+    if (focus == "level") {
+        widget = level;
+    } else if (focus == "close") {
+        widget = window->findChild<QPushButton*>();
+    }
+    widget->setFocus();
+    QTRY_VERIFY(widget->hasFocus());
+    QTest::keyClick(widget, Qt::Key_Escape);
+    QVERIFY(!window->isVisible());
+}
+
+void LogWindowTest::otherKeysDoNotHide()
+{
+    open();
+    QTest::keyClick(window.get(), Qt::Key_A);
+    QTest::keyClick(pane, Qt::Key_Return);
+    QVERIFY(window->isVisible());
+}
+
+void LogWindowTest::closeButtonHides()
+{
+    open();
+    QTest::mouseClick(window->findChild<QPushButton*>(), Qt::LeftButton);
+    QVERIFY(!window->isVisible());
+    open();
+    QTest::keyClick(window.get(), Qt::Key_C, Qt::AltModifier);
+    QTRY_VERIFY(!window->isVisible());
+}
+
+void LogWindowTest::windowManagerCloseHides()
+{
+    log(Log::Info, 0, "text");
+    open();
+    window->close();
+    QVERIFY(!window->isVisible());
+    QCOMPARE(pane->toPlainText(), QString());
+    open();
+    QCOMPARE(lines(), QStringList({"text"}));
+}
+
+void LogWindowTest::hiddenWindowHoldsNoText()
+{
+    log(Log::Info, 0, "before");
+    QCOMPARE(pane->toPlainText(), QString());
+    open();
+    QCOMPARE(lines(), QStringList({"before"}));
+    window->hide();
+    QCOMPARE(pane->toPlainText(), QString());
+    log(Log::Info, 0, "while hidden");
+    QCOMPARE(pane->toPlainText(), QString());
+    open();
+    QCOMPARE(lines(), QStringList({"before", "while hidden"}));
+}
+
+void LogWindowTest::notificationFromBeforeHidingIsIgnored()
+{
+    open();
+    std::unique_ptr<QThread> writer(QThread::create([this] { log(Log::Info, 0, "too late"); }));
+    writer->start();
+    writer->wait();
+    window->hide();
+    QCoreApplication::processEvents();
+    QCOMPARE(pane->toPlainText(), QString());
+}
+
+void LogWindowTest::reopeningRendersFromScratch()
+{
+    log(Log::Info, 0, "one");
+    open();
+    QTest::keyClick(window.get(), Qt::Key_Escape);
+    QVERIFY(!window->isVisible());
+    level->setValue(5);
+    log(Log::Info, 5, "two");
+    open();
+    QCOMPARE(lines(), QStringList({"one", "two"}));
+    log(Log::Info, 0, "three");
+    QCOMPARE(lines(), QStringList({"one", "two", "three"}));
+}
+
+void LogWindowTest::tabLeavesThePane()
+{
+    open();
+    pane->setFocus();
+    QTRY_VERIFY(pane->hasFocus());
+    QTest::keyClick(pane, Qt::Key_Tab);
+    QVERIFY(level->hasFocus());
+}
+
+void LogWindowTest::openingWhileAWriterRunsLosesNothing()
+{
+    const int count = 3000;
+    std::unique_ptr<QThread> writer(QThread::create([this, count] {
+        for (int i = 0; i < count; ++i) {
+            log(Log::Info, 0, QString::number(i));
+        }
+    }));
+    writer->start();
+    while (!writer->isFinished()) {
+        window->show();
+        QCoreApplication::processEvents();
+        window->hide();
+    }
+    writer->wait();
+    open();
+    QCOMPARE(lines().count(), count);
+    for (int i = 0; i < count; ++i) {
+        QCOMPARE(lines().at(i), QString::number(i));
+        i += 97;
+    }
+}
+
+void LogWindowTest::floodOfMessagesIsShownCompletely()
+{
+    open();
+    const int count = 20000;
+    std::unique_ptr<QThread> writer(QThread::create([this, count] {
+        for (int i = 0; i < count; ++i) {
+            log(Log::OK, 0, QString::number(i));
+        }
+    }));
+    writer->start();
+    QTRY_COMPARE_WITH_TIMEOUT(pane->document()->blockCount(), count, 120000);
+    writer->wait();
+    const QStringList shown = lines();
+    for (int i = 0; i < count; ++i) {
+        QCOMPARE(shown.at(i), QString::number(i));
+    }
+    QCOMPARE(pane->verticalScrollBar()->value(), pane->verticalScrollBar()->maximum());
+}
+
+void LogWindowTest::manyEntriesAreShown()
+{
+    const int count = 60000;
+    for (int i = 0; i < count; ++i) {
+        entries->append(Log::Entry(Log::Info, 0, QString("a line of ordinary length, number %1").arg(i)));
+    }
+    open();
+    QCOMPARE(pane->document()->blockCount(), count);
+    QCOMPARE(pane->verticalScrollBar()->value(), pane->verticalScrollBar()->maximum());
+    log(Log::Info, 0, "last");
+    QCOMPARE(pane->document()->lastBlock().text(), QString("last"));
+    QCOMPARE(pane->verticalScrollBar()->value(), pane->verticalScrollBar()->maximum());
+}
+
+QTEST_MAIN(LogWindowTest)
+#include "LogWindowTest.moc"

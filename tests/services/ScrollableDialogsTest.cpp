@@ -1,0 +1,248 @@
+#include "services/ScrollableDialogs.h"
+
+#include <memory>
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
+#include <QStyle>
+#include <QTest>
+#include <QWindow>
+
+#include "widgets/HScrollArea.h"
+
+namespace {
+
+QLabel* textLabel(const QDialog& dialog)
+{
+    return qobject_cast<QLabel*>(dialog.findChild<HScrollArea*>()->widget());
+}
+
+QString longText()
+{
+    QString text;
+    for (int i = 0; i < 3000; ++i) {
+        text += QString("  line %1 %2\n").arg(i).arg(QString(i % 7 == 0 ? 400 : 20, 'x'));
+    }
+    return text;
+}
+
+} // namespace
+
+class ScrollableDialogsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void confirmHasTwoCentredButtons();
+    void errorHasOneCentredButton();
+    void iconsAreThoseOfMessageBoxes();
+    void buttonsAnswer();
+    void enterAcceptsAndEscapeRejects();
+    void closingRejects();
+    void textIsNoMarkup();
+    void shortTextNeedsNoScrolling();
+    void longTextScrollsInsideTheScreen_data();
+    void longTextScrollsInsideTheScreen();
+    void longTextIsReachedByKeyboard();
+    void textCanBeCopied();
+};
+
+void ScrollableDialogsTest::confirmHasTwoCentredButtons()
+{
+    ScrollableConfirmDialog dialog("Is this ok?", "&Yes", "&No", nullptr);
+    QVERIFY(dialog.testAttribute(Qt::WA_ShowModal));
+    QCOMPARE(dialog.findChild<HScrollArea*>()->frameStyle(), 16);
+    QCOMPARE(textLabel(dialog)->text(), QString("Is this ok?"));
+
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
+    QCOMPARE(buttons.count(), 2);
+    QCOMPARE(buttons.at(0)->text(), QString("&Yes"));
+    QCOMPARE(buttons.at(1)->text(), QString("&No"));
+    QVERIFY(buttons.at(0)->x() < buttons.at(1)->x());
+    const int left = buttons.at(0)->x();
+    const int right = dialog.width() - (buttons.at(1)->x() + buttons.at(1)->width());
+    QVERIFY2(qAbs(left - right) <= 1, qPrintable(QString("%1 %2").arg(left).arg(right)));
+    QVERIFY(buttons.at(0)->y() >= dialog.findChild<HScrollArea*>()->geometry().bottom());
+}
+
+void ScrollableDialogsTest::errorHasOneCentredButton()
+{
+    ScrollableErrorDialog dialog("It failed.", nullptr);
+    QVERIFY(dialog.testAttribute(Qt::WA_ShowModal));
+    QCOMPARE(dialog.findChild<HScrollArea*>()->frameStyle(), 16);
+    QCOMPARE(textLabel(dialog)->text(), QString("It failed."));
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
+    QCOMPARE(buttons.count(), 1);
+    QCOMPARE(buttons.at(0)->text(), QString("Close"));
+    QVERIFY(qAbs(buttons.at(0)->geometry().center().x() - dialog.rect().center().x()) <= 1);
+}
+
+void ScrollableDialogsTest::iconsAreThoseOfMessageBoxes()
+{
+    const auto shows = [](const QDialog& dialog, QStyle::StandardPixmap icon) {
+        const QImage expected = dialog.style()->standardPixmap(icon).toImage();
+        for (const QLabel* label : dialog.findChildren<QLabel*>()) {
+            if (!expected.isNull() && label->pixmap(Qt::ReturnByValue).toImage() == expected) {
+                return true;
+            }
+        }
+        return false;
+    };
+    ScrollableConfirmDialog confirm("Is this ok?", "Yes", "No", nullptr);
+    QVERIFY(shows(confirm, QStyle::SP_MessageBoxQuestion));
+    ScrollableErrorDialog error("It failed.", nullptr);
+    QVERIFY(shows(error, QStyle::SP_MessageBoxCritical));
+    QVERIFY(!shows(error, QStyle::SP_MessageBoxQuestion));
+}
+
+void ScrollableDialogsTest::buttonsAnswer()
+{
+    ScrollableConfirmDialog confirm("Is this ok?", "Yes", "No", nullptr);
+    confirm.show();
+    QVERIFY(QTest::qWaitForWindowActive(&confirm));
+    QTest::mouseClick(confirm.findChildren<QPushButton*>().at(0), Qt::LeftButton);
+    QCOMPARE(confirm.result(), static_cast<int>(QDialog::Accepted));
+    QVERIFY(!confirm.isVisible());
+
+    confirm.show();
+    QVERIFY(QTest::qWaitForWindowActive(&confirm));
+    QTest::mouseClick(confirm.findChildren<QPushButton*>().at(1), Qt::LeftButton);
+    QCOMPARE(confirm.result(), static_cast<int>(QDialog::Rejected));
+    QVERIFY(!confirm.isVisible());
+
+    ScrollableErrorDialog error("It failed.", nullptr);
+    error.show();
+    QVERIFY(QTest::qWaitForWindowActive(&error));
+    QTest::mouseClick(error.findChild<QPushButton*>(), Qt::LeftButton);
+    QCOMPARE(error.result(), static_cast<int>(QDialog::Accepted));
+    QVERIFY(!error.isVisible());
+}
+
+void ScrollableDialogsTest::enterAcceptsAndEscapeRejects()
+{
+    ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
+
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_Escape);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
+}
+
+void ScrollableDialogsTest::closingRejects()
+{
+    ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
+    dialog.setResult(QDialog::Accepted);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    dialog.close();
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
+}
+
+void ScrollableDialogsTest::textIsNoMarkup()
+{
+    const QString text("<b>bold</b>\n<img src=\"/etc/passwd\"> & <h1>large</h1>");
+    ScrollableConfirmDialog confirm(text, "Yes", "No", nullptr);
+    QCOMPARE(textLabel(confirm)->textFormat(), Qt::PlainText);
+    QCOMPARE(textLabel(confirm)->text(), text);
+    ScrollableErrorDialog error(text, nullptr);
+    QCOMPARE(textLabel(error)->textFormat(), Qt::PlainText);
+    QCOMPARE(textLabel(error)->text(), text);
+}
+
+void ScrollableDialogsTest::shortTextNeedsNoScrolling()
+{
+    ScrollableConfirmDialog dialog("Install 3 packages\nRemove 1 package\nIs this ok?", "Yes", "No", nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const HScrollArea* area = dialog.findChild<HScrollArea*>();
+    QVERIFY(!area->verticalScrollBar()->isVisible());
+    QVERIFY(!area->horizontalScrollBar()->isVisible());
+}
+
+void ScrollableDialogsTest::longTextScrollsInsideTheScreen_data()
+{
+    QTest::addColumn<bool>("confirm");
+    QTest::newRow("confirm") << true;
+    QTest::newRow("error") << false;
+}
+
+void ScrollableDialogsTest::longTextScrollsInsideTheScreen()
+{
+    QFETCH(bool, confirm);
+    std::unique_ptr<QDialog> dialog;
+    if (confirm) {
+        dialog = std::make_unique<ScrollableConfirmDialog>(longText(), "Yes", "No", nullptr);
+    } else {
+        dialog = std::make_unique<ScrollableErrorDialog>(longText(), nullptr);
+    }
+    dialog->show();
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    QTRY_VERIFY2(screen.contains(dialog->frameGeometry()),
+                 qPrintable(QString("%1x%2 at %3,%4")
+                                .arg(dialog->frameGeometry().width())
+                                .arg(dialog->frameGeometry().height())
+                                .arg(dialog->frameGeometry().x())
+                                .arg(dialog->frameGeometry().y())));
+    const HScrollArea* area = dialog->findChild<HScrollArea*>();
+    QVERIFY(area->verticalScrollBar()->isVisible());
+    QVERIFY(area->horizontalScrollBar()->isVisible());
+    QVERIFY(area->viewport()->height() > 200);
+    // The end of the text can be brought into view.
+    const QLabel* label = textLabel(*dialog);
+    area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
+    QVERIFY(label->y() + label->height() <= area->viewport()->height());
+    for (const QPushButton* button : dialog->findChildren<QPushButton*>()) {
+        QVERIFY(dialog->rect().contains(button->geometry()));
+    }
+}
+
+void ScrollableDialogsTest::longTextIsReachedByKeyboard()
+{
+    ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const QScrollBar* scrollBar = dialog.findChild<HScrollArea*>()->verticalScrollBar();
+    // Until the focus comes to the text.
+    for (int i = 0; i < 4 && scrollBar->value() == 0; ++i) {
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_PageDown);
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_Tab);
+    }
+    QVERIFY(scrollBar->value() > 0);
+    QVERIFY(dialog.isVisible());
+}
+
+void ScrollableDialogsTest::textCanBeCopied()
+{
+    QGuiApplication::clipboard()->clear();
+    ScrollableErrorDialog dialog("Traceback: line 17", nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const QLabel* label = textLabel(dialog);
+    QWindow* window = dialog.windowHandle();
+    const QPoint left = label->mapTo(&dialog, QPoint(0, label->height() / 2));
+    const QPoint right = label->mapTo(&dialog, QPoint(label->width() - 1, label->height() / 2));
+    QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, left);
+    QTest::mouseMove(window, right);
+    QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, right);
+    QCOMPARE(label->selectedText(), QString("Traceback: line 17"));
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_C, Qt::ControlModifier);
+    QTRY_COMPARE(QGuiApplication::clipboard()->text(), QString("Traceback: line 17"));
+}
+
+QTEST_MAIN(ScrollableDialogsTest)
+#include "ScrollableDialogsTest.moc"

@@ -1,0 +1,519 @@
+#include "services/YumIOCapturers.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <functional>
+#include <memory>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QDir>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QTemporaryFile>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+namespace {
+
+class Receiver final : public CapturedOutput
+{
+public:
+    void stdoutCapturedWrite(const QString& text) override { append(out, text); }
+    void stderrCapturedWrite(const QString& text) override { append(err, text); }
+    void error(const QString& text) override
+    {
+        QMutexLocker locker(&mutex);
+        errors.append(text);
+    }
+
+    QString output() const
+    {
+        QMutexLocker locker(&mutex);
+        return out;
+    }
+
+    // What the log window does when it is open.
+    bool processEventsWhenWritten = false;
+
+    mutable QMutex mutex;
+    QString out;
+    QString err;
+    QStringList errors;
+    bool otherThread = false;
+
+private:
+    void append(QString& to, const QString& text)
+    {
+        {
+            QMutexLocker locker(&mutex);
+            to += text;
+            otherThread = otherThread || QThread::currentThread() != QCoreApplication::instance()->thread();
+        }
+        if (processEventsWhenWritten) {
+            QCoreApplication::processEvents();
+        }
+    }
+};
+
+// Runs the operation on a worker thread while this thread runs an event loop, as for every real operation.
+void runOnWorker(std::function<void()> operation)
+{
+    std::unique_ptr<QThread> worker(QThread::create(operation));
+    QEventLoop loop;
+    QObject::connect(worker.get(), SIGNAL(finished()), &loop, SLOT(quit()));
+    worker->start();
+    loop.exec();
+    worker->wait();
+    loop.processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+QStringList openDescriptors()
+{
+    // The one that reads the directory is gone by the time the list is used, in every call alike.
+    return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
+}
+
+int countDescriptors()
+{
+    return openDescriptors().count();
+}
+
+bool sameFile(int fd, const struct stat& expected)
+{
+    struct stat now;
+    return fstat(fd, &now) == 0 && now.st_dev == expected.st_dev && now.st_ino == expected.st_ino;
+}
+
+void writeAll(int fd, const QByteArray& bytes)
+{
+    int done = 0;
+    while (done < bytes.size()) {
+        const ssize_t written = write(fd, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (written < 0) {
+            return;
+        }
+        done += static_cast<int>(written);
+    }
+}
+
+} // namespace
+
+class YumIOCapturersTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void largeOutputOfAChildArrivesCompletely();
+    void textIsHandedOverInTheGraphicalThread();
+    void lastWordsOfAChildArrive();
+    void characterSplitBetweenTwoReadsArrivesWhole();
+    void streamsDoNotMixTheirCharacters();
+    void descriptorsAreRestored();
+    void bufferedTextLandsOnItsOwnSide();
+    void backgroundChildDoesNotHoldTheEnd();
+    void restlessBackgroundChildDoesNotHoldTheEnd();
+    void fastWriterDoesNotFreezeTheGraphicalThread();
+    void receiverMayProcessEvents();
+    void descriptorCountStaysFlat();
+    void childrenInheritOnlyTheStandardDescriptors();
+    void failingPipesLeaveTheOutputAlone_data();
+    void failingPipesLeaveTheOutputAlone();
+    void descriptorThatCannotBeSavedIsLeftAlone();
+    void failedRestoreIsReportedAndTheReaderStays_data();
+    void failedRestoreIsReportedAndTheReaderStays();
+    void nestedUsersRestoreTheOuterObject();
+
+private:
+    struct stat originalStdout;
+    struct stat originalStderr;
+};
+
+void YumIOCapturersTest::init()
+{
+    QVERIFY(fstat(STDOUT_FILENO, &originalStdout) == 0);
+    QVERIFY(fstat(STDERR_FILENO, &originalStderr) == 0);
+}
+
+void YumIOCapturersTest::cleanup()
+{
+    QVERIFY(sameFile(STDOUT_FILENO, originalStdout));
+    QVERIFY(sameFile(STDERR_FILENO, originalStderr));
+}
+
+void YumIOCapturersTest::largeOutputOfAChildArrivesCompletely()
+{
+    Receiver receiver;
+    int status = -1;
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        status =
+            system("head -c 300000 /dev/zero | tr '\\0' o & head -c 300000 /dev/zero | tr '\\0' e >&2; wait");
+    });
+    QCOMPARE(status, 0);
+    QCOMPARE(receiver.out, QString(300000, 'o'));
+    QCOMPARE(receiver.err, QString(300000, 'e'));
+    QCOMPARE(receiver.errors, QStringList());
+}
+
+void YumIOCapturersTest::textIsHandedOverInTheGraphicalThread()
+{
+    Receiver receiver;
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        writeAll(STDOUT_FILENO, "text");
+    });
+    QCOMPARE(receiver.out, QString("text"));
+    QVERIFY(!receiver.otherThread);
+}
+
+void YumIOCapturersTest::lastWordsOfAChildArrive()
+{
+    for (int i = 0; i < 50; ++i) {
+        Receiver receiver;
+        runOnWorker([&] {
+            YumIOCapturers capturers(&receiver);
+            (void)!system("printf 'line\\nno newline at the end'; printf 'last words' >&2");
+        });
+        QCOMPARE(receiver.out, QString("line\nno newline at the end"));
+        QCOMPARE(receiver.err, QString("last words"));
+    }
+}
+
+void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesWhole()
+{
+    Receiver receiver;
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        writeAll(STDOUT_FILENO, "a\xe2\x82");
+        while (receiver.output() != "a") {
+            QThread::yieldCurrentThread();
+        }
+        writeAll(STDOUT_FILENO, "\xac"
+                                "b");
+    });
+    QCOMPARE(receiver.out, QString::fromUtf8("a\xe2\x82\xac"
+                                             "b"));
+}
+
+void YumIOCapturersTest::streamsDoNotMixTheirCharacters()
+{
+    Receiver receiver;
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        writeAll(STDOUT_FILENO, "o\xc3");
+        while (receiver.output() != "o") {
+            QThread::yieldCurrentThread();
+        }
+        writeAll(STDERR_FILENO, "error");
+        writeAll(STDOUT_FILENO, "\xa9");
+    });
+    QCOMPARE(receiver.out, QString::fromUtf8("o\xc3\xa9"));
+    QCOMPARE(receiver.err, QString("error"));
+}
+
+void YumIOCapturersTest::descriptorsAreRestored()
+{
+    Receiver receiver;
+    bool redirected = false;
+    bool restored = false;
+    runOnWorker([&] {
+        {
+            YumIOCapturers capturers(&receiver);
+            redirected = !sameFile(STDOUT_FILENO, originalStdout) && !sameFile(STDERR_FILENO, originalStderr);
+        }
+        restored = sameFile(STDOUT_FILENO, originalStdout) && sameFile(STDERR_FILENO, originalStderr);
+    });
+    QVERIFY(redirected);
+    QVERIFY(restored);
+}
+
+void YumIOCapturersTest::bufferedTextLandsOnItsOwnSide()
+{
+    QTemporaryFile file;
+    QVERIFY(file.open());
+    Receiver receiver;
+    fflush(stdout);
+    const int saved = dup(STDOUT_FILENO);
+    dup2(file.handle(), STDOUT_FILENO);
+    runOnWorker([&] {
+        fputs("before ", stdout);
+        {
+            YumIOCapturers capturers(&receiver);
+            fputs("inside", stdout);
+        }
+        fputs("after", stdout);
+        fflush(stdout);
+    });
+    dup2(saved, STDOUT_FILENO);
+    ::close(saved);
+    file.seek(0);
+    QCOMPARE(QString(file.readAll()), QString("before after"));
+    QCOMPARE(receiver.out, QString("inside"));
+}
+
+void YumIOCapturersTest::backgroundChildDoesNotHoldTheEnd()
+{
+    Receiver receiver;
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        (void)!system("sleep 1000 & echo $!");
+    });
+    // Ends although the child still holds the pipes.
+    const pid_t child = receiver.out.trimmed().toInt();
+    QVERIFY(child > 0);
+    QCOMPARE(kill(child, SIGKILL), 0);
+}
+
+void YumIOCapturersTest::restlessBackgroundChildDoesNotHoldTheEnd()
+{
+    Receiver receiver;
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        (void)!system("yes & echo $! >&2");
+        while (receiver.output().isEmpty()) {
+            QThread::yieldCurrentThread();
+        }
+    });
+    QVERIFY(receiver.out.startsWith("y\ny\n"));
+    const pid_t child = receiver.err.trimmed().toInt();
+    QVERIFY(child > 0);
+    // With the read end closed the child has ended by itself.
+    QTRY_VERIFY(kill(child, 0) != 0 || !QFile::exists(QString("/proc/%1/exe").arg(child)) ||
+                QFile::symLinkTarget(QString("/proc/%1/exe").arg(child)).isEmpty());
+}
+
+void YumIOCapturersTest::fastWriterDoesNotFreezeTheGraphicalThread()
+{
+    Receiver receiver;
+    std::atomic<int> ticks(0);
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&] { ++ticks; });
+    timer.start(1);
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        FILE* child = popen("exec yes >&2 & echo $!", "r");
+        int pid = 0;
+        (void)!fscanf(child, "%d", &pid);
+        const int before = ticks;
+        while (ticks < before + 100) {
+            QThread::yieldCurrentThread();
+        }
+        kill(pid, SIGKILL);
+        pclose(child);
+    });
+    QVERIFY(receiver.err.size() > 100);
+}
+
+void YumIOCapturersTest::receiverMayProcessEvents()
+{
+    for (int i = 0; i < 100; ++i) {
+        Receiver receiver;
+        receiver.processEventsWhenWritten = true;
+        QByteArray expected;
+        for (int line = 0; line < 2000; ++line) {
+            expected += "line " + QByteArray::number(line) + '\n';
+        }
+        runOnWorker([&] {
+            YumIOCapturers capturers(&receiver);
+            writeAll(STDOUT_FILENO, expected);
+            writeAll(STDERR_FILENO, expected);
+        });
+        QCOMPARE(receiver.out, QString(expected));
+        QCOMPARE(receiver.err, QString(expected));
+    }
+}
+
+void YumIOCapturersTest::descriptorCountStaysFlat()
+{
+    Receiver receiver;
+    runOnWorker([&] { YumIOCapturers capturers(&receiver); });
+    const int before = countDescriptors();
+    runOnWorker([&] {
+        for (int i = 0; i < 1000; ++i) {
+            YumIOCapturers capturers(&receiver);
+            writeAll(STDOUT_FILENO, "x");
+        }
+    });
+    QCOMPARE(countDescriptors(), before);
+    QCOMPARE(receiver.out, QString(1000, 'x'));
+    QCOMPARE(receiver.errors, QStringList());
+}
+
+void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
+{
+    Receiver without;
+    Receiver with;
+    // The shell's own list, with the descriptor that reads it.
+    const char* list = "ls /proc/self/fd | wc -l";
+    runOnWorker([&] {
+        FILE* child = popen(list, "r");
+        char line[32] = "";
+        (void)!fgets(line, sizeof line, child);
+        pclose(child);
+        without.out = line;
+        YumIOCapturers capturers(&with);
+        (void)!system(list);
+    });
+    QVERIFY(without.out.trimmed().toInt() >= 3);
+    QCOMPARE(with.out.trimmed(), without.out.trimmed());
+}
+
+void YumIOCapturersTest::failingPipesLeaveTheOutputAlone_data()
+{
+    QTest::addColumn<int>("available");
+    // Two saved descriptors, two ends of the first pipe, two of the second.
+    for (int available = 0; available < 6; ++available) {
+        QTest::newRow(QByteArray::number(available) + " descriptors left") << available;
+    }
+}
+
+void YumIOCapturersTest::failingPipesLeaveTheOutputAlone()
+{
+    QFETCH(int, available);
+    Receiver receiver;
+    bool unchanged = false;
+    int before = 0;
+    int after = 0;
+    QStringList errorsOfConstruction;
+    runOnWorker([&] {
+        before = countDescriptors();
+        rlimit limit;
+        getrlimit(RLIMIT_NOFILE, &limit);
+        const rlimit former = limit;
+        // The lowest limit that leaves so many numbers free; "used" includes the one that read the list.
+        int free = 0;
+        int number = 0;
+        while (free < available || fcntl(number, F_GETFD) != -1) {
+            if (fcntl(number, F_GETFD) == -1) {
+                ++free;
+            }
+            ++number;
+        }
+        limit.rlim_cur = static_cast<rlim_t>(number);
+        setrlimit(RLIMIT_NOFILE, &limit);
+        {
+            YumIOCapturers capturers(&receiver);
+            errorsOfConstruction = receiver.errors;
+            unchanged = sameFile(STDOUT_FILENO, originalStdout) && sameFile(STDERR_FILENO, originalStderr);
+        }
+        setrlimit(RLIMIT_NOFILE, &former);
+        after = countDescriptors();
+    });
+    QCOMPARE(errorsOfConstruction, QStringList({"Unable to open pipe to capture rpm transaction output"}));
+    QCOMPARE(receiver.errors.count(), 1);
+    QVERIFY(unchanged);
+    QCOMPARE(after, before);
+}
+
+void YumIOCapturersTest::descriptorThatCannotBeSavedIsLeftAlone()
+{
+    Receiver receiver;
+    bool unchanged = false;
+    int before = 0;
+    int after = 0;
+    runOnWorker([&] {
+        const int saved = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+        ::close(STDERR_FILENO);
+        before = countDescriptors();
+        {
+            YumIOCapturers capturers(&receiver);
+            unchanged = sameFile(STDOUT_FILENO, originalStdout);
+        }
+        after = countDescriptors();
+        dup2(saved, STDERR_FILENO);
+        ::close(saved);
+    });
+    QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
+    QVERIFY(unchanged);
+    QCOMPARE(after, before);
+}
+
+void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays_data()
+{
+    QTest::addColumn<int>("descriptor");
+    QTest::newRow("standard output") << 1;
+    QTest::newRow("standard error") << 2;
+}
+
+void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays()
+{
+    QFETCH(int, descriptor);
+    // Lives until the end of the program: so does the reader that is left in place.
+    static Receiver receivers[3];
+    Receiver& receiver = receivers[descriptor];
+    // Standard output and standard error may be the same file; the saved descriptors are then told apart by
+    // the order in which they were made.
+    bool stderrRestored = true;
+    bool stdoutRestored = true;
+    runOnWorker([&] {
+        const int keptStdout = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 100);
+        const int keptStderr = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 100);
+        int expectedSaved = 3;
+        int free = 0;
+        for (;; ++expectedSaved) {
+            if (fcntl(expectedSaved, F_GETFD) == -1 && ++free == descriptor) {
+                break;
+            }
+        }
+        {
+            YumIOCapturers capturers(&receiver);
+            ::close(expectedSaved);
+        }
+        stdoutRestored = sameFile(STDOUT_FILENO, originalStdout);
+        stderrRestored = sameFile(STDERR_FILENO, originalStderr);
+        // The pipe is still watched.
+        writeAll(descriptor, "still read");
+        const QString& text = descriptor == STDOUT_FILENO ? receiver.out : receiver.err;
+        for (bool arrived = false; !arrived; QThread::yieldCurrentThread()) {
+            QMutexLocker locker(&receiver.mutex);
+            arrived = text == "still read";
+        }
+        dup2(keptStdout, STDOUT_FILENO);
+        dup2(keptStderr, STDERR_FILENO);
+        ::close(keptStdout);
+        ::close(keptStderr);
+    });
+    QCOMPARE(receiver.errors, QStringList({"Unable to dup2 to restore stderr"}));
+    QCOMPARE(stdoutRestored, descriptor == STDERR_FILENO);
+    QVERIFY(!stderrRestored);
+}
+
+void YumIOCapturersTest::nestedUsersRestoreTheOuterObject()
+{
+    Receiver receiver;
+    YumIOCapturers* slot = nullptr;
+    bool different = false;
+    bool restored = false;
+    runOnWorker([&] {
+        YumIOCapturersUser outer(slot, &receiver);
+        YumIOCapturers* const outerObject = slot;
+        writeAll(STDOUT_FILENO, "outer ");
+        {
+            YumIOCapturersUser inner(slot, &receiver);
+            different = slot != outerObject && slot != nullptr;
+            writeAll(STDOUT_FILENO, "inner ");
+        }
+        restored = slot == outerObject;
+        writeAll(STDOUT_FILENO, "again");
+    });
+    QVERIFY(different);
+    QVERIFY(restored);
+    QVERIFY(slot == nullptr);
+    for (const char* text : {"outer ", "inner ", "again"}) {
+        QCOMPARE(receiver.out.count(text), 1);
+    }
+}
+
+QTEST_GUILESS_MAIN(YumIOCapturersTest)
+#include "YumIOCapturersTest.moc"

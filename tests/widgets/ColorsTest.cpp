@@ -1,0 +1,156 @@
+#include "widgets/Colors.h"
+
+#include <QtTest>
+
+namespace {
+
+// A translation that replaces one colour.
+class ColorTranslator : public QTranslator
+{
+public:
+    ColorTranslator(const char* from, const char* to) : source(from), target(to)
+    {
+        QCoreApplication::installTranslator(this);
+    }
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char*, int) const override
+    {
+        const bool ours = qstrcmp(context, "Colors") == 0 && source == text;
+        return ours ? QString::fromLatin1(target) : QString();
+    }
+
+private:
+    QByteArray source;
+    QByteArray target;
+};
+
+const QPalette::ColorGroup groups[] = {QPalette::Active, QPalette::Inactive, QPalette::Disabled};
+
+} // namespace
+
+class ColorsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void eachMeaningHasItsName_data();
+    void eachMeaningHasItsName();
+    void aTranslationMayChooseAnotherColor();
+    void aRequiredFieldIsColoredUnlessDisabled();
+    void theRequiredColorIsKeptForTheRun();
+    void aStatusLabelIsColoredInEveryState_data();
+    void aStatusLabelIsColoredInEveryState();
+    void textIsWhiteOnDarkAndBlackOnLight_data();
+    void textIsWhiteOnDarkAndBlackOnLight();
+};
+
+using Name = QString (*)();
+using Maker = QPalette (*)(const QPalette&);
+Q_DECLARE_METATYPE(Name)
+Q_DECLARE_METATYPE(Maker)
+
+void ColorsTest::eachMeaningHasItsName_data()
+{
+    QTest::addColumn<Name>("function");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("action") << &Colors::action << "blue";
+    QTest::newRow("error") << &Colors::error << "red";
+    QTest::newRow("errorDisabled") << &Colors::errorDisabled << "#ffa9b8";
+    QTest::newRow("warning") << &Colors::warning << "darkorange";
+    QTest::newRow("minor") << &Colors::minor << "#8b5a2b";
+    QTest::newRow("minorDisabled") << &Colors::minorDisabled << "#ffbd94";
+    QTest::newRow("ok") << &Colors::ok << "green";
+    QTest::newRow("requiredBg") << &Colors::requiredBg << "#fffacd";
+    QTest::newRow("errorBg") << &Colors::errorBg << "#ff6060";
+    QTest::newRow("warningBg") << &Colors::warningBg << "yellow";
+    QTest::newRow("okBg") << &Colors::okBg << "lightgreen";
+}
+
+void ColorsTest::eachMeaningHasItsName()
+{
+    QFETCH(Name, function);
+    QFETCH(QString, name);
+    QCOMPARE(function(), name);
+    QVERIFY(QColor::isValidColor(function()));
+}
+
+void ColorsTest::aTranslationMayChooseAnotherColor()
+{
+    ColorTranslator translator("darkorange", "purple");
+    QCOMPARE(Colors::warning(), QStringLiteral("purple"));
+    QCOMPARE(Colors::error(), QStringLiteral("red"));
+}
+
+void ColorsTest::aRequiredFieldIsColoredUnlessDisabled()
+{
+    const QPalette before(Qt::cyan);
+    const QPalette made = Colors::makeRequired(before);
+    QCOMPARE(made.color(QPalette::Active, QPalette::Base), QColor(0xff, 0xfa, 0xcd));
+    QCOMPARE(made.color(QPalette::Inactive, QPalette::Base), QColor(0xff, 0xfa, 0xcd));
+    QCOMPARE(made.color(QPalette::Disabled, QPalette::Base),
+             before.color(QPalette::Disabled, QPalette::Base));
+    QCOMPARE(made.color(QPalette::Active, QPalette::Window),
+             before.color(QPalette::Active, QPalette::Window));
+    QCOMPARE(made.color(QPalette::Active, QPalette::Text), before.color(QPalette::Active, QPalette::Text));
+}
+
+void ColorsTest::theRequiredColorIsKeptForTheRun()
+{
+    const QPalette first = Colors::makeRequired(QPalette());
+    ColorTranslator translator("#fffacd", "#010203");
+    QCOMPARE(Colors::requiredBg(), QStringLiteral("#010203"));
+    QCOMPARE(Colors::makeRequired(QPalette()).color(QPalette::Base), first.color(QPalette::Base));
+}
+
+void ColorsTest::aStatusLabelIsColoredInEveryState_data()
+{
+    QTest::addColumn<Maker>("make");
+    QTest::addColumn<QColor>("background");
+    QTest::newRow("error") << &Colors::makeError << QColor(0xff, 0x60, 0x60);
+    QTest::newRow("warning") << &Colors::makeWarning << QColor(0xff, 0xff, 0x00);
+    QTest::newRow("ok") << &Colors::makeOK << QColor(0x90, 0xee, 0x90);
+}
+
+void ColorsTest::aStatusLabelIsColoredInEveryState()
+{
+    QFETCH(Maker, make);
+    QFETCH(QColor, background);
+    const QPalette before(Qt::cyan);
+    const QPalette made = make(before);
+    for (QPalette::ColorGroup group : groups) {
+        QCOMPARE(made.color(group, QPalette::Window), background);
+        QCOMPARE(made.color(group, QPalette::WindowText), QColor(Qt::black));
+        QCOMPARE(made.color(group, QPalette::Base), before.color(group, QPalette::Base));
+        QCOMPARE(made.color(group, QPalette::Button), before.color(group, QPalette::Button));
+    }
+}
+
+void ColorsTest::textIsWhiteOnDarkAndBlackOnLight_data()
+{
+    QTest::addColumn<Maker>("make");
+    QTest::addColumn<QByteArray>("name");
+    QTest::newRow("error") << &Colors::makeError << QByteArray("#ff6060");
+    QTest::newRow("warning") << &Colors::makeWarning << QByteArray("yellow");
+    QTest::newRow("ok") << &Colors::makeOK << QByteArray("lightgreen");
+}
+
+void ColorsTest::textIsWhiteOnDarkAndBlackOnLight()
+{
+    QFETCH(Maker, make);
+    QFETCH(QByteArray, name);
+    {
+        ColorTranslator grey123(name, "#7b7b7b");
+        const QPalette made = make(QPalette());
+        for (QPalette::ColorGroup group : groups) {
+            QCOMPARE(made.color(group, QPalette::Window), QColor(123, 123, 123));
+            QCOMPARE(made.color(group, QPalette::WindowText), QColor(Qt::white));
+        }
+    }
+    {
+        ColorTranslator grey124(name, "#7c7c7c");
+        QCOMPARE(make(QPalette()).color(QPalette::WindowText), QColor(Qt::black));
+    }
+}
+
+QTEST_MAIN(ColorsTest)
+#include "ColorsTest.moc"

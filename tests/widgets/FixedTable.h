@@ -1,0 +1,55 @@
+// A table model over given values, for the tests of the models and views.
+
+#ifndef TESTS_WIDGETS_FIXEDTABLE_H
+#define TESTS_WIDGETS_FIXEDTABLE_H
+
+#include <QSet>
+#include <QVariant>
+#include <QVector>
+
+#include "widgets/HAbstractTableModel.h"
+
+class FixedTable : public HAbstractTableModel
+{
+public:
+    using Row = QVector<QVariant>;
+
+    explicit FixedTable(const QVector<Row>& values = {}, int columns = 2)
+        : HAbstractTableModel(nullptr), rows(values), columnNumber(columns)
+    {
+    }
+
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override
+    {
+        return parent.isValid() ? 0 : rows.size();
+    }
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override
+    {
+        return parent.isValid() ? 0 : columnNumber;
+    }
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        return role == Qt::DisplayRole ? rows.at(index.row()).value(index.column()) : QVariant();
+    }
+    Qt::ItemFlags flags(const QModelIndex& index) const override
+    {
+        const Qt::ItemFlags usual = HAbstractTableModel::flags(index);
+        return unselectable.contains(index.row()) ? usual & ~Qt::ItemIsSelectable : usual;
+    }
+
+    void append(const Row& row)
+    {
+        beginInsertRows(QModelIndex(), rows.size(), rows.size());
+        rows.append(row);
+        endInsertRows();
+    }
+
+    // Public, so that a test can change a value without telling anyone.
+    QVector<Row> rows;
+    QSet<int> unselectable;
+
+private:
+    int columnNumber;
+};
+
+#endif

@@ -1,0 +1,445 @@
+#include "widgets/GeneralTip.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+namespace {
+
+const QSize contents(200, 100);
+
+// Lets a tip be filled with one widget of a given size.
+void fillWith(GeneralTip* tip, void* data)
+{
+    QVBoxLayout* column = new QVBoxLayout(tip);
+    column->setContentsMargins(4, 4, 4, 4);
+    QWidget* inner = new QWidget;
+    inner->setFixedSize(*static_cast<const QSize*>(data));
+    column->addWidget(inner);
+}
+
+GeneralTip* currentTip()
+{
+    GeneralTip* found = nullptr;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (GeneralTip* tip = qobject_cast<GeneralTip*>(widget)) {
+            Q_ASSERT(found == nullptr);
+            found = tip;
+        }
+    }
+    return found;
+}
+
+// The timers that run for an object: their identifiers by their intervals.
+QMap<int, int> timers(QObject* object)
+{
+    QMap<int, int> found;
+    for (const auto& timer : QAbstractEventDispatcher::instance()->registeredTimers(object)) {
+        found.insert(timer.interval, timer.timerId);
+    }
+    return found;
+}
+
+QRect screenRect()
+{
+    return QGuiApplication::primaryScreen()->geometry();
+}
+
+// Asks for a tool tip of its own, as the progress bar does, and shows a general tip for it.
+class TipOwner : public QLabel
+{
+public:
+    using QLabel::QLabel;
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() != QEvent::ToolTip) {
+            return QLabel::event(event);
+        }
+        QSize size = contents;
+        GeneralTip::showTip(static_cast<QHelpEvent*>(event)->globalPos(), fillWith, &size, this, true);
+        event->accept();
+        return true;
+    }
+};
+
+} // namespace
+
+class GeneralTipTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    GeneralTip* show(const QPoint& pos, bool sticky = true, QSize size = contents)
+    {
+        GeneralTip::showTip(pos, fillWith, &size, &window, sticky);
+        return currentTip();
+    }
+
+    QWidget window;
+    QLineEdit* edit = nullptr;
+    QLineEdit* other = nullptr;
+    TipOwner* owner = nullptr;
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void theCallerFillsTheTip();
+    void theTipIsAsLargeAsItsContents();
+    void aTipWithoutLayoutKeepsTheSizeItsCallerGaveIt();
+    void theTipLooksLikeAToolTip();
+    void placement_data();
+    void placement();
+    void aSecondTipReplacesTheFirst();
+    void hoveringAWidgetShowsItsTip();
+    void aTipGoesAwayByItself();
+    void aStickyTipDoesNotGoAwayByItself();
+    void aHiddenTipIsDeleted();
+    void aTipCanBeShownAfterTheLastWasDeleted();
+    void enteringTheTipHidesIt();
+    void mouseMovesDoNotHide();
+    void mouseButtonsHide_data();
+    void mouseButtonsHide();
+    void theWheelHides();
+    void focusChangesHide();
+    void activationOfAWindowHides_data();
+    void activationOfAWindowHides();
+    void leavingAWidgetHides();
+    void keysHide_data();
+    void keysHide();
+    void noEventIsConsumed();
+};
+
+void GeneralTipTest::initTestCase()
+{
+    // The pointer stays out of the way of the windows and tips, unless a test moves it.
+    QCursor::setPos(screenRect().center() + QPoint(0, 200));
+    QVBoxLayout* column = new QVBoxLayout(&window);
+    column->addWidget(edit = new QLineEdit);
+    column->addWidget(other = new QLineEdit);
+    column->addWidget(owner = new TipOwner(QStringLiteral("progress")));
+    window.move(50, 50);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+}
+
+void GeneralTipTest::init()
+{
+    QCursor::setPos(screenRect().center() + QPoint(0, 200));
+    edit->clear();
+    edit->setFocus();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    // What the pointer and focus changes still bring must not hide the tip of the test.
+    QTest::qWait(50);
+    QVERIFY(currentTip() == nullptr);
+}
+
+void GeneralTipTest::cleanup()
+{
+    delete currentTip();
+}
+
+void GeneralTipTest::theCallerFillsTheTip()
+{
+    struct Call
+    {
+        GeneralTip* tip = nullptr;
+        bool wasVisible = true;
+    } call;
+    GeneralTip::showTip(
+        QPoint(500, 300),
+        [](GeneralTip* tip, void* data) {
+            static_cast<Call*>(data)->tip = tip;
+            static_cast<Call*>(data)->wasVisible = tip->isVisible();
+        },
+        &call, &window, true);
+    QCOMPARE(call.tip, currentTip());
+    QVERIFY(!call.wasVisible);
+    QVERIFY(call.tip->isVisible());
+}
+
+void GeneralTipTest::theTipIsAsLargeAsItsContents()
+{
+    GeneralTip* tip = show(QPoint(500, 300));
+    const int frame = 2 * (tip->frameWidth() + 4);
+    QCOMPARE(tip->size(), contents + QSize(frame + 1, frame));
+    QCOMPARE(tip->sizeHint(), contents + QSize(frame, frame));
+}
+
+void GeneralTipTest::aTipWithoutLayoutKeepsTheSizeItsCallerGaveIt()
+{
+    const int right = screenRect().width();
+    GeneralTip::showTip(
+        QPoint(right - 10, 300), [](GeneralTip* tip, void*) { tip->resize(150, 40); }, nullptr, &window,
+        true);
+    QCOMPARE(currentTip()->geometry(), QRect(right - 10 + 2 - 154, 316, 150, 40));
+}
+
+void GeneralTipTest::theTipLooksLikeAToolTip()
+{
+    GeneralTip* tip = show(QPoint(500, 300));
+    QVERIFY(tip->isWindow());
+    QCOMPARE(tip->windowType(), Qt::ToolTip);
+    QCOMPARE(tip->frameStyle(), int(QFrame::Box));
+    const QPalette palette = tip->palette();
+    QCOMPARE(palette.color(QPalette::WindowText), QColor(Qt::black));
+    QCOMPARE(palette.color(QPalette::Window), QColor(255, 255, 220));
+    QCOMPARE(palette.color(QPalette::Light), QColor(96, 96, 96));
+    QCOMPARE(palette.color(QPalette::Dark), QColor(Qt::black));
+    QCOMPARE(palette.color(QPalette::Mid), QColor(Qt::black));
+    QCOMPARE(palette.color(QPalette::Text), QColor(Qt::black));
+    QCOMPARE(palette.color(QPalette::Base), QColor(255, 255, 220));
+    const int opacity = tip->style()->styleHint(QStyle::SH_ToolTipLabel_Opacity, nullptr, tip);
+    QVERIFY(qAbs(tip->windowOpacity() - opacity / 255.0) < 0.01);
+    QVERIFY(QTest::qWaitForWindowExposed(tip));
+    QCOMPARE(tip->grab().toImage().pixelColor(tip->rect().center()), QColor(255, 255, 220));
+}
+
+void GeneralTipTest::placement_data()
+{
+    QTest::addColumn<QSize>("size"); // without the frame, as the others
+    QTest::addColumn<QPoint>("pos");
+    QTest::addColumn<QPoint>("expected");
+    const int w = screenRect().width();
+    const int h = screenRect().height();
+    // What a tip of the usual contents measures: a margin of 4, a frame of 1 and the extra pixel of width.
+    const int tw = contents.width() + 11;
+    const int th = contents.height() + 10;
+
+    QTest::newRow("below and right of the pointer") << contents << QPoint(300, 200) << QPoint(302, 216);
+    QTest::newRow("top left corner") << contents << QPoint(0, 0) << QPoint(2, 16);
+    QTest::newRow("top right corner goes left")
+        << contents << QPoint(w - 1, 0) << QPoint(w - 1 + 2 - (tw + 4), 16);
+    QTest::newRow("bottom left corner goes up")
+        << contents << QPoint(0, h - 1) << QPoint(2, h - 1 + 16 - (th + 24));
+    QTest::newRow("bottom right corner goes left and up")
+        << contents << QPoint(w - 1, h - 1) << QPoint(w - 1 + 2 - (tw + 4), h - 1 + 16 - (th + 24));
+    QTest::newRow("just fits at the right and bottom")
+        << contents << QPoint(w - tw - 2, h - th - 16) << QPoint(w - tw, h - th);
+    QTest::newRow("one pixel too far right")
+        << contents << QPoint(w - tw - 1, 0) << QPoint(w - tw - 1 + 2 - (tw + 4), 16);
+    QTest::newRow("one pixel too far down")
+        << contents << QPoint(0, h - th - 15) << QPoint(2, h - th - 15 + 16 - (th + 24));
+    QTest::newRow("far right of the screen") << contents << QPoint(w + 900, 100) << QPoint(w - tw, 116);
+    QTest::newRow("far below the screen") << contents << QPoint(100, h + 900) << QPoint(102, h - th);
+    QTest::newRow("left of the screen") << contents << QPoint(-900, 100) << QPoint(0, 116);
+    QTest::newRow("above the screen") << contents << QPoint(100, -900) << QPoint(102, 0);
+    QTest::newRow("wider than the screen") << QSize(w, 100) << QPoint(300, 200) << QPoint(0, 216);
+    QTest::newRow("higher than the screen") << QSize(200, h) << QPoint(300, 200) << QPoint(302, h - (h + 10));
+}
+
+void GeneralTipTest::placement()
+{
+    QFETCH(QSize, size);
+    QFETCH(QPoint, pos);
+    QFETCH(QPoint, expected);
+    GeneralTip* tip = show(pos, true, size);
+    QVERIFY(tip->isVisible());
+    QCOMPARE(tip->pos(), expected);
+    QCOMPARE(tip->size(), size + QSize(11, 10));
+}
+
+void GeneralTipTest::aSecondTipReplacesTheFirst()
+{
+    const QPointer<GeneralTip> first = show(QPoint(300, 200));
+    QVERIFY(first);
+    const QPointer<GeneralTip> second = show(QPoint(400, 200));
+    QVERIFY(first.isNull());
+    QVERIFY(second);
+    QVERIFY(second->isVisible());
+    QCOMPARE(second->pos(), QPoint(402, 216));
+}
+
+void GeneralTipTest::hoveringAWidgetShowsItsTip()
+{
+    const QPoint target = owner->mapToGlobal(owner->rect().center());
+    QCursor::setPos(target - QPoint(1, 0));
+    QTRY_VERIFY(owner->underMouse());
+    QCursor::setPos(target);
+    QTRY_VERIFY(currentTip() != nullptr && currentTip()->isVisible());
+    QCOMPARE(currentTip()->pos(), target + QPoint(2, 16));
+    // Moving on over the same widget leaves it there, leaving the widget takes it away.
+    QCursor::setPos(target + QPoint(1, 0));
+    QTest::qWait(100);
+    QVERIFY(currentTip() != nullptr && currentTip()->isVisible());
+    QCursor::setPos(screenRect().center() + QPoint(0, 200));
+    QTRY_VERIFY(currentTip() == nullptr);
+}
+
+void GeneralTipTest::aTipGoesAwayByItself()
+{
+    const QPointer<GeneralTip> tip = show(QPoint(500, 300), false);
+    QCOMPARE(timers(tip).keys(), QList<int>{10000});
+    QVERIFY(tip->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(tip.isNull(), 60000);
+}
+
+void GeneralTipTest::aStickyTipDoesNotGoAwayByItself()
+{
+    const QPointer<GeneralTip> tip = show(QPoint(500, 300), true);
+    QVERIFY(timers(tip).isEmpty());
+    QTest::qWait(400);
+    QVERIFY(tip);
+    QVERIFY(tip->isVisible());
+}
+
+void GeneralTipTest::aHiddenTipIsDeleted()
+{
+    const QPointer<GeneralTip> tip = show(QPoint(500, 300));
+    tip->hideTip();
+    QVERIFY(tip);
+    QVERIFY(!tip->isVisible());
+    QCOMPARE(timers(tip).keys(), QList<int>{250});
+    QTRY_VERIFY(tip.isNull());
+}
+
+void GeneralTipTest::aTipCanBeShownAfterTheLastWasDeleted()
+{
+    const QPointer<GeneralTip> tip = show(QPoint(500, 300));
+    tip->hideTip();
+    QTRY_VERIFY(tip.isNull());
+    QVERIFY(show(QPoint(500, 300))->isVisible());
+}
+
+void GeneralTipTest::enteringTheTipHidesIt()
+{
+    const QPointer<GeneralTip> tip = show(QPoint(500, 300));
+    QVERIFY(QTest::qWaitForWindowExposed(tip));
+    QCursor::setPos(tip->geometry().center());
+    QTRY_VERIFY(tip.isNull() || !tip->isVisible());
+    QTRY_VERIFY(tip.isNull());
+}
+
+void GeneralTipTest::mouseMovesDoNotHide()
+{
+    GeneralTip* tip = show(QPoint(500, 300));
+    edit->setMouseTracking(true);
+    QTest::mouseMove(edit, QPoint(3, 3));
+    QTest::mouseMove(edit, QPoint(6, 3));
+    QTest::qWait(50);
+    QVERIFY(tip->isVisible());
+}
+
+void GeneralTipTest::mouseButtonsHide_data()
+{
+    QTest::addColumn<QEvent::Type>("type");
+    QTest::newRow("press") << QEvent::MouseButtonPress;
+    QTest::newRow("release") << QEvent::MouseButtonRelease;
+    QTest::newRow("double click") << QEvent::MouseButtonDblClick;
+}
+
+void GeneralTipTest::mouseButtonsHide()
+{
+    QFETCH(QEvent::Type, type);
+    GeneralTip* tip = show(QPoint(500, 300));
+    QVERIFY(tip->isVisible());
+    QMouseEvent event(type, QPointF(2, 2), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(owner, &event);
+    QVERIFY(!tip->isVisible());
+}
+
+void GeneralTipTest::theWheelHides()
+{
+    GeneralTip* tip = show(QPoint(500, 300));
+    QWheelEvent event(QPointF(2, 2), owner->mapToGlobal(QPoint(2, 2)), QPoint(), QPoint(0, 120), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(owner, &event);
+    QVERIFY(!tip->isVisible());
+}
+
+void GeneralTipTest::focusChangesHide()
+{
+    QPointer<GeneralTip> tip = show(QPoint(500, 300));
+    QVERIFY(edit->hasFocus());
+    edit->clearFocus();
+    QVERIFY(!tip->isVisible());
+
+    tip = show(QPoint(500, 300));
+    other->setFocus();
+    QVERIFY(other->hasFocus());
+    QVERIFY(!tip->isVisible());
+}
+
+void GeneralTipTest::activationOfAWindowHides_data()
+{
+    QTest::addColumn<QEvent::Type>("type");
+    QTest::newRow("activate") << QEvent::WindowActivate;
+    QTest::newRow("deactivate") << QEvent::WindowDeactivate;
+}
+
+void GeneralTipTest::activationOfAWindowHides()
+{
+    QFETCH(QEvent::Type, type);
+    GeneralTip* tip = show(QPoint(500, 300));
+    QEvent event(type);
+    QApplication::sendEvent(&window, &event);
+    QVERIFY(!tip->isVisible());
+}
+
+void GeneralTipTest::leavingAWidgetHides()
+{
+    GeneralTip* tip = show(QPoint(500, 300));
+    QEvent enter(QEvent::Enter);
+    QApplication::sendEvent(edit, &enter);
+    QVERIFY(tip->isVisible());
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(edit, &leave);
+    QVERIFY(!tip->isVisible());
+}
+
+void GeneralTipTest::keysHide_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<Qt::KeyboardModifiers>("held");
+    QTest::addColumn<bool>("hides");
+    const auto row = [](const char* name, int key, Qt::KeyboardModifiers held, bool hides) {
+        QTest::newRow(name) << key << held << hides;
+    };
+    row("letter", Qt::Key_A, Qt::NoModifier, true);
+    row("arrow", Qt::Key_Down, Qt::NoModifier, true);
+    row("Escape", Qt::Key_Escape, Qt::NoModifier, true);
+    row("number pad", Qt::Key_5, Qt::KeypadModifier, true);
+    row("Shift", Qt::Key_Shift, Qt::NoModifier, false);
+    row("Control", Qt::Key_Control, Qt::NoModifier, false);
+    row("Meta", Qt::Key_Meta, Qt::NoModifier, false);
+    row("Alt", Qt::Key_Alt, Qt::NoModifier, false);
+    row("Shift while it is held", Qt::Key_Shift, Qt::ShiftModifier, false);
+    row("letter with Shift", Qt::Key_A, Qt::ShiftModifier, false);
+    row("letter with Control", Qt::Key_C, Qt::ControlModifier, false);
+    row("letter with Meta", Qt::Key_A, Qt::MetaModifier, false);
+    row("letter with Alt", Qt::Key_Q, Qt::AltModifier, false);
+    row("number pad with Control", Qt::Key_5, Qt::KeypadModifier | Qt::ControlModifier, false);
+}
+
+void GeneralTipTest::keysHide()
+{
+    QFETCH(int, key);
+    QFETCH(Qt::KeyboardModifiers, held);
+    QFETCH(bool, hides);
+    for (QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        GeneralTip* tip = show(QPoint(500, 300));
+        QVERIFY(tip->isVisible());
+        QKeyEvent event(type, key, held);
+        QApplication::sendEvent(owner, &event);
+        QCOMPARE(tip->isVisible(), !hides);
+    }
+}
+
+void GeneralTipTest::noEventIsConsumed()
+{
+    GeneralTip* tip = show(QPoint(500, 300));
+    QTest::keyClicks(edit, QStringLiteral("ab"));
+    QCOMPARE(edit->text(), QStringLiteral("ab"));
+    QVERIFY(!tip->isVisible());
+
+    tip = show(QPoint(500, 300));
+    QTest::mouseClick(other, Qt::LeftButton);
+    QVERIFY(other->hasFocus());
+    QVERIFY(!tip->isVisible());
+}
+
+QTEST_MAIN(GeneralTipTest)
+#include "GeneralTipTest.moc"

@@ -1,0 +1,41 @@
+#include "widgets/HAbstractTableModel.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "tests/widgets/FixedTable.h"
+
+class HAbstractTableModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void rediscoveryIsOneReset();
+    void aViewReadsChangedRowsAgain();
+};
+
+void HAbstractTableModelTest::rediscoveryIsOneReset()
+{
+    FixedTable model({{1, 2}});
+    QStringList order;
+    connect(&model, &QAbstractItemModel::modelAboutToBeReset, [&order] { order << QStringLiteral("about"); });
+    connect(&model, &QAbstractItemModel::modelReset, [&order] { order << QStringLiteral("reset"); });
+    model.forceSortColumnRediscovery();
+    QCOMPARE(order, (QStringList{QStringLiteral("about"), QStringLiteral("reset")}));
+}
+
+void HAbstractTableModelTest::aViewReadsChangedRowsAgain()
+{
+    FixedTable model({{1, 2}});
+    QTableView view;
+    view.setModel(&model);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    model.rows.append({3, 4}); // behind the view's back
+    QCOMPARE(view.verticalHeader()->count(), 1);
+    model.forceSortColumnRediscovery();
+    QCOMPARE(view.verticalHeader()->count(), 2);
+}
+
+QTEST_MAIN(HAbstractTableModelTest)
+#include "HAbstractTableModelTest.moc"

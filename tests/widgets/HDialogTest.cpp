@@ -1,0 +1,92 @@
+#include "widgets/HDialog.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+class HDialogTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void returnAndEnterDoNotPressTheDefaultButton_data();
+    void returnAndEnterDoNotPressTheDefaultButton();
+    void returnAndEnterArePassedOn_data();
+    void returnAndEnterArePassedOn();
+    void theInputFieldStillSeesReturn();
+    void escapeStillCancels();
+};
+
+void HDialogTest::returnAndEnterDoNotPressTheDefaultButton_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::newRow("Return") << Qt::Key_Return;
+    QTest::newRow("Enter") << Qt::Key_Enter;
+}
+
+void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
+{
+    QFETCH(Qt::Key, key);
+    // The same form in a plain dialog shows that the key would press the button there.
+    HDialog dialog;
+    QDialog plain;
+    const QVector<QPair<QDialog*, int>> expected = {{&dialog, 0}, {&plain, 1}};
+    for (const auto& pair : expected) {
+        QVBoxLayout* column = new QVBoxLayout(pair.first);
+        QLineEdit* edit = new QLineEdit;
+        QPushButton* button = new QPushButton(QStringLiteral("OK"));
+        column->addWidget(edit);
+        column->addWidget(button);
+        button->setDefault(true);
+        QSignalSpy clicks(button, &QPushButton::clicked);
+        pair.first->show();
+        QVERIFY(QTest::qWaitForWindowActive(pair.first));
+        edit->setFocus();
+        QTest::keyClick(edit, key);
+        QTest::qWait(0);
+        QCOMPARE(clicks.count(), pair.second);
+        pair.first->hide();
+    }
+}
+
+void HDialogTest::returnAndEnterArePassedOn_data()
+{
+    returnAndEnterDoNotPressTheDefaultButton_data();
+}
+
+void HDialogTest::returnAndEnterArePassedOn()
+{
+    QFETCH(Qt::Key, key);
+    HDialog dialog;
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    event.accept();
+    QApplication::sendEvent(&dialog, &event);
+    QVERIFY(!event.isAccepted());
+}
+
+void HDialogTest::theInputFieldStillSeesReturn()
+{
+    HDialog dialog;
+    QVBoxLayout* column = new QVBoxLayout(&dialog);
+    QLineEdit* edit = new QLineEdit;
+    column->addWidget(edit);
+    QSignalSpy returns(edit, &QLineEdit::returnPressed);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(edit, Qt::Key_Return);
+    QCOMPARE(returns.count(), 1);
+    QVERIFY(dialog.isVisible());
+}
+
+void HDialogTest::escapeStillCancels()
+{
+    HDialog dialog;
+    QSignalSpy rejections(&dialog, &QDialog::rejected);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    QCOMPARE(rejections.count(), 1);
+    QVERIFY(!dialog.isVisible());
+}
+
+QTEST_MAIN(HDialogTest)
+#include "HDialogTest.moc"

@@ -1,0 +1,49 @@
+#include "widgets/HItemDelegate.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+namespace {
+
+QImage paint(const QAbstractItemDelegate& delegate, const QModelIndex& index,
+             QStyleOptionViewItem::ViewItemFeatures features)
+{
+    QStyleOptionViewItem option;
+    option.rect = QRect(0, 0, 90, 300);
+    option.state = QStyle::State_Enabled | QStyle::State_Active;
+    option.features = features;
+    option.palette = QApplication::palette();
+    QImage image(option.rect.size(), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    QPainter painter(&image);
+    delegate.paint(&painter, option, index);
+    return image;
+}
+
+} // namespace
+
+class HItemDelegateTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cellsLookAsInAnyOtherView();
+};
+
+void HItemDelegateTest::cellsLookAsInAnyOtherView()
+{
+    QStandardItemModel model;
+    model.appendRow(new QStandardItem(QStringLiteral("several words that need more than one line")));
+    const QModelIndex index = model.index(0, 0);
+    HItemDelegate delegate;
+    QItemDelegate plain;
+
+    const QImage wrapped = paint(delegate, index, QStyleOptionViewItem::WrapText);
+    const QImage unwrapped = paint(delegate, index, QStyleOptionViewItem::None);
+    QVERIFY(wrapped != unwrapped);
+    QCOMPARE(wrapped, paint(plain, index, QStyleOptionViewItem::WrapText));
+    QCOMPARE(unwrapped, paint(plain, index, QStyleOptionViewItem::None));
+}
+
+QTEST_MAIN(HItemDelegateTest)
+#include "HItemDelegateTest.moc"

@@ -1,0 +1,241 @@
+#include "widgets/HMenu.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+class HMenuTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    // What the menu shows when the pointer rests on it; empty for nothing.
+    QString toolTipOf(QMenu* asked)
+    {
+        const QPoint pos = asked->rect().center();
+        QHelpEvent event(QEvent::ToolTip, pos, asked->mapToGlobal(pos));
+        QApplication::sendEvent(asked, &event);
+        return QToolTip::text();
+    }
+
+    QMainWindow window;
+    HMenu* menu = nullptr;
+    HMenu* subMenu = nullptr;
+    HMenu* innerMenu = nullptr;
+    QAction* told = nullptr;
+    QAction* untold = nullptr;
+    QAction* opening = nullptr;
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void theMenuCanBeTornOff();
+    void theBarIsTheParent();
+    void anActionsToolTipIsShown();
+    void theToolTipIsShownAtThePointer();
+    void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
+    void aToolTipThatOnlyRepeatsTheTextIsNotShown();
+    void withoutActiveActionNothingIsShown();
+    void theActionInTheOpenSubMenuCounts();
+    void theActionInTheInnermostOpenMenuCounts();
+    void anOpenSubMenuWithoutActiveActionLeavesItsOwnEntry();
+    void aClosedSubMenuLeavesItsOwnEntry();
+    void theEventIsPassedOn();
+    void hoveringShowsTheToolTip();
+};
+
+void HMenuTest::initTestCase()
+{
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    QCursor::setPos(screen.bottomRight() - QPoint(20, 20));
+    menu = new HMenu(QStringLiteral("&Cache"), window.menuBar());
+    window.menuBar()->addMenu(menu);
+    told = menu->addAction(QStringLiteral("Clean All"));
+    untold = menu->addAction(QStringLiteral("&About..."));
+    subMenu = new HMenu(QStringLiteral("&More"), window.menuBar());
+    subMenu->menuAction()->setToolTip(QStringLiteral("more of it"));
+    menu->addMenu(subMenu);
+    subMenu->addAction(QStringLiteral("Inner"))->setToolTip(QStringLiteral("the inner tip"));
+    innerMenu = new HMenu(QStringLiteral("Deep"), window.menuBar());
+    subMenu->addMenu(innerMenu);
+    opening = innerMenu->addAction(QStringLiteral("Deepest"));
+    opening->setToolTip(QStringLiteral("the deepest tip"));
+    window.resize(300, 200);
+    window.move(50, 50);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+}
+
+void HMenuTest::init()
+{
+    told->setToolTip(QStringLiteral("Clean all data"));
+    untold->setToolTip(QString());
+    untold->setText(QStringLiteral("&About..."));
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QVERIFY(!QToolTip::isVisible());
+    QTest::mouseClick(window.menuBar(), Qt::LeftButton, Qt::NoModifier,
+                      window.menuBar()->actionGeometry(menu->menuAction()).center());
+    QTRY_VERIFY(menu->isVisible());
+}
+
+void HMenuTest::cleanup()
+{
+    while (QWidget* popup = QApplication::activePopupWidget()) {
+        popup->close();
+    }
+    window.menuBar()->setActiveAction(nullptr);
+    QToolTip::hideText();
+    QTRY_VERIFY(!QToolTip::isVisible());
+}
+
+void HMenuTest::theMenuCanBeTornOff()
+{
+    QVERIFY(menu->isTearOffEnabled());
+    // The entry to tear it off is the first of the menu.
+    QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, QPoint(menu->width() / 2, 4));
+    QTRY_VERIFY(menu->isTearOffMenuVisible());
+    menu->hideTearOffMenu();
+}
+
+void HMenuTest::theBarIsTheParent()
+{
+    QCOMPARE(menu->title(), QStringLiteral("&Cache"));
+    QCOMPARE(menu->parentWidget(), window.menuBar());
+}
+
+void HMenuTest::anActionsToolTipIsShown()
+{
+    menu->setActiveAction(told);
+    QCOMPARE(toolTipOf(menu), QStringLiteral("Clean all data"));
+}
+
+void HMenuTest::theToolTipIsShownAtThePointer()
+{
+    menu->setActiveAction(told);
+    const QPoint pos = menu->mapToGlobal(QPoint(5, 5));
+    QHelpEvent event(QEvent::ToolTip, QPoint(5, 5), pos);
+    QApplication::sendEvent(menu, &event);
+    const QWidget* tip = nullptr;
+    for (const QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget->windowType() == Qt::ToolTip) {
+            tip = widget;
+        }
+    }
+    QVERIFY(tip != nullptr);
+    QVERIFY((tip->pos() - pos).manhattanLength() < 60);
+}
+
+void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("toolTip");
+    QTest::addColumn<bool>("shown");
+    const auto row = [](const char* name, const char* text, const char* toolTip, bool shown) {
+        QTest::newRow(name) << QString::fromLatin1(text) << QString::fromLatin1(toolTip) << shown;
+    };
+    row("none given", "Quit", "", false);
+    row("none given, mnemonic and dots", "&About...", "", false);
+    row("the text", "Quit", "Quit", false);
+    row("the text without mnemonic", "E&xit", "Exit", false);
+    row("the text without dots", "Open...", "Open", false);
+    row("the text without any mnemonic and dots", "&a...&b...", "ab", false);
+    row("no text and none given", "", "", false);
+    row("other case", "Quit", "quit", true);
+    row("with the mnemonic", "&Quit", "&Quit", true);
+    row("with the dots", "Open...", "Open...", true);
+    row("more", "Quit", "Quit the program", true);
+}
+
+void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, toolTip);
+    QFETCH(bool, shown);
+    untold->setText(text);
+    untold->setToolTip(toolTip);
+    menu->setActiveAction(untold);
+    QCOMPARE(menu->activeAction(), untold);
+    QCOMPARE(toolTipOf(menu), shown ? toolTip : QString());
+}
+
+void HMenuTest::withoutActiveActionNothingIsShown()
+{
+    menu->setActiveAction(nullptr);
+    QCOMPARE(toolTipOf(menu), QString());
+}
+
+void HMenuTest::theActionInTheOpenSubMenuCounts()
+{
+    menu->setActiveAction(subMenu->menuAction());
+    QTest::keyClick(menu, Qt::Key_Right);
+    QTRY_VERIFY(subMenu->isVisible());
+    subMenu->setActiveAction(subMenu->actions().first());
+    QCOMPARE(toolTipOf(menu), QStringLiteral("the inner tip"));
+}
+
+void HMenuTest::theActionInTheInnermostOpenMenuCounts()
+{
+    menu->setActiveAction(subMenu->menuAction());
+    QTest::keyClick(menu, Qt::Key_Right);
+    QTRY_VERIFY(subMenu->isVisible());
+    subMenu->setActiveAction(innerMenu->menuAction());
+    QTest::keyClick(subMenu, Qt::Key_Right);
+    QTRY_VERIFY(innerMenu->isVisible());
+    innerMenu->setActiveAction(opening);
+    QCOMPARE(toolTipOf(menu), QStringLiteral("the deepest tip"));
+    QToolTip::hideText();
+    QTRY_VERIFY(!QToolTip::isVisible());
+    QCOMPARE(toolTipOf(innerMenu), QStringLiteral("the deepest tip"));
+}
+
+void HMenuTest::anOpenSubMenuWithoutActiveActionLeavesItsOwnEntry()
+{
+    menu->setActiveAction(subMenu->menuAction());
+    QTest::keyClick(menu, Qt::Key_Right);
+    QTRY_VERIFY(subMenu->isVisible());
+    subMenu->setActiveAction(nullptr);
+    QCOMPARE(menu->activeAction(), subMenu->menuAction());
+    QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
+}
+
+void HMenuTest::aClosedSubMenuLeavesItsOwnEntry()
+{
+    menu->setActiveAction(subMenu->menuAction());
+    QTest::keyClick(menu, Qt::Key_Right);
+    QTRY_VERIFY(subMenu->isVisible());
+    subMenu->setActiveAction(subMenu->actions().first());
+    QTest::keyClick(subMenu, Qt::Key_Left);
+    QTRY_VERIFY(!subMenu->isVisible());
+    QCOMPARE(menu->activeAction(), subMenu->menuAction());
+    QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
+}
+
+void HMenuTest::theEventIsPassedOn()
+{
+    // What the base class does with a tool tip of the menu itself.
+    HMenu plain(QStringLiteral("Plain"));
+    plain.addAction(QStringLiteral("entry"));
+    plain.setToolTip(QStringLiteral("tip of the menu"));
+    plain.popup(window.mapToGlobal(QPoint(150, 150)));
+    QTRY_VERIFY(plain.isVisible());
+    QCOMPARE(toolTipOf(&plain), QStringLiteral("tip of the menu"));
+}
+
+void HMenuTest::hoveringShowsTheToolTip()
+{
+    const QPoint target = menu->mapToGlobal(menu->actionGeometry(told).center());
+    // In steps, as a hand moves it.
+    for (int distance = 20; distance > 0; distance -= 5) {
+        QCursor::setPos(target - QPoint(distance, 0));
+        QTest::qWait(20);
+    }
+    QTRY_COMPARE(menu->activeAction(), told);
+    QCursor::setPos(target);
+    QTRY_COMPARE(QToolTip::text(), QStringLiteral("Clean all data"));
+    QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight() - QPoint(20, 20));
+}
+
+QTEST_MAIN(HMenuTest)
+#include "HMenuTest.moc"

@@ -1,0 +1,202 @@
+#include "widgets/HScrollArea.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+namespace {
+
+// An inner widget whose size hint the test sets.
+class Contents : public QWidget
+{
+public:
+    explicit Contents(QSize size) : hint(size) {}
+    QSize sizeHint() const override { return hint; }
+
+    QSize hint;
+};
+
+// A style that draws the frame around the contents only, or does not, whatever the real one does.
+class FrameStyle : public QProxyStyle
+{
+public:
+    explicit FrameStyle(bool onlyAroundContents) : aroundContents(onlyAroundContents) {}
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* data) const override
+    {
+        return hint == SH_ScrollView_FrameOnlyAroundContents
+                   ? int(aroundContents)
+                   : QProxyStyle::styleHint(hint, option, widget, data);
+    }
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override
+    {
+        return metric == PM_DefaultFrameWidth ? 3 : QProxyStyle::pixelMetric(metric, option, widget);
+    }
+
+private:
+    bool aroundContents;
+};
+
+// What the area adds around an inner widget.
+QSize surroundings(const HScrollArea& area)
+{
+    return QSize(2 * area.frameWidth() + area.verticalScrollBar()->sizeHint().width(),
+                 2 * area.frameWidth() + area.horizontalScrollBar()->sizeHint().height());
+}
+
+QSize largest()
+{
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    return QSize(screen.width() * 9 / 10, screen.height() * 9 / 10);
+}
+
+} // namespace
+
+class HScrollAreaTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void withoutInnerWidgetTheHintIsTheBaseOne();
+    void theHintHasRoomForTheInnerWidgetAndBothScrollBars();
+    void aFrameOnlyAroundTheContentsTakesItsPixels();
+    void theHintIsBoundedByTheLargestSize();
+    void theHintIsBoundedInLetters_data();
+    void theHintIsBoundedInLetters();
+    void theHintIsBoundedByTheScreen_data();
+    void theHintIsBoundedByTheScreen();
+    void forceResizeFollowsTheInnerWidget();
+    void forceResizeWithoutInnerWidgetDoesNothing();
+    void aLongLabelScrollsInsideItsWindow();
+};
+
+void HScrollAreaTest::withoutInnerWidgetTheHintIsTheBaseOne()
+{
+    HScrollArea area(QSize(1, 1));
+    QCOMPARE(area.sizeHint(), QScrollArea().sizeHint());
+    QVERIFY(area.sizeHint() != QSize(1, 1));
+}
+
+void HScrollAreaTest::theHintHasRoomForTheInnerWidgetAndBothScrollBars()
+{
+    FrameStyle style(false);
+    HScrollArea area;
+    area.setStyle(&style);
+    area.setWidget(new Contents(QSize(300, 200)));
+    QCOMPARE(area.frameOnlyAroundContentsPixels(), 0);
+    QCOMPARE(area.sizeHint(), QSize(300, 200) + surroundings(area));
+    area.setFrameStyle(QFrame::Plain);
+    QCOMPARE(area.frameWidth(), 0);
+    QCOMPARE(area.sizeHint(), QSize(300, 200) + surroundings(area));
+}
+
+void HScrollAreaTest::aFrameOnlyAroundTheContentsTakesItsPixels()
+{
+    FrameStyle style(true);
+    HScrollArea area;
+    area.setStyle(&style);
+    area.setWidget(new Contents(QSize(300, 200)));
+    QCOMPARE(area.frameOnlyAroundContentsPixels(), 6);
+    QCOMPARE(area.sizeHint(), QSize(306, 206) + surroundings(area));
+}
+
+void HScrollAreaTest::theHintIsBoundedByTheLargestSize()
+{
+    HScrollArea area(QSize(250, 1000));
+    area.setWidget(new Contents(QSize(300, 200)));
+    QCOMPARE(area.sizeHint().width(), 250);
+    QCOMPARE(area.sizeHint().height(),
+             200 + area.frameOnlyAroundContentsPixels() + surroundings(area).height());
+}
+
+void HScrollAreaTest::theHintIsBoundedInLetters_data()
+{
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<int>("rows");
+    QTest::newRow("both") << 40 << 10;
+    QTest::newRow("columns only") << 40 << -1;
+    QTest::newRow("rows only") << -1 << 10;
+    QTest::newRow("neither") << -1 << -1;
+}
+
+void HScrollAreaTest::theHintIsBoundedInLetters()
+{
+    QFETCH(int, columns);
+    QFETCH(int, rows);
+    HScrollArea area(columns, rows);
+    area.setWidget(new Contents(QSize(100000, 100000)));
+    const QFontMetrics metrics(area.font());
+    const QSize expected(columns == -1 ? largest().width() : 40 * metrics.horizontalAdvance(QLatin1Char('n')),
+                         rows == -1 ? largest().height() : 10 * metrics.height());
+    QCOMPARE(area.sizeHint(), expected);
+}
+
+void HScrollAreaTest::theHintIsBoundedByTheScreen_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("wide");
+    QTest::addColumn<bool>("high");
+    QTest::newRow("wide") << QSize(5000, 100) << true << false;
+    QTest::newRow("high") << QSize(100, 5000) << false << true;
+    QTest::newRow("large") << QSize(5000, 5000) << true << true;
+}
+
+void HScrollAreaTest::theHintIsBoundedByTheScreen()
+{
+    QFETCH(QSize, size);
+    QFETCH(bool, wide);
+    QFETCH(bool, high);
+    HScrollArea unbounded;
+    HScrollArea larger(QSize(4000, 4000));
+    for (HScrollArea* area : {&unbounded, &larger}) {
+        area->setWidget(new Contents(size));
+        QCOMPARE(area->sizeHint().width() == largest().width(), wide);
+        QCOMPARE(area->sizeHint().height() == largest().height(), high);
+        QVERIFY(area->sizeHint().width() <= largest().width() &&
+                area->sizeHint().height() <= largest().height());
+    }
+}
+
+void HScrollAreaTest::forceResizeFollowsTheInnerWidget()
+{
+    QWidget window;
+    QVBoxLayout* column = new QVBoxLayout(&window);
+    HScrollArea* area = new HScrollArea;
+    column->addWidget(area);
+    Contents* inner = new Contents(QSize(100, 80));
+    area->setWidget(inner);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QCOMPARE(inner->size(), QSize(100, 80));
+    const QSize before = window.sizeHint();
+    inner->hint = QSize(400, 300);
+    QCOMPARE(inner->size(), QSize(100, 80));
+    area->forceResize();
+    QCOMPARE(inner->size(), QSize(400, 300));
+    QCOMPARE(window.sizeHint(), before + QSize(300, 220));
+}
+
+void HScrollAreaTest::forceResizeWithoutInnerWidgetDoesNothing()
+{
+    HScrollArea area;
+    area.forceResize();
+    QVERIFY(area.widget() == nullptr);
+}
+
+void HScrollAreaTest::aLongLabelScrollsInsideItsWindow()
+{
+    QWidget window;
+    QVBoxLayout* column = new QVBoxLayout(&window);
+    HScrollArea* area = new HScrollArea;
+    column->addWidget(area);
+    area->setWidget(new QLabel(QStringLiteral("a line of text\n").repeated(300)));
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QVERIFY(window.height() < QGuiApplication::primaryScreen()->size().height());
+    QVERIFY(area->verticalScrollBar()->isVisible());
+    QVERIFY(!area->horizontalScrollBar()->isVisible());
+    QTest::keyClick(area, Qt::Key_PageDown);
+    QVERIFY(area->verticalScrollBar()->value() > 0);
+}
+
+QTEST_MAIN(HScrollAreaTest)
+#include "HScrollAreaTest.moc"

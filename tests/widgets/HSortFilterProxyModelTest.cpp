@@ -1,0 +1,333 @@
+#include "widgets/HSortFilterProxyModel.h"
+
+#include <QtTest>
+
+#include <QStandardItemModel>
+
+#include "tests/widgets/FixedTable.h"
+
+namespace {
+
+// Lists odd and even numbers by a switch of its own, as the package table does with its filters.
+class SwitchedProxy : public HSortFilterProxyModel
+{
+public:
+    using HSortFilterProxyModel::createSecondarySortIndex;
+    using HSortFilterProxyModel::HSortFilterProxyModel;
+    using HSortFilterProxyModel::lessThan;
+
+    bool all = true;
+
+protected:
+    bool filterAcceptsRow(int row, const QModelIndex& parent) const override
+    {
+        return all ? HSortFilterProxyModel::filterAcceptsRow(row, parent)
+                   : sourceModel()->index(row, 0, parent).data().toInt() % 2 != 0;
+    }
+};
+
+QVariantList column(const QAbstractItemModel& model, int number)
+{
+    QVariantList values;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        values << model.index(row, number).data();
+    }
+    return values;
+}
+
+QVariantList sorted(const QVariantList& values)
+{
+    QVector<FixedTable::Row> rows;
+    for (const QVariant& value : values) {
+        rows << FixedTable::Row{value, 0};
+    }
+    FixedTable model(rows);
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    return column(proxy, 0);
+}
+
+} // namespace
+
+class HSortFilterProxyModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void valuesOfAType_data();
+    void valuesOfAType();
+    void theLeftValueChoosesTheType();
+    void anIndexWithoutModelHasNoValue();
+    void equalRowsAreOrderedByTheSecondColumn();
+    void equalRowsAreOrderedByTheSecondColumnDownwardsToo();
+    void tiesInTheSecondColumnKeepTheSourceOrder();
+    void aSecondColumnOutsideTheTableIsNoOrder_data();
+    void aSecondColumnOutsideTheTableIsNoOrder();
+    void theSecondaryIndexIsInTheSameRow();
+    void everyFilterChangeSortsFromScratch_data();
+    void everyFilterChangeSortsFromScratch();
+    void aPatternFiltersAndKeepsTheOrder();
+    void aRegExpFiltersAndKeepsTheOrder();
+    void filterChangedAsksTheFilterAgain();
+    void clearAsksTheFilterAgain();
+    void aProxyThatWasNeverSortedKeepsTheSourceOrder();
+    void theSourceIsRememberedThroughTheBaseClassToo();
+    void anotherKindOfModelIsSortedWithoutSecondColumn();
+    void withoutSourceNothingHappens();
+    void aDeletedSourceIsForgotten();
+};
+
+void HSortFilterProxyModelTest::valuesOfAType_data()
+{
+    QTest::addColumn<QVariantList>("given");
+    QTest::addColumn<QVariantList>("expected");
+    const auto row = [](const char* name, const QVariantList& given) {
+        QVariantList expected = given;
+        std::reverse(expected.begin(), expected.end());
+        QTest::newRow(name) << given << expected;
+    };
+    // Each in the wrong order, and, where the type has a value order of its own, in the right order as text.
+    row("int puts 9 before 10", {10, 9});
+    row("negative int", {-1, -2});
+    row("unsigned int", {QVariant(4000000000U), QVariant(5U)});
+    row("qlonglong", {QVariant(Q_INT64_C(10000000000)), QVariant(Q_INT64_C(9))});
+    row("qulonglong", {QVariant(Q_UINT64_C(18446744073709551615)), QVariant(Q_UINT64_C(2))});
+    row("double", {QVariant(1e20), QVariant(9.5)});
+    row("QChar", {QVariant(QChar(0xff01)), QVariant(QChar(u'a'))});
+    row("text puts B before a", {"a", "B"});
+    row("text by code unit, not by locale", {QString::fromUtf8("\u00e9"), "f"});
+    row("text of digits", {"9", "10"});
+    row("QDate", {QDate(10000, 1, 1), QDate(2019, 12, 31)});
+    row("QTime", {QTime(12, 0), QTime(1, 0)});
+    row("QDateTime",
+        {QDateTime(QDate(10000, 1, 1), QTime(0, 0)), QDateTime(QDate(2019, 12, 31), QTime(0, 0))});
+    row("bool as text", {true, false});
+    row("float as text", {QVariant(9.5F), QVariant(10.5F)});
+    row("no value as empty text", {"a", QVariant(QString())});
+}
+
+void HSortFilterProxyModelTest::valuesOfAType()
+{
+    QFETCH(QVariantList, given);
+    QFETCH(QVariantList, expected);
+    QCOMPARE(sorted(given), expected);
+    QCOMPARE(sorted(expected), expected);
+}
+
+void HSortFilterProxyModelTest::theLeftValueChoosesTheType()
+{
+    FixedTable model({{9, 0}, {"10", 0}});
+    SwitchedProxy proxy(1);
+    proxy.setSourceModel(&model);
+    const QModelIndex number = model.index(0, 0);
+    const QModelIndex text = model.index(1, 0);
+    QVERIFY(proxy.lessThan(number, text)); // 9 < 10
+    QVERIFY(proxy.lessThan(text, number)); // "10" < "9"
+}
+
+void HSortFilterProxyModelTest::anIndexWithoutModelHasNoValue()
+{
+    FixedTable model({{"a", 0}});
+    SwitchedProxy proxy(1);
+    proxy.setSourceModel(&model);
+    QVERIFY(proxy.lessThan(QModelIndex(), model.index(0, 0)));
+    QVERIFY(!proxy.lessThan(model.index(0, 0), QModelIndex()));
+    QVERIFY(!proxy.lessThan(QModelIndex(), QModelIndex()));
+}
+
+void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumn()
+{
+    FixedTable model({{1, "pear"}, {0, "zebra"}, {1, "apple"}, {1, "fig"}});
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    QCOMPARE(column(proxy, 1), (QVariantList{"zebra", "apple", "fig", "pear"}));
+}
+
+void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumnDownwardsToo()
+{
+    FixedTable model({{1, "pear"}, {0, "zebra"}, {1, "apple"}, {1, "fig"}});
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0, Qt::DescendingOrder);
+    QCOMPARE(column(proxy, 1), (QVariantList{"pear", "fig", "apple", "zebra"}));
+}
+
+void HSortFilterProxyModelTest::tiesInTheSecondColumnKeepTheSourceOrder()
+{
+    FixedTable model({{2, "b", 0}, {1, "a", 1}, {1, "a", 2}, {2, "b", 3}, {1, "a", 4}}, 3);
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    QCOMPARE(column(proxy, 2), (QVariantList{1, 2, 4, 0, 3}));
+    proxy.sort(1);
+    QCOMPARE(column(proxy, 2), (QVariantList{1, 2, 4, 0, 3}));
+}
+
+void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableIsNoOrder_data()
+{
+    QTest::addColumn<int>("second");
+    QTest::newRow("none") << -1;
+    QTest::newRow("beyond") << 9;
+}
+
+void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableIsNoOrder()
+{
+    QFETCH(int, second);
+    FixedTable model({{1, "b"}, {1, "a"}, {0, "c"}});
+    HSortFilterProxyModel proxy(second);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    QCOMPARE(column(proxy, 1), (QVariantList{"c", "b", "a"}));
+}
+
+void HSortFilterProxyModelTest::theSecondaryIndexIsInTheSameRow()
+{
+    FixedTable model({{1, "b"}, {1, "a"}});
+    SwitchedProxy proxy(1);
+    QVERIFY(!proxy.createSecondarySortIndex(model.index(1, 0)).isValid());
+    proxy.setSourceModel(&model);
+    QCOMPARE(proxy.createSecondarySortIndex(model.index(1, 0)), model.index(1, 1));
+}
+
+using Change = void (*)(HSortFilterProxyModel&);
+Q_DECLARE_METATYPE(Change)
+
+void HSortFilterProxyModelTest::everyFilterChangeSortsFromScratch_data()
+{
+    QTest::addColumn<Change>("change");
+    const auto row = [](const char* name, Change change) { QTest::newRow(name) << change; };
+    row("filterChanged", [](HSortFilterProxyModel& proxy) { proxy.filterChanged(); });
+    row("clear", [](HSortFilterProxyModel& proxy) { proxy.clear(); });
+    row("pattern", [](HSortFilterProxyModel& proxy) { proxy.setFilterRegExp(QString()); });
+    row("expression", [](HSortFilterProxyModel& proxy) { proxy.setFilterRegExp(QRegExp()); });
+}
+
+void HSortFilterProxyModelTest::everyFilterChangeSortsFromScratch()
+{
+    QFETCH(Change, change);
+    FixedTable model({{1, "one"}, {2, "two"}, {3, "three"}});
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0, Qt::DescendingOrder);
+    QCOMPARE(column(proxy, 0), (QVariantList{3, 2, 1}));
+    model.rows[0][0] = 9; // behind the proxy's back
+    QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    change(proxy);
+    QCOMPARE(resets.count(), 1);
+    QCOMPARE(column(proxy, 0), (QVariantList{9, 3, 2}));
+    QCOMPARE(proxy.sortColumn(), 0);
+    QCOMPARE(proxy.sortOrder(), Qt::DescendingOrder);
+}
+
+void HSortFilterProxyModelTest::aPatternFiltersAndKeepsTheOrder()
+{
+    FixedTable model({{"bc", 0}, {"x", 0}, {"ab", 0}});
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    proxy.setFilterRegExp(QStringLiteral("b"));
+    QCOMPARE(proxy.filterRegExp().pattern(), QStringLiteral("b"));
+    QCOMPARE(column(proxy, 0), (QVariantList{"ab", "bc"}));
+    proxy.setFilterRegExp(QString());
+    QCOMPARE(column(proxy, 0), (QVariantList{"ab", "bc", "x"}));
+}
+
+void HSortFilterProxyModelTest::aRegExpFiltersAndKeepsTheOrder()
+{
+    FixedTable model({{"BC", 0}, {"x", 0}, {"ab", 0}});
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0, Qt::DescendingOrder);
+    const QRegExp expression(QStringLiteral("^.?b"), Qt::CaseInsensitive);
+    proxy.setFilterRegExp(expression);
+    QCOMPARE(proxy.filterRegExp(), expression);
+    QCOMPARE(column(proxy, 0), (QVariantList{"ab", "BC"}));
+}
+
+void HSortFilterProxyModelTest::filterChangedAsksTheFilterAgain()
+{
+    FixedTable model({{3, 0}, {2, 0}, {1, 0}});
+    SwitchedProxy proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    QCOMPARE(proxy.rowCount(), 3);
+    proxy.all = false;
+    QCOMPARE(proxy.rowCount(), 3);
+    proxy.filterChanged();
+    QCOMPARE(column(proxy, 0), (QVariantList{1, 3}));
+}
+
+void HSortFilterProxyModelTest::clearAsksTheFilterAgain()
+{
+    FixedTable model({{3, 0}, {2, 0}, {1, 0}});
+    SwitchedProxy proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    QCOMPARE(proxy.rowCount(), 3);
+    proxy.all = false;
+    proxy.clear();
+    QCOMPARE(column(proxy, 0), (QVariantList{1, 3}));
+}
+
+void HSortFilterProxyModelTest::aProxyThatWasNeverSortedKeepsTheSourceOrder()
+{
+    FixedTable model({{3, 0}, {1, 0}, {2, 0}});
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.setFilterRegExp(QStringLiteral("[123]"));
+    QCOMPARE(column(proxy, 0), (QVariantList{3, 1, 2}));
+}
+
+void HSortFilterProxyModelTest::theSourceIsRememberedThroughTheBaseClassToo()
+{
+    FixedTable model({{1, "b"}, {1, "a"}});
+    HSortFilterProxyModel proxy(1);
+    QAbstractProxyModel& base = proxy;
+    base.setSourceModel(&model);
+    proxy.sort(0);
+    QCOMPARE(column(proxy, 1), (QVariantList{"a", "b"}));
+    QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    proxy.clear();
+    QCOMPARE(resets.count(), 1);
+}
+
+void HSortFilterProxyModelTest::anotherKindOfModelIsSortedWithoutSecondColumn()
+{
+    QStandardItemModel model(0, 2);
+    model.appendRow({new QStandardItem(QStringLiteral("x")), new QStandardItem(QStringLiteral("b"))});
+    model.appendRow({new QStandardItem(QStringLiteral("x")), new QStandardItem(QStringLiteral("a"))});
+    model.appendRow({new QStandardItem(QStringLiteral("w")), new QStandardItem(QStringLiteral("c"))});
+    HSortFilterProxyModel proxy(1);
+    proxy.setSourceModel(&model);
+    proxy.sort(0);
+    QCOMPARE(column(proxy, 1), (QVariantList{"c", "b", "a"}));
+    proxy.setFilterRegExp(QStringLiteral("x"));
+    QCOMPARE(column(proxy, 1), (QVariantList{"b", "a"}));
+}
+
+void HSortFilterProxyModelTest::withoutSourceNothingHappens()
+{
+    HSortFilterProxyModel proxy(1);
+    proxy.filterChanged();
+    proxy.clear();
+    proxy.setFilterRegExp(QStringLiteral("a"));
+    QCOMPARE(proxy.rowCount(), 0);
+    QCOMPARE(proxy.filterRegExp().pattern(), QStringLiteral("a"));
+}
+
+void HSortFilterProxyModelTest::aDeletedSourceIsForgotten()
+{
+    HSortFilterProxyModel proxy(1);
+    {
+        FixedTable model({{1, 0}});
+        proxy.setSourceModel(&model);
+        QCOMPARE(proxy.rowCount(), 1);
+    }
+    proxy.clear();
+    QCOMPARE(proxy.rowCount(), 0);
+}
+
+QTEST_MAIN(HSortFilterProxyModelTest)
+#include "HSortFilterProxyModelTest.moc"

@@ -1,0 +1,254 @@
+#include "widgets/HTextEdit.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+namespace {
+
+QSize largest()
+{
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    return QSize(screen.width() * 9 / 10, screen.height() * 9 / 10);
+}
+
+} // namespace
+
+class HTextEditTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theHintIsInLetters_data();
+    void theHintIsInLetters();
+    void withoutColumnsAndRowsTheHintIsTheBaseOne();
+    void theHintIsBoundedByTheScreen();
+    void theHintFollowsTheFont();
+    void leavingTheEditEndsEditing();
+    void leavingTheWindowEndsEditing();
+    void aPopupDoesNotEndEditing();
+    void theOwnMenuDoesNotEndEditing();
+    void anotherMenuDoesNotKeepEditingFromEnding();
+    void theContextMenuDoesNotEndEditing();
+    void editingEndsBeforeTheFocusIsSeenToLeave();
+    void appendedParagraphsHaveNoMargins();
+    void appendingIsOneParagraphEach();
+};
+
+void HTextEditTest::theHintIsInLetters_data()
+{
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<int>("rows");
+    QTest::newRow("both") << 40 << 10;
+    QTest::newRow("columns only") << 40 << -1;
+    QTest::newRow("rows only") << -1 << 10;
+    QTest::newRow("none of either") << 0 << 0;
+}
+
+void HTextEditTest::theHintIsInLetters()
+{
+    QFETCH(int, columns);
+    QFETCH(int, rows);
+    HTextEdit edit(columns, rows);
+    const QSize base = QTextEdit().sizeHint();
+    const QFontMetrics metrics(edit.font());
+    const int frame = 2 * edit.frameWidth();
+    QVERIFY(frame > 0);
+    const QSize expected(columns == -1 ? base.width()
+                                       : frame + columns * metrics.horizontalAdvance(QLatin1Char('n')),
+                         rows == -1 ? base.height() : frame + rows * metrics.lineSpacing());
+    QCOMPARE(edit.sizeHint(), expected);
+}
+
+void HTextEditTest::withoutColumnsAndRowsTheHintIsTheBaseOne()
+{
+    HTextEdit edit;
+    QCOMPARE(edit.sizeHint(), QTextEdit().sizeHint());
+    QVERIFY(edit.sizeHint().isValid());
+}
+
+void HTextEditTest::theHintIsBoundedByTheScreen()
+{
+    QCOMPARE(HTextEdit(5000, 5000).sizeHint(), largest());
+    QCOMPARE(HTextEdit(5000, 2).sizeHint().width(), largest().width());
+    QVERIFY(HTextEdit(5000, 2).sizeHint().height() < largest().height());
+}
+
+void HTextEditTest::theHintFollowsTheFont()
+{
+    HTextEdit edit(10, 2);
+    QFont font = edit.font();
+    font.setPixelSize(30);
+    edit.setFont(font);
+    const QFontMetrics metrics(font);
+    const int frame = 2 * edit.frameWidth();
+    QCOMPARE(edit.sizeHint(), QSize(frame + 10 * metrics.horizontalAdvance(QLatin1Char('n')),
+                                    frame + 2 * metrics.lineSpacing()));
+}
+
+void HTextEditTest::leavingTheEditEndsEditing()
+{
+    QWidget window;
+    QVBoxLayout* column = new QVBoxLayout(&window);
+    HTextEdit* edit = new HTextEdit;
+    QLineEdit* other = new QLineEdit;
+    column->addWidget(edit);
+    column->addWidget(other);
+    edit->setTabChangesFocus(true);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    edit->setFocus();
+    QSignalSpy ends(edit, &HTextEdit::editingFinished);
+
+    QTest::keyClicks(edit, QStringLiteral("text"));
+    QCOMPARE(ends.count(), 0);
+    QTest::keyClick(edit, Qt::Key_Tab);
+    QVERIFY(other->hasFocus());
+    QCOMPARE(ends.count(), 1);
+
+    edit->setFocus();
+    QTest::mouseClick(other, Qt::LeftButton);
+    QVERIFY(other->hasFocus());
+    QCOMPARE(ends.count(), 2);
+}
+
+void HTextEditTest::leavingTheWindowEndsEditing()
+{
+    HTextEdit edit;
+    edit.show();
+    QVERIFY(QTest::qWaitForWindowActive(&edit));
+    edit.setFocus();
+    QSignalSpy ends(&edit, &HTextEdit::editingFinished);
+    QWidget other;
+    other.show();
+    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QTRY_COMPARE(ends.count(), 1);
+}
+
+void HTextEditTest::aPopupDoesNotEndEditing()
+{
+    QWidget window;
+    QVBoxLayout* column = new QVBoxLayout(&window);
+    HTextEdit* edit = new HTextEdit;
+    column->addWidget(edit);
+    QMenu menu(&window);
+    menu.addAction(QStringLiteral("entry"));
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    edit->setFocus();
+    QSignalSpy ends(edit, &HTextEdit::editingFinished);
+    menu.popup(window.mapToGlobal(QPoint(10, 10)));
+    QTRY_COMPARE(QApplication::activePopupWidget(), &menu);
+    QTest::qWait(50);
+    QTest::keyClick(&menu, Qt::Key_Escape);
+    QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+    QTest::qWait(50);
+    QCOMPARE(ends.count(), 0);
+}
+
+void HTextEditTest::theOwnMenuDoesNotEndEditing()
+{
+    HTextEdit edit;
+    edit.show();
+    QVERIFY(QTest::qWaitForWindowActive(&edit));
+    edit.setFocus();
+    QMenu menu(&edit);
+    menu.addAction(QStringLiteral("entry"));
+    QSignalSpy ends(&edit, &HTextEdit::editingFinished);
+    menu.popup(edit.mapToGlobal(QPoint(10, 10)));
+    QTRY_COMPARE(QApplication::activePopupWidget(), &menu);
+    QFocusEvent focusOut(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QApplication::sendEvent(&edit, &focusOut);
+    QCOMPARE(ends.count(), 0);
+    menu.hide();
+    QApplication::sendEvent(&edit, &focusOut);
+    QCOMPARE(ends.count(), 1);
+}
+
+void HTextEditTest::anotherMenuDoesNotKeepEditingFromEnding()
+{
+    QWidget window;
+    QVBoxLayout* column = new QVBoxLayout(&window);
+    HTextEdit* edit = new HTextEdit;
+    column->addWidget(edit);
+    QMenu menu(&window);
+    menu.addAction(QStringLiteral("entry"));
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    edit->setFocus();
+    menu.popup(window.mapToGlobal(QPoint(10, 10)));
+    QTRY_COMPARE(QApplication::activePopupWidget(), &menu);
+    QSignalSpy ends(edit, &HTextEdit::editingFinished);
+    QFocusEvent focusOut(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QApplication::sendEvent(edit, &focusOut);
+    QCOMPARE(ends.count(), 1);
+}
+
+void HTextEditTest::theContextMenuDoesNotEndEditing()
+{
+    HTextEdit edit;
+    edit.resize(300, 200);
+    edit.show();
+    QVERIFY(QTest::qWaitForWindowActive(&edit));
+    edit.setFocus();
+    QSignalSpy ends(&edit, &HTextEdit::editingFinished);
+    const QPoint pos = edit.viewport()->rect().center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, pos, edit.viewport()->mapToGlobal(pos));
+    QApplication::sendEvent(edit.viewport(), &event);
+    QTRY_VERIFY(qobject_cast<QMenu*>(QApplication::activePopupWidget()) != nullptr);
+    QWidget* menu = QApplication::activePopupWidget();
+    QTest::qWait(50);
+    QTest::keyClick(menu, Qt::Key_Escape);
+    QTRY_VERIFY(QApplication::activePopupWidget() == nullptr);
+    QTest::qWait(50);
+    QCOMPARE(ends.count(), 0);
+}
+
+void HTextEditTest::editingEndsBeforeTheFocusIsSeenToLeave()
+{
+    QWidget window;
+    QVBoxLayout* column = new QVBoxLayout(&window);
+    HTextEdit* edit = new HTextEdit;
+    QLineEdit* other = new QLineEdit;
+    column->addWidget(edit);
+    column->addWidget(other);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    edit->setFocus();
+    edit->setPlainText(QStringLiteral("text"));
+    // A slot may rewrite the text, as the masked fields do, and the base class then sees the new one.
+    connect(edit, &HTextEdit::editingFinished, [edit] { edit->setPlainText(QStringLiteral("changed")); });
+    other->setFocus();
+    QCOMPARE(edit->toPlainText(), QStringLiteral("changed"));
+    QVERIFY(!edit->hasFocus());
+}
+
+void HTextEditTest::appendedParagraphsHaveNoMargins()
+{
+    HTextEdit edit;
+    edit.appendCompact(QStringLiteral("<p style=\"margin-top:12px; margin-bottom:12px\">one</p>"));
+    edit.appendCompact(QStringLiteral("<p>two</p>"));
+    edit.appendCompact(QStringLiteral("three"));
+    QCOMPARE(edit.document()->blockCount(), 3);
+    for (QTextBlock block = edit.document()->begin(); block.isValid(); block = block.next()) {
+        QCOMPARE(block.blockFormat().topMargin(), 0.0);
+        QCOMPARE(block.blockFormat().bottomMargin(), 0.0);
+    }
+
+    QTextEdit plain;
+    plain.append(QStringLiteral("<p style=\"margin-top:12px; margin-bottom:12px\">one</p>"));
+    QCOMPARE(plain.document()->begin().blockFormat().topMargin(), 12.0);
+}
+
+void HTextEditTest::appendingIsOneParagraphEach()
+{
+    HTextEdit edit;
+    edit.appendCompact(QStringLiteral("<font color=\"red\">one</font>"));
+    edit.appendCompact(QStringLiteral("two"));
+    QCOMPARE(edit.toPlainText(), QStringLiteral("one\ntwo"));
+    QTextCursor cursor(edit.document());
+    cursor.movePosition(QTextCursor::NextCharacter);
+    QCOMPARE(cursor.charFormat().foreground().color(), QColor(Qt::red));
+}
+
+QTEST_MAIN(HTextEditTest)
+#include "HTextEditTest.moc"

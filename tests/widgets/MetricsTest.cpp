@@ -1,0 +1,37 @@
+#include "widgets/Metrics.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+class MetricsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aWindowMayTakeNineTenthsOfTheScreen();
+    void aColumnIsTheLetterN();
+};
+
+// On a platform that is not X11, where there is no X screen to ask for.
+void MetricsTest::aWindowMayTakeNineTenthsOfTheScreen()
+{
+    QCOMPARE(QGuiApplication::platformName(), QStringLiteral("offscreen"));
+    const QSize screen = QGuiApplication::primaryScreen()->size();
+    QVERIFY(screen.width() > 0);
+    QCOMPARE(Metrics::maxWindowSize(), QSize(screen.width() * 9 / 10, screen.height() * 9 / 10));
+}
+
+void MetricsTest::aColumnIsTheLetterN()
+{
+    QFont font;
+    font.setPixelSize(40);
+    QTextLayout line(QString(50, QLatin1Char('n')), font);
+    line.beginLayout();
+    line.createLine();
+    line.endLayout();
+    // The real line is measured in fractions of pixels.
+    QVERIFY(qAbs(line.lineAt(0).naturalTextWidth() - 50 * Metrics::columnWidth(QFontMetrics(font))) <= 25);
+}
+
+QTEST_MAIN(MetricsTest)
+#include "MetricsTest.moc"

@@ -1,0 +1,153 @@
+"""A made sandbox: its root, its repositories, its server."""
+
+import os
+import shutil
+import subprocess
+
+from .catalogue import TRUSTED_KEY_FILE
+from .server import Server
+
+HTTP_REPOSITORIES = ("sandbox-http", "sandbox-updates", "sandbox-signed")
+FILE_REPOSITORIES = ("sandbox-file", "sandbox-disabled")
+
+# Nothing listens on the discard port.
+_CLOSED_PORT = 9
+
+_NAMES = {
+    "sandbox-http": "Sandbox, by HTTP",
+    "sandbox-updates": "Sandbox updates",
+    "sandbox-signed": "Sandbox, signed packages",
+    "sandbox-file": "Sandbox, from files",
+    "sandbox-disabled": "Sandbox, disabled",
+    "sandbox-unreachable": "Sandbox, not reachable",
+}
+
+
+class Sandbox(object):
+    """A system root and repositories under one directory.
+
+    directory/root  the system root (.root)
+    directory/http  the repositories that the server serves
+    directory/file  those that are reached as files
+    directory/home  the home directory for programs run on the sandbox
+
+    As a context manager it starts the server and stops it at the end:
+
+        with Sandbox.made("/tmp/original").copy("/tmp/copy") as sandbox:
+            subprocess.run(command, env=sandbox.environment())
+            assert "/sandbox-http/repodata/repomd.xml" in sandbox.server.paths(200)
+    """
+
+    def __init__(self, directory):
+        self.directory = os.path.abspath(directory)
+        self.root = os.path.join(self.directory, "root")
+        self.server = None
+        self._last_port = 0
+
+    @classmethod
+    def made(cls, directory):
+        """The sandbox that was made in, or copied to, that directory; RuntimeError when there is none."""
+        sandbox = cls(directory)
+        if not os.path.isdir(os.path.join(sandbox.root, "var/lib/rpm")):
+            raise RuntimeError("%s holds no sandbox" % sandbox.directory)
+        return sandbox
+
+    def __enter__(self):
+        self.start()
+        return self
+
+    def __exit__(self, *exception):
+        self.stop()
+
+    def repository(self, name):
+        """The directory of a repository."""
+        return os.path.join(self.directory, "http" if name in HTTP_REPOSITORIES else "file", name)
+
+    def copy(self, directory):
+        """A private copy in a new directory: nothing done to one changes the other."""
+        copied = Sandbox(directory)
+        if os.path.lexists(copied.directory):
+            raise RuntimeError("%s exists already" % copied.directory)
+        os.makedirs(copied.directory)
+        parts = [os.path.join(self.directory, part) for part in ("root", "http", "file")]
+        subprocess.run(["cp", "-a", "--reflink=auto"] + parts + [copied.directory], check=True)
+        copied.write_repository_files()
+        return copied
+
+    def remove(self):
+        self.stop()
+        shutil.rmtree(self.directory)
+
+    def start(self):
+        """Starts the server and makes the repository files point at it. A second start uses the same port."""
+        if self.server is None:
+            self.server = Server.preferring(os.path.join(self.directory, "http"), self._last_port)
+            self.server.start()
+            self._last_port = self.server.port
+            self.write_repository_files()
+            self.expire_metadata()
+
+    def stop(self):
+        """Stops the server; the repository files keep pointing at its port."""
+        if self.server is not None:
+            self.server.stop()
+            self.server = None
+
+    def write_repository_files(self):
+        """Writes root/etc/yum.repos.d/*.repo anew, one file per repository."""
+        port = self.server.port if self.server is not None else self._last_port or _CLOSED_PORT
+        for name in HTTP_REPOSITORIES:
+            self._write_repository_file(name, "http://127.0.0.1:%d/%s/" % (port, name))
+        for name in FILE_REPOSITORIES:
+            self._write_repository_file(name, "file://%s/" % self.repository(name))
+        self._write_repository_file("sandbox-unreachable", "http://127.0.0.1:%d/nowhere/" % _CLOSED_PORT)
+
+    def _write_repository_file(self, name, url):
+        lines = [
+            "[%s]" % name, "name=" + _NAMES[name], "baseurl=" + url,
+            "enabled=%d" % (name != "sandbox-disabled"), "gpgcheck=%d" % (name == "sandbox-signed")]
+        if name == "sandbox-signed":
+            lines.append("gpgkey=file://%s%s" % (self.root, TRUSTED_KEY_FILE))
+        if name == "sandbox-unreachable":
+            lines += ["skip_if_unavailable=1", "retries=1", "timeout=2"]
+        with open(os.path.join(self.root, "etc/yum.repos.d", name + ".repo"), "w") as stream:
+            stream.write("\n".join(lines) + "\n")
+
+    def expire_metadata(self):
+        """Makes dnf ask the repositories again: it goes by the time of the cached files."""
+        for directory, _, files in os.walk(os.path.join(self.root, "var/cache/dnf")):
+            if os.path.basename(directory) == "repodata":
+                for name in files:
+                    os.utime(os.path.join(directory, name), (0, 0))
+
+    def clear_cache(self):
+        """Removes all that dnf has downloaded."""
+        shutil.rmtree(os.path.join(self.root, "var/cache/dnf"), ignore_errors=True)
+
+    def environment(self):
+        """The environment for a program that is to work on this sandbox.
+
+        The home directory is one of the sandbox's own, so that settings do not mix with the user's; it also tells
+        rpm's tools where the database is, because the default of some distributions is in the home directory.
+        """
+        home = os.path.join(self.directory, "home")
+        os.makedirs(home, exist_ok=True)
+        with open(os.path.join(home, ".rpmmacros"), "w") as stream:
+            stream.write("%_dbpath /var/lib/rpm\n")
+        environment = dict(os.environ, VYREROOT=self.root, HOME=home)
+        authority = os.path.expanduser("~/.Xauthority")
+        if "XAUTHORITY" not in environment and os.path.exists(authority):
+            environment["XAUTHORITY"] = authority
+        return environment
+
+    def rpm(self, *arguments):
+        """What rpm prints for the root; subprocess.CalledProcessError when it fails."""
+        command = ["rpm", "--root", self.root, "--define", "_dbpath /var/lib/rpm"] + list(arguments)
+        done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=True)
+        return done.stdout.decode("utf-8")
+
+    def installed(self):
+        """The installed packages, as dnf writes them: name-[epoch:]version-release.arch. A public key that was
+        imported counts as a package without an architecture."""
+        query = r"%{NAME}-%|EPOCH?{%{EPOCH}:}:{}|%{VERSION}-%{RELEASE}%|ARCH?{.%{ARCH}}:{}|\n"
+        return set(self.rpm("-qa", "--queryformat", query).split())

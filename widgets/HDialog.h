@@ -1,0 +1,21 @@
+// A dialog in which Return and Enter belong to its input fields: they do not press the default button.
+//
+// Graphical thread; owned by its Qt parent.
+
+#ifndef WIDGETS_HDIALOG_H
+#define WIDGETS_HDIALOG_H
+
+#include <QDialog>
+
+class HDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit HDialog(QWidget* parent = nullptr, Qt::WindowFlags flags = Qt::WindowFlags());
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+};
+
+#endif

@@ -1,0 +1,22 @@
+// Draws the cells of an HTableView.
+//
+// Graphical thread; owned by its Qt parent.
+
+#ifndef WIDGETS_HITEMDELEGATE_H
+#define WIDGETS_HITEMDELEGATE_H
+
+#include <QItemDelegate>
+
+class HItemDelegate : public QItemDelegate
+{
+    Q_OBJECT
+
+public:
+    explicit HItemDelegate(QObject* parent = nullptr);
+
+protected:
+    void drawDisplay(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
+                     const QString& text) const override;
+};
+
+#endif

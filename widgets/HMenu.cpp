@@ -1,0 +1,45 @@
+#include "widgets/HMenu.h"
+
+#include <QAction>
+#include <QHelpEvent>
+#include <QMenuBar>
+#include <QToolTip>
+
+namespace {
+
+// The action that the user has reached in the menu and its open sub-menus; null when there is none.
+const QAction* lastActiveAction(const QMenu* menu)
+{
+    const QAction* last = nullptr;
+    while (menu != nullptr && menu->activeAction() != nullptr) {
+        last = menu->activeAction();
+        menu = last->menu();
+    }
+    return last;
+}
+
+// An action without a tool tip answers with its text, which the menu shows already.
+bool tellsMoreThanText(const QAction& action)
+{
+    QString text = action.text();
+    text.remove(QStringLiteral("...")).remove(QLatin1Char('&'));
+    return !action.toolTip().isEmpty() && action.toolTip() != text;
+}
+
+} // namespace
+
+HMenu::HMenu(QString title, QMenuBar* parent) : QMenu(title, parent)
+{
+    setTearOffEnabled(true);
+}
+
+bool HMenu::event(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip) {
+        const QAction* action = lastActiveAction(this);
+        if (action != nullptr && tellsMoreThanText(*action)) {
+            QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), action->toolTip());
+        }
+    }
+    return QMenu::event(event);
+}

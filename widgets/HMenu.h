@@ -1,0 +1,24 @@
+// A menu that can be torn off and shows the tool tips of its actions.
+//
+// Graphical thread; owned by its Qt parent.
+
+#ifndef WIDGETS_HMENU_H
+#define WIDGETS_HMENU_H
+
+#include <QMenu>
+
+class QMenuBar;
+
+class HMenu : public QMenu
+{
+    Q_OBJECT
+
+public:
+    // The bar becomes the parent; putting the menu into it (QMenuBar::addMenu) is left to the caller.
+    explicit HMenu(QString title, QMenuBar* parent = nullptr);
+
+protected:
+    bool event(QEvent* event) override;
+};
+
+#endif

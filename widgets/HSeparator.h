@@ -1,0 +1,18 @@
+// A horizontal rule between the parts of a window.
+//
+// Graphical thread; owned by its Qt parent.
+
+#ifndef WIDGETS_HSEPARATOR_H
+#define WIDGETS_HSEPARATOR_H
+
+#include <QFrame>
+
+class HSeparator : public QFrame
+{
+    Q_OBJECT
+
+public:
+    explicit HSeparator(QWidget* parent = nullptr);
+};
+
+#endif

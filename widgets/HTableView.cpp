@@ -1,0 +1,125 @@
+#include "widgets/HTableView.h"
+
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QScrollBar>
+
+#include "widgets/HItemDelegate.h"
+#include "widgets/Metrics.h"
+
+HTableView::HTableView(QStyleOptionViewItem::Position position, int min, int max, QWidget* parent)
+    : QTableView(parent), decorationPosition(position), minRows(min), maxRows(max)
+{
+    setItemDelegate(new HItemDelegate(this));
+}
+
+QStyleOptionViewItem HTableView::viewOptions() const
+{
+    QStyleOptionViewItem option = QTableView::viewOptions();
+    option.decorationPosition = decorationPosition;
+    option.showDecorationSelected = false;
+    return option;
+}
+
+QSize HTableView::sizeHint() const
+{
+    if (minRows != maxRows) {
+        const int rows = model() != nullptr ? model()->rowCount(rootIndex()) : 0;
+        minRows = maxRows = qMin(qMax(rows, minRows), maxRows);
+    }
+
+    const QHeaderView* columns = horizontalHeader();
+    const QHeaderView* rows = verticalHeader();
+    int width = 2 * frameWidth() + frameOnlyAroundContentsPixels() + verticalScrollBar()->sizeHint().width();
+    if (!rows->isHidden()) {
+        width += rows->sizeHint().width();
+    }
+    if (columns->count() > 0) {
+        const int last = columns->count() - 1;
+        width += columnViewportPosition(last) + columnWidth(last);
+    }
+    int height = 2 * frameWidth();
+    if (!columns->isHidden()) {
+        height += columns->sizeHint().height();
+    }
+    if (rows->count() > 0) {
+        height += rowViewportPosition(0) + rowHeight(0) * minRows;
+    } else {
+        height += rows->defaultSectionSize() * minRows;
+    }
+    return QSize(width, height);
+}
+
+int HTableView::sizeHintForColumn(int column) const
+{
+    if (model() == nullptr) {
+        return -1;
+    }
+    ensurePolished();
+    return contentsWidthForColumn(column) + (showGrid() ? 1 : 0);
+}
+
+int HTableView::contentsWidthForColumn(int column) const
+{
+    const QStyleOptionViewItem option = viewOptions();
+    const int rows = model()->rowCount(rootIndex());
+    int width = 0;
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex index = model()->index(row, column, rootIndex());
+        width = qMax(width, itemDelegate(index)->sizeHint(option, index).width());
+    }
+    return width;
+}
+
+void HTableView::resizeColumnsToContents()
+{
+    QTableView::resizeColumnsToContents();
+    for (QWidget* widget = this; widget != nullptr; widget = widget->parentWidget()) {
+        widget->updateGeometry();
+        if (widget->isWindow()) {
+            break;
+        }
+    }
+    QWidget* top = window();
+    top->resize(top->sizeHint().boundedTo(Metrics::maxWindowSize()).expandedTo(top->size()));
+}
+
+void HTableView::sortByColumn(int column)
+{
+    if (model() == nullptr) {
+        return;
+    }
+    const QHeaderView* header = horizontalHeader();
+    const bool shown = header->sortIndicatorSection() == column;
+    sortByColumn(column, shown ? header->sortIndicatorOrder() : Qt::AscendingOrder);
+}
+
+void HTableView::sortByColumn(int column, Qt::SortOrder order)
+{
+    horizontalHeader()->setSortIndicator(column, order);
+    if (model() != nullptr) {
+        model()->sort(column, order);
+    }
+}
+
+QModelIndexList HTableView::selectedRows() const
+{
+    QModelIndexList rows;
+    if (selectionModel() == nullptr) {
+        return rows;
+    }
+    for (const QItemSelectionRange& range : selectionModel()->selection()) {
+        for (int row = range.top(); row <= range.bottom(); ++row) {
+            const QModelIndex index = model()->index(row, range.left(), range.parent());
+            if (index.flags() & Qt::ItemIsSelectable) {
+                rows.append(index);
+            }
+        }
+    }
+    return rows;
+}
+
+int HTableView::frameOnlyAroundContentsPixels() const
+{
+    return Metrics::frameOnlyAroundContentsPixels(this);
+}

@@ -1,0 +1,26 @@
+// Shows a long plain text, such as a list of files.
+//
+// Graphical thread; owned by its Qt parent.
+
+#ifndef WIDGETS_TEXTDIALOG_H
+#define WIDGETS_TEXTDIALOG_H
+
+#include <QDialog>
+
+class HTextEdit;
+
+class TextDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    explicit TextDialog(QWidget* parent = nullptr);
+
+    // Never taken as rich text, whatever it looks like.
+    void setText(QString text);
+
+private:
+    HTextEdit* edit;
+};
+
+#endif

@@ -1,0 +1,37 @@
+#include "yumio/Package.h"
+
+#include <cstdio>
+
+namespace Package {
+
+Entry::Entry()
+    : action(None), state(Available), kind(Ordinary), size(0), buildTime(0), pyObject(nullptr),
+      duplicate(false), next(nullptr), txAction(None), local(false)
+{
+}
+
+Entry::~Entry()
+{
+    static bool reported = false;
+    if (pyObject != nullptr && !reported) {
+        reported = true;
+        std::fprintf(stderr,
+                     "Internal error: attempt to delete Package::Entry %p with extant python obj %p\n",
+                     static_cast<void*>(this), static_cast<void*>(pyObject));
+    }
+    // One after the other: a chain of owners would be deleted by recursion.
+    Entry* following = next;
+    while (following != nullptr) {
+        Entry* doomed = following;
+        following = doomed->next;
+        doomed->next = nullptr;
+        delete doomed;
+    }
+}
+
+EntryList::~EntryList()
+{
+    qDeleteAll(*this);
+}
+
+} // namespace Package

@@ -1,0 +1,74 @@
+// The record of one row of the package table: an ordinary package, a group or a suite of packages.
+//
+// The back end (YumIO) makes and deletes records on a worker thread, with the interpreter lock held, and owns
+// them. The graphical thread reads them, and writes the chosen action, while no worker runs.
+
+#ifndef YUMIO_PACKAGE_H
+#define YUMIO_PACKAGE_H
+
+#include <QList>
+#include <QMetaType>
+#include <QString>
+
+struct _object;
+typedef _object PyObject;
+
+namespace Package {
+
+// The table sorts by these numbers.
+enum State : qint32 {
+    Updatable = 0, // installed, a newer version is available
+    Available = 1, // not installed, can be installed
+    Installed = 2  // installed, no update
+};
+
+enum Kind : qint32 { Suite = 0, Group = 1, Ordinary = 2 };
+
+enum Action : qint32 { Update = 0, Install = 1, Remove = 2, None = 3 };
+
+class Entry
+{
+public:
+    Entry();
+    // Deletes the chain of further installed versions too. It cannot drop the reference to the script's
+    // object, since it may not hold the interpreter lock: whoever deletes a record clears pyObject first, and
+    // the first record of the process for which that was forgotten is reported on standard error.
+    ~Entry();
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
+
+    Action action; // what the user chose
+    State state;
+    Kind kind;
+    QString name;
+    QString verRel; // version and release, with a non-zero epoch before them; empty for groups
+    QString repo;   // identifier of the repository
+    QString arch;
+    QString biArch; // the architecture folded to the class of those that stand in for each other
+    quint64 size;   // bytes
+    QString sizeText;
+    QString summary;
+    quint64 buildTime; // seconds since the epoch
+    QString buildTimeText;
+    PyObject* pyObject; // the script's package or group object: one strong reference
+    bool duplicate;     // a record of the same name and another bi-arch class is better
+    Entry* next;        // owned; installed versions of the same name and bi-arch class that came later
+    Action txAction;    // what the transaction being applied does to this record
+    bool local;         // while applying: the package file is in the local cache already, and valid
+};
+
+// Owns its records.
+class EntryList : public QList<Entry*>
+{
+public:
+    EntryList() = default;
+    ~EntryList();
+    EntryList(const EntryList&) = delete;
+    EntryList& operator=(const EntryList&) = delete;
+};
+
+} // namespace Package
+
+Q_DECLARE_METATYPE(Package::Entry*)
+
+#endif

@@ -1,0 +1,105 @@
+#include "yumio/WorkerThreads.h"
+
+#include <csignal>
+
+#include <QTimer>
+
+#include "yumio/YumIO.h"
+
+void CollectThread::run()
+{
+    result = yumIO->collectReal(repoEnable);
+    loop.exit(0);
+}
+
+void ClearEntriesThread::run()
+{
+    yumIO->clearEntriesReal();
+    loop.exit(0);
+}
+
+void CollectFileListsThread::run()
+{
+    result = yumIO->collectFileListsReal();
+    loop.exit(0);
+}
+
+void CollectOtherDataThread::run()
+{
+    result = yumIO->collectOtherDataReal();
+    loop.exit(0);
+}
+
+void ApplyThread::run()
+{
+    result = yumIO->applyReal();
+    loop.exit(0);
+}
+
+void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
+{
+    FlagScope flag(working);
+    blocker.prepare();
+    PyThreadStateWrapper released;
+    thread.start(QThread::HighPriority);
+    sigset_t childSignal;
+    sigset_t before;
+    sigemptyset(&childSignal);
+    sigaddset(&childSignal, SIGCHLD);
+    sigprocmask(SIG_BLOCK, &childSignal, &before);
+    // Fires inside the loop only: the worker must neither end the loop nor ask it anything before it runs.
+    QTimer::singleShot(0, this, SLOT(blockerRelease()));
+    loop.exec();
+    // Whatever else has ended the loop (the application's own end, say): the worker is never left alone with
+    // its requests, and the operation never cut off.
+    while (!thread.isFinished() && !thread.wait(10)) {
+        loop.processEvents();
+    }
+    thread.wait();
+    loop.processEvents(QEventLoop::ExcludeUserInputEvents);
+    {
+        PyGILStateWrapper lock(true);
+        setEnablePythonSIGINTHandler(false);
+    }
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+}
+
+bool YumIO::collect(const QHash<QString, bool>& repoEnable)
+{
+    FlagScope flag(rebuilding);
+    QEventLoop loop;
+    CollectThread thread(this, loop, repoEnable);
+    execWorkThread(loop, thread);
+    return thread.result;
+}
+
+void YumIO::clearEntries()
+{
+    FlagScope clearingFlag(clearing);
+    FlagScope rebuildingFlag(rebuilding);
+    QEventLoop loop;
+    ClearEntriesThread thread(this, loop);
+    execWorkThread(loop, thread);
+}
+
+bool YumIO::collectFileLists()
+{
+    if (fileListsLoaded) {
+        return true;
+    }
+    QEventLoop loop;
+    CollectFileListsThread thread(this, loop);
+    execWorkThread(loop, thread);
+    return thread.result;
+}
+
+bool YumIO::collectOtherData()
+{
+    if (otherDataLoaded) {
+        return true;
+    }
+    QEventLoop loop;
+    CollectOtherDataThread thread(this, loop);
+    execWorkThread(loop, thread);
+    return thread.result;
+}

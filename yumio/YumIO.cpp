@@ -1,0 +1,258 @@
+#include "yumio/YumIO.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <QFile>
+
+#include "app/base/Program.h"
+#include "app/base/Share.h"
+#include "python/YumIOC.h"
+#include "services/YumIOCapturers.h"
+#include "services/YumIODialogs.h"
+#include "yumio/DateTime.h"
+
+namespace {
+
+class File
+{
+public:
+    explicit File(const QString& path) : file(std::fopen(QFile::encodeName(path).constData(), "re")) {}
+    ~File()
+    {
+        if (file != nullptr) {
+            std::fclose(file);
+        }
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    FILE* get() const { return file; }
+
+private:
+    FILE* file;
+};
+
+} // namespace
+
+YumIO::YumIO()
+    : clearing(false), working(false), rebuilding(false), exceptLogStart(-1), fileListsLoaded(false),
+      otherDataLoaded(false), dialogs(nullptr), parent(nullptr), totalBar(nullptr), itemBar(nullptr),
+      progress(nullptr), capturers(nullptr), locked(false), rpmDict(nullptr), yumIOClass(nullptr),
+      readingCount(0), readingMax(1), classes{}, terminal(nullptr), phase(Idle), transactionRan(false),
+      stderrKind(Log::Error), stderrLevel(0), threadCount(0), threadsMax(0), dnfVersionLooked(false),
+      savedSigchld()
+{
+    qRegisterMetaType<Package::Entry*>("Package::Entry*");
+    clearApply();
+    const int descriptor = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (descriptor >= 0) {
+        terminal = fdopen(descriptor, "w");
+        if (terminal == nullptr) {
+            close(descriptor);
+        }
+    }
+}
+
+YumIO::~YumIO()
+{
+    if (terminal != nullptr) {
+        std::fclose(terminal);
+    }
+    if (Python::initialized) {
+        PyGILStateWrapper lock(true);
+        if (locked) {
+            ExceptScope scope(*this, {classes[LockError]});
+            const PyRef result(pyMethodCall(yumIO.get(), "unlock", "()"));
+            if (pyExceptMatches(result.get(), classes[LockError])) {
+                pythonException(tr("Unable to release yum lock"));
+            }
+        }
+        // What the script says while its objects go is still heard.
+        repos = PyRef();
+        base = PyRef();
+        yumIO = PyRef();
+        py("sys.stdout = sys.__stdout__\nsys.stderr = sys.__stderr__\n");
+    }
+    delete dialogs;
+}
+
+void YumIO::setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item)
+{
+    parent = parentWidget;
+    totalBar = total;
+    itemBar = item;
+    dialogs = new YumIODialogs(parentWidget);
+}
+
+bool YumIO::internalError(const QString& text)
+{
+    if (PyErr_Occurred() != nullptr) {
+        handleException();
+    }
+    error(text);
+    return false;
+}
+
+bool YumIO::initialize()
+{
+    if (!yumIO) {
+        YumIOC::initialize(this);
+    }
+    if (!Python::initialize()) {
+        return false;
+    }
+    if (yumIO) {
+        return true;
+    }
+    PyGILStateWrapper lock(true);
+    if (!DateTime::import()) {
+        return internalError(tr("Internal error: cannot import python datetime"));
+    }
+
+    const PyRef arguments(Py_BuildValue("[ss]", program, "info"));
+    pyAssign("sys", "argv", arguments.get());
+    const PyRef rpmModule(PyImport_ImportModule("rpm"));
+    if (!rpmModule) {
+        return internalError(tr("Internal error: cannot find python rpm module"));
+    }
+    rpmDict = PyModule_GetDict(rpmModule.get());
+    if (rpmDict == nullptr) {
+        return internalError(tr("Internal error: cannot find python rpm dict"));
+    }
+    setEnablePythonSIGINTHandler(false);
+
+    {
+        const File script(Share::absolute(QStringLiteral("python/YumIO.py")));
+        if (script.get() == nullptr) {
+            return internalError(tr("Internal error: unable to open YumIO.py"));
+        }
+        const PyRef result(PyRun_File(script.get(), "YumIO.py", Py_file_input, main_dict, main_dict));
+        if (!result) {
+            return internalError(tr("Internal error: unable to execute YumIO.py"));
+        }
+    }
+    yumIOClass = pyValue("__main__", "YumIO");
+    if (yumIOClass == nullptr) {
+        return internalError(tr("Internal error: cannot find python YumIO"));
+    }
+    {
+        ExceptScope scope(*this, {PyExc_SystemExit});
+        yumIO = PyRef(pyCall("YumIO", "()"));
+        if (pyExceptMatches(yumIO.get(), PyExc_SystemExit)) {
+            pythonException(tr("Unable to initialize"));
+            return false;
+        }
+        if (!yumIO) {
+            return internalError(tr("Internal error: cannot create python yumIO"));
+        }
+    }
+    base = PyRef(PyObject_GetAttrString(yumIO.get(), "base"));
+    if (!base) {
+        return internalError(tr("Internal error: yumIO.base not evaluable"));
+    }
+    static const struct
+    {
+        Class slot;
+        const char* name;
+    } lookups[] = {
+        {BdbQuit, "bdb.BdbQuit"},
+        {DnfError, "dnf.exceptions.Error"},
+        {MiscError, "dnf.exceptions.MiscError"},
+        {RepoError, "dnf.exceptions.RepoError"},
+        {LockError, "dnf.exceptions.LockError"},
+        {DeltaPayload, "dnf.drpm.DeltaPayload"},
+        {MDPayload, "dnf.repo.MDPayload"},
+        {RPMPayload, "dnf.repo.RPMPayload"},
+    };
+    for (const auto& lookup : lookups) {
+        classes[lookup.slot] = pyLookup(lookup.name, false);
+    }
+    return true;
+}
+
+void YumIO::reset()
+{
+    PyGILStateWrapper lock(true);
+    const PyRef result(pyMethodCall(yumIO.get(), "reset", "()"));
+}
+
+void YumIO::deleteEntries()
+{
+    qDeleteAll(entryIndex);
+    entries.clear();
+    actionEntries.clear();
+    entryIndex.clear();
+    bestByName.clear();
+    biArchs.clear();
+    biArchByArch.clear();
+    sharedTexts.clear();
+}
+
+void YumIO::clearEntriesReal()
+{
+    blocker.block();
+    PyGILStateWrapper lock(true);
+    for (Package::Entry* first : qAsConst(entryIndex)) {
+        for (Package::Entry* entry = first; entry != nullptr; entry = entry->next) {
+            Py_CLEAR(entry->pyObject);
+        }
+    }
+    deleteEntries();
+}
+
+void YumIO::clearEntriesBeforeQuit()
+{
+    FlagScope flag(clearing);
+    for (Package::Entry* first : qAsConst(entryIndex)) {
+        for (Package::Entry* entry = first; entry != nullptr; entry = entry->next) {
+            entry->pyObject = nullptr;
+        }
+    }
+    deleteEntries();
+}
+
+void YumIO::blockerRelease()
+{
+    blocker.release();
+}
+
+QString YumIO::getState(const Package::Entry& entry) const
+{
+    switch (entry.state) {
+    case Package::Updatable:
+        return tr("Available for update");
+    case Package::Available:
+        return tr("Available for installation");
+    case Package::Installed:
+        return tr("Installed");
+    }
+    return QString();
+}
+
+QString YumIO::getKind(const Package::Entry& entry) const
+{
+    switch (entry.kind) {
+    case Package::Suite:
+        return tr("Suite of packages");
+    case Package::Group:
+        return tr("Group of packages");
+    case Package::Ordinary:
+        return tr("Ordinary package");
+    }
+    return QString();
+}
+
+YumIO::EntryKey::EntryKey(bool ofGroup, QString ofName, QString ofArch)
+    : group(ofGroup), name(std::move(ofName)), arch(std::move(ofArch))
+{
+}
+
+uint qHash(const YumIO::EntryKey& key)
+{
+    return qHash(key.name) * 2 + qHash(key.arch) * 4 + (key.group ? 1 : 0);
+}
+
+uint qHash(const YumIO::EntryKey& key, uint seed)
+{
+    return qHash(key) ^ seed;
+}

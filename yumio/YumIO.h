@@ -1,0 +1,458 @@
+// The package back end: drives the package manager through the script in the embedded interpreter, and owns
+// the package records, the log and every operation on the package manager.
+//
+// Lives on the graphical thread; the main window owns it. Every long operation has two halves: the public one
+// runs on the graphical thread, which then waits in a nested event loop and keeps the windows painted, while
+// the other half (ending in Real) runs on a worker thread. One worker runs at a time. Whoever touches a
+// Python object holds the interpreter lock: the graphical thread does so always except while it waits for a
+// worker.
+//
+// Nothing here throws. A failure is reported to the user in a dialog and in the log, and the result is false,
+// empty or null.
+
+#ifndef YUMIO_YUMIO_H
+#define YUMIO_YUMIO_H
+
+#include <Python.h>
+
+#include "python/PyRef.h"
+#include "python/Python.h"
+#include "python/YumIOCTarget.h"
+#include "services/CapturedOutput.h"
+#include "services/Log.h"
+#include "yumio/Package.h"
+
+#include <QHash>
+#include <QMutex>
+#include <QObject>
+#include <QSet>
+#include <QStringList>
+
+#include <csignal>
+#include <cstdio>
+
+class HProgressBar;
+class QEventLoop;
+class QThread;
+class QWidget;
+class YumIOCapturers;
+class YumIODialogs;
+namespace Progress {
+class Object;
+}
+
+class YumIO : public QObject, private Python, public YumIOCTarget, public CapturedOutput
+{
+    Q_OBJECT
+
+public:
+    // Under which the records are found: groups and packages may have the same name.
+    class EntryKey
+    {
+    public:
+        EntryKey(bool ofGroup, QString ofName, QString ofArch);
+
+        bool operator==(const EntryKey& other) const
+        {
+            return group == other.group && name == other.name && arch == other.arch;
+        }
+
+        bool group;
+        QString name;
+        QString arch; // the bi-arch class; empty for a group
+    };
+
+    YumIO();
+    ~YumIO() override;
+
+    // To be called once, before anything else. None of the three passes into the back end's ownership.
+    void setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item);
+
+    // Starts the interpreter and the script; a second call does nothing. False: reported, and of no use.
+    bool initialize();
+
+    // --- Collection. The records are valid from a successful collect() to the next clearEntries().
+
+    // repoEnable tells for each repository identifier whether it is used; identifiers that are not configured
+    // are ignored.
+    bool collect(const QHash<QString, bool>& repoEnable);
+    // Makes the script forget its packages and read the configuration anew.
+    void reset();
+    void clearEntries();
+    // At the program's end: the interpreter is not used again, so the references are abandoned.
+    void clearEntriesBeforeQuit();
+
+    // Whether a worker runs.
+    bool isWorking() const { return working; }
+
+    // The records by position; none while they are being rebuilt.
+    int count() const { return rebuilding ? 0 : entries.count(); }
+    Package::Entry* operator[](int row) const { return entries.at(row); }
+
+    // --- Extra data. Each loads at most once; true when loaded.
+
+    bool collectFileLists();
+    bool collectOtherData();
+    bool haveFileLists() const { return fileListsLoaded; }
+    bool haveOtherData() const { return otherDataLoaded; }
+
+    // --- Applying
+
+    // Resolves, shows, confirms and runs what the records' actions ask for. True when the user confirmed and
+    // the package manager reported no failure.
+    bool apply();
+    // Whether the last apply() came as far as changing the system, whatever its result.
+    bool systemChanged() const { return transactionRan; }
+
+    // Each removes files from the package manager's cache.
+    bool cleanDbcache();
+    bool cleanPackages();
+    bool cleanMetadata();
+    bool cleanAll();
+
+    // --- Texts of one record. Empty when there is nothing to tell.
+
+    QString getName(const Package::Entry& entry) const { return entry.name; }
+    QString getVerRel(const Package::Entry& entry) const { return entry.verRel; }
+    QString getRepo(const Package::Entry& entry) const { return entry.repo; }
+    QString getArch(const Package::Entry& entry) const { return entry.arch; }
+    QString getSize(const Package::Entry& entry) const { return entry.sizeText; }
+    QString getSummary(const Package::Entry& entry) const { return entry.summary; }
+    QString getBuildTime(const Package::Entry& entry) const { return entry.buildTimeText; }
+    QString getState(const Package::Entry& entry) const;
+    QString getKind(const Package::Entry& entry) const;
+    QString getDescription(const Package::Entry& entry);
+    QString getGroup(const Package::Entry& entry);
+    QString getVendor(const Package::Entry& entry);
+    QString getBuildHost(const Package::Entry& entry);
+    QString getInstallTime(const Package::Entry& entry);
+    QString getBinaryRpm(const Package::Entry& entry);
+    QString getSourceRpm(const Package::Entry& entry);
+    QString getLicense(const Package::Entry& entry);
+    QString getPackager(const Package::Entry& entry);
+    QString getUrl(const Package::Entry& entry);
+    // One path a line; may run a worker.
+    QString getFiles(const Package::Entry& entry);
+    QString getChangeLog(const Package::Entry& entry);
+    // One dependency a line.
+    QString getProvides(const Package::Entry& entry);
+    QString getRequires(const Package::Entry& entry);
+    QString getRequiresPre(const Package::Entry& entry);
+    QString getConflicts(const Package::Entry& entry);
+    QString getObsoletes(const Package::Entry& entry);
+    QString getRecommends(const Package::Entry& entry);
+    QString getSuggests(const Package::Entry& entry);
+    QString getSupplements(const Package::Entry& entry);
+    QString getEnhances(const Package::Entry& entry);
+    // One package a line; for groups.
+    QString getMandatoryPkgs(const Package::Entry& entry);
+    QString getDefaultPkgs(const Package::Entry& entry);
+    QString getOptionalPkgs(const Package::Entry& entry);
+    QString getConditionalPkgs(const Package::Entry& entry);
+    QString getRelocations(const Package::Entry& entry);
+
+    // The value of a variable of the package manager's configuration, such as "basearch".
+    QString getYumVar(QString variable);
+    QString dnfVersionStr();
+    // As 10000 * first + 100 * second + third part; 0 when it is not known.
+    quint64 dnfVersion();
+
+    // --- Log and messages, from any thread
+
+    Log::EntryList& logEntries() { return logList; }
+    // An error mark inside the text begins a line of its own; each line becomes an entry.
+    void log(Log::Kind kind, unsigned int level, const QString& text);
+    // Both log the text and show it in a dialog, and return when the user has closed that.
+    void error(const QString& text) override;
+    void warning(const QString& text);
+    void stdoutCapturedWrite(const QString& text) override;
+    void stderrCapturedWrite(const QString& text) override;
+
+    // --- What the script calls; see YumIOCTarget. Worker thread, or the graphical one while no worker runs.
+
+    PyObject* stdoutWrite(PyObject* module, PyObject* args) override;
+    PyObject* stderrWrite(PyObject* module, PyObject* args) override;
+    PyObject* log(PyObject* module, PyObject* args) override;
+    PyObject* errorlog(PyObject* module, PyObject* args) override;
+    PyObject* downloadStart(PyObject* module, PyObject* args) override;
+    PyObject* downloadProgress(PyObject* module, PyObject* args) override;
+    PyObject* downloadMessage(PyObject* module, PyObject* args) override;
+    PyObject* downloadEnd(PyObject* module, PyObject* args) override;
+    PyObject* userconfirm(PyObject* module, PyObject* args) override;
+    PyObject* reportDownloadSize(PyObject* module, PyObject* args) override;
+    PyObject* reportRemoveSize(PyObject* module, PyObject* args) override;
+    PyObject* listTransaction(PyObject* module, PyObject* args) override;
+    PyObject* downloadRemotePayloads(PyObject* module, PyObject* args) override;
+    PyObject* rpmtransInit(PyObject* module, PyObject* args) override;
+    PyObject* rpmtransDel(PyObject* module, PyObject* args) override;
+    PyObject* rpmtransProgress(PyObject* module, PyObject* args) override;
+    PyObject* rpmtransScriptout(PyObject* module, PyObject* args) override;
+    PyObject* postTransactionOutput(PyObject* module, PyObject* args) override;
+    PyObject* gpgsigcheck(PyObject* module, PyObject* args) override;
+
+public Q_SLOTS:
+    // Lets the worker that has just been started go on; called from inside the loop that waits for it.
+    void blockerRelease();
+
+Q_SIGNALS:
+    void collectedExtraData();
+
+private:
+    friend class CollectThread;
+    friend class ClearEntriesThread;
+    friend class CollectFileListsThread;
+    friend class CollectOtherDataThread;
+    friend class ApplyThread;
+    // Tests reach the operations that have no caller of their own outside.
+    friend class YumIOProbe;
+
+    // Sets a flag for a scope.
+    class FlagScope
+    {
+    public:
+        explicit FlagScope(bool& theFlag) : flag(theFlag) { flag = true; }
+        ~FlagScope() { flag = false; }
+        FlagScope(const FlagScope&) = delete;
+        FlagScope& operator=(const FlagScope&) = delete;
+
+    private:
+        bool& flag;
+    };
+
+    // Holds a worker back until the loop that it will end is running.
+    class Blocker
+    {
+    public:
+        void prepare() { mutex.lock(); }
+        void release() { mutex.unlock(); }
+        // Waits until released.
+        void block()
+        {
+            mutex.lock();
+            mutex.unlock();
+        }
+
+    private:
+        QMutex mutex;
+    };
+
+    // What is being done, for the callbacks that mean different things then.
+    enum Phase : quint32 { Idle = 0, Collecting = 1, Applying = 2 };
+
+    // Sets the phase back on every way out of an operation.
+    class PhaseScope
+    {
+    public:
+        explicit PhaseScope(quint32& thePhase) : phase(thePhase) {}
+        ~PhaseScope() { phase = Idle; }
+        PhaseScope(const PhaseScope&) = delete;
+        PhaseScope& operator=(const PhaseScope&) = delete;
+
+    private:
+        quint32& phase;
+    };
+
+    using EntryIndex = QHash<EntryKey, Package::Entry*>;
+    using GroupCheck = bool (YumIO::*)(const Package::Entry& group, const Package::Entry& pkg);
+
+    // Start
+    bool internalError(const QString& text);
+
+    // Worker threads
+    void execWorkThread(QEventLoop& loop, QThread& thread);
+    bool collectReal(const QHash<QString, bool>& repoEnable);
+    void clearEntriesReal();
+    bool collectFileListsReal();
+    bool collectOtherDataReal();
+    bool applyReal();
+
+    // Collection
+    void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
+    QStringList collectRepos(PyObject* reposDict);
+    bool collectField(EntryIndex& index, PyObject* all, const char* field, Package::State state);
+    bool collectSet(EntryIndex& index, PyObject* set, Package::State state);
+    // The name and the architecture are the package's own: whoever looks for its key has read them already.
+    void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
+                    const QString& arch);
+    bool collectGroups(EntryIndex& index, PyObject* groups);
+    void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup);
+    bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
+                      const char* method, const QString& what, bool& loaded);
+    QString shared(const QString& text);
+    void deleteEntries();
+
+    // Details
+    QString getRelDepList(PyObject* pkg, const char* attr);
+    QString getRelDepList(const Package::Entry& entry, const char* attr);
+    QString getGroupPkgs(const Package::Entry& entry, const char* item);
+    QString getRpmList(PyObject* pkg, const char* tag);
+    PyObject* getRpmHdrValue(PyObject* pkg, const char* tag); // new reference or null
+    static const char* decodePrcoFlags(const char* flags);
+    static QString makeSorted(QStringList& list);
+    static QString makeSortedUniq(QStringList& list);
+    bool upToDateGroup(const Package::Entry& entry);
+    bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
+    QString textOf(const Package::Entry& entry, const char* attr);
+
+    // Applying
+    bool applyGroups();
+    bool applyGrpPkgs(const Package::Entry& group, const char* listName, GroupCheck check);
+    bool applyGrpChkRemove(const Package::Entry& group, const Package::Entry& pkg);
+    bool applyGrpChkInsUpd(const Package::Entry& group, const Package::Entry& pkg);
+    bool applyGrpConflict(const Package::Entry& group, const Package::Entry& pkg);
+    PyObject* getGroupItem(const Package::Entry& group, const char* attr); // new reference or null
+    Package::Entry* findPackage(const QString& name);
+    Package::Entry* findPackage(const QString& name, const QString& arch);
+    Package::Kind getPkgKind(PyObject* pkg);
+    void listItem(PyObject* item, QString& dependencies);
+    void weighItem(PyObject* item, long action);
+    void clearApply();
+    bool cleanType(const QString& label, const char* method);
+
+    // Progress of transactions
+    PyObject* stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending);
+    void appendLines(Log::Kind kind, unsigned int level, const QString& text);
+    void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
+    PyObject* badArguments(const char* text);
+    PyObject* badPhase(const char* text);
+    bool payloadText(PyObject* payload, const char* function, QString& text, quint64& size);
+    void tsDownloadStart();
+    void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);
+    void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
+    void collectProgress(const QString& repository, quint64 total, quint64 done);
+    void collectEnd();
+    bool verifyLocalPkg(PyObject* pkg);
+    bool isInstance(PyObject* object, PyObject* type);
+
+    // Values. The object is borrowed, except by the operations whose names end in Dec, which release it.
+    QString pyString(PyObject* object);
+    QString pyStringDec(PyObject* object);
+    QString pyStringX(PyObject* object);
+    QString pyStringXDec(PyObject* object);
+    int pyLongDec(PyObject* object);
+    QString pyMappingString(PyObject* object, const char* key);
+    PyObject* pyDictGetItem(PyObject* object, const QString& key); // borrowed reference or null
+    quint64 pyTime(PyObject* object);
+    quint64 pyTimeDec(PyObject* object);
+    QString pyDate(PyObject* object);
+    const char* pyDescribe(PyObject* object);
+    QString simpleString(PyObject* object, const char* attr);
+    PyObject* findRelation(PyObject* sequence, const char* name); // new reference or null
+    static Package::Entry* installedEntry(Package::Entry* entry);
+    PyObject* attribute(PyObject* object, const char* name); // new reference or null, no exception left
+    QString getVerRel(PyObject* pkg);
+    QString getVerRelTxitem(PyObject* item);
+    QString getBiArch(const QString& arch);
+    quint64 sizeOf(PyObject* pkg);
+    QString bytesFormat(unsigned long long bytes);
+    quint64 buildTimeOf(PyObject* pkg);
+    static const char* dateFormat(long time);
+    static const char* timeFormat(long time);
+    QString txitemFormat(PyObject* item);
+    QString txitemRepoFormat(PyObject* item);
+    quint64 splitVersion(const QString& text);
+
+    // Errors
+    void error(const char* text) override;
+    void warning(const char* text) override;
+    void pythonException(const QString& text);
+    void pythonExceptionV(const QString& text);
+    void showExceptionLog(const QString& text);
+    void pyExceptExpect(PyObject* type) override;
+    void pyExceptClear() override;
+    void exceptionExpected() override;
+    void commExceptSetup();
+    bool commExceptRaised(PyObject* result, const QString& what);
+    bool sigchldDisable();
+    void sigchldRestore();
+    bool reapChildren();
+
+    Package::EntryList entries;
+    QList<Package::Entry*> actionEntries; // the marked ones among entries, which owns them
+    EntryIndex entryIndex;
+    QString basearch;
+    QHash<QString, Package::Entry*> bestByName;
+    QSet<QString> biArchs;
+    QHash<QString, QString> biArchByArch; // what the script answered
+    QSet<QString> sharedTexts;            // one copy of each text that thousands of records have
+    bool clearing;
+    bool working;
+    bool rebuilding; // a worker changes the list of records; the graphical thread keeps away from it
+    Log::EntryList logList;
+    int exceptLogStart; // where in the log the output of an expected exception begins; -1: none is expected
+    bool fileListsLoaded;
+    bool otherDataLoaded;
+    YumIODialogs* dialogs;
+    QWidget* parent;
+    HProgressBar* totalBar;
+    HProgressBar* itemBar;
+    Progress::Object* progress; // null between operations
+    YumIOCapturers* capturers;
+    bool locked;
+    PyObject* rpmDict;    // borrowed
+    PyObject* yumIOClass; // borrowed
+    PyRef yumIO;
+    PyRef base;
+    PyRef repos;
+    QStringList enabledRepos;
+    QString readingName; // what is being read from the repositories
+    quint32 readingCount;
+    QString readingRepo;
+    int readingMax;
+
+    // Exception and payload classes, borrowed; two are kept empty.
+    enum Class {
+        BdbQuit,
+        DnfError,
+        MiscError,
+        RepoError,
+        OtherRepoError,
+        LockError,
+        MetadataError,
+        DeltaPayload,
+        MDPayload,
+        RPMPayload,
+        ClassCount
+    };
+    PyObject* classes[ClassCount];
+    FILE* terminal; // the process's standard error, however the script's is redirected
+    Blocker blocker;
+
+    quint32 phase;
+    QString txText;
+    bool txListed;
+    bool txApplied;
+    bool transactionRan;
+    quint64 cachedSize;
+    quint64 downloadSize;
+    quint64 downloadWeight;
+    quint64 rpmWeight;
+    quint32 downloadSteps;
+
+    QString stdoutPending;
+    QString stderrPending;
+    QString stdoutCapturedPending;
+    QString stderrCapturedPending;
+    Log::Kind stderrKind;
+    unsigned int stderrLevel;
+    quint64 actCounter;
+    bool testRun;
+    qint64 lastTsDone;
+    qint64 lastAction;
+    quint64 remoteWeight;
+    quint32 remoteCount;
+    bool downloading;
+    quint32 threadCount;
+    quint64 threadsMax;
+    quint32 nextSlot;
+    QHash<QString, quint32> payloadSlots;
+
+    bool dnfVersionLooked;
+    QString dnfVersionText;
+    struct sigaction savedSigchld;
+};
+
+uint qHash(const YumIO::EntryKey& key);
+uint qHash(const YumIO::EntryKey& key, uint seed);
+
+#endif

@@ -1,0 +1,526 @@
+// Applying the chosen actions as one transaction, and cleaning the caches. The transaction runs on a worker
+// thread, and so does everything that the script calls back here.
+
+#include "yumio/YumIO.h"
+
+#include <unistd.h>
+
+#include <QEventLoop>
+
+#include "services/Progress.h"
+#include "services/YumIOCapturers.h"
+#include "services/YumIODialogs.h"
+#include "yumio/Transaction.h"
+#include "yumio/WorkerThreads.h"
+
+using Transaction::atLeast;
+
+bool YumIO::apply()
+{
+    actionEntries.clear();
+    for (Package::Entry* entry : qAsConst(entries)) {
+        entry->txAction = Package::None;
+        entry->local = false;
+        if (entry->action != Package::None) {
+            actionEntries.append(entry);
+        }
+    }
+    transactionRan = false;
+    QEventLoop loop;
+    ApplyThread thread(this, loop);
+    execWorkThread(loop, thread);
+    return thread.result;
+}
+
+void YumIO::clearApply()
+{
+    txText.clear();
+    txListed = false;
+    txApplied = false;
+    cachedSize = 0;
+    downloadSize = 0;
+    downloadWeight = 0;
+    rpmWeight = 0;
+    downloadSteps = 0;
+    actCounter = 0;
+    testRun = false;
+    lastTsDone = -1;
+    lastAction = 0;
+    remoteWeight = 0;
+    remoteCount = 0;
+    downloading = false;
+    nextSlot = 0;
+    payloadSlots.clear();
+}
+
+bool YumIO::applyReal()
+{
+    blocker.block();
+    Progress::User progressUser(progress, totalBar, itemBar);
+    YumIODialogsUser dialogsUser(dialogs, parent);
+    log(Log::Action, 0, tr("Applying"));
+    if (geteuid() != 0) {
+        error(tr("Must be run as root to apply changes"));
+        return false;
+    }
+    PyGILStateWrapper lock(true);
+    PhaseScope phaseScope(phase);
+    progress->startTotal(tr("Checking Dependencies: Total Progress"), 1);
+    progress->startItem(tr("Resolve Dependencies"), 1, 1);
+    phase = Applying;
+    clearApply();
+
+    const PyRef installs(PyList_New(0));
+    const PyRef updates(PyList_New(0));
+    const PyRef removes(PyList_New(0));
+    const PyRef groupInstalls(PyList_New(0));
+    const PyRef groupUpdates(PyList_New(0));
+    const PyRef groupRemoves(PyList_New(0));
+    if (!installs || !updates || !removes || !groupInstalls || !groupUpdates || !groupRemoves) {
+        return internalError(tr("Internal error: python exception occurred from C code."));
+    }
+
+    for (Package::Entry* entry : qAsConst(actionEntries)) {
+        entry->txAction = entry->action;
+        entry->local = false;
+    }
+    if (!applyGroups()) {
+        return false;
+    }
+
+    const auto append = [this](const PyRef& list, PyObject* object, const QString& failure,
+                               const QString& name) {
+        if (object != nullptr && PyList_Append(list.get(), object) == 0) {
+            return true;
+        }
+        PyErr_Clear();
+        error(failure.arg(name));
+        return false;
+    };
+    for (Package::Entry* entry : qAsConst(actionEntries)) {
+        const bool group = entry->kind == Package::Group;
+        switch (entry->txAction) {
+        case Package::Update:
+            if (group) {
+                if (!append(groupUpdates, entry->pyObject, tr("Unable to add group %1 to grp_updates list"),
+                            entry->name)) {
+                    return false;
+                }
+                break;
+            }
+            if (entry->next == nullptr) {
+                error(tr("Unable to find installed version for package update %1").arg(entry->name));
+                return false;
+            }
+            for (Package::Entry* old = entry->next; old != nullptr; old = old->next) {
+                const PyRef pair(PyList_New(0));
+                if (!append(pair, entry->pyObject,
+                            tr("Unable to add new package to pair for updated package %1"), entry->name) ||
+                    !append(pair, old->pyObject,
+                            tr("Unable to add old package to pair for updated package %1"), entry->name) ||
+                    !append(updates, pair.get(), tr("Unable to add package %1 to updates list"),
+                            entry->name)) {
+                    return false;
+                }
+            }
+            break;
+        case Package::Install:
+            if (group ? !append(groupInstalls, entry->pyObject,
+                                tr("Unable to add group %1 to grp_installs list"), entry->name)
+                      : !append(installs, entry->pyObject, tr("Unable to add package %1 to installs list"),
+                                entry->name)) {
+                return false;
+            }
+            break;
+        case Package::Remove:
+            if (group) {
+                if (!append(groupRemoves, entry->pyObject, tr("Unable to add group %1 to grp_removes list"),
+                            entry->name)) {
+                    return false;
+                }
+                break;
+            }
+            for (Package::Entry* old = installedEntry(entry); old != nullptr; old = old->next) {
+                if (!append(removes, old->pyObject, tr("Unable to add package %1 to removes list"),
+                            entry->name)) {
+                    return false;
+                }
+            }
+            break;
+        case Package::None:
+            break;
+        }
+    }
+    if (!reapChildren()) {
+        progress->reset();
+        return false;
+    }
+    {
+        YumIOCapturersUser capturersUser(capturers, this);
+        const bool restorable = sigchldDisable();
+        {
+            ExceptScope scope(*this);
+            commExceptSetup();
+            const PyRef result(pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(),
+                                            updates.get(), removes.get(), groupInstalls.get(),
+                                            groupUpdates.get(), groupRemoves.get()));
+            // An exception that is not among the known ones has been reported already.
+            if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
+                txApplied = false;
+            }
+        }
+        if (restorable) {
+            sigchldRestore();
+        }
+    }
+    progress->reset();
+    return txApplied;
+}
+
+bool YumIO::applyGroups()
+{
+    for (const Package::Entry* entry : qAsConst(actionEntries)) {
+        if (entry->kind != Package::Group) {
+            continue;
+        }
+        if (entry->txAction == Package::Remove) {
+            for (const char* list :
+                 {"mandatory_packages", "default_packages", "optional_packages", "conditional_packages"}) {
+                if (!applyGrpPkgs(*entry, list, &YumIO::applyGrpChkInsUpd)) {
+                    return false;
+                }
+            }
+        } else if (entry->txAction == Package::Update || entry->txAction == Package::Install) {
+            for (const char* list : {"mandatory_packages", "default_packages"}) {
+                if (!applyGrpPkgs(*entry, list, &YumIO::applyGrpChkRemove)) {
+                    return false;
+                }
+            }
+        }
+    }
+    return true;
+}
+
+bool YumIO::applyGrpPkgs(const Package::Entry& group, const char* listName, GroupCheck check)
+{
+    const PyRef list(getGroupItem(group, listName));
+    const PyRef iterator(list ? PyObject_GetIter(list.get()) : nullptr);
+    bool accepted = true;
+    while (iterator && accepted) {
+        const PyRef pkg(PyIter_Next(iterator.get()));
+        if (!pkg) {
+            break;
+        }
+        const Package::Entry* found = findPackage(pyStringDec(attribute(pkg.get(), "name")));
+        accepted = found == nullptr || (this->*check)(group, *found);
+    }
+    PyErr_Clear();
+    return accepted;
+}
+
+bool YumIO::applyGrpChkRemove(const Package::Entry& group, const Package::Entry& pkg)
+{
+    return pkg.txAction != Package::Remove || applyGrpConflict(group, pkg);
+}
+
+bool YumIO::applyGrpChkInsUpd(const Package::Entry& group, const Package::Entry& pkg)
+{
+    return (pkg.txAction != Package::Update && pkg.txAction != Package::Install) ||
+           applyGrpConflict(group, pkg);
+}
+
+bool YumIO::applyGrpConflict(const Package::Entry& group, const Package::Entry& pkg)
+{
+    Package::Action implied = Package::None;
+    switch (pkg.state) {
+    case Package::Updatable:
+        implied = Package::Update;
+        break;
+    case Package::Available:
+        implied = Package::Install;
+        break;
+    case Package::Installed:
+        implied = Package::Remove;
+        break;
+    default:
+        error(tr("Internal error: applyGrpConflict unexpected package state\n"));
+        return false;
+    }
+    const auto word = [](Package::Action action) {
+        switch (action) {
+        case Package::Update:
+            return tr("Update");
+        case Package::Install:
+            return tr("Install");
+        case Package::Remove:
+            return tr("Remove");
+        default:
+            return tr("ERROR");
+        }
+    };
+    const QString text =
+        tr("Package %1 is included in group %2 which was marked for %3, so the package would be marked for "
+           "%4.\n"
+           "But the package also was marked individually for %5.\nDo you wish to proceed?")
+            .arg(pkg.name, group.name, word(group.txAction), word(implied), word(pkg.txAction));
+    return dialogs->critical(tr("Apply"), text, tr("Yes"), tr("No"), QString(), 1, 1) == 0;
+}
+
+PyObject* YumIO::getGroupItem(const Package::Entry& group, const char* attr)
+{
+    PyObject* item = attribute(group.pyObject, attr);
+    if (item == nullptr) {
+        error(tr("Internal error: group %1.%2 not evaluable").arg(group.name, QLatin1String(attr)));
+    }
+    return item;
+}
+
+Package::Entry* YumIO::findPackage(const QString& name)
+{
+    const QString native = getBiArch(basearch);
+    if (Package::Entry* found = entryIndex.value(EntryKey(false, name, native))) {
+        return found;
+    }
+    for (const QString& biArch : qAsConst(biArchs)) {
+        if (biArch != native) {
+            if (Package::Entry* found = entryIndex.value(EntryKey(false, name, biArch))) {
+                return found;
+            }
+        }
+    }
+    return nullptr;
+}
+
+Package::Entry* YumIO::findPackage(const QString& name, const QString& arch)
+{
+    return entryIndex.value(EntryKey(false, name, getBiArch(arch)));
+}
+
+Package::Kind YumIO::getPkgKind(PyObject* pkg)
+{
+    const PyRef group(attribute(pkg, "group"));
+    return group && PyUnicode_Check(group.get()) &&
+                   PyUnicode_CompareWithASCIIString(group.get(), "Suite") == 0
+               ? Package::Suite
+               : Package::Ordinary;
+}
+
+PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
+{
+    PyObject* transaction = nullptr;
+    PyObject* items = nullptr;
+    if (PyArg_ParseTuple(args, "OO", &transaction, &items) == 0) {
+        return nullptr;
+    }
+    const PyRef iterator(PyObject_GetIter(items));
+    if (!iterator) {
+        return nullptr;
+    }
+    txText = tr("Transaction to be performed:\n");
+    txListed = true;
+    QString dependencies;
+    for (;;) {
+        const PyRef item(PyIter_Next(iterator.get()));
+        if (!item) {
+            break;
+        }
+        listItem(item.get(), dependencies);
+    }
+    if (PyErr_Occurred() != nullptr) {
+        return nullptr;
+    }
+    if (!dependencies.isEmpty()) {
+        txText += tr("Performing the following to resolve dependencies:\n") + dependencies;
+    }
+    Py_RETURN_NONE;
+}
+
+void YumIO::listItem(PyObject* item, QString& dependencies)
+{
+    const long action = pyLongDec(attribute(item, "action"));
+    const long reason = pyLongDec(attribute(item, "reason"));
+    switch (action) {
+    case Transaction::Install:
+        if (reason == Transaction::Group) {
+            dependencies += tr("\tInstall (group): %1\n").arg(txitemRepoFormat(item));
+        } else if (reason == Transaction::WeakDependency) {
+            dependencies += tr("\tInstall (weak): %1\n").arg(txitemRepoFormat(item));
+        } else if (reason == Transaction::Dependency) {
+            dependencies += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
+        } else {
+            txText += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
+        }
+        break;
+    case Transaction::Downgrade:
+        txText += tr("\tDowngrade: %1\n").arg(txitemRepoFormat(item));
+        break;
+    case Transaction::Obsoleted:
+        dependencies += tr("\tObsoleting: %1\n").arg(txitemFormat(item));
+        break;
+    case Transaction::Upgrade:
+        txText += tr("\tUpgrade: %1\n").arg(txitemRepoFormat(item));
+        break;
+    case Transaction::Remove:
+        if (reason == Transaction::Dependency) {
+            dependencies += tr("\tRemove: %1\n").arg(txitemFormat(item));
+        } else if (reason == Transaction::Clean) {
+            dependencies += tr("\tRemove (unused): %1\n").arg(txitemFormat(item));
+        } else {
+            txText += tr("\tRemove: %1\n").arg(txitemFormat(item));
+        }
+        break;
+    case Transaction::Reinstall:
+        txText += tr("\tReinstall: %1\n").arg(txitemRepoFormat(item));
+        break;
+    default:
+        break;
+    }
+    weighItem(item, action);
+}
+
+void YumIO::weighItem(PyObject* item, long action)
+{
+    const QString name = pyStringDec(attribute(item, "name"));
+    const QString arch = pyStringDec(attribute(item, "arch"));
+    Package::Entry* entry = findPackage(name, arch);
+    if (entry == nullptr) {
+        error(tr("Internal error: listTransaction: unable to find package entry for %1.%2").arg(name, arch));
+        return;
+    }
+    switch (action) {
+    case Transaction::Install:
+    case Transaction::Downgrade:
+    case Transaction::Upgrade:
+    case Transaction::Reinstall:
+        entry->local = verifyLocalPkg(entry->pyObject);
+        (entry->local ? cachedSize : downloadSize) += entry->size;
+        downloadWeight += atLeast(entry->size);
+        rpmWeight += atLeast(3 * entry->size);
+        if (entry->txAction == Package::None) {
+            entry->txAction = action == Transaction::Install ? Package::Install : Package::Update;
+        }
+        break;
+    case Transaction::Obsolete:
+        rpmWeight += atLeast(3 * entry->size);
+        break;
+    case Transaction::Obsoleted:
+        if (const Package::Entry* old = installedEntry(entry)) {
+            rpmWeight += atLeast(old->size);
+        }
+        break;
+    case Transaction::Downgraded:
+    case Transaction::Upgraded:
+    case Transaction::Reinstalled:
+        if (const Package::Entry* old = installedEntry(entry)) {
+            rpmWeight += atLeast(old->size / 5);
+        }
+        break;
+    case Transaction::Remove: {
+        const QString verRel = getVerRelTxitem(item);
+        for (const Package::Entry* old = installedEntry(entry); old != nullptr; old = old->next) {
+            if (old->verRel == verRel) {
+                rpmWeight += atLeast(old->size);
+                break;
+            }
+        }
+        if (entry->txAction == Package::None) {
+            entry->txAction = Package::Remove;
+        }
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+PyObject* YumIO::reportDownloadSize(PyObject*, PyObject* args)
+{
+    PyObject* packages = nullptr;
+    if (PyArg_ParseTuple(args, "O", &packages) == 0) {
+        return nullptr;
+    }
+    const PyRef iterator(PyObject_GetIter(packages));
+    if (!iterator) {
+        return nullptr;
+    }
+    quint64 installedSize = 0;
+    for (;;) {
+        const PyRef package(PyIter_Next(iterator.get()));
+        if (!package) {
+            break;
+        }
+        installedSize += static_cast<quint32>(pyLongDec(attribute(package.get(), "installsize")));
+    }
+    if (PyErr_Occurred() != nullptr) {
+        return nullptr;
+    }
+    txText += QLatin1String("\n") + tr("Cached size: %1\n").arg(bytesFormat(cachedSize)) +
+              tr("Total download size: %1\n").arg(bytesFormat(downloadSize)) +
+              tr("Installed size: %1\n").arg(bytesFormat(installedSize));
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::reportRemoveSize(PyObject*, PyObject* args)
+{
+    PyObject* unused = nullptr;
+    if (PyArg_ParseTuple(args, "O", &unused) == 0) {
+        return nullptr;
+    }
+    txText += tr("No downloads; only removals\n");
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::userconfirm(PyObject*, PyObject*)
+{
+    if (progress != nullptr) {
+        progress->reset();
+    }
+    nextSlot = 0;
+    const bool yes =
+        (txListed ? dialogs->confirm(tr("Apply"), txText, QStringLiteral("OK"), QStringLiteral("Cancel"))
+                  : dialogs->confirm(tr("Query"), txText, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
+    if (txListed) {
+        log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));
+        txApplied = yes;
+        if (yes && progress != nullptr) {
+            downloadSteps = downloadWeight != 0 ? Transaction::downloadSteps : 0;
+            progress->startTotal(tr("Running Transaction: Total Progress"),
+                                 downloadSteps + Transaction::runSteps);
+            progress->startItem(tr("Preparing"), 100, 1);
+        }
+    } else {
+        log(Log::Action, 0, yes ? tr("Confirmation: Yes") : tr("Confirmation: No"));
+    }
+    txText.clear();
+    txListed = false;
+    return PyLong_FromLong(yes ? 1 : 0);
+}
+
+bool YumIO::cleanType(const QString& label, const char* method)
+{
+    log(Log::Action, 0, tr("Cleaning %1").arg(label));
+    PyGILStateWrapper lock(true);
+    ExceptScope scope(*this);
+    const PyRef result(pyMethodCall(yumIO.get(), method, "()"));
+    return result ? true : internalError(tr("Internal error: cannot clean %1").arg(label));
+}
+
+bool YumIO::cleanDbcache()
+{
+    return cleanType(tr("dbcache"), "cleanDbcache");
+}
+
+bool YumIO::cleanPackages()
+{
+    return cleanType(tr("Packages"), "cleanPackages");
+}
+
+bool YumIO::cleanMetadata()
+{
+    return cleanType(tr("Metadata"), "cleanMetadata");
+}
+
+bool YumIO::cleanAll()
+{
+    return cleanType(tr("All"), "cleanAll");
+}

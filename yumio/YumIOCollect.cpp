@@ -1,0 +1,314 @@
+// The collection of packages and groups, on a worker thread.
+
+#include "yumio/YumIO.h"
+
+#include "services/Progress.h"
+#include "services/YumIOCapturers.h"
+#include "services/YumIODialogs.h"
+
+bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
+{
+    blocker.block();
+    Progress::User progressUser(progress, totalBar, itemBar);
+    YumIODialogsUser dialogsUser(dialogs, parent);
+    log(Log::Action, 0, tr("Initialization"));
+    PyGILStateWrapper lock(true);
+    PhaseScope phaseScope(phase);
+
+    // Whatever a package object answers later, it answers from what this collection has read.
+    fileListsLoaded = true;
+    otherDataLoaded = true;
+
+    progress->startTotal(tr("Initializing: Total Progress"), 18000);
+    progress->startItem(tr("Preparing"), 100, 1);
+    if (!locked) {
+        ExceptScope scope(*this, {classes[LockError]});
+        const PyRef result(pyMethodCall(yumIO.get(), "lock", "()"));
+        if (pyExceptMatches(result.get(), classes[LockError])) {
+            pythonException(tr("Unable to obtain yum lock"));
+        }
+        if (!result) {
+            progress->reset();
+            return false;
+        }
+        locked = true;
+    }
+
+    repos = PyRef(PyObject_GetAttrString(base.get(), "repos"));
+    if (!repos) {
+        return internalError(tr("Internal error: yumIO.base.repos not evaluable"));
+    }
+    if (!PyDict_Check(repos.get())) {
+        return internalError(tr("Internal error: yumIO.base.repos not a dictionary"));
+    }
+    useRepos(base.get(), repoEnable);
+    phase = Collecting;
+    enabledRepos = collectRepos(repos.get());
+    readingName = tr("contents");
+    readingCount = 0;
+    readingRepo.clear();
+    if (PyDict_Size(repos.get()) == 0) {
+        error(tr(
+            "No repositories are configured.\nUnder the Repositories menu, Edit Configuration can be used to "
+            "configure repositories."));
+        return false;
+    }
+    if (enabledRepos.isEmpty()) {
+        error(
+            tr("No repositories are enabled.\nUnder the Repositories menu, Edit Configuration can be used to "
+               "configure repositories."));
+        return false;
+    }
+
+    progress->startItem(tr("Reading repositories"), 900, 1);
+    progress->setupItemActs(14000, enabledRepos.count());
+    {
+        ExceptScope scope(*this, {classes[RepoError], classes[BdbQuit]});
+        const PyRef result(pyMethodCall(yumIO.get(), "setupRepos", "()"));
+        if (pyExceptMatches(result.get(), classes[RepoError]) ||
+            pyExceptMatches(result.get(), classes[BdbQuit])) {
+            pythonExceptionV(tr("Unable to initialize"));
+        }
+        if (!result) {
+            progress->reset();
+            return false;
+        }
+    }
+    progress->endItemActs();
+    basearch = getYumVar(QStringLiteral("basearch"));
+
+    // Calls a method of the script whose failures are explained to the user.
+    const auto collected = [this](const char* method, const QString& what, bool capture) {
+        ExceptScope scope(*this);
+        commExceptSetup();
+        PyRef result;
+        if (capture) {
+            YumIOCapturersUser capturersUser(capturers, this);
+            result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
+        } else {
+            result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
+        }
+        if (!result) {
+            if (!commExceptRaised(nullptr, what)) {
+                internalError(tr("Internal error: execution of yumIO.%1 failed").arg(QLatin1String(method)));
+            }
+            progress->reset();
+        }
+        return result;
+    };
+
+    progress->startItem(tr("Collecting updatable packages"), 1000, 1);
+    {
+        const PyRef updates = collected("collectUpdates", tr("collect updatable packages"), true);
+        if (!updates || !collectSet(entryIndex, updates.get(), Package::Updatable)) {
+            return false;
+        }
+    }
+    progress->startItem(tr("Collecting installed and available packages"), 1000, 1);
+    {
+        const PyRef all = collected("collectAll", tr("collect installed and available packages"), true);
+        if (!all || !collectField(entryIndex, all.get(), "installed", Package::Installed) ||
+            !collectField(entryIndex, all.get(), "available", Package::Available)) {
+            return false;
+        }
+    }
+    phase = Idle;
+    progress->startItem(tr("Collecting groups"), 1000, 1);
+    {
+        const PyRef groups = collected("collectGroups", tr("collect groups"), false);
+        if (!groups) {
+            return false;
+        }
+        if (!collectGroups(entryIndex, groups.get())) {
+            progress->reset();
+            return false;
+        }
+    }
+    const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
+    entries.reserve(entryIndex.count());
+    for (Package::Entry* entry : qAsConst(entryIndex)) {
+        entries.append(entry);
+    }
+    return true;
+}
+
+void YumIO::useRepos(PyObject*, const QHash<QString, bool>& repoEnable)
+{
+    for (auto i = repoEnable.constBegin(); i != repoEnable.constEnd(); ++i) {
+        if (pyDictGetItem(repos.get(), i.key()) == nullptr) {
+            continue;
+        }
+        ExceptScope scope(*this, {classes[RepoError]});
+        const PyRef result(pyMethodCall(yumIO.get(), i.value() ? "enableRepo" : "disableRepo", "(s)",
+                                        i.key().toUtf8().constData()));
+        if (pyExceptMatches(result.get(), classes[RepoError])) {
+            warning(tr("unable to setup repository %1:\n%2").arg(i.key(), pyStringDec(pyExceptValuef())));
+        }
+    }
+}
+
+QStringList YumIO::collectRepos(PyObject* reposDict)
+{
+    QStringList enabled;
+    PyObject* id = nullptr;
+    PyObject* repo = nullptr;
+    Py_ssize_t position = 0;
+    while (PyDict_Next(reposDict, &position, &id, &repo)) {
+        const PyRef flag(attribute(repo, "enabled"));
+        if (flag && PyLong_Check(flag.get()) && PyObject_IsTrue(flag.get()) == 1) {
+            enabled.append(pyString(id));
+        }
+    }
+    return enabled;
+}
+
+bool YumIO::collectField(EntryIndex& index, PyObject* all, const char* field, Package::State state)
+{
+    const PyRef set(PyObject_GetAttrString(all, field));
+    if (!set) {
+        return internalError(tr("Internal error: yumIO.collectAll.%1 not found").arg(QLatin1String(field)));
+    }
+    return collectSet(index, set.get(), state);
+}
+
+QString YumIO::shared(const QString& text)
+{
+    return *sharedTexts.insert(text);
+}
+
+bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
+{
+    const PyRef iterator(PyObject_GetIter(set));
+    if (!iterator) {
+        return internalError(tr("Internal error: the packages are not iterable"));
+    }
+    // A hint only: it saves the index from growing again and again.
+    const Py_ssize_t hint = PyObject_LengthHint(set, 0);
+    if (hint > 0) {
+        index.reserve(index.count() + static_cast<int>(hint));
+        bestByName.reserve(bestByName.count() + static_cast<int>(hint));
+    }
+    PyErr_Clear();
+    for (;;) {
+        const PyRef pkg(PyIter_Next(iterator.get()));
+        if (!pkg) {
+            break;
+        }
+        const QString name = pyStringDec(attribute(pkg.get(), "name"));
+        const QString arch = shared(pyStringDec(attribute(pkg.get(), "arch")));
+        const QString biArch = getBiArch(arch);
+        const EntryKey key(false, name, biArch);
+        const auto existing = index.constFind(key);
+        if (existing != index.constEnd()) {
+            if (state == Package::Installed) {
+                Package::Entry* last = existing.value();
+                while (last->next != nullptr) {
+                    last = last->next;
+                }
+                collectPkg(last->next, state, pkg.get(), name, arch);
+            }
+            continue;
+        }
+        Package::Entry*& entry = index[key];
+        collectPkg(entry, state, pkg.get(), name, arch);
+        biArchs.insert(biArch);
+
+        Package::Entry*& best = bestByName[name];
+        if (best == nullptr) {
+            best = entry;
+            continue;
+        }
+        const PyRef better(
+            pyMethodCall(yumIO.get(), "isBetterThan", "(O,O)", best->pyObject, entry->pyObject));
+        if (better.get() == Py_True) {
+            entry->duplicate = true;
+        } else {
+            best->duplicate = true;
+            best = entry;
+        }
+    }
+    if (PyErr_Occurred() != nullptr) {
+        return internalError(tr("Internal error: the packages cannot be walked"));
+    }
+    return true;
+}
+
+void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
+                       const QString& arch)
+{
+    auto* entry = new Package::Entry;
+    slot = entry;
+    Py_INCREF(pkg);
+    entry->pyObject = pkg;
+    entry->action = Package::None;
+    entry->state = state;
+    entry->kind = getPkgKind(pkg);
+    entry->name = name;
+    entry->verRel = getVerRel(pkg);
+    entry->repo = shared(pyStringDec(attribute(pkg, "repoid")));
+    entry->arch = arch;
+    entry->biArch = getBiArch(arch);
+    entry->size = sizeOf(pkg);
+    entry->sizeText = bytesFormat(entry->size);
+    entry->summary = pyStringDec(attribute(pkg, "summary"));
+    entry->buildTime = buildTimeOf(pkg);
+    entry->buildTimeText = QString::fromLatin1(timeFormat(static_cast<long>(entry->buildTime)));
+}
+
+bool YumIO::collectGroups(EntryIndex& index, PyObject* groups)
+{
+    const PyRef history(PyObject_GetAttrString(base.get(), "history"));
+    if (!history) {
+        return internalError(tr("Internal error: yumIO.base.history not evaluable"));
+    }
+    const PyRef historyGroup(PyObject_GetAttrString(history.get(), "group"));
+    if (!historyGroup) {
+        return internalError(tr("Internal error: yumIO.base.history.group not evaluable"));
+    }
+    const PyRef iterator(PyObject_GetIter(groups));
+    if (!iterator) {
+        return internalError(tr("Internal error: the groups are not iterable"));
+    }
+    for (;;) {
+        const PyRef group(PyIter_Next(iterator.get()));
+        if (!group) {
+            break;
+        }
+        const PyRef visible(attribute(group.get(), "uservisible"));
+        if (!visible || PyObject_IsTrue(visible.get()) != 1) {
+            PyErr_Clear();
+            continue;
+        }
+        const PyRef name(attribute(group.get(), "name"));
+        if (!name) {
+            return internalError(tr("Internal error: group without name"));
+        }
+        const QString text = pyString(name.get());
+        const EntryKey key(true, text, QString());
+        if (!index.contains(key)) {
+            collectGroup(index[key], group.get(), text, historyGroup.get());
+        }
+    }
+    if (PyErr_Occurred() != nullptr) {
+        return internalError(tr("Internal error: the groups cannot be walked"));
+    }
+    return true;
+}
+
+void YumIO::collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup)
+{
+    auto* entry = new Package::Entry;
+    slot = entry;
+    Py_INCREF(group);
+    entry->pyObject = group;
+    entry->action = Package::None;
+    entry->kind = Package::Group;
+    entry->name = name;
+    const PyRef installed(
+        pyMethodCall(historyGroup, "get", "(s)", pyStringDec(attribute(group, "id")).toUtf8().constData()));
+    if (installed && installed.get() != Py_None) {
+        entry->state = Package::Installed;
+    } else {
+        entry->state = upToDateGroup(*entry) ? Package::Available : Package::Updatable;
+    }
+}

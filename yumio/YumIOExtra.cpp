@@ -1,0 +1,416 @@
+// Extra data and the details of one package. All of it runs on the graphical thread, but for the halves that
+// end in Real.
+
+#include "yumio/YumIO.h"
+
+#include <algorithm>
+
+#include "services/Progress.h"
+#include "services/YumIOCapturers.h"
+#include "services/YumIODialogs.h"
+
+bool YumIO::collectFileListsReal()
+{
+    return collectExtra(tr("Collecting File Lists"), tr("file lists"),
+                        tr("Loading file lists: Total Progress"), "collectFileLists", tr("collect filelists"),
+                        fileListsLoaded);
+}
+
+bool YumIO::collectOtherDataReal()
+{
+    return collectExtra(tr("Collecting Miscellaneous data"), tr("miscellaneous data"),
+                        tr("Loading miscellaneous data: Total Progress"), "collectOtherData",
+                        tr("collect miscellaneous data"), otherDataLoaded);
+}
+
+bool YumIO::collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
+                         const char* method, const QString& what, bool& loaded)
+{
+    blocker.block();
+    Progress::User progressUser(progress, totalBar, itemBar);
+    YumIODialogsUser dialogsUser(dialogs, parent);
+    log(Log::Action, 0, heading);
+    readingName = dataName;
+    readingCount = 0;
+    readingRepo.clear();
+    PyGILStateWrapper lock(true);
+    PhaseScope phaseScope(phase);
+    phase = Collecting; // whatever is downloaded now is metadata
+
+    progress->startTotal(totalText, 15000);
+    progress->startItem(tr("Reading repositories"), 1000, 1);
+    progress->setupItemActs(14000, enabledRepos.count());
+    bool raised = false;
+    PyRef result;
+    {
+        ExceptScope scope(*this);
+        commExceptSetup();
+        {
+            YumIOCapturersUser capturersUser(capturers, this);
+            result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
+        }
+        raised = commExceptRaised(result.get(), what);
+    }
+    if (!result) {
+        if (!raised) {
+            internalError(tr("Internal error: execution of yumIO.%1 failed").arg(QLatin1String(method)));
+        }
+        progress->reset();
+        return false;
+    }
+    progress->endItemActs();
+    loaded = true;
+    Q_EMIT collectedExtraData();
+    return true;
+}
+
+QString YumIO::textOf(const Package::Entry& entry, const char* attr)
+{
+    PyGILStateWrapper lock(true);
+    return simpleString(entry.pyObject, attr);
+}
+
+QString YumIO::getDescription(const Package::Entry& entry)
+{
+    return textOf(entry, "description");
+}
+
+QString YumIO::getGroup(const Package::Entry& entry)
+{
+    return textOf(entry, "group");
+}
+
+QString YumIO::getVendor(const Package::Entry& entry)
+{
+    return textOf(entry, "vendor");
+}
+
+QString YumIO::getBuildHost(const Package::Entry& entry)
+{
+    return textOf(entry, "buildhost");
+}
+
+QString YumIO::getInstallTime(const Package::Entry& entry)
+{
+    PyGILStateWrapper lock(true);
+    PyRef time(attribute(entry.pyObject, "installtime"));
+    if (!time || time.get() == Py_None) {
+        return QString();
+    }
+    const quint64 seconds = pyTimeDec(time.release());
+    // A package that is not installed has the time 0.
+    return seconds == 0 ? QString() : QString::fromLatin1(timeFormat(static_cast<long>(seconds)));
+}
+
+QString YumIO::getBinaryRpm(const Package::Entry& entry)
+{
+    {
+        PyGILStateWrapper lock(true);
+        if (PyObject_HasAttrString(entry.pyObject, "relativepath") == 0) {
+            return QString();
+        }
+    }
+    return textOf(entry, "relativepath");
+}
+
+QString YumIO::getSourceRpm(const Package::Entry& entry)
+{
+    return textOf(entry, "sourcerpm");
+}
+
+QString YumIO::getLicense(const Package::Entry& entry)
+{
+    return textOf(entry, "license");
+}
+
+QString YumIO::getPackager(const Package::Entry& entry)
+{
+    return textOf(entry, "packager");
+}
+
+QString YumIO::getUrl(const Package::Entry& entry)
+{
+    return textOf(entry, "url");
+}
+
+QString YumIO::getFiles(const Package::Entry& entry)
+{
+    PyGILStateWrapper lock(true);
+    if (entry.kind == Package::Group || PyObject_HasAttrString(entry.pyObject, "files") == 0) {
+        return QString();
+    }
+    // The worker that loads the lists takes the lock itself.
+    lock.release();
+    const bool loaded = collectFileLists();
+    lock.ensure();
+    if (!loaded) {
+        return QString();
+    }
+    const PyRef files(PyObject_GetAttrString(entry.pyObject, "files"));
+    const PyRef iterator(files ? PyObject_GetIter(files.get()) : nullptr);
+    if (!iterator) {
+        internalError(tr("Internal error: cannot find package's files"));
+        return QString();
+    }
+    QStringList paths;
+    while (PyObject* path = PyIter_Next(iterator.get())) {
+        paths.append(pyStringDec(path));
+    }
+    PyErr_Clear();
+    return makeSortedUniq(paths);
+}
+
+QString YumIO::getChangeLog(const Package::Entry& entry)
+{
+    if (entry.kind == Package::Group) {
+        return QString();
+    }
+    if (!collectOtherData()) {
+        return QString();
+    }
+    PyGILStateWrapper lock(true);
+    const PyRef items(PyObject_GetAttrString(entry.pyObject, "changelogs"));
+    if (items.get() == Py_None) {
+        return QString();
+    }
+    const PyRef iterator(items ? PyObject_GetIter(items.get()) : nullptr);
+    if (!iterator) {
+        internalError(tr("Internal error: cannot find package's changelogs"));
+        return QString();
+    }
+    QString text;
+    for (;;) {
+        const PyRef item(PyIter_Next(iterator.get()));
+        if (!item) {
+            break;
+        }
+        if (!text.isEmpty()) {
+            text += QLatin1String("\n\n");
+        }
+        const PyRef time(PyMapping_GetItemString(item.get(), "timestamp"));
+        text += QLatin1String("* ") + (time ? pyDate(time.get()) : QString()) + QLatin1Char(' ') +
+                pyMappingString(item.get(), "author") + QLatin1Char('\n') +
+                pyMappingString(item.get(), "text");
+    }
+    PyErr_Clear();
+    return text;
+}
+
+QString YumIO::getRelDepList(const Package::Entry& entry, const char* attr)
+{
+    PyGILStateWrapper lock(true);
+    return getRelDepList(entry.pyObject, attr);
+}
+
+QString YumIO::getRelDepList(PyObject* pkg, const char* attr)
+{
+    const PyRef items(PyObject_GetAttrString(pkg, attr));
+    const PyRef iterator(items ? PyObject_GetIter(items.get()) : nullptr);
+    if (!iterator) {
+        internalError(tr("Internal error: cannot find package's %1").arg(QLatin1String(attr)));
+        return QString();
+    }
+    QStringList texts;
+    for (;;) {
+        const PyRef item(PyIter_Next(iterator.get()));
+        if (!item) {
+            break;
+        }
+        texts.append(pyStringDec(PyObject_Str(item.get())));
+    }
+    PyErr_Clear();
+    return makeSorted(texts);
+}
+
+QString YumIO::getProvides(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "provides");
+}
+
+QString YumIO::getRequires(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "requires");
+}
+
+QString YumIO::getRequiresPre(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "requires_pre");
+}
+
+QString YumIO::getConflicts(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "conflicts");
+}
+
+QString YumIO::getObsoletes(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "obsoletes");
+}
+
+QString YumIO::getRecommends(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "recommends");
+}
+
+QString YumIO::getSuggests(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "suggests");
+}
+
+QString YumIO::getSupplements(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "supplements");
+}
+
+QString YumIO::getEnhances(const Package::Entry& entry)
+{
+    return getRelDepList(entry, "enhances");
+}
+
+QString YumIO::getGroupPkgs(const Package::Entry& entry, const char* item)
+{
+    PyGILStateWrapper lock(true);
+    const PyRef list(getGroupItem(entry, item));
+    const PyRef iterator(list ? PyObject_GetIter(list.get()) : nullptr);
+    if (!iterator) {
+        PyErr_Clear();
+        return QString();
+    }
+    QStringList texts;
+    for (;;) {
+        const PyRef pkg(PyIter_Next(iterator.get()));
+        if (!pkg) {
+            break;
+        }
+        texts.append(pyStringDec(PyObject_Str(pkg.get())));
+    }
+    PyErr_Clear();
+    return makeSorted(texts);
+}
+
+QString YumIO::getMandatoryPkgs(const Package::Entry& entry)
+{
+    return getGroupPkgs(entry, "mandatory_packages");
+}
+
+QString YumIO::getDefaultPkgs(const Package::Entry& entry)
+{
+    return getGroupPkgs(entry, "default_packages");
+}
+
+QString YumIO::getOptionalPkgs(const Package::Entry& entry)
+{
+    return getGroupPkgs(entry, "optional_packages");
+}
+
+QString YumIO::getConditionalPkgs(const Package::Entry& entry)
+{
+    return getGroupPkgs(entry, "conditional_packages");
+}
+
+QString YumIO::getRelocations(const Package::Entry& entry)
+{
+    PyGILStateWrapper lock(true);
+    return getRpmList(entry.pyObject, "PREFIXES");
+}
+
+QString YumIO::getRpmList(PyObject* pkg, const char* tag)
+{
+    if (PyObject_HasAttrString(pkg, "hdr") == 0) {
+        return QString();
+    }
+    const PyRef value(getRpmHdrValue(pkg, tag));
+    const PyRef iterator(value && value.get() != Py_None ? PyObject_GetIter(value.get()) : nullptr);
+    QStringList texts;
+    while (iterator) {
+        const PyRef item(PyIter_Next(iterator.get()));
+        if (!item) {
+            break;
+        }
+        texts.append(pyString(item.get()));
+    }
+    PyErr_Clear();
+    return texts.join(QLatin1Char('\n'));
+}
+
+PyObject* YumIO::getRpmHdrValue(PyObject* pkg, const char* tag)
+{
+    const PyRef header(attribute(pkg, "hdr"));
+    if (!header) {
+        error(tr("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
+        return nullptr;
+    }
+    const QByteArray key = QByteArray("RPMTAG_") + tag;
+    PyObject* tagNumber = PyDict_GetItemString(rpmDict, key.constData());
+    if (tagNumber == nullptr) {
+        error(tr("Internal error: cannot find rpm.%1").arg(QString::fromLatin1(key)));
+        return nullptr;
+    }
+    PyObject* value = PyObject_GetItem(header.get(), tagNumber);
+    if (value == nullptr) {
+        PyErr_Clear(); // the header has no such tag
+    }
+    return value;
+}
+
+const char* YumIO::decodePrcoFlags(const char* flags)
+{
+    static const char* const signs[][2] = {{"GT", ">"}, {"GE", ">="}, {"LT", "<"}, {"LE", "<="}, {"EQ", "="}};
+    for (const auto& sign : signs) {
+        if (qstrcmp(flags, sign[0]) == 0) {
+            return sign[1];
+        }
+    }
+    return flags;
+}
+
+QString YumIO::makeSorted(QStringList& list)
+{
+    std::sort(list.begin(), list.end());
+    return list.join(QLatin1Char('\n'));
+}
+
+QString YumIO::makeSortedUniq(QStringList& list)
+{
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
+    return list.join(QLatin1Char('\n'));
+}
+
+QString YumIO::getYumVar(QString variable)
+{
+    PyGILStateWrapper lock(true);
+    const PyRef conf(PyObject_GetAttrString(base.get(), "conf"));
+    if (!conf) {
+        internalError(tr("Internal error: conf not evaluable"));
+        return QString();
+    }
+    PyRef value(PyObject_GetAttrString(conf.get(), variable.toUtf8().constData()));
+    if (!value) {
+        internalError(tr("Internal error: yum var %1 not found").arg(variable));
+        return QString();
+    }
+    return pyStringXDec(value.release());
+}
+
+bool YumIO::upToDateGroup(const Package::Entry& entry)
+{
+    return upToDateGroupPkgs(entry, "mandatory_packages") && upToDateGroupPkgs(entry, "default_packages");
+}
+
+bool YumIO::upToDateGroupPkgs(const Package::Entry& entry, const char* item)
+{
+    const PyRef list(getGroupItem(entry, item));
+    const PyRef iterator(list ? PyObject_GetIter(list.get()) : nullptr);
+    bool upToDate = true;
+    while (iterator && upToDate) {
+        const PyRef pkg(PyIter_Next(iterator.get()));
+        if (!pkg) {
+            break;
+        }
+        const Package::Entry* found = findPackage(pyStringDec(attribute(pkg.get(), "name")));
+        upToDate = found == nullptr || found->state != Package::Updatable;
+    }
+    PyErr_Clear();
+    return upToDate;
+}

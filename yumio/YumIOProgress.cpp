@@ -1,0 +1,550 @@
+// What the script reports while it reads repositories and applies a transaction: output, downloads and the
+// package manager's progress. Called on the worker thread that runs the script, with the interpreter lock
+// held. Between operations there are no bars to move; a report that comes then is logged and nothing more.
+
+#include "yumio/YumIO.h"
+
+#include <QRegularExpression>
+
+#include "services/Progress.h"
+#include "services/YumIODialogs.h"
+#include "yumio/Transaction.h"
+
+using Transaction::atLeast;
+
+PyObject* YumIO::badArguments(const char* text)
+{
+    const PyRef type(PyRef::borrow(PyErr_Occurred()));
+    if (type) {
+        handleException();
+    }
+    error(tr(text));
+    // The script must still see that its call was wrong.
+    PyErr_SetString(type ? type.get() : PyExc_TypeError, text);
+    return nullptr;
+}
+
+PyObject* YumIO::badPhase(const char* text)
+{
+    error(tr(text));
+    PyErr_SetString(PyExc_RuntimeError, text);
+    return nullptr;
+}
+
+PyObject* YumIO::stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending)
+{
+    const char* text = nullptr;
+    if (PyArg_ParseTuple(args, "s", &text) == 0) {
+        return nullptr;
+    }
+    const QString decoded = QString::fromUtf8(text);
+    if (!txListed) {
+        txText += decoded + QLatin1Char('\n');
+    }
+    write(decoded, kind, level, pending);
+    Py_RETURN_NONE;
+}
+
+void YumIO::appendLines(Log::Kind kind, unsigned int level, const QString& text)
+{
+    {
+        QMutexLocker locker(&logList);
+        for (const QString& line : text.split(QLatin1Char('\n'))) {
+            if (!line.isEmpty()) {
+                logList.append(Log::Entry(kind, level, line));
+            }
+        }
+    }
+    logList.emitAppended();
+}
+
+void YumIO::write(const QString& text, Log::Kind kind, unsigned int level, QString& pending)
+{
+    pending += text;
+    const int end = pending.lastIndexOf(QLatin1Char('\n'));
+    if (end < 0) {
+        return;
+    }
+    const QString complete = pending.left(end);
+    pending.remove(0, end + 1);
+    appendLines(kind, level, complete);
+}
+
+PyObject* YumIO::stdoutWrite(PyObject*, PyObject* args)
+{
+    return stdWrite(args, Log::OK, 0, stdoutPending);
+}
+
+PyObject* YumIO::stderrWrite(PyObject*, PyObject* args)
+{
+    return stdWrite(args, stderrKind, stderrLevel, stderrPending);
+}
+
+void YumIO::stdoutCapturedWrite(const QString& text)
+{
+    write(text, Log::OK, 0, stdoutCapturedPending);
+}
+
+void YumIO::stderrCapturedWrite(const QString& text)
+{
+    write(text, Log::Error, 0, stderrCapturedPending);
+}
+
+void YumIO::log(Log::Kind kind, unsigned int level, const QString& text)
+{
+    QString marked = text;
+    marked.replace(QRegularExpression(QStringLiteral(": (\\[Errno [0-9]*\\] )")), QStringLiteral(":\n\\1"));
+    appendLines(kind, level, marked);
+}
+
+PyObject* YumIO::log(PyObject*, PyObject* args)
+{
+    long level = 0;
+    const char* text = nullptr;
+    if (PyArg_ParseTuple(args, "ls", &level, &text) == 0) {
+        return nullptr;
+    }
+    log(Log::Info, static_cast<unsigned int>(level), QString::fromUtf8(text));
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::errorlog(PyObject*, PyObject* args)
+{
+    long level = 0;
+    const char* text = nullptr;
+    if (PyArg_ParseTuple(args, "ls", &level, &text) == 0) {
+        return nullptr;
+    }
+    log(Log::Error, static_cast<unsigned int>(level), QString::fromUtf8(text));
+    Py_RETURN_NONE;
+}
+
+bool YumIO::isInstance(PyObject* object, PyObject* type)
+{
+    if (type == nullptr) {
+        return false;
+    }
+    const int is = PyObject_IsInstance(object, type);
+    if (is < 0) {
+        PyErr_Clear();
+    }
+    return is == 1;
+}
+
+bool YumIO::payloadText(PyObject* payload, const char* function, QString& text, quint64& size)
+{
+    const PyRef description(PyObject_Str(payload));
+    if (!description) {
+        return internalError(
+            tr("Internal error: %1: unable to determine payload __str__").arg(QLatin1String(function)));
+    }
+    text = pyString(description.get());
+    const PyRef bytes(PyObject_GetAttrString(payload, "download_size"));
+    if (!bytes) {
+        return internalError(
+            tr("Internal error: %1: unable to determine payload download_size").arg(QLatin1String(function)));
+    }
+    size = pyTime(bytes.get());
+    return true;
+}
+
+PyObject* YumIO::downloadStart(PyObject*, PyObject* args)
+{
+    long long files = 0;
+    long long bytes = 0;
+    long long deltas = 0;
+    if (PyArg_ParseTuple(args, "LLL", &files, &bytes, &deltas) == 0) {
+        return badArguments(QT_TR_NOOP("Internal error: downloadStart: unable to interpret arguments"));
+    }
+    if (phase == Applying) {
+        tsDownloadStart();
+    } else if (phase != Collecting) {
+        return badPhase(QT_TR_NOOP("Internal error: downloadStart: download at unexpected time"));
+    }
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::downloadProgress(PyObject*, PyObject* args)
+{
+    PyObject* payload = nullptr;
+    double done = 0;
+    if (PyArg_ParseTuple(args, "Od", &payload, &done) == 0) {
+        return badArguments(QT_TR_NOOP("Internal error: downloadProgress: unable to interpret arguments"));
+    }
+    QString text;
+    quint64 size = 0;
+    if (!payloadText(payload, "downloadProgress", text, size)) {
+        Py_RETURN_NONE;
+    }
+    const quint64 bytes = done > 0 ? static_cast<quint64>(done) : 0;
+    if (phase == Applying) {
+        tsDownloadProgress(payload, text, size, bytes);
+    } else if (phase == Collecting) {
+        collectProgress(text, size, bytes);
+    } else {
+        return badPhase(QT_TR_NOOP("Internal error: downloadProgress: download at unexpected time"));
+    }
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::downloadMessage(PyObject*, PyObject* args)
+{
+    PyObject* message = nullptr;
+    if (PyArg_ParseTuple(args, "O", &message) == 0) {
+        return badArguments(QT_TR_NOOP("Internal error: downloadMessage: unable to interpret arguments"));
+    }
+    if (phase == Idle) {
+        return badPhase(QT_TR_NOOP("Internal error: downloadMessage: download at unexpected time"));
+    }
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::downloadEnd(PyObject*, PyObject* args)
+{
+    PyObject* payload = nullptr;
+    PyObject* status = nullptr;
+    PyObject* message = nullptr;
+    if (PyArg_ParseTuple(args, "OOO", &payload, &status, &message) == 0) {
+        return badArguments(QT_TR_NOOP("Internal error: downloadEnd: unable to interpret arguments"));
+    }
+    QString text;
+    quint64 size = 0;
+    if (!payloadText(payload, "downloadEnd", text, size)) {
+        Py_RETURN_NONE;
+    }
+    if (phase == Applying) {
+        // The package manager reports success without a status.
+        tsDownloadEnd(payload, text, size, PyLong_Check(status) ? PyLong_AsLong(status) : 0);
+        if (message != Py_None && PyUnicode_Check(message)) {
+            log(Log::Info, 2, QStringLiteral("%1: %2").arg(text, pyString(message)));
+        }
+    } else if (phase == Collecting) {
+        collectEnd();
+    } else {
+        return badPhase(QT_TR_NOOP("Internal error: downloadEnd: download at unexpected time"));
+    }
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
+{
+    PyObject* payloads = nullptr;
+    if (PyArg_ParseTuple(args, "O", &payloads) == 0) {
+        return nullptr;
+    }
+    const PyRef iterator(PyObject_GetIter(payloads));
+    if (!iterator) {
+        return nullptr;
+    }
+    for (;;) {
+        const PyRef payload(PyIter_Next(iterator.get()));
+        if (!payload) {
+            break;
+        }
+        const PyRef pkg(PyObject_GetAttrString(payload.get(), "pkg"));
+        if (!pkg) {
+            internalError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg"));
+            continue;
+        }
+        const PyRef name(PyObject_GetAttrString(pkg.get(), "name"));
+        if (!name) {
+            internalError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg.name"));
+            continue;
+        }
+        const PyRef arch(PyObject_GetAttrString(pkg.get(), "arch"));
+        if (!arch) {
+            internalError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg.arch"));
+            continue;
+        }
+        const PyRef bytes(PyObject_GetAttrString(payload.get(), "download_size"));
+        if (!bytes) {
+            internalError(
+                tr("Internal error: downloadRemotePayloads: unable to determine payload download_size"));
+            continue;
+        }
+        if (findPackage(pyString(name.get()), pyString(arch.get())) == nullptr) {
+            error(tr("Internal error: downloadRemotePayloads: unable to find package entry for %1.%2")
+                      .arg(pyString(name.get()), pyString(arch.get())));
+            continue;
+        }
+        const quint64 size = pyTime(bytes.get());
+        ++remoteCount;
+        remoteWeight += atLeast(size);
+        if (isInstance(payload.get(), classes[DeltaPayload])) {
+            remoteWeight += atLeast(size / 3);
+        }
+    }
+    if (PyErr_Occurred() != nullptr) {
+        return nullptr;
+    }
+    if (downloadWeight != 0) {
+        downloadSteps = static_cast<quint32>(remoteWeight * Transaction::downloadSteps / downloadWeight);
+    }
+    if (progress != nullptr) {
+        progress->changeTotal(downloadSteps + Transaction::runSteps);
+        progress->setupItemActs(downloadSteps, remoteWeight);
+    }
+    Py_RETURN_NONE;
+}
+
+void YumIO::tsDownloadStart()
+{
+    downloading = true;
+    threadCount = remoteCount;
+    threadsMax = remoteWeight;
+    nextSlot = 0;
+    payloadSlots.clear();
+    const quint64 from = actCounter;
+    actCounter += threadsMax;
+    progress->setupItemActsThreads(tr("Downloading %1 packages").arg(threadCount), from, actCounter,
+                                   threadCount, threadsMax);
+}
+
+void YumIO::tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done)
+{
+    if (!isInstance(payload, classes[MDPayload]) && !isInstance(payload, classes[RPMPayload]) &&
+        !isInstance(payload, classes[DeltaPayload])) {
+        warning(tr("warning: YumIO::tsDownloadProgress saw payload with unexpected type: %1")
+                    .arg(QLatin1String(Py_TYPE(payload)->tp_name)));
+        return;
+    }
+    auto slot = payloadSlots.constFind(text);
+    if (slot == payloadSlots.constEnd()) {
+        slot = payloadSlots.insert(text, nextSlot++);
+        if (slot.value() < threadCount) {
+            progress->startItemActThread(tr("Downloading %1").arg(text), slot.value(), atLeast(size));
+        }
+    }
+    if (slot.value() >= threadCount) {
+        static bool reported = false;
+        if (!reported) {
+            reported = true;
+            warning(tr("error: YumIO::tsDownloadProgress: unexpected thread %1/%2")
+                        .arg(slot.value())
+                        .arg(threadCount));
+        }
+        return;
+    }
+    progress->setItemActsThreadValue(slot.value(), done);
+}
+
+void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status)
+{
+    constexpr long alreadyPresent = 2;
+    if (status == alreadyPresent) {
+        return;
+    }
+    const auto slot = payloadSlots.constFind(text);
+    if (slot == payloadSlots.constEnd() || slot.value() >= threadCount) {
+        payloadSlots.remove(text);
+        return;
+    }
+    const quint32 index = slot.value();
+    payloadSlots.remove(text);
+    if (!isInstance(payload, classes[DeltaPayload])) {
+        progress->setItemActsThreadValue(index, atLeast(size));
+        progress->endItemActThread(index);
+    } else if (status == 0) {
+        // The package is rebuilt from the delta next.
+        progress->setItemActsThreadValue(index, atLeast(size));
+    } else {
+        progress->setItemActsThreadValue(index, atLeast(size) + atLeast(size / 3));
+        progress->endItemActThread(index);
+    }
+}
+
+bool YumIO::verifyLocalPkg(PyObject* pkg)
+{
+    ExceptScope scope(*this, {PyExc_FileNotFoundError, classes[MiscError]});
+    const PyRef result(pyMethodCall(yumIO.get(), "verifyLocalPkg", "(O)", pkg));
+    return result && PyObject_IsTrue(result.get()) == 1;
+}
+
+PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
+{
+    PyObject* test = nullptr;
+    if (PyArg_ParseTuple(args, "O", &test) == 0) {
+        return badArguments(QT_TR_NOOP("Internal error: rpmtransInit: unable to interpret arguments"));
+    }
+    const bool flag = test != Py_False;
+    transactionRan = transactionRan || !flag;
+    if (progress != nullptr) {
+        if (flag || !testRun) {
+            progress->endItemActsThreads();
+            downloading = false;
+            nextSlot = 0;
+            payloadSlots.clear();
+            progress->endItemActs();
+            progress->startItem(tr("Preparing to Run Transaction"), 1000, 1);
+        }
+        if (!flag) {
+            progress->setupItemActs(8000, rpmWeight);
+        }
+    }
+    actCounter = 0;
+    testRun = flag;
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::rpmtransDel(PyObject*, PyObject*)
+{
+    // The object whose end this reports may outlive the operation, held by an exception's traceback.
+    if (!testRun && progress != nullptr) {
+        progress->endItemActs();
+    }
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
+{
+    PyObject* package = nullptr;
+    long action = 0;
+    PyObject* numbers[4] = {};
+    if (PyArg_ParseTuple(args, "OlOOOO", &package, &action, &numbers[0], &numbers[1], &numbers[2],
+                         &numbers[3]) == 0) {
+        return badArguments(QT_TR_NOOP("Internal error: rpmtransProgress: unable to interpret arguments"));
+    }
+    qint64 values[4] = {};
+    for (int i = 0; i < 4; ++i) {
+        if (numbers[i] != Py_None) {
+            values[i] = PyLong_AsLongLong(numbers[i]);
+            if (PyErr_Occurred() != nullptr) {
+                return badArguments(
+                    QT_TR_NOOP("Internal error: rpmtransProgress: unable to interpret arguments"));
+            }
+        }
+    }
+    const qint64 itemDone = values[0];
+    const qint64 itemTotal = values[1];
+    const qint64 tsDone = values[2];
+
+    if (action == Transaction::ReasonChange || action == Transaction::Cleanup ||
+        action == Transaction::Verify) {
+        Py_RETURN_NONE;
+    }
+    if (!(action >= Transaction::Install && action <= Transaction::Reinstalled) &&
+        action != Transaction::Scriptlet && action != Transaction::Preparation &&
+        action != Transaction::Post) {
+        warning(tr("Internal error: YumIO::rpmtransProgress action=%1 not understood; ignoring").arg(action));
+        Py_RETURN_NONE;
+    }
+    if (tsDone == lastTsDone && action == lastAction) {
+        if (progress != nullptr) {
+            progress->setItemValue(static_cast<Steps>(itemDone));
+        }
+        Py_RETURN_NONE;
+    }
+    if (action == Transaction::Preparation || action == Transaction::Post) {
+        warning(tr("Internal error: YumIO::rpmtransProgress interior action=%1 not understood").arg(action));
+        Py_RETURN_NONE;
+    }
+
+    const QString name = pyStringDec(attribute(package, "name"));
+    Package::Entry* entry = findPackage(name, pyStringDec(attribute(package, "arch")));
+    const Package::Entry* old = entry != nullptr ? installedEntry(entry) : nullptr;
+    const quint64 newWeight = atLeast(entry != nullptr ? 3 * entry->size : 0);
+    const quint64 oldSize = old != nullptr ? old->size : 0;
+    QString text;
+    quint64 weight = 0;
+    switch (action) {
+    case Transaction::Install:
+        text = tr("Installing %1");
+        weight = newWeight;
+        break;
+    case Transaction::Downgrade:
+        text = tr("Downgrading %1");
+        weight = newWeight;
+        break;
+    case Transaction::Downgraded:
+        text = tr("Completing downgrade of %1");
+        weight = atLeast(oldSize / 5);
+        break;
+    case Transaction::Obsolete:
+        text = tr("Obsoleting %1");
+        weight = newWeight;
+        break;
+    case Transaction::Obsoleted:
+        text = tr("Obsoleting %1");
+        weight = atLeast(oldSize);
+        break;
+    case Transaction::Upgrade:
+        text = tr("Upgrading %1");
+        weight = newWeight;
+        break;
+    case Transaction::Upgraded:
+        text = tr("Completing upgrade of %1");
+        weight = atLeast(oldSize / 5);
+        break;
+    case Transaction::Remove:
+        text = tr("Removing %1");
+        weight = atLeast(oldSize);
+        break;
+    case Transaction::Reinstall:
+        text = tr("Reinstalling %1");
+        weight = newWeight;
+        break;
+    case Transaction::Reinstalled:
+        text = tr("Completing reinstall of %1");
+        weight = atLeast(oldSize / 5);
+        break;
+    default:
+        text = tr("Executing scriptlet for %1");
+        break;
+    }
+    text = text.arg(name);
+    actCounter += weight;
+    log(Log::Info, 1, text);
+    lastTsDone = tsDone;
+    lastAction = action;
+    if (progress != nullptr) {
+        progress->startItemAct(text, static_cast<Steps>(itemTotal), actCounter);
+        progress->setItemValue(static_cast<Steps>(itemDone));
+    }
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::rpmtransScriptout(PyObject*, PyObject* args)
+{
+    PyObject* text = nullptr;
+    if (PyArg_ParseTuple(args, "O", &text) == 0) {
+        return badArguments(QT_TR_NOOP("Internal error: rpmtransScriptout: unable to interpret arguments"));
+    }
+    if (text != Py_None) {
+        log(Log::OK, 0, pyString(text));
+    }
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::postTransactionOutput(PyObject*, PyObject*)
+{
+    Py_RETURN_NONE;
+}
+
+PyObject* YumIO::gpgsigcheck(PyObject*, PyObject*)
+{
+    txText.clear();
+    Py_RETURN_NONE;
+}
+
+void YumIO::collectProgress(const QString& repository, quint64 total, quint64 done)
+{
+    if (progress == nullptr) {
+        return;
+    }
+    if (repository != readingRepo) {
+        readingRepo = repository;
+        ++readingCount;
+        readingMax = 1;
+        progress->startItemAct(tr("Reading repository metadata for %1").arg(repository), 1, readingCount);
+    } else if (done != 0) {
+        readingMax = static_cast<int>(total);
+        progress->changeItemActSteps(done, total);
+    }
+}
+
+void YumIO::collectEnd()
+{
+    if (progress != nullptr) {
+        progress->setItemValue(static_cast<Steps>(readingMax));
+    }
+}
