@@ -29,6 +29,7 @@
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMenu.h"
+#include "widgets/Metrics.h"
 #include "yumio/YumIO.h"
 
 namespace {
@@ -112,6 +113,13 @@ void MainWindow::createMainArea()
     centralLayout->addWidget(totalBar);
     centralLayout->addWidget(itemBar);
     setCentralWidget(central);
+
+    // There is nothing to choose from before the first collection. The area keeps its place meanwhile, so
+    // that the window neither looks broken nor jumps.
+    QSizePolicy policy = tableArea->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    tableArea->setSizePolicy(policy);
+    tableArea->hide();
 }
 
 QBoxLayout* MainWindow::createFilterRow()
@@ -233,9 +241,14 @@ void MainWindow::setGroups(bool include)
 
 void MainWindow::setVisible(bool visible)
 {
-    QMainWindow::setVisible(visible);
-    if (visible && !scheduled) {
+    const bool first = visible && !scheduled;
+    if (first) {
         scheduled = true;
+        // The table's own hint is decided while it is empty; a useful number of rows is wanted.
+        QWidget::resize(sizeHint().expandedTo(QSize(1000, 700)).boundedTo(Metrics::maxWindowSize()));
+    }
+    QMainWindow::setVisible(visible);
+    if (first) {
         QTimer::singleShot(0, this, SLOT(initialize()));
     }
 }

@@ -139,7 +139,9 @@ bool YumIO::payloadText(PyObject* payload, const char* function, QString& text, 
             tr("Internal error: %1: unable to determine payload __str__").arg(QLatin1String(function)));
     }
     text = pyString(description.get());
-    const PyRef bytes(PyObject_GetAttrString(payload, "download_size"));
+    // The package manager counts the bytes of metadata in floating point.
+    const PyRef number(attribute(payload, "download_size"));
+    const PyRef bytes(number ? PyNumber_Long(number.get()) : nullptr);
     if (!bytes) {
         return internalError(
             tr("Internal error: %1: unable to determine payload download_size").arg(QLatin1String(function)));
@@ -256,7 +258,8 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
             internalError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg.arch"));
             continue;
         }
-        const PyRef bytes(PyObject_GetAttrString(payload.get(), "download_size"));
+        const PyRef number(attribute(payload.get(), "download_size"));
+        const PyRef bytes(number ? PyNumber_Long(number.get()) : nullptr);
         if (!bytes) {
             internalError(
                 tr("Internal error: downloadRemotePayloads: unable to determine payload download_size"));

@@ -76,6 +76,15 @@ std::function<void(QMessageBox*)> click(QMessageBox::StandardButton button)
     return [button](QMessageBox* box) { QTest::mouseClick(box->button(button), Qt::LeftButton); };
 }
 
+// In memory where there is such a place: every file that is truncated and closed may wait for the disk, and
+// these tests do so many thousand times.
+QString scratchTemplate()
+{
+    const QFileInfo memory(QStringLiteral("/dev/shm"));
+    const QString directory = memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
+    return directory + QStringLiteral("/vyre-test-XXXXXX");
+}
+
 QString withErrno(const QString& message, int code)
 {
     return message + QStringLiteral("; errno = %1 (%2).")
@@ -326,7 +335,7 @@ void YumConfIOTest::initTestCase()
 
 void YumConfIOTest::init()
 {
-    root.reset(new QTemporaryDir);
+    root.reset(new QTemporaryDir(scratchTemplate()));
     QVERIFY(root->isValid());
     qputenv("VYREROOT", QFile::encodeName(root->path()));
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum.repos.d")));

@@ -446,7 +446,7 @@ void LogWindowTest::floodOfMessagesIsShownCompletely()
 
 void LogWindowTest::manyEntriesAreShown()
 {
-    const int count = 60000;
+    const int count = 30000;
     for (int i = 0; i < count; ++i) {
         entries->append(Log::Entry(Log::Info, 0, QString("a line of ordinary length, number %1").arg(i)));
     }

@@ -13,16 +13,20 @@ def use_sandbox_database():
     rpm.addMacro("_dbpath", "/var/lib/rpm")
 
 
+def _move_to_root(conf, root, releasever):
+    conf.installroot = root
+    conf.substitutions["releasever"] = releasever
+    for option in ("cachedir", "logdir", "persistdir"):
+        conf.prepend_installroot(option)
+
+
 @contextlib.contextmanager
 def bare_base(root, releasever):
     """A dnf.Base for the root without repositories and without the root's own configuration."""
     use_sandbox_database()
     with dnf.Base() as base:
         conf = base.conf
-        conf.installroot = root
-        for option in ("cachedir", "logdir", "persistdir"):
-            conf.prepend_installroot(option)
-        conf.substitutions["releasever"] = releasever
+        _move_to_root(conf, root, releasever)
         yield base
 
 
@@ -33,10 +37,7 @@ def configured_base(root):
     with dnf.Base() as base:
         conf = base.conf
         conf.read(os.path.join(root, "etc/yum.conf"))
-        conf.installroot = root
-        for option in ("cachedir", "logdir", "persistdir"):
-            conf.prepend_installroot(option)
+        _move_to_root(conf, root, dnf.rpm.detect_releasever(root))
         conf.reposdir = [os.path.join(root, "etc/yum.repos.d")]
-        conf.substitutions["releasever"] = dnf.rpm.detect_releasever(root)
         base.read_all_repos()
         yield base

@@ -32,6 +32,15 @@ def make(directory, busybox="/bin/busybox"):
         raise RuntimeError("%s is not empty" % directory)
     packages = catalogue.packages(busybox)
     sandbox = Sandbox(directory)
+    try:
+        _fill(sandbox, packages)
+    except BaseException:
+        sandbox.remove()
+        raise
+    return sandbox
+
+
+def _fill(sandbox, packages):
     os.makedirs(os.path.join(sandbox.root, os.path.dirname(catalogue.TRUSTED_KEY_FILE).lstrip("/")))
     with tempfile.TemporaryDirectory(prefix="sandbox-rpms-") as work, KeyRing() as keys:
         with ThreadPoolExecutor(1) as pool:
@@ -44,7 +53,6 @@ def make(directory, busybox="/bin/busybox"):
         _make_repositories(sandbox, packages, work)
     _populate_root(sandbox, packages)
     sandbox.write_repository_files()
-    return sandbox
 
 
 def _generate_keys(keys, root):

@@ -1,0 +1,95 @@
+"""An X server with a window manager and, if asked for, an accessibility bus, for the length of a scope.
+
+The server picks a free display by itself, so any number of these run side by side.
+"""
+import os
+import subprocess
+import tempfile
+import time
+
+
+class StartError(Exception):
+    """Something that a test needs did not start."""
+
+
+class VirtualDisplay:
+    """with VirtualDisplay() as environment: run programs in that environment."""
+
+    def __init__(self, accessible=False, size='1280x900'):
+        self.accessible = accessible
+        self.size = size
+        self.started = []
+
+    def __enter__(self):
+        self.scratch = tempfile.TemporaryDirectory(prefix='virtual-display.')
+        self.log = open(os.path.join(self.scratch.name, 'log'), 'w+b')
+        self.environment = dict(os.environ)
+        self.environment.pop('WAYLAND_DISPLAY', None)
+        self.environment.setdefault('XDG_RUNTIME_DIR', self.scratch.name)
+        try:
+            self._start_server()
+            self._start(['openbox', '--sm-disable'])
+            self._wait(['xprop', '-root', '_NET_SUPPORTING_WM_CHECK'], b'window id', 'the window manager')
+            if self.accessible:
+                self._start_accessibility()
+        except BaseException:
+            self.__exit__()
+            raise
+        return self.environment
+
+    def __exit__(self, *_):
+        for process in reversed(self.started):
+            process.terminate()
+            try:
+                process.wait(10)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                process.wait()
+        self.log.close()
+        self.scratch.cleanup()
+
+    def _start(self, command, **arguments):
+        arguments.setdefault('stdout', self.log)
+        process = subprocess.Popen(command, env=self.environment, stdin=subprocess.DEVNULL, stderr=self.log,
+                                   **arguments)
+        self.started.append(process)
+        return process
+
+    def _start_server(self):
+        reading, writing = os.pipe()
+        self._start(['Xvfb', '-displayfd', str(writing), '-screen', '0', self.size + 'x24', '-nolisten', 'tcp',
+                     '-noreset'], pass_fds=[writing])
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            number = answer.readline().strip()
+        if not number:
+            self.log.seek(0)
+            raise StartError('Xvfb did not start:\n' + self.log.read().decode(errors='replace'))
+        self.environment['DISPLAY'] = ':' + number
+
+    def _start_accessibility(self):
+        bus = self._start(['dbus-daemon', '--session', '--nofork', '--print-address=1'], stdout=subprocess.PIPE)
+        address = bus.stdout.readline().decode().strip()
+        if not address:
+            raise StartError('the message bus did not start')
+        self.environment['DBUS_SESSION_BUS_ADDRESS'] = address
+        self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
+        for launcher in ('/usr/libexec/at-spi-bus-launcher', '/usr/lib/at-spi2-core/at-spi-bus-launcher'):
+            if os.path.exists(launcher):
+                self._start([launcher, '--launch-immediately'])
+                break
+        else:
+            raise StartError('there is no at-spi-bus-launcher')
+        # Programs look at this once, when they start.
+        self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
+                    'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',
+                    'variant:boolean:true'], b'method return', 'the accessibility bus')
+
+    def _wait(self, command, expected, what):
+        for _ in range(200):
+            answer = subprocess.run(command, env=self.environment, stdout=subprocess.PIPE,
+                                    stderr=subprocess.DEVNULL)
+            if expected in answer.stdout:
+                return
+            time.sleep(0.05)
+        raise StartError(what + ' did not start')
