@@ -22,6 +22,7 @@ int main(int argc, char** argv)
     DefaultStyle style(argc, argv);
     int status = 0;
     {
+        QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
         QApplication app(argc, argv);
         style.set(app, QStringLiteral("Fusion"));
         QApplication::setWindowIcon(QIcon(Share::absolute(QStringLiteral("pixmaps/vyre.icon.png"))));
