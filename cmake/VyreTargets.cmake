@@ -23,12 +23,13 @@ function(vyre_library name)
     target_link_libraries(${name} PUBLIC vyre_flags ${LIB_LINKS})
 endfunction()
 
-# vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY])
+# vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY] [SANDBOX])
 #
 # Builds <Class>Test from <Class>Test.cpp in the calling folder and registers it. With DISPLAY it runs on an
-# X server and a window manager of its own.
+# X server and a window manager of its own. With SANDBOX the environment variable VYRE_SANDBOX names a made
+# sandbox, to be copied and not to be changed, and the macro SANDBOX_TOOL the tool that does it.
 function(vyre_test class)
-    cmake_parse_arguments(TEST "DISPLAY" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(TEST "DISPLAY;SANDBOX" "" "SOURCES;LINKS" ${ARGN})
     set(target ${class}Test)
     add_executable(${target} ${target}.cpp ${TEST_SOURCES})
     target_link_libraries(${target} PRIVATE vyre_flags ${TEST_LINKS} Qt5::Test)
@@ -40,4 +41,9 @@ function(vyre_test class)
     endif()
     set_tests_properties(${target} PROPERTIES TIMEOUT 300
         ENVIRONMENT "VYRESHARE=${CMAKE_SOURCE_DIR}/share;QT_QPA_PLATFORM=$<IF:$<BOOL:${TEST_DISPLAY}>,xcb,offscreen>;LC_ALL=C.UTF-8;TZ=UTC")
+    if(TEST_SANDBOX)
+        target_compile_definitions(${target} PRIVATE SANDBOX_TOOL="${CMAKE_SOURCE_DIR}/tools/sandbox/sandbox")
+        set_property(TEST ${target} APPEND PROPERTY ENVIRONMENT "VYRE_SANDBOX=${CMAKE_BINARY_DIR}/tests/sandbox")
+        set_tests_properties(${target} PROPERTIES FIXTURES_REQUIRED sandbox)
+    endif()
 endfunction()

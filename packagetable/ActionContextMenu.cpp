@@ -2,6 +2,7 @@
 
 #include "app/base/Share.h"
 #include "packagetable/Model.h"
+#include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
 
 namespace PackageTable {
@@ -90,6 +91,7 @@ void ActionContextMenu::handleAction(Package::Action action)
         model->setAction(clicked, action);
         return;
     }
+    const SortFilterProxyModel::SortPause pause(view->sorted());
     for (const QModelIndex& row : rows) {
         if (permits(model->getState(row.row()), action)) {
             model->setAction(row, action);

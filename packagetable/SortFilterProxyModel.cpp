@@ -1,5 +1,7 @@
 #include "packagetable/SortFilterProxyModel.h"
 
+#include <QScopedValueRollback>
+
 #include "packagetable/Model.h"
 #include "widgets/HAbstractTableModel.h"
 #include "yumio/YumIO.h"
@@ -9,7 +11,8 @@ namespace PackageTable {
 SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                                            QObject* parent)
     : HSortFilterProxyModel(NameColumn, parent), mode(Filter), filtering(true), stateFilter(state),
-      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), regStatus(-1), pattern()
+      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), refiltering(false), regStatus(-1),
+      pattern()
 {
 }
 
@@ -89,7 +92,10 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
     if (expression != filterRegExp()) {
         clearCache();
     }
-    HSortFilterProxyModel::setFilterRegExp(expression);
+    {
+        const QScopedValueRollback<bool> keepVerdicts(refiltering, true);
+        HSortFilterProxyModel::setFilterRegExp(expression);
+    }
     const int rows = source != nullptr ? source->rowCount() : 0;
     for (int row = 0; row < rows; ++row) {
         filterAcceptsRow(row, QModelIndex());
@@ -98,29 +104,44 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
 
 void SortFilterProxyModel::setUpdateListed()
 {
-    // The records first, then one signal: sorted by action, each change alone would move the rows under the
-    // loop.
     const int rows = rowCount();
     for (int row = 0; row < rows; ++row) {
-        Package::Entry* entry = (*yumIO)[mapToSource(index(row, ActionColumn)).row()];
+        const QModelIndex listed = index(row, ActionColumn);
+        Package::Entry* entry = (*yumIO)[mapToSource(listed).row()];
         if (entry->state == Package::Updatable) {
             entry->action = Package::Update;
+            Q_EMIT dataChanged(listed, listed);
         }
-    }
-    if (rows > 0) {
-        Q_EMIT dataChanged(index(0, ActionColumn), index(rows - 1, ActionColumn));
     }
 }
 
 void SortFilterProxyModel::clear()
 {
     clearCache();
+    const QScopedValueRollback<bool> keepVerdicts(refiltering, true);
     HSortFilterProxyModel::clear();
 }
 
 void SortFilterProxyModel::clearCache()
 {
-    verdicts.clear();
+    if (!refiltering) {
+        verdicts.clear();
+    }
+}
+
+SortFilterProxyModel::SortPause::SortPause(SortFilterProxyModel& paused)
+    : proxy(paused), pausing(paused.sortColumn() == ActionColumn && paused.dynamicSortFilter())
+{
+    if (pausing) {
+        proxy.setDynamicSortFilter(false);
+    }
+}
+
+SortFilterProxyModel::SortPause::~SortPause()
+{
+    if (pausing) {
+        proxy.setDynamicSortFilter(true);
+    }
 }
 
 bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex&) const

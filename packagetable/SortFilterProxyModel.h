@@ -49,6 +49,21 @@ public:
     void setUpdateListed();
     void clear();
 
+    // While it exists, a table sorted by action is not sorted anew with every action that changes: it would
+    // take minutes when all rows change.
+    class SortPause
+    {
+    public:
+        explicit SortPause(SortFilterProxyModel& paused);
+        ~SortPause();
+        SortPause(const SortPause&) = delete;
+        SortPause& operator=(const SortPause&) = delete;
+
+    private:
+        SortFilterProxyModel& proxy;
+        bool pausing;
+    };
+
 public Q_SLOTS:
     void clearCache();
 
@@ -70,7 +85,8 @@ private:
     QPointer<YumIO> yumIO;
     HAbstractTableModel* source;
     mutable QHash<const Package::Entry*, bool> verdicts;
-    int regStatus; // 0: the pattern is compiled
+    bool refiltering; // the source model is reset only to have its rows sorted: the verdicts stay right
+    int regStatus;    // 0: the pattern is compiled
     regex_t pattern;
 };
 

@@ -21,12 +21,15 @@ class View : public HTableView
 
 public:
     // Neither model is owned; the proxy's source is the model.
-    View(Model* packages, SortFilterProxyModel* sorted, QWidget* parent = nullptr);
+    View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
 
     // Source indexes.
     QModelIndexList selectedRows() const;
 
+    SortFilterProxyModel& sorted() const { return *proxy; }
+
 public Q_SLOTS:
+    void reset() override;
     // Fits the columns to all records, also those not listed: another filter then cuts nothing off.
     void resizeColumnsToContents();
     void handleHorizontalHeaderClicked(int column);
@@ -42,10 +45,13 @@ Q_SIGNALS:
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void changeEvent(QEvent* event) override;
+    int contentsWidthForColumn(int column) const override;
 
 private:
     Model* model;
     SortFilterProxyModel* proxy;
+    int currentRow;                // as announced last
+    bool fittingRecords;           // columns are fitted to all records, not to the listed ones
     ActionContextMenu* actionMenu; // null until first needed
     OtherContextMenu* otherMenu;   // null until first needed
 };

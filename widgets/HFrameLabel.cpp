@@ -12,6 +12,7 @@ HFrameLabel::HFrameLabel(const QString& text, QWidget* parent, Qt::WindowFlags f
     setAutoFillBackground(true);
     box->setContentsMargins(2, 2, 2, 2);
     label->setAlignment(Qt::AlignCenter);
+    label->setTextFormat(Qt::PlainText);
     box->addWidget(label);
     HFrameLabel::setText(text);
 }

@@ -23,7 +23,8 @@ public:
 
     QString text() const;
 
-    // An empty text makes the label vanish into its surroundings; it keeps its place in the layout.
+    // Plain text, whatever it looks like. An empty one makes the label vanish into its surroundings; it keeps
+    // its place in the layout.
     virtual void setText(const QString& text);
 
     // The palette for the times when there is a text.

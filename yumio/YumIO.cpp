@@ -60,6 +60,7 @@ YumIO::~YumIO()
     }
     if (Python::initialized) {
         PyGILStateWrapper lock(true);
+        py("import sys\nsys.stdout = sys.__stdout__\nsys.stderr = sys.__stderr__\n");
         if (locked) {
             ExceptScope scope(*this, {classes[LockError]});
             const PyRef result(pyMethodCall(yumIO.get(), "unlock", "()"));
@@ -67,11 +68,9 @@ YumIO::~YumIO()
                 pythonException(tr("Unable to release yum lock"));
             }
         }
-        // What the script says while its objects go is still heard.
         repos = PyRef();
         base = PyRef();
         yumIO = PyRef();
-        py("sys.stdout = sys.__stdout__\nsys.stderr = sys.__stderr__\n");
     }
     delete dialogs;
 }
@@ -148,7 +147,9 @@ bool YumIO::initialize()
     }
     base = PyRef(PyObject_GetAttrString(yumIO.get(), "base"));
     if (!base) {
-        return internalError(tr("Internal error: yumIO.base not evaluable"));
+        internalError(tr("Internal error: yumIO.base not evaluable"));
+        yumIO = PyRef(); // there is nothing to work with: another start begins anew
+        return false;
     }
     static const struct
     {

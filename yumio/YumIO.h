@@ -287,7 +287,7 @@ private:
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag); // new reference or null
-    static const char* decodePrcoFlags(const char* flags);
+    static const char* decodePrcoFlags(PyObject* flags); // as long as the object
     static QString makeSorted(QStringList& list);
     static QString makeSortedUniq(QStringList& list);
     bool upToDateGroup(const Package::Entry& entry);
@@ -339,6 +339,7 @@ private:
     QString simpleString(PyObject* object, const char* attr);
     PyObject* findRelation(PyObject* sequence, const char* name); // new reference or null
     static Package::Entry* installedEntry(Package::Entry* entry);
+    static quint64 installedSize(Package::Entry* entry); // 0 when nothing is installed
     PyObject* attribute(PyObject* object, const char* name); // new reference or null, no exception left
     QString getVerRel(PyObject* pkg);
     QString getVerRelTxitem(PyObject* item);
@@ -357,7 +358,8 @@ private:
     void warning(const char* text) override;
     void pythonException(const QString& text);
     void pythonExceptionV(const QString& text);
-    void showExceptionLog(const QString& text);
+    int exceptionLogStart();
+    void showExceptionLog(int start, const QString& text);
     void pyExceptExpect(PyObject* type) override;
     void pyExceptClear() override;
     void exceptionExpected() override;

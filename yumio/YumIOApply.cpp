@@ -49,6 +49,8 @@ void YumIO::clearApply()
     remoteWeight = 0;
     remoteCount = 0;
     downloading = false;
+    threadCount = 0;
+    threadsMax = 0;
     nextSlot = 0;
     payloadSlots.clear();
 }
@@ -155,23 +157,22 @@ bool YumIO::applyReal()
         progress->reset();
         return false;
     }
+    bool restorable = false;
     {
         YumIOCapturersUser capturersUser(capturers, this);
-        const bool restorable = sigchldDisable();
-        {
-            ExceptScope scope(*this);
-            commExceptSetup();
-            const PyRef result(pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(),
-                                            updates.get(), removes.get(), groupInstalls.get(),
-                                            groupUpdates.get(), groupRemoves.get()));
-            // An exception that is not among the known ones has been reported already.
-            if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
-                txApplied = false;
-            }
+        restorable = sigchldDisable();
+        ExceptScope scope(*this);
+        commExceptSetup();
+        const PyRef result(pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(), updates.get(),
+                                        removes.get(), groupInstalls.get(), groupUpdates.get(),
+                                        groupRemoves.get()));
+        // An exception that is not among the known ones has been reported already.
+        if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
+            txApplied = false;
         }
-        if (restorable) {
-            sigchldRestore();
-        }
+    }
+    if (restorable) {
+        sigchldRestore();
     }
     progress->reset();
     return txApplied;
@@ -404,16 +405,12 @@ void YumIO::weighItem(PyObject* item, long action)
         rpmWeight += atLeast(3 * entry->size);
         break;
     case Transaction::Obsoleted:
-        if (const Package::Entry* old = installedEntry(entry)) {
-            rpmWeight += atLeast(old->size);
-        }
+        rpmWeight += atLeast(installedSize(entry));
         break;
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        if (const Package::Entry* old = installedEntry(entry)) {
-            rpmWeight += atLeast(old->size / 5);
-        }
+        rpmWeight += atLeast(installedSize(entry) / 5);
         break;
     case Transaction::Remove: {
         const QString verRel = getVerRelTxitem(item);

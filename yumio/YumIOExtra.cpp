@@ -353,15 +353,20 @@ PyObject* YumIO::getRpmHdrValue(PyObject* pkg, const char* tag)
     return value;
 }
 
-const char* YumIO::decodePrcoFlags(const char* flags)
+const char* YumIO::decodePrcoFlags(PyObject* flags)
 {
     static const char* const signs[][2] = {{"GT", ">"}, {"GE", ">="}, {"LT", "<"}, {"LE", "<="}, {"EQ", "="}};
+    const char* text = PyUnicode_Check(flags) ? PyUnicode_AsUTF8(flags) : nullptr;
+    if (text == nullptr) {
+        PyErr_Clear();
+        return "";
+    }
     for (const auto& sign : signs) {
-        if (qstrcmp(flags, sign[0]) == 0) {
+        if (qstrcmp(text, sign[0]) == 0) {
             return sign[1];
         }
     }
-    return flags;
+    return text;
 }
 
 QString YumIO::makeSorted(QStringList& list)

@@ -92,8 +92,9 @@ void YumIO::stderrCapturedWrite(const QString& text)
 
 void YumIO::log(Log::Kind kind, unsigned int level, const QString& text)
 {
+    static const QRegularExpression errorMark(QStringLiteral(": (\\[Errno [0-9]*\\] )"));
     QString marked = text;
-    marked.replace(QRegularExpression(QStringLiteral(": (\\[Errno [0-9]*\\] )")), QStringLiteral(":\n\\1"));
+    marked.replace(errorMark, QStringLiteral(":\n\\1"));
     appendLines(kind, level, marked);
 }
 
@@ -334,6 +335,7 @@ void YumIO::tsDownloadProgress(PyObject* payload, const QString& text, quint64 s
 void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status)
 {
     constexpr long alreadyPresent = 2;
+    constexpr long mirrorFailed = 3;
     if (status == alreadyPresent) {
         return;
     }
@@ -343,17 +345,20 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
         return;
     }
     const quint32 index = slot.value();
-    payloadSlots.remove(text);
-    if (!isInstance(payload, classes[DeltaPayload])) {
-        progress->setItemActsThreadValue(index, atLeast(size));
-        progress->endItemActThread(index);
-    } else if (status == 0) {
-        // The package is rebuilt from the delta next.
-        progress->setItemActsThreadValue(index, atLeast(size));
-    } else {
-        progress->setItemActsThreadValue(index, atLeast(size) + atLeast(size / 3));
-        progress->endItemActThread(index);
+    if (status == mirrorFailed) {
+        // No end: the same payload comes from the next mirror, in the same slot.
+        progress->retryItemActThread(index);
+        return;
     }
+    const bool delta = isInstance(payload, classes[DeltaPayload]);
+    if (delta && status == 0) {
+        // The package is rebuilt from the delta next, and a second end tells when that is over.
+        progress->setItemActsThreadValue(index, atLeast(size));
+        return;
+    }
+    payloadSlots.remove(text);
+    progress->setItemActsThreadValue(index, atLeast(size) + (delta ? atLeast(size / 3) : 0));
+    progress->endItemActThread(index);
 }
 
 bool YumIO::verifyLocalPkg(PyObject* pkg)
@@ -444,9 +449,8 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
 
     const QString name = pyStringDec(attribute(package, "name"));
     Package::Entry* entry = findPackage(name, pyStringDec(attribute(package, "arch")));
-    const Package::Entry* old = entry != nullptr ? installedEntry(entry) : nullptr;
     const quint64 newWeight = atLeast(entry != nullptr ? 3 * entry->size : 0);
-    const quint64 oldSize = old != nullptr ? old->size : 0;
+    const quint64 oldSize = installedSize(entry);
     QString text;
     quint64 weight = 0;
     switch (action) {

@@ -55,7 +55,8 @@ QString YumIO::pyStringX(PyObject* object)
             return pyString(object);
         }
         if (PyLong_Check(object)) {
-            return pyStringDec(PyObject_Str(object));
+            // Not str(): that of True is a word.
+            return pyStringDec(PyNumber_ToBase(object, 10));
         }
         const bool list = PyList_Check(object);
         if (list || PyTuple_Check(object)) {
@@ -246,6 +247,12 @@ Package::Entry* YumIO::installedEntry(Package::Entry* entry)
     return entry->state == Package::Installed ? entry : entry->next;
 }
 
+quint64 YumIO::installedSize(Package::Entry* entry)
+{
+    const Package::Entry* installed = entry != nullptr ? installedEntry(entry) : nullptr;
+    return installed != nullptr ? installed->size : 0;
+}
+
 namespace {
 
 QString joinVerRel(const QString& epoch, const QString& version, const QString& release)
@@ -362,14 +369,24 @@ quint64 YumIO::buildTimeOf(PyObject* pkg)
     return pyTimeDec(attribute(pkg, "buildtime"));
 }
 
+namespace {
+
+// Weekday, month, day, time of day and year.
+void formatTime(long time, char (&text)[64])
+{
+    const auto seconds = static_cast<time_t>(time);
+    if (ctime_r(&seconds, text) == nullptr) {
+        text[0] = '\0';
+    }
+    text[std::strcspn(text, "\n")] = '\0';
+}
+
+} // namespace
+
 const char* YumIO::timeFormat(long time)
 {
     static char text[64];
-    const auto seconds = static_cast<time_t>(time);
-    if (ctime_r(&seconds, text) == nullptr) {
-        return "";
-    }
-    text[std::strcspn(text, "\n")] = '\0';
+    formatTime(time, text);
     return text;
 }
 
@@ -378,7 +395,7 @@ const char* YumIO::dateFormat(long time)
     static char text[64];
     constexpr size_t timeOfDay = 11;
     constexpr size_t year = 20;
-    std::snprintf(text, sizeof text, "%s", timeFormat(time));
+    formatTime(time, text);
     if (std::strlen(text) > year) {
         std::memmove(text + timeOfDay, text + year, std::strlen(text + year) + 1);
     }
@@ -483,30 +500,30 @@ void YumIO::warning(const char* text)
     warning(QString::fromUtf8(text));
 }
 
+int YumIO::exceptionLogStart()
+{
+    QMutexLocker locker(&logList);
+    return exceptLogStart >= 0 ? exceptLogStart : logList.count();
+}
+
 void YumIO::pythonException(const QString& text)
 {
-    showExceptionLog(text);
+    const int start = exceptionLogStart();
+    showExceptionLog(start, text);
 }
 
 void YumIO::pythonExceptionV(const QString& text)
 {
-    {
-        const PyRef value(pyExceptValuef());
-        log(Log::Error, 0, pyStringX(value.get()));
-    }
-    showExceptionLog(text);
+    const int start = exceptionLogStart();
+    log(Log::Error, 0, pyStringXDec(pyExceptValuef()));
+    showExceptionLog(start, text);
 }
 
-void YumIO::showExceptionLog(const QString& text)
+void YumIO::showExceptionLog(int start, const QString& text)
 {
+    log(Log::Error, 0, text);
     QStringList lines;
     {
-        int start = 0;
-        {
-            QMutexLocker locker(&logList);
-            start = exceptLogStart >= 0 ? exceptLogStart : logList.count();
-        }
-        log(Log::Error, 0, text);
         QMutexLocker locker(&logList);
         for (int i = start; i < logList.count(); ++i) {
             const Log::Entry& entry = logList.at(i);
@@ -559,6 +576,7 @@ void YumIO::commExceptSetup()
 
 bool YumIO::commExceptRaised(PyObject* result, const QString& what)
 {
+    // Tracebacks are printed without being kept in sys: that would keep the objects of the failed call alive.
     const auto raised = [this, result](PyObject* type) {
         return type != nullptr && pyExceptMatches(result, type);
     };
@@ -568,12 +586,12 @@ bool YumIO::commExceptRaised(PyObject* result, const QString& what)
     };
     if (raised(PyExc_IOError)) {
         const QString text = value();
-        PyErr_Print();
+        PyErr_PrintEx(0);
         error(tr("Unable to %1: I/O Error: %2\n\nEmitting a walkback to the Log window.").arg(what, text));
         return true;
     }
     if (raised(PyExc_KeyboardInterrupt)) {
-        PyErr_Print();
+        PyErr_PrintEx(0);
         error(
             tr("Unable to %1: KeyboardInterrupt\n\nThis usually means VYRE was sent signal SIGINT, SIGTERM, "
                "or "
@@ -583,7 +601,7 @@ bool YumIO::commExceptRaised(PyObject* result, const QString& what)
         return true;
     }
     if (raised(PyExc_AssertionError)) {
-        PyErr_Print();
+        PyErr_PrintEx(0);
         error(tr(
             "Internal error: python assertion failed\nWhen reporting this issue, please include the contents "
             "of the\nLog window, which should contain a walkback."));

@@ -11,7 +11,9 @@ import datetime
 import logging
 import os
 import re
+import subprocess
 import sys
+import weakref
 
 import rpm
 
@@ -29,10 +31,13 @@ import dnf.logging
 import dnf.package
 import dnf.repo
 import dnf.rpm
+import dnf.rpm.miscutils
 import dnf.transaction
 import dnf.util
 import dnf.yum.rpmtrans
 import hawkey
+import libdnf.conf
+import libdnf.error
 import libdnf.transaction
 
 import yumIOC
@@ -62,13 +67,43 @@ def configurationFile():
     return None
 
 
+# Where distributions keep rpm's database in the managed system.
+DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
+
+
 def useDatabaseOfRoot():
-    """Some distributions compile rpm so that the database is in the home directory of whoever calls it."""
-    if rpm.expandMacro('%{?_dbpath}') not in ('/var/lib/rpm', '/usr/lib/sysimage/rpm'):
-        rpm.addMacro('_dbpath', '/var/lib/rpm')
+    """Some distributions compile rpm so that the database is in the home directory of whoever calls it.
+
+    The package manager checks signatures with a program of rpm's, which has to be told as well.
+    """
+    if rpm.expandMacro('%{?_dbpath}') in DATABASES:
+        return
+    rpm.addMacro('_dbpath', DATABASES[0])
+    if hasattr(dnf.rpm.miscutils, '_verifyPackageUsingRpmkeys'):
+        dnf.rpm.miscutils._verifyPackageUsingRpmkeys = verifyWithDatabaseOfRoot
+
+
+def verifyWithDatabaseOfRoot(package, root):
+    """What the signatures of a package, an open file, are worth, in the package manager's numbers; 0 is good."""
+    program = dnf.rpm.miscutils._find_rpmkeys_binary()
+    if program is None:
+        logging.getLogger('dnf').critical('Signatures cannot be checked: there is no program rpmkeys.')
+        return 2
+    command = [program, '--checksig', '--verbose', '--root', root, '--dbpath', DATABASES[0],
+               '--define=_pkgverify_level signature', '--define=_pkgverify_flags 0x0', '-']
+    checked = subprocess.run(command, stdin=package, stdout=subprocess.PIPE, cwd='/',
+                             env=dict(os.environ, LC_ALL='C'))
+    if checked.returncode not in (0, 1):
+        return 2
+    return dnf.rpm.miscutils._process_rpm_output(checked.stdout.split(b'\n')) or 2 * checked.returncode
 
 
 # Output -----------------------------------------------------------------------------------------------------
+
+def passable(text):
+    """The text with what a C string in UTF-8 cannot carry, such as lone surrogates of file names, escaped."""
+    return text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
+
 
 class Writer:
     """Stands in for sys.stdout or sys.stderr and hands each text to the program."""
@@ -83,8 +118,7 @@ class Writer:
 
     def write(self, text):
         if text:
-            # What cannot be encoded (lone surrogates of undecodable file names) must not lose the whole line.
-            self._write(text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0'))
+            self._write(passable(text))
         return len(text)
 
     def writelines(self, lines):
@@ -104,6 +138,11 @@ class Writer:
         return True
 
 
+def programListens():
+    """Whether the program can be called: before it goes, it puts the interpreter's own streams back."""
+    return isinstance(sys.stdout, Writer)
+
+
 class LogHandler(logging.Handler):
     """Passes the package manager's log records on to the program's log.
 
@@ -116,11 +155,13 @@ class LogHandler(logging.Handler):
     def emit(self, record):
         if record.name == 'dnf.rpm':
             return  # TransactionProgress reports these itself
+        if not programListens():
+            return
         try:
             text = self.format(record)
         except Exception:  # a record that cannot be formatted must not end the operation that wrote it
             text = str(record.msg)
-        text = text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
+        text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
         if record.levelno >= logging.WARNING:
             yumIOC.errorlog(level, text)
@@ -143,9 +184,13 @@ def _packageChangelogs(package):
         header = package.get_header()
         entries = zip(header[rpm.RPMTAG_CHANGELOGTIME], header[rpm.RPMTAG_CHANGELOGNAME],
                       header[rpm.RPMTAG_CHANGELOGTEXT])
-        return [{'timestamp': datetime.datetime.utcfromtimestamp(time), 'author': _text(author),
-                 'text': _text(text)} for time, author, text in entries]
+        return [{'timestamp': _dateTime(time), 'author': _text(author), 'text': _text(text)}
+                for time, author, text in entries]
     return package.base.otherData.changelogs(package)
+
+
+def _dateTime(seconds):
+    return datetime.datetime.fromtimestamp(seconds, datetime.timezone.utc).replace(tzinfo=None)
 
 
 def _packageBuildHost(package):
@@ -167,30 +212,37 @@ dnf.package.Package.buildhost = property(_packageBuildHost)
 class OtherData:
     """The change logs of available packages: fetched with the other metadata, read into memory on first use."""
 
-    def __init__(self, base):
-        self._base = base
-        self._sack = None
+    def __init__(self):
+        self._sacks = {}
 
     def clear(self):
-        self._sack = None
+        self._sacks = {}
 
     def changelogs(self, package):
-        sack = self.load()
-        found = sack.query().available().filter(name=package.name, evr=package.evr, arch=package.arch,
-                                                reponame=package.reponame)
+        try:
+            sack = self._load(package.base, package.repo)
+        except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
+            # The cache may have been cleaned since the repository was read.
+            logging.getLogger('dnf').warning('The change logs of %s cannot be read: %s', package.reponame, e)
+            return []
+        found = sack.query().available().filter(name=package.name, evr=package.evr, arch=package.arch)
         for twin in found:
             return [dict(entry, timestamp=datetime.datetime.combine(entry['timestamp'], datetime.time()))
                     for entry in super(dnf.package.Package, twin).changelogs]
         return []
 
-    def load(self):
-        if self._sack is None:
-            sack = dnf.sack._build_sack(self._base)
-            with dnf.lock.build_metadata_lock(self._base.conf.cachedir, True):
-                for repo in self._base.repos.iter_enabled():
-                    sack.load_repo(repo._repo, build_cache=True, load_other=True)
-            self._sack = sack
-        return self._sack
+    def loadAll(self, base):
+        for repo in base.repos.iter_enabled():
+            self._load(base, repo)
+
+    def _load(self, base, repo):
+        """A sack of one repository: which of equal packages of several a query finds would be left to chance."""
+        if repo.id not in self._sacks:
+            sack = dnf.sack._build_sack(base)
+            with dnf.lock.build_metadata_lock(base.conf.cachedir, True):
+                sack.load_repo(repo._repo, build_cache=True, load_other=True)
+            self._sacks[repo.id] = sack
+        return self._sacks[repo.id]
 
 
 class GroupPackage:
@@ -233,6 +285,9 @@ class All:
 
 # Locking ----------------------------------------------------------------------------------------------------
 
+_buildLock = dnf.lock.build_rpmdb_lock
+
+
 class SessionLock(dnf.lock.ProcessLock):
     """The package manager's lock, held by the program for its whole life.
 
@@ -262,7 +317,11 @@ class DownloadProgress(dnf.callback.DownloadProgress):
         yumIOC.downloadMessage(msg)
 
     def end(self, payload, status, msg):
-        yumIOC.downloadEnd(payload, status, msg)
+        if status == dnf.callback.STATUS_MIRROR:
+            # The download goes on with the next mirror.
+            logging.getLogger('dnf').warning('%s: %s', payload, msg)
+        else:
+            yumIOC.downloadEnd(payload, status, msg)
 
 
 class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
@@ -280,22 +339,40 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
     def scriptout(self, msgs):
         if isinstance(msgs, bytes):
             msgs = msgs.decode('utf-8', 'replace')
-        yumIOC.rpmtransScriptout(msgs.replace('\0', '\\0') if msgs else None)
+        if msgs and msgs.endswith('\n'):
+            msgs = msgs[:-1]  # the program logs whole lines
+        yumIOC.rpmtransScriptout(passable(msgs) if msgs else None)
 
     def error(self, message):
-        yumIOC.errorlog(0, str(message))
+        yumIOC.errorlog(0, passable(str(message)))
 
 
 class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     """Tells the program when the test of a transaction, and when the transaction itself, begins and ends."""
 
+    _last = None
+
     def __init__(self, base, test=False, displays=()):
+        self._ended = False
         yumIOC.rpmtransInit(test)
         super(RPMTransaction, self).__init__(base, test=test, displays=displays or [TransactionProgress()])
+        RPMTransaction._last = weakref.ref(self)
 
     def __del__(self):
-        super(RPMTransaction, self).__del__()
-        yumIOC.rpmtransDel()
+        self.end()
+
+    def end(self):
+        if not self._ended and programListens():
+            self._ended = True
+            self._shutdownOutputLogging()
+            yumIOC.rpmtransDel()
+
+    @classmethod
+    def endLast(cls):
+        """The traceback of a failure may keep the transaction, and with it rpm's log, alive much too long."""
+        last = cls._last() if cls._last is not None else None
+        if last is not None:
+            last.end()
 
 
 dnf.yum.rpmtrans.RPMTransaction = RPMTransaction
@@ -323,7 +400,7 @@ class Base(dnf.Base):
 
     def __init__(self, conf):
         super(Base, self).__init__(conf)
-        self.otherData = OtherData(self)
+        self.otherData = OtherData()
 
     def _add_repo_to_sack(self, repo):
         # Change logs are fetched together with everything else, but not kept in memory: most runs need none.
@@ -368,10 +445,9 @@ class YumIO:
         logger.setLevel(dnf.logging.TRACE)
         logger.addHandler(LogHandler())
 
-        useDatabaseOfRoot()
         self._lock = None
         self.base = Base(self._configuration())
-        self.base.setup_loggers()
+        self._setupLogFiles()
         self._readRepos()
 
     # Configuration
@@ -379,30 +455,57 @@ class YumIO:
     def _configuration(self):
         """A configuration as the files have it now; what cannot be read is logged and left at its default."""
         conf = dnf.conf.Conf()
+        # Not before: to find the architecture out, it makes rpm read its own configuration again.
+        useDatabaseOfRoot()
         conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
         # A lock that somebody else holds is reported; waiting for it could take for ever.
         conf._set_value('exit_on_lock', True, dnf.conf.PRIO_COMMANDLINE)
+        # Every question is the user's to answer.
+        conf._set_value('assumeyes', False, dnf.conf.PRIO_COMMANDLINE)
+        conf._set_value('assumeno', False, dnf.conf.PRIO_COMMANDLINE)
         conf._set_value('reposdir', [inRoot(path) for path in self.CONFIGURATION_DIRECTORIES],
                         dnf.conf.PRIO_DEFAULT)
         conf._set_value('persistdir', inRoot('/var/lib/dnf'), dnf.conf.PRIO_DEFAULT)
         conf._set_value('varsdir', [inRoot(path) for path in ('/etc/yum/vars', '/etc/dnf/vars')],
                         dnf.conf.PRIO_DEFAULT)
-        if dnf.util.am_i_root():
+        if dnf.util.am_i_root() or managedRoot() != '/':
             # An ordinary user keeps the private directories that the package manager has chosen already.
             conf._set_value('cachedir', inRoot('/var/cache/yum'), dnf.conf.PRIO_DEFAULT)
             conf._set_value('logdir', inRoot('/var/log'), dnf.conf.PRIO_DEFAULT)
         conf.releasever = self._releasever()
 
-        path = configurationFile()
-        if path is not None:
-            conf._set_value('config_file_path', path, dnf.conf.PRIO_COMMANDLINE)
-            try:
-                conf.read(path)
-            except (dnf.exceptions.Error, OSError, ValueError) as e:
-                logging.getLogger('dnf').error('Unable to use the configuration file %s: %s', path, e)
+        # Repositories are looked for in the same file, and it must not be the package manager's usual one.
+        path = configurationFile() or os.devnull
+        try:
+            conf.read(path)
+        except (dnf.exceptions.Error, OSError, ValueError) as e:
+            logging.getLogger('dnf').error('Unable to use the configuration file %s: %s', path, e)
+            path = os.devnull
+        conf._set_value('config_file_path', path, dnf.conf.PRIO_COMMANDLINE)
         conf.substitutions.update_from_etc('/', varsdir=conf.varsdir)
-        dnf.util.ensure_dir(conf.logdir)
+        for option in ('cachedir', 'logdir', 'persistdir'):
+            conf._set_value(option, libdnf.conf.ConfigParser.substitute(getattr(conf, option), conf.substitutions),
+                            dnf.conf.PRIO_COMMANDLINE)
+        try:
+            # No packages can be read without it.
+            dnf.util.ensure_dir(conf.logdir)
+        except OSError as e:
+            logging.getLogger('dnf').error('%s', e)
+        if conf._has_option('optional_metadata_types') and 'filelists' not in conf.optional_metadata_types:
+            conf.optional_metadata_types = list(conf.optional_metadata_types) + ['filelists']
         return conf
+
+    def _setupLogFiles(self):
+        directory = self.base.conf.logdir
+        try:
+            self.base.setup_loggers()
+        except OSError as e:
+            logging.getLogger('dnf').error('No log files can be written in %s: %s', directory, e)
+            return
+        for name in ('dnf', 'dnf.rpm', 'librepo'):
+            for handler in logging.getLogger(name).handlers:
+                if hasattr(handler, 'rotate_lock'):
+                    handler.rotate_lock = dnf.lock.build_log_lock(directory, True)
 
     @staticmethod
     def _releasever():
@@ -436,14 +539,14 @@ class YumIO:
         del self.base._ts
         self.base.reset(sack=True, repos=True, goal=True)
         self.base._comps = None
+        self.base._history = None
         self.base._conf = self._configuration()
         self._readRepos()
 
     # Locking
 
     def lock(self):
-        lock = SessionLock(dnf.lock.build_rpmdb_lock(self.base.conf.persistdir, True).target, 'The rpm database',
-                           False)
+        lock = SessionLock(_buildLock(self.base.conf.persistdir, True).target, 'The rpm database', False)
         try:
             lock.__enter__()
         except dnf.exceptions.LockError as e:
@@ -458,11 +561,12 @@ class YumIO:
     def unlock(self):
         if self._lock is None:
             return
+        lock, self._lock = self._lock, None
+        dnf.lock.build_rpmdb_lock = _buildLock
         try:
-            self._lock.__exit__()
+            lock.__exit__()
         except OSError as e:
             raise dnf.exceptions.LockError(str(e))
-        self._lock = None
 
     # Repositories
 
@@ -480,6 +584,7 @@ class YumIO:
 
     def setupRepos(self):
         """Read the metadata of all enabled repositories, from the cache where it is fresh, and the rpm database."""
+        useDatabaseOfRoot()
         try:
             self.base.otherData.clear()
             self.base.fill_sack()
@@ -520,7 +625,7 @@ class YumIO:
         return True
 
     def collectOtherData(self):
-        self.base.otherData.load()
+        self.base.otherData.loadAll(self.base)
         return True
 
     # Packages
@@ -530,8 +635,11 @@ class YumIO:
 
         Packages without an architecture belong to that of the system.
         """
-        base = dnf.rpm.basearch(arch)
-        return self.base.conf.basearch if base in (None, 'noarch') else base
+        try:
+            base = dnf.rpm.basearch(arch)
+        except KeyError:  # newer than the package manager
+            return arch
+        return self.base.conf.basearch if base == 'noarch' else base
 
     def isBetterThan(self, a, b):
         """Whether a is closer to the system's architecture than b, or as close and not older."""
@@ -569,14 +677,17 @@ class YumIO:
                 self._checkSignatures()
                 self._run()
             return True
+        except (hawkey.Exception, libdnf.error.Error, rpm.error) as e:
+            raise dnf.exceptions.Error(str(e))
         finally:
+            RPMTransaction.endLast()
             base.reset(goal=True)
             del base._ts
 
     def _mark(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
         base = self.base
         for package in removes:
-            base.package_remove(package)
+            base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
         for package in installs:
             base.package_install(package)
         seen = set()
@@ -585,7 +696,7 @@ class YumIO:
                 seen.add(new)
                 base.package_upgrade(new)
         for group in groupInstalls:
-            base.group_install(group.id, ('mandatory', 'default', 'conditional'))
+            base.group_install(group.id, list(base.conf.group_package_types))
         for group in groupUpdates:
             if base.history.group.get(group.id) is not None:
                 base.group_upgrade(group.id)

@@ -88,8 +88,7 @@ void HProgressBarTest::newActivityIsPainted()
     bar.setRange(0, 100);
     bar.setValue(40);
     bar.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&bar));
-    QTRY_VERIFY(bar.paints > 0);
+    QTRY_VERIFY_WITH_TIMEOUT(bar.paints > 0, 30000);
     QTest::qWait(50);
     const int before = bar.paints;
     bar.setActivity("Reading");
@@ -104,7 +103,7 @@ void HProgressBarTest::hoveringInTheActiveWindowAsksForATip()
     layout.addWidget(&bar);
     window.resize(300, 100);
     window.show();
-    QVERIFY(QTest::qWaitForWindowActive(&window));
+    QVERIFY(QTest::qWaitForWindowActive(&window, 30000));
     QSignalSpy spy(&bar, SIGNAL(toolTip(const QPoint&)));
     QTest::mouseMove(&bar, bar.rect().center());
     QTRY_COMPARE(spy.count(), 1);
@@ -114,7 +113,7 @@ void HProgressBarTest::toolTipEventGivesThePosition()
 {
     HProgressBar bar;
     bar.show();
-    QVERIFY(QTest::qWaitForWindowActive(&bar));
+    QVERIFY(QTest::qWaitForWindowActive(&bar, 30000));
     QSignalSpy spy(&bar, SIGNAL(toolTip(const QPoint&)));
     QVERIFY(sendToolTipEvent(&bar, QPoint(7, 3)));
     QCOMPARE(spy.count(), 1);
@@ -125,10 +124,10 @@ void HProgressBarTest::inactiveWindowAsksForNoTip()
 {
     HProgressBar bar;
     bar.show();
-    QVERIFY(QTest::qWaitForWindowActive(&bar));
+    QVERIFY(QTest::qWaitForWindowActive(&bar, 30000));
     QWidget other;
     other.show();
-    QVERIFY(QTest::qWaitForWindowActive(&other));
+    QVERIFY(QTest::qWaitForWindowActive(&other, 30000));
     QTRY_VERIFY(!bar.isActiveWindow());
     QSignalSpy spy(&bar, SIGNAL(toolTip(const QPoint&)));
     QVERIFY(!sendToolTipEvent(&bar, QPoint(7, 3)));

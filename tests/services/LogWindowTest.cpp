@@ -89,7 +89,7 @@ void LogWindowTest::log(Log::Kind kind, unsigned int entryLevel, const QString& 
 void LogWindowTest::open()
 {
     window->show();
-    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QVERIFY(QTest::qWaitForWindowActive(window.get(), 30000));
 }
 
 QStringList LogWindowTest::lines() const

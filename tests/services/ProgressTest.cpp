@@ -137,7 +137,7 @@ void ProgressTest::init()
     layout->addWidget(item);
     window->resize(400, 100);
     window->show();
-    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    QVERIFY(QTest::qWaitForWindowActive(window.get(), 30000));
 }
 
 void ProgressTest::cleanup()
@@ -452,9 +452,12 @@ void ProgressTest::secondItemValueWithinTheIntervalIsKeptButNotSent()
     QCOMPARE(spy.count(), 1);
     QCOMPARE(item->value(), 10);
 
-    // The value was kept: a download adds to it.
+    // The value was kept, and with it the place on the total bar.
+    QCOMPARE(total->value(), 4);
+    progress.changeTotal(100);
+    QCOMPARE(total->value(), 20);
+
     waitForInterval();
-    progress.setupItemActs(0, 1);
     spy.clear();
     progress.setItemValue(60);
     QCOMPARE(spy.count(), 1);
@@ -810,8 +813,11 @@ void ProgressTest::hoveringShowsTheDownloads()
     progress.setupItemActs(100, 10);
     progress.setupItemActsThreads("Downloading", 0, 11, 2, 10);
     progress.startItemActThread("vim", 0, 1);
-    hover();
-    QTRY_VERIFY(currentTip() != nullptr);
+    // Like a user, tries again when the window manager's own doings have hidden the tip at once.
+    for (int attempt = 0; attempt < 10 && currentTip() == nullptr; ++attempt) {
+        hover();
+        (void)QTest::qWaitFor([] { return currentTip() != nullptr; });
+    }
     QCOMPARE(tipRows(), QStringList({"vim: In Progress", "1 downloads: Not Started Yet"}));
     // It goes away as soon as the user does something.
     QTest::mouseClick(item, Qt::LeftButton);

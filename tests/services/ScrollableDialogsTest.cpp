@@ -59,7 +59,7 @@ void ScrollableDialogsTest::confirmHasTwoCentredButtons()
     QCOMPARE(textLabel(dialog)->text(), QString("Is this ok?"));
 
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
     QCOMPARE(buttons.count(), 2);
     QCOMPARE(buttons.at(0)->text(), QString("&Yes"));
@@ -78,7 +78,7 @@ void ScrollableDialogsTest::errorHasOneCentredButton()
     QCOMPARE(dialog.findChild<HScrollArea*>()->frameStyle(), 16);
     QCOMPARE(textLabel(dialog)->text(), QString("It failed."));
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
     QCOMPARE(buttons.count(), 1);
     QCOMPARE(buttons.at(0)->text(), QString("Close"));
@@ -107,20 +107,20 @@ void ScrollableDialogsTest::buttonsAnswer()
 {
     ScrollableConfirmDialog confirm("Is this ok?", "Yes", "No", nullptr);
     confirm.show();
-    QVERIFY(QTest::qWaitForWindowActive(&confirm));
+    QVERIFY(QTest::qWaitForWindowActive(&confirm, 30000));
     QTest::mouseClick(confirm.findChildren<QPushButton*>().at(0), Qt::LeftButton);
     QCOMPARE(confirm.result(), static_cast<int>(QDialog::Accepted));
     QVERIFY(!confirm.isVisible());
 
     confirm.show();
-    QVERIFY(QTest::qWaitForWindowActive(&confirm));
+    QVERIFY(QTest::qWaitForWindowActive(&confirm, 30000));
     QTest::mouseClick(confirm.findChildren<QPushButton*>().at(1), Qt::LeftButton);
     QCOMPARE(confirm.result(), static_cast<int>(QDialog::Rejected));
     QVERIFY(!confirm.isVisible());
 
     ScrollableErrorDialog error("It failed.", nullptr);
     error.show();
-    QVERIFY(QTest::qWaitForWindowActive(&error));
+    QVERIFY(QTest::qWaitForWindowActive(&error, 30000));
     QTest::mouseClick(error.findChild<QPushButton*>(), Qt::LeftButton);
     QCOMPARE(error.result(), static_cast<int>(QDialog::Accepted));
     QVERIFY(!error.isVisible());
@@ -130,13 +130,13 @@ void ScrollableDialogsTest::enterAcceptsAndEscapeRejects()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
 
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     QTest::keyClick(dialog.windowHandle(), Qt::Key_Escape);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
@@ -147,7 +147,7 @@ void ScrollableDialogsTest::closingRejects()
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
     dialog.setResult(QDialog::Accepted);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     dialog.close();
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 }
@@ -167,7 +167,7 @@ void ScrollableDialogsTest::shortTextNeedsNoScrolling()
 {
     ScrollableConfirmDialog dialog("Install 3 packages\nRemove 1 package\nIs this ok?", "Yes", "No", nullptr);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const HScrollArea* area = dialog.findChild<HScrollArea*>();
     QVERIFY(!area->verticalScrollBar()->isVisible());
     QVERIFY(!area->horizontalScrollBar()->isVisible());
@@ -190,7 +190,7 @@ void ScrollableDialogsTest::longTextScrollsInsideTheScreen()
         dialog = std::make_unique<ScrollableErrorDialog>(longText(), nullptr);
     }
     dialog->show();
-    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), 30000));
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     QTRY_VERIFY2(screen.contains(dialog->frameGeometry()),
                  qPrintable(QString("%1x%2 at %3,%4")
@@ -215,7 +215,7 @@ void ScrollableDialogsTest::longTextIsReachedByKeyboard()
 {
     ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const QScrollBar* scrollBar = dialog.findChild<HScrollArea*>()->verticalScrollBar();
     // Until the focus comes to the text.
     for (int i = 0; i < 4 && scrollBar->value() == 0; ++i) {
@@ -231,7 +231,7 @@ void ScrollableDialogsTest::textCanBeCopied()
     QGuiApplication::clipboard()->clear();
     ScrollableErrorDialog dialog("Traceback: line 17", nullptr);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const QLabel* label = textLabel(dialog);
     QWindow* window = dialog.windowHandle();
     const QPoint left = label->mapTo(&dialog, QPoint(0, label->height() / 2));

@@ -117,6 +117,7 @@ private Q_SLOTS:
     void largeOutputOfAChildArrivesCompletely();
     void textIsHandedOverInTheGraphicalThread();
     void lastWordsOfAChildArrive();
+    void writtenJustBeforeTheEndArrivesBeforeTheEnd();
     void characterSplitBetweenTwoReadsArrivesWhole();
     void streamsDoNotMixTheirCharacters();
     void descriptorsAreRestored();
@@ -181,12 +182,35 @@ void YumIOCapturersTest::lastWordsOfAChildArrive()
 {
     for (int i = 0; i < 50; ++i) {
         Receiver receiver;
+        QString outAtTheEnd;
         runOnWorker([&] {
-            YumIOCapturers capturers(&receiver);
-            (void)!system("printf 'line\\nno newline at the end'; printf 'last words' >&2");
+            {
+                YumIOCapturers capturers(&receiver);
+                (void)!system("printf 'line\\nno newline at the end'; printf 'last words' >&2");
+            }
+            // Not later: the operation is over.
+            outAtTheEnd = receiver.output();
         });
+        QCOMPARE(outAtTheEnd, QString("line\nno newline at the end"));
         QCOMPARE(receiver.out, QString("line\nno newline at the end"));
         QCOMPARE(receiver.err, QString("last words"));
+    }
+}
+
+void YumIOCapturersTest::writtenJustBeforeTheEndArrivesBeforeTheEnd()
+{
+    QByteArray text(60000, 'x');
+    for (int i = 0; i < 200; ++i) {
+        Receiver receiver;
+        int arrived = 0;
+        runOnWorker([&] {
+            {
+                YumIOCapturers capturers(&receiver);
+                writeAll(STDOUT_FILENO, text);
+            }
+            arrived = receiver.output().size();
+        });
+        QCOMPARE(arrived, text.size());
     }
 }
 

@@ -113,7 +113,7 @@ void YumIODialogsTest::init()
     mainWindow = std::make_unique<QWidget>();
     mainWindow->resize(500, 300);
     mainWindow->show();
-    QVERIFY(QTest::qWaitForWindowActive(mainWindow.get()));
+    QVERIFY(QTest::qWaitForWindowActive(mainWindow.get(), 30000));
 }
 
 void YumIODialogsTest::cleanup()

@@ -1,8 +1,13 @@
 """Drives the built program from outside, as a user does: X events through xdotool, reading through AT-SPI.
 
 Needs a display with an accessibility bus: run under "with-display --accessible".
+
+Input and reading take different ways into the program, so what was read just after a key or a click may still be
+from before it. Whatever acts here therefore waits until its effect can be seen.
 """
+import glob
 import os
+import re
 import signal
 import subprocess
 import time
@@ -10,12 +15,17 @@ import time
 import pyatspi
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+SHARE = os.path.join(ROOT, 'share')
 
 ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME = range(9)
 
 
 class NotThere(AssertionError):
     """What was waited for did not come."""
+
+
+class Ended(NotThere):
+    """The program ended while something was waited for."""
 
 
 def wait_for(condition, what, seconds=60):
@@ -27,18 +37,20 @@ def wait_for(condition, what, seconds=60):
             value = condition()
             if value:
                 return value
-        except NotThere:
+        except Ended:
             raise
         except Exception as e:  # pyatspi raises what D-Bus says, of many types, while a window changes
             problem = ' ({})'.format(e)
         if time.monotonic() > end:
             raise NotThere('{} did not come within {} s{}'.format(what, seconds, problem))
-        time.sleep(0.05)
+        time.sleep(0.03)
 
+
+# What is read -----------------------------------------------------------------------------------------------
 
 def walk(accessible):
     yield accessible
-    # Tables and menus are read by their own calls: a table has a child for every cell.
+    # A table has a child for every cell; it is read by its own calls.
     if accessible.getRole() in (pyatspi.ROLE_TABLE, pyatspi.ROLE_TREE_TABLE):
         return
     for i in range(accessible.childCount):
@@ -59,54 +71,77 @@ def checked(accessible):
     return accessible.getState().contains(pyatspi.STATE_CHECKED)
 
 
-class Window:
-    """One window or dialog of the program."""
+def text_of(accessible):
+    return accessible.queryText().getText(0, -1)
 
-    def __init__(self, accessible):
-        self.accessible = accessible
 
-    @property
-    def title(self):
-        return self.accessible.name
+def plain(name):
+    """A text without the marks of its mnemonics."""
+    return re.sub('&(.)', r'\1', name)
 
-    def find(self, role, name=None, seconds=60):
-        """The first showing widget of the role, with the name (without the mark of its mnemonic) if one is given."""
-        def look():
-            for accessible in walk(self.accessible):
-                if accessible.getRole() == role and shown(accessible) and \
-                        (name is None or accessible.name.replace('&', '') == name):
-                    return accessible
-            return None
-        return wait_for(lambda: look() or None, 'widget {} {}'.format(role, name), seconds)
 
-    def find_all(self, role):
-        return [accessible for accessible in walk(self.accessible)
-                if accessible.getRole() == role and shown(accessible)]
+def rectangle(accessible):
+    """Left, top, width and height on the screen."""
+    extents = accessible.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+    return extents.x, extents.y, extents.width, extents.height
 
-    def button(self, name):
-        return self.find(pyatspi.ROLE_PUSH_BUTTON, name)
 
-    def click_button(self, name):
-        button = self.button(name)
-        wait_for(lambda: enabled(button), 'the button ' + name)
-        click(button)
+def screenshot(path):
+    os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
+    subprocess.run(['import', '-window', 'root', path], check=True)
 
-    def labels(self):
-        """The texts of all labels, in the order of the window."""
-        return [accessible.name for accessible in self.find_all(pyatspi.ROLE_LABEL)]
 
-    def text(self):
-        return '\n'.join(self.labels())
+def pixels(x, y, width, height):
+    """That part of the screen, three bytes a pixel."""
+    return subprocess.run(['import', '-silent', '-window', 'root', '-crop', '{}x{}+{}+{}'.format(width, height, x, y),
+                           '-depth', '8', 'rgb:-'], check=True, stdout=subprocess.PIPE).stdout
+
+
+class Icon:
+    """An icon of the share directory, to be found again on the screen."""
+
+    known = {}
+
+    @classmethod
+    def named(cls, name):
+        if name not in cls.known:
+            cls.known[name] = cls(os.path.join(SHARE, 'icons', name + '.png'))
+        return cls.known[name]
+
+    def __init__(self, path):
+        size = subprocess.run(['identify', '-format', '%w %h', path], check=True, stdout=subprocess.PIPE).stdout
+        self.width, self.height = map(int, size.split())
+        content = subprocess.run(['convert', path, '-depth', '8', 'rgba:-'], check=True,
+                                 stdout=subprocess.PIPE).stdout
+        self.opaque = [(i % self.width, i // self.width, content[4 * i:4 * i + 3])
+                       for i in range(self.width * self.height) if content[4 * i + 3] > 250]
+
+    def difference(self, picture, width, height, enough):
+        """How far the best place of the icon in the picture is from it, per pixel; stops looking beyond enough."""
+        best = enough
+        for top in range(height - self.height + 1):
+            for left in range(width - self.width + 1):
+                total, bound = 0, best * len(self.opaque)
+                for x, y, colour in self.opaque:
+                    at = 3 * ((top + y) * width + left + x)
+                    total += sum(abs(a - b) for a, b in zip(picture[at:at + 3], colour))
+                    if total > bound:
+                        break
+                else:
+                    best = total / len(self.opaque)
+        return best
+
+
+# What is done -----------------------------------------------------------------------------------------------
+
+def xdotool(*arguments):
+    return subprocess.run(['xdotool'] + [str(argument) for argument in arguments], check=True,
+                          stdout=subprocess.PIPE).stdout.decode()
 
 
 def place(accessible):
-    extents = accessible.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
-    return extents.x + extents.width // 2, extents.y + extents.height // 2
-
-
-def xdotool(*arguments):
-    subprocess.run(['xdotool'] + [str(argument) for argument in arguments], check=True,
-                   stdout=subprocess.DEVNULL)
+    x, y, width, height = rectangle(accessible)
+    return x + width // 2, y + height // 2
 
 
 def click(accessible, button=1):
@@ -125,42 +160,58 @@ def type_text(text):
     xdotool('type', '--clearmodifiers', '--delay', '5', text)
 
 
-def screenshot(path):
-    os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
-    subprocess.run(['import', '-window', 'root', path], check=True)
-
-
 class Program:
-    """A run of the built program. Its output is kept in the two files below the scratch directory."""
+    """A run of the built program in a session of its own. Its output is kept in two files in the scratch
+    directory."""
 
-    def __init__(self, binary, scratch, arguments=(), environment=None):
+    def __init__(self, binary, scratch, arguments=(), environment=None, unset=()):
         self.stdout_path = os.path.join(scratch, 'stdout')
         self.stderr_path = os.path.join(scratch, 'stderr')
-        variables = dict(os.environ, VYRESHARE=os.path.join(ROOT, 'share'))
+        variables = dict(os.environ, VYRESHARE=SHARE)
         variables.update(environment or {})
+        for name in unset:
+            variables.pop(name, None)
         with open(self.stdout_path, 'wb') as out, open(self.stderr_path, 'wb') as err:
             self.process = subprocess.Popen([binary] + list(arguments), env=variables, stdout=out, stderr=err,
-                                            stdin=subprocess.DEVNULL)
+                                            stdin=subprocess.DEVNULL, start_new_session=True)
 
     def stderr(self):
-        with open(self.stderr_path, errors='replace') as err:
+        with open(self.stderr_path, encoding='utf-8', errors='replace') as err:
             return err.read()
 
     def stdout(self):
-        with open(self.stdout_path, errors='replace') as out:
+        with open(self.stdout_path, encoding='utf-8', errors='replace') as out:
             return out.read()
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
-        if self.process.poll() is None:
+        if self.running():
             self.process.send_signal(signal.SIGKILL)
             self.process.wait()
+
+    def running(self):
+        return self.process.poll() is None
 
     def wait(self, seconds=60):
         """The exit status, once the program has ended by itself."""
         return self.process.wait(seconds)
+
+    def left_over(self):
+        """The processes of the program's session, by number, other than the program itself."""
+        found = []
+        for path in glob.glob('/proc/[0-9]*/stat'):
+            try:
+                with open(path) as stat:
+                    # The command name, in parentheses, may hold anything.
+                    fields = stat.read().rpartition(')')[2].split()
+            except OSError:
+                continue
+            number = int(path.split('/')[2])
+            if int(fields[3]) == self.process.pid and number != self.process.pid:
+                found.append(number)
+        return found
 
     def application(self):
         desktop = pyatspi.Registry.getDesktop(0)
@@ -171,31 +222,44 @@ class Program:
         return None
 
     def windows(self):
+        """The showing windows and dialogs."""
         application = self.application()
-        if application is None:
-            return []
         found = []
-        for i in range(application.childCount):
+        for i in range(application.childCount if application is not None else 0):
             child = application.getChildAtIndex(i)
             if child is not None and shown(child):
                 found.append(Window(child))
         return found
 
+    def titles(self):
+        return [window.title for window in self.windows()]
+
+    def _check_running(self, what):
+        if not self.running():
+            raise Ended('the program ended with status {} before {} came: {}'.format(
+                self.process.returncode, what, self.stderr()))
+
     def window(self, title, seconds=60):
         """The showing window with this title."""
+        what = 'window ' + repr(title)
+
         def look():
-            if self.process.poll() is not None:
-                raise NotThere('the program ended with status {} before its window {!r} came: {}'.format(
-                    self.process.returncode, title, self.stderr()))
+            self._check_running(what)
             return next((window for window in self.windows() if window.title == title), None)
-        return wait_for(look, 'window ' + repr(title), seconds)
+        return wait_for(look, what, seconds)
 
     def no_window(self, title, seconds=60):
         wait_for(lambda: all(window.title != title for window in self.windows()),
                  'the end of window ' + repr(title), seconds)
 
+    def popups(self):
+        """The numbers of all windows on the screen; AT-SPI does not tell of context menus."""
+        found = subprocess.run(['xdotool', 'search', '--onlyvisible', '--pid', str(self.process.pid)],
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.split()
+        return frozenset(found)
+
     def main(self, seconds=60):
-        return MainWindow(self.window('VYRE - ' + os.uname().nodename, seconds).accessible, self)
+        return MainWindow(self.window(main_title(), seconds).accessible, self)
 
     def ready(self, seconds=120):
         """The main window, once its controls can be used."""
@@ -204,15 +268,68 @@ class Program:
         return main
 
 
+def main_title():
+    return 'VYRE - ' + os.uname().nodename
+
+
+class Window:
+    """One window or dialog of the program."""
+
+    def __init__(self, accessible):
+        self.accessible = accessible
+
+    @property
+    def title(self):
+        return self.accessible.name
+
+    def find(self, role, name=None, seconds=60):
+        """The first showing widget of the role, with the name (without the mark of its mnemonic) if one is given."""
+        def look():
+            for accessible in walk(self.accessible):
+                if accessible.getRole() == role and shown(accessible) and \
+                        (name is None or plain(accessible.name) == name):
+                    return accessible
+            return None
+        return wait_for(look, 'widget {} {}'.format(role, name), seconds)
+
+    def find_all(self, role):
+        return [accessible for accessible in walk(self.accessible)
+                if accessible.getRole() == role and shown(accessible)]
+
+    def button(self, name):
+        return self.find(pyatspi.ROLE_PUSH_BUTTON, name)
+
+    def buttons(self):
+        """The texts of all buttons, in the order of the window."""
+        return [plain(accessible.name) for accessible in self.find_all(pyatspi.ROLE_PUSH_BUTTON)]
+
+    def click_button(self, name):
+        button = self.button(name)
+        wait_for(lambda: enabled(button), 'the button ' + name)
+        click(button)
+
+    def labels(self):
+        """The texts of all labels, in the order of the window."""
+        return [accessible.name for accessible in self.find_all(pyatspi.ROLE_LABEL) if accessible.name]
+
+    def text(self):
+        return '\n'.join(self.labels())
+
+
 class MainWindow(Window):
 
     def __init__(self, accessible, program):
         super().__init__(accessible)
         self.program = program
 
+    # Reading
+
+    def is_ready(self):
+        return enabled(self.button('Refresh'))
+
     def wait_ready(self, seconds=120):
-        refresh = self.button('Refresh')
-        wait_for(lambda: enabled(refresh), 'a usable main window', seconds)
+        # A window that is busy does not answer for the whole time of some steps.
+        wait_for(self.is_ready, 'a usable main window', seconds)
 
     def table(self):
         for accessible in walk(self.accessible):
@@ -229,6 +346,22 @@ class MainWindow(Window):
     def row_count(self):
         return self.table().queryTable().nRows
 
+    def names(self):
+        """The names of the listed rows, in the order of the table."""
+        table = self.table().queryTable()
+        return [table.getAccessibleAt(row, NAME).name for row in range(table.nRows)]
+
+    def wait_names(self, names, seconds=60):
+        """Wait until exactly these are listed, in whatever order."""
+        wanted = sorted(names)
+
+        def look():
+            listed = sorted(self.names())
+            if listed != wanted:
+                raise NotThere('listed: {}'.format(listed))
+            return True
+        wait_for(look, 'the list {}'.format(wanted), seconds)
+
     def row_of(self, name, arch=None):
         table = self.table().queryTable()
         for row in range(table.nRows):
@@ -240,65 +373,166 @@ class MainWindow(Window):
     def cell(self, row, column):
         return self.table().queryTable().getAccessibleAt(row, column)
 
-    def set_filter(self, expression):
-        """Type an expression into the filter row and press Enter."""
-        edit = self.find(pyatspi.ROLE_TEXT)
+    def visible_cell(self, name, column, arch=None):
+        """The cell of a package, once it is on the screen as a whole."""
+        def look():
+            cell = self.cell(self.row_of(name, arch), column)
+            _, y, width, height = rectangle(cell)
+            _, top, _, all_height = rectangle(self.table())
+            # Below the header, and above a horizontal scroll bar that there may be.
+            return cell if width > 0 and top + height // 2 < y < top + all_height - 2 * height else None
+        return wait_for(look, 'the row of {} on the screen'.format(name))
+
+    def action(self, name, arch=None):
+        """The marked action, by its icon: "none", "install", "update" or "remove"."""
+        x, y, width, height = rectangle(self.visible_cell(name, ACTION, arch))
+        picture = pixels(x, y, width, height)
+        icons = ('none', 'install', 'update', 'remove')
+        differences = {icon: Icon.named(icon + 'Box').difference(picture, width, height, 765) for icon in icons}
+        return min(differences, key=differences.get)
+
+    def wait_action(self, action, name, arch=None):
+        def look():
+            found = self.action(name, arch)
+            if found != action:
+                raise NotThere(found)
+            return True
+        wait_for(look, 'the action {} of {}'.format(action, name), 20)
+
+    def warning(self):
+        """The text of the frame that tells of actions that are not listed."""
+        return ''.join(self.labels())
+
+    def edit(self):
+        return self.find(pyatspi.ROLE_TEXT)
+
+    def combo(self, number):
+        """One of the two boxes of the filter row: 0 is the mode, 1 the state."""
+        def boxes():
+            return self.find_all(pyatspi.ROLE_COMBO_BOX)
+        return wait_for(lambda: len(boxes()) == 2 and boxes(), 'the boxes')[number]
+
+    def check_box(self, name):
+        return self.find(pyatspi.ROLE_CHECK_BOX, name)
+
+    # Acting
+
+    def barrier(self):
+        """Wait until the program has handled all input before this. The expression edit has the focus."""
+        edit = self.edit()
+
+        def caret_at(position):
+            return lambda: edit.queryText().caretOffset == position
+        key('Home')
+        wait_for(caret_at(0), 'the caret at the begin')
+        key('End')
+        wait_for(caret_at(len(text_of(edit))), 'the caret at the end')
+
+    def type_expression(self, expression):
+        edit = self.edit()
         click(edit)
         key('ctrl+a')
-        type_text(expression)
-        wait_for(lambda: edit.queryText().getText(0, -1) == expression, 'the typed expression')
+        if expression:
+            type_text(expression)
+        else:
+            key('BackSpace')
+        wait_for(lambda: text_of(edit) == expression, 'the typed expression')
+
+    def set_filter(self, expression):
+        """Type an expression into the filter row and press Enter."""
+        self.type_expression(expression)
         key('Return')
+        if expression:
+            self.barrier()
 
     def choose(self, box, item):
         """Choose an item of one of the two boxes of the filter row: 0 is the mode, 1 the state."""
-        def boxes():
-            return self.find_all(pyatspi.ROLE_COMBO_BOX)
-        combo = wait_for(lambda: len(boxes()) == 2 and boxes(), 'the boxes')[box]
+        combo = self.combo(box)
         if combo.name == item:
             return
         click(combo)
         # By keyboard: the list that pops up covers the box, so that its current item is under the pointer.
         key('Home')
         for _ in range(8):
-            if wait_current(combo) == item:
+            if selected_item(combo) == item:
                 break
             key('Down')
         key('Return')
         wait_for(lambda: combo.name == item, 'the choice of ' + item)
+        self.wait_ready()
+
+    def set_checked(self, name, wanted):
+        box = self.check_box(name)
+        if checked(box) != wanted:
+            click(box)
+            wait_for(lambda: checked(box) == wanted, 'the new state of ' + name)
 
     def show_all(self, groups=False):
         self.choose(1, 'View All')
         if groups:
-            box = self.find(pyatspi.ROLE_CHECK_BOX, 'Include Groups')
-            if not checked(box):
-                click(box)
-                wait_for(lambda: checked(box), 'the groups')
+            self.set_checked('Include Groups', True)
 
     def mark(self, name, arch=None, clicks=1):
         """Click so many times on the Action cell of a package."""
-        for _ in range(clicks):
-            def visible():
-                row = self.row_of(name, arch)
-                cell = self.cell(row, ACTION)
-                extents = cell.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
-                area = self.table().queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
-                # Below the header, and above a horizontal scroll bar that there may be.
-                inside = area.y + extents.height // 2 < extents.y < area.y + area.height - 2 * extents.height
-                return cell if extents.width > 0 and inside else None
-            click(wait_for(visible, 'the row of {} on the screen'.format(name)))
-            time.sleep(0.3)  # two clicks in quick succession are a double click
+        for number in range(clicks):
+            before = self.action(name, arch)
+            x, y = place(self.visible_cell(name, ACTION, arch))
+            # Two clicks at one place in quick succession are a double click.
+            click_at(x + (-8, 8)[number % 2], y)
+            wait_for(lambda: self.action(name, arch) != before, 'another action of ' + name, 20)
+
+    def mark_listed(self, name, arch=None, clicks=1):
+        """List the package alone, and click on its Action cell."""
+        self.set_filter('^' + name + ' ')
+        wait_for(lambda: set(self.names()) == {name}, name + ' alone')
+        self.mark(name, arch, clicks)
+
+    def select(self, *names):
+        """Select the rows of these packages, and no others, by their names."""
+        for number, name in enumerate(names):
+            cell = self.visible_cell(name, NAME)
+            x, y, _, height = rectangle(cell)
+            if number:
+                xdotool('keydown', 'ctrl')
+            try:
+                click_at(x + 20, y + height // 2)
+            finally:
+                if number:
+                    xdotool('keyup', 'ctrl')
+
+            def is_selected(row=self.row_of(name)):
+                return self.table().queryTable().isRowSelected(row)
+            wait_for(is_selected, 'the selection of ' + name)
+
+    def action_menu(self, name):
+        """Open the menu of the Action cell of a package."""
+        before = self.program.popups()
+        click(self.visible_cell(name, ACTION), button=3)
+        wait_for(lambda: self.program.popups() > before, 'the menu of ' + name)
+
+    def press_in_menu(self, name):
+        """Press a key in the open menu that closes it."""
+        before = self.program.popups()
+        key(name)
+        wait_for(lambda: self.program.popups() < before, 'the end of the menu')
 
     def apply(self):
         """Press Apply; return the dialog with the listing."""
         self.click_button('Apply Actions')
         return self.program.window('Apply')
 
+    def accept(self, dialog):
+        """Press OK in the dialog with the listing."""
+        dialog.click_button('OK')
+        self.program.no_window('Apply')
+
     def quit(self):
+        """Quit by the menu's key; return the exit status."""
         key('ctrl+q')
         return self.program.wait()
 
 
-def wait_current(combo):
+def selected_item(combo):
     time.sleep(0.1)
     selection = [accessible for accessible in walk(combo)
                  if accessible.getState().contains(pyatspi.STATE_SELECTED)]

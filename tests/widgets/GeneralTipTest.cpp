@@ -406,7 +406,11 @@ void GeneralTipTest::keysHide_data()
     row("Control", Qt::Key_Control, Qt::NoModifier, false);
     row("Meta", Qt::Key_Meta, Qt::NoModifier, false);
     row("Alt", Qt::Key_Alt, Qt::NoModifier, false);
+    // Such an event leaves its own key out of the modifiers that it tells of.
     row("Shift while it is held", Qt::Key_Shift, Qt::ShiftModifier, false);
+    row("Control while it is held", Qt::Key_Control, Qt::ControlModifier, false);
+    row("Meta while it is held", Qt::Key_Meta, Qt::MetaModifier, false);
+    row("Alt while it is held", Qt::Key_Alt, Qt::AltModifier, false);
     row("letter with Shift", Qt::Key_A, Qt::ShiftModifier, false);
     row("letter with Control", Qt::Key_C, Qt::ControlModifier, false);
     row("letter with Meta", Qt::Key_A, Qt::MetaModifier, false);

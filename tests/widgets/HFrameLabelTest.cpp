@@ -28,6 +28,7 @@ private Q_SLOTS:
     void aPaletteSetWhileThereIsATextShowsAtOnce();
     void aTextWithoutPaletteKeepsTheNormalColor();
     void theHintHasRoomForTheText();
+    void markupIsShownAsItIs();
 };
 
 void HFrameLabelTest::aTextIsFramedAndCentered()
@@ -119,6 +120,13 @@ void HFrameLabelTest::theHintHasRoomForTheText()
     const QSize text = label.findChild<QLabel*>()->sizeHint();
     const QSize frame(2 * (2 + label.frameWidth()), 2 * (2 + label.frameWidth()));
     QCOMPARE(label.sizeHint(), text + frame);
+}
+
+void HFrameLabelTest::markupIsShownAsItIs()
+{
+    const QString text = QStringLiteral("<b>id</b>");
+    HFrameLabel label(text);
+    QVERIFY(label.sizeHint().width() > label.fontMetrics().horizontalAdvance(text));
 }
 
 QTEST_MAIN(HFrameLabelTest)

@@ -117,13 +117,20 @@ void HSortFilterProxyModelTest::valuesOfAType()
 
 void HSortFilterProxyModelTest::theLeftValueChoosesTheType()
 {
-    FixedTable model({{9, 0}, {"10", 0}});
+    FixedTable model({{9, 0},
+                      {"10", 0},
+                      {QChar(u'b'), 0},
+                      {int('c'), 0},
+                      {QTime(21, 0), 0},
+                      {QDateTime(QDate(2019, 1, 1), QTime(22, 0)), 0}});
     SwitchedProxy proxy(1);
     proxy.setSourceModel(&model);
     const QModelIndex number = model.index(0, 0);
     const QModelIndex text = model.index(1, 0);
-    QVERIFY(proxy.lessThan(number, text)); // 9 < 10
-    QVERIFY(proxy.lessThan(text, number)); // "10" < "9"
+    QVERIFY(proxy.lessThan(number, text));                         // 9 < 10
+    QVERIFY(proxy.lessThan(text, number));                         // "10" < "9"
+    QVERIFY(proxy.lessThan(model.index(2, 0), model.index(3, 0))); // 'b' < 'c'
+    QVERIFY(proxy.lessThan(model.index(4, 0), model.index(5, 0))); // 21:00 < 22:00
 }
 
 void HSortFilterProxyModelTest::anIndexWithoutModelHasNoValue()

@@ -7,6 +7,6 @@ __all__ = ["Sandbox", "make"]
 
 def make(directory):
     """Makes a sandbox from nothing in a directory that does not exist yet; returns it."""
-    from .make import make as make_sandbox  # needs dnf and rpm, which users of a made sandbox may lack
+    from .maker import make as make_sandbox  # needs dnf and rpm, which users of a made sandbox may lack
 
     return make_sandbox(directory)

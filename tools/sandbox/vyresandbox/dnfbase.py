@@ -4,7 +4,7 @@ import contextlib
 import os
 
 import dnf
-import dnf.conf
+import dnf.rpm
 import rpm
 
 

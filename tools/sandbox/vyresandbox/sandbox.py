@@ -36,6 +36,9 @@ class Sandbox(object):
         with Sandbox.made("/tmp/original").copy("/tmp/copy") as sandbox:
             subprocess.run(command, env=sandbox.environment())
             assert "/sandbox-http/repodata/repomd.xml" in sandbox.server.paths(200)
+
+    The server answers from threads of this process. dnf keeps the interpreter's lock while it downloads, so it has
+    to run in another process than the server: as a command, or with the server started by "sandbox run".
     """
 
     def __init__(self, directory):

@@ -8,7 +8,6 @@ import xml.etree.ElementTree as ElementTree
 from concurrent.futures import ThreadPoolExecutor
 
 import dnf.callback
-import libdnf.transaction
 
 from . import catalogue
 from .build import KeyRing, build_packages, run

@@ -1,0 +1,162 @@
+"""What all journeys share: each test works on a copy of the sandbox of its own and tells the program's end.
+
+VYRE_BINARY is the program, VYRE_SANDBOX the made sandbox, which stays as it is.
+"""
+import contextlib
+import os
+import shutil
+import sys
+import tempfile
+import threading
+import unittest
+
+TESTS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+sys.path[:0] = [os.path.join(TESTS, 'support'), os.path.join(os.path.dirname(TESTS), 'tools', 'sandbox')]
+
+import driver  # noqa: E402
+from driver import wait_for  # noqa: E402
+from vyresandbox import Sandbox  # noqa: E402
+
+# What dnf's lock on the package database is called.
+DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
+
+
+class Gate:
+    """A fault of the sandbox's server: nothing is answered until it is opened, and everything afterwards."""
+
+    def __init__(self):
+        self._reached = threading.Event()
+        self._open = threading.Event()
+
+    def __call__(self, handler):
+        self._reached.set()
+        while not self._open.wait(0.05):
+            if handler.server.stopping.is_set():
+                return
+        handler.send_file()
+
+    def wait_reached(self):
+        if not self._reached.wait(60):
+            raise AssertionError('nobody has asked the server')
+
+    def open(self):
+        self._open.set()
+
+
+class JourneyTest(unittest.TestCase):
+
+    def setUp(self):
+        self.scratch = tempfile.mkdtemp(prefix='journey.')
+        self.failed = False
+        self.addCleanup(self._clean)
+        self.sandbox = Sandbox.made(os.environ['VYRE_SANDBOX']).copy(os.path.join(self.scratch, 'sandbox'))
+        self.addCleanup(self.sandbox.stop)
+        self.sandbox.start()
+        self.before = self.sandbox.installed()
+
+    def _clean(self):
+        if not self.failed:
+            shutil.rmtree(self.scratch)
+
+    @contextlib.contextmanager
+    def program(self, *arguments, environment=None, unset=()):
+        """A run of the program on the sandbox. A picture of the screen is left behind when something fails."""
+        number = 1
+        while os.path.exists(os.path.join(self.scratch, 'run{}'.format(number))):
+            number += 1
+        directory = os.path.join(self.scratch, 'run{}'.format(number))
+        os.mkdir(directory)
+        variables = self.sandbox.environment()
+        variables.update(environment or {})
+        with driver.Program(os.environ['VYRE_BINARY'], directory, arguments, variables, unset) as program:
+            try:
+                yield program
+            except BaseException:
+                self.failed = True
+                picture = os.path.join(directory, 'screen.png')
+                driver.screenshot(picture)
+                print('{}: the screen is in {}'.format(self.id(), picture), file=sys.stderr)
+                if program.running():
+                    print('windows: {}'.format(program.titles()), file=sys.stderr)
+                print(program.stderr(), file=sys.stderr, flush=True)
+                raise
+
+    # The end
+
+    def locks(self):
+        return [os.path.join(directory, name) for directory, _, names in os.walk(self.sandbox.root)
+                for name in names if 'lock' in name and name.endswith('.pid')]
+
+    def check_ended(self, program, status=0):
+        """The program has ended by itself, with this status, and has left nothing behind."""
+        self.assertEqual(program.wait(), status, program.stderr())
+        self.assertEqual(program.stderr(), '')
+        self.assertEqual(self.locks(), [])
+        wait_for(lambda: program.left_over() == [], 'the end of all processes')
+
+    def quit(self, window):
+        """Quit by the menu's key, from a main window without dialogs in front of it."""
+        self.assertEqual(window.program.titles(), [driver.main_title()])
+        driver.key('ctrl+q')
+        self.check_ended(window.program)
+
+    def close(self, window):
+        """Close the main window by the window manager."""
+        driver.key('alt+F4')
+        self.check_ended(window.program)
+
+    # The installed packages
+
+    def check_unchanged(self):
+        self.assertEqual(self.sandbox.installed(), self.before)
+
+    def check_changed(self, new=(), gone=()):
+        """Nothing but this has changed since the begin. A public key that was imported does not count."""
+        after = {name for name in self.sandbox.installed() if not name.startswith('gpg-pubkey-')}
+        self.assertEqual((after - self.before, self.before - after), (set(new), set(gone)))
+
+    # Dialogs
+
+    def read_dialog(self, program, title, *texts):
+        """The dialog with the title, whose text contains these texts."""
+        dialog = program.window(title)
+        text = wait_for(dialog.text, 'the text of ' + title)
+        for part in texts:
+            self.assertIn(part, text)
+        return dialog
+
+    def close_dialog(self, program, dialog):
+        """Press the only button of a message."""
+        buttons = dialog.buttons()
+        self.assertEqual(len(buttons), 1, buttons)
+        title = dialog.title
+        dialog.click_button(buttons[0])
+        program.no_window(title)
+
+    def check_message(self, program, title, *texts):
+        """There is this one message; it is closed."""
+        self.close_dialog(program, self.read_dialog(program, title, *texts))
+
+    def read_log(self, window):
+        """The text of the Log window, which is opened and closed."""
+        driver.key('ctrl+l')
+        log = window.program.window('VYRE Log')
+        # The spin box has a text too; the pane is the larger one.
+        texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
+        text = max((driver.text_of(accessible) for accessible in texts), key=len)
+        log.click_button('Close')
+        window.program.no_window('VYRE Log')
+        return text
+
+    def check_usable(self, window, name='almanac'):
+        """The window answers: all packages can be listed, and this one found."""
+        window.wait_ready()
+        window.show_all()
+        window.set_filter('^' + name + ' ')
+        window.wait_names([name])
+        window.set_filter('.*')
+        wait_for(lambda: window.row_count() > 100, 'all packages')
+
+
+def main():
+    unittest.main(verbosity=2)

@@ -1,0 +1,34 @@
+#!/usr/bin/python3
+"""Tests of the script YumIO.py with the real package manager on throw-away systems.
+
+VYRE_SANDBOX names the directory of a sandbox that was made already; without it one is made.
+"""
+
+import os
+import sys
+import unittest
+
+DIRECTORY = os.path.dirname(os.path.abspath(__file__))
+sys.dont_write_bytecode = True
+sys.path.insert(0, DIRECTORY)
+
+import scenario  # noqa: E402
+
+
+def main():
+    """Runs the tests given as module.class.method on the command line, or all of them."""
+    loader = unittest.defaultTestLoader
+    if len(sys.argv) > 1:
+        tests = loader.loadTestsFromNames(sys.argv[1:])
+    else:
+        tests = loader.discover(DIRECTORY, pattern="test_*.py")
+    scenario.setUpWorkspace()
+    try:
+        result = unittest.TextTestRunner(verbosity=2).run(tests)
+    finally:
+        scenario.tearDownWorkspace()
+    return 0 if result.wasSuccessful() else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,286 @@
+"""Runs each test in a process of its own on a private copy of a sandbox.
+
+The package manager and rpm keep state for the whole process, and the script changes some of it.
+"""
+
+import functools
+import multiprocessing
+import os
+import runpy
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import traceback
+import unittest
+
+SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+SCRIPT = os.path.join(SOURCES, "share", "python", "YumIO.py")
+sys.path.insert(0, os.path.join(SOURCES, "tools", "sandbox"))
+
+from vyresandbox import Sandbox, server  # noqa: E402
+
+from recordingmodule import Recording  # noqa: E402
+
+_PATIENCE = 180  # seconds after which a process that hangs is ended
+
+workspace = None
+
+
+def setUpWorkspace():
+    """Called once, in the first process."""
+    global workspace
+    workspace = tempfile.mkdtemp(prefix="yumio-script-")
+
+
+def tearDownWorkspace():
+    shutil.rmtree(workspace)
+
+
+def original():
+    directory = os.environ.get("VYRE_SANDBOX")
+    if not directory:
+        directory = os.path.join(workspace, "original")
+        if not os.path.isdir(directory):
+            command = [os.path.join(SOURCES, "tools", "sandbox", "sandbox"), "make", directory]
+            subprocess.run(command, check=True)
+    return Sandbox.made(directory)
+
+
+def in_own_process(method):
+    """The test runs in a child of this process; what it raises is raised here again, as text."""
+
+    @functools.wraps(method)
+    def run(self):
+        reader, writer = os.pipe()
+        sys.stdout.flush()
+        sys.stderr.flush()
+        child = os.fork()
+        if child == 0:
+            os.close(reader)
+            report = ""
+            try:
+                signal.alarm(_PATIENCE)
+                self.enter()
+                try:
+                    method(self)
+                finally:
+                    self.leave()
+            except BaseException:
+                report = traceback.format_exc()
+            # The script stays in place of the streams until the end.
+            with os.fdopen(writer, "w", errors="backslashreplace") as stream:
+                stream.write(report)
+            os._exit(1 if report else 0)
+        os.close(writer)
+        with os.fdopen(reader) as stream:
+            report = stream.read()
+        status = os.waitpid(child, 0)[1]
+        if report:
+            self.fail("in the process of the test:\n" + report)
+        if status:
+            self.fail("the process of the test ended with status %d" % status)
+
+    return run
+
+
+class RemoteServer(object):
+    """The sandbox's server in a process of its own: downloads hold the interpreter of this one."""
+
+    def __init__(self, sandbox):
+        self._sandbox = sandbox
+        self._here, there = multiprocessing.Pipe()
+        self.process = os.fork()
+        if self.process == 0:
+            self._here.close()
+            signal.alarm(_PATIENCE)
+            _serve(sandbox, there)
+        there.close()
+        # For a restart: the repositories in use know the port.
+        sandbox._last_port = self._here.recv()
+
+    def _call(self, *command):
+        self._here.send(command)
+        return self._here.recv()
+
+    def fault(self, path, kind, *arguments):
+        """kind: the name of a function of vyresandbox.server that makes a fault; "none"; or "end_after" a number of
+        bytes for a server that ends by itself then."""
+        self._call("fault", path, kind, arguments)
+
+    def paths(self, status=None):
+        return self._call("paths", status)
+
+    def forget(self):
+        """Empties the request log."""
+        self._call("forget")
+
+    def start(self):
+        self._call("start")
+
+    def stop(self):
+        self._call("stop")
+
+    def restart(self):
+        """Brings a server back that ended by itself."""
+        os.waitpid(self.process, 0)
+        self.__init__(self._sandbox)
+
+    def end(self):
+        self._here.close()
+        os.waitpid(self.process, 0)
+
+
+def _end_after(size, handler):
+    handler.send_file(alter=lambda content: content[:size])
+    os._exit(0)
+
+
+def _serve(sandbox, pipe):
+    sandbox.start()
+    pipe.send(sandbox.server.port)
+    while True:
+        try:
+            command, *arguments = pipe.recv()
+        except EOFError:
+            os._exit(0)
+        answer = None
+        if command == "fault":
+            path, kind, values = arguments
+            if kind == "none":
+                sandbox.server.faults.pop(path, None)
+            elif kind == "end_after":
+                sandbox.server.faults[path] = functools.partial(_end_after, *values)
+            else:
+                sandbox.server.faults[path] = getattr(server, kind)(*values)
+        elif command == "paths":
+            answer = sandbox.server.paths(*arguments)
+        elif command == "forget":
+            del sandbox.server.requests[:]
+        elif command == "start":
+            sandbox.start()
+        elif command == "stop":
+            sandbox.stop()
+        pipe.send(answer)
+
+
+class ScenarioTest(unittest.TestCase):
+    """Base of the tests: sandbox is the copy, recording what the script told, script the script's names."""
+
+    def setUp(self):
+        self.directory = tempfile.mkdtemp(dir=workspace)
+        self.addCleanup(shutil.rmtree, self.directory)
+        self.sandbox = original().copy(os.path.join(self.directory, "copy"))
+
+    def enter(self):
+        self.home = os.path.join(self.directory, "home")
+        os.makedirs(self.home)
+        os.environ["HOME"] = self.home
+        os.environ["VYREROOT"] = self.sandbox.root
+        self.configure("retries=1", "timeout=5")
+        self.server = RemoteServer(self.sandbox)
+
+    def leave(self):
+        self.server.end()
+
+    def configure(self, *lines):
+        """Adds lines to the main section of the configuration file."""
+        with open(os.path.join(self.sandbox.root, "etc/yum.conf"), "a") as stream:
+            stream.write("\n".join(lines) + "\n")
+
+    def write(self, path, content):
+        """Writes a file of the managed system."""
+        path = self.sandbox.root + path
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb" if isinstance(content, bytes) else "w") as stream:
+            stream.write(content)
+        return path
+
+    def repository_file(self, name):
+        return os.path.join(self.sandbox.root, "etc/yum.repos.d", name + ".repo")
+
+    def change_repository(self, name, old, new):
+        with open(self.repository_file(name)) as stream:
+            content = stream.read()
+        self.assertIn(old, content)
+        with open(self.repository_file(name), "w") as stream:
+            stream.write(content.replace(old, new))
+
+    def load(self):
+        """Runs the script and makes its object, as the program does at its start."""
+        self.recording = Recording()
+        sys.modules["yumIOC"] = self.recording.module
+        # As the program's interpreter does, which runs the script in __main__.
+        self.script = runpy.run_path(SCRIPT, run_name="__main__")
+        import dnf
+
+        self.dnf = dnf
+        self.yumio = self.script["YumIO"]()
+        return self.yumio
+
+    def collect(self):
+        """All that the program does to collect the packages."""
+        yumio = self.yumio
+        yumio.setupRepos()
+        self.updates = list(yumio.collectUpdates())
+        everything = yumio.collectAll()
+        self.installed = list(everything.installed)
+        self.available = list(everything.available)
+        self.groups = {group.id: group for group in yumio.collectGroups()}
+        yumio.collectDone()
+
+    def started(self):
+        """From the start to the collected packages; nothing may have gone wrong on the way."""
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        self.assert_no_faults()
+        self.recording.clear()
+
+    def again(self):
+        """A new collection, as after each transaction."""
+        self.yumio.reset()
+        self.collect()
+        self.recording.clear()
+
+    def assert_no_faults(self):
+        self.assertEqual(self.recording.faults, [])
+
+    def package(self, packages, name, arch=None, version=None):
+        found = [package for package in packages if package.name == name and arch in (None, package.arch)
+                 and version in (None, package.version)]
+        self.assertEqual(len(found), 1, "%s: %s" % (name, found))
+        return found[0]
+
+    def apply(self, installs=(), updates=(), removes=(), group_installs=(), group_updates=(), group_removes=(),
+              answers=(1,)):
+        """Applies actions given by name; updates as pairs with every installed version."""
+        self.recording.answers = list(answers)
+        pairs = []
+        for name in updates:
+            new = self.package(self.updates, name, "x86_64" if name == "libcairn" else None)
+            pairs += [[new, old] for old in self.installed if old.name == name and old.arch == new.arch]
+        result = self.yumio.apply(
+            [self.package(self.available, name) for name in installs], pairs,
+            [old for name in removes for old in self.installed if old.name == name],
+            [self.groups[name] for name in group_installs], [self.groups[name] for name in group_updates],
+            [self.groups[name] for name in group_removes])
+        self.assert_no_faults()
+        return result
+
+    def assert_refused(self, text, **actions):
+        """The actions fail as the program expects of failures, for that reason, and change nothing."""
+        before = self.sandbox.installed()
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.apply(**actions)
+        self.assertRegex(str(caught.exception), text)
+        self.assertEqual(self.sandbox.installed(), before)
+        self.assert_no_faults()
+
+    def changes(self, action, *arguments, **actions):
+        """What the action installs and erases, as sets of name-version-release.arch."""
+        before = self.sandbox.installed()
+        action(*arguments, **actions)
+        after = self.sandbox.installed()
+        return after - before, before - after

@@ -1,0 +1,99 @@
+"""The four ways of cleaning the cache."""
+
+import os
+import re
+
+from scenario import ScenarioTest, in_own_process
+
+# Which of the files in the cache belong to what is cleaned.
+KINDS = {
+    "packages": r"/packages/[^/]+\.rpm$",
+    "solver": r"\.solvx?$",
+    "metadata": r"-[0-9a-f]{16}/(repodata/.+|metalink.xml|mirrorlist|.*cachecookie|gen/groups\.xml)$",
+}
+
+
+class CleanTest(ScenarioTest):
+    def files(self):
+        """Kind -> files in the cache; everything unknown is of the kind "other"."""
+        found = {"packages": set(), "solver": set(), "metadata": set(), "other": set()}
+        cache = self.sandbox.root + "/var/cache/yum"
+        for directory, _, names in os.walk(cache):
+            for name in names:
+                path = os.path.join(directory, name)[len(cache):]
+                kind = next((kind for kind, pattern in KINDS.items() if re.search(pattern, path)), "other")
+                found[kind].add(path)
+        return found
+
+    def filled(self):
+        """A collected system with something of each kind in the cache, and things that are not the cache's."""
+        self.configure("keepcache=1")
+        self.started()
+        self.apply(installs=["loupe"])
+        self.package(self.available, "tagsoup").changelogs
+        for place in ("notes.txt", "packages.rpm", "sandbox-http-0123456789abcdef.keep/x.rpm"):
+            self.write("/var/cache/yum/" + place, "mine")
+        files = self.files()
+        for kind in KINDS:
+            self.assertTrue(files[kind], kind)
+        self.assertEqual(len(files["other"]), 3 + len([
+            name for name in files["other"] if re.search(r"json$|lock", name)]), files["other"])
+        return files
+
+    def assert_cleaned(self, method, *kinds):
+        before = self.filled()
+        getattr(self.yumio, method)()
+        after = self.files()
+        for kind in before:
+            self.assertEqual(after[kind], set() if kind in kinds else before[kind], kind)
+        # What was cleaned comes again.
+        self.yumio.reset()
+        self.collect()
+        self.package(self.available, "astrolabe")
+        self.assertTrue(self.package(self.available, "tagsoup").changelogs)
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_packages(self):
+        self.assert_cleaned("cleanPackages", "packages")
+
+    @in_own_process
+    def test_metadata(self):
+        self.assert_cleaned("cleanMetadata", "metadata", "solver")
+
+    @in_own_process
+    def test_database_caches(self):
+        self.assert_cleaned("cleanDbcache", "solver")
+
+    @in_own_process
+    def test_all(self):
+        self.assert_cleaned("cleanAll", "packages", "metadata", "solver")
+
+    @in_own_process
+    def test_an_empty_cache(self):
+        self.load()
+        for method in ("cleanDbcache", "cleanPackages", "cleanMetadata", "cleanAll"):
+            self.assertTrue(getattr(self.yumio, method)())
+
+    @in_own_process
+    def test_packages_of_a_directory_are_not_the_caches(self):
+        self.started()
+        before = sorted(os.listdir(self.sandbox.repository("sandbox-file")))
+        self.yumio.cleanAll()
+        self.assertEqual(sorted(os.listdir(self.sandbox.repository("sandbox-file"))), before)
+
+    @in_own_process
+    def test_packages_can_be_installed_after_everything_was_cleaned(self):
+        self.started()
+        self.yumio.cleanAll()
+        changed = self.changes(self.apply, installs=["loupe"])
+        self.assertEqual(changed, ({"loupe-45.0-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_a_cache_in_use_by_another_process_is_left_alone(self):
+        before = self.filled()
+        self.write("/var/cache/yum/download_lock.pid", str(os.getppid()))
+        with self.assertRaises(self.dnf.exceptions.LockError):
+            self.yumio.cleanAll()
+        os.unlink(self.sandbox.root + "/var/cache/yum/download_lock.pid")
+        self.assertEqual(self.files(), before)

@@ -1,0 +1,286 @@
+"""Reading repositories, and what is collected from them."""
+
+import datetime
+import os
+
+from scenario import ScenarioTest, in_own_process
+
+from vyresandbox import catalogue
+
+REPODATA = "/sandbox-http/repodata/"
+
+
+class SetupTest(ScenarioTest):
+    @in_own_process
+    def test_an_unreachable_repository_that_may_be_skipped_is_only_reported(self):
+        self.load()
+        self.yumio.setupRepos()
+        self.assertIn("sandbox-unreachable", "\n".join(self.recording.errors()))
+        self.assertTrue(self.yumio.base.sack.query().filter(name="wax-tablet"))
+
+    @in_own_process
+    def test_an_unreachable_repository_is_a_repository_error(self):
+        self.change_repository("sandbox-unreachable", "skip_if_unavailable=1", "skip_if_unavailable=0")
+        self.load()
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-unreachable"):
+            self.yumio.setupRepos()
+        self.change_repository("sandbox-unreachable", "enabled=1", "enabled=0")
+        self.yumio.reset()
+        self.collect()
+        self.assert_no_faults()
+
+    def metadata(self, kind):
+        names = os.listdir(os.path.join(self.sandbox.directory, "http" + REPODATA))
+        return REPODATA + next(name for name in names if name.endswith(kind))
+
+    @in_own_process
+    def test_bad_metadata_is_a_repository_error_and_mended_when_the_repository_is(self):
+        self.load()
+        for path, kind, arguments in (
+                (REPODATA + "repomd.xml", "status", (404,)),
+                (REPODATA + "repomd.xml", "status", (500,)),
+                (REPODATA + "repomd.xml", "truncated", (100,)),
+                (REPODATA + "repomd.xml", "corrupted", ()),
+                (self.metadata("primary.xml.gz"), "status", (404,)),
+                (self.metadata("primary.xml.gz"), "truncated", (100,)),
+                (self.metadata("primary.xml.gz"), "corrupted", ()),
+                (self.metadata("other.xml.gz"), "corrupted", ())):
+            self.yumio.cleanAll()
+            self.server.fault(path, kind, *arguments)
+            self.yumio.reset()
+            with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-http", msg=(path, kind)):
+                self.yumio.setupRepos()
+            self.server.fault(path, "none")
+            self.yumio.reset()
+            self.collect()
+            self.package(self.available, "astrolabe")
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_a_server_that_is_gone_is_a_repository_error(self):
+        self.load()
+        self.server.stop()
+        with self.assertRaises(self.dnf.exceptions.RepoError):
+            self.yumio.setupRepos()
+
+    @in_own_process
+    def test_metadata_held_by_another_process_is_a_repository_error(self):
+        self.load()
+        self.write("/var/cache/yum/metadata_lock.pid", str(os.getppid()))
+        with self.assertRaises(self.dnf.exceptions.RepoError):
+            self.yumio.setupRepos()
+
+    @in_own_process
+    def test_fresh_metadata_comes_from_the_cache(self):
+        self.configure("metadata_expire=3600")
+        self.started()
+        self.assertIn(REPODATA + "repomd.xml", self.server.paths(200))
+        self.server.forget()
+        self.again()
+        self.assertEqual(self.server.paths(), [])
+        self.package(self.available, "astrolabe")
+
+    @in_own_process
+    def test_metadata_progress_is_told(self):
+        self.load()
+        self.collect()
+        told = set(read[:2] for read in self.recording.of("downloadEnd"))
+        self.assertIn(("MDPayload", "Sandbox, by HTTP"), told)
+        self.assert_no_faults()
+
+
+class CollectionTest(ScenarioTest):
+    def setUp(self):
+        super(CollectionTest, self).setUp()
+        self.catalogue = catalogue.packages()
+
+    @in_own_process
+    def test_updates_are_the_newer_versions_of_what_is_installed(self):
+        self.started()
+        installed = {(package.name, package.arch) for package in self.catalogue if package.state}
+        expected = sorted(package.nevra for package in self.catalogue
+                          if package.repo == "updates" and (package.name, package.arch) in installed)
+        self.assertEqual(sorted(map(str, self.updates)), expected)
+        for nevra in ("libcairn-2.2-1.x86_64", "libcairn-2.2-1.i686", "kernel-6.1.31-1.x86_64",
+                      "quillbase-2:1.0-1.x86_64", "loomctl-1.1-1.x86_64"):
+            self.assertIn(nevra, expected)
+        self.assertFalse([name for name in expected if name.startswith("newpost")])
+
+    @in_own_process
+    def test_installed_and_available_packages(self):
+        self.started()
+        self.assertEqual({str(package) for package in self.installed}, self.sandbox.installed())
+        self.assertEqual(sorted(package.version for package in self.installed if package.name == "kernel"),
+                         ["6.1.20", "6.1.25"])
+        available = [str(package) for package in self.available]
+        self.assertEqual(len(available), len(set(available)))
+        enabled = [package for package in self.catalogue if package.repo != "disabled"]
+        self.assertEqual({(package.name, package.arch) for package in self.available},
+                         {(package.name, package.arch) for package in enabled})
+        for nevra in ("quillbase-2:1.0-1.x86_64", "newpost-2.0-1.x86_64", "epochal-3:0.1-1.noarch",
+                      "libmoss-0.5-1.i686", "libmoss-0.5-1.x86_64", "libcairn-2.2-1.i686"):
+            self.assertIn(nevra, available)
+        self.assertNotIn("quillbase-1:2.4-1.x86_64", available)
+
+    @in_own_process
+    def test_a_repository_of_higher_priority_hides_newer_packages_of_others(self):
+        with open(self.repository_file("sandbox-http"), "a") as stream:
+            stream.write("priority=10\n")
+        self.started()
+        self.assertEqual([str(package) for package in self.updates if package.name == "abacus-cli"], [])
+        self.assertEqual(self.package(self.available, "abacus-cli").version, "3.2.1")
+        self.package(self.available, "newpost")
+
+    @in_own_process
+    def test_excluded_packages_are_not_collected(self):
+        self.configure("exclude=astrolabe almanac loomctl")
+        self.started()
+        self.assertEqual([package.name for package in self.available + self.updates
+                          if package.name in ("astrolabe", "loomctl")], [])
+
+    @in_own_process
+    def test_groups(self):
+        self.started()
+        self.assertEqual(set(self.groups), {group.identifier for group in catalogue.GROUPS})
+        self.assertFalse(self.groups["core"].uservisible)
+        office = self.groups["office"]
+        self.assertTrue(office.uservisible)
+        # What reads the groups drops blanks beside a character that is written as an entity.
+        self.assertEqual((office.id, office.name.replace(" ", "")), ("office", "Office&<b>Productivity</b>"))
+        self.assertEqual(self.groups["international"].name, "Международные программы")
+        for kind, names in (("mandatory", ["scribe-writer"]), ("default", ["almanac", "ledger-calc"]),
+                            ("optional", ["corkboard", "lectern-slides"]),
+                            ("conditional", ["scribe-fonts", "scribe-lexicon"])):
+            members = getattr(office, kind + "_packages")
+            self.assertIsInstance(members, list)
+            self.assertEqual(sorted(member.name for member in members), names)
+            self.assertEqual(sorted(member.__str__() for member in members), names)
+        history = self.yumio.base.history.group
+        self.assertIsNotNone(history.get("arts"))
+        self.assertIsNone(history.get("office"))
+
+    @in_own_process
+    def test_the_class_of_an_architecture(self):
+        biArch = self.load().getBiArch
+        self.assertEqual(biArch("x86_64"), "x86_64")
+        self.assertEqual(biArch("noarch"), "x86_64")
+        self.assertEqual(biArch("i686"), biArch("i586"))
+        self.assertNotEqual(biArch("i686"), "x86_64")
+        self.assertEqual(biArch("architecture-of-tomorrow"), "architecture-of-tomorrow")
+
+    @in_own_process
+    def test_the_better_of_two_packages(self):
+        self.started()
+        better = self.yumio.isBetterThan
+        wide = self.package(self.available, "libcairn", "x86_64")
+        narrow = self.package(self.available, "libcairn", "i686")
+        old = self.package(self.installed, "libcairn", "i686")
+        self.assertIs(better(wide, narrow), True)
+        self.assertIs(better(narrow, wide), False)
+        self.assertIs(better(narrow, old), True)
+        self.assertIs(better(old, narrow), False)
+        epochs = self.package(self.available, "quillbase"), self.package(self.installed, "quillbase")
+        self.assertIs(better(*epochs), True)
+
+    @in_own_process
+    def test_every_package_has_the_attributes_that_the_program_reads(self):
+        self.started()
+        for package in self.installed + self.available + self.updates:
+            for attribute in ("name", "arch", "repoid", "summary", "group", "description", "version", "release"):
+                value = getattr(package, attribute)
+                self.assertIsInstance(value, str, "%s of %s" % (attribute, package))
+                self.assertTrue(value, "%s of %s" % (attribute, package))
+            for attribute in ("vendor", "buildhost", "sourcerpm", "license", "packager", "url", "relativepath"):
+                value = getattr(package, attribute)
+                self.assertTrue(value is None or isinstance(value, str), "%s of %s" % (attribute, package))
+            for attribute in ("epoch", "size", "buildtime"):
+                self.assertIsInstance(getattr(package, attribute), int, "%s of %s" % (attribute, package))
+        for package in self.installed:
+            self.assertIsInstance(package.installtime, int)
+            self.assertGreater(package.installtime, 0)
+            self.assertEqual(package.buildhost, "builder7.larkspur.example")
+
+    @in_own_process
+    def test_texts_of_an_installed_and_of_an_available_package(self):
+        self.started()
+        suite = self.package(self.installed, "vyre-network-suite")
+        self.assertEqual(suite.group, "Suite")
+        gallivant = self.package(self.installed, "gallivant")
+        soup = self.package(self.available, "tagsoup")
+        self.assertEqual((gallivant.vendor, gallivant.packager, gallivant.license, gallivant.url), (
+            "Wander Works", "Gil Vant <gil@larkspur.example>", "Artistic-2.0", "https://larkspur.example/gallivant"))
+        self.assertEqual((soup.vendor, soup.license, soup.group), (
+            "Angle <b>Brackets</b> & Sons", "MIT & <i>others</i>", "<u>Under</u>/Lined"))
+        self.assertEqual(soup.relativepath, "tagsoup-1.0-1.noarch.rpm")
+
+    @in_own_process
+    def test_files_of_installed_and_available_packages(self):
+        self.started()
+        self.assertTrue(self.yumio.collectFileLists())
+        self.assertEqual(list(self.package(self.installed, "gallivant").files), ["/opt/gallivant/bin/gallivant"])
+        self.assertEqual(len(self.package(self.available, "manyfiles").files), 2000)
+        self.assertEqual(list(self.package(self.available, "corkboard").files), ["/usr/share/doc/corkboard/README"])
+
+    @in_own_process
+    def test_change_logs_of_installed_and_available_packages(self):
+        self.started()
+        for package, name in ((self.package(self.installed, "tagsoup-installed"), "unusual"),
+                              (self.package(self.available, "tagsoup"), "unusual"),
+                              (self.package(self.installed, "almanac"), "first"),
+                              (self.package(self.updates, "loomctl"), "update"),
+                              (self.package(self.available, "corkboard"), "first"),
+                              (self.package(self.available, "wax-blank"), "first")):
+            entries = package.changelogs
+            self.assertEqual([(entry["timestamp"].date(), entry["author"], entry["text"]) for entry in entries],
+                             catalogue.CHANGELOGS[name], str(package))
+            for entry in entries:
+                self.assertIs(type(entry["timestamp"]), datetime.datetime)
+
+    @in_own_process
+    def test_change_logs_of_all_repositories_can_be_loaded_at_once(self):
+        self.started()
+        self.assertTrue(self.yumio.collectOtherData())
+        self.yumio.cleanAll()
+        self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
+
+    @in_own_process
+    def test_change_logs_whose_metadata_is_gone_are_empty(self):
+        self.started()
+        self.yumio.cleanAll()
+        self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
+        self.assertIn("sandbox-http", "\n".join(self.recording.errors()))
+        self.assertEqual(len(self.package(self.available, "manyfiles").files), 2000)
+
+    @in_own_process
+    def test_change_logs_stay_readable_after_another_collection(self):
+        self.started()
+        self.again()
+        self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
+
+    @in_own_process
+    def test_only_installed_packages_have_a_header(self):
+        self.started()
+        import rpm
+
+        gallivant = self.package(self.installed, "gallivant")
+        self.assertEqual(list(gallivant.hdr[rpm.RPMTAG_PREFIXES]), ["/opt/gallivant"])
+        self.assertFalse(hasattr(self.package(self.available, "astrolabe"), "hdr"))
+
+    @in_own_process
+    def test_relations_of_installed_and_available_packages(self):
+        self.started()
+        orchard = self.package(self.available, "orchard")
+        self.assertEqual({str(relation) for relation in orchard.requires} - {"setup"},
+                         {"libbough >= 1.1", "(orchard-lang if lexicon-en)"})
+        self.assertEqual([relation.__str__() for relation in orchard.requires_pre], ["setup"])
+        for package, attribute, texts in (
+                (orchard, "recommends", ["orchard-plugins"]), (orchard, "suggests", ["orchard-samples"]),
+                (self.package(self.available, "orchard-thumbnails"), "supplements", ["orchard"]),
+                (self.package(self.available, "orchard-plugins"), "enhances", ["orchard"]),
+                (self.package(self.available, "gull-mta"), "conflicts", ["tern-mta"]),
+                (self.package(self.available, "newpost"), "obsoletes", ["oldpost < 2"]),
+                (self.package(self.installed, "trellis-editor"), "requires", ["libtrellis >= 1"])):
+            found = [relation.__str__() for relation in getattr(package, attribute)]
+            self.assertEqual([text for text in found if not text.startswith("rpmlib(")], texts)
+        self.assertIn("installonlypkg(kernel)", [
+            str(relation) for relation in self.package(self.installed, "kernel", version="6.1.20").provides])

@@ -1,0 +1,381 @@
+"""The start of the script: configuration files, paths, locks."""
+
+import os
+import shutil
+import subprocess
+import sys
+import threading
+
+from scenario import ScenarioTest, in_own_process
+
+LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
+          "sandbox-updates")
+
+
+class ConfigurationTest(ScenarioTest):
+    @in_own_process
+    def test_an_empty_root_has_no_repositories_and_no_packages(self):
+        root = os.environ["VYREROOT"] = os.path.join(self.directory, "empty")
+        os.makedirs(root)
+        yumio = self.load()
+        self.assertEqual(yumio.base.repos, {})
+        self.assertIsInstance(yumio.base.repos, dict)
+        self.assertIsInstance(yumio.base.conf.releasever, str)
+        self.assertEqual(yumio.base.conf.basearch, "x86_64")
+        yumio.lock()
+        self.collect()
+        self.assertEqual((self.updates, self.installed, self.available, self.groups), ([], [], [], {}))
+        self.assertIsNone(yumio.base.history.group.get("arts"))
+        yumio.unlock()
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_without_configuration_file_the_repository_directories_count(self):
+        os.unlink(os.path.join(self.sandbox.root, "etc/yum.conf"))
+        yumio = self.load()
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        self.assertFalse(yumio.base.conf.config_file_path.startswith("/etc/"))
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_a_broken_configuration_file_is_reported_and_the_repository_directories_count(self):
+        self.write("/etc/yum.conf", "[main\nthis is no option\n")
+        yumio = self.load()
+        self.assertIn("/etc/yum.conf", "\n".join(self.recording.errors()))
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+
+    @in_own_process
+    def test_a_configuration_file_that_is_not_text_is_reported(self):
+        self.write("/etc/yum.conf", b"\x00\xff\xfe[main]\n\xe9=\xe9\n")
+        yumio = self.load()
+        self.assertIn("/etc/yum.conf", "\n".join(self.recording.errors()))
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_an_invalid_value_is_reported_and_the_others_count(self):
+        self.configure("installonly_limit=many", "debuglevel=7")
+        yumio = self.load()
+        self.assertIn("installonly_limit", "\n".join(self.recording.errors()))
+        self.assertEqual(yumio.base.conf.debuglevel, 7)
+
+    @in_own_process
+    def test_a_broken_repository_file_is_reported_and_the_others_count(self):
+        self.write("/etc/yum.repos.d/broken.repo", "[broken\nname=x\n")
+        self.write("/etc/yum.repos.d/illegal.repo", "[not a name!]\nname=x\nbaseurl=file:///\n")
+        yumio = self.load()
+        errors = "\n".join(self.recording.errors())
+        self.assertIn("broken.repo", errors)
+        self.assertIn("not a name!", errors)
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+
+    @in_own_process
+    def test_the_configuration_file_in_etc_yum_is_preferred(self):
+        self.write("/etc/yum/yum.conf", "[main]\ndebuglevel=5\n")
+        yumio = self.load()
+        self.assertEqual(yumio.base.conf.debuglevel, 5)
+        self.assertEqual(yumio.base.conf.config_file_path, self.sandbox.root + "/etc/yum/yum.conf")
+
+    @in_own_process
+    def test_repositories_come_from_the_main_file_and_both_directories(self):
+        self.configure("[in-main]", "name=Main", "baseurl=file:///nowhere")
+        self.write("/etc/yum/repos.d/second.repo", "[second]\nname=Second\nbaseurl=file:///nowhere\n")
+        yumio = self.load()
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT + ("in-main", "second")))
+
+    @in_own_process
+    def test_a_repository_directory_of_the_configuration_replaces_the_default_ones(self):
+        place = os.path.join(self.directory, "elsewhere")
+        self.configure("reposdir=" + place)
+        os.makedirs(place)
+        with open(os.path.join(place, "one.repo"), "w") as stream:
+            stream.write("[one]\nname=One\nbaseurl=file:///nowhere\nenabled=0\n")
+        yumio = self.load()
+        self.assertEqual(list(yumio.base.repos), ["one"])
+        self.assertEqual(yumio.base.repos["one"].enabled, 0)
+
+    @in_own_process
+    def test_cache_state_and_logs_are_below_the_root(self):
+        shutil.rmtree(self.sandbox.root + "/var/log")
+        yumio = self.load()
+        conf = yumio.base.conf
+        root = self.sandbox.root
+        self.assertEqual(conf.installroot, root)
+        self.assertEqual((conf.cachedir, conf.logdir, conf.persistdir),
+                         (root + "/var/cache/yum", root + "/var/log", root + "/var/lib/dnf"))
+        yumio.setupRepos()
+        self.assertTrue(os.path.isfile(root + "/var/log/dnf.log"))
+        self.assertIn("sandbox-http.solv", os.listdir(root + "/var/cache/yum"))
+
+    @in_own_process
+    def test_paths_of_the_configuration_file_are_kept_and_their_variables_replaced(self):
+        place = os.path.join(self.directory, "$basearch", "$releasever")
+        self.configure("cachedir=%s/cache" % place, "logdir=%s/log" % place, "persistdir=%s/state" % place)
+        yumio = self.load()
+        conf = yumio.base.conf
+        place = os.path.join(self.directory, "x86_64", "9")
+        self.assertEqual((conf.cachedir, conf.logdir, conf.persistdir),
+                         (place + "/cache", place + "/log", place + "/state"))
+        yumio.setupRepos()
+        self.assertTrue(os.path.isdir(place + "/cache"))
+        self.assertTrue(os.path.isfile(place + "/log/dnf.log"))
+
+    @in_own_process
+    def test_a_log_directory_that_cannot_be_made_does_not_stop_the_start(self):
+        self.configure("logdir=/dev/null/log")
+        yumio = self.load()
+        self.assertIn("/dev/null/log", "\n".join(self.recording.errors()))
+        self.assertIn("sandbox-http", yumio.base.repos)
+
+    @in_own_process
+    def test_without_a_root_the_paths_are_those_of_the_system(self):
+        for value in (None, "", "/"):
+            os.environ.pop("VYREROOT")
+            if value is not None:
+                os.environ["VYREROOT"] = value
+            self.run_without_object()
+            present = set(["/etc/yum/yum.conf", "/etc/yum.conf"])
+            exists = os.path.exists
+            os.path.exists = lambda path: path in present
+            try:
+                self.assertEqual(self.script["configurationFile"](), "/etc/yum/yum.conf")
+                present.discard("/etc/yum/yum.conf")
+                self.assertEqual(self.script["configurationFile"](), "/etc/yum.conf")
+                present.clear()
+                self.assertIsNone(self.script["configurationFile"]())
+            finally:
+                os.path.exists = exists
+            conf = self.configuration_without_file()
+            self.assertEqual(conf.installroot, "/")
+            self.assertEqual(list(conf.reposdir), ["/etc/yum.repos.d", "/etc/yum/repos.d"])
+            self.assertEqual((conf.cachedir, conf.logdir, conf.persistdir),
+                             ("/var/cache/yum", "/var/log", "/var/lib/dnf"))
+            self.assertEqual(list(conf.varsdir), ["/etc/yum/vars", "/etc/dnf/vars"])
+            os.environ["VYREROOT"] = "x"
+
+    def run_without_object(self):
+        """Nothing of the real system but its configuration may be touched."""
+        import runpy
+
+        from recordingmodule import Recording
+        from scenario import SCRIPT
+
+        self.recording = Recording()
+        sys.modules["yumIOC"] = self.recording.module
+        self.script = runpy.run_path(SCRIPT, run_name="__main__")
+
+    def configuration_without_file(self):
+        import dnf.rpm
+
+        detect = dnf.rpm.detect_releasever
+        dnf.rpm.detect_releasever = lambda root: "9"
+        kind = self.script["YumIO"]
+        self.script["configurationFile"].__globals__["configurationFile"] = lambda: None
+        try:
+            return kind._configuration(kind.__new__(kind))
+        finally:
+            dnf.rpm.detect_releasever = detect
+
+    @in_own_process
+    def test_the_release_comes_from_its_package(self):
+        self.write("/etc/os-release", 'VERSION_ID="7"\n')
+        self.assertEqual(self.load().base.conf.releasever, "9")
+
+    @in_own_process
+    def test_without_a_release_package_the_release_file_counts(self):
+        self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
+        self.write("/etc/os-release", 'NAME=x\nVERSION_ID="7.2"\n')
+        self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")
+        yumio = self.load()
+        self.assertEqual(yumio.base.conf.releasever, "7.2")
+        self.assertIn("more-7.2", yumio.base.repos)
+
+    @in_own_process
+    def test_without_any_release_repositories_are_read_all_the_same(self):
+        self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
+        os.unlink(self.sandbox.root + "/etc/os-release")
+        yumio = self.load()
+        self.assertTrue(yumio.base.conf.releasever)
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+
+    @in_own_process
+    def test_reset_reads_the_configuration_again_for_the_same_object(self):
+        self.started()
+        base = self.yumio.base
+        self.assertFalse(base.conf.best)
+        self.configure("best=1")
+        os.unlink(self.repository_file("sandbox-updates"))
+        self.write("/etc/yum.repos.d/new.repo", "[new]\nname=x\nbaseurl=file:///nowhere\nenabled=0\n")
+        self.yumio.reset()
+        self.assertIs(self.yumio.base, base)
+        self.assertTrue(base.conf.best)
+        self.assertIn("new", base.repos)
+        self.assertNotIn("sandbox-updates", base.repos)
+        self.collect()
+        self.assertEqual(self.updates, [])
+        self.assertEqual({str(package) for package in self.installed}, self.sandbox.installed())
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_reset_brings_changed_packages_into_view(self):
+        self.started()
+        self.sandbox.rpm("-e", "--justdb", "--nodeps", "almanac")
+        self.again()
+        self.assertNotIn("almanac", [package.name for package in self.installed])
+
+    @in_own_process
+    def test_repositories_can_be_enabled_and_disabled(self):
+        yumio = self.load()
+        repos = yumio.base.repos
+        self.assertIsInstance(repos["sandbox-disabled"].enabled, int)
+        self.assertEqual((repos["sandbox-disabled"].enabled, repos["sandbox-updates"].enabled), (0, 1))
+        yumio.enableRepo("sandbox-disabled")
+        yumio.disableRepo("sandbox-updates")
+        self.assertEqual((repos["sandbox-disabled"].enabled, repos["sandbox-updates"].enabled), (1, 0))
+        self.collect()
+        self.assertIn("hidden-gem", [package.name for package in self.available])
+        self.assertEqual([package.repoid for package in self.updates], ["sandbox-disabled"])
+
+    @in_own_process
+    def test_an_unknown_repository_is_a_repository_error(self):
+        yumio = self.load()
+        for method in (yumio.enableRepo, yumio.disableRepo):
+            with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "no-such-repo"):
+                method("no-such-repo")
+
+    @in_own_process
+    def test_after_the_program_has_gone_nothing_is_told(self):
+        self.started()
+        sys.stdout = sys.__stdout__
+        sys.stderr = sys.__stderr__
+        self.recording.clear()
+        self.dnf.logging.logging.getLogger("dnf").error("too late")
+        self.yumio.base.close()
+        self.assertEqual(self.recording.calls, [])
+
+    @in_own_process
+    def test_output_reaches_the_program_whatever_it_contains(self):
+        self.load()
+        self.recording.clear()
+        print("plain", end="")
+        sys.stderr.write("name \udce9 and \0\n")
+        self.dnf.logging.logging.getLogger("dnf").warning("%s \udce9 \0", "w")
+        self.assertEqual(self.recording.calls, [
+            ("stdoutWrite", ("plain",)), ("stderrWrite", ("name \\udce9 and \\0\n",)),
+            ("errorlog", (2, "w \\udce9 \\0"))])
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_log_records_are_told_by_kind_and_detail(self):
+        self.load()
+        logger = self.dnf.logging.logging.getLogger("dnf")
+        self.recording.clear()
+        logger.critical("a")
+        logger.error("b")
+        logger.info("c")
+        logger.debug("d")
+        logger.log(self.dnf.logging.TRACE, "e")
+        self.assertEqual(self.recording.calls, [
+            ("errorlog", (0, "a")), ("errorlog", (1, "b")), ("log", (2, "c")), ("log", (3, "d")), ("log", (9, "e"))])
+
+
+HOLDER = """
+import sys, dnf.lock
+with dnf.lock.build_rpmdb_lock(sys.argv[1], True):
+    print("held", flush=True)
+    sys.stdin.read()
+"""
+
+
+class LockTest(ScenarioTest):
+    def lock_file(self):
+        return self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid"
+
+    def hold(self):
+        """Another process that holds the package manager's lock until its standard input ends."""
+        holder = subprocess.Popen(["/usr/bin/python3", "-c", HOLDER, self.sandbox.root + "/var/lib/dnf"],
+                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        return holder, holder.stdout.readline()
+
+    @in_own_process
+    def test_a_lock_held_by_another_process_is_reported_and_can_be_had_later(self):
+        yumio = self.load()
+        holder, word = self.hold()
+        self.assertEqual(word, b"held\n")
+        with self.assertRaises(self.dnf.exceptions.LockError):
+            yumio.lock()
+        self.assertIn(str(holder.pid), "\n".join(self.recording.errors()))
+        holder.communicate()
+        yumio.lock()
+        with open(self.lock_file()) as stream:
+            self.assertEqual(stream.read(), str(os.getpid()))
+
+    @in_own_process
+    def test_no_other_process_gets_the_lock_until_it_is_released(self):
+        yumio = self.load()
+        yumio.lock()
+        holder, word = self.hold()
+        self.assertEqual(word, b"")
+        self.assertIn(b"LockError", holder.communicate()[1])
+        yumio.unlock()
+        self.assertFalse(os.path.exists(self.lock_file()))
+        holder, word = self.hold()
+        self.assertEqual(word, b"held\n")
+        holder.communicate()
+
+    @in_own_process
+    def test_a_lock_left_by_a_dead_process_is_taken_over(self):
+        dead = subprocess.Popen(["true"])
+        dead.wait()
+        self.write("/var/lib/dnf/rpmdb_lock.pid", str(dead.pid))
+        self.load().lock()
+        with open(self.lock_file()) as stream:
+            self.assertEqual(stream.read(), str(os.getpid()))
+
+    @in_own_process
+    def test_a_lock_file_that_makes_no_sense_is_a_lock_error(self):
+        self.write("/var/lib/dnf/rpmdb_lock.pid", "what?")
+        yumio = self.load()
+        with self.assertRaisesRegex(self.dnf.exceptions.LockError, "Malformed"):
+            yumio.lock()
+        os.unlink(self.lock_file())
+        yumio.lock()
+
+    @in_own_process
+    def test_the_lock_can_be_released_and_taken_again(self):
+        yumio = self.load()
+        yumio.unlock()
+        yumio.lock()
+        yumio.unlock()
+        yumio.unlock()
+        yumio.lock()
+        self.assertTrue(os.path.exists(self.lock_file()))
+
+    @in_own_process
+    def test_releasing_a_lock_whose_file_is_gone_is_a_lock_error(self):
+        yumio = self.load()
+        yumio.lock()
+        os.unlink(self.lock_file())
+        with self.assertRaises(self.dnf.exceptions.LockError):
+            yumio.unlock()
+
+    @in_own_process
+    def test_transactions_on_another_thread_find_the_lock_held_and_leave_it(self):
+        self.started()
+        failures = []
+
+        def work():
+            try:
+                self.apply(removes=["almanac"])
+            except BaseException as e:
+                failures.append(e)
+
+        thread = threading.Thread(target=work)
+        thread.start()
+        thread.join()
+        self.assertEqual(failures, [])
+        self.assertNotIn("almanac-1.9-1.noarch", self.sandbox.installed())
+        with open(self.lock_file()) as stream:
+            self.assertEqual(stream.read(), str(os.getpid()))
+        self.yumio.unlock()
+        self.assertFalse(os.path.exists(self.lock_file()))

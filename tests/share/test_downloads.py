@@ -1,0 +1,169 @@
+"""Downloads: good ones, bad ones, and the ones that are not needed."""
+
+import os
+
+from scenario import ScenarioTest, in_own_process
+
+LOUPE = "/sandbox-http/loupe-45.0-1.x86_64.rpm"
+TILES = ["tilepack-%d" % number for number in range(1, 9)]
+
+
+class DownloadTest(ScenarioTest):
+    def cached(self):
+        found = []
+        for directory, _, names in os.walk(self.sandbox.root + "/var/cache/yum"):
+            found += [name for name in names if name.endswith(".rpm")]
+        return sorted(found)
+
+    @in_own_process
+    def test_every_package_is_announced_followed_and_ended(self):
+        self.started()
+        self.apply(installs=TILES)
+        self.assertEqual(len(self.recording.of("downloadRemotePayloads")), 1)
+        self.assertEqual(sorted(self.recording.of("downloadRemotePayloads")[0]), TILES)
+        (count, size, deltas), = self.recording.of("downloadStart")
+        self.assertEqual((count, deltas), (8, 0))
+        self.assertEqual(size, sum(self.package(self.available, name).downloadsize for name in TILES))
+        names = {name + "-1.0-1.noarch.rpm" for name in TILES}
+        self.assertEqual({name for kind, name, whole, done in self.recording.of("downloadProgress")}, names)
+        ended = self.recording.of("downloadEnd")
+        self.assertEqual(sorted(name for kind, name, whole, status in ended), sorted(names))
+        self.assertEqual({(kind, status) for kind, name, whole, status in ended}, {("RPMPayload", None)})
+
+    def assert_fails_and_is_mended(self, text, kind, *arguments):
+        self.started()
+        self.server.fault(LOUPE, kind, *arguments)
+        self.assert_refused(text, installs=["loupe", "astrolabe"])
+        self.assertEqual([name for name in self.recording.names() if name.startswith("rpmtrans")], [])
+        self.server.fault(LOUPE, "none")
+        self.recording.clear()
+        changed = self.changes(self.apply, installs=["loupe", "astrolabe"])
+        self.assertEqual(changed, ({"loupe-45.0-1.x86_64", "astrolabe-5.6-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_a_missing_package(self):
+        self.assert_fails_and_is_mended("loupe", "status", 404)
+
+    @in_own_process
+    def test_a_server_in_trouble(self):
+        self.assert_fails_and_is_mended("loupe", "status", 500)
+
+    @in_own_process
+    def test_a_truncated_package(self):
+        self.assert_fails_and_is_mended("loupe", "truncated", 300)
+
+    @in_own_process
+    def test_a_package_with_wrong_bytes(self):
+        self.assert_fails_and_is_mended("loupe", "corrupted")
+
+    @in_own_process
+    def test_a_server_that_never_answers(self):
+        self.configure("timeout=1", "minrate=100")
+        self.assert_fails_and_is_mended("loupe", "hang")
+
+    @in_own_process
+    def test_a_server_that_is_gone_before_the_downloads(self):
+        self.started()
+        self.recording.before_answer = self.server.stop
+        self.assert_refused("", installs=["loupe"])
+        self.recording.before_answer = None
+        self.server.start()
+        self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_a_server_that_goes_in_the_middle(self):
+        self.started()
+        self.server.fault("/sandbox-http/gargantua-1.0-1.noarch.rpm", "end_after", 1 << 20)
+        self.assert_refused("", installs=["gargantua", "loupe"])
+        self.assertTrue(self.recording.of("downloadProgress"))
+        self.server.restart()
+        changed = self.changes(self.apply, installs=["gargantua", "loupe"])
+        self.assertEqual(changed, ({"gargantua-1.0-1.noarch", "loupe-45.0-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_a_second_mirror_helps_without_a_word_to_the_progress(self):
+        with open(self.repository_file("sandbox-http")) as stream:
+            good = stream.read().split("baseurl=")[1].split("\n")[0]
+        self.change_repository("sandbox-http", "baseurl=" + good, "baseurl=%s,%s" % (
+            good, "file://" + self.sandbox.repository("sandbox-http")))
+        self.started()
+        self.server.fault(LOUPE, "status", 404)
+        changed = self.changes(self.apply, installs=["loupe"])
+        self.assertEqual(changed, ({"loupe-45.0-1.x86_64"}, set()))
+        self.assertEqual([status for kind, name, whole, status in self.recording.of("downloadEnd")], [None])
+
+    @in_own_process
+    def test_packages_in_the_cache_are_not_announced(self):
+        self.configure("keepcache=1")
+        self.started()
+        loupe = self.package(self.available, "loupe")
+        self.assertFalse(self.verified(loupe))
+        self.apply(installs=["loupe"])
+        self.assertIn("loupe-45.0-1.x86_64.rpm", self.cached())
+        self.assertTrue(self.verified(loupe))
+        self.again()
+        self.apply(removes=["loupe"])
+        self.again()
+        self.server.forget()
+        self.apply(installs=["loupe", "astrolabe"])
+        self.assertEqual(self.recording.of("downloadRemotePayloads"), [["astrolabe"]])
+        self.assertEqual([path for path in self.server.paths() if path.endswith(".rpm")],
+                         ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
+
+    def verified(self, package):
+        """As the program asks: two exceptions mean no."""
+        try:
+            return self.yumio.verifyLocalPkg(package)
+        except (FileNotFoundError, self.dnf.exceptions.MiscError):
+            return False
+
+    @in_own_process
+    def test_a_damaged_package_in_the_cache_is_downloaded_again(self):
+        self.configure("keepcache=1")
+        self.started()
+        self.apply(installs=["loupe"])
+        self.again()
+        self.apply(removes=["loupe"])
+        self.again()
+        loupe = self.package(self.available, "loupe")
+        with open(loupe.localPkg(), "r+b") as stream:
+            stream.write(b"damaged")
+        self.assertFalse(self.verified(loupe))
+        self.apply(installs=["loupe"])
+        self.assertEqual(self.recording.of("downloadRemotePayloads"), [["loupe"]])
+        self.assertIn("loupe-45.0-1.x86_64", self.sandbox.installed())
+
+    @in_own_process
+    def test_packages_of_a_directory_are_not_downloaded(self):
+        self.started()
+        self.assertTrue(self.verified(self.package(self.available, "corkboard")))
+        self.assertFalse(self.verified(self.package(self.installed, "almanac")))
+        self.apply(installs=["corkboard"])
+        self.assertEqual(self.recording.of("downloadRemotePayloads"), [[]])
+        self.assertEqual(self.recording.of("downloadStart"), [])
+        self.assertIn("corkboard-0.7-1.noarch", self.sandbox.installed())
+
+    @in_own_process
+    def test_downloads_are_removed_after_success(self):
+        self.started()
+        self.apply(installs=["loupe"])
+        self.assertEqual(self.cached(), [])
+        self.assertTrue(os.path.exists(os.path.join(self.sandbox.repository("sandbox-file"),
+                                                    "corkboard-0.7-1.noarch.rpm")))
+
+    @in_own_process
+    def test_downloads_stay_after_a_failure_until_the_next_success(self):
+        self.started()
+        self.assert_refused("palette.conf", installs=["inkwell-classic", "inkwell-modern"])
+        self.assertEqual(self.cached(), ["inkwell-classic-1.0-1.noarch.rpm", "inkwell-modern-1.0-1.noarch.rpm"])
+        self.recording.clear()
+        self.apply(installs=["inkwell-modern"])
+        self.assertEqual(self.recording.of("downloadRemotePayloads"), [[]])
+        self.assertEqual(self.cached(), [])
+
+    @in_own_process
+    def test_packages_of_a_directory_stay_where_they_are(self):
+        self.started()
+        self.apply(installs=["corkboard", "loupe"])
+        self.assertTrue(os.path.exists(os.path.join(self.sandbox.repository("sandbox-file"),
+                                                    "corkboard-0.7-1.noarch.rpm")))

@@ -1,0 +1,186 @@
+"""Signatures of packages and of metadata, and the keys they are checked with."""
+
+import os
+import re
+import shutil
+import subprocess
+
+from scenario import ScenarioTest, in_own_process
+
+KEY_FILE = "/etc/pki/rpm-gpg/RPM-GPG-KEY-larkspur"
+TABLET = "wax-tablet-1.0-1.noarch"
+CANDLE = "wax-candle-1.0-1.noarch"
+
+
+class SignatureTest(ScenarioTest):
+    def keys(self):
+        return {name for name in self.sandbox.installed() if name.startswith("gpg-pubkey")}
+
+    def questions(self):
+        return self.recording.names().count("userconfirm")
+
+    @in_own_process
+    def test_an_accepted_key_is_imported_and_not_asked_for_again(self):
+        self.started()
+        self.apply(installs=["wax-tablet"], answers=[1, 1])
+        self.assertIn(TABLET, self.sandbox.installed())
+        self.assertEqual(len(self.keys()), 1)
+        question = self.recording.printed()
+        self.assertIn("Larkspur Signing Key <keys@larkspur.example>", question)
+        self.assertIn(KEY_FILE, question)
+        self.assertTrue(question.endswith("\n"))
+        names = self.recording.order("rpmtransScriptout", "rpmtransProgress", "downloadProgress")
+        self.assertEqual(names, [
+            "listTransaction", "reportDownloadSize", "userconfirm", "downloadRemotePayloads", "downloadStart",
+            "downloadEnd", "gpgsigcheck", "userconfirm", "rpmtransInit", "rpmtransDel", "rpmtransInit",
+            "rpmtransDel", "postTransactionOutput"])
+        self.again()
+        self.apply(installs=["wax-candle"], answers=[1])
+        self.assertIn(CANDLE, self.sandbox.installed())
+
+    @in_own_process
+    def test_the_question_follows_an_emptied_text(self):
+        self.started()
+        self.apply(installs=["wax-tablet"], answers=[1, 1])
+        names = [name for name in self.recording.names() if name not in ("log", "errorlog")]
+        last = len(names) - 1 - names[::-1].index("userconfirm")
+        self.assertEqual(names[last - 2:last], ["gpgsigcheck", "stdoutWrite"])
+
+    @in_own_process
+    def test_one_question_is_enough_for_several_packages(self):
+        self.started()
+        self.apply(installs=["wax-tablet", "wax-candle", "wax-polish"], answers=[1, 1])
+        self.assertLessEqual({TABLET, CANDLE, "wax-polish-2.0-1.x86_64"}, self.sandbox.installed())
+
+    @in_own_process
+    def test_a_declined_key_stops_the_transaction_and_is_asked_for_again(self):
+        self.started()
+        self.assert_refused("key", installs=["wax-tablet", "astrolabe"], answers=[1, 0])
+        self.assertEqual(self.questions(), 2)
+        self.recording.clear()
+        self.assert_refused("key", installs=["wax-tablet"], answers=[1, 0])
+        self.assertEqual(self.questions(), 2)
+        self.apply(installs=["wax-tablet"], answers=[1, 1])
+        self.assertIn(TABLET, self.sandbox.installed())
+
+    @in_own_process
+    def test_a_package_signed_with_an_unknown_key_is_refused(self):
+        self.started()
+        before = self.sandbox.installed()
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "wax-forged"):
+            self.apply(installs=["wax-forged"], answers=[1, 1])
+        self.assertEqual(self.sandbox.installed() - before, self.keys())
+        self.assertNotIn("rpmtransInit", self.recording.names())
+        # With the repository's key there already, there is nothing to ask.
+        self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1])
+
+    @in_own_process
+    def test_a_package_without_signature_is_refused(self):
+        self.started()
+        self.assert_refused("not signed", installs=["wax-blank", "astrolabe"], answers=[1])
+        self.assertNotIn("rpmtransInit", self.recording.names())
+
+    @in_own_process
+    def test_a_changed_package_is_refused(self):
+        """The digest in the repository is that of the changed file."""
+        path = os.path.join(self.sandbox.repository("sandbox-signed"), TABLET + ".rpm")
+        with open(path, "r+b") as stream:
+            content = bytearray(stream.read())
+            content[-20] ^= 0xff
+            stream.seek(0)
+            stream.write(content)
+        subprocess.run(["createrepo_c", "--quiet", "--no-database", os.path.dirname(path)], check=True)
+        self.started()
+        self.assert_refused("wax-tablet", installs=["wax-tablet"], answers=[1, 1])
+
+    @in_own_process
+    def test_without_a_key_of_the_repository_the_package_is_refused(self):
+        self.change_repository("sandbox-signed", "gpgkey=", "#gpgkey=")
+        self.started()
+        self.assert_refused("not installed", installs=["wax-tablet"], answers=[1])
+
+    @in_own_process
+    def test_a_key_file_that_is_missing_or_holds_no_key(self):
+        self.started()
+        os.rename(self.sandbox.root + KEY_FILE, self.sandbox.root + KEY_FILE + ".away")
+        self.assert_refused("", installs=["wax-tablet"], answers=[1])
+        self.write(KEY_FILE, "no key at all\n")
+        self.assert_refused("", installs=["wax-tablet"], answers=[1])
+        os.rename(self.sandbox.root + KEY_FILE + ".away", self.sandbox.root + KEY_FILE)
+        self.apply(installs=["wax-tablet"], answers=[1, 1])
+        self.assertIn(TABLET, self.sandbox.installed())
+
+    @in_own_process
+    def test_nothing_is_asked_or_refused_where_checks_are_off(self):
+        self.change_repository("sandbox-signed", "gpgcheck=1", "gpgcheck=0")
+        self.started()
+        self.apply(installs=["wax-tablet", "wax-blank", "wax-forged"], answers=[1])
+        self.assertLessEqual({TABLET, "wax-blank-1.0-1.noarch", "wax-forged-1.0-1.noarch"}, self.sandbox.installed())
+
+    @in_own_process
+    def test_the_user_is_asked_whatever_the_configuration_assumes(self):
+        self.configure("assumeyes=1")
+        self.started()
+        self.assert_refused("key", installs=["wax-tablet"], answers=[1, 0])
+        self.configure("assumeyes=0", "assumeno=1")
+        self.yumio.reset()
+        self.collect()
+        self.apply(installs=["wax-tablet"], answers=[1, 1])
+        self.assertIn(TABLET, self.sandbox.installed())
+
+    @in_own_process
+    def test_signatures_are_checked_with_the_keys_of_the_managed_system(self):
+        """Nothing in the home directory or in the root leads rpm's own programs to the database."""
+        shutil.rmtree(self.sandbox.root + "/root")
+        self.started()
+        self.apply(installs=["wax-tablet"], answers=[1, 1])
+        self.assertIn(TABLET, self.sandbox.installed())
+        self.assert_refused("not signed", installs=["wax-blank"], answers=[1])
+        self.assertFalse(os.path.exists(self.home + "/.rpmdb"))
+        self.assertFalse(os.path.exists(self.sandbox.root + self.home))
+
+
+class MetadataSignatureTest(ScenarioTest):
+    def sign(self):
+        """Signs the metadata of a repository with a key of its own."""
+        keys = os.path.join(self.directory, "keys")
+        os.makedirs(keys, mode=0o700)
+        environment = dict(os.environ, GNUPGHOME=keys)
+        metadata = os.path.join(self.sandbox.repository("sandbox-http"), "repodata", "repomd.xml")
+        key = os.path.join(self.directory, "key.asc")
+        try:
+            for command in (
+                    ["--passphrase", "", "--quick-generate-key", "Metadata Key <metadata@larkspur.example>",
+                     "rsa2048", "sign", "never"],
+                    ["--armor", "--output", key, "--export"],
+                    ["--armor", "--detach-sign", "--output", metadata + ".asc", metadata]):
+                subprocess.run(["gpg", "--batch", "--quiet", "--pinentry-mode", "loopback"] + command,
+                               env=environment, check=True)
+        finally:
+            subprocess.run(["gpgconf", "--kill", "all"], env=environment)
+        with open(self.repository_file("sandbox-http"), "a") as stream:
+            stream.write("repo_gpgcheck=1\ngpgkey=file://%s\n" % key)
+
+    @in_own_process
+    def test_the_key_of_signed_metadata_is_asked_for_once(self):
+        self.sign()
+        self.load()
+        self.recording.answers = [0]
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-http"):
+            self.yumio.setupRepos()
+        self.assertTrue(re.search("Metadata Key <metadata@larkspur.example>", self.recording.printed()))
+        self.recording.answers = [1]
+        self.again()
+        self.package(self.available, "astrolabe")
+        self.yumio.cleanAll()
+        self.again()
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_metadata_without_signature_is_refused(self):
+        self.sign()
+        os.unlink(os.path.join(self.sandbox.repository("sandbox-http"), "repodata", "repomd.xml.asc"))
+        self.load()
+        self.recording.answers = [1]
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-http"):
+            self.yumio.setupRepos()

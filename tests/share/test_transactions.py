@@ -1,0 +1,388 @@
+"""Transactions from the marked actions to the changed system."""
+
+import os
+
+from recordingmodule import (CLEAN, DEPENDENCY, GROUP, INSTALL, OBSOLETED, REMOVE, UPGRADE, UPGRADED, USER, WEAK)
+from scenario import ScenarioTest, in_own_process
+
+NOTHING = (set(), set())
+
+
+class InstallTest(ScenarioTest):
+    @in_own_process
+    def test_dependencies_come_along(self):
+        self.started()
+        changed = self.changes(self.apply, installs=["orchard"])
+        listed = self.recording.listed()
+        self.assertEqual(listed["orchard-3.0-1.x86_64"], (INSTALL, USER))
+        for nevra in ("libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64", "orchard-lang-3.0-1.noarch"):
+            self.assertEqual(listed[nevra], (INSTALL, DEPENDENCY))
+        for nevra in ("orchard-plugins-3.0-1.noarch", "orchard-thumbnails-3.0-1.noarch"):
+            self.assertEqual(listed[nevra], (INSTALL, WEAK))
+        self.assertNotIn("orchard-samples-3.0-1.noarch", listed)
+        self.assertEqual(changed, (set(listed), set()))
+        self.assertEqual(set(item["from_repo"] for item in self.recording.of("listTransaction")[0]),
+                         {"sandbox-http"})
+
+    @in_own_process
+    def test_callbacks_come_in_order(self):
+        self.started()
+        self.apply(installs=["chatterbox"])
+        self.assertEqual(self.recording.order("rpmtransScriptout"), [
+            "listTransaction", "reportDownloadSize", "userconfirm", "downloadRemotePayloads", "downloadStart",
+            "downloadProgress", "downloadEnd", "gpgsigcheck", "rpmtransInit", "rpmtransDel", "rpmtransInit",
+            "rpmtransProgress", "rpmtransDel", "postTransactionOutput"])
+        self.assertEqual(self.recording.of("rpmtransInit"), [True, False])
+        self.assertEqual(self.recording.of("reportDownloadSize"), [
+            {"chatterbox": self.package(self.available, "chatterbox").installsize}])
+        actions = [action for name, action, done in self.recording.of("rpmtransProgress")]
+        self.assertIn(INSTALL, actions)
+        self.assertIn(103, actions)
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_the_outcome_is_what_the_next_collection_shows(self):
+        self.started()
+        self.apply(installs=["chatterbox"])
+        self.again()
+        self.package(self.installed, "chatterbox")
+
+    @in_own_process
+    def test_suites_bring_their_members(self):
+        self.started()
+        added, gone = self.changes(self.apply, installs=["vyre-office-suite"])
+        self.assertEqual((added, gone), ({
+            "vyre-office-suite-1.0-1.noarch", "ledger-calc-2.0-1.x86_64", "scribe-writer-2.0-1.x86_64",
+            "lectern-slides-2.0-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_the_packages_of_both_architectures_can_be_installed(self):
+        self.started()
+        both = [package for package in self.available if package.name == "libmoss"]
+        self.recording.answers = [1]
+        self.yumio.apply(both, [], [], [], [], [])
+        self.assert_no_faults()
+        self.assertLessEqual({"libmoss-0.5-1.i686", "libmoss-0.5-1.x86_64"}, self.sandbox.installed())
+
+    @in_own_process
+    def test_an_obsoleting_package_takes_the_place_of_the_old_one(self):
+        self.started()
+        changed = self.changes(self.apply, installs=["newpost"])
+        self.assertEqual(changed, ({"newpost-2.0-1.x86_64"}, {"oldpost-1.8-1.x86_64"}))
+        self.assertEqual(self.recording.listed()["oldpost-1.8-1.x86_64"][0], OBSOLETED)
+
+    @in_own_process
+    def test_no_leaves_everything_as_it_is(self):
+        self.started()
+        changed = self.changes(self.apply, installs=["orchard"], removes=["almanac"], group_installs=["games"],
+                               answers=[0])
+        self.assertEqual(changed, NOTHING)
+        self.assertEqual(self.recording.names()[-1:], ["userconfirm"])
+        self.assertIsNone(self.yumio.base.history.group.get("games"))
+        # The refused actions do not come back.
+        changed = self.changes(self.apply, installs=["astrolabe"])
+        self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
+        self.assertEqual(set(self.recording.listed()), {"astrolabe-5.6-1.x86_64"})
+        self.again()
+        self.assertIsNone(self.yumio.base.history.group.get("games"))
+
+    @in_own_process
+    def test_the_second_of_two_transactions_is_without_the_elements_of_the_first(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        changed = self.changes(self.apply, installs=["loupe"], removes=["almanac"])
+        self.assertEqual(changed, ({"loupe-45.0-1.x86_64"}, {"almanac-1.9-1.noarch"}))
+        self.assertEqual(set(self.recording.listed()), {"loupe-45.0-1.x86_64", "almanac-1.9-1.noarch"})
+        self.assertEqual(set(name for name, action, done in self.recording.of("rpmtransProgress")),
+                         {"loupe", "almanac"})
+
+
+class UpdateTest(ScenarioTest):
+    @in_own_process
+    def test_an_update_replaces_the_installed_version(self):
+        self.started()
+        changed = self.changes(self.apply, updates=["abacus-cli", "quillbase"])
+        self.assertEqual(changed, ({"abacus-cli-3.3.0-2.x86_64", "quillbase-2:1.0-1.x86_64"},
+                                   {"abacus-cli-3.2.1-1.x86_64", "quillbase-1:2.4-1.x86_64"}))
+        listed = self.recording.listed()
+        self.assertEqual(listed["abacus-cli-3.3.0-2.x86_64"][0], UPGRADE)
+        self.assertEqual(listed["abacus-cli-3.2.1-1.x86_64"][0], UPGRADED)
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_a_kernel_is_added_to_the_installed_ones(self):
+        self.started()
+        self.assertEqual(len([package for package in self.installed if package.name == "kernel"]), 2)
+        changed = self.changes(self.apply, updates=["kernel"])
+        self.assertEqual(changed, ({"kernel-6.1.31-1.x86_64"}, set()))
+        self.assertEqual(list(self.recording.listed()), ["kernel-6.1.31-1.x86_64"])
+        self.assertEqual(self.recording.listed()["kernel-6.1.31-1.x86_64"][0], INSTALL)
+
+    @in_own_process
+    def test_beyond_the_limit_the_oldest_kernel_goes(self):
+        self.configure("installonly_limit=2")
+        self.started()
+        changed = self.changes(self.apply, updates=["kernel"])
+        self.assertEqual(changed, ({"kernel-6.1.31-1.x86_64"}, {"kernel-6.1.20-1.x86_64"}))
+
+    @in_own_process
+    def test_both_architectures_of_an_update_are_updated_together(self):
+        self.started()
+        pairs = [[new, old] for new in self.updates for old in self.installed
+                 if new.name == old.name == "libcairn" and new.arch == old.arch]
+        self.assertEqual(len(pairs), 2)
+        self.recording.answers = [1]
+        added, gone = self.changes(self.yumio.apply, [], pairs, [], [], [], [])
+        self.assertEqual(added, {"libcairn-2.2-1.x86_64", "libcairn-2.2-1.i686"})
+        self.assertEqual(gone, {"libcairn-2.1-1.x86_64", "libcairn-2.1-1.i686"})
+
+    @in_own_process
+    def test_the_update_of_a_suite_brings_new_members(self):
+        self.started()
+        added, gone = self.changes(self.apply, updates=["vyre-network-suite"])
+        self.assertEqual(added, {"vyre-network-suite-1.1-1.noarch", "nettle-scan-7.9-1.x86_64"})
+        self.assertEqual(gone, {"vyre-network-suite-1.0-1.noarch"})
+
+    @in_own_process
+    def test_an_update_that_lacks_a_library_is_refused(self):
+        self.started()
+        self.assert_refused("libtide", updates=["tidewatch"])
+        self.assertEqual(self.recording.names().count("listTransaction"), 0)
+
+
+class RemoveTest(ScenarioTest):
+    @in_own_process
+    def test_callbacks_of_a_removal_come_in_order_and_nothing_is_downloaded(self):
+        self.started()
+        changed = self.changes(self.apply, removes=["parrot"])
+        self.assertEqual(changed, (set(), {"parrot-1.0-1.noarch"}))
+        self.assertEqual(self.recording.order("rpmtransScriptout"), [
+            "listTransaction", "reportRemoveSize", "userconfirm", "rpmtransInit", "rpmtransDel", "rpmtransInit",
+            "rpmtransProgress", "rpmtransDel", "postTransactionOutput"])
+        self.assertEqual(self.recording.listed(), {"parrot-1.0-1.noarch": (REMOVE, USER)})
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_dependents_go_too(self):
+        self.started()
+        changed = self.changes(self.apply, removes=["flint-ssh"])
+        self.assertEqual(changed, (set(), {"flint-ssh-8.8-1.x86_64", "vyre-network-suite-1.0-1.noarch"}))
+        self.assertEqual(self.recording.listed(), {
+            "flint-ssh-8.8-1.x86_64": (REMOVE, USER), "vyre-network-suite-1.0-1.noarch": (REMOVE, DEPENDENCY)})
+
+    @in_own_process
+    def test_dependencies_that_nothing_needs_any_more_go_too(self):
+        self.started()
+        changed = self.changes(self.apply, removes=["trellis-editor"])
+        self.assertEqual(changed, (set(), {"trellis-editor-1.2-1.x86_64", "libtrellis-1.2-1.x86_64"}))
+        self.assertEqual(self.recording.listed(), {
+            "trellis-editor-1.2-1.x86_64": (REMOVE, USER), "libtrellis-1.2-1.x86_64": (REMOVE, CLEAN)})
+
+    @in_own_process
+    def test_dependencies_stay_where_the_configuration_says_so(self):
+        self.configure("clean_requirements_on_remove=0")
+        self.started()
+        changed = self.changes(self.apply, removes=["trellis-editor"])
+        self.assertEqual(changed, (set(), {"trellis-editor-1.2-1.x86_64"}))
+
+    @in_own_process
+    def test_every_installed_version_can_be_removed(self):
+        self.started()
+        changed = self.changes(self.apply, removes=["kernel"])
+        self.assertEqual(changed, (set(), {"kernel-6.1.20-1.x86_64", "kernel-6.1.25-1.x86_64"}))
+
+    @in_own_process
+    def test_protected_packages_stay(self):
+        self.configure("protected_packages=almanac")
+        self.started()
+        self.assert_refused("protected", removes=["almanac"])
+
+
+class GroupTest(ScenarioTest):
+    def group(self, name):
+        return self.yumio.base.history.group.get(name)
+
+    @in_own_process
+    def test_a_group_is_installed_with_its_mandatory_and_default_packages(self):
+        self.started()
+        changed = self.changes(self.apply, group_installs=["office"])
+        self.assertEqual(changed, ({"scribe-writer-2.0-1.x86_64", "ledger-calc-2.0-1.x86_64",
+                                    "scribe-lexicon-1.0-1.noarch"}, set()))
+        self.assertEqual(self.recording.listed()["ledger-calc-2.0-1.x86_64"], (INSTALL, GROUP))
+        self.again()
+        self.assertIsNotNone(self.group("office"))
+
+    @in_own_process
+    def test_a_group_whose_members_do_not_all_exist_is_installed_without_them(self):
+        self.started()
+        self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)
+        self.assertIn("no-such-package", "\n".join(self.recording.errors()))
+        self.again()
+        self.assertIsNotNone(self.group("ghosts"))
+
+    @in_own_process
+    def test_a_group_is_removed_with_the_packages_that_came_with_it(self):
+        self.started()
+        changed = self.changes(self.apply, group_removes=["arts"])
+        self.assertEqual(changed, (set(), {"easel-1.1-1.noarch", "palette-knife-1.0-1.noarch"}))
+        self.assertIn("reportRemoveSize", self.recording.names())
+        self.again()
+        self.assertIsNone(self.group("arts"))
+
+    @in_own_process
+    def test_the_update_of_a_group_that_is_not_installed_updates_its_installed_members_only(self):
+        self.started()
+        changed = self.changes(self.apply, group_updates=["weaving"])
+        self.assertEqual(changed, ({"loomctl-1.1-1.x86_64"}, {"loomctl-1.0-1.x86_64"}))
+        self.again()
+        self.assertIsNone(self.group("weaving"))
+
+    @in_own_process
+    def test_the_update_of_an_installed_group_brings_its_new_members(self):
+        self.started()
+        self.sandbox.rpm("-e", "--justdb", "--nodeps", "palette-knife")
+        self.again()
+        self.apply(group_updates=["arts"])
+        self.assertIn("userconfirm", self.recording.names())
+        self.again()
+        self.assertIsNotNone(self.group("arts"))
+
+    @in_own_process
+    def test_an_update_that_changes_nothing_is_refused(self):
+        self.started()
+        self.assert_refused("nothing to do", group_updates=["seafaring"])
+        self.assertNotIn("userconfirm", self.recording.names())
+
+
+class RefusalTest(ScenarioTest):
+    @in_own_process
+    def test_nothing_to_do(self):
+        self.started()
+        self.assert_refused("nothing to do")
+        self.assertEqual(self.recording.order(), [])
+
+    @in_own_process
+    def test_packages_that_conflict_with_each_other(self):
+        self.started()
+        self.assert_refused("conflict", installs=["tern-mta", "gull-mta"])
+
+    @in_own_process
+    def test_a_package_that_conflicts_with_an_installed_one(self):
+        self.started()
+        self.assert_refused("libgranite", installs=["sandstone"])
+
+    @in_own_process
+    def test_a_dependency_that_nothing_provides(self):
+        self.started()
+        self.assert_refused("libtide", installs=["moonbridge"])
+        # The failure leaves nothing behind.
+        changed = self.changes(self.apply, installs=["astrolabe"])
+        self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_packages_with_the_same_file(self):
+        self.started()
+        self.assert_refused("palette.conf", installs=["inkwell-classic", "inkwell-modern"])
+        self.assertEqual(self.recording.of("rpmtransInit"), [True])
+        self.assertEqual(self.recording.names().count("rpmtransDel"), 1)
+        self.recording.clear()
+        changed = self.changes(self.apply, installs=["inkwell-modern"])
+        self.assertEqual(changed, ({"inkwell-modern-1.0-1.noarch"}, set()))
+        self.assertEqual(self.recording.of("rpmtransInit"), [True, False])
+        self.assertEqual(self.recording.names().count("rpmtransDel"), 2)
+
+    @in_own_process
+    def test_a_package_with_a_file_of_an_installed_one(self):
+        self.started()
+        self.assert_refused("/bin/sh", installs=["vanity-shell"])
+
+    @in_own_process
+    def test_the_traceback_of_a_failure_does_not_disturb_the_next_transaction(self):
+        self.started()
+        kept = []
+        try:
+            self.apply(installs=["inkwell-classic", "inkwell-modern"])
+        except self.dnf.exceptions.Error as e:
+            kept.append(e)
+        self.assertEqual(len(kept), 1)
+        self.assertEqual(self.recording.names().count("rpmtransDel"), 1)
+        self.recording.clear()
+        self.recording.before_answer = kept.clear
+        self.apply(installs=["halfline"])
+        self.assertEqual(self.recording.names().count("rpmtransDel"), 2)
+        self.assertIn("no line feed after this", self.recording.output())
+
+    @in_own_process
+    def test_a_broken_rpm_of_a_local_repository(self):
+        self.started()
+        place = os.path.join(self.sandbox.repository("sandbox-file"), "corkboard-0.7-1.noarch.rpm")
+        with open(place, "r+b") as stream:
+            stream.seek(2000)
+            stream.write(b"\xff" * 100)
+        self.assert_refused("checksum", installs=["corkboard"])
+
+
+class ScriptletTest(ScenarioTest):
+    @in_own_process
+    def test_output_of_all_scriptlets_is_told(self):
+        self.started()
+        self.apply(updates=["parrot"])
+        output = self.recording.output()
+        for text in ("parrot-1.1: pre to standard output", "parrot-1.1: pre to standard error",
+                     "parrot-1.1: post to standard output", "parrot-1.0: preun to standard output",
+                     "parrot-1.0: postun to standard error"):
+            self.assertIn(text, output)
+
+    @in_own_process
+    def test_much_output_is_told_whole(self):
+        self.started()
+        self.apply(installs=["loudhailer"])
+        lines = self.recording.output().split("\n")
+        for stream in ("stdout", "stderr"):
+            numbers = [line.split()[3] for line in lines if line.startswith("loudhailer: %s line" % stream)]
+            self.assertEqual(numbers, ["%05d" % number for number in range(1, 6001)])
+
+    @in_own_process
+    def test_output_without_final_line_feed_is_told_whole_and_final_line_feeds_make_no_empty_lines(self):
+        self.started()
+        self.apply(installs=["halfline", "chatterbox"])
+        texts = [text for text in self.recording.of("rpmtransScriptout") if text]
+        self.assertIn("halfline: first line\nhalfline: no line feed after this", texts)
+        self.assertIn("chatterbox: post to standard output\nchatterbox: post to standard error", texts)
+        self.again()
+        self.apply(removes=["halfline"])
+        self.assertIn("halfline: nor after this", self.recording.output())
+
+    @in_own_process
+    def test_a_package_whose_pre_scriptlet_fails_is_a_failure(self):
+        self.started()
+        self.assert_refused("brokenlatch", installs=["brokenlatch"])
+        self.assertIn("the latch is stuck", self.recording.output())
+        self.assertIn("brokenlatch", "\n".join(self.recording.errors()))
+        changed = self.changes(self.apply, installs=["astrolabe"])
+        self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_of_several_packages_the_failed_one_is_named(self):
+        self.started()
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.apply(installs=["brokenlatch", "astrolabe"])
+        self.assertIn("brokenlatch", str(caught.exception))
+        self.assertNotIn("astrolabe", str(caught.exception))
+        self.assertIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())
+        self.assertNotIn("brokenlatch-1.0-1.noarch", self.sandbox.installed())
+
+    @in_own_process
+    def test_a_package_whose_post_scriptlet_fails_is_installed_and_the_failure_is_logged(self):
+        self.started()
+        changed = self.changes(self.apply, installs=["limpgate"])
+        self.assertEqual(changed, ({"limpgate-1.0-1.noarch"}, set()))
+        self.assertIn("the hinge is gone", self.recording.output())
+        self.assertIn("limpgate", "\n".join(self.recording.errors()))
+
+    @in_own_process
+    def test_a_package_that_cannot_be_removed_is_a_failure(self):
+        self.started()
+        self.assert_refused("stickyburr", removes=["stickyburr"])
+        self.assertIn("it does not come off", self.recording.output())
