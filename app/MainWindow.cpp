@@ -290,6 +290,7 @@ void MainWindow::initialize()
         return;
     }
     model->reset();
+    collectedExtraData(); // a collection counts as having loaded them
     tableArea->show();
     view->resizeColumnsToContents();
     filtersearch();
@@ -346,6 +347,10 @@ void MainWindow::recollect()
     yumIO->clearEntries();
     yumIO->collect(sessionEnabled);
     model->reset();
+    // The records are new ones, and none of them is marked.
+    warnUnlistedActions();
+    stateChanged(-1);
+    collectedExtraData();
 }
 
 void MainWindow::resize()
@@ -601,7 +606,10 @@ void MainWindow::stateChanged(int row)
 
 void MainWindow::setSelected()
 {
-    model->setSelected(view->selectedRows());
+    {
+        const PackageTable::SortFilterProxyModel::SortPause pause(*proxy);
+        model->setSelected(view->selectedRows());
+    }
     stateChanged(-1);
 }
 
@@ -613,7 +621,10 @@ void MainWindow::setUpdateListed()
 
 void MainWindow::clearActions()
 {
-    model->clearActions();
+    {
+        const PackageTable::SortFilterProxyModel::SortPause pause(*proxy);
+        model->clearActions();
+    }
     warnUnlistedActions();
     stateChanged(-1);
 }

@@ -108,7 +108,7 @@ QVariant Model::data(const QModelIndex& index, int role) const
     }
     switch (role) {
     case Qt::DisplayRole:
-        return displayData(*e, index.column());
+        return index.column() >= NameColumn ? text(*e, index.column()) : QVariant();
     case Qt::DecorationRole:
         return decorationData(*e, index.column());
     case Qt::ToolTipRole:
@@ -122,30 +122,26 @@ QVariant Model::data(const QModelIndex& index, int role) const
     }
 }
 
-QString Model::versionText(const Package::Entry& entry)
-{
-    // The first installed version below an update is the one being updated.
-    const Package::Entry* last = entry.state == Package::Updatable ? entry.next : &entry;
-    return last != nullptr && last->next != nullptr ? entry.verRel + QLatin1String(" *") : entry.verRel;
-}
-
-QVariant Model::displayData(const Package::Entry& e, int column) const
+QString Model::text(const Package::Entry& entry, int column)
 {
     switch (column) {
     case NameColumn:
-        return e.name;
-    case VersionColumn:
-        return versionText(e);
+        return entry.name;
+    case VersionColumn: {
+        // A mark when there are further installed versions; the first one below an update is being updated.
+        const Package::Entry* last = entry.state == Package::Updatable ? entry.next : &entry;
+        return last != nullptr && last->next != nullptr ? entry.verRel + QLatin1String(" *") : entry.verRel;
+    }
     case RepositoryColumn:
-        return e.repo;
+        return entry.repo;
     case ArchitectureColumn:
-        return e.arch;
+        return entry.arch;
     case SizeColumn:
-        return e.sizeText;
+        return entry.sizeText;
     case BuildTimeColumn:
-        return e.buildTimeText;
+        return entry.buildTimeText;
     default:
-        return QVariant();
+        return QString();
     }
 }
 

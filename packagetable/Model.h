@@ -41,8 +41,8 @@ public:
 
     // The record of a row that exists.
     Package::Entry* entry(int row) const;
-    // The version column's text: with a mark when there are further installed versions.
-    static QString versionText(const Package::Entry& entry);
+    // What a column shows of a record; empty for the columns that show pictures.
+    static QString text(const Package::Entry& entry, int column);
 
     Package::State getState(int row) const;
     // Does not check whether the record's state permits the action.
@@ -59,7 +59,6 @@ public Q_SLOTS:
 private:
     Package::Entry* entryAt(const QModelIndex& index) const; // null when there is none
     void changeAction(int row, Package::Action action);
-    QVariant displayData(const Package::Entry& entry, int column) const;
     QVariant decorationData(const Package::Entry& entry, int column) const;
     QVariant toolTipData(const Package::Entry& entry, int column) const;
     QVariant foregroundData(const Package::Entry& entry, int column) const;

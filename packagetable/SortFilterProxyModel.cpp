@@ -1,6 +1,9 @@
 #include "packagetable/SortFilterProxyModel.h"
 
-#include <QScopedValueRollback>
+#include <QHash>
+
+#include <algorithm>
+#include <numeric>
 
 #include "packagetable/Model.h"
 #include "widgets/HAbstractTableModel.h"
@@ -8,12 +11,30 @@
 
 namespace PackageTable {
 
+namespace {
+
+// The first characters of a text as a number that sorts as they do.
+quint64 beginning(const QString& text)
+{
+    quint64 number = 0;
+    const int length = text.length();
+    for (int i = 0; i < 4; ++i) {
+        number = number << 16 | (i < length ? text.at(i).unicode() : 0);
+    }
+    return number;
+}
+
+} // namespace
+
 SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                                            QObject* parent)
     : HSortFilterProxyModel(NameColumn, parent), mode(Filter), filtering(true), stateFilter(state),
-      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), refiltering(false), regStatus(-1),
-      pattern()
+      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), regStatus(-1), pattern(),
+      sortedBy(-1), sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false), mapped(false),
+      mapping(false)
 {
+    idle.setSingleShot(true);
+    connect(&idle, SIGNAL(timeout()), this, SLOT(prepareTexts()));
 }
 
 SortFilterProxyModel::~SortFilterProxyModel()
@@ -26,11 +47,22 @@ SortFilterProxyModel::~SortFilterProxyModel()
 void SortFilterProxyModel::setSourceModel(HAbstractTableModel* model)
 {
     if (source != nullptr) {
-        disconnect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(clearCache()));
+        disconnect(source, nullptr, this, nullptr);
     }
-    HSortFilterProxyModel::setSourceModel(model);
+    // Before the base class tells the views: what they read then has to be of the new model.
     source = model;
-    connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(clearCache()));
+    dropMap();
+    HSortFilterProxyModel::setSourceModel(model);
+    if (source != nullptr) {
+        // The base class would follow the source with a map of its own.
+        disconnect(source, nullptr, this, nullptr);
+        connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(sourceAboutToBeReset()));
+        connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(clearCache()));
+        connect(source, SIGNAL(modelReset()), this, SLOT(sourceReset()));
+        connect(source, SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&, const QVector<int>&)),
+                this, SLOT(sourceChanged(const QModelIndex&, const QModelIndex&, const QVector<int>&)));
+        connect(source, SIGNAL(destroyed()), this, SLOT(sourceDestroyed()));
+    }
 }
 
 void SortFilterProxyModel::setMode(Mode newMode)
@@ -88,15 +120,13 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
     }
     regStatus = regcomp(&pattern, stripped.toUtf8().constData(), REG_EXTENDED | REG_NOSUB);
 
-    const QRegExp expression(stripped, Qt::CaseSensitive, QRegExp::RegExp);
-    if (expression != filterRegExp()) {
+    const QRegExp changed(stripped, Qt::CaseSensitive, QRegExp::RegExp);
+    if (changed != expression) {
         clearCache();
     }
-    {
-        const QScopedValueRollback<bool> keepVerdicts(refiltering, true);
-        HSortFilterProxyModel::setFilterRegExp(expression);
-    }
-    const int rows = source != nullptr ? source->rowCount() : 0;
+    expression = changed;
+    refilter();
+    const int rows = sourceRows();
     for (int row = 0; row < rows; ++row) {
         filterAcceptsRow(row, QModelIndex());
     }
@@ -118,31 +148,317 @@ void SortFilterProxyModel::setUpdateListed()
 void SortFilterProxyModel::clear()
 {
     clearCache();
-    const QScopedValueRollback<bool> keepVerdicts(refiltering, true);
-    HSortFilterProxyModel::clear();
+    refilter();
 }
 
 void SortFilterProxyModel::clearCache()
 {
-    if (!refiltering) {
-        verdicts.clear();
+    verdicts.clear();
+}
+
+void SortFilterProxyModel::sourceAboutToBeReset()
+{
+    beginResetModel();
+    dropMap();
+}
+
+void SortFilterProxyModel::sourceReset()
+{
+    // What was made while the records were changing is of no use.
+    dropMap();
+    endResetModel();
+}
+
+void SortFilterProxyModel::sourceDestroyed()
+{
+    setSourceModel(static_cast<HAbstractTableModel*>(nullptr));
+}
+
+void SortFilterProxyModel::dropMap()
+{
+    clearCache();
+    mapped = false;
+    order.clear();
+    listedRows.clear();
+    proxyRows.clear();
+    for (std::vector<qint64>& column : keys) {
+        column.clear();
+    }
+    nameRanks.clear();
+    visible.clear();
+    visibleFrom.clear();
+    idle.start();
+}
+
+void SortFilterProxyModel::sourceChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                                         const QVector<int>& roles)
+{
+    for (int row = topLeft.row(); row <= bottomRight.row(); ++row) {
+        const QModelIndex first = mapFromSource(source->index(row, topLeft.column()));
+        if (first.isValid()) {
+            Q_EMIT dataChanged(first, index(first.row(), bottomRight.column()), roles);
+        }
+    }
+    if (sortedBy >= topLeft.column() && sortedBy <= bottomRight.column()) {
+        keys[sortedBy].clear();
+        if (sortPauses > 0) {
+            sortWanted = true;
+        } else {
+            sort(sortedBy, sortedIn);
+        }
     }
 }
 
-SortFilterProxyModel::SortPause::SortPause(SortFilterProxyModel& paused)
-    : proxy(paused), pausing(paused.sortColumn() == ActionColumn && paused.dynamicSortFilter())
+SortFilterProxyModel::SortPause::SortPause(SortFilterProxyModel& paused) : proxy(paused)
 {
-    if (pausing) {
-        proxy.setDynamicSortFilter(false);
-    }
+    ++proxy.sortPauses;
 }
 
 SortFilterProxyModel::SortPause::~SortPause()
 {
-    if (pausing) {
-        proxy.setDynamicSortFilter(true);
+    --proxy.sortPauses;
+    if (proxy.sortPauses == 0 && proxy.sortWanted) {
+        proxy.sortWanted = false;
+        proxy.sort(proxy.sortedBy, proxy.sortedIn);
     }
 }
+
+// --- The map
+
+int SortFilterProxyModel::sourceRows() const
+{
+    return source != nullptr ? source->rowCount() : 0;
+}
+
+void SortFilterProxyModel::refilter()
+{
+    beginResetModel();
+    mapped = false;
+    map();
+    endResetModel();
+}
+
+void SortFilterProxyModel::map() const
+{
+    // A field that is asked for may open a message, and a view may be drawn under it.
+    if (mapped || mapping) {
+        return;
+    }
+    mapping = true;
+    const size_t rows = static_cast<size_t>(sourceRows());
+    if (order.size() != rows) {
+        order.resize(rows);
+        std::iota(order.begin(), order.end(), 0);
+        if (sortedBy >= 0 && sortedBy < ColumnCount) {
+            const std::vector<qint64>& key = sortKeys(sortedBy);
+            const auto at = [&key](int row) { return key[static_cast<size_t>(row)]; };
+            if (sortedIn == Qt::AscendingOrder) {
+                std::stable_sort(order.begin(), order.end(), [&at](int l, int r) { return at(l) < at(r); });
+            } else {
+                std::stable_sort(order.begin(), order.end(), [&at](int l, int r) { return at(r) < at(l); });
+            }
+        }
+    }
+    std::vector<int> listed;
+    std::vector<int> listedAt(rows, -1);
+    listed.reserve(rows);
+    for (int row : order) {
+        if (filterAcceptsRow(row, QModelIndex())) {
+            listedAt[static_cast<size_t>(row)] = static_cast<int>(listed.size());
+            listed.push_back(row);
+        }
+    }
+    listedRows.swap(listed);
+    proxyRows.swap(listedAt);
+    mapping = false;
+    mapped = true;
+}
+
+QModelIndex SortFilterProxyModel::index(int row, int column, const QModelIndex& parent) const
+{
+    return row >= 0 && row < rowCount(parent) && column >= 0 && column < ColumnCount
+               ? createIndex(row, column)
+               : QModelIndex();
+}
+
+QModelIndex SortFilterProxyModel::parent(const QModelIndex&) const
+{
+    return QModelIndex();
+}
+
+QModelIndex SortFilterProxyModel::sibling(int row, int column, const QModelIndex&) const
+{
+    return index(row, column);
+}
+
+int SortFilterProxyModel::rowCount(const QModelIndex& parent) const
+{
+    if (parent.isValid()) {
+        return 0;
+    }
+    map();
+    return static_cast<int>(listedRows.size());
+}
+
+int SortFilterProxyModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() || source == nullptr ? 0 : source->columnCount();
+}
+
+bool SortFilterProxyModel::hasChildren(const QModelIndex& parent) const
+{
+    return rowCount(parent) > 0;
+}
+
+QVariant SortFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (source == nullptr || orientation == Qt::Vertical) {
+        return QAbstractItemModel::headerData(section, orientation, role);
+    }
+    return source->headerData(section, orientation, role);
+}
+
+QModelIndex SortFilterProxyModel::mapToSource(const QModelIndex& listed) const
+{
+    if (!listed.isValid() || listed.model() != this || listed.row() >= rowCount()) {
+        return QModelIndex();
+    }
+    return source->index(listedRows[static_cast<size_t>(listed.row())], listed.column());
+}
+
+QModelIndex SortFilterProxyModel::mapFromSource(const QModelIndex& sourceIndex) const
+{
+    map();
+    if (!sourceIndex.isValid() || static_cast<size_t>(sourceIndex.row()) >= proxyRows.size()) {
+        return QModelIndex();
+    }
+    const int row = proxyRows[static_cast<size_t>(sourceIndex.row())];
+    return row >= 0 ? createIndex(row, sourceIndex.column()) : QModelIndex();
+}
+
+void SortFilterProxyModel::sort(int column, Qt::SortOrder newOrder)
+{
+    Q_EMIT layoutAboutToBeChanged(QList<QPersistentModelIndex>(), VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    std::vector<int> rows;
+    rows.reserve(static_cast<size_t>(before.size()));
+    for (const QModelIndex& listed : before) {
+        rows.push_back(mapToSource(listed).row());
+    }
+    sortedBy = column;
+    sortedIn = newOrder;
+    order.clear();
+    mapped = false;
+    map();
+    QModelIndexList after;
+    after.reserve(before.size());
+    for (int i = 0; i < before.size(); ++i) {
+        const int row = rows[static_cast<size_t>(i)];
+        const int now = row >= 0 ? proxyRows[static_cast<size_t>(row)] : -1;
+        after.append(now >= 0 ? createIndex(now, before.at(i).column()) : QModelIndex());
+    }
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged(QList<QPersistentModelIndex>(), VerticalSortHint);
+}
+
+// --- The order
+
+// For each row of the source, the place of its text among the different texts of the column.
+std::vector<int> SortFilterProxyModel::ranksOf(int column) const
+{
+    struct Text
+    {
+        quint64 beginning;
+        QString text;
+        int number;
+    };
+    const int rows = sourceRows();
+    QHash<QString, int> numbers;
+    std::vector<Text> texts;
+    std::vector<int> numberOf(static_cast<size_t>(rows));
+    for (int row = 0; row < rows; ++row) {
+        const QString text = Model::text(*(*yumIO)[row], column);
+        const auto known = numbers.constFind(text);
+        if (known != numbers.constEnd()) {
+            numberOf[static_cast<size_t>(row)] = known.value();
+            continue;
+        }
+        const int number = static_cast<int>(texts.size());
+        numbers.insert(text, number);
+        texts.push_back({beginning(text), text, number});
+        numberOf[static_cast<size_t>(row)] = number;
+    }
+    std::sort(texts.begin(), texts.end(), [](const Text& l, const Text& r) {
+        return l.beginning != r.beginning ? l.beginning < r.beginning : l.text < r.text;
+    });
+    std::vector<int> ranks(texts.size());
+    for (size_t rank = 0; rank < texts.size(); ++rank) {
+        ranks[static_cast<size_t>(texts[rank].number)] = static_cast<int>(rank);
+    }
+    for (int& number : numberOf) {
+        number = ranks[static_cast<size_t>(number)];
+    }
+    return numberOf;
+}
+
+// For each row of the source a number: the order of the numbers is that of the column, then of the names.
+const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
+{
+    const size_t rows = static_cast<size_t>(sourceRows());
+    std::vector<qint64>& key = keys[column];
+    if (key.size() == rows) {
+        return key;
+    }
+    if (nameRanks.size() != rows) {
+        nameRanks = ranksOf(NameColumn);
+    }
+    key.resize(rows);
+    std::vector<int> ranks;
+    if (column >= VersionColumn && column <= ArchitectureColumn) {
+        ranks = ranksOf(column);
+    }
+    for (size_t row = 0; row < rows; ++row) {
+        const Package::Entry& entry = *(*yumIO)[static_cast<int>(row)];
+        qint64 first = 0;
+        switch (column) {
+        case ActionColumn:
+            first = entry.action;
+            break;
+        case StateColumn:
+            first = entry.state;
+            break;
+        case KindColumn:
+            first = entry.kind;
+            break;
+        case NameColumn:
+            break;
+        // Both are compared as numbers of 32 bits, whatever they are stored as.
+        case SizeColumn:
+            first = static_cast<int>(entry.size);
+            break;
+        case BuildTimeColumn:
+            first = static_cast<int>(entry.buildTime);
+            break;
+        default:
+            first = ranks[row];
+        }
+        key[row] = first * (Q_INT64_C(1) << 32) + nameRanks[row];
+    }
+    return key;
+}
+
+bool SortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    const int rows = sourceRows();
+    if (!left.isValid() || !right.isValid() || left.column() >= ColumnCount || left.row() >= rows ||
+        right.row() >= rows) {
+        return HSortFilterProxyModel::lessThan(left, right);
+    }
+    const std::vector<qint64>& key = sortKeys(left.column());
+    return key[static_cast<size_t>(left.row())] < key[static_cast<size_t>(right.row())];
+}
+
+// --- The filter
 
 bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex&) const
 {
@@ -152,17 +468,21 @@ bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex&) const
     if (yumIO.isNull() || row >= yumIO->count()) {
         return false;
     }
-    const Package::Entry* entry = (*yumIO)[row];
-    const auto known = verdicts.constFind(entry);
-    if (known != verdicts.constEnd()) {
-        return known.value();
+    if (verdicts.size() != static_cast<size_t>(yumIO->count())) {
+        verdicts.assign(static_cast<size_t>(yumIO->count()), Unknown);
     }
-    const bool accepted = acceptRow(entry);
-    verdicts.insert(entry, accepted);
-    return accepted;
+    if (verdicts[static_cast<size_t>(row)] == Unknown) {
+        const bool accepted = acceptRow((*yumIO)[row], row);
+        // Asking for a field may have had the list rebuilt.
+        if (static_cast<size_t>(row) < verdicts.size()) {
+            verdicts[static_cast<size_t>(row)] = accepted ? Accepted : Rejected;
+        }
+        return accepted;
+    }
+    return verdicts[static_cast<size_t>(row)] == Accepted;
 }
 
-bool SortFilterProxyModel::acceptRow(const Package::Entry* entry) const
+bool SortFilterProxyModel::acceptRow(const Package::Entry* entry, int row) const
 {
     switch (stateFilter) {
     case ViewUpdatable:
@@ -186,25 +506,46 @@ bool SortFilterProxyModel::acceptRow(const Package::Entry* entry) const
     if ((!dups && entry->duplicate) || (!groups && entry->kind == Package::Group)) {
         return false;
     }
-    if (filterRegExp().isEmpty()) {
+    if (expression.isEmpty()) {
         return true;
     }
-    return mode == Filter ? matchesVisible(*entry) : matchesAnyField(*entry);
+    if (mode == Search) {
+        return matchesAnyField(*entry);
+    }
+    if (visibleFrom.empty()) {
+        makeTexts();
+    }
+    return regStatus == 0 &&
+           regexec(&pattern, visible.constData() + visibleFrom[static_cast<size_t>(row)], 0, nullptr, 0) == 0;
 }
 
-bool SortFilterProxyModel::matchesVisible(const Package::Entry& entry) const
+// The texts that the table shows in each row, those that are not empty, with a blank between them.
+void SortFilterProxyModel::makeTexts() const
 {
-    QString joined;
-    for (const QString& text : {entry.name, Model::versionText(entry), entry.repo, entry.arch, entry.sizeText,
-                                entry.buildTimeText}) {
-        if (!text.isEmpty()) {
-            if (!joined.isEmpty()) {
-                joined += QLatin1Char(' ');
+    const int rows = yumIO->count();
+    visibleFrom.reserve(static_cast<size_t>(rows));
+    visible.reserve(100 * rows);
+    for (int row = 0; row < rows; ++row) {
+        visibleFrom.push_back(visible.size());
+        const Package::Entry& entry = *(*yumIO)[row];
+        for (int column = NameColumn; column < ColumnCount; ++column) {
+            const QString text = Model::text(entry, column);
+            if (!text.isEmpty()) {
+                if (visible.size() != visibleFrom.back()) {
+                    visible += ' ';
+                }
+                visible += text.toUtf8();
             }
-            joined += text;
         }
+        visible += '\0';
     }
-    return matches(joined);
+}
+
+void SortFilterProxyModel::prepareTexts()
+{
+    if (!yumIO.isNull() && visibleFrom.empty()) {
+        makeTexts();
+    }
 }
 
 bool SortFilterProxyModel::matchesAnyField(const Package::Entry& entry) const
@@ -233,47 +574,6 @@ bool SortFilterProxyModel::matchesAnyField(const Package::Entry& entry) const
 bool SortFilterProxyModel::matches(const QString& text) const
 {
     return regStatus == 0 && regexec(&pattern, text.toUtf8().constData(), 0, nullptr, 0) == 0;
-}
-
-bool SortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
-{
-    if (!left.isValid() || !right.isValid() || yumIO.isNull()) {
-        return HSortFilterProxyModel::lessThan(left, right);
-    }
-    const Package::Entry& l = *(*yumIO)[left.row()];
-    const Package::Entry& r = *(*yumIO)[right.row()];
-    const auto byNumber = [&l, &r](qint64 leftValue, qint64 rightValue) {
-        // Both are compared as numbers of 32 bits, whatever they are stored as.
-        const int leftNumber = static_cast<int>(leftValue);
-        const int rightNumber = static_cast<int>(rightValue);
-        return leftNumber != rightNumber ? leftNumber < rightNumber : l.name < r.name;
-    };
-    const auto byText = [&l, &r](const QString& leftText, const QString& rightText) {
-        const int order = leftText.compare(rightText);
-        return order != 0 ? order < 0 : l.name < r.name;
-    };
-    switch (left.column()) {
-    case ActionColumn:
-        return byNumber(l.action, r.action);
-    case StateColumn:
-        return byNumber(l.state, r.state);
-    case KindColumn:
-        return byNumber(l.kind, r.kind);
-    case NameColumn:
-        return l.name < r.name;
-    case VersionColumn:
-        return byText(Model::versionText(l), Model::versionText(r));
-    case RepositoryColumn:
-        return byText(l.repo, r.repo);
-    case ArchitectureColumn:
-        return byText(l.arch, r.arch);
-    case SizeColumn:
-        return byNumber(static_cast<qint64>(l.size), static_cast<qint64>(r.size));
-    case BuildTimeColumn:
-        return byNumber(static_cast<qint64>(l.buildTime), static_cast<qint64>(r.buildTime));
-    default:
-        return HSortFilterProxyModel::lessThan(left, right);
-    }
 }
 
 } // namespace PackageTable

@@ -1,17 +1,23 @@
 // Decides which package records the table lists, and in which order: by state, duplicates, groups and a
 // regular expression.
 //
-// Graphical thread; the main window owns it. It reads the records straight from the back end: the values of
-// all rows go through a sort and a filter, and one variant for each of them is too many.
+// Graphical thread; the main window owns it. It keeps its own map between the listed rows and the records in
+// place of the base class's: filtering does not sort and sorting does not filter, which a table of a whole
+// distribution needs to answer at once. The records are read straight from the back end, not through
+// variants.
 
 #ifndef PACKAGETABLE_SORTFILTERPROXYMODEL_H
 #define PACKAGETABLE_SORTFILTERPROXYMODEL_H
 
-#include <QHash>
+#include <QByteArray>
 #include <QPointer>
+#include <QRegExp>
 #include <QString>
+#include <QTimer>
 
 #include <regex.h>
+
+#include <vector>
 
 #include "packagetable/PackageTable.h"
 #include "widgets/HSortFilterProxyModel.h"
@@ -45,9 +51,27 @@ public:
     // An extended POSIX expression, case-sensitive; ".*" at either end is taken off. The empty one lists
     // everything, one that cannot be compiled nothing.
     void setFilterRegExp(const QString& text);
+    // What the rows are filtered by, stripped; the base class's own expression stays empty.
+    QRegExp filterRegExp() const { return expression; }
     // Marks every listed record that is out of date for Update.
     void setUpdateListed();
+    // Filters and sorts anew.
     void clear();
+
+    // -1: in the back end's order. The base class does not know, and must not: it would make its own map.
+    int sortColumn() const { return sortedBy; }
+    Qt::SortOrder sortOrder() const { return sortedIn; }
+
+    QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
+    QModelIndex parent(const QModelIndex& child) const override;
+    QModelIndex sibling(int row, int column, const QModelIndex& index) const override;
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    QModelIndex mapToSource(const QModelIndex& listed) const override;
+    QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     // While it exists, a table sorted by action is not sorted anew with every action that changes: it would
     // take minutes when all rows change.
@@ -61,21 +85,35 @@ public:
 
     private:
         SortFilterProxyModel& proxy;
-        bool pausing;
     };
 
 public Q_SLOTS:
     void clearCache();
+
+private Q_SLOTS:
+    void sourceChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight, const QVector<int>& roles);
+    void sourceAboutToBeReset();
+    void sourceReset();
+    void sourceDestroyed();
+    void prepareTexts();
 
 protected:
     bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
 private:
-    bool acceptRow(const Package::Entry* entry) const;
-    bool matchesVisible(const Package::Entry& entry) const;
+    enum Verdict : char { Unknown, Accepted, Rejected };
+
+    bool acceptRow(const Package::Entry* entry, int row) const;
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;
+    void makeTexts() const;
+    void dropMap();
+    int sourceRows() const;
+    void refilter();
+    void map() const;
+    const std::vector<qint64>& sortKeys(int column) const;
+    std::vector<int> ranksOf(int column) const;
 
     Mode mode;
     bool filtering;
@@ -84,10 +122,27 @@ private:
     bool groups;
     QPointer<YumIO> yumIO;
     HAbstractTableModel* source;
-    mutable QHash<const Package::Entry*, bool> verdicts;
-    bool refiltering; // the source model is reset only to have its rows sorted: the verdicts stay right
-    int regStatus;    // 0: the pattern is compiled
+    mutable std::vector<Verdict> verdicts; // by row of the source
+    QRegExp expression;
+    int regStatus; // 0: the pattern is compiled
     regex_t pattern;
+
+    int sortedBy;
+    Qt::SortOrder sortedIn;
+    QTimer idle; // runs out when the records are new and nothing else is to be done
+    int sortPauses;
+    bool sortWanted; // an action has changed meanwhile
+
+    // All of these are made when they are needed first, and dropped when the records are.
+    mutable bool mapped;
+    mutable bool mapping;
+    mutable std::vector<int> order;      // the rows of the source, sorted
+    mutable std::vector<int> listedRows; // by row of the proxy, the row of the source
+    mutable std::vector<int> proxyRows;  // by row of the source, the row of the proxy; -1: not listed
+    mutable std::vector<qint64> keys[ColumnCount];
+    mutable std::vector<int> nameRanks;
+    mutable QByteArray visible;           // the visible texts of all rows, each ended by a zero
+    mutable std::vector<int> visibleFrom; // by row, where its texts begin
 };
 
 } // namespace PackageTable

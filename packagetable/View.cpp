@@ -8,8 +8,8 @@
 #include <QVector>
 
 #include <algorithm>
-#include <array>
 #include <limits>
+#include <vector>
 
 #include "packagetable/ActionContextMenu.h"
 #include "packagetable/Model.h"
@@ -18,43 +18,75 @@
 
 namespace PackageTable {
 
-namespace {
-
-// Adds up the widths of single characters, far quicker than a text is measured. Kerning makes the text itself
-// a little narrower or wider.
-class WidthEstimate
+// Adds up the widths of pairs of characters, far quicker than a text is measured. It may be a little wrong
+// where a font draws three characters or more together.
+class View::WidthEstimate
 {
 public:
-    explicit WidthEstimate(const QFont& font)
+    // Of a text that is not all of printable ASCII: other scripts are not drawn letter by letter.
+    static constexpr qreal unknown = 1e9;
+
+    explicit WidthEstimate(const QFont& itsFont)
+        : font(itsFont), metrics(itsFont), widths(count, unknown), advances(count * count, unknown)
     {
-        const QFontMetricsF metrics(font);
-        for (size_t i = 0; i < widths.size(); ++i) {
-#if QT_VERSION >= QT_VERSION_CHECK(5, 11, 0)
-            widths[i] = metrics.horizontalAdvance(QLatin1Char(static_cast<char>(i)));
-#else
-            widths[i] = metrics.width(QLatin1Char(static_cast<char>(i)));
-#endif
-        }
     }
 
-    // Infinite for a text that is not all ASCII: nothing is known about other scripts.
-    qreal operator()(const QString& text) const
+    const QFont& usedFont() const { return font; }
+
+    qreal operator()(const QString& text)
     {
         qreal sum = 0;
+        int previous = -1;
         for (const QChar& character : text) {
-            if (character.unicode() >= widths.size()) {
-                return std::numeric_limits<qreal>::infinity();
+            const int code = character.unicode() - first;
+            if (code < 0 || code >= count) {
+                return unknown;
             }
-            sum += widths[character.unicode()];
+            sum += previous < 0 ? width(code) : advance(previous, code);
+            previous = code;
         }
         return sum;
     }
 
 private:
-    std::array<qreal, 128> widths;
-};
+    static constexpr int first = ' ';
+    static constexpr int count = '~' - first + 1;
 
-} // namespace
+    static QChar letter(int code) { return QChar(first + code); }
+
+    qreal width(int code)
+    {
+        qreal& known = widths[static_cast<size_t>(code)];
+        if (known == unknown) {
+            known = measure(letter(code));
+        }
+        return known;
+    }
+
+    // By how much a letter makes a text wider that ends in another one.
+    qreal advance(int before, int code)
+    {
+        qreal& known = advances[static_cast<size_t>(before * count + code)];
+        if (known == unknown) {
+            known = measure(QString(letter(before)) + letter(code)) - width(before);
+        }
+        return known;
+    }
+
+    qreal measure(const QString& text) const
+    {
+#if QT_VERSION >= QT_VERSION_CHECK(5, 11, 0)
+        return metrics.horizontalAdvance(text);
+#else
+        return metrics.width(text);
+#endif
+    }
+
+    QFont font;
+    QFontMetricsF metrics;
+    std::vector<qreal> widths;   // these and the next are measured when they come up first
+    std::vector<qreal> advances; // by pair
+};
 
 View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     : HTableView(QStyleOptionViewItem::Left, 10, std::numeric_limits<int>::max(), parent), model(packages),
@@ -74,11 +106,11 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     auto* header = new QHeaderView(Qt::Horizontal, this);
     header->setSectionsMovable(true);
     header->setSectionsClickable(true);
-    header->setSortIndicatorShown(true);
     header->setHighlightSections(false);
     // Otherwise a click with the right button reaches the view, as one on the row at that height.
     header->setContextMenuPolicy(Qt::PreventContextMenu);
     setHorizontalHeader(header);
+    header->setSortIndicatorShown(true); // which a header that a view is given does not keep
 
     sortByColumn(KindColumn, Qt::AscendingOrder);
     proxy->setFilterKeyColumn(KindColumn);
@@ -88,6 +120,8 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     connect(this, SIGNAL(customContextMenuRequested(const QPoint&)), this,
             SLOT(handleCustomContextMenuRequested(const QPoint&)));
 }
+
+View::~View() = default;
 
 QModelIndexList View::selectedRows() const
 {
@@ -128,21 +162,42 @@ int View::contentsWidthForColumn(int column) const
         }
         return width;
     }
-    // What is measured is the text that looks widest, and then those that come close to it.
-    const WidthEstimate estimate(option.font);
-    QVector<qreal> estimates(count);
-    for (int row = 0; row < count; ++row) {
-        estimates[row] = estimate(rows->index(row, column).data().toString());
+    // Measured are the texts that look as wide as any; of those that look just as wide as each other and end
+    // in the same letter, which may hang over, one.
+    const auto entryAt = [this](int row) -> const Package::Entry& {
+        return *model->entry(fittingRecords ? row : proxy->mapToSource(proxy->index(row, NameColumn)).row());
+    };
+    if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
+        widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }
-    const auto widest = std::max_element(estimates.cbegin(), estimates.cend());
-    width = measured(static_cast<int>(widest - estimates.cbegin()));
-    const qreal margin = QFontMetricsF(option.font).height();
-    QSet<QString> texts;
+    WidthEstimate& estimate = *widthEstimate;
+    std::vector<qreal> estimates(static_cast<size_t>(count));
+    qreal widest = 0;
     for (int row = 0; row < count; ++row) {
-        if (estimates.at(row) + margin > width) {
-            const QString text = rows->index(row, column).data().toString();
-            if (!texts.contains(text)) {
-                texts.insert(text);
+        const qreal estimated = estimate(Model::text(entryAt(row), column));
+        estimates[static_cast<size_t>(row)] = estimated;
+        if (estimated < WidthEstimate::unknown) {
+            widest = qMax(widest, estimated);
+        }
+    }
+    // How far a text can be wider than its pairs of letters.
+    const qreal margin = QFontMetricsF(option.font).averageCharWidth();
+    QSet<qint64> measuredLooks;
+    QSet<QString> measuredTexts;
+    for (int row = 0; row < count; ++row) {
+        const qreal estimated = estimates[static_cast<size_t>(row)];
+        if (estimated == WidthEstimate::unknown) {
+            const QString text = Model::text(entryAt(row), column);
+            if (!measuredTexts.contains(text)) {
+                measuredTexts.insert(text);
+                width = qMax(width, measured(row));
+            }
+        } else if (estimated + margin >= widest) {
+            const QString text = Model::text(entryAt(row), column);
+            const qint64 last = text.isEmpty() ? 0 : text.at(text.length() - 1).unicode();
+            const qint64 look = qRound64(estimated * 64) * 128 + last;
+            if (!measuredLooks.contains(look)) {
+                measuredLooks.insert(look);
                 width = qMax(width, measured(row));
             }
         }

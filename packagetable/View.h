@@ -6,6 +6,8 @@
 #ifndef PACKAGETABLE_VIEW_H
 #define PACKAGETABLE_VIEW_H
 
+#include <memory>
+
 #include "widgets/HTableView.h"
 
 namespace PackageTable {
@@ -22,6 +24,7 @@ class View : public HTableView
 public:
     // Neither model is owned; the proxy's source is the model.
     View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
+    ~View() override;
 
     // Source indexes.
     QModelIndexList selectedRows() const;
@@ -48,12 +51,15 @@ protected:
     int contentsWidthForColumn(int column) const override;
 
 private:
+    class WidthEstimate;
+
     Model* model;
     SortFilterProxyModel* proxy;
     int currentRow;                // as announced last
     bool fittingRecords;           // columns are fitted to all records, not to the listed ones
     ActionContextMenu* actionMenu; // null until first needed
     OtherContextMenu* otherMenu;   // null until first needed
+    mutable std::unique_ptr<WidthEstimate> widthEstimate; // for the font of the last fit
 };
 
 } // namespace PackageTable

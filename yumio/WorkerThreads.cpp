@@ -51,9 +51,9 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     QTimer::singleShot(0, this, SLOT(blockerRelease()));
     loop.exec();
     // Whatever else has ended the loop (the application's own end, say): the worker is never left alone with
-    // its requests, and the operation never cut off.
+    // its requests, and the operation never cut off. What the user does now waits for the loop outside.
     while (!thread.isFinished() && !thread.wait(10)) {
-        loop.processEvents();
+        loop.processEvents(QEventLoop::ExcludeUserInputEvents);
     }
     thread.wait();
     loop.processEvents(QEventLoop::ExcludeUserInputEvents);

@@ -315,6 +315,7 @@ private:
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
     PyObject* badArguments(const char* text);
     PyObject* badPhase(const char* text);
+    static PyObject* noneUnlessPending(); // null while an exception is pending, which the script is to see
     bool payloadText(PyObject* payload, const char* function, QString& text, quint64& size);
     void tsDownloadStart();
     void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);

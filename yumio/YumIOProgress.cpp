@@ -31,6 +31,14 @@ PyObject* YumIO::badPhase(const char* text)
     return nullptr;
 }
 
+PyObject* YumIO::noneUnlessPending()
+{
+    if (PyErr_Occurred() != nullptr) {
+        return nullptr;
+    }
+    Py_RETURN_NONE;
+}
+
 PyObject* YumIO::stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending)
 {
     const char* text = nullptr;
@@ -177,7 +185,7 @@ PyObject* YumIO::downloadProgress(PyObject*, PyObject* args)
     QString text;
     quint64 size = 0;
     if (!payloadText(payload, "downloadProgress", text, size)) {
-        Py_RETURN_NONE;
+        return noneUnlessPending();
     }
     const quint64 bytes = done > 0 ? static_cast<quint64>(done) : 0;
     if (phase == Applying) {
@@ -213,7 +221,7 @@ PyObject* YumIO::downloadEnd(PyObject*, PyObject* args)
     QString text;
     quint64 size = 0;
     if (!payloadText(payload, "downloadEnd", text, size)) {
-        Py_RETURN_NONE;
+        return noneUnlessPending();
     }
     if (phase == Applying) {
         // The package manager reports success without a status.
@@ -239,7 +247,9 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
     if (!iterator) {
         return nullptr;
     }
-    for (;;) {
+    // A failure to read one payload is reported and the payload left out, unless it is one that the running
+    // operation wants to explain itself.
+    while (PyErr_Occurred() == nullptr) {
         const PyRef payload(PyIter_Next(iterator.get()));
         if (!payload) {
             break;
@@ -335,7 +345,6 @@ void YumIO::tsDownloadProgress(PyObject* payload, const QString& text, quint64 s
 void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status)
 {
     constexpr long alreadyPresent = 2;
-    constexpr long mirrorFailed = 3;
     if (status == alreadyPresent) {
         return;
     }
@@ -345,11 +354,6 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
         return;
     }
     const quint32 index = slot.value();
-    if (status == mirrorFailed) {
-        // No end: the same payload comes from the next mirror, in the same slot.
-        progress->retryItemActThread(index);
-        return;
-    }
     const bool delta = isInstance(payload, classes[DeltaPayload]);
     if (delta && status == 0) {
         // The package is rebuilt from the delta next, and a second end tells when that is over.
@@ -363,9 +367,17 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
 
 bool YumIO::verifyLocalPkg(PyObject* pkg)
 {
-    ExceptScope scope(*this, {PyExc_FileNotFoundError, classes[MiscError]});
-    const PyRef result(pyMethodCall(yumIO.get(), "verifyLocalPkg", "(O)", pkg));
-    return result && PyObject_IsTrue(result.get()) == 1;
+    // In the middle of a longer operation, whose own failure is explained by all that was logged since its
+    // begin.
+    const int outerLogStart = exceptLogStart;
+    bool valid = false;
+    {
+        ExceptScope scope(*this, {PyExc_FileNotFoundError, classes[MiscError]});
+        const PyRef result(pyMethodCall(yumIO.get(), "verifyLocalPkg", "(O)", pkg));
+        valid = result && PyObject_IsTrue(result.get()) == 1;
+    }
+    exceptLogStart = outerLogStart;
+    return valid;
 }
 
 PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)

@@ -32,6 +32,8 @@ import dnf.package
 import dnf.repo
 import dnf.rpm
 import dnf.rpm.miscutils
+import dnf.sack
+import dnf.selector
 import dnf.transaction
 import dnf.util
 import dnf.yum.rpmtrans
@@ -193,6 +195,16 @@ def _dateTime(seconds):
     return datetime.datetime.fromtimestamp(seconds, datetime.timezone.utc).replace(tzinfo=None)
 
 
+def _universalDay(day):
+    """The day of a change log's entry, of which the package manager tells the local day only.
+
+    Entries are of noon in universal time, which far in the east is the next day already.
+    """
+    noon = datetime.datetime.combine(day, datetime.time(12, tzinfo=datetime.timezone.utc))
+    ahead = datetime.date.fromtimestamp(noon.timestamp()) - day
+    return datetime.datetime.combine(day - ahead, datetime.time())
+
+
 def _packageBuildHost(package):
     """The host that an installed package was built on; repositories do not let us read it."""
     if not package._from_system:
@@ -213,36 +225,40 @@ class OtherData:
     """The change logs of available packages: fetched with the other metadata, read into memory on first use."""
 
     def __init__(self):
-        self._sacks = {}
+        self._packages = {}
 
     def clear(self):
-        self._sacks = {}
+        self._packages = {}
 
     def changelogs(self, package):
         try:
-            sack = self._load(package.base, package.repo)
+            packages = self._load(package.base, package.repo)
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
             # The cache may have been cleaned since the repository was read.
             logging.getLogger('dnf').warning('The change logs of %s cannot be read: %s', package.reponame, e)
             return []
-        found = sack.query().available().filter(name=package.name, evr=package.evr, arch=package.arch)
-        for twin in found:
-            return [dict(entry, timestamp=datetime.datetime.combine(entry['timestamp'], datetime.time()))
-                    for entry in super(dnf.package.Package, twin).changelogs]
-        return []
+        twin = packages.get(str(package))
+        if twin is None:
+            return []
+        return [dict(entry, timestamp=_universalDay(entry['timestamp']))
+                for entry in super(dnf.package.Package, twin).changelogs]
 
     def loadAll(self, base):
         for repo in base.repos.iter_enabled():
             self._load(base, repo)
 
     def _load(self, base, repo):
-        """A sack of one repository: which of equal packages of several a query finds would be left to chance."""
-        if repo.id not in self._sacks:
+        """The packages of one repository by name, version and architecture, in a sack of their own.
+
+        Equal packages of several repositories may have different change logs. A search reads the change log of
+        every package: finding each with a query, which looks at all packages, would take time in the square.
+        """
+        if repo.id not in self._packages:
             sack = dnf.sack._build_sack(base)
             with dnf.lock.build_metadata_lock(base.conf.cachedir, True):
                 sack.load_repo(repo._repo, build_cache=True, load_other=True)
-            self._sacks[repo.id] = sack
-        return self._sacks[repo.id]
+            self._packages[repo.id] = {str(package): package for package in sack.query().available()}
+        return self._packages[repo.id]
 
 
 class GroupPackage:
@@ -425,6 +441,23 @@ class Base(dnf.Base):
             yumIOC.downloadRemotePayloads([])
 
 
+# Below this many bytes, what went wrong in writing files is likely to be the space.
+LITTLE_SPACE = 1 << 20
+
+
+def spaceHint(directory):
+    """A line to end a message with when there is hardly any space left for a directory, or nothing.
+
+    What fetches files reports a full disk as damaged files, or not at all.
+    """
+    try:
+        found = os.statvfs(directory)
+    except OSError:
+        return ''
+    free = found.f_bavail * found.f_frsize
+    return '' if free >= LITTLE_SPACE else '\nThere are only {} kB left for {}'.format(free // 1024, directory)
+
+
 def isInCache(package):
     try:
         return package.verifyLocalPkg()
@@ -588,10 +621,8 @@ class YumIO:
         try:
             self.base.otherData.clear()
             self.base.fill_sack()
-        except dnf.exceptions.RepoError:
-            raise
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
-            raise dnf.exceptions.RepoError(str(e))
+            raise dnf.exceptions.RepoError(str(e) + spaceHint(self.base.conf.cachedir))
 
     # Collection
 
@@ -611,7 +642,8 @@ class YumIO:
             available.filterm(latest_per_arch_by_priority=True)
         except (ValueError, hawkey.Exception):  # older than priorities
             available.filterm(latest_per_arch=True)
-        return All(query.installed().run(), available.run())
+        # Of several installed versions the program shows the first.
+        return All(sorted(query.installed(), reverse=True), available.run())
 
     def collectGroups(self):
         self.base.read_comps(arch_filter=True)
@@ -694,7 +726,7 @@ class YumIO:
         for new, old in updates:
             if new not in seen:
                 seen.add(new)
-                base.package_upgrade(new)
+                self._markUpdate(new)
         for group in groupInstalls:
             base.group_install(group.id, list(base.conf.group_package_types))
         for group in groupUpdates:
@@ -704,6 +736,14 @@ class YumIO:
                 self._upgradeMembers(group)
         for group in groupRemoves:
             base.group_remove(group.id)
+
+    def _markUpdate(self, package):
+        """The user has marked this very version: what stands against it must be told, not left out in silence."""
+        if not self.base.package_upgrade(package):
+            raise dnf.exceptions.Error('{} is not newer than what is installed.'.format(package))
+        selector = dnf.selector.Selector(self.base.sack)
+        selector.set(pkg=[package])
+        self.base.goal.install(select=selector)
 
     def _upgradeMembers(self, group):
         """Upgrade the installed members of a group that is not itself installed."""
@@ -727,8 +767,12 @@ class YumIO:
 
     def _download(self):
         installed = self._installSet()
-        if installed:
+        if not installed:
+            return
+        try:
             self.base.download_packages(installed, DownloadProgress())
+        except (dnf.exceptions.DownloadError, OSError) as e:
+            raise dnf.exceptions.Error(str(e) + spaceHint(self.base.conf.cachedir))
 
     def _checkSignatures(self):
         """Refuse every package whose signature is wrong or missing where its repository demands one."""
@@ -736,11 +780,14 @@ class YumIO:
             yumIOC.gpgsigcheck()
             result, text = self.base.package_signature_check(package)
             if result == 1:
+                # The keys are none of the downloads that were announced.
+                package.repo.set_progress_bar(dnf.callback.NullDownloadProgress())
                 try:
                     self.base.package_import_key(package, fullaskcb=self._askForKey)
                 except (ValueError, OSError) as e:
                     raise dnf.exceptions.Error(str(e))
                 finally:
+                    package.repo.set_progress_bar(DownloadProgress())
                     # Asked again the next time: the answer may be another then.
                     self.base._repo_set_imported_gpg_keys.discard(package.repoid)
             elif result != 0:

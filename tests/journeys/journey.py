@@ -20,6 +20,9 @@ from vyresandbox import Sandbox  # noqa: E402
 # What dnf's lock on the package database is called.
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
+DEPENDENCIES = 'Performing the following to resolve dependencies:\n'
+ONLY_REMOVALS = 'No downloads; only removals\n'
+
 
 class Gate:
     """A fault of the sandbox's server: nothing is answered until it is opened, and everything afterwards."""
@@ -81,6 +84,46 @@ class JourneyTest(unittest.TestCase):
                 print(program.stderr(), file=sys.stderr, flush=True)
                 raise
 
+    @contextlib.contextmanager
+    def opened(self, *arguments, groups=False):
+        """The main window of a run that lists all packages. At the end the program is told to quit."""
+        with self.program(*arguments) as program:
+            window = program.ready()
+            window.show_all(groups)
+            yield window
+            self.quit(window)
+
+    # Transactions
+
+    def check_listing(self, dialog, listed=(), dependencies=(), sizes=True):
+        """The dialog that asks for the confirmation lists this, in whatever order, each text without its tabulator.
+
+        sizes: whether there is something to download.
+        """
+        text, _, sized = dialog.text().partition('\n\n')
+        text, _, depending = text.partition(DEPENDENCIES)
+        lines = text.splitlines()
+        if not sizes:
+            self.assertEqual(sized, '')
+            ending = depending or text
+            self.assertTrue(ending.endswith(ONLY_REMOVALS), ending)
+            if depending:
+                depending = depending[:-len(ONLY_REMOVALS)]
+            else:
+                lines.pop()
+        else:
+            self.assertEqual([line.partition(':')[0] for line in sized.splitlines()],
+                             ['Cached size', 'Total download size', 'Installed size'])
+        self.assertEqual(lines[0], 'Transaction to be performed:')
+        self.assertEqual(sorted(lines[1:]), sorted('\t' + line for line in listed))
+        self.assertEqual(sorted(depending.splitlines()), sorted('\t' + line for line in dependencies))
+        self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
+
+    def carry_out(self, window, dialog=None):
+        """Press Apply, unless there is its dialog already, confirm, and wait for the end of the transaction."""
+        window.accept(dialog or window.apply())
+        window.wait_ready()
+
     # The end
 
     def locks(self):
@@ -90,7 +133,7 @@ class JourneyTest(unittest.TestCase):
     def check_ended(self, program, status=0):
         """The program has ended by itself, with this status, and has left nothing behind."""
         self.assertEqual(program.wait(), status, program.stderr())
-        self.assertEqual(program.stderr(), '')
+        self.assertEqual(program.complaints(), '')
         self.assertEqual(self.locks(), [])
         wait_for(lambda: program.left_over() == [], 'the end of all processes')
 
@@ -159,4 +202,5 @@ class JourneyTest(unittest.TestCase):
 
 
 def main():
-    unittest.main(verbosity=2)
+    # The filters of warnings are those set by what is imported.
+    unittest.main(verbosity=2, warnings=False)

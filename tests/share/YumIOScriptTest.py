@@ -5,6 +5,7 @@ VYRE_SANDBOX names the directory of a sandbox that was made already; without it 
 """
 
 import os
+import signal
 import sys
 import unittest
 
@@ -22,6 +23,8 @@ def main():
         tests = loader.loadTestsFromNames(sys.argv[1:])
     else:
         tests = loader.discover(DIRECTORY, pattern="test_*.py")
+    # An early end must not leave the copies of the sandbox behind.
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     scenario.setUpWorkspace()
     try:
         result = unittest.TextTestRunner(verbosity=2).run(tests)

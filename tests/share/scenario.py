@@ -3,6 +3,7 @@
 The package manager and rpm keep state for the whole process, and the script changes some of it.
 """
 
+import ctypes
 import functools
 import multiprocessing
 import os
@@ -24,6 +25,8 @@ from vyresandbox import Sandbox, server  # noqa: E402
 from recordingmodule import Recording  # noqa: E402
 
 _PATIENCE = 180  # seconds after which a process that hangs is ended
+
+_CLONE_NEWNS = 0x00020000  # of linux/sched.h
 
 workspace = None
 
@@ -196,6 +199,35 @@ class ScenarioTest(unittest.TestCase):
         with open(path, "wb" if isinstance(content, bytes) else "w") as stream:
             stream.write(content)
         return path
+
+    def isolate(self):
+        """From here on, what this process mounts is seen by nobody else and gone with its end."""
+        library = ctypes.CDLL(None, use_errno=True)
+        if library.unshare(_CLONE_NEWNS) != 0:
+            raise OSError(ctypes.get_errno(), "no file systems of its own")
+        subprocess.run(["mount", "--make-rprivate", "/"], check=True)
+
+    def mount_small(self, path, kilobytes):
+        """Puts a file system of that size, with what the directory holds, on a directory of the managed system."""
+        path = self.sandbox.root + path
+        os.makedirs(path, exist_ok=True)
+        saved = tempfile.mkdtemp(dir=self.directory)
+        subprocess.run(["cp", "-a", path + "/.", saved], check=True)
+        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=%dk" % kilobytes, "tmpfs", path], check=True)
+        subprocess.run(["cp", "-a", saved + "/.", path], check=True)
+
+    def resize(self, path, kilobytes):
+        """Changes the size of such a file system to what it holds and that much more."""
+        path = self.sandbox.root + path
+        found = os.statvfs(path)
+        used = (found.f_blocks - found.f_bfree) * found.f_frsize // 1024
+        # A size of nothing would mean no limit.
+        subprocess.run(["mount", "-o", "remount,size=%dk" % max(used + kilobytes, 4), path], check=True)
+
+    def index(self, name, *options):
+        """Makes the metadata of a repository anew, after its packages were changed."""
+        subprocess.run(["createrepo_c", "--quiet", "--no-database"] + list(options) + [self.sandbox.repository(name)],
+                       check=True)
 
     def repository_file(self, name):
         return os.path.join(self.sandbox.root, "etc/yum.repos.d", name + ".repo")

@@ -2,6 +2,8 @@
 
 import datetime
 import os
+import shutil
+import time
 
 from scenario import ScenarioTest, in_own_process
 
@@ -81,6 +83,41 @@ class SetupTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
+    def test_a_changed_repository_is_seen_when_its_metadata_has_expired_or_is_cleaned(self):
+        self.configure("metadata_expire=3600")
+        self.started()
+        hidden = os.path.join(self.sandbox.repository("sandbox-disabled"), "hidden-gem-1.0-1.noarch.rpm")
+        added = shutil.copy(hidden, self.sandbox.repository("sandbox-http"))
+        self.index("sandbox-http")
+        self.again()
+        self.assertNotIn("hidden-gem", [package.name for package in self.available])
+        self.sandbox.expire_metadata()
+        self.again()
+        self.package(self.available, "hidden-gem")
+        self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
+        os.unlink(added)
+        self.index("sandbox-http")
+        self.yumio.cleanMetadata()
+        self.again()
+        self.assertNotIn("hidden-gem", [package.name for package in self.available])
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_metadata_expires_by_its_age(self):
+        self.configure("metadata_expire=3600")
+        self.started()
+        old = time.time() - 3700
+        for directory, _, names in os.walk(self.sandbox.root + "/var/cache/yum"):
+            for name in names:
+                os.utime(os.path.join(directory, name), (old, old))
+        self.server.forget()
+        self.again()
+        self.assertIn(REPODATA + "repomd.xml", self.server.paths(200))
+        # What has not changed is not fetched again.
+        self.assertNotIn(self.metadata("primary.xml.gz"), self.server.paths())
+        self.package(self.available, "astrolabe")
+
+    @in_own_process
     def test_metadata_progress_is_told(self):
         self.load()
         self.collect()
@@ -110,8 +147,9 @@ class CollectionTest(ScenarioTest):
     def test_installed_and_available_packages(self):
         self.started()
         self.assertEqual({str(package) for package in self.installed}, self.sandbox.installed())
-        self.assertEqual(sorted(package.version for package in self.installed if package.name == "kernel"),
-                         ["6.1.20", "6.1.25"])
+        # The newest first: it is the one that the program shows.
+        self.assertEqual([package.version for package in self.installed if package.name == "kernel"],
+                         ["6.1.25", "6.1.20"])
         available = [str(package) for package in self.available]
         self.assertEqual(len(available), len(set(available)))
         enabled = [package for package in self.catalogue if package.repo != "disabled"]
@@ -224,6 +262,17 @@ class CollectionTest(ScenarioTest):
     @in_own_process
     def test_change_logs_of_installed_and_available_packages(self):
         self.started()
+        self.assert_change_logs()
+
+    @in_own_process
+    def test_days_of_change_logs_are_the_same_in_every_time_zone(self):
+        self.started()
+        for zone in ("Pacific/Kiritimati", "Pacific/Auckland", "UTC", "Pacific/Pago_Pago", "Etc/GMT+12"):
+            os.environ["TZ"] = zone
+            time.tzset()
+            self.assert_change_logs()
+
+    def assert_change_logs(self):
         for package, name in ((self.package(self.installed, "tagsoup-installed"), "unusual"),
                               (self.package(self.available, "tagsoup"), "unusual"),
                               (self.package(self.installed, "almanac"), "first"),

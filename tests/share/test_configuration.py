@@ -1,6 +1,7 @@
 """The start of the script: configuration files, paths, locks."""
 
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -108,6 +109,25 @@ class ConfigurationTest(ScenarioTest):
         self.assertIn("sandbox-http.solv", os.listdir(root + "/var/cache/yum"))
 
     @in_own_process
+    def test_nothing_of_the_system_outside_the_root_is_touched(self):
+        self.isolate()
+        places = ["/var/cache", "/var/log", "/var/lib/dnf", "/var/lib/rpm", "/usr/lib/sysimage/rpm", "/var/tmp"]
+        present = [place for place in places if os.path.isdir(place)]
+        self.assertIn("/var/cache", present)
+        for place in present:
+            subprocess.run(["mount", "-t", "tmpfs", "tmpfs", place], check=True)
+        self.started()
+        self.apply(installs=["loupe", "wax-tablet"], removes=["almanac"], answers=[1, 1])
+        self.again()
+        self.assertTrue(self.package(self.available, "tagsoup").changelogs)
+        self.yumio.cleanAll()
+        self.yumio.unlock()
+        self.assertIn("loupe-45.0-1.x86_64", self.sandbox.installed())
+        self.assertEqual({place: os.listdir(place) for place in present}, {place: [] for place in present})
+        self.assertEqual([place for place in places if os.path.isdir(place)], present)
+        self.assertEqual(os.listdir(self.home), [])
+
+    @in_own_process
     def test_paths_of_the_configuration_file_are_kept_and_their_variables_replaced(self):
         place = os.path.join(self.directory, "$basearch", "$releasever")
         self.configure("cachedir=%s/cache" % place, "logdir=%s/log" % place, "persistdir=%s/state" % place)
@@ -117,7 +137,9 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual((conf.cachedir, conf.logdir, conf.persistdir),
                          (place + "/cache", place + "/log", place + "/state"))
         yumio.setupRepos()
-        self.assertTrue(os.path.isdir(place + "/cache"))
+        kept = os.listdir(place + "/cache")
+        self.assertIn("sandbox-http.solv", kept)
+        self.assertTrue([name for name in kept if re.match("sandbox-http-[0-9a-f]{16}$", name)], kept)
         self.assertTrue(os.path.isfile(place + "/log/dnf.log"))
 
     @in_own_process
@@ -237,6 +259,16 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual([package.repoid for package in self.updates], ["sandbox-disabled"])
 
     @in_own_process
+    def test_the_program_finds_the_classes_that_it_looks_up(self):
+        self.load()
+        for name in ("bdb.BdbQuit", "dnf.exceptions.Error", "dnf.exceptions.MiscError", "dnf.exceptions.RepoError",
+                     "dnf.exceptions.LockError"):
+            self.assertTrue(issubclass(eval(name, self.script), Exception), name)
+        for name in ("dnf.drpm.DeltaPayload", "dnf.repo.MDPayload", "dnf.repo.RPMPayload"):
+            self.assertIsInstance(eval(name, self.script), type, name)
+        self.assertRegex(eval("dnf.__version__", self.script), r"^\d+\.\d+")
+
+    @in_own_process
     def test_an_unknown_repository_is_a_repository_error(self):
         yumio = self.load()
         for method in (yumio.enableRepo, yumio.disableRepo):
@@ -302,9 +334,9 @@ class LockTest(ScenarioTest):
         yumio = self.load()
         holder, word = self.hold()
         self.assertEqual(word, b"held\n")
-        with self.assertRaises(self.dnf.exceptions.LockError):
+        with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % holder.pid):
             yumio.lock()
-        self.assertIn(str(holder.pid), "\n".join(self.recording.errors()))
+        self.assertIn("already locked by %d" % holder.pid, "\n".join(self.recording.errors()))
         holder.communicate()
         yumio.lock()
         with open(self.lock_file()) as stream:

@@ -1,6 +1,9 @@
 """Transactions from the marked actions to the changed system."""
 
+import glob
+import gzip
 import os
+import subprocess
 
 from recordingmodule import (CLEAN, DEPENDENCY, GROUP, INSTALL, OBSOLETED, REMOVE, UPGRADE, UPGRADED, USER, WEAK)
 from scenario import ScenarioTest, in_own_process
@@ -149,6 +152,30 @@ class UpdateTest(ScenarioTest):
         self.started()
         self.assert_refused("libtide", updates=["tidewatch"])
         self.assertEqual(self.recording.names().count("listTransaction"), 0)
+        # Nor is it left out in silence when others could be carried out.
+        self.assert_refused("libtide", updates=["tidewatch", "abacus-cli"], installs=["astrolabe"])
+        self.assertEqual(self.recording.names().count("listTransaction"), 0)
+
+    @in_own_process
+    def test_an_update_leaves_the_reason_for_which_a_package_is_installed(self):
+        root = self.sandbox.root
+        subprocess.run(["dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
+                        "--setopt=reposdir=%s/etc/yum.repos.d" % root, "mark", "remove", "loomctl"],
+                       env=self.sandbox.environment(), check=True)
+        self.started()
+        self.apply(updates=["loomctl", "abacus-cli"])
+        self.again()
+        reason = self.yumio.base.history.rpm.get_reason
+        self.assertEqual(self.package(self.installed, "loomctl").version, "1.1")
+        self.assertEqual(reason(self.package(self.installed, "loomctl")), DEPENDENCY)
+        self.assertEqual(reason(self.package(self.installed, "abacus-cli")), USER)
+
+    @in_own_process
+    def test_the_version_that_is_installed_is_no_update(self):
+        self.started()
+        pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "almanac-1.9-1.noarch is not newer"):
+            self.yumio.apply([], [pair], [], [], [], [])
 
 
 class RemoveTest(ScenarioTest):
@@ -240,13 +267,22 @@ class GroupTest(ScenarioTest):
 
     @in_own_process
     def test_the_update_of_an_installed_group_brings_its_new_members(self):
+        place, = glob.glob(self.sandbox.repository("sandbox-http") + "/repodata/*comps.xml.gz")
+        with gzip.open(place, "rt", encoding="utf-8") as stream:
+            content = stream.read()
+        member = '<packagereq type="mandatory">easel</packagereq>'
+        self.assertIn(member, content)
+        path = self.write("/tmp/comps.xml", content.replace(member, member + member.replace("easel", "orrery")))
+        self.index("sandbox-http", "--groupfile", path)
         self.started()
-        self.sandbox.rpm("-e", "--justdb", "--nodeps", "palette-knife")
-        self.again()
-        self.apply(group_updates=["arts"])
-        self.assertIn("userconfirm", self.recording.names())
+        changed = self.changes(self.apply, group_updates=["arts"])
+        self.assertEqual({name.split("-")[0] for name in changed[0]}, {"orrery"})
+        self.assertEqual(changed[1], set())
         self.again()
         self.assertIsNotNone(self.group("arts"))
+        self.apply(group_removes=["arts"])
+        self.again()
+        self.assertNotIn("orrery", [package.name for package in self.installed])
 
     @in_own_process
     def test_an_update_that_changes_nothing_is_refused(self):

@@ -11,6 +11,7 @@ import socket
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import urllib.error
 import urllib.request
@@ -563,7 +564,7 @@ class ServerTest(SandboxTest):
         return sandbox
 
     def dnf(self, sandbox, *arguments):
-        """The status of the command dnf."""
+        """The status and the output of the command dnf."""
         command = ["dnf", "--assumeyes", "--installroot", sandbox.root, "-c", sandbox.root + "/etc/yum.conf",
                    "--setopt=reposdir=%s/etc/yum.repos.d" % sandbox.root]
         done = subprocess.run(
@@ -637,21 +638,49 @@ class ServerTest(SandboxTest):
         connection = socket.create_connection(("127.0.0.1", sandbox.server.port))
         self.addCleanup(connection.close)
         connection.sendall(b"GET %s HTTP/1.0\r\n\r\n" % self.index.encode())
+        deadline = time.monotonic() + 30
+        while not sandbox.server.paths() and time.monotonic() < deadline:
+            time.sleep(0.01)
+        self.assertEqual(sandbox.server.paths(), [self.index])
+        connection.settimeout(30)
         sandbox.stop()
         self.assertEqual(connection.recv(1), b"")
 
     def test_second_start_keeps_the_port_and_expires_the_metadata(self):
         sandbox = self.copied()
         port = sandbox.server.port
-        self.assertEqual(self.dnf(sandbox, "makecache")[0], 0)
+        self.make_caches(sandbox)
         sandbox.stop()
         with self.assertRaises(ConnectionRefusedError):
             socket.create_connection(("127.0.0.1", port))
         sandbox.start()
         self.assertEqual(sandbox.server.port, port)
         self.assertEqual(sandbox.server.paths(), [])
-        self.assertEqual(self.dnf(sandbox, "makecache")[0], 0)
-        self.assertIn(self.index, sandbox.server.paths(200))
+        self.make_caches(sandbox)
+        self.assertEqual(sandbox.server.paths(200).count(self.index), 2)
+
+    def make_caches(self, sandbox):
+        """Fills the cache of the command dnf and that of VYRE, as far as they are not fresh."""
+        for place in ("/var/cache/dnf", "/var/cache/yum"):
+            with open(sandbox.root + "/etc/yum.conf", "w") as stream:
+                stream.write("[main]\nmetadata_expire=86400\ncachedir=%s\n" % place)
+            # Unlike a query, an update does not make do with what has expired.
+            output = self.dnf(sandbox, "--assumeno", "update", "abacus-cli")[1]
+            self.assertIn("3.3.0-2", output)
+            self.assertIn("sandbox-http.solv", os.listdir(sandbox.root + place))
+
+    def test_expiring_and_clearing_cover_both_caches(self):
+        sandbox = self.copied()
+        self.make_caches(sandbox)
+        fetched = sandbox.server.paths(200).count(self.index)
+        self.make_caches(sandbox)
+        self.assertEqual((fetched, sandbox.server.paths(200).count(self.index)), (2, 2))
+        sandbox.expire_metadata()
+        self.make_caches(sandbox)
+        self.assertEqual(sandbox.server.paths(200).count(self.index), 4)
+        sandbox.clear_cache()
+        for place in ("/var/cache/dnf", "/var/cache/yum"):
+            self.assertFalse(os.path.exists(sandbox.root + place))
 
 
 class CommandLineTest(SandboxTest):

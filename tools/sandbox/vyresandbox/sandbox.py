@@ -118,14 +118,20 @@ class Sandbox(object):
 
     def expire_metadata(self):
         """Makes dnf ask the repositories again: it goes by the time of the cached files."""
-        for directory, _, files in os.walk(os.path.join(self.root, "var/cache/dnf")):
-            if os.path.basename(directory) == "repodata":
-                for name in files:
-                    os.utime(os.path.join(directory, name), (0, 0))
+        for cache in self._caches():
+            for directory, _, files in os.walk(cache):
+                if os.path.basename(directory) == "repodata":
+                    for name in files:
+                        os.utime(os.path.join(directory, name), (0, 0))
 
     def clear_cache(self):
         """Removes all that dnf has downloaded."""
-        shutil.rmtree(os.path.join(self.root, "var/cache/dnf"), ignore_errors=True)
+        for cache in self._caches():
+            shutil.rmtree(cache, ignore_errors=True)
+
+    def _caches(self):
+        """That of the command dnf, and that of VYRE."""
+        return [os.path.join(self.root, "var/cache", name) for name in ("dnf", "yum")]
 
     def environment(self):
         """The environment for a program that is to work on this sandbox.

@@ -1,0 +1,25 @@
+#include "repo/PlainText.h"
+
+#include <QTextDocument>
+
+namespace PlainText {
+
+QString exact(const QTextDocument* document)
+{
+    QString text = document->toRawText();
+    for (QChar& character : text) {
+        switch (character.unicode()) {
+        case QChar::ParagraphSeparator:
+        case QChar::LineSeparator:
+        case 0xfdd0: // the beginning and the end of a frame
+        case 0xfdd1:
+            character = QLatin1Char('\n');
+            break;
+        default:
+            break;
+        }
+    }
+    return text;
+}
+
+} // namespace PlainText

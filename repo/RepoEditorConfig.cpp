@@ -1,0 +1,374 @@
+#include "repo/RepoEditorConfig.h"
+
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScopedValueRollback>
+
+#include <algorithm>
+#include <limits>
+
+#include "repo/OneLineValidator.h"
+#include "repo/PasswdLineEdit.h"
+#include "repo/PasswdTextEdit.h"
+#include "repo/PlainText.h"
+#include "repo/RepoVantor.h"
+#include "repo/YumConfIO.h"
+#include "widgets/Colors.h"
+#include "widgets/HFrameLabel.h"
+#include "widgets/Metrics.h"
+
+namespace RepoEditor {
+
+namespace {
+
+// Next to the field that it is for, with the same tool tip.
+QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QWidget* field,
+                 const QString& toolTip)
+{
+    auto* label = new QLabel(text);
+    // Some of the texts come from a URL.
+    label->setTextFormat(Qt::PlainText);
+    label->setToolTip(toolTip);
+    field->setToolTip(toolTip);
+    field->setAccessibleName(text);
+    grid->addWidget(label, row, column);
+    grid->addWidget(field, row, column + 1);
+    return label;
+}
+
+// Values may be longer than a line edit takes by default, and then it would cut them off.
+QLineEdit* makeLineEdit(QWidget* parent)
+{
+    auto* edit = new QLineEdit(parent);
+    edit->setMaxLength(std::numeric_limits<int>::max());
+    edit->setValidator(new OneLineValidator(edit));
+    return edit;
+}
+
+} // namespace
+
+Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(false)
+{
+    QWidget* parent = layout->parentWidget();
+
+    idField = makeLineEdit(parent);
+    addField(layout, 0, 0, tr("Identifier"), idField, tr("Unique identifier for the repository"));
+
+    nameField = makeLineEdit(parent);
+    addField(layout, 1, 0, tr("Name"), nameField, tr("Description of the repository"));
+
+    urlsField = new PasswdTextEdit(Repo::Vantor::urlsRegExp(), 80, 4, parent);
+    urlsField->maskEverywhere(Repo::Vantor::passwordRegExp());
+    urlsField->setLineWrapMode(QTextEdit::NoWrap);
+    urlsField->setTabChangesFocus(true);
+    QLabel* urlsLabel = addField(layout, 2, 0, tr("URLs"), urlsField,
+                                 tr("List of URLs to the repository.\n"
+                                    "If more than one is specified, they all should be identical mirrors,\n"
+                                    "and will provide redundancy if some URLs are unreachable."));
+    layout->setAlignment(urlsLabel, Qt::AlignTop);
+    layout->setRowStretch(2, 2);
+
+    mirrorListField = new PasswdLineEdit(Repo::Vantor::oneUrlRegExp(), parent);
+    mirrorListField->maskEverywhere(Repo::Vantor::passwordRegExp());
+    addField(layout, 3, 0, tr("Mirror list URL"), mirrorListField,
+             tr("URL to a file containing a list of URLs to the repository."));
+
+    layout->addWidget(createAuth(parent), 4, 0, 1, 2);
+    layout->addWidget(createOptions(parent), 5, 0, 1, 2);
+    layout->setRowStretch(5, 3);
+    layout->addWidget(createFileInfo(parent), 6, 0, 1, 2);
+
+    connect(idField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
+    connect(nameField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
+    // What is shown may stay the same when a password changes.
+    connect(urlsField, SIGNAL(realTextChanged()), this, SLOT(urlChanged()));
+    connect(mirrorListField, SIGNAL(realTextChanged(const QString&)), this, SLOT(urlChanged(const QString&)));
+    connect(authNameField, SIGNAL(textEdited(const QString&)), this, SLOT(authChanged(const QString&)));
+    connect(passwordField, SIGNAL(textEdited(const QString&)), this, SLOT(authChanged(const QString&)));
+    connect(otherOptionsField, SIGNAL(textChanged()), this, SLOT(valueChanged()));
+    connect(enabledBox, SIGNAL(currentIndexChanged(int)), this, SLOT(valueChanged(int)));
+    connect(gpgBox, SIGNAL(currentIndexChanged(int)), this, SLOT(valueChanged(int)));
+    connect(fileField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
+    connect(positionField, SIGNAL(valueChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
+}
+
+QWidget* Config::createAuth(QWidget* parent)
+{
+    auto* group = new QGroupBox(tr("Vantor Authentication"), parent);
+    auto* grid = new QGridLayout(group);
+
+    authNameField = makeLineEdit(group);
+    authNameLabel =
+        addField(grid, 0, 0, tr("Name"), authNameField,
+                 tr("Authentication name for a repository using the vantor authentication method"));
+
+    passwordField = makeLineEdit(group);
+    passwordField->setEchoMode(QLineEdit::Password);
+    passwordLabel =
+        addField(grid, 0, 2, tr("Password"), passwordField,
+                 tr("Authentication password for a repository using the vantor authentication method"));
+    for (QLabel* label : {authNameLabel, passwordLabel}) {
+        // The keys of a URL may be of any length; the window is not to grow with them.
+        label->setMaximumWidth(30 * Metrics::columnWidth(label->fontMetrics()));
+    }
+    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(3, 1);
+    return group;
+}
+
+QWidget* Config::createOptions(QWidget* parent)
+{
+    auto* group = new QGroupBox(tr("Repository Options"), parent);
+    auto* grid = new QGridLayout(group);
+
+    const QString toolTip = tr("Any other yum options for this repository.  See yum.conf(5)");
+    auto* label = new QLabel(tr("Other Options:"), group);
+    label->setToolTip(toolTip);
+    otherOptionsField = new HTextEdit(50, 6, group);
+    otherOptionsField->setAcceptRichText(false);
+    otherOptionsField->setLineWrapMode(QTextEdit::NoWrap);
+    otherOptionsField->setTabChangesFocus(true);
+    otherOptionsField->setToolTip(toolTip);
+    otherOptionsField->setAccessibleName(label->text());
+    grid->addWidget(label, 0, 0);
+    grid->addWidget(otherOptionsField, 1, 0);
+    grid->addWidget(createSimpleOptions(group), 1, 1, Qt::AlignTop);
+    grid->setColumnStretch(0, 1);
+    return group;
+}
+
+QWidget* Config::createSimpleOptions(QWidget* parent)
+{
+    auto* area = new QWidget(parent);
+    auto* grid = new QGridLayout(area);
+    grid->setContentsMargins(0, 0, 0, 0);
+    const auto makeBox = [area]() {
+        auto* box = new QComboBox(area);
+        // In the order of the states' values. The middle one will tell its meaning too.
+        box->addItems({tr("No"), tr("Default"), tr("Yes")});
+        box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+        return box;
+    };
+    enabledBox = makeBox();
+    addField(grid, 0, 0, tr("Enabled"), enabledBox, tr("Whether or not the repository is enabled for use"));
+    gpgBox = makeBox();
+    addField(grid, 1, 0, tr("Check GPG Keys"), gpgBox,
+             tr("Whether or not GPG key signatures of packages from the repository are checked to ensure "
+                "authenticity"));
+    return area;
+}
+
+QWidget* Config::createFileInfo(QWidget* parent)
+{
+    auto* group = new QGroupBox(tr("Configuration File (expert)"), parent);
+    auto* grid = new QGridLayout(group);
+
+    fileField = makeLineEdit(group);
+    addField(grid, 0, 0, tr("File"), fileField,
+             tr("Name of the yum configuration file into which to place this repository configuration.\n"
+                "If left blank, defaults to the repository's identifier"));
+
+    positionField = new QDoubleSpinBox(group);
+    positionField->setDecimals(1);
+    positionField->setSingleStep(1.0);
+    positionField->setMinimum(0.0);
+    positionField->setValue(0.0);
+    addField(grid, 0, 2, tr("Sort Position"), positionField,
+             tr("A numeric sort key which determines the order of this repository configuration\n"
+                "in a configuration file which contains multiple configurations"));
+    grid->setColumnStretch(1, 1);
+    return group;
+}
+
+void Config::setAuthLabels(const QString& nameKey, const QString& passwordKey)
+{
+    authNameLabel->setText(nameKey.isEmpty() ? tr("Name") : nameKey);
+    authNameField->setAccessibleName(authNameLabel->text());
+    passwordLabel->setText(passwordKey.isEmpty() ? tr("Password") : passwordKey);
+    passwordField->setAccessibleName(passwordLabel->text());
+}
+
+bool Config::showAuth(Repo::Entry const& entry)
+{
+    QString nameKey;
+    QString name;
+    QString passwordKey;
+    QString password;
+    const bool found = Repo::Vantor::getAuth(entry, nameKey, name, passwordKey, password);
+    setAuthLabels(nameKey, passwordKey);
+    authNameField->setText(name);
+    passwordField->setText(password);
+    authNameField->setEnabled(found);
+    passwordField->setEnabled(found);
+    return found;
+}
+
+void Config::setEntry(Repo::Entry const& entry)
+{
+    const QScopedValueRollback<bool> guard(updating, true);
+    idField->setText(entry.id);
+    nameField->setText(entry.name);
+    urlsField->setRealPlainText(entry.baseurl);
+    mirrorListField->setRealText(entry.mirrorlist);
+    enabledBox->setCurrentIndex(entry.enabled);
+    gpgBox->setCurrentIndex(entry.gpgcheck);
+    otherOptionsField->setPlainText(entry.options);
+    fileField->setText(entry.file);
+    positionField->setValue(entry.position);
+    for (QWidget* field :
+         std::initializer_list<QWidget*>{idField, nameField, urlsField, mirrorListField, enabledBox, gpgBox,
+                                         otherOptionsField, fileField, positionField}) {
+        field->setEnabled(true);
+    }
+    showAuth(entry);
+    given = entry;
+    afterwards = fieldsToEntry();
+}
+
+Repo::Entry Config::fieldsToEntry() const
+{
+    Repo::Entry entry;
+    entry.id = idField->text();
+    entry.name = nameField->text();
+    entry.baseurl = urlsField->realPlainText();
+    entry.mirrorlist = mirrorListField->realText();
+    entry.enabled = enabledBox->currentIndex();
+    entry.gpgcheck = gpgBox->currentIndex();
+    entry.options = PlainText::exact(otherOptionsField->document());
+    entry.file = fileField->text();
+    entry.position = positionField->value();
+    return entry;
+}
+
+Repo::Entry Config::toEntry() const
+{
+    Repo::Entry entry = fieldsToEntry();
+    const auto restore = [this, &entry](auto field) {
+        if (entry.*field == afterwards.*field) {
+            entry.*field = given.*field;
+        }
+    };
+    for (auto field : {&Repo::Entry::id, &Repo::Entry::name, &Repo::Entry::baseurl, &Repo::Entry::mirrorlist,
+                       &Repo::Entry::options, &Repo::Entry::file}) {
+        restore(field);
+    }
+    restore(&Repo::Entry::position);
+    return entry;
+}
+
+void Config::setDefaults(bool enabled, bool gpgcheck)
+{
+    const auto text = [](bool on) { return tr("%1 %2").arg(tr("Default"), on ? tr("(Yes)") : tr("(No)")); };
+    enabledBox->setItemText(Qt::PartiallyChecked, text(enabled));
+    gpgBox->setItemText(Qt::PartiallyChecked, text(gpgcheck));
+}
+
+void Config::disable()
+{
+    setEntry(Repo::Entry());
+    for (QWidget* field :
+         std::initializer_list<QWidget*>{idField, nameField, urlsField, mirrorListField, enabledBox, gpgBox,
+                                         otherOptionsField, fileField, positionField}) {
+        field->setEnabled(false);
+    }
+}
+
+bool Config::setStatus(YumConfIO* conf, HFrameLabel* label)
+{
+    const auto error = [label](const QString& text) {
+        label->setPalette(Colors::makeError(label->palette()));
+        label->setText(text);
+        return true;
+    };
+    const auto warning = [label](const QString& text) {
+        label->setPalette(Colors::makeWarning(label->palette()));
+        label->setText(text);
+        return true;
+    };
+
+    const Repo::Entry entry = toEntry();
+    if (entry.id.isEmpty()) {
+        return error(tr("No Identifier specified"));
+    }
+    if (entry.baseurl.isEmpty() && entry.mirrorlist.isEmpty()) {
+        return warning(tr("No URLs or Mirror list URL specified"));
+    }
+    if (!entry.file.isEmpty() && entry.file != YumConfIO::fileName()) {
+        const bool inReposdir =
+            std::any_of(conf->reposdir.cbegin(), conf->reposdir.cend(), [&entry](const QString& directory) {
+                return entry.file.startsWith(directory + QLatin1Char('/'));
+            });
+        if (!inReposdir) {
+            return warning(tr("File is not in any reposdir directory"));
+        }
+        if (!entry.file.endsWith(QLatin1String(".repo"))) {
+            return warning(tr("File lacks .repo suffix"));
+        }
+    }
+    QString nameKey;
+    QString name;
+    QString passwordKey;
+    QString password;
+    if (Repo::Vantor::getAuth(entry, nameKey, name, passwordKey, password)) {
+        if (name.isEmpty()) {
+            return warning(tr("No Vantor Authentication Name specified"));
+        }
+        if (password.isEmpty()) {
+            return warning(tr("No Vantor Authentication Password specified"));
+        }
+    }
+    return false;
+}
+
+void Config::focusIdentifier()
+{
+    idField->setFocus();
+}
+
+void Config::authChanged(const QString&)
+{
+    {
+        const QScopedValueRollback<bool> guard(updating, true);
+        const QString name = authNameField->text();
+        const QString password = passwordField->text();
+        urlsField->setRealPlainText(Repo::Vantor::replaceAuth(urlsField->realPlainText(), name, password));
+        mirrorListField->setRealText(Repo::Vantor::replaceAuth(mirrorListField->realText(), name, password));
+    }
+    Q_EMIT changed();
+}
+
+void Config::urlChanged()
+{
+    if (!updating) {
+        showAuth(fieldsToEntry());
+        Q_EMIT changed();
+    }
+}
+
+void Config::urlChanged(const QString&)
+{
+    urlChanged();
+}
+
+void Config::valueChanged()
+{
+    if (!updating) {
+        Q_EMIT changed();
+    }
+}
+
+void Config::valueChanged(const QString&)
+{
+    valueChanged();
+}
+
+void Config::valueChanged(int)
+{
+    valueChanged();
+}
+
+} // namespace RepoEditor

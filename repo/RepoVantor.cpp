@@ -1,0 +1,159 @@
+#include "repo/RepoVantor.h"
+
+#include "repo/RepoEntry.h"
+
+namespace {
+
+const QLatin1String schemeMark("/vantor?");
+const QLatin1String pathMark("&path=");
+
+QChar toHex(int value)
+{
+    if (value < 0 || value > 15) {
+        return QLatin1Char('?');
+    }
+    return QLatin1Char("0123456789abcdef"[value]);
+}
+
+// -1 for what is not a digit.
+int fromHex(QChar digit)
+{
+    const ushort code = digit.unicode();
+    if (code >= '0' && code <= '9') {
+        return code - '0';
+    }
+    if (code >= 'a' && code <= 'f') {
+        return code - 'a' + 10;
+    }
+    if (code >= 'A' && code <= 'F') {
+        return code - 'A' + 10;
+    }
+    return -1;
+}
+
+// White space other than the blank has to be encoded too: with it in the URL the pieces could not be told
+// apart any more.
+bool needsProtection(QChar character)
+{
+    static const QString special = QStringLiteral("$&+,/:;=?@ \"<>#%{}|\\^~[]");
+    return special.contains(character) || (character.unicode() <= 0xff && character.isSpace());
+}
+
+QString httpProtect(QString text)
+{
+    for (int i = 0; i < text.size(); ++i) {
+        if (needsProtection(text.at(i))) {
+            const int code = text.at(i).unicode();
+            const QChar escape[] = {QLatin1Char('%'), toHex(code / 16), toHex(code % 16)};
+            text.replace(i, 1, escape, 3);
+            i += 2;
+        }
+    }
+    return text;
+}
+
+QString httpUnprotect(QString text)
+{
+    for (int i = 0; i + 2 < text.size(); ++i) {
+        const int high = fromHex(text.at(i + 1));
+        const int low = fromHex(text.at(i + 2));
+        if (text.at(i) == QLatin1Char('%') && high >= 0 && low >= 0) {
+            text.replace(i, 3, QChar(16 * high + low));
+        }
+    }
+    return text;
+}
+
+// The text from `position` up to `mark`, behind which `position` is left. False when there is no mark.
+bool takeUntil(QString const& text, QLatin1String mark, int& position, QString& piece)
+{
+    const int end = text.indexOf(mark, position);
+    if (end < 0) {
+        return false;
+    }
+    piece = text.mid(position, end - position);
+    position = end + mark.size();
+    return true;
+}
+
+} // namespace
+
+namespace Repo {
+namespace Vantor {
+
+bool getAuth(QString const& url, QString& nameKey, QString& name, QString& passwordKey, QString& password)
+{
+    int position = 0;
+    QString before;
+    const bool found = takeUntil(url, schemeMark, position, before) &&
+                       takeUntil(url, QLatin1String("="), position, nameKey) &&
+                       takeUntil(url, QLatin1String("&"), position, name) &&
+                       takeUntil(url, QLatin1String("="), position, passwordKey) &&
+                       takeUntil(url, pathMark, position, password);
+    for (QString* piece : {&nameKey, &name, &passwordKey, &password}) {
+        *piece = found ? httpUnprotect(*piece) : QString();
+    }
+    return found;
+}
+
+bool getAuth(Repo::Entry const& entry, QString& nameKey, QString& name, QString& passwordKey,
+             QString& password)
+{
+    return getAuth(entry.baseurl, nameKey, name, passwordKey, password) ||
+           getAuth(entry.mirrorlist, nameKey, name, passwordKey, password);
+}
+
+QString replaceAuth(QString const& url, QString const& nameKey, QString const& name,
+                    QString const& passwordKey, QString const& password)
+{
+    static const QRegExp credentials(QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=[^&\\s]*&path="));
+    // No piece has a backslash any more, which would have a meaning in the replacement.
+    const QString replacement = schemeMark + httpProtect(nameKey) + QLatin1Char('=') + httpProtect(name) +
+                                QLatin1Char('&') + httpProtect(passwordKey) + QLatin1Char('=') +
+                                httpProtect(password) + pathMark;
+    return QString(url).replace(credentials, replacement);
+}
+
+QString replaceAuth(QString const& url, QString const& name, QString const& password)
+{
+    QString nameKey;
+    QString oldName;
+    QString passwordKey;
+    QString oldPassword;
+    if (!getAuth(url, nameKey, oldName, passwordKey, oldPassword)) {
+        return url;
+    }
+    return replaceAuth(url, nameKey, name, passwordKey, password);
+}
+
+QString replaceAuth(QString const& url, QString const& password)
+{
+    QString nameKey;
+    QString name;
+    QString passwordKey;
+    QString oldPassword;
+    if (!getAuth(url, nameKey, name, passwordKey, oldPassword)) {
+        return url;
+    }
+    return replaceAuth(url, nameKey, name, passwordKey, password);
+}
+
+QRegExp oneUrlRegExp()
+{
+    return QRegExp(QStringLiteral("^.*/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=.*$"));
+}
+
+QRegExp urlsRegExp()
+{
+    return QRegExp(QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=[\\s]*\\b"));
+}
+
+QRegExp passwordRegExp()
+{
+    QRegExp expression(QStringLiteral("/vantor\\?[^=]*=[^&]*&[^=]*=(.*)&path="));
+    expression.setMinimal(true);
+    return expression;
+}
+
+} // namespace Vantor
+} // namespace Repo

@@ -1,0 +1,43 @@
+// The user name and the password that a repository of the vantor scheme carries inside its URLs.
+//
+// Any thread; no state. A URL of the scheme has the form
+// <anything>/vantor?<name key>=<name>&<password key>=<password>&path=<anything>, the four percent-encoded.
+
+#ifndef REPO_REPOVANTOR_H
+#define REPO_REPOVANTOR_H
+
+#include <QRegExp>
+#include <QString>
+
+namespace Repo {
+
+struct Entry;
+
+namespace Vantor {
+
+// Finds the first such URL in a text, which may be a list of URLs, and gives its four pieces, decoded. False,
+// with all four empty, when there is none.
+bool getAuth(QString const& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
+// Looks into the URLs of a repository and, if they are of another kind, into its mirror list URL.
+bool getAuth(Repo::Entry const& entry, QString& nameKey, QString& name, QString& passwordKey,
+             QString& password);
+
+// The text with the given pieces put into every such URL in it.
+QString replaceAuth(QString const& url, QString const& nameKey, QString const& name,
+                    QString const& passwordKey, QString const& password);
+// The same with the keys that getAuth() finds.
+QString replaceAuth(QString const& url, QString const& name, QString const& password);
+// The same with the keys and the name that getAuth() finds.
+QString replaceAuth(QString const& url, QString const& password);
+
+// Both have the password as the first capture: of a text that is one URL, and of each URL in a list.
+QRegExp oneUrlRegExp();
+QRegExp urlsRegExp();
+// The same for every password that getAuth() takes for one, also those that the two above do not match, such
+// as one before a path that begins with a slash in a list.
+QRegExp passwordRegExp();
+
+} // namespace Vantor
+} // namespace Repo
+
+#endif

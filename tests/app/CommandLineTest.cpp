@@ -1,0 +1,367 @@
+#include "app/CommandLine.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <getopt.h>
+#include <memory>
+#include <vector>
+
+#include "services/LogWindow.h"
+#include "tests/app/EachAlone.h"
+#include "tests/app/ShownWindow.h"
+
+using namespace PackageTable;
+
+namespace {
+
+const char usageText[] = "usage: vyre [options...]\n"
+                         "\n"
+                         "VYRE, Vyrecraft, is a graphical user interface which allows a user\n"
+                         "to make modifications to the installed rpm packages on a system.\n"
+                         "\n"
+                         "options:\n"
+                         "\n"
+                         "   -h, -H, --help           display this help information\n"
+                         "   -m m,   --mode=m         start with the package table mode, m:\n"
+                         "                               filter, search\n"
+                         "   -e r,   --regexp=r       start with the package table regexp, r\n"
+                         "   -s s,   --state=s        start with the package table state, s:\n"
+                         "                               updatable, installable, removable, all\n"
+                         "   -d,     --duplicates     start with the package table omitting duplicates\n"
+                         "   -g,     --groups         start with the package table showing groups\n"
+                         "   -r,     --repo-editor    start by bringing up the repository configuration\n"
+                         "                            editor\n"
+                         "   -l,     --log            start with the log window displayed\n"
+                         "           --disablerepo=r  disable the specified repository, r\n"
+                         "           --enablerepo=r   enable the specified repository, r\n"
+                         "\n";
+
+struct Ended
+{
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// The program itself; it is expected to end on its own.
+Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    Ended ended;
+    if (process.waitForFinished(60000) && process.exitStatus() == QProcess::NormalExit) {
+        ended.status = process.exitCode();
+    }
+    process.kill();
+    ended.out = QString::fromUtf8(process.readAllStandardOutput());
+    ended.err = QString::fromUtf8(process.readAllStandardError());
+    return ended;
+}
+
+} // namespace
+
+class CommandLineTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir runtimeDirectory;
+    std::unique_ptr<StandIn> standIn;
+    std::unique_ptr<ShownWindow> shown;
+
+    // Has the options read into a window of their own.
+    void apply(const QList<QByteArray>& options)
+    {
+        shown = std::make_unique<ShownWindow>();
+        QByteArray name("vyre");
+        QList<QByteArray> texts = options;
+        std::vector<char*> arguments{name.data()};
+        for (QByteArray& text : texts) {
+            arguments.push_back(text.data());
+        }
+        arguments.push_back(nullptr);
+        optind = 0; // begins anew
+        // Texts are kept by nobody.
+        CommandLine::apply(static_cast<int>(arguments.size()) - 1, arguments.data(), *shown->window);
+    }
+    // The repositories that the collection is told of: "enableRepo base".
+    QStringList repositories(const QList<QByteArray>& options)
+    {
+        apply(options);
+        shown->start();
+        QStringList told = standIn->calls().filter(QRegularExpression("^(en|dis)ableRepo "));
+        told.sort();
+        return told;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(runtimeDirectory.isValid());
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(runtimeDirectory.path()));
+        standIn = std::make_unique<StandIn>();
+        standIn->setPackages({}, {}, {StandIn::package("editor")});
+        standIn->setRepos("[base]\nname=Base\nbaseurl=file:///nowhere\nenabled=1\n"
+                          "[extras]\nname=Extras\nbaseurl=file:///nowhere\nenabled=0\n");
+    }
+
+    // --- Those that set something
+
+    void modeIsChosenByAnyBeginningOfItsName_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("options");
+        QTest::addColumn<int>("mode");
+        using Options = QList<QByteArray>;
+        QTest::newRow("none") << Options() << 0;
+        QTest::newRow("-m filter") << Options{"-m", "filter"} << 0;
+        QTest::newRow("-m search") << Options{"-m", "search"} << 1;
+        QTest::newRow("-msearch") << Options{"-msearch"} << 1;
+        QTest::newRow("-m s") << Options{"-m", "s"} << 1;
+        QTest::newRow("--mode=search") << Options{"--mode=search"} << 1;
+        QTest::newRow("--mode search") << Options{"--mode", "search"} << 1;
+        QTest::newRow("--mode=fil") << Options{"--mode=fil"} << 0;
+        QTest::newRow("--mode= after search") << Options{"-m", "search", "--mode="} << 0;
+        QTest::newRow("--mo=search") << Options{"--mo=search"} << 1;
+        QTest::newRow("the last one wins") << Options{"-m", "filter", "--mode=search"} << 1;
+    }
+
+    void modeIsChosenByAnyBeginningOfItsName()
+    {
+        QFETCH(QList<QByteArray>, options);
+        QFETCH(int, mode);
+        apply(options);
+        QCOMPARE(shown->modeBox->currentIndex(), mode);
+        QCOMPARE(shown->filterButton()->text(), QString(mode == 0 ? "Filter" : "Search"));
+    }
+
+    void expressionIsTaken_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("options");
+        QTest::addColumn<QString>("expression");
+        using Options = QList<QByteArray>;
+        QTest::newRow("none") << Options() << ".*";
+        QTest::newRow("-e") << Options{"-e", "^a.b$"} << "^a.b$";
+        QTest::newRow("-e like an option") << Options{"-e", "-g"} << "-g";
+        QTest::newRow("--regexp=") << Options{"--regexp=kernel"} << "kernel";
+        QTest::newRow("--regexp") << Options{"--regexp", "kernel"} << "kernel";
+        QTest::newRow("empty") << Options{"-e", ""} << "";
+        QTest::newRow("not only ASCII")
+            << Options{"-e", "Gr\xc3\xb6\xc3\x9f"} << QString::fromUtf8("Gr\xc3\xb6\xc3\x9f");
+        QTest::newRow("the last one wins") << Options{"-e", "a", "-e", "b"} << "b";
+    }
+
+    void expressionIsTaken()
+    {
+        QFETCH(QList<QByteArray>, options);
+        QFETCH(QString, expression);
+        apply(options);
+        QCOMPARE(shown->regexpEdit->text(), expression);
+    }
+
+    void stateIsChosenByAnyBeginningOfItsName_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("options");
+        QTest::addColumn<int>("state");
+        using Options = QList<QByteArray>;
+        QTest::newRow("none") << Options() << 0;
+        QTest::newRow("-s updatable") << Options{"-s", "updatable"} << 0;
+        QTest::newRow("-s u after another") << Options{"-s", "all", "-s", "u"} << 0;
+        QTest::newRow("-s installable") << Options{"-s", "installable"} << 1;
+        QTest::newRow("-s i") << Options{"-s", "i"} << 1;
+        QTest::newRow("-s removable") << Options{"-s", "removable"} << 2;
+        QTest::newRow("--state=rem") << Options{"--state=rem"} << 2;
+        QTest::newRow("--state=all") << Options{"--state=all"} << 3;
+        QTest::newRow("--state=a") << Options{"--state=a"} << 3;
+        QTest::newRow("empty after another") << Options{"-s", "all", "--state="} << 0;
+    }
+
+    void stateIsChosenByAnyBeginningOfItsName()
+    {
+        QFETCH(QList<QByteArray>, options);
+        QFETCH(int, state);
+        apply(options);
+        QCOMPARE(shown->stateBox->currentIndex(), state);
+    }
+
+    void duplicatesAndGroupsAreFlags_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("options");
+        QTest::addColumn<bool>("duplicates");
+        QTest::addColumn<bool>("groups");
+        using Options = QList<QByteArray>;
+        QTest::newRow("none") << Options() << true << false;
+        QTest::newRow("--duplicates") << Options{"--duplicates"} << false << false;
+        QTest::newRow("--dup") << Options{"--dup"} << false << false;
+        QTest::newRow("-g") << Options{"-g"} << true << true;
+        QTest::newRow("--groups") << Options{"--groups"} << true << true;
+        QTest::newRow("letters together") << Options{"-gl", "--duplicates"} << false << true;
+    }
+
+    void duplicatesAndGroupsAreFlags()
+    {
+        QFETCH(QList<QByteArray>, options);
+        QFETCH(bool, duplicates);
+        QFETCH(bool, groups);
+        apply(options);
+        QCOMPARE(shown->dupsBox->isChecked(), duplicates);
+        QCOMPARE(shown->groupsBox->isChecked(), groups);
+    }
+
+    void logIsOpened_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("options");
+        QTest::newRow("-l") << QList<QByteArray>{"-l"};
+        QTest::newRow("--log") << QList<QByteArray>{"--log"};
+    }
+
+    void logIsOpened()
+    {
+        // One window of a process starts.
+        if (shown != nullptr) {
+            shown->window->quit();
+        }
+        QFETCH(QList<QByteArray>, options);
+        apply(options);
+        shown->window->show();
+        QTRY_VERIFY(shown->isReady());
+        bool visible = false;
+        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+            visible = visible || (qobject_cast<const Log::Window*>(widget) != nullptr && widget->isVisible());
+        }
+        QVERIFY(visible);
+    }
+
+    void theConfigurationDecidesByItself()
+    {
+        QCOMPARE(repositories({}), (QStringList{"disableRepo extras", "enableRepo base"}));
+    }
+
+    void repositoriesAreEnabled()
+    {
+        QCOMPARE(repositories({"--enablerepo=extras"}),
+                 (QStringList{"enableRepo base", "enableRepo extras"}));
+    }
+
+    void repositoriesAreDisabledByPattern()
+    {
+        QCOMPARE(repositories({"--disablerepo=b?s*"}),
+                 (QStringList{"disableRepo base", "disableRepo extras"}));
+    }
+
+    void patternsAreCaseSensitive()
+    {
+        QCOMPARE(repositories({"--disablerepo=Base", "--enablerepo=EXTRAS"}),
+                 (QStringList{"disableRepo extras", "enableRepo base"}));
+    }
+
+    void patternsMatchWholeNames()
+    {
+        QCOMPARE(repositories({"--disablerepo=bas", "--enablerepo", "xtras"}),
+                 (QStringList{"disableRepo extras", "enableRepo base"}));
+    }
+
+    void overridesAccumulateInTheirOrder()
+    {
+        QCOMPARE(repositories({"--disablerepo=*", "--enablerepo=extras"}),
+                 (QStringList{"disableRepo base", "enableRepo extras"}));
+    }
+
+    void theLastMatchingOverrideWins()
+    {
+        QCOMPARE(repositories({"--enablerepo=extras", "--disablerepo=*"}),
+                 (QStringList{"disableRepo base", "disableRepo extras"}));
+    }
+
+    // --- The program itself, when it ends at once
+
+    void helpEndsWithStatusOne_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("-h") << QStringList{"-h"};
+        QTest::newRow("-H") << QStringList{"-H"};
+        QTest::newRow("--help") << QStringList{"--help"};
+        QTest::newRow("--he") << QStringList{"--he"};
+        QTest::newRow("after others") << QStringList{"-g", "-m", "search", "--help"};
+        QTest::newRow("before a mistake") << QStringList{"-h", "-d"};
+    }
+
+    void helpEndsWithStatusOne()
+    {
+        QFETCH(QStringList, arguments);
+        const Ended ended = run(arguments);
+        QCOMPARE(ended.out, QString(usageText));
+        QCOMPARE(ended.err, QString());
+        QCOMPARE(ended.status, 1);
+    }
+
+    void mistakesEndWithAMessageAndTheUsage_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+        const auto add = [](const QStringList& arguments, const char* message) {
+            QTest::newRow(qPrintable(arguments.join(' '))) << arguments << message;
+        };
+        add({"-m", "x"}, "vyre: unrecogized argument to -m/--mode option: x\n");
+        add({"--mode=filters"}, "vyre: unrecogized argument to -m/--mode option: filters\n");
+        add({"--mode=Filter"}, "vyre: unrecogized argument to -m/--mode option: Filter\n");
+        add({"-s", "x"}, "vyre: unrecogized argument to -s/--state option: x\n");
+        add({"--state=pdatable"}, "vyre: unrecogized argument to -s/--state option: pdatable\n");
+        add({"-d"}, "vyre: unrecognized option letter: d\n");
+        add({"-gd"}, "vyre: unrecognized option letter: d\n");
+        add({"-x"}, "vyre: unrecognized option letter: x\n");
+        add({"-m"}, "vyre: unrecognized option letter: m\n");
+        add({"-e"}, "vyre: unrecognized option letter: e\n");
+        add({"-s"}, "vyre: unrecognized option letter: s\n");
+        add({"--mode"}, "vyre: unrecognized option letter: m\n");
+        add({"--nonsense"}, "vyre: unrecogized option: --nonsense\n");
+        add({"--nonsense=1"}, "vyre: unrecogized option: --nonsense=1\n");
+        add({"-g", "--nonsense", "-x"}, "vyre: unrecogized option: --nonsense\n");
+        add({"--disablerepo"}, "vyre: unrecogized option: --disablerepo\n");
+        add({"--enablerepo"}, "vyre: unrecogized option: --enablerepo\n");
+        add({"--duplicates=1"}, "vyre: unrecogized option: --duplicates=1\n");
+        add({"foo"}, "vyre: unrecognized argument: foo\n");
+        add({"-g", "foo", "bar"}, "vyre: unrecognized argument: foo\n");
+        add({"foo", "-d"}, "vyre: unrecognized argument: foo\n");
+        add({"--", "-g"}, "vyre: unrecognized argument: -g\n");
+        add({""}, "vyre: unrecognized argument: \n");
+        add({"-"}, "vyre: unrecognized argument: -\n");
+    }
+
+    void mistakesEndWithAMessageAndTheUsage()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, message);
+        const Ended ended = run(arguments);
+        QCOMPARE(ended.err, message);
+        QCOMPARE(ended.out, QString(usageText));
+        QCOMPARE(ended.status, 1);
+    }
+
+    void messagesBeginWithTheNameThatTheProgramIsCalledBy()
+    {
+        const QString link = runtimeDirectory.filePath("other name");
+        QVERIFY(QFile::link(QStringLiteral(VYRE), link));
+        const Ended ended = run({"foo"}, link);
+        QCOMPARE(ended.err, QString("other name: unrecognized argument: foo\n"));
+        QCOMPARE(ended.out, QString(usageText).replace("usage: vyre ", "usage: other name "));
+        QCOMPARE(ended.status, 1);
+    }
+
+    void optionsOfTheToolkitAreNoMistakes()
+    {
+        const Ended ended = run({"-style=windows", "-style", "windows", "foo"});
+        QCOMPARE(ended.err, QString("vyre: unrecognized argument: foo\n"));
+        QCOMPARE(ended.status, 1);
+    }
+};
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<CommandLineTest>(argc, argv);
+}
+
+#include "CommandLineTest.moc"

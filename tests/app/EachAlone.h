@@ -1,0 +1,47 @@
+// Runs each test function of a class in a process of its own: there is one interpreter in a process, and one
+// main window that it starts with.
+
+#ifndef TESTS_APP_EACHALONE_H
+#define TESTS_APP_EACHALONE_H
+
+#include <QApplication>
+#include <QMetaMethod>
+#include <QProcess>
+#include <QtTest>
+
+#include <cstdio>
+
+namespace EachAlone {
+
+inline bool isTest(const QMetaMethod& method)
+{
+    const QByteArray name = method.name();
+    return method.methodType() == QMetaMethod::Slot && method.access() == QMetaMethod::Private &&
+           method.parameterCount() == 0 && !name.endsWith("_data") && name != "init" && name != "cleanup" &&
+           name != "initTestCase" && name != "cleanupTestCase";
+}
+
+// The number of functions that failed. Arguments are Qt Test's own; with one of them, everything runs here.
+template <typename Test> int run(int argc, char** argv)
+{
+    if (argc > 1) {
+        QApplication app(argc, argv);
+        Test test;
+        return QTest::qExec(&test, argc, argv);
+    }
+    int failed = 0;
+    const QMetaObject& tests = Test::staticMetaObject;
+    for (int i = tests.methodOffset(); i < tests.methodCount(); ++i) {
+        const QMetaMethod method = tests.method(i);
+        if (isTest(method) &&
+            QProcess::execute(QString::fromLocal8Bit(argv[0]), {QString::fromLatin1(method.name())}) != 0) {
+            std::fprintf(stderr, "FAIL!  : %s::%s()\n", tests.className(), method.name().constData());
+            ++failed;
+        }
+    }
+    return failed;
+}
+
+} // namespace EachAlone
+
+#endif

@@ -1,0 +1,137 @@
+// The program from its start to its end, on a script that answers without a package manager.
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+#include <memory>
+#include <unistd.h>
+
+#include "tests/packagetable/StandIn.h"
+
+class MainTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<StandIn> standIn;
+    std::unique_ptr<QTemporaryDir> temporary;
+
+    QString runtimeName() const { return QStringLiteral("xdg_runtime.%1").arg(geteuid()); }
+
+    // Starts the program without a runtime directory, below the given directory for temporary files (none:
+    // null), waits until it has collected the packages, and has the user quit. -1: it did not go that far.
+    int startAndQuit(const QByteArray& tmpdir, const QStringList& arguments,
+                     const std::function<void()>& meanwhile)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("XDG_RUNTIME_DIR");
+        environment.remove("TMPDIR");
+        environment.insert("XDG_CONFIG_HOME", temporary->path());
+        if (!tmpdir.isNull()) {
+            environment.insert("TMPDIR", QFile::decodeName(tmpdir));
+        }
+        standIn->forgetCalls();
+        QProcess process;
+        process.setProcessChannelMode(QProcess::ForwardedChannels);
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(VYRE), arguments);
+        if (!QTest::qWaitFor([this] { return standIn->calls("collectDone") == 1; }, 30000)) {
+            process.kill();
+            process.waitForFinished();
+            return -1;
+        }
+        meanwhile();
+        // The key is of no effect as long as the program works, so it is pressed until it is.
+        for (int i = 0; i < 100 && process.state() == QProcess::Running; ++i) {
+            QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ", "windowactivate",
+                                          "--sync", "key", "ctrl+q"});
+            process.waitForFinished(200);
+        }
+        if (process.state() != QProcess::NotRunning || process.exitStatus() != QProcess::NormalExit) {
+            process.kill();
+            process.waitForFinished();
+            return -1;
+        }
+        return process.exitCode();
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        temporary = std::make_unique<QTemporaryDir>();
+        QVERIFY(temporary->isValid());
+        if (standIn == nullptr) {
+            standIn = std::make_unique<StandIn>();
+        }
+    }
+
+    void runtimeDirectoryIsThereDuringTheRunOnly()
+    {
+        const QString directory = "/tmp/" + runtimeName();
+        bool wasThere = false;
+        QCOMPARE(startAndQuit(QByteArray(), {}, [&] { wasThere = QFileInfo(directory).isDir(); }), 0);
+        QVERIFY(wasThere);
+        QVERIFY(!QFileInfo::exists(directory));
+    }
+
+    void runtimeDirectoryIsMadeBelowTMPDIR()
+    {
+        const QString directory = temporary->filePath(runtimeName());
+        bool wasThere = false;
+        QCOMPARE(startAndQuit(QFile::encodeName(temporary->path()), {},
+                              [&] { wasThere = QFileInfo(directory).isDir(); }),
+                 0);
+        QVERIFY(wasThere);
+        QVERIFY(!QFileInfo::exists(directory));
+    }
+
+    void runtimeDirectoryStaysWhenTheCommandLineEndsTheProgram()
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("XDG_RUNTIME_DIR");
+        environment.insert("TMPDIR", temporary->path());
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(VYRE), {"--help"});
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(QFileInfo(temporary->filePath(runtimeName())).isDir());
+    }
+
+    void windowHasTitleAndIcon()
+    {
+        QByteArray properties;
+        QCOMPARE(startAndQuit(
+                     QFile::encodeName(temporary->path()), {},
+                     [&] {
+                         // The window comes up in the window manager's own time.
+                         for (int i = 0; i < 100 && !properties.contains("VYRE - "); ++i) {
+                             QTest::qWait(100);
+                             QProcess tool;
+                             tool.start("sh",
+                                        {"-c", "xprop -id $(xdotool search --onlyvisible --name '^VYRE - ') "
+                                               "WM_NAME _NET_WM_ICON | cut -c 1-200"});
+                             tool.waitForFinished();
+                             properties = tool.readAll();
+                         }
+                     }),
+                 0);
+        QVERIFY2(properties.contains("WM_NAME"), properties);
+        QVERIFY2(properties.contains("\"VYRE - "), properties);
+        const QSize size = QIcon(QFile::decodeName(qgetenv("VYRESHARE")) + "/pixmaps/vyre.icon.png")
+                               .availableSizes()
+                               .value(0);
+        QVERIFY(!size.isEmpty());
+        QVERIFY2(properties.contains("_NET_WM_ICON(CARDINAL)"), properties);
+    }
+
+    void optionsOfTheToolkitGoWithOurs()
+    {
+        QCOMPARE(startAndQuit(QFile::encodeName(temporary->path()), {"-style=windows", "-l", "-g"}, [] {}),
+                 0);
+    }
+};
+
+QTEST_MAIN(MainTest)
+#include "MainTest.moc"

@@ -1,0 +1,1099 @@
+#include "app/MainWindow.h"
+
+#include <QTextEdit>
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "services/HProgressBar.h"
+#include "services/LogWindow.h"
+#include "tests/app/EachAlone.h"
+#include "tests/app/ShownWindow.h"
+#include "widgets/Colors.h"
+#include "widgets/HMenu.h"
+
+using namespace PackageTable;
+
+namespace {
+
+Log::Window* logWindow()
+{
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* window = qobject_cast<Log::Window*>(widget)) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+bool logIsVisible()
+{
+    const Log::Window* window = logWindow();
+    return window != nullptr && window->isVisible();
+}
+
+QString busyCursor()
+{
+    const QCursor* cursor = QApplication::overrideCursor();
+    return cursor == nullptr ? "none" : cursor->shape() == Qt::BusyCursor ? "busy" : "other";
+}
+
+const char unlistedToolTip[] = "Some packages have actions specified, but because of the current\n"
+                               "Mode, Filter, Search, State, Duplicates, and Groups settings,\n"
+                               "these packages are not listed currently.\n"
+                               "Pressing Apply will cause these actions to occur nonetheless.";
+
+const char modeToolTip[] =
+    "Specify the method for using a regular expression to select packages in the table:\n"
+    "\tFilter uses the textual fields visible in the table, as if they were separated by spaces.\n"
+    "\tSearch uses all fields in packages, including list of Files, Change Log, Requires, etc.,\n"
+    "\tindependently.  It is considerably slower.";
+
+} // namespace
+
+class MainWindowTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<StandIn> standIn;
+    std::unique_ptr<ShownWindow> shown;
+
+    // What there is unless a test says otherwise: "tool" and "many" are out of date, "shell" is installed,
+    // "editor" and "lib" are not, the latter for two architectures, and "Games" is a group.
+    void usual()
+    {
+        using S = StandIn;
+        const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+        const QJsonObject next{{"version", "2"}, {"repoid", "updates"}, {"summary", "needle"}};
+        standIn->setPackages({S::package("tool", next), S::package("many", next)},
+                             {S::package("tool", old), S::package("many", old), S::package("shell", old)},
+                             {S::package("editor", {{"files", QJsonArray{"/usr/bin/needle"}}}),
+                              S::package("lib"), S::package("lib", {{"arch", "i686"}})},
+                             {S::group("Games")});
+    }
+    void listEverything() const
+    {
+        shown->choose(shown->stateBox, ViewAll);
+        shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+        QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "lib", "many", "shell", "tool"}));
+    }
+    // What can be used: menus by their titles, entries by their texts, and "table" for the table area.
+    QStringList usable() const
+    {
+        QStringList found;
+        for (const QAction* action : shown->window->menuBar()->actions()) {
+            if (action->menu()->isEnabled()) {
+                found << action->text();
+            }
+            for (const QAction* entry : action->menu()->actions()) {
+                if (entry->isEnabled() && !entry->isSeparator()) {
+                    found << entry->text();
+                }
+            }
+        }
+        if (shown->area->isEnabled()) {
+            found << "table";
+        }
+        return found;
+    }
+    const QStringList usableWhileBusy{"&Windows", "&Log", "&Help", "&About"};
+    const QStringList usableWhenReady{
+        "&Program",       "&Quit",          "&Windows",  "&Log",  "&Repositories", "&Cache", "Clean dbcache",
+        "Clean Packages", "Clean Metadata", "Clean All", "&Help", "&About",        "table"};
+
+    // Runs something that collects the packages, and in the middle of it something else.
+    bool inTheMiddle(const std::function<void()>& collect, const std::function<void()>& meanwhile)
+    {
+        standIn->setHeld(true);
+        standIn->forgetCalls();
+        const Once once(
+            [this] { return standIn->calls("setupRepos") + standIn->calls("collectFileLists") > 0; },
+            [this, meanwhile] {
+                meanwhile();
+                standIn->setHeld(false);
+            });
+        collect();
+        return QTest::qWaitFor([&once] { return once.isDone(); }, 20000);
+    }
+
+    // The colour of the label's background, as it is painted.
+    QColor backgroundOfLabel() const
+    {
+        return shown->label->grab().toImage().pixelColor(shown->label->width() / 2, 3);
+    }
+
+    void compareClean(const QString& entry, const char* method);
+    void compareQuit(const std::function<void()>& quit);
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        standIn = std::make_unique<StandIn>();
+        usual();
+        shown = std::make_unique<ShownWindow>();
+    }
+
+    // --- What there is to see
+
+    void titleNamesTheMachine();
+    void menusHaveTheirEntries();
+    void menusCanBeTornOffAndTellMore();
+    void windowsThatDoNotExistYetCannotBeOpened();
+    void filterRowHasItsTexts();
+    void stateBoxGoesFromUpdatableToAll();
+    void buttonsHaveTheirTextsAndToolTips();
+    void partsAreInTheirOrder();
+    void windowIsWideEnough();
+
+    // --- Start
+
+    void newWindowWaitsForItsStart();
+    void windowIsThereBeforeTheSlowWork();
+    void startListsWhatIsOutOfDate();
+    void startingTwiceCollectsOnce();
+    void columnsFitTheirContentsAfterTheStart();
+    void settingsMadeBeforehandApply();
+    void searchAskedForBeforehandApplies();
+    void failingBackEndQuitsWithoutShowingTheTable();
+    void logIsOpenedAtTheStartIfAskedFor();
+    void logStaysClosedOtherwise();
+
+    // --- Filter row
+
+    void returnAppliesTheExpression();
+    void buttonAppliesTheExpression();
+    void typingAloneListsNothingElse();
+    void stateBoxDecidesWhatIsListed();
+    void duplicatesCanBeLeftOut();
+    void groupsCanBeIncluded();
+    void modeDecidesTheTexts();
+    void searchForAnythingLoadsNothing();
+    void searchLooksIntoEveryField();
+    void collectionHasLoadedTheExtraData();
+    void filtersInSearchModeApply();
+
+    // --- Actions
+
+    void applyIsEnabledWhileThereIsAnyAction();
+    void selectedRowsAreSet();
+    void listedUpdatesAreSet();
+    void clearingTakesAllActionsAway();
+    void settingTheSelectedRowsSortsTheTableOnce();
+    void hiddenActionsAreWarnedOf();
+    void everyFilterWarnsOfHiddenActions();
+    void warningKeepsItsPlace();
+    void warningHasTheColourOfOne();
+
+    // --- Long operations
+
+    void controlsAreTakenAwayWhileItWorks();
+    void shortcutsDoNothingWhileItWorks();
+    void logCanBeOpenedWhileItWorks();
+    void windowCannotBeClosedWhileItWorks();
+    void focusComesBack();
+    void refreshCollectsAnew();
+    void refreshForgetsActionsAndTheirWarning();
+    void cleaningDbcacheCollectsAnew() { compareClean("Clean dbcache", "cleanDbcache"); }
+    void cleaningMetadataCollectsAnew() { compareClean("Clean Metadata", "cleanMetadata"); }
+    void cleaningAllCollectsAnew() { compareClean("Clean All", "cleanAll"); }
+    void cleaningPackagesLeavesTheTableAlone();
+    void cleanEntriesNameTheCacheDirectory();
+    void sizeOfColumnsIsRestored();
+    void confirmedActionsAreAppliedAndTheTableCollected();
+    void refusedActionsStay();
+    void failureBeforeAnyChangeLeavesTheTableAlone();
+    void failureHalfWayCollectsTheTable();
+
+    // --- Other windows and the end
+
+    void shortcutOpensTheLog();
+    void menuOpensTheLog();
+    void aboutTellsTheVersion();
+    void shortcutQuits();
+    void menuQuits();
+    void closingQuits();
+};
+
+void MainWindowTest::titleNamesTheMachine()
+{
+    QProcess uname;
+    uname.start("uname", {"-n"});
+    QVERIFY(uname.waitForFinished());
+    QCOMPARE(shown->window->windowTitle(), "VYRE - " + QString::fromLocal8Bit(uname.readAll().trimmed()));
+}
+
+void MainWindowTest::menusHaveTheirEntries()
+{
+    QStringList found;
+    for (const QAction* action : shown->window->menuBar()->actions()) {
+        found << action->text();
+        for (const QAction* entry : action->menu()->actions()) {
+            found << (entry->isSeparator() ? "--"
+                                           : "  " + entry->text() + '|' + entry->shortcut().toString());
+        }
+    }
+    QCOMPARE(found, (QStringList{"&Program", "  &Quit|Ctrl+Q", "&Windows", "  &Log|Ctrl+L", "&Repositories",
+                                 "  &Edit Configuration|Ctrl+E", "&Cache", "  Clean dbcache|",
+                                 "  Clean Packages|", "  Clean Metadata|", "--", "  Clean All|", "&Help",
+                                 "  Manual (html)|", "  Manual (PDF)|", "--", "  &About|F1"}));
+}
+
+void MainWindowTest::menusCanBeTornOffAndTellMore()
+{
+    for (const char* title : {"&Program", "&Windows", "&Repositories", "&Cache", "&Help"}) {
+        const auto* menu = qobject_cast<HMenu*>(shown->menu(title));
+        QVERIFY(menu != nullptr);
+        QVERIFY(menu->isTearOffEnabled());
+    }
+}
+
+void MainWindowTest::windowsThatDoNotExistYetCannotBeOpened()
+{
+    shown->start();
+    shown->click("tool", NameColumn);
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+    QVERIFY(!shown->action("&Repositories", "&Edit Configuration")->isEnabled());
+    QVERIFY(!shown->action("&Help", "Manual (html)")->isEnabled());
+    QVERIFY(!shown->action("&Help", "Manual (PDF)")->isEnabled());
+}
+
+void MainWindowTest::filterRowHasItsTexts()
+{
+    QCOMPARE(shown->modeBox->count(), 2);
+    QCOMPARE(shown->modeBox->itemText(0), QString("Filter"));
+    QCOMPARE(shown->modeBox->itemText(1), QString("Search"));
+    QCOMPARE(shown->modeBox->currentIndex(), 0);
+    QCOMPARE(shown->regexpEdit->text(), QString(".*"));
+    QVERIFY(shown->filterButton()->isDefault());
+    QCOMPARE(shown->dupsBox->text(), QString("Include Duplicates"));
+    QVERIFY(shown->dupsBox->isChecked());
+    QCOMPARE(shown->dupsBox->toolTip(),
+             QString("Whether or not filter should include packages with duplicate names.\n"
+                     "If unchecked, the package with the architecture closest to the base architecture is "
+                     "shown."));
+    QCOMPARE(shown->groupsBox->text(), QString("Include Groups"));
+    QVERIFY(!shown->groupsBox->isChecked());
+    QCOMPARE(shown->groupsBox->toolTip(), QString("Whether or not filter should include package groups"));
+}
+
+void MainWindowTest::stateBoxGoesFromUpdatableToAll()
+{
+    const QStringList texts{"View Updatable", "View Installable", "View Removable", "View All"};
+    QCOMPARE(shown->stateBox->count(), 4);
+    for (int i = 0; i < 4; ++i) {
+        QCOMPARE(shown->stateBox->itemText(i), texts.at(i));
+        QCOMPARE(shown->stateBox->itemData(i), QVariant(i));
+    }
+    QCOMPARE(shown->stateBox->currentIndex(), 0);
+    QCOMPARE(shown->stateBox->toolTip(),
+             QString("Filter for those packages which are eligible for updating,\n"
+                     "for installing, or for removing; or show all packages"));
+}
+
+void MainWindowTest::buttonsHaveTheirTextsAndToolTips()
+{
+    const QMap<QString, QString> toolTips{
+        {"&Describe", "Pop up a window with a detailed description of the currently selected package"},
+        {"Re&size", "Resize the columns and window to optimal values"},
+        {"Re&fresh", "Refresh the list of installed packages and packages available for update.\n"
+                     "Use this to check for new updates in repositories, or if any packages were installed "
+                     "manually."},
+        {"Set &Install/Update of Selected",
+         "Sets the Action for all selected packages which are Not Installed to Install, and\n"
+         "sets the Action for all selected packages which are Installed but Out-of-date to Update.\n"
+         "Does not Apply Actions automatically."},
+        {"Set &Update of Listed",
+         "Sets the Action to Update for any packages which are Installed but Out-of-date,\n"
+         "and which are currently listed based on the the Mode, Filter, Search, State, Duplicates, and "
+         "Groups "
+         "settings.\nDoes not Apply Actions automatically."},
+        {"&Clear Actions", "Clears all specified Actions (Updates, Installs, and Removals)"},
+        {"&Apply Actions", "Applies the specified Actions (Updates, Installs, and Removals)"},
+    };
+    QCOMPARE(shown->area->findChildren<QPushButton*>().count(), toolTips.count() + 1);
+    for (auto i = toolTips.constBegin(); i != toolTips.constEnd(); ++i) {
+        QCOMPARE(shown->button(i.key())->toolTip(), i.value());
+    }
+    QVERIFY(!shown->button("&Describe")->isEnabledTo(shown->area));
+    QVERIFY(!shown->button("&Apply Actions")->isEnabledTo(shown->area));
+}
+
+void MainWindowTest::partsAreInTheirOrder()
+{
+    shown->start();
+    const auto place = [this](const QWidget* widget) { return widget->mapTo(shown->window, QPoint()); };
+    const QList<QWidget*> filterRow{shown->modeBox,  shown->regexpEdit, shown->filterButton(),
+                                    shown->stateBox, shown->dupsBox,    shown->groupsBox};
+    const QList<QWidget*> buttonRow{shown->button("&Describe"),
+                                    shown->button("Re&size"),
+                                    shown->button("Re&fresh"),
+                                    shown->button("Set &Install/Update of Selected"),
+                                    shown->button("Set &Update of Listed"),
+                                    shown->button("&Clear Actions"),
+                                    shown->label,
+                                    shown->button("&Apply Actions")};
+    for (const QList<QWidget*>& row : {filterRow, buttonRow}) {
+        for (int i = 1; i < row.count(); ++i) {
+            QVERIFY(place(row.at(i)).x() >= place(row.at(i - 1)).x() + row.at(i - 1)->width());
+        }
+    }
+    const QList<HProgressBar*> bars = shown->window->findChildren<HProgressBar*>();
+    QCOMPARE(bars.count(), 2);
+    const QList<QWidget*> column{filterRow.first(), shown->view, buttonRow.first(), bars.at(0), bars.at(1)};
+    for (int i = 1; i < column.count(); ++i) {
+        QVERIFY(place(column.at(i)).y() >= place(column.at(i - 1)).y() + column.at(i - 1)->height());
+    }
+    // The room that is left is that of the table and of the stretch.
+    QVERIFY(shown->view->height() > shown->window->height() / 2);
+    QVERIFY(place(buttonRow.at(1)).x() - place(buttonRow.at(0)).x() - buttonRow.at(0)->width() >
+            place(buttonRow.at(2)).x() - place(buttonRow.at(1)).x() - buttonRow.at(1)->width());
+}
+
+void MainWindowTest::windowIsWideEnough()
+{
+    QVERIFY(shown->window->sizeHint().width() >= 768);
+    QVERIFY(shown->window->sizeHint().width() >= shown->window->minimumSizeHint().width());
+    shown->start();
+    QVERIFY(shown->window->width() >= 768);
+    QVERIFY(QGuiApplication::primaryScreen()->geometry().contains(shown->window->frameGeometry()));
+}
+
+void MainWindowTest::newWindowWaitsForItsStart()
+{
+    QCOMPARE(usable(), usableWhileBusy);
+    QCOMPARE(busyCursor(), QString("busy"));
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(standIn->calls(), QStringList());
+    // A window that is not shown starts nothing.
+    QTest::qWait(100);
+    QCOMPARE(standIn->calls(), QStringList());
+    QVERIFY(!shown->window->isVisible());
+}
+
+void MainWindowTest::windowIsThereBeforeTheSlowWork()
+{
+    QStringList seen;
+    QImage picture;
+    QVERIFY(inTheMiddle([this] { shown->window->show(); },
+                        [this, &seen, &picture] {
+                            seen << (shown->window->isVisible() ? "visible" : "hidden")
+                                 << (shown->window->windowHandle()->isExposed() ? "exposed" : "covered")
+                                 << (shown->area->isVisible() ? "table" : "no table") << busyCursor()
+                                 << usable();
+                            picture = shown->window->screen()
+                                          ->grabWindow(shown->window->winId())
+                                          .toImage()
+                                          .convertToFormat(QImage::Format_RGB32);
+                        }));
+    QCOMPARE(seen, (QStringList{"visible", "exposed", "no table", "busy"} + usableWhileBusy));
+    // It has been painted: not all of it is of one colour.
+    QSet<QRgb> colours;
+    for (int x = 0; x < picture.width(); ++x) {
+        colours.insert(picture.pixel(x, shown->window->menuBar()->height() / 2));
+    }
+    QVERIFY(colours.count() > 3);
+    QTRY_VERIFY(shown->isReady());
+}
+
+void MainWindowTest::startListsWhatIsOutOfDate()
+{
+    shown->start();
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(shown->label->text(), QString());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(standIn->calls("collectFileLists") + standIn->calls("collectOtherData"), 0);
+    QVERIFY(shown->view->horizontalHeader()->isSortIndicatorShown());
+}
+
+void MainWindowTest::startingTwiceCollectsOnce()
+{
+    shown->start();
+    shown->window->hide();
+    shown->window->show();
+    QTest::qWait(200);
+    QVERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+}
+
+void MainWindowTest::columnsFitTheirContentsAfterTheStart()
+{
+    const QString longName = QString("name").repeated(15);
+    standIn->setPackages({}, {}, {StandIn::package(longName)});
+    shown->start();
+    // Not only to what is listed.
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
+}
+
+void MainWindowTest::settingsMadeBeforehandApply()
+{
+    shown->window->setMode(Filter);
+    shown->window->setRegexp("l");
+    shown->window->setStateFilter(ViewAll);
+    shown->window->setDups(false);
+    shown->window->setGroups(true);
+    QCOMPARE(shown->regexpEdit->text(), QString("l"));
+    QCOMPARE(shown->stateBox->currentIndex(), 3);
+    QVERIFY(!shown->dupsBox->isChecked());
+    QVERIFY(shown->groupsBox->isChecked());
+    shown->start();
+    QCOMPARE(shown->sorted(), (QStringList{"lib", "shell", "tool"}));
+    shown->filter("");
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "many", "shell", "tool"}));
+}
+
+void MainWindowTest::searchAskedForBeforehandApplies()
+{
+    shown->window->setMode(Search);
+    shown->window->setRegexp("needle");
+    shown->window->setStateFilter(ViewAll);
+    QCOMPARE(shown->modeBox->currentIndex(), 1);
+    QCOMPARE(usable(), usableWhileBusy);
+    shown->start();
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "many", "tool"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::failingBackEndQuitsWithoutShowingTheTable()
+{
+    standIn->setRefusing(true);
+    shown->window->setLogAtStart();
+    const Answers answers("Close");
+    bool table = false;
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, [this, &table] { table = table || shown->area->isVisible(); });
+    watch.start(1);
+    QCOMPARE(runToTheEnd([this] { shown->window->show(); }), 0);
+    QVERIFY(!shown->window->isVisible());
+    QVERIFY(!logIsVisible());
+    QVERIFY(!table);
+    QCOMPARE(answers.titles, QStringList{"VYRE Yum Error"});
+    QVERIFY2(answers.texts.first().contains("Unable to initialize"), qPrintable(answers.texts.first()));
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+}
+
+void MainWindowTest::logIsOpenedAtTheStartIfAskedFor()
+{
+    shown->window->setLogAtStart();
+    QVERIFY(inTheMiddle([this] { shown->window->show(); }, [] { QVERIFY(logIsVisible()); }));
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(logIsVisible());
+}
+
+void MainWindowTest::logStaysClosedOtherwise()
+{
+    shown->start();
+    QVERIFY(logWindow() == nullptr);
+}
+
+void MainWindowTest::returnAppliesTheExpression()
+{
+    shown->start();
+    shown->filter("too");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+    shown->filter("(");
+    QCOMPARE(shown->listed(), QStringList());
+    shown->filter(".*");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowTest::buttonAppliesTheExpression()
+{
+    shown->start();
+    shown->type("too");
+    shown->press("Filter");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+}
+
+void MainWindowTest::typingAloneListsNothingElse()
+{
+    shown->start();
+    shown->type("too");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowTest::stateBoxDecidesWhatIsListed()
+{
+    shown->start();
+    const QList<QStringList> expected{
+        {"many", "tool"},
+        {"editor", "lib", "lib"},
+        {"many", "shell", "tool"},
+        {"editor", "lib", "lib", "many", "shell", "tool"},
+    };
+    for (const int index : {1, 2, 3, 0}) {
+        shown->choose(shown->stateBox, index);
+        QCOMPARE(shown->sorted(), expected.at(index));
+    }
+}
+
+void MainWindowTest::duplicatesCanBeLeftOut()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+    shown->click(shown->dupsBox, QPoint(8, shown->dupsBox->height() / 2));
+    QVERIFY(!shown->dupsBox->isChecked());
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib"}));
+    shown->click(shown->dupsBox, QPoint(8, shown->dupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+}
+
+void MainWindowTest::groupsCanBeIncluded()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewInstallable);
+    shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "lib"}));
+    shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+}
+
+void MainWindowTest::modeDecidesTheTexts()
+{
+    shown->start();
+    for (int round = 0; round < 2; ++round) {
+        QCOMPARE(shown->button("Filter")->toolTip(), QString("Apply the filter specified to the left"));
+        QCOMPARE(shown->regexpEdit->toolTip(),
+                 QString("Regular expression filter matching textual fields visible in the table"));
+        shown->choose(shown->modeBox, Search);
+        QCOMPARE(shown->button("Search")->toolTip(),
+                 QString("Perform the search for the regular expression specified to the left"));
+        QCOMPARE(shown->regexpEdit->toolTip(),
+                 QString("Regular expression to compare to all fields of a package"));
+        shown->choose(shown->modeBox, Filter);
+    }
+}
+
+void MainWindowTest::searchForAnythingLoadsNothing()
+{
+    shown->start();
+    standIn->forgetCalls();
+    shown->choose(shown->modeBox, Search);
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+    shown->press("Search");
+    shown->filter("");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+    QCOMPARE(standIn->calls(), QStringList());
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowTest::searchLooksIntoEveryField()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->filter("bin/needle");
+    QCOMPARE(shown->listed(), QStringList());
+    shown->choose(shown->modeBox, Search);
+    QCOMPARE(shown->listed(), QStringList{"editor"});
+    shown->type("needle");
+    shown->press("Search");
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "many", "tool"}));
+    shown->choose(shown->modeBox, Filter);
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY(shown->proxy->getFilter());
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::collectionHasLoadedTheExtraData()
+{
+    QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip) + " (Must load extra data.)");
+    shown->start();
+    QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
+    standIn->forgetCalls();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("needle");
+    shown->filter("other");
+    shown->press("Re&fresh");
+    shown->filter("needle");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+    QCOMPARE(standIn->calls("collectFileLists") + standIn->calls("collectOtherData"), 0);
+    QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
+}
+
+void MainWindowTest::filtersInSearchModeApply()
+{
+    shown->start();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("i|l");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"})); // both come from a file called "updates"
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+    shown->click(shown->dupsBox, QPoint(8, shown->dupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib"}));
+    shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+    shown->filter("a");
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::applyIsEnabledWhileThereIsAnyAction()
+{
+    shown->start();
+    const QPushButton* apply = shown->button("&Apply Actions");
+    QVERIFY(!apply->isEnabled());
+    shown->click("tool", ActionColumn);
+    QVERIFY(apply->isEnabled());
+    shown->click("many", ActionColumn);
+    shown->click("tool", ActionColumn);
+    shown->click("tool", ActionColumn);
+    QCOMPARE(shown->marks(), QStringList{"many update"});
+    QVERIFY(apply->isEnabled());
+    shown->click("many", ActionColumn);
+    shown->click("many", ActionColumn);
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!apply->isEnabled());
+}
+
+void MainWindowTest::selectedRowsAreSet()
+{
+    shown->start();
+    listEverything();
+    shown->press("Set &Install/Update of Selected");
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+    for (const char* name : {"editor", "shell", "tool", "Games"}) {
+        shown->click(name, NameColumn, Qt::ControlModifier);
+    }
+    shown->press("Set &Install/Update of Selected");
+    QCOMPARE(shown->marks(), (QStringList{"Games install", "editor install", "tool update"}));
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(standIn->calls("apply"), 0);
+}
+
+void MainWindowTest::listedUpdatesAreSet()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->filter("tool|shell|editor");
+    shown->press("Set &Update of Listed");
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    shown->filter("");
+    shown->press("Set &Update of Listed");
+    QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
+    QCOMPARE(standIn->calls("apply"), 0);
+}
+
+void MainWindowTest::clearingTakesAllActionsAway()
+{
+    shown->start();
+    listEverything();
+    shown->click("tool", ActionColumn);
+    shown->click("editor", ActionColumn);
+    shown->click("shell", ActionColumn);
+    shown->filter("many");
+    QCOMPARE(shown->marks().count(), 3);
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    shown->press("&Clear Actions");
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(shown->label->text(), QString());
+}
+
+void MainWindowTest::settingTheSelectedRowsSortsTheTableOnce()
+{
+    QJsonArray packages;
+    for (int i = 0; i < 50; ++i) {
+        packages.append(StandIn::package("package" + QString::number(i)));
+    }
+    standIn->setPackages({}, {}, packages);
+    shown->window->setStateFilter(ViewInstallable);
+    shown->start();
+    QHeaderView* header = shown->view->horizontalHeader();
+    shown->click(header->viewport(), QPoint(header->sectionViewportPosition(ActionColumn) + 10, 8));
+    QCOMPARE(shown->proxy->sortColumn(), int(ActionColumn));
+    shown->view->setFocus();
+    shown->key(Qt::Key_A, Qt::ControlModifier);
+    QSignalSpy layout(shown->proxy, SIGNAL(layoutChanged()));
+    // With so many rows that it would take minutes, each of them must not sort the table for itself.
+    shown->press("Set &Install/Update of Selected");
+    QCOMPARE(shown->marks().count(), 50);
+    QCOMPARE(layout.count(), 1);
+    shown->press("&Clear Actions");
+    QCOMPARE(shown->marks().count(), 0);
+    QCOMPARE(layout.count(), 2);
+}
+
+void MainWindowTest::hiddenActionsAreWarnedOf()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    QCOMPARE(shown->label->text(), QString());
+    QCOMPARE(shown->label->toolTip(), QString());
+    shown->filter("many");
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    QCOMPARE(shown->label->toolTip(), QString(unlistedToolTip));
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    shown->filter("");
+    QCOMPARE(shown->label->text(), QString());
+    QCOMPARE(shown->label->toolTip(), QString());
+}
+
+void MainWindowTest::everyFilterWarnsOfHiddenActions()
+{
+    shown->start();
+    listEverything();
+    shown->filter("^(lib .*i686|Games)");
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "lib"}));
+    shown->click("lib", ActionColumn);
+    shown->click("Games", ActionColumn);
+    const auto warns = [this](const std::function<void()>& change, const std::function<void()>& back) {
+        const bool before = shown->label->text().isEmpty();
+        change();
+        const bool warned = shown->label->text() == "Unlisted Actions";
+        back();
+        return before && warned && shown->label->text().isEmpty();
+    };
+    const auto clickBox = [this](QCheckBox* box) { shown->click(box, QPoint(8, box->height() / 2)); };
+    QVERIFY(warns([this] { shown->choose(shown->stateBox, ViewRemovable); },
+                  [this] { shown->choose(shown->stateBox, ViewAll); }));
+    QVERIFY(warns([this, clickBox] { clickBox(shown->dupsBox); },
+                  [this, clickBox] { clickBox(shown->dupsBox); }));
+    QVERIFY(warns([this, clickBox] { clickBox(shown->groupsBox); },
+                  [this, clickBox] { clickBox(shown->groupsBox); }));
+    // No field of a package holds both its name and its architecture.
+    QVERIFY(warns([this] { shown->choose(shown->modeBox, Search); },
+                  [this] { shown->choose(shown->modeBox, Filter); }));
+}
+
+void MainWindowTest::warningKeepsItsPlace()
+{
+    shown->start();
+    const QWidget* apply = shown->button("&Apply Actions");
+    const QRect label = shown->label->geometry();
+    const QRect button = apply->geometry();
+    QVERIFY(label.width() > shown->label->fontMetrics().horizontalAdvance("Unlisted Actions"));
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    QTest::qWait(50);
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    QCOMPARE(shown->label->geometry(), label);
+    QCOMPARE(apply->geometry(), button);
+}
+
+void MainWindowTest::warningHasTheColourOfOne()
+{
+    shown->start();
+    const QColor around = shown->area->palette().color(QPalette::Window);
+    QVERIFY(around != QColor(Colors::warningBg()));
+    QCOMPARE(backgroundOfLabel(), around);
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    QCOMPARE(backgroundOfLabel(), QColor(Colors::warningBg()));
+    shown->filter("");
+    QCOMPARE(backgroundOfLabel(), around);
+}
+
+void MainWindowTest::controlsAreTakenAwayWhileItWorks()
+{
+    shown->start();
+    QCOMPARE(usable(), usableWhenReady);
+    QStringList seen;
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this, &seen] { seen << busyCursor() << usable() << shown->listed(); }));
+    // The rows stay, without the records that are being replaced.
+    QCOMPARE(seen, QStringList{"busy"} + usableWhileBusy + QStringList({"", ""}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::shortcutsDoNothingWhileItWorks()
+{
+    shown->start();
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this] {
+                            shown->key(Qt::Key_Q, Qt::ControlModifier);
+                            shown->click(shown->button("Re&fresh"));
+                        }));
+    QTRY_VERIFY(shown->isReady());
+    QTest::qWait(50);
+    QVERIFY(shown->window->isVisible());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+}
+
+void MainWindowTest::logCanBeOpenedWhileItWorks()
+{
+    shown->start();
+    bool opened = false;
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this, &opened] {
+                            shown->key(Qt::Key_L, Qt::ControlModifier);
+                            opened = logIsVisible();
+                        }));
+    QVERIFY(opened);
+    QTRY_VERIFY(shown->isReady());
+}
+
+void MainWindowTest::windowCannotBeClosedWhileItWorks()
+{
+    shown->start();
+    bool closed = true;
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this, &closed] { closed = shown->window->close() || !shown->window->isVisible(); }));
+    QVERIFY(!closed);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowTest::focusComesBack()
+{
+    shown->start();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("needle");
+    QVERIFY(shown->regexpEdit->hasFocus());
+    shown->press("Re&fresh");
+    QVERIFY(shown->button("Re&fresh")->hasFocus());
+}
+
+void MainWindowTest::refreshCollectsAnew()
+{
+    shown->start();
+    standIn->forgetCalls();
+    standIn->setPackages({StandIn::package("newer", {{"version", "2"}})}, {StandIn::package("newer")}, {});
+    shown->press("Re&fresh");
+    QCOMPARE(shown->listed(), QStringList{"newer"});
+    QCOMPARE(standIn->calls().mid(0, 1), QStringList{"reset"});
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+}
+
+void MainWindowTest::refreshForgetsActionsAndTheirWarning()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    shown->press("Re&fresh");
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(shown->label->text(), QString());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowTest::compareClean(const QString& entry, const char* method)
+{
+    shown->start();
+    standIn->forgetCalls();
+    standIn->setPackages({StandIn::package("newer", {{"version", "2"}})}, {StandIn::package("newer")}, {});
+    shown->choose("&Cache", entry);
+    QTRY_COMPARE(shown->listed(), QStringList{"newer"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls().mid(0, 2), (QStringList{method, "reset"}));
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowTest::cleaningPackagesLeavesTheTableAlone()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->forgetCalls();
+    standIn->setPackages({}, {}, {});
+    QSignalSpy reset(shown->model, SIGNAL(modelReset()));
+    shown->choose("&Cache", "Clean Packages");
+    QTRY_COMPARE(standIn->calls(), QStringList{"cleanPackages"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(reset.count(), 0);
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowTest::cleanEntriesNameTheCacheDirectory()
+{
+    shown->start();
+    const auto toolTip = [this](const char* text) { return shown->action("&Cache", text)->toolTip(); };
+    QCOMPARE(toolTip("Clean dbcache"),
+             QString("Clean RPM dbcache files (solv/solvx databases constructed from the metadata) cached "
+                     "locally in /var/cache/standin"));
+    QCOMPARE(toolTip("Clean Packages"), QString("Clean RPM packages cached locally in /var/cache/standin\n"
+                                                "(useful for recovering disk space)"));
+    QCOMPARE(toolTip("Clean Metadata"),
+             QString("Clean metadata (mostly XML or compressed XML) cached locally in /var/cache/standin"));
+    QCOMPARE(toolTip("Clean All"), QString("Clean all data cached locally in /var/cache/standin"));
+}
+
+void MainWindowTest::sizeOfColumnsIsRestored()
+{
+    shown->start();
+    const int width = shown->view->columnWidth(NameColumn);
+    shown->view->setColumnWidth(NameColumn, 7);
+    shown->filter("many");
+    shown->press("Re&size");
+    QCOMPARE(shown->view->columnWidth(NameColumn), width);
+    QCOMPARE(shown->listed(), QStringList{"many"});
+}
+
+void MainWindowTest::confirmedActionsAreAppliedAndTheTableCollected()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->click("tool", ActionColumn);
+    shown->click("editor", ActionColumn);
+    shown->click("shell", ActionColumn);
+    shown->filter("tool");
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    standIn->forgetCalls();
+    standIn->setPackages({}, {StandIn::package("tool", {{"version", "2"}}), StandIn::package("editor")}, {});
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles, QStringList{"Apply"});
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY2(standIn->calls().contains("apply editor tool shell"), qPrintable(standIn->calls().join(';')));
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(shown->label->text(), QString());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+    shown->filter("");
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "tool"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::refusedActionsStay()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    standIn->forgetCalls();
+    const Answers answers("Cancel");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles, QStringList{"Apply"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowTest::failureBeforeAnyChangeLeavesTheTableAlone()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->setFailing(true);
+    standIn->forgetCalls();
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles, (QStringList{"Apply", "VYRE Yum Error"}));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(answers.texts.last(), QString("Unable to apply changes: Runtime Error:\n\ntoo early"));
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowTest::failureHalfWayCollectsTheTable()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->setBreaking(true);
+    standIn->forgetCalls();
+    standIn->setPackages({}, {}, {StandIn::package("tool")});
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles, (QStringList{"Apply", "VYRE Yum Error"}));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(answers.texts.last(), QString("Unable to apply changes: Runtime Error:\n\nhalf way"));
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowTest::shortcutOpensTheLog()
+{
+    shown->start();
+    shown->key(Qt::Key_L, Qt::ControlModifier);
+    QVERIFY(logIsVisible());
+    QVERIFY(QTest::qWaitForWindowActive(logWindow()));
+    QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains("Initialization"));
+    // The same window comes back.
+    const Log::Window* first = logWindow();
+    logWindow()->close();
+    QVERIFY(QTest::qWaitForWindowActive(shown->window));
+    shown->key(Qt::Key_L, Qt::ControlModifier);
+    QVERIFY(logIsVisible());
+    QCOMPARE(static_cast<const Log::Window*>(logWindow()), first);
+}
+
+void MainWindowTest::menuOpensTheLog()
+{
+    shown->start();
+    shown->choose("&Windows", "&Log");
+    QTRY_VERIFY(logIsVisible());
+}
+
+void MainWindowTest::aboutTellsTheVersion()
+{
+    shown->start();
+    const Answers answers("OK");
+    shown->key(Qt::Key_F1);
+    QCOMPARE(answers.titles, QStringList{"About"});
+    const QString text = answers.texts.first();
+    const QString expected =
+        "<h3>VYRE 2.1.2</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
+        "make "
+        "modifications to the installed rpm packages on a system.</p><p>Capabilities:<p><ul><li>Install new "
+        "packages or update existing packages by downloading them from a yum package repository</li>"
+        "<li>Remove existing packages.</li><li>Configure sets of repositories from which to obtain new and "
+        "updated packages.</li><li>Examine installed packages or packages available for installation or "
+        "update</li><li>Install, update, or remove groups of packages</li><li>Install or update suites of "
+        "packages</li></ul>";
+    QCOMPARE(text.left(expected.length()), expected);
+    // And where to read on.
+    const QRegularExpression rest("^<p>[^<]*<a href=\"(https://[^\"]+)\">\\1</a>[^<]*</p>$");
+    QVERIFY2(rest.match(text.mid(expected.length())).hasMatch(), qPrintable(text.mid(expected.length())));
+}
+
+void MainWindowTest::compareQuit(const std::function<void()>& quit)
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->key(Qt::Key_L, Qt::ControlModifier);
+    QVERIFY(logIsVisible());
+    QVERIFY(QTest::qWaitForWindowActive(logWindow()));
+    shown->window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(shown->window));
+    standIn->forgetCalls();
+    QCOMPARE(runToTheEnd(quit), 0);
+    QVERIFY(!shown->window->isVisible());
+    QVERIFY(!logIsVisible());
+    QCOMPARE(shown->model->rowCount(), 0);
+    QCOMPARE(standIn->calls("apply"), 0);
+    // What comes late finds nothing to work with.
+    shown->window->stateChanged(-1);
+    shown->window->quit();
+    QTest::qWait(50);
+}
+
+void MainWindowTest::shortcutQuits()
+{
+    compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
+}
+
+void MainWindowTest::menuQuits()
+{
+    compareQuit([this] { shown->choose("&Program", "&Quit"); });
+}
+
+void MainWindowTest::closingQuits()
+{
+    // As the window manager asks for it.
+    compareQuit([this] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<MainWindowTest>(argc, argv);
+}
+
+#include "MainWindowTest.moc"

@@ -1,0 +1,264 @@
+// The main window on the stand-in, what can be seen in it, and the user's hands.
+
+#ifndef TESTS_APP_SHOWNWINDOW_H
+#define TESTS_APP_SHOWNWINDOW_H
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTimer>
+#include <QWindow>
+#include <QtTest>
+
+#include <functional>
+
+#include "app/MainWindow.h"
+#include "packagetable/Model.h"
+#include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/View.h"
+#include "tests/packagetable/StandIn.h"
+#include "widgets/HFrameLabel.h"
+
+inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
+{
+    for (QPushButton* button : widget->findChildren<QPushButton*>()) {
+        // A standard button has a shortcut of its own.
+        if (button->text() == text || button->text() == QLatin1Char('&') + text) {
+            return button;
+        }
+    }
+    qFatal("there is no button %s", qPrintable(text));
+    return nullptr;
+}
+
+class ShownWindow
+{
+public:
+    // Not shown yet. Never deleted, as in the program.
+    ShownWindow() : window(new MainWindow)
+    {
+        for (QComboBox* box : window->findChildren<QComboBox*>()) {
+            (box->itemText(0) == QLatin1String("Filter") ? modeBox : stateBox) = box;
+        }
+        for (QCheckBox* box : window->findChildren<QCheckBox*>()) {
+            (box->text() == QLatin1String("Include Groups") ? groupsBox : dupsBox) = box;
+        }
+        regexpEdit = window->findChild<QLineEdit*>();
+        view = window->findChild<PackageTable::View*>();
+        proxy = window->findChild<PackageTable::SortFilterProxyModel*>();
+        model = window->findChild<PackageTable::Model*>();
+        label = window->findChild<HFrameLabel*>();
+        area = view->parentWidget();
+    }
+
+    // Shows the window and waits until it can be worked with.
+    void start()
+    {
+        window->show();
+        QApplication::setActiveWindow(window);
+        if (!QTest::qWaitForWindowActive(window) || !QTest::qWaitFor([this] { return isReady(); }, 20000)) {
+            qFatal("the window does not start");
+        }
+    }
+
+    bool isReady() const { return area->isVisible() && area->isEnabled(); }
+
+    QPushButton* button(const QString& text) const { return buttonIn(area, text); }
+    // The button whose text goes with the mode.
+    QPushButton* filterButton() const
+    {
+        return button(modeBox->currentIndex() == PackageTable::Search ? "Search" : "Filter");
+    }
+
+    QMenu* menu(const QString& title) const
+    {
+        for (const QAction* action : window->menuBar()->actions()) {
+            if (action->text() == title) {
+                return action->menu();
+            }
+        }
+        qFatal("there is no menu %s", qPrintable(title));
+        return nullptr;
+    }
+    QAction* action(const QString& title, const QString& text) const
+    {
+        for (QAction* entry : menu(title)->actions()) {
+            if (entry->text() == text) {
+                return entry;
+            }
+        }
+        qFatal("there is no entry %s", qPrintable(text));
+        return nullptr;
+    }
+
+    // Clicks and keys, as the window system reports them.
+    void click(const QWidget* widget) const { click(widget, widget->rect().center()); }
+    void click(const QWidget* widget, const QPoint& place, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        QTest::mouseClick(window->windowHandle(), Qt::LeftButton, modifiers, widget->mapTo(window, place));
+    }
+    void press(const QString& text) const { click(button(text)); }
+    void click(const QString& name, int column, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        const QRect cell = view->visualRect(proxy->index(listed().indexOf(name), column));
+        if (!cell.isValid()) {
+            qFatal("%s is not listed", qPrintable(name));
+        }
+        click(view->viewport(), cell.center(), modifiers);
+    }
+    void key(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) const
+    {
+        QTest::keyClick(window->windowHandle(), key, modifiers);
+    }
+    // Clicks the entry of a menu that it opens by a click.
+    void choose(const QString& title, const QString& text) const
+    {
+        QMenu* opened = menu(title);
+        click(window->menuBar(), window->menuBar()->actionGeometry(opened->menuAction()).center());
+        if (!QTest::qWaitForWindowExposed(opened)) {
+            qFatal("the menu %s does not open", qPrintable(title));
+        }
+        const QPoint place = opened->actionGeometry(action(title, text)).center();
+        QTest::mouseMove(opened, place);
+        QTest::mouseClick(opened, Qt::LeftButton, {}, place);
+    }
+    // Goes through the entries of a box with the keys.
+    void choose(QComboBox* box, int index) const
+    {
+        box->setFocus();
+        while (box->currentIndex() != index) {
+            key(box->currentIndex() < index ? Qt::Key_Down : Qt::Key_Up);
+        }
+    }
+    // Leaves the expression to be applied.
+    void type(const QString& expression) const
+    {
+        click(regexpEdit);
+        regexpEdit->selectAll();
+        key(Qt::Key_Delete);
+        QTest::keyClicks(regexpEdit, expression);
+    }
+    void filter(const QString& expression) const
+    {
+        type(expression);
+        key(Qt::Key_Return);
+    }
+
+    // The names listed, in order.
+    QStringList listed() const
+    {
+        QStringList names;
+        for (int row = 0; row < proxy->rowCount(); ++row) {
+            names << proxy->index(row, PackageTable::NameColumn).data().toString();
+        }
+        return names;
+    }
+    QStringList sorted() const
+    {
+        QStringList names = listed();
+        names.sort();
+        return names;
+    }
+    // "name action" of the marked records, in the order of their names.
+    QStringList marks() const
+    {
+        static const char* const actions[] = {"update", "install", "remove"};
+        QStringList found;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            const Package::Entry* entry = model->entry(row);
+            if (entry->action != Package::None) {
+                found << entry->name + QLatin1Char(' ') + QLatin1String(actions[entry->action]);
+            }
+        }
+        found.sort();
+        return found;
+    }
+
+    MainWindow* window;
+    QWidget* area;
+    QComboBox* modeBox = nullptr;
+    QLineEdit* regexpEdit;
+    QComboBox* stateBox = nullptr;
+    QCheckBox* dupsBox = nullptr;
+    QCheckBox* groupsBox = nullptr;
+    PackageTable::View* view;
+    PackageTable::SortFilterProxyModel* proxy;
+    PackageTable::Model* model;
+    HFrameLabel* label;
+};
+
+// Runs the program's event loop, with the window shown already or not, and something in it. Returns the
+// program's exit status, or -1 when it did not end by itself.
+inline int runToTheEnd(const std::function<void()>& action)
+{
+    QTimer::singleShot(0, qApp, action);
+    QTimer::singleShot(20000, qApp, [] { QApplication::exit(-1); });
+    return QApplication::exec();
+}
+
+// While it exists: does something once as soon as a condition holds, also while the program waits in an event
+// loop of its own.
+class Once
+{
+public:
+    Once(std::function<bool()> condition, std::function<void()> action)
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this, condition, action] {
+            if (!done && condition()) {
+                done = true;
+                timer.stop();
+                action();
+            }
+        });
+        timer.start(5);
+    }
+
+    bool isDone() const { return done; }
+
+private:
+    QTimer timer;
+    bool done = false;
+};
+
+// While it exists: presses a button of each dialog that comes up, and keeps what the dialog said.
+class Answers
+{
+public:
+    explicit Answers(const QString& buttonText)
+    {
+        QObject::connect(&timer, &QTimer::timeout, [this, buttonText] {
+            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (dialog == nullptr || !dialog->isVisible() || dialog == last) {
+                return;
+            }
+            last = dialog;
+            titles << dialog->windowTitle();
+            const auto* box = qobject_cast<QMessageBox*>(dialog);
+            QString text = box != nullptr ? box->text() : QString();
+            if (box == nullptr) {
+                for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+                    text += label->text();
+                }
+            }
+            texts << text;
+            QTest::mouseClick(buttonIn(dialog, buttonText), Qt::LeftButton);
+            last = nullptr;
+        });
+        timer.start(10);
+    }
+
+    QStringList titles;
+    QStringList texts;
+
+private:
+    QTimer timer;
+    QWidget* last = nullptr;
+};
+
+#endif

@@ -1,0 +1,67 @@
+#!/usr/bin/python3
+"""What the program does when it is to be closed, in the middle of its work and at rest."""
+import journey
+from journey import Gate, JourneyTest, driver, wait_for
+
+
+class ClosingTest(JourneyTest):
+    """While the program works, it refuses to be closed."""
+
+    def request_close(self, program):
+        """Ask the window manager to close the main window, press the key of Quit as well, and wait until the program
+        has heard of both."""
+        window = driver.xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name',
+                                '^' + driver.main_title() + '$').split()[0]
+        before = driver.xdotool('getwindowgeometry', window)
+        driver.xdotool('windowfocus', '--sync', window)
+        driver.key('alt+F4')
+        # The window manager serves requests in turn, and the program gets its messages in the order they are sent.
+        driver.xdotool('windowsize', window, 900, 650)
+        wait_for(lambda: driver.xdotool('getwindowgeometry', window) != before, 'the new size of the window')
+        driver.key('ctrl+q')
+        driver.key('ctrl+l')
+        log = program.window('VYRE Log')
+        self.assertIn(driver.main_title(), program.titles())
+        log.click_button('Close')
+        program.no_window('VYRE Log')
+
+    def test_while_collecting(self):
+        gate = Gate()
+        self.sandbox.server.faults['/sandbox-http/repodata/repomd.xml'] = gate
+        with self.program() as program:
+            window = program.main()
+            gate.wait_reached()
+            self.request_close(program)
+            self.assertTrue(program.running())
+            gate.open()
+            self.check_usable(window)
+            self.close(window)
+
+    def test_while_applying(self):
+        gate = Gate()
+        self.sandbox.server.faults['/sandbox-http/pergola-6.1-1.x86_64.rpm'] = gate
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            window.accept(window.apply())
+            gate.wait_reached()
+            self.request_close(program)
+            self.assertFalse(window.is_ready())
+            self.check_unchanged()
+            gate.open()
+            self.check_usable(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+            self.close(window)
+
+    def test_marked_packages_do_not_keep_the_window_open(self):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            self.close(window)
+            self.check_unchanged()
+
+
+if __name__ == '__main__':
+    journey.main()

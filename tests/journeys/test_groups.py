@@ -1,0 +1,83 @@
+#!/usr/bin/python3
+"""Groups of packages are installed, updated and removed."""
+import journey
+from journey import JourneyTest
+
+
+class GroupsTest(JourneyTest):
+
+    def check_view(self, window, view, name, listed):
+        """Whether a group is listed in a view of the filter row."""
+        window.choose(1, view)
+        window.set_filter('^' + name + '$')
+        window.wait_names([name] if listed else [])
+
+    def test_group_is_installed_and_removed_again(self):
+        members = ['hedgerow-4.0-1.noarch', 'orrery-3.7-1.x86_64', 'pebble-go-1.4-1.x86_64']
+        with self.opened('--groups') as window:
+            window.mark_listed('Games')
+            dialog = window.apply()
+            self.check_listing(dialog, [], [
+                'Install (group): hedgerow 4.0-1 (noarch) [sandbox-file]',
+                'Install (group): orrery 3.7-1 (x86_64) [sandbox-http]',
+                'Install (group): pebble-go 1.4-1 (x86_64) [sandbox-http]'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=members)
+            self.check_view(window, 'View Removable', 'Games', True)
+
+            window.mark_listed('Games')
+            window.wait_action('remove', 'Games')
+            dialog = window.apply()
+            self.check_listing(dialog, ['Remove: hedgerow 4.0-1 (noarch)', 'Remove: orrery 3.7-1 (x86_64)',
+                                        'Remove: pebble-go 1.4-1 (x86_64)'], sizes=False)
+            self.carry_out(window, dialog)
+            self.check_unchanged()
+            self.check_view(window, 'View Installable', 'Games', True)
+
+    def test_installed_group_is_removed(self):
+        with self.opened('--groups') as window:
+            window.mark_listed('Arts')
+            window.wait_action('remove', 'Arts')
+            dialog = window.apply()
+            self.check_listing(dialog, ['Remove: easel 1.1-1 (noarch)', 'Remove: palette-knife 1.0-1 (noarch)'],
+                               sizes=False)
+            self.carry_out(window, dialog)
+            self.check_changed(gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
+            self.check_view(window, 'View Removable', 'Arts', False)
+
+    def test_update_of_a_group_updates_its_installed_packages(self):
+        with self.opened('--groups') as window:
+            window.mark_listed('Weaving')
+            window.wait_action('update', 'Weaving')
+            dialog = window.apply()
+            self.check_listing(dialog, ['Upgrade: loomctl 1.1-1 (x86_64) [sandbox-updates]'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=['loomctl-1.1-1.x86_64'], gone=['loomctl-1.0-1.x86_64'])
+            self.check_view(window, 'View Updatable', 'Weaving', False)
+
+    def test_conditional_package_comes_where_its_condition_is_installed(self):
+        with self.opened('--groups') as window:
+            # The package manager drops a blank of the name.
+            window.set_filter('^Office &')
+            journey.wait_for(lambda: len(window.names()) == 1, 'the group alone')
+            name = window.names()[0]
+            # Names are texts, whatever they look like.
+            self.assertIn('<b>Productivity</b>', name)
+            window.mark(name)
+            self.carry_out(window)
+            self.check_changed(new=['scribe-writer-2.0-1.x86_64', 'ledger-calc-2.0-1.x86_64',
+                                    'scribe-lexicon-1.0-1.noarch'])
+
+    def test_group_with_a_package_that_does_not_exist(self):
+        with self.opened('--groups') as window:
+            window.mark_listed('Ghosts')
+            dialog = window.apply()
+            # The one package that exists is installed already.
+            self.check_listing(dialog, [], sizes=False)
+            self.carry_out(window, dialog)
+            self.check_unchanged()
+            self.check_view(window, 'View Removable', 'Ghosts', True)
+
+
+if __name__ == '__main__':
+    journey.main()

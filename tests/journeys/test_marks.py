@@ -1,0 +1,218 @@
+#!/usr/bin/python3
+"""Rows are found and marked, in every way there is."""
+import glob
+import os
+
+import journey
+from journey import JourneyTest, driver, wait_for
+
+
+def apply_enabled(window):
+    return driver.enabled(window.button('Apply Actions'))
+
+
+class MarksTest(JourneyTest):
+
+    def list_some(self, window, *names):
+        window.set_filter('^({}) '.format('|'.join(names)))
+        window.wait_names(names)
+
+    def check_actions(self, window, **actions):
+        for name, action in actions.items():
+            window.wait_action(action, name)
+
+    def test_clicks_go_through_what_the_state_allows(self):
+        with self.opened() as window:
+            # Available, updatable, and installed without an update.
+            for name, actions in (('pergola', ('install', 'none')), ('barometer', ('update', 'remove', 'none')),
+                                  ('almanac', ('remove', 'none'))):
+                self.list_some(window, name)
+                self.assertEqual(window.action(name), 'none')
+                self.assertFalse(apply_enabled(window))
+                for number, action in enumerate(actions):
+                    x, y = driver.place(window.visible_cell(name, driver.ACTION))
+                    # Two clicks at one place in quick succession are a double click.
+                    driver.click_at(x + (-8, 8)[number % 2], y)
+                    window.wait_action(action, name)
+                    wait_for(lambda wanted=action != 'none': apply_enabled(window) == wanted, 'the state of Apply')
+
+    def test_menu_offers_what_the_state_allows(self):
+        with self.opened() as window:
+            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            for name, chosen, action in (('pergola', 'i', 'install'), ('pergola', 'n', 'none'),
+                                         ('barometer', 'u', 'update'), ('barometer', 'r', 'remove'),
+                                         ('barometer', 'n', 'none'), ('almanac', 'r', 'remove'),
+                                         ('almanac', 'n', 'none')):
+                window.action_menu(name)
+                window.press_in_menu(chosen)
+                window.wait_action(action, name)
+            # What is not offered does not close the menu, and does nothing.
+            for name, refused in (('pergola', 'ur'), ('barometer', 'i'), ('almanac', 'iu')):
+                for letter in refused:
+                    window.action_menu(name)
+                    shown = window.program.popups()
+                    driver.key(letter)
+                    window.press_in_menu('Escape')
+                    self.assertEqual(len(shown - window.program.popups()), 1)
+                    window.wait_action('none', name)
+            self.assertFalse(apply_enabled(window))
+
+    def test_menu_marks_the_whole_selection(self):
+        with self.opened() as window:
+            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            window.select('pergola', 'barometer', 'almanac')
+            window.action_menu('pergola')
+            window.press_in_menu('r')
+            self.check_actions(window, barometer='remove', almanac='remove', pergola='none')
+            window.action_menu('pergola')
+            window.press_in_menu('i')
+            self.check_actions(window, barometer='remove', almanac='remove', pergola='install')
+            window.action_menu('pergola')
+            window.press_in_menu('n')
+            self.check_actions(window, barometer='none', almanac='none', pergola='none')
+
+    def test_marks_set_by_the_menu_are_applied(self):
+        with self.opened() as window:
+            self.list_some(window, 'pergola', 'barometer')
+            window.action_menu('pergola')
+            window.press_in_menu('i')
+            window.wait_action('install', 'pergola')
+            window.action_menu('barometer')
+            window.press_in_menu('u')
+            window.wait_action('update', 'barometer')
+            dialog = window.apply()
+            self.check_listing(dialog, ['Install: pergola 6.1-1 (x86_64) [sandbox-http]',
+                                        'Upgrade: barometer 1.1-2 (x86_64) [sandbox-updates]'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=['pergola-6.1-1.x86_64', 'barometer-1.1-2.x86_64'],
+                               gone=['barometer-1.0-1.x86_64'])
+
+    def test_button_marks_the_selection(self):
+        with self.opened() as window:
+            self.list_some(window, 'pergola', 'barometer', 'almanac', 'aquifer')
+            window.select('pergola', 'barometer', 'almanac')
+            window.click_button('Set Install/Update of Selected')
+            self.check_actions(window, pergola='install', barometer='update', almanac='none', aquifer='none')
+            self.carry_out(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64', 'barometer-1.1-2.x86_64'],
+                               gone=['barometer-1.0-1.x86_64'])
+
+    def test_button_marks_the_listed_updates(self):
+        with self.opened() as window:
+            self.list_some(window, 'pergola', 'barometer', 'almanac', 'anvil-make')
+            window.click_button('Set Update of Listed')
+            self.check_actions(window, pergola='none', barometer='update', almanac='none')
+            self.check_actions(window, **{'anvil-make': 'update'})
+            dialog = window.apply()
+            self.check_listing(dialog, ['Upgrade: anvil-make 4.2-2 (x86_64) [sandbox-updates]',
+                                        'Upgrade: barometer 1.1-2 (x86_64) [sandbox-updates]'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=['anvil-make-4.2-2.x86_64', 'barometer-1.1-2.x86_64'],
+                               gone=['anvil-make-4.1-1.x86_64', 'barometer-1.0-1.x86_64'])
+
+    def test_all_marks_are_cleared(self):
+        with self.opened() as window:
+            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            for name in ('pergola', 'barometer', 'almanac'):
+                window.mark(name)
+            # One of them while it is not listed.
+            self.list_some(window, 'pergola', 'barometer')
+            wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
+            window.click_button('Clear Actions')
+            self.check_actions(window, pergola='none', barometer='none')
+            wait_for(lambda: window.warning() == '', 'the end of the warning')
+            self.assertFalse(apply_enabled(window))
+            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            self.check_actions(window, pergola='none', barometer='none', almanac='none')
+
+    def test_marks_that_are_not_listed_are_warned_of_and_applied(self):
+        with self.opened() as window:
+            window.mark_listed('pergola')
+            self.assertEqual(window.warning(), '')
+            self.list_some(window, 'almanac')
+            wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
+            self.list_some(window, 'pergola', 'almanac')
+            wait_for(lambda: window.warning() == '', 'the end of the warning')
+            window.wait_action('install', 'pergola')
+            # The boxes of the filter row hide it as well.
+            window.choose(1, 'View Removable')
+            window.wait_names(['almanac'])
+            wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
+            dialog = window.apply()
+            self.check_listing(dialog, ['Install: pergola 6.1-1 (x86_64) [sandbox-http]'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+            self.assertEqual(window.warning(), '')
+            window.wait_names(['pergola', 'almanac'])
+
+
+class FilterRowTest(JourneyTest):
+
+    def test_views(self):
+        with self.program() as program:
+            window = program.ready()
+            window.set_filter('^(pergola|barometer|almanac) ')
+            window.wait_names(['barometer'])
+            window.choose(1, 'View Installable')
+            window.wait_names(['pergola'])
+            window.choose(1, 'View Removable')
+            window.wait_names(['barometer', 'almanac'])
+            window.choose(1, 'View All')
+            window.wait_names(['pergola', 'barometer', 'almanac'])
+            self.quit(window)
+
+    def test_expressions(self):
+        with self.opened() as window:
+            window.set_filter('^moonbridge 1.0-1 sandbox-http noarch ')
+            window.wait_names(['moonbridge'])
+            window.set_filter('.*amberfont-s.*')
+            window.wait_names(['amberfont-sans', 'amberfont-serif'])
+            # An expression that cannot be understood finds nothing.
+            window.set_filter('(')
+            window.wait_names([])
+            window.set_filter('')
+            wait_for(lambda: window.row_count() > 100, 'all packages')
+
+    def test_duplicates_and_groups(self):
+        with self.opened() as window:
+            window.set_filter('^(libmoss |Games$)')
+            window.wait_names(['libmoss', 'libmoss'])
+            window.set_checked('Include Duplicates', False)
+            window.wait_names(['libmoss'])
+            self.assertEqual([row[3] for row in window.rows()], ['x86_64'])
+            window.set_checked('Include Groups', True)
+            window.wait_names(['libmoss', 'Games'])
+
+    def test_search_finds_a_file_of_a_package_which_is_then_installed(self):
+        with self.opened() as window:
+            window.set_filter('/usr/bin/inkwell-modern')
+            window.wait_names([])
+            window.choose(0, 'Search')
+            window.wait_ready()
+            window.wait_names(['inkwell-modern'])
+            window.mark('inkwell-modern')
+            self.carry_out(window)
+            self.check_changed(new=['inkwell-modern-1.0-1.noarch'])
+            window.wait_names(['inkwell-modern'])
+            self.assertEqual([row[2] for row in window.rows()], ['@System'])
+
+    def test_refresh_shows_what_was_installed_meanwhile(self):
+        with self.opened() as window:
+            window.set_filter('^pergola ')
+            window.wait_names(['pergola'])
+            self.assertEqual([row[2] for row in window.rows()], ['sandbox-http'])
+            found = glob.glob(os.path.join(self.sandbox.repository('sandbox-http'), '**', 'pergola-*.rpm'),
+                              recursive=True)
+            self.sandbox.rpm('--install', '--nosignature', *found)
+            window.click_button('Refresh')
+            wait_for(lambda: [row[2] for row in window.rows()] == ['@System'], 'the installed package')
+            window.wait_ready()
+            # It can be removed now.
+            window.mark('pergola')
+            window.wait_action('remove', 'pergola')
+            self.carry_out(window)
+            self.check_unchanged()
+
+
+if __name__ == '__main__':
+    journey.main()

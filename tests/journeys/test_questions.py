@@ -1,0 +1,108 @@
+#!/usr/bin/python3
+"""The questions before a transaction: whether to go on at all, and what the answers do."""
+import journey
+from journey import JourneyTest, driver
+
+
+class ConfirmationTest(JourneyTest):
+
+    def check_canceled(self, cancel):
+        with self.opened() as window:
+            window.mark_listed('pergola')
+            cancel(window.apply())
+            window.program.no_window('Apply')
+            window.wait_ready()
+            self.check_unchanged()
+            self.assertEqual(window.program.titles(), [driver.main_title()])
+            window.wait_action('install', 'pergola')
+            log = self.read_log(window)
+            self.assertIn('Not Applying: Canceled', log)
+            self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
+            # It can be applied after all.
+            self.carry_out(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+
+    def test_canceling_changes_nothing_and_keeps_the_marks(self):
+        self.check_canceled(lambda dialog: dialog.click_button('Cancel'))
+
+    def test_escape_cancels(self):
+        self.check_canceled(lambda dialog: driver.key('Escape'))
+
+    def test_closing_the_question_cancels(self):
+        self.check_canceled(lambda dialog: driver.key('alt+F4'))
+
+
+class ConflictTest(JourneyTest):
+    """A group is marked for one thing, and a package of it for another."""
+
+    def ask(self, window, group, package, texts, clicks=1):
+        """Mark both and press Apply; return the question."""
+        window.mark_listed(package, clicks=clicks)
+        window.mark_listed(group)
+        window.set_filter('^({}|{})( |$)'.format(group, package))
+        window.wait_names([group, package])
+        window.click_button('Apply Actions')
+        question = window.program.window('Apply')
+        self.assertEqual(question.text(),
+                         'Package {} is included in group {} which was marked for {}, so the package would be '
+                         'marked for {}.\nBut the package also was marked individually for {}.\n'
+                         'Do you wish to proceed?'.format(package, group, *texts))
+        self.assertEqual(question.buttons(), ['Yes', 'No'])
+        return question
+
+    def check_declined(self, answer):
+        with self.opened('--groups') as window:
+            answer(self.ask(window, 'Network Tools', 'cormorant-fetch', ('Install', 'Remove', 'Remove')))
+            window.program.no_window('Apply')
+            window.wait_ready()
+            self.assertEqual(window.program.titles(), [driver.main_title()])
+            self.check_unchanged()
+            window.wait_action('install', 'Network Tools')
+            window.wait_action('remove', 'cormorant-fetch')
+
+    def test_no_changes_nothing_and_keeps_the_marks(self):
+        self.check_declined(lambda question: question.click_button('No'))
+
+    def test_escape_is_no(self):
+        self.check_declined(lambda question: driver.key('Escape'))
+
+    def test_enter_is_no(self):
+        self.check_declined(lambda question: driver.key('Return'))
+
+    def accept_conflict(self, window, question):
+        """Answer Yes; return the dialog with the listing, which has the same title."""
+        question.click_button('Yes')
+        return journey.wait_for(
+            lambda: next((dialog for dialog in window.program.windows()
+                          if dialog.title == 'Apply' and dialog.buttons() == ['OK', 'Cancel']), None), 'the listing')
+
+    def test_yes_to_the_removal_of_a_package_of_an_updated_group(self):
+        with self.opened('--groups') as window:
+            question = self.ask(window, 'Weaving', 'loomctl', ('Update', 'Update', 'Remove'), clicks=2)
+            dialog = self.accept_conflict(window, question)
+            self.check_listing(dialog, ['Remove: loomctl 1.0-1 (x86_64)'], sizes=False)
+            self.carry_out(window, dialog)
+            self.check_changed(gone=['loomctl-1.0-1.x86_64'])
+
+    def test_yes_to_the_installation_of_a_package_of_a_removed_group(self):
+        with self.opened('--groups') as window:
+            question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
+            dialog = self.accept_conflict(window, question)
+            self.check_listing(dialog, ['Install: varnish-coat 1.0-1 (noarch) [sandbox-http]',
+                                        'Remove: easel 1.1-1 (noarch)', 'Remove: palette-knife 1.0-1 (noarch)'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=['varnish-coat-1.0-1.noarch'],
+                               gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
+
+    def test_listing_can_be_canceled_after_a_yes(self):
+        with self.opened('--groups') as window:
+            question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
+            self.accept_conflict(window, question).click_button('Cancel')
+            window.program.no_window('Apply')
+            window.wait_ready()
+            self.check_unchanged()
+            window.wait_action('remove', 'Arts')
+
+
+if __name__ == '__main__':
+    journey.main()

@@ -1,0 +1,102 @@
+#!/usr/bin/python3
+"""Transactions that the package manager refuses, or that fail half-way."""
+import journey
+from journey import JourneyTest
+
+
+class RefusalTest(JourneyTest):
+
+    def check_unresolvable(self, names, action, *texts):
+        """The marks cannot be applied: one message tells why, nothing changes, and the marks stay."""
+        with self.opened() as window:
+            for name in names:
+                window.mark_listed(name)
+            window.click_button('Apply Actions')
+            self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', *texts)
+            window.wait_ready()
+            self.assertEqual(window.program.titles(), [journey.driver.main_title()])
+            self.check_unchanged()
+            window.wait_action(action, names[-1])
+            self.check_usable(window)
+            self.assertIn('Unable to apply changes', self.read_log(window))
+
+    def test_dependency_that_nothing_provides(self):
+        self.check_unresolvable(['moonbridge'], 'install', 'libtide.so.9')
+
+    def test_update_whose_dependency_nothing_provides(self):
+        self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
+
+    def test_packages_that_conflict_with_each_other(self):
+        self.check_unresolvable(['tern-mta', 'gull-mta'], 'install', 'conflicts with')
+
+    def test_package_that_conflicts_with_an_installed_one(self):
+        self.check_unresolvable(['sandstone'], 'install', 'conflicts with libgranite')
+
+    def test_another_transaction_after_a_refused_one(self):
+        with self.opened() as window:
+            window.mark_listed('moonbridge')
+            window.click_button('Apply Actions')
+            self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes')
+            window.wait_ready()
+            window.mark('moonbridge')
+            window.wait_action('none', 'moonbridge')
+            window.mark_listed('pergola')
+            self.carry_out(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+
+
+class FailureTest(JourneyTest):
+
+    def fail(self, window, names, *texts):
+        """Apply marks whose transaction fails after the confirmation; one message tells why."""
+        for name in names:
+            window.mark_listed(name)
+        window.accept(window.apply())
+        self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', *texts)
+        self.check_usable(window)
+        self.assertEqual(window.program.titles(), [journey.driver.main_title()])
+
+    def test_packages_with_the_same_file(self):
+        with self.opened() as window:
+            self.fail(window, ['inkwell-classic', 'inkwell-modern'], '/usr/share/inkwell/palette.conf',
+                      'inkwell-classic', 'inkwell-modern')
+            self.check_unchanged()
+
+    def test_package_with_a_file_of_an_installed_one(self):
+        with self.opened() as window:
+            self.fail(window, ['vanity-shell'], '/bin/sh', 'busybox')
+            self.check_unchanged()
+
+    def test_scriptlet_that_prevents_the_installation(self):
+        with self.opened() as window:
+            self.fail(window, ['brokenlatch'], 'Error in PREIN scriptlet in rpm package brokenlatch')
+            self.check_unchanged()
+            self.assertIn('brokenlatch: the latch is stuck', self.read_log(window))
+
+    def test_scriptlet_that_prevents_the_removal(self):
+        with self.opened() as window:
+            self.fail(window, ['stickyburr'], 'Error in PREUN scriptlet in rpm package stickyburr')
+            self.check_unchanged()
+
+    def test_rest_of_a_transaction_is_done_and_shown(self):
+        with self.opened() as window:
+            self.fail(window, ['stickyburr', 'pergola'], 'Error in PREUN scriptlet in rpm package stickyburr')
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+            # The table shows what was done.
+            window.set_filter('^pergola ')
+            window.wait_names(['pergola'])
+            self.assertEqual([row[2] for row in window.rows()], ['@System'])
+            self.assertEqual(window.action('pergola'), 'none')
+
+    def test_scriptlet_that_fails_too_late_to_prevent_anything(self):
+        with self.opened() as window:
+            window.mark_listed('limpgate')
+            self.carry_out(window)
+            self.check_changed(new=['limpgate-1.0-1.noarch'])
+            log = self.read_log(window)
+            self.assertIn('Error in POSTIN scriptlet in rpm package limpgate', log)
+            self.assertIn('limpgate: the hinge is gone', log)
+
+
+if __name__ == '__main__':
+    journey.main()

@@ -1,0 +1,97 @@
+#!/usr/bin/python3
+"""Packages of a repository that signs them."""
+import journey
+from journey import JourneyTest, driver
+
+
+class SignatureTest(JourneyTest):
+    """Packages of the signed repository."""
+
+    def keys(self):
+        return {name for name in self.sandbox.installed() if name.startswith('gpg-pubkey-')}
+
+    def ask(self, program):
+        window = program.ready()
+        window.show_all()
+        window.mark_listed('wax-tablet')
+        window.accept(window.apply())
+        query = self.read_dialog(program, 'Query', 'Import the signing key 0x', 'Larkspur Signing Key',
+                                 'RPM-GPG-KEY-larkspur')
+        self.assertEqual(query.buttons(), ['Yes', 'No'])
+        self.check_unchanged()
+        return window, query
+
+    def test_key_is_accepted(self):
+        with self.program() as program:
+            window, query = self.ask(program)
+            query.click_button('Yes')
+            program.no_window('Query')
+            window.wait_ready()
+            self.check_changed(new=['wax-tablet-1.0-1.noarch'])
+            self.assertEqual(len(self.keys()), 1)
+            self.assertEqual(program.titles(), [driver.main_title()])
+            self.assertIn('Confirmation: Yes', self.read_log(window))
+            # The key is known now.
+            window.mark_listed('wax-candle')
+            window.accept(window.apply())
+            window.wait_ready()
+            self.check_changed(new=['wax-tablet-1.0-1.noarch', 'wax-candle-1.0-1.noarch'])
+            self.quit(window)
+
+    def test_key_is_declined_and_accepted_the_next_time(self):
+        with self.program() as program:
+            window, query = self.ask(program)
+            query.click_button('No')
+            program.no_window('Query')
+            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes')
+            window.wait_ready()
+            self.check_unchanged()
+            self.assertIn('Confirmation: No', self.read_log(window))
+            window.wait_action('install', 'wax-tablet')
+            window.accept(window.apply())
+            query = self.read_dialog(program, 'Query', 'Import the signing key 0x')
+            query.click_button('Yes')
+            program.no_window('Query')
+            window.wait_ready()
+            self.check_changed(new=['wax-tablet-1.0-1.noarch'])
+            self.quit(window)
+
+    def test_escape_declines_the_key(self):
+        with self.program() as program:
+            window, _ = self.ask(program)
+            driver.key('Escape')
+            program.no_window('Query')
+            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes')
+            self.check_usable(window)
+            self.check_unchanged()
+            self.quit(window)
+
+    def test_unsigned_package_is_refused(self):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('wax-blank')
+            window.accept(window.apply())
+            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes', 'wax-blank', 'not signed')
+            self.check_usable(window)
+            self.check_unchanged()
+            self.quit(window)
+
+    def test_package_signed_with_another_key_is_refused(self):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('wax-forged')
+            window.accept(window.apply())
+            # The repository's key is offered, and does not help.
+            query = self.read_dialog(program, 'Query', 'Import the signing key 0x')
+            query.click_button('Yes')
+            program.no_window('Query')
+            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes', 'wax-forged')
+            self.check_usable(window)
+            self.assertEqual({name for name in self.sandbox.installed() if 'wax' in name}, set())
+            self.quit(window)
+
+
+if __name__ == '__main__':
+    journey.main()

@@ -1,0 +1,477 @@
+#!/usr/bin/python3
+"""The command line, the environment and the style that the program starts with."""
+import os
+import resource
+import shutil
+import signal
+import stat
+import subprocess
+import tempfile
+import unittest
+
+import journey
+from journey import JourneyTest, driver, wait_for
+
+USAGE = '''usage: {} [options...]
+
+VYRE, Vyrecraft, is a graphical user interface which allows a user
+to make modifications to the installed rpm packages on a system.
+
+options:
+
+   -h, -H, --help           display this help information
+   -m m,   --mode=m         start with the package table mode, m:
+                               filter, search
+   -e r,   --regexp=r       start with the package table regexp, r
+   -s s,   --state=s        start with the package table state, s:
+                               updatable, installable, removable, all
+   -d,     --duplicates     start with the package table omitting duplicates
+   -g,     --groups         start with the package table showing groups
+   -r,     --repo-editor    start by bringing up the repository configuration
+                            editor
+   -l,     --log            start with the log window displayed
+           --disablerepo=r  disable the specified repository, r
+           --enablerepo=r   enable the specified repository, r
+
+'''
+
+EDITOR_TITLE = 'VYRE Repository Configuration Editor'
+
+
+def no_core():
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+class RefusedTest(unittest.TestCase):
+    """Runs that end before a window is shown. The managed root is a directory that does not exist, and must not
+    exist afterwards."""
+
+    def setUp(self):
+        self.scratch = tempfile.mkdtemp(prefix='startup.')
+        self.addCleanup(shutil.rmtree, self.scratch)
+        self.root = os.path.join(self.scratch, 'root')
+
+    def run_program(self, *arguments, binary=None, executable=None, environment=None, unset=(), stdout=subprocess.PIPE):
+        variables = dict(os.environ, VYRESHARE=driver.SHARE, VYREROOT=self.root, HOME=self.scratch)
+        variables.update(environment or {})
+        for name in unset:
+            variables.pop(name, None)
+        done = subprocess.run([binary or os.environ['VYRE_BINARY']] + list(arguments), executable=executable,
+                              env=variables, stdin=subprocess.DEVNULL, stdout=stdout, stderr=subprocess.PIPE,
+                              timeout=60, preexec_fn=no_core)
+        self.assertFalse(os.path.exists(self.root))
+        return done
+
+    def check_usage(self, *arguments, error='', **options):
+        """The program prints this one line, if any, and the usage, and ends with status 1."""
+        with self.subTest(arguments=arguments):
+            done = self.run_program(*arguments, **options)
+            name = os.path.basename(options.get('binary') or os.environ['VYRE_BINARY'])
+            errors = os.fsdecode(done.stderr)
+            self.assertEqual(errors, '{}: {}\n'.format(name, error) if error else '')
+            self.assertEqual(done.stdout.decode(), USAGE.format(name))
+            self.assertEqual(done.returncode, 1)
+
+    def test_help(self):
+        for arguments in (['-h'], ['-H'], ['--help'], ['--hel'], ['-gh'], ['-g', '-H'],
+                          ['-s', 'all', '--help', 'left over']):
+            self.check_usage(*arguments)
+
+    def test_first_of_help_and_error_counts(self):
+        self.check_usage('-h', '-s', 'x')
+        self.check_usage('-s', 'x', '-h', error='unrecogized argument to -s/--state option: x')
+
+    def test_unknown_mode(self):
+        text = 'unrecogized argument to -m/--mode option: '
+        for argument in ('x', 'Filter', 'filters', 'searching', ' filter', 'fs'):
+            self.check_usage('-m', argument, error=text + argument)
+            self.check_usage('--mode=' + argument, error=text + argument)
+        self.check_usage('-mx', error=text + 'x')
+        self.check_usage('--mode', 'x', error=text + 'x')
+        self.check_usage('-m', '-g', error=text + '-g')
+
+    def test_unknown_state(self):
+        text = 'unrecogized argument to -s/--state option: '
+        for argument in ('x', 'ALL', 'alls', 'updatables', 'ua', '0'):
+            self.check_usage('-s', argument, error=text + argument)
+            self.check_usage('--state=' + argument, error=text + argument)
+        self.check_usage('-sx', error=text + 'x')
+        self.check_usage('--state', '--log', error=text + '--log')
+
+    def test_good_argument_does_not_make_up_for_a_bad_one(self):
+        self.check_usage('-s', 'x', '-s', 'all', error='unrecogized argument to -s/--state option: x')
+        self.check_usage('-s', 'all', '-s', 'x', error='unrecogized argument to -s/--state option: x')
+
+    def test_letter_d_is_documented_and_refused(self):
+        self.check_usage('-d', error='unrecognized option letter: d')
+        self.check_usage('-gd', error='unrecognized option letter: d')
+
+    def test_unknown_letter(self):
+        for letter in 'xdSM?:+W':
+            self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
+        self.check_usage('-glx', error='unrecognized option letter: x')
+
+    def test_letter_without_its_argument(self):
+        for letter, name in (('m', 'mode'), ('e', 'regexp'), ('s', 'state')):
+            self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
+            self.check_usage('-g', '-l' + letter, error='unrecognized option letter: ' + letter)
+            self.check_usage('--' + name, error='unrecognized option letter: ' + letter)
+
+    def test_long_option_without_its_argument_that_has_no_letter(self):
+        for option in ('--disablerepo', '--enablerepo'):
+            self.check_usage(option, error='unrecogized option: ' + option)
+
+    def test_argument_of_an_option_that_takes_none(self):
+        for letter, name in (('h', 'help'), ('g', 'groups'), ('r', 'repo-editor'), ('l', 'log')):
+            self.check_usage('--' + name + '=x', error='unrecognized option letter: ' + letter)
+        self.check_usage('--duplicates=x', error='unrecogized option: --duplicates=x')
+
+    def test_unknown_long_option(self):
+        for option in ('--unknown', '--unknown=x', '--Help', '--statex', '--d-', '--version'):
+            self.check_usage(option, error='unrecogized option: ' + option)
+        self.check_usage('-g', '--unknown', '-h', error='unrecogized option: --unknown')
+
+    def test_ambiguous_abbreviation(self):
+        for option in ('--re', '--d', '--re=x'):
+            self.check_usage(option, error='unrecogized option: ' + option)
+
+    def test_left_over_argument(self):
+        self.check_usage('foo', error='unrecognized argument: foo')
+        self.check_usage('foo', 'bar', error='unrecognized argument: foo')
+        self.check_usage('-g', 'foo', error='unrecognized argument: foo')
+        self.check_usage('-', error='unrecognized argument: -')
+        self.check_usage('', error='unrecognized argument: ')
+        self.check_usage('--', 'foo', error='unrecognized argument: foo')
+        self.check_usage('--', '-h', error='unrecognized argument: -h')
+
+    def test_options_after_a_left_over_argument_are_not_looked_at(self):
+        self.check_usage('foo', '-h', error='unrecognized argument: foo')
+        self.check_usage('foo', '-s', 'x', error='unrecognized argument: foo')
+
+    def test_arguments_are_printed_as_they_are(self):
+        self.check_usage(b'fo\xff\xc3\xa4o', error='unrecognized argument: ' + os.fsdecode(b'fo\xff\xc3\xa4o'))
+        self.check_usage('-s', '%s%n%d', error='unrecogized argument to -s/--state option: %s%n%d')
+        self.check_usage('x' * 5000, error='unrecognized argument: ' + 'x' * 5000)
+
+    def test_messages_begin_with_the_name_of_the_program(self):
+        link = os.path.join(self.scratch, 'another name')
+        os.symlink(os.environ['VYRE_BINARY'], link)
+        self.check_usage('--help', binary=link)
+        self.check_usage('foo', binary=link, error='unrecognized argument: foo')
+        # Without a directory, as a shell passes it.
+        self.check_usage('foo', binary='bare', executable=os.environ['VYRE_BINARY'],
+                         error='unrecognized argument: foo')
+
+    def test_options_of_the_toolkit_are_taken_out_first(self):
+        self.check_usage('-style', 'windows', 'foo', error='unrecognized argument: foo')
+        self.check_usage('-style=windows', '-s', 'x', error='unrecogized argument to -s/--state option: x')
+
+    def test_help_that_nobody_can_read(self):
+        with open('/dev/full', 'wb') as full:
+            done = self.run_program('--help', stdout=full)
+        self.assertEqual((done.returncode, done.stderr), (1, b''))
+
+    def test_no_display(self):
+        for environment in ({}, {'DISPLAY': ':54321'}):
+            with self.subTest(environment=environment):
+                done = self.run_program(unset=() if environment else ('DISPLAY', 'WAYLAND_DISPLAY'),
+                                        environment=environment)
+                # The toolkit has no other way than to abort.
+                self.assertEqual(done.returncode, -signal.SIGABRT)
+                lines = done.stderr.decode().splitlines()
+                self.assertEqual(lines[0].rstrip(),
+                                 'vyre: could not connect to display ' + environment.get('DISPLAY', '') if environment
+                                 else 'vyre: could not connect to display')
+                self.assertEqual(done.stdout, b'')
+
+    def test_runtime_directory_stays_after_the_usage(self):
+        self.check_usage('--help', unset=['XDG_RUNTIME_DIR'], environment={'TMPDIR': self.scratch})
+        self.assertTrue(os.path.isdir(os.path.join(self.scratch, 'xdg_runtime.{}'.format(os.geteuid()))))
+
+
+class OptionsTest(JourneyTest):
+    """What the options do to the window."""
+
+    DEFAULTS = {'mode': 'Filter', 'expression': '.*', 'state': 'View Updatable', 'duplicates': True, 'groups': False}
+
+    def settings(self, window):
+        return {'mode': window.combo(0).name, 'expression': driver.text_of(window.edit()),
+                'state': window.combo(1).name, 'duplicates': driver.checked(window.check_box('Include Duplicates')),
+                'groups': driver.checked(window.check_box('Include Groups'))}
+
+    def check_settings(self, *arguments, names=None, count=None, **changed):
+        """The settings are the usual ones except for these; so are the rows that are listed."""
+        with self.subTest(arguments=arguments), self.program(*arguments) as program:
+            window = program.ready()
+            self.assertEqual(self.settings(window), dict(self.DEFAULTS, **changed))
+            self.assertEqual(window.button('Search' if changed.get('mode') == 'Search' else 'Filter').name.strip('&'),
+                             changed.get('mode', 'Filter'))
+            if names is not None:
+                window.wait_names(names)
+            self.assertEqual(program.titles(), [driver.main_title()])
+            self.quit(window)
+
+    def test_no_options(self):
+        self.check_settings()
+
+    def test_state(self):
+        for argument, state in (('updatable', 'View Updatable'), ('installable', 'View Installable'),
+                                ('removable', 'View Removable'), ('all', 'View All'),
+                                ('u', 'View Updatable'), ('i', 'View Installable'), ('r', 'View Removable'),
+                                ('a', 'View All'), ('insta', 'View Installable'), ('', 'View Updatable')):
+            self.check_settings('-s', argument, state=state)
+
+    def test_forms_of_an_option(self):
+        for arguments in (['-sr'], ['--state=removable'], ['--state', 'rem'], ['--sta=rem'], ['-gs', 'r'],
+                          ['--state=r', '--']):
+            groups = arguments[0] == '-gs'
+            self.check_settings(*arguments, state='View Removable', groups=groups)
+
+    def test_state_is_what_is_listed(self):
+        expression = '^abacus-cli |^pergola |^cinder-backup '
+        self.check_settings('-e', expression, expression=expression, names=['abacus-cli'])
+        self.check_settings('-si', '-e', expression, expression=expression, state='View Installable',
+                            names=['pergola'])
+        self.check_settings('-sr', '-e', expression, expression=expression, state='View Removable',
+                            names=['abacus-cli', 'cinder-backup'])
+        self.check_settings('-sa', '-e', expression, expression=expression, state='View All',
+                            names=['abacus-cli', 'cinder-backup', 'pergola'])
+
+    def test_mode(self):
+        for arguments, mode in ((['-m', 'filter'], 'Filter'), (['-m', 'search'], 'Search'), (['-m', 'f'], 'Filter'),
+                                (['-ms'], 'Search'), (['--mode='], 'Filter'), (['-m', ''], 'Filter'),
+                                (['--mode=sea'], 'Search'), (['--mode', 'search'], 'Search')):
+            self.check_settings(*arguments, mode=mode)
+
+    def test_regexp(self):
+        self.check_settings('--regexp=^pergola ', '--state=all', expression='^pergola ', state='View All',
+                            names=['pergola'])
+        self.check_settings('-e', '', '-sa', expression='', state='View All')
+        self.check_settings('-e-x', expression='-x', names=[])
+        self.check_settings('--regexp', '-sall', expression='-sall', names=[])
+        self.check_settings('-e', 'häßlich %s', expression='häßlich %s', names=[])
+
+    def test_regexp_is_searched_for_from_the_start(self):
+        # A file of one package, which no column of the table shows.
+        expression = '^/usr/bin/pergola$'
+        for arguments in (['-m', 'search', '-e', expression], ['-e', expression, '-m', 'search']):
+            self.check_settings(*arguments, '-s', 'all', mode='Search', expression=expression, state='View All',
+                                names=['pergola'])
+        self.check_settings('-e', expression, '-s', 'all', expression=expression, state='View All', names=[])
+
+    def test_duplicates(self):
+        expression = '^libmoss '
+        self.check_settings('-sa', '-e', expression, state='View All', expression=expression,
+                            names=['libmoss', 'libmoss'])
+        for option in ('--duplicates', '--dup'):
+            self.check_settings(option, '-sa', '-e', expression, state='View All', expression=expression,
+                                duplicates=False, names=['libmoss'])
+
+    def test_groups(self):
+        expression = '^Games( |$)'
+        self.check_settings('-si', '-e', expression, state='View Installable', expression=expression, names=[])
+        for option in ('-g', '--groups', '--gr'):
+            self.check_settings(option, '-si', '-e', expression, state='View Installable', expression=expression,
+                                groups=True, names=['Games'])
+
+    def test_last_of_an_option_given_twice_wins(self):
+        self.check_settings('-sa', '-mf', '-e', 'x', '--state=u', '--mode=s', '--regexp=^abacus', '-s', 'r',
+                            state='View Removable', mode='Search', expression='^abacus')
+        self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)
+
+    def test_all_options_that_the_filter_row_shows(self):
+        expression = '^(libmoss|Games)( |$)'
+        for arguments in (['-m', 'f', '-e', expression, '-s', 'a', '--duplicates', '-g'],
+                          ['-gsall', '--duplicates', '-mfilter', '-e' + expression],
+                          ['--groups', '--duplicates', '--state=all', '--regexp=' + expression, '--mode=filter']):
+            self.check_settings(*arguments, expression=expression, state='View All', duplicates=False, groups=True,
+                                names=['libmoss', 'Games'])
+
+    def test_log_window_is_shown_from_the_start(self):
+        for option in ('-l', '--log', '--lo'):
+            with self.subTest(option=option), self.program(option) as program:
+                window = program.main()
+                log = program.window('VYRE Log')
+                window.wait_ready()
+                texts = log.find_all(driver.pyatspi.ROLE_TEXT)
+                wait_for(lambda: any('Initialization' in driver.text_of(text) for text in texts), 'the log')
+                log.click_button('Close')
+                program.no_window('VYRE Log')
+                self.quit(window)
+
+    def test_log_window_is_there_while_packages_are_collected(self):
+        gate = journey.Gate()
+        self.sandbox.server.faults['/sandbox-http/repodata/repomd.xml'] = gate
+        with self.program('-l') as program:
+            window = program.main()
+            program.window('VYRE Log')
+            gate.wait_reached()
+            gate.open()
+            window.wait_ready()
+            log = program.window('VYRE Log')
+            log.click_button('Close')
+            program.no_window('VYRE Log')
+            self.quit(window)
+
+    def test_quitting_takes_the_log_window_along(self):
+        with self.program('-l') as program:
+            window = program.ready()
+            program.window('VYRE Log')
+            number = driver.xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name',
+                                    '^' + driver.main_title() + '$').split()[0]
+            driver.xdotool('windowfocus', '--sync', number)
+            self.assertEqual(len(program.titles()), 2)
+            driver.key('ctrl+q')
+            self.check_ended(program)
+
+
+class EnvironmentTest(JourneyTest):
+
+    def check_starts(self, environment=None, unset=()):
+        with self.program(environment=environment, unset=unset) as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.quit(window)
+
+    def check_no_script(self, environment=None, unset=()):
+        """The share directory is not there: the program says so and ends."""
+        with self.program(environment=environment, unset=unset) as program:
+            dialog = self.read_dialog(program, 'VYRE Yum Error', 'Internal error: unable to open YumIO.py')
+            dialog.click_button('OK')
+            self.check_ended(program)
+
+    def test_share_directory(self):
+        copy = os.path.join(self.scratch, 'share of another name')
+        shutil.copytree(driver.SHARE, copy)
+        self.check_starts({'VYRESHARE': copy})
+        self.check_starts({'VYRESHARE': copy + '/'})
+
+    def test_share_directory_is_the_usual_one_when_none_is_given(self):
+        self.assertFalse(os.path.exists('/usr/share/vyre'))
+        self.check_no_script(unset=['VYRESHARE'])
+
+    def test_share_directory_of_no_name_is_not_the_usual_one(self):
+        self.check_no_script({'VYRESHARE': ''})
+
+    def test_managed_root_in_other_words(self):
+        self.check_starts({'VYREROOT': self.sandbox.root + '/'})
+        self.check_starts({'VYREROOT': os.path.relpath(self.sandbox.root)})
+        link = os.path.join(self.scratch, 'link')
+        os.symlink(self.sandbox.root, link)
+        self.check_starts({'VYREROOT': link})
+
+    def test_environment_of_another_interpreter_is_of_no_account(self):
+        self.check_starts({'PYTHONHOME': '/nonexistent', 'PYTHONPATH': self.scratch, 'PYTHONSTARTUP': '/nonexistent'})
+
+    def test_other_locales(self):
+        for locale in ('C', 'POSIX', 'xx_XX.nonsense'):
+            with self.subTest(locale=locale), self.program(environment={'LC_ALL': locale}) as program:
+                window = program.ready()
+                self.check_usable(window)
+                driver.key('ctrl+q')
+                # The toolkit may remark on the locale.
+                self.assertEqual(program.wait(), 0)
+                self.assertEqual(self.locks(), [])
+
+    # The runtime directory
+
+    def name(self):
+        return 'xdg_runtime.{}'.format(os.geteuid())
+
+    def check_runtime_directory(self, path, environment=None, unset=()):
+        """The directory is there during the run, and gone after it with all that was in it."""
+        with self.program(environment=environment, unset=unset) as program:
+            window = program.ready()
+            self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o700)
+            outside = os.path.join(self.scratch, 'outside')
+            os.makedirs(outside, exist_ok=True)
+            os.makedirs(os.path.join(path, 'deep', 'deeper'))
+            for place in (os.path.join(path, 'deep', 'deeper', 'file'), os.path.join(outside, 'file')):
+                with open(place, 'w'):
+                    pass
+            os.symlink(outside, os.path.join(path, 'deep', 'link'))
+            self.quit(window)
+            self.assertFalse(os.path.lexists(path))
+            self.assertEqual(os.listdir(outside), ['file'])
+
+    def test_runtime_directory_in_the_temporary_directory(self):
+        temporary = os.path.join(self.scratch, 'temporary')
+        os.mkdir(temporary)
+        path = os.path.join(temporary, self.name())
+        self.check_runtime_directory(path, {'TMPDIR': temporary}, ['XDG_RUNTIME_DIR'])
+        self.check_runtime_directory(path, {'TMPDIR': temporary, 'XDG_RUNTIME_DIR': ''})
+        self.assertEqual(os.listdir(temporary), [])
+
+    def test_runtime_directory_without_a_temporary_directory(self):
+        path = os.path.join('/tmp', self.name())
+        self.check_runtime_directory(path, unset=['XDG_RUNTIME_DIR', 'TMPDIR'])
+        self.check_runtime_directory(path, {'TMPDIR': ''}, ['XDG_RUNTIME_DIR'])
+
+    def test_runtime_directory_that_is_there_is_used_and_removed(self):
+        temporary = os.path.join(self.scratch, 'temporary')
+        path = os.path.join(temporary, self.name())
+        os.makedirs(os.path.join(path, 'from before'))
+        os.chmod(path, 0o700)
+        self.check_runtime_directory(path, {'TMPDIR': temporary}, ['XDG_RUNTIME_DIR'])
+
+    def test_runtime_directory_of_a_session_is_left_alone(self):
+        temporary = os.path.join(self.scratch, 'temporary')
+        session = os.path.join(self.scratch, 'session')
+        for directory in (temporary, session):
+            os.mkdir(directory, 0o700)
+        with open(os.path.join(session, 'file'), 'w'):
+            pass
+        with self.program(environment={'TMPDIR': temporary, 'XDG_RUNTIME_DIR': session}) as program:
+            self.quit(program.ready())
+        self.assertIn('file', os.listdir(session))
+        self.assertNotIn(self.name(), os.listdir(temporary))
+
+    def test_runtime_directory_that_cannot_be_made(self):
+        # The toolkit remarks on it, and does without.
+        with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
+                          unset=['XDG_RUNTIME_DIR']) as program:
+            program.ready()
+            driver.key('ctrl+q')
+            self.assertEqual(program.wait(), 0)
+        self.assertFalse(os.path.exists(os.path.join(self.scratch, 'nothing')))
+
+
+class StyleTest(JourneyTest):
+
+    def look(self, *arguments, environment=None):
+        """The picture of a check box, which each style draws in its own way."""
+        with self.program(*arguments, environment=environment, unset=['XDG_CONFIG_HOME']) as program:
+            window = program.ready()
+            driver.xdotool('mousemove', 0, 0)
+            box = driver.rectangle(window.check_box('Include Duplicates'))
+            # All of it is drawn once two pictures in a row are the same.
+            pictures = [driver.pixels(*box)]
+
+            def settled():
+                pictures.append(driver.pixels(*box))
+                return pictures[-1] == pictures[-2]
+            wait_for(settled, 'a picture that stays')
+            self.quit(window)
+            return pictures[-1]
+
+    def test_style(self):
+        override = {'QT_STYLE_OVERRIDE': 'windows'}
+        fusion = self.look('-style=fusion')
+        windows = self.look('-style=windows')
+        self.assertNotEqual(fusion, windows)
+        self.assertEqual(self.look(), fusion)
+        self.assertEqual(self.look('-style', 'windows'), windows)
+        # The default goes before what the session asks for, as long as the user has not chosen a style.
+        self.assertEqual(self.look(environment=override), fusion)
+        settings = os.path.join(self.sandbox.environment()['HOME'], '.config', 'Trolltech.conf')
+        os.makedirs(os.path.dirname(settings))
+        with open(settings, 'w') as stream:
+            stream.write('[Qt]\nfont=sans\n')
+        self.assertEqual(self.look(environment=override), fusion)
+        with open(settings, 'w') as stream:
+            stream.write('[Qt]\nstyle=windows\n')
+        self.assertEqual(self.look(environment=override), windows)
+
+
+if __name__ == '__main__':
+    journey.main()

@@ -1,0 +1,259 @@
+#include "packagetable/ActionContextMenu.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "app/base/Share.h"
+#include "tests/packagetable/ShownTable.h"
+
+using namespace PackageTable;
+
+class ActionContextMenuTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+    void itListsTheActionsWithTheirIcons();
+    void withoutSelectionTheClickedRowDecides_data();
+    void withoutSelectionTheClickedRowDecides();
+    void withoutSelectionTheClickedRowIsSet_data();
+    void withoutSelectionTheClickedRowIsSet();
+    void aSelectionOffersWhatAnyOfItsRowsPermits_data();
+    void aSelectionOffersWhatAnyOfItsRowsPermits();
+    void onlyRowsThatPermitTheActionAreSet_data();
+    void onlyRowsThatPermitTheActionAreSet();
+    void theSelectionCountsNotTheClickedRow();
+    void theRightButtonSelectsAnUnselectedRow();
+    void anActionIsChosenWithTheMouse();
+    void escapeChangesNothing();
+    void aRowThatIsGoneIsNotSet();
+    void manyRowsAreSetWhileSortedByAction();
+
+private:
+    // Opens the menu on a row with the control key held, which leaves the selection alone, and chooses.
+    QStringList choose(const QString& name, Qt::Key key)
+    {
+        QStringList offered;
+        withMenu([this, name] { shown->click(name, ActionColumn, Qt::RightButton, Qt::ControlModifier); },
+                 [&offered, key](QMenu& menu) {
+                     offered = offeredIn(menu);
+                     QTest::keyClick(&menu, key);
+                 });
+        return offered;
+    }
+    QMap<QString, int> actions() const
+    {
+        QMap<QString, int> found;
+        for (int row = 0; row < table->yumIO.count(); ++row) {
+            if (table->yumIO[row]->action != Package::None) {
+                found.insert(table->yumIO[row]->name, table->yumIO[row]->action);
+            }
+        }
+        return found;
+    }
+
+    std::unique_ptr<Table> table;
+    std::unique_ptr<ShownTable> shown;
+};
+
+using Actions = QMap<QString, int>;
+Q_DECLARE_METATYPE(Actions)
+
+void ActionContextMenuTest::initTestCase()
+{
+    table = std::make_unique<Table>();
+}
+
+void ActionContextMenuTest::init()
+{
+    table->collectUsual();
+    shown = std::make_unique<ShownTable>(*table);
+}
+
+void ActionContextMenuTest::cleanup()
+{
+    shown.reset();
+}
+
+void ActionContextMenuTest::cleanupTestCase()
+{
+    table.reset();
+}
+
+void ActionContextMenuTest::itListsTheActionsWithTheirIcons()
+{
+    const ActionContextMenu menu(&shown->model, shown->view);
+    QCOMPARE(shownIn(menu), (QStringList{"&Update", "&Install", "&Remove", "&No Action"}));
+    const char* const icons[] = {"icons/update.png", "icons/install.png", "icons/remove.png"};
+    for (int i = 0; i < 3; ++i) {
+        const QImage expected = QIcon(Share::absolute(QLatin1String(icons[i]))).pixmap(16).toImage();
+        QVERIFY(!expected.isNull());
+        QCOMPARE(menu.actions().at(i)->icon().pixmap(16).toImage(), expected);
+    }
+    QVERIFY(menu.actions().at(3)->icon().isNull());
+}
+
+void ActionContextMenuTest::withoutSelectionTheClickedRowDecides_data()
+{
+    QTest::addColumn<QStringList>("offered");
+    QTest::newRow("tool") << QStringList{"&Update", "&Remove", "&No Action"};
+    QTest::newRow("editor") << QStringList{"&Install", "&No Action"};
+    QTest::newRow("shell") << QStringList{"&Remove", "&No Action"};
+    QTest::newRow("Games") << QStringList{"&Install", "&No Action"};
+}
+
+void ActionContextMenuTest::withoutSelectionTheClickedRowDecides()
+{
+    QFETCH(QStringList, offered);
+    QCOMPARE(choose(QTest::currentDataTag(), Qt::Key_Escape), offered);
+    QVERIFY(shown->view->selectedRows().isEmpty());
+}
+
+void ActionContextMenuTest::withoutSelectionTheClickedRowIsSet_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("action");
+    QTest::newRow("update") << "tool" << int(Qt::Key_U) << int(Package::Update);
+    QTest::newRow("install") << "editor" << int(Qt::Key_I) << int(Package::Install);
+    QTest::newRow("remove") << "tool" << int(Qt::Key_R) << int(Package::Remove);
+}
+
+void ActionContextMenuTest::withoutSelectionTheClickedRowIsSet()
+{
+    QFETCH(QString, name);
+    QFETCH(int, key);
+    QFETCH(int, action);
+    choose(name, static_cast<Qt::Key>(key));
+    QCOMPARE(actions(), (Actions{{name, action}}));
+    choose(name, Qt::Key_N);
+    QCOMPARE(actions(), Actions());
+}
+
+void ActionContextMenuTest::aSelectionOffersWhatAnyOfItsRowsPermits_data()
+{
+    QTest::addColumn<QStringList>("selected");
+    QTest::addColumn<QStringList>("offered");
+    QTest::newRow("available and installed")
+        << QStringList{"editor", "shell"} << QStringList{"&Install", "&Remove", "&No Action"};
+    QTest::newRow("out of date and installed")
+        << QStringList{"tool", "shell"} << QStringList{"&Update", "&Remove", "&No Action"};
+    QTest::newRow("two available") << QStringList{"editor", "office"}
+                                   << QStringList{"&Install", "&No Action"};
+    QTest::newRow("all three") << QStringList{"tool", "editor", "shell"}
+                               << QStringList{"&Update", "&Install", "&Remove", "&No Action"};
+}
+
+void ActionContextMenuTest::aSelectionOffersWhatAnyOfItsRowsPermits()
+{
+    QFETCH(QStringList, selected);
+    QFETCH(QStringList, offered);
+    shown->select(selected);
+    QCOMPARE(shown->view->selectedRows().count(), selected.count());
+    QCOMPARE(choose(selected.first(), Qt::Key_Escape), offered);
+}
+
+void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<Actions>("expected");
+    const int u = Package::Update;
+    const int i = Package::Install;
+    const int r = Package::Remove;
+    // All begin with the action that a click would have set.
+    QTest::newRow("update") << int(Qt::Key_U) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
+    QTest::newRow("install") << int(Qt::Key_I) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
+    QTest::newRow("remove") << int(Qt::Key_R) << Actions{{"tool", r}, {"editor", i}, {"shell", r}};
+    QTest::newRow("none") << int(Qt::Key_N) << Actions();
+}
+
+void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet()
+{
+    QFETCH(int, key);
+    QFETCH(Actions, expected);
+    for (const char* name : {"tool", "editor", "shell"}) {
+        shown->click(QLatin1String(name), ActionColumn);
+    }
+    shown->select({"tool", "editor", "shell"});
+    choose("editor", static_cast<Qt::Key>(key));
+    QCOMPARE(actions(), expected);
+
+    // And none of them at first.
+    shown->model.clearActions();
+    choose("editor", static_cast<Qt::Key>(key));
+    const Actions set = actions();
+    const QStringList changedRows = key == Qt::Key_U   ? QStringList{"tool"}
+                                    : key == Qt::Key_I ? QStringList{"editor"}
+                                    : key == Qt::Key_R ? QStringList{"shell", "tool"}
+                                                       : QStringList();
+    QCOMPARE(set.keys(), changedRows);
+}
+
+void ActionContextMenuTest::theSelectionCountsNotTheClickedRow()
+{
+    shown->select({"editor", "office"});
+    QCOMPARE(choose("shell", Qt::Key_I), (QStringList{"&Install", "&No Action"}));
+    QCOMPARE(actions(), (Actions{{"editor", Package::Install}, {"office", Package::Install}}));
+}
+
+void ActionContextMenuTest::theRightButtonSelectsAnUnselectedRow()
+{
+    shown->select({"editor", "office"});
+    QStringList offered;
+    QVERIFY(withMenu([this] { shown->click("shell", ActionColumn, Qt::RightButton); },
+                     [&offered](QMenu& menu) {
+                         offered = offeredIn(menu);
+                         QTest::keyClick(&menu, Qt::Key_R);
+                     }));
+    QCOMPARE(offered, (QStringList{"&Remove", "&No Action"}));
+    QCOMPARE(actions(), (Actions{{"shell", Package::Remove}}));
+}
+
+void ActionContextMenuTest::anActionIsChosenWithTheMouse()
+{
+    QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton); },
+                     [](QMenu& menu) {
+                         const QRect place = menu.actionGeometry(actionOf(menu, "&Remove"));
+                         QTest::mouseMove(&menu, place.center());
+                         QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier, place.center());
+                     }));
+    QCOMPARE(actions(), (Actions{{"tool", Package::Remove}}));
+}
+
+void ActionContextMenuTest::escapeChangesNothing()
+{
+    shown->click("tool", ActionColumn);
+    choose("tool", Qt::Key_Escape);
+    QCOMPARE(actions(), (Actions{{"tool", Package::Update}}));
+}
+
+void ActionContextMenuTest::aRowThatIsGoneIsNotSet()
+{
+    QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
+                     [this](QMenu& menu) {
+                         shown->model.reset();
+                         QTest::keyClick(&menu, Qt::Key_U);
+                     }));
+    QCOMPARE(actions(), Actions());
+}
+
+void ActionContextMenuTest::manyRowsAreSetWhileSortedByAction()
+{
+    shown->view->HTableView::sortByColumn(ActionColumn, Qt::AscendingOrder);
+    QSignalSpy layout(&shown->proxy, SIGNAL(layoutChanged()));
+    shown->select({"tool", "shell", "kernel", "many"});
+    choose("kernel", Qt::Key_R);
+    QCOMPARE(actions().keys(), (QStringList{"kernel", "many", "shell", "tool"}));
+    QCOMPARE(names(shown->proxy).mid(0, 4), (QStringList{"kernel", "many", "shell", "tool"}));
+    QCOMPARE(layout.count(), 1);
+    QCOMPARE(shown->view->selectedRows().count(), 4);
+}
+
+QTEST_MAIN(ActionContextMenuTest)
+#include "ActionContextMenuTest.moc"

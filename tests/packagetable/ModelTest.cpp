@@ -1,0 +1,482 @@
+#include "packagetable/Model.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "app/base/Share.h"
+#include "tests/packagetable/Table.h"
+#include "widgets/Colors.h"
+
+using namespace PackageTable;
+
+namespace {
+
+QImage picture(const QIcon& icon)
+{
+    return icon.pixmap(16, 16).toImage();
+}
+
+QImage picture(const char* name)
+{
+    return picture(QIcon(Share::absolute(QStringLiteral("icons/") + QLatin1String(name))));
+}
+
+} // namespace
+
+class ModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanupTestCase();
+    void everyRecordIsARowOfNineColumns();
+    void theHeaderNamesAndExplainsTheColumns_data();
+    void theHeaderNamesAndExplainsTheColumns();
+    void otherHeaderRequestsYieldNothing();
+    void cellsShowTheTextsOfTheRecord();
+    void iconColumnsShowNoText();
+    void furtherInstalledVersionsMarkTheVersion_data();
+    void furtherInstalledVersionsMarkTheVersion();
+    void theActionIsAnIcon_data();
+    void theActionIsAnIcon();
+    void theStateIsAnIcon();
+    void theKindIsAnIcon();
+    void textColumnsHaveNoIcon();
+    void theToolTipTellsTheAction();
+    void theToolTipTellsTheState();
+    void theToolTipTellsTheKind();
+    void theToolTipOfTheVersionListsAllVersions();
+    void otherColumnsHaveNoToolTip();
+    void textsHaveTheColourOfTheState_data();
+    void textsHaveTheColourOfTheState();
+    void actionAndStateHaveNoColour();
+    void theUserRoleGivesNumbersAndTheRecord();
+    void otherRolesYieldNothing();
+    void requestsOutsideTheTableYieldNothing();
+    void aRowTellsItsState();
+    void anActionIsStoredUnchecked();
+    void anActionOutsideTheTableIsNotStored();
+    void togglingGoesThroughThePermittedActions_data();
+    void togglingGoesThroughThePermittedActions();
+    void selectedRowsAreInstalledOrUpdated();
+    void selectedInstalledRowsStayAsTheyAre();
+    void clearingTakesAllActionsAway();
+    void resetTellsTheViews();
+    void withoutBackEndTheTableIsEmpty();
+
+private:
+    QModelIndex cell(const char* name, int column) const
+    {
+        return model->index(table->row(QLatin1String(name)), column);
+    }
+    QVariant data(const char* name, int column, int role = Qt::DisplayRole) const
+    {
+        return model->data(cell(name, column), role);
+    }
+
+    std::unique_ptr<Table> table;
+    std::unique_ptr<Model> model;
+};
+
+void ModelTest::initTestCase()
+{
+    table = std::make_unique<Table>();
+}
+
+void ModelTest::init()
+{
+    table->collectUsual();
+    model = std::make_unique<Model>(&table->yumIO);
+}
+
+void ModelTest::cleanupTestCase()
+{
+    model.reset();
+    table.reset();
+}
+
+void ModelTest::everyRecordIsARowOfNineColumns()
+{
+    QCOMPARE(model->rowCount(), 11);
+    QCOMPARE(model->columnCount(), 9);
+    QCOMPARE(model->columnCount(model->index(0, 0)), 9);
+    QCOMPARE(sortedNames(*model), (QStringList{"Editors", "Games", "Tools", "editor", "kernel", "lib", "lib",
+                                               "many", "office", "shell", "tool"}));
+}
+
+void ModelTest::theHeaderNamesAndExplainsTheColumns_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QString>("toolTip");
+    QTest::newRow("Action") << 0 << "Action to be performed on the package, if any: Update, Install, Remove";
+    QTest::newRow("State") << 1
+                           << "Indicates whether the package is Installed or not and, if installed, whether "
+                              "it is Up-to-date or not";
+    QTest::newRow("Kind")
+        << 2 << "Whether the package is an ordinary package, a suite of packages, or a group of packages";
+    QTest::newRow("Name") << 3 << "Name of the package";
+    QTest::newRow("Version") << 4
+                             << "Version and release of the package as version-release;\n"
+                                "If the Epoch is non-zero, includes it as epoch:version-release";
+    QTest::newRow("Repository")
+        << 5 << "Repository from which the most recent version of the package is available";
+    QTest::newRow("Architecture")
+        << 6
+        << "Architecture for which the package is applicable, or \"noarch\" for general-purpose packages";
+    QTest::newRow("Size") << 7 << "Size of the package";
+    QTest::newRow("Build Time") << 8 << "Date and time at which the package was created";
+}
+
+void ModelTest::theHeaderNamesAndExplainsTheColumns()
+{
+    QFETCH(int, column);
+    QFETCH(QString, toolTip);
+    QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::DisplayRole),
+             QVariant(QString::fromLatin1(QTest::currentDataTag())));
+    QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::ToolTipRole), QVariant(toolTip));
+}
+
+void ModelTest::otherHeaderRequestsYieldNothing()
+{
+    for (const int column : {-1, 9}) {
+        QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::DisplayRole), QVariant());
+        QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::ToolTipRole), QVariant());
+    }
+    QCOMPARE(model->headerData(3, Qt::Vertical, Qt::DisplayRole), QVariant());
+    QCOMPARE(model->headerData(3, Qt::Vertical, Qt::ToolTipRole), QVariant());
+    QCOMPARE(model->headerData(3, Qt::Horizontal, Qt::DecorationRole), QVariant());
+    QCOMPARE(model->headerData(3, Qt::Horizontal, Qt::UserRole), QVariant());
+}
+
+void ModelTest::cellsShowTheTextsOfTheRecord()
+{
+    QCOMPARE(data("editor", 3), QVariant(QStringLiteral("editor")));
+    QCOMPARE(data("editor", 4), QVariant(QStringLiteral("3:9-4")));
+    QCOMPARE(data("editor", 5), QVariant(QStringLiteral("base")));
+    QCOMPARE(data("editor", 6), QVariant(QStringLiteral("noarch")));
+    QCOMPARE(data("editor", 7), QVariant(QStringLiteral("4.9Kb")));
+    QCOMPARE(data("editor", 8), QVariant(QStringLiteral("Fri Jan  2 00:00:00 1970")));
+    QCOMPARE(data("tool", 5), QVariant(QStringLiteral("updates")));
+    for (int column = 4; column < 9; ++column) {
+        QCOMPARE(data("Games", column).toString(), QString());
+    }
+}
+
+void ModelTest::iconColumnsShowNoText()
+{
+    for (int column = 0; column < 3; ++column) {
+        QCOMPARE(data("tool", column), QVariant());
+    }
+}
+
+void ModelTest::furtherInstalledVersionsMarkTheVersion_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("tool") << "2-1";       // out of date, one installed version
+    QTest::newRow("many") << "2-1 *";     // out of date, two installed versions
+    QTest::newRow("shell") << "1-1";      // installed once
+    QTest::newRow("kernel") << "0.5-1 *"; // installed twice
+    QTest::newRow("editor") << "3:9-4";   // not installed
+}
+
+void ModelTest::furtherInstalledVersionsMarkTheVersion()
+{
+    QFETCH(QString, text);
+    QCOMPARE(data(QTest::currentDataTag(), 4), QVariant(text));
+    QCOMPARE(Model::text(table->entry(QLatin1String(QTest::currentDataTag())), VersionColumn), text);
+}
+
+void ModelTest::theActionIsAnIcon_data()
+{
+    QTest::addColumn<int>("action");
+    QTest::newRow("updateBox.png") << int(Package::Update);
+    QTest::newRow("installBox.png") << int(Package::Install);
+    QTest::newRow("removeBox.png") << int(Package::Remove);
+    QTest::newRow("noneBox.png") << int(Package::None);
+}
+
+void ModelTest::theActionIsAnIcon()
+{
+    QFETCH(int, action);
+    table->entry("tool").action = static_cast<Package::Action>(action);
+    const QImage shown = picture(data("tool", 0, Qt::DecorationRole).value<QIcon>());
+    QVERIFY(!shown.isNull());
+    for (const char* name : {"updateBox.png", "installBox.png", "removeBox.png", "noneBox.png"}) {
+        QCOMPARE(shown == picture(name), qstrcmp(name, QTest::currentDataTag()) == 0);
+    }
+}
+
+void ModelTest::theStateIsAnIcon()
+{
+    const QImage outOfDate = picture(data("tool", 1, Qt::DecorationRole).value<QIcon>());
+    const QImage upToDate = picture(data("shell", 1, Qt::DecorationRole).value<QIcon>());
+    QVERIFY(!outOfDate.isNull());
+    QVERIFY(outOfDate != upToDate);
+    QCOMPARE(outOfDate, picture("out-of-date.png"));
+    QCOMPARE(upToDate, picture("up-to-date.png"));
+    QVERIFY(data("editor", 1, Qt::DecorationRole).value<QIcon>().isNull());
+}
+
+void ModelTest::theKindIsAnIcon()
+{
+    const QImage ordinary = picture(data("tool", 2, Qt::DecorationRole).value<QIcon>());
+    const QImage group = picture(data("Games", 2, Qt::DecorationRole).value<QIcon>());
+    const QImage suite = picture(data("office", 2, Qt::DecorationRole).value<QIcon>());
+    QVERIFY(!ordinary.isNull());
+    QVERIFY(ordinary != group && group != suite && suite != ordinary);
+    QCOMPARE(ordinary, picture("package.png"));
+    QCOMPARE(group, picture("group.png"));
+    QCOMPARE(suite, picture("suite.png"));
+}
+
+void ModelTest::textColumnsHaveNoIcon()
+{
+    for (int column = 3; column < 9; ++column) {
+        QCOMPARE(data("tool", column, Qt::DecorationRole), QVariant());
+    }
+}
+
+void ModelTest::theToolTipTellsTheAction()
+{
+    Package::Entry& entry = table->entry("tool");
+    QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant());
+    entry.action = Package::Update;
+    QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant(QStringLiteral("Update package")));
+    entry.action = Package::Install;
+    QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant(QStringLiteral("Install package")));
+    entry.action = Package::Remove;
+    QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant(QStringLiteral("Remove package")));
+}
+
+void ModelTest::theToolTipTellsTheState()
+{
+    QCOMPARE(data("editor", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Package is available for installation")));
+    QCOMPARE(data("shell", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Package is installed and up-to-date")));
+    QCOMPARE(data("tool", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Package is available to update an out-of-date version")));
+}
+
+void ModelTest::theToolTipTellsTheKind()
+{
+    QCOMPARE(data("Games", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Group of packages")));
+    QCOMPARE(data("tool", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Ordinary package")));
+    QCOMPARE(data("office", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Suite of packages")));
+}
+
+void ModelTest::theToolTipOfTheVersionListsAllVersions()
+{
+    QCOMPARE(data("editor", 4, Qt::ToolTipRole), QVariant(QStringLiteral("Available: 3:9-4")));
+    QCOMPARE(data("shell", 4, Qt::ToolTipRole), QVariant(QStringLiteral("Installed: 1-1")));
+    QCOMPARE(data("kernel", 4, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Installed: 0.5-1\nInstalled: 1-1")));
+    QCOMPARE(data("tool", 4, Qt::ToolTipRole), QVariant(QStringLiteral("Available: 2-1\nInstalled: 1-1")));
+    QCOMPARE(data("many", 4, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Available: 2-1\nInstalled: 0.5-1\nInstalled: 1-1")));
+}
+
+void ModelTest::otherColumnsHaveNoToolTip()
+{
+    for (const int column : {3, 5, 6, 7, 8}) {
+        QCOMPARE(data("tool", column, Qt::ToolTipRole), QVariant());
+    }
+}
+
+void ModelTest::textsHaveTheColourOfTheState_data()
+{
+    QTest::addColumn<QString>("normal");
+    QTest::addColumn<QString>("disabled");
+    QTest::newRow("tool") << Colors::error() << Colors::errorDisabled();
+    QTest::newRow("editor") << Colors::minor() << Colors::minorDisabled();
+}
+
+void ModelTest::textsHaveTheColourOfTheState()
+{
+    QFETCH(QString, normal);
+    QFETCH(QString, disabled);
+    for (int column = 2; column < 9; ++column) {
+        model->setEnabled(true);
+        QCOMPARE(data(QTest::currentDataTag(), column, Qt::ForegroundRole).value<QColor>(), QColor(normal));
+        QCOMPARE(data("shell", column, Qt::ForegroundRole), QVariant());
+        model->setEnabled(false);
+        QCOMPARE(data(QTest::currentDataTag(), column, Qt::ForegroundRole).value<QColor>(), QColor(disabled));
+        QCOMPARE(data("shell", column, Qt::ForegroundRole), QVariant());
+    }
+}
+
+void ModelTest::actionAndStateHaveNoColour()
+{
+    for (const char* name : {"tool", "editor", "shell"}) {
+        QCOMPARE(data(name, 0, Qt::ForegroundRole), QVariant());
+        QCOMPARE(data(name, 1, Qt::ForegroundRole), QVariant());
+    }
+}
+
+void ModelTest::theUserRoleGivesNumbersAndTheRecord()
+{
+    table->entry("editor").action = Package::Install;
+    QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
+    QCOMPARE(data("tool", 0, Qt::UserRole), QVariant(3));
+    QCOMPARE(data("tool", 1, Qt::UserRole), QVariant(0));
+    QCOMPARE(data("editor", 1, Qt::UserRole), QVariant(1));
+    QCOMPARE(data("shell", 1, Qt::UserRole), QVariant(2));
+    QCOMPARE(data("office", 2, Qt::UserRole), QVariant(0));
+    QCOMPARE(data("Games", 2, Qt::UserRole), QVariant(1));
+    QCOMPARE(data("tool", 2, Qt::UserRole), QVariant(2));
+    QCOMPARE(data("editor", 7, Qt::UserRole), QVariant(qlonglong(5000)));
+    QCOMPARE(data("editor", 8, Qt::UserRole), QVariant(qulonglong(86400)));
+    for (int column = 3; column < 7; ++column) {
+        QCOMPARE(data("editor", column, Qt::UserRole).value<Package::Entry*>(), &table->entry("editor"));
+    }
+}
+
+void ModelTest::otherRolesYieldNothing()
+{
+    for (int column = 0; column < 9; ++column) {
+        for (const int role : {int(Qt::EditRole), int(Qt::FontRole), int(Qt::BackgroundRole),
+                               int(Qt::CheckStateRole), int(Qt::SizeHintRole), int(Qt::UserRole) + 1}) {
+            QCOMPARE(data("tool", column, role), QVariant());
+        }
+    }
+}
+
+void ModelTest::requestsOutsideTheTableYieldNothing()
+{
+    for (const int role : {int(Qt::DisplayRole), int(Qt::UserRole), int(Qt::ToolTipRole)}) {
+        QCOMPARE(model->data(QModelIndex(), role), QVariant());
+        QCOMPARE(model->data(model->index(model->rowCount(), 3), role), QVariant());
+        QCOMPARE(model->data(model->index(0, 9), role), QVariant());
+    }
+    // An index that was valid once, of a row that is gone.
+    const QModelIndex last = model->index(model->rowCount() - 1, 3);
+    table->collect({}, {}, {StandIn::package("alone")});
+    QVERIFY(last.isValid());
+    QCOMPARE(model->data(last), QVariant());
+}
+
+void ModelTest::aRowTellsItsState()
+{
+    QCOMPARE(model->getState(table->row("tool")), Package::Updatable);
+    QCOMPARE(model->getState(table->row("editor")), Package::Available);
+    QCOMPARE(model->getState(table->row("shell")), Package::Installed);
+}
+
+void ModelTest::anActionIsStoredUnchecked()
+{
+    QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    model->setAction(cell("shell", 5), Package::Install);
+    QCOMPARE(table->entry("shell").action, Package::Install);
+    QCOMPARE(changed(spy), QStringList{"shell"});
+}
+
+void ModelTest::anActionOutsideTheTableIsNotStored()
+{
+    const QModelIndex last = model->index(model->rowCount() - 1, 0);
+    table->collect({}, {}, {StandIn::package("alone")});
+    QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    model->setAction(QModelIndex(), Package::Install);
+    model->setAction(last, Package::Install);
+    model->toggleAction(QModelIndex());
+    model->toggleAction(last);
+    model->setSelected({QModelIndex(), last});
+    QCOMPARE(table->entry("alone").action, Package::None);
+    QCOMPARE(changed(spy), QStringList());
+}
+
+void ModelTest::togglingGoesThroughThePermittedActions_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("before");
+    QTest::addColumn<int>("after");
+    const struct
+    {
+        const char* name;
+        Package::Action after[4]; // after None, Update, Install, Remove
+    } cycles[] = {
+        {"tool", {Package::Update, Package::Remove, Package::None, Package::None}},
+        {"editor", {Package::Install, Package::None, Package::None, Package::None}},
+        {"shell", {Package::Remove, Package::None, Package::None, Package::None}},
+    };
+    const Package::Action before[4] = {Package::None, Package::Update, Package::Install, Package::Remove};
+    for (const auto& cycle : cycles) {
+        for (int i = 0; i < 4; ++i) {
+            QTest::addRow("%s from %d", cycle.name, int(before[i]))
+                << cycle.name << int(before[i]) << int(cycle.after[i]);
+        }
+    }
+}
+
+void ModelTest::togglingGoesThroughThePermittedActions()
+{
+    QFETCH(QString, name);
+    QFETCH(int, before);
+    QFETCH(int, after);
+    table->entry(name).action = static_cast<Package::Action>(before);
+    QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    model->toggleAction(model->index(table->row(name), 0));
+    QCOMPARE(int(table->entry(name).action), after);
+    QCOMPARE(changed(spy), QStringList{name});
+}
+
+void ModelTest::selectedRowsAreInstalledOrUpdated()
+{
+    table->entry("tool").action = Package::Remove;
+    QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    model->setSelected({cell("editor", 0), cell("shell", 0), cell("tool", 4), cell("Games", 0)});
+    QCOMPARE(table->entry("editor").action, Package::Install);
+    QCOMPARE(table->entry("tool").action, Package::Update);
+    QCOMPARE(table->entry("Games").action, Package::Install);
+    QCOMPARE(table->entry("many").action, Package::None);
+    QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
+}
+
+void ModelTest::selectedInstalledRowsStayAsTheyAre()
+{
+    table->entry("shell").action = Package::Remove;
+    QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    model->setSelected({cell("shell", 0), cell("kernel", 0)});
+    QCOMPARE(table->entry("shell").action, Package::Remove);
+    QCOMPARE(table->entry("kernel").action, Package::None);
+    QCOMPARE(spy.count(), 0);
+}
+
+void ModelTest::clearingTakesAllActionsAway()
+{
+    QStringList marked;
+    for (int row = 0; row < table->yumIO.count(); row += 3) {
+        table->yumIO[row]->action = row % 2 == 0 ? Package::Remove : Package::Install;
+        marked << table->yumIO[row]->name;
+    }
+    QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    model->clearActions();
+    QCOMPARE(changed(spy), marked);
+    for (int row = 0; row < table->yumIO.count(); ++row) {
+        QCOMPARE(table->yumIO[row]->action, Package::None);
+    }
+    model->clearActions();
+    QCOMPARE(spy.count(), 0);
+}
+
+void ModelTest::resetTellsTheViews()
+{
+    QSignalSpy before(model.get(), SIGNAL(modelAboutToBeReset()));
+    QSignalSpy after(model.get(), SIGNAL(modelReset()));
+    model->reset();
+    QCOMPARE(before.count(), 1);
+    QCOMPARE(after.count(), 1);
+}
+
+void ModelTest::withoutBackEndTheTableIsEmpty()
+{
+    const Model orphan(nullptr);
+    QCOMPARE(orphan.rowCount(), 0);
+    QCOMPARE(orphan.columnCount(), 9);
+}
+
+QTEST_MAIN(ModelTest)
+#include "ModelTest.moc"

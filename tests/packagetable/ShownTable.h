@@ -1,0 +1,127 @@
+// A package table in a window of its own, and the user's hands.
+
+#ifndef TESTS_PACKAGETABLE_SHOWNTABLE_H
+#define TESTS_PACKAGETABLE_SHOWNTABLE_H
+
+#include <QApplication>
+#include <QMenu>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWindow>
+#include <QtTest>
+
+#include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/View.h"
+#include "tests/packagetable/Table.h"
+
+class ShownTable
+{
+public:
+    explicit ShownTable(Table& shown)
+        : table(shown), model(&shown.yumIO), proxy(PackageTable::ViewAll, true, true, &shown.yumIO)
+    {
+        proxy.setSourceModel(&model);
+        view = new PackageTable::View(&model, &proxy);
+        auto* layout = new QVBoxLayout(&window);
+        layout->addWidget(view);
+        window.resize(900, 500);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        if (!QTest::qWaitForWindowActive(&window)) {
+            qFatal("the window does not show");
+        }
+        view->HTableView::sortByColumn(PackageTable::NameColumn, Qt::AscendingOrder);
+        view->setFocus();
+        // A view that gets the focus makes its first row the current one.
+        view->setCurrentIndex(QModelIndex());
+    }
+
+    int listedRow(const QString& name) const { return names(proxy).indexOf(name); }
+
+    // In the coordinates of the view's contents.
+    QPoint place(const QString& name, int column) const
+    {
+        return view->visualRect(proxy.index(listedRow(name), column)).center();
+    }
+
+    // A click of the mouse, as the window system reports it.
+    void click(QWidget* widget, const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
+               Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::mouseClick(window.windowHandle(), button, modifiers, widget->mapTo(&window, place));
+    }
+    void click(const QString& name, int column, Qt::MouseButton button = Qt::LeftButton,
+               Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        click(view->viewport(), place(name, column), button, modifiers);
+    }
+
+    void select(const QStringList& chosen)
+    {
+        view->clearSelection();
+        for (const QString& name : chosen) {
+            click(name, PackageTable::NameColumn, Qt::LeftButton, Qt::ControlModifier);
+        }
+    }
+
+    Table& table;
+    PackageTable::Model model;
+    PackageTable::SortFilterProxyModel proxy;
+    QWidget window;
+    PackageTable::View* view;
+};
+
+// Opens a menu and uses it; a menu that is still open then is closed. Returns whether one opened at all.
+template <typename Open, typename Use> bool withMenu(Open open, Use use)
+{
+    bool opened = false;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&timer, &opened, &use] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (menu != nullptr) {
+            timer.stop();
+            opened = true;
+            use(*menu);
+            menu->close();
+        }
+    });
+    timer.start(10);
+    open(); // returns when the menu has been closed
+    QTest::qWait(50);
+    return opened;
+}
+
+inline QAction* actionOf(const QMenu& menu, const QString& text)
+{
+    for (QAction* action : menu.actions()) {
+        if (action->text() == text) {
+            return action;
+        }
+    }
+    return nullptr;
+}
+
+// The texts of the actions that a menu shows, or of those only that can be chosen.
+inline QStringList shownIn(const QMenu& menu)
+{
+    QStringList texts;
+    for (const QAction* action : menu.actions()) {
+        if (action->isVisible()) {
+            texts << action->text();
+        }
+    }
+    return texts;
+}
+
+inline QStringList offeredIn(const QMenu& menu)
+{
+    QStringList texts;
+    for (const QAction* action : menu.actions()) {
+        if (action->isVisible() && action->isEnabled()) {
+            texts << action->text();
+        }
+    }
+    return texts;
+}
+
+#endif

@@ -1,0 +1,695 @@
+#include "packagetable/SortFilterProxyModel.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "tests/packagetable/Table.h"
+
+using namespace PackageTable;
+
+namespace {
+
+class Proxy : public SortFilterProxyModel
+{
+public:
+    using SortFilterProxyModel::filterAcceptsRow;
+    using SortFilterProxyModel::lessThan;
+    using SortFilterProxyModel::SortFilterProxyModel;
+};
+
+} // namespace
+
+class SortFilterProxyModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanupTestCase();
+    void theStateFilterListsTheStates_data();
+    void theStateFilterListsTheStates();
+    void duplicatesCanBeLeftOut();
+    void groupsCanBeLeftOutWhateverTheExpression();
+    void theFiltersOfTheConstructorApply();
+    void anyOfTheseExpressionsListsEverything_data();
+    void anyOfTheseExpressionsListsEverything();
+    void surroundingWildcardsAreTakenOff_data();
+    void surroundingWildcardsAreTakenOff();
+    void expressionsAreExtendedAndCaseSensitive();
+    void anExpressionThatDoesNotCompileListsNothing_data();
+    void anExpressionThatDoesNotCompileListsNothing();
+    void aDotMatchesAnyLetter();
+    void anExpressionMatchesAcrossColumns();
+    void emptyColumnsAddNoBlanks();
+    void theMarkOfTheVersionIsMatchedToo();
+    void theSearchMatchesEachField_data();
+    void theSearchMatchesEachField();
+    void theSearchMatchesEachListOfAGroup_data();
+    void theSearchMatchesEachListOfAGroup();
+    void theSearchDoesNotMatchAcrossFields();
+    void theFilterModeMatchesOnlyWhatIsVisible();
+    void otherFiltersGoBeforeTheExpression();
+    void theSearchStopsAtTheFirstMatch();
+    void eachRecordIsSearchedOnceForOneSetting();
+    void aResetForgetsTheVerdicts();
+    void theResetOfAFormerSourceForgetsNothing();
+    void clearingTheCacheForgetsTheVerdicts();
+    void everySettingForgetsTheVerdicts();
+    void withoutFilteringEveryRowIsListed();
+    void settingWhatIsSetChangesNothing();
+    void rowsAreSortedByColumn_data();
+    void rowsAreSortedByColumn();
+    void sizesAreComparedAsIntegers();
+    void buildTimesAreComparedAsIntegers();
+    void equalRowsAreSortedByName_data();
+    void equalRowsAreSortedByName();
+    void theOrderIsThatOfTheUserRole_data();
+    void theOrderIsThatOfTheUserRole();
+    void indexesWithoutModelAreEqual();
+    void listedUpdatesAreMarked();
+    void unlistedUpdatesAreNotMarked();
+    void aPauseSortsOnceAtItsEnd();
+    void aPauseLeavesOtherOrdersAlone();
+
+private:
+    QStringList listed(const QString& expression)
+    {
+        proxy->setFilterRegExp(expression);
+        return sortedNames(*proxy);
+    }
+    // The names in the order of a column.
+    QStringList inOrder(int column, Qt::SortOrder order = Qt::AscendingOrder)
+    {
+        proxy->sort(column, order);
+        return names(*proxy);
+    }
+
+    std::unique_ptr<Table> table;
+    std::unique_ptr<Model> model;
+    std::unique_ptr<Proxy> proxy;
+};
+
+void SortFilterProxyModelTest::initTestCase()
+{
+    table = std::make_unique<Table>();
+}
+
+void SortFilterProxyModelTest::init()
+{
+    proxy.reset();
+    table->collectUsual();
+    model = std::make_unique<Model>(&table->yumIO);
+    proxy = std::make_unique<Proxy>(ViewAll, true, true, &table->yumIO);
+    proxy->setSourceModel(model.get());
+}
+
+void SortFilterProxyModelTest::cleanupTestCase()
+{
+    proxy.reset();
+    model.reset();
+    table.reset();
+}
+
+void SortFilterProxyModelTest::theStateFilterListsTheStates_data()
+{
+    QTest::addColumn<int>("filter");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("updatable") << 0 << QStringList{"Tools", "many", "tool"};
+    QTest::newRow("installable") << 1 << QStringList{"Games", "editor", "lib", "lib", "office"};
+    QTest::newRow("removable") << 2 << QStringList{"Editors", "Tools", "kernel", "many", "shell", "tool"};
+    QTest::newRow("all") << 3 << QStringList{"Editors", "Games", "Tools",  "editor", "kernel", "lib",
+                                             "lib",     "many",  "office", "shell",  "tool"};
+}
+
+void SortFilterProxyModelTest::theStateFilterListsTheStates()
+{
+    QFETCH(int, filter);
+    QFETCH(QStringList, expected);
+    QCOMPARE(proxy->rowCount(), 11);
+    proxy->setStateFilter(static_cast<StateFilter>(filter));
+    QCOMPARE(sortedNames(*proxy), expected);
+}
+
+void SortFilterProxyModelTest::duplicatesCanBeLeftOut()
+{
+    const auto architectures = [this] {
+        QStringList found;
+        for (int row = 0; row < proxy->rowCount(); ++row) {
+            found << proxy->index(row, ArchitectureColumn).data().toString();
+        }
+        found.sort();
+        return found;
+    };
+    QCOMPARE(listed("lib"), (QStringList{"lib", "lib"}));
+    proxy->setDupsFilter(false);
+    QCOMPARE(architectures(), QStringList{"x86_64"});
+    QCOMPARE(listed(""), (QStringList{"Editors", "Games", "Tools", "editor", "kernel", "lib", "many",
+                                      "office", "shell", "tool"}));
+    proxy->setDupsFilter(true);
+    QCOMPARE(listed("lib"), (QStringList{"lib", "lib"}));
+    QCOMPARE(architectures(), (QStringList{"i686", "x86_64"}));
+}
+
+void SortFilterProxyModelTest::groupsCanBeLeftOutWhateverTheExpression()
+{
+    QCOMPARE(listed("Games|shell"), (QStringList{"Games", "shell"}));
+    proxy->setGroupsFilter(false);
+    QCOMPARE(sortedNames(*proxy), QStringList{"shell"});
+    QCOMPARE(listed("Games"), QStringList());
+    QCOMPARE(listed(""), (QStringList{"editor", "kernel", "lib", "lib", "many", "office", "shell", "tool"}));
+    proxy->setGroupsFilter(true);
+    QCOMPARE(listed("Games"), QStringList{"Games"});
+}
+
+void SortFilterProxyModelTest::theFiltersOfTheConstructorApply()
+{
+    SortFilterProxyModel strict(ViewInstallable, false, false, &table->yumIO);
+    strict.setSourceModel(model.get());
+    QCOMPARE(sortedNames(strict), (QStringList{"editor", "lib", "office"}));
+    QVERIFY(strict.getFilter());
+}
+
+void SortFilterProxyModelTest::anyOfTheseExpressionsListsEverything_data()
+{
+    QTest::addColumn<QString>("expression");
+    QTest::newRow("empty") << "";
+    QTest::newRow("anything") << ".*";
+    QTest::newRow("anything twice") << ".*.*";
+}
+
+void SortFilterProxyModelTest::anyOfTheseExpressionsListsEverything()
+{
+    QFETCH(QString, expression);
+    for (const Mode mode : {Filter, Search}) {
+        proxy->setMode(mode);
+        QCOMPARE(listed("shell"), QStringList{"shell"});
+        QCOMPARE(listed(expression).count(), 11);
+    }
+}
+
+void SortFilterProxyModelTest::surroundingWildcardsAreTakenOff_data()
+{
+    QTest::addColumn<QString>("expression");
+    QTest::addColumn<QString>("taken");
+    QTest::newRow("bare") << "shell"
+                          << "shell";
+    QTest::newRow("before") << ".*shell"
+                            << "shell";
+    QTest::newRow("after") << "shell.*"
+                           << "shell";
+    QTest::newRow("both") << ".*shell.*"
+                          << "shell";
+    QTest::newRow("several") << ".*.*shell.*.*.*"
+                             << "shell";
+    QTest::newRow("inside") << ".*sh.*ll"
+                            << "sh.*ll";
+}
+
+void SortFilterProxyModelTest::surroundingWildcardsAreTakenOff()
+{
+    QFETCH(QString, expression);
+    QFETCH(QString, taken);
+    QCOMPARE(listed(expression), QStringList{"shell"});
+    QCOMPARE(proxy->filterRegExp(), QRegExp(taken, Qt::CaseSensitive, QRegExp::RegExp));
+}
+
+void SortFilterProxyModelTest::expressionsAreExtendedAndCaseSensitive()
+{
+    QCOMPARE(listed("^(tool|lib{1}) "), (QStringList{"lib", "lib", "tool"}));
+    QCOMPARE(listed("^[Tt]ools?"), (QStringList{"Tools", "tool"}));
+    QCOMPARE(listed("Tool"), QStringList{"Tools"});
+    QCOMPARE(listed("SHELL"), QStringList());
+}
+
+void SortFilterProxyModelTest::anExpressionThatDoesNotCompileListsNothing_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::newRow("filter") << int(Filter);
+    QTest::newRow("search") << int(Search);
+}
+
+void SortFilterProxyModelTest::anExpressionThatDoesNotCompileListsNothing()
+{
+    QFETCH(int, mode);
+    proxy->setMode(static_cast<Mode>(mode));
+    for (const char* expression : {"(", "[a", "x{", "\\"}) {
+        QCOMPARE(listed(expression), QStringList());
+        QCOMPARE(listed("shell"), QStringList{"shell"});
+    }
+}
+
+void SortFilterProxyModelTest::aDotMatchesAnyLetter()
+{
+    table->collect({}, {}, {StandIn::package(QString::fromUtf8("Gr\u00f6\u00dfe")), StandIn::package("Gre")});
+    model->reset();
+    QCOMPARE(listed("^Gr..e "), QStringList{QString::fromUtf8("Gr\u00f6\u00dfe")});
+    QCOMPARE(listed(QString::fromUtf8("\u00f6")), QStringList{QString::fromUtf8("Gr\u00f6\u00dfe")});
+}
+
+void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
+{
+    // A package of 5000 bytes has the size 4.9Kb, one of 1000 bytes 1.0Kb.
+    QCOMPARE(listed("noarch 4"), QStringList{"editor"});
+    QCOMPARE(listed("noarch 1"), QStringList());
+    QCOMPARE(listed("i686 1"), QStringList{"lib"});
+    QCOMPARE(listed("^editor 3:9-4 base noarch 4\\.9Kb Fri Jan  2 00:00:00 1970$"), QStringList{"editor"});
+}
+
+void SortFilterProxyModelTest::emptyColumnsAddNoBlanks()
+{
+    // A group has nothing but its name.
+    QCOMPARE(listed("^Games$"), QStringList{"Games"});
+    QCOMPARE(listed("^Games "), QStringList());
+}
+
+void SortFilterProxyModelTest::theMarkOfTheVersionIsMatchedToo()
+{
+    QCOMPARE(listed("1 \\* "), (QStringList{"kernel", "many"}));
+}
+
+void SortFilterProxyModelTest::theSearchMatchesEachField_data()
+{
+    QTest::addColumn<QJsonObject>("attributes");
+    QTest::addColumn<QString>("expression");
+    const auto text = [](const char* attribute) {
+        QTest::newRow(attribute) << QJsonObject{{attribute, "a needle in hay"}} << "needle";
+    };
+    const auto list = [](const char* attribute) {
+        QTest::newRow(attribute) << QJsonObject{{attribute, QJsonArray{"hay", "a needle", "straw"}}}
+                                 << "needle";
+    };
+    QTest::newRow("name") << QJsonObject{{"name", "needle"}} << "needle";
+    QTest::newRow("version-release") << QJsonObject{{"version", "12"}, {"release", "34"}} << "12-34";
+    text("repoid");
+    text("arch");
+    QTest::newRow("size") << QJsonObject{{"size", 77000000}} << "^73Mb$";
+    for (const char* attribute : {"summary", "description", "group", "vendor"}) {
+        text(attribute);
+    }
+    QTest::newRow("buildtime") << QJsonObject{{"buildtime", 1234567890}} << "Feb 13 23:31:30 2009";
+    text("buildhost");
+    QTest::newRow("installtime") << QJsonObject{{"installtime", 1234567890}} << "Feb 13 23:31:30 2009";
+    for (const char* attribute : {"relativepath", "sourcerpm", "license", "packager", "url"}) {
+        text(attribute);
+    }
+    list("prefixes");
+    for (const char* attribute : {"provides", "requires_pre", "requires", "conflicts", "obsoletes",
+                                  "recommends", "suggests", "supplements", "enhances", "files"}) {
+        list(attribute);
+    }
+    const QJsonArray log{QJsonArray{"author", "first"}, QJsonArray{"author", "needle"}};
+    QTest::newRow("changelogs") << QJsonObject{{"changelogs", log}} << "needle";
+}
+
+void SortFilterProxyModelTest::theSearchMatchesEachField()
+{
+    QFETCH(QJsonObject, attributes);
+    QFETCH(QString, expression);
+    const QString name = attributes.value("name").toString("found");
+    table->collect({}, {}, {StandIn::package(name, attributes), StandIn::package("other")},
+                   {StandIn::group("group")});
+    model->reset();
+    proxy->setMode(Search);
+    QCOMPARE(listed(expression), QStringList{name});
+    QCOMPARE(listed(expression + "s"), QStringList());
+}
+
+void SortFilterProxyModelTest::theSearchMatchesEachListOfAGroup_data()
+{
+    QTest::addColumn<QJsonObject>("attributes");
+    QTest::newRow("name") << QJsonObject{{"name", "needle"}};
+    for (const char* list :
+         {"mandatory_packages", "default_packages", "optional_packages", "conditional_packages"}) {
+        QTest::newRow(list) << QJsonObject{{list, QJsonArray{"hay", "a needle", "straw"}}};
+    }
+}
+
+void SortFilterProxyModelTest::theSearchMatchesEachListOfAGroup()
+{
+    QFETCH(QJsonObject, attributes);
+    const QString name = attributes.value("name").toString("found");
+    table->collect({}, {}, {StandIn::package("other")},
+                   {StandIn::group(name, attributes), StandIn::group("empty")});
+    model->reset();
+    QCOMPARE(listed("needle").count(), attributes.contains("name") ? 1 : 0);
+    proxy->setMode(Search);
+    QCOMPARE(listed("needle"), QStringList{name});
+    QCOMPARE(listed("needles"), QStringList());
+}
+
+void SortFilterProxyModelTest::theSearchDoesNotMatchAcrossFields()
+{
+    QCOMPARE(listed("noarch 4"), QStringList{"editor"});
+    proxy->setMode(Search);
+    QCOMPARE(sortedNames(*proxy), QStringList());
+    QCOMPARE(listed("^noarch$"), QStringList{"editor"});
+}
+
+void SortFilterProxyModelTest::theFilterModeMatchesOnlyWhatIsVisible()
+{
+    table->collect({}, {}, {StandIn::package("found", {{"summary", "needle"}})});
+    model->reset();
+    proxy->setMode(Search);
+    QCOMPARE(listed("needle"), QStringList{"found"});
+    proxy->setMode(Filter);
+    QCOMPARE(sortedNames(*proxy), QStringList());
+}
+
+void SortFilterProxyModelTest::otherFiltersGoBeforeTheExpression()
+{
+    for (const Mode mode : {Filter, Search}) {
+        proxy->setMode(mode);
+        proxy->setStateFilter(ViewRemovable);
+        QCOMPARE(listed("editor|shell"), QStringList{"shell"});
+        proxy->setStateFilter(ViewAll);
+        proxy->setDupsFilter(false);
+        QCOMPARE(listed("i686"), QStringList());
+        proxy->setDupsFilter(true);
+    }
+}
+
+void SortFilterProxyModelTest::theSearchStopsAtTheFirstMatch()
+{
+    table->collect({}, {},
+                   {StandIn::package("name", {{"watched", 1}}), StandIn::package("other", {{"watched", 1}})});
+    model->reset();
+    proxy->setMode(Search);
+    table->standIn.forgetCalls();
+    QCOMPARE(listed("name"), QStringList{"name"});
+    QCOMPARE(table->standIn.calls("vendor"), 1); // of the other
+}
+
+void SortFilterProxyModelTest::eachRecordIsSearchedOnceForOneSetting()
+{
+    QTableView view; // asks for the rows whenever it is told that they have changed
+    view.setModel(proxy.get());
+    table->collect({}, {}, {StandIn::package("watched", {{"watched", 1}})});
+    model->reset();
+    proxy->setMode(Search);
+    table->standIn.forgetCalls();
+    QCOMPARE(listed("nothing"), QStringList());
+    QCOMPARE(table->standIn.calls("vendor"), 1);
+
+    // The same expression, and every order, has been decided already.
+    QCOMPARE(listed(".*nothing"), QStringList());
+    inOrder(SizeColumn);
+    QCOMPARE(table->standIn.calls("vendor"), 1);
+
+    proxy->setDupsFilter(false);
+    QCOMPARE(names(*proxy), QStringList());
+    QCOMPARE(table->standIn.calls("vendor"), 2);
+    QCOMPARE(listed("none"), QStringList());
+    QCOMPARE(table->standIn.calls("vendor"), 3);
+}
+
+void SortFilterProxyModelTest::aResetForgetsTheVerdicts()
+{
+    proxy->setStateFilter(ViewUpdatable);
+    QCOMPARE(sortedNames(*proxy), (QStringList{"Tools", "many", "tool"}));
+    Package::Entry& entry = table->entry("tool");
+    entry.state = Package::Installed;
+    QVERIFY(proxy->filterAcceptsRow(table->row("tool"), QModelIndex()));
+    model->reset();
+    QVERIFY(!proxy->filterAcceptsRow(table->row("tool"), QModelIndex()));
+    QCOMPARE(sortedNames(*proxy), (QStringList{"Tools", "many"}));
+
+    // Records made anew may lie where others have been.
+    table->collect({}, {StandIn::package("one")}, {StandIn::package("two")});
+    model->reset();
+    QCOMPARE(sortedNames(*proxy), QStringList());
+    proxy->setStateFilter(ViewRemovable);
+    QCOMPARE(sortedNames(*proxy), QStringList{"one"});
+}
+
+void SortFilterProxyModelTest::theResetOfAFormerSourceForgetsNothing()
+{
+    Model second(&table->yumIO);
+    proxy->setSourceModel(&second);
+    proxy->setStateFilter(ViewUpdatable);
+    QCOMPARE(proxy->rowCount(), 3);
+    table->entry("tool").state = Package::Installed;
+    model->reset();
+    QVERIFY(proxy->filterAcceptsRow(table->row("tool"), QModelIndex()));
+    second.reset();
+    QVERIFY(!proxy->filterAcceptsRow(table->row("tool"), QModelIndex()));
+    proxy->setSourceModel(model.get());
+}
+
+void SortFilterProxyModelTest::clearingTheCacheForgetsTheVerdicts()
+{
+    proxy->setStateFilter(ViewUpdatable);
+    const int row = table->row("tool");
+    QVERIFY(proxy->filterAcceptsRow(row, QModelIndex()));
+    table->yumIO[row]->state = Package::Installed;
+    QVERIFY(proxy->filterAcceptsRow(row, QModelIndex()));
+    proxy->clearCache();
+    QVERIFY(!proxy->filterAcceptsRow(row, QModelIndex()));
+    table->yumIO[row]->state = Package::Updatable;
+    proxy->clear();
+    QVERIFY(proxy->filterAcceptsRow(row, QModelIndex()));
+    QCOMPARE(proxy->rowCount(), 3);
+}
+
+void SortFilterProxyModelTest::everySettingForgetsTheVerdicts()
+{
+    const int row = table->row("tool");
+    const auto forgets = [this, row](const std::function<void()>& change) {
+        proxy->setStateFilter(ViewRemovable);
+        table->yumIO[row]->state = Package::Updatable;
+        proxy->clear();
+        const bool before = proxy->filterAcceptsRow(row, QModelIndex());
+        table->yumIO[row]->state = Package::Available; // which a verdict that is kept does not know
+        change();
+        return before && !proxy->filterAcceptsRow(row, QModelIndex());
+    };
+    QVERIFY(!forgets([] {}));
+    QVERIFY(forgets([this] { proxy->setMode(Search); }));
+    QVERIFY(forgets([this] { proxy->setStateFilter(ViewUpdatable); }));
+    QVERIFY(forgets([this] { proxy->setDupsFilter(false); }));
+    QVERIFY(forgets([this] { proxy->setGroupsFilter(false); }));
+    QVERIFY(forgets([this] { proxy->setFilterRegExp(QStringLiteral("tool")); }));
+    QVERIFY(!forgets([this] { proxy->setFilterRegExp(QStringLiteral(".*tool.*")); }));
+}
+
+void SortFilterProxyModelTest::withoutFilteringEveryRowIsListed()
+{
+    proxy->setStateFilter(ViewUpdatable);
+    proxy->setDupsFilter(false);
+    proxy->setGroupsFilter(false);
+    QCOMPARE(listed("tool"), QStringList{"tool"});
+    proxy->setFilter(false);
+    QVERIFY(!proxy->getFilter());
+    QCOMPARE(proxy->rowCount(), 11);
+    proxy->setFilter(true);
+    QVERIFY(proxy->getFilter());
+    QCOMPARE(sortedNames(*proxy), QStringList{"tool"});
+}
+
+void SortFilterProxyModelTest::settingWhatIsSetChangesNothing()
+{
+    proxy->rowCount();
+    QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));
+    QSignalSpy reset(proxy.get(), SIGNAL(modelReset()));
+    proxy->setMode(Filter);
+    proxy->setStateFilter(ViewAll);
+    proxy->setDupsFilter(true);
+    proxy->setGroupsFilter(true);
+    proxy->setFilter(true);
+    QCOMPARE(layout.count() + reset.count(), 0);
+    proxy->setFilter(false);
+    QVERIFY(reset.count() > 0);
+}
+
+void SortFilterProxyModelTest::rowsAreSortedByColumn_data()
+{
+    QTest::addColumn<int>("column");
+    QTest::addColumn<QStringList>("expected");
+    QTest::newRow("action") << 0 << QStringList{"d", "c", "b", "A"};
+    QTest::newRow("state") << 1 << QStringList{"d", "A", "c", "b"};
+    QTest::newRow("kind") << 2 << QStringList{"c", "A", "b", "d"};
+    QTest::newRow("name") << 3 << QStringList{"A", "b", "c", "d"};
+    QTest::newRow("version") << 4 << QStringList{"A", "c", "d", "b"};
+    QTest::newRow("repository") << 5 << QStringList{"A", "d", "b", "c"};
+    QTest::newRow("architecture") << 6 << QStringList{"A", "c", "b", "d"};
+    QTest::newRow("size") << 7 << QStringList{"A", "d", "b", "c"};
+    QTest::newRow("build time") << 8 << QStringList{"A", "c", "b", "d"};
+}
+
+void SortFilterProxyModelTest::rowsAreSortedByColumn()
+{
+    QFETCH(int, column);
+    QFETCH(QStringList, expected);
+    // Text goes by its characters: "10-1" before "9-1", capitals first. Numbers do not.
+    const QJsonObject d{{"version", "3"}, {"repoid", "B"}, {"size", 900}, {"buildtime", 1234567890}};
+    table->collect(
+        {StandIn::package("d", d)},
+        {StandIn::package("d"),
+         StandIn::package(
+             "b",
+             {{"version", "9"}, {"repoid", "a"}, {"arch", "noarch"}, {"size", 5000}, {"buildtime", 99999}})},
+        {StandIn::package("c", {{"version", "10"},
+                                {"repoid", "b"},
+                                {"group", "Suite"},
+                                {"arch", "i686"},
+                                {"size", 10000},
+                                {"buildtime", 500}})},
+        {StandIn::group("A")});
+    model->reset();
+    table->entry("d").action = Package::Update;
+    table->entry("c").action = Package::Install;
+    table->entry("b").action = Package::Remove;
+    QCOMPARE(inOrder(column), expected);
+    std::reverse(expected.begin(), expected.end());
+    QCOMPARE(inOrder(column, Qt::DescendingOrder), expected);
+}
+
+void SortFilterProxyModelTest::sizesAreComparedAsIntegers()
+{
+    // As 32-bit numbers with a sign, 3 000 000 000 is negative and 4 294 967 297 is 1.
+    table->collect({}, {},
+                   {StandIn::package("a", {{"size", 3000000000.0}}), StandIn::package("b", {{"size", 2}}),
+                    StandIn::package("c", {{"size", 4294967297.0}}), StandIn::package("d", {{"size", 1}}),
+                    StandIn::package("e", {{"size", 0}}), StandIn::package("f", {{"size", 2147483647.0}})});
+    model->reset();
+    QCOMPARE(table->entry("a").size, 3000000000ULL);
+    QCOMPARE(inOrder(SizeColumn), (QStringList{"a", "e", "c", "d", "b", "f"}));
+}
+
+void SortFilterProxyModelTest::buildTimesAreComparedAsIntegers()
+{
+    table->collect({}, {},
+                   {StandIn::package("a", {{"buildtime", 2147483648.0}}),
+                    StandIn::package("b", {{"buildtime", 2147483647.0}}),
+                    StandIn::package("c", {{"buildtime", 4294967296.0}}),
+                    StandIn::package("d", {{"buildtime", 0}})});
+    model->reset();
+    QCOMPARE(inOrder(BuildTimeColumn), (QStringList{"a", "c", "d", "b"}));
+}
+
+void SortFilterProxyModelTest::equalRowsAreSortedByName_data()
+{
+    QTest::addColumn<int>("column");
+    for (int column = 0; column < ColumnCount; ++column) {
+        QTest::addRow("column %d", column) << column;
+    }
+}
+
+void SortFilterProxyModelTest::equalRowsAreSortedByName()
+{
+    QFETCH(int, column);
+    QJsonArray packages;
+    QStringList expected;
+    for (int i = 0; i < 20; ++i) {
+        expected << QStringLiteral("p%1").arg((i * 7) % 20, 2, 10, QLatin1Char('0'));
+        packages.append(StandIn::package(expected.last()));
+    }
+    table->collect({}, {}, packages);
+    model->reset();
+    expected.sort();
+    QCOMPARE(inOrder(column), expected);
+    std::reverse(expected.begin(), expected.end());
+    QCOMPARE(inOrder(column, Qt::DescendingOrder), expected);
+}
+
+void SortFilterProxyModelTest::theOrderIsThatOfTheUserRole_data()
+{
+    equalRowsAreSortedByName_data();
+}
+
+void SortFilterProxyModelTest::theOrderIsThatOfTheUserRole()
+{
+    QFETCH(int, column);
+    table->entry("tool").action = Package::Remove;
+    const bool text = column >= NameColumn && column <= ArchitectureColumn;
+    for (int l = 0; l < model->rowCount(); ++l) {
+        for (int r = 0; r < model->rowCount(); ++r) {
+            const QModelIndex left = model->index(l, column);
+            const QModelIndex right = model->index(r, column);
+            const QString leftName = left.sibling(l, NameColumn).data().toString();
+            const QString rightName = right.sibling(r, NameColumn).data().toString();
+            bool expected = false;
+            if (text) {
+                const QString leftText = left.data().toString();
+                const QString rightText = right.data().toString();
+                expected = leftText < rightText || (leftText == rightText && leftName < rightName);
+            } else {
+                const int leftNumber = left.data(Qt::UserRole).toInt();
+                const int rightNumber = right.data(Qt::UserRole).toInt();
+                expected = leftNumber < rightNumber || (leftNumber == rightNumber && leftName < rightName);
+            }
+            QCOMPARE(proxy->lessThan(left, right), expected);
+        }
+    }
+}
+
+void SortFilterProxyModelTest::indexesWithoutModelAreEqual()
+{
+    QVERIFY(!proxy->lessThan(QModelIndex(), QModelIndex()));
+    QVERIFY(!proxy->lessThan(model->index(0, NameColumn), QModelIndex()));
+    QVERIFY(proxy->lessThan(QModelIndex(), model->index(0, NameColumn)));
+}
+
+void SortFilterProxyModelTest::listedUpdatesAreMarked()
+{
+    proxy->sort(NameColumn);
+    table->entry("many").action = Package::Remove;
+    QSignalSpy spy(proxy.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    proxy->setUpdateListed();
+    QCOMPARE(changed(spy), (QStringList{"Tools", "many", "tool"}));
+    for (int row = 0; row < table->yumIO.count(); ++row) {
+        const Package::Entry* entry = table->yumIO[row];
+        QCOMPARE(entry->action, entry->state == Package::Updatable ? Package::Update : Package::None);
+    }
+}
+
+void SortFilterProxyModelTest::unlistedUpdatesAreNotMarked()
+{
+    QCOMPARE(listed("many|shell"), (QStringList{"many", "shell"}));
+    QSignalSpy spy(proxy.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    proxy->setUpdateListed();
+    QCOMPARE(changed(spy), QStringList{"many"});
+    QCOMPARE(table->entry("many").action, Package::Update);
+    QCOMPARE(table->entry("tool").action, Package::None);
+}
+
+void SortFilterProxyModelTest::aPauseSortsOnceAtItsEnd()
+{
+    proxy->setGroupsFilter(false);
+    const QStringList before = inOrder(ActionColumn);
+    QCOMPARE(before, (QStringList{"editor", "kernel", "lib", "lib", "many", "office", "shell", "tool"}));
+    QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));
+    QSignalSpy spy(proxy.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    {
+        const SortFilterProxyModel::SortPause pause(*proxy);
+        for (const char* name : {"tool", "shell", "many"}) {
+            model->setAction(model->index(table->row(name), 0), Package::Remove);
+            QCOMPARE(names(*proxy), before);
+        }
+        QCOMPARE(spy.count(), 3);
+        QCOMPARE(layout.count(), 0);
+    }
+    QCOMPARE(names(*proxy),
+             (QStringList{"many", "shell", "tool", "editor", "kernel", "lib", "lib", "office"}));
+    QCOMPARE(layout.count(), 1);
+    model->setAction(model->index(table->row("kernel"), 0), Package::Remove);
+    QCOMPARE(names(*proxy).first(), QStringLiteral("kernel"));
+}
+
+void SortFilterProxyModelTest::aPauseLeavesOtherOrdersAlone()
+{
+    inOrder(NameColumn);
+    QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));
+    {
+        const SortFilterProxyModel::SortPause pause(*proxy);
+        QVERIFY(proxy->dynamicSortFilter());
+        model->setAction(model->index(table->row("tool"), 0), Package::Remove);
+    }
+    QVERIFY(proxy->dynamicSortFilter());
+    QCOMPARE(layout.count(), 0);
+}
+
+QTEST_MAIN(SortFilterProxyModelTest)
+#include "SortFilterProxyModelTest.moc"

@@ -1,0 +1,184 @@
+"""Answers as the script of the program does, but from a file instead of a package manager."""
+import bdb  # noqa: F401  (looked up by name)
+import datetime
+import json
+import os
+import sys
+import time
+import types
+
+import rpm
+import yumIOC
+
+SHARE = os.environ['VYRESHARE']
+
+
+def note(name):
+    with open(os.path.join(SHARE, 'calls'), 'a') as calls:
+        calls.write(name + '\n')
+
+
+def module(name, **members):
+    made = types.ModuleType(name)
+    made.__dict__.update(members)
+    sys.modules[name] = made
+    return made
+
+
+class Failure(Exception):
+    pass
+
+
+class Payload:
+    pass
+
+
+dnf = module('dnf', __version__='4.0.0',
+             exceptions=module('dnf.exceptions', Error=Failure, MiscError=type('MiscError', (Failure,), {}),
+                               RepoError=type('RepoError', (Failure,), {}),
+                               LockError=type('LockError', (Failure,), {})),
+             drpm=module('dnf.drpm', DeltaPayload=Payload),
+             repo=module('dnf.repo', MDPayload=Payload, RPMPayload=Payload))
+
+
+class Package:
+
+    # What a package answers to that the test says nothing about.
+    arch = 'x86_64'
+    epoch = 0
+    version = '1'
+    release = '1'
+    repoid = 'base'
+    size = 1000
+    buildtime = 0
+    installtime = 0
+    summary = group = description = vendor = buildhost = sourcerpm = license = packager = url = ''
+    provides = requires = requires_pre = conflicts = obsoletes = recommends = suggests = supplements = enhances = ()
+    files = ()
+    changelogs = ()
+
+    def __init__(self, attributes):
+        self.__dict__.update(attributes)
+        if 'prefixes' in attributes:
+            self.hdr = {rpm.RPMTAG_PREFIXES: attributes['prefixes']}
+        if 'changelogs' in attributes:
+            self.changelogs = [{'timestamp': datetime.datetime(2020, 1, 2), 'author': author, 'text': text}
+                               for author, text in attributes['changelogs']]
+
+
+class WatchedPackage(Package):
+    """Writes down each time that somebody reads its vendor."""
+
+    @property
+    def vendor(self):
+        note('vendor')
+        return ''
+
+
+class Member:
+
+    def __init__(self, name):
+        self.name = name
+
+    def __str__(self):
+        return self.name
+
+
+class Group:
+
+    LISTS = ('mandatory_packages', 'default_packages', 'optional_packages', 'conditional_packages')
+
+    def __init__(self, attributes):
+        self.name = self.id = attributes['name']
+        self.installed = attributes.get('installed', False)
+        self.uservisible = True
+        for name in self.LISTS:
+            setattr(self, name, [Member(member) for member in attributes.get(name, ())])
+
+
+class History:
+    """Both the history and its groups."""
+
+    def __init__(self):
+        self.group = self
+        self.installed = set()
+
+    def get(self, id):
+        return id if id in self.installed else None
+
+
+class YumIO:
+
+    def __init__(self):
+        if os.path.exists(os.path.join(SHARE, 'refusing')):
+            raise SystemExit('The stand-in refuses.')
+        self.base = types.SimpleNamespace(repos={'base': types.SimpleNamespace(enabled=1),
+                                                 'extras': types.SimpleNamespace(enabled=1)}, history=History(),
+                                          conf=types.SimpleNamespace(basearch='x86_64'))
+
+    def __getattribute__(self, name):
+        """Write down each method that is asked for, in order to be called."""
+        value = object.__getattribute__(self, name)
+        if callable(value) and name not in ('getBiArch', 'isBetterThan', 'wait'):
+            note(name)
+        return value
+
+    def nothing(self, *_):
+        return True
+
+    lock = unlock = reset = collectDone = collectOtherData = nothing
+    cleanDbcache = cleanPackages = cleanMetadata = cleanAll = nothing
+
+    def enableRepo(self, id):
+        note('enableRepo ' + id)
+
+    def disableRepo(self, id):
+        note('disableRepo ' + id)
+
+    def apply(self, installs, updates, removes, *groups):
+        """Note what is to be done, have it confirmed, and change the system unless it is told to fail before that."""
+        note('apply {} {} {}'.format(*(','.join(sorted(package.name for package in packages)) or '-'
+                                       for packages in (installs, [pair[0] for pair in updates], removes))))
+        yumIOC.listTransaction(None, [])
+        if not yumIOC.userconfirm():
+            return
+        if os.path.exists(os.path.join(SHARE, 'failing')):
+            raise RuntimeError('too early')
+        yumIOC.rpmtransInit(False)
+        if os.path.exists(os.path.join(SHARE, 'breaking')):
+            raise RuntimeError('half way')
+
+    def wait(self):
+        while os.path.exists(os.path.join(SHARE, 'held')):
+            time.sleep(0.01)
+
+    def collectFileLists(self):
+        self.wait()
+        return True
+
+    def setupRepos(self):
+        self.wait()
+        with open(os.path.join(SHARE, 'packages.json')) as packages:
+            self.packages = json.load(packages)
+
+    def _packages(self, which):
+        return [(WatchedPackage if 'watched' in attributes else Package)(attributes)
+                for attributes in self.packages[which]]
+
+    def collectUpdates(self):
+        return self._packages('updates')
+
+    def collectAll(self):
+        return types.SimpleNamespace(installed=self._packages('installed'),
+                                     available=self._packages('available'))
+
+    def collectGroups(self):
+        groups = [Group(attributes) for attributes in self.packages['groups']]
+        self.base.history.installed = set(group.id for group in groups if group.installed)
+        return groups
+
+    def getBiArch(self, arch):
+        return 'i386' if arch == 'i686' else 'x86_64'
+
+    def isBetterThan(self, a, b):
+        return a.arch != 'i686'

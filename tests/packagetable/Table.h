@@ -1,0 +1,123 @@
+// The back end of the package table with records from the stand-in, and what tests ask of a table.
+
+#ifndef TESTS_PACKAGETABLE_TABLE_H
+#define TESTS_PACKAGETABLE_TABLE_H
+
+#include <QAbstractItemModel>
+#include <QJsonArray>
+#include <QSignalSpy>
+#include <QWidget>
+
+#include "packagetable/Model.h"
+#include "services/HProgressBar.h"
+#include "tests/packagetable/StandIn.h"
+#include "yumio/YumIO.h"
+
+// One for each test program: there is one interpreter in a process.
+class Table
+{
+public:
+    Table()
+    {
+        yumIO.setup(&window, &totalBar, &itemBar);
+        if (!yumIO.initialize()) {
+            qFatal("the stand-in does not start");
+        }
+    }
+    ~Table() { yumIO.clearEntriesBeforeQuit(); }
+
+    // Replaces the records by these.
+    void collect(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
+                 const QJsonArray& groups = QJsonArray())
+    {
+        standIn.setPackages(updates, installed, available, groups);
+        yumIO.clearEntries();
+        if (!yumIO.collect({})) {
+            qFatal("the stand-in does not collect");
+        }
+    }
+
+    // One record of each sort: "tool" is out of date with one installed version and "many" with two, "shell"
+    // is installed once and "kernel" twice, the others are not installed. "lib" comes for two architectures.
+    void collectUsual()
+    {
+        using S = StandIn;
+        const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+        const QJsonObject older{{"version", "0.5"}, {"repoid", "@System"}};
+        const QJsonObject next{{"version", "2"}, {"repoid", "updates"}};
+        collect({S::package("tool", next), S::package("many", next)},
+                {S::package("tool", old), S::package("many", older), S::package("many", old),
+                 S::package("shell", old), S::package("kernel", older), S::package("kernel", old)},
+                {S::package("editor", {{"arch", "noarch"},
+                                       {"epoch", 3},
+                                       {"version", "9"},
+                                       {"release", "4"},
+                                       {"size", 5000},
+                                       {"buildtime", 86400}}),
+                 S::package("lib"), S::package("lib", {{"arch", "i686"}}),
+                 S::package("office", {{"group", "Suite"}})},
+                {S::group("Games"), S::group("Editors", {{"installed", true}}),
+                 S::group("Tools", {{"mandatory_packages", QJsonArray{"tool"}}})});
+    }
+
+    // -1: there is none.
+    int row(const QString& name, const QString& arch = QString()) const
+    {
+        for (int i = 0; i < yumIO.count(); ++i) {
+            if (yumIO[i]->name == name && (arch.isEmpty() || yumIO[i]->arch == arch)) {
+                return i;
+            }
+        }
+        return -1;
+    }
+
+    Package::Entry& entry(const QString& name, const QString& arch = QString())
+    {
+        const int found = row(name, arch);
+        if (found < 0) {
+            qFatal("there is no %s", qPrintable(name));
+        }
+        return *yumIO[found];
+    }
+
+    StandIn standIn;
+    QWidget window;
+    HProgressBar totalBar;
+    HProgressBar itemBar;
+    YumIO yumIO;
+};
+
+// The names that a table lists, in order.
+inline QStringList names(const QAbstractItemModel& model)
+{
+    QStringList found;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        found << model.index(row, PackageTable::NameColumn).data().toString();
+    }
+    return found;
+}
+
+inline QStringList sortedNames(const QAbstractItemModel& model)
+{
+    QStringList found = names(model);
+    found.sort();
+    return found;
+}
+
+// The names of the rows that dataChanged() has told of since the last time, in order. Fails the test by an
+// impossible name when one signal told of more than the Action cell of one row.
+inline QStringList changed(QSignalSpy& dataChanged)
+{
+    QStringList found;
+    for (const QList<QVariant>& signal : qAsConst(dataChanged)) {
+        const QModelIndex first = signal.at(0).toModelIndex();
+        const QModelIndex last = signal.at(1).toModelIndex();
+        found << (first == last && first.column() == PackageTable::ActionColumn
+                      ? first.sibling(first.row(), PackageTable::NameColumn).data().toString()
+                      : QStringLiteral("more than an Action cell"));
+    }
+    dataChanged.clear();
+    return found;
+}
+
+#endif

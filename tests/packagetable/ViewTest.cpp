@@ -1,0 +1,584 @@
+#include "packagetable/View.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+#include <random>
+
+#include "packagetable/ActionContextMenu.h"
+#include "packagetable/OtherContextMenu.h"
+#include "tests/packagetable/ShownTable.h"
+#include "widgets/Colors.h"
+
+using namespace PackageTable;
+
+namespace {
+
+class OpenView : public View
+{
+public:
+    using View::View;
+    using View::viewOptions;
+};
+
+} // namespace
+
+class ViewTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+    void wholeRowsAreShownWithoutGrid();
+    void itAsksForAtLeastTenRows();
+    void itAsksForAllRowsWhenThereAreMore();
+    void theTableIsSortedByKindAtFirst();
+    void clickingAHeaderSortsByItAndClickingAgainReverses();
+    void clickingTheKindAtFirstReversesIt();
+    void columnsCanBeMoved();
+    void clickingTheActionGoesToTheNextOne();
+    void clickingOtherColumnsSetsNoAction();
+    void theRightButtonSetsNoAction();
+    void aMovedActionColumnStaysTheActionColumn();
+    void theCurrentRowIsTold();
+    void theCurrentColumnIsNotTold();
+    void aResetTellsThatNoRowIsCurrent();
+    void selectedRowsAreSourceIndexes();
+    void disablingChangesTheColours();
+    void columnsAreFittedToUnlistedRecordsToo();
+    void fittingTheColumnsKeepsFilterAndSelection();
+    void columnsAreAsWideAsTheirWidestCell_data();
+    void columnsAreAsWideAsTheirWidestCell();
+    void kerningCountsInTheWidthOfAColumn();
+    void lastLetterCountsInTheWidthOfAColumn();
+    void lettersDrawnTogetherCountInTheWidthOfAColumn_data();
+    void lettersDrawnTogetherCountInTheWidthOfAColumn();
+    void controlCharactersCountAsTheyAreShown();
+    void anEmptyColumnHasNoWidth();
+    void theActionColumnHasItsMenu();
+    void otherColumnsHaveTheOtherMenu();
+    void noCellHasTheOtherMenu();
+    void theHeaderHasNoMenu();
+    void theMenuKeyOpensTheMenuOfTheCurrentCell();
+    void menusAreMadeOnce();
+
+private:
+    void compareWithEveryCellMeasured();
+    void rightClick(QWidget* widget, const QPoint& place) { shown->click(widget, place, Qt::RightButton); }
+
+    std::unique_ptr<Table> table;
+    std::unique_ptr<ShownTable> shown;
+    View* view = nullptr;
+};
+
+void ViewTest::initTestCase()
+{
+    table = std::make_unique<Table>();
+}
+
+void ViewTest::init()
+{
+    table->collectUsual();
+    shown = std::make_unique<ShownTable>(*table);
+    view = shown->view;
+}
+
+void ViewTest::cleanup()
+{
+    shown.reset();
+}
+
+void ViewTest::cleanupTestCase()
+{
+    table.reset();
+}
+
+void ViewTest::wholeRowsAreShownWithoutGrid()
+{
+    OpenView fresh(&shown->model, &shown->proxy);
+    QCOMPARE(static_cast<QTableView&>(fresh).model(), &shown->proxy);
+    QVERIFY(!fresh.showGrid());
+    QCOMPARE(fresh.gridStyle(), Qt::NoPen);
+    QCOMPARE(fresh.selectionBehavior(), QAbstractItemView::SelectRows);
+    QVERIFY(fresh.alternatingRowColors());
+    QCOMPARE(fresh.contextMenuPolicy(), Qt::CustomContextMenu);
+    QVERIFY(fresh.verticalHeader()->isHidden());
+    QVERIFY(fresh.horizontalHeader()->sectionsMovable());
+    QVERIFY(fresh.horizontalHeader()->sectionsClickable());
+    QCOMPARE(fresh.viewOptions().decorationPosition, QStyleOptionViewItem::Left);
+}
+
+void ViewTest::itAsksForAtLeastTenRows()
+{
+    table->collect({}, {}, {StandIn::package("one")});
+    shown->model.reset();
+    View fresh(&shown->model, &shown->proxy);
+    const int header = fresh.horizontalHeader()->sizeHint().height();
+    QCOMPARE(fresh.sizeHint().height(), 2 * fresh.frameWidth() + header + 10 * fresh.rowHeight(0));
+}
+
+void ViewTest::itAsksForAllRowsWhenThereAreMore()
+{
+    QCOMPARE(shown->proxy.rowCount(), 11);
+    View fresh(&shown->model, &shown->proxy);
+    const int header = fresh.horizontalHeader()->sizeHint().height();
+    QCOMPARE(fresh.sizeHint().height(), 2 * fresh.frameWidth() + header + 11 * fresh.rowHeight(0));
+}
+
+void ViewTest::theTableIsSortedByKindAtFirst()
+{
+    View fresh(&shown->model, &shown->proxy);
+    QCOMPARE(fresh.horizontalHeader()->sortIndicatorSection(), int(KindColumn));
+    QCOMPARE(fresh.horizontalHeader()->sortIndicatorOrder(), Qt::AscendingOrder);
+    QVERIFY(fresh.horizontalHeader()->isSortIndicatorShown());
+    QCOMPARE(shown->proxy.filterKeyColumn(), int(KindColumn));
+    QCOMPARE(names(shown->proxy), (QStringList{"office", "Editors", "Games", "Tools", "editor", "kernel",
+                                               "lib", "lib", "many", "shell", "tool"}));
+}
+
+void ViewTest::clickingAHeaderSortsByItAndClickingAgainReverses()
+{
+    QHeaderView* header = view->horizontalHeader();
+    for (const int column : {SizeColumn, VersionColumn, StateColumn, ActionColumn}) {
+        const QPoint place(header->sectionViewportPosition(column) + header->sectionSize(column) / 2,
+                           header->height() / 2);
+        shown->click(header->viewport(), place);
+        QCOMPARE(header->sortIndicatorSection(), column);
+        QCOMPARE(shown->proxy.sortColumn(), column);
+        QCOMPARE(shown->proxy.sortOrder(), Qt::AscendingOrder);
+        QCOMPARE(shown->proxy.filterKeyColumn(), column);
+        const QStringList ascending = names(shown->proxy);
+        shown->click(header->viewport(), place);
+        QCOMPARE(header->sortIndicatorOrder(), Qt::DescendingOrder);
+        QCOMPARE(shown->proxy.sortOrder(), Qt::DescendingOrder);
+        QStringList reversed = names(shown->proxy);
+        std::reverse(reversed.begin(), reversed.end());
+        QCOMPARE(reversed, ascending);
+        shown->click(header->viewport(), place);
+        QCOMPARE(names(shown->proxy), ascending);
+    }
+}
+
+void ViewTest::clickingTheKindAtFirstReversesIt()
+{
+    view->HTableView::sortByColumn(KindColumn, Qt::AscendingOrder);
+    QHeaderView* header = view->horizontalHeader();
+    shown->click(header->viewport(), QPoint(header->sectionViewportPosition(KindColumn) + 20, 5));
+    QCOMPARE(shown->proxy.sortColumn(), int(KindColumn));
+    QCOMPARE(shown->proxy.sortOrder(), Qt::DescendingOrder);
+}
+
+void ViewTest::columnsCanBeMoved()
+{
+    QHeaderView* header = view->horizontalHeader();
+    const int y = header->height() / 2;
+    const auto at = [header, y](int column) {
+        return QPoint(header->sectionViewportPosition(column) + header->sectionSize(column) / 2, y);
+    };
+    QWindow* window = shown->window.windowHandle();
+    const auto inWindow = [this, header](const QPoint& place) {
+        return header->viewport()->mapTo(&shown->window, place);
+    };
+    QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, inWindow(at(NameColumn)));
+    QTest::mouseMove(window, inWindow(at(NameColumn) - QPoint(40, 0)));
+    QTest::mouseMove(window, inWindow(at(StateColumn)));
+    QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, inWindow(at(StateColumn)));
+    QVERIFY(header->visualIndex(NameColumn) < header->visualIndex(KindColumn));
+}
+
+void ViewTest::clickingTheActionGoesToTheNextOne()
+{
+    QSignalSpy spy(view, SIGNAL(stateChanged(int)));
+    const auto& action = table->entry("tool").action;
+    shown->click("tool", ActionColumn);
+    QCOMPARE(action, Package::Update);
+    shown->click("tool", ActionColumn);
+    QCOMPARE(action, Package::Remove);
+    shown->click("tool", ActionColumn);
+    QCOMPARE(action, Package::None);
+    QCOMPARE(spy.count(), 3);
+    for (const auto& signal : qAsConst(spy)) {
+        QCOMPARE(signal.at(0).toInt(), table->row("tool"));
+    }
+    shown->click("shell", ActionColumn);
+    QCOMPARE(table->entry("shell").action, Package::Remove);
+    shown->click("shell", ActionColumn);
+    QCOMPARE(table->entry("shell").action, Package::None);
+    shown->click("editor", ActionColumn);
+    QCOMPARE(table->entry("editor").action, Package::Install);
+}
+
+void ViewTest::clickingOtherColumnsSetsNoAction()
+{
+    QSignalSpy spy(view, SIGNAL(stateChanged(int)));
+    for (int column = StateColumn; column < ColumnCount; ++column) {
+        shown->click("tool", column);
+    }
+    QCOMPARE(table->entry("tool").action, Package::None);
+    QCOMPARE(spy.count(), 0);
+}
+
+void ViewTest::theRightButtonSetsNoAction()
+{
+    QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton); }, [](QMenu&) {}));
+    QCOMPARE(table->entry("tool").action, Package::None);
+}
+
+void ViewTest::aMovedActionColumnStaysTheActionColumn()
+{
+    view->horizontalHeader()->moveSection(0, 3);
+    shown->click("tool", StateColumn);
+    QCOMPARE(table->entry("tool").action, Package::None);
+    shown->click("tool", ActionColumn);
+    QCOMPARE(table->entry("tool").action, Package::Update);
+}
+
+void ViewTest::theCurrentRowIsTold()
+{
+    QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
+    shown->click("office", NameColumn);
+    QCOMPARE(spy.value(0), (QList<QVariant>{table->row("office"), -1}));
+    QTest::keyClick(view, Qt::Key_Down);
+    QCOMPARE(spy.value(1), (QList<QVariant>{table->row("shell"), table->row("office")}));
+    view->setCurrentIndex(QModelIndex());
+    QCOMPARE(spy.value(2), (QList<QVariant>{-1, table->row("shell")}));
+    QCOMPARE(spy.count(), 3);
+}
+
+void ViewTest::theCurrentColumnIsNotTold()
+{
+    shown->click("office", NameColumn);
+    QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
+    QTest::keyClick(view, Qt::Key_Right);
+    QCOMPARE(view->currentIndex().column(), int(VersionColumn));
+    QCOMPARE(spy.count(), 0);
+}
+
+void ViewTest::aResetTellsThatNoRowIsCurrent()
+{
+    shown->click("office", NameColumn);
+    QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
+    shown->proxy.setFilterRegExp("tool");
+    QVERIFY(!view->currentIndex().isValid());
+    // A neighbour may be current for a moment, while the row is taken out.
+    QCOMPARE(spy.value(0).value(1).toInt(), table->row("office"));
+    for (int i = 1; i < spy.count(); ++i) {
+        QCOMPARE(spy.at(i).at(1), spy.at(i - 1).at(0));
+    }
+    QCOMPARE(spy.last().at(0).toInt(), -1);
+    spy.clear();
+    shown->model.reset();
+    QCOMPARE(spy.count(), 0);
+    shown->click("tool", NameColumn);
+    QCOMPARE(spy.value(0), (QList<QVariant>{table->row("tool"), -1}));
+}
+
+void ViewTest::selectedRowsAreSourceIndexes()
+{
+    QCOMPARE(view->selectedRows(), QModelIndexList());
+    shown->select({"tool", "editor"});
+    QModelIndexList rows = view->selectedRows();
+    QCOMPARE(rows.count(), 2);
+    QStringList chosen;
+    for (const QModelIndex& row : qAsConst(rows)) {
+        QCOMPARE(row.model(), &shown->model);
+        chosen << table->yumIO[row.row()]->name;
+    }
+    QCOMPARE(chosen, (QStringList{"tool", "editor"}));
+}
+
+void ViewTest::disablingChangesTheColours()
+{
+    const QModelIndex cell = shown->proxy.index(shown->listedRow("tool"), NameColumn);
+    QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::error()));
+    shown->window.setEnabled(false);
+    QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::errorDisabled()));
+    shown->window.setEnabled(true);
+    QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::error()));
+}
+
+void ViewTest::columnsAreFittedToUnlistedRecordsToo()
+{
+    table->collect({}, {},
+                   {StandIn::package("short"), StandIn::package("a-name-much-longer-than-the-other-one")});
+    shown->model.reset();
+    view->resizeColumnsToContents();
+    const int width = view->columnWidth(NameColumn);
+    shown->proxy.setFilterRegExp("short");
+    QCOMPARE(shown->proxy.rowCount(), 1);
+    view->setColumnWidth(NameColumn, 10);
+    view->resizeColumnsToContents();
+    QCOMPARE(view->columnWidth(NameColumn), width);
+    QVERIFY(width > view->sizeHintForColumn(NameColumn) + 50);
+}
+
+void ViewTest::fittingTheColumnsKeepsFilterAndSelection()
+{
+    shown->proxy.setFilterRegExp("tool|many");
+    shown->select({"tool"});
+    view->resizeColumnsToContents();
+    QVERIFY(shown->proxy.getFilter());
+    QCOMPARE(sortedNames(shown->proxy), (QStringList{"many", "tool"}));
+    QCOMPARE(view->selectedRows().count(), 1);
+    shown->proxy.setFilter(false);
+    view->resizeColumnsToContents();
+    QVERIFY(!shown->proxy.getFilter());
+}
+
+// What measuring every cell finds: a table of the same rows that knows no quicker way.
+void ViewTest::compareWithEveryCellMeasured()
+{
+    HTableView plain(QStyleOptionViewItem::Left, 1, 1);
+    plain.setModel(&shown->model);
+    plain.setShowGrid(false);
+    plain.setFont(view->font());
+    // Which of the cells comes first must not matter.
+    for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
+        shown->proxy.sort(NameColumn, order);
+        for (int column = 0; column < ColumnCount; ++column) {
+            QCOMPARE(view->sizeHintForColumn(column), plain.sizeHintForColumn(column));
+        }
+    }
+    QVERIFY(plain.sizeHintForColumn(ActionColumn) > 0);
+    QVERIFY(plain.sizeHintForColumn(NameColumn) > 0);
+}
+
+void ViewTest::columnsAreAsWideAsTheirWidestCell_data()
+{
+    QTest::addColumn<QFont>("font");
+    QTest::newRow("as it is") << QApplication::font();
+    for (const char* family : {"DejaVu Sans", "DejaVu Serif", "Noto Sans", "DejaVu Sans Mono"}) {
+        for (const int size : {7, 9, 14}) {
+            QTest::addRow("%s %d", family, size) << QFont(QString::fromLatin1(family), size);
+        }
+    }
+}
+
+void ViewTest::columnsAreAsWideAsTheirWidestCell()
+{
+    QFETCH(QFont, font);
+    view->setFont(font);
+    std::mt19937 random(1);
+    for (int round = 0; round < 5; ++round) {
+        QJsonArray packages;
+        for (int i = 0; i < 60; ++i) {
+            QString name;
+            for (unsigned int letters = 1 + random() % 60; letters > 0; --letters) {
+                // Among them letters that are kerned, and in one name of ten some that are not ASCII.
+                const char kerned[] = "AVTiljWy.,-rfoLTo1479_JQ";
+                name += i % 10 == 0 && random() % 4 == 0
+                            ? QChar(0xe4 + static_cast<int>(random() % 20))
+                            : QLatin1Char(kerned[random() % (sizeof kerned - 1)]);
+            }
+            packages.append(StandIn::package(name, {{"version", QString::number(random() % 100000)},
+                                                    {"size", int(random() % 100000000)},
+                                                    {"buildtime", int(random() % 2000000000)},
+                                                    {"arch", i % 3 == 0 ? "noarch" : "x86_64"}}));
+        }
+        table->collect({}, {packages.at(0), packages.at(1)}, packages, {StandIn::group("Group")});
+        shown->model.reset();
+        compareWithEveryCellMeasured();
+    }
+}
+
+void ViewTest::kerningCountsInTheWidthOfAColumn()
+{
+    // The two letters that the font moves apart the most, again and again, are wider than each for itself.
+    const QFontMetricsF metrics(view->font());
+    QString apart;
+    qreal most = 0;
+    for (char first = '!'; first <= '~'; ++first) {
+        for (char second = '!'; second <= '~'; ++second) {
+            const QString pair = QString(QLatin1Char(first)) + QLatin1Char(second);
+            const qreal more = metrics.horizontalAdvance(pair) - metrics.horizontalAdvance(pair.at(0)) -
+                               metrics.horizontalAdvance(pair.at(1));
+            if (more > most) {
+                most = more;
+                apart = pair;
+            }
+        }
+    }
+    QVERIFY2(most > 0, "this font moves no letters apart");
+    for (int pairs = 20; pairs <= 200; pairs += 20) {
+        const QString kerned = apart.repeated(pairs);
+        const qreal single =
+            pairs * (metrics.horizontalAdvance(apart.at(0)) + metrics.horizontalAdvance(apart.at(1)));
+        // Texts without kerning, between those two widths.
+        QJsonArray packages{StandIn::package(kerned)};
+        const QString unit = QStringLiteral("H");
+        for (qreal width = single - 40; width < single + pairs * most + 40; width += 10) {
+            packages.append(
+                StandIn::package(unit.repeated(static_cast<int>(width / metrics.horizontalAdvance(unit)))));
+        }
+        while (packages.count() > 1) {
+            table->collect({}, {}, packages);
+            shown->model.reset();
+            compareWithEveryCellMeasured();
+            packages.removeLast();
+        }
+    }
+}
+
+void ViewTest::lastLetterCountsInTheWidthOfAColumn()
+{
+    // A letter may stand out over its own width, which counts at the end only. The same letters in another
+    // order are as wide otherwise.
+    for (char letter = '!'; letter <= '~'; ++letter) {
+        for (const char* others : {"HHHH", "0000"}) {
+            const QString first = QLatin1Char(letter) + QString(others);
+            table->collect(
+                {}, {}, {StandIn::package(first), StandIn::package(others + QString(QLatin1Char(letter)))});
+            shown->model.reset();
+            compareWithEveryCellMeasured();
+        }
+    }
+}
+
+void ViewTest::lettersDrawnTogetherCountInTheWidthOfAColumn_data()
+{
+    QTest::addColumn<QFont>("font");
+    for (const char* family : {"DejaVu Sans", "DejaVu Serif", "Noto Sans", "Noto Serif"}) {
+        QTest::newRow(family) << QFont(QString::fromLatin1(family), 8);
+    }
+}
+
+void ViewTest::lettersDrawnTogetherCountInTheWidthOfAColumn()
+{
+    QFETCH(QFont, font);
+    view->setFont(font);
+    const QFontMetricsF metrics(view->font());
+    std::mt19937 random(2);
+    for (int round = 0; round < 3; ++round) {
+        QString joined;
+        for (int letters = 60; letters > 0; --letters) {
+            joined += QLatin1Char("ffil"[random() % 4]);
+        }
+        QJsonArray packages;
+        const qreal unit = metrics.horizontalAdvance(QLatin1Char('i'));
+        for (qreal width = metrics.horizontalAdvance(joined) - 12; packages.count() < 24; width += 1) {
+            // Anything as wide as possible below that.
+            packages.append(StandIn::package(QString("i").repeated(static_cast<int>(width / unit))));
+        }
+        packages.append(StandIn::package(joined));
+        while (packages.count() > 1) {
+            table->collect({}, {}, packages);
+            shown->model.reset();
+            compareWithEveryCellMeasured();
+            packages.removeFirst();
+            if (packages.count() > 2) {
+                packages.removeAt(packages.count() - 2);
+            }
+        }
+    }
+}
+
+void ViewTest::controlCharactersCountAsTheyAreShown()
+{
+    table->collect(
+        {}, {},
+        {StandIn::package("tab\tin\tthe\tname"), StandIn::package("HHHHHHHHHHHHHHHHHHHH"),
+         StandIn::package(QStringLiteral("line") + QChar(QChar::LineFeed) + "feed in a name of it")});
+    shown->model.reset();
+    compareWithEveryCellMeasured();
+}
+
+void ViewTest::anEmptyColumnHasNoWidth()
+{
+    table->collect({}, {}, {});
+    shown->model.reset();
+    for (int column = 0; column < ColumnCount; ++column) {
+        QCOMPARE(view->sizeHintForColumn(column), 0);
+    }
+}
+
+void ViewTest::theActionColumnHasItsMenu()
+{
+    QSignalSpy spy(view, SIGNAL(stateChanged(int)));
+    bool right = false;
+    QPoint place;
+    QVERIFY(withMenu([this] { rightClick(view->viewport(), shown->place("tool", ActionColumn)); },
+                     [&right, &place, &spy](QMenu& menu) {
+                         right = qobject_cast<ActionContextMenu*>(&menu) != nullptr && spy.isEmpty();
+                         place = menu.pos();
+                     }));
+    QVERIFY(right);
+    QCOMPARE(place, view->viewport()->mapToGlobal(shown->place("tool", ActionColumn)));
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.first().first().toInt(), -1);
+}
+
+void ViewTest::otherColumnsHaveTheOtherMenu()
+{
+    QSignalSpy spy(view, SIGNAL(stateChanged(int)));
+    for (int column = StateColumn; column < ColumnCount; ++column) {
+        bool right = false;
+        QVERIFY(
+            withMenu([this, column] { rightClick(view->viewport(), shown->place("tool", column)); },
+                     [&right](QMenu& menu) { right = qobject_cast<OtherContextMenu*>(&menu) != nullptr; }));
+        QVERIFY(right);
+    }
+    QCOMPARE(spy.count(), 0);
+}
+
+void ViewTest::noCellHasTheOtherMenu()
+{
+    bool right = false;
+    const QPoint below(20, view->viewport()->height() - 10);
+    QVERIFY(!view->indexAt(below).isValid());
+    QVERIFY(withMenu([this, below] { rightClick(view->viewport(), below); },
+                     [&right](QMenu& menu) { right = qobject_cast<OtherContextMenu*>(&menu) != nullptr; }));
+    QVERIFY(right);
+}
+
+void ViewTest::theHeaderHasNoMenu()
+{
+    QHeaderView* header = view->horizontalHeader();
+    QVERIFY(!withMenu([this, header] { rightClick(header->viewport(), QPoint(20, header->height() / 2)); },
+                      [](QMenu&) {}));
+    QCOMPARE(shown->proxy.sortColumn(), int(NameColumn));
+}
+
+void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
+{
+    shown->click("shell", ActionColumn);
+    QCOMPARE(table->entry("shell").action, Package::Remove);
+    QStringList offered;
+    bool opened = false;
+    // The window system makes a menu request of this key, so it has to come from there.
+    withMenu(
+        [&opened] {
+            QCOMPARE(QProcess::execute("xdotool", {"key", "Menu"}), 0);
+            QTRY_VERIFY(opened);
+        },
+        [&offered, &opened](QMenu& menu) {
+            opened = true;
+            offered = offeredIn(menu);
+            QTest::keyClick(&menu, Qt::Key_N);
+        });
+    QVERIFY(opened);
+    QCOMPARE(offered, (QStringList{"&Remove", "&No Action"}));
+    QCOMPARE(table->entry("shell").action, Package::None);
+}
+
+void ViewTest::menusAreMadeOnce()
+{
+    QCOMPARE(view->findChildren<QMenu*>().count(), 0);
+    for (const char* name : {"tool", "shell"}) {
+        for (const int column : {ActionColumn, NameColumn}) {
+            QVERIFY(withMenu(
+                [this, name, column] {
+                    rightClick(view->viewport(), shown->place(QLatin1String(name), column));
+                },
+                [](QMenu&) {}));
+        }
+    }
+    QCOMPARE(view->findChildren<ActionContextMenu*>().count(), 1);
+    QCOMPARE(view->findChildren<OtherContextMenu*>().count(), 1);
+}
+
+QTEST_MAIN(ViewTest)
+#include "ViewTest.moc"

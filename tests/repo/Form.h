@@ -1,0 +1,122 @@
+// Finds the fields of a repository's form by what the user knows them by, and the user's hands.
+
+#ifndef TESTS_REPO_FORM_H
+#define TESTS_REPO_FORM_H
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTextEdit>
+#include <QtTest>
+
+#include "repo/PasswdLineEdit.h"
+#include "repo/PasswdTextEdit.h"
+
+// Waits until a window has the focus; a dialog counts as active already while its parent is.
+inline bool waitForFocus(const QWidget* window)
+{
+    return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
+}
+
+class Form
+{
+public:
+    explicit Form(QWidget* window)
+        : id(find<QLineEdit>(window, "Unique identifier for the repository")),
+          name(find<QLineEdit>(window, "Description of the repository")),
+          urls(find<PasswdTextEdit>(window,
+                                    "List of URLs to the repository.\n"
+                                    "If more than one is specified, they all should be identical mirrors,\n"
+                                    "and will provide redundancy if some URLs are unreachable.")),
+          mirrorList(
+              find<PasswdLineEdit>(window, "URL to a file containing a list of URLs to the repository.")),
+          authName(find<QLineEdit>(
+              window, "Authentication name for a repository using the vantor authentication method")),
+          password(find<QLineEdit>(
+              window, "Authentication password for a repository using the vantor authentication method")),
+          options(find<QTextEdit>(window, "Any other yum options for this repository.  See yum.conf(5)")),
+          enabled(find<QComboBox>(window, "Whether or not the repository is enabled for use")),
+          gpgcheck(find<QComboBox>(window,
+                                   "Whether or not GPG key signatures of packages from the repository "
+                                   "are checked to ensure authenticity")),
+          file(find<QLineEdit>(
+              window,
+              "Name of the yum configuration file into which to place this repository configuration.\n"
+              "If left blank, defaults to the repository's identifier")),
+          position(find<QDoubleSpinBox>(
+              window, "A numeric sort key which determines the order of this repository configuration\n"
+                      "in a configuration file which contains multiple configurations")),
+          authNameLabel(find<QLabel>(
+              window, "Authentication name for a repository using the vantor authentication method")),
+          passwordLabel(find<QLabel>(
+              window, "Authentication password for a repository using the vantor authentication method"))
+    {
+    }
+
+    // In the order of the form.
+    QList<QWidget*> fields() const
+    {
+        return {id, name, urls, mirrorList, authName, password, options, enabled, gpgcheck, file, position};
+    }
+
+    // Replaces what a field holds, as a user does.
+    static void type(QWidget* field, const QString& text)
+    {
+        field->setFocus();
+        QTest::keySequence(field, QKeySequence(QKeySequence::SelectAll));
+        QTest::keyClick(field, Qt::Key_Delete);
+        for (const QChar character : text) {
+            if (character == QLatin1Char('\n')) {
+                QTest::keyClick(field, Qt::Key_Return);
+            } else {
+                QTest::keyClicks(field, QString(character));
+            }
+        }
+    }
+
+    template <typename Widget> static Widget* find(QWidget* window, const char* toolTip)
+    {
+        Widget* found = nullptr;
+        for (Widget* each : window->findChildren<Widget*>()) {
+            if (each->toolTip() == QLatin1String(toolTip)) {
+                if (found != nullptr) {
+                    qFatal("two widgets with the tool tip %s", toolTip);
+                }
+                found = each;
+            }
+        }
+        if (found == nullptr) {
+            qFatal("no widget with the tool tip %s", toolTip);
+        }
+        return found;
+    }
+
+    static QPushButton* button(QWidget* window, const char* text)
+    {
+        for (QPushButton* each : window->findChildren<QPushButton*>()) {
+            if (each->text() == QLatin1String(text)) {
+                return each;
+            }
+        }
+        qFatal("no button %s", text);
+    }
+
+    QLineEdit* id;
+    QLineEdit* name;
+    PasswdTextEdit* urls;
+    PasswdLineEdit* mirrorList;
+    QLineEdit* authName;
+    QLineEdit* password;
+    QTextEdit* options;
+    QComboBox* enabled;
+    QComboBox* gpgcheck;
+    QLineEdit* file;
+    QDoubleSpinBox* position;
+    QLabel* authNameLabel;
+    QLabel* passwordLabel;
+};
+
+#endif

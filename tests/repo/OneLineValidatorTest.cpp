@@ -1,0 +1,73 @@
+#include "repo/OneLineValidator.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QtTest>
+
+class OneLineValidatorTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void lineBreaksAreRemoved_data();
+    void lineBreaksAreRemoved();
+    void whatIsPastedIsOneLine();
+    void theCursorStaysWithinTheText();
+};
+
+void OneLineValidatorTest::lineBreaksAreRemoved_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("oneLine");
+    QTest::newRow("none") << "a b"
+                          << "a b";
+    QTest::newRow("at the end") << "updates\n"
+                                << "updates";
+    QTest::newRow("several at the end") << "updates\r\n\n"
+                                        << "updates";
+    QTest::newRow("nothing else") << "\n"
+                                  << "";
+    QTest::newRow("between words") << "a\nb\rc"
+                                   << "a b c";
+    QTest::newRow("of other kinds") << QStringLiteral("a") + QChar(0x2028) + QStringLiteral("b") +
+                                           QChar(0x2029)
+                                    << "a b";
+    QTest::newRow("before a blank") << "a\n  b"
+                                    << "a\n  b";
+    QTest::newRow("before a tab") << "a\n\tb"
+                                  << "a\n\tb";
+    QTest::newRow("blanks at the end") << "a  "
+                                       << "a  ";
+}
+
+void OneLineValidatorTest::lineBreaksAreRemoved()
+{
+    QFETCH(QString, text);
+    QTEST(OneLineValidator::oneLine(text), "oneLine");
+}
+
+void OneLineValidatorTest::whatIsPastedIsOneLine()
+{
+    QLineEdit edit(QStringLiteral("main-"));
+    edit.setValidator(new OneLineValidator(&edit));
+    QGuiApplication::clipboard()->setText(QStringLiteral("updates\n"));
+    edit.end(false);
+    QTest::keySequence(&edit, QKeySequence::Paste);
+    QCOMPARE(edit.text(), QStringLiteral("main-updates"));
+    QTest::keyClicks(&edit, QStringLiteral("2"));
+    QCOMPARE(edit.text(), QStringLiteral("main-updates2"));
+}
+
+void OneLineValidatorTest::theCursorStaysWithinTheText()
+{
+    const OneLineValidator validator;
+    QString text = QStringLiteral("updates\n\n");
+    int position = text.size();
+    QCOMPARE(validator.validate(text, position), QValidator::Acceptable);
+    QCOMPARE(text, QStringLiteral("updates"));
+    QCOMPARE(position, text.size());
+}
+
+QTEST_MAIN(OneLineValidatorTest)
+#include "OneLineValidatorTest.moc"

@@ -1,0 +1,89 @@
+#include "repo/PasswdMask.h"
+
+#include <QtTest>
+
+class PasswdMaskTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void withoutExpressionsNothingIsHidden();
+    void everyMatchIsHidden();
+    void onlyAWholeTextThatMatchesIsHidden();
+    void expressionsAddUp();
+    void eachCharacterIsReplacedByOne();
+    void aMatchWithoutCaptureHidesNothing();
+    void anEmptyMatchIsPassed();
+    void placesInAndAroundAPasswordAreHidden();
+};
+
+void PasswdMaskTest::withoutExpressionsNothingIsHidden()
+{
+    const PasswdMask mask;
+    QCOMPARE(mask.masked(QStringLiteral("abc"), QLatin1Char('*')), QStringLiteral("abc"));
+    QVERIFY(!mask.hides(QStringLiteral("abc"), 1));
+}
+
+void PasswdMaskTest::everyMatchIsHidden()
+{
+    PasswdMask mask;
+    mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*);")));
+    QCOMPARE(mask.masked(QStringLiteral("p=abc; p=; x=abc; p=d; p=e"), QLatin1Char('*')),
+             QStringLiteral("p=***; p=; x=abc; p=*; p=e"));
+}
+
+void PasswdMaskTest::onlyAWholeTextThatMatchesIsHidden()
+{
+    PasswdMask mask;
+    mask.hideInWholeText(QRegExp(QStringLiteral("p=([a-z]*);")));
+    QCOMPARE(mask.masked(QStringLiteral("p=abc;"), QLatin1Char('*')), QStringLiteral("p=***;"));
+    QCOMPARE(mask.masked(QStringLiteral("p=abc; "), QLatin1Char('*')), QStringLiteral("p=abc; "));
+    QCOMPARE(mask.masked(QStringLiteral(" p=abc;"), QLatin1Char('*')), QStringLiteral(" p=abc;"));
+}
+
+void PasswdMaskTest::expressionsAddUp()
+{
+    PasswdMask mask;
+    mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*)")));
+    mask.hideEverywhere(QRegExp(QStringLiteral("q=([a-z]*)")));
+    QCOMPARE(mask.masked(QStringLiteral("q=abc p=d"), QLatin1Char('*')), QStringLiteral("q=*** p=*"));
+}
+
+void PasswdMaskTest::eachCharacterIsReplacedByOne()
+{
+    PasswdMask mask;
+    mask.hideEverywhere(QRegExp(QStringLiteral("p=(.*);")));
+    const QString text = QString::fromUtf8("p=a\xf0\x9f\x94\x91z;");
+    QCOMPARE(mask.masked(text, QLatin1Char('*')), QStringLiteral("p=****;"));
+    QCOMPARE(mask.masked(text, QLatin1Char('*')).size(), text.size());
+}
+
+void PasswdMaskTest::aMatchWithoutCaptureHidesNothing()
+{
+    PasswdMask mask;
+    mask.hideEverywhere(QRegExp(QStringLiteral("p=(a)?")));
+    mask.hideEverywhere(QRegExp(QStringLiteral("q=a")));
+    QCOMPARE(mask.masked(QStringLiteral("p=b q=a"), QLatin1Char('*')), QStringLiteral("p=b q=a"));
+}
+
+void PasswdMaskTest::anEmptyMatchIsPassed()
+{
+    PasswdMask mask;
+    mask.hideEverywhere(QRegExp(QStringLiteral("(x*)")));
+    QCOMPARE(mask.masked(QStringLiteral("axxb"), QLatin1Char('*')), QStringLiteral("a**b"));
+}
+
+void PasswdMaskTest::placesInAndAroundAPasswordAreHidden()
+{
+    PasswdMask mask;
+    mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*);")));
+    const QString text = QStringLiteral("p=ab; p=;");
+    QList<bool> hidden;
+    for (int i = 0; i <= text.size(); ++i) {
+        hidden << mask.hides(text, i);
+    }
+    QCOMPARE(hidden, (QList<bool>{false, false, true, true, true, false, false, false, true, false}));
+}
+
+QTEST_APPLESS_MAIN(PasswdMaskTest)
+#include "PasswdMaskTest.moc"

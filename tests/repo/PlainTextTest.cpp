@@ -1,0 +1,44 @@
+#include "repo/PlainText.h"
+
+#include <QTextDocument>
+#include <QtTest>
+
+class PlainTextTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theTextComesBackAsItWasPutIn();
+    void lineSeparatorsAreLineFeeds();
+    void placesAreThoseOfTheDocument();
+};
+
+void PlainTextTest::theTextComesBackAsItWasPutIn()
+{
+    QTextDocument document;
+    // The last is what a letter with an accent becomes that is read byte by byte.
+    for (const QString& text : {QString(), QStringLiteral("a\nb\n"), QStringLiteral("\n\n"),
+                                QStringLiteral(" a\t b "), QString::fromLatin1("vuel\xc3\xa0\n")}) {
+        document.setPlainText(text);
+        QCOMPARE(PlainText::exact(&document), text);
+    }
+}
+
+void PlainTextTest::lineSeparatorsAreLineFeeds()
+{
+    QTextDocument document;
+    document.setPlainText(QStringLiteral("a") + QChar(QChar::LineSeparator) + QStringLiteral("b"));
+    QCOMPARE(PlainText::exact(&document), QStringLiteral("a\nb"));
+}
+
+void PlainTextTest::placesAreThoseOfTheDocument()
+{
+    QTextDocument document;
+    document.setPlainText(QStringLiteral("one\n\ntwo"));
+    const QString text = PlainText::exact(&document);
+    QCOMPARE(text.size(), document.characterCount() - 1);
+    QCOMPARE(text.at(5), document.characterAt(5));
+}
+
+QTEST_MAIN(PlainTextTest)
+#include "PlainTextTest.moc"

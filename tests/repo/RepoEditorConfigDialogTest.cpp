@@ -1,0 +1,368 @@
+#include "repo/RepoEditorConfigDialog.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+#include <memory>
+
+#include "repo/YumConfIO.h"
+#include "tests/repo/Form.h"
+#include "widgets/Colors.h"
+#include "widgets/HFrameLabel.h"
+
+class RepoEditorConfigDialogTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void theWindowIsAsDescribed();
+    void itFitsASmallScreen();
+    void theIdentifierHasTheFocusEveryTime();
+    void tabGoesThroughTheFieldsInOrder();
+    void theDefaultsAreThoseOfTheMainSection();
+    void okWithoutAChangeIsCancelled();
+    void okStoresTheEntryAndTheSessionState_data();
+    void okStoresTheEntryAndTheSessionState();
+    void aChangedIdentifierLeavesTheOldStateBehind();
+    void anUntouchedBoxKeepsItUnspecified();
+    void warningsDoNotPreventOk();
+    void cancelStoresNothing();
+    void escapeStoresNothing();
+    void resetRestoresTheFields();
+    void returnInAFieldDoesNotPressOk();
+    void theStatusFollowsTheFields();
+    void itCanBeUsedAgain();
+
+private:
+    // Runs the dialog on the entry and has the user do something, who ends it, too.
+    int run(const std::function<void()>& use)
+    {
+        bool used = false;
+        dialog->setEntry(&entry);
+        QTimer::singleShot(0, dialog.get(), [this, &use, &used] {
+            used = waitForFocus(dialog.get());
+            use();
+            if (dialog->isVisible()) {
+                dialog->reject();
+            }
+        });
+        const int result = dialog->exec();
+        used = waitForFocus(window.get()) && used;
+        return used ? result : -1;
+    }
+    void click(const char* text) const
+    {
+        QTest::mouseClick(Form::button(dialog.get(), text), Qt::LeftButton);
+    }
+    QString status() const { return dialog->findChild<HFrameLabel*>()->text(); }
+
+    QTemporaryDir root;
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    std::unique_ptr<YumConfIO> conf;
+    std::unique_ptr<QWidget> window;
+    std::unique_ptr<RepoEditor::ConfigDialog> dialog;
+    std::unique_ptr<Form> form;
+    Repo::Entry entry;
+};
+
+void RepoEditorConfigDialogTest::init()
+{
+    qputenv("VYREROOT", QFile::encodeName(root.path()));
+    session.clear();
+    conf = std::make_unique<YumConfIO>(requests, session);
+    conf->reposdir = QStringList{QStringLiteral("/etc/yum.repos.d")};
+    conf->enabled = true;
+    conf->gpgcheck = false;
+    window = std::make_unique<QWidget>();
+    window->resize(200, 100);
+    window->show();
+    QVERIFY(waitForFocus(window.get()));
+    dialog = std::make_unique<RepoEditor::ConfigDialog>(conf.get(), window.get());
+    form = std::make_unique<Form>(dialog.get());
+    entry = Repo::Entry();
+    entry.id = QStringLiteral("updates");
+    entry.baseurl = QStringLiteral("http://h/vantor?user=bob&word=secret&path=/x");
+    entry.file = QStringLiteral("/etc/yum.repos.d/updates.repo");
+    entry.position = 1.0;
+}
+
+void RepoEditorConfigDialogTest::cleanup()
+{
+    form.reset();
+    dialog.reset();
+    window.reset();
+    conf.reset();
+}
+
+void RepoEditorConfigDialogTest::theWindowIsAsDescribed()
+{
+    QCOMPARE(dialog->windowTitle(), QStringLiteral("VYRE Repository Configuration"));
+    for (const QWidget* field : form->fields()) {
+        QVERIFY(!field->isEnabled());
+    }
+    run([this] {
+        QVERIFY(dialog->isModal());
+        QCOMPARE(Form::button(dialog.get(), "Reset")->toolTip(),
+                 QStringLiteral("Undo changes to this repository configuration"));
+        QCOMPARE(Form::button(dialog.get(), "Cancel")->toolTip(),
+                 QStringLiteral("Undo changes to this repository configuration and close the window"));
+        QCOMPARE(Form::button(dialog.get(), "OK")->toolTip(),
+                 QStringLiteral("Apply changes to all repository configurations, and close the window"));
+        QVERIFY(Form::button(dialog.get(), "OK")->isDefault());
+        QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+        const HFrameLabel* label = dialog->findChild<HFrameLabel*>();
+        int last = label->mapTo(dialog.get(), QPoint(0, 0)).x();
+        for (const char* text : {"Reset", "Cancel", "OK"}) {
+            const int x = Form::button(dialog.get(), text)->x();
+            QVERIFY(last < x);
+            last = x;
+        }
+        QVERIFY(Form::button(dialog.get(), "OK")->y() >
+                form->position->mapTo(dialog.get(), QPoint(0, 0)).y());
+    });
+}
+
+void RepoEditorConfigDialogTest::itFitsASmallScreen()
+{
+    run([this] {
+        QVERIFY(dialog->width() <= 921);
+        QVERIFY(dialog->height() <= 691);
+        Form::type(form->id, QString());
+        QVERIFY(dialog->width() <= 921);
+        // Nothing is cut off at the size that it opens with.
+        for (const QWidget* field : form->fields()) {
+            QVERIFY(field->width() >= field->minimumSizeHint().width());
+            QVERIFY(field->height() >= field->minimumSizeHint().height());
+        }
+    });
+}
+
+void RepoEditorConfigDialogTest::theIdentifierHasTheFocusEveryTime()
+{
+    for (int time = 0; time < 2; ++time) {
+        run([this] {
+            QTRY_COMPARE(QApplication::focusWidget(), form->id);
+            form->file->setFocus();
+        });
+    }
+}
+
+void RepoEditorConfigDialogTest::tabGoesThroughTheFieldsInOrder()
+{
+    run([this] {
+        QList<QWidget*> visited;
+        for (int i = 0; i < form->fields().size(); ++i) {
+            visited << QApplication::focusWidget();
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(visited, form->fields());
+        QCOMPARE(QApplication::focusWidget(), Form::button(dialog.get(), "Cancel"));
+        QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+    });
+}
+
+void RepoEditorConfigDialogTest::theDefaultsAreThoseOfTheMainSection()
+{
+    run([this] {
+        QCOMPARE(form->enabled->currentText(), QStringLiteral("Default (Yes)"));
+        QCOMPARE(form->gpgcheck->currentText(), QStringLiteral("Default (No)"));
+    });
+    conf->enabled = false;
+    conf->gpgcheck = true;
+    run([this] {
+        QCOMPARE(form->enabled->currentText(), QStringLiteral("Default (No)"));
+        QCOMPARE(form->gpgcheck->currentText(), QStringLiteral("Default (Yes)"));
+    });
+}
+
+void RepoEditorConfigDialogTest::okWithoutAChangeIsCancelled()
+{
+    QCOMPARE(run([this] { click("OK"); }), int(QDialog::Rejected));
+    QCOMPARE(session, (QHash<QString, bool>()));
+}
+
+void RepoEditorConfigDialogTest::okStoresTheEntryAndTheSessionState_data()
+{
+    QTest::addColumn<int>("enabled");
+    QTest::addColumn<bool>("byDefault");
+    QTest::addColumn<bool>("used");
+    QTest::newRow("yes") << 2 << false << true;
+    QTest::newRow("no") << 0 << true << false;
+    QTest::newRow("not specified, on by default") << 1 << true << true;
+    QTest::newRow("not specified, off by default") << 1 << false << false;
+}
+
+void RepoEditorConfigDialogTest::okStoresTheEntryAndTheSessionState()
+{
+    QFETCH(int, enabled);
+    QFETCH(bool, byDefault);
+    QFETCH(bool, used);
+    conf->enabled = byDefault;
+    session.insert(QStringLiteral("updates"), !used);
+    const int result = run([this, enabled] {
+        Form::type(form->name, QStringLiteral("Updates"));
+        form->enabled->setFocus();
+        QTest::keyClick(form->enabled, Qt::Key_Home);
+        for (int i = 0; i < enabled; ++i) {
+            QTest::keyClick(form->enabled, Qt::Key_Down);
+        }
+        QVERIFY(entry.name.isEmpty());
+        click("OK");
+    });
+    QCOMPARE(result, int(QDialog::Accepted));
+    QCOMPARE(entry.name, QStringLiteral("Updates"));
+    QCOMPARE(entry.enabled, enabled);
+    QCOMPARE(session, (QHash<QString, bool>{{QStringLiteral("updates"), used}}));
+}
+
+void RepoEditorConfigDialogTest::aChangedIdentifierLeavesTheOldStateBehind()
+{
+    session.insert(QStringLiteral("updates"), false);
+    run([this] {
+        Form::type(form->id, QStringLiteral("other"));
+        click("OK");
+    });
+    QCOMPARE(session,
+             (QHash<QString, bool>{{QStringLiteral("updates"), false}, {QStringLiteral("other"), true}}));
+}
+
+void RepoEditorConfigDialogTest::anUntouchedBoxKeepsItUnspecified()
+{
+    run([this] {
+        QCOMPARE(form->enabled->currentText(), QStringLiteral("Default (Yes)"));
+        Form::type(form->name, QStringLiteral("Updates"));
+        click("OK");
+    });
+    QCOMPARE(entry.enabled, 1);
+    QCOMPARE(entry.gpgcheck, 1);
+    QCOMPARE(entry.name, QStringLiteral("Updates"));
+}
+
+void RepoEditorConfigDialogTest::warningsDoNotPreventOk()
+{
+    QCOMPARE(run([this] {
+                 Form::type(form->urls, QString());
+                 QCOMPARE(status(), QStringLiteral("No URLs or Mirror list URL specified"));
+                 click("OK");
+             }),
+             int(QDialog::Accepted));
+    QCOMPARE(entry.baseurl, QString());
+    QCOMPARE(run([this] {
+                 Form::type(form->id, QString());
+                 click("OK");
+             }),
+             int(QDialog::Accepted));
+    QCOMPARE(entry.id, QString());
+}
+
+void RepoEditorConfigDialogTest::cancelStoresNothing()
+{
+    QCOMPARE(run([this] {
+                 Form::type(form->id, QStringLiteral("other"));
+                 click("Cancel");
+             }),
+             int(QDialog::Rejected));
+    QCOMPARE(entry.id, QStringLiteral("updates"));
+    QVERIFY(session.isEmpty());
+}
+
+void RepoEditorConfigDialogTest::escapeStoresNothing()
+{
+    QCOMPARE(run([this] {
+                 Form::type(form->urls, QStringLiteral("http://h/other"));
+                 QTest::keyClick(form->urls, Qt::Key_Escape);
+                 QVERIFY(!dialog->isVisible());
+             }),
+             int(QDialog::Rejected));
+    QVERIFY(entry.baseurl.contains(QStringLiteral("secret")));
+}
+
+void RepoEditorConfigDialogTest::resetRestoresTheFields()
+{
+    QCOMPARE(run([this] {
+                 Form::type(form->id, QString());
+                 Form::type(form->password, QStringLiteral("new"));
+                 QVERIFY(Form::button(dialog.get(), "Reset")->isEnabled());
+                 QCOMPARE(status(), QStringLiteral("No Identifier specified"));
+                 click("Reset");
+                 QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+                 QCOMPARE(status(), QString());
+                 QCOMPARE(form->id->text(), QStringLiteral("updates"));
+                 QCOMPARE(form->password->text(), QStringLiteral("secret"));
+                 QCOMPARE(form->urls->realPlainText(), entry.baseurl);
+                 click("OK");
+             }),
+             int(QDialog::Rejected));
+}
+
+void RepoEditorConfigDialogTest::returnInAFieldDoesNotPressOk()
+{
+    run([this] {
+        for (QWidget* field : {static_cast<QWidget*>(form->id), static_cast<QWidget*>(form->mirrorList),
+                               static_cast<QWidget*>(form->password)}) {
+            field->setFocus();
+            QTest::keyClick(field, Qt::Key_Return);
+            QVERIFY(dialog->isVisible());
+        }
+        form->urls->setFocus();
+        QTest::keyClick(form->urls, Qt::Key_End);
+        QTest::keyClick(form->urls, Qt::Key_Return);
+        QVERIFY(dialog->isVisible());
+        QCOMPARE(form->urls->realPlainText(), entry.baseurl + QLatin1Char('\n'));
+    });
+}
+
+void RepoEditorConfigDialogTest::theStatusFollowsTheFields()
+{
+    run([this] {
+        const HFrameLabel* label = dialog->findChild<HFrameLabel*>();
+        QCOMPARE(status(), QString());
+        Form::type(form->id, QString());
+        QCOMPARE(status(), QStringLiteral("No Identifier specified"));
+        QCOMPARE(label->palette().color(QPalette::Window), QColor(Colors::errorBg()));
+        Form::type(form->id, QStringLiteral("x"));
+        QCOMPARE(status(), QString());
+        Form::type(form->file, QStringLiteral("/tmp/x.repo"));
+        QCOMPARE(status(), QStringLiteral("File is not in any reposdir directory"));
+        QCOMPARE(label->palette().color(QPalette::Window), QColor(Colors::warningBg()));
+        Form::type(form->file, QStringLiteral("/etc/yum.repos.d/x"));
+        QCOMPARE(status(), QStringLiteral("File lacks .repo suffix"));
+        Form::type(form->file, QString());
+        Form::type(form->password, QString());
+        QCOMPARE(status(), QStringLiteral("No Vantor Authentication Password specified"));
+        Form::type(form->authName, QString());
+        QCOMPARE(status(), QStringLiteral("No Vantor Authentication Name specified"));
+        Form::type(form->urls, QString());
+        QCOMPARE(status(), QStringLiteral("No URLs or Mirror list URL specified"));
+        Form::type(form->mirrorList, QStringLiteral("http://h/l"));
+        QCOMPARE(status(), QString());
+    });
+}
+
+void RepoEditorConfigDialogTest::itCanBeUsedAgain()
+{
+    run([this] {
+        Form::type(form->id, QStringLiteral("other"));
+        click("Cancel");
+    });
+    Repo::Entry second;
+    dialog->setEntry(&second);
+    QCOMPARE(status(), QStringLiteral("No Identifier specified"));
+    entry = second;
+    QCOMPARE(run([this] {
+                 QCOMPARE(form->id->text(), QString());
+                 QCOMPARE(form->urls->realPlainText(), QString());
+                 QVERIFY(!form->password->isEnabled());
+                 QVERIFY(!Form::button(dialog.get(), "Reset")->isEnabled());
+                 click("OK");
+             }),
+             int(QDialog::Rejected));
+}
+
+QTEST_MAIN(RepoEditorConfigDialogTest)
+#include "RepoEditorConfigDialogTest.moc"

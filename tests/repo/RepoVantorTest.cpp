@@ -1,0 +1,275 @@
+#include "repo/RepoVantor.h"
+
+#include <QtTest>
+
+#include "repo/RepoEntry.h"
+
+using namespace Repo;
+
+namespace {
+
+struct Auth
+{
+    bool found;
+    QStringList pieces; // name key, name, password key, password
+};
+
+template <typename Source> Auth authOf(const Source& source)
+{
+    QString nameKey = QStringLiteral("old");
+    QString name = nameKey;
+    QString passwordKey = nameKey;
+    QString password = nameKey;
+    const bool found = Vantor::getAuth(source, nameKey, name, passwordKey, password);
+    return {found, {nameKey, name, passwordKey, password}};
+}
+
+QString password(const QString& url)
+{
+    return authOf(url).pieces.at(3);
+}
+
+const QString base = QStringLiteral("http://h/vantor?u=bob&p=secret&path=/x");
+
+} // namespace
+
+class RepoVantorTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void credentialsAreFound_data();
+    void credentialsAreFound();
+    void nothingIsLeftInThePiecesWithoutCredentials();
+    void theUrlsOfARepositoryComeBeforeItsMirrorList();
+    void theMirrorListIsLookedAtWhenTheUrlsHaveNone();
+    void aNameWithBlankAndAmpersandIsEncoded();
+    void everySpecialCharacterIsEncodedInLowerCase_data();
+    void everySpecialCharacterIsEncodedInLowerCase();
+    void ordinaryCharactersAreLeftAlone();
+    void whatIsWrittenIsReadBack_data();
+    void whatIsWrittenIsReadBack();
+    void escapesOfEitherCaseAreDecoded();
+    void brokenEscapesAreLeftAlone();
+    void everyCredentialUrlGetsTheSameCredentials();
+    void theKeysAreKept();
+    void theNameIsKept();
+    void aTextWithoutCredentialsIsLeftAlone();
+    void theExpressionsAreTheAgreedOnes();
+    void theExpressionForOneUrlCapturesThePassword();
+    void theExpressionForUrlsCapturesEachPassword();
+    void thePasswordExpressionCapturesWhatIsTakenForAPassword_data();
+    void thePasswordExpressionCapturesWhatIsTakenForAPassword();
+};
+
+void RepoVantorTest::credentialsAreFound_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<bool>("found");
+    QTest::addColumn<QStringList>("pieces");
+    const QStringList none{QString(), QString(), QString(), QString()};
+    QTest::newRow("usual") << base << true << QStringList{"u", "bob", "p", "secret"};
+    QTest::newRow("empty values") << "http://h/vantor?u=&p=&path=/x" << true << QStringList{"u", "", "p", ""};
+    QTest::newRow("empty keys") << "/vantor?=&=&path=" << true << QStringList{"", "", "", ""};
+    QTest::newRow("encoded") << "/vantor?u%20k=a%20b&p=%26&path=" << true
+                             << QStringList{"u k", "a b", "p", "&"};
+    QTest::newRow("second of a list")
+        << "http://a/b\n" + base << true << QStringList{"u", "bob", "p", "secret"};
+    QTest::newRow("first of two") << base + "\nhttp://h/vantor?n=eve&w=other&path=/x" << true
+                                  << QStringList{"u", "bob", "p", "secret"};
+    QTest::newRow("empty") << QString() << false << none;
+    QTest::newRow("no mark") << "http://h/x?u=bob&p=secret&path=/x" << false << none;
+    QTest::newRow("mark of another case") << "http://h/Vantor?u=bob&p=secret&path=/x" << false << none;
+    QTest::newRow("no name key") << "http://h/vantor?u" << false << none;
+    QTest::newRow("no end of the name") << "http://h/vantor?u=bob" << false << none;
+    QTest::newRow("no password key") << "http://h/vantor?u=bob&p" << false << none;
+    QTest::newRow("no path") << "http://h/vantor?u=bob&p=secret" << false << none;
+}
+
+void RepoVantorTest::credentialsAreFound()
+{
+    QFETCH(QString, url);
+    const Auth auth = authOf(url);
+    QTEST(auth.found, "found");
+    QTEST(auth.pieces, "pieces");
+}
+
+void RepoVantorTest::nothingIsLeftInThePiecesWithoutCredentials()
+{
+    QCOMPARE(authOf(Entry()).pieces, (QStringList{QString(), QString(), QString(), QString()}));
+}
+
+void RepoVantorTest::theUrlsOfARepositoryComeBeforeItsMirrorList()
+{
+    Entry entry;
+    entry.baseurl = base;
+    entry.mirrorlist = QStringLiteral("http://h/vantor?n=eve&w=other&path=/x");
+    QVERIFY(authOf(entry).found);
+    QCOMPARE(authOf(entry).pieces.at(1), QStringLiteral("bob"));
+}
+
+void RepoVantorTest::theMirrorListIsLookedAtWhenTheUrlsHaveNone()
+{
+    Entry entry;
+    entry.baseurl = QStringLiteral("http://h/plain");
+    entry.mirrorlist = base;
+    QVERIFY(authOf(entry).found);
+    QCOMPARE(authOf(entry).pieces.at(1), QStringLiteral("bob"));
+}
+
+void RepoVantorTest::aNameWithBlankAndAmpersandIsEncoded()
+{
+    const QString url = Vantor::replaceAuth(base, QStringLiteral("a b&c"), QStringLiteral("secret"));
+    QCOMPARE(url, QStringLiteral("http://h/vantor?u=a%20b%26c&p=secret&path=/x"));
+    QCOMPARE(authOf(url).pieces.at(1), QStringLiteral("a b&c"));
+}
+
+void RepoVantorTest::everySpecialCharacterIsEncodedInLowerCase_data()
+{
+    QTest::addColumn<QString>("character");
+    QTest::addColumn<QString>("encoded");
+    const QByteArray special("$&+,/:;=?@ \"<>#%{}|\\^~[]");
+    for (const char character : special) {
+        const QByteArray code = '%' + QByteArray(1, character).toHex();
+        QTest::newRow(code.constData()) << QString(QLatin1Char(character)) << QString::fromLatin1(code);
+    }
+    QTest::newRow("tab") << QStringLiteral("\t") << QStringLiteral("%09");
+    QTest::newRow("no-break space") << QString(QChar(0xa0)) << QStringLiteral("%a0");
+}
+
+void RepoVantorTest::everySpecialCharacterIsEncodedInLowerCase()
+{
+    QFETCH(QString, character);
+    QFETCH(QString, encoded);
+    QCOMPARE(Vantor::replaceAuth(base, character),
+             QStringLiteral("http://h/vantor?u=bob&p=%1&path=/x").arg(encoded));
+    QCOMPARE(password(Vantor::replaceAuth(base, character)), character);
+}
+
+void RepoVantorTest::ordinaryCharactersAreLeftAlone()
+{
+    const QString ordinary = QString::fromUtf8("azAZ09-_.!*'()`\xc3\xa4\xe2\x82\xac");
+    QCOMPARE(Vantor::replaceAuth(base, ordinary),
+             QStringLiteral("http://h/vantor?u=bob&p=%1&path=/x").arg(ordinary));
+}
+
+void RepoVantorTest::whatIsWrittenIsReadBack_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::newRow("an escape") << "a%41";
+    QTest::newRow("an escaped percent sign") << "100%25";
+    QTest::newRow("the end of a password") << "x&path=/y";
+    QTest::newRow("backslash and digit") << "\\1";
+    QTest::newRow("many percent signs") << "%%%41%%";
+}
+
+void RepoVantorTest::whatIsWrittenIsReadBack()
+{
+    QFETCH(QString, text);
+    const QString url = Vantor::replaceAuth(base, text, text, text, text);
+    QCOMPARE(authOf(url).pieces, (QStringList{text, text, text, text}));
+    QVERIFY(url.endsWith(QStringLiteral("&path=/x")));
+}
+
+void RepoVantorTest::escapesOfEitherCaseAreDecoded()
+{
+    QCOMPARE(password(QStringLiteral("/vantor?u=&p=%2F%2f%c3%C3&path=")), QString::fromLatin1("//\xc3\xc3"));
+}
+
+void RepoVantorTest::brokenEscapesAreLeftAlone()
+{
+    QCOMPARE(password(QStringLiteral("/vantor?u=&p=%g1%1g%%20%&path=")), QStringLiteral("%g1%1g% %"));
+    QCOMPARE(password(QStringLiteral("/vantor?u=&p=%4&path=")), QStringLiteral("%4"));
+}
+
+void RepoVantorTest::everyCredentialUrlGetsTheSameCredentials()
+{
+    const QString urls = QStringLiteral("http://a/vantor?u=x&p=y&path=/1\nhttp://b/plain\n"
+                                        "http://c/vantor?name=&word=&path=/2");
+    QCOMPARE(Vantor::replaceAuth(urls, QStringLiteral("u"), QStringLiteral("eve"), QStringLiteral("p"),
+                                 QStringLiteral("pw")),
+             QStringLiteral("http://a/vantor?u=eve&p=pw&path=/1\nhttp://b/plain\n"
+                            "http://c/vantor?u=eve&p=pw&path=/2"));
+}
+
+void RepoVantorTest::theKeysAreKept()
+{
+    QCOMPARE(Vantor::replaceAuth(QStringLiteral("/vantor?login=&key%20word=&path="), QStringLiteral("eve"),
+                                 QStringLiteral("pw")),
+             QStringLiteral("/vantor?login=eve&key%20word=pw&path="));
+}
+
+void RepoVantorTest::theNameIsKept()
+{
+    QCOMPARE(Vantor::replaceAuth(base, QStringLiteral("pw")),
+             QStringLiteral("http://h/vantor?u=bob&p=pw&path=/x"));
+}
+
+void RepoVantorTest::aTextWithoutCredentialsIsLeftAlone()
+{
+    const QString url = QStringLiteral("http://h/x?u=bob&p=secret&path=/x");
+    QCOMPARE(Vantor::replaceAuth(url, QStringLiteral("pw")), url);
+    QCOMPARE(Vantor::replaceAuth(url, QStringLiteral("eve"), QStringLiteral("pw")), url);
+    QCOMPARE(Vantor::replaceAuth(url, QStringLiteral("u"), QStringLiteral("eve"), QStringLiteral("p"),
+                                 QStringLiteral("pw")),
+             url);
+}
+
+void RepoVantorTest::theExpressionsAreTheAgreedOnes()
+{
+    QCOMPARE(Vantor::oneUrlRegExp().pattern(),
+             QStringLiteral("^.*/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=.*$"));
+    QCOMPARE(Vantor::urlsRegExp().pattern(),
+             QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=[\\s]*\\b"));
+    QCOMPARE(Vantor::oneUrlRegExp().caseSensitivity(), Qt::CaseSensitive);
+    QCOMPARE(Vantor::urlsRegExp().caseSensitivity(), Qt::CaseSensitive);
+}
+
+void RepoVantorTest::theExpressionForOneUrlCapturesThePassword()
+{
+    const QRegExp expression = Vantor::oneUrlRegExp();
+    QVERIFY(expression.exactMatch(base));
+    QCOMPARE(expression.cap(1), QStringLiteral("secret"));
+    QVERIFY(!expression.exactMatch(QStringLiteral("http://h/vantor?u=bob&p=secret")));
+}
+
+void RepoVantorTest::theExpressionForUrlsCapturesEachPassword()
+{
+    const QRegExp expression = Vantor::urlsRegExp();
+    const QString urls = QStringLiteral("http://a/vantor?u=x&p=one&path=a\nhttp://b/vantor?u=y&p=two&path=b");
+    const int first = expression.indexIn(urls);
+    QCOMPARE(expression.cap(1), QStringLiteral("one"));
+    QVERIFY(expression.indexIn(urls, first + 1) > first);
+    QCOMPARE(expression.cap(1), QStringLiteral("two"));
+}
+
+void RepoVantorTest::thePasswordExpressionCapturesWhatIsTakenForAPassword_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("captured");
+    QTest::newRow("slash behind the path mark") << base << "secret";
+    QTest::newRow("word behind the path mark") << "/vantor?u=bob&p=secret&path=x"
+                                               << "secret";
+    QTest::newRow("ampersand in a key") << "/vantor?u=bob&x&p=secret&path="
+                                        << "secret";
+    QTest::newRow("ampersand in the password") << "/vantor?u=bob&p=sec&ret&path="
+                                               << "sec&ret";
+    QTest::newRow("blank in the password") << "/vantor?u=bob&p=sec ret&path="
+                                           << "sec ret";
+    QTest::newRow("equals sign in the password") << "/vantor?u=bob&p=sec=ret&path="
+                                                 << "sec=ret";
+    QTest::newRow("two URLs") << "/vantor?u=bob&p=one&path=\n/vantor?u=bob&p=two&path="
+                              << "one";
+}
+
+void RepoVantorTest::thePasswordExpressionCapturesWhatIsTakenForAPassword()
+{
+    QFETCH(QString, url);
+    const QRegExp expression = Vantor::passwordRegExp();
+    QVERIFY(expression.indexIn(url) >= 0);
+    QTEST(expression.cap(1), "captured");
+    QCOMPARE(expression.cap(1), password(url));
+}
+
+QTEST_APPLESS_MAIN(RepoVantorTest)
+#include "RepoVantorTest.moc"

@@ -1,0 +1,52 @@
+// Starts the back end on the script of VYRESHARE and prints what the user sees of it, one line a thing. The
+// argument, if any, is run in the interpreter before.
+
+#include <cstdio>
+
+#include <QApplication>
+
+#include "tests/yumio/BackEnd.h"
+
+namespace {
+
+void print(const QString& text)
+{
+    std::printf("%s\n", QString(text).replace('\n', '|').toUtf8().constData());
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // in order with what the script prints
+    QApplication app(argc, argv);
+    Answers answers;
+    {
+        QWidget window;
+        HProgressBar total(&window);
+        HProgressBar item(&window);
+        YumIOProbe yumIO;
+        yumIO.setup(&window, &total, &item);
+        if (argc > 1) {
+            yumIO.startInterpreter();
+            yumIO.py(argv[1]);
+        }
+        print(yumIO.initialize() ? "started" : "failed");
+        for (const ShownDialog& each : answers.take()) {
+            print(each.title + ": " + each.text);
+        }
+        print(yumIO.initialize() ? "again: started" : "again: failed");
+        answers.take();
+        if (argc > 2) {
+            yumIO.collect({});
+            for (const ShownDialog& each : answers.take()) {
+                print(each.title + ": " + each.text);
+            }
+        }
+    }
+    // What the end itself had to report.
+    for (const ShownDialog& each : answers.take()) {
+        print("end: " + each.title + ": " + each.text);
+    }
+    return 0;
+}

@@ -1,0 +1,1046 @@
+#include <cerrno>
+#include <csignal>
+#include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QtTest>
+
+#include "tests/yumio/BackEnd.h"
+
+namespace {
+
+const char* const generic =
+    "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
+    "include the contents of the\nLog window, which should contain a walkback.";
+
+// Calls of the system that cannot be made to fail from outside.
+bool failWaiting = false;
+bool failSettingTheChildSignal = false;
+bool failRestoringTheChildSignal = false;
+
+// The Python lists get no memory: of the requests for the first elements of a list, the one with this number
+// fails. 0: none.
+int failingList = 0;
+PyMemAllocatorEx memory;
+
+void* reallocate(void*, void* old, size_t size)
+{
+    if (old == nullptr && failingList > 0 && --failingList == 0) {
+        return nullptr;
+    }
+    return memory.realloc(memory.ctx, old, size);
+}
+
+class ListsWithoutMemory
+{
+public:
+    explicit ListsWithoutMemory(int number)
+    {
+        PyMem_GetAllocator(PYMEM_DOMAIN_MEM, &memory);
+        PyMemAllocatorEx failing = memory;
+        failing.ctx = nullptr;
+        failing.malloc = [](void*, size_t size) { return memory.malloc(memory.ctx, size); };
+        failing.calloc = [](void*, size_t count, size_t size) {
+            return memory.calloc(memory.ctx, count, size);
+        };
+        failing.realloc = reallocate;
+        failing.free = [](void*, void* block) { memory.free(memory.ctx, block); };
+        failingList = number;
+        PyMem_SetAllocator(PYMEM_DOMAIN_MEM, &failing);
+    }
+    ~ListsWithoutMemory()
+    {
+        PyMem_SetAllocator(PYMEM_DOMAIN_MEM, &memory);
+        failingList = 0;
+    }
+    ListsWithoutMemory(const ListsWithoutMemory&) = delete;
+    ListsWithoutMemory& operator=(const ListsWithoutMemory&) = delete;
+};
+
+// What the user is asked when a group is marked and one of its packages is, too.
+QString conflict(const QString& package, const QString& groupAction, const QString& implied,
+                 const QString& own)
+{
+    return QString("Package %1 is included in group G which was marked for %2, so the package would be "
+                   "marked for %3.\nBut the package also was marked individually for %4.\nDo you wish to "
+                   "proceed?")
+        .arg(package, groupAction, implied, own);
+}
+
+} // namespace
+
+extern "C" pid_t waitpid(pid_t pid, int* status, int options)
+{
+    static const auto real = reinterpret_cast<pid_t (*)(pid_t, int*, int)>(dlsym(RTLD_NEXT, "waitpid"));
+    if (failWaiting && pid == -1) {
+        errno = EINVAL;
+        return -1;
+    }
+    return real(pid, status, options);
+}
+
+extern "C" int sigaction(int number, const struct sigaction* action, struct sigaction* old) noexcept
+{
+    static const auto real = reinterpret_cast<int (*)(int, const struct sigaction*, struct sigaction*)>(
+        dlsym(RTLD_NEXT, "sigaction"));
+    if (number == SIGCHLD && (old != nullptr ? failSettingTheChildSignal : failRestoringTheChildSignal)) {
+        errno = EINVAL;
+        return -1;
+    }
+    return real(number, action, old);
+}
+
+// Only root may apply changes, and root is who runs this.
+class YumIOApplyTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    YumIOProbe& yumIO() { return backEnd->yumIO; }
+    QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
+    int logLength() { return backEnd->log().count(); }
+    QStringList headings(int from) { return backEnd->log(from).filter(QRegularExpression("^4 ")); }
+
+    // Collects what the statements have set up.
+    void collect(const QString& statements)
+    {
+        backEnd->run(statements);
+        QVERIFY(backEnd->collect());
+    }
+
+    // Applies with these statements in place of the package manager's work. They append to "seen".
+    bool apply(const QString& statements = QString("pass"))
+    {
+        backEnd->run("def applying(*lists):\n    " + QString(statements).replace("\n", "\n    ") +
+                     "\n    return True\n"
+                     "it.does['apply'] = applying\nseen = []");
+        return yumIO().apply();
+    }
+
+    // What the script was given: the names in the six lists, those of a pair joined by "<".
+    QString given()
+    {
+        return backEnd->text("'; '.join(' '.join('<'.join(x.name + '-' + x.version for x in each)\n"
+                             "    if isinstance(each, list) else each.name + getattr(each, 'version', '')\n"
+                             "    for each in part) for part in it.did('apply')[0])");
+    }
+
+    void mark(const QString& name, Package::Action action) { backEnd->entry(name)->action = action; }
+    bool wasApplied() { return backEnd->text("it.did('apply')") != QString("[]"); }
+
+    QScopedPointer<BackEnd> backEnd;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QCOMPARE(int(geteuid()), 0);
+        backEnd.reset(new BackEnd);
+        QVERIFY(backEnd->start());
+        backEnd->answers.take();
+    }
+
+    void cleanupTestCase() { backEnd.reset(); }
+
+    void init()
+    {
+        backEnd->renew();
+        yumIO().stdoutPending.clear();
+        yumIO().stderrPending.clear();
+        yumIO().txText.clear();
+        yumIO().txListed = false;
+        yumIO().cachedSize = 0;
+        yumIO().downloadSize = 0;
+        yumIO().downloadWeight = 0;
+        yumIO().rpmWeight = 0;
+    }
+
+    void cleanup()
+    {
+        for (const ShownDialog& each : backEnd->answers.take()) {
+            QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
+        }
+        QCOMPARE(int(yumIO().phase), int(YumIOProbe::Idle));
+        QCOMPARE(int(yumIO().exceptLogStart), -1);
+        QVERIFY(yumIO().progress == nullptr);
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+        QVERIFY(PyErr_Occurred() == nullptr);
+    }
+
+    // --- What the script is given
+
+    void whoIsNotRootIsRefused()
+    {
+        collect("it.available = [Package('tool')]");
+        mark("tool", Package::Install);
+        const int before = logLength();
+        QCOMPARE(seteuid(65534), 0);
+        const bool applied = apply();
+        QCOMPARE(seteuid(0), 0);
+        QVERIFY(!applied);
+        QCOMPARE(errors(), QStringList("Must be run as root to apply changes"));
+        QCOMPARE(backEnd->log(before),
+                 QStringList({"4 0 Applying", "3 0 Must be run as root to apply changes"}));
+        QVERIFY(!wasApplied());
+    }
+
+    void sixListsOfMarkedRecords()
+    {
+        collect("it.updates = [Package('fresh', '2.0')]\n"
+                "it.installed = [Package('fresh', '1.0'), Package('old', '3.0')]\n"
+                "it.available = [Package('tool', '4.0'), Package('left', '5.0'), Package('set', '6.0', "
+                "group='Suite')]\n"
+                "BASE.history.installed['r'] = True\n"
+                "it.groups = [Group('I', 'i'), Group('U', 'u', mandatory=['fresh']), Group('R', 'r')]");
+        mark("fresh", Package::Update);
+        mark("old", Package::Remove);
+        mark("tool", Package::Install);
+        mark("set", Package::Install);
+        backEnd->group("I")->action = Package::Install;
+        backEnd->group("U")->action = Package::Update;
+        backEnd->group("R")->action = Package::Remove;
+        // The order of records is nobody's concern.
+        QVERIFY(!apply("lists[0].sort(key=lambda package: package.name)"));
+        QCOMPARE(given(), QString("set6.0 tool4.0; fresh-2.0<fresh-1.0; old3.0; I; U; R"));
+        QCOMPARE(backEnd->text("it.did('apply')[0][0][1] is it.available[0]"), QString("True"));
+        QCOMPARE(backEnd->text("[type(each) for part in it.did('apply')[0][1:2] for each in part]"),
+                 QString("[<class 'list'>]"));
+        QCOMPARE(backEnd->entry("left")->txAction, Package::None);
+        QCOMPARE(backEnd->entry("tool")->txAction, Package::Install);
+    }
+
+    void suitesAreUpdatedAndRemovedLikePackages()
+    {
+        collect("it.updates = [Package('fresh', '2.0', group='Suite')]\n"
+                "it.installed = [Package('fresh', '1.0', group='Suite'), Package('old', '3.0', "
+                "group='Suite')]");
+        mark("fresh", Package::Update);
+        mark("old", Package::Remove);
+        QVERIFY(!apply());
+        QCOMPARE(given(), QString("; fresh-2.0<fresh-1.0; old3.0; ; ; "));
+    }
+
+    void nothingMarkedIsSixEmptyLists()
+    {
+        collect("it.available = [Package('tool')]");
+        QVERIFY(!apply());
+        QCOMPARE(backEnd->text("it.did('apply')"), QString("[([], [], [], [], [], [])]"));
+    }
+
+    void twoInstalledVersionsOfAnUpdateAreTwoPairs()
+    {
+        collect("it.updates = [Package('kernel', '6.3')]\n"
+                "it.installed = [Package('kernel', '6.1'), Package('kernel', '6.2')]");
+        mark("kernel", Package::Update);
+        QVERIFY(!apply());
+        QCOMPARE(given(), QString("; kernel-6.3<kernel-6.1 kernel-6.3<kernel-6.2; ; ; ; "));
+    }
+
+    void everyInstalledVersionIsRemoved()
+    {
+        collect("it.updates = [Package('fresh', '2.0')]\n"
+                "it.installed = [Package('kernel', v) for v in ('6.1', '6.2', '6.3')] + [Package('fresh')]");
+        mark("kernel", Package::Remove);
+        QVERIFY(!apply());
+        QCOMPARE(given(), QString("; ; kernel6.1 kernel6.2 kernel6.3; ; ; "));
+        // Of an update, that is the version it would replace.
+        mark("kernel", Package::None);
+        mark("fresh", Package::Remove);
+        backEnd->run("it.calls.clear()");
+        QVERIFY(!apply());
+        QCOMPARE(given(), QString("; ; fresh1.0; ; ; "));
+    }
+
+    void updateWithoutAnInstalledVersion()
+    {
+        collect("it.updates = [Package('fresh', '2.0')]");
+        mark("fresh", Package::Update);
+        QVERIFY(!apply());
+        QCOMPARE(errors(), QStringList("Unable to find installed version for package update fresh"));
+        QVERIFY(!wasApplied());
+    }
+
+    void failedListsStopTheApply_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("action");
+        QTest::addColumn<int>("failing");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* name, Package::Action action, int failing, const char* expected) {
+            QTest::newRow(expected) << name << int(action) << failing << expected;
+        };
+        row("fresh", Package::Update, 1, "Unable to add new package to pair for updated package fresh");
+        row("fresh", Package::Update, 2, "Unable to add package fresh to updates list");
+        row("tool", Package::Install, 1, "Unable to add package tool to installs list");
+        row("old", Package::Remove, 1, "Unable to add package old to removes list");
+        row("G", Package::Install, 1, "Unable to add group G to grp_installs list");
+        row("G", Package::Update, 1, "Unable to add group G to grp_updates list");
+        row("G", Package::Remove, 1, "Unable to add group G to grp_removes list");
+    }
+
+    void failedListsStopTheApply()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, action);
+        QFETCH(int, failing);
+        QFETCH(QString, expected);
+        collect("it.updates = [Package('fresh', '2.0')]\n"
+                "it.installed = [Package('fresh'), Package('old')]\n"
+                "it.available = [Package('tool')]\n"
+                "it.groups = [Group('G', 'g')]");
+        (name == "G" ? backEnd->group(name) : backEnd->entry(name))->action = Package::Action(action);
+        backEnd->run("it.does['apply'] = lambda *lists: True");
+        bool applied = true;
+        {
+            const ListsWithoutMemory lists(failing);
+            applied = yumIO().apply();
+        }
+        QVERIFY(!applied);
+        QCOMPARE(errors(), QStringList(expected));
+        QVERIFY(!wasApplied());
+        // With memory again, nothing is left of that.
+        QVERIFY(!apply());
+        QVERIFY(wasApplied());
+    }
+
+    void pairWithoutItsOldPackage()
+    {
+        collect("it.updates = [Package('fresh', '2.0')]\nit.installed = [Package('fresh')]");
+        Package::Entry& old = *backEnd->entry("fresh")->next;
+        mark("fresh", Package::Update);
+        PyObject* object = old.pyObject;
+        old.pyObject = nullptr;
+        const bool applied = apply();
+        old.pyObject = object;
+        QVERIFY(!applied);
+        QCOMPARE(errors(), QStringList("Unable to add old package to pair for updated package fresh"));
+        QVERIFY(!wasApplied());
+    }
+
+    // --- Groups against packages
+
+    void groupConflicts_data()
+    {
+        QTest::addColumn<int>("groupAction");
+        QTest::addColumn<QString>("member"); // updatable, available or installed
+        QTest::addColumn<int>("action");
+        QTest::addColumn<QString>("question"); // empty: none
+        const auto row = [](const char* name, Package::Action groupAction, const char* member,
+                            Package::Action action, const QString& question) {
+            QTest::newRow(name) << int(groupAction) << member << int(action) << question;
+        };
+        row("install, remove", Package::Install, "old", Package::Remove,
+            conflict("old", "Install", "Remove", "Remove"));
+        row("install, remove of an update", Package::Install, "fresh", Package::Remove,
+            conflict("fresh", "Install", "Update", "Remove"));
+        row("update, remove", Package::Update, "fresh", Package::Remove,
+            conflict("fresh", "Update", "Update", "Remove"));
+        row("install, install", Package::Install, "tool", Package::Install, QString());
+        row("install, update", Package::Install, "fresh", Package::Update, QString());
+        row("install, nothing", Package::Install, "tool", Package::None, QString());
+        row("update, update", Package::Update, "fresh", Package::Update, QString());
+        row("remove, install", Package::Remove, "tool", Package::Install,
+            conflict("tool", "Remove", "Install", "Install"));
+        row("remove, update", Package::Remove, "fresh", Package::Update,
+            conflict("fresh", "Remove", "Update", "Update"));
+        row("remove, remove", Package::Remove, "old", Package::Remove, QString());
+        row("remove, nothing", Package::Remove, "old", Package::None, QString());
+    }
+
+    void groupConflicts()
+    {
+        QFETCH(int, groupAction);
+        QFETCH(QString, member);
+        QFETCH(int, action);
+        QFETCH(QString, question);
+        collect("it.updates = [Package('fresh', '2.0')]\n"
+                "it.installed = [Package('fresh'), Package('old')]\n"
+                "it.available = [Package('tool')]\n"
+                "it.groups = [Group('G', 'g', mandatory=['" +
+                member + "', 'nobody'])]");
+        backEnd->group("G")->action = Package::Action(groupAction);
+        mark(member, Package::Action(action));
+        if (question.isEmpty()) {
+            QVERIFY(!apply());
+            QVERIFY(wasApplied());
+            return;
+        }
+        for (const char* no : {"No", "Escape", "Enter"}) {
+            const int before = logLength();
+            backEnd->answers.press(no);
+            QVERIFY(!apply());
+            const QList<ShownDialog> shown = backEnd->answers.take();
+            QCOMPARE(shown.count(), 1);
+            QCOMPARE(shown[0].title, QString("Apply"));
+            QCOMPARE(shown[0].text, question);
+            QStringList buttons = shown[0].buttons;
+            buttons.sort();
+            QCOMPARE(buttons, QStringList({"No", "Yes"}));
+            QVERIFY2(!wasApplied(), no);
+            QCOMPARE(backEnd->log(before), QStringList("4 0 Applying"));
+        }
+        backEnd->answers.press("Yes");
+        QVERIFY(!apply());
+        QCOMPARE(backEnd->answers.takeTexts("Apply"), QStringList(question));
+        QVERIFY(wasApplied());
+    }
+
+    void listsThatAreCheckedForAnInstalledGroup()
+    {
+        // The optional and the conditional packages do not come with a group.
+        collect("it.installed = [Package(name) for name in 'abcd']\n"
+                "it.groups = [Group('G', 'g', ['a'], ['b'], ['c'], ['d'])]");
+        for (const char* name : {"a", "b", "c", "d"}) {
+            mark(name, Package::Remove);
+        }
+        for (const Package::Action action : {Package::Install, Package::Update}) {
+            const QString word = action == Package::Install ? "Install" : "Update";
+            backEnd->group("G")->action = action;
+            backEnd->answers.press("Yes");
+            backEnd->answers.press("Yes");
+            QVERIFY(!apply());
+            QCOMPARE(backEnd->answers.takeTexts("Apply"),
+                     QStringList(
+                         {conflict("a", word, "Remove", "Remove"), conflict("b", word, "Remove", "Remove")}));
+        }
+    }
+
+    void listsThatAreCheckedForARemovedGroup()
+    {
+        collect("it.available = [Package(name) for name in 'abcd']\n"
+                "it.groups = [Group('G', 'g', ['a'], ['b'], ['c'], ['d'])]");
+        QStringList questions;
+        for (const char* name : {"a", "b", "c", "d"}) {
+            mark(name, Package::Install);
+            questions.append(conflict(name, "Remove", "Install", "Install"));
+        }
+        backEnd->group("G")->action = Package::Remove;
+        for (int yes = 0; yes < 4; ++yes) {
+            // The first No is the last question.
+            for (int i = 0; i < yes; ++i) {
+                backEnd->answers.press("Yes");
+            }
+            backEnd->answers.press("No");
+            QVERIFY(!apply());
+            QCOMPARE(backEnd->answers.takeTexts("Apply"), QStringList(questions.mid(0, yes + 1)));
+            QVERIFY(!wasApplied());
+        }
+    }
+
+    void groupWithoutALaterListIsApplied()
+    {
+        collect("it.groups = [Group('G', 'g')]");
+        backEnd->run("del it.groups[0].default_packages");
+        backEnd->group("G")->action = Package::Install;
+        QVERIFY(!apply());
+        QCOMPARE(errors(), QStringList("Internal error: group G.default_packages not evaluable"));
+        QVERIFY(wasApplied());
+    }
+
+    void conflictOfARecordWithoutAState()
+    {
+        collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
+        Package::Entry& tool = *backEnd->entry("tool");
+        tool.state = static_cast<Package::State>(3);
+        QVERIFY(!yumIO().applyGrpConflict(*backEnd->group("G"), tool));
+        QCOMPARE(errors(), QStringList("Internal error: applyGrpConflict unexpected package state\n"));
+    }
+
+    void conflictOfRecordsThatAreNotMarked()
+    {
+        collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
+        Package::Entry& tool = *backEnd->entry("tool");
+        tool.txAction = Package::None;
+        backEnd->group("G")->txAction = Package::None;
+        backEnd->answers.press("Yes");
+        QVERIFY(yumIO().applyGrpConflict(*backEnd->group("G"), tool));
+        QCOMPARE(backEnd->answers.takeTexts("Apply"),
+                 QStringList(conflict("tool", "ERROR", "Install", "ERROR")));
+    }
+
+    void packageOfTheSystemsArchitectureIsFoundFirst()
+    {
+        collect("it.available = [Package('lib', arch='i686'), Package('lib', arch='x86_64'),\n"
+                "                Package('only', arch='i686'), Package('text', arch='noarch')]");
+        QVERIFY(yumIO().findPackage("lib") == backEnd->entry("lib"));
+        QVERIFY(yumIO().findPackage("only") == backEnd->entry("only", "i386"));
+        QVERIFY(yumIO().findPackage("only") != nullptr);
+        QVERIFY(yumIO().findPackage("text") == backEnd->entry("text"));
+        QVERIFY(yumIO().findPackage("nobody") == nullptr);
+        backEnd->run("BASE.conf.basearch = 'i386'");
+        yumIO().basearch = yumIO().getYumVar("basearch");
+        QVERIFY(yumIO().findPackage("lib") == backEnd->entry("lib", "i386"));
+    }
+
+    void kindsOfPackages()
+    {
+        const auto kind = [this](const char* expression) {
+            return yumIO().getPkgKind(backEnd->value(expression).get());
+        };
+        QCOMPARE(kind("Package('a', group='Suite')"), Package::Suite);
+        QCOMPARE(kind("Package('a', group='suite')"), Package::Ordinary);
+        QCOMPARE(kind("Package('a', group=None)"), Package::Ordinary);
+        QCOMPARE(kind("Thing()"), Package::Ordinary);
+    }
+
+    // --- The listing
+
+    void linesOfTheListing_data()
+    {
+        QTest::addColumn<int>("action");
+        QTest::addColumn<int>("reason");
+        QTest::addColumn<QString>("line"); // empty: none
+        QTest::addColumn<bool>("dependency");
+        const auto row = [](int action, int reason, const char* line, bool dependency) {
+            QTest::addRow("%d %d", action, reason) << action << reason << line << dependency;
+        };
+        const char* const install = "\tInstall: pkg 1.0-1 (x86_64) [main]\n";
+        const char* const remove = "\tRemove: pkg 1.0-1 (x86_64)\n";
+        row(1, 5, "\tInstall (group): pkg 1.0-1 (x86_64) [main]\n", true);
+        row(1, 4, "\tInstall (weak): pkg 1.0-1 (x86_64) [main]\n", true);
+        row(1, 1, install, true);
+        for (int reason : {0, 2, 3, 6}) {
+            row(1, reason, install, false);
+            row(8, reason == 3 ? 4 : reason, remove, false);
+        }
+        for (int reason : {0, 1, 3, 5}) {
+            row(2, reason, "\tDowngrade: pkg 1.0-1 (x86_64) [main]\n", false);
+            row(5, reason, "\tObsoleting: pkg 1.0-1 (x86_64)\n", true);
+            row(6, reason, "\tUpgrade: pkg 1.0-1 (x86_64) [main]\n", false);
+            row(9, reason, "\tReinstall: pkg 1.0-1 (x86_64) [main]\n", false);
+            for (int action : {0, 3, 4, 7, 10, 11}) {
+                row(action, reason, "", false);
+            }
+        }
+        row(8, 1, remove, true);
+        row(8, 3, "\tRemove (unused): pkg 1.0-1 (x86_64)\n", true);
+        row(8, 5, remove, false);
+    }
+
+    void linesOfTheListing()
+    {
+        QFETCH(int, action);
+        QFETCH(int, reason);
+        QFETCH(QString, line);
+        QFETCH(bool, dependency);
+        collect("it.installed = [Package('pkg')]");
+        backEnd->run(
+            QString("answer = yumIOC.listTransaction(None, [item(%1, 'pkg', %2)])").arg(action).arg(reason));
+        QCOMPARE(backEnd->text("answer"), QString("None"));
+        QVERIFY(yumIO().txListed);
+        QString expected = "Transaction to be performed:\n";
+        if (dependency) {
+            expected += "Performing the following to resolve dependencies:\n";
+        }
+        QCOMPARE(yumIO().txText, expected + line);
+    }
+
+    void dependenciesAreListedLast()
+    {
+        collect("it.available = [Package(name) for name in 'abcd']");
+        yumIO().txText = "what a plug-in has printed\n";
+        backEnd->run(
+            "yumIOC.listTransaction(None, (item(1, 'a', 1, epoch=2), item(1, 'b'), item(1, 'c', 5),\n"
+            "                              item(2, 'd', release='2%1', from_repo='%2')))");
+        QCOMPARE(yumIO().txText, QString("Transaction to be performed:\n"
+                                         "\tInstall: b 1.0-1 (x86_64) [main]\n"
+                                         "\tDowngrade: d 1.0-2%1 (x86_64) [%2]\n"
+                                         "Performing the following to resolve dependencies:\n"
+                                         "\tInstall: a 2:1.0-1 (x86_64) [main]\n"
+                                         "\tInstall (group): c 1.0-1 (x86_64) [main]\n"));
+    }
+
+    void itemWithoutARecord()
+    {
+        collect("it.available = [Package('a'), Package('b', size=50000)]");
+        backEnd->run("yumIOC.listTransaction(None, [item(1, 'nobody', arch='i686'), item(1, 'b')])");
+        QCOMPARE(
+            errors(),
+            QStringList("Internal error: listTransaction: unable to find package entry for nobody.i686"));
+        // It is shown all the same, and the next one is not lost.
+        QCOMPARE(yumIO().txText, QString("Transaction to be performed:\n"
+                                         "\tInstall: nobody 1.0-1 (i686) [main]\n"
+                                         "\tInstall: b 1.0-1 (x86_64) [main]\n"));
+        QCOMPARE(yumIO().downloadSize, quint64(50000));
+    }
+
+    void recordIsFoundByTheClassOfItsArchitecture()
+    {
+        collect("it.available = [Package('lib', arch='i686', size=20000),\n"
+                "                Package('lib', arch='x86_64', size=30000)]");
+        backEnd->run("yumIOC.listTransaction(None, [item(1, 'lib', arch='i586')])");
+        QCOMPARE(yumIO().downloadSize, quint64(20000));
+        QCOMPARE(backEnd->entry("lib", "i386")->txAction, Package::Install);
+    }
+
+    void weights_data()
+    {
+        QTest::addColumn<int>("action");
+        QTest::addColumn<quint64>("size");
+        QTest::addColumn<quint64>("oldSize");
+        QTest::addColumn<quint64>("download");
+        QTest::addColumn<quint64>("downloadWeight");
+        QTest::addColumn<quint64>("rpmWeight");
+        QTest::addColumn<int>("txAction");
+        const auto row = [](int action, quint64 size, quint64 oldSize, quint64 download, quint64 weight,
+                            quint64 rpm, Package::Action txAction) {
+            QTest::addRow("%d of %d", action, int(size))
+                << action << size << oldSize << download << weight << rpm << int(txAction);
+        };
+        for (int action : {1, 2, 6, 9}) {
+            const Package::Action adopted = action == 1 ? Package::Install : Package::Update;
+            row(action, 200000, 100000, 200000, 200000, 600000, adopted);
+            row(action, 5000, 4000, 5000, 10240, 15000, adopted);
+            row(action, 100, 50, 100, 10240, 10240, adopted);
+        }
+        row(4, 200000, 100000, 0, 0, 600000, Package::None);
+        row(4, 100, 50, 0, 0, 10240, Package::None);
+        row(5, 200000, 100000, 0, 0, 100000, Package::None);
+        row(5, 100, 50, 0, 0, 10240, Package::None);
+        for (int action : {3, 7, 10}) {
+            row(action, 200000, 100000, 0, 0, 20000, Package::None);
+            row(action, 100, 50000, 0, 0, 10240, Package::None);
+        }
+        row(8, 200000, 100000, 0, 0, 100000, Package::Remove);
+        row(8, 100, 50, 0, 0, 10240, Package::Remove);
+        row(11, 200000, 100000, 0, 0, 0, Package::None);
+    }
+
+    void weights()
+    {
+        QFETCH(int, action);
+        QFETCH(quint64, size);
+        QFETCH(quint64, oldSize);
+        QFETCH(quint64, download);
+        QFETCH(quint64, downloadWeight);
+        QFETCH(quint64, rpmWeight);
+        QFETCH(int, txAction);
+        collect(QString("it.updates = [Package('pkg', '2.0', size=%1)]\n"
+                        "it.installed = [Package('pkg', '1.0', size=%2)]")
+                    .arg(size)
+                    .arg(oldSize));
+        Package::Entry& entry = *backEnd->entry("pkg");
+        entry.txAction = Package::None;
+        const QString list = QString("yumIOC.listTransaction(None, [item(%1, 'pkg')])").arg(action);
+        backEnd->run(list);
+        QCOMPARE(yumIO().downloadSize, download);
+        QCOMPARE(yumIO().cachedSize, quint64(0));
+        QCOMPARE(yumIO().downloadWeight, downloadWeight);
+        QCOMPARE(yumIO().rpmWeight, rpmWeight);
+        QCOMPARE(int(entry.txAction), txAction);
+
+        // With the package in the cache.
+        backEnd->run("it.does['verifyLocalPkg'] = lambda package: package is it.updates[0]");
+        entry.txAction = Package::None;
+        entry.local = false;
+        backEnd->run(list);
+        QCOMPARE(yumIO().downloadSize, download);
+        QCOMPARE(yumIO().cachedSize, download);
+        QCOMPARE(yumIO().downloadWeight, 2 * downloadWeight);
+        QCOMPARE(yumIO().rpmWeight, 2 * rpmWeight);
+        QCOMPARE(entry.local, download != 0);
+
+        // What the user has marked stays marked.
+        for (const Package::Action own : {Package::Update, Package::Install, Package::Remove}) {
+            entry.txAction = own;
+            backEnd->run(list);
+            QCOMPARE(entry.txAction, own);
+        }
+    }
+
+    void weightOfARemovedVersion()
+    {
+        collect("it.installed = [Package('kernel', v, size=s) for v, s in\n"
+                "    (('6.1', 11000), ('6.2', 12000), ('6.3', 13000))]");
+        backEnd->run("yumIOC.listTransaction(None, [item(8, 'kernel', version='6.2')])");
+        QCOMPARE(yumIO().rpmWeight, quint64(12000));
+        backEnd->run("yumIOC.listTransaction(None, [item(8, 'kernel', version='6.3')])");
+        QCOMPARE(yumIO().rpmWeight, quint64(25000));
+        backEnd->run("yumIOC.listTransaction(None, [item(8, 'kernel', version='6.3', epoch=1)])");
+        QCOMPARE(yumIO().rpmWeight, quint64(25000));
+    }
+
+    void packagesInTheCache()
+    {
+        collect("it.available = [Package('a', size=30000)]");
+        const PyRef package = backEnd->value("it.available[0]");
+        QVERIFY(!yumIO().verifyLocalPkg(package.get()));
+        QCOMPARE(backEnd->text("it.did('verifyLocalPkg') == [(it.available[0],)]"), QString("True"));
+        backEnd->run("it.does['verifyLocalPkg'] = lambda package: 'yes'");
+        QVERIFY(yumIO().verifyLocalPkg(package.get()));
+        for (const char* expected : {"FileNotFoundError('a')", "dnf.exceptions.MiscError('a')"}) {
+            backEnd->run(QString("it.raises['verifyLocalPkg'] = ") + expected);
+            QVERIFY(!yumIO().verifyLocalPkg(package.get()));
+            QVERIFY(PyErr_Occurred() == nullptr);
+            QCOMPARE(errors(), QStringList());
+        }
+        backEnd->run("it.raises['verifyLocalPkg'] = KeyError('x')");
+        QVERIFY(!yumIO().verifyLocalPkg(package.get()));
+        QCOMPARE(errors(), QStringList(generic));
+    }
+
+    void sizesOfADownload()
+    {
+        yumIO().txText = "Listed\n";
+        yumIO().cachedSize = 1000;
+        yumIO().downloadSize = 1024000;
+        backEnd->run("answer = yumIOC.reportDownloadSize(iter([Thing(installsize=3000000000), "
+                     "Thing(installsize=7)]))");
+        QCOMPARE(backEnd->text("answer"), QString("None"));
+        QCOMPARE(yumIO().txText, QString("Listed\n\nCached size: 1.0Kb\nTotal download size: 1.0Mb\n"
+                                         "Installed size: 2.8Gb\n"));
+    }
+
+    void wrongArgumentsRaiseAnException()
+    {
+        backEnd->run("def failure(function, *arguments):\n"
+                     "    try:\n"
+                     "        function(*arguments)\n"
+                     "    except Exception as e:\n"
+                     "        return type(e).__name__\n"
+                     "def walk():\n"
+                     "    yield 1 / 0\n");
+        const auto failure = [this](const char* call) {
+            return backEnd->text(QString("failure(yumIOC.%1)").arg(call));
+        };
+        QCOMPARE(failure("listTransaction"), QString("TypeError"));
+        QCOMPARE(failure("listTransaction, 1"), QString("TypeError"));
+        QCOMPARE(failure("listTransaction, 1, 2, 3"), QString("TypeError"));
+        QCOMPARE(failure("listTransaction, 1, 2"), QString("TypeError"));
+        QVERIFY(!yumIO().txListed);
+        QCOMPARE(failure("reportDownloadSize"), QString("TypeError"));
+        QCOMPARE(failure("reportDownloadSize, 1"), QString("TypeError"));
+        QCOMPARE(failure("reportRemoveSize"), QString("TypeError"));
+        QCOMPARE(failure("userconfirm, 1"), QString("TypeError"));
+        QCOMPARE(yumIO().txText, QString());
+        QCOMPARE(failure("reportDownloadSize, walk()"), QString("ZeroDivisionError"));
+        QCOMPARE(yumIO().txText, QString());
+        QCOMPARE(failure("listTransaction, 1, walk()"), QString("ZeroDivisionError"));
+    }
+
+    // --- Confirmation
+
+    void removalsAlone()
+    {
+        collect("it.installed = [Package('old')]");
+        mark("old", Package::Remove);
+        const int before = logLength();
+        QVERIFY(apply("seen.append(look())\n"
+                      "yumIOC.listTransaction(None, [item(8, 'old')])\n"
+                      "yumIOC.reportRemoveSize(None)\n"
+                      "seen.append(yumIOC.userconfirm())\n"
+                      "seen.append(look())"));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].title, QString("Apply"));
+        QCOMPARE(shown[0].text, QString("Transaction to be performed:\n\tRemove: old 1.0-1 (x86_64)\n"
+                                        "No downloads; only removals\n"));
+        QStringList buttons = shown[0].buttons;
+        buttons.sort();
+        QCOMPARE(buttons, QStringList({"Cancel", "OK"}));
+        QCOMPARE(backEnd->text("seen[0]"), QString("['Checking Dependencies: Total Progress (0%) 0/1', "
+                                                   "'Resolve Dependencies (0%) 0/1']"));
+        QCOMPARE(backEnd->text("seen[1]"), QString("1"));
+        QCOMPARE(backEnd->text("seen[2]"),
+                 QString("['Running Transaction: Total Progress (0%) 0/9100', 'Preparing (0%) 0/1']"));
+        QCOMPARE(yumIO().downloadSteps, 0U);
+        QCOMPARE(headings(before), QStringList({"4 0 Applying", "4 0 Applying: OK"}));
+        QVERIFY(yumIO().txText.isEmpty());
+        QVERIFY(!yumIO().txListed);
+    }
+
+    void downloadsHaveTheirShareOfTheBar()
+    {
+        collect("it.available = [Package('tool', size=30000)]");
+        mark("tool", Package::Install);
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(1, 'tool')])\n"
+                      "yumIOC.reportDownloadSize([Thing(installsize=70000)])\n"
+                      "yumIOC.userconfirm()\n"
+                      "seen.append(look())\nseen.append(state())"));
+        QCOMPARE(backEnd->answers.takeTexts("Apply"),
+                 QStringList("Transaction to be performed:\n\tInstall: tool 1.0-1 (x86_64) [main]\n\n"
+                             "Cached size: 0b\nTotal download size: 29Kb\nInstalled size: 68Kb\n"));
+        QCOMPARE(backEnd->text("seen[0]"),
+                 QString("['Running Transaction: Total Progress (0%) 0/33100', 'Preparing (0%) 0/1']"));
+        QCOMPARE(backEnd->text("seen[1]['downloadSteps']"), QString("24000"));
+        QCOMPARE(backEnd->text("seen[1]['txApplied'], seen[1]['txListed'], seen[1]['txText']"),
+                 QString("(1, 0, '')"));
+    }
+
+    void refusedTransaction()
+    {
+        collect("it.available = [Package('tool')]");
+        mark("tool", Package::Install);
+        for (const char* no : {"Cancel", "Escape"}) {
+            const int before = logLength();
+            backEnd->answers.press(no);
+            QVERIFY(!apply("yumIOC.listTransaction(None, [item(1, 'tool')])\n"
+                           "seen.append(yumIOC.userconfirm())\n"
+                           "seen.append(look())\nseen.append(state())"));
+            QCOMPARE(backEnd->answers.take().count(), 1);
+            QCOMPARE(backEnd->text("seen[:2]"), QString("[0, ['idle', 'idle']]"));
+            QCOMPARE(backEnd->text("seen[2]['txApplied'], seen[2]['txListed'], seen[2]['downloadSteps']"),
+                     QString("(0, 0, 0)"));
+            QCOMPARE(headings(before), QStringList({"4 0 Applying", "4 0 Not Applying: Canceled"}));
+        }
+    }
+
+    void questionWithoutAListing()
+    {
+        collect("it.available = [Package('tool')]");
+        const QString ask = "yumIOC.gpgsigcheck()\n"
+                            "sys.stdout.write('Import the key?')\n"
+                            "sys.stderr.write('Really?')\n"
+                            "seen.append(yumIOC.userconfirm())";
+        int before = logLength();
+        backEnd->answers.press("No");
+        QVERIFY(!apply(ask));
+        QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].title, QString("Query"));
+        QCOMPARE(shown[0].text, QString("Import the key?\nReally?\n"));
+        QStringList buttons = shown[0].buttons;
+        buttons.sort();
+        QCOMPARE(buttons, QStringList({"No", "Yes"}));
+        QCOMPARE(backEnd->text("seen"), QString("[0]"));
+        QVERIFY(backEnd->log(before).contains("4 0 Confirmation: No"));
+
+        // A Yes applies nothing.
+        before = logLength();
+        backEnd->answers.press("Yes");
+        QVERIFY(!apply(ask));
+        QCOMPARE(backEnd->answers.takeTexts("Query").count(), 1);
+        QCOMPARE(backEnd->text("seen"), QString("[1]"));
+        QVERIFY(backEnd->log(before).contains("4 0 Confirmation: Yes"));
+
+        // And a No takes nothing back.
+        backEnd->answers.press("OK");
+        backEnd->answers.press("No");
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n" + ask));
+        shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[0].title, QString("Apply"));
+        QCOMPARE(shown[0].text, QString("Transaction to be performed:\n"));
+        QCOMPARE(shown[1].title, QString("Query"));
+    }
+
+    void confirmationBeginsTheSlotsAnew()
+    {
+        QVERIFY(!apply("yumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.takeTexts("Query").count(), 1);
+        yumIO().nextSlot = 5;
+        backEnd->run("yumIOC.userconfirm()");
+        QCOMPARE(backEnd->answers.takeTexts("Query").count(), 1);
+        QCOMPARE(yumIO().nextSlot, 0U);
+    }
+
+    void dependenciesTakeTheirActionFromTheTransaction()
+    {
+        collect("it.available = [Package('tool'), Package('lib')]\n"
+                "it.installed = [Package('old'), Package('unused')]");
+        mark("tool", Package::Install);
+        mark("old", Package::Remove);
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(1, 'tool'), item(1, 'lib', 1), item(8, 'old'),\n"
+                      "                              item(8, 'unused', 3)])\n"
+                      "yumIOC.userconfirm()"));
+        backEnd->answers.take();
+        QCOMPARE(backEnd->entry("tool")->txAction, Package::Install);
+        QCOMPARE(backEnd->entry("lib")->txAction, Package::Install);
+        QCOMPARE(backEnd->entry("old")->txAction, Package::Remove);
+        QCOMPARE(backEnd->entry("unused")->txAction, Package::Remove);
+        QCOMPARE(backEnd->entry("lib")->action, Package::None);
+        // That is forgotten when the next one begins.
+        QVERIFY(!apply());
+        QCOMPARE(backEnd->entry("lib")->txAction, Package::None);
+        QCOMPARE(given(), QString("tool1.0; ; old1.0; ; ; "));
+    }
+
+    // --- The run
+
+    void everyCountBeginsAnew()
+    {
+        yumIO().txText = "text";
+        yumIO().txListed = true;
+        yumIO().txApplied = true;
+        yumIO().cachedSize = 1;
+        yumIO().downloadSize = 2;
+        yumIO().downloadWeight = 3;
+        yumIO().rpmWeight = 4;
+        yumIO().downloadSteps = 5;
+        yumIO().actCounter = 6;
+        yumIO().testRun = true;
+        yumIO().lastTsDone = 7;
+        yumIO().lastAction = 8;
+        yumIO().remoteWeight = 9;
+        yumIO().remoteCount = 10;
+        yumIO().downloading = true;
+        yumIO().threadCount = 11;
+        yumIO().threadsMax = 12;
+        yumIO().nextSlot = 13;
+        yumIO().payloadSlots.insert("x", 14);
+        QVERIFY(!apply("seen.append(state())"));
+        QCOMPARE(backEnd->text("{name: value for name, value in seen[0].items() if value} == "
+                               "{'phase': 2, 'lastTsDone': -1}"),
+                 QString("True"));
+    }
+
+    void outputOfTheRunIsLogged()
+    {
+        const int before = logLength();
+        QVERIFY(!apply("import os\nos.write(1, b'from a scriptlet\\n')\nos.write(2, b'its trouble\\n')\n"
+                       "print('from the script')"));
+        QStringList log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 from a scriptlet", "1 0 from the script", "3 0 its trouble"}));
+    }
+
+    void failuresAreExplained()
+    {
+        const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
+        QVERIFY(!apply(confirmed + "raise dnf.exceptions.DepsolveError('nothing provides x')"));
+        QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].title, QString("VYRE Yum Error"));
+        QCOMPARE(shown[1].text, QString("nothing provides x\nUnable to apply changes"));
+        QVERIFY(!yumIO().txApplied);
+
+        QVERIFY(!apply(confirmed + "raise RuntimeError('odd')"));
+        shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].text, QString("Unable to apply changes: Runtime Error:\n\nodd"));
+
+        QVERIFY(!apply(confirmed + "raise KeyError('x')"));
+        shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].text, QString(generic));
+
+        QVERIFY(apply(confirmed));
+        backEnd->answers.take();
+    }
+
+    void listsAreReleased()
+    {
+        collect("it.available = [Package('tool')]");
+        mark("tool", Package::Install);
+        const QString references = backEnd->text("sys.getrefcount(it.available[0])");
+        QVERIFY(!apply());
+        backEnd->run("it.calls.clear()");
+        QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])"), references);
+    }
+
+    void scriptCanWaitForItsChildren()
+    {
+        struct sigaction mine = {};
+        mine.sa_handler = SIG_IGN;
+        struct sigaction original;
+        sigaction(SIGCHLD, &mine, &original);
+        const bool applied =
+            apply("import os\n"
+                  "seen.append(os.waitpid(os.spawnlp(os.P_NOWAIT, 'false', 'false'), 0)[1])");
+        struct sigaction now;
+        sigaction(SIGCHLD, &original, &now);
+        QVERIFY(!applied);
+        QVERIFY(now.sa_handler == SIG_IGN);
+        QCOMPARE(backEnd->text("seen"), QString("[256]"));
+    }
+
+    void childrenThatEndedBeforeAreReaped()
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            _exit(0);
+        }
+        siginfo_t info;
+        QCOMPARE(waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT), 0);
+        const int before = logLength();
+        QVERIFY(!apply());
+        QCOMPARE(backEnd->log(before),
+                 QStringList({"4 0 Applying", QString("2 0 Reaped zombie child %1").arg(child)}));
+    }
+
+    void childrenThatCannotBeReaped()
+    {
+        failWaiting = true;
+        const bool applied = apply();
+        failWaiting = false;
+        QVERIFY(!applied);
+        QCOMPARE(errors(), QStringList("Unable to reap children; errno=22 (Invalid argument)"));
+        QVERIFY(!wasApplied());
+    }
+
+    void childSignalThatCannotBeSet()
+    {
+        failSettingTheChildSignal = true;
+        const bool applied = apply();
+        failSettingTheChildSignal = false;
+        QVERIFY(!applied);
+        QCOMPARE(errors(),
+                 QStringList("Unable to disable SIGCHLD signal handler; errno=22 (Invalid argument)"));
+        QVERIFY(wasApplied());
+    }
+
+    void childSignalThatCannotBeRestored()
+    {
+        failRestoringTheChildSignal = true;
+        const bool applied = apply();
+        failRestoringTheChildSignal = false;
+        QVERIFY(!applied);
+        QCOMPARE(errors(),
+                 QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
+    }
+
+    void changedSystemIsKnown()
+    {
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
+        backEnd->answers.take();
+        QVERIFY(!yumIO().systemChanged());
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(False)\n"
+                       "raise dnf.exceptions.Error('half way')"));
+        backEnd->answers.take();
+        QVERIFY(yumIO().systemChanged());
+        QVERIFY(!apply());
+        QVERIFY(!yumIO().systemChanged());
+    }
+
+    // --- Cleaning
+
+    void cleaning_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QString>("label");
+        QTest::newRow("dbcache") << "cleanDbcache"
+                                 << "dbcache";
+        QTest::newRow("packages") << "cleanPackages"
+                                  << "Packages";
+        QTest::newRow("metadata") << "cleanMetadata"
+                                  << "Metadata";
+        QTest::newRow("all") << "cleanAll"
+                             << "All";
+    }
+
+    void cleaning()
+    {
+        QFETCH(QString, method);
+        QFETCH(QString, label);
+        const auto clean = [this, method] {
+            return method == "cleanDbcache"    ? yumIO().cleanDbcache()
+                   : method == "cleanPackages" ? yumIO().cleanPackages()
+                   : method == "cleanMetadata" ? yumIO().cleanMetadata()
+                                               : yumIO().cleanAll();
+        };
+        const int before = logLength();
+        QVERIFY(clean());
+        QCOMPARE(backEnd->text("it.calls"), "[('" + method + "',)]");
+        QCOMPARE(backEnd->log(before), QStringList("4 0 Cleaning " + label));
+        backEnd->run("it.raises['" + method + "'] = OSError(13, 'Permission denied')");
+        QVERIFY(!clean());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot clean " + label}));
+        // A method that returns nothing has succeeded.
+        backEnd->run("it.raises.clear()\nit.does['" + method + "'] = lambda: None");
+        QVERIFY(clean());
+    }
+};
+
+QTEST_MAIN(YumIOApplyTest)
+#include "YumIOApplyTest.moc"

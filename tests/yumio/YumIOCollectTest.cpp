@@ -1,0 +1,573 @@
+#include <QtTest>
+
+#include "tests/yumio/BackEnd.h"
+
+namespace {
+
+const char* const generic =
+    "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
+    "include the contents of the\nLog window, which should contain a walkback.";
+
+const char* const underTheMenu = "\nUnder the Repositories menu, Edit Configuration can be used to configure "
+                                 "repositories.";
+
+QStringList names(const QList<Package::Entry*>& entries)
+{
+    QStringList texts;
+    for (const Package::Entry* entry : entries) {
+        texts.append(entry->name + "." + entry->biArch);
+    }
+    texts.sort();
+    return texts;
+}
+
+} // namespace
+
+class YumIOCollectTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    YumIOProbe& yumIO() { return backEnd->yumIO; }
+    QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
+    QStringList warnings() { return backEnd->answers.takeTexts("VYRE Yum Warning"); }
+
+    QScopedPointer<BackEnd> backEnd;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        backEnd.reset(new BackEnd);
+        QVERIFY(!yumIO().fileListsLoaded);
+        QVERIFY(!yumIO().otherDataLoaded);
+        QVERIFY(!yumIO().locked);
+        QCOMPARE(yumIO().count(), 0);
+        QVERIFY(backEnd->start());
+        QCOMPARE(errors(), QStringList());
+        QCOMPARE(backEnd->text("sys.argv"), QString("['the-test', 'info']"));
+    }
+
+    void cleanupTestCase() { backEnd.reset(); }
+
+    void init()
+    {
+        backEnd->renew();
+        yumIO().locked = false;
+    }
+
+    void cleanup()
+    {
+        for (const ShownDialog& each : backEnd->answers.take()) {
+            QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
+        }
+        QCOMPARE(int(yumIO().phase), int(YumIOProbe::Idle));
+        QCOMPARE(int(yumIO().exceptLogStart), -1);
+        QVERIFY(yumIO().progress == nullptr);
+        QVERIFY(PyErr_Occurred() == nullptr);
+    }
+
+    void recordOfAPackage()
+    {
+        backEnd->run(
+            "it.available = [Package('tool', '2.3', 'noarch', 'extra', release='4', epoch=1, size=2048,\n"
+            "                        buildtime=1700000000)]");
+        const auto references = backEnd->text("sys.getrefcount(it.available[0])").toInt();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 1);
+        const Package::Entry& entry = *yumIO()[0];
+        QCOMPARE(entry.action, Package::None);
+        QCOMPARE(entry.state, Package::Available);
+        QCOMPARE(entry.kind, Package::Ordinary);
+        QCOMPARE(entry.name, QString("tool"));
+        QCOMPARE(entry.verRel, QString("1:2.3-4"));
+        QCOMPARE(entry.repo, QString("extra"));
+        QCOMPARE(entry.arch, QString("noarch"));
+        QCOMPARE(entry.biArch, QString("x86_64"));
+        QCOMPARE(entry.size, quint64(2048));
+        QCOMPARE(entry.sizeText, QString("2.0Kb"));
+        QCOMPARE(entry.summary, QString("The package tool"));
+        QCOMPARE(entry.buildTime, quint64(1700000000));
+        QCOMPARE(entry.buildTimeText, QString("Tue Nov 14 22:13:20 2023"));
+        QVERIFY(!entry.duplicate);
+        QVERIFY(entry.next == nullptr);
+        QVERIFY(entry.pyObject == backEnd->value("it.available[0]").get());
+        QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])").toInt(), references + 1);
+        yumIO().clearEntries();
+        QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])").toInt(), references);
+    }
+
+    void textsOfARecord()
+    {
+        backEnd->run(
+            "it.installed = [Package('tool', relativepath='t/tool.rpm'), Package('other', group='Suite')]");
+        QVERIFY(backEnd->collect());
+        const Package::Entry& entry = *backEnd->entry("tool");
+        QCOMPARE(yumIO().getName(entry), QString("tool"));
+        QCOMPARE(yumIO().getVerRel(entry), QString("1.0-1"));
+        QCOMPARE(yumIO().getRepo(entry), QString("main"));
+        QCOMPARE(yumIO().getArch(entry), QString("x86_64"));
+        QCOMPARE(yumIO().getSize(entry), QString("20Kb"));
+        QCOMPARE(yumIO().getSummary(entry), QString("The package tool"));
+        QCOMPARE(yumIO().getBuildTime(entry), QString("Fri Jan  2 00:00:00 1970"));
+        QCOMPARE(yumIO().getState(entry), QString("Installed"));
+        QCOMPARE(yumIO().getKind(entry), QString("Ordinary package"));
+        QCOMPARE(yumIO().getDescription(entry), QString("All about tool"));
+        QCOMPARE(yumIO().getGroup(entry), QString("Applications/Testing"));
+        QCOMPARE(yumIO().getVendor(entry), QString("Vendor"));
+        QCOMPARE(yumIO().getBuildHost(entry), QString("host.example"));
+        QCOMPARE(yumIO().getInstallTime(entry), QString("Sat Jan  3 00:00:00 1970"));
+        QCOMPARE(yumIO().getBinaryRpm(entry), QString("t/tool.rpm"));
+        QCOMPARE(yumIO().getSourceRpm(entry), QString("tool.src.rpm"));
+        QCOMPARE(yumIO().getLicense(entry), QString("MIT"));
+        QCOMPARE(yumIO().getPackager(entry), QString("Packager"));
+        QCOMPARE(yumIO().getUrl(entry), QString("https://example.org/tool"));
+        QCOMPARE(yumIO().getBinaryRpm(*backEnd->entry("other")), QString());
+        QCOMPARE(yumIO().getKind(*backEnd->entry("other")), QString("Suite of packages"));
+    }
+
+    void scriptIsCalledInOrder()
+    {
+        const int before = backEnd->log().count();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->text("' '.join(call[0] for call in it.calls)"),
+                 QString("lock setupRepos collectUpdates collectAll collectGroups collectDone"));
+        QCOMPARE(backEnd->log(before).value(0), QString("4 0 Initialization"));
+        QCOMPARE(yumIO().basearch, QString("x86_64"));
+        QCOMPARE(yumIO().readingName, QString("contents"));
+        QCOMPARE(int(yumIO().readingCount), 0);
+        QVERIFY(yumIO().locked);
+    }
+
+    void lockIsTakenOnce()
+    {
+        QVERIFY(backEnd->collect());
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->text("len(it.did('lock'))"), QString("1"));
+    }
+
+    void lockThatSomebodyElseHolds()
+    {
+        backEnd->run("def held():\n"
+                     "    yumIOC.errorlog(1, 'process 12 has it')\n"
+                     "    raise dnf.exceptions.LockError('held')\n"
+                     "it.does['lock'] = held");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList("process 12 has it\nUnable to obtain yum lock"));
+        QVERIFY(!yumIO().locked);
+        QCOMPARE(backEnd->text("it.calls"), QString("[('lock',)]"));
+        QVERIFY(!backEnd->total.isEnabled());
+
+        backEnd->run("it.does.clear()");
+        QVERIFY(backEnd->collect());
+    }
+
+    void lockThatFailsOtherwise()
+    {
+        backEnd->run("it.raises['lock'] = KeyError('x')");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList(generic));
+        QVERIFY(!yumIO().locked);
+    }
+
+    void extraDataCountAsLoadedAfterAnyCollection()
+    {
+        yumIO().fileListsLoaded = false;
+        yumIO().otherDataLoaded = false;
+        backEnd->run("it.raises['lock'] = dnf.exceptions.LockError('held')");
+        QVERIFY(!backEnd->collect());
+        errors();
+        QVERIFY(yumIO().haveFileLists());
+        QVERIFY(yumIO().haveOtherData());
+    }
+
+    void missingRepositories()
+    {
+        backEnd->run("del BASE.repos");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.base.repos not evaluable"}));
+    }
+
+    void repositoriesThatAreNoDictionary()
+    {
+        backEnd->run("BASE.repos = []");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList("Internal error: yumIO.base.repos not a dictionary"));
+    }
+
+    void noRepositoriesConfigured()
+    {
+        backEnd->run("BASE.repos = {}");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList(QString("No repositories are configured.") + underTheMenu));
+        QCOMPARE(backEnd->text("it.calls"), QString("[('lock',)]"));
+    }
+
+    void noRepositoriesEnabled()
+    {
+        backEnd->run("BASE.repos = {'a': Thing(enabled=0), 'b': Thing(enabled=None), 'c': Thing()}");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList(QString("No repositories are enabled.") + underTheMenu));
+    }
+
+    void enabledRepositoriesInTheirOrder()
+    {
+        backEnd->run(
+            "BASE.repos = {'z': Thing(enabled=1), 'b': Thing(enabled='yes'), 'a': Thing(enabled=True)}");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().enabledRepos, QStringList({"z", "a"}));
+    }
+
+    void repositoriesAreEnabledAndDisabled()
+    {
+        backEnd->run("BASE.repos['second'] = Thing(enabled=0)");
+        QVERIFY(backEnd->collect({{"main", false}, {"second", true}, {"not-configured", true}}));
+        QCOMPARE(backEnd->text("it.did('enableRepo')"), QString("[('second',)]"));
+        QCOMPARE(backEnd->text("it.did('disableRepo')"), QString("[('main',)]"));
+    }
+
+    void repositoryThatCannotBeEnabledIsWarnedOf()
+    {
+        backEnd->run("BASE.repos['second'] = Thing(enabled=0)\n"
+                     "it.raises['enableRepo'] = dnf.exceptions.RepoError('no %1 there')");
+        QVERIFY(backEnd->collect({{"second", true}, {"main", true}}));
+        QStringList shown = warnings();
+        shown.sort();
+        QCOMPARE(shown, QStringList({"unable to setup repository main:\nno %1 there",
+                                     "unable to setup repository second:\nno %1 there"}));
+    }
+
+    void repositoriesThatCannotBeRead_data()
+    {
+        QTest::addColumn<QString>("exception");
+        QTest::newRow("RepoError") << "dnf.exceptions.RepoError('no mirrors')";
+        QTest::newRow("BdbQuit") << "bdb.BdbQuit('no mirrors')";
+    }
+
+    void repositoriesThatCannotBeRead()
+    {
+        QFETCH(QString, exception);
+        backEnd->run("it.raises['setupRepos'] = " + exception);
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList("no mirrors\nUnable to initialize"));
+        QCOMPARE(backEnd->text("it.did('collectUpdates')"), QString("[]"));
+    }
+
+    void unexpectedFailureOfTheRepositories()
+    {
+        backEnd->run("it.raises['setupRepos'] = KeyError('x')");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList(generic));
+    }
+
+    void failuresAreExplained_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QString>("what");
+        QTest::newRow("updates") << "collectUpdates"
+                                 << "collect updatable packages";
+        QTest::newRow("all") << "collectAll"
+                             << "collect installed and available packages";
+        QTest::newRow("groups") << "collectGroups"
+                                << "collect groups";
+    }
+
+    void failuresAreExplained()
+    {
+        QFETCH(QString, method);
+        QFETCH(QString, what);
+        backEnd->run("it.installed = [Package('tool')]\nit.raises['" + method +
+                     "'] = dnf.exceptions.Error('broken')");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList("broken\nUnable to " + what));
+        QCOMPARE(yumIO().count(), 0);
+
+        backEnd->run("it.raises['" + method + "'] = KeyError('x')");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(),
+                 QStringList({generic, "Internal error: execution of yumIO." + method + " failed"}));
+        QCOMPARE(yumIO().count(), 0);
+
+        // What a failed collection has left is gone with the next clearing.
+        yumIO().clearEntries();
+        backEnd->run("it.raises.clear()");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 1);
+    }
+
+    void progressOfACollection()
+    {
+        backEnd->run(
+            "seen = []\n"
+            "def watch(method):\n"
+            "    answer = {'collectUpdates': it.updates, 'collectGroups': it.groups,\n"
+            "              'collectAll': Thing(installed=[], available=[])}.get(method)\n"
+            "    it.does[method] = lambda: (seen.append((state()['phase'],) + tuple(look())), answer)[1]\n"
+            "for each in ('setupRepos', 'collectUpdates', 'collectAll', 'collectGroups', 'collectDone'):\n"
+            "    watch(each)");
+        const QStringList expected{
+            "(1, 'Initializing: Total Progress (0%) 100/18000', 'Reading repositories (0%) 0/1')",
+            "(1, 'Initializing: Total Progress (83%) 15000/18000', 'Collecting updatable packages (0%) 0/1')",
+            "(1, 'Initializing: Total Progress (88%) 16000/18000', "
+            "'Collecting installed and available packages (0%) 0/1')",
+            "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups (0%) 0/1')",
+            "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups (0%) 0/1')"};
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->text("seen"), "[" + expected.join(", ") + "]");
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+    }
+
+    void packagesAndGroupsThatCannotBeWalked()
+    {
+        backEnd->run("def broken():\n    yield Package('tool')\n    raise KeyError('x')\n"
+                     "it.updates = 5");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: the packages are not iterable"}));
+        backEnd->run("it.updates = broken()");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: the packages cannot be walked"}));
+        yumIO().clearEntries();
+        backEnd->run("it.updates = []\nit.groups = 5");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: the groups are not iterable"}));
+        backEnd->run("def broken():\n    yield Group('G', 'g')\n    raise KeyError('x')\n"
+                     "it.groups = broken()");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: the groups cannot be walked"}));
+        QCOMPARE(yumIO().count(), 0);
+    }
+
+    void missingSetOfPackages()
+    {
+        backEnd->run("it.does['collectAll'] = lambda: Thing(installed=[Package('tool')])");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.collectAll.available not found"}));
+        QCOMPARE(yumIO().count(), 0);
+        QCOMPARE(yumIO().entryIndex.count(), 1);
+        backEnd->run("it.does['collectAll'] = lambda: Thing(available=[])");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.collectAll.installed not found"}));
+    }
+
+    void outputOfTheScriptIsLogged()
+    {
+        backEnd->run("import os\n"
+                     "def talk():\n"
+                     "    print('from the script')\n"
+                     "    os.write(1, b'to descriptor 1\\n')\n"
+                     "    os.write(2, b'to descriptor 2\\n')\n"
+                     "    return []\n"
+                     "it.does['collectUpdates'] = talk");
+        const int before = backEnd->log().count();
+        QVERIFY(backEnd->collect());
+        const QStringList log = backEnd->log(before);
+        QVERIFY(log.contains("1 0 from the script"));
+        QVERIFY(log.contains("1 0 to descriptor 1"));
+        QVERIFY(log.contains("3 0 to descriptor 2"));
+    }
+
+    void updateCarriesTheInstalledVersion()
+    {
+        backEnd->run("it.updates = [Package('tool', '2.0')]\n"
+                     "it.installed = [Package('tool', '1.0', repo='@System')]\n"
+                     "it.available = [Package('tool', '2.0'), Package('tool', '1.5')]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 1);
+        const Package::Entry* entry = yumIO()[0];
+        QCOMPARE(entry->state, Package::Updatable);
+        QCOMPARE(entry->verRel, QString("2.0-1"));
+        QVERIFY(entry->next != nullptr);
+        QCOMPARE(entry->next->state, Package::Installed);
+        QCOMPARE(entry->next->verRel, QString("1.0-1"));
+        QVERIFY(entry->next->next == nullptr);
+    }
+
+    void installedVersionsAreChained()
+    {
+        backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2', '6.3')]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 1);
+        QStringList versions;
+        for (const Package::Entry* entry = yumIO()[0]; entry != nullptr; entry = entry->next) {
+            QCOMPARE(entry->state, Package::Installed);
+            versions.append(entry->verRel);
+        }
+        QCOMPARE(versions, QStringList({"6.1-1", "6.2-1", "6.3-1"}));
+        // Each has a reference of its own.
+        backEnd->run("kernels = it.installed");
+        const int references = backEnd->text("[sys.getrefcount(k) for k in kernels][2]").toInt();
+        yumIO().clearEntries();
+        QCOMPARE(backEnd->text("[sys.getrefcount(k) for k in kernels][2]").toInt(), references - 1);
+    }
+
+    void worseOfTwoArchitecturesIsADuplicate()
+    {
+        backEnd->run("it.available = [Package('lib', arch='i686'), Package('lib', arch='x86_64'),\n"
+                     "                Package('mono', arch='x86_64'), Package('mono', arch='i586')]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(names(yumIO().entries), QStringList({"lib.i386", "lib.x86_64", "mono.i386", "mono.x86_64"}));
+        QVERIFY(backEnd->entry("lib", "i386")->duplicate);
+        QVERIFY(!backEnd->entry("lib")->duplicate);
+        QVERIFY(backEnd->entry("mono", "i386")->duplicate);
+        QVERIFY(!backEnd->entry("mono")->duplicate);
+        QVERIFY(yumIO().bestByName.value("lib") == backEnd->entry("lib"));
+        QCOMPARE(yumIO().biArchs, QSet<QString>({"x86_64", "i386"}));
+        QCOMPARE(backEnd->text("[(a.arch, b.arch) for a, b in it.did('isBetterThan')]"),
+                 QString("[('i686', 'x86_64'), ('x86_64', 'i586')]"));
+    }
+
+    void onlyTrueMakesTheFirstBetter()
+    {
+        backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
+                     "it.does['isBetterThan'] = lambda a, b: 1");
+        QVERIFY(backEnd->collect());
+        QVERIFY(backEnd->entry("lib")->duplicate);
+        QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
+    }
+
+    void failedComparisonPrefersTheNewOne()
+    {
+        backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
+                     "it.raises['isBetterThan'] = KeyError('x')");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(errors(), QStringList(generic));
+        QVERIFY(backEnd->entry("lib")->duplicate);
+        QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
+    }
+
+    void groups()
+    {
+        backEnd->run(
+            "it.updates = [Package('fresh', '2.0')]\n"
+            "it.installed = [Package('fresh'), Package('old')]\n"
+            "BASE.history.installed['there'] = 'yes'\n"
+            "it.groups = [Group('Installed', 'there', mandatory=['fresh']),\n"
+            "             Group('Mandatory update', 'm', mandatory=['old', 'fresh']),\n"
+            "             Group('Default update', 'd', default=['fresh']),\n"
+            "             Group('Optional update', 'o', optional=['fresh'], conditional=['fresh']),\n"
+            "             Group('Unknown members', 'u', mandatory=['nobody']),\n"
+            "             Group('Hidden', 'h', uservisible=False),\n"
+            "             Group('Default update', 'second', mandatory=[])]\n");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->group("Installed")->state, Package::Installed);
+        QCOMPARE(backEnd->group("Mandatory update")->state, Package::Updatable);
+        QCOMPARE(backEnd->group("Default update")->state, Package::Updatable);
+        QCOMPARE(backEnd->group("Optional update")->state, Package::Available);
+        QCOMPARE(backEnd->group("Unknown members")->state, Package::Available);
+        QVERIFY(backEnd->group("Hidden") == nullptr);
+        QCOMPARE(yumIO().count(), 7);
+        const Package::Entry& group = *backEnd->group("Default update");
+        QCOMPARE(group.kind, Package::Group);
+        QCOMPARE(group.action, Package::None);
+        QVERIFY(group.pyObject == backEnd->value("it.groups[2]").get());
+        QVERIFY(group.verRel.isEmpty() && group.arch.isEmpty() && group.repo.isEmpty());
+    }
+
+    void groupWithoutVisibilityIsSkipped()
+    {
+        backEnd->run("it.groups = [Group('G', 'g')]\ndel it.groups[0].uservisible");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 0);
+    }
+
+    void groupWithoutAName()
+    {
+        backEnd->run("it.groups = [Group('G', 'g')]\ndel it.groups[0].name");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList("Internal error: group without name"));
+    }
+
+    void groupAndPackageOfTheSameName()
+    {
+        backEnd->run("it.available = [Package('base')]\nit.groups = [Group('base', 'base')]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 2);
+        QVERIFY(backEnd->group("base") != backEnd->entry("base"));
+    }
+
+    void missingHistory()
+    {
+        backEnd->run("del BASE.history");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.base.history not evaluable"}));
+        backEnd->run("BASE.history = Thing()");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.base.history.group not evaluable"}));
+    }
+
+    void suites()
+    {
+        backEnd->run("it.available = [Package('office', group='Suite'), Package('suite', group='suite')]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->entry("office")->kind, Package::Suite);
+        QCOMPARE(backEnd->entry("suite")->kind, Package::Ordinary);
+    }
+
+    void clearingRemovesEverything()
+    {
+        backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
+                     "it.groups = [Group('G', 'g')]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 3);
+        yumIO().clearEntries();
+        QCOMPARE(yumIO().count(), 0);
+        QVERIFY(yumIO().entryIndex.isEmpty());
+        QVERIFY(yumIO().bestByName.isEmpty());
+        QVERIFY(yumIO().biArchs.isEmpty());
+    }
+
+    void clearingBeforeTheEndAbandonsTheReferences()
+    {
+        backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2')]\nkernels = it.installed");
+        QVERIFY(backEnd->collect());
+        const QString references = backEnd->text("[sys.getrefcount(k) for k in kernels]");
+        yumIO().clearEntriesBeforeQuit();
+        QCOMPARE(backEnd->text("[sys.getrefcount(k) for k in kernels]"), references);
+        QCOMPARE(yumIO().count(), 0);
+        QVERIFY(yumIO().entryIndex.isEmpty());
+        QVERIFY(yumIO().bestByName.isEmpty());
+        QVERIFY(yumIO().biArchs.isEmpty());
+    }
+
+    void resetIsTheScripts()
+    {
+        yumIO().reset();
+        QCOMPARE(backEnd->text("it.calls"), QString("[('reset',)]"));
+    }
+
+    void configurationVariables()
+    {
+        backEnd->run("BASE.conf.releasever = '9'");
+        QCOMPARE(yumIO().getYumVar("releasever"), QString("9"));
+        QCOMPARE(yumIO().getYumVar("nothing"), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: yum var nothing not found"}));
+        backEnd->run("del BASE.conf");
+        QCOMPARE(yumIO().getYumVar("releasever"), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: conf not evaluable"}));
+    }
+
+    void progressOfTheMetadata()
+    {
+        backEnd->run("class Payload:\n"
+                     "    download_size = 400.0\n"
+                     "    def __init__(self, name): self.name = name\n"
+                     "    def __str__(self): return self.name\n"
+                     "def download():\n"
+                     "    yumIOC.downloadStart(1, 400, 0)\n"
+                     "    one, two = Payload('one'), Payload('two')\n"
+                     "    yumIOC.downloadProgress(one, 0.0)\n"
+                     "    yumIOC.downloadProgress(one, 200.0)\n"
+                     "    yumIOC.downloadMessage('x')\n"
+                     "    yumIOC.downloadEnd(one, None, None)\n"
+                     "    yumIOC.downloadProgress(two, 0.0)\n"
+                     "    return True\n"
+                     "it.does['setupRepos'] = download\n"
+                     "BASE.repos['second'] = Thing(enabled=1)");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(int(yumIO().readingCount), 2);
+        QCOMPARE(yumIO().readingMax, 1);
+    }
+};
+
+QTEST_MAIN(YumIOCollectTest)
+#include "YumIOCollectTest.moc"

@@ -1,0 +1,279 @@
+#include <QtTest>
+
+#include "tests/yumio/BackEnd.h"
+
+namespace {
+
+const char* const generic =
+    "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
+    "include the contents of the\nLog window, which should contain a walkback.";
+
+} // namespace
+
+class YumIOExtraTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    YumIOProbe& yumIO() { return backEnd->yumIO; }
+    QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
+    const Package::Entry& tool() { return *backEnd->entry("tool"); }
+    const Package::Entry& group() { return *backEnd->group("G"); }
+
+    QScopedPointer<BackEnd> backEnd;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        backEnd.reset(new BackEnd);
+        QVERIFY(backEnd->start());
+        backEnd->answers.take();
+    }
+
+    void cleanupTestCase() { backEnd.reset(); }
+
+    // One package, one group.
+    void init()
+    {
+        backEnd->renew();
+        backEnd->run("tool = Package('tool')\n"
+                     "group = Group('G', 'g', ['b', 'a'], ['d'], [], ['c', 'c'])\n"
+                     "it.installed = [tool]\n"
+                     "it.groups = [group]");
+        QVERIFY(backEnd->collect());
+        QVERIFY(backEnd->entry("tool") != nullptr);
+        QVERIFY(backEnd->group("G") != nullptr);
+    }
+
+    void cleanup()
+    {
+        for (const ShownDialog& each : backEnd->answers.take()) {
+            QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
+        }
+        QVERIFY(PyErr_Occurred() == nullptr);
+        QCOMPARE(PyGILState_Check(), 1);
+    }
+
+    void nothingIsLoadedAfterACollection()
+    {
+        QVERIFY(yumIO().collectFileLists());
+        QVERIFY(yumIO().collectOtherData());
+        QCOMPARE(backEnd->text("it.did('collectFileLists') + it.did('collectOtherData')"), QString("[]"));
+    }
+
+    void extraDataAreLoadedOnce_data()
+    {
+        QTest::addColumn<bool>("files");
+        QTest::addColumn<QString>("method");
+        QTest::addColumn<QString>("heading");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("what");
+        QTest::newRow("file lists") << true << "collectFileLists"
+                                    << "Collecting File Lists"
+                                    << "file lists"
+                                    << "collect filelists";
+        QTest::newRow("other data") << false << "collectOtherData"
+                                    << "Collecting Miscellaneous data"
+                                    << "miscellaneous data"
+                                    << "collect miscellaneous data";
+    }
+
+    void extraDataAreLoadedOnce()
+    {
+        QFETCH(bool, files);
+        QFETCH(QString, method);
+        QFETCH(QString, heading);
+        QFETCH(QString, name);
+        QFETCH(QString, what);
+        bool& loaded = files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded;
+        const auto load = [this, files] {
+            return files ? yumIO().collectFileLists() : yumIO().collectOtherData();
+        };
+        QSignalSpy spy(&yumIO(), SIGNAL(collectedExtraData()));
+        loaded = false;
+
+        backEnd->run("it.raises['" + method + "'] = dnf.exceptions.Error('broken')");
+        QVERIFY(!load());
+        QCOMPARE(errors(), QStringList("broken\nUnable to " + what));
+        backEnd->run("it.raises['" + method + "'] = KeyError('x')");
+        QVERIFY(!load());
+        QCOMPARE(errors(),
+                 QStringList({generic, "Internal error: execution of yumIO." + method + " failed"}));
+        QVERIFY(!loaded);
+        QCOMPARE(spy.count(), 0);
+
+        backEnd->run("it.raises.clear()\nit.calls.clear()\n"
+                     "seen = []\n"
+                     "def load():\n    print('loading')\n    seen.append(look())\n    return True\n"
+                     "it.does['" +
+                     method + "'] = load");
+        const int before = backEnd->log().count();
+        QVERIFY(load());
+        QVERIFY(loaded);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(backEnd->log(before), QStringList({"4 0 " + heading, "1 0 loading"}));
+        QCOMPARE(yumIO().readingName, name);
+        QCOMPARE(backEnd->text("seen"), QString("[['Loading %1: Total Progress (0%) 0/15000', "
+                                                "'Reading repositories (0%) 0/1']]")
+                                            .arg(name));
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+        QVERIFY(load());
+        QCOMPARE(backEnd->text("it.calls"), "[('" + method + "',)]");
+        QCOMPARE(spy.count(), 1);
+    }
+
+    void repeatedPathIsShownOnce()
+    {
+        backEnd->run("tool.files = ['/usr/z', '/usr/a', '/usr/z', '/Usr', '/usr/a']");
+        QCOMPARE(yumIO().getFiles(tool()), QString("/Usr\n/usr/a\n/usr/z"));
+    }
+
+    void filesAreLoadedWhenNeeded()
+    {
+        yumIO().fileListsLoaded = false;
+        backEnd->run("def load():\n    tool.files = ['/usr/bin/tool']\n    return True\n"
+                     "it.does['collectFileLists'] = load\n"
+                     "tool.files = []");
+        QCOMPARE(yumIO().getFiles(tool()), QString("/usr/bin/tool"));
+        QCOMPARE(backEnd->text("len(it.did('collectFileLists'))"), QString("1"));
+    }
+
+    void filesThatCannotBeLoaded()
+    {
+        yumIO().fileListsLoaded = false;
+        backEnd->run("tool.files = ['/usr/bin/tool']\n"
+                     "it.raises['collectFileLists'] = dnf.exceptions.Error('broken')");
+        QCOMPARE(yumIO().getFiles(tool()), QString());
+        QCOMPARE(errors(), QStringList("broken\nUnable to collect filelists"));
+    }
+
+    void packageAndGroupWithoutFiles()
+    {
+        yumIO().fileListsLoaded = false;
+        QCOMPARE(yumIO().getFiles(tool()), QString());
+        QCOMPARE(yumIO().getFiles(group()), QString());
+        QCOMPARE(backEnd->text("it.did('collectFileLists')"), QString("[]"));
+    }
+
+    void filesThatVanish()
+    {
+        yumIO().fileListsLoaded = false;
+        backEnd->run("tool.files = ['/usr/bin/tool']\n"
+                     "def load():\n    del tool.files\n    return True\n"
+                     "it.does['collectFileLists'] = load");
+        QCOMPARE(yumIO().getFiles(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
+    }
+
+    void changeLogOfTwoItems()
+    {
+        backEnd->run("tool.changelogs = [\n"
+                     "    {'timestamp': datetime.datetime(2024, 2, 20), 'author': 'Ann <a@b>', 'text': '- "
+                     "one\\n- two'},\n"
+                     "    {'timestamp': datetime.datetime(2023, 9, 2), 'author': 'Bob', 'text': '- three'}]");
+        QCOMPARE(yumIO().getChangeLog(tool()),
+                 QString("* Tue Feb 20 2024 Ann <a@b>\n- one\n- two\n\n* Sat Sep 2 2023 Bob\n- three"));
+    }
+
+    void changeLogsThatAreNone()
+    {
+        backEnd->run("tool.changelogs = None");
+        QCOMPARE(yumIO().getChangeLog(tool()), QString());
+        backEnd->run("tool.changelogs = []");
+        QCOMPARE(yumIO().getChangeLog(tool()), QString());
+        QCOMPARE(yumIO().getChangeLog(group()), QString());
+        backEnd->run("del tool.changelogs");
+        QCOMPARE(yumIO().getChangeLog(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
+    }
+
+    void changeLogThatCannotBeLoaded()
+    {
+        yumIO().otherDataLoaded = false;
+        backEnd->run(
+            "tool.changelogs = [{'timestamp': datetime.datetime(2024, 2, 20), 'author': 'A', 'text': 'T'}]\n"
+            "it.raises['collectOtherData'] = dnf.exceptions.Error('broken')");
+        QCOMPARE(yumIO().getChangeLog(tool()), QString());
+        QCOMPARE(errors(), QStringList("broken\nUnable to collect miscellaneous data"));
+        backEnd->run("it.raises.clear()");
+        QCOMPARE(yumIO().getChangeLog(tool()), QString("* Tue Feb 20 2024 A\nT"));
+    }
+
+    void dependenciesOfEachKind()
+    {
+        using Getter = QString (YumIO::*)(const Package::Entry&);
+        const QList<QPair<QString, Getter>> kinds{
+            {"provides", &YumIO::getProvides},        {"requires", &YumIO::getRequires},
+            {"requires_pre", &YumIO::getRequiresPre}, {"conflicts", &YumIO::getConflicts},
+            {"obsoletes", &YumIO::getObsoletes},      {"recommends", &YumIO::getRecommends},
+            {"suggests", &YumIO::getSuggests},        {"supplements", &YumIO::getSupplements},
+            {"enhances", &YumIO::getEnhances}};
+        for (const auto& kind : kinds) {
+            // Repeats are kept; upper case goes before lower case.
+            backEnd->run(QString("tool.%1 = [Member('%1'), Member('b = 2'), Member('b = 2'), Member('B')]")
+                             .arg(kind.first));
+            QStringList expected{"member B", "member b = 2", "member b = 2", "member " + kind.first};
+            QCOMPARE((yumIO().*kind.second)(tool()), expected.join('\n'));
+            backEnd->run("del tool." + kind.first);
+            QCOMPARE((yumIO().*kind.second)(tool()), QString());
+            QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's " + kind.first}));
+        }
+    }
+
+    void membersOfAGroup()
+    {
+        QCOMPARE(yumIO().getMandatoryPkgs(group()), QString("member a\nmember b"));
+        QCOMPARE(yumIO().getDefaultPkgs(group()), QString("member d"));
+        QCOMPARE(yumIO().getOptionalPkgs(group()), QString());
+        QCOMPARE(yumIO().getConditionalPkgs(group()), QString("member c\nmember c"));
+        backEnd->run("del group.mandatory_packages");
+        QCOMPARE(yumIO().getMandatoryPkgs(group()), QString());
+        QCOMPARE(errors(), QStringList("Internal error: group G.mandatory_packages not evaluable"));
+    }
+
+    void relocationsOfAnInstalledPackage()
+    {
+        backEnd->run("tool.hdr = {rpm.RPMTAG_PREFIXES: ['/usr', b'/opt', '/etc']}");
+        QCOMPARE(yumIO().getRelocations(tool()), QString("/usr\n/opt\n/etc"));
+        backEnd->run("tool.hdr = {rpm.RPMTAG_PREFIXES: None}");
+        QCOMPARE(yumIO().getRelocations(tool()), QString());
+    }
+
+    void relocationsOfAPackageThatIsNotInstalled()
+    {
+        QCOMPARE(yumIO().getRelocations(tool()), QString());
+        QCOMPARE(errors(), QStringList());
+        QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "PREFIXES") == nullptr);
+        QCOMPARE(errors(), QStringList("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
+    }
+
+    void headerValues()
+    {
+        backEnd->run("tool.hdr = {rpm.RPMTAG_NAME: 'tool'}");
+        QCOMPARE(yumIO().pyStringDec(yumIO().getRpmHdrValue(tool().pyObject, "NAME")), QString("tool"));
+        QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "NONSENSE") == nullptr);
+        QCOMPARE(errors(), QStringList("Internal error: cannot find rpm.RPMTAG_NONSENSE"));
+    }
+
+    void comparisonSigns()
+    {
+        const QHash<QString, QString> signs{{"GT", ">"},  {"GE", ">="}, {"LT", "<"},
+                                            {"LE", "<="}, {"EQ", "="},  {"eq", "eq"}};
+        for (auto i = signs.begin(); i != signs.end(); ++i) {
+            const PyRef flags = backEnd->value("'" + i.key() + "'");
+            QCOMPARE(QString(YumIOProbe::decodePrcoFlags(flags.get())), i.value());
+        }
+    }
+
+    void sortedLists()
+    {
+        QStringList list{"b", "a", "B", "b"};
+        QCOMPARE(YumIOProbe::makeSorted(list), QString("B\na\nb\nb"));
+        QCOMPARE(list, QStringList({"B", "a", "b", "b"}));
+        QStringList repeats{"b", "a", "B", "b"};
+        QCOMPARE(YumIOProbe::makeSortedUniq(repeats), QString("B\na\nb"));
+    }
+};
+
+QTEST_MAIN(YumIOExtraTest)
+#include "YumIOExtraTest.moc"

@@ -1,0 +1,151 @@
+// The back end with everything open, for the tests.
+
+#ifndef TESTS_YUMIO_YUMIOPROBE_H
+#define TESTS_YUMIO_YUMIOPROBE_H
+
+#include "yumio/YumIO.h"
+
+class YumIOProbe : public YumIO
+{
+public:
+    using YumIO::Applying;
+    using YumIO::Collecting;
+    using YumIO::Idle;
+    using YumIO::Phase;
+
+    using YumIO::BdbQuit;
+    using YumIO::Class;
+    using YumIO::ClassCount;
+    using YumIO::DeltaPayload;
+    using YumIO::DnfError;
+    using YumIO::LockError;
+    using YumIO::MDPayload;
+    using YumIO::MetadataError;
+    using YumIO::MiscError;
+    using YumIO::OtherRepoError;
+    using YumIO::RepoError;
+    using YumIO::RPMPayload;
+
+    // The interpreter
+    using YumIO::ExceptScope;
+    using YumIO::py;
+    using YumIO::pyCall;
+    using YumIO::pyExceptClear;
+    using YumIO::pyExceptExpect;
+    using YumIO::pyExceptStart;
+    using YumIO::PyGILStateWrapper;
+    using YumIO::pyLookup;
+    using YumIO::pyMethodCall;
+    using YumIO::pyr;
+    using YumIO::PyThreadStateWrapper;
+    using YumIO::setEnablePythonSIGINTHandler;
+
+    Python& python() { return *this; }
+    bool startInterpreter() { return Python::initialize(); }
+
+    // Values
+    using YumIO::buildTimeOf;
+    using YumIO::bytesFormat;
+    using YumIO::dateFormat;
+    using YumIO::findRelation;
+    using YumIO::getBiArch;
+    using YumIO::getVerRel;
+    using YumIO::getVerRelTxitem;
+    using YumIO::installedEntry;
+    using YumIO::pyDate;
+    using YumIO::pyDescribe;
+    using YumIO::pyDictGetItem;
+    using YumIO::pyLongDec;
+    using YumIO::pyMappingString;
+    using YumIO::pyString;
+    using YumIO::pyStringDec;
+    using YumIO::pyStringX;
+    using YumIO::pyStringXDec;
+    using YumIO::pyTime;
+    using YumIO::pyTimeDec;
+    using YumIO::simpleString;
+    using YumIO::sizeOf;
+    using YumIO::splitVersion;
+    using YumIO::timeFormat;
+    using YumIO::txitemFormat;
+    using YumIO::txitemRepoFormat;
+
+    // Messages and processes
+    using YumIO::commExceptRaised;
+    using YumIO::commExceptSetup;
+    using YumIO::error;
+    using YumIO::pythonException;
+    using YumIO::pythonExceptionV;
+    using YumIO::reapChildren;
+    using YumIO::sigchldDisable;
+    using YumIO::sigchldRestore;
+    using YumIO::warning;
+    using YumIO::write;
+
+    // Details
+    using YumIO::decodePrcoFlags;
+    using YumIO::findPackage;
+    using YumIO::getGroupItem;
+    using YumIO::getGroupPkgs;
+    using YumIO::getPkgKind;
+    using YumIO::getRelDepList;
+    using YumIO::getRpmHdrValue;
+    using YumIO::getRpmList;
+    using YumIO::makeSorted;
+    using YumIO::makeSortedUniq;
+    using YumIO::upToDateGroup;
+
+    // Operations
+    using YumIO::applyGrpConflict;
+    using YumIO::blocker;
+    using YumIO::execWorkThread;
+    using YumIO::verifyLocalPkg;
+
+    // State
+    using YumIO::actCounter;
+    using YumIO::actionEntries;
+    using YumIO::basearch;
+    using YumIO::bestByName;
+    using YumIO::biArchs;
+    using YumIO::cachedSize;
+    using YumIO::classes;
+    using YumIO::dialogs;
+    using YumIO::dnfVersionLooked;
+    using YumIO::dnfVersionText;
+    using YumIO::downloading;
+    using YumIO::downloadSize;
+    using YumIO::downloadSteps;
+    using YumIO::downloadWeight;
+    using YumIO::enabledRepos;
+    using YumIO::entries;
+    using YumIO::entryIndex;
+    using YumIO::exceptLogStart;
+    using YumIO::fileListsLoaded;
+    using YumIO::lastAction;
+    using YumIO::lastTsDone;
+    using YumIO::locked;
+    using YumIO::nextSlot;
+    using YumIO::otherDataLoaded;
+    using YumIO::payloadSlots;
+    using YumIO::phase;
+    using YumIO::progress;
+    using YumIO::readingCount;
+    using YumIO::readingMax;
+    using YumIO::readingName;
+    using YumIO::remoteCount;
+    using YumIO::remoteWeight;
+    using YumIO::rpmWeight;
+    using YumIO::savedSigchld;
+    using YumIO::stderrKind;
+    using YumIO::stderrLevel;
+    using YumIO::stderrPending;
+    using YumIO::stdoutPending;
+    using YumIO::testRun;
+    using YumIO::threadCount;
+    using YumIO::threadsMax;
+    using YumIO::txApplied;
+    using YumIO::txListed;
+    using YumIO::txText;
+};
+
+#endif

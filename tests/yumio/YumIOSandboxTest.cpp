@@ -1,0 +1,499 @@
+#include <unistd.h>
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "tests/yumio/BackEnd.h"
+
+// The back end on the real script and package manager, on a private copy of a sandbox. A process can start
+// the interpreter once, so all of it is one run of the program: the functions build on each other in their
+// order.
+class YumIOSandboxTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    YumIOProbe& yumIO() { return backEnd->yumIO; }
+
+    // What the dialogs showed.
+    QStringList texts()
+    {
+        QStringList lines;
+        for (const ShownDialog& each : backEnd->answers.take()) {
+            lines.append(each.title + ": " + each.text);
+        }
+        return lines;
+    }
+
+    // As the program does it after every change.
+    void collectAgain(const QHash<QString, bool>& repoEnable = {})
+    {
+        yumIO().clearEntries();
+        yumIO().reset();
+        QVERIFY(backEnd->collect(repoEnable));
+        QCOMPARE(texts(), QStringList());
+        // The graphical halves of the services go when the main loop runs again.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+
+    // What rpm says about the root; fails the test when it fails.
+    QString rpm(const QStringList& arguments)
+    {
+        QProcess process;
+        process.start("rpm", QStringList({"--root", root, "--define", "_dbpath /var/lib/rpm"}) + arguments);
+        if (!process.waitForFinished(60000) || process.exitCode() != 0) {
+            QTest::qFail(qPrintable(arguments.join(' ') + ": " + process.readAllStandardError()), __FILE__,
+                         __LINE__);
+        }
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+
+    QSet<QString> installed()
+    {
+        const QStringList lines =
+            rpm({"-qa", "--qf", "%{NAME}-%|EPOCH?{%{EPOCH}:}:{}|%{VERSION}-%{RELEASE}.%{ARCH}\\n"})
+                .split('\n', Qt::SkipEmptyParts);
+        return QSet<QString>(lines.begin(), lines.end());
+    }
+
+    // The change log of a package, or a package file, as the program shows it.
+    QString changeLog(const QStringList& package)
+    {
+        QString text =
+            rpm(package +
+                QStringList({"--qf", "[* %{CHANGELOGTIME:day} %{CHANGELOGNAME}\\n%{CHANGELOGTEXT}\\n\\n]"}));
+        // The days have no zeros before them.
+        text.replace(QRegularExpression("^(\\* \\w+ \\w+ )0", QRegularExpression::MultilineOption), "\\1");
+        return text.trimmed();
+    }
+
+    // Of the process, as "number target".
+    static QStringList descriptors()
+    {
+        QStringList open;
+        const QDir directory("/proc/self/fd");
+        for (const QString& number : directory.entryList(QDir::Files | QDir::System)) {
+            char target[4096];
+            const QByteArray path = QFile::encodeName(directory.filePath(number));
+            const ssize_t length = readlink(path.constData(), target, sizeof target);
+            // But for the one that reads the directory.
+            if (length >= 0 && !QByteArray(target, int(length)).endsWith("/fd")) {
+                open.append(number + " " + QString::fromLocal8Bit(target, int(length)));
+            }
+        }
+        return open;
+    }
+
+    QTemporaryDir scratch;
+    QString root;
+    QProcess server;
+    QScopedPointer<BackEnd> backEnd;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const QByteArray share = qgetenv("VYRESHARE");
+        const QString copy = scratch.filePath("sandbox");
+        QCOMPARE(QProcess::execute(SANDBOX_TOOL, {"copy", qEnvironmentVariable("VYRE_SANDBOX"), copy}), 0);
+        // The repositories are served for as long as this reads its input.
+        server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        server.start(SANDBOX_TOOL,
+                     {"run", copy, "--", "sh", "-c", "echo \"$VYREROOT\"; echo \"$HOME\"; exec cat"});
+        while (server.bytesAvailable() == 0 || !server.canReadLine()) {
+            QVERIFY(server.waitForReadyRead(60000));
+        }
+        root = QString::fromLocal8Bit(server.readLine()).trimmed();
+        while (!server.canReadLine()) {
+            QVERIFY(server.waitForReadyRead(60000));
+        }
+        qputenv("HOME", server.readLine().trimmed());
+        qputenv("VYREROOT", root.toLocal8Bit());
+        backEnd.reset(new BackEnd);
+        QVERIFY(backEnd->start(share));
+    }
+
+    void cleanupTestCase()
+    {
+        if (backEnd) {
+            yumIO().clearEntriesBeforeQuit();
+        }
+        backEnd.reset();
+        server.closeWriteChannel();
+        QVERIFY(server.waitForFinished(60000));
+    }
+
+    // --- Collection
+
+    void collection()
+    {
+        QVERIFY(backEnd->collect());
+        QCOMPARE(texts(), QStringList());
+        QVERIFY(yumIO().locked);
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+        QCOMPARE(yumIO().basearch, QString("x86_64"));
+        QStringList repos = yumIO().enabledRepos;
+        repos.sort();
+        QCOMPARE(repos, QStringList({"sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
+                                     "sandbox-updates"}));
+        // The repository that cannot be reached is left out, and the log tells so.
+        QVERIFY(backEnd->log().contains("3 2 Ignoring repositories: sandbox-unreachable"));
+        QCOMPARE(yumIO().count(), yumIO().entryIndex.count());
+    }
+
+    void installedRecordsAreWhatRpmKnows()
+    {
+        QSet<QString> records;
+        for (int i = 0; i < yumIO().count(); ++i) {
+            Package::Entry* first = yumIO()[i];
+            QVERIFY2(first->kind == Package::Group || first->state != Package::Updatable ||
+                         first->next != nullptr,
+                     qPrintable(first->name));
+            if (first->kind == Package::Group) {
+                continue;
+            }
+            for (const Package::Entry* entry = yumIO().installedEntry(first); entry != nullptr;
+                 entry = entry->next) {
+                QCOMPARE(entry->state, Package::Installed);
+                QCOMPARE(entry->repo, QString("@System"));
+                records.insert(entry->name + "-" + entry->verRel + "." + entry->arch);
+            }
+        }
+        QVERIFY(records.count() > 40);
+        QCOMPARE(records, installed());
+    }
+
+    void installedPackage()
+    {
+        const Package::Entry& entry = *backEnd->entry("gallivant");
+        QCOMPARE(yumIO().getName(entry), QString("gallivant"));
+        QCOMPARE(yumIO().getVerRel(entry), QString("1.0-1"));
+        QCOMPARE(yumIO().getRepo(entry), QString("@System"));
+        QCOMPARE(yumIO().getArch(entry), QString("noarch"));
+        QCOMPARE(entry.biArch, QString("x86_64"));
+        QCOMPARE(QString::number(entry.size), rpm({"-q", "gallivant", "--qf", "%{SIZE}"}));
+        QCOMPARE(yumIO().getSize(entry), QString::number(entry.size) + "b");
+        QCOMPARE(yumIO().getSummary(entry), QString("May be installed anywhere"));
+        QCOMPARE(QString::number(entry.buildTime), rpm({"-q", "gallivant", "--qf", "%{BUILDTIME}"}));
+        QCOMPARE(yumIO().getBuildTime(entry), QString("Tue Sep 12 09:00:00 2023"));
+        QCOMPARE(yumIO().getState(entry), QString("Installed"));
+        QCOMPARE(yumIO().getKind(entry), QString("Ordinary package"));
+        QVERIFY(!entry.duplicate);
+        QVERIFY(entry.next == nullptr);
+        QCOMPARE(yumIO().getDescription(entry), QString("May be installed anywhere."));
+        QCOMPARE(yumIO().getGroup(entry), QString("Unspecified"));
+        QCOMPARE(yumIO().getVendor(entry), QString("Wander Works"));
+        QCOMPARE(yumIO().getBuildHost(entry), QString("builder7.larkspur.example"));
+        const long installTime = rpm({"-q", "gallivant", "--qf", "%{INSTALLTIME}"}).toLong();
+        QVERIFY(installTime > 1700000000);
+        QCOMPARE(yumIO().getInstallTime(entry), QString(yumIO().timeFormat(installTime)));
+        QCOMPARE(yumIO().getBinaryRpm(entry), QString());
+        QCOMPARE(yumIO().getSourceRpm(entry), rpm({"-q", "gallivant", "--qf", "%{SOURCERPM}"}));
+        QCOMPARE(yumIO().getLicense(entry), QString("Artistic-2.0"));
+        QCOMPARE(yumIO().getPackager(entry), QString("Gil Vant <gil@larkspur.example>"));
+        QCOMPARE(yumIO().getUrl(entry), QString("https://larkspur.example/gallivant"));
+        QCOMPARE(yumIO().getRelocations(entry), QString("/opt/gallivant"));
+        QCOMPARE(yumIO().getFiles(entry), QString("/opt/gallivant/bin/gallivant"));
+        QCOMPARE(yumIO().getChangeLog(entry), changeLog({"-q", "gallivant"}));
+        QCOMPARE(yumIO().getProvides(entry), QString("gallivant = 1.0-1"));
+        QCOMPARE(yumIO().getConflicts(entry), QString());
+        QCOMPARE(texts(), QStringList());
+    }
+
+    void availablePackage()
+    {
+        const Package::Entry& entry = *backEnd->entry("orchard");
+        const QString file = "orchard-3.0-1.x86_64.rpm";
+        const QString path = scratch.filePath("sandbox/http/sandbox-http/" + file);
+        QCOMPARE(yumIO().getState(entry), QString("Available for installation"));
+        QCOMPARE(yumIO().getVerRel(entry), QString("3.0-1"));
+        QCOMPARE(yumIO().getRepo(entry), QString("sandbox-http"));
+        QCOMPARE(yumIO().getArch(entry), QString("x86_64"));
+        // What would be downloaded.
+        QVERIFY(QFileInfo(path).size() > 0);
+        QCOMPARE(qint64(entry.size), QFileInfo(path).size());
+        QCOMPARE(QString::number(entry.buildTime), rpm({"-qp", path, "--qf", "%{BUILDTIME}"}));
+        QVERIFY(entry.next == nullptr);
+        QCOMPARE(yumIO().getGroup(entry), QString("Applications/Multimedia"));
+        QCOMPARE(yumIO().getVendor(entry), QString("Larkspur Project"));
+        QCOMPARE(yumIO().getBuildHost(entry), QString());
+        QCOMPARE(yumIO().getInstallTime(entry), QString());
+        QCOMPARE(yumIO().getBinaryRpm(entry), file);
+        QCOMPARE(yumIO().getUrl(entry), QString());
+        QCOMPARE(yumIO().getFiles(entry), QString("/usr/bin/orchard\n/usr/share/doc/orchard/README"));
+        QCOMPARE(yumIO().getChangeLog(entry), changeLog({"-qp", path}));
+        QCOMPARE(yumIO().getProvides(entry), QString("orchard = 3.0-1\norchard(x86-64) = 3.0-1"));
+        QCOMPARE(yumIO().getRequires(entry), QString("(orchard-lang if lexicon-en)\nlibbough >= 1.1\nsetup"));
+        QCOMPARE(yumIO().getRequiresPre(entry), QString("setup"));
+        QCOMPARE(yumIO().getRecommends(entry), QString("orchard-plugins"));
+        QCOMPARE(yumIO().getSuggests(entry), QString("orchard-samples"));
+        QCOMPARE(yumIO().getEnhances(*backEnd->entry("orchard-plugins")), QString("orchard"));
+        QCOMPARE(yumIO().getSupplements(*backEnd->entry("orchard-thumbnails")), QString("orchard"));
+        QCOMPARE(yumIO().getConflicts(*backEnd->entry("gull-mta")), QString("tern-mta"));
+        QCOMPARE(yumIO().getObsoletes(*backEnd->entry("newpost")), QString("oldpost < 2"));
+        QCOMPARE(yumIO().getRelocations(entry), QString());
+        QCOMPARE(texts(), QStringList());
+    }
+
+    void longFileList()
+    {
+        const QStringList files = yumIO().getFiles(*backEnd->entry("manyfiles")).split('\n');
+        QCOMPARE(files.count(), 2000);
+        QCOMPARE(files.first(), QString("/usr/share/manyfiles/00/leaf 0000.txt"));
+        QCOMPARE(files.last(), QString("/usr/share/manyfiles/19/leaf 1999.txt"));
+    }
+
+    void updatablePackages()
+    {
+        const Package::Entry& entry = *backEnd->entry("quillbase");
+        QCOMPARE(yumIO().getState(entry), QString("Available for update"));
+        QCOMPARE(entry.verRel, QString("2:1.0-1"));
+        QCOMPARE(entry.repo, QString("sandbox-updates"));
+        QCOMPARE(entry.next->verRel, QString("1:2.4-1"));
+        QCOMPARE(entry.next->state, Package::Installed);
+        QVERIFY(entry.next->next == nullptr);
+
+        const Package::Entry& kernel = *backEnd->entry("kernel");
+        QCOMPARE(kernel.state, Package::Updatable);
+        QStringList versions;
+        for (const Package::Entry* old = kernel.next; old != nullptr; old = old->next) {
+            versions.append(old->verRel);
+        }
+        versions.sort();
+        QCOMPARE(versions, QStringList({"6.1.20-1", "6.1.25-1"}));
+    }
+
+    void worseArchitectureIsADuplicate()
+    {
+        for (const char* name : {"libcairn", "libmoss", "libslate"}) {
+            QVERIFY2(!backEnd->entry(name)->duplicate, name);
+            QVERIFY2(backEnd->entry(name, "i386")->duplicate, name);
+            QCOMPARE(backEnd->entry(name, "i386")->arch, QString("i686"));
+        }
+        QCOMPARE(backEnd->entry("libcairn", "i386")->state, Package::Updatable);
+        QCOMPARE(backEnd->entry("libslate")->state, Package::Installed);
+        QCOMPARE(backEnd->entry("libslate", "i386")->state, Package::Available);
+    }
+
+    void groupsAndSuites()
+    {
+        QCOMPARE(backEnd->group("Games")->state, Package::Available);
+        QCOMPARE(backEnd->group("Arts")->state, Package::Installed);
+        QCOMPARE(backEnd->group("Weaving")->state, Package::Updatable);
+        QVERIFY(backEnd->group("Core") == nullptr); // not visible
+        const Package::Entry& arts = *backEnd->group("Arts");
+        QCOMPARE(yumIO().getKind(arts), QString("Group of packages"));
+        QCOMPARE(yumIO().getMandatoryPkgs(arts), QString("easel"));
+        QCOMPARE(yumIO().getDefaultPkgs(arts), QString("palette-knife"));
+        QCOMPARE(yumIO().getOptionalPkgs(arts), QString("brushwork\nvarnish-coat"));
+        QCOMPARE(yumIO().getConditionalPkgs(arts), QString());
+        QCOMPARE(yumIO().getFiles(arts), QString());
+        QCOMPARE(yumIO().getChangeLog(arts), QString());
+
+        QCOMPARE(yumIO().getKind(*backEnd->entry("vyre-office-suite")), QString("Suite of packages"));
+        const Package::Entry& suite = *backEnd->entry("vyre-network-suite");
+        QCOMPARE(suite.kind, Package::Suite);
+        QCOMPARE(suite.state, Package::Updatable);
+        QCOMPARE(suite.next->kind, Package::Suite);
+        QCOMPARE(yumIO().getRequires(*backEnd->entry("vyre-office-suite")),
+                 QString("lectern-slides\nledger-calc\nscribe-writer"));
+    }
+
+    void textsWithMarkupAndManyScripts()
+    {
+        QCOMPARE(yumIO().getSummary(*backEnd->entry("tagsoup")),
+                 QString("Shows <b>bold</b><script>alert(1)</script> & <img src=x>"));
+        QCOMPARE(yumIO().getVendor(*backEnd->entry("tagsoup")), QString("Angle <b>Brackets</b> & Sons"));
+        QCOMPARE(yumIO().getSummary(*backEnd->entry("emoji-rain")),
+                 QString::fromUtf8("Rain of 🌧️ and 🌈 over the desktop"));
+        QCOMPARE(yumIO().getChangeLog(*backEnd->entry("tagsoup-installed")),
+                 changeLog({"-q", "tagsoup-installed"}));
+    }
+
+    void extraDataAreThereAfterACollection()
+    {
+        QSignalSpy spy(&yumIO(), SIGNAL(collectedExtraData()));
+        QVERIFY(yumIO().collectFileLists());
+        QVERIFY(yumIO().collectOtherData());
+        QCOMPARE(spy.count(), 0);
+        // And they can be loaded when they are not.
+        yumIO().fileListsLoaded = false;
+        yumIO().otherDataLoaded = false;
+        QVERIFY(yumIO().collectFileLists());
+        QVERIFY(yumIO().collectOtherData());
+        QCOMPARE(spy.count(), 2);
+        QCOMPARE(texts(), QStringList());
+    }
+
+    void packageManagerAndItsConfiguration()
+    {
+        QVERIFY(yumIO().dnfVersion() >= 40000);
+        QCOMPARE(yumIO().getYumVar("releasever"), QString("9"));
+        QCOMPARE(yumIO().getYumVar("installroot"), root);
+        QCOMPARE(texts(), QStringList());
+    }
+
+    void repositoriesCanBeSwitched()
+    {
+        QVERIFY(backEnd->entry("hidden-gem") == nullptr);
+        collectAgain({{"sandbox-disabled", true}, {"sandbox-http", false}, {"not-configured", true}});
+        QVERIFY(backEnd->entry("hidden-gem") != nullptr);
+        QVERIFY(backEnd->entry("orchard") == nullptr);
+        QVERIFY(!yumIO().enabledRepos.contains("sandbox-http"));
+        collectAgain();
+        QVERIFY(backEnd->entry("hidden-gem") == nullptr);
+        QVERIFY(backEnd->entry("orchard") != nullptr);
+    }
+
+    void fiftyRoundsLeaveNothingBehind()
+    {
+        // The first rounds may open what stays open for good.
+        collectAgain();
+        collectAgain();
+        const int count = yumIO().count();
+        const QStringList files = descriptors();
+        const QString threads = backEnd->text("len(__import__('os').listdir('/proc/self/task'))");
+        for (int i = 0; i < 50; ++i) {
+            collectAgain();
+            QCOMPARE(yumIO().count(), count);
+            QCOMPARE(descriptors().count(), files.count());
+        }
+        QCOMPARE(descriptors(), files);
+        QCOMPARE(backEnd->text("len(__import__('os').listdir('/proc/self/task'))"), threads);
+        yumIO().clearEntries();
+        QCOMPARE(yumIO().count(), 0);
+        QVERIFY(yumIO().entryIndex.isEmpty());
+        QVERIFY(backEnd->collect());
+        QCOMPARE(texts(), QStringList());
+    }
+
+    // --- Transactions
+
+    void refusedTransactionChangesNothing()
+    {
+        const QSet<QString> before = installed();
+        backEnd->entry("chatterbox")->action = Package::Install;
+        backEnd->answers.press("Cancel");
+        QVERIFY(!yumIO().apply());
+        QCOMPARE(backEnd->answers.takeTexts("Apply").count(), 1);
+        QVERIFY(!yumIO().systemChanged());
+        QCOMPARE(installed(), before);
+        backEnd->entry("chatterbox")->action = Package::None;
+    }
+
+    void impossibleTransactionIsExplained()
+    {
+        const QSet<QString> before = installed();
+        backEnd->entry("moonbridge")->action = Package::Install;
+        QVERIFY(!yumIO().apply());
+        const QStringList shown = backEnd->answers.takeTexts("VYRE Yum Error");
+        QCOMPARE(shown.count(), 1);
+        QVERIFY2(shown[0].contains("gravity >= 6") && shown[0].endsWith("Unable to apply changes"),
+                 qPrintable(shown[0]));
+        QCOMPARE(installed(), before);
+        backEnd->entry("moonbridge")->action = Package::None;
+    }
+
+    void installUpdateAndRemove()
+    {
+        const QSet<QString> before = installed();
+        const int logged = backEnd->log().count();
+        backEnd->entry("chatterbox")->action = Package::Install;
+        backEnd->entry("abacus-cli")->action = Package::Update;
+        backEnd->entry("almanac")->action = Package::Remove;
+        const quint64 download = backEnd->entry("chatterbox")->size + backEnd->entry("abacus-cli")->size;
+        const QString repositories = scratch.filePath("sandbox/http/");
+        const quint64 size =
+            rpm({"-qp", repositories + "sandbox-http/chatterbox-1.0-1.noarch.rpm", "--qf", "%{SIZE}"})
+                .toULongLong() +
+            rpm({"-qp", repositories + "sandbox-updates/abacus-cli-3.3.0-2.x86_64.rpm", "--qf", "%{SIZE}"})
+                .toULongLong();
+        QVERIFY(yumIO().apply());
+        QCOMPARE(backEnd->answers.takeTexts("Apply"),
+                 QStringList("Transaction to be performed:\n"
+                             "\tUpgrade: abacus-cli 3.3.0-2 (x86_64) [sandbox-updates]\n"
+                             "\tRemove: almanac 1.9-1 (noarch)\n"
+                             "\tInstall: chatterbox 1.0-1 (noarch) [sandbox-http]\n"
+                             "\nCached size: 0b\nTotal download size: " +
+                             yumIO().bytesFormat(download) +
+                             "\nInstalled size: " + yumIO().bytesFormat(size) + "\n"));
+        QVERIFY(yumIO().systemChanged());
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+
+        const QSet<QString> after = installed();
+        QCOMPARE(after - before, QSet<QString>({"chatterbox-1.0-1.noarch", "abacus-cli-3.3.0-2.x86_64"}));
+        QCOMPARE(before - after, QSet<QString>({"almanac-1.9-1.noarch", "abacus-cli-3.2.1-1.x86_64"}));
+        QFile program(root + "/usr/bin/abacus-cli");
+        QVERIFY(program.open(QIODevice::ReadOnly));
+        QVERIFY(program.readAll().contains("abacus-cli 3.3.0"));
+
+        const QStringList log = backEnd->log(logged);
+        for (const char* line :
+             {"4 0 Applying", "4 0 Applying: OK", "0 1 Installing chatterbox", "0 1 Upgrading abacus-cli",
+              "0 1 Completing upgrade of abacus-cli", "0 1 Removing almanac"}) {
+            QVERIFY2(log.count(line) == 1, line);
+        }
+        QVERIFY(log.contains("0 1 Executing scriptlet for chatterbox"));
+        for (const char* said :
+             {"chatterbox: pre to standard output", "chatterbox: post to standard error"}) {
+            QVERIFY2(log.filter(said).count() == 1, qPrintable(log.join('\n')));
+        }
+        // The progress of the packages ended where it was to end.
+        QCOMPARE(yumIO().actCounter, yumIO().rpmWeight);
+        QCOMPARE(yumIO().remoteCount, 2U);
+        QVERIFY(yumIO().payloadSlots.isEmpty());
+
+        collectAgain();
+        QCOMPARE(backEnd->entry("chatterbox")->state, Package::Installed);
+        QCOMPARE(backEnd->entry("abacus-cli")->state, Package::Installed);
+        QCOMPARE(backEnd->entry("abacus-cli")->verRel, QString("3.3.0-2"));
+        QVERIFY(backEnd->entry("abacus-cli")->next == nullptr);
+        QCOMPARE(backEnd->entry("almanac")->state, Package::Available);
+    }
+
+    void groupIsInstalledWithItsPackages()
+    {
+        const QSet<QString> before = installed();
+        backEnd->group("Games")->action = Package::Install;
+        QVERIFY(yumIO().apply());
+        const QStringList shown = backEnd->answers.takeTexts("Apply");
+        QCOMPARE(shown.count(), 1);
+        QVERIFY2(shown[0].contains(
+                     "Performing the following to resolve dependencies:\n\tInstall (group): hedgerow "),
+                 qPrintable(shown[0]));
+        QStringList names;
+        for (const QString& package : installed() - before) {
+            names.append(package.section('-', 0, -3));
+        }
+        names.sort();
+        QCOMPARE(names, QStringList({"hedgerow", "orrery", "pebble-go"}));
+        collectAgain();
+        QCOMPARE(backEnd->group("Games")->state, Package::Installed);
+    }
+
+    void cleanedCachesAreFilledAgain()
+    {
+        const auto metadata = [this] {
+            int count = 0;
+            QDirIterator files(root + "/var/cache", {"*.solv", "*.solvx", "repomd.xml"}, QDir::Files,
+                               QDirIterator::Subdirectories);
+            for (; files.hasNext(); files.next()) {
+                ++count;
+            }
+            return count;
+        };
+        const int count = yumIO().count();
+        QVERIFY(metadata() > 0);
+        QVERIFY(yumIO().cleanDbcache());
+        QVERIFY(yumIO().cleanPackages());
+        QVERIFY(yumIO().cleanMetadata());
+        QVERIFY(yumIO().cleanAll());
+        QCOMPARE(metadata(), 0);
+        collectAgain();
+        QVERIFY(metadata() > 0);
+        QCOMPARE(yumIO().count(), count);
+    }
+};
+
+QTEST_MAIN(YumIOSandboxTest)
+#include "YumIOSandboxTest.moc"

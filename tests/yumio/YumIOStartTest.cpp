@@ -1,0 +1,177 @@
+// Every start takes a process of its own: what the package manager's modules do to an interpreter cannot be
+// undone.
+
+#include <QtTest>
+
+namespace {
+
+const char* const generic =
+    "VYRE Yum Error: Internal error: python exception occurred from C code.|When reporting "
+    "this issue, please include the contents of the|Log window, which should contain a "
+    "walkback.";
+
+} // namespace
+
+class YumIOStartTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    // What the helper prints on a share directory with this script; none without a script.
+    QStringList start(const QByteArray& script, const QStringList& arguments = {})
+    {
+        QTemporaryDir share;
+        if (!script.isNull()) {
+            QDir(share.path()).mkpath("python");
+            QFile file(share.filePath("python/YumIO.py"));
+            if (!file.open(QIODevice::WriteOnly) || file.write(script) != script.size()) {
+                return QStringList("no script");
+            }
+        }
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("VYRESHARE", share.path());
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(BACK_END_START, arguments);
+        if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit ||
+            process.exitCode() != 0) {
+            return {"the helper did not end well", process.readAllStandardOutput(),
+                    process.readAllStandardError()};
+        }
+        standardError = QString::fromUtf8(process.readAllStandardError());
+        standardOutput = QString::fromUtf8(process.readAllStandardOutput());
+        QStringList lines = standardOutput.split('\n');
+        lines.removeLast();
+        return lines;
+    }
+
+    QString standardError;
+    QString standardOutput;
+
+private Q_SLOTS:
+    void scriptOfTheShareDirectoryIsRun()
+    {
+        QCOMPARE(start("import sys\n"
+                       "print('argv', sys.argv[1:], __name__, flush=True)\n"
+                       "class YumIO:\n    base = 1\n"),
+                 QStringList({"argv ['info'] __main__", "started", "again: started"}));
+    }
+
+    void objectIsMadeOnce()
+    {
+        QCOMPARE(start("class YumIO:\n"
+                       "    base = 1\n"
+                       "    def __init__(self):\n"
+                       "        print('made', flush=True)\n"),
+                 QStringList({"made", "started", "again: started"}));
+    }
+
+    void missingScript()
+    {
+        QCOMPARE(start(QByteArray()),
+                 QStringList(
+                     {"failed", "VYRE Yum Error: Internal error: unable to open YumIO.py", "again: failed"}));
+    }
+
+    void missingRpmModule()
+    {
+        QCOMPARE(
+            start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['rpm'] = None"}),
+            QStringList({"failed", generic, "VYRE Yum Error: Internal error: cannot find python rpm module",
+                         "again: failed"}));
+    }
+
+    void rpmThatIsNoModule()
+    {
+        QCOMPARE(
+            start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['rpm'] = object()"}),
+            QStringList({"failed", generic, "VYRE Yum Error: Internal error: cannot find python rpm dict",
+                         "again: failed"}));
+    }
+
+    void missingDates()
+    {
+        QCOMPARE(
+            start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['datetime'] = None"}),
+            QStringList({"failed", generic, "VYRE Yum Error: Internal error: cannot import python datetime",
+                         "again: failed"}));
+    }
+
+    void raisingScript()
+    {
+        QCOMPARE(start("raise ValueError('wrong')\n"),
+                 QStringList({"failed", generic, "VYRE Yum Error: Internal error: unable to execute YumIO.py",
+                              "again: failed"}));
+        QVERIFY2(standardError.contains("File \"YumIO.py\", line 1"), qPrintable(standardError));
+        QVERIFY2(standardError.contains("ValueError: wrong"), qPrintable(standardError));
+    }
+
+    void scriptThatEndsItselfDoesNotEndTheProgram()
+    {
+        QCOMPARE(start("raise SystemExit(3)\n"),
+                 QStringList({"failed", generic, "VYRE Yum Error: Internal error: unable to execute YumIO.py",
+                              "again: failed"}));
+    }
+
+    void scriptWithoutTheClass()
+    {
+        QCOMPARE(start("class Other:\n    pass\n"),
+                 QStringList({"failed", "VYRE Yum Error: Internal error: cannot find python YumIO",
+                              "again: failed"}));
+    }
+
+    void constructorThatRefusesToStart()
+    {
+        QCOMPARE(start("import sys, yumIOC\n"
+                       "class YumIO:\n"
+                       "    def __init__(self):\n"
+                       "        yumIOC.errorlog(1, 'no such distribution')\n"
+                       "        yumIOC.log(0, 'not an error')\n"
+                       "        sys.exit('no')\n"),
+                 QStringList({"failed", "VYRE Yum Error: no such distribution|Unable to initialize",
+                              "again: failed"}));
+    }
+
+    void constructorThatFails()
+    {
+        QCOMPARE(start("class YumIO:\n    def __init__(self):\n        raise KeyError('x')\n"),
+                 QStringList({"failed", generic, "VYRE Yum Error: Internal error: cannot create python yumIO",
+                              "again: failed"}));
+    }
+
+    void objectWithoutABase()
+    {
+        QCOMPARE(start("class YumIO:\n    pass\n"),
+                 QStringList({"failed", generic, "VYRE Yum Error: Internal error: yumIO.base not evaluable",
+                              "again: failed"}));
+    }
+
+    void lockIsGivenBackAtTheEnd()
+    {
+        const QByteArray script = "import sys\n"
+                                  "import dnf.exceptions\n"
+                                  "class Silent:\n"
+                                  "    def write(self, text): pass\n"
+                                  "    def flush(self): pass\n"
+                                  "class Base:\n"
+                                  "    repos = {}\n"
+                                  "class YumIO:\n"
+                                  "    base = Base()\n"
+                                  "    def __init__(self): sys.stdout = Silent()\n"
+                                  "    def lock(self): pass\n"
+                                  "    def unlock(self):\n"
+                                  "        print('unlocked', flush=True)\n";
+        const QString noRepositories =
+            "VYRE Yum Error: No repositories are configured.|Under the Repositories menu, "
+            "Edit Configuration can be used to configure repositories.";
+        QCOMPARE(start(script, {"pass", "collect"}),
+                 QStringList({"started", "again: started", noRepositories, "unlocked"}));
+        QCOMPARE(start(script), QStringList({"started", "again: started"}));
+        QCOMPARE(start(script + "        raise dnf.exceptions.LockError('lost')\n", {"pass", "collect"}),
+                 QStringList({"started", "again: started", noRepositories, "unlocked",
+                              "end: VYRE Yum Error: Unable to release yum lock"}));
+    }
+};
+
+QTEST_GUILESS_MAIN(YumIOStartTest)
+#include "YumIOStartTest.moc"

@@ -1,0 +1,359 @@
+// How the graphical thread waits for a worker.
+
+#include <csignal>
+#include <cstdlib>
+#include <functional>
+#include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QPushButton>
+#include <QSemaphore>
+#include <QtTest>
+
+#include "services/YumIODialogs.h"
+#include "tests/yumio/BackEnd.h"
+
+namespace {
+
+// A worker that runs any function and then, or when the function says so, ends the loop.
+class Worker : public QThread
+{
+public:
+    Worker(YumIOProbe& theYumIO, QEventLoop& eventLoop, std::function<void()> function)
+        : yumIO(theYumIO), loop(eventLoop), work(std::move(function))
+    {
+    }
+
+    void endLoop()
+    {
+        loop.exit(0);
+        ended = true;
+    }
+
+protected:
+    void run() override
+    {
+        yumIO.blocker.block();
+        work();
+        if (!ended) {
+            loop.exit(0);
+        }
+    }
+
+private:
+    YumIOProbe& yumIO;
+    QEventLoop& loop;
+    std::function<void()> work;
+    bool ended = false;
+};
+
+bool childSignalIsBlocked()
+{
+    sigset_t mask;
+    pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    return sigismember(&mask, SIGCHLD) == 1;
+}
+
+} // namespace
+
+class YumIOThreadsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    YumIOProbe& yumIO() { return backEnd->yumIO; }
+
+    // Runs the function on a worker as an operation of the back end runs.
+    void work(const std::function<void()>& function)
+    {
+        QEventLoop loop;
+        Worker worker(yumIO(), loop, function);
+        yumIO().execWorkThread(loop, worker);
+        QVERIFY(worker.isFinished());
+    }
+
+    // From a worker: runs it in the graphical thread, without waiting.
+    static void later(const std::function<void()>& function)
+    {
+        QMetaObject::invokeMethod(qApp, function, Qt::QueuedConnection);
+    }
+
+    QScopedPointer<BackEnd> backEnd;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        backEnd.reset(new BackEnd);
+        QVERIFY(backEnd->start());
+        backEnd->answers.take();
+    }
+
+    void cleanupTestCase() { backEnd.reset(); }
+
+    void init() { backEnd->renew(); }
+
+    void operationThatFailsAtOnceLeavesTheWindowUsable()
+    {
+        QPushButton button("Press", &backEnd->window);
+        button.setGeometry(10, 60, 100, 30);
+        QSignalSpy clicks(&button, SIGNAL(clicked()));
+        backEnd->window.resize(300, 200);
+        backEnd->window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&backEnd->window));
+
+        yumIO().locked = false;
+        backEnd->run("it.raises['lock'] = dnf.exceptions.LockError('held')");
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(backEnd->answers.takeTexts("VYRE Yum Error"), QStringList("Unable to obtain yum lock"));
+        QVERIFY(!yumIO().isWorking());
+
+        QTest::mouseClick(&button, Qt::LeftButton);
+        QCOMPARE(clicks.count(), 1);
+        backEnd->run("it.raises.clear()");
+        QVERIFY(backEnd->collect());
+        backEnd->window.hide();
+    }
+
+    void fiftyOperationsInARow()
+    {
+        for (int i = 0; i < 50; ++i) {
+            QVERIFY(backEnd->collect());
+            yumIO().clearEntries();
+        }
+    }
+
+    void workerBeginsInsideTheLoop()
+    {
+        QEventLoop loop;
+        bool running = false;
+        bool working = false;
+        Worker worker(yumIO(), loop, [&] {
+            running = loop.isRunning();
+            working = yumIO().isWorking();
+        });
+        yumIO().execWorkThread(loop, worker);
+        QVERIFY(running);
+        QVERIFY(working);
+        QVERIFY(!yumIO().isWorking());
+    }
+
+    void timersOfTheWindowRunWhileAWorkerWorks()
+    {
+        QSemaphore ticks;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, [&ticks] { ticks.release(); });
+        timer.start(1);
+        bool ticked = false;
+        work([&] { ticked = ticks.tryAcquire(5, 60000); });
+        QVERIFY(ticked);
+    }
+
+    void interpreterLockIsTheWorkers()
+    {
+        QCOMPARE(PyGILState_Check(), 1);
+        bool workerTookIt = false;
+        int graphicalHasIt = -1;
+        work([&] {
+            YumIOProbe::PyGILStateWrapper lock(true);
+            workerTookIt = yumIO().py("taken = True") == 0;
+            QSemaphore seen;
+            later([&] {
+                graphicalHasIt = PyGILState_Check();
+                seen.release();
+            });
+            seen.acquire();
+        });
+        QVERIFY(workerTookIt);
+        QCOMPARE(graphicalHasIt, 0);
+        QCOMPARE(PyGILState_Check(), 1);
+    }
+
+    void lastEventsOfTheWorkerAreDelivered()
+    {
+        QStringList delivered;
+        QEventLoop loop;
+        Worker* current = nullptr;
+        Worker worker(yumIO(), loop, [&] {
+            later([&] { delivered.append("before the end"); });
+            current->endLoop();
+            // Long enough for the loop to end; earlier is no harm.
+            QThread::msleep(50);
+            later([&] { delivered.append("after the end"); });
+        });
+        current = &worker;
+        yumIO().execWorkThread(loop, worker);
+        QCOMPARE(delivered, QStringList({"before the end", "after the end"}));
+    }
+
+    void lastProgressIsDelivered()
+    {
+        QVERIFY(backEnd->collect());
+        // The end of the operation leaves the bars idle, and that is the last that it posts.
+        QVERIFY(!backEnd->total.isEnabled());
+        QVERIFY(!backEnd->item.isEnabled());
+        QCOMPARE(backEnd->total.maximum(), 1);
+    }
+
+    void clickAfterTheEndIsLeftForTheMainLoop()
+    {
+        QPushButton button("Press", &backEnd->window);
+        button.setGeometry(10, 60, 100, 30);
+        QSignalSpy clicks(&button, SIGNAL(clicked()));
+        backEnd->window.resize(300, 200);
+        backEnd->window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&backEnd->window));
+        const QPoint centre = button.mapToGlobal(button.rect().center());
+        const QByteArray click =
+            QString("xdotool mousemove --sync %1 %2 click 1").arg(centre.x()).arg(centre.y()).toLocal8Bit();
+
+        int status = -1;
+        const int outerLevel = QThread::currentThread()->loopLevel();
+        QEventLoop loop;
+        Worker* current = nullptr;
+        Worker worker(yumIO(), loop, [&] {
+            current->endLoop();
+            // The loop has ended when an event posted now is not run by it any more.
+            QSemaphore outside;
+            for (int i = 0; i < 1000 && !outside.tryAcquire(1, 10); ++i) {
+                later([&] {
+                    if (QThread::currentThread()->loopLevel() == outerLevel) {
+                        outside.release();
+                    }
+                });
+            }
+            status = std::system(click.constData());
+            QThread::msleep(200); // for the click to arrive
+            QSemaphore last;      // nothing refers to "outside" after this
+            later([&] { last.release(); });
+            last.tryAcquire(1, 10000);
+        });
+        current = &worker;
+        yumIO().execWorkThread(loop, worker);
+        QCOMPARE(status, 0);
+        QCOMPARE(clicks.count(), 0);
+        // Input that was put off is looked at together with the next event of the display.
+        QCOMPARE(std::system("xdotool mousemove_relative 1 1"), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(clicks.count(), 1, 30000);
+        backEnd->window.hide();
+    }
+
+    void childSignalIsTheWorkers()
+    {
+        QVERIFY(!childSignalIsBlocked());
+        bool workers = true;
+        bool graphical = false;
+        work([&] {
+            workers = childSignalIsBlocked();
+            QSemaphore seen;
+            later([&] {
+                graphical = childSignalIsBlocked();
+                seen.release();
+            });
+            seen.acquire();
+        });
+        QVERIFY(!workers);
+        QVERIFY(graphical);
+        QVERIFY(!childSignalIsBlocked());
+    }
+
+    void signalMaskIsPutBackAsItWas()
+    {
+        sigset_t child;
+        sigemptyset(&child);
+        sigaddset(&child, SIGCHLD);
+        pthread_sigmask(SIG_BLOCK, &child, nullptr);
+        work([] {});
+        const bool blocked = childSignalIsBlocked();
+        pthread_sigmask(SIG_UNBLOCK, &child, nullptr);
+        QVERIFY(blocked);
+    }
+
+    void interruptAfterARunHasItsDefault()
+    {
+        yumIO().setEnablePythonSIGINTHandler(true);
+        struct sigaction action;
+        sigaction(SIGINT, nullptr, &action);
+        QVERIFY(action.sa_handler != SIG_DFL);
+        QVERIFY(backEnd->collect());
+        sigaction(SIGINT, nullptr, &action);
+        QVERIFY(action.sa_handler == SIG_DFL);
+    }
+
+    void interruptAfterARunEndsTheProgram()
+    {
+        yumIO().setEnablePythonSIGINTHandler(true);
+        QVERIFY(backEnd->collect());
+        const pid_t child = fork();
+        if (child == 0) {
+            raise(SIGINT);
+            _exit(0);
+        }
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QVERIFY(WIFSIGNALED(status));
+        QCOMPARE(WTERMSIG(status), SIGINT);
+    }
+
+    void endOfTheProgramWaitsForTheWorker()
+    {
+        bool ended = false;
+        bool endedBefore = false;
+        int answer = -1;
+        QTimer::singleShot(0, qApp, [&] {
+            work([&] {
+                QSemaphore quit;
+                later([&] {
+                    qApp->quit();
+                    quit.release();
+                });
+                quit.acquire();
+                // Time for the loop to end, if nothing holds it.
+                QThread::msleep(100);
+                {
+                    // Nobody is there to answer, and that is a No.
+                    YumIODialogsUser user(yumIO().dialogs, &backEnd->window);
+                    answer = yumIO().dialogs->confirm("Apply", "Really?", "OK", "Cancel");
+                }
+                ended = true;
+            });
+            endedBefore = ended;
+            qApp->quit();
+        });
+        qApp->exec();
+        QVERIFY(endedBefore);
+        QCOMPARE(answer, 0);
+        // The next operation is not disturbed by that.
+        QVERIFY(backEnd->collect());
+    }
+
+    void dialogsOfAWorkerAppearInTheWindow()
+    {
+        yumIO().locked = false;
+        backEnd->run("it.raises['setupRepos'] = dnf.exceptions.RepoError('no mirrors')");
+        QVERIFY(!backEnd->collect());
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].title, QString("VYRE Yum Error"));
+    }
+
+    void tableSeesNoRecordsWhileTheyAreRebuilt()
+    {
+        backEnd->run("it.available = [Package('tool')]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().count(), 1);
+        QList<int> seen;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, [&] { seen.append(yumIO().count()); });
+        timer.start(0);
+        yumIO().clearEntries();
+        timer.stop();
+        for (int count : qAsConst(seen)) {
+            QCOMPARE(count, 0);
+        }
+        QCOMPARE(yumIO().count(), 0);
+    }
+};
+
+QTEST_MAIN(YumIOThreadsTest)
+#include "YumIOThreadsTest.moc"
