@@ -7,6 +7,7 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
+#include <QFile>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -14,15 +15,20 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QVector>
 #include <QWindow>
 
 #include <functional>
 #include <sys/utsname.h>
 
+#include "app/base/Share.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
 #include "python/Python.h"
+#include "repo/Execute.h"
+#include "repo/RepoAuthChecker.h"
+#include "repo/RepoEditorDialog.h"
 #include "repo/YumConfIO.h"
 #include "services/HProgressBar.h"
 #include "services/LogWindow.h"
@@ -36,6 +42,8 @@ namespace {
 
 constexpr int searchMode = PackageTable::Search;
 
+constexpr char documentation[] = "/usr/share/doc/vyre";
+
 QString nodeName()
 {
     utsname names;
@@ -46,9 +54,10 @@ QString nodeName()
 
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), yumConfIO(nullptr), initialized(false),
-      scheduled(false), busy(false), logWindow(nullptr)
+      scheduled(false), busy(false), logWindow(nullptr), repoEditor(nullptr)
 {
     setWindowTitle(tr("VYRE - %1").arg(nodeName()));
+    Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
     model = new PackageTable::Model(yumIO, this);
     proxy = new PackageTable::SortFilterProxyModel(PackageTable::ViewUpdatable, true, false, yumIO, this);
     proxy->setSourceModel(model);
@@ -75,9 +84,8 @@ void MainWindow::createMenuBar()
     windowsMenu->addAction(tr("&Log"), this, SLOT(displayLog()), QKeySequence(tr("Ctrl+L")));
 
     repositoriesMenu = addMenu(tr("&Repositories"));
-    editConfigurationAction = repositoriesMenu->addAction(tr("&Edit Configuration"));
-    editConfigurationAction->setShortcut(QKeySequence(tr("Ctrl+E")));
-    editConfigurationAction->setEnabled(false); // has no window to open yet
+    editConfigurationAction = repositoriesMenu->addAction(
+        tr("&Edit Configuration"), this, SLOT(editRepositories()), QKeySequence(tr("Ctrl+E")));
 
     cacheMenu = addMenu(tr("&Cache"));
     cleanDbcacheAction = cacheMenu->addAction(tr("Clean dbcache"), this, SLOT(cleanDbcache()));
@@ -87,8 +95,8 @@ void MainWindow::createMenuBar()
     cleanAllAction = cacheMenu->addAction(tr("Clean All"), this, SLOT(cleanAll()));
 
     HMenu* helpMenu = addMenu(tr("&Help"));
-    helpMenu->addAction(tr("Manual (html)"))->setEnabled(false); // neither is there to be opened yet
-    helpMenu->addAction(tr("Manual (PDF)"))->setEnabled(false);
+    helpMenu->addAction(tr("Manual (html)"), this, SLOT(manualHtml()));
+    helpMenu->addAction(tr("Manual (PDF)"), this, SLOT(manualPdf()));
     helpMenu->addSeparator();
     helpMenu->addAction(tr("&About"), this, SLOT(about()), QKeySequence(Qt::Key_F1));
 }
@@ -110,15 +118,13 @@ void MainWindow::createMainArea()
     totalBar = new HProgressBar(central);
     itemBar = new HProgressBar(central);
     centralLayout->addWidget(tableArea, 1);
+    centralLayout->addStretch(0);
     centralLayout->addWidget(totalBar);
     centralLayout->addWidget(itemBar);
     setCentralWidget(central);
 
-    // There is nothing to choose from before the first collection. The area keeps its place meanwhile, so
-    // that the window neither looks broken nor jumps.
-    QSizePolicy policy = tableArea->sizePolicy();
-    policy.setRetainSizeWhenHidden(true);
-    tableArea->setSizePolicy(policy);
+    // There is nothing to choose from before the first collection; the bars keep to the bottom meanwhile. The
+    // table must not be asked for its size: it decides once for how many rows it asks room.
     tableArea->hide();
 }
 
@@ -181,7 +187,8 @@ QBoxLayout* MainWindow::createButtonRow()
     describeButton = addButton(
         tr("&Describe"), tr("Pop up a window with a detailed description of the currently selected package"),
         nullptr);
-    describeButton->setEnabled(false); // has no window to open yet
+    connect(describeButton, SIGNAL(clicked()), view, SLOT(describe()));
+    describeButton->setEnabled(false);
     row->addStretch(1);
     addButton(tr("Re&size"), tr("Resize the columns and window to optimal values"), SLOT(resize()));
     addButton(
@@ -244,8 +251,8 @@ void MainWindow::setVisible(bool visible)
     const bool first = visible && !scheduled;
     if (first) {
         scheduled = true;
-        // The table's own hint is decided while it is empty; a useful number of rows is wanted.
-        QWidget::resize(sizeHint().expandedTo(QSize(1000, 700)).boundedTo(Metrics::maxWindowSize()));
+        // Room for the table, which is not there to ask for it yet.
+        QWidget::resize(QSize(1000, 700).boundedTo(Metrics::maxWindowSize()));
     }
     QMainWindow::setVisible(visible);
     if (first) {
@@ -261,8 +268,11 @@ QSize MainWindow::sizeHint() const
 void MainWindow::initialize()
 {
     // The window system shows a window in its own time, and a window without contents looks broken.
+    // Nor does it ever show a window that is started as an icon.
     QElapsedTimer waiting;
     waiting.start();
+    QTimer alarm; // wakes the wait up
+    alarm.start(100);
     while (windowHandle() != nullptr && !windowHandle()->isExposed() && waiting.elapsed() < 2000) {
         QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
     }
@@ -282,20 +292,75 @@ void MainWindow::initialize()
         return;
     }
     if (repoEditorAtStart) {
-        yumIO->log(Log::Warning, 0, tr("The repository configuration editor is not part of this version."));
+        model->reset();
+        setReady(true);
+        editRepositories(true);
+        initialized = true;
+        return;
     }
-    yumConfIO->read(this);
+    bool changed = false;
+    if (!checkCredentials(changed)) {
+        return;
+    }
+    if (changed) {
+        yumIO->reset();
+        yumIO->clearEntries();
+    }
     yumIO->collect(sessionEnabled);
     if (quitting()) {
         return;
     }
     model->reset();
     collectedExtraData(); // a collection counts as having loaded them
-    tableArea->show();
-    view->resizeColumnsToContents();
+    showTable();
     filtersearch();
     setReady(true);
     initialized = true;
+}
+
+void MainWindow::showTable()
+{
+    if (tableArea->isHidden()) {
+        tableArea->show();
+        view->resizeColumnsToContents();
+    }
+}
+
+// False: the user wants the program to end, and it does.
+bool MainWindow::checkCredentials(bool& changed)
+{
+    const RepoAuth::Checker checker(this, yumConfIO);
+    changed = checker.changed;
+    if (checker.quit) {
+        quit();
+    }
+    return !quitting();
+}
+
+void MainWindow::editRepositories(bool atStart)
+{
+    if (quitting()) {
+        return;
+    }
+    if (repoEditor == nullptr) {
+        repoEditor = new RepoEditor::Dialog(yumIO, yumConfIO, this);
+        connect(repoEditor, SIGNAL(reposChanged()), this, SLOT(reposChanged()));
+    }
+    repoEditor->reposChangedForced = atStart;
+    repoEditor->exec();
+}
+
+void MainWindow::reposChanged()
+{
+    setReady(false);
+    bool changed = false;
+    if (!checkCredentials(changed)) {
+        return;
+    }
+    yumIO->reset();
+    recollect();
+    showTable();
+    setReady(true);
 }
 
 void MainWindow::yumConfIOChanged()
@@ -321,6 +386,7 @@ void MainWindow::setReady(bool ready)
         programMenu->setEnabled(ready);
         quitAction->setEnabled(ready);
         repositoriesMenu->setEnabled(ready);
+        editConfigurationAction->setEnabled(ready);
         cacheMenu->setEnabled(ready);
         for (QAction* action :
              {cleanDbcacheAction, cleanPackagesAction, cleanMetadataAction, cleanAllAction}) {
@@ -402,6 +468,10 @@ void MainWindow::apply()
 {
     setReady(false);
     const bool applied = yumIO->apply();
+    bool changed = false;
+    if (applied && !checkCredentials(changed)) {
+        return;
+    }
     // A transaction that failed half way has changed the system all the same.
     if (applied || yumIO->systemChanged()) {
         recollect();
@@ -447,6 +517,34 @@ void MainWindow::displayLog()
     logWindow->show();
     logWindow->raise();
     logWindow->activateWindow();
+}
+
+// The command is a program of the share directory and its arguments.
+void MainWindow::openExternally(QStringList command)
+{
+    command.first() = Share::absolute(command.first());
+    QList<QByteArray> arguments;
+    for (const QString& argument : qAsConst(command)) {
+        arguments.append(QFile::encodeName(argument));
+    }
+    QVector<char*> argv;
+    for (QByteArray& argument : arguments) {
+        argv.append(argument.data());
+    }
+    argv.append(nullptr);
+    Execute::execute(this, argv.constData());
+}
+
+void MainWindow::manualHtml()
+{
+    openExternally({QStringLiteral("webbrowser"),
+                    QStringLiteral("%1/html/index.html").arg(QLatin1String(documentation))});
+}
+
+void MainWindow::manualPdf()
+{
+    openExternally({QStringLiteral("mimeviewer"), QStringLiteral("application/pdf"),
+                    QStringLiteral("%1/manual.pdf").arg(QLatin1String(documentation))});
 }
 
 void MainWindow::about()
@@ -496,10 +594,15 @@ void MainWindow::prepareFilterSearch()
         modeBox->currentIndex() != searchMode) {
         return;
     }
-    proxy->setFilter(false);
-    yumIO->collectFileLists();
-    yumIO->collectOtherData();
-    proxy->setFilter(true);
+    if (!yumIO->haveFileLists() || !yumIO->haveOtherData()) {
+        proxy->setFilter(false);
+        yumIO->collectFileLists();
+        yumIO->collectOtherData();
+        proxy->setFilter(true);
+    }
+    yumIO->collectSearchTexts(
+        proxy->searched(static_cast<PackageTable::StateFilter>(stateBox->currentIndex()),
+                        dupsBox->isChecked(), groupsBox->isChecked()));
 }
 
 void MainWindow::filtersearch()
@@ -521,6 +624,7 @@ void MainWindow::changeFilter(const std::function<void()>& change)
     const bool search = modeBox->currentIndex() == searchMode;
     if (search) {
         setReady(false);
+        prepareFilterSearch();
     }
     change();
     if (search) {
@@ -588,10 +692,9 @@ void MainWindow::warnUnlistedActions()
     unlistedLabel->setToolTip(QString());
 }
 
-void MainWindow::currentChanged(int, int)
+void MainWindow::currentChanged(int row, int)
 {
-    // Nothing can be described yet.
-    describeButton->setEnabled(false);
+    describeButton->setEnabled(row != -1);
 }
 
 void MainWindow::stateChanged(int row)

@@ -36,6 +36,9 @@ class Model;
 class SortFilterProxyModel;
 class View;
 } // namespace PackageTable
+namespace RepoEditor {
+class Dialog;
+}
 
 class MainWindow : public QMainWindow
 {
@@ -60,14 +63,19 @@ public:
 public Q_SLOTS:
     void resize();
     void refresh();
+    void reposChanged();
     void initialize();
     void yumConfIOChanged();
     void quit();
     void displayLog();
+    // At the start, closing the editor has the packages collected even if nothing was changed.
+    void editRepositories(bool atStart = false);
     void cleanDbcache();
     void cleanPackages();
     void cleanMetadata();
     void cleanAll();
+    void manualHtml();
+    void manualPdf();
     void about();
     void filtersearch();
     void currentChanged(int row, int previous);
@@ -97,7 +105,10 @@ private:
     void warnUnlistedActions();
     void setReady(bool ready);
     void recollect();
+    void showTable();
+    bool checkCredentials(bool& changed);
     void clean(bool (YumIO::*operation)());
+    void openExternally(QStringList command);
     void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }
 
@@ -136,7 +147,8 @@ private:
     HFrameLabel* unlistedLabel;
     HProgressBar* totalBar;
     HProgressBar* itemBar;
-    Log::Window* logWindow; // null until first needed
+    Log::Window* logWindow;         // null until first needed
+    RepoEditor::Dialog* repoEditor; // null until first needed
 };
 
 #endif

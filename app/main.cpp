@@ -15,8 +15,9 @@
 
 int main(int argc, char** argv)
 {
-    const char* slash = std::strrchr(argv[0], '/');
-    program = slash != nullptr ? slash + 1 : argv[0];
+    const char* name = argc > 0 ? argv[0] : "vyre";
+    const char* slash = std::strrchr(name, '/');
+    program = slash != nullptr ? slash + 1 : name;
     XdgRuntimeDirEnsurer runtimeDir;
     MessageHandler::install();
     DefaultStyle style(argc, argv);

@@ -1,6 +1,8 @@
 #include "packagetable/Model.h"
 
 #include "app/base/Share.h"
+#include "packagetable/DescribeDialog.h"
+#include "repo/RepoBrowse.h"
 #include "widgets/Colors.h"
 #include "yumio/YumIO.h"
 
@@ -315,6 +317,27 @@ void Model::clearActions()
         if (entry(row)->action != Package::None) {
             changeAction(row, Package::None);
         }
+    }
+}
+
+void Model::describe(const QModelIndex& index, QWidget* parent)
+{
+    const Package::Entry* e = entryAt(index);
+    if (e == nullptr) {
+        return;
+    }
+    if (describeDialog.isNull()) {
+        describeDialog = new Describe::Dialog(parent);
+    }
+    describeDialog->config(yumIO, *e, yumConfIO);
+    describeDialog->exec();
+}
+
+void Model::browse(const QModelIndex& index, QWidget* parent)
+{
+    const Package::Entry* e = entryAt(index);
+    if (e != nullptr) {
+        RepoBrowse::browse(parent, e->repo, yumIO, yumConfIO);
     }
 }
 

@@ -21,6 +21,10 @@ class YumIO;
 
 namespace PackageTable {
 
+namespace Describe {
+class Dialog;
+}
+
 class Model : public HAbstractTableModel
 {
     Q_OBJECT
@@ -51,6 +55,12 @@ public:
     void toggleAction(const QModelIndex& index);
     void reset();
 
+    // Tells everything about the record of the row in a modal dialog; a row that does not exist is ignored.
+    // The dialog is made on first use, and owned by the parent that is given then.
+    void describe(const QModelIndex& index, QWidget* parent);
+    // Opens the repository of the row's record in the user's web browser.
+    void browse(const QModelIndex& index, QWidget* parent);
+
 public Q_SLOTS:
     // Installs what is not installed and updates what is out of date; other records stay as they are.
     void setSelected(QModelIndexList indices);
@@ -65,13 +75,14 @@ private:
     static QVariant userData(Package::Entry* entry, int column);
 
     QPointer<YumIO> yumIO;
-    YumConfIO* yumConfIO;
+    YumConfIO* yumConfIO; // null until it has been read
     bool enabled;
     QIcon stateIcons[3];  // by Package::State
     QIcon actionIcons[4]; // by Package::Action
     QIcon kindIcons[3];   // by Package::Kind
     QColor colors[3];     // by Package::State; an invalid one is the view's own
     QColor disabledColors[3];
+    QPointer<Describe::Dialog> describeDialog; // null until first needed
 };
 
 } // namespace PackageTable

@@ -7,18 +7,31 @@ namespace PackageTable {
 OtherContextMenu::OtherContextMenu(Model* packages, QWidget* parentView)
     : QMenu(parentView), model(packages), view(parentView)
 {
-    // Neither has a window to open yet.
     describeAction = addAction(tr("&Describe"));
-    describeAction->setEnabled(false);
     browseAction = addAction(tr("Browse Repository"));
-    browseAction->setEnabled(false);
+    connect(describeAction, SIGNAL(triggered()), this, SLOT(handleDescribeAction()));
+    connect(browseAction, SIGNAL(triggered()), this, SLOT(handleBrowseAction()));
 }
 
 void OtherContextMenu::exec(QModelIndex sourceIndex, const QPoint& globalPos)
 {
     clicked = sourceIndex;
+    describeAction->setEnabled(sourceIndex.isValid());
     browseAction->setVisible(sourceIndex.column() == RepositoryColumn);
+    // Groups have no repository, and what is installed is in the local database.
+    const QString repo = sourceIndex.data().toString();
+    browseAction->setEnabled(!repo.isEmpty() && repo != QLatin1String(localRepository));
     QMenu::exec(globalPos);
+}
+
+void OtherContextMenu::handleDescribeAction()
+{
+    model->describe(clicked, view);
+}
+
+void OtherContextMenu::handleBrowseAction()
+{
+    model->browse(clicked, view);
 }
 
 } // namespace PackageTable

@@ -22,6 +22,10 @@ public:
     // Runs the menu for a source index (invalid below the last row), at a place on the screen.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
+private Q_SLOTS:
+    void handleDescribeAction();
+    void handleBrowseAction();
+
 private:
     Model* model;
     QWidget* view;

@@ -27,6 +27,9 @@ enum Column : int {
     ColumnCount = 9
 };
 
+// What stands in place of a repository's identifier for what is installed: the local database of packages.
+constexpr char localRepository[] = "@System";
+
 } // namespace PackageTable
 
 #endif

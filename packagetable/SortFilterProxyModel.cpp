@@ -29,19 +29,12 @@ quint64 beginning(const QString& text)
 SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                                            QObject* parent)
     : HSortFilterProxyModel(NameColumn, parent), mode(Filter), filtering(true), stateFilter(state),
-      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), regStatus(-1), pattern(),
-      sortedBy(-1), sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false), mapped(false),
-      mapping(false)
+      dups(withDups), groups(withGroups), yumIO(backEnd), source(nullptr), sortedBy(-1),
+      sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false), mapped(false), mapping(false)
 {
     idle.setSingleShot(true);
+    idle.setInterval(100); // the table is drawn first
     connect(&idle, SIGNAL(timeout()), this, SLOT(prepareTexts()));
-}
-
-SortFilterProxyModel::~SortFilterProxyModel()
-{
-    if (regStatus == 0) {
-        regfree(&pattern);
-    }
 }
 
 void SortFilterProxyModel::setSourceModel(HAbstractTableModel* model)
@@ -115,10 +108,7 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
     while (stripped.endsWith(any)) {
         stripped.chop(any.length());
     }
-    if (regStatus == 0) {
-        regfree(&pattern);
-    }
-    regStatus = regcomp(&pattern, stripped.toUtf8().constData(), REG_EXTENDED | REG_NOSUB);
+    pattern.compile(stripped);
 
     const QRegExp changed(stripped, Qt::CaseSensitive, QRegExp::RegExp);
     if (changed != expression) {
@@ -482,41 +472,65 @@ bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex&) const
     return verdicts[static_cast<size_t>(row)] == Accepted;
 }
 
-bool SortFilterProxyModel::acceptRow(const Package::Entry* entry, int row) const
+bool SortFilterProxyModel::passes(const Package::Entry& entry, StateFilter state, bool withDups,
+                                  bool withGroups)
 {
-    switch (stateFilter) {
+    switch (state) {
     case ViewUpdatable:
-        if (entry->state != Package::Updatable) {
+        if (entry.state != Package::Updatable) {
             return false;
         }
         break;
     case ViewInstallable:
-        if (entry->state != Package::Available) {
+        if (entry.state != Package::Available) {
             return false;
         }
         break;
     case ViewRemovable:
-        if (entry->state == Package::Available) {
+        if (entry.state == Package::Available) {
             return false;
         }
         break;
     case ViewAll:
         break;
     }
-    if ((!dups && entry->duplicate) || (!groups && entry->kind == Package::Group)) {
+    return (withDups || !entry.duplicate) && (withGroups || entry.kind != Package::Group);
+}
+
+QVector<Package::Entry*> SortFilterProxyModel::searched(StateFilter state, bool withDups,
+                                                        bool withGroups) const
+{
+    QVector<Package::Entry*> found;
+    const int rows = yumIO.isNull() ? 0 : yumIO->count();
+    for (int row = 0; row < rows; ++row) {
+        Package::Entry* entry = (*yumIO)[row];
+        if (passes(*entry, state, withDups, withGroups)) {
+            found.append(entry);
+        }
+    }
+    return found;
+}
+
+bool SortFilterProxyModel::acceptRow(const Package::Entry* entry, int row) const
+{
+    if (!passes(*entry, stateFilter, dups, groups)) {
         return false;
     }
     if (expression.isEmpty()) {
         return true;
     }
     if (mode == Search) {
-        return matchesAnyField(*entry);
+        if (entry->searchTexts.isNull()) {
+            return matchesAnyField(*entry);
+        }
+        return pattern.matchesAny(entry->searchTexts) ||
+               (entry->kind != Package::Group && (pattern.matches(entry->searchFiles.constData()) ||
+                                                  pattern.matches(entry->searchChangeLog.constData())));
     }
     if (visibleFrom.empty()) {
         makeTexts();
     }
-    return regStatus == 0 &&
-           regexec(&pattern, visible.constData() + visibleFrom[static_cast<size_t>(row)], 0, nullptr, 0) == 0;
+    return pattern.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)]);
 }
 
 // The texts that the table shows in each row, those that are not empty, with a blank between them.
@@ -573,7 +587,7 @@ bool SortFilterProxyModel::matchesAnyField(const Package::Entry& entry) const
 
 bool SortFilterProxyModel::matches(const QString& text) const
 {
-    return regStatus == 0 && regexec(&pattern, text.toUtf8().constData(), 0, nullptr, 0) == 0;
+    return pattern.matches(text.toUtf8().constData());
 }
 
 } // namespace PackageTable

@@ -15,10 +15,9 @@
 #include <QString>
 #include <QTimer>
 
-#include <regex.h>
-
 #include <vector>
 
+#include "packagetable/Expression.h"
 #include "packagetable/PackageTable.h"
 #include "widgets/HSortFilterProxyModel.h"
 #include "yumio/Package.h"
@@ -36,7 +35,6 @@ public:
     // The back end is not owned. The source model's rows must be the back end's records.
     SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                          QObject* parent = nullptr);
-    ~SortFilterProxyModel() override;
 
     using HSortFilterProxyModel::setSourceModel;
     void setSourceModel(HAbstractTableModel* model);
@@ -53,6 +51,11 @@ public:
     void setFilterRegExp(const QString& text);
     // What the rows are filtered by, stripped; the base class's own expression stays empty.
     QRegExp filterRegExp() const { return expression; }
+    // The records that a search with these filters looks into.
+    QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
+    StateFilter getStateFilter() const { return stateFilter; }
+    bool getDupsFilter() const { return dups; }
+    bool getGroupsFilter() const { return groups; }
     // Marks every listed record that is out of date for Update.
     void setUpdateListed();
     // Filters and sorts anew.
@@ -105,6 +108,7 @@ private:
     enum Verdict : char { Unknown, Accepted, Rejected };
 
     bool acceptRow(const Package::Entry* entry, int row) const;
+    static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;
     void makeTexts() const;
@@ -124,8 +128,7 @@ private:
     HAbstractTableModel* source;
     mutable std::vector<Verdict> verdicts; // by row of the source
     QRegExp expression;
-    int regStatus; // 0: the pattern is compiled
-    regex_t pattern;
+    Expression pattern;
 
     int sortedBy;
     Qt::SortOrder sortedIn;

@@ -216,6 +216,11 @@ void View::reset()
     }
 }
 
+void View::describe()
+{
+    model->describe(proxy->mapToSource(currentIndex()), this);
+}
+
 void View::handleHorizontalHeaderClicked(int column)
 {
     HTableView::sortByColumn(column);

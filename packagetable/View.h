@@ -33,6 +33,8 @@ public:
 
 public Q_SLOTS:
     void reset() override;
+    // Describes the package of the current row, if there is one.
+    void describe();
     // Fits the columns to all records, also those not listed: another filter then cuts nothing off.
     void resizeColumnsToContents();
     void handleHorizontalHeaderClicked(int column);

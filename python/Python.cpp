@@ -57,6 +57,22 @@ public:
 #endif
     }
 
+    // The traceback as display() prints it, in UTF-8: a bytes object, or empty.
+    PyRef text() const
+    {
+        const PyRef module(PyImport_ImportModule("traceback"));
+        const PyRef frames(PyException_GetTraceback(value));
+        const PyRef lines(module ? PyObject_CallMethod(module.get(), "format_exception", "OOO",
+                                                       reinterpret_cast<PyObject*>(Py_TYPE(value)), value,
+                                                       frames ? frames.get() : Py_None)
+                                 : nullptr);
+        const PyRef separator(PyUnicode_FromString(""));
+        const PyRef joined(lines && separator ? PyUnicode_Join(separator.get(), lines.get()) : nullptr);
+        PyRef bytes(joined ? PyUnicode_AsEncodedString(joined.get(), "utf-8", "backslashreplace") : nullptr);
+        PyErr_Clear();
+        return bytes;
+    }
+
     // Replaces whatever is pending by now.
     void restore()
     {
@@ -80,14 +96,21 @@ private:
 
 // Starts the interpreter of the distribution, whose site packages hold the package manager: neither another
 // python that comes first in PATH, nor PYTHONHOME and PYTHONPATH, nor a user's own site packages may lead it
-// elsewhere. A failure ends the process, as Py_Initialize() has it.
+// elsewhere. Texts and names of files are UTF-8 in every locale, as they are in packages. A failure ends the
+// process, as Py_Initialize() has it.
 void startInterpreter()
 {
 #if PY_VERSION_HEX >= 0x03080000
+    PyPreConfig before;
+    PyPreConfig_InitIsolatedConfig(&before);
+    before.utf8_mode = 1;
+    PyStatus status = Py_PreInitialize(&before);
     PyConfig config;
     PyConfig_InitIsolatedConfig(&config);
     config.install_signal_handlers = 1;
-    PyStatus status = PyConfig_SetString(&config, &config.program_name, L"" VYRE_PYTHON_PROGRAM);
+    if (!PyStatus_Exception(status)) {
+        status = PyConfig_SetString(&config, &config.program_name, L"" VYRE_PYTHON_PROGRAM);
+    }
     if (!PyStatus_Exception(status)) {
         status = Py_InitializeFromConfig(&config);
     }
@@ -185,20 +208,30 @@ bool Python::pyExceptMatches(PyObject* result, PyObject* type)
 
 void Python::handleException()
 {
+    if (exceptionIsExpected()) {
+        exceptionExpected();
+    } else {
+        exceptionError();
+    }
+}
+
+bool Python::exceptionIsExpected() const
+{
     if (!expected.empty()) {
         for (PyObject* type : expected.top()) {
             if (PyErr_ExceptionMatches(type) != 0) {
-                exceptionExpected();
-                return;
+                return true;
             }
         }
     }
-    exceptionError();
+    return false;
 }
 
 void Python::exceptionExpected() {}
 
-void Python::exceptionError()
+void Python::tracebackOnTerminal(const char*) {}
+
+bool Python::displayException()
 {
     bool displayed = false;
     {
@@ -206,10 +239,22 @@ void Python::exceptionError()
         if (exception.get() != nullptr) {
             exception.display();
             displayed = true;
+            const PyObject* stream = PySys_GetObject("stderr");
+            if (stream != nullptr && stream == PySys_GetObject("__stderr__")) {
+                const PyRef text = exception.text();
+                if (text) {
+                    tracebackOnTerminal(PyBytes_AsString(text.get()));
+                }
+            }
         }
     }
     PyErr_Clear();
-    if (displayed) {
+    return displayed;
+}
+
+void Python::exceptionError()
+{
+    if (displayException()) {
         error("Internal error: python exception occurred from C code.\n"
               "When reporting this issue, please include the contents of the\n"
               "Log window, which should contain a walkback.");

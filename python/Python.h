@@ -57,6 +57,13 @@ public:
     virtual void exceptionExpected();
     // What handleException() does with any other: its traceback goes to sys.stderr, and error() is called.
     virtual void exceptionError();
+    // A traceback (UTF-8) went to the process's standard error, because the script has not put anything else
+    // in the place of sys.stderr.
+    virtual void tracebackOnTerminal(const char* text);
+    // Whether the innermost scope expects the pending exception.
+    bool exceptionIsExpected() const;
+    // Takes the pending exception away and prints its traceback to sys.stderr; false when none was pending.
+    bool displayException();
 
     // Starts the interpreter, once per process; the calling thread holds the interpreter lock from then on. A
     // failed start is not retried. Returns whether it is ready. Built-in modules must be registered before.

@@ -1,6 +1,7 @@
 #include "services/Progress.h"
 
 #include <algorithm>
+#include <limits>
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -68,7 +69,25 @@ ThreadsState& ThreadsState::operator=(const ThreadsState& other)
     return *this;
 }
 
-Minion::Minion(HProgressBar* total, HProgressBar* item) : totalBar(total), itemBar(item)
+Minion::Scale::Scale(HProgressBar* scaledBar) : bar(scaledBar), shift(0) {}
+
+void Minion::Scale::setMaximum(Steps max)
+{
+    shift = 0;
+    while ((max >> shift) > static_cast<Steps>(std::numeric_limits<int>::max())) {
+        ++shift;
+    }
+    bar->setMaximum(static_cast<int>(max >> shift));
+}
+
+void Minion::Scale::setValue(Steps value)
+{
+    const Steps largest = std::numeric_limits<int>::max();
+    bar->setValue(static_cast<int>(std::min(value >> shift, largest)));
+}
+
+Minion::Minion(HProgressBar* total, HProgressBar* item)
+    : totalBar(total), itemBar(item), totalScale(total), itemScale(item)
 {
     connect(itemBar, SIGNAL(toolTip(const QPoint&)), this, SLOT(itemProgressToolTip(const QPoint&)));
 }
@@ -76,8 +95,8 @@ Minion::Minion(HProgressBar* total, HProgressBar* item) : totalBar(total), itemB
 void Minion::startTotal(QString text, Steps max)
 {
     totalBar->setActivity(text);
-    totalBar->setMaximum(static_cast<int>(max));
-    totalBar->setValue(0);
+    totalScale.setMaximum(max);
+    totalScale.setValue(0);
     totalBar->setEnabled(true);
     itemBar->reset();
     itemBar->setEnabled(false);
@@ -85,16 +104,16 @@ void Minion::startTotal(QString text, Steps max)
 
 void Minion::changeTotal(Steps value, Steps max)
 {
-    totalBar->setMaximum(static_cast<int>(max));
-    totalBar->setValue(static_cast<int>(value));
+    totalScale.setMaximum(max);
+    totalScale.setValue(value);
 }
 
 void Minion::startItem(QString text, Steps total, Steps itemMax)
 {
-    totalBar->setValue(static_cast<int>(total));
+    totalScale.setValue(total);
     itemBar->setActivity(text);
-    itemBar->setMaximum(static_cast<int>(itemMax));
-    itemBar->setValue(0);
+    itemScale.setMaximum(itemMax);
+    itemScale.setValue(0);
     itemBar->setEnabled(true);
 }
 
@@ -105,30 +124,30 @@ void Minion::changeItemActivity(QString text)
 
 void Minion::changeItemActs(Steps total)
 {
-    totalBar->setValue(static_cast<int>(total));
+    totalScale.setValue(total);
 }
 
 void Minion::changeItemActSteps(Steps total, Steps value, Steps max)
 {
-    totalBar->setValue(static_cast<int>(total));
-    itemBar->setMaximum(static_cast<int>(max));
-    itemBar->setValue(static_cast<int>(value));
+    totalScale.setValue(total);
+    itemScale.setMaximum(max);
+    itemScale.setValue(value);
 }
 
 void Minion::setItemValue(Steps total, Steps value)
 {
-    totalBar->setValue(static_cast<int>(total));
-    itemBar->setValue(static_cast<int>(value));
+    totalScale.setValue(total);
+    itemScale.setValue(value);
 }
 
 void Minion::endItemActs(Steps total)
 {
-    totalBar->setValue(static_cast<int>(total));
+    totalScale.setValue(total);
 }
 
 void Minion::setTotalValue(Steps total)
 {
-    totalBar->setValue(static_cast<int>(total));
+    totalScale.setValue(total);
 }
 
 void Minion::updateThreadsState(const ThreadsState& state)
@@ -140,8 +159,9 @@ void Minion::reset()
 {
     for (HProgressBar* bar : {totalBar, itemBar}) {
         bar->setMinimum(0);
-        bar->setMaximum(1);
     }
+    totalScale.setMaximum(1);
+    itemScale.setMaximum(1);
     for (HProgressBar* bar : {totalBar, itemBar}) {
         bar->reset();
     }

@@ -83,8 +83,24 @@ private:
     static void setupTip(GeneralTip* tip, void* minion);
     static QLabel* makeLabel(const QString& text, const QColor& colour);
 
+    // A bar counts in int, where steps are often bytes: all numbers of a bar lose as many of their low bits
+    // as make its maximum fit.
+    class Scale
+    {
+    public:
+        explicit Scale(HProgressBar* scaledBar);
+        void setMaximum(Steps max);
+        void setValue(Steps value);
+
+    private:
+        HProgressBar* bar;
+        int shift;
+    };
+
     HProgressBar* totalBar;
     HProgressBar* itemBar;
+    Scale totalScale;
+    Scale itemScale;
     ThreadsState threadsState;
 };
 

@@ -6,6 +6,7 @@
 #ifndef YUMIO_PACKAGE_H
 #define YUMIO_PACKAGE_H
 
+#include <QByteArray>
 #include <QList>
 #include <QMetaType>
 #include <QString>
@@ -50,11 +51,16 @@ public:
     QString summary;
     quint64 buildTime; // seconds since the epoch
     QString buildTimeText;
-    PyObject* pyObject; // the script's package or group object: one strong reference
-    bool duplicate;     // a record of the same name and another bi-arch class is better
-    Entry* next;        // owned; installed versions of the same name and bi-arch class that came later
-    Action txAction;    // what the transaction being applied does to this record
-    bool local;         // while applying: the package file is in the local cache already, and valid
+    // What a search looks at, in UTF-8: every text but the next two, each ended by a zero (null: nothing has
+    // been read), the file list and the change log.
+    QByteArray searchTexts;
+    QByteArray searchFiles;
+    QByteArray searchChangeLog;
+    PyObject* pyObject;     // the script's package or group object: one strong reference
+    bool duplicate;         // a record of the same name and another bi-arch class is better
+    Entry* next;            // owned; installed versions of the same name and bi-arch class that came later
+    Action txAction;        // what the transaction being applied does to this record
+    bool local;             // while applying: the package file is in the local cache already, and valid
 };
 
 // Owns its records.

@@ -30,6 +30,12 @@ void CollectOtherDataThread::run()
     loop.exit(0);
 }
 
+void CollectSearchTextsThread::run()
+{
+    yumIO->collectSearchTextsReal(wanted);
+    loop.exit(0);
+}
+
 void ApplyThread::run()
 {
     result = yumIO->applyReal();

@@ -9,6 +9,9 @@
 #include <QEventLoop>
 #include <QHash>
 #include <QThread>
+#include <QVector>
+
+#include "yumio/Package.h"
 
 class YumIO;
 
@@ -69,6 +72,23 @@ protected:
 private:
     YumIO* yumIO;
     QEventLoop& loop;
+};
+
+class CollectSearchTextsThread : public QThread
+{
+public:
+    CollectSearchTextsThread(YumIO* owner, QEventLoop& eventLoop, const QVector<Package::Entry*>& entries)
+        : yumIO(owner), loop(eventLoop), wanted(entries)
+    {
+    }
+
+protected:
+    void run() override;
+
+private:
+    YumIO* yumIO;
+    QEventLoop& loop;
+    const QVector<Package::Entry*>& wanted;
 };
 
 class ApplyThread : public QThread

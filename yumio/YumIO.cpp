@@ -4,13 +4,16 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <QFileInfo>
 
+#include "app/base/ManagedRoot.h"
 #include "app/base/Program.h"
 #include "app/base/Share.h"
 #include "python/YumIOC.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 #include "yumio/DateTime.h"
+#include "yumio/SignalRecorder.h"
 
 namespace {
 
@@ -94,6 +97,12 @@ bool YumIO::internalError(const QString& text)
 
 bool YumIO::initialize()
 {
+    const QString root = ManagedRoot::path();
+    if (!root.isEmpty() && !QFileInfo(root).isDir()) {
+        // The package manager would make one, with nothing in it.
+        error(tr("The root directory %1 does not exist").arg(root));
+        return false;
+    }
     if (!yumIO) {
         YumIOC::initialize(this);
     }
@@ -183,6 +192,7 @@ void YumIO::deleteEntries()
     entries.clear();
     actionEntries.clear();
     entryIndex.clear();
+    collectedEntries.clear();
     bestByName.clear();
     biArchs.clear();
     biArchByArch.clear();

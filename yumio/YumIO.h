@@ -30,11 +30,13 @@
 
 #include <csignal>
 #include <cstdio>
+#include <memory>
 
 class HProgressBar;
 class QEventLoop;
 class QThread;
 class QWidget;
+class SignalRecorder;
 class YumIOCapturers;
 class YumIODialogs;
 namespace Progress {
@@ -93,6 +95,9 @@ public:
 
     bool collectFileLists();
     bool collectOtherData();
+    // Reads, on a worker, what Package::Entry::searchTexts holds for those of the records that lack it. Wants
+    // the extra data loaded. A search through getters alone finds the same, far slower.
+    void collectSearchTexts(const QVector<Package::Entry*>& wanted);
     bool haveFileLists() const { return fileListsLoaded; }
     bool haveOtherData() const { return otherDataLoaded; }
 
@@ -202,6 +207,7 @@ private:
     friend class ClearEntriesThread;
     friend class CollectFileListsThread;
     friend class CollectOtherDataThread;
+    friend class CollectSearchTextsThread;
     friend class ApplyThread;
     // Tests reach the operations that have no caller of their own outside.
     friend class YumIOProbe;
@@ -264,6 +270,7 @@ private:
     void clearEntriesReal();
     bool collectFileListsReal();
     bool collectOtherDataReal();
+    void collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
     bool applyReal();
 
     // Collection
@@ -281,12 +288,21 @@ private:
     QString shared(const QString& text);
     void deleteEntries();
 
+    // Searching
+    // Up to so many packages are asked for their files one by one; for more, the metadata are read through.
+    static int fewPackages;
+    QStringList searchFields(const Package::Entry& entry);
+    QString metadataPath(const QString& repo, const char* kind); // empty: there is none
+    QByteArray checksumOf(PyObject* pkg);                        // hexadecimal digits; empty: it has none
+
     // Details
     QString getRelDepList(PyObject* pkg, const char* attr);
     QString getRelDepList(const Package::Entry& entry, const char* attr);
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag); // new reference or null
+    PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
+    void missingAttribute(const char* attr);
     static const char* decodePrcoFlags(PyObject* flags); // as long as the object
     static QString makeSorted(QStringList& list);
     static QString makeSortedUniq(QStringList& list);
@@ -311,13 +327,16 @@ private:
 
     // Progress of transactions
     PyObject* stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending);
-    void appendLines(Log::Kind kind, unsigned int level, const QString& text);
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
     PyObject* badArguments(const char* text);
     PyObject* badPhase(const char* text);
     static PyObject* noneUnlessPending(); // null while an exception is pending, which the script is to see
+    bool isPayload(PyObject* object);
+    bool payloadError(const QString& text); // false
     bool payloadText(PyObject* payload, const char* function, QString& text, quint64& size);
     void tsDownloadStart();
+    // Gives a payload the next download slot.
+    QHash<QString, quint32>::const_iterator startSlot(const QString& text, quint64 size);
     void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);
     void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
     void collectProgress(const QString& repository, quint64 total, quint64 done);
@@ -340,7 +359,7 @@ private:
     QString simpleString(PyObject* object, const char* attr);
     PyObject* findRelation(PyObject* sequence, const char* name); // new reference or null
     static Package::Entry* installedEntry(Package::Entry* entry);
-    static quint64 installedSize(Package::Entry* entry); // 0 when nothing is installed
+    static quint64 installedSize(Package::Entry* entry);     // 0 when nothing is installed
     PyObject* attribute(PyObject* object, const char* name); // new reference or null, no exception left
     QString getVerRel(PyObject* pkg);
     QString getVerRelTxitem(PyObject* item);
@@ -364,6 +383,7 @@ private:
     void pyExceptExpect(PyObject* type) override;
     void pyExceptClear() override;
     void exceptionExpected() override;
+    void tracebackOnTerminal(const char* text) override;
     void commExceptSetup();
     bool commExceptRaised(PyObject* result, const QString& what);
     bool sigchldDisable();
@@ -373,6 +393,7 @@ private:
     Package::EntryList entries;
     QList<Package::Entry*> actionEntries; // the marked ones among entries, which owns them
     EntryIndex entryIndex;
+    QVector<Package::Entry*> collectedEntries; // those of the index, as they came; near each other in memory too
     QString basearch;
     QHash<QString, Package::Entry*> bestByName;
     QSet<QString> biArchs;
@@ -385,6 +406,7 @@ private:
     int exceptLogStart; // where in the log the output of an expected exception begins; -1: none is expected
     bool fileListsLoaded;
     bool otherDataLoaded;
+    QSet<QByteArray> missingAttributes; // those that the user was told of
     YumIODialogs* dialogs;
     QWidget* parent;
     HProgressBar* totalBar;
@@ -401,7 +423,7 @@ private:
     QString readingName; // what is being read from the repositories
     quint32 readingCount;
     QString readingRepo;
-    int readingMax;
+    quint64 readingMax;
 
     // Exception and payload classes, borrowed; two are kept empty.
     enum Class {
@@ -426,6 +448,7 @@ private:
     bool txListed;
     bool txApplied;
     bool transactionRan;
+    std::unique_ptr<SignalRecorder> signalRecorder; // while the system is being changed
     quint64 cachedSize;
     quint64 downloadSize;
     quint64 downloadWeight;

@@ -10,6 +10,7 @@
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
+#include "yumio/SignalRecorder.h"
 #include "yumio/Transaction.h"
 #include "yumio/WorkerThreads.h"
 
@@ -166,6 +167,7 @@ bool YumIO::applyReal()
         const PyRef result(pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(), updates.get(),
                                         removes.get(), groupInstalls.get(), groupUpdates.get(),
                                         groupRemoves.get()));
+        signalRecorder.reset();
         // An exception that is not among the known ones has been reported already.
         if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
             txApplied = false;

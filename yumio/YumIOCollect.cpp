@@ -125,8 +125,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         }
     }
     const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
-    entries.reserve(entryIndex.count());
-    for (Package::Entry* entry : qAsConst(entryIndex)) {
+    entries.reserve(collectedEntries.count());
+    for (Package::Entry* entry : qAsConst(collectedEntries)) {
         entries.append(entry);
     }
     return true;
@@ -211,6 +211,7 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
         }
         Package::Entry*& entry = index[key];
         collectPkg(entry, state, pkg.get(), name, arch);
+        collectedEntries.append(entry);
         biArchs.insert(biArch);
 
         Package::Entry*& best = bestByName[name];
@@ -220,6 +221,7 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
         }
         const PyRef better(
             pyMethodCall(yumIO.get(), "isBetterThan", "(O,O)", best->pyObject, entry->pyObject));
+        PyErr_Clear();
         if (better.get() == Py_True) {
             entry->duplicate = true;
         } else {
@@ -286,7 +288,9 @@ bool YumIO::collectGroups(EntryIndex& index, PyObject* groups)
         const QString text = pyString(name.get());
         const EntryKey key(true, text, QString());
         if (!index.contains(key)) {
-            collectGroup(index[key], group.get(), text, historyGroup.get());
+            Package::Entry*& entry = index[key];
+            collectGroup(entry, group.get(), text, historyGroup.get());
+            collectedEntries.append(entry);
         }
     }
     if (PyErr_Occurred() != nullptr) {
@@ -306,6 +310,7 @@ void YumIO::collectGroup(Package::Entry*& slot, PyObject* group, QString name, P
     entry->name = name;
     const PyRef installed(
         pyMethodCall(historyGroup, "get", "(s)", pyStringDec(attribute(group, "id")).toUtf8().constData()));
+    PyErr_Clear();
     if (installed && installed.get() != Py_None) {
         entry->state = Package::Installed;
     } else {

@@ -136,20 +136,30 @@ QString YumIO::getUrl(const Package::Entry& entry)
 QString YumIO::getFiles(const Package::Entry& entry)
 {
     PyGILStateWrapper lock(true);
-    if (entry.kind == Package::Group || PyObject_HasAttrString(entry.pyObject, "files") == 0) {
+    if (entry.kind == Package::Group) {
         return QString();
     }
-    // The worker that loads the lists takes the lock itself.
-    lock.release();
-    const bool loaded = collectFileLists();
-    lock.ensure();
-    if (!loaded) {
+    // To make the list may take long, so it is read once where that is enough.
+    PyRef files(PyObject_GetAttrString(entry.pyObject, "files"));
+    if (!files && PyErr_ExceptionMatches(PyExc_AttributeError) != 0) {
+        PyErr_Clear();
         return QString();
     }
-    const PyRef files(PyObject_GetAttrString(entry.pyObject, "files"));
+    if (!fileListsLoaded) {
+        files = PyRef();
+        PyErr_Clear();
+        // The worker that loads the lists takes the lock itself.
+        lock.release();
+        const bool loaded = collectFileLists();
+        lock.ensure();
+        if (!loaded) {
+            return QString();
+        }
+        files = PyRef(PyObject_GetAttrString(entry.pyObject, "files"));
+    }
     const PyRef iterator(files ? PyObject_GetIter(files.get()) : nullptr);
     if (!iterator) {
-        internalError(tr("Internal error: cannot find package's files"));
+        missingAttribute("files");
         return QString();
     }
     QStringList paths;
@@ -175,7 +185,7 @@ QString YumIO::getChangeLog(const Package::Entry& entry)
     }
     const PyRef iterator(items ? PyObject_GetIter(items.get()) : nullptr);
     if (!iterator) {
-        internalError(tr("Internal error: cannot find package's changelogs"));
+        missingAttribute("changelogs");
         return QString();
     }
     QString text;
@@ -196,6 +206,17 @@ QString YumIO::getChangeLog(const Package::Entry& entry)
     return text;
 }
 
+// A search asks thousands of packages for the same: the user is told once.
+void YumIO::missingAttribute(const char* attr)
+{
+    if (missingAttributes.contains(attr)) {
+        PyErr_Clear();
+        return;
+    }
+    missingAttributes.insert(attr);
+    internalError(tr("Internal error: cannot find package's %1").arg(QLatin1String(attr)));
+}
+
 QString YumIO::getRelDepList(const Package::Entry& entry, const char* attr)
 {
     PyGILStateWrapper lock(true);
@@ -207,7 +228,7 @@ QString YumIO::getRelDepList(PyObject* pkg, const char* attr)
     const PyRef items(PyObject_GetAttrString(pkg, attr));
     const PyRef iterator(items ? PyObject_GetIter(items.get()) : nullptr);
     if (!iterator) {
-        internalError(tr("Internal error: cannot find package's %1").arg(QLatin1String(attr)));
+        missingAttribute(attr);
         return QString();
     }
     QStringList texts;
@@ -316,10 +337,11 @@ QString YumIO::getRelocations(const Package::Entry& entry)
 
 QString YumIO::getRpmList(PyObject* pkg, const char* tag)
 {
-    if (PyObject_HasAttrString(pkg, "hdr") == 0) {
+    const PyRef header(attribute(pkg, "hdr"));
+    if (!header) {
         return QString();
     }
-    const PyRef value(getRpmHdrValue(pkg, tag));
+    const PyRef value(headerValue(header.get(), tag));
     const PyRef iterator(value && value.get() != Py_None ? PyObject_GetIter(value.get()) : nullptr);
     QStringList texts;
     while (iterator) {
@@ -340,13 +362,18 @@ PyObject* YumIO::getRpmHdrValue(PyObject* pkg, const char* tag)
         error(tr("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
         return nullptr;
     }
+    return headerValue(header.get(), tag);
+}
+
+PyObject* YumIO::headerValue(PyObject* header, const char* tag)
+{
     const QByteArray key = QByteArray("RPMTAG_") + tag;
     PyObject* tagNumber = PyDict_GetItemString(rpmDict, key.constData());
     if (tagNumber == nullptr) {
         error(tr("Internal error: cannot find rpm.%1").arg(QString::fromLatin1(key)));
         return nullptr;
     }
-    PyObject* value = PyObject_GetItem(header.get(), tagNumber);
+    PyObject* value = PyObject_GetItem(header, tagNumber);
     if (value == nullptr) {
         PyErr_Clear(); // the header has no such tag
     }

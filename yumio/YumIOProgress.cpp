@@ -8,19 +8,24 @@
 
 #include "services/Progress.h"
 #include "services/YumIODialogs.h"
+#include "yumio/SignalRecorder.h"
 #include "yumio/Transaction.h"
 
 using Transaction::atLeast;
 
 PyObject* YumIO::badArguments(const char* text)
 {
-    const PyRef type(PyRef::borrow(PyErr_Occurred()));
-    if (type) {
+    const PyRef exception(pyExceptValue());
+    if (exception) {
         handleException();
     }
     error(tr(text));
-    // The script must still see that its call was wrong.
-    PyErr_SetString(type ? type.get() : PyExc_TypeError, text);
+    // The script must still see what was wrong with its call.
+    if (exception) {
+        PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
+    } else {
+        PyErr_SetString(PyExc_TypeError, text);
+    }
     return nullptr;
 }
 
@@ -53,19 +58,6 @@ PyObject* YumIO::stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QS
     Py_RETURN_NONE;
 }
 
-void YumIO::appendLines(Log::Kind kind, unsigned int level, const QString& text)
-{
-    {
-        QMutexLocker locker(&logList);
-        for (const QString& line : text.split(QLatin1Char('\n'))) {
-            if (!line.isEmpty()) {
-                logList.append(Log::Entry(kind, level, line));
-            }
-        }
-    }
-    logList.emitAppended();
-}
-
 void YumIO::write(const QString& text, Log::Kind kind, unsigned int level, QString& pending)
 {
     pending += text;
@@ -75,7 +67,7 @@ void YumIO::write(const QString& text, Log::Kind kind, unsigned int level, QStri
     }
     const QString complete = pending.left(end);
     pending.remove(0, end + 1);
-    appendLines(kind, level, complete);
+    logList.appendMessage(kind, level, complete);
 }
 
 PyObject* YumIO::stdoutWrite(PyObject*, PyObject* args)
@@ -103,7 +95,7 @@ void YumIO::log(Log::Kind kind, unsigned int level, const QString& text)
     static const QRegularExpression errorMark(QStringLiteral(": (\\[Errno [0-9]*\\] )"));
     QString marked = text;
     marked.replace(errorMark, QStringLiteral(":\n\\1"));
-    appendLines(kind, level, marked);
+    logList.appendMessage(kind, level, marked);
 }
 
 PyObject* YumIO::log(PyObject*, PyObject* args)
@@ -140,11 +132,27 @@ bool YumIO::isInstance(PyObject* object, PyObject* type)
     return is == 1;
 }
 
+bool YumIO::isPayload(PyObject* object)
+{
+    return isInstance(object, classes[MDPayload]) || isInstance(object, classes[RPMPayload]) ||
+           isInstance(object, classes[DeltaPayload]);
+}
+
+bool YumIO::payloadError(const QString& text)
+{
+    // An exception that the running operation explains itself stays pending for it.
+    if (PyErr_Occurred() != nullptr && !exceptionIsExpected()) {
+        displayException();
+    }
+    error(text);
+    return false;
+}
+
 bool YumIO::payloadText(PyObject* payload, const char* function, QString& text, quint64& size)
 {
     const PyRef description(PyObject_Str(payload));
     if (!description) {
-        return internalError(
+        return payloadError(
             tr("Internal error: %1: unable to determine payload __str__").arg(QLatin1String(function)));
     }
     text = pyString(description.get());
@@ -152,7 +160,7 @@ bool YumIO::payloadText(PyObject* payload, const char* function, QString& text, 
     const PyRef number(attribute(payload, "download_size"));
     const PyRef bytes(number ? PyNumber_Long(number.get()) : nullptr);
     if (!bytes) {
-        return internalError(
+        return payloadError(
             tr("Internal error: %1: unable to determine payload download_size").arg(QLatin1String(function)));
     }
     size = pyTime(bytes.get());
@@ -225,7 +233,9 @@ PyObject* YumIO::downloadEnd(PyObject*, PyObject* args)
     }
     if (phase == Applying) {
         // The package manager reports success without a status.
-        tsDownloadEnd(payload, text, size, PyLong_Check(status) ? PyLong_AsLong(status) : 0);
+        const long number = PyLong_Check(status) ? PyLong_AsLong(status) : 0;
+        PyErr_Clear(); // of a number without meaning
+        tsDownloadEnd(payload, text, size, number);
         if (message != Py_None && PyUnicode_Check(message)) {
             log(Log::Info, 2, QStringLiteral("%1: %2").arg(text, pyString(message)));
         }
@@ -256,23 +266,23 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
         }
         const PyRef pkg(PyObject_GetAttrString(payload.get(), "pkg"));
         if (!pkg) {
-            internalError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg"));
+            payloadError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg"));
             continue;
         }
         const PyRef name(PyObject_GetAttrString(pkg.get(), "name"));
         if (!name) {
-            internalError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg.name"));
+            payloadError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg.name"));
             continue;
         }
         const PyRef arch(PyObject_GetAttrString(pkg.get(), "arch"));
         if (!arch) {
-            internalError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg.arch"));
+            payloadError(tr("Internal error: downloadRemotePayloads: unable to determine payload pkg.arch"));
             continue;
         }
         const PyRef number(attribute(payload.get(), "download_size"));
         const PyRef bytes(number ? PyNumber_Long(number.get()) : nullptr);
         if (!bytes) {
-            internalError(
+            payloadError(
                 tr("Internal error: downloadRemotePayloads: unable to determine payload download_size"));
             continue;
         }
@@ -314,20 +324,25 @@ void YumIO::tsDownloadStart()
                                    threadCount, threadsMax);
 }
 
+QHash<QString, quint32>::const_iterator YumIO::startSlot(const QString& text, quint64 size)
+{
+    const auto slot = payloadSlots.insert(text, nextSlot++);
+    if (slot.value() < threadCount) {
+        progress->startItemActThread(tr("Downloading %1").arg(text), slot.value(), atLeast(size));
+    }
+    return slot;
+}
+
 void YumIO::tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done)
 {
-    if (!isInstance(payload, classes[MDPayload]) && !isInstance(payload, classes[RPMPayload]) &&
-        !isInstance(payload, classes[DeltaPayload])) {
+    if (!isPayload(payload)) {
         warning(tr("warning: YumIO::tsDownloadProgress saw payload with unexpected type: %1")
                     .arg(QLatin1String(Py_TYPE(payload)->tp_name)));
         return;
     }
     auto slot = payloadSlots.constFind(text);
     if (slot == payloadSlots.constEnd()) {
-        slot = payloadSlots.insert(text, nextSlot++);
-        if (slot.value() < threadCount) {
-            progress->startItemActThread(tr("Downloading %1").arg(text), slot.value(), atLeast(size));
-        }
+        slot = startSlot(text, size);
     }
     if (slot.value() >= threadCount) {
         static bool reported = false;
@@ -348,7 +363,11 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     if (status == alreadyPresent) {
         return;
     }
-    const auto slot = payloadSlots.constFind(text);
+    auto slot = payloadSlots.constFind(text);
+    if (slot == payloadSlots.constEnd() && nextSlot < threadCount && isPayload(payload)) {
+        // It was over before there was any progress to report.
+        slot = startSlot(text, size);
+    }
     if (slot == payloadSlots.constEnd() || slot.value() >= threadCount) {
         payloadSlots.remove(text);
         return;
@@ -388,6 +407,9 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     }
     const bool flag = test != Py_False;
     transactionRan = transactionRan || !flag;
+    if (!flag && phase == Applying && !signalRecorder) {
+        signalRecorder.reset(new SignalRecorder); // until the script's operation is over
+    }
     if (progress != nullptr) {
         if (flag || !testRun) {
             progress->endItemActsThreads();
@@ -556,7 +578,7 @@ void YumIO::collectProgress(const QString& repository, quint64 total, quint64 do
         readingMax = 1;
         progress->startItemAct(tr("Reading repository metadata for %1").arg(repository), 1, readingCount);
     } else if (done != 0) {
-        readingMax = static_cast<int>(total);
+        readingMax = total;
         progress->changeItemActSteps(done, total);
     }
 }
@@ -564,6 +586,6 @@ void YumIO::collectProgress(const QString& repository, quint64 total, quint64 do
 void YumIO::collectEnd()
 {
     if (progress != nullptr) {
-        progress->setItemValue(static_cast<Steps>(readingMax));
+        progress->setItemValue(readingMax);
     }
 }

@@ -3,6 +3,7 @@
 #include "yumio/YumIO.h"
 
 #include <cerrno>
+#include <clocale>
 #include <cstring>
 #include <ctime>
 #include <sys/wait.h>
@@ -341,6 +342,29 @@ quint64 YumIO::sizeOf(PyObject* pkg)
     return 0;
 }
 
+namespace {
+
+// Numbers have a point in this thread for a scope, whatever the locale of the program.
+class PlainNumbers
+{
+public:
+    PlainNumbers() : before(uselocale(plainLocale())) {}
+    ~PlainNumbers() { uselocale(before); }
+    PlainNumbers(const PlainNumbers&) = delete;
+    PlainNumbers& operator=(const PlainNumbers&) = delete;
+
+private:
+    static locale_t plainLocale()
+    {
+        static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+        return plain;
+    }
+
+    locale_t before;
+};
+
+} // namespace
+
 QString YumIO::bytesFormat(unsigned long long bytes)
 {
     static const struct
@@ -360,7 +384,10 @@ QString YumIO::bytesFormat(unsigned long long bytes)
         }
     }
     char digits[64];
-    std::snprintf(digits, sizeof digits, value > 0 && value < 9.95 ? "%.1f" : "%.0f", value);
+    {
+        const PlainNumbers plain;
+        std::snprintf(digits, sizeof digits, value > 0 && value < 9.95 ? "%.1f" : "%.0f", value);
+    }
     return QLatin1String(digits) + tr(unit);
 }
 
@@ -556,6 +583,12 @@ void YumIO::pyExceptClear()
 void YumIO::exceptionExpected()
 {
     // It stays pending, for the caller to explain.
+}
+
+void YumIO::tracebackOnTerminal(const char* text)
+{
+    // Messages tell the user to look there.
+    log(Log::Error, 0, QString::fromUtf8(text));
 }
 
 void YumIO::commExceptSetup()

@@ -7,7 +7,9 @@ the package manager has to say goes back through the built-in module yumIOC.
 Runs on Python 3.6 and later with dnf 4.
 """
 
+import ctypes
 import datetime
+import functools
 import logging
 import os
 import re
@@ -173,17 +175,36 @@ class LogHandler(logging.Handler):
 
 # What packages and groups answer beyond what the package manager gives them ---------------------------------
 
+class HeaderMemo:
+    """The header of the installed package that was asked last: a search asks each for several of its values in a
+    row, and each time rpm would look it up in its database.
+    """
+
+    def __init__(self):
+        self.clear()
+
+    def clear(self):
+        self._package = None
+        self._header = None
+
+    def header(self, package):
+        if self._package is not package:
+            self._header = package.get_header()
+            self._package = package
+        return self._header
+
+
 def _packageHeader(package):
     """The header of an installed package; other packages have no such attribute."""
     if not package._from_system:
         raise AttributeError('hdr')
-    return package.get_header()
+    return package.base.headers.header(package)
 
 
 def _packageChangelogs(package):
     """The change log, newest first: dictionaries of timestamp (datetime.datetime), author and text."""
     if package._from_system:
-        header = package.get_header()
+        header = package.base.headers.header(package)
         entries = zip(header[rpm.RPMTAG_CHANGELOGTIME], header[rpm.RPMTAG_CHANGELOGNAME],
                       header[rpm.RPMTAG_CHANGELOGTEXT])
         return [{'timestamp': _dateTime(time), 'author': _text(author), 'text': _text(text)}
@@ -209,7 +230,7 @@ def _packageBuildHost(package):
     """The host that an installed package was built on; repositories do not let us read it."""
     if not package._from_system:
         return None
-    return _text(package.get_header()[rpm.RPMTAG_BUILDHOST])
+    return _text(package.base.headers.header(package)[rpm.RPMTAG_BUILDHOST])
 
 
 def _text(value):
@@ -417,6 +438,7 @@ class Base(dnf.Base):
     def __init__(self, conf):
         super(Base, self).__init__(conf)
         self.otherData = OtherData()
+        self.headers = HeaderMemo()
 
     def _add_repo_to_sack(self, repo):
         # Change logs are fetched together with everything else, but not kept in memory: most runs need none.
@@ -439,6 +461,32 @@ class Base(dnf.Base):
         super(Base, self).download_packages(*args, **kwargs)
         if not self.announced:
             yumIOC.downloadRemotePayloads([])
+
+
+def forgetInterrupt():
+    """The library that downloads keeps it in mind for ever that it was interrupted once, and gives all further
+    downloads up.
+    """
+    try:
+        ctypes.c_int.in_dll(ctypes.CDLL('librepo.so.0'), 'lr_interrupt').value = 0
+    except (OSError, ValueError):  # a version without it
+        pass
+
+
+def withReason(method):
+    """The program shows what an exception has as its value: some of the package manager's have only a part of their
+    text there, or nothing.
+    """
+    @functools.wraps(method)
+    def explained(*args):
+        try:
+            return method(*args)
+        except dnf.exceptions.Error as e:
+            text = str(e)
+            if getattr(e, 'value', None) == text:
+                raise
+            raise dnf.exceptions.Error(text if text not in ('', 'None') else type(e).__name__)
+    return explained
 
 
 # Below this many bytes, what went wrong in writing files is likely to be the space.
@@ -551,7 +599,7 @@ class YumIO:
         if detected:
             return detected
         try:
-            with open(inRoot('/etc/os-release')) as release:
+            with open(inRoot('/etc/os-release'), encoding='utf-8', errors='replace') as release:
                 found = re.search(r'^VERSION_ID="?([^"\n]+)"?$', release.read(), re.M)
         except OSError:
             found = None
@@ -569,6 +617,7 @@ class YumIO:
     def reset(self):
         """Forget all packages and repositories, and read the configuration anew."""
         self.base.otherData.clear()
+        self.base.headers.clear()
         del self.base._ts
         self.base.reset(sack=True, repos=True, goal=True)
         self.base._comps = None
@@ -618,14 +667,17 @@ class YumIO:
     def setupRepos(self):
         """Read the metadata of all enabled repositories, from the cache where it is fresh, and the rpm database."""
         useDatabaseOfRoot()
+        forgetInterrupt()
         try:
             self.base.otherData.clear()
+            self.base.headers.clear()
             self.base.fill_sack()
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
             raise dnf.exceptions.RepoError(str(e) + spaceHint(self.base.conf.cachedir))
 
     # Collection
 
+    @withReason
     def collectUpdates(self):
         query = self.base.sack.query()
         try:
@@ -635,6 +687,7 @@ class YumIO:
         query.filterm(arch__neq=['src', 'nosrc'])
         return query.latest().run()
 
+    @withReason
     def collectAll(self):
         query = self.base.sack.query()
         available = query.available().filterm(arch__neq=['src', 'nosrc'])
@@ -645,6 +698,7 @@ class YumIO:
         # Of several installed versions the program shows the first.
         return All(sorted(query.installed(), reverse=True), available.run())
 
+    @withReason
     def collectGroups(self):
         self.base.read_comps(arch_filter=True)
         return [Group(group) for group in self.base.comps.groups_iter()]
@@ -652,10 +706,12 @@ class YumIO:
     def collectDone(self):
         logging.getLogger('dnf').debug('Packages and groups are collected.')
 
+    @withReason
     def collectFileLists(self):
         """File lists are read together with the packages."""
         return True
 
+    @withReason
     def collectOtherData(self):
         self.base.otherData.loadAll(self.base)
         return True
@@ -687,8 +743,19 @@ class YumIO:
             return False
         return package.verifyLocalPkg()
 
+    def metadataPath(self, repoid, kind):
+        """Where the metadata of a kind, "filelists" or "other", of a repository lie in the cache; None: nowhere."""
+        repo = self.base.repos.get(repoid)
+        if repo is None or not repo.enabled:
+            return None
+        try:
+            return repo._repo.getMetadataPath(kind) or None
+        except (RuntimeError, libdnf.error.Error):
+            return None
+
     # Transactions
 
+    @withReason
     def apply(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
         """Resolve, show, confirm, download, check and run one transaction.
 
@@ -696,6 +763,8 @@ class YumIO:
         the text of the exception names packages.
         """
         base = self.base
+        base.headers.clear()
+        forgetInterrupt()
         del base._ts
         base.reset(goal=True)
         try:
@@ -713,6 +782,7 @@ class YumIO:
             raise dnf.exceptions.Error(str(e))
         finally:
             RPMTransaction.endLast()
+            base.headers.clear()
             base.reset(goal=True)
             del base._ts
 
@@ -758,7 +828,7 @@ class YumIO:
         installed = self._installSet()
         if installed:
             yumIOC.reportDownloadSize(installed)
-        else:
+        elif transaction:
             yumIOC.reportRemoveSize(transaction)
         return yumIOC.userconfirm() == 1
 
@@ -768,6 +838,7 @@ class YumIO:
     def _download(self):
         installed = self._installSet()
         if not installed:
+            yumIOC.downloadRemotePayloads([])
             return
         try:
             self.base.download_packages(installed, DownloadProgress())

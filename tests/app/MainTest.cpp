@@ -44,8 +44,11 @@ private:
         meanwhile();
         // The key is of no effect as long as the program works, so it is pressed until it is.
         for (int i = 0; i < 100 && process.state() == QProcess::Running; ++i) {
-            QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ", "windowactivate",
-                                          "--sync", "key", "ctrl+q"});
+            // Two commands: one that loses its window half way would leave keys pressed.
+            if (QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ",
+                                              "windowactivate", "--sync"}) == 0) {
+                QProcess::execute("xdotool", {"key", "ctrl+q"});
+            }
             process.waitForFinished(200);
         }
         if (process.state() != QProcess::NotRunning || process.exitStatus() != QProcess::NormalExit) {

@@ -532,13 +532,13 @@ class DiskTest(StartTest):
                 self.quit(window)
 
     def test_root_that_does_not_exist(self):
+        """It is mistyped, and no packages are wanted in a place that nobody has meant."""
         root = os.path.join(self.scratch, 'nothing')
         with self.program(environment={'VYREROOT': root}) as program:
-            self.message(program, EDITOR_ERROR, 'Unable to read yum configuration file {}/etc/yum.conf'.format(root))
-            self.message(program, YUM_ERROR, 'No repositories are configured.')
-            window = program.ready()
-            self.check_nothing_listed(window)
-            self.quit(window)
+            self.assertEqual(self.message(program, YUM_ERROR), 'The root directory {} does not exist'.format(root))
+            self.assertEqual(program.wait(), 0)
+            self.assertEqual(program.complaints(), '')
+        self.assertFalse(os.path.exists(root))
 
 
 class SignalTest(StartTest):
@@ -551,13 +551,16 @@ class SignalTest(StartTest):
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
+            self.quit(window)
+
+    def check_next_transaction(self):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
             window.mark_listed('pergola')
             window.accept(window.apply())
             window.wait_ready()
-            self.assertIn('pergola-6.1-1.x86_64', self.sandbox.installed())
-            window.mark_listed('pergola')
-            window.accept(window.apply())
-            window.wait_ready()
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.quit(window)
 
     def check_ends_by(self, program, number):
@@ -595,7 +598,7 @@ class SignalTest(StartTest):
                 window.mark_listed('pergola')
                 window.apply()
                 self.check_ends_by(program, number)
-        self.check_next_run()
+        self.check_next_transaction()
 
     def wait_download(self, program, path):
         gate = Gate()
@@ -626,7 +629,7 @@ class SignalTest(StartTest):
                 gate.wait_reached()
                 self.check_ends_by(program, number)
             del self.sandbox.server.faults[path]
-        self.check_next_run()
+        self.check_next_transaction()
 
     def test_interrupt_of_a_download_is_told(self):
         """The library that downloads has a handler of its own for the time of a download."""
@@ -654,6 +657,26 @@ class SignalTest(StartTest):
             window.click_button('Refresh')
             wait_for(lambda: window.row_count() > 0, 'packages', 10)
             self.check_usable(window)
+            self.quit(window)
+
+    def test_packages_after_an_interrupted_download(self):
+        path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
+        with self.program() as program:
+            gate = self.wait_download(program, path)
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            window.accept(window.apply())
+            gate.wait_reached()
+            program.process.send_signal(signal.SIGINT)
+            self.message(program, YUM_ERROR, 'Unable to apply changes')
+            del self.sandbox.server.faults[path]
+            gate.open()
+            window.wait_ready()
+            self.check_unchanged()
+            window.accept(window.apply())
+            window.wait_ready()
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.quit(window)
 
     def check_transaction_is_finished(self, number):

@@ -114,7 +114,8 @@ class YumIO:
             raise SystemExit('The stand-in refuses.')
         self.base = types.SimpleNamespace(repos={'base': types.SimpleNamespace(enabled=1),
                                                  'extras': types.SimpleNamespace(enabled=1)}, history=History(),
-                                          conf=types.SimpleNamespace(basearch='x86_64'))
+                                          conf=types.SimpleNamespace(basearch='x86_64', arch='x86_64_v2',
+                                                                     releasever='39'))
 
     def __getattribute__(self, name):
         """Write down each method that is asked for, in order to be called."""

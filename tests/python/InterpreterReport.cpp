@@ -22,12 +22,14 @@ int main()
     if (!python.initialize()) {
         return 2;
     }
-    return python.py("import sys, os, rpm, dnf, dnf.exceptions\n"
-                     "print(os.__file__)\n"
-                     "print(rpm.__file__)\n"
-                     "print(dnf.__file__)\n"
-                     "print(sys.path)\n"
-                     "print(sys.argv)\n") == 0
+    return python.py(
+               "import sys, os, rpm, dnf, dnf.exceptions\n"
+               "print(os.__file__)\n"
+               "print(rpm.__file__)\n"
+               "print(dnf.__file__)\n"
+               "print(sys.path)\n"
+               "print(sys.argv)\n"
+               "print(sys.flags.utf8_mode, sys.getfilesystemencoding(), open(os.devnull).encoding)\n") == 0
                ? 0
                : 1;
 }

@@ -211,6 +211,17 @@ private Q_SLOTS:
         QCOMPARE(lines[4], QStringLiteral("['']"));
     }
 
+    void textsAreUtf8InEveryLocale()
+    {
+        for (const char* locale : {"C", "POSIX", "C.UTF-8"}) {
+            QProcessEnvironment environment = plainEnvironment();
+            environment.insert(QStringLiteral("LC_ALL"), QLatin1String(locale));
+            const QStringList lines = report(environment);
+            QVERIFY(lines.size() > 5);
+            QCOMPARE(lines[5].toLower(), QStringLiteral("1 utf-8 utf-8"));
+        }
+    }
+
     void environmentDoesNotLeadItElsewhere_data()
     {
         QTest::addColumn<QString>("variable");

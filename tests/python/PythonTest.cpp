@@ -110,6 +110,22 @@ private Q_SLOTS:
         QVERIFY(printed().contains("ZeroDivisionError"));
     }
 
+    void tracebackThatOnlyTheTerminalShowsIsHandedOver()
+    {
+        python->tracebacks.clear();
+        QVERIFY(python->pyr("nothing_of_this_name") == nullptr);
+        QCOMPARE(python->tracebacks, QStringList());
+        QCOMPARE(python->py("mine, sys.stderr = sys.stderr, sys.__stderr__"), 0);
+        QVERIFY(python->pyr("'\\udce9' + nothing_of_this_name") == nullptr);
+        QVERIFY(python->pyr("int('\\ud800')") == nullptr);
+        QCOMPARE(python->py("sys.stderr = mine"), 0);
+        QCOMPARE(python->takeErrors(), QStringList({walkbackText(), walkbackText(), walkbackText()}));
+        QCOMPARE(python->tracebacks.count(), 2);
+        QVERIFY(python->tracebacks[0].startsWith("Traceback (most recent call last):\n"));
+        QVERIFY(python->tracebacks[0].endsWith("NameError: name 'nothing_of_this_name' is not defined\n"));
+        QVERIFY(python->tracebacks[1].contains("ValueError: "));
+    }
+
     void evaluatesExpressions()
     {
         const PyRef value(python->pyr("'a' + 'b'"));

@@ -12,6 +12,7 @@ class RecordingPython : public Python
 public:
     void error(const char* text) override { errors.append(QString::fromUtf8(text)); }
     void warning(const char* text) override { warnings.append(QString::fromUtf8(text)); }
+    void tracebackOnTerminal(const char* text) override { tracebacks.append(QString::fromUtf8(text)); }
     void exceptionExpected() override
     {
         ++expectedCount;
@@ -36,6 +37,7 @@ public:
 
     QStringList errors;
     QStringList warnings;
+    QStringList tracebacks;
     int expectedCount = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "services/Progress.h"
 
 #include <functional>
+#include <limits>
 #include <memory>
 
 #include <QApplication>
@@ -92,6 +93,8 @@ private Q_SLOTS:
     void twoArgumentFormOfChangeItemActStepsIsNeverSent();
     void itemMaximumOfZeroFillsTheStretch();
     void itemValueIsClamped();
+    void bytesBeyondTheRangeOfABarAreScaled();
+    void largestMaximumOfABarIsExact();
     void secondItemValueWithinTheIntervalIsKeptButNotSent();
     void finalItemValueIsNotForcedThrough();
     void itemValueBeforeAnyStartIsNotSent();
@@ -313,6 +316,58 @@ void ProgressTest::itemMayCoverSeveralActs()
     QCOMPARE(total->value(), 30);
     progress.changeItemActSteps(4, 4);
     QCOMPARE(total->value(), 70);
+}
+
+void ProgressTest::bytesBeyondTheRangeOfABarAreScaled()
+{
+    const Steps gigabyte = Q_UINT64_C(1) << 30;
+    Progress::Object progress(total, item);
+    progress.startTotal("Applying", 6 * gigabyte);
+    QCOMPARE(total->maximum(), 3 << 29);
+    progress.setTotalValue(6 * gigabyte);
+    QCOMPARE(total->text(), QString("Applying (100%)"));
+
+    progress.startItem("Downloading", 1000, 8 * gigabyte);
+    QCOMPARE(item->maximum(), 1 << 30);
+    waitForInterval();
+    progress.setItemValue(2 * gigabyte);
+    QCOMPARE(item->value(), 1 << 28);
+    QCOMPARE(item->text(), QString("Downloading (25%)"));
+    // Each bar has a scale of its own.
+    progress.changeItemActSteps(3 * gigabyte, 4 * gigabyte);
+    QCOMPARE(item->maximum(), 1 << 30);
+    QCOMPARE(item->value(), 3 << 28);
+    QCOMPARE(item->text(), QString("Downloading (75%)"));
+    QCOMPARE(total->maximum(), 3 << 29);
+    QCOMPARE(total->value(), 750 >> 2);
+
+    // And it goes with the maximum that wanted it.
+    progress.changeTotal(1500);
+    QCOMPARE(total->maximum(), 1500);
+    QCOMPARE(total->value(), 750);
+    progress.startItem("small", 10, 20);
+    waitForInterval();
+    progress.setItemValue(7);
+    QCOMPARE(item->maximum(), 20);
+    QCOMPARE(item->value(), 7);
+}
+
+void ProgressTest::largestMaximumOfABarIsExact()
+{
+    const Steps largest = std::numeric_limits<int>::max();
+    Progress::Object progress(total, item);
+    progress.startTotal("Applying", largest);
+    QCOMPARE(total->maximum(), int(largest));
+    progress.startItem("one more", 1, largest + 1);
+    QCOMPARE(item->maximum(), 1 << 30);
+    waitForInterval();
+    progress.setItemValue(largest + 1);
+    QCOMPARE(item->value(), 1 << 30);
+    progress.startItem("all bits", 1, std::numeric_limits<Steps>::max());
+    QCOMPARE(item->maximum(), int(largest));
+    progress.reset();
+    progress.startItem("after", 1, largest);
+    QCOMPARE(item->maximum(), int(largest));
 }
 
 void ProgressTest::actBeyondTheLastCoversOnlyUpToTheLast()

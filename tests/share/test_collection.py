@@ -316,6 +316,40 @@ class CollectionTest(ScenarioTest):
         self.assertFalse(hasattr(self.package(self.available, "astrolabe"), "hdr"))
 
     @in_own_process
+    def test_a_header_is_looked_up_once_for_all_values_of_a_package(self):
+        self.started()
+        import rpm
+
+        looked_up = []
+        genuine = self.dnf.package.Package.get_header
+
+        def get_header(package):
+            looked_up.append(package.name)
+            return genuine(package)
+        self.dnf.package.Package.get_header = get_header
+        gallivant = self.package(self.installed, "gallivant")
+        almanac = self.package(self.installed, "almanac")
+        for package in (gallivant, almanac, gallivant):
+            for _ in range(3):
+                header = package.hdr
+                self.assertIn(header[rpm.RPMTAG_NAME], (package.name, package.name.encode()))
+                self.assertEqual(package.buildhost, "builder7.larkspur.example")
+                self.assertGreater(len(package.changelogs), 0)
+        self.assertEqual(looked_up, ["gallivant", "almanac", "gallivant"])
+        # What changes the packages forgets it.
+        del looked_up[:]
+        self.apply(installs=["chatterbox"], answers=[0])
+        self.assertEqual(gallivant.buildhost, "builder7.larkspur.example")
+        self.assertEqual(looked_up, ["gallivant"])
+        self.again()
+        gallivant = self.package(self.installed, "gallivant")
+        self.assertEqual(gallivant.buildhost, "builder7.larkspur.example")
+        self.assertEqual(looked_up, ["gallivant", "gallivant"])
+        self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
+        self.assertIsNone(self.package(self.available, "tagsoup").buildhost)
+        self.assertEqual(len(looked_up), 2)
+
+    @in_own_process
     def test_relations_of_installed_and_available_packages(self):
         self.started()
         orchard = self.package(self.available, "orchard")

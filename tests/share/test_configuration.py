@@ -213,6 +213,13 @@ class ConfigurationTest(ScenarioTest):
         self.assertIn("more-7.2", yumio.base.repos)
 
     @in_own_process
+    def test_a_release_file_that_is_not_all_utf_8_counts(self):
+        self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
+        self.write("/etc/os-release", b'NAME="caf\xe9 \xff"\nPRETTY_NAME="caf\xc3\xa9"\nVERSION_ID=7.3\n')
+        self.assertEqual(self.load().base.conf.releasever, "7.3")
+        self.assert_no_faults()
+
+    @in_own_process
     def test_without_any_release_repositories_are_read_all_the_same(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         os.unlink(self.sandbox.root + "/etc/os-release")

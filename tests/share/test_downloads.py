@@ -1,5 +1,6 @@
 """Downloads: good ones, bad ones, and the ones that are not needed."""
 
+import ctypes
 import os
 
 from scenario import ScenarioTest, in_own_process
@@ -45,6 +46,21 @@ class DownloadTest(ScenarioTest):
         self.recording.clear()
         changed = self.changes(self.apply, installs=["loupe", "astrolabe"])
         self.assertEqual(changed, ({"loupe-45.0-1.x86_64", "astrolabe-5.6-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_an_interrupt_is_of_no_account_to_later_downloads(self):
+        self.load()
+        # What the handler of the library that downloads leaves behind.
+        interrupted = ctypes.c_int.in_dll(ctypes.CDLL("librepo.so.0"), "lr_interrupt")
+        interrupted.value = 1
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "[Ii]nterrupted"):
+            self.yumio.base.fill_sack()
+        self.yumio.lock()
+        self.yumio.reset()
+        interrupted.value = 1
+        self.collect()
+        interrupted.value = 1
+        self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
     def test_a_missing_package(self):

@@ -185,8 +185,9 @@ class RemoveTest(ScenarioTest):
         changed = self.changes(self.apply, removes=["parrot"])
         self.assertEqual(changed, (set(), {"parrot-1.0-1.noarch"}))
         self.assertEqual(self.recording.order("rpmtransScriptout"), [
-            "listTransaction", "reportRemoveSize", "userconfirm", "rpmtransInit", "rpmtransDel", "rpmtransInit",
-            "rpmtransProgress", "rpmtransDel", "postTransactionOutput"])
+            "listTransaction", "reportRemoveSize", "userconfirm", "downloadRemotePayloads", "rpmtransInit",
+            "rpmtransDel", "rpmtransInit", "rpmtransProgress", "rpmtransDel", "postTransactionOutput"])
+        self.assertEqual(self.recording.of("downloadRemotePayloads"), [[]])
         self.assertEqual(self.recording.listed(), {"parrot-1.0-1.noarch": (REMOVE, USER)})
         self.assertEqual(self.recording.errors(), [])
 
@@ -245,6 +246,9 @@ class GroupTest(ScenarioTest):
         self.started()
         self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)
         self.assertIn("no-such-package", "\n".join(self.recording.errors()))
+        # There is neither anything to download nor anything to remove.
+        self.assertEqual(self.recording.order(), ["listTransaction", "userconfirm", "downloadRemotePayloads",
+                                                  "postTransactionOutput"])
         self.again()
         self.assertIsNotNone(self.group("ghosts"))
 
@@ -289,6 +293,58 @@ class GroupTest(ScenarioTest):
         self.started()
         self.assert_refused("nothing to do", group_updates=["seafaring"])
         self.assertNotIn("userconfirm", self.recording.names())
+
+
+class ReasonTest(ScenarioTest):
+    """The program shows the value of an exception."""
+
+    def check(self, method, raising, arguments=()):
+        exceptions = self.dnf.exceptions
+        for exception, value in (
+                (exceptions.MarkingError("No match", "loupe"), "No match: loupe"),
+                (exceptions.PackageNotFoundError("No match", "loupe"), "No match: loupe"),
+                (exceptions.PackagesNotInstalledError("Not there", "loupe"), "Not there: loupe"),
+                (exceptions.DownloadError({"loupe.rpm": ["gone", "away"]}), "loupe.rpm: gone\nloupe.rpm: away"),
+                (exceptions.DownloadError({}), "DownloadError"),
+                (exceptions.Error(), "Error"),
+                (exceptions.DepsolveError("as it is"), "as it is")):
+            raising(exception)
+            with self.assertRaises(exceptions.Error) as caught:
+                method(*arguments)
+            self.assertEqual(caught.exception.value, value)
+        # One that says all by itself stays what it is.
+        raising(exceptions.RepoError("the repository"))
+        with self.assertRaises(exceptions.RepoError) as caught:
+            method(*arguments)
+        self.assertEqual(caught.exception.value, "the repository")
+        raising(KeyError("another kind"))
+        with self.assertRaises(KeyError):
+            method(*arguments)
+
+    def raiser(self, owner, name):
+        def raising(exception):
+            def fail(*args, **kwargs):
+                raise exception
+            setattr(owner, name, fail)
+        return raising
+
+    @in_own_process
+    def test_of_transactions(self):
+        self.started()
+        self.check(self.yumio.apply, self.raiser(self.yumio, "_mark"), ([],) * 6)
+
+    @in_own_process
+    def test_of_collections(self):
+        self.started()
+        base = self.yumio.base
+        self.check(self.yumio.collectGroups, self.raiser(base, "read_comps"))
+        self.check(self.yumio.collectOtherData, self.raiser(base.otherData, "loadAll"))
+
+        class Sack(object):
+            pass
+        base._sack = Sack()
+        for method in (self.yumio.collectUpdates, self.yumio.collectAll):
+            self.check(method, self.raiser(base._sack, "query"))
 
 
 class RefusalTest(ScenarioTest):

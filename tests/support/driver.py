@@ -187,7 +187,8 @@ class Program:
     def complaints(self):
         """What the program has written to standard error, without what comes from the window manager taking the
         frame of a closed dialog away while Qt looks for the window under the pointer."""
-        harmless = re.compile(r'vyre: QXcbConnection: XCB error: 3 \(BadWindow\), .*\(TranslateCoords\), minor code: 0$')
+        harmless = re.compile(
+            r'vyre: QXcbConnection: XCB error: 3 \(BadWindow\), .*\(TranslateCoords\), minor code: 0$')
         return '\n'.join(line for line in self.stderr().splitlines() if line and not harmless.match(line))
 
     def stdout(self):
@@ -298,6 +299,16 @@ class Window:
     def title(self):
         return self.accessible.name
 
+    def wait_settled(self):
+        """Wait until the window manager has placed the window, after which it gives it the focus."""
+        wait_for(lambda: self.accessible.getState().contains(pyatspi.STATE_ACTIVE), 'the focus of ' + self.title)
+        known = []
+
+        def unmoved():
+            known.append(rectangle(self.accessible))
+            return len(known) > 1 and known[-1] == known[-2]
+        wait_for(unmoved, 'the place of ' + self.title)
+
     def find(self, role, name=None, seconds=60):
         """The first showing widget of the role, with the name (without the mark of its mnemonic) if one is given."""
         def look():
@@ -322,6 +333,7 @@ class Window:
     def click_button(self, name):
         button = self.button(name)
         wait_for(lambda: enabled(button), 'the button ' + name)
+        self.wait_settled()
         click(button)
 
     def labels(self):

@@ -1,5 +1,5 @@
 // Starts the back end on the script of VYRESHARE and prints what the user sees of it, one line a thing. The
-// argument, if any, is run in the interpreter before.
+// argument, if any, is run in the interpreter before. With PRINT_LOG set, the log comes after that.
 
 #include <cstdio>
 
@@ -34,6 +34,12 @@ int main(int argc, char** argv)
         print(yumIO.initialize() ? "started" : "failed");
         for (const ShownDialog& each : answers.take()) {
             print(each.title + ": " + each.text);
+        }
+        if (qEnvironmentVariableIsSet("PRINT_LOG")) {
+            QMutexLocker locker(&yumIO.logEntries());
+            for (const Log::Entry& entry : qAsConst(yumIO.logEntries())) {
+                print(QString("log: %1 %2 %3").arg(entry.kind).arg(entry.level).arg(entry.text));
+            }
         }
         print(yumIO.initialize() ? "again: started" : "again: failed");
         answers.take();

@@ -919,6 +919,23 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
+    void linesLoggedBeforeAFailureExplainIt()
+    {
+        collect("it.updates = [Package('tool', '2.0')]\nit.installed = [Package('tool')]\n"
+                "it.raises['verifyLocalPkg'] = dnf.exceptions.MiscError('not there')");
+        mark("tool", Package::Update);
+        // What the listing itself looks into does not begin a new explanation.
+        QVERIFY(!apply("yumIOC.errorlog(1, 'the first reason')\n"
+                       "yumIOC.listTransaction(None, [item(6, 'tool', version='2.0'), item(7, 'tool')])\n"
+                       "yumIOC.errorlog(0, 'the second reason')\n"
+                       "yumIOC.errorlog(3, 'a detail')\n"
+                       "yumIOC.log(0, 'no error')\n"
+                       "raise dnf.exceptions.Error('stopped')"));
+        QCOMPARE(backEnd->text("len(it.did('verifyLocalPkg'))"), QString("1"));
+        QCOMPARE(errors(),
+                 QStringList("the first reason\nthe second reason\nstopped\nUnable to apply changes"));
+    }
+
     void listsAreReleased()
     {
         collect("it.available = [Package('tool')]");

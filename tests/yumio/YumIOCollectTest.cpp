@@ -565,7 +565,7 @@ private Q_SLOTS:
                      "BASE.repos['second'] = Thing(enabled=1)");
         QVERIFY(backEnd->collect());
         QCOMPARE(int(yumIO().readingCount), 2);
-        QCOMPARE(yumIO().readingMax, 1);
+        QCOMPARE(yumIO().readingMax, 1ULL);
     }
 };
 

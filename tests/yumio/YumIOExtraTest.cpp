@@ -36,6 +36,7 @@ private Q_SLOTS:
     void init()
     {
         backEnd->renew();
+        yumIO().missingAttributes.clear();
         backEnd->run("tool = Package('tool')\n"
                      "group = Group('G', 'g', ['b', 'a'], ['d'], [], ['c', 'c'])\n"
                      "it.installed = [tool]\n"
@@ -163,6 +164,63 @@ private Q_SLOTS:
                      "it.does['collectFileLists'] = load");
         QCOMPARE(yumIO().getFiles(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
+    }
+
+    void filesAreReadOnceWhenLoaded()
+    {
+        backEnd->run("class Counting(Package):\n"
+                     "    count = 0\n"
+                     "    @property\n"
+                     "    def files(self):\n"
+                     "        self.count += 1\n"
+                     "        return ['/usr/bin/counting']\n"
+                     "    @property\n"
+                     "    def hdr(self):\n"
+                     "        self.count += 1\n"
+                     "        return {rpm.RPMTAG_PREFIXES: ['/opt']}\n"
+                     "counting = Counting('counting')\n"
+                     "it.installed.append(counting)");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(yumIO().getFiles(*backEnd->entry("counting")), QString("/usr/bin/counting"));
+        QCOMPARE(backEnd->text("counting.count"), QString("1"));
+        QCOMPARE(yumIO().getRelocations(*backEnd->entry("counting")), QString("/opt"));
+        QCOMPARE(backEnd->text("counting.count"), QString("2"));
+    }
+
+    void listThatFailsIsNoMissingList()
+    {
+        backEnd->run("class Failing(Package):\n"
+                     "    @property\n"
+                     "    def suggests(self): raise ValueError('broken')\n"
+                     "it.installed.append(Failing('failing'))");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        const int before = backEnd->log().count();
+        QCOMPARE(yumIO().getSuggests(*backEnd->entry("failing")), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's suggests"}));
+        QVERIFY(!backEnd->log(before).filter("ValueError: broken").isEmpty());
+    }
+
+    void missingListIsToldOnce()
+    {
+        const int before = backEnd->log().count();
+        for (int i = 0; i < 3; ++i) {
+            QCOMPARE(yumIO().getProvides(tool()), QString());
+            QVERIFY(PyErr_Occurred() == nullptr);
+        }
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's provides"}));
+        QCOMPARE(backEnd->log(before).filter("package's provides").count(), 1);
+        QCOMPARE(yumIO().getRequires(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's requires"}));
+        // For files and change logs too.
+        backEnd->run("tool.files = None");
+        QCOMPARE(yumIO().getFiles(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
+        QCOMPARE(yumIO().getFiles(tool()), QString());
+        QCOMPARE(yumIO().getChangeLog(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
+        QCOMPARE(yumIO().getChangeLog(tool()), QString());
     }
 
     void changeLogOfTwoItems()

@@ -120,10 +120,12 @@ public:
     using YumIO::entries;
     using YumIO::entryIndex;
     using YumIO::exceptLogStart;
+    using YumIO::fewPackages;
     using YumIO::fileListsLoaded;
     using YumIO::lastAction;
     using YumIO::lastTsDone;
     using YumIO::locked;
+    using YumIO::missingAttributes;
     using YumIO::nextSlot;
     using YumIO::otherDataLoaded;
     using YumIO::payloadSlots;

@@ -274,6 +274,37 @@ private Q_SLOTS:
         QCOMPARE(errors(), expected);
     }
 
+    void scriptSeesWhatIsWrongWithItsCall()
+    {
+        backEnd->run("def message(function, *arguments):\n"
+                     "    try:\n"
+                     "        function(*arguments)\n"
+                     "    except TypeError as e:\n"
+                     "        return str(e)\n");
+        // These two say nothing to the user.
+        const QString count = backEnd->text("message(yumIOC.listTransaction)");
+        QVERIFY2(count.contains("2 arguments (0 given)"), qPrintable(count));
+        const QString type = backEnd->text("message(yumIOC.log, 'a', 'b')");
+        QVERIFY2(type.contains("str"), qPrintable(type));
+        QCOMPARE(errors(), QStringList());
+        QCOMPARE(backEnd->text("message(yumIOC.downloadProgress)"), count);
+        QCOMPARE(backEnd->text("message(yumIOC.downloadStart, 'a', 1, 2)"), type);
+        QCOMPARE(errors(),
+                 QStringList({generic, "Internal error: downloadProgress: unable to interpret arguments",
+                              generic, "Internal error: downloadStart: unable to interpret arguments"}));
+    }
+
+    void numbersWithoutMeaningAreNoExceptions()
+    {
+        collect("it.available = [Package('a', size=30000)]");
+        QVERIFY(!apply("a = Rpm('a', 30000)\n"
+                       "yumIOC.downloadRemotePayloads([a])\n"
+                       "yumIOC.downloadStart(1, 30000, 0)\n"
+                       "seen.append(failure(yumIOC.downloadEnd, a, 1 << 70, None))\n"
+                       "seen.append(tip())"));
+        QCOMPARE(backEnd->text("seen"), QString("[None, ['Downloading a.rpm: Complete']]"));
+    }
+
     void downloadsOutsideOfAnOperation_data()
     {
         QTest::addColumn<QString>("function");
@@ -301,8 +332,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<QString>("message");
-        const auto row = [](const char* call, const char* message) {
-            QTest::newRow(message) << call << message;
+        QTest::addColumn<bool>("exception");
+        const auto row = [](const char* call, const char* message, bool exception = true) {
+            QTest::newRow(message) << call << message << exception;
         };
         row("downloadProgress, wrong, 1.0", "downloadProgress: unable to determine payload __str__");
         row("downloadProgress, Rpm('a', None), 1.0",
@@ -316,23 +348,23 @@ private Q_SLOTS:
         row("downloadRemotePayloads, [Thing(pkg=Thing(name='a'))]",
             "downloadRemotePayloads: unable to determine payload pkg.arch");
         row("downloadRemotePayloads, [Thing(pkg=Thing(name='a', arch='x86_64'))]",
-            "downloadRemotePayloads: unable to determine payload download_size");
+            "downloadRemotePayloads: unable to determine payload download_size", false);
         row("downloadRemotePayloads, [Rpm('nobody', 1, 'i686')]",
-            "downloadRemotePayloads: unable to find package entry for nobody.i686");
+            "downloadRemotePayloads: unable to find package entry for nobody.i686", false);
     }
 
     void payloadsThatCannotBeRead()
     {
         QFETCH(QString, call);
         QFETCH(QString, message);
+        QFETCH(bool, exception);
         backEnd->run("wrong = Wrong()\nwrong.exception = ValueError('x')");
+        const int before = logLength();
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))\nseen.append(state())"));
         const QStringList texts = errors();
-        QVERIFY(!texts.isEmpty());
-        QCOMPARE(texts.last(), "Internal error: " + message);
-        for (const QString& text : texts.mid(0, texts.count() - 1)) {
-            QCOMPARE(text, QString(generic));
-        }
+        QCOMPARE(texts, QStringList("Internal error: " + message));
+        // What was wrong with it, where it was an exception.
+        QCOMPARE(!backEnd->log(before).filter(QRegularExpression("^3 0 \\w+Error: ")).isEmpty(), exception);
         // The script goes on.
         QCOMPARE(backEnd->text("seen[0]"), QString("None"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['payloadSlots']"), QString("(0, 0)"));
@@ -393,7 +425,10 @@ private Q_SLOTS:
         collect("it.available = [Package('a'), Package('b')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('nobody', 1), Rpm('a', 20000), Thing(), "
                        "Rpm('b', 30000)])\nseen.append(state())"));
-        QVERIFY(errors().count() >= 2);
+        QCOMPARE(errors(),
+                 QStringList({"Internal error: downloadRemotePayloads: unable to find package entry for "
+                              "nobody.x86_64",
+                              "Internal error: downloadRemotePayloads: unable to determine payload pkg"}));
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(2, 50000)"));
     }
 
@@ -451,6 +486,42 @@ private Q_SLOTS:
                  qPrintable(backEnd->text("seen[7]")));
         QCOMPARE(backEnd->text("seen[8]"),
                  QString("['Downloading b.rpm: Complete', 'Downloading a.rpm: Complete']"));
+    }
+
+    void downloadWithoutAnyProgressTakesItsSlotAndCounts()
+    {
+        collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
+        QVERIFY(!apply("a, b = Rpm('a', 30000), Rpm('b', 70000)\n"
+                       "yumIOC.downloadRemotePayloads([a, b])\n"
+                       "yumIOC.downloadStart(2, 100000, 0)\n"
+                       "time.sleep(.02)\n"
+                       "yumIOC.downloadEnd(a, None, None)\n"
+                       "seen.append(tip())\nseen.append(look())\nseen.append(state())\n"
+                       "time.sleep(.02)\n"
+                       "yumIOC.downloadProgress(b, 70000.0)\n"
+                       "seen.append(tip())\nseen.append(look())\n"
+                       "yumIOC.downloadEnd(Thing(download_size=5), None, None)\n"));
+        QCOMPARE(backEnd->text("seen[0]"),
+                 QString("['Downloading a.rpm: Complete', '1 downloads: Not Started Yet']"));
+        QCOMPARE(backEnd->text("seen[1][1]"), QString("Downloading 2 packages (30%) 30000/100000"));
+        QCOMPARE(backEnd->text("seen[2]['nextSlot'], seen[2]['payloadSlots']"), QString("(1, 0)"));
+        QCOMPARE(backEnd->text("seen[3]"), QString("['Downloading a.rpm: Complete', "
+                                                   "'Downloading b.rpm: 70000 / 70000 (100.0%)']"));
+        QCOMPARE(backEnd->text("seen[4][1]"), QString("Downloading 2 packages (100%) 100000/100000"));
+    }
+
+    void deltaWithoutAnyProgressIsStillRebuilt()
+    {
+        collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
+        QVERIFY(!apply("a = Delta('a', 30000)\n"
+                       "yumIOC.downloadRemotePayloads([a, Rpm('b', 70000)])\n"
+                       "yumIOC.downloadStart(2, 100000, 1)\n"
+                       "yumIOC.downloadEnd(a, 0, None)\n"
+                       "seen.append(tip())\n"
+                       "yumIOC.downloadEnd(a, 4, None)\n"
+                       "seen.append(tip())"));
+        QCOMPARE(backEnd->text("seen[0][0]"), QString("Downloading a.drpm: 30000 / 30000 (100.0%)"));
+        QCOMPARE(backEnd->text("seen[1][0]"), QString("Downloading a.drpm: Complete"));
     }
 
     void smallDownloadsWeighTheirLeast()
@@ -633,7 +704,49 @@ private Q_SLOTS:
                                   "'Collecting updatable packages (0%) 0/1']"));
     }
 
+    void metadataBeyondTwoGigabytes()
+    {
+        backEnd->run("def download():\n"
+                     "    large = Metadata('large', 6.0 * 2 ** 30)\n"
+                     "    yumIOC.downloadStart(1, 6 << 30, 0)\n"
+                     "    yumIOC.downloadProgress(large, 0.0)\n"
+                     "    yumIOC.downloadProgress(large, 3.0 * 2 ** 30)\n"
+                     "    seen.append(look())\n"
+                     "    time.sleep(.02)\n"
+                     "    yumIOC.downloadEnd(large, None, None)\n"
+                     "    seen.append(look())\n"
+                     "    return True\n"
+                     "seen = []\n"
+                     "it.does['setupRepos'] = download");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->text("seen"),
+                 QString("[['Initializing: Total Progress (44%) 8000/18000', "
+                         "'Reading repository metadata for large (50%) 805306368/1610612736'], "
+                         "['Initializing: Total Progress (83%) 15000/18000', "
+                         "'Reading repository metadata for large (100%) 1610612736/1610612736']]"));
+        QCOMPARE(yumIO().readingMax, 6ULL << 30);
+    }
+
     // --- The transaction
+
+    void removalAloneKeepsItsPreparation()
+    {
+        collect("it.installed = [Package('old', size=200000)]");
+        QVERIFY(apply("confirmed(item(8, 'old'))\n"
+                      "yumIOC.downloadRemotePayloads([])\n"
+                      "yumIOC.rpmtransInit(True)\n"
+                      "seen.append(look())\n"
+                      "yumIOC.rpmtransDel()\n"
+                      "yumIOC.rpmtransInit(False)\n"
+                      "yumIOC.rpmtransProgress(it.installed[0], 8, 0, 1, 1, 1)\n"
+                      "yumIOC.rpmtransDel()\n"
+                      "seen.append(look())"));
+        backEnd->answers.take();
+        QCOMPARE(backEnd->text("seen[0]"), QString("['Running Transaction: Total Progress (1%) 100/9100', "
+                                                   "'Preparing to Run Transaction (0%) 0/1']"));
+        QCOMPARE(backEnd->text("seen[1][0]"),
+                 QString("Running Transaction: Total Progress (100%) 9100/9100"));
+    }
 
     void preparation()
     {

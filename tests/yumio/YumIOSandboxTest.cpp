@@ -1,3 +1,4 @@
+#include <ctime>
 #include <unistd.h>
 
 #include <QProcess>
@@ -68,7 +69,7 @@ private:
         return text.trimmed();
     }
 
-    // Of the process, as "number target".
+    // What the descriptors of the process stand for.
     static QStringList descriptors()
     {
         QStringList open;
@@ -79,10 +80,97 @@ private:
             const ssize_t length = readlink(path.constData(), target, sizeof target);
             // But for the one that reads the directory.
             if (length >= 0 && !QByteArray(target, int(length)).endsWith("/fd")) {
-                open.append(number + " " + QString::fromLocal8Bit(target, int(length)));
+                open.append(QString::fromLocal8Bit(target, int(length)));
             }
         }
+        open.sort();
         return open;
+    }
+
+    // What a search is to look at in a record beside its files and changes, as the getters give it.
+    QByteArray gettersTexts(const Package::Entry& entry)
+    {
+        using Getter = QString (YumIO::*)(const Package::Entry&);
+        using ConstGetter = QString (YumIO::*)(const Package::Entry&) const;
+        QStringList fields{yumIO().getName(entry)};
+        if (entry.kind == Package::Group) {
+            for (const Getter get : {&YumIO::getMandatoryPkgs, &YumIO::getDefaultPkgs,
+                                     &YumIO::getOptionalPkgs, &YumIO::getConditionalPkgs}) {
+                fields.append((yumIO().*get)(entry));
+            }
+        } else {
+            for (const ConstGetter get :
+                 {&YumIO::getVerRel, &YumIO::getRepo, &YumIO::getArch, &YumIO::getSize, &YumIO::getSummary}) {
+                fields.append((yumIO().*get)(entry));
+            }
+            for (const Getter get : {&YumIO::getDescription, &YumIO::getGroup, &YumIO::getVendor}) {
+                fields.append((yumIO().*get)(entry));
+            }
+            fields.append(yumIO().getBuildTime(entry));
+            for (const Getter get :
+                 {&YumIO::getBuildHost, &YumIO::getInstallTime, &YumIO::getBinaryRpm, &YumIO::getSourceRpm,
+                  &YumIO::getLicense, &YumIO::getPackager, &YumIO::getUrl, &YumIO::getRelocations,
+                  &YumIO::getProvides, &YumIO::getRequiresPre, &YumIO::getRequires, &YumIO::getConflicts,
+                  &YumIO::getObsoletes, &YumIO::getRecommends, &YumIO::getSuggests, &YumIO::getSupplements,
+                  &YumIO::getEnhances}) {
+                fields.append((yumIO().*get)(entry));
+            }
+        }
+        QByteArray texts;
+        for (const QString& field : qAsConst(fields)) {
+            if (!field.isEmpty()) {
+                texts += field.toUtf8() + '\0';
+            }
+        }
+        return fields.contains(QString()) ? texts + '\0' : texts;
+    }
+
+    QVector<Package::Entry*> allEntries()
+    {
+        QVector<Package::Entry*> all;
+        for (int i = 0; i < yumIO().count(); ++i) {
+            all.append(yumIO()[i]);
+        }
+        return all;
+    }
+
+    // Reads the texts of all records and compares.
+    void checkSearchTexts(int fewPackages)
+    {
+        const int before = YumIOProbe::fewPackages;
+        YumIOProbe::fewPackages = fewPackages;
+        const QVector<Package::Entry*> all = allEntries();
+        for (Package::Entry* entry : all) {
+            entry->searchTexts = QByteArray();
+            entry->searchFiles = QByteArray();
+            entry->searchChangeLog = QByteArray();
+        }
+        yumIO().collectSearchTexts(all);
+        YumIOProbe::fewPackages = before;
+        QCOMPARE(texts(), QStringList());
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+        for (const Package::Entry* entry : all) {
+            const QByteArray expected = gettersTexts(*entry);
+            QVERIFY2(entry->searchTexts == expected,
+                     qPrintable(entry->name + "\n" +
+                                QString::fromUtf8(QByteArray(entry->searchTexts).replace('\0', "|")) + "\n" +
+                                QString::fromUtf8(QByteArray(expected).replace('\0', "|"))));
+            QCOMPARE(entry->searchFiles, yumIO().getFiles(*entry).toUtf8());
+            QCOMPARE(entry->searchChangeLog, yumIO().getChangeLog(*entry).toUtf8());
+        }
+    }
+
+    // From here on the script tells, of the metadata of a repository, what the expression says; they are
+    // "asked".
+    void setMetadataPath(const QString& expression)
+    {
+        backEnd->run("import dnf\n"
+                     "asked = []\n"
+                     "if 'genuinePath' not in globals(): genuinePath = YumIO.metadataPath\n"
+                     "def metadataPath(self, repoid, kind):\n"
+                     "    asked.append((repoid, kind))\n"
+                     "    return " +
+                     expression + "\nYumIO.metadataPath = metadataPath");
     }
 
     QTemporaryDir scratch;
@@ -345,6 +433,127 @@ private Q_SLOTS:
         QVERIFY(backEnd->entry("orchard") != nullptr);
     }
 
+    // --- Texts to search
+
+    void searchTextsAreThoseOfTheGetters()
+    {
+        setMetadataPath("genuinePath(self, repoid, kind)");
+        checkSearchTexts(1 << 30);
+        // Each package was asked itself.
+        QCOMPARE(backEnd->text("asked"), QString("[]"));
+        QCOMPARE(QByteArray(backEnd->group("Arts")->searchTexts).replace('\0', "|"),
+                 QByteArray("Arts|easel|palette-knife|brushwork\nvarnish-coat||"));
+        const Package::Entry& orchard = *backEnd->entry("orchard");
+        QVERIFY(QByteArray(orchard.searchTexts)
+                    .replace('\0', "|")
+                    .startsWith("orchard|3.0-1|sandbox-http|x86_64|"));
+        QVERIFY(orchard.searchTexts.endsWith(QByteArray(2, '\0')));
+        QCOMPARE(orchard.searchFiles, QByteArray("/usr/bin/orchard\n/usr/share/doc/orchard/README"));
+        QVERIFY(orchard.searchChangeLog.startsWith("* "));
+    }
+
+    void searchTextsFromTheMetadataAreThoseOfTheGetters()
+    {
+        const int logged = backEnd->log().count();
+        const QByteArray zone = qgetenv("TZ");
+        for (const char* name : {"UTC", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
+            qputenv("TZ", name);
+            tzset();
+            setMetadataPath("genuinePath(self, repoid, kind)");
+            checkSearchTexts(0);
+            QCOMPARE(
+                backEnd->text("('sandbox-http', 'filelists') in asked, ('sandbox-http', 'other') in asked"),
+                QString("(True, True)"));
+        }
+        qputenv("TZ", zone);
+        tzset();
+        const QStringList log = backEnd->log(logged);
+        QCOMPARE(log.filter(QRegularExpression("^[23] ")), QStringList());
+        QCOMPARE(log.count("4 0 Collecting Texts to Search"), 3);
+    }
+
+    void searchTextsComeFromTheMetadataIndeed()
+    {
+        Package::Entry* orchard = backEnd->entry("orchard");
+        const PyRef checksum(PyObject_GetAttrString(orchard->pyObject, "chksum"));
+        PyObject* digest = PyTuple_GetItem(checksum.get(), 1);
+        const QByteArray id =
+            QByteArray(PyBytes_AsString(digest), static_cast<int>(PyBytes_Size(digest))).toHex();
+        QFile made(scratch.filePath("made.xml"));
+        QVERIFY(made.open(QIODevice::WriteOnly));
+        made.write("<x><package pkgid=\"" + id +
+                   "\"><file>/made/up</file><changelog author=\"Nobody\" date=\"0\">made "
+                   "up</changelog></package></x>");
+        made.close();
+        setMetadataPath("'" + made.fileName() + "' if repoid == 'sandbox-http' else None");
+        orchard->searchTexts = QByteArray();
+        const int before = YumIOProbe::fewPackages;
+        YumIOProbe::fewPackages = 0;
+        yumIO().collectSearchTexts({orchard});
+        YumIOProbe::fewPackages = before;
+        QCOMPARE(orchard->searchFiles, QByteArray("/made/up"));
+        QCOMPARE(orchard->searchChangeLog, QByteArray("* Thu Jan 1 1970 Nobody\nmade up"));
+    }
+
+    void metadataThatCannotBeReadAreMadeUpFor_data()
+    {
+        QTest::addColumn<QString>("expression");
+        QTest::addColumn<bool>("warned");
+        QTest::newRow("there are none") << "None" << false;
+        QTest::newRow("there is no such file") << "'/nonexistent/metadata.xml.gz'" << true;
+        QTest::newRow("a directory") << "'/'" << true;
+        QTest::newRow("something else") << "'/bin/sh'" << true;
+        QTest::newRow("those of another repository") << "genuinePath(self, 'sandbox-file', kind)" << false;
+        QTest::newRow("cut off") << "cutOff(genuinePath(self, repoid, kind))" << true;
+    }
+
+    void metadataThatCannotBeReadAreMadeUpFor()
+    {
+        QFETCH(QString, expression);
+        QFETCH(bool, warned);
+        backEnd->run("def cutOff(path):\n"
+                     "    if path is None: return None\n"
+                     "    with open(path, 'rb') as stream: content = stream.read()\n"
+                     "    short = '" +
+                     scratch.filePath("short") +
+                     "-' + path.replace('/', '-')\n"
+                     "    with open(short, 'wb') as stream: stream.write(content[:len(content) // 2])\n"
+                     "    return short\n");
+        setMetadataPath(expression);
+        const int logged = backEnd->log().count();
+        checkSearchTexts(0);
+        QVERIFY(backEnd->text("len(asked) > 0") == "True");
+        QCOMPARE(!backEnd->log(logged).filter(QRegularExpression("^2 1 ")).isEmpty(), warned);
+    }
+
+    void searchTextsAreReadOnce()
+    {
+        setMetadataPath("genuinePath(self, repoid, kind)");
+        checkSearchTexts(1 << 30);
+        const int logged = backEnd->log().count();
+        yumIO().collectSearchTexts(allEntries());
+        QCOMPARE(backEnd->log(logged), QStringList()); // no work at all
+        Package::Entry* orchard = backEnd->entry("orchard");
+        Package::Entry* easel = backEnd->entry("easel");
+        const QByteArray texts = orchard->searchTexts;
+        orchard->searchTexts = QByteArray();
+        easel->searchTexts = "as it is";
+        yumIO().collectSearchTexts(allEntries());
+        QCOMPARE(orchard->searchTexts, texts);
+        QCOMPARE(easel->searchTexts, QByteArray("as it is"));
+        easel->searchTexts = QByteArray();
+        // Nothing is read that has not been loaded.
+        for (bool* loaded : {&yumIO().fileListsLoaded, &yumIO().otherDataLoaded}) {
+            *loaded = false;
+            yumIO().collectSearchTexts(allEntries());
+            QVERIFY(easel->searchTexts.isNull());
+            *loaded = true;
+        }
+        yumIO().collectSearchTexts({easel});
+        QCOMPARE(easel->searchTexts, gettersTexts(*easel));
+        backEnd->run("YumIO.metadataPath = genuinePath");
+    }
+
     void fiftyRoundsLeaveNothingBehind()
     {
         // The first rounds may open what stays open for good.
@@ -352,14 +561,18 @@ private Q_SLOTS:
         collectAgain();
         const int count = yumIO().count();
         const QStringList files = descriptors();
-        const QString threads = backEnd->text("len(__import__('os').listdir('/proc/self/task'))");
+        const auto threads = [] {
+            return QDir("/proc/self/task").entryList(QDir::Dirs | QDir::NoDotAndDotDot).count();
+        };
+        const int before = threads();
+        QVERIFY(before > 0);
         for (int i = 0; i < 50; ++i) {
             collectAgain();
             QCOMPARE(yumIO().count(), count);
             QCOMPARE(descriptors().count(), files.count());
         }
         QCOMPARE(descriptors(), files);
-        QCOMPARE(backEnd->text("len(__import__('os').listdir('/proc/self/task'))"), threads);
+        QTRY_VERIFY(threads() <= before); // a thread is gone a little after it has ended
         yumIO().clearEntries();
         QCOMPARE(yumIO().count(), 0);
         QVERIFY(yumIO().entryIndex.isEmpty());

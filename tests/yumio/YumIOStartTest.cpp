@@ -30,6 +30,7 @@ private:
         }
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("VYRESHARE", share.path());
+        environment.insert(variables);
         QProcess process;
         process.setProcessEnvironment(environment);
         process.start(BACK_END_START, arguments);
@@ -45,10 +46,13 @@ private:
         return lines;
     }
 
+    QProcessEnvironment variables; // beside those of the test
     QString standardError;
     QString standardOutput;
 
 private Q_SLOTS:
+    void init() { variables = QProcessEnvironment(); }
+
     void scriptOfTheShareDirectoryIsRun()
     {
         QCOMPARE(start("import sys\n"
@@ -104,6 +108,45 @@ private Q_SLOTS:
                               "again: failed"}));
         QVERIFY2(standardError.contains("File \"YumIO.py\", line 1"), qPrintable(standardError));
         QVERIFY2(standardError.contains("ValueError: wrong"), qPrintable(standardError));
+    }
+
+    void tracebackOfAScriptThatFailsEarlyIsInTheLog()
+    {
+        variables.insert("PRINT_LOG", "1");
+        QStringList log =
+            start("\n\nraise ValueError('wr\xc3\xb6ng <b>')\n").filter(QRegularExpression("^log: "));
+        QVERIFY(log.count() > 3);
+        QCOMPARE(log.takeFirst(), QString("log: 3 0 Traceback (most recent call last):"));
+        QCOMPARE(log.takeFirst(), QString("log: 3 0   File \"YumIO.py\", line 3, in <module>"));
+        QVERIFY2(log.contains(QString::fromUtf8("log: 3 0 ValueError: wr\xc3\xb6ng <b>")),
+                 qPrintable(log.join('\n')));
+        // Where the script has its own stream, that is the one to get it into the log.
+        log = start("import sys, yumIOC\n"
+                    "class Writer:\n"
+                    "    def write(self, text): yumIOC.stderrWrite(text)\n"
+                    "    def flush(self): pass\n"
+                    "sys.stderr = Writer()\n"
+                    "raise ValueError('wrong')\n")
+                  .filter("Traceback");
+        QCOMPARE(log, QStringList("log: 3 0 Traceback (most recent call last):"));
+    }
+
+    void rootThatDoesNotExistIsNotMade()
+    {
+        QTemporaryDir directory;
+        const QString root = directory.filePath("mistyped");
+        variables.insert("VYREROOT", root + "/");
+        QCOMPARE(start("class YumIO:\n    base = 1\n"),
+                 QStringList({"failed", "VYRE Yum Error: The root directory " + root + " does not exist",
+                              "again: failed"}));
+        QVERIFY(!QFileInfo::exists(root));
+        // Nor is a file a root.
+        QFile file(root);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(start("class YumIO:\n    base = 1\n").first(), QString("failed"));
+        file.remove();
+        QVERIFY(QDir().mkdir(root));
+        QCOMPARE(start("class YumIO:\n    base = 1\n"), QStringList({"started", "again: started"}));
     }
 
     void scriptThatEndsItselfDoesNotEndTheProgram()

@@ -3,6 +3,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <clocale>
+#include <cstdio>
+
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include "tests/yumio/BackEnd.h"
@@ -382,6 +387,24 @@ private Q_SLOTS:
         QFETCH(quint64, bytes);
         QFETCH(QString, expected);
         QCOMPARE(yumIO().bytesFormat(bytes), expected);
+    }
+
+    void byteFormatsHaveAPointInEveryLocale()
+    {
+        QTemporaryDir locales;
+        QCOMPARE(
+            QProcess::execute("localedef", {"-i", "de_DE", "-f", "UTF-8", locales.filePath("de_DE.UTF-8")}),
+            0);
+        qputenv("LOCPATH", locales.path().toLocal8Bit());
+        const QByteArray before = setlocale(LC_NUMERIC, nullptr);
+        QVERIFY(setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr);
+        const QString formatted = yumIO().bytesFormat(1536);
+        char after[16];
+        std::snprintf(after, sizeof after, "%.1f", 1.5);
+        setlocale(LC_NUMERIC, before.constData());
+        qunsetenv("LOCPATH");
+        QCOMPARE(QString(after), QString("1,5"));
+        QCOMPARE(formatted, QString("1.5Kb"));
     }
 
     void buildTimes()

@@ -549,8 +549,9 @@ class CopyTest(SandboxTest):
         target = os.path.join(workspace, "failed")
         with tempfile.TemporaryDirectory() as empty:
             done = subprocess.run(
-                [sys.executable, EXECUTABLE, "make", target], env=dict(os.environ, PATH=empty),
+                [sys.executable, EXECUTABLE, "make", target], env=dict(os.environ, PATH=empty, TMPDIR=empty),
                 stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+            self.assertEqual(os.listdir(empty), [])
         self.assertNotEqual(done.returncode, 0)
         self.assertFalse(os.path.exists(target))
 

@@ -6,7 +6,6 @@ import os
 import shutil
 import subprocess
 import tempfile
-import time
 from concurrent.futures import ThreadPoolExecutor
 
 DBPATH = ("--define", "_dbpath /var/lib/rpm")
@@ -173,13 +172,10 @@ class KeyRing(object):
         return self
 
     def __exit__(self, *exception):
-        run(["gpgconf", "--kill", "all"], env=self._environment)
-        # The agent that ends is tidying up in there at the same time.
-        for _ in range(100):
+        try:
+            run(["gpgconf", "--kill", "all"], env=self._environment)
+        finally:
             shutil.rmtree(self._home, ignore_errors=True)
-            if not os.path.exists(self._home):
-                break
-            time.sleep(0.05)
 
     def generate(self, user):
         run(["gpg", "--batch", "--quiet", "--passphrase", "", "--quick-generate-key", user, "rsa2048", "sign",

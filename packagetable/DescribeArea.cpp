@@ -1,0 +1,333 @@
+#include "packagetable/DescribeArea.h"
+
+#include "yumio/YumIO.h"
+
+#include <QApplication>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+#include "app/base/Fonts.h"
+#include "packagetable/DescribeDialog.h"
+#include "packagetable/DescribeRepoDialog.h"
+#include "packagetable/PackageTable.h"
+#include "repo/RepoBrowse.h"
+#include "widgets/HScrollArea.h"
+#include "widgets/Metrics.h"
+#include "widgets/TextDialog.h"
+
+namespace PackageTable {
+namespace Describe {
+namespace Instance {
+
+namespace {
+
+constexpr int columns = 80;
+constexpr int rows = 24;
+constexpr int fewestRows = 12;
+
+enum GridColumn { LabelColumn, ValueColumn, OverflowColumn, GridColumnCount };
+
+} // namespace
+
+// The pairs: as wide as the widest line of a value, so that no line is wrapped while there is room.
+class Area::Pairs : public QWidget
+{
+public:
+    QSize sizeHint() const override
+    {
+        const int width = qMin(wholeLines, widest);
+        return QSize(width, layout()->heightForWidth(width));
+    }
+
+    int wholeLines = 0; // the width that wraps nothing
+    int widest = 0;     // the width that there can be
+};
+
+class Area::Busy
+{
+public:
+    explicit Busy(Area& ofArea) : dialog(ofArea.dialog) { dialog->setReady(false); }
+    ~Busy() { dialog->setReady(true); }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    Describe::Dialog* dialog;
+};
+
+Area::Area(Describe::Dialog* describeDialog, QVBoxLayout* layout, YumIO* backEnd,
+           const Package::Entry& record, YumConfIO* configuration, bool primary)
+    : dialog(describeDialog), yumIO(backEnd), entry(&record), yumConfIO(configuration),
+      dialogParent(layout->parentWidget()), textDialog(nullptr), repoDialog(nullptr), inner(new Pairs),
+      grid(new QGridLayout(inner)), scrollArea(new HScrollArea(columns, rows, nullptr)),
+      nextRow(0), filesButton{QString(), nullptr}, changeLogButton{QString(), nullptr}, repoButton(nullptr),
+      labelWidth(0), valueWidth(0)
+{
+    scrollArea->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setColumnStretch(ValueColumn, 1);
+    grid->setHorizontalSpacing(2 * Metrics::columnWidth(scrollArea->fontMetrics()));
+    addHeader(nextRow, yumIO->getState(*entry));
+    if (entry->kind == Package::Group) {
+        addGroup();
+    } else {
+        addPackage(primary);
+    }
+    grid->setRowStretch(nextRow, 1);
+    updateButtons();
+    layOut();
+
+    scrollArea->setWidgetResizable(true);
+    scrollArea->setWidget(inner);
+    // On a small screen the dialog scrolls the areas instead.
+    const int all = scrollArea->sizeHint().height();
+    scrollArea->setMinimumHeight(primary ? qMin(fewestRows * scrollArea->fontMetrics().height(), all) : all);
+    layout->addWidget(scrollArea, primary ? 1 : 0);
+}
+
+void Area::addPackage(bool primary)
+{
+    if (!primary) {
+        addPair(nextRow, tr("Version"), yumIO->getVerRel(*entry));
+        addPair(nextRow, tr("Architecture"), yumIO->getArch(*entry));
+        addPair(nextRow, tr("Size"), yumIO->getSize(*entry));
+        addPair(nextRow, tr("Build Time"), yumIO->getBuildTime(*entry));
+        addPair(nextRow, tr("Packager"), yumIO->getPackager(*entry));
+        return;
+    }
+    addPair(nextRow, tr("Kind"), yumIO->getKind(*entry));
+    addPair(nextRow, tr("Version"), yumIO->getVerRel(*entry));
+    const QString repo = yumIO->getRepo(*entry);
+    if (repo == QLatin1String(localRepository)) {
+        addPair(nextRow, tr("Repository"), repo);
+    } else {
+        repoButton = addPairButton(nextRow, tr("Repository"), repo, tr("Details"));
+    }
+    if (repoButton != nullptr) {
+        connect(repoButton, SIGNAL(clicked()), this, SLOT(handleRepo()));
+    }
+    addPair(nextRow, tr("Architecture"), yumIO->getArch(*entry));
+    addPair(nextRow, tr("Size"), yumIO->getSize(*entry));
+    addPair(nextRow, tr("Summary"), yumIO->getSummary(*entry));
+    addPair(nextRow, tr("Description"), yumIO->getDescription(*entry));
+    addPair(nextRow, tr("Group"), yumIO->getGroup(*entry));
+    addPair(nextRow, tr("Vendor"), yumIO->getVendor(*entry));
+    addPair(nextRow, tr("Build Time"), yumIO->getBuildTime(*entry));
+    addPair(nextRow, tr("Build Host"), yumIO->getBuildHost(*entry));
+    addPair(nextRow, tr("Install Time"), yumIO->getInstallTime(*entry));
+    addPair(nextRow, tr("Binary RPM"), yumIO->getBinaryRpm(*entry));
+    addPair(nextRow, tr("Source RPM"), yumIO->getSourceRpm(*entry));
+    addPair(nextRow, tr("License"), yumIO->getLicense(*entry));
+    addPair(nextRow, tr("Packager"), yumIO->getPackager(*entry));
+    addPair(nextRow, tr("URL"), yumIO->getUrl(*entry));
+    addPair(nextRow, tr("Relocations"), yumIO->getRelocations(*entry));
+    addPair(nextRow, tr("Provides"), yumIO->getProvides(*entry));
+    addPair(nextRow, tr("Requires (pre)"), yumIO->getRequiresPre(*entry));
+    addPair(nextRow, tr("Requires"), yumIO->getRequires(*entry));
+    addPair(nextRow, tr("Conflicts"), yumIO->getConflicts(*entry));
+    addPair(nextRow, tr("Obsoletes"), yumIO->getObsoletes(*entry));
+    addPair(nextRow, tr("Recommends"), yumIO->getRecommends(*entry));
+    addPair(nextRow, tr("Suggests"), yumIO->getSuggests(*entry));
+    addPair(nextRow, tr("Supplements"), yumIO->getSupplements(*entry));
+    addPair(nextRow, tr("Enhances"), yumIO->getEnhances(*entry));
+    filesButton = {tr("Show"), addButton(nextRow, tr("Files"), tr("Show"))};
+    connect(filesButton.button, SIGNAL(clicked()), this, SLOT(handleFiles()));
+    changeLogButton = {tr("Show"), addButton(nextRow, tr("Change Log"), tr("Show"))};
+    connect(changeLogButton.button, SIGNAL(clicked()), this, SLOT(handleChangeLog()));
+}
+
+void Area::addGroup()
+{
+    addPair(nextRow, tr("Kind"), yumIO->getKind(*entry));
+    addPair(nextRow, tr("Mandatory Packages"), yumIO->getMandatoryPkgs(*entry));
+    addPair(nextRow, tr("Default Packages"), yumIO->getDefaultPkgs(*entry));
+    addPair(nextRow, tr("Optional Packages"), yumIO->getOptionalPkgs(*entry));
+    addPair(nextRow, tr("Conditional Packages"), yumIO->getConditionalPkgs(*entry));
+}
+
+void Area::addHeader(int& row, QString text)
+{
+    auto* label = new QLabel(inner);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(text);
+    label->setFont(Fonts::makeBold(label->font()));
+    grid->addWidget(label, row, LabelColumn, 1, GridColumnCount);
+    ++row;
+}
+
+void Area::addLabel(int row, const QString& text, Qt::Alignment vertical)
+{
+    auto* label = new QLabel(text, inner);
+    labelWidth = qMax(labelWidth, label->sizeHint().width());
+    grid->addWidget(label, row, LabelColumn, Qt::AlignLeft | vertical);
+}
+
+QLabel* Area::makeValue(const QString& value)
+{
+    auto* label = new QLabel(inner);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(value);
+    valueWidth = qMax(valueWidth, label->sizeHint().width());
+    label->setWordWrap(true);
+    // By the keyboard only after a click: each value would be a stop on the way to the buttons.
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    values.append(label);
+    return label;
+}
+
+QPushButton* Area::makeButton(const QString& label, const QString& buttonText)
+{
+    auto* button = new QPushButton(buttonText, inner);
+    button->setAutoDefault(false);
+    button->setAccessibleDescription(label);
+    return button;
+}
+
+void Area::addPair(int& row, QString label, QString value)
+{
+    if (value.isEmpty()) {
+        return;
+    }
+    addLabel(row, label, Qt::AlignTop);
+    grid->addWidget(makeValue(value), row, ValueColumn);
+    ++row;
+}
+
+QPushButton* Area::addButton(int& row, QString label, QString buttonText)
+{
+    addLabel(row, label, Qt::AlignVCenter);
+    QPushButton* button = makeButton(label, buttonText);
+    grid->addWidget(button, row, ValueColumn, Qt::AlignLeft);
+    ++row;
+    return button;
+}
+
+QPushButton* Area::addPairButton(int& row, QString label, QString value, QString buttonText)
+{
+    if (value.isEmpty()) {
+        return nullptr;
+    }
+    addLabel(row, label, Qt::AlignVCenter);
+    QPushButton* button = makeButton(label, buttonText);
+    auto* line = new QHBoxLayout;
+    line->setSpacing(grid->horizontalSpacing());
+    line->addWidget(makeValue(value), 0, Qt::AlignVCenter);
+    line->addWidget(button);
+    line->addStretch(1);
+    grid->addLayout(line, row, ValueColumn);
+    ++row;
+    return button;
+}
+
+void Area::layOut()
+{
+    const int before = labelWidth + grid->horizontalSpacing();
+    // And a little for what styles put beside scroll bars.
+    inner->wholeLines = before + valueWidth + Metrics::columnWidth(scrollArea->fontMetrics());
+    inner->widest = columns * Metrics::columnWidth(scrollArea->fontMetrics()) -
+                    scrollArea->verticalScrollBar()->sizeHint().width();
+
+    // A word that does not fit (names can be that long) makes the area scroll sideways. The other values keep
+    // to what can be seen at once.
+    const auto wider = [](const QWidget* one, const QWidget* other) {
+        return one->minimumSizeHint().width() < other->minimumSizeHint().width();
+    };
+    const int room = inner->widest - before;
+    const auto widest = std::max_element(values.cbegin(), values.cend(), wider);
+    if (widest == values.cend() || (*widest)->minimumSizeHint().width() <= room) {
+        return;
+    }
+    for (QLabel* value : qAsConst(values)) {
+        const int place = grid->indexOf(value);
+        if (place >= 0 && value->minimumSizeHint().width() > room) {
+            int row = 0;
+            int unused = 0;
+            grid->getItemPosition(place, &row, &unused, &unused, &unused);
+            grid->removeWidget(value);
+            grid->addWidget(value, row, ValueColumn, 1, 2);
+        } else {
+            value->setMaximumWidth(room);
+        }
+    }
+    grid->setColumnMinimumWidth(ValueColumn, room);
+    grid->setColumnStretch(ValueColumn, 0);
+    grid->setColumnStretch(OverflowColumn, 1);
+}
+
+void Area::updateButtons()
+{
+    if (entry->kind != Package::Group) {
+        updateButton(filesButton, yumIO->haveFileLists());
+        updateButton(changeLogButton, yumIO->haveOtherData());
+    }
+}
+
+void Area::updateButton(Button& button, bool loaded)
+{
+    if (button.button != nullptr) {
+        // The data of an installed package are on this system.
+        const bool mustLoad = entry->state != Package::Installed && !loaded;
+        button.button->setText(mustLoad ? tr("%1 (must load extra data)").arg(button.label) : button.label);
+    }
+}
+
+void Area::setReady(bool ready)
+{
+    for (QPushButton* button : {filesButton.button, changeLogButton.button, repoButton}) {
+        if (button != nullptr) {
+            button->setEnabled(ready);
+        }
+    }
+}
+
+void Area::showText(const QString& title, const QString& text)
+{
+    if (textDialog == nullptr) {
+        textDialog = new TextDialog(dialogParent);
+    }
+    textDialog->setWindowTitle(title);
+    textDialog->setText(text);
+    textDialog->exec();
+}
+
+void Area::handleFiles()
+{
+    const Busy busy(*this);
+    const QString text = yumIO->getFiles(*entry);
+    updateButtons();
+    showText(tr("%1 %2 File List").arg(yumIO->getName(*entry), yumIO->getVerRel(*entry)), text);
+}
+
+void Area::handleChangeLog()
+{
+    const Busy busy(*this);
+    const QString text = yumIO->getChangeLog(*entry);
+    updateButtons();
+    showText(tr("%1 %2 Change Log").arg(yumIO->getName(*entry), yumIO->getVerRel(*entry)), text);
+}
+
+void Area::handleRepo()
+{
+    const QString id = yumIO->getRepo(*entry);
+    const Repo::Entry* repo = RepoBrowse::find(id, yumConfIO);
+    if (repo == nullptr) {
+        RepoBrowse::reportUnknown(dialogParent, id);
+        return;
+    }
+    if (repoDialog == nullptr) {
+        repoDialog = new RepoDialog(yumIO, dialogParent);
+    }
+    repoDialog->config(*repo);
+    repoDialog->exec();
+}
+
+} // namespace Instance
+} // namespace Describe
+} // namespace PackageTable

@@ -1,0 +1,103 @@
+// What the description dialog shows of one record: pairs of a label and a value, and buttons that open the
+// file list, the change log and the repository.
+//
+// Graphical thread; the dialog owns it, and deletes its widgets first.
+
+#ifndef PACKAGETABLE_DESCRIBEAREA_H
+#define PACKAGETABLE_DESCRIBEAREA_H
+
+#include <QList>
+#include <QObject>
+
+class HScrollArea;
+class QGridLayout;
+class QLabel;
+class QPushButton;
+class QVBoxLayout;
+class TextDialog;
+class YumConfIO;
+class YumIO;
+namespace Package {
+class Entry;
+}
+
+namespace PackageTable {
+namespace Describe {
+
+class Dialog;
+
+namespace Instance {
+
+class RepoDialog;
+
+class Area : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Adds its widgets to the layout, which the layout's widget owns. Nothing else is owned. The primary area
+    // tells everything; the others tell what sets one version apart from another.
+    Area(Describe::Dialog* describeDialog, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
+         YumConfIO* configuration, bool primary);
+
+    // Each adds what it is given to the row, and goes on to the next one; without a value nothing is added.
+    void addHeader(int& row, QString text);
+    void addPair(int& row, QString label, QString value);
+    QPushButton* addButton(int& row, QString label, QString buttonText);
+    QPushButton* addPairButton(int& row, QString label, QString value, QString buttonText); // or null
+
+    // A button tells beforehand when extra data have to be loaded.
+    void updateButtons();
+
+    // Whether the buttons can be used.
+    void setReady(bool ready);
+
+public Q_SLOTS:
+    void handleRepo();
+    void handleFiles();
+    void handleChangeLog();
+
+private:
+    struct Button
+    {
+        QString label;
+        QPushButton* button; // null when there is none
+    };
+
+    // The dialog can neither be closed nor asked for a second thing while one exists.
+    class Busy;
+    class Pairs;
+
+    void addPackage(bool primary);
+    void addGroup();
+    void updateButton(Button& button, bool loaded);
+    void addLabel(int row, const QString& text, Qt::Alignment vertical);
+    QLabel* makeValue(const QString& value);
+    QPushButton* makeButton(const QString& label, const QString& buttonText);
+    void layOut();
+    void showText(const QString& title, const QString& text);
+
+    Describe::Dialog* dialog;
+    YumIO* yumIO;
+    const Package::Entry* entry;
+    YumConfIO* yumConfIO;
+    QWidget* dialogParent;  // of the sub-dialogs
+    TextDialog* textDialog; // null until first needed
+    RepoDialog* repoDialog; // null until first needed
+    Pairs* inner;
+    QGridLayout* grid;
+    HScrollArea* scrollArea;
+    qint32 nextRow;
+    Button filesButton;
+    Button changeLogButton;
+    QPushButton* repoButton;
+    int labelWidth; // of the widest label
+    int valueWidth; // of the widest value, not wrapped
+    QList<QLabel*> values;
+};
+
+} // namespace Instance
+} // namespace Describe
+} // namespace PackageTable
+
+#endif

@@ -1,0 +1,121 @@
+#include "packagetable/DescribeDialog.h"
+
+#include "yumio/YumIO.h"
+
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "app/base/Fonts.h"
+#include "packagetable/DescribeArea.h"
+#include "widgets/HScrollArea.h"
+#include "widgets/HSeparator.h"
+#include "widgets/Metrics.h"
+
+namespace PackageTable {
+namespace Describe {
+
+Dialog::Dialog(QWidget* parent)
+    : QDialog(parent), top(new QHBoxLayout), content(nullptr), ready(true),
+      closeButton(new QPushButton(tr("Close")))
+{
+    setWindowTitle(tr("VYRE Package Description"));
+    setAttribute(Qt::WA_ShowModal);
+    auto* column = new QVBoxLayout(this);
+    column->addLayout(top, 1);
+    auto* buttons = new QHBoxLayout;
+    column->addLayout(buttons);
+    buttons->addStretch(1);
+    buttons->addWidget(closeButton);
+    connect(closeButton, SIGNAL(clicked()), this, SLOT(accept()));
+}
+
+Dialog::~Dialog()
+{
+    clear();
+}
+
+void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO)
+{
+    clear();
+    content = new QWidget;
+    auto* whole = new QVBoxLayout(content);
+    whole->setContentsMargins(0, 0, 0, 0);
+    auto* name = new QLabel;
+    name->setTextFormat(Qt::PlainText);
+    name->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    name->setWordWrap(true);
+    name->setText(yumIO->getName(entry));
+    name->setFont(Fonts::makeHeader(name->font()));
+    whole->addWidget(name);
+    whole->addWidget(new HSeparator);
+
+    // With many installed versions the areas together are higher than any screen.
+    auto* scrolled = new HScrollArea;
+    scrolled->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
+    scrolled->setWidgetResizable(true);
+    scrolled->setFocusPolicy(Qt::NoFocus);
+    auto* inner = new QWidget;
+    auto* column = new QVBoxLayout(inner);
+    column->setContentsMargins(0, 0, 0, 0);
+    areas.append(new Instance::Area(this, column, yumIO, entry, yumConfIO, true));
+    for (const Package::Entry* version = entry.next; version != nullptr; version = version->next) {
+        column->addWidget(new HSeparator);
+        areas.append(new Instance::Area(this, column, yumIO, *version, yumConfIO, false));
+    }
+    scrolled->setWidget(inner);
+    whole->addWidget(scrolled, 1);
+    top->addWidget(content);
+    closeButton->setFocus();
+    layout()->activate(); // or the size hint would be that of the former content
+    resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
+}
+
+void Dialog::clear()
+{
+    if (content != nullptr) {
+        top->removeWidget(content);
+        delete content;
+        content = nullptr;
+    }
+    qDeleteAll(areas);
+    areas.clear();
+}
+
+void Dialog::setReady(bool isReady)
+{
+    ready = isReady;
+    closeButton->setEnabled(ready);
+    for (Instance::Area* area : qAsConst(areas)) {
+        area->setReady(ready);
+    }
+}
+
+void Dialog::setVisible(bool visible)
+{
+    if (!visible) {
+        clear();
+    }
+    QDialog::setVisible(visible);
+}
+
+void Dialog::done(int result)
+{
+    if (ready) {
+        QDialog::done(result);
+    }
+}
+
+void Dialog::closeEvent(QCloseEvent* event)
+{
+    if (!ready) {
+        event->ignore();
+        return;
+    }
+    QDialog::closeEvent(event);
+}
+
+} // namespace Describe
+} // namespace PackageTable

@@ -1,0 +1,140 @@
+#include "repo/Execute.h"
+
+#include <QMessageBox>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+int keptStdout = -1;
+int keptStderr = -1;
+
+void keep(int& kept, int fd)
+{
+    const int duplicate = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (duplicate >= 0) {
+        if (kept >= 0) {
+            close(kept);
+        }
+        kept = duplicate;
+    }
+}
+
+// --- What the children do. Other threads may have held any lock when the process was copied, so that only
+// the system itself is asked.
+
+void report(const char* format, const char* program, int failure)
+{
+    char text[4096];
+    const int length =
+        program != nullptr
+            ? snprintf(text, sizeof text, format, program, unsigned(failure), strerror(failure))
+            : snprintf(text, sizeof text, format, unsigned(failure), strerror(failure));
+    // Nobody is left to hear that this failed too.
+    if (write(STDERR_FILENO, text, std::min(size_t(length), sizeof text - 1)) < 0) {
+        return;
+    }
+}
+
+void restoreOutput()
+{
+    if (keptStdout >= 0) {
+        dup2(keptStdout, STDOUT_FILENO);
+    }
+    if (keptStderr >= 0) {
+        dup2(keptStderr, STDERR_FILENO);
+    }
+}
+
+void restoreSignals()
+{
+    struct sigaction byDefault;
+    memset(&byDefault, 0, sizeof byDefault);
+    byDefault.sa_handler = SIG_DFL;
+    for (int number = 1; number <= SIGRTMAX; ++number) {
+        sigaction(number, &byDefault, nullptr); // refused for the two that always are as they are
+    }
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+}
+
+void closeDescriptors()
+{
+    constexpr unsigned first = STDERR_FILENO + 1;
+#ifdef SYS_close_range
+    if (syscall(SYS_close_range, first, ~0u, 0u) == 0) {
+        return;
+    }
+#endif
+    // An older system. What the limit allows may be a thousand million, far more than there ever are.
+    rlimit limit{};
+    const rlim_t most = 65536;
+    const rlim_t end = getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min(limit.rlim_cur, most) : most;
+    for (unsigned fd = first; fd < end; ++fd) {
+        close(int(fd));
+    }
+}
+
+[[noreturn]] void runChild(char* const* argv)
+{
+    restoreOutput();
+    setsid(); // keys pressed in our terminal are not meant for the program
+    const pid_t grandchild = fork();
+    if (grandchild < 0) {
+        report("second fork() failed; errno = %u (%s)\n", nullptr, errno);
+        _exit(1);
+    }
+    if (grandchild > 0) {
+        _exit(0);
+    }
+    closeDescriptors();
+    restoreSignals();
+    execv(argv[0], argv);
+    report("execv(\"%s\", ...) failed; errno = %u (%s)\n", argv[0], errno);
+    _exit(1);
+}
+
+} // namespace
+
+void Execute::keepOutput()
+{
+    keep(keptStdout, STDOUT_FILENO);
+    keep(keptStderr, STDERR_FILENO);
+}
+
+void Execute::execute(QWidget* parent, char* const* argv)
+{
+    // No handler of ours may run in a child.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const pid_t child = fork();
+    const int failure = errno;
+    if (child == 0) {
+        runChild(argv);
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (child < 0) {
+        QMessageBox box(QMessageBox::Critical, tr("Help"),
+                        tr("fork() failed; errno = %1 (%2)")
+                            .arg(QString::number(failure), QString::fromLocal8Bit(strerror(failure))),
+                        QMessageBox::Ok, parent);
+        box.setTextFormat(Qt::PlainText);
+        box.exec();
+        return;
+    }
+    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+}

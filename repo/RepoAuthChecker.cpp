@@ -1,0 +1,106 @@
+#include "repo/RepoAuthChecker.h"
+
+#include <QHash>
+
+#include "repo/RepoAuthDialog.h"
+#include "repo/RepoVantor.h"
+#include "repo/Url.h"
+#include "repo/YumConfIO.h"
+
+namespace RepoAuth {
+
+namespace {
+
+// False when the repository has no places for credentials.
+bool findAuth(Repo::Entry const& entry, Checker::Auth& auth)
+{
+    QString nameKey;
+    QString passwordKey;
+    return Repo::Vantor::getAuth(entry, nameKey, auth.name, passwordKey, auth.password);
+}
+
+} // namespace
+
+Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(false)
+{
+    if (!yumConfIO->read(parent)) {
+        // Writing would remove the files that were not read.
+        return;
+    }
+    bool haveForAll = false;
+    Auth forAll;
+    QHash<QString, Auth> byHost;
+    bool goOn = true;
+    for (int i = 0; goOn && i < yumConfIO->entries.size(); ++i) {
+        Repo::Entry& entry = yumConfIO->entries[i];
+        Auth found;
+        if (!yumConfIO->sessionEnabled.value(entry.id) || !findAuth(entry, found) || !found.name.isEmpty() ||
+            !found.password.isEmpty()) {
+            continue;
+        }
+        if (dialog == nullptr) {
+            dialog = new Dialog(parent);
+        }
+        const QString host = hostOf(entry);
+        if (haveForAll) {
+            replace(entry, forAll);
+            continue;
+        }
+        if (byHost.contains(host)) {
+            replace(entry, byHost.value(host));
+            continue;
+        }
+        const int result = dialog->exec(&entry);
+        switch (result) {
+        case Dialog::OK:
+        case Dialog::ApplyAll:
+        case Dialog::ApplyHost:
+            findAuth(entry, found);
+            changed = changed || !found.name.isEmpty() || !found.password.isEmpty();
+            if (result == Dialog::ApplyAll) {
+                haveForAll = true;
+                forAll = found;
+            } else if (result == Dialog::ApplyHost) {
+                byHost.insert(host, found);
+            }
+            break;
+        case Dialog::Disable:
+            yumConfIO->sessionEnabled.insert(entry.id, false);
+            break;
+        case Dialog::Quit:
+            quit = true;
+            goOn = false;
+            break;
+        default:
+            goOn = false;
+            break;
+        }
+    }
+    if (dialog != nullptr) {
+        dialog->hide();
+    }
+    if (changed) {
+        yumConfIO->write(parent);
+    }
+}
+
+Checker::~Checker()
+{
+    // The parent may be gone, and the dialog with it.
+    delete dialog;
+}
+
+// A repository has one host, wherever it is told.
+QString Checker::hostOf(Repo::Entry const& entry)
+{
+    const QString host = URL::getHost(entry.baseurl);
+    return host.isEmpty() ? URL::getHost(entry.mirrorlist) : host;
+}
+
+void Checker::replace(Repo::Entry& entry, Auth const& auth)
+{
+    entry.baseurl = Repo::Vantor::replaceAuth(entry.baseurl, auth.name, auth.password);
+    entry.mirrorlist = Repo::Vantor::replaceAuth(entry.mirrorlist, auth.name, auth.password);
+}
+
+} // namespace RepoAuth

@@ -1,0 +1,80 @@
+// Asks the user for the credentials of one repository after the other.
+//
+// Graphical thread; the checker owns it.
+
+#ifndef REPO_REPOAUTHDIALOG_H
+#define REPO_REPOAUTHDIALOG_H
+
+#include <QDialog>
+#include <QEventLoop>
+#include <QList>
+
+#include "repo/PasswdMask.h"
+
+class HScrollArea;
+class QBoxLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace Repo {
+struct Entry;
+}
+
+namespace RepoAuth {
+
+class Dialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    // What the user has decided. Closing the window is the same as skipping all.
+    enum Result { SkipAll = 0, OK = 1, ApplyAll = 2, ApplyHost = 3, Disable = 4, Quit = 5 };
+
+    explicit Dialog(QWidget* parent);
+
+    using QDialog::exec;
+    // Shows the repository and waits for a button, whose result it returns; with OK, ApplyAll and ApplyHost
+    // the entry has got the credentials. The window stays open afterwards, for the next repository.
+    int exec(Repo::Entry* asked);
+    // Has no effect unless a repository is asked about.
+    void done(int result) override;
+
+public Q_SLOTS:
+    void authChanged(const QString& text);
+    void handleQuit();
+    void handleDisable();
+    void handleSkipAll();
+    void handleApplyAll();
+    void handleApplyHost();
+    void handleOK();
+
+private:
+    QBoxLayout* createButtons();
+    void addButton(QBoxLayout* row, const QString& text, const char* slot);
+    // Writes the credentials into the entry's URLs.
+    void setUrls();
+    void showUrls(const QString& baseurl, const QString& mirrorlist);
+    void setButtonsEnabled(bool enabled);
+
+    HScrollArea* area;
+    QLabel* idLabel;
+    QLabel* nameLabel;
+    QLabel* urlsLabel;
+    QLabel* mirrorListLabel;
+    QLabel* authNameLabel;
+    QLineEdit* authNameField;
+    QLabel* passwordLabel;
+    QLineEdit* passwordField;
+    QList<QPushButton*> buttons;
+
+    Repo::Entry* entry; // not owned; null while nothing is asked
+    QString nameKey;
+    QString passwordKey;
+    PasswdMask mask;
+    QEventLoop loop;
+};
+
+} // namespace RepoAuth
+
+#endif

@@ -1,0 +1,76 @@
+#include "repo/RepoBrowse.h"
+
+#include "yumio/YumIO.h"
+
+#include <QFile>
+#include <QMessageBox>
+#include <QRegularExpression>
+
+#include "app/base/Share.h"
+#include "repo/Execute.h"
+#include "repo/RepoEntry.h"
+#include "repo/YumConfIO.h"
+
+namespace {
+
+QString expandVariables(QString url, YumIO* yumIO)
+{
+    const Python::PyGILStateWrapper interpreterLock(true);
+    // "$arch" comes after the one that ends in it.
+    for (const char* variable : {"basearch", "arch", "releasever"}) {
+        const QString name = QLatin1String(variable);
+        const QString reference = QLatin1Char('$') + name;
+        if (url.contains(reference)) {
+            url.replace(reference, yumIO->getYumVar(name));
+        }
+    }
+    return url;
+}
+
+} // namespace
+
+void RepoBrowse::browse(QWidget* parent, Repo::Entry const& entry, YumIO* yumIO)
+{
+    static const QRegularExpression whiteSpace(QStringLiteral("\\s+"));
+    QStringList urls = entry.baseurl.split(whiteSpace);
+    urls.removeAll(QString());
+    const QString url = urls.isEmpty() ? entry.mirrorlist : urls.first();
+    if (url.isEmpty()) {
+        QMessageBox::critical(parent, tr("Error"), tr("Repository configuration has no URL"));
+        return;
+    }
+    QByteArray program = QFile::encodeName(Share::absolute(QStringLiteral("webbrowser")));
+    QByteArray argument = expandVariables(url, yumIO).toUtf8();
+    char* const argv[] = {program.data(), argument.data(), nullptr};
+    Execute::execute(parent, argv);
+}
+
+void RepoBrowse::browse(QWidget* parent, QString id, YumIO* yumIO, YumConfIO* yumConfIO)
+{
+    const Repo::Entry* entry = find(id, yumConfIO);
+    if (entry != nullptr) {
+        browse(parent, *entry, yumIO);
+    } else {
+        reportUnknown(parent, id);
+    }
+}
+
+const Repo::Entry* RepoBrowse::find(const QString& id, const YumConfIO* yumConfIO)
+{
+    if (yumConfIO != nullptr) {
+        for (const Repo::Entry& entry : yumConfIO->entries) {
+            if (entry.id == id) {
+                return &entry;
+            }
+        }
+    }
+    return nullptr;
+}
+
+void RepoBrowse::reportUnknown(QWidget* parent, const QString& id)
+{
+    QMessageBox box(QMessageBox::Critical, tr("Error"),
+                    tr("There is no configured repository \"%1\"").arg(id), QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
+}

@@ -1,0 +1,212 @@
+#include "repo/RepoEditorModel.h"
+
+#include "yumio/YumIO.h"
+
+#include "app/base/Share.h"
+#include "repo/RepoBrowse.h"
+#include "repo/RepoEntry.h"
+#include "repo/YumConfIO.h"
+
+namespace RepoEditor {
+
+namespace {
+
+QString headerText(int column)
+{
+    switch (column) {
+    case SessionColumn:
+        return Model::tr("Sess");
+    case PermanentColumn:
+        return Model::tr("Perm");
+    case IdentifierColumn:
+        return Model::tr("Identifier");
+    default:
+        return Model::tr("Name");
+    }
+}
+
+QString headerToolTip(int column)
+{
+    switch (column) {
+    case SessionColumn:
+        return Model::tr("Whether or not the repository is used during this session.\n"
+                         "It overrides the persistent Enabled flag in the repository configuration.");
+    case PermanentColumn:
+        return Model::tr("Whether or not the repository is configured to be enabled by default.\n"
+                         "It can be overridden for a particular session.");
+    case IdentifierColumn:
+        return Model::tr("Unique identifier for the repository");
+    default:
+        return Model::tr("Description of the repository");
+    }
+}
+
+} // namespace
+
+Model::Model(YumIO* backEnd, YumConfIO* conf, QObject* parent)
+    : HAbstractTableModel(parent), yumIO(backEnd), yumConfIO(conf),
+      offIcon(Share::absolute(QStringLiteral("icons/noneBox.png"))),
+      onIcon(Share::absolute(QStringLiteral("icons/checkBox.png")))
+{
+    setViewFont(QFont());
+}
+
+int Model::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : yumConfIO->entries.size();
+}
+
+int Model::columnCount(const QModelIndex&) const
+{
+    return ColumnCount;
+}
+
+bool Model::hasEntry(QModelIndex const& index) const
+{
+    return index.isValid() && index.row() < yumConfIO->entries.size();
+}
+
+bool Model::isUsed(Repo::Entry const& entry) const
+{
+    return yumConfIO->sessionEnabled[entry.id];
+}
+
+bool Model::isEnabled(Repo::Entry const& entry) const
+{
+    return entry.enabled == Qt::Checked || (entry.enabled == Qt::PartiallyChecked && yumConfIO->enabled);
+}
+
+QVariant Model::data(const QModelIndex& index, int role) const
+{
+    if (!hasEntry(index)) {
+        return QVariant();
+    }
+    const Repo::Entry& entry = yumConfIO->entries.at(index.row());
+    switch (index.column()) {
+    case SessionColumn:
+        if (role == Qt::DecorationRole) {
+            return isUsed(entry) ? onIcon : offIcon;
+        }
+        if (role == Qt::ToolTipRole) {
+            return isUsed(entry) ? tr("Repository is enabled for this session")
+                                 : tr("Repository is not enabled for this session");
+        }
+        break;
+    case PermanentColumn:
+        if (role == Qt::DecorationRole) {
+            return isEnabled(entry) ? onIcon : offIcon;
+        }
+        if (role == Qt::ToolTipRole) {
+            return isUsed(entry) ? tr("Repository is configured to be enabled")
+                                 : tr("Repository is not configured to be enabled");
+        }
+        break;
+    case IdentifierColumn:
+        if (role == Qt::DisplayRole) {
+            return entry.id.isEmpty() ? QStringLiteral("(new)") : entry.id;
+        }
+        if (role == Qt::FontRole && entry.id.isEmpty()) {
+            return italicFont;
+        }
+        break;
+    case NameColumn:
+        if (role == Qt::DisplayRole) {
+            return entry.name;
+        }
+        break;
+    default:
+        break;
+    }
+    return QVariant();
+}
+
+QVariant Model::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || section < 0 || section >= ColumnCount) {
+        return QVariant();
+    }
+    switch (role) {
+    case Qt::DisplayRole:
+        return headerText(section);
+    case Qt::ToolTipRole:
+        return headerToolTip(section);
+    default:
+        return QVariant();
+    }
+}
+
+void Model::setViewFont(QFont const& font)
+{
+    italicFont = font;
+    italicFont.setItalic(true);
+}
+
+int Model::addRow(Repo::Entry const& entry)
+{
+    const int row = yumConfIO->entries.size();
+    beginInsertRows(QModelIndex(), row, row);
+    yumConfIO->entries.append(entry);
+    endInsertRows();
+    return row;
+}
+
+bool Model::removeRow(int row, QModelIndex const& parent)
+{
+    if (row < 0 || row >= rowCount(parent)) {
+        return false;
+    }
+    beginRemoveRows(parent, row, row);
+    yumConfIO->entries.removeAt(row);
+    endRemoveRows();
+    return true;
+}
+
+void Model::reset()
+{
+    beginResetModel();
+    endResetModel();
+}
+
+QModelIndex Model::createIndex(int row) const
+{
+    return createIndex(row, SessionColumn);
+}
+
+void Model::dataChanged(int row)
+{
+    Q_EMIT dataChanged(createIndex(row, SessionColumn), createIndex(row, NameColumn));
+}
+
+void Model::toggleUse(QModelIndex const& index)
+{
+    if (!hasEntry(index)) {
+        return;
+    }
+    bool& used = yumConfIO->sessionEnabled[yumConfIO->entries.at(index.row()).id];
+    used = !used;
+    const QModelIndex cell = createIndex(index.row(), SessionColumn);
+    Q_EMIT dataChanged(cell, cell);
+    Q_EMIT useChanged();
+}
+
+void Model::toggleEnabled(QModelIndex const& index)
+{
+    if (!hasEntry(index)) {
+        return;
+    }
+    Repo::Entry& entry = yumConfIO->entries[index.row()];
+    entry.enabled = isEnabled(entry) ? Qt::Unchecked : Qt::Checked;
+    const QModelIndex cell = createIndex(index.row(), PermanentColumn);
+    Q_EMIT dataChanged(cell, cell);
+    Q_EMIT configChanged();
+}
+
+void Model::browse(QModelIndex const& index, QWidget* window)
+{
+    // The bound is the number of packages.
+    if (hasEntry(index) && yumIO && index.row() < yumIO->count()) {
+        RepoBrowse::browse(window, yumConfIO->entries.at(index.row()), yumIO);
+    }
+}
+
+} // namespace RepoEditor

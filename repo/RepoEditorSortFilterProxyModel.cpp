@@ -1,0 +1,77 @@
+#include "repo/RepoEditorSortFilterProxyModel.h"
+
+#include <limits>
+
+#include "repo/RepoEditorModel.h"
+
+namespace RepoEditor {
+
+namespace {
+
+bool isDigit(QChar character)
+{
+    const ushort code = character.unicode();
+    return (code >= '0' && code <= '9') || (code > 127 && character.category() == QChar::Number_DecimalDigit);
+}
+
+// The run of characters from `position` on that are digits, or are not; `position` is left behind it.
+QStringRef takeRun(const QString& text, int& position, bool digits)
+{
+    const int begin = position;
+    while (position < text.size() && isDigit(text.at(position)) == digits) {
+        ++position;
+    }
+    return text.midRef(begin, position - begin);
+}
+
+// A number that is too large is the largest.
+quint64 toNumber(const QStringRef& digits)
+{
+    quint64 number = 0;
+    for (const QChar digit : digits) {
+        const quint64 value = static_cast<quint64>(digit.digitValue());
+        if (number > (std::numeric_limits<quint64>::max() - value) / 10) {
+            return std::numeric_limits<quint64>::max();
+        }
+        number = 10 * number + value;
+    }
+    return number;
+}
+
+bool naturalLessThan(const QString& left, const QString& right)
+{
+    int leftPosition = 0;
+    int rightPosition = 0;
+    const auto exhausted = [&]() { return leftPosition == left.size() && rightPosition == right.size(); };
+    while (!exhausted()) {
+        const int order = QStringRef::compare(takeRun(left, leftPosition, false),
+                                              takeRun(right, rightPosition, false), Qt::CaseSensitive);
+        if (order != 0) {
+            return order < 0;
+        }
+        const quint64 leftNumber = toNumber(takeRun(left, leftPosition, true));
+        const quint64 rightNumber = toNumber(takeRun(right, rightPosition, true));
+        if (leftNumber != rightNumber) {
+            return leftNumber < rightNumber;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+SortFilterProxyModel::SortFilterProxyModel(QObject* parent) : QSortFilterProxyModel(parent) {}
+
+bool SortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
+{
+    if (left.column() == IdentifierColumn || left.column() == NameColumn) {
+        const QVariant leftText = left.data();
+        const QVariant rightText = right.data();
+        if (leftText.type() == QVariant::String && rightText.type() == QVariant::String) {
+            return naturalLessThan(leftText.toString(), rightText.toString());
+        }
+    }
+    return QSortFilterProxyModel::lessThan(left, right);
+}
+
+} // namespace RepoEditor

@@ -1,0 +1,61 @@
+// The table of repositories as the user sees it: a click on one of the two boxes switches it, a double click
+// asks for the repository's form.
+//
+// Graphical thread; a child of the editor's dialog. Owns its context menu.
+
+#ifndef REPO_REPOEDITORVIEW_H
+#define REPO_REPOEDITORVIEW_H
+
+#include "widgets/HTableView.h"
+
+class QSortFilterProxyModel;
+
+namespace RepoEditor {
+
+class ContextMenu;
+class Model;
+
+class View : public HTableView
+{
+    Q_OBJECT
+
+public:
+    // Neither model is owned; the proxy's source is the model.
+    View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
+
+    // Source rows; -1 for none.
+    int currentRow() const;
+    void setCurrentRow(int row);
+    // Source indexes.
+    QModelIndexList selectedRows() const;
+
+    // Made on first use; the view's own.
+    ContextMenu* getContextMenu();
+
+public Q_SLOTS:
+    void reset() override;
+    void handleHorizontalHeaderClicked(int column);
+    void handleClicked(const QModelIndex& index);
+    void handleCustomContextMenuRequested(const QPoint& pos);
+    void handleActivated(const QModelIndex& index);
+
+Q_SIGNALS:
+    // Source rows; -1 for none.
+    void currentChanged(int current, int previous);
+    // A source index.
+    void activated(const QModelIndex& index);
+
+protected:
+    void focusInEvent(QFocusEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+private:
+    Model* repositories;
+    QSortFilterProxyModel* proxy;
+    ContextMenu* contextMenu; // null until first needed
+    int announcedRow;
+};
+
+} // namespace RepoEditor
+
+#endif

@@ -1,0 +1,322 @@
+#include "packagetable/Expression.h"
+
+#include <random>
+
+#include <QtTest>
+
+using PackageTable::Expression;
+
+namespace {
+
+// Matches as the C library alone does.
+class Plain
+{
+public:
+    explicit Plain(const QString& text)
+        : status(regcomp(&pattern, text.toUtf8().constData(), REG_EXTENDED | REG_NOSUB))
+    {
+    }
+    ~Plain()
+    {
+        if (status == 0) {
+            regfree(&pattern);
+        }
+    }
+    Plain(const Plain&) = delete;
+    Plain& operator=(const Plain&) = delete;
+
+    bool compiled() const { return status == 0; }
+    bool matches(const QByteArray& text) const
+    {
+        return status == 0 && regexec(&pattern, text.constData(), 0, nullptr, 0) == 0;
+    }
+
+private:
+    regex_t pattern = {};
+    int status;
+};
+
+class Generator
+{
+public:
+    explicit Generator(quint32 seed) : random(seed) {}
+
+    int below(int count) { return std::uniform_int_distribution<int>(0, count - 1)(random); }
+
+    template <size_t count> QString one(const char* const (&from)[count])
+    {
+        return QString::fromUtf8(from[below(static_cast<int>(count))]);
+    }
+
+    // Anything that could be typed, sensible or not.
+    QString expression()
+    {
+        static const char* const pieces[] = {
+            "a",       "b",        "ab",       "-",        "1",           " ",
+            "/",       "é",        "€",        "🌧",     ".",           "*",
+            "+",       "?",        "^",        "$",        "(",           ")",
+            "|",       "[",        "]",        "{",        "}",           "\\",
+            "\\.",     "\\*",      "\\(",      "\\)",      "\\[",         "\\]",
+            "\\{",     "\\}",      "\\|",      "\\^",      "\\$",         "\\\\",
+            "\\/",     "\\+",      "\\?",      "\\1",      "\\2",         "\\w",
+            "\\W",     "\\s",      "\\S",      "\\b",      "\\B",         "\\<",
+            "\\>",     "\\`",      "\\'",      "\\a",      "\\é",         "[ab]",
+            "[^ab]",   "[]a]",     "[^]a]",    "[a\\]",    "[[:alpha:]]", "[[:digit:]b]",
+            "[[.a.]]", "[[=a=]b]", "[[.].]a]", "[[.-.]b]", "[a-z]",       "[é€]",
+            "[b-]",    "[[:",      ":]",       "{1}",      "{0}",         "{,2}",
+            "{2,}",    "(a)",      "(ab|b)",   "(a)\\1",   "()",          "a*",
+            "b?",      "é*",       "é?",       "\\.*",     "a+",          "€+",
+            "ab{0}",   "a|"};
+        QString text;
+        for (int count = 1 + below(7); count > 0; --count) {
+            text += one(pieces);
+        }
+        return text;
+    }
+
+    // Of the characters that the expressions have.
+    QString text()
+    {
+        static const char* const pieces[] = {"a", "b", "ab", "aa", "-",  "1",  " ", "/",   "é", "€", "🌧",
+                                             ".", "*", "+",  "?",  "^",  "$",  "(", ")",   "|", "[", "]",
+                                             "{", "}", "\\", "w",  "é€", "\n", ":", "{1}", "A"};
+        QString result;
+        for (int count = below(9); count > 0; --count) {
+            result += one(pieces);
+        }
+        return result;
+    }
+
+private:
+    std::mt19937 random;
+};
+
+QString description(const QString& expression, const QByteArray& text)
+{
+    return QString("expression %1, text %2").arg(expression, QString::fromUtf8(text));
+}
+
+} // namespace
+
+class ExpressionTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void resultsAreThoseOfMatchingAlone_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        for (quint32 seed = 1; seed <= 10; ++seed) {
+            QTest::newRow(qPrintable(QString::number(seed))) << seed;
+        }
+    }
+
+    void resultsAreThoseOfMatchingAlone()
+    {
+        QFETCH(quint32, seed);
+        Generator generator(seed);
+        int compiled = 0;
+        int matched = 0;
+        int found = 0;
+        for (int i = 0; i < 3000; ++i) {
+            const QString expression = generator.expression();
+            const Plain plain(expression);
+            Expression ours;
+            ours.compile(expression);
+            compiled += plain.compiled() ? 1 : 0;
+            QByteArray all;
+            bool any = false;
+            for (int j = 0; j < 20; ++j) {
+                const QByteArray text = generator.text().toUtf8();
+                const bool expected = plain.matches(text);
+                QVERIFY2(ours.matches(text.constData()) == expected,
+                         qPrintable(description(expression, text)));
+                matched += expected ? 1 : 0;
+                if (j % 4 == 0) {
+                    // Few texts, so that the answer is not nearly always yes.
+                    all.clear();
+                    any = false;
+                }
+                all += text + '\0';
+                any = any || expected;
+                QVERIFY2(ours.matchesAny(all) == any, qPrintable(description(expression, all)));
+                found += any ? 1 : 0;
+            }
+        }
+        // Enough of each kind to mean something.
+        QVERIFY2(compiled > 500 && compiled < 2500, qPrintable(QString::number(compiled)));
+        QVERIFY2(matched > 1000 && matched < compiled * 20 - 1000, qPrintable(QString::number(matched)));
+        QVERIFY2(found > matched && found < compiled * 20 - 1000, qPrintable(QString::number(found)));
+    }
+
+    void plainTextsAreFoundAsPlainTexts()
+    {
+        Generator generator(99);
+        for (int i = 0; i < 20000; ++i) {
+            QString literal;
+            while (literal.isEmpty()) {
+                literal = generator.text();
+            }
+            const QString expression =
+                QString(literal).replace(QRegularExpression("([][.*+?^$(){}|\\\\])"), "\\\\1");
+            Expression ours;
+            ours.compile(expression);
+            const QByteArray text =
+                (generator.text() + (i % 2 == 0 ? literal : QString()) + generator.text()).toUtf8();
+            QVERIFY2(ours.matches(text.constData()) == text.contains(literal.toUtf8()),
+                     qPrintable(description(expression, text)));
+            QCOMPARE(ours.matchesAny("x" + QByteArray(1, '\0') + text + '\0'),
+                     text.contains(literal.toUtf8()) || literal == "x");
+        }
+    }
+
+    void requiredTexts_data()
+    {
+        QTest::addColumn<QString>("expression");
+        QTest::addColumn<QString>("required");
+        QTest::addColumn<bool>("whole");
+        const auto row = [](const char* expression, const char* required, bool whole = false) {
+            QTest::newRow(expression)
+                << QString::fromUtf8(expression) << QString::fromUtf8(required) << whole;
+        };
+        QTest::newRow("nothing") << QString("") << QString("") << true;
+        row("kernel", "kernel", true);
+        row("kernel-core 6", "kernel-core 6", true);
+        row("lib.*so", "lib");
+        row("li.*libso", "libso");
+        row("ab.cd", "ab");
+        row("^kernel", "kernel");
+        row("kernel$", "kernel");
+        row("^$", "");
+        row(".*", "");
+        row("abc*", "ab");
+        row("abc?d", "ab");
+        row("abc+d", "abc");
+        row("abc+?d", "ab");
+        row("abc++*d", "ab");
+        row("abc+a*d", "abc");
+        row("a*", "");
+        row("*ab", "ab");
+        row("é*", "");
+        row("xé*", "x");
+        row("x🌧?y", "x");
+        row("é+", "é");
+        row("abc{2}", "");
+        row("abc{0}", "");
+        row("(abc)", "");
+        row("abc|d", "");
+        row("abcd()", "");
+        row("abcd)", "");
+        row("[abc]def", "def");
+        row("abc[d]e", "abc");
+        row("[]x]yz", "yz");
+        row("[^]x]yz", "yz");
+        row("[a\\]yz", "yz");
+        row("[[:alpha:]]bc", "bc");
+        row("[[:alpha:]x]bc", "bc");
+        row("[[.].]]bc", "bc");
+        row("[[=a=]]bc", "bc");
+        row("bc[[:alpha:", "");
+        row("bc[x", "");
+        row("bc[", "");
+        row("a]bc", "bc");
+        row("a}bc", "bc");
+        row("gtk\\+", "gtk+", true);
+        row("a\\.b\\*c\\?\\(\\)\\[\\]\\{\\}\\|\\^\\$\\\\\\/", "a.b*c?()[]{}|^$\\/", true);
+        row("a\\.*", "a");
+        row("\\wab", "ab");
+        row("ab\\>", "ab");
+        row("a\\1bc", "bc");
+        row("ab\\", "ab");
+    }
+
+    void requiredTexts()
+    {
+        QFETCH(QString, expression);
+        QFETCH(QString, required);
+        QFETCH(bool, whole);
+        bool answer = !whole;
+        QCOMPARE(QString::fromUtf8(Expression::requiredText(expression.toUtf8(), answer)), required);
+        QCOMPARE(answer, whole);
+    }
+
+    void withoutAnExpressionNothingMatches()
+    {
+        Expression none;
+        QVERIFY(!none.matches(""));
+        QVERIFY(!none.matches("a"));
+        QVERIFY(!none.matchesAny(QByteArray("a\0", 2)));
+    }
+
+    void expressionThatCannotBeCompiledMatchesNothing()
+    {
+        for (const char* text : {"(", "[", "a{2", "\\", "a\\", "[[:nonsense:]]", "kernel[", "kernel("}) {
+            Expression broken;
+            broken.compile(text);
+            QVERIFY2(!broken.matches("kernel( [ \\ a{2"), text);
+            QVERIFY2(!broken.matchesAny(QByteArray("kernel( [ \\ a{2\0", 17)), text);
+        }
+    }
+
+    void anotherExpressionTakesThePlaceOfTheFirst()
+    {
+        Expression expression;
+        expression.compile("kernel");
+        QVERIFY(expression.matches("a kernel"));
+        expression.compile("^c.t$");
+        QVERIFY(!expression.matches("a kernel"));
+        QVERIFY(expression.matches("cat"));
+        expression.compile("(");
+        QVERIFY(!expression.matches("cat"));
+        expression.compile("");
+        QVERIFY(expression.matches("cat"));
+        QVERIFY(expression.matches(""));
+    }
+
+    void caseCounts()
+    {
+        Expression expression;
+        expression.compile("Kernel");
+        QVERIFY(!expression.matches("kernel"));
+        QVERIFY(!expression.matchesAny(QByteArray("kernel\0KERNEL\0", 14)));
+        QVERIFY(expression.matchesAny(QByteArray("kernel\0Kernel\0", 14)));
+    }
+
+    void everyTextMatchesForItself()
+    {
+        Expression expression;
+        expression.compile("^b$");
+        QVERIFY(!expression.matchesAny(QByteArray("ab\0ba\0", 6)));
+        QVERIFY(expression.matchesAny(QByteArray("ab\0b\0", 5)));
+        QVERIFY(expression.matchesAny(QByteArray("b\0ab\0", 5)));
+        expression.compile("a.*b");
+        QVERIFY(!expression.matchesAny(QByteArray("a\0b\0", 4)));
+        expression.compile("^$");
+        QVERIFY(!expression.matchesAny(QByteArray("a\0b\0", 4)));
+        QVERIFY(expression.matchesAny(QByteArray("a\0b\0\0", 5)));
+        QVERIFY(!expression.matchesAny(QByteArray()));
+    }
+
+    void whatFollowsAZeroIsNoPartOfTheExpression()
+    {
+        for (const QString& text :
+             {QString("ab.*") + QChar(0) + "c", QString("ab") + QChar(0) + "c.*defgh"}) {
+            Expression expression;
+            expression.compile(text);
+            QVERIFY(expression.matches("xaby"));
+            QVERIFY(expression.matchesAny(QByteArray("xaby\0", 5)));
+            QVERIFY(!expression.matchesAny(QByteArray("cdefgh\0", 7)));
+        }
+    }
+
+    void localeIsOneWithCharactersOfManyBytes()
+    {
+        // Or the tests above would not try them.
+        Expression expression;
+        expression.compile("^.$");
+        QVERIFY(expression.matches("€"));
+    }
+};
+
+QTEST_GUILESS_MAIN(ExpressionTest)
+#include "ExpressionTest.moc"

@@ -1,0 +1,417 @@
+#include "repo/Execute.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// Acts as a user who may have no more than a number of processes, until the end of the scope.
+class ProcessLimit
+{
+public:
+    explicit ProcessLimit(rlim_t processes)
+    {
+        getrlimit(RLIMIT_NPROC, &saved);
+        rlimit limit = saved;
+        limit.rlim_cur = processes;
+        if (setrlimit(RLIMIT_NPROC, &limit) != 0) {
+            qFatal("setrlimit: %s", strerror(errno));
+        }
+        // The limit does not count for root.
+        if (getuid() == 0 && setresuid(65533, 65533, 0) != 0) {
+            qFatal("setresuid: %s", strerror(errno));
+        }
+    }
+    ~ProcessLimit()
+    {
+        uid_t real;
+        uid_t effective;
+        uid_t kept;
+        getresuid(&real, &effective, &kept);
+        if (kept == 0 && setresuid(0, 0, 0) != 0) {
+            qFatal("setresuid: %s", strerror(errno));
+        }
+        setrlimit(RLIMIT_NPROC, &saved);
+    }
+    Q_DISABLE_COPY(ProcessLimit)
+
+private:
+    rlimit saved;
+};
+
+// Collects what this process and its children write to standard error, until text() is called.
+class StandardError
+{
+public:
+    StandardError() : saved(dup(STDERR_FILENO))
+    {
+        if (!file.open()) {
+            qFatal("no temporary file");
+        }
+        fchmod(file.handle(), 0666);
+        dup2(file.handle(), STDERR_FILENO);
+    }
+    ~StandardError()
+    {
+        dup2(saved, STDERR_FILENO);
+        close(saved);
+    }
+    Q_DISABLE_COPY(StandardError)
+
+    QString text() const
+    {
+        QFile written(file.fileName());
+        return written.open(QIODevice::ReadOnly) ? QString::fromLocal8Bit(written.readAll()) : QString();
+    }
+
+private:
+    QTemporaryFile file;
+    int saved;
+};
+
+// From now on the system refuses to close many descriptors by one call, as one does that does not know how.
+void withoutCloseRange()
+{
+    sock_filter filter[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    sock_fprog program{sizeof filter / sizeof filter[0], filter};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program, 0, 0) != 0 ||
+        syscall(SYS_close_range, 3, 3, 0) == 0) {
+        _exit(2);
+    }
+}
+
+} // namespace
+
+class ExecuteTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void theProgramGetsItsArguments();
+    void itReturnsWithoutWaiting();
+    void theProgramIsNobodysChild();
+    void theProgramHasASessionOfItsOwn();
+    void onlyTheStandardDescriptorsAreInherited_data();
+    void onlyTheStandardDescriptorsAreInherited();
+    void outputGoesWhereItWentWhenItWasKept();
+    void signalsAreNotBlockedForTheProgram();
+    void signalsAreNotIgnoredForTheProgram();
+    void theProgramLeavesOurSignalsAlone();
+    void aProgramThatIsNotThereIsToldToStandardError();
+    void aFailedForkIsShown();
+    void aFailedSecondForkIsToldToStandardError();
+
+private:
+    // Runs a shell script with arguments.
+    void run(const QByteArray& script, const QList<QByteArray>& arguments = {}) const
+    {
+        QList<QByteArray> all{"/bin/sh", "-c", script, "script"};
+        all += arguments;
+        std::vector<char*> argv;
+        for (QByteArray& each : all) {
+            argv.push_back(each.data());
+        }
+        argv.push_back(nullptr);
+        Execute::execute(window.get(), argv.data());
+    }
+    QString path(const char* name) const { return directory->filePath(QLatin1String(name)); }
+    QByteArray quoted(const char* name) const { return '\'' + QFile::encodeName(path(name)) + '\''; }
+    // Waits for a file that the program makes complete.
+    QByteArray read(const char* name) const
+    {
+        QFile file(path(name));
+        return QTest::qWaitFor([&file] { return file.exists(); }) && file.open(QIODevice::ReadOnly)
+                   ? file.readAll()
+                   : QByteArray("(not written)");
+    }
+
+    std::unique_ptr<QTemporaryDir> directory;
+    std::unique_ptr<QWidget> window;
+};
+
+void ExecuteTest::init()
+{
+    directory = std::make_unique<QTemporaryDir>();
+    window = std::make_unique<QWidget>();
+    window->show();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+}
+
+void ExecuteTest::cleanup()
+{
+    window.reset();
+    directory.reset();
+}
+
+void ExecuteTest::theProgramGetsItsArguments()
+{
+    run("printf '%s\\n' \"$@\" > " + quoted("part") + " && mv " + quoted("part") + ' ' + quoted("whole"),
+        {"one", "two words", "", "$three; 'four'"});
+    QCOMPARE(read("whole"), QByteArray("one\ntwo words\n\n$three; 'four'\n"));
+}
+
+void ExecuteTest::itReturnsWithoutWaiting()
+{
+    // The program waits for what happens only after this has returned.
+    QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
+    run("read line < " + quoted("gate") + "; echo \"$line\" > " + quoted("part") + " && mv " +
+        quoted("part") + ' ' + quoted("whole"));
+    QVERIFY(!QFile::exists(path("whole")));
+    const int gate = open(QFile::encodeName(path("gate")).constData(), O_WRONLY);
+    QVERIFY(gate >= 0);
+    QCOMPARE(write(gate, "go\n", 3), ssize_t(3));
+    close(gate);
+    QCOMPARE(read("whole"), QByteArray("go\n"));
+}
+
+void ExecuteTest::theProgramIsNobodysChild()
+{
+    QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
+    run("echo $PPID > " + quoted("part") + " && mv " + quoted("part") + ' ' + quoted("parent") +
+        "; read line < " + quoted("gate"));
+    const QByteArray parent = read("parent").trimmed();
+    QVERIFY(parent.toInt() > 0);
+    QVERIFY(parent.toInt() != int(getpid()));
+    // No child is left, neither running nor dead.
+    QCOMPARE(waitpid(-1, nullptr, WNOHANG), pid_t(-1));
+    QCOMPARE(errno, ECHILD);
+    const int gate = open(QFile::encodeName(path("gate")).constData(), O_WRONLY);
+    close(gate);
+}
+
+void ExecuteTest::theProgramHasASessionOfItsOwn()
+{
+    // The session is the sixth field; the second, the name, has no blanks here.
+    run("cut -d' ' -f6 /proc/self/stat > " + quoted("part") + "; mv " + quoted("part") + ' ' +
+        quoted("whole"));
+    const int session = read("whole").trimmed().toInt();
+    QVERIFY(session > 0);
+    QVERIFY(session != int(getsid(0)));
+}
+
+void ExecuteTest::onlyTheStandardDescriptorsAreInherited_data()
+{
+    QTest::addColumn<bool>("oldSystem");
+    QTest::newRow("all closed by one call") << false;
+    QTest::newRow("a system without that call") << true;
+}
+
+void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
+{
+    QFETCH(bool, oldSystem);
+    // None of these is closed by itself when another program takes over, and they are far apart.
+    const int low = open("/dev/null", O_RDONLY);
+    const int high = fcntl(low, F_DUPFD, 900);
+    int pipeEnds[2];
+    QCOMPARE(pipe(pipeEnds), 0);
+    const QByteArray listing = "for fd in /proc/$$/fd/*; do [ -e \"$fd\" ] && echo \"${fd##*/}\"; done > " +
+                               quoted("part") + "; mv " + quoted("part") + ' ' + quoted("whole");
+    if (oldSystem) {
+        // A process of its own: the filter stays.
+        const pid_t child = fork();
+        if (child == 0) {
+            withoutCloseRange();
+            run(listing);
+            _exit(0);
+        }
+        int status = -1;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QCOMPARE(status, 0);
+    } else {
+        run(listing);
+    }
+    const QByteArray seen = read("whole");
+    for (const int fd : {low, high, pipeEnds[0], pipeEnds[1]}) {
+        QVERIFY(fd > STDERR_FILENO);
+        QCOMPARE(close(fd), 0);
+    }
+    QCOMPARE(seen, QByteArray("0\n1\n2\n"));
+}
+
+// What is kept stays kept, so that this runs in a process of its own.
+void ExecuteTest::outputGoesWhereItWentWhenItWasKept()
+{
+    const auto redirect = [this](const char* name) {
+        const int fd = open(QFile::encodeName(path(name)).constData(), O_WRONLY | O_CREAT, 0600);
+        dup2(fd, STDOUT_FILENO);
+        dup2(fd, STDERR_FILENO);
+        close(fd);
+    };
+    const pid_t child = fork();
+    if (child == 0) {
+        redirect("kept");
+        Execute::keepOutput();
+        redirect("later");
+        run("echo out; echo err >&2; touch " + quoted("whole"));
+        QByteArray program = QFile::encodeName(path("missing"));
+        char* const argv[] = {program.data(), nullptr};
+        Execute::execute(nullptr, argv);
+        _exit(0);
+    }
+    int status = -1;
+    QCOMPARE(waitpid(child, &status, 0), child);
+    QCOMPARE(status, 0);
+    read("whole");
+    QTRY_VERIFY(read("kept").contains("execv("));
+    QVERIFY(read("kept").contains("out\nerr\n"));
+    QCOMPARE(read("later"), QByteArray());
+}
+
+void ExecuteTest::signalsAreNotIgnoredForTheProgram()
+{
+    struct sigaction ignored
+    {
+    };
+    ignored.sa_handler = SIG_IGN;
+    const QList<int> numbers{SIGPIPE, SIGHUP, SIGCHLD, SIGINT, SIGTSTP, SIGRTMIN + 3};
+    QVector<struct sigaction> before(numbers.count());
+    for (int i = 0; i < numbers.count(); ++i) {
+        QCOMPARE(sigaction(numbers.at(i), &ignored, &before[i]), 0);
+    }
+    run("grep SigIgn /proc/self/status > " + quoted("part") + "; mv " + quoted("part") + ' ' +
+        quoted("whole"));
+    for (int i = 0; i < numbers.count(); ++i) {
+        QCOMPARE(sigaction(numbers.at(i), &before[i], nullptr), 0);
+    }
+    QCOMPARE(read("whole").simplified(), QByteArray("SigIgn: 0000000000000000"));
+}
+
+void ExecuteTest::theProgramLeavesOurSignalsAlone()
+{
+    sigset_t blocked;
+    sigset_t saved;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGUSR1);
+    pthread_sigmask(SIG_BLOCK, &blocked, &saved);
+    struct sigaction ignored
+    {
+    };
+    ignored.sa_handler = SIG_IGN;
+    struct sigaction before
+    {
+    };
+    sigaction(SIGUSR2, &ignored, &before);
+    run("exit 0");
+    sigset_t after;
+    struct sigaction disposition
+    {
+    };
+    sigaction(SIGUSR2, &before, &disposition);
+    pthread_sigmask(SIG_SETMASK, &saved, &after);
+    QCOMPARE(sigismember(&after, SIGUSR1), 1);
+    QCOMPARE(sigismember(&after, SIGTERM), sigismember(&saved, SIGTERM));
+    QVERIFY(disposition.sa_handler == SIG_IGN);
+}
+
+void ExecuteTest::signalsAreNotBlockedForTheProgram()
+{
+    sigset_t blocked;
+    sigset_t saved;
+    sigemptyset(&blocked);
+    sigaddset(&blocked, SIGCHLD);
+    sigaddset(&blocked, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &blocked, &saved);
+    run("grep SigBlk /proc/self/status > " + quoted("part") + "; mv " + quoted("part") + ' ' +
+        quoted("whole"));
+    pthread_sigmask(SIG_SETMASK, &saved, nullptr);
+    QCOMPARE(read("whole").simplified(), QByteArray("SigBlk: 0000000000000000"));
+}
+
+void ExecuteTest::aProgramThatIsNotThereIsToldToStandardError()
+{
+    QByteArray program = QFile::encodeName(path("missing"));
+    char* const argv[] = {program.data(), nullptr};
+    const StandardError errors;
+    Execute::execute(window.get(), argv);
+    const QString expected =
+        QStringLiteral("execv(\"%1\", ...) failed; errno = 2 (No such file or directory)\n")
+            .arg(path("missing"));
+    QTRY_COMPARE(errors.text(), expected);
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+}
+
+void ExecuteTest::aFailedForkIsShown()
+{
+    QString title;
+    QString text;
+    QWidget* parent = nullptr;
+    QMessageBox::StandardButtons buttons;
+    QTimer answer;
+    connect(&answer, &QTimer::timeout, &answer, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            title = box->windowTitle();
+            text = box->text();
+            parent = box->parentWidget();
+            buttons = box->standardButtons();
+            QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+        }
+    });
+    answer.start(5);
+    {
+        const ProcessLimit limit(0);
+        run("exit 0");
+    }
+    QCOMPARE(title, QStringLiteral("Help"));
+    QCOMPARE(text, QStringLiteral("fork() failed; errno = %1 (%2)").arg(EAGAIN).arg(strerror(EAGAIN)));
+    QCOMPARE(parent, window.get());
+    QCOMPARE(buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+}
+
+void ExecuteTest::aFailedSecondForkIsToldToStandardError()
+{
+    const QString expected =
+        QStringLiteral("second fork() failed; errno = %1 (%2)\n").arg(EAGAIN).arg(strerror(EAGAIN));
+    // The threads of this program count, too: one more is allowed until the first fork succeeds.
+    QString text;
+    for (rlim_t processes = 1; processes < 200 && text.isEmpty(); ++processes) {
+        const StandardError errors;
+        bool shown = false;
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, &answer, [&shown] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                shown = true;
+                QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+            }
+        });
+        answer.start(1);
+        {
+            const ProcessLimit limit(processes);
+            run("exit 0");
+        }
+        if (!shown) {
+            // The child has ended by now.
+            text = errors.text();
+            break;
+        }
+    }
+    QCOMPARE(text, expected);
+}
+
+QTEST_MAIN(ExecuteTest)
+#include "ExecuteTest.moc"

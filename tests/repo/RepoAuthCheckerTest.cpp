@@ -1,0 +1,398 @@
+#include "repo/RepoAuthChecker.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+#include <memory>
+
+#include "repo/RepoAuthDialog.h"
+#include "repo/YumConfIO.h"
+#include "tests/repo/Form.h"
+
+using namespace RepoAuth;
+
+namespace {
+
+// What the user does with one showing of the dialog.
+struct Answer
+{
+    QString name;
+    QString password;
+    const char* button;
+};
+
+QByteArray section(const char* id, const QByteArray& url, const QByteArray& more = QByteArray())
+{
+    return '[' + QByteArray(id) + "]\nbaseurl=" + url + '\n' + more;
+}
+
+const QByteArray emptyAuth("/vantor?u=&p=&path=/x");
+
+} // namespace
+
+class RepoAuthCheckerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void onlyUrlsWithoutCredentialsAreAskedAbout();
+    void repositoriesThatAreNotUsedAreNotAskedAbout();
+    void whatIsEnteredIsWritten();
+    void theMirrorListCountsToo();
+    void okWithoutCredentialsChangesNothing();
+    void aNameAloneIsAChange();
+    void applyToAllAsksOnce();
+    void applyToAllKeepsTheKeysOfEachUrl();
+    void applyToTheHostFillsTheOthersOfTheHost();
+    void applyToTheHostTakesTheHostOfTheMirrorList();
+    void skipAllWritesNothing();
+    void skipAllWritesWhatWasFilledBefore();
+    void disableTurnsTheRepositoryOff();
+    void quitStopsAndTells();
+    void quitWritesWhatWasFilledBefore();
+    void withoutAnythingToAskNothingIsShownOrWritten();
+    void afterAFailedReadNothingIsAskedOrWritten();
+    void theQuestionAboutDuplicatesMayBeDeclined();
+    void oneDialogServesTheWholeCheck();
+    void theDialogGoesWithTheChecker();
+    void theListIsReadAfresh();
+
+private:
+    // Runs a check with these answers; the identifiers that the dialog showed. More showings are skipped.
+    QStringList check(
+        QList<Answer> answers, const std::function<void(Checker&)>& look = [](Checker&) {})
+    {
+        QStringList asked;
+        QTimer timer;
+        bool answering = false;
+        connect(&timer, &QTimer::timeout, &timer, [this, &asked, &answers, &answering] {
+            // Typing lets the time pass.
+            if (answering) {
+                return;
+            }
+            const QScopedValueRollback<bool> guard(answering, true);
+            QWidget* modal = QApplication::activeModalWidget();
+            if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                boxes << box->text();
+                QTest::mouseClick(
+                    box->button(box->standardButtons() & QMessageBox::No ? QMessageBox::No : QMessageBox::Ok),
+                    Qt::LeftButton);
+                return;
+            }
+            auto* dialog = qobject_cast<Dialog*>(modal);
+            if (dialog == nullptr || !Form::button(dialog, "OK")->isEnabled()) {
+                return;
+            }
+            if (asked.isEmpty()) {
+                shown = dialog;
+            } else if (shown != dialog) {
+                asked << QStringLiteral("(another dialog)");
+            }
+            for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+                if (conf && session.contains(label->text())) {
+                    asked << label->text();
+                }
+            }
+            if (answers.isEmpty()) {
+                QTest::mouseClick(Form::button(dialog, "Skip All"), Qt::LeftButton);
+                return;
+            }
+            const Answer answer = answers.takeFirst();
+            const QList<QLineEdit*> fields = dialog->findChildren<QLineEdit*>();
+            QTest::keyClicks(fields.at(0), answer.name);
+            QTest::keyClicks(fields.at(1), answer.password);
+            QTest::mouseClick(Form::button(dialog, answer.button), Qt::LeftButton);
+        });
+        timer.start(5);
+        Checker checker(window.get(), conf.get());
+        timer.stop();
+        quit = checker.quit;
+        changed = checker.changed;
+        look(checker);
+        return asked;
+    }
+    void put(const char* name, const QByteArray& contents) const
+    {
+        QFile file(repoPath(name));
+        if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
+            qFatal("cannot write %s", name);
+        }
+    }
+    QByteArray get(const char* name) const
+    {
+        QFile file(repoPath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
+    }
+    QString repoPath(const char* name) const
+    {
+        return root->path() + QStringLiteral("/etc/yum.repos.d/") + QLatin1String(name);
+    }
+
+    std::unique_ptr<QTemporaryDir> root;
+    std::unique_ptr<QWidget> window;
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    std::unique_ptr<YumConfIO> conf;
+    QStringList boxes;
+    QPointer<Dialog> shown;
+    bool quit = false;
+    bool changed = false;
+};
+
+void RepoAuthCheckerTest::init()
+{
+    root = std::make_unique<QTemporaryDir>();
+    QDir(root->path()).mkpath(QStringLiteral("etc/yum.repos.d"));
+    qputenv("VYREROOT", QFile::encodeName(root->path()));
+    QFile main(root->path() + QStringLiteral("/etc/yum.conf"));
+    QVERIFY(main.open(QIODevice::WriteOnly));
+    main.write("[main]\n");
+    main.close();
+    session.clear();
+    boxes.clear();
+    conf = std::make_unique<YumConfIO>(requests, session);
+    window = std::make_unique<QWidget>();
+    window->resize(200, 100);
+    window->show();
+    QVERIFY(waitForFocus(window.get()));
+}
+
+void RepoAuthCheckerTest::cleanup()
+{
+    window.reset();
+    conf.reset();
+    root.reset();
+}
+
+void RepoAuthCheckerTest::onlyUrlsWithoutCredentialsAreAskedAbout()
+{
+    put("a.repo", section("none", "http://h" + emptyAuth) + section("plain", "http://h/x") +
+                      section("name", "http://h/vantor?u=bob&p=&path=/x") +
+                      section("password", "http://h/vantor?u=&p=pw&path=/x") +
+                      section("both", "http://h/vantor?u=bob&p=pw&path=/x"));
+    QCOMPARE(check({{"", "", "OK"}}), QStringList{QStringLiteral("none")});
+    QVERIFY(!quit);
+    QVERIFY(!changed);
+}
+
+void RepoAuthCheckerTest::repositoriesThatAreNotUsedAreNotAskedAbout()
+{
+    put("a.repo", section("off", "http://h" + emptyAuth, "enabled=0\n") +
+                      section("on", "http://h" + emptyAuth) + section("toggled", "http://h" + emptyAuth));
+    session.insert(QStringLiteral("toggled"), false);
+    QCOMPARE(check({{"", "", "OK"}}), QStringList{QStringLiteral("on")});
+}
+
+void RepoAuthCheckerTest::whatIsEnteredIsWritten()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k/vantor?n=&w=&path=y"));
+    QCOMPARE(check({{"a b&c", "s%t", "OK"}, {"eve", "pw", "OK"}}),
+             (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
+    QVERIFY(changed);
+    QVERIFY(!quit);
+    QCOMPARE(get("a.repo"), QByteArray("[a]\nbaseurl=http://h/vantor?u=a%20b%26c&p=s%25t&path=/x\n\n"
+                                       "[b]\nbaseurl=http://k/vantor?n=eve&w=pw&path=y\n"));
+    // They are not asked for again.
+    QCOMPARE(check({}), QStringList());
+}
+
+void RepoAuthCheckerTest::theMirrorListCountsToo()
+{
+    put("a.repo", section("a", "http://h/plain", "mirrorlist=http://m" + emptyAuth + '\n'));
+    QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList{QStringLiteral("a")});
+    QCOMPARE(get("a.repo"),
+             QByteArray("[a]\nbaseurl=http://h/plain\nmirrorlist=http://m/vantor?u=bob&p=pw&path=/x\n"));
+}
+
+void RepoAuthCheckerTest::okWithoutCredentialsChangesNothing()
+{
+    const QByteArray before = "# a comment\n" + section("a", "http://h" + emptyAuth);
+    put("a.repo", before);
+    check({{"", "", "OK"}});
+    QVERIFY(!changed);
+    QCOMPARE(get("a.repo"), before);
+}
+
+void RepoAuthCheckerTest::aNameAloneIsAChange()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth));
+    check({{"bob", "", "OK"}});
+    QVERIFY(changed);
+    QVERIFY(get("a.repo").contains("u=bob&p=&"));
+}
+
+void RepoAuthCheckerTest::applyToAllAsksOnce()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h/x") +
+                      section("c", "http://k" + emptyAuth) +
+                      section("d", "http://h/vantor?u=eve&p=x&path=/x") +
+                      section("e", "http://l" + emptyAuth, "enabled=0\n"));
+    QCOMPARE(check({{"bob", "pw", "Apply to All"}}), QStringList{QStringLiteral("a")});
+    QVERIFY(changed);
+    QCOMPARE(get("a.repo").count("u=bob&p=pw&"), 2);
+    QVERIFY(get("a.repo").contains("http://k/vantor?u=bob&p=pw&path=/x"));
+    QVERIFY(get("a.repo").contains("http://h/vantor?u=eve&p=x&path=/x"));
+    QVERIFY(get("a.repo").contains("http://l/vantor?u=&p=&path=/x"));
+}
+
+void RepoAuthCheckerTest::applyToAllKeepsTheKeysOfEachUrl()
+{
+    put("a.repo",
+        section("a", "http://h" + emptyAuth) +
+            section("b", "http://k/vantor?n=&w=&path=/x", "mirrorlist=http://k/vantor?o=&q=&path=/x\n"));
+    check({{"bob", "pw", "Apply to All"}});
+    QVERIFY(get("a.repo").contains("baseurl=http://k/vantor?n=bob&w=pw&path=/x\n"));
+    QVERIFY(get("a.repo").contains("mirrorlist=http://k/vantor?o=bob&q=pw&path=/x\n"));
+}
+
+void RepoAuthCheckerTest::applyToTheHostFillsTheOthersOfTheHost()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "https://h/sub" + emptyAuth) +
+                      section("c", "http://k" + emptyAuth) + section("d", "http://h" + emptyAuth));
+    QCOMPARE(check({{"bob", "pw", "Apply to All with this Host"}, {"eve", "x", "OK"}}),
+             (QStringList{QStringLiteral("a"), QStringLiteral("c")}));
+    QCOMPARE(get("a.repo"), QByteArray("[a]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n\n"
+                                       "[b]\nbaseurl=https://h/sub/vantor?u=bob&p=pw&path=/x\n\n"
+                                       "[c]\nbaseurl=http://k/vantor?u=eve&p=x&path=/x\n\n"
+                                       "[d]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n"));
+}
+
+void RepoAuthCheckerTest::applyToTheHostTakesTheHostOfTheMirrorList()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + "[b]\nmirrorlist=http://h" + emptyAuth + "\n[c]\n" +
+                      "mirrorlist=http://k" + emptyAuth + '\n');
+    QCOMPARE(check({{"bob", "pw", "Apply to All with this Host"}, {"", "", "OK"}}),
+             (QStringList{QStringLiteral("a"), QStringLiteral("c")}));
+    QVERIFY(get("a.repo").contains("mirrorlist=http://h/vantor?u=bob&p=pw&path=/x"));
+}
+
+void RepoAuthCheckerTest::skipAllWritesNothing()
+{
+    const QByteArray before =
+        "# a comment\n" + section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
+    put("a.repo", before);
+    QCOMPARE(check({{"bob", "pw", "Skip All"}}), QStringList{QStringLiteral("a")});
+    QVERIFY(!changed);
+    QVERIFY(!quit);
+    QCOMPARE(get("a.repo"), before);
+}
+
+void RepoAuthCheckerTest::skipAllWritesWhatWasFilledBefore()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth) +
+                      section("c", "http://l" + emptyAuth));
+    QCOMPARE(check({{"bob", "pw", "OK"}, {"eve", "x", "Skip All"}}),
+             (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
+    QVERIFY(changed);
+    QCOMPARE(get("a.repo").count("u=bob&p=pw&"), 1);
+    QCOMPARE(get("a.repo").count("u=&p=&"), 2);
+}
+
+void RepoAuthCheckerTest::disableTurnsTheRepositoryOff()
+{
+    const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
+    put("a.repo", before);
+    QCOMPARE(check({{"bob", "pw", "Disable for Session"}, {"", "", "OK"}}),
+             (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
+    QCOMPARE(session, (QHash<QString, bool>{{QStringLiteral("a"), false}, {QStringLiteral("b"), true}}));
+    QVERIFY(!changed);
+    QCOMPARE(get("a.repo"), before);
+    QCOMPARE(check({}), QStringList{QStringLiteral("b")});
+}
+
+void RepoAuthCheckerTest::quitStopsAndTells()
+{
+    const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
+    put("a.repo", before);
+    QCOMPARE(check({{"bob", "pw", "Quit"}}), QStringList{QStringLiteral("a")});
+    QVERIFY(quit);
+    QVERIFY(!changed);
+    QCOMPARE(get("a.repo"), before);
+}
+
+void RepoAuthCheckerTest::quitWritesWhatWasFilledBefore()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth));
+    check({{"bob", "pw", "OK"}, {"", "", "Quit"}});
+    QVERIFY(quit);
+    QVERIFY(changed);
+    QVERIFY(get("a.repo").contains("u=bob&p=pw&"));
+}
+
+void RepoAuthCheckerTest::withoutAnythingToAskNothingIsShownOrWritten()
+{
+    const QByteArray before = "# a comment\n" + section("a", "http://h/x");
+    put("a.repo", before);
+    check({}, [this](Checker&) { QVERIFY(window->findChildren<QDialog*>().isEmpty()); });
+    QVERIFY(!changed);
+    QVERIFY(!quit);
+    QCOMPARE(get("a.repo"), before);
+}
+
+void RepoAuthCheckerTest::afterAFailedReadNothingIsAskedOrWritten()
+{
+    // One of them is read before the other, whatever the order.
+    const QByteArray first =
+        section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) + "[x\n";
+    put("a.repo", first);
+    put("b.repo", first);
+    QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList());
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY(boxes.at(0).startsWith(QStringLiteral("Malformed section name in line: [x")));
+    QVERIFY(!quit);
+    QVERIFY(!changed);
+    QCOMPARE(get("a.repo"), first);
+    QCOMPARE(get("b.repo"), first);
+}
+
+void RepoAuthCheckerTest::theQuestionAboutDuplicatesMayBeDeclined()
+{
+    const QByteArray before =
+        section("a", "http://h" + emptyAuth) + section("b", "http://h/x") + section("b", "http://h/y");
+    put("a.repo", before);
+    check({{"bob", "pw", "OK"}});
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY(boxes.at(0).endsWith(QStringLiteral("  Proceed?")));
+    QVERIFY(changed);
+    QCOMPARE(get("a.repo"), before);
+}
+
+void RepoAuthCheckerTest::oneDialogServesTheWholeCheck()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth));
+    const QStringList asked = check({{"", "", "OK"}, {"", "", "OK"}}, [this](Checker&) {
+        QVERIFY(!shown.isNull());
+        QVERIFY(!shown->isVisible());
+        QCOMPARE(shown->parentWidget(), window.get());
+    });
+    QCOMPARE(asked, (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
+}
+
+void RepoAuthCheckerTest::theDialogGoesWithTheChecker()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth));
+    check({{"", "", "OK"}});
+    QVERIFY(shown.isNull());
+    // The window may go first.
+    check({{"", "", "OK"}}, [this](Checker&) {
+        QVERIFY(!shown.isNull());
+        window.reset();
+        QVERIFY(shown.isNull());
+    });
+}
+
+void RepoAuthCheckerTest::theListIsReadAfresh()
+{
+    put("a.repo", section("a", "http://h/x"));
+    QVERIFY(conf->read(window.get()));
+    conf->entries[0].baseurl = QStringLiteral("http://h") + QString::fromLatin1(emptyAuth);
+    QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList());
+    QCOMPARE(conf->entries.at(0).baseurl, QStringLiteral("http://h/x"));
+}
+
+QTEST_MAIN(RepoAuthCheckerTest)
+#include "RepoAuthCheckerTest.moc"

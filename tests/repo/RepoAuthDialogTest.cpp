@@ -1,0 +1,357 @@
+#include "repo/RepoAuthDialog.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+#include <memory>
+
+#include "app/base/Fonts.h"
+#include "repo/RepoEntry.h"
+#include "tests/repo/Assistive.h"
+#include "tests/repo/Form.h"
+
+using namespace RepoAuth;
+
+class RepoAuthDialogTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void theWindowIsAsDescribed();
+    void theRepositoryIsShown();
+    void itFitsASmallScreen();
+    void emptyKeysFallBack();
+    void textOfAFileIsNeverRichText();
+    void typingShowsTheUrlsMasked();
+    void otherPasswordsAreMaskedToo();
+    void theButtonsEndWithTheirCodes_data();
+    void theButtonsEndWithTheirCodes();
+    void okIsTheDefaultButton();
+    void okIsTheDefaultButtonEveryTime();
+    void closingSkipsAll_data();
+    void closingSkipsAll();
+    void itStaysOpenWithoutButtons();
+    void theNextRepositoryBeginsAnew();
+    void credentialsAreEncoded();
+    void pastedLineBreaksAreDropped();
+    void thePasswordStandsNowhereInClear();
+
+private:
+    int run(const std::function<void()>& use)
+    {
+        bool used = false;
+        QTimer::singleShot(0, dialog.get(), [this, &use, &used] {
+            used = waitForFocus(dialog.get());
+            use();
+            dialog->done(99); // has no effect when a button has ended it
+        });
+        const int result = dialog->exec(&entry);
+        return used ? result : -1;
+    }
+    void click(const char* text) const
+    {
+        QTest::mouseClick(Form::button(dialog.get(), text), Qt::LeftButton);
+    }
+    QStringList labels() const
+    {
+        QStringList texts;
+        for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+            texts << label->text();
+        }
+        return texts;
+    }
+
+    std::unique_ptr<QWidget> window;
+    std::unique_ptr<Dialog> dialog;
+    QLineEdit* name = nullptr;
+    QLineEdit* password = nullptr;
+    Repo::Entry entry;
+};
+
+void RepoAuthDialogTest::init()
+{
+    window = std::make_unique<QWidget>();
+    window->resize(200, 100);
+    window->show();
+    QVERIFY(waitForFocus(window.get()));
+    dialog = std::make_unique<Dialog>(window.get());
+    name = Form::find<QLineEdit>(
+        dialog.get(), "Authentication name for a repository using the vantor authentication method");
+    password = Form::find<QLineEdit>(
+        dialog.get(), "Authentication password for a repository using the vantor authentication method");
+    entry = Repo::Entry();
+    entry.id = QStringLiteral("updates");
+    entry.name = QStringLiteral("All updates");
+    entry.baseurl = QStringLiteral("http://h/vantor?user=&word=&path=/x\nhttp://k/vantor?user=&word=&path=y");
+    entry.mirrorlist = QStringLiteral("http://m/vantor?user=&word=&path=/l");
+}
+
+void RepoAuthDialogTest::cleanup()
+{
+    dialog.reset();
+    window.reset();
+}
+
+void RepoAuthDialogTest::theWindowIsAsDescribed()
+{
+    QCOMPARE(dialog->windowTitle(), QStringLiteral("VYRE Authentication"));
+    const QStringList expected{"Quit",         "Disable for Session",         "Skip All",
+                               "Apply to All", "Apply to All with this Host", "OK"};
+    QVERIFY(run([this, expected] {
+                QVERIFY(dialog->isModal());
+                QCOMPARE(QApplication::focusWidget(), name);
+                QVERIFY(
+                    labels().contains(QStringLiteral("Some configured repositories require authentication")));
+                QMap<int, QString> buttons;
+                for (const QPushButton* button : dialog->findChildren<QPushButton*>()) {
+                    QVERIFY(button->isEnabled());
+                    buttons.insert(button->x(), button->text());
+                }
+                QCOMPARE(QStringList(buttons.values()), expected);
+                QCOMPARE(password->echoMode(), QLineEdit::Password);
+                QVERIFY(password->y() > name->y());
+            }) >= 0);
+    for (const QPushButton* button : dialog->findChildren<QPushButton*>()) {
+        QVERIFY(!button->isEnabled());
+    }
+}
+
+void RepoAuthDialogTest::theRepositoryIsShown()
+{
+    QVERIFY(run([this] {
+                for (const QString& text :
+                     {entry.id, entry.name, entry.baseurl, entry.mirrorlist, QStringLiteral("user"),
+                      QStringLiteral("word"), QStringLiteral("Identifier"), QStringLiteral("Name"),
+                      QStringLiteral("URLs"), QStringLiteral("Mirror list URL")}) {
+                    QVERIFY2(labels().contains(text), qPrintable(text));
+                }
+                QCOMPARE(name->text(), QString());
+                QCOMPARE(password->text(), QString());
+            }) >= 0);
+}
+
+void RepoAuthDialogTest::itFitsASmallScreen()
+{
+    const QString url =
+        QStringLiteral("http://h/%1/vantor?user=&word=&path=/x\n").arg(QString(300, QLatin1Char('d')));
+    entry.baseurl = url.repeated(200);
+    entry.name = QString(2000, QLatin1Char('n'));
+    entry.mirrorlist =
+        QStringLiteral("http://m/vantor?%1=&word=&path=/l").arg(QString(2000, QLatin1Char('k')));
+    QVERIFY(run([this] {
+                QVERIFY(dialog->width() <= 921);
+                QVERIFY(dialog->height() <= 691);
+                for (const QPushButton* button : dialog->findChildren<QPushButton*>()) {
+                    QVERIFY(dialog->rect().contains(button->geometry()));
+                }
+            }) >= 0);
+}
+
+void RepoAuthDialogTest::emptyKeysFallBack()
+{
+    entry.baseurl = QStringLiteral("http://h/vantor?=&=&path=/x");
+    QCOMPARE(run([this] {
+                 QCOMPARE(labels().count(QStringLiteral("Name")), 2);
+                 QCOMPARE(labels().count(QStringLiteral("Password")), 1);
+                 QTest::keyClicks(name, QStringLiteral("bob"));
+                 click("OK");
+             }),
+             int(Dialog::OK));
+    QCOMPARE(entry.baseurl, QStringLiteral("http://h/vantor?=bob&=&path=/x"));
+}
+
+void RepoAuthDialogTest::textOfAFileIsNeverRichText()
+{
+    entry.name = QStringLiteral("<b>Updates</b> &amp;");
+    QVERIFY(run([this] {
+                QVERIFY(labels().contains(entry.name));
+                for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+                    if (!label->text().startsWith(QStringLiteral("Some configured"))) {
+                        QCOMPARE(label->textFormat(), Qt::PlainText);
+                        QVERIFY(label->buddy() == nullptr);
+                    }
+                }
+            }) >= 0);
+}
+
+void RepoAuthDialogTest::typingShowsTheUrlsMasked()
+{
+    QVERIFY(run([this] {
+                QTest::keyClicks(name, QStringLiteral("a b"));
+                QVERIFY(labels().contains(QStringLiteral("http://m/vantor?user=a%20b&word=&path=/l")));
+                QTest::keyClicks(password, QStringLiteral("p&w"));
+                QVERIFY(labels().contains(QString::fromUtf8("http://h/vantor?user=a%20b&word=●●●&path=/x\n"
+                                                            "http://k/vantor?user=a%20b&word=●●●&path=y")));
+                QVERIFY(labels().contains(QString::fromUtf8("http://m/vantor?user=a%20b&word=●●●&path=/l")));
+                QTest::keyClick(password, Qt::Key_Backspace);
+                QVERIFY(labels().contains(QString::fromUtf8("http://m/vantor?user=a%20b&word=●●&path=/l")));
+                // Nothing is written before a button is pressed.
+                QVERIFY(entry.mirrorlist.contains(QStringLiteral("user=&word=&")));
+            }) >= 0);
+}
+
+void RepoAuthDialogTest::otherPasswordsAreMaskedToo()
+{
+    entry.mirrorlist = QStringLiteral("http://m/vantor?user=eve&word=secret&path=/l");
+    QVERIFY(run([this] {
+                QVERIFY(labels().contains(QString::fromUtf8("http://m/vantor?user=eve&word=●●●●●●&path=/l")));
+            }) >= 0);
+}
+
+void RepoAuthDialogTest::theButtonsEndWithTheirCodes_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<bool>("writes");
+    QTest::newRow("skip all") << "Skip All" << 0 << false;
+    QTest::newRow("ok") << "OK" << 1 << true;
+    QTest::newRow("apply to all") << "Apply to All" << 2 << true;
+    QTest::newRow("apply to the host") << "Apply to All with this Host" << 3 << true;
+    QTest::newRow("disable") << "Disable for Session" << 4 << false;
+    QTest::newRow("quit") << "Quit" << 5 << false;
+}
+
+void RepoAuthDialogTest::theButtonsEndWithTheirCodes()
+{
+    QFETCH(QString, button);
+    QFETCH(bool, writes);
+    const Repo::Entry before = entry;
+    const int result = run([this, button] {
+        QTest::keyClicks(name, QStringLiteral("bob"));
+        QTest::keyClicks(password, QStringLiteral("secret"));
+        click(qPrintable(button));
+    });
+    QTEST(result, "code");
+    if (writes) {
+        QCOMPARE(entry.baseurl, QStringLiteral("http://h/vantor?user=bob&word=secret&path=/x\n"
+                                               "http://k/vantor?user=bob&word=secret&path=y"));
+        QCOMPARE(entry.mirrorlist, QStringLiteral("http://m/vantor?user=bob&word=secret&path=/l"));
+    } else {
+        QCOMPARE(entry.baseurl, before.baseurl);
+        QCOMPARE(entry.mirrorlist, before.mirrorlist);
+    }
+}
+
+void RepoAuthDialogTest::okIsTheDefaultButton()
+{
+    QCOMPARE(run([this] {
+                 QTest::keyClicks(name, QStringLiteral("bob"));
+                 QTest::keyClick(name, Qt::Key_Tab);
+                 QCOMPARE(QApplication::focusWidget(), password);
+                 QTest::keyClicks(password, QStringLiteral("secret"));
+                 QTest::keyClick(password, Qt::Key_Return);
+             }),
+             int(Dialog::OK));
+    QVERIFY(entry.baseurl.contains(QStringLiteral("user=bob&word=secret")));
+}
+
+void RepoAuthDialogTest::okIsTheDefaultButtonEveryTime()
+{
+    run([this] {
+        Form::button(dialog.get(), "Quit")->setFocus();
+        QVERIFY(Form::button(dialog.get(), "Quit")->isDefault());
+    });
+    QCOMPARE(run([this] { QTest::keyClick(name, Qt::Key_Return); }), int(Dialog::OK));
+}
+
+void RepoAuthDialogTest::closingSkipsAll_data()
+{
+    QTest::addColumn<bool>("byKey");
+    QTest::newRow("Escape") << true;
+    QTest::newRow("the window's close button") << false;
+}
+
+void RepoAuthDialogTest::closingSkipsAll()
+{
+    QFETCH(bool, byKey);
+    const Repo::Entry before = entry;
+    QCOMPARE(run([this, byKey] {
+                 QTest::keyClicks(name, QStringLiteral("bob"));
+                 if (byKey) {
+                     QTest::keyClick(name, Qt::Key_Escape);
+                 } else {
+                     dialog->close();
+                 }
+             }),
+             int(Dialog::SkipAll));
+    QCOMPARE(entry.baseurl, before.baseurl);
+}
+
+void RepoAuthDialogTest::itStaysOpenWithoutButtons()
+{
+    run([this] { click("OK"); });
+    QVERIFY(dialog->isVisible());
+    for (const QPushButton* button : dialog->findChildren<QPushButton*>()) {
+        QVERIFY(!button->isEnabled());
+    }
+}
+
+void RepoAuthDialogTest::theNextRepositoryBeginsAnew()
+{
+    run([this] {
+        QTest::keyClicks(name, QStringLiteral("bob"));
+        QTest::keyClicks(password, QStringLiteral("secret"));
+        password->setFocus();
+        click("OK");
+    });
+    entry.id = QStringLiteral("second");
+    entry.baseurl = QStringLiteral("http://z/vantor?u=&p=&path=/x");
+    entry.mirrorlist.clear();
+    QVERIFY(run([this] {
+                QCOMPARE(QApplication::focusWidget(), name);
+                QVERIFY(labels().contains(QStringLiteral("second")));
+                QVERIFY(labels().contains(entry.baseurl));
+                QVERIFY(!labels().contains(QStringLiteral("updates")));
+                QCOMPARE(name->text(), QString());
+                QCOMPARE(password->text(), QString());
+                QVERIFY(Form::button(dialog.get(), "OK")->isEnabled());
+            }) >= 0);
+}
+
+void RepoAuthDialogTest::credentialsAreEncoded()
+{
+    run([this] {
+        QTest::keyClicks(name, QStringLiteral("a b&c"));
+        QTest::keyClicks(password, QStringLiteral("100%"));
+        click("OK");
+    });
+    QCOMPARE(entry.mirrorlist, QStringLiteral("http://m/vantor?user=a%20b%26c&word=100%25&path=/l"));
+}
+
+void RepoAuthDialogTest::pastedLineBreaksAreDropped()
+{
+    run([this] {
+        QGuiApplication::clipboard()->setText(QStringLiteral("secret\n"));
+        password->setFocus();
+        QTest::keySequence(password, QKeySequence(QKeySequence::Paste));
+        click("OK");
+    });
+    QCOMPARE(entry.mirrorlist, QStringLiteral("http://m/vantor?user=&word=secret&path=/l"));
+}
+
+void RepoAuthDialogTest::thePasswordStandsNowhereInClear()
+{
+    QAccessible::setActive(true);
+    told.clear();
+    QAccessible::installUpdateHandler(noteTold);
+    QVERIFY(run([this] {
+                QTest::keyClicks(name, QStringLiteral("bob"));
+                QTest::keyClicks(password, QStringLiteral("789"));
+                collectTexts(QAccessible::queryAccessibleInterface(dialog.get()), told);
+                click("OK");
+            }) >= 0);
+    QAccessible::installUpdateHandler(nullptr);
+    collectTexts(QAccessible::queryAccessibleInterface(dialog.get()), told);
+    QVERIFY(told.contains(QString::fromUtf8("http://m/vantor?user=bob&word=●●●&path=/l")));
+    for (const QString& text : qAsConst(told)) {
+        QVERIFY2(!text.contains(QRegExp(QStringLiteral("[789]"))), qPrintable(text));
+    }
+    QVERIFY(entry.mirrorlist.contains(QStringLiteral("word=789")));
+}
+
+QTEST_MAIN(RepoAuthDialogTest)
+#include "RepoAuthDialogTest.moc"

@@ -1,0 +1,196 @@
+#include "repo/RepoBrowse.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "repo/RepoEntry.h"
+#include "tests/repo/Editor.h"
+
+class RepoBrowseTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanupTestCase();
+
+    void theUrlIsChosen_data();
+    void theUrlIsChosen();
+    void variablesAreExpanded_data();
+    void variablesAreExpanded();
+    void withoutAUrlThatIsShown_data();
+    void withoutAUrlThatIsShown();
+    void aRepositoryIsFoundByItsIdentifier();
+    void anUnknownIdentifierIsShown();
+    void aMissingBrowserIsNoticed();
+
+private:
+    // Title and text of the errors over the window that something shows.
+    template <typename Open> QStringList shownBy(Open open)
+    {
+        QStringList shown;
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, &answer, [this, &shown] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                shown << box->windowTitle() << box->text();
+                if (box->icon() != QMessageBox::Critical || box->parentWidget() != window.get()) {
+                    shown << QStringLiteral("(not an error over the window)");
+                }
+                QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
+            }
+        });
+        answer.start(5);
+        open();
+        return shown;
+    }
+
+    std::unique_ptr<BackEnd> backEnd;
+    std::unique_ptr<QWidget> window;
+};
+
+void RepoBrowseTest::initTestCase()
+{
+    backEnd = std::make_unique<BackEnd>();
+    window = std::make_unique<QWidget>();
+    window->show();
+    QVERIFY(QTest::qWaitForWindowActive(window.get()));
+}
+
+void RepoBrowseTest::init()
+{
+    backEnd->installBrowser();
+}
+
+void RepoBrowseTest::cleanupTestCase()
+{
+    window.reset();
+    backEnd.reset();
+}
+
+void RepoBrowseTest::theUrlIsChosen_data()
+{
+    QTest::addColumn<QString>("baseurl");
+    QTest::addColumn<QString>("mirrorlist");
+    QTest::addColumn<QString>("opened");
+    QTest::newRow("one") << "http://h/one"
+                         << ""
+                         << "http://h/one";
+    QTest::newRow("two lines") << "http://h/one\nhttp://h/two"
+                               << "http://m"
+                               << "http://h/one";
+    QTest::newRow("white space before it") << "\n \thttp://h/one http://h/two"
+                                           << ""
+                                           << "http://h/one";
+    QTest::newRow("mirror list") << ""
+                                 << "http://m/list a"
+                                 << "http://m/list a";
+    QTest::newRow("white space and a mirror list") << " \n"
+                                                   << "http://m/list"
+                                                   << "http://m/list";
+    QTest::newRow("beyond ASCII") << QString::fromUtf8("http://h/\xc3\xa4") << ""
+                                  << QString::fromUtf8("http://h/\xc3\xa4");
+}
+
+void RepoBrowseTest::theUrlIsChosen()
+{
+    QFETCH(QString, baseurl);
+    QFETCH(QString, mirrorlist);
+    QFETCH(QString, opened);
+    Repo::Entry entry;
+    entry.baseurl = baseurl;
+    entry.mirrorlist = mirrorlist;
+    RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
+    QCOMPARE(BackEnd::browsed(), QStringList{opened});
+}
+
+void RepoBrowseTest::variablesAreExpanded_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("opened");
+    QTest::newRow("release and base architecture") << "http://h/$releasever/$basearch/"
+                                                   << "http://h/39/x86_64/";
+    QTest::newRow("architecture") << "http://h/$arch/"
+                                  << "http://h/x86_64_v2/";
+    QTest::newRow("every occurrence") << "http://h/$basearch/$arch/$basearch/$arch"
+                                      << "http://h/x86_64/x86_64_v2/x86_64/x86_64_v2";
+    QTest::newRow("of another case") << "http://h/$BaseArch/$ARCH"
+                                     << "http://h/$BaseArch/$ARCH";
+    QTest::newRow("others") << "http://h/$uuid"
+                            << "http://h/$uuid";
+}
+
+void RepoBrowseTest::variablesAreExpanded()
+{
+    QFETCH(QString, url);
+    QFETCH(QString, opened);
+    Repo::Entry entry;
+    entry.mirrorlist = url;
+    RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
+    QCOMPARE(BackEnd::browsed(), QStringList{opened});
+}
+
+void RepoBrowseTest::withoutAUrlThatIsShown_data()
+{
+    QTest::addColumn<QString>("baseurl");
+    QTest::newRow("nothing") << "";
+    QTest::newRow("white space alone") << " \n";
+}
+
+void RepoBrowseTest::withoutAUrlThatIsShown()
+{
+    QFETCH(QString, baseurl);
+    Repo::Entry entry;
+    entry.baseurl = baseurl;
+    QCOMPARE(shownBy([this, &entry] { RepoBrowse::browse(window.get(), entry, &backEnd->yumIO); }),
+             (QStringList{"Error", "Repository configuration has no URL"}));
+    QTest::qWait(200);
+    QVERIFY(!BackEnd::wasBrowsed());
+}
+
+void RepoBrowseTest::aRepositoryIsFoundByItsIdentifier()
+{
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    YumConfIO conf(requests, session);
+    for (const char* url : {"http://h/other", "http://h/first", "http://h/second"}) {
+        Repo::Entry entry;
+        entry.id = conf.entries.isEmpty() ? QStringLiteral("other") : QStringLiteral("same");
+        entry.baseurl = QLatin1String(url);
+        conf.entries.append(entry);
+    }
+    RepoBrowse::browse(window.get(), QStringLiteral("same"), &backEnd->yumIO, &conf);
+    QCOMPARE(BackEnd::browsed(), QStringList{QStringLiteral("http://h/first")});
+}
+
+void RepoBrowseTest::anUnknownIdentifierIsShown()
+{
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    YumConfIO conf(requests, session);
+    QCOMPARE(shownBy([this, &conf] {
+                 RepoBrowse::browse(window.get(), QStringLiteral("<b>gone</b>"), &backEnd->yumIO, &conf);
+             }),
+             (QStringList{"Error", "There is no configured repository \"<b>gone</b>\""}));
+    QTest::qWait(200);
+    QVERIFY(!BackEnd::wasBrowsed());
+    QVERIFY(RepoBrowse::find(QStringLiteral("gone"), &conf) == nullptr);
+    QVERIFY(RepoBrowse::find(QStringLiteral("gone"), nullptr) == nullptr);
+}
+
+// The rest is a matter of standard error.
+void RepoBrowseTest::aMissingBrowserIsNoticed()
+{
+    QVERIFY(QFile::remove(Share::absolute(QStringLiteral("webbrowser"))));
+    Repo::Entry entry;
+    entry.baseurl = QStringLiteral("http://h/x");
+    RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
+    QTest::qWait(100);
+    QVERIFY(!BackEnd::wasBrowsed());
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+}
+
+QTEST_MAIN(RepoBrowseTest)
+#include "RepoBrowseTest.moc"

@@ -1,0 +1,364 @@
+#include "yumio/Metadata.h"
+
+#include <memory>
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace {
+
+const char* const header = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+
+QByteArray fileLists(const QByteArray& packages)
+{
+    return header +
+           QByteArray("<filelists xmlns=\"http://linux.duke.edu/metadata/filelists\" packages=\"1\">\n") +
+           packages + "</filelists>\n";
+}
+
+QByteArray otherData(const QByteArray& packages)
+{
+    return header +
+           QByteArray("<otherdata xmlns=\"http://linux.duke.edu/metadata/other\" packages=\"1\">\n") +
+           packages + "</otherdata>\n";
+}
+
+QByteArray package(const QByteArray& id, const QByteArray& contents)
+{
+    return "<package pkgid=\"" + id + "\" name=\"" + id + "\" arch=\"noarch\">\n" +
+           "  <version epoch=\"0\" ver=\"1.0\" rel=\"1\"/>\n" + contents + "</package>\n";
+}
+
+QByteArray file(const QByteArray& path)
+{
+    return "  <file>" + path + "</file>\n";
+}
+
+} // namespace
+
+class MetadataTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    // Writes a file, compressed when a filter of that name is given. Returns its path.
+    QString write(const QByteArray& content, const char* filter = nullptr)
+    {
+        const QString path = directory.filePath(QString("file%1").arg(++number));
+        archive* writer = archive_write_new();
+        bool fine = filter == nullptr || archive_write_add_filter_by_name(writer, filter) == ARCHIVE_OK;
+        fine = fine && archive_write_set_format_raw(writer) == ARCHIVE_OK &&
+               archive_write_open_filename(writer, path.toLocal8Bit().constData()) == ARCHIVE_OK;
+        archive_entry* entry = archive_entry_new();
+        archive_entry_set_pathname(entry, "data");
+        archive_entry_set_filetype(entry, AE_IFREG);
+        fine = fine && archive_write_header(writer, entry) == ARCHIVE_OK &&
+               archive_write_data(writer, content.constData(), static_cast<size_t>(content.size())) ==
+                   content.size();
+        archive_entry_free(entry);
+        fine = archive_write_close(writer) == ARCHIVE_OK && fine;
+        archive_write_free(writer);
+        if (!fine) {
+            QTest::qFail(filter, __FILE__, __LINE__);
+        }
+        return path;
+    }
+
+    QString writePlain(const QByteArray& content)
+    {
+        QFile plain(directory.filePath(QString("file%1").arg(++number)));
+        if (!plain.open(QIODevice::WriteOnly) || plain.write(content) != content.size()) {
+            QTest::qFail("not written", __FILE__, __LINE__);
+        }
+        return plain.fileName();
+    }
+
+    // The text of the package "one", which alone is wanted; null when there is none.
+    QByteArray filesOfOne(const QByteArray& contents)
+    {
+        std::vector<QByteArray> texts(1);
+        QString problem;
+        if (!Metadata::readFileLists(writePlain(fileLists(package("one", contents))), {{"one", 0}}, texts,
+                                     problem)) {
+            QTest::qFail(qPrintable(problem), __FILE__, __LINE__);
+        }
+        return texts[0];
+    }
+
+    QByteArray changeLogOfOne(const QByteArray& contents)
+    {
+        std::vector<QByteArray> texts(1);
+        QString problem;
+        if (!Metadata::readChangeLogs(writePlain(otherData(package("one", contents))), {{"one", 0}}, texts,
+                                      problem)) {
+            QTest::qFail(qPrintable(problem), __FILE__, __LINE__);
+        }
+        return texts[0];
+    }
+
+    QTemporaryDir directory;
+    int number = 0;
+
+private Q_SLOTS:
+    void everyCompression_data()
+    {
+        QTest::addColumn<QByteArray>("filter");
+        QTest::newRow("plain") << QByteArray();
+        for (const char* filter : {"gzip", "xz", "zstd", "bzip2"}) {
+            QTest::newRow(filter) << QByteArray(filter);
+        }
+    }
+
+    void everyCompression()
+    {
+        QFETCH(QByteArray, filter);
+        const char* name = filter.isEmpty() ? nullptr : filter.constData();
+        // More than is read at once.
+        QByteArray many;
+        QByteArray expected;
+        for (int i = 0; i < 40000; ++i) {
+            const QByteArray path = "/usr/share/many/" + QByteArray::number(100000 + i);
+            many += file(path);
+            expected += (i == 0 ? "" : "\n") + path;
+        }
+        std::vector<QByteArray> texts(3);
+        QString problem;
+        const QString path = write(fileLists(package("one", file("/a")) + package("two", many)), name);
+        QVERIFY2(Metadata::readFileLists(path, {{"one", 2}, {"two", 0}}, texts, problem),
+                 qPrintable(problem));
+        QCOMPARE(problem, QString());
+        QCOMPARE(texts[2], QByteArray("/a"));
+        QVERIFY(texts[0] == expected);
+        QVERIFY(texts[1].isNull());
+
+        std::vector<QByteArray> logs(1);
+        QVERIFY(Metadata::readChangeLogs(
+            write(otherData(package("one", "<changelog author=\"A\" date=\"0\">text</changelog>")), name),
+            {{"one", 0}}, logs, problem));
+        QCOMPARE(logs[0], QByteArray("* Thu Jan 1 1970 A\ntext"));
+    }
+
+    void unwantedPackagesAreSkipped()
+    {
+        const QString path = writePlain(fileLists(
+            package("one", file("/one")) + package("two", file("/two")) + "<package name=\"nameless\">" +
+            file("/nameless") + "</package>" + package("three", file("/three"))));
+        std::vector<QByteArray> texts(2);
+        texts[1] = "before";
+        QString problem;
+        QVERIFY(Metadata::readFileLists(path, {{"three", 0}, {"elsewhere", 1}}, texts, problem));
+        QCOMPARE(texts[0], QByteArray("/three"));
+        QCOMPARE(texts[1], QByteArray("before"));
+        QVERIFY(Metadata::readFileLists(path, {}, texts, problem));
+        QCOMPARE(texts[0], QByteArray("/three"));
+        QCOMPARE(problem, QString());
+    }
+
+    void pathsAreSortedAndEachIsThereOnce()
+    {
+        QCOMPARE(filesOfOne(file("/usr/z") + file("/usr/a") + file("/usr/z") + file("/Usr") + file("/usr/a")),
+                 QByteArray("/Usr\n/usr/a\n/usr/z"));
+    }
+
+    void directoriesAndGhostsAreFilesToo()
+    {
+        QCOMPARE(
+            filesOfOne("  <file type=\"dir\">/var/lib/x</file>\n  <file type=\"ghost\">/var/log/x</file>\n" +
+                       file("/usr/x")),
+            QByteArray("/usr/x\n/var/lib/x\n/var/log/x"));
+    }
+
+    void packageWithoutFiles()
+    {
+        const QByteArray text = filesOfOne("");
+        QVERIFY(!text.isNull());
+        QVERIFY(text.isEmpty());
+    }
+
+    void entitiesAreCharacters()
+    {
+        QCOMPARE(filesOfOne(file("/a &amp; b/&lt;c&gt;/&quot;&apos;&#x20AC;&#233;")),
+                 QString::fromUtf8("/a & b/<c>/\"'€é").toUtf8());
+        QCOMPARE(filesOfOne(file("/<![CDATA[a & <b>]]>/c")), QByteArray("/a & <b>/c"));
+    }
+
+    void pathAcrossTwoReads()
+    {
+        // Whatever the size of a read is: every place of the file is somewhere in the middle of a path.
+        const QByteArray part(1000, 'x');
+        QByteArray many;
+        QByteArray expected;
+        for (int i = 0; i < 1500; ++i) {
+            const QByteArray path = "/" + QByteArray::number(10000 + i) + "/" + part + "&amp;é";
+            many += file(path);
+            expected += (i == 0 ? "" : "\n") + QByteArray(path).replace("&amp;", "&");
+        }
+        QVERIFY(filesOfOne(many) == expected);
+    }
+
+    void orderIsThatOfTheProgramBeyondAscii()
+    {
+        // Characters outside of the first 65536 are surrogates for the program: before some that bytes put
+        // last.
+        const QStringList paths{QString::fromUtf8("/ﬁ"),
+                                QString::fromUtf8("/🌧"),
+                                QString::fromUtf8("/é"),
+                                "/z",
+                                QString::fromUtf8("/€"),
+                                QString::fromUtf8("/\xee\x80\x80"),
+                                "/A"};
+        for (int count = 1; count <= paths.count(); ++count) {
+            QStringList sorted = paths.mid(0, count);
+            QByteArray contents;
+            for (const QString& path : qAsConst(sorted)) {
+                contents += file(path.toUtf8());
+            }
+            std::sort(sorted.begin(), sorted.end());
+            QCOMPARE(QString::fromUtf8(filesOfOne(contents)), sorted.join('\n'));
+        }
+        // The two orders do differ.
+        QVERIFY(paths[0] > paths[1]);
+        QVERIFY(paths[0].toUtf8() < paths[1].toUtf8());
+    }
+
+    void newestChangeComesFirst()
+    {
+        QCOMPARE(
+            changeLogOfOne("<changelog author=\"Ann &lt;a@b&gt; - 1.0-1\" date=\"1693656000\">- one\n- two"
+                           "</changelog>\n"
+                           "<changelog author=\"Bob\" date=\"1708430400\">- &lt;three&gt;</changelog>\n"),
+            QByteArray(
+                "* Tue Feb 20 2024 Bob\n- <three>\n\n* Sat Sep 2 2023 Ann <a@b> - 1.0-1\n- one\n- two"));
+    }
+
+    void daysAreThoseOfUniversalTime()
+    {
+        const QByteArray zone = qgetenv("TZ");
+        for (const char* name : {"UTC", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
+            qputenv("TZ", name);
+            tzset();
+            // Noon of the last day of a leap year's February, and the last second of that day.
+            QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"1709208000\">x</changelog>"),
+                     QByteArray("* Thu Feb 29 2024 A\nx"));
+            QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"1709251199\">x</changelog>"),
+                     QByteArray("* Thu Feb 29 2024 A\nx"));
+        }
+        qputenv("TZ", zone);
+        tzset();
+    }
+
+    void changesWithoutUsefulDates()
+    {
+        QCOMPARE(changeLogOfOne("<changelog>x</changelog>"), QByteArray("* Thu Jan 1 1970 \nx"));
+        QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"-86400\"></changelog>"),
+                 QByteArray("* Wed Dec 31 1969 A\n"));
+        QVERIFY(changeLogOfOne("<changelog author=\"A\" date=\"9223372036854775807\">x</changelog>")
+                    .endsWith(" A\nx"));
+    }
+
+    void packageWithoutChanges()
+    {
+        const QByteArray text = changeLogOfOne("");
+        QVERIFY(!text.isNull());
+        QVERIFY(text.isEmpty());
+    }
+
+    void onePackageLeavesNothingToTheNext()
+    {
+        std::vector<QByteArray> texts(2);
+        QString problem;
+        QVERIFY(Metadata::readChangeLogs(
+            writePlain(otherData(package("one", "<changelog author=\"A\" date=\"0\">x</changelog>") +
+                                 package("two", "<changelog author=\"B\" date=\"0\">y</changelog>"))),
+            {{"one", 0}, {"two", 1}}, texts, problem));
+        QCOMPARE(texts[0], QByteArray("* Thu Jan 1 1970 A\nx"));
+        QCOMPARE(texts[1], QByteArray("* Thu Jan 1 1970 B\ny"));
+    }
+
+    void damagedFiles_data()
+    {
+        QTest::addColumn<QByteArray>("filter");
+        QTest::addColumn<QString>("damage");
+        for (const char* filter : {"", "gzip", "xz", "zstd"}) {
+            for (const char* damage : {"cut off", "nonsense inside", "empty"}) {
+                QTest::newRow(qPrintable(QString("%1, %2").arg(*filter != 0 ? filter : "plain", damage)))
+                    << QByteArray(filter) << QString(damage);
+            }
+        }
+    }
+
+    void damagedFiles()
+    {
+        QFETCH(QByteArray, filter);
+        QFETCH(QString, damage);
+        // Hard to compress, so that the damage is inside of the content.
+        QByteArray many;
+        quint32 state = 1;
+        for (int i = 0; i < 60000; ++i) {
+            state = state * 1664525 + 1013904223;
+            many += file("/" + QByteArray::number(state, 16));
+        }
+        const QString path = write(fileLists(package("one", file("/a")) + package("two", many)),
+                                   filter.isEmpty() ? nullptr : filter.constData());
+        QFile damaged(path);
+        QVERIFY(damaged.open(QIODevice::ReadWrite));
+        if (damage == "cut off") {
+            QVERIFY(damaged.resize(damaged.size() * 2 / 3));
+        } else if (damage == "empty") {
+            QVERIFY(damaged.resize(0));
+        } else {
+            QVERIFY(damaged.seek(damaged.size() / 2));
+            QCOMPARE(damaged.write(QByteArray(2000, '<')), qint64(2000));
+        }
+        damaged.close();
+        std::vector<QByteArray> texts(2);
+        QString problem;
+        QVERIFY(!Metadata::readFileLists(path, {{"one", 0}, {"two", 1}}, texts, problem));
+        QVERIFY(!problem.isEmpty());
+        // Nothing half of a package.
+        QVERIFY(texts[1].isNull());
+        problem.clear();
+        QVERIFY(!Metadata::readChangeLogs(path, {{"two", 1}}, texts, problem));
+        QVERIFY(!problem.isEmpty());
+        QVERIFY(texts[1].isNull());
+    }
+
+    void packagesBeforeTheDamageCount()
+    {
+        std::vector<QByteArray> texts(2);
+        QString problem;
+        QVERIFY(!Metadata::readFileLists(
+            writePlain(fileLists(package("one", file("/a")) + "<package pkgid=\"two\"><file>/b</oops>")),
+            {{"one", 0}, {"two", 1}}, texts, problem));
+        QCOMPARE(texts[0], QByteArray("/a"));
+        QVERIFY(texts[1].isNull());
+        QCOMPARE(problem, QString("mismatched tag"));
+    }
+
+    void missingFileAndDirectory()
+    {
+        for (const QString& path : {directory.filePath("nothing"), directory.path()}) {
+            std::vector<QByteArray> texts(1);
+            QString problem;
+            QVERIFY(!Metadata::readFileLists(path, {{"one", 0}}, texts, problem));
+            QVERIFY(!problem.isEmpty());
+            QVERIFY(texts[0].isNull());
+        }
+    }
+
+    void pathBeyondAscii()
+    {
+        const QString path = directory.filePath(QString::fromUtf8("dépôt 🌧.xml"));
+        QVERIFY(QFile::rename(writePlain(fileLists(package("one", file("/a")))), path));
+        std::vector<QByteArray> texts(1);
+        QString problem;
+        QVERIFY2(Metadata::readFileLists(path, {{"one", 0}}, texts, problem), qPrintable(problem));
+        QCOMPARE(texts[0], QByteArray("/a"));
+    }
+};
+
+QTEST_GUILESS_MAIN(MetadataTest)
+#include "MetadataTest.moc"

@@ -1,0 +1,227 @@
+#include "yumio/Metadata.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <memory>
+
+#include <QStringList>
+
+#include <archive.h>
+#include <archive_entry.h>
+#include <expat.h>
+
+namespace Metadata {
+
+namespace {
+
+using Archive = std::unique_ptr<archive, decltype(&archive_read_free)>;
+using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
+
+// What both kinds of file have in common: a list of package elements that are told apart by a checksum.
+class Reader
+{
+public:
+    Reader(const Wanted& wantedPackages, std::vector<QByteArray>& result)
+        : wanted(wantedPackages), texts(result), parser(XML_ParserCreate(nullptr), XML_ParserFree), place(-1),
+          collecting(false)
+    {
+        XML_SetUserData(parser.get(), this);
+        XML_SetElementHandler(parser.get(), start, end);
+        XML_SetCharacterDataHandler(parser.get(), characters);
+    }
+    virtual ~Reader() = default;
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    bool read(const QString& path, QString& problem)
+    {
+        const Archive file(archive_read_new(), archive_read_free);
+        archive_read_support_filter_all(file.get());
+        archive_read_support_format_raw(file.get());
+        archive_entry* entry = nullptr;
+        if (archive_read_open_filename(file.get(), path.toLocal8Bit().constData(), blockSize) != ARCHIVE_OK ||
+            archive_read_next_header(file.get(), &entry) != ARCHIVE_OK) {
+            problem = QString::fromLocal8Bit(archive_error_string(file.get()));
+            return false;
+        }
+        for (;;) {
+            void* buffer = XML_GetBuffer(parser.get(), blockSize);
+            const la_ssize_t count =
+                buffer != nullptr ? archive_read_data(file.get(), buffer, blockSize) : -1;
+            if (count < 0) {
+                problem = QString::fromLocal8Bit(archive_error_string(file.get()));
+                return false;
+            }
+            if (XML_ParseBuffer(parser.get(), static_cast<int>(count), count == 0) != XML_STATUS_OK) {
+                problem = QString::fromLatin1(XML_ErrorString(XML_GetErrorCode(parser.get())));
+                return false;
+            }
+            if (count == 0) {
+                return true;
+            }
+        }
+    }
+
+protected:
+    // An element inside a wanted package begins; true: its characters are wanted.
+    virtual bool begin(const char* name, const char** attributes) = 0;
+    // Its characters are all there.
+    virtual void take(const QByteArray& characters) = 0;
+    // The package is complete: its text.
+    virtual QByteArray finish() = 0;
+
+    static const char* value(const char** attributes, const char* name)
+    {
+        for (; *attributes != nullptr; attributes += 2) {
+            if (std::strcmp(attributes[0], name) == 0) {
+                return attributes[1];
+            }
+        }
+        return "";
+    }
+
+private:
+    static constexpr int blockSize = 1 << 18;
+
+    static void XMLCALL start(void* self, const char* name, const char** attributes)
+    {
+        auto* reader = static_cast<Reader*>(self);
+        if (std::strcmp(name, "package") == 0) {
+            const char* id = value(attributes, "pkgid");
+            reader->place =
+                reader->wanted.value(QByteArray::fromRawData(id, static_cast<int>(std::strlen(id))), -1);
+        } else if (reader->place >= 0) {
+            reader->collecting = reader->begin(name, attributes);
+            reader->collected.resize(0);
+        }
+    }
+
+    static void XMLCALL characters(void* self, const char* text, int length)
+    {
+        auto* reader = static_cast<Reader*>(self);
+        if (reader->collecting) {
+            reader->collected.append(text, length);
+        }
+    }
+
+    static void XMLCALL end(void* self, const char* name)
+    {
+        auto* reader = static_cast<Reader*>(self);
+        if (reader->collecting) {
+            reader->collecting = false;
+            reader->take(reader->collected);
+        } else if (reader->place >= 0 && std::strcmp(name, "package") == 0) {
+            reader->texts[static_cast<size_t>(reader->place)] = reader->finish();
+            reader->place = -1;
+        }
+    }
+
+    const Wanted& wanted;
+    std::vector<QByteArray>& texts;
+    Parser parser;
+    int place; // of the package being read; -1: it is not wanted
+    bool collecting;
+    QByteArray collected;
+};
+
+class FileListReader : public Reader
+{
+public:
+    using Reader::Reader;
+
+protected:
+    bool begin(const char* name, const char**) override { return std::strcmp(name, "file") == 0; }
+
+    void take(const QByteArray& path) override { paths.push_back(path); }
+
+    QByteArray finish() override
+    {
+        // From here on, the order of bytes may differ from that of the characters that the program sorts by.
+        const bool sortable = std::all_of(paths.begin(), paths.end(), [](const QByteArray& path) {
+            return std::all_of(path.begin(), path.end(),
+                               [](char byte) { return static_cast<unsigned char>(byte) < 0xee; });
+        });
+        if (sortable) {
+            std::sort(paths.begin(), paths.end());
+        } else {
+            std::sort(paths.begin(), paths.end(), [](const QByteArray& left, const QByteArray& right) {
+                return QString::fromUtf8(left) < QString::fromUtf8(right);
+            });
+        }
+        paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
+        QByteArray text;
+        for (const QByteArray& path : paths) {
+            if (!text.isEmpty()) {
+                text += '\n';
+            }
+            text += path;
+        }
+        paths.clear();
+        text.squeeze();
+        return text.isNull() ? QByteArray("") : text;
+    }
+
+private:
+    std::vector<QByteArray> paths;
+};
+
+class ChangeLogReader : public Reader
+{
+public:
+    using Reader::Reader;
+
+protected:
+    bool begin(const char* name, const char** attributes) override
+    {
+        if (std::strcmp(name, "changelog") != 0) {
+            return false;
+        }
+        const auto seconds = static_cast<time_t>(std::atoll(value(attributes, "date")));
+        std::tm day = {};
+        gmtime_r(&seconds, &day);
+        static const char* const weekdays[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+        static const char* const months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                             "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+        heading = QByteArray("* ") + weekdays[day.tm_wday] + ' ' + months[day.tm_mon] + ' ' +
+                  QByteArray::number(day.tm_mday) + ' ' + QByteArray::number(day.tm_year + 1900) + ' ' +
+                  value(attributes, "author") + '\n';
+        return true;
+    }
+
+    void take(const QByteArray& text) override { entries.push_back(heading + text); }
+
+    QByteArray finish() override
+    {
+        QByteArray text("");
+        for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+            if (!text.isEmpty()) {
+                text += "\n\n";
+            }
+            text += *entry;
+        }
+        entries.clear();
+        text.squeeze();
+        return text;
+    }
+
+private:
+    QByteArray heading;
+    std::vector<QByteArray> entries;
+};
+
+} // namespace
+
+bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
+                   QString& problem)
+{
+    return FileListReader(wanted, texts).read(path, problem);
+}
+
+bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
+                    QString& problem)
+{
+    return ChangeLogReader(wanted, texts).read(path, problem);
+}
+
+} // namespace Metadata
