@@ -6,10 +6,12 @@
 
 #include <memory>
 
+#include "app/base/Share.h"
 #include "services/HProgressBar.h"
 #include "services/LogWindow.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/ShownWindow.h"
+#include "tests/packagetable/Described.h"
 #include "widgets/Colors.h"
 #include "widgets/HMenu.h"
 
@@ -98,10 +100,13 @@ private:
         }
         return found;
     }
-    const QStringList usableWhileBusy{"&Windows", "&Log", "&Help", "&About"};
-    const QStringList usableWhenReady{
-        "&Program",       "&Quit",          "&Windows",  "&Log",  "&Repositories", "&Cache", "Clean dbcache",
-        "Clean Packages", "Clean Metadata", "Clean All", "&Help", "&About",        "table"};
+    const QStringList usableWhileBusy{"&Windows", "&Log", "&Help", "Manual (html)", "Manual (PDF)", "&About"};
+    const QStringList usableWhenReady{"&Program",       "&Quit",         "&Windows",
+                                      "&Log",           "&Repositories", "&Edit Configuration",
+                                      "&Cache",         "Clean dbcache", "Clean Packages",
+                                      "Clean Metadata", "Clean All",     "&Help",
+                                      "Manual (html)",  "Manual (PDF)",  "&About",
+                                      "table"};
 
     // Runs something that collects the packages, and in the middle of it something else.
     bool inTheMiddle(const std::function<void()>& collect, const std::function<void()>& meanwhile)
@@ -125,6 +130,7 @@ private:
     }
 
     void compareClean(const QString& entry, const char* method);
+    void compareManuals();
     void compareQuit(const std::function<void()>& quit);
 
 private Q_SLOTS:
@@ -140,7 +146,6 @@ private Q_SLOTS:
     void titleNamesTheMachine();
     void menusHaveTheirEntries();
     void menusCanBeTornOffAndTellMore();
-    void windowsThatDoNotExistYetCannotBeOpened();
     void filterRowHasItsTexts();
     void stateBoxGoesFromUpdatableToAll();
     void buttonsHaveTheirTextsAndToolTips();
@@ -208,6 +213,10 @@ private Q_SLOTS:
 
     // --- Other windows and the end
 
+    void currentPackageCanBeDescribed();
+    void describingEndsWithTheRow();
+    void manualsAreOpenedInOtherPrograms();
+    void manualsCanBeOpenedWhileItWorks();
     void shortcutOpensTheLog();
     void menuOpensTheLog();
     void aboutTellsTheVersion();
@@ -247,16 +256,6 @@ void MainWindowTest::menusCanBeTornOffAndTellMore()
         QVERIFY(menu != nullptr);
         QVERIFY(menu->isTearOffEnabled());
     }
-}
-
-void MainWindowTest::windowsThatDoNotExistYetCannotBeOpened()
-{
-    shown->start();
-    shown->click("tool", NameColumn);
-    QVERIFY(!shown->button("&Describe")->isEnabled());
-    QVERIFY(!shown->action("&Repositories", "&Edit Configuration")->isEnabled());
-    QVERIFY(!shown->action("&Help", "Manual (html)")->isEnabled());
-    QVERIFY(!shown->action("&Help", "Manual (PDF)")->isEnabled());
 }
 
 void MainWindowTest::filterRowHasItsTexts()
@@ -1007,6 +1006,72 @@ void MainWindowTest::failureHalfWayCollectsTheTable()
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(shown->marks(), QStringList());
     QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowTest::currentPackageCanBeDescribed()
+{
+    shown->start();
+    listEverything();
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+    for (const char* name : {"shell", "Games"}) {
+        shown->click(name, NameColumn);
+        QVERIFY(shown->button("&Describe")->isEnabled());
+        QString described;
+        QVERIFY(withDialog<Describe::Dialog>(
+            [this] { shown->press("&Describe"); },
+            [&described](Describe::Dialog& dialog) { described = dialog.findChild<QLabel*>()->text(); }));
+        QCOMPARE(described, QString(name));
+    }
+}
+
+void MainWindowTest::describingEndsWithTheRow()
+{
+    shown->start();
+    shown->click("tool", NameColumn);
+    QVERIFY(shown->button("&Describe")->isEnabled());
+    shown->filter("no such package");
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+    shown->filter("");
+    shown->click("tool", NameColumn);
+    QVERIFY(shown->button("&Describe")->isEnabled());
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+}
+
+void MainWindowTest::compareManuals()
+{
+    for (const char* name : {"webbrowser", "mimeviewer"}) {
+        QFile program(Share::absolute(name));
+        QVERIFY(program.open(QIODevice::WriteOnly));
+        program.write("#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.called\"\n");
+        program.close();
+        QVERIFY(program.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    }
+    const auto called = [](const char* name) {
+        QFile file(Share::absolute(name) + ".called");
+        return QTest::qWaitFor([&file] { return file.exists(); }) && file.open(QIODevice::ReadOnly)
+                   ? file.readAll()
+                   : QByteArray("(not started)");
+    };
+    shown->choose("&Help", "Manual (html)");
+    QCOMPARE(called("webbrowser"), QByteArray("/usr/share/doc/vyre/html/index.html\n"));
+    QVERIFY(!QFile::exists(Share::absolute("mimeviewer.called")));
+    shown->choose("&Help", "Manual (PDF)");
+    QCOMPARE(called("mimeviewer"), QByteArray("application/pdf\n/usr/share/doc/vyre/manual.pdf\n"));
+}
+
+void MainWindowTest::manualsAreOpenedInOtherPrograms()
+{
+    shown->start();
+    compareManuals();
+}
+
+void MainWindowTest::manualsCanBeOpenedWhileItWorks()
+{
+    shown->start();
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); }, [this] { compareManuals(); }));
+    QTRY_VERIFY(shown->isReady());
 }
 
 void MainWindowTest::shortcutOpensTheLog()

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/base/Share.h"
+#include "tests/packagetable/Described.h"
 #include "tests/packagetable/Table.h"
 #include "widgets/Colors.h"
 
@@ -66,6 +67,8 @@ private Q_SLOTS:
     void selectedInstalledRowsStayAsTheyAre();
     void clearingTakesAllActionsAway();
     void resetTellsTheViews();
+    void describingARowThatDoesNotExistOpensNothing();
+    void oneDialogDescribesEveryRow();
     void withoutBackEndTheTableIsEmpty();
 
 private:
@@ -469,6 +472,39 @@ void ModelTest::resetTellsTheViews()
     model->reset();
     QCOMPARE(before.count(), 1);
     QCOMPARE(after.count(), 1);
+}
+
+void ModelTest::describingARowThatDoesNotExistOpensNothing()
+{
+    QWidget window;
+    // These return, since there is nothing to wait for.
+    model->describe(QModelIndex(), &window);
+    model->browse(QModelIndex(), &window);
+    QVERIFY(window.findChildren<QDialog*>().isEmpty());
+}
+
+void ModelTest::oneDialogDescribesEveryRow()
+{
+    QWidget window;
+    QList<QDialog*> dialogs;
+    QStringList described;
+    const auto describe = [&](const char* name, QWidget* parent) {
+        QVERIFY(withDialog<Describe::Dialog>([&] { model->describe(cell(name, NameColumn), parent); },
+                                             [&](Describe::Dialog& dialog) {
+                                                 dialogs << &dialog;
+                                                 described << dialog.findChild<QLabel*>()->text();
+                                             }));
+    };
+    QWidget other;
+    describe("tool", &window);
+    describe("Games", &other);
+    QCOMPARE(described, (QStringList{"tool", "Games"}));
+    QCOMPARE(dialogs.at(0), dialogs.at(1));
+    QCOMPARE(dialogs.at(0)->parentWidget(), &window);
+    // It may go with its parent before the model does.
+    delete dialogs.takeFirst();
+    describe("shell", &other);
+    QCOMPARE(described.last(), QString("shell"));
 }
 
 void ModelTest::withoutBackEndTheTableIsEmpty()

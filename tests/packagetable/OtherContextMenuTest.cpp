@@ -5,6 +5,9 @@
 
 #include <memory>
 
+#include "app/base/Share.h"
+#include "repo/YumConfIO.h"
+#include "tests/packagetable/Described.h"
 #include "tests/packagetable/ShownTable.h"
 
 using namespace PackageTable;
@@ -18,9 +21,23 @@ private Q_SLOTS:
     void cleanupTestCase();
     void theRepositoryColumnAloneOffersToBrowse_data();
     void theRepositoryColumnAloneOffersToBrowse();
-    void withoutACellThereIsNothingToBrowse();
+    void withoutACellThereIsNothingToChoose();
+    void whatHasNoRepositoryCannotBeBrowsed_data();
+    void whatHasNoRepositoryCannotBeBrowsed();
+    void describeDescribesTheRow();
+    void browseOpensTheRepositoryOfTheRow();
+    void browseTellsOfARepositoryThatIsNotConfigured();
 
 private:
+    // Chooses an entry of the menu of a cell by the mouse. Returns when what it opens has been closed.
+    void choose(const QString& name, int column, const QString& text)
+    {
+        withMenu([this, name, column] { shown->click(name, column, Qt::RightButton); },
+                 [text](QMenu& menu) {
+                     QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier,
+                                       menu.actionGeometry(actionOf(menu, text)).center());
+                 });
+    }
     QStringList texts(const QPoint& place)
     {
         QStringList found;
@@ -64,11 +81,94 @@ void OtherContextMenuTest::theRepositoryColumnAloneOffersToBrowse()
     QCOMPARE(texts(shown->place("tool", column)), expected);
 }
 
-void OtherContextMenuTest::withoutACellThereIsNothingToBrowse()
+void OtherContextMenuTest::withoutACellThereIsNothingToChoose()
 {
     const QPoint below(shown->place("tool", RepositoryColumn).x(), shown->view->viewport()->height() - 10);
     QVERIFY(!shown->view->indexAt(below).isValid());
     QCOMPARE(texts(below), QStringList{"&Describe"});
+    QStringList offered;
+    withMenu([this, below] { shown->click(shown->view->viewport(), below, Qt::RightButton); },
+             [&offered](QMenu& menu) { offered = offeredIn(menu); });
+    QCOMPARE(offered, QStringList());
+}
+
+void OtherContextMenuTest::whatHasNoRepositoryCannotBeBrowsed_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("hasOne");
+    QTest::newRow("group") << "Games" << false;
+    QTest::newRow("installed") << "shell" << false;
+    QTest::newRow("update") << "tool" << true;
+    QTest::newRow("available") << "editor" << true;
+}
+
+void OtherContextMenuTest::whatHasNoRepositoryCannotBeBrowsed()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, hasOne);
+    QStringList expected{"&Describe"};
+    if (hasOne) {
+        expected << "Browse Repository";
+    }
+    QStringList offered;
+    withMenu([this, name] { shown->click(name, RepositoryColumn, Qt::RightButton); },
+             [&offered](QMenu& menu) { offered = offeredIn(menu); });
+    QCOMPARE(offered, expected);
+}
+
+void OtherContextMenuTest::describeDescribesTheRow()
+{
+    // The row under the pointer, which need not be the current one.
+    shown->click("editor", NameColumn);
+    QString described;
+    QWidget* parent = nullptr;
+    QVERIFY(withDialog<Describe::Dialog>([this] { choose("shell", NameColumn, "&Describe"); },
+                                         [&described, &parent](Describe::Dialog& dialog) {
+                                             described = dialog.findChild<QLabel*>()->text();
+                                             parent = dialog.parentWidget();
+                                         }));
+    QCOMPARE(described, QString("shell"));
+    QCOMPARE(parent, static_cast<QWidget*>(shown->view));
+}
+
+void OtherContextMenuTest::browseOpensTheRepositoryOfTheRow()
+{
+    const QString browser = Share::absolute("webbrowser");
+    QFile program(browser);
+    QVERIFY(program.open(QIODevice::WriteOnly));
+    program.write("#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.called\"\n");
+    program.close();
+    QVERIFY(program.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    YumConfIO conf(requests, session);
+    for (const char* id : {"base", "updates"}) {
+        Repo::Entry entry;
+        entry.id = QLatin1String(id);
+        entry.baseurl = QStringLiteral("http://%1/$releasever\nhttp://mirror/").arg(entry.id);
+        conf.entries.append(entry);
+    }
+    shown->model.setYumConfIO(&conf);
+    choose("tool", RepositoryColumn, "Browse Repository");
+    shown->model.setYumConfIO(nullptr);
+    QTRY_VERIFY(QFile::exists(browser + ".called"));
+    QFile called(browser + ".called");
+    QVERIFY(called.open(QIODevice::ReadOnly));
+    QCOMPARE(called.readAll(), QByteArray("http://updates/39\n"));
+}
+
+void OtherContextMenuTest::browseTellsOfARepositoryThatIsNotConfigured()
+{
+    QString text;
+    QWidget* parent = nullptr;
+    QVERIFY(withDialog<QMessageBox>([this] { choose("tool", RepositoryColumn, "Browse Repository"); },
+                                    [&text, &parent](QMessageBox& box) {
+                                        text = box.text();
+                                        parent = box.parentWidget();
+                                    }));
+    QCOMPARE(text, QString("There is no configured repository \"updates\""));
+    QCOMPARE(parent, static_cast<QWidget*>(shown->view));
 }
 
 QTEST_MAIN(OtherContextMenuTest)

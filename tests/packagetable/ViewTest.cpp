@@ -8,6 +8,7 @@
 
 #include "packagetable/ActionContextMenu.h"
 #include "packagetable/OtherContextMenu.h"
+#include "tests/packagetable/Described.h"
 #include "tests/packagetable/ShownTable.h"
 #include "widgets/Colors.h"
 
@@ -64,6 +65,7 @@ private Q_SLOTS:
     void noCellHasTheOtherMenu();
     void theHeaderHasNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
+    void describeDescribesTheCurrentRow();
     void menusAreMadeOnce();
 
 private:
@@ -562,6 +564,18 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
     QVERIFY(opened);
     QCOMPARE(offered, (QStringList{"&Remove", "&No Action"}));
     QCOMPARE(table->entry("shell").action, Package::None);
+}
+
+void ViewTest::describeDescribesTheCurrentRow()
+{
+    view->describe(); // there is none, so that this returns at once
+    QVERIFY(view->findChildren<QDialog*>().isEmpty());
+    shown->click("shell", NameColumn);
+    QString described;
+    QVERIFY(withDialog<Describe::Dialog>(
+        [this] { view->describe(); },
+        [&described](Describe::Dialog& dialog) { described = dialog.findChild<QLabel*>()->text(); }));
+    QCOMPARE(described, QString("shell"));
 }
 
 void ViewTest::menusAreMadeOnce()
