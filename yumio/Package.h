@@ -56,11 +56,11 @@ public:
     QByteArray searchTexts;
     QByteArray searchFiles;
     QByteArray searchChangeLog;
-    PyObject* pyObject;     // the script's package or group object: one strong reference
-    bool duplicate;         // a record of the same name and another bi-arch class is better
-    Entry* next;            // owned; installed versions of the same name and bi-arch class that came later
-    Action txAction;        // what the transaction being applied does to this record
-    bool local;             // while applying: the package file is in the local cache already, and valid
+    PyObject* pyObject; // the script's package or group object: one strong reference
+    bool duplicate;     // a record of the same name and another bi-arch class is better
+    Entry* next;        // owned; installed versions of the same name and bi-arch class that came later
+    Action txAction;    // what the transaction being applied does to this record
+    bool local;         // while applying: the package file is in the local cache already, and valid
 };
 
 // Owns its records.

@@ -11,6 +11,11 @@ inline QStringList told;
 
 inline void noteTold(QAccessibleEvent* event)
 {
+    // Only of what has a text are they told texts.
+    QAccessibleInterface* interface = event->accessibleInterface();
+    if (interface == nullptr || interface->textInterface() == nullptr) {
+        return;
+    }
     switch (event->type()) {
     case QAccessible::TextInserted:
         told << static_cast<QAccessibleTextInsertEvent*>(event)->textInserted();
@@ -25,6 +30,13 @@ inline void noteTold(QAccessibleEvent* event)
     default:
         break;
     }
+}
+
+// Whether they are told anything: a test program with an accessibility bus must be.
+inline bool toldAsExpected()
+{
+    const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");
+    return QAccessible::isActive() == expected && told.isEmpty() != expected;
 }
 
 // Everything that assistive programs find in a window.

@@ -33,8 +33,9 @@ private:
     {
         QStringList shown;
         QTimer answer;
-        connect(&answer, &QTimer::timeout, &answer, [this, &shown] {
+        connect(&answer, &QTimer::timeout, &answer, [this, &shown, &answer] {
             if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                answer.stop(); // the click lets time pass
                 shown << box->windowTitle() << box->text();
                 if (box->icon() != QMessageBox::Critical || box->parentWidget() != window.get()) {
                     shown << QStringLiteral("(not an error over the window)");
