@@ -9,6 +9,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -49,6 +50,26 @@ QString nodeName()
     utsname names;
     return uname(&names) == 0 ? QString::fromLocal8Bit(names.nodename) : QString();
 }
+
+// The key that opens the editor of repositories is one that edits take for themselves, to go to their end.
+class ExpressionEdit : public QLineEdit
+{
+public:
+    using QLineEdit::QLineEdit;
+
+protected:
+    bool event(QEvent* event) override
+    {
+        if (event->type() == QEvent::ShortcutOverride) {
+            const auto* key = static_cast<QKeyEvent*>(event);
+            if (key->key() == Qt::Key_E && key->modifiers() == Qt::ControlModifier) {
+                event->ignore();
+                return false;
+            }
+        }
+        return QLineEdit::event(event);
+    }
+};
 
 } // namespace
 
@@ -137,7 +158,7 @@ QBoxLayout* MainWindow::createFilterRow()
     connect(modeBox, SIGNAL(currentIndexChanged(int)), this, SLOT(modeChanged(int)));
     row->addWidget(modeBox);
 
-    regexpEdit = new QLineEdit(QStringLiteral(".*"));
+    regexpEdit = new ExpressionEdit(QStringLiteral(".*"));
     connect(regexpEdit, SIGNAL(returnPressed()), this, SLOT(filtersearch()));
     row->addWidget(regexpEdit, 1);
 

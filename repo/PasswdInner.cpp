@@ -1,33 +1,13 @@
 #include "repo/PasswdInner.h"
 
-#include <QAccessible>
-#include <QAccessibleWidget>
 #include <QKeyEvent>
 
 #include <algorithm>
 #include <iterator>
 
+#include "repo/PasswdAccessible.h"
+
 namespace {
-
-// Answers for the hidden widgets as for a widget without contents.
-QAccessibleInterface* accessibleWithoutText(const QString& className, QObject* object)
-{
-    auto* widget = qobject_cast<QWidget*>(object);
-    if (widget != nullptr && (className == QLatin1String("PasswdInnerLineEdit") ||
-                              className == QLatin1String("PasswdInnerTextEdit"))) {
-        return new QAccessibleWidget(widget, QAccessible::Client);
-    }
-    return nullptr;
-}
-
-void hideFromAssistivePrograms()
-{
-    static bool installed = false;
-    if (!installed) {
-        installed = true;
-        QAccessible::installFactory(accessibleWithoutText);
-    }
-}
 
 template <size_t Count>
 bool matchesOneOf(const QKeyEvent* event, const QKeySequence::StandardKey (&keys)[Count])
@@ -40,14 +20,14 @@ bool matchesOneOf(const QKeyEvent* event, const QKeySequence::StandardKey (&keys
 
 PasswdInnerLineEdit::PasswdInnerLineEdit(QWidget* parent) : QLineEdit(parent)
 {
-    hideFromAssistivePrograms();
+    PasswdAccessible::install();
     setFocusPolicy(Qt::NoFocus);
     hide();
 }
 
 PasswdInnerTextEdit::PasswdInnerTextEdit(QWidget* parent) : QTextEdit(parent)
 {
-    hideFromAssistivePrograms();
+    PasswdAccessible::install();
     setAcceptRichText(false);
     setFocusPolicy(Qt::NoFocus);
     hide();

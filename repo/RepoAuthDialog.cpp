@@ -12,6 +12,7 @@
 
 #include "app/base/Fonts.h"
 #include "repo/OneLineValidator.h"
+#include "repo/PasswdField.h"
 #include "repo/RepoEntry.h"
 #include "repo/RepoVantor.h"
 #include "widgets/HScrollArea.h"
@@ -37,15 +38,6 @@ QLabel* addLine(QGridLayout* grid, const QString& caption)
     grid->addWidget(makeLabel(caption), row, 0);
     grid->addWidget(value, row, 1);
     return value;
-}
-
-QLineEdit* makeField(const QString& toolTip)
-{
-    auto* field = new QLineEdit;
-    field->setMaxLength(std::numeric_limits<int>::max());
-    field->setValidator(new OneLineValidator(field));
-    field->setToolTip(toolTip);
-    return field;
 }
 
 } // namespace
@@ -83,12 +75,15 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
 
     auto* fields = new QGridLayout;
     authNameLabel = makeLabel();
-    authNameField =
-        makeField(tr("Authentication name for a repository using the vantor authentication method"));
+    authNameField = new QLineEdit;
+    authNameField->setMaxLength(std::numeric_limits<int>::max());
+    authNameField->setValidator(new OneLineValidator(authNameField));
+    authNameField->setToolTip(
+        tr("Authentication name for a repository using the vantor authentication method"));
     passwordLabel = makeLabel();
-    passwordField =
-        makeField(tr("Authentication password for a repository using the vantor authentication method"));
-    passwordField->setEchoMode(QLineEdit::Password);
+    passwordField = new PasswdField;
+    passwordField->setToolTip(
+        tr("Authentication password for a repository using the vantor authentication method"));
     fields->addWidget(authNameLabel, 0, 0);
     fields->addWidget(authNameField, 0, 1);
     fields->addWidget(passwordLabel, 1, 0);

@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "repo/OneLineValidator.h"
+#include "repo/PasswdField.h"
 #include "repo/PasswdLineEdit.h"
 #include "repo/PasswdTextEdit.h"
 #include "repo/PlainText.h"
@@ -106,8 +107,7 @@ QWidget* Config::createAuth(QWidget* parent)
         addField(grid, 0, 0, tr("Name"), authNameField,
                  tr("Authentication name for a repository using the vantor authentication method"));
 
-    passwordField = makeLineEdit(group);
-    passwordField->setEchoMode(QLineEdit::Password);
+    passwordField = new PasswdField(group);
     passwordLabel =
         addField(grid, 0, 2, tr("Password"), passwordField,
                  tr("Authentication password for a repository using the vantor authentication method"));

@@ -3,9 +3,29 @@
 #include <utility>
 
 #include <QMutexLocker>
+#include <QRegularExpression>
 #include <QStringList>
 
 namespace Log {
+
+namespace {
+
+// What fetches files tells the URLs that failed, and some have passwords in them: in a query of the vantor
+// scheme, of which the path may have been put before the query, or before the host.
+QString withoutPasswords(QString message)
+{
+    if (!message.contains(QLatin1String("://"))) {
+        return message;
+    }
+    static const QRegularExpression inQuery(
+        QStringLiteral("(/vantor[^\\s?]*\\?[^\\s&]*&[^\\s&=]*=)[^\\s&]+(?=&path=)"));
+    static const QRegularExpression beforeHost(QStringLiteral("(://[^/\\s:@]*:)[^/\\s@]+(?=@)"));
+    // Of any password the same: not even its length is anyone's business.
+    const QString hidden = QStringLiteral("\\1") + QString(3, QChar(0x25cf));
+    return message.replace(inQuery, hidden).replace(beforeHost, hidden);
+}
+
+} // namespace
 
 Entry::Entry(Kind entryKind, unsigned int entryLevel, QString entryText)
     : kind(entryKind), level(entryLevel), text(std::move(entryText))
@@ -16,7 +36,7 @@ void EntryList::appendMessage(Kind kind, unsigned int level, const QString& mess
 {
     {
         QMutexLocker locker(this);
-        for (const QString& line : message.split(QLatin1Char('\n'))) {
+        for (const QString& line : withoutPasswords(message).split(QLatin1Char('\n'))) {
             if (!line.isEmpty()) {
                 append(Entry(kind, level, line));
             }

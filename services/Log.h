@@ -41,8 +41,8 @@ class EntryList : public QObject, public QList<Entry>, public QMutex
 public:
     EntryList() = default;
 
-    // Appends a message, one entry for every line of it that is not empty, and tells the readers. Any thread;
-    // the list must not be locked.
+    // Appends a message, one entry for every line of it that is not empty, and tells the readers. Passwords
+    // in URLs are hidden. Any thread; the list must not be locked.
     void appendMessage(Kind kind, unsigned int level, const QString& message);
 
     // Tells the readers that there are new entries. Any thread; the list must not be locked.

@@ -365,7 +365,7 @@ void ExecuteTest::aFailedForkIsShown()
     QMessageBox::StandardButtons buttons;
     QTimer answer;
     connect(&answer, &QTimer::timeout, &answer, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
             title = box->windowTitle();
             text = box->text();
             parent = box->parentWidget();
@@ -395,7 +395,7 @@ void ExecuteTest::aFailedSecondForkIsToldToStandardError()
         bool shown = false;
         QTimer answer;
         connect(&answer, &QTimer::timeout, &answer, [&shown] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
                 shown = true;
                 QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
             }

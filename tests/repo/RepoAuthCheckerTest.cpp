@@ -75,9 +75,15 @@ private:
                 return;
             }
             const QScopedValueRollback<bool> guard(answering, true);
+            // A click while the window only gets the focus is lost.
             QWidget* modal = QApplication::activeModalWidget();
+            if (modal == nullptr || modal != QApplication::activeWindow()) {
+                return;
+            }
             if (auto* box = qobject_cast<QMessageBox*>(modal)) {
-                boxes << box->text();
+                if (boxes.isEmpty() || boxes.last() != box->text()) {
+                    boxes << box->text();
+                }
                 QTest::mouseClick(
                     box->button(box->standardButtons() & QMessageBox::No ? QMessageBox::No : QMessageBox::Ok),
                     Qt::LeftButton);

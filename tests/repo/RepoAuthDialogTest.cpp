@@ -38,7 +38,7 @@ private Q_SLOTS:
     void theNextRepositoryBeginsAnew();
     void credentialsAreEncoded();
     void pastedLineBreaksAreDropped();
-    void thePasswordStandsNowhereInClear();
+    void assistiveProgramsAreNotToldThePassword();
 
 private:
     int run(const std::function<void()>& use)
@@ -333,7 +333,7 @@ void RepoAuthDialogTest::pastedLineBreaksAreDropped()
     QCOMPARE(entry.mirrorlist, QStringLiteral("http://m/vantor?user=&word=secret&path=/l"));
 }
 
-void RepoAuthDialogTest::thePasswordStandsNowhereInClear()
+void RepoAuthDialogTest::assistiveProgramsAreNotToldThePassword()
 {
     told.clear();
     QStringList texts;

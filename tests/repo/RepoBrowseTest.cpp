@@ -34,8 +34,8 @@ private:
         QStringList shown;
         QTimer answer;
         connect(&answer, &QTimer::timeout, &answer, [this, &shown, &answer] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-                answer.stop(); // the click lets time pass
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
+                answer.stop(); // a click lets the time pass
                 shown << box->windowTitle() << box->text();
                 if (box->icon() != QMessageBox::Critical || box->parentWidget() != window.get()) {
                     shown << QStringLiteral("(not an error over the window)");

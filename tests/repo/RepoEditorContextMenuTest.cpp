@@ -102,7 +102,7 @@ void RepoEditorContextMenuTest::browseHasItsMessageOverTheView()
     QString text;
     QTimer answer;
     connect(&answer, &QTimer::timeout, &answer, [&parent, &text] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
             parent = box->parentWidget();
             text = box->text();
             QTest::keyClick(box, Qt::Key_Return);

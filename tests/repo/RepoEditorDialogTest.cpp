@@ -139,12 +139,22 @@ private:
     {
         QList<ShownBox> seen;
         QTimer timer;
-        connect(&timer, &QTimer::timeout, &timer, [&seen, button] {
+        QPointer<QMessageBox> last;
+        bool answering = false;
+        connect(&timer, &QTimer::timeout, &timer, [&seen, &last, &answering, button] {
+            // A click lets the time pass, and may be lost.
+            if (answering) {
+                return;
+            }
+            const QScopedValueRollback<bool> guard(answering, true);
             auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
             if (box == nullptr || QApplication::activeWindow() != box) {
                 return;
             }
-            seen.append({box->windowTitle(), box->text(), box->parentWidget()});
+            if (last != box) {
+                last = box;
+                seen.append({box->windowTitle(), box->text(), box->parentWidget()});
+            }
             for (QAbstractButton* each : box->buttons()) {
                 if (each->text() == QLatin1String(button)) {
                     QTest::mouseClick(each, Qt::LeftButton);

@@ -1,0 +1,18 @@
+// A line edit for a password.
+//
+// Graphical thread; owned by its Qt parent.
+
+#ifndef REPO_PASSWDFIELD_H
+#define REPO_PASSWDFIELD_H
+
+#include <QLineEdit>
+
+class PasswdField : public QLineEdit
+{
+    Q_OBJECT
+
+public:
+    explicit PasswdField(QWidget* parent = nullptr);
+};
+
+#endif

@@ -1,0 +1,279 @@
+#!/usr/bin/python3
+"""Repositories that want a name and a password in their URLs."""
+import editing
+from editing import SESSION, EditingTest, Editor
+from journey import driver, wait_for
+from vantor import VantorServer
+
+TITLE = 'VYRE Authentication'
+HEADING = 'Some configured repositories require authentication'
+
+NAME = 'a b&c'
+PASSWORD = 's3:cr@t %41+&/x'
+ENCODED_NAME = 'a%20b%26c'
+ENCODED_PASSWORD = 's3%3acr%40t%20%2541%2b%26%2fx'
+HIDDEN = '●'
+
+
+class CredentialsTest(EditingTest):
+
+    # The hosts of the repositories; both names are of this machine.
+    HOSTS = {'one': '127.0.0.1', 'two': 'localhost', 'three': '127.0.0.1'}
+
+    def setUp(self):
+        super().setUp()
+        self.server = VantorServer(self.sandbox.repository('sandbox-disabled').rpartition('/')[0], {NAME: PASSWORD})
+        self.addCleanup(self.server.stop)
+
+    def configuration(self, *filled, identifiers=('one', 'two', 'three')):
+        """The text of the file in which the credentials of these repositories stand."""
+        return '\n'.join(
+            '[{0}]\nname=Number {0}\nbaseurl={1}\nenabled=1\ngpgcheck=0\nskip_if_unavailable=1\nretries=1\n'.format(
+                identifier, self.url(identifier, *(ENCODED_NAME, ENCODED_PASSWORD) if identifier in filled else ()))
+            for identifier in identifiers)
+
+    def url(self, identifier, name='', password=''):
+        # Each has a path of its own to the same packages.
+        path = {'one': '/', 'two': '/./', 'three': '/././'}[identifier] + 'sandbox-disabled'
+        return self.server.url(path, name, password, self.HOSTS[identifier])
+
+    def configure(self, *filled, **options):
+        self.write_repo('vantor.repo', self.configuration(*filled, **options))
+        self.before_files = self.files()
+
+    def check_file(self, *filled, **options):
+        """Nothing but the credentials of these repositories has changed."""
+        files = dict(self.before_files)
+        files[self.repo_path('vantor.repo')] = self.configuration(*filled, **options).encode()
+        self.assertEqual(self.files(), files)
+
+    def check_reached(self, *identifiers):
+        """All that was asked of the server was asked for these repositories, and was answered."""
+        self.assertEqual({(host, name, password, status) for host, _, name, password, status in self.server.requests},
+                         {(self.HOSTS[identifier], NAME, PASSWORD, 200) for identifier in identifiers})
+
+    def asked(self, program, identifier):
+        """The dialog that asks for this repository."""
+        dialog = program.window(TITLE)
+        wait_for(lambda: identifier in dialog.labels(), 'the question about ' + identifier)
+        dialog.wait_settled()
+        return dialog
+
+    def field(self, dialog, password=False):
+        return dialog.find(driver.pyatspi.ROLE_PASSWORD_TEXT if password else driver.pyatspi.ROLE_TEXT)
+
+    def answer(self, program, identifier, button, name=NAME, password=PASSWORD):
+        dialog = self.asked(program, identifier)
+        # The name has the focus.
+        driver.type_text(name)
+        wait_for(lambda: driver.text_of(self.field(dialog)) == name, 'the name')
+        driver.key('Tab')
+        driver.type_text(password)
+        shown = HIDDEN * len(password)
+        wait_for(lambda: any('={}&path='.format(shown) in label for label in dialog.labels()), 'the masked URL')
+        self.check_secret(program)
+        dialog.click_button(button)
+
+    def check_secret(self, program):
+        """The password can be read nowhere."""
+        for text in editing.readable(program):
+            for secret in (PASSWORD, ENCODED_PASSWORD):
+                self.assertNotIn(secret, text or '')
+
+    def listed(self, program):
+        window = program.ready()
+        window.show_all()
+        return window
+
+
+class AskedTest(CredentialsTest):
+
+    def test_credentials_are_asked_for_and_kept(self):
+        self.configure(identifiers=['one'])
+        with self.program() as program:
+            dialog = self.asked(program, 'one')
+            self.assertEqual(self.server.requests, [])
+            labels = dialog.labels()
+            for text in (HEADING, 'one', 'Number one', self.url('one'), 'user', 'secret'):
+                self.assertIn(text, labels)
+            self.assertEqual(dialog.buttons(), ['Quit', 'Disable for Session', 'Skip All', 'Apply to All',
+                                                'Apply to All with this Host', 'OK'])
+            self.answer(program, 'one', 'OK')
+            window = self.listed(program)
+            self.check_listed(window, ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola'])
+            self.check_reached('one')
+            self.check_file('one', identifiers=['one'])
+            window.mark_listed('hidden-gem')
+            self.carry_out(window)
+            self.check_changed(new=['hidden-gem-1.0-1.noarch'])
+            self.check_reached('one')
+
+            # Nor is it told by any other window.
+            editor = self.edit(window)
+            form = editor.form('Edit', 'one')
+            self.assertEqual(form.value('URLs'), self.url('one', ENCODED_NAME, HIDDEN * len(ENCODED_PASSWORD)))
+            self.assertEqual(form.value('user'), NAME)
+            self.check_secret(program)
+            form.close('Cancel')
+            editor.close('OK')
+            window.mark_listed('zither')
+            window.click_button('Describe')
+            description = program.window('VYRE Package Description')
+            description.click_button('Details')
+            details = program.window('VYRE Repository Description')
+            self.assertIn(self.url('one', ENCODED_NAME, HIDDEN * len(ENCODED_PASSWORD)), details.labels())
+            self.check_secret(program)
+            details.click_button('Close')
+            program.no_window(details.title)
+            description.click_button('Close')
+            program.no_window(description.title)
+            driver.key('ctrl+l')
+            log = program.window('VYRE Log')
+            self.check_secret(program)
+            log.click_button('Close')
+            program.no_window('VYRE Log')
+            self.quit(window)
+            self.assertNotIn(PASSWORD, program.stdout() + program.stderr())
+        # The next run does not ask.
+        with self.program() as program:
+            self.quit(program.ready())
+        self.check_reached('one')
+
+    def test_applied_to_all(self):
+        self.configure()
+        with self.program() as program:
+            self.answer(program, 'one', 'Apply to All')
+            self.quit(program.ready())
+        self.check_reached('one', 'two', 'three')
+        self.check_file('one', 'two', 'three')
+
+    def test_applied_to_one_host(self):
+        self.configure()
+        with self.program() as program:
+            self.answer(program, 'one', 'Apply to All with this Host')
+            # The third one is of the first one's host.
+            self.answer(program, 'two', 'OK')
+            self.quit(program.ready())
+        self.check_reached('one', 'two', 'three')
+        self.check_file('one', 'two', 'three')
+
+    def check_skipped(self, skip):
+        self.configure()
+        with self.program() as program:
+            self.answer(program, 'one', 'OK')
+            self.asked(program, 'two')
+            skip()
+            window = self.listed(program)
+            self.check_listed(window, ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola'])
+            self.check_file('one')
+            self.quit(window)
+        self.assertEqual({request[2:] for request in self.server.requests}, {(NAME, PASSWORD, 200), ('', '', 403)})
+
+    def test_skipped_by_escape(self):
+        self.check_skipped(lambda: driver.key('Escape'))
+
+    def test_skipped_by_the_window_manager(self):
+        self.check_skipped(lambda: driver.key('alt+F4'))
+
+    def test_skip_all_changes_nothing(self):
+        self.configure()
+        with self.program() as program:
+            self.asked(program, 'one').click_button('Skip All')
+            window = self.listed(program)
+            self.check_listed(window, ['abacus-cli', 'hedgerow', 'pergola'])
+            self.check_file()
+            self.quit(window)
+
+    def test_disabled_for_the_session(self):
+        self.configure()
+        with self.program() as program:
+            self.asked(program, 'one').click_button('Disable for Session')
+            self.answer(program, 'two', 'OK')
+            self.asked(program, 'three').click_button('Disable for Session')
+            window = self.listed(program)
+            self.check_listed(window, ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola'])
+            self.check_reached('two')
+            self.check_file('two')
+            editor = self.edit(window)
+            for identifier, on in (('one', False), ('two', True), ('three', False)):
+                editor.wait_on(on, identifier, SESSION)
+            # Once one of them is to be used after all, its credentials are asked for.
+            editor.toggle('one', SESSION)
+            editor.click_button('OK')
+            self.answer(program, 'one', 'OK')
+            window.wait_ready()
+            self.check_reached('one', 'two')
+            self.check_file('one', 'two')
+            self.quit(window)
+
+    def test_quit(self):
+        self.configure()
+        with self.program() as program:
+            self.asked(program, 'one').click_button('Quit')
+            self.check_ended(program)
+        self.check_file()
+        self.assertEqual(self.server.requests, [])
+        self.check_unchanged()
+
+    def test_quit_after_an_answer_keeps_it(self):
+        self.configure()
+        with self.program() as program:
+            self.answer(program, 'one', 'OK')
+            self.asked(program, 'two').click_button('Quit')
+            self.check_ended(program)
+        self.check_file('one')
+        self.assertEqual(self.server.requests, [])
+
+    def test_unused_repositories_are_not_asked_about(self):
+        self.configure()
+        with self.program('--disablerepo=t*', '--disablerepo=one') as program:
+            self.quit(program.ready())
+        self.check_file()
+        self.assertEqual(self.server.requests, [])
+
+    def test_editor_at_the_start(self):
+        self.configure()
+        with self.program('-r') as program:
+            editor = Editor(program)
+            editor.toggle('two', SESSION)
+            editor.click_button('OK')
+            self.answer(program, 'one', 'Apply to All')
+            self.quit(program.ready())
+        self.check_reached('one', 'three')
+        self.check_file('one', 'three')
+
+
+class WrongTest(CredentialsTest):
+
+    def test_wrong_password_is_not_told_by_the_message(self):
+        self.server.users = {NAME: 'another one'}
+        # Without the options that make a repository dispensable.
+        self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
+        with self.program() as program:
+            self.answer(program, 'one', 'OK')
+            dialog = program.window('VYRE Yum Error')
+            texts = wait_for(lambda: [text for text in editing.readable(program) if text and '403' in text],
+                             'the message')
+            self.assertTrue(any('/vantor' in text and 'user=' + ENCODED_NAME in text for text in texts), texts)
+            self.check_secret(program)
+            self.close_dialog(program, dialog)
+            window = program.ready()
+            log = self.read_log(window)
+            self.assertIn('403', log)
+            self.assertNotIn(ENCODED_PASSWORD, log)
+            # The editor is the place to mend it.
+            self.server.users = {NAME: 'right'}
+            editor = self.edit(window)
+            form = editor.form('Edit', 'one')
+            form.set('secret', 'right', shown=driver.text_of(form.field('secret')))
+            wait_for(lambda: '=●●●●●&path=' in form.value('URLs'), 'the masked URL')
+            form.close('OK')
+            editor.close('OK')
+            window.show_all()
+            self.check_listed(window, ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola'])
+            self.assertIn(self.url('one', ENCODED_NAME, 'right'), self.read_repo('vantor.repo'))
+            self.quit(window)
+
+
+if __name__ == '__main__':
+    editing.main()

@@ -1,0 +1,326 @@
+#!/usr/bin/python3
+"""Packages and groups are described, and the pages of repositories opened."""
+import glob
+import os
+import shutil
+
+import editing
+from editing import EditingTest
+from journey import driver, wait_for
+
+TITLE = 'VYRE Package Description'
+MARKUP = '<b>bold</b><script>alert(1)</script> & <img src=x>'
+
+
+class DescriptionTest(EditingTest):
+
+    def select(self, window, name):
+        """List one package or group alone, and select it."""
+        window.set_filter('^' + name + '( |$)')
+        wait_for(lambda: set(window.names()) == {name}, name + ' alone')
+        window.select_first()
+
+    def describe(self, window, name):
+        self.select(window, name)
+        window.click_button('Describe')
+        return self.opened_description(window)
+
+    def opened_description(self, window):
+        dialog = window.program.window(TITLE)
+        dialog.wait_settled()
+        return dialog
+
+    def close_description(self, window, dialog):
+        dialog.click_button('Close')
+        window.program.no_window(TITLE)
+
+    def menu(self, window, name, column, choice):
+        """Open the menu of a cell; choose an item by its number, from 0."""
+        before = window.program.popups()
+        driver.click(window.visible_cell(name, column), button=3)
+        wait_for(lambda: window.program.popups() > before, 'the menu of ' + name)
+        driver.key(*['Down'] * (choice + 1))
+        window.press_in_menu('Return')
+
+    def pairs(self, dialog, begin):
+        """What follows the heading with this text: label -> value."""
+        labels = dialog.labels()
+        labels = labels[labels.index(begin) + 1:]
+        return dict(zip(labels[::2], labels[1::2]))
+
+    def check_pairs(self, dialog, begin, **wanted):
+        found = self.pairs(dialog, begin)
+        self.assertEqual({name: found.get(name.replace('_', ' ')) for name in wanted}, wanted)
+
+
+class ContentTest(DescriptionTest):
+
+    def test_available_package(self):
+        with self.opened() as window:
+            self.assertFalse(driver.enabled(window.button('Describe')))
+            dialog = self.describe(window, 'orchard')
+            self.assertEqual(dialog.labels()[:2], ['orchard', 'Available for installation'])
+            self.check_pairs(dialog, 'Available for installation', Kind='Ordinary package', Version='3.0-1',
+                             Repository='sandbox-http', Architecture='x86_64', Summary='Photo collection',
+                             Recommends='orchard-plugins', Suggests='orchard-samples',
+                             Requires='(orchard-lang if lexicon-en)\nlibbough >= 1.1\nsetup')
+            self.assertEqual(dialog.buttons(), ['Close', 'Details', 'Show', 'Show'])
+            # What there is nothing to say about is left out.
+            for label in ('Install Time', 'Relocations', 'Conflicts', 'Obsoletes', 'URL'):
+                self.assertNotIn(label, dialog.labels())
+            dialog.click_button('Show')
+            files = window.program.window('orchard 3.0-1 File List')
+            text = driver.text_of(files.find(driver.pyatspi.ROLE_TEXT))
+            self.assertEqual(text.split(), ['/usr/bin/orchard', '/usr/share/doc/orchard', '/usr/share/doc/orchard/README']
+                             if '/usr/share/doc/orchard\n' in text else
+                             ['/usr/bin/orchard', '/usr/share/doc/orchard/README'])
+            files.click_button('Close')
+            window.program.no_window(files.title)
+            dialog.click_button('Details')
+            details = window.program.window('VYRE Repository Description')
+            self.assertEqual(details.labels(), ['sandbox-http', 'Name', 'Sandbox, by HTTP', 'URLs',
+                                                self.sandbox.server.url + '/sandbox-http/'])
+            details.click_button('Close')
+            window.program.no_window(details.title)
+            self.close_description(window, dialog)
+
+    def test_several_installed_versions_by_the_menu(self):
+        with self.opened() as window:
+            window.set_filter('^kernel ')
+            window.wait_names(['kernel'])
+            self.menu(window, 'kernel', driver.NAME, 0)
+            dialog = self.opened_description(window)
+            labels = dialog.labels()
+            self.check_pairs(dialog, 'Available for update', Version='6.1.31-1', Repository='sandbox-updates')
+            short = {'Architecture': 'x86_64', 'Size': '34b', 'Build Time': 'Tue Sep 12 09:00:00 2023',
+                     'Packager': 'Larkspur Packagers <packages@larkspur.example>'}
+            first = labels.index('Installed')
+            expected = []
+            for version in ('6.1.25-1', '6.1.20-1'):
+                expected += ['Installed', 'Version', version] + [text for pair in short.items() for text in pair]
+            self.assertEqual(labels[first:], expected)
+            self.close_description(window, dialog)
+
+    def test_installed_package(self):
+        with self.opened() as window:
+            dialog = self.describe(window, 'gallivant')
+            self.check_pairs(dialog, 'Installed', Repository='@System', Relocations='/opt/gallivant',
+                             URL='https://larkspur.example/gallivant', Vendor='Wander Works')
+            self.assertIn('Install Time', dialog.labels())
+            # The local database has no page to open.
+            self.assertEqual(dialog.buttons(), ['Close', 'Show', 'Show'])
+            buttons = dialog.find_all(driver.pyatspi.ROLE_PUSH_BUTTON)
+            driver.click(buttons[2])
+            log = window.program.window('gallivant 1.0-1 Change Log')
+            text = driver.text_of(log.find(driver.pyatspi.ROLE_TEXT))
+            for part in ('Ada Winterbourne', 'Jorge Peñalver', '- Initial package'):
+                self.assertIn(part, text)
+            log.click_button('Close')
+            window.program.no_window(log.title)
+            self.close_description(window, dialog)
+
+    def test_group_and_suite(self):
+        with self.opened(groups=True) as window:
+            dialog = self.describe(window, 'Arts')
+            self.assertEqual(dialog.labels(), [
+                'Arts', 'Installed', 'Kind', 'Group of packages', 'Mandatory Packages', 'easel', 'Default Packages',
+                'palette-knife', 'Optional Packages', 'brushwork\nvarnish-coat'])
+            self.assertEqual(dialog.buttons(), ['Close'])
+            self.close_description(window, dialog)
+            dialog = self.describe(window, 'vyre-games-suite')
+            self.check_pairs(dialog, 'Available for installation', Kind='Suite of packages',
+                             Requires='hedgerow\norrery\npebble-go')
+            self.close_description(window, dialog)
+
+    def test_markup_is_shown_as_characters(self):
+        with self.opened() as window:
+            dialog = self.describe(window, 'tagsoup')
+            self.check_pairs(
+                dialog, 'Available for installation', Summary='Shows ' + MARKUP,
+                Description='Literal markup: {}\n\n<h1>Not a heading</h1> &amp; not an ampersand'.format(MARKUP),
+                Group='<u>Under</u>/Lined', License='MIT & <i>others</i>', Vendor='Angle <b>Brackets</b> & Sons',
+                Packager='<script>alert(2)</script> <tags@larkspur.example>')
+            driver.click(dialog.find_all(driver.pyatspi.ROLE_PUSH_BUTTON)[3])
+            log = window.program.window('tagsoup 1.0-1 Change Log')
+            text = driver.text_of(log.find(driver.pyatspi.ROLE_TEXT))
+            self.assertIn(MARKUP, text)
+            self.assertIn('100% of &lt;entities&gt; are kept as they are', text)
+            log.click_button('Close')
+            window.program.no_window(log.title)
+            # With markup a text would be shorter than the characters that it is made of.
+            label = next(label for label in dialog.find_all(driver.pyatspi.ROLE_LABEL)
+                         if label.name == 'Shows ' + MARKUP)
+            self.copy(label)
+            self.close_description(window, dialog)
+            self.check_pasted(window, 'Shows ' + MARKUP)
+
+    # Copying
+
+    def copy(self, label):
+        """Select all of a value and copy it, by mouse and keyboard."""
+        x, y, _, _ = driver.rectangle(label)
+        driver.click_at(x + 10, y + 8)
+        driver.key('ctrl+a')
+        driver.key('ctrl+c')
+
+    def check_pasted(self, window, text):
+        edit = window.edit()
+        driver.click(edit)
+        driver.key('ctrl+a')
+        driver.key('ctrl+v')
+
+        def look():
+            found = driver.text_of(edit)
+            if found != text:
+                raise AssertionError(found)
+            return True
+        wait_for(look, 'the copied text', 20)
+
+    def test_long_value_is_selected_and_copied(self):
+        with self.opened() as window:
+            dialog = self.describe(window, 'longwinded')
+            label = next(label for label in dialog.find_all(driver.pyatspi.ROLE_LABEL)
+                         if label.name.startswith('Paragraph 1.'))
+            text = label.name
+            self.assertIn('Paragraph 400.', text)
+            self.assertEqual(text, self.sandbox_description('longwinded'))
+            # All of it can be reached by scrolling, and the window is not higher than the screen for it.
+            self.assertGreater(driver.rectangle(label)[3], 4000)
+            self.assertLess(driver.rectangle(dialog.accessible)[3], 900)
+            self.copy(label)
+            self.close_description(window, dialog)
+            # An edit of one line takes as many characters, with blanks or another sign for the line feeds.
+            edit = window.edit()
+            driver.click(edit)
+            driver.key('ctrl+a')
+            driver.key('ctrl+v')
+            wait_for(lambda: driver.text_of(edit).startswith('Paragraph 1. Whoever'), 'the copied text', 20)
+            pasted = driver.text_of(edit)
+            self.assertGreater(len(pasted), 30000)
+            self.assertEqual([word for word in pasted.replace('\u2028', ' ').split()][:5000],
+                             text.split()[:5000])
+
+    def sandbox_description(self, name):
+        path = glob.glob(os.path.join(self.sandbox.repository('sandbox-http'), name + '-*.rpm'))[0]
+        return self.sandbox.rpm('-qp', '--nosignature', '--queryformat', '%{DESCRIPTION}', path)
+
+    # Closing
+
+    def test_closing(self):
+        with self.opened() as window:
+            for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
+                                ('gallivant', lambda dialog: driver.key('Escape')),
+                                ('parrot', lambda dialog: driver.key('Return')),
+                                ('kernel', lambda dialog: driver.key('alt+F4')),
+                                ('orchard', lambda dialog: dialog.click_button('Close'))):
+                dialog = self.describe(window, name)
+                self.assertEqual(dialog.labels()[0], name)
+                # The windows behind it have to wait.
+                driver.key('ctrl+q')
+                close(dialog)
+                window.program.no_window(TITLE)
+                self.assertEqual(window.program.titles(), [driver.main_title()])
+            self.check_usable(window)
+
+
+class BrowsingTest(DescriptionTest):
+    """Another program opens the page of a repository."""
+
+    def setUp(self):
+        super().setUp()
+        share = os.path.join(self.scratch, 'share')
+        shutil.copytree(driver.SHARE, share)
+        self.record = os.path.join(self.scratch, 'opened')
+        self.browser = os.path.join(share, 'webbrowser')
+        with open(self.browser, 'w') as stream:
+            stream.write('#!/bin/sh\nfor argument; do echo "$argument"; done >"{0}.new"\nmv "{0}.new" "{0}"\n'.format(
+                self.record))
+        os.chmod(self.browser, 0o755)
+        self.environment = {'VYRESHARE': share}
+
+    def check_browsed(self, program, url):
+        """The program for it was called once, with this URL alone; nothing of it is left."""
+        wait_for(lambda: os.path.exists(self.record), 'the call', 20)
+        with open(self.record) as stream:
+            self.assertEqual(stream.read(), url + '\n')
+        os.unlink(self.record)
+        self.assertEqual(self.children(program), [])
+
+    def children(self, program):
+        """The processes, dead or alive, that the program has to wait for."""
+        found = []
+        for path in glob.glob('/proc/[0-9]*/stat'):
+            try:
+                with open(path) as stat:
+                    fields = stat.read().rpartition(')')[2].split()
+            except OSError:
+                continue
+            if int(fields[1]) == program.process.pid:
+                found.append(path)
+        return found
+
+    def test_from_the_table_and_from_a_description(self):
+        url = self.sandbox.server.url + '/sandbox-http/'
+        with self.program(environment=self.environment) as program:
+            window = program.ready()
+            window.show_all()
+            window.set_filter('^orchard ')
+            window.wait_names(['orchard'])
+            self.menu(window, 'orchard', driver.REPOSITORY, 1)
+            self.check_browsed(program, url)
+            dialog = self.describe(window, 'orchard')
+            dialog.click_button('Details')
+            details = program.window('VYRE Repository Description')
+            for _ in range(3):
+                details.click_button('Browse Repository')
+                self.check_browsed(program, url)
+            details.click_button('Close')
+            program.no_window(details.title)
+            self.close_description(window, dialog)
+            self.quit(window)
+
+    def test_from_the_editor(self):
+        self.write_repo('pages.repo',
+                        '[a-several]\nbaseurl=http://127.0.0.1:9/$releasever/$basearch/$arch/\n  http://127.0.0.1:9/b\n'
+                        'enabled=0\n\n[b-mirrors]\nmirrorlist=http://127.0.0.1:9/list?a=b&c=d\nenabled=0\n\n'
+                        '[c-nothing]\nname=No URL\nenabled=0\n')
+        with self.program(environment=self.environment) as program:
+            window = program.ready()
+            editor = self.edit(window)
+            for identifier, url in (('a-several', 'http://127.0.0.1:9/9/x86_64/x86_64/'),
+                                    ('b-mirrors', 'http://127.0.0.1:9/list?a=b&c=d')):
+                editor.select(identifier)
+                editor.click_button('Browse Repository')
+                self.check_browsed(program, url)
+            editor.select('c-nothing')
+            editor.click_button('Browse Repository')
+            self.check_message(program, 'Error', 'Repository configuration has no URL')
+            # The menu of a row does the same.
+            before = program.popups()
+            driver.click(editor.cell('a-several', editing.NAME), button=3)
+            wait_for(lambda: program.popups() > before, 'the menu')
+            driver.key('Down', 'Down', 'Return')
+            self.check_browsed(program, 'http://127.0.0.1:9/9/x86_64/x86_64/')
+            editor.close('OK')
+            self.quit(window)
+
+    def test_program_is_not_there(self):
+        os.unlink(self.browser)
+        with self.program(environment=self.environment) as program:
+            window = program.ready()
+            window.show_all()
+            window.set_filter('^orchard ')
+            window.wait_names(['orchard'])
+            self.menu(window, 'orchard', driver.REPOSITORY, 1)
+            wait_for(program.stderr, 'the message', 20)
+            self.assertEqual(program.stderr(), 'execv("{}", ...) failed; errno = 2 (No such file or directory)\n'.format(
+                self.browser))
+            self.assertEqual(self.children(program), [])
+            self.assertFalse(os.path.exists(self.record))
+            self.check_usable(window)
+            driver.key('ctrl+q')
+            self.assertEqual(program.wait(), 0)
+
+
+if __name__ == '__main__':
+    editing.main()

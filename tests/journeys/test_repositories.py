@@ -1,0 +1,382 @@
+#!/usr/bin/python3
+"""The user decides which repositories are used, and changes their configuration."""
+import os
+import shutil
+
+import editing
+from editing import PERMANENT, SESSION, UNAPPLIED, EditingTest, Editor
+from journey import driver, wait_for
+
+# Of the repositories sandbox-updates and sandbox-http, sandbox-file, sandbox-disabled and sandbox-http.
+USUAL = ['abacus-cli', 'hedgerow', 'pergola']
+ALL = ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola']
+
+IDENTIFIERS = ['sandbox-disabled', 'sandbox-file', 'sandbox-http', 'sandbox-signed', 'sandbox-unreachable',
+               'sandbox-updates']
+
+
+class UseTest(EditingTest):
+    """Repositories are switched on and off."""
+
+    def test_disabled_for_the_session(self):
+        files = self.files()
+        with self.opened() as window:
+            self.check_listed(window, USUAL)
+            editor = self.edit(window)
+            self.assertEqual(editor.identifiers(), IDENTIFIERS)
+            editor.wait_on(True, 'sandbox-file', SESSION)
+            editor.toggle('sandbox-file', SESSION)
+            self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
+            # What is for the session needs no Apply.
+            self.assertEqual(editor.status(), '')
+            self.assertFalse(driver.enabled(editor.button('Apply')))
+            editor.close('OK')
+            self.check_listed(window, ['abacus-cli', 'pergola'])
+            self.assertEqual(self.files(), files)
+
+            editor = self.edit(window)
+            editor.wait_on(False, 'sandbox-file', SESSION)
+            editor.toggle('sandbox-file', SESSION)
+            editor.close('OK')
+            self.check_listed(window, USUAL)
+            self.assertEqual(self.files(), files)
+
+    def test_there_and_back_again_reads_the_packages_anew(self):
+        with self.opened() as window:
+            count = len(self.sandbox.server.paths())
+            editor = self.edit(window)
+            editor.close('OK')
+            self.assertTrue(window.is_ready())
+            self.assertEqual(len(self.sandbox.server.paths()), count)
+            editor = self.edit(window)
+            editor.toggle('sandbox-file', SESSION)
+            editor.toggle('sandbox-file', SESSION)
+            editor.close('OK')
+            window.wait_ready()
+            self.assertGreater(len(self.sandbox.server.paths()), count)
+            self.check_listed(window, USUAL)
+
+    def test_disabled_one_is_enabled_for_the_session(self):
+        files = self.files()
+        with self.opened() as window:
+            editor = self.edit(window)
+            editor.wait_on(False, 'sandbox-disabled', SESSION)
+            editor.toggle('sandbox-disabled', SESSION)
+            editor.close('OK')
+            self.check_listed(window, ALL)
+            window.mark_listed('hidden-gem')
+            self.carry_out(window)
+            self.check_changed(new=['hidden-gem-1.0-1.noarch'])
+            self.assertEqual(self.files(), files)
+        # The next session knows nothing of it.
+        with self.opened() as window:
+            editor = self.edit(window)
+            editor.wait_on(False, 'sandbox-disabled', SESSION)
+            editor.close('Cancel')
+
+    def test_disabled_one_is_enabled_for_good(self):
+        with self.opened() as window:
+            editor = self.edit(window)
+            editor.wait_on(False, 'sandbox-disabled', PERMANENT)
+            editor.toggle('sandbox-disabled', PERMANENT)
+            editor.wait_status(UNAPPLIED)
+            text = self.read_repo('sandbox-disabled.repo')
+            files = self.files()
+            editor.click_button('Apply')
+            editor.wait_status('')
+            self.assertTrue(editor.is_on('sandbox-disabled', PERMANENT))
+            # The session goes on with what it had.
+            self.assertFalse(editor.is_on('sandbox-disabled', SESSION))
+            files[self.repo_path('sandbox-disabled.repo')] = text.replace('enabled=0', 'enabled=1').encode()
+            self.assertEqual(self.files(), files)
+            editor.close('OK')
+            self.check_listed(window, USUAL)
+        with self.opened() as window:
+            self.check_listed(window, ALL)
+            self.assertEqual(self.files(), files)
+
+
+class ChangesTest(EditingTest):
+    """The configuration is changed."""
+
+    def test_added_repository_gives_its_packages(self):
+        copy = os.path.join(self.scratch, 'copy')
+        shutil.copytree(self.sandbox.repository('sandbox-disabled'), copy)
+        with self.opened() as window:
+            self.check_listed(window, USUAL)
+            files = self.files()
+            editor = self.edit(window)
+            form = editor.form('Add')
+            self.assertEqual(form.status(), 'No Identifier specified')
+            form.set('Identifier', 'my-copy')
+            wait_for(lambda: form.status() == 'No URLs or Mirror list URL specified', 'the warning')
+            form.set('Name', 'Copy of my own')
+            form.set('URLs', 'file://' + copy)
+            wait_for(lambda: form.status() == '', 'no warning')
+            form.choose(0, 'Yes')
+            form.choose(1, 'No')
+            form.close('OK')
+            wait_for(lambda: 'my-copy' in editor.identifiers(), 'the new row')
+            self.assertEqual(editor.names()['my-copy'], 'Copy of my own')
+            self.assertTrue(editor.is_on('my-copy', SESSION))
+            self.assertTrue(editor.is_on('my-copy', PERMANENT))
+            editor.wait_status(UNAPPLIED)
+            self.assertEqual(self.files(), files)
+            editor.close('OK')
+            self.check_listed(window, ALL)
+            files[self.repo_path('my-copy.repo')] = (
+                '[my-copy]\nname=Copy of my own\nbaseurl=file://{}\nenabled=1\ngpgcheck=0\n'.format(copy)).encode()
+            self.assertEqual(self.files(), files)
+            self.assertEqual([row[driver.REPOSITORY - driver.NAME] for row in window.rows() if row[0] == 'hidden-gem'],
+                             ['my-copy'])
+            window.mark_listed('hidden-gem')
+            dialog = window.apply()
+            self.check_listing(dialog, ['Install: hidden-gem 1.0-1 (noarch) [my-copy]'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=['hidden-gem-1.0-1.noarch'])
+
+    def change(self, editor):
+        """Change something of every kind."""
+        editor.toggle('sandbox-file', SESSION)
+        editor.toggle('sandbox-http', PERMANENT)
+        form = editor.form('Edit', 'sandbox-signed')
+        form.set('Name', 'Renamed')
+        form.close('OK')
+        editor.select('sandbox-updates')
+        editor.click_button('Remove')
+        wait_for(lambda: editor.identifiers() == IDENTIFIERS[:-1], 'the removal')
+        self.assertEqual(editor.names()['sandbox-signed'], 'Renamed')
+        editor.wait_status(UNAPPLIED)
+
+    def check_as_before(self, editor):
+        wait_for(lambda: editor.identifiers() == IDENTIFIERS, 'all repositories')
+        self.assertEqual(editor.names()['sandbox-signed'], 'Sandbox, signed packages')
+        editor.wait_on(True, 'sandbox-file', SESSION)
+        editor.wait_on(True, 'sandbox-http', PERMANENT)
+        self.assertEqual(editor.status(), '')
+        for name in ('Reset All', 'Apply'):
+            self.assertFalse(driver.enabled(editor.button(name)))
+
+    def test_changes_are_reset_and_canceled(self):
+        with self.opened() as window:
+            files = self.files()
+            count = len(self.sandbox.server.paths())
+            editor = self.edit(window)
+            self.change(editor)
+            editor.click_button('Reset All')
+            self.check_as_before(editor)
+            self.change(editor)
+            editor.close('Cancel')
+            self.assertTrue(window.is_ready())
+            self.assertEqual(self.files(), files)
+            self.assertEqual(len(self.sandbox.server.paths()), count)
+            editor = self.edit(window)
+            self.check_as_before(editor)
+            # The form of one repository can be reset and canceled too.
+            form = editor.form('Edit', 'sandbox-signed')
+            form.set('Name', 'Renamed')
+            form.click_button('Reset')
+            wait_for(lambda: form.value('Name') == 'Sandbox, signed packages', 'the old name')
+            form.set('Name', 'Renamed')
+            form.close('Cancel')
+            self.check_as_before(editor)
+            editor.close('OK')
+            self.assertEqual(self.files(), files)
+            self.assertEqual(len(self.sandbox.server.paths()), count)
+
+    def test_three_sections_of_a_file_are_removed(self):
+        sections = [
+            '[many{0}]\nname=Number {0}\nbaseurl=http://127.0.0.1:9/{0}/$basearch\n        http://127.0.0.1:9/again/{0}\n'
+            'enabled=0\ngpgcheck=1\ngpgkey=file:///etc/{0}\n        file:///etc/again\n# of number {0}\npriority={0}\n'
+            .format(number) for number in range(1, 7)]
+        self.write_repo('many.repo', '\n'.join(sections))
+        with self.opened() as window:
+            files = self.files()
+            editor = self.edit(window)
+            editor.select('many2', 'many3', 'many6')
+            editor.click_button('Remove')
+            wait_for(lambda: [name for name in editor.identifiers() if name.startswith('many')] ==
+                     ['many1', 'many4', 'many5'], 'the removal')
+            self.assertEqual(self.files(), files)
+            editor.close('OK')
+            self.check_listed(window, USUAL)
+            files[self.repo_path('many.repo')] = '\n'.join([sections[0], sections[3], sections[4]]).encode()
+            self.assertEqual(self.files(), files)
+
+    def test_file_goes_with_its_last_repository(self):
+        with self.opened() as window:
+            files = self.files()
+            editor = self.edit(window)
+            editor.select('sandbox-file')
+            editor.click_button('Remove')
+            editor.wait_status(UNAPPLIED)
+            editor.close('OK')
+            self.check_listed(window, ['abacus-cli', 'pergola'])
+            del files[self.repo_path('sandbox-file.repo')]
+            self.assertEqual(self.files(), files)
+
+    def test_identifier_given_twice(self):
+        with self.opened() as window:
+            files = self.files()
+            editor = self.edit(window)
+            form = editor.form('Copy', 'sandbox-file')
+            form.set('Name', 'The copy')
+            form.close('OK')
+            editor.wait_status('Two or more repositories have the Identifier, sandbox-file')
+            editor.click_button('Apply')
+            question = self.read_dialog(
+                window.program, 'Repository Editor', 'Two or more repositories have the same Identifier(s), '
+                'sandbox-file.  Only one repository will be applied for each Identifier.  Proceed?')
+            question.click_button('No')
+            window.program.no_window('Repository Editor')
+            self.assertEqual(editor.identifiers().count('sandbox-file'), 2)
+            self.assertEqual(self.files(), files)
+            editor.click_button('Apply')
+            window.program.window('Repository Editor').click_button('Yes')
+            window.program.no_window('Repository Editor')
+            wait_for(lambda: editor.identifiers() == IDENTIFIERS, 'the removal')
+            self.assertEqual(self.files(), files)
+            editor.close('OK')
+            self.check_listed(window, USUAL)
+
+
+class BrokenFileTest(EditingTest):
+
+    MESSAGE = 'Malformed section name in line: [broken; errno = '
+
+    def check_told(self, program):
+        dialog = self.read_dialog(program, 'VYRE Repository Editor Error', self.MESSAGE)
+        self.assertTrue(dialog.text().endswith(').'), dialog.text())
+        self.close_dialog(program, dialog)
+
+    def test_while_the_program_runs(self):
+        with self.opened() as window:
+            self.write_repo('broken.repo', '[broken\nname=Broken\n')
+            files = self.files()
+            driver.key('ctrl+e')
+            self.check_told(window.program)
+            self.check_usable(window)
+            self.assertEqual(window.program.titles(), [driver.main_title()])
+            self.assertEqual(self.files(), files)
+            # Packages can still be installed from what was read before.
+            window.mark_listed('hedgerow')
+            window.accept(window.apply())
+            self.check_told(window.program)
+            window.wait_ready()
+            self.check_changed(new=['hedgerow-4.0-1.noarch'])
+            os.unlink(self.repo_path('broken.repo'))
+            editor = self.edit(window)
+            self.assertEqual(editor.identifiers(), IDENTIFIERS)
+            editor.close('OK')
+
+    def test_while_the_editor_is_open(self):
+        with self.opened() as window:
+            editor = self.edit(window)
+            self.write_repo('broken.repo', '[broken\nname=Broken\n')
+            files = self.files()
+            editor.toggle('sandbox-file', PERMANENT)
+            editor.click_button('Reset All')
+            self.check_told(window.program)
+            # What was not read must not be lost by writing the rest.
+            os.unlink(self.repo_path('broken.repo'))
+            del files[self.repo_path('broken.repo')]
+            editor.click_button('Cancel')
+            window.program.no_window(Editor.TITLE)
+            self.check_listed(window, USUAL)
+            self.assertEqual(self.files(), files)
+            editor = self.edit(window)
+            self.assertEqual(editor.identifiers(), IDENTIFIERS)
+            editor.close('OK')
+
+
+class OptionsTest(EditingTest):
+
+    def check_options(self, names, *options):
+        with self.subTest(options=options), self.opened(*options) as window:
+            self.check_listed(window, names)
+
+    def test_patterns(self):
+        files = self.files()
+        self.check_options(['abacus-cli', 'pergola'], '--disablerepo=sandbox-file')
+        self.check_options(ALL, '--enablerepo', 'sandbox-d*d', '--disablerepo=SANDBOX-*', '--disablerepo=sandbox')
+        # The last one that fits wins. What is installed is always listed.
+        self.check_options(['abacus-cli', 'hedgerow', 'hidden-gem'], '--disablerepo=*', '--enablerepo=sandbox-[df]i*')
+        self.check_options(['abacus-cli', 'hedgerow'], '--enablerepo=sandbox-[df]i*', '--disablerepo=sandbox-d*',
+                           '--disablerepo=sandbox-[hu]*')
+        self.assertEqual(self.files(), files)
+
+    def test_patterns_are_for_the_session(self):
+        with self.opened('--disablerepo=sandbox-file') as window:
+            self.check_listed(window, ['abacus-cli', 'pergola'])
+            editor = self.edit(window)
+            editor.wait_on(False, 'sandbox-file', SESSION)
+            self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
+            # The user has the last word, also when the files are read again.
+            editor.toggle('sandbox-file', SESSION)
+            editor.close('OK')
+            self.check_listed(window, USUAL)
+            window.click_button('Refresh')
+            self.check_listed(window, USUAL)
+
+
+class StartTest(EditingTest):
+    """The program starts with the editor."""
+
+    def check_nothing_read(self, program):
+        self.assertEqual(self.sandbox.server.paths(), [])
+        self.assertNotIn('Refresh', program.main().buttons())
+
+    def test_editor_comes_before_the_packages(self):
+        for option in ('-r', '--repo-editor'):
+            with self.subTest(option=option), self.program(option) as program:
+                editor = Editor(program)
+                self.assertEqual(editor.identifiers(), IDENTIFIERS)
+                self.check_nothing_read(program)
+                self.sandbox.server.requests.clear()
+                editor.toggle('sandbox-file', SESSION)
+                editor.toggle('sandbox-disabled', SESSION)
+                editor.close('OK')
+                window = program.ready()
+                window.show_all()
+                self.check_listed(window, ['abacus-cli', 'hidden-gem', 'pergola'])
+                # Packages are read again only for a change, now that they are known.
+                count = len(self.sandbox.server.paths())
+                self.edit(window).close('OK')
+                self.assertEqual(len(self.sandbox.server.paths()), count)
+                self.quit(window)
+                self.sandbox.server.requests.clear()
+
+    def check_closed(self, close):
+        """Closing the editor in whatever way lists the packages."""
+        with self.program('-r') as program:
+            editor = Editor(program)
+            editor.toggle('sandbox-file', SESSION)
+            self.check_nothing_read(program)
+            close(editor)
+            program.no_window(Editor.TITLE)
+            window = program.ready()
+            window.show_all()
+            self.check_usable(window)
+            self.quit(window)
+
+    def test_canceled(self):
+        files = self.files()
+        with self.program('-r') as program:
+            editor = Editor(program)
+            editor.toggle('sandbox-file', SESSION)
+            editor.close('Cancel')
+            window = program.ready()
+            window.show_all()
+            self.check_listed(window, USUAL)
+            self.quit(window)
+        self.assertEqual(self.files(), files)
+
+    def test_closed_by_the_window_manager(self):
+        self.check_closed(lambda editor: driver.key('alt+F4'))
+
+    def test_escape(self):
+        self.check_closed(lambda editor: driver.key('Escape'))
+
+
+if __name__ == '__main__':
+    editing.main()

@@ -1,0 +1,72 @@
+#include "repo/PasswdField.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "tests/repo/Assistive.h"
+
+class PasswdFieldTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whatIsTypedIsNotShown();
+    void pastedLineBreaksAreDropped();
+    void aLongPasswordIsKept();
+    void assistiveProgramsAreNotToldThePassword();
+};
+
+void PasswdFieldTest::whatIsTypedIsNotShown()
+{
+    PasswdField field;
+    QTest::keyClicks(&field, QStringLiteral("secret"));
+    QCOMPARE(field.text(), QStringLiteral("secret"));
+    QCOMPARE(field.displayText(), QString(6, QChar(0x25cf)));
+}
+
+void PasswdFieldTest::pastedLineBreaksAreDropped()
+{
+    PasswdField field;
+    QGuiApplication::clipboard()->setText(QStringLiteral("secret\n"));
+    QTest::keySequence(&field, QKeySequence(QKeySequence::Paste));
+    QCOMPARE(field.text(), QStringLiteral("secret"));
+}
+
+void PasswdFieldTest::aLongPasswordIsKept()
+{
+    PasswdField field;
+    field.setText(QString(40000, QLatin1Char('x')));
+    QCOMPARE(field.text().size(), 40000);
+}
+
+void PasswdFieldTest::assistiveProgramsAreNotToldThePassword()
+{
+    QWidget window;
+    auto* field = new PasswdField(&window);
+    auto* plain = new QLineEdit(&window);
+    field->setAccessibleName(QStringLiteral("Key"));
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    told.clear();
+    QAccessible::installUpdateHandler(noteTold);
+    field->setText(QStringLiteral("secret"));
+    QTest::keyClicks(field, QStringLiteral("789"));
+    QTest::keyClicks(plain, QStringLiteral("abc"));
+    QAccessible::installUpdateHandler(nullptr);
+    QVERIFY(toldAsExpected());
+    QStringList texts = told;
+    collectTexts(QAccessible::queryAccessibleInterface(&window), texts);
+    for (const QString& text : qAsConst(texts)) {
+        QVERIFY2(!text.contains(QRegExp(QStringLiteral("secret|7|8|9"))), qPrintable(text));
+    }
+    // They find a field for a password.
+    QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(field);
+    QCOMPARE(interface->role(), QAccessible::EditableText);
+    QCOMPARE(interface->text(QAccessible::Name), QStringLiteral("Key"));
+    QVERIFY(interface->state().passwordEdit);
+    QVERIFY(interface->state().editable);
+    QVERIFY(interface->state().focusable);
+}
+
+QTEST_MAIN(PasswdFieldTest)
+#include "PasswdFieldTest.moc"
