@@ -98,12 +98,14 @@ class JourneyTest(unittest.TestCase):
     def check_listing(self, dialog, listed=(), dependencies=(), sizes=True):
         """The dialog that asks for the confirmation lists this, in whatever order, each text without its tabulator.
 
-        sizes: whether there is something to download.
+        sizes: whether there is something to download; None: nothing is said about that.
         """
         text, _, sized = dialog.text().partition('\n\n')
         text, _, depending = text.partition(DEPENDENCIES)
         lines = text.splitlines()
-        if not sizes:
+        if sizes is None:
+            self.assertEqual(sized, '')
+        elif not sizes:
             self.assertEqual(sized, '')
             ending = depending or text
             self.assertTrue(ending.endswith(ONLY_REMOVALS), ending)
