@@ -634,6 +634,13 @@ void MainWindow::filtersearch()
     }
     prepareFilterSearch();
     proxy->setFilterRegExp(regexpEdit->text());
+    // An expression that is none would look like one that nothing matches.
+    QPalette palette = QApplication::palette(regexpEdit);
+    if (!proxy->isValidExpression()) {
+        palette.setColor(QPalette::Base, QColor(Colors::errorBg()));
+        palette.setColor(QPalette::Text, Qt::black);
+    }
+    regexpEdit->setPalette(palette);
     if (search) {
         setReady(true);
     }

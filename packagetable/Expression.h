@@ -27,6 +27,8 @@ public:
     // One that cannot be compiled matches nothing.
     void compile(const QString& text);
 
+    // Whether an expression is held that could be compiled.
+    bool isValid() const { return status == 0; }
     // The text is UTF-8.
     bool matches(const char* text) const;
     // Whether any of several texts matches, each for itself; each is ended by a zero.

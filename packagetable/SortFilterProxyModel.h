@@ -51,6 +51,8 @@ public:
     void setFilterRegExp(const QString& text);
     // What the rows are filtered by, stripped; the base class's own expression stays empty.
     QRegExp filterRegExp() const { return expression; }
+    // Whether the expression can be compiled; one that cannot lists nothing.
+    bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
     // The records that a search with these filters looks into.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
     StateFilter getStateFilter() const { return stateFilter; }

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QFontMetricsF>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QScopedValueRollback>
 #include <QSet>
 #include <QVector>
@@ -98,6 +99,7 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setAlternatingRowColors(true);
     setContextMenuPolicy(Qt::CustomContextMenu);
+    setTabKeyNavigation(false); // the way out by keyboard would lead through every cell
     verticalHeader()->hide();
     // All rows are one line high; asking each of them for its height would take its time.
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
@@ -234,6 +236,17 @@ void View::handleActivated(const QModelIndex& index)
         model->toggleAction(sourceIndex);
         Q_EMIT stateChanged(sourceIndex.row());
     }
+}
+
+void View::keyPressEvent(QKeyEvent* event)
+{
+    const QModelIndex current = currentIndex();
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && current.isValid()) {
+        // As a click on the row's Action column.
+        handleActivated(current.sibling(current.row(), ActionColumn));
+        return;
+    }
+    HTableView::keyPressEvent(event);
 }
 
 void View::handleCustomContextMenuRequested(const QPoint& pos)

@@ -50,6 +50,8 @@ Q_SIGNALS:
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void changeEvent(QEvent* event) override;
+    // The space key goes on to the current row's next action.
+    void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
 
 private:

@@ -91,7 +91,10 @@ QBoxLayout* Dialog::createDialogButtons()
     auto* row = new QHBoxLayout;
     statusLabel = new HFrameLabel(this);
     // An identifier in it may be of any length; the window is not to grow with it.
-    statusLabel->setMinimumWidth(Metrics::columnWidth(statusLabel->fontMetrics()));
+    // Room for the text that is shown most, so that it is never cut off.
+    statusLabel->setText(tr("Unapplied Configuration Changes"));
+    statusLabel->setMinimumWidth(statusLabel->sizeHint().width());
+    statusLabel->setText(QString());
     row->addWidget(statusLabel);
     row->addStretch(1);
     resetAllButton = addButton(row, tr("Reset All"),

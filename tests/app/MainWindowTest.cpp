@@ -177,6 +177,7 @@ private Q_SLOTS:
     void searchForAnythingLoadsNothing();
     void searchLooksIntoEveryField();
     void collectionHasLoadedTheExtraData();
+    void brokenExpressionLooksDifferent();
     void filtersInSearchModeApply();
 
     // --- Actions
@@ -615,6 +616,18 @@ void MainWindowTest::collectionHasLoadedTheExtraData()
     QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
     QCOMPARE(standIn->calls("collectFileLists") + standIn->calls("collectOtherData"), 0);
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
+}
+
+void MainWindowTest::brokenExpressionLooksDifferent()
+{
+    shown->start();
+    const QColor usual = shown->regexpEdit->palette().color(QPalette::Base);
+    shown->filter("(");
+    QCOMPARE(shown->sorted(), QStringList());
+    QCOMPARE(shown->regexpEdit->palette().color(QPalette::Base), QColor(Colors::errorBg()));
+    shown->filter("nothing has this");
+    QCOMPARE(shown->sorted(), QStringList());
+    QCOMPARE(shown->regexpEdit->palette().color(QPalette::Base), usual);
 }
 
 void MainWindowTest::filtersInSearchModeApply()

@@ -1,5 +1,6 @@
 #include "packagetable/View.h"
 
+#include <QLineEdit>
 #include <QtTest>
 #include <QtWidgets>
 
@@ -49,6 +50,8 @@ private Q_SLOTS:
     void theCurrentColumnIsNotTold();
     void aResetTellsThatNoRowIsCurrent();
     void selectedRowsAreSourceIndexes();
+    void spaceGoesOnToTheNextAction();
+    void tabLeavesTheTable();
     void disablingChangesTheColours();
     void columnsAreFittedToUnlistedRecordsToo();
     void fittingTheColumnsKeepsFilterAndSelection();
@@ -291,6 +294,30 @@ void ViewTest::selectedRowsAreSourceIndexes()
         chosen << table->yumIO[row.row()]->name;
     }
     QCOMPARE(chosen, (QStringList{"tool", "editor"}));
+}
+
+void ViewTest::spaceGoesOnToTheNextAction()
+{
+    QSignalSpy spy(view, SIGNAL(stateChanged(int)));
+    shown->click("tool", NameColumn);
+    view->setFocus();
+    QTest::keyClick(view, Qt::Key_Space);
+    QCOMPARE(table->entry("tool").action, Package::Update);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).toInt(), table->row("tool"));
+    QTest::keyClick(view, Qt::Key_Space, Qt::ControlModifier);
+    QCOMPARE(table->entry("tool").action, Package::Update);
+}
+
+void ViewTest::tabLeavesTheTable()
+{
+    QLineEdit next(&shown->window);
+    next.show();
+    QWidget::setTabOrder(view, &next);
+    view->setFocus();
+    shown->click("tool", NameColumn);
+    QTest::keyClick(view, Qt::Key_Tab);
+    QVERIFY(!view->hasFocus());
 }
 
 void ViewTest::disablingChangesTheColours()

@@ -12,6 +12,8 @@ class LogTest : public QObject
 
 private Q_SLOTS:
     void messageBecomesOneEntryPerLineThatIsNotEmpty();
+    void passwordsInUrlsAreHidden_data();
+    void passwordsInUrlsAreHidden();
     void entriesKeepKindAndLevel();
     void oneNotificationPerMessage();
     void readersAreToldOutsideTheLock();
@@ -29,6 +31,35 @@ void LogTest::messageBecomesOneEntryPerLineThatIsNotEmpty()
         QCOMPARE(entry.kind, Log::Warning);
         QCOMPARE(entry.level, 3u);
     }
+}
+
+void LogTest::passwordsInUrlsAreHidden_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QString>("hidden");
+    const auto add = [](const char* name, const char* message, const char* hidden) {
+        QTest::newRow(name) << QString::fromUtf8(message) << QString::fromUtf8(hidden);
+    };
+    add("query", "404 for http://h/vantor?u=joe&p=s3%26t&path=/x (IP: 1)",
+        "404 for http://h/vantor?u=joe&p=●●●&path=/x (IP: 1)");
+    add("path before the query", "http://h:8/a/vantor/repodata/repomd.xml?u=joe&p=s3&path=/x",
+        "http://h:8/a/vantor/repodata/repomd.xml?u=joe&p=●●●&path=/x");
+    add("two of them", "http://h/vantor?u=&p=a&path= http://h/vantor?u=&p=b&path=",
+        "http://h/vantor?u=&p=●●●&path= http://h/vantor?u=&p=●●●&path=");
+    add("before the host", "ftp://joe:s3t@h:21/x", "ftp://joe:●●●@h:21/x");
+    add("no password", "http://h/vantor?u=&p=&path=/x", "http://h/vantor?u=&p=&path=/x");
+    add("other queries", "http://h/list?u=joe&p=9&arch=x86", "http://h/list?u=joe&p=9&arch=x86");
+    add("a port and an address", "http://h:80/x: write to joe:k@h", "http://h:80/x: write to joe:k@h");
+}
+
+void LogTest::passwordsInUrlsAreHidden()
+{
+    QFETCH(QString, message);
+    QFETCH(QString, hidden);
+    Log::EntryList log;
+    log.appendMessage(Log::Error, 1, message);
+    QCOMPARE(log.count(), 1);
+    QCOMPARE(log.at(0).text, hidden);
 }
 
 void LogTest::entriesKeepKindAndLevel()
