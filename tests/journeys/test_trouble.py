@@ -518,7 +518,7 @@ class DiskTest(StartTest):
                 window = program.ready()
                 self.check_nothing_listed(window)
                 # Room is made.
-                subprocess.run(['nsenter', '--mount', '--target', str(program.process.pid), 'mount', '-o',
+                subprocess.run(['nsenter', '--mount', '--root', '--target', str(program.process.pid), 'mount', '-o',
                                 'remount,size=64m', directory], check=True)
                 self.check_refresh_helps(window)
                 self.quit(window)
