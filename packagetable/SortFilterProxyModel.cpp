@@ -115,11 +115,7 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
         clearCache();
     }
     expression = changed;
-    refilter();
-    const int rows = sourceRows();
-    for (int row = 0; row < rows; ++row) {
-        filterAcceptsRow(row, QModelIndex());
-    }
+    refilter(); // which has decided about every record
 }
 
 void SortFilterProxyModel::setUpdateListed()

@@ -55,9 +55,6 @@ public:
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
     // The records that a search with these filters looks into.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
-    StateFilter getStateFilter() const { return stateFilter; }
-    bool getDupsFilter() const { return dups; }
-    bool getGroupsFilter() const { return groups; }
     // Marks every listed record that is out of date for Update.
     void setUpdateListed();
     // Filters and sorts anew.

@@ -170,8 +170,8 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     order.reserve(static_cast<size_t>(wanted.count()));
     for (int place = 0; place < wanted.count(); ++place) {
         order.emplace_back(PyObject_Hash(wanted.at(place)->pyObject), place);
+        PyErr_Clear(); // one that has no number comes first
     }
-    PyErr_Clear();
     std::sort(order.begin(), order.end());
     SearchTextsWriter writer;
     Steps done = 0;
