@@ -10,10 +10,12 @@
 #include <QFile>
 #include <QHBoxLayout>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSettings>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QVector>
@@ -75,7 +77,7 @@ protected:
 
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), yumConfIO(nullptr), initialized(false),
-      scheduled(false), busy(false), logWindow(nullptr), repoEditor(nullptr)
+      scheduled(false), busy(false), collectFailed(false), logWindow(nullptr), repoEditor(nullptr)
 {
     setWindowTitle(tr("VYRE - %1").arg(nodeName()));
     Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
@@ -327,7 +329,7 @@ void MainWindow::initialize()
         yumIO->reset();
         yumIO->clearEntries();
     }
-    yumIO->collect(sessionEnabled);
+    collect();
     if (quitting()) {
         return;
     }
@@ -344,6 +346,66 @@ void MainWindow::showTable()
     if (tableArea->isHidden()) {
         tableArea->show();
         view->resizeColumnsToContents();
+        restoreLayout();
+    }
+    updateEmptyText();
+}
+
+void MainWindow::updateEmptyText()
+{
+    if (collectFailed) {
+        view->setEmptyText(tr("The packages could not be read.\nThe Log window (Ctrl+L) tells why."));
+    } else if (!proxy->isValidExpression()) {
+        view->setEmptyText(tr("This is not a valid regular expression."));
+    } else if (stateBox->currentIndex() == PackageTable::ViewUpdatable && proxy->filterRegExp().isEmpty()) {
+        view->setEmptyText(tr("No package has an update."));
+    } else {
+        view->setEmptyText(tr("No package matches."));
+    }
+}
+
+void MainWindow::saveLayout() const
+{
+    if (tableArea->isHidden()) {
+        return;
+    }
+    const auto toVariants = [](const QList<int>& numbers) {
+        QVariantList variants;
+        for (int number : numbers) {
+            variants.append(number);
+        }
+        return variants;
+    };
+    QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("vyre"),
+                       QStringLiteral("vyre"));
+    const PackageTable::View::Layout layout = view->layoutByHand();
+    settings.setValue(QStringLiteral("MainWindow/columnWidths"), toVariants(layout.widths));
+    settings.setValue(QStringLiteral("MainWindow/columnPlaces"), toVariants(layout.places));
+    settings.setValue(QStringLiteral("MainWindow/maximized"), isMaximized());
+    if (!isMaximized() && !isFullScreen()) {
+        settings.setValue(QStringLiteral("MainWindow/size"), size());
+    }
+}
+
+void MainWindow::restoreLayout()
+{
+    const auto toNumbers = [](const QVariant& value) {
+        QList<int> numbers;
+        for (const QVariant& number : value.toList()) {
+            numbers.append(number.toInt());
+        }
+        return numbers;
+    };
+    const QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("vyre"),
+                             QStringLiteral("vyre"));
+    view->restoreLayout({toNumbers(settings.value(QStringLiteral("MainWindow/columnWidths"))),
+                         toNumbers(settings.value(QStringLiteral("MainWindow/columnPlaces")))});
+    const QSize remembered = settings.value(QStringLiteral("MainWindow/size")).toSize();
+    if (!remembered.isEmpty()) {
+        QWidget::resize(remembered.boundedTo(Metrics::maxWindowSize()));
+    }
+    if (settings.value(QStringLiteral("MainWindow/maximized")).toBool()) {
+        setWindowState(windowState() | Qt::WindowMaximized);
     }
 }
 
@@ -429,11 +491,18 @@ void MainWindow::setReady(bool ready)
     QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
 }
 
+void MainWindow::collect()
+{
+    collectFailed = !yumIO->collect(sessionEnabled);
+}
+
 void MainWindow::recollect()
 {
+    view->setEmptyText(tr("Reading the packages..."));
     yumIO->clearEntries();
-    yumIO->collect(sessionEnabled);
+    collect();
     model->reset();
+    updateEmptyText();
     // The records are new ones, and none of them is marked.
     warnUnlistedActions();
     stateChanged(-1);
@@ -507,6 +576,7 @@ void MainWindow::quit()
     if (quitting()) {
         return;
     }
+    saveLayout();
     // From here on nothing asks the back end any more.
     YumIO* const ending = yumIO;
     yumIO = nullptr;
@@ -556,16 +626,55 @@ void MainWindow::openExternally(QStringList command)
     Execute::execute(this, argv.constData());
 }
 
+// The file is the last word of the command.
+void MainWindow::openManual(const QStringList& command)
+{
+    openExternally(command);
+    const QString& file = command.last();
+    if (quitting() || QFile::exists(file)) {
+        return;
+    }
+    // Where the other program tells of it, a desktop shows it to nobody.
+    const QString text = tr("The manual is not installed: there is no file %1").arg(file);
+    yumIO->log(Log::Warning, 0, text);
+    showNotice(text);
+}
+
+// Beside the menus for a while: a window would come between what the user does next.
+void MainWindow::showNotice(const QString& text)
+{
+    auto* notice = qobject_cast<QLabel*>(menuBar()->cornerWidget());
+    if (notice == nullptr) {
+        notice = new QLabel(menuBar());
+        notice->setTextFormat(Qt::PlainText);
+        notice->setPalette(Colors::makeWarning(notice->palette()));
+        notice->setBackgroundRole(QPalette::Window); // not the menu bar's
+        notice->setForegroundRole(QPalette::WindowText);
+        notice->setAutoFillBackground(true);
+        notice->setMargin(2);
+        menuBar()->setCornerWidget(notice);
+    }
+    notice->setText(text);
+    notice->show();
+    auto* end = notice->findChild<QTimer*>();
+    if (end == nullptr) {
+        end = new QTimer(notice);
+        end->setSingleShot(true);
+        connect(end, SIGNAL(timeout()), notice, SLOT(hide()));
+    }
+    end->start(15000);
+}
+
 void MainWindow::manualHtml()
 {
-    openExternally({QStringLiteral("webbrowser"),
-                    QStringLiteral("%1/html/index.html").arg(QLatin1String(documentation))});
+    openManual({QStringLiteral("webbrowser"),
+                QStringLiteral("%1/html/index.html").arg(QLatin1String(documentation))});
 }
 
 void MainWindow::manualPdf()
 {
-    openExternally({QStringLiteral("mimeviewer"), QStringLiteral("application/pdf"),
-                    QStringLiteral("%1/manual.pdf").arg(QLatin1String(documentation))});
+    openManual({QStringLiteral("mimeviewer"), QStringLiteral("application/pdf"),
+                QStringLiteral("%1/manual.pdf").arg(QLatin1String(documentation))});
 }
 
 void MainWindow::about()
@@ -609,13 +718,17 @@ void MainWindow::modeChanged(int mode)
 
 void MainWindow::prepareFilterSearch()
 {
-    const QString regexp = regexpEdit->text();
     // Before the start there is nothing to load from; the start itself comes by here.
-    if (!scheduled || regexp.isEmpty() || regexp == QLatin1String(".*") ||
-        modeBox->currentIndex() != searchMode) {
+    if (!scheduled || modeBox->currentIndex() != searchMode) {
         return;
     }
-    if (!yumIO->haveFileLists() || !yumIO->haveOtherData()) {
+    const QString regexp = regexpEdit->text();
+    const bool wanted = !regexp.isEmpty() && regexp != QLatin1String(".*");
+    // What the table is filtered by need not be what has been typed meanwhile.
+    if (!wanted && proxy->filterRegExp().isEmpty()) {
+        return;
+    }
+    if (wanted && (!yumIO->haveFileLists() || !yumIO->haveOtherData())) {
         proxy->setFilter(false);
         yumIO->collectFileLists();
         yumIO->collectOtherData();
@@ -679,6 +792,9 @@ void MainWindow::groupsFilterChanged(int state)
 void MainWindow::anyFilterChanged()
 {
     warnUnlistedActions();
+    if (initialized) {
+        updateEmptyText();
+    }
 }
 
 void MainWindow::collectedExtraData()

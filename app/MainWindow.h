@@ -104,11 +104,17 @@ private:
     void warnConfigure();
     void warnUnlistedActions();
     void setReady(bool ready);
+    void collect();
     void recollect();
     void showTable();
+    void updateEmptyText();
+    void saveLayout() const;
+    void restoreLayout();
     bool checkCredentials(bool& changed);
     void clean(bool (YumIO::*operation)());
     void openExternally(QStringList command);
+    void openManual(const QStringList& command);
+    void showNotice(const QString& text);
     void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }
 
@@ -121,6 +127,7 @@ private:
     bool initialized;
     bool scheduled;
     bool busy;
+    bool collectFailed;            // the last collection of packages
     QPointer<QWidget> focusBefore; // had the focus when the controls were taken away
 
     HMenu* programMenu;

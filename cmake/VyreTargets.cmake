@@ -12,7 +12,9 @@ if(VYRE_WERROR)
     target_compile_options(vyre_flags INTERFACE -Werror)
 endif()
 if(VYRE_SANITIZE)
-    target_compile_options(vyre_flags INTERFACE -fsanitize=address,undefined -fno-omit-frame-pointer)
+    # Every finding ends the program.
+    target_compile_options(vyre_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
     target_link_options(vyre_flags INTERFACE -fsanitize=address,undefined)
 endif()
 
@@ -23,27 +25,55 @@ function(vyre_library name)
     target_link_libraries(${name} PUBLIC vyre_flags ${LIB_LINKS})
 endfunction()
 
+# Instrumented code takes several times as long.
+set(VYRE_TEST_TIMEOUT 300)
+if(VYRE_SANITIZE)
+    set(VYRE_TEST_TIMEOUT 1800)
+endif()
+
 # vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY] [SANDBOX])
 #
-# Builds <Class>Test from <Class>Test.cpp in the calling folder and registers it. With DISPLAY it runs on an
-# X server and a window manager of its own. With SANDBOX the environment variable VYRE_SANDBOX names a made
+# Builds <Class>Test from <Class>Test.cpp in the calling folder and registers it, labelled "class". With DISPLAY it
+# runs on an X server and a window manager of its own. With SANDBOX the environment variable VYRE_SANDBOX names a made
 # sandbox, to be copied and not to be changed, and the macro SANDBOX_TOOL the tool that does it.
 function(vyre_test class)
     cmake_parse_arguments(TEST "DISPLAY;SANDBOX" "" "SOURCES;LINKS" ${ARGN})
     set(target ${class}Test)
     add_executable(${target} ${target}.cpp ${TEST_SOURCES})
     target_link_libraries(${target} PRIVATE vyre_flags ${TEST_LINKS} Qt5::Test)
+    # The classes under test are optimized as they are installed; the tests around them are built in half the time.
+    target_compile_options(${target} PRIVATE -O0 -g1)
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
     if(TEST_DISPLAY)
         add_test(NAME ${target} COMMAND ${CMAKE_SOURCE_DIR}/tests/support/with-display $<TARGET_FILE:${target}>)
     else()
         add_test(NAME ${target} COMMAND ${target})
     endif()
-    set_tests_properties(${target} PROPERTIES TIMEOUT 300
+    set_tests_properties(${target} PROPERTIES TIMEOUT ${VYRE_TEST_TIMEOUT} LABELS class
         ENVIRONMENT "VYRESHARE=${CMAKE_SOURCE_DIR}/share;QT_QPA_PLATFORM=$<IF:$<BOOL:${TEST_DISPLAY}>,xcb,offscreen>;LC_ALL=C.UTF-8;TZ=UTC")
     if(TEST_SANDBOX)
         target_compile_definitions(${target} PRIVATE SANDBOX_TOOL="${CMAKE_SOURCE_DIR}/tools/sandbox/sandbox")
         set_property(TEST ${target} APPEND PROPERTY ENVIRONMENT "VYRE_SANDBOX=${CMAKE_BINARY_DIR}/tests/sandbox")
         set_tests_properties(${target} PROPERTIES FIXTURES_REQUIRED sandbox)
     endif()
+endfunction()
+
+# vyre_fuzzer(<Class> SOURCES <files under test...> LINKS <targets...>)
+#
+# Builds <Class>Fuzzer from <Class>Fuzzer.cpp in the calling folder. The sources, named from the root, are compiled
+# into it once more, watched by the fuzzer and by the sanitizers. It is not a test of ctest: it runs until it is stopped.
+function(vyre_fuzzer class)
+    cmake_parse_arguments(FUZZER "" "" "SOURCES;LINKS" ${ARGN})
+    if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        message(FATAL_ERROR "VYRE_FUZZERS needs -DCMAKE_CXX_COMPILER=clang++")
+    endif()
+    set(target ${class}Fuzzer)
+    list(TRANSFORM FUZZER_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/)
+    add_executable(${target} ${target}.cpp ${FUZZER_SOURCES})
+    target_link_libraries(${target} PRIVATE vyre_flags ${FUZZER_LINKS})
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer,address,undefined -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer,address,undefined)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
+        EXCLUDE_FROM_ALL ON)
 endfunction()

@@ -122,24 +122,24 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
 
 void Expression::clear()
 {
-    if (status == 0) {
+    if (regStatus == 0) {
         regfree(&pattern);
     }
-    status = -1;
+    regStatus = -1;
 }
 
 void Expression::compile(const QString& text)
 {
     clear();
     const QByteArray expression(text.toUtf8().constData()); // up to a zero, as the library takes it
-    status = regcomp(&pattern, expression.constData(), REG_EXTENDED | REG_NOSUB);
+    regStatus = regcomp(&pattern, expression.constData(), REG_EXTENDED | REG_NOSUB);
     required = requiredText(expression, literal);
     literal = literal && !required.isEmpty();
 }
 
 bool Expression::matches(const char* text) const
 {
-    if (status != 0) {
+    if (regStatus != 0) {
         return false;
     }
     if (!required.isEmpty() && std::strstr(text, required.constData()) == nullptr) {
@@ -150,7 +150,7 @@ bool Expression::matches(const char* text) const
 
 bool Expression::matchesAny(const QByteArray& texts) const
 {
-    if (status != 0) {
+    if (regStatus != 0) {
         return false;
     }
     const char* const end = texts.constData() + texts.size();

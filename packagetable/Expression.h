@@ -28,7 +28,7 @@ public:
     void compile(const QString& text);
 
     // Whether an expression is held that could be compiled.
-    bool isValid() const { return status == 0; }
+    bool isValid() const { return regStatus == 0; }
     // The text is UTF-8.
     bool matches(const char* text) const;
     // Whether any of several texts matches, each for itself; each is ended by a zero.
@@ -41,7 +41,7 @@ public:
 private:
     void clear();
 
-    int status = -1; // 0: the pattern is compiled
+    int regStatus = -1; // 0: the pattern is compiled
     regex_t pattern = {};
     QByteArray required;
     bool literal = false; // the required text is all there is

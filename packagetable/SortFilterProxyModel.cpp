@@ -129,6 +129,11 @@ void SortFilterProxyModel::setUpdateListed()
             Q_EMIT dataChanged(listed, listed);
         }
     }
+    // The rows stay where they are until the table is filtered or sorted next.
+    keys[ActionColumn].clear();
+    if (sortedBy == ActionColumn) {
+        order.clear();
+    }
 }
 
 void SortFilterProxyModel::clear()
@@ -185,8 +190,10 @@ void SortFilterProxyModel::sourceChanged(const QModelIndex& topLeft, const QMode
             Q_EMIT dataChanged(first, index(first.row(), bottomRight.column()), roles);
         }
     }
+    for (int column = topLeft.column(); column <= bottomRight.column(); ++column) {
+        keys[column].clear();
+    }
     if (sortedBy >= topLeft.column() && sortedBy <= bottomRight.column()) {
-        keys[sortedBy].clear();
         if (sortPauses > 0) {
             sortWanted = true;
         } else {
@@ -446,7 +453,7 @@ bool SortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& 
 
 // --- The filter
 
-bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex&) const
+bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex& parent) const
 {
     if (!filtering) {
         return true;
@@ -458,7 +465,7 @@ bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex&) const
         verdicts.assign(static_cast<size_t>(yumIO->count()), Unknown);
     }
     if (verdicts[static_cast<size_t>(row)] == Unknown) {
-        const bool accepted = acceptRow((*yumIO)[row], row);
+        const bool accepted = acceptRow((*yumIO)[row], row, parent);
         // Asking for a field may have had the list rebuilt.
         if (static_cast<size_t>(row) < verdicts.size()) {
             verdicts[static_cast<size_t>(row)] = accepted ? Accepted : Rejected;
@@ -507,7 +514,7 @@ QVector<Package::Entry*> SortFilterProxyModel::searched(StateFilter state, bool 
     return found;
 }
 
-bool SortFilterProxyModel::acceptRow(const Package::Entry* entry, int row) const
+bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QModelIndex&) const
 {
     if (!passes(*entry, stateFilter, dups, groups)) {
         return false;
@@ -560,25 +567,10 @@ void SortFilterProxyModel::prepareTexts()
 
 bool SortFilterProxyModel::matchesAnyField(const Package::Entry& entry) const
 {
-    YumIO* io = yumIO.data();
-    if (entry.kind == Package::Group) {
-        return matches(io->getName(entry)) || matches(io->getMandatoryPkgs(entry)) ||
-               matches(io->getDefaultPkgs(entry)) || matches(io->getOptionalPkgs(entry)) ||
-               matches(io->getConditionalPkgs(entry));
-    }
-    return matches(io->getName(entry)) || matches(io->getVerRel(entry)) || matches(io->getRepo(entry)) ||
-           matches(io->getArch(entry)) || matches(io->getSize(entry)) || matches(io->getSummary(entry)) ||
-           matches(io->getDescription(entry)) || matches(io->getGroup(entry)) ||
-           matches(io->getVendor(entry)) || matches(io->getBuildTime(entry)) ||
-           matches(io->getBuildHost(entry)) || matches(io->getInstallTime(entry)) ||
-           matches(io->getBinaryRpm(entry)) || matches(io->getSourceRpm(entry)) ||
-           matches(io->getLicense(entry)) || matches(io->getPackager(entry)) || matches(io->getUrl(entry)) ||
-           matches(io->getRelocations(entry)) || matches(io->getProvides(entry)) ||
-           matches(io->getRequiresPre(entry)) || matches(io->getRequires(entry)) ||
-           matches(io->getConflicts(entry)) || matches(io->getObsoletes(entry)) ||
-           matches(io->getRecommends(entry)) || matches(io->getSuggests(entry)) ||
-           matches(io->getSupplements(entry)) || matches(io->getEnhances(entry)) ||
-           matches(io->getFiles(entry)) || matches(io->getChangeLog(entry));
+    const auto found = [this](const QString& text) { return matches(text); };
+    return yumIO->anySearchText(entry, found) ||
+           (entry.kind != Package::Group &&
+            (matches(yumIO->getFiles(entry)) || matches(yumIO->getChangeLog(entry))));
 }
 
 bool SortFilterProxyModel::matches(const QString& text) const

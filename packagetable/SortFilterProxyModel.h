@@ -106,7 +106,7 @@ protected:
 private:
     enum Verdict : char { Unknown, Accepted, Rejected };
 
-    bool acceptRow(const Package::Entry* entry, int row) const;
+    bool acceptRow(Package::Entry* entry, int row, const QModelIndex& parent) const;
     static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;

@@ -4,6 +4,8 @@
 #include <QFontMetricsF>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
 #include <QScopedValueRollback>
 #include <QSet>
 #include <QVector>
@@ -136,8 +138,68 @@ QModelIndexList View::selectedRows() const
 
 void View::resizeColumnsToContents()
 {
-    const QScopedValueRollback<bool> fitting(fittingRecords, true);
-    HTableView::resizeColumnsToContents();
+    {
+        const QScopedValueRollback<bool> fitting(fittingRecords, true);
+        HTableView::resizeColumnsToContents();
+    }
+    fittedWidths.clear();
+    for (int column = 0; column < ColumnCount; ++column) {
+        fittedWidths.append(columnWidth(column));
+    }
+}
+
+View::Layout View::layoutByHand() const
+{
+    Layout layout;
+    for (int column = 0; column < ColumnCount; ++column) {
+        const int width = columnWidth(column);
+        layout.widths.append(column < fittedWidths.size() && fittedWidths.at(column) != width ? width : 0);
+        layout.places.append(horizontalHeader()->visualIndex(column));
+    }
+    return layout;
+}
+
+void View::restoreLayout(const Layout& layout)
+{
+    if (layout.widths.size() != ColumnCount || layout.places.size() != ColumnCount) {
+        return;
+    }
+    for (int column = 0; column < ColumnCount; ++column) {
+        const int width = layout.widths.at(column);
+        if (width >= horizontalHeader()->minimumSectionSize() && width <= maximumWidth()) {
+            setColumnWidth(column, width);
+        }
+    }
+    for (int place = 0; place < ColumnCount; ++place) {
+        const int column = layout.places.indexOf(place);
+        if (column >= 0) {
+            horizontalHeader()->moveSection(horizontalHeader()->visualIndex(column), place);
+        }
+    }
+}
+
+void View::setEmptyText(const QString& text)
+{
+    if (emptyText != text) {
+        emptyText = text;
+        setAccessibleDescription(text);
+        viewport()->update();
+    }
+}
+
+void View::paintEvent(QPaintEvent* event)
+{
+    HTableView::paintEvent(event);
+    if (emptyText.isEmpty() || proxy->rowCount() != 0) {
+        return;
+    }
+    QPainter painter(viewport());
+    QColor color = palette().color(QPalette::Text);
+    color.setAlphaF(0.7);
+    painter.setPen(color);
+    const int margin = 2 * fontMetrics().height();
+    painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
+                     Qt::AlignCenter | Qt::TextWordWrap, emptyText);
 }
 
 int View::contentsWidthForColumn(int column) const
@@ -246,7 +308,21 @@ void View::keyPressEvent(QKeyEvent* event)
         handleActivated(current.sibling(current.row(), ActionColumn));
         return;
     }
+    if ((event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) && current.isValid()) {
+        describe();
+        return;
+    }
     HTableView::keyPressEvent(event);
+}
+
+void View::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    HTableView::mouseDoubleClickEvent(event);
+    const QModelIndex index = indexAt(event->pos());
+    // On the Action column it is two clicks.
+    if (event->button() == Qt::LeftButton && index.isValid() && index.column() != ActionColumn) {
+        describe();
+    }
 }
 
 void View::handleCustomContextMenuRequested(const QPoint& pos)

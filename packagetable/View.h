@@ -8,6 +8,10 @@
 
 #include <memory>
 
+#include <QList>
+#include <QString>
+#include <QVector>
+
 #include "widgets/HTableView.h"
 
 namespace PackageTable {
@@ -31,6 +35,20 @@ public:
 
     SortFilterProxyModel& sorted() const { return *proxy; }
 
+    // What is drawn in place of rows when none is listed; plain text.
+    void setEmptyText(const QString& text);
+
+    // What the user has made of the columns since they were fitted: for each column its width in pixels, 0
+    // where it is the fitted one, and its place from the left. Of another number of columns, nothing is
+    // restored.
+    struct Layout
+    {
+        QList<int> widths;
+        QList<int> places;
+    };
+    Layout layoutByHand() const;
+    void restoreLayout(const Layout& layout);
+
 public Q_SLOTS:
     void reset() override;
     // Describes the package of the current row, if there is one.
@@ -50,7 +68,9 @@ Q_SIGNALS:
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void changeEvent(QEvent* event) override;
-    // The space key goes on to the current row's next action.
+    void paintEvent(QPaintEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    // Enter describes the package of the current row. The space key goes on to the current row's next action.
     void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
 
@@ -63,6 +83,8 @@ private:
     bool fittingRecords;           // columns are fitted to all records, not to the listed ones
     ActionContextMenu* actionMenu; // null until first needed
     OtherContextMenu* otherMenu;   // null until first needed
+    QString emptyText;
+    QVector<int> fittedWidths;                            // by column, in pixels; empty before the first fit
     mutable std::unique_ptr<WidthEstimate> widthEstimate; // for the font of the last fit
 };
 

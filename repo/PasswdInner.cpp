@@ -1,22 +1,14 @@
 #include "repo/PasswdInner.h"
 
 #include <QKeyEvent>
+#include <QTextCursor>
 
 #include <algorithm>
 #include <iterator>
 
+#include "repo/OneLineValidator.h"
 #include "repo/PasswdAccessible.h"
-
-namespace {
-
-template <size_t Count>
-bool matchesOneOf(const QKeyEvent* event, const QKeySequence::StandardKey (&keys)[Count])
-{
-    return std::any_of(std::begin(keys), std::end(keys),
-                       [event](QKeySequence::StandardKey key) { return event->matches(key); });
-}
-
-} // namespace
+#include "repo/PlainText.h"
 
 PasswdInnerLineEdit::PasswdInnerLineEdit(QWidget* parent) : QLineEdit(parent)
 {
@@ -83,12 +75,8 @@ bool movesCursor(const QKeyEvent* event)
         QKeySequence::SelectAll,
         QKeySequence::Deselect,
     };
-    return matchesOneOf(event, keys);
-}
-
-bool copies(const QKeyEvent* event)
-{
-    return event->matches(QKeySequence::Copy);
+    return std::any_of(std::begin(keys), std::end(keys),
+                       [event](QKeySequence::StandardKey key) { return event->matches(key); });
 }
 
 int characterBoundary(const QString& text, int position)
@@ -112,5 +100,134 @@ Difference::Difference(const QString& from, const QString& to)
     removed = from.size() - begin - same;
     added = to.size() - begin - same;
 }
+
+QString text(const QLineEdit* edit)
+{
+    return edit->text();
+}
+
+QString text(const QTextEdit* edit)
+{
+    return PlainText::exact(edit->document());
+}
+
+void show(QLineEdit* edit, const QString& masked)
+{
+    edit->setText(masked);
+}
+
+// No more than has to: the view stays where it is.
+void show(QTextEdit* edit, const QString& masked)
+{
+    replace(edit, Difference(text(edit), masked), masked);
+}
+
+void replace(QLineEdit* edit, const Difference& difference, const QString& whole)
+{
+    edit->setSelection(difference.begin, difference.removed);
+    insert(edit, whole.mid(difference.begin, difference.added));
+}
+
+void replace(QTextEdit* edit, const Difference& difference, const QString& whole)
+{
+    QTextCursor cursor(edit->document());
+    cursor.setPosition(difference.begin);
+    cursor.setPosition(difference.begin + difference.removed, QTextCursor::KeepAnchor);
+    cursor.insertText(whole.mid(difference.begin, difference.added));
+}
+
+Selection selection(const QLineEdit* edit)
+{
+    const int position = edit->cursorPosition();
+    if (!edit->hasSelectedText()) {
+        return {position, position};
+    }
+    const int begin = edit->selectionStart();
+    return {begin == position ? begin + edit->selectedText().size() : begin, position};
+}
+
+Selection selection(const QTextEdit* edit)
+{
+    const QTextCursor cursor = edit->textCursor();
+    return {cursor.anchor(), cursor.position()};
+}
+
+void select(QLineEdit* edit, const Selection& wanted)
+{
+    if (!(selection(edit) != wanted)) {
+        return;
+    }
+    if (wanted.length() > 0) {
+        edit->setSelection(wanted.anchor, wanted.position - wanted.anchor);
+    } else {
+        edit->deselect();
+        edit->setCursorPosition(wanted.position);
+    }
+}
+
+void select(QTextEdit* edit, const Selection& wanted)
+{
+    if (selection(edit) != wanted) {
+        QTextCursor cursor = edit->textCursor();
+        cursor.setPosition(wanted.anchor);
+        cursor.setPosition(wanted.position, QTextCursor::KeepAnchor);
+        edit->setTextCursor(cursor);
+    }
+    edit->ensureCursorVisible();
+}
+
+void selectWordBefore(QLineEdit* edit)
+{
+    edit->cursorWordBackward(true);
+}
+
+void selectWordBefore(QTextEdit* edit)
+{
+    edit->moveCursor(QTextCursor::PreviousWord, QTextCursor::KeepAnchor);
+}
+
+void selectWordAfter(QLineEdit* edit)
+{
+    edit->cursorWordForward(true);
+}
+
+void selectWordAfter(QTextEdit* edit)
+{
+    edit->moveCursor(QTextCursor::NextWord, QTextCursor::KeepAnchor);
+}
+
+void insert(QLineEdit* edit, const QString& piece)
+{
+    edit->insert(OneLineValidator::oneLine(piece));
+}
+
+void insert(QTextEdit* edit, const QString& piece)
+{
+    // Pasting nothing into a text leaves the selection alone.
+    if (!piece.isEmpty()) {
+        edit->insertPlainText(piece);
+    }
+}
+
+void removeSelected(QLineEdit* edit)
+{
+    edit->del();
+}
+
+void removeSelected(QTextEdit* edit)
+{
+    edit->textCursor().removeSelectedText();
+}
+
+// Moving the cursor away and back does it.
+void separateUndo(QLineEdit* edit)
+{
+    const int position = edit->cursorPosition();
+    edit->setCursorPosition(position == 0 ? 1 : 0);
+    edit->setCursorPosition(position);
+}
+
+// A text does it by itself.
+void separateUndo(QTextEdit*) {}
 
 } // namespace PasswdInner

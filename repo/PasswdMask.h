@@ -14,6 +14,9 @@
 class PasswdMask
 {
 public:
+    // Hides every password that a list of URLs may hold: those of the vantor scheme, and those before a host.
+    static PasswdMask forUrls();
+
     // The first capture of each expression is a password.
     void hideInWholeText(QRegExp const& expression); // if the whole text matches
     void hideEverywhere(QRegExp const& expression);  // in every match within the text

@@ -42,13 +42,10 @@ QLabel* addLine(QGridLayout* grid, const QString& caption)
 
 } // namespace
 
-Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
+Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr), mask(PasswdMask::forUrls())
 {
     setWindowTitle(tr("VYRE Authentication"));
     setModal(true);
-    mask.hideInWholeText(Repo::Vantor::oneUrlRegExp());
-    mask.hideEverywhere(Repo::Vantor::urlsRegExp());
-    mask.hideEverywhere(Repo::Vantor::passwordRegExp());
 
     auto* layout = new QVBoxLayout(this);
     auto* heading = new QLabel(tr("Some configured repositories require authentication"));

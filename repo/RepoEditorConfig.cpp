@@ -219,11 +219,7 @@ void Config::setEntry(Repo::Entry const& entry)
     otherOptionsField->setPlainText(entry.options);
     fileField->setText(entry.file);
     positionField->setValue(entry.position);
-    for (QWidget* field :
-         std::initializer_list<QWidget*>{idField, nameField, urlsField, mirrorListField, enabledBox, gpgBox,
-                                         otherOptionsField, fileField, positionField}) {
-        field->setEnabled(true);
-    }
+    setFieldsEnabled(true);
     showAuth(entry);
     given = entry;
     afterwards = fieldsToEntry();
@@ -270,29 +266,67 @@ void Config::setDefaults(bool enabled, bool gpgcheck)
 void Config::disable()
 {
     setEntry(Repo::Entry());
+    setFieldsEnabled(false);
+}
+
+void Config::setFieldsEnabled(bool enabled)
+{
     for (QWidget* field :
          std::initializer_list<QWidget*>{idField, nameField, urlsField, mirrorListField, enabledBox, gpgBox,
                                          otherOptionsField, fileField, positionField}) {
-        field->setEnabled(false);
+        field->setEnabled(enabled);
     }
+}
+
+QString Config::refusal(Repo::Entry const& entry)
+{
+    // The package manager takes the first closing bracket for the end of the name of a section, and gives up
+    // a whole file in which more comes behind it. Other bytes than those of ASCII are read as other letters.
+    const auto unusable = [](QChar character) {
+        return character == QLatin1Char('[') || character == QLatin1Char(']') ||
+               character == QLatin1Char('\n') || character == QLatin1Char('\r') || character.unicode() > 0x7f;
+    };
+    if (std::any_of(entry.id.cbegin(), entry.id.cend(), unusable)) {
+        return tr("Identifier has brackets, line feeds or non-ASCII characters");
+    }
+    if (entry.id == QLatin1String("main")) {
+        return tr("Identifier main is reserved for the main section");
+    }
+    if (entry.options.startsWith(QLatin1Char('[')) || entry.options.contains(QLatin1String("\n["))) {
+        return tr("Other Options have a line that begins with a bracket");
+    }
+    // It would continue the line that is written before the options.
+    if (entry.options.startsWith(QLatin1Char(' ')) || entry.options.startsWith(QLatin1Char('\t'))) {
+        return tr("Other Options begin with a blank");
+    }
+    return QString();
+}
+
+bool Config::canBeWritten() const
+{
+    return refusal(toEntry()).isEmpty();
 }
 
 bool Config::setStatus(YumConfIO* conf, HFrameLabel* label)
 {
-    const auto error = [label](const QString& text) {
-        label->setPalette(Colors::makeError(label->palette()));
+    const auto show = [label](const QPalette& palette, const QString& text) {
+        label->setPalette(palette);
         label->setText(text);
         return true;
     };
-    const auto warning = [label](const QString& text) {
-        label->setPalette(Colors::makeWarning(label->palette()));
-        label->setText(text);
-        return true;
+    const auto error = [label, show](const QString& text) {
+        return show(Colors::makeError(label->palette()), text);
+    };
+    const auto warning = [label, show](const QString& text) {
+        return show(Colors::makeWarning(label->palette()), text);
     };
 
     const Repo::Entry entry = toEntry();
     if (entry.id.isEmpty()) {
         return error(tr("No Identifier specified"));
+    }
+    if (!refusal(entry).isEmpty()) {
+        return error(refusal(entry));
     }
     if (entry.baseurl.isEmpty() && entry.mirrorlist.isEmpty()) {
         return warning(tr("No URLs or Mirror list URL specified"));

@@ -42,6 +42,8 @@ public:
     void disable();
     // Shows what is wrong with the repository, if anything; returns whether something is.
     bool setStatus(YumConfIO* conf, HFrameLabel* label);
+    // False when a configuration file would not give back what the form says as one repository.
+    bool canBeWritten() const;
     void focusIdentifier();
 
 Q_SIGNALS:
@@ -63,6 +65,10 @@ private:
     QWidget* createFileInfo(QWidget* parent);
 
     Repo::Entry fieldsToEntry() const;
+    // Why it cannot be written; empty when it can.
+    static QString refusal(Repo::Entry const& entry);
+    // All but those of the credentials.
+    void setFieldsEnabled(bool enabled);
     // Shows the credentials of the URLs in their fields; returns whether the URLs are of the kind that
     // carries some.
     bool showAuth(Repo::Entry const& entry);

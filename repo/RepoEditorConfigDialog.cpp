@@ -35,7 +35,7 @@ ConfigDialog::ConfigDialog(YumConfIO* conf, QWidget* parent)
     cancelButton->setToolTip(tr("Undo changes to this repository configuration and close the window"));
     connect(cancelButton, SIGNAL(clicked()), this, SLOT(cancel()));
     row->addWidget(cancelButton);
-    auto* okButton = new QPushButton(tr("OK"), this);
+    okButton = new QPushButton(tr("OK"), this);
     okButton->setToolTip(tr("Apply changes to all repository configurations, and close the window"));
     okButton->setDefault(true);
     connect(okButton, SIGNAL(clicked()), this, SLOT(ok()));
@@ -80,6 +80,7 @@ void ConfigDialog::updateStatusLabel()
     if (!config->setStatus(yumConfIO, statusLabel)) {
         statusLabel->setText(QString());
     }
+    okButton->setEnabled(!hasChanged || config->canBeWritten());
 }
 
 void ConfigDialog::reset()
@@ -99,6 +100,9 @@ void ConfigDialog::ok()
 {
     if (!hasChanged || entry == nullptr) {
         reject();
+        return;
+    }
+    if (!config->canBeWritten()) {
         return;
     }
     const Repo::Entry edited = config->toEntry();

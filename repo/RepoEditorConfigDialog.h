@@ -47,6 +47,7 @@ private:
     Repo::Entry* entry; // null before the first setEntry()
     HFrameLabel* statusLabel;
     QPushButton* resetButton;
+    QPushButton* okButton; // disabled while the repository could not be written
     bool hasChanged;
 };
 

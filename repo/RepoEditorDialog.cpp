@@ -90,9 +90,10 @@ QBoxLayout* Dialog::createDialogButtons()
 {
     auto* row = new QHBoxLayout;
     statusLabel = new HFrameLabel(this);
-    // An identifier in it may be of any length; the window is not to grow with it.
-    // Room for the text that is shown most, so that it is never cut off.
-    statusLabel->setText(tr("Unapplied Configuration Changes"));
+    // Room for the longest text with an ordinary identifier; the window is not to grow with one of any
+    // length.
+    statusLabel->setText(
+        tr("Two or more repositories have the Identifier, %1").arg(QString(16, QLatin1Char('n'))));
     statusLabel->setMinimumWidth(statusLabel->sizeHint().width());
     statusLabel->setText(QString());
     row->addWidget(statusLabel);
@@ -295,6 +296,19 @@ bool Dialog::apply()
     setConfigHasChanged(false);
     applied = true;
     return true;
+}
+
+void Dialog::reject()
+{
+    if (hasChanges()) {
+        if (!sessionChanged && !applied) {
+            // A form has entered its repository here; nobody will be told of a change.
+            yumConfIO->sessionEnabled = sessionBackup;
+        }
+        readWhole = yumConfIO->read(this);
+        model->reset();
+    }
+    HDialog::reject();
 }
 
 void Dialog::ok()

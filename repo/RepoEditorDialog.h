@@ -63,6 +63,9 @@ public Q_SLOTS:
     void cancel();
     bool apply();
     void ok();
+    // Also by Escape and by the window's frame: drops what has not been applied. What was switched on or off
+    // for the session stays so.
+    void reject() override;
 
 private:
     QBoxLayout* createEntryButtons();

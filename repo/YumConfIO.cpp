@@ -83,6 +83,13 @@ QString nextRepoFile(DIR* directory)
     }
 }
 
+// A pipe keeps its reader waiting until somebody writes into it, and a device may do so for ever or give
+// bytes without end.
+bool mayHaveNoEnd(const struct stat& status)
+{
+    return S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
+}
+
 bool holdsPassword(const QString& text)
 {
     static const QRegularExpression secret(QStringLiteral("/vantor\\?"
@@ -216,7 +223,7 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
             error(tr("Unable to stat repository configuration file %1").arg(path));
             return false;
         }
-        if (S_ISDIR(status.st_mode)) {
+        if (S_ISDIR(status.st_mode) || mayHaveNoEnd(status)) {
             continue;
         }
         const FileGuard file = openForReading(path);

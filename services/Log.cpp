@@ -8,10 +8,8 @@
 
 namespace Log {
 
-namespace {
-
-// What fetches files tells the URLs that failed, and some have passwords in them: in a query of the vantor
-// scheme, of which the path may have been put before the query, or before the host.
+// They are in a query of the vantor scheme, of which the path may have been put before the query, or before
+// the host.
 QString withoutPasswords(QString message)
 {
     if (!message.contains(QLatin1String("://"))) {
@@ -19,13 +17,11 @@ QString withoutPasswords(QString message)
     }
     static const QRegularExpression inQuery(
         QStringLiteral("(/vantor[^\\s?]*\\?[^\\s&]*&[^\\s&=]*=)[^\\s&]+(?=&path=)"));
-    static const QRegularExpression beforeHost(QStringLiteral("(://[^/\\s:@]*:)[^/\\s@]+(?=@)"));
+    static const QRegularExpression beforeHost(QStringLiteral("(://[^/\\s:@]*:)[^/\\s]+(?=@)"));
     // Of any password the same: not even its length is anyone's business.
     const QString hidden = QStringLiteral("\\1") + QString(3, QChar(0x25cf));
     return message.replace(inQuery, hidden).replace(beforeHost, hidden);
 }
-
-} // namespace
 
 Entry::Entry(Kind entryKind, unsigned int entryLevel, QString entryText)
     : kind(entryKind), level(entryLevel), text(std::move(entryText))

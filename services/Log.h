@@ -21,6 +21,10 @@ enum Kind : quint32 {
     Action = 4 // a heading that opens a phase
 };
 
+// The message with the passwords in its URLs hidden: what fetches files tells the URLs that failed. For every
+// place where such a message is shown. Any thread.
+QString withoutPasswords(QString message);
+
 // One line of plain text, without a line feed. Level 0 is the most important one; higher levels are details.
 struct Entry
 {

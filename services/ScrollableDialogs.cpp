@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 
 #include "widgets/HScrollArea.h"
+#include "widgets/Metrics.h"
 
 namespace {
 
@@ -43,6 +44,11 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
         buttons.append(button);
     }
     buttonRow->addStretch(1);
+
+    // By itself a window asks for two thirds of the screen at most: lines would be cut that there is room
+    // for.
+    dialog->ensurePolished();
+    dialog->resize(dialog->sizeHint().boundedTo(Metrics::maxWindowSize()));
     return buttons;
 }
 

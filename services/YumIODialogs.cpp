@@ -60,7 +60,10 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
     }
     box.setDefaultButton(buttons.value(defaultButtonNumber));
     box.setEscapeButton(buttons.value(escapeButtonNumber));
-    return box.exec();
+    const int number = box.exec();
+    // Nobody has answered a box that the end of the program closes, and that must not count as its first
+    // button.
+    return box.clickedButton() != nullptr ? number : escapeButtonNumber;
 }
 
 YumIODialogs::YumIODialogs(QWidget* parent)

@@ -58,7 +58,8 @@ public:
     int confirm(const QString& caption, const QString& text, const QString& acceptText,
                 const QString& rejectText);
     // The number of the button pressed. A button without a text is left out, except that button 0 is then
-    // called "OK". An escape button number of -1: none, unless there is only one button.
+    // called "OK". An escape button number of -1: none, unless there is only one button. It is the answer too
+    // when the program ends before the user has given one.
     int warning(const QString& caption, const QString& text, const QString& button0Text,
                 const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                 int escapeButtonNumber);

@@ -5,7 +5,7 @@
 #include <ctime>
 #include <memory>
 
-#include <QStringList>
+#include <QCoreApplication>
 
 #include <archive.h>
 #include <archive_entry.h>
@@ -22,9 +22,11 @@ using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 class Reader
 {
 public:
-    Reader(const Wanted& wantedPackages, std::vector<QByteArray>& result)
-        : wanted(wantedPackages), texts(result), parser(XML_ParserCreate(nullptr), XML_ParserFree), place(-1),
-          collecting(false)
+    // The name is that of the element that holds the packages. Files of another kind list the same packages,
+    // and would look as if these had nothing of what is wanted.
+    Reader(const char* rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
+        : expectedRoot(rootName), wanted(wantedPackages), texts(result),
+          parser(XML_ParserCreate(nullptr), XML_ParserFree), place(-1), collecting(false)
     {
         XML_SetUserData(parser.get(), this);
         XML_SetElementHandler(parser.get(), start, end);
@@ -54,7 +56,11 @@ public:
                 return false;
             }
             if (XML_ParseBuffer(parser.get(), static_cast<int>(count), count == 0) != XML_STATUS_OK) {
-                problem = QString::fromLatin1(XML_ErrorString(XML_GetErrorCode(parser.get())));
+                const XML_Error error = XML_GetErrorCode(parser.get());
+                problem = error == XML_ERROR_ABORTED
+                              ? QCoreApplication::translate("Metadata", "\"%1\" where \"%2\" is expected")
+                                    .arg(QString::fromUtf8(root), QString::fromUtf8(expectedRoot))
+                              : QString::fromLatin1(XML_ErrorString(error));
                 return false;
             }
             if (count == 0) {
@@ -87,7 +93,12 @@ private:
     static void XMLCALL start(void* self, const char* name, const char** attributes)
     {
         auto* reader = static_cast<Reader*>(self);
-        if (std::strcmp(name, "package") == 0) {
+        if (reader->root.isNull()) {
+            reader->root = name;
+            if (reader->root != reader->expectedRoot) {
+                XML_StopParser(reader->parser.get(), XML_FALSE);
+            }
+        } else if (std::strcmp(name, "package") == 0) {
             const char* id = value(attributes, "pkgid");
             reader->place =
                 reader->wanted.value(QByteArray::fromRawData(id, static_cast<int>(std::strlen(id))), -1);
@@ -117,10 +128,12 @@ private:
         }
     }
 
+    const QByteArray expectedRoot;
     const Wanted& wanted;
     std::vector<QByteArray>& texts;
     Parser parser;
-    int place; // of the package being read; -1: it is not wanted
+    QByteArray root; // null before it begins
+    int place;       // of the package being read; -1: it is not wanted
     bool collecting;
     QByteArray collected;
 };
@@ -128,7 +141,10 @@ private:
 class FileListReader : public Reader
 {
 public:
-    using Reader::Reader;
+    FileListReader(const Wanted& wantedPackages, std::vector<QByteArray>& result)
+        : Reader("filelists", wantedPackages, result)
+    {
+    }
 
 protected:
     bool begin(const char* name, const char**) override { return std::strcmp(name, "file") == 0; }
@@ -169,7 +185,10 @@ private:
 class ChangeLogReader : public Reader
 {
 public:
-    using Reader::Reader;
+    ChangeLogReader(const Wanted& wantedPackages, std::vector<QByteArray>& result)
+        : Reader("otherdata", wantedPackages, result)
+    {
+    }
 
 protected:
     bool begin(const char* name, const char** attributes) override

@@ -21,7 +21,8 @@ namespace Metadata {
 using Wanted = QHash<QByteArray, int>;
 
 // Both set texts[place], UTF-8, of each wanted package that the file holds; the others stay as they are. The
-// file may be compressed. Returns whether it could be read to its end; what is wrong goes to problem.
+// file may be compressed. Returns whether it is of the right kind and could be read to its end; what is wrong
+// goes to problem.
 
 // One path a line, in the order of their characters, each once.
 bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,

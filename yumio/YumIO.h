@@ -30,6 +30,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <memory>
 
 class HProgressBar;
@@ -98,6 +99,9 @@ public:
     // Reads, on a worker, what Package::Entry::searchTexts holds for those of the records that lack it. Wants
     // the extra data loaded. A search through getters alone finds the same, far slower.
     void collectSearchTexts(const QVector<Package::Entry*>& wanted);
+    // Gives the texts that a search looks at, all but the file list and the change log, to a function, one
+    // after the other until that returns true; whether it did.
+    bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
     bool haveFileLists() const { return fileListsLoaded; }
     bool haveOtherData() const { return otherDataLoaded; }
 
@@ -167,7 +171,8 @@ public:
     Log::EntryList& logEntries() { return logList; }
     // An error mark inside the text begins a line of its own; each line becomes an entry.
     void log(Log::Kind kind, unsigned int level, const QString& text);
-    // Both log the text and show it in a dialog, and return when the user has closed that.
+    // Both log the text and show it in a dialog, and return when the user has closed that. Passwords in URLs
+    // are hidden in both places.
     void error(const QString& text) override;
     void warning(const QString& text);
     void stdoutCapturedWrite(const QString& text) override;
@@ -291,13 +296,11 @@ private:
     // Searching
     // Up to so many packages are asked for their files one by one; for more, the metadata are read through.
     static int fewPackages;
-    QStringList searchFields(const Package::Entry& entry);
     QString metadataPath(const QString& repo, const char* kind); // empty: there is none
     QByteArray checksumOf(PyObject* pkg);                        // hexadecimal digits; empty: it has none
 
     // Details
     QString getRelDepList(PyObject* pkg, const char* attr);
-    QString getRelDepList(const Package::Entry& entry, const char* attr);
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag); // new reference or null
@@ -361,6 +364,21 @@ private:
     static Package::Entry* installedEntry(Package::Entry* entry);
     static quint64 installedSize(Package::Entry* entry);     // 0 when nothing is installed
     PyObject* attribute(PyObject* object, const char* name); // new reference or null, no exception left
+    // Attributes that every package is asked for.
+    enum PackageAttribute {
+        ArchAttribute,
+        BuildTimeAttribute,
+        EpochAttribute,
+        GroupAttribute,
+        NameAttribute,
+        ReleaseAttribute,
+        RepoIdAttribute,
+        SizeAttribute,
+        SummaryAttribute,
+        VersionAttribute,
+        PackageAttributeCount
+    };
+    PyObject* attribute(PyObject* object, PackageAttribute which); // new reference or null, no exception left
     QString getVerRel(PyObject* pkg);
     QString getVerRelTxitem(PyObject* item);
     QString getBiArch(const QString& arch);
@@ -393,7 +411,8 @@ private:
     Package::EntryList entries;
     QList<Package::Entry*> actionEntries; // the marked ones among entries, which owns them
     EntryIndex entryIndex;
-    QVector<Package::Entry*> collectedEntries; // those of the index, as they came; near each other in memory too
+    // Those of the index, as they came; near each other in memory too.
+    QVector<Package::Entry*> collectedEntries;
     QString basearch;
     QHash<QString, Package::Entry*> bestByName;
     QSet<QString> biArchs;
@@ -418,6 +437,7 @@ private:
     PyObject* yumIOClass; // borrowed
     PyRef yumIO;
     PyRef base;
+    PyRef attributeNames[PackageAttributeCount]; // made when they are first asked for
     PyRef repos;
     QStringList enabledRepos;
     QString readingName; // what is being read from the repositories

@@ -301,7 +301,7 @@ Package::Entry* YumIO::findPackage(const QString& name, const QString& arch)
 
 Package::Kind YumIO::getPkgKind(PyObject* pkg)
 {
-    const PyRef group(attribute(pkg, "group"));
+    const PyRef group(attribute(pkg, GroupAttribute));
     return group && PyUnicode_Check(group.get()) &&
                    PyUnicode_CompareWithASCIIString(group.get(), "Suite") == 0
                ? Package::Suite
@@ -475,9 +475,11 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
         progress->reset();
     }
     nextSlot = 0;
+    // The script's own output, which is part of a plain question, may have been about a URL.
+    const QString text = Log::withoutPasswords(txText);
     const bool yes =
-        (txListed ? dialogs->confirm(tr("Apply"), txText, QStringLiteral("OK"), QStringLiteral("Cancel"))
-                  : dialogs->confirm(tr("Query"), txText, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
+        (txListed ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))
+                  : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
     if (txListed) {
         log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));
         txApplied = yes;

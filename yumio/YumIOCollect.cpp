@@ -194,14 +194,14 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
         if (!pkg) {
             break;
         }
-        const QString name = pyStringDec(attribute(pkg.get(), "name"));
-        const QString arch = shared(pyStringDec(attribute(pkg.get(), "arch")));
+        const QString name = pyStringDec(attribute(pkg.get(), NameAttribute));
+        const QString arch = shared(pyStringDec(attribute(pkg.get(), ArchAttribute)));
         const QString biArch = getBiArch(arch);
         const EntryKey key(false, name, biArch);
-        const auto existing = index.constFind(key);
-        if (existing != index.constEnd()) {
+        Package::Entry*& entry = index[key];
+        if (entry != nullptr) {
             if (state == Package::Installed) {
-                Package::Entry* last = existing.value();
+                Package::Entry* last = entry;
                 while (last->next != nullptr) {
                     last = last->next;
                 }
@@ -209,7 +209,6 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
             }
             continue;
         }
-        Package::Entry*& entry = index[key];
         collectPkg(entry, state, pkg.get(), name, arch);
         collectedEntries.append(entry);
         biArchs.insert(biArch);
@@ -247,12 +246,12 @@ void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pk
     entry->kind = getPkgKind(pkg);
     entry->name = name;
     entry->verRel = getVerRel(pkg);
-    entry->repo = shared(pyStringDec(attribute(pkg, "repoid")));
+    entry->repo = shared(pyStringDec(attribute(pkg, RepoIdAttribute)));
     entry->arch = arch;
     entry->biArch = getBiArch(arch);
     entry->size = sizeOf(pkg);
-    entry->sizeText = bytesFormat(entry->size);
-    entry->summary = pyStringDec(attribute(pkg, "summary"));
+    entry->sizeText = shared(bytesFormat(entry->size));
+    entry->summary = pyStringDec(attribute(pkg, SummaryAttribute));
     entry->buildTime = buildTimeOf(pkg);
     entry->buildTimeText = QString::fromLatin1(timeFormat(static_cast<long>(entry->buildTime)));
 }

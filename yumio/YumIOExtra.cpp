@@ -9,6 +9,25 @@
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 
+namespace {
+
+// Gives each item of a list, borrowed, to a function. False when not all of them can be had: an exception is
+// pending then. The list may be null with an exception pending already.
+template <typename Use> bool forEach(PyObject* list, Use use)
+{
+    const PyRef iterator(list != nullptr ? PyObject_GetIter(list) : nullptr);
+    while (iterator) {
+        const PyRef item(PyIter_Next(iterator.get()));
+        if (!item) {
+            break;
+        }
+        use(item.get());
+    }
+    return PyErr_Occurred() == nullptr;
+}
+
+} // namespace
+
 bool YumIO::collectFileListsReal()
 {
     return collectExtra(tr("Collecting File Lists"), tr("file lists"),
@@ -157,16 +176,11 @@ QString YumIO::getFiles(const Package::Entry& entry)
         }
         files = PyRef(PyObject_GetAttrString(entry.pyObject, "files"));
     }
-    const PyRef iterator(files ? PyObject_GetIter(files.get()) : nullptr);
-    if (!iterator) {
+    QStringList paths;
+    if (!forEach(files.get(), [this, &paths](PyObject* path) { paths.append(pyString(path)); })) {
         missingAttribute("files");
         return QString();
     }
-    QStringList paths;
-    while (PyObject* path = PyIter_Next(iterator.get())) {
-        paths.append(pyStringDec(path));
-    }
-    PyErr_Clear();
     return makeSortedUniq(paths);
 }
 
@@ -183,26 +197,19 @@ QString YumIO::getChangeLog(const Package::Entry& entry)
     if (items.get() == Py_None) {
         return QString();
     }
-    const PyRef iterator(items ? PyObject_GetIter(items.get()) : nullptr);
-    if (!iterator) {
-        missingAttribute("changelogs");
-        return QString();
-    }
     QString text;
-    for (;;) {
-        const PyRef item(PyIter_Next(iterator.get()));
-        if (!item) {
-            break;
-        }
+    const auto append = [this, &text](PyObject* item) {
         if (!text.isEmpty()) {
             text += QLatin1String("\n\n");
         }
-        const PyRef time(PyMapping_GetItemString(item.get(), "timestamp"));
-        text += QLatin1String("* ") + (time ? pyDate(time.get()) : QString()) + QLatin1Char(' ') +
-                pyMappingString(item.get(), "author") + QLatin1Char('\n') +
-                pyMappingString(item.get(), "text");
+        const PyRef time(PyMapping_GetItemString(item, "timestamp"));
+        text += QLatin1String("* ") + pyDate(time.get()) + QLatin1Char(' ') +
+                pyMappingString(item, "author") + QLatin1Char('\n') + pyMappingString(item, "text");
+    };
+    if (!forEach(items.get(), append)) {
+        missingAttribute("changelogs");
+        return QString();
     }
-    PyErr_Clear();
     return text;
 }
 
@@ -217,95 +224,77 @@ void YumIO::missingAttribute(const char* attr)
     internalError(tr("Internal error: cannot find package's %1").arg(QLatin1String(attr)));
 }
 
-QString YumIO::getRelDepList(const Package::Entry& entry, const char* attr)
-{
-    PyGILStateWrapper lock(true);
-    return getRelDepList(entry.pyObject, attr);
-}
-
 QString YumIO::getRelDepList(PyObject* pkg, const char* attr)
 {
+    PyGILStateWrapper lock(true);
     const PyRef items(PyObject_GetAttrString(pkg, attr));
-    const PyRef iterator(items ? PyObject_GetIter(items.get()) : nullptr);
-    if (!iterator) {
+    QStringList texts;
+    const auto append = [this, &texts](PyObject* item) { texts.append(pyStringDec(PyObject_Str(item))); };
+    if (!forEach(items.get(), append)) {
         missingAttribute(attr);
         return QString();
     }
-    QStringList texts;
-    for (;;) {
-        const PyRef item(PyIter_Next(iterator.get()));
-        if (!item) {
-            break;
-        }
-        texts.append(pyStringDec(PyObject_Str(item.get())));
-    }
-    PyErr_Clear();
     return makeSorted(texts);
 }
 
 QString YumIO::getProvides(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "provides");
+    return getRelDepList(entry.pyObject, "provides");
 }
 
 QString YumIO::getRequires(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "requires");
+    return getRelDepList(entry.pyObject, "requires");
 }
 
 QString YumIO::getRequiresPre(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "requires_pre");
+    return getRelDepList(entry.pyObject, "requires_pre");
 }
 
 QString YumIO::getConflicts(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "conflicts");
+    return getRelDepList(entry.pyObject, "conflicts");
 }
 
 QString YumIO::getObsoletes(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "obsoletes");
+    return getRelDepList(entry.pyObject, "obsoletes");
 }
 
 QString YumIO::getRecommends(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "recommends");
+    return getRelDepList(entry.pyObject, "recommends");
 }
 
 QString YumIO::getSuggests(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "suggests");
+    return getRelDepList(entry.pyObject, "suggests");
 }
 
 QString YumIO::getSupplements(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "supplements");
+    return getRelDepList(entry.pyObject, "supplements");
 }
 
 QString YumIO::getEnhances(const Package::Entry& entry)
 {
-    return getRelDepList(entry, "enhances");
+    return getRelDepList(entry.pyObject, "enhances");
 }
 
 QString YumIO::getGroupPkgs(const Package::Entry& entry, const char* item)
 {
     PyGILStateWrapper lock(true);
     const PyRef list(getGroupItem(entry, item));
-    const PyRef iterator(list ? PyObject_GetIter(list.get()) : nullptr);
-    if (!iterator) {
-        PyErr_Clear();
+    if (!list || list.get() == Py_None) {
         return QString();
     }
     QStringList texts;
-    for (;;) {
-        const PyRef pkg(PyIter_Next(iterator.get()));
-        if (!pkg) {
-            break;
-        }
-        texts.append(pyStringDec(PyObject_Str(pkg.get())));
+    const auto append = [this, &texts](PyObject* pkg) { texts.append(pyStringDec(PyObject_Str(pkg))); };
+    if (!forEach(list.get(), append)) {
+        internalError(tr("Internal error: group %1.%2 not evaluable").arg(entry.name, QLatin1String(item)));
+        return QString();
     }
-    PyErr_Clear();
     return makeSorted(texts);
 }
 
@@ -331,32 +320,31 @@ QString YumIO::getConditionalPkgs(const Package::Entry& entry)
 
 QString YumIO::getRelocations(const Package::Entry& entry)
 {
-    PyGILStateWrapper lock(true);
     return getRpmList(entry.pyObject, "PREFIXES");
 }
 
 QString YumIO::getRpmList(PyObject* pkg, const char* tag)
 {
+    PyGILStateWrapper lock(true);
     const PyRef header(attribute(pkg, "hdr"));
     if (!header) {
         return QString();
     }
     const PyRef value(headerValue(header.get(), tag));
-    const PyRef iterator(value && value.get() != Py_None ? PyObject_GetIter(value.get()) : nullptr);
-    QStringList texts;
-    while (iterator) {
-        const PyRef item(PyIter_Next(iterator.get()));
-        if (!item) {
-            break;
-        }
-        texts.append(pyString(item.get()));
+    if (!value || value.get() == Py_None) {
+        return QString();
     }
-    PyErr_Clear();
+    QStringList texts;
+    if (!forEach(value.get(), [this, &texts](PyObject* item) { texts.append(pyString(item)); })) {
+        handleException();
+        return QString();
+    }
     return texts.join(QLatin1Char('\n'));
 }
 
 PyObject* YumIO::getRpmHdrValue(PyObject* pkg, const char* tag)
 {
+    PyGILStateWrapper lock(true);
     const PyRef header(attribute(pkg, "hdr"));
     if (!header) {
         error(tr("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
@@ -375,6 +363,9 @@ PyObject* YumIO::headerValue(PyObject* header, const char* tag)
     }
     PyObject* value = PyObject_GetItem(header, tagNumber);
     if (value == nullptr) {
+        if (PyErr_ExceptionMatches(PyExc_LookupError) == 0) {
+            handleException();
+        }
         PyErr_Clear(); // the header has no such tag
     }
     return value;
@@ -432,6 +423,7 @@ bool YumIO::upToDateGroup(const Package::Entry& entry)
 
 bool YumIO::upToDateGroupPkgs(const Package::Entry& entry, const char* item)
 {
+    PyGILStateWrapper lock(true);
     const PyRef list(getGroupItem(entry, item));
     const PyRef iterator(list ? PyObject_GetIter(list.get()) : nullptr);
     bool upToDate = true;

@@ -95,20 +95,21 @@ QByteArray YumIO::checksumOf(PyObject* pkg)
                : QByteArray();
 }
 
-// Every text that a search looks at but for the file list and the change log.
-QStringList YumIO::searchFields(const Package::Entry& entry)
+bool YumIO::anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found)
 {
     if (entry.kind == Package::Group) {
-        return {getName(entry), getMandatoryPkgs(entry), getDefaultPkgs(entry), getOptionalPkgs(entry),
-                getConditionalPkgs(entry)};
+        return found(getName(entry)) || found(getMandatoryPkgs(entry)) || found(getDefaultPkgs(entry)) ||
+               found(getOptionalPkgs(entry)) || found(getConditionalPkgs(entry));
     }
-    return {getName(entry),      getVerRel(entry),      getRepo(entry),        getArch(entry),
-            getSize(entry),      getSummary(entry),     getDescription(entry), getGroup(entry),
-            getVendor(entry),    getBuildTime(entry),   getBuildHost(entry),   getInstallTime(entry),
-            getBinaryRpm(entry), getSourceRpm(entry),   getLicense(entry),     getPackager(entry),
-            getUrl(entry),       getRelocations(entry), getProvides(entry),    getRequiresPre(entry),
-            getRequires(entry),  getConflicts(entry),   getObsoletes(entry),   getRecommends(entry),
-            getSuggests(entry),  getSupplements(entry), getEnhances(entry)};
+    return found(getName(entry)) || found(getVerRel(entry)) || found(getRepo(entry)) ||
+           found(getArch(entry)) || found(getSize(entry)) || found(getSummary(entry)) ||
+           found(getDescription(entry)) || found(getGroup(entry)) || found(getVendor(entry)) ||
+           found(getBuildTime(entry)) || found(getBuildHost(entry)) || found(getInstallTime(entry)) ||
+           found(getBinaryRpm(entry)) || found(getSourceRpm(entry)) || found(getLicense(entry)) ||
+           found(getPackager(entry)) || found(getUrl(entry)) || found(getRelocations(entry)) ||
+           found(getProvides(entry)) || found(getRequiresPre(entry)) || found(getRequires(entry)) ||
+           found(getConflicts(entry)) || found(getObsoletes(entry)) || found(getRecommends(entry)) ||
+           found(getSuggests(entry)) || found(getSupplements(entry)) || found(getEnhances(entry));
 }
 
 void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
@@ -124,11 +125,11 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
 
     // The metadata are read beside the packages: that needs no interpreter.
     QHash<QString, RepositoryTexts> repositories;
-    int available = 0;
+    int fromRepositories = 0;
     for (const Package::Entry* entry : wanted) {
-        available += entry->kind != Package::Group && entry->state == Package::Available ? 1 : 0;
+        fromRepositories += entry->kind != Package::Group && entry->state != Package::Installed ? 1 : 0;
     }
-    if (available > fewPackages) {
+    if (fromRepositories > fewPackages) {
         for (int place = 0; place < wanted.count(); ++place) {
             const Package::Entry* entry = wanted.at(place);
             if (entry->kind == Package::Group || PyObject_HasAttrString(entry->pyObject, "chksum") == 0) {
@@ -147,7 +148,9 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     }
     std::vector<QByteArray> files(static_cast<size_t>(wanted.count()));
     std::vector<QByteArray> changeLogs(static_cast<size_t>(wanted.count()));
-    const auto readingFiles = std::async(std::launch::async, [&repositories, &files] {
+    // Where there can be no further thread, both are read when they are waited for.
+    const auto whenPossible = std::launch::async | std::launch::deferred;
+    const auto readingFiles = std::async(whenPossible, [&repositories, &files] {
         for (RepositoryTexts& repository : repositories) {
             if (!repository.fileListsPath.isEmpty()) {
                 Metadata::readFileLists(repository.fileListsPath, repository.wanted, files,
@@ -155,7 +158,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
             }
         }
     });
-    const auto readingChangeLogs = std::async(std::launch::async, [&repositories, &changeLogs] {
+    const auto readingChangeLogs = std::async(whenPossible, [&repositories, &changeLogs] {
         for (RepositoryTexts& repository : repositories) {
             if (!repository.changeLogsPath.isEmpty()) {
                 Metadata::readChangeLogs(repository.changeLogsPath, repository.wanted, changeLogs,
@@ -177,20 +180,23 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     Steps done = 0;
     for (const auto& each : order) {
         Package::Entry* entry = wanted.at(each.second);
-        for (const QString& text : searchFields(*entry)) {
+        anySearchText(*entry, [&writer](const QString& text) {
             writer.add(text.toUtf8());
-        }
+            return false; // all of them
+        });
         entry->searchTexts = writer.finish();
         progress->setItemValue(++done);
     }
     readingFiles.wait();
     readingChangeLogs.wait();
     for (const RepositoryTexts& repository : qAsConst(repositories)) {
-        for (const QString& problem : {repository.filesProblem, repository.changeLogsProblem}) {
+        const auto warn = [this](const QString& path, const QString& problem) {
             if (!problem.isEmpty()) {
-                log(Log::Warning, 1, problem);
+                log(Log::Warning, 1, tr("Unable to read %1: %2").arg(path, problem));
             }
-        }
+        };
+        warn(repository.fileListsPath, repository.filesProblem);
+        warn(repository.changeLogsPath, repository.changeLogsProblem);
     }
     for (int place = 0; place < wanted.count(); ++place) {
         Package::Entry* entry = wanted.at(place);

@@ -212,6 +212,23 @@ PyObject* YumIO::attribute(PyObject* object, const char* name)
     return value;
 }
 
+PyObject* YumIO::attribute(PyObject* object, PackageAttribute which)
+{
+    static const char* const names[PackageAttributeCount] = {
+        "arch", "buildtime", "epoch", "group", "name", "release", "repoid", "size", "summary", "version"};
+    // The interpreter finds at once what it is asked for with an interned name; for a name made from characters
+    // it searches the class and all its bases each time.
+    PyRef& name = attributeNames[which];
+    if (!name) {
+        name = PyRef(PyUnicode_InternFromString(names[which]));
+    }
+    PyObject* value = name ? PyObject_GetAttr(object, name.get()) : nullptr;
+    if (value == nullptr) {
+        PyErr_Clear();
+    }
+    return value;
+}
+
 QString YumIO::simpleString(PyObject* object, const char* attr)
 {
     PyRef value(attribute(object, attr));
@@ -259,12 +276,15 @@ namespace {
 QString joinVerRel(const QString& epoch, const QString& version, const QString& release)
 {
     QString text;
+    text.reserve(epoch.length() + version.length() + release.length() + 2);
     if (!epoch.isEmpty() && epoch != QLatin1String("0")) {
-        text = epoch + QLatin1Char(':');
+        text += epoch;
+        text += QLatin1Char(':');
     }
     text += version;
     if (!release.isEmpty()) {
-        text += QLatin1Char('-') + release;
+        text += QLatin1Char('-');
+        text += release;
     }
     return text;
 }
@@ -273,7 +293,7 @@ QString joinVerRel(const QString& epoch, const QString& version, const QString& 
 
 QString YumIO::getVerRel(PyObject* pkg)
 {
-    PyRef epoch(attribute(pkg, "epoch"));
+    PyRef epoch(attribute(pkg, EpochAttribute));
     QString epochText;
     if (epoch && PyLong_Check(epoch.get())) {
         const long long number = PyLong_AsLongLong(epoch.get());
@@ -284,8 +304,8 @@ QString YumIO::getVerRel(PyObject* pkg)
     } else {
         epochText = pyStringDec(epoch.release());
     }
-    return joinVerRel(epochText, pyStringDec(attribute(pkg, "version")),
-                      pyStringDec(attribute(pkg, "release")));
+    return joinVerRel(epochText, pyStringDec(attribute(pkg, VersionAttribute)),
+                      pyStringDec(attribute(pkg, ReleaseAttribute)));
 }
 
 QString YumIO::getVerRelTxitem(PyObject* item)
@@ -316,7 +336,7 @@ quint64 YumIO::sizeOf(PyObject* pkg)
         }
         return value;
     };
-    const PyRef size(attribute(pkg, "size"));
+    const PyRef size(attribute(pkg, SizeAttribute));
     if (size && PyLong_Check(size.get())) {
         const quint64 value = PyLong_AsUnsignedLongLongMask(size.get());
         PyErr_Clear();
@@ -393,7 +413,7 @@ QString YumIO::bytesFormat(unsigned long long bytes)
 
 quint64 YumIO::buildTimeOf(PyObject* pkg)
 {
-    return pyTimeDec(attribute(pkg, "buildtime"));
+    return pyTimeDec(attribute(pkg, BuildTimeAttribute));
 }
 
 namespace {
@@ -505,7 +525,8 @@ void YumIO::error(const QString& text)
 {
     log(Log::Error, 0, text);
     if (dialogs != nullptr) {
-        dialogs->critical(tr("VYRE Yum Error"), text, QString(), QString(), QString(), 0, -1);
+        dialogs->critical(tr("VYRE Yum Error"), Log::withoutPasswords(text), QString(), QString(), QString(),
+                          0, -1);
     }
 }
 
@@ -513,7 +534,8 @@ void YumIO::warning(const QString& text)
 {
     log(Log::Warning, 0, text);
     if (dialogs != nullptr) {
-        dialogs->warning(tr("VYRE Yum Warning"), text, QString(), QString(), QString(), 0, -1);
+        dialogs->warning(tr("VYRE Yum Warning"), Log::withoutPasswords(text), QString(), QString(), QString(),
+                         0, -1);
     }
 }
 

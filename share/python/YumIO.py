@@ -15,6 +15,7 @@ import os
 import re
 import subprocess
 import sys
+import time
 import weakref
 
 import rpm
@@ -61,6 +62,13 @@ def inRoot(path):
     """The place on this system of an absolute path of the managed system."""
     root = managedRoot()
     return path if root == '/' else root + path
+
+
+def canWrite(path):
+    """Whether files can be made in a directory, which need not exist yet."""
+    while not os.path.lexists(path):
+        path = os.path.dirname(path)
+    return os.access(path, os.W_OK | os.X_OK)
 
 
 def configurationFile():
@@ -255,8 +263,11 @@ class OtherData:
         try:
             packages = self._load(package.base, package.repo)
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
-            # The cache may have been cleaned since the repository was read.
+            # The cache may have been cleaned since the repository was read. A search asks every package: this is
+            # tried, and told, once, unless it may be over soon.
             logging.getLogger('dnf').warning('The change logs of %s cannot be read: %s', package.reponame, e)
+            if not isinstance(e, dnf.exceptions.LockError):
+                self._packages[package.reponame] = {}
             return []
         twin = packages.get(str(package))
         if twin is None:
@@ -344,7 +355,12 @@ class SessionLock(dnf.lock.ProcessLock):
 class DownloadProgress(dnf.callback.DownloadProgress):
     """Passes the progress of downloads, of metadata and of packages, on to the program."""
 
+    def __init__(self):
+        super(DownloadProgress, self).__init__()
+        self._told = set()
+
     def start(self, total_files, total_size, total_drpms=0):
+        self._told.clear()
         yumIOC.downloadStart(total_files, int(total_size), total_drpms)
 
     def progress(self, payload, done):
@@ -355,8 +371,11 @@ class DownloadProgress(dnf.callback.DownloadProgress):
 
     def end(self, payload, status, msg):
         if status == dnf.callback.STATUS_MIRROR:
-            # The download goes on with the next mirror.
-            logging.getLogger('dnf').warning('%s: %s', payload, msg)
+            # The download goes on with the next mirror, which may be the same one once more.
+            text = '{}: {}'.format(payload, msg)
+            failure = re.sub(r' after [0-9]+ ms', '', text)
+            logging.getLogger('dnf').log(logging.DEBUG if failure in self._told else logging.WARNING, '%s', text)
+            self._told.add(failure)
         else:
             yumIOC.downloadEnd(payload, status, msg)
 
@@ -397,6 +416,21 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
 
     def __del__(self):
         self.end()
+
+    # The package manager does not pass on what rpm itself says of these failures, such as that a disk is full.
+
+    def _cpioError(self, key):
+        super(RPMTransaction, self)._cpioError(key)
+        self._tellReason()
+
+    def _unpackError(self, key):
+        super(RPMTransaction, self)._unpackError(key)
+        self._tellReason()
+
+    def _tellReason(self):
+        reason = self._scriptOutput()
+        if reason:
+            yumIOC.errorlog(0, passable(reason.decode('utf-8', 'replace').rstrip('\n')))
 
     def end(self):
         if not self._ended and programListens():
@@ -493,17 +527,17 @@ def withReason(method):
 LITTLE_SPACE = 1 << 20
 
 
-def spaceHint(directory):
-    """A line to end a message with when there is hardly any space left for a directory, or nothing.
+def spaceHint(directory, needed=LITTLE_SPACE):
+    """A line to end a message with when there are less bytes left than that for a directory, or nothing.
 
-    What fetches files reports a full disk as damaged files, or not at all.
+    What fetches files reports a full disk as damaged files, or not at all; so does rpm.
     """
     try:
         found = os.statvfs(directory)
     except OSError:
         return ''
     free = found.f_bavail * found.f_frsize
-    return '' if free >= LITTLE_SPACE else '\nThere are only {} kB left for {}'.format(free // 1024, directory)
+    return '' if free >= needed else '\nThere are only {} kB left for {}'.format(free // 1024, directory)
 
 
 def isInCache(package):
@@ -549,10 +583,10 @@ class YumIO:
         conf._set_value('persistdir', inRoot('/var/lib/dnf'), dnf.conf.PRIO_DEFAULT)
         conf._set_value('varsdir', [inRoot(path) for path in ('/etc/yum/vars', '/etc/dnf/vars')],
                         dnf.conf.PRIO_DEFAULT)
-        if dnf.util.am_i_root() or managedRoot() != '/':
-            # An ordinary user keeps the private directories that the package manager has chosen already.
-            conf._set_value('cachedir', inRoot('/var/cache/yum'), dnf.conf.PRIO_DEFAULT)
-            conf._set_value('logdir', inRoot('/var/log'), dnf.conf.PRIO_DEFAULT)
+        for option, path in (('cachedir', '/var/cache/yum'), ('logdir', '/var/log')):
+            # For an ordinary user the package manager has chosen private directories already.
+            if dnf.util.am_i_root() or (managedRoot() != '/' and canWrite(inRoot(path))):
+                conf._set_value(option, inRoot(path), dnf.conf.PRIO_DEFAULT)
         conf.releasever = self._releasever()
 
         # Repositories are looked for in the same file, and it must not be the package manager's usual one.
@@ -705,6 +739,52 @@ class YumIO:
 
     def collectDone(self):
         logging.getLogger('dnf').debug('Packages and groups are collected.')
+        self._tellLeftovers()
+
+    def _tellLeftovers(self):
+        """Tell what a transaction has left behind that a crash or a failure of the power cut off: the package
+        manager itself keeps quiet about it.
+        """
+        parts = []
+        try:
+            begin = self._beginOfInterrupted()
+            if begin is not None:
+                parts.append('The last transaction, begun on {}, did not come to its end.\nWhat it has left undone has '
+                             'to be marked and applied again.'.format(time.ctime(begin)))
+            several = self._severalVersions()
+            if several:
+                parts.append('Of these packages several versions are installed, as a transaction leaves them that is '
+                             'cut off:\n{}\n"dnf remove --duplicates" removes the older ones.'.format(
+                                 '\n'.join('  ' + ', '.join(str(package) for package in packages)
+                                           for packages in several)))
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
+            # The packages can be used without knowing.
+            logging.getLogger('dnf').debug('It is not known how the last transaction ended: %s', e)
+        if parts:
+            logging.getLogger('dnf').warning('%s', '\n'.join(parts))
+
+    def _beginOfInterrupted(self):
+        """When the last transaction began, in seconds since 1970, if it has no end; else None."""
+        history = self.base.history
+        # Opening it would make one where there is none. Who may not write it applies nothing either.
+        if not os.access(history.dbpath, os.R_OK | os.W_OK):
+            return None
+        try:
+            last = history.last()
+            return last.beg_timestamp if last is not None and not last.end_timestamp else None
+        finally:
+            history.close()
+
+    def _severalVersions(self):
+        """Lists of the installed packages, oldest first, that have name and architecture in common although only
+        one of them should be installed.
+        """
+        installed = self.base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
+        duplicated = installed.duplicated().difference(self.base._get_installonly_query(installed))
+        found = {}
+        for package in duplicated:
+            found.setdefault((package.name, package.arch), []).append(package)
+        return [sorted(found[key]) for key in sorted(found)]
 
     @withReason
     def collectFileLists(self):
@@ -872,14 +952,54 @@ class YumIO:
         base = self.base
         base.do_transaction(TransactionProgress())
         yumIOC.postTransactionOutput()
-        failed = [item for item in base.transaction or []
-                  if item.state == libdnf.transaction.TransactionItemState_ERROR]
-        if not base.conf.keepcache and not failed:
+        items = list(base.transaction or [])
+        failed = [item for item in items if item.state == libdnf.transaction.TransactionItemState_ERROR]
+        unrecorded = [item for item in self._unrecorded(items) if item not in failed]
+        if not base.conf.keepcache and not failed and not unrecorded:
             base._clean_packages(base._trans_tempfiles)
             base._trans_tempfiles = set()
-        if failed:
-            raise dnf.exceptions.Error('The transaction failed for:\n{}'.format(
-                '\n'.join(sorted(set(str(item) for item in failed)))))
+        parts = [head + '\n' + '\n'.join(sorted(set(str(item) for item in found))) for head, found in (
+            ('The transaction failed for:', failed),
+            ('The database of packages does not have what was done to:', unrecorded)) if found]
+        if parts:
+            raise dnf.exceptions.Error('\n'.join(parts) + self._spaceHints(failed))
+
+    def _unrecorded(self, items):
+        """Those of the transaction's elements of which rpm's database, read anew, does not have what was done: rpm
+        itself takes no notice when it cannot write it.
+        """
+        del self.base._ts
+        wanted = {}
+        for item in items:
+            package = item.pkg
+            key = (package.name, package.epoch, package.version, package.release, package.arch)
+            # A package that is installed anew counts as removed as well.
+            if item.action in dnf.transaction.FORWARD_ACTIONS:
+                wanted[key] = (item, True)
+            elif item.action in dnf.transaction.BACKWARD_ACTIONS:
+                wanted.setdefault(key, (item, False))
+        headers = {name: list(self.base._ts.dbMatch('name', name)) for name in set(key[0] for key in wanted)}
+        present = set(tuple([name, header[rpm.RPMTAG_EPOCH] or 0] +
+                            [_text(header[tag]) for tag in (rpm.RPMTAG_VERSION, rpm.RPMTAG_RELEASE, rpm.RPMTAG_ARCH)])
+                      for name, found in headers.items() for header in found)
+        return [item for key, (item, installed) in wanted.items() if (key in present) != installed]
+
+    def _spaceHints(self, failed):
+        """A line for every directory with less space than it takes to write one of the packages that failed."""
+        needed = {inRoot(path): LITTLE_SPACE for path in DATABASES}
+        for item in failed:
+            if item.action in dnf.transaction.FORWARD_ACTIONS:
+                for directory in set(os.path.dirname(path) for path in item.pkg.files):
+                    path = inRoot(directory)
+                    while not os.path.isdir(path):
+                        path = os.path.dirname(path)
+                    needed[path] = max(needed.get(path, LITTLE_SPACE), item.pkg.installsize)
+        hints = {}
+        for path, size in sorted(needed.items()):
+            # One for each file system.
+            if os.path.isdir(path):
+                hints.setdefault(os.stat(path).st_dev, []).append(spaceHint(path, size))
+        return ''.join(next(filter(None, found), '') for found in hints.values())
 
     # Cleaning
 

@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QMetaMethod>
 #include <QProcess>
+#include <QSettings>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <cstdio>
@@ -25,6 +27,9 @@ inline bool isTest(const QMetaMethod& method)
 template <typename Test> int run(int argc, char** argv)
 {
     if (argc > 1) {
+        // What the program remembers between its runs is of one test only.
+        const QTemporaryDir settings;
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
         QApplication app(argc, argv);
         Test test;
         return QTest::qExec(&test, argc, argv);

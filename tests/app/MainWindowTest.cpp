@@ -62,6 +62,11 @@ private:
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<ShownWindow> shown;
 
+    static QSettings* settings(QObject* owner)
+    {
+        return new QSettings(QSettings::IniFormat, QSettings::UserScope, "vyre", "vyre", owner);
+    }
+
     // What there is unless a test says otherwise: "tool" and "many" are out of date, "shell" is installed,
     // "editor" and "lib" are not, the latter for two architectures, and "Games" is a group.
     void usual()
@@ -165,6 +170,12 @@ private Q_SLOTS:
     void logIsOpenedAtTheStartIfAskedFor();
     void logStaysClosedOtherwise();
 
+    void emptyTableTellsWhy();
+    void failedCollectionDoesNotLookLikeNoUpdates();
+    void sizeAndColumnsAreRemembered();
+    void rememberedSizeAndColumnsAreRestored();
+    void nonsenseThatIsRememberedChangesNothing();
+
     // --- Filter row
 
     void returnAppliesTheExpression();
@@ -179,6 +190,7 @@ private Q_SLOTS:
     void collectionHasLoadedTheExtraData();
     void brokenExpressionLooksDifferent();
     void filtersInSearchModeApply();
+    void textsAreReadForTheExpressionInUse();
 
     // --- Actions
 
@@ -218,6 +230,7 @@ private Q_SLOTS:
     void describingEndsWithTheRow();
     void manualsAreOpenedInOtherPrograms();
     void manualsCanBeOpenedWhileItWorks();
+    void missingManualIsTold();
     void shortcutOpensTheLog();
     void menuOpensTheLog();
     void aboutTellsTheVersion();
@@ -478,6 +491,107 @@ void MainWindowTest::failingBackEndQuitsWithoutShowingTheTable()
     QCOMPARE(standIn->calls("setupRepos"), 0);
 }
 
+void MainWindowTest::emptyTableTellsWhy()
+{
+    standIn->setPackages({}, {StandIn::package("shell")}, {});
+    shown->start();
+    const auto told = [this] { return shown->view->accessibleDescription(); };
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(told(), QString("No package has an update."));
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(told(), QString("No package matches."));
+    shown->filter("(");
+    QCOMPARE(told(), QString("This is not a valid regular expression."));
+    shown->choose(shown->stateBox, ViewUpdatable);
+    shown->filter("shell");
+    QCOMPARE(told(), QString("No package matches."));
+
+    // It is drawn, and not over rows.
+    const auto colours = [this] {
+        const QImage picture = shown->view->viewport()->grab().toImage();
+        QSet<QRgb> found;
+        const QPoint middle = picture.rect().center();
+        for (int x = -60; x < 60; ++x) {
+            for (int y = -10; y < 10; ++y) {
+                found.insert(picture.pixel(middle + QPoint(x, y)));
+            }
+        }
+        return found.count();
+    };
+    QVERIFY(colours() > 1);
+    shown->filter("");
+    shown->choose(shown->stateBox, ViewAll);
+    QCOMPARE(shown->listed(), QStringList{"shell"});
+    QCOMPARE(colours(), 1);
+}
+
+void MainWindowTest::failedCollectionDoesNotLookLikeNoUpdates()
+{
+    standIn->setUnreadable(true);
+    const Answers answers("OK");
+    shown->start();
+    QCOMPARE(shown->view->accessibleDescription(),
+             QString("The packages could not be read.\nThe Log window (Ctrl+L) tells why."));
+    standIn->setUnreadable(false);
+    shown->press("Re&fresh");
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    shown->filter("nothing");
+    QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
+}
+
+void MainWindowTest::sizeAndColumnsAreRemembered()
+{
+    shown->start();
+    const QSize size(shown->window->width() - 20, shown->window->height() - 30);
+    shown->window->QWidget::resize(size);
+    shown->view->setColumnWidth(NameColumn, 321);
+    shown->view->horizontalHeader()->moveSection(RepositoryColumn, ArchitectureColumn);
+    compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
+    const QSettings* kept = settings(this);
+    QCOMPARE(kept->value("MainWindow/size").toSize(), size);
+    QStringList widths = kept->value("MainWindow/columnWidths").toStringList();
+    QCOMPARE(widths, (QStringList{"0", "0", "0", "321", "0", "0", "0", "0", "0"}));
+    QCOMPARE(kept->value("MainWindow/columnPlaces").toStringList(),
+             (QStringList{"0", "1", "2", "3", "4", "6", "5", "7", "8"}));
+}
+
+void MainWindowTest::rememberedSizeAndColumnsAreRestored()
+{
+    QSettings* kept = settings(this);
+    kept->setValue("MainWindow/size", QSize(1100, 500));
+    kept->setValue("MainWindow/columnWidths", QVariantList{0, 0, 0, 234, 0, 0, 0, 0, 0});
+    kept->setValue("MainWindow/columnPlaces", QVariantList{0, 1, 2, 3, 4, 6, 5, 7, 8});
+    kept->sync();
+    shown->start();
+    QTRY_COMPARE(shown->window->size(), QSize(1100, 500));
+    QCOMPARE(shown->view->columnWidth(NameColumn), 234);
+    QCOMPARE(shown->view->horizontalHeader()->logicalIndex(5), int(ArchitectureColumn));
+    QCOMPARE(shown->view->columnWidth(ArchitectureColumn),
+             qMax(shown->view->sizeHintForColumn(ArchitectureColumn),
+                  shown->view->horizontalHeader()->sectionSizeHint(ArchitectureColumn)));
+    // Fitting them forgets what was done by hand.
+    shown->press("Re&size");
+    QVERIFY(shown->view->columnWidth(NameColumn) != 234);
+    QCOMPARE(shown->view->layoutByHand().widths.at(NameColumn), 0);
+}
+
+void MainWindowTest::nonsenseThatIsRememberedChangesNothing()
+{
+    QSettings* kept = settings(this);
+    kept->setValue("MainWindow/size", "wide");
+    kept->setValue("MainWindow/columnWidths", QVariantList{-5, 1 << 30, "x", 0, 0, 0, 0, 0, 0});
+    kept->setValue("MainWindow/columnPlaces", QVariantList{0, 0, 99, -1, "x", 5, 6, 7, 8});
+    kept->sync();
+    shown->start();
+    QVERIFY(QGuiApplication::primaryScreen()->geometry().contains(shown->window->geometry()));
+    QList<int> places = shown->view->layoutByHand().places;
+    std::sort(places.begin(), places.end());
+    QCOMPARE(places, (QList<int>{0, 1, 2, 3, 4, 5, 6, 7, 8}));
+    QCOMPARE(shown->view->layoutByHand().widths, (QList<int>{0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    shown->click("tool", ActionColumn);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+}
+
 void MainWindowTest::logIsOpenedAtTheStartIfAskedFor()
 {
     shown->window->setLogAtStart();
@@ -646,6 +760,33 @@ void MainWindowTest::filtersInSearchModeApply()
     QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib"}));
     QCOMPARE(usable(), usableWhenReady);
     QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::textsAreReadForTheExpressionInUse()
+{
+    shown->start();
+    // Whether a worker has read the texts of all records of a state.
+    const auto haveTexts = [this](Package::State state) {
+        bool all = true;
+        for (int row = 0; row < shown->model->rowCount(); ++row) {
+            const Package::Entry& entry = *shown->model->entry(row);
+            all =
+                all && (entry.state != state || entry.kind == Package::Group || !entry.searchTexts.isNull());
+        }
+        return all;
+    };
+    shown->filter("bin/needle");
+    shown->type("");
+    QVERIFY(!haveTexts(Package::Updatable));
+    shown->choose(shown->modeBox, Search);
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY(haveTexts(Package::Updatable));
+    QVERIFY(!haveTexts(Package::Available));
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(shown->listed(), QStringList{"editor"});
+    QVERIFY(haveTexts(Package::Available));
+    QVERIFY(!haveTexts(Package::Installed));
+    QCOMPARE(usable(), usableWhenReady);
 }
 
 void MainWindowTest::applyIsEnabledWhileThereIsAnyAction()
@@ -1072,6 +1213,28 @@ void MainWindowTest::compareManuals()
     QVERIFY(!QFile::exists(Share::absolute("mimeviewer.called")));
     shown->choose("&Help", "Manual (PDF)");
     QCOMPARE(called("mimeviewer"), QByteArray("application/pdf\n/usr/share/doc/vyre/manual.pdf\n"));
+}
+
+// Where there is one on this machine, nothing must be said.
+void MainWindowTest::missingManualIsTold()
+{
+    shown->start();
+    const QString file = QStringLiteral("/usr/share/doc/vyre/html/index.html");
+    const auto notices = [this, &file] {
+        int count = 0;
+        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+            count += label->isVisible() &&
+                     label->text() == "The manual is not installed: there is no file " + file;
+        }
+        return count;
+    };
+    QCOMPARE(notices(), 0);
+    const int expected = QFile::exists(file) ? 0 : 1;
+    for (int i = 0; i < 2; ++i) {
+        shown->choose("&Help", "Manual (html)");
+        QCOMPARE(notices(), expected);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
 }
 
 void MainWindowTest::manualsAreOpenedInOtherPrograms()

@@ -10,6 +10,7 @@
 #include "repo/YumConfIO.h"
 #include "tests/packagetable/Described.h"
 #include "tests/packagetable/Table.h"
+#include "tests/repo/Assistive.h"
 #include "tests/yumio/YumIOProbe.h"
 #include "widgets/Metrics.h"
 
@@ -777,6 +778,17 @@ void DescribeDialogTest::detailsHideMarkupAndPasswords()
     QCOMPARE(shown.value(4),
              "https://me:" + dot.repeated(6) + "@h/\nhttp://h/vantor?u=me&p=" + dot.repeated(6) + "&path=x");
     QCOMPARE(shown.value(6), "http://a:" + dot.repeated(2) + "@h/");
+    describe("it", [](Dialog& description) {
+        withDialog<RepoDialog>(
+            [&description] { press(buttonBeside(description, "Repository")); },
+            [&description](RepoDialog& details) {
+                const QStringList texts = readableTexts(&details) + readableTexts(&description);
+                QVERIFY(texts.contains("Mirror list URL"));
+                for (const QString& text : texts) {
+                    QVERIFY2(!text.contains(QRegExp("secret|hidden|b1")), qPrintable(text));
+                }
+            });
+    });
 }
 
 void DescribeDialogTest::detailsOfAnotherRepositoryReplaceTheFirst()

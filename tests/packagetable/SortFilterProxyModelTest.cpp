@@ -71,6 +71,8 @@ private Q_SLOTS:
     void indexesWithoutModelAreEqual();
     void listedUpdatesAreMarked();
     void unlistedUpdatesAreNotMarked();
+    void actionsSetMeanwhileCountInTheOrder();
+    void markedUpdatesAreSortedWithTheNextChange();
     void aPauseSortsOnceAtItsEnd();
     void aPauseLeavesOtherOrdersAlone();
 
@@ -653,6 +655,31 @@ void SortFilterProxyModelTest::unlistedUpdatesAreNotMarked()
     QCOMPARE(changed(spy), QStringList{"many"});
     QCOMPARE(table->entry("many").action, Package::Update);
     QCOMPARE(table->entry("tool").action, Package::None);
+}
+
+void SortFilterProxyModelTest::actionsSetMeanwhileCountInTheOrder()
+{
+    proxy->setGroupsFilter(false);
+    QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("editor"));
+    inOrder(NameColumn);
+    model->setAction(model->index(table->row("tool"), 0), Package::Remove);
+    QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("tool"));
+    inOrder(NameColumn);
+    proxy->setUpdateListed();
+    QCOMPARE(inOrder(ActionColumn).mid(0, 3), (QStringList{"many", "tool", "editor"}));
+}
+
+void SortFilterProxyModelTest::markedUpdatesAreSortedWithTheNextChange()
+{
+    proxy->setGroupsFilter(false);
+    const QStringList before = inOrder(ActionColumn);
+    QCOMPARE(before.first(), QStringLiteral("editor"));
+    proxy->setUpdateListed();
+    QCOMPARE(names(*proxy), before);
+    proxy->setFilterRegExp("o");
+    QCOMPARE(names(*proxy).first(), QStringLiteral("tool"));
+    proxy->setFilterRegExp("");
+    QCOMPARE(names(*proxy).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
 void SortFilterProxyModelTest::aPauseSortsOnceAtItsEnd()

@@ -90,6 +90,11 @@ void StandIn::setBreaking(bool doBreak)
     setFlag("breaking", doBreak);
 }
 
+void StandIn::setUnreadable(bool unreadable)
+{
+    setFlag("unreadable", unreadable);
+}
+
 void StandIn::setRepos(const QByteArray& text)
 {
     write(root() + QStringLiteral("/etc/yum.repos.d/standin.repo"), text);

@@ -33,6 +33,8 @@ public:
     // Whether applying fails, before anything has been changed or half way through.
     void setFailing(bool fail);
     void setBreaking(bool doBreak);
+    // Whether the next collections fail.
+    void setUnreadable(bool unreadable);
     // The text of the file of repositories, which the script knows two of: "base" and "extras".
     void setRepos(const QByteArray& text);
 

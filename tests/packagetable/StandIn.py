@@ -158,6 +158,8 @@ class YumIO:
         return True
 
     def setupRepos(self):
+        if os.path.exists(os.path.join(SHARE, 'unreadable')):
+            raise RuntimeError('nothing can be read')
         self.wait()
         with open(os.path.join(SHARE, 'packages.json')) as packages:
             self.packages = json.load(packages)

@@ -69,6 +69,9 @@ private Q_SLOTS:
     void theHeaderHasNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
     void describeDescribesTheCurrentRow();
+    void enterDescribesTheCurrentRow();
+    void twoClicksDescribeTheRow();
+    void twoClicksOnTheActionAreTwoClicks();
     void menusAreMadeOnce();
 
 private:
@@ -603,6 +606,40 @@ void ViewTest::describeDescribesTheCurrentRow()
         [this] { view->describe(); },
         [&described](Describe::Dialog& dialog) { described = dialog.findChild<QLabel*>()->text(); }));
     QCOMPARE(described, QString("shell"));
+}
+
+void ViewTest::enterDescribesTheCurrentRow()
+{
+    shown->click("shell", NameColumn);
+    QString described;
+    QVERIFY(withDialog<Describe::Dialog>(
+        [this] { QTest::keyClick(shown->window.windowHandle(), Qt::Key_Return); },
+        [&described](Describe::Dialog& dialog) { described = dialog.findChild<QLabel*>()->text(); }));
+    QCOMPARE(described, QString("shell"));
+}
+
+void ViewTest::twoClicksDescribeTheRow()
+{
+    QString described;
+    QVERIFY(withDialog<Describe::Dialog>(
+        [this] {
+            const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", SizeColumn));
+            shown->click("tool", SizeColumn);
+            QTest::mouseDClick(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+        },
+        [&described](Describe::Dialog& dialog) { described = dialog.findChild<QLabel*>()->text(); }));
+    QCOMPARE(described, QString("tool"));
+    QCOMPARE(table->entry("tool").action, Package::None);
+}
+
+void ViewTest::twoClicksOnTheActionAreTwoClicks()
+{
+    const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
+    shown->click("tool", ActionColumn);
+    QTest::mouseDClick(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+    QTest::qWait(50);
+    QVERIFY(view->findChildren<Describe::Dialog*>().isEmpty());
+    QCOMPARE(table->entry("tool").action, Package::Remove);
 }
 
 void ViewTest::menusAreMadeOnce()

@@ -1,10 +1,14 @@
-// What assistive programs are told, and what they find.
+// What assistive programs are told, and what they and the user find.
 
 #ifndef TESTS_REPO_ASSISTIVE_H
 #define TESTS_REPO_ASSISTIVE_H
 
+#include <QAbstractButton>
 #include <QAccessible>
+#include <QLabel>
+#include <QLineEdit>
 #include <QStringList>
+#include <QTextEdit>
 
 // To be installed as update handler: notes every text that assistive programs are told.
 inline QStringList told;
@@ -54,6 +58,30 @@ inline void collectTexts(QAccessibleInterface* interface, QStringList& texts)
     for (int i = 0; i < interface->childCount(); ++i) {
         collectTexts(interface->child(i), texts);
     }
+}
+
+// All of that, and everything that can be read in the window by whoever looks at it or points to it.
+inline QStringList readableTexts(QWidget* window)
+{
+    QStringList texts;
+    collectTexts(QAccessible::queryAccessibleInterface(window), texts);
+    QList<QWidget*> widgets = window->findChildren<QWidget*>();
+    widgets.append(window);
+    for (const QWidget* each : qAsConst(widgets)) {
+        texts << each->windowTitle() << each->windowIconText() << each->toolTip() << each->statusTip()
+              << each->whatsThis() << each->accessibleName() << each->accessibleDescription()
+              << each->objectName();
+        if (const auto* label = qobject_cast<const QLabel*>(each)) {
+            texts << label->text();
+        } else if (const auto* button = qobject_cast<const QAbstractButton*>(each)) {
+            texts << button->text();
+        } else if (const auto* line = qobject_cast<const QLineEdit*>(each)) {
+            texts << (line->isVisible() ? line->displayText() : QString());
+        } else if (const auto* edit = qobject_cast<const QTextEdit*>(each)) {
+            texts << (edit->isVisible() ? edit->toPlainText() : QString());
+        }
+    }
+    return texts;
 }
 
 #endif

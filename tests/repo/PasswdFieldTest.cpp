@@ -13,6 +13,7 @@ private Q_SLOTS:
     void whatIsTypedIsNotShown();
     void pastedLineBreaksAreDropped();
     void aLongPasswordIsKept();
+    void nothingIsCopied();
     void assistiveProgramsAreNotToldThePassword();
 };
 
@@ -37,6 +38,25 @@ void PasswdFieldTest::aLongPasswordIsKept()
     PasswdField field;
     field.setText(QString(40000, QLatin1Char('x')));
     QCOMPARE(field.text().size(), 40000);
+}
+
+void PasswdFieldTest::nothingIsCopied()
+{
+    PasswdField field;
+    field.show();
+    QVERIFY(QTest::qWaitForWindowActive(&field));
+    for (const QKeySequence::StandardKey key :
+         {QKeySequence::Copy, QKeySequence::Cut, QKeySequence::DeleteEndOfLine,
+          QKeySequence::DeleteCompleteLine}) {
+        QGuiApplication::clipboard()->setText(QStringLiteral("before"));
+        QGuiApplication::clipboard()->setText(QStringLiteral("before"), QClipboard::Selection);
+        field.setText(QStringLiteral("secret"));
+        QTest::mouseDClick(&field, Qt::LeftButton, Qt::NoModifier, QPoint(10, field.height() / 2));
+        QCOMPARE(field.selectedText().size(), 6);
+        QTest::keySequence(&field, QKeySequence(key));
+        QCOMPARE(QGuiApplication::clipboard()->text(), QStringLiteral("before"));
+        QCOMPARE(QGuiApplication::clipboard()->text(QClipboard::Selection), QStringLiteral("before"));
+    }
 }
 
 void PasswdFieldTest::assistiveProgramsAreNotToldThePassword()

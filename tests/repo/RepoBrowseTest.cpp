@@ -25,7 +25,7 @@ private Q_SLOTS:
     void withoutAUrlThatIsShown();
     void aRepositoryIsFoundByItsIdentifier();
     void anUnknownIdentifierIsShown();
-    void aMissingBrowserIsNoticed();
+    void aMissingBrowserIsNotShown();
 
 private:
     // Title and text of the errors over the window that something shows.
@@ -182,7 +182,7 @@ void RepoBrowseTest::anUnknownIdentifierIsShown()
 }
 
 // The rest is a matter of standard error.
-void RepoBrowseTest::aMissingBrowserIsNoticed()
+void RepoBrowseTest::aMissingBrowserIsNotShown()
 {
     QVERIFY(QFile::remove(Share::absolute(QStringLiteral("webbrowser"))));
     Repo::Entry entry;

@@ -30,6 +30,7 @@ private Q_SLOTS:
     void aChangedIdentifierLeavesTheOldStateBehind();
     void anUntouchedBoxKeepsItUnspecified();
     void warningsDoNotPreventOk();
+    void whatCannotBeWrittenIsNotAccepted();
     void cancelStoresNothing();
     void escapeStoresNothing();
     void resetRestoresTheFields();
@@ -258,6 +259,40 @@ void RepoEditorConfigDialogTest::warningsDoNotPreventOk()
              }),
              int(QDialog::Accepted));
     QCOMPARE(entry.id, QString());
+}
+
+void RepoEditorConfigDialogTest::whatCannotBeWrittenIsNotAccepted()
+{
+    const auto okIsEnabled = [this] { return Form::button(dialog.get(), "OK")->isEnabled(); };
+    QCOMPARE(run([this, okIsEnabled] {
+                 Form::type(form->id, QStringLiteral("upd[ates]"));
+                 QCOMPARE(status(),
+                          QStringLiteral("Identifier has brackets, line feeds or non-ASCII characters"));
+                 QVERIFY(!okIsEnabled());
+                 dialog->ok();
+                 QVERIFY(dialog->isVisible());
+                 QCOMPARE(entry.id, QStringLiteral("updates"));
+                 Form::type(form->id, QStringLiteral("new"));
+                 QVERIFY(okIsEnabled());
+                 Form::type(form->options, QStringLiteral("[other]"));
+                 QVERIFY(!okIsEnabled());
+                 click("Reset");
+                 QVERIFY(okIsEnabled());
+                 Form::type(form->id, QStringLiteral("new"));
+                 click("OK");
+             }),
+             int(QDialog::Accepted));
+    QCOMPARE(entry.id, QStringLiteral("new"));
+    QCOMPARE(entry.options, QString());
+    // What has come from a file can be looked at, and closed as it was.
+    entry.id = QStringLiteral("a[b");
+    QCOMPARE(run([this, okIsEnabled] {
+                 QVERIFY(okIsEnabled());
+                 click("OK");
+                 QVERIFY(!dialog->isVisible());
+             }),
+             int(QDialog::Rejected));
+    QCOMPARE(session, (QHash<QString, bool>{{QStringLiteral("new"), true}}));
 }
 
 void RepoEditorConfigDialogTest::cancelStoresNothing()

@@ -89,6 +89,8 @@ private Q_SLOTS:
 
     void theStatus_data();
     void theStatus();
+    void whatAFileWouldNotGiveBackIsRefused_data();
+    void whatAFileWouldNotGiveBackIsRefused();
     void theMainConfigurationFileIsAlwaysRight();
     void blankingAndFillingAgain();
 
@@ -503,21 +505,23 @@ void RepoEditorConfigTest::thePasswordStandsNowhereInClear()
 {
     config->setEntry(vantor());
     config->setStatus(conf.get(), label.get());
-    for (const QWidget* each : window->findChildren<QWidget*>()) {
-        for (const QString& text :
-             {each->toolTip(), each->statusTip(), each->whatsThis(), each->windowTitle(),
-              each->accessibleName(), each->accessibleDescription(), each->objectName()}) {
-            QVERIFY(!text.contains(QStringLiteral("secret")));
+    for (const QString& typed : {QString(), QStringLiteral("secret2")}) {
+        if (!typed.isEmpty()) {
+            Form::type(form->password, typed);
+        }
+        const QStringList texts = readableTexts(window.get()) + readableTexts(label.get());
+        QVERIFY(texts.contains(form->urls->toPlainText()));
+        for (const QString& text : texts) {
+            QVERIFY2(!text.contains(QStringLiteral("secret")), qPrintable(text));
         }
     }
-    for (const QLabel* each : window->findChildren<QLabel*>()) {
-        QVERIFY(!each->text().contains(QStringLiteral("secret")));
-    }
-    for (const QLineEdit* each : window->findChildren<QLineEdit*>()) {
-        QVERIFY(!each->isVisible() || !each->displayText().contains(QStringLiteral("secret")));
-    }
-    for (const QTextEdit* each : window->findChildren<QTextEdit*>()) {
-        QVERIFY(!each->isVisible() || !each->toPlainText().contains(QStringLiteral("secret")));
+    // Nor does undoing bring it there.
+    form->password->setFocus();
+    QTest::keySequence(form->password, QKeySequence(QKeySequence::Undo));
+    form->urls->setFocus();
+    QTest::keySequence(form->urls, QKeySequence(QKeySequence::Undo));
+    for (const QString& text : readableTexts(window.get())) {
+        QVERIFY2(!text.contains(QStringLiteral("secret")), qPrintable(text));
     }
 }
 
@@ -620,6 +624,70 @@ void RepoEditorConfigTest::theStatus()
     QCOMPARE(shown, !text.isEmpty());
     if (shown) {
         QCOMPARE(label->palette().color(QPalette::Window), QColor(background));
+    }
+}
+
+void RepoEditorConfigTest::whatAFileWouldNotGiveBackIsRefused_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("options");
+    QTest::addColumn<QString>("refusal");
+    const char* characters = "Identifier has brackets, line feeds or non-ASCII characters";
+    QTest::newRow("closing bracket") << "a]b"
+                                     << "" << characters;
+    QTest::newRow("closing bracket at the end") << "a]"
+                                                << "" << characters;
+    QTest::newRow("opening bracket") << "[a"
+                                     << "" << characters;
+    QTest::newRow("line feed") << "a\n b"
+                               << "" << characters;
+    QTest::newRow("carriage return") << "a\r b"
+                                     << "" << characters;
+    QTest::newRow("accented letter") << QString::fromUtf8("\xc3\xa4") << "" << characters;
+    QTest::newRow("the main section") << "main"
+                                      << ""
+                                      << "Identifier main is reserved for the main section";
+    QTest::newRow("another section in the options") << "x"
+                                                    << "a=b\n[y]\n"
+                                                    << "Other Options have a line that begins with a bracket";
+    QTest::newRow("a broken section in the options")
+        << "x"
+        << "[y"
+        << "Other Options have a line that begins with a bracket";
+    QTest::newRow("options that continue another") << "x"
+                                                   << " a=b\n"
+                                                   << "Other Options begin with a blank";
+    QTest::newRow("options that begin with a tab") << "x"
+                                                   << "\ta"
+                                                   << "Other Options begin with a blank";
+    QTest::newRow("blanks") << " my repo "
+                            << ""
+                            << "";
+    QTest::newRow("other signs") << "Main-$basearch_1.2:3/4#5"
+                                 << ""
+                                 << "";
+    QTest::newRow("brackets within a line of options") << "x"
+                                                       << "a=[b]\n#[c]\n"
+                                                       << "";
+    QTest::newRow("options over several lines") << "x"
+                                                << "a=b\n [c]\n\td\n"
+                                                << "";
+}
+
+void RepoEditorConfigTest::whatAFileWouldNotGiveBackIsRefused()
+{
+    QFETCH(QString, id);
+    QFETCH(QString, options);
+    QFETCH(QString, refusal);
+    Repo::Entry entry;
+    entry.id = id;
+    entry.options = options;
+    entry.baseurl = QStringLiteral("not a URL at all");
+    config->setEntry(entry);
+    QCOMPARE(status(), refusal);
+    QCOMPARE(config->canBeWritten(), refusal.isEmpty());
+    if (!refusal.isEmpty()) {
+        QCOMPARE(label->palette().color(QPalette::Window), QColor(Colors::errorBg()));
     }
 }
 

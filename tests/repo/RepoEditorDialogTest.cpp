@@ -10,6 +10,7 @@
 #include "repo/RepoEditorContextMenu.h"
 #include "repo/RepoEditorModel.h"
 #include "repo/RepoEditorView.h"
+#include "tests/repo/Assistive.h"
 #include "tests/repo/Editor.h"
 #include "tests/repo/Form.h"
 #include "widgets/Colors.h"
@@ -43,6 +44,8 @@ private Q_SLOTS:
     void theButtonsHaveTheirToolTips();
     void itFitsASmallScreen();
     void aLongIdentifierDoesNotWidenTheWindow();
+    void theStatusIsNotCutOff();
+    void thePasswordStandsNowhereInClear();
     void itOpensSortedByIdentifier();
     void identifiersAreSortedAsPeopleCount();
     void itOpensCleanWithoutACurrentRow();
@@ -69,6 +72,9 @@ private Q_SLOTS:
     void addingARepository();
     void addingWithoutAnIdentifierShowsNew();
     void addingThatIsCancelledChangesNothing();
+    void whatTheFormAcceptsIsReadBack_data();
+    void whatTheFormAcceptsIsReadBack();
+    void optionsWithoutALineFeedAreEndedByTheSeparator();
     void copyingARepository();
     void copyingWithoutANewIdentifier();
     void removingThreeSelectedRows();
@@ -92,6 +98,8 @@ private Q_SLOTS:
     void cancelUndoesAndCloses();
     void cancelAfterApplyStillTells();
     void closingTheWindowKeepsTheSession();
+    void closingTheWindowDropsWhatIsNotApplied();
+    void closingTheWindowKeepsWhatWasSwitched();
     void closingWithoutChangesTellsNothing();
     void closingTellsWhenForced();
     void theSlotForResettingDoesNothing();
@@ -377,6 +385,50 @@ void RepoEditorDialogTest::aLongIdentifierDoesNotWidenTheWindow()
                 QCOMPARE(status(), QStringLiteral("Two or more repositories have the Identifier, ") +
                                        QString::fromLatin1(id));
                 QVERIFY(dialog->minimumSizeHint().width() <= 921);
+            }) >= 0);
+}
+
+void RepoEditorDialogTest::theStatusIsNotCutOff()
+{
+    backEnd->putRepo("double.repo", "[sixteen-letters-]\n[sixteen-letters-]\n");
+    QVERIFY(run([this] {
+                const QLabel* text = dialog->findChild<HFrameLabel*>()->findChild<QLabel*>();
+                QCOMPARE(text->text(),
+                         QStringLiteral("Two or more repositories have the Identifier, sixteen-letters-"));
+                QVERIFY(text->width() >= text->fontMetrics().horizontalAdvance(text->text()));
+            }) >= 0);
+}
+
+void RepoEditorDialogTest::thePasswordStandsNowhereInClear()
+{
+    backEnd->putRepo("v.repo", "[v]\nname=V\nbaseurl=http://h/vantor?u=bob&p=hidden&path=/x\n"
+                               "  http://k/vantor?u=bob&p=hidden&path=y\n"
+                               "mirrorlist=http://m/vantor?u=bob&p=hidden&path=/l\n");
+    const auto check = [this] {
+        for (const QString& text : readableTexts(dialog.get())) {
+            QVERIFY2(!text.contains(QStringLiteral("hidden")), qPrintable(text));
+        }
+        for (int row = 0; row < conf->entries.size(); ++row) {
+            for (int column = 0; column < ColumnCount; ++column) {
+                const QModelIndex cell = view->QTableView::model()->index(row, column);
+                for (int role = 0; role <= Qt::AccessibleDescriptionRole; ++role) {
+                    QVERIFY(!cell.data(role).toString().contains(QStringLiteral("hidden")));
+                }
+            }
+        }
+    };
+    QVERIFY(run([this, check] {
+                click(QStringLiteral("v"));
+                check();
+                QVERIFY(withForm([this] { click("Copy"); },
+                                 [this, check] {
+                                     QCOMPARE(fields->password->text(), QStringLiteral("hidden"));
+                                     check();
+                                     Form::type(fields->name, QStringLiteral("W"));
+                                     clickForm("OK");
+                                 }));
+                QCOMPARE(status(), QStringLiteral("Two or more repositories have the Identifier, v"));
+                check();
             }) >= 0);
 }
 
@@ -748,6 +800,70 @@ void RepoEditorDialogTest::addingThatIsCancelledChangesNothing()
             }) >= 0);
 }
 
+void RepoEditorDialogTest::whatTheFormAcceptsIsReadBack_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QString>("urls");
+    QTest::addColumn<QString>("options");
+    QTest::newRow("usual") << "new"
+                           << "http://h/new"
+                           << "priority=1\n";
+    QTest::newRow("blanks") << " my repo "
+                            << "http://h/new"
+                            << "";
+    QTest::newRow("other signs") << "Main-$basearch_1.2:3#5=;'"
+                                 << "http://h/new"
+                                 << "";
+    QTest::newRow("no URLs at all") << "new"
+                                    << "[x]\nenabled=0\n#"
+                                    << "";
+    QTest::newRow("options over several lines") << "new"
+                                                << "http://h/new"
+                                                << "a=b\n [c]\n\td\n#[e]\n";
+}
+
+void RepoEditorDialogTest::whatTheFormAcceptsIsReadBack()
+{
+    QFETCH(QString, id);
+    QFETCH(QString, urls);
+    QFETCH(QString, options);
+    QVERIFY(run([this, id, urls, options] {
+                QVERIFY(withForm([this] { click("Add"); },
+                                 [this, id, urls, options] {
+                                     Form::type(fields->id, id);
+                                     Form::type(fields->urls, urls);
+                                     fields->options->setPlainText(options);
+                                     Form::type(fields->file, QStringLiteral("new.repo"));
+                                     clickForm("OK");
+                                 }));
+                click("OK");
+            }) == int(QDialog::Accepted));
+    QVERIFY(run([this, id, urls, options] {
+                QCOMPARE(ids().size(), 4);
+                QCOMPARE(entry(id).baseurl, urls);
+                QCOMPARE(entry(id).options, options);
+                QCOMPARE(entry(id).enabled, 1);
+                QCOMPARE(entry(id).file, backEnd->repoPath("new.repo"));
+            }) >= 0);
+}
+
+void RepoEditorDialogTest::optionsWithoutALineFeedAreEndedByTheSeparator()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("os"));
+                QVERIFY(withForm([this] { click("Edit"); },
+                                 [this] {
+                                     Form::type(fields->options, QStringLiteral("a=b\nc=d"));
+                                     clickForm("OK");
+                                 }));
+                QCOMPARE(entry(QStringLiteral("os")).options, QStringLiteral("a=b\nc=d"));
+                click("Apply");
+                QCOMPARE(backEnd->getRepo("os.repo"),
+                         QByteArray("[os]\nname=System\nbaseurl=http://h/os\na=b\nc=d\n"
+                                    "[extras]\nname=Extras\nbaseurl=http://h/extras\nenabled=0\n"));
+            }) >= 0);
+}
+
 void RepoEditorDialogTest::copyingARepository()
 {
     QVERIFY(run([this] {
@@ -1102,6 +1218,43 @@ void RepoEditorDialogTest::closingTheWindowKeepsTheSession()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(session.value(QStringLiteral("extras")), true);
+    QCOMPARE(told->size(), 1);
+}
+
+void RepoEditorDialogTest::closingTheWindowDropsWhatIsNotApplied()
+{
+    const QByteArray before = backEnd->getRepo("os.repo");
+    QVERIFY(run([this] {
+                click(QStringLiteral("os"), PermanentColumn);
+                click(QStringLiteral("extras"));
+                QVERIFY(withForm([this] { click("Edit"); },
+                                 [this] {
+                                     Form::type(fields->urls, QStringLiteral("http://h/other"));
+                                     fields->enabled->setFocus();
+                                     QTest::keyClick(fields->enabled, Qt::Key_End);
+                                     clickForm("OK");
+                                 }));
+                QCOMPARE(session.value(QStringLiteral("extras")), true);
+                QTest::keyClick(view, Qt::Key_Escape);
+                QVERIFY(!dialog->isVisible());
+            }) == int(QDialog::Rejected));
+    QCOMPARE(backEnd->getRepo("os.repo"), before);
+    // The list says again what the files say, and the session is that which the packages were collected for.
+    QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
+    QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
+    QCOMPARE(session.value(QStringLiteral("extras")), false);
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogTest::closingTheWindowKeepsWhatWasSwitched()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), SessionColumn);
+                click(QStringLiteral("os"), PermanentColumn);
+                dialog->close();
+            }) == int(QDialog::Rejected));
+    QCOMPARE(session.value(QStringLiteral("extras")), true);
+    QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(told->size(), 1);
 }
 

@@ -47,6 +47,7 @@ void LogTest::passwordsInUrlsAreHidden_data()
     add("two of them", "http://h/vantor?u=&p=a&path= http://h/vantor?u=&p=b&path=",
         "http://h/vantor?u=&p=●●●&path= http://h/vantor?u=&p=●●●&path=");
     add("before the host", "ftp://joe:s3t@h:21/x", "ftp://joe:●●●@h:21/x");
+    add("at sign in the password", "http://me:s@3@h/x failed", "http://me:●●●@h/x failed");
     add("no password", "http://h/vantor?u=&p=&path=/x", "http://h/vantor?u=&p=&path=/x");
     add("other queries", "http://h/list?u=joe&p=9&arch=x86", "http://h/list?u=joe&p=9&arch=x86");
     add("a port and an address", "http://h:80/x: write to joe:k@h", "http://h:80/x: write to joe:k@h");

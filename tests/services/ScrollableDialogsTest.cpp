@@ -13,6 +13,7 @@
 #include <QWindow>
 
 #include "widgets/HScrollArea.h"
+#include "widgets/Metrics.h"
 
 namespace {
 
@@ -45,6 +46,7 @@ private Q_SLOTS:
     void closingRejects();
     void textIsNoMarkup();
     void shortTextNeedsNoScrolling();
+    void textThatTheScreenHasRoomForIsShownWhole();
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
     void longTextIsReachedByKeyboard();
@@ -171,6 +173,35 @@ void ScrollableDialogsTest::shortTextNeedsNoScrolling()
     const HScrollArea* area = dialog.findChild<HScrollArea*>();
     QVERIFY(!area->verticalScrollBar()->isVisible());
     QVERIFY(!area->horizontalScrollBar()->isVisible());
+}
+
+void ScrollableDialogsTest::textThatTheScreenHasRoomForIsShownWhole()
+{
+    // More than two thirds of the screen, which is what a window asks for by itself at most.
+    const QSize wanted = Metrics::maxWindowSize() * 85 / 100;
+    QLabel measured;
+    measured.setTextFormat(Qt::PlainText);
+    QString line;
+    do {
+        line += QString(1, 'x');
+        measured.setText(line);
+    } while (measured.sizeHint().width() < wanted.width());
+    QString text = line;
+    do {
+        text += "\nx";
+        measured.setText(text);
+    } while (measured.sizeHint().height() < wanted.height());
+
+    ScrollableErrorDialog dialog(text, nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    QVERIFY(dialog.width() > screen.width() * 2 / 3);
+    QVERIFY(dialog.height() > screen.height() * 2 / 3);
+    const HScrollArea* area = dialog.findChild<HScrollArea*>();
+    QVERIFY(!area->horizontalScrollBar()->isVisible());
+    QVERIFY(!area->verticalScrollBar()->isVisible());
+    QTRY_VERIFY(screen.contains(dialog.frameGeometry()));
 }
 
 void ScrollableDialogsTest::longTextScrollsInsideTheScreen_data()

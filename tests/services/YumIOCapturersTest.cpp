@@ -1,12 +1,15 @@
 #include "services/YumIOCapturers.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <functional>
 #include <memory>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -92,6 +95,16 @@ bool sameFile(int fd, const struct stat& expected)
     return fstat(fd, &now) == 0 && now.st_dev == expected.st_dev && now.st_ino == expected.st_ino;
 }
 
+// Whether whoever writes to this end of a pipe has to wait, or soon will: it takes less than another block.
+bool isFull(int fd)
+{
+    int waiting = 0;
+    return ioctl(fd, FIONREAD, &waiting) == 0 && waiting > fcntl(fd, F_GETPIPE_SZ) - 4096;
+}
+
+// The descriptor that cannot be replaced, which cannot be made to happen from outside; -1: all can.
+std::atomic<int> irreplaceable(-1);
+
 void writeAll(int fd, const QByteArray& bytes)
 {
     int done = 0;
@@ -106,6 +119,16 @@ void writeAll(int fd, const QByteArray& bytes)
 
 } // namespace
 
+extern "C" int dup2(int by, int fd) noexcept
+{
+    static const auto real = reinterpret_cast<int (*)(int, int)>(dlsym(RTLD_NEXT, "dup2"));
+    if (fd == irreplaceable) {
+        errno = EBADF;
+        return -1;
+    }
+    return real(by, fd);
+}
+
 class YumIOCapturersTest : public QObject
 {
     Q_OBJECT
@@ -115,6 +138,7 @@ private Q_SLOTS:
     void cleanup();
 
     void largeOutputOfAChildArrivesCompletely();
+    void writersThatOutrunTheReaderLoseNothing();
     void textIsHandedOverInTheGraphicalThread();
     void lastWordsOfAChildArrive();
     void writtenJustBeforeTheEndArrivesBeforeTheEnd();
@@ -131,6 +155,8 @@ private Q_SLOTS:
     void failingPipesLeaveTheOutputAlone_data();
     void failingPipesLeaveTheOutputAlone();
     void descriptorThatCannotBeSavedIsLeftAlone();
+    void descriptorThatCannotBeReplaced_data();
+    void descriptorThatCannotBeReplaced();
     void failedRestoreIsReportedAndTheReaderStays_data();
     void failedRestoreIsReportedAndTheReaderStays();
     void nestedUsersRestoreTheOuterObject();
@@ -167,6 +193,51 @@ void YumIOCapturersTest::largeOutputOfAChildArrivesCompletely()
     QCOMPARE(receiver.errors, QStringList());
 }
 
+void YumIOCapturersTest::writersThatOutrunTheReaderLoseNothing()
+{
+    // Numbered lines: what is lost, comes twice or too early shows.
+    const auto lines = [](int from, int to) {
+        QString text;
+        for (int number = from; number <= to; ++number) {
+            text += QString::number(number) + '\n';
+        }
+        return text;
+    };
+    Receiver receiver;
+    runOnWorker([&] { YumIOCapturers capturers(&receiver); });
+    const int descriptors = countDescriptors();
+
+    // Again and again the graphical thread has other things to do, until both writers wait for it.
+    constexpr int pauses = 10;
+    std::atomic<bool> writing(false);
+    int bothFull = 0;
+    QTimer busy;
+    connect(&busy, &QTimer::timeout, this, [&] {
+        for (int i = 0; i < 10000 && writing && bothFull < pauses; ++i) {
+            if (isFull(STDOUT_FILENO) && isFull(STDERR_FILENO)) {
+                ++bothFull;
+                break;
+            }
+            QThread::msleep(1);
+        }
+    });
+    busy.start(0);
+    int status = -1;
+    runOnWorker([&] {
+        YumIOCapturers capturers(&receiver);
+        writing = true;
+        status = system("seq 1000000 1400000 & seq 5000000 5400000 >&2; wait");
+        writing = false;
+    });
+    busy.stop();
+    QCOMPARE(status, 0);
+    QCOMPARE(bothFull, pauses);
+    QVERIFY(receiver.out == lines(1000000, 1400000));
+    QVERIFY(receiver.err == lines(5000000, 5400000));
+    QCOMPARE(receiver.errors, QStringList());
+    QCOMPARE(countDescriptors(), descriptors);
+}
+
 void YumIOCapturersTest::textIsHandedOverInTheGraphicalThread()
 {
     Receiver receiver;
@@ -199,7 +270,7 @@ void YumIOCapturersTest::lastWordsOfAChildArrive()
 
 void YumIOCapturersTest::writtenJustBeforeTheEndArrivesBeforeTheEnd()
 {
-    QByteArray text(60000, 'x');
+    const QByteArray text(65536, 'x'); // as much as a pipe holds
     for (int i = 0; i < 200; ++i) {
         Receiver receiver;
         int arrived = 0;
@@ -460,6 +531,47 @@ void YumIOCapturersTest::descriptorThatCannotBeSavedIsLeftAlone()
     });
     QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
     QVERIFY(unchanged);
+    QCOMPARE(after, before);
+}
+
+void YumIOCapturersTest::descriptorThatCannotBeReplaced_data()
+{
+    QTest::addColumn<int>("descriptor");
+    QTest::newRow("standard output") << STDOUT_FILENO;
+    QTest::newRow("standard error") << STDERR_FILENO;
+}
+
+void YumIOCapturersTest::descriptorThatCannotBeReplaced()
+{
+    QFETCH(int, descriptor);
+    Receiver receiver;
+    bool stdoutStayed = false;
+    bool stderrStayed = false;
+    bool restored = false;
+    int before = 0;
+    int after = 0;
+    runOnWorker([&] {
+        before = countDescriptors();
+        {
+            irreplaceable = descriptor;
+            YumIOCapturers capturers(&receiver);
+            irreplaceable = -1;
+            stdoutStayed = sameFile(STDOUT_FILENO, originalStdout);
+            stderrStayed = sameFile(STDERR_FILENO, originalStderr);
+            if (!stdoutStayed) {
+                // More than a pipe holds, with nobody to read it: the operation must not wait for ever.
+                writeAll(STDOUT_FILENO, QByteArray(1 << 20, 'x'));
+            }
+        }
+        restored = sameFile(STDOUT_FILENO, originalStdout) && sameFile(STDERR_FILENO, originalStderr);
+        after = countDescriptors();
+    });
+    QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
+    // What was replaced first stays so until the end.
+    QCOMPARE(stdoutStayed, descriptor == STDOUT_FILENO);
+    QVERIFY(stderrStayed);
+    QVERIFY(restored);
+    QVERIFY(receiver.out.isEmpty());
     QCOMPARE(after, before);
 }
 

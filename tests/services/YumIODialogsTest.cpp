@@ -91,6 +91,8 @@ private Q_SLOTS:
     void enterPressesTheDefaultButton();
     void escapePressesTheEscapeButton();
     void escapeDoesNothingWithoutAnEscapeButton();
+    void endOfTheProgramIsTheEscapeButton_data();
+    void endOfTheProgramIsTheEscapeButton();
     void boxWithoutButtonTextsHasAnOkButton();
     void boxIsThatOfTheStandardForm_data();
     void boxIsThatOfTheStandardForm();
@@ -244,6 +246,42 @@ void YumIODialogsTest::escapeDoesNothingWithoutAnEscapeButton()
         });
     QVERIFY(stillOpen);
     QCOMPARE(result, 1);
+}
+
+void YumIODialogsTest::endOfTheProgramIsTheEscapeButton_data()
+{
+    QTest::addColumn<bool>("shown");
+    QTest::newRow("while the box is shown") << true;
+    QTest::newRow("before it is shown") << false;
+}
+
+void YumIODialogsTest::endOfTheProgramIsTheEscapeButton()
+{
+    QFETCH(bool, shown);
+    int answer = -1000;
+    QTimer::singleShot(0, qApp, [&] {
+        Asker asker(mainWindow.get(), [](YumIODialogs& dialogs) {
+            return dialogs.critical("Caption", "Text", "Yes", "No", "", 1, 1);
+        });
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            if (openDialog() != nullptr) {
+                qApp->quit();
+            }
+        });
+        timer.start(10);
+        if (!shown) {
+            qApp->quit();
+        }
+        asker.start();
+        while (!asker.wait(5)) {
+            QCoreApplication::processEvents();
+        }
+        answer = asker.answer;
+        qApp->quit();
+    });
+    qApp->exec();
+    QCOMPARE(answer, 1);
 }
 
 void YumIODialogsTest::boxWithoutButtonTextsHasAnOkButton()

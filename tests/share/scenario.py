@@ -3,7 +3,6 @@
 The package manager and rpm keep state for the whole process, and the script changes some of it.
 """
 
-import ctypes
 import functools
 import multiprocessing
 import os
@@ -18,15 +17,14 @@ import unittest
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SCRIPT = os.path.join(SOURCES, "share", "python", "YumIO.py")
-sys.path.insert(0, os.path.join(SOURCES, "tools", "sandbox"))
+sys.path[:0] = [os.path.join(SOURCES, "tools", "sandbox"), os.path.join(SOURCES, "tests", "support")]
 
+import filesystems  # noqa: E402
 from vyresandbox import Sandbox, server  # noqa: E402
 
 from recordingmodule import Recording  # noqa: E402
 
 _PATIENCE = 180  # seconds after which a process that hangs is ended
-
-_CLONE_NEWNS = 0x00020000  # of linux/sched.h
 
 workspace = None
 
@@ -202,27 +200,15 @@ class ScenarioTest(unittest.TestCase):
 
     def isolate(self):
         """From here on, what this process mounts is seen by nobody else and gone with its end."""
-        library = ctypes.CDLL(None, use_errno=True)
-        if library.unshare(_CLONE_NEWNS) != 0:
-            raise OSError(ctypes.get_errno(), "no file systems of its own")
-        subprocess.run(["mount", "--make-rprivate", "/"], check=True)
+        filesystems.isolate()
 
     def mount_small(self, path, kilobytes):
         """Puts a file system of that size, with what the directory holds, on a directory of the managed system."""
-        path = self.sandbox.root + path
-        os.makedirs(path, exist_ok=True)
-        saved = tempfile.mkdtemp(dir=self.directory)
-        subprocess.run(["cp", "-a", path + "/.", saved], check=True)
-        subprocess.run(["mount", "-t", "tmpfs", "-o", "size=%dk" % kilobytes, "tmpfs", path], check=True)
-        subprocess.run(["cp", "-a", saved + "/.", path], check=True)
+        filesystems.mount_small(self.sandbox.root + path, kilobytes)
 
     def resize(self, path, kilobytes):
         """Changes the size of such a file system to what it holds and that much more."""
-        path = self.sandbox.root + path
-        found = os.statvfs(path)
-        used = (found.f_blocks - found.f_bfree) * found.f_frsize // 1024
-        # A size of nothing would mean no limit.
-        subprocess.run(["mount", "-o", "remount,size=%dk" % max(used + kilobytes, 4), path], check=True)
+        filesystems.resize(self.sandbox.root + path, kilobytes)
 
     def index(self, name, *options):
         """Makes the metadata of a repository anew, after its packages were changed."""

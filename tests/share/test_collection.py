@@ -1,8 +1,10 @@
 """Reading repositories, and what is collected from them."""
 
+import contextlib
 import datetime
 import os
 import shutil
+import sqlite3
 import time
 
 from scenario import ScenarioTest, in_own_process
@@ -10,6 +12,89 @@ from scenario import ScenarioTest, in_own_process
 from vyresandbox import catalogue
 
 REPODATA = "/sandbox-http/repodata/"
+
+
+class LeftoversTest(ScenarioTest):
+    """What is told of a transaction that was cut off."""
+
+    def told(self):
+        return [text for text in self.recording.errors() if "last transaction" in text or "several versions" in text]
+
+    def collected_anew(self):
+        self.recording.clear()
+        self.yumio.reset()
+        self.collect()
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_nothing_is_told_of_what_has_ended(self):
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        # Two kernels, and a library for two architectures, are as they should be.
+        self.assertEqual(self.told(), [])
+        self.apply(installs=["astrolabe"])
+        self.collected_anew()
+        self.assertEqual(self.told(), [])
+        with self.assertRaises(self.dnf.exceptions.Error):
+            self.apply(installs=["brokenlatch"])
+        self.collected_anew()
+        self.assertEqual(self.told(), [])
+
+    @in_own_process
+    def test_a_transaction_without_an_end(self):
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        self.apply(installs=["astrolabe"])
+        path = self.sandbox.root + "/var/lib/dnf/history.sqlite"
+        with contextlib.closing(sqlite3.connect(path)) as database, database:
+            database.execute("UPDATE trans SET dt_begin = 86400, dt_end = 0, state = 0 "
+                             "WHERE id = (SELECT max(id) FROM trans)")
+        self.collected_anew()
+        self.assertEqual(self.told(), ["The last transaction, begun on %s, did not come to its end.\n"
+                                       "What it has left undone has to be marked and applied again."
+                                       % time.ctime(86400)])
+        # It is the last one no more.
+        self.apply(removes=["astrolabe"])
+        self.collected_anew()
+        self.assertEqual(self.told(), [])
+
+    @in_own_process
+    def test_several_versions_of_a_package(self):
+        for name in ("abacus-cli-3.3.0-2.x86_64.rpm", "barometer-1.1-2.x86_64.rpm"):
+            path = os.path.join(self.sandbox.repository("sandbox-updates"), name)
+            self.sandbox.rpm("--install", "--force", "--nosignature", path)
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        self.assertEqual(self.told(), ["Of these packages several versions are installed, as a transaction leaves "
+                                       "them that is cut off:\n"
+                                       "  abacus-cli-3.2.1-1.x86_64, abacus-cli-3.3.0-2.x86_64\n"
+                                       "  barometer-1.0-1.x86_64, barometer-1.1-2.x86_64\n"
+                                       "\"dnf remove --duplicates\" removes the older ones."])
+
+    @in_own_process
+    def test_a_system_without_a_history_gets_none(self):
+        path = self.sandbox.root + "/var/lib/dnf/history.sqlite"
+        for name in os.listdir(os.path.dirname(path)):
+            os.unlink(os.path.join(os.path.dirname(path), name))
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        self.assertEqual(self.told(), [])
+        self.assertFalse(os.path.exists(path))
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_a_broken_history_keeps_nothing_from_being_collected(self):
+        self.write("/var/lib/dnf/history.sqlite", b"nonsense" * 1000)
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        self.package(self.available, "astrolabe")
+        self.assertEqual(self.told(), [])
+        self.assert_no_faults()
 
 
 class SetupTest(ScenarioTest):
@@ -299,6 +384,23 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
         self.assertIn("sandbox-http", "\n".join(self.recording.errors()))
         self.assertEqual(len(self.package(self.available, "manyfiles").files), 2000)
+        # A search asks every package.
+        told = len(self.recording.errors())
+        self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
+        self.assertEqual(self.package(self.available, "manyfiles").changelogs, [])
+        self.assertEqual(len(self.recording.errors()), told)
+        self.again()
+        self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
+
+    @in_own_process
+    def test_change_logs_held_by_another_process_are_tried_again(self):
+        self.started()
+        tagsoup = self.package(self.available, "tagsoup")
+        lock = self.write("/var/cache/yum/metadata_lock.pid", str(os.getppid()))
+        self.assertEqual(tagsoup.changelogs, [])
+        self.assertIn("sandbox-http", "\n".join(self.recording.errors()))
+        os.remove(lock)
+        self.assertEqual(len(tagsoup.changelogs), 3)
 
     @in_own_process
     def test_change_logs_stay_readable_after_another_collection(self):

@@ -67,6 +67,17 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     @in_own_process
+    def test_a_removal_that_the_database_does_not_have_is_a_failure(self):
+        self.mount_small("/var/lib/rpm", PLENTY)
+        self.started()
+        self.resize("/var/lib/rpm", 0)
+        self.assert_refused("^The database of packages does not have what was done to:\nbirch-log-3.0-1.x86_64\n"
+                            "There are only 0 kB left for %s/var/lib/rpm$" % self.sandbox.root, removes=["birch-log"])
+        self.resize("/var/lib/rpm", PLENTY)
+        self.again()
+        self.assertEqual(self.changes(self.apply, removes=["birch-log"]), (set(), {"birch-log-3.0-1.x86_64"}))
+
+    @in_own_process
     def test_no_space_for_the_history_changes_nothing(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.started()

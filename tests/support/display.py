@@ -8,15 +8,39 @@ import tempfile
 import time
 
 
+# A user of another name space cannot say who it is.
+BUS_OF_ALL = '''<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>{}</listen>
+  <auth>EXTERNAL</auth>
+  <auth>ANONYMOUS</auth>
+  <allow_anonymous/>
+  <servicedir>/usr/share/dbus-1/accessibility-services</servicedir>
+  <policy context="default">
+    <allow user="*"/>
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+'''
+
+
 class StartError(Exception):
     """Something that a test needs did not start."""
 
 
 class VirtualDisplay:
-    """with VirtualDisplay() as environment: run programs in that environment."""
+    """with VirtualDisplay() as environment: run programs in that environment.
 
-    def __init__(self, accessible=False, size='1280x900'):
+    any_user: the accessibility bus also accepts programs of other users.
+    """
+
+    def __init__(self, accessible=False, size='1280x900', any_user=False):
         self.accessible = accessible
+        self.any_user = any_user
         self.size = size
         self.started = []
 
@@ -25,7 +49,9 @@ class VirtualDisplay:
         self.log = open(os.path.join(self.scratch.name, 'log'), 'w+b')
         self.environment = dict(os.environ)
         self.environment.pop('WAYLAND_DISPLAY', None)
-        self.environment.setdefault('XDG_RUNTIME_DIR', self.scratch.name)
+        runtime = os.path.join(self.scratch.name, 'runtime')
+        os.mkdir(runtime, 0o700)
+        self.environment.setdefault('XDG_RUNTIME_DIR', runtime)
         try:
             self._start_server()
             self._start(['openbox', '--sm-disable'])
@@ -67,13 +93,30 @@ class VirtualDisplay:
             raise StartError('Xvfb did not start:\n' + self.log.read().decode(errors='replace'))
         self.environment['DISPLAY'] = ':' + number
 
-    def _start_accessibility(self):
-        bus = self._start(['dbus-daemon', '--session', '--nofork', '--print-address=1'], stdout=subprocess.PIPE)
+    def _start_bus(self, configuration):
+        bus = self._start(['dbus-daemon', configuration, '--nofork', '--print-address=1'], stdout=subprocess.PIPE)
         address = bus.stdout.readline().decode().strip()
         if not address:
             raise StartError('the message bus did not start')
         self.environment['DBUS_SESSION_BUS_ADDRESS'] = address
+
+    def _start_accessibility(self):
         self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
+        if self.any_user:
+            # The usual launcher's bus would have none but its own user and root. One bus is enough for both.
+            os.chmod(self.scratch.name, 0o711)
+            address = 'unix:path=' + os.path.join(self.scratch.name, 'bus')
+            # Also for what the bus itself starts.
+            self.environment['AT_SPI_BUS_ADDRESS'] = address
+            path = os.path.join(self.scratch.name, 'bus.conf')
+            with open(path, 'w') as stream:
+                stream.write(BUS_OF_ALL.format(address))
+            self._start_bus('--config-file=' + path)
+            # Where programs look for it that find no launcher.
+            subprocess.run(['xprop', '-root', '-f', 'AT_SPI_BUS', '8s', '-set', 'AT_SPI_BUS', address],
+                           env=self.environment, check=True)
+            return
+        self._start_bus('--session')
         for launcher in ('/usr/libexec/at-spi-bus-launcher', '/usr/lib/at-spi2-core/at-spi-bus-launcher'):
             if os.path.exists(launcher):
                 self._start([launcher, '--launch-immediately'])

@@ -121,6 +121,14 @@ PyObject* tip(PyObject* self, PyObject*)
     return texts([self] { return backEndOf(self)->tip(); });
 }
 
+PyObject* captured(PyObject* self, PyObject*)
+{
+    return texts([self] {
+        const YumIOProbe& yumIO = backEndOf(self)->yumIO;
+        return QStringList{yumIO.stdoutCapturedPending, yumIO.stderrCapturedPending};
+    });
+}
+
 PyObject* state(PyObject* self, PyObject*)
 {
     const YumIOProbe& yumIO = backEndOf(self)->yumIO;
@@ -158,6 +166,7 @@ PyObject* state(PyObject* self, PyObject*)
 PyMethodDef functions[] = {
     {"look", look, METH_NOARGS, nullptr},
     {"tip", tip, METH_NOARGS, nullptr},
+    {"captured", captured, METH_NOARGS, nullptr},
     {"state", state, METH_NOARGS, nullptr},
 };
 

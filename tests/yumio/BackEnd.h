@@ -50,8 +50,9 @@ public:
     BackEnd();
 
     // False when the back end did not start. Without a share directory it runs the stand-in script, whose
-    // callers have three functions more: look() gives bars(), tip() gives tip(), state() some members of the
-    // back end by name. They may be called on any thread.
+    // callers have four functions more: look() gives bars(), tip() gives tip(), captured() the unfinished
+    // lines of captured standard output and standard error, state() some members of the back end by name.
+    // They may be called on any thread.
     bool start(const QByteArray& share = QByteArray());
 
     // What the bars show: "text value/maximum" of the total bar and of the item bar, or "idle".

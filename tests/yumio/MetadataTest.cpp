@@ -338,6 +338,28 @@ private Q_SLOTS:
         QCOMPARE(problem, QString("mismatched tag"));
     }
 
+    void fileOfAnotherKindHoldsNothing()
+    {
+        // The same packages are in it: they must not look as if they had no files, or no changes.
+        const QByteArray packages = package("one", "") + package("two", "");
+        const auto read = [this](const QByteArray& content, bool changeLogs) {
+            std::vector<QByteArray> texts(2);
+            QString problem;
+            const bool fine = (changeLogs ? Metadata::readChangeLogs : Metadata::readFileLists)(
+                writePlain(content), {{"one", 0}, {"two", 1}}, texts, problem);
+            if (fine || !texts[0].isNull() || !texts[1].isNull()) {
+                QTest::qFail(content.constData(), __FILE__, __LINE__);
+            }
+            return problem;
+        };
+        QCOMPARE(read(otherData(packages), false), QString("\"otherdata\" where \"filelists\" is expected"));
+        QCOMPARE(read(fileLists(packages), true), QString("\"filelists\" where \"otherdata\" is expected"));
+        QCOMPARE(read("<html><filelists>" + packages + "</filelists></html>", false),
+                 QString("\"html\" where \"filelists\" is expected"));
+        QCOMPARE(read("<package pkgid=\"one\"/>", true),
+                 QString("\"package\" where \"otherdata\" is expected"));
+    }
+
     void missingFileAndDirectory()
     {
         for (const QString& path : {directory.filePath("nothing"), directory.path()}) {

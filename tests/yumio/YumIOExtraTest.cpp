@@ -123,6 +123,43 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 1);
     }
 
+    void extraDataAreReadRepositoryByRepository_data() { extraDataAreLoadedOnce_data(); }
+
+    void extraDataAreReadRepositoryByRepository()
+    {
+        QFETCH(bool, files);
+        QFETCH(QString, method);
+        QFETCH(QString, name);
+        backEnd->run("class Payload:\n"
+                     "    download_size = 400.0\n"
+                     "    def __init__(self, name): self.name = name\n"
+                     "    def __str__(self): return self.name\n"
+                     "seen = []\n"
+                     "def load():\n"
+                     "    for name in 'one', 'two':\n"
+                     "        payload = Payload(name)\n"
+                     "        yumIOC.downloadStart(1, 400, 0)\n"
+                     "        yumIOC.downloadProgress(payload, 0.0)\n"
+                     "        seen.append(look())\n"
+                     "        yumIOC.downloadEnd(payload, None, None)\n"
+                     "    return True\n"
+                     "it.does['" +
+                     method +
+                     "'] = load\n"
+                     "BASE.repos['second'] = Thing(enabled=1)");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
+        QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
+        // 1000 of the 15000 come before, each repository has half of the rest.
+        QCOMPARE(backEnd->text("seen"), QString("[['Loading %1: Total Progress (6%) 1000/15000', "
+                                                "'Reading repository metadata for one (0%) 0/1'], "
+                                                "['Loading %1: Total Progress (53%) 8000/15000', "
+                                                "'Reading repository metadata for two (0%) 0/1']]")
+                                            .arg(name));
+        QCOMPARE(yumIO().phase, quint32(YumIOProbe::Idle));
+    }
+
     void repeatedPathIsShownOnce()
     {
         backEnd->run("tool.files = ['/usr/z', '/usr/a', '/usr/z', '/Usr', '/usr/a']");
@@ -202,6 +239,34 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).filter("ValueError: broken").isEmpty());
     }
 
+    void listThatBreaksOffIsNotShown()
+    {
+        backEnd->run("def broken():\n"
+                     "    yield 'one'\n"
+                     "    raise ValueError('half way')\n"
+                     "def changes():\n"
+                     "    yield {'timestamp': datetime.datetime(2024, 2, 20), 'author': 'A', 'text': 'T'}\n"
+                     "    raise ValueError('half way')\n"
+                     "tool.files = broken()\n"
+                     "tool.enhances = broken()\n"
+                     "tool.changelogs = changes()\n"
+                     "tool.hdr = {rpm.RPMTAG_PREFIXES: broken()}\n"
+                     "group.default_packages = broken()");
+        QCOMPARE(yumIO().getFiles(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
+        QCOMPARE(yumIO().getEnhances(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's enhances"}));
+        QCOMPARE(yumIO().getChangeLog(tool()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
+        QCOMPARE(yumIO().getRelocations(tool()), QString());
+        QCOMPARE(errors(), QStringList(generic));
+        QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: group G.default_packages not evaluable"}));
+        // That there is none is no failure.
+        backEnd->run("group.default_packages = None");
+        QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
+    }
+
     void missingListIsToldOnce()
     {
         const int before = backEnd->log().count();
@@ -231,6 +296,16 @@ private Q_SLOTS:
                      "    {'timestamp': datetime.datetime(2023, 9, 2), 'author': 'Bob', 'text': '- three'}]");
         QCOMPARE(yumIO().getChangeLog(tool()),
                  QString("* Tue Feb 20 2024 Ann <a@b>\n- one\n- two\n\n* Sat Sep 2 2023 Bob\n- three"));
+    }
+
+    void changeWithoutItsValuesIsToldOf()
+    {
+        backEnd->run(
+            "tool.changelogs = [{'author': 'A', 'text': 'T'},\n"
+            "                   {'timestamp': datetime.datetime(2024, 2, 20), 'author': 'B', 'text': 'U'}]");
+        QCOMPARE(yumIO().getChangeLog(tool()), QString("*  A\nT\n\n* Tue Feb 20 2024 B\nU"));
+        QCOMPARE(backEnd->answers.takeTexts("VYRE Yum Warning"),
+                 QStringList("Internal error: YumIO::pyDate did not understand type: NULL"));
     }
 
     void changeLogsThatAreNone()
@@ -311,6 +386,12 @@ private Q_SLOTS:
         QCOMPARE(yumIO().pyStringDec(yumIO().getRpmHdrValue(tool().pyObject, "NAME")), QString("tool"));
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "NONSENSE") == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: cannot find rpm.RPMTAG_NONSENSE"));
+        // The header need not have each.
+        QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "VERSION") == nullptr);
+        QCOMPARE(errors(), QStringList());
+        backEnd->run("tool.hdr = 1");
+        QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "VERSION") == nullptr);
+        QCOMPARE(errors(), QStringList(generic));
     }
 
     void comparisonSigns()

@@ -138,9 +138,11 @@ public:
     using YumIO::remoteWeight;
     using YumIO::rpmWeight;
     using YumIO::savedSigchld;
+    using YumIO::stderrCapturedPending;
     using YumIO::stderrKind;
     using YumIO::stderrLevel;
     using YumIO::stderrPending;
+    using YumIO::stdoutCapturedPending;
     using YumIO::stdoutPending;
     using YumIO::testRun;
     using YumIO::threadCount;

@@ -414,7 +414,8 @@ private Q_SLOTS:
     {
         collect("it.available = [Package('lib', arch='i686')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'i586')])\nseen.append(state())"));
-        QCOMPARE(backEnd->text("seen[0]['remoteCount']"), QString("1"));
+        // Nothing was listed of which this could be a part.
+        QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['downloadSteps']"), QString("(1, 0)"));
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'x86_64')])"));
         QCOMPARE(errors(), QStringList("Internal error: downloadRemotePayloads: unable to find package "
                                        "entry for lib.x86_64"));
@@ -782,6 +783,14 @@ private Q_SLOTS:
                       "seen.append(look())\n"));
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen[0][1]"), QString("Preparing to Run Transaction (0%) 0/1"));
+    }
+
+    void everyFlagButFalseIsATest()
+    {
+        QVERIFY(!apply("for flag in (False, True, None, 0, '', False):\n"
+                       "    yumIOC.rpmtransInit(flag)\n"
+                       "    seen.append(state()['testRun'])"));
+        QCOMPARE(backEnd->text("seen"), QString("[0, 1, 1, 1, 1, 0]"));
     }
 
     void preparationEndsTheDownloads()

@@ -295,16 +295,38 @@ private Q_SLOTS:
         QCOMPARE(WTERMSIG(status), SIGINT);
     }
 
+    void endOfTheProgramWaitsForTheWorker_data()
+    {
+        QTest::addColumn<int>("way");
+        QTest::newRow("quit") << 0;
+        QTest::newRow("end of the session") << 1;
+        QTest::newRow("last window closed") << 2;
+    }
+
     void endOfTheProgramWaitsForTheWorker()
     {
+        QFETCH(int, way);
+        const auto endProgram = [this, way] {
+            if (way == 0) {
+                qApp->quit();
+            } else if (way == 1) {
+                // That is what the session's manager has the program do.
+                QEvent quit(QEvent::Quit);
+                QCoreApplication::sendEvent(qApp, &quit);
+            } else {
+                backEnd->window.show();
+                backEnd->window.close();
+            }
+        };
         bool ended = false;
         bool endedBefore = false;
         int answer = -1;
+        int conflict = -1;
         QTimer::singleShot(0, qApp, [&] {
             work([&] {
                 QSemaphore quit;
                 later([&] {
-                    qApp->quit();
+                    endProgram();
                     quit.release();
                 });
                 quit.acquire();
@@ -314,6 +336,7 @@ private Q_SLOTS:
                     // Nobody is there to answer, and that is a No.
                     YumIODialogsUser user(yumIO().dialogs, &backEnd->window);
                     answer = yumIO().dialogs->confirm("Apply", "Really?", "OK", "Cancel");
+                    conflict = yumIO().dialogs->critical("Apply", "Really?", "Yes", "No", QString(), 1, 1);
                 }
                 ended = true;
             });
@@ -323,6 +346,7 @@ private Q_SLOTS:
         qApp->exec();
         QVERIFY(endedBefore);
         QCOMPARE(answer, 0);
+        QCOMPARE(conflict, 1);
         // The next operation is not disturbed by that.
         QVERIFY(backEnd->collect());
     }

@@ -472,6 +472,26 @@ private Q_SLOTS:
 
     // --- Messages
 
+    void passwordsAreHiddenInMessages()
+    {
+        const QString text = "404 for http://h/vantor?u=joe&p=secret&path=/x and ftp://joe:secret@h/ %1";
+        const QString hidden =
+            QString::fromUtf8("404 for http://h/vantor?u=joe&p=●●●&path=/x and ftp://joe:●●●@h/ %1");
+        const int before = backEnd->log().count();
+        yumIO().error(text);
+        QCOMPARE(errors(), QStringList(hidden));
+        yumIO().error(text.toUtf8().constData());
+        QCOMPARE(errors(), QStringList(hidden));
+        yumIO().warning(text);
+        QCOMPARE(warnings(), QStringList(hidden));
+        yumIO().warning(text.toUtf8().constData());
+        QCOMPARE(warnings(), QStringList(hidden));
+        yumIO().pythonException(text);
+        QCOMPARE(errors(), QStringList(hidden));
+        QCOMPARE(backEnd->log(before), QStringList({"3 0 " + hidden, "3 0 " + hidden, "2 0 " + hidden,
+                                                    "2 0 " + hidden, "3 0 " + hidden}));
+    }
+
     void errorIsLoggedAndShown()
     {
         const int before = logLength();

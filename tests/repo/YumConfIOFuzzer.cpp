@@ -1,0 +1,188 @@
+// Gives the reader of the configuration files whatever a fuzzer thinks of, and checks that what has been read
+// is written, and read again, without a loss. The input is the main file and two repository files, with the
+// byte 0x1F between them.
+
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QMessageBox>
+#include <QTemporaryDir>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "repo/YumConfIO.h"
+
+namespace {
+
+// Answers every message box at once: errors with OK, the question about duplicates with Yes.
+class Answers : public QObject
+{
+public:
+    bool eventFilter(QObject* object, QEvent* event) override
+    {
+        auto* box = event->type() == QEvent::Show ? qobject_cast<QMessageBox*>(object) : nullptr;
+        if (box != nullptr) {
+            ++shown;
+            const QMessageBox::StandardButtons buttons = box->standardButtons();
+            QMetaObject::invokeMethod(
+                box, "done", Qt::QueuedConnection,
+                Q_ARG(int, (buttons & QMessageBox::Yes) != 0 ? QMessageBox::Yes : QMessageBox::Ok));
+        }
+        return false;
+    }
+
+    int shown = 0;
+};
+
+struct Surroundings
+{
+    Surroundings()
+        : root(QFile::exists(QStringLiteral("/dev/shm")) ? QStringLiteral("/dev/shm/vyre-fuzz-XXXXXX")
+                                                         : QDir::tempPath() + "/vyre-fuzz-XXXXXX"),
+          application(count, arguments)
+    {
+        application.installEventFilter(&answers);
+        qputenv("VYREROOT", QFile::encodeName(root.path()));
+        for (const char* directory : {"etc/yum.repos.d", "etc/yum/repos.d"}) {
+            if (!QDir(root.path()).mkpath(QString::fromLatin1(directory))) {
+                std::abort();
+            }
+        }
+        directories << root.path() + "/etc/yum.repos.d" << root.path() + "/etc/yum/repos.d";
+        files << root.path() + "/etc/yum.conf" << root.path() + "/etc/yum.repos.d/a.repo"
+              << root.path() + "/etc/yum/repos.d/b.repo";
+    }
+
+    int count = 1;
+    char name[5] = "fuzz";
+    char* arguments[2] = {name, nullptr};
+    QTemporaryDir root;
+    QApplication application;
+    Answers answers;
+    QStringList directories;
+    QStringList files;
+};
+
+Surroundings* surroundings = nullptr;
+
+// A finding: the fuzzer keeps the input.
+void require(bool holds, const char* what)
+{
+    if (!holds) {
+        qCritical("%s", what);
+        std::abort();
+    }
+}
+
+QByteArray get(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QList<QByteArray> contents()
+{
+    QList<QByteArray> result;
+    for (const QString& file : surroundings->files) {
+        result += get(file);
+    }
+    return result;
+}
+
+// A text as it is read after it has been written: it is written as UTF-8 and read as Latin-1.
+QString readBack(const QString& text)
+{
+    const QByteArray bytes = text.toUtf8();
+    return QString::fromLatin1(bytes.constData(), bytes.size());
+}
+
+QStringList describe(const QList<Repo::Entry>& entries)
+{
+    QStringList result;
+    for (const Repo::Entry& each : entries) {
+        result += QStringList({each.file, QString::number(each.position), QString::number(each.enabled),
+                               QString::number(each.gpgcheck), each.id, each.name, each.baseurl,
+                               each.mirrorlist, each.options})
+                      .join(QChar(0xFFFF));
+    }
+    return result;
+}
+
+// As they are to be read after they have been written: numbered anew, as some may have been dropped.
+QList<Repo::Entry> readBack(QList<Repo::Entry> entries)
+{
+    QHash<QString, double> positions;
+    for (Repo::Entry& each : entries) {
+        for (QString Repo::Entry::*field : {&Repo::Entry::id, &Repo::Entry::name, &Repo::Entry::baseurl,
+                                            &Repo::Entry::mirrorlist, &Repo::Entry::options}) {
+            each.*field = readBack(each.*field);
+        }
+        each.position = positions[each.file] += 1.0;
+    }
+    return entries;
+}
+
+void check(YumConfIO& conf)
+{
+    if (!conf.read(nullptr)) {
+        require(surroundings->answers.shown == 1, "a failed reading shows one error");
+        return;
+    }
+    require(surroundings->answers.shown == 0, "what is read well needs no message box");
+    require(conf.pendingLines.isEmpty(), "no line is left");
+    if (conf.reposdir != surroundings->directories) {
+        // Nothing is written to places that the input names.
+        return;
+    }
+    require(conf.write(nullptr), "what was read can be written");
+    require(surroundings->answers.shown <= 1, "writing asks once");
+    const QList<QByteArray> written = contents();
+    const QString mainText = readBack(conf.mainText);
+    const QStringList expected = describe(readBack(conf.entries));
+
+    surroundings->answers.shown = 0;
+    require(conf.read(nullptr), "what was written can be read");
+    require(conf.mainText == mainText, "the main part is read as it was written");
+    require(describe(conf.entries) == expected, "the entries are read as they were written");
+    require(conf.write(nullptr), "what was read again can be written");
+    require(surroundings->answers.shown == 0, "what was written needs no message box");
+    const QList<QByteArray> again = contents();
+    for (int i = 0; i < written.size(); ++i) {
+        const QByteArray& before = written.at(i);
+        require(again.at(i) == QString::fromLatin1(before.constData(), before.size()).toUtf8(),
+                "a second writing changes nothing but the encoding");
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    // The platform warns at every message box.
+    qputenv("QT_LOGGING_RULES", "default.warning=false");
+    surroundings = new Surroundings;
+    std::atexit([] { surroundings->root.remove(); });
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QByteArray input(reinterpret_cast<const char*>(data), int(size));
+    const QList<QByteArray> parts = input.split('\x1F');
+    for (int i = 0; i < surroundings->files.size(); ++i) {
+        QFile file(surroundings->files.at(i));
+        if (!file.open(QIODevice::WriteOnly) || file.write(parts.value(i)) != parts.value(i).size()) {
+            std::abort();
+        }
+    }
+    surroundings->answers.shown = 0;
+    const QList<YumRepoEnabled> requests{YumRepoEnabled(false, QStringLiteral("*-debug*")),
+                                         YumRepoEnabled(true, QStringLiteral("b*"))};
+    QHash<QString, bool> session;
+    YumConfIO conf(requests, session);
+    check(conf);
+    return 0;
+}

@@ -1,0 +1,40 @@
+"""Small file systems of this process's own, for what happens when there is no space left."""
+import ctypes
+import os
+import shutil
+import subprocess
+import tempfile
+
+_CLONE_NEWNS = 0x00020000  # of linux/sched.h
+
+
+def isolate():
+    """From here on, what this process and its children mount is seen by nobody else and gone with their end."""
+    library = ctypes.CDLL(None, use_errno=True)
+    if library.unshare(_CLONE_NEWNS) != 0:
+        raise OSError(ctypes.get_errno(), 'no file systems of its own')
+    subprocess.run(['mount', '--make-rprivate', '/'], check=True)
+
+
+def mount_small(path, kilobytes):
+    """Put a file system of that size, with what the directory holds, on a directory; make it if it is not there."""
+    os.makedirs(path, exist_ok=True)
+    saved = tempfile.mkdtemp()
+    try:
+        subprocess.run(['cp', '-a', path + '/.', saved], check=True)
+        subprocess.run(['mount', '-t', 'tmpfs', '-o', 'mode=755,size={}k'.format(kilobytes), 'tmpfs', path], check=True)
+        subprocess.run(['cp', '-a', saved + '/.', path], check=True)
+    finally:
+        shutil.rmtree(saved)
+
+
+def resize(path, kilobytes):
+    """Change the size of such a file system to what it holds and that much more."""
+    found = os.statvfs(path)
+    used = (found.f_blocks - found.f_bfree) * found.f_frsize // 1024
+    # A size of nothing would mean no limit.
+    subprocess.run(['mount', '-o', 'remount,size={}k'.format(max(used + kilobytes, 4)), path], check=True)
+
+
+def unmount(path):
+    subprocess.run(['umount', '--lazy', path], check=True)

@@ -1,0 +1,44 @@
+#include "tests/yumio/SandboxCopy.h"
+
+#include <QFile>
+
+bool SandboxCopy::start()
+{
+    const QString copy = scratch.filePath(QStringLiteral("sandbox"));
+    if (QProcess::execute(SANDBOX_TOOL,
+                          {QStringLiteral("copy"), qEnvironmentVariable("VYRE_SANDBOX"), copy}) != 0) {
+        return false;
+    }
+    // The repositories are served for as long as this reads its input.
+    server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    server.start(SANDBOX_TOOL,
+                 {QStringLiteral("run"), copy, QStringLiteral("--"), QStringLiteral("sh"),
+                  QStringLiteral("-c"), QStringLiteral("echo \"$VYREROOT\"; echo \"$HOME\"; exec cat")});
+    QString home;
+    if (!readLine(rootPath) || !readLine(home)) {
+        return false;
+    }
+    qputenv("HOME", QFile::encodeName(home));
+    qputenv("VYREROOT", QFile::encodeName(rootPath));
+    return true;
+}
+
+bool SandboxCopy::readLine(QString& line)
+{
+    while (!server.canReadLine()) {
+        if (!server.waitForReadyRead(60000)) {
+            return false;
+        }
+    }
+    line = QString::fromLocal8Bit(server.readLine()).trimmed();
+    return true;
+}
+
+bool SandboxCopy::stop()
+{
+    if (server.state() == QProcess::NotRunning) {
+        return true;
+    }
+    server.closeWriteChannel();
+    return server.waitForFinished(60000);
+}

@@ -1,0 +1,138 @@
+#include <QtTest>
+
+#include <QDir>
+#include <QFile>
+
+#include <algorithm>
+#include <unistd.h>
+
+#include "tests/yumio/BackEnd.h"
+#include "tests/yumio/SandboxCopy.h"
+
+namespace {
+
+// VYRE_TEST_FACTOR multiplies it.
+int numberOfRounds()
+{
+    bool given = false;
+    const int factor = qEnvironmentVariable("VYRE_TEST_FACTOR").toInt(&given);
+    return given ? 100 * factor : 100;
+}
+
+// In KiB.
+qint64 residentMemory()
+{
+    QFile file(QStringLiteral("/proc/self/statm"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        qFatal("cannot read %s", qPrintable(file.fileName()));
+    }
+    return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+int numberOfThreads()
+{
+    return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).count();
+}
+
+// What the descriptors of the process stand for.
+QStringList descriptors()
+{
+    QStringList open;
+    const QDir directory(QStringLiteral("/proc/self/fd"));
+    for (const QString& number : directory.entryList(QDir::Files | QDir::System)) {
+        char target[4096];
+        const QByteArray path = QFile::encodeName(directory.filePath(number));
+        const ssize_t length = readlink(path.constData(), target, sizeof target);
+        // But for the one that reads the directory.
+        if (length >= 0 && !QByteArray(target, int(length)).endsWith("/fd")) {
+            open.append(QString::fromLocal8Bit(target, int(length)));
+        }
+    }
+    open.sort();
+    return open;
+}
+
+} // namespace
+
+// Collecting and clearing on the real script and package manager, over and over, as in a window that stays
+// open for weeks.
+class YumIORoundsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    SandboxCopy sandbox;
+    QScopedPointer<BackEnd> backEnd;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const QByteArray share = qgetenv("VYRESHARE");
+        QVERIFY(sandbox.start());
+        backEnd.reset(new BackEnd);
+        QVERIFY(backEnd->start(share));
+    }
+
+    void cleanupTestCase()
+    {
+        if (backEnd) {
+            backEnd->yumIO.clearEntriesBeforeQuit();
+        }
+        backEnd.reset();
+        QVERIFY(sandbox.stop());
+    }
+
+    void roundsLeaveNothingBehind()
+    {
+        const int rounds = numberOfRounds();
+        // The first ones may open what stays open for good, and fill what is kept.
+        const int warmUp = rounds / 5;
+        int count = 0;
+        int threads = 0;
+        QStringList open;
+        QVector<qint64> memory;
+        for (int i = 0; i < rounds; ++i) {
+            QVERIFY(backEnd->collect());
+            QCOMPARE(backEnd->answers.take().count(), 0);
+            if (i == 0) {
+                count = backEnd->yumIO.count();
+                QVERIFY(count > 0);
+            }
+            QCOMPARE(backEnd->yumIO.count(), count);
+            backEnd->yumIO.clearEntries();
+            QCOMPARE(backEnd->yumIO.count(), 0);
+            QVERIFY(backEnd->yumIO.entryIndex.isEmpty());
+            backEnd->yumIO.reset();
+            {
+                // It is to keep what was told in the whole run.
+                QMutexLocker locker(&backEnd->yumIO.logEntries());
+                backEnd->yumIO.logEntries().clear();
+            }
+            // The graphical halves of the services go when the main loop runs again.
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            if (i == warmUp) {
+                open = descriptors();
+                threads = numberOfThreads();
+                QVERIFY(!open.isEmpty() && threads > 0);
+            }
+            if (i >= warmUp) {
+                QCOMPARE(descriptors(), open);
+                memory.append(residentMemory());
+            }
+        }
+        QTRY_VERIFY(numberOfThreads() <= threads); // a thread is gone a little after it has ended
+
+        const auto middle = memory.constBegin() + memory.count() / 2;
+        const qint64 first = *std::max_element(memory.constBegin(), middle);
+        const qint64 second = *std::max_element(middle, memory.constEnd());
+        qInfo("%d rounds of %d packages; at most %lld KiB in the first half, %lld KiB in the second", rounds,
+              count, static_cast<long long>(first), static_cast<long long>(second));
+#ifndef __SANITIZE_ADDRESS__ // which keeps what has been freed for a while
+        // The records of one round take about a tenth of it.
+        QVERIFY(second <= first + 1024);
+#endif
+    }
+};
+
+QTEST_MAIN(YumIORoundsTest)
+#include "YumIORoundsTest.moc"
