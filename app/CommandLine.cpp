@@ -9,7 +9,7 @@
 #include "app/MainWindow.h"
 #include "app/base/Program.h"
 
-void usage()
+void printUsage()
 {
     std::printf("usage: %s [options...]\n"
                 "\n"
@@ -33,6 +33,11 @@ void usage()
                 "           --enablerepo=r   enable the specified repository, r\n"
                 "\n",
                 program);
+}
+
+void usage()
+{
+    printUsage();
     std::exit(1);
 }
 

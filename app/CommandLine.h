@@ -7,6 +7,9 @@
 
 class MainWindow;
 
+// The usage text, to standard output.
+void printUsage();
+
 // Prints the usage text and ends the process with status 1.
 [[noreturn]] void usage();
 

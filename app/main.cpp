@@ -4,7 +4,9 @@
 #include <QIcon>
 
 #include <cstring>
+#include <optional>
 
+#include "app/ApplicationStart.h"
 #include "app/CommandLine.h"
 #include "app/MainWindow.h"
 #include "app/MessageHandler.h"
@@ -24,7 +26,9 @@ int main(int argc, char** argv)
     int status = 0;
     {
         QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+        std::optional<ApplicationStart> start(std::in_place, argv);
         QApplication app(argc, argv);
+        start.reset();
         style.set(app, QStringLiteral("Fusion"));
         QApplication::setWindowIcon(QIcon(Share::absolute(QStringLiteral("pixmaps/vyre.icon.png"))));
         application = &app;

@@ -1,18 +1,37 @@
 #!/usr/bin/python3
 """What "cmake --install" lays out: the share directory has to be where the program looks for it, which ShareTest
-tells.
+tells, and what desktops, polkit and man read has to be where they look for it, and as they want it.
 
 usage: InstallTest.py CMAKE BUILD
 """
+import configparser
 import os
+import re
+import shlex
 import shutil
+import stat
+import struct
 import subprocess
 import sys
 import tempfile
 import unittest
+import xml.etree.ElementTree as ElementTree
 
 SHARE = 'usr/share/vyre'
+DOC = 'usr/share/doc/vyre'
+MAN = 'usr/share/man/man8'
+DESKTOP = 'usr/share/applications/example.vyre.Vyre.desktop'
+METAINFO = 'usr/share/metainfo/example.vyre.Vyre.metainfo.xml'
+POLICY = 'usr/share/polkit-1/actions/example.vyre.Vyre.policy'
+LICENSE = 'usr/share/licenses/vyre/LICENSE'
+POLICY_DTD = '/usr/share/polkit-1/policyconfig-1.dtd'
+ICON_SIZES = (16, 22, 24, 32, 48, 64, 128, 256)
+SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 CMAKE, BUILD = sys.argv[1:3]
+
+
+def icon(size):
+    return 'usr/share/icons/hicolor/{0}x{0}/apps/vyre.png'.format(size)
 
 
 class InstallTest(unittest.TestCase):
@@ -30,19 +49,35 @@ class InstallTest(unittest.TestCase):
     def place(self, *parts):
         return os.path.join(self.top, *parts)
 
+    def read(self, *parts):
+        with open(self.place(*parts), encoding='utf-8') as stream:
+            return stream.read()
+
+    def files(self, top):
+        """All files under that directory, named from there."""
+        return {os.path.relpath(os.path.join(directory, name), self.place(top))
+                for directory, _, names in os.walk(self.place(top)) for name in names}
+
+    def check_silent(self, *command):
+        """The validator has nothing to say."""
+        done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              universal_newlines=True, env=dict(os.environ, LC_ALL='C.UTF-8', MANROFFSEQ=''))
+        self.assertEqual((done.stdout, done.returncode), ('', 0))
+
+    # Where everything is
+
     def test_program_is_executable(self):
         self.assertTrue(os.access(self.place('usr/bin/vyre'), os.X_OK))
 
     def test_all_of_the_share_directory_but_the_drawings_is_there(self):
-        source = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..', 'share')
+        source = os.path.join(SOURCE, 'share')
         expected = set()
         for directory, _, names in os.walk(source):
             relative = os.path.relpath(directory, source)
             if 'svg' in relative.split('/') or '__pycache__' in relative:
                 continue
             expected |= {os.path.normpath(os.path.join(relative, name)) for name in names}
-        installed = {os.path.relpath(os.path.join(directory, name), self.place(SHARE))
-                     for directory, _, names in os.walk(self.place(SHARE)) for name in names}
+        installed = self.files(SHARE)
         self.assertEqual(installed, expected)
         self.assertIn('python/YumIO.py', installed)
         self.assertIn('icons/package.png', installed)
@@ -52,6 +87,98 @@ class InstallTest(unittest.TestCase):
             path = self.place(SHARE, name)
             if os.path.isfile(path):
                 self.assertTrue(os.access(path, os.X_OK), name)
+
+    def test_everything_is_in_the_usual_places(self):
+        installed = {path for path in self.files('.')
+                     if not path.startswith((SHARE + '/', DOC + '/'))}
+        self.assertEqual(installed, {
+            'usr/bin/vyre', 'usr/bin/vyre-admin', DESKTOP, METAINFO, POLICY, LICENSE, MAN + '/vyre.8',
+            MAN + '/vyre-admin.8',
+            'usr/share/icons/hicolor/scalable/apps/vyre.svg'} | {icon(size) for size in ICON_SIZES})
+        self.assertLessEqual({'README.md', 'CHANGELOG.md'}, self.files(DOC))
+
+    def test_everybody_can_read_everything_and_only_programs_can_be_run(self):
+        for path in self.files('.'):
+            mode = stat.S_IMODE(os.stat(self.place(path)).st_mode)
+            program = path.startswith('usr/bin/') or path in (SHARE + '/webbrowser', SHARE + '/mimeviewer')
+            self.assertEqual(oct(mode & 0o7555), oct(0o555 if program else 0o444), path)
+            self.assertEqual(mode & 0o022, 0, path)
+
+    # What is in it
+
+    def test_icons_have_the_sizes_of_their_directories(self):
+        for size in ICON_SIZES:
+            with open(self.place(icon(size)), 'rb') as stream:
+                head = stream.read(24)
+            self.assertEqual(head[:8], b'\x89PNG\r\n\x1a\n')
+            self.assertEqual(struct.unpack('>II', head[16:]), (size, size))
+        drawing = ElementTree.parse(self.place('usr/share/icons/hicolor/scalable/apps/vyre.svg')).getroot()
+        self.assertEqual(drawing.tag, '{http://www.w3.org/2000/svg}svg')
+
+    def test_desktop_entry_is_valid(self):
+        self.check_silent('desktop-file-validate', '--no-hints', self.place(DESKTOP))
+
+    def test_desktop_entry_starts_what_is_installed(self):
+        entry = configparser.ConfigParser(interpolation=None)
+        entry.optionxform = str
+        entry.read(self.place(DESKTOP))
+        commands = [section['Exec'] for section in map(entry.__getitem__, entry.sections())]
+        self.assertEqual(commands, ['vyre-admin', 'vyre'])
+        for command in commands + [entry['Desktop Entry']['TryExec']]:
+            self.assertTrue(os.access(self.place('usr/bin', shlex.split(command)[0]), os.X_OK), command)
+        name = entry['Desktop Entry']['Icon']
+        self.assertTrue(os.path.exists(self.place('usr/share/icons/hicolor/48x48/apps', name + '.png')))
+
+    def test_metainfo_is_valid(self):
+        done = subprocess.run(['appstreamcli', 'validate', '--no-net', '--no-color', self.place(METAINFO)],
+                              stdout=subprocess.PIPE, universal_newlines=True)
+        self.assertEqual(done.returncode, 0, done.stdout)
+        # It also gives hints, of which there is one: it does not know the domain.
+        found = re.findall('^[EWI]: .*', done.stdout, re.MULTILINE)
+        self.assertEqual(len(found), 1, done.stdout)
+        self.assertIn('cid-maybe-not-rdns', found[0])
+
+    def test_metainfo_tells_of_what_is_installed(self):
+        component = ElementTree.parse(self.place(METAINFO)).getroot()
+        self.assertEqual(component.findtext('launchable'), os.path.basename(DESKTOP))
+        self.assertEqual(component.findtext('id') + '.desktop', os.path.basename(DESKTOP))
+        for binary in component.iter('binary'):
+            self.assertTrue(os.access(self.place('usr/bin', binary.text), os.X_OK), binary.text)
+
+    def test_policy_is_valid(self):
+        self.check_silent('xmllint', '--noout', '--nonet', '--dtdvalid', POLICY_DTD, self.place(POLICY))
+
+    def test_policy_permits_the_starter_to_administrators_and_lets_it_have_the_display(self):
+        action, = ElementTree.parse(self.place(POLICY)).getroot().findall('action')
+        notes = {note.get('key'): note.text for note in action.findall('annotate')}
+        path = notes['org.freedesktop.policykit.exec.path']
+        self.assertEqual(path, '/usr/bin/vyre-admin')
+        self.assertTrue(os.access(self.place(path[1:]), os.X_OK))
+        self.assertTrue(notes['org.freedesktop.policykit.exec.allow_gui'])
+        self.assertEqual({entry.text for entry in action.find('defaults')}, {'auth_admin'})
+
+    def test_manual_pages_are_without_faults(self):
+        for name in os.listdir(self.place(MAN)):
+            done = subprocess.run(['man', '--warnings=all', '--encoding=UTF-8', '--local-file', self.place(MAN, name)],
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE, universal_newlines=True,
+                                  env=dict(os.environ, LC_ALL='C.UTF-8', MANWIDTH='80', PAGER='cat'))
+            self.assertEqual((done.returncode, done.stderr), (0, ''), name)
+            self.assertIn(name[:-2].upper() + '(8)', done.stdout)
+
+    def test_licence_is_the_one_that_is_named(self):
+        self.assertTrue(self.read(LICENSE).lstrip().startswith('GNU GENERAL PUBLIC LICENSE'))
+        self.assertIn('Version 2, June 1991', self.read(LICENSE))
+        self.assertIn('either version 2 of the License, or', self.read(LICENSE))
+        self.assertIn('<project_license>GPL-2.0-or-later</project_license>', self.read(METAINFO))
+        self.assertIn('GPL-2.0-or-later', self.read(DOC, 'README.md'))
+
+    def test_all_tell_the_same_version(self):
+        with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
+            version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
+        change, date = re.search(r'^## (\S+) - (\S+)$', self.read(DOC, 'CHANGELOG.md'), re.MULTILINE).groups()
+        release = ElementTree.parse(self.place(METAINFO)).getroot().find('releases/release')
+        self.assertEqual((change, release.get('version')), (version, version))
+        self.assertEqual(release.get('date'), date)
 
 
 if __name__ == '__main__':

@@ -102,6 +102,75 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(temporary->filePath(runtimeName())).isDir());
     }
 
+    void withoutADisplayThereIsOneMessage_data()
+    {
+        QTest::addColumn<QString>("display");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QByteArray>("message");
+        const QByteArray unset("vyre: there is no X display: DISPLAY is not set\n");
+        const QByteArray missing(
+            "vyre: the X display :987654 cannot be opened: no server answers there, or it "
+            "does not let this user in\n");
+        QTest::newRow("no name") << QString() << QStringList() << unset;
+        QTest::newRow("no server") << ":987654" << QStringList() << missing;
+        QTest::newRow("no server, by Qt's option")
+            << qEnvironmentVariable("DISPLAY") << QStringList{"-display", ":987654"} << missing;
+        QTest::newRow("help without a name") << QString() << QStringList{"-g", "--help"} << unset;
+        QTest::newRow("help without a server") << ":987654" << QStringList{"-h"} << missing;
+    }
+
+    void withoutADisplayThereIsOneMessage()
+    {
+        QFETCH(QString, display);
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, message);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("DISPLAY");
+        if (!display.isEmpty()) {
+            environment.insert("DISPLAY", display);
+        }
+        const bool help = !arguments.filter(QRegExp("^-(h|-help)$")).isEmpty();
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(VYRE), arguments);
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 1);
+        QCOMPARE(process.readAllStandardError(), message);
+        const QByteArray output = process.readAllStandardOutput();
+        QCOMPARE(output.startsWith("usage: vyre [options...]\n"), help);
+        QCOMPARE(output.contains("           --enablerepo=r   enable the specified repository, r\n"), help);
+        QCOMPARE(output.isEmpty(), !help);
+    }
+
+    void anotherFailureOfTheToolkitIsToldInItsOwnWords()
+    {
+        QProcess process;
+        process.start(QStringLiteral(VYRE), {"-platform", "nosuch"});
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 1);
+        const QByteArray message = process.readAllStandardError();
+        QVERIFY2(message.startsWith("vyre: "), message);
+        QVERIFY2(message.contains("\"nosuch\""), message);
+        QVERIFY2(!message.contains("display"), message);
+    }
+
+    void messagesOfAStartThatSucceedsAreNotLost()
+    {
+        // A session manager that is not there.
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("SESSION_MANAGER", "local/nowhere:/tmp/no-session-manager");
+        QProcess process;
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(VYRE), {"--help"});
+        QVERIFY(process.waitForFinished(60000));
+        QCOMPARE(process.exitCode(), 1);
+        const QByteArray message = process.readAllStandardError();
+        QVERIFY2(message.contains("vyre: Qt: Session management error"), message);
+        QVERIFY(process.readAllStandardOutput().startsWith("usage: vyre "));
+    }
+
     void windowHasTitleAndIcon()
     {
         QByteArray properties;

@@ -434,6 +434,30 @@ class TransactionTest(SandboxTest):
         outcome = self.install(self.copied(), "slowpoke-1.0-1.noarch.rpm")
         self.assertEqual(outcome.output, "slowpoke: step 1\nslowpoke: step 2\nslowpoke: step 3\n")
 
+    def test_scriptlets_that_wait_while_there_is_a_file(self):
+        sandbox = self.copied()
+        outcome = self.rpm(sandbox, "-U", self.file(sandbox, "sandbox-updates", "doorkeeper-1.1-1.noarch.rpm"))
+        self.assertEqual(outcome.output, "doorkeeper: begin\ndoorkeeper: end\ndoorkeeper-1.0: gone\n")
+        for name in ("nightwatch", "glutton"):
+            path = os.path.join(sandbox.root, "tmp", name)
+            self.assertIn("%s: begin\n" % name, self.install(sandbox, name + "-1.0-1.noarch.rpm").output)
+            self.rpm(sandbox, "-e", name)
+            open(path, "w").close()
+            package = self.file(sandbox, "sandbox-http", name + "-1.0-1.noarch.rpm")
+            with subprocess.Popen(["rpm", "--root", sandbox.root, "--define", "_dbpath /var/lib/rpm", "-i", package],
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as installing:
+                while not os.path.exists(path + ".waiting"):
+                    time.sleep(0.01)
+                if name == "nightwatch":
+                    self.assertEqual(installing.wait(), 0)
+                    self.assertIn("nightwatch-1.0-1.noarch", sandbox.installed())
+                else:
+                    self.assertIsNone(installing.poll())
+                os.unlink(path)
+                self.assertEqual(installing.wait(), 0)
+            while os.path.exists(path + ".waiting"):
+                time.sleep(0.01)
+
     def test_package_can_be_relocated(self):
         sandbox = self.copied()
         self.assertEqual(self.rpm(sandbox, "-e", "gallivant").status, 0)

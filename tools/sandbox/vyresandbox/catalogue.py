@@ -320,7 +320,31 @@ def _scriptlets():
                          "preun": "printf 'halfline: nor after this' >&2"}),
         Package("slowpoke", "1.0", "Takes three seconds to install", arch="noarch",
                 scripts={"post": "for i in 1 2 3; do echo \"slowpoke: step $i\"; sleep 1; done"}),
+        # These go on at once when there is no such file.
+        Package("doorkeeper", "1.0", "Lets nobody in", arch="noarch", state="user",
+                scripts={"postun": "echo 'doorkeeper-1.0: gone'"}),
+        Package("doorkeeper", "1.1", "Installs for as long as there is /tmp/doorkeeper", arch="noarch",
+                repo="updates", changelog="update", scripts={"post": _wait_while("doorkeeper")}),
+        Package("nightwatch", "1.0", "Leaves a process behind for as long as there is /tmp/nightwatch",
+                arch="noarch", scripts={"post": "(%s) &" % _wait_while("nightwatch")}),
+        Package("glutton", "1.0", "Takes two megabytes after it has waited as long as there is /tmp/glutton",
+                arch="noarch", scripts={"pre": _wait_while("glutton")},
+                files={"/usr/share/glutton/noise.bin": _noise("glutton", 2 << 20)}),
     ]
+
+
+def _wait_while(name):
+    """Shell commands: wait while there is /tmp/NAME, and tell of it by /tmp/NAME.waiting meanwhile; but not for
+    ever."""
+    return ("echo '%(name)s: begin'\n"
+            "i=0\n"
+            "while [ -e /tmp/%(name)s ] && [ $i -lt 1200 ]; do\n"
+            "    : > /tmp/%(name)s.waiting\n"
+            "    sleep 0.1\n"
+            "    i=$((i + 1))\n"
+            "done\n"
+            "rm -f /tmp/%(name)s.waiting\n"
+            "echo '%(name)s: end'" % {"name": name})
 
 
 def _conflicting_files():

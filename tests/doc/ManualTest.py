@@ -1,0 +1,350 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""What the manual and the man page tell is compared with the sources of the program; the manual is built.
+
+usage: ManualTest.py VYRE [options of unittest...]
+
+VYRE is the built program, which is asked for its options on the display of the caller.
+"""
+import glob
+import html.parser
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+import sources
+from sources import TOP
+
+VYRE = os.path.abspath(sys.argv.pop(1))
+BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc', 'messages.adoc')
+
+# Of calls: the first texts are titles, which stand in the manual without a row of a table.
+TITLED = {('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('showCritical', 1)}
+# What could not be done, which completes other messages.
+COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('cleanType', 0)}
+# All that is handed to these is a message, or an entry of the log, or stands in the bars or in place of rows.
+REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
+             'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'append', 'setEmptyText', 'log',
+             'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads', 'collectExtra'}
+# What can be chosen, or stands on the windows.
+SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',
+         'setWindowTitle', 'QLabel', 'QGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
+         'makeLabel', 'setText', 'fill'}
+# They hold headings of tables and tool tips, and no messages.
+WITHOUT_MESSAGES = ('packagetable/Model.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp')
+# The tool tips that are put together before they are set, the text of About, and texts without words of their own.
+OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'
+                   r'(%\d|[ /(){}:%\[\]-])*$')
+
+
+def squeezed(text):
+    return ' '.join(text.split())
+
+
+def without_mnemonic(text):
+    return re.sub(r'&(.)', r'\1', text)
+
+
+def pattern(text):
+    """A message with what varies in it as a regular expression for its row in the manual."""
+    text = re.sub(r'%\.?\d*[a-z]|%\d|\{\}', '\0', squeezed(text))
+    return re.escape(text).replace('\0', '[A-Z][A-Z ]*')
+
+
+class Book:
+    """The manual's text."""
+
+    def __init__(self):
+        self.text = '\n'.join(sources.read('doc', name) for name in BOOK)
+        self.lines = self.text.splitlines()
+        # A first cell that is made of literal texts, with the cell after it.
+        self.rows = {}
+        for cells in re.findall(r'^\|((?:`\+.*?\+`(?: \+\n)?)+)\n\|([^|]*)', self.text, re.M):
+            self.rows.setdefault(squeezed(' '.join(re.findall(r'`\+(.*?)\+`', cells[0]))), squeezed(cells[1]))
+
+    def words(self):
+        """The text without its marks."""
+        plain = re.sub(r'(?:btn|kbd):\[(.*?)\]', r'\1', self.text)
+        plain = re.sub(r'menu:(\w+)\[(.*?)\]', r'\1 \2', plain)
+        return squeezed(re.sub(r'\*|`\+?|\+`', '', plain))
+
+
+def cpp_messages():
+    """The translated texts that need a row, and those that need no more than to be mentioned."""
+    rows, mentioned = [], []
+    for text in sources.all_cpp_texts():
+        last = text.calls[-1] if text.calls else ('', 0)
+        if not sources.is_translated(text):
+            if last[0] in ('fprintf', 'report', 'error', 'internalError') and re.search('[a-z]{3}|%s', text.value):
+                rows.append(text)
+            continue
+        calls = text.calls[:-1]
+        call = calls[-1] if calls else ('', 0)
+        words = len(text.value.split())
+        if OTHER.match(text.value) or call[0] == 'setToolTip' or text.place.startswith(WITHOUT_MESSAGES):
+            continue
+        titled = call in (('critical', 0), ('warning', 0)) and text.place.startswith('yumio/') and words < 4
+        if titled or any(each in TITLED | COMPLETING for each in calls) or call[0] in ('confirm', 'QKeySequence'):
+            mentioned.append(text)
+        elif call[0] == 'collectExtra' and call[1] == 1 or call == ('setText', 0) and words < 2:
+            mentioned.append(text)
+        elif call[0] in REPORTING and (words > 1 or text.value[-1] == '?') or call == ('setText', 0):
+            rows.append(text)
+        elif call[0] in ('', 'addRow') and (words > 3 or '%' in text.value or text.value[-1] == '\n'):
+            rows.append(text)
+        elif call[0] in SHOWN and not is_tool_tip(text):
+            mentioned.append(text)
+    return rows, mentioned
+
+
+def is_tool_tip(text):
+    """Of the arguments of a call that makes a button or a field, the tool tip is the one that is a sentence."""
+    return text.calls[-2][0] in ('addButton', 'addField') and text.calls[-2][1] > 0 and \
+        len(text.value.split()) > 3 and text.value != 'Apply to All with this Host'
+
+
+def script_messages():
+    found = []
+    for parts in (('share', 'python', 'YumIO.py'), ('share', 'python', 'DesktopOpener.py'), ('share', 'webbrowser'),
+                  ('share', 'mimeviewer'), ('desktop', 'vyre-admin')):
+        found += sources.python_messages(*parts)
+    return found
+
+
+class SourcesTest(unittest.TestCase):
+    """The extraction itself, on which everything else depends."""
+
+    def test_texts_are_found_with_their_calls(self):
+        code = 'void f() { // error(tr("no"))\n  error(tr("one \\"two\\" "\n "three").arg(x, "y"), b[1, 2], tr("four"));' \
+               '\n/* tr("no") */ QMessageBox box(QMessageBox::Critical, tr("five"), \'"\', parent); }'
+        texts = [text for text in sources.cpp_texts(code, 'x') if sources.is_translated(text)]
+        self.assertEqual([(text.value, text.calls) for text in texts], [
+            ('one "two" three', [('f', 0), ('error', 0), ('tr', 0)][1:]),
+            ('four', [('error', 2), ('tr', 0)]),
+            ('five', [('QMessageBox', 1), ('tr', 0)])])
+        self.assertEqual(texts[0].place, 'x:2')
+
+    def test_known_messages_are_found(self):
+        rows, mentioned = cpp_messages()
+        values = [text.value for text in rows]
+        for value in ('Must be run as root to apply changes', 'Unable to read yum configuration file %1',
+                      'No package matches.', 'A repository has no Identifier', 'No Identifier specified',
+                      '\tInstall (weak): %1\n', 'Completing upgrade of %1', '  Proceed?', 'Applying: OK',
+                      'Internal error: method %s not found\n', '%s: unrecogized option: %s\n'):
+            self.assertIn(value, values)
+        self.assertTrue(any(value.startswith('Package %1 is included in group') for value in values))
+        values = [text.value for text in mentioned]
+        for value in ('VYRE Yum Error', 'Query', '&Apply Actions', 'Browse Repository', 'View Removable', 'Sort Position',
+                      'Ctrl+L', 'collect groups', 'VYRE Log', 'Apply to All with this Host', 'Other Options:'):
+            self.assertIn(value, values)
+        values = [text.value for text in script_messages()]
+        for value in ('There is nothing to do.', 'there is no X display: DISPLAY is not set', 'there is no file {}',
+                      'The change logs of %s cannot be read: %s', '{} is not newer than what is installed.'):
+            self.assertIn(value, values)
+
+
+class ManualTest(unittest.TestCase):
+
+    @classmethod
+    def setUpClass(cls):
+        cls.book = Book()
+
+    # Messages
+
+    def test_every_message_has_a_row(self):
+        missing = [text for text in cpp_messages()[0] + script_messages()
+                   if not any(re.fullmatch(pattern(text.value), row) for row in self.book.rows)]
+        self.assertEqual(missing, [])
+
+    def test_every_row_is_a_message(self):
+        patterns = [pattern(text.value) for text in cpp_messages()[0] + script_messages()]
+        patterns.append('Initialization|Applying|Preparing')
+        strange = [row for row in self.book.rows if not any(re.fullmatch(each, row) for each in patterns)]
+        self.assertEqual(strange, [])
+
+    def test_every_message_is_explained(self):
+        self.assertGreater(len(self.book.rows), 200)
+        for message, meaning in self.book.rows.items():
+            with self.subTest(message):
+                self.assertRegex(meaning, r'^[A-Z`<"].+\.$')
+
+    def test_what_stands_on_the_windows_is_mentioned(self):
+        words = self.book.words()
+        missing = []
+        for text in cpp_messages()[1]:
+            value = squeezed(without_mnemonic(text.value))
+            if not re.search(r'(?<!\w)' + pattern(value) + r'(?!\w)', words):
+                missing.append(text)
+        self.assertEqual(missing, [])
+
+    # Menus
+
+    def test_every_menu_entry_has_a_row_with_its_key(self):
+        code = sources.read('app', 'MainWindow.cpp')
+        code = code[code.index('void MainWindow::createMenuBar()'):]
+        code = code[:code.index('\n}')]
+        titles = dict(re.findall(r'(\w+) = addMenu\(tr\("(.*?)"\)', code))
+        entries = re.findall(r'(\w+)->addAction\(\s*tr\("(.*?)"\)(.*?)\);', code, re.S)
+        self.assertEqual(len(entries), code.count('addAction('))
+        self.assertGreater(len(entries), 9)
+        for menu, entry, rest in entries:
+            name = 'menu:{}[{}]'.format(without_mnemonic(titles[menu]), without_mnemonic(entry))
+            key = re.search(r'QKeySequence\((?:tr\("(.*?)"\)|Qt::Key_(\w+))\)', rest)
+            expected = 'kbd:[{}]'.format(key.group(1) or key.group(2)) if key else ''
+            with self.subTest(name):
+                row = [line for line in self.book.lines if line.startswith('|' + name)]
+                self.assertEqual(len(row), 1)
+                self.assertEqual(row[0].split('|')[2].strip(), expected)
+
+    def test_manual_is_installed_where_the_menu_looks_for_it(self):
+        place = re.search(r'documentation\[\] = "(.*?)"', sources.read('app', 'MainWindow.cpp')).group(1)
+        with open(os.path.join(os.path.dirname(VYRE), 'doc', 'cmake_install.cmake')) as stream:
+            script = stream.read()
+        prefix = re.search(r'set\(CMAKE_INSTALL_PREFIX "(.*?)"\)', script).group(1)
+        self.assertEqual(set(re.findall(r'DESTINATION "\$\{CMAKE_INSTALL_PREFIX\}(/share/doc\S*)"', script)),
+                         {'/share/doc/vyre'})
+        if prefix == '/usr':
+            self.assertEqual(place, prefix + '/share/doc/vyre')
+        for name in ('html', 'manual.pdf'):
+            self.assertRegex(script, r'/doc/{}"'.format(name))
+            self.assertIn('%1/{}'.format(name), sources.read('app', 'MainWindow.cpp'))
+
+    # Links and pictures
+
+    def test_references_have_a_place(self):
+        places = set(re.findall(r'^\[(?:glossary)?#([\w-]+)\]', self.book.text, re.M))
+        self.assertEqual({name for name in re.findall(r'<<([\w-]+)>>', self.book.text)} - places, set())
+
+    def test_pictures_are_made_and_icons_are_there(self):
+        named = set(re.findall(r'image::?(\S+?)\[', self.book.text))
+        pictures = {name for name in named if name.startswith('pictures/')}
+        script = sources.read('doc', 'make-pictures')
+        made = set(re.findall(r"pictures\.(?:take|window)\('([\w-]+)'", script))
+        self.assertEqual(pictures, {'pictures/{}.png'.format(name) for name in made})
+        self.assertGreater(len(pictures), 10)
+        for name in named - pictures:
+            self.assertTrue(os.path.isfile(os.path.join(TOP, 'share', name)), name)
+
+    def test_manual_does_without_pictures(self):
+        blocks = re.findall(r'(?ms)^ifdef::pictures\[\]\n(.*?)^endif::\[\]\n', self.book.text)
+        self.assertEqual([len(re.findall('image::pictures/', block)) for block in blocks], [1] * len(blocks))
+        self.assertEqual(self.book.text.count('image::pictures/'), len(blocks))
+
+    # Options
+
+    def test_options_are_those_of_the_program(self):
+        answer = subprocess.run([VYRE, '--help'], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60)
+        usage = answer.stdout.decode()
+        self.assertIn('options:', usage)
+        # Only said by --help: the option -d does not exist.
+        options = set(re.findall(r'(?<![\w-])(-[A-Za-z](?= |,)|--[a-z-]+)', usage)) - {'-d'}
+        self.assertGreater(len(options), 15)
+        self.assertIn('--enablerepo', options)
+        chapter = self.book.text[self.book.text.index('[#options]'):]
+        chapter = chapter[:chapter.index('\n[#')]
+        page = sources.read('doc', 'vyre.8').replace('\\-', '-').replace('\\', '')
+        accepted = set(re.findall(r'\{"([a-z-]+)", (?:no|required)_argument', sources.read('app', 'CommandLine.cpp')))
+        self.assertEqual({option[2:] for option in options if option.startswith('--')}, accepted)
+        for option in sorted(options):
+            with self.subTest(option):
+                self.assertRegex(chapter, r'`' + option + r'[ =`]')
+                self.assertRegex(page, r'(?m)^(\.BR? .*|\.TP.*|\.BI .*)' + option + r'\b')
+        for name in re.findall(r'(?m)^\.B[IR]? .*?(--[a-z-]+)', page):
+            self.assertIn(name, options)
+        for name in re.findall(r'`(--[a-z-]+)', chapter):
+            self.assertIn(name, options)
+
+    def test_environment_of_the_program_is_told(self):
+        page = sources.read('doc', 'vyre.8')
+        names = {'XDG_RUNTIME_DIR', 'TMPDIR'}  # which are not asked for by a text
+        for folder in sources.FOLDERS + ('share/python',):
+            for path in glob.glob(os.path.join(TOP, folder, '*.*')):
+                with open(path, encoding='utf-8') as stream:
+                    names |= set(re.findall(r'''(?:getenv|environmentVariable\w+|environ\.get)\(["']([A-Z_]+)''',
+                                            stream.read()))
+        names -= {'PKEXEC_UID', 'SUDO_UID'}  # who has started it
+        self.assertGreater(len(names), 3)
+        for name in names:
+            with self.subTest(name):
+                self.assertIn('`{}`'.format(name), self.book.text)
+                self.assertIn(name, page)
+
+    def test_man_page_has_no_faults(self):
+        path = os.path.join(TOP, 'doc', 'vyre.8')
+        answer = subprocess.run(['mandoc', '-T', 'lint', '-W', 'warning', path], stdout=subprocess.PIPE)
+        self.assertEqual(answer.stdout.decode(), '')
+        answer = subprocess.run(['mandoc', '-T', 'ascii', path], stdout=subprocess.PIPE, check=True)
+        text = re.sub('.\b', '', answer.stdout.decode())
+        for heading in ('NAME', 'SYNOPSIS', 'DESCRIPTION', 'OPTIONS', 'EXIT STATUS', 'ENVIRONMENT', 'FILES', 'SEE ALSO'):
+            self.assertRegex(text, '(?m)^{}$'.format(heading))
+
+
+class Page(html.parser.HTMLParser):
+    """What a page refers to, and the places in it."""
+
+    def __init__(self, text):
+        super().__init__()
+        self.places, self.references, self.files = set(), [], []
+        self.feed(text)
+
+    def handle_starttag(self, tag, attributes):
+        attributes = dict(attributes)
+        if 'id' in attributes:
+            self.places.add(attributes['id'])
+        for name in ('href', 'src'):
+            value = attributes.get(name)
+            if value is not None:
+                (self.references if value.startswith('#') else self.files).append(value)
+
+
+class BuildTest(unittest.TestCase):
+    """The manual is built, with stand-ins for the pictures."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.mkdtemp(prefix='manual-test-')
+        pictures = os.path.join(cls.folder, 'pictures')
+        os.mkdir(pictures)
+        for name in re.findall(r'image::pictures/(\S+?)\[', Book().text):
+            shutil.copy(os.path.join(TOP, 'share', 'icons', 'package.png'), os.path.join(pictures, name))
+        cls.built = os.path.join(cls.folder, 'built')
+        answer = subprocess.run([os.path.join(TOP, 'doc', 'build-manual'), '9.8.7', cls.built, pictures],
+                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+        cls.status, cls.output = answer.returncode, answer.stdout.decode()
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.folder)
+
+    def test_nothing_is_complained_about(self):
+        self.assertEqual((self.status, self.output), (0, ''))
+
+    def test_page_refers_to_what_is_there(self):
+        with open(os.path.join(self.built, 'html', 'index.html'), encoding='utf-8') as stream:
+            text = re.sub(r'(?s)/\*.*?\*/', '', stream.read())
+        page = Page(text)
+        self.assertGreater(len(page.references), 50)
+        for reference in page.references:
+            self.assertIn(reference[1:], page.places)
+        for name in page.files:
+            # Also not to other machines: it is read where there may be no network.
+            self.assertTrue(os.path.isfile(os.path.join(self.built, 'html', name)), name)
+        self.assertIn('pictures/main-window.png', page.files)
+        self.assertIn('icons/updateBox.png', page.files)
+        self.assertNotRegex(text, r'url\(|@import|<script')
+        self.assertIn('9.8.7', text)
+        self.assertNotRegex(text, r'&lt;&lt;|\{[a-z-]+\}')
+
+    def test_document_is_a_pdf(self):
+        with open(os.path.join(self.built, 'manual.pdf'), 'rb') as stream:
+            content = stream.read()
+        self.assertEqual(content[:5], b'%PDF-')
+        self.assertGreater(len(content), 100000)
+
+
+if __name__ == '__main__':
+    unittest.main(verbosity=2)
