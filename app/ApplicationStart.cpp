@@ -77,7 +77,7 @@ void ApplicationStart::fail(const QString& text) const
     texts << text;
     const QString display = missingDisplay(texts);
     if (display.isNull()) {
-        for (const QString& line : texts) {
+        for (const QString& line : qAsConst(texts)) {
             std::fprintf(stderr, "%s: %s\n", program, line.toLocal8Bit().constData());
         }
     } else if (display.isEmpty()) {

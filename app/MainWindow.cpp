@@ -133,13 +133,16 @@ void MainWindow::createMainArea()
     tableLayout->setContentsMargins(0, 0, 0, 0);
     tableLayout->addLayout(createFilterRow());
     view = new PackageTable::View(model, proxy, tableArea);
+    view->setAccessibleName(tr("Packages"));
     tableLayout->addWidget(view, 1);
     tableLayout->addLayout(createButtonRow());
     connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
     connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));
 
     totalBar = new HProgressBar(central);
+    totalBar->setAccessibleName(tr("Whole operation"));
     itemBar = new HProgressBar(central);
+    itemBar->setAccessibleName(tr("Current step"));
     centralLayout->addWidget(tableArea, 1);
     centralLayout->addStretch(0);
     centralLayout->addWidget(totalBar);
@@ -162,6 +165,7 @@ QBoxLayout* MainWindow::createFilterRow()
 
     regexpEdit = new ExpressionEdit(QStringLiteral(".*"));
     connect(regexpEdit, SIGNAL(returnPressed()), this, SLOT(filtersearch()));
+    regexpEdit->setAccessibleName(tr("Regular expression"));
     row->addWidget(regexpEdit, 1);
 
     filterButton = new QPushButton;
@@ -391,7 +395,8 @@ void MainWindow::restoreLayout()
 {
     const auto toNumbers = [](const QVariant& value) {
         QList<int> numbers;
-        for (const QVariant& number : value.toList()) {
+        const QVariantList list = value.toList();
+        for (const QVariant& number : list) {
             numbers.append(number.toInt());
         }
         return numbers;

@@ -10,6 +10,7 @@
 #include "app/CommandLine.h"
 #include "app/MainWindow.h"
 #include "app/MessageHandler.h"
+#include "app/Translations.h"
 #include "app/base/DefaultStyle.h"
 #include "app/base/Program.h"
 #include "app/base/Share.h"
@@ -29,6 +30,7 @@ int main(int argc, char** argv)
         std::optional<ApplicationStart> start(std::in_place, argv);
         QApplication app(argc, argv);
         start.reset();
+        Translations::install(app);
         style.set(app, QStringLiteral("Fusion"));
         QApplication::setWindowIcon(QIcon(Share::absolute(QStringLiteral("pixmaps/vyre.icon.png"))));
         application = &app;

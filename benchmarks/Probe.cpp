@@ -46,7 +46,8 @@ qint64 memory(const char* name)
 {
     QFile status(QStringLiteral("/proc/self/status"));
     if (status.open(QIODevice::ReadOnly)) {
-        for (const QByteArray& line : status.readAll().split('\n')) {
+        const QList<QByteArray> lines = status.readAll().split('\n');
+        for (const QByteArray& line : lines) {
             if (line.startsWith(name)) {
                 return line.mid(static_cast<int>(qstrlen(name)) + 1)
                     .simplified()
@@ -104,7 +105,8 @@ private Q_SLOTS:
 
     void waitForTable()
     {
-        for (QWidget* widget : QApplication::allWidgets()) {
+        const QWidgetList all = QApplication::allWidgets();
+        for (QWidget* widget : all) {
             if (qstrcmp(widget->metaObject()->className(), "PackageTable::View") == 0) {
                 view = static_cast<QTableView*>(widget);
             }
@@ -118,7 +120,8 @@ private Q_SLOTS:
             monotonic() - QByteArray(std::getenv("VYRE_PROBE_START")).toDouble();
         result[QStringLiteral("startMemory")] = memory("VmHWM:");
         proxy = qobject_cast<QSortFilterProxyModel*>(view->model());
-        for (QWidget* widget : view->window()->findChildren<QWidget*>()) {
+        const QList<QWidget*> children = view->window()->findChildren<QWidget*>();
+        for (QWidget* widget : children) {
             if (auto* found = qobject_cast<QPushButton*>(widget)) {
                 button = found->isDefault() ? found : button;
             } else if (auto* line = qobject_cast<QLineEdit*>(widget)) {

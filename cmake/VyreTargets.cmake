@@ -25,19 +25,41 @@ function(vyre_library name)
     target_link_libraries(${name} PUBLIC vyre_flags ${LIB_LINKS})
 endfunction()
 
-# Instrumented code takes several times as long.
+# What the tests of classes have in common.
 set(VYRE_TEST_TIMEOUT 300)
+set(VYRE_TEST_ENVIRONMENT "VYRESHARE=${CMAKE_SOURCE_DIR}/share" LC_ALL=C.UTF-8 LANGUAGE= TZ=UTC)
 if(VYRE_SANITIZE)
+    # Instrumented code takes several times as long; Qt Test would end a function after five minutes.
     set(VYRE_TEST_TIMEOUT 1800)
+    # Python's own allocator would hide what is done to the memory of its objects. That libdnf deletes what libsolv has
+    # got from malloc() is no fault of ours, and cannot be told from one.
+    list(APPEND VYRE_TEST_ENVIRONMENT QTEST_FUNCTION_TIMEOUT=1500000 PYTHONMALLOC=malloc
+        UBSAN_OPTIONS=print_stacktrace=1)
+    set(asan_options detect_leaks=1:detect_stack_use_after_return=1:alloc_dealloc_mismatch=0)
+    set(lsan_options print_suppressions=0:suppressions=${CMAKE_SOURCE_DIR}/tests/support)
 endif()
 
-# vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY] [SANDBOX])
+# vyre_test_environment(<test> <more variables...>)
+function(vyre_test_environment test)
+    set(environment ${VYRE_TEST_ENVIRONMENT} ${ARGN})
+    if(VYRE_SANITIZE AND CMAKE_CURRENT_SOURCE_DIR MATCHES "/(python|yumio)$")
+        # Slow, but it gets through the interpreter's frames to those of our code.
+        list(APPEND environment ASAN_OPTIONS=${asan_options}:fast_unwind_on_malloc=0:malloc_context_size=80
+            LSAN_OPTIONS=${lsan_options}/leaks-python.supp)
+    elseif(VYRE_SANITIZE)
+        list(APPEND environment ASAN_OPTIONS=${asan_options} LSAN_OPTIONS=${lsan_options}/leaks.supp)
+    endif()
+    set_tests_properties(${test} PROPERTIES ENVIRONMENT "${environment}")
+endfunction()
+
+# vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY] [SCREEN <width>x<height>] [SANDBOX])
 #
 # Builds <Class>Test from <Class>Test.cpp in the calling folder and registers it, labelled "class". With DISPLAY it
-# runs on an X server and a window manager of its own. With SANDBOX the environment variable VYRE_SANDBOX names a made
-# sandbox, to be copied and not to be changed, and the macro SANDBOX_TOOL the tool that does it.
+# runs on an X server and a window manager of its own, whose screen is as large as SCREEN says. With SANDBOX the
+# environment variable VYRE_SANDBOX names a made sandbox, to be copied and not to be changed, and the macro
+# SANDBOX_TOOL the tool that does it.
 function(vyre_test class)
-    cmake_parse_arguments(TEST "DISPLAY;SANDBOX" "" "SOURCES;LINKS" ${ARGN})
+    cmake_parse_arguments(TEST "DISPLAY;SANDBOX" "SCREEN" "SOURCES;LINKS" ${ARGN})
     set(target ${class}Test)
     add_executable(${target} ${target}.cpp ${TEST_SOURCES})
     target_link_libraries(${target} PRIVATE vyre_flags ${TEST_LINKS} Qt5::Test)
@@ -45,12 +67,13 @@ function(vyre_test class)
     target_compile_options(${target} PRIVATE -O0 -g1)
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
     if(TEST_DISPLAY)
-        add_test(NAME ${target} COMMAND ${CMAKE_SOURCE_DIR}/tests/support/with-display $<TARGET_FILE:${target}>)
+        add_test(NAME ${target} COMMAND ${CMAKE_SOURCE_DIR}/tests/support/with-display
+            "$<$<BOOL:${TEST_SCREEN}>:--size;${TEST_SCREEN}>" $<TARGET_FILE:${target}> COMMAND_EXPAND_LISTS)
     else()
         add_test(NAME ${target} COMMAND ${target})
     endif()
-    set_tests_properties(${target} PROPERTIES TIMEOUT ${VYRE_TEST_TIMEOUT} LABELS class
-        ENVIRONMENT "VYRESHARE=${CMAKE_SOURCE_DIR}/share;QT_QPA_PLATFORM=$<IF:$<BOOL:${TEST_DISPLAY}>,xcb,offscreen>;LC_ALL=C.UTF-8;TZ=UTC")
+    set_tests_properties(${target} PROPERTIES TIMEOUT ${VYRE_TEST_TIMEOUT} LABELS class)
+    vyre_test_environment(${target} QT_QPA_PLATFORM=$<IF:$<BOOL:${TEST_DISPLAY}>,xcb,offscreen>)
     if(TEST_SANDBOX)
         target_compile_definitions(${target} PRIVATE SANDBOX_TOOL="${CMAKE_SOURCE_DIR}/tools/sandbox/sandbox")
         set_property(TEST ${target} APPEND PROPERTY ENVIRONMENT "VYRE_SANDBOX=${CMAKE_BINARY_DIR}/tests/sandbox")

@@ -1,9 +1,9 @@
 #include "packagetable/ActionContextMenu.h"
 
-#include "app/base/Share.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
+#include "widgets/Icons.h"
 
 namespace PackageTable {
 
@@ -31,13 +31,13 @@ ActionContextMenu::ActionContextMenu(Model* packages, View* parentView)
     : QMenu(parentView), model(packages), view(parentView)
 {
     const auto add = [this](const char* icon, const QString& text, const char* slot) {
-        QAction* action = addAction(QIcon(Share::absolute(QLatin1String(icon))), text);
+        QAction* action = addAction(Icons::shared(QLatin1String(icon)), text);
         connect(action, SIGNAL(triggered()), this, slot);
         return action;
     };
-    updateAction = add("icons/update.png", tr("&Update"), SLOT(handleUpdateAction()));
-    installAction = add("icons/install.png", tr("&Install"), SLOT(handleInstallAction()));
-    removeAction = add("icons/remove.png", tr("&Remove"), SLOT(handleRemoveAction()));
+    updateAction = add("update", tr("&Update"), SLOT(handleUpdateAction()));
+    installAction = add("install", tr("&Install"), SLOT(handleInstallAction()));
+    removeAction = add("remove", tr("&Remove"), SLOT(handleRemoveAction()));
     noneAction = addAction(tr("&No Action"));
     connect(noneAction, SIGNAL(triggered()), this, SLOT(handleNoneAction()));
 }

@@ -161,11 +161,14 @@ void Area::addHeader(int& row, QString text)
     ++row;
 }
 
-void Area::addLabel(int row, const QString& text, Qt::Alignment vertical)
+QLabel* Area::addLabel(int row, const QString& text, Qt::Alignment vertical)
 {
-    auto* label = new QLabel(text, inner);
+    auto* label = new QLabel(inner);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(text);
     labelWidth = qMax(labelWidth, label->sizeHint().width());
     grid->addWidget(label, row, LabelColumn, Qt::AlignLeft | vertical);
+    return label;
 }
 
 QLabel* Area::makeValue(const QString& value)
@@ -202,8 +205,8 @@ void Area::addPair(int& row, QString label, QString value)
 
 QPushButton* Area::addButton(int& row, QString label, QString buttonText)
 {
-    addLabel(row, label, Qt::AlignVCenter);
     QPushButton* button = makeButton(label, buttonText);
+    addLabel(row, label, Qt::AlignVCenter)->setBuddy(button);
     grid->addWidget(button, row, ValueColumn, Qt::AlignLeft);
     ++row;
     return button;
@@ -214,8 +217,8 @@ QPushButton* Area::addPairButton(int& row, QString label, QString value, QString
     if (value.isEmpty()) {
         return nullptr;
     }
-    addLabel(row, label, Qt::AlignVCenter);
     QPushButton* button = makeButton(label, buttonText);
+    addLabel(row, label, Qt::AlignVCenter)->setBuddy(button);
     auto* line = new QHBoxLayout;
     line->setSpacing(grid->horizontalSpacing());
     line->addWidget(makeValue(value), 0, Qt::AlignVCenter);

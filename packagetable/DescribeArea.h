@@ -71,7 +71,7 @@ private:
     void addPackage(bool primary);
     void addGroup();
     void updateButton(Button& button, bool loaded);
-    void addLabel(int row, const QString& text, Qt::Alignment vertical);
+    QLabel* addLabel(int row, const QString& text, Qt::Alignment vertical);
     QLabel* makeValue(const QString& value);
     QPushButton* makeButton(const QString& label, const QString& buttonText);
     void layOut();

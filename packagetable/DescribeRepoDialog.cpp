@@ -91,7 +91,9 @@ void RepoDialog::addPair(int& row, QString label, QString value)
     if (value.isEmpty()) {
         return;
     }
-    auto* left = new QLabel(label, pairs);
+    auto* left = new QLabel(pairs);
+    left->setTextFormat(Qt::PlainText);
+    left->setText(label);
     auto* right = new QLabel(pairs);
     right->setTextFormat(Qt::PlainText);
     right->setText(value);

@@ -1,19 +1,14 @@
 #include "packagetable/Model.h"
 
-#include "app/base/Share.h"
 #include "packagetable/DescribeDialog.h"
 #include "repo/RepoBrowse.h"
 #include "widgets/Colors.h"
+#include "widgets/Icons.h"
 #include "yumio/YumIO.h"
 
 namespace PackageTable {
 
 namespace {
-
-QIcon sharedIcon(const char* name)
-{
-    return QIcon(Share::absolute(QStringLiteral("icons/") + QLatin1String(name)));
-}
 
 struct HeaderText
 {
@@ -21,7 +16,7 @@ struct HeaderText
     const char* toolTip;
 };
 
-const HeaderText headers[ColumnCount] = {
+const HeaderText headers[] = {
     {QT_TRANSLATE_NOOP("PackageTable::Model", "Action"),
      QT_TRANSLATE_NOOP("PackageTable::Model",
                        "Action to be performed on the package, if any: Update, Install, Remove")},
@@ -50,25 +45,23 @@ const HeaderText headers[ColumnCount] = {
     {QT_TRANSLATE_NOOP("PackageTable::Model", "Build Time"),
      QT_TRANSLATE_NOOP("PackageTable::Model", "Date and time at which the package was created")},
 };
+static_assert(sizeof headers / sizeof *headers == ColumnCount, "each column has its heading");
 
 } // namespace
 
 Model::Model(YumIO* backEnd, QObject* parent)
     : HAbstractTableModel(parent), yumIO(backEnd), yumConfIO(nullptr), enabled(true)
 {
-    stateIcons[Package::Updatable] = sharedIcon("out-of-date.png");
-    stateIcons[Package::Installed] = sharedIcon("up-to-date.png");
-    actionIcons[Package::None] = sharedIcon("noneBox.png");
-    actionIcons[Package::Update] = sharedIcon("updateBox.png");
-    actionIcons[Package::Install] = sharedIcon("installBox.png");
-    actionIcons[Package::Remove] = sharedIcon("removeBox.png");
-    kindIcons[Package::Suite] = sharedIcon("suite.png");
-    kindIcons[Package::Group] = sharedIcon("group.png");
-    kindIcons[Package::Ordinary] = sharedIcon("package.png");
-    colors[Package::Updatable] = QColor(Colors::error());
-    colors[Package::Available] = QColor(Colors::minor());
-    disabledColors[Package::Updatable] = QColor(Colors::errorDisabled());
-    disabledColors[Package::Available] = QColor(Colors::minorDisabled());
+    stateIcons[Package::Updatable] = Icons::shared(QStringLiteral("out-of-date"));
+    stateIcons[Package::Installed] = Icons::shared(QStringLiteral("up-to-date"));
+    actionIcons[Package::None] = Icons::shared(QStringLiteral("noneBox"));
+    actionIcons[Package::Update] = Icons::shared(QStringLiteral("updateBox"));
+    actionIcons[Package::Install] = Icons::shared(QStringLiteral("installBox"));
+    actionIcons[Package::Remove] = Icons::shared(QStringLiteral("removeBox"));
+    kindIcons[Package::Suite] = Icons::shared(QStringLiteral("suite"));
+    kindIcons[Package::Group] = Icons::shared(QStringLiteral("group"));
+    kindIcons[Package::Ordinary] = Icons::shared(QStringLiteral("package"));
+    setBackground(Qt::white);
 }
 
 void Model::setYumConfIO(YumConfIO* reader)
@@ -79,6 +72,17 @@ void Model::setYumConfIO(YumConfIO* reader)
 void Model::setEnabled(bool isEnabled)
 {
     enabled = isEnabled;
+}
+
+void Model::setBackground(const QColor& background)
+{
+    const auto set = [this, &background](Package::State state, const QString& color,
+                                         const QString& disabledColor) {
+        colors[state] = QColor(Colors::readable(color, background));
+        disabledColors[state] = QColor(Colors::readableDisabled(disabledColor, color, background));
+    };
+    set(Package::Updatable, Colors::error(), Colors::errorDisabled());
+    set(Package::Available, Colors::minor(), Colors::minorDisabled());
 }
 
 int Model::rowCount(const QModelIndex& parent) const

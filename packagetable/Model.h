@@ -37,6 +37,9 @@ public:
     void setYumConfIO(YumConfIO* reader);
     // Whether texts have the colours of the normal or of the disabled look. The caller has the view redrawn.
     void setEnabled(bool isEnabled);
+    // The darkest or lightest colour that rows are drawn on; on a dark one the texts' colours are lightened.
+    // The caller has the view redrawn.
+    void setBackground(const QColor& background);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;

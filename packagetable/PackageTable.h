@@ -1,4 +1,5 @@
-// What the package table can show: the numbers are those of the main window's boxes and of the command line.
+// What the package table can show. The numbers of modes and of state filters are those of the main window's
+// boxes and of the command line.
 
 #ifndef PACKAGETABLE_PACKAGETABLE_H
 #define PACKAGETABLE_PACKAGETABLE_H
@@ -14,6 +15,8 @@ enum Mode : qint32 {
 
 enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
 
+// In the order of the Model's columns. Remembered layouts of the table go by the numbers too: with another
+// number of columns they are forgotten.
 enum Column : int {
     ActionColumn = 0,
     StateColumn = 1,

@@ -303,9 +303,58 @@ bool SortFilterProxyModel::hasChildren(const QModelIndex& parent) const
     return rowCount(parent) > 0;
 }
 
+QVariant SortFilterProxyModel::data(const QModelIndex& listed, int role) const
+{
+    if (role == Qt::AccessibleTextRole && listed.column() < NameColumn) {
+        const int row = mapToSource(listed).row();
+        return row < 0 ? QVariant() : iconText(*(*yumIO)[row], listed.column());
+    }
+    return HSortFilterProxyModel::data(listed, role);
+}
+
+QString SortFilterProxyModel::iconText(const Package::Entry& entry, int column)
+{
+    switch (column) {
+    case ActionColumn:
+        switch (entry.action) {
+        case Package::Update:
+            return tr("Update");
+        case Package::Install:
+            return tr("Install");
+        case Package::Remove:
+            return tr("Remove");
+        case Package::None:
+            break;
+        }
+        return tr("No Action");
+    case StateColumn:
+        switch (entry.state) {
+        case Package::Updatable:
+            return tr("Out-of-date");
+        case Package::Installed:
+            return tr("Up-to-date");
+        case Package::Available:
+            break;
+        }
+        return tr("Not Installed");
+    default:
+        switch (entry.kind) {
+        case Package::Group:
+            return tr("Group");
+        case Package::Suite:
+            return tr("Suite");
+        case Package::Ordinary:
+            break;
+        }
+        return tr("Package");
+    }
+}
+
 QVariant SortFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (source == nullptr || orientation == Qt::Vertical) {
+        // Not the base class's, which asks for a row of its own map; this class does not use that.
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         return QAbstractItemModel::headerData(section, orientation, role);
     }
     return source->headerData(section, orientation, role);
@@ -407,8 +456,8 @@ const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
     }
     key.resize(rows);
     std::vector<int> ranks;
-    if (column >= VersionColumn && column <= ArchitectureColumn) {
-        ranks = ranksOf(column);
+    if (column > NameColumn && column != SizeColumn && column != BuildTimeColumn) {
+        ranks = ranksOf(column); // by its texts
     }
     for (size_t row = 0; row < rows; ++row) {
         const Package::Entry& entry = *(*yumIO)[static_cast<int>(row)];

@@ -70,6 +70,8 @@ public:
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
+    // And texts for those who cannot see the icons.
+    QVariant data(const QModelIndex& listed, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     QModelIndex mapToSource(const QModelIndex& listed) const override;
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
@@ -107,6 +109,7 @@ private:
     enum Verdict : char { Unknown, Accepted, Rejected };
 
     bool acceptRow(Package::Entry* entry, int row, const QModelIndex& parent) const;
+    static QString iconText(const Package::Entry& entry, int column);
     static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;

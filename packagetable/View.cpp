@@ -69,7 +69,7 @@ private:
     // By how much a letter makes a text wider that ends in another one.
     qreal advance(int before, int code)
     {
-        qreal& known = advances[static_cast<size_t>(before * count + code)];
+        qreal& known = advances[static_cast<size_t>(before) * count + static_cast<size_t>(code)];
         if (known == unknown) {
             known = measure(QString(letter(before)) + letter(code)) - width(before);
         }
@@ -103,9 +103,8 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     setContextMenuPolicy(Qt::CustomContextMenu);
     setTabKeyNavigation(false); // the way out by keyboard would lead through every cell
     verticalHeader()->hide();
-    // All rows are one line high; asking each of them for its height would take its time.
-    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    setOneLineRows();
+    adaptColors();
 
     auto* header = new QHeaderView(Qt::Horizontal, this);
     header->setSectionsMovable(true);
@@ -130,7 +129,8 @@ View::~View() = default;
 QModelIndexList View::selectedRows() const
 {
     QModelIndexList rows;
-    for (const QModelIndex& listed : HTableView::selectedRows()) {
+    const QModelIndexList allListed = HTableView::selectedRows();
+    for (const QModelIndex& listed : allListed) {
         rows.append(proxy->mapToSource(listed));
     }
     return rows;
@@ -353,11 +353,21 @@ void View::currentChanged(const QModelIndex& current, const QModelIndex& previou
     }
 }
 
+void View::adaptColors()
+{
+    // Of the two backgrounds of rows, the one that colours are harder to read on if both are dark.
+    const QColor base = palette().color(QPalette::Base);
+    const QColor alternate = palette().color(QPalette::AlternateBase);
+    model->setBackground(alternate.lightness() > base.lightness() ? alternate : base);
+}
+
 void View::changeEvent(QEvent* event)
 {
     HTableView::changeEvent(event);
     if (event->type() == QEvent::EnabledChange) {
         model->setEnabled(isEnabled());
+    } else if (event->type() == QEvent::PaletteChange) {
+        adaptColors();
     }
 }
 

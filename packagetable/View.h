@@ -77,6 +77,8 @@ protected:
 private:
     class WidthEstimate;
 
+    void adaptColors();
+
     Model* model;
     SortFilterProxyModel* proxy;
     int currentRow;                // as announced last

@@ -51,7 +51,8 @@ QVector<PasswdMask::Range> PasswdMask::passwords(const QString& text) const
 QString PasswdMask::masked(const QString& text, QChar passwordCharacter) const
 {
     QString result = text;
-    for (const Range& password : passwords(text)) {
+    const QVector<Range> found = passwords(text);
+    for (const Range& password : found) {
         std::fill_n(result.begin() + password.begin, password.length, passwordCharacter);
     }
     return result;

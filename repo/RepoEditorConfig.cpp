@@ -36,6 +36,7 @@ QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QW
     label->setToolTip(toolTip);
     field->setToolTip(toolTip);
     field->setAccessibleName(text);
+    label->setBuddy(field);
     grid->addWidget(label, row, column);
     grid->addWidget(field, row, column + 1);
     return label;
@@ -112,6 +113,8 @@ QWidget* Config::createAuth(QWidget* parent)
         addField(grid, 0, 2, tr("Password"), passwordField,
                  tr("Authentication password for a repository using the vantor authentication method"));
     for (QLabel* label : {authNameLabel, passwordLabel}) {
+        // A label with a buddy takes a "&", which the key of a URL may have, for the mark of a shortcut.
+        label->setBuddy(nullptr);
         // The keys of a URL may be of any length; the window is not to grow with them.
         label->setMaximumWidth(30 * Metrics::columnWidth(label->fontMetrics()));
     }
@@ -134,6 +137,7 @@ QWidget* Config::createOptions(QWidget* parent)
     otherOptionsField->setTabChangesFocus(true);
     otherOptionsField->setToolTip(toolTip);
     otherOptionsField->setAccessibleName(label->text());
+    label->setBuddy(otherOptionsField);
     grid->addWidget(label, 0, 0);
     grid->addWidget(otherOptionsField, 1, 0);
     grid->addWidget(createSimpleOptions(group), 1, 1, Qt::AlignTop);

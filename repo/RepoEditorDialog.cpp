@@ -233,7 +233,8 @@ void Dialog::copy()
 void Dialog::remove()
 {
     QSet<int> selected;
-    for (const QModelIndex& index : view->selectedRows()) {
+    const QModelIndexList indexes = view->selectedRows();
+    for (const QModelIndex& index : indexes) {
         selected.insert(index.row());
     }
     if (selected.isEmpty()) {

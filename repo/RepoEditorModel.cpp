@@ -2,10 +2,10 @@
 
 #include "yumio/YumIO.h"
 
-#include "app/base/Share.h"
 #include "repo/RepoBrowse.h"
 #include "repo/RepoEntry.h"
 #include "repo/YumConfIO.h"
+#include "widgets/Icons.h"
 
 namespace RepoEditor {
 
@@ -45,8 +45,7 @@ QString headerToolTip(int column)
 
 Model::Model(YumIO* backEnd, YumConfIO* conf, QObject* parent)
     : HAbstractTableModel(parent), yumIO(backEnd), yumConfIO(conf),
-      offIcon(Share::absolute(QStringLiteral("icons/noneBox.png"))),
-      onIcon(Share::absolute(QStringLiteral("icons/checkBox.png")))
+      offIcon(Icons::shared(QStringLiteral("noneBox"))), onIcon(Icons::shared(QStringLiteral("checkBox")))
 {
     setViewFont(QFont());
 }
@@ -74,6 +73,15 @@ bool Model::isUsed(Repo::Entry const& entry) const
 bool Model::isEnabled(Repo::Entry const& entry) const
 {
     return entry.enabled == Qt::Checked || (entry.enabled == Qt::PartiallyChecked && yumConfIO->enabled);
+}
+
+bool Model::isTicked(QModelIndex const& index) const
+{
+    if (!hasEntry(index)) {
+        return false;
+    }
+    const Repo::Entry& entry = yumConfIO->entries.at(index.row());
+    return index.column() == SessionColumn ? isUsed(entry) : isEnabled(entry);
 }
 
 QVariant Model::data(const QModelIndex& index, int role) const

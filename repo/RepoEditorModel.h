@@ -38,6 +38,9 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+    // Whether the repository is used in the session, or enabled, by the index's column.
+    bool isTicked(QModelIndex const& index) const;
+
     // The font of the view; new repositories are shown in its italics.
     void setViewFont(QFont const& font);
 

@@ -62,6 +62,16 @@ bool naturalLessThan(const QString& left, const QString& right)
 
 SortFilterProxyModel::SortFilterProxyModel(QObject* parent) : QSortFilterProxyModel(parent) {}
 
+QVariant SortFilterProxyModel::data(const QModelIndex& index, int role) const
+{
+    const auto* repositories = qobject_cast<const Model*>(sourceModel());
+    if (role == Qt::AccessibleTextRole && repositories != nullptr &&
+        (index.column() == SessionColumn || index.column() == PermanentColumn)) {
+        return repositories->isTicked(mapToSource(index)) ? tr("Yes") : tr("No");
+    }
+    return QSortFilterProxyModel::data(index, role);
+}
+
 bool SortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex& right) const
 {
     if (left.column() == IdentifierColumn || left.column() == NameColumn) {

@@ -17,6 +17,9 @@ class SortFilterProxyModel : public QSortFilterProxyModel
 public:
     explicit SortFilterProxyModel(QObject* parent = nullptr);
 
+    // And texts for those who cannot see the icons.
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
 protected:
     // Source indexes.
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;

@@ -1,6 +1,7 @@
 #include "repo/RepoEditorView.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QSortFilterProxyModel>
 
 #include "repo/RepoEditorContextMenu.h"
@@ -19,8 +20,8 @@ View::View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent)
     setContextMenuPolicy(Qt::CustomContextMenu);
     setTabKeyNavigation(false);
     verticalHeader()->hide();
-    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
+    setOneLineRows();
+    setAccessibleName(tr("Repositories"));
 
     auto* header = new QHeaderView(Qt::Horizontal, this);
     header->setSectionsMovable(true);
@@ -52,7 +53,8 @@ void View::setCurrentRow(int row)
 QModelIndexList View::selectedRows() const
 {
     QModelIndexList rows;
-    for (const QModelIndex& listed : HTableView::selectedRows()) {
+    const QModelIndexList allListed = HTableView::selectedRows();
+    for (const QModelIndex& listed : allListed) {
         rows.append(proxy->mapToSource(listed));
     }
     return rows;
@@ -108,6 +110,17 @@ void View::handleCustomContextMenuRequested(const QPoint& pos)
 void View::handleActivated(const QModelIndex& index)
 {
     Q_EMIT activated(proxy->mapToSource(index));
+}
+
+void View::keyPressEvent(QKeyEvent* event)
+{
+    const QModelIndex current = currentIndex();
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && current.isValid() &&
+        (current.column() == SessionColumn || current.column() == PermanentColumn)) {
+        handleClicked(current);
+        return;
+    }
+    HTableView::keyPressEvent(event);
 }
 
 // The base class makes the first row current then, which would not show.

@@ -46,6 +46,8 @@ Q_SIGNALS:
     void activated(const QModelIndex& index);
 
 protected:
+    // The space key in one of the columns of boxes is a click on the box.
+    void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
 

@@ -1,7 +1,6 @@
 #include "repo/YumConfIO.h"
 
 #include <QFile>
-#include <QMessageBox>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -16,6 +15,7 @@
 #include <unistd.h>
 
 #include "app/base/ManagedRoot.h"
+#include "widgets/HMessageBox.h"
 
 namespace {
 
@@ -121,8 +121,7 @@ QMessageBox::StandardButton showCritical(QWidget* parent, const QString& title, 
                                          QMessageBox::StandardButtons buttons,
                                          QMessageBox::StandardButton preferred)
 {
-    QMessageBox box(QMessageBox::Critical, title, text, buttons, parent);
-    box.setTextFormat(Qt::PlainText);
+    HMessageBox box(QMessageBox::Critical, title, text, buttons, parent);
     box.setDefaultButton(preferred);
     box.setEscapeButton(preferred);
     return static_cast<QMessageBox::StandardButton>(box.exec());

@@ -8,6 +8,7 @@ void HProgressBar::setActivity(QString text)
 {
     if (activity != text) {
         activity = text;
+        setAccessibleDescription(activity); // its value is told as a number only
         update();
     }
 }
@@ -27,7 +28,7 @@ QString HProgressBar::text() const
 
 void HProgressBar::reset()
 {
-    activity.clear();
+    setActivity(QString());
     QProgressBar::reset();
 }
 
@@ -39,5 +40,7 @@ bool HProgressBar::event(QEvent* event)
         event->accept();
         return true;
     }
+    // What the base class does is not wanted.
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return QWidget::event(event);
 }

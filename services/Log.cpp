@@ -31,8 +31,9 @@ Entry::Entry(Kind entryKind, unsigned int entryLevel, QString entryText)
 void EntryList::appendMessage(Kind kind, unsigned int level, const QString& message)
 {
     {
+        const QStringList lines = withoutPasswords(message).split(QLatin1Char('\n'));
         QMutexLocker locker(this);
-        for (const QString& line : withoutPasswords(message).split(QLatin1Char('\n'))) {
+        for (const QString& line : lines) {
             if (!line.isEmpty()) {
                 append(Entry(kind, level, line));
             }

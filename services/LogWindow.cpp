@@ -34,6 +34,7 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     setWindowTitle(tr("VYRE Log"));
 
     textEdit->setReadOnly(true);
+    textEdit->setAccessibleName(windowTitle());
     textEdit->setUndoRedoEnabled(false);
     textEdit->setLineWrapMode(QTextEdit::NoWrap);
     textEdit->setWordWrapMode(QTextOption::NoWrap);
@@ -61,7 +62,9 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     layout->addWidget(textEdit);
     QHBoxLayout* row = new QHBoxLayout();
     layout->addLayout(row);
-    row->addWidget(new QLabel(tr("Detail level"), this));
+    QLabel* levelLabel = new QLabel(tr("Detail level"), this);
+    levelLabel->setBuddy(levelSpinBox);
+    row->addWidget(levelLabel);
     row->addWidget(levelSpinBox);
     row->addStretch(1);
     row->addWidget(close);
@@ -138,6 +141,15 @@ void Window::levelChanged(int)
     appended();
 }
 
+void Window::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && open) {
+        // The colours of what is shown were chosen for another background.
+        levelChanged(levelSpinBox->value());
+    }
+}
+
 void Window::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Escape) {
@@ -176,27 +188,33 @@ bool Window::render()
     return true;
 }
 
+QString Window::readable(const QString& color) const
+{
+    return Colors::readable(color, palette().color(QPalette::Base));
+}
+
 QString Window::toHtml(const Entry& entry) const
 {
     QString prefix;
     QString suffix = tr("</font>");
     switch (entry.kind) {
     case Info:
-        prefix = entry.level <= maxPlainLevel ? tr("<font>") : tr("<font color=\"%1\">").arg(Colors::minor());
+        prefix = entry.level <= maxPlainLevel ? tr("<font>")
+                                              : tr("<font color=\"%1\">").arg(readable(Colors::minor()));
         break;
     case OK:
-        prefix = tr("<font color=\"%1\">").arg(Colors::ok());
+        prefix = tr("<font color=\"%1\">").arg(readable(Colors::ok()));
         break;
     case Warning:
-        prefix = tr("<font color=\"%1\">").arg(Colors::warning());
+        prefix = tr("<font color=\"%1\">").arg(readable(Colors::warning()));
         break;
     case Action:
-        prefix = tr("<h2><font color=\"%1\">").arg(Colors::action());
+        prefix = tr("<h2><font color=\"%1\">").arg(readable(Colors::action()));
         suffix = tr("</font></h2>");
         break;
     case Error:
     default:
-        prefix = tr("<font color=\"%1\">").arg(Colors::error());
+        prefix = tr("<font color=\"%1\">").arg(readable(Colors::error()));
         break;
     }
     QString text = entry.text;

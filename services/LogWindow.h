@@ -36,11 +36,13 @@ public Q_SLOTS:
     void levelChanged(int level);
 
 protected:
+    void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
     // Renders the entries from index "shown" on; false when there are none.
     bool render();
+    QString readable(const QString& color) const;
     QString toHtml(const Entry& entry) const;
     void scrollToEnd();
 

@@ -5,6 +5,7 @@
 #include <QPushButton>
 
 #include "services/ScrollableDialogs.h"
+#include "widgets/HMessageBox.h"
 
 YumIODialogsMinion::YumIODialogsMinion(QWidget* parent) : parentWidget(parent) {}
 
@@ -47,9 +48,7 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
                                 const QStringList& buttonTexts, int defaultButtonNumber,
                                 int escapeButtonNumber)
 {
-    QMessageBox box(icon, caption, QString(), QMessageBox::NoButton, parentWidget);
-    box.setTextFormat(Qt::PlainText);
-    box.setText(text);
+    HMessageBox box(icon, caption, text, QMessageBox::NoButton, parentWidget);
     QList<QPushButton*> buttons;
     for (const QString& buttonText : buttonTexts) {
         if (!buttonText.isEmpty()) {

@@ -3,6 +3,8 @@
 #include <QColor>
 #include <QCoreApplication>
 
+#include <cmath>
+
 namespace Colors {
 
 namespace {
@@ -17,6 +19,32 @@ QPalette makeLabel(const QPalette& palette, const QColor& background)
     made.setColor(QPalette::WindowText,
                   qGray(background.rgb()) < darkestGreyForBlackText ? Qt::white : Qt::black);
     return made;
+}
+
+// Of a background below this luminance, white differs more than black does.
+const double darkestLightBackground = 0.179;
+
+// What text of an ordinary size needs at least to be told from its background.
+const double leastContrast = 4.5;
+
+// From 0 for black to 1 for white, as the eye sees it.
+double luminance(const QColor& color)
+{
+    const auto linear = [](double part) {
+        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+}
+
+bool isDark(const QColor& background)
+{
+    return luminance(background) < darkestLightBackground;
+}
+
+// Of a colour on a darker background.
+double contrast(const QColor& color, const QColor& background)
+{
+    return (luminance(color) + 0.05) / (luminance(background) + 0.05);
 }
 
 } // namespace
@@ -99,6 +127,30 @@ QPalette makeWarning(const QPalette& palette)
 QPalette makeOK(const QPalette& palette)
 {
     return makeLabel(palette, QColor(okBg()));
+}
+
+QString readable(const QString& name, const QColor& background)
+{
+    QColor color(name);
+    if (!isDark(background) || contrast(color, background) >= leastContrast) {
+        return name;
+    }
+    while (contrast(color, background) < leastContrast) {
+        const int lightness = color.lightness();
+        color.setHsl(color.hslHue(), color.hslSaturation(), qMin(lightness + 4, 255));
+    }
+    return color.name();
+}
+
+QString readableDisabled(const QString& name, const QString& enabledName, const QColor& background)
+{
+    if (!isDark(background)) {
+        return name;
+    }
+    const QColor color(readable(enabledName, background));
+    return QColor((color.red() + background.red()) / 2, (color.green() + background.green()) / 2,
+                  (color.blue() + background.blue()) / 2)
+        .name();
 }
 
 } // namespace Colors

@@ -5,6 +5,7 @@
 #ifndef WIDGETS_COLORS_H
 #define WIDGETS_COLORS_H
 
+#include <QColor>
 #include <QPalette>
 #include <QString>
 
@@ -32,6 +33,14 @@ QPalette makeRequired(const QPalette& palette);
 QPalette makeError(const QPalette& palette);
 QPalette makeWarning(const QPalette& palette);
 QPalette makeOK(const QPalette& palette);
+
+// The colour, given by name, as it is to be used for text on the background: the name itself, except on a
+// dark background that it cannot be read on; then "#rrggbb" of the same hue, as light as it has to be.
+QString readable(const QString& name, const QColor& background);
+
+// The text colour of a disabled item: the name itself, except on a dark background, where it would stand out
+// more than that of an enabled one; then the latter, half way to the background.
+QString readableDisabled(const QString& name, const QString& enabledName, const QColor& background);
 
 } // namespace Colors
 

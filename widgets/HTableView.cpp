@@ -1,14 +1,18 @@
 #include "widgets/HTableView.h"
 
+#include <QContextMenuEvent>
+#include <QCoreApplication>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QKeyEvent>
 #include <QScrollBar>
+#include <QStyle>
 
 #include "widgets/HItemDelegate.h"
 #include "widgets/Metrics.h"
 
 HTableView::HTableView(QStyleOptionViewItem::Position position, int min, int max, QWidget* parent)
-    : QTableView(parent), decorationPosition(position), minRows(min), maxRows(max)
+    : QTableView(parent), decorationPosition(position), minRows(min), maxRows(max), oneLineRows(false)
 {
     setItemDelegate(new HItemDelegate(this));
 }
@@ -19,6 +23,42 @@ QStyleOptionViewItem HTableView::viewOptions() const
     option.decorationPosition = decorationPosition;
     option.showDecorationSelected = false;
     return option;
+}
+
+void HTableView::setOneLineRows()
+{
+    oneLineRows = true;
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    fitRowsToFont();
+}
+
+void HTableView::fitRowsToFont()
+{
+    // In steps, because a drawing that is scaled by a pixel or two is blurred.
+    const int step = 8;
+    const int side = qMax(style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this),
+                          fontMetrics().height() / step * step);
+    setIconSize(QSize(side, side));
+    verticalHeader()->setDefaultSectionSize(qMax(fontMetrics().height(), side) + 6);
+}
+
+void HTableView::changeEvent(QEvent* event)
+{
+    QTableView::changeEvent(event);
+    if (oneLineRows && (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)) {
+        fitRowsToFont();
+    }
+}
+
+void HTableView::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        const QPoint place = visualRect(currentIndex()).center();
+        QContextMenuEvent menu(QContextMenuEvent::Keyboard, place, viewport()->mapToGlobal(place));
+        QCoreApplication::sendEvent(viewport(), &menu);
+        return;
+    }
+    QTableView::keyPressEvent(event);
 }
 
 QSize HTableView::sizeHint() const

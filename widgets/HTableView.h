@@ -31,6 +31,10 @@ public:
     // The pixels that a style takes which draws the frame around the contents but not around the scroll bars.
     int frameOnlyAroundContentsPixels() const;
 
+    // Makes all rows one line of text high, with icons that go with it, and keeps them so when the font
+    // changes. No row is asked for its height, which would take its time with very many of them.
+    void setOneLineRows();
+
 public Q_SLOTS:
     // Fits the columns to their contents, and then enlarges the window to its size hint, as far as the screen
     // allows.
@@ -43,16 +47,22 @@ public Q_SLOTS:
 
 protected:
     QStyleOptionViewItem viewOptions() const override;
+    void changeEvent(QEvent* event) override;
+    // Shift+F10 opens the menu of the current cell, as the menu key does.
+    void keyPressEvent(QKeyEvent* event) override;
 
     // The width in pixels of the widest cell of the column, without the grid; called with a model only. Asks
     // the delegate about every row: a view of very many rows that knows its texts can answer faster.
     virtual int contentsWidthForColumn(int column) const;
 
 private:
+    void fitRowsToFont();
+
     QStyleOptionViewItem::Position decorationPosition;
     // Equal once the number of rows is decided.
     mutable int minRows;
     mutable int maxRows;
+    bool oneLineRows;
 };
 
 #endif

@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QFocusEvent>
 #include <QFontMetrics>
+#include <QKeyEvent>
+#include <QScrollBar>
 #include <QTextBlockFormat>
 #include <QTextCursor>
 
@@ -49,4 +51,20 @@ void HTextEdit::focusOutEvent(QFocusEvent* event)
         Q_EMIT editingFinished();
     }
     QTextEdit::focusOutEvent(event);
+}
+
+void HTextEdit::keyPressEvent(QKeyEvent* event)
+{
+    const bool hasCursor =
+        (textInteractionFlags() & (Qt::TextSelectableByKeyboard | Qt::TextEditable)) != Qt::NoTextInteraction;
+    if (!hasCursor && event->matches(QKeySequence::MoveToStartOfDocument)) {
+        verticalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+        horizontalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+        return;
+    }
+    if (!hasCursor && event->matches(QKeySequence::MoveToEndOfDocument)) {
+        verticalScrollBar()->triggerAction(QScrollBar::SliderToMaximum);
+        return;
+    }
+    QTextEdit::keyPressEvent(event);
 }

@@ -27,6 +27,8 @@ Q_SIGNALS:
 
 protected:
     void focusOutEvent(QFocusEvent* event) override;
+    // Ctrl+Home and Ctrl+End lead to the ends of a text that has no cursor, too.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     int columns;

@@ -29,5 +29,6 @@ TextDialog::TextDialog(QWidget* parent) : QDialog(parent), edit(new HTextEdit(80
 
 void TextDialog::setText(QString text)
 {
+    edit->setAccessibleName(windowTitle());
     edit->setPlainText(text);
 }

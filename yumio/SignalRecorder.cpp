@@ -14,8 +14,6 @@ extern "C" void record(int number)
 
 } // namespace
 
-constexpr int SignalRecorder::numbers[];
-
 SignalRecorder::SignalRecorder() : before(), replaced()
 {
     recorded = 0;

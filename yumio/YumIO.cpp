@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <clocale>
+
 #include "app/base/ManagedRoot.h"
 #include "app/base/Program.h"
 #include "app/base/Share.h"
@@ -139,6 +141,9 @@ bool YumIO::initialize()
             return internalError(tr("Internal error: unable to execute YumIO.py"));
         }
     }
+    // Importing the package manager has the process take over the user's locale. Its libraries read the
+    // numbers of configuration files by it, which are written with a point everywhere.
+    std::setlocale(LC_NUMERIC, "C");
     yumIOClass = pyValue("__main__", "YumIO");
     if (yumIOClass == nullptr) {
         return internalError(tr("Internal error: cannot find python YumIO"));

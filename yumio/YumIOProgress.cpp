@@ -408,7 +408,7 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     const bool flag = test != Py_False;
     transactionRan = transactionRan || !flag;
     if (!flag && phase == Applying && !signalRecorder) {
-        signalRecorder.reset(new SignalRecorder); // until the script's operation is over
+        signalRecorder = std::make_unique<SignalRecorder>(); // until the script's operation is over
     }
     if (progress != nullptr) {
         if (flag || !testRun) {

@@ -214,10 +214,12 @@ PyObject* YumIO::attribute(PyObject* object, const char* name)
 
 PyObject* YumIO::attribute(PyObject* object, PackageAttribute which)
 {
-    static const char* const names[PackageAttributeCount] = {
-        "arch", "buildtime", "epoch", "group", "name", "release", "repoid", "size", "summary", "version"};
-    // The interpreter finds at once what it is asked for with an interned name; for a name made from characters
-    // it searches the class and all its bases each time.
+    // In the order of the enumeration.
+    static const char* const names[] = {"arch",    "buildtime", "epoch", "group",   "name",
+                                        "release", "repoid",    "size",  "summary", "version"};
+    static_assert(sizeof names / sizeof *names == PackageAttributeCount, "each attribute has its name");
+    // The interpreter finds at once what it is asked for with an interned name; for a name made from
+    // characters it searches the class and all its bases each time.
     PyRef& name = attributeNames[which];
     if (!name) {
         name = PyRef(PyUnicode_InternFromString(names[which]));
@@ -387,19 +389,21 @@ private:
 
 QString YumIO::bytesFormat(unsigned long long bytes)
 {
+    // Translated once: a collection formats the size of each package.
     static const struct
     {
         int shift; // the unit is 2 to the power of this
-        const char* name;
-    } units[] = {{60, QT_TR_NOOP("Eb")}, {50, QT_TR_NOOP("Pb")}, {40, QT_TR_NOOP("Tb")},
-                 {30, QT_TR_NOOP("Gb")}, {20, QT_TR_NOOP("Mb")}, {10, QT_TR_NOOP("Kb")}};
+        QString name;
+    } units[] = {{60, tr("Eb")}, {50, tr("Pb")}, {40, tr("Tb")},
+                 {30, tr("Gb")}, {20, tr("Mb")}, {10, tr("Kb")}};
+    static const QString smallest = tr("b");
     double value = static_cast<double>(bytes);
-    const char* unit = QT_TR_NOOP("b");
+    const QString* unit = &smallest;
     for (const auto& candidate : units) {
         // From 1000 of the unit below on, so that there are never more than four digits.
         if (bytes >= 1000ULL << (candidate.shift - 10)) {
             value /= static_cast<double>(1ULL << candidate.shift);
-            unit = candidate.name;
+            unit = &candidate.name;
             break;
         }
     }
@@ -408,7 +412,7 @@ QString YumIO::bytesFormat(unsigned long long bytes)
         const PlainNumbers plain;
         std::snprintf(digits, sizeof digits, value > 0 && value < 9.95 ? "%.1f" : "%.0f", value);
     }
-    return QLatin1String(digits) + tr(unit);
+    return QLatin1String(digits) + *unit;
 }
 
 quint64 YumIO::buildTimeOf(PyObject* pkg)

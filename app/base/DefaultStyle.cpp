@@ -37,7 +37,8 @@ void DefaultStyle::set(QApplication&, QString style)
     }
     std::fprintf(stderr, "%s: unrecognized style: %s\n", program, qPrintable(style));
     std::fprintf(stderr, "%s: known styles:\n", program);
-    for (const QString& key : QStyleFactory::keys()) {
+    const QStringList keys = QStyleFactory::keys();
+    for (const QString& key : keys) {
         std::fprintf(stderr, "%s:    %s\n", program, qPrintable(key));
     }
     std::exit(1);

@@ -403,6 +403,10 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
         yumIOC.errorlog(0, passable(str(message)))
 
 
+# So much of what was printed before a failure is told with it.
+REASON_LINES = 10
+
+
 class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     """Tells the program when the test of a transaction, and when the transaction itself, begins and ends."""
 
@@ -410,6 +414,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
 
     def __init__(self, base, test=False, displays=()):
         self._ended = False
+        self._heard = None
         yumIOC.rpmtransInit(test)
         super(RPMTransaction, self).__init__(base, test=test, displays=displays or [TransactionProgress()])
         RPMTransaction._last = weakref.ref(self)
@@ -417,20 +422,33 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     def __del__(self):
         self.end()
 
-    # The package manager does not pass on what rpm itself says of these failures, such as that a disk is full.
+    def _scriptOutput(self):
+        self._heard = super(RPMTransaction, self)._scriptOutput()
+        return self._heard
+
+    # The package manager does not pass on what rpm itself says of the next two failures.
 
     def _cpioError(self, key):
         super(RPMTransaction, self)._cpioError(key)
-        self._tellReason()
+        self._tellReason(self._scriptOutput())
 
     def _unpackError(self, key):
         super(RPMTransaction, self)._unpackError(key)
-        self._tellReason()
+        self._tellReason(self._scriptOutput())
 
-    def _tellReason(self):
-        reason = self._scriptOutput()
-        if reason:
-            yumIOC.errorlog(0, passable(reason.decode('utf-8', 'replace').rstrip('\n')))
+    def _scriptError(self, amount, total, key):
+        """What the scriptlet has printed was passed on before. When it has prevented something, the end is told with
+        the failure as well; total is 0 when it has not.
+        """
+        super(RPMTransaction, self)._scriptError(amount, total, key)
+        if total:
+            self._tellReason(self._heard)
+
+    @staticmethod
+    def _tellReason(output):
+        if output:
+            lines = output.decode('utf-8', 'replace').rstrip('\n').split('\n')
+            yumIOC.errorlog(0, passable('\n'.join(lines[-REASON_LINES:])))
 
     def end(self):
         if not self._ended and programListens():
@@ -971,8 +989,7 @@ class YumIO:
         del self.base._ts
         wanted = {}
         for item in items:
-            package = item.pkg
-            key = (package.name, package.epoch, package.version, package.release, package.arch)
+            key = (item.name, item.epoch, item.version, item.release, item.arch)
             # A package that is installed anew counts as removed as well.
             if item.action in dnf.transaction.FORWARD_ACTIONS:
                 wanted[key] = (item, True)

@@ -77,10 +77,14 @@ class InstallTest(unittest.TestCase):
             if 'svg' in relative.split('/') or '__pycache__' in relative:
                 continue
             expected |= {os.path.normpath(os.path.join(relative, name)) for name in names}
+        # Made of the sources of the catalogues.
+        expected |= {'translations/' + re.sub(r'ts$', 'qm', name)
+                     for name in os.listdir(os.path.join(SOURCE, 'translations')) if name.endswith('.ts')}
         installed = self.files(SHARE)
         self.assertEqual(installed, expected)
         self.assertIn('python/YumIO.py', installed)
         self.assertIn('icons/package.png', installed)
+        self.assertIn('translations/vyre_de.qm', installed)
 
     def test_programs_of_the_share_directory_are_executable(self):
         for name in os.listdir(self.place(SHARE)):

@@ -1329,7 +1329,7 @@ void MainWindowTest::menuQuits()
 void MainWindowTest::closingQuits()
 {
     // As the window manager asks for it.
-    compareQuit([this] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });
+    compareQuit([] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });
 }
 
 int main(int argc, char** argv)

@@ -119,7 +119,8 @@ class SourcesTest(unittest.TestCase):
     """The extraction itself, on which everything else depends."""
 
     def test_texts_are_found_with_their_calls(self):
-        code = 'void f() { // error(tr("no"))\n  error(tr("one \\"two\\" "\n "three").arg(x, "y"), b[1, 2], tr("four"));' \
+        code = 'void f() { // error(tr("no"))\n' \
+            '  error(tr("one \\"two\\" "\n "three").arg(x, "y"), b[1, 2], tr("four"));' \
                '\n/* tr("no") */ QMessageBox box(QMessageBox::Critical, tr("five"), \'"\', parent); }'
         texts = [text for text in sources.cpp_texts(code, 'x') if sources.is_translated(text)]
         self.assertEqual([(text.value, text.calls) for text in texts], [
@@ -138,7 +139,8 @@ class SourcesTest(unittest.TestCase):
             self.assertIn(value, values)
         self.assertTrue(any(value.startswith('Package %1 is included in group') for value in values))
         values = [text.value for text in mentioned]
-        for value in ('VYRE Yum Error', 'Query', '&Apply Actions', 'Browse Repository', 'View Removable', 'Sort Position',
+        for value in ('VYRE Yum Error', 'Query', '&Apply Actions', 'Browse Repository', 'View Removable',
+                      'Sort Position',
                       'Ctrl+L', 'collect groups', 'VYRE Log', 'Apply to All with this Host', 'Other Options:'):
             self.assertIn(value, values)
         values = [text.value for text in script_messages()]
@@ -279,7 +281,8 @@ class ManualTest(unittest.TestCase):
         self.assertEqual(answer.stdout.decode(), '')
         answer = subprocess.run(['mandoc', '-T', 'ascii', path], stdout=subprocess.PIPE, check=True)
         text = re.sub('.\b', '', answer.stdout.decode())
-        for heading in ('NAME', 'SYNOPSIS', 'DESCRIPTION', 'OPTIONS', 'EXIT STATUS', 'ENVIRONMENT', 'FILES', 'SEE ALSO'):
+        for heading in ('NAME', 'SYNOPSIS', 'DESCRIPTION', 'OPTIONS', 'EXIT STATUS', 'ENVIRONMENT', 'FILES',
+                        'SEE ALSO'):
             self.assertRegex(text, '(?m)^{}$'.format(heading))
 
 

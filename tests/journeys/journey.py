@@ -1,13 +1,16 @@
 """What all journeys share: each test works on a copy of the sandbox of its own and tells the program's end.
 
-VYRE_BINARY is the program, VYRE_SANDBOX the made sandbox, which stays as it is.
+VYRE_BINARY is the program, VYRE_SANDBOX the made sandbox, which stays as it is. When VYRE_PICTURES names a directory,
+the journeys keep pictures of the screen there.
 """
 import contextlib
 import os
 import shutil
+import subprocess
 import sys
 import tempfile
 import threading
+import time
 import unittest
 
 TESTS = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
@@ -38,12 +41,34 @@ class Gate:
                 return
         handler.send_file()
 
+    def is_reached(self):
+        return self._reached.is_set()
+
     def wait_reached(self):
         if not self._reached.wait(60):
             raise AssertionError('nobody has asked the server')
 
     def open(self):
         self._open.set()
+
+
+class Waiting:
+    """One of the sandbox's packages whose scriptlet waits as long as there is a file."""
+
+    def __init__(self, sandbox, name):
+        self._path = os.path.join(sandbox.root, 'tmp', name)
+        open(self._path, 'w').close()
+
+    def is_waiting(self):
+        return os.path.exists(self._path + '.waiting')
+
+    def wait_waiting(self):
+        wait_for(self.is_waiting, self._path + '.waiting')
+
+    def let_go(self):
+        """Let the scriptlet come to its end; it may be there already."""
+        with contextlib.suppress(FileNotFoundError):
+            os.unlink(self._path)
 
 
 class JourneyTest(unittest.TestCase):
@@ -60,6 +85,18 @@ class JourneyTest(unittest.TestCase):
     def _clean(self):
         if not self.failed:
             shutil.rmtree(self.scratch)
+
+    def waiting(self, name):
+        waiting = Waiting(self.sandbox, name)
+        self.addCleanup(waiting.let_go)
+        return waiting
+
+    def picture(self, name):
+        """Keep a picture of the screen, if pictures are wanted."""
+        directory = os.environ.get('VYRE_PICTURES')
+        if directory:
+            time.sleep(0.5)  # nothing tells when a window has been painted
+            driver.screenshot(os.path.join(directory, name + '.png'))
 
     @contextlib.contextmanager
     def program(self, *arguments, environment=None, unset=()):
@@ -92,6 +129,15 @@ class JourneyTest(unittest.TestCase):
             window.show_all(groups)
             yield window
             self.quit(window)
+
+    def choose_from_menu(self, window, menu, number):
+        """Choose an item of a menu by its number, from 0; separators do not count."""
+        bar = window.find(driver.pyatspi.ROLE_MENU_BAR)
+        before = window.program.popups()
+        driver.click(next(item for item in driver.walk(bar) if driver.plain(item.name) == menu))
+        wait_for(lambda: window.program.popups() > before, 'the menu')
+        driver.key(*['Down'] * (number + 1) + ['Return'])
+        wait_for(lambda: window.program.popups() <= before, 'the end of the menu')
 
     # Transactions
 
@@ -160,6 +206,16 @@ class JourneyTest(unittest.TestCase):
         after = {name for name in self.sandbox.installed() if not name.startswith('gpg-pubkey-')}
         self.assertEqual((after - self.before, self.before - after), (set(new), set(gone)))
 
+    def check_consistent(self):
+        """The installed packages need nothing that is not there, none is there twice, and their files are as they
+        have to be."""
+        for command in (['rpm', '--root', self.sandbox.root, '-Va'],
+                        ['dnf', '--installroot', self.sandbox.root, '--releasever=9', '--noplugins',
+                         '--setopt=reposdir=/dev/null', '--setopt=logdir=' + self.scratch, 'check']):
+            done = subprocess.run(command, env=self.sandbox.environment(), stdout=subprocess.PIPE,
+                                  stderr=subprocess.STDOUT)
+            self.assertEqual((done.stdout.decode(), done.returncode), ('', 0), command[0])
+
     # Dialogs
 
     def read_dialog(self, program, title, *texts):
@@ -178,14 +234,21 @@ class JourneyTest(unittest.TestCase):
         dialog.click_button(buttons[0])
         program.no_window(title)
 
-    def check_message(self, program, title, *texts):
-        """There is this one message; it is closed."""
-        self.close_dialog(program, self.read_dialog(program, title, *texts))
+    def check_message(self, program, title, *texts, picture=None):
+        """There is this one message; it is closed. picture: the name of the picture of it to be kept."""
+        dialog = self.read_dialog(program, title, *texts)
+        if picture is not None:
+            dialog.wait_settled()
+            self.picture(picture)
+        self.close_dialog(program, dialog)
 
-    def read_log(self, window):
+    def read_log(self, window, picture=None):
         """The text of the Log window, which is opened and closed."""
         driver.key('ctrl+l')
         log = window.program.window('VYRE Log')
+        if picture is not None:
+            log.wait_settled()
+            self.picture(picture)
         # The spin box has a text too; the pane is the larger one.
         texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
         text = max((driver.text_of(accessible) for accessible in texts), key=len)

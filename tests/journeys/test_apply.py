@@ -11,11 +11,14 @@ class ApplyTest(JourneyTest):
 
     def test_install_with_dependency_update_and_remove_in_one_transaction(self):
         with self.opened() as window:
+            self.picture('main-window')
             window.mark_listed('libbough')
             window.mark_listed('anvil-make')
             window.mark_listed('cinder-backup')
             window.set_filter('.*')
             dialog = window.apply()
+            dialog.wait_settled()
+            self.picture('confirmation')
             self.check_listing(dialog, [
                 'Install: libbough 1.1-1 (x86_64) [sandbox-http]',
                 'Remove: cinder-backup 1.4-1 (noarch)',
@@ -39,7 +42,7 @@ class ApplyTest(JourneyTest):
         with self.opened() as window:
             window.mark_listed('chatterbox')
             self.carry_out(window)
-            log = self.read_log(window)
+            log = self.read_log(window, picture='log')
             for text in ('Initialization', 'Applying', 'Applying: OK', 'Installing chatterbox',
                          'chatterbox: post to standard output', 'chatterbox: post to standard error'):
                 self.assertIn(text, log)

@@ -54,6 +54,26 @@ class ClosingTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.close(window)
 
+    def test_while_packages_are_changed(self):
+        doorkeeper = self.waiting('doorkeeper')
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('doorkeeper')
+            window.mark_listed('birch-log')
+            window.accept(window.apply())
+            doorkeeper.wait_waiting()
+            self.picture('transaction')
+            self.request_close(program)
+            self.assertTrue(program.running())
+            self.assertFalse(window.is_ready())
+            doorkeeper.let_go()
+            self.check_usable(window)
+            self.check_changed(new=['doorkeeper-1.1-1.noarch'],
+                               gone=['doorkeeper-1.0-1.noarch', 'birch-log-3.0-1.x86_64'])
+            self.close(window)
+        self.check_consistent()
+
     def test_marked_packages_do_not_keep_the_window_open(self):
         with self.program() as program:
             window = program.ready()

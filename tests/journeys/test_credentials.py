@@ -92,6 +92,8 @@ class AskedTest(CredentialsTest):
         self.configure(identifiers=['one'])
         with self.program() as program:
             dialog = self.asked(program, 'one')
+            dialog.wait_settled()
+            self.picture('credentials')
             self.assertEqual(self.server.requests, [])
             labels = dialog.labels()
             for text in (HEADING, 'one', 'Number one', self.url('one'), 'user', 'secret'):
@@ -111,6 +113,7 @@ class AskedTest(CredentialsTest):
             # Nor is it told by any other window.
             editor = self.edit(window)
             form = editor.form('Edit', 'one')
+            self.picture('form-with-credentials')
             self.assertEqual(form.value('URLs'), self.url('one', ENCODED_NAME, HIDDEN * len(ENCODED_PASSWORD)))
             self.assertEqual(form.value('user'), NAME)
             self.check_secret(program)

@@ -77,6 +77,7 @@ class ContentTest(DescriptionTest):
         with self.opened() as window:
             self.assertFalse(driver.enabled(window.button('Describe')))
             dialog = self.describe(window, 'orchard')
+            self.picture('description')
             self.assertEqual(dialog.labels()[:2], ['orchard', 'Available for installation'])
             self.check_pairs(dialog, 'Available for installation', Kind='Ordinary package', Version='3.0-1',
                              Repository='sandbox-http', Architecture='x86_64', Summary='Photo collection',
@@ -94,6 +95,8 @@ class ContentTest(DescriptionTest):
             window.program.no_window(details.title)
             self.press(dialog, 1)
             files = window.program.window('orchard 3.0-1 File List')
+            files.wait_settled()
+            self.picture('file-list')
             text = driver.text_of(files.find(driver.pyatspi.ROLE_TEXT))
             self.assertEqual(text.split(), ['/usr/bin/orchard', '/usr/share/doc/orchard/README'])
             files.click_button('Close')
@@ -328,8 +331,8 @@ class BrowsingTest(DescriptionTest):
             window.wait_names(['orchard'])
             self.menu(window, 'orchard', driver.REPOSITORY, 1)
             wait_for(program.stderr, 'the message', 20)
-            self.assertEqual(program.stderr(), 'execv("{}", ...) failed; errno = 2 (No such file or directory)\n'.format(
-                self.browser))
+            self.assertEqual(program.stderr(),
+                             'execv("{}", ...) failed; errno = 2 (No such file or directory)\n'.format(self.browser))
             wait_for(lambda: self.children(program) == [], 'the end of what was started', 10)
             self.assertFalse(os.path.exists(self.record))
             self.check_usable(window)

@@ -3,7 +3,7 @@
 import os
 
 import journey
-from journey import Gate, JourneyTest
+from journey import Gate, JourneyTest, driver, wait_for
 from vyresandbox import server
 
 PERGOLA = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
@@ -40,28 +40,56 @@ class DownloadTest(JourneyTest):
 
     def test_several_downloads_at_once(self):
         names = ['tilepack-{}'.format(number) for number in range(1, 9)]
+        held = [Gate() for _ in names]
+        for name, gate in zip(names, held):
+            self.sandbox.server.faults['/sandbox-http/{}-1.0-1.noarch.rpm'.format(name)] = gate
         with self.opened() as window:
             window.set_filter('^tilepack-')
             window.wait_names(names)
             window.select_first()
-            journey.driver.key('ctrl+a')
+            driver.key('ctrl+a')
             window.wait_selected(len(names))
             window.click_button('Set Install/Update of Selected')
             window.wait_action('install', names[-1])
-            self.carry_out(window)
+            window.accept(window.apply())
+            wait_for(lambda: sum(gate.is_reached() for gate in held) == 3, 'three downloads at once')
+            bar = window.find_all(driver.pyatspi.ROLE_PROGRESS_BAR)[1]
+            driver.xdotool('mousemove', *driver.place(bar))
+            tip = window.program.window('')
+            texts = wait_for(tip.labels, 'the text of the tool tip')
+            names_told = [text for text in texts if text.startswith('Downloading ')]
+            self.assertEqual(len(names_told), 3, texts)
+            for name in names_told:
+                self.assertRegex(name, '^Downloading tilepack-[1-8]-1[.]0-1[.]noarch[.]rpm$')
+                self.assertRegex(texts[texts.index(name) + 1], r'^\d+ / \d{6} \(\d+[.]\d%\)$')
+            self.assertEqual(texts[-2:], ['5 downloads', 'Not Started Yet'])
+            self.picture('downloads')
+            for gate in held:
+                gate.open()
+            window.wait_ready()
+            # It goes when the pointer leaves the bar.
+            driver.xdotool('mousemove', *driver.place(window.table()))
+            window.program.no_window('')
             self.check_changed(new=[name + '-1.0-1.noarch' for name in names])
 
 
 class FailureTest(JourneyTest):
 
-    def check_refused(self, fault, *texts, package='pergola-6.1-1.x86_64'):
+    def check_refused(self, fault, *texts, package='pergola-6.1-1.x86_64', picture=None):
         path = '/sandbox-http/{}.rpm'.format(package)
         name = package.rsplit('-', 2)[0]
         self.sandbox.server.faults[path] = fault
         with self.opened() as window:
             window.mark_listed(name)
             window.accept(window.apply())
-            self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', name, *texts)
+            dialog = self.read_dialog(window.program, 'VYRE Yum Error', 'Unable to apply changes', name, *texts)
+            # That it was tried several times is of no interest.
+            lines = dialog.text().splitlines()
+            self.assertEqual(len(lines), len(set(lines)), lines)
+            if picture is not None:
+                dialog.wait_settled()
+                self.picture(picture)
+            self.close_dialog(window.program, dialog)
             self.check_usable(window)
             self.check_unchanged()
             # Once the server works again, so does the program.
@@ -73,16 +101,17 @@ class FailureTest(JourneyTest):
             self.check_changed(new=[package])
 
     def test_package_is_not_on_the_server(self):
-        self.check_refused(server.status(404), '404')
+        self.check_refused(server.status(404), '404', picture='not-on-the-server')
 
     def test_server_reports_an_error(self):
         self.check_refused(server.status(500), '500')
 
     def test_server_hangs_up_in_the_middle(self):
-        self.check_refused(server.truncated(100000), 'partial file', package='gargantua-1.0-1.noarch')
+        self.check_refused(server.truncated(100000), 'partial file', package='gargantua-1.0-1.noarch',
+                           picture='truncated-download')
 
     def test_package_is_not_what_the_repository_tells(self):
-        self.check_refused(server.corrupted(), 'checksum')
+        self.check_refused(server.corrupted(), 'checksum', picture='wrong-bytes')
 
     def test_second_package_is_not_on_the_server(self):
         self.sandbox.server.faults['/sandbox-http/libtwig-1.0-1.x86_64.rpm'] = server.status(404)
@@ -100,7 +129,7 @@ class FailureTest(JourneyTest):
             self.sandbox.stop()
             window.accept(dialog)
             self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', 'pergola',
-                               "Couldn't connect")
+                               "Couldn't connect", picture='server-gone')
             self.check_usable(window)
             self.check_unchanged()
             self.sandbox.start()

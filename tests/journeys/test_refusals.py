@@ -6,13 +6,13 @@ from journey import JourneyTest
 
 class RefusalTest(JourneyTest):
 
-    def check_unresolvable(self, names, action, *texts):
+    def check_unresolvable(self, names, action, *texts, picture=None):
         """The marks cannot be applied: one message tells why, nothing changes, and the marks stay."""
         with self.opened() as window:
             for name in names:
                 window.mark_listed(name)
             window.click_button('Apply Actions')
-            self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', *texts)
+            self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', *texts, picture=picture)
             window.wait_ready()
             self.assertEqual(window.program.titles(), [journey.driver.main_title()])
             self.check_unchanged()
@@ -21,7 +21,7 @@ class RefusalTest(JourneyTest):
             self.assertIn('Unable to apply changes', self.read_log(window))
 
     def test_dependency_that_nothing_provides(self):
-        self.check_unresolvable(['moonbridge'], 'install', 'libtide.so.9')
+        self.check_unresolvable(['moonbridge'], 'install', 'libtide.so.9', picture='unresolvable-dependency')
 
     def test_update_whose_dependency_nothing_provides(self):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
@@ -47,19 +47,19 @@ class RefusalTest(JourneyTest):
 
 class FailureTest(JourneyTest):
 
-    def fail(self, window, names, *texts):
+    def fail(self, window, names, *texts, picture=None):
         """Apply marks whose transaction fails after the confirmation; one message tells why."""
         for name in names:
             window.mark_listed(name)
         window.accept(window.apply())
-        self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', *texts)
+        self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', *texts, picture=picture)
         self.check_usable(window)
         self.assertEqual(window.program.titles(), [journey.driver.main_title()])
 
     def test_packages_with_the_same_file(self):
         with self.opened() as window:
             self.fail(window, ['inkwell-classic', 'inkwell-modern'], '/usr/share/inkwell/palette.conf',
-                      'inkwell-classic', 'inkwell-modern')
+                      'inkwell-classic', 'inkwell-modern', picture='file-conflict')
             self.check_unchanged()
 
     def test_package_with_a_file_of_an_installed_one(self):
@@ -69,7 +69,9 @@ class FailureTest(JourneyTest):
 
     def test_scriptlet_that_prevents_the_installation(self):
         with self.opened() as window:
-            self.fail(window, ['brokenlatch'], 'Error in PREIN scriptlet in rpm package brokenlatch')
+            self.fail(window, ['brokenlatch'], 'Error in PREIN scriptlet in rpm package brokenlatch\n'
+                      'brokenlatch: the latch is stuck\n', 'The transaction failed for:\nbrokenlatch-1.0-1.noarch\n',
+                      picture='failing-scriptlet')
             self.check_unchanged()
             self.assertIn('brokenlatch: the latch is stuck', self.read_log(window))
 

@@ -115,8 +115,10 @@ class ChangesTest(EditingTest):
             wait_for(lambda: form.status() == '', 'no warning')
             form.choose(0, 'Yes')
             form.choose(1, 'No')
+            self.picture('form')
             form.close('OK')
             wait_for(lambda: 'my-copy' in editor.identifiers(), 'the new row')
+            self.picture('editor')
             self.assertEqual(editor.names()['my-copy'], 'Copy of my own')
             self.assertTrue(editor.is_on('my-copy', SESSION))
             self.assertTrue(editor.is_on('my-copy', PERMANENT))
@@ -186,7 +188,8 @@ class ChangesTest(EditingTest):
 
     def test_three_sections_of_a_file_are_removed(self):
         sections = [
-            '[many{0}]\nname=Number {0}\nbaseurl=http://127.0.0.1:9/{0}/$basearch\n        http://127.0.0.1:9/again/{0}\n'
+            '[many{0}]\nname=Number {0}\nbaseurl=http://127.0.0.1:9/{0}/$basearch\n'
+            '        http://127.0.0.1:9/again/{0}\n'
             'enabled=0\ngpgcheck=1\ngpgkey=file:///etc/{0}\n        file:///etc/again\n# of number {0}\npriority={0}\n'
             .format(number) for number in range(1, 7)]
         self.write_repo('many.repo', '\n'.join(sections))

@@ -18,6 +18,8 @@ class SignatureTest(JourneyTest):
         query = self.read_dialog(program, 'Query', 'Import the signing key 0x', 'Larkspur Signing Key',
                                  'RPM-GPG-KEY-larkspur')
         self.assertEqual(query.buttons(), ['Yes', 'No'])
+        query.wait_settled()
+        self.picture('key-asked-for')
         self.check_unchanged()
         return window, query
 
@@ -72,7 +74,8 @@ class SignatureTest(JourneyTest):
             window.show_all()
             window.mark_listed('wax-blank')
             window.accept(window.apply())
-            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes', 'wax-blank', 'not signed')
+            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes', 'wax-blank', 'not signed',
+                               picture='unsigned')
             self.check_usable(window)
             self.check_unchanged()
             self.quit(window)
@@ -87,7 +90,8 @@ class SignatureTest(JourneyTest):
             query = self.read_dialog(program, 'Query', 'Import the signing key 0x')
             query.click_button('Yes')
             program.no_window('Query')
-            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes', 'wax-forged')
+            self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes', 'wax-forged',
+                               picture='wrong-signature')
             self.check_usable(window)
             self.assertEqual({name for name in self.sandbox.installed() if 'wax' in name}, set())
             self.quit(window)

@@ -34,7 +34,7 @@ class StartTest(JourneyTest):
             stream.write(content)
         return path
 
-    def message(self, program, title, *texts):
+    def message(self, program, title, *texts, picture=None):
         """Read and close the message with these texts. The next one may have the same title."""
         def look():
             if not program.running():
@@ -51,6 +51,9 @@ class StartTest(JourneyTest):
         text = dialog.text()
         buttons = dialog.buttons()
         self.assertEqual(len(buttons), 1, buttons)
+        if picture is not None:
+            dialog.wait_settled()
+            self.picture(picture)
         dialog.click_button(buttons[0])
         wait_for(lambda: not program.running() or
                  all(window.title != title or window.text() != text for window in program.windows()),
@@ -94,7 +97,7 @@ class LockTest(StartTest):
     def test_lock_of_another_process(self):
         path = self.lock(str(os.getpid()))
         with self.program() as program:
-            text = self.message(program, YUM_ERROR)
+            text = self.message(program, YUM_ERROR, picture='lock-held')
             self.assertEqual(text, 'The rpm database already locked by {}\nUnable to obtain yum lock'.format(
                 os.getpid()))
             window = program.ready()
@@ -678,6 +681,19 @@ class SignalTest(StartTest):
             window.wait_ready()
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.quit(window)
+
+    def test_after_a_transaction(self):
+        for number in self.ENDING:
+            with self.subTest(number=number), self.program() as program:
+                window = program.ready()
+                window.show_all()
+                # What one run installs, the next removes.
+                window.mark_listed('pergola')
+                window.accept(window.apply())
+                window.wait_ready()
+                self.before = self.sandbox.installed()
+                self.check_ends_by(program, number)
+        self.check_next_run()
 
     def check_transaction_is_finished(self, number):
         with self.program() as program:

@@ -54,6 +54,7 @@ private Q_SLOTS:
     void otherColumnsHaveNoToolTip();
     void textsHaveTheColourOfTheState_data();
     void textsHaveTheColourOfTheState();
+    void coloursFollowTheBackground();
     void actionAndStateHaveNoColour();
     void theUserRoleGivesNumbersAndTheRecord();
     void otherRolesYieldNothing();
@@ -145,7 +146,7 @@ void ModelTest::theHeaderNamesAndExplainsTheColumns()
 
 void ModelTest::otherHeaderRequestsYieldNothing()
 {
-    for (const int column : {-1, 9}) {
+    for (const int column : {-1, int(ColumnCount)}) {
         QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::DisplayRole), QVariant());
         QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::ToolTipRole), QVariant());
     }
@@ -310,6 +311,25 @@ void ModelTest::textsHaveTheColourOfTheState()
         QCOMPARE(data(QTest::currentDataTag(), column, Qt::ForegroundRole).value<QColor>(), QColor(disabled));
         QCOMPARE(data("shell", column, Qt::ForegroundRole), QVariant());
     }
+}
+
+void ModelTest::coloursFollowTheBackground()
+{
+    const QColor dark(35, 35, 35);
+    const auto colour = [this](const char* name) {
+        return data(name, 3, Qt::ForegroundRole).value<QColor>();
+    };
+    model->setBackground(dark);
+    QCOMPARE(colour("tool"), QColor(Colors::readable("red", dark)));
+    QCOMPARE(colour("editor"), QColor(Colors::readable("#8b5a2b", dark)));
+    QVERIFY(colour("editor") != QColor("#8b5a2b"));
+    QCOMPARE(data("shell", 3, Qt::ForegroundRole), QVariant());
+    model->setEnabled(false);
+    QCOMPARE(colour("tool"), QColor(Colors::readableDisabled("#ffa9b8", "red", dark)));
+    model->setEnabled(true);
+    model->setBackground(Qt::white);
+    QCOMPARE(colour("tool"), QColor("red"));
+    QCOMPARE(colour("editor"), QColor("#8b5a2b"));
 }
 
 void ModelTest::actionAndStateHaveNoColour()

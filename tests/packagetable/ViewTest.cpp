@@ -36,6 +36,7 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
     void wholeRowsAreShownWithoutGrid();
+    void textsCanBeReadInADarkPalette();
     void itAsksForAtLeastTenRows();
     void itAsksForAllRowsWhenThereAreMore();
     void theTableIsSortedByKindAtFirst();
@@ -103,6 +104,22 @@ void ViewTest::cleanup()
 void ViewTest::cleanupTestCase()
 {
     table.reset();
+}
+
+void ViewTest::textsCanBeReadInADarkPalette()
+{
+    const auto colour = [this] {
+        const QModelIndex cell = shown->proxy.index(shown->listedRow("editor"), NameColumn);
+        return cell.data(Qt::ForegroundRole).value<QColor>();
+    };
+    QCOMPARE(colour(), QColor("#8b5a2b"));
+    QPalette dark(QColor(53, 53, 53), QColor(42, 42, 42));
+    dark.setColor(QPalette::Base, QColor(35, 35, 35));
+    dark.setColor(QPalette::AlternateBase, QColor(50, 50, 50));
+    shown->window.setPalette(dark);
+    QCOMPARE(colour(), QColor(Colors::readable("#8b5a2b", QColor(50, 50, 50))));
+    shown->window.setPalette(QPalette());
+    QCOMPARE(colour(), QColor("#8b5a2b"));
 }
 
 void ViewTest::wholeRowsAreShownWithoutGrid()
@@ -368,6 +385,7 @@ void ViewTest::compareWithEveryCellMeasured()
     plain.setModel(&shown->model);
     plain.setShowGrid(false);
     plain.setFont(view->font());
+    plain.setIconSize(view->iconSize());
     // Which of the cells comes first must not matter.
     for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
         shown->proxy.sort(NameColumn, order);

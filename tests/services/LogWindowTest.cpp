@@ -30,6 +30,7 @@ private Q_SLOTS:
     void infoIsMinorFromLevelTenOn();
     void kindsHaveTheirColours_data();
     void kindsHaveTheirColours();
+    void coloursCanBeReadOnADarkBackground();
     void actionIsAHeading();
     void linesAreStackedWithoutSpace();
     void markupIsShownLiterally();
@@ -209,6 +210,19 @@ void LogWindowTest::kindsHaveTheirColours()
     open();
     QCOMPARE(lines(), QStringList({"some text"}));
     QCOMPARE(colourOf(0), colour.isEmpty() ? QColor() : QColor(colour));
+}
+
+void LogWindowTest::coloursCanBeReadOnADarkBackground()
+{
+    log(Log::Action, 0, "some text");
+    open();
+    QCOMPARE(colourOf(0), QColor(Colors::action()));
+    QPalette dark(QColor(53, 53, 53), QColor(42, 42, 42));
+    dark.setColor(QPalette::Base, QColor(35, 35, 35));
+    window->setPalette(dark);
+    QCOMPARE(lines(), QStringList({"some text"}));
+    QCOMPARE(colourOf(0), QColor(Colors::readable(Colors::action(), QColor(35, 35, 35))));
+    QVERIFY(colourOf(0) != QColor(Colors::action()));
 }
 
 void LogWindowTest::actionIsAHeading()
@@ -405,7 +419,7 @@ void LogWindowTest::tabLeavesThePane()
 void LogWindowTest::openingWhileAWriterRunsLosesNothing()
 {
     const int count = 3000;
-    std::unique_ptr<QThread> writer(QThread::create([this, count] {
+    std::unique_ptr<QThread> writer(QThread::create([this] {
         for (int i = 0; i < count; ++i) {
             log(Log::Info, 0, QString::number(i));
         }
@@ -429,7 +443,7 @@ void LogWindowTest::floodOfMessagesIsShownCompletely()
 {
     open();
     const int count = 20000;
-    std::unique_ptr<QThread> writer(QThread::create([this, count] {
+    std::unique_ptr<QThread> writer(QThread::create([this] {
         for (int i = 0; i < count; ++i) {
             log(Log::OK, 0, QString::number(i));
         }

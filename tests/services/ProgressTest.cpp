@@ -200,7 +200,7 @@ void ProgressTest::threadsStateIsAValue()
 
 void ProgressTest::constructionAndDestructionLeaveTheBarsIdle()
 {
-    const auto idle = [this](HProgressBar* bar) {
+    const auto idle = [](HProgressBar* bar) {
         return bar->minimum() == 0 && bar->maximum() == 1 && bar->value() == -1 && bar->text().isEmpty() &&
                !bar->isEnabled();
     };

@@ -149,7 +149,8 @@ class WhatIsOpened(DesktopTest):
 class WhatIsRefused(DesktopTest):
 
     def test_what_is_no_url_of_the_four_kinds(self):
-        for url in ('', 'host', 'host/path', 'javascript:alert(1)', 'mailto:a@b', 'data:text/html,x', 'http:', 'http://',
+        for url in ('', 'host', 'host/path', 'javascript:alert(1)', 'mailto:a@b', 'data:text/html,x', 'http:',
+                    'http://',
                     'http:///path', 'http://:80/', 'http://h:port/', 'file://host/etc', 'file:etc', 'smb://h/', '-h',
                     '--version', 'xhttp://h/', 'relative/path', 'http://a@b@c/'):
             with self.subTest(url=url):
@@ -223,7 +224,8 @@ class AsWhom(DesktopTest):
                           {'SUDO_UID': '00'}, {'SUDO_UID': '²'}):
             with self.subTest(**variables):
                 self.assertEqual(
-                    self.refused('webbrowser', 'http://me:secret@h/?x', environment=dict({'PKEXEC_UID': None}, **variables)),
+                    self.refused('webbrowser', 'http://me:secret@h/?x',
+                                 environment=dict({'PKEXEC_UID': None}, **variables)),
                     '"http://h/" is not opened as root, and neither pkexec nor sudo tells for whom else')
 
     def test_not_as_a_user_who_does_not_exist(self):
@@ -247,7 +249,8 @@ class AsWhom(DesktopTest):
         kept = {'DISPLAY': ':7', 'WAYLAND_DISPLAY': 'wayland-3', 'LANG': 'de_DE.UTF-8', 'LC_TIME': 'C',
                 'XDG_CURRENT_DESKTOP': 'KDE', 'XAUTHORITY': cookies, 'XDG_RUNTIME_DIR': runtime,
                 'DBUS_SESSION_BUS_ADDRESS': 'unix:path=/some/bus'}
-        roots = {'HOME': '/root', 'USER': 'root', 'LOGNAME': 'root', 'SHELL': '/bin/rootsh', 'XDG_CONFIG_HOME': '/root/c',
+        roots = {'HOME': '/root', 'USER': 'root', 'LOGNAME': 'root', 'SHELL': '/bin/rootsh',
+                 'XDG_CONFIG_HOME': '/root/c',
                  'SUDO_USER': 'somebody', 'VYRESHARE': '/x', 'VYREROOT': '/y', 'LD_LIBRARY_PATH': '/nonexistent'}
         facts = self.opened('webbrowser', 'http://h/', environment=dict(kept, **roots))
         expected = dict(kept, PATH=self.bin, HOME=NOBODY.pw_dir, USER='nobody', LOGNAME='nobody', SHELL=NOBODY.pw_shell)

@@ -451,9 +451,24 @@ class ScriptletTest(ScenarioTest):
         self.started()
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn("the latch is stuck", self.recording.output())
-        self.assertIn("brokenlatch", "\n".join(self.recording.errors()))
+        # It is told with the failure as well.
+        self.assertIn("Error in PREIN scriptlet in rpm package brokenlatch\nbrokenlatch: the latch is stuck\n",
+                      "\n".join(self.recording.errors()))
         changed = self.changes(self.apply, installs=["astrolabe"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
+
+    @in_own_process
+    def test_of_much_output_before_a_failure_the_end_is_told_with_it(self):
+        self.started()
+        text = b"".join(b"line %d\n" % number for number in range(1, 26))
+        # No package of the sandbox says so much before it fails.
+        self.script["RPMTransaction"].__base__._scriptOutput = lambda transaction: text
+        self.assert_refused("brokenlatch", installs=["brokenlatch"])
+        self.assertIn(text.decode()[:-1], self.recording.of("rpmtransScriptout"))
+        errors = "\n".join(self.recording.errors()).split("\n")
+        begin = errors.index("Error in PREIN scriptlet in rpm package brokenlatch") + 1
+        self.assertEqual(errors[begin:begin + 10], ["line %d" % number for number in range(16, 26)])
+        self.assertNotIn("line 15", errors)
 
     @in_own_process
     def test_of_several_packages_the_failed_one_is_named(self):
@@ -471,10 +486,11 @@ class ScriptletTest(ScenarioTest):
         changed = self.changes(self.apply, installs=["limpgate"])
         self.assertEqual(changed, ({"limpgate-1.0-1.noarch"}, set()))
         self.assertIn("the hinge is gone", self.recording.output())
-        self.assertIn("limpgate", "\n".join(self.recording.errors()))
+        self.assertEqual(self.recording.errors(), ["Error in POSTIN scriptlet in rpm package limpgate"])
 
     @in_own_process
     def test_a_package_that_cannot_be_removed_is_a_failure(self):
         self.started()
         self.assert_refused("stickyburr", removes=["stickyburr"])
         self.assertIn("it does not come off", self.recording.output())
+        self.assertIn("it does not come off", "\n".join(self.recording.errors()))

@@ -76,7 +76,12 @@ def checked(accessible):
 
 
 def text_of(accessible):
-    return accessible.queryText().getText(0, -1)
+    try:
+        return accessible.queryText().getText(0, -1)
+    except NotImplementedError:
+        # What is known of it may be from before the window was shown.
+        accessible.clear_cache()
+        return accessible.queryText().getText(0, -1)
 
 
 def plain(name):
@@ -172,7 +177,8 @@ class Program:
     def __init__(self, binary, scratch, arguments=(), environment=None, unset=()):
         self.stdout_path = os.path.join(scratch, 'stdout')
         self.stderr_path = os.path.join(scratch, 'stderr')
-        variables = dict(os.environ, VYRESHARE=SHARE)
+        # What is found here by its text is so in English, whatever the language of who runs this.
+        variables = dict(os.environ, VYRESHARE=SHARE, LANGUAGE='en')
         variables.update(environment or {})
         for name in unset:
             variables.pop(name, None)

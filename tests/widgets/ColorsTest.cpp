@@ -2,6 +2,8 @@
 
 #include <QtTest>
 
+#include <cmath>
+
 namespace {
 
 // A translation that replaces one colour.
@@ -42,6 +44,10 @@ private Q_SLOTS:
     void aStatusLabelIsColoredInEveryState();
     void textIsWhiteOnDarkAndBlackOnLight_data();
     void textIsWhiteOnDarkAndBlackOnLight();
+    void colorsStayAsTheyAreOnALightBackground();
+    void colorsCanBeReadOnADarkBackground_data();
+    void colorsCanBeReadOnADarkBackground();
+    void disabledTextStandsOutLessThanEnabled();
 };
 
 using Name = QString (*)();
@@ -150,6 +156,62 @@ void ColorsTest::textIsWhiteOnDarkAndBlackOnLight()
         ColorTranslator grey124(name, "#7c7c7c");
         QCOMPARE(make(QPalette()).color(QPalette::WindowText), QColor(Qt::black));
     }
+}
+
+void ColorsTest::colorsStayAsTheyAreOnALightBackground()
+{
+    for (const char* background : {"white", "#f7f7f7", "#efefef", "#c0c0c0"}) {
+        for (Name name : {&Colors::action, &Colors::error, &Colors::warning, &Colors::minor, &Colors::ok}) {
+            QCOMPARE(Colors::readable(name(), QColor(background)), name());
+        }
+        QCOMPARE(Colors::readableDisabled(Colors::errorDisabled(), Colors::error(), QColor(background)),
+                 Colors::errorDisabled());
+    }
+}
+
+void ColorsTest::colorsCanBeReadOnADarkBackground_data()
+{
+    QTest::addColumn<QString>("background");
+    QTest::newRow("black") << "#000000";
+    QTest::newRow("usual") << "#232323";
+    QTest::newRow("less dark") << "#2d3640";
+    QTest::newRow("grey") << "#5a5a5a";
+}
+
+void ColorsTest::colorsCanBeReadOnADarkBackground()
+{
+    QFETCH(QString, background);
+    // The measure of contrast of the guidelines for web contents.
+    const auto luminance = [](const QColor& color) {
+        double sum = 0;
+        const double parts[] = {color.redF(), color.greenF(), color.blueF()};
+        const double weights[] = {0.2126, 0.7152, 0.0722};
+        for (int i = 0; i < 3; ++i) {
+            sum += weights[i] *
+                   (parts[i] <= 0.03928 ? parts[i] / 12.92 : std::pow((parts[i] + 0.055) / 1.055, 2.4));
+        }
+        return sum;
+    };
+    const double dark = luminance(QColor(background));
+    for (Name name : {&Colors::action, &Colors::error, &Colors::warning, &Colors::minor, &Colors::ok}) {
+        const QColor color(Colors::readable(name(), QColor(background)));
+        QVERIFY((luminance(color) + 0.05) / (dark + 0.05) >= 4.5);
+        // It is the same colour, only lighter.
+        QVERIFY(qAbs(color.hslHue() - QColor(name()).hslHue()) <= 4);
+    }
+    // What can be read stays as it is.
+    if (background == "#232323") {
+        QCOMPARE(Colors::readable("darkorange", QColor(background)), QString("darkorange"));
+    }
+}
+
+void ColorsTest::disabledTextStandsOutLessThanEnabled()
+{
+    const QColor background("#232323");
+    const QColor enabled(Colors::readable(Colors::error(), background));
+    const QColor disabled(Colors::readableDisabled(Colors::errorDisabled(), Colors::error(), background));
+    QVERIFY(disabled.lightness() < enabled.lightness());
+    QVERIFY(disabled.lightness() > background.lightness());
 }
 
 QTEST_MAIN(ColorsTest)

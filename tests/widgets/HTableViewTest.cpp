@@ -93,6 +93,8 @@ class HTableViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void rowsOfOneLineFollowTheFont();
+    void shiftF10AsksForTheMenuOfTheCurrentCell();
     void cellsAreDrawnByItsOwnDelegate();
     void theOptionsPlaceTheIcon();
     void fewRowsAskForTheLeastNumber();
@@ -483,6 +485,44 @@ void HTableViewTest::withoutModelOrSelectionNoRowIsSelected()
     FixedTable model(numbers(5));
     view.setModel(&model);
     QVERIFY(view.selectedRows().isEmpty());
+}
+
+void HTableViewTest::rowsOfOneLineFollowTheFont()
+{
+    FixedTable model(numbers(3));
+    View view;
+    view.setModel(&model);
+    view.setOneLineRows();
+    const QFontMetrics usual = view.fontMetrics();
+    QCOMPARE(view.rowHeight(0), usual.height() + 6);
+    QCOMPARE(view.iconSize(), QSize(16, 16));
+    for (int points : {14, 24, 40}) {
+        QFont font = view.font();
+        font.setPointSize(points);
+        view.setFont(font);
+        const int height = view.fontMetrics().height();
+        QVERIFY(height > usual.height());
+        QVERIFY(view.rowHeight(0) >= height + 6);
+        QVERIFY(view.iconSize().height() <= height);
+        QVERIFY(view.iconSize().height() > height - 8);
+    }
+}
+
+void HTableViewTest::shiftF10AsksForTheMenuOfTheCurrentCell()
+{
+    FixedTable model(numbers(3));
+    View view;
+    view.setModel(&model);
+    view.setContextMenuPolicy(Qt::CustomContextMenu);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    view.setCurrentIndex(model.index(1, 1));
+    QSignalSpy asked(&view, SIGNAL(customContextMenuRequested(const QPoint&)));
+    QTest::keyClick(&view, Qt::Key_F10, Qt::ShiftModifier);
+    QCOMPARE(asked.count(), 1);
+    QCOMPARE(view.indexAt(asked.first().first().toPoint()), view.currentIndex());
+    QTest::keyClick(&view, Qt::Key_F10);
+    QCOMPARE(asked.count(), 1);
 }
 
 QTEST_MAIN(HTableViewTest)

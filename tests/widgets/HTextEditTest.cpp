@@ -32,6 +32,7 @@ private Q_SLOTS:
     void editingEndsBeforeTheFocusIsSeenToLeave();
     void appendedParagraphsHaveNoMargins();
     void appendingIsOneParagraphEach();
+    void theEndsOfATextToReadAreReachedByKeyboard();
 };
 
 void HTextEditTest::theHintIsInLetters_data()
@@ -248,6 +249,37 @@ void HTextEditTest::appendingIsOneParagraphEach()
     QTextCursor cursor(edit.document());
     cursor.movePosition(QTextCursor::NextCharacter);
     QCOMPARE(cursor.charFormat().foreground().color(), QColor(Qt::red));
+}
+
+void HTextEditTest::theEndsOfATextToReadAreReachedByKeyboard()
+{
+    HTextEdit edit(20, 5);
+    edit.setReadOnly(true);
+    edit.setPlainText(QStringLiteral("line\n").repeated(100));
+    edit.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&edit));
+    const QScrollBar* bar = edit.verticalScrollBar();
+    QVERIFY(bar->maximum() > 0);
+    const auto press = [&edit](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(&edit, key, modifiers);
+    };
+    press(Qt::Key_End, Qt::ControlModifier);
+    QCOMPARE(bar->value(), bar->maximum());
+    press(Qt::Key_Home, Qt::ControlModifier);
+    QCOMPARE(bar->value(), 0);
+    press(Qt::Key_End);
+    QCOMPARE(bar->value(), bar->maximum());
+    press(Qt::Key_PageUp);
+    QVERIFY(bar->value() < bar->maximum());
+    press(Qt::Key_Home);
+    QCOMPARE(bar->value(), 0);
+    press(Qt::Key_PageDown);
+    QVERIFY(bar->value() > 0);
+
+    // Where there is a cursor, the keys are the cursor's.
+    edit.setReadOnly(false);
+    press(Qt::Key_End, Qt::ControlModifier);
+    QCOMPARE(edit.textCursor().position(), edit.document()->characterCount() - 1);
 }
 
 QTEST_MAIN(HTextEditTest)

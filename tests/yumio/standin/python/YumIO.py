@@ -1,7 +1,7 @@
 """Stands in for the package manager: everything it has and does is set by the test that runs it.
 
-Its object, also the global "it", records the calls of its methods. A method raises what "raises" has under its name, else calls what
-"does" has under it, else gives the ordinary answer.
+Its object, also the global "it", records the calls of its methods. A method raises what "raises" has under its
+name, else calls what "does" has under it, else gives the ordinary answer.
 """
 
 import datetime

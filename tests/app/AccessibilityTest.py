@@ -1,0 +1,126 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The windows of the built program as assistive programs find them, through the accessibility bus.
+
+usage: AccessibilityTest.py VYRE SCRIPT [options of unittest...]
+
+VYRE is the built program, SCRIPT the one that answers it without a package manager. The display, with its
+accessibility bus, is the caller's.
+"""
+import json
+import os
+import sys
+import tempfile
+import unittest
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), 'support'))
+
+import driver  # noqa: E402
+import pyatspi  # noqa: E402
+from driver import wait_for  # noqa: E402
+
+VYRE, SCRIPT = map(os.path.abspath, (sys.argv.pop(1), sys.argv.pop(1)))
+
+# What a user acts upon.
+CONTROLS = (pyatspi.ROLE_PUSH_BUTTON, pyatspi.ROLE_CHECK_BOX, pyatspi.ROLE_COMBO_BOX, pyatspi.ROLE_TEXT,
+            pyatspi.ROLE_PASSWORD_TEXT, pyatspi.ROLE_SPIN_BUTTON, pyatspi.ROLE_TABLE, pyatspi.ROLE_PROGRESS_BAR)
+
+
+class AccessibilityTest(unittest.TestCase):
+
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix='accessibility.')
+        self.addCleanup(scratch.cleanup)
+        share, root = os.path.join(scratch.name, 'share'), os.path.join(scratch.name, 'root')
+        os.makedirs(os.path.join(share, 'python'))
+        os.makedirs(os.path.join(root, 'etc/yum.repos.d'))
+        for name in ('icons', 'pixmaps'):
+            os.symlink(os.path.join(driver.SHARE, name), os.path.join(share, name))
+        os.symlink(SCRIPT, os.path.join(share, 'python', 'YumIO.py'))
+        with open(os.path.join(root, 'etc/yum.conf'), 'w') as stream:
+            stream.write('[main]\ncachedir=/var/cache/standin\n')
+        with open(os.path.join(root, 'etc/yum.repos.d/standin.repo'), 'w') as stream:
+            stream.write('[base]\nname=The base\nbaseurl=http://h/base\nenabled=1\n'
+                         '[extras]\nname=Extras\nbaseurl=http://h/extras\nenabled=0\n')
+        old = {'name': 'tool', 'version': '1', 'repoid': '@System'}
+        with open(os.path.join(share, 'packages.json'), 'w') as stream:
+            json.dump({'updates': [{'name': 'tool', 'version': '2', 'repoid': 'updates'}],
+                       'installed': [old, dict(old, name='shell')], 'available': [{'name': 'editor'}],
+                       'groups': [{'name': 'Games'}]}, stream)
+        self.program = driver.Program(VYRE, scratch.name, environment={
+            'VYRESHARE': share, 'VYREROOT': root, 'XDG_CONFIG_HOME': os.path.join(scratch.name, 'config')})
+        self.addCleanup(self.program.__exit__)
+        self.main = self.program.ready()
+
+    def controls(self, window):
+        return [accessible for accessible in driver.walk(window.accessible)
+                if accessible.getRole() in CONTROLS and driver.shown(accessible)]
+
+    def check_names(self, window, at_least):
+        controls = self.controls(window)
+        self.assertGreaterEqual(len(controls), at_least)
+        unnamed = [accessible.getRoleName() for accessible in controls if not accessible.name]
+        self.assertEqual(unnamed, [])
+
+    def field(self, window, name):
+        """The role of the control with this name."""
+        return {accessible.name: accessible.getRole() for accessible in self.controls(window)}.get(name)
+
+    def test_controls_of_the_main_window_have_names_and_roles(self):
+        self.check_names(self.main, 15)
+        self.assertEqual(self.field(self.main, 'Regular expression'), pyatspi.ROLE_TEXT)
+        self.assertEqual(self.field(self.main, 'Packages'), pyatspi.ROLE_TABLE)
+        self.assertEqual(self.field(self.main, 'Whole operation'), pyatspi.ROLE_PROGRESS_BAR)
+        self.assertEqual(self.field(self.main, 'Current step'), pyatspi.ROLE_PROGRESS_BAR)
+        self.assertEqual(self.field(self.main, 'View Updatable'), pyatspi.ROLE_COMBO_BOX)
+        for number, words in ((0, 'Specify the method'), (1, 'Filter for those packages')):
+            self.assertIn(words, self.main.combo(number).description)
+
+    def test_cells_with_icons_have_names(self):
+        self.main.show_all(groups=True)
+        self.main.wait_names(['tool', 'shell', 'editor', 'Games'])
+        self.main.mark('editor')
+
+        def row(name):
+            return [self.main.cell(self.main.row_of(name), column).name for column in range(driver.NAME)]
+        self.assertEqual(row('tool'), ['No Action', 'Out-of-date', 'Package'])
+        self.assertEqual(row('shell'), ['No Action', 'Up-to-date', 'Package'])
+        self.assertEqual(row('editor'), ['Install', 'Not Installed', 'Package'])
+        self.assertEqual(row('Games')[2], 'Group')
+
+    def test_controls_of_the_log_have_names_and_roles(self):
+        driver.key('ctrl+l')
+        log = self.program.window('VYRE Log')
+        log.wait_settled()
+        self.check_names(log, 3)
+        self.assertEqual(self.field(log, 'VYRE Log'), pyatspi.ROLE_TEXT)
+        self.assertEqual(self.field(log, 'Detail level'), pyatspi.ROLE_SPIN_BUTTON)
+        self.assertEqual(self.field(log, 'Close'), pyatspi.ROLE_PUSH_BUTTON)
+
+    def test_editor_and_form_are_used_by_keyboard_and_read(self):
+        driver.key('ctrl+e')
+        editor = self.program.window('VYRE Repository Configuration Editor')
+        editor.wait_settled()
+        self.check_names(editor, 10)
+        table = editor.find(pyatspi.ROLE_TABLE).queryTable()
+        self.assertEqual([[table.getAccessibleAt(row, column).name for column in range(4)] for row in range(2)],
+                         [['Yes', 'Yes', 'base', 'The base'], ['No', 'No', 'extras', 'Extras']])
+        driver.key('Down', 'Home', 'space')
+        wait_for(lambda: table.getAccessibleAt(0, 0).name != 'Yes' or table.getAccessibleAt(1, 0).name != 'No',
+                 'the ticked box')
+        # The buttons that need a repository come after one that has been reached.
+        driver.key('Tab', 'Tab', 'space')
+        form = self.program.window('VYRE Repository Configuration')
+        form.wait_settled()
+        self.check_names(form, 10)
+        for name, role in (('Identifier', pyatspi.ROLE_TEXT), ('Other Options:', pyatspi.ROLE_TEXT),
+                           ('Sort Position', pyatspi.ROLE_SPIN_BUTTON), ('File', pyatspi.ROLE_TEXT)):
+            self.assertEqual(self.field(form, name), role, name)
+        labelled = {target.name for box in self.controls(form) if box.getRole() == pyatspi.ROLE_COMBO_BOX
+                    for relation in box.getRelationSet()
+                    if relation.getRelationType() == pyatspi.RELATION_LABELLED_BY
+                    for target in (relation.getTarget(0),)}
+        self.assertEqual(labelled, {'Enabled', 'Check GPG Keys'})
+
+
+unittest.main()

@@ -1,0 +1,127 @@
+#include "app/Translations.h"
+
+#include <QTranslator>
+#include <QtTest>
+
+#include <memory>
+
+#include "app/MainWindow.h"
+#include "app/base/Share.h"
+
+class TranslationsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> share;
+
+    // Makes a file of the share directory's catalogues.
+    void provide(const QString& name, const QString& of)
+    {
+        const QString folder = share->filePath("translations");
+        QVERIFY(QDir().mkpath(folder));
+        QVERIFY(QFile::copy(QStringLiteral(VYRE_CATALOGUES "/") + of, folder + '/' + name));
+    }
+    static QString quit() { return MainWindow::tr("&Quit"); }
+    static QString yes() { return QCoreApplication::translate("QPlatformTheme", "&Yes"); }
+
+private Q_SLOTS:
+    void init()
+    {
+        share = std::make_unique<QTemporaryDir>();
+        QVERIFY(share->isValid());
+        qputenv("VYRESHARE", QFile::encodeName(share->path()));
+        QCOMPARE(quit(), QStringLiteral("&Quit"));
+    }
+
+    void cleanup()
+    {
+        // As they are owned by the application object.
+        for (QTranslator* translator : qApp->findChildren<QTranslator*>()) {
+            delete translator;
+        }
+    }
+
+    void theFirstLanguageThatThereIsWins_data()
+    {
+        QTest::addColumn<QStringList>("languages");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("by itself") << QStringList{"de"} << "vyre_de";
+        QTest::newRow("with a country") << QStringList{"de-AT"} << "vyre_de";
+        QTest::newRow("with a script") << QStringList{"de-Latn-DE", "de-DE", "de"} << "vyre_de";
+        QTest::newRow("after one that there is not") << QStringList{"xx-XX", "fr-FR", "de-DE"} << "vyre_de";
+        QTest::newRow("before English") << QStringList{"de", "en"} << "vyre_de";
+        QTest::newRow("after English") << QStringList{"en-GB", "de"} << QString();
+        // The toolkit's list has it after each language that it does not know.
+        QTest::newRow("after none") << QStringList{"xx", "C", "de"} << "vyre_de";
+        QTest::newRow("none") << QStringList{"C"} << QString();
+        QTest::newRow("unknown") << QStringList{"fr-FR", "fr"} << QString();
+        QTest::newRow("nothing asked for") << QStringList() << QString();
+        QTest::newRow("no language") << QStringList{""} << QString();
+    }
+
+    void theFirstLanguageThatThereIsWins()
+    {
+        QFETCH(QStringList, languages);
+        QFETCH(QString, file);
+        provide("vyre_de.qm", "vyre_de.qm");
+        QCOMPARE(Translations::install(*qApp, languages), file);
+        QCOMPARE(quit(), file.isEmpty() ? QStringLiteral("&Quit") : QStringLiteral("&Beenden"));
+    }
+
+    void theToolkitSpeaksTheSameLanguage()
+    {
+        provide("vyre_de.qm", "vyre_de.qm");
+        QCOMPARE(Translations::install(*qApp, {"fr-FR", "de-DE"}), QStringLiteral("vyre_de"));
+        QCOMPARE(yes(), QStringLiteral("&Ja"));
+    }
+
+    void theToolkitSpeaksEnglishWhenTheProgramDoes()
+    {
+        QCOMPARE(Translations::install(*qApp, {"fr-FR"}), QString());
+        QCOMPARE(yes(), QStringLiteral("&Yes"));
+        QVERIFY(qApp->findChildren<QTranslator*>().isEmpty());
+    }
+
+    void theCountrysOwnCatalogueIsPreferred()
+    {
+        provide("vyre_de.qm", "vyre_de.qm");
+        provide("vyre_de_AT.qm", "vyre_de.qm");
+        QCOMPARE(Translations::install(*qApp, {"de-AT"}), QStringLiteral("vyre_de_AT"));
+    }
+
+    void aCatalogueWithoutALanguageIsNoOnesCatalogue()
+    {
+        provide("vyre.qm", "vyre_de.qm");
+        provide("vyre", "vyre_de.qm");
+        QCOMPARE(Translations::install(*qApp, {"fr-FR"}), QString());
+        QCOMPARE(quit(), QStringLiteral("&Quit"));
+    }
+
+    void whatIsNoCatalogueIsPassedOver()
+    {
+        QVERIFY(QDir().mkpath(share->filePath("translations")));
+        QFile broken(share->filePath("translations/vyre_de.qm"));
+        QVERIFY(broken.open(QIODevice::WriteOnly));
+        QVERIFY(broken.write("no catalogue") > 0);
+        broken.close();
+        QCOMPARE(Translations::install(*qApp, {"de-DE"}), QString());
+        QCOMPARE(quit(), QStringLiteral("&Quit"));
+    }
+
+    void itIsInTheShareDirectoryOrBesideTheProgram()
+    {
+        const QString beside = QCoreApplication::applicationDirPath() + "/translations";
+        QCOMPARE(Translations::directories(), (QStringList{share->path() + "/translations", beside}));
+        QVERIFY(!QFileInfo::exists(beside));
+        QCOMPARE(Translations::install(*qApp, {"de"}), QString());
+        QVERIFY(QFile::link(QStringLiteral(VYRE_CATALOGUES), beside));
+        const QString loaded = Translations::install(*qApp, {"de"});
+        QVERIFY(QFile::remove(beside));
+        QCOMPARE(loaded, QStringLiteral("vyre_de"));
+        QCOMPARE(quit(), QStringLiteral("&Beenden"));
+    }
+};
+
+QTEST_MAIN(TranslationsTest)
+#include "TranslationsTest.moc"

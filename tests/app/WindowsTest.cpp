@@ -1,0 +1,487 @@
+// What every window of the program owes its users: it can be worked with by keyboard alone, tells assistive
+// programs what its controls are for, and fits a small screen without cutting anything off.
+//
+// When VYRE_PICTURES names a directory, pictures of the windows are kept there; with VYRE_PALETTE=dark they
+// are dark.
+
+#include <QAccessible>
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+#include <memory>
+
+#include "packagetable/ActionContextMenu.h"
+#include "packagetable/OtherContextMenu.h"
+#include "repo/RepoAuthDialog.h"
+#include "repo/RepoEditorConfigDialog.h"
+#include "repo/RepoEditorDialog.h"
+#include "repo/RepoEditorView.h"
+#include "repo/RepoEntry.h"
+#include "services/LogWindow.h"
+#include "services/ScrollableDialogs.h"
+#include "tests/app/EachAlone.h"
+#include "tests/app/ShownWindow.h"
+#include "tests/packagetable/Described.h"
+#include "widgets/HMessageBox.h"
+
+using PackageTable::Describe::Instance::RepoDialog;
+
+class WindowsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    using Check = std::function<void(const QString& name, QWidget& window)>;
+
+    std::unique_ptr<StandIn> standIn;
+    std::unique_ptr<ShownWindow> shown;
+
+    static QString longText()
+    {
+        QString text;
+        for (int i = 0; i < 60; ++i) {
+            text += QStringLiteral("Install: a-package-with-a-long-name-%1-1.0-1.x86_64 from a repository\n")
+                        .arg(i);
+        }
+        return text;
+    }
+
+    template <typename Dialog> static void showOne(Dialog& dialog, const QString& name, const Check& check)
+    {
+        QVERIFY2(
+            withDialog<Dialog>([&dialog] { dialog.exec(); }, [&](Dialog& opened) { check(name, opened); }),
+            qPrintable(name));
+    }
+
+    // Opens every window of the program, as the user does where that is not a transaction's or a failure's
+    // business.
+    void forEachWindow(const Check& check)
+    {
+        check("main", *shown->window);
+
+        shown->key(Qt::Key_L, Qt::ControlModifier);
+        for (QWidget* each : QApplication::topLevelWidgets()) {
+            if (qobject_cast<Log::Window*>(each) != nullptr) {
+                QVERIFY(QTest::qWaitForWindowActive(each));
+                check("log", *each);
+                QTest::keyClick(each, Qt::Key_Escape);
+            }
+        }
+        QVERIFY(QTest::qWaitForWindowActive(shown->window));
+
+        QStringList opened;
+        QVERIFY(withDialog<RepoEditor::Dialog>([this] { shown->key(Qt::Key_E, Qt::ControlModifier); },
+                                               [&](RepoEditor::Dialog& editor) {
+                                                   QTest::keyClick(&editor, Qt::Key_Down);
+                                                   editor.findChild<RepoEditor::View*>()->setCurrentRow(0);
+                                                   check("editor", editor);
+                                                   const bool form = withDialog<RepoEditor::ConfigDialog>(
+                                                       [&editor] { press(buttonNamed(editor, "Edit")); },
+                                                       [&](RepoEditor::ConfigDialog& dialog) {
+                                                           check("form", dialog);
+                                                       });
+                                                   opened << (form ? "form" : "no form");
+                                               }));
+        QCOMPARE(opened.takeFirst(), QString("form"));
+
+        shown->click("tool", PackageTable::NameColumn);
+        QVERIFY(withDialog<PackageTable::Describe::Dialog>(
+            [this] { shown->key(Qt::Key_Return); },
+            [&](PackageTable::Describe::Dialog& dialog) {
+                check("description", dialog);
+                const bool details =
+                    withDialog<RepoDialog>([&dialog] { press(buttonBeside(dialog, "Repository")); },
+                                           [&](RepoDialog& repository) { check("repository", repository); });
+                const bool files = withDialog<TextDialog>([&dialog] { press(buttonBeside(dialog, "Files")); },
+                                                          [&](TextDialog& text) { check("files", text); });
+                opened << (details && files ? "details" : "no details");
+            }));
+        QCOMPARE(opened.takeFirst(), QString("details"));
+
+        ScrollableConfirmDialog confirm(longText(), "OK", "Cancel", shown->window);
+        confirm.setWindowTitle("Apply");
+        showOne(confirm, "confirmation", check);
+        ScrollableErrorDialog error(longText(), shown->window);
+        error.setWindowTitle("VYRE Yum Error");
+        showOne(error, "failure", check);
+        HMessageBox box(QMessageBox::Critical, "VYRE Yum Error",
+                        "Cannot download " + QString(70, 'x') + ": all mirrors were tried", QMessageBox::Ok,
+                        shown->window);
+        showOne(box, "error", check);
+
+        RepoAuth::Dialog credentials(shown->window);
+        Repo::Entry entry;
+        entry.id = "updates";
+        entry.name = "All updates";
+        entry.baseurl = "http://h/vantor?user=&word=&path=/x\nhttp://k/vantor?user=&word=&path=y";
+        QTimer::singleShot(0, &credentials, [&] {
+            QVERIFY(QTest::qWaitForWindowActive(&credentials));
+            check("credentials", credentials);
+            credentials.close();
+        });
+        credentials.exec(&entry);
+    }
+
+    static bool isStop(const QWidget* widget)
+    {
+        return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus) != 0 &&
+               widget->focusProxy() == nullptr && !widget->isWindow() &&
+               // Parts of a control that has the focus itself.
+               qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) == nullptr;
+    }
+    static QList<QWidget*> stops(const QWidget& window)
+    {
+        QList<QWidget*> found;
+        for (QWidget* widget : window.findChildren<QWidget*>()) {
+            if (isStop(widget) && widget->window() == &window) {
+                found.append(widget);
+            }
+        }
+        return found;
+    }
+    static QString describe(const QWidget* widget)
+    {
+        if (widget == nullptr) {
+            return QStringLiteral("nothing");
+        }
+        const auto* button = qobject_cast<const QAbstractButton*>(widget);
+        return QString::fromLatin1(widget->metaObject()->className()) + QLatin1Char(' ') +
+               (button != nullptr ? button->text() : widget->accessibleName());
+    }
+    static QRect placeOf(const QWidget* widget)
+    {
+        return QRect(widget->mapTo(widget->window(), QPoint()), widget->size());
+    }
+    // Whether people read the one before the other.
+    static bool isRead(const QRect& before, const QRect& after)
+    {
+        return before.contains(after) || after.top() >= before.center().y() ||
+               (after.left() >= before.right() - 1 && after.bottom() > before.top());
+    }
+
+    static QStringList mnemonicsOf(const QStringList& texts)
+    {
+        QStringList found;
+        for (const QString& text : texts) {
+            const QString key = QKeySequence::mnemonic(text).toString();
+            if (!key.isEmpty()) {
+                found << key + ' ' + text;
+            }
+        }
+        found.sort();
+        return found;
+    }
+    static QStringList doubled(const QStringList& mnemonics)
+    {
+        QStringList found;
+        for (int i = 1; i < mnemonics.count(); ++i) {
+            if (mnemonics.at(i).section(' ', 0, 0) == mnemonics.at(i - 1).section(' ', 0, 0)) {
+                found << mnemonics.at(i - 1) << mnemonics.at(i);
+            }
+        }
+        return found;
+    }
+    static QStringList textsOf(const QList<QAction*>& actions)
+    {
+        QStringList texts;
+        for (const QAction* action : actions) {
+            texts << action->text();
+        }
+        return texts;
+    }
+
+    static void keepPicture(const QString& name, QWidget& window)
+    {
+        const QString directory = qEnvironmentVariable("VYRE_PICTURES");
+        if (!directory.isEmpty()) {
+            QTest::qWait(300);
+            QVERIFY(window.grab().save(directory + '/' + name + ".png"));
+        }
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        if (qEnvironmentVariable("VYRE_PALETTE") == "dark") {
+            QPalette dark(QColor(53, 53, 53), QColor(42, 42, 42));
+            dark.setColor(QPalette::AlternateBase, QColor(50, 50, 50));
+            dark.setColor(QPalette::Base, QColor(35, 35, 35));
+            dark.setColor(QPalette::Highlight, QColor(42, 130, 218));
+            QApplication::setStyle("Fusion");
+            QApplication::setPalette(dark);
+        }
+        standIn = std::make_unique<StandIn>();
+        standIn->setRepos("[base]\nname=The base\nbaseurl=http://h/base\nenabled=1\n[extras]\nname=Extras\n"
+                          "baseurl=http://h/extras\n[updates]\nname=Updates\nbaseurl=http://h/updates\n");
+        using S = StandIn;
+        const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+        const QJsonObject older{{"version", "0"}, {"repoid", "@System"}};
+        const QJsonObject next{{"version", "2"}, {"repoid", "updates"}, {"summary", "A tool"}};
+        QJsonArray available{S::package("editor"), S::package("lib")};
+        for (int i = 0; i < 60; ++i) {
+            available.append(S::package(QStringLiteral("x-package-with-a-name-%1").arg(i)));
+        }
+        standIn->setPackages({S::package("tool", next)},
+                             {S::package("tool", old), S::package("tool", older), S::package("shell", old)},
+                             available, {S::group("Games")});
+        shown = std::make_unique<ShownWindow>();
+        shown->start();
+        shown->window->showNormal();
+        shown->choose(shown->stateBox, PackageTable::ViewAll);
+        shown->click("tool", PackageTable::ActionColumn);
+        QCOMPARE(shown->marks(), QStringList{"tool update"});
+    }
+
+    void everyControlIsReachedInReadingOrder()
+    {
+        int windows = 0;
+        forEachWindow([&windows](const QString& name, QWidget& window) {
+            ++windows;
+            QVERIFY2(QTest::qWaitFor([&window] {
+                         return QApplication::focusWidget() != nullptr &&
+                                QApplication::focusWidget()->window() == &window;
+                     }),
+                     qPrintable(name));
+            const QList<QWidget*> expected = stops(window);
+            QVERIFY2(!expected.isEmpty(), qPrintable(name));
+            QList<QWidget*> reached;
+            QStringList jumps;
+            for (int i = 0; i <= expected.count() + 1; ++i) {
+                QWidget* focused = QApplication::focusWidget();
+                if (reached.contains(focused)) {
+                    break;
+                }
+                reached.append(focused);
+                QTest::keyClick(window.windowHandle(), Qt::Key_Tab);
+            }
+            QStringList missed;
+            for (QWidget* stop : expected) {
+                if (!reached.contains(stop)) {
+                    missed << describe(stop);
+                }
+            }
+            QVERIFY2(missed.isEmpty(), qPrintable(name + ": " + missed.join(", ")));
+            // The way goes from the top to the bottom; once, from the bottom to the top.
+            for (int i = 0; i < reached.count(); ++i) {
+                const QWidget* from = reached.at(i);
+                const QWidget* to = reached.at((i + 1) % reached.count());
+                if (from != nullptr && to != nullptr && !isRead(placeOf(from), placeOf(to))) {
+                    jumps << describe(from) + " - " + describe(to);
+                }
+            }
+            QVERIFY2(jumps.count() <= 1, qPrintable(name + ": " + jumps.join(", ")));
+        });
+        QCOMPARE(windows, 11);
+    }
+
+    void noMnemonicStandsForTwoThings()
+    {
+        forEachWindow([](const QString& name, QWidget& window) {
+            QStringList texts;
+            for (const QAbstractButton* button : window.findChildren<QAbstractButton*>()) {
+                texts << button->text();
+            }
+            for (const QLabel* label : window.findChildren<QLabel*>()) {
+                if (label->buddy() != nullptr) {
+                    texts << label->text();
+                }
+            }
+            for (const QGroupBox* group : window.findChildren<QGroupBox*>()) {
+                texts << group->title();
+            }
+            QStringList both;
+            if (const auto* bar = window.findChild<QMenuBar*>()) {
+                texts += textsOf(bar->actions());
+                for (const QAction* action : bar->actions()) {
+                    QCOMPARE(doubled(mnemonicsOf(textsOf(action->menu()->actions()))), QStringList());
+                }
+                // Both texts are fixed; pressed twice, the key reaches either.
+                both = QStringList{"Alt+C &Cache", "Alt+C &Clear Actions"};
+                QVERIFY(mnemonicsOf(texts).count() > 10);
+            }
+            if (doubled(mnemonicsOf(texts)) != both) {
+                QFAIL(qPrintable(name + ": " + doubled(mnemonicsOf(texts)).join(", ")));
+            }
+        });
+    }
+
+    void everyControlTellsWhatItIsFor()
+    {
+        int controls = 0;
+        forEachWindow([&controls](const QString& name, QWidget& window) {
+            for (QWidget* stop : stops(window)) {
+                if (qobject_cast<QScrollArea*>(stop) != nullptr) {
+                    continue; // only scrolled by it
+                }
+                ++controls;
+                QAccessibleInterface* told = QAccessible::queryAccessibleInterface(stop);
+                QVERIFY2(told != nullptr && told->isValid(), qPrintable(describe(stop)));
+                const QString what = name + ": " + describe(stop);
+                QVERIFY2(!told->text(QAccessible::Name).isEmpty(), qPrintable(what));
+                QVERIFY2(told->role() != QAccessible::NoRole && told->role() != QAccessible::Client,
+                         qPrintable(what));
+                if (qobject_cast<QComboBox*>(stop) != nullptr) {
+                    // Its name is its current choice.
+                    QVERIFY2(!told->relations(QAccessible::Label).isEmpty() ||
+                                 !told->text(QAccessible::Description).isEmpty(),
+                             qPrintable(what));
+                }
+            }
+            for (const QProgressBar* bar : window.findChildren<QProgressBar*>()) {
+                QVERIFY2(!bar->accessibleName().isEmpty(), qPrintable(name));
+            }
+        });
+        QVERIFY(controls > 50);
+    }
+
+    void everyFieldOfAFormHasItsLabel()
+    {
+        QStringList fields;
+        forEachWindow([&fields](const QString& name, QWidget& window) {
+            if (name != "form" && name != "credentials" && name != "log") {
+                return;
+            }
+            for (const QWidget* stop : stops(window)) {
+                const auto* text = qobject_cast<const QTextEdit*>(stop);
+                if (qobject_cast<const QAbstractButton*>(stop) != nullptr ||
+                    (text != nullptr && text->isReadOnly())) {
+                    continue;
+                }
+                int labels = 0;
+                for (const QLabel* label : window.findChildren<QLabel*>()) {
+                    labels += label->buddy() == stop ? 1 : 0;
+                }
+                if (labels == 0 && name == "credentials") {
+                    // The texts are keys of a URL, of which a buddy would make shortcuts.
+                    QVERIFY(stop->accessibleName() == "user" || stop->accessibleName() == "word");
+                    labels = 1;
+                }
+                QVERIFY2(labels == 1, qPrintable(name + ": " + describe(stop)));
+                fields << name;
+            }
+        });
+        QCOMPARE(fields.count("form"), 9); // those of credentials cannot be used without any
+        QCOMPARE(fields.count("credentials"), 2);
+        QCOMPARE(fields.count("log"), 1);
+    }
+
+    void everyWindowFitsTheScreen()
+    {
+        // Positions are rounded where a pixel is not one of the screen's.
+        const QRect screen = QGuiApplication::primaryScreen()->geometry().adjusted(0, 0, 1, 1);
+        forEachWindow([screen](const QString& name, QWidget& window) {
+            keepPicture(name, window);
+            const QRect frame = window.frameGeometry();
+            QVERIFY2(screen.contains(frame), qPrintable(QStringLiteral("%1: %2 x %3 at %4, %5")
+                                                            .arg(name)
+                                                            .arg(frame.width())
+                                                            .arg(frame.height())
+                                                            .arg(frame.x())
+                                                            .arg(frame.y())));
+            for (const QWidget* widget : window.findChildren<QWidget*>()) {
+                const bool isText = qobject_cast<const QAbstractButton*>(widget) != nullptr ||
+                                    qobject_cast<const QLabel*>(widget) != nullptr ||
+                                    qobject_cast<const QComboBox*>(widget) != nullptr ||
+                                    qobject_cast<const QGroupBox*>(widget) != nullptr;
+                if (!widget->isVisible() || !isText || widget->window() != &window) {
+                    continue;
+                }
+                const QSize needed = widget->minimumSizeHint();
+                QVERIFY2(widget->width() >= needed.width() && widget->height() >= needed.height(),
+                         qPrintable(name + ": " + describe(widget)));
+                bool scrolled = false;
+                for (const QWidget* above = widget; above != nullptr; above = above->parentWidget()) {
+                    scrolled = scrolled || qobject_cast<const QAbstractScrollArea*>(above) != nullptr;
+                }
+                QVERIFY2(scrolled || window.rect().contains(placeOf(widget)),
+                         qPrintable(name + ": " + describe(widget)));
+            }
+        });
+    }
+
+    void bothMenusOfTheTableAreOpenedByKeyboard()
+    {
+        // The window system makes a menu request of the menu key, so that has to come from there.
+        for (const char* keys : {"Menu", "shift+F10"}) {
+            QStringList menus;
+            QTimer timer;
+            connect(&timer, &QTimer::timeout, this, [&menus] {
+                if (QWidget* popup = QApplication::activePopupWidget()) {
+                    menus << popup->metaObject()->className();
+                    popup->close();
+                }
+            });
+            timer.start(10);
+            shown->click("shell", PackageTable::NameColumn);
+            for (const char* pressed : {"Home", keys, "Right", "Right", "Right", keys}) {
+                QCOMPARE(QProcess::execute("xdotool", {"key", pressed}), 0);
+                const bool isMenu = pressed == keys;
+                const int count = menus.count();
+                if (isMenu) {
+                    QTRY_VERIFY2(menus.count() > count, keys);
+                } else {
+                    QTest::qWait(50);
+                }
+            }
+            QCOMPARE(menus,
+                     (QStringList{"PackageTable::ActionContextMenu", "PackageTable::OtherContextMenu"}));
+        }
+    }
+
+    void theBoxesOfTheEditorAreTickedByKeyboard()
+    {
+        QStringList seen;
+        withDialog<RepoEditor::Dialog>(
+            [this] { shown->key(Qt::Key_E, Qt::ControlModifier); },
+            [&seen](RepoEditor::Dialog& editor) {
+                auto* view = editor.findChild<RepoEditor::View*>();
+                const auto boxes = [view] {
+                    const QAccessibleTableInterface* table =
+                        QAccessible::queryAccessibleInterface(view)->tableInterface();
+                    return table->cellAt(0, 0)->text(QAccessible::Name) + '/' +
+                           table->cellAt(0, 1)->text(QAccessible::Name);
+                };
+                seen << boxes();
+                view->setCurrentIndex(view->model()->index(0, 2));
+                const auto key = [&](Qt::Key pressed) { QTest::keyClick(editor.windowHandle(), pressed); };
+                key(Qt::Key_Space);
+                seen << boxes();
+                key(Qt::Key_Left);
+                key(Qt::Key_Space);
+                seen << boxes();
+                key(Qt::Key_Left);
+                key(Qt::Key_Space);
+                seen << boxes();
+            });
+        QCOMPARE(seen, (QStringList{"Yes/Yes", "Yes/Yes", "Yes/No", "No/No"}));
+    }
+
+    void iconsOfTheTableHaveNames()
+    {
+        shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+        const QAccessibleTableInterface* table =
+            QAccessible::queryAccessibleInterface(shown->view)->tableInterface();
+        const auto row = [this, table](const QString& name) {
+            QStringList texts;
+            for (int column = 0; column < PackageTable::NameColumn; ++column) {
+                texts << table->cellAt(shown->listed().indexOf(name), column)->text(QAccessible::Name);
+            }
+            return texts.join('/');
+        };
+        shown->click("shell", PackageTable::ActionColumn);
+        shown->click("editor", PackageTable::ActionColumn);
+        QCOMPARE(row("tool"), QString("Update/Out-of-date/Package"));
+        QCOMPARE(row("shell"), QString("Remove/Up-to-date/Package"));
+        QCOMPARE(row("editor"), QString("Install/Not Installed/Package"));
+        QCOMPARE(row("lib"), QString("No Action/Not Installed/Package"));
+        QCOMPARE(row("Games").section('/', 2), QString("Group"));
+    }
+};
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<WindowsTest>(argc, argv);
+}
+
+#include "WindowsTest.moc"

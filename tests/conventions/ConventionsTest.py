@@ -1,0 +1,275 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Tests of tools/check-conventions: a small project that keeps to all of them, broken in one way after the other."""
+import os
+import subprocess
+import tempfile
+import textwrap
+import unittest
+
+TOOLS = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)))), 'tools')
+CHECKER = os.path.join(TOOLS, 'check-conventions')
+
+GOOD = {
+    'CMakeLists.txt': 'add_subdirectory(low)\nadd_subdirectory(high)\nadd_subdirectory(tests)\n',
+    'low/CMakeLists.txt': 'vyre_library(vyre_low\n    SOURCES Thing.cpp\n    LINKS Qt5::Widgets)\n',
+    'low/Thing.h': '''\
+        // A thing.
+
+        #ifndef LOW_THING_H
+        #define LOW_THING_H
+
+        class Thing
+        {
+        };
+
+        #endif
+        ''',
+    'low/Thing.cpp': '''\
+        #include "low/Thing.h"
+
+        #include <QLabel>
+        ''',
+    'high/CMakeLists.txt': 'vyre_library(vyre_high\n    SOURCES Window.cpp\n    LINKS vyre_low)\n',
+    'high/Window.h': '''\
+        // A window.
+
+        #ifndef HIGH_WINDOW_H
+        #define HIGH_WINDOW_H
+
+        #include "low/Thing.h"
+
+        #endif
+        ''',
+    'high/Window.cpp': '''\
+        #include "high/Window.h"
+
+        void Window::fill(const QString& text)
+        {
+            // signals: and emit here mean nothing.
+            auto* heading = new QLabel(tr("Heading"));
+            auto* value = new QLabel;
+            value->setTextFormat(Qt::PlainText);
+            value->setText(text);
+            value->setObjectName("value");
+            heading->setText(wide ? tr("A wide one") : tr("Narrow"));
+            QMessageBox::critical(this, tr("Error"), tr("It failed."));
+            Q_EMIT filled();
+        }
+        ''',
+    'tests/high/CMakeLists.txt': 'vyre_test(Window LINKS vyre_high)\n',
+    'tests/high/WindowTest.cpp': '#include "high/Window.h"\n',
+    'tests/low/CMakeLists.txt': 'vyre_test(Thing LINKS vyre_low)\n',
+    'tests/low/ThingTest.cpp': '#include "low/Thing.h"\n',
+    'tests/journeys/CMakeLists.txt': 'vyre_journeys(first)\n',
+    'tests/journeys/test_first.py': 'pass\n',
+    'tools/go': '#!/bin/sh\ntrue\n',
+}
+
+
+class ConventionsTest(unittest.TestCase):
+
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.root = directory.name
+        for path, text in GOOD.items():
+            self.write(path, textwrap.dedent(text))
+        os.chmod(os.path.join(self.root, 'tools/go'), 0o755)
+
+    def write(self, path, text):
+        full = os.path.join(self.root, path)
+        os.makedirs(os.path.dirname(full), exist_ok=True)
+        with open(full, 'w', encoding='utf-8', newline='') as file:
+            file.write(text)
+
+    def read(self, path):
+        with open(os.path.join(self.root, path), encoding='utf-8') as file:
+            return file.read()
+
+    def change(self, path, before, after):
+        text = self.read(path)
+        self.assertIn(before, text)
+        self.write(path, text.replace(before, after))
+
+    def found(self, *files, status=1):
+        """The lines that the checker prints."""
+        done = subprocess.run([CHECKER, '--root', self.root] + [os.path.join(self.root, path) for path in files],
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.assertEqual((done.returncode, done.stderr), (status, ''))
+        return done.stdout.splitlines()
+
+    def test_project_that_keeps_to_everything(self):
+        self.assertEqual(self.found(status=0), [])
+
+    def test_include_guard_of_another_name(self):
+        self.write('low/Thing.h', self.read('low/Thing.h').replace('LOW_THING_H', 'THING_H'))
+        self.assertEqual(self.found(), ['low/Thing.h:3: the include guard is not LOW_THING_H'])
+
+    def test_no_include_guard(self):
+        self.write('low/Thing.h', '// A thing.\n')
+        self.assertEqual(self.found(), ['low/Thing.h:1: there is no include guard LOW_THING_H'])
+
+    def test_header_without_a_comment(self):
+        self.change('low/Thing.h', '// A thing.\n\n', '')
+        self.assertEqual(self.found(), ['low/Thing.h:1: a header begins with a comment that tells what it is for'])
+
+    def test_keywords(self):
+        for written, word in (('emit filled();', 'emit'), ('public slots:', 'slots'), ('signals:', 'signals'),
+                              ('forever {', 'forever'), ('foreach (int i, list) {', 'foreach')):
+            with self.subTest(word):
+                self.write('low/Thing.cpp', '#include "low/Thing.h"\n\n' + written + '\n')
+                found = self.found()
+                self.assertEqual(len(found), 1, found)
+                self.assertTrue(found[0].startswith('low/Thing.cpp:3: Qt\'s keyword "{}"'.format(word)), found)
+
+    def test_include_of_a_folder_above(self):
+        self.change('low/Thing.cpp', '#include <QLabel>', '#include "high/Window.h"')
+        self.assertEqual(self.found(), ['low/Thing.cpp:3: low does not link the folder of "high/Window.h"'])
+
+    def test_include_of_a_test(self):
+        self.write('tests/low/Made.h', '// Made.\n\n#ifndef TESTS_LOW_MADE_H\n#define TESTS_LOW_MADE_H\n#endif\n')
+        self.change('low/Thing.cpp', '#include <QLabel>', '#include "tests/low/Made.h"')
+        self.assertEqual(self.found(), ['low/Thing.cpp:3: low does not link the folder of "tests/low/Made.h"'])
+
+    def test_link_of_a_folder_above(self):
+        self.change('low/CMakeLists.txt', 'Qt5::Widgets', 'vyre_high')
+        self.assertEqual(self.found(), ['low/CMakeLists.txt:1: low links high, which stands above it'])
+
+    def test_folder_that_is_not_linked(self):
+        self.change('high/CMakeLists.txt', 'LINKS vyre_low', 'LINKS Qt5::Widgets')
+        self.assertEqual(self.found(), ['high/Window.h:6: high does not link the folder of "low/Thing.h"'])
+
+    def test_include_that_is_not_named_from_the_root(self):
+        self.change('low/Thing.cpp', '#include <QLabel>', '#include "Thing.h"')
+        self.assertEqual(self.found(), ['low/Thing.cpp:3: includes are named from the root: "Thing.h"'])
+
+    def test_include_of_nothing(self):
+        self.change('low/Thing.cpp', '#include <QLabel>', '#include "low/Gone.h"')
+        self.assertEqual(self.found(), ['low/Thing.cpp:3: there is no "low/Gone.h"'])
+
+    def test_circle_of_headers(self):
+        self.write('low/Other.h', '// Another.\n\n#ifndef LOW_OTHER_H\n#define LOW_OTHER_H\n'
+                                  '#include "low/Thing.h"\n#endif\n')
+        self.write('tests/low/OtherTest.cpp', '#include "low/Other.h"\n')
+        self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Other LINKS vyre_low)\n')
+        self.change('low/Thing.h', 'class Thing', '#include "low/Other.h"\n\nclass Thing')
+        self.assertEqual(self.found(), ['low/Other.h:5: a circle: low/Thing.h -> low/Other.h -> low/Thing.h'])
+
+    def test_own_header_is_not_first(self):
+        self.write('low/Thing.cpp', '#include <QLabel>\n\n#include "low/Thing.h"\n')
+        self.assertEqual(self.found(), ['low/Thing.cpp:1: the first include is not "low/Thing.h"'])
+
+    def test_source_that_is_not_built(self):
+        self.change('low/CMakeLists.txt', 'Thing.cpp', '# Thing.cpp')
+        self.assertEqual(self.found(), ['low/Thing.cpp:1: low/CMakeLists.txt does not name it'])
+
+    def test_test_that_is_not_run(self):
+        self.write('tests/low/CMakeLists.txt', '# vyre_test(Thing LINKS vyre_low)\n')
+        self.assertEqual(self.found(), ['tests/low/ThingTest.cpp:1: tests/low/CMakeLists.txt does not name it'])
+
+    def test_journey_that_is_not_run(self):
+        self.write('tests/journeys/test_second.py', 'pass\n')
+        self.assertEqual(self.found(),
+                         ['tests/journeys/test_second.py:1: tests/journeys/CMakeLists.txt does not name it'])
+
+    def test_class_without_a_test(self):
+        os.remove(os.path.join(self.root, 'tests/low/ThingTest.cpp'))
+        self.assertEqual(self.found(), ['low/Thing.h:1: there is no tests/low/ThingTest.cpp'])
+
+    def test_test_without_a_class(self):
+        self.write('tests/low/GoneTest.cpp', '#include <QtTest>\n')
+        self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Gone LINKS vyre_low)\n')
+        self.assertEqual(self.found(), ['tests/low/GoneTest.cpp:1: there is no class that it is the test of'])
+
+    def test_text_that_is_not_translated(self):
+        for before, after, text in (('new QLabel(tr("Heading"))', 'new QLabel("Heading")', '"Heading"'),
+                                    (': tr("Narrow")', ': QStringLiteral("Narrow")', '"Narrow"'),
+                                    ('setObjectName("value")', 'setToolTip(QStringLiteral("A value"))', '"A value"')):
+            with self.subTest(text):
+                self.setUp()
+                self.change('high/Window.cpp', before, after)
+                found = [line for line in self.found() if 'Qt::PlainText' not in line]
+                self.assertEqual(len(found), 1, found)
+                self.assertTrue(found[0].endswith(': a text that a user reads does not go through tr(): ' + text),
+                                found)
+
+    def test_label_that_takes_markup(self):
+        plain = '    value->setTextFormat(Qt::PlainText);\n'
+        for before, after, line in ((plain, '', 7),
+                                    ('tr("Heading")', 'tr("Heading %1").arg(text)', 6),
+                                    ('tr("Narrow")', 'text', 6),
+                                    ('new QLabel(tr("Heading"))', 'new QLabel(text)', 6)):
+            with self.subTest(after):
+                self.setUp()
+                self.change('high/Window.cpp', before, after)
+                self.assertEqual(self.found(), ['high/Window.cpp:{}: a label whose text may come from outside is '
+                                                'not set to Qt::PlainText'.format(line)])
+
+    def test_box_that_takes_markup(self):
+        message = 'a box whose text may come from outside takes it for markup: use HMessageBox'
+        self.change('high/Window.cpp', 'tr("It failed.")', 'tr("%1 failed.").arg(text)')
+        self.assertEqual(self.found(), ['high/Window.cpp:12: ' + message])
+        self.setUp()
+        box = '    QMessageBox box(QMessageBox::Critical, tr("Error"), text);\n'
+        self.change('high/Window.cpp', '    Q_EMIT', box + '    Q_EMIT')
+        self.assertEqual(self.found(), ['high/Window.cpp:13: ' + message])
+        self.change('high/Window.cpp', box, box + '    box.setTextFormat(Qt::PlainText);\n')
+        self.assertEqual(self.found(status=0), [])
+
+    def test_note_of_something_unfinished(self):
+        word = 'TO' + 'DO'
+        self.change('low/Thing.h', '// A thing.', '// A thing. ' + word)
+        self.assertEqual(self.found(), ['low/Thing.h:1: a note of something unfinished: ' + word])
+
+    def test_script_that_cannot_be_executed(self):
+        os.chmod(os.path.join(self.root, 'tools/go'), 0o644)
+        self.assertEqual(self.found(), ['tools/go:1: it has a first line "#!" and is not executable'])
+
+    def test_executable_without_its_first_line(self):
+        self.write('tools/go', 'true\n')
+        self.assertEqual(self.found(), ['tools/go:1: it is executable and has no first line "#!"'])
+
+    def test_ends_of_lines(self):
+        for text, finding in (('pass \n', '1: the line ends in white space'),
+                              ('pass\r\n', '1: the line ends in white space'),
+                              ('pass', '1: the last line has no end'),
+                              ('if True:\n\tpass\n', '2: a tabulator'),
+                              ('a = 1' + '+1' * 60 + '\n', '1: the line has 125 characters; 120 are agreed on')):
+            with self.subTest(finding):
+                self.write('tests/journeys/test_first.py', text)
+                self.assertEqual(self.found(), ['tests/journeys/test_first.py:' + finding])
+
+    def test_long_line_of_cpp(self):
+        self.change('low/Thing.cpp', '#include <QLabel>', '// ' + 'x' * 108)
+        self.assertEqual(self.found(), ['low/Thing.cpp:3: the line has 111 characters; 110 are agreed on'])
+
+    def test_exception_with_a_reason(self):
+        self.change('high/Window.cpp', 'new QLabel(tr("Heading"));',
+                    'new QLabel(tr("%1").arg(2)); // convention: a number is no markup')
+        self.assertEqual(self.found(status=0), [])
+        self.change('high/Window.cpp', 'convention: a number is no markup', 'convention:')
+        self.assertEqual(len(self.found()), 1)
+
+    def test_only_the_given_files(self):
+        self.write('tests/journeys/test_first.py', 'pass \n')
+        self.change('low/Thing.h', '// A thing.\n\n', '')
+        self.assertEqual(self.found('tests/journeys/test_first.py'),
+                         ['tests/journeys/test_first.py:1: the line ends in white space'])
+        self.assertEqual(self.found('high/Window.cpp', status=0), [])
+
+    def test_what_is_made_is_left_alone(self):
+        self.write('build-any/Thing.h', 'no guard \n')
+        self.write('low/__pycache__/Thing.h', 'no guard \n')
+        self.assertEqual(self.found(status=0), [])
+
+    def test_list(self):
+        done = subprocess.run([CHECKER, '--root', self.root, '--list'], stdout=subprocess.PIPE, text=True, check=True)
+        self.assertEqual([line for line in done.stdout.splitlines() if line.split()[1] in
+                          ('low/Thing.h', 'tools/go', 'CMakeLists.txt', 'tests/journeys/test_first.py')],
+                         ['text CMakeLists.txt', 'c++ low/Thing.h', 'python tests/journeys/test_first.py',
+                          'shell tools/go'])
+
+
+if __name__ == '__main__':
+    unittest.main()

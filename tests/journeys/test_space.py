@@ -1,0 +1,126 @@
+#!/usr/bin/python3
+"""There is no space left on the device."""
+import os
+
+import journey
+from journey import JourneyTest, driver
+
+import filesystems
+
+YUM_ERROR = 'VYRE Yum Error'
+PLENTY = 100 << 10  # kilobytes
+GARGANTUA = 'gargantua-1.0-1.noarch'
+GLUTTON = 'glutton-1.0-1.noarch'
+
+
+class SpaceTest(JourneyTest):
+
+    def small(self, path):
+        """A file system of its own, with plenty of space so far, for a directory of the managed system."""
+        path = os.path.normpath(os.path.join(self.sandbox.root, path))
+        filesystems.mount_small(path, PLENTY)
+        self.addCleanup(filesystems.unmount, path)
+        return path
+
+    def check_applies(self, window, name, package):
+        """Once there is space again, the mark that has stayed can be applied."""
+        window.set_filter('^{} '.format(name))
+        window.wait_names([name])
+        window.wait_action('install', name)
+        self.carry_out(window)
+        self.check_changed(new=[package])
+
+    def test_download(self):
+        cache = self.small('var/cache')
+        with self.opened() as window:
+            window.mark_listed('gargantua')
+            dialog = window.apply()
+            filesystems.resize(cache, 300)
+            window.accept(dialog)
+            self.check_message(window.program, YUM_ERROR, 'gargantua',
+                               ' kB left for {}/yum\n'.format(cache), '\nUnable to apply changes', picture='no-space')
+            self.check_usable(window)
+            self.assertEqual(window.program.titles(), [driver.main_title()])
+            self.check_unchanged()
+            self.assertIn(' kB left for {}/yum\n'.format(cache), self.read_log(window))
+            filesystems.resize(cache, PLENTY)
+            self.check_applies(window, 'gargantua', GARGANTUA)
+        self.check_consistent()
+
+    def test_too_little_for_the_files(self):
+        root = self.small('')
+        with self.opened() as window:
+            window.mark_listed('gargantua')
+            dialog = window.apply()
+            # Enough for the downloaded package.
+            filesystems.resize(root, 10 << 10)
+            window.accept(dialog)
+            self.check_message(window.program, YUM_ERROR, 'At least ', 'MB more space needed on the / filesystem',
+                               '\nUnable to apply changes', picture='no-space-for-files')
+            self.check_usable(window)
+            self.check_unchanged()
+            self.assertIn('more space needed', self.read_log(window))
+            filesystems.resize(root, PLENTY)
+            self.check_applies(window, 'gargantua', GARGANTUA)
+        self.check_consistent()
+
+    # Here all is well at the check; then something else takes the space.
+
+    def test_transaction(self):
+        root = self.small('')
+        glutton = self.waiting('glutton')
+        with self.opened() as window:
+            window.mark_listed('glutton')
+            window.accept(window.apply())
+            glutton.wait_waiting()
+            filesystems.resize(root, 64)
+            glutton.let_go()
+            self.check_message(window.program, YUM_ERROR, 'Error unpacking rpm package glutton-1.0-1.noarch\n',
+                               'unpacking of archive failed on file /usr/share/glutton/noise.bin',
+                               '\nThe transaction failed for:\nglutton-1.0-1.noarch\nThere are only ',
+                               ' kB left for {}/'.format(root), '\nUnable to apply changes',
+                               picture='no-space-in-transaction')
+            self.check_usable(window)
+            self.check_unchanged()
+            self.assertFalse(os.path.exists(os.path.join(root, 'usr/share/glutton/noise.bin')))
+            self.assertIn(' kB left for {}/'.format(root), self.read_log(window))
+            filesystems.resize(root, PLENTY)
+            # What failed may have changed the system: it was collected anew, without marks.
+            window.mark_listed('glutton')
+            self.carry_out(window)
+            self.check_changed(new=[GLUTTON])
+        self.check_consistent()
+
+    def test_database(self):
+        database = self.small('var/lib/rpm')
+        glutton = self.waiting('glutton')
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('glutton')
+            window.mark_listed('birch-log')
+            window.accept(window.apply())
+            glutton.wait_waiting()
+            filesystems.resize(database, 0)
+            glutton.let_go()
+            self.check_message(window.program, YUM_ERROR, 'The transaction failed for:\nglutton-1.0-1.noarch\n'
+                               'The database of packages does not have what was done to:\nbirch-log-3.0-1.x86_64\n'
+                               'There are only 0 kB left for {}\nUnable to apply changes'.format(database))
+            window.wait_ready()
+            self.check_unchanged()
+            filesystems.resize(database, PLENTY)
+            self.check_usable(window)
+            window.mark_listed('glutton')
+            window.mark_listed('birch-log')
+            self.carry_out(window)
+            self.check_changed(new=[GLUTTON], gone=['birch-log-3.0-1.x86_64'])
+            # rpm complains to its standard error.
+            driver.key('ctrl+q')
+            self.assertEqual(window.program.wait(), 0)
+        self.check_consistent()
+
+
+if __name__ == '__main__':
+    # What the tests mount is seen by them and the program alone.
+    filesystems.isolate()
+    journey.main()

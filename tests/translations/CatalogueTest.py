@@ -1,0 +1,220 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The catalogues have every text of the sources, translated, with everything that the program puts into it.
+
+usage: CatalogueTest.py [options of unittest...]
+
+LUPDATE and LRELEASE are the toolkit's programs; without them they are looked for.
+"""
+import glob
+import itertools
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+sys.path.insert(0, os.path.join(TOP, 'tests', 'doc'))
+
+import sources  # noqa: E402
+
+UPDATE = os.path.join(TOP, 'translations', 'update')
+CATALOGUES = sorted(glob.glob(os.path.join(TOP, 'translations', '*.ts')))
+LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.which('lrelease-qt5')
+
+# What can be reached at the same time by Alt and a letter, in each of the sources' contexts.
+TOGETHER = (
+    ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
+                    'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
+    ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log',)), ('MainWindow', ('&Edit Configuration',)),
+    ('MainWindow', ('&About',)),
+    ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action')),
+    ('PackageTable::OtherContextMenu', ('&Describe',)),
+    ('Log::Window', ('&Close',)),
+)
+# The names of colours and fonts, and HTML around entries of the log, are no words.
+NO_WORDS = re.compile(r'</?(font|h2)')
+
+
+def messages(path):
+    """The texts of a catalogue: (context, source) -> translation, None when it is not finished."""
+    found = {}
+    for context in ElementTree.parse(path).getroot().iter('context'):
+        for message in context.iter('message'):
+            translation = message.find('translation')
+            key = context.findtext('name'), message.findtext('source')
+            assert key not in found, key
+            found[key] = None if translation.get('type') else translation.text
+    return found
+
+
+def mnemonic(text):
+    found = re.search('&([^& ])', text)
+    return found.group(1).lower() if found else None
+
+
+def classes(path):
+    """The full names of the classes that a header declares; in the first column stand only what is in no class."""
+    found, spaces = set(), []
+    with open(path, encoding='utf-8') as stream:
+        for line in stream:
+            begin = re.match(r'namespace (\w+) \{', line)
+            declared = re.match(r'class (\w+)[^;]*$', line)
+            if declared:
+                found.add('::'.join([space for space in spaces if space] + [declared.group(1)]))
+            if begin:
+                spaces.append(begin.group(1))
+            elif line[0] == '}':
+                spaces.pop()
+            elif line[0] == '{' or not line[0].isspace() and line.endswith('{\n'):
+                spaces.append('')
+    return found
+
+
+class CatalogueTest(unittest.TestCase):
+
+    def setUp(self):
+        self.scratch = tempfile.mkdtemp(prefix='catalogue-test.')
+        self.addCleanup(shutil.rmtree, self.scratch)
+
+    def updated(self, path):
+        """What the sources say now, as a catalogue."""
+        copy = os.path.join(self.scratch, os.path.basename(path))
+        shutil.copyfile(path, copy)
+        done = subprocess.run([UPDATE, copy], stdout=subprocess.PIPE, stderr=subprocess.PIPE, universal_newlines=True,
+                              cwd='/')
+        self.assertEqual((done.returncode, done.stderr), (0, ''))
+        return copy, done.stdout
+
+    def each(self):
+        """All texts of all catalogues."""
+        for path in CATALOGUES:
+            for (context, source), translation in messages(path).items():
+                with self.subTest(catalogue=os.path.basename(path), context=context, source=source):
+                    self.assertIsNotNone(translation)
+                    yield context, source, translation
+
+    def test_there_is_a_german_one(self):
+        self.assertIn('vyre_de.ts', map(os.path.basename, CATALOGUES))
+        with open(os.path.join(TOP, 'translations', 'CMakeLists.txt')) as stream:
+            built = set(re.findall(r'\bvyre_\w+\.ts\b', stream.read().partition('set(catalogues')[2].partition(')')[0]))
+        self.assertEqual(built, set(map(os.path.basename, CATALOGUES)))
+
+    def test_they_are_in_step_with_the_sources(self):
+        for path in CATALOGUES:
+            copy, _ = self.updated(path)
+            before, now = messages(path), messages(copy)
+            self.assertEqual(sorted(set(now) - set(before)), [], 'new texts: run translations/update ' + path)
+            self.assertEqual(sorted(set(before) - set(now)), [], 'texts that are gone: run translations/update ' + path)
+            self.assertEqual(before, now)
+
+    def test_a_new_text_of_the_sources_and_one_that_is_gone_are_noticed(self):
+        copy, _ = self.updated(CATALOGUES[0])
+        with open(copy, encoding='utf-8') as stream:
+            text = stream.read()
+        with open(copy, 'w', encoding='utf-8') as stream:
+            stream.write(text.replace('<source>&amp;Quit</source>', '<source>&amp;Go</source>'))
+        before = messages(copy)
+        subprocess.run([UPDATE, copy], check=True, stdout=subprocess.DEVNULL)
+        now = messages(copy)
+        self.assertEqual(set(now) - set(before), {('MainWindow', '&Quit')})
+        self.assertEqual(set(before) - set(now), {('MainWindow', '&Go')})
+        self.assertIsNone(now['MainWindow', '&Quit'])
+
+    def test_everything_is_translated(self):
+        for path in CATALOGUES:
+            done = subprocess.run([LRELEASE, path, '-qm', os.path.join(self.scratch, 'made.qm')], check=True,
+                                  stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True)
+            finished, unfinished = re.search(r'\((\d+) finished and (\d+) unfinished\)', done.stdout).groups()
+            self.assertEqual((int(finished), int(unfinished)), (len(messages(path)), 0), done.stdout)
+            self.assertNotRegex(done.stdout, '(?i)ignored|warning|error')
+        self.assertGreater(len(list(self.each())), 400 * len(CATALOGUES))
+
+    def test_every_text_that_the_sources_hand_over_is_known(self):
+        """Also those that the toolkit's program would overlook, such as those in a class that it does not know."""
+        for path in CATALOGUES:
+            known = {source for _, source in messages(path)}
+            found = 0
+            for text in sources.all_cpp_texts():
+                inner = text.calls[-1] if text.calls else ('', 0)
+                if sources.is_translated(text) or inner in (('translate', 1), ('QT_TRANSLATE_NOOP', 1)):
+                    self.assertIn(text.value, known, text)
+                    found += 1
+            self.assertGreater(found, 400)
+
+    def test_texts_belong_to_classes_by_their_full_names(self):
+        """The classes' own names, as the program asks for them."""
+        declared = set()
+        for folder in sources.FOLDERS:
+            for path in glob.glob(os.path.join(TOP, folder, '*.h')):
+                declared |= classes(path)
+        for path in CATALOGUES:
+            contexts = {context for context, _ in messages(path)}
+            self.assertIn('PackageTable::Describe::Instance::Area', contexts)
+            # Two of functions without a class, and one of the toolkit's.
+            self.assertEqual(contexts - declared, {'Colors', 'Metadata', 'QDialogButtonBox'})
+
+    def test_what_the_program_puts_in_has_its_place(self):
+        for _, source, translation in self.each():
+            places = [sorted(re.findall(r'%(?:L?\d{1,2}|n)', text)) for text in (source, translation)]
+            self.assertEqual(places[0], places[1])
+
+    def test_lines_and_what_stands_at_both_ends(self):
+        for _, source, translation in self.each():
+            self.assertEqual(re.match(r'\s*', translation).group(), re.match(r'\s*', source).group())
+            self.assertEqual(re.search(r'\s*$', translation).group(), re.search(r'\s*$', source).group())
+            self.assertEqual(translation.count('\n'), source.count('\n'))
+            self.assertEqual(translation.count('\t'), source.count('\t'))
+
+    def test_html_stays_html(self):
+        for _, source, translation in self.each():
+            self.assertEqual(re.findall('<[^>]*>', translation), re.findall('<[^>]*>', source))
+
+    def test_colours_fonts_and_keys_are_what_they_were(self):
+        for context, source, translation in self.each():
+            if context in ('Colors', 'Fonts') or source.startswith('Ctrl+') or NO_WORDS.match(source):
+                self.assertEqual(translation, source)
+
+    def test_internal_errors_are_told_alike(self):
+        for path in CATALOGUES:
+            heads = {translation.partition(':')[0] for (_, source), translation in messages(path).items()
+                     if source.startswith('Internal error: ')}
+            self.assertEqual(len(heads), 1, heads)
+
+    def test_mnemonics(self):
+        for context, source, translation in self.each():
+            if context == 'MainWindow' or '<' not in source:
+                self.assertEqual(mnemonic(translation) is None, mnemonic(source) is None)
+                self.assertLessEqual(translation.count('&'), 1)
+
+    def test_mnemonics_are_different(self):
+        everywhere = set(itertools.chain.from_iterable(
+            [(context, text) for text in texts] for context, texts in TOGETHER))
+        for path in CATALOGUES:
+            found = messages(path)
+            self.assertEqual({key for key in found if mnemonic(key[1])}, everywhere)
+            for context, texts in TOGETHER:
+                letters = [mnemonic(found[context, text]) for text in texts]
+                self.assertEqual(sorted(letters), sorted(set(letters)))
+
+    def test_german_is_not_english(self):
+        """Texts of several words are not left as they are."""
+        found = messages(os.path.join(TOP, 'translations', 'vyre_de.ts'))
+        same = {source for (context, source), translation in found.items()
+                if source == translation and re.search('[A-Za-z]{2,} [A-Za-z]{2,}', source)
+                and context != 'Fonts' and not NO_WORDS.match(source)}
+        self.assertEqual(same, set())
+
+    def test_german_quotation_marks_come_in_pairs(self):
+        for (_, source), translation in messages(os.path.join(TOP, 'translations', 'vyre_de.ts')).items():
+            self.assertEqual(re.sub('[^„“]', '', translation), '„“' * translation.count('„'), translation)
+            if '<' not in source:
+                self.assertNotIn('"', translation)
+
+
+if __name__ == '__main__':
+    unittest.main(verbosity=2)

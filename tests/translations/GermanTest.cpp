@@ -1,0 +1,454 @@
+// The program in German: its windows say what they have to, nothing of it is cut off on a small screen, and
+// nothing is asked for that the catalogue does not have.
+
+#include <QTranslator>
+#include <QXmlStreamReader>
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "app/MainWindow.h"
+#include "app/Translations.h"
+#include "app/base/Share.h"
+#include "packagetable/PackageTable.h"
+#include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/View.h"
+#include "repo/RepoAuthDialog.h"
+#include "repo/RepoEditorConfigDialog.h"
+#include "repo/RepoEditorDialog.h"
+#include "repo/RepoEntry.h"
+#include "services/HProgressBar.h"
+#include "services/LogWindow.h"
+#include "services/ScrollableDialogs.h"
+#include "tests/app/EachAlone.h"
+#include "tests/packagetable/Described.h"
+#include "tests/packagetable/StandIn.h"
+#include "widgets/HFrameLabel.h"
+
+namespace {
+
+// Installed below all catalogues, it is asked for what they do not have.
+class Missing : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char*, int) const override
+    {
+        asked << QString::fromUtf8(context) + QLatin1String(": ") + QString::fromUtf8(text);
+        return {};
+    }
+
+    mutable QStringList asked;
+};
+
+// Installed above all catalogues, it leaves all texts to them and counts how many there are.
+class Counting : public QTranslator
+{
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char*, const char*, int) const override
+    {
+        ++count;
+        return {};
+    }
+
+    mutable QAtomicInt count; // a worker has texts of its own
+};
+
+bool isScrolled(const QWidget* widget)
+{
+    for (const QWidget* each = widget; each != nullptr && !each->isWindow(); each = each->parentWidget()) {
+        if (qobject_cast<const QAbstractScrollArea*>(each) != nullptr) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// How much room the text of a widget needs; nothing for widgets that show a text of any length.
+int neededWidth(const QWidget* widget)
+{
+    if (const auto* label = qobject_cast<const QLabel*>(widget)) {
+        return label->wordWrap() || label->text().isEmpty() ? 0 : label->sizeHint().width();
+    }
+    if (qobject_cast<const QPushButton*>(widget) != nullptr ||
+        qobject_cast<const QCheckBox*>(widget) != nullptr ||
+        qobject_cast<const QComboBox*>(widget) != nullptr) {
+        return widget->sizeHint().width();
+    }
+    if (const auto* group = qobject_cast<const QGroupBox*>(widget)) {
+        return group->fontMetrics().horizontalAdvance(group->title());
+    }
+    return 0;
+}
+
+// What is cut off in a window, or lies outside it.
+QStringList cutOff(const QWidget* window)
+{
+    QStringList found;
+    int looked = 0;
+    for (const QWidget* widget : window->findChildren<QWidget*>()) {
+        const int needed = neededWidth(widget);
+        if (!widget->isVisible() || widget->window() != window || needed == 0) {
+            continue;
+        }
+        ++looked;
+        const QString text = widget->property("text").toString() + widget->property("title").toString() +
+                             widget->property("currentText").toString();
+        if (widget->width() < needed || widget->height() < widget->minimumSizeHint().height()) {
+            found << QStringLiteral("%1 needs %2, has %3").arg(text).arg(needed).arg(widget->width());
+        }
+        const QRect place(widget->mapTo(const_cast<QWidget*>(window), QPoint()), widget->size());
+        if (!isScrolled(widget->parentWidget()) && !window->rect().contains(place)) {
+            found << text + QLatin1String(" lies outside");
+        }
+    }
+    for (const QHeaderView* header : window->findChildren<QHeaderView*>()) {
+        for (int i = 0; header->isVisible() && i < header->count(); ++i) {
+            ++looked;
+            // Text alone: the room for the mark of the sort order is not always taken.
+            const QString text = header->model()->headerData(i, header->orientation()).toString();
+            if (!header->isSectionHidden(i) &&
+                header->sectionSize(i) < header->fontMetrics().horizontalAdvance(text)) {
+                found << QStringLiteral("the heading ") + text;
+            }
+        }
+    }
+    for (const QToolButton* button : window->findChildren<QToolButton*>("qt_menubar_ext_button")) {
+        if (button->isVisible()) {
+            found << QStringLiteral("menus");
+        }
+    }
+    if (looked == 0) {
+        found << QStringLiteral("nothing to be seen");
+    }
+    return found;
+}
+
+// A window at the size that it gives itself, and at its smallest one.
+QStringList cutOffAtAnySize(QWidget* window)
+{
+    QStringList found = cutOff(window);
+    const QSize screen = window->screen()->availableSize();
+    const QSize smallest = window->minimumSizeHint().expandedTo(window->minimumSize());
+    if (smallest.width() > screen.width() || smallest.height() > screen.height()) {
+        found << QStringLiteral("the window, which cannot be smaller than %1x%2")
+                     .arg(smallest.width())
+                     .arg(smallest.height());
+    }
+    window->resize(smallest);
+    QTest::qWait(50); // the layout follows
+    return found + cutOff(window);
+}
+
+} // namespace
+
+class GermanTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<StandIn> standIn;
+    Missing missing;
+    MainWindow* window = nullptr;
+    PackageTable::View* view = nullptr;
+    const QAbstractItemModel* listed = nullptr;
+
+    // Never deleted, as in the program.
+    void start()
+    {
+        using S = StandIn;
+        const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+        const QJsonObject next{
+            {"version", "2"}, {"repoid", "updates"}, {"size", 1536}, {"summary", "Werkzeug"}};
+        standIn->setPackages({S::package("tool", next)}, {S::package("tool", old), S::package("shell", old)},
+                             {S::package("editor")}, {S::group("Games")});
+        window = new MainWindow;
+        view = window->findChild<PackageTable::View*>();
+        listed = window->findChild<PackageTable::SortFilterProxyModel*>();
+        window->show();
+        QApplication::setActiveWindow(window);
+        QVERIFY(QTest::qWaitForWindowActive(window));
+        QVERIFY(QTest::qWaitFor(
+            [this] { return view->parentWidget()->isVisible() && view->parentWidget()->isEnabled(); },
+            20000));
+    }
+    QStringList buttons() const
+    {
+        QStringList texts;
+        for (const QPushButton* button : window->findChildren<QPushButton*>()) {
+            texts << button->text();
+        }
+        return texts;
+    }
+    QAction* entry(const QString& text) const
+    {
+        for (QAction* action : window->findChildren<QAction*>()) {
+            if (action->text() == text) {
+                return action;
+            }
+        }
+        qFatal("there is no entry %s", qPrintable(text));
+        return nullptr;
+    }
+    static void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
+
+private Q_SLOTS:
+    void init()
+    {
+        standIn = std::make_unique<StandIn>();
+        QVERIFY(QFile::link(QStringLiteral(VYRE_CATALOGUES), Share::absolute("translations")));
+        QVERIFY(QCoreApplication::installTranslator(&missing));
+        QCOMPARE(Translations::install(*qApp, {"de-DE"}), QStringLiteral("vyre_de"));
+        QCOMPARE(QGuiApplication::primaryScreen()->size(), QSize(1024, 768));
+    }
+
+    // What was asked for and is in no catalogue; what is the toolkit's own is not told of.
+    void cleanup()
+    {
+        QStringList contexts;
+        QFile catalogue(QStringLiteral(VYRE_GERMAN));
+        QVERIFY(catalogue.open(QIODevice::ReadOnly));
+        QXmlStreamReader reader(&catalogue);
+        while (!reader.atEnd()) {
+            if (reader.readNext() == QXmlStreamReader::StartElement &&
+                reader.name() == QLatin1String("name")) {
+                contexts << reader.readElementText();
+            }
+        }
+        QVERIFY(contexts.contains("PackageTable::Describe::Instance::Area"));
+        QStringList unknown;
+        for (const QString& text : qAsConst(missing.asked)) {
+            if (!text.startsWith(QLatin1Char('Q')) ||
+                contexts.contains(text.section(QLatin1String(": "), 0, 0))) {
+                unknown << text;
+            }
+        }
+        QCOMPARE(unknown.join('\n'), QString());
+        QCoreApplication::removeTranslator(&missing);
+    }
+
+    void theMainWindow()
+    {
+        start();
+        QStringList menus;
+        QStringList entries;
+        for (const QAction* action : window->menuBar()->actions()) {
+            menus << action->text();
+            for (const QAction* each : action->menu()->actions()) {
+                if (!each->isSeparator()) {
+                    entries << each->text();
+                }
+            }
+        }
+        QCOMPARE(menus, (QStringList{"&Programm", "&Fenster", "Paket&quellen", "&Cache", "&Hilfe"}));
+        QCOMPARE(entries, (QStringList{"&Beenden", "&Protokoll", "&Konfiguration bearbeiten",
+                                       "dbcache leeren", "Pakete löschen", "Metadaten löschen",
+                                       "Alles löschen", "Handbuch (HTML)", "Handbuch (PDF)", "&Über VYRE"}));
+        QCOMPARE(buttons(),
+                 (QStringList{"Filtern", "&Beschreiben", "Anpa&ssen", "&Neu laden", "Auswahl &vormerken",
+                              "Akt&ualisierungen vormerken", "Aktionen ver&werfen", "Aktionen &anwenden"}));
+        QStringList headings;
+        for (int i = 0; i < listed->columnCount(); ++i) {
+            headings << listed->headerData(i, Qt::Horizontal).toString();
+        }
+        QCOMPARE(headings, (QStringList{"Aktion", "Zustand", "Art", "Name", "Version", "Paketquelle",
+                                        "Architektur", "Größe", "Erstellt am"}));
+        QCOMPARE(entry("&Beenden")->shortcut(), QKeySequence(Qt::CTRL + Qt::Key_Q));
+        QCOMPARE(entry("&Protokoll")->shortcut(), QKeySequence(Qt::CTRL + Qt::Key_L));
+        QCOMPARE(entry("&Konfiguration bearbeiten")->shortcut(), QKeySequence(Qt::CTRL + Qt::Key_E));
+        QCOMPARE(listed->index(0, PackageTable::NameColumn).data().toString(), QStringLiteral("tool"));
+        QCOMPARE(listed->index(0, PackageTable::SizeColumn).data().toString(), QStringLiteral("1.5Kb"));
+    }
+
+    void nothingIsCutOffInTheMainWindow()
+    {
+        start();
+        QCOMPARE(cutOff(window).join('\n'), QString());
+        // The widest row: with the warning of actions that are not listed.
+        for (QPushButton* button : window->findChildren<QPushButton*>()) {
+            if (button->text() == QLatin1String("Akt&ualisierungen vormerken")) {
+                click(button);
+            }
+        }
+        auto* expression = window->findChild<QLineEdit*>();
+        expression->setText("^nothing");
+        QTest::keyClick(expression, Qt::Key_Return);
+        auto* warning = window->findChild<HFrameLabel*>();
+        QTRY_COMPARE(warning->text(), QStringLiteral("Verdeckte Aktionen"));
+        QCOMPARE(cutOffAtAnySize(window).join('\n'), QString());
+    }
+
+    void nothingIsCutOffInTheEditorAndTheForm()
+    {
+        start();
+        standIn->setRepos("[base]\nname=Basis\nbaseurl=http://h/vantor?user=&word=&path=/x\nenabled=1\n");
+        QStringList editor;
+        QStringList form;
+        QStringList status;
+        QVERIFY(withDialog<RepoEditor::Dialog>(
+            [this] { entry("&Konfiguration bearbeiten")->trigger(); },
+            [&](RepoEditor::Dialog& dialog) {
+                QCOMPARE(dialog.windowTitle(), QStringLiteral("VYRE – Paketquellen bearbeiten"));
+                editor = cutOffAtAnySize(&dialog);
+                QPushButton* add = buttonNamed(dialog, "Hinzufügen");
+                QVERIFY(add != nullptr);
+                QVERIFY(withDialog<RepoEditor::ConfigDialog>(
+                    [add] { click(add); },
+                    [&](RepoEditor::ConfigDialog& shown) {
+                        const auto look = [&] {
+                            QTest::qWait(50);
+                            for (const HFrameLabel* label : shown.findChildren<HFrameLabel*>()) {
+                                status << label->text();
+                            }
+                            form += cutOffAtAnySize(&shown);
+                        };
+                        look();
+                        // The longest that it has to say.
+                        auto* field = shown.findChild<QLineEdit*>();
+                        for (QLineEdit* each : shown.findChildren<QLineEdit*>()) {
+                            if (each->toolTip() == QLatin1String("Eindeutige Kennung der Paketquelle")) {
+                                field = each;
+                            }
+                        }
+                        QTest::keyClicks(field, "[x]");
+                        look();
+                    }));
+                // It tells of the repository that has come.
+                for (const HFrameLabel* label : dialog.findChildren<HFrameLabel*>()) {
+                    status << label->text();
+                }
+                editor += cutOffAtAnySize(&dialog);
+            }));
+        QCOMPARE(editor.join('\n'), QString());
+        QCOMPARE(form.join('\n'), QString());
+        QVERIFY2(status.contains("Keine Kennung angegeben"), qPrintable(status.join('|')));
+        QVERIFY2(status.contains("Die Kennung enthält Klammern, Zeilenumbrüche oder Nicht-ASCII-Zeichen"),
+                 qPrintable(status.join('|')));
+    }
+
+    void nothingIsCutOffInTheDialogOfCredentials()
+    {
+        Repo::Entry repository;
+        repository.id = "updates";
+        repository.name = "Aktualisierungen";
+        repository.baseurl = "http://h/vantor?=&=&path=/x"; // without names for the two
+        QWidget owner;
+        RepoAuth::Dialog dialog(&owner);
+        QStringList found;
+        QStringList labels;
+        QStringList texts;
+        withDialog<RepoAuth::Dialog>([&] { dialog.exec(&repository); },
+                                     [&](RepoAuth::Dialog& shown) {
+                                         for (const QPushButton* each : shown.findChildren<QPushButton*>()) {
+                                             texts << each->text();
+                                         }
+                                         for (const QLabel* each : shown.findChildren<QLabel*>()) {
+                                             labels << each->text();
+                                         }
+                                         found = cutOffAtAnySize(&shown);
+                                     });
+        QCOMPARE(found.join('\n'), QString());
+        QCOMPARE(texts, (QStringList{"Beenden", "Für diese Sitzung abschalten", "Alle überspringen",
+                                     "Auf alle anwenden", "Auf alle dieses Servers anwenden", "OK"}));
+        QVERIFY(labels.contains("Einige Paketquellen verlangen eine Anmeldung"));
+        QVERIFY(labels.contains("Passwort"));
+    }
+
+    void nothingIsCutOffInADescription()
+    {
+        start();
+        view->selectRow(0);
+        QPushButton* describe = nullptr;
+        for (QPushButton* button : window->findChildren<QPushButton*>()) {
+            describe = button->text() == QLatin1String("&Beschreiben") ? button : describe;
+        }
+        QTRY_VERIFY(describe->isEnabled());
+        QStringList found;
+        QStringList labels;
+        QVERIFY(withDialog<PackageTable::Describe::Dialog>([describe] { click(describe); },
+                                                           [&](PackageTable::Describe::Dialog& dialog) {
+                                                               for (const QLabel* each :
+                                                                    dialog.findChildren<QLabel*>()) {
+                                                                   labels << each->text();
+                                                               }
+                                                               found = cutOffAtAnySize(&dialog);
+                                                           }));
+        QCOMPARE(found.join('\n'), QString());
+        for (const char* text :
+             {"tool", "Aktualisierbar", "Installiert", "Art", "Gewöhnliches Paket", "Zusammenfassung"}) {
+            QVERIFY2(labels.contains(QString::fromUtf8(text)), text);
+        }
+    }
+
+    void nothingIsCutOffInTheLog()
+    {
+        start();
+        entry("&Protokoll")->trigger();
+        Log::Window* log = nullptr;
+        for (QWidget* each : QApplication::topLevelWidgets()) {
+            log = log == nullptr ? qobject_cast<Log::Window*>(each) : log;
+        }
+        QVERIFY(log != nullptr);
+        QVERIFY(QTest::qWaitForWindowExposed(log));
+        QCOMPARE(log->windowTitle(), QStringLiteral("VYRE – Protokoll"));
+        QVERIFY(log->findChild<QTextEdit*>()->toPlainText().contains("Initialisierung"));
+        QCOMPARE(cutOffAtAnySize(log).join('\n'), QString());
+        log->hide();
+    }
+
+    // With the packages of a distribution even little time for each is noticed.
+    void packagesAreCollectedWithoutTranslatingAnythingForEach()
+    {
+        start();
+        QPushButton* refresh = nullptr;
+        for (QPushButton* button : window->findChildren<QPushButton*>()) {
+            refresh = button->text() == QLatin1String("&Neu laden") ? button : refresh;
+        }
+        Counting counting;
+        QVERIFY(QCoreApplication::installTranslator(&counting));
+        const auto count = [&](int packages) {
+            QJsonArray available;
+            for (int i = 0; i < packages; ++i) {
+                available << StandIn::package(QStringLiteral("package%1").arg(i),
+                                              {{"size", 1000 + 3000 * i}});
+            }
+            standIn->setPackages({}, {}, available);
+            window->findChildren<QComboBox*>().at(1)->setCurrentIndex(PackageTable::ViewAll);
+            counting.count = 0;
+            click(refresh);
+            return QTest::qWaitFor([&] { return listed->rowCount() == packages; })
+                       ? counting.count.loadRelaxed()
+                       : -1;
+        };
+        const int few = count(100);
+        QVERIFY(few > 0);
+        const int many = count(1000);
+        QVERIFY(many > 0);
+        QVERIFY2(many < few + 400, qPrintable(QStringLiteral("%1 and %2").arg(few).arg(many)));
+        QCoreApplication::removeTranslator(&counting);
+    }
+
+    // Whatever a search or a sort order goes by, it is not the language.
+    void theTableIsComparedAsItIsInEnglish()
+    {
+        start();
+        auto* state = window->findChildren<QComboBox*>().at(1);
+        QCOMPARE(state->itemText(PackageTable::ViewAll), QStringLiteral("Alle"));
+        state->setCurrentIndex(PackageTable::ViewAll);
+        QTRY_COMPARE(listed->rowCount(), 3);
+        state->setCurrentIndex(PackageTable::ViewInstallable);
+        QTRY_COMPARE(listed->rowCount(), 1);
+        QCOMPARE(listed->index(0, PackageTable::NameColumn).data().toString(), QStringLiteral("editor"));
+        QCOMPARE(listed->index(0, PackageTable::StateColumn).data(Qt::AccessibleTextRole).toString(),
+                 QStringLiteral("Nicht installiert"));
+    }
+};
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<GermanTest>(argc, argv);
+}
+
+#include "GermanTest.moc"

@@ -1,0 +1,116 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The built program speaks the language that the environment asks for, and works in it.
+
+VYRE_BINARY is the program, VYRE_SANDBOX the made sandbox.
+"""
+import os
+import subprocess
+import sys
+
+sys.path[:0] = [os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), 'journeys')]
+
+import journey  # noqa: E402
+from journey import JourneyTest, driver, wait_for  # noqa: E402
+
+GERMAN = ['Programm', 'Fenster', 'Paketquellen', 'Cache', 'Hilfe']
+ENGLISH = ['Program', 'Windows', 'Repositories', 'Cache', 'Help']
+VARIABLES = ('LANGUAGE', 'LC_ALL', 'LC_MESSAGES', 'LANG')
+
+
+def menus(window):
+    bar = window.find(driver.pyatspi.ROLE_MENU_BAR)
+    return [driver.plain(bar.getChildAtIndex(i).name) for i in range(bar.childCount)]
+
+
+class ProgramLanguageTest(JourneyTest):
+
+    def check(self, expected, **environment):
+        """The menus with no more of a language in the environment than this."""
+        unset = [name for name in VARIABLES if name not in environment]
+        with self.subTest(environment=environment), self.program(environment=environment, unset=unset) as program:
+            self.assertEqual(menus(program.main()), expected)
+            # It is not in the midst of its start any more then, and has nothing to lose.
+            program.process.kill()
+            program.wait()
+
+    def test_the_environment_tells_the_language(self):
+        self.check(GERMAN, LANG='de_DE.UTF-8')
+        self.check(GERMAN, LANG='C.UTF-8', LANGUAGE='de')
+        self.check(GERMAN, LANG='en_US.UTF-8', LC_MESSAGES='de_AT.UTF-8')
+        self.check(GERMAN, LANG='en_US.UTF-8', LC_ALL='de_DE.UTF-8')
+        self.check(GERMAN, LANGUAGE='xx:de:en', LANG='en_US.UTF-8')
+
+    def test_english_is_spoken_when_nothing_else_is_asked_for(self):
+        self.check(ENGLISH)
+        self.check(ENGLISH, LANG='C.UTF-8')
+        self.check(ENGLISH, LANG='de_DE.UTF-8', LC_ALL='C', LANGUAGE='de')
+        self.check(ENGLISH, LANG='de_DE.UTF-8', LANGUAGE='en:de')
+        self.check(ENGLISH, LANG='de_DE.UTF-8', LC_ALL='en_GB.UTF-8')
+
+    def test_english_is_spoken_for_want_of_a_catalogue(self):
+        self.check(ENGLISH, LANG='fr_FR.UTF-8')
+
+    def test_packages_are_changed_in_german(self):
+        # Here numbers have a comma.
+        locales = os.path.join(self.scratch, 'locales')
+        os.mkdir(locales)
+        subprocess.run(['localedef', '-i', 'de_DE', '-f', 'UTF-8', os.path.join(locales, 'de_DE.UTF-8')], check=True)
+        with open(os.path.join(self.sandbox.root, 'etc', 'yum.conf'), 'a') as stream:
+            stream.write('bandwidth=8.5M\nthrottle=90.5%\n')
+        environment = {'LC_ALL': 'de_DE.UTF-8', 'LOCPATH': locales}
+        comma = subprocess.run(['printf', '%.1f', '1,5'], env=dict(os.environ, **environment), check=True,
+                               stdout=subprocess.PIPE).stdout
+        self.assertEqual(comma, b'1,5')
+        with self.program('--state=all', '--groups', environment=environment, unset=['LANGUAGE']) as program:
+            window = program.main()
+            wait_for(lambda: driver.enabled(window.button('Neu laden')), 'the packages')
+            self.assertEqual(menus(window), GERMAN)
+            self.picture('german-main-window')
+            for name in ('pergola', 'anvil-make'):
+                window.set_filter('^' + name + ' ')
+                wait_for(lambda: window.names() == [name], name + ' alone')
+                size = window.cell(0, driver.SIZE).name
+                self.assertRegex(size, r'^(\d\.\d|\d+)(b|Kb)$')
+                x, y = driver.place(window.visible_cell(name, driver.ACTION))
+                driver.click_at(x, y)
+                wait_for(lambda: window.cell(0, driver.ACTION).name in ('Installieren', 'Aktualisieren'), 'the mark')
+            window.click_button('Aktionen anwenden')
+            dialog = program.window('Anwenden')
+            self.picture('german-confirmation')
+            lines = dialog.text().splitlines()
+            self.assertEqual(lines[0], 'Die Transaktion umfasst:')
+            self.assertIn('\tInstallieren: pergola 6.1-1 (x86_64) [sandbox-http]', lines)
+            self.assertIn('\tAktualisieren: anvil-make 4.2-2 (x86_64) [sandbox-updates]', lines)
+            self.assertRegex(lines[-1], r'^Größe nach der Installation: (\d\.\d|\d+)(b|Kb)$')
+            dialog.click_button('OK')
+            wait_for(lambda: any(package.startswith('pergola-6.1-1') for package in self.sandbox.installed()),
+                     'the package')
+            # Read anew.
+            wait_for(lambda: window.cell(0, driver.REPOSITORY).name == '@System', 'the updated package')
+            wait_for(lambda: driver.enabled(window.button('Neu laden')), 'the packages')
+            # The keys are the same in all languages.
+            driver.key('ctrl+l')
+            log = program.window('VYRE – Protokoll')
+            log.wait_settled()
+
+            def logged():
+                # The spin box has a text too.
+                text = max(map(driver.text_of, log.find_all(driver.pyatspi.ROLE_TEXT)), key=len)
+                return 'Initialisierung' in text and text
+            text = wait_for(logged, 'the text of the log')
+            for line in ('Initialisierung', 'Aktionen werden angewendet', 'Anwenden: OK'):
+                self.assertIn(line, text.splitlines())
+            # What there is to complain of is the repository that cannot be reached.
+            self.assertNotIn('Fehler', text)
+            self.assertNotIn('bandwidth', text)
+            self.assertNotIn('throttle', text)
+            self.picture('german-log')
+            log.click_button('Schließen')
+            program.no_window(log.title)
+            driver.key('ctrl+q')
+            self.assertEqual(program.wait(), 0)
+            self.assertEqual(program.complaints(), '')
+
+
+journey.main()

@@ -1,0 +1,2240 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name>Colors</name>
+    <message>
+        <source>blue</source>
+        <translation>blue</translation>
+    </message>
+    <message>
+        <source>red</source>
+        <translation>red</translation>
+    </message>
+    <message>
+        <source>#ffa9b8</source>
+        <translation>#ffa9b8</translation>
+    </message>
+    <message>
+        <source>darkorange</source>
+        <translation>darkorange</translation>
+    </message>
+    <message>
+        <source>#8b5a2b</source>
+        <translation>#8b5a2b</translation>
+    </message>
+    <message>
+        <source>#ffbd94</source>
+        <translation>#ffbd94</translation>
+    </message>
+    <message>
+        <source>green</source>
+        <translation>green</translation>
+    </message>
+    <message>
+        <source>#fffacd</source>
+        <translation>#fffacd</translation>
+    </message>
+    <message>
+        <source>#ff6060</source>
+        <translation>#ff6060</translation>
+    </message>
+    <message>
+        <source>yellow</source>
+        <translation>yellow</translation>
+    </message>
+    <message>
+        <source>lightgreen</source>
+        <translation>lightgreen</translation>
+    </message>
+</context>
+<context>
+    <name>Execute</name>
+    <message>
+        <source>Help</source>
+        <translation>Hilfe</translation>
+    </message>
+    <message>
+        <source>fork() failed; errno = %1 (%2)</source>
+        <translation>fork() ist fehlgeschlagen; errno = %1 (%2)</translation>
+    </message>
+</context>
+<context>
+    <name>Fonts</name>
+    <message>
+        <source>Bitstream Vera Sans Mono</source>
+        <translation>Bitstream Vera Sans Mono</translation>
+    </message>
+    <message>
+        <source>DejaVu Sans Mono</source>
+        <translation>DejaVu Sans Mono</translation>
+    </message>
+    <message>
+        <source>Monospace</source>
+        <translation>Monospace</translation>
+    </message>
+    <message>
+        <source>Courier</source>
+        <translation>Courier</translation>
+    </message>
+</context>
+<context>
+    <name>HProgressBar</name>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+</context>
+<context>
+    <name>Log::Window</name>
+    <message>
+        <source>VYRE Log</source>
+        <translation>VYRE – Protokoll</translation>
+    </message>
+    <message>
+        <source>Threshold beyond which more detailed log messages are omitted.
+Higher levels show more detail.
+The valid range is 0 .. %1.
+The default is %2.
+Higher levels contain debug information.
+This corresponds to yum&apos;s debuglevel (-d) option.</source>
+        <translation>Bis zu welcher Stufe Meldungen angezeigt werden.
+Höhere Stufen zeigen mehr Einzelheiten.
+Möglich sind 0 .. %1.
+Vorgegeben ist %2.
+Höhere Stufen enthalten auch Angaben zur Fehlersuche.
+Das entspricht der Option debuglevel (-d) von yum.</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Schließen</translation>
+    </message>
+    <message>
+        <source>Close the Log Window</source>
+        <translation>Das Protokoll schließen</translation>
+    </message>
+    <message>
+        <source>Detail level</source>
+        <translation>Ausführlichkeit</translation>
+    </message>
+    <message>
+        <source>&lt;/font&gt;</source>
+        <translation>&lt;/font&gt;</translation>
+    </message>
+    <message>
+        <source>&lt;font&gt;</source>
+        <translation>&lt;font&gt;</translation>
+    </message>
+    <message>
+        <source>&lt;font color=&quot;%1&quot;&gt;</source>
+        <translation>&lt;font color=&quot;%1&quot;&gt;</translation>
+    </message>
+    <message>
+        <source>&lt;h2&gt;&lt;font color=&quot;%1&quot;&gt;</source>
+        <translation>&lt;h2&gt;&lt;font color=&quot;%1&quot;&gt;</translation>
+    </message>
+    <message>
+        <source>&lt;/font&gt;&lt;/h2&gt;</source>
+        <translation>&lt;/font&gt;&lt;/h2&gt;</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>VYRE - %1</source>
+        <translation>VYRE - %1</translation>
+    </message>
+    <message>
+        <source>&amp;Program</source>
+        <translation>&amp;Programm</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>Ctrl+Q</source>
+        <translation>Ctrl+Q</translation>
+    </message>
+    <message>
+        <source>&amp;Windows</source>
+        <translation>&amp;Fenster</translation>
+    </message>
+    <message>
+        <source>&amp;Log</source>
+        <translation>&amp;Protokoll</translation>
+    </message>
+    <message>
+        <source>Ctrl+L</source>
+        <translation>Ctrl+L</translation>
+    </message>
+    <message>
+        <source>&amp;Repositories</source>
+        <translation>Paket&amp;quellen</translation>
+    </message>
+    <message>
+        <source>&amp;Edit Configuration</source>
+        <translation>&amp;Konfiguration bearbeiten</translation>
+    </message>
+    <message>
+        <source>Ctrl+E</source>
+        <translation>Ctrl+E</translation>
+    </message>
+    <message>
+        <source>&amp;Cache</source>
+        <translation>&amp;Cache</translation>
+    </message>
+    <message>
+        <source>Clean dbcache</source>
+        <translation>dbcache leeren</translation>
+    </message>
+    <message>
+        <source>Clean Packages</source>
+        <translation>Pakete löschen</translation>
+    </message>
+    <message>
+        <source>Clean Metadata</source>
+        <translation>Metadaten löschen</translation>
+    </message>
+    <message>
+        <source>Clean All</source>
+        <translation>Alles löschen</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>Manual (html)</source>
+        <translation>Handbuch (HTML)</translation>
+    </message>
+    <message>
+        <source>Manual (PDF)</source>
+        <translation>Handbuch (PDF)</translation>
+    </message>
+    <message>
+        <source>&amp;About</source>
+        <translation>&amp;Über VYRE</translation>
+    </message>
+    <message>
+        <source>Packages</source>
+        <translation>Pakete</translation>
+    </message>
+    <message>
+        <source>Whole operation</source>
+        <translation>Gesamter Vorgang</translation>
+    </message>
+    <message>
+        <source>Current step</source>
+        <translation>Laufender Schritt</translation>
+    </message>
+    <message>
+        <source>Filter</source>
+        <translation>Filtern</translation>
+    </message>
+    <message>
+        <source>Search</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>Regular expression</source>
+        <translation>Regulärer Ausdruck</translation>
+    </message>
+    <message>
+        <source>View Updatable</source>
+        <translation>Aktualisierbare</translation>
+    </message>
+    <message>
+        <source>View Installable</source>
+        <translation>Installierbare</translation>
+    </message>
+    <message>
+        <source>View Removable</source>
+        <translation>Entfernbare</translation>
+    </message>
+    <message>
+        <source>View All</source>
+        <translation>Alle</translation>
+    </message>
+    <message>
+        <source>Filter for those packages which are eligible for updating,
+for installing, or for removing; or show all packages</source>
+        <translation>Nur die Pakete anzeigen, die aktualisiert, installiert
+oder entfernt werden können; oder alle Pakete</translation>
+    </message>
+    <message>
+        <source>Include Duplicates</source>
+        <translation>Mit Duplikaten</translation>
+    </message>
+    <message>
+        <source>Whether or not filter should include packages with duplicate names.
+If unchecked, the package with the architecture closest to the base architecture is shown.</source>
+        <translation>Ob Pakete mit gleichem Namen alle angezeigt werden.
+Sonst steht nur das da, dessen Architektur der des Systems am nächsten ist.</translation>
+    </message>
+    <message>
+        <source>Include Groups</source>
+        <translation>Mit Gruppen</translation>
+    </message>
+    <message>
+        <source>Whether or not filter should include package groups</source>
+        <translation>Ob auch Paketgruppen angezeigt werden</translation>
+    </message>
+    <message>
+        <source>&amp;Describe</source>
+        <translation>&amp;Beschreiben</translation>
+    </message>
+    <message>
+        <source>Pop up a window with a detailed description of the currently selected package</source>
+        <translation>Ein Fenster mit einer ausführlichen Beschreibung des ausgewählten Pakets öffnen</translation>
+    </message>
+    <message>
+        <source>Re&amp;size</source>
+        <translation>Anpa&amp;ssen</translation>
+    </message>
+    <message>
+        <source>Resize the columns and window to optimal values</source>
+        <translation>Die Spalten und das Fenster auf die günstigste Größe bringen</translation>
+    </message>
+    <message>
+        <source>Re&amp;fresh</source>
+        <translation>&amp;Neu laden</translation>
+    </message>
+    <message>
+        <source>Refresh the list of installed packages and packages available for update.
+Use this to check for new updates in repositories, or if any packages were installed manually.</source>
+        <translation>Die installierten und die verfügbaren Pakete neu einlesen.
+Das zeigt neue Aktualisierungen der Paketquellen, und was ohne dieses Programm installiert wurde.</translation>
+    </message>
+    <message>
+        <source>Set &amp;Install/Update of Selected</source>
+        <translation>Auswahl &amp;vormerken</translation>
+    </message>
+    <message>
+        <source>Sets the Action for all selected packages which are Not Installed to Install, and
+sets the Action for all selected packages which are Installed but Out-of-date to Update.
+Does not Apply Actions automatically.</source>
+        <translation>Merkt alle ausgewählten Pakete, die nicht installiert sind, zum Installieren vor
+und alle ausgewählten, die installiert, aber veraltet sind, zum Aktualisieren.
+Die Aktionen werden damit noch nicht angewendet.</translation>
+    </message>
+    <message>
+        <source>Set &amp;Update of Listed</source>
+        <translation>Akt&amp;ualisierungen vormerken</translation>
+    </message>
+    <message>
+        <source>Sets the Action to Update for any packages which are Installed but Out-of-date,
+and which are currently listed based on the the Mode, Filter, Search, State, Duplicates, and Groups settings.
+Does not Apply Actions automatically.</source>
+        <translation>Merkt alle Pakete, die installiert, aber veraltet sind, zum Aktualisieren vor,
+soweit sie nach Modus, Ausdruck, Zustand, Duplikaten und Gruppen gerade angezeigt werden.
+Die Aktionen werden damit noch nicht angewendet.</translation>
+    </message>
+    <message>
+        <source>&amp;Clear Actions</source>
+        <translation>Aktionen ver&amp;werfen</translation>
+    </message>
+    <message>
+        <source>Clears all specified Actions (Updates, Installs, and Removals)</source>
+        <translation>Verwirft alle vorgemerkten Aktionen (Aktualisieren, Installieren und Entfernen)</translation>
+    </message>
+    <message>
+        <source>&amp;Apply Actions</source>
+        <translation>Aktionen &amp;anwenden</translation>
+    </message>
+    <message>
+        <source>Applies the specified Actions (Updates, Installs, and Removals)</source>
+        <translation>Wendet die vorgemerkten Aktionen an (Aktualisieren, Installieren und Entfernen)</translation>
+    </message>
+    <message>
+        <source>The packages could not be read.
+The Log window (Ctrl+L) tells why.</source>
+        <translation>Die Pakete konnten nicht gelesen werden.
+Das Protokoll (Strg+L) nennt den Grund.</translation>
+    </message>
+    <message>
+        <source>This is not a valid regular expression.</source>
+        <translation>Das ist kein gültiger regulärer Ausdruck.</translation>
+    </message>
+    <message>
+        <source>No package has an update.</source>
+        <translation>Für kein Paket gibt es eine Aktualisierung.</translation>
+    </message>
+    <message>
+        <source>No package matches.</source>
+        <translation>Kein Paket passt dazu.</translation>
+    </message>
+    <message>
+        <source>Clean RPM dbcache files (solv/solvx databases constructed from the metadata) cached locally in %1</source>
+        <translation>Die dbcache-Dateien (aus den Metadaten erzeugte solv/solvx-Datenbanken) im Cache %1 löschen</translation>
+    </message>
+    <message>
+        <source>Clean RPM packages cached locally in %1
+(useful for recovering disk space)</source>
+        <translation>Die RPM-Pakete im Cache %1 löschen
+(schafft Platz auf dem Datenträger)</translation>
+    </message>
+    <message>
+        <source>Clean metadata (mostly XML or compressed XML) cached locally in %1</source>
+        <translation>Die Metadaten (meist XML oder komprimiertes XML) im Cache %1 löschen</translation>
+    </message>
+    <message>
+        <source>Clean all data cached locally in %1</source>
+        <translation>Alle Daten im Cache %1 löschen</translation>
+    </message>
+    <message>
+        <source>Reading the packages...</source>
+        <translation>Die Pakete werden gelesen ...</translation>
+    </message>
+    <message>
+        <source>The manual is not installed: there is no file %1</source>
+        <translation>Das Handbuch ist nicht installiert: Es gibt keine Datei %1</translation>
+    </message>
+    <message>
+        <source>About</source>
+        <translation>Über VYRE</translation>
+    </message>
+    <message>
+        <source>&lt;h3&gt;VYRE %1&lt;/h3&gt;&lt;hr&gt;&lt;p&gt;VYRE, Vyrecraft, is a graphical user interface which allows a user to make modifications to the installed rpm packages on a system.&lt;/p&gt;&lt;p&gt;Capabilities:&lt;p&gt;&lt;ul&gt;&lt;li&gt;Install new packages or update existing packages by downloading them from a yum package repository&lt;/li&gt;&lt;li&gt;Remove existing packages.&lt;/li&gt;&lt;li&gt;Configure sets of repositories from which to obtain new and updated packages.&lt;/li&gt;&lt;li&gt;Examine installed packages or packages available for installation or update&lt;/li&gt;&lt;li&gt;Install, update, or remove groups of packages&lt;/li&gt;&lt;li&gt;Install or update suites of packages&lt;/li&gt;&lt;/ul&gt;&lt;p&gt;More is told at &lt;a href=&quot;https://vyre.example/&quot;&gt;https://vyre.example/&lt;/a&gt;.&lt;/p&gt;</source>
+        <translation>&lt;h3&gt;VYRE %1&lt;/h3&gt;&lt;hr&gt;&lt;p&gt;VYRE, Vyrecraft, ist eine grafische Oberfläche, mit der die auf einem System installierten rpm-Pakete verändert werden können.&lt;/p&gt;&lt;p&gt;Möglichkeiten:&lt;p&gt;&lt;ul&gt;&lt;li&gt;Neue Pakete installieren oder vorhandene aktualisieren, die dazu aus einer yum-Paketquelle heruntergeladen werden&lt;/li&gt;&lt;li&gt;Vorhandene Pakete entfernen&lt;/li&gt;&lt;li&gt;Die Paketquellen einrichten, aus denen neue und aktualisierte Pakete kommen&lt;/li&gt;&lt;li&gt;Installierte und verfügbare Pakete und Aktualisierungen ansehen&lt;/li&gt;&lt;li&gt;Gruppen von Paketen installieren, aktualisieren oder entfernen&lt;/li&gt;&lt;li&gt;Suiten von Paketen installieren oder aktualisieren&lt;/li&gt;&lt;/ul&gt;&lt;p&gt;Mehr dazu steht auf &lt;a href=&quot;https://vyre.example/&quot;&gt;https://vyre.example/&lt;/a&gt;.&lt;/p&gt;</translation>
+    </message>
+    <message>
+        <source>Regular expression to compare to all fields of a package</source>
+        <translation>Regulärer Ausdruck, mit dem alle Felder eines Pakets verglichen werden</translation>
+    </message>
+    <message>
+        <source>Regular expression filter matching textual fields visible in the table</source>
+        <translation>Regulärer Ausdruck, mit dem die Textspalten der Tabelle verglichen werden</translation>
+    </message>
+    <message>
+        <source>Perform the search for the regular expression specified to the left</source>
+        <translation>Nach dem regulären Ausdruck links suchen</translation>
+    </message>
+    <message>
+        <source>Apply the filter specified to the left</source>
+        <translation>Nach dem Ausdruck links filtern</translation>
+    </message>
+    <message>
+        <source>Specify the method for using a regular expression to select packages in the table:
+	Filter uses the textual fields visible in the table, as if they were separated by spaces.
+	Search uses all fields in packages, including list of Files, Change Log, Requires, etc.,
+	independently.  It is considerably slower.</source>
+        <translation>Wie der reguläre Ausdruck die Pakete der Tabelle auswählt:
+	Filtern vergleicht die Textspalten der Tabelle, als wären sie durch Leerzeichen getrennt.
+	Suchen vergleicht alle Felder der Pakete, auch Dateien, Änderungsprotokoll, Abhängigkeiten usw.,
+	jedes für sich.  Das dauert erheblich länger.</translation>
+    </message>
+    <message>
+        <source>%1 (Must load extra data.)</source>
+        <translation>%1 (Weitere Daten müssen geladen werden.)</translation>
+    </message>
+    <message>
+        <source>Unlisted Actions</source>
+        <translation>Verdeckte Aktionen</translation>
+    </message>
+    <message>
+        <source>Some packages have actions specified, but because of the current
+Mode, Filter, Search, State, Duplicates, and Groups settings,
+these packages are not listed currently.
+Pressing Apply will cause these actions to occur nonetheless.</source>
+        <translation>Einige Pakete sind für Aktionen vorgemerkt, werden aber
+wegen der Einstellungen für Modus, Ausdruck, Zustand,
+Duplikate und Gruppen gerade nicht angezeigt.
+„Aktionen anwenden“ führt diese Aktionen trotzdem aus.</translation>
+    </message>
+</context>
+<context>
+    <name>Metadata</name>
+    <message>
+        <source>&quot;%1&quot; where &quot;%2&quot; is expected</source>
+        <translation>„%1“ statt „%2“</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::ActionContextMenu</name>
+    <message>
+        <source>&amp;Update</source>
+        <translation>&amp;Aktualisieren</translation>
+    </message>
+    <message>
+        <source>&amp;Install</source>
+        <translation>&amp;Installieren</translation>
+    </message>
+    <message>
+        <source>&amp;Remove</source>
+        <translation>&amp;Entfernen</translation>
+    </message>
+    <message>
+        <source>&amp;No Action</source>
+        <translation>&amp;Keine Aktion</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::Describe::Dialog</name>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>VYRE Package Description</source>
+        <translation>VYRE – Paketbeschreibung</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::Describe::Instance::Area</name>
+    <message>
+        <source>Version</source>
+        <translation>Version</translation>
+    </message>
+    <message>
+        <source>Architecture</source>
+        <translation>Architektur</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>Größe</translation>
+    </message>
+    <message>
+        <source>Build Time</source>
+        <translation>Erstellt am</translation>
+    </message>
+    <message>
+        <source>Packager</source>
+        <translation>Paketierer</translation>
+    </message>
+    <message>
+        <source>Kind</source>
+        <translation>Art</translation>
+    </message>
+    <message>
+        <source>Repository</source>
+        <translation>Paketquelle</translation>
+    </message>
+    <message>
+        <source>Details</source>
+        <translation>Einzelheiten</translation>
+    </message>
+    <message>
+        <source>Summary</source>
+        <translation>Zusammenfassung</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <source>Group</source>
+        <translation>Gruppe</translation>
+    </message>
+    <message>
+        <source>Vendor</source>
+        <translation>Anbieter</translation>
+    </message>
+    <message>
+        <source>Build Host</source>
+        <translation>Erstellt auf</translation>
+    </message>
+    <message>
+        <source>Install Time</source>
+        <translation>Installiert am</translation>
+    </message>
+    <message>
+        <source>Binary RPM</source>
+        <translation>Binär-RPM</translation>
+    </message>
+    <message>
+        <source>Source RPM</source>
+        <translation>Quell-RPM</translation>
+    </message>
+    <message>
+        <source>License</source>
+        <translation>Lizenz</translation>
+    </message>
+    <message>
+        <source>URL</source>
+        <translation>URL</translation>
+    </message>
+    <message>
+        <source>Relocations</source>
+        <translation>Verschiebbar</translation>
+    </message>
+    <message>
+        <source>Provides</source>
+        <translation>Stellt bereit</translation>
+    </message>
+    <message>
+        <source>Requires (pre)</source>
+        <translation>Benötigt (vorab)</translation>
+    </message>
+    <message>
+        <source>Requires</source>
+        <translation>Benötigt</translation>
+    </message>
+    <message>
+        <source>Conflicts</source>
+        <translation>Konflikte</translation>
+    </message>
+    <message>
+        <source>Obsoletes</source>
+        <translation>Ersetzt</translation>
+    </message>
+    <message>
+        <source>Recommends</source>
+        <translation>Empfiehlt</translation>
+    </message>
+    <message>
+        <source>Suggests</source>
+        <translation>Schlägt vor</translation>
+    </message>
+    <message>
+        <source>Supplements</source>
+        <translation>Ergänzt</translation>
+    </message>
+    <message>
+        <source>Enhances</source>
+        <translation>Erweitert</translation>
+    </message>
+    <message>
+        <source>Show</source>
+        <translation>Anzeigen</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Dateien</translation>
+    </message>
+    <message>
+        <source>Change Log</source>
+        <translation>Änderungsprotokoll</translation>
+    </message>
+    <message>
+        <source>Mandatory Packages</source>
+        <translation>Notwendige Pakete</translation>
+    </message>
+    <message>
+        <source>Default Packages</source>
+        <translation>Standardpakete</translation>
+    </message>
+    <message>
+        <source>Optional Packages</source>
+        <translation>Optionale Pakete</translation>
+    </message>
+    <message>
+        <source>Conditional Packages</source>
+        <translation>Bedingte Pakete</translation>
+    </message>
+    <message>
+        <source>%1 (must load extra data)</source>
+        <translation>%1 (weitere Daten müssen geladen werden)</translation>
+    </message>
+    <message>
+        <source>%1 %2 File List</source>
+        <translation>Dateiliste von %1 %2</translation>
+    </message>
+    <message>
+        <source>%1 %2 Change Log</source>
+        <translation>Änderungsprotokoll von %1 %2</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::Describe::Instance::RepoDialog</name>
+    <message>
+        <source>VYRE Repository Description</source>
+        <translation>VYRE – Beschreibung der Paketquelle</translation>
+    </message>
+    <message>
+        <source>Browse Repository</source>
+        <translation>Paketquelle im Browser öffnen</translation>
+    </message>
+    <message>
+        <source>Browse the first URL specified for the selected repository using an external web browser</source>
+        <translation>Die erste URL der ausgewählten Paketquelle in einem Webbrowser öffnen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>URLs</source>
+        <translation>URLs</translation>
+    </message>
+    <message>
+        <source>Mirror list URL</source>
+        <translation>URL der Spiegelliste</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::Model</name>
+    <message>
+        <source>Action</source>
+        <translation>Aktion</translation>
+    </message>
+    <message>
+        <source>Action to be performed on the package, if any: Update, Install, Remove</source>
+        <translation>Was mit dem Paket geschehen soll, wenn etwas: Aktualisieren, Installieren, Entfernen</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>Indicates whether the package is Installed or not and, if installed, whether it is Up-to-date or not</source>
+        <translation>Ob das Paket installiert ist, und wenn ja, ob es aktuell ist</translation>
+    </message>
+    <message>
+        <source>Kind</source>
+        <translation>Art</translation>
+    </message>
+    <message>
+        <source>Whether the package is an ordinary package, a suite of packages, or a group of packages</source>
+        <translation>Ob es ein gewöhnliches Paket, eine Suite von Paketen oder eine Gruppe von Paketen ist</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Name of the package</source>
+        <translation>Name des Pakets</translation>
+    </message>
+    <message>
+        <source>Version</source>
+        <translation>Version</translation>
+    </message>
+    <message>
+        <source>Version and release of the package as version-release;
+If the Epoch is non-zero, includes it as epoch:version-release</source>
+        <translation>Version und Release des Pakets als Version-Release;
+bei einer Epoche ungleich null als Epoche:Version-Release</translation>
+    </message>
+    <message>
+        <source>Repository</source>
+        <translation>Paketquelle</translation>
+    </message>
+    <message>
+        <source>Repository from which the most recent version of the package is available</source>
+        <translation>Paketquelle mit der neuesten Version des Pakets</translation>
+    </message>
+    <message>
+        <source>Architecture</source>
+        <translation>Architektur</translation>
+    </message>
+    <message>
+        <source>Architecture for which the package is applicable, or &quot;noarch&quot; for general-purpose packages</source>
+        <translation>Architektur, für die das Paket bestimmt ist, oder „noarch“ bei Paketen für alle</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>Größe</translation>
+    </message>
+    <message>
+        <source>Size of the package</source>
+        <translation>Größe des Pakets</translation>
+    </message>
+    <message>
+        <source>Build Time</source>
+        <translation>Erstellt am</translation>
+    </message>
+    <message>
+        <source>Date and time at which the package was created</source>
+        <translation>Tag und Uhrzeit, zu der das Paket erstellt wurde</translation>
+    </message>
+    <message>
+        <source>Update package</source>
+        <translation>Paket aktualisieren</translation>
+    </message>
+    <message>
+        <source>Install package</source>
+        <translation>Paket installieren</translation>
+    </message>
+    <message>
+        <source>Remove package</source>
+        <translation>Paket entfernen</translation>
+    </message>
+    <message>
+        <source>Package is available for installation</source>
+        <translation>Das Paket kann installiert werden</translation>
+    </message>
+    <message>
+        <source>Package is installed and up-to-date</source>
+        <translation>Das Paket ist installiert und aktuell</translation>
+    </message>
+    <message>
+        <source>Package is available to update an out-of-date version</source>
+        <translation>Das Paket ist veraltet und kann aktualisiert werden</translation>
+    </message>
+    <message>
+        <source>Group of packages</source>
+        <translation>Gruppe von Paketen</translation>
+    </message>
+    <message>
+        <source>Ordinary package</source>
+        <translation>Gewöhnliches Paket</translation>
+    </message>
+    <message>
+        <source>Suite of packages</source>
+        <translation>Suite von Paketen</translation>
+    </message>
+    <message>
+        <source>Installed: %1
+</source>
+        <translation>Installiert: %1
+</translation>
+    </message>
+    <message>
+        <source>Available: %1
+</source>
+        <translation>Verfügbar: %1
+</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::OtherContextMenu</name>
+    <message>
+        <source>&amp;Describe</source>
+        <translation>&amp;Beschreiben</translation>
+    </message>
+    <message>
+        <source>Browse Repository</source>
+        <translation>Paketquelle im Browser öffnen</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::SortFilterProxyModel</name>
+    <message>
+        <source>Update</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Install</source>
+        <translation>Installieren</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>No Action</source>
+        <translation>Keine Aktion</translation>
+    </message>
+    <message>
+        <source>Out-of-date</source>
+        <translation>Veraltet</translation>
+    </message>
+    <message>
+        <source>Up-to-date</source>
+        <translation>Aktuell</translation>
+    </message>
+    <message>
+        <source>Not Installed</source>
+        <translation>Nicht installiert</translation>
+    </message>
+    <message>
+        <source>Group</source>
+        <translation>Gruppe</translation>
+    </message>
+    <message>
+        <source>Suite</source>
+        <translation>Suite</translation>
+    </message>
+    <message>
+        <source>Package</source>
+        <translation>Paket</translation>
+    </message>
+</context>
+<context>
+    <name>Progress::Minion</name>
+    <message>
+        <source>%1 downloads</source>
+        <translation>Downloads: %1</translation>
+    </message>
+    <message>
+        <source>Complete</source>
+        <translation>Fertig</translation>
+    </message>
+    <message>
+        <source>Retrying</source>
+        <translation>Neuer Versuch</translation>
+    </message>
+    <message>
+        <source>In Progress</source>
+        <translation>Läuft</translation>
+    </message>
+    <message>
+        <source>%1 / %2 (%3%)</source>
+        <translation>%1 / %2 (%3%)</translation>
+    </message>
+    <message>
+        <source>Not Started Yet</source>
+        <translation>Noch nicht begonnen</translation>
+    </message>
+</context>
+<context>
+    <name>QDialogButtonBox</name>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+</context>
+<context>
+    <name>RepoAuth::Dialog</name>
+    <message>
+        <source>VYRE Authentication</source>
+        <translation>VYRE – Anmeldung</translation>
+    </message>
+    <message>
+        <source>Some configured repositories require authentication</source>
+        <translation>Einige Paketquellen verlangen eine Anmeldung</translation>
+    </message>
+    <message>
+        <source>Identifier</source>
+        <translation>Kennung</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>URLs</source>
+        <translation>URLs</translation>
+    </message>
+    <message>
+        <source>Mirror list URL</source>
+        <translation>URL der Spiegelliste</translation>
+    </message>
+    <message>
+        <source>Authentication name for a repository using the vantor authentication method</source>
+        <translation>Anmeldename für eine Paketquelle mit Vantor-Anmeldung</translation>
+    </message>
+    <message>
+        <source>Authentication password for a repository using the vantor authentication method</source>
+        <translation>Passwort für eine Paketquelle mit Vantor-Anmeldung</translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>Disable for Session</source>
+        <translation>Für diese Sitzung abschalten</translation>
+    </message>
+    <message>
+        <source>Skip All</source>
+        <translation>Alle überspringen</translation>
+    </message>
+    <message>
+        <source>Apply to All</source>
+        <translation>Auf alle anwenden</translation>
+    </message>
+    <message>
+        <source>Apply to All with this Host</source>
+        <translation>Auf alle dieses Servers anwenden</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Password</source>
+        <translation>Passwort</translation>
+    </message>
+</context>
+<context>
+    <name>RepoBrowse</name>
+    <message>
+        <source>Error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>Repository configuration has no URL</source>
+        <translation>Für die Paketquelle ist keine URL angegeben</translation>
+    </message>
+    <message>
+        <source>There is no configured repository &quot;%1&quot;</source>
+        <translation>Es gibt keine Paketquelle „%1“</translation>
+    </message>
+</context>
+<context>
+    <name>RepoEditor::Config</name>
+    <message>
+        <source>Identifier</source>
+        <translation>Kennung</translation>
+    </message>
+    <message>
+        <source>Unique identifier for the repository</source>
+        <translation>Eindeutige Kennung der Paketquelle</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Description of the repository</source>
+        <translation>Beschreibung der Paketquelle</translation>
+    </message>
+    <message>
+        <source>URLs</source>
+        <translation>URLs</translation>
+    </message>
+    <message>
+        <source>List of URLs to the repository.
+If more than one is specified, they all should be identical mirrors,
+and will provide redundancy if some URLs are unreachable.</source>
+        <translation>Liste der URLs der Paketquelle.
+Sind es mehrere, so sollten sie alle denselben Inhalt haben;
+sie ersetzen einander, wenn einige davon nicht erreichbar sind.</translation>
+    </message>
+    <message>
+        <source>Mirror list URL</source>
+        <translation>URL der Spiegelliste</translation>
+    </message>
+    <message>
+        <source>URL to a file containing a list of URLs to the repository.</source>
+        <translation>URL einer Datei mit einer Liste von URLs der Paketquelle.</translation>
+    </message>
+    <message>
+        <source>Vantor Authentication</source>
+        <translation>Vantor-Anmeldung</translation>
+    </message>
+    <message>
+        <source>Authentication name for a repository using the vantor authentication method</source>
+        <translation>Anmeldename für eine Paketquelle mit Vantor-Anmeldung</translation>
+    </message>
+    <message>
+        <source>Password</source>
+        <translation>Passwort</translation>
+    </message>
+    <message>
+        <source>Authentication password for a repository using the vantor authentication method</source>
+        <translation>Passwort für eine Paketquelle mit Vantor-Anmeldung</translation>
+    </message>
+    <message>
+        <source>Repository Options</source>
+        <translation>Optionen der Paketquelle</translation>
+    </message>
+    <message>
+        <source>Any other yum options for this repository.  See yum.conf(5)</source>
+        <translation>Alle weiteren yum-Optionen dieser Paketquelle.  Siehe yum.conf(5)</translation>
+    </message>
+    <message>
+        <source>Other Options:</source>
+        <translation>Weitere Optionen:</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+    <message>
+        <source>Default</source>
+        <translation>Standard</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>Enabled</source>
+        <translation>Eingeschaltet</translation>
+    </message>
+    <message>
+        <source>Whether or not the repository is enabled for use</source>
+        <translation>Ob die Paketquelle benutzt wird</translation>
+    </message>
+    <message>
+        <source>Check GPG Keys</source>
+        <translation>GPG-Signaturen prüfen</translation>
+    </message>
+    <message>
+        <source>Whether or not GPG key signatures of packages from the repository are checked to ensure authenticity</source>
+        <translation>Ob die GPG-Signaturen der Pakete dieser Quelle geprüft werden, um ihre Echtheit sicherzustellen</translation>
+    </message>
+    <message>
+        <source>Configuration File (expert)</source>
+        <translation>Für Fachleute: Konfigurationsdatei</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Name of the yum configuration file into which to place this repository configuration.
+If left blank, defaults to the repository&apos;s identifier</source>
+        <translation>Name der yum-Konfigurationsdatei, in der diese Paketquelle stehen soll.
+Bleibt das Feld leer, so ist es die Kennung der Paketquelle</translation>
+    </message>
+    <message>
+        <source>Sort Position</source>
+        <translation>Position</translation>
+    </message>
+    <message>
+        <source>A numeric sort key which determines the order of this repository configuration
+in a configuration file which contains multiple configurations</source>
+        <translation>Eine Zahl, nach der diese Paketquelle eingereiht wird,
+wenn mehrere in derselben Konfigurationsdatei stehen</translation>
+    </message>
+    <message>
+        <source>%1 %2</source>
+        <translation>%1 %2</translation>
+    </message>
+    <message>
+        <source>(Yes)</source>
+        <translation>(Ja)</translation>
+    </message>
+    <message>
+        <source>(No)</source>
+        <translation>(Nein)</translation>
+    </message>
+    <message>
+        <source>Identifier has brackets, line feeds or non-ASCII characters</source>
+        <translation>Die Kennung enthält Klammern, Zeilenumbrüche oder Nicht-ASCII-Zeichen</translation>
+    </message>
+    <message>
+        <source>Identifier main is reserved for the main section</source>
+        <translation>Die Kennung main ist dem Hauptabschnitt vorbehalten</translation>
+    </message>
+    <message>
+        <source>Other Options have a line that begins with a bracket</source>
+        <translation>In den weiteren Optionen beginnt eine Zeile mit einer Klammer</translation>
+    </message>
+    <message>
+        <source>Other Options begin with a blank</source>
+        <translation>Die weiteren Optionen beginnen mit einem Leerzeichen</translation>
+    </message>
+    <message>
+        <source>No Identifier specified</source>
+        <translation>Keine Kennung angegeben</translation>
+    </message>
+    <message>
+        <source>No URLs or Mirror list URL specified</source>
+        <translation>Weder URLs noch URL der Spiegelliste angegeben</translation>
+    </message>
+    <message>
+        <source>File is not in any reposdir directory</source>
+        <translation>Die Datei liegt in keinem reposdir-Verzeichnis</translation>
+    </message>
+    <message>
+        <source>File lacks .repo suffix</source>
+        <translation>Der Datei fehlt die Endung .repo</translation>
+    </message>
+    <message>
+        <source>No Vantor Authentication Name specified</source>
+        <translation>Kein Anmeldename der Vantor-Anmeldung angegeben</translation>
+    </message>
+    <message>
+        <source>No Vantor Authentication Password specified</source>
+        <translation>Kein Passwort der Vantor-Anmeldung angegeben</translation>
+    </message>
+</context>
+<context>
+    <name>RepoEditor::ConfigDialog</name>
+    <message>
+        <source>VYRE Repository Configuration</source>
+        <translation>VYRE – Konfiguration einer Paketquelle</translation>
+    </message>
+    <message>
+        <source>Reset</source>
+        <translation>Zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Undo changes to this repository configuration</source>
+        <translation>Die Änderungen an dieser Paketquelle verwerfen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Undo changes to this repository configuration and close the window</source>
+        <translation>Die Änderungen an dieser Paketquelle verwerfen und das Fenster schließen</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Apply changes to all repository configurations, and close the window</source>
+        <translation>Die Änderungen an allen Paketquellen anwenden und das Fenster schließen</translation>
+    </message>
+</context>
+<context>
+    <name>RepoEditor::ContextMenu</name>
+    <message>
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message>
+        <source>Browse Repository</source>
+        <translation>Paketquelle im Browser öffnen</translation>
+    </message>
+</context>
+<context>
+    <name>RepoEditor::Dialog</name>
+    <message>
+        <source>VYRE Repository Configuration Editor</source>
+        <translation>VYRE – Paketquellen bearbeiten</translation>
+    </message>
+    <message>
+        <source>Browse Repository</source>
+        <translation>Paketquelle im Browser öffnen</translation>
+    </message>
+    <message>
+        <source>Browse the first URL specified for the selected repository using an external web browser</source>
+        <translation>Die erste URL der ausgewählten Paketquelle in einem Webbrowser öffnen</translation>
+    </message>
+    <message>
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message>
+        <source>Edit the selected repository configuration</source>
+        <translation>Die ausgewählte Paketquelle bearbeiten</translation>
+    </message>
+    <message>
+        <source>Add</source>
+        <translation>Hinzufügen</translation>
+    </message>
+    <message>
+        <source>Create a new repository configuration from scratch</source>
+        <translation>Eine neue, leere Paketquelle anlegen</translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation>Kopieren</translation>
+    </message>
+    <message>
+        <source>Create a new repository configuration based on the selected repository</source>
+        <translation>Eine neue Paketquelle nach dem Muster der ausgewählten anlegen</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>Remove the selected repository configuration</source>
+        <translation>Die ausgewählte Paketquelle entfernen</translation>
+    </message>
+    <message>
+        <source>Two or more repositories have the Identifier, %1</source>
+        <translation>Mehrere Paketquellen haben die Kennung %1</translation>
+    </message>
+    <message>
+        <source>Reset All</source>
+        <translation>Alles zurücksetzen</translation>
+    </message>
+    <message>
+        <source>Undo changes to all repository configurations since the last Apply or opening of the dialog</source>
+        <translation>Die Änderungen an allen Paketquellen seit dem letzten Anwenden oder seit dem Öffnen des Fensters verwerfen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Undo changes to all repository configurations since the last Apply or opening of the dialog, and close the window</source>
+        <translation>Die Änderungen an allen Paketquellen seit dem letzten Anwenden oder seit dem Öffnen des Fensters verwerfen und das Fenster schließen</translation>
+    </message>
+    <message>
+        <source>Apply</source>
+        <translation>Anwenden</translation>
+    </message>
+    <message>
+        <source>Apply changes to all repository configurations, but do not close the window</source>
+        <translation>Die Änderungen an allen Paketquellen anwenden, ohne das Fenster zu schließen</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Apply changes to all repository configurations, and close the window</source>
+        <translation>Die Änderungen an allen Paketquellen anwenden und das Fenster schließen</translation>
+    </message>
+    <message>
+        <source>A repository has no Identifier</source>
+        <translation>Eine Paketquelle hat keine Kennung</translation>
+    </message>
+    <message>
+        <source>Unapplied Configuration Changes</source>
+        <translation>Noch nicht angewendete Änderungen</translation>
+    </message>
+</context>
+<context>
+    <name>RepoEditor::Model</name>
+    <message>
+        <source>Sess</source>
+        <translation>Sitz.</translation>
+    </message>
+    <message>
+        <source>Perm</source>
+        <translation>Dauer</translation>
+    </message>
+    <message>
+        <source>Identifier</source>
+        <translation>Kennung</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>Whether or not the repository is used during this session.
+It overrides the persistent Enabled flag in the repository configuration.</source>
+        <translation>Ob die Paketquelle in dieser Sitzung benutzt wird.
+Das geht dem dauerhaften Schalter „Eingeschaltet“ der Paketquelle vor.</translation>
+    </message>
+    <message>
+        <source>Whether or not the repository is configured to be enabled by default.
+It can be overridden for a particular session.</source>
+        <translation>Ob die Paketquelle dauerhaft eingeschaltet ist.
+Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
+    </message>
+    <message>
+        <source>Unique identifier for the repository</source>
+        <translation>Eindeutige Kennung der Paketquelle</translation>
+    </message>
+    <message>
+        <source>Description of the repository</source>
+        <translation>Beschreibung der Paketquelle</translation>
+    </message>
+    <message>
+        <source>Repository is enabled for this session</source>
+        <translation>Die Paketquelle wird in dieser Sitzung benutzt</translation>
+    </message>
+    <message>
+        <source>Repository is not enabled for this session</source>
+        <translation>Die Paketquelle wird in dieser Sitzung nicht benutzt</translation>
+    </message>
+    <message>
+        <source>Repository is configured to be enabled</source>
+        <translation>Die Paketquelle ist dauerhaft eingeschaltet</translation>
+    </message>
+    <message>
+        <source>Repository is not configured to be enabled</source>
+        <translation>Die Paketquelle ist dauerhaft ausgeschaltet</translation>
+    </message>
+</context>
+<context>
+    <name>RepoEditor::SortFilterProxyModel</name>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+</context>
+<context>
+    <name>RepoEditor::View</name>
+    <message>
+        <source>Repositories</source>
+        <translation>Paketquellen</translation>
+    </message>
+</context>
+<context>
+    <name>ScrollableErrorDialog</name>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>TextDialog</name>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>YumConfIO</name>
+    <message>
+        <source>Unable to read yum configuration file %1</source>
+        <translation>Die yum-Konfigurationsdatei %1 kann nicht gelesen werden</translation>
+    </message>
+    <message>
+        <source>Unable to stat repository configuration file %1</source>
+        <translation>Die Eigenschaften der Konfigurationsdatei %1 können nicht gelesen werden</translation>
+    </message>
+    <message>
+        <source>Unable to read repository configuration file %1</source>
+        <translation>Die Konfigurationsdatei %1 kann nicht gelesen werden</translation>
+    </message>
+    <message>
+        <source>Malformed section name in line: %1</source>
+        <translation>Fehlerhafter Abschnittsname in der Zeile: %1</translation>
+    </message>
+    <message>
+        <source>Error reading repository configuration file %1</source>
+        <translation>Fehler beim Lesen der Konfigurationsdatei %1</translation>
+    </message>
+    <message>
+        <source>A repository has no Identifier.  It will be removed.</source>
+        <translation>Eine Paketquelle hat keine Kennung.  Sie wird entfernt.</translation>
+    </message>
+    <message>
+        <source>Two or more repositories have the same Identifier(s), %1.  Only one repository will be applied for each Identifier.</source>
+        <translation>Mehrere Paketquellen haben dieselbe Kennung: %1.  Für jede Kennung wird nur eine Paketquelle angewendet.</translation>
+    </message>
+    <message>
+        <source>Repository Editor</source>
+        <translation>Paketquellen bearbeiten</translation>
+    </message>
+    <message>
+        <source>  Proceed?</source>
+        <translation>  Fortfahren?</translation>
+    </message>
+    <message>
+        <source>Unable to write repository configuration file %1</source>
+        <translation>Die Konfigurationsdatei %1 kann nicht geschrieben werden</translation>
+    </message>
+    <message>
+        <source>Unable to unlink repository configuration file %1</source>
+        <translation>Die Konfigurationsdatei %1 kann nicht gelöscht werden</translation>
+    </message>
+    <message>
+        <source>; errno = %1 (%2).</source>
+        <translation>; errno = %1 (%2).</translation>
+    </message>
+    <message>
+        <source>VYRE Repository Editor Error</source>
+        <translation>VYRE – Fehler beim Bearbeiten der Paketquellen</translation>
+    </message>
+</context>
+<context>
+    <name>YumIO</name>
+    <message>
+        <source>Unable to release yum lock</source>
+        <translation>Die Sperre von yum kann nicht freigegeben werden</translation>
+    </message>
+    <message>
+        <source>The root directory %1 does not exist</source>
+        <translation>Das Wurzelverzeichnis %1 gibt es nicht</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot import python datetime</source>
+        <translation>Interner Fehler: Das Python-Modul datetime kann nicht importiert werden</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot find python rpm module</source>
+        <translation>Interner Fehler: Das Python-Modul rpm ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot find python rpm dict</source>
+        <translation>Interner Fehler: Das Verzeichnis des Python-Moduls rpm ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Internal error: unable to open YumIO.py</source>
+        <translation>Interner Fehler: YumIO.py kann nicht geöffnet werden</translation>
+    </message>
+    <message>
+        <source>Internal error: unable to execute YumIO.py</source>
+        <translation>Interner Fehler: YumIO.py kann nicht ausgeführt werden</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot find python YumIO</source>
+        <translation>Interner Fehler: Die Python-Klasse YumIO ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Unable to initialize</source>
+        <translation>Die Vorbereitung ist fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot create python yumIO</source>
+        <translation>Interner Fehler: Das Python-Objekt yumIO kann nicht erzeugt werden</translation>
+    </message>
+    <message>
+        <source>Internal error: yumIO.base not evaluable</source>
+        <translation>Interner Fehler: yumIO.base ist nicht auswertbar</translation>
+    </message>
+    <message>
+        <source>Available for update</source>
+        <translation>Aktualisierbar</translation>
+    </message>
+    <message>
+        <source>Available for installation</source>
+        <translation>Installierbar</translation>
+    </message>
+    <message>
+        <source>Installed</source>
+        <translation>Installiert</translation>
+    </message>
+    <message>
+        <source>Suite of packages</source>
+        <translation>Suite von Paketen</translation>
+    </message>
+    <message>
+        <source>Group of packages</source>
+        <translation>Gruppe von Paketen</translation>
+    </message>
+    <message>
+        <source>Ordinary package</source>
+        <translation>Gewöhnliches Paket</translation>
+    </message>
+    <message>
+        <source>Applying</source>
+        <translation>Aktionen werden angewendet</translation>
+    </message>
+    <message>
+        <source>Must be run as root to apply changes</source>
+        <translation>Änderungen kann nur root anwenden</translation>
+    </message>
+    <message>
+        <source>Checking Dependencies: Total Progress</source>
+        <translation>Abhängigkeiten prüfen: Gesamtfortschritt</translation>
+    </message>
+    <message>
+        <source>Resolve Dependencies</source>
+        <translation>Abhängigkeiten auflösen</translation>
+    </message>
+    <message>
+        <source>Internal error: python exception occurred from C code.</source>
+        <translation>Interner Fehler: In C-Code ist eine Python-Ausnahme aufgetreten.</translation>
+    </message>
+    <message>
+        <source>Unable to add group %1 to grp_updates list</source>
+        <translation>Die Gruppe %1 kann nicht in die Liste grp_updates aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>Unable to find installed version for package update %1</source>
+        <translation>Die installierte Version zur Aktualisierung des Pakets %1 ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Unable to add new package to pair for updated package %1</source>
+        <translation>Das neue Paket kann nicht in das Paar für das aktualisierte Paket %1 aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>Unable to add old package to pair for updated package %1</source>
+        <translation>Das alte Paket kann nicht in das Paar für das aktualisierte Paket %1 aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>Unable to add package %1 to updates list</source>
+        <translation>Das Paket %1 kann nicht in die Liste updates aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>Unable to add group %1 to grp_installs list</source>
+        <translation>Die Gruppe %1 kann nicht in die Liste grp_installs aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>Unable to add package %1 to installs list</source>
+        <translation>Das Paket %1 kann nicht in die Liste installs aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>Unable to add group %1 to grp_removes list</source>
+        <translation>Die Gruppe %1 kann nicht in die Liste grp_removes aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>Unable to add package %1 to removes list</source>
+        <translation>Das Paket %1 kann nicht in die Liste removes aufgenommen werden</translation>
+    </message>
+    <message>
+        <source>apply changes</source>
+        <translation>Änderungen anwenden</translation>
+    </message>
+    <message>
+        <source>Internal error: applyGrpConflict unexpected package state
+</source>
+        <translation>Interner Fehler: applyGrpConflict: unerwarteter Zustand eines Pakets
+</translation>
+    </message>
+    <message>
+        <source>Update</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Install</source>
+        <translation>Installieren</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>ERROR</source>
+        <translation>FEHLER</translation>
+    </message>
+    <message>
+        <source>Package %1 is included in group %2 which was marked for %3, so the package would be marked for %4.
+But the package also was marked individually for %5.
+Do you wish to proceed?</source>
+        <translation>Das Paket %1 gehört zur Gruppe %2, die für „%3“ vorgemerkt ist; damit wäre das Paket für „%4“ vorgemerkt.
+Es ist aber selbst für „%5“ vorgemerkt.
+Möchten Sie fortfahren?</translation>
+    </message>
+    <message>
+        <source>Apply</source>
+        <translation>Anwenden</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+    <message>
+        <source>Internal error: group %1.%2 not evaluable</source>
+        <translation>Interner Fehler: Gruppe %1.%2 ist nicht auswertbar</translation>
+    </message>
+    <message>
+        <source>Transaction to be performed:
+</source>
+        <translation>Die Transaktion umfasst:
+</translation>
+    </message>
+    <message>
+        <source>Performing the following to resolve dependencies:
+</source>
+        <translation>Wegen der Abhängigkeiten außerdem:
+</translation>
+    </message>
+    <message>
+        <source>	Install (group): %1
+</source>
+        <translation>	Installieren (Gruppe): %1
+</translation>
+    </message>
+    <message>
+        <source>	Install (weak): %1
+</source>
+        <translation>	Installieren (schwach): %1
+</translation>
+    </message>
+    <message>
+        <source>	Install: %1
+</source>
+        <translation>	Installieren: %1
+</translation>
+    </message>
+    <message>
+        <source>	Downgrade: %1
+</source>
+        <translation>	Herabstufen: %1
+</translation>
+    </message>
+    <message>
+        <source>	Obsoleting: %1
+</source>
+        <translation>	Ersetzen: %1
+</translation>
+    </message>
+    <message>
+        <source>	Upgrade: %1
+</source>
+        <translation>	Aktualisieren: %1
+</translation>
+    </message>
+    <message>
+        <source>	Remove: %1
+</source>
+        <translation>	Entfernen: %1
+</translation>
+    </message>
+    <message>
+        <source>	Remove (unused): %1
+</source>
+        <translation>	Entfernen (unbenutzt): %1
+</translation>
+    </message>
+    <message>
+        <source>	Reinstall: %1
+</source>
+        <translation>	Erneut installieren: %1
+</translation>
+    </message>
+    <message>
+        <source>Internal error: listTransaction: unable to find package entry for %1.%2</source>
+        <translation>Interner Fehler: listTransaction: Der Eintrag des Pakets %1.%2 ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Cached size: %1
+</source>
+        <translation>Größe im Cache: %1
+</translation>
+    </message>
+    <message>
+        <source>Total download size: %1
+</source>
+        <translation>Gesamtgröße der Downloads: %1
+</translation>
+    </message>
+    <message>
+        <source>Installed size: %1
+</source>
+        <translation>Größe nach der Installation: %1
+</translation>
+    </message>
+    <message>
+        <source>No downloads; only removals
+</source>
+        <translation>Keine Downloads; es wird nur entfernt
+</translation>
+    </message>
+    <message>
+        <source>Query</source>
+        <translation>Frage</translation>
+    </message>
+    <message>
+        <source>Applying: OK</source>
+        <translation>Anwenden: OK</translation>
+    </message>
+    <message>
+        <source>Not Applying: Canceled</source>
+        <translation>Nicht angewendet: abgebrochen</translation>
+    </message>
+    <message>
+        <source>Running Transaction: Total Progress</source>
+        <translation>Transaktion ausführen: Gesamtfortschritt</translation>
+    </message>
+    <message>
+        <source>Preparing</source>
+        <translation>Vorbereitung</translation>
+    </message>
+    <message>
+        <source>Confirmation: Yes</source>
+        <translation>Bestätigung: Ja</translation>
+    </message>
+    <message>
+        <source>Confirmation: No</source>
+        <translation>Bestätigung: Nein</translation>
+    </message>
+    <message>
+        <source>Cleaning %1</source>
+        <translation>Cache leeren: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot clean %1</source>
+        <translation>Interner Fehler: Der Cache kann nicht geleert werden: %1</translation>
+    </message>
+    <message>
+        <source>dbcache</source>
+        <translation>dbcache</translation>
+    </message>
+    <message>
+        <source>Packages</source>
+        <translation>Pakete</translation>
+    </message>
+    <message>
+        <source>Metadata</source>
+        <translation>Metadaten</translation>
+    </message>
+    <message>
+        <source>All</source>
+        <translation>Alles</translation>
+    </message>
+    <message>
+        <source>Initialization</source>
+        <translation>Initialisierung</translation>
+    </message>
+    <message>
+        <source>Initializing: Total Progress</source>
+        <translation>Initialisierung: Gesamtfortschritt</translation>
+    </message>
+    <message>
+        <source>Unable to obtain yum lock</source>
+        <translation>Die Sperre von yum ist nicht zu bekommen</translation>
+    </message>
+    <message>
+        <source>Internal error: yumIO.base.repos not evaluable</source>
+        <translation>Interner Fehler: yumIO.base.repos ist nicht auswertbar</translation>
+    </message>
+    <message>
+        <source>Internal error: yumIO.base.repos not a dictionary</source>
+        <translation>Interner Fehler: yumIO.base.repos ist kein Dictionary</translation>
+    </message>
+    <message>
+        <source>contents</source>
+        <translation>Inhalt</translation>
+    </message>
+    <message>
+        <source>No repositories are configured.
+Under the Repositories menu, Edit Configuration can be used to configure repositories.</source>
+        <translation>Es sind keine Paketquellen eingerichtet.
+Das geht im Menü „Paketquellen“ mit „Konfiguration bearbeiten“.</translation>
+    </message>
+    <message>
+        <source>No repositories are enabled.
+Under the Repositories menu, Edit Configuration can be used to configure repositories.</source>
+        <translation>Es sind keine Paketquellen eingeschaltet.
+Das geht im Menü „Paketquellen“ mit „Konfiguration bearbeiten“.</translation>
+    </message>
+    <message>
+        <source>Reading repositories</source>
+        <translation>Paketquellen lesen</translation>
+    </message>
+    <message>
+        <source>Internal error: execution of yumIO.%1 failed</source>
+        <translation>Interner Fehler: Die Ausführung von yumIO.%1 ist fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>Collecting updatable packages</source>
+        <translation>Aktualisierbare Pakete ermitteln</translation>
+    </message>
+    <message>
+        <source>collect updatable packages</source>
+        <translation>Aktualisierbare Pakete ermitteln</translation>
+    </message>
+    <message>
+        <source>Collecting installed and available packages</source>
+        <translation>Installierte und verfügbare Pakete ermitteln</translation>
+    </message>
+    <message>
+        <source>collect installed and available packages</source>
+        <translation>Installierte und verfügbare Pakete ermitteln</translation>
+    </message>
+    <message>
+        <source>Collecting groups</source>
+        <translation>Gruppen ermitteln</translation>
+    </message>
+    <message>
+        <source>collect groups</source>
+        <translation>Gruppen ermitteln</translation>
+    </message>
+    <message>
+        <source>unable to setup repository %1:
+%2</source>
+        <translation>Die Paketquelle %1 kann nicht vorbereitet werden:
+%2</translation>
+    </message>
+    <message>
+        <source>Internal error: yumIO.collectAll.%1 not found</source>
+        <translation>Interner Fehler: yumIO.collectAll.%1 ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Internal error: the packages are not iterable</source>
+        <translation>Interner Fehler: Die Pakete sind nicht iterierbar</translation>
+    </message>
+    <message>
+        <source>Internal error: the packages cannot be walked</source>
+        <translation>Interner Fehler: Die Pakete können nicht durchlaufen werden</translation>
+    </message>
+    <message>
+        <source>Internal error: yumIO.base.history not evaluable</source>
+        <translation>Interner Fehler: yumIO.base.history ist nicht auswertbar</translation>
+    </message>
+    <message>
+        <source>Internal error: yumIO.base.history.group not evaluable</source>
+        <translation>Interner Fehler: yumIO.base.history.group ist nicht auswertbar</translation>
+    </message>
+    <message>
+        <source>Internal error: the groups are not iterable</source>
+        <translation>Interner Fehler: Die Gruppen sind nicht iterierbar</translation>
+    </message>
+    <message>
+        <source>Internal error: group without name</source>
+        <translation>Interner Fehler: Gruppe ohne Namen</translation>
+    </message>
+    <message>
+        <source>Internal error: the groups cannot be walked</source>
+        <translation>Interner Fehler: Die Gruppen können nicht durchlaufen werden</translation>
+    </message>
+    <message>
+        <source>Collecting File Lists</source>
+        <translation>Dateilisten lesen</translation>
+    </message>
+    <message>
+        <source>file lists</source>
+        <translation>Dateilisten</translation>
+    </message>
+    <message>
+        <source>Loading file lists: Total Progress</source>
+        <translation>Dateilisten laden: Gesamtfortschritt</translation>
+    </message>
+    <message>
+        <source>collect filelists</source>
+        <translation>Dateilisten lesen</translation>
+    </message>
+    <message>
+        <source>Collecting Miscellaneous data</source>
+        <translation>Weitere Daten lesen</translation>
+    </message>
+    <message>
+        <source>miscellaneous data</source>
+        <translation>weitere Daten</translation>
+    </message>
+    <message>
+        <source>Loading miscellaneous data: Total Progress</source>
+        <translation>Weitere Daten laden: Gesamtfortschritt</translation>
+    </message>
+    <message>
+        <source>collect miscellaneous data</source>
+        <translation>Weitere Daten lesen</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot find package&apos;s %1</source>
+        <translation>Interner Fehler: %1 des Pakets ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>getRpmHdrValue called for package with no hdr (i.e. not installed)</source>
+        <translation>getRpmHdrValue wurde für ein Paket ohne hdr aufgerufen (also ein nicht installiertes)</translation>
+    </message>
+    <message>
+        <source>Internal error: cannot find rpm.%1</source>
+        <translation>Interner Fehler: rpm.%1 ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Internal error: conf not evaluable</source>
+        <translation>Interner Fehler: conf ist nicht auswertbar</translation>
+    </message>
+    <message>
+        <source>Internal error: yum var %1 not found</source>
+        <translation>Interner Fehler: Die yum-Variable %1 ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Internal error: %1: unable to determine payload __str__</source>
+        <translation>Interner Fehler: %1: __str__ der Nutzlast ist nicht zu ermitteln</translation>
+    </message>
+    <message>
+        <source>Internal error: %1: unable to determine payload download_size</source>
+        <translation>Interner Fehler: %1: download_size der Nutzlast ist nicht zu ermitteln</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadStart: unable to interpret arguments</source>
+        <translation>Interner Fehler: downloadStart: Die Argumente sind nicht auszuwerten</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadStart: download at unexpected time</source>
+        <translation>Interner Fehler: downloadStart: Download zu unerwarteter Zeit</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadProgress: unable to interpret arguments</source>
+        <translation>Interner Fehler: downloadProgress: Die Argumente sind nicht auszuwerten</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadProgress: download at unexpected time</source>
+        <translation>Interner Fehler: downloadProgress: Download zu unerwarteter Zeit</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadMessage: unable to interpret arguments</source>
+        <translation>Interner Fehler: downloadMessage: Die Argumente sind nicht auszuwerten</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadMessage: download at unexpected time</source>
+        <translation>Interner Fehler: downloadMessage: Download zu unerwarteter Zeit</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadEnd: unable to interpret arguments</source>
+        <translation>Interner Fehler: downloadEnd: Die Argumente sind nicht auszuwerten</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadEnd: download at unexpected time</source>
+        <translation>Interner Fehler: downloadEnd: Download zu unerwarteter Zeit</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadRemotePayloads: unable to determine payload pkg</source>
+        <translation>Interner Fehler: downloadRemotePayloads: pkg der Nutzlast ist nicht zu ermitteln</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadRemotePayloads: unable to determine payload pkg.name</source>
+        <translation>Interner Fehler: downloadRemotePayloads: pkg.name der Nutzlast ist nicht zu ermitteln</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadRemotePayloads: unable to determine payload pkg.arch</source>
+        <translation>Interner Fehler: downloadRemotePayloads: pkg.arch der Nutzlast ist nicht zu ermitteln</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadRemotePayloads: unable to determine payload download_size</source>
+        <translation>Interner Fehler: downloadRemotePayloads: download_size der Nutzlast ist nicht zu ermitteln</translation>
+    </message>
+    <message>
+        <source>Internal error: downloadRemotePayloads: unable to find package entry for %1.%2</source>
+        <translation>Interner Fehler: downloadRemotePayloads: Der Eintrag des Pakets %1.%2 ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>Downloading %1 packages</source>
+        <translation>Pakete herunterladen: %1</translation>
+    </message>
+    <message>
+        <source>Downloading %1</source>
+        <translation>Herunterladen: %1</translation>
+    </message>
+    <message>
+        <source>warning: YumIO::tsDownloadProgress saw payload with unexpected type: %1</source>
+        <translation>Warnung: YumIO::tsDownloadProgress bekam eine Nutzlast unerwarteter Art: %1</translation>
+    </message>
+    <message>
+        <source>error: YumIO::tsDownloadProgress: unexpected thread %1/%2</source>
+        <translation>Fehler: YumIO::tsDownloadProgress: unerwarteter Thread %1/%2</translation>
+    </message>
+    <message>
+        <source>Internal error: rpmtransInit: unable to interpret arguments</source>
+        <translation>Interner Fehler: rpmtransInit: Die Argumente sind nicht auszuwerten</translation>
+    </message>
+    <message>
+        <source>Preparing to Run Transaction</source>
+        <translation>Transaktion vorbereiten</translation>
+    </message>
+    <message>
+        <source>Internal error: rpmtransProgress: unable to interpret arguments</source>
+        <translation>Interner Fehler: rpmtransProgress: Die Argumente sind nicht auszuwerten</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::rpmtransProgress action=%1 not understood; ignoring</source>
+        <translation>Interner Fehler: YumIO::rpmtransProgress: action=%1 nicht verstanden; wird übergangen</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::rpmtransProgress interior action=%1 not understood</source>
+        <translation>Interner Fehler: YumIO::rpmtransProgress: innere action=%1 nicht verstanden</translation>
+    </message>
+    <message>
+        <source>Installing %1</source>
+        <translation>Installieren: %1</translation>
+    </message>
+    <message>
+        <source>Downgrading %1</source>
+        <translation>Herabstufen: %1</translation>
+    </message>
+    <message>
+        <source>Completing downgrade of %1</source>
+        <translation>Herabstufen abschließen: %1</translation>
+    </message>
+    <message>
+        <source>Obsoleting %1</source>
+        <translation>Ersetzen: %1</translation>
+    </message>
+    <message>
+        <source>Upgrading %1</source>
+        <translation>Aktualisieren: %1</translation>
+    </message>
+    <message>
+        <source>Completing upgrade of %1</source>
+        <translation>Aktualisieren abschließen: %1</translation>
+    </message>
+    <message>
+        <source>Removing %1</source>
+        <translation>Entfernen: %1</translation>
+    </message>
+    <message>
+        <source>Reinstalling %1</source>
+        <translation>Erneut installieren: %1</translation>
+    </message>
+    <message>
+        <source>Completing reinstall of %1</source>
+        <translation>Erneutes Installieren abschließen: %1</translation>
+    </message>
+    <message>
+        <source>Executing scriptlet for %1</source>
+        <translation>Skriptlet ausführen: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: rpmtransScriptout: unable to interpret arguments</source>
+        <translation>Interner Fehler: rpmtransScriptout: Die Argumente sind nicht auszuwerten</translation>
+    </message>
+    <message>
+        <source>Reading repository metadata for %1</source>
+        <translation>Metadaten der Paketquelle lesen: %1</translation>
+    </message>
+    <message>
+        <source>Collecting Texts to Search</source>
+        <translation>Texte für die Suche lesen</translation>
+    </message>
+    <message>
+        <source>Reading package texts: Total Progress</source>
+        <translation>Texte der Pakete lesen: Gesamtfortschritt</translation>
+    </message>
+    <message>
+        <source>Reading packages</source>
+        <translation>Pakete lesen</translation>
+    </message>
+    <message>
+        <source>Unable to read %1: %2</source>
+        <translation>%1 kann nicht gelesen werden: %2</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyString called with NULL</source>
+        <translation>Interner Fehler: YumIO::pyString wurde mit NULL aufgerufen</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyString did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyString: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyStringX did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyStringX: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyTimeDec did not understand: %1</source>
+        <translation>Interner Fehler: YumIO::pyTimeDec: nicht verstanden: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyTime did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyTime: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyTimeDec did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyTimeDec: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate did not understand weekday type: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: unbekannter Typ des Wochentags: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate found out-of-bounds month: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: Monat außerhalb des Bereichs: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate found out-of-bounds weekday: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: Wochentag außerhalb des Bereichs: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: package size not understood: %1</source>
+        <translation>Interner Fehler: Paketgröße nicht verstanden: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: package size result not understood</source>
+        <translation>Interner Fehler: Ergebnis für die Paketgröße nicht verstanden</translation>
+    </message>
+    <message>
+        <source>Internal error: package size not understood</source>
+        <translation>Interner Fehler: Paketgröße nicht verstanden</translation>
+    </message>
+    <message>
+        <source>Eb</source>
+        <translation>Eb</translation>
+    </message>
+    <message>
+        <source>Pb</source>
+        <translation>Pb</translation>
+    </message>
+    <message>
+        <source>Tb</source>
+        <translation>Tb</translation>
+    </message>
+    <message>
+        <source>Gb</source>
+        <translation>Gb</translation>
+    </message>
+    <message>
+        <source>Mb</source>
+        <translation>Mb</translation>
+    </message>
+    <message>
+        <source>Kb</source>
+        <translation>Kb</translation>
+    </message>
+    <message>
+        <source>b</source>
+        <translation>b</translation>
+    </message>
+    <message>
+        <source>%1 %3:%4-%5 (%2)</source>
+        <translation>%1 %3:%4-%5 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 %3-%4 (%2)</source>
+        <translation>%1 %3-%4 (%2)</translation>
+    </message>
+    <message>
+        <source> [%1]</source>
+        <translation> [%1]</translation>
+    </message>
+    <message>
+        <source>Internal error: yum/dnf version not understood: %1 errno=%2 (%3)</source>
+        <translation>Interner Fehler: Version von yum/dnf nicht verstanden: %1 errno=%2 (%3)</translation>
+    </message>
+    <message>
+        <source>Internal error: dnf version not found</source>
+        <translation>Interner Fehler: Die Version von dnf ist nicht zu finden</translation>
+    </message>
+    <message>
+        <source>VYRE Yum Error</source>
+        <translation>VYRE – Fehler von yum</translation>
+    </message>
+    <message>
+        <source>VYRE Yum Warning</source>
+        <translation>VYRE – Warnung von yum</translation>
+    </message>
+    <message>
+        <source>Unable to %1: I/O Error: %2
+
+Emitting a walkback to the Log window.</source>
+        <translation>Fehlgeschlagen: %1: Ein-/Ausgabefehler: %2
+
+Die Aufrufliste steht im Protokoll.</translation>
+    </message>
+    <message>
+        <source>Unable to %1: KeyboardInterrupt
+
+This usually means VYRE was sent signal SIGINT, SIGTERM, or similar.
+
+But urlgrabber also can raise this error for several situations where it is just guessing.
+So, emitting a walkback to the Log window.</source>
+        <translation>Fehlgeschlagen: %1: KeyboardInterrupt
+
+Meist heißt das, dass VYRE ein Signal wie SIGINT oder SIGTERM bekommen hat.
+
+urlgrabber löst diesen Fehler aber auch aus, wenn es den Grund nur vermutet.
+Die Aufrufliste steht deshalb im Protokoll.</translation>
+    </message>
+    <message>
+        <source>Internal error: python assertion failed
+When reporting this issue, please include the contents of the
+Log window, which should contain a walkback.</source>
+        <translation>Interner Fehler: Eine Annahme in Python trifft nicht zu
+Bitte fügen Sie einem Fehlerbericht den Inhalt des Protokolls bei,
+in dem eine Aufrufliste stehen sollte.</translation>
+    </message>
+    <message>
+        <source>Unable to %1: Runtime Error:
+
+%2</source>
+        <translation>Fehlgeschlagen: %1: Laufzeitfehler:
+
+%2</translation>
+    </message>
+    <message>
+        <source>Unable to %1: metadata unavailable from all repo mirrors:
+%2</source>
+        <translation>Fehlgeschlagen: %1: Kein Spiegel der Paketquelle liefert die Metadaten:
+%2</translation>
+    </message>
+    <message>
+        <source>Unable to %1: a repository&apos;s sqlite database was locked unexpectedly
+On some distributions, PackageKit has been known to cause this.</source>
+        <translation>Fehlgeschlagen: %1: Die sqlite-Datenbank einer Paketquelle war unerwartet gesperrt
+Auf manchen Distributionen liegt das an PackageKit.</translation>
+    </message>
+    <message>
+        <source>Unable to %1</source>
+        <translation>Fehlgeschlagen: %1</translation>
+    </message>
+    <message>
+        <source>Unable to disable SIGCHLD signal handler; errno=%1 (%2)</source>
+        <translation>Die Behandlung des Signals SIGCHLD kann nicht abgeschaltet werden; errno=%1 (%2)</translation>
+    </message>
+    <message>
+        <source>Unable to restore SIGCHLD signal handler; errno=%1 (%2)</source>
+        <translation>Die Behandlung des Signals SIGCHLD kann nicht wiederhergestellt werden; errno=%1 (%2)</translation>
+    </message>
+    <message>
+        <source>Unable to reap children; errno=%1 (%2)</source>
+        <translation>Beendete Kindprozesse können nicht abgeholt werden; errno=%1 (%2)</translation>
+    </message>
+    <message>
+        <source>Reaped zombie child %1</source>
+        <translation>Beendeter Kindprozess %1 abgeholt</translation>
+    </message>
+</context>
+<context>
+    <name>YumIOCapturers</name>
+    <message>
+        <source>Unable to open pipe to capture rpm transaction output</source>
+        <translation>Die Pipe für die Ausgaben der rpm-Transaktion kann nicht geöffnet werden</translation>
+    </message>
+    <message>
+        <source>Unable to dup2 pipe to capture rpm transaction output</source>
+        <translation>dup2 der Pipe für die Ausgaben der rpm-Transaktion ist fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>Unable to dup2 to restore stderr</source>
+        <translation>dup2 zum Wiederherstellen von stderr ist fehlgeschlagen</translation>
+    </message>
+</context>
+</TS>

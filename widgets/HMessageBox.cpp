@@ -1,0 +1,40 @@
+#include "widgets/HMessageBox.h"
+
+#include <QEvent>
+#include <QLayout>
+
+#include "widgets/Metrics.h"
+
+HMessageBox::HMessageBox(Icon icon, const QString& title, const QString& text, StandardButtons buttons,
+                         QWidget* parent)
+    : QMessageBox(icon, title, QString(), buttons, parent)
+{
+    setTextFormat(Qt::PlainText);
+    setText(text);
+}
+
+bool HMessageBox::event(QEvent* event)
+{
+    const bool handled = QMessageBox::event(event);
+    if (event->type() == QEvent::LayoutRequest) {
+        widen();
+    }
+    return handled;
+}
+
+void HMessageBox::showEvent(QShowEvent* event)
+{
+    QMessageBox::showEvent(event);
+    widen();
+}
+
+// The base class has a width at which it cuts what it cannot break, a name of a file for one.
+void HMessageBox::widen()
+{
+    const int width = qMin(layout()->totalMinimumSize().width(), Metrics::maxWindowSize().width());
+    if (width > this->width()) {
+        const int height = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(width)
+                                                         : layout()->totalMinimumSize().height();
+        setFixedSize(width, height);
+    }
+}
