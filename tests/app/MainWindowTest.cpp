@@ -529,7 +529,9 @@ void MainWindowTest::failedCollectionDoesNotLookLikeNoUpdates()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");
-    shown->start();
+    // The message may take the focus before the window has it.
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->view->accessibleDescription(),
              QString("The packages could not be read.\nThe Log window (Ctrl+L) tells why."));
     standIn->setUnreadable(false);
