@@ -9,6 +9,8 @@
 #include <QScopedValueRollback>
 
 #include <algorithm>
+#include <cctype>
+#include <cstring>
 #include <limits>
 
 #include "repo/OneLineValidator.h"
@@ -284,14 +286,16 @@ void Config::setFieldsEnabled(bool enabled)
 
 QString Config::refusal(Repo::Entry const& entry)
 {
-    // The package manager takes the first closing bracket for the end of the name of a section, and gives up
-    // a whole file in which more comes behind it. Other bytes than those of ASCII are read as other letters.
+    // The package manager ignores a repository with another sign in its identifier, after it has put the
+    // values of variables in. A closing bracket within even makes it give up the whole file, and other bytes
+    // than those of ASCII are read as other letters.
     const auto unusable = [](QChar character) {
-        return character == QLatin1Char('[') || character == QLatin1Char(']') ||
-               character == QLatin1Char('\n') || character == QLatin1Char('\r') || character.unicode() > 0x7f;
+        const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
+        return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&
+               (sign == '\0' || std::strchr("-_.:${}", sign) == nullptr);
     };
     if (std::any_of(entry.id.cbegin(), entry.id.cend(), unusable)) {
-        return tr("Identifier has brackets, line feeds or non-ASCII characters");
+        return tr("Identifier has other characters than letters, digits and -_.:");
     }
     if (entry.id == QLatin1String("main")) {
         return tr("Identifier main is reserved for the main section");

@@ -1088,8 +1088,8 @@ wenn mehrere in derselben Konfigurationsdatei stehen</translation>
         <translation>(Nein)</translation>
     </message>
     <message>
-        <source>Identifier has brackets, line feeds or non-ASCII characters</source>
-        <translation>Die Kennung enthält Klammern, Zeilenumbrüche oder Nicht-ASCII-Zeichen</translation>
+        <source>Identifier has other characters than letters, digits and -_.:</source>
+        <translation>Die Kennung enthält andere Zeichen als Buchstaben, Ziffern und -_.:</translation>
     </message>
     <message>
         <source>Identifier main is reserved for the main section</source>

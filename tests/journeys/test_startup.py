@@ -3,7 +3,6 @@
 import os
 import resource
 import shutil
-import signal
 import stat
 import subprocess
 import tempfile

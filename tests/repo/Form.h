@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTextEdit>
+#include <QWindow>
 #include <QtTest>
 
 #include "repo/PasswdLineEdit.h"
@@ -18,7 +19,12 @@
 // Waits until a window has the focus; a dialog counts as active already while its parent is.
 inline bool waitForFocus(const QWidget* window)
 {
-    return QTest::qWaitFor([window] { return QApplication::activeWindow() == window; });
+    const auto active = [window] { return QApplication::activeWindow() == window; };
+    if (!QTest::qWaitFor(active) && window->windowHandle() != nullptr) {
+        // A window manager that has just started may have overlooked it.
+        window->windowHandle()->requestActivate();
+    }
+    return QTest::qWaitFor(active, 20000);
 }
 
 class Form

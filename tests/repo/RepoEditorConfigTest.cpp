@@ -632,7 +632,7 @@ void RepoEditorConfigTest::whatAFileWouldNotGiveBackIsRefused_data()
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("options");
     QTest::addColumn<QString>("refusal");
-    const char* characters = "Identifier has brackets, line feeds or non-ASCII characters";
+    const char* characters = "Identifier has other characters than letters, digits and -_.:";
     QTest::newRow("closing bracket") << "a]b"
                                      << "" << characters;
     QTest::newRow("closing bracket at the end") << "a]"
@@ -660,10 +660,14 @@ void RepoEditorConfigTest::whatAFileWouldNotGiveBackIsRefused_data()
     QTest::newRow("options that begin with a tab") << "x"
                                                    << "\ta"
                                                    << "Other Options begin with a blank";
-    QTest::newRow("blanks") << " my repo "
-                            << ""
-                            << "";
-    QTest::newRow("other signs") << "Main-$basearch_1.2:3/4#5"
+    QTest::newRow("blank") << "my repo"
+                           << "" << characters;
+    QTest::newRow("slash") << "a/b"
+                           << "" << characters;
+    QTest::newRow("number sign") << "a#b"
+                                 << "" << characters;
+    QTest::newRow("zero") << QString(QChar(0)) << "" << characters;
+    QTest::newRow("other signs") << "Main-$basearch_1.2:3-${releasever}"
                                  << ""
                                  << "";
     QTest::newRow("brackets within a line of options") << "x"

@@ -324,7 +324,7 @@ private Q_SLOTS:
         QCOMPARE(editor.join('\n'), QString());
         QCOMPARE(form.join('\n'), QString());
         QVERIFY2(status.contains("Keine Kennung angegeben"), qPrintable(status.join('|')));
-        QVERIFY2(status.contains("Die Kennung enthält Klammern, Zeilenumbrüche oder Nicht-ASCII-Zeichen"),
+        QVERIFY2(status.contains("Die Kennung enthält andere Zeichen als Buchstaben, Ziffern und -_.:"),
                  qPrintable(status.join('|')));
     }
 
