@@ -31,26 +31,11 @@ set(VYRE_TEST_ENVIRONMENT "VYRESHARE=${CMAKE_SOURCE_DIR}/share" LC_ALL=C.UTF-8 L
 if(VYRE_SANITIZE)
     # Instrumented code takes several times as long; Qt Test would end a function after five minutes.
     set(VYRE_TEST_TIMEOUT 1800)
-    # Python's own allocator would hide what is done to the memory of its objects. That libdnf deletes what libsolv has
-    # got from malloc() is no fault of ours, and cannot be told from one.
-    list(APPEND VYRE_TEST_ENVIRONMENT QTEST_FUNCTION_TIMEOUT=1500000 PYTHONMALLOC=malloc
-        UBSAN_OPTIONS=print_stacktrace=1)
-    set(asan_options detect_leaks=1:detect_stack_use_after_return=1:alloc_dealloc_mismatch=0)
-    set(lsan_options print_suppressions=0:suppressions=${CMAKE_SOURCE_DIR}/tests/support)
+    list(APPEND VYRE_TEST_ENVIRONMENT QTEST_FUNCTION_TIMEOUT=1500000 UBSAN_OPTIONS=print_stacktrace=1
+        LSAN_OPTIONS=print_suppressions=0:suppressions=${CMAKE_SOURCE_DIR}/tests/support/leaks.supp
+        # That libdnf deletes what libsolv has got from malloc() is no fault of ours, and cannot be told from one.
+        ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:alloc_dealloc_mismatch=0)
 endif()
-
-# vyre_test_environment(<test> <more variables...>)
-function(vyre_test_environment test)
-    set(environment ${VYRE_TEST_ENVIRONMENT} ${ARGN})
-    if(VYRE_SANITIZE AND CMAKE_CURRENT_SOURCE_DIR MATCHES "/(python|yumio)$")
-        # Slow, but it gets through the interpreter's frames to those of our code.
-        list(APPEND environment ASAN_OPTIONS=${asan_options}:fast_unwind_on_malloc=0:malloc_context_size=80
-            LSAN_OPTIONS=${lsan_options}/leaks-python.supp)
-    elseif(VYRE_SANITIZE)
-        list(APPEND environment ASAN_OPTIONS=${asan_options} LSAN_OPTIONS=${lsan_options}/leaks.supp)
-    endif()
-    set_tests_properties(${test} PROPERTIES ENVIRONMENT "${environment}")
-endfunction()
 
 # vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY] [SCREEN <width>x<height>] [SANDBOX])
 #
@@ -72,8 +57,8 @@ function(vyre_test class)
     else()
         add_test(NAME ${target} COMMAND ${target})
     endif()
-    set_tests_properties(${target} PROPERTIES TIMEOUT ${VYRE_TEST_TIMEOUT} LABELS class)
-    vyre_test_environment(${target} QT_QPA_PLATFORM=$<IF:$<BOOL:${TEST_DISPLAY}>,xcb,offscreen>)
+    set_tests_properties(${target} PROPERTIES TIMEOUT ${VYRE_TEST_TIMEOUT} LABELS class
+        ENVIRONMENT "${VYRE_TEST_ENVIRONMENT};QT_QPA_PLATFORM=$<IF:$<BOOL:${TEST_DISPLAY}>,xcb,offscreen>")
     if(TEST_SANDBOX)
         target_compile_definitions(${target} PRIVATE SANDBOX_TOOL="${CMAKE_SOURCE_DIR}/tools/sandbox/sandbox")
         set_property(TEST ${target} APPEND PROPERTY ENVIRONMENT "VYRE_SANDBOX=${CMAKE_BINARY_DIR}/tests/sandbox")

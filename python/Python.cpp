@@ -104,6 +104,10 @@ void startInterpreter()
     PyPreConfig before;
     PyPreConfig_InitIsolatedConfig(&before);
     before.utf8_mode = 1;
+#ifdef __SANITIZE_ADDRESS__
+    // Its own allocator would hide from the sanitizer what is done to the memory of its objects.
+    before.allocator = PYMEM_ALLOCATOR_MALLOC;
+#endif
     PyStatus status = Py_PreInitialize(&before);
     PyConfig config;
     PyConfig_InitIsolatedConfig(&config);

@@ -97,6 +97,17 @@ private:
         told.sort();
         return told;
     }
+    void checkLogIsOpened(const QByteArray& option)
+    {
+        apply({option});
+        shown->window->show();
+        QTRY_VERIFY(shown->isReady());
+        bool visible = false;
+        for (const QWidget* widget : QApplication::topLevelWidgets()) {
+            visible = visible || (qobject_cast<const Log::Window*>(widget) != nullptr && widget->isVisible());
+        }
+        QVERIFY(visible);
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -211,29 +222,9 @@ private Q_SLOTS:
         QCOMPARE(shown->groupsBox->isChecked(), groups);
     }
 
-    void logIsOpened_data()
-    {
-        QTest::addColumn<QList<QByteArray>>("options");
-        QTest::newRow("-l") << QList<QByteArray>{"-l"};
-        QTest::newRow("--log") << QList<QByteArray>{"--log"};
-    }
-
-    void logIsOpened()
-    {
-        // One window of a process starts.
-        if (shown != nullptr) {
-            shown->window->quit();
-        }
-        QFETCH(QList<QByteArray>, options);
-        apply(options);
-        shown->window->show();
-        QTRY_VERIFY(shown->isReady());
-        bool visible = false;
-        for (const QWidget* widget : QApplication::topLevelWidgets()) {
-            visible = visible || (qobject_cast<const Log::Window*>(widget) != nullptr && widget->isVisible());
-        }
-        QVERIFY(visible);
-    }
+    // One window of a process starts.
+    void logIsOpenedByTheLetter() { checkLogIsOpened("-l"); }
+    void logIsOpenedByTheName() { checkLogIsOpened("--log"); }
 
     void theConfigurationDecidesByItself()
     {
