@@ -136,6 +136,12 @@ void check(YumConfIO& conf)
         // Nothing is written to places that the input names.
         return;
     }
+    for (const Repo::Entry& each : qAsConst(conf.entries)) {
+        if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
+            // Another main section behind the first: it becomes part of it when the one between is dropped.
+            return;
+        }
+    }
     require(conf.write(nullptr), "what was read can be written");
     require(surroundings->answers.shown <= 1, "writing asks once");
     const QList<QByteArray> written = contents();
