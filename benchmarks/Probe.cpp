@@ -32,6 +32,8 @@
 #include <functional>
 #include <vector>
 
+#include "packagetable/PackageTable.h"
+
 namespace {
 
 double monotonic()
@@ -190,7 +192,7 @@ private:
         const QAbstractItemModel* model = proxy->sourceModel();
         for (int row = 0; row < model->rowCount(); ++row) {
             QStringList parts;
-            for (int column = 3; column < 9; ++column) {
+            for (int column = PackageTable::NameColumn; column < PackageTable::ColumnCount; ++column) {
                 const QString part = model->index(row, column).data().toString();
                 if (!part.isEmpty()) {
                     parts.append(part);
@@ -270,7 +272,7 @@ private:
             row[QStringLiteral("column")] = column;
             row[QStringLiteral("program")] = timed([this, column] { click(column); });
             row[QStringLiteral("loop")] =
-                column >= 3 && column <= 6
+                column >= PackageTable::NameColumn && column <= PackageTable::ArchitectureColumn
                     ? stableSort<QString>(
                           column, [](const QVariant& value) { return value.toString(); }, Qt::DisplayRole)
                     : stableSort<int>(
@@ -287,7 +289,7 @@ private:
         const QFontMetrics metrics(view->font());
         const double start = monotonic();
         int widest = 0;
-        for (int column = 3; column < 9; ++column) {
+        for (int column = PackageTable::NameColumn; column < PackageTable::ColumnCount; ++column) {
             for (int row = 0; row < model->rowCount(); ++row) {
                 widest =
                     std::max(widest, metrics.size(0, model->index(row, column).data().toString()).width());

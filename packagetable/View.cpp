@@ -116,6 +116,8 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSortIndicatorShown(true); // which a header that a view is given does not keep
 
     sortByColumn(KindColumn, Qt::AscendingOrder);
+    // An expression is matched against every column all the same: the key column tells no more than which one
+    // was chosen last.
     proxy->setFilterKeyColumn(KindColumn);
 
     connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHorizontalHeaderClicked(int)));

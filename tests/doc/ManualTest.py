@@ -185,6 +185,13 @@ class ManualTest(unittest.TestCase):
 
     # Menus
 
+    def test_columns_are_those_of_the_table(self):
+        headings = [text.value for text in sources.cpp_texts(sources.read('packagetable', 'Model.cpp'), 'Model.cpp')
+                    if text.calls and text.calls[-1] == ('QT_TRANSLATE_NOOP', 1)][::2]
+        self.assertIn('Repository', headings)
+        table = self.book.text.split('|Column |What it tells\n', 1)[1].split('|===', 1)[0]
+        self.assertEqual(re.findall(r'^\|(.*?) \|', table, re.M), headings)
+
     def test_every_menu_entry_has_a_row_with_its_key(self):
         code = sources.read('app', 'MainWindow.cpp')
         code = code[code.index('void MainWindow::createMenuBar()'):]

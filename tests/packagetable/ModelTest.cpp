@@ -34,7 +34,7 @@ private Q_SLOTS:
     void initTestCase();
     void init();
     void cleanupTestCase();
-    void everyRecordIsARowOfNineColumns();
+    void everyRecordIsARowWithEveryColumn();
     void theHeaderNamesAndExplainsTheColumns_data();
     void theHeaderNamesAndExplainsTheColumns();
     void otherHeaderRequestsYieldNothing();
@@ -103,11 +103,11 @@ void ModelTest::cleanupTestCase()
     table.reset();
 }
 
-void ModelTest::everyRecordIsARowOfNineColumns()
+void ModelTest::everyRecordIsARowWithEveryColumn()
 {
     QCOMPARE(model->rowCount(), 11);
-    QCOMPARE(model->columnCount(), 9);
-    QCOMPARE(model->columnCount(model->index(0, 0)), 9);
+    QCOMPARE(model->columnCount(), int(ColumnCount));
+    QCOMPARE(model->columnCount(model->index(0, 0)), int(ColumnCount));
     QCOMPARE(sortedNames(*model), (QStringList{"Editors", "Games", "Tools", "editor", "kernel", "lib", "lib",
                                                "many", "office", "shell", "tool"}));
 }
@@ -165,7 +165,7 @@ void ModelTest::cellsShowTheTextsOfTheRecord()
     QCOMPARE(data("editor", 7), QVariant(QStringLiteral("4.9Kb")));
     QCOMPARE(data("editor", 8), QVariant(QStringLiteral("Fri Jan  2 00:00:00 1970")));
     QCOMPARE(data("tool", 5), QVariant(QStringLiteral("updates")));
-    for (int column = 4; column < 9; ++column) {
+    for (int column = VersionColumn; column < ColumnCount; ++column) {
         QCOMPARE(data("Games", column).toString(), QString());
     }
 }
@@ -239,7 +239,7 @@ void ModelTest::theKindIsAnIcon()
 
 void ModelTest::textColumnsHaveNoIcon()
 {
-    for (int column = 3; column < 9; ++column) {
+    for (int column = NameColumn; column < ColumnCount; ++column) {
         QCOMPARE(data("tool", column, Qt::DecorationRole), QVariant());
     }
 }
@@ -303,7 +303,7 @@ void ModelTest::textsHaveTheColourOfTheState()
 {
     QFETCH(QString, normal);
     QFETCH(QString, disabled);
-    for (int column = 2; column < 9; ++column) {
+    for (int column = KindColumn; column < ColumnCount; ++column) {
         model->setEnabled(true);
         QCOMPARE(data(QTest::currentDataTag(), column, Qt::ForegroundRole).value<QColor>(), QColor(normal));
         QCOMPARE(data("shell", column, Qt::ForegroundRole), QVariant());
@@ -360,7 +360,7 @@ void ModelTest::theUserRoleGivesNumbersAndTheRecord()
 
 void ModelTest::otherRolesYieldNothing()
 {
-    for (int column = 0; column < 9; ++column) {
+    for (int column = 0; column < ColumnCount; ++column) {
         for (const int role : {int(Qt::EditRole), int(Qt::FontRole), int(Qt::BackgroundRole),
                                int(Qt::CheckStateRole), int(Qt::SizeHintRole), int(Qt::UserRole) + 1}) {
             QCOMPARE(data("tool", column, role), QVariant());

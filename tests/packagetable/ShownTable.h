@@ -38,10 +38,14 @@ public:
 
     int listedRow(const QString& name) const { return names(proxy).indexOf(name); }
 
-    // In the coordinates of the view's contents.
+    // In the coordinates of the viewport, in which the cell is shown afterwards.
     QPoint place(const QString& name, int column) const
     {
-        return view->visualRect(proxy.index(listedRow(name), column)).center();
+        const QModelIndex index = proxy.index(listedRow(name), column);
+        if (!view->viewport()->rect().contains(view->visualRect(index).center())) {
+            view->scrollTo(index);
+        }
+        return view->visualRect(index).center();
     }
 
     // A click of the mouse, as the window system reports it.

@@ -21,6 +21,7 @@ warnings.filterwarnings('ignore', message='Atspi[.]', category=DeprecationWarnin
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SHARE = os.path.join(ROOT, 'share')
 
+# The columns of the package table, in the order in which the program has them.
 ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME = range(9)
 
 
