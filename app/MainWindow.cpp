@@ -15,7 +15,6 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QSettings>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QVector>
@@ -24,6 +23,8 @@
 #include <functional>
 #include <sys/utsname.h>
 
+#include "app/Settings.h"
+#include "app/WindowSizeKeeper.h"
 #include "app/base/Share.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
@@ -380,8 +381,7 @@ void MainWindow::saveLayout() const
         }
         return variants;
     };
-    QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("vyre"),
-                       QStringLiteral("vyre"));
+    Settings settings;
     const PackageTable::View::Layout layout = view->layoutByHand();
     settings.setValue(QStringLiteral("MainWindow/columnWidths"), toVariants(layout.widths));
     settings.setValue(QStringLiteral("MainWindow/columnPlaces"), toVariants(layout.places));
@@ -401,8 +401,7 @@ void MainWindow::restoreLayout()
         }
         return numbers;
     };
-    const QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("vyre"),
-                             QStringLiteral("vyre"));
+    const Settings settings;
     view->restoreLayout({toNumbers(settings.value(QStringLiteral("MainWindow/columnWidths"))),
                          toNumbers(settings.value(QStringLiteral("MainWindow/columnPlaces")))});
     const QSize remembered = settings.value(QStringLiteral("MainWindow/size")).toSize();
@@ -432,6 +431,7 @@ void MainWindow::editRepositories(bool atStart)
     }
     if (repoEditor == nullptr) {
         repoEditor = new RepoEditor::Dialog(yumIO, yumConfIO, this);
+        new WindowSizeKeeper(QStringLiteral("RepositoryEditor"), repoEditor);
         connect(repoEditor, SIGNAL(reposChanged()), this, SLOT(reposChanged()));
     }
     repoEditor->reposChangedForced = atStart;
@@ -609,6 +609,7 @@ void MainWindow::displayLog()
 {
     if (logWindow == nullptr) {
         logWindow = new Log::Window(yumIO->logEntries(), this);
+        new WindowSizeKeeper(QStringLiteral("LogWindow"), logWindow);
     }
     logWindow->show();
     logWindow->raise();

@@ -1261,7 +1261,10 @@ void MainWindowTest::shortcutOpensTheLog()
     QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains("Initialization"));
     // The same window comes back.
     const Log::Window* first = logWindow();
+    const QSize size = first->size() - QSize(20, 30);
+    logWindow()->resize(size);
     logWindow()->close();
+    QCOMPARE(settings(this)->value("LogWindow/size").toSize(), size);
     QVERIFY(QTest::qWaitForWindowActive(shown->window));
     shown->key(Qt::Key_L, Qt::ControlModifier);
     QVERIFY(logIsVisible());
