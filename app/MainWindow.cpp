@@ -361,7 +361,7 @@ void MainWindow::updateEmptyText()
     if (collectFailed) {
         view->setEmptyText(tr("The packages could not be read.\nThe Log window (Ctrl+L) tells why."));
     } else if (!proxy->isValidExpression()) {
-        view->setEmptyText(tr("This is not a valid regular expression."));
+        view->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(proxy->expressionFault()));
     } else if (stateBox->currentIndex() == PackageTable::ViewUpdatable && proxy->filterRegExp().isEmpty()) {
         view->setEmptyText(tr("No package has an update."));
     } else {

@@ -137,6 +137,16 @@ void Expression::compile(const QString& text)
     literal = literal && !required.isEmpty();
 }
 
+QString Expression::fault() const
+{
+    if (regStatus <= 0) {
+        return QString();
+    }
+    QByteArray words(static_cast<int>(regerror(regStatus, &pattern, nullptr, 0)), '\0');
+    regerror(regStatus, &pattern, words.data(), static_cast<size_t>(words.size()));
+    return QString::fromLocal8Bit(words.constData());
+}
+
 bool Expression::matches(const char* text) const
 {
     if (regStatus != 0) {

@@ -29,6 +29,9 @@ public:
 
     // Whether an expression is held that could be compiled.
     bool isValid() const { return regStatus == 0; }
+    // What is wrong with the one that could not be compiled, in the words of the C library and the user's
+    // language; empty if nothing is.
+    QString fault() const;
     // The text is UTF-8.
     bool matches(const char* text) const;
     // Whether any of several texts matches, each for itself; each is ended by a zero.

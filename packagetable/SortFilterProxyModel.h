@@ -53,6 +53,8 @@ public:
     QRegExp filterRegExp() const { return expression; }
     // Whether the expression can be compiled; one that cannot lists nothing.
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
+    // What is wrong with one that cannot.
+    QString expressionFault() const { return pattern.fault(); }
     // The records that a search with these filters looks into.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
     // Marks every listed record that is out of date for Update.

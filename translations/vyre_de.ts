@@ -353,10 +353,6 @@ The Log window (Ctrl+L) tells why.</source>
 Das Protokoll (Strg+L) nennt den Grund.</translation>
     </message>
     <message>
-        <source>This is not a valid regular expression.</source>
-        <translation>Das ist kein gültiger regulärer Ausdruck.</translation>
-    </message>
-    <message>
         <source>No package has an update.</source>
         <translation>Für kein Paket gibt es eine Aktualisierung.</translation>
     </message>
@@ -441,6 +437,12 @@ Pressing Apply will cause these actions to occur nonetheless.</source>
 wegen der Einstellungen für Modus, Ausdruck, Zustand,
 Duplikate und Gruppen gerade nicht angezeigt.
 „Aktionen anwenden“ führt diese Aktionen trotzdem aus.</translation>
+    </message>
+    <message>
+        <source>This is not a valid regular expression:
+%1</source>
+        <translation>Das ist kein gültiger regulärer Ausdruck:
+%1</translation>
     </message>
 </context>
 <context>

@@ -501,7 +501,7 @@ void MainWindowTest::emptyTableTellsWhy()
     shown->choose(shown->stateBox, ViewInstallable);
     QCOMPARE(told(), QString("No package matches."));
     shown->filter("(");
-    QCOMPARE(told(), QString("This is not a valid regular expression."));
+    QCOMPARE(told(), QString("This is not a valid regular expression:\nUnmatched ( or \\("));
     shown->choose(shown->stateBox, ViewUpdatable);
     shown->filter("shell");
     QCOMPARE(told(), QString("No package matches."));

@@ -250,6 +250,7 @@ public:
                 }
             }
             texts << text;
+            qInfo("%s", qPrintable(text)); // a failure tells numbers only
             QTest::mouseClick(buttonIn(dialog, buttonText), Qt::LeftButton);
             last = nullptr;
         });

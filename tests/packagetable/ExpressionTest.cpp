@@ -258,6 +258,18 @@ private Q_SLOTS:
         }
     }
 
+    void faultIsNamed()
+    {
+        Expression expression;
+        QCOMPARE(expression.fault(), QString());
+        expression.compile("a(");
+        QCOMPARE(expression.fault(), QString("Unmatched ( or \\("));
+        expression.compile("a{5");
+        QCOMPARE(expression.fault(), QString("Unmatched \\{"));
+        expression.compile("a");
+        QCOMPARE(expression.fault(), QString());
+    }
+
     void anotherExpressionTakesThePlaceOfTheFirst()
     {
         Expression expression;

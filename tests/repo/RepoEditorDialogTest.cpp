@@ -162,6 +162,7 @@ private:
             if (last != box) {
                 last = box;
                 seen.append({box->windowTitle(), box->text(), box->parentWidget()});
+                qInfo("%s", qPrintable(box->text())); // a failure tells numbers only
             }
             for (QAbstractButton* each : box->buttons()) {
                 if (each->text() == QLatin1String(button)) {
