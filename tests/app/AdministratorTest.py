@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """vyre-admin on a system with a real polkit: who is asked, and what reaches root.
 
-usage: AdministratorTest.py CMAKE BUILD
+usage: AdministratorTest.py CMAKE BUILD [options of unittest...]
 
 All runs in name spaces of its own, where this system has an installation of what was built, one more user, its own
 message bus and polkit. Nothing of that is there for anybody else.
@@ -150,25 +150,56 @@ class Display:
         assert number, 'Xvfb did not start'
         self.name = ':' + number
         self.write_cookie(self.cookies, 0)
-        self.environment = dict(os.environ, DISPLAY=self.name, XAUTHORITY=self.cookies)
+        self.client = {'env': dict(os.environ, DISPLAY=self.name, XAUTHORITY=self.cookies)}
 
     def write_cookie(self, path, owner):
         run('xauth', '-q', '-f', path, 'add', self.name, '.', COOKIE)
         os.chown(path, owner, owner)
 
     def xhost(self, *arguments):
-        return run('xhost', *arguments, env=self.environment).stdout
+        return run('xhost', *arguments, **self.client).stdout
 
     def let_in(self):
         """What xhost lists, sorted."""
         return sorted(line for line in self.xhost().splitlines() if ':' in line)
 
     def windows(self, name):
-        found = run('xdotool', 'search', '--onlyvisible', '--name', name, env=self.environment, check=False)
+        found = run('xdotool', 'search', '--onlyvisible', '--name', name, check=False, **self.client)
         return found.stdout.split()
 
     def do(self, *arguments):
-        return run('xdotool', *arguments, env=self.environment, check=False).stdout.strip()
+        return run('xdotool', *arguments, check=False, **self.client).stdout.strip()
+
+    def press(self, window, key):
+        self.do('windowfocus', window, 'key', key)
+
+
+class WaylandDisplay(Display):
+    """The X server that a Wayland compositor of the user starts for X programs. It has no cookies."""
+
+    def __init__(self, system, screen):
+        """The compositor has its screen, pointer and keyboard in a window of the other display."""
+        self.screen = screen
+        messages = os.path.join(tempfile.mkdtemp(dir=system.scratch), 'messages')
+        cookies = system.runtime + '/cookies'
+        screen.write_cookie(cookies, UID)
+        with open(messages, 'w') as stream:
+            self.server = subprocess.Popen(
+                ['weston', '--backend=x11-backend.so', '--use-pixman', '--xwayland', '--no-config', '--idle-time=0'],
+                stdin=subprocess.DEVNULL, stdout=stream, stderr=stream, preexec_fn=become_user,
+                env={'PATH': '/usr/bin:/bin', 'HOME': system.home, 'XDG_RUNTIME_DIR': system.runtime,
+                     'DISPLAY': screen.name, 'XAUTHORITY': cookies})
+
+        def look():
+            with open(messages) as stream:
+                return re.search('xserver listening on display (:[0-9]+)', stream.read())
+        self.name = wait_for(look, 'the X server of the compositor').group(1)
+        self.client = {'preexec_fn': become_user,
+                       'env': {'PATH': '/usr/bin:/bin', 'HOME': system.home, 'DISPLAY': self.name}}
+
+    def press(self, window, key):
+        # A new window has the compositor's focus.
+        self.screen.press(self.screen.do('search', '--onlyvisible', '--class', 'weston'), key)
 
 
 class Agent(threading.Thread):
@@ -220,12 +251,15 @@ class AdministratorTest(unittest.TestCase):
         cls.addClassCleanup(cls.system.stop)
 
     def setUp(self):
-        self.display = Display(self.system)
-        self.addCleanup(self.display.server.wait)
-        self.addCleanup(self.display.server.terminate)
+        self.show_on(Display(self.system))
         self.agent = None
         self.process = None
         self.addCleanup(self.clean)
+
+    def show_on(self, display):
+        self.display = display
+        self.addCleanup(display.server.wait)
+        self.addCleanup(display.server.terminate)
 
     def clean(self):
         if self.agent is not None:
@@ -278,7 +312,7 @@ class AdministratorTest(unittest.TestCase):
         for _ in range(200):
             window = self.display.windows('^VYRE - ')
             if window:
-                self.display.do('windowfocus', window[0], 'key', 'ctrl+q')
+                self.display.press(window[0], 'ctrl+q')
             try:
                 self.process.wait(0.2)
                 break
@@ -396,6 +430,16 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.do('getwindowpid', self.display.windows('^VYRE - ')[0]), str(vyre))
         os.kill(vyre, signal.SIGKILL)
 
+    def test_vyre_runs_as_root_in_a_wayland_session(self):
+        self.show_on(WaylandDisplay(self.system, self.display))
+        self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
+        self.start(XDG_SESSION_TYPE='wayland', WAYLAND_DISPLAY='wayland-0')
+        vyre = self.vyre()
+        self.assertEqual(self.status(vyre, 'Uid'), '0\t0\t0\t0')
+        self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
+        self.quit()
+        self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
+
     # What is refused
 
     def test_a_wrong_password_starts_nothing(self):
@@ -466,7 +510,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertTrue(self.out.read().startswith('usage: vyre [options...]\n'))
 
     def test_root_is_not_asked(self):
-        done = run(ADMIN, '--state=x', env=dict(self.display.environment, VYRESHARE='/usr/share/vyre'), check=False)
+        done = run(ADMIN, '--state=x', env=dict(self.display.client['env'], VYRESHARE='/usr/share/vyre'), check=False)
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr, 'vyre: unrecogized argument to -s/--state option: x\n')
 
@@ -476,4 +520,4 @@ if __name__ == '__main__':
         command = ['/usr/bin/python3', '-B', os.path.abspath(__file__), INSIDE] + sys.argv[1:]
         os.execvp('unshare', ['unshare', '--mount', '--propagation', 'private', '--pid', '--fork', '--mount-proc',
                               '--kill-child'] + command)
-    unittest.main(argv=sys.argv[:1], verbosity=2, warnings=False)
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:], verbosity=2, warnings=False)

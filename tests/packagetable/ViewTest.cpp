@@ -460,7 +460,10 @@ void ViewTest::kerningCountsInTheWidthOfAColumn()
         // Texts without kerning, between those two widths.
         QJsonArray packages{StandIn::package(kerned)};
         const QString unit = QStringLiteral("H");
-        for (qreal width = single - 40; width < single + pairs * most + 40; width += 10) {
+        const qreal narrowest = single - 40;
+        const qreal widest = single + pairs * most + 40;
+        for (int step = 0; narrowest + 10 * step < widest; ++step) {
+            const qreal width = narrowest + 10 * step;
             packages.append(
                 StandIn::package(unit.repeated(static_cast<int>(width / metrics.horizontalAdvance(unit)))));
         }

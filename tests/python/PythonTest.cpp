@@ -49,10 +49,7 @@ private:
     {
         Python::ExceptScope scope(*python, {type});
         const PyRef result(python->pyCall("fail", "(O)", type));
-        if (python->pyExceptMatches(result.get(), type)) {
-            return true;
-        }
-        return false;
+        return python->pyExceptMatches(result.get(), type);
     }
 
 private Q_SLOTS:

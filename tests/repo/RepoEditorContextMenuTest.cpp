@@ -40,7 +40,7 @@ private:
     std::unique_ptr<YumConfIO> conf;
     std::unique_ptr<Model> model;
     std::unique_ptr<QWidget> view;
-    std::unique_ptr<ContextMenu> menu;
+    ContextMenu* menu = nullptr; // the view's
 };
 
 void RepoEditorContextMenuTest::initTestCase()
@@ -53,7 +53,7 @@ void RepoEditorContextMenuTest::initTestCase()
     view->resize(200, 100);
     view->show();
     QVERIFY(QTest::qWaitForWindowActive(view.get()));
-    menu = std::make_unique<ContextMenu>(model.get(), view.get());
+    menu = new ContextMenu(model.get(), view.get());
 }
 
 void RepoEditorContextMenuTest::init()
@@ -72,7 +72,6 @@ void RepoEditorContextMenuTest::init()
 void RepoEditorContextMenuTest::cleanupTestCase()
 {
     view.reset();
-    menu.release(); // was the view's
     model.reset();
     conf.reset();
     backEnd.reset();
@@ -80,7 +79,7 @@ void RepoEditorContextMenuTest::cleanupTestCase()
 
 void RepoEditorContextMenuTest::editTellsTheRow()
 {
-    QSignalSpy edits(menu.get(), SIGNAL(edit(QModelIndex)));
+    QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(model->index(1, IdentifierColumn), "Edit"));
     QCOMPARE(edits.size(), 1);
     QCOMPARE(edits.at(0).at(0).toModelIndex(), model->index(1, IdentifierColumn));
@@ -89,7 +88,7 @@ void RepoEditorContextMenuTest::editTellsTheRow()
 
 void RepoEditorContextMenuTest::browseOpensTheUrl()
 {
-    QSignalSpy edits(menu.get(), SIGNAL(edit(QModelIndex)));
+    QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(model->index(1, NameColumn), "Browse Repository"));
     QCOMPARE(BackEnd::browsed(), QStringList{QStringLiteral("http://h/base")});
     QCOMPARE(edits.size(), 0);
@@ -116,7 +115,7 @@ void RepoEditorContextMenuTest::browseHasItsMessageOverTheView()
 
 void RepoEditorContextMenuTest::withoutARowNothingCanBeChosen()
 {
-    QSignalSpy edits(menu.get(), SIGNAL(edit(QModelIndex)));
+    QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(QModelIndex(), "Edit"));
     QVERIFY(run(QModelIndex(), "Browse Repository"));
     QTest::qWait(200);
@@ -129,7 +128,7 @@ void RepoEditorContextMenuTest::withoutARowNothingCanBeChosen()
 
 void RepoEditorContextMenuTest::aRowThatIsGoneIsNotEdited()
 {
-    QSignalSpy edits(menu.get(), SIGNAL(edit(QModelIndex)));
+    QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     const QModelIndex index = model->index(1, IdentifierColumn);
     QVERIFY(withMenu([this, index] { menu->exec(index, view->mapToGlobal(QPoint(10, 10))); },
                      [this](QMenu& shown) {

@@ -203,9 +203,7 @@ QStringList BackEnd::bars() const
 QStringList BackEnd::tip()
 {
     for (QWidget* old : QApplication::topLevelWidgets()) {
-        if (auto* shown = qobject_cast<GeneralTip*>(old)) {
-            delete shown;
-        }
+        delete qobject_cast<GeneralTip*>(old); // null for any other window
     }
     Q_EMIT item.toolTip(QPoint(1, 1));
     QStringList rows;

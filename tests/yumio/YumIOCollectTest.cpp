@@ -308,8 +308,8 @@ private Q_SLOTS:
         const QStringList expected{
             "(1, 'Initializing: Total Progress (0%) 100/18000', 'Reading repositories (0%) 0/1')",
             "(1, 'Initializing: Total Progress (83%) 15000/18000', 'Collecting updatable packages (0%) 0/1')",
-            "(1, 'Initializing: Total Progress (88%) 16000/18000', "
-            "'Collecting installed and available packages (0%) 0/1')",
+            ("(1, 'Initializing: Total Progress (88%) 16000/18000', "
+             "'Collecting installed and available packages (0%) 0/1')"),
             "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups (0%) 0/1')",
             "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups (0%) 0/1')"};
         QVERIFY(backEnd->collect());

@@ -41,7 +41,7 @@ public:
     using YumIO::setEnablePythonSIGINTHandler;
 
     Python& python() { return *this; }
-    bool startInterpreter() { return Python::initialize(); }
+    bool startInterpreter() { return python().initialize(); } // without the script
 
     // Values
     using YumIO::buildTimeOf;

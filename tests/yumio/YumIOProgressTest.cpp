@@ -377,9 +377,9 @@ private Q_SLOTS:
                      "class Lost:\n"
                      "    @property\n"
                      "    def pkg(self): raise RuntimeError('inside')\n");
-        for (const QString call : {"downloadProgress(wrong, 1.0)", "downloadEnd(wrong, None, None)",
-                                   "downloadRemotePayloads([Lost(), Lost()])"}) {
-            QVERIFY(!apply("yumIOC." + call));
+        for (const char* call : {"downloadProgress(wrong, 1.0)", "downloadEnd(wrong, None, None)",
+                                 "downloadRemotePayloads([Lost(), Lost()])"}) {
+            QVERIFY(!apply(QString("yumIOC.") + call));
             const QStringList texts = errors();
             QCOMPARE(texts.count(), 2);
             QVERIFY2(texts[0].startsWith("Internal error: download"), qPrintable(texts[0]));
