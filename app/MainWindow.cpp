@@ -506,6 +506,8 @@ void MainWindow::recollect()
     view->setEmptyText(tr("Reading the packages..."));
     yumIO->clearEntries();
     collect();
+    // Or what is asked of each record for the expression would hold up the graphical thread.
+    prepareFilterSearch();
     model->reset();
     updateEmptyText();
     // The records are new ones, and none of them is marked.

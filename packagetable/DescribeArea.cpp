@@ -311,6 +311,7 @@ void Area::handleFiles()
 void Area::handleChangeLog()
 {
     const Busy busy(*this);
+    yumIO->loadChangeLog(*entry);
     const QString text = yumIO->getChangeLog(*entry);
     updateButtons();
     showText(tr("%1 %2 Change Log").arg(yumIO->getName(*entry), yumIO->getVerRel(*entry)), text);

@@ -36,6 +36,12 @@ void CollectSearchTextsThread::run()
     loop.exit(0);
 }
 
+void LoadChangeLogThread::run()
+{
+    yumIO->loadChangeLogReal(entry);
+    loop.exit(0);
+}
+
 void ApplyThread::run()
 {
     result = yumIO->applyReal();
@@ -108,4 +114,14 @@ bool YumIO::collectOtherData()
     CollectOtherDataThread thread(this, loop);
     execWorkThread(loop, thread);
     return thread.result;
+}
+
+void YumIO::loadChangeLog(const Package::Entry& entry)
+{
+    if (entry.kind == Package::Group || entry.state == Package::Installed || !otherDataLoaded) {
+        return;
+    }
+    QEventLoop loop;
+    LoadChangeLogThread thread(this, loop, entry);
+    execWorkThread(loop, thread);
 }

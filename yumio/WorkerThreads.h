@@ -91,6 +91,23 @@ private:
     const QVector<Package::Entry*>& wanted;
 };
 
+class LoadChangeLogThread : public QThread
+{
+public:
+    LoadChangeLogThread(YumIO* owner, QEventLoop& eventLoop, const Package::Entry& record)
+        : yumIO(owner), loop(eventLoop), entry(record)
+    {
+    }
+
+protected:
+    void run() override;
+
+private:
+    YumIO* yumIO;
+    QEventLoop& loop;
+    const Package::Entry& entry;
+};
+
 class ApplyThread : public QThread
 {
 public:

@@ -102,6 +102,9 @@ public:
     // Gives the texts that a search looks at, all but the file list and the change log, to a function, one
     // after the other until that returns true; whether it did.
     bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
+    // Has a worker read what getChangeLog() needs for a package of a repository: the first one takes seconds
+    // where the repository is large. What is wrong with it is told by getChangeLog().
+    void loadChangeLog(const Package::Entry& entry);
     bool haveFileLists() const { return fileListsLoaded; }
     bool haveOtherData() const { return otherDataLoaded; }
 
@@ -213,6 +216,7 @@ private:
     friend class CollectFileListsThread;
     friend class CollectOtherDataThread;
     friend class CollectSearchTextsThread;
+    friend class LoadChangeLogThread;
     friend class ApplyThread;
     // Tests reach the operations that have no caller of their own outside.
     friend class YumIOProbe;
@@ -276,6 +280,7 @@ private:
     bool collectFileListsReal();
     bool collectOtherDataReal();
     void collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
+    void loadChangeLogReal(const Package::Entry& entry);
     bool applyReal();
 
     // Collection

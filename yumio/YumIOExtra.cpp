@@ -184,6 +184,17 @@ QString YumIO::getFiles(const Package::Entry& entry)
     return makeSortedUniq(paths);
 }
 
+void YumIO::loadChangeLogReal(const Package::Entry& entry)
+{
+    blocker.block();
+    Progress::User progressUser(progress, totalBar, itemBar);
+    YumIODialogsUser dialogsUser(dialogs, parent);
+    PyGILStateWrapper lock(true);
+    YumIOCapturersUser capturersUser(capturers, this);
+    const PyRef items(PyObject_GetAttrString(entry.pyObject, "changelogs"));
+    PyErr_Clear();
+}
+
 QString YumIO::getChangeLog(const Package::Entry& entry)
 {
     if (entry.kind == Package::Group) {

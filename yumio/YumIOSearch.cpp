@@ -75,6 +75,9 @@ void YumIO::collectSearchTexts(const QVector<Package::Entry*>& wanted)
 
 QString YumIO::metadataPath(const QString& repo, const char* kind)
 {
+    if (PyObject_HasAttrString(yumIO.get(), "metadataPath") == 0) {
+        return QString(); // the packages are asked one by one then
+    }
     PyRef path(pyMethodCall(yumIO.get(), "metadataPath", "(s,s)", repo.toUtf8().constData(), kind));
     if (!path) {
         PyErr_Clear();

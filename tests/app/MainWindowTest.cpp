@@ -191,6 +191,7 @@ private Q_SLOTS:
     void brokenExpressionLooksDifferent();
     void filtersInSearchModeApply();
     void textsAreReadForTheExpressionInUse();
+    void textsAreReadBeforeNewRecordsAreSearched();
 
     // --- Actions
 
@@ -789,6 +790,25 @@ void MainWindowTest::textsAreReadForTheExpressionInUse()
     QVERIFY(haveTexts(Package::Available));
     QVERIFY(!haveTexts(Package::Installed));
     QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowTest::textsAreReadBeforeNewRecordsAreSearched()
+{
+    shown->start();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("needle");
+    const QStringList found = shown->sorted();
+    QVERIFY(!found.isEmpty());
+    // By a worker, for all: what a record is asked by the graphical thread leaves nothing here.
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->sorted(), found);
+    int unread = 0;
+    for (int row = 0; row < shown->model->rowCount(); ++row) {
+        const Package::Entry& entry = *shown->model->entry(row);
+        unread += entry.state == Package::Updatable && entry.searchTexts.isNull() ? 1 : 0;
+    }
+    QCOMPARE(unread, 0);
 }
 
 void MainWindowTest::applyIsEnabledWhileThereIsAnyAction()

@@ -58,6 +58,7 @@ private Q_SLOTS:
 
     void filesAreShown();
     void changeLogIsShown();
+    void windowsAreAliveWhileAChangeLogIsRead();
     void nameWithAPercentSignIsKeptInTheTitles();
     void emptyListsAreShownAsEmpty();
     void buttonsTellOfDataThatHaveToBeLoaded();
@@ -608,6 +609,25 @@ void DescribeDialogTest::changeLogIsShown()
         const QString log = table->yumIO.getChangeLog(table->entry("it"));
         QVERIFY(log.contains("- new\n\n* "));
         QCOMPARE(textBehind(buttonBeside(shown, "Change Log")), (QStringList{"it 1-1 Change Log", log}));
+    });
+}
+
+void DescribeDialogTest::windowsAreAliveWhileAChangeLogIsRead()
+{
+    available({{"waiting", true}});
+    describe("it", [this](Dialog& shown) {
+        bool closed = true;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [this, &shown, &closed] {
+            if (table->yumIO.isWorking()) {
+                closed = shown.close() || !shown.isVisible();
+                table->standIn.letChangeLogsBeRead();
+            }
+        });
+        timer.start(1);
+        QCOMPARE(textBehind(buttonBeside(shown, "Change Log")),
+                 (QStringList{"it 1-1 Change Log", "* Thu Jan 2 2020 Me\nat last"}));
+        QVERIFY(!closed);
     });
 }
 

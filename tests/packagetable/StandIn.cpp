@@ -90,6 +90,11 @@ void StandIn::setBreaking(bool doBreak)
     setFlag("breaking", doBreak);
 }
 
+void StandIn::letChangeLogsBeRead()
+{
+    setFlag("readable", true);
+}
+
 void StandIn::setUnreadable(bool unreadable)
 {
     setFlag("unreadable", unreadable);

@@ -320,6 +320,36 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
     }
 
+    void changeLogOfARepositoryIsReadByAWorker()
+    {
+        backEnd->run("import threading\n"
+                     "readers = []\n"
+                     "class Noting(Package):\n"
+                     "    @property\n"
+                     "    def changelogs(self):\n"
+                     "        readers.append('here' if threading.get_ident() == own else 'worker')\n"
+                     "        raise ValueError('broken')\n"
+                     "own = threading.get_ident()\n"
+                     "it.installed.append(Noting('installed'))\n"
+                     "it.available.append(Noting('available'))");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        yumIO().loadChangeLog(*backEnd->entry("installed"));
+        yumIO().loadChangeLog(group());
+        QCOMPARE(backEnd->text("readers"), QString("[]"));
+        yumIO().loadChangeLog(*backEnd->entry("available"));
+        QCOMPARE(backEnd->text("readers"), QString("['worker']"));
+        QVERIFY(PyErr_Occurred() == nullptr);
+        QCOMPARE(errors(), QStringList());
+        QCOMPARE(yumIO().getChangeLog(*backEnd->entry("available")), QString());
+        QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
+        // Nothing of the repositories is to be had before the collection.
+        yumIO().otherDataLoaded = false;
+        yumIO().loadChangeLog(*backEnd->entry("available"));
+        QCOMPARE(backEnd->text("readers"), QString("['worker', 'here']"));
+        yumIO().otherDataLoaded = true;
+    }
+
     void changeLogThatCannotBeLoaded()
     {
         yumIO().otherDataLoaded = false;
