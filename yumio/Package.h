@@ -51,16 +51,16 @@ public:
     QString summary;
     quint64 buildTime; // seconds since the epoch
     QString buildTimeText;
-    // What a search looks at, in UTF-8: every text but the next two, each ended by a zero (null: nothing has
-    // been read), the file list and the change log.
-    QByteArray searchTexts;
-    QByteArray searchFiles;
-    QByteArray searchChangeLog;
     PyObject* pyObject; // the script's package or group object: one strong reference
     bool duplicate;     // a record of the same name and another bi-arch class is better
     Entry* next;        // owned; installed versions of the same name and bi-arch class that came later
     Action txAction;    // what the transaction being applied does to this record
     bool local;         // while applying: the package file is in the local cache already, and valid
+    // What a search looks at, in UTF-8: every text but the next two, each ended by a zero (null: nothing has
+    // been read), the file list and the change log.
+    QByteArray searchTexts;
+    QByteArray searchFiles;
+    QByteArray searchChangeLog;
 };
 
 // Owns its records.

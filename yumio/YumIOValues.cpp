@@ -322,6 +322,9 @@ QString YumIO::getBiArch(const QString& arch)
     auto known = biArchByArch.constFind(arch);
     if (known == biArchByArch.constEnd()) {
         const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));
+        if (!answer) {
+            return pyString(nullptr); // what failed once may not fail again
+        }
         known = biArchByArch.insert(arch, pyString(answer.get()));
     }
     return known.value();

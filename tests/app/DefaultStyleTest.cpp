@@ -39,12 +39,14 @@ class DefaultStyleTest : public QObject
 
 private:
     QTemporaryDir settingsDirectory;
+    QTemporaryDir systemDirectory;
 
 private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(settingsDirectory.isValid());
         QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsDirectory.path());
+        QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, systemDirectory.path());
     }
 
     void init()
@@ -99,6 +101,18 @@ private Q_SLOTS:
         char name[] = "-style=windows";
         char* arguments[] = {name};
         DefaultStyle(1, arguments).set(*qApp, "Fusion");
+        QCOMPARE(currentStyle(), QStringLiteral("fusion"));
+    }
+
+    void settingOfTheSystemDoesNotSuppressTheDefault()
+    {
+        {
+            QSettings stored(QSettings::SystemScope, "Trolltech");
+            stored.setValue("Qt/style", "Windows");
+        }
+        QVERIFY(QSettings(QSettings::UserScope, "Trolltech").contains("Qt/style"));
+        styleFor({}).set(*qApp, "Fusion");
+        QSettings(QSettings::SystemScope, "Trolltech").clear();
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 

@@ -188,6 +188,7 @@ private Q_SLOTS:
     void searchForAnythingLoadsNothing();
     void searchLooksIntoEveryField();
     void collectionHasLoadedTheExtraData();
+    void extraDataAreLoadedOnceForTheFirstExpression();
     void brokenExpressionLooksDifferent();
     void filtersInSearchModeApply();
     void textsAreReadForTheExpressionInUse();
@@ -733,6 +734,37 @@ void MainWindowTest::collectionHasLoadedTheExtraData()
     QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
     QCOMPARE(standIn->calls("collectFileLists") + standIn->calls("collectOtherData"), 0);
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
+}
+
+void MainWindowTest::extraDataAreLoadedOnceForTheFirstExpression()
+{
+    // Nothing has been collected while the repositories are edited at the start.
+    shown->window->setRepoEditorAtStart();
+    standIn->forgetCalls();
+    const auto loads = [this] {
+        return QList<int>{standIn->calls("collectFileLists"), standIn->calls("collectOtherData")};
+    };
+    QList<QList<int>> seen;
+    const Once once(
+        [] {
+            const QWidget* dialog = QApplication::activeModalWidget();
+            return dialog != nullptr && dialog->windowTitle() == "VYRE Repository Configuration Editor";
+        },
+        [this, loads, &seen] {
+            shown->window->setMode(Search);
+            seen << loads();
+            for (const char* expression : {"needle", "other"}) {
+                shown->window->setRegexp(expression);
+                shown->window->filtersearch();
+                seen << loads();
+            }
+            QApplication::activeModalWidget()->close();
+        });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QVERIFY(once.isDone());
+    QCOMPARE(seen, (QList<QList<int>>{{0, 0}, {1, 1}, {1, 1}}));
+    QCOMPARE(loads(), (QList<int>{1, 1}));
 }
 
 void MainWindowTest::brokenExpressionLooksDifferent()

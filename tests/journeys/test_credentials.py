@@ -187,6 +187,18 @@ class AskedTest(CredentialsTest):
             self.check_file()
             self.quit(window)
 
+    def test_skipped_credentials_are_asked_for_again_after_a_transaction(self):
+        self.configure()
+        with self.program() as program:
+            self.asked(program, 'one').click_button('Skip All')
+            window = self.listed(program)
+            window.mark_listed('pergola')
+            window.accept(window.apply())
+            self.asked(program, 'one').click_button('Quit')
+            self.check_ended(program)
+        self.check_file()
+        self.check_changed(new=['pergola-6.1-1.x86_64'])
+
     def test_disabled_for_the_session(self):
         self.configure()
         with self.program() as program:

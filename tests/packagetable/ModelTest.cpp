@@ -59,6 +59,7 @@ private Q_SLOTS:
     void theUserRoleGivesNumbersAndTheRecord();
     void otherRolesYieldNothing();
     void requestsOutsideTheTableYieldNothing();
+    void furtherInstalledVersionsOfWhatIsAvailableAreMarked();
     void aRowTellsItsState();
     void anActionIsStoredUnchecked();
     void anActionOutsideTheTableIsNotStored();
@@ -370,16 +371,34 @@ void ModelTest::otherRolesYieldNothing()
 
 void ModelTest::requestsOutsideTheTableYieldNothing()
 {
+    // Its own index() makes no such index; a proxy with a fault might.
+    class Careless : public Model
+    {
+    public:
+        using Model::Model;
+        QModelIndex beyond() const { return createIndex(0, ColumnCount); }
+    };
+    const Careless careless(&table->yumIO);
+    QVERIFY(careless.beyond().isValid());
     for (const int role : {int(Qt::DisplayRole), int(Qt::UserRole), int(Qt::ToolTipRole)}) {
         QCOMPARE(model->data(QModelIndex(), role), QVariant());
         QCOMPARE(model->data(model->index(model->rowCount(), 3), role), QVariant());
-        QCOMPARE(model->data(model->index(0, 9), role), QVariant());
+        QCOMPARE(model->data(model->index(0, ColumnCount), role), QVariant());
+        QCOMPARE(careless.data(careless.beyond(), role), QVariant());
     }
     // An index that was valid once, of a row that is gone.
     const QModelIndex last = model->index(model->rowCount() - 1, 3);
     table->collect({}, {}, {StandIn::package("alone")});
     QVERIFY(last.isValid());
     QCOMPARE(model->data(last), QVariant());
+}
+
+void ModelTest::furtherInstalledVersionsOfWhatIsAvailableAreMarked()
+{
+    Package::Entry& lib = table->entry("lib");
+    QCOMPARE(lib.state, Package::Available);
+    lib.next = new Package::Entry;
+    QCOMPARE(data("lib", VersionColumn), QVariant(lib.verRel + " *"));
 }
 
 void ModelTest::aRowTellsItsState()

@@ -47,6 +47,7 @@ private Q_SLOTS:
     void notificationFromBeforeHidingIsIgnored();
     void reopeningRendersFromScratch();
     void tabLeavesThePane();
+    void entryBetweenTheHistoryAndTheConnectionIsShown();
     void openingWhileAWriterRunsLosesNothing();
     void floodOfMessagesIsShownCompletely();
     void manyEntriesAreShown();
@@ -125,6 +126,15 @@ void LogWindowTest::windowHasItsTextsAndRanges()
     QVERIFY(pane->isReadOnly());
     QCOMPARE(pane->lineWrapMode(), QTextEdit::NoWrap);
     QCOMPARE(pane->wordWrapMode(), QTextOption::NoWrap);
+    const int frame = 2 * pane->frameWidth();
+    QCOMPARE(pane->sizeHint(), QSize(frame + 100 * pane->fontMetrics().horizontalAdvance(QLatin1Char('n')),
+                                     frame + 24 * pane->fontMetrics().lineSpacing()));
+    // From left to right: what it is, the number, and at the other end the button.
+    open();
+    const QRect label = window->findChild<QLabel*>()->geometry();
+    QVERIFY(label.top() > pane->geometry().bottom());
+    QVERIFY(label.right() < level->x());
+    QVERIFY(level->geometry().right() + window->width() / 3 < close->x());
 }
 
 void LogWindowTest::mainWindowIsNotTheParent()
@@ -414,6 +424,16 @@ void LogWindowTest::tabLeavesThePane()
     QTRY_VERIFY(pane->hasFocus());
     QTest::keyClick(pane, Qt::Key_Tab);
     QVERIFY(level->hasFocus());
+}
+
+void LogWindowTest::entryBetweenTheHistoryAndTheConnectionIsShown()
+{
+    log(Log::Info, 0, "before");
+    // It comes while the history is painted: the window is not told of anything new yet then.
+    QMetaObject::invokeMethod(
+        window.get(), [this] { log(Log::Info, 0, "between"); }, Qt::QueuedConnection);
+    window->show();
+    QCOMPARE(lines(), QStringList({"before", "between"}));
 }
 
 void LogWindowTest::openingWhileAWriterRunsLosesNothing()

@@ -97,6 +97,7 @@ private Q_SLOTS:
     void largestMaximumOfABarIsExact();
     void secondItemValueWithinTheIntervalIsKeptButNotSent();
     void finalItemValueIsNotForcedThrough();
+    void itemValueSoonAfterAChangeOfTheStepsIsNotSent();
     void itemValueBeforeAnyStartIsNotSent();
     void totalValueWithinTheIntervalIsDropped();
     void totalMaximumIsSentOnceWithinTheInterval();
@@ -537,6 +538,26 @@ void ProgressTest::finalItemValueIsNotForcedThrough()
     QCOMPARE(item->value(), 0);
     progress.startItem("next", 10, 10);
     QCOMPARE(item->value(), 0);
+}
+
+void ProgressTest::itemValueSoonAfterAChangeOfTheStepsIsNotSent()
+{
+    Progress::Object progress(total, item);
+    QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
+    progress.startTotal("Reading", 100);
+    progress.startItem("item", 40, 10);
+    QElapsedTimer timer;
+    do {
+        waitForInterval();
+        spy.clear();
+        timer.start();
+        progress.changeItemActSteps(0, 10);
+        progress.setItemValue(5);
+    } while (timer.elapsed() > interval);
+    QCOMPARE(spy.count(), 0);
+    waitForInterval();
+    progress.setItemValue(6);
+    QCOMPARE(spy.count(), 1);
 }
 
 void ProgressTest::itemValueBeforeAnyStartIsNotSent()

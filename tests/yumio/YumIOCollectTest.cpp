@@ -303,9 +303,11 @@ private Q_SLOTS:
             "    answer = {'collectUpdates': it.updates, 'collectGroups': it.groups,\n"
             "              'collectAll': Thing(installed=[], available=[])}.get(method)\n"
             "    it.does[method] = lambda: (seen.append((state()['phase'],) + tuple(look())), answer)[1]\n"
-            "for each in ('setupRepos', 'collectUpdates', 'collectAll', 'collectGroups', 'collectDone'):\n"
+            "for each in ('lock', 'setupRepos', 'collectUpdates', 'collectAll', 'collectGroups', "
+            "'collectDone'):\n"
             "    watch(each)");
         const QStringList expected{
+            "(0, 'Initializing: Total Progress (0%) 0/18000', 'Preparing (0%) 0/1')",
             "(1, 'Initializing: Total Progress (0%) 100/18000', 'Reading repositories (0%) 0/1')",
             "(1, 'Initializing: Total Progress (83%) 15000/18000', 'Collecting updatable packages (0%) 0/1')",
             ("(1, 'Initializing: Total Progress (88%) 16000/18000', "
