@@ -195,10 +195,14 @@ bool YumConfIO::readConfFile(FILE* file)
         }
         QString value;
         if (isOption(line, QStringLiteral("cachedir"), value)) {
-            cachedir = value;
+            cachedir = ManagedRoot::namedDirectory(value);
         } else if (isOption(line, QStringLiteral("reposdir"), value)) {
             reposdir = value.replace(QLatin1Char(','), QLatin1Char(' ')).split(QLatin1Char(' '));
             reposdir.removeAll(QString());
+            // An image's file names its own directories, not those of this system.
+            for (QString& directory : reposdir) {
+                directory = ManagedRoot::namedDirectoryOfFiles(directory);
+            }
         } else if (isOption(line, QStringLiteral("enabled"), value)) {
             enabled = isOn(value);
         } else if (isOption(line, QStringLiteral("gpgcheck"), value)) {

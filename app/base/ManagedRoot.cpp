@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 namespace ManagedRoot {
 
@@ -18,6 +19,19 @@ QString path()
 QString absolute(const QString& pathInRoot)
 {
     return path() + pathInRoot;
+}
+
+QString namedDirectory(const QString& directory)
+{
+    const QString root = path();
+    const bool inside = directory == root || directory.startsWith(root + QLatin1Char('/'));
+    return directory.startsWith(QLatin1Char('/')) && !inside ? root + directory : directory;
+}
+
+QString namedDirectoryOfFiles(const QString& directory)
+{
+    const QString inside = namedDirectory(directory);
+    return QFileInfo(inside).isDir() ? inside : directory;
 }
 
 } // namespace ManagedRoot

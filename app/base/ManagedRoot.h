@@ -18,6 +18,13 @@ QString path();
 // itself, unchanged.
 QString absolute(const QString& pathInRoot);
 
+// The place, on this system, of a directory that a file of the managed system names for what is written:
+// below the root, unless it leads there by itself.
+QString namedDirectory(const QString& directory);
+
+// The same for what is read: a directory that there is not below the root may be shared with this system.
+QString namedDirectoryOfFiles(const QString& directory);
+
 } // namespace ManagedRoot
 
 #endif

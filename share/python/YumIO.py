@@ -64,6 +64,22 @@ def inRoot(path):
     return path if root == '/' else root + path
 
 
+def isElsewhere(path):
+    """Whether an absolute path leads out of the managed system, as those do that its own files name."""
+    root = managedRoot()
+    return path.startswith('/') and root != '/' and path != root and not path.startswith(root + '/')
+
+
+def namedDirectory(path):
+    """The place on this system of a directory that is written by us and named by a file of the managed system."""
+    return inRoot(path) if isElsewhere(path) else path
+
+
+def namedDirectoryOfFiles(path):
+    """The same of one that is read; what there is not in the managed system may be shared with this one."""
+    return inRoot(path) if isElsewhere(path) and os.path.isdir(inRoot(path)) else path
+
+
 def canWrite(path):
     """Whether files can be made in a directory, which need not exist yet."""
     while not os.path.lexists(path):
@@ -606,6 +622,7 @@ class YumIO:
             if dnf.util.am_i_root() or (managedRoot() != '/' and canWrite(inRoot(path))):
                 conf._set_value(option, inRoot(path), dnf.conf.PRIO_DEFAULT)
         conf.releasever = self._releasever()
+        preset = {option: getattr(conf, option) for option in ('cachedir', 'logdir', 'persistdir')}
 
         # Repositories are looked for in the same file, and it must not be the package manager's usual one.
         path = configurationFile() or os.devnull
@@ -615,9 +632,16 @@ class YumIO:
             logging.getLogger('dnf').error('Unable to use the configuration file %s: %s', path, e)
             path = os.devnull
         conf._set_value('config_file_path', path, dnf.conf.PRIO_COMMANDLINE)
+        # An image's files name its own directories: nothing of this system may be changed in their place.
+        for option in ('reposdir', 'varsdir'):
+            conf._set_value(option, [namedDirectoryOfFiles(directory) for directory in getattr(conf, option)],
+                            dnf.conf.PRIO_COMMANDLINE)
         conf.substitutions.update_from_etc('/', varsdir=conf.varsdir)
-        for option in ('cachedir', 'logdir', 'persistdir'):
-            conf._set_value(option, libdnf.conf.ConfigParser.substitute(getattr(conf, option), conf.substitutions),
+        for option in preset:
+            directory = getattr(conf, option)
+            if directory != preset[option]:
+                directory = namedDirectory(directory)
+            conf._set_value(option, libdnf.conf.ConfigParser.substitute(directory, conf.substitutions),
                             dnf.conf.PRIO_COMMANDLINE)
         try:
             # No packages can be read without it.

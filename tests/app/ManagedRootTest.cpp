@@ -1,5 +1,7 @@
 #include <QtTest>
 
+#include <QTemporaryDir>
+
 #include "app/base/ManagedRoot.h"
 
 class ManagedRootTest : public QObject
@@ -32,6 +34,23 @@ private Q_SLOTS:
         QCOMPARE(ManagedRoot::path(), QString());
         QCOMPARE(ManagedRoot::absolute("/etc/yum.conf"), QStringLiteral("/etc/yum.conf"));
         QCOMPARE(ManagedRoot::absolute("/"), QStringLiteral("/"));
+        QCOMPARE(ManagedRoot::namedDirectory("/srv/cache"), QStringLiteral("/srv/cache"));
+        QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), QStringLiteral("/etc"));
+    }
+
+    void namedDirectoriesAreBelowTheRoot()
+    {
+        const QTemporaryDir root;
+        qputenv("VYREROOT", QFile::encodeName(root.path()));
+        QCOMPARE(ManagedRoot::namedDirectory("/srv/cache"), root.path() + "/srv/cache");
+        QCOMPARE(ManagedRoot::namedDirectory(root.path()), root.path());
+        QCOMPARE(ManagedRoot::namedDirectory(root.path() + "/srv"), root.path() + "/srv");
+        QCOMPARE(ManagedRoot::namedDirectory(root.path() + "2"), root.path() + root.path() + "2");
+        QCOMPARE(ManagedRoot::namedDirectory("cache"), QStringLiteral("cache"));
+        // What is read may be of this system.
+        QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), QStringLiteral("/etc"));
+        QVERIFY(QDir(root.path()).mkdir("etc"));
+        QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), root.path() + "/etc");
     }
 
     void rootIsMadeAbsoluteAndClean_data()

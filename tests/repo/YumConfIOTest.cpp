@@ -135,6 +135,7 @@ private Q_SLOTS:
     void theFileInEtcYumComesFirst();
     void withoutEtcYumTheFileInEtcIsReadAndWritten();
     void anEmptyMainFileGivesTheDefaults();
+    void namedDirectoriesAreThoseOfTheManagedRoot();
     void theDefaultsReturnWithEveryRead();
     void theMainValuesAreRead();
     void theMainHeaderIsNotRequired();
@@ -408,7 +409,7 @@ void YumConfIOTest::theFileInEtcYumComesFirst()
     putMain("[main]\ncachedir=/second\n");
     QCOMPARE(YumConfIO::fileName(), path(QStringLiteral("etc/yum/yum.conf")));
     QVERIFY(conf->read(window.data()));
-    QCOMPARE(conf->cachedir, QStringLiteral("/first"));
+    QCOMPARE(conf->cachedir, path(QStringLiteral("first")));
     conf->mainText += QStringLiteral("retries=3\n");
     QVERIFY(conf->write(window.data()));
     QCOMPARE(get(path(QStringLiteral("etc/yum/yum.conf"))),
@@ -420,7 +421,7 @@ void YumConfIOTest::withoutEtcYumTheFileInEtcIsReadAndWritten()
 {
     putMain("[main]\ncachedir=/second\n");
     QVERIFY(conf->read(window.data()));
-    QCOMPARE(conf->cachedir, QStringLiteral("/second"));
+    QCOMPARE(conf->cachedir, path(QStringLiteral("second")));
     conf->mainText += QStringLiteral("retries=3\n");
     QVERIFY(conf->write(window.data()));
     QCOMPARE(get(mainPath()), QByteArray("[main]\ncachedir=/second\nretries=3\n"));
@@ -438,6 +439,16 @@ void YumConfIOTest::anEmptyMainFileGivesTheDefaults()
     QVERIFY(!conf->gpgcheck);
     QCOMPARE(conf->entries.size(), 0);
     QCOMPARE(conf->mainText, QString());
+}
+
+void YumConfIOTest::namedDirectoriesAreThoseOfTheManagedRoot()
+{
+    // This system has a directory of that name too.
+    QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
+    putMain("[main]\ncachedir=/srv/cache\nreposdir=/etc /dev\n");
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->cachedir, path(QStringLiteral("srv/cache")));
+    QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc")), QStringLiteral("/dev")}));
 }
 
 void YumConfIOTest::theDefaultsReturnWithEveryRead()
@@ -460,7 +471,7 @@ void YumConfIOTest::theMainValuesAreRead()
     putMain("[main]\ncachedir = /somewhere\nenabled=0\ngpgcheck: yes\n");
     QVERIFY(conf->read(window.data()));
     // Given explicitly, it is not looked up below the managed root.
-    QCOMPARE(conf->cachedir, QStringLiteral("/somewhere"));
+    QCOMPARE(conf->cachedir, path(QStringLiteral("somewhere")));
     QVERIFY(!conf->enabled);
     QVERIFY(conf->gpgcheck);
 }

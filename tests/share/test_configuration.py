@@ -129,11 +129,11 @@ class ConfigurationTest(ScenarioTest):
 
     @in_own_process
     def test_paths_of_the_configuration_file_are_kept_and_their_variables_replaced(self):
-        place = os.path.join(self.directory, "$basearch", "$releasever")
+        place = os.path.join(self.sandbox.root, "$basearch", "$releasever")
         self.configure("cachedir=%s/cache" % place, "logdir=%s/log" % place, "persistdir=%s/state" % place)
         yumio = self.load()
         conf = yumio.base.conf
-        place = os.path.join(self.directory, "x86_64", "9")
+        place = os.path.join(self.sandbox.root, "x86_64", "9")
         self.assertEqual((conf.cachedir, conf.logdir, conf.persistdir),
                          (place + "/cache", place + "/log", place + "/state"))
         yumio.setupRepos()
@@ -141,6 +141,34 @@ class ConfigurationTest(ScenarioTest):
         self.assertIn("sandbox-http.solv", kept)
         self.assertTrue([name for name in kept if re.match("sandbox-http-[0-9a-f]{16}$", name)], kept)
         self.assertTrue(os.path.isfile(place + "/log/dnf.log"))
+
+    @in_own_process
+    def test_directories_that_the_file_names_are_those_of_the_managed_system(self):
+        # As an image's own files name them; this system has directories of these names too.
+        outside = os.path.join(self.directory, "named")
+        inside = self.sandbox.root + outside
+        for top, name in ((outside, "host"), (inside, "image")):
+            for kind in ("repos", "vars"):
+                os.makedirs(os.path.join(top, kind))
+            with open(top + "/repos/one.repo", "w") as stream:
+                stream.write("[one]\nname=$place\nbaseurl=file:///nowhere\nenabled=0\n")
+            with open(top + "/vars/place", "w") as stream:
+                stream.write(name + "\n")
+        before = sorted(os.listdir(outside))
+        self.configure(*("%s=%s/%s" % (option, outside, name) for option, name in
+                         (("cachedir", "cache"), ("logdir", "log"), ("persistdir", "state"), ("reposdir", "repos"),
+                          ("varsdir", "vars"))))
+        yumio = self.load()
+        conf = yumio.base.conf
+        self.assertEqual((conf.cachedir, conf.logdir, conf.persistdir),
+                         (inside + "/cache", inside + "/log", inside + "/state"))
+        self.assertEqual({identifier: repo.name for identifier, repo in yumio.base.repos.items()}, {"one": "image"})
+        self.assertTrue(os.path.isfile(inside + "/log/dnf.log"))
+        self.assertEqual(sorted(os.listdir(outside)), before)
+        # What there is here only is shared.
+        shutil.rmtree(inside + "/vars")
+        yumio.reset()
+        self.assertEqual(yumio.base.repos["one"].name, "host")
 
     @in_own_process
     def test_a_log_directory_that_cannot_be_made_does_not_stop_the_start(self):
