@@ -453,6 +453,13 @@ void MainWindow::reposChanged()
 
 void MainWindow::yumConfIOChanged()
 {
+    // The files are read often; each of these is told once.
+    for (const QString& doubt : qAsConst(yumConfIO->doubts)) {
+        if (!quitting() && !toldDoubts.contains(doubt)) {
+            toldDoubts.insert(doubt);
+            yumIO->log(Log::Warning, 0, doubt);
+        }
+    }
     const QString& directory = yumConfIO->cachedir;
     cleanDbcacheAction->setToolTip(tr("Clean RPM dbcache files (solv/solvx databases constructed from the "
                                       "metadata) cached locally in %1")

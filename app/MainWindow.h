@@ -11,6 +11,7 @@
 #include <QList>
 #include <QMainWindow>
 #include <QPointer>
+#include <QSet>
 
 #include <functional>
 
@@ -122,7 +123,8 @@ private:
     bool logAtStart;
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
-    YumIO* yumIO; // null from quit() on
+    QSet<QString> toldDoubts; // about the configuration, which the log has
+    YumIO* yumIO;             // null from quit() on
     YumConfIO* yumConfIO;
     bool initialized;
     bool scheduled;

@@ -120,6 +120,7 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     // was chosen last.
     proxy->setFilterKeyColumn(KindColumn);
 
+    connect(proxy, SIGNAL(modelReset()), this, SLOT(tellWhetherEmpty()));
     connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHorizontalHeaderClicked(int)));
     connect(this, SIGNAL(clicked(const QModelIndex&)), this, SLOT(handleActivated(const QModelIndex&)));
     connect(this, SIGNAL(customContextMenuRequested(const QPoint&)), this,
@@ -184,9 +185,14 @@ void View::setEmptyText(const QString& text)
 {
     if (emptyText != text) {
         emptyText = text;
-        setAccessibleDescription(text);
+        tellWhetherEmpty();
         viewport()->update();
     }
+}
+
+void View::tellWhetherEmpty()
+{
+    setAccessibleDescription(proxy->rowCount() == 0 ? emptyText : QString());
 }
 
 void View::paintEvent(QPaintEvent* event)

@@ -74,6 +74,10 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
 
+private Q_SLOTS:
+    // For those who do not see that nothing is drawn in place of rows.
+    void tellWhetherEmpty();
+
 private:
     class WidthEstimate;
 

@@ -12,7 +12,7 @@
 namespace RepoEditor {
 
 ConfigDialog::ConfigDialog(YumConfIO* conf, QWidget* parent)
-    : HDialog(parent), yumConfIO(conf), entry(nullptr), hasChanged(false)
+    : HDialog(parent), yumConfIO(conf), entry(nullptr), hasChanged(false), copied(false)
 {
     setWindowTitle(tr("VYRE Repository Configuration"));
     auto* layout = new QVBoxLayout(this);
@@ -46,9 +46,10 @@ ConfigDialog::ConfigDialog(YumConfIO* conf, QWidget* parent)
     setHasChanged(false);
 }
 
-void ConfigDialog::setEntry(Repo::Entry* edited)
+void ConfigDialog::setEntry(Repo::Entry* edited, bool isCopy)
 {
     entry = edited;
+    copied = isCopy;
     config->setEntry(*entry);
     updateStatusLabel();
 }
@@ -98,7 +99,7 @@ void ConfigDialog::cancel()
 
 void ConfigDialog::ok()
 {
-    if (!hasChanged || entry == nullptr) {
+    if ((!hasChanged && !copied) || entry == nullptr) {
         reject();
         return;
     }

@@ -28,8 +28,9 @@ public:
     // The configuration is not owned and must outlive the dialog.
     explicit ConfigDialog(YumConfIO* conf, QWidget* parent = nullptr);
 
-    // The repository to be edited by the next exec(); not owned, it must outlive that.
-    void setEntry(Repo::Entry* edited);
+    // The repository to be edited by the next exec(); not owned, it must outlive that. OK without a change is
+    // Cancel, except for a copy, which is new as it is.
+    void setEntry(Repo::Entry* edited, bool isCopy = false);
 
     void updateStatusLabel();
     void setHasChanged(bool has);
@@ -49,6 +50,7 @@ private:
     QPushButton* resetButton;
     QPushButton* okButton; // disabled while the repository could not be written
     bool hasChanged;
+    bool copied; // the repository is a copy that the editor does not have yet
 };
 
 } // namespace RepoEditor

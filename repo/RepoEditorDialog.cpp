@@ -205,11 +205,12 @@ void Dialog::edit(const QModelIndex& sourceIndex)
     editRow(sourceIndex.row());
 }
 
-void Dialog::addEntry(Repo::Entry entry)
+void Dialog::addEntry(Repo::Entry entry, bool isCopy)
 {
-    configDialog->setEntry(&entry);
+    configDialog->setEntry(&entry, isCopy);
     if (configDialog->exec() == Accepted) {
         view->setCurrentIndex(QModelIndex());
+        view->setFocus();
         const int row = model->addRow(entry);
         view->setCurrentRow(row);
         model->dataChanged(row);
@@ -226,7 +227,7 @@ void Dialog::copy()
 {
     const int row = view->currentRow();
     if (row != -1) {
-        addEntry(yumConfIO->entries.at(row));
+        addEntry(yumConfIO->entries.at(row), true);
     }
 }
 
@@ -240,6 +241,8 @@ void Dialog::remove()
     if (selected.isEmpty()) {
         return;
     }
+    // The button is going to be disabled; the next one must not get the focus, and Enter with it.
+    view->setFocus();
     view->setCurrentIndex(QModelIndex());
     QList<int> rows = selected.values();
     // From the last one on, so that the others keep their numbers.

@@ -74,7 +74,7 @@ private:
 
     bool prepare();
     void editRow(int row);
-    void addEntry(Repo::Entry entry);
+    void addEntry(Repo::Entry entry, bool isCopy = false);
     bool hasEmptyId() const;
     // The first identifier that occurs again later; empty if there is none.
     QString getDuplicateId() const;

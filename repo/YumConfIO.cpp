@@ -156,6 +156,7 @@ bool YumConfIO::read(QWidget* window)
     entries.clear();
     // A read that failed in the middle of a file leaves lines behind.
     pendingLines.clear();
+    doubts.clear();
 
     {
         const QString path = fileName();
@@ -205,12 +206,34 @@ bool YumConfIO::readConfFile(FILE* file)
             }
         } else if (isOption(line, QStringLiteral("enabled"), value)) {
             enabled = isOn(value);
+            doubtSwitch(path, QStringLiteral("main"), line, value);
         } else if (isOption(line, QStringLiteral("gpgcheck"), value)) {
             gpgcheck = isOn(value);
+            doubtSwitch(path, QStringLiteral("main"), line, value);
         }
         mainText += line + QLatin1Char('\n');
     }
     return readRepoFile(file, path);
+}
+
+void YumConfIO::doubtSwitch(const QString& path, const QString& id, const QString& line, const QString& value)
+{
+    static const QStringList off{QStringLiteral("0"), QStringLiteral("no"), QStringLiteral("false"),
+                                 QStringLiteral("off")};
+    if (isOn(value) && off.contains(value.trimmed().toLower())) {
+        doubts.append(tr("%1, section [%2]: \"%3\" is taken for on, and written so. Only 0 switches off.")
+                          .arg(path, id, line.trimmed()));
+    }
+}
+
+void YumConfIO::doubtLetters(const QString& path)
+{
+    const QString doubt =
+        tr("%1 has letters beyond ASCII. Each of them becomes two other ones when the file is written.")
+            .arg(path);
+    if (!doubts.contains(doubt)) {
+        doubts.append(doubt);
+    }
 }
 
 bool YumConfIO::readRepoDirectory(const QString& directory)
@@ -304,8 +327,10 @@ bool YumConfIO::readRepoFile(FILE* file, const QString& path)
             if (isNew) {
                 sessionEnabled.insert(entry.id, isOn(value));
             }
+            doubtSwitch(path, entry.id, line, value);
         } else if (isOption(line, QStringLiteral("gpgcheck"), value)) {
             entry.gpgcheck = isOn(value) ? Qt::Checked : Qt::Unchecked;
+            doubtSwitch(path, entry.id, line, value);
         } else if (!line.isEmpty()) {
             entry.options += line + QLatin1Char('\n');
         }
@@ -356,6 +381,9 @@ int YumConfIO::readLine(FILE* file, const QString& path, QString& line)
             return LineRead;
         }
         line += QLatin1Char(char(byte));
+        if (byte > 0x7f) {
+            doubtLetters(path);
+        }
     }
     if (errno != 0) {
         error(tr("Error reading repository configuration file %1").arg(path));

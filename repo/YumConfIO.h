@@ -59,6 +59,10 @@ public:
     // The main file up to its first repository section, each logical line followed by a line feed.
     QString mainText;
 
+    // What the files hold that the package manager takes otherwise: for the user to know before anything is
+    // written.
+    QStringList doubts;
+
     // Whose window the message boxes belong to; not owned, valid during read() and write().
     QWidget* parent = nullptr;
 
@@ -70,6 +74,12 @@ Q_SIGNALS:
     void changed();
 
 private:
+    // Notes it when a value of an option is off for the package manager and on for us.
+    void doubtSwitch(const QString& path, const QString& id, const QString& line, const QString& value);
+
+    // Notes once for each file that it has letters beyond ASCII.
+    void doubtLetters(const QString& path);
+
     enum ReadResult { LineRead = 0, EndOfFile = 1, ReadError = 2 };
 
     // The files are open, at their current position, and stay open; `path` is theirs, for messages. All of

@@ -358,7 +358,7 @@ Das Protokoll (Strg+L) nennt den Grund.</translation>
     </message>
     <message>
         <source>No package matches.</source>
-        <translation>Kein Paket passt dazu.</translation>
+        <translation>Kein Paket entspricht der Auswahl.</translation>
     </message>
     <message>
         <source>Clean RPM dbcache files (solv/solvx databases constructed from the metadata) cached locally in %1</source>
@@ -426,7 +426,7 @@ Das Protokoll (Strg+L) nennt den Grund.</translation>
     </message>
     <message>
         <source>Unlisted Actions</source>
-        <translation>Verdeckte Aktionen</translation>
+        <translation>Ungelistete Aktionen</translation>
     </message>
     <message>
         <source>Some packages have actions specified, but because of the current
@@ -676,7 +676,7 @@ Duplikate und Gruppen gerade nicht angezeigt.
     </message>
     <message>
         <source>Action to be performed on the package, if any: Update, Install, Remove</source>
-        <translation>Was mit dem Paket geschehen soll, wenn etwas: Aktualisieren, Installieren, Entfernen</translation>
+        <translation>Was mit dem Paket geschehen soll, falls überhaupt: Aktualisieren, Installieren, Entfernen</translation>
     </message>
     <message>
         <source>State</source>
@@ -1055,7 +1055,7 @@ sie ersetzen einander, wenn einige davon nicht erreichbar sind.</translation>
     </message>
     <message>
         <source>Configuration File (expert)</source>
-        <translation>Für Fachleute: Konfigurationsdatei</translation>
+        <translation>Konfigurationsdatei (für Fachleute)</translation>
     </message>
     <message>
         <source>File</source>
@@ -1403,6 +1403,14 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     <message>
         <source>VYRE Repository Editor Error</source>
         <translation>VYRE – Fehler beim Bearbeiten der Paketquellen</translation>
+    </message>
+    <message>
+        <source>%1, section [%2]: &quot;%3&quot; is taken for on, and written so. Only 0 switches off.</source>
+        <translation>%1, Abschnitt [%2]: „%3“ gilt als eingeschaltet und wird so geschrieben. Nur 0 schaltet aus.</translation>
+    </message>
+    <message>
+        <source>%1 has letters beyond ASCII. Each of them becomes two other ones when the file is written.</source>
+        <translation>%1 enthält Zeichen außerhalb von ASCII. Aus jedem werden zwei andere, wenn die Datei geschrieben wird.</translation>
     </message>
 </context>
 <context>
@@ -2222,6 +2230,88 @@ Auf manchen Distributionen liegt das an PackageKit.</translation>
     <message>
         <source>Reaped zombie child %1</source>
         <translation>Beendeter Kindprozess %1 abgeholt</translation>
+    </message>
+    <message>
+        <source>Signatures cannot be checked: there is no program rpmkeys.</source>
+        <translation>Signaturen können nicht geprüft werden: Das Programm rpmkeys fehlt.</translation>
+    </message>
+    <message>
+        <source>Import the signing key 0x{}?
+
+User id:	{}
+Fingerprint:	{}
+From:	{}
+</source>
+        <translation>Den Signaturschlüssel 0x{} importieren?
+
+Benutzer:	{}
+Fingerabdruck:	{}
+Von:	{}
+</translation>
+    </message>
+    <message>
+        <source>
+There are only {} kB left for {}</source>
+        <translation>
+Es sind nur noch {} kB frei für {}</translation>
+    </message>
+    <message>
+        <source>The change logs of %s cannot be read: %s</source>
+        <translation>Die Änderungsprotokolle von %s können nicht gelesen werden: %s</translation>
+    </message>
+    <message>
+        <source>Unable to use the configuration file %s: %s</source>
+        <translation>Die Konfigurationsdatei %s kann nicht verwendet werden: %s</translation>
+    </message>
+    <message>
+        <source>No log files can be written in %s: %s</source>
+        <translation>In %s können keine Protokolldateien geschrieben werden: %s</translation>
+    </message>
+    <message>
+        <source>Unable to read the repository configuration: %s</source>
+        <translation>Die Konfiguration der Paketquellen kann nicht gelesen werden: %s</translation>
+    </message>
+    <message>
+        <source>There is nothing to do.</source>
+        <translation>Es gibt nichts zu tun.</translation>
+    </message>
+    <message>
+        <source>{} is not newer than what is installed.</source>
+        <translation>{} ist nicht neuer als das, was installiert ist.</translation>
+    </message>
+    <message>
+        <source>The transaction failed for:</source>
+        <translation>Die Transaktion ist fehlgeschlagen für:</translation>
+    </message>
+    <message>
+        <source>The database of packages does not have what was done to:</source>
+        <translation>In der Paketdatenbank fehlt, was geschehen ist mit:</translation>
+    </message>
+    <message>
+        <source>There is no repository {}</source>
+        <translation>Es gibt keine Paketquelle {}</translation>
+    </message>
+    <message>
+        <source>The last transaction, begun on {}, did not come to its end.
+What it has left undone has to be marked and applied again.</source>
+        <translation>Die letzte Transaktion, begonnen am {}, ist nicht zu Ende gekommen.
+Was sie nicht getan hat, muss neu vorgemerkt und angewendet werden.</translation>
+    </message>
+    <message>
+        <source>Of these packages several versions are installed, as a transaction leaves them that is cut off:
+{}
+&quot;dnf remove --duplicates&quot; removes the older ones.</source>
+        <translation>Von diesen Paketen sind mehrere Versionen installiert, wie eine abgebrochene Transaktion sie hinterlässt:
+{}
+„dnf remove --duplicates“ entfernt die älteren.</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
     </message>
 </context>
 <context>

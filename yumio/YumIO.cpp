@@ -37,6 +37,27 @@ private:
     FILE* file;
 };
 
+// The texts of the script itself, which the toolkit's own program for finding texts does not look into.
+const char* const scriptTexts[] = {
+    QT_TRANSLATE_NOOP("YumIO", "Signatures cannot be checked: there is no program rpmkeys."),
+    QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nUser id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
+    QT_TRANSLATE_NOOP("YumIO", "\nThere are only {} kB left for {}"),
+    QT_TRANSLATE_NOOP("YumIO", "The change logs of %s cannot be read: %s"),
+    QT_TRANSLATE_NOOP("YumIO", "Unable to use the configuration file %s: %s"),
+    QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
+    QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
+    QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),
+    QT_TRANSLATE_NOOP("YumIO", "{} is not newer than what is installed."),
+    QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
+    QT_TRANSLATE_NOOP("YumIO", "The database of packages does not have what was done to:"),
+    QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
+    QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, did not come to its end.\nWhat it has "
+                               "left undone has to be marked and applied again."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "Of these packages several versions are installed, as a transaction leaves them that "
+                      "is cut off:\n{}\n\"dnf remove --duplicates\" removes the older ones."),
+};
+
 } // namespace
 
 YumIO::YumIO()
@@ -97,6 +118,22 @@ bool YumIO::internalError(const QString& text)
     return false;
 }
 
+// Without them, or one of them, the script says what it has to say in English.
+void YumIO::offerTranslations()
+{
+    const PyRef translations(PyDict_New());
+    for (const char* text : scriptTexts) {
+        const PyRef translation(PyUnicode_FromString(tr(text).toUtf8().constData()));
+        if (translations && translation) {
+            PyDict_SetItemString(translations.get(), text, translation.get());
+        }
+    }
+    if (translations) {
+        PyDict_SetItemString(main_dict, "translations", translations.get());
+    }
+    PyErr_Clear();
+}
+
 bool YumIO::initialize()
 {
     const QString root = ManagedRoot::path();
@@ -136,6 +173,7 @@ bool YumIO::initialize()
         if (script.get() == nullptr) {
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
+        offerTranslations();
         const PyRef result(PyRun_File(script.get(), "YumIO.py", Py_file_input, main_dict, main_dict));
         if (!result) {
             return internalError(tr("Internal error: unable to execute YumIO.py"));

@@ -272,6 +272,7 @@ private:
 
     // Start
     bool internalError(const QString& text);
+    void offerTranslations();
 
     // Worker threads
     void execWorkThread(QEventLoop& loop, QThread& thread);

@@ -477,9 +477,8 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     nextSlot = 0;
     // The script's own output, which is part of a plain question, may have been about a URL.
     const QString text = Log::withoutPasswords(txText);
-    const bool yes =
-        (txListed ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))
-                  : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
+    const bool yes = (txListed ? dialogs->confirm(tr("Apply"), text, tr("OK"), tr("Cancel"))
+                               : dialogs->confirm(tr("Query"), text, tr("Yes"), tr("No"))) == 1;
     if (txListed) {
         log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));
         txApplied = yes;

@@ -10,6 +10,7 @@ import pwd
 import re
 import signal
 import stat
+import subprocess
 import sys
 
 # The variables of the caller that a desktop's programs need, besides those that are made for the user.
@@ -117,6 +118,19 @@ def start(what, commands):
         what, ', '.join(command[0] for command in commands)))
 
 
+def show(text):
+    """Show a message on the display, in what there is for that: a desktop shows nobody what programs write."""
+    given = dict(os.environ)
+    for command in (['zenity', '--error', '--no-markup', '--title=VYRE', '--text=' + text],
+                    ['kdialog', '--title', 'VYRE', '--error', text],
+                    ['xmessage', '-center', '-title', 'VYRE', text]):
+        program = find(command[0], given.get('PATH', os.defpath))
+        if program is not None:
+            subprocess.run([program] + command[1:], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                           stderr=subprocess.DEVNULL)
+            return
+
+
 def run(main):
     """Run main on the arguments; end with one message and status 1 when it refuses."""
     try:
@@ -125,4 +139,6 @@ def run(main):
         message = '{}: {}\n'.format(os.path.basename(sys.argv[0]), e)
         sys.stderr.buffer.write(message.encode('utf-8', 'backslashreplace'))
         sys.stderr.flush()
+        if os.environ.get('DISPLAY') and not sys.stderr.isatty():
+            show(message.rstrip())
         sys.exit(1)

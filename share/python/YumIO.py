@@ -48,6 +48,13 @@ import libdnf.transaction
 import yumIOC
 
 
+# Texts ------------------------------------------------------------------------------------------------------
+
+def tr(text):
+    """A text of ours in the user's language: the program puts the translations here before it runs this file."""
+    return globals().get('translations', {}).get(text, text)
+
+
 # Paths of the managed system --------------------------------------------------------------------------------
 
 def managedRoot():
@@ -115,7 +122,7 @@ def verifyWithDatabaseOfRoot(package, root):
     """What the signatures of a package, an open file, are worth, in the package manager's numbers; 0 is good."""
     program = dnf.rpm.miscutils._find_rpmkeys_binary()
     if program is None:
-        logging.getLogger('dnf').critical('Signatures cannot be checked: there is no program rpmkeys.')
+        logging.getLogger('dnf').critical(tr('Signatures cannot be checked: there is no program rpmkeys.'))
         return 2
     command = [program, '--checksig', '--verbose', '--root', root, '--dbpath', DATABASES[0],
                '--define=_pkgverify_level signature', '--define=_pkgverify_flags 0x0', '-']
@@ -281,7 +288,7 @@ class OtherData:
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
             # The cache may have been cleaned since the repository was read. A search asks every package: this is
             # tried, and told, once, unless it may be over soon.
-            logging.getLogger('dnf').warning('The change logs of %s cannot be read: %s', package.reponame, e)
+            logging.getLogger('dnf').warning(tr('The change logs of %s cannot be read: %s'), package.reponame, e)
             if not isinstance(e, dnf.exceptions.LockError):
                 self._packages[package.reponame] = {}
             return []
@@ -493,10 +500,10 @@ class KeyImport(dnf.callback.KeyImport):
 def askForKey(keyId, userid, fingerprint, url):
     """Show what there is to know about a signing key; return whether the user wants it imported."""
     yumIOC.gpgsigcheck()
-    sys.stdout.write('Import the signing key 0x{}?\n\n'
-                     'User id:\t{}\n'
-                     'Fingerprint:\t{}\n'
-                     'From:\t{}\n'.format(keyId, userid, fingerprint, url.replace('file://', '')))
+    sys.stdout.write(tr('Import the signing key 0x{}?\n\n'
+                        'User id:\t{}\n'
+                        'Fingerprint:\t{}\n'
+                        'From:\t{}\n').format(keyId, userid, fingerprint, url.replace('file://', '')))
     return yumIOC.userconfirm() == 1
 
 
@@ -571,7 +578,7 @@ def spaceHint(directory, needed=LITTLE_SPACE):
     except OSError:
         return ''
     free = found.f_bavail * found.f_frsize
-    return '' if free >= needed else '\nThere are only {} kB left for {}'.format(free // 1024, directory)
+    return '' if free >= needed else tr('\nThere are only {} kB left for {}').format(free // 1024, directory)
 
 
 def isInCache(package):
@@ -629,7 +636,7 @@ class YumIO:
         try:
             conf.read(path)
         except (dnf.exceptions.Error, OSError, ValueError) as e:
-            logging.getLogger('dnf').error('Unable to use the configuration file %s: %s', path, e)
+            logging.getLogger('dnf').error(tr('Unable to use the configuration file %s: %s'), path, e)
             path = os.devnull
         conf._set_value('config_file_path', path, dnf.conf.PRIO_COMMANDLINE)
         # An image's files name its own directories: nothing of this system may be changed in their place.
@@ -657,7 +664,7 @@ class YumIO:
         try:
             self.base.setup_loggers()
         except OSError as e:
-            logging.getLogger('dnf').error('No log files can be written in %s: %s', directory, e)
+            logging.getLogger('dnf').error(tr('No log files can be written in %s: %s'), directory, e)
             return
         for name in ('dnf', 'dnf.rpm', 'librepo'):
             for handler in logging.getLogger(name).handlers:
@@ -685,7 +692,7 @@ class YumIO:
         try:
             self.base.read_all_repos()
         except (dnf.exceptions.Error, OSError) as e:
-            logging.getLogger('dnf').error('Unable to read the repository configuration: %s', e)
+            logging.getLogger('dnf').error(tr('Unable to read the repository configuration: %s'), e)
         for repo in self.base.repos.values():
             repo.set_progress_bar(DownloadProgress())
             repo._set_key_import(KeyImport())
@@ -738,7 +745,7 @@ class YumIO:
         try:
             return self.base.repos[id]
         except KeyError:
-            raise dnf.exceptions.RepoError('There is no repository {}'.format(id))
+            raise dnf.exceptions.RepoError(tr('There is no repository {}').format(id))
 
     def setupRepos(self):
         """Read the metadata of all enabled repositories, from the cache where it is fresh, and the rpm database."""
@@ -791,14 +798,14 @@ class YumIO:
         try:
             begin = self._beginOfInterrupted()
             if begin is not None:
-                parts.append('The last transaction, begun on {}, did not come to its end.\nWhat it has left undone has '
-                             'to be marked and applied again.'.format(time.ctime(begin)))
+                parts.append(tr('The last transaction, begun on {}, did not come to its end.\nWhat it has left undone '
+                                'has to be marked and applied again.').format(time.ctime(begin)))
             several = self._severalVersions()
             if several:
-                parts.append('Of these packages several versions are installed, as a transaction leaves them that is '
-                             'cut off:\n{}\n"dnf remove --duplicates" removes the older ones.'.format(
-                                 '\n'.join('  ' + ', '.join(str(package) for package in packages)
-                                           for packages in several)))
+                parts.append(tr('Of these packages several versions are installed, as a transaction leaves them that '
+                                'is cut off:\n{}\n"dnf remove --duplicates" removes the older ones.').format(
+                                    '\n'.join('  ' + ', '.join(str(package) for package in packages)
+                                              for packages in several)))
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
             # The packages can be used without knowing.
             logging.getLogger('dnf').debug('It is not known how the last transaction ended: %s', e)
@@ -894,7 +901,7 @@ class YumIO:
             # Only who asked for a removal is offered the removal of what depends on it.
             base.resolve(allow_erasing=bool(removes or groupRemoves))
             if not base.transaction and not base.history.group:
-                raise dnf.exceptions.Error('There is nothing to do.')
+                raise dnf.exceptions.Error(tr('There is nothing to do.'))
             if self._confirmed():
                 self._download()
                 self._checkSignatures()
@@ -932,7 +939,7 @@ class YumIO:
     def _markUpdate(self, package):
         """The user has marked this very version: what stands against it must be told, not left out in silence."""
         if not self.base.package_upgrade(package):
-            raise dnf.exceptions.Error('{} is not newer than what is installed.'.format(package))
+            raise dnf.exceptions.Error(tr('{} is not newer than what is installed.').format(package))
         selector = dnf.selector.Selector(self.base.sack)
         selector.set(pkg=[package])
         self.base.goal.install(select=selector)
@@ -1001,8 +1008,8 @@ class YumIO:
             base._clean_packages(base._trans_tempfiles)
             base._trans_tempfiles = set()
         parts = [head + '\n' + '\n'.join(sorted(set(str(item) for item in found))) for head, found in (
-            ('The transaction failed for:', failed),
-            ('The database of packages does not have what was done to:', unrecorded)) if found]
+            (tr('The transaction failed for:'), failed),
+            (tr('The database of packages does not have what was done to:'), unrecorded)) if found]
         if parts:
             raise dnf.exceptions.Error('\n'.join(parts) + self._spaceHints(failed))
 

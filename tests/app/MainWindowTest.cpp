@@ -219,6 +219,7 @@ private Q_SLOTS:
     void cleaningMetadataCollectsAnew() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCollectsAnew() { compareClean("Clean All", "cleanAll"); }
     void cleaningPackagesLeavesTheTableAlone();
+    void doubtsAboutTheConfigurationAreLoggedOnce();
     void cleanEntriesNameTheCacheDirectory();
     void sizeOfColumnsIsRestored();
     void confirmedActionsAreAppliedAndTheTableCollected();
@@ -506,6 +507,12 @@ void MainWindowTest::emptyTableTellsWhy()
     QCOMPARE(told(), QString("This is not a valid regular expression:\nUnmatched ( or \\("));
     shown->choose(shown->stateBox, ViewUpdatable);
     shown->filter("shell");
+    QCOMPARE(told(), QString("No package matches."));
+    shown->choose(shown->stateBox, ViewRemovable);
+    QCOMPARE(shown->listed(), QStringList{"shell"});
+    QCOMPARE(told(), QString());
+    shown->filter("nothing");
+    shown->choose(shown->stateBox, ViewUpdatable);
     QCOMPARE(told(), QString("No package matches."));
 
     // It is drawn, and not over rows.
@@ -1114,18 +1121,42 @@ void MainWindowTest::cleaningPackagesLeavesTheTableAlone()
     QCOMPARE(usable(), usableWhenReady);
 }
 
+void MainWindowTest::doubtsAboutTheConfigurationAreLoggedOnce()
+{
+    QFile file(standIn->root() + "/etc/yum.repos.d/doubted.repo");
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[doubted]\nbaseurl=file:///nowhere\nenabled=no\n");
+    file.close();
+    shown->start();
+    const auto dialog = [this] {
+        const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                        [] { QApplication::activeModalWidget()->close(); });
+        shown->action("&Repositories", "&Edit Configuration")->trigger();
+        QVERIFY(once.isDone());
+    };
+    dialog();
+    dialog();
+    QVERIFY(QTest::qWaitForWindowActive(shown->window));
+    shown->key(Qt::Key_L, Qt::ControlModifier);
+    QVERIFY(logIsVisible());
+    const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
+    QCOMPARE(log.count("doubted.repo, section [doubted]: \"enabled=no\" is taken for on"), 1);
+}
+
 void MainWindowTest::cleanEntriesNameTheCacheDirectory()
 {
     shown->start();
     const auto toolTip = [this](const char* text) { return shown->action("&Cache", text)->toolTip(); };
+    const QString place = standIn->root() + "/var/cache/standin";
     QCOMPARE(toolTip("Clean dbcache"),
              QString("Clean RPM dbcache files (solv/solvx databases constructed from the metadata) cached "
-                     "locally in /var/cache/standin"));
-    QCOMPARE(toolTip("Clean Packages"), QString("Clean RPM packages cached locally in /var/cache/standin\n"
-                                                "(useful for recovering disk space)"));
+                     "locally in ") +
+                 place);
+    QCOMPARE(toolTip("Clean Packages"), QString("Clean RPM packages cached locally in ") + place +
+                                            "\n(useful for recovering disk space)");
     QCOMPARE(toolTip("Clean Metadata"),
-             QString("Clean metadata (mostly XML or compressed XML) cached locally in /var/cache/standin"));
-    QCOMPARE(toolTip("Clean All"), QString("Clean all data cached locally in /var/cache/standin"));
+             QString("Clean metadata (mostly XML or compressed XML) cached locally in ") + place);
+    QCOMPARE(toolTip("Clean All"), QString("Clean all data cached locally in ") + place);
 }
 
 void MainWindowTest::sizeOfColumnsIsRestored()

@@ -117,6 +117,8 @@ def _literal(node):
     """The text that an expression is made of, with format() or without; None when it has none."""
     if isinstance(node, ast.Constant) and isinstance(node.value, str):
         return node.value
+    if isinstance(node, ast.Call) and isinstance(node.func, ast.Name) and node.func.id == 'tr':
+        return _literal(node.args[0])
     if isinstance(node, ast.Call) and isinstance(node.func, ast.Attribute) and node.func.attr == 'format':
         return _literal(node.func.value)
     if isinstance(node, ast.BinOp) and isinstance(node.op, ast.Add):
@@ -160,3 +162,9 @@ def python_messages(*parts):
                 not any(node.value in value for value in known):
             add(node.value, node)
     return found
+
+
+def python_translated(*parts):
+    """The texts that a program in Python has translated."""
+    return [_literal(node) for node in ast.walk(ast.parse(read(*parts)))
+            if isinstance(node, ast.Call) and isinstance(node.func, ast.Name) and node.func.id == 'tr']

@@ -77,6 +77,9 @@ private Q_SLOTS:
     void optionsWithoutALineFeedAreEndedByTheSeparator();
     void copyingARepository();
     void copyingWithoutANewIdentifier();
+    void copyingWithoutAnyChange();
+    void enterAfterACommandDropsNothing_data();
+    void enterAfterACommandDropsNothing();
     void removingThreeSelectedRows();
     void removingCellsOfOneRow();
     void removingWithoutASelectionChangesNothing();
@@ -909,6 +912,62 @@ void RepoEditorDialogTest::copyingWithoutANewIdentifier()
                 QVERIFY(isClean());
             }) >= 0);
     QCOMPARE(backEnd->getRepo("os.repo").count("[extras]"), 1);
+}
+
+void RepoEditorDialogTest::copyingWithoutAnyChange()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"));
+                QVERIFY(withForm([this] { click("Copy"); }, [this] { clickForm("OK"); }));
+                QCOMPARE(status(), QStringLiteral("Two or more repositories have the Identifier, extras"));
+                QCOMPARE(ids().count(QStringLiteral("extras")), 2);
+                // The next form is not a copy's.
+                click(QStringLiteral("os"));
+                QVERIFY(withForm([this] { click("Edit"); }, [this] { clickForm("OK"); }));
+                click("Reset All");
+                QVERIFY(withForm([this] { click("Edit"); }, [this] { clickForm("OK"); }));
+                QVERIFY(isClean());
+            }) >= 0);
+}
+
+void RepoEditorDialogTest::enterAfterACommandDropsNothing_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    for (const char* command : {"Remove", "Copy", "Add"}) {
+        QTest::newRow(command) << QByteArray(command);
+    }
+}
+
+void RepoEditorDialogTest::enterAfterACommandDropsNothing()
+{
+    QFETCH(QByteArray, command);
+    QVERIFY(run([this, command] {
+                click(QStringLiteral("extras"));
+                if (command == "Remove") {
+                    click("Remove");
+                } else {
+                    QVERIFY(withForm([this, command] { click(command.constData()); },
+                                     [this] {
+                                         Form::type(fields->id, QStringLiteral("new"));
+                                         Form::type(fields->urls, QStringLiteral("http://h/new"));
+                                         clickForm("OK");
+                                     }));
+                }
+                const QStringList before = ids();
+                // Whatever it does, in a form for one, is taken back.
+                const auto enter = [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); };
+                QTimer escape;
+                connect(&escape, &QTimer::timeout, &escape, [this] {
+                    if (form->isVisible()) {
+                        form->reject();
+                    }
+                });
+                escape.start(10);
+                enter();
+                QVERIFY(dialog->isVisible());
+                QCOMPARE(ids(), before);
+                QVERIFY(isUnapplied());
+            }) >= 0);
 }
 
 void RepoEditorDialogTest::removingThreeSelectedRows()

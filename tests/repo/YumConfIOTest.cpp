@@ -136,6 +136,7 @@ private Q_SLOTS:
     void withoutEtcYumTheFileInEtcIsReadAndWritten();
     void anEmptyMainFileGivesTheDefaults();
     void namedDirectoriesAreThoseOfTheManagedRoot();
+    void whatThePackageManagerTakesOtherwiseIsDoubted();
     void theDefaultsReturnWithEveryRead();
     void theMainValuesAreRead();
     void theMainHeaderIsNotRequired();
@@ -449,6 +450,30 @@ void YumConfIOTest::namedDirectoriesAreThoseOfTheManagedRoot()
     QVERIFY(conf->read(window.data()));
     QCOMPARE(conf->cachedir, path(QStringLiteral("srv/cache")));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc")), QStringLiteral("/dev")}));
+}
+
+void YumConfIOTest::whatThePackageManagerTakesOtherwiseIsDoubted()
+{
+    putMain("[main]\nenabled = No\ngpgcheck=0\n[a]\nenabled=0 \ngpgcheck=FALSE\n[b]\nenabled=0\ngpgcheck=1\n"
+            "[c]\nenabled=off\nname=Gr\xc3\xb6\xc3\x9f"
+            "e\n[d]\nenabled=yes\ngpgcheck=true\n#\xc3\xbc\n");
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(conf->read(window.data()));
+        const QString file = path(QStringLiteral("etc/yum.conf"));
+        const QString doubt =
+            file + QStringLiteral(", section [%1]: \"%2\" is taken for on, and written so. Only 0 "
+                                  "switches off.");
+        QCOMPARE(conf->doubts,
+                 (QStringList{
+                     doubt.arg("main", "enabled = No"), doubt.arg("a", "enabled=0"),
+                     doubt.arg("a", "gpgcheck=FALSE"),
+                     file + " has letters beyond ASCII. Each of them becomes two other ones when the file is "
+                            "written.",
+                     doubt.arg("c", "enabled=off")}));
+    }
+    putMain("[main]\n[a]\nenabled=0\n");
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->doubts, QStringList());
 }
 
 void YumConfIOTest::theDefaultsReturnWithEveryRead()

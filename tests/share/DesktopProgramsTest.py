@@ -87,11 +87,12 @@ class DesktopTest(unittest.TestCase):
         os.remove(self.report)
         return facts
 
-    def refused(self, program, *arguments, **options):
-        """The one message; nothing was started."""
-        done = self.run_program(program, *arguments, **options)
+    def refused(self, program, *arguments, shown=False, environment=None, **options):
+        """The one message; nothing was started, but for what shows the message where there is a display."""
+        environment = dict(environment or {}, **{'DISPLAY': ':7'} if shown else {})
+        done = self.run_program(program, *arguments, environment=environment, **options)
         self.assertEqual((done.returncode, done.stdout), (1, ''))
-        self.assertFalse(os.path.exists(self.report))
+        self.assertEqual(os.path.exists(self.report), shown)
         self.assertEqual(done.stderr.count('\n'), 1, done.stderr)
         self.assertTrue(done.stderr.startswith(program + ': '), done.stderr)
         return done.stderr[len(program) + 2:-1]
@@ -227,6 +228,13 @@ class AsWhom(DesktopTest):
                     self.refused('webbrowser', 'http://me:secret@h/?x',
                                  environment=dict({'PKEXEC_UID': None}, **variables)),
                     '"http://h/" is not opened as root, and neither pkexec nor sudo tells for whom else')
+
+    def test_a_refusal_is_shown_on_the_display(self):
+        # Nobody would press its button here.
+        self.install('xmessage')
+        message = self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': None}, shown=True)
+        with open(self.report) as report:
+            self.assertEqual(json.load(report)['argv'][-1], 'webbrowser: ' + message)
 
     def test_not_as_a_user_who_does_not_exist(self):
         for uid in ('4000000', '99999999999999999999'):

@@ -146,6 +146,13 @@ class CatalogueTest(unittest.TestCase):
                     found += 1
             self.assertGreater(found, 400)
 
+    def test_texts_of_the_script_are_known(self):
+        listed = [text.value for text in sources.all_cpp_texts()
+                  if text.place.startswith('yumio/YumIO.cpp') and text.calls[-1:] == [('QT_TRANSLATE_NOOP', 1)]]
+        self.assertEqual(sorted(listed), sorted(sources.python_translated('share', 'python', 'YumIO.py')))
+        self.assertEqual({text.value for text in sources.python_messages('share', 'python', 'YumIO.py')} - set(listed),
+                         set())
+
     def test_texts_belong_to_classes_by_their_full_names(self):
         """The classes' own names, as the program asks for them."""
         declared = set()
@@ -160,7 +167,7 @@ class CatalogueTest(unittest.TestCase):
 
     def test_what_the_program_puts_in_has_its_place(self):
         for _, source, translation in self.each():
-            places = [sorted(re.findall(r'%(?:L?\d{1,2}|n)', text)) for text in (source, translation)]
+            places = [sorted(re.findall(r'%(?:L?\d{1,2}|n|s)|\{\}', text)) for text in (source, translation)]
             self.assertEqual(places[0], places[1])
 
     def test_lines_and_what_stands_at_both_ends(self):

@@ -276,7 +276,7 @@ private Q_SLOTS:
         expression->setText("^nothing");
         QTest::keyClick(expression, Qt::Key_Return);
         auto* warning = window->findChild<HFrameLabel*>();
-        QTRY_COMPARE(warning->text(), QStringLiteral("Verdeckte Aktionen"));
+        QTRY_COMPARE(warning->text(), QStringLiteral("Ungelistete Aktionen"));
         QCOMPARE(cutOffAtAnySize(window).join('\n'), QString());
     }
 
