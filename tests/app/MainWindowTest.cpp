@@ -1238,9 +1238,10 @@ void MainWindowTest::failureHalfWayCollectsTheTable()
     standIn->setPackages({}, {}, {StandIn::package("tool")});
     const Answers answers("OK");
     shown->press("&Apply Actions");
-    QTRY_COMPARE(answers.titles, (QStringList{"Apply", "VYRE Yum Error"}));
+    QTRY_VERIFY(answers.titles.size() >= 2);
     QTRY_VERIFY(shown->isReady());
-    QCOMPARE(answers.texts.last(), QString("Unable to apply changes: Runtime Error:\n\nhalf way"));
+    QCOMPARE(answers.all(), QString("Apply, VYRE Yum Error: " + answers.texts.first() +
+                                    " | Unable to apply changes: Runtime Error:\n\nhalf way"));
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(shown->marks(), QStringList());

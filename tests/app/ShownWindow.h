@@ -11,7 +11,9 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPointer>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QTimer>
 #include <QWindow>
 #include <QtTest>
@@ -237,32 +239,47 @@ public:
     {
         QObject::connect(&timer, &QTimer::timeout, [this, buttonText] {
             auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr || !dialog->isVisible() || dialog == last) {
+            if (dialog == nullptr || !dialog->isVisible()) {
+                last = nullptr;
                 return;
             }
-            last = dialog;
-            titles << dialog->windowTitle();
-            const auto* box = qobject_cast<QMessageBox*>(dialog);
-            QString text = box != nullptr ? box->text() : QString();
-            if (box == nullptr) {
-                for (const QLabel* label : dialog->findChildren<QLabel*>()) {
-                    text += label->text();
-                }
+            if (answering) {
+                return;
             }
-            texts << text;
-            qInfo("%s", qPrintable(text)); // a failure tells numbers only
+            // A click on a dialog that is just coming up may be lost: it is made again then.
+            if (dialog != last) {
+                last = dialog;
+                note(dialog);
+            }
+            const QScopedValueRollback<bool> guard(answering, true);
             QTest::mouseClick(buttonIn(dialog, buttonText), Qt::LeftButton);
-            last = nullptr;
         });
         timer.start(10);
     }
+
+    // All of it, for a comparison that shows what there was.
+    QString all() const { return titles.join(", ") + ": " + texts.join(" | "); }
 
     QStringList titles;
     QStringList texts;
 
 private:
+    void note(const QDialog* dialog)
+    {
+        titles << dialog->windowTitle();
+        const auto* box = qobject_cast<const QMessageBox*>(dialog);
+        QString text = box != nullptr ? box->text() : QString();
+        if (box == nullptr) {
+            for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+                text += label->text();
+            }
+        }
+        texts << text;
+    }
+
     QTimer timer;
-    QWidget* last = nullptr;
+    QPointer<QWidget> last;
+    bool answering = false;
 };
 
 #endif
