@@ -31,7 +31,7 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
     QVBoxLayout* layout = new QVBoxLayout(dialog);
     QHBoxLayout* topRow = new QHBoxLayout();
     layout->addLayout(topRow);
-    topRow->addWidget(iconLabel);
+    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // where the text begins
     topRow->addWidget(scrollArea);
 
     QHBoxLayout* buttonRow = new QHBoxLayout();
