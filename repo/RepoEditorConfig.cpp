@@ -3,7 +3,6 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGridLayout>
-#include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QScopedValueRollback>
@@ -22,6 +21,7 @@
 #include "repo/YumConfIO.h"
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
+#include "widgets/HGroupBox.h"
 #include "widgets/Metrics.h"
 
 namespace RepoEditor {
@@ -102,7 +102,7 @@ Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(
 
 QWidget* Config::createAuth(QWidget* parent)
 {
-    auto* group = new QGroupBox(tr("Vantor Authentication"), parent);
+    auto* group = new HGroupBox(tr("Vantor Authentication"), parent);
     auto* grid = new QGridLayout(group);
 
     authNameField = makeLineEdit(group);
@@ -127,7 +127,7 @@ QWidget* Config::createAuth(QWidget* parent)
 
 QWidget* Config::createOptions(QWidget* parent)
 {
-    auto* group = new QGroupBox(tr("Repository Options"), parent);
+    auto* group = new HGroupBox(tr("Repository Options"), parent);
     auto* grid = new QGridLayout(group);
 
     const QString toolTip = tr("Any other yum options for this repository.  See yum.conf(5)");
@@ -170,7 +170,7 @@ QWidget* Config::createSimpleOptions(QWidget* parent)
 
 QWidget* Config::createFileInfo(QWidget* parent)
 {
-    auto* group = new QGroupBox(tr("Configuration File (expert)"), parent);
+    auto* group = new HGroupBox(tr("Configuration File (expert)"), parent);
     auto* grid = new QGridLayout(group);
 
     fileField = makeLineEdit(group);

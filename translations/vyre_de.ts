@@ -1055,7 +1055,7 @@ sie ersetzen einander, wenn einige davon nicht erreichbar sind.</translation>
     </message>
     <message>
         <source>Configuration File (expert)</source>
-        <translation>Datei (für Fachleute)</translation>
+        <translation>Konfigurationsdatei (für Fachleute)</translation>
     </message>
     <message>
         <source>File</source>

@@ -32,7 +32,7 @@ REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExce
              'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads', 'collectExtra'}
 # What can be chosen, or stands on the windows.
 SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',
-         'setWindowTitle', 'QLabel', 'QGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
+         'setWindowTitle', 'QLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
 # They hold headings of tables and tool tips, and no messages.
 WITHOUT_MESSAGES = ('packagetable/Model.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp')

@@ -1,0 +1,74 @@
+#include <QtTest>
+
+#include <QLabel>
+#include <QStyle>
+#include <QStyleFactory>
+
+#include <memory>
+
+#include "widgets/HGroupBox.h"
+
+namespace {
+
+// The width of what is drawn in the uppermost rows of a widget, in pixels.
+int inkWidth(QWidget& widget, int rows)
+{
+    const QImage image = widget.grab().toImage();
+    int first = image.width();
+    int last = -1;
+    for (int y = 0; y < rows; ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qGray(image.pixel(x, y)) < 128) {
+                first = qMin(first, x);
+                last = qMax(last, x);
+            }
+        }
+    }
+    return last - first + 1;
+}
+
+} // namespace
+
+class HGroupBoxTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void titleIsShownToItsEnd_data();
+    void titleIsShownToItsEnd();
+    void titleIsWhatItWasMadeWith();
+};
+
+void HGroupBoxTest::titleIsShownToItsEnd_data()
+{
+    QTest::addColumn<QString>("title");
+    for (const char* title :
+         {"Configuration File (expert)", "Datei (für Fachleute)", "Für Fachleute: Konfigurationsdatei",
+          "iiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiiii)"}) {
+        QTest::newRow(title) << QString::fromUtf8(title);
+    }
+}
+
+void HGroupBoxTest::titleIsShownToItsEnd()
+{
+    QFETCH(QString, title);
+    const std::unique_ptr<QStyle> style(QStyleFactory::create("Fusion"));
+    QLabel label(title);
+    HGroupBox box(title);
+    for (QWidget* widget : {static_cast<QWidget*>(&label), static_cast<QWidget*>(&box)}) {
+        widget->setStyle(style.get());
+        widget->resize(600, 100);
+    }
+    label.setAlignment(Qt::AlignTop);
+    const int rows = label.fontMetrics().height();
+    QCOMPARE(inkWidth(box, rows), inkWidth(label, rows));
+}
+
+void HGroupBoxTest::titleIsWhatItWasMadeWith()
+{
+    const HGroupBox box("Title");
+    QCOMPARE(box.title(), QString("Title"));
+}
+
+QTEST_MAIN(HGroupBoxTest)
+#include "HGroupBoxTest.moc"

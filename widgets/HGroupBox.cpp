@@ -1,0 +1,16 @@
+#include "widgets/HGroupBox.h"
+
+#include <QStyleOptionGroupBox>
+#include <QStylePainter>
+
+HGroupBox::HGroupBox(const QString& title, QWidget* parent) : QGroupBox(title, parent) {}
+
+void HGroupBox::paintEvent(QPaintEvent*)
+{
+    QStylePainter painter(this);
+    QStyleOptionGroupBox option;
+    initStyleOption(&option);
+    // The style makes room for these.
+    option.text += QString(1 + option.text.size() / 8, QChar(QChar::Nbsp));
+    painter.drawComplexControl(QStyle::CC_GroupBox, option);
+}
