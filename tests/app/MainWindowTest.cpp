@@ -1136,8 +1136,7 @@ void MainWindowTest::doubtsAboutTheConfigurationAreLoggedOnce()
     };
     dialog();
     dialog();
-    QVERIFY(QTest::qWaitForWindowActive(shown->window));
-    shown->key(Qt::Key_L, Qt::ControlModifier);
+    shown->action("&Windows", "&Log")->trigger();
     QVERIFY(logIsVisible());
     const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
     QCOMPARE(log.count("doubted.repo, section [doubted]: \"enabled=no\" is taken for on"), 1);
