@@ -191,6 +191,9 @@ class ManualTest(unittest.TestCase):
         self.assertIn('Repository', headings)
         table = self.book.text.split('|Column |What it tells\n', 1)[1].split('|===', 1)[0]
         self.assertEqual(re.findall(r'^\|(.*?) \|', table, re.M), headings)
+        # The journeys find the cells by them.
+        names = re.search(r'^(ACTION, .*) = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
+        self.assertEqual(names.split(', '), [heading.upper().replace(' ', '_') for heading in headings])
 
     def test_every_menu_entry_has_a_row_with_its_key(self):
         code = sources.read('app', 'MainWindow.cpp')

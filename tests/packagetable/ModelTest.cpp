@@ -46,6 +46,7 @@ private Q_SLOTS:
     void theActionIsAnIcon();
     void theStateIsAnIcon();
     void theKindIsAnIcon();
+    void everyTextColumnTellsSomethingOfSomePackage();
     void textColumnsHaveNoIcon();
     void theToolTipTellsTheAction();
     void theToolTipTellsTheState();
@@ -236,6 +237,17 @@ void ModelTest::theKindIsAnIcon()
     QCOMPARE(ordinary, picture("package.png"));
     QCOMPARE(group, picture("group.png"));
     QCOMPARE(suite, picture("suite.png"));
+}
+
+void ModelTest::everyTextColumnTellsSomethingOfSomePackage()
+{
+    for (int column = NameColumn; column < ColumnCount; ++column) {
+        int told = 0;
+        for (int row = 0; row < model->rowCount(); ++row) {
+            told += model->index(row, column).data().toString().isEmpty() ? 0 : 1;
+        }
+        QVERIFY2(told > 0, qPrintable(model->headerData(column, Qt::Horizontal).toString()));
+    }
 }
 
 void ModelTest::textColumnsHaveNoIcon()
