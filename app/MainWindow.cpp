@@ -14,12 +14,14 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMutexLocker>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QVector>
 #include <QWindow>
 
+#include <algorithm>
 #include <functional>
 #include <sys/utsname.h>
 
@@ -505,7 +507,33 @@ void MainWindow::setReady(bool ready)
 
 void MainWindow::collect()
 {
+    const LoggedErrors errors(*this);
     collectFailed = !yumIO->collect(sessionEnabled);
+}
+
+MainWindow::LoggedErrors::LoggedErrors(MainWindow& forWindow) : window(forWindow)
+{
+    Log::EntryList& entries = window.yumIO->logEntries();
+    const QMutexLocker locker(&entries);
+    before = entries.count();
+}
+
+MainWindow::LoggedErrors::~LoggedErrors()
+{
+    if (window.quitting()) {
+        return;
+    }
+    Log::EntryList& entries = window.yumIO->logEntries();
+    bool any = false;
+    {
+        const QMutexLocker locker(&entries);
+        any = std::any_of(entries.cbegin() + before, entries.cend(), [](const Log::Entry& entry) {
+            return entry.kind == Log::Error && entry.level <= 2; // that the log window shows by itself
+        });
+    }
+    if (any) {
+        window.showNotice(tr("Something may have gone wrong: see the Log window (Ctrl+L)"));
+    }
 }
 
 void MainWindow::recollect()
@@ -571,6 +599,7 @@ void MainWindow::cleanAll()
 void MainWindow::apply()
 {
     setReady(false);
+    const LoggedErrors errors(*this);
     const bool applied = yumIO->apply();
     bool changed = false;
     if (applied && !checkCredentials(changed)) {

@@ -444,6 +444,10 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <translation>Das ist kein gültiger regulärer Ausdruck:
 %1</translation>
     </message>
+    <message>
+        <source>Something may have gone wrong: see the Log window (Ctrl+L)</source>
+        <translation>Etwas könnte misslungen sein: siehe Protokoll (Strg+L)</translation>
+    </message>
 </context>
 <context>
     <name>Metadata</name>

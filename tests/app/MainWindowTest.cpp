@@ -231,6 +231,7 @@ private Q_SLOTS:
 
     void currentPackageCanBeDescribed();
     void describingEndsWithTheRow();
+    void errorsThatStandInTheLogOnlyAreTold();
     void manualsAreOpenedInOtherPrograms();
     void manualsCanBeOpenedWhileItWorks();
     void missingManualIsTold();
@@ -1335,6 +1336,24 @@ void MainWindowTest::missingManualIsTold()
         QCOMPARE(notices(), expected);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
+}
+
+void MainWindowTest::errorsThatStandInTheLogOnlyAreTold()
+{
+    shown->start();
+    const auto notices = [this] {
+        int count = 0;
+        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+            count += label->isVisible() &&
+                     label->text() == "Something may have gone wrong: see the Log window (Ctrl+L)";
+        }
+        return count;
+    };
+    QCOMPARE(notices(), 0);
+    standIn->setComplaining(true);
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(notices(), 1);
 }
 
 void MainWindowTest::manualsAreOpenedInOtherPrograms()

@@ -29,7 +29,8 @@ COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('
 # All that is handed to these is a message, or an entry of the log, or stands in the bars or in place of rows.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'append', 'setEmptyText', 'log',
-             'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads', 'collectExtra'}
+             'showNotice', 'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
+             'collectExtra'}
 # What can be chosen, or stands on the windows.
 SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',
          'setWindowTitle', 'QLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',

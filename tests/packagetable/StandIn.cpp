@@ -90,6 +90,11 @@ void StandIn::setBreaking(bool doBreak)
     setFlag("breaking", doBreak);
 }
 
+void StandIn::setComplaining(bool complaining)
+{
+    setFlag("complaining", complaining);
+}
+
 void StandIn::letChangeLogsBeRead()
 {
     setFlag("readable", true);

@@ -35,6 +35,8 @@ public:
     void setBreaking(bool doBreak);
     // Whether the next collections fail.
     void setUnreadable(bool unreadable);
+    // Whether an error is logged by the next collections, which go on.
+    void setComplaining(bool complaining);
     // Packages with the attribute "waiting" have no change log before.
     void letChangeLogsBeRead();
     // The text of the file of repositories, which the script knows two of: "base" and "extras".

@@ -174,6 +174,8 @@ class YumIO:
         return True
 
     def setupRepos(self):
+        if os.path.exists(os.path.join(SHARE, 'complaining')):
+            yumIOC.errorlog(1, 'a repository cannot be reached')
         if os.path.exists(os.path.join(SHARE, 'unreadable')):
             raise RuntimeError('nothing can be read')
         self.wait()
