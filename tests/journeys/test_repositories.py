@@ -52,8 +52,9 @@ class UseTest(EditingTest):
             editor.toggle('sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
+            # The window is usable for a moment before it reads them.
+            wait_for(lambda: len(self.sandbox.server.paths()) > count, 'the packages to be read')
             window.wait_ready()
-            self.assertGreater(len(self.sandbox.server.paths()), count)
             self.check_listed(window, USUAL)
 
     def test_disabled_one_is_enabled_for_the_session(self):
