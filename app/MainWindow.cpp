@@ -532,7 +532,7 @@ MainWindow::LoggedErrors::~LoggedErrors()
         });
     }
     if (any) {
-        window.showNotice(tr("Something may have gone wrong: see the Log window (Ctrl+L)"));
+        window.showNotice(tr("There are errors in the log (Ctrl+L)"));
     }
 }
 

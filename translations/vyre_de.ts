@@ -445,8 +445,8 @@ Duplikate und Gruppen gerade nicht angezeigt.
 %1</translation>
     </message>
     <message>
-        <source>Something may have gone wrong: see the Log window (Ctrl+L)</source>
-        <translation>Etwas könnte misslungen sein: siehe Protokoll (Strg+L)</translation>
+        <source>There are errors in the log (Ctrl+L)</source>
+        <translation>Im Protokoll stehen Fehler (Strg+L)</translation>
     </message>
 </context>
 <context>

@@ -1344,8 +1344,7 @@ void MainWindowTest::errorsThatStandInTheLogOnlyAreTold()
     const auto notices = [this] {
         int count = 0;
         for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
-            count += label->isVisible() &&
-                     label->text() == "Something may have gone wrong: see the Log window (Ctrl+L)";
+            count += label->isVisible() && label->text() == "There are errors in the log (Ctrl+L)";
         }
         return count;
     };
