@@ -51,6 +51,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
     QT_TRANSLATE_NOOP("YumIO", "The database of packages does not have what was done to:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
+    // One text in two lines.
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, did not come to its end.\nWhat it has "
                                "left undone has to be marked and applied again."),
     QT_TRANSLATE_NOOP("YumIO",
