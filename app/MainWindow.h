@@ -96,6 +96,21 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    // Tells, at the end of its scope, of errors that stand in the log only: a repository that cannot be
+    // reached, a script of a package that has failed.
+    class LoggedErrors
+    {
+    public:
+        explicit LoggedErrors(MainWindow& forWindow);
+        ~LoggedErrors();
+        LoggedErrors(const LoggedErrors&) = delete;
+        LoggedErrors& operator=(const LoggedErrors&) = delete;
+
+    private:
+        MainWindow& window;
+        int before; // number of entries
+    };
+
     void createMenuBar();
     void createMainArea();
     QBoxLayout* createFilterRow();
@@ -115,21 +130,6 @@ private:
     void clean(bool (YumIO::*operation)());
     void openExternally(QStringList command);
     void openManual(const QStringList& command);
-    // Tells, at the end of its scope, of errors that stand in the log only: a repository that cannot be
-    // reached, a script of a package that has failed.
-    class LoggedErrors
-    {
-    public:
-        explicit LoggedErrors(MainWindow& forWindow);
-        ~LoggedErrors();
-        LoggedErrors(const LoggedErrors&) = delete;
-        LoggedErrors& operator=(const LoggedErrors&) = delete;
-
-    private:
-        MainWindow& window;
-        int before; // number of entries
-    };
-
     void showNotice(const QString& text);
     void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }

@@ -102,8 +102,8 @@ public:
     // Gives the texts that a search looks at, all but the file list and the change log, to a function, one
     // after the other until that returns true; whether it did.
     bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
-    // Has a worker read what getChangeLog() needs for a package of a repository: the first one takes seconds
-    // where the repository is large. What is wrong with it is told by getChangeLog().
+    // Has a worker read what getChangeLog() needs for a package of a repository: the first one takes reading
+    // those of the whole repository. What is wrong with it is told by getChangeLog().
     void loadChangeLog(const Package::Entry& entry);
     bool haveFileLists() const { return fileListsLoaded; }
     bool haveOtherData() const { return otherDataLoaded; }
