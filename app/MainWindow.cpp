@@ -536,16 +536,18 @@ MainWindow::LoggedErrors::~LoggedErrors()
     }
 }
 
-void MainWindow::recollect()
+void MainWindow::recollect(bool keepMarks)
 {
     view->setEmptyText(tr("Reading the packages..."));
+    const YumIO::Marks marks = keepMarks ? yumIO->marks() : YumIO::Marks();
     yumIO->clearEntries();
     collect();
+    yumIO->restoreMarks(marks);
     // Or what is asked of each record for the expression would hold up the graphical thread.
     prepareFilterSearch();
     model->reset();
     updateEmptyText();
-    // The records are new ones, and none of them is marked.
+    // The records are new ones.
     warnUnlistedActions();
     stateChanged(-1);
     collectedExtraData();
@@ -608,6 +610,8 @@ void MainWindow::apply()
     // A transaction that failed half way has changed the system all the same.
     if (applied || yumIO->systemChanged()) {
         recollect();
+    } else if (yumIO->isOutdated()) {
+        recollect(true);
     }
     warnUnlistedActions();
     stateChanged(-1);

@@ -121,7 +121,8 @@ private:
     void warnUnlistedActions();
     void setReady(bool ready);
     void collect();
-    void recollect();
+    // keepMarks: what is marked stays so, as far as the new records permit it.
+    void recollect(bool keepMarks = false);
     void showTable();
     void updateEmptyText();
     void saveLayout() const;

@@ -2317,6 +2317,40 @@ Was sie nicht getan hat, muss neu vorgemerkt und angewendet werden.</translation
         <source>Cancel</source>
         <translation>Abbrechen</translation>
     </message>
+    <message>
+        <source>Waiting for {}, which uses the package database</source>
+        <translation>Warten auf {}, das die Paketdatenbank benutzt</translation>
+    </message>
+    <message>
+        <source>Waiting for another program, which uses the package database</source>
+        <translation>Warten auf ein anderes Programm, das die Paketdatenbank benutzt</translation>
+    </message>
+    <message>
+        <source>Another program is using the package database: {}
+Keep waiting?
+</source>
+        <translation>Ein anderes Programm benutzt gerade die Paketdatenbank: {}
+Weiter warten?
+</translation>
+    </message>
+    <message>
+        <source>Another program is using the package database.
+Keep waiting?
+</source>
+        <translation>Ein anderes Programm benutzt gerade die Paketdatenbank.
+Weiter warten?
+</translation>
+    </message>
+    <message>
+        <source>The package database is in use by another program. Nothing was changed.</source>
+        <translation>Ein anderes Programm benutzt die Paketdatenbank. Es wurde nichts geändert.</translation>
+    </message>
+    <message>
+        <source>The system was changed by another program since the packages were read. Nothing was applied.
+The packages are read again now. What is marked stays marked, as far as it is still possible.</source>
+        <translation>Ein anderes Programm hat das System geändert, seit die Pakete gelesen wurden. Es wurde nichts angewendet.
+Die Pakete werden jetzt neu gelesen. Vormerkungen bleiben, soweit sie noch möglich sind.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

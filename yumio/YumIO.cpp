@@ -12,6 +12,7 @@
 #include "app/base/Program.h"
 #include "app/base/Share.h"
 #include "python/YumIOC.h"
+#include "services/Progress.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 #include "yumio/DateTime.h"
@@ -51,6 +52,16 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
     QT_TRANSLATE_NOOP("YumIO", "The database of packages does not have what was done to:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
+    QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the package database"),
+    QT_TRANSLATE_NOOP("YumIO", "Waiting for another program, which uses the package database"),
+    QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database: {}\nKeep waiting?\n"),
+    QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database.\nKeep waiting?\n"),
+    QT_TRANSLATE_NOOP("YumIO", "The package database is in use by another program. Nothing was changed."),
+    // One text in three lines.
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
+    QT_TRANSLATE_NOOP("YumIO", "The system was changed by another program since the packages were read. "
+                               "Nothing was applied.\nThe packages are read again now. What is marked stays "
+                               "marked, as far as it is still possible."),
     // One text in two lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, did not come to its end.\nWhat it has "
@@ -67,8 +78,8 @@ YumIO::YumIO()
       otherDataLoaded(false), dialogs(nullptr), parent(nullptr), totalBar(nullptr), itemBar(nullptr),
       progress(nullptr), capturers(nullptr), locked(false), rpmDict(nullptr), yumIOClass(nullptr),
       readingCount(0), readingMax(1), classes{}, terminal(nullptr), phase(Idle), transactionRan(false),
-      stderrKind(Log::Error), stderrLevel(0), threadCount(0), threadsMax(0), dnfVersionLooked(false),
-      savedSigchld()
+      outdated(false), stderrKind(Log::Error), stderrLevel(0), threadCount(0), threadsMax(0),
+      dnfVersionLooked(false), savedSigchld()
 {
     qRegisterMetaType<Package::Entry*>("Package::Entry*");
     clearApply();
@@ -136,6 +147,32 @@ void YumIO::offerTranslations()
     PyErr_Clear();
 }
 
+// The function of the script's names that says on the bar of the current step what is being done. It is none
+// of yumIOC's: the script can do without it.
+void YumIO::offerActivity()
+{
+    static PyMethodDef definition = {"changeActivity", changeActivity, METH_O, nullptr};
+    const PyRef capsule(PyCapsule_New(this, nullptr, nullptr));
+    const PyRef function(capsule ? PyCFunction_New(&definition, capsule.get()) : nullptr);
+    if (function) {
+        PyDict_SetItemString(main_dict, definition.ml_name, function.get());
+    }
+    PyErr_Clear();
+}
+
+PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    if (yumIO == nullptr) {
+        return nullptr;
+    }
+    if (yumIO->progress != nullptr) {
+        // A question may have put the bars at rest.
+        yumIO->progress->startItem(yumIO->pyString(text), 0, 1);
+    }
+    Py_RETURN_NONE;
+}
+
 bool YumIO::initialize()
 {
     const QString root = ManagedRoot::path();
@@ -176,6 +213,7 @@ bool YumIO::initialize()
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
         offerTranslations();
+        offerActivity();
         const PyRef result(PyRun_File(script.get(), "YumIO.py", Py_file_input, main_dict, main_dict));
         if (!result) {
             return internalError(tr("Internal error: unable to execute YumIO.py"));

@@ -115,6 +115,15 @@ public:
     bool apply();
     // Whether the last apply() came as far as changing the system, whatever its result.
     bool systemChanged() const { return transactionRan; }
+    // Whether the last apply() was refused because another program has changed the system since the records
+    // were made.
+    bool isOutdated() const { return outdated; }
+
+    // The records' actions, to be put back after a new collection.
+    using Marks = QHash<EntryKey, Package::Action>;
+    Marks marks() const;
+    // Each for the record that has the same key now, if its state still permits the action.
+    void restoreMarks(const Marks& marks);
 
     // Each removes files from the package manager's cache.
     bool cleanDbcache();
@@ -273,6 +282,9 @@ private:
     // Start
     bool internalError(const QString& text);
     void offerTranslations();
+    void offerActivity();
+    static PyObject* changeActivity(PyObject* capsule, PyObject* text);
+    void readOutcome();
 
     // Worker threads
     void execWorkThread(QEventLoop& loop, QThread& thread);
@@ -474,6 +486,7 @@ private:
     bool txListed;
     bool txApplied;
     bool transactionRan;
+    bool outdated;
     std::unique_ptr<SignalRecorder> signalRecorder; // while the system is being changed
     quint64 cachedSize;
     quint64 downloadSize;

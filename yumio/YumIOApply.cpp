@@ -27,10 +27,39 @@ bool YumIO::apply()
         }
     }
     transactionRan = false;
+    outdated = false;
     QEventLoop loop;
     ApplyThread thread(this, loop);
     execWorkThread(loop, thread);
     return thread.result;
+}
+
+YumIO::Marks YumIO::marks() const
+{
+    Marks found;
+    for (const Package::Entry* entry : qAsConst(entries)) {
+        if (entry->action != Package::None) {
+            const bool group = entry->kind == Package::Group;
+            found.insert(EntryKey(group, entry->name, group ? QString() : entry->biArch), entry->action);
+        }
+    }
+    return found;
+}
+
+void YumIO::restoreMarks(const Marks& marks)
+{
+    for (auto i = marks.constBegin(); i != marks.constEnd(); ++i) {
+        Package::Entry* entry = entryIndex.value(i.key());
+        if (entry == nullptr) {
+            continue;
+        }
+        const bool available = entry->state == Package::Available;
+        if (i.value() == Package::Install  ? available
+            : i.value() == Package::Update ? entry->state == Package::Updatable
+                                           : !available) {
+            entry->action = i.value();
+        }
+    }
 }
 
 void YumIO::clearApply()
@@ -168,6 +197,7 @@ bool YumIO::applyReal()
                                         removes.get(), groupInstalls.get(), groupUpdates.get(),
                                         groupRemoves.get()));
         signalRecorder.reset();
+        readOutcome();
         // An exception that is not among the known ones has been reported already.
         if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
             txApplied = false;
@@ -178,6 +208,21 @@ bool YumIO::applyReal()
     }
     progress->reset();
     return txApplied;
+}
+
+// What the script knows better than its calls of the program tell: rpm may not have begun although a
+// transaction was announced.
+void YumIO::readOutcome()
+{
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    PyErr_Fetch(&type, &value, &traceback);
+    const PyRef changed(attribute(yumIO.get(), "systemChanged"));
+    if (changed) {
+        transactionRan = changed.get() == Py_True;
+    }
+    const PyRef old(attribute(yumIO.get(), "outdated"));
+    outdated = old.get() == Py_True;
+    PyErr_Restore(type, value, traceback);
 }
 
 bool YumIO::applyGroups()

@@ -9,6 +9,8 @@ Runs on Python 3.6 and later with dnf 4.
 
 import ctypes
 import datetime
+import errno
+import fcntl
 import functools
 import logging
 import os
@@ -16,9 +18,15 @@ import re
 import subprocess
 import sys
 import time
+import urllib.parse
 import weakref
 
 import rpm
+
+try:
+    import sqlite3
+except ImportError:  # a module of its own in some distributions
+    sqlite3 = None
 
 # The package manager's own commands and plug-ins may look at the name of the program.
 import bdb  # noqa: F401  (the program looks its exceptions up by name)
@@ -373,7 +381,137 @@ class SessionLock(dnf.lock.ProcessLock):
         self.count -= 1
 
 
+def databaseCookie():
+    """What is another after every change of the installed packages; empty when rpm does not know."""
+    transaction = rpm.TransactionSet(managedRoot())
+    try:
+        return transaction.dbCookie() if transaction.openDB() == 0 else ''
+    except (AttributeError, rpm.error):  # a version without it
+        return ''
+    finally:
+        transaction.closeDB()
+
+
+class DatabaseLock:
+    """Holds rpm's own lock for a scope, so that no other program changes the packages meanwhile.
+
+    rpm waits for it without a word, or does not wait at all. This one says what it waits for, and asks whether to go
+    on. The lock belongs to the process, so rpm can take it once more; rpm's end of it is the end of ours too.
+    """
+
+    # Seconds: between two attempts, before the first question, and from each question to the next.
+    ATTEMPTS = 0.2
+    FIRST_QUESTION = 5
+    NEXT_QUESTION = 60
+
+    def __enter__(self):
+        path = rpm.expandMacro('%{?_rpmlock_path}')
+        self._path = inRoot(path) if path.startswith('/') else inRoot('/var/lib/rpm/.rpm.lock')
+        self._database = inRoot(rpm.expandMacro('%{_dbpath}')) + '/rpmdb.sqlite'
+        self._descriptor = None
+        try:
+            self._descriptor = os.open(self._path, os.O_RDWR | os.O_CREAT | os.O_CLOEXEC, 0o644)
+        except OSError as e:  # rpm will say so itself if that keeps it from working
+            logging.getLogger('dnf').debug('%s', e)
+        try:
+            self._wait()
+        except BaseException:
+            self.__exit__()
+            raise
+
+    def __exit__(self, *unused):
+        if self._descriptor is not None:
+            os.close(self._descriptor)
+
+    def _wait(self):
+        question = time.monotonic() + self.FIRST_QUESTION
+        told = None
+        while not self._taken():
+            holder = self._holder()
+            if holder != told:
+                told = holder
+                showActivity(tr('Waiting for {}, which uses the package database').format(holder) if holder else
+                             tr('Waiting for another program, which uses the package database'))
+            if time.monotonic() >= question:
+                self._ask(holder)
+                question = time.monotonic() + self.NEXT_QUESTION
+                told = None
+            time.sleep(self.ATTEMPTS)
+
+    def _taken(self):
+        if self._descriptor is not None:
+            try:
+                fcntl.lockf(self._descriptor, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            except OSError as e:
+                if e.errno in (errno.EACCES, errno.EAGAIN):
+                    return False
+        return not self._databaseIsLocked()
+
+    def _databaseIsLocked(self):
+        """Whether somebody keeps rpm from writing its database although rpm's lock is free, as a backup may do. rpm
+        would give up after a while, in the middle of the transaction.
+        """
+        if sqlite3 is None or not os.path.exists(self._database):
+            return False
+        try:
+            connection = sqlite3.connect('file:{}?mode=rw'.format(urllib.parse.quote(self._database)), uri=True,
+                                         timeout=0, isolation_level=None)
+            try:
+                connection.execute('BEGIN IMMEDIATE')
+                connection.execute('ROLLBACK')
+            finally:
+                connection.close()
+        except sqlite3.Error as e:
+            return 'locked' in str(e)
+        return False
+
+    def _holder(self):
+        """Name and process number of the program that has one of the locks; empty when that is not known."""
+        files = set()
+        for path in (self._path, self._database, self._database + '-shm'):
+            try:
+                files.add(str(os.stat(path).st_ino))
+            except OSError:
+                pass
+        try:
+            with open('/proc/locks') as locks:
+                for line in locks:
+                    fields = line.split()
+                    if fields[1] == '->' or fields[3] != 'WRITE' or fields[5].split(':')[-1] not in files:
+                        continue
+                    if int(fields[4]) > 0 and int(fields[4]) != os.getpid():
+                        return '{} ({})'.format(nameOfProcess(fields[4]), fields[4])
+        except (OSError, ValueError, IndexError):
+            pass
+        return ''
+
+    @staticmethod
+    def _ask(holder):
+        yumIOC.gpgsigcheck()
+        if holder:
+            sys.stdout.write(tr('Another program is using the package database: {}\nKeep waiting?\n').format(holder))
+        else:
+            sys.stdout.write(tr('Another program is using the package database.\nKeep waiting?\n'))
+        if yumIOC.userconfirm() != 1:
+            raise dnf.exceptions.Error(tr('The package database is in use by another program. Nothing was changed.'))
+
+
+def nameOfProcess(number):
+    try:
+        with open('/proc/{}/comm'.format(number), errors='replace') as name:
+            return name.read().strip()
+    except OSError:
+        return '?'
+
+
 # Progress ---------------------------------------------------------------------------------------------------
+
+def showActivity(text):
+    """Says on the bar of the current step what is being done."""
+    show = globals().get('changeActivity')  # the program puts it here before it runs this file
+    if show is not None and programListens():
+        show(passable(text))
+
 
 class DownloadProgress(dnf.callback.DownloadProgress):
     """Passes the progress of downloads, of metadata and of packages, on to the program."""
@@ -445,6 +583,15 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     def __del__(self):
         self.end()
 
+    # rpm changes nothing before it reports one of these.
+    CHANGES = (rpm.RPMCALLBACK_ELEM_PROGRESS, rpm.RPMCALLBACK_INST_START, rpm.RPMCALLBACK_UNINST_START,
+               rpm.RPMCALLBACK_SCRIPT_START)
+
+    def callback(self, what, *args):
+        if what in self.CHANGES and not self.test:
+            self.base.changed = True
+        return super(RPMTransaction, self).callback(what, *args)
+
     def _scriptOutput(self):
         self._heard = super(RPMTransaction, self)._scriptOutput()
         return self._heard
@@ -514,6 +661,7 @@ class Base(dnf.Base):
         super(Base, self).__init__(conf)
         self.otherData = OtherData()
         self.headers = HeaderMemo()
+        self.changed = False  # rpm has begun to change the system
 
     def _add_repo_to_sack(self, repo):
         # Change logs are fetched together with everything else, but not kept in memory: most runs need none.
@@ -602,6 +750,11 @@ class YumIO:
         logger.addHandler(LogHandler())
 
         self._lock = None
+        self._cookie = ''  # of the database of which the packages were read
+        # Of the last transaction: whether it changed the system, and whether it was refused because another program
+        # has done so since the packages were read.
+        self.systemChanged = False
+        self.outdated = False
         self.base = Base(self._configuration())
         self._setupLogFiles()
         self._readRepos()
@@ -754,6 +907,7 @@ class YumIO:
         try:
             self.base.otherData.clear()
             self.base.headers.clear()
+            self._cookie = databaseCookie()
             self.base.fill_sack()
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
             raise dnf.exceptions.RepoError(str(e) + spaceHint(self.base.conf.cachedir))
@@ -894,9 +1048,14 @@ class YumIO:
         base = self.base
         base.headers.clear()
         forgetInterrupt()
-        del base._ts
-        base.reset(goal=True)
+        self.systemChanged = base.changed = False
+        self.outdated = False
         try:
+            del base._ts
+            base.reset(goal=True)
+            # Not only at the end: nobody should read a list, or wait for downloads, that are of no use.
+            with DatabaseLock():
+                self._checkCurrent()
             self._mark(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves)
             # Only who asked for a removal is offered the removal of what depends on it.
             base.resolve(allow_erasing=bool(removes or groupRemoves))
@@ -910,10 +1069,39 @@ class YumIO:
         except (hawkey.Exception, libdnf.error.Error, rpm.error) as e:
             raise dnf.exceptions.Error(str(e))
         finally:
+            self.systemChanged = base.changed
             RPMTransaction.endLast()
             base.headers.clear()
             base.reset(goal=True)
             del base._ts
+
+    def _checkCurrent(self):
+        """Refuse to work with packages that are not the installed ones any more: rpm is given numbers of what it has to
+        remove, which may be those of other packages now.
+        """
+        cookie = databaseCookie()
+        if not cookie or not self._cookie or cookie == self._cookie:
+            return
+        if self._installedNumbers() != set((package.rpmdbid, package.name) for package in self.base.sack.query(
+                flags=hawkey.IGNORE_EXCLUDES).installed()):
+            self.outdated = True
+            raise dnf.exceptions.Error(tr('The system was changed by another program since the packages were read. '
+                                          'Nothing was applied.\nThe packages are read again now. What is marked stays '
+                                          'marked, as far as it is still possible.'))
+        self._cookie = cookie
+
+    @staticmethod
+    def _installedNumbers():
+        """Number and name of each installed package. Signing keys, which are kept with them, do not count."""
+        transaction = rpm.TransactionSet(managedRoot())
+        # They were checked when they came in.
+        transaction.setVSFlags(rpm._RPMVSF_NOSIGNATURES | rpm._RPMVSF_NODIGESTS)
+        try:
+            found = set((header[rpm.RPMTAG_DBINSTANCE], _text(header[rpm.RPMTAG_NAME]))
+                        for header in transaction.dbMatch())
+        finally:
+            transaction.closeDB()
+        return set(each for each in found if each[1] != 'gpg-pubkey')
 
     def _mark(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
         base = self.base
@@ -999,7 +1187,14 @@ class YumIO:
 
     def _run(self):
         base = self.base
-        base.do_transaction(TransactionProgress())
+        with DatabaseLock():
+            self._checkCurrent()
+            try:
+                base.do_transaction(TransactionProgress())
+            except Exception:
+                if not base.changed:
+                    self._endHistory()
+                raise
         yumIOC.postTransactionOutput()
         items = list(base.transaction or [])
         failed = [item for item in items if item.state == libdnf.transaction.TransactionItemState_ERROR]
@@ -1012,6 +1207,15 @@ class YumIO:
             (tr('The database of packages does not have what was done to:'), unrecorded)) if found]
         if parts:
             raise dnf.exceptions.Error('\n'.join(parts) + self._spaceHints(failed))
+
+    def _endHistory(self):
+        """A transaction that rpm has not begun must not look like one that was cut off."""
+        try:
+            for item in self.base.transaction or []:
+                item.state = libdnf.transaction.TransactionItemState_ERROR
+            self.base.history.end(return_code=libdnf.transaction.TransactionState_ERROR)
+        except (dnf.exceptions.Error, libdnf.error.Error, RuntimeError, OSError) as e:
+            logging.getLogger('dnf').debug('The history does not have the end of the transaction: %s', e)
 
     def _unrecorded(self, items):
         """Those of the transaction's elements of which rpm's database, read anew, does not have what was done: rpm

@@ -1,5 +1,9 @@
 #!/usr/bin/python3
 """Transactions that the package manager refuses, or that fail half-way."""
+import fcntl
+import os
+import subprocess
+
 import journey
 from journey import JourneyTest
 
@@ -43,6 +47,54 @@ class RefusalTest(JourneyTest):
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
+
+
+class OtherProgramTest(JourneyTest):
+    """Another program works with packages at the same time."""
+
+    def test_system_changed_since_the_packages_were_read(self):
+        with self.opened() as window:
+            for name in ('almanac', 'pergola', 'birch-log'):
+                window.mark_listed(name)
+            subprocess.run(['rpm', '--root', self.sandbox.root, '--dbpath', '/var/lib/rpm', '-e', 'almanac'],
+                           check=True, stderr=subprocess.DEVNULL)
+            window.click_button('Apply Actions')
+            self.check_message(window.program, 'VYRE Yum Error', 'The system was changed by another program',
+                               'Unable to apply changes', picture='changed-by-another')
+            window.wait_ready()
+            self.check_changed(gone=['almanac-1.9-1.noarch'])
+            # The table shows the system as it is now; the marks that still make sense have stayed.
+            window.show_all()
+            for name, action in (('almanac', 'none'), ('pergola', 'install'), ('birch-log', 'remove')):
+                window.set_filter('^' + name + ' ')
+                window.wait_names([name])
+                window.wait_action(action, name)
+            self.carry_out(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64'], gone=['almanac-1.9-1.noarch', 'birch-log-3.0-1.x86_64'])
+            self.assertNotIn('did not come to its end', self.read_log(window))
+
+    def test_database_in_use(self):
+        with self.opened() as window:
+            window.mark_listed('pergola')
+            dialog = window.apply()
+            lock = open(os.path.join(self.sandbox.root, 'var/lib/rpm/.rpm.lock'), 'w')
+            self.addCleanup(lock.close)
+            fcntl.lockf(lock, fcntl.LOCK_EX)
+            dialog.click_button('OK')
+            question = self.read_dialog(
+                window.program, 'Query', 'Another program is using the package database: ',
+                ' ({})\nKeep waiting?\n'.format(os.getpid()))
+            self.picture('database-in-use')
+            question.click_button('No')
+            self.check_message(window.program, 'VYRE Yum Error',
+                               'The package database is in use by another program. Nothing was changed.')
+            window.wait_ready()
+            self.check_unchanged()
+            window.wait_action('install', 'pergola')
+            fcntl.lockf(lock, fcntl.LOCK_UN)
+            self.carry_out(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+            self.assertNotIn('did not come to its end', self.read_log(window))
 
 
 class FailureTest(JourneyTest):

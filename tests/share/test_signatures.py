@@ -138,6 +138,7 @@ class SignatureTest(ScenarioTest):
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         self.assertIn(TABLET, self.sandbox.installed())
+        self.again()
         self.assert_refused("not signed", installs=["wax-blank"], answers=[1])
         self.assertFalse(os.path.exists(self.home + "/.rpmdb"))
         self.assertFalse(os.path.exists(self.sandbox.root + self.home))

@@ -1113,6 +1113,76 @@ private Q_SLOTS:
         QVERIFY(!yumIO().systemChanged());
     }
 
+    void theScriptKnowsBetterWhetherTheSystemWasChanged()
+    {
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(False)\n"
+                       "it.systemChanged = False\nit.outdated = True\n"
+                       "raise dnf.exceptions.Error('not begun')"));
+        backEnd->answers.take();
+        QVERIFY(!yumIO().systemChanged());
+        QVERIFY(yumIO().isOutdated());
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "it.systemChanged = True\nit.outdated = False"));
+        backEnd->answers.take();
+        QVERIFY(yumIO().systemChanged());
+        QVERIFY(!yumIO().isOutdated());
+        backEnd->run("del it.systemChanged, it.outdated");
+    }
+
+    void theScriptSaysOnTheBarWhatItWaitsFor()
+    {
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "changeActivity('Waiting for w\\u00e4scher (17)')\n"
+                      "seen.append(look())"));
+        backEnd->answers.take();
+        QCOMPARE(backEnd->text("seen"), QString("[['Running Transaction: Total Progress (1%) 100/9100', "
+                                                "'Waiting for w\u00e4scher (17) (0%) 0/1']]"));
+        // There are no bars to say it on.
+        backEnd->run("changeActivity('later')");
+    }
+
+    void marksOutliveACollectionWhereTheyStillMakeSense()
+    {
+        const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
+                             "Package('both', '2.0', arch='i686'), Package('away', '2.0')]\n"
+                             "it.installed = [Package('fresh'), Package('done'), Package('away'), "
+                             "Package('both', arch='i686'), Package('old'), Package('gone')]\n"
+                             "it.available = [Package('tool'), Package('there'), Package('left')]\n"
+                             "it.groups = [Group('tool', 't'), Group('lost', 'l')]");
+        collect(before);
+        mark("fresh", Package::Update);
+        mark("done", Package::Update);
+        mark("away", Package::Remove);
+        mark("old", Package::Remove);
+        mark("gone", Package::Remove);
+        mark("tool", Package::Install);
+        mark("there", Package::Install);
+        backEnd->entry("both", "i386")->action = Package::Update;
+        backEnd->group("lost")->action = Package::Install;
+        const YumIO::Marks marks = yumIO().marks();
+        QCOMPARE(marks.count(), 9);
+        yumIO().clearEntries();
+        // Another program has updated, installed and removed some of them.
+        collect("it.updates = [Package('fresh', '2.0'), Package('both', '2.0', arch='i686')]\n"
+                "it.installed = [Package('fresh'), Package('done', '2.0'), Package('away', '2.0'), "
+                "Package('both', arch='i686'), Package('old'), Package('there')]\n"
+                "it.available = [Package('tool'), Package('left'), Package('gone')]\n"
+                "it.groups = [Group('tool', 't')]");
+        yumIO().restoreMarks(marks);
+        QHash<QString, int> found;
+        for (const Package::Entry* entry : qAsConst(yumIO().entries)) {
+            if (entry->action != Package::None) {
+                found.insert(entry->name, entry->action);
+            }
+        }
+        QCOMPARE(found, (QHash<QString, int>{{"fresh", Package::Update},
+                                             {"both", Package::Update},
+                                             {"away", Package::Remove},
+                                             {"old", Package::Remove},
+                                             {"tool", Package::Install}}));
+        QCOMPARE(backEnd->group("tool")->action, Package::None);
+    }
+
     void signalsAreHeldBackWhileTheSystemIsChanged()
     {
         // A hangup and a termination, as they would be without the test framework.

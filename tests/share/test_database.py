@@ -1,0 +1,232 @@
+"""Other programs that work with the database of packages."""
+
+import fcntl
+import os
+import signal
+import sqlite3
+import subprocess
+import threading
+
+from scenario import ScenarioTest, in_own_process
+
+CHANGED = "^The system was changed by another program since the packages were read"
+ALMANAC = "almanac-1.9-1.noarch"
+ASTROLABE = "astrolabe-5.6-1.x86_64"
+
+
+class DatabaseTest(ScenarioTest):
+    def rpm(self, *arguments):
+        subprocess.run(["rpm", "--root", self.sandbox.root, "--dbpath", "/var/lib/rpm"] + list(arguments), check=True,
+                       stderr=subprocess.DEVNULL)
+
+    def check_outdated(self):
+        self.assertTrue(self.yumio.outdated)
+        self.assertFalse(self.yumio.systemChanged)
+        self.assertNotIn("rpmtransInit", self.recording.names())
+        self.assert_history_is_complete()
+
+    def assert_history_is_complete(self):
+        """No transaction looks like one that was cut off."""
+        self.recording.clear()
+        self.yumio._tellLeftovers()
+        self.assertEqual(self.recording.errors(), [])
+
+
+class OutdatedTest(DatabaseTest):
+    @in_own_process
+    def test_a_package_that_another_program_has_removed(self):
+        self.started()
+        self.rpm("-e", "almanac")
+        self.assert_refused(CHANGED, removes=["almanac"], answers=[])
+        self.check_outdated()
+        # What was read again can be worked with.
+        self.again()
+        self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({ASTROLABE}, set()))
+        self.assertFalse(self.yumio.outdated)
+        self.assertTrue(self.yumio.systemChanged)
+
+    @in_own_process
+    def test_a_package_that_another_program_has_installed(self):
+        self.started()
+        self.rpm("-i", "--nodeps", os.path.join(self.sandbox.repository("sandbox-http"), ASTROLABE + ".rpm"))
+        self.assert_refused(CHANGED, installs=["astrolabe"], answers=[])
+        self.check_outdated()
+
+    @in_own_process
+    def test_a_change_while_the_question_is_shown(self):
+        self.started()
+        self.recording.before_answer = lambda: self.rpm("-e", "almanac")
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, CHANGED):
+            self.apply(removes=["almanac"])
+        self.check_outdated()
+
+    @in_own_process
+    def test_a_package_that_another_program_has_installed_once_more(self):
+        """It is the same one, with another number in the database."""
+        self.started()
+        self.rpm("-i", "--nodeps", "--replacepkgs",
+                 os.path.join(self.sandbox.repository("sandbox-http"), ALMANAC + ".rpm"))
+        self.assert_refused(CHANGED, removes=["almanac"], answers=[])
+        self.check_outdated()
+
+    @in_own_process
+    def test_a_signing_key_is_no_package(self):
+        self.started()
+        cookie = self.script["databaseCookie"]()
+        self.rpm("--import", self.sandbox.root + "/etc/pki/rpm-gpg/RPM-GPG-KEY-larkspur")
+        self.assertNotEqual(self.script["databaseCookie"](), cookie)
+        self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
+
+
+class Holder(object):
+    """Another process that holds a lock until it is let go."""
+
+    def __init__(self, take):
+        here, there = os.pipe()
+        self.process = os.fork()
+        if self.process == 0:
+            kept = take()
+            os.write(there, b"x")
+            signal.alarm(60)
+            while kept:
+                signal.pause()
+        os.close(there)
+        os.read(here, 1)
+        os.close(here)
+
+    def let_go(self):
+        os.kill(self.process, signal.SIGKILL)
+        os.waitpid(self.process, 0)
+
+
+class LockedTest(DatabaseTest):
+    def enter(self):
+        super(LockedTest, self).enter()
+        self.holder = None
+
+    def leave(self):
+        if self.holder is not None:
+            self.holder.let_go()
+        super(LockedTest, self).leave()
+
+    def rpm_lock(self):
+        lock = open(self.sandbox.root + "/var/lib/rpm/.rpm.lock", "w")
+        fcntl.lockf(lock, fcntl.LOCK_EX)
+        return lock
+
+    def database_lock(self):
+        connection = sqlite3.connect(self.sandbox.root + "/var/lib/rpm/rpmdb.sqlite")
+        connection.execute("BEGIN EXCLUSIVE")
+        return connection
+
+    def prepare(self):
+        """The program that is asked as soon as something has to be waited for; the shown activities."""
+        self.started()
+        shown = []
+        self.script["showActivity"].__globals__["changeActivity"] = shown.append
+        self.script["DatabaseLock"].FIRST_QUESTION = 0.5
+        return shown
+
+    def let_go(self):
+        self.holder.let_go()
+        self.holder = None
+
+    def check_given_up(self, take):
+        shown = self.prepare()
+        self.holder = Holder(take)
+        self.assert_refused("^The package database is in use by another program. Nothing was changed.$",
+                            removes=["almanac"], answers=[0])
+        who = "%s (%d)" % (self.script["nameOfProcess"](self.holder.process), self.holder.process)
+        self.assertEqual(shown, ["Waiting for %s, which uses the package database" % who])
+        self.assertEqual(self.recording.printed(),
+                         "Another program is using the package database: %s\nKeep waiting?\n" % who)
+        self.assertEqual(self.recording.order(), ["gpgsigcheck", "userconfirm"])
+        self.assertFalse(self.yumio.systemChanged)
+        self.assertFalse(self.yumio.outdated)
+        self.let_go()
+        self.assert_history_is_complete()
+        # The same packages can still be worked with.
+        self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
+
+    @in_own_process
+    def test_waiting_for_the_lock_of_rpm_is_given_up(self):
+        self.check_given_up(self.rpm_lock)
+
+    @in_own_process
+    def test_waiting_for_a_locked_database_is_given_up(self):
+        self.check_given_up(self.database_lock)
+
+    def check_waits(self, take):
+        """The lock is taken while the list is shown, and given back while its end is waited for."""
+        shown = self.prepare()
+
+        def hold():
+            self.holder = Holder(take)
+            self.recording.before_answer = let_go_soon
+
+        def let_go_soon():
+            threading.Timer(1, self.let_go).start()
+        self.recording.before_answer = hold
+        self.assertEqual(self.changes(self.apply, removes=["almanac"], answers=[1, 1]), (set(), {ALMANAC}))
+        self.assertEqual(self.recording.names().count("userconfirm"), 2)
+        self.assertEqual(len(shown), 2)
+        self.assertTrue(self.yumio.systemChanged)
+        self.assert_history_is_complete()
+
+    @in_own_process
+    def test_the_end_of_the_lock_of_rpm_is_waited_for(self):
+        self.check_waits(self.rpm_lock)
+
+    @in_own_process
+    def test_the_end_of_a_lock_of_the_database_is_waited_for(self):
+        self.check_waits(self.database_lock)
+
+    @in_own_process
+    def test_what_another_program_has_changed_meanwhile_is_noticed(self):
+        self.prepare()
+
+        def hold():
+            self.holder = Holder(self.rpm_lock)
+            self.recording.before_answer = change
+
+        def change():
+            self.let_go()
+            self.rpm("-e", "almanac")
+        self.recording.before_answer = hold
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, CHANGED):
+            self.apply(removes=["almanac"], answers=[1, 1])
+        self.check_outdated()
+
+    @in_own_process
+    def test_nobody_else_changes_packages_during_the_transaction(self):
+        self.started()
+        found = []
+        before = self.dnf.Base.do_transaction
+
+        def look(base, *arguments):
+            reader, writer = os.pipe()
+            if os.fork() == 0:
+                try:
+                    with open(self.sandbox.root + "/var/lib/rpm/.rpm.lock", "w") as lock:
+                        fcntl.lockf(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+                    os.write(writer, b"free")
+                except OSError:
+                    os.write(writer, b"held")
+                os._exit(0)
+            found.append(os.read(reader, 4))
+            return before(base, *arguments)
+        self.dnf.Base.do_transaction = look
+        self.apply(removes=["almanac"])
+        self.assertEqual(found, [b"held"])
+
+    @in_own_process
+    def test_a_transaction_that_rpm_does_not_begin_does_not_look_cut_off(self):
+        self.started()
+
+        def refuse(base, cb):
+            base.history.beg("0", [], [])
+            raise self.dnf.exceptions.Error("Could not run transaction.")
+        self.script["Base"]._run_transaction = refuse
+        self.assert_refused("Could not run transaction", removes=["almanac"])
+        self.assertFalse(self.yumio.systemChanged)
+        self.assert_history_is_complete()
