@@ -67,7 +67,7 @@ void RepoDialog::config(const Repo::Entry& repository)
     grid->setContentsMargins(0, 0, 0, 0);
     grid->setHorizontalSpacing(2 * Metrics::columnWidth(fontMetrics()));
     grid->setColumnStretch(1, 1);
-    const PasswdMask mask = PasswdMask::forUrls();
+    const PasswdMask mask;
     const QChar passwordCharacter =
         QChar(style()->styleHint(QStyle::SH_LineEdit_PasswordCharacter, nullptr, this));
     int row = 0;

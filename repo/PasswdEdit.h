@@ -29,14 +29,6 @@ public:
         delete inner;
     }
 
-    // Masks in every match of a further expression, too.
-    void maskEverywhere(QRegExp const& expression)
-    {
-        mask.hideEverywhere(expression);
-        showText();
-        takeSelection();
-    }
-
 protected:
     // What comes behind the parent is for the edit's own constructor.
     template <typename... Arguments>

@@ -12,7 +12,8 @@ class PasswdLineEdit : public PasswdEdit<QLineEdit, PasswdInnerLineEdit>
     Q_OBJECT
 
 public:
-    // The first capture of the expression is the password of a text that matches it as a whole.
+    // Masks the passwords in URLs. The first capture of the expression is a password too, if the whole text
+    // matches.
     explicit PasswdLineEdit(QRegExp const& mask, QWidget* parent = nullptr);
 
     void setRealText(QString const& text);

@@ -1,7 +1,7 @@
 // Hides the passwords in a text: each of their characters is replaced by one password character, so that
 // places in the masked text and in the real one are the same.
 //
-// A plain value; any thread.
+// Graphical thread; a plain value. It keeps the text that it masked last, which is not looked at again.
 
 #ifndef REPO_PASSWDMASK_H
 #define REPO_PASSWDMASK_H
@@ -11,13 +11,16 @@
 #include <QString>
 #include <QVector>
 
+#include "app/base/Credentials.h"
+
 class PasswdMask
 {
 public:
-    // Hides every password that a list of URLs may hold: those of the vantor scheme, and those before a host.
-    static PasswdMask forUrls();
+    // Hides every password that Credentials finds in a text of this kind.
+    explicit PasswdMask(Credentials::Text kind = Credentials::Text::Urls);
 
-    // The first capture of each expression is a password.
+    // What else is to be hidden: the first capture of each expression is a password. The expressions of
+    // Repo::Vantor match nothing else than what is hidden already, and are not tried.
     void hideInWholeText(QRegExp const& expression); // if the whole text matches
     void hideEverywhere(QRegExp const& expression);  // in every match within the text
 
@@ -26,16 +29,18 @@ public:
     bool hides(const QString& text, int position) const;
 
 private:
-    struct Range
-    {
-        int begin;
-        int length;
-    };
+    // What the expressions say.
+    QVector<Credentials::Place> captured(const QString& text) const;
+    QString mask(const QString& text, QChar passwordCharacter) const;
+    void forget();
 
-    QVector<Range> passwords(const QString& text) const;
-
+    Credentials::Text kind;
     QList<QRegExp> wholeText;
     QList<QRegExp> everywhere;
+
+    mutable QString lastText;
+    mutable QChar lastCharacter;
+    mutable QString lastMasked;
 };
 
 #endif

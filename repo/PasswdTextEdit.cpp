@@ -8,9 +8,20 @@ PasswdTextEdit::PasswdTextEdit(QRegExp const& expression, QWidget* parent)
 }
 
 PasswdTextEdit::PasswdTextEdit(QRegExp const& expression, int columnCount, int rowCount, QWidget* parent)
-    : PasswdEdit(parent, columnCount, rowCount)
+    : PasswdTextEdit(PasswdMask(), columnCount, rowCount, parent)
 {
     mask.hideEverywhere(expression);
+}
+
+PasswdTextEdit::PasswdTextEdit(Credentials::Text kind, int columnCount, int rowCount, QWidget* parent)
+    : PasswdTextEdit(PasswdMask(kind), columnCount, rowCount, parent)
+{
+}
+
+PasswdTextEdit::PasswdTextEdit(PasswdMask const& initialMask, int columnCount, int rowCount, QWidget* parent)
+    : PasswdEdit(parent, columnCount, rowCount)
+{
+    mask = initialMask;
     setAcceptRichText(false);
     // The hidden edit knows what there is to be undone.
     setUndoRedoEnabled(false);

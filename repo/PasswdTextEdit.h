@@ -13,9 +13,12 @@ class PasswdTextEdit : public PasswdEdit<HTextEdit, PasswdInnerTextEdit>
     Q_OBJECT
 
 public:
-    // The first capture of the expression is the password, in every match of it in the text.
+    // Masks the passwords in URLs. The first capture of the expression is a password too, in every match of
+    // it.
     explicit PasswdTextEdit(QRegExp const& mask, QWidget* parent = nullptr);
     PasswdTextEdit(QRegExp const& mask, int columnCount, int rowCount, QWidget* parent = nullptr);
+    // For a text of another kind than URLs.
+    PasswdTextEdit(Credentials::Text kind, int columnCount, int rowCount, QWidget* parent = nullptr);
 
     void setRealPlainText(QString const& text);
     QString realPlainText() const;
@@ -28,6 +31,9 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     QMimeData* createMimeDataFromSelection() const override;
     void insertFromMimeData(const QMimeData* source) override;
+
+private:
+    PasswdTextEdit(PasswdMask const& mask, int columnCount, int rowCount, QWidget* parent);
 
 private Q_SLOTS:
     void handleInnerTextChanged();

@@ -42,7 +42,7 @@ QLabel* addLine(QGridLayout* grid, const QString& caption)
 
 } // namespace
 
-Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr), mask(PasswdMask::forUrls())
+Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
 {
     setWindowTitle(tr("VYRE Authentication"));
     setModal(true);

@@ -66,7 +66,6 @@ Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(
     addField(layout, 1, 0, tr("Name"), nameField, tr("Description of the repository"));
 
     urlsField = new PasswdTextEdit(Repo::Vantor::urlsRegExp(), 80, 4, parent);
-    urlsField->maskEverywhere(Repo::Vantor::passwordRegExp());
     urlsField->setLineWrapMode(QTextEdit::NoWrap);
     urlsField->setTabChangesFocus(true);
     QLabel* urlsLabel = addField(layout, 2, 0, tr("URLs"), urlsField,
@@ -77,7 +76,6 @@ Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(
     layout->setRowStretch(2, 2);
 
     mirrorListField = new PasswdLineEdit(Repo::Vantor::oneUrlRegExp(), parent);
-    mirrorListField->maskEverywhere(Repo::Vantor::passwordRegExp());
     addField(layout, 3, 0, tr("Mirror list URL"), mirrorListField,
              tr("URL to a file containing a list of URLs to the repository."));
 

@@ -1,5 +1,6 @@
 #include "repo/RepoVantor.h"
 
+#include "app/base/Credentials.h"
 #include "repo/RepoEntry.h"
 
 namespace {
@@ -39,29 +40,37 @@ bool needsProtection(QChar character)
     return special.contains(character) || (character.unicode() <= 0xff && character.isSpace());
 }
 
-QString httpProtect(QString text)
+QString httpProtect(QString const& text)
 {
-    for (int i = 0; i < text.size(); ++i) {
-        if (needsProtection(text.at(i))) {
-            const int code = text.at(i).unicode();
-            const QChar escape[] = {QLatin1Char('%'), toHex(code / 16), toHex(code % 16)};
-            text.replace(i, 1, escape, 3);
-            i += 2;
+    QString result;
+    for (const QChar character : text) {
+        if (needsProtection(character)) {
+            const int code = character.unicode();
+            result += QLatin1Char('%');
+            result += toHex(code / 16);
+            result += toHex(code % 16);
+        } else {
+            result += character;
         }
     }
-    return text;
+    return result;
 }
 
-QString httpUnprotect(QString text)
+QString httpUnprotect(QString const& text)
 {
-    for (int i = 0; i + 2 < text.size(); ++i) {
-        const int high = fromHex(text.at(i + 1));
-        const int low = fromHex(text.at(i + 2));
-        if (text.at(i) == QLatin1Char('%') && high >= 0 && low >= 0) {
-            text.replace(i, 3, QChar(16 * high + low));
+    QString result;
+    for (int i = 0; i < text.size(); ++i) {
+        const bool mayBeEscape = text.at(i) == QLatin1Char('%') && i + 2 < text.size();
+        const int high = mayBeEscape ? fromHex(text.at(i + 1)) : -1;
+        const int low = mayBeEscape ? fromHex(text.at(i + 2)) : -1;
+        if (high >= 0 && low >= 0) {
+            result += QChar(16 * high + low);
+            i += 2;
+        } else {
+            result += text.at(i);
         }
     }
-    return text;
+    return result;
 }
 
 // The text from `position` up to `mark`, behind which `position` is left. False when there is no mark.
@@ -106,12 +115,17 @@ bool getAuth(Repo::Entry const& entry, QString& nameKey, QString& name, QString&
 QString replaceAuth(QString const& url, QString const& nameKey, QString const& name,
                     QString const& passwordKey, QString const& password)
 {
-    static const QRegExp credentials(QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=[^&\\s]*&path="));
-    // No piece has a backslash any more, which would have a meaning in the replacement.
     const QString replacement = schemeMark + httpProtect(nameKey) + QLatin1Char('=') + httpProtect(name) +
                                 QLatin1Char('&') + httpProtect(passwordKey) + QLatin1Char('=') +
                                 httpProtect(password) + pathMark;
-    return QString(url).replace(credentials, replacement);
+    QString result;
+    int kept = 0;
+    const QVector<Credentials::Place> parts = Credentials::vantorParts(url);
+    for (const Credentials::Place& part : parts) {
+        result += url.midRef(kept, part.begin - kept) + replacement;
+        kept = part.end();
+    }
+    return result + url.midRef(kept);
 }
 
 QString replaceAuth(QString const& url, QString const& name, QString const& password)
@@ -148,11 +162,9 @@ QRegExp urlsRegExp()
     return QRegExp(QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=[\\s]*\\b"));
 }
 
-QRegExp passwordRegExp()
+QRegExp credentialsRegExp()
 {
-    QRegExp expression(QStringLiteral("/vantor\\?[^=]*=[^&]*&[^=]*=(.*)&path="));
-    expression.setMinimal(true);
-    return expression;
+    return QRegExp(QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=[^&\\s]*&path="));
 }
 
 } // namespace Vantor

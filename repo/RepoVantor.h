@@ -30,12 +30,13 @@ QString replaceAuth(QString const& url, QString const& name, QString const& pass
 // The same with the keys and the name that getAuth() finds.
 QString replaceAuth(QString const& url, QString const& password);
 
-// Both have the password as the first capture: of a text that is one URL, and of each URL in a list.
+// The scheme as expressions, for the masking edits and for anyone who compares; what finds credentials in
+// texts of any length is Credentials. Both of these have the password as the first capture: of a text that is
+// one URL, and of each URL in a list.
 QRegExp oneUrlRegExp();
 QRegExp urlsRegExp();
-// The same for every password that getAuth() takes for one, also those that the two above do not match, such
-// as one before a path that begins with a slash in a list.
-QRegExp passwordRegExp();
+// What replaceAuth() replaces, in every place.
+QRegExp credentialsRegExp();
 
 } // namespace Vantor
 } // namespace Repo

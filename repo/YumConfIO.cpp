@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "app/base/Credentials.h"
 #include "app/base/ManagedRoot.h"
 #include "widgets/HMessageBox.h"
 
@@ -92,11 +93,7 @@ bool mayHaveNoEnd(const struct stat& status)
 
 bool holdsPassword(const QString& text)
 {
-    static const QRegularExpression secret(QStringLiteral("/vantor\\?"
-                                                          "|://[^/\\s@]*:[^/\\s]*@"
-                                                          "|password[ \\t]*[:=]"),
-                                           QRegularExpression::CaseInsensitiveOption);
-    return text.contains(secret);
+    return Credentials::holds(text, Credentials::Text::Options);
 }
 
 bool holdsPassword(const Repo::Entry& entry)

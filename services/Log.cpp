@@ -3,24 +3,15 @@
 #include <utility>
 
 #include <QMutexLocker>
-#include <QRegularExpression>
 #include <QStringList>
+
+#include "app/base/Credentials.h"
 
 namespace Log {
 
-// They are in a query of the vantor scheme, of which the path may have been put before the query, or before
-// the host.
 QString withoutPasswords(QString message)
 {
-    if (!message.contains(QLatin1String("://"))) {
-        return message;
-    }
-    static const QRegularExpression inQuery(
-        QStringLiteral("(/vantor[^\\s?]*\\?[^\\s&]*&[^\\s&=]*=)[^\\s&]+(?=&path=)"));
-    static const QRegularExpression beforeHost(QStringLiteral("(://[^/\\s:@]*:)[^/\\s]+(?=@)"));
-    // Of any password the same: not even its length is anyone's business.
-    const QString hidden = QStringLiteral("\\1") + QString(3, QChar(0x25cf));
-    return message.replace(inQuery, hidden).replace(beforeHost, hidden);
+    return Credentials::hidden(message);
 }
 
 Entry::Entry(Kind entryKind, unsigned int entryLevel, QString entryText)

@@ -20,7 +20,7 @@ private Q_SLOTS:
 
     void thePasswordIsMasked();
     void whatDoesNotMatchIsShown();
-    void aFurtherExpressionMasksMore();
+    void everyPasswordOfAUrlIsMasked();
     void theHiddenEditIsLikeTheShownOne();
     void theHiddenEditFollowsToAnotherParent();
     void theHiddenEditIsDeletedToo();
@@ -77,7 +77,6 @@ protected:
     virtual QWidget* makeOrdinaryEdit(QWidget* window) const = 0;
     virtual QString realTextOf(const QWidget* of) const = 0;
     virtual void setRealText(QWidget* of, const QString& real) const = 0;
-    virtual void maskEverywhere(QRegExp const& expression) const = 0;
     virtual const char* changeSignal() const = 0;
 
     // Also of the ordinary and the hidden edit.

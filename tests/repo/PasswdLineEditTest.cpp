@@ -41,7 +41,6 @@ protected:
     {
         static_cast<PasswdLineEdit*>(of)->setRealText(real);
     }
-    void maskEverywhere(QRegExp const& expression) const override { line()->maskEverywhere(expression); }
     const char* changeSignal() const override { return SIGNAL(realTextChanged(const QString&)); }
 
     QList<QWidget*> editsIn(const QWidget* parent) const override

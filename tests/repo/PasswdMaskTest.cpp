@@ -9,7 +9,9 @@ class PasswdMaskTest : public QObject
 private Q_SLOTS:
     void everyPasswordOfUrlsIsHidden_data();
     void everyPasswordOfUrlsIsHidden();
-    void withoutExpressionsNothingIsHidden();
+    void passwordsOfOptionsAreHidden();
+    void aTextWithoutPasswordsIsLeftAlone();
+    void aTextIsMaskedOnce();
     void everyMatchIsHidden();
     void onlyAWholeTextThatMatchesIsHidden();
     void expressionsAddUp();
@@ -43,14 +45,39 @@ void PasswdMaskTest::everyPasswordOfUrlsIsHidden_data()
 void PasswdMaskTest::everyPasswordOfUrlsIsHidden()
 {
     QFETCH(QString, urls);
-    QTEST(PasswdMask::forUrls().masked(urls, QLatin1Char('*')), "masked");
+    QTEST(PasswdMask().masked(urls, QLatin1Char('*')), "masked");
 }
 
-void PasswdMaskTest::withoutExpressionsNothingIsHidden()
+void PasswdMaskTest::passwordsOfOptionsAreHidden()
+{
+    const QString options = QStringLiteral("proxy_password = ab\n  c\nproxy=http://me:abc@h/\nretries=1\n");
+    const QString masked = QStringLiteral("proxy_password = **\n  *\nproxy=http://me:***@h/\nretries=1\n");
+    QCOMPARE(PasswdMask(Credentials::Text::Options).masked(options, QLatin1Char('*')), masked);
+    QVERIFY(PasswdMask(Credentials::Text::Options).hides(QStringLiteral("password="), 9));
+    QVERIFY(!PasswdMask(Credentials::Text::Options).hides(QStringLiteral("password="), 8));
+}
+
+void PasswdMaskTest::aTextWithoutPasswordsIsLeftAlone()
 {
     const PasswdMask mask;
     QCOMPARE(mask.masked(QStringLiteral("abc"), QLatin1Char('*')), QStringLiteral("abc"));
     QVERIFY(!mask.hides(QStringLiteral("abc"), 1));
+}
+
+void PasswdMaskTest::aTextIsMaskedOnce()
+{
+    PasswdMask mask;
+    const QString first = mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*'));
+    // The same text in memory: it was not made again.
+    QCOMPARE(mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*')).constData(),
+             first.constData());
+    QCOMPARE(mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('#')),
+             QStringLiteral("http://me:###@h/"));
+    QCOMPARE(mask.masked(QStringLiteral("http://me:ab@h/"), QLatin1Char('#')),
+             QStringLiteral("http://me:##@h/"));
+    mask.hideEverywhere(QRegExp(QStringLiteral("(h)/")));
+    QCOMPARE(mask.masked(QStringLiteral("http://me:ab@h/"), QLatin1Char('#')),
+             QStringLiteral("http://me:##@#/"));
 }
 
 void PasswdMaskTest::everyMatchIsHidden()

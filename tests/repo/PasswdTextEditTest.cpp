@@ -63,7 +63,6 @@ protected:
     {
         static_cast<PasswdTextEdit*>(of)->setRealPlainText(real);
     }
-    void maskEverywhere(QRegExp const& expression) const override { textEdit()->maskEverywhere(expression); }
     const char* changeSignal() const override { return SIGNAL(realTextChanged()); }
 
     QList<QWidget*> editsIn(const QWidget* parent) const override

@@ -1,7 +1,11 @@
 #include "repo/RepoVantor.h"
 
+#include <algorithm>
+#include <random>
+
 #include <QtTest>
 
+#include "app/base/Credentials.h"
 #include "repo/RepoEntry.h"
 
 using namespace Repo;
@@ -27,6 +31,21 @@ template <typename Source> Auth authOf(const Source& source)
 QString password(const QString& url)
 {
     return authOf(url).pieces.at(3);
+}
+
+// Pieces of URLs in any order.
+QString randomUrls(std::mt19937& random)
+{
+    static const QStringList pieces{"/vantor?", "/vantor?u=", "&p=", "&path=", "&path=x",  "a",
+                                    "=",        "&",          " ",   "\n",     "http://h", "/vantor?u=a&p=b",
+                                    "/",        "x=y",        "b&c", "joe"};
+    std::uniform_int_distribution<int> size(1, 12);
+    std::uniform_int_distribution<int> piece(0, pieces.size() - 1);
+    QString text;
+    for (int count = size(random); count > 0; --count) {
+        text += pieces.at(piece(random));
+    }
+    return text;
 }
 
 const QString base = QStringLiteral("http://h/vantor?u=bob&p=secret&path=/x");
@@ -58,8 +77,10 @@ private Q_SLOTS:
     void theExpressionsAreTheAgreedOnes();
     void theExpressionForOneUrlCapturesThePassword();
     void theExpressionForUrlsCapturesEachPassword();
-    void thePasswordExpressionCapturesWhatIsTakenForAPassword_data();
-    void thePasswordExpressionCapturesWhatIsTakenForAPassword();
+    void whatIsTakenForAPasswordIsAPlaceOfOne_data();
+    void whatIsTakenForAPasswordIsAPlaceOfOne();
+    void whatTheExpressionsCaptureIsAPlaceOfAPassword();
+    void whatIsReplacedIsWhatTheExpressionMatches();
 };
 
 void RepoVantorTest::credentialsAreFound_data()
@@ -221,6 +242,9 @@ void RepoVantorTest::theExpressionsAreTheAgreedOnes()
              QStringLiteral("^.*/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=.*$"));
     QCOMPARE(Vantor::urlsRegExp().pattern(),
              QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=[\\s]*\\b"));
+    QCOMPARE(Vantor::credentialsRegExp().pattern(),
+             QStringLiteral("/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=[^&\\s]*&path="));
+    QCOMPARE(Vantor::credentialsRegExp().caseSensitivity(), Qt::CaseSensitive);
     QCOMPARE(Vantor::oneUrlRegExp().caseSensitivity(), Qt::CaseSensitive);
     QCOMPARE(Vantor::urlsRegExp().caseSensitivity(), Qt::CaseSensitive);
 }
@@ -243,7 +267,7 @@ void RepoVantorTest::theExpressionForUrlsCapturesEachPassword()
     QCOMPARE(expression.cap(1), QStringLiteral("two"));
 }
 
-void RepoVantorTest::thePasswordExpressionCapturesWhatIsTakenForAPassword_data()
+void RepoVantorTest::whatIsTakenForAPasswordIsAPlaceOfOne_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("captured");
@@ -262,13 +286,60 @@ void RepoVantorTest::thePasswordExpressionCapturesWhatIsTakenForAPassword_data()
                               << "one";
 }
 
-void RepoVantorTest::thePasswordExpressionCapturesWhatIsTakenForAPassword()
+void RepoVantorTest::whatIsTakenForAPasswordIsAPlaceOfOne()
 {
     QFETCH(QString, url);
-    const QRegExp expression = Vantor::passwordRegExp();
-    QVERIFY(expression.indexIn(url) >= 0);
-    QTEST(expression.cap(1), "captured");
-    QCOMPARE(expression.cap(1), password(url));
+    const QVector<Credentials::Place> places = Credentials::places(url, Credentials::Text::Urls);
+    QVERIFY(!places.isEmpty());
+    QTEST(url.mid(places.first().begin, places.first().length), "captured");
+    QCOMPARE(url.mid(places.first().begin, places.first().length), password(url));
+}
+
+void RepoVantorTest::whatTheExpressionsCaptureIsAPlaceOfAPassword()
+{
+    std::mt19937 random(6);
+    int captured = 0;
+    for (int i = 0; i < 5000; ++i) {
+        const QString text = randomUrls(random);
+        QVector<bool> secret(text.size() + 1, false);
+        const QVector<Credentials::Place> places = Credentials::places(text, Credentials::Text::Urls);
+        for (const Credentials::Place& place : places) {
+            std::fill(secret.begin() + place.begin, secret.begin() + place.end(), true);
+        }
+        const auto isSecret = [&secret, &text, &captured](const QRegExp& matched) {
+            ++captured;
+            for (int at = matched.pos(1); at < matched.pos(1) + matched.cap(1).size(); ++at) {
+                if (!secret.at(at) && text.at(at) != QLatin1Char('\n')) {
+                    return false;
+                }
+            }
+            return true;
+        };
+        const QRegExp one = Vantor::oneUrlRegExp();
+        QVERIFY2(!one.exactMatch(text) || isSecret(one), qPrintable(text));
+        const QRegExp several = Vantor::urlsRegExp();
+        for (int at = several.indexIn(text); at >= 0;
+             at = several.indexIn(text, at + several.matchedLength())) {
+            QVERIFY2(isSecret(several), qPrintable(text));
+        }
+    }
+    QVERIFY(captured > 200);
+}
+
+void RepoVantorTest::whatIsReplacedIsWhatTheExpressionMatches()
+{
+    std::mt19937 random(7);
+    int replaced = 0;
+    for (int i = 0; i < 5000; ++i) {
+        const QString text = randomUrls(random);
+        QString expected = text;
+        expected.replace(Vantor::credentialsRegExp(), QStringLiteral("/vantor?n=N&w=W&path="));
+        QCOMPARE(Vantor::replaceAuth(text, QStringLiteral("n"), QStringLiteral("N"), QStringLiteral("w"),
+                                     QStringLiteral("W")),
+                 expected);
+        replaced += expected == text ? 0 : 1;
+    }
+    QVERIFY(replaced > 200);
 }
 
 QTEST_APPLESS_MAIN(RepoVantorTest)
