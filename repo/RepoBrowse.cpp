@@ -6,6 +6,7 @@
 #include <QMessageBox>
 #include <QRegularExpression>
 
+#include "app/base/Credentials.h"
 #include "app/base/Share.h"
 #include "repo/Execute.h"
 #include "repo/RepoEntry.h"
@@ -40,7 +41,9 @@ void RepoBrowse::browse(QWidget* parent, Repo::Entry const& entry, YumIO* yumIO)
         return;
     }
     QByteArray program = QFile::encodeName(Share::absolute(QStringLiteral("webbrowser")));
-    QByteArray argument = expandVariables(url, yumIO).toUtf8();
+    // Everybody reads what programs are started with, and a browser keeps it: it asks for credentials by
+    // itself.
+    QByteArray argument = Credentials::removed(expandVariables(url, yumIO)).toUtf8();
     char* const argv[] = {program.data(), argument.data(), nullptr};
     Execute::execute(parent, argv);
 }

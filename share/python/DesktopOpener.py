@@ -5,6 +5,7 @@ runs as root here: it runs as that user and with that user's surroundings, or no
 
 Works with Python 3.6 and later, and needs nothing but its standard library.
 """
+import html
 import os
 import pwd
 import re
@@ -121,8 +122,12 @@ def start(what, commands):
 def show(text):
     """Show a message on the display, in what there is for that: a desktop shows nobody what programs write."""
     given = dict(os.environ)
-    for command in (['zenity', '--error', '--no-markup', '--title=VYRE', '--text=' + text],
-                    ['kdialog', '--title', 'VYRE', '--error', text],
+    # Each of the first two replaces what stands behind a backslash, and kdialog guesses whether a text is rich text:
+    # it is told, and gets the signs of one escaped.
+    escaped = text.replace('\\', '\\\\')
+    rich = '<qt><p style="white-space: pre-wrap">' + html.escape(text).replace('\\', '&#92;') + '</p></qt>'
+    for command in (['zenity', '--error', '--no-markup', '--title=VYRE', '--text=' + escaped],
+                    ['kdialog', '--title', 'VYRE', '--error', rich],
                     ['xmessage', '-center', '-title', 'VYRE', text]):
         program = find(command[0], given.get('PATH', os.defpath))
         if program is not None:

@@ -21,6 +21,8 @@ private Q_SLOTS:
     void theUrlIsChosen();
     void variablesAreExpanded_data();
     void variablesAreExpanded();
+    void noCredentialsAreHandedOn_data();
+    void noCredentialsAreHandedOn();
     void withoutAUrlThatIsShown_data();
     void withoutAUrlThatIsShown();
     void aRepositoryIsFoundByItsIdentifier();
@@ -129,6 +131,33 @@ void RepoBrowseTest::variablesAreExpanded()
     QFETCH(QString, opened);
     Repo::Entry entry;
     entry.mirrorlist = url;
+    RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
+    QCOMPARE(BackEnd::browsed(), QStringList{opened});
+}
+
+void RepoBrowseTest::noCredentialsAreHandedOn_data()
+{
+    QTest::addColumn<QString>("url");
+    QTest::addColumn<QString>("opened");
+    QTest::newRow("before the host") << "http://joe:s3@cret@h/$basearch/"
+                                     << "http://h/x86_64/";
+    QTest::newRow("vantor") << "http://h/vantor?user=joe&secret=s3cret&path=/$releasever"
+                            << "http://h/vantor?path=/39";
+    QTest::newRow("by variables") << "http://joe:$releasever@h/"
+                                  << "http://h/";
+}
+
+// Neither in the list of processes, which everybody reads, nor in the browser's history.
+void RepoBrowseTest::noCredentialsAreHandedOn()
+{
+    QFETCH(QString, url);
+    QFETCH(QString, opened);
+    Repo::Entry entry;
+    entry.baseurl = url;
+    RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
+    QCOMPARE(BackEnd::browsed(), QStringList{opened});
+    entry.mirrorlist.swap(entry.baseurl);
+    backEnd->installBrowser();
     RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
