@@ -16,7 +16,6 @@
 #include "repo/PasswdField.h"
 #include "repo/PasswdLineEdit.h"
 #include "repo/PasswdTextEdit.h"
-#include "repo/PlainText.h"
 #include "repo/RepoVantor.h"
 #include "repo/YumConfIO.h"
 #include "widgets/Colors.h"
@@ -91,7 +90,7 @@ Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(
     connect(mirrorListField, SIGNAL(realTextChanged(const QString&)), this, SLOT(urlChanged(const QString&)));
     connect(authNameField, SIGNAL(textEdited(const QString&)), this, SLOT(authChanged(const QString&)));
     connect(passwordField, SIGNAL(textEdited(const QString&)), this, SLOT(authChanged(const QString&)));
-    connect(otherOptionsField, SIGNAL(textChanged()), this, SLOT(valueChanged()));
+    connect(otherOptionsField, SIGNAL(realTextChanged()), this, SLOT(valueChanged()));
     connect(enabledBox, SIGNAL(currentIndexChanged(int)), this, SLOT(valueChanged(int)));
     connect(gpgBox, SIGNAL(currentIndexChanged(int)), this, SLOT(valueChanged(int)));
     connect(fileField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
@@ -131,8 +130,7 @@ QWidget* Config::createOptions(QWidget* parent)
     const QString toolTip = tr("Any other yum options for this repository.  See yum.conf(5)");
     auto* label = new QLabel(tr("Other Options:"), group);
     label->setToolTip(toolTip);
-    otherOptionsField = new HTextEdit(50, 6, group);
-    otherOptionsField->setAcceptRichText(false);
+    otherOptionsField = new PasswdTextEdit(Credentials::Text::Options, 50, 6, group);
     otherOptionsField->setLineWrapMode(QTextEdit::NoWrap);
     otherOptionsField->setTabChangesFocus(true);
     otherOptionsField->setToolTip(toolTip);
@@ -220,7 +218,7 @@ void Config::setEntry(Repo::Entry const& entry)
     mirrorListField->setRealText(entry.mirrorlist);
     enabledBox->setCurrentIndex(entry.enabled);
     gpgBox->setCurrentIndex(entry.gpgcheck);
-    otherOptionsField->setPlainText(entry.options);
+    otherOptionsField->setRealPlainText(entry.options);
     fileField->setText(entry.file);
     positionField->setValue(entry.position);
     setFieldsEnabled(true);
@@ -238,7 +236,7 @@ Repo::Entry Config::fieldsToEntry() const
     entry.mirrorlist = mirrorListField->realText();
     entry.enabled = enabledBox->currentIndex();
     entry.gpgcheck = gpgBox->currentIndex();
-    entry.options = PlainText::exact(otherOptionsField->document());
+    entry.options = otherOptionsField->realPlainText();
     entry.file = fileField->text();
     entry.position = positionField->value();
     return entry;

@@ -12,7 +12,6 @@
 #include "repo/RepoEntry.h"
 
 class HFrameLabel;
-class HTextEdit;
 class PasswdLineEdit;
 class PasswdTextEdit;
 class QComboBox;
@@ -85,7 +84,7 @@ private:
     QLineEdit* passwordField;
     QComboBox* enabledBox;
     QComboBox* gpgBox;
-    HTextEdit* otherOptionsField;
+    PasswdTextEdit* otherOptionsField;
     QLineEdit* fileField;
     QDoubleSpinBox* positionField;
 

@@ -39,6 +39,17 @@ Repo::Entry vantor()
     return entry;
 }
 
+Repo::Entry withPasswords()
+{
+    Repo::Entry entry = usual();
+    entry.baseurl = QStringLiteral("http://joe:secret@h/x\nhttp://h/?password=secret&x=y");
+    entry.mirrorlist = QStringLiteral("https://joe:secret@m/");
+    entry.options =
+        QStringLiteral("proxy=http://me:secret@p:3120\nproxy_username=me\nproxy_password = secret\n"
+                       "username=joe\npassword=secret\n  secret\nretries=1\n");
+    return entry;
+}
+
 bool sameFields(const Repo::Entry& left, const Repo::Entry& right)
 {
     return left.id == right.id && left.name == right.name && left.baseurl == right.baseurl &&
@@ -85,6 +96,8 @@ private Q_SLOTS:
     void emptyKeysFallBack();
     void keysAreNeverRichTextOrShortcuts();
     void thePasswordStandsNowhereInClear();
+    void passwordsInTheUrlsAndTheOptionsAreMasked();
+    void optionsWithAPasswordAreEdited();
     void assistiveProgramsAreNotToldThePassword();
 
     void theStatus_data();
@@ -525,10 +538,49 @@ void RepoEditorConfigTest::thePasswordStandsNowhereInClear()
     }
 }
 
+void RepoEditorConfigTest::passwordsInTheUrlsAndTheOptionsAreMasked()
+{
+    const Repo::Entry entry = withPasswords();
+    config->setEntry(entry);
+    QCOMPARE(form->urls->toPlainText(),
+             QString::fromUtf8("http://joe:●●●●●●@h/x\nhttp://h/?password=●●●●●●&x=y"));
+    QCOMPARE(form->mirrorList->text(), QString::fromUtf8("https://joe:●●●●●●@m/"));
+    QCOMPARE(form->options->toPlainText(),
+             QString::fromUtf8("proxy=http://me:●●●●●●@p:3120\nproxy_username=me\nproxy_password = ●●●●●●\n"
+                               "username=joe\npassword=●●●●●●\n  ●●●●●●\nretries=1\n"));
+    QVERIFY(sameFields(config->toEntry(), entry));
+}
+
+void RepoEditorConfigTest::optionsWithAPasswordAreEdited()
+{
+    Repo::Entry entry = withPasswords();
+    entry.options = QStringLiteral("password=secret\nretries=1\n");
+    config->setEntry(entry);
+    form->options->setFocus();
+    QTest::keyClick(form->options, Qt::Key_Home, Qt::ControlModifier);
+    for (int i = 0; i < QStringLiteral("password=se").size(); ++i) {
+        QTest::keyClick(form->options, Qt::Key_Right);
+    }
+    QTest::keyClicks(form->options, QStringLiteral("XY"));
+    QCOMPARE(config->toEntry().options, QStringLiteral("password=seXYcret\nretries=1\n"));
+    QCOMPARE(form->options->toPlainText(), QString::fromUtf8("password=●●●●●●●●\nretries=1\n"));
+    QTest::keySequence(form->options, QKeySequence(QKeySequence::SelectAll));
+    QTest::keySequence(form->options, QKeySequence(QKeySequence::Copy));
+    QCOMPARE(QGuiApplication::clipboard()->text(), form->options->toPlainText());
+    QTest::keySequence(form->options, QKeySequence(QKeySequence::Undo));
+    QTest::keySequence(form->options, QKeySequence(QKeySequence::Undo));
+    QVERIFY(sameFields(config->toEntry(), entry));
+    Form::type(form->options, QStringLiteral("password: 12\na=b"));
+    QCOMPARE(config->toEntry().options, QStringLiteral("password: 12\na=b"));
+    QCOMPARE(form->options->toPlainText(), QString::fromUtf8("password: ●●\na=b"));
+}
+
 void RepoEditorConfigTest::assistiveProgramsAreNotToldThePassword()
 {
     told.clear();
     QAccessible::installUpdateHandler(noteTold);
+    config->setEntry(withPasswords());
+    Form::type(form->options, QStringLiteral("password=789"));
     config->setEntry(vantor());
     Form::type(form->password, QStringLiteral("789"));
     QAccessible::installUpdateHandler(nullptr);
