@@ -2351,6 +2351,40 @@ The packages are read again now. What is marked stays marked, as far as it is st
         <translation>Ein anderes Programm hat das System geändert, seit die Pakete gelesen wurden. Es wurde nichts angewendet.
 Die Pakete werden jetzt neu gelesen. Vormerkungen bleiben, soweit sie noch möglich sind.</translation>
     </message>
+    <message>
+        <source>another package</source>
+        <translation>ein anderes Paket</translation>
+    </message>
+    <message>
+        <source>The packages were changed. Only the history of transactions could not be written:
+{}</source>
+        <translation>Die Pakete wurden geändert. Nur die Liste der früheren Transaktionen konnte nicht geschrieben werden:
+{}</translation>
+    </message>
+    <message>
+        <source>There was no space for the scripts of these packages, which may not have run:
+{}</source>
+        <translation>Für die Skripte dieser Pakete war kein Platz; sie sind vielleicht nicht gelaufen:
+{}</translation>
+    </message>
+    <message>
+        <source>There is too little space for the scripts of packages. They may not run.{}
+Apply all the same?
+</source>
+        <translation>Es ist zu wenig Platz für die Skripte von Paketen. Vielleicht laufen sie nicht.{}
+Trotzdem anwenden?
+</translation>
+    </message>
+    <message>
+        <source>There is too little space for the scripts of packages. Nothing was changed.</source>
+        <translation>Es ist zu wenig Platz für die Skripte von Paketen. Es wurde nichts geändert.</translation>
+    </message>
+    <message>
+        <source>The history of transactions does not have the end of the last one, begun on {}.
+All its packages are as it was to leave them.</source>
+        <translation>In der Liste der früheren Transaktionen fehlt das Ende der letzten, begonnen am {}.
+Alle ihre Pakete sind so, wie sie sein sollen.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

@@ -52,6 +52,17 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
     QT_TRANSLATE_NOOP("YumIO", "The database of packages does not have what was done to:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
+    QT_TRANSLATE_NOOP("YumIO", "another package"),
+    QT_TRANSLATE_NOOP("YumIO", "The packages were changed. Only the history of transactions could not be "
+                               "written:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "There was no space for the scripts of these packages, which may not have "
+                               "run:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. They may not run.{}"
+                               "\nApply all the same?\n"),
+    QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "The history of transactions does not have the end of the last one, begun on {}.\n"
+                      "All its packages are as it was to leave them."),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the package database"),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for another program, which uses the package database"),
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database: {}\nKeep waiting?\n"),

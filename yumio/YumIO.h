@@ -284,7 +284,7 @@ private:
     void offerTranslations();
     void offerActivity();
     static PyObject* changeActivity(PyObject* capsule, PyObject* text);
-    void readOutcome();
+    QStringList readOutcome();
 
     // Worker threads
     void execWorkThread(QEventLoop& loop, QThread& thread);

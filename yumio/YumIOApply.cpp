@@ -188,6 +188,7 @@ bool YumIO::applyReal()
         return false;
     }
     bool restorable = false;
+    QStringList remarks;
     {
         YumIOCapturersUser capturersUser(capturers, this);
         restorable = sigchldDisable();
@@ -197,7 +198,7 @@ bool YumIO::applyReal()
                                         removes.get(), groupInstalls.get(), groupUpdates.get(),
                                         groupRemoves.get()));
         signalRecorder.reset();
-        readOutcome();
+        remarks = readOutcome();
         // An exception that is not among the known ones has been reported already.
         if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
             txApplied = false;
@@ -206,13 +207,16 @@ bool YumIO::applyReal()
     if (restorable) {
         sigchldRestore();
     }
+    if (!remarks.isEmpty()) {
+        warning(remarks.join(QLatin1String("\n\n")));
+    }
     progress->reset();
     return txApplied;
 }
 
 // What the script knows better than its calls of the program tell: rpm may not have begun although a
-// transaction was announced.
-void YumIO::readOutcome()
+// transaction was announced. Returns what else it has to say of the transaction.
+QStringList YumIO::readOutcome()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
     PyErr_Fetch(&type, &value, &traceback);
@@ -222,7 +226,14 @@ void YumIO::readOutcome()
     }
     const PyRef old(attribute(yumIO.get(), "outdated"));
     outdated = old.get() == Py_True;
+    const PyRef remarks(attribute(yumIO.get(), "remarks"));
+    const Py_ssize_t count = remarks && PyList_Check(remarks.get()) ? PyList_GET_SIZE(remarks.get()) : 0;
+    QStringList texts;
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        texts.append(pyString(PyList_GET_ITEM(remarks.get(), i)));
+    }
     PyErr_Restore(type, value, traceback);
+    return texts;
 }
 
 bool YumIO::applyGroups()

@@ -576,6 +576,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     def __init__(self, base, test=False, displays=()):
         self._ended = False
         self._heard = None
+        self._space = base.scriptSpace
         yumIOC.rpmtransInit(test)
         super(RPMTransaction, self).__init__(base, test=test, displays=displays or [TransactionProgress()])
         RPMTransaction._last = weakref.ref(self)
@@ -587,10 +588,18 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     CHANGES = (rpm.RPMCALLBACK_ELEM_PROGRESS, rpm.RPMCALLBACK_INST_START, rpm.RPMCALLBACK_UNINST_START,
                rpm.RPMCALLBACK_SCRIPT_START)
 
-    def callback(self, what, *args):
+    def callback(self, what, amount, total, key, data):
         if what in self.CHANGES and not self.test:
             self.base.changed = True
-        return super(RPMTransaction, self).callback(what, *args)
+            if what == rpm.RPMCALLBACK_SCRIPT_START and self._space and not self._space.isEnough():
+                self.base.withoutSpace.append(self._nameOf(key))
+        return super(RPMTransaction, self).callback(what, amount, total, key, data)
+
+    def _nameOf(self, key):
+        try:
+            return str(self._extract_cbkey(key)[0].pkg)
+        except (AttributeError, IndexError, KeyError, RuntimeError):  # before rpm has said what it works on
+            return tr('another package')
 
     def _scriptOutput(self):
         self._heard = super(RPMTransaction, self)._scriptOutput()
@@ -659,9 +668,12 @@ class Base(dnf.Base):
 
     def __init__(self, conf):
         super(Base, self).__init__(conf)
+        self.scriptSpace = None  # of the transaction that is run
         self.otherData = OtherData()
         self.headers = HeaderMemo()
         self.changed = False  # rpm has begun to change the system
+        self.historyFault = None  # why the history does not have the end of the last transaction
+        self.withoutSpace = []  # packages for whose scripts there may have been no space
 
     def _add_repo_to_sack(self, repo):
         # Change logs are fetched together with everything else, but not kept in memory: most runs need none.
@@ -671,6 +683,13 @@ class Base(dnf.Base):
         finally:
             repo.load_metadata_other = False
         super(Base, self)._add_repo_to_sack(repo)
+
+    def _verify_transaction(self, *args, **kwargs):
+        """rpm is done: that this cannot be written down does not undo it."""
+        try:
+            super(Base, self)._verify_transaction(*args, **kwargs)
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
+            self.historyFault = str(e)
 
     def _download_remote_payloads(self, payloads, *args, **kwargs):
         missing = [payload for payload in payloads if not isInCache(payload.pkg)]
@@ -729,6 +748,35 @@ def spaceHint(directory, needed=LITTLE_SPACE):
     return '' if free >= needed else tr('\nThere are only {} kB left for {}').format(free // 1024, directory)
 
 
+class ScriptSpace:
+    """The space of the directory where rpm writes each script of a package before it runs it."""
+
+    # More than any script has.
+    NEEDED = 1 << 16
+
+    def __init__(self):
+        directory = rpm.expandMacro('%{?_tmppath}')
+        self._directory = inRoot(directory if directory.startswith('/') else '/var/tmp')
+        try:
+            # While rpm works the process may see the managed system only.
+            self._descriptor = os.open(self._directory, os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC)
+        except OSError:  # rpm makes it
+            self._descriptor = None
+
+    def __del__(self):
+        if self._descriptor is not None:
+            os.close(self._descriptor)
+
+    def isEnough(self):
+        if self._descriptor is None:
+            return True
+        found = os.fstatvfs(self._descriptor)
+        return found.f_bavail * found.f_frsize >= self.NEEDED and (found.f_favail > 0 or found.f_files == 0)
+
+    def hint(self):
+        return spaceHint(self._directory)
+
+
 def isInCache(package):
     try:
         return package.verifyLocalPkg()
@@ -755,6 +803,8 @@ class YumIO:
         # has done so since the packages were read.
         self.systemChanged = False
         self.outdated = False
+        # What else there is to say of it, although it has not failed.
+        self.remarks = []
         self.base = Base(self._configuration())
         self._setupLogFiles()
         self._readRepos()
@@ -950,10 +1000,7 @@ class YumIO:
         """
         parts = []
         try:
-            begin = self._beginOfInterrupted()
-            if begin is not None:
-                parts.append(tr('The last transaction, begun on {}, did not come to its end.\nWhat it has left undone '
-                                'has to be marked and applied again.').format(time.ctime(begin)))
+            self._tellInterrupted(parts)
             several = self._severalVersions()
             if several:
                 parts.append(tr('Of these packages several versions are installed, as a transaction leaves them that '
@@ -966,15 +1013,24 @@ class YumIO:
         if parts:
             logging.getLogger('dnf').warning('%s', '\n'.join(parts))
 
-    def _beginOfInterrupted(self):
-        """When the last transaction began, in seconds since 1970, if it has no end; else None."""
+    def _tellInterrupted(self, parts):
+        """Adds what there is to say of the last transaction if the history does not have its end."""
         history = self.base.history
         # Opening it would make one where there is none. Who may not write it applies nothing either.
         if not os.access(history.dbpath, os.R_OK | os.W_OK):
-            return None
+            return
         try:
             last = history.last()
-            return last.beg_timestamp if last is not None and not last.end_timestamp else None
+            if last is None or last.end_timestamp:
+                return
+            begin = time.ctime(last.beg_timestamp)
+            # Groups have no names there.
+            if not self._unrecorded([item for item in last.packages() if item.name]):
+                parts.append(tr('The history of transactions does not have the end of the last one, begun on {}.\n'
+                                'All its packages are as it was to leave them.').format(begin))
+            else:
+                parts.append(tr('The last transaction, begun on {}, did not come to its end.\nWhat it has left undone '
+                                'has to be marked and applied again.').format(begin))
         finally:
             history.close()
 
@@ -1050,6 +1106,9 @@ class YumIO:
         forgetInterrupt()
         self.systemChanged = base.changed = False
         self.outdated = False
+        self.remarks = []
+        base.historyFault = None
+        base.withoutSpace = []
         try:
             del base._ts
             base.reset(goal=True)
@@ -1070,10 +1129,22 @@ class YumIO:
             raise dnf.exceptions.Error(str(e))
         finally:
             self.systemChanged = base.changed
+            self._remark()
             RPMTransaction.endLast()
             base.headers.clear()
             base.reset(goal=True)
             del base._ts
+
+    def _remark(self):
+        base = self.base
+        parts = self.remarks
+        if base.historyFault is not None:
+            parts.append(tr('The packages were changed. Only the history of transactions could not be written:\n{}')
+                         .format(base.historyFault + spaceHint(base.conf.persistdir)))
+        if base.withoutSpace:
+            packages = '\n'.join(sorted(set(base.withoutSpace)))
+            parts.append(tr('There was no space for the scripts of these packages, which may not have run:\n{}')
+                         .format(packages + base.scriptSpace.hint()))
 
     def _checkCurrent(self):
         """Refuse to work with packages that are not the installed ones any more: rpm is given numbers of what it has to
@@ -1189,6 +1260,8 @@ class YumIO:
         base = self.base
         with DatabaseLock():
             self._checkCurrent()
+            base.scriptSpace = ScriptSpace()
+            self._checkScriptSpace()
             try:
                 base.do_transaction(TransactionProgress())
             except Exception:
@@ -1207,6 +1280,20 @@ class YumIO:
             (tr('The database of packages does not have what was done to:'), unrecorded)) if found]
         if parts:
             raise dnf.exceptions.Error('\n'.join(parts) + self._spaceHints(failed))
+
+    def _checkScriptSpace(self):
+        """rpm takes no notice when it cannot write a script, and runs what there is of it. A removal that makes space
+        should be possible all the same.
+        """
+        hint = self.base.scriptSpace.hint()
+        if not hint:
+            return
+        yumIOC.gpgsigcheck()
+        sys.stdout.write(tr('There is too little space for the scripts of packages. They may not run.{}\nApply all the '
+                            'same?\n').format(hint))
+        if yumIOC.userconfirm() != 1:
+            raise dnf.exceptions.Error(
+                tr('There is too little space for the scripts of packages. Nothing was changed.'))
 
     def _endHistory(self):
         """A transaction that rpm has not begun must not look like one that was cut off."""

@@ -88,6 +88,89 @@ class SpaceTest(ScenarioTest):
         self.again()
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
+    def at_first_progress(self, act):
+        """Has another process do something as soon as rpm works, which sees nothing but the managed system then."""
+        waked, wake = os.pipe()
+        done, finished = os.pipe()
+        if os.fork() == 0:
+            os.close(wake)
+            os.close(done)
+            if os.read(waked, 1):
+                act()
+                os.write(finished, b"x")
+            os._exit(0)
+        os.close(waked)
+        os.close(finished)
+        module = self.recording.module
+        progress = module.rpmtransProgress
+
+        def first_progress(*arguments):
+            module.rpmtransProgress = progress
+            os.write(wake, b"x")
+            self.assertEqual(os.read(done, 1), b"x")
+            return progress(*arguments)
+        module.rpmtransProgress = first_progress
+
+    @in_own_process
+    def test_no_space_for_the_history_after_the_packages_were_changed(self):
+        self.mount_small("/var/lib/dnf", PLENTY)
+        self.started()
+        self.at_first_progress(lambda: self.resize("/var/lib/dnf", 0))
+        changed = self.changes(self.apply, installs=["chatterbox"], removes=["almanac"])
+        self.assertEqual(changed, ({"chatterbox-1.0-1.noarch"}, {"almanac-1.9-1.noarch"}))
+        self.assertTrue(self.yumio.systemChanged)
+        remark, = self.yumio.remarks
+        self.assertRegex(remark, r"(?s)^The packages were changed. Only the history of transactions could not be "
+                         r"written:\n.*database or disk is full\nThere are only 0 kB left for %s/var/lib/dnf$" %
+                         self.sandbox.root)
+        # Nor does a later run call for what has been done.
+        self.resize("/var/lib/dnf", PLENTY)
+        self.yumio.unlock()
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        errors = "\n".join(self.recording.errors())
+        self.assertIn("The history of transactions does not have the end of the last one, begun on ", errors)
+        self.assertIn("\nAll its packages are as it was to leave them.", errors)
+        self.assertNotIn("did not come to its end", errors)
+        self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
+        self.assertEqual(self.yumio.remarks, [])
+        self.yumio.reset()
+        self.recording.clear()
+        self.collect()
+        self.assertNotIn("The history of transactions", "\n".join(self.recording.errors()))
+
+    @in_own_process
+    def test_no_space_for_scripts_is_asked_about(self):
+        self.mount_small("/var/tmp", PLENTY)
+        self.started()
+        self.resize("/var/tmp", 0)
+        self.assert_refused("^There is too little space for the scripts of packages. Nothing was changed.$",
+                            installs=["chatterbox"], answers=[1, 0])
+        self.assertRegex(self.recording.printed(), "(?s)^There is too little space for the scripts of packages. They "
+                         "may not run.\nThere are only [0-9]+ kB left for %s/var/tmp\nApply all the same\\?\n$" %
+                         self.sandbox.root)
+        self.assertNotIn("rpmtransInit", self.recording.names())
+        # Without scripts there is nothing to be afraid of.
+        self.assertEqual(self.changes(self.apply, removes=["almanac"], answers=[1, 1]),
+                         (set(), {"almanac-1.9-1.noarch"}))
+        self.assertEqual(self.yumio.remarks, [])
+
+    @in_own_process
+    def test_scripts_that_could_not_be_written_are_told(self):
+        self.mount_small("/var/tmp", PLENTY)
+        self.started()
+        self.resize("/var/tmp", 4)
+        self.apply(installs=["limpgate", "gargantua"], answers=[1, 1])
+        remark, = self.yumio.remarks
+        self.assertRegex(remark, "(?s)^There was no space for the scripts of these packages, which may not have run:\n"
+                         "limpgate-1.0-1.noarch\nThere are only [0-9]+ kB left for %s/var/tmp$" % self.sandbox.root)
+        # With space, the same package's script runs.
+        self.resize("/var/tmp", PLENTY)
+        self.again()
+        self.apply(removes=["limpgate"])
+        self.assertEqual(self.yumio.remarks, [])
+
     @in_own_process
     def test_no_space_for_the_lock_is_a_lock_error(self):
         self.mount_small("/var/lib/dnf", PLENTY)

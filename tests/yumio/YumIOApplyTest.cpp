@@ -1129,6 +1129,17 @@ private Q_SLOTS:
         backEnd->run("del it.systemChanged, it.outdated");
     }
 
+    void whatThereIsToSayOfASuccessIsShown()
+    {
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "it.remarks = ['No history', 'No script']"));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].title, QString("VYRE Yum Warning"));
+        QCOMPARE(shown[1].text, QString("No history\n\nNo script"));
+        backEnd->run("del it.remarks");
+    }
+
     void theScriptSaysOnTheBarWhatItWaitsFor()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
