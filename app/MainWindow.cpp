@@ -41,6 +41,7 @@
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMenu.h"
+#include "widgets/Literal.h"
 #include "widgets/Metrics.h"
 #include "yumio/YumIO.h"
 
@@ -82,7 +83,7 @@ MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), yumConfIO(nullptr), initialized(false),
       scheduled(false), busy(false), collectFailed(false), logWindow(nullptr), repoEditor(nullptr)
 {
-    setWindowTitle(tr("VYRE - %1").arg(nodeName()));
+    setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
     model = new PackageTable::Model(yumIO, this);
     proxy = new PackageTable::SortFilterProxyModel(PackageTable::ViewUpdatable, true, false, yumIO, this);
@@ -207,7 +208,7 @@ QBoxLayout* MainWindow::createButtonRow()
     auto* row = new QHBoxLayout;
     const auto addButton = [this, row](const QString& text, const QString& toolTip, const char* slot) {
         auto* button = new QPushButton(text);
-        button->setToolTip(toolTip);
+        button->setToolTip(Literal::toolTip(toolTip));
         if (slot != nullptr) {
             connect(button, SIGNAL(clicked()), this, slot);
         }
@@ -855,7 +856,7 @@ void MainWindow::collectedExtraData()
     if (!yumIO->haveFileLists() || !yumIO->haveOtherData()) {
         text = tr("%1 (Must load extra data.)").arg(text);
     }
-    modeBox->setToolTip(text);
+    modeBox->setToolTip(Literal::toolTip(text));
 }
 
 void MainWindow::warnConfigure()

@@ -18,6 +18,7 @@
 #include "packagetable/PackageTable.h"
 #include "repo/RepoBrowse.h"
 #include "widgets/HScrollArea.h"
+#include "widgets/Literal.h"
 #include "widgets/Metrics.h"
 #include "widgets/TextDialog.h"
 
@@ -295,7 +296,7 @@ void Area::showText(const QString& title, const QString& text)
     if (textDialog == nullptr) {
         textDialog = new TextDialog(dialogParent);
     }
-    textDialog->setWindowTitle(title);
+    textDialog->setWindowTitle(Literal::title(title));
     textDialog->setText(text);
     textDialog->exec();
 }

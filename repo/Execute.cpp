@@ -1,7 +1,5 @@
 #include "repo/Execute.h"
 
-#include <QMessageBox>
-
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -13,6 +11,8 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "widgets/HMessageBox.h"
 
 namespace {
 
@@ -127,12 +127,11 @@ void Execute::execute(QWidget* parent, char* const* argv)
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (child < 0) {
-        QMessageBox box(QMessageBox::Critical, tr("Help"),
-                        tr("fork() failed; errno = %1 (%2)")
-                            .arg(QString::number(failure), QString::fromLocal8Bit(strerror(failure))),
-                        QMessageBox::Ok, parent);
-        box.setTextFormat(Qt::PlainText);
-        box.exec();
+        HMessageBox(QMessageBox::Critical, tr("Help"),
+                    tr("fork() failed; errno = %1 (%2)")
+                        .arg(QString::number(failure), QString::fromLocal8Bit(strerror(failure))),
+                    QMessageBox::Ok, parent)
+            .exec();
         return;
     }
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {

@@ -11,6 +11,7 @@
 #include "repo/Execute.h"
 #include "repo/RepoEntry.h"
 #include "repo/YumConfIO.h"
+#include "widgets/HMessageBox.h"
 
 namespace {
 
@@ -72,8 +73,7 @@ const Repo::Entry* RepoBrowse::find(const QString& id, const YumConfIO* yumConfI
 
 void RepoBrowse::reportUnknown(QWidget* parent, const QString& id)
 {
-    QMessageBox box(QMessageBox::Critical, tr("Error"),
-                    tr("There is no configured repository \"%1\"").arg(id), QMessageBox::Ok, parent);
-    box.setTextFormat(Qt::PlainText);
-    box.exec();
+    HMessageBox(QMessageBox::Critical, tr("Error"), tr("There is no configured repository \"%1\"").arg(id),
+                QMessageBox::Ok, parent)
+        .exec();
 }

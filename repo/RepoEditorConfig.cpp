@@ -21,6 +21,7 @@
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HGroupBox.h"
+#include "widgets/Literal.h"
 #include "widgets/Metrics.h"
 
 namespace RepoEditor {
@@ -34,8 +35,8 @@ QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QW
     auto* label = new QLabel(text);
     // Some of the texts come from a URL.
     label->setTextFormat(Qt::PlainText);
-    label->setToolTip(toolTip);
-    field->setToolTip(toolTip);
+    label->setToolTip(Literal::toolTip(toolTip));
+    field->setToolTip(Literal::toolTip(toolTip));
     field->setAccessibleName(text);
     label->setBuddy(field);
     grid->addWidget(label, row, column);
@@ -129,11 +130,11 @@ QWidget* Config::createOptions(QWidget* parent)
 
     const QString toolTip = tr("Any other yum options for this repository.  See yum.conf(5)");
     auto* label = new QLabel(tr("Other Options:"), group);
-    label->setToolTip(toolTip);
+    label->setToolTip(Literal::toolTip(toolTip));
     otherOptionsField = new PasswdTextEdit(Credentials::Text::Options, 50, 6, group);
     otherOptionsField->setLineWrapMode(QTextEdit::NoWrap);
     otherOptionsField->setTabChangesFocus(true);
-    otherOptionsField->setToolTip(toolTip);
+    otherOptionsField->setToolTip(Literal::toolTip(toolTip));
     otherOptionsField->setAccessibleName(label->text());
     label->setBuddy(otherOptionsField);
     grid->addWidget(label, 0, 0);

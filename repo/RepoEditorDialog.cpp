@@ -21,6 +21,7 @@
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HSeparator.h"
+#include "widgets/Literal.h"
 #include "widgets/Metrics.h"
 
 namespace RepoEditor {
@@ -53,7 +54,7 @@ Dialog::Dialog(YumIO* backEnd, YumConfIO* conf, QWidget* parent)
 QPushButton* Dialog::addButton(QBoxLayout* row, const QString& text, const QString& toolTip, const char* slot)
 {
     auto* button = new QPushButton(text, this);
-    button->setToolTip(toolTip);
+    button->setToolTip(Literal::toolTip(toolTip));
     connect(button, SIGNAL(clicked()), this, slot);
     row->addWidget(button);
     return button;

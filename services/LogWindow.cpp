@@ -15,6 +15,7 @@
 
 #include "widgets/Colors.h"
 #include "widgets/HTextEdit.h"
+#include "widgets/Literal.h"
 
 namespace Log {
 
@@ -44,14 +45,15 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
 
     levelSpinBox->setRange(0, maxLevel);
     levelSpinBox->setValue(defaultLevel);
-    levelSpinBox->setToolTip(tr("Threshold beyond which more detailed log messages are omitted.\n"
-                                "Higher levels show more detail.\n"
-                                "The valid range is 0 .. %1.\n"
-                                "The default is %2.\n"
-                                "Higher levels contain debug information.\n"
-                                "This corresponds to yum's debuglevel (-d) option.")
-                                 .arg(maxLevel)
-                                 .arg(defaultLevel));
+    levelSpinBox->setToolTip(
+        Literal::toolTip(tr("Threshold beyond which more detailed log messages are omitted.\n"
+                            "Higher levels show more detail.\n"
+                            "The valid range is 0 .. %1.\n"
+                            "The default is %2.\n"
+                            "Higher levels contain debug information.\n"
+                            "This corresponds to yum's debuglevel (-d) option.")
+                             .arg(maxLevel)
+                             .arg(defaultLevel)));
     connect(levelSpinBox, SIGNAL(valueChanged(int)), this, SLOT(levelChanged(int)));
 
     QPushButton* close = new QPushButton(tr("&Close"), this);

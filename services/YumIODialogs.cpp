@@ -6,6 +6,7 @@
 
 #include "services/ScrollableDialogs.h"
 #include "widgets/HMessageBox.h"
+#include "widgets/Literal.h"
 
 YumIODialogsMinion::YumIODialogsMinion(QWidget* parent) : parentWidget(parent) {}
 
@@ -13,7 +14,7 @@ void YumIODialogsMinion::confirm(const QString& caption, const QString& text, co
                                  const QString& rejectText)
 {
     ScrollableConfirmDialog dialog(text, acceptText, rejectText, parentWidget);
-    dialog.setWindowTitle(caption);
+    dialog.setWindowTitle(Literal::title(caption));
     const int code = dialog.exec();
     Q_EMIT setResult(code);
 }
@@ -37,7 +38,7 @@ void YumIODialogsMinion::critical(const QString& caption, const QString& text, c
 void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
 {
     ScrollableErrorDialog dialog(text, parentWidget);
-    dialog.setWindowTitle(caption);
+    dialog.setWindowTitle(Literal::title(caption));
     dialog.exec();
     Q_EMIT setResult(0);
 }

@@ -1,5 +1,11 @@
 #include "widgets/HItemDelegate.h"
 
+#include <QAbstractItemView>
+#include <QHelpEvent>
+#include <QToolTip>
+
+#include "widgets/Literal.h"
+
 HItemDelegate::HItemDelegate(QObject* parent) : QItemDelegate(parent) {}
 
 void HItemDelegate::drawDisplay(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
@@ -9,4 +15,16 @@ void HItemDelegate::drawDisplay(QPainter* painter, const QStyleOptionViewItem& o
     QStyleOptionViewItem unwrapped(option);
     unwrapped.features &= ~QStyleOptionViewItem::WrapText;
     QItemDelegate::drawDisplay(painter, option, rect, text);
+}
+
+bool HItemDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                              const QModelIndex& index)
+{
+    if (event == nullptr || view == nullptr || event->type() != QEvent::ToolTip) {
+        return QItemDelegate::helpEvent(event, view, option, index);
+    }
+    const QString text = index.data(Qt::ToolTipRole).toString();
+    QToolTip::showText(event->globalPos(), Literal::toolTip(text), view->viewport(), view->visualRect(index));
+    event->setAccepted(!text.isEmpty());
+    return event->isAccepted();
 }

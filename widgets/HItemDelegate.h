@@ -14,6 +14,10 @@ class HItemDelegate : public QItemDelegate
 public:
     explicit HItemDelegate(QObject* parent = nullptr);
 
+    // Shows the tool tip of a cell as it is: the texts of a table come from elsewhere.
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override;
+
 protected:
     void drawDisplay(QPainter* painter, const QStyleOptionViewItem& option, const QRect& rect,
                      const QString& text) const override;

@@ -5,6 +5,8 @@
 #include <QMenuBar>
 #include <QToolTip>
 
+#include "widgets/Literal.h"
+
 namespace {
 
 // The action that the user has reached in the menu and its open sub-menus; null when there is none.
@@ -38,7 +40,8 @@ bool HMenu::event(QEvent* event)
     if (event->type() == QEvent::ToolTip) {
         const QAction* action = lastActiveAction(this);
         if (action != nullptr && tellsMoreThanText(*action)) {
-            QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), action->toolTip());
+            QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                               Literal::toolTip(action->toolTip()));
         }
     }
     return QMenu::event(event);

@@ -8,8 +8,13 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include <atomic>
 #include <functional>
 #include <memory>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "packagetable/ActionContextMenu.h"
 #include "packagetable/OtherContextMenu.h"
@@ -27,6 +32,46 @@
 
 using PackageTable::Describe::Instance::RepoDialog;
 
+// A pipe with a name. Anyone who opens it for reading waits until somebody writes: a picture of that name
+// keeps a window waiting. Here a thread notices that and lets the reader go.
+class WatchedPipe
+{
+public:
+    WatchedPipe()
+    {
+        if (mkfifo(path().constData(), 0600) != 0) {
+            qFatal("there is no pipe");
+        }
+        watcher.reset(QThread::create([this] {
+            while (!done) {
+                const int writer = open(path().constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+                if (writer >= 0) {
+                    ++readers;
+                    close(writer);
+                }
+                QThread::msleep(1);
+            }
+        }));
+        watcher->start();
+    }
+    ~WatchedPipe()
+    {
+        done = true;
+        watcher->wait();
+    }
+    WatchedPipe(const WatchedPipe&) = delete;
+    WatchedPipe& operator=(const WatchedPipe&) = delete;
+
+    QByteArray path() const { return QFile::encodeName(directory.filePath("pipe")); }
+    int reads() const { return readers; }
+
+private:
+    QTemporaryDir directory;
+    std::unique_ptr<QThread> watcher;
+    std::atomic<bool> done{false};
+    std::atomic<int> readers{0};
+};
+
 class WindowsTest : public QObject
 {
     Q_OBJECT
@@ -34,12 +79,18 @@ class WindowsTest : public QObject
 private:
     using Check = std::function<void(const QString& name, QWidget& window)>;
 
+    static const int windowCount = 11;
+
     std::unique_ptr<StandIn> standIn;
+    std::unique_ptr<WatchedPipe> watched;
     std::unique_ptr<ShownWindow> shown;
 
-    static QString longText()
+    // What is put before names and texts that come from elsewhere.
+    QByteArray foreign;
+
+    QString longText() const
     {
-        QString text;
+        QString text = QString::fromUtf8(foreign) + QLatin1Char('\n');
         for (int i = 0; i < 60; ++i) {
             text += QStringLiteral("Install: a-package-with-a-long-name-%1-1.0-1.x86_64 from a repository\n")
                         .arg(i);
@@ -85,7 +136,7 @@ private:
                                                }));
         QCOMPARE(opened.takeFirst(), QString("form"));
 
-        shown->click("tool", PackageTable::NameColumn);
+        shown->click(foreign + "tool", PackageTable::NameColumn);
         QVERIFY(withDialog<PackageTable::Describe::Dialog>(
             [this] { shown->key(Qt::Key_Return); },
             [&](PackageTable::Describe::Dialog& dialog) {
@@ -106,21 +157,58 @@ private:
         error.setWindowTitle("VYRE Yum Error");
         showOne(error, "failure", check);
         HMessageBox box(QMessageBox::Critical, "VYRE Yum Error",
-                        "Cannot download " + QString(70, 'x') + ": all mirrors were tried", QMessageBox::Ok,
-                        shown->window);
+                        foreign + "Cannot download " + QString(70, 'x') + ": all mirrors were tried",
+                        QMessageBox::Ok, shown->window);
         showOne(box, "error", check);
 
         RepoAuth::Dialog credentials(shown->window);
         Repo::Entry entry;
-        entry.id = "updates";
-        entry.name = "All updates";
-        entry.baseurl = "http://h/vantor?user=&word=&path=/x\nhttp://k/vantor?user=&word=&path=y";
+        entry.id = foreign + "updates";
+        entry.name = foreign + "All updates";
+        entry.baseurl = foreign + "http://h/vantor?user=&word=&path=/x\nhttp://k/vantor?user=&word=&path=y";
         QTimer::singleShot(0, &credentials, [&] {
             QVERIFY(QTest::qWaitForWindowActive(&credentials));
             check("credentials", credentials);
             credentials.close();
         });
         credentials.exec(&entry);
+    }
+
+    // What is shown when the pointer rests on a place.
+    static QString toolTipAt(QWidget* widget, const QPoint& place)
+    {
+        QHelpEvent event(QEvent::ToolTip, place, widget->mapToGlobal(place));
+        QApplication::sendEvent(widget, &event);
+        return QToolTip::text();
+    }
+
+    static QStringList toolTipsOf(QWidget& window)
+    {
+        QStringList tips;
+        for (QWidget* widget : window.findChildren<QWidget*>()) {
+            if (widget->isVisible() && widget->window() == &window) {
+                tips << toolTipAt(widget, widget->rect().center());
+            }
+        }
+        for (QTableView* view : window.findChildren<QTableView*>()) {
+            for (int row = 0; row < qMin(view->model()->rowCount(), 20); ++row) {
+                for (int column = 0; column < view->model()->columnCount(); ++column) {
+                    const QModelIndex cell = view->model()->index(row, column);
+                    view->scrollTo(cell);
+                    const QRect seen = view->visualRect(cell) & view->viewport()->rect();
+                    tips << toolTipAt(view->viewport(), seen.center());
+                }
+            }
+        }
+        for (QMenu* menu : window.findChildren<QMenu*>()) {
+            for (QAction* action : menu->actions()) {
+                menu->setActiveAction(action);
+                tips << toolTipAt(menu, menu->rect().center());
+            }
+            menu->setActiveAction(nullptr);
+        }
+        QToolTip::hideText();
+        return tips;
     }
 
     static bool isStop(const QWidget* widget)
@@ -212,25 +300,60 @@ private Q_SLOTS:
             QApplication::setPalette(dark);
         }
         standIn = std::make_unique<StandIn>();
+        if (QByteArray(QTest::currentTestFunction()) == "noForeignTextIsTakenForMarkup") {
+            watched = std::make_unique<WatchedPipe>();
+            foreign = "<h1>x</h1><img src=\"" + watched->path() + "\">&amp;&nbsp;&";
+            QFile configuration(standIn->root() + "/etc/yum.conf");
+            QVERIFY(configuration.open(QIODevice::WriteOnly));
+            configuration.write("[main]\ncachedir=/var/cache/" + foreign + "\n");
+        }
         standIn->setRepos("[base]\nname=The base\nbaseurl=http://h/base\nenabled=1\n[extras]\nname=Extras\n"
-                          "baseurl=http://h/extras\n[updates]\nname=Updates\nbaseurl=http://h/updates\n");
+                          "baseurl=http://h/extras\n[" +
+                          foreign + "updates]\nname=" + foreign + "Updates\nbaseurl=http://h/updates" +
+                          QByteArray(foreign).replace(' ', "%20") + "\nmirrorlist=" + foreign +
+                          (foreign.isEmpty() ? "\n" : "\nenabled=no\n"));
         using S = StandIn;
+        const QString text = QString::fromUtf8(foreign);
+        const QJsonArray texts{text};
         const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
         const QJsonObject older{{"version", "0"}, {"repoid", "@System"}};
-        const QJsonObject next{{"version", "2"}, {"repoid", "updates"}, {"summary", "A tool"}};
+        const QJsonObject next{{"version", text + "2"},
+                               {"release", text + "1"},
+                               {"arch", foreign.isEmpty() ? "x86_64" : text},
+                               {"repoid", text + "updates"},
+                               {"summary", text + "A tool"},
+                               {"group", text},
+                               {"description", text},
+                               {"vendor", text},
+                               {"buildhost", text},
+                               {"sourcerpm", text},
+                               {"license", text},
+                               {"packager", text},
+                               {"url", text},
+                               {"provides", texts},
+                               {"requires", texts},
+                               {"requires_pre", texts},
+                               {"conflicts", texts},
+                               {"obsoletes", texts},
+                               {"recommends", texts},
+                               {"suggests", texts},
+                               {"supplements", texts},
+                               {"enhances", texts},
+                               {"files", texts}};
         QJsonArray available{S::package("editor"), S::package("lib")};
         for (int i = 0; i < 60; ++i) {
             available.append(S::package(QStringLiteral("x-package-with-a-name-%1").arg(i)));
         }
-        standIn->setPackages({S::package("tool", next)},
-                             {S::package("tool", old), S::package("tool", older), S::package("shell", old)},
-                             available, {S::group("Games")});
+        const QString tool = text + "tool";
+        standIn->setPackages({S::package(tool, next)},
+                             {S::package(tool, old), S::package(tool, older), S::package("shell", old)},
+                             available, {S::group(text + "Games", {{"mandatory_packages", texts}})});
         shown = std::make_unique<ShownWindow>();
         shown->start();
         shown->window->showNormal();
         shown->choose(shown->stateBox, PackageTable::ViewAll);
-        shown->click("tool", PackageTable::ActionColumn);
-        QCOMPARE(shown->marks(), QStringList{"tool update"});
+        shown->click(foreign + "tool", PackageTable::ActionColumn);
+        QCOMPARE(shown->marks(), QStringList{foreign + "tool update"});
     }
 
     void everyControlIsReachedInReadingOrder()
@@ -272,7 +395,42 @@ private Q_SLOTS:
             }
             QVERIFY2(jumps.count() <= 1, qPrintable(name + ": " + jumps.join(", ")));
         });
-        QCOMPARE(windows, 11);
+        QCOMPARE(windows, windowCount);
+    }
+
+    void noForeignTextIsTakenForMarkup()
+    {
+        const auto isMarkup = [](const QString& shownText) {
+            return Qt::mightBeRichText(shownText) &&
+                   (shownText.contains("<h1>") || shownText.contains("<img"));
+        };
+        int windows = 0;
+        int foreignLabels = 0;
+        int foreignTips = 0;
+        forEachWindow([&](const QString& name, QWidget& window) {
+            ++windows;
+            for (const QLabel* label : window.findChildren<QLabel*>()) {
+                if (label->text().contains("</h1>")) {
+                    ++foreignLabels;
+                    QVERIFY2(label->textFormat() == Qt::PlainText, qPrintable(name + ": " + label->text()));
+                    QVERIFY2(label->buddy() == nullptr, qPrintable(name + ": " + label->text()));
+                }
+            }
+            for (const QTextEdit* edit : window.findChildren<QTextEdit*>()) {
+                QVERIFY2(!edit->toHtml().contains("<h1"), qPrintable(name));
+                QVERIFY2(!edit->toHtml().contains("<img"), qPrintable(name));
+                QVERIFY2(name != "log" || edit->toPlainText().contains("<h1>x</h1>"), qPrintable(name));
+            }
+            const QStringList tips = toolTipsOf(window);
+            for (const QString& tip : tips) {
+                foreignTips += tip.contains("h1") ? 1 : 0;
+                QVERIFY2(!isMarkup(tip), qPrintable(name + ": " + tip));
+            }
+        });
+        QCOMPARE(windows, windowCount);
+        QVERIFY2(foreignLabels > 20, qPrintable(QString::number(foreignLabels)));
+        QVERIFY2(foreignTips >= 5, qPrintable(QString::number(foreignTips)));
+        QCOMPARE(watched->reads(), 0);
     }
 
     void noMnemonicStandsForTwoThings()

@@ -189,7 +189,7 @@ class ConventionsTest(unittest.TestCase):
             with self.subTest(text):
                 self.setUp()
                 self.change('high/Window.cpp', before, after)
-                found = [line for line in self.found() if 'Qt::PlainText' not in line]
+                found = [line for line in self.found() if 'Qt::PlainText' not in line and 'Literal' not in line]
                 self.assertEqual(len(found), 1, found)
                 self.assertTrue(found[0].endswith(': a text that a user reads does not go through tr(): ' + text),
                                 found)
@@ -214,8 +214,27 @@ class ConventionsTest(unittest.TestCase):
         box = '    QMessageBox box(QMessageBox::Critical, tr("Error"), text);\n'
         self.change('high/Window.cpp', '    Q_EMIT', box + '    Q_EMIT')
         self.assertEqual(self.found(), ['high/Window.cpp:13: ' + message])
-        self.change('high/Window.cpp', box, box + '    box.setTextFormat(Qt::PlainText);\n')
+        self.change('high/Window.cpp', box, '    HMessageBox box(QMessageBox::Critical, tr("Error"), text);\n')
         self.assertEqual(self.found(status=0), [])
+
+    def test_tool_tip_and_title_that_take_markup(self):
+        for call, wrapped in (('value->setToolTip(text);', 'value->setToolTip(Literal::toolTip(text));'),
+                              ('setToolTip(tr("In %1").arg(text));', 'setToolTip(tr("Here"));'),
+                              ('box.setWindowTitle(text);', 'box.setWindowTitle(Literal::title(text));'),
+                              ('setWindowTitle(Literal::toolTip(text));', 'setWindowTitle(QString());'),
+                              ('QToolTip::showText(place, text);',
+                               'QToolTip::showText(place, Literal::toolTip(text));'),
+                              ('value->setToolTip(wide ? text : tr("Here"));',
+                               'value->setToolTip(wide ? tr("There") : tr("Here"));'),
+                              ('tip->setToolTip(text);', 'cleanAction->setToolTip(text);')):
+            with self.subTest(call):
+                self.setUp()
+                name = next(name for name in ('setToolTip', 'setWindowTitle', 'showText') if name in call)
+                self.change('high/Window.cpp', '    Q_EMIT', '    ' + call + '\n    Q_EMIT')
+                self.assertEqual(self.found(), ['high/Window.cpp:13: a text that may come from outside is shown as '
+                                                'it is by a function of Literal only: ' + name])
+                self.change('high/Window.cpp', call, wrapped)
+                self.assertEqual(self.found(status=0), [])
 
     def test_note_of_something_unfinished(self):
         word = 'TO' + 'DO'

@@ -28,6 +28,7 @@ class HItemDelegateTest : public QObject
 
 private Q_SLOTS:
     void cellsLookAsInAnyOtherView();
+    void aToolTipIsNoMarkup();
 };
 
 void HItemDelegateTest::cellsLookAsInAnyOtherView()
@@ -43,6 +44,33 @@ void HItemDelegateTest::cellsLookAsInAnyOtherView()
     QVERIFY(wrapped != unwrapped);
     QCOMPARE(wrapped, paint(plain, index, QStyleOptionViewItem::WrapText));
     QCOMPARE(unwrapped, paint(plain, index, QStyleOptionViewItem::None));
+}
+
+void HItemDelegateTest::aToolTipIsNoMarkup()
+{
+    const QString markup = QStringLiteral("Available: <h1>x</h1>\nInstalled: <img src=\"/dev/zero\">");
+    QStandardItemModel model;
+    for (const QString& text : {markup, QStringLiteral("ordinary"), QString()}) {
+        model.appendRow(new QStandardItem(QStringLiteral("cell")));
+        model.item(model.rowCount() - 1)->setToolTip(text);
+    }
+    QTableView view;
+    view.setItemDelegate(new HItemDelegate(&view));
+    view.setModel(&model);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowActive(&view));
+    const auto tipOf = [&view, &model](int row) {
+        const QPoint place = view.visualRect(model.index(row, 0)).center();
+        QHelpEvent event(QEvent::ToolTip, place, view.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(view.viewport(), &event);
+        return QToolTip::text();
+    };
+    QTextDocument document;
+    document.setHtml(tipOf(0));
+    QCOMPARE(document.toPlainText(), markup);
+    QCOMPARE(tipOf(1), QStringLiteral("ordinary"));
+    tipOf(2);
+    QTRY_VERIFY(!QToolTip::isVisible());
 }
 
 QTEST_MAIN(HItemDelegateTest)

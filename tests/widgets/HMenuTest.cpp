@@ -33,6 +33,7 @@ private Q_SLOTS:
     void theMenuCanBeTornOff();
     void theBarIsTheParent();
     void anActionsToolTipIsShown();
+    void aToolTipIsNoMarkup();
     void theToolTipIsShownAtThePointer();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown();
@@ -109,6 +110,15 @@ void HMenuTest::anActionsToolTipIsShown()
 {
     menu->setActiveAction(told);
     QCOMPARE(toolTipOf(menu), QStringLiteral("Clean all data"));
+}
+
+void HMenuTest::aToolTipIsNoMarkup()
+{
+    told->setToolTip(QStringLiteral("Clean in /<h1>x</h1>\n<img src=\"/dev/zero\">"));
+    menu->setActiveAction(told);
+    QTextDocument document;
+    document.setHtml(toolTipOf(menu));
+    QCOMPARE(document.toPlainText(), told->toolTip());
 }
 
 void HMenuTest::theToolTipIsShownAtThePointer()
