@@ -3,14 +3,19 @@
 
 usage: AdministratorTest.py CMAKE BUILD [options of unittest...]
 
-All runs in name spaces of its own, where this system has an installation of what was built, one more user, its own
+All runs in name spaces of its own, where this system has an installation of what was built, two more users, its own
 message bus and polkit. Nothing of that is there for anybody else.
 """
+import getopt
+import importlib.machinery
 import json
 import os
 import pty
+import random
 import re
+import resource
 import select
+import shutil
 import signal
 import stat
 import subprocess
@@ -27,7 +32,11 @@ NAME, UID, PASSWORD = 'mina', 47110, 'otter'
 # Of that password.
 SHADOW = '$6$vyreadmin$KhNZBRnwTWpblZrZK7gD0UlaROYCuCZD61.j0/74q.RuLofXpKuEzWvHs0SSsuVVdhmy4iF26Ju2Bz07i8e851'
 COOKIE = '0123456789abcdef0123456789abcdef'
-RULE = 'polkit.addAdminRule(function(action, subject) { return ["unix-user:%s"]; });\n' % NAME
+TRUSTED, TRUSTED_UID = 'tove', 47111  # may do everything without a question
+RULE = '''
+polkit.addAdminRule(function(action, subject) {{ return ["unix-user:{}"]; }});
+polkit.addRule(function(action, subject) {{ if (subject.user == "{}") {{ return polkit.Result.YES; }} }});
+'''.format(NAME, TRUSTED)
 NOT_LET = 'vyre-admin: the system does not let you be its administrator\n'
 
 # It writes down how it was started.
@@ -37,6 +46,62 @@ with open({path!r} + '.part', 'w') as stream:
     json.dump([sys.argv[1:], os.getuid(), dict(os.environ)], stream)
 os.rename({path!r} + '.part', {path!r})
 '''
+
+# It stands in for VYRE and writes down what it was given.
+RECORDER = '''#!/usr/bin/python3 -ISB
+import json, os, resource, signal, sys
+with open('/proc/self/status') as stream:
+    status = dict(line.rstrip('\\n').split(':\\t', 1) for line in stream if ':\\t' in line)
+with open('/proc/self/oom_score_adj') as stream:
+    score = int(stream.read())
+with open({path!r}, 'w') as stream:
+    json.dump({{'arguments': sys.argv[1:], 'status': status, 'directory': os.getcwd(), 'score': score,
+               'limits': {{name: resource.getrlimit(getattr(resource, name))
+                          for name in dir(resource) if name.startswith('RLIMIT_')}},
+               'timers': [signal.getitimer(number)[0] for number in range(3)],
+               'priority': os.getpriority(os.PRIO_PROCESS, 0), 'scheduler': os.sched_getscheduler(0),
+               'descriptors': [os.readlink('/proc/self/fd/%d' % fd) for fd in range(10)
+                               if os.path.lexists('/proc/self/fd/%d' % fd)][:-1]}}, stream)
+'''
+
+# It serves nobody whose parent is the first process.
+PKEXEC = ('/bin/sh', '-c', '"$0" "$@"; exit $?', '/usr/bin/pkexec')
+
+# Which limits root can set back: those of a container's root are few.
+with open('/proc/self/status') as status_file:
+    LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
+        'soft'
+
+# It runs a program as somebody would who wants to have it fail when it is too late: everything is handed on by which a
+# process can make the next one different.
+HOSTILE = '''
+import os, resource, signal, sys
+for name, limit in (('FSIZE', 1 << 16), ('CPU', 300), ('DATA', 1 << 30), ('AS', 2 << 30), ('STACK', 1 << 20),
+                    ('NOFILE', 60), ('NPROC', 300), ('MEMLOCK', 0), ('SIGPENDING', 10), ('MSGQUEUE', 0)):
+    number = getattr(resource, 'RLIMIT_' + name)
+    resource.setrlimit(number, (limit, limit if sys.argv[1] == 'hard' else resource.getrlimit(number)[1]))
+resource.setrlimit(resource.RLIMIT_CORE, resource.getrlimit(resource.RLIMIT_CORE)[1:] * 2)
+os.umask(0o777)
+os.sched_setscheduler(0, os.SCHED_BATCH, os.sched_param(0))
+os.nice(15)
+with open('/proc/self/oom_score_adj', 'w') as stream:
+    stream.write('900')
+os.set_inheritable(os.open('/dev/null', os.O_RDWR), True)
+for timer in range(3):
+    signal.setitimer(timer, 100000)
+for number in range(1, signal.NSIG):
+    try:
+        signal.signal(number, signal.SIG_IGN if number % 2 else signal.SIG_DFL)
+    except (OSError, ValueError):
+        pass
+signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+signal.pthread_sigmask(signal.SIG_SETMASK, signal.valid_signals())
+os.kill(os.getpid(), signal.SIGUSR2)
+os.kill(os.getpid(), signal.SIGTERM)
+os.execv(sys.argv[2], sys.argv[2:])
+'''
+
+HOSTILE_PKEXEC = PKEXEC[:3] + ('/usr/bin/python3', '-c', HOSTILE, LIMITS) + PKEXEC[3:]
 
 
 def wait_for(condition, what, seconds=60):
@@ -62,10 +127,10 @@ def write(path, text, mode='w'):
         stream.write(text)
 
 
-def become_user():
-    os.setgroups([UID])
-    os.setgid(UID)
-    os.setuid(UID)
+def become_user(uid=UID):
+    os.setgroups([uid])
+    os.setgid(uid)
+    os.setuid(uid)
 
 
 class System:
@@ -89,11 +154,15 @@ class System:
             os.makedirs(path)
         os.chown(self.runtime, UID, UID)
         os.chmod(self.runtime, 0o700)
-        write('/etc/passwd', '{0}:x:{1}:{1}::{2}:/bin/sh\n'.format(NAME, UID, self.home), 'a')
-        write('/etc/group', '{}:x:{}:\n'.format(NAME, UID), 'a')
-        write('/etc/shadow', '{}:{}:19000:0:99999:7:::\n'.format(NAME, SHADOW), 'a')
+        for name, uid in ((NAME, UID), (TRUSTED, TRUSTED_UID)):
+            write('/etc/passwd', '{0}:x:{1}:{1}::{2}:/bin/sh\n'.format(name, uid, self.home), 'a')
+            write('/etc/group', '{}:x:{}:\n'.format(name, uid), 'a')
+            write('/etc/shadow', '{}:{}:19000:0:99999:7:::\n'.format(name, SHADOW), 'a')
+        self.plug_ins = os.path.join(self.scratch, 'plug-ins')
+        shutil.copytree(os.path.join(build, 'tests/app/marking'), self.plug_ins)
         write('/etc/polkit-1/rules.d/00-test.rules', RULE)
         os.chmod('/etc/polkit-1/rules.d', 0o755)
+        self.recorded = os.path.join(self.directory('record', 0), 'record')
         # What VYRE finds here is a system without packages, and a repository without any.
         repository = self.directory('repository', 0)
         run('createrepo_c', repository)
@@ -112,6 +181,27 @@ class System:
         wait_for(lambda: 'org.freedesktop.PolicyKit1' in run(
             'dbus-send', '--system', '--print-reply', '--dest=org.freedesktop.DBus', '/',
             'org.freedesktop.DBus.ListNames', check=False).stdout, 'polkit')
+
+    def record(self):
+        """What VYRE's stand-in was given last; None: it was not started."""
+        try:
+            with open(self.recorded) as stream:
+                return json.load(stream)
+        except FileNotFoundError:
+            return None
+        finally:
+            if os.path.exists(self.recorded):
+                os.remove(self.recorded)
+
+    def marks(self):
+        """The plug-ins that root has loaded since this was called last."""
+        found = []
+        for path, _, files in os.walk(self.plug_ins):
+            for name in sorted(files):
+                if name.endswith('.0'):
+                    found.append(os.path.relpath(os.path.join(path, name), self.plug_ins))
+                    os.remove(os.path.join(path, name))
+        return sorted(found)
 
     def directory(self, name, owner):
         path = os.path.join(self.scratch, name)
@@ -262,7 +352,7 @@ class AdministratorTest(unittest.TestCase):
             if os.path.isfile(path):
                 os.remove(path)
 
-    def start(self, *arguments, password=PASSWORD, unset=(), **environment):
+    def start(self, *arguments, password=PASSWORD, unset=(), command=(ADMIN,), uid=UID, **environment):
         """Start vyre-admin as the user does from a desktop. The password is None when nobody could be asked."""
         variables = {'DISPLAY': self.display.name, 'HOME': self.system.home, 'USER': NAME, 'LOGNAME': NAME,
                      'LANG': 'C.UTF-8', 'PATH': '/usr/local/bin:/usr/bin:/bin', 'SHELL': '/bin/sh',
@@ -272,9 +362,10 @@ class AdministratorTest(unittest.TestCase):
             del variables[name]
         self.out, self.err = tempfile.TemporaryFile('w+'), tempfile.TemporaryFile('w+')
         # The process waits, so that the agent can be told of it.
-        self.process = subprocess.Popen(['/bin/sh', '-c', 'read go; umask 0; exec "$0" "$@"', ADMIN] + list(arguments),
-                                        env=variables, stdin=subprocess.PIPE, stdout=self.out, stderr=self.err, cwd='/',
-                                        start_new_session=True, preexec_fn=become_user)
+        self.process = subprocess.Popen(
+            ['/bin/sh', '-c', 'read go; umask 0; exec "$0" "$@"'] + list(command) + list(arguments), env=variables,
+            stdin=subprocess.PIPE, stdout=self.out, stderr=self.err, cwd='/', start_new_session=True,
+            preexec_fn=lambda: become_user(uid))
         if password is not None:
             self.agent = Agent(self.process, password)
         self.process.stdin.write(b'go\n')
@@ -324,6 +415,25 @@ class AdministratorTest(unittest.TestCase):
     def check_not_started(self, message):
         self.assertEqual(self.ended(), (1, message))
         self.assertEqual(self.display.windows('^VYRE - '), [])
+
+    def end(self):
+        """The same, when another process is to be started."""
+        try:
+            return self.ended()
+        finally:
+            if self.agent is not None:
+                self.agent.stop()
+                self.agent = None
+            for stream in (self.out, self.err):
+                stream.close()
+            self.process = None
+
+    def record_what_vyre_is_given(self):
+        """Put a stand-in in the place of VYRE for this test."""
+        os.rename('/usr/bin/vyre', '/usr/bin/vyre.real')
+        self.addCleanup(os.rename, '/usr/bin/vyre.real', '/usr/bin/vyre')
+        write('/usr/bin/vyre', RECORDER.format(path=self.system.recorded))
+        os.chmod('/usr/bin/vyre', 0o755)
 
     def let_user_in_without_cookie(self):
         """As the X servers do that some Wayland desktops start."""
@@ -429,6 +539,226 @@ class AdministratorTest(unittest.TestCase):
         os.kill(vyre, signal.SIGTERM)
         self.assertEqual(self.ended(), (128 + signal.SIGTERM, ''))
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
+
+    def test_what_a_process_hands_on_is_set_back_for_root(self):
+        self.record_what_vyre_is_given()
+        self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID)
+        self.assertEqual(self.end(), (0, ''))
+        given = self.system.record()
+        self.assertEqual(given['status']['Uid'], '0\t0\t0\t0')
+        # The interpreter that runs the stand-in ignores two of them itself.
+        ignored = sum(1 << (number - 1) for number in (signal.SIGPIPE, signal.SIGXFSZ))
+        for field, expected in (('SigBlk', 0), ('SigPnd', 0), ('ShdPnd', 0), ('SigIgn', ignored)):
+            with self.subTest(field):
+                self.assertEqual(int(given['status'][field], 16), expected)
+        everything = (resource.RLIM_INFINITY, resource.RLIM_INFINITY)
+        for name, limits in given['limits'].items():
+            with self.subTest(name):
+                first = resource.prlimit(1, getattr(resource, name))
+                self.assertEqual(limits[1], first[1])
+                if name in ('RLIMIT_FSIZE', 'RLIMIT_CPU', 'RLIMIT_DATA', 'RLIMIT_AS'):
+                    self.assertEqual(tuple(limits), everything)
+        self.assertEqual(given['limits']['RLIMIT_CORE'][0], 0)
+        self.assertEqual(given['limits']['RLIMIT_STACK'][0], 8 << 20)
+        self.assertEqual(given['limits']['RLIMIT_NOFILE'][0], 1024)
+        self.assertEqual(given['timers'], [0, 0, 0])
+        self.assertEqual((given['priority'], given['scheduler'], given['score']), (0, os.SCHED_OTHER, 0))
+        self.assertEqual((given['directory'], given['status']['Umask']), ('/root', '0022'))
+        self.assertEqual(len(given['descriptors']), 3)
+
+    def test_vyre_comes_up_whatever_a_process_hands_on(self):
+        self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID,
+                   XAUTHORITY=self.trusted_cookies())
+        self.vyre()
+        self.quit()
+
+    def test_a_limit_that_cannot_be_set_back_is_refused(self):
+        self.record_what_vyre_is_given()
+        for option, name in (('--fsize=65536', 'the size of files'), ('--cpu=100', 'processor time'),
+                             ('--as=2000000000', 'the address space'), ('--data=1000000000', 'the size of data'),
+                             ('--nofile=50', 'the number of open files')):
+            with self.subTest(name):
+                done = run('prlimit', option, 'setpriv', '--bounding-set=-sys_resource', ADMIN, check=False,
+                           env=dict(self.display.client['env'], PKEXEC_UID=str(UID)))
+                self.assertEqual((done.returncode, done.stderr),
+                                 (1, 'vyre-admin: the limit on {} cannot be set back\n'.format(name)))
+                self.assertIsNone(self.system.record())
+        # Where there is nothing to set back, nothing is refused.
+        run('setpriv', '--bounding-set=-sys_resource', ADMIN, env={'PKEXEC_UID': str(UID)})
+        self.assertIsNotNone(self.system.record())
+
+    def test_closed_standard_streams_do_not_matter(self):
+        self.record_what_vyre_is_given()
+        for closed in ('<&-', '>&-', '2>&-', '<&- >&-', '<&- 2>&-', '>&- 2>&-', '<&- >&- 2>&-'):
+            with self.subTest(closed):
+                self.start(command=['/bin/sh', '-c', 'exec {} {}'.format(ADMIN, closed)], password=None,
+                           uid=TRUSTED_UID, XAUTHORITY=self.trusted_cookies())
+                self.assertEqual(self.end()[0], 0)
+                self.assertEqual(len(self.system.record()['descriptors']), 3)
+
+    # The arguments
+
+    def trusted_cookies(self):
+        cookies = os.path.join(self.system.home, 'cookies')
+        self.display.write_cookie(cookies, TRUSTED_UID)
+        return cookies
+
+    def test_options_that_help_lists_are_taken_in_all_their_spellings(self):
+        self.record_what_vyre_is_given()
+        for words, expected in (
+                ([], []), (['--'], []), (['-r', '--repo-editor', '--rep'], ['--repo-editor'] * 3),
+                (['-grl'], ['--groups', '--repo-editor', '--log']), (['--duplicates', '--du'], ['--duplicates'] * 2),
+                (['-m', 'search', '-msearch', '-gmsearch', '--mode', 'search', '--mo=search', '-m', ''],
+                 ['--mode=search', '--mode=search', '--groups', '--mode=search', '--mode=search', '--mode=search',
+                  '--mode=']),
+                (['-s', 'u', '-su', '--state', 'u', '--s=u'], ['--state=u'] * 4),
+                (['-e', '-x=', '-e-x=', '--regexp', '-x=', '--reg=-x=', '-gle', '-x='],
+                 ['--regexp=-x='] * 4 + ['--groups', '--log', '--regexp=-x=']),
+                (['--regexp=-platform', '-e--plugin'], ['--regexp=-platform', '--regexp=--plugin']),
+                (['--disablerepo', '*', '--enablerepo=a b\nc', '--e=$(true)'],
+                 ['--disablerepo=*', '--enablerepo=a b\nc', '--enablerepo=$(true)']),
+                (['-h', '-H', '--help', '--h', '-gh'], ['--help'] * 4 + ['--groups', '--help']),
+                (['-style', 'windows', '-style=Fusion'], ['-style=windows', '-style=Fusion'])):
+            with self.subTest(words):
+                run(ADMIN, *words)
+                self.assertEqual(self.system.record()['arguments'], expected)
+                if '--help' not in expected:
+                    self.start(*words, password=None, uid=TRUSTED_UID, XAUTHORITY=self.trusted_cookies())
+                    self.assertEqual(self.end(), (0, ''))
+                    self.assertEqual(self.system.record()['arguments'], expected)
+
+    def test_arguments_are_read_as_vyre_reads_them(self):
+        """Words by chance are refused, or what VYRE is given means the same and is nothing to Qt."""
+        admin = importlib.machinery.SourceFileLoader('admin', ADMIN).load_module()
+        letters = {'-h': '--help', '-H': '--help', '-m': '--mode', '-e': '--regexp', '-s': '--state', '-g': '--groups',
+                   '-r': '--repo-editor', '-l': '--log'}
+        long_names = ['help', 'mode=', 'regexp=', 'state=', 'duplicates', 'groups', 'repo-editor', 'log',
+                      'disablerepo=', 'enablerepo=']
+        of_qt = 'platformpluginpath platform plugin stylesheet stylesheet= reverse session style style= icon'.split()
+        parts = of_qt + ['-' + name for name in of_qt] + [name.rstrip('=') for name in long_names] + \
+            list('hHmesgrldx=- ') + ['--']
+        generator = random.Random(20261122)
+        taken = 0
+        for _ in range(30000):
+            words = [''.join(generator.choices(parts, k=generator.randint(1, 3))) if generator.random() < 0.7 else
+                     generator.choice(['-', '--']) + generator.choice(parts) for _ in range(generator.randint(0, 4))]
+            try:
+                found, left = getopt.getopt(words, 'hHm:e:s:grl', long_names)
+            except getopt.GetoptError:
+                found, left = None, words
+            expected = None
+            if not left and not any(re.match('--?({})'.format('|'.join(of_qt)), word) for word in words):
+                expected = [letters.get(name, name) + ('=' + value if letters.get(name, name)[2:] + '=' in long_names
+                                                       else '') for name, value in found]
+            try:
+                arguments = admin.Arguments(words).words
+            except admin.Failure:
+                arguments = None
+            if expected is not None:
+                taken += 1
+                self.assertEqual(arguments, expected, words)
+            for word in arguments or ():
+                self.assertRegex(word, '^(--(help|duplicates|groups|repo-editor|log)|'
+                                       '--(mode|regexp|state|disablerepo|enablerepo)=(.|\n)*|-style=\\w[\\w+.-]*)$')
+            if left:
+                self.assertIsNone(None if '-style' in ' '.join(words) else arguments, words)
+        self.assertGreater(taken, 500)
+
+    def test_everything_else_is_refused_before_anybody_is_asked(self):
+        self.let_user_in_without_cookie()
+        directory = self.system.plug_ins
+        for words, told in (
+                (['-platformpluginpath', directory + '/platforms', '-platform', 'marking'], '-platformpluginpath'),
+                (['--platformpluginpath', directory + '/platforms', '--platform', 'marking'], '--platformpluginpath'),
+                (['-g', '-platform', 'offscreen'], '-platform'), (['-platformtheme', 'marking'], '-platformtheme'),
+                (['-plugin', 'evdevkeyboard:/dev/null'], '-plugin'), (['-stylesheet', '/etc/shadow'], '-stylesheet'),
+                (['-stylesheet=/etc/shadow'], '-stylesheet=/etc/shadow'),
+                (['--stylesheet=/etc/shadow'], '--stylesheet=/etc/shadow'),
+                (['-style=/tmp/style'], '-style=/tmp/style'),
+                (['-style', '../style'], '../style'), (['-style', '-platform', 'x'], '-platform'),
+                (['-style', ''], ''), (['-style='], '-style='), (['--style=windows'], '--style=windows'),
+                (['-qwindowicon', '/etc/shadow'], '-qwindowicon'), (['-icon', '/etc/shadow'], '-icon'),
+                (['-testability'], '-testability'), (['-session', 'x'], '-session'), (['-display', ':1'], '-display'),
+                (['-qmljsdebugger=port:1,file:/x'], '-qmljsdebugger=port:1,file:/x'), (['-reverse'], '-reverse'),
+                (['-geometry', '1x1'], '-geometry'),
+                # Where vyre would see the argument of one of its own.
+                (['-e', '-platformpluginpath', '--log'], '-platformpluginpath'),
+                (['--regexp', '--platform', '-gl'], '--platform'),
+                (['--disablerepo', '-stylesheet=/etc/shadow'], '-stylesheet=/etc/shadow'),
+                (['-gm', '-style'], '-style'),
+                # What vyre itself does not take.
+                (['-d'], '-d'), (['-gd'], '-gd'), (['--d'], '--d'), (['--log=x'], '--log=x'), (['--foo'], '--foo'),
+                (['foo'], 'foo'), (['--', '-g'], '--'), (['-'], '-'), (['-g', ''], '')):
+            with self.subTest(words):
+                message = 'vyre-admin: "{}" is refused; vyre-admin takes the options that --help lists, and -style ' \
+                          'NAME\n'.format(told)
+                self.start(*words, password=None)
+                self.dismiss_message()
+                self.assertEqual(self.end(), (1, message))
+                # Anyone can leave the first run out.
+                self.start(*words, command=PKEXEC + (ADMIN,), password=None, uid=TRUSTED_UID,
+                           XAUTHORITY=self.trusted_cookies())
+                self.assertEqual(self.end(), (1, message))
+        self.assertEqual(self.system.marks(), [])
+
+    def test_an_argument_that_is_missing_is_reported_before_anybody_is_asked(self):
+        self.let_user_in_without_cookie()
+        for word in ('-m', '-ge', '--regexp', '--sta', '-style'):
+            with self.subTest(word):
+                self.start(word, password=None)
+                self.dismiss_message()
+                self.assertEqual(self.end(), (1, 'vyre-admin: the argument of {} is missing\n'.format(word)))
+
+    def test_no_library_of_the_user_is_loaded_as_root(self):
+        directory = self.system.plug_ins
+        client = self.display.client['env']
+
+        # They are ones that VYRE would load.
+        def load(*words, **environment):
+            run('/usr/bin/vyre', *words, '--help', check=False,
+                env=dict(client, VYRESHARE='/usr/share/vyre', **environment))
+            return self.system.marks()
+        platform, generic, style, theme = ('{}/libmarking.so.0'.format(name)
+                                           for name in ('platforms', 'generic', 'styles', 'platformthemes'))
+        self.assertEqual(load('-platformpluginpath', directory + '/platforms', '-platform', 'marking'), [platform])
+        self.assertEqual(load('-platformpluginpath', directory + '/platformthemes', '-platformtheme', 'marking'),
+                         [theme])
+        by_variables = {'QT_PLUGIN_PATH': directory}
+        self.assertEqual(load('-plugin', 'marking', **by_variables), [generic])
+        self.assertEqual(load('-style=marking', **by_variables), [style])
+        self.assertEqual(load(QT_QPA_GENERIC_PLUGINS='marking', **by_variables), [generic])
+        self.assertEqual(load(QT_STYLE_OVERRIDE='marking', **by_variables), [style])
+        self.assertEqual(load(QT_QPA_PLATFORM='marking', **by_variables), [platform])
+        self.assertEqual(load(QT_QPA_PLATFORMTHEME='marking', **by_variables), [theme])
+        self.assertEqual(load(QT_QPA_PLATFORM_PLUGIN_PATH=directory + '/platforms', QT_QPA_PLATFORM='marking'),
+                         [platform])
+        self.assertEqual(load(LD_PRELOAD=directory + '/generic/libmarking.so'), [generic])
+
+        hurtful = os.path.join(directory, 'hurtful')
+        code = 'import os\nif os.geteuid() == 0:\n    open({!r}, "w").close()\n'
+        for name in ('sitecustomize.py', 'usercustomize.py', 'struct.py', 'python/YumIO.py'):
+            write(os.path.join(hurtful, name), code.format(os.path.join(hurtful, os.path.basename(name)) + '.0'))
+        # The first run, too, is the user's own here, who may load what he wants there.
+        cookies = self.trusted_cookies()
+        for command in ((ADMIN, '-style=marking'), PKEXEC + (ADMIN, '-style', 'marking')):
+            with self.subTest(command):
+                self.start(command=command, password=None, uid=TRUSTED_UID, XAUTHORITY=cookies,
+                           QT_PLUGIN_PATH=directory, QT_QPA_PLATFORM='marking', QT_QPA_PLATFORMTHEME='marking',
+                           QT_QPA_PLATFORM_PLUGIN_PATH=directory + '/platforms', QT_STYLE_OVERRIDE='marking',
+                           QT_QPA_GENERIC_PLUGINS='marking', LD_PRELOAD=directory + '/generic/libmarking.so',
+                           LD_LIBRARY_PATH=hurtful, PYTHONPATH=hurtful,
+                           PYTHONHOME=hurtful if command[0] != ADMIN else '/usr',
+                           PYTHONSTARTUP=hurtful + '/sitecustomize.py',
+                           VYRESHARE=hurtful, VYREROOT=hurtful, XDG_CONFIG_HOME=hurtful, XDG_DATA_DIRS=hurtful,
+                           GCONV_PATH=hurtful, QT_LOGGING_CONF=hurtful, HOME=hurtful)
+                os.kill(self.vyre(), signal.SIGTERM)
+                if command[0] == ADMIN:
+                    self.dismiss_message()
+                status, errors = self.end()
+                self.assertEqual(status, 128 + signal.SIGTERM)
+                # Nothing of that name is among the styles of the system.
+                self.assertIn("invalid style override 'marking'", errors)
+                self.assertEqual(self.system.marks(), [])
 
     # What is refused
 
