@@ -455,6 +455,10 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <source>&quot;%1&quot; where &quot;%2&quot; is expected</source>
         <translation>„%1“ statt „%2“</translation>
     </message>
+    <message>
+        <source>%1 packages where %2 are announced</source>
+        <translation>%1 Pakete, wo %2 angekündigt sind</translation>
+    </message>
 </context>
 <context>
     <name>PackageTable::ActionContextMenu</name>
@@ -2384,6 +2388,32 @@ Trotzdem anwenden?
 All its packages are as it was to leave them.</source>
         <translation>In der Liste der früheren Transaktionen fehlt das Ende der letzten, begonnen am {}.
 Alle ihre Pakete sind so, wie sie sein sollen.</translation>
+    </message>
+    <message>
+        <source>The {} metadata of the repository {} are damaged: {}</source>
+        <translation>Die Metadaten „{}“ der Paketquelle {} sind beschädigt: {}</translation>
+    </message>
+    <message>
+        <source>The {} metadata of the repository {} are damaged: {}
+Files or changes of its packages are missing in searches and descriptions.</source>
+        <translation>Die Metadaten „{}“ der Paketquelle {} sind beschädigt: {}
+Dateien oder Änderungen ihrer Pakete fehlen bei der Suche und in Beschreibungen.</translation>
+    </message>
+    <message>
+        <source>The modules metadata of the repository {} are damaged: {}
+The repository is left out.</source>
+        <translation>Die Metadaten der Module der Paketquelle {} sind beschädigt: {}
+Die Paketquelle wird ausgelassen.</translation>
+    </message>
+    <message>
+        <source>The group metadata of the repository {} are damaged: {}
+Its groups are left out.</source>
+        <translation>Die Metadaten der Gruppen der Paketquelle {} sind beschädigt: {}
+Ihre Gruppen werden ausgelassen.</translation>
+    </message>
+    <message>
+        <source>The file {} is damaged: {}</source>
+        <translation>Die Datei {} ist beschädigt: {}</translation>
     </message>
 </context>
 <context>

@@ -24,9 +24,10 @@ class Reader
 public:
     // The name is that of the element that holds the packages. Files of another kind list the same packages,
     // and would look as if these had nothing of what is wanted.
-    Reader(const char* rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
+    Reader(const QByteArray& rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
         : expectedRoot(rootName), wanted(wantedPackages), texts(result),
-          parser(XML_ParserCreate(nullptr), XML_ParserFree), place(-1), collecting(false)
+          parser(XML_ParserCreate(nullptr), XML_ParserFree), announced(0), found(0), place(-1),
+          collecting(false)
     {
         XML_SetUserData(parser.get(), this);
         XML_SetElementHandler(parser.get(), start, end);
@@ -64,7 +65,7 @@ public:
                 return false;
             }
             if (count == 0) {
-                return true;
+                return isComplete(problem);
             }
         }
     }
@@ -90,15 +91,28 @@ protected:
 private:
     static constexpr int blockSize = 1 << 18;
 
+    // One that was cut off can have been given a proper end.
+    bool isComplete(QString& problem) const
+    {
+        if (found < announced) {
+            problem = QCoreApplication::translate("Metadata", "%1 packages where %2 are announced")
+                          .arg(found)
+                          .arg(announced);
+        }
+        return found >= announced;
+    }
+
     static void XMLCALL start(void* self, const char* name, const char** attributes)
     {
         auto* reader = static_cast<Reader*>(self);
         if (reader->root.isNull()) {
             reader->root = name;
+            reader->announced = std::atoll(value(attributes, "packages"));
             if (reader->root != reader->expectedRoot) {
                 XML_StopParser(reader->parser.get(), XML_FALSE);
             }
         } else if (std::strcmp(name, "package") == 0) {
+            ++reader->found;
             const char* id = value(attributes, "pkgid");
             reader->place =
                 reader->wanted.value(QByteArray::fromRawData(id, static_cast<int>(std::strlen(id))), -1);
@@ -132,8 +146,10 @@ private:
     const Wanted& wanted;
     std::vector<QByteArray>& texts;
     Parser parser;
-    QByteArray root; // null before it begins
-    int place;       // of the package being read; -1: it is not wanted
+    QByteArray root;     // null before it begins
+    long long announced; // packages, by the outermost element; 0 if it does not say
+    long long found;
+    int place; // of the package being read; -1: it is not wanted
     bool collecting;
     QByteArray collected;
 };
@@ -180,6 +196,22 @@ protected:
 
 private:
     std::vector<QByteArray> paths;
+};
+
+// Takes nothing.
+class Checker : public Reader
+{
+public:
+    explicit Checker(const QByteArray& rootName) : Reader(rootName, nothing, none) {}
+
+protected:
+    bool begin(const char*, const char**) override { return false; }
+    void take(const QByteArray&) override {}
+    QByteArray finish() override { return QByteArray(); }
+
+private:
+    const Wanted nothing;
+    std::vector<QByteArray> none;
 };
 
 class ChangeLogReader : public Reader
@@ -241,6 +273,11 @@ bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByte
                     QString& problem)
 {
     return ChangeLogReader(wanted, texts).read(path, problem);
+}
+
+bool check(const QString& path, const QByteArray& rootName, QString& problem)
+{
+    return Checker(rootName).read(path, problem);
 }
 
 } // namespace Metadata

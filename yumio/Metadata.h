@@ -31,6 +31,10 @@ bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteA
 bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
                     QString& problem);
 
+// Whether the document, which may be compressed, is well-formed, has this outermost element, and holds as
+// many packages as it says it does.
+bool check(const QString& path, const QByteArray& rootName, QString& problem);
+
 } // namespace Metadata
 
 #endif

@@ -16,6 +16,7 @@
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 #include "yumio/DateTime.h"
+#include "yumio/Metadata.h"
 #include "yumio/SignalRecorder.h"
 
 namespace {
@@ -53,6 +54,15 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The database of packages does not have what was done to:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
     QT_TRANSLATE_NOOP("YumIO", "another package"),
+    QT_TRANSLATE_NOOP("YumIO", "The {} metadata of the repository {} are damaged: {}"),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages "
+                 "are missing in searches and descriptions."),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "The modules metadata of the repository {} are damaged: {}\nThe repository is left out."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "The group metadata of the repository {} are damaged: {}\nIts groups are left out."),
+    QT_TRANSLATE_NOOP("YumIO", "The file {} is damaged: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed. Only the history of transactions could not be "
                                "written:\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "There was no space for the scripts of these packages, which may not have "
@@ -158,17 +168,34 @@ void YumIO::offerTranslations()
     PyErr_Clear();
 }
 
-// The function of the script's names that says on the bar of the current step what is being done. It is none
-// of yumIOC's: the script can do without it.
-void YumIO::offerActivity()
+// Names of the script for what it can do without; they are none of yumIOC's. One says on the bar of the
+// current step what is being done, the other one what is wrong with a document of metadata.
+void YumIO::offerFunctions()
 {
-    static PyMethodDef definition = {"changeActivity", changeActivity, METH_O, nullptr};
+    static PyMethodDef definitions[] = {
+        {"changeActivity", changeActivity, METH_O, nullptr},
+        {"faultOfMetadata", faultOfMetadata, METH_VARARGS, nullptr},
+    };
     const PyRef capsule(PyCapsule_New(this, nullptr, nullptr));
-    const PyRef function(capsule ? PyCFunction_New(&definition, capsule.get()) : nullptr);
-    if (function) {
-        PyDict_SetItemString(main_dict, definition.ml_name, function.get());
+    for (PyMethodDef& definition : definitions) {
+        const PyRef function(capsule ? PyCFunction_New(&definition, capsule.get()) : nullptr);
+        if (function) {
+            PyDict_SetItemString(main_dict, definition.ml_name, function.get());
+        }
     }
     PyErr_Clear();
+}
+
+PyObject* YumIO::faultOfMetadata(PyObject*, PyObject* args)
+{
+    const char* path = nullptr;
+    const char* root = nullptr;
+    if (PyArg_ParseTuple(args, "ss", &path, &root) == 0) {
+        return nullptr;
+    }
+    QString problem;
+    Metadata::check(QFile::decodeName(path), root, problem);
+    return PyUnicode_FromString(problem.toUtf8().constData());
 }
 
 PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
@@ -224,7 +251,7 @@ bool YumIO::initialize()
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
         offerTranslations();
-        offerActivity();
+        offerFunctions();
         const PyRef result(PyRun_File(script.get(), "YumIO.py", Py_file_input, main_dict, main_dict));
         if (!result) {
             return internalError(tr("Internal error: unable to execute YumIO.py"));

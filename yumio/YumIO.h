@@ -282,9 +282,11 @@ private:
     // Start
     bool internalError(const QString& text);
     void offerTranslations();
-    void offerActivity();
+    void offerFunctions();
     static PyObject* changeActivity(PyObject* capsule, PyObject* text);
-    QStringList readOutcome();
+    static PyObject* faultOfMetadata(PyObject* capsule, PyObject* args);
+    void readOutcome();
+    void showRemarks();
 
     // Worker threads
     void execWorkThread(QEventLoop& loop, QThread& thread);

@@ -188,7 +188,6 @@ bool YumIO::applyReal()
         return false;
     }
     bool restorable = false;
-    QStringList remarks;
     {
         YumIOCapturersUser capturersUser(capturers, this);
         restorable = sigchldDisable();
@@ -198,7 +197,7 @@ bool YumIO::applyReal()
                                         removes.get(), groupInstalls.get(), groupUpdates.get(),
                                         groupRemoves.get()));
         signalRecorder.reset();
-        remarks = readOutcome();
+        readOutcome();
         // An exception that is not among the known ones has been reported already.
         if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
             txApplied = false;
@@ -207,16 +206,14 @@ bool YumIO::applyReal()
     if (restorable) {
         sigchldRestore();
     }
-    if (!remarks.isEmpty()) {
-        warning(remarks.join(QLatin1String("\n\n")));
-    }
+    showRemarks();
     progress->reset();
     return txApplied;
 }
 
 // What the script knows better than its calls of the program tell: rpm may not have begun although a
-// transaction was announced. Returns what else it has to say of the transaction.
-QStringList YumIO::readOutcome()
+// transaction was announced.
+void YumIO::readOutcome()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
     PyErr_Fetch(&type, &value, &traceback);
@@ -226,14 +223,27 @@ QStringList YumIO::readOutcome()
     }
     const PyRef old(attribute(yumIO.get(), "outdated"));
     outdated = old.get() == Py_True;
+    PyErr_Restore(type, value, traceback);
+}
+
+// What the script has to say of an operation beside its result.
+void YumIO::showRemarks()
+{
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    PyErr_Fetch(&type, &value, &traceback);
     const PyRef remarks(attribute(yumIO.get(), "remarks"));
-    const Py_ssize_t count = remarks && PyList_Check(remarks.get()) ? PyList_GET_SIZE(remarks.get()) : 0;
     QStringList texts;
-    for (Py_ssize_t i = 0; i < count; ++i) {
-        texts.append(pyString(PyList_GET_ITEM(remarks.get(), i)));
+    if (remarks && PyList_Check(remarks.get())) {
+        const Py_ssize_t count = PyList_GET_SIZE(remarks.get());
+        for (Py_ssize_t i = 0; i < count; ++i) {
+            texts.append(pyString(PyList_GET_ITEM(remarks.get(), i)));
+        }
+        PyList_SetSlice(remarks.get(), 0, count, nullptr);
+    }
+    if (!texts.isEmpty()) {
+        warning(texts.join(QLatin1String("\n\n")));
     }
     PyErr_Restore(type, value, traceback);
-    return texts;
 }
 
 bool YumIO::applyGroups()

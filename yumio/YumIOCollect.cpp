@@ -65,6 +65,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     {
         ExceptScope scope(*this, {classes[RepoError], classes[BdbQuit]});
         const PyRef result(pyMethodCall(yumIO.get(), "setupRepos", "()"));
+        showRemarks();
         if (pyExceptMatches(result.get(), classes[RepoError]) ||
             pyExceptMatches(result.get(), classes[BdbQuit])) {
             pythonExceptionV(tr("Unable to initialize"));
@@ -116,6 +117,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     progress->startItem(tr("Collecting groups"), 1000, 1);
     {
         const PyRef groups = collected("collectGroups", tr("collect groups"), false);
+        showRemarks();
         if (!groups) {
             return false;
         }

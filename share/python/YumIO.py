@@ -7,17 +7,23 @@ the package manager has to say goes back through the built-in module yumIOC.
 Runs on Python 3.6 and later with dnf 4.
 """
 
+import bz2
 import ctypes
 import datetime
 import errno
 import fcntl
 import functools
+import glob
+import gzip
 import logging
+import lzma
 import os
 import re
 import subprocess
 import sys
+import tempfile
 import time
+import zlib
 import urllib.parse
 import weakref
 
@@ -51,7 +57,9 @@ import dnf.yum.rpmtrans
 import hawkey
 import libdnf.conf
 import libdnf.error
+import libdnf.module
 import libdnf.transaction
+import libdnf.utils
 
 import yumIOC
 
@@ -663,8 +671,52 @@ def askForKey(keyId, userid, fingerprint, url):
     return yumIOC.userconfirm() == 1
 
 
+def documentPath(repo, kind):
+    """Where the metadata of a kind of a repository lie in the cache; None: there are none."""
+    try:
+        return repo._repo.getMetadataPath(kind) or None
+    except (RuntimeError, libdnf.error.Error):
+        return None
+
+
+def metadataFault(path, element):
+    """What is wrong with a document of metadata, whose outermost element should be that one; empty if nothing is."""
+    find = globals().get('faultOfMetadata')  # the program puts it here before it runs this file
+    return find(path, element) if find is not None else ''
+
+
+def readCompressed(path):
+    for suffix, module in (('.gz', gzip), ('.bz2', bz2), ('.xz', lzma)):
+        if path.endswith(suffix):
+            with module.open(path) as stream:
+                return stream.read()
+    if path.endswith('.zst'):
+        with tempfile.NamedTemporaryFile() as plain:
+            libdnf.utils.decompress(path, plain.name, 0o600)
+            with open(plain.name, 'rb') as stream:
+                return stream.read()
+    with open(path, 'rb') as stream:
+        return stream.read()
+
+
+def modulesFault(base, path):
+    """What is wrong with a document about modules; empty if nothing is. Where the package manager itself reads such a
+    document in the repositories or on the system, a fault ends the program.
+    """
+    try:
+        text = readCompressed(path).decode('utf-8')
+        container = libdnf.module.ModulePackageContainer(False, base.conf.installroot, base.conf.substitutions['arch'],
+                                                         base.conf.persistdir)
+        container.add(text, 'tried')
+    except (RuntimeError, libdnf.error.Error, OSError, EOFError, ValueError, lzma.LZMAError, zlib.error) as e:
+        return str(e) or type(e).__name__
+    return ''
+
+
 class Base(dnf.Base):
-    """The package manager, with the number of packages that really are downloaded made known beforehand."""
+    """The package manager, with the number of packages that really are downloaded made known beforehand, and faults of
+    metadata that it keeps quiet about, or does not survive, found.
+    """
 
     def __init__(self, conf):
         super(Base, self).__init__(conf)
@@ -674,6 +726,17 @@ class Base(dnf.Base):
         self.changed = False  # rpm has begun to change the system
         self.historyFault = None  # why the history does not have the end of the last transaction
         self.withoutSpace = []  # packages for whose scripts there may have been no space
+        # What the program is to show of an operation that has not failed; it takes them out. What was shown once is
+        # only logged later.
+        self.remarks = []
+        self._remarked = set()
+
+    def remark(self, text):
+        if text in self._remarked:
+            logging.getLogger('dnf').warning('%s', text)
+        else:
+            self._remarked.add(text)
+            self.remarks.append(text)
 
     def _add_repo_to_sack(self, repo):
         # Change logs are fetched together with everything else, but not kept in memory: most runs need none.
@@ -682,7 +745,55 @@ class Base(dnf.Base):
             repo.load()
         finally:
             repo.load_metadata_other = False
-        super(Base, self)._add_repo_to_sack(repo)
+        path = documentPath(repo, 'modules')
+        fault = modulesFault(self, path) if path is not None else ''
+        if fault:
+            self.remark(tr('The modules metadata of the repository {} are damaged: {}\nThe repository is left out.')
+                        .format(repo.id, fault))
+            repo.disable()
+            return
+        before = self._cacheStamp(repo)
+        try:
+            super(Base, self)._add_repo_to_sack(repo)
+        except dnf.exceptions.RepoError as e:
+            # The package manager logs the reason as a detail.
+            if isinstance(e.__context__, hawkey.Exception):
+                raise dnf.exceptions.RepoError('{}: {}'.format(e, e.__context__))
+            raise
+        if before is None or self._cacheStamp(repo) != before:
+            self._checkDocuments(repo)
+
+    def _caches(self, repo):
+        """What the package manager makes of the metadata of a repository, to read them faster the next time."""
+        return [os.path.join(self.conf.cachedir, repo.id + ending)
+                for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
+
+    def _cacheStamp(self, repo):
+        """Another one when the metadata were read anew; None when they are each time."""
+        try:
+            found = os.stat(self._caches(repo)[0])
+        except OSError:
+            return None
+        return found.st_ino, found.st_mtime_ns, found.st_size
+
+    def _checkDocuments(self, repo):
+        """The package manager takes no notice of it when a list of files or changes ends too early or is something
+        else, nor when it finds no packages at all in the most important document.
+        """
+        for kind, element in (('primary', 'metadata'), ('filelists', 'filelists'), ('other', 'otherdata')):
+            path = documentPath(repo, kind)
+            fault = metadataFault(path, element) if path is not None else ''
+            if not fault:
+                continue
+            # They are to be looked at again the next time.
+            for cache in self._caches(repo):
+                if os.path.exists(cache):
+                    os.unlink(cache)
+            if kind == 'primary':
+                raise dnf.exceptions.RepoError(
+                    tr('The {} metadata of the repository {} are damaged: {}').format(kind, repo.id, fault))
+            self.remark(tr('The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages are '
+                           'missing in searches and descriptions.').format(kind, repo.id, fault))
 
     def _verify_transaction(self, *args, **kwargs):
         """rpm is done: that this cannot be written down does not undo it."""
@@ -803,9 +914,9 @@ class YumIO:
         # has done so since the packages were read.
         self.systemChanged = False
         self.outdated = False
-        # What else there is to say of it, although it has not failed.
-        self.remarks = []
+        # What else there is to say of the last operation, although it has not failed, is in the remarks.
         self.base = Base(self._configuration())
+        self.remarks = self.base.remarks
         self._setupLogFiles()
         self._readRepos()
 
@@ -957,10 +1068,27 @@ class YumIO:
         try:
             self.base.otherData.clear()
             self.base.headers.clear()
+            del self.remarks[:]
+            self._checkModuleFiles()
             self._cookie = databaseCookie()
             self.base.fill_sack()
-        except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
             raise dnf.exceptions.RepoError(str(e) + spaceHint(self.base.conf.cachedir))
+
+    def _checkModuleFiles(self):
+        """The package manager does not say which of the system's own files about modules it cannot read, or does not
+        survive it.
+        """
+        faults = {path: modulesFault(self.base, path)
+                  for path in sorted(glob.glob(inRoot('/etc/dnf/modules.defaults.d') + '/*.yaml'))}
+        for path in sorted(glob.glob(inRoot('/etc/dnf/modules.d') + '/*.module')):
+            try:
+                libdnf.conf.ConfigParser().read(path)
+            except (RuntimeError, libdnf.error.Error) as e:
+                faults[path] = str(e)
+        for path, fault in faults.items():
+            if fault:
+                raise dnf.exceptions.RepoError(tr('The file {} is damaged: {}').format(path, fault))
 
     # Collection
 
@@ -987,8 +1115,22 @@ class YumIO:
 
     @withReason
     def collectGroups(self):
+        for repo in self.base.repos.iter_enabled():
+            self._checkComps(repo)
         self.base.read_comps(arch_filter=True)
         return [Group(group) for group in self.base.comps.groups_iter()]
+
+    def _checkComps(self, repo):
+        """One list of groups that cannot be unpacked would keep all others from being read."""
+        path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
+        if not path:
+            return
+        try:
+            readCompressed(path)
+        except (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZMAError, zlib.error) as e:
+            self.base.remark(tr('The group metadata of the repository {} are damaged: {}\nIts groups are left out.')
+                             .format(repo.id, e))
+            repo.enablegroups = False
 
     def collectDone(self):
         logging.getLogger('dnf').debug('Packages and groups are collected.')
@@ -1085,12 +1227,7 @@ class YumIO:
     def metadataPath(self, repoid, kind):
         """Where the metadata of a kind, "filelists" or "other", of a repository lie in the cache; None: nowhere."""
         repo = self.base.repos.get(repoid)
-        if repo is None or not repo.enabled:
-            return None
-        try:
-            return repo._repo.getMetadataPath(kind) or None
-        except (RuntimeError, libdnf.error.Error):
-            return None
+        return documentPath(repo, kind) if repo is not None and repo.enabled else None
 
     # Transactions
 
@@ -1106,7 +1243,7 @@ class YumIO:
         forgetInterrupt()
         self.systemChanged = base.changed = False
         self.outdated = False
-        self.remarks = []
+        del self.remarks[:]
         base.historyFault = None
         base.withoutSpace = []
         try:

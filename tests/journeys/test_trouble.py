@@ -9,6 +9,8 @@ import unittest.mock
 
 import journey
 from journey import DATABASE_LOCK, Gate, JourneyTest, driver, wait_for
+
+import metadata
 from vyresandbox import server
 
 YUM_ERROR = 'VYRE Yum Error'
@@ -466,6 +468,45 @@ class MetadataTest(StartTest):
         directory = os.path.join(self.sandbox.repository('sandbox-file'), 'repodata')
         os.rename(directory, directory + '.away')
         self.check_fails(lambda: os.rename(directory + '.away', directory), "repo 'sandbox-file'")
+
+    def test_file_lists_that_end_too_early(self):
+        metadata.alter(self.sandbox.repository('sandbox-file'), 'filelists', metadata.half)
+        with self.program() as program:
+            self.message(program, 'VYRE Yum Warning',
+                         'The filelists metadata of the repository sandbox-file are damaged: ',
+                         '\nFiles or changes of its packages are missing', picture='damaged-metadata')
+            window = program.ready()
+            self.check_usable(window)
+            self.check_usable(window, 'corkboard')
+            window.click_button('Refresh')
+            self.check_usable(window)
+            self.assertEqual(program.titles(), [driver.main_title()])
+            self.quit(window)
+
+    def test_packages_that_are_something_else(self):
+        repository = self.sandbox.repository('sandbox-file')
+        shutil.copytree(repository, repository + '.away')
+        metadata.alter(repository, 'primary', metadata.page)
+
+        def mend():
+            shutil.rmtree(repository)
+            os.rename(repository + '.away', repository)
+            shutil.rmtree(self.path('var/cache/yum'))
+        self.check_fails(mend, 'The primary metadata of the repository sandbox-file are damaged: '
+                         '"html" where "metadata" is expected')
+
+    def test_modules_that_are_no_modules(self):
+        """The package manager itself does not survive them."""
+        metadata.add_modules(self.sandbox.repository('sandbox-file'), 'nonsense\n' * 100, self.scratch)
+        with self.program() as program:
+            self.message(program, 'VYRE Yum Warning',
+                         'The modules metadata of the repository sandbox-file are damaged: ',
+                         '\nThe repository is left out.')
+            window = program.ready()
+            self.check_usable(window)
+            self.assertNotIn('corkboard', window.names())
+            driver.key('ctrl+q')
+            self.assertEqual(program.wait(), 0)
 
     def test_broken_package_database(self):
         directory = self.path('var/lib/rpm')

@@ -18,7 +18,8 @@ class LeftoversTest(ScenarioTest):
     """What is told of a transaction that was cut off."""
 
     def told(self):
-        return [text for text in self.recording.errors() if "last transaction" in text or "several versions" in text]
+        return [text for text in self.recording.errors() if "last transaction" in text or
+                "the last one" in text or "several versions" in text]
 
     def collected_anew(self):
         self.recording.clear()
@@ -52,11 +53,16 @@ class LeftoversTest(ScenarioTest):
             database.execute("UPDATE trans SET dt_begin = 86400, dt_end = 0, state = 0 "
                              "WHERE id = (SELECT max(id) FROM trans)")
         self.collected_anew()
+        self.assertEqual(self.told(), ["The history of transactions does not have the end of the last one, begun on "
+                                       "%s.\nAll its packages are as it was to leave them." % time.ctime(86400)])
+        # Without them, it was cut off.
+        self.sandbox.rpm("--erase", "astrolabe")
+        self.collected_anew()
         self.assertEqual(self.told(), ["The last transaction, begun on %s, did not come to its end.\n"
                                        "What it has left undone has to be marked and applied again."
                                        % time.ctime(86400)])
         # It is the last one no more.
-        self.apply(removes=["astrolabe"])
+        self.apply(installs=["astrolabe"])
         self.collected_anew()
         self.assertEqual(self.told(), [])
 

@@ -360,6 +360,42 @@ private Q_SLOTS:
                  QString("\"package\" where \"otherdata\" is expected"));
     }
 
+    void wholeDocumentsAreFine()
+    {
+        QString problem;
+        const QByteArray two = package("one", file("/a")) + package("two", file("/b"));
+        QVERIFY(Metadata::check(write(fileLists(two), "gzip"), "filelists", problem));
+        QVERIFY(Metadata::check(write(otherData(two)), "otherdata", problem));
+        QVERIFY(Metadata::check(write("<metadata packages=\"0\"/>", "xz"), "metadata", problem));
+        QVERIFY(Metadata::check(write("<metadata>" + two + "</metadata>", "zstd"), "metadata", problem));
+        QCOMPARE(problem, QString());
+    }
+
+    void faultsOfDocumentsAreFound_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("expected");
+        const QByteArray one = package("one", "");
+        QTest::newRow("cut off") << "<metadata packages=\"2\">" + one + "<pack"
+                                 << "unclosed token";
+        QTest::newRow("cut off between packages") << "<metadata packages=\"2\">" + one << "no element found";
+        QTest::newRow("empty") << QByteArray() << "Unrecognized archive format";
+        QTest::newRow("something else")
+            << QByteArray("<html><p>Log in</p></html>") << "\"html\" where \"metadata\" is expected";
+        QTest::newRow("no document") << QByteArray("Log in") << "syntax error";
+        QTest::newRow("given an end") << "<metadata packages=\"3\">" + one + one + "</metadata>"
+                                      << "2 packages where 3 are announced";
+    }
+
+    void faultsOfDocumentsAreFound()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, expected);
+        QString problem;
+        QVERIFY(!Metadata::check(writePlain(content), "metadata", problem));
+        QCOMPARE(problem, expected);
+    }
+
     void missingFileAndDirectory()
     {
         for (const QString& path : {directory.filePath("nothing"), directory.path()}) {

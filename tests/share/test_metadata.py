@@ -1,0 +1,238 @@
+"""Metadata of repositories, and files about modules, that are damaged."""
+
+import gzip
+import os
+import shutil
+import xml.parsers.expat
+
+import metadata
+from scenario import ScenarioTest, in_own_process
+
+ROWAN = """---
+document: modulemd
+version: 2
+data:
+  name: rowan
+  stream: "1"
+  version: 1
+  context: c0ffee42
+  arch: x86_64
+  summary: A tree
+  description: A tree
+  license:
+    module: [MIT]
+...
+"""
+NO_FAULTS_OF_MODULES = "Detection of Platform Module failed: No valid Platform ID detected"
+
+
+def fault_of_metadata(path, element):
+    """What the program's function does, without its care for the number of packages."""
+    roots = []
+    parser = xml.parsers.expat.ParserCreate()
+    parser.StartElementHandler = lambda name, attributes: roots.append(name)
+    try:
+        with gzip.open(path) as stream:
+            parser.ParseFile(stream)
+    except (xml.parsers.expat.ExpatError, OSError, EOFError) as e:
+        return "not parsed: %s" % e
+    return "" if roots[0] == element else "it is %s" % roots[0]
+
+
+class MetadataTest(ScenarioTest):
+    def load(self):
+        super(MetadataTest, self).load()
+        self.script["metadataFault"].__globals__["faultOfMetadata"] = fault_of_metadata
+        self.yumio.base.repos["sandbox-unreachable"].disable()
+
+    def damage(self, kind, change, packed=False):
+        metadata.alter(self.sandbox.repository("sandbox-file"), kind, change, packed)
+
+    def begin(self):
+        self.load()
+        self.yumio.lock()
+
+    def names(self, repository):
+        return [package.name for package in self.available if package.reponame == repository]
+
+    def remarks(self):
+        """Takes them out, as the program does."""
+        found = list(self.yumio.remarks)
+        del self.yumio.remarks[:]
+        return found
+
+    def check_remark(self, kind):
+        """Packages are there, and it is said once what is wrong."""
+        self.begin()
+        self.collect()
+        self.assertIn("corkboard", self.names("sandbox-file"))
+        remark, = self.remarks()
+        self.assertRegex(remark, "(?s)^The %s metadata of the repository sandbox-file are damaged: .+\nFiles or "
+                         "changes of its packages are missing in searches and descriptions.$" % kind)
+        self.assertEqual(self.recording.errors(), [])
+        # It is not shown again in this run, but still logged: what the package manager has made of it is of no use.
+        self.yumio.reset()
+        self.yumio.base.repos["sandbox-unreachable"].disable()
+        self.collect()
+        self.assertEqual(self.remarks(), [])
+        self.assertEqual(self.recording.errors(), [remark])
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_file_lists_that_end_too_early(self):
+        self.damage("filelists", metadata.half)
+        self.check_remark("filelists")
+
+    @in_own_process
+    def test_compressed_file_lists_that_end_too_early(self):
+        self.damage("filelists", metadata.half, packed=True)
+        self.check_remark("filelists")
+
+    @in_own_process
+    def test_file_lists_that_are_something_else(self):
+        self.damage("filelists", metadata.page)
+        self.check_remark("filelists")
+
+    @in_own_process
+    def test_change_logs_that_end_too_early(self):
+        self.damage("other", metadata.half)
+        self.check_remark("other")
+
+    @in_own_process
+    def test_metadata_that_are_whole_are_looked_at_once(self):
+        self.begin()
+        asked = []
+        self.script["metadataFault"].__globals__["faultOfMetadata"] = lambda path, element: asked.append(element) or ""
+        self.collect()
+        self.assertEqual(sorted(set(asked)), ["filelists", "metadata", "otherdata"])
+        self.assertEqual(len(asked), 3 * 4)
+        self.again()
+        self.assertEqual(len(asked), 3 * 4)
+        # Nor after new metadata, but those.
+        self.index("sandbox-file")
+        self.yumio.cleanAll()
+        self.again()
+        self.assertEqual(len(asked), 6 * 4)
+        self.assertEqual(self.remarks(), [])
+
+    def check_refused(self, reason):
+        """Again and again, as long as it is so."""
+        self.begin()
+        for number in range(2):
+            with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+                self.yumio.setupRepos()
+            self.assertRegex(str(caught.exception), "(?s)^" + reason)
+            self.yumio.reset()
+            self.yumio.base.repos["sandbox-unreachable"].disable()
+        # Another repository does not suffer from it.
+        self.yumio.disableRepo("sandbox-file")
+        self.collect()
+        self.assertIn("astrolabe", self.names("sandbox-http"))
+
+    @in_own_process
+    def test_packages_that_end_too_early(self):
+        self.damage("primary", metadata.half)
+        self.check_refused("Loading repository 'sandbox-file' has failed: Loading primary has failed: "
+                           "repo_rpmmd: no element found at line")
+
+    @in_own_process
+    def test_packages_that_are_something_else(self):
+        self.damage("primary", metadata.page)
+        self.check_refused("The primary metadata of the repository sandbox-file are damaged: it is html$")
+
+    @in_own_process
+    def test_a_damaged_repository_that_may_be_left_out(self):
+        self.damage("primary", metadata.page)
+        with open(self.repository_file("sandbox-file"), "a") as stream:
+            stream.write("skip_if_unavailable=1\n")
+        self.begin()
+        self.collect()
+        self.assertEqual(self.names("sandbox-file"), [])
+        self.assertIn("astrolabe", self.names("sandbox-http"))
+        self.assertEqual(self.recording.errors(), [
+            "Error: The primary metadata of the repository sandbox-file are damaged: it is html",
+            "Ignoring repositories: sandbox-file"])
+
+    # Groups
+
+    @in_own_process
+    def test_groups_that_cannot_be_unpacked(self):
+        metadata.alter(self.sandbox.repository("sandbox-http"), "group_gz", metadata.half, packed=True)
+        self.begin()
+        self.collect()
+        remark, = self.remarks()
+        self.assertRegex(remark, "^The group metadata of the repository sandbox-http are damaged: .+\nIts groups are "
+                         "left out.$")
+        self.assertEqual(self.groups, {})
+        self.assertIn("astrolabe", self.names("sandbox-http"))
+
+    # Modules
+
+    @in_own_process
+    def test_modules_that_are_no_modules(self):
+        """The package manager's own reading of them would end the process."""
+        original = self.sandbox.repository("sandbox-file")
+        shutil.copytree(original, original + ".away")
+        for content in ("nonsense\n" * 100, "<html>\n<body>: no: [}</body></html>\n",
+                        ROWAN + ROWAN.replace("...\n", "nonsense"), "\xff\xfe"):
+            shutil.rmtree(original)
+            shutil.copytree(original + ".away", original)
+            metadata.add_modules(original, content, self.directory)
+            if not hasattr(self, "yumio"):
+                self.begin()
+            else:
+                self.yumio.cleanAll()
+                self.yumio.reset()
+                self.yumio.base.repos["sandbox-unreachable"].disable()
+            self.collect()
+            self.assertEqual(self.names("sandbox-file"), [], content)
+            self.assertIn("astrolabe", self.names("sandbox-http"))
+            remark, = self.remarks()
+            self.assertRegex(remark, "(?s)^The modules metadata of the repository sandbox-file are damaged: .+\nThe "
+                             "repository is left out.$")
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_modules_that_are_whole(self):
+        metadata.add_modules(self.sandbox.repository("sandbox-file"), ROWAN, self.directory)
+        self.begin()
+        self.collect()
+        self.assertIn("corkboard", self.names("sandbox-file"))
+        self.assertEqual(self.remarks(), [])
+        self.assertEqual(self.recording.errors(), [NO_FAULTS_OF_MODULES])
+
+    @in_own_process
+    def test_every_compression_is_read(self):
+        plain = os.path.join(self.directory, "document")
+        with open(plain, "w") as stream:
+            stream.write(ROWAN)
+        import bz2
+        import lzma
+        for ending, module in ((".gz", gzip), (".bz2", bz2), (".xz", lzma)):
+            with module.open(plain + ending, "wb") as stream:
+                stream.write(ROWAN.encode())
+        self.load()
+        for ending in ("", ".gz", ".bz2", ".xz"):
+            self.assertEqual(self.script["modulesFault"](self.yumio.base, plain + ending), "")
+            if ending:
+                with open(plain + ending, "r+b") as stream:
+                    stream.truncate(20)
+                self.assertNotEqual(self.script["modulesFault"](self.yumio.base, plain + ending), "")
+
+    def check_file(self, path, content):
+        path = self.write(path, content)
+        self.begin()
+        with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+            self.yumio.setupRepos()
+        self.assertRegex(str(caught.exception), "^The file %s is damaged: ." % path)
+        os.unlink(path)
+        self.again()
+        self.assertIn("corkboard", self.names("sandbox-file"))
+
+    @in_own_process
+    def test_defaults_of_modules_that_are_none(self):
+        self.check_file("/etc/dnf/modules.defaults.d/rowan.yaml", "nonsense: [\n")
+
+    @in_own_process
+    def test_state_of_a_module_that_is_none(self):
+        self.check_file("/etc/dnf/modules.d/rowan.module", "nonsense\n")

@@ -1,0 +1,53 @@
+"""Damaged metadata of repositories, whose checksums fit all the same."""
+import gzip
+import hashlib
+import os
+import re
+import subprocess
+
+
+def alter(repository, kind, change, packed=False):
+    """Replace a document of a repository's directory by what a function makes of its bytes.
+
+    packed: the bytes are the compressed ones.
+    """
+    index = os.path.join(repository, 'repodata', 'repomd.xml')
+    with open(index) as stream:
+        text = stream.read()
+    entry = re.search(r'<data type="{}">.*?</data>'.format(kind), text, re.S).group(0)
+    path = os.path.join(repository, re.search('href="([^"]*)"', entry).group(1))
+    with open(path, 'rb') as stream:
+        content = stream.read()
+    opened = b''
+    if packed:
+        content = change(content)
+    else:
+        opened = change(gzip.decompress(content))
+        content = gzip.compress(opened)
+    with open(path, 'wb') as stream:
+        stream.write(content)
+    changed = entry
+    for prefix, data in (('', content), ('open-', opened)):
+        changed = re.sub('<{}checksum type="sha256">[^<]*'.format(prefix),
+                         '<{}checksum type="sha256">{}'.format(prefix, hashlib.sha256(data).hexdigest()), changed)
+        changed = re.sub('<{}size>[^<]*'.format(prefix), '<{}size>{}'.format(prefix, len(data)), changed)
+    with open(index, 'w') as stream:
+        stream.write(text.replace(entry, changed))
+
+
+def add_modules(repository, content, directory):
+    """Add a document about modules to a repository, by way of a file in the directory."""
+    path = os.path.join(directory, 'modules.yaml')
+    with open(path, 'w') as stream:
+        stream.write(content)
+    subprocess.run(['modifyrepo_c', '--mdtype=modules', path, os.path.join(repository, 'repodata')], check=True,
+                   stdout=subprocess.DEVNULL)
+
+
+def half(content):
+    return content[:len(content) // 2]
+
+
+def page(content):
+    """What a captive portal or a careless server sends instead."""
+    return b'<html><body><p>Please log in</p></body></html>'
