@@ -14,10 +14,12 @@
 #include "app/base/DefaultStyle.h"
 #include "app/base/Program.h"
 #include "app/base/Share.h"
+#include "app/base/StandardDescriptors.h"
 #include "app/base/XdgRuntimeDirEnsurer.h"
 
 int main(int argc, char** argv)
 {
+    StandardDescriptors::ensure();
     const char* name = argc > 0 ? argv[0] : "vyre";
     const char* slash = std::strrchr(name, '/');
     program = slash != nullptr ? slash + 1 : name;

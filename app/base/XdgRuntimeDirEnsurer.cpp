@@ -1,10 +1,20 @@
 #include "app/base/XdgRuntimeDirEnsurer.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
+
+const mode_t onlyForOwner = 0700;
 
 const char* nonEmptyVariable(const char* name)
 {
@@ -12,34 +22,122 @@ const char* nonEmptyVariable(const char* name)
     return value != nullptr && value[0] != '\0' ? value : nullptr;
 }
 
+// What was found at a name may be something else a moment later, so whatever is looked at or removed is
+// reached by a descriptor of the directory that it stands in.
+int openDirectory(int parent, const char* name)
+{
+    return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+}
+
+// The number of the mount that a file is on: the device is the same when a directory is mounted once more.
+// -1: it cannot be found out.
+int mountOf(int fd)
+{
+    const std::unique_ptr<FILE, int (*)(FILE*)> info(
+        std::fopen(("/proc/self/fdinfo/" + std::to_string(fd)).c_str(), "re"), std::fclose);
+    char line[128];
+    int mount = -1;
+    while (info != nullptr && std::fgets(line, sizeof line, info.get()) != nullptr) {
+        if (std::sscanf(line, "mnt_id: %d", &mount) == 1) {
+            return mount;
+        }
+    }
+    return -1;
+}
+
+// Takes the descriptor over.
+void removeContents(int fd, int mount)
+{
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(fd), closedir);
+    if (directory == nullptr) {
+        close(fd);
+        return;
+    }
+    std::vector<std::string> names;
+    while (const dirent* entry = readdir(directory.get())) {
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            names.emplace_back(entry->d_name);
+        }
+    }
+    for (const std::string& name : names) {
+        if (unlinkat(fd, name.c_str(), 0) == 0 || (errno != EISDIR && errno != EPERM)) {
+            continue;
+        }
+        const int below = openDirectory(fd, name.c_str());
+        if (below < 0) {
+            continue;
+        }
+        const int mountBelow = mountOf(below);
+        if (mountBelow == -1 || mountBelow != mount) {
+            close(below);
+            continue;
+        }
+        removeContents(below, mount);
+        (void)unlinkat(fd, name.c_str(), AT_REMOVEDIR);
+    }
+}
+
 } // namespace
 
-XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer()
+XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
 {
     created[0] = '\0';
     if (nonEmptyVariable("XDG_RUNTIME_DIR") != nullptr) {
         return;
     }
     const char* base = nonEmptyVariable("TMPDIR");
-    const int length = std::snprintf(created, sizeof created, "%s/xdg_runtime.%d",
-                                     base != nullptr ? base : "/tmp", static_cast<int>(geteuid()));
+    if (base == nullptr) {
+        base = "/tmp";
+    }
+    const int length =
+        std::snprintf(created, sizeof created, "%s/xdg_runtime.%d", base, static_cast<int>(geteuid()));
     if (length < 0 || static_cast<size_t>(length) >= sizeof created) {
         // A shortened path would name somebody else's directory, which the destructor would then remove.
         created[0] = '\0';
         return;
     }
-    (void)mkdir(created, 0700);
-    setenv("XDG_RUNTIME_DIR", created, 1);
+
+    parent = ::open(base, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    const char* name = created + std::strlen(base) + 1;
+    const mode_t before = umask(07777 & ~onlyForOwner);
+    if (parent >= 0) {
+        (void)mkdirat(parent, name, onlyForOwner);
+        if (!open(name)) {
+            // Somebody else's, or more people's than ours. Without room for a longer name there is none.
+            const int end =
+                std::snprintf(created + length, sizeof created - static_cast<size_t>(length), ".XXXXXX");
+            if (static_cast<size_t>(length + end) >= sizeof created || mkdtemp(created) == nullptr ||
+                !open(name)) {
+                created[0] = '\0';
+            }
+        }
+    }
+    umask(before);
+    if (created[0] != '\0') {
+        setenv("XDG_RUNTIME_DIR", created, 1);
+    }
+}
+
+// False: there is none, or it is not to be used.
+bool XdgRuntimeDirEnsurer::open(const char* name)
+{
+    directory = openDirectory(parent, name);
+    struct stat status;
+    if (directory >= 0 && (fstat(directory, &status) != 0 || status.st_uid != geteuid() ||
+                           (status.st_mode & 07777) != onlyForOwner)) {
+        close(directory);
+        directory = -1;
+    }
+    return directory >= 0;
 }
 
 XdgRuntimeDirEnsurer::~XdgRuntimeDirEnsurer()
 {
-    if (created[0] != '\0') {
-        (void)nftw(created, &XdgRuntimeDirEnsurer::removeFile, 64, FTW_DEPTH | FTW_PHYS);
+    if (directory >= 0) {
+        removeContents(directory, mountOf(directory));
+        (void)unlinkat(parent, std::strrchr(created, '/') + 1, AT_REMOVEDIR);
     }
-}
-
-int XdgRuntimeDirEnsurer::removeFile(const char* path, const struct stat*, int, FTW*)
-{
-    return std::remove(path);
+    if (parent >= 0) {
+        close(parent);
+    }
 }

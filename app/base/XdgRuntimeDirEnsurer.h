@@ -6,24 +6,25 @@
 #ifndef APP_BASE_XDGRUNTIMEDIRENSURER_H
 #define APP_BASE_XDGRUNTIMEDIRENSURER_H
 
-#include <ftw.h>
-#include <sys/stat.h>
-
 class XdgRuntimeDirEnsurer
 {
 public:
     // Sets XDG_RUNTIME_DIR when it is unset or empty, and makes the directory (mode 0700) below TMPDIR, else
-    // "/tmp". An existing directory is used as it is.
+    // "/tmp". An existing directory is used only if it is this user's with that mode, and no link: anyone may
+    // make one of that name in "/tmp". Otherwise the directory gets a name that nobody can guess.
     XdgRuntimeDirEnsurer();
-    // Removes the directory with everything in it, also when it had been there before.
+    // Removes the directory with everything in it, also when it had been there before. No link is followed,
+    // and nothing is removed that is mounted there.
     ~XdgRuntimeDirEnsurer();
     XdgRuntimeDirEnsurer(const XdgRuntimeDirEnsurer&) = delete;
     XdgRuntimeDirEnsurer& operator=(const XdgRuntimeDirEnsurer&) = delete;
 
 private:
-    static int removeFile(const char* path, const struct stat*, int, FTW*);
+    bool open(const char* name);
 
     char created[1024]; // empty: nothing was made
+    int parent;         // where it stands; -1: nothing was made
+    int directory;
 };
 
 #endif

@@ -16,13 +16,15 @@ class MainTest : public QObject
 private:
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<QTemporaryDir> temporary;
+    qint64 processId = 0; // of the program that runs
 
     QString runtimeName() const { return QStringLiteral("xdg_runtime.%1").arg(geteuid()); }
 
     // Starts the program without a runtime directory, below the given directory for temporary files (none:
-    // null), waits until it has collected the packages, and has the user quit. -1: it did not go that far.
+    // null) and with the given redirections of the shell, waits until it has collected the packages, and has
+    // the user quit. -1: it did not go that far.
     int startAndQuit(const QByteArray& tmpdir, const QStringList& arguments,
-                     const std::function<void()>& meanwhile)
+                     const std::function<void()>& meanwhile, const QString& redirections = QString())
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.remove("XDG_RUNTIME_DIR");
@@ -35,7 +37,8 @@ private:
         QProcess process;
         process.setProcessChannelMode(QProcess::ForwardedChannels);
         process.setProcessEnvironment(environment);
-        process.start(QStringLiteral(VYRE), arguments);
+        process.start("/bin/sh", QStringList{"-c", "exec \"$0\" \"$@\" " + redirections, VYRE} + arguments);
+        processId = process.processId();
         if (!QTest::qWaitFor([this] { return standIn->calls("collectDone") == 1; }, 30000)) {
             process.kill();
             process.waitForFinished();
@@ -100,6 +103,37 @@ private Q_SLOTS:
         QVERIFY(process.waitForFinished(60000));
         QCOMPARE(process.exitCode(), 1);
         QVERIFY(QFileInfo(temporary->filePath(runtimeName())).isDir());
+    }
+
+    void closedStandardDescriptorsDoNotMatter_data()
+    {
+        QTest::addColumn<QString>("closed");
+        for (const char* closed : {"0", "1", "2", "01", "02", "12", "012"}) {
+            QTest::newRow(closed) << closed;
+        }
+    }
+
+    void closedStandardDescriptorsDoNotMatter()
+    {
+        QFETCH(QString, closed);
+        QString redirections;
+        for (const QChar& fd : closed) {
+            redirections += QStringLiteral("%1>&- ").arg(fd);
+        }
+        QStringList leadTo;
+        QCOMPARE(startAndQuit(
+                     QFile::encodeName(temporary->path()), {},
+                     [&] {
+                         for (int fd = 0; fd <= 2; ++fd) {
+                             leadTo << QFile::symLinkTarget(
+                                 QStringLiteral("/proc/%1/fd/%2").arg(processId).arg(fd));
+                         }
+                     },
+                     redirections),
+                 0);
+        for (const QChar& fd : closed) {
+            QCOMPARE(leadTo[fd.digitValue()], QStringLiteral("/dev/null"));
+        }
     }
 
     void withoutADisplayThereIsOneMessage_data()

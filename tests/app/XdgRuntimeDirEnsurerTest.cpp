@@ -1,6 +1,13 @@
 #include <QtTest>
 
+#include <atomic>
+#include <cstdio>
+#include <fcntl.h>
 #include <memory>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 #include "app/base/XdgRuntimeDirEnsurer.h"
@@ -159,7 +166,7 @@ private Q_SLOTS:
 
     void existingDirectoryIsUsedAndRemoved()
     {
-        QVERIFY(QDir().mkdir(runtimeDirectory()));
+        QCOMPARE(mkdir(QFile::encodeName(runtimeDirectory()), 0700), 0);
         writeFile(runtimeDirectory() + "/left-over");
         const Variable variable("XDG_RUNTIME_DIR", QByteArray());
         const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
@@ -169,6 +176,142 @@ private Q_SLOTS:
             QVERIFY(QFileInfo::exists(runtimeDirectory() + "/left-over"));
         }
         QVERIFY(!QFileInfo::exists(runtimeDirectory()));
+    }
+
+    void whatSomebodyElseMayHaveMadeIsNotUsed_data()
+    {
+        QTest::addColumn<QString>("what");
+        for (const char* what :
+             {"other mode", "other user", "link to a directory", "dangling link", "file", "fifo"}) {
+            QTest::newRow(what) << what;
+        }
+    }
+
+    void whatSomebodyElseMayHaveMadeIsNotUsed()
+    {
+        QFETCH(QString, what);
+        const QByteArray path = QFile::encodeName(runtimeDirectory());
+        const QString outside = temporary->filePath("outside");
+        QCOMPARE(mkdir(QFile::encodeName(outside), 0700), 0);
+        if (what == "link to a directory") {
+            QVERIFY(QFile::link(outside, runtimeDirectory()));
+        } else if (what == "dangling link") {
+            QVERIFY(QFile::link(temporary->filePath("nowhere"), runtimeDirectory()));
+        } else if (what == "file") {
+            writeFile(runtimeDirectory());
+        } else if (what == "fifo") {
+            QCOMPARE(mkfifo(path, 0600), 0);
+        } else {
+            QCOMPARE(mkdir(path, what == "other mode" ? 0750 : 0700), 0);
+            writeFile(runtimeDirectory() + "/kept");
+            if (what == "other user") {
+                if (chown(path, 65534, 65534) != 0) {
+                    QSKIP("only root can give a directory away");
+                }
+            }
+        }
+        writeFile(outside + "/kept");
+        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
+        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        QString used;
+        {
+            const XdgRuntimeDirEnsurer ensurer;
+            used = QFile::decodeName(qgetenv("XDG_RUNTIME_DIR"));
+            QVERIFY2(QRegExp(QRegExp::escape(runtimeDirectory()) + "\\.[A-Za-z0-9]{6}").exactMatch(used),
+                     qPrintable(used));
+            struct stat status;
+            QCOMPARE(lstat(QFile::encodeName(used), &status), 0);
+            QVERIFY(S_ISDIR(status.st_mode));
+            QCOMPARE(int(status.st_mode & 07777), 0700);
+            QCOMPARE(status.st_uid, geteuid());
+            writeFile(used + "/file");
+        }
+        QVERIFY(!QFileInfo::exists(used));
+        struct stat status;
+        QCOMPARE(lstat(path, &status), 0);
+        QVERIFY(QFileInfo::exists(outside + "/kept"));
+        if (S_ISDIR(status.st_mode)) {
+            QVERIFY(QFileInfo::exists(runtimeDirectory() + "/kept"));
+        }
+    }
+
+    void theModeDoesNotDependOnTheMask()
+    {
+        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
+        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const mode_t before = umask(0777);
+        {
+            const XdgRuntimeDirEnsurer ensurer;
+            struct stat status;
+            QCOMPARE(stat(QFile::encodeName(runtimeDirectory()), &status), 0);
+            QCOMPARE(int(status.st_mode & 07777), 0700);
+        }
+        QCOMPARE(umask(before), mode_t(0777));
+    }
+
+    void aLinkThatComesInBetweenIsNotFollowed()
+    {
+        const QString outside = temporary->filePath("outside");
+        const QByteArray link = QFile::encodeName(temporary->filePath("link"));
+        const QByteArray inside = QFile::encodeName(runtimeDirectory() + "/inside");
+        QVERIFY(QDir().mkdir(outside));
+        QVERIFY(QFile::link(outside, temporary->filePath("link")));
+        const int count = 300;
+        for (int i = 0; i < count; ++i) {
+            writeFile(outside + QStringLiteral("/%1").arg(i));
+        }
+        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        for (int round = 0; round < 20; ++round) {
+            const Variable variable("XDG_RUNTIME_DIR", QByteArray());
+            std::atomic<bool> ended(false);
+            std::thread other;
+            {
+                const XdgRuntimeDirEnsurer ensurer;
+                QVERIFY(QDir().mkdir(QFile::decodeName(inside)));
+                for (int i = 0; i < count; ++i) {
+                    writeFile(QFile::decodeName(inside) + QStringLiteral("/%1").arg(i));
+                }
+                other = std::thread([&] {
+                    while (!ended) {
+                        renameat2(AT_FDCWD, inside, AT_FDCWD, link, RENAME_EXCHANGE);
+                    }
+                });
+            }
+            ended = true;
+            other.join();
+            QCOMPARE(QDir(outside).entryList(QDir::Files).size(), count);
+            // What was exchanged when the removal came by.
+            QProcess::execute("rm", {"-rf", QFile::decodeName(link), runtimeDirectory()});
+            QVERIFY(QFile::link(outside, temporary->filePath("link")));
+        }
+    }
+
+    void whatIsMountedThereIsKept()
+    {
+        if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
+            QSKIP("only root can mount");
+        }
+        const QString outside = temporary->filePath("outside");
+        QVERIFY(QDir().mkdir(outside));
+        writeFile(outside + "/kept");
+        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
+        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const QByteArray once = QFile::encodeName(runtimeDirectory() + "/once");
+        const QByteArray again = QFile::encodeName(runtimeDirectory() + "/again");
+        {
+            const XdgRuntimeDirEnsurer ensurer;
+            QVERIFY(QDir().mkdir(QFile::decodeName(once)));
+            QVERIFY(QDir().mkdir(QFile::decodeName(again)));
+            QVERIFY(QDir().mkpath(runtimeDirectory() + "/removed/deep"));
+            QCOMPARE(mount("none", once, "tmpfs", 0, nullptr), 0);
+            writeFile(QFile::decodeName(once) + "/kept");
+            QCOMPARE(mount(QFile::encodeName(outside), again, nullptr, MS_BIND, nullptr), 0);
+        }
+        QVERIFY(QFileInfo::exists(QFile::decodeName(once) + "/kept"));
+        QVERIFY(QFileInfo::exists(outside + "/kept"));
+        QVERIFY(!QFileInfo::exists(runtimeDirectory() + "/removed"));
+        QCOMPARE(umount(once), 0);
+        QCOMPARE(umount(again), 0);
     }
 
     void directoryThatCannotBeMadeIsSetAllTheSame()
