@@ -8,6 +8,7 @@
 
 #include <clocale>
 
+#include "app/base/Credentials.h"
 #include "app/base/ManagedRoot.h"
 #include "app/base/Program.h"
 #include "app/base/Share.h"
@@ -92,6 +93,30 @@ const char* const scriptTexts[] = {
                       "is cut off:\n{}\n\"dnf remove --duplicates\" removes the older ones."),
 };
 
+// The text with the passwords in it hidden; a new reference. For the script, whose log files it goes to.
+PyObject* hideSecrets(PyObject*, PyObject* given)
+{
+    if (PyUnicode_Check(given) == 0) {
+        PyErr_SetString(PyExc_TypeError, "a text is needed");
+        return nullptr;
+    }
+    // File names that are no UTF-8 may be in it.
+    const PyRef bytes(PyUnicode_AsEncodedString(given, "utf-8", "backslashreplace"));
+    if (!bytes) {
+        return nullptr;
+    }
+    const QString text =
+        QString::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<int>(PyBytes_Size(bytes.get())));
+    const QString hidden = Credentials::hidden(text);
+    if (hidden == text) {
+        // With what has no place in UTF-8 as it was.
+        Py_INCREF(given);
+        return given;
+    }
+    const QByteArray result = hidden.toUtf8();
+    return PyUnicode_DecodeUTF8(result.constData(), result.size(), "replace");
+}
+
 } // namespace
 
 YumIO::YumIO()
@@ -175,6 +200,7 @@ void YumIO::offerFunctions()
     static PyMethodDef definitions[] = {
         {"changeActivity", changeActivity, METH_O, nullptr},
         {"faultOfMetadata", faultOfMetadata, METH_VARARGS, nullptr},
+        {"hideSecrets", hideSecrets, METH_O, nullptr},
     };
     const PyRef capsule(PyCapsule_New(this, nullptr, nullptr));
     for (PyMethodDef& definition : definitions) {

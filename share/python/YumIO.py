@@ -58,6 +58,7 @@ import hawkey
 import libdnf.conf
 import libdnf.error
 import libdnf.module
+import libdnf.repo
 import libdnf.transaction
 import libdnf.utils
 
@@ -218,6 +219,23 @@ class LogHandler(logging.Handler):
             yumIOC.errorlog(level, text)
         else:
             yumIOC.log(level, text)
+
+
+def withoutSecrets(text):
+    """The text with the passwords in it hidden: the program puts what knows them here before it runs this file."""
+    hide = globals().get('hideSecrets')
+    return text if hide is None else hide(text)
+
+
+class DiscreetFormatter(logging.Formatter):
+    """Formats as another one does, for a log file, which is read by others too."""
+
+    def __init__(self, formatter):
+        super(DiscreetFormatter, self).__init__()
+        self._formatter = formatter
+
+    def format(self, record):
+        return withoutSecrets(self._formatter.format(record))
 
 
 # What packages and groups answer beyond what the package manager gives them ---------------------------------
@@ -978,12 +996,25 @@ class YumIO:
         try:
             self.base.setup_loggers()
         except OSError as e:
+            # Some of them may be there.
+            self._makeLogFilesDiscreet()
             logging.getLogger('dnf').error(tr('No log files can be written in %s: %s'), directory, e)
             return
+        self._makeLogFilesDiscreet()
         for name in ('dnf', 'dnf.rpm', 'librepo'):
             for handler in logging.getLogger(name).handlers:
                 if hasattr(handler, 'rotate_lock'):
                     handler.rotate_lock = dnf.lock.build_log_lock(directory, True)
+
+    @staticmethod
+    def _makeLogFilesDiscreet():
+        for name in ('dnf', 'dnf.rpm', 'librepo'):
+            for handler in logging.getLogger(name).handlers:
+                if isinstance(handler, logging.FileHandler):
+                    handler.setFormatter(DiscreetFormatter(handler.formatter or logging.Formatter()))
+        if not logging.getLogger('librepo').handlers:
+            # A version whose library writes the file by itself, with the passwords: rather none.
+            libdnf.repo.LibrepoLog.removeAllHandlers()
 
     @staticmethod
     def _releasever():

@@ -1,5 +1,7 @@
 #!/usr/bin/python3
 """Repositories that want a name and a password in their URLs."""
+import os
+
 import editing
 from editing import SESSION, EditingTest, Editor
 from journey import driver, wait_for
@@ -79,6 +81,19 @@ class CredentialsTest(EditingTest):
         for text in editing.readable(program):
             for secret in (PASSWORD, ENCODED_PASSWORD):
                 self.assertNotIn(secret, text or '')
+
+    def check_log_files(self):
+        """Those of the package manager have the URL and the failure, and no password."""
+        directory = os.path.join(self.sandbox.root, 'var/log')
+        texts = []
+        for name in os.listdir(directory):
+            with open(os.path.join(directory, name), errors='replace') as stream:
+                texts.append(stream.read())
+        for secret in (PASSWORD, ENCODED_PASSWORD):
+            self.assertNotIn(secret, ''.join(texts))
+        for name in ('dnf.log', 'dnf.librepo.log'):
+            with open(os.path.join(directory, name), errors='replace') as stream:
+                self.assertRegex(stream.read(), '403.*user={}&secret={}&path='.format(ENCODED_NAME, HIDDEN * 3))
 
     def listed(self, program):
         window = program.ready()
@@ -276,6 +291,7 @@ class WrongTest(CredentialsTest):
             log = self.read_log(window)
             self.assertIn('403', log)
             self.assertNotIn(ENCODED_PASSWORD, log)
+            self.check_log_files()
             # The editor is the place to mend it.
             self.server.users = {NAME: 'right'}
             editor = self.edit(window)

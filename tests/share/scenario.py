@@ -225,12 +225,12 @@ class ScenarioTest(unittest.TestCase):
         with open(self.repository_file(name), "w") as stream:
             stream.write(content.replace(old, new))
 
-    def load(self):
-        """Runs the script and makes its object, as the program does at its start."""
+    def load(self, **given):
+        """Runs the script, with what is given to it, and makes its object, as the program does at its start."""
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
         # As the program's interpreter does, which runs the script in __main__.
-        self.script = runpy.run_path(SCRIPT, run_name="__main__")
+        self.script = runpy.run_path(SCRIPT, init_globals=given, run_name="__main__")
         import dnf
 
         self.dnf = dnf

@@ -61,6 +61,26 @@ private Q_SLOTS:
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
     }
 
+    void theScriptCanHidePasswords()
+    {
+        QCOMPARE(
+            start(
+                "import sys\n"
+                "sys.stdout.reconfigure(encoding='utf-8')\n"
+                "plain = 'a \\udce9 \\0 \xc3\xa4'\n"
+                "for text in (plain, 'ftp://me:secret@h/ \\udce9\\n\xc3\xa4 /vantor?u=me&p=secret&path='):\n"
+                "    print(ascii(hideSecrets(text)), hideSecrets(text) is text, flush=True)\n"
+                "try:\n"
+                "    hideSecrets(b'')\n"
+                "except TypeError:\n"
+                "    print('TypeError', flush=True)\n"
+                "class YumIO:\n    base = 1\n"),
+            QStringList({"'a \\udce9 \\x00 \\xe4' True",
+                         "'ftp://me:\\u25cf\\u25cf\\u25cf@h/ \\\\udce9\\n\\xe4 "
+                         "/vantor?u=me&p=\\u25cf\\u25cf\\u25cf&path=' False",
+                         "TypeError", "started", "again: started"}));
+    }
+
     void objectIsMadeOnce()
     {
         QCOMPARE(start("class YumIO:\n"
