@@ -73,7 +73,7 @@ const Repo::Entry* RepoBrowse::find(const QString& id, const YumConfIO* yumConfI
 
 void RepoBrowse::reportUnknown(QWidget* parent, const QString& id)
 {
-    HMessageBox(QMessageBox::Critical, tr("Error"), tr("There is no configured repository \"%1\"").arg(id),
-                QMessageBox::Ok, parent)
-        .exec();
+    HMessageBox box(QMessageBox::Critical, tr("Error"),
+                    tr("There is no configured repository \"%1\"").arg(id), QMessageBox::Ok, parent);
+    box.exec();
 }
