@@ -2415,6 +2415,20 @@ Ihre Gruppen werden ausgelassen.</translation>
         <source>The file {} is damaged: {}</source>
         <translation>Die Datei {} ist beschädigt: {}</translation>
     </message>
+    <message>
+        <source>The history of transactions is damaged: {}
+Move the file away: the package manager makes a new one.</source>
+        <translation>Die Liste der früheren Transaktionen ist beschädigt: {}
+Verschieben Sie die Datei: Die Paketverwaltung legt eine neue an.</translation>
+    </message>
+    <message>
+        <source>It is not known which groups are installed: the history of transactions cannot be read.
+%1
+If the file is damaged, move it away: the package manager makes a new one.</source>
+        <translation>Es ist nicht bekannt, welche Gruppen installiert sind: Die Liste der früheren Transaktionen kann nicht gelesen werden.
+%1
+Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt eine neue an.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

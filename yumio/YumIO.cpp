@@ -55,6 +55,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The database of packages does not have what was done to:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
     QT_TRANSLATE_NOOP("YumIO", "another package"),
+    QT_TRANSLATE_NOOP("YumIO", "The history of transactions is damaged: {}\nMove the file away: the package "
+                               "manager makes a new one."),
     QT_TRANSLATE_NOOP("YumIO", "The {} metadata of the repository {} are damaged: {}"),
     QT_TRANSLATE_NOOP(
         "YumIO", "The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages "

@@ -307,7 +307,9 @@ private:
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
     bool collectGroups(EntryIndex& index, PyObject* groups);
-    void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup);
+    // A history that cannot be read is asked no further; historyFault tells why, and is empty until then.
+    void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
+                      QString& historyFault);
     bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
                       const char* method, const QString& what, bool& loaded);
     QString shared(const QString& text);
@@ -446,6 +448,7 @@ private:
     bool fileListsLoaded;
     bool otherDataLoaded;
     QSet<QByteArray> missingAttributes; // those that the user was told of
+    QString reportedHistoryFault;       // the same
     YumIODialogs* dialogs;
     QWidget* parent;
     HProgressBar* totalBar;

@@ -191,6 +191,7 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
         bestByName.reserve(bestByName.count() + static_cast<int>(hint));
     }
     PyErr_Clear();
+    bool comparisonFailed = false;
     for (;;) {
         const PyRef pkg(PyIter_Next(iterator.get()));
         if (!pkg) {
@@ -220,8 +221,14 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
             best = entry;
             continue;
         }
+        // What fails for one pair fails for thousands.
+        ExceptScope scope(*this);
+        if (comparisonFailed) {
+            pyExceptExpect(PyExc_Exception);
+        }
         const PyRef better(
             pyMethodCall(yumIO.get(), "isBetterThan", "(O,O)", best->pyObject, entry->pyObject));
+        comparisonFailed = comparisonFailed || !better;
         PyErr_Clear();
         if (better.get() == Py_True) {
             entry->duplicate = true;
@@ -272,6 +279,7 @@ bool YumIO::collectGroups(EntryIndex& index, PyObject* groups)
     if (!iterator) {
         return internalError(tr("Internal error: the groups are not iterable"));
     }
+    QString historyFault;
     for (;;) {
         const PyRef group(PyIter_Next(iterator.get()));
         if (!group) {
@@ -290,17 +298,25 @@ bool YumIO::collectGroups(EntryIndex& index, PyObject* groups)
         const EntryKey key(true, text, QString());
         if (!index.contains(key)) {
             Package::Entry*& entry = index[key];
-            collectGroup(entry, group.get(), text, historyGroup.get());
+            collectGroup(entry, group.get(), text, historyGroup.get(), historyFault);
             collectedEntries.append(entry);
         }
     }
     if (PyErr_Occurred() != nullptr) {
         return internalError(tr("Internal error: the groups cannot be walked"));
     }
+    // There are hundreds of groups, and each collection asks for all of them: it is told once.
+    if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
+        reportedHistoryFault = historyFault;
+        warning(tr("It is not known which groups are installed: the history of transactions cannot be "
+                   "read.\n%1\nIf the file is damaged, move it away: the package manager makes a new one.")
+                    .arg(historyFault));
+    }
     return true;
 }
 
-void YumIO::collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup)
+void YumIO::collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
+                         QString& historyFault)
 {
     auto* entry = new Package::Entry;
     slot = entry;
@@ -309,8 +325,21 @@ void YumIO::collectGroup(Package::Entry*& slot, PyObject* group, QString name, P
     entry->action = Package::None;
     entry->kind = Package::Group;
     entry->name = name;
-    const PyRef installed(
-        pyMethodCall(historyGroup, "get", "(s)", pyStringDec(attribute(group, "id")).toUtf8().constData()));
+    PyRef installed;
+    if (historyFault.isEmpty()) {
+        ExceptScope scope(*this, {PyExc_Exception});
+        installed = PyRef(pyMethodCall(historyGroup, "get", "(s)",
+                                       pyStringDec(attribute(group, "id")).toUtf8().constData()));
+        if (pyExceptMatches(installed.get(), PyExc_Exception)) {
+            const PyRef exception(pyExceptValue());
+            PyErr_Clear();
+            const PyRef text(PyObject_Str(exception.get()));
+            historyFault = text ? pyString(text.get()) : QString();
+            if (historyFault.isEmpty()) {
+                historyFault = QLatin1String(Py_TYPE(exception.get())->tp_name);
+            }
+        }
+    }
     PyErr_Clear();
     if (installed && installed.get() != Py_None) {
         entry->state = Package::Installed;

@@ -1294,6 +1294,8 @@ class YumIO:
                 self._run()
             return True
         except (hawkey.Exception, libdnf.error.Error, rpm.error) as e:
+            if base.history.dbpath in str(e):
+                self._refuseHistory(str(e))
             raise dnf.exceptions.Error(str(e))
         finally:
             self.systemChanged = base.changed
@@ -1302,6 +1304,13 @@ class YumIO:
             base.headers.clear()
             base.reset(goal=True)
             del base._ts
+
+    def _refuseHistory(self, text):
+        """Raises what was said of the history's file, with what can be done."""
+        if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
+            raise dnf.exceptions.Error(tr('The history of transactions is damaged: {}\nMove the file away: the package '
+                                          'manager makes a new one.').format(text))
+        raise dnf.exceptions.Error(text + spaceHint(self.base.conf.persistdir))
 
     def _remark(self):
         base = self.base

@@ -508,6 +508,29 @@ class MetadataTest(StartTest):
             driver.key('ctrl+q')
             self.assertEqual(program.wait(), 0)
 
+    def test_damaged_history(self):
+        """One message for all groups, which are listed all the same."""
+        path = self.path('var/lib/dnf/history.sqlite')
+        for name in os.listdir(os.path.dirname(path)):
+            if name.startswith('history.sqlite-'):
+                os.unlink(os.path.join(os.path.dirname(path), name))
+        self.write('var/lib/dnf/history.sqlite', 'nonsense' * 10000)
+        with self.program() as program:
+            self.message(program, 'VYRE Yum Warning', 'It is not known which groups are installed: ', path,
+                         'file is not a database', 'move it away', picture='damaged-history')
+            window = program.ready()
+            self.check_usable(window)
+            window.show_all(True)
+            window.set_filter('^Seafaring')
+            window.wait_names(['Seafaring'])
+            window.click_button('Refresh')
+            self.check_usable(window)
+            self.assertEqual(program.titles(), [driver.main_title()])
+            os.rename(path, path + '.away')
+            window.click_button('Refresh')
+            self.check_usable(window)
+            self.quit(window)
+
     def test_broken_package_database(self):
         directory = self.path('var/lib/rpm')
         shutil.copytree(directory, directory + '.away')

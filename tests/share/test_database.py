@@ -230,3 +230,43 @@ class LockedTest(DatabaseTest):
         self.assert_refused("Could not run transaction", removes=["almanac"])
         self.assertFalse(self.yumio.systemChanged)
         self.assert_history_is_complete()
+
+
+class HistoryTest(DatabaseTest):
+    def damage(self, change):
+        directory = self.sandbox.root + "/var/lib/dnf"
+        for name in os.listdir(directory):
+            if name.startswith("history.sqlite-"):
+                os.unlink(os.path.join(directory, name))
+        path = os.path.join(directory, "history.sqlite")
+        with open(path, "rb") as stream:
+            content = stream.read()
+        with open(path, "wb") as stream:
+            stream.write(change(content))
+        return path
+
+    def check_damaged(self, change):
+        """The packages can be seen; nothing is applied, with the file and the remedy, which helps."""
+        path = self.damage(change)
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        self.recording.clear()
+        self.assert_refused("(?s)^The history of transactions is damaged: .*%s.*\nMove the file away: the package "
+                            "manager makes a new one.$" % path, removes=["almanac"], answers=[])
+        self.assertFalse(self.yumio.systemChanged)
+        os.rename(path, path + ".away")
+        self.again()
+        self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
+
+    @in_own_process
+    def test_a_history_that_is_something_else(self):
+        self.check_damaged(lambda content: b"nonsense" * 10000)
+
+    @in_own_process
+    def test_a_history_that_ends_too_early(self):
+        self.check_damaged(lambda content: content[:len(content) // 2])
+
+    @in_own_process
+    def test_an_empty_history(self):
+        self.check_damaged(lambda content: b"")

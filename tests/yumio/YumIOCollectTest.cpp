@@ -437,6 +437,17 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
+    void failedComparisonsAreToldOnce()
+    {
+        backEnd->run(
+            "it.available = [Package('lib%d' % n, arch=a) for n in range(50) for a in ('x86_64', 'i686')]\n"
+            "it.raises['isBetterThan'] = KeyError('x')");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(errors(), QStringList(generic));
+        QVERIFY(backEnd->entry("lib49")->duplicate);
+        QVERIFY(!backEnd->entry("lib49", "i386")->duplicate);
+    }
+
     void groups()
     {
         backEnd->run(
@@ -485,6 +496,38 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         QCOMPARE(yumIO().count(), 2);
         QVERIFY(backEnd->group("base") != backEnd->entry("base"));
+    }
+
+    void historyThatCannotBeReadIsToldOnce()
+    {
+        backEnd->run("class Damaged(Exception): pass\n"
+                     "class Broken:\n"
+                     "    asked = 0\n"
+                     "    def get(self, id):\n"
+                     "        Broken.asked += 1\n"
+                     "        raise Damaged('history.sqlite: not a database')\n"
+                     "BASE.history.group = Broken()\n"
+                     "it.updates = [Package('fresh', '2.0')]\n"
+                     "it.installed = [Package('fresh')]\n"
+                     "it.groups = [Group('G%d' % n, 'g%d' % n, default=['fresh']) for n in range(500)]");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(
+            backEnd->answers.takeTexts("VYRE Yum Warning"),
+            QStringList("It is not known which groups are installed: the history of transactions cannot be "
+                        "read.\nhistory.sqlite: not a database\nIf the file is damaged, move it away: the "
+                        "package manager makes a new one."));
+        QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
+        QCOMPARE(yumIO().count(), 501);
+        QCOMPARE(backEnd->group("G499")->state, Package::Updatable);
+        // The same fault is nothing new.
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->answers.take().count(), 0);
+        // An exception may say nothing.
+        yumIO().clearEntries();
+        backEnd->run("def get(id): raise KeyError()\nBASE.history.group.get = get");
+        QVERIFY(backEnd->collect());
+        QVERIFY(backEnd->answers.takeTexts("VYRE Yum Warning").value(0).contains("read.\nKeyError\nIf"));
     }
 
     void missingHistory()
