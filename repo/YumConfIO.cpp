@@ -296,7 +296,8 @@ bool YumConfIO::readRepoFile(FILE* file, const QString& path)
         }
         if (line.startsWith(QLatin1Char('['))) {
             if (!line.endsWith(QLatin1Char(']'))) {
-                error(tr("Malformed section name in line: %1").arg(line));
+                error(tr("Malformed section name in line: %1")
+                          .arg(Credentials::hidden(line, Credentials::Text::Options)));
                 return false;
             }
             finish();

@@ -319,12 +319,12 @@ bool Credentials::holds(const QString& text, Text kind)
     return !places(text, kind).isEmpty();
 }
 
-QString Credentials::hidden(const QString& message)
+QString Credentials::hidden(const QString& message, Text kind)
 {
     static const QString dots(3, QChar(0x25cf));
     QStringList lines = message.split(QLatin1Char('\n'));
     for (QString& line : lines) {
-        const QVector<Place> found = places(line, Text::Urls);
+        const QVector<Place> found = places(line, kind);
         if (found.isEmpty()) {
             continue;
         }

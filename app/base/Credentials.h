@@ -44,7 +44,7 @@ bool holds(const QString& text, Text kind);
 
 // The message with three dots in place of each password: of any password the same, since not even its length
 // is anyone's business. Each line is looked at by itself.
-QString hidden(const QString& message);
+QString hidden(const QString& message, Text kind = Text::Urls);
 
 // The credential parts of vantor URLs, in their order, from "/vantor?" to the end of "&path=", where keys,
 // name and password have neither "&" nor white space: what is replaced when credentials are written.

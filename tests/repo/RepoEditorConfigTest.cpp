@@ -98,6 +98,7 @@ private Q_SLOTS:
     void thePasswordStandsNowhereInClear();
     void passwordsInTheUrlsAndTheOptionsAreMasked();
     void optionsWithAPasswordAreEdited();
+    void longTextsDoNotHangTheForm();
     void assistiveProgramsAreNotToldThePassword();
 
     void theStatus_data();
@@ -573,6 +574,29 @@ void RepoEditorConfigTest::optionsWithAPasswordAreEdited()
     Form::type(form->options, QStringLiteral("password: 12\na=b"));
     QCOMPARE(config->toEntry().options, QStringLiteral("password: 12\na=b"));
     QCOMPARE(form->options->toPlainText(), QString::fromUtf8("password: ●●\na=b"));
+}
+
+void RepoEditorConfigTest::longTextsDoNotHangTheForm()
+{
+    Repo::Entry entry = vantor();
+    entry.baseurl += QLatin1Char('\n') + QStringLiteral("/vantor?").repeated(16000);
+    entry.mirrorlist = QStringLiteral("/vantor?a=").repeated(16000);
+    entry.options = QStringLiteral("password=/vantor?a=&://u:p@h/").repeated(3000);
+    const auto typeAtEnd = [](QWidget* field) {
+        field->setFocus();
+        QTest::keyClick(field, Qt::Key_End, Qt::ControlModifier);
+        QTest::keyClick(field, Qt::Key_End);
+        QTest::keyClicks(field, QStringLiteral("x"));
+    };
+    QElapsedTimer timer;
+    timer.start();
+    config->setEntry(entry);
+    typeAtEnd(form->password);
+    typeAtEnd(form->mirrorList);
+    typeAtEnd(form->options);
+    QVERIFY2(timer.elapsed() < 20000, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY(config->toEntry().baseurl.startsWith(
+        QStringLiteral("http://h/vantor?user=bob&word=secretx&path=/x")));
 }
 
 void RepoEditorConfigTest::assistiveProgramsAreNotToldThePassword()

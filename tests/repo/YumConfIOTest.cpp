@@ -191,6 +191,7 @@ private Q_SLOTS:
     void aReadErrorOfARepositoryFileIsReported();
     void aMalformedHeaderIsReported_data();
     void aMalformedHeaderIsReported();
+    void aMalformedHeaderIsReportedWithoutPasswords();
     void aMalformedHeaderOfTheMainFileIsReported();
     void textOfAFileIsNeverRichText();
     void aFailedReadLeavesWhatWasReadBefore();
@@ -1100,6 +1101,15 @@ void YumConfIOTest::aMalformedHeaderIsReported()
     QVERIFY(!conf->read(window.data()));
     compareError(
         withErrno(QStringLiteral("Malformed section name in line: ") + QString::fromLatin1(header), 0));
+}
+
+void YumConfIOTest::aMalformedHeaderIsReportedWithoutPasswords()
+{
+    putRepo(QStringLiteral("f.repo"), "[x\n  baseurl=http://me:secret@h/\n  password = secret\n");
+    QVERIFY(!conf->read(window.data()));
+    compareError(withErrno(QStringLiteral("Malformed section name in line: ") +
+                               QString::fromUtf8("[x\n  baseurl=http://me:●●●@h/\n  password = ●●●"),
+                           0));
 }
 
 void YumConfIOTest::aMalformedHeaderOfTheMainFileIsReported()
