@@ -81,7 +81,8 @@ protected:
 
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), yumConfIO(nullptr), initialized(false),
-      scheduled(false), busy(false), collectFailed(false), logWindow(nullptr), repoEditor(nullptr)
+      scheduled(false), busy(false), collectFailed(false), logWindow(nullptr), repoEditor(nullptr),
+      aboutBox(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
@@ -344,7 +345,13 @@ void MainWindow::initialize()
     model->reset();
     collectedExtraData(); // a collection counts as having loaded them
     showTable();
-    filtersearch();
+    {
+        // The columns fit all rows; those that do not match are not to be seen while a search is prepared.
+        const PackageTable::Model::Hiding hiding(*model);
+        view->setEmptyText(tr("Reading the packages..."));
+        filtersearch();
+    }
+    updateEmptyText();
     setReady(true);
     initialized = true;
 }
@@ -449,6 +456,9 @@ void MainWindow::reposChanged()
         return;
     }
     yumIO->reset();
+    if (tableArea->isHidden()) {
+        takeExpression(); // of the command line
+    }
     recollect();
     showTable();
     setReady(true);
@@ -541,12 +551,14 @@ void MainWindow::recollect(bool keepMarks)
 {
     view->setEmptyText(tr("Reading the packages..."));
     const YumIO::Marks marks = keepMarks ? yumIO->marks() : YumIO::Marks();
-    yumIO->clearEntries();
-    collect();
-    yumIO->restoreMarks(marks);
-    // Or what is asked of each record for the expression would hold up the graphical thread.
-    prepareFilterSearch();
-    model->reset();
+    {
+        const PackageTable::Model::Hiding hiding(*model);
+        yumIO->clearEntries();
+        collect();
+        yumIO->restoreMarks(marks);
+        // Or what is asked of each record for the expression would hold up the graphical thread.
+        prepareFilterSearch();
+    }
     updateEmptyText();
     // The records are new ones.
     warnUnlistedActions();
@@ -622,6 +634,11 @@ void MainWindow::apply()
 void MainWindow::quit()
 {
     if (quitting()) {
+        return;
+    }
+    // A transaction must not be cut off.
+    if (yumIO->isWorking()) {
+        QApplication::beep();
         return;
     }
     saveLayout();
@@ -714,6 +731,11 @@ void MainWindow::showNotice(const QString& text)
     end->start(15000);
 }
 
+void MainWindow::openPage(const QString& address)
+{
+    openExternally({QStringLiteral("webbrowser"), address});
+}
+
 void MainWindow::manualHtml()
 {
     openManual({QStringLiteral("webbrowser"),
@@ -728,20 +750,37 @@ void MainWindow::manualPdf()
 
 void MainWindow::about()
 {
-    QMessageBox::about(
-        this, tr("About"),
-        tr("<h3>VYRE %1</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
-           "make "
-           "modifications to the installed rpm packages on a system.</p><p>Capabilities:<p><ul><li>Install "
-           "new "
-           "packages or update existing packages by downloading them from a yum package "
-           "repository</li><li>Remove "
-           "existing packages.</li><li>Configure sets of repositories from which to obtain new and updated "
-           "packages.</li><li>Examine installed packages or packages available for installation or "
-           "update</li><li>Install, update, or remove groups of packages</li><li>Install or update suites of "
-           "packages</li></ul><p>More is told at <a "
-           "href=\"https://vyre.example/\">https://vyre.example/</a>.</p>")
-            .arg(QStringLiteral(VYRE_VERSION)));
+    if (aboutBox == nullptr) {
+        // Not by QMessageBox::about(): its event loop would hold up an operation that has ended meanwhile.
+        aboutBox = new QMessageBox(
+            QMessageBox::NoIcon, tr("About"),
+            tr("<h3>VYRE %1</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
+               "make "
+               "modifications to the installed rpm packages on a "
+               "system.</p><p>Capabilities:<p><ul><li>Install "
+               "new "
+               "packages or update existing packages by downloading them from a yum package "
+               "repository</li><li>Remove "
+               "existing packages.</li><li>Configure sets of repositories from which to obtain new and "
+               "updated "
+               "packages.</li><li>Examine installed packages or packages available for installation or "
+               "update</li><li>Install, update, or remove groups of packages</li><li>Install or update "
+               "suites of "
+               "packages</li></ul><p>More is told at <a "
+               "href=\"https://vyre.example/\">https://vyre.example/</a>.</p>")
+                .arg(QStringLiteral(VYRE_VERSION)),
+            QMessageBox::Ok, this);
+        aboutBox->setIconPixmap(windowIcon().pixmap(64));
+        aboutBox->setModal(false);
+        // Qt would open the page as root.
+        for (QLabel* label : aboutBox->findChildren<QLabel*>()) {
+            label->setOpenExternalLinks(false);
+            connect(label, SIGNAL(linkActivated(const QString&)), this, SLOT(openPage(const QString&)));
+        }
+    }
+    aboutBox->show();
+    aboutBox->raise();
+    aboutBox->activateWindow();
 }
 
 void MainWindow::modeChanged(int mode)
@@ -795,6 +834,15 @@ void MainWindow::filtersearch()
         setReady(false);
     }
     prepareFilterSearch();
+    takeExpression();
+    if (search) {
+        setReady(true);
+    }
+    anyFilterChanged();
+}
+
+void MainWindow::takeExpression()
+{
     proxy->setFilterRegExp(regexpEdit->text());
     // An expression that is none would look like one that nothing matches.
     QPalette palette = QApplication::palette(regexpEdit);
@@ -803,10 +851,6 @@ void MainWindow::filtersearch()
         palette.setColor(QPalette::Text, Qt::black);
     }
     regexpEdit->setPalette(palette);
-    if (search) {
-        setReady(true);
-    }
-    anyFilterChanged();
 }
 
 void MainWindow::changeFilter(const std::function<void()>& change)

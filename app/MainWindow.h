@@ -26,6 +26,7 @@ class QBoxLayout;
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
+class QMessageBox;
 class QPushButton;
 class YumConfIO;
 class YumIO;
@@ -91,6 +92,9 @@ public Q_SLOTS:
     void clearActions();
     void apply();
 
+private Q_SLOTS:
+    void openPage(const QString& address);
+
 protected:
     // Refused while the back end works: a transaction must not be cut off. Otherwise the same as quit().
     void closeEvent(QCloseEvent* event) override;
@@ -123,6 +127,8 @@ private:
     void collect();
     // keepMarks: what is marked stays so, as far as the new records permit it.
     void recollect(bool keepMarks = false);
+    // Filters the table by what is in the edit.
+    void takeExpression();
     void showTable();
     void updateEmptyText();
     void saveLayout() const;
@@ -174,6 +180,7 @@ private:
     HProgressBar* itemBar;
     Log::Window* logWindow;         // null until first needed
     RepoEditor::Dialog* repoEditor; // null until first needed
+    QMessageBox* aboutBox;          // null until first needed
 };
 
 #endif

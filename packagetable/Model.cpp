@@ -50,7 +50,7 @@ static_assert(sizeof headers / sizeof *headers == ColumnCount, "each column has 
 } // namespace
 
 Model::Model(YumIO* backEnd, QObject* parent)
-    : HAbstractTableModel(parent), yumIO(backEnd), yumConfIO(nullptr), enabled(true)
+    : HAbstractTableModel(parent), yumIO(backEnd), yumConfIO(nullptr), enabled(true), hidings(0)
 {
     stateIcons[Package::Updatable] = Icons::shared(QStringLiteral("out-of-date"));
     stateIcons[Package::Installed] = Icons::shared(QStringLiteral("up-to-date"));
@@ -87,7 +87,7 @@ void Model::setBackground(const QColor& background)
 
 int Model::rowCount(const QModelIndex& parent) const
 {
-    return parent.isValid() || yumIO.isNull() ? 0 : yumIO->count();
+    return parent.isValid() || yumIO.isNull() || hidings > 0 ? 0 : yumIO->count();
 }
 
 int Model::columnCount(const QModelIndex&) const
@@ -301,6 +301,20 @@ void Model::reset()
 {
     beginResetModel();
     endResetModel();
+}
+
+Model::Hiding::Hiding(Model& hidden) : model(hidden)
+{
+    model.beginResetModel();
+    ++model.hidings;
+    model.endResetModel();
+}
+
+Model::Hiding::~Hiding()
+{
+    model.beginResetModel();
+    --model.hidings;
+    model.endResetModel();
 }
 
 void Model::setSelected(QModelIndexList indices)

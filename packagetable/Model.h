@@ -58,6 +58,20 @@ public:
     void toggleAction(const QModelIndex& index);
     void reset();
 
+    // While it exists there are no rows, whatever the back end has: the records are being changed, and what
+    // is shown of them would be wrong.
+    class Hiding
+    {
+    public:
+        explicit Hiding(Model& hidden);
+        ~Hiding();
+        Hiding(const Hiding&) = delete;
+        Hiding& operator=(const Hiding&) = delete;
+
+    private:
+        Model& model;
+    };
+
     // Tells everything about the record of the row in a modal dialog; a row that does not exist is ignored.
     // The dialog is made on first use, and owned by the parent that is given then.
     void describe(const QModelIndex& index, QWidget* parent);
@@ -80,6 +94,7 @@ private:
     QPointer<YumIO> yumIO;
     YumConfIO* yumConfIO; // null until it has been read
     bool enabled;
+    int hidings;
     QIcon stateIcons[3];  // by Package::State
     QIcon actionIcons[4]; // by Package::Action
     QIcon kindIcons[3];   // by Package::Kind

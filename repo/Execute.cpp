@@ -127,11 +127,14 @@ void Execute::execute(QWidget* parent, char* const* argv)
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (child < 0) {
-        HMessageBox box(QMessageBox::Critical, tr("Help"),
-                        tr("fork() failed; errno = %1 (%2)")
-                            .arg(QString::number(failure), QString::fromLocal8Bit(strerror(failure))),
-                        QMessageBox::Ok, parent);
-        box.exec();
+        auto* box =
+            new HMessageBox(QMessageBox::Critical, tr("Help"),
+                            tr("fork() failed; errno = %1 (%2)")
+                                .arg(QString::number(failure), QString::fromLocal8Bit(strerror(failure))),
+                            QMessageBox::Ok, parent);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->setModal(false);
+        box->show();
         return;
     }
     while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {

@@ -21,8 +21,9 @@ public:
     // Runs argv[0], a path, with these arguments, of which the last is followed by a null pointer; they are
     // needed only until this returns, which it does at once. The program becomes nobody's child, has a
     // session of its own, no open descriptors but the standard three and every signal as at a start from
-    // scratch. A failure is shown over `parent` when not even a process can be had; any later one is told on
-    // standard error only.
+    // scratch. When not even a process can be had, a window of `parent` shows it. Nothing waits for that
+    // window: an operation that ends meanwhile has to go on. Any later failure is reported on standard error
+    // only.
     static void execute(QWidget* parent, char* const* argv);
 };
 

@@ -135,7 +135,19 @@ private:
     }
 
     void compareClean(const QString& entry, const char* method);
+    void compareAfterTheEditor(Mode mode, const char* expression, const QStringList& listed);
+    void compareReadAgain(Mode mode, const QString& expression, const QStringList& before);
     void compareManuals();
+    static QMessageBox* aboutBox()
+    {
+        for (QWidget* each : QApplication::topLevelWidgets()) {
+            auto* box = qobject_cast<QMessageBox*>(each);
+            if (box != nullptr && box->windowTitle() == "About" && box->isVisible()) {
+                return box;
+            }
+        }
+        return nullptr;
+    }
     void compareQuit(const std::function<void()>& quit);
 
 private Q_SLOTS:
@@ -166,6 +178,14 @@ private Q_SLOTS:
     void columnsFitTheirContentsAfterTheStart();
     void settingsMadeBeforehandApply();
     void searchAskedForBeforehandApplies();
+    void filterOfTheCommandLineAppliesAfterTheEditor()
+    {
+        compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
+    }
+    void searchOfTheCommandLineAppliesAfterTheEditor()
+    {
+        compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
+    }
     void failingBackEndQuitsWithoutShowingTheTable();
     void logIsOpenedAtTheStartIfAskedFor();
     void logStaysClosedOtherwise();
@@ -212,6 +232,13 @@ private Q_SLOTS:
     void shortcutsDoNothingWhileItWorks();
     void logCanBeOpenedWhileItWorks();
     void windowCannotBeClosedWhileItWorks();
+    void quittingIsRefusedWhileItWorks();
+    void operationEndsUnderTheAboutWindow();
+    void nothingWrongIsFilteredWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
+    void nothingWrongIsFoundWhileThePackagesAreReadAgain()
+    {
+        compareReadAgain(Search, "needle", {"editor", "many", "tool"});
+    }
     void focusComesBack();
     void refreshCollectsAnew();
     void refreshForgetsActionsAndTheirWarning();
@@ -238,6 +265,7 @@ private Q_SLOTS:
     void shortcutOpensTheLog();
     void menuOpensTheLog();
     void aboutTellsTheVersion();
+    void aboutOpensItsPageInTheBrowserOfTheUser();
     void shortcutQuits();
     void menuQuits();
     void closingQuits();
@@ -475,6 +503,22 @@ void MainWindowTest::searchAskedForBeforehandApplies()
     QCOMPARE(shown->sorted(), (QStringList{"editor", "many", "tool"}));
     QCOMPARE(usable(), usableWhenReady);
     QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::compareAfterTheEditor(Mode mode, const char* expression, const QStringList& listed)
+{
+    shown->window->setRepoEditorAtStart();
+    shown->window->setMode(mode);
+    shown->window->setRegexp(expression);
+    shown->window->setStateFilter(ViewAll);
+    const Once once([] { return QApplication::activeModalWidget() != nullptr; },
+                    [] { QApplication::activeModalWidget()->close(); });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QCOMPARE(shown->sorted(), listed);
+    // And another one afterwards.
+    shown->filter("too");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
 }
 
 void MainWindowTest::failingBackEndQuitsWithoutShowingTheTable()
@@ -1031,8 +1075,7 @@ void MainWindowTest::controlsAreTakenAwayWhileItWorks()
     QStringList seen;
     QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
                         [this, &seen] { seen << busyCursor() << usable() << shown->listed(); }));
-    // The rows stay, without the records that are being replaced.
-    QCOMPARE(seen, QStringList{"busy"} + usableWhileBusy + QStringList({"", ""}));
+    QCOMPARE(seen, QStringList{"busy"} + usableWhileBusy);
     QCOMPARE(usable(), usableWhenReady);
     QCOMPARE(busyCursor(), QString("none"));
 }
@@ -1073,6 +1116,74 @@ void MainWindowTest::windowCannotBeClosedWhileItWorks()
     QVERIFY(!closed);
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowTest::quittingIsRefusedWhileItWorks()
+{
+    shown->start();
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this] {
+                            shown->window->quit();
+                            QVERIFY(shown->window->isVisible());
+                        }));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(runToTheEnd([this] { shown->window->quit(); }), 0);
+    QVERIFY(!shown->window->isVisible());
+}
+
+void MainWindowTest::operationEndsUnderTheAboutWindow()
+{
+    shown->start();
+    QVERIFY(
+        inTheMiddle([this] { shown->press("Re&fresh"); },
+                    [this] { QTimer::singleShot(0, shown->window, [this] { shown->key(Qt::Key_F1); }); }));
+    QTRY_VERIFY(aboutBox() != nullptr);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QVERIFY(aboutBox() != nullptr);
+    // The table can be worked with beside it.
+    shown->filter("too");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+    QTest::keyClick(aboutBox(), Qt::Key_Escape);
+    QVERIFY(aboutBox() == nullptr);
+}
+
+void MainWindowTest::compareReadAgain(Mode mode, const QString& expression, const QStringList& before)
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->choose(shown->modeBox, mode);
+    shown->filter(expression);
+    QCOMPARE(shown->sorted(), before);
+    using S = StandIn;
+    // Other packages in the places of those that are listed.
+    standIn->setPackages({}, {S::package("shell"), S::package("games")},
+                         {S::package("zoo"), S::package("tooth", {{"summary", "needle"}}), S::package("one"),
+                          S::package("two"), S::package("three"), S::package("four")});
+    const QStringList after{"tooth"};
+    QStringList wrong;
+    QStringList told;
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, [&] {
+        const QStringList listed = shown->sorted();
+        if (listed.isEmpty()) {
+            told << shown->view->accessibleDescription();
+        } else if (listed != before && listed != after) {
+            wrong << listed.join(" ");
+        }
+    });
+    watch.start(1);
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this] {
+                            QTest::qWait(20);
+                            QCOMPARE(shown->listed(), QStringList());
+                        }));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), after);
+    QCOMPARE(wrong, QStringList());
+    told.removeDuplicates();
+    QCOMPARE(told, QStringList{"Reading the packages..."});
 }
 
 void MainWindowTest::focusComesBack()
@@ -1397,10 +1508,9 @@ void MainWindowTest::menuOpensTheLog()
 void MainWindowTest::aboutTellsTheVersion()
 {
     shown->start();
-    const Answers answers("OK");
     shown->key(Qt::Key_F1);
-    QCOMPARE(answers.titles, QStringList{"About"});
-    const QString text = answers.texts.first();
+    QTRY_VERIFY(aboutBox() != nullptr);
+    const QString text = aboutBox()->text();
     const QString expected =
         "<h3>VYRE 2.1.2</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
         "make "
@@ -1414,6 +1524,36 @@ void MainWindowTest::aboutTellsTheVersion()
     // And where to read on.
     const QRegularExpression rest("^<p>[^<]*<a href=\"(https://[^\"]+)\">\\1</a>[^<]*</p>$");
     QVERIFY2(rest.match(text.mid(expected.length())).hasMatch(), qPrintable(text.mid(expected.length())));
+}
+
+void MainWindowTest::aboutOpensItsPageInTheBrowserOfTheUser()
+{
+    shown->start();
+    shown->choose("&Help", "&About");
+    QTRY_VERIFY(aboutBox() != nullptr);
+    QLabel* link = nullptr;
+    for (QLabel* label : aboutBox()->findChildren<QLabel*>()) {
+        QVERIFY(!label->openExternalLinks());
+        if (label->text().contains("https://vyre.example/")) {
+            link = label;
+        }
+    }
+    QVERIFY(link != nullptr);
+    QFile program(Share::absolute("webbrowser"));
+    QVERIFY(program.open(QIODevice::WriteOnly));
+    program.write("#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.page\"\n");
+    program.close();
+    QVERIFY(program.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    const QSignalSpy clicked(link, SIGNAL(linkActivated(const QString&)));
+    for (int y = link->height() - 1; y >= 0 && clicked.isEmpty(); y -= 6) {
+        for (int x = 0; x < link->width() && clicked.isEmpty(); x += 20) {
+            QTest::mouseClick(link, Qt::LeftButton, {}, QPoint(x, y));
+        }
+    }
+    QFile page(Share::absolute("webbrowser.page"));
+    QTRY_VERIFY(page.exists());
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    QCOMPARE(page.readAll(), QByteArray("https://vyre.example/\n"));
 }
 
 void MainWindowTest::compareQuit(const std::function<void()>& quit)

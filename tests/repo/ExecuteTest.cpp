@@ -378,7 +378,9 @@ void ExecuteTest::aFailedForkIsShown()
         const ProcessLimit limit(0);
         run("exit 0");
     }
-    QCOMPARE(title, QStringLiteral("Help"));
+    // Nothing has waited for the window.
+    QVERIFY(title.isEmpty());
+    QTRY_COMPARE(title, QStringLiteral("Help"));
     QCOMPARE(text, QStringLiteral("fork() failed; errno = %1 (%2)").arg(EAGAIN).arg(strerror(EAGAIN)));
     QCOMPARE(parent, window.get());
     QCOMPARE(buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
@@ -392,18 +394,16 @@ void ExecuteTest::aFailedSecondForkIsToldToStandardError()
     QString text;
     for (rlim_t processes = 1; processes < 200 && text.isEmpty(); ++processes) {
         const StandardError errors;
-        bool shown = false;
-        QTimer answer;
-        connect(&answer, &QTimer::timeout, &answer, [&shown] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
-                shown = true;
-                QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
-            }
-        });
-        answer.start(1);
         {
             const ProcessLimit limit(processes);
             run("exit 0");
+        }
+        bool shown = false;
+        for (QWidget* each : QApplication::topLevelWidgets()) {
+            if (qobject_cast<QMessageBox*>(each) != nullptr && each->isVisible()) {
+                shown = true;
+                each->close();
+            }
         }
         if (!shown) {
             // The child has ended by now.
