@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "app/base/RepositoryFileLimit.h"
 #include "python/Python.h"
 #include "python/YumIOCTarget.h"
 
@@ -102,7 +103,9 @@ PyMODINIT_FUNC PyInit_yumIOC()
     PyRef module = PyRef::borrow(existingModule());
     if (!module) {
         module = PyRef(PyModule_Create(&definition));
-        if (!module || PyState_AddModule(module.get(), &definition) != 0) {
+        if (!module || PyState_AddModule(module.get(), &definition) != 0 ||
+            PyModule_AddIntConstant(module.get(), "repositoryFileLimit", repositoryFileLimit) != 0 ||
+            PyModule_AddIntConstant(module.get(), "repositorySectionLimit", repositorySectionLimit) != 0) {
             return nullptr;
         }
     }

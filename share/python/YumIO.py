@@ -8,6 +8,7 @@ Runs on Python 3.6 and later with dnf 4.
 """
 
 import bz2
+import codecs
 import ctypes
 import datetime
 import errno
@@ -19,6 +20,7 @@ import logging
 import lzma
 import os
 import re
+import stat
 import subprocess
 import sys
 import tempfile
@@ -41,6 +43,7 @@ import dnf.base
 import dnf.callback
 import dnf.comps
 import dnf.conf
+import dnf.conf.read
 import dnf.drpm
 import dnf.exceptions
 import dnf.lock
@@ -117,6 +120,73 @@ def configurationFile():
         if os.path.exists(inRoot(path)):
             return inRoot(path)
     return None
+
+
+# Files of repositories --------------------------------------------------------------------------------------
+
+# What a file that the program leaves alone begins with: it holds letters of two bytes.
+TWO_BYTE_MARKS = (b'\xff\xfe', b'\xfe\xff')
+
+
+def isUsable(path):
+    """Whether the program reads a configuration file, too: it tells the user of those that it leaves alone.
+
+    The package manager would wait for a pipe for ever, and for the end of what has none.
+    """
+    try:
+        # Opening a device may already have an effect.
+        if not stat.S_ISREG(os.stat(path).st_mode):
+            return False
+        descriptor = os.open(path, os.O_RDONLY | os.O_CLOEXEC | os.O_NOCTTY | os.O_NONBLOCK)
+    except FileNotFoundError:
+        return False
+    except OSError:
+        return True  # the package manager says what is wrong with it
+    try:
+        if not stat.S_ISREG(os.fstat(descriptor).st_mode):
+            return False
+        content = b''
+        while len(content) <= yumIOC.repositoryFileLimit:
+            block = os.read(descriptor, 1 << 20)
+            if not block:
+                return isText(content)
+            content += block
+        return False
+    except BlockingIOError:
+        return False
+    except OSError:
+        return True
+    finally:
+        os.close(descriptor)
+
+
+def isText(content):
+    """Whether the program takes the content of a configuration file for text; it does so by the same rules."""
+    if b'\0' in content or content.startswith(TWO_BYTE_MARKS):
+        return False
+    if content.startswith(codecs.BOM_UTF8):
+        content = content[len(codecs.BOM_UTF8):]
+    lines = [line.rstrip(b'\r') for line in content.split(b'\n')]
+    if len(lines) == 1 and b'\r' in lines[0]:
+        return False
+    return largestSection(b'\n'.join(lines)) <= yumIOC.repositorySectionLimit
+
+
+def largestSection(content):
+    """How many bytes the longest of the repositories takes; the main section is none."""
+    starts = [found.start() for found in re.finditer(b'^\\[', content, re.M)]
+    first = 0
+    while first < len(starts) and re.match(b'\\[main\\](\n|$)', content[starts[first]:starts[first] + 7]):
+        first += 1
+    ends = starts[first + 1:] + [len(content)]
+    return max((end - start for start, end in zip(starts[first:], ends)), default=0)
+
+
+class RepositoryReader(dnf.conf.read.RepoReader):
+    """Reads what the program reads."""
+
+    def _get_repos(self, path):
+        return super(RepositoryReader, self)._get_repos(path) if isUsable(path) else iter(())
 
 
 # Where distributions keep rpm's database in the managed system.
@@ -756,6 +826,13 @@ class Base(dnf.Base):
             self._remarked.add(text)
             self.remarks.append(text)
 
+    def read_all_repos(self, opts=None):
+        for repo in RepositoryReader(self.conf, opts):
+            try:
+                self.repos.add(repo)
+            except dnf.exceptions.ConfigError as e:
+                logging.getLogger('dnf').warning('%s', e)
+
     def _add_repo_to_sack(self, repo):
         # Change logs are fetched together with everything else, but not kept in memory: most runs need none.
         repo.load_metadata_other = True
@@ -965,6 +1042,8 @@ class YumIO:
 
         # Repositories are looked for in the same file, and it must not be the package manager's usual one.
         path = configurationFile() or os.devnull
+        if not isUsable(path):
+            path = os.devnull
         try:
             conf.read(path)
         except (dnf.exceptions.Error, OSError, ValueError) as e:

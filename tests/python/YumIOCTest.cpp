@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 
+#include "app/base/RepositoryFileLimit.h"
 #include "python/YumIOC.h"
 #include "python/YumIOCTarget.h"
 #include "tests/python/RecordingPython.h"
@@ -216,7 +217,14 @@ private Q_SLOTS:
                  QStringLiteral("stdoutWrite stderrWrite log errorlog downloadStart downloadProgress "
                                 "downloadMessage downloadEnd userconfirm reportDownloadSize reportRemoveSize "
                                 "listTransaction downloadRemotePayloads rpmtransInit rpmtransDel "
-                                "rpmtransProgress rpmtransScriptout postTransactionOutput gpgsigcheck"));
+                                "rpmtransProgress rpmtransScriptout postTransactionOutput gpgsigcheck "
+                                "repositoryFileLimit repositorySectionLimit"));
+    }
+
+    void moduleHasTheLimitsOfRepositoryFiles()
+    {
+        QCOMPARE(python->text("yumIOC.repositoryFileLimit"), QString::number(repositoryFileLimit));
+        QCOMPARE(python->text("yumIOC.repositorySectionLimit"), QString::number(repositorySectionLimit));
     }
 
     void functionReachesTheMemberOfItsName_data()

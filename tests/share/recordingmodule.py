@@ -1,5 +1,7 @@
 """A yumIOC module that records how it is called, as strict about arguments as the program's own."""
 
+import os
+import re
 import types
 
 # Function -> the format of its arguments: "s" a text, "l" and "L" a 64-bit integer, "d" a number, "O" anything;
@@ -68,6 +70,14 @@ def _text(value):
     return value
 
 
+def limits():
+    """The numbers that the program's own module has, from the header that it takes them from."""
+    sources = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+    with open(os.path.join(sources, "app", "base", "RepositoryFileLimit.h")) as header:
+        found = re.findall(r"^constexpr int (\w+) = (\d+) << (\d+);$", header.read(), re.M)
+    return {name: int(number) << int(shift) for name, number, shift in found}
+
+
 class Recording(object):
     """What was called, in order, and the answers to give.
 
@@ -84,6 +94,8 @@ class Recording(object):
         self.module = types.ModuleType("yumIOC")
         for name in FORMATS:
             setattr(self.module, name, self._function(name))
+        for name, value in limits().items():
+            setattr(self.module, name, value)
 
     def _function(self, name):
         def function(*arguments):

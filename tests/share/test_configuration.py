@@ -7,6 +7,7 @@ import subprocess
 import sys
 import threading
 
+from recordingmodule import limits
 from scenario import ScenarioTest, in_own_process
 
 LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
@@ -46,10 +47,11 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
 
     @in_own_process
-    def test_a_configuration_file_that_is_not_text_is_reported(self):
+    def test_a_configuration_file_that_is_not_text_is_left_out(self):
         self.write("/etc/yum.conf", b"\x00\xff\xfe[main]\n\xe9=\xe9\n")
         yumio = self.load()
-        self.assertIn("/etc/yum.conf", "\n".join(self.recording.errors()))
+        # The program names it.
+        self.assertEqual(self.recording.errors(), [])
         self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
         self.assert_no_faults()
 
@@ -69,6 +71,59 @@ class ConfigurationTest(ScenarioTest):
         self.assertIn("broken.repo", errors)
         self.assertIn("not a name!", errors)
         self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+
+    @in_own_process
+    def test_what_the_program_leaves_alone_is_left_out(self):
+        place = self.sandbox.root + "/etc/yum.repos.d/"
+        odd = "[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
+        section = limits()["repositorySectionLimit"]
+        whole = limits()["repositoryFileLimit"]
+        os.mkfifo(place + "pipe.repo")
+        for name, target in (("mask", "/dev/null"), ("endless", "/dev/zero"), ("dangling", "/nowhere"),
+                             ("loop", "loop.repo"), ("long", "pipe.repo")):
+            os.symlink(target, place + name + ".repo")
+        for name, content in (("utf16", odd.encode("utf-16")), ("utf16le", odd.encode("utf-16-le")),
+                              ("null", odd.encode() + b"proxy=a\0b\n"), ("returns", odd.replace("\n", "\r").encode()),
+                              ("line", odd.encode() + b"#" * section + b"\n"),
+                              ("returnsonly", b"\r" * whole + b"x"),
+                              ("lines", odd.encode() + b"#\n" * section),
+                              ("large", odd.encode() + b"[x]\n" * (whole // 4))):
+            self.write("/etc/yum.repos.d/" + name + ".repo", content)
+        os.truncate(place + "large.repo", 50000000)
+        yumio = self.load()
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        # The program names them.
+        self.assertEqual(self.recording.errors(), [])
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_what_other_systems_write_is_read(self):
+        section = "[{0}]\nname={0}\nbaseurl=file:///nowhere\nenabled=0\n"
+        self.write("/etc/yum.repos.d/mark.repo", b"\xef\xbb\xbf" + section.format("mark").encode())
+        self.write("/etc/yum.repos.d/both.repo",
+                   b"\xef\xbb\xbf" + section.format("both").replace("\n", "\r\n").encode())
+        self.write("/etc/yum.repos.d/returns.repo", section.format("returns").replace("\n", "\r\n"))
+        self.write("/etc/yum.repos.d/latin.repo", section.format("latin").encode() + b"# \xe9\n")
+        yumio = self.load()
+        added = ("mark", "both", "returns", "latin")
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT + added))
+        self.assertEqual([yumio.base.repos[name].enabled for name in added], [0, 0, 0, 0])
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_a_main_file_that_the_program_leaves_alone_is_left_out(self):
+        main = self.sandbox.root + "/etc/yum.conf"
+        os.unlink(main)
+        os.mkfifo(main)
+        yumio = self.load()
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        os.unlink(main)
+        # Its own options are not limited, as those of a repository are.
+        self.write("/etc/yum.conf", "[main]\ndebuglevel=7\n" + "#" * limits()["repositorySectionLimit"] + "\n")
+        yumio.reset()
+        self.assertEqual(yumio.base.conf.debuglevel, 7)
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
     def test_the_configuration_file_in_etc_yum_is_preferred(self):
