@@ -315,6 +315,7 @@ void MainWindow::initialize()
 
     yumConfIO = new YumConfIO(repoOverrides, sessionEnabled);
     connect(yumConfIO, SIGNAL(changed()), this, SLOT(yumConfIOChanged()));
+    connect(yumConfIO, SIGNAL(noted(const QString&)), this, SLOT(yumConfIONoted(const QString&)));
     model->setYumConfIO(yumConfIO);
     if (logAtStart) {
         displayLog();
@@ -482,6 +483,13 @@ void MainWindow::yumConfIOChanged()
     cleanMetadataAction->setToolTip(
         tr("Clean metadata (mostly XML or compressed XML) cached locally in %1").arg(directory));
     cleanAllAction->setToolTip(tr("Clean all data cached locally in %1").arg(directory));
+}
+
+void MainWindow::yumConfIONoted(const QString& text)
+{
+    if (!quitting()) {
+        yumIO->log(Log::Warning, 0, text);
+    }
 }
 
 void MainWindow::setReady(bool ready)

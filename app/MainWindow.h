@@ -68,6 +68,8 @@ public Q_SLOTS:
     void reposChanged();
     void initialize();
     void yumConfIOChanged();
+    // Something that the writing of the configuration has done.
+    void yumConfIONoted(const QString& text);
     void quit();
     void displayLog();
     // At the start, closing the editor has the packages collected even if nothing was changed.

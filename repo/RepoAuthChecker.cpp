@@ -30,6 +30,7 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
     bool haveForAll = false;
     Auth forAll;
     QHash<QString, Auth> byHost;
+    QHash<QString, Auth> given;
     bool goOn = true;
     for (int i = 0; goOn && i < yumConfIO->entries.size(); ++i) {
         Repo::Entry& entry = yumConfIO->entries[i];
@@ -42,12 +43,9 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
             dialog = new Dialog(parent);
         }
         const QString host = hostOf(entry);
-        if (haveForAll) {
-            replace(entry, forAll);
-            continue;
-        }
-        if (byHost.contains(host)) {
-            replace(entry, byHost.value(host));
+        if (haveForAll || byHost.contains(host)) {
+            given.insert(entry.id, haveForAll ? forAll : byHost.value(host));
+            replace(entry, given.value(entry.id));
             continue;
         }
         const int result = dialog->exec(&entry);
@@ -57,6 +55,7 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
         case Dialog::ApplyHost:
             findAuth(entry, found);
             changed = changed || !found.name.isEmpty() || !found.password.isEmpty();
+            given.insert(entry.id, found);
             if (result == Dialog::ApplyAll) {
                 haveForAll = true;
                 forAll = found;
@@ -80,7 +79,21 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
         dialog->hide();
     }
     if (changed) {
-        yumConfIO->write(parent);
+        write(parent, yumConfIO, given);
+    }
+}
+
+// Once more, with what other programs have made of the files meanwhile, if the user wants that.
+void Checker::write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, Auth>& given)
+{
+    while (!yumConfIO->write(parent) && yumConfIO->readAgainWanted && yumConfIO->read(parent)) {
+        for (Repo::Entry& entry : yumConfIO->entries) {
+            Auth found;
+            if (given.contains(entry.id) && findAuth(entry, found) && found.name.isEmpty() &&
+                found.password.isEmpty()) {
+                replace(entry, given.value(entry.id));
+            }
+        }
     }
 }
 

@@ -6,6 +6,7 @@
 #ifndef REPO_REPOAUTHCHECKER_H
 #define REPO_REPOAUTHCHECKER_H
 
+#include <QHash>
 #include <QPointer>
 #include <QString>
 
@@ -40,6 +41,7 @@ public:
 
 private:
     static QString hostOf(Repo::Entry const& entry);
+    static void write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, Auth>& given);
     static void replace(Repo::Entry& entry, Auth const& auth);
 
     QPointer<Dialog> dialog; // null until first needed

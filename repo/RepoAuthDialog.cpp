@@ -91,6 +91,11 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
         label->setMaximumWidth(30 * label->fontMetrics().averageCharWidth());
     }
     layout->addLayout(fields);
+    fileLabel = makeLabel();
+    fileLabel->setWordWrap(true);
+    // A long path must not widen the window.
+    fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    layout->addWidget(fileLabel);
     layout->addWidget(new HSeparator(this));
     layout->addLayout(createButtons());
 
@@ -154,6 +159,10 @@ int Dialog::exec(Repo::Entry* asked)
     passwordLabel->setText(passwordKey.isEmpty() ? tr("Password") : passwordKey);
     passwordField->setAccessibleName(passwordLabel->text());
     passwordField->setText(password);
+    fileLabel->setText(
+        tr("The name and the password will be kept in the file %1, which only its owner and its group "
+           "can read then.")
+            .arg(entry->file));
 
     setButtonsEnabled(true);
     // A focused button is the default one, and is not any more for the next repository.

@@ -66,6 +66,7 @@ private:
     QLineEdit* authNameField;
     QLabel* passwordLabel;
     QLineEdit* passwordField;
+    QLabel* fileLabel;
     QList<QPushButton*> buttons;
 
     Repo::Entry* entry; // not owned; null while nothing is asked

@@ -292,7 +292,13 @@ bool Dialog::apply()
             model->reset();
             updateStatusLabel();
         }
+        if (yumConfIO->readAgainWanted) {
+            resetAll();
+        }
         return false;
+    }
+    if (yumConfIO->outdated) {
+        readWhole = yumConfIO->read(this);
     }
     model->reset();
     // No repository that was written is without an identifier: none is current then.

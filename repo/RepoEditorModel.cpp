@@ -41,6 +41,14 @@ QString headerToolTip(int column)
     }
 }
 
+// Nobody reads on, and a view takes long to find out how wide such a text is.
+constexpr int shownLetters = 1000;
+
+QString shown(const QString& text)
+{
+    return text.size() <= shownLetters ? text : text.left(shownLetters) + QChar(0x2026);
+}
+
 } // namespace
 
 Model::Model(YumIO* backEnd, YumConfIO* conf, QObject* parent)
@@ -111,7 +119,7 @@ QVariant Model::data(const QModelIndex& index, int role) const
         break;
     case IdentifierColumn:
         if (role == Qt::DisplayRole) {
-            return entry.id.isEmpty() ? QStringLiteral("(new)") : entry.id;
+            return entry.id.isEmpty() ? QStringLiteral("(new)") : shown(entry.id);
         }
         if (role == Qt::FontRole && entry.id.isEmpty()) {
             return italicFont;
@@ -119,7 +127,7 @@ QVariant Model::data(const QModelIndex& index, int role) const
         break;
     case NameColumn:
         if (role == Qt::DisplayRole) {
-            return entry.name;
+            return shown(entry.name);
         }
         break;
     default:

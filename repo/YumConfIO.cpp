@@ -10,62 +10,21 @@
 #include <memory>
 
 #include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "app/base/Credentials.h"
 #include "app/base/ManagedRoot.h"
+#include "repo/SafeFile.h"
 #include "widgets/HMessageBox.h"
 
 namespace {
-
-struct FileCloser
-{
-    void operator()(FILE* file) const { fclose(file); }
-};
-using FileGuard = std::unique_ptr<FILE, FileCloser>;
 
 struct DirectoryCloser
 {
     void operator()(DIR* directory) const { closedir(directory); }
 };
 using DirectoryGuard = std::unique_ptr<DIR, DirectoryCloser>;
-
-FileGuard openForReading(const QString& path)
-{
-    return FileGuard(fopen(QFile::encodeName(path).constData(), "re"));
-}
-
-// Truncates the file, or creates it with `mode` less the umask. An existing file keeps its mode and its
-// owner, and a symbolic link is followed.
-FileGuard openForWriting(const QString& path, mode_t mode)
-{
-    const int descriptor =
-        open(QFile::encodeName(path).constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, mode);
-    if (descriptor < 0) {
-        return nullptr;
-    }
-    FileGuard file(fdopen(descriptor, "w"));
-    if (!file) {
-        const int failure = errno;
-        close(descriptor);
-        errno = failure;
-    }
-    return file;
-}
-
-bool writeText(FILE* file, const QString& text)
-{
-    const QByteArray bytes = text.toUtf8();
-    return fwrite(bytes.constData(), 1, size_t(bytes.size()), file) == size_t(bytes.size());
-}
-
-// Only closing shows whether the last of the buffered text reached the disk.
-bool closeWritten(FileGuard file)
-{
-    return fclose(file.release()) == 0;
-}
 
 // The next entry whose name ends in ".repo"; a null name at the end of the directory, or on failure with
 // errno set.
@@ -84,22 +43,9 @@ QString nextRepoFile(DIR* directory)
     }
 }
 
-// A pipe keeps its reader waiting until somebody writes into it, and a device may do so for ever or give
-// bytes without end.
-bool mayHaveNoEnd(const struct stat& status)
-{
-    return S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
-}
-
 bool holdsPassword(const QString& text)
 {
     return Credentials::holds(text, Credentials::Text::Options);
-}
-
-bool holdsPassword(const Repo::Entry& entry)
-{
-    return holdsPassword(entry.name) || holdsPassword(entry.baseurl) || holdsPassword(entry.mirrorlist) ||
-           holdsPassword(entry.options);
 }
 
 bool isBlank(QChar character)
@@ -113,15 +59,38 @@ bool isOn(const QString& value)
     return value != QLatin1String("0");
 }
 
-// The text may come from a file: it is never taken as rich text.
-QMessageBox::StandardButton showCritical(QWidget* parent, const QString& title, const QString& text,
-                                         QMessageBox::StandardButtons buttons,
-                                         QMessageBox::StandardButton preferred)
+// More names than this are not listed in a message.
+constexpr int listedNames = 20;
+constexpr int listedIdentifiers = 100;
+
+// So many files are written before their names are changed; each stays open until then.
+constexpr int filesAtOnce = 200;
+
+QString listOf(QStringList names)
 {
-    HMessageBox box(QMessageBox::Critical, title, text, buttons, parent);
+    if (names.size() > listedNames) {
+        names = names.mid(0, listedNames);
+        names.append(QStringLiteral("..."));
+    }
+    return names.join(QLatin1Char('\n'));
+}
+
+// The text may come from a file: it is never taken as rich text.
+QMessageBox::StandardButton showBox(QWidget* parent, const QString& title, const QString& text,
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton preferred,
+                                    QMessageBox::Icon icon = QMessageBox::Critical)
+{
+    HMessageBox box(icon, title, text, buttons, parent);
     box.setDefaultButton(preferred);
     box.setEscapeButton(preferred);
     return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+QString directoryOf(const QString& path)
+{
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    return slash < 0 ? QStringLiteral(".") : slash == 0 ? QStringLiteral("/") : path.left(slash);
 }
 
 } // namespace
@@ -130,6 +99,8 @@ YumConfIO::YumConfIO(QList<YumRepoEnabled> const& requests, QHash<QString, bool>
     : enableRequests(requests), sessionEnabled(session)
 {
 }
+
+YumConfIO::~YumConfIO() = default;
 
 QString YumConfIO::fileName()
 {
@@ -154,33 +125,114 @@ bool YumConfIO::read(QWidget* window)
     // A read that failed in the middle of a file leaves lines behind.
     pendingLines.clear();
     doubts.clear();
+    knownFiles.clear();
+    knownNumbers.clear();
+    readAgainWanted = false;
+    outdated = false;
 
-    {
-        const QString path = fileName();
-        const FileGuard file = openForReading(path);
-        if (!file) {
-            error(tr("Unable to read yum configuration file %1").arg(path));
-            return false;
-        }
-        if (!readConfFile(file.get())) {
-            return false;
-        }
+    if (!readMainFile()) {
+        return false;
     }
     for (const QString& directory : qAsConst(reposdir)) {
         if (!readRepoDirectory(directory)) {
             return false;
         }
     }
+    doubtCopies();
     Q_EMIT changed();
     return true;
 }
 
-bool YumConfIO::readConfFile(FILE* file)
+bool YumConfIO::readMainFile()
 {
-    const QString path = fileName();
+    mainFile = fileName();
+    const Repo::File file = Repo::File::read(mainFile);
+    errno = file.failure;
+    switch (file.state) {
+    case Repo::File::Directory:
+    case Repo::File::Unreadable:
+        error(tr("Error reading repository configuration file %1").arg(mainFile));
+        return false;
+    case Repo::File::LeftAlone:
+        if (file.failure == 0) {
+            keep(mainFile, file, 0, true);
+            return true;
+        }
+        break;
+    case Repo::File::Text: {
+        Lines lines = linesOf(file, mainFile);
+        if (!readConfFile(lines)) {
+            return false;
+        }
+        keep(mainFile, file, 0, true);
+        return true;
+    }
+    default:
+        break;
+    }
+    error(tr("Unable to read yum configuration file %1").arg(mainFile));
+    return false;
+}
+
+YumConfIO::Lines YumConfIO::linesOf(const Repo::File& file, const QString& path)
+{
+    if (!file.isAscii) {
+        doubts.append(
+            tr("%1 has letters beyond ASCII. Each of them becomes two other ones when the file is written.")
+                .arg(path));
+    }
+    return {file.text, 0};
+}
+
+void YumConfIO::keep(const QString& path, const Repo::File& file, int firstEntry, bool isMain)
+{
+    if (file.state != Repo::File::Text) {
+        knownNumbers.insert(file.number, -1);
+        doubts.append(file.reason);
+        return;
+    }
+    Known known;
+    known.path = path;
+    known.canonical = Repo::canonicalPath(path);
+    known.file = file;
+    known.file.text.clear();
+    known.unedited = textOf(isMain ? mainText : QString(), entries.mid(firstEntry));
+    known.isMain = isMain;
+    if (!isMain) {
+        known.names.append(path);
+    }
+    knownNumbers.insert(file.number, knownFiles.size());
+    knownFiles.append(known);
+}
+
+// Of programs that were killed while they wrote.
+void YumConfIO::doubtCopies()
+{
+    QSet<QString> directories;
+    for (const QString& directory : qAsConst(reposdir) + SafeFile::copyDirectories()) {
+        directories.insert(Repo::canonicalPath(directory));
+    }
+    for (const Known& known : qAsConst(knownFiles)) {
+        directories.insert(directoryOf(known.canonical));
+    }
+    QStringList copies;
+    for (const QString& directory : qAsConst(directories)) {
+        copies += SafeFile::leftCopies(directory);
+    }
+    copies.sort();
+    for (const QString& copy : qAsConst(copies)) {
+        doubts.append(
+            tr("The writing of a configuration file was cut off. The text that it had before is in %1")
+                .arg(copy));
+    }
+}
+
+bool YumConfIO::readConfFile(Lines& lines)
+{
+    const QString path = mainFile;
     for (;;) {
         QString line;
-        const int result = readLogicalLine(file, path, line);
+        const int result = readLogicalLine(lines, line);
         if (result == ReadError) {
             return false;
         }
@@ -210,7 +262,7 @@ bool YumConfIO::readConfFile(FILE* file)
         }
         mainText += line + QLatin1Char('\n');
     }
-    return readRepoFile(file, path);
+    return readRepoFile(lines, path);
 }
 
 void YumConfIO::doubtSwitch(const QString& path, const QString& id, const QString& line, const QString& value)
@@ -223,16 +275,6 @@ void YumConfIO::doubtSwitch(const QString& path, const QString& id, const QStrin
     }
 }
 
-void YumConfIO::doubtLetters(const QString& path)
-{
-    const QString doubt =
-        tr("%1 has letters beyond ASCII. Each of them becomes two other ones when the file is written.")
-            .arg(path);
-    if (!doubts.contains(doubt)) {
-        doubts.append(doubt);
-    }
-}
-
 bool YumConfIO::readRepoDirectory(const QString& directory)
 {
     const DirectoryGuard listing(opendir(QFile::encodeName(directory).constData()));
@@ -242,20 +284,43 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
     for (QString name = nextRepoFile(listing.get()); !name.isNull(); name = nextRepoFile(listing.get())) {
         const QString path = directory + QLatin1Char('/') + name;
         struct stat status;
-        if (stat(QFile::encodeName(path).constData(), &status) != 0) {
+        if (stat(QFile::encodeName(path).constData(), &status) == 0) {
+            const auto found = knownNumbers.constFind(Repo::numberOf(status));
+            if (found != knownNumbers.constEnd()) {
+                // The same file by another name, or in the same directory by another name of that.
+                if (*found >= 0 && !knownFiles.at(*found).isMain) {
+                    knownFiles[*found].names.append(path);
+                }
+                continue;
+            }
+        }
+        const Repo::File file = Repo::File::read(path);
+        errno = file.failure;
+        switch (file.state) {
+        case Repo::File::Missing:
+        case Repo::File::Directory:
+            break;
+        case Repo::File::NoStatus:
             error(tr("Unable to stat repository configuration file %1").arg(path));
             return false;
-        }
-        if (S_ISDIR(status.st_mode) || mayHaveNoEnd(status)) {
-            continue;
-        }
-        const FileGuard file = openForReading(path);
-        if (!file) {
+        case Repo::File::Unopenable:
             error(tr("Unable to read repository configuration file %1").arg(path));
             return false;
-        }
-        if (!readRepoFile(file.get(), path)) {
+        case Repo::File::Unreadable:
+            error(tr("Error reading repository configuration file %1").arg(path));
             return false;
+        case Repo::File::LeftAlone:
+            keep(path, file, entries.size(), false);
+            break;
+        case Repo::File::Text: {
+            const int firstEntry = entries.size();
+            Lines lines = linesOf(file, path);
+            if (!readRepoFile(lines, path)) {
+                return false;
+            }
+            keep(path, file, firstEntry, false);
+            break;
+        }
         }
     }
     if (errno != 0) {
@@ -266,7 +331,7 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
     return true;
 }
 
-bool YumConfIO::readRepoFile(FILE* file, const QString& path)
+bool YumConfIO::readRepoFile(Lines& lines, const QString& path)
 {
     Repo::Entry entry;
     entry.file = path;
@@ -286,7 +351,7 @@ bool YumConfIO::readRepoFile(FILE* file, const QString& path)
 
     for (;;) {
         QString line;
-        const int result = readLogicalLine(file, path, line);
+        const int result = readLogicalLine(lines, line);
         if (result == ReadError) {
             return false;
         }
@@ -335,10 +400,10 @@ bool YumConfIO::readRepoFile(FILE* file, const QString& path)
     }
 }
 
-int YumConfIO::readLogicalLine(FILE* file, const QString& path, QString& line)
+int YumConfIO::readLogicalLine(Lines& lines, QString& line)
 {
     if (pendingLines.isEmpty()) {
-        const int result = readLine(file, path, line);
+        const int result = readLine(lines, line);
         if (result != LineRead) {
             return result;
         }
@@ -351,43 +416,28 @@ int YumConfIO::readLogicalLine(FILE* file, const QString& path, QString& line)
     }
     for (;;) {
         QString next;
-        const int result = readLine(file, path, next);
-        if (result == ReadError) {
-            return ReadError;
-        }
-        if (result == EndOfFile) {
+        if (readLine(lines, next) == EndOfFile) {
             return LineRead;
         }
         if (next.isEmpty() || !isBlank(next.at(0))) {
             pendingLines.append(next);
             return LineRead;
         }
-        line += QLatin1Char('\n') + next;
+        line += QLatin1Char('\n');
+        line += next;
     }
 }
 
-int YumConfIO::readLine(FILE* file, const QString& path, QString& line)
+int YumConfIO::readLine(Lines& lines, QString& line)
 {
-    line.clear();
-    for (;;) {
-        errno = 0;
-        const int byte = fgetc(file);
-        if (byte == EOF) {
-            break;
-        }
-        if (byte == '\n') {
-            return LineRead;
-        }
-        line += QLatin1Char(char(byte));
-        if (byte > 0x7f) {
-            doubtLetters(path);
-        }
+    if (lines.next >= lines.text.size()) {
+        line.clear();
+        return EndOfFile;
     }
-    if (errno != 0) {
-        error(tr("Error reading repository configuration file %1").arg(path));
-        return ReadError;
-    }
-    return line.isEmpty() ? EndOfFile : LineRead;
+    const int end = lines.text.indexOf(QLatin1Char('\n'), lines.next);
+    line = lines.text.mid(lines.next, end < 0 ? -1 : end - lines.next);
+    lines.next = end < 0 ? lines.text.size() : end + 1;
+    return LineRead;
 }
 
 void YumConfIO::unreadLine(const QString& line)
@@ -440,18 +490,21 @@ bool YumConfIO::hasEmptyId() const
 
 QString YumConfIO::getDuplicateId() const
 {
-    QString duplicates;
-    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-        for (auto later = entry + 1; later != entries.end(); ++later) {
-            if (*entry == *later) {
-                if (!duplicates.isEmpty()) {
-                    duplicates += QStringLiteral(", ");
-                }
-                duplicates += entry->id;
+    QHash<QString, int> later;
+    for (const Repo::Entry& entry : entries) {
+        ++later[entry.id];
+    }
+    QStringList duplicates;
+    for (const Repo::Entry& entry : entries) {
+        const int times = --later[entry.id];
+        for (int i = 0; i < times; ++i) {
+            if (duplicates.size() == listedIdentifiers) {
+                return duplicates.join(QStringLiteral(", ")) + QStringLiteral(", ...");
             }
+            duplicates.append(entry.id);
         }
     }
-    return duplicates;
+    return duplicates.join(QStringLiteral(", "));
 }
 
 bool YumConfIO::checkErrors()
@@ -470,8 +523,8 @@ bool YumConfIO::checkErrors()
         return true;
     }
     const QMessageBox::StandardButton answer =
-        showCritical(parent, tr("Repository Editor"), messages.join(QLatin1Char('\n')) + tr("  Proceed?"),
-                     QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+        showBox(parent, tr("Repository Editor"), messages.join(QLatin1Char('\n')) + tr("  Proceed?"),
+                QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     if (answer != QMessageBox::Yes) {
         return false;
     }
@@ -512,55 +565,353 @@ bool YumConfIO::filePositionLessThan(const Repo::Entry& left, const Repo::Entry&
 bool YumConfIO::write(QWidget* window)
 {
     parent = window;
+    readAgainWanted = false;
+    outdated = false;
     if (!checkErrors()) {
         return false;
     }
     cleanupWrite(entries);
-    QList<Repo::Entry> sorted = entries;
-    std::stable_sort(sorted.begin(), sorted.end(), filePositionLessThan);
-
-    QSet<QString> written;
-    for (int first = 0; first < sorted.size();) {
-        const QString path = sorted.at(first).file;
-        QList<Repo::Entry> sections;
-        for (; first < sorted.size() && sorted.at(first).file == path; ++first) {
-            sections.append(sorted.at(first));
-        }
-        if (!writeFile(path, sections)) {
-            return false;
-        }
-        written.insert(path);
+    QList<Target> list = targets();
+    QList<int> removed = unused(list);
+    if (!respectChanges(list, removed)) {
+        return false;
     }
-    const QString mainFile = fileName();
-    if (!written.contains(mainFile)) {
-        if (!writeFile(mainFile, QList<Repo::Entry>())) {
-            return false;
-        }
-        written.insert(mainFile);
-    }
-    return removeUnusedFiles(written);
+    removeLeftovers();
+    return writeFiles(list) && removeUnusedFiles(removed) && reportOutdated(list);
 }
 
-bool YumConfIO::writeFile(const QString& path, const QList<Repo::Entry>& sections)
+QList<YumConfIO::Target> YumConfIO::targets() const
 {
-    const QString beginning = path == fileName() ? mainText : QString();
-    const bool secret = holdsPassword(beginning) ||
-                        std::any_of(sections.begin(), sections.end(),
-                                    [](const Repo::Entry& entry) { return holdsPassword(entry); });
-    FileGuard file = openForWriting(path, secret ? S_IRUSR | S_IWUSR : 0666);
-    bool good = file && writeText(file.get(), beginning);
-    for (int i = 0; good && i < sections.size(); ++i) {
-        good =
-            (i == 0 || writeText(file.get(), QStringLiteral("\n"))) && writeRepo(file.get(), sections.at(i));
+    QHash<QString, int> byPath;
+    for (int i = knownFiles.size() - 1; i >= 0; --i) {
+        byPath.insert(knownFiles.at(i).canonical, i);
     }
-    if (!good || !closeWritten(std::move(file))) {
-        error(tr("Unable to write repository configuration file %1").arg(path));
-        return false;
+    for (int i = knownFiles.size() - 1; i >= 0; --i) {
+        byPath.insert(knownFiles.at(i).path, i);
+    }
+    QHash<Repo::FileNumber, int> byNumber;
+    const auto find = [&](const QString& path) {
+        int known = byPath.value(path, -1);
+        struct stat status;
+        if (known < 0) {
+            known = byPath.value(Repo::canonicalPath(path), -1);
+        }
+        if (known < 0 && stat(QFile::encodeName(path).constData(), &status) == 0) {
+            if (byNumber.isEmpty()) {
+                byNumber = numbersOfKnown();
+            }
+            known = byNumber.value(Repo::numberOf(status), -1);
+        }
+        return known;
+    };
+
+    QList<Target> result;
+    QHash<QString, int> byEntryFile; // indexes into the result
+    QHash<QString, int> byPlace;
+    QList<Repo::Entry> sorted = entries;
+    for (Repo::Entry& entry : sorted) {
+        if (!byEntryFile.contains(entry.file)) {
+            Target target;
+            target.known = find(entry.file);
+            const QString place =
+                target.known < 0 ? Repo::canonicalPath(entry.file) : knownFiles.at(target.known).canonical;
+            if (!byPlace.contains(place)) {
+                byPlace.insert(place, result.size());
+                target.path = target.known < 0 ? entry.file : knownFiles.at(target.known).path;
+                result.append(target);
+            }
+            byEntryFile.insert(entry.file, byPlace.value(place));
+        }
+        entry.file = result.at(byEntryFile.value(entry.file)).path;
+    }
+    std::stable_sort(sorted.begin(), sorted.end(), filePositionLessThan);
+    for (const Repo::Entry& entry : qAsConst(sorted)) {
+        result[byEntryFile.value(entry.file)].sections.append(entry);
+    }
+    std::sort(result.begin(), result.end(),
+              [](const Target& left, const Target& right) { return left.path < right.path; });
+
+    for (int i = 0; i < knownFiles.size(); ++i) {
+        const auto isThis = [i](const Target& target) { return target.known == i; };
+        if (knownFiles.at(i).isMain && std::none_of(result.cbegin(), result.cend(), isThis)) {
+            Target main;
+            main.path = knownFiles.at(i).path;
+            main.known = i;
+            result.append(main);
+        }
+    }
+    for (Target& target : result) {
+        const Known* const known = target.known < 0 ? nullptr : &knownFiles.at(target.known);
+        target.text = textOf(known != nullptr && known->isMain ? mainText : QString(), target.sections);
+        target.edited = known == nullptr || target.text != known->unedited;
+    }
+    return result;
+}
+
+// As they are now: another program may have replaced a file.
+QHash<Repo::FileNumber, int> YumConfIO::numbersOfKnown() const
+{
+    QHash<Repo::FileNumber, int> result;
+    for (int i = knownFiles.size() - 1; i >= 0; --i) {
+        struct stat status;
+        if (stat(QFile::encodeName(knownFiles.at(i).path).constData(), &status) == 0) {
+            result.insert(Repo::numberOf(status), i);
+        }
+    }
+    return result;
+}
+
+QList<int> YumConfIO::unused(const QList<Target>& list) const
+{
+    QSet<int> used;
+    for (const Target& target : list) {
+        used.insert(target.known);
+    }
+    QList<int> result;
+    for (int i = 0; i < knownFiles.size(); ++i) {
+        const Known& known = knownFiles.at(i);
+        // What held no repository from the beginning was not edited.
+        if (!used.contains(i) && !known.names.isEmpty() &&
+            (known.file.isPlain || !known.unedited.isEmpty())) {
+            result.append(i);
+        }
+    }
+    return result;
+}
+
+bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
+{
+    QStringList changedFiles;
+    if (fileName() != mainFile) {
+        changedFiles.append(fileName());
+    }
+    for (Target& target : list) {
+        if (target.known < 0) {
+            struct stat status;
+            if (lstat(QFile::encodeName(target.path).constData(), &status) == 0 && !S_ISDIR(status.st_mode)) {
+                changedFiles.append(target.path);
+            }
+            continue;
+        }
+        const Known& known = knownFiles.at(target.known);
+        const Repo::File now = Repo::File::read(known.path);
+        target.outdated = now.state != Repo::File::Text || now.bytes != known.file.bytes;
+        if (target.edited && target.outdated) {
+            changedFiles.append(target.path);
+        }
+        // What was not edited is put into the form that we write only where no letter is lost by it.
+        target.skipped = !target.edited && (target.outdated || !known.file.isPlain ||
+                                            known.file.encoded(target.text) == known.file.bytes);
+    }
+    QList<int> good;
+    for (const int i : qAsConst(removed)) {
+        const Known& known = knownFiles.at(i);
+        const Repo::File now = Repo::File::read(known.path);
+        if (now.state == Repo::File::Text && now.bytes == known.file.bytes) {
+            good.append(i);
+        } else if (now.state != Repo::File::Missing && !known.unedited.isEmpty()) {
+            changedFiles.append(known.path);
+        }
+    }
+    removed = good;
+    if (changedFiles.isEmpty()) {
+        return true;
+    }
+    readAgainWanted =
+        showBox(
+            parent, tr("Repository Editor"),
+            tr("Nothing is written: other programs have made or changed these files since they were read, or "
+               "they are left alone.\n%1\nRead all files again, and lose what was edited here?")
+                .arg(listOf(changedFiles)),
+            QMessageBox::Yes | QMessageBox::No, QMessageBox::No, QMessageBox::Warning) == QMessageBox::Yes;
+    return false;
+}
+
+void YumConfIO::removeLeftovers() const
+{
+    QSet<QString> directories;
+    for (const Known& known : knownFiles) {
+        directories.insert(directoryOf(known.canonical));
+    }
+    for (const QString& directory : reposdir) {
+        directories.insert(Repo::canonicalPath(directory));
+    }
+    for (const QString& directory : qAsConst(directories)) {
+        SafeFile::removeLeftovers(directory);
+    }
+}
+
+bool YumConfIO::writeFiles(QList<Target>& list)
+{
+    std::vector<std::unique_ptr<SafeFile>> files;
+    QList<Target*> ready;
+    for (Target& target : list) {
+        if (target.skipped) {
+            continue;
+        }
+        auto file = std::make_unique<SafeFile>();
+        if (!makeReady(*file, target)) {
+            const int failure = errno;
+            // What stands before it is written all the same.
+            if (commit(files, ready)) {
+                errno = failure;
+                error(tr("Unable to write repository configuration file %1").arg(target.path));
+            }
+            return false;
+        }
+        files.push_back(std::move(file));
+        ready.append(&target);
+        if (ready.size() == filesAtOnce) {
+            if (!commit(files, ready)) {
+                return false;
+            }
+            files.clear();
+            ready.clear();
+        }
+    }
+    return commit(files, ready);
+}
+
+bool YumConfIO::makeReady(SafeFile& file, const Target& target)
+{
+    const bool secret = target.edited && holdsPassword(target.text);
+    if (target.known < 0) {
+        return file.create(target.path, target.text.toUtf8(), secret ? S_IRUSR | S_IWUSR : 0666);
+    }
+    const Repo::File& known = knownFiles.at(target.known).file;
+    return file.replace(target.path, known.bytes, known.encoded(target.text), !secret);
+}
+
+bool YumConfIO::commit(std::vector<std::unique_ptr<SafeFile>>& files, const QList<Target*>& list)
+{
+    QStringList directories;
+    bool good = SafeFile::sync(files);
+    int failed = 0;
+    for (int i = 0; good && i < list.size(); ++i) {
+        SafeFile& file = *files[size_t(i)];
+        failed = i;
+        good = file.commit();
+        if (good) {
+            written(*list.at(i), file);
+            directories.append(file.directory());
+        } else if (!file.copy().isEmpty()) {
+            const int failure = errno;
+            Q_EMIT noted(
+                tr("The writing of a configuration file was cut off. The text that it had before is in %1")
+                    .arg(file.copy()));
+            errno = failure;
+        }
+    }
+    const int failure = errno;
+    directories.removeDuplicates();
+    SafeFile::syncDirectories(directories);
+    errno = failure;
+    if (!good) {
+        error(tr("Unable to write repository configuration file %1").arg(list.at(failed)->path));
+    }
+    return good;
+}
+
+void YumConfIO::written(Target& target, const SafeFile& file)
+{
+    if (target.known < 0) {
+        target.known = knownFiles.size();
+        Known made;
+        made.path = target.path;
+        made.canonical = Repo::canonicalPath(target.path);
+        if (target.path.endsWith(QLatin1String(".repo")) && isInRepoDirectory(made.canonical)) {
+            made.names.append(target.path);
+        }
+        knownFiles.append(made);
+    }
+    Known& known = knownFiles[target.known];
+    known.unedited = target.text;
+    known.file.bytes = known.file.encoded(target.text);
+    known.file.isPlain = known.file.bytes == target.text.toLatin1();
+    known.file.isAscii = known.file.isPlain;
+    if (file.hasTakenRights()) {
+        const QString note =
+            tr("%1 holds a password: users other than its owner and its group cannot read it any more.")
+                .arg(target.path);
+        Q_EMIT noted(note);
+    }
+}
+
+bool YumConfIO::isInRepoDirectory(const QString& path) const
+{
+    return std::any_of(reposdir.cbegin(), reposdir.cend(), [&path](const QString& directory) {
+        return Repo::canonicalPath(directory) == directoryOf(path);
+    });
+}
+
+bool YumConfIO::removeUnusedFiles(const QList<int>& removed)
+{
+    QStringList directories;
+    QSet<QString> gone;
+    for (const int i : removed) {
+        const Known& known = knownFiles.at(i);
+        QStringList names;
+        // The first look at all of them: without the file, links to it lead nowhere.
+        for (const QString& name : known.names) {
+            const Repo::File now = Repo::File::read(name);
+            if (now.state == Repo::File::NoStatus) {
+                errno = now.failure;
+                error(tr("Unable to stat repository configuration file %1").arg(name));
+                return false;
+            }
+            if (now.state == Repo::File::Text && now.bytes == known.file.bytes) {
+                names.append(name);
+            }
+        }
+        for (const QString& name : qAsConst(names)) {
+            if (unlink(QFile::encodeName(name).constData()) != 0 && errno != ENOENT) {
+                error(tr("Unable to unlink repository configuration file %1").arg(name));
+                return false;
+            }
+            directories.append(directoryOf(name));
+        }
+        gone.insert(known.path);
+    }
+    directories.removeDuplicates();
+    SafeFile::syncDirectories(directories);
+    knownFiles.erase(std::remove_if(knownFiles.begin(), knownFiles.end(),
+                                    [&gone](const Known& known) { return gone.contains(known.path); }),
+                     knownFiles.end());
+    return true;
+}
+
+bool YumConfIO::reportOutdated(const QList<Target>& list)
+{
+    QStringList paths;
+    for (const Target& target : list) {
+        if (target.outdated) {
+            paths.append(target.path);
+        }
+    }
+    if (!paths.isEmpty()) {
+        outdated = true;
+        showBox(parent, tr("Repository Editor"),
+                tr("Other programs have changed these files since they were read. They were not edited here, "
+                   "and are left as they are.\n%1")
+                    .arg(listOf(paths)),
+                QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Information);
     }
     return true;
 }
 
-bool YumConfIO::writeRepo(FILE* file, const Repo::Entry& entry)
+QString YumConfIO::textOf(const QString& beginning, const QList<Repo::Entry>& sections)
+{
+    QString text = beginning;
+    for (int i = 0; i < sections.size(); ++i) {
+        if (i != 0) {
+            text += QLatin1Char('\n');
+        }
+        text += textOf(sections.at(i));
+    }
+    return text;
+}
+
+QString YumConfIO::textOf(const Repo::Entry& entry)
 {
     QString text = QLatin1Char('[') + entry.id + QStringLiteral("]\n");
     const auto addOption = [&text](const char* key, const QString& value) {
@@ -583,34 +934,7 @@ bool YumConfIO::writeRepo(FILE* file, const Repo::Entry& entry)
     addOption("mirrorlist", entry.mirrorlist);
     addOption("enabled", stateText(entry.enabled));
     addOption("gpgcheck", stateText(entry.gpgcheck));
-    text += entry.options;
-    return writeText(file, text);
-}
-
-bool YumConfIO::removeUnusedFiles(const QSet<QString>& written)
-{
-    for (const QString& directory : qAsConst(reposdir)) {
-        const DirectoryGuard listing(opendir(QFile::encodeName(directory).constData()));
-        if (!listing) {
-            continue;
-        }
-        for (QString name = nextRepoFile(listing.get()); !name.isNull(); name = nextRepoFile(listing.get())) {
-            const QString path = directory + QLatin1Char('/') + name;
-            struct stat status;
-            if (stat(QFile::encodeName(path).constData(), &status) != 0) {
-                error(tr("Unable to stat repository configuration file %1").arg(path));
-                return false;
-            }
-            if (S_ISDIR(status.st_mode) || written.contains(path)) {
-                continue;
-            }
-            if (unlink(QFile::encodeName(path).constData()) != 0) {
-                error(tr("Unable to unlink repository configuration file %1").arg(path));
-                return false;
-            }
-        }
-    }
-    return true;
+    return text + entry.options;
 }
 
 void YumConfIO::error(const QString& message)
@@ -618,6 +942,5 @@ void YumConfIO::error(const QString& message)
     const int failure = errno;
     const QString suffix = tr("; errno = %1 (%2).")
                                .arg(QString::number(failure), QString::fromLocal8Bit(std::strerror(failure)));
-    showCritical(parent, tr("VYRE Repository Editor Error"), message + suffix, QMessageBox::Ok,
-                 QMessageBox::Ok);
+    showBox(parent, tr("VYRE Repository Editor Error"), message + suffix, QMessageBox::Ok, QMessageBox::Ok);
 }

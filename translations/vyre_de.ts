@@ -890,6 +890,29 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     </message>
 </context>
 <context>
+    <name>Repo::File</name>
+    <message>
+        <source>%1 is left alone: it is a link that leads nowhere.</source>
+        <translation>%1 bleibt unberührt: Es ist ein Verweis, der nirgendwohin führt.</translation>
+    </message>
+    <message>
+        <source>%1 is left alone: it is not a regular file.</source>
+        <translation>%1 bleibt unberührt: Es ist keine gewöhnliche Datei.</translation>
+    </message>
+    <message>
+        <source>%1 is left alone, and its repositories are not used: it is larger than %2 MB.</source>
+        <translation>%1 bleibt unberührt, und die Paketquellen darin werden nicht benutzt: Die Datei ist größer als %2 MB.</translation>
+    </message>
+    <message>
+        <source>%1 is left alone, and its repositories are not used: it is not a plain text file.</source>
+        <translation>%1 bleibt unberührt, und die Paketquellen darin werden nicht benutzt: Es ist keine reine Textdatei.</translation>
+    </message>
+    <message>
+        <source>%1 is left alone, and its repositories are not used: one of them takes more than %2 kB.</source>
+        <translation>%1 bleibt unberührt, und die Paketquellen darin werden nicht benutzt: Eine davon ist größer als %2 kB.</translation>
+    </message>
+</context>
+<context>
     <name>RepoAuth::Dialog</name>
     <message>
         <source>VYRE Authentication</source>
@@ -950,6 +973,10 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     <message>
         <source>Password</source>
         <translation>Passwort</translation>
+    </message>
+    <message>
+        <source>The name and the password will be kept in the file %1, which only its owner and its group can read then.</source>
+        <translation>Der Name und das Passwort werden in der Datei %1 abgelegt, die dann nur noch ihr Besitzer und ihre Gruppe lesen können.</translation>
     </message>
 </context>
 <context>
@@ -1419,6 +1446,28 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     <message>
         <source>%1 has letters beyond ASCII. Each of them becomes two other ones when the file is written.</source>
         <translation>%1 enthält Zeichen außerhalb von ASCII. Aus jedem werden zwei andere, wenn die Datei geschrieben wird.</translation>
+    </message>
+    <message>
+        <source>The writing of a configuration file was cut off. The text that it had before is in %1</source>
+        <translation>Das Schreiben einer Konfigurationsdatei wurde abgebrochen. Ihr vorheriger Text steht in %1</translation>
+    </message>
+    <message>
+        <source>Nothing is written: other programs have made or changed these files since they were read, or they are left alone.
+%1
+Read all files again, and lose what was edited here?</source>
+        <translation>Es wird nichts geschrieben: Andere Programme haben diese Dateien angelegt oder geändert, seit sie gelesen wurden, oder sie bleiben unberührt.
+%1
+Alle Dateien neu lesen und verlieren, was hier bearbeitet wurde?</translation>
+    </message>
+    <message>
+        <source>%1 holds a password: users other than its owner and its group cannot read it any more.</source>
+        <translation>%1 enthält ein Passwort: Andere Benutzer als ihr Besitzer und ihre Gruppe können die Datei nicht mehr lesen.</translation>
+    </message>
+    <message>
+        <source>Other programs have changed these files since they were read. They were not edited here, and are left as they are.
+%1</source>
+        <translation>Andere Programme haben diese Dateien geändert, seit sie gelesen wurden. Sie wurden hier nicht bearbeitet und bleiben, wie sie sind.
+%1</translation>
     </message>
 </context>
 <context>

@@ -24,14 +24,14 @@ BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc',
 
 # Of calls: the first texts are titles, which stand in the manual without a row of a table.
 TITLED = {('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('HMessageBox', 1),
-          ('showCritical', 1)}
+          ('showCritical', 1), ('showBox', 1)}
 # What could not be done, which completes other messages.
 COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('cleanType', 0)}
 # All that is handed to these is a message, or an entry of the log, or stands in the bars or in place of rows.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
-             'setEmptyText', 'log',
-             'showNotice', 'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
+             'showBox', 'leaveAlone', 'setEmptyText', 'log', 'showNotice',
+             'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
              'collectExtra'}
 # What can be chosen, or stands on the windows.
 SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',

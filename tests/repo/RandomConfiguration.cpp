@@ -126,6 +126,10 @@ QByteArray RandomConfiguration::word()
     for (int i = 1 + below(8); i > 0; --i) {
         result += letters[below(usable)];
     }
+    if (result.endsWith('\r')) {
+        // At the end of a line it would be a part of that.
+        result += 'x';
+    }
     return result;
 }
 

@@ -60,6 +60,8 @@ private Q_SLOTS:
     void oneDialogServesTheWholeCheck();
     void theDialogGoesWithTheChecker();
     void theListIsReadAfresh();
+    void whatOthersChangeMeanwhileStays();
+    void credentialsGoIntoWhatOthersHaveChanged();
 
 private:
     // Runs a check with these answers; the identifiers that the dialog showed. More showings are skipped.
@@ -84,8 +86,9 @@ private:
                 if (boxes.isEmpty() || boxes.last() != box->text()) {
                     boxes << box->text();
                 }
+                const QMessageBox::StandardButton question = agreeing ? QMessageBox::Yes : QMessageBox::No;
                 QTest::mouseClick(
-                    box->button(box->standardButtons() & QMessageBox::No ? QMessageBox::No : QMessageBox::Ok),
+                    box->button(box->standardButtons() & QMessageBox::No ? question : QMessageBox::Ok),
                     Qt::LeftButton);
                 return;
             }
@@ -108,6 +111,9 @@ private:
                 return;
             }
             const Answer answer = answers.takeFirst();
+            if (meanwhile) {
+                meanwhile();
+            }
             const QList<QLineEdit*> fields = dialog->findChildren<QLineEdit*>();
             QTest::keyClicks(fields.at(0), answer.name);
             QTest::keyClicks(fields.at(1), answer.password);
@@ -145,6 +151,9 @@ private:
     std::unique_ptr<YumConfIO> conf;
     QStringList boxes;
     QPointer<Dialog> shown;
+    // What happens while the dialog waits for an answer.
+    std::function<void()> meanwhile;
+    bool agreeing = false; // with questions of message boxes
     bool quit = false;
     bool changed = false;
 };
@@ -160,6 +169,8 @@ void RepoAuthCheckerTest::init()
     main.close();
     session.clear();
     boxes.clear();
+    meanwhile = nullptr;
+    agreeing = false;
     conf = std::make_unique<YumConfIO>(requests, session);
     window = std::make_unique<QWidget>();
     window->resize(200, 100);
@@ -183,6 +194,42 @@ void RepoAuthCheckerTest::onlyUrlsWithoutCredentialsAreAskedAbout()
     QCOMPARE(check({{"", "", "OK"}}), QStringList{QStringLiteral("none")});
     QVERIFY(!quit);
     QVERIFY(!changed);
+}
+
+void RepoAuthCheckerTest::whatOthersChangeMeanwhileStays()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth));
+    put("b.repo", section("b", "http://h/x"));
+    const QByteArray theirs = section("a", "http://h" + emptyAuth, "cost=1\n");
+    meanwhile = [this, &theirs] {
+        put("a.repo", theirs);
+        put("c.repo", section("c", "http://h/x"));
+    };
+    QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList{QStringLiteral("a")});
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY(boxes.first().contains(repoPath("a.repo")));
+    QVERIFY(!boxes.first().contains(repoPath("b.repo")));
+    QCOMPARE(get("a.repo"), theirs);
+    QCOMPARE(get("b.repo"), section("b", "http://h/x"));
+    QCOMPARE(get("c.repo"), section("c", "http://h/x"));
+}
+
+void RepoAuthCheckerTest::credentialsGoIntoWhatOthersHaveChanged()
+{
+    put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) +
+                      section("gone", "http://k" + emptyAuth));
+    agreeing = true;
+    meanwhile = [this] {
+        put("a.repo", section("b", "http://h" + emptyAuth) +
+                          section("a", "http://h/vantor?u=theirs&p=theirs&path=/x", "cost=1\n"));
+    };
+    QCOMPARE(check({{"bob", "pw", "Apply to All with this Host"}, {"eve", "pw", "OK"}}),
+             (QStringList{QStringLiteral("a"), QStringLiteral("gone")}));
+    QCOMPARE(boxes.size(), 1);
+    QVERIFY(changed);
+    // Credentials of others are not overwritten, and nothing comes back that others have removed.
+    QCOMPARE(get("a.repo"), QByteArray("[b]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n\n"
+                                       "[a]\nbaseurl=http://h/vantor?u=theirs&p=theirs&path=/x\ncost=1\n"));
 }
 
 void RepoAuthCheckerTest::repositoriesThatAreNotUsedAreNotAskedAbout()

@@ -23,6 +23,7 @@ private Q_SLOTS:
 
     void theWindowIsAsDescribed();
     void theRepositoryIsShown();
+    void theFileOfThePasswordIsNamedBefore();
     void itFitsASmallScreen();
     void emptyKeysFallBack();
     void textOfAFileIsNeverRichText();
@@ -133,6 +134,21 @@ void RepoAuthDialogTest::theRepositoryIsShown()
                 QCOMPARE(name->text(), QString());
                 QCOMPARE(password->text(), QString());
             }) >= 0);
+}
+
+void RepoAuthDialogTest::theFileOfThePasswordIsNamedBefore()
+{
+    entry.file = QStringLiteral("/etc/yum.repos.d/<b>x</b>.repo");
+    QVERIFY(run([this] {
+                QVERIFY(labels().contains(QStringLiteral(
+                    "The name and the password will be kept in the file /etc/yum.repos.d/<b>x</b>.repo, "
+                    "which only its owner and its group can read then.")));
+            }) >= 0);
+    // Of any length, it does not widen the window.
+    int width = 0;
+    QVERIFY(run([this, &width] { width = dialog->width(); }) >= 0);
+    entry.file = QLatin1Char('/') + QString(2000, QLatin1Char('x'));
+    QVERIFY(run([this, &width] { QCOMPARE(dialog->width(), width); }) >= 0);
 }
 
 void RepoAuthDialogTest::itFitsASmallScreen()

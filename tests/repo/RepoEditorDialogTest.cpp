@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 
+#include "app/base/RepositoryFileLimit.h"
 #include "repo/RepoEditorConfigDialog.h"
 #include "repo/RepoEditorContextMenu.h"
 #include "repo/RepoEditorModel.h"
@@ -94,6 +95,12 @@ private Q_SLOTS:
     void applyThatIsDeclinedKeepsEverything();
     void applyThatFailsKeepsEverything();
     void applyThatFailsAfterRemovalShowsWhatIsLeft();
+    void whatOthersChangeMeanwhileStays();
+    void whatOthersChangeMeanwhileCanBeReadAgain();
+    void afterApplyOthersChangesAreShown();
+    void tenThousandRepositoriesAreShownAndRemoved();
+    void anEndlessTextIsNoObstacle_data();
+    void anEndlessTextIsNoObstacle();
     void resetAllBringsEverythingBack();
     void resetAllKeepsTheCurrentRepository();
     void resetAllThatFailsShowsWhatWasRead();
@@ -1147,6 +1154,123 @@ void RepoEditorDialogTest::applyThatFailsAfterRemovalShowsWhatIsLeft()
                 QCOMPARE(listed(), (QStringList{"extras", "os", "updates", "zero"}));
                 QVERIFY(isUnapplied());
             }) >= 0);
+}
+
+void RepoEditorDialogTest::whatOthersChangeMeanwhileStays()
+{
+    const QByteArray theirs("[os]\nname=Theirs\n");
+    QVERIFY(run([this, &theirs] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                backEnd->putRepo("os.repo", theirs);
+                backEnd->putRepo("made.repo", theirs);
+                const QList<ShownBox> boxes = withBoxes([this] { click("OK"); }, "&No");
+                QCOMPARE(boxes.size(), 1);
+                QCOMPARE(boxes.at(0).parent, dialog.get());
+                QVERIFY(boxes.at(0).text.contains(QLatin1Char('\n') + backEnd->repoPath("os.repo") +
+                                                  QLatin1Char('\n')));
+                QVERIFY(!boxes.at(0).text.contains(QStringLiteral("made.repo")));
+                // The edits stay in the window.
+                QVERIFY(dialog->isVisible());
+                QVERIFY(isUnapplied());
+                QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
+                QCOMPARE(current(), QStringLiteral("extras"));
+            }) >= 0);
+    QCOMPARE(backEnd->getRepo("os.repo"), theirs);
+    QCOMPARE(backEnd->getRepo("made.repo"), theirs);
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogTest::whatOthersChangeMeanwhileCanBeReadAgain()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                backEnd->putRepo("os.repo", "[os]\nname=Theirs\n[extras]\nname=Theirs too\nenabled=0\n");
+                QCOMPARE(withBoxes([this] { click("OK"); }, "&Yes").size(), 1);
+                QVERIFY(dialog->isVisible());
+                QVERIFY(isClean());
+                QCOMPARE(entry(QStringLiteral("extras")).enabled, 0);
+                QVERIFY(listed(NameColumn).contains(QStringLiteral("Theirs too")));
+                QCOMPARE(current(), QStringLiteral("extras"));
+                // And then it can be edited.
+                click(QStringLiteral("extras"), PermanentColumn);
+                click("Apply");
+                QVERIFY(isClean());
+            }) >= 0);
+    QCOMPARE(backEnd->getRepo("os.repo"),
+             QByteArray("[os]\nname=Theirs\n\n[extras]\nname=Theirs too\nenabled=1\n"));
+}
+
+void RepoEditorDialogTest::afterApplyOthersChangesAreShown()
+{
+    backEnd->putRepo("other.repo", "[other]\nname=Before\n");
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                backEnd->putRepo("other.repo", "[other]\nname=Theirs\n");
+                const QList<ShownBox> boxes = withBoxes([this] { click("Apply"); }, "&OK");
+                QCOMPARE(boxes.size(), 1);
+                QVERIFY(boxes.at(0).text.endsWith(QLatin1Char('\n') + backEnd->repoPath("other.repo")));
+                QVERIFY(isClean());
+                QVERIFY(listed(NameColumn).contains(QStringLiteral("Theirs")));
+            }) >= 0);
+    QVERIFY(
+        backEnd->getRepo("os.repo").contains("[extras]\nname=Extras\nbaseurl=http://h/extras\nenabled=1\n"));
+    QCOMPARE(backEnd->getRepo("other.repo"), QByteArray("[other]\nname=Theirs\n"));
+    QCOMPARE(told->size(), 1);
+}
+
+void RepoEditorDialogTest::tenThousandRepositoriesAreShownAndRemoved()
+{
+    QByteArray text;
+    for (int i = 0; i < 10000; ++i) {
+        text += "[r" + QByteArray::number(i) + "]\nname=R " + QByteArray::number(i) + '\n';
+    }
+    backEnd->putRepo("many.repo", text);
+    QElapsedTimer time;
+    time.start();
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"));
+                QTest::keyClick(view, Qt::Key_A, Qt::ControlModifier);
+                click("Remove");
+                QCOMPARE(ids(), QStringList());
+                QVERIFY(isUnapplied());
+                click("Apply");
+                QVERIFY(isClean());
+            }) >= 0);
+    QVERIFY2(time.elapsed() < 30000, QByteArray::number(time.elapsed()));
+    QCOMPARE(backEnd->getRepo("many.repo"), QByteArray("(cannot be read)"));
+}
+
+void RepoEditorDialogTest::anEndlessTextIsNoObstacle_data()
+{
+    QTest::addColumn<QByteArray>("before");
+    QTest::newRow("name") << QByteArray("name=");
+    QTest::newRow("URL") << QByteArray("baseurl=http://h/");
+    QTest::newRow("credentials") << QByteArray("baseurl=http://h/vantor?u=n&p=");
+    QTest::newRow("mirror list") << QByteArray("mirrorlist=http://h/");
+    QTest::newRow("option") << QByteArray("exclude=");
+}
+
+void RepoEditorDialogTest::anEndlessTextIsNoObstacle()
+{
+    const int size = repositorySectionLimit - 100;
+    const QByteArray endless(size, 'x');
+    QFETCH(QByteArray, before);
+    backEnd->putRepo("endless.repo", "[zz]\n" + before + endless + '\n');
+    QElapsedTimer time;
+    time.start();
+    QVERIFY(run([this] {
+                click(QStringLiteral("zz"));
+                QVERIFY(withForm([this] { click("Edit"); },
+                                 [this] {
+                                     Form::type(fields->file, backEnd->repoPath("other.repo"));
+                                     clickForm("OK");
+                                 }));
+                click("Apply");
+                QVERIFY(isClean());
+            }) >= 0);
+    qInfo("%lld ms", time.elapsed());
+    QVERIFY2(time.elapsed() < 30000, QByteArray::number(time.elapsed()));
+    QCOMPARE(backEnd->getRepo("other.repo"), "[zz]\n" + before + endless + '\n');
 }
 
 void RepoEditorDialogTest::resetAllBringsEverythingBack()

@@ -13,13 +13,13 @@
 #include <functional>
 
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include "app/base/ManagedRoot.h"
+#include "app/base/RepositoryFileLimit.h"
 #include "repo/YumConfIO.h"
+#include "tests/repo/SmallDisk.h"
 
 Q_DECLARE_METATYPE(Qt::CheckState)
 
@@ -164,11 +164,15 @@ private Q_SLOTS:
     void linesBeforeTheFirstSectionAreLost();
     void continuationLinesStayWithTheirLine();
     void aContinuedEmptyLineIsAnOption();
-    void carriageReturnsBelongToTheValue();
-    void carriageReturnsSpoilHeaders_data();
-    void carriageReturnsSpoilHeaders();
-    void aByteOrderMarkHidesTheFirstHeader();
-    void aByteOrderMarkLeavesTheMainOptions();
+    void carriageReturnsEndLines();
+    void aFileWithCarriageReturnsKeepsThem();
+    void aByteOrderMarkIsKept();
+    void aByteOrderMarkDoesNotHideTheMainHeader();
+    void filesThatAreNotUnderstoodAreLeftAlone_data();
+    void filesThatAreNotUnderstoodAreLeftAlone();
+    void aMainFileThatIsNotUnderstoodIsLeftAlone_data();
+    void aMainFileThatIsNotUnderstoodIsLeftAlone();
+    void aNewRepositoryDoesNotTakeTheFileOfOneThatIsLeftAlone();
     void repositoriesOfTheMainFileAreRead();
     void positionsCountWithinAFile();
 
@@ -184,8 +188,7 @@ private Q_SLOTS:
     void writingNeitherReadsNorSignals();
     void anUnreadableMainFileIsReported();
     void aMissingMainFileIsReported();
-    void aDanglingRepositoryFileIsReportedOnReading();
-    void aDanglingRepositoryFileIsReportedOnRemoving();
+    void aRepositoryFileWithoutStatusIsReported();
     void anUnreadableRepositoryFileIsReported();
     void aReadErrorOfTheMainFileIsReported();
     void aReadErrorOfARepositoryFileIsReported();
@@ -198,9 +201,7 @@ private Q_SLOTS:
     void aFailedReadDoesNotSpoilTheNext();
     void aFileThatCannotBeCreatedIsReported();
     void aMainFileThatCannotBeWrittenIsReported();
-    void aFullDiskIsReported_data();
     void aFullDiskIsReported();
-    void aFullDiskUnderTheMainFileIsReported();
     void aFileThatCannotBeRemovedIsReported();
     void theErrorHasTheRightWindow();
 
@@ -220,13 +221,36 @@ private Q_SLOTS:
     void aFileOfCommentsIsRemoved();
     void otherFilesAreNotRemoved();
     void bytesBeyondAsciiAreEncodedAnewWithEveryWrite();
-    void nullBytesAreKept();
+    void whatIsNotEditedKeepsItsBytes();
     void symbolicLinksAreWrittenThrough();
 
     void modeAndOwnerOfExistingFilesStay();
+    void aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers();
     void theModeOfANewFileDependsOnItsContents_data();
     void theModeOfANewFileDependsOnItsContents();
-    void aNewMainFileWithAPasswordIsPrivate();
+
+    void editedFilesThatOthersHaveChangedStay_data();
+    void editedFilesThatOthersHaveChangedStay();
+    void theUserMayHaveChangedFilesReadAgain();
+    void othersChangesOfWhatIsNotEditedStay();
+    void filesThatOthersHaveMadeStay();
+    void aNewRepositoryDoesNotTakeAFileThatOthersHaveMade();
+    void ourOwnChangesAreNoneOfOthers();
+    void aMainFileThatOthersHavePutBeforeOursStopsTheWriting();
+    void afterAFailedReadNothingIsLost();
+    void aDirectoryInPlaceOfAFileStopsTheWriting();
+    void aVanishedDirectoryIsNotMadeAgain();
+    void twoDirectoriesThatAreOneAreReadOnce_data();
+    void twoDirectoriesThatAreOneAreReadOnce();
+    void aFileByAnotherPathIsTheSame_data();
+    void aFileByAnotherPathIsTheSame();
+    void aFileWithSeveralNamesIsRemovedWhole();
+    void masksPipesAndLinksThatLeadNowhereStay();
+    void leftoversOfAKilledProgramAreFound();
+    void tenThousandRepositoriesDoNotTakeLong_data();
+    void tenThousandRepositoriesDoNotTakeLong();
+    void endlessAmountsOfTextDoNotTakeLong_data();
+    void endlessAmountsOfTextDoNotTakeLong();
 
     void duplicatesAndMissingIdentifiersAreAskedAbout();
     void decliningWritesNothing_data();
@@ -259,6 +283,8 @@ private:
     static mode_t modeOf(const QString& absolute);
     // Takes the one box that was shown and checks that it is an error with this text.
     void compareError(const QString& text);
+    // The same for the question whether to read again because of these files.
+    void compareNothingIsWritten(const QStringList& paths);
 
     QScopedPointer<QTemporaryDir> root;
     QScopedPointer<User> user;
@@ -336,6 +362,25 @@ void YumConfIOTest::compareError(const QString& text)
     QCOMPARE(box.text, text);
     QCOMPARE(box.icon, QMessageBox::Critical);
     QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QCOMPARE(box.labelFormat, Qt::PlainText);
+    QCOMPARE(box.parent, window.data());
+}
+
+void YumConfIOTest::compareNothingIsWritten(const QStringList& paths)
+{
+    QCOMPARE(user->seen.size(), 1);
+    const ShownBox box = user->seen.takeFirst();
+    QCOMPARE(box.title, QStringLiteral("Repository Editor"));
+    QCOMPARE(
+        box.text,
+        QStringLiteral("Nothing is written: other programs have made or changed these files since they were "
+                       "read, or they are left alone.\n") +
+            paths.join(QLatin1Char('\n')) +
+            QStringLiteral("\nRead all files again, and lose what was edited here?"));
+    QCOMPARE(box.icon, QMessageBox::Warning);
+    QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No);
+    QCOMPARE(box.defaultButton, QMessageBox::No);
+    QCOMPARE(box.escapeButton, QMessageBox::No);
     QCOMPARE(box.labelFormat, Qt::PlainText);
     QCOMPARE(box.parent, window.data());
 }
@@ -466,11 +511,10 @@ void YumConfIOTest::whatThePackageManagerTakesOtherwiseIsDoubted()
                                   "switches off.");
         QCOMPARE(conf->doubts,
                  (QStringList{
-                     doubt.arg("main", "enabled = No"), doubt.arg("a", "enabled=0"),
-                     doubt.arg("a", "gpgcheck=FALSE"),
                      file + " has letters beyond ASCII. Each of them becomes two other ones when the file is "
                             "written.",
-                     doubt.arg("c", "enabled=off")}));
+                     doubt.arg("main", "enabled = No"), doubt.arg("a", "enabled=0"),
+                     doubt.arg("a", "gpgcheck=FALSE"), doubt.arg("c", "enabled=off")}));
     }
     putMain("[main]\n[a]\nenabled=0\n");
     QVERIFY(conf->read(window.data()));
@@ -829,53 +873,184 @@ void YumConfIOTest::aContinuedEmptyLineIsAnOption()
     QCOMPARE(conf->entries.value(0).options, QStringLiteral("\n  y\nretries=1\n"));
 }
 
-void YumConfIOTest::carriageReturnsBelongToTheValue()
+void YumConfIOTest::carriageReturnsEndLines()
 {
-    putRepo(QStringLiteral("f.repo"), "[x]\nname=a\r\nenabled=0\r\n\r\nretries=1\r\n");
+    const QByteArray mixed("[x]\nname=a\r\r\nenabled=0\r\n\r\nretries=1\rand more\r\nbaseurl=b\r");
+    putRepo(QStringLiteral("f.repo"), mixed);
     QVERIFY(conf->read(window.data()));
-    QCOMPARE(conf->entries.value(0).name, QStringLiteral("a\r"));
-    QCOMPARE(conf->entries.value(0).enabled, qint32(Qt::Checked));
-    QCOMPARE(conf->entries.value(0).options, QStringLiteral("\r\nretries=1\r\n"));
+    QCOMPARE(conf->entries.value(0).name, QStringLiteral("a"));
+    QCOMPARE(conf->entries.value(0).enabled, qint32(Qt::Unchecked));
+    QCOMPARE(conf->entries.value(0).options, QStringLiteral("retries=1\rand more\n"));
+    QCOMPARE(conf->entries.value(0).baseurl, QStringLiteral("b"));
     QVERIFY(conf->write(window.data()));
-    QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[x]\nname=a\r\nenabled=1\n\r\nretries=1\r\n"));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")), mixed);
+    conf->entries.first().name = QStringLiteral("c");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")),
+             QByteArray("[x]\nname=c\nbaseurl=b\nenabled=0\nretries=1\rand more\n"));
 }
 
-void YumConfIOTest::carriageReturnsSpoilHeaders_data()
+void YumConfIOTest::aFileWithCarriageReturnsKeepsThem()
 {
-    QTest::addColumn<QByteArray>("mainFile");
-    QTest::addColumn<QByteArray>("repoFile");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("main file") << QByteArray("[main]\r\ngpgcheck=1\r\n") << QByteArray("[x]\n") << "[main]\r";
-    QTest::newRow("repository file") << QByteArray("[main]\n") << QByteArray("[x]\r\nname=a\r\n") << "[x]\r";
-}
-
-void YumConfIOTest::carriageReturnsSpoilHeaders()
-{
-    QFETCH(QByteArray, mainFile);
-    QFETCH(QByteArray, repoFile);
-    QFETCH(QString, line);
-    putMain(mainFile);
-    putRepo(QStringLiteral("f.repo"), repoFile);
-    QVERIFY(!conf->read(window.data()));
-    compareError(withErrno(QStringLiteral("Malformed section name in line: ") + line, 0));
-}
-
-void YumConfIOTest::aByteOrderMarkHidesTheFirstHeader()
-{
-    putRepo(QStringLiteral("f.repo"), "\xEF\xBB\xBF[x]\nname=a\n[y]\nname=b\n");
+    const QByteArray mainText("# ours\r\n\r\n[main]\r\ngpgcheck=1\r\n[m]\r\nname=M\r\n");
+    const QByteArray text(
+        "# above\r\n[x]\r\nname=a\r\nbaseurl=http://a/\r\n http://b/\r\n\r\n[y]\r\nenabled=0");
+    putMain(mainText);
+    putRepo(QStringLiteral("f.repo"), text);
     QVERIFY(conf->read(window.data()));
-    QCOMPARE(ids(), QStringList(QStringLiteral("y")));
-    QCOMPARE(conf->entries.first().name, QStringLiteral("b"));
-    QCOMPARE(conf->entries.first().position, 1.0);
+    QVERIFY(conf->gpgcheck);
+    QCOMPARE(conf->mainText, QStringLiteral("# ours\n\n[main]\ngpgcheck=1\n"));
+    QCOMPARE(ids(), QStringList({QStringLiteral("m"), QStringLiteral("x"), QStringLiteral("y")}));
+    QCOMPARE(entry(QStringLiteral("x")).baseurl, QStringLiteral("http://a/\nhttp://b/"));
+    QCOMPARE(entry(QStringLiteral("y")).enabled, qint32(Qt::Unchecked));
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")), text);
+    QCOMPARE(get(mainPath()), mainText);
+    entry(QStringLiteral("x")).name = QStringLiteral("b");
+    entry(QStringLiteral("m")).name = QStringLiteral("N");
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(conf->write(window.data()));
+        QCOMPARE(getRepo(QStringLiteral("f.repo")),
+                 QByteArray(
+                     "[x]\r\nname=b\r\nbaseurl=http://a/\r\n        http://b/\r\n\r\n[y]\r\nenabled=0\r\n"));
+        QCOMPARE(get(mainPath()), QByteArray(mainText).replace("name=M", "name=N"));
+        QVERIFY(conf->read(window.data()));
+    }
 }
 
-void YumConfIOTest::aByteOrderMarkLeavesTheMainOptions()
+void YumConfIOTest::aByteOrderMarkIsKept()
+{
+    const QByteArray text("\xEF\xBB\xBF[x]\nname=a\n[y]\nname=b\n");
+    putRepo(QStringLiteral("f.repo"), text);
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(ids(), QStringList({QStringLiteral("x"), QStringLiteral("y")}));
+    QCOMPARE(conf->entries.first().position, 1.0);
+    QCOMPARE(conf->doubts, QStringList());
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")), text);
+    conf->entries.first().name = QStringLiteral("c");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("\xEF\xBB\xBF[x]\nname=c\n\n[y]\nname=b\n"));
+    // Its last repository takes it along.
+    conf->entries.clear();
+    QVERIFY(conf->write(window.data()));
+    QVERIFY(!QFile::exists(repoPath(QStringLiteral("f.repo"))));
+}
+
+void YumConfIOTest::aByteOrderMarkDoesNotHideTheMainHeader()
 {
     putMain("\xEF\xBB\xBF[main]\ngpgcheck=1\n[y]\n");
     QVERIFY(conf->read(window.data()));
     QVERIFY(conf->gpgcheck);
-    QCOMPARE(conf->mainText, QString::fromLatin1("\xEF\xBB\xBF[main]\ngpgcheck=1\n"));
+    QCOMPARE(conf->mainText, QStringLiteral("[main]\ngpgcheck=1\n"));
     QCOMPARE(ids(), QStringList(QStringLiteral("y")));
+    entry(QStringLiteral("y")).name = QStringLiteral("Y");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(get(mainPath()), QByteArray("\xEF\xBB\xBF[main]\ngpgcheck=1\n[y]\nname=Y\n"));
+}
+
+namespace {
+
+QByteArray twoByteText(const char* text, bool bigEnd, bool mark)
+{
+    QByteArray result = mark ? QByteArray(bigEnd ? "\xFE\xFF" : "\xFF\xFE") : QByteArray();
+    for (; *text != '\0'; ++text) {
+        result += bigEnd ? '\0' : *text;
+        result += bigEnd ? *text : '\0';
+    }
+    return result;
+}
+
+void addFilesThatAreNotUnderstood()
+{
+    QTest::addColumn<QByteArray>("contents");
+    QTest::addColumn<QString>("reason");
+    const QString noText =
+        QStringLiteral("%1 is left alone, and its repositories are not used: it is not a plain text file.");
+    const char text[] = "[main]\n[odd]\nname=Odd\n";
+    QTest::newRow("UTF-16") << twoByteText(text, false, true) << noText;
+    QTest::newRow("UTF-16, big end first") << twoByteText(text, true, true) << noText;
+    QTest::newRow("UTF-16 without mark") << twoByteText(text, false, false) << noText;
+    QTest::newRow("UTF-16, only the mark") << QByteArray("\xFF\xFE") << noText;
+    QTest::newRow("null bytes") << QByteArray("[main]\n[odd]\nname=a\0b\n", 22) << noText;
+    QTest::newRow("carriage returns alone") << QByteArray("[main]\r[odd]\rname=Odd\r") << noText;
+    QTest::newRow("a repository that is too large")
+        << QByteArray("[main]\n[odd]\n") + QByteArray(repositorySectionLimit, '#') + "\n[y]\n"
+        << QStringLiteral(
+               "%1 is left alone, and its repositories are not used: one of them takes more than 256 kB.");
+    QTest::newRow("too large") << QByteArray("[main]\n[odd]\n") + QByteArray(repositoryFileLimit, '#')
+                               << QStringLiteral("%1 is left alone, and its repositories are not used: it is "
+                                                 "larger than 8 MB.");
+}
+
+} // namespace
+
+void YumConfIOTest::filesThatAreNotUnderstoodAreLeftAlone_data()
+{
+    addFilesThatAreNotUnderstood();
+}
+
+void YumConfIOTest::filesThatAreNotUnderstoodAreLeftAlone()
+{
+    QFETCH(QByteArray, contents);
+    QFETCH(QString, reason);
+    const QString odd = repoPath(QStringLiteral("odd.repo"));
+    put(odd, contents);
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(conf->read(window.data()));
+        QCOMPARE(ids(), QStringList(QStringLiteral("a")));
+        QCOMPARE(conf->doubts, QStringList(reason.arg(odd)));
+        entry(QStringLiteral("a")).name = QString::number(i);
+        QVERIFY(conf->write(window.data()));
+        QVERIFY(get(odd) == contents);
+    }
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=1\n"));
+    conf->entries.clear();
+    QVERIFY(conf->write(window.data()));
+    QVERIFY(!QFile::exists(repoPath(QStringLiteral("a.repo"))));
+    QVERIFY(get(odd) == contents);
+}
+
+void YumConfIOTest::aMainFileThatIsNotUnderstoodIsLeftAlone_data()
+{
+    addFilesThatAreNotUnderstood();
+}
+
+void YumConfIOTest::aMainFileThatIsNotUnderstoodIsLeftAlone()
+{
+    QFETCH(QByteArray, contents);
+    QFETCH(QString, reason);
+    putMain(contents);
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(ids(), QStringList(QStringLiteral("a")));
+    QCOMPARE(conf->mainText, QString());
+    QCOMPARE(conf->doubts, QStringList(reason.arg(mainPath())));
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=A\n"));
+    QVERIFY(get(mainPath()) == contents);
+    entry(QStringLiteral("a")).file = mainPath();
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({mainPath()});
+    QVERIFY(get(mainPath()) == contents);
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=A\n"));
+}
+
+void YumConfIOTest::aNewRepositoryDoesNotTakeTheFileOfOneThatIsLeftAlone()
+{
+    const QByteArray contents = twoByteText("[x]\n", false, true);
+    putRepo(QStringLiteral("x.repo"), contents);
+    linkTo(QStringLiteral("/dev/null"), repoPath(QStringLiteral("y.repo")));
+    linkTo(QStringLiteral("/nowhere"), repoPath(QStringLiteral("z.repo")));
+    QVERIFY(conf->read(window.data()));
+    conf->entries = {made(QStringLiteral("x")), made(QStringLiteral("y")), made(QStringLiteral("z"))};
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({repoPath(QStringLiteral("x.repo")), repoPath(QStringLiteral("y.repo")),
+                             repoPath(QStringLiteral("z.repo"))});
+    QCOMPARE(getRepo(QStringLiteral("x.repo")), contents);
+    QCOMPARE(conf->entries.size(), 3);
 }
 
 void YumConfIOTest::repositoriesOfTheMainFileAreRead()
@@ -990,11 +1165,11 @@ void YumConfIOTest::writingNeitherReadsNorSignals()
     putRepo(QStringLiteral("f.repo"), "[x]\nname=a\n");
     QVERIFY(conf->read(window.data()));
     QSignalSpy changed(conf.data(), SIGNAL(changed()));
-    putRepo(QStringLiteral("f.repo"), "[x]\nname=b\n");
+    entry(QStringLiteral("x")).name = QStringLiteral("b");
     QVERIFY(conf->write(window.data()));
     QCOMPARE(changed.size(), 0);
-    QCOMPARE(conf->entries.value(0).name, QStringLiteral("a"));
-    QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[x]\nname=a\n"));
+    QCOMPARE(conf->entries.value(0).name, QStringLiteral("b"));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[x]\nname=b\n"));
 }
 
 void YumConfIOTest::aMissingMainFileIsReported()
@@ -1004,65 +1179,45 @@ void YumConfIOTest::aMissingMainFileIsReported()
     compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), ENOENT));
 }
 
-namespace {
-
-// A socket's file: it is there, but cannot be opened.
-class SocketFile
-{
-public:
-    explicit SocketFile(const QString& path) : descriptor(socket(AF_UNIX, SOCK_STREAM, 0))
-    {
-        sockaddr_un address = {};
-        address.sun_family = AF_UNIX;
-        const QByteArray name = QFile::encodeName(path);
-        std::strncpy(address.sun_path, name.constData(), sizeof address.sun_path - 1);
-        if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-            qFatal("bind %s: %s", name.constData(), std::strerror(errno));
-        }
-    }
-    ~SocketFile() { close(descriptor); }
-    Q_DISABLE_COPY(SocketFile)
-
-private:
-    int descriptor;
-};
-
-} // namespace
-
 void YumConfIOTest::anUnreadableMainFileIsReported()
 {
-    QVERIFY(QFile::remove(mainPath()));
-    const SocketFile socket(mainPath());
-    QVERIFY(!conf->read(window.data()));
-    compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), ENXIO));
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QCOMPARE(chmod(QFile::encodeName(mainPath()).constData(), 0), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->read(window.data()));
+    }
+    compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
 }
 
-void YumConfIOTest::aDanglingRepositoryFileIsReportedOnReading()
+void YumConfIOTest::aRepositoryFileWithoutStatusIsReported()
 {
-    linkTo(path(QStringLiteral("nowhere")), repoPath(QStringLiteral("d.repo")));
-    QVERIFY(!conf->read(window.data()));
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("private")));
+    put(path(QStringLiteral("private/real")), "[x]\n");
+    linkTo(path(QStringLiteral("private/real")), repoPath(QStringLiteral("x.repo")));
+    QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("private"))).constData(), 0700), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->read(window.data()));
+    }
     compareError(withErrno(QStringLiteral("Unable to stat repository configuration file ") +
-                               repoPath(QStringLiteral("d.repo")),
-                           ENOENT));
-}
-
-void YumConfIOTest::aDanglingRepositoryFileIsReportedOnRemoving()
-{
-    QVERIFY(conf->read(window.data()));
-    linkTo(path(QStringLiteral("nowhere")), repoPath(QStringLiteral("d.repo")));
-    QVERIFY(!conf->write(window.data()));
-    compareError(withErrno(QStringLiteral("Unable to stat repository configuration file ") +
-                               repoPath(QStringLiteral("d.repo")),
-                           ENOENT));
+                               repoPath(QStringLiteral("x.repo")),
+                           EACCES));
 }
 
 void YumConfIOTest::anUnreadableRepositoryFileIsReported()
 {
-    const SocketFile socket(repoPath(QStringLiteral("s.repo")));
-    QVERIFY(!conf->read(window.data()));
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    putRepo(QStringLiteral("s.repo"), "[s]\n");
+    QCOMPARE(chmod(QFile::encodeName(repoPath(QStringLiteral("s.repo"))).constData(), 0), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->read(window.data()));
+    }
     compareError(withErrno(QStringLiteral("Unable to read repository configuration file ") +
                                repoPath(QStringLiteral("s.repo")),
-                           ENXIO));
+                           EACCES));
 }
 
 void YumConfIOTest::aReadErrorOfTheMainFileIsReported()
@@ -1184,42 +1339,49 @@ void YumConfIOTest::aFileThatCannotBeCreatedIsReported()
 void YumConfIOTest::aMainFileThatCannotBeWrittenIsReported()
 {
     QVERIFY(conf->read(window.data()));
-    QVERIFY(QFile::remove(mainPath()));
-    QVERIFY(QDir().mkdir(mainPath()));
-    QVERIFY(!conf->write(window.data()));
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    conf->mainText += QStringLiteral("retries=1\n");
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->write(window.data()));
+    }
     compareError(
-        withErrno(QStringLiteral("Unable to write repository configuration file ") + mainPath(), EISDIR));
-}
-
-void YumConfIOTest::aFullDiskIsReported_data()
-{
-    QTest::addColumn<int>("size");
-    QTest::newRow("noticed when the file is closed") << 1;
-    QTest::newRow("noticed while it is written") << 1000000;
+        withErrno(QStringLiteral("Unable to write repository configuration file ") + mainPath(), EACCES));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
 }
 
 void YumConfIOTest::aFullDiskIsReported()
 {
-    QFETCH(int, size);
+    if (!SmallDisk::possible()) {
+        QSKIP("only root has a file system of its own");
+    }
+    const SmallDisk disk(path(QStringLiteral("etc/yum.repos.d")));
+    QByteArray text;
+    for (const char* name : {"a", "b"}) {
+        text = QByteArray("[") + name + "]\n#" + QByteArray(3 * SmallDisk::blockSize, '#') + '\n';
+        putRepo(QLatin1String(name) + QStringLiteral(".repo"), text);
+    }
     QVERIFY(conf->read(window.data()));
-    linkTo(QStringLiteral("/dev/full"), repoPath(QStringLiteral("full.repo")));
-    Repo::Entry full = made(QStringLiteral("full"));
-    full.options = QString(size, QLatin1Char('#')) + QLatin1Char('\n');
-    conf->entries = {full};
+    entry(QStringLiteral("a")).name = QStringLiteral("new");
+    entry(QStringLiteral("b")).name = QStringLiteral("new");
+    conf->mainText = QStringLiteral("[main]\nretries=1\n");
+    disk.leave(5);
     QVERIFY(!conf->write(window.data()));
     compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
-                               repoPath(QStringLiteral("full.repo")),
+                               repoPath(QStringLiteral("b.repo")),
                            ENOSPC));
-}
-
-void YumConfIOTest::aFullDiskUnderTheMainFileIsReported()
-{
-    QVERIFY(conf->read(window.data()));
-    QVERIFY(QFile::remove(mainPath()));
-    linkTo(QStringLiteral("/dev/full"), mainPath());
-    QVERIFY(!conf->write(window.data()));
-    compareError(
-        withErrno(QStringLiteral("Unable to write repository configuration file ") + mainPath(), ENOSPC));
+    // One could be written, the other one is as it was, and there is nothing else.
+    QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), text);
+    QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
+    QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d")))
+                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
+             QStringList({QStringLiteral("a.repo"), QStringLiteral("b.repo"), QStringLiteral("filler")}));
+    // With room again it goes on from there.
+    QVERIFY(QFile::remove(repoPath(QStringLiteral("filler"))));
+    QVERIFY(conf->write(window.data()));
+    QVERIFY(getRepo(QStringLiteral("b.repo")).startsWith("[b]\nname=new\n#"));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n"));
 }
 
 void YumConfIOTest::aFileThatCannotBeRemovedIsReported()
@@ -1455,30 +1617,46 @@ void YumConfIOTest::otherFilesAreNotRemoved()
 
 void YumConfIOTest::bytesBeyondAsciiAreEncodedAnewWithEveryWrite()
 {
-    putMain("[main]\n# \xE9\n");
+    putMain("[main]\n# \xE9\n[m]\n");
     putRepo(QStringLiteral("f.repo"), "[x]\nname=\xC3\xA9\nexclude=\xE9\n");
     QVERIFY(conf->read(window.data()));
-    QCOMPARE(conf->entries.value(0).name, QString::fromLatin1("\xC3\xA9"));
+    QCOMPARE(conf->entries.value(1).name, QString::fromLatin1("\xC3\xA9"));
+    entry(QStringLiteral("x")).mirrorlist = QStringLiteral("a");
+    entry(QStringLiteral("m")).name = QStringLiteral("a");
     QVERIFY(conf->write(window.data()));
-    QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\xA9\n"));
-    QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[x]\nname=\xC3\x83\xC2\xA9\nexclude=\xC3\xA9\n"));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\xA9\n[m]\nname=a\n"));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")),
+             QByteArray("[x]\nname=\xC3\x83\xC2\xA9\nmirrorlist=a\nexclude=\xC3\xA9\n"));
     QVERIFY(conf->read(window.data()));
-    QCOMPARE(conf->entries.value(0).options, QString::fromLatin1("exclude=\xC3\xA9\n"));
+    QCOMPARE(entry(QStringLiteral("x")).options, QString::fromLatin1("exclude=\xC3\xA9\n"));
+    entry(QStringLiteral("m")).name = QStringLiteral("b");
     QVERIFY(conf->write(window.data()));
-    QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\x83\xC2\xA9\n"));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\x83\xC2\xA9\n[m]\nname=b\n"));
     // What the user types is one encoding away from what he typed when it is read again.
     entry(QStringLiteral("x")).name = QString::fromUtf8("é");
     QVERIFY(conf->write(window.data()));
     QVERIFY(getRepo(QStringLiteral("f.repo")).contains("\nname=\xC3\xA9\n"));
 }
 
-void YumConfIOTest::nullBytesAreKept()
+void YumConfIOTest::whatIsNotEditedKeepsItsBytes()
 {
-    const QByteArray contents("[x]\nname=a\0b\n#\0#\n", 17);
-    putRepo(QStringLiteral("f.repo"), contents);
+    const QByteArray mainText("# \xC3\xA9\n[main]\n");
+    const QByteArray utf8("# \xC3\xA9\n[x]\n\nname : \xC3\xA9\n");
+    const QByteArray latin1("[y]\n\nname : \xE9\n");
+    const QByteArray comments("# \xE9\n");
+    putMain(mainText);
+    putRepo(QStringLiteral("x.repo"), utf8);
+    putRepo(QStringLiteral("y.repo"), latin1);
+    putRepo(QStringLiteral("c.repo"), comments);
+    putRepo(QStringLiteral("z.repo"), "[z]\n");
     QVERIFY(conf->read(window.data()));
+    entry(QStringLiteral("z")).name = QStringLiteral("Z");
     QVERIFY(conf->write(window.data()));
-    QCOMPARE(getRepo(QStringLiteral("f.repo")), contents);
+    QCOMPARE(getRepo(QStringLiteral("z.repo")), QByteArray("[z]\nname=Z\n"));
+    QCOMPARE(getRepo(QStringLiteral("x.repo")), utf8);
+    QCOMPARE(getRepo(QStringLiteral("y.repo")), latin1);
+    QCOMPARE(getRepo(QStringLiteral("c.repo")), comments);
+    QCOMPARE(get(mainPath()), mainText);
 }
 
 void YumConfIOTest::symbolicLinksAreWrittenThrough()
@@ -1509,12 +1687,52 @@ void YumConfIOTest::modeAndOwnerOfExistingFilesStay()
     QCOMPARE(chmod(QFile::encodeName(mainPath()).constData(), 0604), 0);
     QVERIFY(conf->read(window.data()));
     entry(QStringLiteral("x")).options = QStringLiteral("password=secret\n");
-    conf->mainText += QStringLiteral("proxy_password=secret\n");
+    conf->mainText += QStringLiteral("retries=1\n");
     QVERIFY(conf->write(window.data()));
     QCOMPARE(modeOf(repoPath(QStringLiteral("x.repo"))), mode_t(0640));
     QCOMPARE(QFileInfo(repoPath(QStringLiteral("x.repo"))).ownerId(), uint(owner));
     QCOMPARE(modeOf(mainPath()), mode_t(0604));
     QVERIFY(getRepo(QStringLiteral("x.repo")).contains("secret"));
+}
+
+void YumConfIOTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers()
+{
+    putMain("[main]\n[m]\n");
+    const QString known = repoPath(QStringLiteral("known.repo"));
+    const QString other = repoPath(QStringLiteral("other.repo"));
+    const QString given = repoPath(QStringLiteral("given.repo"));
+    put(known, "[known]\n\nbaseurl=http://u:p@h/\n");
+    put(other, "[other]\n");
+    put(given, "[given]\nbaseurl=http://a/vantor?u=&p=&path=/\n");
+    for (const QString& each : {known, other, given}) {
+        QCOMPARE(chmod(QFile::encodeName(each).constData(), 0664), 0);
+    }
+    const uid_t owner = geteuid() == 0 ? 1234 : geteuid();
+    QCOMPARE(chown(QFile::encodeName(given).constData(), owner, gid_t(-1)), 0);
+    QVERIFY(conf->read(window.data()));
+    QSignalSpy noted(conf.data(), SIGNAL(noted(const QString&)));
+    entry(QStringLiteral("given")).baseurl = QStringLiteral("http://a/vantor?u=n&p=w&path=/");
+    entry(QStringLiteral("other")).name = QStringLiteral("Other");
+    entry(QStringLiteral("m")).options = QStringLiteral("password=secret\n");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(modeOf(given), mode_t(0660));
+    QCOMPARE(QFileInfo(given).ownerId(), uint(owner));
+    QCOMPARE(modeOf(other), mode_t(0664));
+    // It was the owner's decision, and nothing was typed.
+    QCOMPARE(modeOf(known), mode_t(0664));
+    QCOMPARE(modeOf(mainPath()), mode_t(0640));
+    QStringList texts;
+    for (const QList<QVariant>& each : qAsConst(noted)) {
+        texts += each.first().toString();
+    }
+    const QString text =
+        QStringLiteral("%1 holds a password: users other than its owner and its group cannot "
+                       "read it any more.");
+    QCOMPARE(texts, QStringList({text.arg(mainPath()), text.arg(given)}));
+    // Once for each.
+    entry(QStringLiteral("given")).name = QStringLiteral("G");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(noted.size(), 2);
 }
 
 void YumConfIOTest::theModeOfANewFileDependsOnItsContents_data()
@@ -1583,16 +1801,475 @@ void YumConfIOTest::theModeOfANewFileDependsOnItsContents()
     QCOMPARE(modeOf(repoPath(QStringLiteral("other.repo"))), mode_t(0644));
 }
 
-void YumConfIOTest::aNewMainFileWithAPasswordIsPrivate()
+void YumConfIOTest::editedFilesThatOthersHaveChangedStay_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("removed");
+    QTest::newRow("a repository is edited") << QStringLiteral("etc/yum.repos.d/a.repo") << false;
+    QTest::newRow("a repository is removed") << QStringLiteral("etc/yum.repos.d/a.repo") << true;
+    QTest::newRow("a repository of the main file is edited") << QStringLiteral("etc/yum.conf") << false;
+    QTest::newRow("a repository of the main file is removed") << QStringLiteral("etc/yum.conf") << true;
+}
+
+void YumConfIOTest::editedFilesThatOthersHaveChangedStay()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, removed);
+    const QString file = path(name);
+    put(file, "[a]\nname=one\n");
+    putRepo(QStringLiteral("b.repo"), "[b]\nname=b\n");
+    putRepo(QStringLiteral("comments.repo"), "# only\n");
+    QVERIFY(conf->read(window.data()));
+    // Of the same size, and of the same time as far as that goes.
+    const struct timespec times[] = {{1700000000, 0}, {1700000000, 0}};
+    put(file, "[a]\nname=two\n");
+    QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(file).constData(), times, 0), 0);
+    if (removed) {
+        conf->entries.removeAll(made(QStringLiteral("a")));
+    } else {
+        entry(QStringLiteral("a")).name = QStringLiteral("mine");
+    }
+    entry(QStringLiteral("b")).name = QStringLiteral("mine");
+    const auto before = snapshot();
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({file});
+    QVERIFY(!conf->readAgainWanted);
+    QCOMPARE(snapshot(), before);
+    // The edits are still there.
+    QCOMPARE(entry(QStringLiteral("b")).name, QStringLiteral("mine"));
+    QCOMPARE(conf->entries.size(), removed ? 1 : 2);
+    // A file with the same text in its place is no change.
+    QVERIFY(QFile::remove(file));
+    put(file, "[a]\nname=one\n");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\nname=mine\n"));
+    QVERIFY(!get(file).contains("one"));
+}
+
+void YumConfIOTest::theUserMayHaveChangedFilesReadAgain()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    QVERIFY(conf->read(window.data()));
+    putRepo(QStringLiteral("a.repo"), "[a]\nname=theirs\n");
+    entry(QStringLiteral("a")).name = QStringLiteral("mine");
+    user->answer = click(QMessageBox::Yes);
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({repoPath(QStringLiteral("a.repo"))});
+    QVERIFY(conf->readAgainWanted);
+    QCOMPARE(entry(QStringLiteral("a")).name, QStringLiteral("mine"));
+    QVERIFY(conf->read(window.data()));
+    QVERIFY(!conf->readAgainWanted);
+    QCOMPARE(entry(QStringLiteral("a")).name, QStringLiteral("theirs"));
+    entry(QStringLiteral("a")).name = QStringLiteral("mine");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=mine\n"));
+}
+
+void YumConfIOTest::othersChangesOfWhatIsNotEditedStay()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    putRepo(QStringLiteral("b.repo"), "[b]\n");
+    putRepo(QStringLiteral("gone.repo"), "[gone]\n");
+    putRepo(QStringLiteral("comments.repo"), "# only\n");
+    QVERIFY(conf->read(window.data()));
+    putMain("[main]\nretries=9\n");
+    putRepo(QStringLiteral("b.repo"), "[b]\n\nname=theirs\n");
+    putRepo(QStringLiteral("comments.repo"), "[new]\n");
+    QVERIFY(QFile::remove(repoPath(QStringLiteral("gone.repo"))));
+    entry(QStringLiteral("a")).name = QStringLiteral("mine");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(user->seen.size(), 1);
+    const ShownBox box = user->seen.takeFirst();
+    QCOMPARE(box.text,
+             QStringLiteral("Other programs have changed these files since they were read. They were not "
+                            "edited here, and are left as they are.\n") +
+                 QStringList(
+                     {repoPath(QStringLiteral("b.repo")), repoPath(QStringLiteral("gone.repo")), mainPath()})
+                     .join(QLatin1Char('\n')));
+    QCOMPARE(box.icon, QMessageBox::Information);
+    QCOMPARE(box.labelFormat, Qt::PlainText);
+    QVERIFY(conf->outdated);
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=mine\n"));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\n\nname=theirs\n"));
+    QCOMPARE(getRepo(QStringLiteral("comments.repo")), QByteArray("[new]\n"));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=9\n"));
+    QVERIFY(!QFile::exists(repoPath(QStringLiteral("gone.repo"))));
+}
+
+void YumConfIOTest::filesThatOthersHaveMadeStay()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    QVERIFY(conf->read(window.data()));
+    putRepo(QStringLiteral("b.repo"), "[b]\n");
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum/repos.d")));
+    put(path(QStringLiteral("etc/yum/repos.d/c.repo")), "[c]\n");
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    QVERIFY(conf->write(window.data()));
+    conf->entries.clear();
+    QVERIFY(conf->write(window.data()));
+    QVERIFY(!QFile::exists(repoPath(QStringLiteral("a.repo"))));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\n"));
+    QCOMPARE(get(path(QStringLiteral("etc/yum/repos.d/c.repo"))), QByteArray("[c]\n"));
+}
+
+void YumConfIOTest::aNewRepositoryDoesNotTakeAFileThatOthersHaveMade()
 {
     QVERIFY(conf->read(window.data()));
-    QVERIFY(QFile::remove(mainPath()));
+    putRepo(QStringLiteral("x.repo"), "[theirs]\n");
+    put(path(QStringLiteral("passwd")), "root\n");
+    Repo::Entry elsewhere = made(QStringLiteral("y"));
+    elsewhere.file = path(QStringLiteral("passwd"));
+    conf->entries = {made(QStringLiteral("x")), elsewhere};
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({repoPath(QStringLiteral("x.repo")), path(QStringLiteral("passwd"))});
+    QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[theirs]\n"));
+    QCOMPARE(get(path(QStringLiteral("passwd"))), QByteArray("root\n"));
+}
+
+void YumConfIOTest::ourOwnChangesAreNoneOfOthers()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n[b]\n");
+    QVERIFY(conf->read(window.data()));
+    for (int i = 0; i < 3; ++i) {
+        entry(QStringLiteral("a")).name = QString::fromUtf8("é%1").arg(i);
+        conf->entries.append(made(QStringLiteral("new%1").arg(i)));
+        QVERIFY(conf->write(window.data()));
+        QVERIFY(getRepo(QStringLiteral("a.repo")).contains(QByteArray::number(i)));
+    }
+    conf->entries.removeAll(made(QStringLiteral("new0")));
+    conf->entries.removeAll(made(QStringLiteral("a")));
+    conf->entries.removeAll(made(QStringLiteral("b")));
     QVERIFY(conf->write(window.data()));
-    QCOMPARE(modeOf(mainPath()), mode_t(0644));
-    QVERIFY(QFile::remove(mainPath()));
-    conf->mainText += QStringLiteral("proxy_password=secret\n");
+    QVERIFY(!QFile::exists(repoPath(QStringLiteral("new0.repo"))));
+    QVERIFY(!QFile::exists(repoPath(QStringLiteral("a.repo"))));
+    // They may come back.
+    conf->entries.append(made(QStringLiteral("new0")));
     QVERIFY(conf->write(window.data()));
-    QCOMPARE(modeOf(mainPath()), mode_t(0600));
+    QCOMPARE(getRepo(QStringLiteral("new0.repo")), QByteArray("[new0]\n"));
+}
+
+void YumConfIOTest::aMainFileThatOthersHavePutBeforeOursStopsTheWriting()
+{
+    putMain("[main]\n[a]\n");
+    QVERIFY(conf->read(window.data()));
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum")));
+    const QString first = path(QStringLiteral("etc/yum/yum.conf"));
+    put(first, "[main]\nretries=1\n");
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({first});
+    QCOMPARE(get(first), QByteArray("[main]\nretries=1\n"));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\n[a]\n"));
+}
+
+void YumConfIOTest::afterAFailedReadNothingIsLost()
+{
+    putMain("[main]\nretries=1\n[m]\n");
+    putRepo(QStringLiteral("a.repo"), "[a]\n[x]\n[b\n[c]\n");
+    putRepo(QStringLiteral("d.repo"), "[d]\n[y]\n[e\n");
+    QVERIFY(!conf->read(window.data()));
+    user->seen.clear();
+    const auto before = snapshot();
+    // One of the two was read up to its fault, the other one was not begun.
+    QCOMPARE(conf->entries.size(), 2);
+    entry(QStringLiteral("m")).name = QStringLiteral("M");
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({conf->entries.last().file});
+    QCOMPARE(snapshot(), before);
+    conf->entries.removeLast();
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[m]\nname=M\n"));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\n[x]\n[b\n[c]\n"));
+    QCOMPARE(getRepo(QStringLiteral("d.repo")), QByteArray("[d]\n[y]\n[e\n"));
+
+    putMain("[main]\nretries=1\n[m\n");
+    QVERIFY(!conf->read(window.data()));
+    user->seen.clear();
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[m\n"));
+}
+
+void YumConfIOTest::aDirectoryInPlaceOfAFileStopsTheWriting()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    putRepo(QStringLiteral("b.repo"), "[b]\n");
+    QVERIFY(conf->read(window.data()));
+    for (const char* name : {"a.repo", "b.repo"}) {
+        QVERIFY(QFile::remove(repoPath(QLatin1String(name))));
+        QVERIFY(QDir().mkdir(repoPath(QLatin1String(name))));
+    }
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    conf->entries.removeAll(made(QStringLiteral("b")));
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({repoPath(QStringLiteral("a.repo")), repoPath(QStringLiteral("b.repo"))});
+    QVERIFY(QFileInfo(repoPath(QStringLiteral("b.repo"))).isDir());
+}
+
+void YumConfIOTest::aVanishedDirectoryIsNotMadeAgain()
+{
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum/repos.d")));
+    const QString file = path(QStringLiteral("etc/yum/repos.d/a.repo"));
+    put(file, "[a]\n");
+    putRepo(QStringLiteral("b.repo"), "[b]\n");
+    QVERIFY(conf->read(window.data()));
+    QVERIFY(QDir(path(QStringLiteral("etc/yum"))).removeRecursively());
+    entry(QStringLiteral("b")).name = QStringLiteral("B");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(user->seen.size(), 1);
+    QVERIFY(user->seen.takeFirst().text.endsWith(QLatin1Char('\n') + file));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\nname=B\n"));
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    QVERIFY(!conf->write(window.data()));
+    compareNothingIsWritten({file});
+    // The user may want it to be gone, too.
+    conf->entries.removeAll(made(QStringLiteral("a")));
+    QVERIFY(conf->write(window.data()));
+    QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
+}
+
+void YumConfIOTest::twoDirectoriesThatAreOneAreReadOnce_data()
+{
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("a link") << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/link")});
+    QTest::newRow("the link first") << QStringList(
+        {QStringLiteral("etc/link"), QStringLiteral("etc/yum.repos.d")});
+    QTest::newRow("twice") << QStringList(
+        {QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/yum.repos.d")});
+    QTest::newRow("spelled otherwise")
+        << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/./yum.repos.d/"),
+                        QStringLiteral("etc/../etc//yum.repos.d/.")});
+}
+
+void YumConfIOTest::twoDirectoriesThatAreOneAreReadOnce()
+{
+    QFETCH(QStringList, names);
+    linkTo(QStringLiteral("yum.repos.d"), path(QStringLiteral("etc/link")));
+    for (QString& name : names) {
+        name = path(name);
+    }
+    putMain("[main]\nreposdir=" + QFile::encodeName(names.join(QLatin1Char(','))) + "\n");
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    putRepo(QStringLiteral("b.repo"), "[b]\n");
+    QVERIFY(conf->read(window.data()));
+    QStringList found = ids();
+    found.sort();
+    QCOMPARE(found, QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    conf->entries.append(made(QStringLiteral("c")));
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=A\n"));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\n"));
+    QCOMPARE(getRepo(QStringLiteral("c.repo")), QByteArray("[c]\n"));
+    conf->entries.removeAll(made(QStringLiteral("a")));
+    conf->entries.removeAll(made(QStringLiteral("c")));
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d"))).entryList(QDir::Files),
+             QStringList(QStringLiteral("b.repo")));
+}
+
+void YumConfIOTest::aFileByAnotherPathIsTheSame_data()
+{
+    QTest::addColumn<QString>("reposdir");
+    QTest::addColumn<QString>("file");
+    const QString plain = QStringLiteral("etc/yum.repos.d");
+    QTest::newRow("slash at the end") << plain + QStringLiteral("/") << plain + QStringLiteral("/x.repo");
+    QTest::newRow("two slashes") << plain << plain + QStringLiteral("//x.repo");
+    QTest::newRow("point") << plain + QStringLiteral("/.") << plain + QStringLiteral("/./x.repo");
+    QTest::newRow("two points") << plain << QStringLiteral("etc/../etc/yum.repos.d/x.repo");
+    QTest::newRow("by a link") << plain << QStringLiteral("etc/link/x.repo");
+    QTest::newRow("two points behind a link") << plain << QStringLiteral("etc/far/../yum.repos.d/x.repo");
+}
+
+void YumConfIOTest::aFileByAnotherPathIsTheSame()
+{
+    QFETCH(QString, reposdir);
+    QFETCH(QString, file);
+    linkTo(QStringLiteral("yum.repos.d"), path(QStringLiteral("etc/link")));
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/deep")));
+    linkTo(QStringLiteral("deep"), path(QStringLiteral("etc/far")));
+    putMain("[main]\nreposdir=" + QFile::encodeName(path(reposdir)) + "\n");
+    putRepo(QStringLiteral("x.repo"), "[x]\n");
+    QVERIFY(conf->read(window.data()));
+    // What is there already, what is moved there, and what is new, belong together.
+    Repo::Entry added = made(QStringLiteral("y"));
+    added.file = path(file);
+    added.position = 2.0;
+    conf->entries.append(added);
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
+    entry(QStringLiteral("x")).file = path(file);
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
+    // Two new ones by two paths.
+    Repo::Entry one = made(QStringLiteral("one"));
+    one.file = path(QStringLiteral("etc/yum.repos.d/new.repo"));
+    Repo::Entry two = made(QStringLiteral("two"));
+    two.file = path(file).replace(QStringLiteral("x.repo"), QStringLiteral("new.repo"));
+    two.position = 1.0;
+    conf->entries += {two, one};
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("new.repo")), QByteArray("[one]\n\n[two]\n"));
+    QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
+}
+
+void YumConfIOTest::aFileWithSeveralNamesIsRemovedWhole()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    QCOMPARE(link(QFile::encodeName(repoPath(QStringLiteral("a.repo"))).constData(),
+                  QFile::encodeName(repoPath(QStringLiteral("b.repo"))).constData()),
+             0);
+    linkTo(QStringLiteral("a.repo"), repoPath(QStringLiteral("c.repo")));
+    put(path(QStringLiteral("elsewhere.txt")), "[d]\n");
+    linkTo(path(QStringLiteral("elsewhere.txt")), repoPath(QStringLiteral("d.repo")));
+    linkTo(mainPath(), repoPath(QStringLiteral("main.repo")));
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->entries.size(), 2);
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    QVERIFY(conf->write(window.data()));
+    for (const char* name : {"a.repo", "b.repo", "c.repo"}) {
+        QCOMPARE(getRepo(QLatin1String(name)), QByteArray("[a]\nname=A\n"));
+    }
+    conf->entries.clear();
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d"))).entryList(QDir::Files | QDir::System),
+             QStringList(QStringLiteral("main.repo")));
+    // The place that a link leads to is not ours.
+    QCOMPARE(get(path(QStringLiteral("elsewhere.txt"))), QByteArray("[d]\n"));
+}
+
+void YumConfIOTest::masksPipesAndLinksThatLeadNowhereStay()
+{
+    linkTo(QStringLiteral("/dev/null"), repoPath(QStringLiteral("mask.repo")));
+    linkTo(QStringLiteral("/nowhere"), repoPath(QStringLiteral("dangling.repo")));
+    linkTo(QStringLiteral("loop.repo"), repoPath(QStringLiteral("loop.repo")));
+    linkTo(QStringLiteral("/proc/kmsg"), repoPath(QStringLiteral("kernel.repo")));
+    QCOMPARE(mkfifo(QFile::encodeName(repoPath(QStringLiteral("pipe.repo"))).constData(), 0644), 0);
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(ids(), QStringList(QStringLiteral("a")));
+    QStringList doubts = conf->doubts;
+    doubts.sort();
+    const auto regular = [this](const char* name) {
+        return repoPath(QLatin1String(name)) + QStringLiteral(" is left alone: it is not a regular file.");
+    };
+    const auto nowhere = [this](const char* name) {
+        return repoPath(QLatin1String(name)) +
+               QStringLiteral(" is left alone: it is a link that leads nowhere.");
+    };
+    if (doubts.size() == 5) { // or the kernel's messages cannot be read here
+        QVERIFY(doubts.removeAll(doubts.filter(QStringLiteral("kernel.repo")).value(0)) == 1);
+    }
+    QCOMPARE(doubts, QStringList({nowhere("dangling.repo"), nowhere("loop.repo"), regular("mask.repo"),
+                                  regular("pipe.repo")}));
+    conf->entries.clear();
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(
+        QDir(path(QStringLiteral("etc/yum.repos.d"))).entryList(QDir::Files | QDir::System),
+        QStringList({QStringLiteral("dangling.repo"), QStringLiteral("kernel.repo"),
+                     QStringLiteral("loop.repo"), QStringLiteral("mask.repo"), QStringLiteral("pipe.repo")}));
+    QCOMPARE(QFile::symLinkTarget(repoPath(QStringLiteral("mask.repo"))), QStringLiteral("/dev/null"));
+}
+
+void YumConfIOTest::leftoversOfAKilledProgramAreFound()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    const QString temporary = repoPath(QStringLiteral(".a.repo.vyre-abcdef"));
+    const QString copy = repoPath(QStringLiteral(".a.repo.vyre-old-abcdef"));
+    const QString mainCopy = path(QStringLiteral("etc/.yum.conf.vyre-old-abcdef"));
+    put(temporary, "[a]\nna");
+    put(copy, "[a]\nname=before\n");
+    put(mainCopy, "[main]\n");
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(ids(), QStringList(QStringLiteral("a")));
+    const QString text =
+        QStringLiteral("The writing of a configuration file was cut off. The text that it had "
+                       "before is in ");
+    QCOMPARE(conf->doubts, QStringList({text + mainCopy, text + copy}));
+    QVERIFY(QFile::exists(temporary));
+    QVERIFY(conf->write(window.data()));
+    QVERIFY(!QFile::exists(temporary));
+    QCOMPARE(get(copy), QByteArray("[a]\nname=before\n"));
+    QCOMPARE(get(mainCopy), QByteArray("[main]\n"));
+}
+
+void YumConfIOTest::tenThousandRepositoriesDoNotTakeLong_data()
+{
+    QTest::addColumn<int>("files");
+    QTest::addColumn<bool>("alike");
+    QTest::newRow("in one file") << 1 << false;
+    QTest::newRow("each in its own file") << 10000 << false;
+    QTest::newRow("with one identifier") << 1 << true;
+}
+
+void YumConfIOTest::tenThousandRepositoriesDoNotTakeLong()
+{
+    QFETCH(int, files);
+    QFETCH(bool, alike);
+    QByteArray text;
+    for (int i = 0; i < 10000; ++i) {
+        const QByteArray number = QByteArray::number(alike ? 0 : i);
+        text += "[r" + number + "]\nname=R " + number + "\n\nbaseurl=http://h" + number +
+                ".example/\nenabled=no\n";
+        if ((i + 1) % (10000 / files) == 0) {
+            putRepo(QStringLiteral("r%1.repo").arg(i), text);
+            text.clear();
+        }
+    }
+    QElapsedTimer time;
+    time.start();
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->entries.size(), 10000);
+    conf->entries[5000].name = QStringLiteral("new");
+    QCOMPARE(conf->write(window.data()), !alike);
+    // What it takes where identifiers are compared one by one, or lines are read byte by byte, is far more.
+    QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()));
+    qInfo("%lld ms", time.elapsed());
+    if (alike) {
+        QCOMPARE(user->seen.size(), 1);
+        const QString question = user->seen.takeFirst().text;
+        QVERIFY2(question.size() < 1000, QByteArray::number(question.size()));
+        QVERIFY(question.contains(QStringLiteral("r0, r0, ...")));
+    }
+}
+
+void YumConfIOTest::endlessAmountsOfTextDoNotTakeLong_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    const int size = repositorySectionLimit - 100;
+    const auto repeated = [size](const char* unit) {
+        return QByteArray(unit).repeated(size / int(strlen(unit)));
+    };
+    QTest::newRow("one line") << "[x]\nname=" + QByteArray(size, 'x');
+    QTest::newRow("one line that is no option") << "[x]\n" + QByteArray(size, 'x');
+    QTest::newRow("one line of blanks") << "[x]\nbaseurl=" + QByteArray(size, ' ');
+    QTest::newRow("one line of URLs") << "[x]\nbaseurl=" + repeated("http://h/ ");
+    QTest::newRow("continuation lines") << "[x]\nbaseurl=a" + repeated("\n b");
+    QTest::newRow("empty lines") << "[x]\n" + QByteArray(size, '\n');
+    QTest::newRow("letters beyond ASCII") << "[x]\n#" + QByteArray(size, '\xE9');
+    QTest::newRow("options") << "[x]\n" + repeated("a=b\n");
+    QTest::newRow("half a password") << "[x]\nbaseurl=" + repeated("://a:");
+    QTest::newRow("credentials without an end") << "[x]\nbaseurl=" + repeated("/vantor?");
+    QTest::newRow("carriage returns") << "[x]\n" + QByteArray(size, '\r') + "\n";
+    const int whole = repositoryFileLimit - 100;
+    QTest::newRow("a comment above") << QByteArray(whole, '#') + "\n[x]\n";
+    QTest::newRow("letters beyond ASCII above") << QByteArray(whole, '\xE9') + "\n[x]\n";
+    QTest::newRow("continuation lines above")
+        << QByteArray("a\n").repeated(1) + QByteArray("\n b").repeated(whole / 3) + "\n[x]\n";
+    QTest::newRow("empty lines above") << QByteArray(whole, '\n') + "[x]\n";
+}
+
+void YumConfIOTest::endlessAmountsOfTextDoNotTakeLong()
+{
+    QFETCH(QByteArray, text);
+    putRepo(QStringLiteral("x.repo"), text);
+    QElapsedTimer time;
+    time.start();
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(ids(), QStringList(QStringLiteral("x")));
+    conf->entries.first().mirrorlist = QStringLiteral("m");
+    QVERIFY(conf->write(window.data()));
+    QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()));
+    qInfo("%lld ms", time.elapsed());
 }
 
 void YumConfIOTest::duplicatesAndMissingIdentifiersAreAskedAbout()
@@ -1660,6 +2337,7 @@ void YumConfIOTest::agreeingKeepsTheFirstOfEach()
 
 void YumConfIOTest::onlyMissingIdentifiers()
 {
+    QVERIFY(conf->read(window.data()));
     conf->entries = {made(QString()), made(QString())};
     user->answer = click(QMessageBox::Yes);
     QVERIFY(conf->write(window.data()));
@@ -1905,13 +2583,14 @@ void YumConfIOTest::filesAsDistributionsShipThem_data()
                                                              "enabled=0\r\n"
                                                              "\r\n"
                                                              "cost=1\r\n")
-                                               << QByteArray("[depot]\n"
-                                                             "name=D\xC3\x83\xC2\xA9p\xC3\x83\xC2\xB4t\r\n"
+                                               << QByteArray("\xEF\xBB\xBF# D\xC3\xA9p\xC3\xB4t\r\n"
+                                                             "[depot]\n"
+                                                             "name=D\xC3\xA9p\xC3\xB4t\r\n"
                                                              "baseurl=http://depot.example/\r\n"
-                                                             "enabled=1\n"
+                                                             "enabled=0\r\n"
                                                              "\r\n"
                                                              "cost=1\r\n")
-                                               << QStringList({QStringLiteral("depot, 2, 1, 1")});
+                                               << QStringList({QStringLiteral("depot, 0, 1, 1")});
 }
 
 void YumConfIOTest::filesAsDistributionsShipThem()

@@ -1,0 +1,466 @@
+#include "repo/SafeFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QRegularExpression>
+#include <QSet>
+
+#include <cerrno>
+#include <cstdio>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include "app/base/ManagedRoot.h"
+#include "app/base/RepositoryFileLimit.h"
+#include "repo/RepoFile.h"
+
+namespace {
+
+const char temporaryMark[] = ".vyre-";
+const char copyMark[] = ".vyre-old-";
+
+// More files than this are written to the disk together with whatever else waits for it.
+constexpr size_t fewFiles = 8;
+
+// Closes it without a change of errno.
+void closeQuietly(int& number)
+{
+    const int failure = errno;
+    if (number >= 0) {
+        close(number);
+    }
+    number = -1;
+    errno = failure;
+}
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int opened) : number(opened) {}
+    ~Descriptor() { closeQuietly(number); }
+    Q_DISABLE_COPY(Descriptor)
+
+    int number;
+};
+
+// Makes a file with a name of its own that nobody can foresee, for this user alone, and locks it, so that no
+// other program takes it for a leftover.
+int makeHelper(int directory, const QByteArray& name, const char* mark, QByteArray& made)
+{
+    static const char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    for (int tries = 0; tries < 100; ++tries) {
+        // Names may have 255 bytes.
+        made = "." + name.left(200) + mark;
+        for (int i = 0; i < 6; ++i) {
+            made += letters[QRandomGenerator::global()->bounded(int(sizeof letters) - 1)];
+        }
+        const int number = openat(directory, made.constData(),
+                                  O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+        if (number >= 0) {
+            flock(number, LOCK_EX | LOCK_NB);
+            return number;
+        }
+        if (errno != EEXIST) {
+            return -1;
+        }
+    }
+    return -1;
+}
+
+bool writeAll(int number, const QByteArray& text)
+{
+    for (int written = 0; written < text.size();) {
+        const ssize_t done =
+            pwrite(number, text.constData() + written, size_t(text.size() - written), written);
+        if (done < 0 && errno == EINTR) {
+            continue;
+        }
+        if (done <= 0) {
+            return false;
+        }
+        written += int(done);
+    }
+    return true;
+}
+
+// Of at most the size that is read anywhere.
+bool readAll(int number, QByteArray& content)
+{
+    content.clear();
+    char block[1 << 16];
+    for (;;) {
+        const ssize_t got = pread(number, block, sizeof block, content.size());
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0 || content.size() > repositoryFileLimit) {
+            return got == 0;
+        }
+        content.append(block, int(got));
+    }
+}
+
+// Gives one file the extended attributes of another, access control lists among them. False if one cannot be
+// given.
+bool copyAttributes(int from, int to)
+{
+    const ssize_t size = flistxattr(from, nullptr, 0);
+    if (size <= 0) {
+        return size == 0 || errno == ENOTSUP;
+    }
+    QByteArray names(int(size), '\0');
+    const ssize_t listed = flistxattr(from, names.data(), size_t(size));
+    if (listed < 0) {
+        return false;
+    }
+    names.truncate(int(listed));
+    for (const QByteArray& each : names.split('\0')) {
+        // The last two are the kernel's own sums of what a file holds.
+        if (each.isEmpty() || each == "security.ima" || each == "security.evm") {
+            continue;
+        }
+        QByteArray value(1 << 16, '\0');
+        const ssize_t length = fgetxattr(from, each.constData(), value.data(), size_t(value.size()));
+        if (length < 0) {
+            return false;
+        }
+        value.truncate(int(length));
+        QByteArray present(1 << 16, '\0');
+        const ssize_t found = fgetxattr(to, each.constData(), present.data(), size_t(present.size()));
+        if (found == length && present.left(int(found)) == value) {
+            continue;
+        }
+        if (fsetxattr(to, each.constData(), value.constData(), size_t(value.size()), 0) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool isSame(const struct stat& left, const struct stat& right)
+{
+    return left.st_dev == right.st_dev && left.st_ino == right.st_ino && left.st_size == right.st_size &&
+           left.st_mtim.tv_sec == right.st_mtim.tv_sec && left.st_mtim.tv_nsec == right.st_mtim.tv_nsec;
+}
+
+// The names in a directory that are ours by their form and by their owner.
+QList<QByteArray> helpersIn(int directory, const QString& mark)
+{
+    QList<QByteArray> result;
+    const QRegularExpression form(
+        QStringLiteral("^\\..+%1[a-z0-9]{6}$").arg(QRegularExpression::escape(mark)));
+    const int listed = openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* const listing = listed < 0 ? nullptr : fdopendir(listed);
+    if (listing == nullptr) {
+        return result;
+    }
+    while (const dirent* entry = readdir(listing)) {
+        struct stat status;
+        if (entry->d_name[0] == '.' && form.match(QFile::decodeName(entry->d_name)).hasMatch() &&
+            fstatat(directory, entry->d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode) &&
+            status.st_uid == geteuid()) {
+            result.append(QByteArray(entry->d_name));
+        }
+    }
+    closedir(listing);
+    return result;
+}
+
+int openDirectory(const QString& path)
+{
+    return open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+}
+
+} // namespace
+
+SafeFile::~SafeFile()
+{
+    dropTemporary();
+    closeQuietly(directoryNumber);
+}
+
+void SafeFile::dropTemporary()
+{
+    const int failure = errno;
+    if (!temporaryName.isEmpty()) {
+        unlinkat(directoryNumber, temporaryName.constData(), 0);
+        temporaryName.clear();
+    }
+    closeQuietly(temporaryNumber);
+    errno = failure;
+}
+
+// Finds the directory and the name of the place that the path leads to.
+bool SafeFile::open(const QString& path)
+{
+    const QString place = Repo::canonicalPath(path);
+    const int slash = place.lastIndexOf(QLatin1Char('/'));
+    directoryPath = slash < 0 ? QStringLiteral(".") : slash == 0 ? QStringLiteral("/") : place.left(slash);
+    name = QFile::encodeName(place.mid(slash + 1));
+    if (name.isEmpty()) {
+        errno = EISDIR;
+        return false;
+    }
+    directoryNumber = openDirectory(directoryPath);
+    return directoryNumber >= 0;
+}
+
+bool SafeFile::makeTemporary(const QByteArray& text, mode_t mode)
+{
+    temporaryNumber = makeHelper(directoryNumber, name, temporaryMark, temporaryName);
+    if (temporaryNumber < 0) {
+        temporaryName.clear();
+        return false;
+    }
+    if (!writeAll(temporaryNumber, text) || (!existed && fchmod(temporaryNumber, mode) != 0)) {
+        dropTemporary();
+        return false;
+    }
+    return true;
+}
+
+// Makes the file beside the old one look like that.
+bool SafeFile::takeOver()
+{
+    const Descriptor old(
+        openat(directoryNumber, name.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+    if (old.number < 0) {
+        return false;
+    }
+    struct stat made;
+    if (fstat(temporaryNumber, &made) != 0) {
+        return false;
+    }
+    if ((made.st_uid != before.st_uid || made.st_gid != before.st_gid) &&
+        fchown(temporaryNumber, before.st_uid, before.st_gid) != 0) {
+        return false;
+    }
+    return copyAttributes(old.number, temporaryNumber) && fchmod(temporaryNumber, newMode) == 0;
+}
+
+bool SafeFile::replace(const QString& path, const QByteArray& expected, const QByteArray& text, bool others)
+{
+    existed = true;
+    oldText = expected;
+    newText = text;
+    if (!open(path)) {
+        return false;
+    }
+    {
+        const Descriptor old(openat(directoryNumber, name.constData(),
+                                    O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        if (old.number < 0) {
+            errno = errno == ENOENT ? ESTALE : errno;
+            return false;
+        }
+        QByteArray found;
+        if (fstat(old.number, &before) != 0 || !S_ISREG(before.st_mode) || !readAll(old.number, found) ||
+            found != expected) {
+            errno = ESTALE;
+            return false;
+        }
+    }
+    newMode = before.st_mode & 07777;
+    if (!others && (newMode & 07) != 0) {
+        newMode &= ~mode_t(07);
+        takenRights = true;
+    }
+    inPlace = before.st_nlink > 1;
+    if (inPlace) {
+        return true;
+    }
+    if (!makeTemporary(text, newMode)) {
+        inPlace = errno == EACCES || errno == EPERM || errno == EROFS;
+        return inPlace;
+    }
+    if (!takeOver()) {
+        inPlace = true;
+        dropTemporary();
+    }
+    return true;
+}
+
+bool SafeFile::create(const QString& path, const QByteArray& text, mode_t mode)
+{
+    newText = text;
+    if (!open(path)) {
+        return false;
+    }
+    struct stat status;
+    if (fstatat(directoryNumber, name.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0) {
+        errno = S_ISDIR(status.st_mode) ? EISDIR : EEXIST;
+        return false;
+    }
+    const mode_t mask = umask(0);
+    umask(mask);
+    return makeTemporary(text, mode & ~mask);
+}
+
+bool SafeFile::sync(const std::vector<std::unique_ptr<SafeFile>>& files)
+{
+    QSet<quint64> devices;
+    for (const auto& file : files) {
+        if (file->temporaryNumber < 0) {
+            continue;
+        }
+        struct stat status;
+        if (files.size() > fewFiles && fstat(file->temporaryNumber, &status) == 0) {
+            if (!devices.contains(quint64(status.st_dev))) {
+                if (syncfs(file->temporaryNumber) != 0) {
+                    return false;
+                }
+                devices.insert(quint64(status.st_dev));
+            }
+            file->synced = true;
+        }
+    }
+    return true;
+}
+
+bool SafeFile::isUnchanged() const
+{
+    struct stat status;
+    return fstatat(directoryNumber, name.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+           isSame(status, before);
+}
+
+bool SafeFile::commit()
+{
+    if (existed && !isUnchanged()) {
+        errno = ESTALE;
+        return false;
+    }
+    if (inPlace) {
+        return commitInPlace();
+    }
+    if (!synced && fsync(temporaryNumber) != 0) {
+        return false;
+    }
+    if (existed) {
+        if (renameat(directoryNumber, temporaryName.constData(), directoryNumber, name.constData()) != 0) {
+            if (errno != EBUSY && errno != EPERM && errno != EACCES) {
+                return false;
+            }
+            // Another file system begins at this name, or the directory lets nobody take names of others.
+            dropTemporary();
+            return commitInPlace();
+        }
+    } else {
+        // Never over a file that has come meanwhile.
+        if (renameat2(directoryNumber, temporaryName.constData(), directoryNumber, name.constData(),
+                      RENAME_NOREPLACE) != 0) {
+            // Not every file system can do it.
+            if ((errno != EINVAL && errno != ENOSYS) || linkat(directoryNumber, temporaryName.constData(),
+                                                               directoryNumber, name.constData(), 0) != 0) {
+                return false;
+            }
+            unlinkat(directoryNumber, temporaryName.constData(), 0);
+        }
+    }
+    temporaryName.clear();
+    closeQuietly(temporaryNumber);
+    return true;
+}
+
+bool SafeFile::makeCopy()
+{
+    for (const QString& place : QStringList(directoryPath) + copyDirectories()) {
+        const Descriptor directory(openDirectory(place));
+        if (directory.number < 0) {
+            continue;
+        }
+        QByteArray made;
+        const Descriptor copy(makeHelper(directory.number, name, copyMark, made));
+        if (copy.number < 0) {
+            continue;
+        }
+        if (!writeAll(copy.number, oldText) || fsync(copy.number) != 0) {
+            const int failure = errno;
+            unlinkat(directory.number, made.constData(), 0);
+            errno = failure;
+            return false;
+        }
+        fsync(directory.number);
+        copyPath = place + QLatin1Char('/') + QFile::decodeName(made);
+        return true;
+    }
+    return false;
+}
+
+bool SafeFile::overwrite(const QByteArray& content, bool setMode)
+{
+    const Descriptor file(
+        openat(directoryNumber, name.constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    return file.number >= 0 && (!setMode || fchmod(file.number, newMode) == 0) &&
+           writeAll(file.number, content) && ftruncate(file.number, content.size()) == 0 &&
+           fsync(file.number) == 0;
+}
+
+bool SafeFile::commitInPlace()
+{
+    if (faccessat(directoryNumber, name.constData(), W_OK, AT_EACCESS) != 0 || !makeCopy()) {
+        return false;
+    }
+    const bool good = overwrite(newText, takenRights);
+    const int failure = errno;
+    if (good || overwrite(oldText, false)) {
+        unlink(QFile::encodeName(copyPath).constData());
+        copyPath.clear();
+    }
+    errno = failure;
+    return good;
+}
+
+void SafeFile::syncDirectories(const QStringList& directories)
+{
+    for (const QString& path : directories) {
+        const Descriptor directory(openDirectory(path));
+        if (directory.number >= 0) {
+            fsync(directory.number);
+        }
+    }
+}
+
+QStringList SafeFile::copyDirectories()
+{
+    QStringList result{ManagedRoot::absolute(QStringLiteral("/var/tmp")), QDir::tempPath()};
+    result.removeDuplicates();
+    return result;
+}
+
+void SafeFile::removeLeftovers(const QString& directory)
+{
+    const Descriptor listed(openDirectory(directory));
+    if (listed.number < 0) {
+        return;
+    }
+    for (const QByteArray& each : helpersIn(listed.number, QString::fromLatin1(temporaryMark))) {
+        const Descriptor file(openat(listed.number, each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+        // Whoever still writes it holds the lock.
+        if (file.number >= 0 && flock(file.number, LOCK_EX | LOCK_NB) == 0) {
+            unlinkat(listed.number, each.constData(), 0);
+        }
+    }
+}
+
+QStringList SafeFile::leftCopies(const QString& directory)
+{
+    QStringList result;
+    const Descriptor listed(openDirectory(directory));
+    if (listed.number < 0) {
+        return result;
+    }
+    for (const QByteArray& each : helpersIn(listed.number, QString::fromLatin1(copyMark))) {
+        const Descriptor file(openat(listed.number, each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+        if (file.number >= 0 && flock(file.number, LOCK_EX | LOCK_NB) == 0) {
+            result.append(directory + QLatin1Char('/') + QFile::decodeName(each));
+        }
+    }
+    result.sort();
+    return result;
+}
