@@ -628,6 +628,10 @@ void MainWindow::apply()
     if (applied && !checkCredentials(changed)) {
         return;
     }
+    if (changed) {
+        // Or the back end goes on with the URLs that it has read before.
+        yumIO->reset();
+    }
     // A transaction that failed half way has changed the system all the same.
     if (applied || yumIO->systemChanged()) {
         recollect();

@@ -250,6 +250,7 @@ private Q_SLOTS:
     void cleanEntriesNameTheCacheDirectory();
     void sizeOfColumnsIsRestored();
     void confirmedActionsAreAppliedAndTheTableCollected();
+    void credentialsTypedAfterAnApplyAreUsedAtOnce();
     void refusedActionsStay();
     void failureBeforeAnyChangeLeavesTheTableAlone();
     void failureHalfWayCollectsTheTable();
@@ -1320,6 +1321,45 @@ void MainWindowTest::confirmedActionsAreAppliedAndTheTableCollected()
     QCOMPARE(shown->sorted(), (QStringList{"editor", "tool"}));
     QCOMPARE(usable(), usableWhenReady);
     QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowTest::credentialsTypedAfterAnApplyAreUsedAtOnce()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->click("tool", ActionColumn);
+    // The new version of a package may bring this.
+    standIn->setRepos("[base]\nname=Base\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    standIn->forgetCalls();
+    QTimer timer;
+    bool answering = false;
+    bool asked = false;
+    connect(&timer, &QTimer::timeout, &timer, [&answering, &asked] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (answering || dialog == nullptr || QApplication::activeWindow() != dialog) {
+            return;
+        }
+        const QScopedValueRollback<bool> guard(answering, true);
+        for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
+            asked = true;
+            QTest::keyClicks(field, "secret");
+        }
+        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
+    });
+    timer.start(10);
+    shown->press("&Apply Actions");
+    QTRY_VERIFY(asked);
+    QTRY_VERIFY(shown->isReady());
+    // The script reads the file again before it collects.
+    const QStringList calls = standIn->calls();
+    const QByteArray context = calls.join(';').toUtf8();
+    QVERIFY2(calls.indexOf("apply") >= 0 && calls.indexOf("apply") < calls.indexOf("reset"), context);
+    QVERIFY2(calls.indexOf("reset") < calls.indexOf("setupRepos"), context);
+    shown->action("&Windows", "&Log")->trigger();
+    QVERIFY(logIsVisible());
+    const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
+    QCOMPARE(log.count("standin.repo holds a password: users other than its owner"), 1);
+    QVERIFY(!log.contains("secret"));
 }
 
 void MainWindowTest::refusedActionsStay()
