@@ -132,6 +132,58 @@ private Q_SLOTS:
         QVERIFY(second <= first + 1024);
 #endif
     }
+
+    // But for the log, which keeps all that was told.
+    void transactionsLeaveNothingBehind()
+    {
+        backEnd->yumIO.clearEntries();
+        QVERIFY(backEnd->collect());
+        backEnd->answers.take();
+        backEnd->run("import gc");
+        const int rounds = 60;
+        QStringList open;
+        QString objects;
+        QVector<qint64> memory;
+        for (int i = 0; i < rounds; ++i) {
+            const bool installs = i % 2 == 0;
+            backEnd->entry("astrolabe")->action = installs ? Package::Install : Package::Remove;
+            QVERIFY(backEnd->yumIO.apply());
+            QCOMPARE(backEnd->answers.takeTexts("Apply").count(), 1);
+            // As the program does it afterwards.
+            backEnd->yumIO.clearEntries();
+            QVERIFY(backEnd->collect());
+            QCOMPARE(backEnd->answers.take().count(), 0);
+            {
+                QMutexLocker locker(&backEnd->yumIO.logEntries());
+                backEnd->yumIO.logEntries().clear();
+            }
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            memory.append(residentMemory());
+            if (installs) {
+                continue; // two of them make a round trip
+            }
+            const QString now = backEnd->text("gc.collect() and 0 or len(gc.get_objects())");
+            if (i == rounds / 3 + 1) {
+                open = descriptors();
+                objects = now;
+                memory.clear();
+            } else if (i > rounds / 3 + 1) {
+                QCOMPARE(descriptors(), open);
+                QCOMPARE(now, objects);
+            }
+        }
+        backEnd->yumIO.clearEntries();
+        QVERIFY(!objects.isEmpty());
+
+        const auto middle = memory.constBegin() + memory.count() / 2;
+        const qint64 first = *std::max_element(memory.constBegin(), middle);
+        const qint64 second = *std::max_element(middle, memory.constEnd());
+        qInfo("%d transactions; at most %lld KiB in the first half, %lld KiB in the second", rounds,
+              static_cast<long long>(first), static_cast<long long>(second));
+#ifndef __SANITIZE_ADDRESS__
+        QVERIFY(second <= first + 1024);
+#endif
+    }
 };
 
 QTEST_MAIN(YumIORoundsTest)
