@@ -666,6 +666,22 @@ void MainWindow::quit()
     delete ending;
 }
 
+bool MainWindow::isChangingSystem() const
+{
+    return !quitting() && yumIO->isChangingSystem();
+}
+
+void MainWindow::finish(bool displayIsThere)
+{
+    if (quitting()) {
+        return;
+    }
+    if (displayIsThere) {
+        saveLayout();
+    }
+    yumIO->finish();
+}
+
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     if (!quitting() && yumIO->isWorking()) {

@@ -62,6 +62,11 @@ public:
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
 
+    // Whether the system is being changed at this moment, which nothing may cut off.
+    bool isChangingSystem() const;
+    // Ends all work for an end of the process that follows at once; see YumIO::finish().
+    void finish(bool displayIsThere);
+
 public Q_SLOTS:
     void resize();
     void refresh();

@@ -3,8 +3,11 @@
 #include <QByteArray>
 #include <QString>
 
+#include <algorithm>
+#include <atomic>
 #include <cstdio>
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include "app/base/Program.h"
@@ -14,15 +17,39 @@ namespace MessageHandler {
 namespace {
 
 int terminal = -1;
+std::atomic<void (*)(bool)> watcher(nullptr);
 
-void write(QtMsgType, const QMessageLogContext&, const QString& text)
+// A reader that does not read, of a pipe say, loses messages, and does not stop the program: a block that is
+// ready to be written takes this many bytes without waiting.
+constexpr int block = 512;
+constexpr int patience = 1000; // milliseconds
+
+void write(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
-    const QByteArray line = QByteArray(program) + ": " + text.toLocal8Bit() + '\n';
-    const ssize_t written = ::write(terminal, line.constData(), static_cast<size_t>(line.size()));
-    (void)written; // a terminal that is gone has nobody to tell
+    say(text);
+    if (void (*const function)(bool) = watcher) {
+        function(type == QtFatalMsg);
+    }
 }
 
 } // namespace
+
+void say(const QString& text)
+{
+    const QByteArray line = QByteArray(program) + ": " + text.toLocal8Bit() + '\n';
+    for (int done = 0; done < line.size();) {
+        pollfd ready = {terminal, POLLOUT, 0};
+        if (poll(&ready, 1, patience) <= 0) {
+            break;
+        }
+        const ssize_t written =
+            ::write(terminal, line.constData() + done, size_t(std::min(block, line.size() - done)));
+        if (written <= 0) {
+            break; // a terminal that is gone
+        }
+        done += int(written);
+    }
+}
 
 void install()
 {
@@ -30,6 +57,11 @@ void install()
     if (terminal >= 0) {
         qInstallMessageHandler(write);
     }
+}
+
+void watch(void (*function)(bool fatal))
+{
+    watcher = function;
 }
 
 } // namespace MessageHandler

@@ -7,9 +7,19 @@
 #ifndef APP_MESSAGEHANDLER_H
 #define APP_MESSAGEHANDLER_H
 
+class QString;
+
 namespace MessageHandler {
 
 void install();
+
+// Writes one message of the program's own. The toolkit's functions for that do nothing of the kind while it
+// passes one of its messages on.
+void say(const QString& text);
+
+// Has the function called after each message, with whether the toolkit is about to abort the process; null:
+// none.
+void watch(void (*watcher)(bool fatal));
 
 } // namespace MessageHandler
 

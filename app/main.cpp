@@ -10,6 +10,7 @@
 #include "app/CommandLine.h"
 #include "app/MainWindow.h"
 #include "app/MessageHandler.h"
+#include "app/ProgramEnd.h"
 #include "app/Translations.h"
 #include "app/base/DefaultStyle.h"
 #include "app/base/Program.h"
@@ -39,6 +40,7 @@ int main(int argc, char** argv)
         // Lives as long as the process: what is left of it at the end is taken back with everything else.
         auto* window = new MainWindow;
         CommandLine::apply(argc, argv, *window);
+        const ProgramEnd end(*window, [&runtimeDir] { runtimeDir.remove(); });
         window->show();
         status = QApplication::exec();
         application = nullptr;

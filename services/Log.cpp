@@ -6,8 +6,16 @@
 #include <QStringList>
 
 #include "app/base/Credentials.h"
+#include "services/Unattended.h"
 
 namespace Log {
+
+namespace {
+
+// Entries up to this level are of interest without having asked for details.
+const unsigned int shownLevel = 2;
+
+} // namespace
 
 QString withoutPasswords(QString message)
 {
@@ -27,6 +35,9 @@ void EntryList::appendMessage(Kind kind, unsigned int level, const QString& mess
         for (const QString& line : lines) {
             if (!line.isEmpty()) {
                 append(Entry(kind, level, line));
+                if (level <= shownLevel && Unattended::is()) {
+                    Unattended::report(line);
+                }
             }
         }
     }
@@ -35,7 +46,10 @@ void EntryList::appendMessage(Kind kind, unsigned int level, const QString& mess
 
 void EntryList::emitAppended()
 {
-    Q_EMIT appended();
+    // No window can be painted any more, and the graphical thread does not come back to try it.
+    if (!Unattended::is()) {
+        Q_EMIT appended();
+    }
 }
 
 } // namespace Log

@@ -1,11 +1,15 @@
 #include "services/YumIOCapturers.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <mutex>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <vector>
 
+#include <QEvent>
 #include <QFile>
 #include <QMetaObject>
 #include <QTextCodec>
@@ -51,18 +55,44 @@ QByteArray readWaiting(const FileDescriptor& fd)
     return file.read(waiting);
 }
 
+// All that there are: made on workers, and deleted by the graphical thread.
+std::mutex minionsMutex;
+std::vector<YumIOCapturersMinion*> minions;
+
 } // namespace
 
 YumIOCapturersMinion::YumIOCapturersMinion(CapturedOutput* receiver, int stdoutReadEnd, int stderrReadEnd)
     : yumIO(receiver), active(false), stdoutFd(stdoutReadEnd), stderrFd(stderrReadEnd), finished(1),
       stdoutDecoder(QTextCodec::codecForName("UTF-8")), stderrDecoder(QTextCodec::codecForName("UTF-8"))
 {
+    const std::lock_guard<std::mutex> lock(minionsMutex);
+    minions.push_back(this);
 }
 
 YumIOCapturersMinion::~YumIOCapturersMinion()
 {
+    {
+        const std::lock_guard<std::mutex> lock(minionsMutex);
+        minions.erase(std::remove(minions.begin(), minions.end(), this), minions.end());
+    }
     readStdout();
     readStderr();
+}
+
+void YumIOCapturersMinion::serveAll()
+{
+    std::vector<YumIOCapturersMinion*> all;
+    {
+        const std::lock_guard<std::mutex> lock(minionsMutex);
+        all = minions;
+    }
+    for (YumIOCapturersMinion* minion : all) {
+        // initialize() and finalize(), as the worker has asked for them. Nobody but this thread deletes the
+        // object.
+        QCoreApplication::sendPostedEvents(minion, QEvent::MetaCall);
+        minion->readStdout();
+        minion->readStderr();
+    }
 }
 
 void YumIOCapturersMinion::activate()
@@ -158,9 +188,38 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* receiver)
 
     addFlag(stdoutPipe.readEnd.get(), O_NONBLOCK);
     addFlag(stderrPipe.readEnd.get(), O_NONBLOCK);
+    startPump();
     minion = new YumIOCapturersMinion(yumIO, stdoutPipe.readEnd.release(), stderrPipe.readEnd.release());
     minion->moveToThread(QCoreApplication::instance()->thread());
     minion->activate();
+}
+
+// Afterwards the read ends of the two pipes are those behind the pump. Without the resources for one the
+// pipes themselves are read, as they are.
+void YumIOCapturers::startPump()
+{
+    Pipe behind[OutputPump::channelCount];
+    OutputPump::Channel channels[OutputPump::channelCount];
+    Pipe* const before[] = {&stdoutPipe, &stderrPipe};
+    for (int i = 0; i < OutputPump::channelCount; ++i) {
+        if (!behind[i].open()) {
+            return;
+        }
+    }
+    for (int i = 0; i < OutputPump::channelCount; ++i) {
+        addFlag(behind[i].readEnd.get(), O_NONBLOCK);
+        addFlag(behind[i].writeEnd.get(), O_NONBLOCK);
+        channels[i].from.reset(before[i]->readEnd.release());
+        channels[i].to.reset(behind[i].writeEnd.release());
+    }
+    pump = std::make_unique<OutputPump>();
+    const bool started = pump->start(channels);
+    for (int i = 0; i < OutputPump::channelCount; ++i) {
+        before[i]->readEnd.reset(started ? behind[i].readEnd.release() : channels[i].from.release());
+    }
+    if (!started) {
+        pump.reset();
+    }
 }
 
 YumIOCapturers::~YumIOCapturers()
@@ -168,10 +227,14 @@ YumIOCapturers::~YumIOCapturers()
     flushStreams();
     if (!restore(savedStdout, STDOUT_FILENO, stdoutRedirected) ||
         !restore(savedStderr, STDERR_FILENO, stderrRedirected)) {
+        (void)pump.release(); // what is still redirected has to be passed on for the rest of the run
         return;
     }
     stdoutPipe.writeEnd.close();
     stderrPipe.writeEnd.close();
+    if (pump) {
+        pump->stop();
+    }
     if (minion != nullptr) {
         minion->deactivate();
         minion->deleteLater();

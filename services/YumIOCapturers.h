@@ -2,8 +2,8 @@
 // to the back end for the length of an operation.
 //
 // YumIOCapturers is made and destroyed on the worker thread and redirects descriptors 1 and 2 into pipes.
-// YumIOCapturersMinion lives on the graphical thread and reads the pipes. YumIOCapturersUser installs a
-// YumIOCapturers for one operation.
+// YumIOCapturersMinion lives on the graphical thread and reads what an OutputPump passes on from these pipes.
+// YumIOCapturersUser installs a YumIOCapturers for one operation.
 
 #ifndef SERVICES_YUMIOCAPTURERS_H
 #define SERVICES_YUMIOCAPTURERS_H
@@ -18,6 +18,7 @@
 
 #include "services/CapturedOutput.h"
 #include "services/FileDescriptor.h"
+#include "services/OutputPump.h"
 
 // Made and switched on and off by the worker; its slots run in the graphical thread, where it is also
 // deleted.
@@ -30,6 +31,10 @@ public:
     YumIOCapturersMinion(CapturedOutput* yumIO, int stdoutReadEnd, int stderrReadEnd);
     // Reads what is left, without the worker waiting for it.
     ~YumIOCapturersMinion() override;
+
+    // Does the part of every such object of the process without an event loop: reads what has come, and stops
+    // watching where the worker has asked for it. For a graphical thread that does not return to its loop.
+    static void serveAll();
 
     // Starts watching the pipes. Does not wait.
     void activate();
@@ -76,11 +81,13 @@ private:
         FileDescriptor writeEnd;
     };
 
+    void startPump();
     // Puts a saved descriptor back in place, if it had been replaced; false, and reported, when that failed.
     bool restore(const FileDescriptor& saved, int fd, bool redirected);
 
     YumIOCapturersMinion* minion;
     CapturedOutput* yumIO;
+    std::unique_ptr<OutputPump> pump;
     FileDescriptor savedStdout;
     FileDescriptor savedStderr;
     Pipe stdoutPipe;

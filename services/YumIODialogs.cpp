@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDialogButtonBox>
+#include <QMetaObject>
 #include <QPushButton>
 
 #include "services/ScrollableDialogs.h"
@@ -67,7 +68,7 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
 }
 
 YumIODialogs::YumIODialogs(QWidget* parent)
-    : minion(new YumIODialogsMinion(parent)), haveResult(false), result(0)
+    : minion(new YumIODialogsMinion(parent)), haveResult(false), result(0), safeResult(0)
 {
     minion->moveToThread(QCoreApplication::instance()->thread());
 
@@ -95,43 +96,48 @@ YumIODialogs::~YumIODialogs()
     minion->deleteLater();
 }
 
+template <typename Request> int YumIODialogs::ask(int safe, const Request& request)
+{
+    safeResult = safe;
+    if (!Unattended::add(this)) {
+        return safe;
+    }
+    haveResult = false;
+    request();
+    waitForResult();
+    Unattended::remove(this);
+    return result;
+}
+
 int YumIODialogs::confirm(const QString& caption, const QString& text, const QString& acceptText,
                           const QString& rejectText)
 {
-    haveResult = false;
-    Q_EMIT confirmSig(caption, text, acceptText, rejectText);
-    waitForResult();
-    return result;
+    return ask(QDialog::Rejected, [&] { Q_EMIT confirmSig(caption, text, acceptText, rejectText); });
 }
 
 int YumIODialogs::warning(const QString& caption, const QString& text, const QString& button0Text,
                           const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                           int escapeButtonNumber)
 {
-    haveResult = false;
-    Q_EMIT warningSig(caption, text, button0Text, button1Text, button2Text, defaultButtonNumber,
-                      escapeButtonNumber);
-    waitForResult();
-    return result;
+    return ask(escapeButtonNumber, [&] {
+        Q_EMIT warningSig(caption, text, button0Text, button1Text, button2Text, defaultButtonNumber,
+                          escapeButtonNumber);
+    });
 }
 
 int YumIODialogs::critical(const QString& caption, const QString& text, const QString& button0Text,
                            const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                            int escapeButtonNumber)
 {
-    haveResult = false;
-    Q_EMIT criticalSig(caption, text, button0Text, button1Text, button2Text, defaultButtonNumber,
-                       escapeButtonNumber);
-    waitForResult();
-    return result;
+    return ask(escapeButtonNumber, [&] {
+        Q_EMIT criticalSig(caption, text, button0Text, button1Text, button2Text, defaultButtonNumber,
+                           escapeButtonNumber);
+    });
 }
 
 int YumIODialogs::scrollable(const QString& caption, const QString& text)
 {
-    haveResult = false;
-    Q_EMIT scrollableSig(caption, text);
-    waitForResult();
-    return result;
+    return ask(0, [&] { Q_EMIT scrollableSig(caption, text); });
 }
 
 void YumIODialogs::setResult(int answer)
@@ -147,6 +153,12 @@ void YumIODialogs::waitForResult()
     if (!haveResult) {
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
+}
+
+void YumIODialogs::giveUpWaiting()
+{
+    // Queued: the answer has to come from the loop of the thread that waits.
+    QMetaObject::invokeMethod(this, "setResult", Qt::QueuedConnection, Q_ARG(int, safeResult));
 }
 
 YumIODialogsUser::YumIODialogsUser(YumIODialogs*& dialogsSlot, QWidget* parent)

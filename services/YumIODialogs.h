@@ -12,6 +12,8 @@
 #include <QObject>
 #include <QString>
 
+#include "services/Unattended.h"
+
 // Graphical thread; made by its YumIODialogs and deleted there later.
 class YumIODialogsMinion : public QObject
 {
@@ -44,8 +46,9 @@ private:
 };
 
 // Used only from the thread that made it; one request at a time. Made in the graphical thread it works too:
-// the dialog then runs inside the request.
-class YumIODialogs : public QObject
+// the dialog then runs inside the request. While the program is unattended, nothing is shown, and each
+// request returns the safe answer at once: rejected, or the escape button.
+class YumIODialogs : public QObject, private Unattended::Waiter
 {
     Q_OBJECT
 
@@ -84,12 +87,16 @@ Q_SIGNALS:
     void scrollableSig(const QString& caption, const QString& text);
 
 private:
+    // Sends the request and waits for its answer. Returns "safe" when nobody can answer.
+    template <typename Request> int ask(int safe, const Request& request);
     void waitForResult();
+    void giveUpWaiting() override;
 
     YumIODialogsMinion* minion;
     QEventLoop loop;
     bool haveResult;
     int result;
+    int safeResult; // of the request that waits
 };
 
 // Gives the slot a YumIODialogs for the length of a scope, then puts its former value back. Scopes nest.

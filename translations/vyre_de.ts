@@ -856,6 +856,21 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     </message>
 </context>
 <context>
+    <name>ProgramEnd</name>
+    <message>
+        <source>The display is lost. The transaction goes on without it.</source>
+        <translation>Die Anzeige ist verloren. Die Transaktion geht ohne sie weiter.</translation>
+    </message>
+    <message>
+        <source>The display is lost. VYRE ends.</source>
+        <translation>Die Anzeige ist verloren. VYRE endet.</translation>
+    </message>
+    <message>
+        <source>The transaction has come to its end. VYRE ends.</source>
+        <translation>Die Transaktion ist zu Ende. VYRE endet.</translation>
+    </message>
+</context>
+<context>
     <name>Progress::Minion</name>
     <message>
         <source>%1 downloads</source>
@@ -2459,6 +2474,10 @@ Die Paketquelle wird ausgelassen.</translation>
 Its groups are left out.</source>
         <translation>Die Metadaten der Gruppen der Paketquelle {} sind beschädigt: {}
 Ihre Gruppen werden ausgelassen.</translation>
+    </message>
+    <message>
+        <source>Process {} has ended without removing its lock file {}. The file is removed.</source>
+        <translation>Der Prozess {} ist zu Ende und hat seine Sperrdatei {} nicht entfernt. Die Datei wird entfernt.</translation>
     </message>
     <message>
         <source>The file {} is damaged: {}</source>

@@ -1,12 +1,24 @@
 #include "yumio/SignalRecorder.h"
 
+#include <unistd.h>
+
+#include "yumio/EndSignals.h"
+
 namespace {
 
 // The first signal that came; 0: none.
 volatile std::sig_atomic_t recorded = 0;
+pid_t owner = 0;
 
-extern "C" void record(int number)
+extern "C" void record(int number, siginfo_t* info, void*)
 {
+    if (getpid() != owner) {
+        // A child that has not started its program yet.
+        EndSignals::endBy(number);
+    }
+    if (!EndSignals::wasSent(*info)) {
+        EndSignals::endBy(number);
+    }
     if (recorded == 0) {
         recorded = number;
     }
@@ -17,26 +29,38 @@ extern "C" void record(int number)
 SignalRecorder::SignalRecorder() : before(), replaced()
 {
     recorded = 0;
+    owner = getpid();
     struct sigaction recording = {};
-    recording.sa_handler = record;
-    recording.sa_flags = SA_RESTART;
+    recording.sa_sigaction = record;
+    recording.sa_flags = SA_RESTART | SA_SIGINFO;
     sigemptyset(&recording.sa_mask);
-    for (int i = 0; i < count; ++i) {
-        replaced[i] = sigaction(numbers[i], nullptr, &before[i]) == 0 && before[i].sa_handler != SIG_IGN &&
-                      sigaction(numbers[i], &recording, &before[i]) == 0;
+    for (int number = 1; number < count; ++number) {
+        if (!EndSignals::endsProcess(number) || sigaction(number, nullptr, &before[number]) != 0) {
+            continue;
+        }
+        const bool plain = (before[number].sa_flags & SA_SIGINFO) == 0;
+        const bool ignored = plain && before[number].sa_handler == SIG_IGN;
+        const bool byDefault = plain && before[number].sa_handler == SIG_DFL;
+        // A handler of faults that somebody else has set looks for his own.
+        const bool foreign = EndSignals::isFault(number) && !byDefault && !EndSignals::isOurs(before[number]);
+        replaced[number] = !ignored && !foreign && sigaction(number, &recording, &before[number]) == 0;
     }
 }
 
 SignalRecorder::~SignalRecorder()
 {
-    for (int i = 0; i < count; ++i) {
-        if (replaced[i]) {
-            sigaction(numbers[i], &before[i], nullptr);
+    for (int number = 1; number < count; ++number) {
+        if (replaced[number]) {
+            sigaction(number, &before[number], nullptr);
         }
     }
     if (recorded != 0) {
         const int number = recorded;
         recorded = 0;
-        std::raise(number);
+        if (number == SIGABRT) {
+            kill(owner, number); // by raise() it would count as the program's own
+        } else {
+            std::raise(number);
+        }
     }
 }

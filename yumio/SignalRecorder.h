@@ -1,7 +1,8 @@
 // Holds the signals that would end the program back for a scope, in which that would leave a transaction half
 // done: they are noted, and take their effect at the end of the scope.
 //
-// Any thread, one object at a time in the process. A signal that is ignored stays ignored. Programs that are
+// Any thread, one object at a time in the process. A signal that is ignored stays ignored. A fault of the
+// program itself ends it at once, as does an abort: there is no going on after these. Programs that are
 // started meanwhile have the usual signals.
 
 #ifndef YUMIO_SIGNALRECORDER_H
@@ -19,8 +20,7 @@ public:
     SignalRecorder& operator=(const SignalRecorder&) = delete;
 
 private:
-    static constexpr int numbers[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
-    static constexpr int count = sizeof numbers / sizeof *numbers;
+    static constexpr int count = 65; // signals are numbered from 1 to 64
 
     struct sigaction before[count];
     bool replaced[count];

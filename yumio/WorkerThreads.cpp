@@ -2,9 +2,35 @@
 
 #include <csignal>
 
+#include <dlfcn.h>
+
 #include <QTimer>
 
+#include "services/Unattended.h"
+#include "services/YumIOCapturers.h"
+#include "yumio/EndSignals.h"
 #include "yumio/YumIO.h"
+
+namespace {
+
+// So often a thread that does not serve events looks at what the worker needs of it, in milliseconds.
+constexpr unsigned long servingInterval = 20;
+
+// The library that fetches files gives all of them up once this flag of its own is set, within a second.
+void interruptDownloads()
+{
+    static volatile std::sig_atomic_t* const flag = [] {
+        // Only if the package manager has loaded it.
+        void* const library = dlopen("librepo.so.0", RTLD_LAZY | RTLD_NOLOAD);
+        return library != nullptr ? static_cast<volatile std::sig_atomic_t*>(dlsym(library, "lr_interrupt"))
+                                  : nullptr;
+    }();
+    if (flag != nullptr) {
+        *flag = 1;
+    }
+}
+
+} // namespace
 
 void CollectThread::run()
 {
@@ -50,8 +76,9 @@ void ApplyThread::run()
 
 void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
 {
-    FlagScope flag(working);
     blocker.prepare();
+    blockerHeld = true;
+    worker = &thread;
     PyThreadStateWrapper released;
     thread.start(QThread::HighPriority);
     sigset_t childSignal;
@@ -72,8 +99,27 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     {
         PyGILStateWrapper lock(true);
         setEnablePythonSIGINTHandler(false);
+        EndSignals::renew();
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
+    worker = nullptr;
+}
+
+void YumIO::finish()
+{
+    Unattended::begin();
+    blockerRelease();
+    while (worker != nullptr && !worker->wait(servingInterval)) {
+        if (!changingSystem) {
+            // Again and again: the script clears it before it begins to download.
+            interruptDownloads();
+        }
+        YumIOCapturersMinion::serveAll();
+    }
+    if (Python::initialized) {
+        PyGILStateWrapper lock(true);
+        releaseLock();
+    }
 }
 
 bool YumIO::collect(const QHash<QString, bool>& repoEnable)

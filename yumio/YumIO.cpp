@@ -17,6 +17,7 @@
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 #include "yumio/DateTime.h"
+#include "yumio/EndSignals.h"
 #include "yumio/Metadata.h"
 #include "yumio/SignalRecorder.h"
 
@@ -86,6 +87,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The system was changed by another program since the packages were read. "
                                "Nothing was applied.\nThe packages are read again now. What is marked stays "
                                "marked, as far as it is still possible."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "Process {} has ended without removing its lock file {}. The file is removed."),
     // One text in two lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, did not come to its end.\nWhat it has "
@@ -122,12 +125,12 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
 } // namespace
 
 YumIO::YumIO()
-    : clearing(false), working(false), rebuilding(false), exceptLogStart(-1), fileListsLoaded(false),
-      otherDataLoaded(false), dialogs(nullptr), parent(nullptr), totalBar(nullptr), itemBar(nullptr),
-      progress(nullptr), capturers(nullptr), locked(false), rpmDict(nullptr), yumIOClass(nullptr),
-      readingCount(0), readingMax(1), classes{}, terminal(nullptr), phase(Idle), transactionRan(false),
-      outdated(false), stderrKind(Log::Error), stderrLevel(0), threadCount(0), threadsMax(0),
-      dnfVersionLooked(false), savedSigchld()
+    : clearing(false), worker(nullptr), blockerHeld(false), changingSystem(false), rebuilding(false),
+      exceptLogStart(-1), fileListsLoaded(false), otherDataLoaded(false), dialogs(nullptr), parent(nullptr),
+      totalBar(nullptr), itemBar(nullptr), progress(nullptr), capturers(nullptr), locked(false),
+      rpmDict(nullptr), yumIOClass(nullptr), readingCount(0), readingMax(1), classes{}, terminal(nullptr),
+      phase(Idle), transactionRan(false), outdated(false), stderrKind(Log::Error), stderrLevel(0),
+      threadCount(0), threadsMax(0), dnfVersionLooked(false), savedSigchld()
 {
     qRegisterMetaType<Package::Entry*>("Package::Entry*");
     clearApply();
@@ -148,18 +151,26 @@ YumIO::~YumIO()
     if (Python::initialized) {
         PyGILStateWrapper lock(true);
         py("import sys\nsys.stdout = sys.__stdout__\nsys.stderr = sys.__stderr__\n");
-        if (locked) {
-            ExceptScope scope(*this, {classes[LockError]});
-            const PyRef result(pyMethodCall(yumIO.get(), "unlock", "()"));
-            if (pyExceptMatches(result.get(), classes[LockError])) {
-                pythonException(tr("Unable to release yum lock"));
-            }
-        }
+        releaseLock();
         repos = PyRef();
         base = PyRef();
         yumIO = PyRef();
     }
     delete dialogs;
+}
+
+void YumIO::releaseLock()
+{
+    if (!locked) {
+        return;
+    }
+    ExceptScope scope(*this, {classes[LockError]});
+    const PyRef result(pyMethodCall(yumIO.get(), "unlock", "()"));
+    if (pyExceptMatches(result.get(), classes[LockError])) {
+        pythonException(tr("Unable to release yum lock"));
+    }
+    locked = false;
+    EndSignals::setLockFile(nullptr);
 }
 
 void YumIO::setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item)
@@ -272,6 +283,7 @@ bool YumIO::initialize()
         return internalError(tr("Internal error: cannot find python rpm dict"));
     }
     setEnablePythonSIGINTHandler(false);
+    EndSignals::renew();
 
     {
         const File script(Share::absolute(QStringLiteral("python/YumIO.py")));
@@ -373,7 +385,10 @@ void YumIO::clearEntriesBeforeQuit()
 
 void YumIO::blockerRelease()
 {
-    blocker.release();
+    if (blockerHeld) {
+        blockerHeld = false;
+        blocker.release();
+    }
 }
 
 QString YumIO::getState(const Package::Entry& entry) const

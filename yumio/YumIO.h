@@ -28,6 +28,7 @@
 #include <QSet>
 #include <QStringList>
 
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <functional>
@@ -86,7 +87,13 @@ public:
     void clearEntriesBeforeQuit();
 
     // Whether a worker runs.
-    bool isWorking() const { return working; }
+    bool isWorking() const { return worker != nullptr; }
+    // Whether rpm changes the system at this moment, which nothing may cut off. Any thread.
+    bool isChangingSystem() const { return changingSystem; }
+    // For an end of the program from which there is no way back. Nobody is asked anything any more; a worker
+    // goes on to its end if it changes the system, and gives up otherwise. Waits for it without serving
+    // events, then gives the package manager's lock back.
+    void finish();
 
     // The records by position; none while they are being rebuilt.
     int count() const { return rebuilding ? 0 : entries.count(); }
@@ -288,6 +295,8 @@ private:
     void readOutcome();
     void showRemarks();
 
+    void releaseLock();
+
     // Worker threads
     void execWorkThread(QEventLoop& loop, QThread& thread);
     bool collectReal(const QHash<QString, bool>& repoEnable);
@@ -441,7 +450,9 @@ private:
     QHash<QString, QString> biArchByArch; // what the script answered
     QSet<QString> sharedTexts;            // one copy of each text that thousands of records have
     bool clearing;
-    bool working;
+    QThread* worker;  // null while none runs
+    bool blockerHeld; // the worker is held back
+    std::atomic<bool> changingSystem;
     bool rebuilding; // a worker changes the list of records; the graphical thread keeps away from it
     Log::EntryList logList;
     int exceptLogStart; // where in the log the output of an expected exception begins; -1: none is expected

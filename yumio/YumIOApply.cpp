@@ -196,6 +196,7 @@ bool YumIO::applyReal()
         const PyRef result(pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(), updates.get(),
                                         removes.get(), groupInstalls.get(), groupUpdates.get(),
                                         groupRemoves.get()));
+        changingSystem = false;
         signalRecorder.reset();
         readOutcome();
         // An exception that is not among the known ones has been reported already.

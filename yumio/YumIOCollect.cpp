@@ -3,8 +3,10 @@
 #include "yumio/YumIO.h"
 
 #include "services/Progress.h"
+#include "services/Unattended.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
+#include "yumio/EndSignals.h"
 
 bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
 {
@@ -32,6 +34,9 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
             return false;
         }
         locked = true;
+        // A path, if the script knows of one.
+        EndSignals::setLockFile(PyUnicode_Check(result.get()) ? pyString(result.get()).toUtf8().constData()
+                                                              : nullptr);
     }
 
     repos = PyRef(PyObject_GetAttrString(base.get(), "repos"));
@@ -60,6 +65,9 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         return false;
     }
 
+    if (Unattended::is()) {
+        return false;
+    }
     progress->startItem(tr("Reading repositories"), 900, 1);
     progress->setupItemActs(14000, enabledRepos.count());
     {
@@ -80,6 +88,9 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
 
     // Calls a method of the script whose failures are explained to the user.
     const auto collected = [this](const char* method, const QString& what, bool capture) {
+        if (Unattended::is()) {
+            return PyRef(); // nobody is going to see the packages
+        }
         ExceptScope scope(*this);
         commExceptSetup();
         PyRef result;

@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 
 #include "services/Progress.h"
+#include "services/Unattended.h"
 #include "services/YumIODialogs.h"
 #include "yumio/SignalRecorder.h"
 #include "yumio/Transaction.h"
@@ -406,10 +407,18 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
         return badArguments(QT_TR_NOOP("Internal error: rpmtransInit: unable to interpret arguments"));
     }
     const bool flag = test != Py_False;
-    transactionRan = transactionRan || !flag;
     if (!flag && phase == Applying && !signalRecorder) {
-        signalRecorder = std::make_unique<SignalRecorder>(); // until the script's operation is over
+        // Until the script's operation is over. An end of the program that begins from here on waits for it;
+        // one that has begun before prevents it.
+        changingSystem = true;
+        if (Unattended::is()) {
+            changingSystem = false;
+            PyErr_SetNone(PyExc_KeyboardInterrupt);
+            return nullptr;
+        }
+        signalRecorder = std::make_unique<SignalRecorder>();
     }
+    transactionRan = transactionRan || !flag;
     if (progress != nullptr) {
         if (flag || !testRun) {
             progress->endItemActsThreads();

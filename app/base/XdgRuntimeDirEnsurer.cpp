@@ -125,7 +125,6 @@ bool XdgRuntimeDirEnsurer::open(const char* name)
     struct stat status;
     if (directory >= 0 && (fstat(directory, &status) != 0 || status.st_uid != geteuid() ||
                            (status.st_mode & 07777) != onlyForOwner)) {
-        close(directory);
         directory = -1;
     }
     return directory >= 0;
@@ -133,11 +132,18 @@ bool XdgRuntimeDirEnsurer::open(const char* name)
 
 XdgRuntimeDirEnsurer::~XdgRuntimeDirEnsurer()
 {
+    remove();
+}
+
+void XdgRuntimeDirEnsurer::remove()
+{
     if (directory >= 0) {
         removeContents(directory, mountOf(directory));
         (void)unlinkat(parent, std::strrchr(created, '/') + 1, AT_REMOVEDIR);
+        directory = -1;
     }
     if (parent >= 0) {
         close(parent);
+        parent = -1;
     }
 }

@@ -16,6 +16,8 @@ public:
     // Removes the directory with everything in it, also when it had been there before. No link is followed,
     // and nothing is removed that is mounted there.
     ~XdgRuntimeDirEnsurer();
+    // The same, for an end of the process at which nothing is destroyed. Once.
+    void remove();
     XdgRuntimeDirEnsurer(const XdgRuntimeDirEnsurer&) = delete;
     XdgRuntimeDirEnsurer& operator=(const XdgRuntimeDirEnsurer&) = delete;
 

@@ -600,6 +600,69 @@ def nameOfProcess(number):
         return '?'
 
 
+def startOfProcess(number):
+    """When a process started, in seconds since 1970; None when there is none. Exact to two seconds."""
+    try:
+        with open('/proc/{}/stat'.format(number), 'rb') as stat, open('/proc/stat', 'rb') as system:
+            # The name of the program, in parentheses, may hold anything.
+            ticks = int(stat.read().rpartition(b')')[2].split()[19])
+            booted = next(int(line.split()[1]) for line in system if line.startswith(b'btime '))
+    except (OSError, ValueError, IndexError, StopIteration):
+        return None
+    return booted + ticks / os.sysconf('SC_CLK_TCK')
+
+
+def usesPackages(number):
+    """Whether a process has rpm's library loaded, as everything has that may hold the locks; True when in doubt."""
+    try:
+        with open('/proc/{}/maps'.format(number), 'rb') as maps:
+            return any(b'/librpm' in line for line in maps)
+    except OSError:
+        return True
+
+
+def abandonedBy(target):
+    """The number of the process that has left this lock file behind; None when it holds it still or there is no such
+    file.
+
+    The number alone does not say that: after a crash or a restart of the machine it may be that of any other process,
+    which has started since.
+    """
+    try:
+        with open(target, 'rb') as stream:
+            number = int(stream.read(20))
+            written = os.fstat(stream.fileno()).st_mtime
+    except (OSError, ValueError):
+        return None
+    if number == os.getpid():
+        return None
+    started = startOfProcess(number)
+    # The clock may have been set since: the time alone would not be enough to take a lock away.
+    if started is None or (started > written + 2 and not usesPackages(number)):
+        return number
+    return None
+
+
+def removeAbandonedLock(lock):
+    """Remove the file of a lock whose owner has ended: whoever waits for that owner would wait for ever."""
+    number = abandonedBy(lock.target)
+    if number is None:
+        return
+    try:
+        with open(lock.target, 'r+b') as stream:
+            fcntl.flock(stream, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            if abandonedBy(lock.target) != number:
+                return
+            stream.truncate()
+        with lock:
+            pass
+    except (OSError, dnf.exceptions.LockError) as e:
+        logging.getLogger('dnf').debug('%s', e)
+        return
+    text = tr('Process {} has ended without removing its lock file {}. The file is removed.')
+    logging.getLogger('dnf').info('%s', text.format(number, lock.target))
+
+
 # Progress ---------------------------------------------------------------------------------------------------
 
 def showActivity(text):
@@ -670,11 +733,12 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     _last = None
 
     def __init__(self, base, test=False, displays=()):
-        self._ended = False
+        self._ended = True  # it has not begun: the program may refuse it
         self._heard = None
         self._space = base.scriptSpace
         yumIOC.rpmtransInit(test)
         super(RPMTransaction, self).__init__(base, test=test, displays=displays or [TransactionProgress()])
+        self._ended = False
         RPMTransaction._last = weakref.ref(self)
 
     def __del__(self):
@@ -1135,6 +1199,11 @@ class YumIO:
     # Locking
 
     def lock(self):
+        """Take the package manager's lock for the rest of the run; return the path of its file."""
+        cache = self.base.conf.cachedir
+        for left in (_buildLock(self.base.conf.persistdir, True), dnf.lock.build_metadata_lock(cache, True),
+                     dnf.lock.build_download_lock(cache, True)):
+            removeAbandonedLock(left)
         lock = SessionLock(_buildLock(self.base.conf.persistdir, True).target, 'The rpm database', False)
         try:
             lock.__enter__()
@@ -1146,6 +1215,7 @@ class YumIO:
             raise dnf.exceptions.LockError(str(e))
         self._lock = lock
         dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock
+        return lock.target
 
     def unlock(self):
         if self._lock is None:

@@ -151,6 +151,30 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: still here\n"));
     }
 
+    void aReaderOfTheProgramThatDoesNotReadHoldsNothingUp()
+    {
+        Pipe reader;
+        reader.fill();
+        {
+            const StandardError start(reader.writing());
+            MessageHandler::install();
+        }
+        qWarning("lost"); // would wait for ever
+        QVERIFY(!reader.read().contains("lost"));
+    }
+
+    void theWatcherHearsOfEachMessage()
+    {
+        install();
+        static QVector<bool> heard;
+        heard.clear();
+        MessageHandler::watch([](bool fatal) { heard.append(fatal); });
+        qWarning("one");
+        MessageHandler::watch(nullptr);
+        qWarning("two");
+        QCOMPARE(heard, QVector<bool>({false}));
+    }
+
     void messagesOfOtherThreadsAreWrittenWhole()
     {
         install();

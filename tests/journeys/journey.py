@@ -114,8 +114,9 @@ class JourneyTest(unittest.TestCase):
             except BaseException:
                 self.failed = True
                 picture = os.path.join(directory, 'screen.png')
-                driver.screenshot(picture)
-                print('{}: the screen is in {}'.format(self.id(), picture), file=sys.stderr)
+                with contextlib.suppress(subprocess.CalledProcessError):  # there may be no display any more
+                    driver.screenshot(picture)
+                    print('{}: the screen is in {}'.format(self.id(), picture), file=sys.stderr)
                 if program.running():
                     print('windows: {}'.format(program.titles()), file=sys.stderr)
                 print(program.stderr(), file=sys.stderr, flush=True)

@@ -612,6 +612,8 @@ class SignalTest(StartTest):
     """A signal ends the program, and never spoils anything."""
 
     ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+    # A few of the others, which nobody sends for that.
+    OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
 
     def check_next_run(self):
         """Whatever the ended program has left behind is in nobody's way."""
@@ -630,12 +632,14 @@ class SignalTest(StartTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.quit(window)
 
-    def check_ends_by(self, program, number):
+    def check_ends_by(self, program, number, said=''):
+        """The program ends by the signal. said: an expression for what it writes about work that it gives up."""
         program.process.send_signal(number)
         self.assertEqual(program.wait(), -number)
-        self.assertEqual(program.complaints(), '')
+        self.assertRegex(program.complaints(), r'(?s)\A' + said + r'\Z')
         wait_for(lambda: program.left_over() == [], 'the end of all processes', 20)
         self.check_unchanged()
+        self.assertEqual(self.locks(), [])
 
     def test_at_once(self):
         for number in self.ENDING:
@@ -644,11 +648,12 @@ class SignalTest(StartTest):
                 self.check_next_run()
 
     def test_while_idle(self):
-        for number in self.ENDING:
+        for number in self.ENDING + self.OTHER:
             with self.subTest(number=number), self.program() as program:
                 program.ready()
+                self.assertNotEqual(self.locks(), [])
                 self.check_ends_by(program, number)
-                self.check_next_run()
+        self.check_next_run()
 
     def test_while_a_message_is_shown(self):
         for number in self.ENDING:
@@ -664,7 +669,7 @@ class SignalTest(StartTest):
                 window.show_all()
                 window.mark_listed('pergola')
                 window.apply()
-                self.check_ends_by(program, number)
+                self.check_ends_by(program, number, 'vyre: Not Applying: Canceled')
         self.check_next_transaction()
 
     def wait_download(self, program, path):
@@ -680,7 +685,7 @@ class SignalTest(StartTest):
                 gate = self.wait_download(program, REPOMD)
                 program.main()
                 gate.wait_reached()
-                self.check_ends_by(program, number)
+                self.check_ends_by(program, number, 'vyre: .*[Ii]nterrupted.*vyre: Unable to initialize')
             del self.sandbox.server.faults[REPOMD]
         self.check_next_run()
 
@@ -694,7 +699,7 @@ class SignalTest(StartTest):
                 window.mark_listed('pergola')
                 window.accept(window.apply())
                 gate.wait_reached()
-                self.check_ends_by(program, number)
+                self.check_ends_by(program, number, 'vyre: .*Interrupted.*vyre: Unable to apply changes')
             del self.sandbox.server.faults[path]
         self.check_next_transaction()
 
@@ -779,6 +784,7 @@ class SignalTest(StartTest):
                                      '"ORDER BY id DESC LIMIT 1"): print(state)', history],
                                     stdout=subprocess.PIPE, check=True).stdout.decode()
             self.assertEqual(states, '1\n')
+            self.assertEqual(self.locks(), [])
 
     def test_interrupt_of_a_transaction(self):
         self.check_transaction_is_finished(signal.SIGINT)
@@ -788,6 +794,12 @@ class SignalTest(StartTest):
 
     def test_hangup_of_a_transaction(self):
         self.check_transaction_is_finished(signal.SIGHUP)
+
+    def test_other_signals_in_a_transaction(self):
+        for number in self.OTHER:
+            with self.subTest(number=number):
+                self.check_transaction_is_finished(number)
+                self.sandbox.rpm('--erase', 'slowpoke')
 
 
 def name_of(process):

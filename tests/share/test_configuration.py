@@ -6,6 +6,7 @@ import shutil
 import subprocess
 import sys
 import threading
+import time
 
 from recordingmodule import limits
 from scenario import ScenarioTest, in_own_process
@@ -547,6 +548,72 @@ class LockTest(ScenarioTest):
         self.load().lock()
         with open(self.lock_file()) as stream:
             self.assertEqual(stream.read(), str(os.getpid()))
+
+    # Each with what says that it was left behind.
+    LEFT = "Process {} has ended without removing its lock file {}. The file is removed."
+
+    def told(self):
+        return [args[1] for name, args in self.recording.calls if name == "log" and "lock file" in args[1]]
+
+    @in_own_process
+    def test_what_was_left_by_a_dead_process_is_reported_for_each_lock(self):
+        dead = subprocess.Popen(["true"])
+        dead.wait()
+        files = [self.write(path, str(dead.pid)) for path in (
+            "/var/lib/dnf/rpmdb_lock.pid", "/var/cache/yum/metadata_lock.pid", "/var/cache/yum/download_lock.pid")]
+        self.load().lock()
+        self.assertEqual(self.told(), [self.LEFT.format(dead.pid, path) for path in files])
+        self.assertEqual([os.path.exists(path) for path in files], [True, False, False])
+
+    @in_own_process
+    def test_a_lock_older_than_the_process_of_its_number_is_taken_over(self):
+        """After a restart of the machine the number is that of any other process."""
+        other = subprocess.Popen(["sleep", "600"])
+        try:
+            lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
+            for age in (10, 86400 * 365):
+                with open(lock, "w") as stream:
+                    stream.write(str(other.pid))
+                os.utime(lock, (time.time() - age,) * 2)
+                yumio = self.load()
+                yumio.lock()
+                with open(lock) as stream:
+                    self.assertEqual(stream.read(), str(os.getpid()))
+                self.assertEqual(self.told(), [self.LEFT.format(other.pid, lock)])
+                yumio.unlock()
+                self.recording.calls.clear()
+        finally:
+            other.kill()
+            other.wait()
+
+    @in_own_process
+    def test_a_lock_not_older_than_the_process_of_its_number_stays(self):
+        other = subprocess.Popen(["sleep", "600"])
+        try:
+            lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
+            yumio = self.load()
+            with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % other.pid):
+                yumio.lock()
+            with open(lock) as stream:
+                self.assertEqual(stream.read(), str(other.pid))
+            self.assertEqual(self.told(), [])
+        finally:
+            other.kill()
+            other.wait()
+
+    @in_own_process
+    def test_a_lock_of_a_package_manager_stays_whatever_the_clock_says(self):
+        yumio = self.load()
+        holder, word = self.hold()
+        self.assertEqual(word, b"held\n")
+        os.utime(self.lock_file(), (time.time() - 86400,) * 2)
+        with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % holder.pid):
+            yumio.lock()
+        holder.communicate()
+
+    @in_own_process
+    def test_the_path_of_the_lock_file_is_the_result(self):
+        self.assertEqual(self.load().lock(), self.lock_file())
 
     @in_own_process
     def test_a_lock_file_that_makes_no_sense_is_a_lock_error(self):

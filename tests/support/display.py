@@ -92,6 +92,8 @@ class VirtualDisplay:
             self.log.seek(0)
             raise StartError('Xvfb did not start:\n' + self.log.read().decode(errors='replace'))
         self.environment['DISPLAY'] = ':' + number
+        # For tests in which it dies.
+        self.environment['X_SERVER_PID'] = str(self.started[0].pid)
 
     def _start_bus(self, configuration):
         bus = self._start(['dbus-daemon', configuration, '--nofork', '--print-address=1'], stdout=subprocess.PIPE)

@@ -167,6 +167,17 @@ def key(*names):
     xdotool('key', '--clearmodifiers', *names)
 
 
+def kill_display():
+    """The X server of this display dies, and every connection to it with it."""
+    os.kill(int(os.environ['X_SERVER_PID']), signal.SIGKILL)
+
+
+def kill_window(program, title):
+    """Have the X server close the connection of the program that has a window with this title."""
+    window = xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name', '^' + title + '$').split()[0]
+    xdotool('windowkill', window)
+
+
 def type_text(text):
     xdotool('type', '--clearmodifiers', '--delay', '5', text)
 

@@ -18,7 +18,7 @@ template <typename Function> QStringList inChild(const Function& function)
     if (child == 0) {
         close(ends[0]);
         // The test framework has handlers of its own.
-        for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM}) {
+        for (int number = 1; number <= SIGRTMAX; ++number) {
             std::signal(number, SIG_DFL);
         }
         alarm(60);
@@ -60,6 +60,14 @@ private Q_SLOTS:
         QTest::newRow("SIGTERM") << SIGTERM;
         QTest::newRow("SIGHUP") << SIGHUP;
         QTest::newRow("SIGQUIT") << SIGQUIT;
+        QTest::newRow("SIGUSR1") << SIGUSR1;
+        QTest::newRow("SIGUSR2") << SIGUSR2;
+        QTest::newRow("SIGALRM") << SIGALRM;
+        QTest::newRow("SIGXCPU") << SIGXCPU;
+        QTest::newRow("SIGIO") << SIGIO;
+        QTest::newRow("SIGABRT") << SIGABRT;
+        QTest::newRow("SIGSEGV, sent") << SIGSEGV;
+        QTest::newRow("SIGRTMIN") << SIGRTMIN;
     }
 
     void signalTakesEffectAtTheEndOfTheScope()
@@ -74,6 +82,24 @@ private Q_SLOTS:
                      say(out, "not any more");
                  }),
                  QStringList({"still here", QString("signal %1").arg(number)}));
+    }
+
+    void aFaultOfTheProgramEndsItAtOnce()
+    {
+        QCOMPARE(inChild([](int out) {
+                     SignalRecorder recorder;
+                     say(out, "here");
+                     int* volatile nowhere = nullptr;
+                     *nowhere = 1;
+                     say(out, "not any more");
+                 }),
+                 QStringList({"here", QString("signal %1").arg(SIGSEGV)}));
+        QCOMPARE(inChild([](int out) {
+                     SignalRecorder recorder;
+                     say(out, "here");
+                     std::abort();
+                 }),
+                 QStringList({"here", QString("signal %1").arg(SIGABRT)}));
     }
 
     void firstSignalCounts()

@@ -325,6 +325,8 @@ def _scriptlets():
                 scripts={"postun": "echo 'doorkeeper-1.0: gone'"}),
         Package("doorkeeper", "1.1", "Installs for as long as there is /tmp/doorkeeper", arch="noarch",
                 repo="updates", changelog="update", scripts={"post": _wait_while("doorkeeper")}),
+        Package("lastword", "1.0", "Waits after the transaction for as long as there is /tmp/lastword", arch="noarch",
+                scripts={"posttrans": _wait_while("lastword")}),
         Package("nightwatch", "1.0", "Leaves a process behind for as long as there is /tmp/nightwatch",
                 arch="noarch", scripts={"post": "(%s) &" % _wait_while("nightwatch")}),
         Package("glutton", "1.0", "Takes two megabytes after it has waited as long as there is /tmp/glutton",

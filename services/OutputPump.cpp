@@ -1,0 +1,151 @@
+#include "services/OutputPump.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+constexpr int blockSize = 64 << 10;
+
+// So long the pump rests after each block while too much waits for the reader.
+constexpr int restMilliseconds = 20;
+
+} // namespace
+
+OutputPump::OutputPump() = default;
+
+OutputPump::~OutputPump()
+{
+    stop();
+}
+
+bool OutputPump::start(Channel (&channels)[channelCount])
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        return false;
+    }
+    wakeRead.reset(ends[0]);
+    wakeWrite.reset(ends[1]);
+    for (int i = 0; i < channelCount; ++i) {
+        ways[i].channel.from.reset(channels[i].from.release());
+        ways[i].channel.to.reset(channels[i].to.release());
+    }
+
+    // The thread has them blocked from its first instruction on: a write into a pipe that nobody reads any
+    // more must not end the program.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    bool started = true;
+    try {
+        thread = std::thread(&OutputPump::run, this);
+    } catch (const std::system_error&) {
+        started = false;
+    }
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    for (int i = 0; i < channelCount && !started; ++i) {
+        channels[i].from.reset(ways[i].channel.from.release());
+        channels[i].to.reset(ways[i].channel.to.release());
+    }
+    return started;
+}
+
+void OutputPump::stop()
+{
+    if (thread.joinable()) {
+        wakeWrite.close(); // which the other end notices
+        thread.join();
+    }
+    for (Way& way : ways) {
+        way.channel.from.close();
+        way.channel.to.close();
+    }
+}
+
+// At most what is there now: a writer that never rests must not keep the pump here.
+void OutputPump::fill(Way& way)
+{
+    int count = 0;
+    if (ioctl(way.channel.from.get(), FIONREAD, &count) != 0) {
+        way.ended = true;
+        return;
+    }
+    const int old = way.waiting.size();
+    way.waiting.resize(old + (count > 0 ? count : blockSize));
+    const ssize_t got =
+        read(way.channel.from.get(), way.waiting.data() + old, size_t(way.waiting.size() - old));
+    way.waiting.resize(old + (got > 0 ? int(got) : 0));
+    if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) {
+        way.ended = true;
+    }
+}
+
+void OutputPump::drain(Way& way)
+{
+    const ssize_t put =
+        write(way.channel.to.get(), way.waiting.constData() + way.done, size_t(countWaiting(way)));
+    if (put > 0) {
+        way.done += int(put);
+    } else if (put < 0 && errno != EAGAIN && errno != EINTR) {
+        // The reader is gone; the writers are to get rid of what they have all the same.
+        way.done = way.waiting.size();
+    }
+    if (countWaiting(way) == 0) {
+        way.waiting.clear();
+        way.done = 0;
+    } else if (way.done > way.waiting.size() / 2) {
+        way.waiting.remove(0, way.done);
+        way.done = 0;
+    }
+}
+
+void OutputPump::run()
+{
+    for (bool stopping = false;;) {
+        enum { Wake = 2 * channelCount };
+        pollfd polled[Wake + 1];
+        bool anything = !stopping;
+        bool crowded = false;
+        for (int i = 0; i < channelCount; ++i) {
+            const Way& way = ways[i];
+            const bool waiting = countWaiting(way) > 0;
+            anything = anything || waiting;
+            crowded = crowded || countWaiting(way) > fullBuffer;
+            // A negative descriptor is passed over.
+            polled[2 * i] = {way.ended || stopping ? -1 : way.channel.from.get(), POLLIN, 0};
+            polled[2 * i + 1] = {waiting ? way.channel.to.get() : -1, POLLOUT, 0};
+        }
+        if (!anything) {
+            return;
+        }
+        polled[Wake] = {stopping ? -1 : wakeRead.get(), POLLIN, 0};
+        if (poll(polled, Wake + 1, -1) < 0) {
+            continue; // no signal comes here: short of memory
+        }
+        for (int i = 0; i < channelCount; ++i) {
+            if (polled[2 * i + 1].revents != 0) {
+                drain(ways[i]);
+            }
+            if (polled[2 * i].revents != 0) {
+                fill(ways[i]);
+            }
+        }
+        if (polled[Wake].revents != 0) {
+            stopping = true;
+            for (Way& way : ways) {
+                if (!way.ended) {
+                    fill(way);
+                }
+            }
+        } else if (crowded) {
+            poll(nullptr, 0, restMilliseconds);
+        }
+    }
+}

@@ -1,0 +1,195 @@
+#!/usr/bin/python3
+"""The display is lost in every phase of the program's work: a transaction goes on, everything else is given up."""
+import os
+import signal
+import subprocess
+import sys
+import unittest
+
+import journey
+from journey import Gate, JourneyTest, driver, wait_for
+
+REPOMD = '/sandbox-http/repodata/repomd.xml'
+PERGOLA = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
+
+LOST = 'The display is lost. VYRE ends.'
+GOES_ON = 'The display is lost. The transaction goes on without it.'
+OVER = 'The transaction has come to its end. VYRE ends.'
+
+
+class DisplayTest(JourneyTest):
+
+    def setUp(self):
+        super().setUp()
+        self.temporary = os.path.join(self.scratch, 'tmp')
+        os.mkdir(self.temporary)
+
+    def started(self):
+        return self.program(environment={'TMPDIR': self.temporary}, unset=['XDG_RUNTIME_DIR'])
+
+    def lose(self, program):
+        driver.kill_display()
+
+    def gate(self, path):
+        gate = Gate()
+        self.sandbox.server.faults[path] = gate
+        self.addCleanup(gate.open)
+        return gate
+
+    def check_end(self, program, *messages):
+        """The program has ended by itself, with a failure, has said why, and has left nothing behind."""
+        status = program.wait()
+        self.assertEqual(status, 1, program.stderr())
+        for message in messages:
+            self.assertIn('vyre: ' + message, program.stderr())
+        self.assertEqual(self.locks(), [])
+        self.assertEqual(os.listdir(self.temporary), [])
+        wait_for(lambda: program.left_over() == [], 'the end of all processes')
+
+    def check_history(self):
+        """The last transaction has come to its end."""
+        history = self.sandbox.root + '/var/lib/dnf/history.sqlite'
+        # 1 is the state of a transaction that has come to its end.
+        last = subprocess.run(['/usr/bin/python3', '-c',
+                               'import sqlite3, sys\n'
+                               'print(*sqlite3.connect(sys.argv[1]).execute("SELECT state, dt_end >= dt_begin FROM '
+                               'trans ORDER BY id DESC LIMIT 1").fetchone())', history],
+                              stdout=subprocess.PIPE, check=True).stdout.decode()
+        self.assertEqual(last, '1 1\n')
+
+    def check_nothing_done(self, program):
+        self.check_end(program, LOST)
+        self.assertNotIn(GOES_ON, program.stderr())
+        self.check_unchanged()
+        self.check_consistent()
+
+    def marked(self, program, *names):
+        """The dialog that lists the transaction of these marks."""
+        window = program.ready()
+        window.show_all()
+        for name in names:
+            window.mark_listed(name)
+        return window, window.apply()
+
+    def test_idle(self):
+        with self.started() as program:
+            program.ready()
+            self.assertNotEqual(self.locks(), [])
+            self.lose(program)
+            self.check_nothing_done(program)
+
+    def test_metadata(self):
+        self.sandbox.expire_metadata()
+        gate = self.gate(REPOMD)
+        with self.started() as program:
+            program.main()
+            gate.wait_reached()
+            self.lose(program)
+            self.check_nothing_done(program)
+
+    def test_message(self):
+        with self.started() as program:
+            window = program.ready()
+            window.show_all()
+            driver.key('F1')
+            program.window('About')
+            self.lose(program)
+            self.check_nothing_done(program)
+
+    def test_listing(self):
+        with self.started() as program:
+            self.marked(program, 'pergola')
+            self.lose(program)
+            self.check_nothing_done(program)
+            self.assertIn('vyre: Not Applying: Canceled', program.stderr())
+
+    def test_download(self):
+        gate = self.gate(PERGOLA)
+        with self.started() as program:
+            window, dialog = self.marked(program, 'pergola')
+            window.accept(dialog)
+            gate.wait_reached()
+            self.lose(program)
+            self.check_nothing_done(program)
+            self.assertIn('vyre: Unable to apply changes', program.stderr())
+
+    def check_goes_on(self, lose, name='doorkeeper', new='doorkeeper-1.1-1.noarch', gone=('doorkeeper-1.0-1.noarch',)):
+        """A transaction whose scriptlet waits when the display is lost is carried out as a whole."""
+        waiting = self.waiting(name)
+        with self.started() as program:
+            window, dialog = self.marked(program, name, 'birch-log', 'loudhailer')
+            window.accept(dialog)
+            waiting.wait_waiting()
+            lose(program)
+            wait_for(lambda: GOES_ON in program.stderr(), 'the message')
+            self.assertTrue(program.running())
+            waiting.let_go()
+            self.check_end(program, GOES_ON, OVER)
+            self.check_changed(new=[new, 'loudhailer-1.0-1.noarch'], gone=['birch-log-3.0-1.x86_64', *gone])
+            self.check_history()
+            self.check_consistent()
+            return program.stderr()
+
+    def test_transaction(self):
+        said = self.check_goes_on(self.lose)
+        # What nobody can see any more is said: here 600,000 bytes of a scriptlet, more than all pipes take.
+        for stream in ('stdout', 'stderr'):
+            self.assertEqual(said.count('vyre: loudhailer: {} line '.format(stream)), 6000)
+
+    def test_scriptlet_after_the_transaction(self):
+        said = self.check_goes_on(self.lose, 'lastword', 'lastword-1.0-1.noarch', ())
+        self.assertIn('vyre: lastword: end', said)
+
+    def test_connection_cut_in_a_transaction(self):
+        def cut(program):
+            driver.kill_window(program, driver.main_title())
+        self.check_goes_on(cut)
+
+    def test_end_of_the_session_in_a_transaction(self):
+        """A desktop that ends sends signals and closes the display at once."""
+        def end(program):
+            for number in (signal.SIGHUP, signal.SIGTERM):
+                program.process.send_signal(number)
+            self.lose(program)
+        self.check_goes_on(end)
+
+    def test_end_of_the_session_at_rest(self):
+        with self.started() as program:
+            program.ready()
+            for number in (signal.SIGHUP, signal.SIGTERM):
+                program.process.send_signal(number)
+            self.lose(program)
+            self.assertNotEqual(program.wait(), 0)
+            self.assertEqual(self.locks(), [])
+            self.assertEqual(os.listdir(self.temporary), [])
+            self.check_unchanged()
+
+    def test_question_about_a_key(self):
+        """No key is trusted that nobody has agreed to."""
+        with self.started() as program:
+            window, dialog = self.marked(program, 'wax-tablet')
+            window.accept(dialog)
+            program.window('Query')
+            self.lose(program)
+            self.check_nothing_done(program)
+            self.assertIn('vyre: Confirmation: No', program.stderr())
+
+
+class OwnDisplays(unittest.TestCase):
+    """Each of the tests ends its display, so each gets one of its own."""
+
+
+def on_a_display_of_its_own(name):
+    def run(self):
+        done = subprocess.run([os.path.join(journey.TESTS, 'support', 'with-display'), '--accessible',
+                               sys.executable, '-B', os.path.abspath(__file__), 'DisplayTest.' + name])
+        self.assertEqual(done.returncode, 0)
+    return run
+
+
+for method in unittest.defaultTestLoader.getTestCaseNames(DisplayTest):
+    setattr(OwnDisplays, method, on_a_display_of_its_own(method))
+
+
+if __name__ == '__main__':
+    unittest.main(verbosity=2, warnings=False, defaultTest='OwnDisplays')

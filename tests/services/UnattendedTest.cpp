@@ -1,0 +1,126 @@
+// The functions run in this order in one process: there is no way back from an unattended program.
+
+#include "services/Unattended.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QSignalSpy>
+#include <QTest>
+#include <QThread>
+#include <QTimer>
+
+#include <atomic>
+#include <memory>
+
+#include "services/Log.h"
+#include "services/YumIODialogs.h"
+
+namespace {
+
+QStringList messages;
+
+void keepMessage(QtMsgType, const QMessageLogContext&, const QString& text)
+{
+    messages.append(text);
+}
+
+} // namespace
+
+class UnattendedTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        messages.clear();
+        handler = qInstallMessageHandler(keepMessage);
+    }
+
+    void cleanup() { qInstallMessageHandler(handler); }
+
+    void anAttendedLogReportsNothing()
+    {
+        QVERIFY(!Unattended::is());
+        Log::EntryList log;
+        QSignalSpy appended(&log, SIGNAL(appended()));
+        log.appendMessage(Log::Error, 0, QStringLiteral("bad"));
+        QCOMPARE(log.count(), 1);
+        QCOMPARE(appended.count(), 1);
+        QCOMPARE(messages, QStringList());
+    }
+
+    // The dialog stays open: the graphical thread does not come back to it.
+    void aWorkerThatWaitsGetsTheSafeAnswer()
+    {
+        std::atomic<int> answer(-2);
+        std::unique_ptr<QThread> worker(QThread::create([&] {
+            YumIODialogs dialogs(nullptr);
+            answer = dialogs.critical("Apply", "Do you wish to proceed?", "Yes", "No", QString(), 1, 1);
+        }));
+        worker->start();
+        bool given = false;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            QWidget* const dialog = QApplication::activeModalWidget();
+            if (dialog != nullptr && !given) {
+                // From here on this thread does nothing for the worker but to wait.
+                Unattended::begin();
+                given = worker->wait(30000);
+                static_cast<QDialog*>(dialog)->reject();
+            }
+        });
+        timer.start(10);
+        QTRY_VERIFY_WITH_TIMEOUT(given, 60000);
+        QCOMPARE(answer, 1);
+        QVERIFY(Unattended::is());
+    }
+
+    void nothingIsAskedAnyMore_data()
+    {
+        QTest::addColumn<bool>("onWorker");
+        QTest::newRow("graphical thread") << false;
+        QTest::newRow("worker") << true;
+    }
+
+    void nothingIsAskedAnyMore()
+    {
+        QFETCH(bool, onWorker);
+        int answers[4] = {-2, -2, -2, -2};
+        const auto ask = [&answers] {
+            YumIODialogs dialogs(nullptr);
+            answers[0] = dialogs.confirm("Apply", "Listing", "OK", "Cancel");
+            answers[1] = dialogs.critical("Apply", "Proceed?", "Yes", "No", QString(), 0, 1);
+            answers[2] = dialogs.warning("Warning", "So it is", QString(), QString(), QString(), 0, -1);
+            answers[3] = dialogs.scrollable("Error", "Long");
+        };
+        if (onWorker) {
+            std::unique_ptr<QThread> worker(QThread::create(ask));
+            worker->start();
+            QVERIFY(worker->wait(30000));
+        } else {
+            ask();
+        }
+        QCOMPARE(answers[0], int(QDialog::Rejected));
+        QCOMPARE(answers[1], 1);
+        QCOMPARE(answers[2], -1);
+        QCOMPARE(answers[3], 0);
+    }
+
+    void theLogGoesToTheMessages()
+    {
+        Log::EntryList log;
+        QSignalSpy appended(&log, SIGNAL(appended()));
+        log.appendMessage(Log::Error, 0, QStringLiteral("first\nsecond"));
+        log.appendMessage(Log::Info, 3, QStringLiteral("detail"));
+        QCOMPARE(log.count(), 3);
+        QCOMPARE(appended.count(), 0);
+        QCOMPARE(messages, QStringList({"first", "second"}));
+    }
+
+private:
+    QtMessageHandler handler = nullptr;
+};
+
+QTEST_MAIN(UnattendedTest)
+#include "UnattendedTest.moc"

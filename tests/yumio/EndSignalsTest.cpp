@@ -1,0 +1,259 @@
+#include "yumio/EndSignals.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include "yumio/SignalRecorder.h"
+
+namespace {
+
+// The signals that the child finds pending in the pipe it has installed, after a moment.
+int nextOf(int descriptor)
+{
+    pollfd polled = {descriptor, POLLIN, 0};
+    int number = 0;
+    return poll(&polled, 1, 20000) == 1 && read(descriptor, &number, sizeof number) == sizeof number ? number
+                                                                                                     : 0;
+}
+
+// Runs the function in a child process in which the signals are requests; it gets the descriptor they come
+// by. Returns how the child ended, after what it says by its exit status.
+template <typename Function> QString inChild(const Function& function)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        // The test framework has handlers of its own.
+        for (int number = 1; number <= SIGRTMAX; ++number) {
+            if (EndSignals::endsProcess(number)) {
+                std::signal(number, SIG_DFL);
+            }
+        }
+        alarm(60);
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
+            _exit(99);
+        }
+        EndSignals::install(ends[1]);
+        _exit(function(ends[0]));
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFSIGNALED(status) ? QStringLiteral("signal %1").arg(WTERMSIG(status))
+                               : QStringLiteral("status %1").arg(WEXITSTATUS(status));
+}
+
+QString writeLock(const QTemporaryDir& directory, const QByteArray& text)
+{
+    const QString path = directory.filePath(QStringLiteral("lock.pid"));
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
+        return QString();
+    }
+    return path;
+}
+
+// With the number of the process that asks.
+bool writeOwnLock(const QByteArray& path)
+{
+    const int file = open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    const QByteArray text = QByteArray::number(getpid());
+    const bool good = file >= 0 && write(file, text.constData(), size_t(text.size())) == text.size();
+    close(file);
+    EndSignals::setLockFile(path.constData());
+    return good;
+}
+
+} // namespace
+
+class EndSignalsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The list is the system's: in a child without any handler, each of them either ends it or does not.
+    void endsProcessSaysWhatTheSystemDoes_data()
+    {
+        QTest::addColumn<int>("number");
+        for (int number = 1; number <= SIGRTMAX; ++number) {
+            const bool ofTheLibrary = number > SIGSYS && number < SIGRTMIN;
+            if (number != SIGKILL && number != SIGSTOP && !ofTheLibrary) {
+                QTest::newRow(qPrintable(QString::number(number))) << number;
+            }
+        }
+    }
+
+    void endsProcessSaysWhatTheSystemDoes()
+    {
+        QFETCH(int, number);
+        const pid_t child = fork();
+        if (child == 0) {
+            setpgid(0, 0); // a stopped child of an orphaned group does not stop
+            std::signal(number, SIG_DFL);
+            raise(number);
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, WUNTRACED);
+        if (WIFSTOPPED(status)) {
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+        }
+        QCOMPARE(EndSignals::endsProcess(number), bool(WIFSIGNALED(status)));
+    }
+
+    void aSignalIsARequest_data()
+    {
+        QTest::addColumn<int>("number");
+        for (int number : {SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGSEGV, SIGFPE, SIGXCPU,
+                           SIGIO, SIGABRT, SIGRTMIN, SIGRTMAX}) {
+            QTest::newRow(strsignal(number)) << number;
+        }
+    }
+
+    void aSignalIsARequest()
+    {
+        QFETCH(int, number);
+        QCOMPARE(inChild([number](int requests) {
+                     kill(getpid(), number);
+                     return nextOf(requests);
+                 }),
+                 QStringLiteral("status %1").arg(number));
+    }
+
+    void theInterruptComesToItWhenRenewed()
+    {
+        QCOMPARE(inChild([](int) {
+                     kill(getpid(), SIGINT);
+                     return 0;
+                 }),
+                 QStringLiteral("signal %1").arg(SIGINT));
+        QCOMPARE(inChild([](int requests) {
+                     EndSignals::renew();
+                     kill(getpid(), SIGINT);
+                     return nextOf(requests);
+                 }),
+                 QStringLiteral("status %1").arg(SIGINT));
+    }
+
+    void renewingAloneChangesNothing()
+    {
+        struct sigaction before = {};
+        struct sigaction after = {};
+        sigaction(SIGINT, nullptr, &before);
+        EndSignals::renew();
+        sigaction(SIGINT, nullptr, &after);
+        QVERIFY(before.sa_handler == after.sa_handler);
+    }
+
+    void aFaultOfTheProgramEndsIt()
+    {
+        QTemporaryDir directory;
+        const QByteArray lock = QFile::encodeName(directory.filePath(QStringLiteral("lock.pid")));
+        QCOMPARE(inChild([&lock](int) {
+                     if (!writeOwnLock(lock)) {
+                         return 98;
+                     }
+                     int* volatile nowhere = nullptr;
+                     return *nowhere;
+                 }),
+                 QStringLiteral("signal %1").arg(SIGSEGV));
+        QVERIFY(!QFile::exists(QFile::decodeName(lock)));
+        QCOMPARE(inChild([&lock](int) {
+                     if (!writeOwnLock(lock)) {
+                         return 98;
+                     }
+                     std::abort();
+                 }),
+                 QStringLiteral("signal %1").arg(SIGABRT));
+        QVERIFY(!QFile::exists(QFile::decodeName(lock)));
+    }
+
+    void theLockOfAnotherProcessStays()
+    {
+        QTemporaryDir directory;
+        const QString path = writeLock(directory, "1");
+        const QByteArray lock = QFile::encodeName(path);
+        QCOMPARE(inChild([&lock](int) {
+                     EndSignals::setLockFile(lock.constData());
+                     int* volatile nowhere = nullptr;
+                     return *nowhere;
+                 }),
+                 QStringLiteral("signal %1").arg(SIGSEGV));
+        QVERIFY(QFile::exists(path));
+    }
+
+    void aChildEndsByTheSignal()
+    {
+        QCOMPARE(inChild([](int requests) {
+                     const pid_t child = fork();
+                     if (child == 0) {
+                         kill(getpid(), SIGTERM);
+                         _exit(0);
+                     }
+                     int status = 0;
+                     waitpid(child, &status, 0);
+                     pollfd polled = {requests, POLLIN, 0};
+                     return WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM && poll(&polled, 1, 100) == 0
+                                ? 7
+                                : 8;
+                 }),
+                 QStringLiteral("status 7"));
+    }
+
+    void whatIsRecordedBecomesARequest()
+    {
+        for (int number : {SIGTERM, SIGABRT, SIGUSR1, SIGSEGV}) {
+            QCOMPARE(inChild([number](int requests) {
+                         {
+                             SignalRecorder recorder;
+                             kill(getpid(), number);
+                             pollfd polled = {requests, POLLIN, 0};
+                             if (poll(&polled, 1, 100) != 0) {
+                                 return 9;
+                             }
+                         }
+                         return nextOf(requests);
+                     }),
+                     QStringLiteral("status %1").arg(number));
+        }
+    }
+
+    void ignoredSignalsStayIgnored()
+    {
+        QCOMPARE(inChild([](int requests) {
+                     std::signal(SIGHUP, SIG_IGN);
+                     int ends[2];
+                     if (pipe(ends) != 0) {
+                         return 97;
+                     }
+                     EndSignals::install(ends[1]);
+                     kill(getpid(), SIGHUP);
+                     pollfd polled[] = {{requests, POLLIN, 0}, {ends[0], POLLIN, 0}};
+                     return poll(polled, 2, 100) == 0 ? 7 : 8;
+                 }),
+                 QStringLiteral("status 7"));
+    }
+
+    void endByEndsBySignal()
+    {
+        QCOMPARE(inChild([](int) {
+                     sigset_t all;
+                     sigfillset(&all);
+                     sigprocmask(SIG_SETMASK, &all, nullptr);
+                     EndSignals::endBy(SIGUSR2);
+                     return 0;
+                 }),
+                 QStringLiteral("signal %1").arg(SIGUSR2));
+    }
+};
+
+QTEST_GUILESS_MAIN(EndSignalsTest)
+#include "EndSignalsTest.moc"

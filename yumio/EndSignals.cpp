@@ -1,0 +1,183 @@
+#include "yumio/EndSignals.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace EndSignals {
+
+namespace {
+
+// After so many seconds a request to end counts as unheard: the graphical thread waits for an X server that
+// hangs, say.
+constexpr time_t patience = 10;
+
+// Written before the handlers are installed.
+volatile std::sig_atomic_t output = -1;
+pid_t owner = 0;
+
+volatile std::sig_atomic_t firstCame = 0; // a signal has been passed on
+time_t firstTime = 0;                     // when, by the monotonic clock, in seconds
+
+// The path is complete whenever its length is not 0.
+char lockFile[PATH_MAX] = "";
+volatile std::sig_atomic_t lockFileLength = 0;
+
+time_t now()
+{
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return time.tv_sec;
+}
+
+// What follows runs in the handler: only the system itself is asked.
+
+// The file is ours only as long as our number is in it.
+void removeLockFile()
+{
+    if (lockFileLength == 0) {
+        return;
+    }
+    const int file = open(lockFile, O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (file < 0) {
+        return;
+    }
+    char text[24] = "";
+    const ssize_t length = read(file, text, sizeof text - 1);
+    close(file);
+    long number = 0;
+    for (ssize_t i = 0; i < length && text[i] >= '0' && text[i] <= '9'; ++i) {
+        number = 10 * number + (text[i] - '0');
+    }
+    if (number == getpid()) {
+        unlink(lockFile);
+    }
+}
+
+extern "C" void passOn(int number, siginfo_t* info, void*)
+{
+    const int failure = errno;
+    if (getpid() != owner) {
+        // A child that has not started its program yet.
+        endBy(number);
+    }
+    const bool unheard = firstCame != 0 && now() - firstTime > patience;
+    if (!wasSent(*info) || unheard) {
+        removeLockFile();
+        endBy(number);
+    }
+    if (firstCame == 0) {
+        firstTime = now();
+        firstCame = 1;
+    }
+    if (write(output, &number, sizeof number) != ssize_t(sizeof number)) {
+        // There are thousands of requests already.
+    }
+    errno = failure;
+}
+
+void takeOver(int number)
+{
+    struct sigaction before = {};
+    if (sigaction(number, nullptr, &before) != 0 || (before.sa_flags & SA_SIGINFO) != 0 ||
+        before.sa_handler != SIG_DFL) {
+        return;
+    }
+    struct sigaction ours = {};
+    ours.sa_sigaction = passOn;
+    ours.sa_flags = SA_RESTART | SA_SIGINFO;
+    sigemptyset(&ours.sa_mask);
+    sigaction(number, &ours, nullptr);
+}
+
+} // namespace
+
+bool endsProcess(int number)
+{
+    switch (number) {
+    case SIGKILL:
+    case SIGSTOP: // these two cannot be caught
+    case SIGCHLD:
+    case SIGCONT:
+    case SIGTSTP:
+    case SIGTTIN:
+    case SIGTTOU:
+    case SIGURG:
+    case SIGWINCH:
+        return false;
+    default:
+        // Between the last of the classic signals and SIGRTMIN are those of the C library's own threads.
+        return (number >= 1 && number <= SIGSYS) || (number >= SIGRTMIN && number <= SIGRTMAX);
+    }
+}
+
+bool isFault(int number)
+{
+    return number == SIGSEGV || number == SIGBUS || number == SIGFPE || number == SIGILL ||
+           number == SIGTRAP || number == SIGSYS;
+}
+
+bool wasSent(const siginfo_t& info)
+{
+    if (info.si_signo == SIGABRT) {
+        // What abort() does; the process ends when the handler returns.
+        return !(info.si_code == SI_TKILL && info.si_pid == getpid());
+    }
+    // Of the others, those that the system itself sends, for a timer or a limit say, are no faults.
+    return !isFault(info.si_signo) || info.si_code <= 0;
+}
+
+void install(int descriptor)
+{
+    output = descriptor;
+    owner = getpid();
+    firstCame = 0;
+    for (int number = 1; number <= SIGRTMAX; ++number) {
+        // The interpreter takes note, at its start, of who has SIGINT.
+        if (endsProcess(number) && number != SIGINT) {
+            takeOver(number);
+        }
+    }
+}
+
+void renew()
+{
+    if (output >= 0) {
+        takeOver(SIGINT);
+    }
+}
+
+bool isOurs(const struct sigaction& action)
+{
+    return (action.sa_flags & SA_SIGINFO) != 0 && action.sa_sigaction == passOn;
+}
+
+void setLockFile(const char* path)
+{
+    lockFileLength = 0;
+    const size_t length = path != nullptr ? std::strlen(path) : 0;
+    if (length > 0 && length < sizeof lockFile) {
+        std::memcpy(lockFile, path, length + 1);
+        lockFileLength = std::sig_atomic_t(length);
+    }
+}
+
+void endBy(int number)
+{
+    struct sigaction byDefault = {};
+    byDefault.sa_handler = SIG_DFL;
+    sigemptyset(&byDefault.sa_mask);
+    sigaction(number, &byDefault, nullptr);
+    sigset_t only;
+    sigemptyset(&only);
+    sigaddset(&only, number);
+    pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
+    raise(number);
+    _exit(128 + number);
+}
+
+} // namespace EndSignals
