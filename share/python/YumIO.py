@@ -1355,6 +1355,7 @@ class YumIO:
                                 'has to be marked and applied again.').format(begin))
         finally:
             history.close()
+            del self.base._ts  # other programs may want to work with the database
 
     def _severalVersions(self):
         """Lists of the installed packages, oldest first, that have name and architecture in common although only
