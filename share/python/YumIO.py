@@ -526,8 +526,10 @@ class DatabaseLock:
             holder = self._holder()
             if holder != told:
                 told = holder
-                showActivity(tr('Waiting for {}, which uses the package database').format(holder) if holder else
-                             tr('Waiting for another program, which uses the package database'))
+                if holder:
+                    showActivity(tr('Waiting for {}, which uses the package database').format(holder))
+                else:
+                    showActivity(tr('Waiting for another program, which uses the package database'))
             if time.monotonic() >= question:
                 self._ask(holder)
                 question = time.monotonic() + self.NEXT_QUESTION

@@ -145,7 +145,8 @@ def python_messages(*parts):
                 add(_literal(node.exc.args[0]), node)
         elif isinstance(node, ast.Call) and node.args:
             names = _names(node.func)
-            if names[-1] in ('error', 'warning', 'critical') and 'getLogger' in names or names[-1] == 'remark' or \
+            if names[-1] in ('error', 'warning', 'critical') and 'getLogger' in names or \
+                    names[-1] in ('remark', 'showActivity') or \
                     names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show']):
                 add(_literal(node.args[0]), node)
             elif names[-1] in ('debug', 'info'):
