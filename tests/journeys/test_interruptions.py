@@ -1,7 +1,10 @@
 #!/usr/bin/python3
 """The program is killed in the middle of a transaction. The next run tells what was left, and can finish the work."""
+import os
+import subprocess
+
 import journey
-from journey import JourneyTest, wait_for
+from journey import Gate, JourneyTest, wait_for
 
 INTERRUPTED = 'did not come to its end.\nWhat it has left undone has to be marked and applied again.'
 SEVERAL = ('Of these packages several versions are installed, as a transaction leaves them that is cut off:\n'
@@ -71,6 +74,87 @@ class KillTest(JourneyTest):
             log = self.read_log(window)
             self.assertEqual((log.count(INTERRUPTED), log.count(SEVERAL)), (1, 1), log)
         self.check_consistent()
+
+
+class KillBeforeTest(JourneyTest):
+    """The program is killed before it changes the system: the next run and dnf itself work, and what was left is
+    reported."""
+
+    LEFT = 'Process {} has ended without removing its lock file {}. The file is removed.'
+
+    def gate(self, path):
+        gate = Gate()
+        self.sandbox.server.faults[path] = gate
+        self.addCleanup(gate.open)
+        return gate
+
+    def check_dnf(self):
+        done = subprocess.run(['dnf', '--installroot', self.sandbox.root, '--releasever=9', '--noplugins',
+                               '--config', self.sandbox.root + '/etc/yum.conf', '--setopt=logdir=' + self.scratch,
+                               '--setopt=reposdir=' + self.sandbox.root + '/etc/yum.repos.d',
+                               '--setopt=cachedir=' + self.sandbox.root + '/var/cache/yum',
+                               '--setopt=exit_on_lock=True', '--assumeno', 'install', 'pergola'],
+                              env=self.sandbox.environment(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120)
+        self.assertIn('Operation aborted', done.stdout.decode())
+
+    def check_after_kill(self, program, *locks):
+        """Kill the program, which holds these locks."""
+        files = [os.path.join(self.sandbox.root, lock) for lock in locks]
+        wait_for(lambda: set(files) <= set(self.locks()), 'the locks')
+        number = program.process.pid
+        program.process.kill()
+        program.process.wait()
+        self.sandbox.server.faults.clear()
+        self.assertEqual([name for name in files if not os.path.exists(name)], [])
+        self.check_unchanged()
+        return number, files
+
+    def check_next_run(self, number, files):
+        with self.opened() as window:
+            log = self.read_log(window)
+            for name in files:
+                self.assertEqual(log.count(self.LEFT.format(number, name)), 1, log)
+            self.assertNotIn(INTERRUPTED, log)
+            window.mark_listed('pergola')
+            self.carry_out(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+        self.check_consistent()
+
+    def test_at_rest(self):
+        with self.program() as program:
+            program.ready()
+            left = self.check_after_kill(program, journey.DATABASE_LOCK)
+        self.check_next_run(*left)
+
+    def test_while_metadata_are_read(self):
+        self.sandbox.expire_metadata()
+        gate = self.gate('/sandbox-http/repodata/repomd.xml')
+        with self.program() as program:
+            program.main()
+            gate.wait_reached()
+            left = self.check_after_kill(program, journey.DATABASE_LOCK, 'var/cache/yum/metadata_lock.pid')
+        self.check_next_run(*left)
+
+    def test_while_the_listing_is_shown(self):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            window.apply()
+            left = self.check_after_kill(program, journey.DATABASE_LOCK)
+        self.check_next_run(*left)
+
+    def test_while_packages_are_downloaded(self):
+        gate = self.gate('/sandbox-http/pergola-6.1-1.x86_64.rpm')
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            window.accept(window.apply())
+            gate.wait_reached()
+            left = self.check_after_kill(program, journey.DATABASE_LOCK, 'var/cache/yum/download_lock.pid')
+        self.check_dnf()
+        self.check_next_run(*left)
 
 
 if __name__ == '__main__':
