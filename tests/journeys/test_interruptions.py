@@ -94,7 +94,8 @@ class KillBeforeTest(JourneyTest):
                                '--setopt=reposdir=' + self.sandbox.root + '/etc/yum.repos.d',
                                '--setopt=cachedir=' + self.sandbox.root + '/var/cache/yum',
                                '--setopt=exit_on_lock=True', '--assumeno', 'install', 'pergola'],
-                              env=self.sandbox.environment(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120)
+                              env=self.sandbox.environment(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              timeout=120)
         self.assertIn('Operation aborted', done.stdout.decode())
 
     def check_after_kill(self, program, *locks):
