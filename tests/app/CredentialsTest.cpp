@@ -4,7 +4,8 @@
 #include <limits>
 #include <random>
 
-#include <QElapsedTimer>
+#include <ctime>
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QTest>
@@ -73,6 +74,14 @@ QString lettersOf(const QString& text, const QVector<bool>& secret)
         }
     }
     return result;
+}
+
+// In nanoseconds, of this thread: what else the machine does is left out.
+qint64 processorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return qint64(time.tv_sec) * 1000000000 + time.tv_nsec;
 }
 
 QString randomText(std::mt19937& random)
@@ -232,7 +241,7 @@ void CredentialsTest::itFindsWhatTheExpressionsSay()
     const QVector<QRegularExpression> all = expressions(kind);
     std::mt19937 random(20);
     int withSecrets = 0;
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 5000; ++i) {
         const QString text = randomText(random);
         QVector<bool> secret(text.size(), false);
         for (const QRegularExpression& expression : all) {
@@ -251,7 +260,7 @@ void CredentialsTest::itFindsWhatTheExpressionsSay()
         QVERIFY2(lettersOf(text, found) == lettersOf(text, secret), qPrintable(message));
         withSecrets += places.isEmpty() ? 0 : 1;
     }
-    QVERIFY(withSecrets > 1000);
+    QVERIFY(withSecrets > 500);
 }
 
 void CredentialsTest::everyPasswordIsHiddenByThreeDots()
@@ -302,19 +311,18 @@ void CredentialsTest::theTimeGrowsWithTheLength()
     QFETCH(QString, piece);
     const auto nanoseconds = [](const QString& text) {
         qint64 least = std::numeric_limits<qint64>::max();
-        for (int i = 0; i < 5; ++i) {
-            QElapsedTimer timer;
-            timer.start();
+        for (int i = 0; i < 3; ++i) {
+            const qint64 begin = processorTime();
             Credentials::places(text, Text::Urls);
             Credentials::places(text, Text::Options);
             Credentials::hidden(text);
             Credentials::removed(text);
             Credentials::vantorParts(text);
-            least = std::min(least, timer.nsecsElapsed());
+            least = std::min(least, processorTime() - begin);
         }
         return least;
     };
-    const QString text = piece.repeated(40000 / piece.size());
+    const QString text = piece.repeated(20000 / piece.size());
     const qint64 shorter = nanoseconds(text);
     const qint64 longer = nanoseconds(text.repeated(8));
     QVERIFY2(longer < 30 * shorter, qPrintable(QStringLiteral("%1 %2").arg(shorter).arg(longer)));
