@@ -892,6 +892,34 @@ class Base(dnf.Base):
             self._remarked.add(text)
             self.remarks.append(text)
 
+    _reposUnread = False
+
+    def readReposLater(self):
+        """Read the files of repositories when these are first asked for. A worker does that: the package manager takes
+        seconds for ten thousand of them, which the graphical thread does not have.
+        """
+        self._reposUnread = True
+
+    @property
+    def repos(self):
+        if self._reposUnread:
+            self._reposUnread = False
+            self._readRepos()
+        return self._repos
+
+    @repos.deleter
+    def repos(self):
+        self._repos = None
+
+    def _readRepos(self):
+        try:
+            self.read_all_repos()
+        except (dnf.exceptions.Error, OSError) as e:
+            logging.getLogger('dnf').error(tr('Unable to read the repository configuration: %s'), e)
+        for repo in self._repos.values():
+            repo.set_progress_bar(DownloadProgress())
+            repo._set_key_import(KeyImport())
+
     def read_all_repos(self, opts=None):
         for repo in RepositoryReader(self.conf, opts):
             try:
@@ -1079,7 +1107,7 @@ class YumIO:
         self.base = Base(self._configuration())
         self.remarks = self.base.remarks
         self._setupLogFiles()
-        self._readRepos()
+        self.base.readReposLater()
 
     # Configuration
 
@@ -1178,15 +1206,6 @@ class YumIO:
             found = None
         return found.group(1) if found else '1'
 
-    def _readRepos(self):
-        try:
-            self.base.read_all_repos()
-        except (dnf.exceptions.Error, OSError) as e:
-            logging.getLogger('dnf').error(tr('Unable to read the repository configuration: %s'), e)
-        for repo in self.base.repos.values():
-            repo.set_progress_bar(DownloadProgress())
-            repo._set_key_import(KeyImport())
-
     def reset(self):
         """Forget all packages and repositories, and read the configuration anew."""
         self.base.otherData.clear()
@@ -1196,7 +1215,7 @@ class YumIO:
         self.base._comps = None
         self.base._history = None
         self.base._conf = self._configuration()
-        self._readRepos()
+        self.base.readReposLater()
 
     # Locking
 

@@ -68,6 +68,9 @@ class ConfigurationTest(ScenarioTest):
         self.write("/etc/yum.repos.d/broken.repo", "[broken\nname=x\n")
         self.write("/etc/yum.repos.d/illegal.repo", "[not a name!]\nname=x\nbaseurl=file:///\n")
         yumio = self.load()
+        # They are read when they are asked for, and by whom: the graphical thread does not ask.
+        self.assertEqual(self.recording.errors(), [])
+        self.assertIn("sandbox-file", yumio.base.repos)
         errors = "\n".join(self.recording.errors())
         self.assertIn("broken.repo", errors)
         self.assertIn("not a name!", errors)
