@@ -187,6 +187,8 @@ private Q_SLOTS:
         compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
     }
     void failingBackEndQuitsWithoutShowingTheTable();
+    void logIsThereBeforeTheBackEndIsStarted();
+    void quittingFromTheQuestionForCredentialsReadsNothing();
     void logIsOpenedAtTheStartIfAskedFor();
     void logStaysClosedOtherwise();
 
@@ -209,6 +211,7 @@ private Q_SLOTS:
     void searchLooksIntoEveryField();
     void collectionHasLoadedTheExtraData();
     void extraDataAreLoadedOnceForTheFirstExpression();
+    void nothingIsFilteredWhileExtraDataAreLoaded();
     void brokenExpressionLooksDifferent();
     void filtersInSearchModeApply();
     void textsAreReadForTheExpressionInUse();
@@ -540,6 +543,36 @@ void MainWindowTest::failingBackEndQuitsWithoutShowingTheTable()
     QCOMPARE(standIn->calls("setupRepos"), 0);
 }
 
+void MainWindowTest::logIsThereBeforeTheBackEndIsStarted()
+{
+    standIn->setRefusing(true);
+    shown->window->setLogAtStart();
+    // The failure is shown while the back end is being started.
+    QStringList seen;
+    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                    [&seen] {
+                        seen << QApplication::activeModalWidget()->windowTitle()
+                             << (logIsVisible() ? "log" : "no log");
+                        QApplication::activeModalWidget()->close();
+                    });
+    QCOMPARE(runToTheEnd([this] { shown->window->show(); }), 0);
+    QCOMPARE(seen, (QStringList{"VYRE Yum Error", "log"}));
+}
+
+void MainWindowTest::quittingFromTheQuestionForCredentialsReadsNothing()
+{
+    const QByteArray repos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    standIn->setRepos(repos);
+    const Answers answers("Quit");
+    QCOMPARE(runToTheEnd([this] { shown->window->show(); }), 0);
+    QCOMPARE(answers.titles, QStringList{"VYRE Authentication"});
+    QVERIFY(!shown->window->isVisible());
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), repos);
+}
+
 void MainWindowTest::emptyTableTellsWhy()
 {
     standIn->setPackages({}, {StandIn::package("shell")}, {});
@@ -833,6 +866,31 @@ void MainWindowTest::extraDataAreLoadedOnceForTheFirstExpression()
     QVERIFY(once.isDone());
     QCOMPARE(seen, (QList<QList<int>>{{0, 0}, {1, 1}, {1, 1}}));
     QCOMPARE(loads(), (QList<int>{1, 1}));
+}
+
+void MainWindowTest::nothingIsFilteredWhileExtraDataAreLoaded()
+{
+    // Only then there are none yet.
+    shown->window->setRepoEditorAtStart();
+    QList<bool> filtering;
+    const Once edited(
+        [] {
+            const QWidget* dialog = QApplication::activeModalWidget();
+            return dialog != nullptr && dialog->windowTitle() == "VYRE Repository Configuration Editor";
+        },
+        [this, &filtering] {
+            shown->window->setMode(Search);
+            shown->window->setRegexp("needle");
+            filtering << shown->proxy->getFilter();
+            const bool held = inTheMiddle([this] { shown->window->filtersearch(); },
+                                          [this, &filtering] { filtering << shown->proxy->getFilter(); });
+            filtering << (held && shown->proxy->getFilter());
+            QApplication::activeModalWidget()->close();
+        });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QVERIFY(edited.isDone());
+    QCOMPARE(filtering, (QList<bool>{true, false, true}));
 }
 
 void MainWindowTest::brokenExpressionLooksDifferent()
@@ -1606,7 +1664,12 @@ void MainWindowTest::compareQuit(const std::function<void()>& quit)
     shown->window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(shown->window));
     standIn->forgetCalls();
+    // What is painted on the way out finds no records: nothing keeps them any more.
+    QList<int> rows;
+    connect(shown->model, &QAbstractItemModel::modelReset, this,
+            [this, &rows] { rows << shown->model->rowCount(); });
     QCOMPARE(runToTheEnd(quit), 0);
+    QCOMPARE(rows, QList<int>{0});
     QVERIFY(!shown->window->isVisible());
     QVERIFY(!logIsVisible());
     QCOMPARE(shown->model->rowCount(), 0);

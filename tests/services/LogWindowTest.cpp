@@ -14,6 +14,33 @@
 #include "widgets/Colors.h"
 #include "widgets/HTextEdit.h"
 
+namespace {
+
+// Notes whether it is locked when somebody begins or ceases to listen.
+class WatchedEntries : public Log::EntryList
+{
+public:
+    int listeners() const { return receivers(SIGNAL(appended())); }
+
+    QList<bool> locked;
+
+protected:
+    void connectNotify(const QMetaMethod&) override { note(); }
+    void disconnectNotify(const QMetaMethod&) override { note(); }
+
+private:
+    void note()
+    {
+        const bool gotIt = tryLock();
+        if (gotIt) {
+            unlock();
+        }
+        locked.append(!gotIt);
+    }
+};
+
+} // namespace
+
 class LogWindowTest : public QObject
 {
     Q_OBJECT
@@ -45,6 +72,8 @@ private Q_SLOTS:
     void windowManagerCloseHides();
     void hiddenWindowHoldsNoText();
     void notificationFromBeforeHidingIsIgnored();
+    void hiddenWindowHearsNothing();
+    void listeningBeginsAndEndsUnderTheLock();
     void reopeningRendersFromScratch();
     void tabLeavesThePane();
     void entryBetweenTheHistoryAndTheConnectionIsShown();
@@ -59,7 +88,7 @@ private:
     // The colour in which a line is written; invalid: the pane's own.
     QColor colourOf(int line) const;
 
-    std::unique_ptr<Log::EntryList> entries;
+    std::unique_ptr<WatchedEntries> entries;
     std::unique_ptr<Log::Window> window;
     HTextEdit* pane = nullptr;
     QSpinBox* level = nullptr;
@@ -67,7 +96,7 @@ private:
 
 void LogWindowTest::init()
 {
-    entries = std::make_unique<Log::EntryList>();
+    entries = std::make_unique<WatchedEntries>();
     window = std::make_unique<Log::Window>(*entries, nullptr);
     pane = window->findChild<HTextEdit*>();
     level = window->findChild<QSpinBox*>();
@@ -401,6 +430,25 @@ void LogWindowTest::notificationFromBeforeHidingIsIgnored()
     window->hide();
     QCoreApplication::processEvents();
     QCOMPARE(pane->toPlainText(), QString());
+}
+
+void LogWindowTest::hiddenWindowHearsNothing()
+{
+    QCOMPARE(entries->listeners(), 0);
+    for (int round = 0; round < 3; ++round) {
+        open();
+        QCOMPARE(entries->listeners(), 1);
+        window->hide();
+        QCOMPARE(entries->listeners(), 0);
+    }
+}
+
+void LogWindowTest::listeningBeginsAndEndsUnderTheLock()
+{
+    open();
+    QCOMPARE(entries->locked, QList<bool>({true}));
+    window->hide();
+    QCOMPARE(entries->locked, QList<bool>({true, true}));
 }
 
 void LogWindowTest::reopeningRendersFromScratch()

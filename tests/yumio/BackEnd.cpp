@@ -32,6 +32,7 @@ void Answers::answer()
     record.title = dialog->windowTitle();
     if (const auto* box = qobject_cast<QMessageBox*>(dialog)) {
         record.text = box->text();
+        record.icon = box->icon();
     } else {
         for (const QLabel* label : dialog->findChildren<QLabel*>()) {
             if (!label->text().isEmpty()) {
@@ -121,6 +122,11 @@ PyObject* tip(PyObject* self, PyObject*)
     return texts([self] { return backEndOf(self)->tip(); });
 }
 
+PyObject* counted(PyObject* self, PyObject*)
+{
+    return texts([self] { return QStringList{QString::number(backEndOf(self)->yumIO.count())}; });
+}
+
 PyObject* captured(PyObject* self, PyObject*)
 {
     return texts([self] {
@@ -164,9 +170,8 @@ PyObject* state(PyObject* self, PyObject*)
 }
 
 PyMethodDef functions[] = {
-    {"look", look, METH_NOARGS, nullptr},
-    {"tip", tip, METH_NOARGS, nullptr},
-    {"captured", captured, METH_NOARGS, nullptr},
+    {"look", look, METH_NOARGS, nullptr},         {"tip", tip, METH_NOARGS, nullptr},
+    {"captured", captured, METH_NOARGS, nullptr}, {"counted", counted, METH_NOARGS, nullptr},
     {"state", state, METH_NOARGS, nullptr},
 };
 

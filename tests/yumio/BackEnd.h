@@ -4,6 +4,7 @@
 #define TESTS_YUMIO_BACKEND_H
 
 #include <QHash>
+#include <QMessageBox>
 #include <QStringList>
 #include <QTimer>
 #include <QWidget>
@@ -18,6 +19,7 @@ struct ShownDialog
     QString title;
     QString text;
     QStringList buttons;
+    QMessageBox::Icon icon = QMessageBox::NoIcon; // of a message box
 };
 
 // Answers every dialog as soon as it is shown: presses the button of the next answer or, when there is none,
@@ -50,9 +52,9 @@ public:
     BackEnd();
 
     // False when the back end did not start. Without a share directory it runs the stand-in script, whose
-    // callers have four functions more: look() gives bars(), tip() gives tip(), captured() the unfinished
-    // lines of captured standard output and standard error, state() some members of the back end by name.
-    // They may be called on any thread.
+    // callers have five functions more: look() gives bars(), tip() gives tip(), captured() the unfinished
+    // lines of captured standard output and standard error, counted() the number of records that the
+    // graphical thread sees, state() some members of the back end by name. They may be called on any thread.
     bool start(const QByteArray& share = QByteArray());
 
     // What the bars show: "text value/maximum" of the total bar and of the item bar, or "idle".

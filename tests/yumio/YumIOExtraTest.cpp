@@ -123,6 +123,49 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 1);
     }
 
+    void outputOfLoadingExtraDataIsLogged_data() { extraDataAreLoadedOnce_data(); }
+
+    void outputOfLoadingExtraDataIsLogged()
+    {
+        QFETCH(bool, files);
+        QFETCH(QString, method);
+        QFETCH(QString, heading);
+        (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
+        // As a library of the package manager writes.
+        backEnd->run("import os\n"
+                     "def load():\n"
+                     "    os.write(1, b'something odd\\n')\n"
+                     "    os.write(2, b'something wrong\\n')\n"
+                     "    return True\n"
+                     "it.does['" +
+                     method + "'] = load");
+        const int before = backEnd->log().count();
+        QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
+        QStringList log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), "4 0 " + heading);
+        log.sort(); // each has a way of its own
+        QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
+    }
+
+    void outputOfReadingAChangeLogIsLogged()
+    {
+        backEnd->run("import os\n"
+                     "class Loud(Package):\n"
+                     "    @property\n"
+                     "    def changelogs(self):\n"
+                     "        os.write(1, b'something odd\\n')\n"
+                     "        os.write(2, b'something wrong\\n')\n"
+                     "        return []\n"
+                     "it.available.append(Loud('loud'))");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        const int before = backEnd->log().count();
+        yumIO().loadChangeLog(*backEnd->entry("loud"));
+        QStringList log = backEnd->log(before);
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
+    }
+
     void extraDataAreReadRepositoryByRepository_data() { extraDataAreLoadedOnce_data(); }
 
     void extraDataAreReadRepositoryByRepository()

@@ -13,6 +13,7 @@
 
 #include "services/YumIODialogs.h"
 #include "tests/yumio/BackEnd.h"
+#include "yumio/WorkerThreads.h"
 
 namespace {
 
@@ -48,6 +49,23 @@ private:
     bool ended = false;
 };
 
+// Looks whenever a widget has come to be enabled or disabled.
+class ChangeWatch : public QObject
+{
+public:
+    explicit ChangeWatch(std::function<void()> function) : look(std::move(function)) {}
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::EnabledChange) {
+            look();
+        }
+        return false;
+    }
+
+private:
+    std::function<void()> look;
+};
+
 bool childSignalIsBlocked()
 {
     sigset_t mask;
@@ -56,6 +74,8 @@ bool childSignalIsBlocked()
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(std::function<QThread*(YumIOProbe&, QEventLoop&)>)
 
 class YumIOThreadsTest : public QObject
 {
@@ -78,6 +98,9 @@ private:
     {
         QMetaObject::invokeMethod(qApp, function, Qt::QueuedConnection);
     }
+
+    // What an operation leaves behind: lines of the log, and records.
+    QList<int> traces() { return {backEnd->log().count(), yumIO().entryIndex.count()}; }
 
     QScopedPointer<BackEnd> backEnd;
 
@@ -361,20 +384,98 @@ private Q_SLOTS:
         QCOMPARE(shown[0].title, QString("VYRE Yum Error"));
     }
 
-    void tableSeesNoRecordsWhileTheyAreRebuilt()
+    void everyOperationBeginsInsideItsLoop_data()
     {
-        backEnd->run("it.available = [Package('tool')]");
+        using Make = std::function<QThread*(YumIOProbe&, QEventLoop&)>;
+        QTest::addColumn<Make>("make");
+        const auto add = [](const char* name, const Make& make) { QTest::newRow(name) << make; };
+        static const QHash<QString, bool> usual;
+        static QVector<Package::Entry*> wanted;
+        add("collect", [](auto& yumIO, auto& loop) { return new CollectThread(&yumIO, loop, usual); });
+        add("clear", [](auto& yumIO, auto& loop) { return new ClearEntriesThread(&yumIO, loop); });
+        add("file lists", [](auto& yumIO, auto& loop) { return new CollectFileListsThread(&yumIO, loop); });
+        add("other data", [](auto& yumIO, auto& loop) { return new CollectOtherDataThread(&yumIO, loop); });
+        add("texts to search", [](auto& yumIO, auto& loop) {
+            wanted = {yumIO.entries.first()};
+            return new CollectSearchTextsThread(&yumIO, loop, wanted);
+        });
+        add("change log", [](auto& yumIO, auto& loop) {
+            return new LoadChangeLogThread(&yumIO, loop, *yumIO.entries.first());
+        });
+        add("apply", [](auto& yumIO, auto& loop) { return new ApplyThread(&yumIO, loop); });
+    }
+
+    void everyOperationBeginsInsideItsLoop()
+    {
+        using Make = std::function<QThread*(YumIOProbe&, QEventLoop&)>;
+        QFETCH(Make, make);
+        backEnd->run("class Noting(Package):\n"
+                     "    @property\n"
+                     "    def changelogs(self):\n"
+                     "        yumIOC.log(0, 'The change log is read.')\n"
+                     "        return []\n"
+                     "it.available = [Noting('tool')]");
         QVERIFY(backEnd->collect());
         QCOMPARE(yumIO().count(), 1);
-        QList<int> seen;
-        QTimer timer;
-        connect(&timer, &QTimer::timeout, [&] { seen.append(yumIO().count()); });
-        timer.start(0);
-        yumIO().clearEntries();
-        timer.stop();
-        for (int count : qAsConst(seen)) {
-            QCOMPARE(count, 0);
+        const QList<int> before = traces();
+        QEventLoop loop;
+        const QScopedPointer<QThread> thread(make(yumIO(), loop));
+        // A worker that has ended before the loop begins does not end it.
+        connect(thread.data(), &QThread::finished, &loop, &QEventLoop::quit);
+        QList<int> beforeTheLoop;
+        {
+            // As execWorkThread() does it, which leaves the worker this long only by chance.
+            yumIO().blocker.prepare();
+            YumIOProbe::PyThreadStateWrapper released;
+            thread->start();
+            thread->wait(200);
+            beforeTheLoop = traces();
+            QTimer::singleShot(0, &loop, [this] { yumIO().blocker.release(); });
+            loop.exec();
+            QVERIFY(thread->wait(60000));
+            loop.processEvents();
         }
+        QCOMPARE(beforeTheLoop, before);
+        QVERIFY(traces() != before);
+        backEnd->answers.take();
+    }
+
+    void tableSeesNoRecordsWhileTheyAreCollected()
+    {
+        // The end of the operation puts the bars at rest, which is shown when the records are there already.
+        QList<int> seen;
+        ChangeWatch watch([this, &seen] {
+            if (!backEnd->total.isEnabled()) {
+                seen.append(yumIO().count());
+            }
+        });
+        backEnd->run("it.available = [Package('tool')]\n"
+                     "seen = []\n"
+                     "it.does['collectDone'] = lambda: seen.append(counted())");
+        QVERIFY(backEnd->collect());
+        seen.clear();
+        yumIO().clearEntries();
+        backEnd->total.installEventFilter(&watch);
+        QVERIFY(backEnd->collect());
+        backEnd->total.removeEventFilter(&watch);
+        QCOMPARE(seen, QList<int>({0}));
+        QCOMPARE(backEnd->text("seen"), QString("[['0'], ['0']]"));
+        QCOMPARE(yumIO().count(), 1);
+    }
+
+    void tableSeesNoRecordsWhileTheyAreCleared()
+    {
+        // An object ends while its record is still in the list.
+        backEnd->run("seen = []\n"
+                     "class Ending(Package):\n"
+                     "    def __del__(self): seen.append(counted())\n"
+                     "it.available = [Ending('tool')]");
+        QVERIFY(backEnd->collect());
+        backEnd->run("it.available = []");
+        QCOMPARE(yumIO().count(), 1);
+        QCOMPARE(backEnd->text("seen"), QString("[]"));
+        yumIO().clearEntries();
+        QCOMPARE(backEnd->text("seen"), QString("[['0']]"));
         QCOMPARE(yumIO().count(), 0);
     }
 };

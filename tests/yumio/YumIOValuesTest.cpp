@@ -500,6 +500,7 @@ private Q_SLOTS:
         QCOMPARE(shown.count(), 1);
         QCOMPARE(shown[0].title, QString("VYRE Yum Error"));
         QCOMPARE(shown[0].text, QString("this failed: [Errno 2] No such file\nand <b>that</b>"));
+        QCOMPARE(shown[0].icon, QMessageBox::Critical);
         QCOMPARE(shown[0].buttons, QStringList("OK"));
         QCOMPARE(backEnd->log(before),
                  QStringList({"3 0 this failed:", "3 0 [Errno 2] No such file", "3 0 and <b>that</b>"}));
@@ -513,6 +514,7 @@ private Q_SLOTS:
         QCOMPARE(shown.count(), 1);
         QCOMPARE(shown[0].title, QString("VYRE Yum Warning"));
         QCOMPARE(shown[0].text, QString("careful"));
+        QCOMPARE(shown[0].icon, QMessageBox::Warning);
         QCOMPARE(backEnd->log(before), QStringList("2 0 careful"));
     }
 
