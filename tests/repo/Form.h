@@ -8,7 +8,9 @@
 #include <QDoubleSpinBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QTextEdit>
 #include <QWindow>
 #include <QtTest>
@@ -16,10 +18,44 @@
 #include "repo/PasswdLineEdit.h"
 #include "repo/PasswdTextEdit.h"
 
-// Waits until a window has the focus; a dialog counts as active already while its parent is.
+// The windows that a property of the screen names, which the window manager keeps.
+inline QList<WId> windowsIn(const char* property)
+{
+    QProcess xprop;
+    xprop.start(QStringLiteral("xprop"), {QStringLiteral("-root"), QLatin1String(property)});
+    xprop.waitForFinished();
+    QList<WId> windows;
+    QRegularExpressionMatchIterator numbers =
+        QRegularExpression(QStringLiteral("0x[0-9a-f]+")).globalMatch(QString::fromLatin1(xprop.readAll()));
+    while (numbers.hasNext()) {
+        windows.append(numbers.next().captured().toULongLong(nullptr, 16));
+    }
+    return windows;
+}
+
+// Whether the window manager, if there is one, has put away what is hidden and given the focus to the window.
+// One that is shown again before may never get the focus.
+inline bool windowManagerHasSettled(const QWidget* active)
+{
+    if (QGuiApplication::platformName() != QLatin1String("xcb")) {
+        return true;
+    }
+    const QList<WId> managed = windowsIn("_NET_CLIENT_LIST");
+    for (const QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->windowHandle() != nullptr && !window->isVisible() &&
+            managed.contains(window->internalWinId())) {
+            return false;
+        }
+    }
+    return windowsIn("_NET_ACTIVE_WINDOW").contains(active->internalWinId());
+}
+
+// Waits until a window has the focus; for Qt a dialog counts as active already while its parent is.
 inline bool waitForFocus(const QWidget* window)
 {
-    const auto active = [window] { return QApplication::activeWindow() == window; };
+    const auto active = [window] {
+        return QApplication::activeWindow() == window && windowManagerHasSettled(window);
+    };
     if (!QTest::qWaitFor(active) && window->windowHandle() != nullptr) {
         // A window manager that has just started may have overlooked it.
         window->windowHandle()->requestActivate();

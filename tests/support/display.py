@@ -55,7 +55,7 @@ class VirtualDisplay:
         try:
             self._start_server()
             self._start(['openbox', '--sm-disable'])
-            self._wait(['xprop', '-root', '_NET_SUPPORTING_WM_CHECK'], b'window id', 'the window manager')
+            self._wait(['xprop', '-root', '_NET_CLIENT_LIST'], b'window id', 'the window manager')
             if self.accessible:
                 self._start_accessibility()
         except BaseException:
