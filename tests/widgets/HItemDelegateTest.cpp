@@ -57,8 +57,9 @@ void HItemDelegateTest::aToolTipIsNoMarkup()
     QTableView view;
     view.setItemDelegate(new HItemDelegate(&view));
     view.setModel(&model);
+    view.setAttribute(Qt::WA_AlwaysShowToolTips);
     view.show();
-    QVERIFY(QTest::qWaitForWindowActive(&view));
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
     const auto tipOf = [&view, &model](int row) {
         const QPoint place = view.visualRect(model.index(row, 0)).center();
         QHelpEvent event(QEvent::ToolTip, place, view.viewport()->mapToGlobal(place));
@@ -70,7 +71,7 @@ void HItemDelegateTest::aToolTipIsNoMarkup()
     QCOMPARE(document.toPlainText(), markup);
     QCOMPARE(tipOf(1), QStringLiteral("ordinary"));
     tipOf(2);
-    QTRY_VERIFY(!QToolTip::isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(!QToolTip::isVisible(), 20000);
 }
 
 QTEST_MAIN(HItemDelegateTest)
