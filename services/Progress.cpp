@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QGridLayout>
 #include <QMetaType>
+#include <QMutexLocker>
 
 #include "services/HProgressBar.h"
 #include "widgets/GeneralTip.h"
@@ -86,8 +88,8 @@ void Minion::Scale::setValue(Steps value)
     bar->setValue(static_cast<int>(std::min(value >> shift, largest)));
 }
 
-Minion::Minion(HProgressBar* total, HProgressBar* item)
-    : totalBar(total), itemBar(item), totalScale(total), itemScale(item)
+Minion::Minion(HProgressBar* total, HProgressBar* item, std::shared_ptr<Downloads> shared)
+    : totalBar(total), itemBar(item), totalScale(total), itemScale(item), downloads(std::move(shared))
 {
     connect(itemBar, SIGNAL(toolTip(const QPoint&)), this, SLOT(itemProgressToolTip(const QPoint&)));
 }
@@ -153,6 +155,12 @@ void Minion::setTotalValue(Steps total)
 void Minion::updateThreadsState(const ThreadsState& state)
 {
     threadsState = state;
+    const QMutexLocker locker(&downloads->mutex);
+    downloads->reported = false;
+    if (downloads->changed) {
+        downloads->changed = false;
+        threadsState = downloads->state;
+    }
 }
 
 void Minion::reset()
@@ -253,7 +261,7 @@ QLabel* Minion::makeLabel(const QString& text, const QColor& colour)
 Object::Object(HProgressBar* totalBar, HProgressBar* itemBar)
     : minion(nullptr), guiInSameThread(false), totalValue(0), totalMax(1), itemStart(0), itemEnd(0),
       itemValue(0), itemMax(1), actsSteps(0), actsEnd(0), actsCount(0), actsDone(0), threadsActsFrom(0),
-      threadsActsCount(0)
+      threadsActsCount(0), downloads(std::make_shared<Downloads>())
 {
     static bool registered = false;
     if (!registered) {
@@ -262,7 +270,7 @@ Object::Object(HProgressBar* totalBar, HProgressBar* itemBar)
         registered = true;
     }
 
-    minion = new Minion(totalBar, itemBar);
+    minion = new Minion(totalBar, itemBar, downloads);
     minion->moveToThread(QCoreApplication::instance()->thread());
     guiInSameThread = minion->thread() == thread();
 
@@ -375,65 +383,66 @@ void Object::setupItemActsThreads(QString text, Steps actsFrom, Steps uptoAct, u
 {
     threadsActsFrom = actsFrom;
     threadsActsCount = actsCount;
-    threadsState = ThreadsState(threads);
-    Q_EMIT updateThreadsStateSig(threadsState);
+    changeThreads([threads](ThreadsState& state) { state = ThreadsState(threads); });
     startItem(text, actsShare(uptoAct - 1) - actsShare(actsDone), max);
     actsDone = uptoAct - 1;
 }
 
 void Object::startItemActThread(QString name, unsigned int index, Steps max)
 {
-    if (index >= threadsState.count()) {
+    const ThreadsState& threads = downloads->state;
+    if (index >= threads.count()) {
         return;
     }
-    ThreadState& thread = threadsState[index];
-    thread.name = name;
-    thread.value = 0;
-    thread.max = max;
-    thread.state = ThreadState::InProgress;
-    if (threadsState.count() == 1) {
+    if (threads.count() == 1) {
         changeItemActivity(name);
     }
-    Q_EMIT updateThreadsStateSig(threadsState);
+    changeThreads([&](ThreadsState& state) {
+        state[index].name = name;
+        state[index].value = 0;
+        state[index].max = max;
+        state[index].state = ThreadState::InProgress;
+    });
 }
 
 void Object::setItemActsThreadValue(unsigned int index, Steps value)
 {
-    if (index >= threadsState.count()) {
+    if (index >= downloads->state.count()) {
         return;
     }
-    const Steps oldValue = threadsState[index].value;
-    threadsState[index].value = value;
-    Q_EMIT updateThreadsStateSig(threadsState);
+    Steps oldValue = 0;
+    changeThreads([&](ThreadsState& state) {
+        oldValue = state[index].value;
+        state[index].value = value;
+    });
     // The item value was clamped to the item's maximum, so it can be less than the thread's part of it.
     setItemValue(subtract(itemValue + value, oldValue));
 }
 
 void Object::endItemActThread(unsigned int index)
 {
-    if (index >= threadsState.count()) {
+    if (index >= downloads->state.count()) {
         return;
     }
-    threadsState[index].state = ThreadState::Complete;
-    Q_EMIT updateThreadsStateSig(threadsState);
+    changeThreads([index](ThreadsState& state) { state[index].state = ThreadState::Complete; });
 }
 
 void Object::retryItemActThread(unsigned int index)
 {
-    if (index >= threadsState.count()) {
+    if (index >= downloads->state.count()) {
         return;
     }
-    ThreadState& thread = threadsState[index];
-    thread.state = ThreadState::Retrying;
-    setItemValue(subtract(itemValue, thread.value));
-    thread.value = 0;
-    Q_EMIT updateThreadsStateSig(threadsState);
+    const ThreadsState& threads = downloads->state;
+    setItemValue(subtract(itemValue, threads[index].value));
+    changeThreads([index](ThreadsState& state) {
+        state[index].state = ThreadState::Retrying;
+        state[index].value = 0;
+    });
 }
 
 void Object::endItemActsThreads()
 {
-    threadsState = ThreadsState();
-    Q_EMIT updateThreadsStateSig(threadsState);
+    changeThreads([](ThreadsState& state) { state = ThreadsState(); });
 }
 
 void Object::setItemValue(Steps value)
@@ -466,10 +475,23 @@ void Object::reset()
     itemStart = 0;
     itemEnd = 0;
     itemMax = 1;
-    threadsState = ThreadsState();
-    Q_EMIT updateThreadsStateSig(threadsState);
+    changeThreads([](ThreadsState& state) { state = ThreadsState(); });
     Q_EMIT resetSig();
     updateGui();
+}
+
+void Object::changeThreads(const std::function<void(ThreadsState& state)>& change)
+{
+    {
+        const QMutexLocker locker(&downloads->mutex);
+        change(downloads->state);
+        if (downloads->reported) {
+            downloads->changed = true;
+            return;
+        }
+        downloads->reported = true;
+    }
+    Q_EMIT updateThreadsStateSig(downloads->state);
 }
 
 Steps Object::itemShare(Steps value) const

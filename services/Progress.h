@@ -9,10 +9,12 @@
 #ifndef SERVICES_PROGRESS_H
 #define SERVICES_PROGRESS_H
 
+#include <functional>
 #include <memory>
 
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QMutex>
 #include <QObject>
 #include <QPoint>
 #include <QString>
@@ -56,13 +58,23 @@ private:
     std::unique_ptr<ThreadState[]> threads;
 };
 
+// What an Object and its Minion share: the downloads as they are now. One report of them is on its way at
+// most, whatever their number; what changes meanwhile the Minion fetches when the report has arrived.
+struct Downloads
+{
+    QMutex mutex; // guards the rest
+    ThreadsState state;
+    bool reported = false; // and the report has not arrived yet
+    bool changed = false;  // since that report
+};
+
 // Graphical thread; made by its Object and deleted there after the last signal has run. Owns nothing.
 class Minion : public QObject
 {
     Q_OBJECT
 
 public:
-    Minion(HProgressBar* totalBar, HProgressBar* itemBar);
+    Minion(HProgressBar* totalBar, HProgressBar* itemBar, std::shared_ptr<Downloads> shared);
 
 public Q_SLOTS:
     void startTotal(QString text, Steps max);
@@ -102,6 +114,7 @@ private:
     Scale totalScale;
     Scale itemScale;
     ThreadsState threadsState;
+    std::shared_ptr<Downloads> downloads;
 };
 
 // Lives on the thread that runs the operation and is used from no other.
@@ -167,6 +180,8 @@ Q_SIGNALS:
 private:
     // The share of the item's stretch of the total that a value of the item stands for.
     Steps itemShare(Steps value) const;
+    // Changes the downloads, and reports them unless a report is on its way.
+    void changeThreads(const std::function<void(ThreadsState& state)>& change);
     // How far into the stretch of all acts the given number of them reaches.
     Steps actsShare(Steps acts) const;
     // Keeps the display alive during an operation that runs in the graphical thread itself.
@@ -188,7 +203,7 @@ private:
     Steps actsDone;
     Steps threadsActsFrom;
     Steps threadsActsCount;
-    ThreadsState threadsState;
+    std::shared_ptr<Downloads> downloads; // changed by this thread only
 };
 
 // Gives the slot an Object for the length of a scope; leaves it null.

@@ -8,6 +8,7 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QPointer>
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QTest>
 #include <QThread>
@@ -111,6 +112,7 @@ private Q_SLOTS:
     void resetForgetsTheDownloads();
     void displayStaysAliveDuringASynchronousOperation();
     void workerReportsAreDeliveredInOrder();
+    void reportsOfManyDownloadsDoNotPileUp();
     void userFillsAndEmptiesTheSlot();
 
     void hoveringShowsNothingWithoutDownloads();
@@ -831,6 +833,49 @@ void ProgressTest::workerReportsAreDeliveredInOrder()
     QVERIFY(!item->isEnabled());
     QVERIFY(!total->isEnabled());
     disconnect(item, nullptr, this, nullptr);
+}
+
+void ProgressTest::reportsOfManyDownloadsDoNotPileUp()
+{
+    const unsigned int count = 3000;
+    int reports = 0;
+    Progress::Object* progress = nullptr;
+    QSemaphore done;
+    QSemaphore goOn;
+    std::unique_ptr<QThread> worker(QThread::create([&] {
+        progress = new Progress::Object(total, item);
+        connect(
+            progress, &Progress::Object::updateThreadsStateSig, progress, [&reports] { ++reports; },
+            Qt::DirectConnection);
+        progress->startTotal("Applying", 100);
+        progress->setupItemActs(100, count);
+        progress->setupItemActsThreads("Downloading", 0, count, count, 10 * count);
+        for (unsigned int i = 0; i < count; ++i) {
+            progress->startItemActThread(QString::number(i), i, 10);
+            progress->setItemActsThreadValue(i, 10);
+            if (i > 0) {
+                progress->endItemActThread(i);
+            }
+        }
+        done.release();
+        goOn.acquire();
+        delete progress;
+    }));
+    worker->start();
+    // This thread serves nothing meanwhile.
+    done.acquire();
+    QVERIFY2(reports <= 1, qPrintable(QString::number(reports)));
+    // It gets the last state all the same, although nothing follows.
+    QCoreApplication::processEvents();
+    Q_EMIT item->toolTip(QPoint(5, 5));
+    QCOMPARE(tipRows(),
+             QStringList({QStringLiteral("%1 downloads: Complete").arg(count - 1), "0: 10 / 10 (100.0%)"}));
+    QTest::mouseClick(item, Qt::LeftButton);
+    goOn.release();
+    worker->wait();
+    QCoreApplication::processEvents();
+    Q_EMIT item->toolTip(QPoint(5, 5));
+    QVERIFY(currentTip() == nullptr);
 }
 
 void ProgressTest::userFillsAndEmptiesTheSlot()
