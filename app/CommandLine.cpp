@@ -2,9 +2,11 @@
 
 #include <getopt.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 #include "app/MainWindow.h"
 #include "app/base/Program.h"
@@ -57,6 +59,22 @@ template <int count> int keyword(const char* const (&keywords)[count], const cha
     return -1;
 }
 
+// The character that begins with the first byte beyond ASCII; that byte alone if it is not UTF-8.
+std::string firstBeyondAscii(const char* text)
+{
+    const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
+    while (*text != '\0' && (static_cast<unsigned char>(*text) & 0x80) == 0) {
+        ++text;
+    }
+    size_t length = *text != '\0' ? 1 : 0;
+    while (length > 0 && isContinuation(text[length])) {
+        ++length;
+    }
+    const std::string whole(text, length);
+    const bool utf8 = !QString::fromUtf8(whole.c_str()).contains(QChar::ReplacementCharacter);
+    return utf8 ? whole : whole.substr(0, 1);
+}
+
 const char* const modes[] = {"filter", "search"};
 const char* const states[] = {"updatable", "installable", "removable", "all"};
 
@@ -83,6 +101,7 @@ void apply(int argc, char** argv, MainWindow& window)
 {
     opterr = 0;
     for (;;) {
+        const char* const word = optind < argc ? argv[std::max(optind, 1)] : "";
         const int found = getopt_long(argc, argv, "+hHm:e:s:grl", longOptions, nullptr);
         if (found == -1) {
             break;
@@ -131,6 +150,12 @@ void apply(int argc, char** argv, MainWindow& window)
             window.addRepoOverride(YumRepoEnabled(true, QString::fromLocal8Bit(optarg)));
             break;
         default:
+            // A byte beyond ASCII is a negative number where char has a sign.
+            if (optopt < 0 || (optopt > 127 && optopt < Duplicates)) {
+                std::fprintf(stderr, "%s: unrecognized option letter: %s\n", program,
+                             firstBeyondAscii(word).c_str());
+                usage();
+            }
             // A long option without its argument leaves its own value, which is no letter when it has none.
             if (optopt > 0 && optopt < Duplicates) {
                 std::fprintf(stderr, "%s: unrecognized option letter: %c\n", program, optopt);

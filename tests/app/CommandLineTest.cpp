@@ -303,6 +303,10 @@ private Q_SLOTS:
         add({"--state=pdatable"}, "vyre: unrecogized argument to -s/--state option: pdatable\n");
         add({"-d"}, "vyre: unrecognized option letter: d\n");
         add({"-gd"}, "vyre: unrecognized option letter: d\n");
+        add({QString::fromUtf8("-é")}, "vyre: unrecognized option letter: é\n");
+        add({QString::fromUtf8("-gé€x"), "-l"}, "vyre: unrecognized option letter: é\n");
+        add({"-l", QString::fromUtf8("-l😀")}, "vyre: unrecognized option letter: 😀\n");
+        add({QString::fromUtf8("--é")}, "vyre: unrecogized option: --é\n");
         add({"-x"}, "vyre: unrecognized option letter: x\n");
         add({"-m"}, "vyre: unrecognized option letter: m\n");
         add({"-e"}, "vyre: unrecognized option letter: e\n");
@@ -329,6 +333,14 @@ private Q_SLOTS:
         const Ended ended = run(arguments);
         QCOMPARE(ended.err, message);
         QCOMPARE(ended.out, QString(usageText));
+        QCOMPARE(ended.status, 1);
+    }
+
+    void letterThatIsNotUtf8IsOneByte()
+    {
+        const QString script = QStringLiteral("exec \"$0\" \"$(printf '%b' '-g\\0351')\" -l");
+        const Ended ended = run({"-c", script, VYRE}, "/bin/sh");
+        QCOMPARE(ended.err, QStringLiteral("vyre: unrecognized option letter: %1\n").arg(QChar(0xFFFD)));
         QCOMPARE(ended.status, 1);
     }
 
