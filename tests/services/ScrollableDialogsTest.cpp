@@ -2,7 +2,9 @@
 
 #include <memory>
 
+#include <QApplication>
 #include <QClipboard>
+#include <QFontDatabase>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
@@ -31,6 +33,24 @@ QString longText()
     return text;
 }
 
+// Has the program another font for a scope; an empty name: the usual one.
+class FontScope
+{
+public:
+    explicit FontScope(const QString& family) : before(QApplication::font())
+    {
+        if (!family.isEmpty()) {
+            QApplication::setFont(QFont(family));
+        }
+    }
+    ~FontScope() { QApplication::setFont(before); }
+    FontScope(const FontScope&) = delete;
+    FontScope& operator=(const FontScope&) = delete;
+
+private:
+    QFont before;
+};
+
 } // namespace
 
 class ScrollableDialogsTest : public QObject
@@ -46,6 +66,7 @@ private Q_SLOTS:
     void closingRejects();
     void textIsNoMarkup();
     void shortTextNeedsNoScrolling();
+    void textThatTheScreenHasRoomForIsShownWhole_data();
     void textThatTheScreenHasRoomForIsShownWhole();
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
@@ -175,8 +196,23 @@ void ScrollableDialogsTest::shortTextNeedsNoScrolling()
     QVERIFY(!area->horizontalScrollBar()->isVisible());
 }
 
+void ScrollableDialogsTest::textThatTheScreenHasRoomForIsShownWhole_data()
+{
+    QTest::addColumn<QString>("family");
+    QTest::newRow("usual font") << QString();
+    for (const QString& family : QFontDatabase().families()) {
+        const QFontMetrics metrics{QFont(family)};
+        if (metrics.lineSpacing() < metrics.height()) {
+            QTest::newRow("lines closer than their height") << family;
+            break;
+        }
+    }
+}
+
 void ScrollableDialogsTest::textThatTheScreenHasRoomForIsShownWhole()
 {
+    QFETCH(QString, family);
+    const FontScope font(family);
     // More than two thirds of the screen, which is what a window asks for by itself at most.
     const QSize wanted = Metrics::maxWindowSize() * 85 / 100;
     QLabel measured;
