@@ -130,6 +130,7 @@ void YumIOCapturersMinion::finalize()
         }
         readStdout();
         readStderr();
+        yumIO->captureEnded();
         active = false;
     }
     finished.release();

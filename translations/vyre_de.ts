@@ -2378,14 +2378,6 @@ Was sie nicht getan hat, muss neu vorgemerkt und angewendet werden.</translation
 „dnf remove --duplicates“ entfernt die älteren.</translation>
     </message>
     <message>
-        <source>OK</source>
-        <translation>OK</translation>
-    </message>
-    <message>
-        <source>Cancel</source>
-        <translation>Abbrechen</translation>
-    </message>
-    <message>
         <source>Waiting for {}, which uses the package database</source>
         <translation>Warten auf {}, das die Paketdatenbank benutzt</translation>
     </message>

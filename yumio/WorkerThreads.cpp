@@ -76,6 +76,7 @@ void ApplyThread::run()
 
 void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
 {
+    finishLines(); // of what was printed between two operations
     blocker.prepare();
     blockerHeld = true;
     worker = &thread;
@@ -100,6 +101,7 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
         PyGILStateWrapper lock(true);
         setEnablePythonSIGINTHandler(false);
         EndSignals::renew();
+        finishLines();
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     worker = nullptr;

@@ -196,6 +196,7 @@ public:
     void warning(const QString& text);
     void stdoutCapturedWrite(const QString& text) override;
     void stderrCapturedWrite(const QString& text) override;
+    void captureEnded() override;
 
     // --- What the script calls; see YumIOCTarget. Worker thread, or the graphical one while no worker runs.
 
@@ -362,6 +363,9 @@ private:
     // Progress of transactions
     PyObject* stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending);
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
+    // Writes the last line of an operation, which has no line feed: it must not become part of another one's.
+    void finishLine(Log::Kind kind, unsigned int level, QString& pending);
+    void finishLines(); // of what the script prints
     PyObject* badArguments(const char* text);
     PyObject* badPhase(const char* text);
     static PyObject* noneUnlessPending(); // null while an exception is pending, which the script is to see

@@ -544,8 +544,10 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     nextSlot = 0;
     // The script's own output, which is part of a plain question, may have been about a URL.
     const QString text = Log::withoutPasswords(txText);
-    const bool yes = (txListed ? dialogs->confirm(tr("Apply"), text, tr("OK"), tr("Cancel"))
-                               : dialogs->confirm(tr("Query"), text, tr("Yes"), tr("No"))) == 1;
+    // These buttons have the same texts in all languages.
+    const bool yes =
+        (txListed ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))
+                  : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
     if (txListed) {
         log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));
         txApplied = yes;
@@ -569,6 +571,7 @@ bool YumIO::cleanType(const QString& label, const char* method)
     PyGILStateWrapper lock(true);
     ExceptScope scope(*this);
     const PyRef result(pyMethodCall(yumIO.get(), method, "()"));
+    finishLines();
     return result ? true : internalError(tr("Internal error: cannot clean %1").arg(label));
 }
 

@@ -71,6 +71,19 @@ void YumIO::write(const QString& text, Log::Kind kind, unsigned int level, QStri
     logList.appendMessage(kind, level, complete);
 }
 
+void YumIO::finishLine(Log::Kind kind, unsigned int level, QString& pending)
+{
+    if (!pending.isEmpty()) {
+        write(QStringLiteral("\n"), kind, level, pending);
+    }
+}
+
+void YumIO::finishLines()
+{
+    finishLine(Log::OK, 0, stdoutPending);
+    finishLine(stderrKind, stderrLevel, stderrPending);
+}
+
 PyObject* YumIO::stdoutWrite(PyObject*, PyObject* args)
 {
     return stdWrite(args, Log::OK, 0, stdoutPending);
@@ -89,6 +102,12 @@ void YumIO::stdoutCapturedWrite(const QString& text)
 void YumIO::stderrCapturedWrite(const QString& text)
 {
     write(text, Log::Error, 0, stderrCapturedPending);
+}
+
+void YumIO::captureEnded()
+{
+    finishLine(Log::OK, 0, stdoutCapturedPending);
+    finishLine(Log::Error, 0, stderrCapturedPending);
 }
 
 void YumIO::log(Log::Kind kind, unsigned int level, const QString& text)

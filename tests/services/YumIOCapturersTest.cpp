@@ -33,6 +33,12 @@ class Receiver final : public CapturedOutput
 public:
     void stdoutCapturedWrite(const QString& text) override { append(out, text); }
     void stderrCapturedWrite(const QString& text) override { append(err, text); }
+    void captureEnded() override
+    {
+        QMutexLocker locker(&mutex);
+        ended.append(out + '|' + err);
+        otherThread = otherThread || QThread::currentThread() != QCoreApplication::instance()->thread();
+    }
     void error(const QString& text) override
     {
         QMutexLocker locker(&mutex);
@@ -52,6 +58,7 @@ public:
     QString out;
     QString err;
     QStringList errors;
+    QStringList ended; // what had been written by each end
     bool otherThread = false;
 
 private:
@@ -145,6 +152,7 @@ private Q_SLOTS:
     void textIsHandedOverInTheGraphicalThread();
     void lastWordsOfAChildArrive();
     void writtenJustBeforeTheEndArrivesBeforeTheEnd();
+    void endOfEachCaptureIsReportedAfterItsLastWords();
     void characterSplitBetweenTwoReadsArrivesWhole();
     void streamsDoNotMixTheirCharacters();
     void descriptorsAreRestored();
@@ -286,6 +294,20 @@ void YumIOCapturersTest::writtenJustBeforeTheEndArrivesBeforeTheEnd()
         });
         QCOMPARE(arrived, text.size());
     }
+}
+
+void YumIOCapturersTest::endOfEachCaptureIsReportedAfterItsLastWords()
+{
+    Receiver receiver;
+    for (const char* words : {"one", " two"}) {
+        runOnWorker([&] {
+            YumIOCapturers capturers(&receiver);
+            writeAll(STDOUT_FILENO, words);
+            writeAll(STDERR_FILENO, "e");
+        });
+    }
+    QCOMPARE(receiver.ended, QStringList({"one|e", "one two|ee"}));
+    QVERIFY(!receiver.otherThread);
 }
 
 void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesWhole()

@@ -104,6 +104,19 @@ extern "C" int sigaction(int number, const struct sigaction* action, struct siga
 }
 
 // Only root may apply changes, and root is who runs this.
+// While it exists, every text is translated, into itself in brackets.
+class Brackets : public QTranslator
+{
+public:
+    Brackets() { QCoreApplication::installTranslator(this); }
+    ~Brackets() override { QCoreApplication::removeTranslator(this); }
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char* text, const char*, int) const override
+    {
+        return QStringLiteral("[%1]").arg(QString::fromUtf8(text));
+    }
+};
+
 class YumIOApplyTest : public QObject
 {
     Q_OBJECT
@@ -808,6 +821,24 @@ private Q_SLOTS:
         }
     }
 
+    void buttonsOfTheConfirmationAreNotTranslated()
+    {
+        const Brackets brackets;
+        collect("it.available = [Package('tool')]");
+        mark("tool", Package::Install);
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(1, 'tool')])\n"
+                      "yumIOC.userconfirm()\n"
+                      "yumIOC.userconfirm()"));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        for (int i = 0; i < 2; ++i) {
+            QStringList buttons = shown[i].buttons;
+            buttons.sort();
+            QCOMPARE(shown[i].title, QString(i == 0 ? "[Apply]" : "[Query]"));
+            QCOMPARE(buttons, i == 0 ? QStringList({"Cancel", "OK"}) : QStringList({"No", "Yes"}));
+        }
+    }
+
     void questionWithoutAListing()
     {
         collect("it.available = [Package('tool')]");
@@ -928,6 +959,34 @@ private Q_SLOTS:
         QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
         log.sort();
         QCOMPARE(log, QStringList({"1 0 from a scriptlet", "1 0 from the script", "3 0 its trouble"}));
+    }
+
+    void lastLinesWithoutALineFeedBelongToTheirOperation()
+    {
+        int before = logLength();
+        QVERIFY(!apply("import os\nos.write(1, b'first\\nlast words')\nos.write(2, b'last trouble')\n"
+                       "sys.stdout.write('script')\nsys.stderr.write('its trouble')"));
+        QStringList log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 first", "1 0 last words", "1 0 script", "3 0 its trouble",
+                                   "3 0 last trouble"}));
+        before = logLength();
+        QVERIFY(!apply("import os\nos.write(1, b'next\\n')\nos.write(2, b'next trouble\\n')\n"
+                       "sys.stdout.write('next of the script\\n')"));
+        log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 next", "1 0 next of the script", "3 0 next trouble"}));
+    }
+
+    void lastLineBeforeAnOperationDoesNotBelongToIt()
+    {
+        const int before = logLength();
+        backEnd->run("sys.stdout.write('idle words')");
+        QCOMPARE(backEnd->log(before), QStringList());
+        QVERIFY(!apply("sys.stdout.write('words\\n')"));
+        QCOMPARE(backEnd->log(before), QStringList({"1 0 idle words", "4 0 Applying", "1 0 words"}));
     }
 
     void lineThatIsCapturedInTwoPiecesIsOneEntry()
