@@ -142,6 +142,14 @@ void check(YumConfIO& conf)
             return;
         }
     }
+    // All of it is edited, or files with letters beyond ASCII would be left as they are.
+    const QString line = QStringLiteral("#\n");
+    if (!conf.mainText.isEmpty()) {
+        conf.mainText += line;
+    }
+    for (Repo::Entry& each : conf.entries) {
+        each.options += line;
+    }
     require(conf.write(nullptr), "what was read can be written");
     require(surroundings->answers.shown <= 1, "writing asks once");
     const QList<QByteArray> written = contents();
@@ -157,8 +165,7 @@ void check(YumConfIO& conf)
     const QList<QByteArray> again = contents();
     for (int i = 0; i < written.size(); ++i) {
         const QByteArray& before = written.at(i);
-        require(again.at(i) == QString::fromLatin1(before.constData(), before.size()).toUtf8(),
-                "a second writing changes nothing but the encoding");
+        require(again.at(i) == before, "what is not edited is left as it is");
     }
 }
 
