@@ -372,18 +372,30 @@ class ConfigurationTest(StartTest):
         self.write('etc/yum.repos.d/broken.repo', '[<b>bold</b> & <img src=x>\n')
         self.check_message('Malformed section name in line:', '[<b>bold</b> & <img src=x>', 0, 'Success')
 
+    def check_left_alone(self, path, reason):
+        with self.program() as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.assertEqual(self.read_log(window).count('{} is left alone: {}.'.format(path, reason)), 1)
+            self.quit(window)
+        self.assertTrue(os.path.lexists(path))
+
     def test_repository_file_leads_nowhere(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('/nonexistent/file', path)
-        self.check_message('Unable to stat repository configuration file', path, 2, 'No such file or directory')
+        self.check_left_alone(path, 'it is a link that leads nowhere')
 
     def test_repository_file_leads_to_itself(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('broken.repo', path)
-        self.check_message('Unable to stat repository configuration file', path, 40,
-                           'Too many levels of symbolic links')
+        self.check_left_alone(path, 'it is a link that leads nowhere')
 
-    def test_repository_file_cannot_be_opened(self):
+    def test_repository_file_is_a_pipe(self):
+        path = self.path('etc/yum.repos.d/broken.repo')
+        os.mkfifo(path)
+        self.check_left_alone(path, 'it is not a regular file')
+
+    def test_repository_file_is_a_socket(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         made = socket.socket(socket.AF_UNIX)
         self.addCleanup(made.close)
@@ -391,7 +403,7 @@ class ConfigurationTest(StartTest):
         short = os.open(os.path.dirname(path), os.O_PATH)
         self.addCleanup(os.close, short)
         made.bind('/proc/self/fd/{}/broken.repo'.format(short))
-        self.check_message('Unable to read repository configuration file', path, 6, 'No such device or address')
+        self.check_left_alone(path, 'it is not a regular file')
 
     def test_repository_file_may_not_be_read(self):
         path = self.write('etc/yum.repos.d/broken.repo', '[broken]\nenabled=0\n')
