@@ -189,6 +189,8 @@ private Q_SLOTS:
     void failingBackEndQuitsWithoutShowingTheTable();
     void logIsThereBeforeTheBackEndIsStarted();
     void quittingFromTheQuestionForCredentialsReadsNothing();
+    void credentialsThatAreEnteredAreUsedAtOnce();
+    void repositoriesThatWereEditedAreReadAgain();
     void logIsOpenedAtTheStartIfAskedFor();
     void logStaysClosedOtherwise();
 
@@ -257,6 +259,8 @@ private Q_SLOTS:
     void refusedActionsStay();
     void failureBeforeAnyChangeLeavesTheTableAlone();
     void failureHalfWayCollectsTheTable();
+    void marksStayWhenAnotherProgramHasChangedTheSystem();
+    void repositoriesOfATransactionMayNeedCredentials();
 
     // --- Other windows and the end
 
@@ -571,6 +575,42 @@ void MainWindowTest::quittingFromTheQuestionForCredentialsReadsNothing()
     QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), repos);
+}
+
+void MainWindowTest::credentialsThatAreEnteredAreUsedAtOnce()
+{
+    standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                    [] {
+                        QWidget* dialog = QApplication::activeModalWidget();
+                        for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
+                            QTest::keyClicks(field, "me");
+                        }
+                        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
+                    });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QVERIFY(once.isDone());
+    QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("[base]\nbaseurl=http://h/vantor?u=me&p=me&path=/x\n"));
+    // The package manager has read the files before.
+    const QStringList calls = standIn->calls();
+    QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
+             qPrintable(calls.join(';')));
+}
+
+void MainWindowTest::repositoriesThatWereEditedAreReadAgain()
+{
+    shown->window->setRepoEditorAtStart();
+    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                    [] { QApplication::activeModalWidget()->close(); });
+    shown->window->show();
+    QTRY_COMPARE_WITH_TIMEOUT(shown->listed(), (QStringList{"many", "tool"}), 20000);
+    QVERIFY(once.isDone());
+    const QStringList calls = standIn->calls();
+    QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
+             qPrintable(calls.join(';')));
 }
 
 void MainWindowTest::emptyTableTellsWhy()
@@ -1470,6 +1510,42 @@ void MainWindowTest::failureHalfWayCollectsTheTable()
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(shown->marks(), QStringList());
     QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowTest::marksStayWhenAnotherProgramHasChangedTheSystem()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->click("tool", ActionColumn);
+    shown->click("editor", ActionColumn);
+    shown->click("shell", ActionColumn);
+    // Meanwhile the editor has come, and the shell has gone.
+    const QJsonObject next{{"version", "2"}};
+    standIn->setPackages({StandIn::package("tool", next)},
+                         {StandIn::package("tool"), StandIn::package("editor")}, {StandIn::package("shell")});
+    standIn->setOutdated(true);
+    standIn->forgetCalls();
+    const Answers answers("Close");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles, QStringList{"VYRE Yum Error"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "shell", "tool"}));
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowTest::repositoriesOfATransactionMayNeedCredentials()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    // As a package does that brings a repository.
+    standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles, (QStringList{"Apply", "VYRE Authentication"}));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList());
 }
 
 void MainWindowTest::currentPackageCanBeDescribed()

@@ -90,6 +90,11 @@ void StandIn::setBreaking(bool doBreak)
     setFlag("breaking", doBreak);
 }
 
+void StandIn::setOutdated(bool outdated)
+{
+    setFlag("outdated", outdated);
+}
+
 void StandIn::setComplaining(bool complaining)
 {
     setFlag("complaining", complaining);

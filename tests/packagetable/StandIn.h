@@ -33,6 +33,8 @@ public:
     // Whether applying fails, before anything has been changed or half way through.
     void setFailing(bool fail);
     void setBreaking(bool doBreak);
+    // Whether applying finds that another program has changed the system.
+    void setOutdated(bool outdated);
     // Whether the next collections fail.
     void setUnreadable(bool unreadable);
     // Whether an error is logged by the next collections, which go on.

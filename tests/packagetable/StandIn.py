@@ -156,6 +156,9 @@ class YumIO:
         """Note what is to be done, have it confirmed, and change the system unless it is told to fail before that."""
         note('apply {} {} {}'.format(*(','.join(sorted(package.name for package in packages)) or '-'
                                        for packages in (installs, [pair[0] for pair in updates], removes))))
+        self.outdated = os.path.exists(os.path.join(SHARE, 'outdated'))
+        if self.outdated:
+            raise Failure('somebody else was here')
         yumIOC.listTransaction(None, [])
         if not yumIOC.userconfirm():
             return
