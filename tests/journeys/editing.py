@@ -164,6 +164,13 @@ class EditingTest(JourneyTest):
                 found[path] = stream.read()
         return found
 
+    def requests_from_now(self):
+        """The number of requests to the server. Whatever reads the packages from now on makes more: metadata that are
+        fresh, as they are for a second, would be taken from the cache.
+        """
+        self.sandbox.expire_metadata()
+        return len(self.sandbox.server.paths())
+
     def edit(self, window):
         driver.key('ctrl+e')
         return Editor(window.program)

@@ -43,12 +43,13 @@ class UseTest(EditingTest):
 
     def test_there_and_back_again_reads_the_packages_anew(self):
         with self.opened() as window:
-            count = len(self.sandbox.server.paths())
+            count = self.requests_from_now()
             editor = self.edit(window)
             editor.close('OK')
             self.assertTrue(window.is_ready())
             self.assertEqual(len(self.sandbox.server.paths()), count)
             editor = self.edit(window)
+            editor.wait_on(True, 'sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
@@ -163,7 +164,7 @@ class ChangesTest(EditingTest):
     def test_changes_are_reset_and_canceled(self):
         with self.opened() as window:
             files = self.files()
-            count = len(self.sandbox.server.paths())
+            count = self.requests_from_now()
             editor = self.edit(window)
             self.change(editor)
             editor.click_button('Reset All')
@@ -344,7 +345,7 @@ class StartTest(EditingTest):
                 window.show_all()
                 self.check_listed(window, ['abacus-cli', 'hidden-gem', 'pergola'])
                 # Packages are read again only for a change, now that they are known.
-                count = len(self.sandbox.server.paths())
+                count = self.requests_from_now()
                 self.edit(window).close('OK')
                 self.assertEqual(len(self.sandbox.server.paths()), count)
                 self.quit(window)
