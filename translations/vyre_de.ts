@@ -912,7 +912,7 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     </message>
     <message>
         <source>%1 is left alone: it is not a regular file.</source>
-        <translation>%1 bleibt unberührt: Es ist keine gewöhnliche Datei.</translation>
+        <translation>%1 bleibt unberührt: sie ist keine gewöhnliche Datei.</translation>
     </message>
     <message>
         <source>%1 is left alone, and its repositories are not used: it is larger than %2 MB.</source>
@@ -2334,6 +2334,22 @@ Es sind nur noch {} kB frei für {}</translation>
     <message>
         <source>Unable to use the configuration file %s: %s</source>
         <translation>Die Konfigurationsdatei %s kann nicht verwendet werden: %s</translation>
+    </message>
+    <message>
+        <source>it is not a regular file</source>
+        <translation>sie ist keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>it has more than {} MB</source>
+        <translation>mehr als {} MB groß</translation>
+    </message>
+    <message>
+        <source>There is no main configuration file. Signatures of packages are checked, unless a repository says otherwise.</source>
+        <translation>Die Hauptkonfigurationsdatei fehlt. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
+    </message>
+    <message>
+        <source>Its options, such as the packages that it excludes, do not count. Signatures of packages are checked, unless a repository says otherwise.</source>
+        <translation>Ihre Optionen, etwa die von ihr ausgeschlossenen Pakete, gelten nicht. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
     </message>
     <message>
         <source>No log files can be written in %s: %s</source>

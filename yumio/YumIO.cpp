@@ -48,6 +48,12 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "\nThere are only {} kB left for {}"),
     QT_TRANSLATE_NOOP("YumIO", "The change logs of %s cannot be read: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to use the configuration file %s: %s"),
+    QT_TRANSLATE_NOOP("YumIO", "it is not a regular file"),
+    QT_TRANSLATE_NOOP("YumIO", "it has more than {} MB"),
+    QT_TRANSLATE_NOOP("YumIO", "There is no main configuration file. Signatures of packages are checked, "
+                               "unless a repository says otherwise."),
+    QT_TRANSLATE_NOOP("YumIO", "Its options, such as the packages that it excludes, do not count. Signatures "
+                               "of packages are checked, unless a repository says otherwise."),
     QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),

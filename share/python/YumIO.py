@@ -122,6 +122,25 @@ def configurationFile():
     return None
 
 
+def mainFileFault(path):
+    """Why the package manager cannot have the main configuration file; empty if it can.
+
+    It would wait for a pipe for ever, and for the end of a file that has none. All else is its own to judge: without
+    the options of that file it would check less.
+    """
+    try:
+        # Opening a device may already have an effect.
+        found = os.stat(path)
+        if not stat.S_ISREG(found.st_mode):
+            return tr('it is not a regular file')
+        if found.st_size > yumIOC.repositoryFileLimit:
+            return tr('it has more than {} MB').format(yumIOC.repositoryFileLimit >> 20)
+        with open(path, 'rb'):
+            return ''
+    except OSError as e:
+        return e.strerror
+
+
 # Files of repositories --------------------------------------------------------------------------------------
 
 # What a file that the program leaves alone begins with: it holds letters of two bytes.
@@ -129,7 +148,7 @@ TWO_BYTE_MARKS = (b'\xff\xfe', b'\xfe\xff')
 
 
 def isUsable(path):
-    """Whether the program reads a configuration file, too: it tells the user of those that it leaves alone.
+    """Whether the program, too, reads the repositories of a file: it names those that it leaves alone.
 
     The package manager would wait for a pipe for ever, and for the end of what has none.
     """
@@ -1135,15 +1154,7 @@ class YumIO:
         preset = {option: getattr(conf, option) for option in ('cachedir', 'logdir', 'persistdir')}
 
         # Repositories are looked for in the same file, and it must not be the package manager's usual one.
-        path = configurationFile() or os.devnull
-        if not isUsable(path):
-            path = os.devnull
-        try:
-            conf.read(path)
-        except (dnf.exceptions.Error, OSError, ValueError) as e:
-            logging.getLogger('dnf').error(tr('Unable to use the configuration file %s: %s'), path, e)
-            path = os.devnull
-        conf._set_value('config_file_path', path, dnf.conf.PRIO_COMMANDLINE)
+        conf._set_value('config_file_path', self._readMainFile(conf), dnf.conf.PRIO_COMMANDLINE)
         # An image's files name its own directories: nothing of this system may be changed in their place.
         for option in ('reposdir', 'varsdir'):
             conf._set_value(option, [namedDirectoryOfFiles(directory) for directory in getattr(conf, option)],
@@ -1163,6 +1174,31 @@ class YumIO:
         if conf._has_option('optional_metadata_types') and 'filelists' not in conf.optional_metadata_types:
             conf.optional_metadata_types = list(conf.optional_metadata_types) + ['filelists']
         return conf
+
+    @staticmethod
+    def _readMainFile(conf):
+        """Reads the options of the main configuration file; returns the file to look for repositories in.
+
+        By itself the package manager checks no signatures. Where the file's word on that is missing, they are checked.
+        """
+        path = configurationFile()
+        if path is None:
+            logging.getLogger('dnf').info('%s', tr('There is no main configuration file. Signatures of packages are '
+                                                   'checked, unless a repository says otherwise.'))
+        else:
+            fault = mainFileFault(path)
+            if not fault:
+                try:
+                    conf.read(path)
+                    return path
+                except (dnf.exceptions.Error, OSError, ValueError) as e:
+                    fault = str(e)
+            logging.getLogger('dnf').error(tr('Unable to use the configuration file %s: %s'), path, fault)
+            logging.getLogger('dnf').error(tr('Its options, such as the packages that it excludes, do not count. '
+                                              'Signatures of packages are checked, unless a repository says '
+                                              'otherwise.'))
+        conf._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
+        return os.devnull
 
     def _setupLogFiles(self):
         directory = self.base.conf.logdir

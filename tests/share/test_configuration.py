@@ -14,6 +14,9 @@ from scenario import ScenarioTest, in_own_process
 LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
           "sandbox-updates")
 
+# What is logged where the main file does not say whether signatures are to be checked.
+CHECKED = "Signatures of packages are checked, unless a repository says otherwise."
+
 
 class ConfigurationTest(ScenarioTest):
     @in_own_process
@@ -38,23 +41,84 @@ class ConfigurationTest(ScenarioTest):
         yumio = self.load()
         self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
         self.assertFalse(yumio.base.conf.config_file_path.startswith("/etc/"))
+        self.assertTrue(yumio.base.conf.gpgcheck)
+        self.assertIn("There is no main configuration file. " + CHECKED,
+                      [text for level, text in self.recording.of("log")])
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
     def test_a_broken_configuration_file_is_reported_and_the_repository_directories_count(self):
         self.write("/etc/yum.conf", "[main\nthis is no option\n")
         yumio = self.load()
-        self.assertIn("/etc/yum.conf", "\n".join(self.recording.errors()))
+        self.check_unused(yumio, "Parsing file")
+
+    def check_unused(self, yumio, reason):
+        """The main file is named with the reason, signatures are checked, and packages are listed."""
+        named, checked = self.recording.errors()
+        self.assertIn("Unable to use the configuration file %s/etc/yum.conf: %s" % (self.sandbox.root, reason), named)
+        self.assertEqual(checked, "Its options, such as the packages that it excludes, do not count. " + CHECKED)
+        self.assertTrue(yumio.base.conf.gpgcheck)
         self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        # Their own files have the last word.
+        self.assertEqual({name: repo.gpgcheck for name, repo in yumio.base.repos.items()}, self.own_checks())
+        yumio.base.repos["sandbox-unreachable"].disable()
+        yumio.lock()
+        self.collect()
+        self.assertTrue(self.package(self.available, "astrolabe"))
+        self.assert_no_faults()
+
+    def own_checks(self):
+        checks = {}
+        for name in LAYOUT:
+            with open(self.repository_file(name)) as stream:
+                found = re.search("^gpgcheck *= *([01])", stream.read(), re.M)
+            checks[name] = found is None or found.group(1) == "1"
+        return checks
 
     @in_own_process
-    def test_a_configuration_file_that_is_not_text_is_left_out(self):
+    def test_without_the_main_file_signatures_are_checked_as_far_as_repositories_do_not_object(self):
+        self.change_repository("sandbox-http", "gpgcheck=0\n", "")
         self.write("/etc/yum.conf", b"\x00\xff\xfe[main]\n\xe9=\xe9\n")
         yumio = self.load()
-        # The program names it.
-        self.assertEqual(self.recording.errors(), [])
-        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        self.check_unused(yumio, "Parsing file")
+        self.assertTrue(yumio.base.repos["sandbox-http"].gpgcheck)
+
+    @in_own_process
+    def test_checks_and_excludes_of_a_main_file_that_the_program_leaves_alone_count(self):
+        options = b"[main]\ngpgcheck=1\nexclude=astrolabe\ndebuglevel=7\n"
+        odd = b"[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
+        large = b"#" * limits()["repositorySectionLimit"] + b"\n"
+        yumio = None
+        for content in (options + b"# a\0b\n" + odd, options + odd + large, odd + large + options,
+                        b"# a\0b\n" + options + odd):
+            self.write("/etc/yum.conf", content)
+            if yumio is None:
+                yumio = self.load()
+                yumio.lock()
+            else:
+                yumio.reset()
+            conf = yumio.base.conf
+            self.assertTrue(conf.gpgcheck)
+            self.assertEqual((list(conf.excludepkgs), conf.debuglevel), (["astrolabe"], 7))
+            # The editor does not have its repositories; nor has the script.
+            self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+            self.assertEqual(self.recording.errors(), [])
+        yumio.base.repos["sandbox-unreachable"].disable()
+        self.collect()
+        self.assertNotIn("astrolabe", [package.name for package in self.available])
         self.assert_no_faults()
+
+    @in_own_process
+    def test_a_main_file_that_is_too_large(self):
+        os.truncate(self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n"), limits()["repositoryFileLimit"] + 1)
+        self.check_unused(self.load(), "it has more than 8 MB")
+
+    @in_own_process
+    def test_a_main_file_that_is_a_directory(self):
+        main = self.sandbox.root + "/etc/yum.conf"
+        os.unlink(main)
+        os.mkdir(main)
+        self.check_unused(self.load(), "it is not a regular file")
 
     @in_own_process
     def test_an_invalid_value_is_reported_and_the_others_count(self):
@@ -115,18 +179,22 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_a_main_file_that_the_program_leaves_alone_is_left_out(self):
+    def test_a_main_file_that_is_a_pipe(self):
         main = self.sandbox.root + "/etc/yum.conf"
         os.unlink(main)
         os.mkfifo(main)
-        yumio = self.load()
-        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        self.check_unused(self.load(), "it is not a regular file")
+        # What is mended counts.
         os.unlink(main)
-        # Its own options are not limited, as those of a repository are.
-        self.write("/etc/yum.conf", "[main]\ndebuglevel=7\n" + "#" * limits()["repositorySectionLimit"] + "\n")
-        yumio.reset()
-        self.assertEqual(yumio.base.conf.debuglevel, 7)
-        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        self.write("/etc/yum.conf", "[main]\ndebuglevel=7\n")
+        self.yumio.reset()
+        self.assertEqual((self.yumio.base.conf.debuglevel, self.yumio.base.conf.gpgcheck), (7, False))
+
+    @in_own_process
+    def test_the_main_section_is_not_limited_as_a_repository_is(self):
+        self.configure("#" * limits()["repositorySectionLimit"], "[in-main]", "name=x", "baseurl=file:///nowhere")
+        yumio = self.load()
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT + ("in-main",)))
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
