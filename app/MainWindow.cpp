@@ -80,9 +80,9 @@ protected:
 } // namespace
 
 MainWindow::MainWindow()
-    : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), yumConfIO(nullptr), initialized(false),
-      scheduled(false), busy(false), collectFailed(false), logWindow(nullptr), repoEditor(nullptr),
-      aboutBox(nullptr)
+    : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), closing(nullptr), yumConfIO(nullptr),
+      initialized(false), scheduled(false), busy(false), collectFailed(false), logWindow(nullptr),
+      repoEditor(nullptr), aboutBox(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
@@ -662,7 +662,9 @@ void MainWindow::quit()
     if (logWindow != nullptr && logWindow->isVisible()) {
         logWindow->hide();
     }
+    closing = ending;
     close();
+    closing = nullptr;
     delete ending;
 }
 
@@ -674,12 +676,15 @@ bool MainWindow::isChangingSystem() const
 void MainWindow::finish(bool displayIsThere)
 {
     if (quitting()) {
+        if (closing != nullptr) {
+            closing->finish(displayIsThere);
+        }
         return;
     }
     if (displayIsThere) {
         saveLayout();
     }
-    yumIO->finish();
+    yumIO->finish(displayIsThere);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

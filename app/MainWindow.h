@@ -154,6 +154,7 @@ private:
     QHash<QString, bool> sessionEnabled;
     QSet<QString> toldDoubts; // about the configuration, which the log has
     YumIO* yumIO;             // null from quit() on
+    YumIO* closing;           // the back end while quit() closes the window
     YumConfIO* yumConfIO;
     bool initialized;
     bool scheduled;

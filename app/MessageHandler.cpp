@@ -18,6 +18,7 @@ namespace {
 
 int terminal = -1;
 std::atomic<void (*)(bool)> watcher(nullptr);
+std::atomic<bool> stuck(false); // the reader of the terminal has not read for a while
 
 // A reader that does not read, of a pipe say, loses messages, and does not stop the program: a block that is
 // ready to be written takes this many bytes without waiting.
@@ -39,9 +40,11 @@ void say(const QString& text)
     const QByteArray line = QByteArray(program) + ": " + text.toLocal8Bit() + '\n';
     for (int done = 0; done < line.size();) {
         pollfd ready = {terminal, POLLOUT, 0};
-        if (poll(&ready, 1, patience) <= 0) {
+        if (poll(&ready, 1, stuck ? 0 : patience) <= 0) {
+            stuck = true; // one wait is enough for all messages
             break;
         }
+        stuck = false;
         const ssize_t written =
             ::write(terminal, line.constData() + done, size_t(std::min(block, line.size() - done)));
         if (written <= 0) {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QThread>
+#include <QTimer>
 #include <QX11Info>
 
 #include <cstdlib>
@@ -18,6 +19,9 @@
 struct xcb_connection_t;
 
 namespace {
+
+// So often a signal that has to wait looks whether the system is still being changed, in milliseconds.
+constexpr int lookingInterval = 100;
 
 ProgramEnd* current = nullptr;
 pid_t owner = 0;
@@ -39,7 +43,7 @@ template <typename Function> Function functionOf(const char* library, const char
 } // namespace
 
 ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp)
-    : window(mainWindow), cleanUp(std::move(lastCleanUp)), signalPipe{-1, -1}, notifier(nullptr),
+    : window(mainWindow), cleanUp(std::move(lastCleanUp)), signalPipe{-1, -1}, notifier(nullptr), wanted(0),
       ending(false)
 {
     current = this;
@@ -85,8 +89,10 @@ void ProgramEnd::lookAtDisplay(bool fatal)
     if (current == nullptr || current->ending || !onGraphicalThread()) {
         return;
     }
-    if (fatal || current->displayIsLost()) {
+    if (current->displayIsLost()) {
         current->displayLost();
+    } else if (fatal) {
+        current->endWithoutToolkit();
     }
 }
 
@@ -100,7 +106,9 @@ int ProgramEnd::connectionBroke(void*)
 
 void ProgramEnd::processExits()
 {
-    // Not in a child, nor where another thread has ended the process: the graphical one still runs then.
+    // The last of three ways to notice, for what ends the process without a word: some libraries that were
+    // loaded later have gone already. Not in a child, nor where another thread has ended the process: the
+    // graphical one still runs then.
     if (current != nullptr && !current->ending && getpid() == owner && onGraphicalThread()) {
         current->displayLost();
     }
@@ -118,6 +126,12 @@ void ProgramEnd::displayLost()
     const bool goingOn = window.isChangingSystem();
     Unattended::report(goingOn ? tr("The display is lost. The transaction goes on without it.")
                                : tr("The display is lost. VYRE ends."));
+    endWithoutToolkit();
+}
+
+void ProgramEnd::endWithoutToolkit()
+{
+    const bool goingOn = window.isChangingSystem();
     finish(false);
     if (goingOn) {
         Unattended::report(tr("The transaction has come to its end. VYRE ends."));
@@ -136,9 +150,17 @@ void ProgramEnd::signalsCame()
 {
     int number = 0;
     while (read(signalPipe[0], &number, sizeof number) == ssize_t(sizeof number)) {
-        // A signal that came while the system was being changed comes again at the end of that.
-        if (!ending && !window.isChangingSystem()) {
-            signalEnds(number);
+        if (wanted == 0) {
+            wanted = number;
         }
     }
+    if (wanted == 0 || ending) {
+        return;
+    }
+    if (window.isChangingSystem()) {
+        // It came just before that began: from then on signals are held back elsewhere.
+        QTimer::singleShot(lookingInterval, this, SLOT(signalsCame()));
+        return;
+    }
+    signalEnds(wanted);
 }

@@ -25,11 +25,13 @@ public:
     ~ProgramEnd() override;
 
 private Q_SLOTS:
-    // Reads the signals that have come.
+    // Reads the signals that have come, and ends the process by the first of them unless the system is being
+    // changed.
     void signalsCame();
 
 private:
     [[noreturn]] void displayLost();
+    [[noreturn]] void endWithoutToolkit();
     [[noreturn]] void signalEnds(int number);
     void finish(bool displayIsThere);
     bool displayIsLost() const;
@@ -44,6 +46,7 @@ private:
     std::function<void()> cleanUp;
     int signalPipe[2];
     QSocketNotifier* notifier;
+    int wanted;  // the first signal; 0: none
     bool ending; // once begun, nothing comes in between
 };
 

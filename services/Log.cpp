@@ -29,16 +29,18 @@ Entry::Entry(Kind entryKind, unsigned int entryLevel, QString entryText)
 
 void EntryList::appendMessage(Kind kind, unsigned int level, const QString& message)
 {
+    QStringList lines = withoutPasswords(message).split(QLatin1Char('\n'));
+    lines.removeAll(QString());
     {
-        const QStringList lines = withoutPasswords(message).split(QLatin1Char('\n'));
         QMutexLocker locker(this);
-        for (const QString& line : lines) {
-            if (!line.isEmpty()) {
-                append(Entry(kind, level, line));
-                if (level <= shownLevel && Unattended::is()) {
-                    Unattended::report(line);
-                }
-            }
+        for (const QString& line : qAsConst(lines)) {
+            append(Entry(kind, level, line));
+        }
+    }
+    const bool fault = kind == Error || kind == Warning;
+    if (level <= shownLevel && (Unattended::reportsEverything() || (fault && Unattended::is()))) {
+        for (const QString& line : qAsConst(lines)) {
+            Unattended::report(line);
         }
     }
     emitAppended();

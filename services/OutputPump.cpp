@@ -82,6 +82,15 @@ void OutputPump::fill(Way& way)
     const ssize_t got =
         read(way.channel.from.get(), way.waiting.data() + old, size_t(way.waiting.size() - old));
     way.waiting.resize(old + (got > 0 ? int(got) : 0));
+    if (countWaiting(way) > mostBytes) {
+        way.waiting.resize(old);
+        if (!way.leftOut) {
+            way.leftOut = true;
+            way.waiting += "\n(output is left out here)\n";
+        }
+    } else {
+        way.leftOut = false;
+    }
     if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) {
         way.ended = true;
     }

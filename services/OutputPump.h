@@ -22,6 +22,8 @@ public:
     // What waits for the reader may take this many bytes; then the writers are slowed down, and never
     // stopped.
     static constexpr int fullBuffer = 1 << 20;
+    // So many at most: what comes then, while the reader does not read, is left out, and a line says so.
+    static constexpr int mostBytes = 256 << 20;
 
     static constexpr int channelCount = 2;
 
@@ -50,7 +52,8 @@ private:
         Channel channel;
         QByteArray waiting; // read, and not yet written from "done" on
         int done = 0;
-        bool ended = false; // nothing more comes, or nothing more is wanted
+        bool ended = false;   // nothing more comes, or nothing more is wanted
+        bool leftOut = false; // since the buffer was full
     };
 
     void run();

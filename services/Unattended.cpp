@@ -16,6 +16,7 @@ namespace Unattended {
 namespace {
 
 std::atomic<bool> unattended(false);
+std::atomic<bool> everything(false);
 std::atomic<void (*)(const QString&)> reporter(nullptr);
 std::mutex mutex; // guards the list, and the moment at which the flag changes
 std::vector<Waiter*> waiters;
@@ -27,9 +28,15 @@ bool is()
     return unattended;
 }
 
-void begin()
+bool reportsEverything()
+{
+    return unattended && everything;
+}
+
+void begin(Reported what)
 {
     const std::lock_guard<std::mutex> lock(mutex);
+    everything = what == Reported::Everything;
     if (unattended.exchange(true)) {
         return;
     }

@@ -23,8 +23,13 @@ protected:
 
 bool is();
 
-// From now on is() is true, and everyone who waits gives up. Graphical thread.
-void begin();
+// From now on is() is true, and everyone who waits gives up. Graphical thread. Without the display everything
+// that is logged is to be reported; for who has asked for the end of the program, only what is wrong.
+enum class Reported { Everything, Faults };
+void begin(Reported what = Reported::Everything);
+
+// Whether everything that is logged is to be reported.
+bool reportsEverything();
 
 // Registers a waiter until the matching remove(). False, and not registered: the program is unattended
 // already.

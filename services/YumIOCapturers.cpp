@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QMetaObject>
 #include <QTextCodec>
+#include <QThread>
 
 namespace {
 
@@ -62,8 +63,9 @@ std::vector<YumIOCapturersMinion*> minions;
 } // namespace
 
 YumIOCapturersMinion::YumIOCapturersMinion(CapturedOutput* receiver, int stdoutReadEnd, int stderrReadEnd)
-    : yumIO(receiver), active(false), stdoutFd(stdoutReadEnd), stderrFd(stderrReadEnd), finished(1),
-      stdoutDecoder(QTextCodec::codecForName("UTF-8")), stderrDecoder(QTextCodec::codecForName("UTF-8"))
+    : yumIO(receiver), active(false), finalizing(false), stdoutFd(stdoutReadEnd), stderrFd(stderrReadEnd),
+      finished(1), stdoutDecoder(QTextCodec::codecForName("UTF-8")),
+      stderrDecoder(QTextCodec::codecForName("UTF-8"))
 {
     const std::lock_guard<std::mutex> lock(minionsMutex);
     minions.push_back(this);
@@ -87,11 +89,19 @@ void YumIOCapturersMinion::serveAll()
         all = minions;
     }
     for (YumIOCapturersMinion* minion : all) {
+        if (minion->thread() != QThread::currentThread()) {
+            continue; // its worker is still making it
+        }
         // initialize() and finalize(), as the worker has asked for them. Nobody but this thread deletes the
         // object.
         QCoreApplication::sendPostedEvents(minion, QEvent::MetaCall);
         minion->readStdout();
         minion->readStderr();
+        if (minion->finalizing) {
+            // This thread is inside it already, below the receiver that processed events, and does not go
+            // back there.
+            minion->endFinalizing();
+        }
     }
 }
 
@@ -122,6 +132,7 @@ void YumIOCapturersMinion::initialize()
 
 void YumIOCapturersMinion::finalize()
 {
+    finalizing = true;
     if (active) {
         // Switched off as well: a pipe without a writer is always ready to be read.
         for (QSocketNotifier* notifier : {stdoutNotifier.get(), stderrNotifier.get()}) {
@@ -130,9 +141,17 @@ void YumIOCapturersMinion::finalize()
         }
         readStdout();
         readStderr();
+    }
+    endFinalizing();
+}
+
+void YumIOCapturersMinion::endFinalizing()
+{
+    if (active) {
         yumIO->captureEnded();
         active = false;
     }
+    finalizing = false;
     finished.release();
 }
 

@@ -49,8 +49,11 @@ public Q_SLOTS:
     void readStderr();
 
 private:
+    void endFinalizing();
+
     CapturedOutput* yumIO;
     bool active;
+    bool finalizing; // the worker waits for the end of finalize()
     FileDescriptor stdoutFd;
     FileDescriptor stderrFd;
     std::unique_ptr<QSocketNotifier> stdoutNotifier;

@@ -107,9 +107,9 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     worker = nullptr;
 }
 
-void YumIO::finish()
+void YumIO::finish(bool displayIsThere)
 {
-    Unattended::begin();
+    Unattended::begin(displayIsThere ? Unattended::Reported::Faults : Unattended::Reported::Everything);
     blockerRelease();
     while (worker != nullptr && !worker->wait(servingInterval)) {
         if (!changingSystem) {

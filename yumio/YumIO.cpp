@@ -14,6 +14,7 @@
 #include "app/base/Share.h"
 #include "python/YumIOC.h"
 #include "services/Progress.h"
+#include "services/Unattended.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 #include "yumio/DateTime.h"
@@ -247,6 +248,11 @@ PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
     if (yumIO == nullptr) {
+        return nullptr;
+    }
+    if (Unattended::is()) {
+        // Nobody sees what is waited for.
+        PyErr_SetNone(PyExc_KeyboardInterrupt);
         return nullptr;
     }
     if (yumIO->progress != nullptr) {

@@ -93,7 +93,8 @@ public:
     // For an end of the program from which there is no way back. Nobody is asked anything any more; a worker
     // goes on to its end if it changes the system, and gives up otherwise. Waits for it without serving
     // events, then gives the package manager's lock back.
-    void finish();
+    // What is logged from then on is reported on standard error: only faults while the display is there.
+    void finish(bool displayIsThere);
 
     // The records by position; none while they are being rebuilt.
     int count() const { return rebuilding ? 0 : entries.count(); }

@@ -681,7 +681,7 @@ class SignalTest(StartTest):
                 window.show_all()
                 window.mark_listed('pergola')
                 window.apply()
-                self.check_ends_by(program, number, 'vyre: Not Applying: Canceled')
+                self.check_ends_by(program, number)
         self.check_next_transaction()
 
     def wait_download(self, program, path):

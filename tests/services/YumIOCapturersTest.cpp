@@ -14,6 +14,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
 #endif
@@ -53,6 +54,8 @@ public:
 
     // What the log window does when it is open.
     bool processEventsWhenWritten = false;
+    // Called once, when something was written.
+    std::function<void()> onceWritten;
 
     mutable QMutex mutex;
     QString out;
@@ -71,6 +74,9 @@ private:
         }
         if (processEventsWhenWritten) {
             QCoreApplication::processEvents();
+        }
+        if (const std::function<void()> function = std::exchange(onceWritten, nullptr)) {
+            function();
         }
     }
 };
@@ -161,6 +167,7 @@ private Q_SLOTS:
     void restlessBackgroundChildDoesNotHoldTheEnd();
     void fastWriterDoesNotFreezeTheGraphicalThread();
     void receiverMayProcessEvents();
+    void theEndIsServedFromInsideTheEnd();
     void descriptorCountStaysFlat();
     void childrenInheritOnlyTheStandardDescriptors();
     void failingPipesLeaveTheOutputAlone_data();
@@ -452,6 +459,32 @@ void YumIOCapturersTest::receiverMayProcessEvents()
         QCOMPARE(receiver.out, QString(expected));
         QCOMPARE(receiver.err, QString(expected));
     }
+}
+
+// The end of the process begins while the receiver of the last words processes events: the worker must not
+// wait for the graphical thread, which does not come back.
+void YumIOCapturersTest::theEndIsServedFromInsideTheEnd()
+{
+    Receiver receiver;
+    bool ended = false;
+    std::unique_ptr<QThread> worker(QThread::create([&] {
+        YumIOCapturers capturers(&receiver);
+        writeAll(STDOUT_FILENO, "last words");
+    }));
+    receiver.onceWritten = [&] {
+        for (int i = 0; i < 1000 && !ended; ++i) {
+            YumIOCapturersMinion::serveAll();
+            ended = worker->wait(10);
+        }
+    };
+    worker->start();
+    // Until the worker waits for the reading of what is left.
+    QThread::msleep(500);
+    QCoreApplication::processEvents();
+    QTRY_VERIFY(worker->isFinished());
+    QVERIFY(ended);
+    QCOMPARE(receiver.out, QString("last words"));
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void YumIOCapturersTest::descriptorCountStaysFlat()
