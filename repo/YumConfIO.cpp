@@ -48,6 +48,16 @@ bool holdsPassword(const QString& text)
     return Credentials::holds(text, Credentials::Text::Options);
 }
 
+QStringList identifiersOf(const QList<Repo::Entry>& sections)
+{
+    QStringList result;
+    for (const Repo::Entry& section : sections) {
+        result.append(section.id);
+    }
+    result.sort();
+    return result;
+}
+
 bool isBlank(QChar character)
 {
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
@@ -196,7 +206,9 @@ void YumConfIO::keep(const QString& path, const Repo::File& file, int firstEntry
     known.canonical = Repo::canonicalPath(path);
     known.file = file;
     known.file.text.clear();
-    known.unedited = textOf(isMain ? mainText : QString(), entries.mid(firstEntry));
+    const QList<Repo::Entry> sections = entries.mid(firstEntry);
+    known.unedited = textOf(isMain ? mainText : QString(), sections);
+    known.identifiers = identifiersOf(sections);
     known.isMain = isMain;
     if (!isMain) {
         known.names.append(path);
@@ -644,8 +656,21 @@ QList<YumConfIO::Target> YumConfIO::targets() const
         const Known* const known = target.known < 0 ? nullptr : &knownFiles.at(target.known);
         target.text = textOf(known != nullptr && known->isMain ? mainText : QString(), target.sections);
         target.edited = known == nullptr || target.text != known->unedited;
+        target.turn = turnOf(target, known != nullptr ? known->identifiers : QStringList());
     }
+    std::stable_sort(result.begin(), result.end(),
+                     [](const Target& left, const Target& right) { return left.turn < right.turn; });
     return result;
+}
+
+YumConfIO::Turn YumConfIO::turnOf(const Target& target, const QStringList& before)
+{
+    const QStringList now = identifiersOf(target.sections);
+    if (!std::includes(before.cbegin(), before.cend(), now.cbegin(), now.cend())) {
+        return std::includes(now.cbegin(), now.cend(), before.cbegin(), before.cend()) ? Gains
+                                                                                       : GainsAndLoses;
+    }
+    return target.edited ? GainsNothing : Unedited;
 }
 
 // As they are now: another program may have replaced a file.
@@ -699,7 +724,8 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
         if (target.edited && target.outdated) {
             changedFiles.append(target.path);
         }
-        // What was not edited is put into the form that we write only where no letter is lost by it.
+        // A file that was not edited is put into the form that we write if it is plain; comments above its
+        // first section and blank lines are lost by that. Any other one stays: its letters would change.
         target.skipped = !target.edited && (target.outdated || !known.file.isPlain ||
                                             known.file.encoded(target.text) == known.file.bytes);
     }
@@ -741,6 +767,8 @@ void YumConfIO::removeLeftovers() const
     }
 }
 
+// Nothing is committed before the whole batch is ready, and the batches follow the turns. So a section that
+// moves is in its new file before it leaves the old one.
 bool YumConfIO::writeFiles(QList<Target>& list)
 {
     std::vector<std::unique_ptr<SafeFile>> files;
@@ -751,12 +779,7 @@ bool YumConfIO::writeFiles(QList<Target>& list)
         }
         auto file = std::make_unique<SafeFile>();
         if (!makeReady(*file, target)) {
-            const int failure = errno;
-            // What stands before it is written all the same.
-            if (commit(files, ready)) {
-                errno = failure;
-                error(tr("Unable to write repository configuration file %1").arg(target.path));
-            }
+            error(tr("Unable to write repository configuration file %1").arg(target.path));
             return false;
         }
         files.push_back(std::move(file));
@@ -826,6 +849,7 @@ void YumConfIO::written(Target& target, const SafeFile& file)
     }
     Known& known = knownFiles[target.known];
     known.unedited = target.text;
+    known.identifiers = identifiersOf(target.sections);
     known.file.bytes = known.file.encoded(target.text);
     known.file.isPlain = known.file.bytes == target.text.toLatin1();
     known.file.isAscii = known.file.isPlain;

@@ -94,13 +94,17 @@ private:
     // A file that was read whole, or written.
     struct Known
     {
-        QString path;      // the first one of those that it was read by
-        QString canonical; // its canonical path
-        QStringList names; // all of those in the repository directories
-        Repo::File file;   // what it holds; without `text`
-        QString unedited;  // what is written into it if nothing is edited
+        QString path;            // the first one of those that it was read by
+        QString canonical;       // its canonical path
+        QStringList names;       // all of those in the repository directories
+        Repo::File file;         // what it holds; without `text`
+        QString unedited;        // what is written into it if nothing is edited
+        QStringList identifiers; // of its sections, sorted
         bool isMain = false;
     };
+
+    // The order in which files are written: a section that moves is never in neither of its files.
+    enum Turn { Gains, GainsAndLoses, GainsNothing, Unedited };
 
     // What write() makes of one file.
     struct Target
@@ -112,6 +116,7 @@ private:
         bool edited = true;    // otherwise than it was read or written last
         bool outdated = false; // another program has changed the file
         bool skipped = false;  // it stays as it is
+        Turn turn = Gains;
     };
 
     // Notes it when a value of an option is off for the package manager and on for us.
@@ -157,8 +162,10 @@ private:
     static QString textOf(const QString& beginning, const QList<Repo::Entry>& sections);
     static QString textOf(const Repo::Entry& entry);
 
-    // Every file that holds a repository, and the main file.
+    // Every file that holds a repository, and the main file, in the order in which they are written.
     QList<Target> targets() const;
+    // `before`: the identifiers that the file had, sorted.
+    static Turn turnOf(const Target& target, const QStringList& before);
     QHash<Repo::FileNumber, int> numbersOfKnown() const;
     // Known repository files that hold no repository any more, without those to be left as they are.
     QList<int> unused(const QList<Target>& list) const;

@@ -202,6 +202,9 @@ private Q_SLOTS:
     void aFileThatCannotBeCreatedIsReported();
     void aMainFileThatCannotBeWrittenIsReported();
     void aFullDiskIsReported();
+    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade();
+    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data();
+    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten();
     void aFileThatCannotBeRemovedIsReported();
     void theErrorHasTheRightWindow();
 
@@ -1330,8 +1333,7 @@ void YumConfIOTest::aFileThatCannotBeCreatedIsReported()
     compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
                                repoPath(QStringLiteral("b.repo")),
                            EISDIR));
-    // Written before the failure, and not reached.
-    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=new\n"));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\n"));
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n"));
     QCOMPARE(getRepo(QStringLiteral("unused.repo")), QByteArray("[u]\n"));
 }
@@ -1370,18 +1372,75 @@ void YumConfIOTest::aFullDiskIsReported()
     compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
                                repoPath(QStringLiteral("b.repo")),
                            ENOSPC));
-    // One could be written, the other one is as it was, and there is nothing else.
-    QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));
+    // There was room for one of them. Both are as they were, and there is nothing else.
+    QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\n#"));
     QCOMPARE(getRepo(QStringLiteral("b.repo")), text);
     QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
     QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d")))
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
              QStringList({QStringLiteral("a.repo"), QStringLiteral("b.repo"), QStringLiteral("filler")}));
-    // With room again it goes on from there.
+    // With room again both are written.
     QVERIFY(QFile::remove(repoPath(QStringLiteral("filler"))));
     QVERIFY(conf->write(window.data()));
+    QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));
     QVERIFY(getRepo(QStringLiteral("b.repo")).startsWith("[b]\nname=new\n#"));
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n"));
+}
+
+void YumConfIOTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n\n[moved]\n");
+    QVERIFY(conf->read(window.data()));
+    const QString place = repoPath(QStringLiteral("b.repo"));
+    QVERIFY(QDir().mkdir(place));
+    entry(QStringLiteral("moved")).file = place;
+    QVERIFY(!conf->write(window.data()));
+    compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") + place, EISDIR));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\n\n[moved]\n"));
+    QVERIFY(QDir().rmdir(place));
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\n"));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[moved]\n"));
+}
+
+// Whether a file with two names can be written shows only when it is overwritten.
+void YumConfIOTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data()
+{
+    QTest::addColumn<QString>("from");
+    QTest::addColumn<QString>("to");
+    QTest::newRow("down the list") << "a.repo"
+                                   << "b.repo";
+    QTest::newRow("up the list") << "b.repo"
+                                 << "a.repo";
+}
+
+void YumConfIOTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten()
+{
+    QFETCH(QString, from);
+    QFETCH(QString, to);
+    putRepo(from, "[stays]\n\n[moved]\n");
+    putRepo(to, "[there]\n");
+    putRepo(QStringLiteral("0.repo"), "[0]\n");
+    const QByteArray place = QFile::encodeName(repoPath(to));
+    QCOMPARE(link(place.constData(), QFile::encodeName(path(QStringLiteral("other name"))).constData()), 0);
+    QCOMPARE(chmod(place.constData(), 0444), 0);
+    for (const QString& writable : {repoPath(from), repoPath(QStringLiteral("0.repo"))}) {
+        QCOMPARE(chmod(QFile::encodeName(writable).constData(), 0666), 0);
+    }
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("etc/yum.repos.d"))).constData(), 0777), 0);
+    QVERIFY(conf->read(window.data()));
+    entry(QStringLiteral("moved")).file = repoPath(to);
+    entry(QStringLiteral("0")).name = QStringLiteral("new");
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->write(window.data()));
+    }
+    compareError(
+        withErrno(QStringLiteral("Unable to write repository configuration file ") + repoPath(to), EACCES));
+    QCOMPARE(getRepo(from), QByteArray("[stays]\n\n[moved]\n"));
+    QCOMPARE(getRepo(to), QByteArray("[there]\n"));
+    QCOMPARE(getRepo(QStringLiteral("0.repo")), QByteArray("[0]\n"));
 }
 
 void YumConfIOTest::aFileThatCannotBeRemovedIsReported()
