@@ -43,11 +43,6 @@ QString nextRepoFile(DIR* directory)
     }
 }
 
-bool holdsPassword(const QString& text)
-{
-    return Credentials::holds(text, Credentials::Text::Options);
-}
-
 QStringList identifiersOf(const QList<Repo::Entry>& sections)
 {
     QStringList result;
@@ -797,10 +792,12 @@ bool YumConfIO::writeFiles(QList<Target>& list)
 
 bool YumConfIO::makeReady(SafeFile& file, const Target& target)
 {
-    const bool secret = target.edited && holdsPassword(target.text);
     if (target.known < 0) {
+        // The passwords that are asked for later are written into it.
+        const bool secret = Credentials::holds(target.text, Credentials::Text::Options);
         return file.create(target.path, target.text.toUtf8(), secret ? S_IRUSR | S_IWUSR : 0666);
     }
+    const bool secret = target.edited && Credentials::holdsPassword(target.text, Credentials::Text::Options);
     const Repo::File& known = knownFiles.at(target.known).file;
     return file.replace(target.path, known.bytes, known.encoded(target.text), !secret);
 }

@@ -319,6 +319,12 @@ bool Credentials::holds(const QString& text, Text kind)
     return !places(text, kind).isEmpty();
 }
 
+bool Credentials::holdsPassword(const QString& text, Text kind)
+{
+    const QVector<Place> all = places(text, kind);
+    return std::any_of(all.begin(), all.end(), [](const Place& place) { return place.length > 0; });
+}
+
 QString Credentials::hidden(const QString& message, Text kind)
 {
     static const QString dots(3, QChar(0x25cf));

@@ -21,8 +21,7 @@ enum class Text {
     // - of a parameter whose name ends in "password": ?password=PASSWORD.
     Urls,
     // A configuration file or a part of it. There the whole value of an option whose name ends in "password"
-    // is
-    // a secret as well, with its continuation lines.
+    // is a secret as well, with its continuation lines.
     Options
 };
 
@@ -39,8 +38,11 @@ struct Place
 // In their order; no two of them overlap or touch. A password of several lines is one place for each line.
 QVector<Place> places(const QString& text, Text kind);
 
-// Whether the text has a place for a password: a file of such a text is nobody else's business.
+// Whether the text has a place for a password, be it empty or not.
 bool holds(const QString& text, Text kind);
+
+// Whether a password stands in the text: a file of such a text is nobody else's business.
+bool holdsPassword(const QString& text, Text kind);
 
 // The message with three dots in place of each password: of any password the same, since not even its length
 // is anyone's business. Each line is looked at by itself.

@@ -146,6 +146,7 @@ private Q_SLOTS:
     void passwordsOfOptionsAreFound_data();
     void passwordsOfOptionsAreFound();
     void aTextHoldsACredentialWhenItHasAPlaceForOne();
+    void aPlaceForAPasswordIsNoPassword();
     void itFindsWhatTheExpressionsSay_data();
     void itFindsWhatTheExpressionsSay();
     void everyPasswordIsHiddenByThreeDots();
@@ -225,6 +226,18 @@ void CredentialsTest::aTextHoldsACredentialWhenItHasAPlaceForOne()
     QVERIFY(Credentials::holds(QStringLiteral("password : x"), Text::Options));
     QVERIFY(!Credentials::holds(QStringLiteral("password : x"), Text::Urls));
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
+}
+
+void CredentialsTest::aPlaceForAPasswordIsNoPassword()
+{
+    for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
+                             "http://h/?password=", "http://u:@h/", "http://h/\n"}) {
+        QVERIFY2(!Credentials::holdsPassword(QLatin1String(text), Text::Options), text);
+    }
+    for (const char* text : {"/vantor?u=&p=x&path=", "password=x", "password=\n  x\n", "http://h/?password=x",
+                             "http://u:p@h/", "password=\nproxy=http://u:p@h/\n"}) {
+        QVERIFY2(Credentials::holdsPassword(QLatin1String(text), Text::Options), text);
+    }
 }
 
 void CredentialsTest::itFindsWhatTheExpressionsSay_data()

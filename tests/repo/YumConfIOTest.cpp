@@ -229,6 +229,7 @@ private Q_SLOTS:
 
     void modeAndOwnerOfExistingFilesStay();
     void aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers();
+    void aPlaceForAPasswordTakesNoRightsAway();
     void theModeOfANewFileDependsOnItsContents_data();
     void theModeOfANewFileDependsOnItsContents();
 
@@ -1792,6 +1793,25 @@ void YumConfIOTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers()
     entry(QStringLiteral("given")).name = QStringLiteral("G");
     QVERIFY(conf->write(window.data()));
     QCOMPARE(noted.size(), 2);
+}
+
+void YumConfIOTest::aPlaceForAPasswordTakesNoRightsAway()
+{
+    const QString file = repoPath(QStringLiteral("a.repo"));
+    put(file, "[a]\nbaseurl=http://a/vantor?u=&p=&path=/\npassword=\n");
+    QCOMPARE(chmod(QFile::encodeName(file).constData(), 0664), 0);
+    QVERIFY(conf->read(window.data()));
+    QSignalSpy noted(conf.data(), SIGNAL(noted(const QString&)));
+    entry(QStringLiteral("a")).name = QStringLiteral("A");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")),
+             QByteArray("[a]\nname=A\nbaseurl=http://a/vantor?u=&p=&path=/\npassword=\n"));
+    QCOMPARE(modeOf(file), mode_t(0664));
+    QCOMPARE(noted.size(), 0);
+    entry(QStringLiteral("a")).options = QStringLiteral("password=\n  w\n");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(modeOf(file), mode_t(0660));
+    QCOMPARE(noted.size(), 1);
 }
 
 void YumConfIOTest::theModeOfANewFileDependsOnItsContents_data()
