@@ -125,6 +125,7 @@ bool XdgRuntimeDirEnsurer::open(const char* name)
     struct stat status;
     if (directory >= 0 && (fstat(directory, &status) != 0 || status.st_uid != geteuid() ||
                            (status.st_mode & 07777) != onlyForOwner)) {
+        close(directory);
         directory = -1;
     }
     return directory >= 0;

@@ -235,6 +235,22 @@ private Q_SLOTS:
         }
     }
 
+    void aRefusedDirectoryIsClosed()
+    {
+        QCOMPARE(mkdir(QFile::encodeName(runtimeDirectory()), 0750), 0);
+        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
+        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const QDir descriptors("/proc/self/fd");
+        const QDir::Filters all = QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot;
+        const int before = descriptors.entryList(all).size();
+        {
+            const XdgRuntimeDirEnsurer ensurer;
+            // Where the directory that is used stands, and the directory itself.
+            QCOMPARE(descriptors.entryList(all).size(), before + 2);
+        }
+        QCOMPARE(descriptors.entryList(all).size(), before);
+    }
+
     void theModeDoesNotDependOnTheMask()
     {
         const Variable variable("XDG_RUNTIME_DIR", QByteArray());
