@@ -122,6 +122,11 @@ def configurationFile():
     return None
 
 
+def tooLarge(limit):
+    """What to say of a file of more than so many bytes."""
+    return tr('it has more than {} MB').format(limit >> 20)
+
+
 def mainFileFault(path):
     """Why the package manager cannot have the main configuration file; empty if it can.
 
@@ -134,7 +139,7 @@ def mainFileFault(path):
         if not stat.S_ISREG(found.st_mode):
             return tr('it is not a regular file')
         if found.st_size > yumIOC.repositoryFileLimit:
-            return tr('it has more than {} MB').format(yumIOC.repositoryFileLimit >> 20)
+            return tooLarge(yumIOC.repositoryFileLimit)
         with open(path, 'rb'):
             return ''
     except OSError as e:
@@ -852,36 +857,65 @@ def documentPath(repo, kind):
         return None
 
 
+# Endings of documents of metadata that the program can read. What has another one, such as .zck, is left to the
+# package manager.
+PLAIN = ('', '.xml', '.yaml', '.yml')
+COMPRESSED = {'.gz': gzip.open, '.bz2': bz2.open, '.xz': lzma.open}
+
+
+def canUnpack(path):
+    ending = os.path.splitext(path)[1]
+    return ending in PLAIN or ending in COMPRESSED or ending == '.zst'
+
+
 def metadataFault(path, element):
-    """What is wrong with a document of metadata, whose outermost element should be that one; empty if nothing is."""
+    """What is wrong with a document of metadata, whose outermost element should be that one; empty if nothing is, or if
+    that is not known.
+    """
     find = globals().get('faultOfMetadata')  # the program puts it here before it runs this file
-    return find(path, element) if find is not None else ''
+    return find(path, element) if find is not None and canUnpack(path) else ''
 
 
-def readCompressed(path):
-    for suffix, module in (('.gz', gzip), ('.bz2', bz2), ('.xz', lzma)):
-        if path.endswith(suffix):
-            with module.open(path) as stream:
-                return stream.read()
-    if path.endswith('.zst'):
+# A document may unpack to much more than there is memory: it is read in blocks of so many bytes.
+BLOCK = 1 << 20
+# So many bytes at most a document about modules may have, which is needed as a whole.
+MODULES_LIMIT = 64 << 20
+
+
+def unpacked(path):
+    """The content of a document of metadata, block by block."""
+    ending = os.path.splitext(path)[1]
+    if ending == '.zst':
         with tempfile.NamedTemporaryFile() as plain:
             libdnf.utils.decompress(path, plain.name, 0o600)
             with open(plain.name, 'rb') as stream:
-                return stream.read()
-    with open(path, 'rb') as stream:
-        return stream.read()
+                yield from iter(lambda: stream.read(BLOCK), b'')
+    else:
+        with COMPRESSED.get(ending, open)(path, 'rb') as stream:
+            yield from iter(lambda: stream.read(BLOCK), b'')
+
+
+# What unpacking a damaged document raises.
+UNPACKING_ERRORS = (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZMAError, zlib.error)
 
 
 def modulesFault(base, path):
-    """What is wrong with a document about modules; empty if nothing is. Where the package manager itself reads such a
-    document in the repositories or on the system, a fault ends the program.
+    """What is wrong with a document about modules; empty if nothing is, or if that is not known. Where the package
+    manager itself reads such a document in the repositories or on the system, a fault ends the program.
     """
+    if not canUnpack(path):
+        return ''
     try:
-        text = readCompressed(path).decode('utf-8')
+        content = bytearray()
+        for block in unpacked(path):
+            content += block
+            if len(content) > MODULES_LIMIT:
+                return tooLarge(MODULES_LIMIT)
+        text = content.decode('utf-8')
         container = libdnf.module.ModulePackageContainer(False, base.conf.installroot, base.conf.substitutions['arch'],
                                                          base.conf.persistdir)
         container.add(text, 'tried')
-    except (RuntimeError, libdnf.error.Error, OSError, EOFError, ValueError, lzma.LZMAError, zlib.error) as e:
+    except UNPACKING_ERRORS + (ValueError,) as e:
         return str(e) or type(e).__name__
     return ''
 
@@ -961,6 +995,9 @@ class Base(dnf.Base):
             repo.disable()
             return
         before = self._cacheStamp(repo)
+        # What is in the sack stays there, even if the repository is disabled.
+        if self._isNewerThanCache(repo):
+            self._checkPackages(repo)
         try:
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
@@ -976,32 +1013,53 @@ class Base(dnf.Base):
         return [os.path.join(self.conf.cachedir, repo.id + ending)
                 for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
 
+    def _isNewerThanCache(self, repo):
+        """Whether the package manager is going to read the list of packages itself. True when in doubt."""
+        path = documentPath(repo, 'primary')
+        try:
+            return path is None or os.stat(path).st_ctime_ns >= os.stat(self._caches(repo)[-1]).st_ctime_ns
+        except OSError:
+            return True
+
     def _cacheStamp(self, repo):
-        """Another one when the metadata were read anew; None when they are each time."""
+        """Identifies the file that the package manager has made of the metadata; None without such a file.
+
+        The stamp changes when the package manager reads the metadata again.
+        """
         try:
             found = os.stat(self._caches(repo)[0])
         except OSError:
             return None
         return found.st_ino, found.st_mtime_ns, found.st_size
 
-    def _checkDocuments(self, repo):
-        """The package manager takes no notice of it when a list of files or changes ends too early or is something
-        else, nor when it finds no packages at all in the most important document.
+    def _checkPackages(self, repo):
+        """The package manager takes no notice of it when it finds no packages, or too few, in a document that should
+        list them.
         """
-        for kind, element in (('primary', 'metadata'), ('filelists', 'filelists'), ('other', 'otherdata')):
-            path = documentPath(repo, kind)
-            fault = metadataFault(path, element) if path is not None else ''
-            if not fault:
-                continue
-            # They are to be looked at again the next time.
+        fault = self._documentFault(repo, 'primary', 'metadata')
+        if fault:
+            raise dnf.exceptions.RepoError(
+                tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
+
+    def _checkDocuments(self, repo):
+        """Nor does it when a list of files or changes ends too early or is something else."""
+        for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
+            fault = self._documentFault(repo, kind, element)
+            if fault:
+                self.remark(tr('The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages '
+                               'are missing in searches and descriptions.').format(kind, repo.id, fault))
+
+    def _documentFault(self, repo, kind, element):
+        """What is wrong with a document of a repository; empty if nothing is. A damaged one is checked again the next
+        time.
+        """
+        path = documentPath(repo, kind)
+        fault = metadataFault(path, element) if path is not None else ''
+        if fault:
             for cache in self._caches(repo):
                 if os.path.exists(cache):
                     os.unlink(cache)
-            if kind == 'primary':
-                raise dnf.exceptions.RepoError(
-                    tr('The {} metadata of the repository {} are damaged: {}').format(kind, repo.id, fault))
-            self.remark(tr('The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages are '
-                           'missing in searches and descriptions.').format(kind, repo.id, fault))
+        return fault
 
     def _verify_transaction(self, *args, **kwargs):
         """rpm is done: that this cannot be written down does not undo it."""
@@ -1360,11 +1418,12 @@ class YumIO:
     def _checkComps(self, repo):
         """One list of groups that cannot be unpacked would keep all others from being read."""
         path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
-        if not path:
+        if not path or not canUnpack(path):
             return
         try:
-            readCompressed(path)
-        except (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZMAError, zlib.error) as e:
+            for _ in unpacked(path):
+                pass
+        except UNPACKING_ERRORS as e:
             self.base.remark(tr('The group metadata of the repository {} are damaged: {}\nIts groups are left out.')
                              .format(repo.id, e))
             repo.enablegroups = False

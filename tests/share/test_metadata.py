@@ -2,6 +2,7 @@
 
 import gzip
 import os
+import resource
 import shutil
 import xml.parsers.expat
 
@@ -132,8 +133,8 @@ class MetadataTest(ScenarioTest):
     @in_own_process
     def test_packages_that_end_too_early(self):
         self.damage("primary", metadata.half)
-        self.check_refused("Loading repository 'sandbox-file' has failed: Loading primary has failed: "
-                           "repo_rpmmd: no element found at line")
+        self.check_refused("The primary metadata of the repository sandbox-file are damaged: not parsed: "
+                           "no element found")
 
     @in_own_process
     def test_packages_that_are_something_else(self):
@@ -153,7 +154,75 @@ class MetadataTest(ScenarioTest):
             "Error: The primary metadata of the repository sandbox-file are damaged: it is html",
             "Ignoring repositories: sandbox-file"])
 
+    @in_own_process
+    def test_no_packages_of_a_damaged_repository_are_listed(self):
+        """The package manager reads some packages of the list."""
+        with open(self.repository_file("sandbox-file"), "a") as stream:
+            stream.write("skip_if_unavailable=1\n")
+        self.begin()
+        names = self.script["metadataFault"].__globals__
+        names["faultOfMetadata"] = lambda path, element: (
+            "too few" if element == "metadata" and "/sandbox-file-" in path else "")
+        for attempt in range(2):
+            self.recording.clear()
+            self.collect()
+            self.assertEqual(self.names("sandbox-file"), [])
+            self.assertIn("astrolabe", self.names("sandbox-http"))
+            self.assertEqual(self.recording.errors(), [
+                "Error: The primary metadata of the repository sandbox-file are damaged: too few",
+                "Ignoring repositories: sandbox-file"])
+            self.yumio.reset()
+            self.yumio.base.repos["sandbox-unreachable"].disable()
+        names["faultOfMetadata"] = lambda path, element: ""
+        self.collect()
+        self.assertIn("corkboard", self.names("sandbox-file"))
+
+    @in_own_process
+    def test_what_cannot_be_unpacked_has_no_fault(self):
+        self.load()
+        asked = []
+        self.script["metadataFault"].__globals__["faultOfMetadata"] = lambda path, element: asked.append(path) or "bad"
+        path = os.path.join(self.directory, "document.zck")
+        with open(path, "wb") as stream:
+            stream.write(b"\0ZCK1" + bytes(100))
+        self.assertEqual(self.script["metadataFault"](path, "metadata"), "")
+        self.assertEqual(asked, [])
+        self.assertEqual(self.script["modulesFault"](self.yumio.base, path), "")
+        self.assertEqual(self.script["metadataFault"](path + ".xml", "metadata"), "bad")
+
+        class Repository(object):
+            enablegroups = metadata = True
+            id = "packed"
+
+            class _repo(object):
+                getCompsFn = staticmethod(lambda: path)
+        self.yumio._checkComps(Repository)
+        self.assertTrue(Repository.enablegroups)
+        self.assertEqual(self.remarks(), [])
+
     # Groups
+
+    @in_own_process
+    def test_groups_are_not_unpacked_into_memory(self):
+        self.load()
+        path = os.path.join(self.directory, "comps.xml.gz")
+        with gzip.open(path, "wb", 1) as stream:
+            for _ in range(256):
+                stream.write(bytes(1 << 20))
+
+        class Repository(object):
+            enablegroups = metadata = True
+
+            class _repo(object):
+                getCompsFn = staticmethod(lambda: path)
+        resource.setrlimit(resource.RLIMIT_DATA, (self.data_size() + (128 << 20),) * 2)
+        self.yumio._checkComps(Repository)
+        self.assertTrue(Repository.enablegroups)
+
+    @staticmethod
+    def data_size():
+        with open("/proc/self/status") as status:
+            return next(int(line.split()[1]) << 10 for line in status if line.startswith("VmData:"))
 
     @in_own_process
     def test_groups_that_cannot_be_unpacked(self):
@@ -191,6 +260,16 @@ class MetadataTest(ScenarioTest):
             self.assertRegex(remark, "(?s)^The modules metadata of the repository sandbox-file are damaged: .+\nThe "
                              "repository is left out.$")
         self.assert_no_faults()
+
+    @in_own_process
+    def test_modules_that_unpack_to_too_much(self):
+        self.load()
+        path = os.path.join(self.directory, "modules.yaml.gz")
+        with gzip.open(path, "wb", 1) as stream:
+            stream.write(ROWAN.encode())
+            for _ in range(64):
+                stream.write(b"#" * ((1 << 20) - 1) + b"\n")
+        self.assertEqual(self.script["modulesFault"](self.yumio.base, path), "it has more than 64 MB")
 
     @in_own_process
     def test_modules_that_are_whole(self):
