@@ -168,6 +168,12 @@ class WhatIsRefused(DesktopTest):
                 self.assertTrue(self.refused('webbrowser', url).startswith(
                     'not a URL of the kinds http, https, ftp and file: "'))
 
+    def test_a_url_that_is_too_long(self):
+        longest = 'http://h/' + 'x' * (8192 - 9)
+        self.assertEqual(self.opened('webbrowser', longest)['argv'][1], longest)
+        for url in (longest + 'x', '/vantor?' * 15000, 'password=' * 14000):
+            self.assertEqual(self.refused('webbrowser', url), 'the URL has more than 8192 characters')
+
     def test_a_url_with_blanks_or_control_characters(self):
         for url in ('http://h/a b', 'http://h/\n', 'http://h/\x1b[31m', ' http://h/', 'http://h/\x7f'):
             with self.subTest(url=url):
