@@ -545,19 +545,16 @@ class DatabaseLock:
 
     def _wait(self):
         question = time.monotonic() + self.FIRST_QUESTION
-        told = None
         while not self._taken():
             holder = self._holder()
-            if holder != told:
-                told = holder
-                if holder:
-                    showActivity(tr('Waiting for {}, which uses the package database').format(holder))
-                else:
-                    showActivity(tr('Waiting for another program, which uses the package database'))
+            # Each time, even if it says the same: the program raises an exception there to end the wait.
+            if holder:
+                showActivity(tr('Waiting for {}, which uses the package database').format(holder))
+            else:
+                showActivity(tr('Waiting for another program, which uses the package database'))
             if time.monotonic() >= question:
                 self._ask(holder)
                 question = time.monotonic() + self.NEXT_QUESTION
-                told = None
             time.sleep(self.ATTEMPTS)
 
     def _taken(self):
@@ -592,14 +589,14 @@ class DatabaseLock:
         files = set()
         for path in (self._path, self._database, self._database + '-shm'):
             try:
-                files.add(str(os.stat(path).st_ino))
-            except OSError:
+                files.add(nameInLocks(path))
+            except (OSError, StopIteration):
                 pass
         try:
             with open('/proc/locks') as locks:
                 for line in locks:
                     fields = line.split()
-                    if fields[1] == '->' or fields[3] != 'WRITE' or fields[5].split(':')[-1] not in files:
+                    if fields[1] == '->' or fields[3] != 'WRITE' or fields[5] not in files:
                         continue
                     if int(fields[4]) > 0 and int(fields[4]) != os.getpid():
                         return '{} ({})'.format(nameOfProcess(fields[4]), fields[4])
@@ -618,6 +615,23 @@ class DatabaseLock:
             raise dnf.exceptions.Error(tr('The package database is in use by another program. Nothing was changed.'))
 
 
+def nameInLocks(path):
+    """How /proc/locks names a file: by the device of its file system, of which stat() may know another, and its number
+    there.
+    """
+    # To close a file that was opened to be read would give up every lock that this process has on it.
+    descriptor = os.open(path, os.O_PATH | os.O_CLOEXEC)
+    try:
+        with open('/proc/self/fdinfo/{}'.format(descriptor)) as facts:
+            mount = next(line.split()[1] for line in facts if line.startswith('mnt_id:'))
+        with open('/proc/self/mountinfo', errors='replace') as mounts:
+            device = next(line.split()[2] for line in mounts if line.split()[0] == mount)
+        major, minor = device.split(':')
+        return '{:02x}:{:02x}:{}'.format(int(major), int(minor), os.fstat(descriptor).st_ino)
+    finally:
+        os.close(descriptor)
+
+
 def nameOfProcess(number):
     try:
         with open('/proc/{}/comm'.format(number), errors='replace') as name:
@@ -627,7 +641,7 @@ def nameOfProcess(number):
 
 
 def startOfProcess(number):
-    """When a process started, in seconds since 1970; None when there is none. Exact to two seconds."""
+    """When a process started, in seconds since 1970; None when that is not known. Exact to two seconds."""
     try:
         with open('/proc/{}/stat'.format(number), 'rb') as stat, open('/proc/stat', 'rb') as system:
             # The name of the program, in parentheses, may hold anything.
@@ -636,6 +650,11 @@ def startOfProcess(number):
     except (OSError, ValueError, IndexError, StopIteration):
         return None
     return booted + ticks / os.sysconf('SC_CLK_TCK')
+
+
+def hasEnded(number):
+    """Whether there is no process of that number; False when in doubt."""
+    return os.path.exists('/proc/self') and not os.path.lexists('/proc/{}'.format(number))
 
 
 def usesPackages(number):
@@ -662,9 +681,11 @@ def abandonedBy(target):
         return None
     if number == os.getpid():
         return None
+    if hasEnded(number):
+        return number
     started = startOfProcess(number)
     # The clock may have been set since: the time alone would not be enough to take a lock away.
-    if started is None or (started > written + 2 and not usesPackages(number)):
+    if started is not None and started > written + 2 and not usesPackages(number):
         return number
     return None
 
@@ -956,8 +977,8 @@ class Base(dnf.Base):
     @property
     def repos(self):
         if self._reposUnread:
-            self._reposUnread = False
             self._readRepos()
+            self._reposUnread = False
         return self._repos
 
     @repos.deleter
@@ -965,6 +986,8 @@ class Base(dnf.Base):
         self._repos = None
 
     def _readRepos(self):
+        # What an attempt that was cut off has left.
+        self._repos.clear()
         try:
             self.read_all_repos()
         except (dnf.exceptions.Error, OSError) as e:
@@ -976,7 +999,7 @@ class Base(dnf.Base):
     def read_all_repos(self, opts=None):
         for repo in RepositoryReader(self.conf, opts):
             try:
-                self.repos.add(repo)
+                self._repos.add(repo)
             except dnf.exceptions.ConfigError as e:
                 logging.getLogger('dnf').warning('%s', e)
 

@@ -141,6 +141,24 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
 
     @in_own_process
+    def test_repositories_whose_reading_was_cut_off_are_read_again(self):
+        yumio = self.load()
+        kind = self.script["RepositoryReader"]
+        read = kind._get_repos
+
+        def cut_off(reader, path):
+            if path.endswith("sandbox-signed.repo"):
+                raise KeyboardInterrupt()
+            return read(reader, path)
+        kind._get_repos = cut_off
+        for attempt in range(2):
+            with self.assertRaises(KeyboardInterrupt):
+                len(yumio.base.repos)
+        kind._get_repos = read
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT))
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
     def test_what_the_program_leaves_alone_is_left_out(self):
         place = self.sandbox.root + "/etc/yum.repos.d/"
         odd = "[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
@@ -671,6 +689,29 @@ class LockTest(ScenarioTest):
         finally:
             other.kill()
             other.wait()
+
+    @in_own_process
+    def test_a_lock_stays_while_its_process_cannot_be_judged(self):
+        other = subprocess.Popen(["sleep", "600"])
+        try:
+            lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
+            os.utime(lock, (time.time() - 86400,) * 2)
+            yumio = self.load()
+            # As where the system does not say when it was started.
+            self.isolate()
+            statistics = os.path.join(self.directory, "statistics")
+            with open(statistics, "w") as stream:
+                stream.write("cpu 0 0 0 0\n")
+            subprocess.run(["mount", "--bind", statistics, "/proc/stat"], check=True)
+            with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % other.pid):
+                yumio.lock()
+            self.assertEqual(self.told(), [])
+        finally:
+            other.kill()
+            other.wait()
+        # That it has ended is known all the same.
+        yumio.lock()
+        self.assertEqual(self.told(), [self.LEFT.format(other.pid, lock)])
 
     @in_own_process
     def test_a_lock_of_a_package_manager_stays_whatever_the_clock_says(self):
