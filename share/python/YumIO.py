@@ -218,9 +218,9 @@ DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
 
 
 def useDatabaseOfRoot():
-    """Some distributions compile rpm so that the database is in the home directory of whoever calls it.
+    """Some distributions compile rpm so that the database is in the home directory of the user who calls it.
 
-    The package manager checks signatures with a program of rpm's, which has to be told as well.
+    The package manager checks signatures with a program of rpm's, which needs the directory as well.
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return
@@ -376,7 +376,7 @@ def _dateTime(seconds):
 
 
 def _universalDay(day):
-    """The day of a change log's entry, of which the package manager tells the local day only.
+    """The day of a change log's entry, of which the package manager gives the local day only.
 
     Entries are of noon in universal time, which far in the east is the next day already.
     """
@@ -415,7 +415,7 @@ class OtherData:
             packages = self._load(package.base, package.repo)
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
             # The cache may have been cleaned since the repository was read. A search asks every package: this is
-            # tried, and told, once, unless it may be over soon.
+            # tried and reported once, unless it may be over soon.
             logging.getLogger('dnf').warning(tr('The change logs of %s cannot be read: %s'), package.reponame, e)
             if not isinstance(e, dnf.exceptions.LockError):
                 self._packages[package.reponame] = {}
@@ -516,7 +516,7 @@ class DatabaseLock:
     """Holds rpm's own lock for a scope, so that no other program changes the packages meanwhile.
 
     rpm waits for it without a word, or does not wait at all. This one says what it waits for, and asks whether to go
-    on. The lock belongs to the process, so rpm can take it once more; rpm's end of it is the end of ours too.
+    on. The lock belongs to the process: rpm can take it once more, and when rpm gives it back it is free.
     """
 
     # Seconds: between two attempts, before the first question, and from each question to the next.
@@ -691,7 +691,7 @@ def abandonedBy(target):
 
 
 def removeAbandonedLock(lock):
-    """Remove the file of a lock whose owner has ended: whoever waits for that owner would wait for ever."""
+    """Remove the file of a lock whose owner has ended: anyone who waits for that owner would wait for ever."""
     number = abandonedBy(lock.target)
     if number is None:
         return
@@ -770,12 +770,12 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
         yumIOC.errorlog(0, passable(str(message)))
 
 
-# So much of what was printed before a failure is told with it.
+# So much of what was printed before a failure is shown with it.
 REASON_LINES = 10
 
 
 class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
-    """Tells the program when the test of a transaction, and when the transaction itself, begins and ends."""
+    """Shows the program when the test of a transaction, and when the transaction itself, begins and ends."""
 
     _last = None
 
@@ -823,8 +823,8 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         self._tellReason(self._scriptOutput())
 
     def _scriptError(self, amount, total, key):
-        """What the scriptlet has printed was passed on before. When it has prevented something, the end is told with
-        the failure as well; total is 0 when it has not.
+        """What the scriptlet has printed was passed on before. When it has prevented something, the end is shown
+        with the failure as well; total is 0 when it has not.
         """
         super(RPMTransaction, self)._scriptError(amount, total, key)
         if total:
@@ -1324,7 +1324,7 @@ class YumIO:
         return found.group(1) if found else '1'
 
     def reset(self):
-        """Forget all packages and repositories, and read the configuration anew."""
+        """Forget all packages and repositories, and read the configuration again."""
         self.base.otherData.clear()
         self.base.headers.clear()
         del self.base._ts
@@ -1456,7 +1456,7 @@ class YumIO:
         self._tellLeftovers()
 
     def _tellLeftovers(self):
-        """Tell what a transaction has left behind that a crash or a failure of the power cut off: the package
+        """Report what a transaction has left behind that a crash or a failure of the power cut off: the package
         manager itself keeps quiet about it.
         """
         parts = []
@@ -1662,7 +1662,7 @@ class YumIO:
             base.group_remove(group.id)
 
     def _markUpdate(self, package):
-        """The user has marked this very version: what stands against it must be told, not left out in silence."""
+        """The user has marked this very version: what stands against it must be reported, not left out in silence."""
         if not self.base.package_upgrade(package):
             raise dnf.exceptions.Error(tr('{} is not newer than what is installed.').format(package))
         selector = dnf.selector.Selector(self.base.sack)
@@ -1771,14 +1771,14 @@ class YumIO:
             logging.getLogger('dnf').debug('The history does not have the end of the transaction: %s', e)
 
     def _unrecorded(self, items):
-        """Those of the transaction's elements of which rpm's database, read anew, does not have what was done: rpm
+        """Those of the transaction's elements of which rpm's database, read again, does not have what was done: rpm
         itself takes no notice when it cannot write it.
         """
         del self.base._ts
         wanted = {}
         for item in items:
             key = (item.name, item.epoch, item.version, item.release, item.arch)
-            # A package that is installed anew counts as removed as well.
+            # A package that is installed again counts as removed as well.
             if item.action in dnf.transaction.FORWARD_ACTIONS:
                 wanted[key] = (item, True)
             elif item.action in dnf.transaction.BACKWARD_ACTIONS:
