@@ -12,27 +12,13 @@
 #include <unistd.h>
 
 #include "app/base/RepositoryFileLimit.h"
+#include "services/FileDescriptor.h"
 
 namespace Repo {
 
 namespace {
 
 const QByteArray byteOrderMark("\xEF\xBB\xBF");
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int opened) : number(opened) {}
-    ~Descriptor()
-    {
-        if (number >= 0) {
-            close(number);
-        }
-    }
-    Q_DISABLE_COPY(Descriptor)
-
-    const int number;
-};
 
 QString resolved(const QString& path)
 {
@@ -161,15 +147,15 @@ bool File::load(const QString& path)
             .arg(path, QString::number(repositoryFileLimit >> 20));
     const QString notRegular = tr("%1 is left alone: it is not a regular file.").arg(path);
     // Something else may have taken the name since it was looked at.
-    const Descriptor file(
+    const FileDescriptor file(
         open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
-    if (file.number < 0) {
+    if (!file.isOpen()) {
         failure = errno;
         state = Unopenable;
         return false;
     }
     struct stat status;
-    if (fstat(file.number, &status) != 0) {
+    if (fstat(file.get(), &status) != 0) {
         failure = errno;
         state = NoStatus;
         return false;
@@ -188,7 +174,7 @@ bool File::load(const QString& path)
         const int filled = bytes.size();
         const int wanted = filled == 0 ? int(status.st_size) + 1 : 1 << 16;
         bytes.resize(filled + wanted);
-        const ssize_t got = ::read(file.number, bytes.data() + filled, size_t(wanted));
+        const ssize_t got = ::read(file.get(), bytes.data() + filled, size_t(wanted));
         bytes.resize(filled + std::max(0, int(got)));
         if (got == 0) {
             return true;

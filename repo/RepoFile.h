@@ -31,7 +31,7 @@ class File
 public:
     enum State {
         Text,       // understood
-        LeftAlone,  // nothing that a configuration is read from: `reason` tells
+        LeftAlone,  // nothing that a configuration is read from: `reason` says why
         Missing,    // there is no such name
         Directory,  // a directory
         NoStatus,   // stat() failed with `failure`

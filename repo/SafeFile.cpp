@@ -18,6 +18,7 @@
 #include "app/base/ManagedRoot.h"
 #include "app/base/RepositoryFileLimit.h"
 #include "repo/RepoFile.h"
+#include "services/FileDescriptor.h"
 
 namespace {
 
@@ -37,16 +38,6 @@ void closeQuietly(int& number)
     number = -1;
     errno = failure;
 }
-
-class Descriptor
-{
-public:
-    explicit Descriptor(int opened) : number(opened) {}
-    ~Descriptor() { closeQuietly(number); }
-    Q_DISABLE_COPY(Descriptor)
-
-    int number;
-};
 
 // Makes a file with a name of its own that nobody can foresee, for this user alone, and locks it, so that no
 // other program takes it for a leftover.
@@ -227,9 +218,9 @@ bool SafeFile::makeTemporary(const QByteArray& text, mode_t mode)
 // Makes the file beside the old one look like that.
 bool SafeFile::takeOver()
 {
-    const Descriptor old(
+    const FileDescriptor old(
         openat(directoryNumber, name.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
-    if (old.number < 0) {
+    if (!old.isOpen()) {
         return false;
     }
     struct stat made;
@@ -240,7 +231,7 @@ bool SafeFile::takeOver()
         fchown(temporaryNumber, before.st_uid, before.st_gid) != 0) {
         return false;
     }
-    return copyAttributes(old.number, temporaryNumber) && fchmod(temporaryNumber, newMode) == 0;
+    return copyAttributes(old.get(), temporaryNumber) && fchmod(temporaryNumber, newMode) == 0;
 }
 
 bool SafeFile::replace(const QString& path, const QByteArray& expected, const QByteArray& text, bool others)
@@ -252,14 +243,14 @@ bool SafeFile::replace(const QString& path, const QByteArray& expected, const QB
         return false;
     }
     {
-        const Descriptor old(openat(directoryNumber, name.constData(),
-                                    O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-        if (old.number < 0) {
+        const FileDescriptor old(openat(directoryNumber, name.constData(),
+                                        O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        if (!old.isOpen()) {
             errno = errno == ENOENT ? ESTALE : errno;
             return false;
         }
         QByteArray found;
-        if (fstat(old.number, &before) != 0 || !S_ISREG(before.st_mode) || !readAll(old.number, found) ||
+        if (fstat(old.get(), &before) != 0 || !S_ISREG(before.st_mode) || !readAll(old.get(), found) ||
             found != expected) {
             errno = ESTALE;
             return false;
@@ -370,22 +361,22 @@ bool SafeFile::commit()
 bool SafeFile::makeCopy()
 {
     for (const QString& place : QStringList(directoryPath) + copyDirectories()) {
-        const Descriptor directory(openDirectory(place));
-        if (directory.number < 0) {
+        const FileDescriptor directory(openDirectory(place));
+        if (!directory.isOpen()) {
             continue;
         }
         QByteArray made;
-        const Descriptor copy(makeHelper(directory.number, name, copyMark, made));
-        if (copy.number < 0) {
+        const FileDescriptor copy(makeHelper(directory.get(), name, copyMark, made));
+        if (!copy.isOpen()) {
             continue;
         }
-        if (!writeAll(copy.number, oldText) || fsync(copy.number) != 0) {
+        if (!writeAll(copy.get(), oldText) || fsync(copy.get()) != 0) {
             const int failure = errno;
-            unlinkat(directory.number, made.constData(), 0);
+            unlinkat(directory.get(), made.constData(), 0);
             errno = failure;
             return false;
         }
-        fsync(directory.number);
+        fsync(directory.get());
         copyPath = place + QLatin1Char('/') + QFile::decodeName(made);
         return true;
     }
@@ -394,11 +385,10 @@ bool SafeFile::makeCopy()
 
 bool SafeFile::overwrite(const QByteArray& content, bool setMode)
 {
-    const Descriptor file(
+    const FileDescriptor file(
         openat(directoryNumber, name.constData(), O_WRONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    return file.number >= 0 && (!setMode || fchmod(file.number, newMode) == 0) &&
-           writeAll(file.number, content) && ftruncate(file.number, content.size()) == 0 &&
-           fsync(file.number) == 0;
+    return file.isOpen() && (!setMode || fchmod(file.get(), newMode) == 0) && writeAll(file.get(), content) &&
+           ftruncate(file.get(), content.size()) == 0 && fsync(file.get()) == 0;
 }
 
 bool SafeFile::commitInPlace()
@@ -419,9 +409,9 @@ bool SafeFile::commitInPlace()
 void SafeFile::syncDirectories(const QStringList& directories)
 {
     for (const QString& path : directories) {
-        const Descriptor directory(openDirectory(path));
-        if (directory.number >= 0) {
-            fsync(directory.number);
+        const FileDescriptor directory(openDirectory(path));
+        if (directory.isOpen()) {
+            fsync(directory.get());
         }
     }
 }
@@ -435,15 +425,15 @@ QStringList SafeFile::copyDirectories()
 
 void SafeFile::removeLeftovers(const QString& directory)
 {
-    const Descriptor listed(openDirectory(directory));
-    if (listed.number < 0) {
+    const FileDescriptor listed(openDirectory(directory));
+    if (!listed.isOpen()) {
         return;
     }
-    for (const QByteArray& each : helpersIn(listed.number, QString::fromLatin1(temporaryMark))) {
-        const Descriptor file(openat(listed.number, each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-        // Whoever still writes it holds the lock.
-        if (file.number >= 0 && flock(file.number, LOCK_EX | LOCK_NB) == 0) {
-            unlinkat(listed.number, each.constData(), 0);
+    for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(temporaryMark))) {
+        const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+        // Anyone who still writes it holds the lock.
+        if (file.isOpen() && flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+            unlinkat(listed.get(), each.constData(), 0);
         }
     }
 }
@@ -451,13 +441,13 @@ void SafeFile::removeLeftovers(const QString& directory)
 QStringList SafeFile::leftCopies(const QString& directory)
 {
     QStringList result;
-    const Descriptor listed(openDirectory(directory));
-    if (listed.number < 0) {
+    const FileDescriptor listed(openDirectory(directory));
+    if (!listed.isOpen()) {
         return result;
     }
-    for (const QByteArray& each : helpersIn(listed.number, QString::fromLatin1(copyMark))) {
-        const Descriptor file(openat(listed.number, each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-        if (file.number >= 0 && flock(file.number, LOCK_EX | LOCK_NB) == 0) {
+    for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(copyMark))) {
+        const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+        if (file.isOpen() && flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             result.append(directory + QLatin1Char('/') + QFile::decodeName(each));
         }
     }

@@ -6,9 +6,8 @@
 // directory may not be written, the file has several names, its owner cannot be given) the file itself is
 // overwritten; then its old text stays in a copy until the new one is on the disk.
 //
-// Graphical thread; no window is shown. The names of both kinds of helpers begin with a point and do not end
-// with
-// ".repo": nothing takes them for a repository file.
+// Graphical thread; no window is shown. The names of the temporary files and of the copies begin with a point
+// and do not end with ".repo": nothing takes them for repository files.
 
 #ifndef REPO_SAFEFILE_H
 #define REPO_SAFEFILE_H
