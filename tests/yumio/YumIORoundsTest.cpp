@@ -128,8 +128,9 @@ private Q_SLOTS:
         qInfo("%d rounds of %d packages; at most %lld KiB in the first half, %lld KiB in the second", rounds,
               count, static_cast<long long>(first), static_cast<long long>(second));
 #ifndef __SANITIZE_ADDRESS__ // which keeps what has been freed for a while
-        // The records of one round take about a tenth of it.
-        QVERIFY(second <= first + 1024);
+        // The records of one round, kept each time, would take more; on a busy machine the memory manager
+        // itself takes a third of it.
+        QVERIFY(second <= first + 3 * 1024);
 #endif
     }
 
