@@ -282,19 +282,34 @@ class AsWhom(DesktopTest):
                 os.remove(self.report)
                 os.remove(os.path.join(self.bin, program))
 
-    def test_what_vyre_has_said_at_its_end_is_never_markup(self):
-        self.install('pkexec', "#!/bin/sh\nprintf '%s\\n' '{}' >&2\nexit 3\n".format(self.HOSTILE))
+    def ended_vyre(self, end):
+        """What vyre-admin does after a VYRE that says something and ends by this command of a shell."""
+        self.install('pkexec', "#!/bin/sh\nprintf '%s\\n' '{}' >&2\n{}\n".format(self.HOSTILE, end))
 
         def become():
             os.setgroups([])
             os.setgid(NOBODY.pw_gid)
             os.setuid(NOBODY.pw_uid)
+        return subprocess.run([os.path.join(ROOT, 'desktop', 'vyre-admin')],
+                              env={'PATH': self.bin, 'DISPLAY': 'host:0'}, preexec_fn=become,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def test_who_ends_vyre_by_a_signal_gets_no_message(self):
+        self.install('xmessage')
+        for name, number in (('TERM', 15), ('HUP', 1), ('INT', 2)):
+            done = self.ended_vyre('kill -{} $$'.format(name))
+            self.assertEqual(done.returncode, 128 + number)
+            self.assertIn(self.HOSTILE, done.stderr.decode())
+            self.assertFalse(os.path.exists(self.report))
+        self.assertEqual(self.ended_vyre('exit 3').returncode, 3)
+        self.assertTrue(os.path.exists(self.report))
+        os.remove(self.report)
+
+    def test_what_vyre_has_said_at_its_end_is_never_markup(self):
         for program in ('zenity', 'kdialog', 'xmessage'):
             with self.subTest(program=program):
                 self.install(program)
-                done = subprocess.run([os.path.join(ROOT, 'desktop', 'vyre-admin')],
-                                      env={'PATH': self.bin, 'DISPLAY': 'host:0'}, preexec_fn=become,
-                                      stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                done = self.ended_vyre('exit 3')
                 self.assertEqual(done.returncode, 3, done.stderr)
                 with open(self.report) as report:
                     shown = self.message_of(program, json.load(report)['argv'])

@@ -108,7 +108,7 @@ private Q_SLOTS:
                      SignalRecorder recorder;
                      kill(getpid(), SIGHUP);
                      kill(getpid(), SIGTERM);
-                     kill(getpid(), SIGHUP);
+                     kill(getpid(), SIGINT);
                      say(out, "still here");
                      recorder.~SignalRecorder();
                  }),
