@@ -318,7 +318,7 @@ private:
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
     bool collectGroups(EntryIndex& index, PyObject* groups);
-    // A history that cannot be read is asked no further; historyFault tells why, and is empty until then.
+    // A history that cannot be read is asked no further; historyFault says why, and is empty until then.
     void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
                       QString& historyFault);
     bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,

@@ -316,7 +316,7 @@ bool YumIO::collectGroups(EntryIndex& index, PyObject* groups)
     if (PyErr_Occurred() != nullptr) {
         return internalError(tr("Internal error: the groups cannot be walked"));
     }
-    // There are hundreds of groups, and each collection asks for all of them: it is told once.
+    // There are hundreds of groups, and each collection asks for all of them: one message is enough.
     if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
         reportedHistoryFault = historyFault;
         warning(tr("It is not known which groups are installed: the history of transactions cannot be "

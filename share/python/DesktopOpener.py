@@ -122,8 +122,8 @@ def start(what, commands):
 def show(text):
     """Show a message on the display, in what there is for that: a desktop shows nobody what programs write."""
     given = dict(os.environ)
-    # Each of the first two replaces what stands behind a backslash, and kdialog guesses whether a text is rich text:
-    # it is told, and gets the signs of one escaped.
+    # Both zenity and kdialog replace a backslash and the letter after it. kdialog also guesses whether a text is rich
+    # text: it gets rich text, in which the text itself is escaped.
     escaped = text.replace('\\', '\\\\')
     rich = '<qt><p style="white-space: pre-wrap">' + html.escape(text).replace('\\', '&#92;') + '</p></qt>'
     for command in (['zenity', '--error', '--no-markup', '--title=VYRE', '--text=' + escaped],

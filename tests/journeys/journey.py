@@ -207,6 +207,17 @@ class JourneyTest(unittest.TestCase):
         after = {name for name in self.sandbox.installed() if not name.startswith('gpg-pubkey-')}
         self.assertEqual((after - self.before, self.before - after), (set(new), set(gone)))
 
+    def check_history_complete(self):
+        """The last transaction in the history has come to its end."""
+        # 1 is the state of such a transaction.
+        last = subprocess.run(['/usr/bin/python3', '-c',
+                               'import sqlite3, sys\n'
+                               'print(*sqlite3.connect(sys.argv[1]).execute("SELECT state, dt_end >= dt_begin FROM '
+                               'trans ORDER BY id DESC LIMIT 1").fetchone())',
+                               self.sandbox.root + '/var/lib/dnf/history.sqlite'],
+                              stdout=subprocess.PIPE, check=True).stdout.decode()
+        self.assertEqual(last, '1 1\n')
+
     def check_consistent(self):
         """The installed packages need nothing that is not there, none is there twice, and their files are as they
         have to be."""

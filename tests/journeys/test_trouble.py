@@ -788,14 +788,7 @@ class SignalTest(StartTest):
             # The scriptlet was not cut off, nor is it running without the program.
             self.assertEqual(program.left_over(), [])
             self.check_changed(new=['slowpoke-1.0-1.noarch'])
-            history = self.sandbox.root + '/var/lib/dnf/history.sqlite'
-            # 1 is the state of a transaction that has come to its end.
-            states = subprocess.run(['/usr/bin/python3', '-c',
-                                     'import sqlite3, sys\n'
-                                     'for state, in sqlite3.connect(sys.argv[1]).execute("SELECT state FROM trans "'
-                                     '"ORDER BY id DESC LIMIT 1"): print(state)', history],
-                                    stdout=subprocess.PIPE, check=True).stdout.decode()
-            self.assertEqual(states, '1\n')
+            self.check_history_complete()
             self.assertEqual(self.locks(), [])
 
     def test_interrupt_of_a_transaction(self):
