@@ -752,8 +752,6 @@ class AdministratorTest(unittest.TestCase):
                            VYRESHARE=hurtful, VYREROOT=hurtful, XDG_CONFIG_HOME=hurtful, XDG_DATA_DIRS=hurtful,
                            GCONV_PATH=hurtful, QT_LOGGING_CONF=hurtful, HOME=hurtful)
                 os.kill(self.vyre(), signal.SIGTERM)
-                if command[0] == ADMIN:
-                    self.dismiss_message()
                 status, errors = self.end()
                 self.assertEqual(status, 128 + signal.SIGTERM)
                 # Nothing of that name is among the styles of the system.

@@ -2,6 +2,7 @@
 """The program is run by who may look at the packages, but not change them."""
 import contextlib
 import os
+import shutil
 import stat
 import subprocess
 import unittest.mock
@@ -19,6 +20,9 @@ class UserTest(JourneyTest):
     def setUp(self):
         super().setUp()
         os.chmod(self.scratch, 0o755)
+        # The user may not be able to enter the place of the tree.
+        self.share = shutil.copytree(driver.SHARE, os.path.join(self.scratch, 'share'))
+        self.binary = shutil.copy(os.environ['VYRE_BINARY'], os.path.join(self.scratch, 'vyre'))
         self.home = os.path.join(self.scratch, 'home')
         os.mkdir(self.home)
         os.chmod(self.home, 0o777)
@@ -29,10 +33,11 @@ class UserTest(JourneyTest):
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'mount -t tmpfs -o mode=1777 none /var/tmp; '
-                         'exec {} "{}" "$@"\' sh "$@"\n'.format(command, os.environ['VYRE_BINARY']))
+                         'exec {} "{}" "$@"\' sh "$@"\n'.format(command, self.binary))
         os.chmod(path, 0o755)
         with unittest.mock.patch.dict(os.environ, VYRE_BINARY=path), self.program(
-                environment={'HOME': self.home, 'TMPDIR': self.home}, unset=['XDG_RUNTIME_DIR']) as program:
+                environment={'HOME': self.home, 'TMPDIR': self.home, 'VYRESHARE': self.share},
+                unset=['XDG_RUNTIME_DIR']) as program:
             yield program
 
     def give(self, name, user):

@@ -35,6 +35,20 @@ os.rename({report!r} + '.part', {report!r})
 
 NOBODY = pwd.getpwnam('nobody')
 
+# What is started as another user, who may not be able to enter the place of the tree.
+programs = tempfile.TemporaryDirectory(prefix='desktop-programs.')
+COPY = programs.name
+
+
+def setUpModule():
+    os.chmod(COPY, 0o755)
+    shutil.copytree(SHARE, os.path.join(COPY, 'share'))
+    shutil.copytree(os.path.join(ROOT, 'desktop'), os.path.join(COPY, 'desktop'))
+
+
+def tearDownModule():
+    programs.cleanup()
+
 
 class DesktopTest(unittest.TestCase):
 
@@ -76,9 +90,9 @@ class DesktopTest(unittest.TestCase):
                 os.setgroups([])
                 os.setgid(user.pw_gid)
                 os.setuid(user.pw_uid)
-        return subprocess.run([os.path.join(SHARE, program)] + list(arguments), env=variables, preexec_fn=become,
-                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
-                              universal_newlines=True)
+        return subprocess.run([os.path.join(COPY, 'share', program)] + list(arguments), env=variables,
+                              preexec_fn=become, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, universal_newlines=True)
 
     def opened(self, program, *arguments, **options):
         """What the desktop's program was started with."""
@@ -290,7 +304,7 @@ class AsWhom(DesktopTest):
             os.setgroups([])
             os.setgid(NOBODY.pw_gid)
             os.setuid(NOBODY.pw_uid)
-        return subprocess.run([os.path.join(ROOT, 'desktop', 'vyre-admin')],
+        return subprocess.run([os.path.join(COPY, 'desktop', 'vyre-admin')],
                               env={'PATH': self.bin, 'DISPLAY': 'host:0'}, preexec_fn=become,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
