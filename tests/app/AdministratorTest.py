@@ -148,6 +148,9 @@ class System:
             run('mount', '-t', 'overlay', '-o', 'lowerdir={},upperdir={},workdir={}'.format(lower, upper, work),
                 'none', '/' + name)
         run('mount', '-t', 'tmpfs', '-o', 'mode=755', 'none', '/run')
+        # A server of root's that was killed leaves its socket behind; the user's compositor cannot replace that.
+        os.makedirs('/tmp/.X11-unix', exist_ok=True)
+        run('mount', '-t', 'tmpfs', '-o', 'mode=1777', 'none', '/tmp/.X11-unix')
         self.runtime = '/run/user/%d' % UID
         self.home = self.directory('home', UID)
         for path in ('/run/dbus', self.runtime):
@@ -272,10 +275,14 @@ class WaylandDisplay(Display):
                 stdin=subprocess.DEVNULL, stdout=stream, stderr=stream, preexec_fn=become_user,
                 env={'PATH': '/usr/bin:/bin', 'HOME': system.home, 'XDG_RUNTIME_DIR': system.runtime})
 
-        def look():
+        def text():
             with open(messages) as stream:
-                return re.search('xserver listening on display (:[0-9]+)', stream.read())
-        self.name = wait_for(look, 'the X server of the compositor').group(1)
+                return stream.read()
+        try:
+            self.name = wait_for(lambda: re.search('xserver listening on display (:[0-9]+)', text()),
+                                 'the X server of the compositor').group(1)
+        except AssertionError as fault:
+            raise AssertionError('{}\n{}'.format(fault, text()))
         self.client = {'preexec_fn': become_user,
                        'env': {'PATH': '/usr/bin:/bin', 'HOME': system.home, 'DISPLAY': self.name}}
 

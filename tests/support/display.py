@@ -3,6 +3,7 @@
 The server picks a free display by itself, so any number of these run side by side.
 """
 import os
+import socket
 import subprocess
 import tempfile
 import time
@@ -71,6 +72,7 @@ class VirtualDisplay:
             except subprocess.TimeoutExpired:
                 process.kill()
                 process.wait()
+        self._clean_up_after_server()
         self.log.close()
         self.scratch.cleanup()
 
@@ -94,6 +96,17 @@ class VirtualDisplay:
         self.environment['DISPLAY'] = ':' + number
         # For tests in which it dies.
         self.environment['X_SERVER_PID'] = str(self.started[0].pid)
+
+    def _clean_up_after_server(self):
+        """A server that was killed leaves its socket behind. Another one may have taken its number over."""
+        path = '/tmp/.X11-unix/X' + self.environment.get('DISPLAY', '')[1:]
+        with socket.socket(socket.AF_UNIX) as client:
+            try:
+                client.connect(path)
+            except ConnectionRefusedError:
+                os.remove(path)
+            except OSError:
+                pass
 
     def _start_bus(self, configuration):
         bus = self._start(['dbus-daemon', configuration, '--nofork', '--print-address=1'], stdout=subprocess.PIPE)
