@@ -782,6 +782,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     def __init__(self, base, test=False, displays=()):
         self._ended = True  # it has not begun: the program may refuse it
         self._heard = None
+        self.scriptFailed = False
         self._space = base.scriptSpace
         yumIOC.rpmtransInit(test)
         super(RPMTransaction, self).__init__(base, test=test, displays=displays or [TransactionProgress()])
@@ -826,6 +827,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         """What the scriptlet has printed was passed on before. When it has prevented something, the end is shown
         with the failure as well; total is 0 when it has not.
         """
+        self.scriptFailed = True
         super(RPMTransaction, self)._scriptError(amount, total, key)
         if total:
             self._tellReason(self._heard)
@@ -1083,6 +1085,20 @@ class Base(dnf.Base):
                 if os.path.exists(cache):
                     os.unlink(cache)
         return fault
+
+    def _run_transaction(self, cb):
+        """Newer versions of rpm report a failed transaction, without a failed package, when a scriptlet has failed that
+        prevents nothing. The packages were changed as in older versions, and the history needs the end of it.
+        """
+        try:
+            return super(Base, self)._run_transaction(cb)
+        except dnf.exceptions.Error:
+            if not self.changed or not cb.scriptFailed or any(
+                    item.state == libdnf.transaction.TransactionItemState_ERROR for item in self.transaction):
+                raise
+        self._trans_install_set = bool(self.transaction.install_set)
+        self._verify_transaction()
+        return None
 
     def _verify_transaction(self, *args, **kwargs):
         """rpm is done: that this cannot be written down does not undo it."""

@@ -21,6 +21,7 @@ sys.path[:0] = [os.path.join(SOURCES, "tools", "sandbox"), os.path.join(SOURCES,
 
 import filesystems  # noqa: E402
 from vyresandbox import Sandbox, server  # noqa: E402
+from vyresandbox.sandbox import CREATEREPO  # noqa: E402
 
 from recordingmodule import Recording  # noqa: E402
 
@@ -212,8 +213,7 @@ class ScenarioTest(unittest.TestCase):
 
     def index(self, name, *options):
         """Makes the metadata of a repository anew, after its packages were changed."""
-        subprocess.run(["createrepo_c", "--quiet", "--no-database"] + list(options) + [self.sandbox.repository(name)],
-                       check=True)
+        subprocess.run(list(CREATEREPO) + list(options) + [self.sandbox.repository(name)], check=True)
 
     def repository_file(self, name):
         return os.path.join(self.sandbox.root, "etc/yum.repos.d", name + ".repo")

@@ -226,7 +226,7 @@ class MetadataTest(ScenarioTest):
 
     @in_own_process
     def test_groups_that_cannot_be_unpacked(self):
-        metadata.alter(self.sandbox.repository("sandbox-http"), "group_gz", metadata.half, packed=True)
+        metadata.alter(self.sandbox.repository("sandbox-http"), "group", metadata.half, packed=True)
         self.begin()
         self.collect()
         remark, = self.remarks()

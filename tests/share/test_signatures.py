@@ -74,8 +74,11 @@ class SignatureTest(ScenarioTest):
             self.apply(installs=["wax-forged"], answers=[1, 1])
         self.assertEqual(self.sandbox.installed() - before, self.keys())
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # With the repository's key there already, there is nothing to ask.
-        self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1])
+        # With the repository's key there already, there is nothing to ask, unless rpm keeps keys in a way in which the
+        # package manager does not find them.
+        known = any(re.match("gpg-pubkey-[0-9a-f]{8}-", key) for key in self.keys())
+        self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1] if known else [1, 1])
+        self.assertEqual(len(self.keys()), 1)
 
     @in_own_process
     def test_a_package_without_signature_is_refused(self):
@@ -92,7 +95,7 @@ class SignatureTest(ScenarioTest):
             content[-20] ^= 0xff
             stream.seek(0)
             stream.write(content)
-        subprocess.run(["createrepo_c", "--quiet", "--no-database", os.path.dirname(path)], check=True)
+        self.index("sandbox-signed")
         self.started()
         self.assert_refused("wax-tablet", installs=["wax-tablet"], answers=[1, 1])
 
@@ -106,7 +109,8 @@ class SignatureTest(ScenarioTest):
     def test_a_key_file_that_is_missing_or_holds_no_key(self):
         self.started()
         os.rename(self.sandbox.root + KEY_FILE, self.sandbox.root + KEY_FILE + ".away")
-        self.assert_refused("Couldn't open file.*" + KEY_FILE, installs=["wax-tablet"], answers=[1])
+        # Versions of the library that fetches the file say it in different ways.
+        self.assert_refused("Could(n't| not) open file.*" + KEY_FILE, installs=["wax-tablet"], answers=[1])
         self.write(KEY_FILE, "no key at all\n")
         self.assert_refused("already installed but they are not correct", installs=["wax-tablet"], answers=[1])
         os.rename(self.sandbox.root + KEY_FILE + ".away", self.sandbox.root + KEY_FILE)

@@ -487,6 +487,10 @@ class ScriptletTest(ScenarioTest):
         self.assertEqual(changed, ({"limpgate-1.0-1.noarch"}, set()))
         self.assertIn("the hinge is gone", self.recording.output())
         self.assertEqual(self.recording.errors(), ["Error in POSTIN scriptlet in rpm package limpgate"])
+        # The history has the end of the transaction, or the next collection would report it.
+        self.recording.clear()
+        self.again()
+        self.assertEqual([text for text in self.recording.errors() if "history" in text or "end" in text], [])
 
     @in_own_process
     def test_a_package_that_cannot_be_removed_is_a_failure(self):

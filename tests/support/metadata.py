@@ -9,11 +9,14 @@ import subprocess
 def alter(repository, kind, change, packed=False):
     """Replace a document of a repository's directory by what a function makes of its bytes.
 
-    packed: the bytes are the compressed ones.
+    packed: the bytes are the compressed ones. "group" stands for the compressed list of groups, beside which older
+    versions of createrepo_c make one that is not.
     """
     index = os.path.join(repository, 'repodata', 'repomd.xml')
     with open(index) as stream:
         text = stream.read()
+    if kind == 'group' and '<data type="group_gz">' in text:
+        kind = 'group_gz'
     entry = re.search(r'<data type="{}">.*?</data>'.format(kind), text, re.S).group(0)
     path = os.path.join(repository, re.search('href="([^"]*)"', entry).group(1))
     with open(path, 'rb') as stream:

@@ -12,7 +12,7 @@ import dnf.callback
 from . import catalogue
 from .build import KeyRing, build_packages, run
 from .dnfbase import bare_base
-from .sandbox import HTTP_REPOSITORIES, FILE_REPOSITORIES, Sandbox
+from .sandbox import CREATEREPO, FILE_REPOSITORIES, HTTP_REPOSITORIES, Sandbox
 
 _MAIN_CONFIGURATION = """\
 [main]
@@ -72,7 +72,7 @@ def _make_repositories(sandbox, packages, rpms):
 
     def create(name):
         groups = ["--groupfile", comps] if name == "sandbox-http" else []
-        run(["createrepo_c", "--quiet", "--no-database"] + groups + [sandbox.repository(name)])
+        run(list(CREATEREPO) + groups + [sandbox.repository(name)])
 
     with ThreadPoolExecutor(2) as pool:
         list(pool.map(create, names))

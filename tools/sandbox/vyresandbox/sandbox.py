@@ -10,6 +10,9 @@ from .server import Server
 HTTP_REPOSITORIES = ("sandbox-http", "sandbox-updates", "sandbox-signed")
 FILE_REPOSITORIES = ("sandbox-file", "sandbox-disabled")
 
+# Versions of createrepo_c compress in different ways by themselves; tests that change the metadata unpack these.
+CREATEREPO = ("createrepo_c", "--quiet", "--no-database", "--general-compress-type", "gz")
+
 # Nothing listens on the discard port.
 _CLOSED_PORT = 9
 
