@@ -1,6 +1,7 @@
 #include "repo/YumConfIO.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -109,12 +110,26 @@ YumConfIO::~YumConfIO() = default;
 
 QString YumConfIO::fileName()
 {
-    const QString preferred = ManagedRoot::absolute(QStringLiteral("/etc/yum/yum.conf"));
-    struct stat status;
-    if (stat(QFile::encodeName(preferred).constData(), &status) == 0) {
-        return preferred;
+    const QString usual = ManagedRoot::absolute(QStringLiteral("/etc/yum.conf"));
+    for (const QString& path : {ManagedRoot::absolute(QStringLiteral("/etc/yum/yum.conf")), usual,
+                                ManagedRoot::absolute(QStringLiteral("/etc/dnf/dnf.conf"))}) {
+        struct stat status;
+        if (stat(QFile::encodeName(path).constData(), &status) == 0) {
+            return path;
+        }
     }
-    return ManagedRoot::absolute(QStringLiteral("/etc/yum.conf"));
+    return usual;
+}
+
+QStringList YumConfIO::defaultDirectories()
+{
+    QStringList result{ManagedRoot::absolute(QStringLiteral("/etc/yum.repos.d")),
+                       ManagedRoot::absolute(QStringLiteral("/etc/yum/repos.d"))};
+    const QString distribution = ManagedRoot::absolute(QStringLiteral("/etc/distro.repos.d"));
+    if (QFileInfo(distribution).isDir()) {
+        result.append(distribution);
+    }
+    return result;
 }
 
 bool YumConfIO::read(QWidget* window)
@@ -122,8 +137,7 @@ bool YumConfIO::read(QWidget* window)
     parent = window;
     mainText.clear();
     cachedir = ManagedRoot::absolute(QStringLiteral("/var/cache/yum"));
-    reposdir = QStringList{ManagedRoot::absolute(QStringLiteral("/etc/yum.repos.d")),
-                           ManagedRoot::absolute(QStringLiteral("/etc/yum/repos.d"))};
+    reposdir = defaultDirectories();
     enabled = true;
     gpgcheck = false;
     entries.clear();

@@ -37,9 +37,13 @@ public:
     YumConfIO(QList<YumRepoEnabled> const& requests, QHash<QString, bool>& session);
     ~YumConfIO() override;
 
-    // The path of the main configuration file, looked up afresh: the first of its two places that exists,
-    // else the second.
+    // The path of the main configuration file, looked up afresh: the first of /etc/yum/yum.conf,
+    // /etc/yum.conf and /etc/dnf/dnf.conf that exists, else the second. The script looks in the same places.
     static QString fileName();
+
+    // Where repository files are if the main file names no directories: the two usual ones, and the one that
+    // the package manager knows besides if it exists.
+    static QStringList defaultDirectories();
 
     // Replaces everything with what the files hold now. The session enable table gains the identifiers that
     // it does not know yet; those it knows keep their state. Returns false, without changed(), after showing

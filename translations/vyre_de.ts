@@ -2352,6 +2352,10 @@ Es sind nur noch {} kB frei für {}</translation>
         <translation>Ihre Optionen, etwa die von ihr ausgeschlossenen Pakete, gelten nicht. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
     </message>
     <message>
+        <source>dnf with its file %s makes checks that %s switches off. They are made: %s</source>
+        <translation>dnf nimmt mit seiner Datei %s Prüfungen vor, die %s abschaltet. Sie werden vorgenommen: %s</translation>
+    </message>
+    <message>
         <source>No log files can be written in %s: %s</source>
         <translation>In %s können keine Protokolldateien geschrieben werden: %s</translation>
     </message>

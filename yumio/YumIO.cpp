@@ -55,6 +55,7 @@ const char* const scriptTexts[] = {
                                "unless a repository says otherwise."),
     QT_TRANSLATE_NOOP("YumIO", "Its options, such as the packages that it excludes, do not count. Signatures "
                                "of packages are checked, unless a repository says otherwise."),
+    QT_TRANSLATE_NOOP("YumIO", "dnf with its file %s makes checks that %s switches off. They are made: %s"),
     QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),

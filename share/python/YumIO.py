@@ -114,12 +114,22 @@ def canWrite(path):
     return os.access(path, os.W_OK | os.X_OK)
 
 
+# The file that dnf itself reads.
+OWN_CONFIGURATION = '/etc/dnf/dnf.conf'
+
+
 def configurationFile():
-    """The package manager's main configuration file; the editor of repositories looks in the same two places."""
-    for path in ('/etc/yum/yum.conf', '/etc/yum.conf'):
+    """The package manager's main configuration file; the editor of repositories looks in the same places."""
+    for path in ('/etc/yum/yum.conf', '/etc/yum.conf', OWN_CONFIGURATION):
         if os.path.exists(inRoot(path)):
             return inRoot(path)
     return None
+
+
+def repositoryDirectories():
+    """Where files of repositories are, unless the main configuration file says so; the editor looks there too."""
+    optional = inRoot('/etc/distro.repos.d')
+    return [inRoot('/etc/yum.repos.d'), inRoot('/etc/yum/repos.d')] + ([optional] if os.path.isdir(optional) else [])
 
 
 def tooLarge(limit):
@@ -1204,8 +1214,6 @@ def isInCache(package):
 
 class YumIO:
 
-    CONFIGURATION_DIRECTORIES = ('/etc/yum.repos.d', '/etc/yum/repos.d')
-
     def __init__(self):
         sys.stdout = Writer(yumIOC.stdoutWrite, 1)
         sys.stderr = Writer(yumIOC.stderrWrite, 2)
@@ -1238,8 +1246,7 @@ class YumIO:
         # Every question is the user's to answer.
         conf._set_value('assumeyes', False, dnf.conf.PRIO_COMMANDLINE)
         conf._set_value('assumeno', False, dnf.conf.PRIO_COMMANDLINE)
-        conf._set_value('reposdir', [inRoot(path) for path in self.CONFIGURATION_DIRECTORIES],
-                        dnf.conf.PRIO_DEFAULT)
+        conf._set_value('reposdir', repositoryDirectories(), dnf.conf.PRIO_DEFAULT)
         conf._set_value('persistdir', inRoot('/var/lib/dnf'), dnf.conf.PRIO_DEFAULT)
         conf._set_value('varsdir', [inRoot(path) for path in ('/etc/yum/vars', '/etc/dnf/vars')],
                         dnf.conf.PRIO_DEFAULT)
@@ -1287,15 +1294,50 @@ class YumIO:
             if not fault:
                 try:
                     conf.read(path)
+                    YumIO._keepChecks(conf, path)
                     return path
                 except (dnf.exceptions.Error, OSError, ValueError) as e:
                     fault = str(e)
-            logging.getLogger('dnf').error(tr('Unable to use the configuration file %s: %s'), path, fault)
+            YumIO._reportUnused(path, fault)
             logging.getLogger('dnf').error(tr('Its options, such as the packages that it excludes, do not count. '
                                               'Signatures of packages are checked, unless a repository says '
                                               'otherwise.'))
         conf._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
         return os.devnull
+
+    @staticmethod
+    def _reportUnused(path, fault):
+        logging.getLogger('dnf').error(tr('Unable to use the configuration file %s: %s'), path, fault)
+
+    # What keeps a package or metadata from being used.
+    CHECKS = ('gpgcheck', 'repo_gpgcheck', 'localpkg_gpgcheck', 'sslverify')
+
+    @staticmethod
+    def _keepChecks(conf, path):
+        """dnf itself reads no other file than its own. With another one, nothing is to be installed here that dnf
+        would refuse.
+        """
+        own = inRoot(OWN_CONFIGURATION)
+        if path == own or not os.path.exists(own):
+            return
+        demanded = dnf.conf.config.BaseConfig(libdnf.conf.ConfigMain())
+        fault = mainFileFault(own)
+        if not fault:
+            try:
+                parser = libdnf.conf.ConfigParser()
+                parser.read(own)
+                demanded._populate(parser, 'main', own, dnf.conf.PRIO_MAINCONFIG)
+            except (dnf.exceptions.Error, libdnf.error.Error, RuntimeError, OSError, ValueError) as e:
+                fault = str(e)
+        if fault:
+            YumIO._reportUnused(own, fault)
+            demanded._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
+        added = [check for check in YumIO.CHECKS if getattr(demanded, check) and not getattr(conf, check)]
+        for check in added:
+            conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
+        if added:
+            logging.getLogger('dnf').warning(tr('dnf with its file %s makes checks that %s switches off. They are '
+                                                'made: %s'), own, path, ', '.join(added))
 
     def _setupLogFiles(self):
         directory = self.base.conf.logdir

@@ -98,6 +98,44 @@ class UseTest(EditingTest):
             self.assertEqual(self.files(), files)
 
 
+class OwnFileTest(EditingTest):
+    """The only main file is that of dnf itself, as current systems have it."""
+
+    def test_repository_is_enabled_and_an_unsigned_package_refused(self):
+        root = self.sandbox.root
+        own = os.path.join(root, 'etc/dnf/dnf.conf')
+        os.makedirs(os.path.dirname(own), exist_ok=True)
+        os.rename(os.path.join(root, 'etc/yum.conf'), own)
+        with open(own, 'a') as stream:
+            stream.write('gpgcheck=1\nexclude=abacus-cli\n')
+        repository = self.read_repo('sandbox-http.repo')
+        self.assertIn('gpgcheck=0\n', repository)
+        self.write_repo('sandbox-http.repo', repository.replace('gpgcheck=0\n', ''))
+        with open(own) as stream:
+            text = stream.read()
+        with self.opened() as window:
+            # No message stands in the way, and what the file excludes is not there.
+            self.check_listed(window, ['hedgerow', 'pergola'])
+            editor = self.edit(window)
+            self.assertEqual(editor.identifiers(), IDENTIFIERS)
+            editor.toggle('sandbox-disabled', PERMANENT)
+            editor.wait_status(UNAPPLIED)
+            editor.click_button('Apply')
+            editor.wait_status('')
+            editor.close('Cancel')
+            self.assertIn('enabled=1', self.read_repo('sandbox-disabled.repo'))
+            with open(own) as stream:
+                self.assertEqual(stream.read(), text)
+            self.assertFalse(os.path.lexists(os.path.join(root, 'etc/yum.conf')))
+            window.wait_ready()
+            window.set_filter('^loupe ')
+            window.mark_listed('loupe')
+            window.accept(window.apply())
+            self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', 'loupe', 'not signed')
+            window.wait_ready()
+            self.check_unchanged()
+
+
 class ChangesTest(EditingTest):
     """The configuration is changed."""
 

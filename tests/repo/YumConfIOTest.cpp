@@ -134,6 +134,10 @@ private Q_SLOTS:
     void withoutAManagedRootThePathsAreThoseOfTheSystem();
     void theFileInEtcYumComesFirst();
     void withoutEtcYumTheFileInEtcIsReadAndWritten();
+    void theMainFileIsTheFirstThatExists();
+    void theFileOfThePackageManagerItselfIsReadAndWritten();
+    void anUnreadableMainFileIsNotReplacedByAnother();
+    void theDirectoryOfTheDistributionIsReadWhereItExists();
     void anEmptyMainFileGivesTheDefaults();
     void namedDirectoriesAreThoseOfTheManagedRoot();
     void whatThePackageManagerTakesOtherwiseIsDoubted();
@@ -432,9 +436,14 @@ void YumConfIOTest::nothingIsReadAtFirst()
 void YumConfIOTest::withoutAManagedRootThePathsAreThoseOfTheSystem()
 {
     qunsetenv("VYREROOT");
-    struct stat status;
-    const bool first = stat("/etc/yum/yum.conf", &status) == 0;
-    QCOMPARE(YumConfIO::fileName(), QString::fromLatin1(first ? "/etc/yum/yum.conf" : "/etc/yum.conf"));
+    QString expected = QStringLiteral("/etc/yum.conf");
+    for (const char* file : {"/etc/dnf/dnf.conf", "/etc/yum.conf", "/etc/yum/yum.conf"}) {
+        struct stat status;
+        if (stat(file, &status) == 0) {
+            expected = QString::fromLatin1(file);
+        }
+    }
+    QCOMPARE(YumConfIO::fileName(), expected);
     if (!QFile::exists(YumConfIO::fileName())) {
         QVERIFY(!conf->read(window.data()));
         user->seen.clear();
@@ -446,8 +455,11 @@ void YumConfIOTest::withoutAManagedRootThePathsAreThoseOfTheSystem()
         QCOMPARE(conf->cachedir, QStringLiteral("/var/cache/yum"));
     }
     if (!conf->mainText.contains(QStringLiteral("reposdir"))) {
-        QCOMPARE(conf->reposdir,
-                 QStringList({QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/yum/repos.d")}));
+        QStringList directories{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/yum/repos.d")};
+        if (QFileInfo(QStringLiteral("/etc/distro.repos.d")).isDir()) {
+            directories.append(QStringLiteral("/etc/distro.repos.d"));
+        }
+        QCOMPARE(conf->reposdir, directories);
     }
 }
 
@@ -477,6 +489,108 @@ void YumConfIOTest::withoutEtcYumTheFileInEtcIsReadAndWritten()
     QVERIFY(conf->write(window.data()));
     QCOMPARE(get(mainPath()), QByteArray("[main]\ncachedir=/second\nretries=3\n"));
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
+}
+
+void YumConfIOTest::theMainFileIsTheFirstThatExists()
+{
+    QFile file(QFINDTESTDATA("../support/main-files"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    int tried = 0;
+    for (const QString& line : lines) {
+        if (line.startsWith(QLatin1Char('#'))) {
+            continue;
+        }
+        const QStringList pair = line.split(QLatin1Char('\t'));
+        QCOMPARE(pair.size(), 2);
+        QVERIFY(QDir(path(QStringLiteral("etc"))).removeRecursively());
+        for (QString name : pair.first().split(QLatin1Char(' '))) {
+            const QStringList link = name.split(QLatin1Char('>'));
+            const bool isLink = link.size() == 2;
+            const QChar kind = isLink ? QLatin1Char('>') : name.at(name.size() - 1);
+            if (isLink) {
+                name = link.first();
+            } else if (QStringLiteral("=!/").contains(kind)) {
+                name.chop(1);
+            }
+            if (name == QLatin1String("-")) {
+                continue;
+            }
+            QVERIFY(QDir().mkpath(QFileInfo(path(name)).path()));
+            if (isLink) {
+                linkTo(link.last(), path(name));
+            } else if (kind == QLatin1Char('/')) {
+                QVERIFY(QDir().mkpath(path(name)));
+            } else {
+                put(path(name), kind == QLatin1Char('=') ? "" : "[main]\n");
+            }
+            if (kind == QLatin1Char('!')) {
+                QCOMPARE(chmod(QFile::encodeName(path(name)).constData(), 0), 0);
+            }
+        }
+        const QString expected =
+            pair.last() == QLatin1String("-") ? QStringLiteral("etc/yum.conf") : pair.last();
+        QVERIFY2(YumConfIO::fileName() == path(expected), qPrintable(line));
+        ++tried;
+    }
+    QVERIFY(tried > 20);
+}
+
+void YumConfIOTest::theFileOfThePackageManagerItselfIsReadAndWritten()
+{
+    QVERIFY(QFile::remove(mainPath()));
+    const QString file = path(QStringLiteral("etc/dnf/dnf.conf"));
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/dnf")));
+    put(file, "# see the manual\n[main]\ngpgcheck=1\nbest=True\n\n[inside]\nbaseurl=file:///inside\n");
+    putRepo(QStringLiteral("a.repo"), "[a]\nname=A\n");
+    QVERIFY(conf->read(window.data()));
+    QVERIFY(conf->gpgcheck);
+    QCOMPARE(conf->cachedir, path(QStringLiteral("var/cache/yum")));
+    QCOMPARE(conf->reposdir,
+             QStringList({path(QStringLiteral("etc/yum.repos.d")), path(QStringLiteral("etc/yum/repos.d"))}));
+    QCOMPARE(ids(), QStringList({QStringLiteral("inside"), QStringLiteral("a")}));
+    entry(QStringLiteral("inside")).name = QStringLiteral("Inside");
+    entry(QStringLiteral("a")).name = QStringLiteral("Other");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(get(file), QByteArray("# see the manual\n[main]\ngpgcheck=1\nbest=True\n\n"
+                                   "[inside]\nname=Inside\nbaseurl=file:///inside\n"));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=Other\n"));
+    QVERIFY(!QFile::exists(mainPath()));
+    QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));
+}
+
+void YumConfIOTest::anUnreadableMainFileIsNotReplacedByAnother()
+{
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/dnf")));
+    put(path(QStringLiteral("etc/dnf/dnf.conf")), "[main]\n");
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QCOMPARE(chmod(QFile::encodeName(mainPath()).constData(), 0), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->read(window.data()));
+    }
+    compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
+}
+
+void YumConfIOTest::theDirectoryOfTheDistributionIsReadWhereItExists()
+{
+    const QString directory = path(QStringLiteral("etc/distro.repos.d"));
+    QVERIFY(QDir().mkpath(directory));
+    put(directory + QStringLiteral("/d.repo"), "[d]\nname=D\n");
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
+                                          path(QStringLiteral("etc/yum/repos.d")), directory}));
+    QCOMPARE(ids(), QStringList({QStringLiteral("d")}));
+    // New repositories go into the usual directory.
+    conf->entries.append(made(QStringLiteral("n")));
+    entry(QStringLiteral("d")).name = QStringLiteral("E");
+    QVERIFY(conf->write(window.data()));
+    QCOMPARE(get(directory + QStringLiteral("/d.repo")), QByteArray("[d]\nname=E\n"));
+    QVERIFY(QFile::exists(repoPath(QStringLiteral("n.repo"))));
+    // The main file has the last word.
+    putMain("[main]\nreposdir=/etc/yum.repos.d\n");
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d"))}));
 }
 
 void YumConfIOTest::anEmptyMainFileGivesTheDefaults()

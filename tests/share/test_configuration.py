@@ -9,7 +9,7 @@ import threading
 import time
 
 from recordingmodule import limits
-from scenario import ScenarioTest, in_own_process
+from scenario import SOURCES, ScenarioTest, in_own_process
 
 LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
           "sandbox-updates")
@@ -223,6 +223,155 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(yumio.base.conf.config_file_path, self.sandbox.root + "/etc/yum/yum.conf")
 
     @in_own_process
+    def test_the_main_file_is_the_first_that_exists(self):
+        self.run_without_object()
+        tried = 0
+        with open(os.path.join(SOURCES, "tests", "support", "main-files")) as lines:
+            for line in lines:
+                if line.startswith("#"):
+                    continue
+                names, expected = line.rstrip("\n").split("\t")
+                root = os.environ["VYREROOT"] = os.path.join(self.directory, "root%d" % tried)
+                os.makedirs(root + "/etc")
+                for name in names.split(" "):
+                    self.make_main_file(root, name)
+                self.assertEqual(self.script["configurationFile"](),
+                                 None if expected == "-" else os.path.join(root, expected), line)
+                tried += 1
+        self.assertGreater(tried, 20)
+
+    @staticmethod
+    def make_main_file(root, name):
+        name, _, target = name.partition(">")
+        kind = name[-1]
+        path = os.path.join(root, name.rstrip("=!/"))
+        if name == "-":
+            return
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        if target:
+            os.symlink(target, path)
+        elif kind == "/":
+            os.makedirs(path)
+        else:
+            with open(path, "w") as stream:
+                stream.write("" if kind == "=" else "[main]\n")
+            if kind == "!":
+                os.chmod(path, 0)
+
+    def use_own_file(self, content):
+        """The system as dnf's users have it: no other main file than that of dnf itself."""
+        os.unlink(self.sandbox.root + "/etc/yum.conf")
+        return self.write("/etc/dnf/dnf.conf", "[main]\nretries=1\ntimeout=5\n" + content)
+
+    def dnf_itself(self, *arguments):
+        """What dnf's command line says of the same system, to its end status and its output."""
+        done = subprocess.run(["dnf", "--installroot", self.sandbox.root, "--disablerepo=*unreachable", "-y"] +
+                              list(arguments), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              env=dict(os.environ, LC_ALL="C.UTF-8"), universal_newlines=True)
+        return done.returncode, done.stdout
+
+    @in_own_process
+    def test_all_options_of_the_file_of_dnf_itself_count(self):
+        path = self.use_own_file("gpgcheck=1\nexclude=astrolabe\nproxy=http://127.0.0.1:1/\nkeepcache=1\n"
+                                 "install_weak_deps=0\n[in-main]\nname=Main\nbaseurl=file:///nowhere\nenabled=0\n")
+        self.write("/etc/dnf/vars/place", "mine\n")
+        self.write("/etc/yum.repos.d/place.repo", "[x-$place]\nname=x\nbaseurl=file:///nowhere\nenabled=0\n")
+        conf = self.load().base.conf
+        self.assertEqual(conf.config_file_path, path)
+        self.assertEqual((conf.gpgcheck, list(conf.excludepkgs), conf.proxy, conf.keepcache, conf.install_weak_deps),
+                         (True, ["astrolabe"], "http://127.0.0.1:1/", True, False))
+        self.assertEqual((conf.cachedir, conf.persistdir),
+                         (self.sandbox.root + "/var/cache/yum", self.sandbox.root + "/var/lib/dnf"))
+        self.assertEqual(sorted(self.yumio.base.repos), sorted(LAYOUT + ("in-main", "x-mine")))
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_an_unsigned_package_is_refused_as_by_dnf_with_its_own_file_only(self):
+        self.use_own_file("gpgcheck=1\n")
+        self.change_repository("sandbox-http", "gpgcheck=0\n", "")
+        before = self.sandbox.installed()
+        status, output = self.dnf_itself("install", "loupe")
+        self.assertNotEqual(status, 0)
+        self.assertRegex(output, "loupe.* is not signed|You have enabled checking of packages via GPG keys")
+        self.assertEqual(self.sandbox.installed(), before)
+        self.load()
+        self.yumio.base.repos["sandbox-unreachable"].disable()
+        self.yumio.lock()
+        self.collect()
+        self.assert_refused("loupe.* is not signed", installs=["loupe"])
+
+    @in_own_process
+    def test_a_file_of_dnf_itself_that_cannot_be_used_has_signatures_checked(self):
+        path = self.use_own_file("")
+        for content, reason in (("[main\n", "Parsing file"), (None, "it is not a regular file")):
+            os.unlink(path)
+            if content is None:
+                os.mkfifo(path)
+            else:
+                self.write("/etc/dnf/dnf.conf", content)
+            self.assertTrue(self.load().base.conf.gpgcheck)
+            named, checked = self.recording.errors()
+            self.assertIn("Unable to use the configuration file %s: %s" % (path, reason), named)
+            self.assertIn(CHECKED, checked)
+
+    @in_own_process
+    def test_another_main_file_switches_no_check_of_dnf_off(self):
+        own = self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nrepo_gpgcheck=yes\nlocalpkg_gpgcheck=1\n"
+                         "exclude=astrolabe\n")
+        main = self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nsslverify=0\n")
+        yumio = self.load()
+        said = "dnf with its file %s makes checks that %s switches off. They are made: " % (own, main)
+
+        def checks():
+            conf = yumio.base.conf
+            return conf.gpgcheck, conf.repo_gpgcheck, conf.localpkg_gpgcheck, conf.sslverify
+        self.assertEqual(checks(), (True, True, True, True))
+        self.assertEqual(list(yumio.base.conf.excludepkgs), [])
+        self.assertEqual(self.recording.errors(), [said + "gpgcheck, repo_gpgcheck, localpkg_gpgcheck, sslverify"])
+        # An empty one is no word against them either.
+        for content, expected, added in (
+                ("", (True, False, False, True), "gpgcheck"), ("[main]\ngpgcheck=1\n", (True, False, False, True), "")):
+            self.write("/etc/yum.conf", content)
+            self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nsslverify=0\n")
+            self.recording.clear()
+            yumio.reset()
+            self.assertEqual(checks(), expected)
+            self.assertEqual(self.recording.errors(), [said + added] if added else [])
+        # Of one that cannot be read it is not known what it demands.
+        self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n")
+        self.write("/etc/dnf/dnf.conf", "[main\n")
+        self.recording.clear()
+        yumio.reset()
+        self.assertTrue(yumio.base.conf.gpgcheck)
+        fault, checked = self.recording.errors()
+        self.assertIn("Unable to use the configuration file %s: Parsing file" % own, fault)
+        self.assertEqual(checked, said + "gpgcheck")
+        # What neither of them demands is not checked.
+        self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=0\n")
+        self.recording.clear()
+        yumio.reset()
+        self.assertFalse(yumio.base.conf.gpgcheck)
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_the_repository_directories_of_dnf_are_read_where_they_exist(self):
+        import dnf.conf
+
+        conf = dnf.conf.Conf()
+        known = list(conf.reposdir)
+        for number, directory in enumerate(known):
+            self.write("%s/added%d.repo" % (directory, number),
+                       "[added%d]\nname=x\nbaseurl=file:///nowhere\nenabled=0\n" % number)
+        added = tuple("added%d" % number for number in range(len(known)))
+        yumio = self.load()
+        self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT + added))
+        self.assertEqual(list(yumio.base.conf.reposdir), [self.sandbox.root + directory for directory in known])
+        shutil.rmtree(self.sandbox.root + "/etc/distro.repos.d")
+        yumio.reset()
+        self.assertEqual(list(yumio.base.conf.reposdir), [self.sandbox.root + directory for directory in known
+                                                          if directory != "/etc/distro.repos.d"])
+
+    @in_own_process
     def test_repositories_come_from_the_main_file_and_both_directories(self):
         self.configure("[in-main]", "name=Main", "baseurl=file:///nowhere")
         self.write("/etc/yum/repos.d/second.repo", "[second]\nname=Second\nbaseurl=file:///nowhere\n")
@@ -329,20 +478,20 @@ class ConfigurationTest(ScenarioTest):
             if value is not None:
                 os.environ["VYREROOT"] = value
             self.run_without_object()
-            present = set(["/etc/yum/yum.conf", "/etc/yum.conf"])
+            present = set(["/etc/yum/yum.conf", "/etc/yum.conf", "/etc/dnf/dnf.conf"])
             exists = os.path.exists
             os.path.exists = lambda path: path in present
             try:
-                self.assertEqual(self.script["configurationFile"](), "/etc/yum/yum.conf")
-                present.discard("/etc/yum/yum.conf")
-                self.assertEqual(self.script["configurationFile"](), "/etc/yum.conf")
-                present.clear()
+                for path in ("/etc/yum/yum.conf", "/etc/yum.conf", "/etc/dnf/dnf.conf"):
+                    self.assertEqual(self.script["configurationFile"](), path)
+                    present.discard(path)
                 self.assertIsNone(self.script["configurationFile"]())
             finally:
                 os.path.exists = exists
             conf = self.configuration_without_file()
             self.assertEqual(conf.installroot, "/")
-            self.assertEqual(list(conf.reposdir), ["/etc/yum.repos.d", "/etc/yum/repos.d"])
+            self.assertEqual(list(conf.reposdir), ["/etc/yum.repos.d", "/etc/yum/repos.d"] +
+                             ["/etc/distro.repos.d"] * os.path.isdir("/etc/distro.repos.d"))
             self.assertEqual((conf.cachedir, conf.logdir, conf.persistdir),
                              ("/var/cache/yum", "/var/log", "/var/lib/dnf"))
             self.assertEqual(list(conf.varsdir), ["/etc/yum/vars", "/etc/dnf/vars"])
