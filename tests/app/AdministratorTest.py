@@ -17,6 +17,7 @@ import resource
 import select
 import shutil
 import signal
+import socket
 import stat
 import subprocess
 import sys
@@ -37,6 +38,7 @@ RULE = '''
 polkit.addAdminRule(function(action, subject) {{ return ["unix-user:{}"]; }});
 polkit.addRule(function(action, subject) {{ if (subject.user == "{}") {{ return polkit.Result.YES; }} }});
 '''.format(NAME, TRUSTED)
+HELPER = '/usr/lib/polkit-1/polkit-agent-helper-1'
 NOT_LET = 'vyre-admin: the system does not let you be its administrator\n'
 
 # It writes down how it was started.
@@ -184,6 +186,21 @@ class System:
         wait_for(lambda: 'org.freedesktop.PolicyKit1' in run(
             'dbus-send', '--system', '--print-reply', '--dest=org.freedesktop.DBus', '/',
             'org.freedesktop.DBus.ListNames', check=False).stdout, 'polkit')
+        if not os.stat(HELPER).st_mode & stat.S_ISUID:
+            threading.Thread(target=self.serve_helper, args=[socket.socket(socket.AF_UNIX)], daemon=True).start()
+
+    def serve_helper(self, server):
+        """What checks the password in newer versions of polkit is not started by the agent, with root's rights, but by
+        systemd, for each connection. There is no systemd here.
+        """
+        os.makedirs('/run/polkit', exist_ok=True)
+        server.bind('/run/polkit/agent-helper.socket')
+        os.chmod('/run/polkit/agent-helper.socket', 0o666)
+        server.listen()
+        while True:
+            connection = server.accept()[0]
+            with connection:
+                subprocess.call([HELPER, '--socket-activated'], stdin=connection, stdout=connection, stderr=self.log)
 
     def record(self):
         """What VYRE's stand-in was given last; None: it was not started."""

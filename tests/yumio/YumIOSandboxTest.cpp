@@ -225,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getRepo(entry), QString("@System"));
         QCOMPARE(yumIO().getArch(entry), QString("noarch"));
         QCOMPARE(entry.biArch, QString("x86_64"));
-        QCOMPARE(QString::number(entry.size), rpm({"-q", "gallivant", "--qf", "%{SIZE}"}));
+        QCOMPARE(QString::number(entry.size), rpm({"-q", "gallivant", "--qf", "%{LONGSIZE}"}));
         QCOMPARE(yumIO().getSize(entry), QString::number(entry.size) + "b");
         QCOMPARE(yumIO().getSummary(entry), QString("May be installed anywhere"));
         QCOMPARE(QString::number(entry.buildTime), rpm({"-q", "gallivant", "--qf", "%{BUILDTIME}"}));
@@ -575,9 +575,10 @@ private Q_SLOTS:
         const quint64 download = backEnd->entry("chatterbox")->size + backEnd->entry("abacus-cli")->size;
         const QString repositories = sandbox.filePath("sandbox/http/");
         const quint64 size =
-            rpm({"-qp", repositories + "sandbox-http/chatterbox-1.0-1.noarch.rpm", "--qf", "%{SIZE}"})
+            rpm({"-qp", repositories + "sandbox-http/chatterbox-1.0-1.noarch.rpm", "--qf", "%{LONGSIZE}"})
                 .toULongLong() +
-            rpm({"-qp", repositories + "sandbox-updates/abacus-cli-3.3.0-2.x86_64.rpm", "--qf", "%{SIZE}"})
+            rpm({"-qp", repositories + "sandbox-updates/abacus-cli-3.3.0-2.x86_64.rpm", "--qf",
+                 "%{LONGSIZE}"})
                 .toULongLong();
         QVERIFY(yumIO().apply());
         QCOMPARE(backEnd->answers.takeTexts("Apply"),

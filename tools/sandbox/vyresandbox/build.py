@@ -27,16 +27,20 @@ def run(command, **options):
 class _SpecFile(object):
     """Packages that one rpmbuild call makes: all are sub-packages of one source package."""
 
-    def __init__(self, name, target, changelog):
+    def __init__(self, name, target, changelog, vendor):
         self.name = name
         self.target = target
         self.changelog = changelog
+        self.vendor = vendor
         self.packages = []
         self.names = set()
         self.files = {}
 
     def accepts(self, package):
-        """One spec file has one build root, hence one content for a path, and one package of a name."""
+        """One spec file has one build root, hence one content for a path, and one package of a name.
+
+        With newer versions of rpm it has one vendor, too.
+        """
         return package.name not in self.names and all(
             self.files.get(path, content) == content for path, content in package.files.items())
 
@@ -97,11 +101,12 @@ def _spec_files(packages):
         target = "x86_64" if package.arch == "noarch" else package.arch
         fitting = [
             spec for spec in specs
-            if spec.target == target and spec.changelog == package.changelog and spec.accepts(package)]
+            if spec.target == target and spec.changelog == package.changelog and spec.vendor == package.vendor
+            and spec.accepts(package)]
         if not fitting:
             counts[package.changelog] += 1
             name = "larkspur-%s-%d" % (package.changelog, counts[package.changelog])
-            fitting = [_SpecFile(name, target, package.changelog)]
+            fitting = [_SpecFile(name, target, package.changelog, package.vendor)]
             specs += fitting
         fitting[0].add(package)
     return specs
