@@ -560,8 +560,10 @@ private Q_SLOTS:
 
     void bothMenusOfTheTableAreOpenedByKeyboard()
     {
-        // The window system makes a menu request of the menu key, so that has to come from there.
-        for (const char* keys : {"Menu", "shift+F10"}) {
+        // The window system makes a menu request of the menu key, so that has to come from there. 76 is the
+        // code of the key F10: with some versions of the keyboard's description xdotool would press Alt with
+        // its name.
+        for (const char* keys : {"Menu", "shift+76"}) {
             QStringList menus;
             QTimer timer;
             connect(&timer, &QTimer::timeout, this, [&menus] {
