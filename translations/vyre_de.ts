@@ -2509,6 +2509,28 @@ If the file is damaged, move it away: the package manager makes a new one.</sour
 %1
 Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt eine neue an.</translation>
     </message>
+    <message>
+        <source>The plug-in {} cannot be loaded: {}</source>
+        <translation>Die Erweiterung {} kann nicht geladen werden: {}</translation>
+    </message>
+    <message>
+        <source>The plug-ins cannot be loaded: {}</source>
+        <translation>Die Erweiterungen können nicht geladen werden: {}</translation>
+    </message>
+    <message>
+        <source>The plug-in {} has ended the operation: {}</source>
+        <translation>Die Erweiterung {} hat den Vorgang beendet: {}</translation>
+    </message>
+    <message>
+        <source>The plug-in %s has failed (%s):</source>
+        <translation>Die Erweiterung %s ist gescheitert (%s):</translation>
+    </message>
+    <message>
+        <source>The packages were changed.
+{}</source>
+        <translation>Die Pakete wurden geändert.
+{}</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

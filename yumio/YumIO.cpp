@@ -75,6 +75,11 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO",
                       "The group metadata of the repository {} are damaged: {}\nIts groups are left out."),
     QT_TRANSLATE_NOOP("YumIO", "The file {} is damaged: {}"),
+    QT_TRANSLATE_NOOP("YumIO", "The plug-in {} cannot be loaded: {}"),
+    QT_TRANSLATE_NOOP("YumIO", "The plug-ins cannot be loaded: {}"),
+    QT_TRANSLATE_NOOP("YumIO", "The plug-in {} has ended the operation: {}"),
+    QT_TRANSLATE_NOOP("YumIO", "The plug-in %s has failed (%s):"),
+    QT_TRANSLATE_NOOP("YumIO", "The packages were changed.\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed. Only the history of transactions could not be "
                                "written:\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "There was no space for the scripts of these packages, which may not have "

@@ -39,7 +39,11 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
                                                               : nullptr);
     }
 
-    repos = PyRef(PyObject_GetAttrString(base.get(), "repos"));
+    {
+        // The script loads the package manager's plug-ins now, which may print, or start what does.
+        YumIOCapturersUser capturersUser(capturers, this);
+        repos = PyRef(PyObject_GetAttrString(base.get(), "repos"));
+    }
     if (!repos) {
         return internalError(tr("Internal error: yumIO.base.repos not evaluable"));
     }
@@ -72,7 +76,11 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     progress->setupItemActs(14000, enabledRepos.count());
     {
         ExceptScope scope(*this, {classes[RepoError], classes[BdbQuit]});
-        const PyRef result(pyMethodCall(yumIO.get(), "setupRepos", "()"));
+        PyRef result;
+        {
+            YumIOCapturersUser capturersUser(capturers, this);
+            result = PyRef(pyMethodCall(yumIO.get(), "setupRepos", "()"));
+        }
         showRemarks();
         if (pyExceptMatches(result.get(), classes[RepoError]) ||
             pyExceptMatches(result.get(), classes[BdbQuit])) {

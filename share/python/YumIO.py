@@ -14,8 +14,10 @@ import datetime
 import errno
 import fcntl
 import functools
+import gc
 import glob
 import gzip
+import importlib
 import logging
 import lzma
 import os
@@ -49,6 +51,7 @@ import dnf.exceptions
 import dnf.lock
 import dnf.logging
 import dnf.package
+import dnf.plugin
 import dnf.repo
 import dnf.rpm
 import dnf.rpm.miscutils
@@ -953,6 +956,117 @@ def modulesFault(base, path):
     return ''
 
 
+# Plug-ins ---------------------------------------------------------------------------------------------------
+
+def isOfPlugIn(module):
+    """Whether a module, given by its name, is that of a plug-in; each run of the package manager imports them once."""
+    return module.startswith(dnf.plugin.DYNAMIC_PACKAGE + '.')
+
+
+def forgetPlugIns():
+    """Let the modules of the plug-ins go: they would be taken for the new ones when these are to be imported."""
+    for name in list(sys.modules):
+        if name == dnf.plugin.DYNAMIC_PACKAGE or isOfPlugIn(name):
+            del sys.modules[name]
+
+
+def nameOfPlugIn(plugIn):
+    """What to call a plug-in, or the class of one."""
+    name = getattr(plugIn, 'name', None)
+    if isinstance(name, str) and name and name != dnf.plugin.Plugin.name:
+        return passable(name)
+    return passable(plugIn.__module__.rpartition('.')[2])
+
+
+def plugInInTraceback(error):
+    """The name of the plug-in that an exception comes from; empty when it comes from none."""
+    place = error.__traceback__
+    while place is not None:
+        module = place.tb_frame.f_globals.get('__name__') or ''
+        if isOfPlugIn(module):
+            return passable(module.rpartition('.')[2])
+        place = place.tb_next
+    return ''
+
+
+def saidBy(error):
+    """What an exception says; those that end a program say a number, or nothing."""
+    return passable(str(error)) or type(error).__name__
+
+
+class PlugIns(dnf.plugin.Plugins):
+    """The package manager's plug-ins. Each that fails is named, and stops at most the operation, as a failure of the
+    package manager's own command does that it would end.
+    """
+
+    # What failed after the packages were changed, which nothing can stop any more.
+    faults = []
+
+    def _load(self, conf, skips, enable_plugins):
+        forgetPlugIns()
+        importlib.invalidate_caches()
+        self.plugins = []
+        gc.collect()
+        # The classes of earlier plug-ins that something still holds.
+        old = [found for found in dnf.plugin.Plugin.__subclasses__() if isOfPlugIn(found.__module__)]
+        try:
+            super(PlugIns, self)._load(conf, skips, enable_plugins)
+        except (Exception, SystemExit) as e:
+            self._refuse(plugInInTraceback(e), e)
+        finally:
+            self.plugin_cls = [found for found in self.plugin_cls if found not in old]
+
+    def _run_init(self, base, cli=None):
+        for found in self.plugin_cls:
+            try:
+                self.plugins.append(found(base, cli))
+            except (Exception, SystemExit) as e:
+                logging.getLogger('dnf').debug('%s', e, exc_info=True)
+                self._refuse(nameOfPlugIn(found), e)
+
+    @staticmethod
+    def _refuse(name, error):
+        if name:
+            raise dnf.exceptions.Error(tr('The plug-in {} cannot be loaded: {}').format(name, saidBy(error)))
+        raise dnf.exceptions.Error(tr('The plug-ins cannot be loaded: {}').format(saidBy(error)))
+
+    def _caller(self, method):
+        for plugIn in self.plugins:
+            try:
+                getattr(plugIn, method)()
+            except (dnf.exceptions.Error, SystemExit) as e:
+                logging.getLogger('dnf').debug('%s', e, exc_info=True)
+                raise dnf.exceptions.Error(
+                    tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), saidBy(e)))
+            except Exception:
+                # The package manager, too, goes on.
+                logging.getLogger('dnf').critical(tr('The plug-in %s has failed (%s):'), nameOfPlugIn(plugIn), method,
+                                                  exc_info=True)
+
+    def run_transaction(self):
+        try:
+            super(PlugIns, self).run_transaction()
+        except dnf.exceptions.Error as e:
+            self.faults.append(str(e))
+
+
+dnf.plugin.Plugins = PlugIns
+
+
+def stampOfPlugIns(conf):
+    """What is another when a plug-in, or the configuration of one, was installed, replaced or removed."""
+    stamp = []
+    for pattern in [directory + '/*.py' for directory in conf.pluginpath] + [
+            directory + '/*.conf' for directory in conf.pluginconfpath]:
+        for path in sorted(glob.glob(pattern)):
+            try:
+                found = os.stat(path)
+            except OSError:
+                continue
+            stamp.append((path, found.st_ino, found.st_mtime_ns, found.st_size))
+    return stamp
+
+
 class Base(dnf.Base):
     """The package manager, with the number of packages that really are downloaded made known beforehand, and faults of
     metadata that it keeps quiet about, or does not survive, found.
@@ -970,6 +1084,25 @@ class Base(dnf.Base):
         # only logged later.
         self.remarks = []
         self._remarked = set()
+        self.plugInFault = ''  # why the plug-ins cannot be used; without them nothing is done
+        self._plugInStamp = None
+
+    def renew(self, conf):
+        """End what this object stands for, and begin again as a new one: the program keeps the object."""
+        kept = self.remarks, self._remarked
+        self.end()
+        forgetPlugIns()
+        self.__init__(conf)
+        self.remarks, self._remarked = kept
+
+    def end(self):
+        """Give up what is open, and write down what the next run has to know, as the package manager's command does at
+        its end.
+        """
+        try:
+            self.close()
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError, ValueError) as e:
+            logging.getLogger('dnf').warning('%s', e)
 
     def remark(self, text):
         if text in self._remarked:
@@ -981,16 +1114,23 @@ class Base(dnf.Base):
     _reposUnread = False
 
     def readReposLater(self):
-        """Read the files of repositories when these are first asked for. A worker does that: the package manager takes
-        seconds for ten thousand of them, which the graphical thread does not have.
+        """Load the plug-ins and read the files of repositories when these are first asked for. A worker does that: the
+        package manager takes seconds for ten thousand of them, which the graphical thread does not have.
         """
         self._reposUnread = True
+
+    def plugInsHaveChanged(self):
+        return self._plugInStamp is not None and self._plugInStamp != stampOfPlugIns(self.conf)
 
     @property
     def repos(self):
         if self._reposUnread:
-            self._readRepos()
-            self._reposUnread = False
+            self._reposUnread = False  # plug-ins ask for them as well
+            try:
+                self._readRepos()
+            except BaseException:
+                self._reposUnread = True
+                raise
         return self._repos
 
     @repos.deleter
@@ -1000,6 +1140,9 @@ class Base(dnf.Base):
     def _readRepos(self):
         # What an attempt that was cut off has left.
         self._repos.clear()
+        self._plugInStamp = stampOfPlugIns(self.conf)
+        self.plugInFault = ''
+        self._usePlugIns(self.init_plugins, self.pre_configure_plugins)
         try:
             self.read_all_repos()
         except (dnf.exceptions.Error, OSError) as e:
@@ -1007,6 +1150,16 @@ class Base(dnf.Base):
         for repo in self._repos.values():
             repo.set_progress_bar(DownloadProgress())
             repo._set_key_import(KeyImport())
+        self._usePlugIns(self.configure_plugins)
+
+    def _usePlugIns(self, *steps):
+        """The program asks for the repositories first; what it is to be told of the plug-ins comes after that."""
+        try:
+            for step in steps:
+                if not self.plugInFault:
+                    step()
+        except dnf.exceptions.Error as e:
+            self.plugInFault = str(e)
 
     def read_all_repos(self, opts=None):
         for repo in RepositoryReader(self.conf, opts):
@@ -1217,6 +1370,8 @@ class YumIO:
     def __init__(self):
         sys.stdout = Writer(yumIOC.stdoutWrite, 1)
         sys.stderr = Writer(yumIOC.stderrWrite, 2)
+        # Nobody answers what a plug-in asks there.
+        sys.stdin = open(os.devnull)
         logger = logging.getLogger('dnf')
         logger.setLevel(dnf.logging.TRACE)
         logger.addHandler(LogHandler())
@@ -1385,11 +1540,7 @@ class YumIO:
         """Forget all packages and repositories, and read the configuration again."""
         self.base.otherData.clear()
         self.base.headers.clear()
-        del self.base._ts
-        self.base.reset(sack=True, repos=True, goal=True)
-        self.base._comps = None
-        self.base._history = None
-        self.base._conf = self._configuration()
+        self.base.renew(self._configuration())
         self.base.readReposLater()
 
     # Locking
@@ -1414,6 +1565,8 @@ class YumIO:
         return lock.target
 
     def unlock(self):
+        """The program calls this at its end."""
+        self.base.end()
         if self._lock is None:
             return
         lock, self._lock = self._lock, None
@@ -1445,6 +1598,8 @@ class YumIO:
             self.base.otherData.clear()
             self.base.headers.clear()
             del self.remarks[:]
+            if self.base.repos is not None and self.base.plugInFault:
+                raise dnf.exceptions.Error(self.base.plugInFault)
             self._checkModuleFiles()
             self._cookie = databaseCookie()
             self.base.fill_sack()
@@ -1651,6 +1806,9 @@ class YumIO:
             base.headers.clear()
             base.reset(goal=True)
             del base._ts
+            if base.changed and base.plugInsHaveChanged():
+                # The packages are read again now.
+                base.readReposLater()
 
     def _refuseHistory(self, text):
         """Raises what was said of the history's file, with what can be done."""
@@ -1665,6 +1823,8 @@ class YumIO:
         if base.historyFault is not None:
             parts.append(tr('The packages were changed. Only the history of transactions could not be written:\n{}')
                          .format(base.historyFault + spaceHint(base.conf.persistdir)))
+        while PlugIns.faults:
+            parts.append(tr('The packages were changed.\n{}').format(PlugIns.faults.pop(0)))
         if base.withoutSpace:
             packages = '\n'.join(sorted(set(base.withoutSpace)))
             parts.append(tr('There was no space for the scripts of these packages, which may not have run:\n{}')

@@ -64,11 +64,37 @@ private:
     SandboxCopy sandbox;
     QScopedPointer<BackEnd> backEnd;
 
+    static bool put(const QString& path, const QByteArray& content, QIODevice::OpenMode mode)
+    {
+        QFile file(path);
+        return file.open(mode) && file.write(content) == content.size();
+    }
+
+    // Of each of the two kinds one: their modules come anew after each reset.
+    bool addPlugIns()
+    {
+        const QString directory = sandbox.filePath("plugins");
+        return QDir().mkpath(directory) &&
+               put(directory + "/plain.py",
+                   "import dnf\ntable = list(range(100000))\n"
+                   "class Plain(dnf.Plugin):\n    name = 'plain'\n    def sack(self):\n"
+                   "        self.found = list(self.base.sack.query())\n",
+                   QIODevice::WriteOnly) &&
+               put(directory + "/command.py",
+                   "import dnf, dnf.cli\n@dnf.plugin.register_command\n"
+                   "class Command(dnf.cli.Command):\n    aliases = ('mine',)\n"
+                   "    table = list(range(100000))\n",
+                   QIODevice::WriteOnly) &&
+               put(sandbox.root() + "/etc/yum.conf", "plugins=1\npluginpath=" + directory.toUtf8() + "\n",
+                   QIODevice::Append);
+    }
+
 private Q_SLOTS:
     void initTestCase()
     {
         const QByteArray share = qgetenv("VYRESHARE");
         QVERIFY(sandbox.start());
+        QVERIFY(addPlugIns());
         backEnd.reset(new BackEnd);
         QVERIFY(backEnd->start(share));
     }
@@ -148,7 +174,7 @@ private Q_SLOTS:
         for (int i = 0; i < rounds; ++i) {
             const bool installs = i % 2 == 0;
             backEnd->entry("astrolabe")->action = installs ? Package::Install : Package::Remove;
-            QVERIFY(backEnd->yumIO.apply());
+            QVERIFY2(backEnd->yumIO.apply(), qPrintable(backEnd->log().join('\n')));
             QCOMPARE(backEnd->answers.takeTexts("Apply").count(), 1);
             // As the program does it afterwards.
             backEnd->yumIO.clearEntries();

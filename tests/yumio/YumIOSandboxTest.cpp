@@ -665,6 +665,56 @@ private Q_SLOTS:
         QVERIFY(metadata() > 0);
         QCOMPARE(yumIO().count(), count);
     }
+
+    // --- Plug-ins of the package manager
+
+    void whatPlugInsAndTheirProgramsPrintIsInTheLog()
+    {
+        const QString directory = sandbox.filePath("plugins");
+        QVERIFY(QDir().mkpath(directory));
+        QFile plugIn(directory + "/noisy.py");
+        QVERIFY(plugIn.open(QIODevice::WriteOnly));
+        plugIn.write("import os, dnf\n"
+                     "class Noisy(dnf.Plugin):\n"
+                     "    name = 'noisy'\n"
+                     "    def config(self):\n"
+                     "        print('config printed')\n"
+                     "        os.system('echo config ran; echo config complained >&2')\n"
+                     "    def sack(self):\n"
+                     "        os.system('echo sack ran')\n");
+        plugIn.close();
+        QFile configuration(root + "/etc/yum.conf");
+        QVERIFY(configuration.open(QIODevice::Append));
+        configuration.write("plugins=1\npluginpath=" + directory.toUtf8() + "\n");
+        configuration.close();
+        const int from = yumIO().logEntries().count();
+        collectAgain();
+        const QStringList log = backEnd->log(from);
+        for (const char* line :
+             {"1 0 config printed", "1 0 config ran", "3 0 config complained", "1 0 sack ran"}) {
+            QVERIFY2(log.contains(line), qPrintable(log.join('\n')));
+        }
+    }
+
+    void aPlugInThatEndsTheProgramStopsTheCollectionOnly()
+    {
+        QFile plugIn(sandbox.filePath("plugins/ender.py"));
+        QVERIFY(plugIn.open(QIODevice::WriteOnly));
+        plugIn.write("import sys, dnf\n"
+                     "class Ender(dnf.Plugin):\n"
+                     "    name = 'ender'\n"
+                     "    def config(self):\n"
+                     "        sys.exit('enough')\n");
+        plugIn.close();
+        yumIO().clearEntries();
+        yumIO().reset();
+        QVERIFY(!backEnd->collect());
+        QCOMPARE(texts(), QStringList({"VYRE Yum Error: The plug-in ender has ended the operation: enough\n"
+                                       "Unable to initialize"}));
+        QVERIFY(plugIn.remove());
+        collectAgain();
+        QVERIFY(yumIO().count() > 0);
+    }
 };
 
 QTEST_MAIN(YumIOSandboxTest)

@@ -14,6 +14,7 @@ from .build import KeyRing, build_packages, run
 from .dnfbase import bare_base
 from .sandbox import CREATEREPO, FILE_REPOSITORIES, HTTP_REPOSITORIES, Sandbox
 
+# Without the plug-ins of the machine that the tests run on: one of them keeps every package that was installed.
 _MAIN_CONFIGURATION = """\
 [main]
 gpgcheck=1
@@ -21,6 +22,7 @@ installonly_limit=3
 clean_requirements_on_remove=True
 best=False
 metadata_expire=1
+plugins=0
 """
 
 

@@ -1,0 +1,352 @@
+"""The package manager's plug-ins: loaded, asked and ended as its own command does it."""
+
+import gc
+import os
+import shutil
+import subprocess
+import sys
+
+from scenario import ScenarioTest, in_own_process
+
+SYSTEM_PLUGINS = "/usr/lib/python3/dist-packages/dnf-plugins"
+
+# Writes down what it sees; COMMAND says which program has loaded it.
+PROBE = """
+import os
+import dnf
+class Probe(dnf.Plugin):
+    name = 'probe'
+    def see(self, hook):
+        with open(os.environ['PROBE_FILE'], 'a') as stream:
+            stream.write(hook + ' repos=%d sack=%s transaction=%d\\n' % (
+                len(self.base.repos), self.base.sack is not None, len(self.base.transaction or ())))
+    def __init__(self, base, cli):
+        super(Probe, self).__init__(base, cli)
+        self.see('init')
+"""
+HOOKS = ("pre_config", "config", "sack", "resolved", "pre_transaction", "transaction")
+PROBE += "".join("    def {0}(self):\n        self.see('{0}')\n".format(hook) for hook in HOOKS)
+
+
+def raising(hook, statement, name="crooked"):
+    """A plug-in that runs a statement in one of its hooks."""
+    return ("import os, sys, threading\nimport dnf\nclass Crooked(dnf.Plugin):\n    name = '%s'\n"
+            "    def %s(self%s):\n        %s\n" % (name, hook, ", base, cli" if hook == "__init__" else "", statement))
+
+
+class PlugInsTest(ScenarioTest):
+    def enter(self):
+        super(PlugInsTest, self).enter()
+        self.plugins = os.path.join(self.directory, "plugins")
+        self.settings = os.path.join(self.directory, "settings")
+        self.seen = os.path.join(self.directory, "seen")
+        os.environ["PROBE_FILE"] = self.seen
+        os.makedirs(self.plugins)
+        os.makedirs(self.settings)
+        self.configure("plugins=1", "pluginpath=" + self.plugins, "pluginconfpath=" + self.settings)
+
+    def put(self, name, content, configuration=None):
+        with open(os.path.join(self.plugins, name + ".py"), "w") as stream:
+            stream.write(content)
+        if configuration is not None:
+            with open(os.path.join(self.settings, name + ".conf"), "w") as stream:
+                stream.write(configuration)
+
+    def sightings(self):
+        if not os.path.exists(self.seen):
+            return []
+        with open(self.seen) as stream:
+            seen = stream.read().splitlines()
+        os.unlink(self.seen)
+        return seen
+
+    def command(self, *arguments):
+        root = self.sandbox.root
+        subprocess.run(["/usr/bin/dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
+                        "--setopt=reposdir=%s/etc/yum.repos.d" % root] + list(arguments), check=True,
+                       env=self.sandbox.environment(), stdout=subprocess.DEVNULL)
+
+    def failure(self):
+        """What a collection fails with."""
+        self.load()
+        self.yumio.lock()
+        with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+            self.collect()
+        self.assert_no_faults()
+        return str(caught.exception)
+
+
+class HooksTest(PlugInsTest):
+    @in_own_process
+    def test_a_plug_in_sees_what_it_sees_of_the_command(self):
+        self.put("probe", PROBE)
+        self.command("install", "astrolabe")
+        expected = self.sightings()
+        self.assertEqual([line.split()[0] for line in expected], ["init"] + list(HOOKS))
+        self.command("remove", "astrolabe")
+        self.sightings()
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.assertEqual(self.sightings(), expected)
+        self.assertIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())
+
+    @in_own_process
+    def test_after_a_reset_they_are_loaded_again(self):
+        self.put("probe", PROBE)
+        self.started()
+        first = self.sightings()
+        self.assertEqual([line.split()[0] for line in first], ["init", "pre_config", "config", "sack"])
+        self.again()
+        self.assertEqual(self.sightings(), first)
+        # In the version that there is now.
+        self.put("probe", PROBE.replace("hook +", "'new ' + hook +"))
+        self.again()
+        self.assertEqual(self.sightings(), ["new " + line for line in first])
+        self.put("probe", PROBE, "[main]\nenabled=0\n")
+        self.again()
+        self.assertEqual(self.sightings(), [])
+        os.unlink(os.path.join(self.settings, "probe.conf"))
+        self.configure("plugins=0")
+        self.again()
+        self.assertEqual(self.sightings(), [])
+        self.assertEqual([name for name in sys.modules if name.startswith("dnf.plugin.dynamic")], [])
+
+    @in_own_process
+    def test_a_second_collection_uses_the_same_ones(self):
+        self.put("probe", PROBE)
+        self.started()
+        first = self.sightings()
+        self.collect()
+        self.assertEqual(self.sightings(), first[-1:])
+
+    @in_own_process
+    def test_after_a_transaction_that_replaced_one_they_are_loaded_again(self):
+        self.put("probe", PROBE)
+        self.put("other", raising("transaction", "os.rename(%r, %r)" % (
+            os.path.join(self.plugins, "probe.py"), os.path.join(self.plugins, "moved.py"))))
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.sightings()
+        self.collect()
+        self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
+
+    @in_own_process
+    def test_disabled_ones_are_not_used(self):
+        self.put("probe", PROBE, "[main]\nenabled=0\n")
+        self.started()
+        self.assertEqual(self.sightings(), [])
+
+    @in_own_process
+    def test_plugins_can_be_switched_off(self):
+        self.put("probe", PROBE)
+        self.configure("plugins=0")
+        self.started()
+        self.assertEqual(self.sightings(), [])
+
+    @in_own_process
+    def test_rounds_leave_nothing_behind(self):
+        self.put("probe", PROBE)
+        self.put("command", "import dnf, dnf.cli\n@dnf.plugin.register_command\n"
+                 "class Command(dnf.cli.Command):\n    aliases = ('mine',)\n")
+        self.started()
+
+        def classes():
+            gc.collect()
+            return sorted(found.__name__ for found in self.dnf.plugin.Plugin.__subclasses__())
+
+        def modules():
+            return sorted(name for name in sys.modules if name.startswith("dnf.plugin."))
+
+        first = classes(), modules()
+        self.assertIn("Probe", first[0])
+        self.assertIn("dnf.plugin.dynamic.probe", first[1])
+        for _ in range(3):
+            self.again()
+            self.assertEqual((classes(), modules()), first)
+        # Even where something holds an old one.
+        held = self.dnf.plugin.Plugin.__subclasses__()
+        self.sightings()
+        self.again()
+        self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
+        del held
+
+    @in_own_process
+    def test_with_a_managed_root_those_of_this_system_are_used(self):
+        """As with --installroot: neither the code of the image is run nor its settings of plug-ins read."""
+        self.put("probe", PROBE)
+        for directory in (SYSTEM_PLUGINS, self.plugins):
+            self.write(directory + "/evil.py", PROBE.replace("hook +", "'evil ' + hook +"))
+        self.write(self.settings + "/probe.conf", "[main]\nenabled=0\n")
+        self.command("makecache")
+        expected = self.sightings()
+        self.assertEqual([line.split()[0] for line in expected], ["init", "pre_config", "config", "sack"])
+        self.started()
+        self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
+
+    @in_own_process
+    def test_repositories_of_a_plug_in_are_used(self):
+        self.put("adder", raising("pre_config", "self.base.repos.add_new_repo('added', self.base.conf, "
+                                  "baseurl=['file://%s/'])" % self.sandbox.repository("sandbox-disabled")))
+        self.started()
+        self.assertIn("added", self.yumio.base.repos)
+        self.assertIn("added", [package.repoid for package in self.available])
+
+
+class FailuresTest(PlugInsTest):
+    @in_own_process
+    def test_one_that_cannot_be_imported_is_left_out_as_the_package_manager_does_it(self):
+        self.put("crooked", "raise ValueError('wrong')\n")
+        self.put("probe", PROBE)
+        self.load()
+        self.collect()
+        self.assertTrue(self.sightings())
+        self.assertEqual([text for text in self.recording.errors() if "crooked" in text],
+                         ['Failed loading plugin "crooked": wrong'])
+
+    @in_own_process
+    def test_one_that_ends_the_program_when_it_is_imported(self):
+        self.put("crooked", "import sys\nsys.exit('enough')\n")
+        self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: enough")
+
+    @in_own_process
+    def test_one_that_cannot_be_made(self):
+        self.put("crooked", raising("__init__", "raise ValueError('wrong')"))
+        self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: wrong")
+        # Nothing but this was stopped.
+        os.unlink(os.path.join(self.plugins, "crooked.py"))
+        self.again()
+        self.package(self.available, "astrolabe")
+
+    @in_own_process
+    def test_one_with_damaged_settings(self):
+        self.put("probe", PROBE, "enabled\n")
+        self.assertRegex(self.failure(), "^The plug-ins cannot be loaded: .*probe.conf")
+
+    @in_own_process
+    def test_one_that_ends_the_program_in_a_hook(self):
+        for hook in ("pre_config", "config", "sack"):
+            self.put("crooked", raising(hook, "sys.exit(3)"))
+            self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: 3")
+            self.yumio.unlock()
+        self.put("crooked", raising("sack", "raise dnf.exceptions.Error('no')"))
+        self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: no")
+
+    @in_own_process
+    def test_one_that_fails_in_a_hook_stops_nothing(self):
+        for hook in HOOKS:
+            self.put("crooked" + hook, raising(hook, "raise ValueError('wrong')", "crooked" + hook))
+        self.load()
+        self.collect()
+        self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({"astrolabe-5.6-1.x86_64"}, set()))
+        for hook in HOOKS:
+            told = [text for text in self.recording.errors() if "crooked" + hook in text]
+            self.assertEqual(len(told), 1, told)
+            self.assertTrue(told[0].startswith("The plug-in crooked%s has failed (%s):\nTraceback" % (hook, hook)))
+            self.assertIn("ValueError: wrong", told[0])
+        self.assertEqual(self.yumio.remarks, [])
+
+    @in_own_process
+    def test_one_that_ends_the_program_stops_a_transaction_before_it_begins(self):
+        for hook in ("resolved", "pre_transaction"):
+            self.put("crooked", raising(hook, "sys.exit('enough')"))
+            self.load()
+            self.yumio.lock()
+            self.collect()
+            self.assert_refused("^The plug-in crooked has ended the operation: enough$", installs=["astrolabe"])
+            self.assertFalse(self.yumio.systemChanged)
+            self.yumio.unlock()
+
+    @in_own_process
+    def test_one_that_ends_the_program_after_a_transaction(self):
+        self.put("crooked", raising("transaction", "sys.exit('enough')"))
+        self.started()
+        self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({"astrolabe-5.6-1.x86_64"}, set()))
+        self.assertEqual(self.yumio.remarks, [
+            "The packages were changed.\nThe plug-in crooked has ended the operation: enough"])
+        self.assertTrue(self.yumio.systemChanged)
+
+    @in_own_process
+    def test_what_they_print_is_in_the_log(self):
+        self.put("crooked", raising("sack", "print('printed'); print('wrong', file=sys.stderr)"))
+        self.started()
+        self.collect()
+        self.assertIn("printed", self.recording.printed())
+        self.assertIn("wrong", "".join(text for text, in self.recording.of("stderrWrite")))
+
+    @in_own_process
+    def test_one_that_asks_gets_no_answer(self):
+        self.put("crooked", raising("sack", "input('why? ')"))
+        self.load()
+        self.collect()
+        self.assertEqual(len([text for text in self.recording.errors() if "EOFError" in text]), 1)
+
+    @in_own_process
+    def test_a_thread_of_one_that_fails_stops_nothing(self):
+        self.put("crooked", raising("sack", "thread = threading.Thread(target=lambda: 1 / 0); thread.start(); "
+                                    "thread.join()"))
+        self.load()
+        self.collect()
+        self.package(self.available, "astrolabe")
+        self.assertIn("ZeroDivisionError", "".join(text for text, in self.recording.of("stderrWrite")))
+
+
+class RealPlugInsTest(ScenarioTest):
+    """Those that distributions have."""
+
+    @in_own_process
+    def test_all_can_be_loaded(self):
+        settings = os.path.join(self.directory, "settings")
+        shutil.copytree("/etc/dnf/plugins", settings)
+        # One of them, enabled by default, keeps every package that was installed, outside the managed system.
+        with open(os.path.join(settings, "local.conf"), "w") as stream:
+            stream.write("[main]\nenabled=1\nrepodir=%s\n[createrepo]\nenabled=0\n" %
+                         os.path.join(self.directory, "kept"))
+        self.configure("plugins=1", "pluginconfpath=" + settings)
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        loaded = [name for name in sys.modules if name.startswith("dnf.plugin.dynamic.")]
+        self.assertEqual(len(loaded), len([name for name in os.listdir(SYSTEM_PLUGINS) if name.endswith(".py")]))
+        self.assertGreater(len(loaded), 10)
+        self.assertEqual([text for text in self.recording.errors() if "plug" in text.lower()], [])
+        self.assertEqual(os.listdir(os.path.join(self.directory, "kept")), ["astrolabe-5.6-1.x86_64.rpm"])
+
+    def lock(self, *specifications):
+        settings = os.path.join(self.directory, "settings")
+        locks = os.path.join(self.directory, "locks")
+        os.makedirs(settings, exist_ok=True)
+        with open(os.path.join(settings, "versionlock.conf"), "w") as stream:
+            stream.write("[main]\nenabled=1\nlocklist=%s\n" % locks)
+        with open(locks, "w") as stream:
+            stream.write("".join(line + "\n" for line in specifications))
+        self.configure("plugins=1", "pluginconfpath=" + settings)
+
+    def upgradable(self):
+        """What the package manager's own command lists."""
+        root = self.sandbox.root
+        done = subprocess.run(["/usr/bin/dnf", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
+                               "--setopt=reposdir=%s/etc/yum.repos.d" % root, "check-update"],
+                              env=self.sandbox.environment(), stdout=subprocess.PIPE, universal_newlines=True)
+        lines = done.stdout.partition("Obsoleting Packages")[0].splitlines()
+        return set(line.split()[0] for line in lines if len(line.split()) == 3)
+
+    @in_own_process
+    def test_a_locked_package_has_no_update(self):
+        self.started()
+        self.package(self.updates, "abacus-cli")
+        self.lock("abacus-cli-0:3.2.1-1.*")
+        self.yumio.reset()
+        self.collect()
+        self.assertEqual([package for package in self.updates if package.name == "abacus-cli"], [])
+        self.assertEqual(set("%s.%s" % (package.name, package.arch) for package in self.updates), self.upgradable())
+        self.assertIn("quillbase.x86_64", self.upgradable())
+
+    @in_own_process
+    def test_a_lock_that_comes_after_the_collection_counts_after_the_next_one(self):
+        self.started()
+        self.package(self.updates, "abacus-cli")
+        self.lock("!astrolabe-0:5.6-1.*")
+        self.again()
+        self.assertEqual([package for package in self.available if package.name == "astrolabe"], [])
