@@ -2531,6 +2531,10 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
         <translation>Die Pakete wurden geändert.
 {}</translation>
     </message>
+    <message>
+        <source>Groups of packages cannot be read on this system: its libcomps does not work with its version of Python. The groups of the repositories are left out. All else works.</source>
+        <translation>Gruppen von Paketen können auf diesem System nicht gelesen werden: Seine libcomps arbeitet mit seiner Version von Python nicht zusammen. Die Gruppen der Paketquellen werden ausgelassen. Alles andere funktioniert.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

@@ -72,6 +72,11 @@ const char* const scriptTexts[] = {
                  "are missing in searches and descriptions."),
     QT_TRANSLATE_NOOP(
         "YumIO", "The modules metadata of the repository {} are damaged: {}\nThe repository is left out."),
+    // One text in three lines.
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
+    QT_TRANSLATE_NOOP("YumIO", "Groups of packages cannot be read on this system: its libcomps does not work "
+                               "with its version of Python. The groups of the repositories are left out. "
+                               "All else works."),
     QT_TRANSLATE_NOOP("YumIO",
                       "The group metadata of the repository {} are damaged: {}\nIts groups are left out."),
     QT_TRANSLATE_NOOP("YumIO", "The file {} is damaged: {}"),

@@ -31,6 +31,7 @@ import zlib
 import urllib.parse
 import weakref
 
+import libcomps
 import rpm
 
 try:
@@ -485,6 +486,58 @@ class Group:
     @staticmethod
     def _members(packages):
         return [GroupPackage(package.name) for package in packages]
+
+
+class GeneratorProbe:
+    """Counts how often a generator asks what it goes through for an iterator."""
+
+    asked = 0
+
+    def __iter__(self):
+        self.asked += 1
+        return self
+
+    def __next__(self):
+        raise StopIteration
+
+
+@functools.lru_cache(maxsize=None)
+def groupsCanBeRead():
+    """Whether the package manager can go through lists of groups.
+
+    It does so with generators. Some versions of Python ask the iterator of a generator for an iterator again, and some
+    versions of libcomps, that of Debian 13 among them, take the iterator for a list then: what they make of it has no
+    groups, or ends the process. With one group in the list, asking is harmless; what comes of it is not to be used.
+    """
+    probe = GeneratorProbe()
+    list(each for each in probe)
+    if probe.asked == 1:
+        return True
+    group = libcomps.Group()
+    group.id = 'probe'
+    comps = libcomps.Comps()
+    comps.groups.append(group)
+    iterator = iter(comps.groups)
+    try:
+        return iter(iterator) is iterator
+    except TypeError:
+        return False
+
+
+class WithoutGroups(dnf.comps.Comps):
+    """The groups of a system where they cannot be read, for all that asks the package manager for them."""
+
+    def __len__(self):
+        return 0
+
+    def categories_iter(self):
+        return iter(())
+
+    def environments_iter(self):
+        return iter(())
+
+    def groups_iter(self):
+        return iter(())
 
 
 class All:
@@ -1137,6 +1190,12 @@ class Base(dnf.Base):
     def repos(self):
         self._repos = None
 
+    def read_comps(self, arch_filter=False):
+        if groupsCanBeRead():
+            return super(Base, self).read_comps(arch_filter)
+        self._comps = WithoutGroups()
+        return self._comps
+
     def _readRepos(self):
         # What an attempt that was cut off has left.
         self._repos.clear()
@@ -1646,10 +1705,24 @@ class YumIO:
 
     @withReason
     def collectGroups(self):
-        for repo in self.base.repos.iter_enabled():
-            self._checkComps(repo)
+        if groupsCanBeRead():
+            for repo in self.base.repos.iter_enabled():
+                self._checkComps(repo)
+        else:
+            self._tellWithoutGroups()
         self.base.read_comps(arch_filter=True)
         return [Group(group) for group in self.base.comps.groups_iter()]
+
+    _toldWithoutGroups = False
+
+    def _tellWithoutGroups(self):
+        """Says once that groups are left out, if there are any."""
+        if not self._toldWithoutGroups and any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn()
+                                               for repo in self.base.repos.iter_enabled()):
+            self._toldWithoutGroups = True
+            logging.getLogger('dnf').warning('%s', tr(
+                'Groups of packages cannot be read on this system: its libcomps does not work with its version of '
+                'Python. The groups of the repositories are left out. All else works.'))
 
     def _checkComps(self, repo):
         """One list of groups that cannot be unpacked would keep all others from being read."""

@@ -7,6 +7,7 @@ import shutil
 import editing
 from editing import EditingTest
 from journey import driver, wait_for
+from vyresandbox import needs_groups
 
 TITLE = 'VYRE Package Description'
 MARKUP = '<b>bold</b><script>alert(1)</script> & <img src=x>'
@@ -137,7 +138,8 @@ class ContentTest(DescriptionTest):
             window.program.no_window(log.title)
             self.close_description(window, dialog)
 
-    def test_group_and_suite(self):
+    @needs_groups
+    def test_group(self):
         with self.opened(groups=True) as window:
             dialog = self.describe(window, 'Arts')
             self.assertEqual(dialog.labels(), [
@@ -145,6 +147,9 @@ class ContentTest(DescriptionTest):
                 'palette-knife', 'Optional Packages', 'brushwork\nvarnish-coat'])
             self.assertEqual(dialog.buttons(), ['Close'])
             self.close_description(window, dialog)
+
+    def test_suite(self):
+        with self.opened() as window:
             dialog = self.describe(window, 'vyre-games-suite')
             self.check_pairs(dialog, 'Available for installation', Kind='Suite of packages',
                              Requires='hedgerow\norrery\npebble-go')

@@ -2,6 +2,7 @@
 """Groups of packages are installed, updated and removed."""
 import journey
 from journey import JourneyTest
+from vyresandbox import needs_groups
 
 
 class GroupsTest(JourneyTest):
@@ -12,6 +13,7 @@ class GroupsTest(JourneyTest):
         window.set_filter('^' + name + '$')
         window.wait_names([name] if listed else [])
 
+    @needs_groups
     def test_group_is_installed_and_removed_again(self):
         members = ['hedgerow-4.0-1.noarch', 'orrery-3.7-1.x86_64', 'pebble-go-1.4-1.x86_64']
         with self.opened('--groups') as window:
@@ -34,6 +36,7 @@ class GroupsTest(JourneyTest):
             self.check_unchanged()
             self.check_view(window, 'View Installable', 'Games', True)
 
+    @needs_groups
     def test_installed_group_is_removed(self):
         with self.opened('--groups') as window:
             window.mark_listed('Arts')
@@ -45,6 +48,7 @@ class GroupsTest(JourneyTest):
             self.check_changed(gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
             self.check_view(window, 'View Removable', 'Arts', False)
 
+    @needs_groups
     def test_update_of_a_group_updates_its_installed_packages(self):
         with self.opened('--groups') as window:
             window.mark_listed('Weaving')
@@ -55,6 +59,7 @@ class GroupsTest(JourneyTest):
             self.check_changed(new=['loomctl-1.1-1.x86_64'], gone=['loomctl-1.0-1.x86_64'])
             self.check_view(window, 'View Updatable', 'Weaving', False)
 
+    @needs_groups
     def test_conditional_package_comes_where_its_condition_is_installed(self):
         with self.opened('--groups') as window:
             # The package manager drops a blank of the name.
@@ -68,6 +73,7 @@ class GroupsTest(JourneyTest):
             self.check_changed(new=['scribe-writer-2.0-1.x86_64', 'ledger-calc-2.0-1.x86_64',
                                     'scribe-lexicon-1.0-1.noarch'])
 
+    @needs_groups
     def test_group_with_a_package_that_does_not_exist(self):
         with self.opened('--groups') as window:
             window.mark_listed('Ghosts')

@@ -5,6 +5,7 @@ import os
 
 import journey
 from journey import JourneyTest, driver, wait_for
+from vyresandbox import needs_groups
 
 
 def apply_enabled(window):
@@ -173,13 +174,21 @@ class FilterRowTest(JourneyTest):
             window.set_filter('')
             wait_for(lambda: window.row_count() > 100, 'all packages')
 
+    def without_duplicates(self, window):
+        window.set_filter('^(libmoss |Games$)')
+        window.wait_names(['libmoss', 'libmoss'])
+        window.set_checked('Include Duplicates', False)
+        window.wait_names(['libmoss'])
+        self.assertEqual([row[3] for row in window.rows()], ['x86_64'])
+
+    def test_duplicates(self):
+        with self.opened() as window:
+            self.without_duplicates(window)
+
+    @needs_groups
     def test_duplicates_and_groups(self):
         with self.opened() as window:
-            window.set_filter('^(libmoss |Games$)')
-            window.wait_names(['libmoss', 'libmoss'])
-            window.set_checked('Include Duplicates', False)
-            window.wait_names(['libmoss'])
-            self.assertEqual([row[3] for row in window.rows()], ['x86_64'])
+            self.without_duplicates(window)
             window.set_checked('Include Groups', True)
             window.wait_names(['libmoss', 'Games'])
 

@@ -2,6 +2,7 @@
 """The questions before a transaction: whether to go on at all, and what the answers do."""
 import journey
 from journey import JourneyTest, driver
+from vyresandbox import needs_groups
 
 
 class ConfirmationTest(JourneyTest):
@@ -60,12 +61,15 @@ class ConflictTest(JourneyTest):
             window.wait_action('install', 'Network Tools')
             window.wait_action('remove', 'cormorant-fetch')
 
+    @needs_groups
     def test_no_changes_nothing_and_keeps_the_marks(self):
         self.check_declined(lambda question: question.click_button('No'))
 
+    @needs_groups
     def test_escape_is_no(self):
         self.check_declined(lambda question: driver.key('Escape'))
 
+    @needs_groups
     def test_enter_is_no(self):
         self.check_declined(lambda question: driver.key('Return'))
 
@@ -76,6 +80,7 @@ class ConflictTest(JourneyTest):
             lambda: next((dialog for dialog in window.program.windows()
                           if dialog.title == 'Apply' and dialog.buttons() == ['OK', 'Cancel']), None), 'the listing')
 
+    @needs_groups
     def test_yes_to_the_removal_of_a_package_of_an_updated_group(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Weaving', 'loomctl', ('Update', 'Update', 'Remove'), clicks=2)
@@ -84,6 +89,7 @@ class ConflictTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(gone=['loomctl-1.0-1.x86_64'])
 
+    @needs_groups
     def test_yes_to_the_installation_of_a_package_of_a_removed_group(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
@@ -94,6 +100,7 @@ class ConflictTest(JourneyTest):
             self.check_changed(new=['varnish-coat-1.0-1.noarch'],
                                gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
 
+    @needs_groups
     def test_listing_can_be_canceled_after_a_yes(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))

@@ -10,6 +10,7 @@ import unittest
 
 import journey
 from journey import JourneyTest, driver, wait_for
+from vyresandbox import needs_groups
 
 USAGE = '''usage: {} [options...]
 
@@ -263,6 +264,7 @@ class OptionsTest(JourneyTest):
             self.check_settings(option, '-sa', '-e', expression, state='View All', expression=expression,
                                 duplicates=False, names=['libmoss'])
 
+    @needs_groups
     def test_groups(self):
         expression = '^Games( |$)'
         self.check_settings('-si', '-e', expression, state='View Installable', expression=expression, names=[])
@@ -275,6 +277,7 @@ class OptionsTest(JourneyTest):
                             state='View Removable', mode='Search', expression='^abacus')
         self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)
 
+    @needs_groups
     def test_all_options_that_the_filter_row_shows(self):
         expression = '^(libmoss|Games)( |$)'
         for arguments in (['-m', 'f', '-e', expression, '-s', 'a', '--duplicates', '-g'],

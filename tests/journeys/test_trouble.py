@@ -11,7 +11,7 @@ import journey
 from journey import DATABASE_LOCK, Gate, JourneyTest, driver, wait_for
 
 import metadata
-from vyresandbox import server
+from vyresandbox import needs_groups, server
 
 YUM_ERROR = 'VYRE Yum Error'
 EDITOR_ERROR = 'VYRE Repository Editor Error'
@@ -520,6 +520,7 @@ class MetadataTest(StartTest):
             driver.key('ctrl+q')
             self.assertEqual(program.wait(), 0)
 
+    @needs_groups
     def test_damaged_history(self):
         """One message for all groups, which are listed all the same."""
         path = self.path('var/lib/dnf/history.sqlite')

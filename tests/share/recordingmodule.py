@@ -32,6 +32,10 @@ INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE =
 DEPENDENCY, USER, CLEAN, WEAK, GROUP = range(1, 6)
 
 
+# What begins the text of the log where the package manager cannot read groups.
+WITHOUT_GROUPS = "Groups of packages cannot be read on this system"
+
+
 def check(name, arguments):
     """Raises what PyArg_ParseTuple would raise for the arguments."""
     format = FORMATS[name]
@@ -198,8 +202,13 @@ class Recording(object):
                 for item in self.of("listTransaction")[-1]}
 
     def errors(self):
-        """The texts of errors and warnings in the log."""
-        return [text for level, text in self.of("errorlog")]
+        """The texts of errors and warnings in the log, but for that which says that groups are left out."""
+        return [text for level, text in self.of("errorlog") if not text.startswith(WITHOUT_GROUPS)]
+
+    def without_groups(self):
+        """The levels at which the log says that groups are left out."""
+        return [level for name in ("log", "errorlog") for level, text in self.of(name)
+                if text.startswith(WITHOUT_GROUPS)]
 
     def output(self):
         """All output of scriptlets."""

@@ -9,7 +9,7 @@ import time
 
 from scenario import ScenarioTest, in_own_process
 
-from vyresandbox import catalogue
+from vyresandbox import catalogue, needs_groups
 
 REPODATA = "/sandbox-http/repodata/"
 
@@ -267,6 +267,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual([package.name for package in self.available + self.updates
                           if package.name in ("astrolabe", "loomctl")], [])
 
+    @needs_groups
     @in_own_process
     def test_groups(self):
         self.started()

@@ -9,6 +9,8 @@ import xml.parsers.expat
 import metadata
 from scenario import ScenarioTest, in_own_process
 
+from vyresandbox import needs_groups
+
 ROWAN = """---
 document: modulemd
 version: 2
@@ -224,6 +226,7 @@ class MetadataTest(ScenarioTest):
         with open("/proc/self/status") as status:
             return next(int(line.split()[1]) << 10 for line in status if line.startswith("VmData:"))
 
+    @needs_groups
     @in_own_process
     def test_groups_that_cannot_be_unpacked(self):
         metadata.alter(self.sandbox.repository("sandbox-http"), "group", metadata.half, packed=True)

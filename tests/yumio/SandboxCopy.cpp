@@ -23,6 +23,12 @@ bool SandboxCopy::start()
     return true;
 }
 
+QByteArray SandboxCopy::withoutGroups() const
+{
+    QFile reason(scratch.filePath(QStringLiteral("sandbox/without-groups")));
+    return reason.open(QIODevice::ReadOnly) ? reason.readAll() : QByteArray();
+}
+
 bool SandboxCopy::readLine(QString& line)
 {
     while (!server.canReadLine()) {

@@ -2,6 +2,10 @@
 
 import contextlib
 import os
+import signal
+import subprocess
+import sys
+import tempfile
 
 import dnf
 import dnf.rpm
@@ -18,6 +22,39 @@ def _move_to_root(conf, root, releasever):
     conf.substitutions["releasever"] = releasever
     for option in ("cachedir", "logdir", "persistdir"):
         conf.prepend_installroot(option)
+
+
+# Ends with 0 if dnf finds the only group of a file.
+_FIND_A_GROUP = """\
+import sys
+import dnf.comps
+comps = dnf.comps.Comps()
+comps._add_from_xml_filename(sys.argv[1])
+found = [(group.id, [package.name for package in group.packages_iter()]) for group in comps.groups]
+sys.exit(found != [(sys.argv[2], [sys.argv[3]])])
+"""
+
+_COMPS = """\
+<?xml version="1.0" encoding="UTF-8"?>
+<comps><group><id>%s</id><name>A group</name>
+<packagelist><packagereq type="mandatory">%s</packagereq></packagelist></group></comps>
+"""
+
+
+def fault_of_groups():
+    """Why the dnf of this system cannot be used with groups; empty when it can.
+
+    The libcomps of Debian 13 ends the process or finds no groups, as chance has it. So another process tries.
+    """
+    with tempfile.NamedTemporaryFile("w", suffix=".xml") as stream:
+        stream.write(_COMPS % ("some-group", "some-package"))
+        stream.flush()
+        status = subprocess.run([sys.executable, "-c", _FIND_A_GROUP, stream.name, "some-group", "some-package"],
+                                stderr=subprocess.DEVNULL).returncode
+    if status == 0:
+        return ""
+    return "dnf cannot read groups on this system: libcomps %s" % (
+        "finds none" if status > 0 else "ends the process with %s" % signal.Signals(-status).name)
 
 
 @contextlib.contextmanager

@@ -33,6 +33,8 @@ class Sandbox(object):
     directory/http  the repositories that the server serves
     directory/file  those that are reached as files
     directory/home  the home directory for programs run on the sandbox
+    directory/without-groups
+                    where dnf cannot read groups, why: the repositories have them, but none is installed in the root
 
     As a context manager it starts the server and stops it at the end:
 
@@ -77,8 +79,24 @@ class Sandbox(object):
         os.makedirs(copied.directory)
         parts = [os.path.join(self.directory, part) for part in ("root", "http", "file")]
         subprocess.run(["cp", "-a", "--reflink=auto"] + parts + [copied.directory], check=True)
+        copied.without_groups = self.without_groups
         copied.write_repository_files()
         return copied
+
+    @property
+    def without_groups(self):
+        """Why no group is installed; empty when they can be used."""
+        try:
+            with open(os.path.join(self.directory, "without-groups")) as stream:
+                return stream.read()
+        except FileNotFoundError:
+            return ""
+
+    @without_groups.setter
+    def without_groups(self, reason):
+        if reason:
+            with open(os.path.join(self.directory, "without-groups"), "w") as stream:
+                stream.write(reason)
 
     def remove(self):
         self.stop()

@@ -1,0 +1,101 @@
+"""Groups on a system where the package manager cannot read them."""
+
+import types
+
+from scenario import ScenarioTest, in_own_process
+
+from vyresandbox import dnfbase
+
+
+class WithoutGroupsTest(ScenarioTest):
+    def enter(self):
+        super(WithoutGroupsTest, self).enter()
+        self.load()
+
+    def break_groups(self):
+        """Where groups can be read, they cannot be from here on: asking libcomps for anything fails."""
+        if not self.sandbox.without_groups:
+            self.yumio.collectGroups.__globals__["groupsCanBeRead"] = lambda: False
+            import dnf.comps
+
+            def crash(*arguments):
+                raise AssertionError("the process would have ended here")
+            dnf.comps.Comps._add_from_xml_filename = crash
+            dnf.comps.Comps.groups_iter = crash
+
+    @in_own_process
+    def test_it_is_found_out_without_a_crash(self):
+        self.assertEqual(self.script["groupsCanBeRead"](), not dnfbase.fault_of_groups())
+
+    @in_own_process
+    def test_an_iterator_that_is_asked_again_must_return_itself(self):
+        names = self.yumio.collectGroups.__globals__
+        check = self.script["groupsCanBeRead"].__wrapped__
+
+        class Twice(object):
+            """Python asks twice here, as 3.13 does."""
+            asked = 2
+
+            def __iter__(self):
+                return iter(())
+        names["GeneratorProbe"] = Twice
+
+        class Right(object):
+            def __init__(self, *ignored):
+                pass
+
+            def __iter__(self):
+                return self
+
+            def __next__(self):
+                raise StopIteration
+
+        class Other(Right):
+            def __iter__(self):
+                return Other()
+
+        class None_(Right):
+            __iter__ = None
+
+        class List(list):
+            def __iter__(self):
+                return List.kind()
+        for kind, expected in ((Right, True), (Other, False), (None_, False)):
+            List.kind = kind
+            names["libcomps"] = types.SimpleNamespace(
+                Group=types.SimpleNamespace, Comps=lambda: types.SimpleNamespace(groups=List()))
+            self.assertIs(check(), expected, kind)
+
+    @in_own_process
+    def test_groups_are_left_out_and_all_else_works(self):
+        self.break_groups()
+        self.yumio.lock()
+        self.collect()
+        self.assertEqual(self.groups, {})
+        self.assertEqual(self.recording.without_groups(), [2])
+        self.assertEqual(self.yumio.remarks, [])
+        comps = self.yumio.base.comps
+        self.assertEqual((len(comps), comps.groups, comps.environments, comps.categories), (0, [], [], []))
+        self.assertEqual((comps.group_by_pattern("arts"), comps.environment_by_pattern("*")), (None, None))
+        self.recording.clear()
+
+        changed = self.changes(self.apply, installs=["orchard"], updates=["abacus-cli"], removes=["almanac"])
+        self.assertIn("orchard-3.0-1.x86_64", changed[0])
+        self.assertIn("almanac-1.9-1.noarch", changed[1])
+        # Once says enough.
+        self.yumio.reset()
+        self.collect()
+        self.assertEqual(self.groups, {})
+        self.assertEqual(self.recording.without_groups(), [])
+        self.package(self.installed, "orchard")
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_nothing_is_said_where_no_repository_has_groups(self):
+        self.index("sandbox-http")
+        self.break_groups()
+        self.yumio.lock()
+        self.collect()
+        self.assertEqual((self.groups, self.recording.without_groups()), ({}, []))
+        # Nor does an empty list of groups end the process.
+        self.assertEqual(self.yumio.base.comps.groups, [])
