@@ -81,8 +81,8 @@ protected:
 
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), closing(nullptr), yumConfIO(nullptr),
-      initialized(false), scheduled(false), busy(false), collectFailed(false), logWindow(nullptr),
-      repoEditor(nullptr), aboutBox(nullptr)
+      initialized(false), scheduled(false), busy(false), closeWanted(false), collectFailed(false),
+      logWindow(nullptr), repoEditor(nullptr), aboutBox(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
@@ -522,6 +522,11 @@ void MainWindow::setReady(bool ready)
         }
     }
     QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
+    if (ready && closeWanted && !quitting()) {
+        closeWanted = false;
+        // The operation has to return first.
+        QTimer::singleShot(0, this, SLOT(close()));
+    }
 }
 
 void MainWindow::collect()
@@ -650,7 +655,7 @@ void MainWindow::quit()
     }
     // A transaction must not be cut off.
     if (yumIO->isWorking()) {
-        QApplication::beep();
+        closeLater();
         return;
     }
     saveLayout();
@@ -666,6 +671,16 @@ void MainWindow::quit()
     close();
     closing = nullptr;
     delete ending;
+}
+
+// While the back end works. Where it only waits for another program, there is nothing to be cut off.
+void MainWindow::closeLater()
+{
+    if (yumIO->endWaiting()) {
+        closeWanted = true;
+    } else {
+        QApplication::beep();
+    }
 }
 
 bool MainWindow::isChangingSystem() const
@@ -690,7 +705,7 @@ void MainWindow::finish(bool displayIsThere)
 void MainWindow::closeEvent(QCloseEvent* event)
 {
     if (!quitting() && yumIO->isWorking()) {
-        QApplication::beep();
+        closeLater();
         event->ignore();
         return;
     }

@@ -103,7 +103,8 @@ private Q_SLOTS:
     void openPage(const QString& address);
 
 protected:
-    // Refused while the back end works: a transaction must not be cut off. Otherwise the same as quit().
+    // Refused while the back end works: a transaction must not be cut off. Where it only waits for another
+    // program, that wait ends, and then the window closes. Otherwise the same as quit().
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -138,6 +139,7 @@ private:
     void takeExpression();
     void showTable();
     void updateEmptyText();
+    void closeLater();
     void saveLayout() const;
     void restoreLayout();
     bool checkCredentials(bool& changed);
@@ -159,6 +161,7 @@ private:
     bool initialized;
     bool scheduled;
     bool busy;
+    bool closeWanted;              // at the end of the operation that is being given up
     bool collectFailed;            // the last collection of packages
     QPointer<QWidget> focusBefore; // had the focus when the controls were taken away
 

@@ -2352,6 +2352,22 @@ Es sind nur noch {} kB frei für {}</translation>
         <translation>Ihre Optionen, etwa die von ihr ausgeschlossenen Pakete, gelten nicht. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
     </message>
     <message>
+        <source>Waiting for {}, which uses the cache of the package manager</source>
+        <translation>Warten auf {}, das den Zwischenspeicher der Paketverwaltung benutzt</translation>
+    </message>
+    <message>
+        <source>The wait for {} was ended. Nothing was changed.</source>
+        <translation>Das Warten auf {} wurde beendet. Es wurde nichts verändert.</translation>
+    </message>
+    <message>
+        <source>another program</source>
+        <translation>ein anderes Programm</translation>
+    </message>
+    <message>
+        <source>process {}</source>
+        <translation>Prozess {}</translation>
+    </message>
+    <message>
         <source>dnf with its file %s makes checks that %s switches off. They are made: %s</source>
         <translation>dnf nimmt mit seiner Datei %s Prüfungen vor, die %s abschaltet. Sie werden vorgenommen: %s</translation>
     </message>

@@ -79,6 +79,7 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     finishLines(); // of what was printed between two operations
     blocker.prepare();
     blockerHeld = true;
+    wait = Wait::None;
     worker = &thread;
     PyThreadStateWrapper released;
     thread.start(QThread::HighPriority);
@@ -105,6 +106,12 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     worker = nullptr;
+}
+
+bool YumIO::endWaiting()
+{
+    Wait found = Wait::Lasts;
+    return wait.compare_exchange_strong(found, Wait::Ended) || found == Wait::Ended;
 }
 
 void YumIO::finish(bool displayIsThere)

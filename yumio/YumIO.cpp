@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
 
 #include <clocale>
 
@@ -55,6 +56,10 @@ const char* const scriptTexts[] = {
                                "unless a repository says otherwise."),
     QT_TRANSLATE_NOOP("YumIO", "Its options, such as the packages that it excludes, do not count. Signatures "
                                "of packages are checked, unless a repository says otherwise."),
+    QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the cache of the package manager"),
+    QT_TRANSLATE_NOOP("YumIO", "The wait for {} was ended. Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO", "another program"),
+    QT_TRANSLATE_NOOP("YumIO", "process {}"),
     QT_TRANSLATE_NOOP("YumIO", "dnf with its file %s makes checks that %s switches off. They are made: %s"),
     QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
@@ -143,12 +148,12 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
 } // namespace
 
 YumIO::YumIO()
-    : clearing(false), worker(nullptr), blockerHeld(false), changingSystem(false), rebuilding(false),
-      exceptLogStart(-1), fileListsLoaded(false), otherDataLoaded(false), dialogs(nullptr), parent(nullptr),
-      totalBar(nullptr), itemBar(nullptr), progress(nullptr), capturers(nullptr), locked(false),
-      rpmDict(nullptr), yumIOClass(nullptr), readingCount(0), readingMax(1), classes{}, terminal(nullptr),
-      phase(Idle), transactionRan(false), outdated(false), stderrKind(Log::Error), stderrLevel(0),
-      threadCount(0), threadsMax(0), dnfVersionLooked(false), savedSigchld()
+    : clearing(false), worker(nullptr), blockerHeld(false), changingSystem(false), wait(Wait::None),
+      rebuilding(false), exceptLogStart(-1), fileListsLoaded(false), otherDataLoaded(false), dialogs(nullptr),
+      parent(nullptr), totalBar(nullptr), itemBar(nullptr), progress(nullptr), capturers(nullptr),
+      locked(false), rpmDict(nullptr), yumIOClass(nullptr), readingCount(0), readingMax(1), classes{},
+      terminal(nullptr), phase(Idle), transactionRan(false), outdated(false), stderrKind(Log::Error),
+      stderrLevel(0), threadCount(0), threadsMax(0), dnfVersionLooked(false), savedSigchld()
 {
     qRegisterMetaType<Package::Entry*>("Package::Entry*");
     clearApply();
@@ -224,14 +229,16 @@ void YumIO::offerTranslations()
     PyErr_Clear();
 }
 
-// Names of the script for what it can do without; they are none of yumIOC's. One says on the bar of the
-// current step what is being done, the other one what is wrong with a document of metadata.
+// Names of the script for what it can do without; they are none of yumIOC's. The first says on the bar of the
+// current step what is being done, the second what is wrong with a document of metadata, the last what is
+// waited for, and whether to go on waiting.
 void YumIO::offerFunctions()
 {
     static PyMethodDef definitions[] = {
         {"changeActivity", changeActivity, METH_O, nullptr},
         {"faultOfMetadata", faultOfMetadata, METH_VARARGS, nullptr},
         {"hideSecrets", hideSecrets, METH_O, nullptr},
+        {"waitForLock", waitForLock, METH_O, nullptr},
     };
     const PyRef capsule(PyCapsule_New(this, nullptr, nullptr));
     for (PyMethodDef& definition : definitions) {
@@ -271,6 +278,39 @@ PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
         yumIO->progress->startItem(yumIO->pyString(text), 0, 1);
     }
     Py_RETURN_NONE;
+}
+
+// None instead of a text: the wait is over.
+PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    if (yumIO == nullptr) {
+        return nullptr;
+    }
+    if (yumIO->worker == nullptr || QThread::currentThread() == yumIO->thread()) {
+        // The graphical thread never waits.
+        return PyBool_FromLong(text == Py_None ? 1 : 0);
+    }
+    if (text == Py_None) {
+        if (yumIO->progress != nullptr && !Unattended::is()) {
+            // The step that was shown before.
+            yumIO->progress->startItem(
+                yumIO->phase == Collecting ? tr("Reading repositories") : tr("Preparing"), 0, 1);
+        }
+        Wait found = Wait::Lasts;
+        yumIO->wait.compare_exchange_strong(found, Wait::None);
+        return PyBool_FromLong(found != Wait::Ended ? 1 : 0);
+    }
+    if (Unattended::is()) {
+        Py_RETURN_FALSE;
+    }
+    const PyRef shown(changeActivity(capsule, text));
+    if (!shown) {
+        return nullptr;
+    }
+    Wait found = Wait::None;
+    yumIO->wait.compare_exchange_strong(found, Wait::Lasts);
+    return PyBool_FromLong(found != Wait::Ended ? 1 : 0);
 }
 
 bool YumIO::initialize()

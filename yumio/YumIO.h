@@ -90,6 +90,9 @@ public:
     bool isWorking() const { return worker != nullptr; }
     // Whether rpm changes the system at this moment, which nothing may cut off. Any thread.
     bool isChangingSystem() const { return changingSystem; }
+    // For a request to close the program while a worker waits for a lock of another process: ends that wait,
+    // and with it the operation, whose failure is only logged. False: no worker waits.
+    bool endWaiting();
     // For an end of the program from which there is no way back. Nobody is asked anything any more; a worker
     // goes on to its end if it changes the system, and gives up otherwise. Waits for it without serving
     // events, then gives the package manager's lock back.
@@ -294,6 +297,7 @@ private:
     void offerFunctions();
     static PyObject* changeActivity(PyObject* capsule, PyObject* text);
     static PyObject* faultOfMetadata(PyObject* capsule, PyObject* args);
+    static PyObject* waitForLock(PyObject* capsule, PyObject* text);
     void readOutcome();
     void showRemarks();
 
@@ -458,6 +462,9 @@ private:
     QThread* worker;  // null while none runs
     bool blockerHeld; // the worker is held back
     std::atomic<bool> changingSystem;
+    // For a lock of another process. What was ended stays so until the next operation begins.
+    enum class Wait { None, Lasts, Ended };
+    std::atomic<Wait> wait;
     bool rebuilding; // a worker changes the list of records; the graphical thread keeps away from it
     Log::EntryList logList;
     int exceptLogStart; // where in the log the output of an expected exception begins; -1: none is expected

@@ -531,7 +531,7 @@ quint64 YumIO::dnfVersion()
 void YumIO::error(const QString& text)
 {
     log(Log::Error, 0, text);
-    if (dialogs != nullptr) {
+    if (dialogs != nullptr && wait != Wait::Ended) {
         dialogs->critical(tr("VYRE Yum Error"), Log::withoutPasswords(text), QString(), QString(), QString(),
                           0, -1);
     }
@@ -540,7 +540,7 @@ void YumIO::error(const QString& text)
 void YumIO::warning(const QString& text)
 {
     log(Log::Warning, 0, text);
-    if (dialogs != nullptr) {
+    if (dialogs != nullptr && wait != Wait::Ended) {
         dialogs->warning(tr("VYRE Yum Warning"), Log::withoutPasswords(text), QString(), QString(), QString(),
                          0, -1);
     }
@@ -589,7 +589,7 @@ void YumIO::showExceptionLog(int start, const QString& text)
         }
     }
     // The window of the log takes the same mutex, so the dialog comes after its release.
-    if (dialogs != nullptr) {
+    if (dialogs != nullptr && wait != Wait::Ended) {
         dialogs->scrollable(tr("VYRE Yum Error"), lines.join(QLatin1Char('\n')));
     }
 }

@@ -551,6 +551,8 @@ class All:
 # Locking ----------------------------------------------------------------------------------------------------
 
 _buildLock = dnf.lock.build_rpmdb_lock
+_buildMetadataLock = dnf.lock.build_metadata_lock
+_buildDownloadLock = dnf.lock.build_download_lock
 
 
 class SessionLock(dnf.lock.ProcessLock):
@@ -774,6 +776,91 @@ def removeAbandonedLock(lock):
         return
     text = tr('Process {} has ended without removing its lock file {}. The file is removed.')
     logging.getLogger('dnf').info('%s', text.format(number, lock.target))
+
+
+class WaitingLock(dnf.lock.ProcessLock):
+    """A lock on the cache: waits for another process that holds it, and says for which one.
+
+    The package manager itself would wait without an end, and for the process of a number that was given away again.
+    """
+
+    # Seconds between two attempts.
+    ATTEMPTS = 0.2
+
+    def __enter__(self):
+        dnf.util.ensure_dir(os.path.dirname(self.target))
+        self._lock_thread()
+        try:
+            self._wait()
+        except BaseException:
+            self._unlock_thread()
+            raise
+
+    def _wait(self):
+        number = os.getpid()
+        holder = self._try_lock(number)
+        if holder == number:
+            return
+        logged = None
+        try:
+            while holder != number:
+                # Without a number another process is just taking the lock or giving it back.
+                first = holder != logged and holder > 0
+                if first:
+                    logged = holder
+                if not awaitLock(tr('Waiting for {}, which uses the cache of the package manager').format(
+                        self._describe(holder)), first):
+                    self._end(holder)
+                time.sleep(self.ATTEMPTS)
+                removeAbandonedLock(dnf.lock.ProcessLock(self.target, self.description))
+                holder = self._try_lock(number)
+        except BaseException:
+            awaitLock(None)
+            raise
+        if not awaitLock(None):
+            # It was to be ended just when there was nothing to wait for any more.
+            os.unlink(self.target)
+            self._end(0)
+
+    def _end(self, holder):
+        raise dnf.exceptions.LockError(tr('The wait for {} was ended. Nothing was changed.').format(
+            self._describe(holder)))
+
+    @staticmethod
+    def _describe(number):
+        if number <= 0:
+            return tr('another program')
+        name = nameOfProcess(number)
+        return tr('process {}').format(number) if name == '?' else '{} ({})'.format(name, number)
+
+
+def awaitLock(text, first=False):
+    """Shows what is waited for, the first time in the log too; or, with None, that the wait is over. False: the wait is
+    to be ended.
+    """
+    if first:
+        logging.getLogger('dnf').info('%s', text)
+    wait = globals().get('waitForLock')  # the program puts it here before it runs this file
+    if wait is not None and programListens():
+        return wait(None if text is None else passable(text))
+    if text is not None:
+        showActivity(text)
+    return True
+
+
+# The database of packages is not waited for: the program says at once that another one uses it.
+dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: _buildLock(persistdir, True)
+
+
+def waitingLock(build):
+    def buildWaiting(cachedir, exit_on_lock):
+        plain = build(cachedir, exit_on_lock)
+        return plain if exit_on_lock else WaitingLock(plain.target, plain.description)
+    return buildWaiting
+
+
+dnf.lock.build_metadata_lock = waitingLock(_buildMetadataLock)
+dnf.lock.build_download_lock = waitingLock(_buildDownloadLock)
 
 
 # Progress ---------------------------------------------------------------------------------------------------
@@ -1455,8 +1542,8 @@ class YumIO:
         # Not before: to find the architecture out, it makes rpm read its own configuration again.
         useDatabaseOfRoot()
         conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
-        # A lock that somebody else holds is reported; waiting for it could take for ever.
-        conf._set_value('exit_on_lock', True, dnf.conf.PRIO_COMMANDLINE)
+        # Locks on the cache are waited for, in a way that can be ended; see WaitingLock.
+        conf._set_value('exit_on_lock', False, dnf.conf.PRIO_COMMANDLINE)
         # Every question is the user's to answer.
         conf._set_value('assumeyes', False, dnf.conf.PRIO_COMMANDLINE)
         conf._set_value('assumeno', False, dnf.conf.PRIO_COMMANDLINE)
@@ -1607,8 +1694,8 @@ class YumIO:
     def lock(self):
         """Take the package manager's lock for the rest of the run; return the path of its file."""
         cache = self.base.conf.cachedir
-        for left in (_buildLock(self.base.conf.persistdir, True), dnf.lock.build_metadata_lock(cache, True),
-                     dnf.lock.build_download_lock(cache, True)):
+        for left in (_buildLock(self.base.conf.persistdir, True), _buildMetadataLock(cache, True),
+                     _buildDownloadLock(cache, True)):
             removeAbandonedLock(left)
         lock = SessionLock(_buildLock(self.base.conf.persistdir, True).target, 'The rpm database', False)
         try:
@@ -1629,7 +1716,7 @@ class YumIO:
         if self._lock is None:
             return
         lock, self._lock = self._lock, None
-        dnf.lock.build_rpmdb_lock = _buildLock
+        dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: _buildLock(persistdir, True)
         try:
             lock.__exit__()
         except OSError as e:

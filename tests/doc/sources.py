@@ -146,7 +146,7 @@ def python_messages(*parts):
         elif isinstance(node, ast.Call) and node.args:
             names = _names(node.func)
             if names[-1] in ('error', 'warning', 'critical') and 'getLogger' in names or \
-                    names[-1] in ('remark', 'showActivity') or \
+                    names[-1] in ('remark', 'showActivity', 'awaitLock') or \
                     names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show']):
                 add(_literal(node.args[0]), node)
             elif names[-1] in ('debug', 'info'):

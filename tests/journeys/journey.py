@@ -52,6 +52,34 @@ class Gate:
         self._open.set()
 
 
+class CacheLock:
+    """A lock of dnf's on the cache, "metadata" or "download", which another process holds."""
+
+    _HOLD = ('import sys, dnf.lock\n'
+             'with getattr(dnf.lock, "build_{}_lock".format(sys.argv[1]))(sys.argv[2], True):\n'
+             '    print("held", flush=True)\n'
+             '    sys.stdin.read()\n')
+
+    def __init__(self, sandbox, kind):
+        cache = os.path.join(sandbox.root, 'var/cache/yum')
+        self.path = os.path.join(cache, kind + '_lock.pid')
+        self._process = subprocess.Popen(['/usr/bin/python3', '-c', self._HOLD, kind, cache], stdin=subprocess.PIPE,
+                                         stdout=subprocess.PIPE)
+        if self._process.stdout.readline() != b'held\n':
+            raise AssertionError('the lock cannot be had')
+        self.activity = 'Waiting for python3 ({}), which uses the cache of the package manager'.format(
+            self._process.pid)
+
+    def is_held(self):
+        with open(self.path) as stream:
+            return stream.read() == str(self._process.pid)
+
+    def let_go(self):
+        """Give the lock back, unless that was done."""
+        if self._process.poll() is None:
+            self._process.communicate()
+
+
 class Waiting:
     """One of the sandbox's packages whose scriptlet waits as long as there is a file."""
 
@@ -97,6 +125,15 @@ class JourneyTest(unittest.TestCase):
         if directory:
             time.sleep(0.5)  # nothing tells when a window has been painted
             driver.screenshot(os.path.join(directory, name + '.png'))
+
+    def wait_waiting(self, window, lock):
+        """Until the program waits for a lock."""
+        wait_for(lambda: lock.activity in self.read_log(window), 'the program to wait')
+
+    def cache_lock(self, kind):
+        lock = CacheLock(self.sandbox, kind)
+        self.addCleanup(lock.let_go)
+        return lock
 
     @contextlib.contextmanager
     def program(self, *arguments, environment=None, unset=()):

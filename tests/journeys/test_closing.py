@@ -1,5 +1,7 @@
 #!/usr/bin/python3
 """What the program does when it is to be closed, in the middle of its work and at rest."""
+import signal
+
 import journey
 from journey import Gate, JourneyTest, driver, wait_for
 
@@ -73,6 +75,69 @@ class ClosingTest(JourneyTest):
                                gone=['doorkeeper-1.0-1.noarch', 'birch-log-3.0-1.x86_64'])
             self.close(window)
         self.check_consistent()
+
+    def close_by_window_manager(self, program):
+        driver.xdotool('search', '--onlyvisible', '--sync', '--pid', program.process.pid, '--name',
+                       '^' + driver.main_title() + '$', 'windowfocus', '--sync')
+        driver.key('alt+F4')
+
+    def check_gave_up(self, program, lock):
+        """The program has ended by itself, without a message; the lock is still that of its owner."""
+        self.close_by_window_manager(program)
+        self.assertEqual(program.wait(), 0, program.stderr())
+        self.assertTrue(lock.is_held())
+        lock.let_go()
+        self.check_ended(program)
+        self.check_unchanged()
+
+    def test_while_the_metadata_are_waited_for(self):
+        lock = self.cache_lock('metadata')
+        with self.program() as program:
+            self.wait_waiting(program.main(), lock)
+            self.picture('waiting-for-metadata')
+            self.check_gave_up(program, lock)
+
+    def test_while_downloads_are_waited_for(self):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            lock = self.cache_lock('download')
+            window.accept(window.apply())
+            self.wait_waiting(window, lock)
+            self.check_gave_up(program, lock)
+
+    def test_what_was_waited_for_is_used_afterwards(self):
+        lock = self.cache_lock('metadata')
+        with self.program() as program:
+            window = program.main()
+            self.wait_waiting(window, lock)
+            lock.let_go()
+            self.check_usable(window)
+            self.assertIn(lock.activity, self.read_log(window))
+            window.show_all()
+            window.mark_listed('pergola')
+            lock = self.cache_lock('download')
+            window.accept(window.apply())
+            self.wait_waiting(window, lock)
+            lock.let_go()
+            self.check_usable(window)
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+            self.close(window)
+
+    def test_terminated_while_the_metadata_are_waited_for(self):
+        lock = self.cache_lock('metadata')
+        with self.program() as program:
+            self.wait_waiting(program.main(), lock)
+            program.process.terminate()
+            self.assertEqual(program.wait(), -signal.SIGTERM, program.stderr())
+            self.assertTrue(lock.is_held())
+            lock.let_go()
+            self.assertIn('was ended. Nothing was changed.', program.stderr())
+            self.assertNotIn('Traceback', program.stderr())
+            self.assertNotIn('Internal error', program.stderr())
+            self.assertEqual(self.locks(), [])
+            self.check_unchanged()
 
     def test_marked_packages_do_not_keep_the_window_open(self):
         with self.program() as program:

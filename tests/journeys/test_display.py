@@ -76,6 +76,16 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
+    def test_metadata_that_another_program_uses(self):
+        lock = self.cache_lock('metadata')
+        with self.started() as program:
+            self.wait_waiting(program.main(), lock)
+            self.lose(program)
+            self.assertEqual(program.wait(), 1, program.stderr())
+            self.assertTrue(lock.is_held())
+            lock.let_go()
+            self.check_nothing_done(program)
+
     def test_message(self):
         with self.started() as program:
             window = program.ready()

@@ -157,13 +157,6 @@ class SetupTest(ScenarioTest):
             self.yumio.setupRepos()
 
     @in_own_process
-    def test_metadata_held_by_another_process_is_a_repository_error(self):
-        self.load()
-        self.write("/var/cache/yum/metadata_lock.pid", str(os.getppid()))
-        with self.assertRaises(self.dnf.exceptions.RepoError):
-            self.yumio.setupRepos()
-
-    @in_own_process
     def test_fresh_metadata_comes_from_the_cache(self):
         self.configure("metadata_expire=3600")
         self.started()

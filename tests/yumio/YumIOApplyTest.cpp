@@ -1211,6 +1211,45 @@ private Q_SLOTS:
         backEnd->run("changeActivity('later')");
     }
 
+    void whatIsWaitedForIsShownUntilTheWaitIsOver()
+    {
+        QVERIFY(!yumIO().endWaiting());
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "goes = [waitForLock('Waiting for w\\u00e4scher (17)'), waitForLock('Waiting for x')]\n"
+                      "seen.append(look()[1])\n"
+                      "goes.append(waitForLock(None))\n"
+                      "seen.extend([look()[1], goes])"));
+        backEnd->answers.take();
+        QCOMPARE(backEnd->text("seen"), QString("['Waiting for x (0%) 0/1', 'Preparing (0%) 0/1', "
+                                                "[True, True, True]]"));
+        // The graphical thread never waits.
+        backEnd->run("seen.append([waitForLock('later'), waitForLock(None)])");
+        QCOMPARE(backEnd->text("seen[-1]"), QString("[False, True]"));
+        QVERIFY(!yumIO().endWaiting());
+    }
+
+    void aWaitThatIsEndedEndsTheOperationWithoutAMessage()
+    {
+        backEnd->run("import time\nended = []");
+        QTimer timer;
+        bool ended = false;
+        connect(&timer, &QTimer::timeout, &timer, [&] { ended = ended || yumIO().endWaiting(); });
+        timer.start(10);
+        const int before = logLength();
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                       "while waitForLock('Waiting for x'):\n    time.sleep(0.01)\n"
+                       "ended.append(waitForLock(None))\n"
+                       "raise dnf.exceptions.LockError('ended')"));
+        QVERIFY(ended);
+        QCOMPARE(backEnd->text("ended"), QString("[False]"));
+        // The question, and nothing about the failure.
+        QCOMPARE(backEnd->answers.take().count(), 1);
+        QCOMPARE(backEnd->log(before).filter("Unable to apply changes").count(), 1);
+        // The next operation says what is wrong with it again.
+        QVERIFY(!apply("raise dnf.exceptions.Error('broken')"));
+        QCOMPARE(backEnd->answers.take().count(), 1);
+    }
+
     void marksOutliveACollectionWhereTheyStillMakeSense()
     {
         const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
