@@ -2551,6 +2551,26 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
         <source>Groups of packages cannot be read on this system: its libcomps does not work with its version of Python. The groups of the repositories are left out. All else works.</source>
         <translation>Gruppen von Paketen können auf diesem System nicht gelesen werden: Seine libcomps arbeitet mit seiner Version von Python nicht zusammen. Die Gruppen der Paketquellen werden ausgelassen. Alles andere funktioniert.</translation>
     </message>
+    <message>
+        <source>The transaction was only tested, because tsflags has test. Nothing was changed.</source>
+        <translation>Die Transaktion wurde nur geprüft, weil tsflags test enthält. Nichts wurde geändert.</translation>
+    </message>
+    <message>
+        <source>Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.</source>
+        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit die Konfiguration nicht lesen, weil {} fehlt.</translation>
+    </message>
+    <message>
+        <source>Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, because it lacks {}.</source>
+        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit keine Paketquellen und Pakete lesen, weil {} fehlt.</translation>
+    </message>
+    <message>
+        <source>Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks {}.</source>
+        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit keine Erweiterungen verwenden, weil {} fehlt.</translation>
+    </message>
+    <message>
+        <source>Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.</source>
+        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit keine Transaktionen ausführen, weil {} fehlt.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

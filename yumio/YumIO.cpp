@@ -45,6 +45,18 @@ private:
 
 // The texts of the script itself, which the toolkit's own program for finding texts does not look into.
 const char* const scriptTexts[] = {
+    QT_TRANSLATE_NOOP(
+        "YumIO", "Version {} of dnf is not supported. VYRE cannot read the configuration with it, because "
+                 "it lacks {}."),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, "
+                 "because it lacks {}."),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks "
+                 "{}."),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because "
+                 "it lacks {}."),
     QT_TRANSLATE_NOOP("YumIO", "Signatures cannot be checked: there is no program rpmkeys."),
     QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nUser id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "\nThere are only {} kB left for {}"),
@@ -90,6 +102,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The plug-in {} has ended the operation: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-in %s has failed (%s):"),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed.\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "The transaction was only tested, because tsflags has test. Nothing was "
+                               "changed."),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed. Only the history of transactions could not be "
                                "written:\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "There was no space for the scripts of these packages, which may not have "

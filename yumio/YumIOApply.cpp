@@ -200,8 +200,8 @@ bool YumIO::applyReal()
         signalRecorder.reset();
         readOutcome();
         // An exception that is not among the known ones has been reported already.
-        if (commExceptRaised(result.get(), tr("apply changes")) || !result) {
-            txApplied = false;
+        if (commExceptRaised(result.get(), tr("apply changes")) || !result || result.get() == Py_False) {
+            txApplied = false; // or nothing was to be changed: what is marked stays marked
         }
     }
     if (restorable) {

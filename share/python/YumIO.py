@@ -46,9 +46,12 @@ import dnf.base
 import dnf.callback
 import dnf.comps
 import dnf.conf
+import dnf.conf.config
 import dnf.conf.read
+import dnf.const
 import dnf.drpm
 import dnf.exceptions
+import dnf.i18n
 import dnf.lock
 import dnf.logging
 import dnf.package
@@ -77,6 +80,55 @@ import yumIOC
 def tr(text):
     """A text of ours in the user's language: the program puts the translations here before it runs this file."""
     return globals().get('translations', {}).get(text, text)
+
+
+# What is the package manager's own -------------------------------------------------------------------------
+
+# All that the script uses of the package manager although it is not meant for others: where it is, its name, and what
+# to say of a version that lacks it. The start looks for all of it: a transaction must not end half way for that.
+PRIVATE_NAMES = tuple((place, name, text) for text, found in (
+    (tr('Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.'), (
+        (dnf.conf.config.BaseConfig, ('_has_option', '_populate', '_set_value')),
+    )),
+    (tr('Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, '
+        'because it lacks {}.'), (
+        (dnf.Base, ('_add_repo_to_sack', '_get_installonly_query', '_repos')),
+        (dnf.conf.read.RepoReader, ('_get_repos',)),
+        (dnf.package.Package, ('_from_system',)),
+        (dnf.repo.Repo, ('_repo', '_set_key_import')),
+        (dnf.sack, ('_build_sack',)),
+    )),
+    (tr('Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks {}.'), (
+        (dnf.plugin.Plugins, ('_caller', '_load', '_run_init')),
+    )),
+    (tr('Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.'), (
+        (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_repo_set_imported_gpg_keys', '_run_transaction',
+                    '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts', '_verify_transaction')),
+        (dnf.yum.rpmtrans.RPMTransaction, ('_cpioError', '_extract_cbkey', '_scriptError', '_scriptOutput',
+                                           '_shutdownOutputLogging', '_unpackError')),
+        (rpm, ('_RPMVSF_NODIGESTS', '_RPMVSF_NOSIGNATURES')),
+    )),
+) for place, names in found for name in names)
+
+# What there may be: without it signatures are checked as the package manager does it.
+RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
+
+
+def requirePrivateNames(*objects):
+    """End the start when the package manager lacks one of these names: in its classes and modules or, when there are
+    some already, in objects of these classes.
+    """
+    for place, name, text in PRIVATE_NAMES:
+        made = [each for each in objects if isinstance(place, type) and isinstance(each, place)]
+        if hasattr(place, name) or not made and name in NAMES_OF_OBJECTS:
+            continue
+        if not any(name in vars(each) for each in made):
+            raise SystemExit(text.format(dnf.const.VERSION, place.__name__ + '.' + name))
+
+
+# Those of them that an object has, and not its class.
+NAMES_OF_OBJECTS = ('_repo', '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set', '_trans_success',
+                    '_trans_tempfiles')
 
 
 # Paths of the managed system --------------------------------------------------------------------------------
@@ -239,7 +291,7 @@ def useDatabaseOfRoot():
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return
     rpm.addMacro('_dbpath', DATABASES[0])
-    if hasattr(dnf.rpm.miscutils, '_verifyPackageUsingRpmkeys'):
+    if all(hasattr(dnf.rpm.miscutils, name) for name in RPMKEYS_NAMES):
         dnf.rpm.miscutils._verifyPackageUsingRpmkeys = verifyWithDatabaseOfRoot
 
 
@@ -578,6 +630,24 @@ def databaseCookie():
         return ''
     finally:
         transaction.closeDB()
+
+
+# So many letters of what was done are written into the history of transactions.
+COMMAND_LENGTH = 1000
+
+
+def commandLine(*lists):
+    """What the history of transactions has in place of a command: pairs of a verb and what it is done to.
+
+    Anyone who reads the history with dnf sees it on a terminal: names of repositories' packages may be made to harm it.
+    """
+    parts = []
+    for verb, objects in lists:
+        names = sorted(set(''.join(letter if letter.isprintable() else '?' for letter in name) for name in objects))
+        if names:
+            parts.append('{} {}'.format(verb, ' '.join(names)))
+    text = 'vyre: ' + '; '.join(parts)
+    return text if len(text) <= COMMAND_LENGTH else text[:COMMAND_LENGTH - 3] + '...'
 
 
 class DatabaseLock:
@@ -1244,6 +1314,18 @@ class Base(dnf.Base):
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError, ValueError) as e:
             logging.getLogger('dnf').warning('%s', e)
 
+    def endTransaction(self):
+        """Remove what was downloaded for a transaction, or remember it for the next one, as the package manager's
+        command does at its end.
+        """
+        done = self._trans_success
+        try:
+            self._finalize_base()
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError, ValueError) as e:
+            logging.getLogger('dnf').warning('%s', e)
+        if done:
+            self._trans_tempfiles = set()
+
     def remark(self, text):
         if text in self._remarked:
             logging.getLogger('dnf').warning('%s', text)
@@ -1522,6 +1604,7 @@ class YumIO:
         logger.setLevel(dnf.logging.TRACE)
         logger.addHandler(LogHandler())
 
+        requirePrivateNames()
         self._lock = None
         self._cookie = ''  # of the database of which the packages were read
         # Of the last transaction: whether it changed the system, and whether it was refused because another program
@@ -1530,6 +1613,7 @@ class YumIO:
         self.outdated = False
         # What else there is to say of the last operation, although it has not failed, is in the remarks.
         self.base = Base(self._configuration())
+        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf))
         self.remarks = self.base.remarks
         self._setupLogFiles()
         self.base.readReposLater()
@@ -1926,7 +2010,8 @@ class YumIO:
 
     @withReason
     def apply(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
-        """Resolve, show, confirm, download, check and run one transaction.
+        """Resolve, show, confirm, download, check and run one transaction. Returns whether it was to change anything:
+        the package manager may be configured to test only.
 
         The user's No is no failure. Whatever stops the transaction is raised, before anything was changed unless
         the text of the exception names packages.
@@ -1950,11 +2035,20 @@ class YumIO:
             base.resolve(allow_erasing=bool(removes or groupRemoves))
             if not base.transaction and not base.history.group:
                 raise dnf.exceptions.Error(tr('There is nothing to do.'))
-            if self._confirmed():
+            base.args = [commandLine(
+                ('install', [package.name for package in installs]),
+                ('upgrade', [new.name for new, old in updates]), ('remove', [package.name for package in removes]),
+                ('group install', [group.id for group in groupInstalls]),
+                ('group upgrade', [group.id for group in groupUpdates]),
+                ('group remove', [group.id for group in groupRemoves]))]
+            if not self._confirmed():
+                return True
+            try:
                 self._download()
                 self._checkSignatures()
-                self._run()
-            return True
+                return self._run()
+            finally:
+                base.endTransaction()
         except (hawkey.Exception, libdnf.error.Error, rpm.error) as e:
             if base.history.dbpath in str(e):
                 self._refuseHistory(str(e))
@@ -2062,6 +2156,9 @@ class YumIO:
             yumIOC.reportDownloadSize(installed)
         elif transaction:
             yumIOC.reportRemoveSize(transaction)
+        if 'test' in self.base.conf.tsflags:
+            text = dnf.i18n._('{prog} will only download packages, install gpg keys, and check the transaction.')
+            logging.getLogger('dnf').info('%s', text.format(prog=dnf.util.MAIN_PROG_UPPER))
         return yumIOC.userconfirm() == 1
 
     def _installSet(self):
@@ -2112,18 +2209,20 @@ class YumIO:
                 if not base.changed:
                     self._endHistory()
                 raise
+        if base.transaction and 'test' in base.conf.tsflags:
+            self.remarks.append(
+                tr('The transaction was only tested, because tsflags has test. Nothing was changed.'))
+            return False
         yumIOC.postTransactionOutput()
         items = list(base.transaction or [])
         failed = [item for item in items if item.state == libdnf.transaction.TransactionItemState_ERROR]
         unrecorded = [item for item in self._unrecorded(items) if item not in failed]
-        if not base.conf.keepcache and not failed and not unrecorded:
-            base._clean_packages(base._trans_tempfiles)
-            base._trans_tempfiles = set()
         parts = [head + '\n' + '\n'.join(sorted(set(str(item) for item in found))) for head, found in (
             (tr('The transaction failed for:'), failed),
             (tr('The database of packages does not have what was done to:'), unrecorded)) if found]
         if parts:
             raise dnf.exceptions.Error('\n'.join(parts) + self._spaceHints(failed))
+        return True
 
     def _checkScriptSpace(self):
         """rpm takes no notice when it cannot write a script, and runs what there is of it. A removal that makes space

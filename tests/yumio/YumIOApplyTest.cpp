@@ -1199,6 +1199,13 @@ private Q_SLOTS:
         backEnd->run("del it.remarks");
     }
 
+    void whatIsOnlyTestedStaysMarked()
+    {
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                       "return False"));
+        QCOMPARE(backEnd->answers.take().count(), 1);
+    }
+
     void theScriptSaysOnTheBarWhatItWaitsFor()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
