@@ -1036,15 +1036,17 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         self._heard = super(RPMTransaction, self)._scriptOutput()
         return self._heard
 
-    # The package manager does not pass on what rpm itself says of the next two failures.
+    # What rpm itself says of the next two failures is not passed on, or as output of scriptlets only.
 
     def _cpioError(self, key):
+        self._heard = None
         super(RPMTransaction, self)._cpioError(key)
-        self._tellReason(self._scriptOutput())
+        self._tellReason(self._heard or self._scriptOutput())
 
     def _unpackError(self, key):
+        self._heard = None
         super(RPMTransaction, self)._unpackError(key)
-        self._tellReason(self._scriptOutput())
+        self._tellReason(self._heard or self._scriptOutput())
 
     def _scriptError(self, amount, total, key):
         """What the scriptlet has printed was passed on before. When it has prevented something, the end is shown

@@ -164,7 +164,9 @@ def click_at(x, y, button=1):
 
 
 def key(*names):
-    xdotool('key', '--clearmodifiers', *names)
+    # A function key goes by its code: with some versions of the keyboard's description xdotool adds Alt to its name.
+    codes = [re.sub(r'\bF([1-9]|10)$', lambda found: str(66 + int(found.group(1))), name) for name in names]
+    xdotool('key', '--clearmodifiers', *codes)
 
 
 def kill_display():
