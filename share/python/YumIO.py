@@ -1642,6 +1642,7 @@ class YumIO:
             if dnf.util.am_i_root() or (managedRoot() != '/' and canWrite(inRoot(path))):
                 conf._set_value(option, inRoot(path), dnf.conf.PRIO_DEFAULT)
         conf.releasever = self._releasever()
+        self._setPartsOfReleasever(conf)
         preset = {option: getattr(conf, option) for option in ('cachedir', 'logdir', 'persistdir')}
 
         # Repositories are looked for in the same file, and it must not be the package manager's usual one.
@@ -1750,6 +1751,23 @@ class YumIO:
         if not logging.getLogger('librepo').handlers:
             # A version whose library writes the file by itself, with the passwords: rather none.
             libdnf.repo.LibrepoLog.removeAllHandlers()
+
+    @staticmethod
+    def _setPartsOfReleasever(conf):
+        """Newer versions of the package manager know $releasever_major and $releasever_minor. They come from the
+        release, unless the release package provides others.
+        """
+        if not hasattr(dnf.rpm, 'detect_releasevers'):
+            return
+        try:
+            _, major, minor = dnf.rpm.detect_releasevers(managedRoot())
+        except dnf.exceptions.Error as e:
+            logging.getLogger('dnf').debug('The parts of the release are not known: %s', e)
+            return
+        if major is not None:
+            conf.releasever_major = major
+        if minor is not None:
+            conf.releasever_minor = minor
 
     @staticmethod
     def _releasever():

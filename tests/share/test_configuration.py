@@ -379,6 +379,22 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(sorted(yumio.base.repos), sorted(LAYOUT + ("in-main", "second")))
 
     @in_own_process
+    def test_the_parts_of_the_release_are_those_of_the_package_manager(self):
+        self.write("/etc/yum.repos.d/parts.repo",
+                   "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor\n")
+        yumio = self.load()
+        address = yumio.base.repos["parts"].baseurl[0].rstrip("/")
+        if not hasattr(self.dnf.rpm, "detect_releasevers"):
+            self.assertEqual(address, "file:///9/$releasever_major.$releasever_minor")
+            return
+        self.assertEqual(address, "file:///9/9.4")
+        command = ["dnf", "--installroot", self.sandbox.root, "--noplugins", "repolist", "--verbose",
+                   "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "--disablerepo=*", "--enablerepo=parts"]
+        shown = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True,
+                               env=dict(os.environ, LC_ALL="C.UTF-8")).stdout
+        self.assertIn(" for %s/repodata/repomd.xml " % address, shown)
+
+    @in_own_process
     def test_a_repository_directory_of_the_configuration_replaces_the_default_ones(self):
         place = os.path.join(self.directory, "elsewhere")
         self.configure("reposdir=" + place)
