@@ -243,12 +243,13 @@ void YumIO::offerTranslations()
     PyErr_Clear();
 }
 
-// Names of the script for what it can do without; they are none of yumIOC's. The first says on the bar of the
-// current step what is being done, the second what is wrong with a document of metadata, the last what is
-// waited for, and whether to go on waiting.
+// Names of the script for what it can do without; they are none of yumIOC's. One adds lines to the listing of
+// a transaction, one says on the bar of the current step what is being done, one what is wrong with a
+// document of metadata, and one what is waited for, and whether to go on waiting.
 void YumIO::offerFunctions()
 {
     static PyMethodDef definitions[] = {
+        {"addToListing", addToListing, METH_O, nullptr},
         {"changeActivity", changeActivity, METH_O, nullptr},
         {"faultOfMetadata", faultOfMetadata, METH_VARARGS, nullptr},
         {"hideSecrets", hideSecrets, METH_O, nullptr},
@@ -274,6 +275,18 @@ PyObject* YumIO::faultOfMetadata(PyObject*, PyObject* args)
     QString problem;
     Metadata::check(QFile::decodeName(path), root, problem);
     return PyUnicode_FromString(problem.toUtf8().constData());
+}
+
+PyObject* YumIO::addToListing(PyObject* capsule, PyObject* text)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    if (yumIO == nullptr) {
+        return nullptr;
+    }
+    if (yumIO->txListed) {
+        yumIO->txText += yumIO->pyString(text);
+    }
+    Py_RETURN_NONE;
 }
 
 PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)

@@ -295,6 +295,7 @@ private:
     bool internalError(const QString& text);
     void offerTranslations();
     void offerFunctions();
+    static PyObject* addToListing(PyObject* capsule, PyObject* text);
     static PyObject* changeActivity(PyObject* capsule, PyObject* text);
     static PyObject* faultOfMetadata(PyObject* capsule, PyObject* args);
     static PyObject* waitForLock(PyObject* capsule, PyObject* text);

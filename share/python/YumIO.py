@@ -942,6 +942,13 @@ def showActivity(text):
         show(passable(text))
 
 
+def extendListing(text):
+    """Adds lines to the listing that the user is going to confirm."""
+    add = globals().get('addToListing')  # the program puts it here before it runs this file
+    if add is not None:
+        add(passable(text))
+
+
 class DownloadProgress(dnf.callback.DownloadProgress):
     """Passes the progress of downloads, of metadata and of packages, on to the program."""
 
@@ -1593,6 +1600,58 @@ def isInCache(package):
         return False
 
 
+# Modules and groups of a transaction ------------------------------------------------------------------------
+
+# What the package manager's own command does with them around its library. The texts are that command's, and it
+# translates them.
+
+def otherSections(base):
+    """What a resolved transaction changes beside packages, as the package manager's own listing has it: pairs of a
+    heading and its lines, without those that are empty.
+    """
+    sections = []
+    dnfText = dnf.i18n._
+    container = base._moduleContainer
+    for heading, found in ((dnfText('Installing module profiles'), container.getInstalledProfiles()),
+                           (dnfText('Disabling module profiles'), container.getRemovedProfiles())):
+        sections.append((heading, ['%s/%s' % (name, profile) for name, profiles in sorted(dict(found).items())
+                                   for profile in profiles]))
+    sections.append((dnfText('Enabling module streams'),
+                     ['%s %s' % pair for pair in sorted(dict(container.getEnabledStreams()).items())]))
+    sections.append((dnfText('Switching module streams'),
+                     ['%s %s -> %s' % (name, streams[0], streams[1])
+                      for name, streams in sorted(dict(container.getSwitchedStreams()).items())]))
+    sections.append((dnfText('Disabling modules'), sorted(container.getDisabledModules())))
+    sections.append((dnfText('Resetting modules'), sorted(container.getResetModules())))
+    for persistor, headings in (
+            (base.history.env, (dnfText('Installing Environment Groups'), dnfText('Upgrading Environment Groups'),
+                                dnfText('Removing Environment Groups'))),
+            (base.history.group, (dnfText('Installing Groups'), dnfText('Upgrading Groups'),
+                                  dnfText('Removing Groups')))):
+        for heading, groups in zip(headings, (persistor._installed, persistor._upgraded, persistor._removed)):
+            sections.append((heading, [group.getName() or identifier for identifier, group in groups.items()]))
+    return [(heading, list(lines)) for heading, lines in sections if lines]
+
+
+def refuseModuleSwitch(base):
+    """The library would switch enabled streams of modules; only the command asks whether that is allowed."""
+    conf = base.conf
+    if not conf._has_option('module_stream_switch') or conf.module_stream_switch:
+        return
+    switched = sorted(dict(base._moduleContainer.getSwitchedStreams()).items())
+    if not switched:
+        return
+    dnfText = dnf.i18n._
+    lines = [dnfText("The operation would result in switching of module '{0}' stream '{1}' to stream '{2}'").format(
+        name, streams[0], streams[1]) for name, streams in switched]
+    lines.append(dnfText(
+        "It is not possible to switch enabled streams of a module unless explicitly enabled via configuration option "
+        "module_stream_switch.\nIt is recommended to rather remove all installed content from the module, and reset "
+        "the module using '{prog} module reset <module_name>' command. After you reset the module, you can install "
+        "the other stream.").format(prog=getattr(dnf.util, 'MAIN_PROG', 'dnf')))
+    raise dnf.exceptions.Error('\n'.join(lines))
+
+
 # The object that the program drives -------------------------------------------------------------------------
 
 class YumIO:
@@ -2053,7 +2112,9 @@ class YumIO:
             self._mark(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves)
             # Only who asked for a removal is offered the removal of what depends on it.
             base.resolve(allow_erasing=bool(removes or groupRemoves))
-            if not base.transaction and not base.history.group:
+            refuseModuleSwitch(base)
+            sections = otherSections(base)
+            if not base.transaction and not sections:
                 raise dnf.exceptions.Error(tr('There is nothing to do.'))
             base.args = [commandLine(
                 ('install', [package.name for package in installs]),
@@ -2061,7 +2122,7 @@ class YumIO:
                 ('group install', [group.id for group in groupInstalls]),
                 ('group upgrade', [group.id for group in groupUpdates]),
                 ('group remove', [group.id for group in groupRemoves]))]
-            if not self._confirmed():
+            if not self._confirmed(sections):
                 return True
             try:
                 self._download()
@@ -2168,9 +2229,11 @@ class YumIO:
         for name in sorted(set(package.name for package in installed)):
             self.base.upgrade(name)
 
-    def _confirmed(self):
+    def _confirmed(self, sections):
         transaction = self.base.transaction or []
         yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
+        for heading, lines in sections:
+            extendListing(heading + ':\n' + ''.join('\t%s\n' % ' '.join(line.split()) for line in lines))
         installed = self._installSet()
         if installed:
             yumIOC.reportDownloadSize(installed)

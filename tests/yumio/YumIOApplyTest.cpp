@@ -1206,6 +1206,18 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().count(), 1);
     }
 
+    void theScriptAddsLinesToTheListing()
+    {
+        QVERIFY(apply("addToListing('too early')\nyumIOC.listTransaction(None, [])\n"
+                      "addToListing('Enabling module streams:\\n\\tgr\\u00f6ve 1\\n')\n"
+                      "yumIOC.reportRemoveSize([])\nyumIOC.userconfirm()"));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].text,
+                 QString("Transaction to be performed:\nEnabling module streams:\n\tgr\u00f6ve 1\n"
+                         "No downloads; only removals\n"));
+    }
+
     void theScriptSaysOnTheBarWhatItWaitsFor()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"

@@ -21,11 +21,12 @@ sys.path.insert(0, DIRECTORY)
 
 import dnf
 import dnf.exceptions
+import hawkey
 import libdnf.transaction
 import rpm
 
 import vyresandbox
-from vyresandbox import Sandbox, needs_groups, server
+from vyresandbox import Sandbox, extras, needs_groups, server
 from vyresandbox.dnfbase import configured_base, use_sandbox_database
 
 EXECUTABLE = os.path.join(DIRECTORY, "sandbox")
@@ -306,6 +307,83 @@ class QueryTest(unittest.TestCase):
     def test_database_is_where_dnf_and_rpm_expect_it(self):
         self.assertTrue(os.path.isfile(os.path.join(self.sandbox.root, "var/lib/rpm/rpmdb.sqlite")))
         self.assertTrue(os.listdir(os.path.join(self.sandbox.root, "var/lib/dnf")))
+
+
+class ExtrasTest(SandboxTest):
+    """The repositories that are used by those who ask for them."""
+
+    def extra(self, name, groups=False):
+        """A base that knows this repository only."""
+        sandbox = self.copied()
+        directory = os.path.join(sandbox.root, "etc/yum.repos.d")
+        for file in os.listdir(directory):
+            os.unlink(os.path.join(directory, file))
+        sandbox.use(name)
+        with open(os.path.join(sandbox.root, "etc/yum.conf"), "a") as stream:
+            stream.write("module_platform_id=%s\n" % extras.PLATFORM)
+        return self.base(sandbox, groups)
+
+    def available(self, base):
+        return {str(package) for package in base.sack.query().available()}
+
+    def documents(self, name):
+        with open(os.path.join(original.repository(name), "repodata/repomd.xml")) as stream:
+            return re.findall('<data type="([^"]+)">', stream.read())
+
+    def test_nobody_uses_them_who_does_not_ask(self):
+        sandbox = self.copied()
+        names = os.listdir(os.path.join(sandbox.root, "etc/yum.repos.d"))
+        self.assertEqual([name for name in names if name.startswith("extra-")], [])
+        self.assertEqual(sorted(os.listdir(os.path.join(sandbox.directory, "more"))), sorted(extras.REPOSITORIES))
+
+    def test_streams_of_modules(self):
+        base = self.extra("extra-modules")
+        container = base._moduleContainer
+        self.assertEqual({(module.getName(), module.getStream()) for module in container.getModulePackages()},
+                         {("grove", "0"), ("grove", "1"), ("grove", "2"), ("orangery", "5"), ("tidepool", "7")})
+        self.assertEqual(container.getDefaultStream("grove"), "1")
+        # The packages of other streams are not to be had, nor is the newer one without a module.
+        self.assertEqual(self.available(base), {
+            "grove-cli-1.4-1.module+1.noarch", "grove-data-1.4-1.module+1.noarch", "grove-map-1.0-1.noarch",
+            "grove-axe-1.0-1.noarch"})
+
+    def test_advisories(self):
+        base = self.extra("extra-advisories")
+        packages = base.sack.query().available().filterm(name="adviser", version="1.1")
+        self.assertEqual([advisory.id for package in packages
+                          for advisory in package.get_advisories(hawkey.EQ)], ["LSA-2024-021"])
+
+    def test_metadata_in_zchunk_beside_the_usual(self):
+        self.assertLessEqual({"primary", "primary_zck", "filelists_zck", "other_zck"},
+                             set(self.documents("extra-zchunk")))
+        self.assertEqual(self.available(self.extra("extra-zchunk")), {"chunky-1.0-1.noarch"})
+
+    def test_metadata_in_zstd_only(self):
+        files = os.listdir(os.path.join(original.repository("extra-zstd"), "repodata"))
+        self.assertEqual([name for name in files if name != "repomd.xml" and not name.endswith(".zst")], [])
+        self.assertEqual(len(files), 4)
+        self.assertEqual(self.available(self.extra("extra-zstd")), {"zesty-1.0-1.noarch"})
+
+    def test_deltas(self):
+        self.assertIn("prestodelta", self.documents("extra-deltas"))
+        base = self.extra("extra-deltas")
+        new, = base.sack.query().available().filterm(name="delta-tides", version="1.1")
+        delta = new.get_delta_from_evr("1.0-1")
+        self.assertLess(delta.downloadsize, new.downloadsize / 2)
+        self.assertTrue(os.path.isfile(os.path.join(original.repository("extra-deltas"), delta.location)))
+
+    @needs_groups
+    def test_environments(self):
+        base = self.extra("extra-environments", groups=True)
+        environment, = base.comps.environments
+        self.assertEqual(environment.id, extras.ENVIRONMENT)
+        self.assertEqual([group.name for group in environment.group_ids], ["habitat-waters"])
+        self.assertEqual([group.name for group in environment.option_ids], ["habitat-rocks"])
+
+    def test_rich_dependencies(self):
+        base = self.extra("extra-rules")
+        package, = base.sack.query().available().filterm(name="rich-or")
+        self.assertEqual([str(relation) for relation in package.requires], ["(rich-left or rich-right)"])
 
 
 class ResolveTest(SandboxTest):

@@ -9,7 +9,7 @@ from concurrent.futures import ThreadPoolExecutor
 
 import dnf.callback
 
-from . import catalogue
+from . import catalogue, extras
 from .build import KeyRing, build_packages, run
 from .dnfbase import bare_base, fault_of_groups
 from .sandbox import CREATEREPO, FILE_REPOSITORIES, HTTP_REPOSITORIES, Sandbox
@@ -46,12 +46,13 @@ def _fill(sandbox, packages):
     with tempfile.TemporaryDirectory(prefix="sandbox-rpms-") as work, KeyRing() as keys:
         with ThreadPoolExecutor(1) as pool:
             generating = pool.submit(_generate_keys, keys, sandbox.root)
-            build_packages(packages, catalogue.CHANGELOGS, work)
+            build_packages(packages + extras.packages(), catalogue.CHANGELOGS, work)
             generating.result()
         for user, signature in ((catalogue.TRUSTED_KEY, "trusted"), (catalogue.UNKNOWN_KEY, "unknown")):
             keys.sign(user, [
                 os.path.join(work, package.file_name) for package in packages if package.signature == signature])
         _make_repositories(sandbox, packages, work)
+        extras.make_repositories(sandbox, work)
     sandbox.without_groups = fault_of_groups()
     _populate_root(sandbox, packages)
     sandbox.write_repository_files()

@@ -32,6 +32,7 @@ class Sandbox(object):
     directory/root  the system root (.root)
     directory/http  the repositories that the server serves
     directory/file  those that are reached as files
+    directory/more  those that no file of the root names, until use() is called
     directory/home  the home directory for programs run on the sandbox
     directory/without-groups
                     where dnf cannot read groups, why: the repositories have them, but none is installed in the root
@@ -69,7 +70,8 @@ class Sandbox(object):
 
     def repository(self, name):
         """The directory of a repository."""
-        return os.path.join(self.directory, "http" if name in HTTP_REPOSITORIES else "file", name)
+        kind = "http" if name in HTTP_REPOSITORIES else "more" if name.startswith("extra-") else "file"
+        return os.path.join(self.directory, kind, name)
 
     def copy(self, directory):
         """A private copy in a new directory: nothing done to one changes the other."""
@@ -77,7 +79,7 @@ class Sandbox(object):
         if os.path.lexists(copied.directory):
             raise RuntimeError("%s exists already" % copied.directory)
         os.makedirs(copied.directory)
-        parts = [os.path.join(self.directory, part) for part in ("root", "http", "file")]
+        parts = [os.path.join(self.directory, part) for part in ("root", "http", "file", "more")]
         subprocess.run(["cp", "-a", "--reflink=auto"] + parts + [copied.directory], check=True)
         copied.without_groups = self.without_groups
         copied.write_repository_files()
@@ -125,6 +127,13 @@ class Sandbox(object):
         for name in FILE_REPOSITORIES:
             self._write_repository_file(name, "file://%s/" % self.repository(name))
         self._write_repository_file("sandbox-unreachable", "http://127.0.0.1:%d/nowhere/" % _CLOSED_PORT)
+
+    def use(self, name, *lines):
+        """Makes a repository of directory/more one of the root's; lines: further options."""
+        lines = ["[%s]" % name, "name=Sandbox, " + name, "baseurl=file://" + self.repository(name), "enabled=1",
+                 "gpgcheck=0"] + list(lines)
+        with open(os.path.join(self.root, "etc/yum.repos.d", name + ".repo"), "w") as stream:
+            stream.write("\n".join(lines) + "\n")
 
     def _write_repository_file(self, name, url):
         lines = [

@@ -1,0 +1,501 @@
+"""Runs the same operation through the script and through the command dnf, on two copies of one root, and compares.
+
+A scenario is a row of a table:
+
+    Scenario("name_of_the_test", expect="+libmoss", install="libmoss", dnf="install libmoss")
+
+expect   what both have to do, so that two that do nothing do not pass for equal: names of packages with "+" before one
+         that is installed, "-" before one that is removed, "^" before one of another version; "refused" where nothing
+         may change, with a text that both give as the reason; "failed" with such a text, and what is changed all the
+         same; "nothing" where there is nothing to do
+marks    install, update, remove, group_install, group_update, group_remove: what the user marks in the table, as names,
+         name.arch or name-version; the update "all" stands for every row with an update
+dnf      the command line that asks the same
+config   lines of the main configuration file
+repos    the repositories beside the usual ones, as names or pairs of name and further lines; {root} is the sandbox's
+before   what happens to the root before it is copied: command lines of dnf, or functions that are given the root
+differs  the name of a row of the manual's table "Differences from dnf", and what VYRE does then, as in expect
+"""
+
+import contextlib
+import json
+import os
+import re
+import shutil
+import signal
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import traceback
+import unittest
+
+import scenario
+from vyresandbox import needs_groups
+
+_PATIENCE = 180
+
+USUAL = ("sandbox-http", "sandbox-updates", "sandbox-file")
+
+CONFIGURATION = """\
+[main]
+gpgcheck=1
+installonly_limit=3
+clean_requirements_on_remove=True
+best=False
+cachedir=/var/cache/dnf
+metadata_expire=-1
+plugins=0
+module_platform_id=platform:larkspur9
+"""
+
+# What the program writes above the items of the listing, as dnf's headings: by the action and the reason of an item.
+INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE, REINSTALL = range(1, 10)
+INSTALLED_FOR = {5: "Installing group/module packages", 4: "Installing weak dependencies", 1: "Installing dependencies"}
+REMOVED_FOR = {1: "Removing dependent packages", 3: "Removing unused dependencies"}
+HEADINGS = {DOWNGRADE: "Downgrading", UPGRADE: "Upgrading", REINSTALL: "Reinstalling", OBSOLETED: "replacing"}
+
+# Headings of dnf's table for what is no package.
+OTHER_HEADINGS = (
+    "Installing module profiles", "Disabling module profiles", "Enabling module streams", "Switching module streams",
+    "Disabling modules", "Resetting modules", "Installing Environment Groups", "Upgrading Environment Groups",
+    "Removing Environment Groups", "Installing Groups", "Upgrading Groups", "Removing Groups")
+
+
+class Scenario(object):
+    def __init__(self, name, expect, dnf, config="", repos=(), before=(), install="", update="", remove="",
+                 group_install="", group_update="", group_remove="", differs=None, groups=False, after=None):
+        self.name = name
+        self.expect = expect
+        self.dnf = dnf
+        self.config = config
+        self.repos = [repo if isinstance(repo, tuple) else (repo, "") for repo in repos]
+        self.before = before
+        self.marks = {"install": install.split(), "update": update.split(), "remove": remove.split(),
+                      "group_install": group_install.split(), "group_update": group_update.split(),
+                      "group_remove": group_remove.split()}
+        self.differs = differs
+        self.groups = groups or bool(group_install or group_update or group_remove)
+        self.after = after
+
+
+class World(object):
+    """A root as the sandbox has it, with the configuration and the metadata in the cache that all scenarios share."""
+
+    def __init__(self):
+        self.sandbox = scenario.original()
+        self.directory = tempfile.mkdtemp(dir=scenario.workspace)
+        self.root = os.path.join(self.directory, "root")
+        self.home = os.path.join(self.directory, "home")
+        os.makedirs(self.home)
+        with open(os.path.join(self.home, ".rpmmacros"), "w") as stream:
+            stream.write("%_dbpath /var/lib/rpm\n")
+        copy(self.sandbox.root, self.root)
+        for name in os.listdir(os.path.join(self.root, "etc/yum.repos.d")):
+            os.unlink(os.path.join(self.root, "etc/yum.repos.d", name))
+        # The one file for both.
+        os.unlink(os.path.join(self.root, "etc/yum.conf"))
+        os.symlink("dnf/dnf.conf", os.path.join(self.root, "etc/yum.conf"))
+        self.configure(self.root, "", [(name, "") for name in USUAL])
+        done = self.dnf(self.root, "makecache")
+        if done.returncode != 0:
+            raise RuntimeError(done.stdout)
+
+    def environment(self):
+        return dict(os.environ, HOME=self.home, LC_ALL="C.UTF-8", LANGUAGE="", COLUMNS="80")
+
+    def configure(self, root, lines, repositories):
+        os.makedirs(os.path.join(root, "etc/dnf"), exist_ok=True)
+        with open(os.path.join(root, "etc/dnf/dnf.conf"), "w") as stream:
+            stream.write(CONFIGURATION + lines.replace("; ", "\n") + "\n")
+        for name, options in repositories:
+            content = "[%s]\nname=%s\nbaseurl=file://%s\nenabled=1\ngpgcheck=0\n%s\n" % (
+                name, name, self.sandbox.repository(name),
+                options.replace("; ", "\n").replace("{root}", self.sandbox.root))
+            with open(os.path.join(root, "etc/yum.repos.d", name + ".repo"), "w") as stream:
+                stream.write(content)
+
+    def dnf(self, root, line):
+        arguments = line if isinstance(line, list) else line.split()
+        return subprocess.run(["/usr/bin/dnf", "-y", "--installroot=" + root] + arguments, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, env=self.environment(),
+                              universal_newlines=True, timeout=_PATIENCE)
+
+
+def copy(source, target):
+    subprocess.run(["cp", "-a", "--reflink=auto", source, target], check=True)
+
+
+_world = None
+
+
+def world():
+    """Made once in each process of tests."""
+    global _world
+    if _world is None:
+        _world = World()
+    return _world
+
+
+# The states of a root ----------------------------------------------------------------------------------------------
+
+def packages(root):
+    """What rpm's database has, with the epoch always."""
+    return set(scenario.Sandbox(os.path.dirname(root)).rpm(
+        "-qa", "--root", root, "--queryformat",
+        r"%{NAME}-%|EPOCH?{%{EPOCH}}:{0}|:%{VERSION}-%{RELEASE}.%{ARCH}\n").split())
+
+
+def history(root):
+    """What the history knows of the packages and of the groups that are installed."""
+    connection = sqlite3.connect(os.path.join(root, "var/lib/dnf/history.sqlite"))
+    try:
+        reasons = {}
+        for name, reason in connection.execute(
+                "SELECT rpm.name || '.' || rpm.arch, trans_item.reason FROM trans_item JOIN rpm USING (item_id) "
+                "JOIN trans ON trans.id = trans_item.trans_id WHERE trans.state = 1 "
+                "AND trans_item.action NOT IN (3, 5, 7, 10) ORDER BY trans_item.id"):
+            reasons[name] = reason
+        groups = {}
+        for kind, key, member in (("comps_group", "groupid", "comps_group_package"),
+                                  ("comps_environment", "environmentid", "comps_environment_group")):
+            link, of = ("group_id", "name") if kind == "comps_group" else ("environment_id", "groupid")
+            for item, name, action in connection.execute(
+                    "SELECT item_id, %s, trans_item.action FROM %s JOIN trans_item USING (item_id) "
+                    "JOIN trans ON trans.id = trans_item.trans_id WHERE trans.state = 1 ORDER BY trans_item.id"
+                    % (key, kind)):
+                groups.pop(name, None)
+                if action != REMOVE:
+                    groups[name] = sorted(connection.execute(
+                        "SELECT %s, installed FROM %s WHERE %s = ?" % (of, member, link), (item,)))
+        return reasons, groups
+    finally:
+        connection.close()
+
+
+def modules(root):
+    """The files with the states of modules."""
+    directory = os.path.join(root, "etc/dnf/modules.d")
+    found = {}
+    if os.path.isdir(directory):
+        for name in sorted(os.listdir(directory)):
+            with open(os.path.join(directory, name)) as stream:
+                found[name] = stream.read()
+    return found
+
+
+_OTHER_DIRECTORIES = ("var/cache", "var/log", "var/lib/rpm", "var/lib/dnf", "root", "dev", "etc/dnf/modules.d")
+
+
+def files(root):
+    """The names of all files that packages and their scripts have left."""
+    found = set()
+    for directory, names, leaves in os.walk(root):
+        inside = os.path.relpath(directory, root)
+        names[:] = [name for name in names if os.path.normpath(os.path.join(inside, name)) not in _OTHER_DIRECTORIES]
+        found.update(os.path.normpath(os.path.join(inside, name)) for name in leaves)
+    return found
+
+
+def state(root):
+    installed = packages(root)
+    reasons, groups = history(root)
+    present = {re.sub(r"-[^-]+-[^-]+(\.[^.]+)$", r"\1", package) for package in installed}
+    return {"packages": installed, "reasons": {name: reason for name, reason in reasons.items() if name in present},
+            "groups": groups, "modules": modules(root), "files": files(root)}
+
+
+# The listings ------------------------------------------------------------------------------------------------------
+
+def listing_of_dnf(output):
+    """The table that dnf shows before it asks, as {heading: set of entries}; an entry has no size."""
+    lines = output.split("\n")
+    rules = [number for number, line in enumerate(lines) if re.match("=+$", line)]
+    if len(rules) < 2:
+        return {}
+    listing = {}
+    heading = None
+    tokens = []
+
+    def finish():
+        if heading is None:
+            return
+        entries = listing.setdefault(heading, set())
+        if heading in OTHER_HEADINGS:
+            entries.update(" ".join(line.split()) for line in tokens)
+            return
+        words = " ".join(tokens).split()
+        while words:
+            if words[0] == "replacing":
+                listing.setdefault("replacing", set()).add("%s %s" % tuple(words[1:3]))
+                del words[:3]
+            else:
+                name, arch, evr, repository = words[:4]
+                # The package manager does not always know where an installed package is from.
+                entries.add("%s.%s %s %s" % (name, arch, evr, "" if heading.startswith("Removing") else repository))
+                del words[:5]
+                if words and words[0] in ("k", "M", "G"):
+                    del words[0]
+
+    for line in lines[rules[1] + 1:]:
+        if line.startswith("Transaction Summary") or re.match("=+$", line):
+            break
+        if line and not line.startswith(" "):
+            finish()
+            heading, tokens = line.rstrip(":"), []
+        elif line.startswith("(") or not line.strip():
+            continue
+        else:
+            tokens.append(line)
+    finish()
+    return {heading: entries for heading, entries in listing.items() if entries}
+
+
+def listing_of_script(items, added):
+    listing = {}
+    for item in items:
+        action, reason = item["action"], item["reason"]
+        if action == INSTALL:
+            heading = INSTALLED_FOR.get(reason, "Installing")
+        elif action == REMOVE:
+            heading = REMOVED_FOR.get(reason, "Removing")
+        elif action in HEADINGS:
+            heading = HEADINGS[action]
+        else:
+            continue
+        evr = "%s%s-%s" % ("%d:" % item["epoch"] if item["epoch"] else "", item["version"], item["release"])
+        entry = "%s.%s %s" % (item["name"], item["arch"], evr)
+        if action != OBSOLETED:
+            entry += " " + ("" if action == REMOVE else item["from_repo"])
+        listing.setdefault(heading, set()).add(entry)
+    heading = None
+    for line in added.split("\n"):
+        if line.startswith("\t"):
+            listing.setdefault(heading, set()).add(" ".join(line.split()))
+        elif line:
+            heading = line.rstrip(":")
+    return listing
+
+
+# The script --------------------------------------------------------------------------------------------------------
+
+class _Driver(scenario.ScenarioTest):
+    """Does with the script what the program does with it."""
+
+    def runTest(self):
+        pass
+
+    def run_script(self, root, marks, groups):
+        os.environ["VYREROOT"] = root
+        self.added = []
+        self.load(addToListing=self.added.append)
+        self.yumio.lock()
+        yumio = self.yumio
+        yumio.setupRepos()
+        self.updates = list(yumio.collectUpdates())
+        everything = yumio.collectAll()
+        self.installed, self.available = list(everything.installed), list(everything.available)
+        self.groups = {group.id: group for group in yumio.collectGroups()} if groups else {}
+        yumio.collectDone()
+        outcome = {"refused": None, "applied": None}
+        try:
+            lists = self.lists(marks)
+        except LookupError as e:
+            return dict(outcome, refused="not in the table: %s" % e, items=[], added="")
+        self.recording.answers = [1] * 9
+        try:
+            outcome["applied"] = bool(yumio.apply(*lists))
+        except self.dnf.exceptions.Error as e:
+            outcome["refused"] = str(e)
+        if self.recording.faults:
+            raise AssertionError(self.recording.faults)
+        listings = self.recording.of("listTransaction")
+        return dict(outcome, items=listings[-1] if listings else [], added="".join(self.added),
+                    log=[text for level, text in self.recording.of("errorlog")])
+
+    @staticmethod
+    def matches(mark, package):
+        return mark in (package.name, "%s.%s" % (package.name, package.arch), "%s-%s" % (package.name, package.version),
+                        "%s-%s.%s" % (package.name, package.version, package.arch))
+
+    def find(self, mark, packages):
+        found = [package for package in packages if self.matches(mark, package)]
+        if not found:
+            raise LookupError(mark)
+        return found
+
+    def best(self, mark, packages):
+        """Of several architectures the table has the system's own first."""
+        found = self.find(mark, packages)
+        for package in found[1:]:
+            if not self.yumio.isBetterThan(found[0], package):
+                found[0] = package
+        return found[0]
+
+    def rows(self):
+        """The table's rows that can be installed: what is not installed in that class of architectures."""
+        present = set((package.name, self.yumio.getBiArch(package.arch)) for package in self.installed)
+        present.update((package.name, self.yumio.getBiArch(package.arch)) for package in self.updates)
+        return [package for package in self.available
+                if (package.name, self.yumio.getBiArch(package.arch)) not in present]
+
+    def lists(self, marks):
+        rows = self.rows() if marks["install"] else []
+        installs = [self.best(mark, rows) for mark in marks["install"]]
+        news = self.updates if marks["update"] == ["all"] else [
+            new for mark in marks["update"] for new in self.find(mark, self.updates)]
+        pairs = [[new, old] for new in news for old in self.installed if old.name == new.name
+                 and self.yumio.getBiArch(old.arch) == self.yumio.getBiArch(new.arch)]
+        removes = [old for mark in marks["remove"] for old in self.find(mark, self.installed)]
+        return [installs, pairs, removes] + [[self.groups[name] for name in marks[kind]]
+                                             for kind in ("group_install", "group_update", "group_remove")]
+
+
+def _in_child(function, *arguments):
+    """The result of a function that runs in a process of its own; returned by the function that waits for it."""
+    reader, writer = os.pipe()
+    sys.stdout.flush()
+    sys.stderr.flush()
+    child = os.fork()
+    if child == 0:
+        os.close(reader)
+        signal.alarm(_PATIENCE)
+        try:
+            answer = {"result": function(*arguments)}
+        except BaseException:
+            answer = {"failure": traceback.format_exc()}
+        with os.fdopen(writer, "w") as stream:
+            json.dump(answer, stream)
+        os._exit(0)
+    os.close(writer)
+
+    def wait():
+        with os.fdopen(reader) as stream:
+            text = stream.read()
+        os.waitpid(child, 0)
+        answer = json.loads(text) if text else {"failure": "the script's process ended"}
+        if "failure" in answer:
+            raise AssertionError(answer["failure"])
+        return answer["result"]
+
+    return wait
+
+
+# The tests ---------------------------------------------------------------------------------------------------------
+
+class ComparisonTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        self.sandbox = scenario.original()
+
+    def compare(self, row):
+        directory = tempfile.mkdtemp(dir=scenario.workspace)
+        self.addCleanup(shutil.rmtree, directory)
+        own, other = os.path.join(directory, "vyre"), os.path.join(directory, "dnf")
+        with self.prepared(row, own):
+            before = state(own)
+            copy(own, other)
+            # The script as the program starts it.
+            os.environ["HOME"] = world().home
+            wait = _in_child(_Driver().run_script, own, row.marks, row.groups)
+            done = world().dnf(other, self.command(row.dnf, directory))
+            outcome = wait()
+            mine, theirs = state(own), state(other)
+        details = "dnf (%d):\n%s\nscript: %s" % (done.returncode, done.stdout, json.dumps(outcome, indent=1))
+        self.check_outcome(row.expect, before, theirs, done.returncode == 0, done.stdout, details)
+        refusal = outcome["refused"]
+        if row.differs is not None:
+            self.check_difference(row.differs[0])
+            self.check_outcome(row.differs[1], before, mine, refusal is None, refusal, details)
+            return
+        self.check_outcome(row.expect, before, mine, refusal is None, refusal, details)
+        for part in mine:
+            self.assertEqual(mine[part], theirs[part], "%s\n%s" % (part, details))
+        if outcome["refused"] is None:
+            self.assertEqual(listing_of_script(outcome["items"], outcome["added"]), listing_of_dnf(done.stdout),
+                             details)
+
+    @staticmethod
+    def command(line, directory):
+        """Several command lines at once are a script of dnf's shell."""
+        if not line.startswith("shell "):
+            return line
+        path = os.path.join(directory, "commands")
+        with open(path, "w") as stream:
+            stream.write(line[6:].replace("; ", "\n") + "\nrun\n")
+        return ["shell", path]
+
+    @contextlib.contextmanager
+    def prepared(self, row, root):
+        copy(world().root, root)
+        world().configure(root, "", row.repos)
+        for step in row.before:
+            if callable(step):
+                step(root)
+            else:
+                done = world().dnf(root, step)
+                self.assertEqual(done.returncode, 0, done.stdout)
+        world().configure(root, row.config, row.repos)
+        yield
+
+    def check_difference(self, name):
+        """What differs on purpose stands in the manual."""
+        with open(os.path.join(scenario.SOURCES, "doc", "manual.adoc")) as stream:
+            table = stream.read().partition("[#differences]")[2].partition("[#troubleshooting]")[0]
+        self.assertIn("\n|%s\n" % name, table)
+
+    def check_outcome(self, expect, before, after, done, text, details):
+        if expect.startswith("refused") or expect == "nothing":
+            changes = {part for part in after if after[part] != before[part]}
+            self.assertEqual(changes, set(), details)
+            if expect.startswith("refused"):
+                self.assertFalse(done, details)
+                self.assertRegex(" ".join(text.split()), expect.partition(" ")[2], details)
+            return
+        expected = expect.split()
+        if expected[:1] == ["failed"]:
+            self.assertFalse(done, details)
+            self.assertRegex(text, expected[1], details)
+            del expected[:2]
+        else:
+            self.assertTrue(done, details)
+        self.assertEqual(changes_between(before["packages"], after["packages"]), set(expected), details)
+
+
+def changes_between(before, after):
+    """The changes in the words of a scenario's expectation; a foreign architecture is a part of the name."""
+    def names(found):
+        counted = {}
+        for package in found:
+            name, version = re.match(r"(.+)-([^-]+-[^-]+)\.[^.]+$", package).groups()
+            counted.setdefault(name + (".i686" if package.endswith(".i686") else ""), set()).add(version)
+        return counted
+
+    old, new = names(before), names(after)
+    changes = set()
+    for name in set(old) | set(new):
+        gone, come = old.get(name, set()) - new.get(name, set()), new.get(name, set()) - old.get(name, set())
+        if gone and come:
+            changes.add("^" + name)
+        elif come:
+            changes.add("+" + name)
+        elif gone:
+            changes.add("-" + name)
+    return changes
+
+
+def _test(row):
+    def compare(self):
+        self.compare(row)
+    return needs_groups(compare) if row.groups else compare
+
+
+def tests(scenarios):
+    """The class with a test for each scenario."""
+    methods = {}
+    for row in scenarios:
+        if "test_" + row.name in methods:
+            raise ValueError("two scenarios are %s" % row.name)
+        methods["test_" + row.name] = _test(row)
+    return type("SameAsDnfTest", (ComparisonTest,), methods)

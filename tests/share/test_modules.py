@@ -1,0 +1,94 @@
+"""Modules of the package manager in transactions of the program."""
+
+import os
+
+from scenario import ScenarioTest, in_own_process
+
+
+class ModulesTest(ScenarioTest):
+    def enter(self):
+        super(ModulesTest, self).enter()
+        self.configure("module_platform_id=platform:larkspur9")
+        self.sandbox.use("extra-modules")
+
+    def started(self):
+        self.added = []
+        self.load(addToListing=self.added.append)
+        self.yumio.lock()
+        self.collect()
+        self.recording.clear()
+
+    def streams(self):
+        """What the files of the system say of modules."""
+        directory = os.path.join(self.sandbox.root, "etc/dnf/modules.d")
+        found = {}
+        for name in os.listdir(directory) if os.path.isdir(directory) else ():
+            with open(os.path.join(directory, name)) as stream:
+                values = dict(line.strip().split("=") for line in stream if "=" in line)
+            found[name[:-len(".module")]] = values["state"], values["stream"]
+        return found
+
+    @in_own_process
+    def test_an_enabled_stream_stands_in_the_listing_after_the_packages(self):
+        self.started()
+        at = []
+        self.script["extendListing"].__globals__["addToListing"] = lambda text: (
+            at.append(self.recording.names()[-1]), self.added.append(text))
+        self.apply(installs=["grove-cli"])
+        self.assertEqual(at, ["listTransaction"])
+        self.assertEqual("".join(self.added), "Enabling module streams:\n\tgrove 1\n")
+        self.assertEqual(self.streams()["grove"], ("enabled", "1"))
+
+    @in_own_process
+    def test_the_heading_is_the_package_managers_own_in_the_users_language(self):
+        os.environ["LANGUAGE"] = "fr"
+        self.started()
+        self.apply(installs=["grove-cli"], answers=[0])
+        self.assertEqual("".join(self.added), "Activation des flux de modules:\n\tgrove 1\n")
+
+    @in_own_process
+    def test_no_leaves_the_streams_as_they_are(self):
+        self.started()
+        before = self.streams()
+        self.apply(installs=["grove-cli"], answers=[0])
+        self.assertEqual(self.streams(), before)
+        # The refused stream does not come back with the next transaction.
+        del self.added[:]
+        self.apply(installs=["astrolabe"])
+        self.assertEqual(self.added, [])
+        self.assertNotIn("grove", {name for name, state in self.streams().items() if state[0]})
+
+    @in_own_process
+    def test_a_transaction_that_is_not_possible_leaves_the_streams_as_they_are(self):
+        self.started()
+        before = self.streams()
+        self.assert_refused("palette.conf", installs=["grove-cli", "inkwell-classic", "inkwell-modern"])
+        self.assertEqual(self.streams(), before)
+
+    def switched(self):
+        """One stream is enabled, and the package manager is to go on to the one that took its place."""
+        self.write("/etc/dnf/modules.d/grove.module", "[grove]\nname=grove\nstream=0\nprofiles=\nstate=enabled\n")
+        self.configure("module_obsoletes=True")
+
+    @in_own_process
+    def test_a_switch_is_refused_in_the_package_managers_words(self):
+        self.switched()
+        self.started()
+        before = self.streams()
+        self.assert_refused(
+            "^The operation would result in switching of module 'grove' stream '0' to stream '1'\n"
+            "It is not possible to switch enabled streams of a module unless explicitly enabled via configuration "
+            "option module_stream_switch.\nIt is recommended to rather remove all installed content from the module, "
+            "and reset the module using 'dnf module reset <module_name>' command. After you reset the module, you can "
+            "install the other stream.$", installs=["grove-cli"])
+        self.assertNotIn("userconfirm", self.recording.names())
+        self.assertEqual(self.streams(), before)
+
+    @in_own_process
+    def test_a_switch_that_is_allowed_stands_in_the_listing(self):
+        self.switched()
+        self.configure("module_stream_switch=True")
+        self.started()
+        self.apply(installs=["grove-cli"])
+        self.assertEqual("".join(self.added), "Switching module streams:\n\tgrove 0 -> 1\n")
+        self.assertEqual(self.streams()["grove"], ("enabled", "1"))
