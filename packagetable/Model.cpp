@@ -165,6 +165,19 @@ QVariant Model::decorationData(const Package::Entry& e, int column) const
     }
 }
 
+QString Model::stateToolTip(Package::State state)
+{
+    switch (state) {
+    case Package::Available:
+        return tr("Package is available for installation");
+    case Package::Installed:
+        return tr("Package is installed and up-to-date");
+    case Package::Updatable:
+        break;
+    }
+    return tr("Package is available to update an out-of-date version");
+}
+
 QVariant Model::toolTipData(const Package::Entry& e, int column) const
 {
     switch (column) {
@@ -180,16 +193,17 @@ QVariant Model::toolTipData(const Package::Entry& e, int column) const
             return QVariant();
         }
         return QVariant();
-    case StateColumn:
-        switch (e.state) {
-        case Package::Available:
-            return tr("Package is available for installation");
-        case Package::Installed:
-            return tr("Package is installed and up-to-date");
-        case Package::Updatable:
-            break;
+    case StateColumn: {
+        QStringList lines{stateToolTip(e.state)};
+        const YumIO::Replacement replacement = yumIO->replacement(e);
+        if (!replacement.by.isEmpty()) {
+            lines.append(tr("Replaced by %1").arg(replacement.by.join(QStringLiteral(", "))));
         }
-        return tr("Package is available to update an out-of-date version");
+        if (!replacement.of.isEmpty()) {
+            lines.append(tr("Replaces %1").arg(replacement.of.join(QStringLiteral(", "))));
+        }
+        return lines.join(QLatin1Char('\n'));
+    }
     case KindColumn:
         switch (e.kind) {
         case Package::Group:
@@ -321,7 +335,7 @@ void Model::setSelected(QModelIndexList indices)
 {
     for (const QModelIndex& selected : indices) {
         const Package::Entry* e = entryAt(selected);
-        if (e == nullptr || e->state == Package::Installed) {
+        if (e == nullptr || e->state == Package::Installed || yumIO->isLeftToUser(*e)) {
             continue;
         }
         changeAction(selected.row(), e->state == Package::Available ? Package::Install : Package::Update);

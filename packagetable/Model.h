@@ -79,7 +79,8 @@ public:
     void browse(const QModelIndex& index, QWidget* parent);
 
 public Q_SLOTS:
-    // Installs what is not installed and updates what is out of date; other records stay as they are.
+    // Installs what is not installed and updates what is out of date; other records stay as they are, and so
+    // do those that replace others or are replaced.
     void setSelected(QModelIndexList indices);
     void clearActions();
 
@@ -87,6 +88,7 @@ private:
     Package::Entry* entryAt(const QModelIndex& index) const; // null when there is none
     void changeAction(int row, Package::Action action);
     QVariant decorationData(const Package::Entry& entry, int column) const;
+    static QString stateToolTip(Package::State state);
     QVariant toolTipData(const Package::Entry& entry, int column) const;
     QVariant foregroundData(const Package::Entry& entry, int column) const;
     static QVariant userData(Package::Entry* entry, int column);

@@ -124,7 +124,7 @@ void SortFilterProxyModel::setUpdateListed()
     for (int row = 0; row < rows; ++row) {
         const QModelIndex listed = index(row, ActionColumn);
         Package::Entry* entry = (*yumIO)[mapToSource(listed).row()];
-        if (entry->state == Package::Updatable) {
+        if (entry->state == Package::Updatable && !yumIO->isLeftToUser(*entry)) {
             entry->action = Package::Update;
             Q_EMIT dataChanged(listed, listed);
         }

@@ -679,6 +679,14 @@ Duplikate und Gruppen gerade nicht angezeigt.
 <context>
     <name>PackageTable::Model</name>
     <message>
+        <source>Replaced by %1</source>
+        <translation>Wird ersetzt durch %1</translation>
+    </message>
+    <message>
+        <source>Replaces %1</source>
+        <translation>Ersetzt %1</translation>
+    </message>
+    <message>
         <source>Action</source>
         <translation>Aktion</translation>
     </message>
@@ -2366,6 +2374,12 @@ Es sind nur noch {} kB frei für {}</translation>
     <message>
         <source>process {}</source>
         <translation>Prozess {}</translation>
+    </message>
+    <message>
+        <source>These installed packages are to be replaced by other ones. Mark the other ones for installation, or leave it so:
+%1</source>
+        <translation>Diese installierten Pakete sollen durch andere ersetzt werden. Merken Sie die anderen zur Installation vor, oder lassen Sie es so:
+%1</translation>
     </message>
     <message>
         <source>dnf with its file %s makes checks that %s switches off. They are made: %s</source>

@@ -448,6 +448,7 @@ void YumIO::deleteEntries()
     biArchs.clear();
     biArchByArch.clear();
     sharedTexts.clear();
+    replacements.clear();
 }
 
 void YumIO::clearEntriesReal()
@@ -479,6 +480,17 @@ void YumIO::blockerRelease()
         blockerHeld = false;
         blocker.release();
     }
+}
+
+bool YumIO::isLeftToUser(const Package::Entry& entry) const
+{
+    const auto found = replacements.constFind(&entry);
+    return found != replacements.constEnd() && (!found->by.isEmpty() || entry.state == Package::Available);
+}
+
+YumIO::Replacement YumIO::replacement(const Package::Entry& entry) const
+{
+    return replacements.value(&entry);
 }
 
 QString YumIO::getState(const Package::Entry& entry) const

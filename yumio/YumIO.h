@@ -86,6 +86,19 @@ public:
     // At the program's end: the interpreter is not used again, so the references are abandoned.
     void clearEntriesBeforeQuit();
 
+    // Whether another package is to take the place of this installed one, or this one, which is not
+    // installed, the place of an installed one. That is left to the user: nothing marks such a record
+    // together with others.
+    bool isLeftToUser(const Package::Entry& entry) const;
+    // Packages of other names, with version and architecture, that replace this one or are replaced by it;
+    // empty for nearly all records.
+    struct Replacement
+    {
+        QStringList by;
+        QStringList of;
+    };
+    Replacement replacement(const Package::Entry& entry) const;
+
     // Whether a worker runs.
     bool isWorking() const { return worker != nullptr; }
     // Whether rpm changes the system at this moment, which nothing may cut off. Any thread.
@@ -329,6 +342,7 @@ private:
     bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
                       const char* method, const QString& what, bool& loaded);
     QString shared(const QString& text);
+    void collectReplacements();
     void deleteEntries();
 
     // Searching
@@ -459,6 +473,8 @@ private:
     QSet<QString> biArchs;
     QHash<QString, QString> biArchByArch; // what the script answered
     QSet<QString> sharedTexts;            // one copy of each text that thousands of records have
+    // Few records have any.
+    QHash<const Package::Entry*, Replacement> replacements;
     bool clearing;
     QThread* worker;  // null while none runs
     bool blockerHeld; // the worker is held back

@@ -146,11 +146,51 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         }
     }
     const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
+    collectReplacements();
     entries.reserve(collectedEntries.count());
     for (Package::Entry* entry : qAsConst(collectedEntries)) {
         entries.append(entry);
     }
     return true;
+}
+
+void YumIO::collectReplacements()
+{
+    const PyRef pairs(PyObject_GetAttrString(yumIO.get(), "replacements"));
+    QStringList lines;
+    const auto record = [this](PyObject* pkg) {
+        return findPackage(pyStringDec(attribute(pkg, NameAttribute)),
+                           pyStringDec(attribute(pkg, ArchAttribute)));
+    };
+    const Py_ssize_t count = pairs && PyList_Check(pairs.get()) ? PyList_GET_SIZE(pairs.get()) : 0;
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        PyObject* replaced = nullptr;
+        PyObject* other = nullptr;
+        if (PyArg_ParseTuple(PyList_GET_ITEM(pairs.get(), i), "OO", &replaced, &other) == 0) {
+            break;
+        }
+        const PyRef replacedText(PyObject_Str(replaced));
+        const PyRef otherText(PyObject_Str(other));
+        if (!replacedText || !otherText) {
+            break;
+        }
+        const QString before = pyString(replacedText.get());
+        const QString after = pyString(otherText.get());
+        if (const Package::Entry* const entry = record(replaced)) {
+            replacements[entry].by.append(after);
+        }
+        if (const Package::Entry* const entry = record(other)) {
+            replacements[entry].of.append(before);
+        }
+        lines.append(before + QStringLiteral(" -> ") + after);
+    }
+    PyErr_Clear();
+    if (!lines.isEmpty()) {
+        log(Log::Warning, 2,
+            tr("These installed packages are to be replaced by other ones. Mark the other ones for "
+               "installation, or leave it so:\n%1")
+                .arg(lines.join(QLatin1Char('\n'))));
+    }
 }
 
 void YumIO::useRepos(PyObject*, const QHash<QString, bool>& repoEnable)

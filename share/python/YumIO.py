@@ -1672,6 +1672,8 @@ class YumIO:
         # has done so since the packages were read.
         self.systemChanged = False
         self.outdated = False
+        # Of the last collection: pairs of an installed package and the one that replaces it.
+        self.replacements = []
         # What else there is to say of the last operation, although it has not failed, is in the remarks.
         self.base = Base(self._configuration())
         requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf))
@@ -1990,6 +1992,33 @@ class YumIO:
     def collectDone(self):
         logging.getLogger('dnf').debug('Packages and groups are collected.')
         self._tellLeftovers()
+        try:
+            self.replacements = self._findReplacements()
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError) as e:
+            logging.getLogger('dnf').debug('It is not known which packages are replaced: %s', e)
+
+    def _findReplacements(self):
+        """Pairs of an installed package and the one of another name that an update of everything would put in its
+        place. Only where there is any candidate, the resolver is asked.
+        """
+        base = self.base
+        self.replacements = []
+        query = base.sack.query()
+        if not base.conf.obsoletes or not query.available().filterm(obsoletes=query.installed()):
+            return []
+        base.reset(goal=True)
+        try:
+            base.upgrade_all()
+            goal = base._goal
+            goal.add_protected(base.sack.query().filterm(name=base.conf.protected_packages))
+            if not any(goal.run(force_best=best, ignore_weak=not base.conf.install_weak_deps)
+                       for best in sorted({bool(base.conf.best), False}, reverse=True)):
+                return []
+            replaced = set(goal.list_obsoleted())
+            return sorted((old, new) for new in goal.list_installs() + goal.list_upgrades()
+                          for old in goal.obsoleted_by_package(new) if old in replaced and old.name != new.name)
+        finally:
+            base.reset(goal=True)
 
     def _tellLeftovers(self):
         """Report what a transaction has left behind that a crash or a failure of the power cut off: the package

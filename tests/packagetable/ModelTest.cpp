@@ -67,6 +67,7 @@ private Q_SLOTS:
     void togglingGoesThroughThePermittedActions_data();
     void togglingGoesThroughThePermittedActions();
     void selectedRowsAreInstalledOrUpdated();
+    void replacedAndReplacingRowsAreLeftToTheUser();
     void selectedInstalledRowsStayAsTheyAre();
     void clearingTakesAllActionsAway();
     void resetTellsTheViews();
@@ -487,6 +488,33 @@ void ModelTest::selectedRowsAreInstalledOrUpdated()
     QCOMPARE(table->entry("Games").action, Package::Install);
     QCOMPARE(table->entry("many").action, Package::None);
     QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
+}
+
+void ModelTest::replacedAndReplacingRowsAreLeftToTheUser()
+{
+    using S = StandIn;
+    const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+    table->collect({S::package("split", {{"version", "2"}})},
+                   {S::package("split", old), S::package("oldpost", old)},
+                   {S::package("newpost", {{"replaced", "oldpost"}}),
+                    S::package("better", {{"replaced", "split"}}), S::package("plain")});
+    model->reset();
+    model->setSelected(
+        {cell("split", 0), cell("oldpost", 0), cell("newpost", 0), cell("better", 0), cell("plain", 0)});
+    for (const char* name : {"split", "oldpost", "newpost", "better"}) {
+        QCOMPARE(table->entry(name).action, Package::None);
+    }
+    QCOMPARE(table->entry("plain").action, Package::Install);
+    const auto toolTip = [this](const char* name) {
+        return cell(name, StateColumn).data(Qt::ToolTipRole).toString().split('\n');
+    };
+    QCOMPARE(toolTip("plain"), QStringList("Package is available for installation"));
+    QCOMPARE(toolTip("oldpost").value(0), QString("Package is installed and up-to-date"));
+    QVERIFY(toolTip("oldpost").value(1).startsWith("Replaced by "));
+    QVERIFY(toolTip("newpost").value(1).startsWith("Replaces "));
+    // By itself, each can be marked.
+    model->toggleAction(cell("newpost", 0));
+    QCOMPARE(table->entry("newpost").action, Package::Install);
 }
 
 void ModelTest::selectedInstalledRowsStayAsTheyAre()

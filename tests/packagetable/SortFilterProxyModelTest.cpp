@@ -70,6 +70,7 @@ private Q_SLOTS:
     void theOrderIsThatOfTheUserRole();
     void indexesWithoutModelAreEqual();
     void listedUpdatesAreMarked();
+    void updatesOfReplacedPackagesAreNotMarked();
     void unlistedUpdatesAreNotMarked();
     void actionsSetMeanwhileCountInTheOrder();
     void markedUpdatesAreSortedWithTheNextChange();
@@ -645,6 +646,21 @@ void SortFilterProxyModelTest::listedUpdatesAreMarked()
         const Package::Entry* entry = table->yumIO[row];
         QCOMPARE(entry->action, entry->state == Package::Updatable ? Package::Update : Package::None);
     }
+}
+
+void SortFilterProxyModelTest::updatesOfReplacedPackagesAreNotMarked()
+{
+    using S = StandIn;
+    const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+    table->collect({S::package("split", {{"version", "2"}}), S::package("tool", {{"replaced", "gone"}})},
+                   {S::package("split", old), S::package("tool", old), S::package("gone", old)},
+                   {S::package("better", {{"replaced", "split"}})});
+    model->reset();
+    proxy->setUpdateListed();
+    QCOMPARE(table->entry("split").action, Package::None);
+    QCOMPARE(table->entry("better").action, Package::None);
+    // An update that replaces a second package is one.
+    QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
 void SortFilterProxyModelTest::unlistedUpdatesAreNotMarked()

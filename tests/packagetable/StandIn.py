@@ -203,6 +203,12 @@ class YumIO:
         self.base.history.installed = set(group.id for group in groups if group.installed)
         return groups
 
+    @property
+    def replacements(self):
+        """Pairs: a package may have the name of an installed one that it replaces."""
+        return [(old, new) for new in self._packages('updates') + self._packages('available')
+                for old in self._packages('installed') if getattr(new, 'replaced', None) == old.name]
+
     def getBiArch(self, arch):
         return 'i386' if arch == 'i686' else 'x86_64'
 

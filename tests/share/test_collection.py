@@ -3,8 +3,11 @@
 import contextlib
 import datetime
 import os
+import re
 import shutil
 import sqlite3
+import subprocess
+import tempfile
 import time
 
 from scenario import ScenarioTest, in_own_process
@@ -469,3 +472,55 @@ class CollectionTest(ScenarioTest):
             self.assertEqual([text for text in found if not text.startswith("rpmlib(")], texts)
         self.assertIn("installonlypkg(kernel)", [
             str(relation) for relation in self.package(self.installed, "kernel", version="6.1.20").provides])
+
+
+class ReplacementTest(ScenarioTest):
+    """Installed packages whose place another package is to take."""
+
+    OLD = "oldpost-1.8-1.x86_64"
+    NEW = "newpost-2.0-1.x86_64"
+
+    def replacements(self):
+        return [(str(old), str(new)) for old, new in self.yumio.replacements]
+
+    def upgraded(self):
+        """What "dnf upgrade" says that it would put in the place of others, as names with architecture."""
+        root = self.sandbox.root
+        done = subprocess.run(
+            ["dnf", "--installroot", root, "--config", root + "/etc/yum.conf", "--assumeno", "--releasever=9",
+             "--disablerepo=sandbox-unreachable", "--setopt=reposdir=%s/etc/yum.repos.d" % root,
+             "--setopt=cachedir=" + tempfile.mkdtemp(dir=self.directory), "upgrade"],
+            stdout=subprocess.PIPE, stderr=subprocess.STDOUT, env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8"),
+            universal_newlines=True)
+        self.assertIn("Transaction Summary", done.stdout)
+        return re.findall(r"^ +replacing +(\S+) ", done.stdout, re.M)
+
+    @in_own_process
+    def test_what_dnf_would_replace_is_known_until_it_is_done(self):
+        self.started()
+        self.assertEqual(self.upgraded(), ["oldpost.x86_64"])
+        self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
+        self.assertEqual(self.changes(self.apply, installs=["newpost"]), ({self.NEW}, {self.OLD}))
+        self.again()
+        self.assertEqual(self.upgraded(), [])
+        self.assertEqual(self.replacements(), [])
+
+    @in_own_process
+    def test_nothing_is_replaced_where_the_configuration_says_so(self):
+        for line in ("obsoletes=0", "exclude=newpost", "exclude=oldpost"):
+            self.configure(line)
+            if line == "obsoletes=0":
+                self.started()
+            else:
+                self.configure("obsoletes=1")
+                self.again()
+            # For "upgrade" without names, dnf 4.14 itself takes no notice of that option.
+            if line != "obsoletes=0":
+                self.assertEqual(self.upgraded(), [], line)
+            self.assertEqual(self.replacements(), [], line)
+
+    @in_own_process
+    def test_asking_leaves_no_marks_behind(self):
+        self.started()
+        self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
+        self.assertEqual(self.changes(self.apply, removes=["almanac"])[0], set())

@@ -267,7 +267,7 @@ class ConfigurationTest(ScenarioTest):
         """What dnf's command line says of the same system, to its end status and its output."""
         done = subprocess.run(["dnf", "--installroot", self.sandbox.root, "--disablerepo=*unreachable", "-y"] +
                               list(arguments), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              env=dict(os.environ, LC_ALL="C.UTF-8"), universal_newlines=True)
+                              env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8"), universal_newlines=True)
         return done.returncode, done.stdout
 
     @in_own_process

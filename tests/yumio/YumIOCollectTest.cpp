@@ -368,6 +368,43 @@ private Q_SLOTS:
         QVERIFY(log.contains("3 0 to descriptor 2"));
     }
 
+    void replacedPackagesAreReportedAndLeftToTheUser()
+    {
+        backEnd->run(
+            "old, new = Package('old'), Package('new', '2.0')\n"
+            "split, better = Package('split'), Package('better', '2.0')\n"
+            "it.updates, it.installed = [better], [old, split, Package('better'), Package('plain')]\n"
+            "it.available = [new, Package('other')]\n"
+            "it.replacements = [(old, new), (split, better)]");
+        const int before = backEnd->log().count();
+        QVERIFY(backEnd->collect());
+        const QString old = backEnd->text("str(old)");
+        const QString fresh = backEnd->text("str(new)");
+        // Each line is an entry of its own.
+        QCOMPARE(
+            backEnd->log(before).filter(QRegularExpression("to be replaced| -> ")),
+            (QStringList{"2 2 These installed packages are to be replaced by other ones. Mark the other ones "
+                         "for installation, or leave it so:",
+                         "2 2 " + old + " -> " + fresh,
+                         "2 2 " + backEnd->text("str(split)") + " -> " + backEnd->text("str(better)")}));
+        QStringList left;
+        for (const char* name : {"old", "new", "split", "better", "plain", "other"}) {
+            if (yumIO().isLeftToUser(*backEnd->entry(name))) {
+                left.append(name);
+            }
+        }
+        // The update of one package that replaces another one is an update.
+        QCOMPARE(left, (QStringList{"old", "new", "split"}));
+        QCOMPARE(yumIO().replacement(*backEnd->entry("old")).by, QStringList(fresh));
+        QCOMPARE(yumIO().replacement(*backEnd->entry("new")).of, QStringList(old));
+        QCOMPARE(yumIO().replacement(*backEnd->entry("better")).of, QStringList(backEnd->text("str(split)")));
+        QVERIFY(yumIO().replacement(*backEnd->entry("plain")).by.isEmpty());
+        backEnd->run("del it.replacements");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        QVERIFY(!yumIO().isLeftToUser(*backEnd->entry("old")));
+    }
+
     void updateCarriesTheInstalledVersion()
     {
         backEnd->run("it.updates = [Package('tool', '2.0')]\n"
