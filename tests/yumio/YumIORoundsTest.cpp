@@ -208,7 +208,8 @@ private Q_SLOTS:
         qInfo("%d transactions; at most %lld KiB in the first half, %lld KiB in the second", rounds,
               static_cast<long long>(first), static_cast<long long>(second));
 #ifndef __SANITIZE_ADDRESS__
-        QVERIFY(second <= first + 1024);
+        // The memory manager takes some at once now and then, with newer versions of Python more than here.
+        QVERIFY(second <= first + 3 * 1024);
 #endif
     }
 };
