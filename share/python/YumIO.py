@@ -94,6 +94,7 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         'because it lacks {}.'), (
         (dnf.Base, ('_add_repo_to_sack', '_get_installonly_query', '_repos')),
         (dnf.conf.read.RepoReader, ('_get_repos',)),
+        (dnf.lock.ProcessLock, ('_try_lock',)),
         (dnf.package.Package, ('_from_system',)),
         (dnf.repo.Repo, ('_repo', '_set_key_import')),
         (dnf.sack, ('_build_sack',)),
@@ -102,8 +103,9 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         (dnf.plugin.Plugins, ('_caller', '_load', '_run_init')),
     )),
     (tr('Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.'), (
-        (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_repo_set_imported_gpg_keys', '_run_transaction',
-                    '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts', '_verify_transaction')),
+        (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_moduleContainer', '_repo_set_imported_gpg_keys',
+                    '_run_transaction', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts',
+                    '_verify_transaction')),
         (dnf.yum.rpmtrans.RPMTransaction, ('_cpioError', '_extract_cbkey', '_scriptError', '_scriptOutput',
                                            '_shutdownOutputLogging', '_unpackError')),
         (rpm, ('_RPMVSF_NODIGESTS', '_RPMVSF_NOSIGNATURES')),
@@ -1628,7 +1630,8 @@ def otherSections(base):
                                 dnfText('Removing Environment Groups'))),
             (base.history.group, (dnfText('Installing Groups'), dnfText('Upgrading Groups'),
                                   dnfText('Removing Groups')))):
-        for heading, groups in zip(headings, (persistor._installed, persistor._upgraded, persistor._removed)):
+        for heading, name in zip(headings, ('_installed', '_upgraded', '_removed')):
+            groups = getattr(persistor, name, {})  # a version without them lists no groups
             sections.append((heading, [group.getName() or identifier for identifier, group in groups.items()]))
     return [(heading, list(lines)) for heading, lines in sections if lines]
 
@@ -2009,7 +2012,7 @@ class YumIO:
         base.reset(goal=True)
         try:
             base.upgrade_all()
-            goal = base._goal
+            goal = base.goal
             goal.add_protected(base.sack.query().filterm(name=base.conf.protected_packages))
             if not any(goal.run(force_best=best, ignore_weak=not base.conf.install_weak_deps)
                        for best in sorted({bool(base.conf.best), False}, reverse=True)):
@@ -2143,7 +2146,7 @@ class YumIO:
             base.resolve(allow_erasing=bool(removes or groupRemoves))
             refuseModuleSwitch(base)
             sections = otherSections(base)
-            if not base.transaction and not sections:
+            if not base.transaction and not (sections or base.history.group or base.history.env):
                 raise dnf.exceptions.Error(tr('There is nothing to do.'))
             base.args = [commandLine(
                 ('install', [package.name for package in installs]),

@@ -11,13 +11,14 @@ expect   what both have to do, so that two that do nothing do not pass for equal
 marks    install, update, remove, group_install, group_update, group_remove: what the user marks in the table, as names,
          name.arch or name-version; the update "all" stands for every row with an update
 dnf      the command line that asks the same
-config   lines of the main configuration file
+config   lines of the main configuration file; {plugins} is the directory of the files of plug-ins
 repos    the repositories beside the usual ones, as names or pairs of name and further lines; {root} is the sandbox's
 before   what happens to the root before it is copied: command lines of dnf, or functions that are given the root
 differs  the name of a row of the manual's table "Differences from dnf", and what VYRE does then, as in expect
 """
 
 import contextlib
+import importlib.util
 import json
 import os
 import re
@@ -34,6 +35,9 @@ import scenario
 from vyresandbox import needs_groups
 
 _PATIENCE = 180
+
+# Where dnf's plug-ins are.
+PLUGINS = os.path.join(os.path.dirname(os.path.dirname(importlib.util.find_spec("dnf").origin)), "dnf-plugins")
 
 USUAL = ("sandbox-http", "sandbox-updates", "sandbox-file")
 
@@ -90,6 +94,7 @@ class World(object):
         os.makedirs(self.home)
         with open(os.path.join(self.home, ".rpmmacros"), "w") as stream:
             stream.write("%_dbpath /var/lib/rpm\n")
+        self.plugins = self.make_plugins()
         copy(self.sandbox.root, self.root)
         for name in os.listdir(os.path.join(self.root, "etc/yum.repos.d")):
             os.unlink(os.path.join(self.root, "etc/yum.repos.d", name))
@@ -101,13 +106,26 @@ class World(object):
         if done.returncode != 0:
             raise RuntimeError(done.stdout)
 
+    def make_plugins(self):
+        """The files of plug-ins of which one is on: versionlock, which keeps abacus-cli at its version."""
+        directory = os.path.join(self.directory, "plugins")
+        os.makedirs(directory)
+        locks = os.path.join(directory, "locks")
+        with open(locks, "w") as stream:
+            stream.write("abacus-cli-0:3.2.1-1.*\n")
+        for name in os.listdir(PLUGINS):
+            if name.endswith(".py"):
+                with open(os.path.join(directory, name[:-3].replace("_", "-") + ".conf"), "w") as stream:
+                    stream.write("[main]\nenabled=%d\nlocklist=%s\n" % (name == "versionlock.py", locks))
+        return directory
+
     def environment(self):
         return dict(os.environ, HOME=self.home, LC_ALL="C.UTF-8", LANGUAGE="", COLUMNS="80")
 
     def configure(self, root, lines, repositories):
         os.makedirs(os.path.join(root, "etc/dnf"), exist_ok=True)
         with open(os.path.join(root, "etc/dnf/dnf.conf"), "w") as stream:
-            stream.write(CONFIGURATION + lines.replace("; ", "\n") + "\n")
+            stream.write(CONFIGURATION + lines.replace("; ", "\n").replace("{plugins}", self.plugins) + "\n")
         for name, options in repositories:
             content = "[%s]\nname=%s\nbaseurl=file://%s\nenabled=1\ngpgcheck=0\n%s\n" % (
                 name, name, self.sandbox.repository(name),

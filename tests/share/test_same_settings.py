@@ -30,6 +30,10 @@ SCENARIOS = [
              install="loupe", dnf="install loupe"),
     Scenario("excludes_that_are_disabled", "+astrolabe", config="exclude=astrolabe; disable_excludes=all",
              install="astrolabe", dnf="install astrolabe"),
+    Scenario("an_excluded_package_that_is_replaced", "+newpost -oldpost", config="exclude=oldpost", install="newpost",
+             dnf="install newpost"),
+    Scenario("an_excluded_package_that_is_there", "nothing", config="exclude=almanac", remove="almanac",
+             dnf="remove almanac"),
     # Which repository
     Scenario("the_cheaper_repository", "+steady", repos=[("extra-rules", "cost=900"), ("extra-rival", "cost=500")],
              install="steady", dnf="install steady"),
@@ -63,6 +67,12 @@ SCENARIOS = [
     Scenario("no_obsoletes", "+newpost -oldpost", config="obsoletes=False", install="newpost", dnf="install newpost"),
     Scenario("a_change_of_the_vendor_that_is_not_allowed", "nothing", config="allow_vendor_change=False", repos=RULES,
              before=["install vendor-kept-1"], update="vendor-kept", dnf="upgrade vendor-kept"),
+    Scenario("a_test_only", "nothing", config="tsflags=test", install="astrolabe", dnf="install astrolabe"),
+    # The plug-in versionlock
+    Scenario("a_locked_version", "nothing", config="plugins=1; pluginconfpath={plugins}", update="abacus-cli",
+             dnf="upgrade abacus-cli"),
+    Scenario("all_updates_but_of_a_locked_version", ALL.replace("^abacus-cli ", ""),
+             config="plugins=1; pluginconfpath={plugins}; exclude=tidewatch newpost", update="all", dnf="upgrade"),
     # Signatures
     Scenario("a_key_that_is_imported", "+wax-tablet +gpg-pubkey", repos=[SIGNED], install="wax-tablet",
              dnf="install wax-tablet"),
