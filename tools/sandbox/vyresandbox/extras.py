@@ -17,6 +17,7 @@ import shutil
 import xml.etree.ElementTree as ElementTree
 
 from .build import run
+from .catalogue import CHANGELOGS as CATALOGUE_CHANGELOGS
 from .package import Package
 from .sandbox import CREATEREPO
 
@@ -24,6 +25,10 @@ REPOSITORIES = ("extra-modules", "extra-advisories", "extra-zchunk", "extra-zstd
                 "extra-rules", "extra-rival")
 
 PLATFORM = "platform:larkspur9"
+
+# Packages of one change log may be built together, and newer versions of rpm give the label of one to all of them:
+# those of modules have a change log of their own.
+CHANGELOGS = {"modular": CATALOGUE_CHANGELOGS["first"]}
 
 
 def _module(name, stream, packages, summary, requires="", profiles=("common",), default=True):
@@ -90,7 +95,7 @@ def _modular(name, version, summary, module, stream, **fields):
     """A package of a module's stream."""
     relations = [("ModularityLabel", "%s:%s:20240101:c0ffee42" % (module, stream))] + fields.pop("relations", [])
     return Package(name, version, summary, repo="extra-modules", arch="noarch", relations=relations,
-                   release="1.module+%s" % stream, **fields)
+                   release="1.module+%s" % stream, changelog="modular", **fields)
 
 
 _GROVE = {stream: [_modular("grove-cli", version, "Plants groves", "grove", stream,

@@ -46,7 +46,7 @@ def _fill(sandbox, packages):
     with tempfile.TemporaryDirectory(prefix="sandbox-rpms-") as work, KeyRing() as keys:
         with ThreadPoolExecutor(1) as pool:
             generating = pool.submit(_generate_keys, keys, sandbox.root)
-            build_packages(packages + extras.packages(), catalogue.CHANGELOGS, work)
+            build_packages(packages + extras.packages(), dict(catalogue.CHANGELOGS, **extras.CHANGELOGS), work)
             generating.result()
         for user, signature in ((catalogue.TRUSTED_KEY, "trusted"), (catalogue.UNKNOWN_KEY, "unknown")):
             keys.sign(user, [
