@@ -2585,6 +2585,10 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
         <source>Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.</source>
         <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit keine Transaktionen ausführen, weil {} fehlt.</translation>
     </message>
+    <message>
+        <source>The programs of this system are an image, which VYRE cannot change. Nothing was changed.</source>
+        <translation>Die Programme dieses Systems sind ein Abbild, das VYRE nicht ändern kann. Nichts wurde geändert.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

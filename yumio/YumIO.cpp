@@ -102,6 +102,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The plug-in {} has ended the operation: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-in %s has failed (%s):"),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed.\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "The programs of this system are an image, which VYRE cannot change. Nothing "
+                               "was changed."),
     QT_TRANSLATE_NOOP("YumIO", "The transaction was only tested, because tsflags has test. Nothing was "
                                "changed."),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed. Only the history of transactions could not be "

@@ -49,6 +49,8 @@ import dnf.conf
 import dnf.conf.config
 import dnf.conf.read
 import dnf.const
+import dnf.db.group
+import dnf.db.history
 import dnf.drpm
 import dnf.exceptions
 import dnf.i18n
@@ -92,9 +94,10 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     )),
     (tr('Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, '
         'because it lacks {}.'), (
-        (dnf.Base, ('_add_repo_to_sack', '_get_installonly_query', '_repos')),
+        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_get_installonly_query', '_repo_persistor',
+                    '_repos')),
         (dnf.conf.read.RepoReader, ('_get_repos',)),
-        (dnf.lock.ProcessLock, ('_try_lock',)),
+        (dnf.lock.ProcessLock, ('_lock_thread', '_try_lock', '_unlock_thread')),
         (dnf.package.Package, ('_from_system',)),
         (dnf.repo.Repo, ('_repo', '_set_key_import')),
         (dnf.sack, ('_build_sack',)),
@@ -106,11 +109,15 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_moduleContainer', '_repo_set_imported_gpg_keys',
                     '_run_transaction', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts',
                     '_verify_transaction')),
+        (dnf.db.group.PersistorBase, ('_installed', '_removed', '_upgraded')),
         (dnf.yum.rpmtrans.RPMTransaction, ('_cpioError', '_extract_cbkey', '_scriptError', '_scriptOutput',
                                            '_shutdownOutputLogging', '_unpackError')),
         (rpm, ('_RPMVSF_NODIGESTS', '_RPMVSF_NOSIGNATURES')),
     )),
 ) for place, names in found for name in names)
+
+# What newer versions have.
+NEW_NAMES = ('_persistence',)
 
 # What there may be: without it signatures are checked as the package manager does it.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
@@ -129,8 +136,8 @@ def requirePrivateNames(*objects):
 
 
 # Those of them that an object has, and not its class.
-NAMES_OF_OBJECTS = ('_repo', '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set', '_trans_success',
-                    '_trans_tempfiles')
+NAMES_OF_OBJECTS = ('_installed', '_removed', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos',
+                    '_trans_install_set', '_trans_success', '_trans_tempfiles', '_upgraded')
 
 
 # Paths of the managed system --------------------------------------------------------------------------------
@@ -1386,10 +1393,43 @@ class Base(dnf.Base):
             self.read_all_repos()
         except (dnf.exceptions.Error, OSError) as e:
             logging.getLogger('dnf').error(tr('Unable to read the repository configuration: %s'), e)
+        self._expireRepos()
         for repo in self._repos.values():
             repo.set_progress_bar(DownloadProgress())
             repo._set_key_import(KeyImport())
         self._usePlugIns(self.configure_plugins)
+        self._demandSignatures()
+        if self.conf.destdir:
+            self.conf.destdir = namedDirectory(self.conf.destdir)
+            try:
+                dnf.util.ensure_dir(self.conf.destdir)
+            except OSError as e:
+                logging.getLogger('dnf').error('%s', e)
+            self._repos.all().pkgdir = self.conf.destdir
+        if self.conf.cacheonly:
+            for repo in self._repos.values():
+                repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
+
+    def _expireRepos(self):
+        """Have the metadata fetched again of which an earlier run has found that they are out of date."""
+        self._activate_persistor()
+        expired = self._repo_persistor.get_expired_repos()
+        for repo in self._repos.values():
+            if expired is None or repo.id in expired:
+                repo._repo.expire()
+
+    def _demandSignatures(self):
+        """rpm can be configured to want a signature of each package."""
+        if rpm.expandMacro('%_pkgverify_level') not in ('signature', 'all'):
+            return
+        unchecked = [repo for repo in self._repos.values() if not repo.gpgcheck]
+        for repo in unchecked:
+            repo.gpgcheck = True
+        if unchecked or not self.conf.localpkg_gpgcheck:
+            self.conf.localpkg_gpgcheck = True
+            logging.getLogger('dnf').warning(dnf.i18n._(
+                "Warning: Enforcing GPG signature check globally as per active RPM security policy (see 'gpgcheck' in "
+                'dnf.conf(5) for how to squelch this message)'))
 
     def _usePlugIns(self, *steps):
         """The program asks for the repositories first; what it is to be told of the plug-ins comes after that."""
@@ -1679,7 +1719,8 @@ class YumIO:
         self.replacements = []
         # What else there is to say of the last operation, although it has not failed, is in the remarks.
         self.base = Base(self._configuration())
-        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf))
+        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf),
+                            dnf.db.group.PersistorBase(dnf.db.history.SwdbInterface(self.base.conf.persistdir)))
         self.remarks = self.base.remarks
         self._setupLogFiles()
         self.base.readReposLater()
@@ -1705,8 +1746,6 @@ class YumIO:
             # For an ordinary user the package manager has chosen private directories already.
             if dnf.util.am_i_root() or (managedRoot() != '/' and canWrite(inRoot(path))):
                 conf._set_value(option, inRoot(path), dnf.conf.PRIO_DEFAULT)
-        conf.releasever = self._releasever()
-        self._setPartsOfReleasever(conf)
         preset = {option: getattr(conf, option) for option in ('cachedir', 'logdir', 'persistdir')}
 
         # Repositories are looked for in the same file, and it must not be the package manager's usual one.
@@ -1716,6 +1755,10 @@ class YumIO:
             conf._set_value(option, [namedDirectoryOfFiles(directory) for directory in getattr(conf, option)],
                             dnf.conf.PRIO_COMMANDLINE)
         conf.substitutions.update_from_etc('/', varsdir=conf.varsdir)
+        # One of the environment or of a file of variables counts more.
+        if conf.releasever is None:
+            conf.releasever = self._releasever()
+            self._setPartsOfReleasever(conf)
         for option in preset:
             directory = getattr(conf, option)
             if directory != preset[option]:
@@ -2154,6 +2197,7 @@ class YumIO:
                 ('group install', [group.id for group in groupInstalls]),
                 ('group upgrade', [group.id for group in groupUpdates]),
                 ('group remove', [group.id for group in groupRemoves]))]
+            self._checkPersistence()
             if not self._confirmed(sections):
                 return True
             try:
@@ -2176,6 +2220,24 @@ class YumIO:
             if base.changed and base.plugInsHaveChanged():
                 # The packages are read again now.
                 base.readReposLater()
+
+    def _checkPersistence(self):
+        """On a system whose programs are an image, changes may not be possible, or be gone with the next start: what
+        the package manager's command offers for that, VYRE does not.
+        """
+        base = self.base
+        image = managedRoot() == '/' and os.path.isfile('/run/ostree-booted')
+        persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
+        if image and (persistence == 'persist' or not os.access('/usr', os.W_OK)):
+            raise dnf.exceptions.Error(
+                tr('The programs of this system are an image, which VYRE cannot change. Nothing was changed.'))
+        if not image and persistence == 'transient':
+            raise dnf.exceptions.Error(dnf.i18n._('Transient transactions are only supported on bootc systems.'))
+        kinds = libdnf.transaction
+        if hasattr(kinds, 'TransactionPersistence_PERSIST'):
+            # For the history.
+            base._persistence = (kinds.TransactionPersistence_TRANSIENT if image else
+                                 kinds.TransactionPersistence_PERSIST)
 
     def _refuseHistory(self, text):
         """Raises what was said of the history's file, with what can be done."""

@@ -149,7 +149,7 @@ def python_messages(*parts):
                     names[-1] in ('remark', 'showActivity', 'awaitLock') or \
                     names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show']):
                 add(_literal(node.args[0]), node)
-            elif names[-1] in ('debug', 'info'):
+            elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # the package manager's own words
                 silent.update(ast.walk(node))
         elif isinstance(node, ast.Return) and node.value is not None:
             value = node.value.orelse if isinstance(node.value, ast.IfExp) else node.value

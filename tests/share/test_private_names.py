@@ -87,7 +87,7 @@ class UsedNamesTest(unittest.TestCase):
                 for each in ast.walk(target):
                     if isinstance(each, ast.Attribute) and getattr(each.value, "id", "") in classes:
                         own.add(each.attr)
-                if getattr(target, "id", "") in ("PRIVATE_NAMES", "RPMKEYS_NAMES"):
+                if getattr(target, "id", "") in ("NEW_NAMES", "PRIVATE_NAMES", "RPMKEYS_NAMES"):
                     listed |= {each.value for each in ast.walk(node.value) if isinstance(each, ast.Constant)}
                 if getattr(target, "id", "").startswith("_"):
                     own.add(target.id)

@@ -1,0 +1,141 @@
+"""What the package manager's own command does around its library, and the script does likewise."""
+
+import glob
+import json
+import os
+import shutil
+import stat
+import subprocess
+
+from scenario import ScenarioTest, in_own_process
+
+
+class CommandRulesTest(ScenarioTest):
+    def cached(self, name):
+        return os.path.join(self.sandbox.root, "var/cache/yum", name)
+
+    def asked(self):
+        """Which repositories were asked for their metadata."""
+        return sorted(set(path.split("/")[1] for path in self.server.paths(200) if path.endswith("repomd.xml")))
+
+    @in_own_process
+    def test_the_release_of_the_environment_counts_more_than_that_of_the_system(self):
+        self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")
+        os.environ["DNF_VAR_releasever"] = "42"
+        os.environ["DNF3"] = "three"
+        yumio = self.load()
+        self.assertEqual(yumio.base.conf.releasever, "42")
+        self.assertEqual(yumio.base.conf.substitutions["DNF3"], "three")
+        self.assertIn("more-42", yumio.base.repos)
+
+    @in_own_process
+    def test_the_release_of_a_file_of_variables_counts_for_the_directories_too(self):
+        self.write("/etc/dnf/vars/releasever", "43\n")
+        self.configure("cachedir=/var/cache/of-$releasever")
+        conf = self.load().base.conf
+        self.assertEqual((conf.releasever, conf.cachedir), ("43", self.sandbox.root + "/var/cache/of-43"))
+
+    @in_own_process
+    def test_rpm_can_demand_signatures(self):
+        self.load()
+        import rpm
+
+        rpm.addMacro("_pkgverify_level", "all")
+        self.yumio.lock()
+        self.collect()
+        self.assertEqual([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck], [])
+        self.assertEqual(len([text for text in self.recording.errors() if "Enforcing GPG signature check" in text]), 1)
+        self.assert_refused("astrolabe.*is not signed", installs=["astrolabe"])
+
+    @in_own_process
+    def test_without_that_demand_the_files_of_repositories_count(self):
+        self.started()
+        self.assertTrue([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck])
+
+    @in_own_process
+    def test_the_cache_alone_can_be_used(self):
+        self.started()
+        self.assertTrue(self.asked())
+        self.sandbox.expire_metadata()
+        self.server.forget()
+        self.configure("cacheonly=1")
+        self.again()
+        self.assertEqual(self.asked(), [])
+        self.package(self.available, "astrolabe")
+
+    @in_own_process
+    def test_packages_can_be_kept_in_a_directory(self):
+        self.configure("destdir=/srv/packages", "keepcache=1")
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.assertEqual(os.listdir(self.sandbox.root + "/srv/packages"), ["astrolabe-5.6-1.x86_64.rpm"])
+        self.assertEqual(glob.glob(self.cached("*/packages/*.rpm")), [])
+
+    @in_own_process
+    def test_metadata_that_an_earlier_run_has_found_out_of_date_are_fetched_again(self):
+        self.configure("metadata_expire=never")
+        self.started()
+        self.yumio.unlock()
+        with open(self.cached("expired_repos.json")) as stream:
+            self.assertNotIn("sandbox-http", json.load(stream))
+        self.server.forget()
+        self.started()
+        self.assertEqual(self.asked(), [])
+        self.yumio.unlock()
+        with open(self.cached("expired_repos.json"), "w") as stream:
+            json.dump(["sandbox-http", "gone"], stream)
+        self.started()
+        self.assertEqual(self.asked(), ["sandbox-http"])
+
+    @in_own_process
+    def test_metadata_that_this_run_has_found_out_of_date_are_written_down(self):
+        self.configure("metadata_expire=never")
+        self.started()
+        self.yumio.base.repos["sandbox-http"]._repo.expire()
+        self.yumio.reset()
+        with open(self.cached("expired_repos.json")) as stream:
+            self.assertIn("sandbox-http", json.load(stream))
+
+    @in_own_process
+    def test_a_marked_package_replaces_what_it_obsoletes_even_if_updates_do_not(self):
+        self.configure("obsoletes=0")
+        twin = self.sandbox.copy(os.path.join(self.directory, "twin"))
+        for name in os.listdir(os.path.join(self.sandbox.root, "etc/yum.repos.d")):
+            shutil.copy(self.repository_file(name[:-5]), os.path.join(twin.root, "etc/yum.repos.d", name))
+        subprocess.run(["/usr/bin/dnf", "--assumeyes", "--quiet", "--installroot", twin.root, "-c",
+                        twin.root + "/etc/yum.conf", "--setopt=reposdir=%s/etc/yum.repos.d" % twin.root, "install",
+                        "newpost-2.0-1"], env=twin.environment(), check=True, stdout=subprocess.DEVNULL)
+        self.started()
+        self.apply(installs=["newpost"])
+        self.assertEqual(self.sandbox.installed(), twin.installed())
+        self.assertNotIn("oldpost-1.8-1.x86_64", twin.installed())
+
+    @in_own_process
+    def test_a_system_that_is_an_image_is_not_changed(self):
+        """The check alone: the rest of the operation would work on this very system."""
+        self.started()
+        check = self.yumio._checkPersistence
+        check()
+        root = check.__globals__["managedRoot"]
+        self.isolate()
+        os.system("mount -t tmpfs none /run && touch /run/ostree-booted && mount --bind /usr /usr && "
+                  "mount -o remount,bind,ro /usr")
+        self.assertTrue(os.statvfs("/usr").f_flag & os.ST_RDONLY)
+        check()  # another root than that of the system
+        check.__globals__["managedRoot"] = lambda: "/"
+        try:
+            self.assertRaisesRegex(self.dnf.exceptions.Error, "^The programs of this system are an image", check)
+            os.system("mount -o remount,bind,rw /usr")
+            check()
+            os.unlink("/run/ostree-booted")
+            check()
+        finally:
+            check.__globals__["managedRoot"] = root
+
+    @in_own_process
+    def test_files_of_root_are_as_those_of_the_command(self):
+        """The script leaves the mask of new files alone."""
+        os.umask(0o027)
+        self.load()
+        self.assertEqual(os.umask(0o022), 0o027)
+        self.assertTrue(stat.S_ISDIR(os.stat(self.sandbox.root).st_mode))
