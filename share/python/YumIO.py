@@ -49,8 +49,6 @@ import dnf.conf
 import dnf.conf.config
 import dnf.conf.read
 import dnf.const
-import dnf.db.group
-import dnf.db.history
 import dnf.drpm
 import dnf.exceptions
 import dnf.i18n
@@ -109,7 +107,6 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_moduleContainer', '_repo_set_imported_gpg_keys',
                     '_run_transaction', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts',
                     '_verify_transaction')),
-        (dnf.db.group.PersistorBase, ('_installed', '_removed', '_upgraded')),
         (dnf.yum.rpmtrans.RPMTransaction, ('_cpioError', '_extract_cbkey', '_scriptError', '_scriptOutput',
                                            '_shutdownOutputLogging', '_unpackError')),
         (rpm, ('_RPMVSF_NODIGESTS', '_RPMVSF_NOSIGNATURES')),
@@ -136,8 +133,8 @@ def requirePrivateNames(*objects):
 
 
 # Those of them that an object has, and not its class.
-NAMES_OF_OBJECTS = ('_installed', '_removed', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos',
-                    '_trans_install_set', '_trans_success', '_trans_tempfiles', '_upgraded')
+NAMES_OF_OBJECTS = ('_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set',
+                    '_trans_success', '_trans_tempfiles')
 
 
 # Paths of the managed system --------------------------------------------------------------------------------
@@ -1719,8 +1716,7 @@ class YumIO:
         self.replacements = []
         # What else there is to say of the last operation, although it has not failed, is in the remarks.
         self.base = Base(self._configuration())
-        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf),
-                            dnf.db.group.PersistorBase(dnf.db.history.SwdbInterface(self.base.conf.persistdir)))
+        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf))
         self.remarks = self.base.remarks
         self._setupLogFiles()
         self.base.readReposLater()
