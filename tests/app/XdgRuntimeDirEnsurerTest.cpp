@@ -305,7 +305,7 @@ private Q_SLOTS:
     void whatIsMountedThereIsKept()
     {
         if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
-            QSKIP("only root can mount");
+            QSKIP("only root can mount, and only where \"/\" is a mount point");
         }
         const QString outside = temporary->filePath("outside");
         QVERIFY(QDir().mkdir(outside));

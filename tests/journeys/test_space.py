@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 """There is no space left on the device."""
 import os
+import sys
+import unittest
 
 import journey
 from journey import JourneyTest, driver
@@ -122,5 +124,9 @@ class SpaceTest(JourneyTest):
 
 if __name__ == '__main__':
     # What the tests mount is seen by them and the program alone.
-    filesystems.isolate()
+    try:
+        filesystems.isolate()
+    except unittest.SkipTest as e:
+        print('skipped: {}'.format(e))
+        sys.exit(0)
     journey.main()

@@ -373,7 +373,7 @@ void SafeFileTest::aFullDiskLeavesTheOldText_data()
 void SafeFileTest::aFullDiskLeavesTheOldText()
 {
     if (!SmallDisk::possible()) {
-        QSKIP("only root has a file system of its own");
+        QSKIP("only root has a file system of its own, and only where \"/\" is a mount point");
     }
     QFETCH(bool, inPlace);
     const QByteArray small(SmallDisk::blockSize, 'o');

@@ -19,13 +19,17 @@
 class SmallDisk
 {
 public:
-    static bool possible() { return geteuid() == 0 && unshare(CLONE_NEWNS) == 0; }
+    // Not where "/" is no mount point either, as in a bare chroot.
+    static bool possible()
+    {
+        return geteuid() == 0 && unshare(CLONE_NEWNS) == 0 &&
+               mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    }
 
     // Over the directory, whose contents are hidden by it.
     explicit SmallDisk(const QString& directory) : place(QFile::encodeName(directory))
     {
-        if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            mount("tmpfs", place.constData(), "tmpfs", 0, "size=256k,mode=755") != 0) {
+        if (mount("tmpfs", place.constData(), "tmpfs", 0, "size=256k,mode=755") != 0) {
             qFatal("no small disk: %s", std::strerror(errno));
         }
     }

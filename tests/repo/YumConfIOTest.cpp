@@ -1470,7 +1470,7 @@ void YumConfIOTest::aMainFileThatCannotBeWrittenIsReported()
 void YumConfIOTest::aFullDiskIsReported()
 {
     if (!SmallDisk::possible()) {
-        QSKIP("only root has a file system of its own");
+        QSKIP("only root has a file system of its own, and only where \"/\" is a mount point");
     }
     const SmallDisk disk(path(QStringLiteral("etc/yum.repos.d")));
     QByteArray text;

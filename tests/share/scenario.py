@@ -25,6 +25,8 @@ from vyresandbox.sandbox import CREATEREPO  # noqa: E402
 
 from recordingmodule import Recording  # noqa: E402
 
+_SKIPPED = 77  # the status of such a process
+
 _PATIENCE = 180  # seconds after which a process that hangs is ended
 
 workspace = None
@@ -62,6 +64,7 @@ def in_own_process(method):
         if child == 0:
             os.close(reader)
             report = ""
+            skipped = False
             try:
                 signal.alarm(_PATIENCE)
                 self.enter()
@@ -69,16 +72,21 @@ def in_own_process(method):
                     method(self)
                 finally:
                     self.leave()
+            except unittest.SkipTest as e:
+                skipped = True
+                report = str(e)
             except BaseException:
                 report = traceback.format_exc()
             # The script stays in place of the streams until the end.
             with os.fdopen(writer, "w", errors="backslashreplace") as stream:
                 stream.write(report)
-            os._exit(1 if report else 0)
+            os._exit(_SKIPPED if skipped else 1 if report else 0)
         os.close(writer)
         with os.fdopen(reader) as stream:
             report = stream.read()
         status = os.waitpid(child, 0)[1]
+        if os.WIFEXITED(status) and os.WEXITSTATUS(status) == _SKIPPED:
+            self.skipTest(report)
         if report:
             self.fail("in the process of the test:\n" + report)
         if status:
