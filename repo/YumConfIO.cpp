@@ -125,9 +125,12 @@ QStringList YumConfIO::defaultDirectories()
 {
     QStringList result{ManagedRoot::absolute(QStringLiteral("/etc/yum.repos.d")),
                        ManagedRoot::absolute(QStringLiteral("/etc/yum/repos.d"))};
-    const QString distribution = ManagedRoot::absolute(QStringLiteral("/etc/distro.repos.d"));
-    if (QFileInfo(distribution).isDir()) {
-        result.append(distribution);
+    // Newer versions of the package manager know the second one, which is theirs.
+    for (const char* optional : {"/etc/distro.repos.d", "/usr/share/dnf5/repos.d"}) {
+        const QString directory = ManagedRoot::absolute(QString::fromLatin1(optional));
+        if (QFileInfo(directory).isDir()) {
+            result.append(directory);
+        }
     }
     return result;
 }

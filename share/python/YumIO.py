@@ -188,10 +188,13 @@ def configurationFile():
     return None
 
 
-def repositoryDirectories():
-    """Where files of repositories are, unless the main configuration file says so; the editor looks there too."""
-    optional = inRoot('/etc/distro.repos.d')
-    return [inRoot('/etc/yum.repos.d'), inRoot('/etc/yum/repos.d')] + ([optional] if os.path.isdir(optional) else [])
+def repositoryDirectories(known):
+    """Where files of repositories are, unless the main configuration file says so, with those that the package manager
+    knows where they exist; the editor looks there too.
+    """
+    usual = ['/etc/yum.repos.d', '/etc/yum/repos.d']
+    return [inRoot(path) for path in usual] + [
+        inRoot(path) for path in known if path not in usual and os.path.isdir(inRoot(path))]
 
 
 def tooLarge(limit):
@@ -1734,7 +1737,7 @@ class YumIO:
         # Every question is the user's to answer.
         conf._set_value('assumeyes', False, dnf.conf.PRIO_COMMANDLINE)
         conf._set_value('assumeno', False, dnf.conf.PRIO_COMMANDLINE)
-        conf._set_value('reposdir', repositoryDirectories(), dnf.conf.PRIO_DEFAULT)
+        conf._set_value('reposdir', repositoryDirectories(list(conf.reposdir)), dnf.conf.PRIO_DEFAULT)
         conf._set_value('persistdir', inRoot('/var/lib/dnf'), dnf.conf.PRIO_DEFAULT)
         conf._set_value('varsdir', [inRoot(path) for path in ('/etc/yum/vars', '/etc/dnf/vars')],
                         dnf.conf.PRIO_DEFAULT)

@@ -456,8 +456,10 @@ void YumConfIOTest::withoutAManagedRootThePathsAreThoseOfTheSystem()
     }
     if (!conf->mainText.contains(QStringLiteral("reposdir"))) {
         QStringList directories{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/yum/repos.d")};
-        if (QFileInfo(QStringLiteral("/etc/distro.repos.d")).isDir()) {
-            directories.append(QStringLiteral("/etc/distro.repos.d"));
+        for (const char* optional : {"/etc/distro.repos.d", "/usr/share/dnf5/repos.d"}) {
+            if (QFileInfo(QString::fromLatin1(optional)).isDir()) {
+                directories.append(QString::fromLatin1(optional));
+            }
         }
         QCOMPARE(conf->reposdir, directories);
     }
@@ -591,6 +593,13 @@ void YumConfIOTest::theDirectoryOfTheDistributionIsReadWhereItExists()
     putMain("[main]\nreposdir=/etc/yum.repos.d\n");
     QVERIFY(conf->read(window.data()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d"))}));
+    // Newer versions of dnf have one more.
+    putMain("");
+    const QString newer = path(QStringLiteral("usr/share/dnf5/repos.d"));
+    QVERIFY(QDir().mkpath(newer));
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
+                                          path(QStringLiteral("etc/yum/repos.d")), directory, newer}));
 }
 
 void YumConfIOTest::anEmptyMainFileGivesTheDefaults()
