@@ -8,6 +8,8 @@ import subprocess
 
 from scenario import ScenarioTest, in_own_process
 
+from vyresandbox import needs_groups
+
 
 class OutcomeTest(ScenarioTest):
     def enter(self):
@@ -51,6 +53,7 @@ class OutcomeTest(ScenarioTest):
 
 
 class HistoryTest(OutcomeTest):
+    @needs_groups
     @in_own_process
     def test_a_transaction_has_a_command_line_a_user_and_a_return_code(self):
         twin = self.twin()
@@ -80,6 +83,7 @@ class HistoryTest(OutcomeTest):
         line, *rest = self.transactions()[-1]
         self.assertEqual((line, rest), ("vyre: install brokenlatch", list(expected[1:])))
 
+    @needs_groups
     @in_own_process
     def test_groups_alone_are_in_the_history(self):
         self.started()
