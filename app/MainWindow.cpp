@@ -560,10 +560,12 @@ MainWindow::LoggedErrors::~LoggedErrors()
     }
 }
 
-void MainWindow::recollect(bool keepMarks)
+void MainWindow::recollect(Kept kept)
 {
     view->setEmptyText(tr("Reading the packages..."));
-    const YumIO::Marks marks = keepMarks ? yumIO->marks() : YumIO::Marks();
+    const YumIO::Marks marks = kept == AllMarks       ? yumIO->marks()
+                               : kept == LeftOutMarks ? yumIO->leftOutMarks()
+                                                      : YumIO::Marks();
     {
         const PackageTable::Model::Hiding hiding(*model);
         yumIO->clearEntries();
@@ -639,9 +641,9 @@ void MainWindow::apply()
     }
     // A transaction that failed half way has changed the system all the same.
     if (applied || yumIO->systemChanged()) {
-        recollect();
+        recollect(LeftOutMarks);
     } else if (yumIO->isOutdated()) {
-        recollect(true);
+        recollect(AllMarks);
     }
     warnUnlistedActions();
     stateChanged(-1);

@@ -134,7 +134,9 @@ private:
     void setReady(bool ready);
     void collect();
     // keepMarks: what is marked stays so, as far as the new records permit it.
-    void recollect(bool keepMarks = false);
+    // Which marks are put back where they are still possible.
+    enum Kept { NoMarks, AllMarks, LeftOutMarks };
+    void recollect(Kept kept = NoMarks);
     // Filters the table by what is in the edit.
     void takeExpression();
     void showTable();

@@ -7,26 +7,6 @@
 
 namespace PackageTable {
 
-namespace {
-
-// Whether a row in the state can be given the action.
-bool permits(Package::State state, Package::Action action)
-{
-    switch (action) {
-    case Package::Update:
-        return state == Package::Updatable;
-    case Package::Install:
-        return state == Package::Available;
-    case Package::Remove:
-        return state != Package::Available;
-    case Package::None:
-        return true;
-    }
-    return false;
-}
-
-} // namespace
-
 ActionContextMenu::ActionContextMenu(Model* packages, View* parentView)
     : QMenu(parentView), model(packages), view(parentView)
 {
@@ -53,10 +33,10 @@ void ActionContextMenu::exec(QModelIndex sourceIndex, const QPoint& globalPos)
     bool install = false;
     bool remove = false;
     for (const QModelIndex& row : qAsConst(rows)) {
-        const Package::State state = model->getState(row.row());
-        update = update || permits(state, Package::Update);
-        install = install || permits(state, Package::Install);
-        remove = remove || permits(state, Package::Remove);
+        const Package::Entry* entry = model->entry(row.row());
+        update = update || entry->permits(Package::Update);
+        install = install || entry->permits(Package::Install);
+        remove = remove || entry->permits(Package::Remove);
     }
     updateAction->setEnabled(update);
     installAction->setEnabled(install);
@@ -93,7 +73,7 @@ void ActionContextMenu::handleAction(Package::Action action)
     }
     const SortFilterProxyModel::SortPause pause(view->sorted());
     for (const QModelIndex& row : rows) {
-        if (permits(model->getState(row.row()), action)) {
+        if (model->entry(row.row())->permits(action)) {
             model->setAction(row, action);
         }
     }

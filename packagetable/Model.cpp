@@ -194,7 +194,10 @@ QVariant Model::toolTipData(const Package::Entry& e, int column) const
         }
         return QVariant();
     case StateColumn: {
-        QStringList lines{stateToolTip(e.state)};
+        QStringList lines{e.isExcluded()
+                              ? tr("Package is installed; the configuration excludes it from updates "
+                                   "and removals")
+                              : stateToolTip(e.state)};
         const YumIO::Replacement replacement = yumIO->replacement(e);
         if (!replacement.by.isEmpty()) {
             lines.append(tr("Replaced by %1").arg(replacement.by.join(QStringLiteral(", "))));
@@ -308,7 +311,7 @@ void Model::toggleAction(const QModelIndex& index)
         next = e->action == Package::None ? Package::Remove : Package::None;
         break;
     }
-    changeAction(index.row(), next);
+    changeAction(index.row(), e->permits(next) ? next : Package::None);
 }
 
 void Model::reset()

@@ -808,6 +808,10 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
         <translation>Verfügbar: %1
 </translation>
     </message>
+    <message>
+        <source>Package is installed; the configuration excludes it from updates and removals</source>
+        <translation>Das Paket ist installiert; die Konfiguration nimmt es von Aktualisierung und Entfernen aus</translation>
+    </message>
 </context>
 <context>
     <name>PackageTable::OtherContextMenu</name>
@@ -1736,10 +1740,6 @@ Möchten Sie fortfahren?</translation>
 </translation>
     </message>
     <message>
-        <source>Internal error: listTransaction: unable to find package entry for %1.%2</source>
-        <translation>Interner Fehler: listTransaction: Der Eintrag des Pakets %1.%2 ist nicht zu finden</translation>
-    </message>
-    <message>
         <source>Cached size: %1
 </source>
         <translation>Größe im Cache: %1
@@ -2028,10 +2028,6 @@ Das geht im Menü „Paketquellen“ mit „Konfiguration bearbeiten“.</transl
     <message>
         <source>Internal error: downloadRemotePayloads: unable to determine payload download_size</source>
         <translation>Interner Fehler: downloadRemotePayloads: download_size der Nutzlast ist nicht zu ermitteln</translation>
-    </message>
-    <message>
-        <source>Internal error: downloadRemotePayloads: unable to find package entry for %1.%2</source>
-        <translation>Interner Fehler: downloadRemotePayloads: Der Eintrag des Pakets %1.%2 ist nicht zu finden</translation>
     </message>
     <message>
         <source>Downloading %1 packages</source>
@@ -2588,6 +2584,26 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
     <message>
         <source>The programs of this system are an image, which VYRE cannot change. Nothing was changed.</source>
         <translation>Die Programme dieses Systems sind ein Abbild, das VYRE nicht ändern kann. Nichts wurde geändert.</translation>
+    </message>
+    <message>
+        <source>Nothing of this can be applied:
+{}</source>
+        <translation>Nichts davon kann ausgeführt werden:
+{}</translation>
+    </message>
+    <message>
+        <source>Go on without these packages?
+
+{}
+</source>
+        <translation>Ohne diese Pakete fortfahren?
+
+{}
+</translation>
+    </message>
+    <message>
+        <source>Looking for what can be applied</source>
+        <translation>Es wird gesucht, was ausgeführt werden kann</translation>
     </message>
 </context>
 <context>

@@ -6,7 +6,7 @@ namespace Package {
 
 Entry::Entry()
     : action(None), state(Available), kind(Ordinary), size(0), buildTime(0), pyObject(nullptr),
-      duplicate(false), next(nullptr), txAction(None), local(false)
+      duplicate(false), excluded(false), next(nullptr), txAction(None), local(false)
 {
 }
 
@@ -27,6 +27,35 @@ Entry::~Entry()
         doomed->next = nullptr;
         delete doomed;
     }
+}
+
+bool Entry::permits(Action chosen) const
+{
+    switch (chosen) {
+    case Update:
+        return state == Updatable;
+    case Install:
+        return state == Available;
+    case Remove:
+        return state != Available && !isExcluded();
+    case None:
+        return true;
+    }
+    return false;
+}
+
+bool Entry::isExcluded() const
+{
+    const Entry* version = state == Installed ? this : next;
+    if (version == nullptr) {
+        return false;
+    }
+    for (; version != nullptr; version = version->next) {
+        if (!version->excluded) {
+            return false;
+        }
+    }
+    return true;
 }
 
 EntryList::~EntryList()

@@ -38,6 +38,11 @@ public:
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
 
+    // Whether the user may choose the action.
+    bool permits(Action chosen) const;
+    // Whether the package manager's configuration excludes every installed version; false when there is none.
+    bool isExcluded() const;
+
     Action action; // what the user chose
     State state;
     Kind kind;
@@ -53,6 +58,7 @@ public:
     QString buildTimeText;
     PyObject* pyObject; // the script's package or group object: one strong reference
     bool duplicate;     // a record of the same name and another bi-arch class is better
+    bool excluded;      // an installed version that the package manager's configuration excludes
     Entry* next;        // owned; installed versions of the same name and bi-arch class that came later
     Action txAction;    // what the transaction being applied does to this record
     bool local;         // while applying: the package file is in the local cache already, and valid

@@ -146,7 +146,9 @@ public:
     // The records' actions, to be put back after a new collection.
     using Marks = QHash<EntryKey, Package::Action>;
     Marks marks() const;
-    // Each for the record that has the same key now, if its state still permits the action.
+    // Those marks that the last apply() has not carried out because they were impossible.
+    const Marks& leftOutMarks() const { return leftOut; }
+    // Each for the record that has the same key now, if that still permits the action.
     void restoreMarks(const Marks& marks);
 
     // Each removes files from the package manager's cache.
@@ -331,7 +333,9 @@ private:
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(EntryIndex& index, PyObject* all, const char* field, Package::State state);
-    bool collectSet(EntryIndex& index, PyObject* set, Package::State state);
+    // What is installed although the configuration excludes it; the script need not know of such.
+    bool collectExcluded(EntryIndex& index, PyObject* all);
+    bool collectSet(EntryIndex& index, PyObject* set, Package::State state, bool excluded = false);
     // The name and the architecture are the package's own: whoever looks for its key has read them already.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
@@ -375,8 +379,18 @@ private:
     Package::Entry* findPackage(const QString& name);
     Package::Entry* findPackage(const QString& name, const QString& arch);
     Package::Kind getPkgKind(PyObject* pkg);
-    void listItem(PyObject* item, QString& dependencies);
+    // The lines that follow what the user has marked.
+    struct Listing
+    {
+        QString dependencies;
+        QString dependents;
+        QString unused;
+    };
+    void listItem(PyObject* item, Listing& listing);
+    QString scriptWords(const char* text);
     void weighItem(PyObject* item, long action);
+    void weighUnlisted(PyObject* item, long action);
+    static EntryKey keyOf(const Package::Entry& entry);
     void clearApply();
     bool cleanType(const QString& label, const char* method);
 
@@ -532,6 +546,7 @@ private:
     bool txApplied;
     bool transactionRan;
     bool outdated;
+    QHash<EntryKey, Package::Action> leftOut;
     std::unique_ptr<SignalRecorder> signalRecorder; // while the system is being changed
     quint64 cachedSize;
     quint64 downloadSize;

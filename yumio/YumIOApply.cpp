@@ -28,6 +28,7 @@ bool YumIO::apply()
     }
     transactionRan = false;
     outdated = false;
+    leftOut.clear();
     QEventLoop loop;
     ApplyThread thread(this, loop);
     execWorkThread(loop, thread);
@@ -39,11 +40,16 @@ YumIO::Marks YumIO::marks() const
     Marks found;
     for (const Package::Entry* entry : qAsConst(entries)) {
         if (entry->action != Package::None) {
-            const bool group = entry->kind == Package::Group;
-            found.insert(EntryKey(group, entry->name, group ? QString() : entry->biArch), entry->action);
+            found.insert(keyOf(*entry), entry->action);
         }
     }
     return found;
+}
+
+YumIO::EntryKey YumIO::keyOf(const Package::Entry& entry)
+{
+    const bool group = entry.kind == Package::Group;
+    return EntryKey(group, entry.name, group ? QString() : entry.biArch);
 }
 
 void YumIO::restoreMarks(const Marks& marks)
@@ -53,10 +59,7 @@ void YumIO::restoreMarks(const Marks& marks)
         if (entry == nullptr) {
             continue;
         }
-        const bool available = entry->state == Package::Available;
-        if (i.value() == Package::Install  ? available
-            : i.value() == Package::Update ? entry->state == Package::Updatable
-                                           : !available) {
+        if (entry->permits(i.value())) {
             entry->action = i.value();
         }
     }
@@ -173,6 +176,9 @@ bool YumIO::applyReal()
                 break;
             }
             for (Package::Entry* old = installedEntry(entry); old != nullptr; old = old->next) {
+                if (old->excluded) {
+                    continue;
+                }
                 if (!append(removes, old->pyObject, tr("Unable to add package %1 to removes list"),
                             entry->name)) {
                     return false;
@@ -224,6 +230,20 @@ void YumIO::readOutcome()
     }
     const PyRef old(attribute(yumIO.get(), "outdated"));
     outdated = old.get() == Py_True;
+    const PyRef left(attribute(yumIO.get(), "leftOut"));
+    if (left && PyList_Check(left.get())) {
+        QSet<PyObject*> objects;
+        for (Py_ssize_t i = 0; i < PyList_GET_SIZE(left.get()); ++i) {
+            objects.insert(PyList_GET_ITEM(left.get(), i));
+        }
+        for (const Package::Entry* entry : qAsConst(actionEntries)) {
+            for (const Package::Entry* version = entry; version != nullptr; version = version->next) {
+                if (objects.contains(version->pyObject)) {
+                    leftOut.insert(keyOf(*entry), entry->action);
+                }
+            }
+        }
+    }
     PyErr_Restore(type, value, traceback);
 }
 
@@ -388,35 +408,51 @@ PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
     }
     txText = tr("Transaction to be performed:\n");
     txListed = true;
-    QString dependencies;
+    Listing listing;
     for (;;) {
         const PyRef item(PyIter_Next(iterator.get()));
         if (!item) {
             break;
         }
-        listItem(item.get(), dependencies);
+        listItem(item.get(), listing);
     }
     if (PyErr_Occurred() != nullptr) {
         return nullptr;
     }
-    if (!dependencies.isEmpty()) {
-        txText += tr("Performing the following to resolve dependencies:\n") + dependencies;
+    if (!listing.dependencies.isEmpty()) {
+        txText += tr("Performing the following to resolve dependencies:\n") + listing.dependencies;
+    }
+    if (!listing.dependents.isEmpty()) {
+        txText += scriptWords("Removing dependent packages") + QLatin1String(":\n") + listing.dependents;
+    }
+    if (!listing.unused.isEmpty()) {
+        txText += scriptWords("Removing unused dependencies") + QLatin1String(":\n") + listing.unused;
     }
     Py_RETURN_NONE;
 }
 
-void YumIO::listItem(PyObject* item, QString& dependencies)
+// The package manager's own words, in the user's language.
+QString YumIO::scriptWords(const char* text)
+{
+    if (PyObject_HasAttrString(yumIO.get(), "words") == 0) {
+        return QString::fromLatin1(text);
+    }
+    const PyRef words(pyMethodCall(yumIO.get(), "words", "(s)", text));
+    return words ? pyString(words.get()) : QString::fromLatin1(text);
+}
+
+void YumIO::listItem(PyObject* item, Listing& listing)
 {
     const long action = pyLongDec(attribute(item, "action"));
     const long reason = pyLongDec(attribute(item, "reason"));
     switch (action) {
     case Transaction::Install:
         if (reason == Transaction::Group) {
-            dependencies += tr("\tInstall (group): %1\n").arg(txitemRepoFormat(item));
+            listing.dependencies += tr("\tInstall (group): %1\n").arg(txitemRepoFormat(item));
         } else if (reason == Transaction::WeakDependency) {
-            dependencies += tr("\tInstall (weak): %1\n").arg(txitemRepoFormat(item));
+            listing.dependencies += tr("\tInstall (weak): %1\n").arg(txitemRepoFormat(item));
         } else if (reason == Transaction::Dependency) {
-            dependencies += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
+            listing.dependencies += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
         } else {
             txText += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
         }
@@ -425,16 +461,16 @@ void YumIO::listItem(PyObject* item, QString& dependencies)
         txText += tr("\tDowngrade: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Obsoleted:
-        dependencies += tr("\tObsoleting: %1\n").arg(txitemFormat(item));
+        listing.dependencies += tr("\tObsoleting: %1\n").arg(txitemFormat(item));
         break;
     case Transaction::Upgrade:
         txText += tr("\tUpgrade: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Remove:
         if (reason == Transaction::Dependency) {
-            dependencies += tr("\tRemove: %1\n").arg(txitemFormat(item));
+            listing.dependents += tr("\tRemove: %1\n").arg(txitemFormat(item));
         } else if (reason == Transaction::Clean) {
-            dependencies += tr("\tRemove (unused): %1\n").arg(txitemFormat(item));
+            listing.unused += tr("\tRemove (unused): %1\n").arg(txitemFormat(item));
         } else {
             txText += tr("\tRemove: %1\n").arg(txitemFormat(item));
         }
@@ -442,8 +478,17 @@ void YumIO::listItem(PyObject* item, QString& dependencies)
     case Transaction::Reinstall:
         txText += tr("\tReinstall: %1\n").arg(txitemRepoFormat(item));
         break;
-    default:
+    case Transaction::Downgraded:
+    case Transaction::Upgraded:
+    case Transaction::Reinstalled:
+        break; // the line of the version that takes its place says it
+    default: {
+        // The package manager's own word for it.
+        const PyRef word(attribute(item, "action_name"));
+        const QString prefix = word ? pyString(word.get()) + QLatin1String(": ") : QString();
+        listing.dependencies += QLatin1Char('\t') + prefix + txitemFormat(item) + QLatin1Char('\n');
         break;
+    }
     }
     weighItem(item, action);
 }
@@ -454,7 +499,7 @@ void YumIO::weighItem(PyObject* item, long action)
     const QString arch = pyStringDec(attribute(item, "arch"));
     Package::Entry* entry = findPackage(name, arch);
     if (entry == nullptr) {
-        error(tr("Internal error: listTransaction: unable to find package entry for %1.%2").arg(name, arch));
+        weighUnlisted(item, action);
         return;
     }
     switch (action) {
@@ -494,6 +539,38 @@ void YumIO::weighItem(PyObject* item, long action)
         }
         break;
     }
+    default:
+        break;
+    }
+}
+
+// The same for a package that is not in the table, such as one that the package manager has hidden.
+void YumIO::weighUnlisted(PyObject* item, long action)
+{
+    const PyRef package(attribute(item, "pkg"));
+    const quint64 size = package ? sizeOf(package.get()) : 0;
+    PyErr_Clear();
+    switch (action) {
+    case Transaction::Install:
+    case Transaction::Downgrade:
+    case Transaction::Upgrade:
+    case Transaction::Reinstall:
+        (package && verifyLocalPkg(package.get()) ? cachedSize : downloadSize) += size;
+        downloadWeight += atLeast(size);
+        rpmWeight += atLeast(3 * size);
+        break;
+    case Transaction::Obsolete:
+        rpmWeight += atLeast(3 * size);
+        break;
+    case Transaction::Obsoleted:
+    case Transaction::Remove:
+        rpmWeight += atLeast(size);
+        break;
+    case Transaction::Downgraded:
+    case Transaction::Upgraded:
+    case Transaction::Reinstalled:
+        rpmWeight += atLeast(size / 5);
+        break;
     default:
         break;
     }

@@ -128,6 +128,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     {
         const PyRef all = collected("collectAll", tr("collect installed and available packages"), true);
         if (!all || !collectField(entryIndex, all.get(), "installed", Package::Installed) ||
+            !collectExcluded(entryIndex, all.get()) ||
             !collectField(entryIndex, all.get(), "available", Package::Available)) {
             return false;
         }
@@ -232,12 +233,18 @@ bool YumIO::collectField(EntryIndex& index, PyObject* all, const char* field, Pa
     return collectSet(index, set.get(), state);
 }
 
+bool YumIO::collectExcluded(EntryIndex& index, PyObject* all)
+{
+    const PyRef set(attribute(all, "excluded"));
+    return !set || collectSet(index, set.get(), Package::Installed, true);
+}
+
 QString YumIO::shared(const QString& text)
 {
     return *sharedTexts.insert(text);
 }
 
-bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
+bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state, bool excluded)
 {
     const PyRef iterator(PyObject_GetIter(set));
     if (!iterator) {
@@ -268,10 +275,12 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state)
                     last = last->next;
                 }
                 collectPkg(last->next, state, pkg.get(), name, arch);
+                last->next->excluded = excluded;
             }
             continue;
         }
         collectPkg(entry, state, pkg.get(), name, arch);
+        entry->excluded = excluded;
         collectedEntries.append(entry);
         biArchs.insert(biArch);
 

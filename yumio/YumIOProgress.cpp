@@ -306,11 +306,6 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
                 tr("Internal error: downloadRemotePayloads: unable to determine payload download_size"));
             continue;
         }
-        if (findPackage(pyString(name.get()), pyString(arch.get())) == nullptr) {
-            error(tr("Internal error: downloadRemotePayloads: unable to find package entry for %1.%2")
-                      .arg(pyString(name.get()), pyString(arch.get())));
-            continue;
-        }
         const quint64 size = pyTime(bytes.get());
         ++remoteCount;
         remoteWeight += atLeast(size);
@@ -511,8 +506,10 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
 
     const QString name = pyStringDec(attribute(package, "name"));
     Package::Entry* entry = findPackage(name, pyStringDec(attribute(package, "arch")));
-    const quint64 newWeight = atLeast(entry != nullptr ? 3 * entry->size : 0);
-    const quint64 oldSize = installedSize(entry);
+    // One that is not in the table is asked itself.
+    const quint64 ownSize = entry == nullptr ? sizeOf(package) : 0;
+    const quint64 newWeight = atLeast(3 * (entry != nullptr ? entry->size : ownSize));
+    const quint64 oldSize = entry != nullptr ? installedSize(entry) : ownSize;
     QString text;
     quint64 weight = 0;
     switch (action) {

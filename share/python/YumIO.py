@@ -9,6 +9,8 @@ Runs on Python 3.6 and later with dnf 4.
 
 import bz2
 import codecs
+import contextlib
+import copy
 import ctypes
 import datetime
 import errno
@@ -104,7 +106,8 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         (dnf.plugin.Plugins, ('_caller', '_load', '_run_init')),
     )),
     (tr('Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.'), (
-        (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_moduleContainer', '_repo_set_imported_gpg_keys',
+        (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_goal2transaction', '_moduleContainer',
+                    '_repo_set_imported_gpg_keys',
                     '_run_transaction', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts',
                     '_verify_transaction')),
         (dnf.yum.rpmtrans.RPMTransaction, ('_cpioError', '_extract_cbkey', '_scriptError', '_scriptOutput',
@@ -544,6 +547,11 @@ class Group:
     def __str__(self):
         return self.name
 
+    def names(self, *types):
+        """The names of its packages of these types; conditional ones are not looked at."""
+        return [package.name for type in types if type in ('mandatory', 'default', 'optional')
+                for package in getattr(self, type + '_packages')]
+
     @staticmethod
     def _members(packages):
         return [GroupPackage(package.name) for package in packages]
@@ -602,11 +610,12 @@ class WithoutGroups(dnf.comps.Comps):
 
 
 class All:
-    """What collectAll() returns."""
+    """What collectAll() returns; excluded: the installed packages that the configuration excludes."""
 
-    def __init__(self, installed, available):
+    def __init__(self, installed, available, excluded):
         self.installed = installed
         self.available = available
+        self.excluded = excluded
 
 
 # Locking ----------------------------------------------------------------------------------------------------
@@ -1307,6 +1316,8 @@ class Base(dnf.Base):
         self.headers = HeaderMemo()
         self.changed = False  # rpm has begun to change the system
         self.historyFault = None  # why the history does not have the end of the last transaction
+        self.unsolved = None  # the goal of the last resolution, if that has failed
+        self.judge = None  # is asked about each solution before it becomes the transaction
         self.withoutSpace = []  # packages for whose scripts there may have been no space
         # What the program is to show of an operation that has not failed; it takes them out. What was shown once is
         # only logged later.
@@ -1542,6 +1553,33 @@ class Base(dnf.Base):
         self._verify_transaction()
         return None
 
+    def resolveIf(self, judge, allowErasing):
+        """Resolves; the judge may raise an exception to have nothing come of it."""
+        self.judge = judge
+        try:
+            self.resolve(allow_erasing=allowErasing)
+        finally:
+            self.judge = None
+
+    def resolve(self, allow_erasing=False):
+        self.unsolved = None
+        try:
+            return super(Base, self).resolve(allow_erasing)
+        except dnf.exceptions.DepsolveError:
+            self.unsolved = self.goal
+            raise
+
+    def problems(self):
+        """Why the last resolution has failed: a list of lines for each reason."""
+        # A goal that was not run ends the process when it is asked.
+        return [list(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
+
+    def _goal2transaction(self, goal):
+        # Before anything is noted in the history or told to plug-ins.
+        if self.judge is not None:
+            self.judge(goal)
+        return super(Base, self)._goal2transaction(goal)
+
     def _verify_transaction(self, *args, **kwargs):
         """rpm is done: that this cannot be written down does not undo it."""
         try:
@@ -1695,6 +1733,78 @@ def refuseModuleSwitch(base):
     raise dnf.exceptions.Error('\n'.join(lines))
 
 
+class Judged(Exception):
+    """Ends a resolution that was only a trial."""
+
+
+class Marks:
+    """What the user wants; groups and packages are those that the program was given."""
+
+    def __init__(self, installs=(), updates=(), removes=(), groupInstalls=(), groupUpdates=(), groupRemoves=()):
+        self.installs = list(installs)
+        self.updates = list(updates)
+        self.removes = list(removes)
+        self.groupInstalls = list(groupInstalls)
+        self.groupUpdates = list(groupUpdates)
+        self.groupRemoves = list(groupRemoves)
+
+    def newVersions(self):
+        """The packages to update to, each once."""
+        seen = {}
+        for new, _ in self.updates:
+            seen.setdefault(new, new)
+        return list(seen.values())
+
+    def isChanging(self):
+        return bool(self.installs or self.updates or self.groupInstalls or self.groupUpdates)
+
+    def isRemoving(self):
+        return bool(self.removes or self.groupRemoves)
+
+    def hasGroups(self):
+        return bool(self.groupInstalls or self.groupUpdates)
+
+    def isEmpty(self):
+        return not self.isChanging() and not self.isRemoving()
+
+    def removals(self):
+        return Marks(removes=self.removes, groupRemoves=self.groupRemoves)
+
+    def without(self, objects):
+        unwanted = set(id(each) for each in objects)
+
+        def wanted(each):
+            return id(each) not in unwanted
+
+        return Marks(filter(wanted, self.installs), [pair for pair in self.updates if wanted(pair[0])],
+                     *(filter(wanted, each) for each in (self.removes, self.groupInstalls, self.groupUpdates,
+                                                         self.groupRemoves)))
+
+
+def reasonsOf(objects, problems):
+    """A text that names each of the packages and groups once, with the lines of the problems that name it, and has the
+    other problems at its end.
+    """
+    byWord = {}
+    for number, lines in enumerate(problems):
+        for word in set(word for line in lines for word in line.split()):
+            byWord.setdefault(word.rstrip(',;:'), set()).add(number)
+    parts, told = [], set()
+    for name, words in sorted({str(each): wordsFor(each) for each in objects}.items()):
+        numbers = sorted(set().union(*(byWord.get(word, ()) for word in words)))
+        told.update(numbers)
+        parts.append(name + ''.join('\n    ' + line for number in numbers for line in problems[number]))
+    rest = [line for number, lines in enumerate(problems) if number not in told for line in lines]
+    return '\n'.join(parts + rest)
+
+
+def wordsFor(each):
+    """How the package manager names a package in its reasons."""
+    if not isinstance(each, hawkey.Package):
+        return [str(each)]
+    return [str(each), each.name]
+
+
 # The object that the program drives -------------------------------------------------------------------------
 
 class YumIO:
@@ -1717,6 +1827,8 @@ class YumIO:
         self.outdated = False
         # Of the last collection: pairs of an installed package and the one that replaces it.
         self.replacements = []
+        # The marked objects that the last transaction has left out because they are impossible.
+        self.leftOut = []
         # What else there is to say of the last operation, although it has not failed, is in the remarks.
         self.base = Base(self._configuration())
         requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf))
@@ -1987,7 +2099,24 @@ class YumIO:
         except (ValueError, hawkey.Exception):  # older than priorities
             query = query.upgrades()
         query.filterm(arch__neq=['src', 'nosrc'])
-        return query.latest().run()
+        return self._withoutExcluded(query.latest().run())
+
+    def _withoutExcluded(self, updates):
+        """The package manager does not update an installed version that the configuration excludes."""
+        excluded = set(package.name for package in self._excluded())
+        if not excluded:
+            return updates
+        seen = self.base.sack.query().installed().filterm(name=sorted(excluded)).run()
+        names = set(package.name for package in seen)
+        exact = set((package.name, package.arch) for package in seen)
+        return [package for package in updates if package.name not in excluded or
+                (package.name, package.arch) in exact or (package.name, 'noarch') in exact or
+                (package.arch == 'noarch' and package.name in names)]
+
+    def _excluded(self):
+        """What is installed although the configuration excludes it."""
+        everything = self.base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
+        return everything.difference(self.base.sack.query().installed())
 
     @withReason
     def collectAll(self):
@@ -1998,7 +2127,7 @@ class YumIO:
         except (ValueError, hawkey.Exception):  # older than priorities
             available.filterm(latest_per_arch=True)
         # Of several installed versions the program shows the first.
-        return All(sorted(query.installed(), reverse=True), available.run())
+        return All(sorted(query.installed(), reverse=True), available.run(), sorted(self._excluded(), reverse=True))
 
     @withReason
     def collectGroups(self):
@@ -2175,6 +2304,7 @@ class YumIO:
         self.systemChanged = base.changed = False
         self.outdated = False
         del self.remarks[:]
+        del self.leftOut[:]
         base.historyFault = None
         base.withoutSpace = []
         try:
@@ -2183,21 +2313,18 @@ class YumIO:
             # Not only at the end: nobody should read a list, or wait for downloads, that are of no use.
             with DatabaseLock():
                 self._checkCurrent()
-            self._mark(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves)
-            # Only who asked for a removal is offered the removal of what depends on it.
-            base.resolve(allow_erasing=bool(removes or groupRemoves))
-            refuseModuleSwitch(base)
-            sections = otherSections(base)
-            if not base.transaction and not (sections or base.history.group or base.history.env):
-                raise dnf.exceptions.Error(tr('There is nothing to do.'))
+            marks = self._resolve(Marks(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves))
+            if marks is None:
+                return True
             base.args = [commandLine(
-                ('install', [package.name for package in installs]),
-                ('upgrade', [new.name for new, old in updates]), ('remove', [package.name for package in removes]),
-                ('group install', [group.id for group in groupInstalls]),
-                ('group upgrade', [group.id for group in groupUpdates]),
-                ('group remove', [group.id for group in groupRemoves]))]
+                ('install', [package.name for package in marks.installs]),
+                ('upgrade', [new.name for new in marks.newVersions()]),
+                ('remove', [package.name for package in marks.removes]),
+                ('group install', [group.id for group in marks.groupInstalls]),
+                ('group upgrade', [group.id for group in marks.groupUpdates]),
+                ('group remove', [group.id for group in marks.groupRemoves]))]
             self._checkPersistence()
-            if not self._confirmed(sections):
+            if not self._confirmed(otherSections(base)):
                 return True
             try:
                 self._download()
@@ -2286,34 +2413,56 @@ class YumIO:
             transaction.closeDB()
         return set(each for each in found if each[1] != 'gpg-pubkey')
 
-    def _mark(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
+    def _mark(self, marks, strict=True):
+        """Puts the marks into the goal; strict: one that is impossible makes the others impossible."""
         base = self.base
-        for package in removes:
+        for package in marks.removes:
             base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
-        for package in installs:
-            base.package_install(package)
-        seen = set()
-        for new, old in updates:
-            if new not in seen:
-                seen.add(new)
-                self._markUpdate(new)
-        for group in groupInstalls:
-            base.group_install(group.id, list(base.conf.group_package_types))
-        for group in groupUpdates:
+        versions = self._installedVersions() if marks.installs or marks.updates else {}
+        for package in marks.installs:
+            self._markInstallation(package, versions, strict)
+        for package in marks.newVersions():
+            self._markUpdate(package, versions, strict)
+        strict = strict and base.conf.strict
+        for group in marks.groupInstalls:
+            base.group_install(group.id, list(base.conf.group_package_types), strict=strict)
+        for group in marks.groupUpdates:
             if base.history.group.get(group.id) is not None:
                 base.group_upgrade(group.id)
             else:
                 self._upgradeMembers(group)
-        for group in groupRemoves:
+        for group in marks.groupRemoves:
             base.group_remove(group.id)
 
-    def _markUpdate(self, package):
+    # For each mark the package manager's own functions go through all packages: it takes seconds to mark some hundred.
+    # They are asked where they would say something.
+
+    def _installedVersions(self):
+        """The installed packages by name."""
+        found = {}
+        for package in self.base.sack.query().installed():
+            found.setdefault(package.name, []).append(package)
+        return found
+
+    def _markInstallation(self, package, versions, strict):
+        if any(str(version) == str(package) for version in versions.get(package.name, [])):
+            self.base.package_install(package, strict=strict)
+        else:
+            self._demand(package, strict)
+
+    def _markUpdate(self, package, versions, strict):
         """The user has marked this very version: what stands against it must be reported, not left out in silence."""
-        if not self.base.package_upgrade(package):
-            raise dnf.exceptions.Error(tr('{} is not newer than what is installed.').format(package))
+        replaced = [version for version in versions.get(package.name, [])
+                    if package.arch == 'noarch' or version.arch in (package.arch, 'noarch')]
+        if not replaced or max(replaced) >= package:
+            if not self.base.package_upgrade(package):
+                raise dnf.exceptions.MarkingError(tr('{} is not newer than what is installed.').format(package))
+        self._demand(package, strict)
+
+    def _demand(self, package, strict):
         selector = dnf.selector.Selector(self.base.sack)
         selector.set(pkg=[package])
-        self.base.goal.install(select=selector)
+        self.base.goal.install(select=selector, optional=not strict)
 
     def _upgradeMembers(self, group):
         """Upgrade the installed members of a group that is not itself installed."""
@@ -2321,6 +2470,288 @@ class YumIO:
         installed = self.base.sack.query().installed().filter(name=names)
         for name in sorted(set(package.name for package in installed)):
             self.base.upgrade(name)
+
+    # What can be done of what is marked
+
+    def _resolve(self, marks):
+        """Finds the transaction for the marks. Asks the user about what of them has to be left out; returns those that
+        it has, and None after a No.
+        """
+        base = self.base
+        rest, impossible, failure, problems = marks, [], None, []
+        try:
+            try:
+                self._resolveAll(marks)
+            except dnf.exceptions.MarkingError as e:
+                failure = e
+                impossible, problems = self._unmarkable(marks)
+                rest = marks.without(impossible)
+                if not impossible or rest.isEmpty():
+                    raise
+                self._resolveAll(rest)
+        except dnf.exceptions.DepsolveError as e:
+            failure = failure or e
+            problems += base.problems()
+            showActivity(tr('Looking for what can be applied'))
+            impossible += self._impossible(rest)
+            rest = marks.without(impossible)
+            if not impossible and not marks.hasGroups() or rest.isEmpty():
+                raise failure
+            self._resolveAll(rest, strict=False)
+        refuseModuleSwitch(base)
+        lacking = self._lackingMembers(rest)
+        if lacking:
+            problems += [lines for lines in self._problemsOfTheBest(rest) if lines not in problems]
+        if impossible or lacking:
+            text = reasonsOf(impossible + [package for group, package in lacking], problems)
+        if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
+            if failure is not None:
+                raise failure
+            if lacking:
+                raise dnf.exceptions.Error(tr('Nothing of this can be applied:\n{}').format(text))
+            raise dnf.exceptions.Error(tr('There is nothing to do.'))
+        if not impossible and not lacking:
+            return rest
+        yumIOC.gpgsigcheck()
+        sys.stdout.write(tr('Go on without these packages?\n\n{}\n').format(text))
+        if yumIOC.userconfirm() != 1:
+            return None
+        self.leftOut.extend(impossible + [group for group, package in lacking])
+        return rest
+
+    def _resolveAll(self, marks, strict=True):
+        """Finds the transaction for all marks; without strict, members of groups may be lacking."""
+        base = self.base
+        best = base.conf.best
+        base.reset(goal=True)
+        try:
+            if not strict and marks.hasGroups():
+                base.conf.best = False
+            if not marks.isRemoving():
+                self._mark(marks, strict or not marks.hasGroups())
+                base.resolve()
+            elif not marks.isChanging():
+                with self._availableHidden():
+                    self._mark(marks)
+                    base.resolve(allow_erasing=True)
+            else:
+                self._resolveWithRemovals(marks, strict)
+        finally:
+            base.conf.best = best
+
+    def _resolveWithRemovals(self, marks, strict):
+        """The removal of a package takes along what needs it, an installation or an update takes nothing along."""
+        base = self.base
+        dependents = set()
+
+        def judge(goal):
+            dependents.update(package for package in goal.list_erasures()
+                              if goal.get_reason(package) == libdnf.transaction.TransactionItemReason_DEPENDENCY)
+            if dependents:
+                raise Judged()
+
+        try:
+            self._mark(marks, strict)
+            base.resolveIf(judge, True)
+            return
+        except Judged:
+            pass
+        # What may go is what goes when the user removes only what is marked for that.
+        allowed = self._removedAlone(marks)
+        unwanted = dependents - allowed
+        base.reset(goal=True)
+        self._mark(marks, strict)
+        if not unwanted:
+            base.resolve(allow_erasing=True)
+            return
+        for package in dependents & allowed:
+            base.goal.erase(package)
+        base.resolve()
+        for item in base.transaction:
+            if item.action in dnf.transaction.BACKWARD_ACTIONS and item.pkg in dependents:
+                item.reason = libdnf.transaction.TransactionItemReason_DEPENDENCY
+
+    def _removedAlone(self, marks):
+        """All packages that go when nothing is changed but what is marked for removal."""
+        base = self.base
+        found = set()
+
+        def judge(goal):
+            found.update(goal.list_erasures())
+            raise Judged()
+
+        base.reset(goal=True)
+        with self._availableHidden():
+            self._mark(marks.removals())
+            try:
+                base.resolveIf(judge, True)
+            except Judged:
+                pass
+        return found
+
+    @contextlib.contextmanager
+    def _availableHidden(self):
+        """What is available takes the place of nothing that is removed, as with the package manager's command."""
+        names = [repo.id for repo in self.base.repos.iter_enabled()]
+        hidden = []
+        try:
+            for name in names:
+                try:
+                    self.base.sack.disable_repo(name)
+                    hidden.append(name)
+                except (ValueError, hawkey.Exception):  # it could not be read
+                    pass
+            yield
+        finally:
+            for name in hidden:
+                self.base.sack.enable_repo(name)
+
+    # So many attempts at most to find removals that are impossible.
+    ATTEMPTS = 40
+
+    def _impossible(self, marks):
+        """Those of the marks that cannot be carried out with the others; empty also if they are not found.
+
+        The number of resolutions does not grow with that of the marks, except for impossible removals.
+        """
+        base = self.base
+        impossible = self._impossibleRemovals(marks)
+        marks = marks.without(impossible)
+        if not marks.isChanging():
+            return impossible
+        removed = self._removedAlone(marks) if marks.isRemoving() else set()
+        found = set()
+
+        def judge(goal):
+            for list in (goal.list_installs, goal.list_upgrades, goal.list_downgrades, goal.list_reinstalls):
+                found.update(str(package) for package in list())
+            raise Judged()
+
+        base.reset(goal=True)
+        best = base.conf.best
+        try:
+            base.conf.best = False
+            self._mark(marks, strict=False)
+            for package in removed:
+                base.goal.erase(package)
+            base.resolveIf(judge, False)
+        except Judged:
+            pass
+        except dnf.exceptions.DepsolveError:
+            return []
+        finally:
+            base.conf.best = best
+        return impossible + [package for package in marks.installs + marks.newVersions()
+                             if str(package) not in found]
+
+    def _unmarkable(self, marks):
+        """Those that the package manager does not even take, and why not: a list of lines for each."""
+        found, reasons = [], []
+        self.base.reset(goal=True)
+        versions = self._installedVersions()
+        for method, packages in ((self._markInstallation, marks.installs), (self._markUpdate, marks.newVersions())):
+            for package in packages:
+                try:
+                    method(package, versions, True)
+                except dnf.exceptions.MarkingError as e:
+                    found.append(package)
+                    reasons.append([str(e) if str(package) in str(e) else '{}: {}'.format(package, e)])
+        return found, reasons
+
+    def _impossibleRemovals(self, marks):
+        """Those that protected or excluded packages prevent: each by itself."""
+        attempts = iter(range(self.ATTEMPTS))
+
+        def search(packages, groups):
+            """An exception when there are too many of them."""
+            next(attempts)
+            if self._canBeRemoved(Marks(removes=packages, groupRemoves=groups)):
+                return []
+            names = sorted(set(package.name for package in packages))
+            if len(names) + len(groups) == 1:
+                return packages + groups
+            if groups and names:
+                return search(packages, []) + search([], groups)
+            if groups:
+                middle = len(groups) // 2
+                return search([], groups[:middle]) + search([], groups[middle:])
+            first = set(names[:len(names) // 2])
+            return (search([package for package in packages if package.name in first], []) +
+                    search([package for package in packages if package.name not in first], []))
+
+        if not marks.isRemoving():
+            return []
+        with self._availableHidden():
+            try:
+                return search(list(marks.removes), list(marks.groupRemoves))
+            except StopIteration:
+                return []
+
+    def _canBeRemoved(self, marks):
+        def judge(goal):
+            raise Judged()
+
+        self.base.reset(goal=True)
+        self._mark(marks)
+        try:
+            self.base.resolveIf(judge, True)
+        except Judged:
+            return True
+        except dnf.exceptions.DepsolveError:
+            return False
+        return True
+
+    def _lackingMembers(self, marks):
+        """Pairs of a marked group and a package of it that the transaction should have and has not."""
+        if not marks.groupInstalls and not marks.groupUpdates:
+            return []
+        base = self.base
+        transaction = list(base.transaction or [])
+        there = set((package.name, package.arch) for package in base.sack.query().installed())
+        coming = set((item.name, item.arch) for item in transaction
+                     if item.action in dnf.transaction.FORWARD_ACTIONS)
+        going = set(item.name for item in transaction if item.action in dnf.transaction.BACKWARD_ACTIONS)
+        names = set(name for name, arch in there | coming)
+        updates = {}
+        if marks.groupUpdates:
+            for package in self.collectUpdates():
+                updates.setdefault(package.name, []).append(package)
+        found = []
+        for group in marks.groupUpdates:
+            for name in group.names('mandatory', 'default'):
+                found += [(group, package) for package in updates.get(name, [])
+                          if (package.name, package.arch) not in coming and name not in going]
+            known = base.history.group.get(group.id)
+            if known is not None:
+                old = set(package.getName() for package in known.getPackages())
+                found += self._lacking(group, set(group.names('mandatory', 'default')) - old - names - going)
+        for group in marks.groupInstalls:
+            found += self._lacking(group, set(group.names(*base.conf.group_package_types)) - names - going)
+        return found
+
+    def _lacking(self, group, names):
+        found = []
+        for name in sorted(names):
+            available = self.base.sack.query().available().filter(name=name)
+            # What takes its place counts for it.
+            others = self.base.sack.query().filter(obsoletes=available) if available else []
+            coming = set(str(item) for item in self.base.transaction or []
+                         if item.action in dnf.transaction.FORWARD_ACTIONS)
+            if available and not any(other._from_system or str(other) in coming for other in others):
+                found.append((group, sorted(available)[-1]))
+        return found
+
+    def _problemsOfTheBest(self, marks):
+        """Why a transaction that was found does not have all that it could have."""
+        goal = copy.deepcopy(self.base.goal)
+        if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak_deps=True):
+            return []
+        return [list(lines) for lines in goal.problem_rules()]
+
+    @staticmethod
+    def words(text):
+        """A text of the package manager's own in the user's language."""
+        return dnf.i18n._(text)
 
     def _confirmed(self, sections):
         transaction = self.base.transaction or []

@@ -23,7 +23,9 @@ from vyresandbox import Sandbox  # noqa: E402
 # What dnf's lock on the package database is called.
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
-DEPENDENCIES = 'Performing the following to resolve dependencies:\n'
+DEPENDENCIES = 'Performing the following to resolve dependencies:'
+# The headings of what follows a removal, by the beginning of the line.
+DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 
 
@@ -179,30 +181,35 @@ class JourneyTest(unittest.TestCase):
 
     # Transactions
 
-    def check_listing(self, dialog, listed=(), dependencies=(), sizes=True):
+    def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None):
         """The dialog that asks for the confirmation lists this, in whatever order, each text without its tabulator.
 
         sizes: whether there is something to download; None: nothing is said about that.
+        groups: the names of groups below each heading.
         """
         text, _, sized = dialog.text().partition('\n\n')
-        text, _, depending = text.partition(DEPENDENCIES)
-        lines = text.splitlines()
         if sizes is None:
             self.assertEqual(sized, '')
         elif not sizes:
             self.assertEqual(sized, '')
-            ending = depending or text
-            self.assertTrue(ending.endswith(ONLY_REMOVALS), ending)
-            if depending:
-                depending = depending[:-len(ONLY_REMOVALS)]
-            else:
-                lines.pop()
+            self.assertTrue(text.endswith(ONLY_REMOVALS), text)
+            text = text[:-len(ONLY_REMOVALS)]
         else:
             self.assertEqual([line.partition(':')[0] for line in sized.splitlines()],
                              ['Cached size', 'Total download size', 'Installed size'])
-        self.assertEqual(lines[0], 'Transaction to be performed:')
-        self.assertEqual(sorted(lines[1:]), sorted('\t' + line for line in listed))
-        self.assertEqual(sorted(depending.splitlines()), sorted('\t' + line for line in dependencies))
+        found = {}
+        for line in text.splitlines():
+            if not line.startswith('\t'):
+                heading = line
+            found.setdefault(heading, []).append(line[1:])
+        expected = {'Transaction to be performed:': listed}
+        expected.update({heading + ':': names for heading, names in (groups or {}).items()})
+        for line in dependencies:
+            heading = next((heading for start, heading in DEPENDENCY_HEADINGS.items() if line.startswith(start)),
+                           DEPENDENCIES)
+            expected[heading] = expected.get(heading, []) + [line]
+        self.assertEqual({heading: sorted(lines[1:]) for heading, lines in found.items()},
+                         {heading: sorted(lines) for heading, lines in expected.items()})
         self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
 
     def carry_out(self, window, dialog=None):

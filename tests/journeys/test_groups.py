@@ -22,7 +22,8 @@ class GroupsTest(JourneyTest):
             self.check_listing(dialog, [], [
                 'Install (group): hedgerow 4.0-1 (noarch) [sandbox-file]',
                 'Install (group): orrery 3.7-1 (x86_64) [sandbox-http]',
-                'Install (group): pebble-go 1.4-1 (x86_64) [sandbox-http]'])
+                'Install (group): pebble-go 1.4-1 (x86_64) [sandbox-http]'],
+                groups={'Installing Groups': ['Games']})
             self.carry_out(window, dialog)
             self.check_changed(new=members)
             self.check_view(window, 'View Removable', 'Games', True)
@@ -31,7 +32,8 @@ class GroupsTest(JourneyTest):
             window.wait_action('remove', 'Games')
             dialog = window.apply()
             self.check_listing(dialog, ['Remove: hedgerow 4.0-1 (noarch)', 'Remove: orrery 3.7-1 (x86_64)',
-                                        'Remove: pebble-go 1.4-1 (x86_64)'], sizes=False)
+                                        'Remove: pebble-go 1.4-1 (x86_64)'], sizes=False,
+                               groups={'Removing Groups': ['Games']})
             self.carry_out(window, dialog)
             self.check_unchanged()
             self.check_view(window, 'View Installable', 'Games', True)
@@ -43,7 +45,7 @@ class GroupsTest(JourneyTest):
             window.wait_action('remove', 'Arts')
             dialog = window.apply()
             self.check_listing(dialog, ['Remove: easel 1.1-1 (noarch)', 'Remove: palette-knife 1.0-1 (noarch)'],
-                               sizes=False)
+                               sizes=False, groups={'Removing Groups': ['Arts']})
             self.carry_out(window, dialog)
             self.check_changed(gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
             self.check_view(window, 'View Removable', 'Arts', False)
@@ -79,7 +81,7 @@ class GroupsTest(JourneyTest):
             window.mark_listed('Ghosts')
             dialog = window.apply()
             # The one package that exists is installed already.
-            self.check_listing(dialog, [], sizes=None)
+            self.check_listing(dialog, [], sizes=None, groups={'Installing Groups': ['Ghosts']})
             self.carry_out(window, dialog)
             self.check_unchanged()
             self.check_view(window, 'View Removable', 'Ghosts', True)

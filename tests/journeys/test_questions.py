@@ -1,5 +1,7 @@
 #!/usr/bin/python3
 """The questions before a transaction: whether to go on at all, and what the answers do."""
+import contextlib
+
 import journey
 from journey import JourneyTest, driver
 from vyresandbox import needs_groups
@@ -95,7 +97,8 @@ class ConflictTest(JourneyTest):
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             dialog = self.accept_conflict(window, question)
             self.check_listing(dialog, ['Install: varnish-coat 1.0-1 (noarch) [sandbox-http]',
-                                        'Remove: easel 1.1-1 (noarch)', 'Remove: palette-knife 1.0-1 (noarch)'])
+                                        'Remove: easel 1.1-1 (noarch)', 'Remove: palette-knife 1.0-1 (noarch)'],
+                               groups={'Removing Groups': ['Arts']})
             self.carry_out(window, dialog)
             self.check_changed(new=['varnish-coat-1.0-1.noarch'],
                                gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
@@ -109,6 +112,52 @@ class ConflictTest(JourneyTest):
             window.wait_ready()
             self.check_unchanged()
             window.wait_action('remove', 'Arts')
+
+
+class ImpossibleTest(JourneyTest):
+    """One of two updates needs a library that does not exist."""
+
+    @contextlib.contextmanager
+    def asked(self):
+        """Mark both and press Apply; gives the window and the question."""
+        with self.opened() as window:
+            window.mark_listed('tidewatch')
+            window.mark_listed('anvil-make')
+            window.click_button('Apply Actions')
+            question = window.program.window('Query')
+            self.assertEqual(question.text().rstrip('\n'),
+                             'Go on without these packages?\n\n'
+                             'tidewatch-2.0-1.noarch\n'
+                             '    conflicting requests\n'
+                             '    nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noarch')
+            self.assertEqual(question.buttons(), ['Yes', 'No'])
+            self.picture('impossible')
+            yield window, question
+
+    def test_yes_applies_the_rest_and_keeps_the_mark(self):
+        with self.asked() as (window, question):
+            question.click_button('Yes')
+            dialog = window.program.window('Apply')
+            self.check_listing(dialog, ['Upgrade: anvil-make 4.2-2 (x86_64) [sandbox-updates]'])
+            self.carry_out(window, dialog)
+            self.check_changed(new=['anvil-make-4.2-2.x86_64'], gone=['anvil-make-4.1-1.x86_64'])
+            window.set_filter('^(tidewatch|anvil-make) ')
+            window.wait_names(['tidewatch', 'anvil-make'])
+            window.wait_action('update', 'tidewatch')
+            window.wait_action('none', 'anvil-make')
+
+    def test_no_changes_nothing_and_keeps_the_marks(self):
+        with self.asked() as (window, question):
+            question.click_button('No')
+            window.program.no_window('Query')
+            window.wait_ready()
+            self.assertEqual(window.program.titles(), [driver.main_title()])
+            self.check_unchanged()
+            window.set_filter('^(tidewatch|anvil-make) ')
+            window.wait_names(['tidewatch', 'anvil-make'])
+            window.wait_action('update', 'tidewatch')
+            window.wait_action('update', 'anvil-make')
+            self.assertIn('Confirmation: No', self.read_log(window))
 
 
 if __name__ == '__main__':

@@ -50,6 +50,7 @@ private Q_SLOTS:
     void textColumnsHaveNoIcon();
     void theToolTipTellsTheAction();
     void theToolTipTellsTheState();
+    void anExcludedPackageCannotBeMarked();
     void theToolTipTellsTheKind();
     void theToolTipOfTheVersionListsAllVersions();
     void otherColumnsHaveNoToolTip();
@@ -278,6 +279,25 @@ void ModelTest::theToolTipTellsTheState()
              QVariant(QStringLiteral("Package is installed and up-to-date")));
     QCOMPARE(data("tool", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available to update an out-of-date version")));
+    table->entry("shell").excluded = true;
+    QCOMPARE(data("shell", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral(
+                 "Package is installed; the configuration excludes it from updates and removals")));
+}
+
+void ModelTest::anExcludedPackageCannotBeMarked()
+{
+    table->entry("shell").excluded = true;
+    model->toggleAction(model->index(table->row("shell"), 0));
+    QCOMPARE(table->entry("shell").action, Package::None);
+    // One installed version that is not excluded can be removed.
+    table->entry("kernel").excluded = true;
+    model->toggleAction(model->index(table->row("kernel"), 0));
+    QCOMPARE(table->entry("kernel").action, Package::Remove);
+    table->entry("tool").next->excluded = true;
+    table->entry("tool").action = Package::Update;
+    model->toggleAction(model->index(table->row("tool"), 0));
+    QCOMPARE(table->entry("tool").action, Package::None);
 }
 
 void ModelTest::theToolTipTellsTheKind()

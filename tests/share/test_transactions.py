@@ -155,9 +155,6 @@ class UpdateTest(ScenarioTest):
         self.started()
         self.assert_refused("libtide", updates=["tidewatch"])
         self.assertEqual(self.recording.names().count("listTransaction"), 0)
-        # Nor is it left out in silence when others could be carried out.
-        self.assert_refused("libtide", updates=["tidewatch", "abacus-cli"], installs=["astrolabe"])
-        self.assertEqual(self.recording.names().count("listTransaction"), 0)
 
     @in_own_process
     def test_an_update_leaves_the_reason_for_which_a_package_is_installed(self):
@@ -362,11 +359,6 @@ class RefusalTest(ScenarioTest):
         self.started()
         self.assert_refused("nothing to do")
         self.assertEqual(self.recording.order(), [])
-
-    @in_own_process
-    def test_packages_that_conflict_with_each_other(self):
-        self.started()
-        self.assert_refused("conflict", installs=["tern-mta", "gull-mta"])
 
     @in_own_process
     def test_a_package_that_conflicts_with_an_installed_one(self):

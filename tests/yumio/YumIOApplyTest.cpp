@@ -544,12 +544,15 @@ private Q_SLOTS:
             row(5, reason, "\tObsoleting: pkg 1.0-1 (x86_64)\n", true);
             row(6, reason, "\tUpgrade: pkg 1.0-1 (x86_64) [main]\n", false);
             row(9, reason, "\tReinstall: pkg 1.0-1 (x86_64) [main]\n", false);
-            for (int action : {0, 3, 4, 7, 10, 11}) {
+            for (int action : {3, 7, 10}) {
                 row(action, reason, "", false);
             }
+            for (int action : {0, 4, 11}) {
+                row(action, reason, "\tpkg 1.0-1 (x86_64)\n", true);
+            }
         }
-        row(8, 1, remove, true);
-        row(8, 3, "\tRemove (unused): pkg 1.0-1 (x86_64)\n", true);
+        row(8, 1, "Removing dependent packages:\n\tRemove: pkg 1.0-1 (x86_64)\n", false);
+        row(8, 3, "Removing unused dependencies:\n\tRemove (unused): pkg 1.0-1 (x86_64)\n", false);
         row(8, 5, remove, false);
     }
 
@@ -571,6 +574,79 @@ private Q_SLOTS:
         QCOMPARE(yumIO().txText, expected + line);
     }
 
+    void headingsAreThePackageManagersWords()
+    {
+        collect("it.installed = [Package(name) for name in 'ab']");
+        backEnd->run("type(it).words = lambda self, text: '<' + text + '>'\n"
+                     "try:\n"
+                     "    yumIOC.listTransaction(None, [item(8, 'a', 1), item(8, 'b', 3), item(11, 'b', 1,\n"
+                     "                                  action_name='Reason Change')])\n"
+                     "finally:\n"
+                     "    del type(it).words");
+        QCOMPARE(yumIO().txText, QString("Transaction to be performed:\n"
+                                         "Performing the following to resolve dependencies:\n"
+                                         "\tReason Change: b 1.0-1 (x86_64)\n"
+                                         "<Removing dependent packages>:\n\tRemove: a 1.0-1 (x86_64)\n"
+                                         "<Removing unused dependencies>:\n"
+                                         "\tRemove (unused): b 1.0-1 (x86_64)\n"));
+    }
+
+    void marksThatWereLeftOut()
+    {
+        collect("it.updates = [Package('new', '2.0')]\n"
+                "it.installed = [Package('new', '1.0'), Package('gone')]\n"
+                "it.available = [Package('tool'), Package('done')]\n"
+                "it.groups = [Group('G', 'g')]");
+        for (const char* name : {"tool", "done"}) {
+            backEnd->entry(name)->action = Package::Install;
+        }
+        backEnd->entry("new")->action = Package::Remove;
+        backEnd->entry("gone")->action = Package::Remove;
+        backEnd->group("G")->action = Package::Install;
+        backEnd->run("it.leftOut = [it.available[0], it.installed[0], it.groups[0]]");
+        QVERIFY(!yumIO().apply());
+        backEnd->run("del it.leftOut");
+        YumIO::Marks expected;
+        expected.insert(YumIO::EntryKey(false, "tool", "x86_64"), Package::Install);
+        expected.insert(YumIO::EntryKey(false, "new", "x86_64"), Package::Remove);
+        expected.insert(YumIO::EntryKey(true, "G", QString()), Package::Install);
+        QVERIFY(yumIO().leftOutMarks() == expected);
+        QVERIFY(!yumIO().apply());
+        QVERIFY(yumIO().leftOutMarks().isEmpty());
+    }
+
+    void excludedVersionsAreNotRemoved()
+    {
+        collect(
+            "it.installed = [Package('kernel', '6.3'), Package('kernel', '6.2')]\n"
+            "hidden = [Package('kernel', '6.1'), Package('lone')]\n"
+            "it.does['collectAll'] = lambda: Thing(installed=it.installed, available=[], excluded=hidden)");
+        QVERIFY(backEnd->entry("kernel")->permits(Package::Remove));
+        QVERIFY(!backEnd->entry("kernel")->isExcluded());
+        QCOMPARE(backEnd->entry("lone")->state, Package::Installed);
+        QVERIFY(backEnd->entry("lone")->isExcluded());
+        QVERIFY(!backEnd->entry("lone")->permits(Package::Remove));
+        backEnd->entry("kernel")->action = Package::Remove;
+        YumIO::Marks marks = yumIO().marks();
+        marks.insert(YumIO::EntryKey(false, "lone", "x86_64"), Package::Remove);
+        yumIO().restoreMarks(marks);
+        QCOMPARE(backEnd->entry("lone")->action, Package::None);
+        QVERIFY(!yumIO().apply());
+        QCOMPARE(backEnd->text("[package.version for package in it.did('apply')[0][2]]"),
+                 QString("['6.3', '6.2']"));
+    }
+
+    void excludedVersionStandsBeforeAnAvailableOne()
+    {
+        collect(
+            "hidden = [Package('tool', '1.0')]\n"
+            "it.available = [Package('tool', '2.0')]\n"
+            "it.does['collectAll'] = lambda: Thing(installed=[], available=it.available, excluded=hidden)");
+        QCOMPARE(backEnd->entry("tool")->state, Package::Installed);
+        QCOMPARE(backEnd->entry("tool")->verRel, QString("1.0-1"));
+        QVERIFY(backEnd->entry("tool")->next == nullptr);
+    }
+
     void dependenciesAreListedLast()
     {
         collect("it.available = [Package(name) for name in 'abcd']");
@@ -589,15 +665,49 @@ private Q_SLOTS:
     void itemWithoutARecord()
     {
         collect("it.available = [Package('a'), Package('b', size=50000)]");
-        backEnd->run("yumIOC.listTransaction(None, [item(1, 'nobody', arch='i686'), item(1, 'b')])");
-        QCOMPARE(
-            errors(),
-            QStringList("Internal error: listTransaction: unable to find package entry for nobody.i686"));
-        // It is shown all the same, and the next one is not lost.
+        backEnd->run("yumIOC.listTransaction(None, [item(1, 'nobody', arch='i686',\n"
+                     "    pkg=Package('nobody', size=20000)), item(1, 'b')])");
+        QCOMPARE(errors(), QStringList());
         QCOMPARE(yumIO().txText, QString("Transaction to be performed:\n"
                                          "\tInstall: nobody 1.0-1 (i686) [main]\n"
                                          "\tInstall: b 1.0-1 (x86_64) [main]\n"));
-        QCOMPARE(yumIO().downloadSize, quint64(50000));
+        QCOMPARE(yumIO().downloadSize, quint64(70000));
+    }
+
+    void weightsOfAnItemWithoutARecord_data()
+    {
+        QTest::addColumn<int>("action");
+        QTest::addColumn<quint64>("download");
+        QTest::addColumn<quint64>("rpmWeight");
+        for (int action : {1, 2, 6, 9}) {
+            QTest::addRow("%d", action) << action << quint64(200000) << quint64(600000);
+        }
+        QTest::addRow("4") << 4 << quint64(0) << quint64(600000);
+        for (int action : {5, 8}) {
+            QTest::addRow("%d", action) << action << quint64(0) << quint64(200000);
+        }
+        for (int action : {3, 7, 10}) {
+            QTest::addRow("%d", action) << action << quint64(0) << quint64(40000);
+        }
+        QTest::addRow("11") << 11 << quint64(0) << quint64(0);
+    }
+
+    void weightsOfAnItemWithoutARecord()
+    {
+        QFETCH(int, action);
+        QFETCH(quint64, download);
+        QFETCH(quint64, rpmWeight);
+        collect("it.available = [Package('a')]");
+        backEnd->run(QString("unknown = Package('nobody', size=200000)\n"
+                             "yumIOC.listTransaction(None, [item(%1, 'nobody', pkg=unknown)])")
+                         .arg(action));
+        QCOMPARE(errors(), QStringList());
+        QCOMPARE(yumIO().downloadSize, download);
+        QCOMPARE(yumIO().rpmWeight, rpmWeight);
+        // Not even the package manager needs to know the package.
+        backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
+        QCOMPARE(errors(), QStringList());
+        QCOMPARE(yumIO().downloadSize, download);
     }
 
     void recordIsFoundByTheClassOfItsArchitecture()
