@@ -48,8 +48,8 @@ SCENARIOS = [
     Scenario("a_removal_of_what_something_protected_needs", "refused protected",
              config="protected_packages=trellis-editor", remove="libtrellis", dnf="remove libtrellis"),
     # On purpose
-    Scenario("a_conflict_of_two", "+tern-mta", install="tern-mta gull-mta", dnf="install tern-mta gull-mta",
-             differs=("Updates that cannot be made", "refused conflict")),
+    Scenario("a_conflict_of_two", "refused conflict", install="tern-mta gull-mta", dnf="install tern-mta gull-mta",
+             differs=("Updates that cannot be made", "+tern-mta")),
     Scenario("a_mark_stands_for_the_version_of_its_row", "+lagging", repos=RULES, install="lagging",
              dnf="install lagging", differs=("The version of a mark", "refused no-such-thing")),
     Scenario("a_broken_update_that_is_marked", "nothing", repos=RULES, before=["install stuck-user"],
