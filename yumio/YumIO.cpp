@@ -444,7 +444,7 @@ void YumIO::reset()
 
 void YumIO::deleteEntries()
 {
-    qDeleteAll(entryIndex);
+    qDeleteAll(collectedEntries); // the index may have one twice
     entries.clear();
     actionEntries.clear();
     entryIndex.clear();

@@ -123,6 +123,27 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         if (!updates || !collectSet(entryIndex, updates.get(), Package::Updatable)) {
             return false;
         }
+        // A package that gets or loses its architecture may be of another class than its update: what is
+        // installed of that class then belongs to the record of the update.
+        const auto key = [this](PyObject* pkg) {
+            return EntryKey(false, pyStringDec(attribute(pkg, NameAttribute)),
+                            getBiArch(pyStringDec(attribute(pkg, ArchAttribute))));
+        };
+        const PyRef pairs(PyObject_GetAttrString(yumIO.get(), "counterparts"));
+        const Py_ssize_t count = pairs && PyList_Check(pairs.get()) ? PyList_GET_SIZE(pairs.get()) : 0;
+        for (Py_ssize_t i = 0; i < count; ++i) {
+            PyObject* update = nullptr;
+            PyObject* installed = nullptr;
+            if (PyArg_ParseTuple(PyList_GET_ITEM(pairs.get(), i), "OO", &update, &installed) == 0) {
+                break;
+            }
+            Package::Entry* const entry = entryIndex.value(key(update));
+            const EntryKey place = key(installed);
+            if (entry != nullptr && !entryIndex.contains(place)) {
+                entryIndex.insert(place, entry);
+            }
+        }
+        PyErr_Clear();
     }
     progress->startItem(tr("Collecting installed and available packages"), 1000, 1);
     {

@@ -1829,6 +1829,8 @@ class YumIO:
         self.replacements = []
         # The marked objects that the last transaction has left out because they are impossible.
         self.leftOut = []
+        # Pairs of an update and the installed package of another class of architectures that it takes the place of.
+        self.counterparts = []
         # What else there is to say of the last operation, although it has not failed, is in the remarks.
         self.base = Base(self._configuration())
         requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf))
@@ -2008,6 +2010,8 @@ class YumIO:
         """Forget all packages and repositories, and read the configuration again."""
         self.base.otherData.clear()
         self.base.headers.clear()
+        # They keep all packages of the last collection in memory.
+        self.replacements, self.counterparts = [], []
         self.base.renew(self._configuration())
         self.base.readReposLater()
 
@@ -2099,7 +2103,7 @@ class YumIO:
         except (ValueError, hawkey.Exception):  # older than priorities
             query = query.upgrades()
         query.filterm(arch__neq=['src', 'nosrc'])
-        return self._withoutExcluded(query.latest().run())
+        return self._replacing(self._withoutExcluded(query.latest().run()))
 
     def _withoutExcluded(self, updates):
         """The package manager does not update an installed version that the configuration excludes."""
@@ -2117,6 +2121,66 @@ class YumIO:
         """What is installed although the configuration excludes it."""
         everything = self.base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
         return everything.difference(self.base.sack.query().installed())
+
+    def _replacing(self, updates):
+        """The updates that an upgrade of their names would choose. The query also gives a package for each architecture
+        as the update of one without an architecture, but only one of them takes its place.
+        """
+        self.counterparts = []
+        candidates = {}
+        for package in updates:
+            candidates.setdefault(package.name, []).append(package)
+        if not candidates:
+            return updates
+        installed = {}
+        for package in self.base.sack.query().installed().filterm(name=list(candidates)):
+            installed.setdefault(package.name, []).append(package)
+        chosen = []
+        for name, news in candidates.items():
+            olds = installed.get(name, [])
+            archs = set(package.arch for package in news + olds)
+            # Only where a package gets, or loses, an architecture there is a choice.
+            if 'noarch' in archs and len(archs) > 1:
+                pairs = self._pairs(news, olds)
+                news = [new for new in news if any(new is each for each, old in pairs)]
+                self.counterparts += [(new, old) for new, old in pairs
+                                      if self.getBiArch(new.arch) != self.getBiArch(old.arch)]
+            chosen += news
+        return chosen
+
+    def _pairs(self, news, olds):
+        """Which of the new packages takes the place of which installed one of the same name, as the resolver decides:
+        by the class of architectures first, by the version then.
+        """
+        pairs = []
+        for old in olds:
+            new = self._newest([new for new in news if new.evr_cmp(old) > 0 and
+                                (new.arch == old.arch or 'noarch' in (new.arch, old.arch))])
+            if new is not None:
+                pairs.append((new, old))
+        if len(set(new.arch == 'noarch' for new, old in pairs)) > 1:
+            # A package without an architecture and one with cannot be installed side by side.
+            others = [(self._newest([new for new in news if new.arch == old.arch and new.evr_cmp(best) == 0]), old)
+                      for best, old in pairs]
+            if all(new is not None for new, old in others):
+                return others
+            pairs = [(new, old) for new, old in pairs if new.arch == 'noarch']
+        if any(new.arch == 'noarch' for new, old in pairs):
+            # It takes the place of all.
+            return [(pairs[0][0], old) for old in olds]
+        return pairs
+
+    def _newest(self, packages):
+        classes = set(self.getBiArch(package.arch) for package in packages if package.arch != 'noarch')
+        native = self.base.conf.basearch
+        best = None
+        for package in packages:
+            if package.arch != 'noarch' and native in classes and self.getBiArch(package.arch) != native:
+                continue
+            # Of equal ones the resolver takes the first.
+            if best is None or package.evr_cmp(best) > 0:
+                best = package
+        return best
 
     @withReason
     def collectAll(self):

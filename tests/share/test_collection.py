@@ -10,9 +10,13 @@ import subprocess
 import tempfile
 import time
 
+import scenario
+from comparison import listing_of_dnf
 from scenario import ScenarioTest, in_own_process
 
 from vyresandbox import catalogue, needs_groups
+from vyresandbox.build import build_packages
+from vyresandbox.package import Package
 
 REPODATA = "/sandbox-http/repodata/"
 
@@ -524,3 +528,142 @@ class ReplacementTest(ScenarioTest):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.assertEqual(self.changes(self.apply, removes=["almanac"])[0], set())
+
+
+class ArchitectureTest(ScenarioTest):
+    """Updates that get, lose or keep an architecture, on a system with two."""
+
+    REPOSITORY = "extra-crossings"
+
+    # Name: what is installed, what is available.
+    CASES = {
+        "none-to-both": ("1.noarch", "2.x86_64 2.i686"),
+        "none-to-native": ("1.noarch", "2.x86_64"),
+        "none-to-foreign": ("1.noarch", "2.i686"),
+        "none-to-newer-foreign": ("1.noarch", "2.x86_64 3.i686"),
+        "none-stays": ("1.noarch", "2.noarch"),
+        "none-beside-both": ("1.noarch", "2.noarch 2.x86_64 2.i686"),
+        "none-beside-native": ("1.noarch", "2.noarch 2.x86_64"),
+        "none-beside-foreign": ("1.noarch", "2.noarch 2.i686"),
+        "none-beside-newer-native": ("1.noarch", "2.noarch 3.x86_64"),
+        "none-beside-newer-foreign": ("1.noarch", "2.noarch 3.i686"),
+        "none-beside-older-both": ("1.noarch", "3.noarch 2.x86_64 3.i686"),
+        "native-to-none": ("1.x86_64", "2.noarch"),
+        "native-to-either": ("1.x86_64", "2.noarch 2.x86_64"),
+        "native-to-newer-none": ("1.x86_64", "3.noarch 2.x86_64"),
+        "native-stays": ("1.x86_64", "2.noarch 3.x86_64"),
+        "native-to-none-or-foreign": ("1.x86_64", "2.noarch 2.i686"),
+        "native-to-foreign": ("1.x86_64", "2.i686"),
+        "foreign-to-none": ("1.i686", "2.noarch"),
+        "foreign-to-either": ("1.i686", "2.noarch 2.i686"),
+        "foreign-to-newer-none": ("1.i686", "3.noarch 2.i686"),
+        "foreign-stays": ("1.i686", "2.noarch 3.i686"),
+        "foreign-to-native": ("1.i686", "2.x86_64"),
+        "both-to-none": ("1.x86_64 1.i686", "2.noarch"),
+        "both-to-all": ("1.x86_64 1.i686", "2.noarch 2.x86_64 2.i686"),
+        "both-to-none-or-native": ("1.x86_64 1.i686", "2.noarch 2.x86_64"),
+        "both-to-none-or-foreign": ("1.x86_64 1.i686", "2.noarch 2.i686"),
+        "both-to-none-or-newer-native": ("1.x86_64 1.i686", "2.noarch 3.x86_64"),
+        "both-to-none-or-newer-foreign": ("1.x86_64 1.i686", "2.noarch 3.i686"),
+        "both-to-newer-none": ("1.x86_64 1.i686", "3.noarch 2.x86_64 2.i686"),
+        "both-of-two-versions": ("2.x86_64 1.i686", "3.noarch"),
+        "foreign-is-newer": ("1.x86_64 2.i686", "2.noarch"),
+        "none-and-foreign-to-both": ("1.noarch 1.i686", "2.x86_64 2.i686"),
+        "none-and-foreign-to-foreign": ("1.noarch 1.i686", "2.i686"),
+        "none-and-foreign-to-none": ("1.noarch 1.i686", "2.noarch"),
+    }
+
+    @classmethod
+    def setUpClass(cls):
+        cls.built = tempfile.mkdtemp(dir=scenario.workspace)
+        build_packages([
+            Package(name, version, "Changes its architecture", arch=arch,
+                    files={"/usr/share/%s-%s/version" % (name, arch): version + "\n"})
+            for name, states in cls.CASES.items()
+            for version, arch in sorted(set(tuple(each.split(".")) for each in " ".join(states).split()))],
+            catalogue.CHANGELOGS, cls.built)
+
+    @classmethod
+    def tearDownClass(cls):
+        shutil.rmtree(cls.built)
+
+    def files(self, which):
+        return [os.path.join(self.built, "%s-%s-1.%s.rpm" % ((name,) + tuple(each.split("."))))
+                for name, states in self.CASES.items() for each in states[which].split()]
+
+    def enter(self):
+        super(ArchitectureTest, self).enter()
+        self.sandbox.rpm("-i", "--nodeps", "--ignorearch", *self.files(0))
+        os.makedirs(self.sandbox.repository(self.REPOSITORY))
+        for path in self.files(1):
+            shutil.copy(path, self.sandbox.repository(self.REPOSITORY))
+        self.index(self.REPOSITORY)
+        self.sandbox.use(self.REPOSITORY)
+
+    def command(self, *options):
+        """What "dnf upgrade" says and does with all these packages."""
+        root = self.sandbox.root
+        return subprocess.run(
+            ["dnf", "--installroot", root, "--config", root + "/etc/yum.conf", "--releasever=9", "--disablerepo=*",
+             "--enablerepo=" + self.REPOSITORY, "--setopt=reposdir=%s/etc/yum.repos.d" % root,
+             "--setopt=cachedir=" + tempfile.mkdtemp(dir=self.directory)] + list(options) +
+            ["upgrade"] + sorted(self.CASES),
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+            env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8"), universal_newlines=True).stdout
+
+    def ours(self, packages):
+        return [package for package in packages if package.name in self.CASES]
+
+    def chain(self, new):
+        """The installed packages that the record of an update carries."""
+        biArch = self.yumio.getBiArch
+        key = (new.name, biArch(new.arch))
+        moved = {(old.name, biArch(old.arch)): (each.name, biArch(each.arch))
+                 for each, old in self.yumio.counterparts}
+        keys = set((each.name, biArch(each.arch)) for each in self.updates)
+        return [old for old in self.installed for place in [(old.name, biArch(old.arch))]
+                if place == key or (place not in keys and moved.get(place) == key)]
+
+    @in_own_process
+    def test_updates_are_those_that_dnf_would_choose(self):
+        for policy in ("best", "all"):
+            expected = listing_of_dnf(self.command("--assumeno", "--setopt=multilib_policy=" + policy))["Upgrading"]
+            self.configure("multilib_policy=" + policy)
+            if policy == "best":
+                self.started()
+            else:
+                self.again()
+            self.assertEqual({"%s.%s %s %s" % (package.name, package.arch, package.evr, package.repoid)
+                              for package in self.ours(self.updates)}, expected)
+
+    @in_own_process
+    def test_each_update_has_the_installed_packages_whose_place_it_takes(self):
+        other = os.path.join(self.directory, "other")
+        subprocess.run(["cp", "-a", self.sandbox.root, other], check=True)
+        self.started()
+        updates = self.ours(self.updates)
+        chains = {new: self.chain(new) for new in updates}
+        self.assertEqual([new for new, olds in chains.items() if not olds], [])
+        before = self.sandbox.installed()
+        self.recording.answers = [1]
+        self.yumio.apply([], [[new, old] for new, olds in chains.items() for old in olds], [], [], [], [])
+        self.assert_no_faults()
+        after = self.sandbox.installed()
+        self.assertEqual({str(new) for new in updates}, after - before)
+        self.assertEqual({str(old) for olds in chains.values() for old in olds}, before - after)
+        shutil.rmtree(self.sandbox.root)
+        os.rename(other, self.sandbox.root)
+        output = self.command("-y")
+        self.assertEqual(self.sandbox.installed(), after, output)
+
+    @in_own_process
+    def test_what_takes_the_place_of_nothing_is_available(self):
+        self.started()
+        biArch = self.yumio.getBiArch
+        taken = {(package.name, biArch(package.arch)) for package in self.updates + self.installed}
+        self.assertEqual(
+            {str(package) for package in self.ours(self.available)
+             if (package.name, biArch(package.arch)) not in taken},
+            {"none-to-both-2-1.i686", "none-to-newer-foreign-3-1.i686", "none-beside-both-2-1.i686",
+             "none-beside-older-both-3-1.i686", "native-to-none-or-foreign-2-1.i686", "native-to-foreign-2-1.i686",
+             "foreign-to-native-2-1.x86_64", "foreign-to-either-2-1.noarch", "foreign-stays-2-1.noarch"})

@@ -421,6 +421,47 @@ private Q_SLOTS:
         QVERIFY(entry->next->next == nullptr);
     }
 
+    void updateOfAnotherClassCarriesTheInstalledVersions()
+    {
+        backEnd->run(
+            "loses, gets = Package('loses', '2.0', arch='noarch'), Package('gets', '2.0', arch='i686')\n"
+            "it.updates = [loses, gets, Package('plain', '2.0')]\n"
+            "it.installed = [Package('loses', arch='i686'), Package('loses', '0.9'), Package('plain'),\n"
+            "                Package('gets', arch='noarch')]\n"
+            "it.available = [Package('loses', '1.5', arch='i686'), Package('gets', '1.5', arch='noarch')]\n"
+            "it.counterparts = [(loses, it.installed[0]), (loses, it.installed[1]), (gets, "
+            "it.installed[3])]");
+        const int references = backEnd->text("sys.getrefcount(it.installed[0])").toInt();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(names(yumIO().entries), QStringList({"gets.i386", "loses.x86_64", "plain.x86_64"}));
+        const auto versions = [](const Package::Entry* entry) {
+            QStringList lines;
+            for (; entry != nullptr; entry = entry->next) {
+                lines.append(QString::number(entry->state) + " " + entry->verRel + " " + entry->arch);
+            }
+            return lines;
+        };
+        QCOMPARE(versions(backEnd->entry("loses")),
+                 QStringList({"0 2.0-1 noarch", "2 1.0-1 i686", "2 0.9-1 x86_64"}));
+        QCOMPARE(versions(backEnd->entry("gets", "i386")), QStringList({"0 2.0-1 i686", "2 1.0-1 noarch"}));
+        // The listing of a transaction finds the installed ones.
+        QVERIFY(yumIO().findPackage("gets", "noarch") == backEnd->entry("gets", "i386"));
+        QVERIFY(yumIO().findPackage("loses", "i686") == backEnd->entry("loses"));
+
+        backEnd->entry("loses")->action = Package::Update;
+        backEnd->entry("gets", "i386")->action = Package::Update;
+        yumIO().apply();
+        QCOMPARE(backEnd->text("sorted('%s-%s.%s<%s.%s' % (a.name, a.version, a.arch, b.version, b.arch)\n"
+                               "       for a, b in it.did('apply')[0][1])"),
+                 QString("['gets-2.0.i686<1.0.noarch', 'loses-2.0.noarch<0.9.x86_64', "
+                         "'loses-2.0.noarch<1.0.i686']"));
+        // Each record goes once.
+        yumIO().clearEntries();
+        QCOMPARE(yumIO().count(), 0);
+        backEnd->run("it.calls.clear()");
+        QCOMPARE(backEnd->text("sys.getrefcount(it.installed[0])").toInt(), references);
+    }
+
     void installedVersionsAreChained()
     {
         backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2', '6.3')]");

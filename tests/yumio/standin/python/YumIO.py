@@ -101,6 +101,7 @@ class YumIO:
         self.raises = {}
         self.does = {}
         self.updates = []
+        self.counterparts = []
         self.installed = []
         self.available = []
         self.groups = []
