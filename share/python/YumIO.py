@@ -94,8 +94,9 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     )),
     (tr('Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, '
         'because it lacks {}.'), (
-        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_get_installonly_query', '_repo_persistor',
-                    '_repos')),
+        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_comps', '_get_installonly_query',
+                    '_repo_persistor', '_repos')),
+        (dnf.callback.KeyImport, ('_confirm',)),
         (dnf.conf.read.RepoReader, ('_get_repos',)),
         (dnf.lock.ProcessLock, ('_lock_thread', '_try_lock', '_unlock_thread')),
         (dnf.package.Package, ('_from_system',)),
@@ -136,8 +137,8 @@ def requirePrivateNames(*objects):
 
 
 # Those of them that an object has, and not its class.
-NAMES_OF_OBJECTS = ('_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set',
-                    '_trans_success', '_trans_tempfiles')
+NAMES_OF_OBJECTS = ('_comps', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos',
+                    '_trans_install_set', '_trans_success', '_trans_tempfiles')
 
 
 # Paths of the managed system --------------------------------------------------------------------------------
@@ -1338,6 +1339,8 @@ class Base(dnf.Base):
         """Give up what is open, and write down what the next run has to know, as the package manager's command does at
         its end.
         """
+        # Closing looks at the repositories: it must not read them, and load the plug-ins for that.
+        self._reposUnread = False
         try:
             self.close()
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError, ValueError) as e:
@@ -2064,6 +2067,9 @@ class YumIO:
 
     def setupRepos(self):
         """Read the metadata of all enabled repositories, from the cache where it is fresh, and the rpm database."""
+        # Each of these packages would keep all others of the last collection in memory.
+        self.replacements = []
+        del self.leftOut[:]
         useDatabaseOfRoot()
         forgetInterrupt()
         try:

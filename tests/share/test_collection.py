@@ -2,6 +2,7 @@
 
 import contextlib
 import datetime
+import gc
 import os
 import re
 import shutil
@@ -522,6 +523,20 @@ class ReplacementTest(ScenarioTest):
             if line != "obsoletes=0":
                 self.assertEqual(self.upgraded(), [], line)
             self.assertEqual(self.replacements(), [], line)
+
+    @in_own_process
+    def test_packages_of_the_last_collection_are_gone_when_the_next_one_begins(self):
+        self.started()
+        self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
+        self.apply(updates=["tidewatch", "abacus-cli"], answers=(1, 1))
+        self.assertEqual([package.name for package in self.yumio.leftOut], ["tidewatch"])
+        # As the program does it.
+        self.updates = self.installed = self.available = None
+        self.recording.clear()
+        self.yumio.setupRepos()
+        gc.collect()
+        self.assertEqual([found for found in gc.get_objects() if isinstance(found, self.dnf.sack.Sack)],
+                         [self.yumio.base.sack])
 
     @in_own_process
     def test_asking_leaves_no_marks_behind(self):

@@ -86,12 +86,16 @@ class HistoryTest(OutcomeTest):
     @needs_groups
     @in_own_process
     def test_groups_alone_are_in_the_history(self):
+        twin = self.twin()
+        for arguments in (("install", "pebble-go", "hedgerow", "orrery"), ("group", "install", "games")):
+            self.assertEqual(self.command(twin, *arguments), 0)
+        expected = self.transactions(twin.root)[-1]
         self.started()
-        self.apply(group_installs=["games"])
+        self.apply(installs=["pebble-go", "hedgerow", "orrery"])
         self.again()
-        for package in [package for package in self.installed if package.name in ("orrery", "pebble-go")]:
-            self.assertTrue(package)
-        self.assertEqual(self.transactions()[-1][0], "vyre: group install games")
+        self.assertEqual(self.changes(self.apply, group_installs=["games"]), (set(), set()))
+        line, *rest = self.transactions()[-1]
+        self.assertEqual((line, rest), ("vyre: group install games", list(expected[1:])))
 
     @in_own_process
     def test_a_comment_and_no_record_at_all(self):

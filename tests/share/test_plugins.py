@@ -129,6 +129,17 @@ class HooksTest(PlugInsTest):
         self.sightings()
         self.collect()
         self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
+        # The end of a run, or a new one, loads none for what it ends.
+        for action, expected in ((self.again, ["init", "pre_config", "config", "sack"]), (self.yumio.unlock, [])):
+            self.put("probe", PROBE)
+            self.put("other", raising("transaction", "os.rename(%r, %r)" % (
+                os.path.join(self.plugins, "probe.py"), os.path.join(self.plugins, "moved.py"))))
+            self.again()
+            self.apply(**{"removes" if "astrolabe" in [each.name for each in self.installed] else "installs":
+                          ["astrolabe"]})
+            self.sightings()
+            action()
+            self.assertEqual([line.split()[0] for line in self.sightings()], expected)
 
     @in_own_process
     def test_disabled_ones_are_not_used(self):

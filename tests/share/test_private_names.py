@@ -62,6 +62,27 @@ class MissingNamesTest(ScenarioTest):
             {name: text.format(dnf.const.VERSION, place.__name__ + "." + name) for place, name, text in names})
 
     @in_own_process
+    def test_what_our_classes_replace_is_looked_for(self):
+        self.load()
+        listed = {name for place, name, text in self.script["PRIVATE_NAMES"]} | set(self.script["NEW_NAMES"])
+        replaced = set()
+        for name, found in self.script.items():
+            if not isinstance(found, type) or found.__module__ != "__main__":
+                continue
+            own = set(vars(found))
+            if issubclass(found, self.dnf.Base):
+                with open(SCRIPT) as stream:
+                    own |= {target.attr for node in ast.walk(ast.parse(stream.read())) if isinstance(node, ast.Assign)
+                            for target in node.targets if isinstance(target, ast.Attribute)}
+            # What the package manager's class, or an object of it, has as well.
+            others = {each for place in found.__mro__ if place.__module__.startswith("dnf.") for each in vars(place)}
+            if issubclass(found, self.dnf.Base):
+                others |= set(vars(self.dnf.Base()))
+            replaced |= {each for each in own & others if each.startswith("_") and not each.startswith("__")}
+        self.assertGreater(len(replaced), 10)
+        self.assertEqual(replaced - listed, set())
+
+    @in_own_process
     def test_names_of_what_checks_signatures_may_be_missing(self):
         import dnf.rpm.miscutils as miscutils
 
