@@ -31,7 +31,18 @@ class RefusalTest(JourneyTest):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
     def test_packages_that_conflict_with_each_other(self):
-        self.check_unresolvable(['tern-mta', 'gull-mta'], 'install', 'conflicts with')
+        """It is the user who decides whether one of them is left out."""
+        with self.opened() as window:
+            for name in ('tern-mta', 'gull-mta'):
+                window.mark_listed(name)
+            window.click_button('Apply Actions')
+            question = self.read_dialog(window.program, 'Query', 'Go on without these packages?', 'conflicts with')
+            question.click_button('No')
+            window.program.no_window('Query')
+            window.wait_ready()
+            self.check_unchanged()
+            window.wait_action('install', 'gull-mta')
+            self.check_usable(window)
 
     def test_package_that_conflicts_with_an_installed_one(self):
         self.check_unresolvable(['sandstone'], 'install', 'conflicts with libgranite')
