@@ -320,7 +320,7 @@ class ExtrasTest(SandboxTest):
             os.unlink(os.path.join(directory, file))
         sandbox.use(name)
         with open(os.path.join(sandbox.root, "etc/yum.conf"), "a") as stream:
-            stream.write("module_platform_id=%s\n" % extras.PLATFORM)
+            stream.write("module_platform_id=%s\ndeltarpm=1\n" % extras.PLATFORM)
         return self.base(sandbox, groups)
 
     def available(self, base):

@@ -282,11 +282,16 @@ def make_repositories(sandbox, work):
         _index(sandbox.repository(name), _OPTIONS.get(name, ()), work)
     _add(sandbox.repository("extra-modules"), "modules", "modules.yaml", modules(), work)
     _add(sandbox.repository("extra-advisories"), "updateinfo", "updateinfo.xml", _ADVISORY, work)
-    _pack_with_zstd(os.path.join(sandbox.repository("extra-zstd"), "repodata"))
+    if not _CREATEREPO_PACKS_WITH_ZSTD:
+        _pack_with_zstd(os.path.join(sandbox.repository("extra-zstd"), "repodata"))
 
+
+# That of some distributions cannot. One that can unpacks what is given to modifyrepo_c.
+_CREATEREPO_PACKS_WITH_ZSTD = "zstd" in run([CREATEREPO[0], "--help"])
 
 _OPTIONS = {
     "extra-zchunk": ("--zck",),
+    "extra-zstd": ("--general-compress-type", "zstd") if _CREATEREPO_PACKS_WITH_ZSTD else (),
     "extra-deltas": ("--deltas",),
     "extra-environments": ("--groupfile", "environments.xml"),
 }
@@ -310,7 +315,6 @@ def _add(directory, kind, name, content, work):
 
 
 def _pack_with_zstd(directory):
-    """The createrepo_c of some distributions cannot do so by itself."""
     for kind in ("primary", "filelists", "other"):
         path, = glob.glob(os.path.join(directory, "*-%s.xml.gz" % kind))
         plain = os.path.join(directory, kind + ".xml")
