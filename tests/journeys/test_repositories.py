@@ -107,15 +107,15 @@ class OwnFileTest(EditingTest):
         os.makedirs(os.path.dirname(own), exist_ok=True)
         os.rename(os.path.join(root, 'etc/yum.conf'), own)
         with open(own, 'a') as stream:
-            stream.write('gpgcheck=1\nexclude=abacus-cli\n')
+            stream.write('gpgcheck=1\nexclude=pergola\n')
         repository = self.read_repo('sandbox-http.repo')
         self.assertIn('gpgcheck=0\n', repository)
         self.write_repo('sandbox-http.repo', repository.replace('gpgcheck=0\n', ''))
         with open(own) as stream:
             text = stream.read()
         with self.opened() as window:
-            # No message stands in the way, and what the file excludes is not there.
-            self.check_listed(window, ['hedgerow', 'pergola'])
+            # No message stands in the way, and the package that the file excludes is not available.
+            self.check_listed(window, ['abacus-cli', 'hedgerow'])
             editor = self.edit(window)
             self.assertEqual(editor.identifiers(), IDENTIFIERS)
             editor.toggle('sandbox-disabled', PERMANENT)
