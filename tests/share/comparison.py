@@ -114,9 +114,10 @@ class World(object):
         with open(locks, "w") as stream:
             stream.write("abacus-cli-0:3.2.1-1.*\n")
         for name in os.listdir(PLUGINS):
-            if name.endswith(".py"):
-                with open(os.path.join(directory, name[:-3].replace("_", "-") + ".conf"), "w") as stream:
-                    stream.write("[main]\nenabled=%d\nlocklist=%s\n" % (name == "versionlock.py", locks))
+            # Some are called as their file, others with "-" in place of "_".
+            for name in {name[:-3], name[:-3].replace("_", "-")} if name.endswith(".py") else ():
+                with open(os.path.join(directory, name + ".conf"), "w") as stream:
+                    stream.write("[main]\nenabled=%d\nlocklist=%s\n" % (name == "versionlock", locks))
         return directory
 
     def environment(self):
@@ -310,6 +311,7 @@ class _Driver(scenario.ScenarioTest):
         self.yumio.lock()
         yumio = self.yumio
         yumio.setupRepos()
+        self.assert_host_is_left_alone()
         self.updates = list(yumio.collectUpdates())
         everything = yumio.collectAll()
         self.installed, self.available = list(everything.installed), list(everything.available)
@@ -470,6 +472,9 @@ class ComparisonTest(unittest.TestCase):
             if expect.startswith("refused"):
                 self.assertFalse(done, details)
                 self.assertRegex(" ".join(text.split()), expect.partition(" ")[2], details)
+            else:
+                # Neither has failed; in VYRE there may be no row that could be marked.
+                self.assertTrue(done or re.match("not in the table: |There is nothing to do", text), details)
             return
         expected = expect.split()
         if expected[:1] == ["failed"]:

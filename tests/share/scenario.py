@@ -190,6 +190,27 @@ class ScenarioTest(unittest.TestCase):
         os.environ["VYREROOT"] = self.sandbox.root
         self.configure("retries=1", "timeout=5")
         self.server = RemoteServer(self.sandbox)
+        self.leave_plug_ins_out()
+
+    @staticmethod
+    def leave_plug_ins_out():
+        """Also where no configuration file says so: those of this system write below its own /var."""
+        import dnf.conf
+
+        initialize = dnf.conf.MainConf.__init__
+
+        def without(conf, *arguments, **named):
+            initialize(conf, *arguments, **named)
+            conf._set_value("plugins", False, dnf.conf.PRIO_DEFAULT)
+
+        dnf.conf.MainConf.__init__ = without
+
+    def assert_host_is_left_alone(self):
+        """None of the plug-ins that are loaded writes outside the managed system."""
+        for plugIn in self.yumio.base._plugins.plugins:
+            self.assertNotEqual(plugIn.name, "generate_completion_cache")
+            if plugIn.name == "local" and plugIn.main["enabled"]:
+                self.assertTrue(plugIn.main["repodir"].startswith(self.directory), plugIn.main)
 
     def leave(self):
         self.server.end()
@@ -249,6 +270,7 @@ class ScenarioTest(unittest.TestCase):
         """All that the program does to collect the packages."""
         yumio = self.yumio
         yumio.setupRepos()
+        self.assert_host_is_left_alone()
         self.updates = list(yumio.collectUpdates())
         everything = yumio.collectAll()
         self.installed = list(everything.installed)

@@ -270,8 +270,8 @@ class ConfigurationTest(ScenarioTest):
 
     def dnf_itself(self, *arguments):
         """What dnf's command line says of the same system, to its end status and its output."""
-        done = subprocess.run(["dnf", "--installroot", self.sandbox.root, "--disablerepo=*unreachable", "-y"] +
-                              list(arguments), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+        done = subprocess.run(["dnf", "--noplugins", "--installroot", self.sandbox.root, "--disablerepo=*unreachable",
+                               "-y"] + list(arguments), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8"), universal_newlines=True)
         return done.returncode, done.stdout
 

@@ -312,7 +312,7 @@ class RealPlugInsTest(ScenarioTest):
         with open(os.path.join(settings, "local.conf"), "w") as stream:
             stream.write("[main]\nenabled=1\nrepodir=%s\n[createrepo]\nenabled=0\n" %
                          os.path.join(self.directory, "kept"))
-        self.configure("plugins=1", "pluginconfpath=" + settings)
+        self.use(settings)
         self.load()
         self.yumio.lock()
         self.collect()
@@ -324,6 +324,12 @@ class RealPlugInsTest(ScenarioTest):
         self.assertEqual([text for text in self.recording.errors() if "plug" in text.lower()], [])
         self.assertEqual(os.listdir(os.path.join(self.directory, "kept")), ["astrolabe-5.6-1.x86_64.rpm"])
 
+    def use(self, settings):
+        # It writes what is available into a file of this system, also with a managed root.
+        with open(os.path.join(settings, "generate_completion_cache.conf"), "w") as stream:
+            stream.write("[main]\nenabled=0\n")
+        self.configure("plugins=1", "pluginconfpath=" + settings)
+
     def lock(self, *specifications):
         settings = os.path.join(self.directory, "settings")
         locks = os.path.join(self.directory, "locks")
@@ -332,7 +338,7 @@ class RealPlugInsTest(ScenarioTest):
             stream.write("[main]\nenabled=1\nlocklist=%s\n" % locks)
         with open(locks, "w") as stream:
             stream.write("".join(line + "\n" for line in specifications))
-        self.configure("plugins=1", "pluginconfpath=" + settings)
+        self.use(settings)
 
     def upgradable(self):
         """What the package manager's own command lists."""
