@@ -2378,8 +2378,8 @@ Es sind nur noch {} kB frei für {}</translation>
 %1</translation>
     </message>
     <message>
-        <source>dnf with its file %s makes checks that %s switches off. They are made: %s</source>
-        <translation>dnf nimmt mit seiner Datei %s Prüfungen vor, die %s abschaltet. Sie werden vorgenommen: %s</translation>
+        <source>dnf with its file %s makes checks that %s does not demand. They are made: %s</source>
+        <translation>dnf nimmt mit seiner Datei %s Prüfungen vor, die %s nicht verlangt. Sie werden vorgenommen: %s</translation>
     </message>
     <message>
         <source>No log files can be written in %s: %s</source>

@@ -1914,6 +1914,8 @@ class YumIO:
                                               'Signatures of packages are checked, unless a repository says '
                                               'otherwise.'))
         conf._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
+        if path is not None:
+            YumIO._keepChecks(conf, path)
         return os.devnull
 
     @staticmethod
@@ -1921,7 +1923,8 @@ class YumIO:
         logging.getLogger('dnf').error(tr('Unable to use the configuration file %s: %s'), path, fault)
 
     # What keeps a package or metadata from being used.
-    CHECKS = ('gpgcheck', 'repo_gpgcheck', 'localpkg_gpgcheck', 'sslverify')
+    CHECKS = ('gpgcheck', 'repo_gpgcheck', 'localpkg_gpgcheck', 'gpgkey_dns_verification', 'sslverify',
+              'sslverifystatus', 'proxy_sslverify')
 
     @staticmethod
     def _keepChecks(conf, path):
@@ -1943,11 +1946,12 @@ class YumIO:
         if fault:
             YumIO._reportUnused(own, fault)
             demanded._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
-        added = [check for check in YumIO.CHECKS if getattr(demanded, check) and not getattr(conf, check)]
+        added = [check for check in YumIO.CHECKS
+                 if conf._has_option(check) and getattr(demanded, check) and not getattr(conf, check)]
         for check in added:
             conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
         if added:
-            logging.getLogger('dnf').warning(tr('dnf with its file %s makes checks that %s switches off. They are '
+            logging.getLogger('dnf').warning(tr('dnf with its file %s makes checks that %s does not demand. They are '
                                                 'made: %s'), own, path, ', '.join(added))
 
     def _setupLogFiles(self):

@@ -320,12 +320,33 @@ class ConfigurationTest(ScenarioTest):
             self.assertIn(CHECKED, checked)
 
     @in_own_process
+    def test_a_main_file_that_cannot_be_used_switches_no_check_of_dnf_off(self):
+        own = self.write("/etc/dnf/dnf.conf", "[main]\nrepo_gpgcheck=1\n")
+        main = self.write("/etc/yum.conf", "[main\n")
+        yumio = self.load()
+        self.assertTrue(yumio.base.conf.gpgcheck)
+        self.assertTrue(yumio.base.conf.repo_gpgcheck)
+        self.assertTrue(yumio.base.repos["sandbox-file"].repo_gpgcheck)
+        self.assertEqual(self.recording.errors()[-1], "dnf with its file %s makes checks that %s does not demand. "
+                         "They are made: repo_gpgcheck" % (own, main))
+
+    @in_own_process
+    def test_servers_and_keys_are_checked_as_dnf_does(self):
+        self.write("/etc/dnf/dnf.conf", "[main]\nsslverifystatus=1\ngpgkey_dns_verification=1\n")
+        self.write("/etc/yum.conf", "[main]\nproxy_sslverify=0\n")
+        conf = self.load().base.conf
+        self.assertTrue(conf.proxy_sslverify)
+        self.assertTrue(conf.sslverifystatus)
+        self.assertTrue(conf.gpgkey_dns_verification)
+        self.assertTrue(self.yumio.base.repos["sandbox-http"].proxy_sslverify)
+
+    @in_own_process
     def test_another_main_file_switches_no_check_of_dnf_off(self):
         own = self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nrepo_gpgcheck=yes\nlocalpkg_gpgcheck=1\n"
                          "exclude=astrolabe\n")
         main = self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nsslverify=0\n")
         yumio = self.load()
-        said = "dnf with its file %s makes checks that %s switches off. They are made: " % (own, main)
+        said = "dnf with its file %s makes checks that %s does not demand. They are made: " % (own, main)
 
         def checks():
             conf = yumio.base.conf
