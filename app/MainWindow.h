@@ -133,7 +133,6 @@ private:
     void warnUnlistedActions();
     void setReady(bool ready);
     void collect();
-    // keepMarks: what is marked stays so, as far as the new records permit it.
     // Which marks are put back where they are still possible.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
