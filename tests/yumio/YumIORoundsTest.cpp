@@ -70,7 +70,7 @@ private:
         return file.open(mode) && file.write(content) == content.size();
     }
 
-    // Of each of the two kinds one: their modules come anew after each reset.
+    // Of each of the two kinds one: their modules come again after each reset.
     bool addPlugIns()
     {
         const QString directory = sandbox.filePath("plugins");

@@ -20,6 +20,7 @@ DIRECTORY = os.path.dirname(os.path.abspath(__file__))
 sys.path.insert(0, DIRECTORY)
 
 import dnf
+import dnf.const
 import dnf.exceptions
 import hawkey
 import libdnf.transaction
@@ -369,6 +370,8 @@ class ExtrasTest(SandboxTest):
         base = self.extra("extra-deltas")
         new, = base.sack.query().available().filterm(name="delta-tides", version="1.1")
         delta = new.get_delta_from_evr("1.0-1")
+        if delta is None and [int(part) for part in dnf.const.VERSION.split(".")] >= [4, 24]:
+            self.skipTest("dnf %s finds no deltas in the metadata" % dnf.const.VERSION)
         self.assertLess(delta.downloadsize, new.downloadsize / 2)
         self.assertTrue(os.path.isfile(os.path.join(original.repository("extra-deltas"), delta.location)))
 
