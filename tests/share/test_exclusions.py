@@ -4,6 +4,7 @@ import subprocess
 
 from recordingmodule import OBSOLETED
 from scenario import ScenarioTest, in_own_process
+from vyresandbox import needs_groups
 
 
 def names(packages):
@@ -78,6 +79,7 @@ class ExcludedTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, removes=["trellis-editor"]),
                          (set(), {"trellis-editor-1.2-1.x86_64"}))
 
+    @needs_groups
     @in_own_process
     def test_an_excluded_member_stays_when_its_group_goes(self):
         self.started_without("exclude=easel")

@@ -6,6 +6,7 @@ import tempfile
 
 from recordingmodule import CLEAN, DEPENDENCY, INSTALL, REMOVE, USER
 from scenario import ScenarioTest, in_own_process
+from vyresandbox import needs_groups
 
 NOTHING = (set(), set())
 BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noarch"
@@ -146,6 +147,7 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn(old, content)
         self.index("sandbox-http", "--groupfile", self.write("/tmp/comps.xml", content.replace(old, new)))
 
+    @needs_groups
     @in_own_process
     def test_the_update_of_a_group_says_what_it_leaves_out(self):
         self.broken_member()
@@ -161,6 +163,7 @@ class GroupQuestionTest(QuestionTest):
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "Nothing of this can be applied:\ntidewatch-2.0.*\n"):
             self.apply(group_updates=["weaving"])
 
+    @needs_groups
     @in_own_process
     def test_no_leaves_the_group_as_it_is(self):
         self.broken_member()
@@ -168,6 +171,7 @@ class GroupQuestionTest(QuestionTest):
         self.assertEqual(self.changes(self.apply, group_updates=["weaving"], answers=[0]), NOTHING)
         self.assertEqual(self.recording.order(), ["gpgsigcheck", "userconfirm"])
 
+    @needs_groups
     @in_own_process
     def test_with_the_best_candidates_only_it_is_the_same(self):
         self.configure("best=1")
@@ -178,6 +182,7 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn(BARRIER, self.recording.printed())
         self.assertTrue(self.yumio.base.conf.best)
 
+    @needs_groups
     @in_own_process
     def test_the_installation_of_a_group_says_what_it_leaves_out(self):
         self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',
@@ -190,6 +195,7 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn("moonbridge-1.0-1.noarch\n    ", self.recording.printed())
         self.assertIn("gravity >= 6", self.recording.printed())
 
+    @needs_groups
     @in_own_process
     def test_a_group_and_a_package_can_both_have_to_be_left_out(self):
         self.broken_member()
@@ -201,6 +207,7 @@ class GroupQuestionTest(QuestionTest):
             self.assertIn(line, text)
         self.assertEqual(self.left_out(), ["Weaving", "moonbridge-1.0-1.noarch"])
 
+    @needs_groups
     @in_own_process
     def test_a_member_that_is_marked_for_removal_is_not_lacking(self):
         self.started()
