@@ -130,6 +130,7 @@ class JourneyTest(unittest.TestCase):
 
     def wait_waiting(self, window, lock):
         """Until the program waits for a lock."""
+        window.wait_settled()  # before, it would not get the key that opens the log
         wait_for(lambda: lock.activity in self.read_log(window), 'the program to wait')
 
     def cache_lock(self, kind):
