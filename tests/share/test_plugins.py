@@ -330,14 +330,14 @@ class RealPlugInsTest(ScenarioTest):
             stream.write("[main]\nenabled=0\n")
         self.configure("plugins=1", "pluginconfpath=" + settings)
 
-    def lock(self, *specifications):
+    def lock(self, *names):
         settings = os.path.join(self.directory, "settings")
         locks = os.path.join(self.directory, "locks")
         os.makedirs(settings, exist_ok=True)
         with open(os.path.join(settings, "versionlock.conf"), "w") as stream:
             stream.write("[main]\nenabled=1\nlocklist=%s\n" % locks)
         with open(locks, "w") as stream:
-            stream.write("".join(line + "\n" for line in specifications))
+            stream.write("".join(line + "\n" for line in names))
         self.use(settings)
 
     def upgradable(self):
