@@ -1234,7 +1234,8 @@ def saidBy(error):
 
 class PlugIns(dnf.plugin.Plugins):
     """The package manager's plug-ins. Each that fails is named, and stops at most the operation, as a failure of the
-    package manager's own command does that it would end.
+    package manager's own command does that it would end. That includes what is no Exception, such as SystemExit and
+    KeyboardInterrupt.
     """
 
     # What failed after the packages were changed, which nothing can stop any more.
@@ -1249,7 +1250,7 @@ class PlugIns(dnf.plugin.Plugins):
         old = [found for found in dnf.plugin.Plugin.__subclasses__() if isOfPlugIn(found.__module__)]
         try:
             super(PlugIns, self)._load(conf, skips, enable_plugins)
-        except (Exception, SystemExit) as e:
+        except BaseException as e:
             self._refuse(plugInInTraceback(e), e)
         finally:
             self.plugin_cls = [found for found in self.plugin_cls if found not in old]
@@ -1258,7 +1259,7 @@ class PlugIns(dnf.plugin.Plugins):
         for found in self.plugin_cls:
             try:
                 self.plugins.append(found(base, cli))
-            except (Exception, SystemExit) as e:
+            except BaseException as e:
                 logging.getLogger('dnf').debug('%s', e, exc_info=True)
                 self._refuse(nameOfPlugIn(found), e)
 
@@ -1272,11 +1273,11 @@ class PlugIns(dnf.plugin.Plugins):
         for plugIn in self.plugins:
             try:
                 getattr(plugIn, method)()
-            except (dnf.exceptions.Error, SystemExit) as e:
-                logging.getLogger('dnf').debug('%s', e, exc_info=True)
-                raise dnf.exceptions.Error(
-                    tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), saidBy(e)))
-            except Exception:
+            except BaseException as e:
+                if not isinstance(e, Exception) or isinstance(e, dnf.exceptions.Error):
+                    logging.getLogger('dnf').debug('%s', e, exc_info=True)
+                    raise dnf.exceptions.Error(
+                        tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), saidBy(e)))
                 # The package manager, too, goes on.
                 logging.getLogger('dnf').critical(tr('The plug-in %s has failed (%s):'), nameOfPlugIn(plugIn), method,
                                                   exc_info=True)

@@ -243,6 +243,23 @@ class FailuresTest(PlugInsTest):
         self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: no")
 
     @in_own_process
+    def test_one_that_interrupts_the_program_is_named(self):
+        self.load()
+        for raised, said in (("KeyboardInterrupt", "KeyboardInterrupt"), ("KeyboardInterrupt('stop')", "stop"),
+                             ("BaseException('all')", "all")):
+            for content, text in (
+                    ("raise %s\n" % raised, "cannot be loaded"),
+                    (raising("__init__", "raise " + raised), "cannot be loaded"),
+                    (raising("pre_config", "raise " + raised), "has ended the operation"),
+                    (raising("sack", "raise " + raised), "has ended the operation")):
+                self.put("crooked", content)
+                self.yumio.reset()
+                with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
+                    self.collect()
+                self.assertEqual(str(caught.exception), "The plug-in crooked %s: %s" % (text, said))
+        self.assert_no_faults()
+
+    @in_own_process
     def test_one_that_fails_in_a_hook_stops_nothing(self):
         for hook in HOOKS:
             self.put("crooked" + hook, raising(hook, "raise ValueError('wrong')", "crooked" + hook))
@@ -259,22 +276,27 @@ class FailuresTest(PlugInsTest):
     @in_own_process
     def test_one_that_ends_the_program_stops_a_transaction_before_it_begins(self):
         for hook in ("resolved", "pre_transaction"):
-            self.put("crooked", raising(hook, "sys.exit('enough')"))
-            self.load()
-            self.yumio.lock()
-            self.collect()
-            self.assert_refused("^The plug-in crooked has ended the operation: enough$", installs=["astrolabe"])
-            self.assertFalse(self.yumio.systemChanged)
-            self.yumio.unlock()
+            for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
+                self.put("crooked", raising(hook, statement))
+                self.load()
+                self.yumio.lock()
+                self.collect()
+                self.assert_refused("^The plug-in crooked has ended the operation: enough$", installs=["astrolabe"])
+                self.assertFalse(self.yumio.systemChanged)
+                self.yumio.unlock()
 
     @in_own_process
     def test_one_that_ends_the_program_after_a_transaction(self):
-        self.put("crooked", raising("transaction", "sys.exit('enough')"))
-        self.started()
-        self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({"astrolabe-5.6-1.x86_64"}, set()))
-        self.assertEqual(self.yumio.remarks, [
-            "The packages were changed.\nThe plug-in crooked has ended the operation: enough"])
-        self.assertTrue(self.yumio.systemChanged)
+        for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
+            self.put("crooked", raising("transaction", statement))
+            self.started()
+            actions = {"removes" if "astrolabe" in [each.name for each in self.installed] else "installs":
+                       ["astrolabe"]}
+            self.assertNotEqual(self.changes(self.apply, **actions), (set(), set()))
+            self.assertEqual(self.yumio.remarks, [
+                "The packages were changed.\nThe plug-in crooked has ended the operation: enough"])
+            self.assertTrue(self.yumio.systemChanged)
+            self.yumio.unlock()
 
     @in_own_process
     def test_what_they_print_is_in_the_log(self):
