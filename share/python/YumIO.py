@@ -133,7 +133,10 @@ def requirePrivateNames(*objects):
         if hasattr(place, name) or not made and name in NAMES_OF_OBJECTS:
             continue
         if not any(name in vars(each) for each in made):
-            raise SystemExit(text.format(dnf.const.VERSION, place.__name__ + '.' + name))
+            fault = text.format(dnf.const.VERSION, place.__name__ + '.' + name)
+            # The program shows what was logged.
+            logging.getLogger('dnf').error('%s', fault)
+            raise SystemExit(fault)
 
 
 # Those of them that an object has, and not its class.

@@ -195,6 +195,57 @@ private Q_SLOTS:
                               "again: failed"}));
     }
 
+    void aPackageManagerThatLacksANameIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("removal"); // can be run twice
+        QTest::addColumn<QString>("use");
+        QTest::addColumn<QString>("name");
+        const auto remove = [](const QByteArray& module, const QByteArray& place, const QByteArray& name) {
+            return QByteArray("import " + module + "\nif hasattr(" + place + ", '" + name + "'):\n    del " +
+                              place + '.' + name + '\n');
+        };
+        QTest::newRow("configuration") << remove("dnf.conf.config", "dnf.conf.config.BaseConfig", "_populate")
+                                       << "read the configuration"
+                                       << "BaseConfig._populate";
+        QTest::newRow("repositories")
+            << remove("dnf.lock", "dnf.lock.ProcessLock", "_try_lock") << "read repositories and packages"
+            << "ProcessLock._try_lock";
+        QTest::newRow("plug-ins") << remove("dnf.plugin", "dnf.plugin.Plugins", "_caller") << "use plug-ins"
+                                  << "Plugins._caller";
+        QTest::newRow("transactions")
+            << remove("dnf", "dnf.Base", "_run_transaction") << "carry out transactions"
+            << "Base._run_transaction";
+        // Only an object has it, which takes the configuration.
+        QTest::newRow("of an object") << QByteArray("import dnf\n"
+                                                    "def without(self, *arguments, made=dnf.Base.__init__):\n"
+                                                    "    made(self, *arguments)\n"
+                                                    "    vars(self).pop('_trans_tempfiles', None)\n"
+                                                    "dnf.Base.__init__ = without\n")
+                                      << "carry out transactions"
+                                      << "Base._trans_tempfiles";
+    }
+
+    // The installed script on the real package manager: there is one message, and nothing that could be used.
+    void aPackageManagerThatLacksANameIsRefused()
+    {
+        QFETCH(QByteArray, removal);
+        QFETCH(QString, use);
+        QFETCH(QString, name);
+        QFile script(qEnvironmentVariable("VYRESHARE") + "/python/YumIO.py");
+        QVERIFY(script.open(QIODevice::ReadOnly));
+        QTemporaryDir root;
+        variables.insert("VYREROOT", root.path());
+        QStringList lines = start(removal + script.readAll());
+        lines.replaceInStrings(QRegularExpression("Version [0-9.]+ of"), "Version X of");
+        QCOMPARE(lines,
+                 QStringList({"failed",
+                              QString("VYRE Yum Error: Version X of dnf is not supported. VYRE cannot %1 "
+                                      "with it, because it lacks %2.|Unable to initialize")
+                                  .arg(use, name),
+                              "again: failed"}));
+        QVERIFY2(!standardError.contains("Traceback"), qPrintable(standardError));
+    }
+
     void constructorThatFails()
     {
         QCOMPARE(start("class YumIO:\n    def __init__(self):\n        raise KeyError('x')\n"),
