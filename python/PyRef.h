@@ -1,6 +1,6 @@
 // Owns one reference to a Python object and drops it at the end of its scope.
 //
-// Any thread, but only while that thread holds the interpreter lock, at the destruction too.
+// Any thread. The thread must hold the interpreter lock, also when the object is destroyed.
 
 #ifndef PYTHON_PYREF_H
 #define PYTHON_PYREF_H
@@ -28,14 +28,14 @@ public:
     PyRef& operator=(const PyRef&) = delete;
     ~PyRef() { Py_XDECREF(object); }
 
-    // Takes a reference of its own to an object that somebody else owns; NULL is allowed.
+    // Takes an additional reference to an object that somebody else owns; NULL is allowed.
     static PyRef borrow(PyObject* borrowed)
     {
         Py_XINCREF(borrowed);
         return PyRef(borrowed);
     }
 
-    // The object, still owned here; NULL when there is none.
+    // The object, still owned here; NULL if it holds none.
     PyObject* get() const { return object; }
     explicit operator bool() const { return object != nullptr; }
 

@@ -13,8 +13,8 @@ namespace {
 constexpr size_t errorSize = 1024;
 constexpr size_t scriptSize = 10240;
 
-// Takes the pending exception, normalised and with its traceback, away from the interpreter; restore() makes
-// it pending again.
+// Takes the pending exception, normalised and with its traceback, from the interpreter. restore() makes it
+// pending again.
 class TakenException
 {
 public:
@@ -41,7 +41,7 @@ public:
     TakenException(const TakenException&) = delete;
     TakenException& operator=(const TakenException&) = delete;
 
-    // Borrowed; NULL when no exception was pending.
+    // Borrowed; NULL if no exception was pending.
     PyObject* get() const
     {
         return value;
@@ -57,7 +57,7 @@ public:
 #endif
     }
 
-    // The traceback as display() prints it, in UTF-8: a bytes object, or empty.
+    // The traceback as display() prints it, in UTF-8: a bytes object, or an empty reference.
     PyRef text() const
     {
         const PyRef module(PyImport_ImportModule("traceback"));
@@ -73,7 +73,7 @@ public:
         return bytes;
     }
 
-    // Replaces whatever is pending by now.
+    // Replaces any exception that is pending by now.
     void restore()
     {
 #if PY_VERSION_HEX >= 0x030C0000
@@ -94,10 +94,9 @@ private:
     PyObject* value = nullptr;
 };
 
-// Starts the interpreter of the distribution, whose site packages hold the package manager: neither another
-// python that comes first in PATH, nor PYTHONHOME and PYTHONPATH, nor a user's own site packages may lead it
-// elsewhere. Texts and names of files are UTF-8 in every locale, as they are in packages. A failure ends the
-// process, as Py_Initialize() has it.
+// Starts the interpreter of the distribution, whose site packages contain the package manager. PYTHONHOME,
+// PYTHONPATH, the user's own site packages and another python in PATH have no effect. Texts and file names are
+// UTF-8 in every locale, as in packages. A failure ends the process, as in Py_Initialize().
 void startInterpreter()
 {
 #if PY_VERSION_HEX >= 0x03080000
@@ -105,7 +104,7 @@ void startInterpreter()
     PyPreConfig_InitIsolatedConfig(&before);
     before.utf8_mode = 1;
 #ifdef __SANITIZE_ADDRESS__
-    // Its own allocator would hide from the sanitizer what is done to the memory of its objects.
+    // The interpreter's own allocator would hide memory errors in its objects from the sanitizer.
     before.allocator = PYMEM_ALLOCATOR_MALLOC;
 #endif
     PyStatus status = Py_PreInitialize(&before);
@@ -138,8 +137,8 @@ void startInterpreter()
 #endif
 }
 
-// Borrowed; NULL with an exception pending when this is no dictionary or the name is not valid UTF-8, and
-// NULL without one when it has no such item.
+// Borrowed. NULL with an exception pending if this is no dictionary or the name is not valid UTF-8. NULL
+// without an exception if the item is missing.
 PyObject* itemOf(PyObject* dict, const char* name)
 {
     const PyRef key(PyUnicode_FromString(name));
@@ -174,7 +173,7 @@ bool Python::initialize()
         error("Internal error: cannot find python __main__ module\n");
         return false;
     }
-    // The interpreter's table of modules keeps the module, and so its dictionary, alive.
+    // The interpreter's table of modules keeps the module alive, and so its dictionary.
     main_dict = PyModule_GetDict(main.get());
     if (main_dict == nullptr) {
         PyErr_Clear();
@@ -368,7 +367,7 @@ PyObject* Python::pyVMethodCall(PyObject* self, const char* method, const char* 
 PyObject* Python::call(PyObject* callable, const char* format, va_list args)
 {
     const PyRef arguments(Py_VaBuildValue(format, args));
-    // Without a tuple PyObject_CallObject() would call with no arguments at all.
+    // Given NULL instead of a tuple, PyObject_CallObject() would make the call without arguments.
     PyObject* result = arguments ? PyObject_CallObject(callable, arguments.get()) : nullptr;
     if (result == nullptr && PyErr_Occurred() != nullptr) {
         handleException();
@@ -388,7 +387,7 @@ PyObject* Python::pyLookup(const char* dotted, bool quiet)
             found = itemOf(main_dict, piece.c_str());
             if (found == nullptr) {
                 PyErr_Clear();
-                // Stays alive in the interpreter's table of modules.
+                // The interpreter's table of modules keeps it alive.
                 found = PyRef(PyImport_ImportModule(piece.c_str())).get();
             }
         } else {
@@ -420,8 +419,8 @@ PyObject* Python::pyLookup(const char* dotted, bool quiet)
     return current;
 }
 
-// The dictionary of a module, or whatever else the name stands for. Borrowed reference, or NULL when that has
-// been reported.
+// The dictionary of a module, or another object of that name. Borrowed reference, or NULL after a reported
+// failure.
 PyObject* Python::namespaceOf(const char* module)
 {
     PyObject* found = pyLookup(module, true);
@@ -488,7 +487,7 @@ long Python::pyVersion()
     return number;
 }
 
-// A bytes object, or empty when the object cannot be encoded, which has been handled.
+// A bytes object, or an empty reference if the object cannot be encoded. That exception has been handled.
 PyRef Python::encode(PyObject* object)
 {
     PyRef bytes(PyUnicode_AsEncodedString(object, "utf-8", "strict"));
@@ -562,7 +561,7 @@ void Python::setEnablePythonSIGINTHandler(bool enable)
               : "signal.signal(signal.SIGINT, signal.SIG_DFL)");
 }
 
-// Calls error() with the formatted text, cut off at the size that every report fits.
+// Calls error() with the formatted text, truncated to the size of the buffer.
 void Python::internalError(const char* format, ...)
 {
     char text[errorSize];

@@ -1,11 +1,11 @@
 // The embedded Python 3 interpreter: starts it, runs snippets, looks up dotted names, calls functions and
-// methods, converts strings, and decides what becomes of the exceptions that calls leave behind.
+// methods, converts strings, and handles the exceptions of these calls.
 //
-// The back end derives from it and is the one object of this class. Any thread may call, but only while it
-// holds the interpreter lock; the graphical thread holds it from initialize() on, except while it waits for a
-// worker thread. Nothing here throws: a failure is reported through error() and shows as NULL, false or 0.
+// The back end derives from it and is the only object of this class. Any thread may call it while it holds
+// the interpreter lock. The graphical thread holds the lock from initialize() on, except while it waits for a
+// worker thread. No function throws: it reports a failure through error() and returns NULL, false or 0.
 //
-// Results are PyObject*: a "new" reference is the caller's to drop (PyRef does it), a "borrowed" one is not.
+// Results are PyObject*: the caller must drop a "new" reference (PyRef does it), but not a "borrowed" one.
 
 #ifndef PYTHON_PYTHON_H
 #define PYTHON_PYTHON_H
@@ -32,14 +32,13 @@ public:
     Python() = default;
     Python(const Python&) = delete;
     Python& operator=(const Python&) = delete;
-    // Ends the interpreter, if it was started. The references that a derived class holds must be gone by
-    // then.
+    // Ends the interpreter, if it was started. By then a derived class must have dropped its references.
     virtual ~Python();
 
-    // Expectation scopes: between pyExceptStart() and pyExceptClear() an exception of one of the types named
-    // with pyExceptExpect() (borrowed) is left pending for the caller, who tests for it with
-    // pyExceptMatches(). Scopes nest; only the innermost counts. pyExceptClear() clears any pending
-    // exception. ExceptScope pairs the two on every path.
+    // Expectation scopes. Between pyExceptStart() and pyExceptClear(), an exception of a type that
+    // pyExceptExpect() names (borrowed) stays pending. The caller tests for it with pyExceptMatches(). Scopes
+    // nest; only the innermost counts. pyExceptClear() clears any pending exception. ExceptScope ends its
+    // scope on every path.
     virtual void pyExceptStart();
     virtual void pyExceptExpect(PyObject* type);
     virtual void pyExceptClear();
@@ -50,69 +49,74 @@ public:
     virtual void error(const char* text) = 0;
     virtual void warning(const char* text) = 0;
 
-    // Called with an exception pending: leaves it pending when the innermost scope expects it, else reports
-    // and clears it.
+    // Called with an exception pending. Leaves it pending if the innermost scope expects it, else reports and
+    // clears it.
     virtual void handleException();
-    // What handleException() does with an exception that is expected: nothing, here.
+    // Called by handleException() for an expected exception. Does nothing here.
     virtual void exceptionExpected();
-    // What handleException() does with any other: its traceback goes to sys.stderr, and error() is called.
+    // Called by handleException() for any other exception. Prints its traceback to sys.stderr and calls
+    // error().
     virtual void exceptionError();
-    // A traceback (UTF-8) went to the process's standard error, because the script has not put anything else
-    // in the place of sys.stderr.
+    // Called after a traceback (UTF-8) went to the process's standard error. This happens if the script has
+    // not replaced sys.stderr.
     virtual void tracebackOnTerminal(const char* text);
     // Whether the innermost scope expects the pending exception.
     bool exceptionIsExpected() const;
-    // Takes the pending exception away and prints its traceback to sys.stderr; false when none was pending.
+    // Clears the pending exception and prints its traceback to sys.stderr. False if no exception was pending.
     bool displayException();
 
-    // Starts the interpreter, once per process; the calling thread holds the interpreter lock from then on. A
-    // failed start is not retried. Returns whether it is ready. Built-in modules must be registered before.
+    // Starts the interpreter, once per process. From then on the calling thread holds the interpreter lock. A
+    // failed start is not tried again. Returns whether the interpreter is ready. Register built-in modules
+    // before.
     bool initialize();
 
-    // Runs statements in __main__; 0, or -1 when they failed.
+    // Runs statements in __main__. Returns 0, or -1 on failure.
     int py(const char* text);
     // Evaluates an expression in __main__. New reference or NULL.
     PyObject* pyr(const char* text);
-    // The same with a printf format. The text may have at most 10239 bytes; a longer one is reported, not
+    // The same with a printf format. The text may have at most 10239 bytes; a longer text is reported and not
     // run.
     int pyf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     PyObject* pyrf(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    // Call a callable found by pyLookup(), or a method of an object. The format is one of Py_BuildValue() and
-    // always a tuple in parentheses, such as "(s)", "(O,O)" or "()". New reference or NULL.
+    // Calls a callable found by pyLookup(), or a method of an object. The format is a format of
+    // Py_BuildValue() and always a tuple in parentheses, such as "(s)", "(O,O)" or "()". New reference or
+    // NULL.
     PyObject* pyCall(const char* name, const char* format, ...);
     PyObject* pyVCall(const char* name, const char* format, va_list args);
     PyObject* pyMethodCall(PyObject* self, const char* method, const char* format, ...);
     PyObject* pyVMethodCall(PyObject* self, const char* method, const char* format, va_list args);
 
-    // Resolves a dotted name, from a global of __main__ or else a module (which is imported) through module
-    // attributes and dictionary keys; attributes of other objects are not reached. Borrowed reference or
-    // NULL; with quiet, a failure is not reported.
+    // Resolves a dotted name. The first part is a global of __main__, or else a module, which is imported.
+    // The other parts are module attributes and dictionary keys; attributes of other objects are not found.
+    // Borrowed reference or NULL. With quiet, a failure is not reported.
     PyObject* pyLookup(const char* dotted, bool quiet = false);
     // An item of a module or dictionary that pyLookup() finds. Borrowed reference or NULL.
     PyObject* pyValue(const char* module, const char* name);
-    // Sets such an item; takes a reference of its own to the value.
+    // Sets such an item; takes its own reference to the value.
     void pyAssign(const char* module, const char* name, PyObject* value);
-    // Sets a global of __main__; takes a reference of its own to the value.
+    // Sets a global of __main__; takes its own reference to the value.
     void pyAssignGlobal(const char* name, PyObject* value);
 
-    // The interpreter's version, as sys.hexversion; 0 when it cannot be had.
+    // The interpreter's version, as sys.hexversion; 0 on failure.
     long pyVersion();
 
-    // The text of a str object in UTF-8, to be freed with free(); NULL for None, NULL and unencodable text.
+    // The text of a str object in UTF-8; the caller frees it with free(). NULL for None, NULL and unencodable
+    // text.
     char* pyString(PyObject* object);
     // Whether a str object has this text (UTF-8); false for None and NULL.
     bool pyStringEqual(PyObject* object, const char* text);
 
-    // The pending exception, which stays pending: the exception object itself, or something to display (its
-    // attribute "value", else its text). New reference, or NULL when none is pending.
+    // The pending exception, which stays pending. The first function returns the exception object, the second
+    // one a value to display: its attribute "value", else its text. New reference, or NULL if no exception is
+    // pending.
     PyObject* pyExceptValue();
     PyObject* pyExceptValuef();
 
     // For the debugger: binds the object to the global "dbg" and stops in pdb on the terminal.
     void pyDebug(PyObject* object);
 
-    // Whether an interrupt raises KeyboardInterrupt in the interpreter or ends the process.
+    // With true, an interrupt raises KeyboardInterrupt in the interpreter; with false, it ends the process.
     void setEnablePythonSIGINTHandler(bool enable);
 
     static bool initialized;    // this process has started the interpreter
@@ -127,8 +131,8 @@ private:
     std::stack<std::list<PyObject*>> expected; // the types are borrowed
 };
 
-// Holds the interpreter lock for a scope when "really" is true, and does nothing at all otherwise. A thread
-// that holds the lock may take it again.
+// Holds the interpreter lock for a scope if "really" is true, otherwise does nothing. A thread that holds the
+// lock may lock it again.
 class Python::PyGILStateWrapper
 {
 public:
@@ -137,7 +141,7 @@ public:
     PyGILStateWrapper(const PyGILStateWrapper&) = delete;
     PyGILStateWrapper& operator=(const PyGILStateWrapper&) = delete;
 
-    // By hand, in the middle of the scope: each release() must be followed by an ensure().
+    // For use in the middle of the scope: an ensure() must follow each release().
     void ensure()
     {
         if (really) {
@@ -156,7 +160,7 @@ private:
     PyGILState_STATE state = PyGILState_UNLOCKED;
 };
 
-// Gives the calling thread's interpreter lock away for a scope, so that another thread can take it.
+// Releases the calling thread's interpreter lock for a scope, so that another thread can take it.
 class Python::PyThreadStateWrapper
 {
 public:
@@ -165,7 +169,7 @@ public:
     PyThreadStateWrapper(const PyThreadStateWrapper&) = delete;
     PyThreadStateWrapper& operator=(const PyThreadStateWrapper&) = delete;
 
-    // By hand, in the middle of the scope: each restore() must be followed by a save().
+    // For use in the middle of the scope: a save() must follow each restore().
     void save() { saved = PyEval_SaveThread(); }
     void restore() { PyEval_RestoreThread(saved); }
 
@@ -173,7 +177,7 @@ private:
     PyThreadState* saved;
 };
 
-// One expectation scope, closed on every path.
+// One expectation scope; it ends on every path.
 class Python::ExceptScope
 {
 public:

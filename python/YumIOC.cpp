@@ -56,8 +56,8 @@ PyModuleDef definition = {
     PyModuleDef_HEAD_INIT, moduleName, nullptr, sizeof(State), methods, nullptr, nullptr, nullptr, nullptr,
 };
 
-// The module of the running interpreter, if it has been imported: borrowed. The interpreter keeps the record,
-// so there is none after its end.
+// The module of the running interpreter, if it has been imported: borrowed. The interpreter owns the record,
+// so the result is NULL after its end.
 PyObject* existingModule()
 {
     return PyState_FindModule(&definition);
@@ -119,6 +119,6 @@ int YumIOC::initialize(YumIOCTarget* yumIO)
     if (registered()) {
         return 0;
     }
-    // The table of built-in modules is closed once the interpreter runs.
+    // A module cannot be added to the table of built-in modules once the interpreter runs.
     return Py_IsInitialized() != 0 ? -1 : PyImport_AppendInittab(moduleName, &PyInit_yumIOC);
 }

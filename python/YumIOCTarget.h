@@ -1,11 +1,12 @@
-// The back end as the script sees it: what the functions of the module yumIOC call.
+// The script's interface to the back end: the functions of the module yumIOC call these members.
 //
 // Called on the thread that runs the script, with the interpreter lock held. Each member parses its arguments
-// (NULL for userconfirm and rpmtransDel, else a tuple) and returns a new reference, or NULL with a Python
-// exception set, which then surfaces in the script.
+// (NULL for userconfirm and rpmtransDel, else a tuple). It returns a new reference, or NULL with a Python
+// exception set, which the script then receives.
 //
-// A class that derives from this and from Python names Python first: the interpreter's end, in the destructor
-// of Python, can run functions of the script, which must not reach a back end that is half gone.
+// A class that derives from this class and from Python names Python first. The destructor of Python ends the
+// interpreter, which can run functions of the script. They must not reach a back end that is already half
+// destroyed.
 
 #ifndef PYTHON_YUMIOCTARGET_H
 #define PYTHON_YUMIOCTARGET_H
@@ -21,7 +22,7 @@ public:
     YumIOCTarget() = default;
     YumIOCTarget(const YumIOCTarget&) = delete;
     YumIOCTarget& operator=(const YumIOCTarget&) = delete;
-    // Calls that still come afterwards raise RuntimeError in the script.
+    // Later calls raise RuntimeError in the script.
     virtual ~YumIOCTarget();
 
     virtual PyObject* stdoutWrite(PyObject* module, PyObject* args) = 0;

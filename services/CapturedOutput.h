@@ -1,4 +1,4 @@
-// Where captured output goes, and failures of the capture: the back end.
+// Receives the captured output, and the failures of the capture. The back end implements it.
 
 #ifndef SERVICES_CAPTUREDOUTPUT_H
 #define SERVICES_CAPTUREDOUTPUT_H
@@ -8,12 +8,12 @@
 class CapturedOutput
 {
 public:
-    // A piece of what was written, not necessarily whole lines. Graphical thread.
+    // A piece of the output, not necessarily whole lines. Graphical thread.
     virtual void stdoutCapturedWrite(const QString& text) = 0;
     virtual void stderrCapturedWrite(const QString& text) = 0;
-    // Everything of one capture has been handed over. Graphical thread.
+    // Called after the last piece of one capture. Graphical thread.
     virtual void captureEnded() {}
-    // The capture could not be set up or undone. The thread of the operation.
+    // The capture could not be set up or undone. Called on the thread of the operation.
     virtual void error(const QString& text) = 0;
 
 protected:

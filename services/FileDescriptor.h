@@ -1,4 +1,4 @@
-// Owns a file descriptor and closes it. Any thread, one at a time.
+// Owns a file descriptor and closes it. Any thread, but only one at a time.
 
 #ifndef SERVICES_FILEDESCRIPTOR_H
 #define SERVICES_FILEDESCRIPTOR_H
@@ -8,7 +8,7 @@
 class FileDescriptor
 {
 public:
-    // Takes over the descriptor; -1 stands for none.
+    // Takes over the descriptor; -1 means none.
     explicit FileDescriptor(int descriptor = -1) : fd(descriptor) {}
     ~FileDescriptor() { close(); }
     FileDescriptor(const FileDescriptor&) = delete;
@@ -17,7 +17,7 @@ public:
     bool isOpen() const { return fd >= 0; }
     int get() const { return fd; }
 
-    // Gives the descriptor up to the caller.
+    // Hands the descriptor over to the caller.
     int release()
     {
         const int released = fd;
@@ -25,7 +25,7 @@ public:
         return released;
     }
 
-    // Closes the present descriptor and takes over another.
+    // Closes the current descriptor and takes over another.
     void reset(int descriptor)
     {
         close();

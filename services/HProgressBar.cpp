@@ -8,7 +8,7 @@ void HProgressBar::setActivity(QString text)
 {
     if (activity != text) {
         activity = text;
-        setAccessibleDescription(activity); // its value is told as a number only
+        setAccessibleDescription(activity); // assistive programs get only a number as its value
         update();
     }
 }
@@ -22,7 +22,7 @@ QString HProgressBar::text() const
     if (base.isEmpty()) {
         return activity;
     }
-    // Both at once: an activity may itself contain a place marker.
+    // One call for both arguments, because an activity may itself contain a place marker.
     return tr("%1 (%2)").arg(activity, base);
 }
 
@@ -40,7 +40,7 @@ bool HProgressBar::event(QEvent* event)
         event->accept();
         return true;
     }
-    // What the base class does is not wanted.
+    // Skips the base class: its tool tip is not wanted.
     // NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return QWidget::event(event);
 }

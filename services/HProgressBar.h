@@ -1,4 +1,4 @@
-// A progress bar that also names the activity it measures, and lets somebody else draw its tool tip.
+// A progress bar that also names the activity it measures. Another object shows its tool tip.
 //
 // Graphical thread; owned by its Qt parent.
 
@@ -15,13 +15,13 @@ public:
     explicit HProgressBar(QWidget* parent = nullptr);
 
     void setActivity(QString text);
-    // The activity with the percentage in parentheses, or whichever of the two there is.
+    // The activity with the percentage in parentheses, or only one of the two if the other is missing.
     QString text() const override;
-    // Also forgets the activity.
+    // Also removes the activity.
     void reset();
 
 Q_SIGNALS:
-    // The pointer rests on the bar, at this position in the bar's coordinates.
+    // The pointer rests on the bar at this position, in the bar's coordinates.
     void toolTip(const QPoint& pos);
 
 protected:

@@ -12,7 +12,7 @@ namespace Log {
 
 namespace {
 
-// Entries up to this level are of interest without having asked for details.
+// While the program is unattended, entries up to this level are reported.
 const unsigned int shownLevel = 2;
 
 } // namespace
@@ -48,7 +48,7 @@ void EntryList::appendMessage(Kind kind, unsigned int level, const QString& mess
 
 void EntryList::emitAppended()
 {
-    // No window can be painted any more, and the graphical thread does not come back to try it.
+    // Nobody can see a window any more, and the graphical thread no longer returns to its event loop.
     if (!Unattended::is()) {
         Q_EMIT appended();
     }

@@ -1,7 +1,7 @@
-// The log of the whole run: every message of the package back end, one entry a line.
+// The log of the whole run: every message of the package back end, one entry for each line.
 //
-// An EntryList is owned by the back end and lives as long as it. Worker threads append to it and the
-// graphical thread reads it, both under the list's own mutex.
+// The back end owns its EntryList. Worker threads append to it and the graphical thread reads it, both under
+// the list's own mutex.
 
 #ifndef SERVICES_LOG_H
 #define SERVICES_LOG_H
@@ -21,11 +21,11 @@ enum Kind : quint32 {
     Action = 4 // a heading that opens a phase
 };
 
-// The message with the passwords in its URLs hidden: what fetches files tells the URLs that failed. For every
-// place where such a message is shown. Any thread.
+// The message with the passwords in its URLs hidden. Messages of failed downloads contain URLs, so every
+// place that shows such a message calls it. Any thread.
 QString withoutPasswords(QString message);
 
-// One line of plain text, without a line feed. Level 0 is the most important one; higher levels are details.
+// One line of plain text, without a line feed. Level 0 is the most important; higher levels are details.
 struct Entry
 {
     Entry(Kind entryKind, unsigned int entryLevel, QString entryText);
@@ -35,9 +35,8 @@ struct Entry
     QString text;
 };
 
-// Whoever appends locks the list, appends one entry for every line of the message, unlocks it and then calls
-// emitAppended(). Whoever reads locks the list for as long as it indexes it. Entries are never changed or
-// removed.
+// A writer locks the list, appends one entry for each line of the message, unlocks the list and then calls
+// emitAppended(). A reader holds the lock while it indexes the list. Entries are never changed or removed.
 class EntryList : public QObject, public QList<Entry>, public QMutex
 {
     Q_OBJECT
@@ -45,11 +44,11 @@ class EntryList : public QObject, public QList<Entry>, public QMutex
 public:
     EntryList() = default;
 
-    // Appends a message, one entry for every line of it that is not empty, and tells the readers. Passwords
-    // in URLs are hidden. Any thread; the list must not be locked.
+    // Appends a message, one entry for each of its lines that is not empty, and notifies the readers.
+    // Passwords in URLs are hidden. Any thread; the caller must not hold the lock of the list.
     void appendMessage(Kind kind, unsigned int level, const QString& message);
 
-    // Tells the readers that there are new entries. Any thread; the list must not be locked.
+    // Notifies the readers of new entries. Any thread; the caller must not hold the lock of the list.
     void emitAppended();
 
 Q_SIGNALS:

@@ -23,7 +23,7 @@ namespace {
 
 const int maxLevel = 10;
 const int defaultLevel = 2;
-// Entries of kind Info above this level are shown in the colour of lesser importance.
+// Entries of kind Info above this level have the colour of less important text.
 const unsigned int maxPlainLevel = 9;
 
 } // namespace
@@ -40,7 +40,7 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     textEdit->setLineWrapMode(QTextEdit::NoWrap);
     textEdit->setWordWrapMode(QTextOption::NoWrap);
     textEdit->setTabChangesFocus(true);
-    // Rich text would join a run of blanks into one, however they are written.
+    // By default, rich text joins a run of blanks into one.
     textEdit->document()->setDefaultStyleSheet(QLatin1String("font { white-space: pre; }"));
 
     levelSpinBox->setRange(0, maxLevel);
@@ -94,13 +94,13 @@ void Window::setVisible(bool visible)
             QMutexLocker locker(&entries);
             connect(&entries, SIGNAL(appended()), this, SLOT(appended()));
         }
-        // What was logged after the history was rendered and before the connection was made.
+        // Renders the entries that came between the rendering above and the connection.
         appended();
         scrollToEnd();
     }
     QWidget::setVisible(visible);
     if (visible && !wasVisible) {
-        // The first showing lays the window out, which changes the range of the scroll bar.
+        // The window is laid out when it is first shown, and this changes the range of the scroll bar.
         scrollToEnd();
     }
     if (!visible && wasVisible) {
@@ -120,7 +120,7 @@ void Window::appended()
         return;
     }
     if (painting) {
-        // A writer that is faster than the painting would nest one pass in another without end.
+        // A writer that is faster than the painting would nest these passes without end.
         askedAgain = true;
         return;
     }
@@ -147,7 +147,7 @@ void Window::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && open) {
-        // The colours of what is shown were chosen for another background.
+        // The colours of the rendered text were chosen for another background.
         levelChanged(levelSpinBox->value());
     }
 }
@@ -170,8 +170,8 @@ bool Window::render()
         return false;
     }
 
-    // One edit block lays the document out once instead of once a line; the pane cannot follow the end by
-    // itself meanwhile.
+    // One edit block lays the document out once instead of once for each line. Meanwhile the view cannot
+    // follow the end of the text by itself.
     QScrollBar* scrollBar = textEdit->verticalScrollBar();
     const bool atEnd = scrollBar->value() >= scrollBar->maximum();
     const unsigned int threshold = static_cast<unsigned int>(levelSpinBox->value());

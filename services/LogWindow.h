@@ -1,7 +1,7 @@
 // The window that shows the log: the entries up to a detail level that the user chooses, coloured by kind.
 //
-// Graphical thread. Made by the main window on the first request and kept until the end of the run. While it
-// is hidden it is not connected to the log and holds no text.
+// Graphical thread. The main window makes it on the first request and keeps it until the end of the run.
+// While it is hidden, it is disconnected from the log and holds no text.
 
 #ifndef SERVICES_LOGWINDOW_H
 #define SERVICES_LOGWINDOW_H
@@ -20,19 +20,19 @@ class Window : public QWidget
     Q_OBJECT
 
 public:
-    // A top-level window of its own: the main window is remembered, but is not its parent. Neither the list
-    // nor the main window is owned; the list must outlive this window.
+    // A top-level window: the main window is stored, but is not its parent. The list and the main window are
+    // not owned. The list must outlive this window.
     Window(EntryList& entries, QWidget* mainWindow);
 
-    // Escapes a line in place for use as rich text. White space keeps its width; ampersands are left alone.
+    // Escapes a line in place for use as rich text. White space keeps its width; ampersands are not escaped.
     static void htmlProtect(QString& line);
 
 public Q_SLOTS:
-    // Opening renders the whole log, scrolled to its newest line; hiding drops the text.
+    // Showing renders the whole log and scrolls to its newest line; hiding drops the text.
     void setVisible(bool visible) override;
-    // Shows what has been logged since the last time, and paints it at once.
+    // Renders the entries that are new since the last call, and paints them at once.
     void appended();
-    // Renders the whole log again under the new level.
+    // Renders the whole log again at the new level.
     void levelChanged(int level);
 
 protected:
@@ -40,7 +40,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    // Renders the entries from index "shown" on; false when there are none.
+    // Renders the entries from index "shown" on. Returns false if no such entry exists.
     bool render();
     QString readable(const QString& color) const;
     QString toHtml(const Entry& entry) const;
@@ -50,10 +50,10 @@ private:
     QSpinBox* levelSpinBox;
     EntryList& entries;
     HTextEdit* textEdit;
-    quint32 shown;   // index of the first entry not examined yet
-    bool open;       // a notification that was queued before hiding finds it false
-    bool painting;   // inside the event pass of appended()
-    bool askedAgain; // more was logged during that pass
+    quint32 shown;   // index of the first entry not rendered yet
+    bool open;       // a notification that was queued before the window was hidden finds it false
+    bool painting;   // while appended() processes events to paint
+    bool askedAgain; // more entries came during that painting
 };
 
 } // namespace Log

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int blockSize = 64 << 10;
 
-// So long the pump rests after each block while too much waits for the reader.
+// The pump rests this long after each block while the reader is far behind.
 constexpr int restMilliseconds = 20;
 
 } // namespace
@@ -37,8 +37,8 @@ bool OutputPump::start(Channel (&channels)[channelCount])
         ways[i].channel.to.reset(channels[i].to.release());
     }
 
-    // The thread has them blocked from its first instruction on: a write into a pipe that nobody reads any
-    // more must not end the program.
+    // Signals are blocked from the first instruction of the thread on: SIGPIPE from a write into a pipe
+    // without a reader must not end the program.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -60,7 +60,7 @@ bool OutputPump::start(Channel (&channels)[channelCount])
 void OutputPump::stop()
 {
     if (thread.joinable()) {
-        wakeWrite.close(); // which the other end notices
+        wakeWrite.close(); // the pump's thread sees the end of file
         thread.join();
     }
     for (Way& way : ways) {
@@ -69,7 +69,7 @@ void OutputPump::stop()
     }
 }
 
-// At most what is there now: a writer that never rests must not keep the pump here.
+// Reads at most the bytes that are available now. Otherwise a writer without pauses would keep the pump here.
 void OutputPump::fill(Way& way)
 {
     int count = 0;
@@ -103,7 +103,7 @@ void OutputPump::drain(Way& way)
     if (put > 0) {
         way.done += int(put);
     } else if (put < 0 && errno != EAGAIN && errno != EINTR) {
-        // The reader is gone; the writers are to get rid of what they have all the same.
+        // The reader is gone. The output is dropped, so that the writers can go on.
         way.done = way.waiting.size();
     }
     if (countWaiting(way) == 0) {
@@ -127,7 +127,7 @@ void OutputPump::run()
             const bool waiting = countWaiting(way) > 0;
             anything = anything || waiting;
             crowded = crowded || countWaiting(way) > fullBuffer;
-            // A negative descriptor is passed over.
+            // poll() ignores a negative descriptor.
             polled[2 * i] = {way.ended || stopping ? -1 : way.channel.from.get(), POLLIN, 0};
             polled[2 * i + 1] = {waiting ? way.channel.to.get() : -1, POLLOUT, 0};
         }
@@ -136,7 +136,7 @@ void OutputPump::run()
         }
         polled[Wake] = {stopping ? -1 : wakeRead.get(), POLLIN, 0};
         if (poll(polled, Wake + 1, -1) < 0) {
-            continue; // no signal comes here: short of memory
+            continue; // signals are blocked here, so memory is short
         }
         for (int i = 0; i < channelCount; ++i) {
             if (polled[2 * i + 1].revents != 0) {

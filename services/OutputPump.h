@@ -1,11 +1,12 @@
-// Passes on what is written into pipes, so that no writer has to wait for the reader at the other end.
+// Moves the output from the writers' pipes to the reader's pipes, so that no writer has to wait for the
+// reader.
 //
 // While output is captured, descriptors 1 and 2 are pipes that the graphical thread reads. A library that
-// writes to one of them in that very thread would wait for ever for room in a full pipe. The pump stands
-// between the writers and the reader, and keeps in memory what the reader has not taken yet.
+// writes to one of them on that same thread would wait for ever if the pipe is full. The pump is between the
+// writers and the reader, and keeps the unread output in memory.
 //
-// Made and stopped by the worker thread that captures; it works on a thread of its own, which takes no
-// signals.
+// The worker thread that captures the output makes and stops the pump. The pump works on a thread of its own,
+// which receives no signals.
 
 #ifndef SERVICES_OUTPUTPUMP_H
 #define SERVICES_OUTPUTPUMP_H
@@ -19,15 +20,14 @@
 class OutputPump
 {
 public:
-    // What waits for the reader may take this many bytes; then the writers are slowed down, and never
-    // stopped.
+    // If more bytes than this wait for the reader, the pump slows the writers down. It never stops them.
     static constexpr int fullBuffer = 1 << 20;
-    // So many at most: what comes then, while the reader does not read, is left out, and a line says so.
+    // The largest number of bytes that wait for the reader. Further output is dropped, and a line reports it.
     static constexpr int mostBytes = 256 << 20;
 
     static constexpr int channelCount = 2;
 
-    // One way through the pump: where bytes are read, and where they are written to.
+    // One way through the pump: it reads from one descriptor and writes to the other.
     struct Channel
     {
         FileDescriptor from;
@@ -39,21 +39,21 @@ public:
     OutputPump(const OutputPump&) = delete;
     OutputPump& operator=(const OutputPump&) = delete;
 
-    // Takes the four descriptors over, which must be non-blocking. False: there are no resources for it, and
-    // the channels are as before.
+    // Takes over the four descriptors, which must be non-blocking. Returns false if resources are missing;
+    // the channels are then unchanged.
     bool start(Channel (&channels)[channelCount]);
-    // Returns when everything that had been written before the call has reached the reader's end. The reader
-    // has to read meanwhile, or to close its end.
+    // Returns when all output that was written before the call has reached the reader's end. Meanwhile the
+    // reader must read or close its end.
     void stop();
 
 private:
     struct Way
     {
         Channel channel;
-        QByteArray waiting; // read, and not yet written from "done" on
+        QByteArray waiting; // already read; the bytes from "done" on are still to be written
         int done = 0;
-        bool ended = false;   // nothing more comes, or nothing more is wanted
-        bool leftOut = false; // since the buffer was full
+        bool ended = false;   // no more input comes, or no more output is wanted
+        bool leftOut = false; // output was dropped since the buffer became full
     };
 
     void run();

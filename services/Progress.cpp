@@ -17,7 +17,7 @@ namespace Progress {
 
 namespace {
 
-// Reports, and passes over the events, are this many milliseconds apart at least.
+// At least this many milliseconds lie between two reports, and between two passes over the events.
 const qint64 minInterval = 9;
 
 const quint32 maxCompleteRows = 20;
@@ -27,7 +27,7 @@ const QColor retryingColour(255, 140, 0, 255);
 const QColor inProgressColour(255, 255, 0, 255);
 const QColor completeColour(144, 238, 144, 255);
 
-// A timer that was never started has not run out.
+// False for a timer that was never started.
 bool intervalOver(const QElapsedTimer& timer)
 {
     return timer.isValid() && timer.elapsed() > minInterval;
@@ -41,7 +41,7 @@ Steps subtract(Steps value, Steps part)
 QLabel* makePlainLabel(const QString& text)
 {
     QLabel* label = new QLabel();
-    // Names of packages and files are no markup.
+    // Names of packages and files are plain text.
     label->setTextFormat(Qt::PlainText);
     label->setText(text);
     return label;
@@ -415,7 +415,7 @@ void Object::setItemActsThreadValue(unsigned int index, Steps value)
         oldValue = state[index].value;
         state[index].value = value;
     });
-    // The item value was clamped to the item's maximum, so it can be less than the thread's part of it.
+    // The item value was limited to the item's maximum, so it can be less than this thread's part of it.
     setItemValue(subtract(itemValue + value, oldValue));
 }
 
@@ -447,8 +447,8 @@ void Object::endItemActsThreads()
 
 void Object::setItemValue(Steps value)
 {
-    // An end value that comes too soon is not forced through: the bars get there with the next item, with the
-    // end of the acts or with the reset.
+    // A final value that comes too soon is not reported separately. The bars reach it with the next item, the
+    // end of the acts or the reset.
     itemValue = std::min(value, itemMax);
     totalValue = itemStart + itemShare(itemValue);
     if (intervalOver(itemTimer)) {

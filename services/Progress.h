@@ -1,10 +1,10 @@
-// Progress of a back-end operation on two bars: the total bar for the whole of it, the item bar for the step
-// now running.
+// Progress of a back-end operation on two bars: the total bar shows the whole operation, the item bar its
+// current step.
 //
-// Object is the side of the operation: it lives on the thread that runs it, does the arithmetic and limits
-// how often it reports. Minion is the side of the bars: it lives on the graphical thread and sets them. The
-// two are joined by queued signals, so the operation never waits. User gives one operation an Object for its
-// length.
+// Object is the operation's side. It lives on the thread that runs the operation, does the arithmetic and
+// limits how often it reports. Minion is the bars' side: it lives on the graphical thread and sets the bars.
+// Queued signals connect the two, so the operation never waits. User provides an Object for the length of one
+// operation.
 
 #ifndef SERVICES_PROGRESS_H
 #define SERVICES_PROGRESS_H
@@ -27,7 +27,7 @@ typedef quint64 Steps;
 
 namespace Progress {
 
-// One of the downloads that run side by side.
+// One of several parallel downloads.
 struct ThreadState
 {
     enum : quint32 { NotStarted = 0, Retrying = 1, InProgress = 2, Complete = 3 };
@@ -38,12 +38,12 @@ struct ThreadState
     quint32 state = NotStarted;
 };
 
-// All of them; a value type.
+// The states of all parallel downloads; a value type.
 class ThreadsState
 {
 public:
     ThreadsState();
-    // None of them started, all of unknown size.
+    // None of them is started, all sizes are unknown.
     explicit ThreadsState(quint32 count);
     ThreadsState(const ThreadsState& other);
     ThreadsState& operator=(const ThreadsState& other);
@@ -58,17 +58,18 @@ private:
     std::unique_ptr<ThreadState[]> threads;
 };
 
-// What an Object and its Minion share: the downloads as they are now. One report of them is on its way at
-// most, whatever their number; what changes meanwhile the Minion fetches when the report has arrived.
+// The current state of the downloads, which an Object and its Minion share. At most one report is on its way
+// to the Minion. When it arrives, the Minion fetches the changes that came meanwhile.
 struct Downloads
 {
-    QMutex mutex; // guards the rest
+    QMutex mutex; // guards the other members
     ThreadsState state;
-    bool reported = false; // and the report has not arrived yet
-    bool changed = false;  // since that report
+    bool reported = false; // a report is on its way
+    bool changed = false;  // the state has changed since that report
 };
 
-// Graphical thread; made by its Object and deleted there after the last signal has run. Owns nothing.
+// Graphical thread. Its Object makes it; it is deleted on the graphical thread after its last slot has run.
+// Owns nothing.
 class Minion : public QObject
 {
     Q_OBJECT
@@ -88,15 +89,15 @@ public Q_SLOTS:
     void setTotalValue(Steps total);
     void updateThreadsState(const ThreadsState& state);
     void reset();
-    // Shows the state of the downloads, if there are any. The position is one of the item bar.
+    // Shows the state of the downloads, if any. The position is in the item bar's coordinates.
     void itemProgressToolTip(const QPoint& pos);
 
 private:
     static void setupTip(GeneralTip* tip, void* minion);
     static QLabel* makeLabel(const QString& text, const QColor& colour);
 
-    // A bar counts in int, where steps are often bytes: all numbers of a bar lose as many of their low bits
-    // as make its maximum fit.
+    // A bar counts in int, but steps are often bytes and may exceed its range. All numbers of a bar are
+    // shifted right until its maximum fits.
     class Scale
     {
     public:
@@ -117,10 +118,11 @@ private:
     std::shared_ptr<Downloads> downloads;
 };
 
-// Lives on the thread that runs the operation and is used from no other.
+// Lives on the thread that runs the operation, which alone uses it.
 //
-// The total bar runs from 0 to the maximum of startTotal(). Every item covers the next stretch of it, and has
-// a range of its own on the item bar. A stretch may be divided into acts; an item then covers some of them.
+// The total bar runs from 0 to the maximum of startTotal(). Each item covers the next stretch of the total,
+// and has its own range on the item bar. A stretch may be divided into acts. Each item then covers some of
+// the acts.
 class Object : public QObject
 {
     Q_OBJECT
@@ -134,21 +136,21 @@ public:
     void startTotal(QString text, Steps max);
     void changeTotal(Steps max);
 
-    // Covers the next "steps" of the total. "itemMax" is the item's own range; with 0 any value fills it.
+    // Covers the next "steps" of the total. "itemMax" is the item's own range; with 0, any value fills it.
     void startItem(QString text, Steps steps, Steps itemMax);
     void changeItemActivity(QString text);
 
     // Divides the next "steps" of the total evenly among "acts".
     void setupItemActs(Steps steps, Steps acts);
     void changeItemActs(Steps acts);
-    // An item that covers the acts from the last one reached up to number "uptoAct".
+    // Starts an item that covers the acts from the last one reached up to number "uptoAct".
     void startItemAct(QString text, Steps itemMax, Steps uptoAct);
     void changeItemActSteps(Steps value, Steps max);
     // Goes to the end of all acts.
     void endItemActs();
 
-    // An item that stands for parallel downloads; its value is the sum of theirs. An index that is not below
-    // "threads" is ignored by the functions that follow.
+    // Starts an item for parallel downloads. Its value is the sum of their values. The functions below ignore
+    // an index that is not less than "threads".
     void setupItemActsThreads(QString text, Steps actsFrom, Steps uptoAct, unsigned int threads,
                               Steps itemMax);
     void startItemActThread(QString name, unsigned int index, Steps max);
@@ -157,9 +159,10 @@ public:
     void retryItemActThread(unsigned int index);
     void endItemActsThreads();
 
-    // Values that come within 10 ms of the last report are kept, but not reported.
+    // Values that come within 10 ms of the last report are stored, but not reported.
     void setItemValue(Steps value);
-    // Values that come within 10 ms of the last report are dropped, except for the first that is the maximum.
+    // Values that come within 10 ms of the last report are dropped, except the first one that equals the
+    // maximum.
     void setTotalValue(Steps value);
     void reset();
 
@@ -178,13 +181,13 @@ Q_SIGNALS:
     void resetSig();
 
 private:
-    // The share of the item's stretch of the total that a value of the item stands for.
+    // The part of the total that corresponds to a value of the item.
     Steps itemShare(Steps value) const;
-    // Changes the downloads, and reports them unless a report is on its way.
+    // Changes the downloads, and reports them unless a report is already on its way.
     void changeThreads(const std::function<void(ThreadsState& state)>& change);
-    // How far into the stretch of all acts the given number of them reaches.
+    // The part of the total that this number of acts covers.
     Steps actsShare(Steps acts) const;
-    // Keeps the display alive during an operation that runs in the graphical thread itself.
+    // Keeps the display responsive while the graphical thread itself runs an operation.
     void updateGui();
 
     Minion* minion;
@@ -203,10 +206,10 @@ private:
     Steps actsDone;
     Steps threadsActsFrom;
     Steps threadsActsCount;
-    std::shared_ptr<Downloads> downloads; // changed by this thread only
+    std::shared_ptr<Downloads> downloads; // only this thread changes it
 };
 
-// Gives the slot an Object for the length of a scope; leaves it null.
+// Sets the slot to an Object for the length of a scope, and resets it to null at the end.
 class User
 {
 public:

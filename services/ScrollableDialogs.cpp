@@ -11,7 +11,7 @@
 
 namespace {
 
-// Fills a dialog with the icon, the text and, below them, a row of buttons with these texts.
+// Fills a dialog with the icon, the text and, below the text, a row of buttons.
 QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QString& text,
                          const QStringList& buttonTexts)
 {
@@ -31,7 +31,7 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
     QVBoxLayout* layout = new QVBoxLayout(dialog);
     QHBoxLayout* topRow = new QHBoxLayout();
     layout->addLayout(topRow);
-    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // where the text begins
+    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // level with the first line of the text
     topRow->addWidget(scrollArea);
 
     QHBoxLayout* buttonRow = new QHBoxLayout();
@@ -45,8 +45,8 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
     }
     buttonRow->addStretch(1);
 
-    // By itself a window asks for two thirds of the screen at most: lines would be cut that there is room
-    // for.
+    // By default a window asks for at most two thirds of the screen, and would cut lines that fit on the
+    // screen.
     dialog->ensurePolished();
     dialog->resize(dialog->sizeHint().boundedTo(Metrics::maxWindowSize()));
     return buttons;

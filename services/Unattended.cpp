@@ -18,7 +18,7 @@ namespace {
 std::atomic<bool> unattended(false);
 std::atomic<bool> everything(false);
 std::atomic<void (*)(const QString&)> reporter(nullptr);
-std::mutex mutex; // guards the list, and the moment at which the flag changes
+std::mutex mutex; // guards the list, and the moment when the flag changes
 std::vector<Waiter*> waiters;
 
 } // namespace
@@ -69,7 +69,7 @@ void report(const QString& text)
     } else {
         qWarning("%s", bytes.constData());
     }
-    // The identity is the name of the program, which the library knows.
+    // syslog() uses the program's name as identity.
     syslog(LOG_USER | LOG_WARNING, "%s", bytes.constData());
 }
 

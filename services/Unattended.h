@@ -1,7 +1,7 @@
-// Whether anyone is there to see windows and to answer questions. Nobody is from the moment on at which the
-// display is lost or a signal asks the program to end; there is no way back.
+// Whether a user is present to see windows and to answer questions. When the display is lost, or a signal
+// asks the program to end, the program becomes unattended, and stays so.
 //
-// State of the process; any thread, except where it is said otherwise.
+// State of the process; any thread, unless a comment says otherwise.
 
 #ifndef SERVICES_UNATTENDED_H
 #define SERVICES_UNATTENDED_H
@@ -10,11 +10,11 @@ class QString;
 
 namespace Unattended {
 
-// Waits for an answer that nobody can give any more once the program is unattended.
+// Waits for an answer, and gives up when the program becomes unattended.
 class Waiter
 {
 public:
-    // Called once, with no lock of the waiter's held, on the thread that calls begin().
+    // Called once, on the thread that calls begin(). The waiter holds none of its locks.
     virtual void giveUpWaiting() = 0;
 
 protected:
@@ -23,21 +23,21 @@ protected:
 
 bool is();
 
-// From now on is() is true, and everyone who waits gives up. Graphical thread. Without the display everything
-// that is logged is to be reported; for who has asked for the end of the program, only what is wrong.
+// From now on is() returns true, and all waiters give up. Graphical thread. If the display is lost, report
+// everything that is logged; if somebody has asked the program to end, report only faults.
 enum class Reported { Everything, Faults };
 void begin(Reported what = Reported::Everything);
 
-// Whether everything that is logged is to be reported.
+// Whether everything that is logged must be reported.
 bool reportsEverything();
 
-// Registers a waiter until the matching remove(). False, and not registered: the program is unattended
-// already.
+// Registers a waiter until remove() is called. Returns false, and does not register it, if the program is
+// already unattended.
 bool add(Waiter* waiter);
 void remove(Waiter* waiter);
 
-// What would have been shown goes to the system's log, and to the program's messages: through the function,
-// which is called on any thread, once there is one.
+// Sends a text that no window can show to the system's log and to the program's messages. The messages go
+// through the function that reportThrough() sets, which is called on any thread.
 void report(const QString& text);
 void reportThrough(void (*function)(const QString& text));
 

@@ -17,7 +17,7 @@
 
 namespace {
 
-// A duplicate that no child process inherits, out of the way of the standard descriptors.
+// A duplicate that no child process inherits, with a number above the standard descriptors.
 int saveDescriptor(int fd)
 {
     return fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -37,14 +37,14 @@ void addFlag(int fd, int flag)
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | flag);
 }
 
-// What the C library still holds back belongs to whichever place the descriptors now lead to.
+// Text in the buffers of the C library must reach the descriptors to which it was written.
 void flushStreams()
 {
     fflush(stdout);
     fflush(stderr);
 }
 
-// Everything that is waiting at this moment, and no more: a writer that never rests must not hold the reader.
+// Reads only the bytes that are available now. Otherwise a writer without pauses would keep the reader here.
 QByteArray readWaiting(const FileDescriptor& fd)
 {
     int waiting = 0;
@@ -56,7 +56,7 @@ QByteArray readWaiting(const FileDescriptor& fd)
     return file.read(waiting);
 }
 
-// All that there are: made on workers, and deleted by the graphical thread.
+// All existing objects. Workers make them, the graphical thread deletes them.
 std::mutex minionsMutex;
 std::vector<YumIOCapturersMinion*> minions;
 
@@ -90,16 +90,15 @@ void YumIOCapturersMinion::serveAll()
     }
     for (YumIOCapturersMinion* minion : all) {
         if (minion->thread() != QThread::currentThread()) {
-            continue; // its worker is still making it
+            continue; // its worker has not finished its construction
         }
-        // initialize() and finalize(), as the worker has asked for them. Nobody but this thread deletes the
-        // object.
+        // Runs initialize() and finalize(), as the worker has asked. Only this thread deletes the object.
         QCoreApplication::sendPostedEvents(minion, QEvent::MetaCall);
         minion->readStdout();
         minion->readStderr();
         if (minion->finalizing) {
-            // This thread is inside it already, below the receiver that processed events, and does not go
-            // back there.
+            // This thread is already inside finalize(), below the receiver that processed events, and does
+            // not return there.
             minion->endFinalizing();
         }
     }
@@ -134,7 +133,7 @@ void YumIOCapturersMinion::finalize()
 {
     finalizing = true;
     if (active) {
-        // Switched off as well: a pipe without a writer is always ready to be read.
+        // The notifiers are disabled too: a pipe without a writer is always readable.
         for (QSocketNotifier* notifier : {stdoutNotifier.get(), stderrNotifier.get()}) {
             notifier->setEnabled(false);
             disconnect(notifier, nullptr, this, nullptr);
@@ -155,8 +154,8 @@ void YumIOCapturersMinion::endFinalizing()
     finished.release();
 }
 
-// The receiver may process events, in the course of which this object can be finalized and deleted: nothing
-// of it is touched once the text has been handed over.
+// The receiver may process events, and meanwhile this object may be finalized and deleted. Therefore no
+// member is used after the text has been handed over.
 void YumIOCapturersMinion::readStdout()
 {
     const QString text = stdoutDecoder.toUnicode(readWaiting(stdoutFd));
@@ -194,13 +193,13 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* receiver)
     }
 
     flushStreams();
-    // Without a duplicate to put back later, a descriptor is better left alone.
+    // A descriptor without a saved duplicate could not be restored, so it is not redirected.
     if (savedStdout.isOpen() && savedStderr.isOpen()) {
         stdoutRedirected = replaceDescriptor(stdoutPipe.writeEnd.get(), STDOUT_FILENO);
         stderrRedirected = stdoutRedirected && replaceDescriptor(stderrPipe.writeEnd.get(), STDERR_FILENO);
     }
     if (!stderrRedirected) {
-        // Nobody is going to read: what does not fit must fail instead of waiting.
+        // The pipe has no reader: a write that does not fit must fail instead of waiting.
         addFlag(stdoutPipe.writeEnd.get(), O_NONBLOCK);
         yumIO->error(tr("Unable to dup2 pipe to capture rpm transaction output"));
         return;
@@ -214,8 +213,8 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* receiver)
     minion->activate();
 }
 
-// Afterwards the read ends of the two pipes are those behind the pump. Without the resources for one the
-// pipes themselves are read, as they are.
+// Afterwards the read ends of the two pipes are the pump's outputs. If the resources for a pump are missing,
+// the pipes themselves are read.
 void YumIOCapturers::startPump()
 {
     Pipe behind[OutputPump::channelCount];
@@ -247,7 +246,7 @@ YumIOCapturers::~YumIOCapturers()
     flushStreams();
     if (!restore(savedStdout, STDOUT_FILENO, stdoutRedirected) ||
         !restore(savedStderr, STDERR_FILENO, stderrRedirected)) {
-        (void)pump.release(); // what is still redirected has to be passed on for the rest of the run
+        (void)pump.release(); // descriptors that are still redirected need the pump for the rest of the run
         return;
     }
     stdoutPipe.writeEnd.close();
@@ -264,7 +263,7 @@ YumIOCapturers::~YumIOCapturers()
 bool YumIOCapturers::restore(const FileDescriptor& saved, int fd, bool redirected)
 {
     if (redirected && !replaceDescriptor(saved.get(), fd)) {
-        // One text for both descriptors.
+        // The same text for both descriptors.
         yumIO->error(tr("Unable to dup2 to restore stderr"));
         return false;
     }

@@ -1,9 +1,9 @@
-// Feeds what is written to the process's standard output and standard error, also by the programs it starts,
-// to the back end for the length of an operation.
+// Sends the output of the process, and of the programs that it starts, to the back end for the length of an
+// operation. Standard output and standard error are captured.
 //
-// YumIOCapturers is made and destroyed on the worker thread and redirects descriptors 1 and 2 into pipes.
-// YumIOCapturersMinion lives on the graphical thread and reads what an OutputPump passes on from these pipes.
-// YumIOCapturersUser installs a YumIOCapturers for one operation.
+// YumIOCapturers is made and destroyed on the worker thread, and redirects descriptors 1 and 2 into pipes.
+// YumIOCapturersMinion lives on the graphical thread and reads the output that an OutputPump moves out of
+// these pipes. YumIOCapturersUser installs a YumIOCapturers for one operation.
 
 #ifndef SERVICES_YUMIOCAPTURERS_H
 #define SERVICES_YUMIOCAPTURERS_H
@@ -20,8 +20,8 @@
 #include "services/FileDescriptor.h"
 #include "services/OutputPump.h"
 
-// Made and switched on and off by the worker; its slots run in the graphical thread, where it is also
-// deleted.
+// The worker makes it and switches it on and off. Its slots run on the graphical thread, which also deletes
+// it.
 class YumIOCapturersMinion : public QObject
 {
     Q_OBJECT
@@ -29,17 +29,18 @@ class YumIOCapturersMinion : public QObject
 public:
     // Takes over the read ends of the two pipes, which must be non-blocking. The receiver is not owned.
     YumIOCapturersMinion(CapturedOutput* yumIO, int stdoutReadEnd, int stderrReadEnd);
-    // Reads what is left, without the worker waiting for it.
+    // Reads the remaining output. The worker does not wait for it.
     ~YumIOCapturersMinion() override;
 
-    // Does the part of every such object of the process without an event loop: reads what has come, and stops
-    // watching where the worker has asked for it. For a graphical thread that does not return to its loop.
+    // Does the work of every such object of the process without an event loop: reads the available output,
+    // and stops watching where the worker has asked for it. For a graphical thread that does not return to
+    // its event loop.
     static void serveAll();
 
     // Starts watching the pipes. Does not wait.
     void activate();
-    // Stops watching the pipes, and waits until everything that was written to them has been read. Not for
-    // the graphical thread: it would wait for itself.
+    // Stops watching the pipes, and waits until their contents have been read. The graphical thread must not
+    // call it, because it would wait for itself.
     void deactivate();
 
 public Q_SLOTS:
@@ -59,7 +60,7 @@ private:
     std::unique_ptr<QSocketNotifier> stdoutNotifier;
     std::unique_ptr<QSocketNotifier> stderrNotifier;
     QSemaphore finished;
-    // A character can be split between two reads.
+    // A multi-byte character can be split between two reads.
     QTextDecoder stdoutDecoder;
     QTextDecoder stderrDecoder;
 };
@@ -69,10 +70,10 @@ class YumIOCapturers : public QObject
     Q_OBJECT
 
 public:
-    // A failure is reported to the receiver, and the operation then runs without capture.
+    // A failure is reported to the receiver. The operation then runs without capture.
     explicit YumIOCapturers(CapturedOutput* yumIO);
-    // Puts the descriptors back, and returns when all that was written has reached the receiver. A failure to
-    // put one back is reported, and the pipes then stay watched.
+    // Restores the descriptors, and returns when all output has reached the receiver. A failure to restore
+    // one is reported. The pipes then stay watched.
     ~YumIOCapturers() override;
 
 private:
@@ -85,7 +86,7 @@ private:
     };
 
     void startPump();
-    // Puts a saved descriptor back in place, if it had been replaced; false, and reported, when that failed.
+    // Restores a saved descriptor, if it had been replaced. A failure is reported, and returns false.
     bool restore(const FileDescriptor& saved, int fd, bool redirected);
 
     YumIOCapturersMinion* minion;
@@ -99,8 +100,8 @@ private:
     bool stderrRedirected;
 };
 
-// Gives the slot a YumIOCapturers for the length of a scope, then puts its former value back. Scopes nest.
-// Not for the graphical thread.
+// Sets the slot to a YumIOCapturers for the length of a scope, then restores its former value. Scopes nest.
+// The graphical thread must not use it.
 class YumIOCapturersUser
 {
 public:

@@ -44,8 +44,8 @@ void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
     Q_EMIT setResult(0);
 }
 
-// The box of QMessageBox::warning() and critical() with three button texts, except that those take a text for
-// markup when it looks like it, and the texts here come from packages and failures.
+// Corresponds to QMessageBox::warning() and critical() with three button texts. Those functions interpret a
+// text that looks like markup, but these texts come from packages and failures.
 int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, const QString& text,
                                 const QStringList& buttonTexts, int defaultButtonNumber,
                                 int escapeButtonNumber)
@@ -62,8 +62,8 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
     box.setDefaultButton(buttons.value(defaultButtonNumber));
     box.setEscapeButton(buttons.value(escapeButtonNumber));
     const int number = box.exec();
-    // Nobody has answered a box that the end of the program closes, and that must not count as its first
-    // button.
+    // If the end of the program closes the box, no button was clicked, and the first button must not count as
+    // the answer.
     return box.clickedButton() != nullptr ? number : escapeButtonNumber;
 }
 
@@ -149,7 +149,7 @@ void YumIODialogs::setResult(int answer)
 
 void YumIODialogs::waitForResult()
 {
-    // In the graphical thread the dialog has already run inside the signal.
+    // On the graphical thread the dialog has already run inside the signal.
     if (!haveResult) {
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
@@ -157,7 +157,7 @@ void YumIODialogs::waitForResult()
 
 void YumIODialogs::giveUpWaiting()
 {
-    // Queued: the answer has to come from the loop of the thread that waits.
+    // Queued, because the answer must come from the event loop of the waiting thread.
     QMetaObject::invokeMethod(this, "setResult", Qt::QueuedConnection, Q_ARG(int, safeResult));
 }
 

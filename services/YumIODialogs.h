@@ -1,6 +1,6 @@
-// Lets a worker thread ask the user something and wait for the answer.
+// Lets a worker thread ask the user a question and wait for the answer.
 //
-// YumIODialogs lives on the thread that asks; its requests wait in an event loop of that thread.
+// YumIODialogs lives on the thread that asks, and waits for the answer in an event loop of that thread.
 // YumIODialogsMinion lives on the graphical thread and runs the dialogs. YumIODialogsUser installs a
 // YumIODialogs of the worker for the length of one operation.
 
@@ -14,13 +14,13 @@
 
 #include "services/Unattended.h"
 
-// Graphical thread; made by its YumIODialogs and deleted there later.
+// Graphical thread; its YumIODialogs makes it and has it deleted there later.
 class YumIODialogsMinion : public QObject
 {
     Q_OBJECT
 
 public:
-    // The parent of every dialog; not owned.
+    // The parent of every dialog is not owned.
     explicit YumIODialogsMinion(QWidget* parent);
 
 public Q_SLOTS:
@@ -38,38 +38,38 @@ Q_SIGNALS:
     void setResult(int result);
 
 private:
-    // Runs a message box and returns the number of the button pressed.
+    // Runs a message box and returns the number of the pressed button.
     int message(QMessageBox::Icon icon, const QString& caption, const QString& text,
                 const QStringList& buttonTexts, int defaultButtonNumber, int escapeButtonNumber);
 
     QWidget* parentWidget;
 };
 
-// Used only from the thread that made it; one request at a time. Made in the graphical thread it works too:
-// the dialog then runs inside the request. While the program is unattended, nothing is shown, and each
-// request returns the safe answer at once: rejected, or the escape button.
+// Only the thread that made it uses it; one request at a time. On the graphical thread the dialog runs inside
+// the request. While the program is unattended, no dialog is shown. Each request then returns the safe answer
+// at once: rejected, or the escape button.
 class YumIODialogs : public QObject, private Unattended::Waiter
 {
     Q_OBJECT
 
 public:
-    // The parent of every dialog; not owned.
+    // The parent of every dialog is not owned.
     explicit YumIODialogs(QWidget* parent);
     ~YumIODialogs() override;
 
-    // 1 when the user accepted, 0 when he rejected or closed the dialog.
+    // Returns 1 if the user accepts, 0 if the user rejects or closes the dialog.
     int confirm(const QString& caption, const QString& text, const QString& acceptText,
                 const QString& rejectText);
-    // The number of the button pressed. A button without a text is left out, except that button 0 is then
-    // called "OK". An escape button number of -1: none, unless there is only one button. It is the answer too
-    // when the program ends before the user has given one.
+    // Returns the number of the pressed button. A button without a text is omitted, except that button 0 is
+    // then "OK". With -1 as the number of the escape button there is none, unless there is only one button.
+    // The number of the escape button is also the answer if the program ends before the user gives one.
     int warning(const QString& caption, const QString& text, const QString& button0Text,
                 const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                 int escapeButtonNumber);
     int critical(const QString& caption, const QString& text, const QString& button0Text,
                  const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                  int escapeButtonNumber);
-    // Always 0.
+    // Always returns 0.
     int scrollable(const QString& caption, const QString& text);
 
 public Q_SLOTS:
@@ -87,7 +87,7 @@ Q_SIGNALS:
     void scrollableSig(const QString& caption, const QString& text);
 
 private:
-    // Sends the request and waits for its answer. Returns "safe" when nobody can answer.
+    // Sends the request and waits for its answer. Returns "safe" if nobody can answer.
     template <typename Request> int ask(int safe, const Request& request);
     void waitForResult();
     void giveUpWaiting() override;
@@ -96,10 +96,10 @@ private:
     QEventLoop loop;
     bool haveResult;
     int result;
-    int safeResult; // of the request that waits
+    int safeResult; // the safe answer of the waiting request
 };
 
-// Gives the slot a YumIODialogs for the length of a scope, then puts its former value back. Scopes nest.
+// Sets the slot to a YumIODialogs for the length of a scope, then restores its former value. Scopes nest.
 class YumIODialogsUser
 {
 public:

@@ -21,13 +21,13 @@ QPalette makeLabel(const QPalette& palette, const QColor& background)
     return made;
 }
 
-// Of a background below this luminance, white differs more than black does.
+// On a background below this luminance, white text has more contrast than black text.
 const double darkestLightBackground = 0.179;
 
-// What text of an ordinary size needs at least to be told from its background.
+// The minimum contrast of readable text of an ordinary size.
 const double leastContrast = 4.5;
 
-// From 0 for black to 1 for white, as the eye sees it.
+// From 0 for black to 1 for white, as the eye perceives it.
 double luminance(const QColor& color)
 {
     const auto linear = [](double part) {
@@ -41,7 +41,7 @@ bool isDark(const QColor& background)
     return luminance(background) < darkestLightBackground;
 }
 
-// Of a colour on a darker background.
+// The contrast of a colour on a darker background.
 double contrast(const QColor& color, const QColor& background)
 {
     return (luminance(color) + 0.05) / (luminance(background) + 0.05);
@@ -106,7 +106,7 @@ QString okBg()
 
 QPalette makeRequired(const QPalette& palette)
 {
-    // The form asks for it with every key that is typed.
+    // The form asks for it at each key press.
     static const QColor background(requiredBg());
     QPalette made(palette);
     made.setColor(QPalette::Active, QPalette::Base, background);

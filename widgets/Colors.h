@@ -1,6 +1,6 @@
 // The colours of the program: one name for each meaning, so that an error looks the same in every window.
 //
-// Graphical thread; no state, except that requiredBg() is read for makeRequired() once per run.
+// Graphical thread; no state, except that makeRequired() reads requiredBg() only once per run.
 
 #ifndef WIDGETS_COLORS_H
 #define WIDGETS_COLORS_H
@@ -11,8 +11,8 @@
 
 namespace Colors {
 
-// Each is a name or "#rrggbb" that both QColor and the colour attribute of rich text accept. All of them go
-// through translation, so a translation may choose other colours.
+// Each is a name or "#rrggbb"; both QColor and the colour attribute of rich text accept it. All colours are
+// translatable, so a translation may choose other colours.
 QString action();        // headings, action markers
 QString error();         // error text
 QString errorDisabled(); // error text in a disabled item
@@ -25,21 +25,21 @@ QString errorBg();       // background of an error label
 QString warningBg();     // background of a warning label
 QString okBg();          // background of a success label
 
-// A copy of the palette for an input field that must be filled in. A disabled field keeps its colour.
+// A copy of the palette for a required input field. A disabled field keeps its colour.
 QPalette makeRequired(const QPalette& palette);
 
-// Copies of the palette for a label that tells of an error, a warning or a success: the background says
-// which, and the text is black or white, whichever can be read on it.
+// Copies of the palette for a label that shows an error, a warning or a success. The background has the
+// colour of that meaning. The text is black or white, whichever is easier to read on it.
 QPalette makeError(const QPalette& palette);
 QPalette makeWarning(const QPalette& palette);
 QPalette makeOK(const QPalette& palette);
 
-// The colour, given by name, as it is to be used for text on the background: the name itself, except on a
-// dark background that it cannot be read on; then "#rrggbb" of the same hue, as light as it has to be.
+// A text colour that is readable on the background: the name itself, except if it cannot be read on a dark
+// background. Then it is "#rrggbb" of the same hue, as light as necessary.
 QString readable(const QString& name, const QColor& background);
 
-// The text colour of a disabled item: the name itself, except on a dark background, where it would stand out
-// more than that of an enabled one; then the latter, half way to the background.
+// The text colour of a disabled item: the name itself, except if it would be more conspicuous on a dark
+// background than the colour of an enabled item. Then it is half way between that colour and the background.
 QString readableDisabled(const QString& name, const QString& enabledName, const QColor& background);
 
 } // namespace Colors

@@ -32,7 +32,7 @@ const QPalette& tipPalette()
     return palette;
 }
 
-// The index, in QGuiApplication::screens(), of the screen to show a tip on.
+// The index, in QGuiApplication::screens(), of the screen for a tip.
 int screenFor(const QPoint& pos, const QWidget* w)
 {
     const QList<QScreen*> screens = QGuiApplication::screens();
@@ -56,7 +56,7 @@ bool isModifier(int key)
 
 bool isModifierHeld(const QKeyEvent* event)
 {
-    // A key of the number pad carries a modifier that nobody holds.
+    // A key of the number pad has a modifier although the user holds no modifier key.
     return (event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier;
 }
 
@@ -88,8 +88,8 @@ void GeneralTip::showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), vo
                          bool sticky)
 {
     const int number = screenFor(pos, w);
-    // As parent, the desktop's widget only tells the screen; there is no other way to do so before the window
-    // exists.
+    // The desktop's widget is the parent only to select the screen. Before the window exists, this is the
+    // only way.
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     QWidget* parent = QApplication::desktop()->screen(number);
@@ -105,7 +105,7 @@ void GeneralTip::showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), vo
 
 void GeneralTip::place(const QPoint& pos, const QRect& screen)
 {
-    // Not right() and bottom(), which lie one pixel inside.
+    // right() and bottom() are one pixel too small.
     const int screenRight = screen.x() + screen.width();
     const int screenBottom = screen.y() + screen.height();
     QPoint corner = pos + QPoint(2, 16);

@@ -1,6 +1,6 @@
-// A pop-up that looks and goes away like a tool tip but holds whatever widgets its caller puts on it.
+// A pop-up that looks and disappears like a tool tip, but contains the widgets that its caller puts on it.
 //
-// Graphical thread. At most one exists at a time; nobody owns it: it deletes itself soon after it was hidden.
+// Graphical thread. At most one exists at a time. It has no owner: it deletes itself soon after it is hidden.
 
 #ifndef WIDGETS_GENERALTIP_H
 #define WIDGETS_GENERALTIP_H
@@ -13,16 +13,16 @@ class GeneralTip : public QFrame
     Q_OBJECT
 
 public:
-    // Shows a new tip near the global position pos, in place of the one that exists, if any. fill(tip, data)
-    // puts a layout with the contents on the tip; data is handed to it as it is. w is the widget that the tip
-    // is about: it tells the screen where the desktop is not one virtual area. A sticky tip stays until the
-    // user does something; any other also goes away after ten seconds.
+    // Shows a new tip near the global position pos, and removes an existing one. fill(tip, data) puts a
+    // layout with the contents on the tip; data is passed on unchanged. w is the widget that the tip
+    // describes. It determines the screen if the desktop is not one virtual area. A sticky tip stays until
+    // the user does something; other tips also disappear after ten seconds.
     static void showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), void* data, QWidget* w,
                         bool sticky);
 
     ~GeneralTip() override;
 
-    // Hides the tip, which is deleted a quarter of a second later.
+    // Hides the tip. It is deleted a quarter of a second later.
     void hideTip();
 
     bool eventFilter(QObject* watched, QEvent* event) override;

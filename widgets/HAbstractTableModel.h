@@ -1,4 +1,4 @@
-// A table model that can make its views and proxies read everything again.
+// A table model that can make its views and proxies read all data again.
 //
 // Graphical thread; owned by its Qt parent.
 

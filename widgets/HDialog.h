@@ -1,4 +1,4 @@
-// A dialog in which Return and Enter belong to its input fields: they do not press the default button.
+// A dialog in which Return and Enter go to the input fields and do not press the default button.
 //
 // Graphical thread; owned by its Qt parent.
 

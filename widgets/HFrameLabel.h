@@ -1,5 +1,4 @@
-// A status label: a framed, coloured text that cannot be told from the background while it has nothing to
-// say.
+// A status label: a framed, coloured text. Without a text, it looks like the background.
 //
 // Graphical thread; owned by its Qt parent.
 
@@ -23,11 +22,10 @@ public:
 
     QString text() const;
 
-    // Plain text, whatever it looks like. An empty one makes the label vanish into its surroundings; it keeps
-    // its place in the layout.
+    // Plain text, never markup. With an empty text the label is invisible, and keeps its place in the layout.
     virtual void setText(const QString& text);
 
-    // The palette for the times when there is a text.
+    // The palette while the label has a text.
     virtual void setPalette(const QPalette& palette);
 
 private:

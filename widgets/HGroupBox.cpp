@@ -10,7 +10,7 @@ void HGroupBox::paintEvent(QPaintEvent*)
     QStylePainter painter(this);
     QStyleOptionGroupBox option;
     initStyleOption(&option);
-    // The style makes room for these.
+    // The style reserves room for these blanks too.
     option.text += QString(1 + option.text.size() / 8, QChar(QChar::Nbsp));
     painter.drawComplexControl(QStyle::CC_GroupBox, option);
 }

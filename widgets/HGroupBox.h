@@ -1,5 +1,5 @@
-// A group box whose title is shown to its end: some styles leave a pixel or two less room than the text
-// takes, the more letters the more.
+// A group box that shows its whole title. Some styles reserve a pixel or two less than the title needs, and
+// the difference grows with its length.
 //
 // Graphical thread; owned by its Qt parent.
 

@@ -14,7 +14,8 @@ class HItemDelegate : public QItemDelegate
 public:
     explicit HItemDelegate(QObject* parent = nullptr);
 
-    // Shows the tool tip of a cell as it is: the texts of a table come from elsewhere.
+    // Shows the tool tip of a cell as plain text, because the texts of a table come from packages and
+    // repositories.
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;
 

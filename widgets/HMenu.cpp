@@ -9,7 +9,7 @@
 
 namespace {
 
-// The action that the user has reached in the menu and its open sub-menus; null when there is none.
+// The action that the user has reached in the menu and its open sub-menus; null if there is none.
 const QAction* lastActiveAction(const QMenu* menu)
 {
     const QAction* last = nullptr;
@@ -20,8 +20,8 @@ const QAction* lastActiveAction(const QMenu* menu)
     return last;
 }
 
-// An action without a tool tip answers with its text, which the menu shows already.
-bool tellsMoreThanText(const QAction& action)
+// The tool tip of an action without its own tool tip is its text, which the menu already shows.
+bool addsToText(const QAction& action)
 {
     QString text = action.text();
     text.remove(QStringLiteral("...")).remove(QLatin1Char('&'));
@@ -39,7 +39,7 @@ bool HMenu::event(QEvent* event)
 {
     if (event->type() == QEvent::ToolTip) {
         const QAction* action = lastActiveAction(this);
-        if (action != nullptr && tellsMoreThanText(*action)) {
+        if (action != nullptr && addsToText(*action)) {
             QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
                                Literal::toolTip(action->toolTip()));
         }

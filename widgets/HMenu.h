@@ -14,7 +14,7 @@ class HMenu : public QMenu
     Q_OBJECT
 
 public:
-    // The bar becomes the parent; putting the menu into it (QMenuBar::addMenu) is left to the caller.
+    // The bar becomes the parent. The caller still has to add the menu to the bar (QMenuBar::addMenu).
     explicit HMenu(QString title, QMenuBar* parent = nullptr);
 
 protected:

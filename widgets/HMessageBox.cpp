@@ -28,7 +28,7 @@ void HMessageBox::showEvent(QShowEvent* event)
     widen();
 }
 
-// The base class has a width at which it cuts what it cannot break, a name of a file for one.
+// The base class limits the width, and cuts words that it cannot break, such as file names.
 void HMessageBox::widen()
 {
     const int width = qMin(layout()->totalMinimumSize().width(), Metrics::maxWindowSize().width());

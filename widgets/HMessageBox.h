@@ -1,7 +1,7 @@
-// A message box for texts that come from packages, servers and failures: plain text, never markup, and wide
-// enough for the longest of its words, as far as the screen has room for it.
+// A message box for texts that come from packages, servers and failures. The text is plain text, never
+// markup. The box is wide enough for the longest word, as far as the screen permits.
 //
-// Graphical thread; owned by whoever runs it, and by its Qt parent.
+// Graphical thread; owned by the code that runs it, and by its Qt parent.
 
 #ifndef WIDGETS_HMESSAGEBOX_H
 #define WIDGETS_HMESSAGEBOX_H

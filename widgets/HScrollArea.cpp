@@ -47,7 +47,7 @@ void HScrollArea::forceResize()
     }
     widget()->resize(widget()->sizeHint());
     updateGeometry();
-    // The new geometry may have changed what the inner widget asks for.
+    // The new geometry may have changed the size hint of the inner widget.
     widget()->resize(widget()->sizeHint());
 }
 

@@ -1,4 +1,4 @@
-// A scroll area that asks for the room its inner widget needs, up to a largest size.
+// A scroll area whose size hint fits its inner widget, up to a maximum size.
 //
 // Graphical thread; owned by its Qt parent, and owns its inner widget.
 
@@ -12,19 +12,20 @@ class HScrollArea : public QScrollArea
     Q_OBJECT
 
 public:
-    // The size hint is bounded by the screen alone.
+    // Only the screen limits the size hint.
     explicit HScrollArea(QWidget* parent = nullptr);
-    // In pixels.
+    // The maximum size is in pixels.
     explicit HScrollArea(QSize maxSize, QWidget* parent = nullptr);
-    // In letters of the area's font at construction; -1 for either leaves that direction unbounded.
+    // The maximum size is in letters of the area's font at construction; -1 means no limit in that direction.
     HScrollArea(int columns, int rows, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
 
-    // Gives the inner widget, whose contents were changed, the size it asks for.
+    // Gives the inner widget the size that its changed contents need.
     void forceResize();
 
-    // The pixels that a style takes which draws the frame around the contents but not around the scroll bars.
+    // The additional pixels in a style that draws the frame around the contents but not around the scroll
+    // bars.
     int frameOnlyAroundContentsPixels() const;
 
 private:

@@ -106,7 +106,7 @@ bool HSortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex&
     case Order::Equal:
         break;
     }
-    // Rows that are equal in the second column too are left to the stable sort of the base class.
+    // The base class sorts stably, and so decides the order of rows that are also equal in the second column.
     const QModelIndex secondary = createSecondarySortIndex(left);
     return left.column() != secondarySortColumn && secondary.isValid() &&
            lessThan(secondary, createSecondarySortIndex(right));

@@ -1,4 +1,4 @@
-// Sorts a table by the values of a column, and rows that are equal there by a second column.
+// Sorts a table by the values of a column, and equal rows by a second column.
 //
 // Graphical thread; owned by its Qt parent. The source model is not owned.
 
@@ -18,22 +18,22 @@ public:
     explicit HSortFilterProxyModel(int secondarySortColumn, QObject* parent = nullptr);
 
     void setSourceModel(HAbstractTableModel* model);
-    // A model of another kind than HAbstractTableModel is filtered and sorted like any, but has no second
-    // column and is not made to sort from scratch.
+    // Filters and sorts a model that is no HAbstractTableModel too. Such a model has no second column and is
+    // not sorted from scratch.
     void setSourceModel(QAbstractItemModel* model) override;
 
-    // Each does what the base class does, and then sorts from scratch.
+    // Each of these calls the base class, and then sorts from scratch.
     void filterChanged();
     void clear();
     void setFilterRegExp(const QString& pattern);
     void setFilterRegExp(const QRegExp& regExp);
 
 protected:
-    // Indexes of the source model. Compares by the type of the left display value: numbers, characters, dates
-    // and times by value, everything else as text, by UTF-16 code units.
+    // Compares indexes of the source model by the type of the left display value. Numbers, characters, dates
+    // and times are compared by value, everything else as text, by UTF-16 code units.
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
-    // The cell of the second column in the row of a source index; invalid without such a cell.
+    // The cell of the second column in the row of a source index; invalid if that cell does not exist.
     QModelIndex createSecondarySortIndex(const QModelIndex& index) const;
 
 private:

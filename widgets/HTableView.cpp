@@ -34,7 +34,7 @@ void HTableView::setOneLineRows()
 
 void HTableView::fitRowsToFont()
 {
-    // In steps, because a drawing that is scaled by a pixel or two is blurred.
+    // The size grows in steps, because an icon that is scaled by a pixel or two is blurred.
     const int step = 8;
     const int side = qMax(style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this),
                           fontMetrics().height() / step * step);

@@ -1,5 +1,5 @@
-// A table view that asks for the room its columns and a given number of rows need, and can fit its columns
-// and its window to the contents.
+// A table view whose size hint fits its columns and a given number of rows. It can fit its columns and its
+// window to the contents.
 //
 // Graphical thread; owned by its Qt parent. The model is not owned.
 
@@ -17,31 +17,32 @@ public:
     HTableView(QStyleOptionViewItem::Position decorationPosition, int minRows, int maxRows,
                QWidget* parent = nullptr);
 
-    // The first call decides, by the rows that the model then has, for how many rows the view asks room; the
-    // view does not grow or shrink as rows come and go later.
+    // The first call fixes the number of rows in the size hint, from the number of rows in the model at that
+    // time. Later changes of that number do not resize the view.
     QSize sizeHint() const override;
 
-    // In pixels, over all rows, not only the visible ones; -1 without a model.
+    // In pixels; considers all rows, not only the visible ones; -1 without a model.
     int sizeHintForColumn(int column) const override;
 
-    // The rows of the selection that can be selected, in selection order, each by its leftmost selected
-    // column.
+    // The selectable rows of the selection, in selection order. Each index is in the leftmost selected column
+    // of its row.
     QModelIndexList selectedRows() const;
 
-    // The pixels that a style takes which draws the frame around the contents but not around the scroll bars.
+    // The additional pixels in a style that draws the frame around the contents but not around the scroll
+    // bars.
     int frameOnlyAroundContentsPixels() const;
 
-    // Makes all rows one line of text high, with icons that go with it, and keeps them so when the font
-    // changes. No row is asked for its height, which would take its time with very many of them.
+    // Makes all rows one line of text high, with icons of a matching size, and adjusts them when the font
+    // changes. The view then does not ask each row for its height, which would be slow with very many rows.
     void setOneLineRows();
 
 public Q_SLOTS:
-    // Fits the columns to their contents, and then enlarges the window to its size hint, as far as the screen
-    // allows.
+    // Fits the columns to their contents. Then enlarges the window to its size hint, as far as the screen
+    // permits.
     void resizeColumnsToContents();
 
-    // In the order that the header shows for the column; ascending when it shows none. Does nothing without a
-    // model.
+    // Sorts in the order that the header shows for the column; ascending if it shows none. Does nothing
+    // without a model.
     void sortByColumn(int column);
     void sortByColumn(int column, Qt::SortOrder order);
 
@@ -51,15 +52,16 @@ protected:
     // Shift+F10 opens the menu of the current cell, as the menu key does.
     void keyPressEvent(QKeyEvent* event) override;
 
-    // The width in pixels of the widest cell of the column, without the grid; called with a model only. Asks
-    // the delegate about every row: a view of very many rows that knows its texts can answer faster.
+    // The width in pixels of the widest cell of the column, without the grid. It is called only with a model.
+    // This implementation asks the delegate about every row. A view of very many rows can override it with a
+    // faster one.
     virtual int contentsWidthForColumn(int column) const;
 
 private:
     void fitRowsToFont();
 
     QStyleOptionViewItem::Position decorationPosition;
-    // Equal once the number of rows is decided.
+    // Both are equal once the number of rows is fixed.
     mutable int minRows;
     mutable int maxRows;
     bool oneLineRows;

@@ -1,4 +1,4 @@
-// A text edit that asks for room for a number of columns and rows, and says when the user is done with it.
+// A text edit whose size hint fits a number of columns and rows, and which reports the end of the editing.
 //
 // Graphical thread; owned by its Qt parent.
 
@@ -13,21 +13,22 @@ class HTextEdit : public QTextEdit
 
 public:
     explicit HTextEdit(QWidget* parent = nullptr);
-    // -1 for either leaves that direction to the base class.
+    // -1 leaves that direction to the base class.
     HTextEdit(int columns, int rows, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
 
-    // Appends a paragraph without space above or below it. Text that looks like rich text is taken as such.
+    // Appends a paragraph without space above or below it. Text that looks like rich text is shown as rich
+    // text.
     void appendCompact(const QString& text);
 
 Q_SIGNALS:
-    // The focus went to another widget; not for a pop-up, nor for the edit's own context menu.
+    // The focus moved to another widget. A pop-up or the edit's own context menu does not count.
     void editingFinished();
 
 protected:
     void focusOutEvent(QFocusEvent* event) override;
-    // Ctrl+Home and Ctrl+End lead to the ends of a text that has no cursor, too.
+    // Ctrl+Home and Ctrl+End go to the ends of a text, even if it has no cursor.
     void keyPressEvent(QKeyEvent* event) override;
 
 private:

@@ -10,8 +10,8 @@
 
 namespace Icons {
 
-// The icon "icons/NAME.png", with its drawing in a large size for displays and fonts that need one. It looks
-// the same in a selected row: tinted in the selection's colour it would hardly be seen.
+// The icon "icons/NAME.png", with its drawing in a large size for high resolutions and large fonts. It looks
+// the same in a selected row, because a tinted icon would hardly be visible there.
 QIcon shared(const QString& name);
 
 } // namespace Icons

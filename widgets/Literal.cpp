@@ -4,7 +4,7 @@
 
 QString Literal::toolTip(const QString& text)
 {
-    // What is no rich text is shown as it is.
+    // Qt shows any other text unchanged.
     if (!Qt::mightBeRichText(text)) {
         return text;
     }

@@ -1,5 +1,5 @@
-// Makes a text from elsewhere, of a package, a repository, a file, a server or a failure, be shown as it is
-// where Qt would look for a meaning in it. Everywhere else it is up to the widget: a label gets
+// Makes Qt show a foreign text unchanged where Qt would interpret it. Foreign texts come from packages,
+// repositories, files, servers and failures. In other places the widget does this: a label has
 // setTextFormat(Qt::PlainText), a box is an HMessageBox.
 //
 // Any thread; no state.
@@ -11,11 +11,11 @@
 
 namespace Literal {
 
-// A tool tip that shows the text. Rich text would be taken for some, and load the pictures that it names; to
-// be applied once, where the tool tip is shown or set.
+// A tool tip that shows the text. Qt would interpret a text that looks like rich text, and load the pictures
+// that it names. Call it once, in the place that shows or sets the tool tip.
 QString toolTip(const QString& text);
 
-// A title of a window that shows the text: "[*]" has a meaning there.
+// A window title that shows the text. Qt gives "[*]" in titles a meaning.
 QString title(QString text);
 
 } // namespace Literal

@@ -1,4 +1,4 @@
-// Measures that the widgets share.
+// Sizes that several widgets use.
 //
 // Graphical thread; no state.
 
@@ -12,15 +12,15 @@ class QFontMetrics;
 
 namespace Metrics {
 
-// Nine tenths, in pixels, of the width and height of the screen that the program runs on, so that the window
-// manager's frame and panels keep some room.
+// Nine tenths, in pixels, of the width and height of the screen that the program uses. The rest is for the
+// window manager's frame and panels.
 QSize maxWindowSize();
 
-// The width in pixels of the letter that stands for a column of text.
+// The width in pixels of the letter that measures columns of text.
 int columnWidth(const QFontMetrics& metrics);
 
-// The pixels of width, and as many of height, that a style takes which draws the frame around the contents
-// but not around the scroll bars; else 0.
+// The additional pixels, in width and in height, in a style that draws the frame around the contents but not
+// around the scroll bars; in other styles 0.
 int frameOnlyAroundContentsPixels(const QAbstractScrollArea* area);
 
 } // namespace Metrics

@@ -16,7 +16,7 @@ class TextDialog : public QDialog
 public:
     explicit TextDialog(QWidget* parent = nullptr);
 
-    // Never taken as rich text, whatever it looks like.
+    // Shown as plain text, even if it looks like rich text.
     void setText(QString text);
 
 private:

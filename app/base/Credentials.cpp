@@ -11,7 +11,7 @@ const QLatin1String pathMark("&path=");
 const QLatin1String hostMark("://");
 const QLatin1String passwordMark("password");
 
-// A password, and with it all that has to go when the credentials are taken out of a URL.
+// A password, and the part of the URL that goes with it when the credentials are removed.
 struct Found
 {
     int begin;
@@ -20,13 +20,14 @@ struct Found
     int partEnd;
 };
 
-// Finds the next character of a kind. The places asked for only grow, so that the text is looked at once.
+// Finds the next character of a kind. Each call starts at or behind the place of the call before, so the text
+// is scanned only once.
 template <typename Wanted> class Next
 {
 public:
     Next(const QString& whole, Wanted isWanted) : text(whole), wanted(isWanted) {}
 
-    // The end of the text when there is none from there on.
+    // Returns the end of the text if no such character follows.
     int from(int begin)
     {
         position = std::max(position, begin);
@@ -82,7 +83,8 @@ bool isBlank(QChar character)
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
 }
 
-// Every password that the scheme has for one, be there white space in it or not: the credentials are read so.
+// Finds each password at the place that the scheme defines, even with white space in it. The credentials are
+// read in the same way.
 void findVantor(const QString& text, QVector<Found>& found)
 {
     auto nameEnd = makeNext(text, isEqualsSign);
@@ -106,7 +108,7 @@ void findVantor(const QString& text, QVector<Found>& found)
     }
 }
 
-// What fetches files puts their paths before the query, and messages go on behind a blank.
+// The programs that download files put their paths before the query. In messages a blank may end the URL.
 void findVantorWithPath(const QString& text, QVector<Found>& found)
 {
     auto pathEnd = makeNext(text, endsPath);
@@ -142,16 +144,16 @@ bool isDigit(QChar character)
     return character >= QLatin1Char('0') && character <= QLatin1Char('9');
 }
 
-// Whether what follows the first colon behind "://" may be a port, a variable that stands for one, or a part
-// of an address in brackets.
+// Whether the text behind the first colon after "://" may be a port, a variable with a port as its value, or
+// a part of an address in brackets.
 bool mayBePort(const QString& text, int host, int colon, int end)
 {
     return text.at(host) == QLatin1Char('[') || colon + 1 == end || text.at(colon + 1) == QLatin1Char('$') ||
            std::all_of(text.begin() + colon + 1, text.begin() + end, isDigit);
 }
 
-// A name and a password before a host. A slash, which should be written as %2f, may stand in the password:
-// then what is before it is no port.
+// A name and a password before a host. The password may contain a slash, although a slash should be written
+// as %2f. The text before that slash is not a port.
 void findBeforeHost(const QString& text, QVector<Found>& found)
 {
     auto hostEnd = makeNext(text, endsHost);
@@ -188,7 +190,7 @@ void findBeforeHost(const QString& text, QVector<Found>& found)
             continue;
         }
         const bool hasPassword = colon >= 0 && colon < lastAt;
-        // An "@" in the query is none of the host's, but what is before it is hidden all the same.
+        // An "@" in the query does not belong to the host, but the text before it is hidden all the same.
         const int partEnd = lastBeforeQuery >= 0 ? lastBeforeQuery + 1 : hasPort ? begin : lastAt + 1;
         found.append({hasPassword ? colon + 1 : begin, hasPassword ? lastAt : -1, begin, partEnd});
     }
@@ -207,7 +209,7 @@ void findParameters(const QString& text, QVector<Found>& found)
     }
 }
 
-// The end of the line, and of all lines that continue it.
+// The end of the line, or of the last line that continues it.
 int endOfValue(const QString& text, int position)
 {
     for (;;) {
@@ -275,7 +277,7 @@ QVector<Credentials::Place> united(QVector<Credentials::Place> given)
     return result;
 }
 
-// The lines of a place. What a line is indented by is no part of a password.
+// Appends the lines of a place. The indentation of a line is not a part of a password.
 void appendLines(const QString& text, const Credentials::Place& place, QVector<Credentials::Place>& lines)
 {
     int begin = place.begin;
@@ -287,7 +289,7 @@ void appendLines(const QString& text, const Credentials::Place& place, QVector<C
                 ++begin;
             }
         }
-        // The place of an empty password has to be known, but an empty line is none.
+        // An empty line is not a place, but the place of an empty password is one.
         if (begin < end || place.length == 0 || end == place.begin) {
             lines.append({begin, end - begin});
         }

@@ -20,7 +20,7 @@ DefaultStyle::DefaultStyle(int argc, char** argv) : userStyle(false)
     }
     if (!userStyle) {
         QSettings settings(QSettings::UserScope, QStringLiteral("Trolltech"));
-        settings.setFallbacksEnabled(false); // what the system's file says nobody has chosen
+        settings.setFallbacksEnabled(false); // the system's file is not a choice of the user
         settings.beginGroup(QStringLiteral("Qt"));
         userStyle = settings.contains(QStringLiteral("style"));
     }

@@ -1,7 +1,7 @@
 // Gives the program its own default widget style, unless the user has chosen one.
 //
-// Graphical thread; made by main() before the application object, so that it sees Qt's own -style option,
-// which the application object takes away.
+// Graphical thread. main() makes it before the application object, which removes Qt's own option -style from
+// the arguments.
 
 #ifndef APP_BASE_DEFAULTSTYLE_H
 #define APP_BASE_DEFAULTSTYLE_H
@@ -15,8 +15,8 @@ class DefaultStyle
 public:
     DefaultStyle(int argc, char** argv);
 
-    // Applies the style and its standard palette, unless the user chose one. A style that does not exist ends
-    // the process with status 1, after a list of those that do.
+    // Applies the style and its standard palette, unless the user has chosen a style. If the style does not
+    // exist, it prints a list of the existing ones and ends the process with status 1.
     void set(QApplication& app, QString style);
 
 private:

@@ -9,7 +9,7 @@ QFont Fonts::makeHeader(const QFont& font)
     header.setFixedPitch(false);
     header.setStyleHint(QFont::Helvetica, QFont::PreferDefault);
     header.setWeight(QFont::Bold);
-    // A font has its size either in pixels or in points; the other of the two is -1.
+    // A font has a size either in pixels or in points; the other size is -1.
     if (header.pixelSize() != -1) {
         header.setPixelSize(header.pixelSize() * 3 / 2);
     } else if (header.pointSize() != -1) {

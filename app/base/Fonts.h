@@ -13,11 +13,11 @@ class Fonts
     Q_DECLARE_TR_FUNCTIONS(Fonts)
 
 public:
-    // For headings: bold, Helvetica-like and half as large again.
+    // For headings: bold, Helvetica-like, and one and a half times as large.
     static QFont makeHeader(const QFont& font);
-    // Fixed pitch, from the first of the well-known families that this system has.
+    // Fixed pitch, from the first well-known family that this system has.
     static QFont makeFixed(const QFont& font);
-    // Bold, and nothing else changed.
+    // Bold, otherwise unchanged.
     static QFont makeBold(const QFont& font);
 };
 

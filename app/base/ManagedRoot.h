@@ -1,5 +1,5 @@
-// The directory that stands for "/" of the managed system: VYRE can keep the packages of a container or image
-// tree instead of those of the system it runs on.
+// The directory that is "/" of the managed system. VYRE can manage the packages in the tree of a container or
+// image instead of those of the running system.
 //
 // Any thread; no state.
 
@@ -10,19 +10,20 @@
 
 namespace ManagedRoot {
 
-// The environment variable VYREROOT, made absolute and without a "/" at its end; empty when it is unset,
-// empty or "/", that is, when the running system itself is managed.
+// The environment variable VYREROOT, made absolute and without a "/" at its end. The path is empty if the
+// variable is unset, empty or "/", because then the running system itself is managed.
 QString path();
 
-// The place, on this system, of an absolute path of the managed system. With no managed root it is the path
-// itself, unchanged.
+// Converts an absolute path of the managed system into a path on the running system. Without a managed root,
+// the path is unchanged.
 QString absolute(const QString& pathInRoot);
 
-// The place, on this system, of a directory that a file of the managed system names for what is written:
-// below the root, unless it leads there by itself.
+// The same for a directory to write into, named by a file of the managed system. A path that is relative or
+// already begins with the root is unchanged.
 QString namedDirectory(const QString& directory);
 
-// The same for what is read: a directory that there is not below the root may be shared with this system.
+// The same for a directory to read from. If it is missing below the root, the path is unchanged: the managed
+// system may share this directory with the running one.
 QString namedDirectoryOfFiles(const QString& directory);
 
 } // namespace ManagedRoot

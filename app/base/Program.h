@@ -1,16 +1,16 @@
-// What the whole process is called and runs in.
+// The name of the process and its application object.
 //
-// Set once by main() before any other thread exists, read by everyone afterwards.
+// main() sets both before any other thread exists. Later they are only read.
 
 #ifndef APP_BASE_PROGRAM_H
 #define APP_BASE_PROGRAM_H
 
 class QApplication;
 
-// The base name of argv[0]; every message to standard error at start-up begins with it. Not owned.
+// The base name of argv[0]. Every message to standard error at start-up begins with it. Not owned.
 extern const char* program;
 
-// The one application object; owned by main(), null outside its life.
+// The only application object. main() owns it; before and after its life this pointer is null.
 extern QApplication* application;
 
 #endif

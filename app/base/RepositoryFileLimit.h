@@ -1,17 +1,17 @@
-// How large a file of the package manager's configuration, and a repository in it, may be for the program and
-// for its script to read it.
+// How large a configuration file of the package manager may be, and how large one repository in it, for the
+// program and the script to read them.
 //
-// Any thread; constants. Both readers take them from here, so that neither has repositories that the other
-// does not know.
+// Any thread; constants. The program and the script use the same limits, so that both know the same
+// repositories.
 
 #ifndef APP_BASE_REPOSITORYFILELIMIT_H
 #define APP_BASE_REPOSITORYFILELIMIT_H
 
-// In bytes: room for some ten thousand repositories, and read in a moment.
+// In bytes. Enough for about ten thousand repositories, and still read in a moment.
 constexpr int repositoryFileLimit = 8 << 20;
 
-// In bytes: the form that edits one repository shows so much in a moment. The options of the main section are
-// not shown, and have no such limit.
+// In bytes. The form that edits one repository can still show as much in a moment. This limit does not apply
+// to the options of the main section, because no form shows them.
 constexpr int repositorySectionLimit = 256 << 10;
 
 #endif

@@ -6,7 +6,7 @@ namespace Share {
 
 QString absolute(QString relative)
 {
-    // Presence alone decides: an administrator can point the program at the root of a tree with "".
+    // A set but empty variable counts: with "" an administrator selects the root of the file system.
     const QString directory = qEnvironmentVariableIsSet("VYRESHARE") ? QFile::decodeName(qgetenv("VYRESHARE"))
                                                                      : QStringLiteral("/usr/share/vyre");
     return QString(QStringLiteral("%1/%2")).arg(directory, relative);

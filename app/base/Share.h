@@ -9,9 +9,9 @@
 
 namespace Share {
 
-// The path of a file of the share directory, given relative to it. The directory is the environment variable
-// VYRESHARE when it is set (an empty value counts as set, so the path then begins with "/"), else
-// "/usr/share/vyre". Nothing is checked: the file need not exist.
+// The path of a file in the share directory. The argument is relative to that directory, which is the value
+// of the environment variable VYRESHARE, or "/usr/share/vyre" if it is unset. With an empty value the path
+// begins with "/". The file need not exist.
 QString absolute(QString relative);
 
 } // namespace Share

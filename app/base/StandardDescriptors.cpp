@@ -7,7 +7,7 @@
 void StandardDescriptors::ensure()
 {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-        // An opened file gets the lowest number that is free. Programs that are started inherit it.
+        // open() returns the lowest free number. The programs that VYRE starts inherit the descriptor.
         if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) {
             (void)memfd_create("null", 0);
         }

@@ -1,16 +1,16 @@
-// Sees to it that the descriptors 0 to 2 are open.
+// Makes sure that the descriptors 0 to 2 are open.
 //
-// Otherwise the files that are opened next get these numbers: output is written into them, and when output is
-// captured, their numbers are given to a pipe.
+// Otherwise the next opened files get these numbers. Output would then be written into these files, and the
+// capture of output would replace them by a pipe.
 //
-// Called by main() before anything else, when there is no other thread.
+// main() calls it before everything else, while no other thread exists.
 
 #ifndef APP_BASE_STANDARDDESCRIPTORS_H
 #define APP_BASE_STANDARDDESCRIPTORS_H
 
 namespace StandardDescriptors {
 
-// Opens those that are closed on the null device.
+// Opens each closed descriptor on the null device.
 void ensure();
 
 } // namespace StandardDescriptors

@@ -22,15 +22,15 @@ const char* nonEmptyVariable(const char* name)
     return value != nullptr && value[0] != '\0' ? value : nullptr;
 }
 
-// What was found at a name may be something else a moment later, so whatever is looked at or removed is
-// reached by a descriptor of the directory that it stands in.
+// A name may belong to another file a moment after a check. Therefore every check and every removal goes
+// through a descriptor of the directory above.
 int openDirectory(int parent, const char* name)
 {
     return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
-// The number of the mount that a file is on: the device is the same when a directory is mounted once more.
-// -1: it cannot be found out.
+// The number of the mount that a file is on. The device number does not suffice: a directory that is mounted
+// a second time has the same one. Returns -1 on failure.
 int mountOf(int fd)
 {
     const std::unique_ptr<FILE, int (*)(FILE*)> info(
@@ -45,7 +45,7 @@ int mountOf(int fd)
     return -1;
 }
 
-// Takes the descriptor over.
+// Closes the descriptor.
 void removeContents(int fd, int mount)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(fd), closedir);
@@ -92,7 +92,7 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     const int length =
         std::snprintf(created, sizeof created, "%s/xdg_runtime.%d", base, static_cast<int>(geteuid()));
     if (length < 0 || static_cast<size_t>(length) >= sizeof created) {
-        // A shortened path would name somebody else's directory, which the destructor would then remove.
+        // A truncated path could name another user's directory, which the destructor would then remove.
         created[0] = '\0';
         return;
     }
@@ -103,7 +103,8 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     if (parent >= 0) {
         (void)mkdirat(parent, name, onlyForOwner);
         if (!open(name)) {
-            // Somebody else's, or more people's than ours. Without room for a longer name there is none.
+            // The directory belongs to another user, or others may enter it. If the longer name does not fit
+            // into the buffer, there is no directory.
             const int end =
                 std::snprintf(created + length, sizeof created - static_cast<size_t>(length), ".XXXXXX");
             if (static_cast<size_t>(length + end) >= sizeof created || mkdtemp(created) == nullptr ||
@@ -118,7 +119,7 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     }
 }
 
-// False: there is none, or it is not to be used.
+// Returns false if the directory does not exist or is not safe to use.
 bool XdgRuntimeDirEnsurer::open(const char* name)
 {
     directory = openDirectory(parent, name);

@@ -1,7 +1,7 @@
-// Gives the process a runtime directory of its own when it has none, as happens when it runs under a
-// privileged account without a login session, and removes it at the end.
+// Gives the process a runtime directory if it has none, and removes it at the end. A process that runs under
+// a privileged account without a login session has none.
 //
-// The first object that main() makes and the last that it destroys; no other thread exists at either moment.
+// main() makes this object first and destroys it last; no other thread exists at either moment.
 
 #ifndef APP_BASE_XDGRUNTIMEDIRENSURER_H
 #define APP_BASE_XDGRUNTIMEDIRENSURER_H
@@ -9,14 +9,15 @@
 class XdgRuntimeDirEnsurer
 {
 public:
-    // Sets XDG_RUNTIME_DIR when it is unset or empty, and makes the directory (mode 0700) below TMPDIR, else
-    // "/tmp". An existing directory is used only if it is this user's with that mode, and no link: anyone may
-    // make one of that name in "/tmp". Otherwise the directory gets a name that nobody can guess.
+    // Sets XDG_RUNTIME_DIR if it is unset or empty, and makes the directory (mode 0700) below TMPDIR, or
+    // below "/tmp" if TMPDIR is unset. Anyone can make a directory of that name in "/tmp", so an existing one
+    // is used only if it belongs to this user, has that mode and is not a link. Otherwise the directory gets
+    // an unpredictable name.
     XdgRuntimeDirEnsurer();
-    // Removes the directory with everything in it, also when it had been there before. No link is followed,
-    // and nothing is removed that is mounted there.
+    // Removes the directory and its contents, even if it existed before. Links are not followed, and mounted
+    // directories keep their contents.
     ~XdgRuntimeDirEnsurer();
-    // The same, for an end of the process at which nothing is destroyed. Once.
+    // Does the same at an end of the process that runs no destructors. Call it once.
     void remove();
     XdgRuntimeDirEnsurer(const XdgRuntimeDirEnsurer&) = delete;
     XdgRuntimeDirEnsurer& operator=(const XdgRuntimeDirEnsurer&) = delete;
@@ -24,8 +25,8 @@ public:
 private:
     bool open(const char* name);
 
-    char created[1024]; // empty: nothing was made
-    int parent;         // where it stands; -1: nothing was made
+    char created[1024]; // empty: no directory was made
+    int parent;         // the directory above it; -1: no directory was made
     int directory;
 };
 
