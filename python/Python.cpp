@@ -95,8 +95,8 @@ private:
 };
 
 // Starts the interpreter of the distribution, whose site packages contain the package manager. PYTHONHOME,
-// PYTHONPATH, the user's own site packages and another python in PATH have no effect. Texts and file names are
-// UTF-8 in every locale, as in packages. A failure ends the process, as in Py_Initialize().
+// PYTHONPATH, the user's own site packages and another python in PATH have no effect. Texts and file names
+// are UTF-8 in every locale, as in packages. A failure ends the process, as in Py_Initialize().
 void startInterpreter()
 {
 #if PY_VERSION_HEX >= 0x03080000

@@ -15,7 +15,7 @@ using Credentials::Text;
 
 namespace {
 
-// The text with a star for each character of a password, and a bar where there is a place for one.
+// The text with a star for each character of a password, and a bar at each empty place for a password.
 QString starred(const QString& text, Text kind)
 {
     QString result = text;
@@ -29,7 +29,7 @@ QString starred(const QString& text, Text kind)
     return result;
 }
 
-// What the scanner says, as expressions, each of which is tried at every place of the text.
+// The same rules as in the scanner, as expressions. Each is tried at every place of the text.
 QVector<QRegularExpression> expressions(Text kind)
 {
     const auto make = [](const char* pattern) {
@@ -60,7 +60,7 @@ QVector<bool> secretBy(const QRegularExpression& expression, const QString& text
     return secret;
 }
 
-// Line feeds stay where they are, with what a line is indented by.
+// Line feeds and the indentation after them are unchanged.
 QString lettersOf(const QString& text, const QVector<bool>& secret)
 {
     QString result = text;
@@ -76,7 +76,7 @@ QString lettersOf(const QString& text, const QVector<bool>& secret)
     return result;
 }
 
-// In nanoseconds, of this thread: what else the machine does is left out.
+// Processor time of this thread in nanoseconds, independent of the load of the machine.
 qint64 processorTime()
 {
     timespec time{};
@@ -145,14 +145,14 @@ private Q_SLOTS:
     void passwordsOfUrlsAreFound();
     void passwordsOfOptionsAreFound_data();
     void passwordsOfOptionsAreFound();
-    void aTextHoldsACredentialWhenItHasAPlaceForOne();
-    void aPlaceForAPasswordIsNoPassword();
-    void itFindsWhatTheExpressionsSay_data();
-    void itFindsWhatTheExpressionsSay();
+    void aTextWithAPlaceForAPasswordHoldsCredentials();
+    void anEmptyPlaceIsNoPassword();
+    void placesAreTheSameAsByExpressions_data();
+    void placesAreTheSameAsByExpressions();
     void everyPasswordIsHiddenByThreeDots();
-    void credentialsAreTakenOutOfUrls();
-    void theTimeGrowsWithTheLength_data();
-    void theTimeGrowsWithTheLength();
+    void credentialsAreRemovedFromUrls();
+    void theTimeIsLinearInTheLength_data();
+    void theTimeIsLinearInTheLength();
 };
 
 void CredentialsTest::passwordsOfUrlsAreFound_data()
@@ -219,7 +219,7 @@ void CredentialsTest::passwordsOfOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::aTextHoldsACredentialWhenItHasAPlaceForOne()
+void CredentialsTest::aTextWithAPlaceForAPasswordHoldsCredentials()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));
@@ -228,7 +228,7 @@ void CredentialsTest::aTextHoldsACredentialWhenItHasAPlaceForOne()
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
 }
 
-void CredentialsTest::aPlaceForAPasswordIsNoPassword()
+void CredentialsTest::anEmptyPlaceIsNoPassword()
 {
     for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
                              "http://h/?password=", "http://u:@h/", "http://h/\n"}) {
@@ -240,14 +240,14 @@ void CredentialsTest::aPlaceForAPasswordIsNoPassword()
     }
 }
 
-void CredentialsTest::itFindsWhatTheExpressionsSay_data()
+void CredentialsTest::placesAreTheSameAsByExpressions_data()
 {
     QTest::addColumn<bool>("options");
     QTest::newRow("URLs") << false;
     QTest::newRow("options") << true;
 }
 
-void CredentialsTest::itFindsWhatTheExpressionsSay()
+void CredentialsTest::placesAreTheSameAsByExpressions()
 {
     QFETCH(bool, options);
     const Text kind = options ? Text::Options : Text::Urls;
@@ -282,12 +282,12 @@ void CredentialsTest::everyPasswordIsHiddenByThreeDots()
              QString::fromUtf8("a http://me:●●●@h/ b\n\nc ftp://me:●●●@h/?password=●●●&z\n"));
     const QString without = QStringLiteral("http://me:@h/vantor?u=&p=&path= password: x");
     QCOMPARE(Credentials::hidden(without), without);
-    // What lines have to do with each other is not known.
+    // Lines are searched separately.
     const QString lines = QStringLiteral("/vantor?u=&\np=x\n&path=");
     QCOMPARE(Credentials::hidden(lines), lines);
 }
 
-void CredentialsTest::credentialsAreTakenOutOfUrls()
+void CredentialsTest::credentialsAreRemovedFromUrls()
 {
     QFile file(QFINDTESTDATA("../support/urls-with-credentials"));
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -304,7 +304,7 @@ void CredentialsTest::credentialsAreTakenOutOfUrls()
     QVERIFY(tried > 20);
 }
 
-void CredentialsTest::theTimeGrowsWithTheLength_data()
+void CredentialsTest::theTimeIsLinearInTheLength_data()
 {
     QTest::addColumn<QString>("piece");
     for (const char* piece : {"/vantor?",    "/vantor",       "/vantor?a=",
@@ -318,8 +318,8 @@ void CredentialsTest::theTimeGrowsWithTheLength_data()
     }
 }
 
-// Eight times the length takes about eight times as long, and 64 times if the time grew with the square.
-void CredentialsTest::theTimeGrowsWithTheLength()
+// For eight times the length, linear time is eight times as long, and quadratic time 64 times.
+void CredentialsTest::theTimeIsLinearInTheLength()
 {
     QFETCH(QString, piece);
     const auto nanoseconds = [](const QString& text) {

@@ -126,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("windows"));
     }
 
-    void otherStoredSettingsDoNot()
+    void otherStoredSettingsDoNotSuppressTheDefault()
     {
         {
             QSettings stored(QSettings::UserScope, "Trolltech");
@@ -140,13 +140,13 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void unknownStyleIsIgnoredWhenTheUserChoseOne()
+    void unknownStyleIsIgnoredIfTheUserChoseOne()
     {
         styleFor({"-style=windows"}).set(*qApp, "Nonesuch");
         QCOMPARE(currentStyle(), QStringLiteral("windows"));
     }
 
-    void unknownStyleEndsTheProgramWithAListOfThoseThatExist()
+    void unknownStyleEndsTheProgramWithAListOfTheStyles()
     {
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -32,7 +32,7 @@ private:
     QStringList families;
 };
 
-// Families that a font asked for by their name resolves to.
+// Families whose name selects a font of this family.
 QStringList resolvingFamilies()
 {
     QStringList resolving;
@@ -66,7 +66,7 @@ private Q_SLOTS:
         QVERIFY2(font.fixedPitch() && font.pointSize() == 10 && !font.bold(), "the given font is left alone");
     }
 
-    void headerIsHalfAsLargeAgain_data()
+    void headerIsOneAndAHalfTimesAsLarge_data()
     {
         QTest::addColumn<int>("pixels");
         QTest::addColumn<int>("points");
@@ -78,7 +78,7 @@ private Q_SLOTS:
         QTest::newRow("odd points") << -1 << 9 << -1 << 13;
     }
 
-    void headerIsHalfAsLargeAgain()
+    void headerIsOneAndAHalfTimesAsLarge()
     {
         QFETCH(int, pixels);
         QFETCH(int, points);

@@ -26,14 +26,14 @@ private Q_SLOTS:
         }
     }
 
-    void isTheSystemsDirectoryByDefault()
+    void defaultIsTheDirectoryOfTheSystem()
     {
         qunsetenv("VYRESHARE");
         QCOMPARE(Share::absolute("python/YumIO.py"), QStringLiteral("/usr/share/vyre/python/YumIO.py"));
         QCOMPARE(Share::absolute(QString()), QStringLiteral("/usr/share/vyre/"));
     }
 
-    void isWhereTheEnvironmentSays_data()
+    void environmentSetsTheDirectory_data()
     {
         QTest::addColumn<QByteArray>("directory");
         QTest::addColumn<QString>("relative");
@@ -52,7 +52,7 @@ private Q_SLOTS:
                                                    << "/opt/%1/%1/%2";
     }
 
-    void isWhereTheEnvironmentSays()
+    void environmentSetsTheDirectory()
     {
         QFETCH(QByteArray, directory);
         QFETCH(QString, relative);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The exit status of a process in which the function has run.
+// Runs the function in another process; returns its exit status.
 int inAnotherProcess(const std::function<int()>& function)
 {
     const pid_t child = fork();
@@ -33,7 +33,7 @@ class StandardDescriptorsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void closedOnesLeadToTheNullDeviceAndOthersStay()
+    void closedDescriptorsBecomeTheNullDeviceAndOthersStay()
     {
         for (int closed = 0; closed < 8; ++closed) {
             const int status = inAnotherProcess([closed] {
@@ -41,7 +41,7 @@ private Q_SLOTS:
                 struct stat before[3];
                 stat("/dev/null", &null);
                 for (int fd = 0; fd < 3; ++fd) {
-                    // Something else than the null device, in any case.
+                    // Any file other than the null device.
                     dup2(open("/", O_RDONLY), fd);
                     fstat(fd, &before[fd]);
                 }

@@ -14,7 +14,7 @@
 
 namespace {
 
-// Sets a variable of the environment for a scope; a null value unsets it.
+// Sets an environment variable for a scope; a null value unsets it.
 class Variable
 {
 public:
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(runtimeDirectory()));
     }
 
-    void whatSomebodyElseMayHaveMadeIsNotUsed_data()
+    void unsafeExistingFileIsNotUsed_data()
     {
         QTest::addColumn<QString>("what");
         for (const char* what :
@@ -187,7 +187,7 @@ private Q_SLOTS:
         }
     }
 
-    void whatSomebodyElseMayHaveMadeIsNotUsed()
+    void unsafeExistingFileIsNotUsed()
     {
         QFETCH(QString, what);
         const QByteArray path = QFile::encodeName(runtimeDirectory());
@@ -245,7 +245,7 @@ private Q_SLOTS:
         const int before = descriptors.entryList(all).size();
         {
             const XdgRuntimeDirEnsurer ensurer;
-            // Where the directory that is used stands, and the directory itself.
+            // One descriptor for the directory, and one for its parent directory.
             QCOMPARE(descriptors.entryList(all).size(), before + 2);
         }
         QCOMPARE(descriptors.entryList(all).size(), before);
@@ -265,7 +265,7 @@ private Q_SLOTS:
         QCOMPARE(umask(before), mode_t(0777));
     }
 
-    void aLinkThatComesInBetweenIsNotFollowed()
+    void aLinkMadeDuringTheRemovalIsNotFollowed()
     {
         const QString outside = temporary->filePath("outside");
         const QByteArray link = QFile::encodeName(temporary->filePath("link"));
@@ -296,13 +296,13 @@ private Q_SLOTS:
             ended = true;
             other.join();
             QCOMPARE(QDir(outside).entryList(QDir::Files).size(), count);
-            // What was exchanged when the removal came by.
+            // Files and directories that were exchanged during the removal.
             QProcess::execute("rm", {"-rf", QFile::decodeName(link), runtimeDirectory()});
             QVERIFY(QFile::link(outside, temporary->filePath("link")));
         }
     }
 
-    void whatIsMountedThereIsKept()
+    void contentsOfMountedDirectoriesAreKept()
     {
         if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) {
             QSKIP("only root can mount, and only where \"/\" is a mount point");
@@ -330,7 +330,7 @@ private Q_SLOTS:
         QCOMPARE(umount(again), 0);
     }
 
-    void directoryThatCannotBeMadeIsSetAllTheSame()
+    void variableIsSetEvenIfTheDirectoryCannotBeMade()
     {
         const QString missing = temporary->filePath("missing");
         const Variable variable("XDG_RUNTIME_DIR", QByteArray());
@@ -354,7 +354,7 @@ private Q_SLOTS:
     {
         QFETCH(int, length);
         QFETCH(bool, fits);
-        // A shortened path would be that of another directory, which the end would then remove.
+        // A truncated path would name another directory, which the destructor would then remove.
         const QString name = nameFor(geteuid());
         QString directory = temporary->path();
         const int wanted = length - 1 - name.size();

@@ -1,5 +1,5 @@
-// Prints where the embedded interpreter has its standard library and the package manager's modules from, one
-// thing a line.
+// Prints where the embedded interpreter finds its standard library and the package manager's modules, one
+// item on each line.
 
 #include <cstdio>
 

@@ -58,12 +58,12 @@ private Q_SLOTS:
         QCOMPARE(added(), Py_ssize_t(0));
     }
 
-    void borrowTakesAReferenceOfItsOwn()
+    void borrowTakesAnAdditionalReference()
     {
         const PyRef ref = PyRef::borrow(object);
         QVERIFY(ref.get() == object);
         QCOMPARE(added(), Py_ssize_t(1));
-        // cleanup() sees whether it has been dropped
+        // cleanup() checks that the reference has been dropped.
     }
 
     void releaseHandsTheReferenceOver()
@@ -79,11 +79,11 @@ private Q_SLOTS:
         Py_DECREF(released);
     }
 
-    void movingPassesTheOneReferenceOn()
+    void movingPassesTheReferenceOn()
     {
         PyRef first = PyRef::borrow(object);
         const PyRef second(std::move(first));
-        // What has been moved is empty by contract.
+        // A moved-from reference is empty by contract.
         // NOLINTNEXTLINE(bugprone-use-after-move)
         QVERIFY(!first);
         QVERIFY(second.get() == object);

@@ -1,4 +1,4 @@
-// How the interpreter is started and ended: each case begins without one.
+// How the interpreter starts and ends. Each case begins without an interpreter.
 
 #include <QtTest>
 
@@ -32,9 +32,9 @@ class PythonStartTest : public QObject
     Q_OBJECT
 
 private:
-    // An interpreter in which importing __main__ does what the given statement does; initialize() then meets
+    // Starts an interpreter that runs the given statement when __main__ is imported. initialize() then finds
     // it already started.
-    void startWithMainImport(const char* statement)
+    void startWithHookOnImportOfMain(const char* statement)
     {
         Py_Initialize();
         const QByteArray hook = QByteArray("import builtins, sys\n"
@@ -49,7 +49,7 @@ private:
         QCOMPARE(PyRun_SimpleString(hook.constData()), 0);
     }
 
-    // What the helper prints in this environment; empty when it fails.
+    // The output of the helper in this environment; empty if it fails.
     QStringList report(const QProcessEnvironment& environment)
     {
         QProcess process;
@@ -75,7 +75,7 @@ private:
 private Q_SLOTS:
     void init()
     {
-        // The test framework has a handler of its own, which the interpreter would respect.
+        // The interpreter would respect the test framework's own handler.
         std::signal(SIGINT, SIG_DFL);
         std::signal(SIGPIPE, SIG_DFL);
         QVERIFY(!Python::initialized);
@@ -175,7 +175,7 @@ private Q_SLOTS:
 
     void missingMainModuleIsReportedAndNotRetried()
     {
-        startWithMainImport("raise ImportError('no such thing')");
+        startWithHookOnImportOfMain("raise ImportError('no such thing')");
         RecordingPython python;
         QVERIFY(!python.initialize());
         QCOMPARE(python.takeErrors(), QStringList("Internal error: cannot find python __main__ module\n"));
@@ -186,7 +186,7 @@ private Q_SLOTS:
 
     void missingMainDictionaryIsReported()
     {
-        startWithMainImport("sys.modules[name] = 42; return 42");
+        startWithHookOnImportOfMain("sys.modules[name] = 42; return 42");
         RecordingPython python;
         QVERIFY(!python.initialize());
         QCOMPARE(python.takeErrors(), QStringList("Internal error: cannot find python __main__ dict\n"));
@@ -222,7 +222,7 @@ private Q_SLOTS:
         }
     }
 
-    void environmentDoesNotLeadItElsewhere_data()
+    void environmentDoesNotSelectAnotherInstallation_data()
     {
         QTest::addColumn<QString>("variable");
         QTest::addColumn<QString>("subdirectory");
@@ -234,13 +234,13 @@ private Q_SLOTS:
                                     << "lib/modules";
     }
 
-    void environmentDoesNotLeadItElsewhere()
+    void environmentDoesNotSelectAnotherInstallation()
     {
         QFETCH(QString, variable);
         QFETCH(QString, subdirectory);
 
-        // Another installation, as far as the search for one looks: an executable, a standard library by its
-        // landmark, and modules that hide the true ones.
+        // Another installation, complete enough for the interpreter's search: an executable, the landmark of
+        // a standard library, and modules that would hide the real ones.
         QTemporaryDir other;
         QVERIFY(other.isValid());
         const QString version = QStringLiteral("python%1.%2").arg(PY_MAJOR_VERSION).arg(PY_MINOR_VERSION);

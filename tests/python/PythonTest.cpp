@@ -10,7 +10,7 @@
 
 namespace {
 
-// A module whose dictionary is gone, as while the interpreter ends.
+// A module whose dictionary no longer exists, as at the end of the interpreter.
 PyObject* hollowModule(const char* name)
 {
     PyObject* module = PyModule_New(name);
@@ -34,7 +34,7 @@ class PythonTest : public QObject
 private:
     std::unique_ptr<RecordingPython> python;
 
-    // The text of a string that pyString() made.
+    // Returns the text of a string that pyString() made, and frees the string.
     QString taken(char* text)
     {
         const QString result = QString::fromUtf8(text);
@@ -44,7 +44,8 @@ private:
 
     QString printed() { return python->text("sys.stderr.getvalue()"); }
 
-    // Opens a scope and leaves it in the middle, with the exception of the call pending.
+    // Opens a scope, leaves it early with the exception of the call pending, and returns whether that
+    // exception matched.
     bool failsAsExpected(PyObject* type)
     {
         Python::ExceptScope scope(*python, {type});
@@ -85,7 +86,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // No case leaves an exception or a report behind, or anything that tells of a scope left open.
+        // No case leaves an exception, a report or an open scope behind.
         QVERIFY(PyErr_Occurred() == nullptr);
         QCOMPARE(python->takeErrors(), QStringList());
         QCOMPARE(python->warnings, QStringList());
@@ -107,7 +108,7 @@ private Q_SLOTS:
         QVERIFY(printed().contains("ZeroDivisionError"));
     }
 
-    void tracebackThatOnlyTheTerminalShowsIsHandedOver()
+    void tracebackOnStandardErrorIsAlsoReported()
     {
         python->tracebacks.clear();
         QVERIFY(python->pyr("nothing_of_this_name") == nullptr);
@@ -200,7 +201,7 @@ private Q_SLOTS:
         QCOMPARE(Py_REFCNT(wanted.get()), before);
     }
 
-    void lookupOfWhatDoesNotExist_data()
+    void lookupOfAMissingNameIsReported_data()
     {
         QTest::addColumn<QByteArray>("dotted");
         QTest::addColumn<QString>("text");
@@ -220,7 +221,7 @@ private Q_SLOTS:
                                      << "Internal error: pyLookup .path:  not found\n";
     }
 
-    void lookupOfWhatDoesNotExist()
+    void lookupOfAMissingNameIsReported()
     {
         QFETCH(QByteArray, dotted);
         QFETCH(QString, text);
@@ -234,7 +235,7 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void lookupImportsWhateverWasPending()
+    void lookupImportsAndClearsAPendingException()
     {
         PyErr_SetString(PyExc_ValueError, "from before");
         PyObject* found = python->pyLookup("no_such_module", true);
@@ -272,7 +273,7 @@ private Q_SLOTS:
         QCOMPARE(python->py("del hollow"), 0);
     }
 
-    void internalErrorTextsAreCutOffAtTheirSize()
+    void longInternalErrorTextsAreTruncated()
     {
         const QByteArray name(3000, 'x');
         QVERIFY(python->pyLookup(name.constData(), false) == nullptr);
@@ -300,7 +301,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList("Internal error: no_such_module not found\n"));
     }
 
-    void valueOfWhatIsNoDictionaryIsHandledAsAnException()
+    void valueInANonDictionaryIsHandledAsAnException()
     {
         QVERIFY(python->pyValue("thing", "number") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
@@ -332,7 +333,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("thing.number"), QStringLiteral("42"));
     }
 
-    void assignmentOfNothingIsReported()
+    void assignmentOfNullIsReported()
     {
         python->pyAssign("sys", "vyre_nothing", nullptr);
         python->pyAssignGlobal("vyre_nothing", nullptr);
@@ -358,7 +359,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(none.get()), 0L);
     }
 
-    void callDropsTheReferencesThatItTook()
+    void callDropsTheReferencesToItsArguments()
     {
         const PyRef argument(PyList_New(0));
         const PyRef callable(python->pyr("fail"));
@@ -387,7 +388,7 @@ private Q_SLOTS:
                               "Internal error: no_such_name not found\n"}));
     }
 
-    void callOfWhatIsNotCallableIsReported()
+    void callOfANonCallableIsReported()
     {
         QVERIFY(python->pyCall("table.inner", "()") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList("Internal error: table.inner not callable\n"));
@@ -547,7 +548,7 @@ private Q_SLOTS:
 
     void scopeClosesOnEveryPath()
     {
-        // The check at the end of each case sees a scope that is left open.
+        // The check in cleanup() finds a scope that is left open.
         QVERIFY(failsAsExpected(PyExc_KeyError));
         QVERIFY(PyErr_Occurred() == nullptr);
         QVERIFY(python->pyCall("fail", "(O)", PyExc_KeyError) == nullptr);
@@ -602,7 +603,7 @@ private Q_SLOTS:
         QVERIFY(PyObject_TypeCheck(value.get(), reinterpret_cast<PyTypeObject*>(PyExc_ValueError)));
     }
 
-    void exceptionValueWithNonePendingIsNull()
+    void exceptionValueIsNullWithoutAPendingException()
     {
         QVERIFY(python->pyExceptValue() == nullptr);
         QVERIFY(python->pyExceptValuef() == nullptr);
@@ -619,7 +620,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, type.get()));
     }
 
-    void displayableValueIsElseTheText()
+    void displayableValueWithoutTheAttributeIsTheText()
     {
         const Python::ExceptScope scope(*python, {PyExc_ValueError});
         QVERIFY(python->pyCall("fail", "(O,s)", PyExc_ValueError, "shown") == nullptr);
@@ -677,7 +678,7 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 1);
     }
 
-    void lockWrapperTakesTheLockOnlyWhenItShould()
+    void lockWrapperTakesTheLockOnlyIfItShould()
     {
         const Python::PyThreadStateWrapper away;
         QCOMPARE(PyGILState_Check(), 0);
@@ -729,7 +730,7 @@ private Q_SLOTS:
             const Python::PyGILStateWrapper lock(true);
             entered = true;
         });
-        // Calls that never run Python code give no other thread a chance.
+        // The interpreter switches threads only in Python code, so this thread keeps the lock.
         QThread::msleep(50);
         const bool enteredTooEarly = entered;
         {

@@ -1,4 +1,4 @@
-// The interpreter with reporters that keep what they were told, for the tests.
+// An interpreter for the tests, with reporters that record their messages.
 
 #ifndef TESTS_PYTHON_RECORDINGPYTHON_H
 #define TESTS_PYTHON_RECORDINGPYTHON_H
@@ -19,7 +19,7 @@ public:
         Python::exceptionExpected();
     }
 
-    // What error() was told since the last time.
+    // The messages of error() since the last call.
     QStringList takeErrors()
     {
         QStringList taken;
@@ -27,7 +27,7 @@ public:
         return taken;
     }
 
-    // The text of an expression's value, as str() gives it.
+    // The value of an expression as text, by str().
     QString text(const char* expression)
     {
         const PyRef value(pyr(expression));

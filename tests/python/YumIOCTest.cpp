@@ -10,8 +10,7 @@
 
 namespace {
 
-// Parses the arguments as the back end does and keeps, for each call, the function's name and what it was
-// given.
+// Parses the arguments as the back end does and records the function's name and arguments of each call.
 class RecordingTarget : public YumIOCTarget
 {
 public:
@@ -110,7 +109,7 @@ public:
     }
 
     QStringList calls;
-    PyObject* lastModule = nullptr; // that of the last call; borrowed
+    PyObject* lastModule = nullptr; // the module of the last call; borrowed
 
 private:
     static QString shown(PyObject* object)
@@ -119,7 +118,7 @@ private:
         return text ? QString::fromUtf8(PyUnicode_AsUTF8(text.get())) : QString();
     }
 
-    // A new reference to None.
+    // Returns a new reference to None.
     PyObject* called(const char* name, PyObject* from, const QString& arguments)
     {
         lastModule = from;
@@ -174,7 +173,7 @@ private:
     std::optional<RecordingTarget> target;
     std::unique_ptr<RecordingPython> python;
 
-    // The name of the exception that an expression raises, and its text; empty when it raises none.
+    // The name and text of the exception that an expression raises; empty if it raises none.
     QString raised(const QByteArray& expression)
     {
         const Python::ExceptScope scope(*python, {PyExc_Exception});

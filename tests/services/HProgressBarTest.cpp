@@ -34,12 +34,12 @@ class HProgressBarTest : public QObject
 
 private Q_SLOTS:
     void textJoinsActivityAndPercentage();
-    void activityIsNotTakenForAPattern();
-    void resetForgetsTheActivity();
+    void placeMarkersInAnActivityAreShownUnchanged();
+    void resetRemovesTheActivity();
     void newActivityIsPainted();
-    void hoveringInTheActiveWindowAsksForATip();
+    void hoveringInTheActiveWindowRequestsATip();
     void toolTipEventGivesThePosition();
-    void inactiveWindowAsksForNoTip();
+    void inactiveWindowRequestsNoTip();
     void alwaysShowToolTipsWorksInAnInactiveWindow();
 };
 
@@ -62,7 +62,7 @@ void HProgressBarTest::textJoinsActivityAndPercentage()
     QCOMPARE(noRange.text(), QString("Reading"));
 }
 
-void HProgressBarTest::activityIsNotTakenForAPattern()
+void HProgressBarTest::placeMarkersInAnActivityAreShownUnchanged()
 {
     HProgressBar bar;
     bar.setRange(0, 100);
@@ -71,7 +71,7 @@ void HProgressBarTest::activityIsNotTakenForAPattern()
     QCOMPARE(bar.text(), QString("Reading %1 and %2 (40%)"));
 }
 
-void HProgressBarTest::resetForgetsTheActivity()
+void HProgressBarTest::resetRemovesTheActivity()
 {
     HProgressBar bar;
     bar.setRange(0, 100);
@@ -95,7 +95,7 @@ void HProgressBarTest::newActivityIsPainted()
     QTRY_VERIFY(bar.paints > before);
 }
 
-void HProgressBarTest::hoveringInTheActiveWindowAsksForATip()
+void HProgressBarTest::hoveringInTheActiveWindowRequestsATip()
 {
     QWidget window;
     QVBoxLayout layout(&window);
@@ -120,7 +120,7 @@ void HProgressBarTest::toolTipEventGivesThePosition()
     QCOMPARE(spy.at(0).at(0).toPoint(), QPoint(7, 3));
 }
 
-void HProgressBarTest::inactiveWindowAsksForNoTip()
+void HProgressBarTest::inactiveWindowRequestsNoTip()
 {
     HProgressBar bar;
     bar.show();

@@ -16,7 +16,7 @@ private Q_SLOTS:
     void passwordsInUrlsAreHidden();
     void entriesKeepKindAndLevel();
     void oneNotificationPerMessage();
-    void readersAreToldOutsideTheLock();
+    void readersAreNotifiedOutsideTheLock();
     void writersInTwoThreadsLoseNothing();
 };
 
@@ -91,7 +91,7 @@ void LogTest::oneNotificationPerMessage()
     QCOMPARE(log.count(), 3);
 }
 
-void LogTest::readersAreToldOutsideTheLock()
+void LogTest::readersAreNotifiedOutsideTheLock()
 {
     Log::EntryList log;
     int free = 0;
@@ -120,7 +120,7 @@ void LogTest::writersInTwoThreadsLoseNothing()
     one->wait();
     two->wait();
     QCOMPARE(log.count(), 20000);
-    // The lines of one message stay together.
+    // The lines of one message are not separated.
     for (int i = 0; i < log.count(); i += 2) {
         QCOMPARE(log.at(i).text + log.at(i + 1).text, QString("ab"));
     }

@@ -16,7 +16,7 @@
 
 namespace {
 
-// Notes whether it is locked when somebody begins or ceases to listen.
+// Records whether the list is locked at each connection and disconnection.
 class WatchedEntries : public Log::EntryList
 {
 public:
@@ -52,15 +52,15 @@ private Q_SLOTS:
     void windowHasItsTextsAndRanges();
     void mainWindowIsNotTheParent();
     void openingShowsTheWholeHistoryScrolledToTheBottom();
-    void entriesBeyondTheLevelAreLeftOut();
+    void entriesAboveTheLevelAreNotShown();
     void levelIsComparedUnsigned();
     void infoIsMinorFromLevelTenOn();
     void kindsHaveTheirColours_data();
     void kindsHaveTheirColours();
-    void coloursCanBeReadOnADarkBackground();
+    void coloursAreReadableOnADarkBackground();
     void actionIsAHeading();
     void linesAreStackedWithoutSpace();
-    void markupIsShownLiterally();
+    void markupIsShownAsPlainText();
     void blanksAndTabsAreKept();
     void protectEscapesAllButAmpersands();
     void newEntriesAppear();
@@ -72,8 +72,8 @@ private Q_SLOTS:
     void windowManagerCloseHides();
     void hiddenWindowHoldsNoText();
     void notificationFromBeforeHidingIsIgnored();
-    void hiddenWindowHearsNothing();
-    void listeningBeginsAndEndsUnderTheLock();
+    void hiddenWindowIsNotConnected();
+    void connectingAndDisconnectingHoldTheLock();
     void reopeningRendersFromScratch();
     void tabLeavesThePane();
     void entryBetweenTheHistoryAndTheConnectionIsShown();
@@ -85,7 +85,7 @@ private:
     void log(Log::Kind kind, unsigned int level, const QString& text);
     void open();
     QStringList lines() const;
-    // The colour in which a line is written; invalid: the pane's own.
+    // The colour of the text of a line; invalid if it is the pane's own.
     QColor colourOf(int line) const;
 
     std::unique_ptr<WatchedEntries> entries;
@@ -158,7 +158,7 @@ void LogWindowTest::windowHasItsTextsAndRanges()
     const int frame = 2 * pane->frameWidth();
     QCOMPARE(pane->sizeHint(), QSize(frame + 100 * pane->fontMetrics().horizontalAdvance(QLatin1Char('n')),
                                      frame + 24 * pane->fontMetrics().lineSpacing()));
-    // From left to right: what it is, the number, and at the other end the button.
+    // From left to right: the label and the number; at the right end, the button.
     open();
     const QRect label = window->findChild<QLabel*>()->geometry();
     QVERIFY(label.top() > pane->geometry().bottom());
@@ -192,7 +192,7 @@ void LogWindowTest::openingShowsTheWholeHistoryScrolledToTheBottom()
     QCOMPARE(scrollBar->value(), scrollBar->maximum());
 }
 
-void LogWindowTest::entriesBeyondTheLevelAreLeftOut()
+void LogWindowTest::entriesAboveTheLevelAreNotShown()
 {
     log(Log::Info, 3, "detail");
     log(Log::Info, 2, "rough");
@@ -251,7 +251,7 @@ void LogWindowTest::kindsHaveTheirColours()
     QCOMPARE(colourOf(0), colour.isEmpty() ? QColor() : QColor(colour));
 }
 
-void LogWindowTest::coloursCanBeReadOnADarkBackground()
+void LogWindowTest::coloursAreReadableOnADarkBackground()
 {
     log(Log::Action, 0, "some text");
     open();
@@ -279,7 +279,7 @@ void LogWindowTest::actionIsAHeading()
         QCOMPARE(format(line).fontWeight(), static_cast<int>(QFont::Bold));
         QVERIFY(format(line).intProperty(QTextFormat::FontSizeAdjustment) > 0);
     }
-    // The heading leaves no trace on what follows it.
+    // The format of the heading does not affect the next line.
     QVERIFY(format(1).fontWeight() != QFont::Bold);
     QCOMPARE(format(1).intProperty(QTextFormat::FontSizeAdjustment), 0);
     QVERIFY(!colourOf(1).isValid());
@@ -298,7 +298,7 @@ void LogWindowTest::linesAreStackedWithoutSpace()
     }
 }
 
-void LogWindowTest::markupIsShownLiterally()
+void LogWindowTest::markupIsShownAsPlainText()
 {
     log(Log::Info, 0, "a <b>bold</b> <img src=\"x\"> </font> line");
     open();
@@ -432,7 +432,7 @@ void LogWindowTest::notificationFromBeforeHidingIsIgnored()
     QCOMPARE(pane->toPlainText(), QString());
 }
 
-void LogWindowTest::hiddenWindowHearsNothing()
+void LogWindowTest::hiddenWindowIsNotConnected()
 {
     QCOMPARE(entries->listeners(), 0);
     for (int round = 0; round < 3; ++round) {
@@ -443,7 +443,7 @@ void LogWindowTest::hiddenWindowHearsNothing()
     }
 }
 
-void LogWindowTest::listeningBeginsAndEndsUnderTheLock()
+void LogWindowTest::connectingAndDisconnectingHoldTheLock()
 {
     open();
     QCOMPARE(entries->locked, QList<bool>({true}));
@@ -477,7 +477,7 @@ void LogWindowTest::tabLeavesThePane()
 void LogWindowTest::entryBetweenTheHistoryAndTheConnectionIsShown()
 {
     log(Log::Info, 0, "before");
-    // It comes while the history is painted: the window is not told of anything new yet then.
+    // This entry comes while the history is painted, when the window is not connected yet.
     QMetaObject::invokeMethod(
         window.get(), [this] { log(Log::Info, 0, "between"); }, Qt::QueuedConnection);
     window->show();

@@ -13,7 +13,7 @@
 
 namespace {
 
-// The two pipes of each way, with the pump between them.
+// The two pipes of each channel, with the pump between them.
 struct Pumped
 {
     Pumped()
@@ -69,16 +69,16 @@ class OutputPumpTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theReaderMayBeTheWriter_data()
+    void readerAndWriterMayBeTheSameThread_data()
     {
         QTest::addColumn<int>("way");
         QTest::newRow("standard output") << 0;
         QTest::newRow("standard error") << 1;
     }
 
-    // A thread that is to read what it writes has to get rid of it first, however much that is: more than all
-    // pipes and the buffer take.
-    void theReaderMayBeTheWriter()
+    // A thread that reads its own output must be able to write all of it first. The text is larger than the
+    // pipes and the buffer together.
+    void readerAndWriterMayBeTheSameThread()
     {
         QFETCH(int, way);
         QByteArray text(2 * OutputPump::fullBuffer, 'x');
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QVERIFY(pumped.readWaiting(1 - way).isEmpty());
     }
 
-    void stoppingPassesEverythingOn()
+    void stoppingPassesAllOutputOn()
     {
         Pumped pumped;
         QVERIFY(pumped.started);
@@ -126,19 +126,19 @@ private Q_SLOTS:
         QCOMPARE(err, QByteArray("last words"));
     }
 
-    void aReaderThatIsGoneHoldsNobody()
+    void writersGoOnWithoutAReader()
     {
         Pumped pumped;
         QVERIFY(pumped.started);
         for (FileDescriptor& reader : pumped.reader) {
             reader.close();
         }
-        // No signal of a broken pipe ends the process.
+        // SIGPIPE does not end the process.
         QVERIFY(put(pumped.writer[0].get(), QByteArray(2 * OutputPump::fullBuffer, 'x')));
         pumped.pump.stop();
     }
 
-    void closedWritersAreNoWork()
+    void otherChannelWorksAfterAWriterCloses()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

@@ -33,7 +33,7 @@ QString longText()
     return text;
 }
 
-// Has the program another font for a scope; an empty name: the usual one.
+// Changes the program's font for a scope; an empty name keeps the usual font.
 class FontScope
 {
 public:
@@ -60,14 +60,14 @@ class ScrollableDialogsTest : public QObject
 private Q_SLOTS:
     void confirmHasTwoCentredButtons();
     void errorHasOneCentredButton();
-    void iconsAreThoseOfMessageBoxes();
+    void iconsAreTheSameAsInMessageBoxes();
     void buttonsAnswer();
     void enterAcceptsAndEscapeRejects();
     void closingRejects();
-    void textIsNoMarkup();
+    void textIsShownAsPlainText();
     void shortTextNeedsNoScrolling();
-    void textThatTheScreenHasRoomForIsShownWhole_data();
-    void textThatTheScreenHasRoomForIsShownWhole();
+    void textThatFitsOnTheScreenIsShownWhole_data();
+    void textThatFitsOnTheScreenIsShownWhole();
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
     void longTextIsReachedByKeyboard();
@@ -108,7 +108,7 @@ void ScrollableDialogsTest::errorHasOneCentredButton()
     QVERIFY(qAbs(buttons.at(0)->geometry().center().x() - dialog.rect().center().x()) <= 1);
 }
 
-void ScrollableDialogsTest::iconsAreThoseOfMessageBoxes()
+void ScrollableDialogsTest::iconsAreTheSameAsInMessageBoxes()
 {
     const auto shows = [](const QDialog& dialog, QStyle::StandardPixmap icon) {
         const QImage expected = dialog.style()->standardPixmap(icon).toImage();
@@ -175,7 +175,7 @@ void ScrollableDialogsTest::closingRejects()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 }
 
-void ScrollableDialogsTest::textIsNoMarkup()
+void ScrollableDialogsTest::textIsShownAsPlainText()
 {
     const QString text("<b>bold</b>\n<img src=\"/etc/passwd\"> & <h1>large</h1>");
     ScrollableConfirmDialog confirm(text, "Yes", "No", nullptr);
@@ -196,7 +196,7 @@ void ScrollableDialogsTest::shortTextNeedsNoScrolling()
     QVERIFY(!area->horizontalScrollBar()->isVisible());
 }
 
-void ScrollableDialogsTest::textThatTheScreenHasRoomForIsShownWhole_data()
+void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownWhole_data()
 {
     QTest::addColumn<QString>("family");
     QTest::newRow("usual font") << QString();
@@ -209,11 +209,11 @@ void ScrollableDialogsTest::textThatTheScreenHasRoomForIsShownWhole_data()
     }
 }
 
-void ScrollableDialogsTest::textThatTheScreenHasRoomForIsShownWhole()
+void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownWhole()
 {
     QFETCH(QString, family);
     const FontScope font(family);
-    // More than two thirds of the screen, which is what a window asks for by itself at most.
+    // More than two thirds of the screen, the default maximum size of a window.
     const QSize wanted = Metrics::maxWindowSize() * 85 / 100;
     QLabel measured;
     measured.setTextFormat(Qt::PlainText);
@@ -269,7 +269,7 @@ void ScrollableDialogsTest::longTextScrollsInsideTheScreen()
     QVERIFY(area->verticalScrollBar()->isVisible());
     QVERIFY(area->horizontalScrollBar()->isVisible());
     QVERIFY(area->viewport()->height() > 200);
-    // The end of the text can be brought into view.
+    // The end of the text can be scrolled into view.
     const QLabel* label = textLabel(*dialog);
     area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
     QVERIFY(label->y() + label->height() <= area->viewport()->height());
@@ -284,7 +284,7 @@ void ScrollableDialogsTest::longTextIsReachedByKeyboard()
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const QScrollBar* scrollBar = dialog.findChild<HScrollArea*>()->verticalScrollBar();
-    // Until the focus comes to the text.
+    // Moves the focus until it is in the text.
     for (int i = 0; i < 4 && scrollBar->value() == 0; ++i) {
         QTest::keyClick(dialog.windowHandle(), Qt::Key_PageDown);
         QTest::keyClick(dialog.windowHandle(), Qt::Key_Tab);

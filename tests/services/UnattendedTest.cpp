@@ -1,4 +1,4 @@
-// The functions run in this order in one process: there is no way back from an unattended program.
+// The functions run in this order in one process: an unattended program stays unattended.
 
 #include "services/Unattended.h"
 
@@ -50,8 +50,8 @@ private Q_SLOTS:
         QCOMPARE(messages, QStringList());
     }
 
-    // The dialog stays open: the graphical thread does not come back to it.
-    void aWorkerThatWaitsGetsTheSafeAnswer()
+    // The dialog stays open: the graphical thread does not return to it.
+    void aWaitingWorkerGetsTheSafeAnswer()
     {
         std::atomic<int> answer(-2);
         std::unique_ptr<QThread> worker(QThread::create([&] {
@@ -64,7 +64,7 @@ private Q_SLOTS:
         connect(&timer, &QTimer::timeout, this, [&] {
             QWidget* const dialog = QApplication::activeModalWidget();
             if (dialog != nullptr && !given) {
-                // From here on this thread does nothing for the worker but to wait.
+                // From here on this thread only waits for the worker.
                 Unattended::begin();
                 given = worker->wait(30000);
                 static_cast<QDialog*>(dialog)->reject();
@@ -76,14 +76,14 @@ private Q_SLOTS:
         QVERIFY(Unattended::is());
     }
 
-    void nothingIsAskedAnyMore_data()
+    void laterQuestionsGetTheSafeAnswer_data()
     {
         QTest::addColumn<bool>("onWorker");
         QTest::newRow("graphical thread") << false;
         QTest::newRow("worker") << true;
     }
 
-    void nothingIsAskedAnyMore()
+    void laterQuestionsGetTheSafeAnswer()
     {
         QFETCH(bool, onWorker);
         int answers[4] = {-2, -2, -2, -2};

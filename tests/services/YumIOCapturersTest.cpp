@@ -52,16 +52,16 @@ public:
         return out;
     }
 
-    // What the log window does when it is open.
+    // Processes events at each write, as an open log window does.
     bool processEventsWhenWritten = false;
-    // Called once, when something was written.
+    // Called once, at the first output.
     std::function<void()> onceWritten;
 
     mutable QMutex mutex;
     QString out;
     QString err;
     QStringList errors;
-    QStringList ended; // what had been written by each end
+    QStringList ended; // the output until each end of a capture
     bool otherThread = false;
 
 private:
@@ -81,7 +81,7 @@ private:
     }
 };
 
-// Runs the operation on a worker thread while this thread runs an event loop, as for every real operation.
+// Runs the operation on a worker thread while this thread runs an event loop, as real operations do.
 void runOnWorker(std::function<void()> operation)
 {
     std::unique_ptr<QThread> worker(QThread::create(operation));
@@ -96,7 +96,7 @@ void runOnWorker(std::function<void()> operation)
 
 QStringList openDescriptors()
 {
-    // The one that reads the directory is gone by the time the list is used, in every call alike.
+    // In each call, the list also contains the descriptor that reads the directory.
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
 }
 
@@ -111,14 +111,14 @@ bool sameFile(int fd, const struct stat& expected)
     return fstat(fd, &now) == 0 && now.st_dev == expected.st_dev && now.st_ino == expected.st_ino;
 }
 
-// Whether whoever writes to this end of a pipe has to wait, or soon will: it takes less than another block.
+// Whether the next block that is written to this end of a pipe may have to wait for the reader.
 bool isFull(int fd)
 {
     int waiting = 0;
     return ioctl(fd, FIONREAD, &waiting) == 0 && waiting > fcntl(fd, F_GETPIPE_SZ) - 4096;
 }
 
-// The descriptor that cannot be replaced, which cannot be made to happen from outside; -1: all can.
+// The descriptor whose replacement fails, because no outside condition makes it fail; -1: none.
 std::atomic<int> irreplaceable(-1);
 
 void writeAll(int fd, const QByteArray& bytes)
@@ -156,19 +156,19 @@ private Q_SLOTS:
     void largeOutputOfAChildArrivesCompletely();
     void writersThatOutrunTheReaderLoseNothing();
     void textIsHandedOverInTheGraphicalThread();
-    void lastWordsOfAChildArrive();
-    void writtenJustBeforeTheEndArrivesBeforeTheEnd();
-    void endOfEachCaptureIsReportedAfterItsLastWords();
+    void lastOutputOfAChildArrives();
+    void outputJustBeforeTheEndArrivesBeforeTheEnd();
+    void endOfEachCaptureIsReportedAfterItsLastOutput();
     void characterSplitBetweenTwoReadsArrivesWhole();
-    void streamsDoNotMixTheirCharacters();
+    void splitCharactersOfTheStreamsDoNotMix();
     void descriptorsAreRestored();
-    void bufferedTextLandsOnItsOwnSide();
-    void backgroundChildDoesNotHoldTheEnd();
-    void restlessBackgroundChildDoesNotHoldTheEnd();
+    void bufferedTextGoesToItsOriginalDescriptor();
+    void backgroundChildDoesNotDelayTheEnd();
+    void backgroundChildThatKeepsWritingDoesNotDelayTheEnd();
     void fastWriterDoesNotFreezeTheGraphicalThread();
     void receiverMayProcessEvents();
-    void theEndIsServedFromInsideTheEnd();
-    void descriptorCountStaysFlat();
+    void serveAllInsideTheReceiverEndsTheCapture();
+    void noDescriptorLeaks();
     void childrenInheritOnlyTheStandardDescriptors();
     void failingPipesLeaveTheOutputAlone_data();
     void failingPipesLeaveTheOutputAlone();
@@ -213,7 +213,7 @@ void YumIOCapturersTest::largeOutputOfAChildArrivesCompletely()
 
 void YumIOCapturersTest::writersThatOutrunTheReaderLoseNothing()
 {
-    // Numbered lines: what is lost, comes twice or too early shows.
+    // Numbered lines show lost, repeated and reordered output.
     const auto lines = [](int from, int to) {
         QString text;
         for (int number = from; number <= to; ++number) {
@@ -225,7 +225,7 @@ void YumIOCapturersTest::writersThatOutrunTheReaderLoseNothing()
     runOnWorker([&] { YumIOCapturers capturers(&receiver); });
     const int descriptors = countDescriptors();
 
-    // Again and again the graphical thread has other things to do, until both writers wait for it.
+    // The graphical thread is busy several times, each time until both writers wait for it.
     constexpr int pauses = 10;
     std::atomic<bool> writing(false);
     int bothFull = 0;
@@ -267,7 +267,7 @@ void YumIOCapturersTest::textIsHandedOverInTheGraphicalThread()
     QVERIFY(!receiver.otherThread);
 }
 
-void YumIOCapturersTest::lastWordsOfAChildArrive()
+void YumIOCapturersTest::lastOutputOfAChildArrives()
 {
     for (int i = 0; i < 50; ++i) {
         Receiver receiver;
@@ -277,7 +277,7 @@ void YumIOCapturersTest::lastWordsOfAChildArrive()
                 YumIOCapturers capturers(&receiver);
                 (void)!system("printf 'line\\nno newline at the end'; printf 'last words' >&2");
             }
-            // Not later: the operation is over.
+            // Not later: the operation is over now.
             outAtTheEnd = receiver.output();
         });
         QCOMPARE(outAtTheEnd, QString("line\nno newline at the end"));
@@ -286,9 +286,9 @@ void YumIOCapturersTest::lastWordsOfAChildArrive()
     }
 }
 
-void YumIOCapturersTest::writtenJustBeforeTheEndArrivesBeforeTheEnd()
+void YumIOCapturersTest::outputJustBeforeTheEndArrivesBeforeTheEnd()
 {
-    const QByteArray text(65536, 'x'); // as much as a pipe holds
+    const QByteArray text(65536, 'x'); // the capacity of a pipe
     for (int i = 0; i < 200; ++i) {
         Receiver receiver;
         int arrived = 0;
@@ -303,7 +303,7 @@ void YumIOCapturersTest::writtenJustBeforeTheEndArrivesBeforeTheEnd()
     }
 }
 
-void YumIOCapturersTest::endOfEachCaptureIsReportedAfterItsLastWords()
+void YumIOCapturersTest::endOfEachCaptureIsReportedAfterItsLastOutput()
 {
     Receiver receiver;
     for (const char* words : {"one", " two"}) {
@@ -333,7 +333,7 @@ void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesWhole()
                                              "b"));
 }
 
-void YumIOCapturersTest::streamsDoNotMixTheirCharacters()
+void YumIOCapturersTest::splitCharactersOfTheStreamsDoNotMix()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -365,7 +365,7 @@ void YumIOCapturersTest::descriptorsAreRestored()
     QVERIFY(restored);
 }
 
-void YumIOCapturersTest::bufferedTextLandsOnItsOwnSide()
+void YumIOCapturersTest::bufferedTextGoesToItsOriginalDescriptor()
 {
     QTemporaryFile file;
     QVERIFY(file.open());
@@ -389,20 +389,20 @@ void YumIOCapturersTest::bufferedTextLandsOnItsOwnSide()
     QCOMPARE(receiver.out, QString("inside"));
 }
 
-void YumIOCapturersTest::backgroundChildDoesNotHoldTheEnd()
+void YumIOCapturersTest::backgroundChildDoesNotDelayTheEnd()
 {
     Receiver receiver;
     runOnWorker([&] {
         YumIOCapturers capturers(&receiver);
         (void)!system("sleep 1000 & echo $!");
     });
-    // Ends although the child still holds the pipes.
+    // It ends although the child still has the pipes open.
     const pid_t child = receiver.out.trimmed().toInt();
     QVERIFY(child > 0);
     QCOMPARE(kill(child, SIGKILL), 0);
 }
 
-void YumIOCapturersTest::restlessBackgroundChildDoesNotHoldTheEnd()
+void YumIOCapturersTest::backgroundChildThatKeepsWritingDoesNotDelayTheEnd()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -415,7 +415,7 @@ void YumIOCapturersTest::restlessBackgroundChildDoesNotHoldTheEnd()
     QVERIFY(receiver.out.startsWith("y\ny\n"));
     const pid_t child = receiver.err.trimmed().toInt();
     QVERIFY(child > 0);
-    // With the read end closed the child has ended by itself.
+    // The child ends by itself, because the read end is closed.
     QTRY_VERIFY(kill(child, 0) != 0 || !QFile::exists(QString("/proc/%1/exe").arg(child)) ||
                 QFile::symLinkTarget(QString("/proc/%1/exe").arg(child)).isEmpty());
 }
@@ -461,9 +461,9 @@ void YumIOCapturersTest::receiverMayProcessEvents()
     }
 }
 
-// The end of the process begins while the receiver of the last words processes events: the worker must not
-// wait for the graphical thread, which does not come back.
-void YumIOCapturersTest::theEndIsServedFromInsideTheEnd()
+// The process begins to end while the receiver of the last output processes events. The worker must not wait
+// for the graphical thread, which does not return to its event loop.
+void YumIOCapturersTest::serveAllInsideTheReceiverEndsTheCapture()
 {
     Receiver receiver;
     bool ended = false;
@@ -478,7 +478,7 @@ void YumIOCapturersTest::theEndIsServedFromInsideTheEnd()
         }
     };
     worker->start();
-    // Until the worker waits for the reading of what is left.
+    // Gives the worker time to reach its wait for the remaining output.
     QThread::msleep(500);
     QCoreApplication::processEvents();
     QTRY_VERIFY(worker->isFinished());
@@ -487,7 +487,7 @@ void YumIOCapturersTest::theEndIsServedFromInsideTheEnd()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-void YumIOCapturersTest::descriptorCountStaysFlat()
+void YumIOCapturersTest::noDescriptorLeaks()
 {
     Receiver receiver;
     runOnWorker([&] { YumIOCapturers capturers(&receiver); });
@@ -507,7 +507,7 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
 {
     Receiver without;
     Receiver with;
-    // The shell's own list, with the descriptor that reads it.
+    // The list of the shell's descriptors, including the one that reads the list.
     const char* list = "ls /proc/self/fd | wc -l";
     runOnWorker([&] {
         FILE* child = popen(list, "r");
@@ -525,7 +525,7 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
 void YumIOCapturersTest::failingPipesLeaveTheOutputAlone_data()
 {
     QTest::addColumn<int>("available");
-    // Two saved descriptors, two ends of the first pipe, two of the second.
+    // Needed are two saved descriptors, two ends of the first pipe and two of the second.
     for (int available = 0; available < 6; ++available) {
         QTest::newRow(QByteArray::number(available) + " descriptors left") << available;
     }
@@ -544,7 +544,8 @@ void YumIOCapturersTest::failingPipesLeaveTheOutputAlone()
         rlimit limit;
         getrlimit(RLIMIT_NOFILE, &limit);
         const rlimit former = limit;
-        // The lowest limit that leaves so many numbers free; "used" includes the one that read the list.
+        // The lowest limit that leaves this many numbers free. "used" includes the descriptor that read the
+        // list.
         int free = 0;
         int number = 0;
         while (free < available || fcntl(number, F_GETFD) != -1) {
@@ -617,7 +618,7 @@ void YumIOCapturersTest::descriptorThatCannotBeReplaced()
             stdoutStayed = sameFile(STDOUT_FILENO, originalStdout);
             stderrStayed = sameFile(STDERR_FILENO, originalStderr);
             if (!stdoutStayed) {
-                // More than a pipe holds, with nobody to read it: the operation must not wait for ever.
+                // More than the capacity of a pipe, without a reader: the operation must not wait for ever.
                 writeAll(STDOUT_FILENO, QByteArray(1 << 20, 'x'));
             }
         }
@@ -625,7 +626,7 @@ void YumIOCapturersTest::descriptorThatCannotBeReplaced()
         after = countDescriptors();
     });
     QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
-    // What was replaced first stays so until the end.
+    // A descriptor that was replaced first stays replaced until the end.
     QCOMPARE(stdoutStayed, descriptor == STDOUT_FILENO);
     QVERIFY(stderrStayed);
     QVERIFY(restored);
@@ -643,11 +644,11 @@ void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays_data()
 void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays()
 {
     QFETCH(int, descriptor);
-    // Lives until the end of the program: so does the reader that is left in place.
+    // Lives until the end of the program, as the reader that remains in place.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
-    // Standard output and standard error may be the same file; the saved descriptors are then told apart by
-    // the order in which they were made.
+    // Standard output and standard error may be the same file. Then only the order of their creation
+    // distinguishes the saved descriptors.
     bool stderrRestored = true;
     bool stdoutRestored = true;
     runOnWorker([&] {

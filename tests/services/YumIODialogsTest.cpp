@@ -56,7 +56,7 @@ QPushButton* button(const QWidget* dialog, const QString& text)
     return nullptr;
 }
 
-// What the user sees of a message box.
+// The properties of a message box that the user sees.
 QStringList describe(const QMessageBox* box)
 {
     QStringList description{
@@ -91,12 +91,12 @@ private Q_SLOTS:
     void enterPressesTheDefaultButton();
     void escapePressesTheEscapeButton();
     void escapeDoesNothingWithoutAnEscapeButton();
-    void endOfTheProgramIsTheEscapeButton_data();
-    void endOfTheProgramIsTheEscapeButton();
+    void endOfTheProgramAnswersWithTheEscapeButton_data();
+    void endOfTheProgramAnswersWithTheEscapeButton();
     void boxWithoutButtonTextsHasAnOkButton();
-    void boxIsThatOfTheStandardForm_data();
-    void boxIsThatOfTheStandardForm();
-    void messageTextIsNoMarkup();
+    void boxLooksLikeTheStandardOne_data();
+    void boxLooksLikeTheStandardOne();
+    void messageTextIsShownAsPlainText();
     void scrollableShowsTheTextUntilClosed();
     void guiThreadGetsTheAnswerWithoutTheLocalLoop();
     void oneObjectServesManyRequests();
@@ -104,7 +104,7 @@ private Q_SLOTS:
     void nestedUsersRestoreTheOuterObject();
 
 private:
-    // Runs the request on a worker while "act" deals with the dialog that appears; gives the answer.
+    // Runs the request on a worker while "act" handles the dialog; returns the answer.
     int run(std::function<int(YumIODialogs&)> request, std::function<void(QDialog*)> act);
 
     std::unique_ptr<QWidget> mainWindow;
@@ -127,7 +127,7 @@ void YumIODialogsTest::cleanup()
 int YumIODialogsTest::run(std::function<int(YumIODialogs&)> request, std::function<void(QDialog*)> act)
 {
     Asker asker(mainWindow.get(), std::move(request));
-    // The graphical thread waits in an event loop of its own, as it does for every operation.
+    // The graphical thread waits in its own event loop, as in every operation.
     QEventLoop loop;
     connect(&asker, SIGNAL(finished()), &loop, SLOT(quit()));
     QTimer timer;
@@ -248,14 +248,14 @@ void YumIODialogsTest::escapeDoesNothingWithoutAnEscapeButton()
     QCOMPARE(result, 1);
 }
 
-void YumIODialogsTest::endOfTheProgramIsTheEscapeButton_data()
+void YumIODialogsTest::endOfTheProgramAnswersWithTheEscapeButton_data()
 {
     QTest::addColumn<bool>("shown");
     QTest::newRow("while the box is shown") << true;
     QTest::newRow("before it is shown") << false;
 }
 
-void YumIODialogsTest::endOfTheProgramIsTheEscapeButton()
+void YumIODialogsTest::endOfTheProgramAnswersWithTheEscapeButton()
 {
     QFETCH(bool, shown);
     int answer = -1000;
@@ -299,14 +299,14 @@ void YumIODialogsTest::boxWithoutButtonTextsHasAnOkButton()
     QCOMPARE(result, 0);
     QCOMPARE(buttons, QStringList({"OK"}));
 
-    // The only button is also the one for Escape and for closing.
+    // Escape and closing count as the only button.
     result = run(request, [](QDialog* dialog) { QTest::keyClick(dialog->windowHandle(), Qt::Key_Escape); });
     QCOMPARE(result, 0);
     result = run(request, [](QDialog* dialog) { dialog->close(); });
     QCOMPARE(result, 0);
 }
 
-void YumIODialogsTest::boxIsThatOfTheStandardForm_data()
+void YumIODialogsTest::boxLooksLikeTheStandardOne_data()
 {
     QTest::addColumn<bool>("critical");
     QTest::addColumn<QStringList>("texts");
@@ -324,14 +324,14 @@ void YumIODialogsTest::boxIsThatOfTheStandardForm_data()
     }
 }
 
-void YumIODialogsTest::boxIsThatOfTheStandardForm()
+void YumIODialogsTest::boxLooksLikeTheStandardOne()
 {
     QFETCH(bool, critical);
     QFETCH(QStringList, texts);
     QFETCH(int, defaultButton);
     QFETCH(int, escapeButton);
 
-    // The last button is pressed, which has a number other than its position when there is a gap.
+    // Presses the last button. Its number differs from its position if an earlier button is missing.
     QStringList description;
     const auto act = [&description](QDialog* dialog) {
         QMessageBox* box = qobject_cast<QMessageBox*>(dialog);
@@ -369,7 +369,7 @@ void YumIODialogsTest::boxIsThatOfTheStandardForm()
     QCOMPARE(description, expectedDescription);
 }
 
-void YumIODialogsTest::messageTextIsNoMarkup()
+void YumIODialogsTest::messageTextIsShownAsPlainText()
 {
     const QString text("<h1>Large</h1> <a href=\"http://example.com\">package</a>");
     Qt::TextFormat format = Qt::AutoText;
@@ -403,7 +403,7 @@ void YumIODialogsTest::scrollableShowsTheTextUntilClosed()
 void YumIODialogsTest::guiThreadGetsTheAnswerWithoutTheLocalLoop()
 {
     YumIODialogs dialogs(mainWindow.get());
-    // Runs when events are processed after the dialog has been answered.
+    // Runs when events are processed after the user has answered the dialog.
     bool eventsProcessed = false;
     connect(&dialogs, &YumIODialogs::confirmSig, this,
             [&] { QTimer::singleShot(0, this, [&] { eventsProcessed = true; }); });
@@ -457,7 +457,7 @@ void YumIODialogsTest::mainWindowIsTheParentAndStaysResponsive()
         [&](QDialog* dialog) {
             parent = dialog->parentWidget();
             modal = dialog->isModal();
-            // The dialog is answered only once the graphical thread has served other events in the meantime.
+            // The dialog is answered only after the graphical thread has processed other events.
             connect(&ticker, &QTimer::timeout, dialog, [&ticks, dialog] {
                 if (ticks >= 5) {
                     QTest::mouseClick(button(dialog, "Yes"), Qt::LeftButton);

@@ -44,10 +44,10 @@ private Q_SLOTS:
     void aStatusLabelIsColoredInEveryState();
     void textIsWhiteOnDarkAndBlackOnLight_data();
     void textIsWhiteOnDarkAndBlackOnLight();
-    void colorsStayAsTheyAreOnALightBackground();
-    void colorsCanBeReadOnADarkBackground_data();
-    void colorsCanBeReadOnADarkBackground();
-    void disabledTextStandsOutLessThanEnabled();
+    void colorsAreUnchangedOnALightBackground();
+    void colorsAreReadableOnADarkBackground_data();
+    void colorsAreReadableOnADarkBackground();
+    void disabledTextHasLessContrastThanEnabled();
 };
 
 using Name = QString (*)();
@@ -158,7 +158,7 @@ void ColorsTest::textIsWhiteOnDarkAndBlackOnLight()
     }
 }
 
-void ColorsTest::colorsStayAsTheyAreOnALightBackground()
+void ColorsTest::colorsAreUnchangedOnALightBackground()
 {
     for (const char* background : {"white", "#f7f7f7", "#efefef", "#c0c0c0"}) {
         for (Name name : {&Colors::action, &Colors::error, &Colors::warning, &Colors::minor, &Colors::ok}) {
@@ -169,7 +169,7 @@ void ColorsTest::colorsStayAsTheyAreOnALightBackground()
     }
 }
 
-void ColorsTest::colorsCanBeReadOnADarkBackground_data()
+void ColorsTest::colorsAreReadableOnADarkBackground_data()
 {
     QTest::addColumn<QString>("background");
     QTest::newRow("black") << "#000000";
@@ -178,10 +178,10 @@ void ColorsTest::colorsCanBeReadOnADarkBackground_data()
     QTest::newRow("grey") << "#5a5a5a";
 }
 
-void ColorsTest::colorsCanBeReadOnADarkBackground()
+void ColorsTest::colorsAreReadableOnADarkBackground()
 {
     QFETCH(QString, background);
-    // The measure of contrast of the guidelines for web contents.
+    // The definition of contrast in the accessibility guidelines for web contents.
     const auto luminance = [](const QColor& color) {
         double sum = 0;
         const double parts[] = {color.redF(), color.greenF(), color.blueF()};
@@ -196,16 +196,16 @@ void ColorsTest::colorsCanBeReadOnADarkBackground()
     for (Name name : {&Colors::action, &Colors::error, &Colors::warning, &Colors::minor, &Colors::ok}) {
         const QColor color(Colors::readable(name(), QColor(background)));
         QVERIFY((luminance(color) + 0.05) / (dark + 0.05) >= 4.5);
-        // It is the same colour, only lighter.
+        // The colour has the same hue, and is only lighter.
         QVERIFY(qAbs(color.hslHue() - QColor(name()).hslHue()) <= 4);
     }
-    // What can be read stays as it is.
+    // A readable colour is unchanged.
     if (background == "#232323") {
         QCOMPARE(Colors::readable("darkorange", QColor(background)), QString("darkorange"));
     }
 }
 
-void ColorsTest::disabledTextStandsOutLessThanEnabled()
+void ColorsTest::disabledTextHasLessContrastThanEnabled()
 {
     const QColor background("#232323");
     const QColor enabled(Colors::readable(Colors::error(), background));

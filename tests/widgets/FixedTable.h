@@ -1,4 +1,4 @@
-// A table model over given values, for the tests of the models and views.
+// A table model with given values, for the tests of the models and views.
 
 #ifndef TESTS_WIDGETS_FIXEDTABLE_H
 #define TESTS_WIDGETS_FIXEDTABLE_H
@@ -44,7 +44,7 @@ public:
         endInsertRows();
     }
 
-    // Public, so that a test can change a value without telling anyone.
+    // Public, so that a test can change a value without a notification.
     QVector<Row> rows;
     QSet<int> unselectable;
 

@@ -7,7 +7,7 @@ namespace {
 
 const QSize contents(200, 100);
 
-// Lets a tip be filled with one widget of a given size.
+// Puts one widget of a given size on a tip.
 void fillWith(GeneralTip* tip, void* data)
 {
     QVBoxLayout* column = new QVBoxLayout(tip);
@@ -29,7 +29,7 @@ GeneralTip* currentTip()
     return found;
 }
 
-// The timers that run for an object: their identifiers by their intervals.
+// The running timers of an object: intervals and identifiers.
 QMap<int, int> timers(QObject* object)
 {
     QMap<int, int> found;
@@ -44,7 +44,7 @@ QRect screenRect()
     return QGuiApplication::primaryScreen()->geometry();
 }
 
-// Asks for a tool tip of its own, as the progress bar does, and shows a general tip for it.
+// Shows a general tip when a tool tip is requested, as the progress bar does.
 class TipOwner : public QLabel
 {
 public:
@@ -94,8 +94,8 @@ private Q_SLOTS:
     void placement();
     void aSecondTipReplacesTheFirst();
     void hoveringAWidgetShowsItsTip();
-    void aTipGoesAwayByItself();
-    void aStickyTipDoesNotGoAwayByItself();
+    void aTipDisappearsByItself();
+    void aStickyTipDoesNotDisappearByItself();
     void aHiddenTipIsDeleted();
     void aTipCanBeShownAfterTheLastWasDeleted();
     void enteringTheTipHidesIt();
@@ -114,7 +114,7 @@ private Q_SLOTS:
 
 void GeneralTipTest::initTestCase()
 {
-    // The pointer stays out of the way of the windows and tips, unless a test moves it.
+    // The pointer stays away from the windows and tips, unless a test moves it.
     QCursor::setPos(screenRect().center() + QPoint(0, 200));
     QVBoxLayout* column = new QVBoxLayout(&window);
     column->addWidget(edit = new QLineEdit);
@@ -132,7 +132,7 @@ void GeneralTipTest::init()
     edit->setFocus();
     window.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&window));
-    // What the pointer and focus changes still bring must not hide the tip of the test.
+    // Late events of the pointer and the focus must not hide the tip of the test.
     QTest::qWait(50);
     QVERIFY(currentTip() == nullptr);
 }
@@ -200,12 +200,12 @@ void GeneralTipTest::theTipLooksLikeAToolTip()
 
 void GeneralTipTest::placement_data()
 {
-    QTest::addColumn<QSize>("size"); // without the frame, as the others
+    QTest::addColumn<QSize>("size"); // without the frame, like the other sizes
     QTest::addColumn<QPoint>("pos");
     QTest::addColumn<QPoint>("expected");
     const int w = screenRect().width();
     const int h = screenRect().height();
-    // What a tip of the usual contents measures: a margin of 4, a frame of 1 and the extra pixel of width.
+    // The size of a tip with the usual contents: a margin of 4, a frame of 1 and the extra pixel of width.
     const int tw = contents.width() + 11;
     const int th = contents.height() + 10;
 
@@ -261,7 +261,7 @@ void GeneralTipTest::hoveringAWidgetShowsItsTip()
     QCursor::setPos(target);
     QTRY_VERIFY(currentTip() != nullptr && currentTip()->isVisible());
     QCOMPARE(currentTip()->pos(), target + QPoint(2, 16));
-    // Moving on over the same widget leaves it there, leaving the widget takes it away.
+    // A move within the same widget keeps the tip; leaving the widget removes it.
     QCursor::setPos(target + QPoint(1, 0));
     QTest::qWait(100);
     QVERIFY(currentTip() != nullptr && currentTip()->isVisible());
@@ -269,7 +269,7 @@ void GeneralTipTest::hoveringAWidgetShowsItsTip()
     QTRY_VERIFY(currentTip() == nullptr);
 }
 
-void GeneralTipTest::aTipGoesAwayByItself()
+void GeneralTipTest::aTipDisappearsByItself()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300), false);
     QCOMPARE(timers(tip).keys(), QList<int>{10000});
@@ -277,7 +277,7 @@ void GeneralTipTest::aTipGoesAwayByItself()
     QTRY_VERIFY_WITH_TIMEOUT(tip.isNull(), 60000);
 }
 
-void GeneralTipTest::aStickyTipDoesNotGoAwayByItself()
+void GeneralTipTest::aStickyTipDoesNotDisappearByItself()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300), true);
     QVERIFY(timers(tip).isEmpty());
@@ -406,7 +406,7 @@ void GeneralTipTest::keysHide_data()
     row("Control", Qt::Key_Control, Qt::NoModifier, false);
     row("Meta", Qt::Key_Meta, Qt::NoModifier, false);
     row("Alt", Qt::Key_Alt, Qt::NoModifier, false);
-    // Such an event leaves its own key out of the modifiers that it tells of.
+    // The event of a modifier key does not contain that key's own modifier.
     row("Shift while it is held", Qt::Key_Shift, Qt::ShiftModifier, false);
     row("Control while it is held", Qt::Key_Control, Qt::ControlModifier, false);
     row("Meta while it is held", Qt::Key_Meta, Qt::MetaModifier, false);

@@ -31,7 +31,7 @@ void HAbstractTableModelTest::aViewReadsChangedRowsAgain()
     view.setModel(&model);
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
-    model.rows.append({3, 4}); // behind the view's back
+    model.rows.append({3, 4}); // without a notification to the view
     QCOMPARE(view.verticalHeader()->count(), 1);
     model.forceSortColumnRediscovery();
     QCOMPARE(view.verticalHeader()->count(), 2);

@@ -26,7 +26,7 @@ void HDialogTest::returnAndEnterDoNotPressTheDefaultButton_data()
 void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
 {
     QFETCH(Qt::Key, key);
-    // The same form in a plain dialog shows that the key would press the button there.
+    // The same form in a plain dialog shows that the key would press the button.
     HDialog dialog;
     QDialog plain;
     const QVector<QPair<QDialog*, int>> expected = {{&dialog, 0}, {&plain, 1}};

@@ -22,13 +22,13 @@ class HFrameLabelTest : public QObject
 
 private Q_SLOTS:
     void aTextIsFramedAndCentered();
-    void withoutTextThereIsNoFrame();
+    void aLabelWithoutTextHasNoFrame();
     void anErrorPaletteWithoutTextShowsNothing();
     void theColorComesAndGoesWithTheText();
-    void aPaletteSetWhileThereIsATextShowsAtOnce();
+    void aPaletteSetForALabelWithTextShowsAtOnce();
     void aTextWithoutPaletteKeepsTheNormalColor();
-    void theHintHasRoomForTheText();
-    void markupIsShownAsItIs();
+    void theSizeHintHasRoomForTheText();
+    void markupIsShownAsPlainText();
 };
 
 void HFrameLabelTest::aTextIsFramedAndCentered()
@@ -45,7 +45,7 @@ void HFrameLabelTest::aTextIsFramedAndCentered()
     QCOMPARE(inner->alignment(), Qt::AlignCenter);
 }
 
-void HFrameLabelTest::withoutTextThereIsNoFrame()
+void HFrameLabelTest::aLabelWithoutTextHasNoFrame()
 {
     HFrameLabel label;
     QCOMPARE(label.frameShape(), QFrame::NoFrame);
@@ -70,7 +70,7 @@ void HFrameLabelTest::anErrorPaletteWithoutTextShowsNothing()
     QCOMPARE(label->frameShape(), QFrame::NoFrame);
     const QColor surroundings = window.palette().color(QPalette::Window);
     QCOMPARE(background(*label), surroundings);
-    // Every pixel, so that neither frame nor colour can be seen.
+    // Checks every pixel: neither frame nor colour is visible.
     const QImage empty = window.grab(label->geometry()).toImage();
     for (int y = 0; y < empty.height(); ++y) {
         for (int x = 0; x < empty.width(); ++x) {
@@ -97,7 +97,7 @@ void HFrameLabelTest::theColorComesAndGoesWithTheText()
     QCOMPARE(background(label), errorColor);
 }
 
-void HFrameLabelTest::aPaletteSetWhileThereIsATextShowsAtOnce()
+void HFrameLabelTest::aPaletteSetForALabelWithTextShowsAtOnce()
 {
     HFrameLabel label(QStringLiteral("x"));
     label.setPalette(Colors::makeError(label.palette()));
@@ -114,7 +114,7 @@ void HFrameLabelTest::aTextWithoutPaletteKeepsTheNormalColor()
     QCOMPARE(background(label), normal);
 }
 
-void HFrameLabelTest::theHintHasRoomForTheText()
+void HFrameLabelTest::theSizeHintHasRoomForTheText()
 {
     HFrameLabel label(QStringLiteral("Unlisted Actions"));
     const QSize text = label.findChild<QLabel*>()->sizeHint();
@@ -122,7 +122,7 @@ void HFrameLabelTest::theHintHasRoomForTheText()
     QCOMPARE(label.sizeHint(), text + frame);
 }
 
-void HFrameLabelTest::markupIsShownAsItIs()
+void HFrameLabelTest::markupIsShownAsPlainText()
 {
     const QString text = QStringLiteral("<b>id</b>");
     HFrameLabel label(text);

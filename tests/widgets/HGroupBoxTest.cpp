@@ -10,7 +10,7 @@
 
 namespace {
 
-// The width of what is drawn in the uppermost rows of a widget, in pixels.
+// The width in pixels of the drawing in the uppermost rows of a widget.
 int inkWidth(QWidget& widget, int rows)
 {
     const QImage image = widget.grab().toImage();
@@ -34,12 +34,12 @@ class HGroupBoxTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void titleIsShownToItsEnd_data();
-    void titleIsShownToItsEnd();
-    void titleIsWhatItWasMadeWith();
+    void theWholeTitleIsShown_data();
+    void theWholeTitleIsShown();
+    void titleReturnsTheGivenText();
 };
 
-void HGroupBoxTest::titleIsShownToItsEnd_data()
+void HGroupBoxTest::theWholeTitleIsShown_data()
 {
     QTest::addColumn<QString>("title");
     for (const char* title :
@@ -49,7 +49,7 @@ void HGroupBoxTest::titleIsShownToItsEnd_data()
     }
 }
 
-void HGroupBoxTest::titleIsShownToItsEnd()
+void HGroupBoxTest::theWholeTitleIsShown()
 {
     QFETCH(QString, title);
     const std::unique_ptr<QStyle> style(QStyleFactory::create("Fusion"));
@@ -64,7 +64,7 @@ void HGroupBoxTest::titleIsShownToItsEnd()
     QCOMPARE(inkWidth(box, rows), inkWidth(label, rows));
 }
 
-void HGroupBoxTest::titleIsWhatItWasMadeWith()
+void HGroupBoxTest::titleReturnsTheGivenText()
 {
     const HGroupBox box("Title");
     QCOMPARE(box.title(), QString("Title"));

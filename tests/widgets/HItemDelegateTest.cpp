@@ -28,7 +28,7 @@ class HItemDelegateTest : public QObject
 
 private Q_SLOTS:
     void cellsLookAsInAnyOtherView();
-    void aToolTipIsNoMarkup();
+    void aToolTipIsShownAsPlainText();
 };
 
 void HItemDelegateTest::cellsLookAsInAnyOtherView()
@@ -46,7 +46,7 @@ void HItemDelegateTest::cellsLookAsInAnyOtherView()
     QCOMPARE(unwrapped, paint(plain, index, QStyleOptionViewItem::None));
 }
 
-void HItemDelegateTest::aToolTipIsNoMarkup()
+void HItemDelegateTest::aToolTipIsShownAsPlainText()
 {
     const QString markup = QStringLiteral("Available: <h1>x</h1>\nInstalled: <img src=\"/dev/zero\">");
     QStandardItemModel model;

@@ -8,7 +8,7 @@ class HMenuTest : public QObject
     Q_OBJECT
 
 private:
-    // What the menu shows when the pointer rests on it; empty for nothing.
+    // The tool tip that the menu shows when the pointer rests on it; empty if none.
     QString toolTipOf(QMenu* asked)
     {
         const QPoint pos = asked->rect().center();
@@ -21,8 +21,8 @@ private:
     HMenu* menu = nullptr;
     HMenu* subMenu = nullptr;
     HMenu* innerMenu = nullptr;
-    QAction* told = nullptr;
-    QAction* untold = nullptr;
+    QAction* actionWithTip = nullptr;
+    QAction* actionWithoutTip = nullptr;
     QAction* opening = nullptr;
 
 private Q_SLOTS:
@@ -33,15 +33,15 @@ private Q_SLOTS:
     void theMenuCanBeTornOff();
     void theBarIsTheParent();
     void anActionsToolTipIsShown();
-    void aToolTipIsNoMarkup();
+    void aToolTipIsShownAsPlainText();
     void theToolTipIsShownAtThePointer();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown();
     void withoutActiveActionNothingIsShown();
     void theActionInTheOpenSubMenuCounts();
     void theActionInTheInnermostOpenMenuCounts();
-    void anOpenSubMenuWithoutActiveActionLeavesItsOwnEntry();
-    void aClosedSubMenuLeavesItsOwnEntry();
+    void anOpenSubMenuWithoutActiveActionShowsTheTipOfItsEntry();
+    void aClosedSubMenuShowsTheTipOfItsEntry();
     void theEventIsPassedOn();
     void hoveringShowsTheToolTip();
 };
@@ -52,8 +52,8 @@ void HMenuTest::initTestCase()
     QCursor::setPos(screen.bottomRight() - QPoint(20, 20));
     menu = new HMenu(QStringLiteral("&Cache"), window.menuBar());
     window.menuBar()->addMenu(menu);
-    told = menu->addAction(QStringLiteral("Clean All"));
-    untold = menu->addAction(QStringLiteral("&About..."));
+    actionWithTip = menu->addAction(QStringLiteral("Clean All"));
+    actionWithoutTip = menu->addAction(QStringLiteral("&About..."));
     subMenu = new HMenu(QStringLiteral("&More"), window.menuBar());
     subMenu->menuAction()->setToolTip(QStringLiteral("more of it"));
     menu->addMenu(subMenu);
@@ -70,9 +70,9 @@ void HMenuTest::initTestCase()
 
 void HMenuTest::init()
 {
-    told->setToolTip(QStringLiteral("Clean all data"));
-    untold->setToolTip(QString());
-    untold->setText(QStringLiteral("&About..."));
+    actionWithTip->setToolTip(QStringLiteral("Clean all data"));
+    actionWithoutTip->setToolTip(QString());
+    actionWithoutTip->setText(QStringLiteral("&About..."));
     window.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&window));
     QVERIFY(!QToolTip::isVisible());
@@ -94,7 +94,7 @@ void HMenuTest::cleanup()
 void HMenuTest::theMenuCanBeTornOff()
 {
     QVERIFY(menu->isTearOffEnabled());
-    // The entry to tear it off is the first of the menu.
+    // The entry that tears the menu off is the first one.
     QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, QPoint(menu->width() / 2, 4));
     QTRY_VERIFY(menu->isTearOffMenuVisible());
     menu->hideTearOffMenu();
@@ -108,22 +108,22 @@ void HMenuTest::theBarIsTheParent()
 
 void HMenuTest::anActionsToolTipIsShown()
 {
-    menu->setActiveAction(told);
+    menu->setActiveAction(actionWithTip);
     QCOMPARE(toolTipOf(menu), QStringLiteral("Clean all data"));
 }
 
-void HMenuTest::aToolTipIsNoMarkup()
+void HMenuTest::aToolTipIsShownAsPlainText()
 {
-    told->setToolTip(QStringLiteral("Clean in /<h1>x</h1>\n<img src=\"/dev/zero\">"));
-    menu->setActiveAction(told);
+    actionWithTip->setToolTip(QStringLiteral("Clean in /<h1>x</h1>\n<img src=\"/dev/zero\">"));
+    menu->setActiveAction(actionWithTip);
     QTextDocument document;
     document.setHtml(toolTipOf(menu));
-    QCOMPARE(document.toPlainText(), told->toolTip());
+    QCOMPARE(document.toPlainText(), actionWithTip->toolTip());
 }
 
 void HMenuTest::theToolTipIsShownAtThePointer()
 {
-    menu->setActiveAction(told);
+    menu->setActiveAction(actionWithTip);
     const QPoint pos = menu->mapToGlobal(QPoint(5, 5));
     QHelpEvent event(QEvent::ToolTip, QPoint(5, 5), pos);
     QApplication::sendEvent(menu, &event);
@@ -163,10 +163,10 @@ void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown()
     QFETCH(QString, text);
     QFETCH(QString, toolTip);
     QFETCH(bool, shown);
-    untold->setText(text);
-    untold->setToolTip(toolTip);
-    menu->setActiveAction(untold);
-    QCOMPARE(menu->activeAction(), untold);
+    actionWithoutTip->setText(text);
+    actionWithoutTip->setToolTip(toolTip);
+    menu->setActiveAction(actionWithoutTip);
+    QCOMPARE(menu->activeAction(), actionWithoutTip);
     QCOMPARE(toolTipOf(menu), shown ? toolTip : QString());
 }
 
@@ -200,7 +200,7 @@ void HMenuTest::theActionInTheInnermostOpenMenuCounts()
     QCOMPARE(toolTipOf(innerMenu), QStringLiteral("the deepest tip"));
 }
 
-void HMenuTest::anOpenSubMenuWithoutActiveActionLeavesItsOwnEntry()
+void HMenuTest::anOpenSubMenuWithoutActiveActionShowsTheTipOfItsEntry()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -210,7 +210,7 @@ void HMenuTest::anOpenSubMenuWithoutActiveActionLeavesItsOwnEntry()
     QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
 }
 
-void HMenuTest::aClosedSubMenuLeavesItsOwnEntry()
+void HMenuTest::aClosedSubMenuShowsTheTipOfItsEntry()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -224,7 +224,7 @@ void HMenuTest::aClosedSubMenuLeavesItsOwnEntry()
 
 void HMenuTest::theEventIsPassedOn()
 {
-    // What the base class does with a tool tip of the menu itself.
+    // The base class shows the tool tip of the menu itself.
     HMenu plain(QStringLiteral("Plain"));
     plain.addAction(QStringLiteral("entry"));
     plain.setToolTip(QStringLiteral("tip of the menu"));
@@ -235,13 +235,13 @@ void HMenuTest::theEventIsPassedOn()
 
 void HMenuTest::hoveringShowsTheToolTip()
 {
-    const QPoint target = menu->mapToGlobal(menu->actionGeometry(told).center());
-    // In steps, as a hand moves it.
+    const QPoint target = menu->mapToGlobal(menu->actionGeometry(actionWithTip).center());
+    // In steps, like a movement of the hand.
     for (int distance = 20; distance > 0; distance -= 5) {
         QCursor::setPos(target - QPoint(distance, 0));
         QTest::qWait(20);
     }
-    QTRY_COMPARE(menu->activeAction(), told);
+    QTRY_COMPARE(menu->activeAction(), actionWithTip);
     QCursor::setPos(target);
     QTRY_COMPARE(QToolTip::text(), QStringLiteral("Clean all data"));
     QCursor::setPos(QGuiApplication::primaryScreen()->geometry().bottomRight() - QPoint(20, 20));

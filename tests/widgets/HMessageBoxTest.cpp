@@ -26,7 +26,7 @@ private:
     }
 
 private Q_SLOTS:
-    void textIsNoMarkup()
+    void textIsShownAsPlainText()
     {
         HMessageBox box(QMessageBox::Critical, "Title", "<b>bold</b> &amp;", QMessageBox::Ok, nullptr);
         QCOMPARE(box.textFormat(), Qt::PlainText);
@@ -35,7 +35,7 @@ private Q_SLOTS:
         QVERIFY(box.button(QMessageBox::Ok) != nullptr);
     }
 
-    void aWordThatTheScreenHasRoomForIsNotCut()
+    void aWordThatFitsOnTheScreenIsNotCut()
     {
         QString word = "short";
         const int most = Metrics::maxWindowSize().width() - 150;
@@ -48,7 +48,7 @@ private Q_SLOTS:
         QTRY_VERIFY(label->width() >= metrics.horizontalAdvance(word));
         QVERIFY(label->height() >= label->heightForWidth(label->width()));
 
-        // The base class would cut it here.
+        // The base class cuts this text.
         QMessageBox plain(QMessageBox::Critical, "Title", "Cannot read " + word, QMessageBox::Ok);
         plain.show();
         QVERIFY(QTest::qWaitForWindowExposed(&plain));

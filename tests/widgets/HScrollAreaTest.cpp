@@ -15,7 +15,7 @@ public:
     QSize hint;
 };
 
-// A style that draws the frame around the contents only, or does not, whatever the real one does.
+// A style that draws the frame around the contents only, or not, independent of the real style.
 class FrameStyle : public QProxyStyle
 {
 public:
@@ -36,7 +36,7 @@ private:
     bool aroundContents;
 };
 
-// What the area adds around an inner widget.
+// The size that the area adds around an inner widget.
 QSize surroundings(const HScrollArea& area)
 {
     return QSize(2 * area.frameWidth() + area.verticalScrollBar()->sizeHint().width(),
@@ -56,20 +56,20 @@ class HScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutInnerWidgetTheHintIsTheBaseOne();
+    void withoutInnerWidgetTheSizeHintIsThatOfTheBaseClass();
     void theHintHasRoomForTheInnerWidgetAndBothScrollBars();
-    void aFrameOnlyAroundTheContentsTakesItsPixels();
-    void theHintIsBoundedByTheLargestSize();
-    void theHintIsBoundedInLetters_data();
-    void theHintIsBoundedInLetters();
-    void theHintIsBoundedByTheScreen_data();
-    void theHintIsBoundedByTheScreen();
+    void aFrameOnlyAroundTheContentsNeedsItsPixels();
+    void theMaximumSizeLimitsTheSizeHint();
+    void theMaximumSizeCanBeInLetters_data();
+    void theMaximumSizeCanBeInLetters();
+    void theScreenLimitsTheSizeHint_data();
+    void theScreenLimitsTheSizeHint();
     void forceResizeFollowsTheInnerWidget();
     void forceResizeWithoutInnerWidgetDoesNothing();
     void aLongLabelScrollsInsideItsWindow();
 };
 
-void HScrollAreaTest::withoutInnerWidgetTheHintIsTheBaseOne()
+void HScrollAreaTest::withoutInnerWidgetTheSizeHintIsThatOfTheBaseClass()
 {
     HScrollArea area(QSize(1, 1));
     QCOMPARE(area.sizeHint(), QScrollArea().sizeHint());
@@ -89,7 +89,7 @@ void HScrollAreaTest::theHintHasRoomForTheInnerWidgetAndBothScrollBars()
     QCOMPARE(area.sizeHint(), QSize(300, 200) + surroundings(area));
 }
 
-void HScrollAreaTest::aFrameOnlyAroundTheContentsTakesItsPixels()
+void HScrollAreaTest::aFrameOnlyAroundTheContentsNeedsItsPixels()
 {
     FrameStyle style(true);
     HScrollArea area;
@@ -99,7 +99,7 @@ void HScrollAreaTest::aFrameOnlyAroundTheContentsTakesItsPixels()
     QCOMPARE(area.sizeHint(), QSize(306, 206) + surroundings(area));
 }
 
-void HScrollAreaTest::theHintIsBoundedByTheLargestSize()
+void HScrollAreaTest::theMaximumSizeLimitsTheSizeHint()
 {
     HScrollArea area(QSize(250, 1000));
     area.setWidget(new Contents(QSize(300, 200)));
@@ -108,7 +108,7 @@ void HScrollAreaTest::theHintIsBoundedByTheLargestSize()
              200 + area.frameOnlyAroundContentsPixels() + surroundings(area).height());
 }
 
-void HScrollAreaTest::theHintIsBoundedInLetters_data()
+void HScrollAreaTest::theMaximumSizeCanBeInLetters_data()
 {
     QTest::addColumn<int>("columns");
     QTest::addColumn<int>("rows");
@@ -118,7 +118,7 @@ void HScrollAreaTest::theHintIsBoundedInLetters_data()
     QTest::newRow("neither") << -1 << -1;
 }
 
-void HScrollAreaTest::theHintIsBoundedInLetters()
+void HScrollAreaTest::theMaximumSizeCanBeInLetters()
 {
     QFETCH(int, columns);
     QFETCH(int, rows);
@@ -130,7 +130,7 @@ void HScrollAreaTest::theHintIsBoundedInLetters()
     QCOMPARE(area.sizeHint(), expected);
 }
 
-void HScrollAreaTest::theHintIsBoundedByTheScreen_data()
+void HScrollAreaTest::theScreenLimitsTheSizeHint_data()
 {
     QTest::addColumn<QSize>("size");
     QTest::addColumn<bool>("wide");
@@ -140,7 +140,7 @@ void HScrollAreaTest::theHintIsBoundedByTheScreen_data()
     QTest::newRow("large") << QSize(5000, 5000) << true << true;
 }
 
-void HScrollAreaTest::theHintIsBoundedByTheScreen()
+void HScrollAreaTest::theScreenLimitsTheSizeHint()
 {
     QFETCH(QSize, size);
     QFETCH(bool, wide);

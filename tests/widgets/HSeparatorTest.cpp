@@ -8,10 +8,10 @@ class HSeparatorTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void itIsASunkenRuleAcrossItsParent();
+    void separatorIsASunkenRuleAcrossItsParent();
 };
 
-void HSeparatorTest::itIsASunkenRuleAcrossItsParent()
+void HSeparatorTest::separatorIsASunkenRuleAcrossItsParent()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);

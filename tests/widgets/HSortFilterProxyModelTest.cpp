@@ -8,7 +8,7 @@
 
 namespace {
 
-// Lists odd and even numbers by a switch of its own, as the package table does with its filters.
+// Filters odd and even numbers by its own switch, like the filters of the package table.
 class SwitchedProxy : public HSortFilterProxyModel
 {
 public:
@@ -62,8 +62,8 @@ private Q_SLOTS:
     void equalRowsAreOrderedByTheSecondColumn();
     void equalRowsAreOrderedByTheSecondColumnDownwardsToo();
     void tiesInTheSecondColumnKeepTheSourceOrder();
-    void aSecondColumnOutsideTheTableIsNoOrder_data();
-    void aSecondColumnOutsideTheTableIsNoOrder();
+    void aSecondColumnOutsideTheTableHasNoEffect_data();
+    void aSecondColumnOutsideTheTableHasNoEffect();
     void theSecondaryIndexIsInTheSameRow();
     void everyFilterChangeSortsFromScratch_data();
     void everyFilterChangeSortsFromScratch();
@@ -72,10 +72,10 @@ private Q_SLOTS:
     void filterChangedAsksTheFilterAgain();
     void clearAsksTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
-    void theSourceIsRememberedThroughTheBaseClassToo();
+    void theSourceIsStoredThroughTheBaseClassToo();
     void anotherKindOfModelIsSortedWithoutSecondColumn();
     void withoutSourceNothingHappens();
-    void aDeletedSourceIsForgotten();
+    void aDeletedSourceIsNotUsed();
 };
 
 void HSortFilterProxyModelTest::valuesOfAType_data()
@@ -87,7 +87,7 @@ void HSortFilterProxyModelTest::valuesOfAType_data()
         std::reverse(expected.begin(), expected.end());
         QTest::newRow(name) << given << expected;
     };
-    // Each in the wrong order, and, where the type has a value order of its own, in the right order as text.
+    // Each row is in the wrong order. If the type has its own order, the texts would be in the right order.
     row("int puts 9 before 10", {10, 9});
     row("negative int", {-1, -2});
     row("unsigned int", {QVariant(4000000000U), QVariant(5U)});
@@ -172,14 +172,14 @@ void HSortFilterProxyModelTest::tiesInTheSecondColumnKeepTheSourceOrder()
     QCOMPARE(column(proxy, 2), (QVariantList{1, 2, 4, 0, 3}));
 }
 
-void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableIsNoOrder_data()
+void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableHasNoEffect_data()
 {
     QTest::addColumn<int>("second");
     QTest::newRow("none") << -1;
     QTest::newRow("beyond") << 9;
 }
 
-void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableIsNoOrder()
+void HSortFilterProxyModelTest::aSecondColumnOutsideTheTableHasNoEffect()
 {
     QFETCH(int, second);
     FixedTable model({{1, "b"}, {1, "a"}, {0, "c"}});
@@ -219,7 +219,7 @@ void HSortFilterProxyModelTest::everyFilterChangeSortsFromScratch()
     proxy.setSourceModel(&model);
     proxy.sort(0, Qt::DescendingOrder);
     QCOMPARE(column(proxy, 0), (QVariantList{3, 2, 1}));
-    model.rows[0][0] = 9; // behind the proxy's back
+    model.rows[0][0] = 9; // without a notification to the proxy
     QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
     change(proxy);
     QCOMPARE(resets.count(), 1);
@@ -287,7 +287,7 @@ void HSortFilterProxyModelTest::aProxyThatWasNeverSortedKeepsTheSourceOrder()
     QCOMPARE(column(proxy, 0), (QVariantList{3, 1, 2}));
 }
 
-void HSortFilterProxyModelTest::theSourceIsRememberedThroughTheBaseClassToo()
+void HSortFilterProxyModelTest::theSourceIsStoredThroughTheBaseClassToo()
 {
     FixedTable model({{1, "b"}, {1, "a"}});
     HSortFilterProxyModel proxy(1);
@@ -324,7 +324,7 @@ void HSortFilterProxyModelTest::withoutSourceNothingHappens()
     QCOMPARE(proxy.filterRegExp().pattern(), QStringLiteral("a"));
 }
 
-void HSortFilterProxyModelTest::aDeletedSourceIsForgotten()
+void HSortFilterProxyModelTest::aDeletedSourceIsNotUsed()
 {
     HSortFilterProxyModel proxy(1);
     {

@@ -21,7 +21,7 @@ public:
     using HTableView::viewOptions;
 };
 
-// A view that knows the widths of its columns by itself.
+// A view that computes the widths of its columns itself.
 class QuickView : public View
 {
 protected:
@@ -54,7 +54,7 @@ QVector<FixedTable::Row> numbers(int count)
     return rows;
 }
 
-// The rows that the height of a size hint has room for.
+// The number of rows that fit into the height of a size hint.
 int rowsIn(const HTableView& view)
 {
     const int rows =
@@ -97,30 +97,30 @@ private Q_SLOTS:
     void shiftF10AsksForTheMenuOfTheCurrentCell();
     void cellsAreDrawnByItsOwnDelegate();
     void theOptionsPlaceTheIcon();
-    void fewRowsAskForTheLeastNumber();
-    void manyRowsAskForTheLargestNumber();
-    void rowsInBetweenAskForThemselves();
+    void fewRowsRequestTheMinimumNumber();
+    void manyRowsRequestTheMaximumNumber();
+    void numbersInBetweenRequestTheirOwnRoom();
     void addingRowsDoesNotChangeTheHint();
     void removingRowsDoesNotChangeTheHint();
-    void anEmptyTableAsksForTheLeastNumberToo();
-    void theHintIsTheSumOfItsParts();
-    void hiddenHeadersTakeNoRoom();
-    void aFrameOnlyAroundTheContentsTakesItsPixels();
-    void withoutModelThereIsAHintButNoColumnWidth();
+    void anEmptyTableRequestsTheMinimumNumberToo();
+    void theSizeHintIsTheSumOfItsParts();
+    void hiddenHeadersNeedNoRoom();
+    void aFrameOnlyAroundTheContentsNeedsItsPixels();
+    void withoutModelTheViewHasASizeHintButNoColumnWidth();
     void aColumnIsAsWideAsItsWidestCell();
-    void theGridTakesAPixel();
-    void aViewMayKnowItsWidths();
+    void theGridNeedsAPixel();
+    void aDerivedViewMayComputeItsWidths();
     void fittingTheColumnsEnlargesTheWindow();
     void fittingTheColumnsStaysOnTheScreen();
     void fittingTheColumnsNeverShrinksTheWindow();
-    void fittingTheColumnsTellsEveryAncestor();
+    void fittingTheColumnsUpdatesTheLayoutsOfAllAncestors();
     void sortingByAColumnShowsIt();
     void sortingAgainKeepsTheShownOrder();
     void clickingAHeaderTwiceReversesTheOrder();
     void sortingWithoutModelDoesNothing();
     void selectedRowsComeInTheOrderOfSelection();
-    void rowsThatCannotBeSelectedAreLeftOut();
-    void aSelectedRowIsItsLeftmostSelectedCell();
+    void unselectableRowsAreNotReturned();
+    void aSelectedRowIsGivenByItsLeftmostSelectedCell();
     void withoutModelOrSelectionNoRowIsSelected();
 };
 
@@ -139,7 +139,7 @@ void HTableViewTest::theOptionsPlaceTheIcon()
     QCOMPARE(view.viewOptions().font, view.font());
 }
 
-void HTableViewTest::fewRowsAskForTheLeastNumber()
+void HTableViewTest::fewRowsRequestTheMinimumNumber()
 {
     FixedTable model(numbers(3));
     View view(10, 20);
@@ -147,7 +147,7 @@ void HTableViewTest::fewRowsAskForTheLeastNumber()
     QCOMPARE(rowsIn(view), 10);
 }
 
-void HTableViewTest::manyRowsAskForTheLargestNumber()
+void HTableViewTest::manyRowsRequestTheMaximumNumber()
 {
     FixedTable model(numbers(30));
     View view(10, 20);
@@ -155,7 +155,7 @@ void HTableViewTest::manyRowsAskForTheLargestNumber()
     QCOMPARE(rowsIn(view), 20);
 }
 
-void HTableViewTest::rowsInBetweenAskForThemselves()
+void HTableViewTest::numbersInBetweenRequestTheirOwnRoom()
 {
     FixedTable model(numbers(15));
     View view(10, anyNumber);
@@ -188,7 +188,7 @@ void HTableViewTest::removingRowsDoesNotChangeTheHint()
     QCOMPARE(rowsIn(view), 15);
 }
 
-void HTableViewTest::anEmptyTableAsksForTheLeastNumberToo()
+void HTableViewTest::anEmptyTableRequestsTheMinimumNumberToo()
 {
     FixedTable model;
     View view(10, anyNumber);
@@ -200,7 +200,7 @@ void HTableViewTest::anEmptyTableAsksForTheLeastNumberToo()
     QCOMPARE(view.sizeHint().height(), height);
 }
 
-void HTableViewTest::theHintIsTheSumOfItsParts()
+void HTableViewTest::theSizeHintIsTheSumOfItsParts()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -216,7 +216,7 @@ void HTableViewTest::theHintIsTheSumOfItsParts()
     QCOMPARE(view.sizeHint(), QSize(width, height));
 }
 
-void HTableViewTest::hiddenHeadersTakeNoRoom()
+void HTableViewTest::hiddenHeadersNeedNoRoom()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -231,7 +231,7 @@ void HTableViewTest::hiddenHeadersTakeNoRoom()
     QCOMPARE(view.sizeHint(), hint - QSize(side, top));
 }
 
-void HTableViewTest::aFrameOnlyAroundTheContentsTakesItsPixels()
+void HTableViewTest::aFrameOnlyAroundTheContentsNeedsItsPixels()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -245,7 +245,7 @@ void HTableViewTest::aFrameOnlyAroundTheContentsTakesItsPixels()
     QCOMPARE(view.sizeHint().width(), width);
 }
 
-void HTableViewTest::withoutModelThereIsAHintButNoColumnWidth()
+void HTableViewTest::withoutModelTheViewHasASizeHintButNoColumnWidth()
 {
     View view(10, 20);
     QCOMPARE(view.sizeHintForColumn(0), -1);
@@ -273,7 +273,7 @@ void HTableViewTest::aColumnIsAsWideAsItsWidestCell()
     QCOMPARE(view.columnWidth(1), view.sizeHintForColumn(1));
 }
 
-void HTableViewTest::theGridTakesAPixel()
+void HTableViewTest::theGridNeedsAPixel()
 {
     FixedTable model(numbers(5));
     View view;
@@ -284,7 +284,7 @@ void HTableViewTest::theGridTakesAPixel()
     QCOMPARE(view.sizeHintForColumn(1), width + 1);
 }
 
-void HTableViewTest::aViewMayKnowItsWidths()
+void HTableViewTest::aDerivedViewMayComputeItsWidths()
 {
     FixedTable model(numbers(5));
     QuickView view;
@@ -350,9 +350,9 @@ void HTableViewTest::fittingTheColumnsNeverShrinksTheWindow()
     QVERIFY(view.sizeHint().width() < 800);
 }
 
-void HTableViewTest::fittingTheColumnsTellsEveryAncestor()
+void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllAncestors()
 {
-    // A box in a box: the outer layout remembers the hints of the inner one until it is told.
+    // A box in a box: the outer layout caches the size hints of the inner one.
     QWidget window;
     QVBoxLayout* outer = new QVBoxLayout(&window);
     QWidget* inside = new QWidget;
@@ -456,7 +456,7 @@ void HTableViewTest::selectedRowsComeInTheOrderOfSelection()
     QCOMPARE(rowsOf(rows), (QList<int>{4, 1, 2, 3}));
 }
 
-void HTableViewTest::rowsThatCannotBeSelectedAreLeftOut()
+void HTableViewTest::unselectableRowsAreNotReturned()
 {
     FixedTable model(numbers(5));
     View view;
@@ -469,7 +469,7 @@ void HTableViewTest::rowsThatCannotBeSelectedAreLeftOut()
     QCOMPARE(rowsOf(view.selectedRows()), (QList<int>{0, 2, 3}));
 }
 
-void HTableViewTest::aSelectedRowIsItsLeftmostSelectedCell()
+void HTableViewTest::aSelectedRowIsGivenByItsLeftmostSelectedCell()
 {
     FixedTable model(numbers(5));
     View view;

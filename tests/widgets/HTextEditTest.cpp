@@ -18,24 +18,24 @@ class HTextEditTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theHintIsInLetters_data();
-    void theHintIsInLetters();
-    void withoutColumnsAndRowsTheHintIsTheBaseOne();
-    void theHintIsBoundedByTheScreen();
+    void theSizeHintIsInLetters_data();
+    void theSizeHintIsInLetters();
+    void withoutColumnsAndRowsTheSizeHintIsThatOfTheBaseClass();
+    void theScreenLimitsTheSizeHint();
     void theHintFollowsTheFont();
     void leavingTheEditEndsEditing();
     void leavingTheWindowEndsEditing();
     void aPopupDoesNotEndEditing();
     void theOwnMenuDoesNotEndEditing();
-    void anotherMenuDoesNotKeepEditingFromEnding();
+    void anotherMenuDoesNotPreventTheEndOfEditing();
     void theContextMenuDoesNotEndEditing();
-    void editingEndsBeforeTheFocusIsSeenToLeave();
+    void editingFinishedPrecedesTheFocusChange();
     void appendedParagraphsHaveNoMargins();
-    void appendingIsOneParagraphEach();
-    void theEndsOfATextToReadAreReachedByKeyboard();
+    void eachAppendedTextIsOneParagraph();
+    void keysReachTheEndsOfAReadOnlyText();
 };
 
-void HTextEditTest::theHintIsInLetters_data()
+void HTextEditTest::theSizeHintIsInLetters_data()
 {
     QTest::addColumn<int>("columns");
     QTest::addColumn<int>("rows");
@@ -45,7 +45,7 @@ void HTextEditTest::theHintIsInLetters_data()
     QTest::newRow("none of either") << 0 << 0;
 }
 
-void HTextEditTest::theHintIsInLetters()
+void HTextEditTest::theSizeHintIsInLetters()
 {
     QFETCH(int, columns);
     QFETCH(int, rows);
@@ -60,14 +60,14 @@ void HTextEditTest::theHintIsInLetters()
     QCOMPARE(edit.sizeHint(), expected);
 }
 
-void HTextEditTest::withoutColumnsAndRowsTheHintIsTheBaseOne()
+void HTextEditTest::withoutColumnsAndRowsTheSizeHintIsThatOfTheBaseClass()
 {
     HTextEdit edit;
     QCOMPARE(edit.sizeHint(), QTextEdit().sizeHint());
     QVERIFY(edit.sizeHint().isValid());
 }
 
-void HTextEditTest::theHintIsBoundedByTheScreen()
+void HTextEditTest::theScreenLimitsTheSizeHint()
 {
     QCOMPARE(HTextEdit(5000, 5000).sizeHint(), largest());
     QCOMPARE(HTextEdit(5000, 2).sizeHint().width(), largest().width());
@@ -165,7 +165,7 @@ void HTextEditTest::theOwnMenuDoesNotEndEditing()
     QCOMPARE(ends.count(), 1);
 }
 
-void HTextEditTest::anotherMenuDoesNotKeepEditingFromEnding()
+void HTextEditTest::anotherMenuDoesNotPreventTheEndOfEditing()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -204,7 +204,7 @@ void HTextEditTest::theContextMenuDoesNotEndEditing()
     QCOMPARE(ends.count(), 0);
 }
 
-void HTextEditTest::editingEndsBeforeTheFocusIsSeenToLeave()
+void HTextEditTest::editingFinishedPrecedesTheFocusChange()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -216,7 +216,7 @@ void HTextEditTest::editingEndsBeforeTheFocusIsSeenToLeave()
     QVERIFY(QTest::qWaitForWindowActive(&window));
     edit->setFocus();
     edit->setPlainText(QStringLiteral("text"));
-    // A slot may rewrite the text, as the masked fields do, and the base class then sees the new one.
+    // A slot may rewrite the text, as in the masked fields. The base class then uses the new text.
     connect(edit, &HTextEdit::editingFinished, [edit] { edit->setPlainText(QStringLiteral("changed")); });
     other->setFocus();
     QCOMPARE(edit->toPlainText(), QStringLiteral("changed"));
@@ -240,7 +240,7 @@ void HTextEditTest::appendedParagraphsHaveNoMargins()
     QCOMPARE(plain.document()->begin().blockFormat().topMargin(), 12.0);
 }
 
-void HTextEditTest::appendingIsOneParagraphEach()
+void HTextEditTest::eachAppendedTextIsOneParagraph()
 {
     HTextEdit edit;
     edit.appendCompact(QStringLiteral("<font color=\"red\">one</font>"));
@@ -251,7 +251,7 @@ void HTextEditTest::appendingIsOneParagraphEach()
     QCOMPARE(cursor.charFormat().foreground().color(), QColor(Qt::red));
 }
 
-void HTextEditTest::theEndsOfATextToReadAreReachedByKeyboard()
+void HTextEditTest::keysReachTheEndsOfAReadOnlyText()
 {
     HTextEdit edit(20, 5);
     edit.setReadOnly(true);
@@ -276,7 +276,7 @@ void HTextEditTest::theEndsOfATextToReadAreReachedByKeyboard()
     press(Qt::Key_PageDown);
     QVERIFY(bar->value() > 0);
 
-    // Where there is a cursor, the keys are the cursor's.
+    // In a text with a cursor, the keys move the cursor.
     edit.setReadOnly(false);
     press(Qt::Key_End, Qt::ControlModifier);
     QCOMPARE(edit.textCursor().position(), edit.document()->characterCount() - 1);

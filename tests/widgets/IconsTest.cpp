@@ -27,7 +27,7 @@ private Q_SLOTS:
                  picture(QIcon(Share::absolute("icons/updateBox.png")), 16));
     }
 
-    void iconsGrowWithWhatTheyAreAskedFor()
+    void iconsHaveTheRequestedSize()
     {
         const QStringList drawings = QDir(Share::absolute("icons")).entryList({"*.png"}, QDir::Files);
         QVERIFY(drawings.count() > 10);
@@ -47,7 +47,7 @@ private Q_SLOTS:
             QCOMPARE(picture(Icons::shared("removeBox"), side, QIcon::Selected),
                      picture(Icons::shared("removeBox"), side));
         }
-        // As they would be otherwise.
+        // Other icons are tinted.
         const QIcon plain(Share::absolute("icons/removeBox.png"));
         QVERIFY(picture(plain, 16, QIcon::Selected) != picture(plain, 16));
     }

@@ -10,7 +10,7 @@ class LiteralTest : public QObject
 private Q_SLOTS:
     void aToolTipShowsTheText_data();
     void aToolTipShowsTheText();
-    void anOrdinaryTextStaysAsItIs();
+    void anOrdinaryTextIsUnchanged();
     void aTitleShowsTheText_data();
     void aTitleShowsTheText();
 };
@@ -34,7 +34,7 @@ void LiteralTest::aToolTipShowsTheText_data()
 void LiteralTest::aToolTipShowsTheText()
 {
     QFETCH(QString, text);
-    // As a label without a format of its own takes it.
+    // Interprets the tool tip like a label without its own format.
     const QString toolTip = Literal::toolTip(text);
     QString shown = toolTip;
     if (Qt::mightBeRichText(toolTip)) {
@@ -45,7 +45,7 @@ void LiteralTest::aToolTipShowsTheText()
     QCOMPARE(shown, text);
 }
 
-void LiteralTest::anOrdinaryTextStaysAsItIs()
+void LiteralTest::anOrdinaryTextIsUnchanged()
 {
     for (const char* text : {"", "Update package", "Available: 2-1\nInstalled: 1-1", "a < b & c"}) {
         QCOMPARE(Literal::toolTip(QString::fromLatin1(text)), QString::fromLatin1(text));

@@ -9,10 +9,10 @@ class MetricsTest : public QObject
 
 private Q_SLOTS:
     void aWindowMayTakeNineTenthsOfTheScreen();
-    void aColumnIsTheLetterN();
+    void aColumnIsAsWideAsTheLetterN();
 };
 
-// On a platform that is not X11, where there is no X screen to ask for.
+// The test runs on a platform without an X screen.
 void MetricsTest::aWindowMayTakeNineTenthsOfTheScreen()
 {
     QCOMPARE(QGuiApplication::platformName(), QStringLiteral("offscreen"));
@@ -21,7 +21,7 @@ void MetricsTest::aWindowMayTakeNineTenthsOfTheScreen()
     QCOMPARE(Metrics::maxWindowSize(), QSize(screen.width() * 9 / 10, screen.height() * 9 / 10));
 }
 
-void MetricsTest::aColumnIsTheLetterN()
+void MetricsTest::aColumnIsAsWideAsTheLetterN()
 {
     QFont font;
     font.setPixelSize(40);
@@ -29,7 +29,7 @@ void MetricsTest::aColumnIsTheLetterN()
     line.beginLayout();
     line.createLine();
     line.endLayout();
-    // The real line is measured in fractions of pixels.
+    // The real line has a width in fractions of pixels.
     QVERIFY(qAbs(line.lineAt(0).naturalTextWidth() - 50 * Metrics::columnWidth(QFontMetrics(font))) <= 25);
 }
 

@@ -62,7 +62,7 @@ void TextDialogTest::closeAccepts()
     const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
     QCOMPARE(buttons.size(), 1);
     QCOMPARE(buttons.first()->text(), QStringLiteral("Close"));
-    // Below the text, at the right, behind a stretch.
+    // The button is below the text, at the right, behind a stretch.
     HTextEdit* edit = dialog.findChild<HTextEdit*>();
     QVERIFY(buttons.first()->geometry().top() > edit->geometry().bottom());
     QVERIFY(buttons.first()->geometry().left() > edit->geometry().center().x());
