@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of tools/check-conventions: a small project that keeps to all of them, broken in one way after the other."""
+"""Tests of tools/check-conventions: a small project follows all conventions, and each test breaks one of them."""
 import os
 import subprocess
 import tempfile
@@ -99,7 +99,7 @@ class ConventionsTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (status, ''))
         return done.stdout.splitlines()
 
-    def test_project_that_keeps_to_everything(self):
+    def test_project_without_violations(self):
         self.assertEqual(self.found(status=0), [])
 
     def test_include_guard_of_another_name(self):
@@ -108,11 +108,11 @@ class ConventionsTest(unittest.TestCase):
 
     def test_no_include_guard(self):
         self.write('low/Thing.h', '// A thing.\n')
-        self.assertEqual(self.found(), ['low/Thing.h:1: there is no include guard LOW_THING_H'])
+        self.assertEqual(self.found(), ['low/Thing.h:1: the include guard LOW_THING_H is missing'])
 
     def test_header_without_a_comment(self):
         self.change('low/Thing.h', '// A thing.\n\n', '')
-        self.assertEqual(self.found(), ['low/Thing.h:1: a header begins with a comment that tells what it is for'])
+        self.assertEqual(self.found(), ['low/Thing.h:1: the header does not begin with a comment about its purpose'])
 
     def test_keywords(self):
         for written, word in (('emit filled();', 'emit'), ('public slots:', 'slots'), ('signals:', 'signals'),
@@ -134,7 +134,7 @@ class ConventionsTest(unittest.TestCase):
 
     def test_link_of_a_folder_above(self):
         self.change('low/CMakeLists.txt', 'Qt5::Widgets', 'vyre_high')
-        self.assertEqual(self.found(), ['low/CMakeLists.txt:1: low links high, which stands above it'])
+        self.assertEqual(self.found(), ['low/CMakeLists.txt:1: low links high, which is above it'])
 
     def test_folder_that_is_not_linked(self):
         self.change('high/CMakeLists.txt', 'LINKS vyre_low', 'LINKS Qt5::Widgets')
@@ -144,9 +144,9 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "Thing.h"')
         self.assertEqual(self.found(), ['low/Thing.cpp:3: includes are named from the root: "Thing.h"'])
 
-    def test_include_of_nothing(self):
+    def test_include_of_a_missing_header(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "low/Gone.h"')
-        self.assertEqual(self.found(), ['low/Thing.cpp:3: there is no "low/Gone.h"'])
+        self.assertEqual(self.found(), ['low/Thing.cpp:3: "low/Gone.h" does not exist'])
 
     def test_circle_of_headers(self):
         self.write('low/Other.h', '// Another.\n\n#ifndef LOW_OTHER_H\n#define LOW_OTHER_H\n'
@@ -154,7 +154,7 @@ class ConventionsTest(unittest.TestCase):
         self.write('tests/low/OtherTest.cpp', '#include "low/Other.h"\n')
         self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Other LINKS vyre_low)\n')
         self.change('low/Thing.h', 'class Thing', '#include "low/Other.h"\n\nclass Thing')
-        self.assertEqual(self.found(), ['low/Other.h:5: a circle: low/Thing.h -> low/Other.h -> low/Thing.h'])
+        self.assertEqual(self.found(), ['low/Other.h:5: a circular include: low/Thing.h -> low/Other.h -> low/Thing.h'])
 
     def test_own_header_is_not_first(self):
         self.write('low/Thing.cpp', '#include <QLabel>\n\n#include "low/Thing.h"\n')
@@ -175,12 +175,12 @@ class ConventionsTest(unittest.TestCase):
 
     def test_class_without_a_test(self):
         os.remove(os.path.join(self.root, 'tests/low/ThingTest.cpp'))
-        self.assertEqual(self.found(), ['low/Thing.h:1: there is no tests/low/ThingTest.cpp'])
+        self.assertEqual(self.found(), ['low/Thing.h:1: tests/low/ThingTest.cpp is missing'])
 
     def test_test_without_a_class(self):
         self.write('tests/low/GoneTest.cpp', '#include <QtTest>\n')
         self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Gone LINKS vyre_low)\n')
-        self.assertEqual(self.found(), ['tests/low/GoneTest.cpp:1: there is no class that it is the test of'])
+        self.assertEqual(self.found(), ['tests/low/GoneTest.cpp:1: the class that it tests is missing'])
 
     def test_text_that_is_not_translated(self):
         for before, after, text in (('new QLabel(tr("Heading"))', 'new QLabel("Heading")', '"Heading"'),
@@ -194,7 +194,7 @@ class ConventionsTest(unittest.TestCase):
                 self.assertTrue(found[0].endswith(': a text that a user reads does not go through tr(): ' + text),
                                 found)
 
-    def test_label_that_takes_markup(self):
+    def test_label_that_shows_markup(self):
         plain = '    value->setTextFormat(Qt::PlainText);\n'
         for before, after, line in ((plain, '', 7),
                                     ('tr("Heading")', 'tr("Heading %1").arg(text)', 6),
@@ -206,7 +206,7 @@ class ConventionsTest(unittest.TestCase):
                 self.assertEqual(self.found(), ['high/Window.cpp:{}: a label whose text may come from outside is '
                                                 'not set to Qt::PlainText'.format(line)])
 
-    def test_box_that_takes_markup(self):
+    def test_box_that_shows_markup(self):
         message = 'a box whose text may come from outside takes it for markup: use HMessageBox'
         self.change('high/Window.cpp', 'tr("It failed.")', 'tr("%1 failed.").arg(text)')
         self.assertEqual(self.found(), ['high/Window.cpp:12: ' + message])
@@ -217,7 +217,7 @@ class ConventionsTest(unittest.TestCase):
         self.change('high/Window.cpp', box, '    HMessageBox box(QMessageBox::Critical, tr("Error"), text);\n')
         self.assertEqual(self.found(status=0), [])
 
-    def test_tool_tip_and_title_that_take_markup(self):
+    def test_tool_tip_and_title_that_show_markup(self):
         for call, wrapped in (('value->setToolTip(text);', 'value->setToolTip(Literal::toolTip(text));'),
                               ('setToolTip(tr("In %1").arg(text));', 'setToolTip(tr("Here"));'),
                               ('box.setWindowTitle(text);', 'box.setWindowTitle(Literal::title(text));'),
@@ -241,11 +241,11 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.h', '// A thing.', '// A thing. ' + word)
         self.assertEqual(self.found(), ['low/Thing.h:1: a note of something unfinished: ' + word])
 
-    def test_script_that_cannot_be_executed(self):
+    def test_script_that_is_not_executable(self):
         os.chmod(os.path.join(self.root, 'tools/go'), 0o644)
         self.assertEqual(self.found(), ['tools/go:1: it has a first line "#!" and is not executable'])
 
-    def test_executable_without_its_first_line(self):
+    def test_executable_without_an_interpreter(self):
         self.write('tools/go', 'true\n')
         self.assertEqual(self.found(), ['tools/go:1: it is executable and has no first line "#!"'])
 
@@ -277,7 +277,7 @@ class ConventionsTest(unittest.TestCase):
                          ['tests/journeys/test_first.py:1: the line ends in white space'])
         self.assertEqual(self.found('high/Window.cpp', status=0), [])
 
-    def test_what_is_made_is_left_alone(self):
+    def test_generated_files_are_ignored(self):
         self.write('build-any/Thing.h', 'no guard \n')
         self.write('low/__pycache__/Thing.h', 'no guard \n')
         self.assertEqual(self.found(status=0), [])
