@@ -75,11 +75,11 @@ Area::Area(Describe::Dialog* describeDialog, QVBoxLayout* layout, YumIO* backEnd
     grid->setColumnStretch(ValueColumn, 1);
     grid->setHorizontalSpacing(2 * Metrics::columnWidth(scrollArea->fontMetrics()));
     addHeader(nextRow, yumIO->getState(*entry));
-    if (entry->kind == Package::Group) {
-        addGroup();
-    } else {
-        addPackage(primary);
-    }
+    const int owner = entry->kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
+    Fields::any(owner | (primary ? Fields::Described : Fields::OfVersions), [this](Fields::Field field) {
+        addField(field);
+        return false; // all of them
+    });
     grid->setRowStretch(nextRow, 1);
     updateButtons();
     layOut();
@@ -92,64 +92,30 @@ Area::Area(Describe::Dialog* describeDialog, QVBoxLayout* layout, YumIO* backEnd
     layout->addWidget(scrollArea, primary ? 1 : 0);
 }
 
-void Area::addPackage(bool primary)
+void Area::addField(Fields::Field field)
 {
-    if (!primary) {
-        addPair(nextRow, tr("Version"), yumIO->getVerRel(*entry));
-        addPair(nextRow, tr("Architecture"), yumIO->getArch(*entry));
-        addPair(nextRow, tr("Size"), yumIO->getSize(*entry));
-        addPair(nextRow, tr("Build Time"), yumIO->getBuildTime(*entry));
-        addPair(nextRow, tr("Packager"), yumIO->getPackager(*entry));
+    const QString label = Fields::label(field);
+    switch (field) {
+    case Fields::Files:
+        filesButton = {tr("Show"), addButton(nextRow, label, tr("Show"))};
+        connect(filesButton.button, SIGNAL(clicked()), this, SLOT(handleFiles()));
+        return;
+    case Fields::ChangeLog:
+        changeLogButton = {tr("Show"), addButton(nextRow, label, tr("Show"))};
+        connect(changeLogButton.button, SIGNAL(clicked()), this, SLOT(handleChangeLog()));
+        return;
+    default:
+        break;
+    }
+    const QString text = yumIO->text(*entry, field);
+    if (field != Fields::Repository || text == QLatin1String(localRepository)) {
+        addPair(nextRow, label, text);
         return;
     }
-    addPair(nextRow, tr("Kind"), yumIO->getKind(*entry));
-    addPair(nextRow, tr("Version"), yumIO->getVerRel(*entry));
-    const QString repo = yumIO->getRepo(*entry);
-    if (repo == QLatin1String(localRepository)) {
-        addPair(nextRow, tr("Repository"), repo);
-    } else {
-        repoButton = addPairButton(nextRow, tr("Repository"), repo, tr("Details"));
-    }
+    repoButton = addPairButton(nextRow, label, text, tr("Details"));
     if (repoButton != nullptr) {
         connect(repoButton, SIGNAL(clicked()), this, SLOT(handleRepo()));
     }
-    addPair(nextRow, tr("Architecture"), yumIO->getArch(*entry));
-    addPair(nextRow, tr("Size"), yumIO->getSize(*entry));
-    addPair(nextRow, tr("Summary"), yumIO->getSummary(*entry));
-    addPair(nextRow, tr("Description"), yumIO->getDescription(*entry));
-    addPair(nextRow, tr("Group"), yumIO->getGroup(*entry));
-    addPair(nextRow, tr("Vendor"), yumIO->getVendor(*entry));
-    addPair(nextRow, tr("Build Time"), yumIO->getBuildTime(*entry));
-    addPair(nextRow, tr("Build Host"), yumIO->getBuildHost(*entry));
-    addPair(nextRow, tr("Install Time"), yumIO->getInstallTime(*entry));
-    addPair(nextRow, tr("Binary RPM"), yumIO->getBinaryRpm(*entry));
-    addPair(nextRow, tr("Source RPM"), yumIO->getSourceRpm(*entry));
-    addPair(nextRow, tr("License"), yumIO->getLicense(*entry));
-    addPair(nextRow, tr("Packager"), yumIO->getPackager(*entry));
-    addPair(nextRow, tr("URL"), yumIO->getUrl(*entry));
-    addPair(nextRow, tr("Relocations"), yumIO->getRelocations(*entry));
-    addPair(nextRow, tr("Provides"), yumIO->getProvides(*entry));
-    addPair(nextRow, tr("Requires (pre)"), yumIO->getRequiresPre(*entry));
-    addPair(nextRow, tr("Requires"), yumIO->getRequires(*entry));
-    addPair(nextRow, tr("Conflicts"), yumIO->getConflicts(*entry));
-    addPair(nextRow, tr("Obsoletes"), yumIO->getObsoletes(*entry));
-    addPair(nextRow, tr("Recommends"), yumIO->getRecommends(*entry));
-    addPair(nextRow, tr("Suggests"), yumIO->getSuggests(*entry));
-    addPair(nextRow, tr("Supplements"), yumIO->getSupplements(*entry));
-    addPair(nextRow, tr("Enhances"), yumIO->getEnhances(*entry));
-    filesButton = {tr("Show"), addButton(nextRow, tr("Files"), tr("Show"))};
-    connect(filesButton.button, SIGNAL(clicked()), this, SLOT(handleFiles()));
-    changeLogButton = {tr("Show"), addButton(nextRow, tr("Change Log"), tr("Show"))};
-    connect(changeLogButton.button, SIGNAL(clicked()), this, SLOT(handleChangeLog()));
-}
-
-void Area::addGroup()
-{
-    addPair(nextRow, tr("Kind"), yumIO->getKind(*entry));
-    addPair(nextRow, tr("Mandatory Packages"), yumIO->getMandatoryPkgs(*entry));
-    addPair(nextRow, tr("Default Packages"), yumIO->getDefaultPkgs(*entry));
-    addPair(nextRow, tr("Optional Packages"), yumIO->getOptionalPkgs(*entry));
-    addPair(nextRow, tr("Conditional Packages"), yumIO->getConditionalPkgs(*entry));
 }
 
 void Area::addHeader(int& row, QString text)

@@ -9,6 +9,8 @@
 #include <QList>
 #include <QObject>
 
+#include "yumio/Fields.h"
+
 class HScrollArea;
 class QGridLayout;
 class QLabel;
@@ -68,8 +70,7 @@ private:
     class Busy;
     class Pairs;
 
-    void addPackage(bool primary);
-    void addGroup();
+    void addField(Fields::Field field);
     void updateButton(Button& button, bool loaded);
     QLabel* addLabel(int row, const QString& text, Qt::Alignment vertical);
     QLabel* makeValue(const QString& value);

@@ -4,6 +4,7 @@
 #include "repo/RepoBrowse.h"
 #include "widgets/Colors.h"
 #include "widgets/Icons.h"
+#include "yumio/Words.h"
 #include "yumio/YumIO.h"
 
 namespace PackageTable {
@@ -165,39 +166,16 @@ QVariant Model::decorationData(const Package::Entry& e, int column) const
     }
 }
 
-QString Model::stateToolTip(Package::State state)
-{
-    switch (state) {
-    case Package::Available:
-        return tr("Package is available for installation");
-    case Package::Installed:
-        return tr("Package is installed and up-to-date");
-    case Package::Updatable:
-        break;
-    }
-    return tr("Package is available to update an out-of-date version");
-}
-
 QVariant Model::toolTipData(const Package::Entry& e, int column) const
 {
     switch (column) {
     case ActionColumn:
-        switch (e.action) {
-        case Package::Update:
-            return tr("Update package");
-        case Package::Install:
-            return tr("Install package");
-        case Package::Remove:
-            return tr("Remove package");
-        case Package::None:
-            return QVariant();
-        }
-        return QVariant();
+        return e.action == Package::None ? QVariant() : Words::explained(e.action);
     case StateColumn: {
         QStringList lines{e.isExcluded()
                               ? tr("Package is installed; the configuration excludes it from updates "
                                    "and removals")
-                              : stateToolTip(e.state)};
+                              : Words::explained(e.state)};
         const YumIO::Replacement replacement = yumIO->replacement(e);
         if (!replacement.by.isEmpty()) {
             lines.append(tr("Replaced by %1").arg(replacement.by.join(QStringLiteral(", "))));
@@ -208,15 +186,7 @@ QVariant Model::toolTipData(const Package::Entry& e, int column) const
         return lines.join(QLatin1Char('\n'));
     }
     case KindColumn:
-        switch (e.kind) {
-        case Package::Group:
-            return tr("Group of packages");
-        case Package::Ordinary:
-            return tr("Ordinary package");
-        case Package::Suite:
-            break;
-        }
-        return tr("Suite of packages");
+        return Words::described(e.kind);
     case VersionColumn: {
         QString text;
         for (const Package::Entry* version = &e; version != nullptr; version = version->next) {

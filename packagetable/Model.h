@@ -88,7 +88,6 @@ private:
     Package::Entry* entryAt(const QModelIndex& index) const; // null when there is none
     void changeAction(int row, Package::Action action);
     QVariant decorationData(const Package::Entry& entry, int column) const;
-    static QString stateToolTip(Package::State state);
     QVariant toolTipData(const Package::Entry& entry, int column) const;
     QVariant foregroundData(const Package::Entry& entry, int column) const;
     static QVariant userData(Package::Entry* entry, int column);

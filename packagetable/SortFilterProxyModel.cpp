@@ -7,6 +7,7 @@
 
 #include "packagetable/Model.h"
 #include "widgets/HAbstractTableModel.h"
+#include "yumio/Words.h"
 #include "yumio/YumIO.h"
 
 namespace PackageTable {
@@ -316,37 +317,11 @@ QString SortFilterProxyModel::iconText(const Package::Entry& entry, int column)
 {
     switch (column) {
     case ActionColumn:
-        switch (entry.action) {
-        case Package::Update:
-            return tr("Update");
-        case Package::Install:
-            return tr("Install");
-        case Package::Remove:
-            return tr("Remove");
-        case Package::None:
-            break;
-        }
-        return tr("No Action");
+        return Words::of(entry.action);
     case StateColumn:
-        switch (entry.state) {
-        case Package::Updatable:
-            return tr("Out-of-date");
-        case Package::Installed:
-            return tr("Up-to-date");
-        case Package::Available:
-            break;
-        }
-        return tr("Not Installed");
+        return Words::of(entry.state);
     default:
-        switch (entry.kind) {
-        case Package::Group:
-            return tr("Group");
-        case Package::Suite:
-            return tr("Suite");
-        case Package::Ordinary:
-            break;
-        }
-        return tr("Package");
+        return Words::of(entry.kind);
     }
 }
 

@@ -60,6 +60,141 @@
     </message>
 </context>
 <context>
+    <name>Fields</name>
+    <message>
+        <source>Kind</source>
+        <translation>Art</translation>
+    </message>
+    <message>
+        <source>Version</source>
+        <translation>Version</translation>
+    </message>
+    <message>
+        <source>Repository</source>
+        <translation>Paketquelle</translation>
+    </message>
+    <message>
+        <source>Architecture</source>
+        <translation>Architektur</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>Größe</translation>
+    </message>
+    <message>
+        <source>Summary</source>
+        <translation>Zusammenfassung</translation>
+    </message>
+    <message>
+        <source>Description</source>
+        <translation>Beschreibung</translation>
+    </message>
+    <message>
+        <source>Group</source>
+        <translation>Gruppe</translation>
+    </message>
+    <message>
+        <source>Vendor</source>
+        <translation>Anbieter</translation>
+    </message>
+    <message>
+        <source>Build Time</source>
+        <translation>Erstellt am</translation>
+    </message>
+    <message>
+        <source>Build Host</source>
+        <translation>Erstellt auf</translation>
+    </message>
+    <message>
+        <source>Install Time</source>
+        <translation>Installiert am</translation>
+    </message>
+    <message>
+        <source>Binary RPM</source>
+        <translation>Binär-RPM</translation>
+    </message>
+    <message>
+        <source>Source RPM</source>
+        <translation>Quell-RPM</translation>
+    </message>
+    <message>
+        <source>License</source>
+        <translation>Lizenz</translation>
+    </message>
+    <message>
+        <source>Packager</source>
+        <translation>Paketierer</translation>
+    </message>
+    <message>
+        <source>URL</source>
+        <translation>URL</translation>
+    </message>
+    <message>
+        <source>Relocations</source>
+        <translation>Verschiebbar</translation>
+    </message>
+    <message>
+        <source>Provides</source>
+        <translation>Stellt bereit</translation>
+    </message>
+    <message>
+        <source>Requires (pre)</source>
+        <translation>Benötigt (vorab)</translation>
+    </message>
+    <message>
+        <source>Requires</source>
+        <translation>Benötigt</translation>
+    </message>
+    <message>
+        <source>Conflicts</source>
+        <translation>Konflikte</translation>
+    </message>
+    <message>
+        <source>Obsoletes</source>
+        <translation>Ersetzt</translation>
+    </message>
+    <message>
+        <source>Recommends</source>
+        <translation>Empfiehlt</translation>
+    </message>
+    <message>
+        <source>Suggests</source>
+        <translation>Schlägt vor</translation>
+    </message>
+    <message>
+        <source>Supplements</source>
+        <translation>Ergänzt</translation>
+    </message>
+    <message>
+        <source>Enhances</source>
+        <translation>Erweitert</translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation>Dateien</translation>
+    </message>
+    <message>
+        <source>Change Log</source>
+        <translation>Änderungsprotokoll</translation>
+    </message>
+    <message>
+        <source>Mandatory Packages</source>
+        <translation>Notwendige Pakete</translation>
+    </message>
+    <message>
+        <source>Default Packages</source>
+        <translation>Standardpakete</translation>
+    </message>
+    <message>
+        <source>Optional Packages</source>
+        <translation>Optionale Pakete</translation>
+    </message>
+    <message>
+        <source>Conditional Packages</source>
+        <translation>Bedingte Pakete</translation>
+    </message>
+</context>
+<context>
     <name>Fonts</name>
     <message>
         <source>Bitstream Vera Sans Mono</source>
@@ -493,144 +628,12 @@ Duplikate und Gruppen gerade nicht angezeigt.
 <context>
     <name>PackageTable::Describe::Instance::Area</name>
     <message>
-        <source>Version</source>
-        <translation>Version</translation>
-    </message>
-    <message>
-        <source>Architecture</source>
-        <translation>Architektur</translation>
-    </message>
-    <message>
-        <source>Size</source>
-        <translation>Größe</translation>
-    </message>
-    <message>
-        <source>Build Time</source>
-        <translation>Erstellt am</translation>
-    </message>
-    <message>
-        <source>Packager</source>
-        <translation>Paketierer</translation>
-    </message>
-    <message>
-        <source>Kind</source>
-        <translation>Art</translation>
-    </message>
-    <message>
-        <source>Repository</source>
-        <translation>Paketquelle</translation>
-    </message>
-    <message>
         <source>Details</source>
         <translation>Einzelheiten</translation>
     </message>
     <message>
-        <source>Summary</source>
-        <translation>Zusammenfassung</translation>
-    </message>
-    <message>
-        <source>Description</source>
-        <translation>Beschreibung</translation>
-    </message>
-    <message>
-        <source>Group</source>
-        <translation>Gruppe</translation>
-    </message>
-    <message>
-        <source>Vendor</source>
-        <translation>Anbieter</translation>
-    </message>
-    <message>
-        <source>Build Host</source>
-        <translation>Erstellt auf</translation>
-    </message>
-    <message>
-        <source>Install Time</source>
-        <translation>Installiert am</translation>
-    </message>
-    <message>
-        <source>Binary RPM</source>
-        <translation>Binär-RPM</translation>
-    </message>
-    <message>
-        <source>Source RPM</source>
-        <translation>Quell-RPM</translation>
-    </message>
-    <message>
-        <source>License</source>
-        <translation>Lizenz</translation>
-    </message>
-    <message>
-        <source>URL</source>
-        <translation>URL</translation>
-    </message>
-    <message>
-        <source>Relocations</source>
-        <translation>Verschiebbar</translation>
-    </message>
-    <message>
-        <source>Provides</source>
-        <translation>Stellt bereit</translation>
-    </message>
-    <message>
-        <source>Requires (pre)</source>
-        <translation>Benötigt (vorab)</translation>
-    </message>
-    <message>
-        <source>Requires</source>
-        <translation>Benötigt</translation>
-    </message>
-    <message>
-        <source>Conflicts</source>
-        <translation>Konflikte</translation>
-    </message>
-    <message>
-        <source>Obsoletes</source>
-        <translation>Ersetzt</translation>
-    </message>
-    <message>
-        <source>Recommends</source>
-        <translation>Empfiehlt</translation>
-    </message>
-    <message>
-        <source>Suggests</source>
-        <translation>Schlägt vor</translation>
-    </message>
-    <message>
-        <source>Supplements</source>
-        <translation>Ergänzt</translation>
-    </message>
-    <message>
-        <source>Enhances</source>
-        <translation>Erweitert</translation>
-    </message>
-    <message>
         <source>Show</source>
         <translation>Anzeigen</translation>
-    </message>
-    <message>
-        <source>Files</source>
-        <translation>Dateien</translation>
-    </message>
-    <message>
-        <source>Change Log</source>
-        <translation>Änderungsprotokoll</translation>
-    </message>
-    <message>
-        <source>Mandatory Packages</source>
-        <translation>Notwendige Pakete</translation>
-    </message>
-    <message>
-        <source>Default Packages</source>
-        <translation>Standardpakete</translation>
-    </message>
-    <message>
-        <source>Optional Packages</source>
-        <translation>Optionale Pakete</translation>
-    </message>
-    <message>
-        <source>Conditional Packages</source>
-        <translation>Bedingte Pakete</translation>
     </message>
     <message>
         <source>%1 (must load extra data)</source>
@@ -761,42 +764,6 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
         <translation>Tag und Uhrzeit, zu der das Paket erstellt wurde</translation>
     </message>
     <message>
-        <source>Update package</source>
-        <translation>Paket aktualisieren</translation>
-    </message>
-    <message>
-        <source>Install package</source>
-        <translation>Paket installieren</translation>
-    </message>
-    <message>
-        <source>Remove package</source>
-        <translation>Paket entfernen</translation>
-    </message>
-    <message>
-        <source>Package is available for installation</source>
-        <translation>Das Paket kann installiert werden</translation>
-    </message>
-    <message>
-        <source>Package is installed and up-to-date</source>
-        <translation>Das Paket ist installiert und aktuell</translation>
-    </message>
-    <message>
-        <source>Package is available to update an out-of-date version</source>
-        <translation>Das Paket ist veraltet und kann aktualisiert werden</translation>
-    </message>
-    <message>
-        <source>Group of packages</source>
-        <translation>Gruppe von Paketen</translation>
-    </message>
-    <message>
-        <source>Ordinary package</source>
-        <translation>Gewöhnliches Paket</translation>
-    </message>
-    <message>
-        <source>Suite of packages</source>
-        <translation>Suite von Paketen</translation>
-    </message>
-    <message>
         <source>Installed: %1
 </source>
         <translation>Installiert: %1
@@ -822,49 +789,6 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     <message>
         <source>Browse Repository</source>
         <translation>Paketquelle im Browser öffnen</translation>
-    </message>
-</context>
-<context>
-    <name>PackageTable::SortFilterProxyModel</name>
-    <message>
-        <source>Update</source>
-        <translation>Aktualisieren</translation>
-    </message>
-    <message>
-        <source>Install</source>
-        <translation>Installieren</translation>
-    </message>
-    <message>
-        <source>Remove</source>
-        <translation>Entfernen</translation>
-    </message>
-    <message>
-        <source>No Action</source>
-        <translation>Keine Aktion</translation>
-    </message>
-    <message>
-        <source>Out-of-date</source>
-        <translation>Veraltet</translation>
-    </message>
-    <message>
-        <source>Up-to-date</source>
-        <translation>Aktuell</translation>
-    </message>
-    <message>
-        <source>Not Installed</source>
-        <translation>Nicht installiert</translation>
-    </message>
-    <message>
-        <source>Group</source>
-        <translation>Gruppe</translation>
-    </message>
-    <message>
-        <source>Suite</source>
-        <translation>Suite</translation>
-    </message>
-    <message>
-        <source>Package</source>
-        <translation>Paket</translation>
     </message>
 </context>
 <context>
@@ -1413,6 +1337,97 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     </message>
 </context>
 <context>
+    <name>Words</name>
+    <message>
+        <source>Update</source>
+        <translation>Aktualisieren</translation>
+    </message>
+    <message>
+        <source>Install</source>
+        <translation>Installieren</translation>
+    </message>
+    <message>
+        <source>Remove</source>
+        <translation>Entfernen</translation>
+    </message>
+    <message>
+        <source>No Action</source>
+        <translation>Keine Aktion</translation>
+    </message>
+    <message>
+        <source>Update package</source>
+        <translation>Paket aktualisieren</translation>
+    </message>
+    <message>
+        <source>Install package</source>
+        <translation>Paket installieren</translation>
+    </message>
+    <message>
+        <source>Remove package</source>
+        <translation>Paket entfernen</translation>
+    </message>
+    <message>
+        <source>Out-of-date</source>
+        <translation>Veraltet</translation>
+    </message>
+    <message>
+        <source>Not Installed</source>
+        <translation>Nicht installiert</translation>
+    </message>
+    <message>
+        <source>Up-to-date</source>
+        <translation>Aktuell</translation>
+    </message>
+    <message>
+        <source>Available for update</source>
+        <translation>Aktualisierbar</translation>
+    </message>
+    <message>
+        <source>Available for installation</source>
+        <translation>Installierbar</translation>
+    </message>
+    <message>
+        <source>Installed</source>
+        <translation>Installiert</translation>
+    </message>
+    <message>
+        <source>Package is available to update an out-of-date version</source>
+        <translation>Das Paket ist veraltet und kann aktualisiert werden</translation>
+    </message>
+    <message>
+        <source>Package is available for installation</source>
+        <translation>Das Paket kann installiert werden</translation>
+    </message>
+    <message>
+        <source>Package is installed and up-to-date</source>
+        <translation>Das Paket ist installiert und aktuell</translation>
+    </message>
+    <message>
+        <source>Suite</source>
+        <translation>Suite</translation>
+    </message>
+    <message>
+        <source>Group</source>
+        <translation>Gruppe</translation>
+    </message>
+    <message>
+        <source>Package</source>
+        <translation>Paket</translation>
+    </message>
+    <message>
+        <source>Suite of packages</source>
+        <translation>Suite von Paketen</translation>
+    </message>
+    <message>
+        <source>Group of packages</source>
+        <translation>Gruppe von Paketen</translation>
+    </message>
+    <message>
+        <source>Ordinary package</source>
+        <translation>Gewöhnliches Paket</translation>
+    </message>
+</context>
+<context>
     <name>YumConfIO</name>
     <message>
         <source>Unable to read yum configuration file %1</source>
@@ -1544,30 +1559,6 @@ Alle Dateien neu lesen und verlieren, was hier bearbeitet wurde?</translation>
         <translation>Interner Fehler: yumIO.base ist nicht auswertbar</translation>
     </message>
     <message>
-        <source>Available for update</source>
-        <translation>Aktualisierbar</translation>
-    </message>
-    <message>
-        <source>Available for installation</source>
-        <translation>Installierbar</translation>
-    </message>
-    <message>
-        <source>Installed</source>
-        <translation>Installiert</translation>
-    </message>
-    <message>
-        <source>Suite of packages</source>
-        <translation>Suite von Paketen</translation>
-    </message>
-    <message>
-        <source>Group of packages</source>
-        <translation>Gruppe von Paketen</translation>
-    </message>
-    <message>
-        <source>Ordinary package</source>
-        <translation>Gewöhnliches Paket</translation>
-    </message>
-    <message>
         <source>Applying</source>
         <translation>Aktionen werden angewendet</translation>
     </message>
@@ -1632,18 +1623,6 @@ Alle Dateien neu lesen und verlieren, was hier bearbeitet wurde?</translation>
 </source>
         <translation>Interner Fehler: applyGrpConflict: unerwarteter Zustand eines Pakets
 </translation>
-    </message>
-    <message>
-        <source>Update</source>
-        <translation>Aktualisieren</translation>
-    </message>
-    <message>
-        <source>Install</source>
-        <translation>Installieren</translation>
-    </message>
-    <message>
-        <source>Remove</source>
-        <translation>Entfernen</translation>
     </message>
     <message>
         <source>ERROR</source>

@@ -22,6 +22,7 @@
 #include "yumio/EndSignals.h"
 #include "yumio/Metadata.h"
 #include "yumio/SignalRecorder.h"
+#include "yumio/Words.h"
 
 namespace {
 
@@ -501,28 +502,12 @@ YumIO::Replacement YumIO::replacement(const Package::Entry& entry) const
 
 QString YumIO::getState(const Package::Entry& entry) const
 {
-    switch (entry.state) {
-    case Package::Updatable:
-        return tr("Available for update");
-    case Package::Available:
-        return tr("Available for installation");
-    case Package::Installed:
-        return tr("Installed");
-    }
-    return QString();
+    return Words::described(entry.state);
 }
 
 QString YumIO::getKind(const Package::Entry& entry) const
 {
-    switch (entry.kind) {
-    case Package::Suite:
-        return tr("Suite of packages");
-    case Package::Group:
-        return tr("Group of packages");
-    case Package::Ordinary:
-        return tr("Ordinary package");
-    }
-    return QString();
+    return Words::described(entry.kind);
 }
 
 YumIO::EntryKey::EntryKey(bool ofGroup, QString ofName, QString ofArch)

@@ -20,6 +20,7 @@
 #include "python/YumIOCTarget.h"
 #include "services/CapturedOutput.h"
 #include "services/Log.h"
+#include "yumio/Fields.h"
 #include "yumio/Package.h"
 
 #include <QHash>
@@ -159,6 +160,7 @@ public:
 
     // --- Texts of one record. Empty when there is nothing to tell.
 
+    QString text(const Package::Entry& entry, Fields::Field field);
     QString getName(const Package::Entry& entry) const { return entry.name; }
     QString getVerRel(const Package::Entry& entry) const { return entry.verRel; }
     QString getRepo(const Package::Entry& entry) const { return entry.repo; }
@@ -168,35 +170,38 @@ public:
     QString getBuildTime(const Package::Entry& entry) const { return entry.buildTimeText; }
     QString getState(const Package::Entry& entry) const;
     QString getKind(const Package::Entry& entry) const;
-    QString getDescription(const Package::Entry& entry);
-    QString getGroup(const Package::Entry& entry);
-    QString getVendor(const Package::Entry& entry);
-    QString getBuildHost(const Package::Entry& entry);
-    QString getInstallTime(const Package::Entry& entry);
-    QString getBinaryRpm(const Package::Entry& entry);
-    QString getSourceRpm(const Package::Entry& entry);
-    QString getLicense(const Package::Entry& entry);
-    QString getPackager(const Package::Entry& entry);
-    QString getUrl(const Package::Entry& entry);
+    QString getDescription(const Package::Entry& entry) { return text(entry, Fields::Description); }
+    QString getGroup(const Package::Entry& entry) { return text(entry, Fields::Group); }
+    QString getVendor(const Package::Entry& entry) { return text(entry, Fields::Vendor); }
+    QString getBuildHost(const Package::Entry& entry) { return text(entry, Fields::BuildHost); }
+    QString getInstallTime(const Package::Entry& entry) { return text(entry, Fields::InstallTime); }
+    QString getBinaryRpm(const Package::Entry& entry) { return text(entry, Fields::BinaryRpm); }
+    QString getSourceRpm(const Package::Entry& entry) { return text(entry, Fields::SourceRpm); }
+    QString getLicense(const Package::Entry& entry) { return text(entry, Fields::License); }
+    QString getPackager(const Package::Entry& entry) { return text(entry, Fields::Packager); }
+    QString getUrl(const Package::Entry& entry) { return text(entry, Fields::Url); }
     // One path a line; may run a worker.
     QString getFiles(const Package::Entry& entry);
     QString getChangeLog(const Package::Entry& entry);
     // One dependency a line.
-    QString getProvides(const Package::Entry& entry);
-    QString getRequires(const Package::Entry& entry);
-    QString getRequiresPre(const Package::Entry& entry);
-    QString getConflicts(const Package::Entry& entry);
-    QString getObsoletes(const Package::Entry& entry);
-    QString getRecommends(const Package::Entry& entry);
-    QString getSuggests(const Package::Entry& entry);
-    QString getSupplements(const Package::Entry& entry);
-    QString getEnhances(const Package::Entry& entry);
+    QString getProvides(const Package::Entry& entry) { return text(entry, Fields::Provides); }
+    QString getRequires(const Package::Entry& entry) { return text(entry, Fields::Requires); }
+    QString getRequiresPre(const Package::Entry& entry) { return text(entry, Fields::RequiresPre); }
+    QString getConflicts(const Package::Entry& entry) { return text(entry, Fields::Conflicts); }
+    QString getObsoletes(const Package::Entry& entry) { return text(entry, Fields::Obsoletes); }
+    QString getRecommends(const Package::Entry& entry) { return text(entry, Fields::Recommends); }
+    QString getSuggests(const Package::Entry& entry) { return text(entry, Fields::Suggests); }
+    QString getSupplements(const Package::Entry& entry) { return text(entry, Fields::Supplements); }
+    QString getEnhances(const Package::Entry& entry) { return text(entry, Fields::Enhances); }
     // One package a line; for groups.
-    QString getMandatoryPkgs(const Package::Entry& entry);
-    QString getDefaultPkgs(const Package::Entry& entry);
-    QString getOptionalPkgs(const Package::Entry& entry);
-    QString getConditionalPkgs(const Package::Entry& entry);
-    QString getRelocations(const Package::Entry& entry);
+    QString getMandatoryPkgs(const Package::Entry& entry) { return text(entry, Fields::MandatoryPackages); }
+    QString getDefaultPkgs(const Package::Entry& entry) { return text(entry, Fields::DefaultPackages); }
+    QString getOptionalPkgs(const Package::Entry& entry) { return text(entry, Fields::OptionalPackages); }
+    QString getConditionalPkgs(const Package::Entry& entry)
+    {
+        return text(entry, Fields::ConditionalPackages);
+    }
+    QString getRelocations(const Package::Entry& entry) { return text(entry, Fields::Relocations); }
 
     // The value of a variable of the package manager's configuration, such as "basearch".
     QString getYumVar(QString variable);
@@ -368,6 +373,7 @@ private:
     bool upToDateGroup(const Package::Entry& entry);
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
     QString textOf(const Package::Entry& entry, const char* attr);
+    QString timeOf(const Package::Entry& entry, const char* attr);
 
     // Applying
     bool applyGroups();

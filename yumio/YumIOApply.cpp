@@ -12,6 +12,7 @@
 #include "services/YumIODialogs.h"
 #include "yumio/SignalRecorder.h"
 #include "yumio/Transaction.h"
+#include "yumio/Words.h"
 #include "yumio/WorkerThreads.h"
 
 using Transaction::atLeast;
@@ -337,16 +338,7 @@ bool YumIO::applyGrpConflict(const Package::Entry& group, const Package::Entry& 
         return false;
     }
     const auto word = [](Package::Action action) {
-        switch (action) {
-        case Package::Update:
-            return tr("Update");
-        case Package::Install:
-            return tr("Install");
-        case Package::Remove:
-            return tr("Remove");
-        default:
-            return tr("ERROR");
-        }
+        return action == Package::None ? tr("ERROR") : Words::of(action);
     };
     const QString text =
         tr("Package %1 is included in group %2 which was marked for %3, so the package would be marked for "

@@ -83,73 +83,48 @@ bool YumIO::collectExtra(const QString& heading, const QString& dataName, const 
     return true;
 }
 
+QString YumIO::text(const Package::Entry& entry, Fields::Field field)
+{
+    const Fields::Row& row = Fields::row(field);
+    switch (row.source) {
+    case Fields::Source::Record:
+        return entry.*row.member;
+    case Fields::Source::RecordKind:
+        return getKind(entry);
+    case Fields::Source::Text:
+        return textOf(entry, row.attribute);
+    case Fields::Source::Time:
+        return timeOf(entry, row.attribute);
+    case Fields::Source::Dependencies:
+        return getRelDepList(entry.pyObject, row.attribute);
+    case Fields::Source::Header:
+        return getRpmList(entry.pyObject, row.attribute);
+    case Fields::Source::FileList:
+        return getFiles(entry);
+    case Fields::Source::ChangeLog:
+        return getChangeLog(entry);
+    case Fields::Source::Members:
+        return getGroupPkgs(entry, row.attribute);
+    }
+    return QString();
+}
+
 QString YumIO::textOf(const Package::Entry& entry, const char* attr)
 {
     PyGILStateWrapper lock(true);
     return simpleString(entry.pyObject, attr);
 }
 
-QString YumIO::getDescription(const Package::Entry& entry)
-{
-    return textOf(entry, "description");
-}
-
-QString YumIO::getGroup(const Package::Entry& entry)
-{
-    return textOf(entry, "group");
-}
-
-QString YumIO::getVendor(const Package::Entry& entry)
-{
-    return textOf(entry, "vendor");
-}
-
-QString YumIO::getBuildHost(const Package::Entry& entry)
-{
-    return textOf(entry, "buildhost");
-}
-
-QString YumIO::getInstallTime(const Package::Entry& entry)
+QString YumIO::timeOf(const Package::Entry& entry, const char* attr)
 {
     PyGILStateWrapper lock(true);
-    PyRef time(attribute(entry.pyObject, "installtime"));
+    PyRef time(attribute(entry.pyObject, attr));
     if (!time || time.get() == Py_None) {
         return QString();
     }
     const quint64 seconds = pyTimeDec(time.release());
     // A package that is not installed has the time 0.
     return seconds == 0 ? QString() : QString::fromLatin1(timeFormat(static_cast<long>(seconds)));
-}
-
-QString YumIO::getBinaryRpm(const Package::Entry& entry)
-{
-    {
-        PyGILStateWrapper lock(true);
-        if (PyObject_HasAttrString(entry.pyObject, "relativepath") == 0) {
-            return QString();
-        }
-    }
-    return textOf(entry, "relativepath");
-}
-
-QString YumIO::getSourceRpm(const Package::Entry& entry)
-{
-    return textOf(entry, "sourcerpm");
-}
-
-QString YumIO::getLicense(const Package::Entry& entry)
-{
-    return textOf(entry, "license");
-}
-
-QString YumIO::getPackager(const Package::Entry& entry)
-{
-    return textOf(entry, "packager");
-}
-
-QString YumIO::getUrl(const Package::Entry& entry)
-{
-    return textOf(entry, "url");
 }
 
 QString YumIO::getFiles(const Package::Entry& entry)
@@ -248,51 +223,6 @@ QString YumIO::getRelDepList(PyObject* pkg, const char* attr)
     return makeSorted(texts);
 }
 
-QString YumIO::getProvides(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "provides");
-}
-
-QString YumIO::getRequires(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "requires");
-}
-
-QString YumIO::getRequiresPre(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "requires_pre");
-}
-
-QString YumIO::getConflicts(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "conflicts");
-}
-
-QString YumIO::getObsoletes(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "obsoletes");
-}
-
-QString YumIO::getRecommends(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "recommends");
-}
-
-QString YumIO::getSuggests(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "suggests");
-}
-
-QString YumIO::getSupplements(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "supplements");
-}
-
-QString YumIO::getEnhances(const Package::Entry& entry)
-{
-    return getRelDepList(entry.pyObject, "enhances");
-}
-
 QString YumIO::getGroupPkgs(const Package::Entry& entry, const char* item)
 {
     PyGILStateWrapper lock(true);
@@ -307,31 +237,6 @@ QString YumIO::getGroupPkgs(const Package::Entry& entry, const char* item)
         return QString();
     }
     return makeSorted(texts);
-}
-
-QString YumIO::getMandatoryPkgs(const Package::Entry& entry)
-{
-    return getGroupPkgs(entry, "mandatory_packages");
-}
-
-QString YumIO::getDefaultPkgs(const Package::Entry& entry)
-{
-    return getGroupPkgs(entry, "default_packages");
-}
-
-QString YumIO::getOptionalPkgs(const Package::Entry& entry)
-{
-    return getGroupPkgs(entry, "optional_packages");
-}
-
-QString YumIO::getConditionalPkgs(const Package::Entry& entry)
-{
-    return getGroupPkgs(entry, "conditional_packages");
-}
-
-QString YumIO::getRelocations(const Package::Entry& entry)
-{
-    return getRpmList(entry.pyObject, "PREFIXES");
 }
 
 QString YumIO::getRpmList(PyObject* pkg, const char* tag)

@@ -100,19 +100,9 @@ QByteArray YumIO::checksumOf(PyObject* pkg)
 
 bool YumIO::anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found)
 {
-    if (entry.kind == Package::Group) {
-        return found(getName(entry)) || found(getMandatoryPkgs(entry)) || found(getDefaultPkgs(entry)) ||
-               found(getOptionalPkgs(entry)) || found(getConditionalPkgs(entry));
-    }
-    return found(getName(entry)) || found(getVerRel(entry)) || found(getRepo(entry)) ||
-           found(getArch(entry)) || found(getSize(entry)) || found(getSummary(entry)) ||
-           found(getDescription(entry)) || found(getGroup(entry)) || found(getVendor(entry)) ||
-           found(getBuildTime(entry)) || found(getBuildHost(entry)) || found(getInstallTime(entry)) ||
-           found(getBinaryRpm(entry)) || found(getSourceRpm(entry)) || found(getLicense(entry)) ||
-           found(getPackager(entry)) || found(getUrl(entry)) || found(getRelocations(entry)) ||
-           found(getProvides(entry)) || found(getRequiresPre(entry)) || found(getRequires(entry)) ||
-           found(getConflicts(entry)) || found(getObsoletes(entry)) || found(getRecommends(entry)) ||
-           found(getSuggests(entry)) || found(getSupplements(entry)) || found(getEnhances(entry));
+    const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
+    return Fields::any(owner | Fields::Searched,
+                       [this, &entry, &found](Fields::Field field) { return found(text(entry, field)); });
 }
 
 void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)

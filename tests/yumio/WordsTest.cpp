@@ -1,0 +1,54 @@
+#include "yumio/Words.h"
+
+#include <QtTest>
+
+namespace {
+
+// What a function says of each value of an enumeration, and of the two beside them.
+template <typename Value> QStringList all(QString (*say)(Value), int last)
+{
+    QStringList texts;
+    for (int value = -1; value <= last + 1; ++value) {
+        texts << say(static_cast<Value>(value));
+    }
+    return texts;
+}
+
+} // namespace
+
+class WordsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void actions()
+    {
+        QCOMPARE(all<Package::Action>(&Words::of, Package::None),
+                 (QStringList{"", "Update", "Install", "Remove", "No Action", ""}));
+        QCOMPARE(all<Package::Action>(&Words::explained, Package::None),
+                 (QStringList{"", "Update package", "Install package", "Remove package", "", ""}));
+    }
+
+    void states()
+    {
+        QCOMPARE(all<Package::State>(&Words::of, Package::Installed),
+                 (QStringList{"", "Out-of-date", "Not Installed", "Up-to-date", ""}));
+        QCOMPARE(all<Package::State>(&Words::described, Package::Installed),
+                 (QStringList{"", "Available for update", "Available for installation", "Installed", ""}));
+        QCOMPARE(all<Package::State>(&Words::explained, Package::Installed),
+                 (QStringList{"", "Package is available to update an out-of-date version",
+                              "Package is available for installation", "Package is installed and up-to-date",
+                              ""}));
+    }
+
+    void kinds()
+    {
+        QCOMPARE(all<Package::Kind>(&Words::of, Package::Ordinary),
+                 (QStringList{"", "Suite", "Group", "Package", ""}));
+        QCOMPARE(all<Package::Kind>(&Words::described, Package::Ordinary),
+                 (QStringList{"", "Suite of packages", "Group of packages", "Ordinary package", ""}));
+    }
+};
+
+QTEST_MAIN(WordsTest)
+#include "WordsTest.moc"
