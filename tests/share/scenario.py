@@ -31,6 +31,15 @@ _PATIENCE = 180  # seconds after which a process that hangs is ended
 
 workspace = None
 
+# The repositories that a sandbox has.
+LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
+          "sandbox-updates")
+
+
+def repositories(yumio):
+    """The configured ones, sorted. A plug-in of this machine, which counts without a main file, may add its own."""
+    return sorted(id for id in yumio.base.repos if id != "_dnf_local")
+
 
 def setUpWorkspace():
     """Called once, in the first process."""
@@ -214,6 +223,12 @@ class ScenarioTest(unittest.TestCase):
 
     def leave(self):
         self.server.end()
+
+    def run_without_object(self):
+        """Runs the script without making its object: nothing of the real system but its configuration is touched."""
+        self.recording = Recording()
+        sys.modules["yumIOC"] = self.recording.module
+        self.script = runpy.run_path(SCRIPT, run_name="__main__")
 
     def configure(self, *lines):
         """Adds lines to the main section of the configuration file."""

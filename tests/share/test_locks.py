@@ -1,0 +1,376 @@
+"""The locks of this program and of dnf, and waiting for them."""
+
+import os
+import subprocess
+import threading
+import time
+
+from scenario import ScenarioTest, in_own_process
+
+HOLDER = """
+import sys, dnf.lock
+with dnf.lock.build_rpmdb_lock(sys.argv[1], True):
+    print("held", flush=True)
+    sys.stdin.read()
+"""
+
+
+class LockTest(ScenarioTest):
+    def lock_file(self):
+        return self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid"
+
+    def hold(self):
+        """Another process that holds the package manager's lock until its standard input ends."""
+        holder = subprocess.Popen(["/usr/bin/python3", "-c", HOLDER, self.sandbox.root + "/var/lib/dnf"],
+                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        return holder, holder.stdout.readline()
+
+    @in_own_process
+    def test_a_lock_held_by_another_process_is_reported_and_can_be_had_later(self):
+        yumio = self.load()
+        holder, word = self.hold()
+        self.assertEqual(word, b"held\n")
+        with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % holder.pid):
+            yumio.lock()
+        self.assertIn("already locked by %d" % holder.pid, "\n".join(self.recording.errors()))
+        holder.communicate()
+        yumio.lock()
+        with open(self.lock_file()) as stream:
+            self.assertEqual(stream.read(), str(os.getpid()))
+
+    @in_own_process
+    def test_no_other_process_gets_the_lock_until_it_is_released(self):
+        yumio = self.load()
+        yumio.lock()
+        holder, word = self.hold()
+        self.assertEqual(word, b"")
+        self.assertIn(b"LockError", holder.communicate()[1])
+        yumio.unlock()
+        self.assertFalse(os.path.exists(self.lock_file()))
+        holder, word = self.hold()
+        self.assertEqual(word, b"held\n")
+        holder.communicate()
+
+    @in_own_process
+    def test_a_lock_left_by_a_dead_process_is_taken_over(self):
+        dead = subprocess.Popen(["true"])
+        dead.wait()
+        self.write("/var/lib/dnf/rpmdb_lock.pid", str(dead.pid))
+        self.load().lock()
+        with open(self.lock_file()) as stream:
+            self.assertEqual(stream.read(), str(os.getpid()))
+
+    # Each with what says that it was left behind.
+    LEFT = "Process {} has ended without removing its lock file {}. The file is removed."
+
+    def told(self):
+        return [args[1] for name, args in self.recording.calls if name == "log" and "lock file" in args[1]]
+
+    @in_own_process
+    def test_what_was_left_by_a_dead_process_is_reported_for_each_lock(self):
+        dead = subprocess.Popen(["true"])
+        dead.wait()
+        files = [self.write(path, str(dead.pid)) for path in (
+            "/var/lib/dnf/rpmdb_lock.pid", "/var/cache/yum/metadata_lock.pid", "/var/cache/yum/download_lock.pid")]
+        self.load().lock()
+        self.assertEqual(self.told(), [self.LEFT.format(dead.pid, path) for path in files])
+        self.assertEqual([os.path.exists(path) for path in files], [True, False, False])
+
+    @in_own_process
+    def test_a_lock_older_than_the_process_of_its_number_is_taken_over(self):
+        """After a restart of the machine the number is that of any other process."""
+        other = subprocess.Popen(["sleep", "600"])
+        try:
+            lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
+            for age in (10, 86400 * 365):
+                with open(lock, "w") as stream:
+                    stream.write(str(other.pid))
+                os.utime(lock, (time.time() - age,) * 2)
+                yumio = self.load()
+                yumio.lock()
+                with open(lock) as stream:
+                    self.assertEqual(stream.read(), str(os.getpid()))
+                self.assertEqual(self.told(), [self.LEFT.format(other.pid, lock)])
+                yumio.unlock()
+                self.recording.calls.clear()
+        finally:
+            other.kill()
+            other.wait()
+
+    @in_own_process
+    def test_a_lock_not_older_than_the_process_of_its_number_stays(self):
+        other = subprocess.Popen(["sleep", "600"])
+        try:
+            lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
+            yumio = self.load()
+            with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % other.pid):
+                yumio.lock()
+            with open(lock) as stream:
+                self.assertEqual(stream.read(), str(other.pid))
+            self.assertEqual(self.told(), [])
+        finally:
+            other.kill()
+            other.wait()
+
+    @in_own_process
+    def test_a_lock_stays_while_its_process_cannot_be_judged(self):
+        other = subprocess.Popen(["sleep", "600"])
+        try:
+            lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
+            os.utime(lock, (time.time() - 86400,) * 2)
+            yumio = self.load()
+            # As where the system does not say when it was started.
+            self.isolate()
+            statistics = os.path.join(self.directory, "statistics")
+            with open(statistics, "w") as stream:
+                stream.write("cpu 0 0 0 0\n")
+            subprocess.run(["mount", "--bind", statistics, "/proc/stat"], check=True)
+            with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % other.pid):
+                yumio.lock()
+            self.assertEqual(self.told(), [])
+        finally:
+            other.kill()
+            other.wait()
+        # That it has ended is known all the same.
+        yumio.lock()
+        self.assertEqual(self.told(), [self.LEFT.format(other.pid, lock)])
+
+    @in_own_process
+    def test_a_lock_of_a_package_manager_stays_whatever_the_clock_says(self):
+        yumio = self.load()
+        holder, word = self.hold()
+        self.assertEqual(word, b"held\n")
+        os.utime(self.lock_file(), (time.time() - 86400,) * 2)
+        with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % holder.pid):
+            yumio.lock()
+        holder.communicate()
+
+    @in_own_process
+    def test_the_path_of_the_lock_file_is_the_result(self):
+        self.assertEqual(self.load().lock(), self.lock_file())
+
+    @in_own_process
+    def test_a_lock_file_that_makes_no_sense_is_a_lock_error(self):
+        self.write("/var/lib/dnf/rpmdb_lock.pid", "what?")
+        yumio = self.load()
+        with self.assertRaisesRegex(self.dnf.exceptions.LockError, "Malformed"):
+            yumio.lock()
+        os.unlink(self.lock_file())
+        yumio.lock()
+
+    @in_own_process
+    def test_the_lock_can_be_released_and_taken_again(self):
+        yumio = self.load()
+        yumio.unlock()
+        yumio.lock()
+        yumio.unlock()
+        yumio.unlock()
+        yumio.lock()
+        self.assertTrue(os.path.exists(self.lock_file()))
+
+    @in_own_process
+    def test_releasing_a_lock_whose_file_is_gone_is_a_lock_error(self):
+        yumio = self.load()
+        yumio.lock()
+        os.unlink(self.lock_file())
+        with self.assertRaises(self.dnf.exceptions.LockError):
+            yumio.unlock()
+
+    @in_own_process
+    def test_transactions_on_another_thread_find_the_lock_held_and_leave_it(self):
+        self.started()
+        failures = []
+
+        def work():
+            try:
+                self.apply(removes=["almanac"])
+            except BaseException as e:
+                failures.append(e)
+
+        thread = threading.Thread(target=work)
+        thread.start()
+        thread.join()
+        self.assertEqual(failures, [])
+        self.assertNotIn("almanac-1.9-1.noarch", self.sandbox.installed())
+        with open(self.lock_file()) as stream:
+            self.assertEqual(stream.read(), str(os.getpid()))
+        self.yumio.unlock()
+        self.assertFalse(os.path.exists(self.lock_file()))
+
+
+CACHE_HOLDER = """
+import sys, dnf.lock
+kind, directory = sys.argv[1:]
+with getattr(dnf.lock, "build_%s_lock" % kind)(directory, True):
+    print("held", flush=True)
+    sys.stdin.read()
+"""
+
+
+class WaitTest(ScenarioTest):
+    """Another process holds a lock on the cache."""
+
+    def enter(self):
+        super(WaitTest, self).enter()
+        self.holder = None
+        self.shown = []
+
+    def leave(self):
+        if self.holder is not None:
+            self.holder.kill()
+            self.holder.communicate()
+        super(WaitTest, self).leave()
+
+    def lock_file(self, kind):
+        return self.sandbox.root + "/var/cache/yum/%s_lock.pid" % kind
+
+    def hold(self, kind):
+        self.holder = subprocess.Popen(["/usr/bin/python3", "-c", CACHE_HOLDER, kind,
+                                        self.sandbox.root + "/var/cache/yum"],
+                                       stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.assertEqual(self.holder.stdout.readline(), b"held\n")
+        self.waiting = "Waiting for python3 (%d), which uses the cache of the package manager" % self.holder.pid
+
+    def let_go(self):
+        self.holder.communicate()
+
+    def kill(self):
+        self.holder.kill()
+        self.holder.communicate()
+
+    def wait_function(self, third):
+        """Stands in for the program: what it is shown is kept; the third time something else happens."""
+        def wait(text):
+            self.shown.append(text)
+            return third() if len(self.shown) == 3 else True
+        return wait
+
+    def set_wait(self, third):
+        self.script["awaitLock"].__globals__["waitForLock"] = self.wait_function(third)
+
+    def logged(self):
+        return [text for level, text in self.recording.of("log") if "Waiting" in text or "has ended" in text]
+
+    def check_waited(self, others=()):
+        self.assertEqual(self.shown[-1], None)
+        self.assertGreaterEqual(len(self.shown), 4)
+        self.assertEqual(set(self.shown[:-1]), {self.waiting})
+        # Once.
+        self.assertEqual(self.logged(), [self.waiting] + list(others))
+        self.assertEqual([path for path in map(self.lock_file, ("metadata", "download")) if os.path.exists(path)], [])
+
+    @in_own_process
+    def test_metadata_are_waited_for_until_another_process_gives_them_free(self):
+        self.load()
+        self.yumio.lock()
+        self.hold("metadata")
+        self.set_wait(lambda: self.let_go() or True)
+        self.collect()
+        self.check_waited()
+        self.package(self.available, "astrolabe")
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_metadata_are_had_when_the_process_that_is_waited_for_dies(self):
+        self.load()
+        self.yumio.lock()
+        self.hold("metadata")
+        self.set_wait(lambda: self.kill() or True)
+        self.collect()
+        self.check_waited(["Process %d has ended without removing its lock file %s. The file is removed." % (
+            self.holder.pid, self.lock_file("metadata"))])
+        self.package(self.available, "astrolabe")
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_downloads_wait_until_another_process_gives_them_free(self):
+        self.started()
+        self.hold("download")
+        self.set_wait(lambda: self.let_go() or True)
+        self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
+        self.check_waited()
+
+    def check_ended(self, kind, attempt, error, third):
+        """The wait is ended by the program; the lock stays with its owner, and later everything is as ever."""
+        self.started()
+        self.hold(kind)
+        before = self.sandbox.installed()
+        self.set_wait(third)
+        said = "" if error is KeyboardInterrupt else (
+            r"^The wait for python3 \(%d\) was ended. Nothing was changed.$" % self.holder.pid)
+        with self.assertRaisesRegex(error, said):
+            attempt()
+        self.assertEqual(self.shown, [self.waiting] * 3 + [None])
+        self.assertEqual(self.sandbox.installed(), before)
+        with open(self.lock_file(kind)) as stream:
+            self.assertEqual(stream.read(), str(self.holder.pid))
+        self.assertFalse(self.yumio.systemChanged)
+        self.let_go()
+        self.again()
+        self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
+        self.assert_no_faults()
+
+    def install(self):
+        self.apply(installs=["loupe"])
+
+    def collect_again(self):
+        self.yumio.reset()
+        self.yumio.setupRepos()
+
+    @staticmethod
+    def interrupt():
+        raise KeyboardInterrupt()
+
+    @in_own_process
+    def test_the_wait_for_metadata_can_be_ended(self):
+        import dnf.exceptions
+
+        self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
+
+    @in_own_process
+    def test_the_wait_for_downloads_can_be_ended(self):
+        import dnf.exceptions
+
+        self.check_ended("download", self.install, dnf.exceptions.Error, lambda: False)
+
+    @in_own_process
+    def test_the_wait_for_metadata_can_be_ended_with_the_program(self):
+        self.check_ended("metadata", self.collect_again, KeyboardInterrupt, self.interrupt)
+
+    @in_own_process
+    def test_the_wait_for_downloads_can_be_ended_with_the_program(self):
+        self.check_ended("download", self.install, KeyboardInterrupt, self.interrupt)
+
+    @in_own_process
+    def test_a_process_whose_name_cannot_be_read_has_its_number(self):
+        self.load()
+        self.hold("metadata")
+        self.script["WaitingLock"]._wait.__globals__["nameOfProcess"] = lambda number: "?"
+        self.waiting = "Waiting for process %d, which uses the cache of the package manager" % self.holder.pid
+        self.set_wait(lambda: self.let_go() or True)
+        self.yumio.setupRepos()
+        self.check_waited()
+
+    @in_own_process
+    def test_a_lock_file_that_makes_no_sense_ends_the_wait(self):
+        self.load()
+        lock = self.write("/var/cache/yum/metadata_lock.pid", "what?")
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "Malformed lock file"):
+            self.yumio.setupRepos()
+        os.unlink(lock)
+        self.yumio.setupRepos()
+
+    @in_own_process
+    def test_a_lock_that_is_had_when_the_wait_ends_is_given_back(self):
+        self.started()
+        self.hold("download")
+
+        def wait(text):
+            self.shown.append(text)
+            if text is not None:
+                self.let_go()
+            return text is not None
+        self.script["awaitLock"].__globals__["waitForLock"] = wait
+        self.assert_refused("^The wait for another program was ended. Nothing was changed.$", installs=["loupe"])
+        self.assertEqual(self.shown, [self.waiting, None])
+        self.assertFalse(os.path.exists(self.lock_file("download")))

@@ -1,0 +1,283 @@
+"""The main configuration file: which one counts, what counts without it, and what dnf's own file demands."""
+
+import os
+import re
+import subprocess
+
+from recordingmodule import limits
+from scenario import LAYOUT, SOURCES, ScenarioTest, in_own_process, repositories
+
+# What is logged where the main file does not say whether signatures are to be checked.
+CHECKED = "Signatures of packages are checked, unless a repository says otherwise."
+
+
+class MainFileTest(ScenarioTest):
+    @in_own_process
+    def test_without_configuration_file_the_repository_directories_count(self):
+        os.unlink(os.path.join(self.sandbox.root, "etc/yum.conf"))
+        yumio = self.load()
+        self.assertEqual(repositories(yumio), sorted(LAYOUT))
+        self.assertFalse(yumio.base.conf.config_file_path.startswith("/etc/"))
+        self.assertTrue(yumio.base.conf.gpgcheck)
+        self.assertIn("There is no main configuration file. " + CHECKED,
+                      [text for level, text in self.recording.of("log")])
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_a_broken_configuration_file_is_reported_and_the_repository_directories_count(self):
+        self.write("/etc/yum.conf", "[main\nthis is no option\n")
+        yumio = self.load()
+        self.check_unused(yumio, "Parsing file")
+
+    def check_unused(self, yumio, reason):
+        """The main file is named with the reason, signatures are checked, and packages are listed."""
+        named, checked = self.recording.errors()
+        self.assertIn("Unable to use the configuration file %s/etc/yum.conf: %s" % (self.sandbox.root, reason), named)
+        self.assertEqual(checked, "Its options, such as the packages that it excludes, do not count. " + CHECKED)
+        self.assertTrue(yumio.base.conf.gpgcheck)
+        self.assertEqual(repositories(yumio), sorted(LAYOUT))
+        # Their own files have the last word.
+        self.assertEqual({name: yumio.base.repos[name].gpgcheck for name in LAYOUT}, self.own_checks())
+        yumio.base.repos["sandbox-unreachable"].disable()
+        yumio.lock()
+        self.collect()
+        self.assertTrue(self.package(self.available, "astrolabe"))
+        self.assert_no_faults()
+
+    def own_checks(self):
+        checks = {}
+        for name in LAYOUT:
+            with open(self.repository_file(name)) as stream:
+                found = re.search("^gpgcheck *= *([01])", stream.read(), re.M)
+            checks[name] = found is None or found.group(1) == "1"
+        return checks
+
+    @in_own_process
+    def test_without_the_main_file_signatures_are_checked_as_far_as_repositories_do_not_object(self):
+        self.change_repository("sandbox-http", "gpgcheck=0\n", "")
+        self.write("/etc/yum.conf", b"\x00\xff\xfe[main]\n\xe9=\xe9\n")
+        yumio = self.load()
+        self.check_unused(yumio, "Parsing file")
+        self.assertTrue(yumio.base.repos["sandbox-http"].gpgcheck)
+
+    @in_own_process
+    def test_checks_and_excludes_of_a_main_file_that_the_program_leaves_alone_count(self):
+        options = b"[main]\ngpgcheck=1\nexclude=astrolabe\ndebuglevel=7\n"
+        odd = b"[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
+        large = b"#" * limits()["repositorySectionLimit"] + b"\n"
+        yumio = None
+        for content in (options + b"# a\0b\n" + odd, options + odd + large, odd + large + options,
+                        b"# a\0b\n" + options + odd):
+            self.write("/etc/yum.conf", content)
+            if yumio is None:
+                yumio = self.load()
+                yumio.lock()
+            else:
+                yumio.reset()
+            conf = yumio.base.conf
+            self.assertTrue(conf.gpgcheck)
+            self.assertEqual((list(conf.excludepkgs), conf.debuglevel), (["astrolabe"], 7))
+            # The editor does not have its repositories; nor has the script.
+            self.assertEqual(repositories(yumio), sorted(LAYOUT))
+            self.assertEqual(self.recording.errors(), [])
+        yumio.base.repos["sandbox-unreachable"].disable()
+        self.collect()
+        self.assertNotIn("astrolabe", [package.name for package in self.available])
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_a_main_file_that_is_too_large(self):
+        os.truncate(self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n"), limits()["repositoryFileLimit"] + 1)
+        self.check_unused(self.load(), "it has more than 8 MB")
+
+    @in_own_process
+    def test_a_main_file_that_is_a_directory(self):
+        main = self.sandbox.root + "/etc/yum.conf"
+        os.unlink(main)
+        os.mkdir(main)
+        self.check_unused(self.load(), "it is not a regular file")
+
+    @in_own_process
+    def test_an_invalid_value_is_reported_and_the_others_count(self):
+        self.configure("installonly_limit=many", "debuglevel=7")
+        yumio = self.load()
+        self.assertIn("installonly_limit", "\n".join(self.recording.errors()))
+        self.assertEqual(yumio.base.conf.debuglevel, 7)
+
+    @in_own_process
+    def test_a_main_file_that_is_a_pipe(self):
+        main = self.sandbox.root + "/etc/yum.conf"
+        os.unlink(main)
+        os.mkfifo(main)
+        self.check_unused(self.load(), "it is not a regular file")
+        # What is mended counts.
+        os.unlink(main)
+        self.write("/etc/yum.conf", "[main]\ndebuglevel=7\n")
+        self.yumio.reset()
+        self.assertEqual((self.yumio.base.conf.debuglevel, self.yumio.base.conf.gpgcheck), (7, False))
+
+    @in_own_process
+    def test_the_main_section_is_not_limited_as_a_repository_is(self):
+        self.configure("#" * limits()["repositorySectionLimit"], "[in-main]", "name=x", "baseurl=file:///nowhere")
+        yumio = self.load()
+        self.assertEqual(repositories(yumio), sorted(LAYOUT + ("in-main",)))
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_the_configuration_file_in_etc_yum_is_preferred(self):
+        self.write("/etc/yum/yum.conf", "[main]\ndebuglevel=5\n")
+        yumio = self.load()
+        self.assertEqual(yumio.base.conf.debuglevel, 5)
+        self.assertEqual(yumio.base.conf.config_file_path, self.sandbox.root + "/etc/yum/yum.conf")
+
+    @in_own_process
+    def test_the_main_file_is_the_first_that_exists(self):
+        self.run_without_object()
+        tried = 0
+        with open(os.path.join(SOURCES, "tests", "support", "main-files")) as lines:
+            for line in lines:
+                if line.startswith("#"):
+                    continue
+                names, expected = line.rstrip("\n").split("\t")
+                root = os.environ["VYREROOT"] = os.path.join(self.directory, "root%d" % tried)
+                os.makedirs(root + "/etc")
+                for name in names.split(" "):
+                    self.make_main_file(root, name)
+                self.assertEqual(self.script["configurationFile"](),
+                                 None if expected == "-" else os.path.join(root, expected), line)
+                tried += 1
+        self.assertGreater(tried, 20)
+
+    @staticmethod
+    def make_main_file(root, name):
+        name, _, target = name.partition(">")
+        kind = name[-1]
+        path = os.path.join(root, name.rstrip("=!/"))
+        if name == "-":
+            return
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        if target:
+            os.symlink(target, path)
+        elif kind == "/":
+            os.makedirs(path)
+        else:
+            with open(path, "w") as stream:
+                stream.write("" if kind == "=" else "[main]\n")
+            if kind == "!":
+                os.chmod(path, 0)
+
+    def use_own_file(self, content):
+        """The system as dnf's users have it: no other main file than that of dnf itself."""
+        os.unlink(self.sandbox.root + "/etc/yum.conf")
+        return self.write("/etc/dnf/dnf.conf", "[main]\nretries=1\ntimeout=5\n" + content)
+
+    def dnf_itself(self, *arguments):
+        """What dnf's command line says of the same system, to its end status and its output."""
+        done = subprocess.run(["dnf", "--noplugins", "--installroot", self.sandbox.root, "--disablerepo=*unreachable",
+                               "-y"] + list(arguments), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8"), universal_newlines=True)
+        return done.returncode, done.stdout
+
+    @in_own_process
+    def test_all_options_of_the_file_of_dnf_itself_count(self):
+        path = self.use_own_file("gpgcheck=1\nexclude=astrolabe\nproxy=http://127.0.0.1:1/\nkeepcache=1\n"
+                                 "install_weak_deps=0\n[in-main]\nname=Main\nbaseurl=file:///nowhere\nenabled=0\n")
+        self.write("/etc/dnf/vars/place", "mine\n")
+        self.write("/etc/yum.repos.d/place.repo", "[x-$place]\nname=x\nbaseurl=file:///nowhere\nenabled=0\n")
+        conf = self.load().base.conf
+        self.assertEqual(conf.config_file_path, path)
+        self.assertEqual((conf.gpgcheck, list(conf.excludepkgs), conf.proxy, conf.keepcache, conf.install_weak_deps),
+                         (True, ["astrolabe"], "http://127.0.0.1:1/", True, False))
+        self.assertEqual((conf.cachedir, conf.persistdir),
+                         (self.sandbox.root + "/var/cache/yum", self.sandbox.root + "/var/lib/dnf"))
+        self.assertEqual(repositories(self.yumio), sorted(LAYOUT + ("in-main", "x-mine")))
+        self.assertEqual(self.recording.errors(), [])
+
+    @in_own_process
+    def test_an_unsigned_package_is_refused_as_by_dnf_with_its_own_file_only(self):
+        self.use_own_file("gpgcheck=1\n")
+        self.change_repository("sandbox-http", "gpgcheck=0\n", "")
+        before = self.sandbox.installed()
+        status, output = self.dnf_itself("install", "loupe")
+        self.assertNotEqual(status, 0)
+        self.assertRegex(output, "loupe.* is not signed|You have enabled checking of packages via GPG keys")
+        self.assertEqual(self.sandbox.installed(), before)
+        self.load()
+        self.yumio.base.repos["sandbox-unreachable"].disable()
+        self.yumio.lock()
+        self.collect()
+        self.assert_refused("loupe.* is not signed", installs=["loupe"])
+
+    @in_own_process
+    def test_a_file_of_dnf_itself_that_cannot_be_used_has_signatures_checked(self):
+        path = self.use_own_file("")
+        for content, reason in (("[main\n", "Parsing file"), (None, "it is not a regular file")):
+            os.unlink(path)
+            if content is None:
+                os.mkfifo(path)
+            else:
+                self.write("/etc/dnf/dnf.conf", content)
+            self.assertTrue(self.load().base.conf.gpgcheck)
+            named, checked = self.recording.errors()
+            self.assertIn("Unable to use the configuration file %s: %s" % (path, reason), named)
+            self.assertIn(CHECKED, checked)
+
+    @in_own_process
+    def test_a_main_file_that_cannot_be_used_switches_no_check_of_dnf_off(self):
+        own = self.write("/etc/dnf/dnf.conf", "[main]\nrepo_gpgcheck=1\n")
+        main = self.write("/etc/yum.conf", "[main\n")
+        yumio = self.load()
+        self.assertTrue(yumio.base.conf.gpgcheck)
+        self.assertTrue(yumio.base.conf.repo_gpgcheck)
+        self.assertTrue(yumio.base.repos["sandbox-file"].repo_gpgcheck)
+        self.assertEqual(self.recording.errors()[-1], "dnf with its file %s makes checks that %s does not demand. "
+                         "They are made: repo_gpgcheck" % (own, main))
+
+    @in_own_process
+    def test_servers_and_keys_are_checked_as_dnf_does(self):
+        self.write("/etc/dnf/dnf.conf", "[main]\nsslverifystatus=1\ngpgkey_dns_verification=1\n")
+        self.write("/etc/yum.conf", "[main]\nproxy_sslverify=0\n")
+        conf = self.load().base.conf
+        self.assertTrue(conf.proxy_sslverify)
+        self.assertTrue(conf.sslverifystatus)
+        self.assertTrue(conf.gpgkey_dns_verification)
+        self.assertTrue(self.yumio.base.repos["sandbox-http"].proxy_sslverify)
+
+    @in_own_process
+    def test_another_main_file_switches_no_check_of_dnf_off(self):
+        own = self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nrepo_gpgcheck=yes\nlocalpkg_gpgcheck=1\n"
+                         "exclude=astrolabe\n")
+        main = self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nsslverify=0\n")
+        yumio = self.load()
+        said = "dnf with its file %s makes checks that %s does not demand. They are made: " % (own, main)
+
+        def checks():
+            conf = yumio.base.conf
+            return conf.gpgcheck, conf.repo_gpgcheck, conf.localpkg_gpgcheck, conf.sslverify
+        self.assertEqual(checks(), (True, True, True, True))
+        self.assertEqual(list(yumio.base.conf.excludepkgs), [])
+        self.assertEqual(self.recording.errors(), [said + "gpgcheck, repo_gpgcheck, localpkg_gpgcheck, sslverify"])
+        # An empty one is no word against them either.
+        for content, expected, added in (
+                ("", (True, False, False, True), "gpgcheck"), ("[main]\ngpgcheck=1\n", (True, False, False, True), "")):
+            self.write("/etc/yum.conf", content)
+            self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nsslverify=0\n")
+            self.recording.clear()
+            yumio.reset()
+            self.assertEqual(checks(), expected)
+            self.assertEqual(self.recording.errors(), [said + added] if added else [])
+        # Of one that cannot be read it is not known what it demands.
+        self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n")
+        self.write("/etc/dnf/dnf.conf", "[main\n")
+        self.recording.clear()
+        yumio.reset()
+        self.assertTrue(yumio.base.conf.gpgcheck)
+        fault, checked = self.recording.errors()
+        self.assertIn("Unable to use the configuration file %s: Parsing file" % own, fault)
+        self.assertEqual(checked, said + "gpgcheck")
+        # What neither of them demands is not checked.
+        self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=0\n")
+        self.recording.clear()
+        yumio.reset()
+        self.assertFalse(yumio.base.conf.gpgcheck)
+        self.assertEqual(self.recording.errors(), [])
