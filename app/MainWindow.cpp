@@ -598,8 +598,11 @@ void MainWindow::clean(bool (YumIO::*operation)())
 {
     setReady(false);
     (yumIO->*operation)();
-    yumIO->reset();
-    recollect();
+    // The window is about to close: to collect would wait for the same lock again.
+    if (!closeWanted) {
+        yumIO->reset();
+        recollect();
+    }
     setReady(true);
 }
 

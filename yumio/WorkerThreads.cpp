@@ -68,6 +68,12 @@ void LoadChangeLogThread::run()
     loop.exit(0);
 }
 
+void CleanThread::run()
+{
+    result = yumIO->cleanReal(label, method);
+    loop.exit(0);
+}
+
 void ApplyThread::run()
 {
     result = yumIO->applyReal();
@@ -179,4 +185,12 @@ void YumIO::loadChangeLog(const Package::Entry& entry)
     QEventLoop loop;
     LoadChangeLogThread thread(this, loop, entry);
     execWorkThread(loop, thread);
+}
+
+bool YumIO::cleanType(const QString& label, const char* method)
+{
+    QEventLoop loop;
+    CleanThread thread(this, loop, label, method);
+    execWorkThread(loop, thread);
+    return thread.result;
 }

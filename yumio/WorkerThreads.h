@@ -8,6 +8,7 @@
 
 #include <QEventLoop>
 #include <QHash>
+#include <QString>
 #include <QThread>
 #include <QVector>
 
@@ -106,6 +107,25 @@ private:
     YumIO* yumIO;
     QEventLoop& loop;
     const Package::Entry& entry;
+};
+
+class CleanThread : public QThread
+{
+public:
+    CleanThread(YumIO* owner, QEventLoop& eventLoop, const QString& cleanedLabel, const char* scriptMethod)
+        : yumIO(owner), loop(eventLoop), label(cleanedLabel), method(scriptMethod)
+    {
+    }
+    bool result = false;
+
+protected:
+    void run() override;
+
+private:
+    YumIO* yumIO;
+    QEventLoop& loop;
+    const QString& label;
+    const char* method;
 };
 
 class ApplyThread : public QThread

@@ -152,7 +152,7 @@ public:
     // Each for the record that has the same key now, if that still permits the action.
     void restoreMarks(const Marks& marks);
 
-    // Each removes files from the package manager's cache.
+    // Each has a worker remove files from the package manager's cache.
     bool cleanDbcache();
     bool cleanPackages();
     bool cleanMetadata();
@@ -259,6 +259,7 @@ private:
     friend class CollectSearchTextsThread;
     friend class LoadChangeLogThread;
     friend class ApplyThread;
+    friend class CleanThread;
     // Tests reach the operations that have no caller of their own outside.
     friend class YumIOProbe;
 
@@ -333,6 +334,7 @@ private:
     void collectSearchTextsReal(const QVector<Package::Entry*>& wanted);
     void loadChangeLogReal(const Package::Entry& entry);
     bool applyReal();
+    bool cleanReal(const QString& label, const char* method);
 
     // Collection
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);

@@ -1,5 +1,5 @@
-// Applying the chosen actions as one transaction, and cleaning the caches. The transaction runs on a worker
-// thread, and so does everything that the script calls back here.
+// Applying the chosen actions as one transaction, and cleaning the caches. Both run on a worker thread, and
+// so does everything that the script calls back here.
 
 #include "yumio/YumIO.h"
 
@@ -634,13 +634,23 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     return PyLong_FromLong(yes ? 1 : 0);
 }
 
-bool YumIO::cleanType(const QString& label, const char* method)
+bool YumIO::cleanReal(const QString& label, const char* method)
 {
-    log(Log::Action, 0, tr("Cleaning %1").arg(label));
+    blocker.block();
+    Progress::User progressUser(progress, totalBar, itemBar);
+    YumIODialogsUser dialogsUser(dialogs, parent);
+    const QString heading = tr("Cleaning %1").arg(label);
+    log(Log::Action, 0, heading);
     PyGILStateWrapper lock(true);
-    ExceptScope scope(*this);
+    progress->startTotal(heading, 1);
+    progress->startItem(tr("Preparing"), 1, 1);
+    ExceptScope scope(*this, {classes[LockError]});
     const PyRef result(pyMethodCall(yumIO.get(), method, "()"));
     finishLines();
+    if (pyExceptMatches(result.get(), classes[LockError])) {
+        pythonExceptionV(tr("Unable to obtain yum lock"));
+        return false;
+    }
     return result ? true : internalError(tr("Internal error: cannot clean %1").arg(label));
 }
 

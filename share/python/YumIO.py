@@ -520,7 +520,8 @@ class OtherData:
         """
         if repo.id not in self._packages:
             sack = dnf.sack._build_sack(base)
-            with dnf.lock.build_metadata_lock(base.conf.cachedir, True):
+            # As the package manager does where it loads them itself: what is read is written into the cache too.
+            with dnf.lock.build_metadata_lock(base.conf.cachedir, False):
                 sack.load_repo(repo._repo, build_cache=True, load_other=True)
             self._packages[repo.id] = {str(package): package for package in sack.query().available()}
         return self._packages[repo.id]
@@ -2986,7 +2987,9 @@ class YumIO:
         cache = self.base.conf.cachedir
         patterns = [re.compile(dnf.repo.CACHE_FILES[type]) for type in types]
         count = 0
-        with dnf.lock.build_metadata_lock(cache, True), dnf.lock.build_download_lock(cache, True):
+        # Another process that changes packages may be about to install what is in the cache.
+        with dnf.lock.build_rpmdb_lock(self.base.conf.persistdir, True), \
+                dnf.lock.build_metadata_lock(cache, False), dnf.lock.build_download_lock(cache, False):
             for directory, _, names in os.walk(cache):
                 for name in names:
                     path = os.path.join(directory, name)

@@ -1,5 +1,6 @@
 #!/usr/bin/python3
 """What the program does when it is to be closed, in the middle of its work and at rest."""
+import os
 import signal
 
 import journey
@@ -106,6 +107,41 @@ class ClosingTest(JourneyTest):
             window.accept(window.apply())
             self.wait_waiting(window, lock)
             self.check_gave_up(program, lock)
+
+    def cached(self):
+        """The files in the cache, but for those of locks."""
+        return sorted(os.path.join(directory, name) for directory, _, names in os.walk(
+            os.path.join(self.sandbox.root, 'var/cache/yum')) for name in names if not name.endswith('.pid'))
+
+    def clean_all(self, window, kind):
+        """Choose Clean All while another process has a lock; the lock."""
+        lock = self.cache_lock(kind)
+        self.choose_from_menu(window, 'Cache', 3)
+        self.wait_waiting(window, lock)
+        return lock
+
+    def test_while_cleaning_waits_for_the_metadata(self):
+        with self.program() as program:
+            window = program.ready()
+            before = self.cached()
+            self.assertTrue(any(name.endswith('.solv') for name in before))
+            lock = self.clean_all(window, 'metadata')
+            self.picture('waiting-to-clean')
+            self.check_gave_up(program, lock)
+        self.assertEqual(self.cached(), before)
+
+    def test_the_cache_is_cleaned_when_the_wait_is_over(self):
+        with self.program() as program:
+            window = program.ready()
+            old = os.path.join(self.sandbox.root, 'var/cache/yum/sandbox-http-0123456789abcdef/packages/old.rpm')
+            os.makedirs(os.path.dirname(old))
+            open(old, 'w').close()
+            lock = self.clean_all(window, 'download')
+            self.assertTrue(os.path.exists(old))
+            lock.let_go()
+            self.check_usable(window)
+            self.assertFalse(os.path.exists(old))
+            self.close(window)
 
     def test_what_was_waited_for_is_used_afterwards(self):
         lock = self.cache_lock('metadata')

@@ -90,10 +90,17 @@ class CleanTest(ScenarioTest):
         self.assertEqual(changed, ({"loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_a_cache_in_use_by_another_process_is_left_alone(self):
+    def test_nothing_is_cleaned_while_another_process_changes_packages(self):
+        # It may be about to install what was downloaded.
         before = self.filled()
-        self.write("/var/cache/yum/download_lock.pid", str(os.getppid()))
-        with self.assertRaises(self.dnf.exceptions.LockError):
-            self.yumio.cleanAll()
-        os.unlink(self.sandbox.root + "/var/cache/yum/download_lock.pid")
+        self.write("/var/lib/dnf/rpmdb_lock.pid", str(os.getppid()))
+        for method in ("cleanDbcache", "cleanPackages", "cleanMetadata", "cleanAll"):
+            with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % os.getppid()):
+                getattr(self.yumio, method)()
         self.assertEqual(self.files(), before)
+        os.unlink(self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid")
+        self.yumio.lock()
+        self.yumio.cleanAll()
+        # The program has its own lock still.
+        self.assertTrue(os.path.exists(self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid"))
+        self.assertEqual(self.files()["packages"], set())

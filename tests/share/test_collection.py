@@ -401,16 +401,6 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
 
     @in_own_process
-    def test_change_logs_held_by_another_process_are_tried_again(self):
-        self.started()
-        tagsoup = self.package(self.available, "tagsoup")
-        lock = self.write("/var/cache/yum/metadata_lock.pid", str(os.getppid()))
-        self.assertEqual(tagsoup.changelogs, [])
-        self.assertIn("sandbox-http", "\n".join(self.recording.errors()))
-        os.remove(lock)
-        self.assertEqual(len(tagsoup.changelogs), 3)
-
-    @in_own_process
     def test_change_logs_stay_readable_after_another_collection(self):
         self.started()
         self.again()

@@ -1,6 +1,7 @@
 """The locks of this program and of dnf, and waiting for them."""
 
 import os
+import re
 import subprocess
 import threading
 import time
@@ -340,6 +341,73 @@ class WaitTest(ScenarioTest):
     @in_own_process
     def test_the_wait_for_downloads_can_be_ended_with_the_program(self):
         self.check_ended("download", self.install, KeyboardInterrupt, self.interrupt)
+
+    def cached(self):
+        """The files of the cache that cleaning removes."""
+        return set(os.path.join(directory, name) for directory, _, names in os.walk(
+            self.sandbox.root + "/var/cache/yum") for name in names if re.search(r"\.(rpm|solvx?|gz|zst|xml)$", name))
+
+    def check_cleaning_waits(self, kind):
+        self.started()
+        self.assertTrue(self.cached())
+        self.hold(kind)
+        self.set_wait(lambda: self.let_go() or True)
+        self.assertTrue(self.yumio.cleanAll())
+        self.check_waited()
+        self.assertEqual(self.cached(), set())
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_cleaning_waits_for_metadata(self):
+        self.check_cleaning_waits("metadata")
+
+    @in_own_process
+    def test_cleaning_waits_for_downloads(self):
+        self.check_cleaning_waits("download")
+
+    def check_cleaning_ended(self, kind):
+        import dnf.exceptions
+
+        self.started()
+        before = self.cached()
+        self.assertTrue(before)
+
+        def clean():
+            try:
+                self.yumio.cleanAll()
+            finally:
+                self.assertEqual(self.cached(), before)
+        self.check_ended(kind, clean, dnf.exceptions.LockError, lambda: False)
+
+    @in_own_process
+    def test_nothing_is_cleaned_when_the_wait_for_metadata_is_ended(self):
+        self.check_cleaning_ended("metadata")
+
+    @in_own_process
+    def test_nothing_is_cleaned_when_the_wait_for_downloads_is_ended(self):
+        self.check_cleaning_ended("download")
+
+    @in_own_process
+    def test_change_logs_wait_for_metadata(self):
+        self.started()
+        self.hold("metadata")
+        self.set_wait(lambda: self.let_go() or True)
+        self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
+        self.check_waited()
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_the_wait_of_change_logs_for_metadata_can_be_ended(self):
+        self.started()
+        tagsoup = self.package(self.available, "tagsoup")
+        self.hold("metadata")
+        self.set_wait(lambda: False)
+        self.assertEqual(tagsoup.changelogs, [])
+        self.assertEqual(self.shown, [self.waiting] * 3 + [None])
+        self.assertIn("was ended", "\n".join(self.recording.errors()))
+        self.let_go()
+        # It is tried again.
+        self.assertEqual(len(tagsoup.changelogs), 3)
 
     @in_own_process
     def test_a_process_whose_name_cannot_be_read_has_its_number(self):

@@ -1487,6 +1487,53 @@ private Q_SLOTS:
         backEnd->run("it.raises.clear()\nit.does['" + method + "'] = lambda: None");
         QVERIFY(clean());
     }
+
+    void whatCleaningWaitsForIsShownAndLetsTheWindowLive()
+    {
+        backEnd->run("import threading\nworkers = []\n"
+                     "def clean():\n"
+                     "    workers.append(threading.current_thread() is not threading.main_thread())\n"
+                     "    seen.append(look())\n"
+                     "    seen.append([waitForLock('Waiting for x'), look()[1]])\n"
+                     "    seen.append([waitForLock(None), look()[1]])\n"
+                     "    return True\n"
+                     "seen = []\nit.does['cleanAll'] = clean");
+        QVERIFY(yumIO().cleanAll());
+        QCOMPARE(backEnd->text("workers"), QString("[True]"));
+        QCOMPARE(backEnd->text("seen"),
+                 QString("[['Cleaning All (0%) 0/1', 'Preparing (0%) 0/1'], "
+                         "[True, 'Waiting for x (0%) 0/1'], [True, 'Preparing (0%) 0/1']]"));
+        QCOMPARE(errors(), QStringList());
+    }
+
+    void aWaitThatIsEndedEndsTheCleaningWithoutAMessage()
+    {
+        QTimer timer;
+        bool ended = false;
+        connect(&timer, &QTimer::timeout, &timer, [&] { ended = ended || yumIO().endWaiting(); });
+        timer.start(10);
+        backEnd->run("import time\n"
+                     "def clean():\n"
+                     "    while waitForLock('Waiting for x'):\n        time.sleep(0.01)\n"
+                     "    waitForLock(None)\n"
+                     "    raise dnf.exceptions.LockError('The wait was ended')\n"
+                     "it.does['cleanAll'] = clean");
+        const int before = logLength();
+        QVERIFY(!yumIO().cleanAll());
+        QVERIFY(ended);
+        QCOMPARE(backEnd->answers.take().count(), 0);
+        QCOMPARE(backEnd->log(before), QStringList({"4 0 Cleaning All", "3 0 The wait was ended",
+                                                    "3 0 Unable to obtain yum lock"}));
+    }
+
+    void cleaningThatIsRefusedForALockSaysSo()
+    {
+        backEnd->run("it.raises['cleanAll'] = dnf.exceptions.LockError('RPMDB already locked by 17')");
+        QVERIFY(!yumIO().cleanAll());
+        const auto shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].text, QString("RPMDB already locked by 17\nUnable to obtain yum lock"));
+    }
 };
 
 QTEST_MAIN(YumIOApplyTest)
