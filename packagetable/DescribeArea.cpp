@@ -279,6 +279,9 @@ void Area::handleChangeLog()
 {
     const Busy busy(*this);
     yumIO->loadChangeLog(*entry);
+    if (dialog->isClosing()) {
+        return;
+    }
     const QString text = yumIO->getChangeLog(*entry);
     updateButtons();
     showText(tr("%1 %2 Change Log").arg(yumIO->getName(*entry), yumIO->getVerRel(*entry)), text);

@@ -6,6 +6,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 #include "app/base/Fonts.h"
@@ -18,8 +19,8 @@ namespace PackageTable {
 namespace Describe {
 
 Dialog::Dialog(QWidget* parent)
-    : QDialog(parent), top(new QHBoxLayout), content(nullptr), ready(true),
-      closeButton(new QPushButton(tr("Close")))
+    : QDialog(parent), backEnd(nullptr), top(new QHBoxLayout), content(nullptr), ready(true),
+      closing(false), closeButton(new QPushButton(tr("Close")))
 {
     setWindowTitle(tr("VYRE Package Description"));
     setAttribute(Qt::WA_ShowModal);
@@ -40,6 +41,7 @@ Dialog::~Dialog()
 void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO)
 {
     clear();
+    backEnd = yumIO;
     content = new QWidget;
     auto* whole = new QVBoxLayout(content);
     whole->setContentsMargins(0, 0, 0, 0);
@@ -91,6 +93,16 @@ void Dialog::setReady(bool isReady)
     for (Instance::Area* area : qAsConst(areas)) {
         area->setReady(ready);
     }
+    if (ready && closing) {
+        closing = false;
+        // What has waited has to return first: its area goes with the dialog.
+        QTimer::singleShot(0, this, SLOT(reject()));
+    }
+}
+
+void Dialog::closeLater()
+{
+    closing = closing || (backEnd != nullptr && backEnd->endWaiting());
 }
 
 void Dialog::setVisible(bool visible)
@@ -105,12 +117,15 @@ void Dialog::done(int result)
 {
     if (ready) {
         QDialog::done(result);
+    } else {
+        closeLater();
     }
 }
 
 void Dialog::closeEvent(QCloseEvent* event)
 {
     if (!ready) {
+        closeLater();
         event->ignore();
         return;
     }

@@ -37,8 +37,10 @@ public:
     // and must stay until the dialog has been closed.
     void config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO);
     // While it is not ready, as when an area waits for the back end, it cannot be closed and no second thing
-    // can be asked for.
+    // can be asked for. A request to close it ends a wait for another process, and it closes afterwards.
     void setReady(bool isReady);
+    // Whether it closes as soon as it is ready again.
+    bool isClosing() const { return closing; }
 
     void setVisible(bool visible) override;
 
@@ -50,11 +52,14 @@ protected:
 
 private:
     void clear();
+    void closeLater();
 
+    YumIO* backEnd; // null until the first config()
     QHBoxLayout* top;
     QWidget* content; // made by each config(); null while closed
     QList<Instance::Area*> areas;
     bool ready;
+    bool closing;
     QPushButton* closeButton;
 };
 

@@ -59,6 +59,7 @@ private Q_SLOTS:
     void filesAreShown();
     void changeLogIsShown();
     void windowsAreAliveWhileAChangeLogIsRead();
+    void closingEndsTheWaitForALock();
     void nameWithAPercentSignIsKeptInTheTitles();
     void emptyListsAreShownAsEmpty();
     void buttonsTellOfDataThatHaveToBeLoaded();
@@ -629,6 +630,31 @@ void DescribeDialogTest::windowsAreAliveWhileAChangeLogIsRead()
                  (QStringList{"it 1-1 Change Log", "* Thu Jan 2 2020 Me\nat last"}));
         QVERIFY(!closed);
     });
+}
+
+void DescribeDialogTest::closingEndsTheWaitForALock()
+{
+    available({{"locked", true}});
+    QStringList seen;
+    describe("it", [this, &seen](Dialog& shown) {
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [this, &shown, &seen] {
+            if (table->yumIO.isWorking()) {
+                QTest::keyClick(shown.windowHandle(), Qt::Key_Escape);
+            }
+            if (QApplication::activeModalWidget() != nullptr && QApplication::activeModalWidget() != &shown) {
+                seen << QApplication::activeModalWidget()->windowTitle();
+                QApplication::activeModalWidget()->close();
+            }
+        });
+        timer.start(1);
+        press(buttonBeside(shown, "Change Log"));
+        QVERIFY(!table->yumIO.isWorking());
+        QTRY_VERIFY(!shown.isVisible());
+    });
+    // The change log, which nobody waits for any more, is not shown.
+    QCOMPARE(seen, QStringList());
+    QCOMPARE(dialog->result(), int(QDialog::Rejected));
 }
 
 void DescribeDialogTest::nameWithAPercentSignIsKeptInTheTitles()

@@ -82,6 +82,21 @@ class WaitingPackage(Package):
         pass
 
 
+class LockedPackage(Package):
+    """Has no change log, because another process has the lock for as long as it is waited for."""
+
+    @property
+    def changelogs(self):
+        while waitForLock('Waiting for another program'):  # noqa: F821  (the program offers it)
+            time.sleep(0.05)
+        waitForLock(None)  # noqa: F821
+        return []
+
+    @changelogs.setter
+    def changelogs(self, _):
+        pass
+
+
 class WatchedPackage(Package):
     """Writes down each time that somebody reads its vendor."""
 
@@ -187,7 +202,8 @@ class YumIO:
 
     def _packages(self, which):
         def kind(attributes):
-            return WatchedPackage if 'watched' in attributes else WaitingPackage if 'waiting' in attributes else Package
+            kinds = {'locked': LockedPackage, 'waiting': WaitingPackage, 'watched': WatchedPackage}
+            return next((kinds[name] for name in kinds if name in attributes), Package)
         return [kind(attributes)(attributes)
                 for attributes in self.packages[which]]
 
