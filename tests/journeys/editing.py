@@ -1,4 +1,4 @@
-"""What the journeys share that change the configuration of repositories."""
+"""The common parts of the journeys that change the configuration of repositories."""
 import os
 
 import pyatspi
@@ -53,13 +53,13 @@ class Editor(driver.Window):
     def toggle(self, identifier, column):
         before = self.is_on(identifier, column)
         x, y = driver.place(self.cell(identifier, column))
-        # Two clicks at one place in quick succession are a double click.
+        # Two quick clicks at the same place are a double click.
         self._clicks += 1
         driver.click_at(x + (-8, 8)[self._clicks % 2], y)
         self.wait_on(not before, identifier, column)
 
     def select(self, *identifiers):
-        """Select the rows of these repositories, and no others."""
+        """Select the rows of these repositories only."""
         for number, identifier in enumerate(identifiers):
             if number:
                 driver.xdotool('keydown', 'ctrl')
@@ -78,7 +78,7 @@ class Editor(driver.Window):
         wait_for(lambda: self.status() == text, 'the status ' + repr(text), 20)
 
     def form(self, button, *selected):
-        """Press one of Edit, Add and Copy; return the window with the fields of the repository."""
+        """Press Edit, Add or Copy; return the window with the fields of the repository."""
         if selected:
             self.select(*selected)
         self.click_button(button)
@@ -111,12 +111,12 @@ class Form(driver.Window):
         return driver.text_of(self.field(name))
 
     def set(self, name, text):
-        """Type a text in place of that of a field."""
+        """Replace the text of a field by typing."""
         field = self.field(name)
         driver.click(field)
         driver.key('ctrl+a')
         driver.type_text(text)
-        # What a password is cannot be read.
+        # The text of a password field cannot be read.
         if field.getRole() != pyatspi.ROLE_PASSWORD_TEXT:
             wait_for(lambda: driver.text_of(field) == text, 'the text of ' + name, 20)
 
@@ -133,7 +133,7 @@ class Form(driver.Window):
         wait_for(lambda: combo.name == item, 'the choice of ' + item, 20)
 
     def status(self):
-        """What stands beside the buttons."""
+        """The text beside the buttons."""
         return self.labels()[-1] if self.labels()[-1] != 'Sort Position' else ''
 
     def close(self, button):
@@ -165,8 +165,9 @@ class EditingTest(JourneyTest):
         return found
 
     def requests_from_now(self):
-        """The number of requests to the server. Whatever reads the packages from now on makes more: metadata that are
-        fresh, as they are for a second, would be taken from the cache.
+        """The number of requests to the server up to now. The next reading of the packages makes more requests.
+
+        Without the expiry, it would use metadata from the cache if they are less than a second old.
         """
         self.sandbox.expire_metadata()
         return len(self.sandbox.server.paths())
@@ -176,14 +177,14 @@ class EditingTest(JourneyTest):
         return Editor(window.program)
 
     def check_listed(self, window, names, expression='^(abacus-cli|hedgerow|hidden-gem|pergola) '):
-        """Of the packages that the expression is for, these are listed."""
+        """Only these of the packages that match the expression are listed."""
         window.wait_ready()
         window.set_filter(expression)
         window.wait_names(names)
 
 
 def readable(program):
-    """All texts that the program tells assistive programs, also those of what is not on the screen."""
+    """All texts that assistive programs can read, including the texts of invisible widgets."""
     for accessible in driver.walk(program.application()):
         yield accessible.name
         yield accessible.description

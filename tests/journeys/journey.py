@@ -1,7 +1,7 @@
-"""What all journeys share: each test works on a copy of the sandbox of its own and tells the program's end.
+"""The common parts of all journeys. Each test works on its own copy of the sandbox and checks how the program ends.
 
-VYRE_BINARY is the program, VYRE_SANDBOX the made sandbox, which stays as it is. When VYRE_PICTURES names a directory,
-the journeys keep pictures of the screen there.
+VYRE_BINARY is the program. VYRE_SANDBOX is the sandbox, which the journeys copy and never change. If VYRE_PICTURES
+names a directory, the journeys save pictures of the screen there.
 """
 import contextlib
 import os
@@ -20,17 +20,17 @@ import driver  # noqa: E402
 from driver import wait_for  # noqa: E402
 from vyresandbox import Sandbox  # noqa: E402
 
-# What dnf's lock on the package database is called.
+# The file of dnf's lock on the package database.
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
 DEPENDENCIES = 'Performing the following to resolve dependencies:'
-# The headings of what follows a removal, by the beginning of the line.
+# The headings of further removals in the listing, by the beginning of their lines.
 DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 
 
 class Gate:
-    """A fault of the sandbox's server: nothing is answered until it is opened, and everything afterwards."""
+    """A fault of the sandbox's server: the server answers no request until the gate is open."""
 
     def __init__(self):
         self._reached = threading.Event()
@@ -48,14 +48,14 @@ class Gate:
 
     def wait_reached(self):
         if not self._reached.wait(60):
-            raise AssertionError('nobody has asked the server')
+            raise AssertionError('the server has received no request')
 
     def open(self):
         self._open.set()
 
 
 class CacheLock:
-    """A lock of dnf's on the cache, "metadata" or "download", which another process holds."""
+    """One of dnf's two locks on the cache, "metadata" or "download". Another process holds it."""
 
     _HOLD = ('import sys, dnf.lock\n'
              'with getattr(dnf.lock, "build_{}_lock".format(sys.argv[1]))(sys.argv[2], True):\n'
@@ -68,7 +68,7 @@ class CacheLock:
         self._process = subprocess.Popen(['/usr/bin/python3', '-c', self._HOLD, kind, cache], stdin=subprocess.PIPE,
                                          stdout=subprocess.PIPE)
         if self._process.stdout.readline() != b'held\n':
-            raise AssertionError('the lock cannot be had')
+            raise AssertionError('the process cannot get the lock')
         self.activity = 'Waiting for python3 ({}), which uses the cache of the package manager'.format(
             self._process.pid)
 
@@ -77,13 +77,13 @@ class CacheLock:
             return stream.read() == str(self._process.pid)
 
     def let_go(self):
-        """Give the lock back, unless that was done."""
+        """Release the lock, unless it is released already."""
         if self._process.poll() is None:
             self._process.communicate()
 
 
 class Waiting:
-    """One of the sandbox's packages whose scriptlet waits as long as there is a file."""
+    """A package of the sandbox whose scriptlet waits as long as a certain file exists."""
 
     def __init__(self, sandbox, name):
         self._path = os.path.join(sandbox.root, 'tmp', name)
@@ -96,7 +96,7 @@ class Waiting:
         wait_for(self.is_waiting, self._path + '.waiting')
 
     def let_go(self):
-        """Let the scriptlet come to its end; it may be there already."""
+        """Let the scriptlet end. It may have ended already."""
         with contextlib.suppress(FileNotFoundError):
             os.unlink(self._path)
 
@@ -122,15 +122,15 @@ class JourneyTest(unittest.TestCase):
         return waiting
 
     def picture(self, name):
-        """Keep a picture of the screen, if pictures are wanted."""
+        """Save a picture of the screen if VYRE_PICTURES is set."""
         directory = os.environ.get('VYRE_PICTURES')
         if directory:
-            time.sleep(0.5)  # nothing tells when a window has been painted
+            time.sleep(0.5)  # no event shows that a window has been painted
             driver.screenshot(os.path.join(directory, name + '.png'))
 
     def wait_waiting(self, window, lock):
-        """Until the program waits for a lock."""
-        window.wait_settled()  # before, it would not get the key that opens the log
+        """Return when the program waits for this lock."""
+        window.wait_settled()  # an unsettled window does not receive the key that opens the log
         wait_for(lambda: lock.activity in self.read_log(window), 'the program to wait')
 
     def cache_lock(self, kind):
@@ -140,7 +140,7 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def program(self, *arguments, environment=None, unset=()):
-        """A run of the program on the sandbox. A picture of the screen is left behind when something fails."""
+        """A run of the program on the sandbox. After a failure, a picture of the screen is kept."""
         number = 1
         while os.path.exists(os.path.join(self.scratch, 'run{}'.format(number))):
             number += 1
@@ -154,7 +154,7 @@ class JourneyTest(unittest.TestCase):
             except BaseException:
                 self.failed = True
                 picture = os.path.join(directory, 'screen.png')
-                with contextlib.suppress(subprocess.CalledProcessError):  # there may be no display any more
+                with contextlib.suppress(subprocess.CalledProcessError):  # the display may have ended
                     driver.screenshot(picture)
                     print('{}: the screen is in {}'.format(self.id(), picture), file=sys.stderr)
                 if program.running():
@@ -164,7 +164,7 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def opened(self, *arguments, groups=False):
-        """The main window of a run that lists all packages. At the end the program is told to quit."""
+        """The main window of a run that lists all packages. At the end, the program is quit by its key."""
         with self.program(*arguments) as program:
             window = program.ready()
             window.show_all(groups)
@@ -183,9 +183,9 @@ class JourneyTest(unittest.TestCase):
     # Transactions
 
     def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None):
-        """The dialog that asks for the confirmation lists this, in whatever order, each text without its tabulator.
+        """The dialog that asks for the confirmation lists these texts, in any order. They are given without their tabs.
 
-        sizes: whether there is something to download; None: nothing is said about that.
+        sizes: whether the transaction downloads packages; None: the dialog says nothing about downloads.
         groups: the names of groups below each heading.
         """
         text, _, sized = dialog.text().partition('\n\n')
@@ -214,7 +214,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
 
     def carry_out(self, window, dialog=None):
-        """Press Apply, unless there is its dialog already, confirm, and wait for the end of the transaction."""
+        """Press Apply, unless its dialog is given, confirm, and wait for the end of the transaction."""
         window.accept(dialog or window.apply())
         window.wait_ready()
 
@@ -225,14 +225,14 @@ class JourneyTest(unittest.TestCase):
                 for name in names if 'lock' in name and name.endswith('.pid')]
 
     def check_ended(self, program, status=0):
-        """The program has ended by itself, with this status, and has left nothing behind."""
+        """The program has ended by itself with this status. It has left no locks and no processes."""
         self.assertEqual(program.wait(), status, program.stderr())
         self.assertEqual(program.complaints(), '')
         self.assertEqual(self.locks(), [])
         wait_for(lambda: program.left_over() == [], 'the end of all processes')
 
     def quit(self, window):
-        """Quit by the menu's key, from a main window without dialogs in front of it."""
+        """Quit by the key of the menu entry. No dialog may be open."""
         self.assertEqual(window.program.titles(), [driver.main_title()])
         driver.key('ctrl+q')
         self.check_ended(window.program)
@@ -248,13 +248,13 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(self.sandbox.installed(), self.before)
 
     def check_changed(self, new=(), gone=()):
-        """Nothing but this has changed since the begin. A public key that was imported does not count."""
+        """Only these packages have changed since the start of the test. Imported public keys do not count."""
         after = {name for name in self.sandbox.installed() if not name.startswith('gpg-pubkey-')}
         self.assertEqual((after - self.before, self.before - after), (set(new), set(gone)))
 
     def check_history_complete(self):
-        """The last transaction in the history has come to its end."""
-        # 1 is the state of such a transaction.
+        """The last transaction in the history is complete."""
+        # 1 is the state of a complete transaction.
         last = subprocess.run(['/usr/bin/python3', '-c',
                                'import sqlite3, sys\n'
                                'print(*sqlite3.connect(sys.argv[1]).execute("SELECT state, dt_end >= dt_begin FROM '
@@ -264,8 +264,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(last, '1 1\n')
 
     def check_consistent(self):
-        """The installed packages need nothing that is not there, none is there twice, and their files are as they
-        have to be."""
+        """The installed packages have all their dependencies, no duplicates, and unchanged files."""
         for command in (['rpm', '--root', self.sandbox.root, '-Va'],
                         ['dnf', '--installroot', self.sandbox.root, '--releasever=9', '--noplugins',
                          '--setopt=reposdir=/dev/null', '--setopt=logdir=' + self.scratch, 'check']):
@@ -292,7 +291,7 @@ class JourneyTest(unittest.TestCase):
         program.no_window(title)
 
     def check_message(self, program, title, *texts, picture=None):
-        """There is this one message; it is closed. picture: the name of the picture of it to be kept."""
+        """The program shows this message; close it. picture: the name under which a picture of it is saved."""
         dialog = self.read_dialog(program, title, *texts)
         if picture is not None:
             dialog.wait_settled()
@@ -300,13 +299,13 @@ class JourneyTest(unittest.TestCase):
         self.close_dialog(program, dialog)
 
     def read_log(self, window, picture=None):
-        """The text of the Log window, which is opened and closed."""
+        """Open the Log window, close it again, and return its text."""
         driver.key('ctrl+l')
         log = window.program.window('VYRE Log')
         if picture is not None:
             log.wait_settled()
             self.picture(picture)
-        # The spin box has a text too; the pane is the larger one.
+        # The spin box also has a text; the text of the log is longer.
         texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
         text = max((driver.text_of(accessible) for accessible in texts), key=len)
         log.click_button('Close')
@@ -314,7 +313,7 @@ class JourneyTest(unittest.TestCase):
         return text
 
     def check_usable(self, window, name='almanac'):
-        """The window answers: all packages can be listed, and this one found."""
+        """The window responds: it lists all packages and finds this one."""
         window.wait_ready()
         window.show_all()
         window.set_filter('^' + name + ' ')
@@ -324,5 +323,5 @@ class JourneyTest(unittest.TestCase):
 
 
 def main():
-    # The filters of warnings are those set by what is imported.
+    # The imported modules have set the filters of warnings; unittest must not replace them.
     unittest.main(verbosity=2, warnings=False)

@@ -30,7 +30,7 @@ class ApplyTest(JourneyTest):
                 new=['libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'anvil-make-4.2-2.x86_64'],
                 gone=['anvil-make-4.1-1.x86_64', 'cinder-backup-1.4-1.noarch'])
 
-            # The table is that of afterwards.
+            # The table shows the state after the transaction.
             window.set_filter('^(libbough|libtwig|anvil-make|cinder-backup) ')
             window.wait_names(['libbough', 'libtwig', 'anvil-make', 'cinder-backup'])
             repositories = {row[0]: row[2] for row in window.rows()}
@@ -38,7 +38,7 @@ class ApplyTest(JourneyTest):
                                             'cinder-backup': 'sandbox-http'})
             self.assertEqual([window.action(name) for name in window.names()], ['none'] * 4)
 
-    def test_log_tells_of_the_transaction_and_its_scriptlets(self):
+    def test_log_has_the_transaction_and_the_output_of_scriptlets(self):
         with self.opened() as window:
             window.mark_listed('chatterbox')
             self.carry_out(window)
@@ -48,7 +48,7 @@ class ApplyTest(JourneyTest):
                 self.assertIn(text, log)
             self.check_changed(new=['chatterbox-1.0-1.noarch'])
 
-    def test_removal_takes_an_unused_dependency_along(self):
+    def test_removal_also_removes_an_unused_dependency(self):
         with self.opened() as window:
             window.mark_listed('trellis-editor')
             dialog = window.apply()
@@ -57,7 +57,7 @@ class ApplyTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(gone=['trellis-editor-1.2-1.x86_64', 'libtrellis-1.2-1.x86_64'])
 
-    def test_removal_takes_along_what_depends_on_it(self):
+    def test_removal_also_removes_dependent_packages(self):
         with self.opened() as window:
             window.mark_listed('libtrellis')
             dialog = window.apply()
@@ -90,7 +90,7 @@ class ApplyTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['barometer-1.1-2.x86_64'], gone=['barometer-1.0-1.x86_64'])
 
-    def test_suite_brings_its_members(self):
+    def test_suite_installs_its_members(self):
         with self.opened() as window:
             window.mark_listed('vyre-office-suite')
             dialog = window.apply()
@@ -102,7 +102,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(new=['vyre-office-suite-1.0-1.noarch', 'lectern-slides-2.0-1.x86_64',
                                     'ledger-calc-2.0-1.x86_64', 'scribe-writer-2.0-1.x86_64'])
 
-    def test_update_of_a_suite_brings_its_new_member(self):
+    def test_update_of_a_suite_installs_its_new_member(self):
         with self.opened() as window:
             window.mark_listed('vyre-network-suite')
             dialog = window.apply()
@@ -112,7 +112,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(new=['vyre-network-suite-1.1-1.noarch', 'nettle-scan-7.9-1.x86_64'],
                                gone=['vyre-network-suite-1.0-1.noarch'])
 
-    def test_weak_dependencies_come_along(self):
+    def test_weak_dependencies_are_installed(self):
         with self.opened() as window:
             window.mark_listed('orchard')
             dialog = window.apply()
@@ -127,7 +127,7 @@ class ApplyTest(JourneyTest):
                 'libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'orchard-3.0-1.x86_64', 'orchard-lang-3.0-1.noarch',
                 'orchard-plugins-3.0-1.noarch', 'orchard-thumbnails-3.0-1.noarch'])
 
-    def test_package_takes_the_place_of_the_one_it_obsoletes(self):
+    def test_package_replaces_the_obsoleted_package(self):
         with self.opened() as window:
             window.mark_listed('newpost')
             dialog = window.apply()
@@ -138,7 +138,7 @@ class ApplyTest(JourneyTest):
 
 
 class SeveralVersionsTest(JourneyTest):
-    """Packages of which several versions are installed."""
+    """Packages with several installed versions."""
 
     def test_update_replaces_both_installed_versions(self):
         found = glob.glob(os.path.join(self.sandbox.repository('sandbox-updates'), '**', 'abacus-cli-3.3.0-2.*.rpm'),
@@ -155,7 +155,7 @@ class SeveralVersionsTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=['abacus-cli-4.0-0.beta.x86_64'], gone=versions)
 
-    def test_kernel_comes_beside_the_others(self):
+    def test_kernel_is_installed_beside_the_other_kernels(self):
         with self.opened() as window:
             window.mark_listed('kernel')
             self.assertEqual([row[1] for row in window.rows()], ['6.1.31-1 *'])
@@ -163,7 +163,7 @@ class SeveralVersionsTest(JourneyTest):
             self.check_listing(dialog, ['Install: kernel 6.1.31-1 (x86_64) [sandbox-updates]'])
             self.carry_out(window, dialog)
             self.check_changed(new=['kernel-6.1.31-1.x86_64'])
-            # The newest of the three.
+            # The row shows the newest of the three versions.
             window.wait_names(['kernel'])
             self.assertEqual([row[1:3] for row in window.rows()], [('6.1.31-1 *', '@System')])
 

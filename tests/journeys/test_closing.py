@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What the program does when it is to be closed, in the middle of its work and at rest."""
+"""The user closes the program while it works and while it is idle."""
 import os
 import signal
 
@@ -11,14 +11,13 @@ class ClosingTest(JourneyTest):
     """While the program works, it refuses to be closed."""
 
     def request_close(self, program):
-        """Ask the window manager to close the main window, press the key of Quit as well, and wait until the program
-        has heard of both."""
+        """Request the closing of the main window, press the key of Quit, and wait until the program has got both."""
         window = driver.xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name',
                                 '^' + driver.main_title() + '$').split()[0]
         before = driver.xdotool('getwindowgeometry', window)
         driver.xdotool('windowfocus', '--sync', window)
         driver.key('alt+F4')
-        # The window manager serves requests in turn, and the program gets its messages in the order they are sent.
+        # The window manager handles requests in their order, and the program receives its messages in their order.
         driver.xdotool('windowsize', window, 900, 650)
         wait_for(lambda: driver.xdotool('getwindowgeometry', window) != before, 'the new size of the window')
         driver.key('ctrl+q')
@@ -28,7 +27,7 @@ class ClosingTest(JourneyTest):
         log.click_button('Close')
         program.no_window('VYRE Log')
 
-    def test_while_collecting(self):
+    def test_closing_is_refused_while_packages_are_collected(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/repodata/repomd.xml'] = gate
         with self.program() as program:
@@ -40,7 +39,7 @@ class ClosingTest(JourneyTest):
             self.check_usable(window)
             self.close(window)
 
-    def test_while_applying(self):
+    def test_closing_is_refused_while_packages_are_downloaded(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/pergola-6.1-1.x86_64.rpm'] = gate
         with self.program() as program:
@@ -57,7 +56,7 @@ class ClosingTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.close(window)
 
-    def test_while_packages_are_changed(self):
+    def test_closing_is_refused_during_a_transaction(self):
         doorkeeper = self.waiting('doorkeeper')
         with self.program() as program:
             window = program.ready()
@@ -83,7 +82,7 @@ class ClosingTest(JourneyTest):
         driver.key('alt+F4')
 
     def check_gave_up(self, program, lock):
-        """The program has ended by itself, without a message; the lock is still that of its owner."""
+        """Close the program. It ends without a message, and the other process keeps its lock."""
         self.close_by_window_manager(program)
         self.assertEqual(program.wait(), 0, program.stderr())
         self.assertTrue(lock.is_held())
@@ -91,14 +90,14 @@ class ClosingTest(JourneyTest):
         self.check_ended(program)
         self.check_unchanged()
 
-    def test_while_the_metadata_are_waited_for(self):
+    def test_closing_while_it_waits_for_metadata(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             self.wait_waiting(program.main(), lock)
             self.picture('waiting-for-metadata')
             self.check_gave_up(program, lock)
 
-    def test_while_downloads_are_waited_for(self):
+    def test_closing_while_it_waits_for_downloads(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -109,18 +108,18 @@ class ClosingTest(JourneyTest):
             self.check_gave_up(program, lock)
 
     def cached(self):
-        """The files in the cache, but for those of locks."""
+        """The files in the cache, except lock files."""
         return sorted(os.path.join(directory, name) for directory, _, names in os.walk(
             os.path.join(self.sandbox.root, 'var/cache/yum')) for name in names if not name.endswith('.pid'))
 
     def clean_all(self, window, kind):
-        """Choose Clean All while another process has a lock; the lock."""
+        """Choose Clean All while another process holds a lock; return the lock."""
         lock = self.cache_lock(kind)
         self.choose_from_menu(window, 'Cache', 3)
         self.wait_waiting(window, lock)
         return lock
 
-    def test_while_cleaning_waits_for_the_metadata(self):
+    def test_closing_while_cleaning_waits_for_metadata(self):
         with self.program() as program:
             window = program.ready()
             before = self.cached()
@@ -130,7 +129,7 @@ class ClosingTest(JourneyTest):
             self.check_gave_up(program, lock)
         self.assertEqual(self.cached(), before)
 
-    def test_the_cache_is_cleaned_when_the_wait_is_over(self):
+    def test_the_cache_is_cleaned_when_the_lock_is_released(self):
         with self.program() as program:
             window = program.ready()
             old = os.path.join(self.sandbox.root, 'var/cache/yum/sandbox-http-0123456789abcdef/packages/old.rpm')
@@ -143,7 +142,7 @@ class ClosingTest(JourneyTest):
             self.assertFalse(os.path.exists(old))
             self.close(window)
 
-    def test_what_was_waited_for_is_used_afterwards(self):
+    def test_waiting_ends_when_the_lock_is_released(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             window = program.main()
@@ -161,7 +160,7 @@ class ClosingTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.close(window)
 
-    def test_terminated_while_the_metadata_are_waited_for(self):
+    def test_termination_while_it_waits_for_metadata(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             self.wait_waiting(program.main(), lock)
@@ -175,7 +174,7 @@ class ClosingTest(JourneyTest):
             self.assertEqual(self.locks(), [])
             self.check_unchanged()
 
-    def test_marked_packages_do_not_keep_the_window_open(self):
+    def test_closing_is_possible_with_marked_packages(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Repositories that want a name and a password in their URLs."""
+"""Repositories that need a user name and a password in their URLs."""
 import os
 
 import editing
@@ -19,7 +19,7 @@ HIDDEN = '●'
 
 class CredentialsTest(EditingTest):
 
-    # The hosts of the repositories; both names are of this machine.
+    # The hosts of the repositories; both names mean this machine.
     HOSTS = {'one': '127.0.0.1', 'two': 'localhost', 'three': '127.0.0.1'}
 
     def setUp(self):
@@ -28,14 +28,14 @@ class CredentialsTest(EditingTest):
         self.addCleanup(self.server.stop)
 
     def configuration(self, *filled, identifiers=('one', 'two', 'three')):
-        """The text of the file in which the credentials of these repositories stand."""
+        """The text of the repository file. The repositories in "filled" have credentials."""
         return '\n'.join(
             '[{0}]\nname=Number {0}\nbaseurl={1}\nenabled=1\ngpgcheck=0\nskip_if_unavailable=1\nretries=1\n'.format(
                 identifier, self.url(identifier, *(ENCODED_NAME, ENCODED_PASSWORD) if identifier in filled else ()))
             for identifier in identifiers)
 
     def url(self, identifier, name='', password=''):
-        # Each has a path of its own to the same packages.
+        # Each repository has its own path to the same packages.
         path = {'one': '/', 'two': '/./', 'three': '/././'}[identifier] + 'sandbox-disabled'
         return self.server.url(path, name, password, self.HOSTS[identifier])
 
@@ -44,18 +44,18 @@ class CredentialsTest(EditingTest):
         self.before_files = self.files()
 
     def check_file(self, *filled, **options):
-        """Nothing but the credentials of these repositories has changed."""
+        """Only the credentials of these repositories have changed in the files."""
         files = dict(self.before_files)
         files[self.repo_path('vantor.repo')] = self.configuration(*filled, **options).encode()
         self.assertEqual(self.files(), files)
 
     def check_reached(self, *identifiers):
-        """All that was asked of the server was asked for these repositories, and was answered."""
+        """The server received requests for these repositories only, and answered all of them."""
         self.assertEqual({(host, name, password, status) for host, _, name, password, status in self.server.requests},
                          {(self.HOSTS[identifier], NAME, PASSWORD, 200) for identifier in identifiers})
 
     def asked(self, program, identifier):
-        """The dialog that asks for this repository."""
+        """The dialog that asks for the credentials of this repository."""
         dialog = program.window(TITLE)
         wait_for(lambda: identifier in dialog.labels(), 'the question about ' + identifier)
         dialog.wait_settled()
@@ -66,7 +66,7 @@ class CredentialsTest(EditingTest):
 
     def answer(self, program, identifier, button, name=NAME, password=PASSWORD):
         dialog = self.asked(program, identifier)
-        # The name has the focus.
+        # The field of the user name has the focus.
         driver.type_text(name)
         wait_for(lambda: driver.text_of(self.field(dialog)) == name, 'the name')
         driver.key('Tab')
@@ -77,13 +77,13 @@ class CredentialsTest(EditingTest):
         dialog.click_button(button)
 
     def check_secret(self, program):
-        """The password can be read nowhere."""
+        """No text that assistive programs can read contains the password."""
         for text in editing.readable(program):
             for secret in (PASSWORD, ENCODED_PASSWORD):
                 self.assertNotIn(secret, text or '')
 
     def check_log_files(self):
-        """Those of the package manager have the URL and the failure, and no password."""
+        """The log files of the package manager contain the URL and the failure, but no password."""
         directory = os.path.join(self.sandbox.root, 'var/log')
         texts = []
         for name in os.listdir(directory):
@@ -103,7 +103,7 @@ class CredentialsTest(EditingTest):
 
 class AskedTest(CredentialsTest):
 
-    def test_credentials_are_asked_for_and_kept(self):
+    def test_credentials_are_asked_for_and_saved(self):
         self.configure(identifiers=['one'])
         with self.program() as program:
             dialog = self.asked(program, 'one')
@@ -125,7 +125,7 @@ class AskedTest(CredentialsTest):
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.check_reached('one')
 
-            # Nor is it told by any other window.
+            # The other windows do not show it either.
             editor = self.edit(window)
             form = editor.form('Edit', 'one')
             self.picture('form-with-credentials')
@@ -157,7 +157,7 @@ class AskedTest(CredentialsTest):
             self.quit(program.ready())
         self.check_reached('one')
 
-    def test_applied_to_all(self):
+    def test_credentials_are_applied_to_all_repositories(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All')
@@ -165,11 +165,11 @@ class AskedTest(CredentialsTest):
         self.check_reached('one', 'two', 'three')
         self.check_file('one', 'two', 'three')
 
-    def test_applied_to_one_host(self):
+    def test_credentials_are_applied_to_one_host(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All with this Host')
-            # The third one is of the first one's host.
+            # The third repository has the same host as the first.
             self.answer(program, 'two', 'OK')
             self.quit(program.ready())
         self.check_reached('one', 'two', 'three')
@@ -187,10 +187,10 @@ class AskedTest(CredentialsTest):
             self.quit(window)
         self.assertEqual({request[2:] for request in self.server.requests}, {(NAME, PASSWORD, 200), ('', '', 403)})
 
-    def test_skipped_by_escape(self):
+    def test_escape_skips_a_repository(self):
         self.check_skipped(lambda: driver.key('Escape'))
 
-    def test_skipped_by_the_window_manager(self):
+    def test_closing_the_dialog_skips_a_repository(self):
         self.check_skipped(lambda: driver.key('alt+F4'))
 
     def test_skip_all_changes_nothing(self):
@@ -227,7 +227,7 @@ class AskedTest(CredentialsTest):
             editor = self.edit(window)
             for identifier, on in (('one', False), ('two', True), ('three', False)):
                 editor.wait_on(on, identifier, SESSION)
-            # Once one of them is to be used after all, its credentials are asked for.
+            # When the user enables one of them again, the program asks for its credentials.
             editor.toggle('one', SESSION)
             editor.click_button('OK')
             self.answer(program, 'one', 'OK')
@@ -236,7 +236,7 @@ class AskedTest(CredentialsTest):
             self.check_file('one', 'two')
             self.quit(window)
 
-    def test_quit(self):
+    def test_quit_changes_nothing(self):
         self.configure()
         with self.program() as program:
             self.asked(program, 'one').click_button('Quit')
@@ -245,7 +245,7 @@ class AskedTest(CredentialsTest):
         self.assertEqual(self.server.requests, [])
         self.check_unchanged()
 
-    def test_quit_after_an_answer_keeps_it(self):
+    def test_quit_keeps_the_credentials_entered_before(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'OK')
@@ -261,7 +261,7 @@ class AskedTest(CredentialsTest):
         self.check_file()
         self.assertEqual(self.server.requests, [])
 
-    def test_editor_at_the_start(self):
+    def test_credentials_are_asked_for_after_the_editor_at_the_start(self):
         self.configure()
         with self.program('-r') as program:
             editor = Editor(program)
@@ -275,9 +275,9 @@ class AskedTest(CredentialsTest):
 
 class WrongTest(CredentialsTest):
 
-    def test_wrong_password_is_not_told_by_the_message(self):
+    def test_message_about_a_wrong_password_does_not_show_it(self):
         self.server.users = {NAME: 'another one'}
-        # Without the options that make a repository dispensable.
+        # Without the options that let dnf skip the repository.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
         with self.program() as program:
             self.answer(program, 'one', 'OK')
@@ -292,7 +292,7 @@ class WrongTest(CredentialsTest):
             self.assertIn('403', log)
             self.assertNotIn(ENCODED_PASSWORD, log)
             self.check_log_files()
-            # The editor is the place to mend it.
+            # The user corrects the password in the editor.
             self.server.users = {NAME: 'right'}
             editor = self.edit(window)
             form = editor.form('Edit', 'one')

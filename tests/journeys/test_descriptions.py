@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Packages and groups are described, and the pages of repositories opened."""
+"""The program describes packages and groups, and opens the pages of repositories."""
 import glob
 import os
 import shutil
@@ -36,7 +36,7 @@ class DescriptionTest(EditingTest):
         window.program.no_window(TITLE)
 
     def menu(self, window, name, column, choice):
-        """Open the menu of a cell; choose an item by its number, from 0."""
+        """Open the menu of a cell and choose an item by its number, from 0."""
         before = window.program.popups()
         driver.click(window.visible_cell(name, column), button=3)
         wait_for(lambda: window.program.popups() > before, 'the menu of ' + name)
@@ -44,7 +44,7 @@ class DescriptionTest(EditingTest):
         driver.key('Return')
 
     def press(self, dialog, number):
-        """Press a button that stands among the values, by its number, from 0, after scrolling to it."""
+        """Scroll to a button among the values and press it. number: its number, from 0."""
         close = dialog.button('Close')
         button = [button for button in dialog.find_all(driver.pyatspi.ROLE_PUSH_BUTTON)
                   if button.name != 'Close'][number]
@@ -60,7 +60,7 @@ class DescriptionTest(EditingTest):
         driver.click(button)
 
     def pairs(self, dialog, begin):
-        """What follows the heading with this text, up to the next one: label -> value."""
+        """The labels and values below the heading with this text, up to the next heading: label -> value."""
         labels = dialog.labels()
         labels = labels[labels.index(begin) + 1:]
         if 'Installed' in labels:
@@ -85,7 +85,7 @@ class ContentTest(DescriptionTest):
                              Recommends='orchard-plugins', Suggests='orchard-samples',
                              Requires='(orchard-lang if lexicon-en)\nlibbough >= 1.1\nsetup')
             self.assertEqual(dialog.buttons(), ['Close', 'Details', 'Show', 'Show'])
-            # What there is nothing to say about is left out.
+            # Empty values have no row.
             for label in ('Install Time', 'Relocations', 'Conflicts', 'Obsoletes', 'URL'):
                 self.assertNotIn(label, dialog.labels())
             dialog.click_button('Details')
@@ -170,7 +170,7 @@ class ContentTest(DescriptionTest):
             self.assertIn('100% of &lt;entities&gt; are kept as they are', text)
             log.click_button('Close')
             window.program.no_window(log.title)
-            # With markup a text would be shorter than the characters that it is made of.
+            # If the label interpreted the markup, the copied text would be shorter.
             label = next(label for label in dialog.find_all(driver.pyatspi.ROLE_LABEL)
                          if label.name == 'Shows ' + MARKUP)
             self.copy(label)
@@ -180,7 +180,7 @@ class ContentTest(DescriptionTest):
     # Copying
 
     def copy(self, label):
-        """Select all of a value and copy it, by mouse and keyboard."""
+        """Select a whole value and copy it, with the mouse and the keyboard."""
         x, y, _, _ = driver.rectangle(label)
         driver.click_at(x + 10, y + 8)
         driver.key('ctrl+a')
@@ -207,12 +207,12 @@ class ContentTest(DescriptionTest):
             text = label.name
             self.assertIn('Paragraph 400.', text)
             self.assertEqual(text, self.sandbox_description('longwinded'))
-            # All of it can be reached by scrolling, and the window is not higher than the screen for it.
+            # Scrolling reaches the whole value, and the window is not higher than the screen.
             self.assertGreater(driver.rectangle(label)[3], 4000)
             self.assertLess(driver.rectangle(dialog.accessible)[3], 900)
             self.copy(label)
             self.close_description(window, dialog)
-            # An edit of one line takes as many characters, with blanks or another sign for the line feeds.
+            # An edit of one line accepts all characters, and replaces each line feed by a blank or another character.
             edit = window.edit()
             driver.click(edit)
             driver.key('ctrl+a')
@@ -229,7 +229,7 @@ class ContentTest(DescriptionTest):
 
     # Closing
 
-    def test_closing(self):
+    def test_every_way_to_close_the_dialog(self):
         with self.opened() as window:
             for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
                                 ('gallivant', lambda dialog: driver.key('Escape')),
@@ -238,7 +238,7 @@ class ContentTest(DescriptionTest):
                                 ('orchard', lambda dialog: dialog.click_button('Close'))):
                 dialog = self.describe(window, name)
                 self.assertEqual(dialog.labels()[0], name)
-                # The windows behind it have to wait.
+                # The dialog is modal: the window behind it ignores the key.
                 driver.key('ctrl+q')
                 close(dialog)
                 window.program.no_window(TITLE)
@@ -262,15 +262,15 @@ class BrowsingTest(DescriptionTest):
         self.environment = {'VYRESHARE': share}
 
     def check_browsed(self, program, url):
-        """The program for it was called once, with this URL alone; nothing of it is left."""
+        """The browser was called once, with this URL only, and no process of it is left."""
         wait_for(lambda: os.path.exists(self.record), 'the call', 20)
         with open(self.record) as stream:
             self.assertEqual(stream.read(), url + '\n')
         os.unlink(self.record)
-        wait_for(lambda: self.children(program) == [], 'the end of what was started', 10)
+        wait_for(lambda: self.children(program) == [], 'the end of the browser', 10)
 
     def children(self, program):
-        """The processes, dead or alive, that the program has to wait for."""
+        """The child processes of the program, including those that have ended."""
         found = []
         for path in glob.glob('/proc/[0-9]*/stat'):
             try:
@@ -282,7 +282,7 @@ class BrowsingTest(DescriptionTest):
                 found.append(path)
         return found
 
-    def test_from_the_table_and_from_a_description(self):
+    def test_browsing_from_the_table_and_from_a_description(self):
         url = self.sandbox.server.url + '/sandbox-http/'
         with self.program(environment=self.environment) as program:
             window = program.ready()
@@ -302,7 +302,7 @@ class BrowsingTest(DescriptionTest):
             self.close_description(window, dialog)
             self.quit(window)
 
-    def test_from_the_editor(self):
+    def test_browsing_from_the_editor(self):
         self.write_repo('pages.repo',
                         '[a-several]\nbaseurl=http://127.0.0.1:9/$releasever/$basearch/$arch/\n  http://127.0.0.1:9/b\n'
                         'enabled=0\n\n[b-mirrors]\nmirrorlist=http://127.0.0.1:9/list?a=b&c=d\nenabled=0\n\n'
@@ -327,7 +327,7 @@ class BrowsingTest(DescriptionTest):
             editor.close('OK')
             self.quit(window)
 
-    def test_program_is_not_there(self):
+    def test_missing_browser(self):
         os.unlink(self.browser)
         with self.program(environment=self.environment) as program:
             window = program.ready()
@@ -338,7 +338,7 @@ class BrowsingTest(DescriptionTest):
             wait_for(program.stderr, 'the message', 20)
             self.assertEqual(program.stderr(),
                              'execv("{}", ...) failed; errno = 2 (No such file or directory)\n'.format(self.browser))
-            wait_for(lambda: self.children(program) == [], 'the end of what was started', 10)
+            wait_for(lambda: self.children(program) == [], 'the end of the browser', 10)
             self.assertFalse(os.path.exists(self.record))
             self.check_usable(window)
             driver.key('ctrl+q')

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The display is lost in every phase of the program's work: a transaction goes on, everything else is given up."""
+"""The program loses the display in each phase of its work. It completes a transaction, and cancels all other work."""
 import os
 import signal
 import subprocess
@@ -37,7 +37,7 @@ class DisplayTest(JourneyTest):
         return gate
 
     def check_end(self, program, *messages):
-        """The program has ended by itself, with a failure, has said why, and has left nothing behind."""
+        """The program has ended by itself with status 1 and these messages. It has left no locks, files, processes."""
         status = program.wait()
         self.assertEqual(status, 1, program.stderr())
         for message in messages:
@@ -53,21 +53,21 @@ class DisplayTest(JourneyTest):
         self.check_consistent()
 
     def marked(self, program, *names):
-        """The dialog that lists the transaction of these marks."""
+        """Mark these packages and press Apply; return the window and the dialog with the listing."""
         window = program.ready()
         window.show_all()
         for name in names:
             window.mark_listed(name)
         return window, window.apply()
 
-    def test_idle(self):
+    def test_display_lost_while_idle(self):
         with self.started() as program:
             program.ready()
             self.assertNotEqual(self.locks(), [])
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_metadata(self):
+    def test_display_lost_while_metadata_are_downloaded(self):
         self.sandbox.expire_metadata()
         gate = self.gate(REPOMD)
         with self.started() as program:
@@ -76,7 +76,7 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_metadata_that_another_program_uses(self):
+    def test_display_lost_while_it_waits_for_metadata(self):
         lock = self.cache_lock('metadata')
         with self.started() as program:
             self.wait_waiting(program.main(), lock)
@@ -86,7 +86,7 @@ class DisplayTest(JourneyTest):
             lock.let_go()
             self.check_nothing_done(program)
 
-    def test_message(self):
+    def test_display_lost_while_a_window_is_shown(self):
         with self.started() as program:
             window = program.ready()
             window.show_all()
@@ -95,14 +95,14 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_listing(self):
+    def test_display_lost_while_the_listing_is_shown(self):
         with self.started() as program:
             self.marked(program, 'pergola')
             self.lose(program)
             self.check_nothing_done(program)
             self.assertIn('vyre: Not Applying: Canceled', program.stderr())
 
-    def test_download(self):
+    def test_display_lost_while_packages_are_downloaded(self):
         gate = self.gate(PERGOLA)
         with self.started() as program:
             window, dialog = self.marked(program, 'pergola')
@@ -113,7 +113,7 @@ class DisplayTest(JourneyTest):
             self.assertIn('vyre: Unable to apply changes', program.stderr())
 
     def check_goes_on(self, lose, name='doorkeeper', new='doorkeeper-1.1-1.noarch', gone=('doorkeeper-1.0-1.noarch',)):
-        """A transaction whose scriptlet waits when the display is lost is carried out as a whole."""
+        """The display is lost while a scriptlet waits. The program still completes the transaction."""
         waiting = self.waiting(name)
         with self.started() as program:
             window, dialog = self.marked(program, name, 'birch-log', 'loudhailer')
@@ -129,30 +129,30 @@ class DisplayTest(JourneyTest):
             self.check_consistent()
             return program.stderr()
 
-    def test_transaction(self):
+    def test_display_lost_during_a_transaction(self):
         said = self.check_goes_on(self.lose)
-        # What nobody can see any more is said: here 600,000 bytes of a scriptlet, more than all pipes take.
+        # Without a display, output goes to standard error: here 600,000 bytes of a scriptlet, more than pipes can hold.
         for stream in ('stdout', 'stderr'):
             self.assertEqual(said.count('vyre: loudhailer: {} line '.format(stream)), 6000)
 
-    def test_scriptlet_after_the_transaction(self):
+    def test_display_lost_during_a_scriptlet_after_the_transaction(self):
         said = self.check_goes_on(self.lose, 'lastword', 'lastword-1.0-1.noarch', ())
         self.assertIn('vyre: lastword: end', said)
 
-    def test_connection_cut_in_a_transaction(self):
+    def test_connection_cut_during_a_transaction(self):
         def cut(program):
             driver.kill_window(program, driver.main_title())
         self.check_goes_on(cut)
 
-    def test_end_of_the_session_in_a_transaction(self):
-        """A desktop that ends sends signals and closes the display at once."""
+    def test_end_of_the_session_during_a_transaction(self):
+        """At the end of a session, the desktop sends signals and closes the display at the same time."""
         def end(program):
             for number in (signal.SIGHUP, signal.SIGTERM):
                 program.process.send_signal(number)
             self.lose(program)
         self.check_goes_on(end)
 
-    def test_end_of_the_session_at_rest(self):
+    def test_end_of_the_session_while_idle(self):
         with self.started() as program:
             program.ready()
             for number in (signal.SIGHUP, signal.SIGTERM):
@@ -163,8 +163,8 @@ class DisplayTest(JourneyTest):
             self.assertEqual(os.listdir(self.temporary), [])
             self.check_unchanged()
 
-    def test_question_about_a_key(self):
-        """No key is trusted that nobody has agreed to."""
+    def test_display_lost_while_the_question_about_a_key_is_shown(self):
+        """Without an answer of the user, the program does not import the key."""
         with self.started() as program:
             window, dialog = self.marked(program, 'wax-tablet')
             window.accept(dialog)
@@ -175,7 +175,7 @@ class DisplayTest(JourneyTest):
 
 
 class OwnDisplays(unittest.TestCase):
-    """Each of the tests ends its display, so each gets one of its own."""
+    """Each test ends its display, so each test runs on its own display."""
 
 
 def on_a_display_of_its_own(name):

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Packages are downloaded, or are there already; downloads go wrong."""
+"""The program downloads packages or takes them from the cache; downloads fail."""
 import os
 
 import journey
@@ -58,9 +58,9 @@ class DownloadTest(JourneyTest):
             driver.xdotool('mousemove', *driver.place(bar))
             tip = window.program.window('')
             texts = wait_for(tip.labels, 'the text of the tool tip')
-            names_told = [text for text in texts if text.startswith('Downloading ')]
-            self.assertEqual(len(names_told), 3, texts)
-            for name in names_told:
+            names_shown = [text for text in texts if text.startswith('Downloading ')]
+            self.assertEqual(len(names_shown), 3, texts)
+            for name in names_shown:
                 self.assertRegex(name, '^Downloading tilepack-[1-8]-1[.]0-1[.]noarch[.]rpm$')
                 self.assertRegex(texts[texts.index(name) + 1], r'^\d+ / \d{6} \(\d+[.]\d%\)$')
             self.assertEqual(texts[-2:], ['5 downloads', 'Not Started Yet'])
@@ -68,7 +68,7 @@ class DownloadTest(JourneyTest):
             for gate in held:
                 gate.open()
             window.wait_ready()
-            # It goes when the pointer leaves the bar.
+            # The tool tip disappears when the pointer leaves the bar.
             driver.xdotool('mousemove', *driver.place(window.table()))
             window.program.no_window('')
             self.check_changed(new=[name + '-1.0-1.noarch' for name in names])
@@ -84,7 +84,7 @@ class FailureTest(JourneyTest):
             window.mark_listed(name)
             window.accept(window.apply())
             dialog = self.read_dialog(window.program, 'VYRE Yum Error', 'Unable to apply changes', name, *texts)
-            # That it was tried several times is of no interest.
+            # The message does not repeat lines, although dnf tries several times.
             lines = dialog.text().splitlines()
             self.assertEqual(len(lines), len(set(lines)), lines)
             if picture is not None:
@@ -93,7 +93,7 @@ class FailureTest(JourneyTest):
             self.close_dialog(window.program, dialog)
             self.check_usable(window)
             self.check_unchanged()
-            # Once the server works again, so does the program.
+            # When the server works again, the program can apply the mark.
             del self.sandbox.server.faults[path]
             window.set_filter('^{} '.format(name))
             window.wait_names([name])
@@ -101,20 +101,20 @@ class FailureTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=[package])
 
-    def test_package_is_not_on_the_server(self):
+    def test_package_is_missing_on_the_server(self):
         self.check_refused(server.status(404), '404', picture='not-on-the-server')
 
     def test_server_reports_an_error(self):
         self.check_refused(server.status(500), '500')
 
-    def test_server_hangs_up_in_the_middle(self):
+    def test_server_closes_the_connection_during_a_download(self):
         self.check_refused(server.truncated(100000), 'partial file', package='gargantua-1.0-1.noarch',
                            picture='truncated-download')
 
-    def test_package_is_not_what_the_repository_tells(self):
+    def test_package_with_a_wrong_checksum(self):
         self.check_refused(server.corrupted(), 'checksum', picture='wrong-bytes')
 
-    def test_second_package_is_not_on_the_server(self):
+    def test_second_package_is_missing_on_the_server(self):
         self.sandbox.server.faults['/sandbox-http/libtwig-1.0-1.x86_64.rpm'] = server.status(404)
         with self.opened() as window:
             window.mark_listed('libbough')
@@ -123,7 +123,7 @@ class FailureTest(JourneyTest):
             self.check_usable(window)
             self.check_unchanged()
 
-    def test_server_is_gone_before_the_download(self):
+    def test_server_stops_before_the_download(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -140,7 +140,7 @@ class FailureTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_server_goes_in_the_middle_of_the_download(self):
+    def test_server_stops_during_the_download(self):
         gate = Gate()
         self.sandbox.server.faults[PERGOLA] = gate
         with self.opened() as window:

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Groups of packages are installed, updated and removed."""
+"""The program installs, updates and removes groups of packages."""
 import journey
 from journey import JourneyTest
 from vyresandbox import needs_groups
@@ -8,7 +8,7 @@ from vyresandbox import needs_groups
 class GroupsTest(JourneyTest):
 
     def check_view(self, window, view, name, listed):
-        """Whether a group is listed in a view of the filter row."""
+        """A view of the filter row lists a group, or does not list it."""
         window.choose(1, view)
         window.set_filter('^' + name + '$')
         window.wait_names([name] if listed else [])
@@ -62,13 +62,13 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Updatable', 'Weaving', False)
 
     @needs_groups
-    def test_conditional_package_comes_where_its_condition_is_installed(self):
+    def test_conditional_package_is_installed_if_its_condition_is(self):
         with self.opened('--groups') as window:
-            # The package manager drops a blank of the name.
+            # The package manager removes a blank from the name.
             window.set_filter('^Office &')
             journey.wait_for(lambda: len(window.names()) == 1, 'the group alone')
             name = window.names()[0]
-            # Names are texts, whatever they look like.
+            # The name contains markup, and the table shows it as text.
             self.assertIn('<b>Productivity</b>', name)
             window.mark(name)
             self.carry_out(window)
@@ -76,7 +76,7 @@ class GroupsTest(JourneyTest):
                                     'scribe-lexicon-1.0-1.noarch'])
 
     @needs_groups
-    def test_group_with_a_package_that_does_not_exist(self):
+    def test_group_with_a_missing_package(self):
         with self.opened('--groups') as window:
             window.mark_listed('Ghosts')
             dialog = window.apply()

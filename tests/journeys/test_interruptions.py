@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The program is killed in the middle of a transaction. The next run tells what was left, and can finish the work."""
+"""The program is killed during its work. The next run reports the interruption, and can finish the work."""
 import os
 import subprocess
 
@@ -15,7 +15,7 @@ SEVERAL = ('Of these packages several versions are installed, as a transaction l
 class KillTest(JourneyTest):
 
     def kill_in_transaction(self, *names):
-        """The program is killed while the scriptlet of doorkeeper waits; the scriptlet is not."""
+        """Kill the program while the scriptlet of doorkeeper waits. The scriptlet itself is not killed."""
         doorkeeper = self.waiting('doorkeeper')
         with self.program() as program:
             window = program.ready()
@@ -30,7 +30,7 @@ class KillTest(JourneyTest):
             wait_for(lambda: program.left_over() == [], 'the end of the scriptlet')
         self.assertNotEqual(self.locks(), [])
 
-    def test_while_packages_are_installed(self):
+    def test_killed_while_packages_are_installed(self):
         self.sandbox.rpm('--erase', 'doorkeeper')
         self.before = self.sandbox.installed()
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')
@@ -47,11 +47,11 @@ class KillTest(JourneyTest):
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['doorkeeper-1.1-1.noarch', 'pergola-6.1-1.x86_64'], gone=['birch-log-3.0-1.x86_64'])
-            # There is nothing more to be told.
+            # The log has no second report.
             self.assertEqual(self.read_log(window).count(INTERRUPTED), 1)
         self.check_consistent()
 
-    def test_while_packages_are_updated(self):
+    def test_killed_while_packages_are_updated(self):
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')
         self.check_changed(new=['doorkeeper-1.1-1.noarch'])
         with self.opened() as window:
@@ -77,8 +77,7 @@ class KillTest(JourneyTest):
 
 
 class KillBeforeTest(JourneyTest):
-    """The program is killed before it changes the system: the next run and dnf itself work, and what was left is
-    reported."""
+    """The program is killed before it changes the system. The next run reports the left locks; it and dnf work."""
 
     LEFT = 'Process {} has ended without removing its lock file {}. The file is removed.'
 
@@ -121,13 +120,13 @@ class KillBeforeTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
         self.check_consistent()
 
-    def test_at_rest(self):
+    def test_killed_while_idle(self):
         with self.program() as program:
             program.ready()
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_while_metadata_are_read(self):
+    def test_killed_while_metadata_are_downloaded(self):
         self.sandbox.expire_metadata()
         gate = self.gate('/sandbox-http/repodata/repomd.xml')
         with self.program() as program:
@@ -136,7 +135,7 @@ class KillBeforeTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK, 'var/cache/yum/metadata_lock.pid')
         self.check_next_run(*left)
 
-    def test_while_the_listing_is_shown(self):
+    def test_killed_while_the_listing_is_shown(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -145,7 +144,7 @@ class KillBeforeTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_while_packages_are_downloaded(self):
+    def test_killed_while_packages_are_downloaded(self):
         gate = self.gate('/sandbox-http/pergola-6.1-1.x86_64.rpm')
         with self.program() as program:
             window = program.ready()

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""VYRE is a package too: built, installed, described, updated and removed in its own table.
+"""VYRE as a package: it is built and installed, and then describes, updates and removes itself.
 
-VYRE_BUILD is the folder in which it was built.
+VYRE_BUILD is the build folder.
 """
 import os
 import subprocess
@@ -29,18 +29,18 @@ class ItselfTest(JourneyTest):
         subprocess.run(['createrepo_c', '--quiet', repository], check=True)
         with open(os.path.join(self.sandbox.root, 'etc/yum.repos.d/itself.repo'), 'w') as stream:
             stream.write('[itself]\nname=VYRE itself\nbaseurl=file://{}\nenabled=1\ngpgcheck=0\n'.format(repository))
-        # rpm itself says whether everything is there that the package needs.
+        # rpm checks that all dependencies of the package are installed.
         self.sandbox.rpm('--install', '--nosignature', *needed)
         self.sandbox.rpm('--install', '--nosignature', older)
         self.before = self.sandbox.installed()
-        # From here on it is the installed program that runs.
+        # From now on, the tests run the installed program.
         patch = mock.patch.dict(os.environ, VYRE_BINARY=os.path.join(self.sandbox.root, 'usr/bin/vyre'))
         patch.start()
         self.addCleanup(patch.stop)
         self.share = os.path.join(self.sandbox.root, 'usr/share/vyre')
 
     def build(self, release, directory):
-        """Pack what has been built; return the path of the rpm."""
+        """Make a package of the build; return the path of the rpm."""
         done = subprocess.run([TOOL, '-B', os.environ['VYRE_BUILD'], '-r', release, directory], check=True,
                               stdout=subprocess.PIPE, universal_newlines=True)
         path, = done.stdout.splitlines()
@@ -66,7 +66,7 @@ class ItselfTest(JourneyTest):
         names = ['vyre-{}-{}.x86_64'.format(version, release) for release in (1, 2)]
         with self.program(environment={'VYRESHARE': self.share}) as program:
             window = program.ready()
-            # The table of what can be updated is the one that a user sees first.
+            # The first view of the table lists the available updates.
             row = self.listed(window)
             self.assertEqual((row[1].split()[0], row[2:4]), (version + '-2', ('itself', 'x86_64')))
             labels = self.describe(window)
@@ -79,7 +79,7 @@ class ItselfTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=names[1:], gone=names[:1])
             self.assertEqual(self.sandbox.rpm('-V', '--nodigest', '--nosignature', 'vyre'), '')
-            # The program that has been replaced goes on with what it has.
+            # The running program still works after the update has replaced its files.
             window.show_all()
             row = self.listed(window)
             self.assertEqual((row[1].split()[0], row[2]), (version + '-2', '@System'))

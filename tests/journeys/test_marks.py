@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Rows are found and marked, in every way there is."""
+"""The user finds and marks rows, in every possible way."""
 import glob
 import os
 
@@ -22,7 +22,7 @@ class MarksTest(JourneyTest):
         for name, action in actions.items():
             window.wait_action(action, name)
 
-    def test_clicks_go_through_what_the_state_allows(self):
+    def test_clicks_cycle_through_the_possible_actions(self):
         with self.opened() as window:
             # Available, updatable, and installed without an update.
             for name, actions in (('pergola', ('install', 'none')), ('barometer', ('update', 'remove', 'none')),
@@ -32,12 +32,12 @@ class MarksTest(JourneyTest):
                 self.assertFalse(apply_enabled(window))
                 for number, action in enumerate(actions):
                     x, y = driver.place(window.visible_cell(name, driver.ACTION))
-                    # Two clicks at one place in quick succession are a double click.
+                    # Two quick clicks at the same place are a double click.
                     driver.click_at(x + (-8, 8)[number % 2], y)
                     window.wait_action(action, name)
                     wait_for(lambda wanted=action != 'none': apply_enabled(window) == wanted, 'the state of Apply')
 
-    def test_menu_offers_what_the_state_allows(self):
+    def test_menu_offers_the_possible_actions(self):
         with self.opened() as window:
             self.list_some(window, 'pergola', 'barometer', 'almanac')
             for name, chosen, action in (('pergola', 'i', 'install'), ('pergola', 'n', 'none'),
@@ -47,7 +47,7 @@ class MarksTest(JourneyTest):
                 window.action_menu(name)
                 window.press_in_menu(chosen)
                 window.wait_action(action, name)
-            # What is not offered does not close the menu, and does nothing.
+            # The letter of an action that the menu does not offer has no effect, and the menu stays open.
             for name, refused in (('pergola', 'ur'), ('barometer', 'i'), ('almanac', 'iu')):
                 for letter in refused:
                     window.action_menu(name)
@@ -116,7 +116,7 @@ class MarksTest(JourneyTest):
             self.list_some(window, 'pergola', 'barometer', 'almanac')
             for name in ('pergola', 'barometer', 'almanac'):
                 window.mark(name)
-            # One of them while it is not listed.
+            # One of the marked packages is not listed.
             self.list_some(window, 'pergola', 'barometer')
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
             window.click_button('Clear Actions')
@@ -126,7 +126,7 @@ class MarksTest(JourneyTest):
             self.list_some(window, 'pergola', 'barometer', 'almanac')
             self.check_actions(window, pergola='none', barometer='none', almanac='none')
 
-    def test_marks_that_are_not_listed_are_warned_of_and_applied(self):
+    def test_unlisted_marks_cause_a_warning_and_are_applied(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.assertEqual(window.warning(), '')
@@ -135,7 +135,7 @@ class MarksTest(JourneyTest):
             self.list_some(window, 'pergola', 'almanac')
             wait_for(lambda: window.warning() == '', 'the end of the warning')
             window.wait_action('install', 'pergola')
-            # The boxes of the filter row hide it as well.
+            # The view of the filter row also hides the marked package.
             window.choose(1, 'View Removable')
             window.wait_names(['almanac'])
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
@@ -168,7 +168,7 @@ class FilterRowTest(JourneyTest):
             window.wait_names(['moonbridge'])
             window.set_filter('.*amberfont-s.*')
             window.wait_names(['amberfont-sans', 'amberfont-serif'])
-            # An expression that cannot be understood finds nothing.
+            # An invalid expression matches no rows.
             window.set_filter('(')
             window.wait_names([])
             window.set_filter('')
@@ -192,7 +192,7 @@ class FilterRowTest(JourneyTest):
             window.set_checked('Include Groups', True)
             window.wait_names(['libmoss', 'Games'])
 
-    def test_search_finds_a_file_of_a_package_which_is_then_installed(self):
+    def test_a_package_found_by_its_file_is_installed(self):
         with self.opened() as window:
             window.set_filter('/usr/bin/inkwell-modern')
             window.wait_names([])
@@ -205,7 +205,7 @@ class FilterRowTest(JourneyTest):
             window.wait_names(['inkwell-modern'])
             self.assertEqual([row[2] for row in window.rows()], ['@System'])
 
-    def test_refresh_shows_what_was_installed_meanwhile(self):
+    def test_refresh_shows_a_package_that_another_program_has_installed(self):
         with self.opened() as window:
             window.set_filter('^pergola ')
             window.wait_names(['pergola'])
@@ -216,7 +216,7 @@ class FilterRowTest(JourneyTest):
             window.click_button('Refresh')
             wait_for(lambda: [row[2] for row in window.rows()] == ['@System'], 'the installed package')
             window.wait_ready()
-            # It can be removed now.
+            # The package can be removed now.
             window.mark('pergola')
             window.wait_action('remove', 'pergola')
             self.carry_out(window)

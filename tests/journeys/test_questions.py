@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The questions before a transaction: whether to go on at all, and what the answers do."""
+"""The questions before a transaction, and the effects of each answer."""
 import contextlib
 
 import journey
@@ -21,7 +21,7 @@ class ConfirmationTest(JourneyTest):
             log = self.read_log(window)
             self.assertIn('Not Applying: Canceled', log)
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
-            # It can be applied after all.
+            # The mark can still be applied.
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
@@ -36,7 +36,7 @@ class ConfirmationTest(JourneyTest):
 
 
 class ConflictTest(JourneyTest):
-    """A group is marked for one thing, and a package of it for another."""
+    """A group and one of its packages are marked for different actions."""
 
     def ask(self, window, group, package, texts, clicks=1):
         """Mark both and press Apply; return the question."""
@@ -64,15 +64,15 @@ class ConflictTest(JourneyTest):
             window.wait_action('remove', 'cormorant-fetch')
 
     @needs_groups
-    def test_no_changes_nothing_and_keeps_the_marks(self):
+    def test_answering_no_changes_nothing_and_keeps_the_marks(self):
         self.check_declined(lambda question: question.click_button('No'))
 
     @needs_groups
-    def test_escape_is_no(self):
+    def test_escape_means_no(self):
         self.check_declined(lambda question: driver.key('Escape'))
 
     @needs_groups
-    def test_enter_is_no(self):
+    def test_enter_means_no(self):
         self.check_declined(lambda question: driver.key('Return'))
 
     def accept_conflict(self, window, question):
@@ -83,7 +83,7 @@ class ConflictTest(JourneyTest):
                           if dialog.title == 'Apply' and dialog.buttons() == ['OK', 'Cancel']), None), 'the listing')
 
     @needs_groups
-    def test_yes_to_the_removal_of_a_package_of_an_updated_group(self):
+    def test_answering_yes_removes_a_package_of_an_updated_group(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Weaving', 'loomctl', ('Update', 'Update', 'Remove'), clicks=2)
             dialog = self.accept_conflict(window, question)
@@ -92,7 +92,7 @@ class ConflictTest(JourneyTest):
             self.check_changed(gone=['loomctl-1.0-1.x86_64'])
 
     @needs_groups
-    def test_yes_to_the_installation_of_a_package_of_a_removed_group(self):
+    def test_answering_yes_installs_a_package_of_a_removed_group(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             dialog = self.accept_conflict(window, question)
@@ -104,7 +104,7 @@ class ConflictTest(JourneyTest):
                                gone=['easel-1.1-1.noarch', 'palette-knife-1.0-1.noarch'])
 
     @needs_groups
-    def test_listing_can_be_canceled_after_a_yes(self):
+    def test_listing_can_be_canceled_after_answering_yes(self):
         with self.opened('--groups') as window:
             question = self.ask(window, 'Arts', 'varnish-coat', ('Remove', 'Install', 'Install'))
             self.accept_conflict(window, question).click_button('Cancel')
@@ -115,11 +115,11 @@ class ConflictTest(JourneyTest):
 
 
 class ImpossibleTest(JourneyTest):
-    """One of two updates needs a library that does not exist."""
+    """One of two updates needs a missing library."""
 
     @contextlib.contextmanager
     def asked(self):
-        """Mark both and press Apply; gives the window and the question."""
+        """Mark both packages and press Apply; yields the window and the question."""
         with self.opened() as window:
             window.mark_listed('tidewatch')
             window.mark_listed('anvil-make')
@@ -135,7 +135,7 @@ class ImpossibleTest(JourneyTest):
             self.picture('impossible')
             yield window, question
 
-    def test_yes_applies_the_rest_and_keeps_the_mark(self):
+    def test_answering_yes_applies_the_other_marks_and_keeps_the_impossible_one(self):
         with self.asked() as (window, question):
             question.click_button('Yes')
             dialog = window.program.window('Apply')
@@ -147,7 +147,7 @@ class ImpossibleTest(JourneyTest):
             window.wait_action('update', 'tidewatch')
             window.wait_action('none', 'anvil-make')
 
-    def test_no_changes_nothing_and_keeps_the_marks(self):
+    def test_answering_no_changes_nothing_and_keeps_the_marks(self):
         with self.asked() as (window, question):
             question.click_button('No')
             window.program.no_window('Query')

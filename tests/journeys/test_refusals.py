@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Transactions that the package manager refuses, or that fail half-way."""
+"""Transactions that the package manager refuses, or that fail after they have begun."""
 import fcntl
 import os
 import subprocess
@@ -11,7 +11,7 @@ from journey import JourneyTest
 class RefusalTest(JourneyTest):
 
     def check_unresolvable(self, names, action, *texts, picture=None):
-        """The marks cannot be applied: one message tells why, nothing changes, and the marks stay."""
+        """The marks cannot be applied: one message gives the reason, nothing changes, and the marks stay."""
         with self.opened() as window:
             for name in names:
                 window.mark_listed(name)
@@ -24,14 +24,14 @@ class RefusalTest(JourneyTest):
             self.check_usable(window)
             self.assertIn('Unable to apply changes', self.read_log(window))
 
-    def test_dependency_that_nothing_provides(self):
+    def test_missing_dependency(self):
         self.check_unresolvable(['moonbridge'], 'install', 'libtide.so.9', picture='unresolvable-dependency')
 
-    def test_update_whose_dependency_nothing_provides(self):
+    def test_update_with_a_missing_dependency(self):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
     def test_packages_that_conflict_with_each_other(self):
-        """It is the user who decides whether one of them is left out."""
+        """The user decides whether the program leaves out one of them."""
         with self.opened() as window:
             for name in ('tern-mta', 'gull-mta'):
                 window.mark_listed(name)
@@ -47,7 +47,7 @@ class RefusalTest(JourneyTest):
     def test_package_that_conflicts_with_an_installed_one(self):
         self.check_unresolvable(['sandstone'], 'install', 'conflicts with libgranite')
 
-    def test_another_transaction_after_a_refused_one(self):
+    def test_next_transaction_after_a_refused_one(self):
         with self.opened() as window:
             window.mark_listed('moonbridge')
             window.click_button('Apply Actions')
@@ -61,7 +61,7 @@ class RefusalTest(JourneyTest):
 
 
 class OtherProgramTest(JourneyTest):
-    """Another program works with packages at the same time."""
+    """Another program uses the packages at the same time."""
 
     def test_system_changed_since_the_packages_were_read(self):
         with self.opened() as window:
@@ -74,7 +74,7 @@ class OtherProgramTest(JourneyTest):
                                'Unable to apply changes', picture='changed-by-another')
             window.wait_ready()
             self.check_changed(gone=['almanac-1.9-1.noarch'])
-            # The table shows the system as it is now; the marks that still make sense have stayed.
+            # The table shows the current system, and has kept the marks that are still possible.
             window.show_all()
             for name, action in (('almanac', 'none'), ('pergola', 'install'), ('birch-log', 'remove')):
                 window.set_filter('^' + name + ' ')
@@ -84,7 +84,7 @@ class OtherProgramTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'], gone=['almanac-1.9-1.noarch', 'birch-log-3.0-1.x86_64'])
             self.assertNotIn('did not come to its end', self.read_log(window))
 
-    def test_database_in_use(self):
+    def test_package_database_is_in_use(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -111,7 +111,7 @@ class OtherProgramTest(JourneyTest):
 class FailureTest(JourneyTest):
 
     def fail(self, window, names, *texts, picture=None):
-        """Apply marks whose transaction fails after the confirmation; one message tells why."""
+        """Apply marks whose transaction fails after the confirmation; one message gives the reason."""
         for name in names:
             window.mark_listed(name)
         window.accept(window.apply())
@@ -143,17 +143,17 @@ class FailureTest(JourneyTest):
             self.fail(window, ['stickyburr'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_unchanged()
 
-    def test_rest_of_a_transaction_is_done_and_shown(self):
+    def test_other_packages_of_a_failed_transaction_are_changed_and_shown(self):
         with self.opened() as window:
             self.fail(window, ['stickyburr', 'pergola'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_changed(new=['pergola-6.1-1.x86_64'])
-            # The table shows what was done.
+            # The table shows the new state.
             window.set_filter('^pergola ')
             window.wait_names(['pergola'])
             self.assertEqual([row[2] for row in window.rows()], ['@System'])
             self.assertEqual(window.action('pergola'), 'none')
 
-    def test_scriptlet_that_fails_too_late_to_prevent_anything(self):
+    def test_scriptlet_that_fails_after_the_installation(self):
         with self.opened() as window:
             window.mark_listed('limpgate')
             self.carry_out(window)

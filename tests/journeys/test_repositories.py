@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The user decides which repositories are used, and changes their configuration."""
+"""The user enables and disables repositories, and changes their configuration."""
 import os
 import shutil
 
@@ -7,7 +7,8 @@ import editing
 from editing import PERMANENT, SESSION, UNAPPLIED, EditingTest, Editor
 from journey import driver, wait_for
 
-# Of the repositories sandbox-updates and sandbox-http, sandbox-file, sandbox-disabled and sandbox-http.
+# abacus-cli is in sandbox-updates and sandbox-http, hedgerow in sandbox-file, hidden-gem in sandbox-disabled, and
+# pergola in sandbox-http.
 USUAL = ['abacus-cli', 'hedgerow', 'pergola']
 ALL = ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola']
 
@@ -16,7 +17,7 @@ IDENTIFIERS = ['sandbox-disabled', 'sandbox-file', 'sandbox-http', 'sandbox-sign
 
 
 class UseTest(EditingTest):
-    """Repositories are switched on and off."""
+    """The user enables and disables repositories."""
 
     def test_disabled_for_the_session(self):
         files = self.files()
@@ -27,7 +28,7 @@ class UseTest(EditingTest):
             editor.wait_on(True, 'sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
-            # What is for the session needs no Apply.
+            # A change for the session only needs no Apply.
             self.assertEqual(editor.status(), '')
             self.assertFalse(driver.enabled(editor.button('Apply')))
             editor.close('OK')
@@ -41,7 +42,7 @@ class UseTest(EditingTest):
             self.check_listed(window, USUAL)
             self.assertEqual(self.files(), files)
 
-    def test_there_and_back_again_reads_the_packages_anew(self):
+    def test_two_changes_that_cancel_out_still_read_the_packages_again(self):
         with self.opened() as window:
             count = self.requests_from_now()
             editor = self.edit(window)
@@ -53,12 +54,12 @@ class UseTest(EditingTest):
             editor.toggle('sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
-            # The window is usable for a moment before it reads them.
+            # For a moment, the window is usable before it reads the packages.
             wait_for(lambda: len(self.sandbox.server.paths()) > count, 'the packages to be read')
             window.wait_ready()
             self.check_listed(window, USUAL)
 
-    def test_disabled_one_is_enabled_for_the_session(self):
+    def test_disabled_repository_is_enabled_for_the_session(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)
@@ -70,13 +71,13 @@ class UseTest(EditingTest):
             self.carry_out(window)
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.assertEqual(self.files(), files)
-        # The next session knows nothing of it.
+        # The next session does not use this setting.
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', SESSION)
             editor.close('Cancel')
 
-    def test_disabled_one_is_enabled_for_good(self):
+    def test_disabled_repository_is_enabled_permanently(self):
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', PERMANENT)
@@ -87,7 +88,7 @@ class UseTest(EditingTest):
             editor.click_button('Apply')
             editor.wait_status('')
             self.assertTrue(editor.is_on('sandbox-disabled', PERMANENT))
-            # The session goes on with what it had.
+            # The setting of the session has not changed.
             self.assertFalse(editor.is_on('sandbox-disabled', SESSION))
             files[self.repo_path('sandbox-disabled.repo')] = text.replace('enabled=0', 'enabled=1').encode()
             self.assertEqual(self.files(), files)
@@ -99,9 +100,9 @@ class UseTest(EditingTest):
 
 
 class OwnFileTest(EditingTest):
-    """The only main file is that of dnf itself, as current systems have it."""
+    """The only main file is dnf's own, as on current systems."""
 
-    def test_repository_is_enabled_and_an_unsigned_package_refused(self):
+    def test_repository_is_enabled_and_unsigned_package_refused(self):
         root = self.sandbox.root
         own = os.path.join(root, 'etc/dnf/dnf.conf')
         os.makedirs(os.path.dirname(own), exist_ok=True)
@@ -114,7 +115,7 @@ class OwnFileTest(EditingTest):
         with open(own) as stream:
             text = stream.read()
         with self.opened() as window:
-            # No message stands in the way, and the package that the file excludes is not available.
+            # No message is shown, and the package that the file excludes is not available.
             self.check_listed(window, ['abacus-cli', 'hedgerow'])
             editor = self.edit(window)
             self.assertEqual(editor.identifiers(), IDENTIFIERS)
@@ -137,9 +138,9 @@ class OwnFileTest(EditingTest):
 
 
 class ChangesTest(EditingTest):
-    """The configuration is changed."""
+    """The user changes the configuration of repositories."""
 
-    def test_added_repository_gives_its_packages(self):
+    def test_packages_of_an_added_repository_are_listed(self):
         copy = os.path.join(self.scratch, 'copy')
         shutil.copytree(self.sandbox.repository('sandbox-disabled'), copy)
         with self.opened() as window:
@@ -178,7 +179,7 @@ class ChangesTest(EditingTest):
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
 
     def change(self, editor):
-        """Change something of every kind."""
+        """Make one change of every kind."""
         editor.toggle('sandbox-file', SESSION)
         editor.toggle('sandbox-http', PERMANENT)
         form = editor.form('Edit', 'sandbox-signed')
@@ -199,7 +200,7 @@ class ChangesTest(EditingTest):
         for name in ('Reset All', 'Apply'):
             self.assertFalse(driver.enabled(editor.button(name)))
 
-    def test_changes_are_reset_and_canceled(self):
+    def test_changes_can_be_reset_and_canceled(self):
         with self.opened() as window:
             files = self.files()
             count = self.requests_from_now()
@@ -214,7 +215,7 @@ class ChangesTest(EditingTest):
             self.assertEqual(len(self.sandbox.server.paths()), count)
             editor = self.edit(window)
             self.check_as_before(editor)
-            # The form of one repository can be reset and canceled too.
+            # The form of a single repository can also be reset and canceled.
             form = editor.form('Edit', 'sandbox-signed')
             form.set('Name', 'Renamed')
             form.click_button('Reset')
@@ -246,7 +247,7 @@ class ChangesTest(EditingTest):
             files[self.repo_path('many.repo')] = '\n'.join([sections[0], sections[3], sections[4]]).encode()
             self.assertEqual(self.files(), files)
 
-    def test_file_goes_with_its_last_repository(self):
+    def test_file_is_removed_with_its_last_repository(self):
         with self.opened() as window:
             files = self.files()
             editor = self.edit(window)
@@ -258,7 +259,7 @@ class ChangesTest(EditingTest):
             del files[self.repo_path('sandbox-file.repo')]
             self.assertEqual(self.files(), files)
 
-    def test_identifier_given_twice(self):
+    def test_two_repositories_with_the_same_identifier(self):
         with self.opened() as window:
             files = self.files()
             editor = self.edit(window)
@@ -287,24 +288,24 @@ class BrokenFileTest(EditingTest):
 
     MESSAGE = 'Malformed section name in line: [broken; errno = '
 
-    def check_told(self, program):
+    def check_reported(self, program):
         dialog = self.read_dialog(program, 'VYRE Repository Editor Error', self.MESSAGE)
         self.assertTrue(dialog.text().endswith(').'), dialog.text())
         self.close_dialog(program, dialog)
 
-    def test_while_the_program_runs(self):
+    def test_file_broken_while_the_program_runs(self):
         with self.opened() as window:
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
             files = self.files()
             driver.key('ctrl+e')
-            self.check_told(window.program)
+            self.check_reported(window.program)
             self.check_usable(window)
             self.assertEqual(window.program.titles(), [driver.main_title()])
             self.assertEqual(self.files(), files)
-            # Packages can still be installed from what was read before.
+            # The program can still install packages of the repositories that it read before.
             window.mark_listed('hedgerow')
             window.accept(window.apply())
-            self.check_told(window.program)
+            self.check_reported(window.program)
             window.wait_ready()
             self.check_changed(new=['hedgerow-4.0-1.noarch'])
             os.unlink(self.repo_path('broken.repo'))
@@ -312,15 +313,15 @@ class BrokenFileTest(EditingTest):
             self.assertEqual(editor.identifiers(), IDENTIFIERS)
             editor.close('OK')
 
-    def test_while_the_editor_is_open(self):
+    def test_file_broken_while_the_editor_is_open(self):
         with self.opened() as window:
             editor = self.edit(window)
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
             files = self.files()
             editor.toggle('sandbox-file', PERMANENT)
             editor.click_button('Reset All')
-            self.check_told(window.program)
-            # What was not read must not be lost by writing the rest.
+            self.check_reported(window.program)
+            # Writing the other repositories must not delete the unread ones.
             os.unlink(self.repo_path('broken.repo'))
             del files[self.repo_path('broken.repo')]
             editor.click_button('Cancel')
@@ -338,23 +339,23 @@ class OptionsTest(EditingTest):
         with self.subTest(options=options), self.opened(*options) as window:
             self.check_listed(window, names)
 
-    def test_patterns(self):
+    def test_patterns_of_the_options(self):
         files = self.files()
         self.check_options(['abacus-cli', 'pergola'], '--disablerepo=sandbox-file')
         self.check_options(ALL, '--enablerepo', 'sandbox-d*d', '--disablerepo=SANDBOX-*', '--disablerepo=sandbox')
-        # The last one that fits wins. What is installed is always listed.
+        # The last matching pattern wins. Installed packages are always listed.
         self.check_options(['abacus-cli', 'hedgerow', 'hidden-gem'], '--disablerepo=*', '--enablerepo=sandbox-[df]i*')
         self.check_options(['abacus-cli', 'hedgerow'], '--enablerepo=sandbox-[df]i*', '--disablerepo=sandbox-d*',
                            '--disablerepo=sandbox-[hu]*')
         self.assertEqual(self.files(), files)
 
-    def test_patterns_are_for_the_session(self):
+    def test_patterns_count_for_the_session_only(self):
         with self.opened('--disablerepo=sandbox-file') as window:
             self.check_listed(window, ['abacus-cli', 'pergola'])
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-file', SESSION)
             self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
-            # The user has the last word, also when the files are read again.
+            # The user's choice replaces the option, even when the program reads the files again.
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
             self.check_listed(window, USUAL)
@@ -363,13 +364,13 @@ class OptionsTest(EditingTest):
 
 
 class StartTest(EditingTest):
-    """The program starts with the editor."""
+    """The program opens the editor when it starts."""
 
     def check_nothing_read(self, program):
         self.assertEqual(self.sandbox.server.paths(), [])
         self.assertNotIn('Refresh', program.main().buttons())
 
-    def test_editor_comes_before_the_packages(self):
+    def test_editor_is_shown_before_the_packages_are_read(self):
         for option in ('-r', '--repo-editor'):
             with self.subTest(option=option), self.program(option) as program:
                 editor = Editor(program)
@@ -382,7 +383,7 @@ class StartTest(EditingTest):
                 window = program.ready()
                 window.show_all()
                 self.check_listed(window, ['abacus-cli', 'hidden-gem', 'pergola'])
-                # Packages are read again only for a change, now that they are known.
+                # Now the program reads the packages again only after a change.
                 count = self.requests_from_now()
                 self.edit(window).close('OK')
                 self.assertEqual(len(self.sandbox.server.paths()), count)
@@ -390,7 +391,7 @@ class StartTest(EditingTest):
                 self.sandbox.server.requests.clear()
 
     def check_closed(self, close):
-        """Closing the editor in whatever way lists the packages."""
+        """After the editor is closed in this way, the packages are listed."""
         with self.program('-r') as program:
             editor = Editor(program)
             editor.toggle('sandbox-file', SESSION)
@@ -402,7 +403,7 @@ class StartTest(EditingTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_canceled(self):
+    def test_canceled_editor_changes_nothing(self):
         files = self.files()
         with self.program('-r') as program:
             editor = Editor(program)
@@ -414,10 +415,10 @@ class StartTest(EditingTest):
             self.quit(window)
         self.assertEqual(self.files(), files)
 
-    def test_closed_by_the_window_manager(self):
+    def test_editor_closed_by_the_window_manager(self):
         self.check_closed(lambda editor: driver.key('alt+F4'))
 
-    def test_escape(self):
+    def test_editor_closed_by_escape(self):
         self.check_closed(lambda editor: driver.key('Escape'))
 
 

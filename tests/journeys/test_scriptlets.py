@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What scriptlets print is logged, and processes that end during a transaction do not disturb it."""
+"""The log has the output of scriptlets. Processes that end during a transaction do not disturb it."""
 import os
 import shutil
 
@@ -9,7 +9,7 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 class OutputTest(JourneyTest):
 
-    def test_much_on_both_streams(self):
+    def test_much_output_on_both_streams(self):
         with self.opened() as window:
             window.mark_listed('loudhailer')
             self.carry_out(window)
@@ -22,7 +22,7 @@ class OutputTest(JourneyTest):
             self.check_usable(window)
         self.check_consistent()
 
-    def test_much_while_the_log_is_shown(self):
+    def test_much_output_while_the_log_is_shown(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/loudhailer-1.0-1.noarch.rpm'] = gate
         with self.opened() as window:
@@ -40,7 +40,7 @@ class OutputTest(JourneyTest):
             for stream in ('stdout', 'stderr'):
                 self.assertEqual(text.count('\nloudhailer: {} line '.format(stream)), 6000)
 
-    def test_without_a_line_feed_at_the_end(self):
+    def test_output_without_a_line_feed_at_the_end(self):
         with self.opened() as window:
             window.mark_listed('halfline')
             window.mark_listed('chatterbox')
@@ -68,7 +68,7 @@ class ProcessTest(JourneyTest):
             glutton.wait_waiting()
             self.assertTrue(nightwatch.is_waiting())
             nightwatch.let_go()
-            wait_for(lambda: not nightwatch.is_waiting(), 'the end of what the scriptlet has left behind')
+            wait_for(lambda: not nightwatch.is_waiting(), 'the end of the process of the scriptlet')
             glutton.let_go()
             window.wait_ready()
             self.check_changed(new=['nightwatch-1.0-1.noarch', 'glutton-1.0-1.noarch'])
@@ -82,13 +82,13 @@ class ProcessTest(JourneyTest):
             self.carry_out(window)
             self.assertTrue(nightwatch.is_waiting())
             self.check_changed(new=['nightwatch-1.0-1.noarch'])
-            # It keeps nothing of the program's: neither the next transaction nor the end is in its way.
+            # It does not hold resources of the program, and prevents neither the next transaction nor the end.
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['nightwatch-1.0-1.noarch', 'pergola-6.1-1.x86_64'])
             self.assertTrue(nightwatch.is_waiting())
             nightwatch.let_go()
-            wait_for(lambda: not nightwatch.is_waiting(), 'the end of what the scriptlet has left behind')
+            wait_for(lambda: not nightwatch.is_waiting(), 'the end of the process of the scriptlet')
 
     def test_browsers_end_during_the_transaction(self):
         share = os.path.join(self.scratch, 'share')

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Packages of a repository that signs them."""
+"""Packages of a repository with signatures."""
 import journey
 from journey import JourneyTest, driver
 
@@ -33,7 +33,7 @@ class SignatureTest(JourneyTest):
             self.assertEqual(len(self.keys()), 1)
             self.assertEqual(program.titles(), [driver.main_title()])
             self.assertIn('Confirmation: Yes', self.read_log(window))
-            # The key is known now.
+            # The key is imported now.
             window.mark_listed('wax-candle')
             window.accept(window.apply())
             window.wait_ready()
@@ -86,7 +86,7 @@ class SignatureTest(JourneyTest):
             window.show_all()
             window.mark_listed('wax-forged')
             window.accept(window.apply())
-            # The repository's key is offered, and does not help.
+            # The program asks to import the key of the repository, but this key did not sign the package.
             query = self.read_dialog(program, 'Query', 'Import the signing key 0x')
             query.click_button('Yes')
             program.no_window('Query')

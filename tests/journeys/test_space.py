@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""There is no space left on the device."""
+"""The device has no space left."""
 import os
 import sys
 import unittest
@@ -18,21 +18,21 @@ GLUTTON = 'glutton-1.0-1.noarch'
 class SpaceTest(JourneyTest):
 
     def small(self, path):
-        """A file system of its own, with plenty of space so far, for a directory of the managed system."""
+        """Mount a file system over a directory of the managed system. At first it has plenty of space."""
         path = os.path.normpath(os.path.join(self.sandbox.root, path))
         filesystems.mount_small(path, PLENTY)
         self.addCleanup(filesystems.unmount, path)
         return path
 
     def check_applies(self, window, name, package):
-        """Once there is space again, the mark that has stayed can be applied."""
+        """The mark has stayed. When the device has space again, it can be applied."""
         window.set_filter('^{} '.format(name))
         window.wait_names([name])
         window.wait_action('install', name)
         self.carry_out(window)
         self.check_changed(new=[package])
 
-    def test_download(self):
+    def test_no_space_for_the_download(self):
         cache = self.small('var/cache')
         with self.opened() as window:
             window.mark_listed('gargantua')
@@ -49,12 +49,12 @@ class SpaceTest(JourneyTest):
             self.check_applies(window, 'gargantua', GARGANTUA)
         self.check_consistent()
 
-    def test_too_little_for_the_files(self):
+    def test_too_little_space_for_the_files(self):
         root = self.small('')
         with self.opened() as window:
             window.mark_listed('gargantua')
             dialog = window.apply()
-            # Enough for the downloaded package.
+            # This is enough space for the downloaded package.
             filesystems.resize(root, 10 << 10)
             window.accept(dialog)
             self.check_message(window.program, YUM_ERROR, 'At least ', 'MB more space needed on the / filesystem',
@@ -66,9 +66,9 @@ class SpaceTest(JourneyTest):
             self.check_applies(window, 'gargantua', GARGANTUA)
         self.check_consistent()
 
-    # Here all is well at the check; then something else takes the space.
+    # In these tests, the check before the transaction finds enough space. The space is used up later.
 
-    def test_transaction(self):
+    def test_space_runs_out_during_the_transaction(self):
         root = self.small('')
         glutton = self.waiting('glutton')
         with self.opened() as window:
@@ -87,13 +87,13 @@ class SpaceTest(JourneyTest):
             self.assertFalse(os.path.exists(os.path.join(root, 'usr/share/glutton/noise.bin')))
             self.assertIn(' kB left for {}/'.format(root), self.read_log(window))
             filesystems.resize(root, PLENTY)
-            # What failed may have changed the system: it was collected anew, without marks.
+            # The failed transaction may have changed the system. So the program has collected again, without marks.
             window.mark_listed('glutton')
             self.carry_out(window)
             self.check_changed(new=[GLUTTON])
         self.check_consistent()
 
-    def test_database(self):
+    def test_no_space_for_the_package_database(self):
         database = self.small('var/lib/rpm')
         glutton = self.waiting('glutton')
         with self.program() as program:
@@ -116,14 +116,14 @@ class SpaceTest(JourneyTest):
             window.mark_listed('birch-log')
             self.carry_out(window)
             self.check_changed(new=[GLUTTON], gone=['birch-log-3.0-1.x86_64'])
-            # rpm complains to its standard error.
+            # rpm has written messages to standard error, so the usual check of the end does not apply.
             driver.key('ctrl+q')
             self.assertEqual(window.program.wait(), 0)
         self.check_consistent()
 
 
 if __name__ == '__main__':
-    # What the tests mount is seen by them and the program alone.
+    # Only the tests and the program see the mounted file systems.
     try:
         filesystems.isolate()
     except unittest.SkipTest as e:

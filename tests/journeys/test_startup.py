@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The command line, the environment and the style that the program starts with."""
+"""The command line, the environment and the style at the start of the program."""
 import os
 import resource
 import shutil
@@ -41,8 +41,7 @@ def no_core():
 
 
 class RefusedTest(unittest.TestCase):
-    """Runs that end before a window is shown. The managed root is a directory that does not exist, and must not
-    exist afterwards."""
+    """Runs that end before a window is shown. The managed root is a missing directory, and must not be created."""
 
     def setUp(self):
         self.scratch = tempfile.mkdtemp(prefix='startup.')
@@ -61,7 +60,7 @@ class RefusedTest(unittest.TestCase):
         return done
 
     def check_usage(self, *arguments, error='', **options):
-        """The program prints this one line, if any, and the usage, and ends with status 1."""
+        """The program prints this error, if one is given, and the usage. It ends with status 1."""
         with self.subTest(arguments=arguments):
             done = self.run_program(*arguments, **options)
             name = os.path.basename(options.get('binary') or os.environ['VYRE_BINARY'])
@@ -75,7 +74,7 @@ class RefusedTest(unittest.TestCase):
                           ['-s', 'all', '--help', 'left over']):
             self.check_usage(*arguments)
 
-    def test_first_of_help_and_error_counts(self):
+    def test_first_of_help_and_error_decides(self):
         self.check_usage('-h', '-s', 'x')
         self.check_usage('-s', 'x', '-h', error='unrecogized argument to -s/--state option: x')
 
@@ -96,7 +95,7 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('-sx', error=text + 'x')
         self.check_usage('--state', '--log', error=text + '--log')
 
-    def test_good_argument_does_not_make_up_for_a_bad_one(self):
+    def test_valid_argument_does_not_hide_an_invalid_one(self):
         self.check_usage('-s', 'x', '-s', 'all', error='unrecogized argument to -s/--state option: x')
         self.check_usage('-s', 'all', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
@@ -109,17 +108,17 @@ class RefusedTest(unittest.TestCase):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
         self.check_usage('-glx', error='unrecognized option letter: x')
 
-    def test_letter_without_its_argument(self):
+    def test_letter_with_a_missing_argument(self):
         for letter, name in (('m', 'mode'), ('e', 'regexp'), ('s', 'state')):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('-g', '-l' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('--' + name, error='unrecognized option letter: ' + letter)
 
-    def test_long_option_without_its_argument_that_has_no_letter(self):
+    def test_long_option_without_a_letter_and_with_a_missing_argument(self):
         for option in ('--disablerepo', '--enablerepo'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_argument_of_an_option_that_takes_none(self):
+    def test_argument_for_an_option_without_arguments(self):
         for letter, name in (('h', 'help'), ('g', 'groups'), ('r', 'repo-editor'), ('l', 'log')):
             self.check_usage('--' + name + '=x', error='unrecognized option letter: ' + letter)
         self.check_usage('--duplicates=x', error='unrecogized option: --duplicates=x')
@@ -133,7 +132,7 @@ class RefusedTest(unittest.TestCase):
         for option in ('--re', '--d', '--re=x'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_left_over_argument(self):
+    def test_superfluous_argument(self):
         self.check_usage('foo', error='unrecognized argument: foo')
         self.check_usage('foo', 'bar', error='unrecognized argument: foo')
         self.check_usage('-g', 'foo', error='unrecognized argument: foo')
@@ -142,11 +141,11 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('--', 'foo', error='unrecognized argument: foo')
         self.check_usage('--', '-h', error='unrecognized argument: -h')
 
-    def test_options_after_a_left_over_argument_are_not_looked_at(self):
+    def test_options_after_a_superfluous_argument_are_ignored(self):
         self.check_usage('foo', '-h', error='unrecognized argument: foo')
         self.check_usage('foo', '-s', 'x', error='unrecognized argument: foo')
 
-    def test_arguments_are_printed_as_they_are(self):
+    def test_arguments_are_printed_unchanged(self):
         self.check_usage(b'fo\xff\xc3\xa4o', error='unrecognized argument: ' + os.fsdecode(b'fo\xff\xc3\xa4o'))
         self.check_usage('-s', '%s%n%d', error='unrecogized argument to -s/--state option: %s%n%d')
         self.check_usage('x' * 5000, error='unrecognized argument: ' + 'x' * 5000)
@@ -156,15 +155,15 @@ class RefusedTest(unittest.TestCase):
         os.symlink(os.environ['VYRE_BINARY'], link)
         self.check_usage('--help', binary=link)
         self.check_usage('foo', binary=link, error='unrecognized argument: foo')
-        # Without a directory, as a shell passes it.
+        # A shell passes the name without a directory.
         self.check_usage('foo', binary='bare', executable=os.environ['VYRE_BINARY'],
                          error='unrecognized argument: foo')
 
-    def test_options_of_the_toolkit_are_taken_out_first(self):
+    def test_options_of_the_toolkit_are_removed_first(self):
         self.check_usage('-style', 'windows', 'foo', error='unrecognized argument: foo')
         self.check_usage('-style=windows', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
-    def test_help_that_nobody_can_read(self):
+    def test_help_that_cannot_be_written(self):
         with open('/dev/full', 'wb') as full:
             done = self.run_program('--help', stdout=full)
         self.assertEqual((done.returncode, done.stderr), (1, b''))
@@ -187,7 +186,7 @@ class RefusedTest(unittest.TestCase):
 
 
 class OptionsTest(JourneyTest):
-    """What the options do to the window."""
+    """The effects of the options on the window."""
 
     DEFAULTS = {'mode': 'Filter', 'expression': '.*', 'state': 'View Updatable', 'duplicates': True, 'groups': False}
 
@@ -197,7 +196,7 @@ class OptionsTest(JourneyTest):
                 'groups': driver.checked(window.check_box('Include Groups'))}
 
     def check_settings(self, *arguments, names=None, count=None, **changed):
-        """The settings are the usual ones except for these; so are the rows that are listed."""
+        """All settings but these have their defaults, and the table lists these names."""
         with self.subTest(arguments=arguments), self.program(*arguments) as program:
             window = program.ready()
             self.assertEqual(self.settings(window), dict(self.DEFAULTS, **changed))
@@ -224,7 +223,7 @@ class OptionsTest(JourneyTest):
             groups = arguments[0] == '-gs'
             self.check_settings(*arguments, state='View Removable', groups=groups)
 
-    def test_state_is_what_is_listed(self):
+    def test_state_decides_which_packages_are_listed(self):
         expression = '^abacus-cli |^pergola |^cinder-backup '
         self.check_settings('-e', expression, expression=expression, names=['abacus-cli'])
         self.check_settings('-si', '-e', expression, expression=expression, state='View Installable',
@@ -248,8 +247,8 @@ class OptionsTest(JourneyTest):
         self.check_settings('--regexp', '-sall', expression='-sall', names=[])
         self.check_settings('-e', 'häßlich %s', expression='häßlich %s', names=[])
 
-    def test_regexp_is_searched_for_from_the_start(self):
-        # A file of one package, which no column of the table shows.
+    def test_search_starts_with_the_expression_of_the_option(self):
+        # This is part of the path of one package's file. No column of the table contains it.
         expression = 'bin/pergola'
         for arguments in (['-m', 'search', '-e', expression], ['-e', expression, '-m', 'search']):
             self.check_settings(*arguments, '-s', 'all', mode='Search', expression=expression, state='View All',
@@ -272,13 +271,13 @@ class OptionsTest(JourneyTest):
             self.check_settings(option, '-si', '-e', expression, state='View Installable', expression=expression,
                                 groups=True, names=['Games'])
 
-    def test_last_of_an_option_given_twice_wins(self):
+    def test_last_of_two_equal_options_wins(self):
         self.check_settings('-sa', '-mf', '-e', 'x', '--state=u', '--mode=s', '--regexp=^abacus', '-s', 'r',
                             state='View Removable', mode='Search', expression='^abacus')
         self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)
 
     @needs_groups
-    def test_all_options_that_the_filter_row_shows(self):
+    def test_all_options_of_the_filter_row_together(self):
         expression = '^(libmoss|Games)( |$)'
         for arguments in (['-m', 'f', '-e', expression, '-s', 'a', '--duplicates', '-g'],
                           ['-gsall', '--duplicates', '-mfilter', '-e' + expression],
@@ -298,7 +297,7 @@ class OptionsTest(JourneyTest):
                 program.no_window('VYRE Log')
                 self.quit(window)
 
-    def test_log_window_is_there_while_packages_are_collected(self):
+    def test_log_window_is_shown_while_packages_are_collected(self):
         gate = journey.Gate()
         self.sandbox.server.faults['/sandbox-http/repodata/repomd.xml'] = gate
         with self.program('-l') as program:
@@ -312,7 +311,7 @@ class OptionsTest(JourneyTest):
             program.no_window('VYRE Log')
             self.quit(window)
 
-    def test_quitting_takes_the_log_window_along(self):
+    def test_quitting_closes_the_log_window(self):
         with self.program('-l') as program:
             program.ready()
             program.window('VYRE Log')
@@ -333,7 +332,7 @@ class EnvironmentTest(JourneyTest):
             self.quit(window)
 
     def check_no_script(self, environment=None, unset=()):
-        """The share directory is not there: the program says so and ends."""
+        """The share directory is missing: the program shows a message and ends."""
         with self.program(environment=environment, unset=unset) as program:
             dialog = self.read_dialog(program, 'VYRE Yum Error', 'Internal error: unable to open YumIO.py')
             dialog.click_button('OK')
@@ -345,21 +344,21 @@ class EnvironmentTest(JourneyTest):
         self.check_starts({'VYRESHARE': copy})
         self.check_starts({'VYRESHARE': copy + '/'})
 
-    def test_share_directory_is_the_usual_one_when_none_is_given(self):
+    def test_default_share_directory(self):
         self.assertFalse(os.path.exists('/usr/share/vyre'))
         self.check_no_script(unset=['VYRESHARE'])
 
-    def test_share_directory_of_no_name_is_not_the_usual_one(self):
+    def test_empty_share_directory_is_not_replaced_by_the_default(self):
         self.check_no_script({'VYRESHARE': ''})
 
-    def test_managed_root_in_other_words(self):
+    def test_other_paths_of_the_managed_root(self):
         self.check_starts({'VYREROOT': self.sandbox.root + '/'})
         self.check_starts({'VYREROOT': os.path.relpath(self.sandbox.root)})
         link = os.path.join(self.scratch, 'link')
         os.symlink(self.sandbox.root, link)
         self.check_starts({'VYREROOT': link})
 
-    def test_environment_of_another_interpreter_is_of_no_account(self):
+    def test_environment_of_another_interpreter_is_ignored(self):
         self.check_starts({'PYTHONHOME': '/nonexistent', 'PYTHONPATH': self.scratch, 'PYTHONSTARTUP': '/nonexistent'})
 
     def test_other_locales(self):
@@ -368,7 +367,7 @@ class EnvironmentTest(JourneyTest):
                 window = program.ready()
                 self.check_usable(window)
                 driver.key('ctrl+q')
-                # The toolkit may remark on the locale.
+                # The toolkit may print a warning about the locale.
                 self.assertEqual(program.wait(), 0)
                 self.assertEqual(self.locks(), [])
 
@@ -378,7 +377,7 @@ class EnvironmentTest(JourneyTest):
         return 'xdg_runtime.{}'.format(os.geteuid())
 
     def check_runtime_directory(self, path, environment=None, unset=()):
-        """The directory is there during the run, and gone after it with all that was in it."""
+        """The directory exists during the run. After the run, it and its contents are removed."""
         with self.program(environment=environment, unset=unset) as program:
             window = program.ready()
             self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o700)
@@ -406,14 +405,14 @@ class EnvironmentTest(JourneyTest):
         self.check_runtime_directory(path, unset=['XDG_RUNTIME_DIR', 'TMPDIR'])
         self.check_runtime_directory(path, {'TMPDIR': ''}, ['XDG_RUNTIME_DIR'])
 
-    def test_runtime_directory_that_is_there_is_used_and_removed(self):
+    def test_existing_runtime_directory_is_used_and_removed(self):
         temporary = os.path.join(self.scratch, 'temporary')
         path = os.path.join(temporary, self.name())
         os.makedirs(os.path.join(path, 'from before'))
         os.chmod(path, 0o700)
         self.check_runtime_directory(path, {'TMPDIR': temporary}, ['XDG_RUNTIME_DIR'])
 
-    def test_runtime_directory_of_a_session_is_left_alone(self):
+    def test_runtime_directory_of_a_session_is_kept(self):
         temporary = os.path.join(self.scratch, 'temporary')
         session = os.path.join(self.scratch, 'session')
         for directory in (temporary, session):
@@ -425,8 +424,8 @@ class EnvironmentTest(JourneyTest):
         self.assertIn('file', os.listdir(session))
         self.assertNotIn(self.name(), os.listdir(temporary))
 
-    def test_runtime_directory_that_cannot_be_made(self):
-        # The toolkit remarks on it, and does without.
+    def test_runtime_directory_that_cannot_be_created(self):
+        # The toolkit prints a warning and works without the directory.
         with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
                           unset=['XDG_RUNTIME_DIR']) as program:
             program.ready()
@@ -438,12 +437,12 @@ class EnvironmentTest(JourneyTest):
 class StyleTest(JourneyTest):
 
     def look(self, *arguments, environment=None):
-        """The picture of a check box, which each style draws in its own way."""
+        """The picture of a check box. Each style draws it differently."""
         with self.program(*arguments, environment=environment, unset=['XDG_CONFIG_HOME']) as program:
             window = program.ready()
             driver.xdotool('mousemove', 0, 0)
             box = driver.rectangle(window.check_box('Include Duplicates'))
-            # All of it is drawn once two pictures in a row are the same.
+            # The box is completely drawn when two successive pictures are the same.
             pictures = [driver.pixels(*box)]
 
             def settled():
@@ -460,7 +459,7 @@ class StyleTest(JourneyTest):
         self.assertNotEqual(fusion, windows)
         self.assertEqual(self.look(), fusion)
         self.assertEqual(self.look('-style', 'windows'), windows)
-        # The default goes before what the session asks for, as long as the user has not chosen a style.
+        # The program's default replaces the style of the session, unless the user has chosen a style.
         self.assertEqual(self.look(environment=override), fusion)
         settings = os.path.join(self.sandbox.environment()['HOME'], '.config', 'Trolltech.conf')
         os.makedirs(os.path.dirname(settings), exist_ok=True)

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The program is run by who may look at the packages, but not change them."""
+"""The program is run by users who can read the packages but cannot change them."""
 import contextlib
 import os
 import shutil
@@ -20,7 +20,7 @@ class UserTest(JourneyTest):
     def setUp(self):
         super().setUp()
         os.chmod(self.scratch, 0o755)
-        # The user may not be able to enter the place of the tree.
+        # The user may have no access to the directory of the tree.
         self.share = shutil.copytree(driver.SHARE, os.path.join(self.scratch, 'share'))
         self.binary = shutil.copy(os.environ['VYRE_BINARY'], os.path.join(self.scratch, 'vyre'))
         self.home = os.path.join(self.scratch, 'home')
@@ -29,7 +29,7 @@ class UserTest(JourneyTest):
 
     @contextlib.contextmanager
     def run_by(self, command):
-        """A run of the program by another user. What it leaves in /var/tmp is seen by nobody else."""
+        """A run of the program by another user, with a /var/tmp that no other process sees."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'mount -t tmpfs -o mode=1777 none /var/tmp; '
@@ -50,13 +50,13 @@ class UserTest(JourneyTest):
         self.assertEqual(window.program.complaints(), '')
 
     def everything(self):
-        """All files of the managed system with their modes, times and sizes, and who they belong to."""
+        """All files of the managed system with their modes, owners, times and sizes."""
         found = {}
         for directory, directories, files in os.walk(self.sandbox.root):
             for name in directories + files:
                 path = os.path.join(directory, name)
                 status = os.lstat(path)
-                # The time of a directory also tells of files that come and go.
+                # The time of a directory also changes when files are created or removed in it.
                 found[path] = (stat.S_IFMT(status.st_mode), status.st_mode, status.st_uid, status.st_mtime,
                                status.st_size)
         return found
@@ -94,19 +94,19 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.everything(), before)
 
-    def test_search_of_an_ordinary_user(self):
+    def test_ordinary_user_can_search(self):
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
             window.show_all()
             window.choose(0, 'Search')
-            # Enter begins to read file lists: what is typed meanwhile is lost.
+            # Enter starts the reading of the file lists. Keys that are pressed during it are lost.
             window.type_expression('/usr/share/doc/orchard/README')
             driver.key('Return')
             window.wait_names(['orchard'])
             window.wait_ready()
             self.check_ends(window)
 
-    def test_cache_of_an_ordinary_user_is_their_own(self):
+    def test_ordinary_user_has_an_own_cache(self):
         with self.opened():
             pass
         before = self.everything()
@@ -119,7 +119,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.everything(), before)
 
-    def test_root_of_a_name_space_that_is_nobody_outside(self):
+    def test_root_of_a_name_space_who_is_nobody_outside(self):
         before = self.everything()
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
             self.check_message(program, YUM_ERROR, 'Permission denied', 'rpmdb_lock.pid', '\nUnable to obtain yum lock')
@@ -129,7 +129,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.everything(), before)
 
-    def test_root_of_a_name_space_that_may_write_the_cache_only(self):
+    def test_root_of_a_name_space_who_can_write_the_cache_only(self):
         for name in ('var/cache', 'var/log', 'var/lib/dnf'):
             self.give(name, NOBODY)
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
@@ -149,7 +149,7 @@ class UserTest(JourneyTest):
             self.give(name, 0)
         self.check_consistent()
 
-    def test_root_of_a_name_space_that_is_root_outside(self):
+    def test_root_of_a_name_space_who_is_root_outside(self):
         with self.run_by('unshare --user --map-root-user') as program:
             window = program.ready()
             window.show_all()
