@@ -1,8 +1,8 @@
 #!/usr/bin/python3
-"""Tests of webbrowser and mimeviewer: what they open, as whom, and what they refuse.
+"""Tests of webbrowser and mimeviewer: the arguments that they open or refuse, and the user they run programs as.
 
-The programs of a desktop are stood in for by scripts that write down how they were started. VYRE_BUILD names the
-build directory, whose installation is looked at.
+Scripts replace the programs of a desktop and record how they were started. VYRE_BUILD names the build directory that
+is installed.
 """
 import html
 import json
@@ -35,7 +35,7 @@ os.rename({report!r} + '.part', {report!r})
 
 NOBODY = pwd.getpwnam('nobody')
 
-# What is started as another user, who may not be able to enter the place of the tree.
+# Programs that another user runs are copied, because this user may have no access to the directory of the tree.
 programs = tempfile.TemporaryDirectory(prefix='desktop-programs.')
 COPY = programs.name
 
@@ -80,7 +80,7 @@ class DesktopTest(unittest.TestCase):
         return path
 
     def run_program(self, program, *arguments, environment=None, user=None):
-        """Start webbrowser or mimeviewer; as root on behalf of nobody unless the environment tells otherwise."""
+        """Start webbrowser or mimeviewer. By default, root starts it for the user nobody."""
         variables = {'PATH': self.bin, 'PKEXEC_UID': str(NOBODY.pw_uid)}
         variables.update(environment or {})
         variables = {name: value for name, value in variables.items() if value is not None}
@@ -95,7 +95,7 @@ class DesktopTest(unittest.TestCase):
                               stderr=subprocess.PIPE, universal_newlines=True)
 
     def opened(self, program, *arguments, **options):
-        """What the desktop's program was started with."""
+        """The arguments, the user and the environment of the started desktop program."""
         done = self.run_program(program, *arguments, **options)
         self.assertEqual((done.returncode, done.stdout, done.stderr), (0, '', ''))
         with open(self.report) as report:
@@ -104,7 +104,7 @@ class DesktopTest(unittest.TestCase):
         return facts
 
     def refused(self, program, *arguments, shown=False, environment=None, **options):
-        """The one message; nothing was started, but for what shows the message where there is a display."""
+        """The message of a refusal. With "shown", a program was started that shows it; otherwise no program was."""
         environment = dict(environment or {}, **{'DISPLAY': ':7'} if shown else {})
         done = self.run_program(program, *arguments, environment=environment, **options)
         self.assertEqual((done.returncode, done.stdout), (1, ''))
@@ -114,7 +114,7 @@ class DesktopTest(unittest.TestCase):
         return done.stderr[len(program) + 2:-1]
 
 
-class WhatIsOpened(DesktopTest):
+class OpenedTest(DesktopTest):
 
     def test_urls_of_the_four_kinds(self):
         for url in ('http://host', 'https://host/path?query=1#part', 'ftp://host/', 'file:///usr/share/doc',
@@ -152,7 +152,7 @@ class WhatIsOpened(DesktopTest):
         self.assertEqual(self.opened('mimeviewer', 'text/plain', '--help')['argv'][1:],
                          [os.path.join(self.scratch, '--help')])
 
-    def test_the_next_program_is_taken_when_one_is_not_installed(self):
+    def test_the_next_installed_program_is_used(self):
         os.remove(os.path.join(self.bin, 'xdg-open'))
         self.install('gio')
         self.assertEqual(self.opened('webbrowser', 'http://h/')['argv'],
@@ -163,7 +163,7 @@ class WhatIsOpened(DesktopTest):
         self.install('run-mailcap')
         self.assertEqual(self.opened('mimeviewer', 'a/b', path)['argv'][1:], ['--action=view', 'a/b:' + path])
 
-    def test_nothing_is_left_of_signals_that_the_interpreter_ignores(self):
+    def test_the_started_program_ignores_no_signals(self):
         self.install('xdg-open', '#!/bin/sh\nPATH=/bin:/usr/bin\ngrep SigIgn /proc/self/status > "{}"\n'.format(
             self.report))
         self.run_program('webbrowser', 'http://h/')
@@ -171,9 +171,9 @@ class WhatIsOpened(DesktopTest):
             self.assertEqual(report.read().split(), ['SigIgn:', '0' * 16])
 
 
-class WhatIsRefused(DesktopTest):
+class RefusedTest(DesktopTest):
 
-    def test_what_is_no_url_of_the_four_kinds(self):
+    def test_other_texts_than_urls_of_the_four_kinds(self):
         for url in ('', 'host', 'host/path', 'javascript:alert(1)', 'mailto:a@b', 'data:text/html,x', 'http:',
                     'http://',
                     'http:///path', 'http://:80/', 'http://h:port/', 'file://host/etc', 'file:etc', 'smb://h/', '-h',
@@ -195,7 +195,7 @@ class WhatIsRefused(DesktopTest):
                 self.assertTrue(message.startswith('there is a blank or a control character in the URL "'))
                 self.assertTrue(message.isprintable())
 
-    def test_messages_tell_no_passwords(self):
+    def test_messages_have_no_passwords(self):
         for url in ('http://me:secret@h/a b', 'smb://me:secret@h', 'http://h/vantor?u=me&p=secret &x=1',
                     'http://me:sec/secret@h/ b'):
             with self.subTest(url=url):
@@ -203,13 +203,13 @@ class WhatIsRefused(DesktopTest):
                 self.assertNotIn('secret', message)
                 self.assertIn('h', message)
 
-    def test_a_path_without_a_file(self):
+    def test_a_path_of_a_missing_file(self):
         for path in (self.scratch + '/missing', self.scratch):
             for program, arguments in (('webbrowser', (path,)), ('mimeviewer', ('text/plain', path))):
                 with self.subTest(path=path, program=program):
                     self.assertEqual(self.refused(program, *arguments), 'there is no file "{}"'.format(path))
 
-    def test_what_is_no_plain_mime_type(self):
+    def test_other_texts_than_plain_mime_types(self):
         path = self.file('x')
         for mime_type in ('', 'text', 'text/', '/plain', 'text/plain; charset=utf-8', 'text/*', 'a/b/c', '-x/y',
                           'text/plain\n', 'tex t/plain'):
@@ -235,7 +235,7 @@ class WhatIsRefused(DesktopTest):
                          'cannot start {}/xdg-open: No such file or directory'.format(self.bin))
 
 
-class AsWhom(DesktopTest):
+class UserTest(DesktopTest):
 
     def check_nobody(self, facts):
         self.assertEqual(facts['uids'], [NOBODY.pw_uid] * 3)
@@ -261,7 +261,7 @@ class AsWhom(DesktopTest):
                     '"http://h/" is not opened as root, and neither pkexec nor sudo tells for whom else')
 
     def test_a_refusal_is_shown_on_the_display(self):
-        # Nobody would press its button here.
+        # A real program would wait until a user presses its button.
         self.install('xmessage')
         message = self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': None}, shown=True)
         with open(self.report) as report:
@@ -270,7 +270,7 @@ class AsWhom(DesktopTest):
     HOSTILE = '<h1>x</h1><img src="/etc/passwd"> & \\n \\t'
 
     def message_of(self, program, started):
-        """What the user reads in the window that a program of this kind opens, when it is started so."""
+        """The text that this program shows the user when it is started with these arguments."""
         argument = started[-1]
         if program == 'kdialog':
             self.assertNotIn('\\', argument)
@@ -297,7 +297,7 @@ class AsWhom(DesktopTest):
                 os.remove(os.path.join(self.bin, program))
 
     def ended_vyre(self, end):
-        """What vyre-admin does after a VYRE that says something and ends by this command of a shell."""
+        """Runs vyre-admin with a stand-in for VYRE that prints a message and ends by this shell command."""
         self.install('pkexec', "#!/bin/sh\nprintf '%s\\n' '{}' >&2\n{}\n".format(self.HOSTILE, end))
 
         def become():
@@ -308,7 +308,7 @@ class AsWhom(DesktopTest):
                               env={'PATH': self.bin, 'DISPLAY': 'host:0'}, preexec_fn=become,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
 
-    def test_who_ends_vyre_by_a_signal_gets_no_message(self):
+    def test_no_message_is_shown_after_the_user_ends_vyre_by_a_signal(self):
         self.install('xmessage')
         for name, number in (('TERM', 15), ('HUP', 1), ('INT', 2)):
             done = self.ended_vyre('kill -{} $$'.format(name))
@@ -319,7 +319,7 @@ class AsWhom(DesktopTest):
         self.assertTrue(os.path.exists(self.report))
         os.remove(self.report)
 
-    def test_what_vyre_has_said_at_its_end_is_never_markup(self):
+    def test_the_last_output_of_vyre_is_never_markup(self):
         for program in ('zenity', 'kdialog', 'xmessage'):
             with self.subTest(program=program):
                 self.install(program)
@@ -331,19 +331,19 @@ class AsWhom(DesktopTest):
                 os.remove(self.report)
                 os.remove(os.path.join(self.bin, program))
 
-    def test_not_as_a_user_who_does_not_exist(self):
+    def test_never_as_an_unknown_user(self):
         for uid in ('4000000', '99999999999999999999'):
             self.assertEqual(self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': uid}),
                              'the user {} of PKEXEC_UID does not exist'.format(uid))
 
-    def test_an_ordinary_user_stays_who_they_are(self):
+    def test_an_ordinary_user_stays_the_same_user(self):
         daemon = pwd.getpwnam('daemon')
         facts = self.opened('webbrowser', 'http://h/', user=daemon,
                             environment={'ANYTHING': 'kept', 'PKEXEC_UID': str(NOBODY.pw_uid)})
         self.assertEqual(facts['uids'], [daemon.pw_uid] * 3)
         self.assertEqual(facts['environment']['ANYTHING'], 'kept')
 
-    def test_the_environment_is_that_of_the_user(self):
+    def test_the_program_gets_the_environment_of_the_user(self):
         runtime = self.directory('runtime', 0o700)
         os.chown(runtime, NOBODY.pw_uid, NOBODY.pw_gid)
         cookies = self.file('cookies')
@@ -360,7 +360,7 @@ class AsWhom(DesktopTest):
         found = {name: value for name, value in facts['environment'].items() if name != 'LC_CTYPE'}
         self.assertEqual(found, expected)
 
-    def test_what_belongs_to_root_is_not_handed_on(self):
+    def test_files_of_root_are_not_handed_on(self):
         runtime = self.directory('runtime', 0o700)
         cookies = self.file('cookies')
         os.chmod(cookies, 0o600)
@@ -368,13 +368,13 @@ class AsWhom(DesktopTest):
         self.assertNotEqual(facts['environment'].get('XDG_RUNTIME_DIR'), runtime)
         self.assertNotIn('XAUTHORITY', facts['environment'])
 
-    def test_it_starts_at_home(self):
+    def test_the_program_starts_in_the_home_directory(self):
         expected = NOBODY.pw_dir if os.path.isdir(NOBODY.pw_dir) else '/'
         self.assertEqual(self.opened('webbrowser', 'http://h/')['directory'], expected)
 
 
 class Environment(unittest.TestCase):
-    """What is made of the user's entry and the given variables; as whoever runs the test."""
+    """The environment that is made from the user's entry and the given variables. It runs as the current user."""
 
     def setUp(self):
         self.scratch = tempfile.mkdtemp(prefix='desktop.')
@@ -416,20 +416,20 @@ class Environment(unittest.TestCase):
         self.assertEqual(self.make()['XAUTHORITY'], cookies)
         self.assertEqual(self.make(XAUTHORITY='/nonexistent')['XAUTHORITY'], cookies)
 
-    def test_a_user_without_a_shell_has_the_usual_one(self):
+    def test_a_user_without_a_shell_gets_the_default_shell(self):
         self.assertEqual(self.make()['SHELL'], '/bin/sh')
 
 
 class Installation(unittest.TestCase):
 
-    def test_both_are_installed_to_be_run_by_everybody(self):
+    def test_every_user_can_run_the_installed_programs(self):
         with tempfile.TemporaryDirectory(prefix='desktop.') as prefix:
             subprocess.run(['cmake', '--install', os.environ['VYRE_BUILD'], '--prefix', prefix], check=True,
                            stdout=subprocess.DEVNULL)
             share = os.path.join(prefix, 'share', 'vyre')
             for program in ('webbrowser', 'mimeviewer'):
                 self.assertEqual(stat.S_IMODE(os.stat(os.path.join(share, program)).st_mode), 0o755)
-                # Which needs its module from there, too.
+                # The program also needs its installed Python module.
                 done = subprocess.run([os.path.join(share, program)], stderr=subprocess.PIPE, universal_newlines=True)
                 self.assertTrue(done.stderr.startswith(program + ': usage: '), done.stderr)
             self.assertFalse(any('__pycache__' in directories for _, directories, _ in os.walk(prefix)))

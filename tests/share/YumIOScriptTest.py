@@ -1,7 +1,7 @@
 #!/usr/bin/python3
-"""Tests of the script YumIO.py with the real package manager on throw-away systems.
+"""Tests of the script YumIO.py with the real package manager on temporary systems.
 
-VYRE_SANDBOX names the directory of a sandbox that was made already; without it one is made.
+VYRE_SANDBOX names the directory of an existing sandbox. If it is not set, the tests make a sandbox.
 """
 
 import os
@@ -17,13 +17,13 @@ import scenario  # noqa: E402
 
 
 def main():
-    """Runs the tests given as module.class.method on the command line, or all of them."""
+    """Runs the tests that the command line names as module.class.method. Without arguments, it runs all tests."""
     loader = unittest.defaultTestLoader
     if len(sys.argv) > 1:
         tests = loader.loadTestsFromNames(sys.argv[1:])
     else:
         tests = loader.discover(DIRECTORY, pattern="test_*.py")
-    # An early end must not leave the copies of the sandbox behind.
+    # SIGTERM must not prevent the removal of the sandbox copies.
     signal.signal(signal.SIGTERM, signal.default_int_handler)
     scenario.setUpWorkspace()
     try:

@@ -4,17 +4,18 @@ A scenario is a row of a table:
 
     Scenario("name_of_the_test", expect="+libmoss", install="libmoss", dnf="install libmoss")
 
-expect   what both have to do, so that two that do nothing do not pass for equal: names of packages with "+" before one
-         that is installed, "-" before one that is removed, "^" before one of another version; "refused" where nothing
-         may change, with a text that both give as the reason; "failed" with such a text, and what is changed all the
-         same; "nothing" where there is nothing to do
-marks    install, update, remove, group_install, group_update, group_remove: what the user marks in the table, as names,
-         name.arch or name-version; the update "all" stands for every row with an update
-dnf      the command line that asks the same
-config   lines of the main configuration file; {plugins} is the directory of the files of plug-ins
-repos    the repositories beside the usual ones, as names or pairs of name and further lines; {root} is the sandbox's
-before   what happens to the root before it is copied: command lines of dnf, or functions that are given the root
-differs  the name of a row of the manual's table "Differences from dnf", and what VYRE does then, as in expect
+expect   the required result of both; without it, two operations without any effect would count as equal. Package names
+         with a prefix: "+" installed, "-" removed, "^" changed to another version. "refused" and a text: nothing
+         changes, and both give this text as the reason. "failed", a text and package names: both report the text and
+         change these packages all the same. "nothing": no error and no changes
+marks    install, update, remove, group_install, group_update, group_remove: the user's marks in the table, as names,
+         name.arch or name-version; the update "all" means every row with an update
+dnf      the dnf command line for the same operation
+config   lines of the main configuration file; {plugins} is the directory of the plug-ins' settings
+repos    the repositories beside the usual ones, as names or pairs of name and further lines; {root} is the root of the
+         sandbox
+before   changes of the root before it is copied: dnf command lines, or functions with the root as their argument
+differs  the name of a row of the manual's table "Differences from dnf", and the result of VYRE, as in expect
 """
 
 import contextlib
@@ -36,7 +37,7 @@ from vyresandbox import needs_groups
 
 _PATIENCE = 180
 
-# Where dnf's plug-ins are.
+# The directory of dnf's plug-ins.
 PLUGINS = os.path.join(os.path.dirname(os.path.dirname(importlib.util.find_spec("dnf").origin)), "dnf-plugins")
 
 USUAL = ("sandbox-http", "sandbox-updates", "sandbox-file")
@@ -53,13 +54,13 @@ plugins=0
 module_platform_id=platform:larkspur9
 """
 
-# What the program writes above the items of the listing, as dnf's headings: by the action and the reason of an item.
+# The headings of dnf's table, by the action and the reason of an item in the script's listing.
 INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE, REINSTALL = range(1, 10)
 INSTALLED_FOR = {5: "Installing group/module packages", 4: "Installing weak dependencies", 1: "Installing dependencies"}
 REMOVED_FOR = {1: "Removing dependent packages", 3: "Removing unused dependencies"}
 HEADINGS = {DOWNGRADE: "Downgrading", UPGRADE: "Upgrading", REINSTALL: "Reinstalling", OBSOLETED: "replacing"}
 
-# Headings of dnf's table for what is no package.
+# Headings of dnf's table above entries that are not packages.
 OTHER_HEADINGS = (
     "Installing module profiles", "Disabling module profiles", "Enabling module streams", "Switching module streams",
     "Disabling modules", "Resetting modules", "Installing Environment Groups", "Upgrading Environment Groups",
@@ -84,7 +85,7 @@ class Scenario(object):
 
 
 class World(object):
-    """A root as the sandbox has it, with the configuration and the metadata in the cache that all scenarios share."""
+    """A copy of the sandbox's root with the configuration and the cached metadata that all scenarios share."""
 
     def __init__(self):
         self.sandbox = scenario.original()
@@ -98,7 +99,7 @@ class World(object):
         copy(self.sandbox.root, self.root)
         for name in os.listdir(os.path.join(self.root, "etc/yum.repos.d")):
             os.unlink(os.path.join(self.root, "etc/yum.repos.d", name))
-        # The one file for both.
+        # dnf and the script read the same file.
         os.unlink(os.path.join(self.root, "etc/yum.conf"))
         os.symlink("dnf/dnf.conf", os.path.join(self.root, "etc/yum.conf"))
         self.configure(self.root, "", [(name, "") for name in USUAL])
@@ -107,14 +108,14 @@ class World(object):
             raise RuntimeError(done.stdout)
 
     def make_plugins(self):
-        """The files of plug-ins of which one is on: versionlock, which keeps abacus-cli at its version."""
+        """Settings that enable one plug-in: versionlock, which keeps abacus-cli at its version."""
         directory = os.path.join(self.directory, "plugins")
         os.makedirs(directory)
         locks = os.path.join(directory, "locks")
         with open(locks, "w") as stream:
             stream.write("abacus-cli-0:3.2.1-1.*\n")
         for name in os.listdir(PLUGINS):
-            # Some are called as their file, others with "-" in place of "_".
+            # Some plug-ins have the name of their file, others have "-" in place of its "_".
             for name in {name[:-3], name[:-3].replace("_", "-")} if name.endswith(".py") else ():
                 with open(os.path.join(directory, name + ".conf"), "w") as stream:
                     stream.write("[main]\nenabled=%d\nlocklist=%s\n" % (name == "versionlock", locks))
@@ -149,7 +150,7 @@ _world = None
 
 
 def world():
-    """Made once in each process of tests."""
+    """The world; each test process makes it once."""
     global _world
     if _world is None:
         _world = World()
@@ -159,14 +160,14 @@ def world():
 # The states of a root ----------------------------------------------------------------------------------------------
 
 def packages(root):
-    """What rpm's database has, with the epoch always."""
+    """The packages in rpm's database, always with their epochs."""
     return set(scenario.Sandbox(os.path.dirname(root)).rpm(
         "-qa", "--root", root, "--queryformat",
         r"%{NAME}-%|EPOCH?{%{EPOCH}}:{0}|:%{VERSION}-%{RELEASE}.%{ARCH}\n").split())
 
 
 def history(root):
-    """What the history knows of the packages and of the groups that are installed."""
+    """The history's reasons of packages, and its installed groups with their members."""
     connection = sqlite3.connect(os.path.join(root, "var/lib/dnf/history.sqlite"))
     try:
         reasons = {}
@@ -193,7 +194,7 @@ def history(root):
 
 
 def modules(root):
-    """The files with the states of modules."""
+    """The contents of the files with the states of modules."""
     directory = os.path.join(root, "etc/dnf/modules.d")
     found = {}
     if os.path.isdir(directory):
@@ -207,7 +208,7 @@ _OTHER_DIRECTORIES = ("var/cache", "var/log", "var/lib/rpm", "var/lib/dnf", "roo
 
 
 def files(root):
-    """The names of all files that packages and their scripts have left."""
+    """The names of all files of packages and their scripts."""
     found = set()
     for directory, names, leaves in os.walk(root):
         inside = os.path.relpath(directory, root)
@@ -227,7 +228,7 @@ def state(root):
 # The listings ------------------------------------------------------------------------------------------------------
 
 def listing_of_dnf(output):
-    """The table that dnf shows before it asks, as {heading: set of entries}; an entry has no size."""
+    """The table that dnf shows before its question, as {heading: set of entries}. The entries have no sizes."""
     lines = output.split("\n")
     rules = [number for number, line in enumerate(lines) if re.match("=+$", line)]
     if len(rules) < 2:
@@ -250,7 +251,7 @@ def listing_of_dnf(output):
                 del words[:3]
             else:
                 name, arch, evr, repository = words[:4]
-                # The package manager does not always know where an installed package is from.
+                # dnf does not always know the repository of an installed package.
                 entries.add("%s.%s %s %s" % (name, arch, evr, "" if heading.startswith("Removing") else repository))
                 del words[:5]
                 if words and words[0] in ("k", "M", "G"):
@@ -299,7 +300,7 @@ def listing_of_script(items, added):
 # The script --------------------------------------------------------------------------------------------------------
 
 class _Driver(scenario.ScenarioTest):
-    """Does with the script what the program does with it."""
+    """Calls the script in the same way as the program."""
 
     def runTest(self):
         pass
@@ -345,7 +346,7 @@ class _Driver(scenario.ScenarioTest):
         return found
 
     def best(self, mark, packages):
-        """Of several architectures the table has the system's own first."""
+        """The package in the table's row. If several architectures match, the table prefers that of the system."""
         found = self.find(mark, packages)
         for package in found[1:]:
             if not self.yumio.isBetterThan(found[0], package):
@@ -353,7 +354,7 @@ class _Driver(scenario.ScenarioTest):
         return found[0]
 
     def rows(self):
-        """The table's rows that can be installed: what is not installed in that class of architectures."""
+        """The installable rows of the table: packages whose bi-arch class is not installed."""
         present = set((package.name, self.yumio.getBiArch(package.arch)) for package in self.installed)
         present.update((package.name, self.yumio.getBiArch(package.arch)) for package in self.updates)
         return [package for package in self.available
@@ -372,7 +373,7 @@ class _Driver(scenario.ScenarioTest):
 
 
 def _in_child(function, *arguments):
-    """The result of a function that runs in a process of its own; returned by the function that waits for it."""
+    """Runs a function in a child process; returns a function that waits for the result and returns it."""
     reader, writer = os.pipe()
     sys.stdout.flush()
     sys.stderr.flush()
@@ -416,7 +417,7 @@ class ComparisonTest(unittest.TestCase):
         with self.prepared(row, own):
             before = state(own)
             copy(own, other)
-            # The script as the program starts it.
+            # The script uses the same macros of rpm as dnf.
             os.environ["HOME"] = world().home
             wait = _in_child(_Driver().run_script, own, row.marks, row.groups)
             done = world().dnf(other, self.command(row.dnf, directory))
@@ -438,7 +439,7 @@ class ComparisonTest(unittest.TestCase):
 
     @staticmethod
     def command(line, directory):
-        """Several command lines at once are a script of dnf's shell."""
+        """The arguments for dnf. "shell" with several commands becomes a script for dnf's shell."""
         if not line.startswith("shell "):
             return line
         path = os.path.join(directory, "commands")
@@ -460,7 +461,7 @@ class ComparisonTest(unittest.TestCase):
         yield
 
     def check_difference(self, name):
-        """What differs on purpose stands in the manual."""
+        """The manual lists the intended difference."""
         with open(os.path.join(scenario.SOURCES, "doc", "manual.adoc")) as stream:
             table = stream.read().partition("[#differences]")[2].partition("[#troubleshooting]")[0]
         self.assertIn("\n|%s\n" % name, table)
@@ -473,7 +474,7 @@ class ComparisonTest(unittest.TestCase):
                 self.assertFalse(done, details)
                 self.assertRegex(" ".join(text.split()), expect.partition(" ")[2], details)
             else:
-                # Neither has failed; in VYRE there may be no row that could be marked.
+                # Neither operation failed. In VYRE, the row to mark may be missing.
                 self.assertTrue(done or re.match("not in the table: |There is nothing to do", text), details)
             return
         expected = expect.split()
@@ -487,7 +488,7 @@ class ComparisonTest(unittest.TestCase):
 
 
 def changes_between(before, after):
-    """The changes in the words of a scenario's expectation; a foreign architecture is a part of the name."""
+    """The changes, as a scenario's "expect" writes them. The name includes a foreign architecture."""
     def names(found):
         counted = {}
         for package in found:
@@ -515,7 +516,7 @@ def _test(row):
 
 
 def tests(scenarios):
-    """The class with a test for each scenario."""
+    """A test class with one test for each scenario."""
     methods = {}
     for row in scenarios:
         if "test_" + row.name in methods:

@@ -1,11 +1,11 @@
-"""A yumIOC module that records how it is called, as strict about arguments as the program's own."""
+"""A yumIOC module that records its calls. It checks arguments as strictly as the program's own module."""
 
 import os
 import re
 import types
 
-# Function -> the format of its arguments: "s" a text, "l" and "L" a 64-bit integer, "d" a number, "O" anything;
-# None when it takes whatever comes.
+# Function -> the format of its arguments: "s" a text, "l" and "L" a 64-bit integer, "d" a number, "O" anything.
+# None: any number of arguments of any type.
 FORMATS = {
     "stdoutWrite": "s",
     "stderrWrite": "s",
@@ -32,12 +32,12 @@ INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE =
 DEPENDENCY, USER, CLEAN, WEAK, GROUP = range(1, 6)
 
 
-# What begins the text of the log where the package manager cannot read groups.
+# The beginning of the log's text if the package manager cannot read groups.
 WITHOUT_GROUPS = "Groups of packages cannot be read on this system"
 
 
 def check(name, arguments):
-    """Raises what PyArg_ParseTuple would raise for the arguments."""
+    """Raises the same exceptions for the arguments as PyArg_ParseTuple."""
     format = FORMATS[name]
     if format is None:
         return
@@ -75,7 +75,7 @@ def _text(value):
 
 
 def limits():
-    """The numbers that the program's own module has, from the header that it takes them from."""
+    """The constants of the program's own module, read from its header."""
     sources = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
     with open(os.path.join(sources, "app", "base", "RepositoryFileLimit.h")) as header:
         found = re.findall(r"^constexpr int (\w+) = (\d+) << (\d+);$", header.read(), re.M)
@@ -83,11 +83,11 @@ def limits():
 
 
 class Recording(object):
-    """What was called, in order, and the answers to give.
+    """The recorded calls in their order, and the prepared answers.
 
-    calls    list of (function, what the program reads of the arguments)
-    answers  what userconfirm returns, one after the other; a question too many is an error
-    faults   exceptions that calls led to: the package manager swallows some of them
+    calls    list of (function, the values that the program reads from the arguments)
+    answers  the results of userconfirm, in their order; an additional question is an error
+    faults   exceptions that the calls raised; the package manager suppresses some of them
     """
 
     def __init__(self):
@@ -121,7 +121,7 @@ class Recording(object):
             raise AssertionError("unexpected question")
         return self.answers.pop(0)
 
-    # The program reads these things, and nothing else, of the objects it is handed.
+    # The program reads only these attributes of its arguments.
 
     def _read_listTransaction(self, transaction, items):
         read = []
@@ -144,7 +144,7 @@ class Recording(object):
 
     @staticmethod
     def _size(payload):
-        """The size of metadata is a floating-point number; the program takes both kinds."""
+        """The size of metadata is a floating-point number; the program accepts integers and floating-point numbers."""
         return int(payload.download_size)
 
     def _read_downloadProgress(self, payload, done):
@@ -162,7 +162,7 @@ class Recording(object):
 
     def _read_rpmtransProgress(self, package, action, item_done, item_total, done, total):
         if not (1 <= action <= 11 or 101 <= action <= 103):
-            raise ValueError("action %d is not understood" % action)
+            raise ValueError("action %d is unknown" % action)
         _text(package.arch)
         for number in (item_done, item_total, done, total):
             if number is not None:
@@ -183,11 +183,11 @@ class Recording(object):
         return [name for name, read in self.calls]
 
     def of(self, name):
-        """What was read by each call of the function."""
+        """The values that each call of this function read."""
         return [read for called, read in self.calls if called == name]
 
     def order(self, *leaving_out):
-        """The functions called, without the ones that only tell something, runs of one function as one."""
+        """The called functions without those that only report. Repeated calls of one function count once."""
         quiet = ("log", "errorlog", "stdoutWrite", "stderrWrite") + leaving_out
         order = []
         for name, read in self.calls:
@@ -202,16 +202,16 @@ class Recording(object):
                 for item in self.of("listTransaction")[-1]}
 
     def errors(self):
-        """The texts of errors and warnings in the log, but for that which says that groups are left out."""
+        """The texts of errors and warnings in the log, except the text about unreadable groups."""
         return [text for level, text in self.of("errorlog") if not text.startswith(WITHOUT_GROUPS)]
 
     def without_groups(self):
-        """The levels at which the log says that groups are left out."""
+        """The levels of the log's texts about unreadable groups."""
         return [level for name in ("log", "errorlog") for level, text in self.of(name)
                 if text.startswith(WITHOUT_GROUPS)]
 
     def output(self):
-        """All output of scriptlets."""
+        """The output of all scriptlets."""
         return "\n".join(text for text in self.of("rpmtransScriptout") if text is not None)
 
     def printed(self):

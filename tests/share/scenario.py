@@ -1,6 +1,6 @@
-"""Runs each test in a process of its own on a private copy of a sandbox.
+"""Runs each test in its own process on its own copy of a sandbox.
 
-The package manager and rpm keep state for the whole process, and the script changes some of it.
+The package manager and rpm have state that belongs to the process, and the script changes some of it.
 """
 
 import functools
@@ -25,9 +25,9 @@ from vyresandbox.sandbox import CREATEREPO  # noqa: E402
 
 from recordingmodule import Recording  # noqa: E402
 
-_SKIPPED = 77  # the status of such a process
+_SKIPPED = 77  # the exit status of a skipped test's process
 
-_PATIENCE = 180  # seconds after which a process that hangs is ended
+_PATIENCE = 180  # seconds until a hanging process is ended
 
 workspace = None
 
@@ -42,7 +42,7 @@ def repositories(yumio):
 
 
 def setUpWorkspace():
-    """Called once, in the first process."""
+    """The first process calls this once."""
     global workspace
     workspace = tempfile.mkdtemp(prefix="yumio-script-")
 
@@ -62,7 +62,7 @@ def original():
 
 
 def in_own_process(method):
-    """The test runs in a child of this process; what it raises is raised here again, as text."""
+    """The test runs in a child process. Its exceptions fail the test in this process, as text."""
 
     @functools.wraps(method)
     def run(self):
@@ -86,7 +86,7 @@ def in_own_process(method):
                 report = str(e)
             except BaseException:
                 report = traceback.format_exc()
-            # The script stays in place of the streams until the end.
+            # The script has replaced the standard streams until the process ends.
             with os.fdopen(writer, "w", errors="backslashreplace") as stream:
                 stream.write(report)
             os._exit(_SKIPPED if skipped else 1 if report else 0)
@@ -105,7 +105,7 @@ def in_own_process(method):
 
 
 class RemoteServer(object):
-    """The sandbox's server in a process of its own: downloads hold the interpreter of this one."""
+    """The sandbox's server in its own process, because downloads block the interpreter of this process."""
 
     def __init__(self, sandbox):
         self._sandbox = sandbox
@@ -116,7 +116,7 @@ class RemoteServer(object):
             signal.alarm(_PATIENCE)
             _serve(sandbox, there)
         there.close()
-        # For a restart: the repositories in use know the port.
+        # The URLs of the repositories contain the port, so a restart needs it.
         sandbox._last_port = self._here.recv()
 
     def _call(self, *command):
@@ -124,15 +124,15 @@ class RemoteServer(object):
         return self._here.recv()
 
     def fault(self, path, kind, *arguments):
-        """kind: the name of a function of vyresandbox.server that makes a fault; "none"; or "end_after" a number of
-        bytes for a server that ends by itself then."""
+        """kind: "none"; or the name of a fault function of vyresandbox.server; or "end_after" with a number of bytes,
+        after which the server ends by itself."""
         self._call("fault", path, kind, arguments)
 
     def paths(self, status=None):
         return self._call("paths", status)
 
     def forget(self):
-        """Empties the request log."""
+        """Clears the list of requests."""
         self._call("forget")
 
     def start(self):
@@ -142,7 +142,7 @@ class RemoteServer(object):
         self._call("stop")
 
     def restart(self):
-        """Brings a server back that ended by itself."""
+        """Starts the server again after it ended by itself."""
         os.waitpid(self.process, 0)
         self.__init__(self._sandbox)
 
@@ -185,7 +185,7 @@ def _serve(sandbox, pipe):
 
 
 class ScenarioTest(unittest.TestCase):
-    """Base of the tests: sandbox is the copy, recording what the script told, script the script's names."""
+    """Base of the tests. sandbox: the copy; recording: the script's calls of yumIOC; script: the script's names."""
 
     def setUp(self):
         self.directory = tempfile.mkdtemp(dir=workspace)
@@ -203,7 +203,7 @@ class ScenarioTest(unittest.TestCase):
 
     @staticmethod
     def leave_plug_ins_out():
-        """Also where no configuration file says so: those of this system write below its own /var."""
+        """Switches off all plug-ins by default, because the plug-ins of this system write below its own /var."""
         import dnf.conf
 
         initialize = dnf.conf.MainConf.__init__
@@ -215,7 +215,7 @@ class ScenarioTest(unittest.TestCase):
         dnf.conf.MainConf.__init__ = without
 
     def assert_host_is_left_alone(self):
-        """None of the plug-ins that are loaded writes outside the managed system."""
+        """No loaded plug-in writes outside the managed system."""
         for plugIn in self.yumio.base._plugins.plugins:
             self.assertNotEqual(plugIn.name, "generate_completion_cache")
             if plugIn.name == "local" and plugIn.main["enabled"]:
@@ -244,19 +244,19 @@ class ScenarioTest(unittest.TestCase):
         return path
 
     def isolate(self):
-        """From here on, what this process mounts is seen by nobody else and gone with its end."""
+        """From now on, mounts of this process are visible to it only, and disappear when it ends."""
         filesystems.isolate()
 
     def mount_small(self, path, kilobytes):
-        """Puts a file system of that size, with what the directory holds, on a directory of the managed system."""
+        """Mounts a file system of this size over a directory of the managed system, with the same contents."""
         filesystems.mount_small(self.sandbox.root + path, kilobytes)
 
     def resize(self, path, kilobytes):
-        """Changes the size of such a file system to what it holds and that much more."""
+        """Changes the size of such a file system to its used space and this much free space."""
         filesystems.resize(self.sandbox.root + path, kilobytes)
 
     def index(self, name, *options):
-        """Makes the metadata of a repository anew, after its packages were changed."""
+        """Makes the metadata of a repository again after its packages have changed."""
         subprocess.run(list(CREATEREPO) + list(options) + [self.sandbox.repository(name)], check=True)
 
     def repository_file(self, name):
@@ -270,10 +270,10 @@ class ScenarioTest(unittest.TestCase):
             stream.write(content.replace(old, new))
 
     def load(self, **given):
-        """Runs the script, with what is given to it, and makes its object, as the program does at its start."""
+        """Runs the script with these globals and makes its object, as the program does at its start."""
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
-        # As the program's interpreter does, which runs the script in __main__.
+        # The program's interpreter also runs the script in __main__.
         self.script = runpy.run_path(SCRIPT, init_globals=given, run_name="__main__")
         import dnf
 
@@ -282,7 +282,7 @@ class ScenarioTest(unittest.TestCase):
         return self.yumio
 
     def collect(self):
-        """All that the program does to collect the packages."""
+        """Collects the packages with the same calls as the program."""
         yumio = self.yumio
         yumio.setupRepos()
         self.assert_host_is_left_alone()
@@ -294,7 +294,7 @@ class ScenarioTest(unittest.TestCase):
         yumio.collectDone()
 
     def started(self):
-        """From the start to the collected packages; nothing may have gone wrong on the way."""
+        """Starts the script and collects the packages; both must succeed."""
         self.load()
         self.yumio.lock()
         self.collect()
@@ -318,7 +318,7 @@ class ScenarioTest(unittest.TestCase):
 
     def apply(self, installs=(), updates=(), removes=(), group_installs=(), group_updates=(), group_removes=(),
               answers=(1,)):
-        """Applies actions given by name; updates as pairs with every installed version."""
+        """Applies actions on packages given by name; an update is paired with every installed version."""
         self.recording.answers = list(answers)
         pairs = []
         for name in updates:
@@ -333,7 +333,7 @@ class ScenarioTest(unittest.TestCase):
         return result
 
     def assert_refused(self, text, **actions):
-        """The actions fail as the program expects of failures, for that reason, and change nothing."""
+        """The actions fail with this reason and an exception that the program expects; they change nothing."""
         before = self.sandbox.installed()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(**actions)
@@ -342,7 +342,7 @@ class ScenarioTest(unittest.TestCase):
         self.assert_no_faults()
 
     def changes(self, action, *arguments, **actions):
-        """What the action installs and erases, as sets of name-version-release.arch."""
+        """The packages that the action installs and removes, as two sets of name-version-release.arch."""
         before = self.sandbox.installed()
         action(*arguments, **actions)
         after = self.sandbox.installed()

@@ -5,7 +5,7 @@ import re
 
 from scenario import ScenarioTest, in_own_process
 
-# Which of the files in the cache belong to what is cleaned.
+# The kinds of files in the cache, by their paths.
 KINDS = {
     "packages": r"/packages/[^/]+\.rpm$",
     "solver": r"\.solvx?$",
@@ -15,7 +15,7 @@ KINDS = {
 
 class CleanTest(ScenarioTest):
     def files(self):
-        """Kind -> files in the cache; everything unknown is of the kind "other"."""
+        """Kind -> files in the cache. Unknown files are of the kind "other"."""
         found = {"packages": set(), "solver": set(), "metadata": set(), "other": set()}
         cache = self.sandbox.root + "/var/cache/yum"
         for directory, _, names in os.walk(cache):
@@ -26,7 +26,7 @@ class CleanTest(ScenarioTest):
         return found
 
     def filled(self):
-        """A collected system with something of each kind in the cache, and things that are not the cache's."""
+        """Fills the cache with files of each kind and with foreign files; returns them."""
         self.configure("keepcache=1")
         self.started()
         self.apply(installs=["loupe"])
@@ -46,7 +46,7 @@ class CleanTest(ScenarioTest):
         after = self.files()
         for kind in before:
             self.assertEqual(after[kind], set() if kind in kinds else before[kind], kind)
-        # What was cleaned comes again.
+        # The removed files are made again.
         self.yumio.reset()
         self.collect()
         self.package(self.available, "astrolabe")
@@ -54,29 +54,29 @@ class CleanTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_packages(self):
+    def test_cleaning_packages(self):
         self.assert_cleaned("cleanPackages", "packages")
 
     @in_own_process
-    def test_metadata(self):
+    def test_cleaning_metadata(self):
         self.assert_cleaned("cleanMetadata", "metadata", "solver")
 
     @in_own_process
-    def test_database_caches(self):
+    def test_cleaning_database_caches(self):
         self.assert_cleaned("cleanDbcache", "solver")
 
     @in_own_process
-    def test_all(self):
+    def test_cleaning_all(self):
         self.assert_cleaned("cleanAll", "packages", "metadata", "solver")
 
     @in_own_process
-    def test_an_empty_cache(self):
+    def test_cleaning_an_empty_cache(self):
         self.load()
         for method in ("cleanDbcache", "cleanPackages", "cleanMetadata", "cleanAll"):
             self.assertTrue(getattr(self.yumio, method)())
 
     @in_own_process
-    def test_packages_of_a_directory_are_not_the_caches(self):
+    def test_packages_of_a_local_repository_are_kept(self):
         self.started()
         before = sorted(os.listdir(self.sandbox.repository("sandbox-file")))
         self.yumio.cleanAll()
@@ -91,7 +91,7 @@ class CleanTest(ScenarioTest):
 
     @in_own_process
     def test_nothing_is_cleaned_while_another_process_changes_packages(self):
-        # It may be about to install what was downloaded.
+        # The other process may be about to install the downloaded packages.
         before = self.filled()
         self.write("/var/lib/dnf/rpmdb_lock.pid", str(os.getppid()))
         for method in ("cleanDbcache", "cleanPackages", "cleanMetadata", "cleanAll"):
@@ -101,6 +101,6 @@ class CleanTest(ScenarioTest):
         os.unlink(self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid")
         self.yumio.lock()
         self.yumio.cleanAll()
-        # The program has its own lock still.
+        # The program still holds its own lock.
         self.assertTrue(os.path.exists(self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid"))
         self.assertEqual(self.files()["packages"], set())

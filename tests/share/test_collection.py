@@ -1,4 +1,4 @@
-"""Reading repositories, and what is collected from them."""
+"""Reading repositories and collecting their packages."""
 
 import contextlib
 import datetime
@@ -23,35 +23,35 @@ REPODATA = "/sandbox-http/repodata/"
 
 
 class LeftoversTest(ScenarioTest):
-    """What is told of a transaction that was cut off."""
+    """The reports about an interrupted transaction."""
 
-    def told(self):
+    def reports(self):
         return [text for text in self.recording.errors() if "last transaction" in text or
                 "the last one" in text or "several versions" in text]
 
-    def collected_anew(self):
+    def collect_again(self):
         self.recording.clear()
         self.yumio.reset()
         self.collect()
         self.assert_no_faults()
 
     @in_own_process
-    def test_nothing_is_told_of_what_has_ended(self):
+    def test_complete_transactions_are_not_reported(self):
         self.load()
         self.yumio.lock()
         self.collect()
-        # Two kernels, and a library for two architectures, are as they should be.
-        self.assertEqual(self.told(), [])
+        # Two kernels and a library of two architectures are normal.
+        self.assertEqual(self.reports(), [])
         self.apply(installs=["astrolabe"])
-        self.collected_anew()
-        self.assertEqual(self.told(), [])
+        self.collect_again()
+        self.assertEqual(self.reports(), [])
         with self.assertRaises(self.dnf.exceptions.Error):
             self.apply(installs=["brokenlatch"])
-        self.collected_anew()
-        self.assertEqual(self.told(), [])
+        self.collect_again()
+        self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_a_transaction_without_an_end(self):
+    def test_a_transaction_without_its_end_in_the_history(self):
         self.load()
         self.yumio.lock()
         self.collect()
@@ -60,54 +60,54 @@ class LeftoversTest(ScenarioTest):
         with contextlib.closing(sqlite3.connect(path)) as database, database:
             database.execute("UPDATE trans SET dt_begin = 86400, dt_end = 0, state = 0 "
                              "WHERE id = (SELECT max(id) FROM trans)")
-        self.collected_anew()
-        self.assertEqual(self.told(), ["The history of transactions does not have the end of the last one, begun on "
-                                       "%s.\nAll its packages are as it was to leave them." % time.ctime(86400)])
-        # Without them, it was cut off.
+        self.collect_again()
+        self.assertEqual(self.reports(), ["The history of transactions does not have the end of the last one, begun on "
+                                          "%s.\nAll its packages are as it was to leave them." % time.ctime(86400)])
+        # A missing package means that the transaction was interrupted.
         self.sandbox.rpm("--erase", "astrolabe")
-        self.collected_anew()
-        self.assertEqual(self.told(), ["The last transaction, begun on %s, did not come to its end.\n"
-                                       "What it has left undone has to be marked and applied again."
-                                       % time.ctime(86400)])
-        # It is the last one no more.
+        self.collect_again()
+        self.assertEqual(self.reports(), ["The last transaction, begun on %s, did not come to its end.\n"
+                                          "What it has left undone has to be marked and applied again."
+                                          % time.ctime(86400)])
+        # It is no longer the last transaction.
         self.apply(installs=["astrolabe"])
-        self.collected_anew()
-        self.assertEqual(self.told(), [])
+        self.collect_again()
+        self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_several_versions_of_a_package(self):
+    def test_several_installed_versions_of_a_package_are_reported(self):
         for name in ("abacus-cli-3.3.0-2.x86_64.rpm", "barometer-1.1-2.x86_64.rpm"):
             path = os.path.join(self.sandbox.repository("sandbox-updates"), name)
             self.sandbox.rpm("--install", "--force", "--nosignature", path)
         self.load()
         self.yumio.lock()
         self.collect()
-        self.assertEqual(self.told(), ["Of these packages several versions are installed, as a transaction leaves "
-                                       "them that is cut off:\n"
-                                       "  abacus-cli-3.2.1-1.x86_64, abacus-cli-3.3.0-2.x86_64\n"
-                                       "  barometer-1.0-1.x86_64, barometer-1.1-2.x86_64\n"
-                                       "\"dnf remove --duplicates\" removes the older ones."])
+        self.assertEqual(self.reports(), ["Of these packages several versions are installed, as a transaction leaves "
+                                          "them that is cut off:\n"
+                                          "  abacus-cli-3.2.1-1.x86_64, abacus-cli-3.3.0-2.x86_64\n"
+                                          "  barometer-1.0-1.x86_64, barometer-1.1-2.x86_64\n"
+                                          "\"dnf remove --duplicates\" removes the older ones."])
 
     @in_own_process
-    def test_a_system_without_a_history_gets_none(self):
+    def test_a_missing_history_is_not_created(self):
         path = self.sandbox.root + "/var/lib/dnf/history.sqlite"
         for name in os.listdir(os.path.dirname(path)):
             os.unlink(os.path.join(os.path.dirname(path), name))
         self.load()
         self.yumio.lock()
         self.collect()
-        self.assertEqual(self.told(), [])
+        self.assertEqual(self.reports(), [])
         self.assertFalse(os.path.exists(path))
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_broken_history_keeps_nothing_from_being_collected(self):
+    def test_packages_are_collected_despite_a_damaged_history(self):
         self.write("/var/lib/dnf/history.sqlite", b"nonsense" * 1000)
         self.load()
         self.yumio.lock()
         self.collect()
         self.package(self.available, "astrolabe")
-        self.assertEqual(self.told(), [])
+        self.assertEqual(self.reports(), [])
         self.assert_no_faults()
 
 
@@ -135,7 +135,7 @@ class SetupTest(ScenarioTest):
         return REPODATA + next(name for name in names if name.endswith(kind))
 
     @in_own_process
-    def test_bad_metadata_is_a_repository_error_and_mended_when_the_repository_is(self):
+    def test_bad_metadata_is_a_repository_error_until_the_repository_is_corrected(self):
         self.load()
         for path, kind, arguments in (
                 (REPODATA + "repomd.xml", "status", (404,)),
@@ -158,7 +158,7 @@ class SetupTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_server_that_is_gone_is_a_repository_error(self):
+    def test_an_unreachable_server_is_a_repository_error(self):
         self.load()
         self.server.stop()
         with self.assertRaises(self.dnf.exceptions.RepoError):
@@ -175,7 +175,7 @@ class SetupTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_changed_repository_is_seen_when_its_metadata_has_expired_or_is_cleaned(self):
+    def test_a_repository_is_read_again_after_its_metadata_expires_or_is_cleaned(self):
         self.configure("metadata_expire=3600")
         self.started()
         hidden = os.path.join(self.sandbox.repository("sandbox-disabled"), "hidden-gem-1.0-1.noarch.rpm")
@@ -205,16 +205,16 @@ class SetupTest(ScenarioTest):
         self.server.forget()
         self.again()
         self.assertIn(REPODATA + "repomd.xml", self.server.paths(200))
-        # What has not changed is not fetched again.
+        # Unchanged metadata is not downloaded again.
         self.assertNotIn(self.metadata("primary.xml.gz"), self.server.paths())
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_metadata_progress_is_told(self):
+    def test_progress_of_metadata_is_reported(self):
         self.load()
         self.collect()
-        told = set(read[:2] for read in self.recording.of("downloadEnd"))
-        self.assertIn(("MDPayload", "Sandbox, by HTTP"), told)
+        reports = set(read[:2] for read in self.recording.of("downloadEnd"))
+        self.assertIn(("MDPayload", "Sandbox, by HTTP"), reports)
         self.assert_no_faults()
 
 
@@ -224,7 +224,7 @@ class CollectionTest(ScenarioTest):
         self.catalogue = catalogue.packages()
 
     @in_own_process
-    def test_updates_are_the_newer_versions_of_what_is_installed(self):
+    def test_updates_are_newer_versions_of_installed_packages(self):
         self.started()
         installed = {(package.name, package.arch) for package in self.catalogue if package.state}
         expected = sorted(package.nevra for package in self.catalogue
@@ -239,7 +239,7 @@ class CollectionTest(ScenarioTest):
     def test_installed_and_available_packages(self):
         self.started()
         self.assertEqual({str(package) for package in self.installed}, self.sandbox.installed())
-        # The newest first: it is the one that the program shows.
+        # The newest version is the first, because the program shows the first.
         self.assertEqual([package.version for package in self.installed if package.name == "kernel"],
                          ["6.1.25", "6.1.20"])
         available = [str(package) for package in self.available]
@@ -276,7 +276,7 @@ class CollectionTest(ScenarioTest):
         self.assertFalse(self.groups["core"].uservisible)
         office = self.groups["office"]
         self.assertTrue(office.uservisible)
-        # What reads the groups drops blanks beside a character that is written as an entity.
+        # libcomps removes blanks beside a character that the XML file writes as an entity.
         self.assertEqual((office.id, office.name.replace(" ", "")), ("office", "Office&<b>Productivity</b>"))
         self.assertEqual(self.groups["international"].name, "Международные программы")
         for kind, names in (("mandatory", ["scribe-writer"]), ("default", ["almanac", "ledger-calc"]),
@@ -291,7 +291,7 @@ class CollectionTest(ScenarioTest):
         self.assertIsNone(history.get("office"))
 
     @in_own_process
-    def test_the_class_of_an_architecture(self):
+    def test_bi_arch_classes(self):
         biArch = self.load().getBiArch
         self.assertEqual(biArch("x86_64"), "x86_64")
         self.assertEqual(biArch("noarch"), "x86_64")
@@ -386,22 +386,22 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
 
     @in_own_process
-    def test_change_logs_whose_metadata_is_gone_are_empty(self):
+    def test_change_logs_without_metadata_are_empty(self):
         self.started()
         self.yumio.cleanAll()
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
         self.assertIn("sandbox-http", "\n".join(self.recording.errors()))
         self.assertEqual(len(self.package(self.available, "manyfiles").files), 2000)
-        # A search asks every package.
-        told = len(self.recording.errors())
+        # A search reads every package, but the log has only one report.
+        count = len(self.recording.errors())
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
         self.assertEqual(self.package(self.available, "manyfiles").changelogs, [])
-        self.assertEqual(len(self.recording.errors()), told)
+        self.assertEqual(len(self.recording.errors()), count)
         self.again()
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
 
     @in_own_process
-    def test_change_logs_stay_readable_after_another_collection(self):
+    def test_change_logs_are_readable_after_the_next_collection(self):
         self.started()
         self.again()
         self.assertEqual(len(self.package(self.available, "tagsoup").changelogs), 3)
@@ -416,7 +416,7 @@ class CollectionTest(ScenarioTest):
         self.assertFalse(hasattr(self.package(self.available, "astrolabe"), "hdr"))
 
     @in_own_process
-    def test_a_header_is_looked_up_once_for_all_values_of_a_package(self):
+    def test_a_header_is_read_once_for_all_values_of_a_package(self):
         self.started()
         import rpm
 
@@ -436,7 +436,7 @@ class CollectionTest(ScenarioTest):
                 self.assertEqual(package.buildhost, "builder7.larkspur.example")
                 self.assertGreater(len(package.changelogs), 0)
         self.assertEqual(looked_up, ["gallivant", "almanac", "gallivant"])
-        # What changes the packages forgets it.
+        # A transaction discards the header.
         del looked_up[:]
         self.apply(installs=["chatterbox"], answers=[0])
         self.assertEqual(gallivant.buildhost, "builder7.larkspur.example")
@@ -470,7 +470,7 @@ class CollectionTest(ScenarioTest):
 
 
 class ReplacementTest(ScenarioTest):
-    """Installed packages whose place another package is to take."""
+    """Installed packages that another package is going to replace."""
 
     OLD = "oldpost-1.8-1.x86_64"
     NEW = "newpost-2.0-1.x86_64"
@@ -479,7 +479,7 @@ class ReplacementTest(ScenarioTest):
         return [(str(old), str(new)) for old, new in self.yumio.replacements]
 
     def upgraded(self):
-        """What "dnf upgrade" says that it would put in the place of others, as names with architecture."""
+        """The packages that "dnf upgrade" would replace by other packages, as names with architecture."""
         root = self.sandbox.root
         done = subprocess.run(
             ["dnf", "--installroot", root, "--config", root + "/etc/yum.conf", "--assumeno", "--releasever=9",
@@ -491,7 +491,7 @@ class ReplacementTest(ScenarioTest):
         return re.findall(r"^ +replacing +(\S+) ", done.stdout, re.M)
 
     @in_own_process
-    def test_what_dnf_would_replace_is_known_until_it_is_done(self):
+    def test_replacements_are_those_of_dnf_until_they_are_done(self):
         self.started()
         self.assertEqual(self.upgraded(), ["oldpost.x86_64"])
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
@@ -501,7 +501,7 @@ class ReplacementTest(ScenarioTest):
         self.assertEqual(self.replacements(), [])
 
     @in_own_process
-    def test_nothing_is_replaced_where_the_configuration_says_so(self):
+    def test_the_configuration_can_prevent_replacements(self):
         for line in ("obsoletes=0", "exclude=newpost", "exclude=oldpost"):
             self.configure(line)
             if line == "obsoletes=0":
@@ -509,18 +509,18 @@ class ReplacementTest(ScenarioTest):
             else:
                 self.configure("obsoletes=1")
                 self.again()
-            # For "upgrade" without names, dnf 4.14 itself takes no notice of that option.
+            # In "upgrade" without names, dnf 4.14 ignores the option obsoletes.
             if line != "obsoletes=0":
                 self.assertEqual(self.upgraded(), [], line)
             self.assertEqual(self.replacements(), [], line)
 
     @in_own_process
-    def test_packages_of_the_last_collection_are_gone_when_the_next_one_begins(self):
+    def test_packages_of_the_last_collection_are_freed_before_the_next_one(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.apply(updates=["tidewatch", "abacus-cli"], answers=(1, 1))
         self.assertEqual([package.name for package in self.yumio.leftOut], ["tidewatch"])
-        # As the program does it.
+        # The program also drops its references first.
         self.updates = self.installed = self.available = None
         self.recording.clear()
         self.yumio.setupRepos()
@@ -529,18 +529,18 @@ class ReplacementTest(ScenarioTest):
                          [self.yumio.base.sack])
 
     @in_own_process
-    def test_asking_leaves_no_marks_behind(self):
+    def test_finding_replacements_leaves_no_marks(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.assertEqual(self.changes(self.apply, removes=["almanac"])[0], set())
 
 
 class ArchitectureTest(ScenarioTest):
-    """Updates that get, lose or keep an architecture, on a system with two."""
+    """Updates that add, lose or keep an architecture, on a system with two architectures."""
 
     REPOSITORY = "extra-crossings"
 
-    # Name: what is installed, what is available.
+    # Name: the installed versions, the available versions.
     CASES = {
         "none-to-both": ("1.noarch", "2.x86_64 2.i686"),
         "none-to-native": ("1.noarch", "2.x86_64"),
@@ -606,7 +606,7 @@ class ArchitectureTest(ScenarioTest):
         self.sandbox.use(self.REPOSITORY)
 
     def command(self, *options):
-        """What "dnf upgrade" says and does with all these packages."""
+        """The output of "dnf upgrade" with all these packages."""
         root = self.sandbox.root
         return subprocess.run(
             ["dnf", "--installroot", root, "--config", root + "/etc/yum.conf", "--releasever=9", "--disablerepo=*",
@@ -620,7 +620,7 @@ class ArchitectureTest(ScenarioTest):
         return [package for package in packages if package.name in self.CASES]
 
     def chain(self, new):
-        """The installed packages that the record of an update carries."""
+        """The installed packages in the chain of an update's record."""
         biArch = self.yumio.getBiArch
         key = (new.name, biArch(new.arch))
         moved = {(old.name, biArch(old.arch)): (each.name, biArch(each.arch))
@@ -630,7 +630,7 @@ class ArchitectureTest(ScenarioTest):
                 if place == key or (place not in keys and moved.get(place) == key)]
 
     @in_own_process
-    def test_updates_are_those_that_dnf_would_choose(self):
+    def test_updates_are_those_of_dnf(self):
         for policy in ("best", "all"):
             expected = listing_of_dnf(self.command("--assumeno", "--setopt=multilib_policy=" + policy))["Upgrading"]
             self.configure("multilib_policy=" + policy)
@@ -642,7 +642,7 @@ class ArchitectureTest(ScenarioTest):
                               for package in self.ours(self.updates)}, expected)
 
     @in_own_process
-    def test_each_update_has_the_installed_packages_whose_place_it_takes(self):
+    def test_each_update_has_the_installed_packages_that_it_replaces(self):
         other = os.path.join(self.directory, "other")
         subprocess.run(["cp", "-a", self.sandbox.root, other], check=True)
         self.started()
@@ -662,7 +662,7 @@ class ArchitectureTest(ScenarioTest):
         self.assertEqual(self.sandbox.installed(), after, output)
 
     @in_own_process
-    def test_what_takes_the_place_of_nothing_is_available(self):
+    def test_packages_without_an_installed_counterpart_are_available(self):
         self.started()
         biArch = self.yumio.getBiArch
         taken = {(package.name, biArch(package.arch)) for package in self.updates + self.installed}

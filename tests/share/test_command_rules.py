@@ -1,4 +1,4 @@
-"""What the package manager's own command does around its library, and the script does likewise."""
+"""Rules that the command dnf follows outside its library. The script follows them too."""
 
 import glob
 import json
@@ -15,11 +15,11 @@ class CommandRulesTest(ScenarioTest):
         return os.path.join(self.sandbox.root, "var/cache/yum", name)
 
     def asked(self):
-        """Which repositories were asked for their metadata."""
+        """The repositories from which metadata was requested."""
         return sorted(set(path.split("/")[1] for path in self.server.paths(200) if path.endswith("repomd.xml")))
 
     @in_own_process
-    def test_the_release_of_the_environment_counts_more_than_that_of_the_system(self):
+    def test_the_release_of_the_environment_replaces_that_of_the_system(self):
         self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")
         os.environ["DNF_VAR_releasever"] = "42"
         os.environ["DNF3"] = "three"
@@ -29,7 +29,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertIn("more-42", yumio.base.repos)
 
     @in_own_process
-    def test_the_release_of_a_file_of_variables_counts_for_the_directories_too(self):
+    def test_the_release_of_a_variable_file_is_used_in_directory_names(self):
         self.write("/etc/dnf/vars/releasever", "43\n")
         self.configure("cachedir=/var/cache/of-$releasever")
         conf = self.load().base.conf
@@ -48,12 +48,12 @@ class CommandRulesTest(ScenarioTest):
         self.assert_refused("astrolabe.*is not signed", installs=["astrolabe"])
 
     @in_own_process
-    def test_without_that_demand_the_files_of_repositories_count(self):
+    def test_otherwise_repository_files_decide_about_signatures(self):
         self.started()
         self.assertTrue([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck])
 
     @in_own_process
-    def test_the_cache_alone_can_be_used(self):
+    def test_dnf_can_be_limited_to_the_cache(self):
         self.started()
         self.assertTrue(self.asked())
         self.sandbox.expire_metadata()
@@ -64,7 +64,7 @@ class CommandRulesTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_packages_can_be_kept_in_a_directory(self):
+    def test_packages_can_be_downloaded_to_another_directory(self):
         self.configure("destdir=/srv/packages", "keepcache=1")
         self.started()
         self.apply(installs=["astrolabe"])
@@ -72,7 +72,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual(glob.glob(self.cached("*/packages/*.rpm")), [])
 
     @in_own_process
-    def test_metadata_that_an_earlier_run_has_found_out_of_date_are_fetched_again(self):
+    def test_metadata_expired_by_an_earlier_run_are_downloaded_again(self):
         self.configure("metadata_expire=never")
         self.started()
         self.yumio.unlock()
@@ -88,7 +88,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual(self.asked(), ["sandbox-http"])
 
     @in_own_process
-    def test_metadata_that_this_run_has_found_out_of_date_are_written_down(self):
+    def test_metadata_expired_by_this_run_are_recorded(self):
         self.configure("metadata_expire=never")
         self.started()
         self.yumio.base.repos["sandbox-http"]._repo.expire()
@@ -97,7 +97,7 @@ class CommandRulesTest(ScenarioTest):
             self.assertIn("sandbox-http", json.load(stream))
 
     @in_own_process
-    def test_a_marked_package_replaces_what_it_obsoletes_even_if_updates_do_not(self):
+    def test_a_marked_package_replaces_obsoleted_packages_even_without_obsoletes(self):
         self.configure("obsoletes=0")
         twin = self.sandbox.copy(os.path.join(self.directory, "twin"))
         for name in os.listdir(os.path.join(self.sandbox.root, "etc/yum.repos.d")):
@@ -111,8 +111,8 @@ class CommandRulesTest(ScenarioTest):
         self.assertNotIn("oldpost-1.8-1.x86_64", twin.installed())
 
     @in_own_process
-    def test_a_system_that_is_an_image_is_not_changed(self):
-        """The check alone: the rest of the operation would work on this very system."""
+    def test_an_image_based_system_is_not_changed(self):
+        """Tests only the check, because the rest of the operation would change the running system."""
         self.started()
         check = self.yumio._checkPersistence
         check()
@@ -121,7 +121,7 @@ class CommandRulesTest(ScenarioTest):
         os.system("mount -t tmpfs none /run && touch /run/ostree-booted && mount --bind /usr /usr && "
                   "mount -o remount,bind,ro /usr")
         self.assertTrue(os.statvfs("/usr").f_flag & os.ST_RDONLY)
-        check()  # another root than that of the system
+        check()  # the managed root is not the running system
         check.__globals__["managedRoot"] = lambda: "/"
         try:
             self.assertRaisesRegex(self.dnf.exceptions.Error, "^The programs of this system are an image", check)
@@ -133,8 +133,8 @@ class CommandRulesTest(ScenarioTest):
             check.__globals__["managedRoot"] = root
 
     @in_own_process
-    def test_files_of_root_are_as_those_of_the_command(self):
-        """The script leaves the mask of new files alone."""
+    def test_the_script_keeps_the_umask(self):
+        """The files of the script get the same modes as the files of dnf."""
         os.umask(0o027)
         self.load()
         self.assertEqual(os.umask(0o022), 0o027)

@@ -1,4 +1,4 @@
-"""Other programs that work with the database of packages."""
+"""Other programs that use the package database at the same time."""
 
 import fcntl
 import os
@@ -26,7 +26,7 @@ class DatabaseTest(ScenarioTest):
         self.assert_history_is_complete()
 
     def assert_history_is_complete(self):
-        """No transaction looks like one that was cut off."""
+        """The program reports no interrupted transaction."""
         self.recording.clear()
         self.yumio._tellLeftovers()
         self.assertEqual(self.recording.errors(), [])
@@ -39,7 +39,7 @@ class OutdatedTest(DatabaseTest):
         self.rpm("-e", "almanac")
         self.assert_refused(CHANGED, removes=["almanac"], answers=[])
         self.check_outdated()
-        # What was read again can be worked with.
+        # After the packages are read again, a transaction succeeds.
         self.again()
         self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({ASTROLABE}, set()))
         self.assertFalse(self.yumio.outdated)
@@ -61,8 +61,8 @@ class OutdatedTest(DatabaseTest):
         self.check_outdated()
 
     @in_own_process
-    def test_a_package_that_another_program_has_installed_once_more(self):
-        """It is the same one, with another number in the database."""
+    def test_a_package_that_another_program_has_installed_again(self):
+        """The package is the same, but its number in the database has changed."""
         self.started()
         self.rpm("-i", "--nodeps", "--replacepkgs",
                  os.path.join(self.sandbox.repository("sandbox-http"), ALMANAC + ".rpm"))
@@ -70,7 +70,7 @@ class OutdatedTest(DatabaseTest):
         self.check_outdated()
 
     @in_own_process
-    def test_a_signing_key_is_no_package(self):
+    def test_an_imported_key_does_not_count_as_a_change(self):
         self.started()
         cookie = self.script["databaseCookie"]()
         self.rpm("--import", self.sandbox.root + "/etc/pki/rpm-gpg/RPM-GPG-KEY-larkspur")
@@ -79,7 +79,7 @@ class OutdatedTest(DatabaseTest):
 
 
 class Holder(object):
-    """Another process that holds a lock until it is let go."""
+    """Another process that holds a lock until let_go()."""
 
     def __init__(self, take):
         here, there = os.pipe()
@@ -120,7 +120,7 @@ class LockedTest(DatabaseTest):
         return connection
 
     def prepare(self):
-        """The program that is asked as soon as something has to be waited for; the shown activities."""
+        """Collects the packages. The question about waiting comes after half a second; returns the shown activities."""
         self.started()
         shown = []
         self.script["showActivity"].__globals__["changeActivity"] = shown.append
@@ -137,7 +137,7 @@ class LockedTest(DatabaseTest):
         self.assert_refused("^The package database is in use by another program. Nothing was changed.$",
                             removes=["almanac"], answers=[0])
         who = "%s (%d)" % (self.script["nameOfProcess"](self.holder.process), self.holder.process)
-        # Each time, so that the program can end the wait.
+        # The script reports the activity repeatedly, so that the program can end the wait.
         self.assertGreater(len(shown), 1)
         self.assertEqual(set(shown), {"Waiting for %s, which uses the package database" % who})
         self.assertEqual(self.recording.printed(),
@@ -147,11 +147,11 @@ class LockedTest(DatabaseTest):
         self.assertFalse(self.yumio.outdated)
         self.let_go()
         self.assert_history_is_complete()
-        # The same packages can still be worked with.
+        # The packages need not be read again for the next transaction.
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process
-    def test_waiting_for_the_lock_of_rpm_is_given_up(self):
+    def test_the_user_can_give_up_waiting_for_the_lock_of_rpm(self):
         self.check_given_up(self.rpm_lock)
 
     def check_ended_by_the_program(self, take):
@@ -171,7 +171,7 @@ class LockedTest(DatabaseTest):
         self.assertFalse(self.yumio.systemChanged)
         self.assertEqual(self.sandbox.installed(), before)
         self.let_go()
-        # Nothing is held: another process gets both locks.
+        # The script holds no lock: another process gets both locks.
         Holder(self.rpm_lock).let_go()
         Holder(self.database_lock).let_go()
         self.assertEqual([name for name in os.listdir("/proc/self/fd") if self.target(name).endswith(".rpm.lock")], [])
@@ -182,7 +182,7 @@ class LockedTest(DatabaseTest):
     def target(name):
         try:
             return os.readlink("/proc/self/fd/" + name)
-        except OSError:  # that of the listing itself
+        except OSError:  # the descriptor of the listing itself
             return ""
 
     @in_own_process
@@ -194,7 +194,7 @@ class LockedTest(DatabaseTest):
         self.check_ended_by_the_program(self.database_lock)
 
     @in_own_process
-    def test_a_file_of_the_same_number_on_another_device_is_another_one(self):
+    def test_locks_on_different_devices_with_the_same_inode_number(self):
         self.load()
         self.isolate()
         places = []
@@ -222,11 +222,11 @@ class LockedTest(DatabaseTest):
                                  ""])
 
     @in_own_process
-    def test_waiting_for_a_locked_database_is_given_up(self):
+    def test_the_user_can_give_up_waiting_for_a_locked_database(self):
         self.check_given_up(self.database_lock)
 
     def check_waits(self, take):
-        """The lock is taken while the list is shown, and given back while its end is waited for."""
+        """Another process takes the lock while the listing is shown, and releases it while the script waits."""
         shown = self.prepare()
 
         def hold():
@@ -243,15 +243,15 @@ class LockedTest(DatabaseTest):
         self.assert_history_is_complete()
 
     @in_own_process
-    def test_the_end_of_the_lock_of_rpm_is_waited_for(self):
+    def test_the_transaction_waits_for_the_lock_of_rpm(self):
         self.check_waits(self.rpm_lock)
 
     @in_own_process
-    def test_the_end_of_a_lock_of_the_database_is_waited_for(self):
+    def test_the_transaction_waits_for_a_locked_database(self):
         self.check_waits(self.database_lock)
 
     @in_own_process
-    def test_what_another_program_has_changed_meanwhile_is_noticed(self):
+    def test_a_change_while_the_script_waits_for_the_lock(self):
         self.prepare()
 
         def hold():
@@ -267,7 +267,7 @@ class LockedTest(DatabaseTest):
         self.check_outdated()
 
     @in_own_process
-    def test_nobody_else_changes_packages_during_the_transaction(self):
+    def test_no_other_program_gets_the_lock_during_the_transaction(self):
         self.started()
         found = []
         before = self.dnf.Base.do_transaction
@@ -289,7 +289,7 @@ class LockedTest(DatabaseTest):
         self.assertEqual(found, [b"held"])
 
     @in_own_process
-    def test_a_transaction_that_rpm_does_not_begin_does_not_look_cut_off(self):
+    def test_a_transaction_that_rpm_refuses_is_not_reported_as_interrupted(self):
         self.started()
 
         def refuse(base, cb):
@@ -315,7 +315,7 @@ class HistoryTest(DatabaseTest):
         return path
 
     def check_damaged(self, change):
-        """The packages can be seen; nothing is applied, with the file and the remedy, which helps."""
+        """Packages are collected, but actions are refused. The message names the file and a remedy that works."""
         path = self.damage(change)
         self.load()
         self.yumio.lock()
@@ -329,11 +329,11 @@ class HistoryTest(DatabaseTest):
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process
-    def test_a_history_that_is_something_else(self):
+    def test_a_history_with_foreign_contents(self):
         self.check_damaged(lambda content: b"nonsense" * 10000)
 
     @in_own_process
-    def test_a_history_that_ends_too_early(self):
+    def test_a_truncated_history(self):
         self.check_damaged(lambda content: content[:len(content) // 2])
 
     @in_own_process

@@ -1,4 +1,4 @@
-"""Downloads: good ones, bad ones, and the ones that are not needed."""
+"""Downloads that succeed, that fail, and that are not necessary."""
 
 import ctypes
 import os
@@ -17,7 +17,7 @@ class DownloadTest(ScenarioTest):
         return sorted(found)
 
     @in_own_process
-    def test_every_package_is_announced_followed_and_ended(self):
+    def test_every_download_is_reported_from_start_to_end(self):
         self.started()
         self.apply(installs=TILES)
         self.assertEqual(len(self.recording.of("downloadRemotePayloads")), 1)
@@ -37,7 +37,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(sorted(name for kind, name, whole, status in ended), sorted(names))
         self.assertEqual({(kind, status) for kind, name, whole, status in ended}, {("RPMPayload", None)})
 
-    def assert_fails_and_is_mended(self, text, kind, *arguments):
+    def assert_fails_until_corrected(self, text, kind, *arguments):
         self.started()
         self.server.fault(LOUPE, kind, *arguments)
         self.assert_refused(text, installs=["loupe", "astrolabe"])
@@ -48,9 +48,9 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(changed, ({"loupe-45.0-1.x86_64", "astrolabe-5.6-1.x86_64"}, set()))
 
     @in_own_process
-    def test_an_interrupt_is_of_no_account_to_later_downloads(self):
+    def test_an_interrupt_does_not_affect_later_downloads(self):
         self.load()
-        # What the handler of the library that downloads leaves behind.
+        # librepo's signal handler sets this variable.
         interrupted = ctypes.c_int.in_dll(ctypes.CDLL("librepo.so.0"), "lr_interrupt")
         interrupted.value = 1
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "[Ii]nterrupted"):
@@ -64,27 +64,27 @@ class DownloadTest(ScenarioTest):
 
     @in_own_process
     def test_a_missing_package(self):
-        self.assert_fails_and_is_mended("loupe", "status", 404)
+        self.assert_fails_until_corrected("loupe", "status", 404)
 
     @in_own_process
-    def test_a_server_in_trouble(self):
-        self.assert_fails_and_is_mended("loupe", "status", 500)
+    def test_an_error_of_the_server(self):
+        self.assert_fails_until_corrected("loupe", "status", 500)
 
     @in_own_process
     def test_a_truncated_package(self):
-        self.assert_fails_and_is_mended("loupe", "truncated", 300)
+        self.assert_fails_until_corrected("loupe", "truncated", 300)
 
     @in_own_process
     def test_a_package_with_wrong_bytes(self):
-        self.assert_fails_and_is_mended("loupe", "corrupted")
+        self.assert_fails_until_corrected("loupe", "corrupted")
 
     @in_own_process
     def test_a_server_that_never_answers(self):
         self.configure("timeout=1", "minrate=100")
-        self.assert_fails_and_is_mended("loupe", "hang")
+        self.assert_fails_until_corrected("loupe", "hang")
 
     @in_own_process
-    def test_a_server_that_is_gone_before_the_downloads(self):
+    def test_a_server_that_stops_before_the_downloads(self):
         self.started()
         self.recording.before_answer = self.server.stop
         self.assert_refused("loupe.*Cannot download", installs=["loupe"])
@@ -93,7 +93,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_a_server_that_goes_in_the_middle(self):
+    def test_a_server_that_stops_during_a_download(self):
         self.started()
         self.server.fault("/sandbox-http/gargantua-1.0-1.noarch.rpm", "end_after", 1 << 20)
         self.assert_refused("gargantua.*Cannot download", installs=["gargantua", "loupe"])
@@ -103,7 +103,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(changed, ({"gargantua-1.0-1.noarch", "loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_a_second_mirror_helps_without_a_word_to_the_progress(self):
+    def test_a_second_mirror_is_used_without_a_report(self):
         with open(self.repository_file("sandbox-http")) as stream:
             good = stream.read().split("baseurl=")[1].split("\n")[0]
         self.change_repository("sandbox-http", "baseurl=" + good, "baseurl=%s,%s" % (
@@ -115,7 +115,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual([status for kind, name, whole, status in self.recording.of("downloadEnd")], [None])
 
     @in_own_process
-    def test_packages_in_the_cache_are_not_announced(self):
+    def test_packages_in_the_cache_are_not_downloaded(self):
         self.configure("keepcache=1")
         self.started()
         loupe = self.package(self.available, "loupe")
@@ -133,7 +133,7 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """As the program asks: two exceptions mean no."""
+        """The program also treats these two exceptions as a negative result."""
         try:
             return self.yumio.verifyLocalPkg(package)
         except (FileNotFoundError, self.dnf.exceptions.MiscError):
@@ -156,7 +156,7 @@ class DownloadTest(ScenarioTest):
         self.assertIn("loupe-45.0-1.x86_64", self.sandbox.installed())
 
     @in_own_process
-    def test_packages_of_a_directory_are_not_downloaded(self):
+    def test_packages_of_a_local_repository_are_not_downloaded(self):
         self.started()
         self.assertTrue(self.verified(self.package(self.available, "corkboard")))
         self.assertFalse(self.verified(self.package(self.installed, "almanac")))
@@ -174,7 +174,7 @@ class DownloadTest(ScenarioTest):
                                                     "corkboard-0.7-1.noarch.rpm")))
 
     @in_own_process
-    def test_downloads_stay_after_a_failure_until_the_next_success(self):
+    def test_downloads_are_kept_after_a_failure_until_the_next_success(self):
         self.started()
         self.assert_refused("palette.conf", installs=["inkwell-classic", "inkwell-modern"])
         self.assertEqual(self.cached(), ["inkwell-classic-1.0-1.noarch.rpm", "inkwell-modern-1.0-1.noarch.rpm"])
@@ -184,7 +184,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(self.cached(), [])
 
     @in_own_process
-    def test_packages_of_a_directory_stay_where_they_are(self):
+    def test_packages_of_a_local_repository_are_not_removed(self):
         self.started()
         self.apply(installs=["corkboard", "loupe"])
         self.assertTrue(os.path.exists(os.path.join(self.sandbox.repository("sandbox-file"),

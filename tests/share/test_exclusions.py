@@ -1,4 +1,4 @@
-"""Installed packages that the configuration excludes, and everything else that a transaction may be made of."""
+"""Installed packages that the configuration excludes, and the kinds of items in a transaction."""
 
 import subprocess
 
@@ -18,7 +18,7 @@ class ExcludedTest(ScenarioTest):
         self.excluded = list(self.yumio.collectAll().excluded)
 
     def command(self, *arguments):
-        """What the package manager's own command says to it; it changes nothing."""
+        """The output of the command dnf, which changes nothing."""
         root = self.sandbox.root
         done = subprocess.run(
             ["dnf", "--noplugins", "--assumeno", "--installroot", root, "-c", root + "/etc/yum.conf",
@@ -27,25 +27,25 @@ class ExcludedTest(ScenarioTest):
         return done.stdout.decode()
 
     @in_own_process
-    def test_they_are_collected_by_themselves(self):
+    def test_excluded_packages_are_collected_separately(self):
         self.started_without("exclude=oldpost,anvil-make")
         self.assertEqual(sorted(names(self.excluded)), ["anvil-make", "oldpost"])
         for packages in (self.installed, self.available, self.updates):
             self.assertNotIn("anvil-make", names(packages))
 
     @in_own_process
-    def test_without_an_exclusion_there_are_none(self):
+    def test_without_exclusions_no_package_is_excluded(self):
         self.started_without()
         self.assertEqual(self.excluded, [])
 
     @in_own_process
-    def test_exclusions_that_are_disabled_do_not_count(self):
+    def test_disabled_exclusions_have_no_effect(self):
         self.started_without("exclude=oldpost", "disable_excludes=all")
         self.assertEqual(self.excluded, [])
         self.assertEqual(self.changes(self.apply, removes=["oldpost"]), (set(), {"oldpost-1.8-1.x86_64"}))
 
     @in_own_process
-    def test_a_version_that_is_excluded_by_itself_has_no_update(self):
+    def test_an_excluded_installed_version_has_no_update(self):
         self.started_without("exclude=anvil-make-4.1*")
         self.assertEqual(names(self.excluded), ["anvil-make"])
         self.assertNotIn("anvil-make", names(self.updates))
@@ -60,7 +60,7 @@ class ExcludedTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, removes=["kernel"]), (set(), {"kernel-6.1.25-1.x86_64"}))
 
     @in_own_process
-    def test_another_package_may_take_the_place_of_an_excluded_one(self):
+    def test_another_package_can_replace_an_excluded_one(self):
         self.started_without("exclude=oldpost")
         self.assertIn("replacing  oldpost", self.command("install", "newpost"))
         changed = self.changes(self.apply, installs=["newpost"])
@@ -74,21 +74,21 @@ class ExcludedTest(ScenarioTest):
         self.assert_refused("problem with installed package vyre-network-suite", removes=["flint-ssh"])
 
     @in_own_process
-    def test_an_excluded_dependency_that_nothing_needs_any_more_stays(self):
+    def test_an_excluded_unused_dependency_is_kept(self):
         self.started_without("exclude=libtrellis")
         self.assertEqual(self.changes(self.apply, removes=["trellis-editor"]),
                          (set(), {"trellis-editor-1.2-1.x86_64"}))
 
     @needs_groups
     @in_own_process
-    def test_an_excluded_member_stays_when_its_group_goes(self):
+    def test_an_excluded_member_of_a_removed_group_is_kept(self):
         self.started_without("exclude=easel")
         self.assertEqual(self.changes(self.apply, group_removes=["arts"]), (set(), {"palette-knife-1.0-1.noarch"}))
 
 
 class ItemsTest(ScenarioTest):
     @in_own_process
-    def test_a_change_of_a_reason_is_an_item_with_a_word_of_its_own(self):
+    def test_the_change_of_a_reason_is_an_item_with_its_own_name(self):
         self.configure("installonly_limit=2")
         self.started()
         words = []

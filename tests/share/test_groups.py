@@ -1,4 +1,4 @@
-"""Groups on a system where the package manager cannot read them."""
+"""Groups on a system whose package manager cannot read them."""
 
 import types
 
@@ -13,7 +13,7 @@ class WithoutGroupsTest(ScenarioTest):
         self.load()
 
     def break_groups(self):
-        """Where groups can be read, they cannot be from here on: asking libcomps for anything fails."""
+        """Makes groups unreadable from now on, if they are readable: every call of libcomps fails."""
         if not self.sandbox.without_groups:
             self.yumio.collectGroups.__globals__["groupsCanBeRead"] = lambda: False
             import dnf.comps
@@ -24,16 +24,16 @@ class WithoutGroupsTest(ScenarioTest):
             dnf.comps.Comps.groups_iter = crash
 
     @in_own_process
-    def test_it_is_found_out_without_a_crash(self):
+    def test_unreadable_groups_are_detected_without_a_crash(self):
         self.assertEqual(self.script["groupsCanBeRead"](), not dnfbase.fault_of_groups())
 
     @in_own_process
-    def test_an_iterator_that_is_asked_again_must_return_itself(self):
+    def test_groups_are_readable_if_an_iterator_returns_itself(self):
         names = self.yumio.collectGroups.__globals__
         check = self.script["groupsCanBeRead"].__wrapped__
 
         class Twice(object):
-            """Python asks twice here, as 3.13 does."""
+            """A probe with the result of Python 3.13, which asks for an iterator twice."""
             asked = 2
 
             def __iter__(self):
@@ -67,7 +67,7 @@ class WithoutGroupsTest(ScenarioTest):
             self.assertIs(check(), expected, kind)
 
     @in_own_process
-    def test_groups_are_left_out_and_all_else_works(self):
+    def test_unreadable_groups_are_left_out_and_packages_work(self):
         self.break_groups()
         self.yumio.lock()
         self.collect()
@@ -82,7 +82,7 @@ class WithoutGroupsTest(ScenarioTest):
         changed = self.changes(self.apply, installs=["orchard"], updates=["abacus-cli"], removes=["almanac"])
         self.assertIn("orchard-3.0-1.x86_64", changed[0])
         self.assertIn("almanac-1.9-1.noarch", changed[1])
-        # Once says enough.
+        # The log reports this only once.
         self.yumio.reset()
         self.collect()
         self.assertEqual(self.groups, {})
@@ -91,11 +91,11 @@ class WithoutGroupsTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_nothing_is_said_where_no_repository_has_groups(self):
+    def test_without_groups_in_repositories_nothing_is_reported(self):
         self.index("sandbox-http")
         self.break_groups()
         self.yumio.lock()
         self.collect()
         self.assertEqual((self.groups, self.recording.without_groups()), ({}, []))
-        # Nor does an empty list of groups end the process.
+        # Reading an empty list of groups does not end the process either.
         self.assertEqual(self.yumio.base.comps.groups, [])

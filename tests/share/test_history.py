@@ -1,4 +1,4 @@
-"""What a transaction leaves beside the packages: its entry in the history, and what was downloaded for it."""
+"""The entry of a transaction in the history, and the downloaded packages after a transaction."""
 
 import glob
 import json
@@ -17,13 +17,13 @@ class OutcomeTest(ScenarioTest):
         self.configure("cachedir=/var/cache/yum")
 
     def transactions(self, root=None):
-        """Command line, user and state of each."""
+        """The command line, user, state, end and comment of each transaction."""
         with sqlite3.connect(os.path.join(root or self.sandbox.root, "var/lib/dnf/history.sqlite")) as connection:
             return connection.execute("select cmdline, user_id, state, dt_end is not null, comment from trans "
                                       "order by id").fetchall()
 
     def command(self, sandbox, *arguments):
-        """Runs the package manager's own command with the same cache; returns its status."""
+        """Runs the command dnf with the same cache; returns its exit status."""
         root = sandbox.root
         return subprocess.run(
             ["/usr/bin/dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
@@ -31,7 +31,7 @@ class OutcomeTest(ScenarioTest):
             env=sandbox.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode
 
     def twin(self):
-        """Another copy of the system, for the package manager's own command."""
+        """Another copy of the system, for the command dnf."""
         twin = self.sandbox.copy(os.path.join(self.directory, "twin"))
         for name in os.listdir(os.path.join(self.sandbox.root, "etc/yum.repos.d")):
             with open(self.repository_file(name[:-5])) as stream:
@@ -44,7 +44,7 @@ class OutcomeTest(ScenarioTest):
         return sorted(os.path.basename(path) for path in glob.glob(
             os.path.join(root or self.sandbox.root, "var/cache/yum/*/packages/*.rpm")))
 
-    def remembered(self, root=None):
+    def recorded(self, root=None):
         path = os.path.join(root or self.sandbox.root, "var/cache/yum/tempfiles.json")
         if not os.path.exists(path):
             return []
@@ -73,7 +73,7 @@ class HistoryTest(OutcomeTest):
         self.assertRegex(info, r"Command Line +: vyre: install astrolabe loupe; ")
 
     @in_own_process
-    def test_a_failed_one_has_the_return_code_that_the_command_gives_it(self):
+    def test_a_failed_transaction_has_the_return_code_of_dnf(self):
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "brokenlatch"), 1)
         expected = self.transactions(twin.root)[-1]
@@ -85,7 +85,7 @@ class HistoryTest(OutcomeTest):
 
     @needs_groups
     @in_own_process
-    def test_groups_alone_are_in_the_history(self):
+    def test_a_transaction_of_groups_only_is_in_the_history(self):
         twin = self.twin()
         for arguments in (("install", "pebble-go", "hedgerow", "orrery"), ("group", "install", "games")):
             self.assertEqual(self.command(twin, *arguments), 0)
@@ -98,7 +98,7 @@ class HistoryTest(OutcomeTest):
         self.assertEqual((line, rest), ("vyre: group install games", list(expected[1:])))
 
     @in_own_process
-    def test_a_comment_and_no_record_at_all(self):
+    def test_the_options_comment_and_history_record(self):
         self.configure("comment=why not")
         self.started()
         before = len(self.transactions())
@@ -110,7 +110,7 @@ class HistoryTest(OutcomeTest):
         self.assertEqual(len(self.transactions()), before + 1)
 
     @in_own_process
-    def test_command_lines_are_short_and_harmless(self):
+    def test_command_lines_are_shortened_and_printable(self):
         self.load()
         line = self.script["commandLine"]
         self.assertEqual(line(("install", ["b", "a", "b"]), ("remove", [])), "vyre: install a b")
@@ -122,7 +122,7 @@ class HistoryTest(OutcomeTest):
 
 class TestOnlyTest(OutcomeTest):
     @in_own_process
-    def test_a_test_transaction_changes_nothing_and_is_no_failure(self):
+    def test_a_test_transaction_changes_nothing_and_succeeds(self):
         self.configure("tsflags=test")
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "astrolabe"), 0)
@@ -136,19 +136,19 @@ class TestOnlyTest(OutcomeTest):
         self.assertNotIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())
         self.assertIn("almanac-1.9-1.noarch", self.sandbox.installed())
         self.assertTrue([text for level, text in self.recording.of("log") if "check the transaction" in text])
-        # What was downloaded is remembered, as with the command.
-        self.assertEqual((self.downloaded(), self.remembered()),
-                         (self.downloaded(twin.root), self.remembered(twin.root)))
-        self.assertEqual(self.remembered(), ["astrolabe-5.6-1.x86_64.rpm"])
+        # The downloaded packages are recorded, as by dnf.
+        self.assertEqual((self.downloaded(), self.recorded()),
+                         (self.downloaded(twin.root), self.recorded(twin.root)))
+        self.assertEqual(self.recorded(), ["astrolabe-5.6-1.x86_64.rpm"])
 
     @in_own_process
-    def test_one_that_cannot_run_is_a_failure(self):
+    def test_an_impossible_test_transaction_fails(self):
         self.configure("tsflags=test")
         self.started()
         self.assert_refused("libtide", updates=["tidewatch"])
 
     @in_own_process
-    def test_an_option_that_counts_on_the_command_line_only(self):
+    def test_downloadonly_has_no_effect_in_the_configuration(self):
         self.configure("downloadonly=1")
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "astrolabe"), 0)
@@ -160,23 +160,23 @@ class TestOnlyTest(OutcomeTest):
 
 class DownloadedPackagesTest(OutcomeTest):
     @in_own_process
-    def test_they_are_removed_after_a_success(self):
+    def test_downloaded_packages_are_removed_after_a_success(self):
         self.started()
         self.apply(installs=["astrolabe"])
-        self.assertEqual((self.downloaded(), self.remembered()), ([], []))
+        self.assertEqual((self.downloaded(), self.recorded()), ([], []))
         self.yumio.unlock()
-        self.assertEqual((self.downloaded(), self.remembered()), ([], []))
+        self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_they_are_kept_when_the_configuration_says_so(self):
+    def test_the_configuration_can_keep_downloaded_packages(self):
         self.configure("keepcache=1")
         self.started()
         self.apply(installs=["astrolabe"])
         self.yumio.unlock()
-        self.assertEqual((self.downloaded(), self.remembered()), (["astrolabe-5.6-1.x86_64.rpm"], []))
+        self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"], []))
 
     def refused(self):
-        """A transaction that fails after its packages were downloaded."""
+        """Runs a transaction that fails after the downloads."""
         def no(*unused):
             raise self.dnf.exceptions.Error("no")
 
@@ -186,44 +186,44 @@ class DownloadedPackagesTest(OutcomeTest):
         self.yumio._checkSignatures = kept
 
     @in_own_process
-    def test_after_a_failure_they_are_remembered_until_a_success(self):
+    def test_downloaded_packages_are_recorded_after_a_failure(self):
         self.started()
         self.refused()
-        self.assertEqual((self.downloaded(), self.remembered()), (["astrolabe-5.6-1.x86_64.rpm"],) * 2)
+        self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"],) * 2)
         self.again()
-        self.assertEqual((self.downloaded(), self.remembered()), (["astrolabe-5.6-1.x86_64.rpm"],) * 2)
+        self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"],) * 2)
         self.apply(installs=["loupe"])
-        self.assertEqual((self.downloaded(), self.remembered()), ([], []))
+        self.assertEqual((self.downloaded(), self.recorded()), ([], []))
         self.yumio.unlock()
-        self.assertEqual((self.downloaded(), self.remembered()), ([], []))
+        self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_the_command_removes_what_we_have_left_and_we_what_it_has_left(self):
+    def test_vyre_and_dnf_remove_each_other_s_downloaded_packages(self):
         self.started()
         self.refused()
         self.yumio.unlock()
         self.assertEqual(self.command(self.sandbox, "install", "loupe"), 0)
-        self.assertEqual((self.downloaded(), self.remembered()), ([], []))
+        self.assertEqual((self.downloaded(), self.recorded()), ([], []))
         self.assertEqual(self.command(self.sandbox, "install", "--downloadonly", "astrolabe"), 0)
-        self.assertEqual(self.remembered(), ["astrolabe-5.6-1.x86_64.rpm"])
+        self.assertEqual(self.recorded(), ["astrolabe-5.6-1.x86_64.rpm"])
         self.started()
         self.apply(installs=["chatterbox"])
-        self.assertEqual((self.downloaded(), self.remembered()), ([], []))
+        self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_after_a_package_that_failed_they_are_as_the_command_leaves_them(self):
+    def test_downloaded_packages_after_a_failed_package_are_those_of_dnf(self):
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "brokenlatch"), 1)
         self.started()
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "brokenlatch"):
             self.apply(installs=["brokenlatch"])
-        self.assertEqual((self.downloaded(), self.remembered()),
-                         (self.downloaded(twin.root), self.remembered(twin.root)))
+        self.assertEqual((self.downloaded(), self.recorded()),
+                         (self.downloaded(twin.root), self.recorded(twin.root)))
 
     @in_own_process
-    def test_the_end_of_the_program_closes_everything(self):
+    def test_unlocking_closes_the_base(self):
         self.started()
         base = self.yumio.base
         self.yumio.unlock()
         self.assertTrue(base._closed)
-        self.yumio.unlock()  # once is enough
+        self.yumio.unlock()  # a second call does nothing

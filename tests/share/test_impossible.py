@@ -1,4 +1,4 @@
-"""Marks that cannot be carried out, alone or with each other, and what goes because of a removal."""
+"""Marks that cannot be applied, alone or together, and the further removals that a removal causes."""
 
 import os
 import subprocess
@@ -14,7 +14,7 @@ BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noar
 
 class QuestionTest(ScenarioTest):
     def question(self):
-        """What was printed for the question; it stands alone."""
+        """The printed text of the question. No other text was printed with it."""
         self.assertEqual(self.recording.names().count("gpgsigcheck") -
                          len([name for name in self.recording.names() if name == "downloadEnd"]), 1)
         return self.recording.printed()
@@ -23,7 +23,7 @@ class QuestionTest(ScenarioTest):
         return sorted(str(each) for each in self.yumio.leftOut)
 
     def resolutions(self):
-        """Counts the calls of the resolver from here on."""
+        """Counts the calls of the resolver from now on."""
         counted = []
         base = self.yumio.base
         run = base._run_hawkey_goal
@@ -33,7 +33,7 @@ class QuestionTest(ScenarioTest):
 
 class UpdatesTest(QuestionTest):
     @in_own_process
-    def test_yes_applies_the_rest(self):
+    def test_answering_yes_applies_the_other_marks(self):
         self.started()
         counted = self.resolutions()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], installs=["astrolabe"],
@@ -48,11 +48,11 @@ class UpdatesTest(QuestionTest):
         self.assertIs(self.yumio.leftOut[0], self.package(self.updates, "tidewatch"))
         self.assertNotIn("tidewatch-2.0-1.noarch", self.recording.listed())
         self.assertEqual(self.yumio.base.args, ["vyre: install astrolabe; upgrade abacus-cli"])
-        # With everything, with what is possible, and with the rest.
+        # The resolver runs with all marks, then to find the possible ones, then with the remaining ones.
         self.assertEqual(len(counted), 3)
 
     @in_own_process
-    def test_no_changes_nothing(self):
+    def test_answering_no_changes_nothing(self):
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[0])
         self.assertEqual(changed, NOTHING)
@@ -60,11 +60,11 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_the_listing_can_be_refused_after_the_yes(self):
+    def test_the_listing_can_be_refused_after_answering_yes(self):
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[1, 0])
         self.assertEqual(changed, NOTHING)
-        # The next transaction begins without what was left out.
+        # The next transaction begins with an empty list of left-out packages.
         self.apply(installs=["astrolabe"])
         self.assertEqual(self.left_out(), [])
 
@@ -77,7 +77,7 @@ class UpdatesTest(QuestionTest):
         self.assertIn(BARRIER, self.recording.printed())
 
     @in_own_process
-    def test_where_the_configuration_skips_what_is_broken_it_is_the_same(self):
+    def test_skip_broken_does_not_prevent_the_question(self):
         self.configure("skip_broken=1")
         self.started()
         changed = self.changes(self.apply, installs=["moonbridge", "astrolabe"], answers=[1, 1])
@@ -85,14 +85,14 @@ class UpdatesTest(QuestionTest):
         self.assertIn("gravity >= 6", self.recording.printed())
 
     @in_own_process
-    def test_what_is_impossible_alone_is_refused_without_a_question(self):
+    def test_impossible_marks_alone_are_refused_without_a_question(self):
         self.started()
         self.assert_refused("libtide", updates=["tidewatch"])
         self.assert_refused("libtide", updates=["tidewatch"], installs=["moonbridge"])
         self.assertEqual(self.recording.order(), [])
 
     @in_own_process
-    def test_of_two_that_exclude_each_other_one_is_left_out(self):
+    def test_one_of_two_conflicting_packages_is_left_out(self):
         self.started()
         added, gone = self.changes(self.apply, installs=["tern-mta", "gull-mta", "astrolabe"], answers=[1, 1])
         self.assertEqual(len(added), 2)
@@ -102,7 +102,7 @@ class UpdatesTest(QuestionTest):
         self.assertIn("conflicts with", self.recording.printed())
 
     @in_own_process
-    def test_all_updates_but_the_broken_one(self):
+    def test_all_updates_except_the_impossible_one(self):
         self.started()
         names = sorted(set(package.name for package in self.updates) - {"newpost"})
         self.assertGreater(len(names), 15)
@@ -112,7 +112,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual([package.name for package in self.updates if package.name != "libcairn"], ["tidewatch"])
 
     @in_own_process
-    def test_what_the_package_manager_does_not_take_is_left_out_too(self):
+    def test_marks_that_the_package_manager_refuses_are_left_out(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         self.recording.answers = [1, 1]
@@ -122,7 +122,7 @@ class UpdatesTest(QuestionTest):
         self.assertIn("almanac-1.9-1.noarch is not newer", self.recording.printed())
 
     @in_own_process
-    def test_what_goes_on_is_said(self):
+    def test_the_activity_is_shown(self):
         self.started()
         shown = []
         self.script["showActivity"].__globals__["changeActivity"] = shown.append
@@ -131,8 +131,8 @@ class UpdatesTest(QuestionTest):
 
 
 class GroupQuestionTest(QuestionTest):
-    def broken_member(self):
-        """The update of a member of the group "weaving" needs what does not exist."""
+    def add_impossible_member(self):
+        """Adds a member with an impossible update to the group "weaving"."""
         self.change_comps('<packagereq type="mandatory">loomctl</packagereq>',
                           '<packagereq type="mandatory">loomctl</packagereq>'
                           '<packagereq type="mandatory">tidewatch</packagereq>')
@@ -149,8 +149,8 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_update_of_a_group_says_what_it_leaves_out(self):
-        self.broken_member()
+    def test_the_update_of_a_group_names_the_left_out_packages(self):
+        self.add_impossible_member()
         self.started()
         changed = self.changes(self.apply, group_updates=["weaving"], answers=[1, 1])
         self.assertEqual(changed, ({"loomctl-1.1-1.x86_64"}, {"loomctl-1.0-1.x86_64"}))
@@ -158,15 +158,15 @@ class GroupQuestionTest(QuestionTest):
         self.assertTrue(text.startswith("Go on without these packages?\n\ntidewatch-2.0-1.noarch\n    "), text)
         self.assertIn(BARRIER, text)
         self.assertEqual(self.left_out(), ["Weaving"])
-        # What is still listed has a reason the next time, too.
+        # The next attempt also gives a reason for the packages that it cannot apply.
         self.again()
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "Nothing of this can be applied:\ntidewatch-2.0.*\n"):
             self.apply(group_updates=["weaving"])
 
     @needs_groups
     @in_own_process
-    def test_no_leaves_the_group_as_it_is(self):
-        self.broken_member()
+    def test_answering_no_does_not_change_the_group(self):
+        self.add_impossible_member()
         self.started()
         self.assertEqual(self.changes(self.apply, group_updates=["weaving"], answers=[0]), NOTHING)
         self.assertEqual(self.recording.order(), ["gpgsigcheck", "userconfirm"])
@@ -175,7 +175,7 @@ class GroupQuestionTest(QuestionTest):
     @in_own_process
     def test_with_the_best_candidates_only_it_is_the_same(self):
         self.configure("best=1")
-        self.broken_member()
+        self.add_impossible_member()
         self.started()
         changed = self.changes(self.apply, group_updates=["weaving"], answers=[1, 1])
         self.assertEqual(changed, ({"loomctl-1.1-1.x86_64"}, {"loomctl-1.0-1.x86_64"}))
@@ -184,7 +184,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_the_installation_of_a_group_says_what_it_leaves_out(self):
+    def test_the_installation_of_a_group_names_the_left_out_packages(self):
         self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',
                           '<packagereq type="mandatory">pebble-go</packagereq>'
                           '<packagereq type="mandatory">moonbridge</packagereq>')
@@ -197,8 +197,8 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_a_group_and_a_package_can_both_have_to_be_left_out(self):
-        self.broken_member()
+    def test_a_group_and_a_package_can_both_be_left_out(self):
+        self.add_impossible_member()
         self.started()
         changed = self.changes(self.apply, group_updates=["weaving"], installs=["moonbridge"], answers=[1, 1])
         self.assertEqual(changed, ({"loomctl-1.1-1.x86_64"}, {"loomctl-1.0-1.x86_64"}))
@@ -209,7 +209,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_a_member_that_is_marked_for_removal_is_not_lacking(self):
+    def test_a_member_marked_for_removal_does_not_count_as_left_out(self):
         self.started()
         changed = self.changes(self.apply, group_installs=["office"], group_updates=["weaving"], removes=["shuttle"],
                                answers=[1])
@@ -218,12 +218,12 @@ class GroupQuestionTest(QuestionTest):
 
 class RemovalTest(QuestionTest):
     @in_own_process
-    def test_an_installation_takes_nothing_along_although_something_is_removed(self):
+    def test_an_installation_removes_no_conflicting_package_even_beside_a_removal(self):
         self.started()
         self.assert_refused_of("sandstone-1.0-1.noarch", installs=["sandstone"], removes=["almanac"])
 
     def assert_refused_of(self, name, **actions):
-        """The installation is left out, the removal is carried out."""
+        """The installation is left out, and the removal is applied."""
         added, gone = self.changes(self.apply, answers=[1, 1], **actions)
         self.assertEqual(added, set())
         self.assertNotIn("libgranite", " ".join(gone))
@@ -231,7 +231,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("conflicts with libgranite", self.recording.printed())
 
     @in_own_process
-    def test_what_needs_a_removed_package_goes_along_with_an_installation(self):
+    def test_dependents_of_a_removed_package_are_removed_beside_an_installation(self):
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"},
@@ -241,7 +241,7 @@ class RemovalTest(QuestionTest):
             "vyre-network-suite-1.0-1.noarch": (REMOVE, DEPENDENCY)})
 
     @in_own_process
-    def test_the_dependents_of_the_removed_go_and_the_conflicting_installation_is_left_out(self):
+    def test_dependents_are_removed_and_the_conflicting_installation_is_left_out(self):
         self.started()
         added, gone = self.changes(self.apply, installs=["sandstone", "astrolabe"], removes=["flint-ssh"],
                                    answers=[1, 1])
@@ -251,7 +251,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["sandstone-1.0-1.noarch"])
 
     @in_own_process
-    def test_unused_dependencies_go_along_with_an_installation(self):
+    def test_unused_dependencies_are_removed_beside_an_installation(self):
         self.started()
         self.apply(installs=["astrolabe"], removes=["trellis-editor"])
         self.assertEqual(self.recording.listed()["libtrellis-1.2-1.x86_64"], (REMOVE, CLEAN))
@@ -266,7 +266,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_a_protected_package_stays_whatever_else_is_marked(self):
+    def test_a_protected_package_is_kept_whatever_else_is_marked(self):
         self.configure("protected_packages=vyre-network-suite")
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"], answers=[1, 1])
@@ -285,27 +285,27 @@ class RemovalTest(QuestionTest):
         self.assertLess(len(counted), 50)
 
     @in_own_process
-    def test_what_is_available_takes_the_place_of_nothing_that_is_removed(self):
-        """As with the package manager's own command, a package goes that another provider could keep."""
+    def test_an_available_provider_does_not_replace_a_removed_one(self):
+        """Like dnf, it removes a package although another provider could keep it."""
         self.package_of_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"])
         self.assertEqual(changed, (set(), {"tern-mta-1.0-1.noarch", "lighthouse-1.0-1.noarch"}))
         self.assertEqual(self.recording.listed(), {"tern-mta-1.0-1.noarch": (REMOVE, USER),
                                                    "lighthouse-1.0-1.noarch": (REMOVE, DEPENDENCY)})
-        # What there is to install is to be had afterwards.
+        # Installable packages are available afterwards.
         self.again()
         self.assertIn("gull-mta", [package.name for package in self.available])
 
     @in_own_process
-    def test_another_provider_that_is_marked_keeps_what_needs_it(self):
+    def test_a_marked_provider_keeps_the_dependents_of_a_removed_one(self):
         self.package_of_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"], installs=["gull-mta"])
         self.assertEqual(changed, ({"gull-mta-1.0-1.noarch"}, {"tern-mta-1.0-1.noarch"}))
 
     def package_of_two_providers(self):
-        """Installs a mail transport and what needs one."""
+        """Installs a mail transport and a package that needs a mail transport."""
         self.build("lighthouse", "Requires: mail-transport")
         subprocess.run(["dnf", "--noplugins", "--assumeyes", "--quiet", "--installroot", self.sandbox.root, "-c",
                         self.sandbox.root + "/etc/yum.conf",
@@ -326,7 +326,7 @@ class RemovalTest(QuestionTest):
         self.index("sandbox-file")
 
     @in_own_process
-    def test_hostile_reasons_are_passed_on_as_they_are(self):
+    def test_reasons_with_markup_are_passed_on_unchanged(self):
         self.build("markup", "Requires: libmarkup(<b>&amp;%%1</b>)")
         self.started()
         self.apply(installs=["markup", "astrolabe"], answers=[0])

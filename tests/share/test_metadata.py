@@ -1,4 +1,4 @@
-"""Metadata of repositories, and files about modules, that are damaged."""
+"""Damaged metadata of repositories, and damaged files about modules."""
 
 import gzip
 import os
@@ -30,7 +30,7 @@ NO_FAULTS_OF_MODULES = "Detection of Platform Module failed: No valid Platform I
 
 
 def fault_of_metadata(path, element):
-    """What the program's function does, without its care for the number of packages."""
+    """Works like the program's function, but does not check the number of packages."""
     roots = []
     parser = xml.parsers.expat.ParserCreate()
     parser.StartElementHandler = lambda name, attributes: roots.append(name)
@@ -59,13 +59,13 @@ class MetadataTest(ScenarioTest):
         return [package.name for package in self.available if package.reponame == repository]
 
     def remarks(self):
-        """Takes them out, as the program does."""
+        """Returns the remarks and clears them, as the program does."""
         found = list(self.yumio.remarks)
         del self.yumio.remarks[:]
         return found
 
     def check_remark(self, kind):
-        """Packages are there, and it is said once what is wrong."""
+        """Packages are collected, and one remark describes the damage."""
         self.begin()
         self.collect()
         self.assertIn("corkboard", self.names("sandbox-file"))
@@ -73,7 +73,7 @@ class MetadataTest(ScenarioTest):
         self.assertRegex(remark, "(?s)^The %s metadata of the repository sandbox-file are damaged: .+\nFiles or "
                          "changes of its packages are missing in searches and descriptions.$" % kind)
         self.assertEqual(self.recording.errors(), [])
-        # It is not shown again in this run, but still logged: what the package manager has made of it is of no use.
+        # The remark is shown once in a run, but each collection logs it, because the damaged data is still unusable.
         self.yumio.reset()
         self.yumio.base.repos["sandbox-unreachable"].disable()
         self.collect()
@@ -82,27 +82,27 @@ class MetadataTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_file_lists_that_end_too_early(self):
+    def test_truncated_file_lists(self):
         self.damage("filelists", metadata.half)
         self.check_remark("filelists")
 
     @in_own_process
-    def test_compressed_file_lists_that_end_too_early(self):
+    def test_truncated_compressed_file_lists(self):
         self.damage("filelists", metadata.half, packed=True)
         self.check_remark("filelists")
 
     @in_own_process
-    def test_file_lists_that_are_something_else(self):
+    def test_file_lists_with_foreign_contents(self):
         self.damage("filelists", metadata.page)
         self.check_remark("filelists")
 
     @in_own_process
-    def test_change_logs_that_end_too_early(self):
+    def test_truncated_change_logs(self):
         self.damage("other", metadata.half)
         self.check_remark("other")
 
     @in_own_process
-    def test_metadata_that_are_whole_are_looked_at_once(self):
+    def test_undamaged_metadata_is_checked_only_once(self):
         self.begin()
         asked = []
         self.script["metadataFault"].__globals__["faultOfMetadata"] = lambda path, element: asked.append(element) or ""
@@ -111,7 +111,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(len(asked), 3 * 4)
         self.again()
         self.assertEqual(len(asked), 3 * 4)
-        # Nor after new metadata, but those.
+        # After a download, only the new metadata is checked.
         self.index("sandbox-file")
         self.yumio.cleanAll()
         self.again()
@@ -119,7 +119,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.remarks(), [])
 
     def check_refused(self, reason):
-        """Again and again, as long as it is so."""
+        """Each attempt is refused as long as the damage exists."""
         self.begin()
         for number in range(2):
             with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
@@ -127,24 +127,24 @@ class MetadataTest(ScenarioTest):
             self.assertRegex(str(caught.exception), "(?s)^" + reason)
             self.yumio.reset()
             self.yumio.base.repos["sandbox-unreachable"].disable()
-        # Another repository does not suffer from it.
+        # The damage does not affect other repositories.
         self.yumio.disableRepo("sandbox-file")
         self.collect()
         self.assertIn("astrolabe", self.names("sandbox-http"))
 
     @in_own_process
-    def test_packages_that_end_too_early(self):
+    def test_truncated_package_lists(self):
         self.damage("primary", metadata.half)
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: not parsed: "
                            "no element found")
 
     @in_own_process
-    def test_packages_that_are_something_else(self):
+    def test_package_lists_with_foreign_contents(self):
         self.damage("primary", metadata.page)
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: it is html$")
 
     @in_own_process
-    def test_a_damaged_repository_that_may_be_left_out(self):
+    def test_a_damaged_repository_with_skip_if_unavailable(self):
         self.damage("primary", metadata.page)
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
@@ -158,7 +158,7 @@ class MetadataTest(ScenarioTest):
 
     @in_own_process
     def test_no_packages_of_a_damaged_repository_are_listed(self):
-        """The package manager reads some packages of the list."""
+        """The package manager itself reads some packages of a damaged list."""
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
         self.begin()
@@ -180,7 +180,7 @@ class MetadataTest(ScenarioTest):
         self.assertIn("corkboard", self.names("sandbox-file"))
 
     @in_own_process
-    def test_what_cannot_be_unpacked_has_no_fault(self):
+    def test_files_that_cannot_be_unpacked_are_not_checked(self):
         self.load()
         asked = []
         self.script["metadataFault"].__globals__["faultOfMetadata"] = lambda path, element: asked.append(path) or "bad"
@@ -228,7 +228,7 @@ class MetadataTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_groups_that_cannot_be_unpacked(self):
+    def test_truncated_compressed_groups(self):
         metadata.alter(self.sandbox.repository("sandbox-http"), "group", metadata.half, packed=True)
         self.begin()
         self.collect()
@@ -241,8 +241,8 @@ class MetadataTest(ScenarioTest):
     # Modules
 
     @in_own_process
-    def test_modules_that_are_no_modules(self):
-        """The package manager's own reading of them would end the process."""
+    def test_modules_with_foreign_contents(self):
+        """If the package manager read these files, the process would end."""
         original = self.sandbox.repository("sandbox-file")
         shutil.copytree(original, original + ".away")
         for content in ("nonsense\n" * 100, "<html>\n<body>: no: [}</body></html>\n",
@@ -265,7 +265,7 @@ class MetadataTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_modules_that_unpack_to_too_much(self):
+    def test_modules_that_are_too_large_when_unpacked(self):
         self.load()
         path = os.path.join(self.directory, "modules.yaml.gz")
         with gzip.open(path, "wb", 1) as stream:
@@ -275,7 +275,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.script["modulesFault"](self.yumio.base, path), "it has more than 64 MB")
 
     @in_own_process
-    def test_modules_that_are_whole(self):
+    def test_undamaged_modules(self):
         metadata.add_modules(self.sandbox.repository("sandbox-file"), ROWAN, self.directory)
         self.begin()
         self.collect()
@@ -312,9 +312,9 @@ class MetadataTest(ScenarioTest):
         self.assertIn("corkboard", self.names("sandbox-file"))
 
     @in_own_process
-    def test_defaults_of_modules_that_are_none(self):
+    def test_damaged_defaults_of_modules(self):
         self.check_file("/etc/dnf/modules.defaults.d/rowan.yaml", "nonsense: [\n")
 
     @in_own_process
-    def test_state_of_a_module_that_is_none(self):
+    def test_damaged_state_of_a_module(self):
         self.check_file("/etc/dnf/modules.d/rowan.module", "nonsense\n")

@@ -1,4 +1,4 @@
-"""Modules of the package manager in transactions of the program."""
+"""Modules in the program's transactions."""
 
 import os
 
@@ -19,7 +19,7 @@ class ModuleScenario(ScenarioTest):
         self.recording.clear()
 
     def streams(self):
-        """What the files of the system say of modules."""
+        """The states and streams of modules in the files of the system."""
         directory = os.path.join(self.sandbox.root, "etc/dnf/modules.d")
         found = {}
         for name in os.listdir(directory) if os.path.isdir(directory) else ():
@@ -31,7 +31,7 @@ class ModuleScenario(ScenarioTest):
 
 class ModulesTest(ModuleScenario):
     @in_own_process
-    def test_an_enabled_stream_stands_in_the_listing_after_the_packages(self):
+    def test_the_listing_has_an_enabled_stream_after_the_packages(self):
         self.started()
         at = []
         self.script["extendListing"].__globals__["addToListing"] = lambda text: (
@@ -42,32 +42,32 @@ class ModulesTest(ModuleScenario):
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
 
     @in_own_process
-    def test_no_leaves_the_streams_as_they_are(self):
+    def test_answering_no_does_not_change_the_streams(self):
         self.started()
         before = self.streams()
         self.apply(installs=["grove-cli"], answers=[0])
         self.assertEqual(self.streams(), before)
-        # The refused stream does not come back with the next transaction.
+        # The next transaction does not enable the refused stream.
         del self.added[:]
         self.apply(installs=["astrolabe"])
         self.assertEqual(self.added, [])
         self.assertNotIn("grove", {name for name, state in self.streams().items() if state[0]})
 
     @in_own_process
-    def test_a_transaction_that_is_not_possible_leaves_the_streams_as_they_are(self):
+    def test_an_impossible_transaction_does_not_change_the_streams(self):
         self.started()
         before = self.streams()
         self.assert_refused("palette.conf", installs=["grove-cli", "inkwell-classic", "inkwell-modern"])
         self.assertEqual(self.streams(), before)
 
-    def switched(self):
-        """One stream is enabled, and the package manager is to go on to the one that took its place."""
+    def enable_obsolete_stream(self):
+        """Enables an obsolete stream and configures the package manager to switch to its successor."""
         self.write("/etc/dnf/modules.d/grove.module", "[grove]\nname=grove\nstream=0\nprofiles=\nstate=enabled\n")
         self.configure("module_obsoletes=True")
 
     @in_own_process
-    def test_a_switch_is_refused_in_the_package_managers_words(self):
-        self.switched()
+    def test_a_switch_is_refused_with_the_text_of_dnf(self):
+        self.enable_obsolete_stream()
         self.started()
         before = self.streams()
         self.assert_refused(
@@ -80,8 +80,8 @@ class ModulesTest(ModuleScenario):
         self.assertEqual(self.streams(), before)
 
     @in_own_process
-    def test_a_switch_that_is_allowed_stands_in_the_listing(self):
-        self.switched()
+    def test_the_listing_has_an_allowed_switch(self):
+        self.enable_obsolete_stream()
         self.configure("module_stream_switch=True")
         self.started()
         self.apply(installs=["grove-cli"])
@@ -96,7 +96,7 @@ class LanguageTest(ModuleScenario):
         super(LanguageTest, self).enter()
 
     @in_own_process
-    def test_the_heading_is_the_package_managers_own_in_the_users_language(self):
+    def test_the_heading_is_dnf_s_translation(self):
         self.started()
         self.apply(installs=["grove-cli"], answers=[0])
         self.assertEqual("".join(self.added), "Activation des flux de modules:\n\tgrove 1\n")

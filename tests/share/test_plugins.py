@@ -1,4 +1,4 @@
-"""The package manager's plug-ins: loaded, asked and ended as its own command does it."""
+"""The package manager's plug-ins. They are loaded, called and unloaded as by the command dnf."""
 
 import gc
 import os
@@ -10,7 +10,7 @@ from scenario import ScenarioTest, in_own_process
 
 SYSTEM_PLUGINS = "/usr/lib/python3/dist-packages/dnf-plugins"
 
-# Writes down what it sees; COMMAND says which program has loaded it.
+# A plug-in that records its calls and the state of its base.
 PROBE = """
 import os
 import dnf
@@ -67,7 +67,7 @@ class PlugInsTest(ScenarioTest):
                        env=self.sandbox.environment(), stdout=subprocess.DEVNULL)
 
     def failure(self):
-        """What a collection fails with."""
+        """The message of a failing collection."""
         self.load()
         self.yumio.lock()
         with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
@@ -78,7 +78,7 @@ class PlugInsTest(ScenarioTest):
 
 class HooksTest(PlugInsTest):
     @in_own_process
-    def test_a_plug_in_sees_what_it_sees_of_the_command(self):
+    def test_a_plug_in_gets_the_same_calls_as_from_dnf(self):
         self.put("probe", PROBE)
         self.command("install", "astrolabe")
         expected = self.sightings()
@@ -91,14 +91,14 @@ class HooksTest(PlugInsTest):
         self.assertIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())
 
     @in_own_process
-    def test_after_a_reset_they_are_loaded_again(self):
+    def test_plug_ins_are_loaded_again_after_a_reset(self):
         self.put("probe", PROBE)
         self.started()
         first = self.sightings()
         self.assertEqual([line.split()[0] for line in first], ["init", "pre_config", "config", "sack"])
         self.again()
         self.assertEqual(self.sightings(), first)
-        # In the version that there is now.
+        # The current version of the file is loaded.
         self.put("probe", PROBE.replace("hook +", "'new ' + hook +"))
         self.again()
         self.assertEqual(self.sightings(), ["new " + line for line in first])
@@ -112,7 +112,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual([name for name in sys.modules if name.startswith("dnf.plugin.dynamic")], [])
 
     @in_own_process
-    def test_a_second_collection_uses_the_same_ones(self):
+    def test_a_second_collection_uses_the_same_plug_ins(self):
         self.put("probe", PROBE)
         self.started()
         first = self.sightings()
@@ -120,7 +120,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual(self.sightings(), first[-1:])
 
     @in_own_process
-    def test_after_a_transaction_that_replaced_one_they_are_loaded_again(self):
+    def test_plug_ins_are_loaded_again_after_a_transaction_replaced_one(self):
         self.put("probe", PROBE)
         self.put("other", raising("transaction", "os.rename(%r, %r)" % (
             os.path.join(self.plugins, "probe.py"), os.path.join(self.plugins, "moved.py"))))
@@ -129,7 +129,7 @@ class HooksTest(PlugInsTest):
         self.sightings()
         self.collect()
         self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
-        # The end of a run, or a new one, loads none for what it ends.
+        # Neither a reset nor the end of the run loads plug-ins again for the old base.
         for action, expected in ((self.again, ["init", "pre_config", "config", "sack"]), (self.yumio.unlock, [])):
             self.put("probe", PROBE)
             self.put("other", raising("transaction", "os.rename(%r, %r)" % (
@@ -142,7 +142,7 @@ class HooksTest(PlugInsTest):
             self.assertEqual([line.split()[0] for line in self.sightings()], expected)
 
     @in_own_process
-    def test_disabled_ones_are_not_used(self):
+    def test_disabled_plug_ins_are_not_used(self):
         self.put("probe", PROBE, "[main]\nenabled=0\n")
         self.started()
         self.assertEqual(self.sightings(), [])
@@ -155,7 +155,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual(self.sightings(), [])
 
     @in_own_process
-    def test_rounds_leave_nothing_behind(self):
+    def test_old_plug_ins_are_freed_after_each_reset(self):
         self.put("probe", PROBE)
         self.put("command", "import dnf, dnf.cli\n@dnf.plugin.register_command\n"
                  "class Command(dnf.cli.Command):\n    aliases = ('mine',)\n")
@@ -174,7 +174,7 @@ class HooksTest(PlugInsTest):
         for _ in range(3):
             self.again()
             self.assertEqual((classes(), modules()), first)
-        # Even where something holds an old one.
+        # This is so even if a reference to an old plug-in exists.
         held = self.dnf.plugin.Plugin.__subclasses__()
         self.sightings()
         self.again()
@@ -182,8 +182,8 @@ class HooksTest(PlugInsTest):
         del held
 
     @in_own_process
-    def test_with_a_managed_root_those_of_this_system_are_used(self):
-        """As with --installroot: neither the code of the image is run nor its settings of plug-ins read."""
+    def test_a_managed_root_uses_the_plug_ins_of_the_running_system(self):
+        """As with --installroot, neither the code nor the settings of plug-ins in the managed root are used."""
         self.put("probe", PROBE)
         for directory in (SYSTEM_PLUGINS, self.plugins):
             self.write(directory + "/evil.py", PROBE.replace("hook +", "'evil ' + hook +"))
@@ -205,7 +205,7 @@ class HooksTest(PlugInsTest):
 
 class FailuresTest(PlugInsTest):
     @in_own_process
-    def test_one_that_cannot_be_imported_is_left_out_as_the_package_manager_does_it(self):
+    def test_a_plug_in_that_cannot_be_imported_is_left_out(self):
         self.put("crooked", "raise ValueError('wrong')\n")
         self.put("probe", PROBE)
         self.load()
@@ -215,26 +215,26 @@ class FailuresTest(PlugInsTest):
                          ['Failed loading plugin "crooked": wrong'])
 
     @in_own_process
-    def test_one_that_ends_the_program_when_it_is_imported(self):
+    def test_a_plug_in_that_exits_during_its_import(self):
         self.put("crooked", "import sys\nsys.exit('enough')\n")
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: enough")
 
     @in_own_process
-    def test_one_that_cannot_be_made(self):
+    def test_a_plug_in_that_cannot_be_created(self):
         self.put("crooked", raising("__init__", "raise ValueError('wrong')"))
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: wrong")
-        # Nothing but this was stopped.
+        # Without the plug-in, the next collection succeeds.
         os.unlink(os.path.join(self.plugins, "crooked.py"))
         self.again()
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_one_with_damaged_settings(self):
+    def test_a_plug_in_with_damaged_settings(self):
         self.put("probe", PROBE, "enabled\n")
         self.assertRegex(self.failure(), "^The plug-ins cannot be loaded: .*probe.conf")
 
     @in_own_process
-    def test_one_that_ends_the_program_in_a_hook(self):
+    def test_a_plug_in_that_exits_in_a_hook(self):
         for hook in ("pre_config", "config", "sack"):
             self.put("crooked", raising(hook, "sys.exit(3)"))
             self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: 3")
@@ -243,7 +243,7 @@ class FailuresTest(PlugInsTest):
         self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: no")
 
     @in_own_process
-    def test_one_that_interrupts_the_program_is_named(self):
+    def test_a_plug_in_that_interrupts_the_program_is_named(self):
         self.load()
         for raised, said in (("KeyboardInterrupt", "KeyboardInterrupt"), ("KeyboardInterrupt('stop')", "stop"),
                              ("BaseException('all')", "all")):
@@ -260,21 +260,21 @@ class FailuresTest(PlugInsTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_one_that_fails_in_a_hook_stops_nothing(self):
+    def test_a_plug_in_that_fails_in_a_hook_stops_nothing(self):
         for hook in HOOKS:
             self.put("crooked" + hook, raising(hook, "raise ValueError('wrong')", "crooked" + hook))
         self.load()
         self.collect()
         self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({"astrolabe-5.6-1.x86_64"}, set()))
         for hook in HOOKS:
-            told = [text for text in self.recording.errors() if "crooked" + hook in text]
-            self.assertEqual(len(told), 1, told)
-            self.assertTrue(told[0].startswith("The plug-in crooked%s has failed (%s):\nTraceback" % (hook, hook)))
-            self.assertIn("ValueError: wrong", told[0])
+            reports = [text for text in self.recording.errors() if "crooked" + hook in text]
+            self.assertEqual(len(reports), 1, reports)
+            self.assertTrue(reports[0].startswith("The plug-in crooked%s has failed (%s):\nTraceback" % (hook, hook)))
+            self.assertIn("ValueError: wrong", reports[0])
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_one_that_ends_the_program_stops_a_transaction_before_it_begins(self):
+    def test_a_plug_in_that_exits_before_a_transaction_prevents_it(self):
         for hook in ("resolved", "pre_transaction"):
             for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
                 self.put("crooked", raising(hook, statement))
@@ -286,7 +286,7 @@ class FailuresTest(PlugInsTest):
                 self.yumio.unlock()
 
     @in_own_process
-    def test_one_that_ends_the_program_after_a_transaction(self):
+    def test_a_plug_in_that_exits_after_a_transaction(self):
         for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
             self.put("crooked", raising("transaction", statement))
             self.started()
@@ -299,7 +299,7 @@ class FailuresTest(PlugInsTest):
             self.yumio.unlock()
 
     @in_own_process
-    def test_what_they_print_is_in_the_log(self):
+    def test_the_output_of_plug_ins_is_in_the_log(self):
         self.put("crooked", raising("sack", "print('printed'); print('wrong', file=sys.stderr)"))
         self.started()
         self.collect()
@@ -307,14 +307,14 @@ class FailuresTest(PlugInsTest):
         self.assertIn("wrong", "".join(text for text, in self.recording.of("stderrWrite")))
 
     @in_own_process
-    def test_one_that_asks_gets_no_answer(self):
+    def test_a_plug_in_that_reads_input_fails(self):
         self.put("crooked", raising("sack", "input('why? ')"))
         self.load()
         self.collect()
         self.assertEqual(len([text for text in self.recording.errors() if "EOFError" in text]), 1)
 
     @in_own_process
-    def test_a_thread_of_one_that_fails_stops_nothing(self):
+    def test_a_failing_thread_of_a_plug_in_stops_nothing(self):
         self.put("crooked", raising("sack", "thread = threading.Thread(target=lambda: 1 / 0); thread.start(); "
                                     "thread.join()"))
         self.load()
@@ -324,13 +324,14 @@ class FailuresTest(PlugInsTest):
 
 
 class RealPlugInsTest(ScenarioTest):
-    """Those that distributions have."""
+    """The plug-ins of the distribution."""
 
     @in_own_process
-    def test_all_can_be_loaded(self):
+    def test_all_plug_ins_can_be_loaded(self):
         settings = os.path.join(self.directory, "settings")
         shutil.copytree("/etc/dnf/plugins", settings)
-        # One of them, enabled by default, keeps every package that was installed, outside the managed system.
+        # The plug-in local is enabled by default. It copies every installed package to a directory outside the managed
+        # system.
         with open(os.path.join(settings, "local.conf"), "w") as stream:
             stream.write("[main]\nenabled=1\nrepodir=%s\n[createrepo]\nenabled=0\n" %
                          os.path.join(self.directory, "kept"))
@@ -347,7 +348,7 @@ class RealPlugInsTest(ScenarioTest):
         self.assertEqual(os.listdir(os.path.join(self.directory, "kept")), ["astrolabe-5.6-1.x86_64.rpm"])
 
     def use(self, settings):
-        # It writes what is available into a file of this system, also with a managed root.
+        # This plug-in writes the available packages to a file of the running system, even with a managed root.
         with open(os.path.join(settings, "generate_completion_cache.conf"), "w") as stream:
             stream.write("[main]\nenabled=0\n")
         self.configure("plugins=1", "pluginconfpath=" + settings)
@@ -363,7 +364,7 @@ class RealPlugInsTest(ScenarioTest):
         self.use(settings)
 
     def upgradable(self):
-        """What the package manager's own command lists."""
+        """The packages with updates, as "dnf check-update" lists them."""
         root = self.sandbox.root
         done = subprocess.run(["/usr/bin/dnf", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
                                "--setopt=reposdir=%s/etc/yum.repos.d" % root, "check-update"],
@@ -383,7 +384,7 @@ class RealPlugInsTest(ScenarioTest):
         self.assertIn("quillbase.x86_64", self.upgradable())
 
     @in_own_process
-    def test_a_lock_that_comes_after_the_collection_counts_after_the_next_one(self):
+    def test_a_new_lock_has_effect_after_the_next_collection(self):
         self.started()
         self.package(self.updates, "abacus-cli")
         self.lock("!astrolabe-0:5.6-1.*")

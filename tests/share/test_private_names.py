@@ -1,4 +1,4 @@
-"""What the script uses of the package manager although it is not meant for others."""
+"""The private names of the package manager that the script uses."""
 
 import ast
 import os
@@ -10,7 +10,7 @@ from scenario import SCRIPT, ScenarioTest, in_own_process
 
 class MissingNamesTest(ScenarioTest):
     def refusal(self, place, name):
-        """What a start says when the name is missing, in a process of its own; empty when it starts."""
+        """Starts the script without this name, in a child process; returns the message, or "" if it starts."""
         reader, writer = os.pipe()
         child = os.fork()
         if child == 0:
@@ -42,12 +42,12 @@ class MissingNamesTest(ScenarioTest):
         return text
 
     @in_own_process
-    def test_the_start_is_refused_without_each_of_them(self):
+    def test_the_start_is_refused_if_any_private_name_is_missing(self):
         from recordingmodule import Recording
         import runpy
 
         sys.modules["yumIOC"] = Recording().module
-        # Loaded by another name: nothing of the package manager is replaced by ours in the process that is copied.
+        # Loading replaces classes of dnf. They are restored, because the child processes need dnf's own classes.
         import dnf
         import dnf.conf.read
         import dnf.plugin
@@ -62,7 +62,7 @@ class MissingNamesTest(ScenarioTest):
             {name: text.format(dnf.const.VERSION, place.__name__ + "." + name) for place, name, text in names})
 
     @in_own_process
-    def test_what_our_classes_replace_is_looked_for(self):
+    def test_private_names_that_our_classes_override_are_listed(self):
         self.load()
         listed = {name for place, name, text in self.script["PRIVATE_NAMES"]} | set(self.script["NEW_NAMES"])
         replaced = set()
@@ -74,7 +74,7 @@ class MissingNamesTest(ScenarioTest):
                 with open(SCRIPT) as stream:
                     own |= {target.attr for node in ast.walk(ast.parse(stream.read())) if isinstance(node, ast.Assign)
                             for target in node.targets if isinstance(target, ast.Attribute)}
-            # What the package manager's class, or an object of it, has as well.
+            # The names that the package manager's class or its objects also have.
             others = {each for place in found.__mro__ if place.__module__.startswith("dnf.") for each in vars(place)}
             if issubclass(found, self.dnf.Base):
                 others |= set(vars(self.dnf.Base()))
@@ -83,7 +83,7 @@ class MissingNamesTest(ScenarioTest):
         self.assertEqual(replaced - listed, set())
 
     @in_own_process
-    def test_names_of_what_checks_signatures_may_be_missing(self):
+    def test_names_for_checking_signatures_can_be_missing(self):
         import dnf.rpm.miscutils as miscutils
 
         own = miscutils._verifyPackageUsingRpmkeys
@@ -93,10 +93,10 @@ class MissingNamesTest(ScenarioTest):
 
 
 class UsedNamesTest(unittest.TestCase):
-    def test_all_that_are_used_are_looked_for(self):
+    def test_all_used_private_names_are_listed(self):
         with open(SCRIPT) as stream:
             tree = ast.parse(stream.read())
-        own = {"_"}  # a function of dnf.i18n for all
+        own = {"_"}  # a public function of dnf.i18n
         classes = {"self", "cls"}
         listed = set()
         for node in ast.walk(tree):
@@ -117,7 +117,7 @@ class UsedNamesTest(unittest.TestCase):
             if not isinstance(node, ast.Attribute) or not node.attr.startswith("_") or node.attr.startswith("__"):
                 continue
             place = getattr(node.value, "id", "")
-            # What a class of ours gives its own objects, or overrides without calling that of the package manager.
+            # Our classes define these names, or override them without calling the package manager's method.
             if node.attr in own and (place in classes or place == "" and not isinstance(node.value, ast.Call)):
                 continue
             if node.attr not in listed:

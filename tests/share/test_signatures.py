@@ -1,4 +1,4 @@
-"""Signatures of packages and of metadata, and the keys they are checked with."""
+"""Signatures of packages and of metadata, and their keys."""
 
 import os
 import re
@@ -39,7 +39,7 @@ class SignatureTest(ScenarioTest):
         self.assertIn(CANDLE, self.sandbox.installed())
 
     @in_own_process
-    def test_the_question_follows_an_emptied_text(self):
+    def test_the_text_is_cleared_before_the_question(self):
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         names = [name for name in self.recording.names() if name not in ("log", "errorlog")]
@@ -47,7 +47,7 @@ class SignatureTest(ScenarioTest):
         self.assertEqual(names[last - 2:last], ["gpgsigcheck", "stdoutWrite"])
 
     @in_own_process
-    def test_one_question_is_enough_for_several_packages(self):
+    def test_several_packages_cause_one_question(self):
         self.started()
         self.apply(installs=["wax-tablet", "wax-candle", "wax-polish"], answers=[1, 1])
         self.assertLessEqual({TABLET, CANDLE, "wax-polish-2.0-1.x86_64"}, self.sandbox.installed())
@@ -60,7 +60,7 @@ class SignatureTest(ScenarioTest):
         self.recording.clear()
         self.assert_refused("key", installs=["wax-tablet"], answers=[1, 0])
         self.assertEqual(self.questions(), 2)
-        # Only the key itself was fetched without a word.
+        # Only the download of the key had no progress report.
         self.assertIsInstance(self.yumio.base.repos["sandbox-signed"]._md_pload.progress,
                               self.script["DownloadProgress"])
         self.apply(installs=["wax-tablet"], answers=[1, 1])
@@ -74,8 +74,8 @@ class SignatureTest(ScenarioTest):
             self.apply(installs=["wax-forged"], answers=[1, 1])
         self.assertEqual(self.sandbox.installed() - before, self.keys())
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # With the repository's key there already, there is nothing to ask, unless rpm keeps keys in a way in which the
-        # package manager does not find them.
+        # If the repository's key is installed, dnf asks no question. Some versions of dnf do not find the keys of newer
+        # versions of rpm, and ask again.
         known = any(re.match("gpg-pubkey-[0-9a-f]{8}-", key) for key in self.keys())
         self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1] if known else [1, 1])
         self.assertEqual(len(self.keys()), 1)
@@ -88,7 +88,7 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_a_changed_package_is_refused(self):
-        """The digest in the repository is that of the changed file."""
+        """The metadata has the digest of the changed file, so only the signature is wrong."""
         path = os.path.join(self.sandbox.repository("sandbox-signed"), TABLET + ".rpm")
         with open(path, "r+b") as stream:
             content = bytearray(stream.read())
@@ -106,10 +106,10 @@ class SignatureTest(ScenarioTest):
         self.assert_refused("not installed", installs=["wax-tablet"], answers=[1])
 
     @in_own_process
-    def test_a_key_file_that_is_missing_or_holds_no_key(self):
+    def test_a_key_file_that_is_missing_or_has_no_key(self):
         self.started()
         os.rename(self.sandbox.root + KEY_FILE, self.sandbox.root + KEY_FILE + ".away")
-        # Versions of the library that fetches the file say it in different ways.
+        # The text depends on the version of the library that reads the file.
         self.assert_refused("Could(n't| not) open file.*" + KEY_FILE, installs=["wax-tablet"], answers=[1])
         self.write(KEY_FILE, "no key at all\n")
         self.assert_refused("already installed but they are not correct", installs=["wax-tablet"], answers=[1])
@@ -118,14 +118,14 @@ class SignatureTest(ScenarioTest):
         self.assertIn(TABLET, self.sandbox.installed())
 
     @in_own_process
-    def test_nothing_is_asked_or_refused_where_checks_are_off(self):
+    def test_without_checks_no_question_is_asked(self):
         self.change_repository("sandbox-signed", "gpgcheck=1", "gpgcheck=0")
         self.started()
         self.apply(installs=["wax-tablet", "wax-blank", "wax-forged"], answers=[1])
         self.assertLessEqual({TABLET, "wax-blank-1.0-1.noarch", "wax-forged-1.0-1.noarch"}, self.sandbox.installed())
 
     @in_own_process
-    def test_the_user_is_asked_whatever_the_configuration_assumes(self):
+    def test_the_user_is_asked_despite_assumeyes_and_assumeno(self):
         self.configure("assumeyes=1")
         self.started()
         self.assert_refused("key", installs=["wax-tablet"], answers=[1, 0])
@@ -137,7 +137,7 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_signatures_are_checked_with_the_keys_of_the_managed_system(self):
-        """Nothing in the home directory or in the root leads rpm's own programs to the database."""
+        """Neither the home directory nor the managed root has a file that shows rpm's programs the database."""
         shutil.rmtree(self.sandbox.root + "/root")
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
@@ -150,7 +150,7 @@ class SignatureTest(ScenarioTest):
 
 class MetadataSignatureTest(ScenarioTest):
     def sign(self):
-        """Signs the metadata of a repository with a key of its own."""
+        """Signs the metadata of a repository with its own key."""
         keys = os.path.join(self.directory, "keys")
         os.makedirs(keys, mode=0o700)
         environment = dict(os.environ, GNUPGHOME=keys)

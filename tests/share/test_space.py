@@ -14,7 +14,7 @@ class SpaceTest(ScenarioTest):
         super(SpaceTest, self).enter()
 
     @in_own_process
-    def test_no_space_for_metadata_is_a_repository_error_that_tells_it(self):
+    def test_no_space_for_metadata_is_a_repository_error_with_the_free_space(self):
         self.mount_small("/var/cache", 40)
         self.load()
         self.yumio.lock()
@@ -32,7 +32,7 @@ class SpaceTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_no_space_for_a_download_is_told_and_changes_nothing(self):
+    def test_no_space_for_a_download_is_reported_and_changes_nothing(self):
         self.mount_small("/var/cache", PLENTY)
         self.started()
         self.resize("/var/cache", 300)
@@ -43,7 +43,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     @in_own_process
-    def test_other_failures_do_not_speak_of_space(self):
+    def test_other_failures_do_not_mention_space(self):
         self.started()
         self.server.fault("/sandbox-http/loupe-45.0-1.x86_64.rpm", "status", 404)
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -67,7 +67,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     @in_own_process
-    def test_a_removal_that_the_database_does_not_have_is_a_failure(self):
+    def test_a_removal_that_the_database_does_not_record_is_a_failure(self):
         self.mount_small("/var/lib/rpm", PLENTY)
         self.started()
         self.resize("/var/lib/rpm", 0)
@@ -89,7 +89,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     def at_first_progress(self, act):
-        """Has another process do something as soon as rpm works, which sees nothing but the managed system then."""
+        """Lets another process act at rpm's first progress, because then this process sees only the managed root."""
         waked, wake = os.pipe()
         done, finished = os.pipe()
         if os.fork() == 0:
@@ -123,7 +123,7 @@ class SpaceTest(ScenarioTest):
         self.assertRegex(remark, r"(?s)^The packages were changed. Only the history of transactions could not be "
                          r"written:\n.*database or disk is full\nThere are only 0 kB left for %s/var/lib/dnf$" %
                          self.sandbox.root)
-        # Nor does a later run call for what has been done.
+        # A later run does not report the changes as missing.
         self.resize("/var/lib/dnf", PLENTY)
         self.yumio.unlock()
         self.load()
@@ -151,13 +151,13 @@ class SpaceTest(ScenarioTest):
                          "may not run.\nThere are only [0-9]+ kB left for %s/var/tmp\nApply all the same\\?\n$" %
                          self.sandbox.root)
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # Without scripts there is nothing to be afraid of.
+        # The package almanac has no scripts, so the missing space has no effect.
         self.assertEqual(self.changes(self.apply, removes=["almanac"], answers=[1, 1]),
                          (set(), {"almanac-1.9-1.noarch"}))
         self.assertEqual(self.yumio.remarks, [])
 
     @in_own_process
-    def test_scripts_that_could_not_be_written_are_told(self):
+    def test_scripts_that_could_not_be_written_are_reported(self):
         self.mount_small("/var/tmp", PLENTY)
         self.started()
         self.resize("/var/tmp", 4)
@@ -165,7 +165,7 @@ class SpaceTest(ScenarioTest):
         remark, = self.yumio.remarks
         self.assertRegex(remark, "(?s)^There was no space for the scripts of these packages, which may not have run:\n"
                          "limpgate-1.0-1.noarch\nThere are only [0-9]+ kB left for %s/var/tmp$" % self.sandbox.root)
-        # With space, the same package's script runs.
+        # When there is space, the script of the same package runs.
         self.resize("/var/tmp", PLENTY)
         self.again()
         self.apply(removes=["limpgate"])
@@ -192,7 +192,7 @@ class SpaceTest(ScenarioTest):
                 pass
 
     @in_own_process
-    def test_no_space_for_log_files_disturbs_nothing(self):
+    def test_no_space_for_log_files_does_not_prevent_transactions(self):
         self.mount_small("/var/log", 64)
         self.fill("/var/log")
         self.started()

@@ -15,7 +15,7 @@ NOTHING = (set(), set())
 
 class InstallTest(ScenarioTest):
     @in_own_process
-    def test_dependencies_come_along(self):
+    def test_dependencies_are_installed(self):
         self.started()
         changed = self.changes(self.apply, installs=["orchard"])
         listed = self.recording.listed()
@@ -30,7 +30,7 @@ class InstallTest(ScenarioTest):
                          {"sandbox-http"})
 
     @in_own_process
-    def test_callbacks_come_in_order(self):
+    def test_callbacks_have_the_right_order(self):
         self.started()
         self.apply(installs=["chatterbox"])
         self.assertEqual(self.recording.order("rpmtransScriptout"), [
@@ -46,14 +46,14 @@ class InstallTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_the_outcome_is_what_the_next_collection_shows(self):
+    def test_the_next_collection_shows_the_result(self):
         self.started()
         self.apply(installs=["chatterbox"])
         self.again()
         self.package(self.installed, "chatterbox")
 
     @in_own_process
-    def test_suites_bring_their_members(self):
+    def test_suites_install_their_members(self):
         self.started()
         added, gone = self.changes(self.apply, installs=["vyre-office-suite"])
         self.assertEqual((added, gone), ({
@@ -70,14 +70,14 @@ class InstallTest(ScenarioTest):
         self.assertLessEqual({"libmoss-0.5-1.i686", "libmoss-0.5-1.x86_64"}, self.sandbox.installed())
 
     @in_own_process
-    def test_an_obsoleting_package_takes_the_place_of_the_old_one(self):
+    def test_an_obsoleting_package_replaces_the_old_one(self):
         self.started()
         changed = self.changes(self.apply, installs=["newpost"])
         self.assertEqual(changed, ({"newpost-2.0-1.x86_64"}, {"oldpost-1.8-1.x86_64"}))
         self.assertEqual(self.recording.listed()["oldpost-1.8-1.x86_64"][0], OBSOLETED)
 
     @in_own_process
-    def test_no_leaves_everything_as_it_is(self):
+    def test_answering_no_changes_nothing(self):
         self.started()
         groups = [] if self.sandbox.without_groups else ["games"]
         changed = self.changes(self.apply, installs=["orchard"], removes=["almanac"], group_installs=groups,
@@ -85,7 +85,7 @@ class InstallTest(ScenarioTest):
         self.assertEqual(changed, NOTHING)
         self.assertEqual(self.recording.names()[-1:], ["userconfirm"])
         self.assertIsNone(self.yumio.base.history.group.get("games"))
-        # The refused actions do not come back.
+        # The next transaction does not contain the refused actions.
         changed = self.changes(self.apply, installs=["astrolabe"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
         self.assertEqual(set(self.recording.listed()), {"astrolabe-5.6-1.x86_64"})
@@ -93,7 +93,7 @@ class InstallTest(ScenarioTest):
         self.assertIsNone(self.yumio.base.history.group.get("games"))
 
     @in_own_process
-    def test_the_second_of_two_transactions_is_without_the_elements_of_the_first(self):
+    def test_the_second_transaction_has_no_items_of_the_first(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -126,7 +126,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.listed()["kernel-6.1.31-1.x86_64"][0], INSTALL)
 
     @in_own_process
-    def test_beyond_the_limit_the_oldest_kernel_goes(self):
+    def test_the_oldest_kernel_is_removed_above_the_limit(self):
         self.configure("installonly_limit=2")
         self.started()
         changed = self.changes(self.apply, updates=["kernel"])
@@ -144,20 +144,20 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(gone, {"libcairn-2.1-1.x86_64", "libcairn-2.1-1.i686"})
 
     @in_own_process
-    def test_the_update_of_a_suite_brings_new_members(self):
+    def test_the_update_of_a_suite_installs_new_members(self):
         self.started()
         added, gone = self.changes(self.apply, updates=["vyre-network-suite"])
         self.assertEqual(added, {"vyre-network-suite-1.1-1.noarch", "nettle-scan-7.9-1.x86_64"})
         self.assertEqual(gone, {"vyre-network-suite-1.0-1.noarch"})
 
     @in_own_process
-    def test_an_update_that_lacks_a_library_is_refused(self):
+    def test_an_update_with_a_missing_library_is_refused(self):
         self.started()
         self.assert_refused("libtide", updates=["tidewatch"])
         self.assertEqual(self.recording.names().count("listTransaction"), 0)
 
     @in_own_process
-    def test_an_update_leaves_the_reason_for_which_a_package_is_installed(self):
+    def test_an_update_keeps_the_reason_of_a_package(self):
         root = self.sandbox.root
         subprocess.run(["dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
                         "--setopt=reposdir=%s/etc/yum.repos.d" % root, "mark", "remove", "loomctl"],
@@ -171,7 +171,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(reason(self.package(self.installed, "abacus-cli")), USER)
 
     @in_own_process
-    def test_the_version_that_is_installed_is_no_update(self):
+    def test_the_installed_version_is_no_update(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "almanac-1.9-1.noarch is not newer"):
@@ -180,7 +180,7 @@ class UpdateTest(ScenarioTest):
 
 class RemoveTest(ScenarioTest):
     @in_own_process
-    def test_callbacks_of_a_removal_come_in_order_and_nothing_is_downloaded(self):
+    def test_callbacks_of_a_removal_have_the_right_order(self):
         self.started()
         changed = self.changes(self.apply, removes=["parrot"])
         self.assertEqual(changed, (set(), {"parrot-1.0-1.noarch"}))
@@ -192,7 +192,7 @@ class RemoveTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_dependents_go_too(self):
+    def test_dependents_are_also_removed(self):
         self.started()
         changed = self.changes(self.apply, removes=["flint-ssh"])
         self.assertEqual(changed, (set(), {"flint-ssh-8.8-1.x86_64", "vyre-network-suite-1.0-1.noarch"}))
@@ -200,7 +200,7 @@ class RemoveTest(ScenarioTest):
             "flint-ssh-8.8-1.x86_64": (REMOVE, USER), "vyre-network-suite-1.0-1.noarch": (REMOVE, DEPENDENCY)})
 
     @in_own_process
-    def test_dependencies_that_nothing_needs_any_more_go_too(self):
+    def test_unused_dependencies_are_also_removed(self):
         self.started()
         changed = self.changes(self.apply, removes=["trellis-editor"])
         self.assertEqual(changed, (set(), {"trellis-editor-1.2-1.x86_64", "libtrellis-1.2-1.x86_64"}))
@@ -208,7 +208,7 @@ class RemoveTest(ScenarioTest):
             "trellis-editor-1.2-1.x86_64": (REMOVE, USER), "libtrellis-1.2-1.x86_64": (REMOVE, CLEAN)})
 
     @in_own_process
-    def test_dependencies_stay_where_the_configuration_says_so(self):
+    def test_the_configuration_can_keep_unused_dependencies(self):
         self.configure("clean_requirements_on_remove=0")
         self.started()
         changed = self.changes(self.apply, removes=["trellis-editor"])
@@ -221,7 +221,7 @@ class RemoveTest(ScenarioTest):
         self.assertEqual(changed, (set(), {"kernel-6.1.20-1.x86_64", "kernel-6.1.25-1.x86_64"}))
 
     @in_own_process
-    def test_protected_packages_stay(self):
+    def test_protected_packages_are_not_removed(self):
         self.configure("protected_packages=almanac")
         self.started()
         self.assert_refused("protected", removes=["almanac"])
@@ -244,11 +244,11 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_a_group_whose_members_do_not_all_exist_is_installed_without_them(self):
+    def test_missing_members_of_a_group_are_left_out(self):
         self.started()
         self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)
         self.assertIn("no-such-package", "\n".join(self.recording.errors()))
-        # There is neither anything to download nor anything to remove.
+        # The transaction neither downloads nor removes packages.
         self.assertEqual(self.recording.order(), ["listTransaction", "userconfirm", "downloadRemotePayloads",
                                                   "postTransactionOutput"])
         self.again()
@@ -266,7 +266,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_the_update_of_a_group_that_is_not_installed_updates_its_installed_members_only(self):
+    def test_the_update_of_an_uninstalled_group_updates_only_installed_members(self):
         self.started()
         changed = self.changes(self.apply, group_updates=["weaving"])
         self.assertEqual(changed, ({"loomctl-1.1-1.x86_64"}, {"loomctl-1.0-1.x86_64"}))
@@ -275,7 +275,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_the_update_of_an_installed_group_brings_its_new_members(self):
+    def test_the_update_of_an_installed_group_installs_new_members(self):
         place, = glob.glob(self.sandbox.repository("sandbox-http") + "/repodata/*comps.xml.gz")
         with gzip.open(place, "rt", encoding="utf-8") as stream:
             content = stream.read()
@@ -318,7 +318,7 @@ class ReasonTest(ScenarioTest):
             with self.assertRaises(exceptions.Error) as caught:
                 method(*arguments)
             self.assertEqual(caught.exception.value, value)
-        # One that says all by itself stays what it is.
+        # An exception with a complete message is not changed.
         raising(exceptions.RepoError("the repository"))
         with self.assertRaises(exceptions.RepoError) as caught:
             method(*arguments)
@@ -335,12 +335,12 @@ class ReasonTest(ScenarioTest):
         return raising
 
     @in_own_process
-    def test_of_transactions(self):
+    def test_exceptions_of_transactions(self):
         self.started()
         self.check(self.yumio.apply, self.raiser(self.yumio, "_mark"), ([],) * 6)
 
     @in_own_process
-    def test_of_collections(self):
+    def test_exceptions_of_collections(self):
         self.started()
         base = self.yumio.base
         self.check(self.yumio.collectGroups, self.raiser(base, "read_comps"))
@@ -366,10 +366,10 @@ class RefusalTest(ScenarioTest):
         self.assert_refused("libgranite", installs=["sandstone"])
 
     @in_own_process
-    def test_a_dependency_that_nothing_provides(self):
+    def test_a_missing_dependency(self):
         self.started()
         self.assert_refused("libtide", installs=["moonbridge"])
-        # The failure leaves nothing behind.
+        # The failure does not affect the next transaction.
         changed = self.changes(self.apply, installs=["astrolabe"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
 
@@ -418,7 +418,7 @@ class RefusalTest(ScenarioTest):
 
 class ScriptletTest(ScenarioTest):
     @in_own_process
-    def test_output_of_all_scriptlets_is_told(self):
+    def test_output_of_all_scriptlets_is_reported(self):
         self.started()
         self.apply(updates=["parrot"])
         output = self.recording.output()
@@ -428,7 +428,7 @@ class ScriptletTest(ScenarioTest):
             self.assertIn(text, output)
 
     @in_own_process
-    def test_much_output_is_told_whole(self):
+    def test_much_output_is_reported_completely(self):
         self.started()
         self.apply(installs=["loudhailer"])
         lines = self.recording.output().split("\n")
@@ -437,7 +437,7 @@ class ScriptletTest(ScenarioTest):
             self.assertEqual(numbers, ["%05d" % number for number in range(1, 6001)])
 
     @in_own_process
-    def test_output_without_final_line_feed_is_told_whole_and_final_line_feeds_make_no_empty_lines(self):
+    def test_final_line_feeds_of_output_are_optional_and_make_no_empty_lines(self):
         self.started()
         self.apply(installs=["halfline", "chatterbox"])
         texts = [text for text in self.recording.of("rpmtransScriptout") if text]
@@ -452,17 +452,17 @@ class ScriptletTest(ScenarioTest):
         self.started()
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn("the latch is stuck", self.recording.output())
-        # It is told with the failure as well.
+        # The failure's message also contains the output.
         self.assertIn("Error in PREIN scriptlet in rpm package brokenlatch\nbrokenlatch: the latch is stuck\n",
                       "\n".join(self.recording.errors()))
         changed = self.changes(self.apply, installs=["astrolabe"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
 
     @in_own_process
-    def test_of_much_output_before_a_failure_the_end_is_told_with_it(self):
+    def test_a_failure_is_reported_with_the_end_of_much_output(self):
         self.started()
         text = b"".join(b"line %d\n" % number for number in range(1, 26))
-        # No package of the sandbox says so much before it fails.
+        # No package of the sandbox prints this much before it fails.
         self.script["RPMTransaction"].__base__._scriptOutput = lambda transaction: text
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn(text.decode()[:-1], self.recording.of("rpmtransScriptout"))
@@ -488,7 +488,7 @@ class ScriptletTest(ScenarioTest):
         self.assertEqual(changed, ({"limpgate-1.0-1.noarch"}, set()))
         self.assertIn("the hinge is gone", self.recording.output())
         self.assertEqual(self.recording.errors(), ["Error in POSTIN scriptlet in rpm package limpgate"])
-        # The history has the end of the transaction, or the next collection would report it.
+        # If the history did not contain the end of the transaction, the next collection would report it.
         self.recording.clear()
         self.again()
         self.assertEqual([text for text in self.recording.errors() if "history" in text or "end" in text], [])
