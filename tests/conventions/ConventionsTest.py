@@ -236,7 +236,7 @@ class ConventionsTest(unittest.TestCase):
                 self.change('high/Window.cpp', call, wrapped)
                 self.assertEqual(self.found(status=0), [])
 
-    def test_note_of_something_unfinished(self):
+    def test_note_about_unfinished_code(self):
         word = 'TO' + 'DO'
         self.change('low/Thing.h', '// A thing.', '// A thing. ' + word)
         self.assertEqual(self.found(), ['low/Thing.h:1: a note of something unfinished: ' + word])
@@ -249,7 +249,7 @@ class ConventionsTest(unittest.TestCase):
         self.write('tools/go', 'true\n')
         self.assertEqual(self.found(), ['tools/go:1: it is executable and has no first line "#!"'])
 
-    def test_ends_of_lines(self):
+    def test_white_space_and_long_lines(self):
         for text, finding in (('pass \n', '1: the line ends in white space'),
                               ('pass\r\n', '1: the line ends in white space'),
                               ('pass', '1: the last line has no end'),
@@ -282,7 +282,7 @@ class ConventionsTest(unittest.TestCase):
         self.write('low/__pycache__/Thing.h', 'no guard \n')
         self.assertEqual(self.found(status=0), [])
 
-    def test_list(self):
+    def test_list_of_files(self):
         done = subprocess.run([CHECKER, '--root', self.root, '--list'], stdout=subprocess.PIPE, text=True, check=True)
         self.assertEqual([line for line in done.stdout.splitlines() if line.split()[1] in
                           ('low/Thing.h', 'tools/go', 'CMakeLists.txt', 'tests/journeys/test_first.py')],

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""tools/try-on, with stand-ins for debootstrap, which takes everything from a mirror, and for git."""
+"""Tests of tools/try-on, with stand-ins for git and for debootstrap, which would download from a mirror."""
 import os
 import shutil
 import stat
@@ -48,18 +48,18 @@ class TryOnTest(unittest.TestCase):
         with open(os.path.join(self.tools, 'debootstrap.calls')) as stream:
             return stream.read().splitlines()
 
-    def test_a_tree_is_made_once_and_runs_commands_in_name_spaces_of_its_own(self):
+    def test_a_tree_is_made_once_and_runs_commands_in_its_own_name_spaces(self):
         done = self.run_tool('pwd; stat -c %a /root; cat /etc/made-by-try-on; unshare -U -r true && echo name spaces')
         self.assertEqual((done.stdout, done.returncode), ('/root/vyre\n700\nsid\nname spaces\n', 0), done.stderr)
         done = self.run_tool('exit 5')
         self.assertEqual(done.returncode, 5, done.stderr)
         self.assertEqual(self.calls(), ['--variant=minbase --include=ca-certificates sid {}.new '
                                         'http://mirror.example/debian'.format(self.tree)])
-        # Nothing is mounted there afterwards.
+        # After the command, nothing is mounted in the tree.
         for name in ('proc', 'sys', 'run'):
             self.assertEqual(os.listdir(os.path.join(self.tree, name)), [])
 
-    def test_a_tree_that_is_half_made_is_made_again(self):
+    def test_an_incomplete_tree_is_made_again(self):
         fails = os.path.join(self.tools, 'debootstrap.fails')
         with open(fails, 'w'):
             pass
@@ -70,7 +70,7 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(len(self.calls()), 2)
 
-    def test_what_it_has_not_made_is_left_alone(self):
+    def test_a_directory_of_another_origin_is_not_changed(self):
         os.mkdir(self.tree)
         os.chmod(self.tree, 0o755)
         with open(os.path.join(self.tree, 'letter'), 'w'):
@@ -87,7 +87,7 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr),
                          (1, 'try-on: {} is no whole tree of trixie that try-on has made\n'.format(self.tree)))
 
-    def test_a_suite_is_a_name(self):
+    def test_the_suite_must_be_a_name(self):
         for suite in ('../sid', '-x', '', 'SID'):
             done = self.run_tool('true', suite=suite)
             self.assertEqual(done.returncode, 1, suite)

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The catalogues have every text of the sources, translated, with everything that the program puts into it.
+"""The catalogues have a translation for every text of the sources, with all its placeholders.
 
 usage: CatalogueTest.py [options of unittest...]
 
-LUPDATE and LRELEASE are the toolkit's programs; without them they are looked for.
+LUPDATE and LRELEASE name the toolkit's programs. By default, they are searched for.
 """
 import glob
 import itertools
@@ -26,7 +26,7 @@ UPDATE = os.path.join(TOP, 'translations', 'update')
 CATALOGUES = sorted(glob.glob(os.path.join(TOP, 'translations', '*.ts')))
 LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.which('lrelease-qt5')
 
-# What can be reached at the same time by Alt and a letter, in each of the sources' contexts.
+# The texts whose Alt keys can be used at the same time, with their contexts.
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
@@ -36,12 +36,12 @@ TOGETHER = (
     ('PackageTable::OtherContextMenu', ('&Describe',)),
     ('Log::Window', ('&Close',)),
 )
-# The names of colours and fonts, and HTML around entries of the log, are no words.
+# HTML around entries of the log has no words to translate.
 NO_WORDS = re.compile(r'</?(font|h2)')
 
 
 def messages(path):
-    """The texts of a catalogue: (context, source) -> translation, None when it is not finished."""
+    """The texts of a catalogue: (context, source) -> translation; None if it is unfinished."""
     found = {}
     for context in ElementTree.parse(path).getroot().iter('context'):
         for message in context.iter('message'):
@@ -58,7 +58,7 @@ def mnemonic(text):
 
 
 def classes(path):
-    """The full names of the classes that a header declares; in the first column stand only what is in no class."""
+    """The full names of the classes that a header declares, except classes inside classes, which are indented."""
     found, spaces = set(), []
     with open(path, encoding='utf-8') as stream:
         for line in stream:
@@ -82,7 +82,7 @@ class CatalogueTest(unittest.TestCase):
         self.addCleanup(shutil.rmtree, self.scratch)
 
     def updated(self, path):
-        """What the sources say now, as a catalogue."""
+        """A copy of a catalogue, updated from the current sources."""
         copy = os.path.join(self.scratch, os.path.basename(path))
         shutil.copyfile(path, copy)
         done = subprocess.run([UPDATE, copy], stdout=subprocess.PIPE, stderr=subprocess.PIPE, universal_newlines=True,
@@ -98,21 +98,21 @@ class CatalogueTest(unittest.TestCase):
                     self.assertIsNotNone(translation)
                     yield context, source, translation
 
-    def test_there_is_a_german_one(self):
+    def test_the_german_catalogue_is_built(self):
         self.assertIn('vyre_de.ts', map(os.path.basename, CATALOGUES))
         with open(os.path.join(TOP, 'translations', 'CMakeLists.txt')) as stream:
             built = set(re.findall(r'\bvyre_\w+\.ts\b', stream.read().partition('set(catalogues')[2].partition(')')[0]))
         self.assertEqual(built, set(map(os.path.basename, CATALOGUES)))
 
-    def test_they_are_in_step_with_the_sources(self):
+    def test_the_catalogues_are_up_to_date(self):
         for path in CATALOGUES:
             copy, _ = self.updated(path)
             before, now = messages(path), messages(copy)
             self.assertEqual(sorted(set(now) - set(before)), [], 'new texts: run translations/update ' + path)
-            self.assertEqual(sorted(set(before) - set(now)), [], 'texts that are gone: run translations/update ' + path)
+            self.assertEqual(sorted(set(before) - set(now)), [], 'removed texts: run translations/update ' + path)
             self.assertEqual(before, now)
 
-    def test_a_new_text_of_the_sources_and_one_that_is_gone_are_noticed(self):
+    def test_new_and_removed_texts_of_the_sources_are_noticed(self):
         copy, _ = self.updated(CATALOGUES[0])
         with open(copy, encoding='utf-8') as stream:
             text = stream.read()
@@ -134,8 +134,8 @@ class CatalogueTest(unittest.TestCase):
             self.assertNotRegex(done.stdout, '(?i)ignored|warning|error')
         self.assertGreater(len(list(self.each())), 400 * len(CATALOGUES))
 
-    def test_every_text_that_the_sources_hand_over_is_known(self):
-        """Also those that the toolkit's program would overlook, such as those in a class that it does not know."""
+    def test_every_translatable_text_of_the_sources_is_in_the_catalogues(self):
+        """This includes texts that lupdate overlooks, for example in a class that it does not know."""
         for path in CATALOGUES:
             known = {source for _, source in messages(path)}
             found = 0
@@ -146,15 +146,15 @@ class CatalogueTest(unittest.TestCase):
                     found += 1
             self.assertGreater(found, 400)
 
-    def test_texts_of_the_script_are_known(self):
+    def test_all_texts_of_the_script_are_listed(self):
         listed = [text.value for text in sources.all_cpp_texts()
                   if text.place.startswith('yumio/YumIO.cpp') and text.calls[-1:] == [('QT_TRANSLATE_NOOP', 1)]]
         self.assertEqual(sorted(listed), sorted(sources.python_translated('share', 'python', 'YumIO.py')))
         self.assertEqual({text.value for text in sources.python_messages('share', 'python', 'YumIO.py')} - set(listed),
                          set())
 
-    def test_texts_belong_to_classes_by_their_full_names(self):
-        """The classes' own names, as the program asks for them."""
+    def test_contexts_are_full_names_of_classes(self):
+        """At run time, the program looks texts up by the full name of the class."""
         declared = set()
         for folder in sources.FOLDERS:
             for path in glob.glob(os.path.join(TOP, folder, '*.h')):
@@ -162,43 +162,43 @@ class CatalogueTest(unittest.TestCase):
         for path in CATALOGUES:
             contexts = {context for context, _ in messages(path)}
             self.assertIn('PackageTable::Describe::Instance::Area', contexts)
-            # Two of functions without a class, and one of the toolkit's.
+            # Functions without a class use two of these contexts. The third belongs to the toolkit.
             self.assertEqual(contexts - declared, {'Colors', 'Metadata', 'QDialogButtonBox'})
 
-    def test_what_the_program_puts_in_has_its_place(self):
+    def test_translations_have_all_placeholders(self):
         for _, source, translation in self.each():
             places = [sorted(re.findall(r'%(?:L?\d{1,2}|n|s)|\{\}', text)) for text in (source, translation)]
             self.assertEqual(places[0], places[1])
 
-    def test_lines_and_what_stands_at_both_ends(self):
+    def test_translations_have_the_same_lines_and_the_same_blanks_at_both_ends(self):
         for _, source, translation in self.each():
             self.assertEqual(re.match(r'\s*', translation).group(), re.match(r'\s*', source).group())
             self.assertEqual(re.search(r'\s*$', translation).group(), re.search(r'\s*$', source).group())
             self.assertEqual(translation.count('\n'), source.count('\n'))
             self.assertEqual(translation.count('\t'), source.count('\t'))
 
-    def test_html_stays_html(self):
+    def test_translations_have_the_same_html(self):
         for _, source, translation in self.each():
             self.assertEqual(re.findall('<[^>]*>', translation), re.findall('<[^>]*>', source))
 
-    def test_colours_fonts_and_keys_are_what_they_were(self):
+    def test_colours_fonts_and_keys_are_not_translated(self):
         for context, source, translation in self.each():
             if context in ('Colors', 'Fonts') or source.startswith('Ctrl+') or NO_WORDS.match(source):
                 self.assertEqual(translation, source)
 
-    def test_internal_errors_are_told_alike(self):
+    def test_internal_errors_begin_with_the_same_word(self):
         for path in CATALOGUES:
             heads = {translation.partition(':')[0] for (_, source), translation in messages(path).items()
                      if source.startswith('Internal error: ')}
             self.assertEqual(len(heads), 1, heads)
 
-    def test_mnemonics(self):
+    def test_translations_have_a_mnemonic_if_the_text_has_one(self):
         for context, source, translation in self.each():
             if context == 'MainWindow' or '<' not in source:
                 self.assertEqual(mnemonic(translation) is None, mnemonic(source) is None)
                 self.assertLessEqual(translation.count('&'), 1)
 
-    def test_mnemonics_are_different(self):
+    def test_mnemonics_of_one_window_are_different(self):
         everywhere = set(itertools.chain.from_iterable(
             [(context, text) for text in texts] for context, texts in TOGETHER))
         for path in CATALOGUES:
@@ -208,8 +208,8 @@ class CatalogueTest(unittest.TestCase):
                 letters = [mnemonic(found[context, text]) for text in texts]
                 self.assertEqual(sorted(letters), sorted(set(letters)))
 
-    def test_german_is_not_english(self):
-        """Texts of several words are not left as they are."""
+    def test_german_texts_differ_from_the_english_ones(self):
+        """No text of several words is the same in German."""
         found = messages(os.path.join(TOP, 'translations', 'vyre_de.ts'))
         same = {source for (context, source), translation in found.items()
                 if source == translation and re.search('[A-Za-z]{2,} [A-Za-z]{2,}', source)

@@ -1,5 +1,5 @@
-// The program in German: its windows say what they have to, nothing of it is cut off on a small screen, and
-// nothing is asked for that the catalogue does not have.
+// The program in German: its windows show the right texts, no text is cut off on a small screen, and the
+// catalogue has all requested texts.
 
 #include <QTranslator>
 #include <QXmlStreamReader>
@@ -28,7 +28,8 @@
 
 namespace {
 
-// Installed below all catalogues, it is asked for what they do not have.
+// Records missing texts. It is installed before the catalogues, so Qt asks it only for texts that they do not
+// have.
 class Missing : public QTranslator
 {
 public:
@@ -42,7 +43,8 @@ public:
     mutable QStringList asked;
 };
 
-// Installed above all catalogues, it leaves all texts to them and counts how many there are.
+// Counts the requested texts. It is installed after the catalogues, so Qt asks it first; it translates no
+// text.
 class Counting : public QTranslator
 {
 public:
@@ -53,7 +55,7 @@ public:
         return {};
     }
 
-    mutable QAtomicInt count; // a worker has texts of its own
+    mutable QAtomicInt count; // a worker also requests texts
 };
 
 bool isScrolled(const QWidget* widget)
@@ -66,7 +68,7 @@ bool isScrolled(const QWidget* widget)
     return false;
 }
 
-// How much room the text of a widget needs; nothing for widgets that show a text of any length.
+// The width that the text of a widget needs; 0 for widgets that can show a text of any length.
 int neededWidth(const QWidget* widget)
 {
     if (const auto* label = qobject_cast<const QLabel*>(widget)) {
@@ -83,7 +85,7 @@ int neededWidth(const QWidget* widget)
     return 0;
 }
 
-// What is cut off in a window, or lies outside it.
+// The texts that are cut off in a window, or lie outside it.
 QStringList cutOff(const QWidget* window)
 {
     QStringList found;
@@ -101,13 +103,13 @@ QStringList cutOff(const QWidget* window)
         }
         const QRect place(widget->mapTo(const_cast<QWidget*>(window), QPoint()), widget->size());
         if (!isScrolled(widget->parentWidget()) && !window->rect().contains(place)) {
-            found << text + QLatin1String(" lies outside");
+            found << text + QLatin1String(" is outside the window");
         }
     }
     for (const QHeaderView* header : window->findChildren<QHeaderView*>()) {
         for (int i = 0; header->isVisible() && i < header->count(); ++i) {
             ++looked;
-            // Text alone: the room for the mark of the sort order is not always taken.
+            // Only the text is measured, because not every heading shows the mark of the sort order.
             const QString text = header->model()->headerData(i, header->orientation()).toString();
             if (!header->isSectionHidden(i) &&
                 header->sectionSize(i) < header->fontMetrics().horizontalAdvance(text)) {
@@ -121,12 +123,12 @@ QStringList cutOff(const QWidget* window)
         }
     }
     if (looked == 0) {
-        found << QStringLiteral("nothing to be seen");
+        found << QStringLiteral("the window has no visible texts");
     }
     return found;
 }
 
-// A window at the size that it gives itself, and at its smallest one.
+// The texts that are cut off in a window at its initial size and at its smallest size.
 QStringList cutOffAtAnySize(QWidget* window)
 {
     QStringList found = cutOff(window);
@@ -138,7 +140,7 @@ QStringList cutOffAtAnySize(QWidget* window)
                      .arg(smallest.height());
     }
     window->resize(smallest);
-    QTest::qWait(50); // the layout follows
+    QTest::qWait(50); // until the layout has changed
     return found + cutOff(window);
 }
 
@@ -155,7 +157,7 @@ private:
     PackageTable::View* view = nullptr;
     const QAbstractItemModel* listed = nullptr;
 
-    // Never deleted, as in the program.
+    // The window is never deleted, as in the program.
     void start()
     {
         using S = StandIn;
@@ -189,7 +191,7 @@ private:
                 return action;
             }
         }
-        qFatal("there is no entry %s", qPrintable(text));
+        qFatal("missing entry %s", qPrintable(text));
         return nullptr;
     }
     static void click(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
@@ -204,7 +206,7 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::primaryScreen()->size(), QSize(1024, 768));
     }
 
-    // What was asked for and is in no catalogue; what is the toolkit's own is not told of.
+    // Reports requested texts that are in no catalogue, except the toolkit's own texts.
     void cleanup()
     {
         QStringList contexts;
@@ -229,7 +231,7 @@ private Q_SLOTS:
         QCoreApplication::removeTranslator(&missing);
     }
 
-    void theMainWindow()
+    void textsOfTheMainWindowAreGerman()
     {
         start();
         QStringList menus;
@@ -266,7 +268,7 @@ private Q_SLOTS:
     {
         start();
         QCOMPARE(cutOff(window).join('\n'), QString());
-        // The widest row: with the warning of actions that are not listed.
+        // The row of buttons is widest while it shows the warning about unlisted actions.
         for (QPushButton* button : window->findChildren<QPushButton*>()) {
             if (button->text() == QLatin1String("Akt&ualisierungen vormerken")) {
                 click(button);
@@ -305,7 +307,7 @@ private Q_SLOTS:
                             form += cutOffAtAnySize(&shown);
                         };
                         look();
-                        // The longest that it has to say.
+                        // This identifier causes the longest warning.
                         auto* field = shown.findChild<QLineEdit*>();
                         for (QLineEdit* each : shown.findChildren<QLineEdit*>()) {
                             if (each->toolTip() == QLatin1String("Eindeutige Kennung der Paketquelle")) {
@@ -315,7 +317,7 @@ private Q_SLOTS:
                         QTest::keyClicks(field, "[x]");
                         look();
                     }));
-                // It tells of the repository that has come.
+                // The dialog shows a status about the new repository.
                 for (const HFrameLabel* label : dialog.findChildren<HFrameLabel*>()) {
                     status << label->text();
                 }
@@ -328,12 +330,12 @@ private Q_SLOTS:
                  qPrintable(status.join('|')));
     }
 
-    void nothingIsCutOffInTheDialogOfCredentials()
+    void nothingIsCutOffInTheCredentialsDialog()
     {
         Repo::Entry repository;
         repository.id = "updates";
         repository.name = "Aktualisierungen";
-        repository.baseurl = "http://h/vantor?=&=&path=/x"; // without names for the two
+        repository.baseurl = "http://h/vantor?=&=&path=/x"; // without names of the two parameters
         QWidget owner;
         RepoAuth::Dialog dialog(&owner);
         QStringList found;
@@ -398,8 +400,8 @@ private Q_SLOTS:
         log->hide();
     }
 
-    // With the packages of a distribution even little time for each is noticed.
-    void packagesAreCollectedWithoutTranslatingAnythingForEach()
+    // A distribution has so many packages that even a short time for each package is noticeable.
+    void collectingTranslatesNoTextForEachPackage()
     {
         start();
         QPushButton* refresh = nullptr;
@@ -430,8 +432,8 @@ private Q_SLOTS:
         QCoreApplication::removeTranslator(&counting);
     }
 
-    // Whatever a search or a sort order goes by, it is not the language.
-    void theTableIsComparedAsItIsInEnglish()
+    // Filters do not depend on the language.
+    void filtersWorkAsInEnglish()
     {
         start();
         auto* state = window->findChildren<QComboBox*>().at(1);

@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The built program speaks the language that the environment asks for, and works in it.
+"""The built program uses the language of the environment, and works in this language.
 
-VYRE_BINARY is the program, VYRE_SANDBOX the made sandbox.
+VYRE_BINARY is the program, and VYRE_SANDBOX is the sandbox.
 """
 import os
 import subprocess
@@ -26,33 +26,33 @@ def menus(window):
 class ProgramLanguageTest(JourneyTest):
 
     def check(self, expected, **environment):
-        """The menus with no more of a language in the environment than this."""
+        """Check the menus. The environment has only these variables of a language."""
         unset = [name for name in VARIABLES if name not in environment]
         with self.subTest(environment=environment), self.program(environment=environment, unset=unset) as program:
             self.assertEqual(menus(program.main()), expected)
-            # It is not in the midst of its start any more then, and has nothing to lose.
+            # The program has started completely, so killing it loses nothing.
             program.process.kill()
             program.wait()
 
-    def test_the_environment_tells_the_language(self):
+    def test_the_environment_decides_the_language(self):
         self.check(GERMAN, LANG='de_DE.UTF-8')
         self.check(GERMAN, LANG='C.UTF-8', LANGUAGE='de')
         self.check(GERMAN, LANG='en_US.UTF-8', LC_MESSAGES='de_AT.UTF-8')
         self.check(GERMAN, LANG='en_US.UTF-8', LC_ALL='de_DE.UTF-8')
         self.check(GERMAN, LANGUAGE='xx:de:en', LANG='en_US.UTF-8')
 
-    def test_english_is_spoken_when_nothing_else_is_asked_for(self):
+    def test_the_default_language_is_english(self):
         self.check(ENGLISH)
         self.check(ENGLISH, LANG='C.UTF-8')
         self.check(ENGLISH, LANG='de_DE.UTF-8', LC_ALL='C', LANGUAGE='de')
         self.check(ENGLISH, LANG='de_DE.UTF-8', LANGUAGE='en:de')
         self.check(ENGLISH, LANG='de_DE.UTF-8', LC_ALL='en_GB.UTF-8')
 
-    def test_english_is_spoken_for_want_of_a_catalogue(self):
+    def test_the_language_is_english_without_a_catalogue(self):
         self.check(ENGLISH, LANG='fr_FR.UTF-8')
 
     def test_packages_are_changed_in_german(self):
-        # Here numbers have a comma.
+        # In this locale, numbers have a decimal comma.
         locales = os.path.join(self.scratch, 'locales')
         os.mkdir(locales)
         subprocess.run(['localedef', '-i', 'de_DE', '-f', 'UTF-8', os.path.join(locales, 'de_DE.UTF-8')], check=True)
@@ -86,7 +86,7 @@ class ProgramLanguageTest(JourneyTest):
             dialog.click_button('OK')
             wait_for(lambda: any(package.startswith('pergola-6.1-1') for package in self.sandbox.installed()),
                      'the package')
-            # Read anew.
+            # The program reads the packages again after the transaction.
             wait_for(lambda: window.cell(0, driver.REPOSITORY).name == '@System', 'the updated package')
             wait_for(lambda: driver.enabled(window.button('Neu laden')), 'the packages')
             # The keys are the same in all languages.
@@ -95,13 +95,13 @@ class ProgramLanguageTest(JourneyTest):
             log.wait_settled()
 
             def logged():
-                # The spin box has a text too.
+                # The spin box also has a text; the text of the log is longer.
                 text = max(map(driver.text_of, log.find_all(driver.pyatspi.ROLE_TEXT)), key=len)
                 return 'Initialisierung' in text and text
             text = wait_for(logged, 'the text of the log')
             for line in ('Initialisierung', 'Aktionen werden angewendet', 'Anwenden: OK'):
                 self.assertIn(line, text.splitlines())
-            # What there is to complain of is the repository that cannot be reached.
+            # The only warning is about the unreachable repository.
             self.assertNotIn('Fehler', text)
             self.assertNotIn('bandwidth', text)
             self.assertNotIn('throttle', text)
