@@ -1323,6 +1323,105 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     </message>
 </context>
 <context>
+    <name>ScriptValues</name>
+    <message>
+        <source>Internal error: YumIO::pyString called with NULL</source>
+        <translation>Interner Fehler: YumIO::pyString wurde mit NULL aufgerufen</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyString did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyString: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyStringX did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyStringX: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyTimeDec did not understand: %1</source>
+        <translation>Interner Fehler: YumIO::pyTimeDec: nicht verstanden: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyTime did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyTime: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyTimeDec did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyTimeDec: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate did not understand type: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: unbekannter Typ: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate did not understand weekday type: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: unbekannter Typ des Wochentags: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate found out-of-bounds month: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: Monat außerhalb des Bereichs: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: YumIO::pyDate found out-of-bounds weekday: %1</source>
+        <translation>Interner Fehler: YumIO::pyDate: Wochentag außerhalb des Bereichs: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: package size not understood: %1</source>
+        <translation>Interner Fehler: Paketgröße nicht verstanden: %1</translation>
+    </message>
+    <message>
+        <source>Internal error: package size result not understood</source>
+        <translation>Interner Fehler: Ergebnis für die Paketgröße nicht verstanden</translation>
+    </message>
+    <message>
+        <source>Internal error: package size not understood</source>
+        <translation>Interner Fehler: Paketgröße nicht verstanden</translation>
+    </message>
+    <message>
+        <source>Eb</source>
+        <translation>Eb</translation>
+    </message>
+    <message>
+        <source>Pb</source>
+        <translation>Pb</translation>
+    </message>
+    <message>
+        <source>Tb</source>
+        <translation>Tb</translation>
+    </message>
+    <message>
+        <source>Gb</source>
+        <translation>Gb</translation>
+    </message>
+    <message>
+        <source>Mb</source>
+        <translation>Mb</translation>
+    </message>
+    <message>
+        <source>Kb</source>
+        <translation>Kb</translation>
+    </message>
+    <message>
+        <source>b</source>
+        <translation>b</translation>
+    </message>
+    <message>
+        <source>%1 %3:%4-%5 (%2)</source>
+        <translation>%1 %3:%4-%5 (%2)</translation>
+    </message>
+    <message>
+        <source>%1 %3-%4 (%2)</source>
+        <translation>%1 %3-%4 (%2)</translation>
+    </message>
+    <message>
+        <source> [%1]</source>
+        <translation> [%1]</translation>
+    </message>
+    <message>
+        <source>Internal error: yum/dnf version not understood: %1 errno=%2 (%3)</source>
+        <translation>Interner Fehler: Version von yum/dnf nicht verstanden: %1 errno=%2 (%3)</translation>
+    </message>
+</context>
+<context>
     <name>ScrollableErrorDialog</name>
     <message>
         <source>Close</source>
@@ -2107,102 +2206,6 @@ Das geht im Menü „Paketquellen“ mit „Konfiguration bearbeiten“.</transl
     <message>
         <source>Unable to read %1: %2</source>
         <translation>%1 kann nicht gelesen werden: %2</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyString called with NULL</source>
-        <translation>Interner Fehler: YumIO::pyString wurde mit NULL aufgerufen</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyString did not understand type: %1</source>
-        <translation>Interner Fehler: YumIO::pyString: unbekannter Typ: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyStringX did not understand type: %1</source>
-        <translation>Interner Fehler: YumIO::pyStringX: unbekannter Typ: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyTimeDec did not understand: %1</source>
-        <translation>Interner Fehler: YumIO::pyTimeDec: nicht verstanden: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyTime did not understand type: %1</source>
-        <translation>Interner Fehler: YumIO::pyTime: unbekannter Typ: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyTimeDec did not understand type: %1</source>
-        <translation>Interner Fehler: YumIO::pyTimeDec: unbekannter Typ: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyDate did not understand type: %1</source>
-        <translation>Interner Fehler: YumIO::pyDate: unbekannter Typ: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyDate did not understand weekday type: %1</source>
-        <translation>Interner Fehler: YumIO::pyDate: unbekannter Typ des Wochentags: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyDate found out-of-bounds month: %1</source>
-        <translation>Interner Fehler: YumIO::pyDate: Monat außerhalb des Bereichs: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: YumIO::pyDate found out-of-bounds weekday: %1</source>
-        <translation>Interner Fehler: YumIO::pyDate: Wochentag außerhalb des Bereichs: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: package size not understood: %1</source>
-        <translation>Interner Fehler: Paketgröße nicht verstanden: %1</translation>
-    </message>
-    <message>
-        <source>Internal error: package size result not understood</source>
-        <translation>Interner Fehler: Ergebnis für die Paketgröße nicht verstanden</translation>
-    </message>
-    <message>
-        <source>Internal error: package size not understood</source>
-        <translation>Interner Fehler: Paketgröße nicht verstanden</translation>
-    </message>
-    <message>
-        <source>Eb</source>
-        <translation>Eb</translation>
-    </message>
-    <message>
-        <source>Pb</source>
-        <translation>Pb</translation>
-    </message>
-    <message>
-        <source>Tb</source>
-        <translation>Tb</translation>
-    </message>
-    <message>
-        <source>Gb</source>
-        <translation>Gb</translation>
-    </message>
-    <message>
-        <source>Mb</source>
-        <translation>Mb</translation>
-    </message>
-    <message>
-        <source>Kb</source>
-        <translation>Kb</translation>
-    </message>
-    <message>
-        <source>b</source>
-        <translation>b</translation>
-    </message>
-    <message>
-        <source>%1 %3:%4-%5 (%2)</source>
-        <translation>%1 %3:%4-%5 (%2)</translation>
-    </message>
-    <message>
-        <source>%1 %3-%4 (%2)</source>
-        <translation>%1 %3-%4 (%2)</translation>
-    </message>
-    <message>
-        <source> [%1]</source>
-        <translation> [%1]</translation>
-    </message>
-    <message>
-        <source>Internal error: yum/dnf version not understood: %1 errno=%2 (%3)</source>
-        <translation>Interner Fehler: Version von yum/dnf nicht verstanden: %1 errno=%2 (%3)</translation>
     </message>
     <message>
         <source>Internal error: dnf version not found</source>

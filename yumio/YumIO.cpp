@@ -444,6 +444,48 @@ void YumIO::reset()
     const PyRef result(pyMethodCall(yumIO.get(), "reset", "()"));
 }
 
+QString YumIO::getBiArch(const QString& arch)
+{
+    // The script's answer never changes while the program runs, and there are few architectures.
+    auto known = biArchByArch.constFind(arch);
+    if (known == biArchByArch.constEnd()) {
+        const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));
+        if (!answer) {
+            return pyString(nullptr); // what failed once may not fail again
+        }
+        known = biArchByArch.insert(arch, pyString(answer.get()));
+    }
+    return known.value();
+}
+
+QString YumIO::dnfVersionStr()
+{
+    if (!dnfVersionLooked) {
+        dnfVersionLooked = true;
+        PyGILStateWrapper lock(true);
+        if (PyObject* module = pyLookup("dnf", true)) {
+            if (PyObject* version = attribute(module, "__version__")) {
+                dnfVersionText = pyStringDec(version);
+            }
+        }
+    }
+    return dnfVersionText;
+}
+
+quint64 YumIO::dnfVersion()
+{
+    const QString text = dnfVersionStr();
+    if (text.isEmpty()) {
+        static bool warned = false;
+        if (!warned) {
+            warned = true;
+            warning(tr("Internal error: dnf version not found"));
+        }
+        return 0;
+    }
+    return splitVersion(text);
+}
+
 void YumIO::deleteEntries()
 {
     qDeleteAll(collectedEntries); // the index may have one twice
@@ -487,6 +529,17 @@ void YumIO::blockerRelease()
         blockerHeld = false;
         blocker.release();
     }
+}
+
+Package::Entry* YumIO::installedEntry(Package::Entry* entry)
+{
+    return entry->state == Package::Installed ? entry : entry->next;
+}
+
+quint64 YumIO::installedSize(Package::Entry* entry)
+{
+    const Package::Entry* installed = entry != nullptr ? installedEntry(entry) : nullptr;
+    return installed != nullptr ? installed->size : 0;
 }
 
 bool YumIO::isLeftToUser(const Package::Entry& entry) const

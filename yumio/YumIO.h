@@ -16,12 +16,12 @@
 #include <Python.h>
 
 #include "python/PyRef.h"
-#include "python/Python.h"
 #include "python/YumIOCTarget.h"
 #include "services/CapturedOutput.h"
 #include "services/Log.h"
 #include "yumio/Fields.h"
 #include "yumio/Package.h"
+#include "yumio/ScriptValues.h"
 
 #include <QHash>
 #include <QMutex>
@@ -46,7 +46,7 @@ namespace Progress {
 class Object;
 }
 
-class YumIO : public QObject, private Python, public YumIOCTarget, public CapturedOutput
+class YumIO : public QObject, private ScriptValues, public YumIOCTarget, public CapturedOutput
 {
     Q_OBJECT
 
@@ -217,7 +217,7 @@ public:
     // Both log the text and show it in a dialog, and return when the user has closed that. Passwords in URLs
     // are hidden in both places.
     void error(const QString& text) override;
-    void warning(const QString& text);
+    void warning(const QString& text) override;
     void stdoutCapturedWrite(const QString& text) override;
     void stderrCapturedWrite(const QString& text) override;
     void captureEnded() override;
@@ -360,7 +360,6 @@ private:
     // Up to so many packages are asked for their files one by one; for more, the metadata are read through.
     static int fewPackages;
     QString metadataPath(const QString& repo, const char* kind); // empty: there is none
-    QByteArray checksumOf(PyObject* pkg);                        // hexadecimal digits; empty: it has none
 
     // Details
     QString getRelDepList(PyObject* pkg, const char* attr);
@@ -386,7 +385,6 @@ private:
     PyObject* getGroupItem(const Package::Entry& group, const char* attr); // new reference or null
     Package::Entry* findPackage(const QString& name);
     Package::Entry* findPackage(const QString& name, const QString& arch);
-    Package::Kind getPkgKind(PyObject* pkg);
     // The lines that follow what the user has marked.
     struct Listing
     {
@@ -424,49 +422,11 @@ private:
     bool verifyLocalPkg(PyObject* pkg);
     bool isInstance(PyObject* object, PyObject* type);
 
-    // Values. The object is borrowed, except by the operations whose names end in Dec, which release it.
-    QString pyString(PyObject* object);
-    QString pyStringDec(PyObject* object);
-    QString pyStringX(PyObject* object);
-    QString pyStringXDec(PyObject* object);
-    int pyLongDec(PyObject* object);
-    QString pyMappingString(PyObject* object, const char* key);
-    PyObject* pyDictGetItem(PyObject* object, const QString& key); // borrowed reference or null
-    quint64 pyTime(PyObject* object);
-    quint64 pyTimeDec(PyObject* object);
-    QString pyDate(PyObject* object);
-    const char* pyDescribe(PyObject* object);
-    QString simpleString(PyObject* object, const char* attr);
-    PyObject* findRelation(PyObject* sequence, const char* name); // new reference or null
-    static Package::Entry* installedEntry(Package::Entry* entry);
-    static quint64 installedSize(Package::Entry* entry);     // 0 when nothing is installed
-    PyObject* attribute(PyObject* object, const char* name); // new reference or null, no exception left
-    // Attributes that every package is asked for.
-    enum PackageAttribute {
-        ArchAttribute,
-        BuildTimeAttribute,
-        EpochAttribute,
-        GroupAttribute,
-        NameAttribute,
-        ReleaseAttribute,
-        RepoIdAttribute,
-        SizeAttribute,
-        SummaryAttribute,
-        VersionAttribute,
-        PackageAttributeCount
-    };
-    PyObject* attribute(PyObject* object, PackageAttribute which); // new reference or null, no exception left
-    QString getVerRel(PyObject* pkg);
-    QString getVerRelTxitem(PyObject* item);
+    // Values of the package manager
+    using ScriptValues::getVerRel; // beside the text of a record
     QString getBiArch(const QString& arch);
-    quint64 sizeOf(PyObject* pkg);
-    QString bytesFormat(unsigned long long bytes);
-    quint64 buildTimeOf(PyObject* pkg);
-    static const char* dateFormat(long time);
-    static const char* timeFormat(long time);
-    QString txitemFormat(PyObject* item);
-    QString txitemRepoFormat(PyObject* item);
-    quint64 splitVersion(const QString& text);
+    static Package::Entry* installedEntry(Package::Entry* entry);
+    static quint64 installedSize(Package::Entry* entry); // 0 when nothing is installed
 
     // Errors
     void error(const char* text) override;
@@ -522,7 +482,6 @@ private:
     PyObject* yumIOClass; // borrowed
     PyRef yumIO;
     PyRef base;
-    PyRef attributeNames[PackageAttributeCount]; // made when they are first asked for
     PyRef repos;
     QStringList enabledRepos;
     QString readingName; // what is being read from the repositories

@@ -378,15 +378,6 @@ Package::Entry* YumIO::findPackage(const QString& name, const QString& arch)
     return entryIndex.value(EntryKey(false, name, getBiArch(arch)));
 }
 
-Package::Kind YumIO::getPkgKind(PyObject* pkg)
-{
-    const PyRef group(attribute(pkg, GroupAttribute));
-    return group && PyUnicode_Check(group.get()) &&
-                   PyUnicode_CompareWithASCIIString(group.get(), "Suite") == 0
-               ? Package::Suite
-               : Package::Ordinary;
-}
-
 PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
 {
     PyObject* transaction = nullptr;

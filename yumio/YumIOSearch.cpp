@@ -86,18 +86,6 @@ QString YumIO::metadataPath(const QString& repo, const char* kind)
     return path.get() == Py_None ? QString() : pyStringDec(path.release());
 }
 
-QByteArray YumIO::checksumOf(PyObject* pkg)
-{
-    const PyRef checksum(attribute(pkg, "chksum"));
-    if (!checksum || !PyTuple_Check(checksum.get()) || PyTuple_Size(checksum.get()) != 2) {
-        return QByteArray();
-    }
-    PyObject* digest = PyTuple_GetItem(checksum.get(), 1);
-    return PyBytes_Check(digest)
-               ? QByteArray(PyBytes_AsString(digest), static_cast<int>(PyBytes_Size(digest))).toHex()
-               : QByteArray();
-}
-
 bool YumIO::anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found)
 {
     const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;

@@ -508,17 +508,6 @@ private Q_SLOTS:
         QVERIFY(yumIO().findPackage("lib") == backEnd->entry("lib", "i386"));
     }
 
-    void kindsOfPackages()
-    {
-        const auto kind = [this](const char* expression) {
-            return yumIO().getPkgKind(backEnd->value(expression).get());
-        };
-        QCOMPARE(kind("Package('a', group='Suite')"), Package::Suite);
-        QCOMPARE(kind("Package('a', group='suite')"), Package::Ordinary);
-        QCOMPARE(kind("Package('a', group=None)"), Package::Ordinary);
-        QCOMPARE(kind("Thing()"), Package::Ordinary);
-    }
-
     // --- The listing
 
     void linesOfTheListing_data()

@@ -17,6 +17,7 @@ class YumIOExtraTest : public QObject
 private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
     QStringList errors() { return backEnd->answers.takeTexts("VYRE Yum Error"); }
+    QStringList warnings() { return backEnd->answers.takeTexts("VYRE Yum Warning"); }
     const Package::Entry& tool() { return *backEnd->entry("tool"); }
     const Package::Entry& group() { return *backEnd->group("G"); }
 
@@ -456,7 +457,8 @@ private Q_SLOTS:
     void headerValues()
     {
         backEnd->run("tool.hdr = {rpm.RPMTAG_NAME: 'tool'}");
-        QCOMPARE(yumIO().pyStringDec(yumIO().getRpmHdrValue(tool().pyObject, "NAME")), QString("tool"));
+        const PyRef value(yumIO().getRpmHdrValue(tool().pyObject, "NAME"));
+        QCOMPARE(QString::fromUtf8(PyUnicode_AsUTF8(value.get())), QString("tool"));
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "NONSENSE") == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: cannot find rpm.RPMTAG_NONSENSE"));
         // The header need not have each.
@@ -484,6 +486,50 @@ private Q_SLOTS:
         QCOMPARE(list, QStringList({"B", "a", "b", "b"}));
         QStringList repeats{"b", "a", "B", "b"};
         QCOMPARE(YumIOProbe::makeSortedUniq(repeats), QString("B\na\nb"));
+    }
+
+    // --- The package manager itself
+
+    void versionOfThePackageManager()
+    {
+        QCOMPARE(yumIO().dnfVersionStr(), backEnd->text("dnf.__version__"));
+        QVERIFY(yumIO().dnfVersion() >= 40000);
+        backEnd->run("dnf.__version__ = 'changed'");
+        QVERIFY(yumIO().dnfVersion() >= 40000);
+    }
+
+    void unknownVersionOfThePackageManagerIsWarnedOfOnce()
+    {
+        const QString known = yumIO().dnfVersionStr();
+        yumIO().dnfVersionText.clear();
+        QCOMPARE(yumIO().dnfVersionStr(), QString()); // it is looked up once
+        yumIO().dnfVersionLooked = false;
+        backEnd->run("former = dnf.__version__\ndel dnf.__version__");
+        QCOMPARE(yumIO().dnfVersion(), quint64(0));
+        QCOMPARE(warnings(), QStringList("Internal error: dnf version not found"));
+        QCOMPARE(yumIO().dnfVersion(), quint64(0));
+        QCOMPARE(warnings(), QStringList());
+        QVERIFY(yumIO().dnfVersionLooked);
+        backEnd->run("dnf.__version__ = former");
+        yumIO().dnfVersionText = known;
+    }
+
+    void classesOfArchitectures()
+    {
+        QCOMPARE(yumIO().getBiArch("i586"), QString("i386"));
+        QCOMPARE(yumIO().getBiArch("noarch"), QString("x86_64"));
+        QCOMPARE(yumIO().getBiArch("s390x"), QString("s390x"));
+    }
+
+    void installedCounterparts()
+    {
+        Package::Entry entry;
+        Package::Entry* old = new Package::Entry;
+        entry.next = old;
+        entry.state = Package::Installed;
+        QVERIFY(yumIO().installedEntry(&entry) == &entry);
+        entry.state = Package::Updatable;
+        QVERIFY(yumIO().installedEntry(&entry) == old);
     }
 };
 

@@ -44,31 +44,8 @@ public:
     bool startInterpreter() { return python().initialize(); } // without the script
 
     // Values
-    using YumIO::buildTimeOf;
-    using YumIO::bytesFormat;
-    using YumIO::dateFormat;
-    using YumIO::findRelation;
     using YumIO::getBiArch;
-    using YumIO::getVerRel;
-    using YumIO::getVerRelTxitem;
     using YumIO::installedEntry;
-    using YumIO::pyDate;
-    using YumIO::pyDescribe;
-    using YumIO::pyDictGetItem;
-    using YumIO::pyLongDec;
-    using YumIO::pyMappingString;
-    using YumIO::pyString;
-    using YumIO::pyStringDec;
-    using YumIO::pyStringX;
-    using YumIO::pyStringXDec;
-    using YumIO::pyTime;
-    using YumIO::pyTimeDec;
-    using YumIO::simpleString;
-    using YumIO::sizeOf;
-    using YumIO::splitVersion;
-    using YumIO::timeFormat;
-    using YumIO::txitemFormat;
-    using YumIO::txitemRepoFormat;
 
     // Messages and processes
     using YumIO::commExceptRaised;
@@ -87,7 +64,6 @@ public:
     using YumIO::findPackage;
     using YumIO::getGroupItem;
     using YumIO::getGroupPkgs;
-    using YumIO::getPkgKind;
     using YumIO::getRelDepList;
     using YumIO::getRpmHdrValue;
     using YumIO::getRpmList;

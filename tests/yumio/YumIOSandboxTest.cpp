@@ -246,7 +246,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getBuildHost(entry), QString("builder7.larkspur.example"));
         const long installTime = rpm({"-q", "gallivant", "--qf", "%{INSTALLTIME}"}).toLong();
         QVERIFY(installTime > 1700000000);
-        QCOMPARE(yumIO().getInstallTime(entry), QString(yumIO().timeFormat(installTime)));
+        QCOMPARE(yumIO().getInstallTime(entry), QString(ScriptValues::timeFormat(installTime)));
         QCOMPARE(yumIO().getBinaryRpm(entry), QString());
         QCOMPARE(yumIO().getSourceRpm(entry), rpm({"-q", "gallivant", "--qf", "%{SOURCERPM}"}));
         QCOMPARE(yumIO().getLicense(entry), QString("Artistic-2.0"));
@@ -602,8 +602,8 @@ private Q_SLOTS:
                              "\tRemove: almanac 1.9-1 (noarch)\n"
                              "\tInstall: chatterbox 1.0-1 (noarch) [sandbox-http]\n"
                              "\nCached size: 0b\nTotal download size: " +
-                             yumIO().bytesFormat(download) +
-                             "\nInstalled size: " + yumIO().bytesFormat(size) + "\n"));
+                             ScriptValues::bytesFormat(download) +
+                             "\nInstalled size: " + ScriptValues::bytesFormat(size) + "\n"));
         QVERIFY(yumIO().systemChanged());
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
 

@@ -1,19 +1,66 @@
-// Values of the script as texts and numbers, and its failures as messages.
-
-#include "yumio/YumIO.h"
+#include "yumio/ScriptValues.h"
 
 #include <cerrno>
 #include <clocale>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <sys/wait.h>
 
-#include <QRegularExpression>
+#include <QStringList>
 
-#include "services/YumIODialogs.h"
 #include "yumio/DateTime.h"
 
-QString YumIO::pyString(PyObject* object)
+namespace {
+
+QString joinVerRel(const QString& epoch, const QString& version, const QString& release)
+{
+    QString text;
+    text.reserve(epoch.length() + version.length() + release.length() + 2);
+    if (!epoch.isEmpty() && epoch != QLatin1String("0")) {
+        text += epoch;
+        text += QLatin1Char(':');
+    }
+    text += version;
+    if (!release.isEmpty()) {
+        text += QLatin1Char('-');
+        text += release;
+    }
+    return text;
+}
+
+// Numbers have a point in this thread for a scope, whatever the locale of the program.
+class PlainNumbers
+{
+public:
+    PlainNumbers() : before(uselocale(plainLocale())) {}
+    ~PlainNumbers() { uselocale(before); }
+    PlainNumbers(const PlainNumbers&) = delete;
+    PlainNumbers& operator=(const PlainNumbers&) = delete;
+
+private:
+    static locale_t plainLocale()
+    {
+        static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+        return plain;
+    }
+
+    locale_t before;
+};
+
+// Weekday, month, day, time of day and year.
+void formatTime(long time, char (&text)[64])
+{
+    const auto seconds = static_cast<time_t>(time);
+    if (ctime_r(&seconds, text) == nullptr) {
+        text[0] = '\0';
+    }
+    text[std::strcspn(text, "\n")] = '\0';
+}
+
+} // namespace
+
+QString ScriptValues::pyString(PyObject* object)
 {
     if (object == nullptr) {
         PyErr_Clear();
@@ -43,13 +90,13 @@ QString YumIO::pyString(PyObject* object)
     return QString();
 }
 
-QString YumIO::pyStringDec(PyObject* object)
+QString ScriptValues::pyStringDec(PyObject* object)
 {
     const PyRef owned(object);
     return pyString(object);
 }
 
-QString YumIO::pyStringX(PyObject* object)
+QString ScriptValues::pyStringX(PyObject* object)
 {
     if (object != nullptr) {
         if (PyUnicode_Check(object)) {
@@ -78,13 +125,13 @@ QString YumIO::pyStringX(PyObject* object)
     return QString();
 }
 
-QString YumIO::pyStringXDec(PyObject* object)
+QString ScriptValues::pyStringXDec(PyObject* object)
 {
     const PyRef owned(object);
     return pyStringX(object);
 }
 
-int YumIO::pyLongDec(PyObject* object)
+int ScriptValues::pyLongDec(PyObject* object)
 {
     const PyRef owned(object);
     if (object == nullptr || !PyLong_Check(object)) {
@@ -96,19 +143,19 @@ int YumIO::pyLongDec(PyObject* object)
     return value;
 }
 
-QString YumIO::pyMappingString(PyObject* object, const char* key)
+QString ScriptValues::pyMappingString(PyObject* object, const char* key)
 {
     return pyStringDec(PyMapping_GetItemString(object, key));
 }
 
-PyObject* YumIO::pyDictGetItem(PyObject* object, const QString& key)
+PyObject* ScriptValues::pyDictGetItem(PyObject* object, const QString& key)
 {
     PyObject* item = PyDict_GetItemString(object, key.toUtf8().constData());
     PyErr_Clear();
     return item;
 }
 
-quint64 YumIO::pyTime(PyObject* object)
+quint64 ScriptValues::pyTime(PyObject* object)
 {
     if (object != nullptr && PyLong_Check(object)) {
         const quint64 value = PyLong_AsUnsignedLongLongMask(object);
@@ -130,7 +177,7 @@ quint64 YumIO::pyTime(PyObject* object)
     return 0;
 }
 
-quint64 YumIO::pyTimeDec(PyObject* object)
+quint64 ScriptValues::pyTimeDec(PyObject* object)
 {
     const PyRef owned(object);
     if (object != nullptr && (PyLong_Check(object) || PyUnicode_Check(object))) {
@@ -142,7 +189,7 @@ quint64 YumIO::pyTimeDec(PyObject* object)
     return 0;
 }
 
-QString YumIO::pyDate(PyObject* object)
+QString ScriptValues::pyDate(PyObject* object)
 {
     static const char* const weekdays[] = {"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
     static const char* const months[] = {"",    "Jan", "Feb", "Mar", "Apr", "May", "Jun",
@@ -176,7 +223,7 @@ QString YumIO::pyDate(PyObject* object)
              QString::number(DateTime::day(object)), QString::number(DateTime::year(object)));
 }
 
-const char* YumIO::pyDescribe(PyObject* object)
+const char* ScriptValues::pyDescribe(PyObject* object)
 {
     static char number[1024];
     static char description[1024];
@@ -203,7 +250,7 @@ const char* YumIO::pyDescribe(PyObject* object)
     return description;
 }
 
-PyObject* YumIO::attribute(PyObject* object, const char* name)
+PyObject* ScriptValues::attribute(PyObject* object, const char* name)
 {
     PyObject* value = PyObject_GetAttrString(object, name);
     if (value == nullptr) {
@@ -212,7 +259,7 @@ PyObject* YumIO::attribute(PyObject* object, const char* name)
     return value;
 }
 
-PyObject* YumIO::attribute(PyObject* object, PackageAttribute which)
+PyObject* ScriptValues::attribute(PyObject* object, PackageAttribute which)
 {
     // In the order of the enumeration.
     static const char* const names[] = {"arch",    "buildtime", "epoch", "group",   "name",
@@ -231,7 +278,7 @@ PyObject* YumIO::attribute(PyObject* object, PackageAttribute which)
     return value;
 }
 
-QString YumIO::simpleString(PyObject* object, const char* attr)
+QString ScriptValues::simpleString(PyObject* object, const char* attr)
 {
     PyRef value(attribute(object, attr));
     if (!value || value.get() == Py_None) {
@@ -244,7 +291,7 @@ QString YumIO::simpleString(PyObject* object, const char* attr)
     return text;
 }
 
-PyObject* YumIO::findRelation(PyObject* sequence, const char* name)
+PyObject* ScriptValues::findRelation(PyObject* sequence, const char* name)
 {
     const PyRef iterator(PyObject_GetIter(sequence));
     while (iterator) {
@@ -262,38 +309,7 @@ PyObject* YumIO::findRelation(PyObject* sequence, const char* name)
     return nullptr;
 }
 
-Package::Entry* YumIO::installedEntry(Package::Entry* entry)
-{
-    return entry->state == Package::Installed ? entry : entry->next;
-}
-
-quint64 YumIO::installedSize(Package::Entry* entry)
-{
-    const Package::Entry* installed = entry != nullptr ? installedEntry(entry) : nullptr;
-    return installed != nullptr ? installed->size : 0;
-}
-
-namespace {
-
-QString joinVerRel(const QString& epoch, const QString& version, const QString& release)
-{
-    QString text;
-    text.reserve(epoch.length() + version.length() + release.length() + 2);
-    if (!epoch.isEmpty() && epoch != QLatin1String("0")) {
-        text += epoch;
-        text += QLatin1Char(':');
-    }
-    text += version;
-    if (!release.isEmpty()) {
-        text += QLatin1Char('-');
-        text += release;
-    }
-    return text;
-}
-
-} // namespace
-
-QString YumIO::getVerRel(PyObject* pkg)
+QString ScriptValues::getVerRel(PyObject* pkg)
 {
     PyRef epoch(attribute(pkg, EpochAttribute));
     QString epochText;
@@ -310,27 +326,22 @@ QString YumIO::getVerRel(PyObject* pkg)
                       pyStringDec(attribute(pkg, ReleaseAttribute)));
 }
 
-QString YumIO::getVerRelTxitem(PyObject* item)
+QString ScriptValues::getVerRelTxitem(PyObject* item)
 {
     return joinVerRel(QString::number(pyLongDec(attribute(item, "epoch"))),
                       pyStringDec(attribute(item, "version")), pyStringDec(attribute(item, "release")));
 }
 
-QString YumIO::getBiArch(const QString& arch)
+Package::Kind ScriptValues::getPkgKind(PyObject* pkg)
 {
-    // The script's answer never changes while the program runs, and there are few architectures.
-    auto known = biArchByArch.constFind(arch);
-    if (known == biArchByArch.constEnd()) {
-        const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));
-        if (!answer) {
-            return pyString(nullptr); // what failed once may not fail again
-        }
-        known = biArchByArch.insert(arch, pyString(answer.get()));
-    }
-    return known.value();
+    const PyRef group(attribute(pkg, GroupAttribute));
+    return group && PyUnicode_Check(group.get()) &&
+                   PyUnicode_CompareWithASCIIString(group.get(), "Suite") == 0
+               ? Package::Suite
+               : Package::Ordinary;
 }
 
-quint64 YumIO::sizeOf(PyObject* pkg)
+quint64 ScriptValues::sizeOf(PyObject* pkg)
 {
     const auto parsed = [this](PyObject* text) {
         bool understood = false;
@@ -367,30 +378,7 @@ quint64 YumIO::sizeOf(PyObject* pkg)
     return 0;
 }
 
-namespace {
-
-// Numbers have a point in this thread for a scope, whatever the locale of the program.
-class PlainNumbers
-{
-public:
-    PlainNumbers() : before(uselocale(plainLocale())) {}
-    ~PlainNumbers() { uselocale(before); }
-    PlainNumbers(const PlainNumbers&) = delete;
-    PlainNumbers& operator=(const PlainNumbers&) = delete;
-
-private:
-    static locale_t plainLocale()
-    {
-        static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
-        return plain;
-    }
-
-    locale_t before;
-};
-
-} // namespace
-
-QString YumIO::bytesFormat(unsigned long long bytes)
+QString ScriptValues::bytesFormat(unsigned long long bytes)
 {
     // Translated once: a collection formats the size of each package.
     static const struct
@@ -418,33 +406,19 @@ QString YumIO::bytesFormat(unsigned long long bytes)
     return QLatin1String(digits) + *unit;
 }
 
-quint64 YumIO::buildTimeOf(PyObject* pkg)
+quint64 ScriptValues::buildTimeOf(PyObject* pkg)
 {
     return pyTimeDec(attribute(pkg, BuildTimeAttribute));
 }
 
-namespace {
-
-// Weekday, month, day, time of day and year.
-void formatTime(long time, char (&text)[64])
-{
-    const auto seconds = static_cast<time_t>(time);
-    if (ctime_r(&seconds, text) == nullptr) {
-        text[0] = '\0';
-    }
-    text[std::strcspn(text, "\n")] = '\0';
-}
-
-} // namespace
-
-const char* YumIO::timeFormat(long time)
+const char* ScriptValues::timeFormat(long time)
 {
     static char text[64];
     formatTime(time, text);
     return text;
 }
 
-const char* YumIO::dateFormat(long time)
+const char* ScriptValues::dateFormat(long time)
 {
     static char text[64];
     constexpr size_t timeOfDay = 11;
@@ -456,7 +430,19 @@ const char* YumIO::dateFormat(long time)
     return text;
 }
 
-QString YumIO::txitemFormat(PyObject* item)
+QByteArray ScriptValues::checksumOf(PyObject* pkg)
+{
+    const PyRef checksum(attribute(pkg, "chksum"));
+    if (!checksum || !PyTuple_Check(checksum.get()) || PyTuple_Size(checksum.get()) != 2) {
+        return QByteArray();
+    }
+    PyObject* digest = PyTuple_GetItem(checksum.get(), 1);
+    return PyBytes_Check(digest)
+               ? QByteArray(PyBytes_AsString(digest), static_cast<int>(PyBytes_Size(digest))).toHex()
+               : QByteArray();
+}
+
+QString ScriptValues::txitemFormat(PyObject* item)
 {
     const QString name = pyStringDec(attribute(item, "name"));
     const QString arch = pyStringDec(attribute(item, "arch"));
@@ -469,26 +455,12 @@ QString YumIO::txitemFormat(PyObject* item)
     return tr("%1 %3-%4 (%2)").arg(name, arch, version, release);
 }
 
-QString YumIO::txitemRepoFormat(PyObject* item)
+QString ScriptValues::txitemRepoFormat(PyObject* item)
 {
     return txitemFormat(item) + tr(" [%1]").arg(pyStringDec(attribute(item, "from_repo")));
 }
 
-QString YumIO::dnfVersionStr()
-{
-    if (!dnfVersionLooked) {
-        dnfVersionLooked = true;
-        PyGILStateWrapper lock(true);
-        if (PyObject* module = pyLookup("dnf", true)) {
-            if (PyObject* version = attribute(module, "__version__")) {
-                dnfVersionText = pyStringDec(version);
-            }
-        }
-    }
-    return dnfVersionText;
-}
-
-quint64 YumIO::splitVersion(const QString& text)
+quint64 ScriptValues::splitVersion(const QString& text)
 {
     quint64 sum = 0;
     quint64 weight = 10000;
@@ -512,228 +484,4 @@ quint64 YumIO::splitVersion(const QString& text)
         sum += value * weight;
     }
     return sum;
-}
-
-quint64 YumIO::dnfVersion()
-{
-    const QString text = dnfVersionStr();
-    if (text.isEmpty()) {
-        static bool warned = false;
-        if (!warned) {
-            warned = true;
-            warning(tr("Internal error: dnf version not found"));
-        }
-        return 0;
-    }
-    return splitVersion(text);
-}
-
-void YumIO::error(const QString& text)
-{
-    log(Log::Error, 0, text);
-    if (dialogs != nullptr && wait != Wait::Ended) {
-        dialogs->critical(tr("VYRE Yum Error"), Log::withoutPasswords(text), QString(), QString(), QString(),
-                          0, -1);
-    }
-}
-
-void YumIO::warning(const QString& text)
-{
-    log(Log::Warning, 0, text);
-    if (dialogs != nullptr && wait != Wait::Ended) {
-        dialogs->warning(tr("VYRE Yum Warning"), Log::withoutPasswords(text), QString(), QString(), QString(),
-                         0, -1);
-    }
-}
-
-void YumIO::error(const char* text)
-{
-    error(QString::fromUtf8(text));
-}
-
-void YumIO::warning(const char* text)
-{
-    warning(QString::fromUtf8(text));
-}
-
-int YumIO::exceptionLogStart()
-{
-    QMutexLocker locker(&logList);
-    return exceptLogStart >= 0 ? exceptLogStart : logList.count();
-}
-
-void YumIO::pythonException(const QString& text)
-{
-    const int start = exceptionLogStart();
-    showExceptionLog(start, text);
-}
-
-void YumIO::pythonExceptionV(const QString& text)
-{
-    const int start = exceptionLogStart();
-    log(Log::Error, 0, pyStringXDec(pyExceptValuef()));
-    showExceptionLog(start, text);
-}
-
-void YumIO::showExceptionLog(int start, const QString& text)
-{
-    log(Log::Error, 0, text);
-    QStringList lines;
-    {
-        QMutexLocker locker(&logList);
-        for (int i = start; i < logList.count(); ++i) {
-            const Log::Entry& entry = logList.at(i);
-            if (entry.kind == Log::Error && entry.level < 3) {
-                lines.append(entry.text);
-            }
-        }
-    }
-    // The window of the log takes the same mutex, so the dialog comes after its release.
-    if (dialogs != nullptr && wait != Wait::Ended) {
-        dialogs->scrollable(tr("VYRE Yum Error"), lines.join(QLatin1Char('\n')));
-    }
-}
-
-void YumIO::pyExceptExpect(PyObject* type)
-{
-    {
-        QMutexLocker locker(&logList);
-        exceptLogStart = logList.count();
-    }
-    Python::pyExceptExpect(type);
-}
-
-void YumIO::pyExceptClear()
-{
-    exceptLogStart = -1;
-    Python::pyExceptClear();
-}
-
-void YumIO::exceptionExpected()
-{
-    // It stays pending, for the caller to explain.
-}
-
-void YumIO::tracebackOnTerminal(const char* text)
-{
-    // Messages tell the user to look there.
-    log(Log::Error, 0, QString::fromUtf8(text));
-}
-
-void YumIO::commExceptSetup()
-{
-    pyExceptExpect(classes[BdbQuit]);
-    pyExceptExpect(classes[DnfError]);
-    pyExceptExpect(classes[RepoError]);
-    pyExceptExpect(PyExc_IOError);
-    pyExceptExpect(PyExc_KeyboardInterrupt);
-    pyExceptExpect(PyExc_AssertionError);
-    pyExceptExpect(PyExc_RuntimeError);
-    for (const Class optional : {OtherRepoError, MetadataError}) {
-        if (classes[optional] != nullptr) {
-            pyExceptExpect(classes[optional]);
-        }
-    }
-}
-
-bool YumIO::commExceptRaised(PyObject* result, const QString& what)
-{
-    // Tracebacks are printed without being kept in sys: that would keep the objects of the failed call alive.
-    const auto raised = [this, result](PyObject* type) {
-        return type != nullptr && pyExceptMatches(result, type);
-    };
-    const auto value = [this] {
-        const PyRef text(pyExceptValuef());
-        return text ? pyStringX(text.get()) : QString();
-    };
-    if (raised(PyExc_IOError)) {
-        const QString text = value();
-        PyErr_PrintEx(0);
-        error(tr("Unable to %1: I/O Error: %2\n\nEmitting a walkback to the Log window.").arg(what, text));
-        return true;
-    }
-    if (raised(PyExc_KeyboardInterrupt)) {
-        PyErr_PrintEx(0);
-        error(
-            tr("Unable to %1: KeyboardInterrupt\n\nThis usually means VYRE was sent signal SIGINT, SIGTERM, "
-               "or "
-               "similar.\n\nBut urlgrabber also can raise this error for several situations where it is just "
-               "guessing.\nSo, emitting a walkback to the Log window.")
-                .arg(what));
-        return true;
-    }
-    if (raised(PyExc_AssertionError)) {
-        PyErr_PrintEx(0);
-        error(tr(
-            "Internal error: python assertion failed\nWhen reporting this issue, please include the contents "
-            "of the\nLog window, which should contain a walkback."));
-        return true;
-    }
-    if (raised(PyExc_RuntimeError)) {
-        error(tr("Unable to %1: Runtime Error:\n\n%2").arg(what, value()));
-        return true;
-    }
-    if (raised(classes[MetadataError])) {
-        error(tr("Unable to %1: metadata unavailable from all repo mirrors:\n%2").arg(what, value()));
-        return true;
-    }
-    if (raised(classes[RepoError]) || raised(classes[OtherRepoError])) {
-        if (value().contains(QLatin1String("database is locked"))) {
-            pythonException(
-                tr("Unable to %1: a repository's sqlite database was locked unexpectedly\nOn some "
-                   "distributions, PackageKit has been known to cause this.")
-                    .arg(what));
-        } else {
-            exceptionError();
-        }
-        return true;
-    }
-    if (raised(classes[BdbQuit]) || raised(classes[DnfError])) {
-        pythonExceptionV(tr("Unable to %1").arg(what));
-        return true;
-    }
-    return false;
-}
-
-bool YumIO::sigchldDisable()
-{
-    struct sigaction standard = {};
-    standard.sa_handler = SIG_DFL;
-    sigemptyset(&standard.sa_mask);
-    if (sigaction(SIGCHLD, &standard, &savedSigchld) == 0) {
-        return true;
-    }
-    const int problem = errno;
-    error(tr("Unable to disable SIGCHLD signal handler; errno=%1 (%2)")
-              .arg(problem)
-              .arg(QString::fromLocal8Bit(std::strerror(problem))));
-    return false;
-}
-
-void YumIO::sigchldRestore()
-{
-    if (sigaction(SIGCHLD, &savedSigchld, nullptr) != 0) {
-        const int problem = errno;
-        error(tr("Unable to restore SIGCHLD signal handler; errno=%1 (%2)")
-                  .arg(problem)
-                  .arg(QString::fromLocal8Bit(std::strerror(problem))));
-    }
-}
-
-bool YumIO::reapChildren()
-{
-    for (;;) {
-        const pid_t child = waitpid(-1, nullptr, WNOHANG);
-        if (child == 0 || (child < 0 && errno == ECHILD)) {
-            return true;
-        }
-        if (child < 0) {
-            const int problem = errno;
-            error(tr("Unable to reap children; errno=%1 (%2)")
-                      .arg(problem)
-                      .arg(QString::fromLocal8Bit(std::strerror(problem))));
-            return false;
-        }
-        log(Log::Warning, 0, tr("Reaped zombie child %1").arg(child));
-    }
 }

@@ -1,0 +1,219 @@
+// The log, messages to the user, and failures of the script as messages.
+
+#include "yumio/YumIO.h"
+
+#include <cerrno>
+#include <cstring>
+#include <sys/wait.h>
+
+#include "services/YumIODialogs.h"
+
+void YumIO::error(const QString& text)
+{
+    log(Log::Error, 0, text);
+    if (dialogs != nullptr && wait != Wait::Ended) {
+        dialogs->critical(tr("VYRE Yum Error"), Log::withoutPasswords(text), QString(), QString(), QString(),
+                          0, -1);
+    }
+}
+
+void YumIO::warning(const QString& text)
+{
+    log(Log::Warning, 0, text);
+    if (dialogs != nullptr && wait != Wait::Ended) {
+        dialogs->warning(tr("VYRE Yum Warning"), Log::withoutPasswords(text), QString(), QString(), QString(),
+                         0, -1);
+    }
+}
+
+void YumIO::error(const char* text)
+{
+    error(QString::fromUtf8(text));
+}
+
+void YumIO::warning(const char* text)
+{
+    warning(QString::fromUtf8(text));
+}
+
+int YumIO::exceptionLogStart()
+{
+    QMutexLocker locker(&logList);
+    return exceptLogStart >= 0 ? exceptLogStart : logList.count();
+}
+
+void YumIO::pythonException(const QString& text)
+{
+    const int start = exceptionLogStart();
+    showExceptionLog(start, text);
+}
+
+void YumIO::pythonExceptionV(const QString& text)
+{
+    const int start = exceptionLogStart();
+    log(Log::Error, 0, pyStringXDec(pyExceptValuef()));
+    showExceptionLog(start, text);
+}
+
+void YumIO::showExceptionLog(int start, const QString& text)
+{
+    log(Log::Error, 0, text);
+    QStringList lines;
+    {
+        QMutexLocker locker(&logList);
+        for (int i = start; i < logList.count(); ++i) {
+            const Log::Entry& entry = logList.at(i);
+            if (entry.kind == Log::Error && entry.level < 3) {
+                lines.append(entry.text);
+            }
+        }
+    }
+    // The window of the log takes the same mutex, so the dialog comes after its release.
+    if (dialogs != nullptr && wait != Wait::Ended) {
+        dialogs->scrollable(tr("VYRE Yum Error"), lines.join(QLatin1Char('\n')));
+    }
+}
+
+void YumIO::pyExceptExpect(PyObject* type)
+{
+    {
+        QMutexLocker locker(&logList);
+        exceptLogStart = logList.count();
+    }
+    Python::pyExceptExpect(type);
+}
+
+void YumIO::pyExceptClear()
+{
+    exceptLogStart = -1;
+    Python::pyExceptClear();
+}
+
+void YumIO::exceptionExpected()
+{
+    // It stays pending, for the caller to explain.
+}
+
+void YumIO::tracebackOnTerminal(const char* text)
+{
+    // Messages tell the user to look there.
+    log(Log::Error, 0, QString::fromUtf8(text));
+}
+
+void YumIO::commExceptSetup()
+{
+    pyExceptExpect(classes[BdbQuit]);
+    pyExceptExpect(classes[DnfError]);
+    pyExceptExpect(classes[RepoError]);
+    pyExceptExpect(PyExc_IOError);
+    pyExceptExpect(PyExc_KeyboardInterrupt);
+    pyExceptExpect(PyExc_AssertionError);
+    pyExceptExpect(PyExc_RuntimeError);
+    for (const Class optional : {OtherRepoError, MetadataError}) {
+        if (classes[optional] != nullptr) {
+            pyExceptExpect(classes[optional]);
+        }
+    }
+}
+
+bool YumIO::commExceptRaised(PyObject* result, const QString& what)
+{
+    // Tracebacks are printed without being kept in sys: that would keep the objects of the failed call alive.
+    const auto raised = [this, result](PyObject* type) {
+        return type != nullptr && pyExceptMatches(result, type);
+    };
+    const auto value = [this] {
+        const PyRef text(pyExceptValuef());
+        return text ? pyStringX(text.get()) : QString();
+    };
+    if (raised(PyExc_IOError)) {
+        const QString text = value();
+        PyErr_PrintEx(0);
+        error(tr("Unable to %1: I/O Error: %2\n\nEmitting a walkback to the Log window.").arg(what, text));
+        return true;
+    }
+    if (raised(PyExc_KeyboardInterrupt)) {
+        PyErr_PrintEx(0);
+        error(
+            tr("Unable to %1: KeyboardInterrupt\n\nThis usually means VYRE was sent signal SIGINT, SIGTERM, "
+               "or "
+               "similar.\n\nBut urlgrabber also can raise this error for several situations where it is just "
+               "guessing.\nSo, emitting a walkback to the Log window.")
+                .arg(what));
+        return true;
+    }
+    if (raised(PyExc_AssertionError)) {
+        PyErr_PrintEx(0);
+        error(tr(
+            "Internal error: python assertion failed\nWhen reporting this issue, please include the contents "
+            "of the\nLog window, which should contain a walkback."));
+        return true;
+    }
+    if (raised(PyExc_RuntimeError)) {
+        error(tr("Unable to %1: Runtime Error:\n\n%2").arg(what, value()));
+        return true;
+    }
+    if (raised(classes[MetadataError])) {
+        error(tr("Unable to %1: metadata unavailable from all repo mirrors:\n%2").arg(what, value()));
+        return true;
+    }
+    if (raised(classes[RepoError]) || raised(classes[OtherRepoError])) {
+        if (value().contains(QLatin1String("database is locked"))) {
+            pythonException(
+                tr("Unable to %1: a repository's sqlite database was locked unexpectedly\nOn some "
+                   "distributions, PackageKit has been known to cause this.")
+                    .arg(what));
+        } else {
+            exceptionError();
+        }
+        return true;
+    }
+    if (raised(classes[BdbQuit]) || raised(classes[DnfError])) {
+        pythonExceptionV(tr("Unable to %1").arg(what));
+        return true;
+    }
+    return false;
+}
+
+bool YumIO::sigchldDisable()
+{
+    struct sigaction standard = {};
+    standard.sa_handler = SIG_DFL;
+    sigemptyset(&standard.sa_mask);
+    if (sigaction(SIGCHLD, &standard, &savedSigchld) == 0) {
+        return true;
+    }
+    const int problem = errno;
+    error(tr("Unable to disable SIGCHLD signal handler; errno=%1 (%2)")
+              .arg(problem)
+              .arg(QString::fromLocal8Bit(std::strerror(problem))));
+    return false;
+}
+
+void YumIO::sigchldRestore()
+{
+    if (sigaction(SIGCHLD, &savedSigchld, nullptr) != 0) {
+        const int problem = errno;
+        error(tr("Unable to restore SIGCHLD signal handler; errno=%1 (%2)")
+                  .arg(problem)
+                  .arg(QString::fromLocal8Bit(std::strerror(problem))));
+    }
+}
+
+bool YumIO::reapChildren()
+{
+    for (;;) {
+        const pid_t child = waitpid(-1, nullptr, WNOHANG);
+        if (child == 0 || (child < 0 && errno == ECHILD)) {
+            return true;
+        }
+        if (child < 0) {
+            const int problem = errno;
+            error(tr("Unable to reap children; errno=%1 (%2)")
+                      .arg(problem)
+                      .arg(QString::fromLocal8Bit(std::strerror(problem))));
+            return false;
+        }
+        log(Log::Warning, 0, tr("Reaped zombie child %1").arg(child));
+    }
+}
