@@ -276,6 +276,8 @@ private:
         bool& flag;
     };
 
+    class ChildSignal;
+
     // Holds a worker back until the loop that it will end is running.
     class Blocker
     {
@@ -441,6 +443,7 @@ private:
     void tracebackOnTerminal(const char* text) override;
     void commExceptSetup();
     bool commExceptRaised(PyObject* result, const QString& what);
+    // Use the guard ChildSignal.
     bool sigchldDisable();
     void sigchldRestore();
     bool reapChildren();

@@ -10,6 +10,7 @@
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
+#include "yumio/ChildSignal.h"
 #include "yumio/SignalRecorder.h"
 #include "yumio/Transaction.h"
 #include "yumio/Words.h"
@@ -194,10 +195,10 @@ bool YumIO::applyReal()
         progress->reset();
         return false;
     }
-    bool restorable = false;
     {
+        ChildSignal childSignal(*this);
         YumIOCapturersUser capturersUser(capturers, this);
-        restorable = sigchldDisable();
+        childSignal.disable();
         ExceptScope scope(*this);
         commExceptSetup();
         const PyRef result(pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(), updates.get(),
@@ -210,9 +211,6 @@ bool YumIO::applyReal()
         if (commExceptRaised(result.get(), tr("apply changes")) || !result || result.get() == Py_False) {
             txApplied = false; // or nothing was to be changed: what is marked stays marked
         }
-    }
-    if (restorable) {
-        sigchldRestore();
     }
     showRemarks();
     progress->reset();

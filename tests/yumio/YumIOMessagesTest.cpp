@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include "tests/yumio/BackEnd.h"
+#include "yumio/ChildSignal.h"
 
 class YumIOMessagesTest : public QObject
 {
@@ -350,12 +351,16 @@ private Q_SLOTS:
         mine.sa_handler = SIG_IGN;
         struct sigaction original;
         sigaction(SIGCHLD, &mine, &original);
-        QVERIFY(yumIO().sigchldDisable());
         struct sigaction now;
-        sigaction(SIGCHLD, nullptr, &now);
-        QVERIFY(now.sa_handler == SIG_DFL);
-        QCOMPARE(now.sa_flags & (SA_SIGINFO | SA_NOCLDWAIT | SA_NOCLDSTOP), 0);
-        yumIO().sigchldRestore();
+        {
+            YumIOProbe::ChildSignal guard(yumIO());
+            sigaction(SIGCHLD, nullptr, &now);
+            QVERIFY(now.sa_handler == SIG_IGN);
+            guard.disable();
+            sigaction(SIGCHLD, nullptr, &now);
+            QVERIFY(now.sa_handler == SIG_DFL);
+            QCOMPARE(now.sa_flags & (SA_SIGINFO | SA_NOCLDWAIT | SA_NOCLDSTOP), 0);
+        }
         sigaction(SIGCHLD, nullptr, &now);
         QVERIFY(now.sa_handler == SIG_IGN);
         sigaction(SIGCHLD, &original, nullptr);

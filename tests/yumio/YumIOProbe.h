@@ -48,14 +48,13 @@ public:
     using YumIO::installedEntry;
 
     // Messages and processes
+    using YumIO::ChildSignal;
     using YumIO::commExceptRaised;
     using YumIO::commExceptSetup;
     using YumIO::error;
     using YumIO::pythonException;
     using YumIO::pythonExceptionV;
     using YumIO::reapChildren;
-    using YumIO::sigchldDisable;
-    using YumIO::sigchldRestore;
     using YumIO::warning;
     using YumIO::write;
 
@@ -113,7 +112,6 @@ public:
     using YumIO::remoteCount;
     using YumIO::remoteWeight;
     using YumIO::rpmWeight;
-    using YumIO::savedSigchld;
     using YumIO::stderrCapturedPending;
     using YumIO::stderrKind;
     using YumIO::stderrLevel;
