@@ -5,12 +5,9 @@
 #ifndef PYTHON_PYREF_H
 #define PYTHON_PYREF_H
 
-#ifndef PY_SSIZE_T_CLEAN
-#define PY_SSIZE_T_CLEAN
-#endif
-#include <Python.h>
-
 #include <utility>
+
+#include "python/PyObject.h"
 
 class PyRef
 {
@@ -26,14 +23,15 @@ public:
     }
     PyRef(const PyRef&) = delete;
     PyRef& operator=(const PyRef&) = delete;
-    ~PyRef() { Py_XDECREF(object); }
+    ~PyRef()
+    {
+        if (object != nullptr) {
+            drop(object);
+        }
+    }
 
     // Takes an additional reference to an object that somebody else owns; NULL is allowed.
-    static PyRef borrow(PyObject* borrowed)
-    {
-        Py_XINCREF(borrowed);
-        return PyRef(borrowed);
-    }
+    static PyRef borrow(PyObject* borrowed);
 
     // The object, still owned here; NULL if it holds none.
     PyObject* get() const { return object; }
@@ -45,6 +43,8 @@ public:
     void swap(PyRef& other) noexcept { std::swap(object, other.object); }
 
 private:
+    static void drop(PyObject* owned);
+
     PyObject* object = nullptr;
 };
 

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <string>
 
+#include "python/CPython.h"
+
 bool Python::initialized = false;
 PyObject* Python::main_dict = nullptr;
 
@@ -570,4 +572,28 @@ void Python::internalError(const char* format, ...)
     std::vsnprintf(text, sizeof text, format, args);
     va_end(args);
     error(text);
+}
+
+void Python::PyGILStateWrapper::ensure()
+{
+    if (really) {
+        state = PyGILState_Ensure();
+    }
+}
+
+void Python::PyGILStateWrapper::release()
+{
+    if (really) {
+        PyGILState_Release(static_cast<PyGILState_STATE>(state));
+    }
+}
+
+void Python::PyThreadStateWrapper::save()
+{
+    saved = PyEval_SaveThread();
+}
+
+void Python::PyThreadStateWrapper::restore()
+{
+    PyEval_RestoreThread(saved);
 }

@@ -10,16 +10,12 @@
 #ifndef PYTHON_PYTHON_H
 #define PYTHON_PYTHON_H
 
-#ifndef PY_SSIZE_T_CLEAN
-#define PY_SSIZE_T_CLEAN
-#endif
-#include <Python.h>
-
 #include <cstdarg>
 #include <initializer_list>
 #include <list>
 #include <stack>
 
+#include "python/PyObject.h"
 #include "python/PyRef.h"
 
 class Python
@@ -142,22 +138,12 @@ public:
     PyGILStateWrapper& operator=(const PyGILStateWrapper&) = delete;
 
     // For use in the middle of the scope: an ensure() must follow each release().
-    void ensure()
-    {
-        if (really) {
-            state = PyGILState_Ensure();
-        }
-    }
-    void release()
-    {
-        if (really) {
-            PyGILState_Release(state);
-        }
-    }
+    void ensure();
+    void release();
 
 private:
     bool really;
-    PyGILState_STATE state = PyGILState_UNLOCKED;
+    int state = 0; // a PyGILState_STATE
 };
 
 // Releases the calling thread's interpreter lock for a scope, so that another thread can take it.
@@ -170,8 +156,8 @@ public:
     PyThreadStateWrapper& operator=(const PyThreadStateWrapper&) = delete;
 
     // For use in the middle of the scope: a save() must follow each restore().
-    void save() { saved = PyEval_SaveThread(); }
-    void restore() { PyEval_RestoreThread(saved); }
+    void save();
+    void restore();
 
 private:
     PyThreadState* saved;

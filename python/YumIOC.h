@@ -7,10 +7,7 @@
 #ifndef PYTHON_YUMIOC_H
 #define PYTHON_YUMIOC_H
 
-#ifndef PY_SSIZE_T_CLEAN
-#define PY_SSIZE_T_CLEAN
-#endif
-#include <Python.h>
+#include "python/CPython.h"
 
 class YumIOCTarget;
 

@@ -11,10 +11,7 @@
 #ifndef PYTHON_YUMIOCTARGET_H
 #define PYTHON_YUMIOCTARGET_H
 
-#ifndef PY_SSIZE_T_CLEAN
-#define PY_SSIZE_T_CLEAN
-#endif
-#include <Python.h>
+#include "python/PyObject.h"
 
 class YumIOCTarget
 {

@@ -8,6 +8,7 @@
 
 #include "app/base/Credentials.h"
 #include "app/base/Share.h"
+#include "python/Python.h"
 #include "repo/Execute.h"
 #include "repo/RepoEntry.h"
 #include "repo/YumConfIO.h"

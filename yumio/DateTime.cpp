@@ -1,5 +1,7 @@
 #include "yumio/DateTime.h"
 
+#include "python/CPython.h"
+
 #include <datetime.h>
 
 namespace DateTime {

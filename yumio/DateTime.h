@@ -6,7 +6,7 @@
 #ifndef YUMIO_DATETIME_H
 #define YUMIO_DATETIME_H
 
-#include <Python.h>
+#include "python/PyObject.h"
 
 namespace DateTime {
 

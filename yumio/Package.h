@@ -11,8 +11,7 @@
 #include <QMetaType>
 #include <QString>
 
-struct _object;
-typedef _object PyObject;
+#include "python/PyObject.h"
 
 namespace Package {
 

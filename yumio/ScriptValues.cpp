@@ -9,6 +9,7 @@
 
 #include <QStringList>
 
+#include "python/CPython.h"
 #include "yumio/DateTime.h"
 
 namespace {

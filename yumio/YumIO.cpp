@@ -13,6 +13,7 @@
 #include "app/base/ManagedRoot.h"
 #include "app/base/Program.h"
 #include "app/base/Share.h"
+#include "python/CPython.h"
 #include "python/YumIOC.h"
 #include "services/Progress.h"
 #include "services/Unattended.h"

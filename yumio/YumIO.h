@@ -13,8 +13,6 @@
 #ifndef YUMIO_YUMIO_H
 #define YUMIO_YUMIO_H
 
-#include <Python.h>
-
 #include "python/PyRef.h"
 #include "python/YumIOCTarget.h"
 #include "services/CapturedOutput.h"

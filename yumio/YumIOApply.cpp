@@ -7,6 +7,7 @@
 
 #include <QEventLoop>
 
+#include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"

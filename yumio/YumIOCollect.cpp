@@ -2,6 +2,7 @@
 
 #include "yumio/YumIO.h"
 
+#include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/Unattended.h"
 #include "services/YumIOCapturers.h"

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"

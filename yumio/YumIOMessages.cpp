@@ -6,6 +6,7 @@
 #include <cstring>
 #include <sys/wait.h>
 
+#include "python/CPython.h"
 #include "services/YumIODialogs.h"
 
 void YumIO::error(const QString& text)

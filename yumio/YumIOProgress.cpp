@@ -6,6 +6,7 @@
 
 #include <QRegularExpression>
 
+#include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/Unattended.h"
 #include "services/YumIODialogs.h"

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <future>
 
+#include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIODialogs.h"
 #include "yumio/Metadata.h"

@@ -156,6 +156,31 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.h', 'class Thing', '#include "low/Other.h"\n\nclass Thing')
         self.assertEqual(self.found(), ['low/Other.h:5: a circular include: low/Thing.h -> low/Other.h -> low/Thing.h'])
 
+    def test_header_of_the_interpreter_in_a_window(self):
+        self.change('high/Window.cpp', '#include "high/Window.h"\n',
+                    '#include "high/Window.h"\n\n#include <Python.h>\n')
+        self.assertEqual(self.found(), ['high/Window.cpp:3: <Python.h> is for python and yumio only'])
+
+    def test_header_of_the_interpreter_through_others(self):
+        for folder, links in (('python', 'Python'), ('yumio', 'vyre_python')):
+            self.write(folder + '/CMakeLists.txt',
+                       'vyre_library(vyre_{}\n    SOURCES\n    LINKS {})\n'.format(folder, links))
+            self.write('tests/{0}/CMakeLists.txt'.format(folder), 'vyre_test({} LINKS vyre_{})\n'.format(
+                folder.capitalize(), folder))
+            self.write('tests/{}/{}Test.cpp'.format(folder, folder.capitalize()), '')
+        self.write('python/Python.h',
+                   '// It.\n\n#ifndef PYTHON_PYTHON_H\n#define PYTHON_PYTHON_H\n#include <Python.h>\n#endif\n')
+        self.write('yumio/Yumio.h', '// It.\n\n#ifndef YUMIO_YUMIO_H\n#define YUMIO_YUMIO_H\n'
+                                    '#include "python/Python.h"\n#endif\n')
+        self.change('CMakeLists.txt', 'add_subdirectory(low)\n',
+                    'add_subdirectory(low)\nadd_subdirectory(python)\nadd_subdirectory(yumio)\n')
+        self.assertEqual(self.found(status=0), [])
+        self.change('high/CMakeLists.txt', 'vyre_low', 'vyre_low vyre_yumio')
+        self.change('high/Window.cpp', '#include "high/Window.h"\n',
+                    '#include "high/Window.h"\n\n#include "yumio/Yumio.h"\n')
+        self.assertEqual(self.found(), ['high/Window.cpp:3: "yumio/Yumio.h" includes <Python.h>, '
+                                        'which is for python and yumio only'])
+
     def test_own_header_is_not_first(self):
         self.write('low/Thing.cpp', '#include <QLabel>\n\n#include "low/Thing.h"\n')
         self.assertEqual(self.found(), ['low/Thing.cpp:1: the first include is not "low/Thing.h"'])

@@ -3,6 +3,7 @@
 #ifndef TESTS_PYTHON_RECORDINGPYTHON_H
 #define TESTS_PYTHON_RECORDINGPYTHON_H
 
+#include "python/CPython.h"
 #include "python/Python.h"
 
 #include <QStringList>

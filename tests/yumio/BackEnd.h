@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "python/CPython.h"
 #include "python/PyRef.h"
 #include "services/HProgressBar.h"
 #include "tests/yumio/YumIOProbe.h"

@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include "python/CPython.h"
 #include "yumio/DateTime.h"
 #include "yumio/ScriptValues.h"
 
