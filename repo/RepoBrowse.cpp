@@ -14,24 +14,6 @@
 #include "repo/YumConfIO.h"
 #include "widgets/HMessageBox.h"
 
-namespace {
-
-QString expandVariables(QString url, YumIO* yumIO)
-{
-    const Python::PyGILStateWrapper interpreterLock(true);
-    // "$arch" comes after the one that ends in it.
-    for (const char* variable : {"basearch", "arch", "releasever"}) {
-        const QString name = QLatin1String(variable);
-        const QString reference = QLatin1Char('$') + name;
-        if (url.contains(reference)) {
-            url.replace(reference, yumIO->getYumVar(name));
-        }
-    }
-    return url;
-}
-
-} // namespace
-
 void RepoBrowse::browse(QWidget* parent, Repo::Entry const& entry, YumIO* yumIO)
 {
     static const QRegularExpression whiteSpace(QStringLiteral("\\s+"));
@@ -45,7 +27,7 @@ void RepoBrowse::browse(QWidget* parent, Repo::Entry const& entry, YumIO* yumIO)
     QByteArray program = QFile::encodeName(Share::absolute(QStringLiteral("webbrowser")));
     // Everybody reads what programs are started with, and a browser keeps it: it asks for credentials by
     // itself.
-    QByteArray argument = Credentials::removed(expandVariables(url, yumIO)).toUtf8();
+    QByteArray argument = Credentials::removed(yumIO->expandVariables(url)).toUtf8();
     char* const argv[] = {program.data(), argument.data(), nullptr};
     Execute::execute(parent, argv);
 }

@@ -203,6 +203,8 @@ public:
 
     // The value of a variable of the package manager's configuration, such as "basearch".
     QString getYumVar(QString variable);
+    // The text with the variables replaced as the package manager replaces them in the files of repositories.
+    QString expandVariables(QString text);
     QString dnfVersionStr();
     // As 10000 * first + 100 * second + third part; 0 when it is not known.
     quint64 dnfVersion();

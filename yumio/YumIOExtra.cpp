@@ -333,6 +333,28 @@ QString YumIO::getYumVar(QString variable)
     return pyStringXDec(value.release());
 }
 
+QString YumIO::expandVariables(QString text)
+{
+    PyGILStateWrapper lock(true);
+    if (PyObject_HasAttrString(yumIO.get(), "expandVariables") != 0) {
+        PyRef expanded(pyMethodCall(yumIO.get(), "expandVariables", "(s)", text.toUtf8().constData()));
+        if (expanded) {
+            return pyStringDec(expanded.release());
+        }
+        PyErr_Clear();
+        return text;
+    }
+    // A script without it. "$arch" comes after the one that ends in it.
+    for (const char* variable : {"basearch", "arch", "releasever"}) {
+        const QString name = QLatin1String(variable);
+        const QString reference = QLatin1Char('$') + name;
+        if (text.contains(reference)) {
+            text.replace(reference, getYumVar(name));
+        }
+    }
+    return text;
+}
+
 bool YumIO::upToDateGroup(const Package::Entry& entry)
 {
     return upToDateGroupPkgs(entry, "mandatory_packages") && upToDateGroupPkgs(entry, "default_packages");

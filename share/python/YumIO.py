@@ -1876,10 +1876,7 @@ class YumIO:
             conf._set_value(option, [namedDirectoryOfFiles(directory) for directory in getattr(conf, option)],
                             dnf.conf.PRIO_COMMANDLINE)
         conf.substitutions.update_from_etc('/', varsdir=conf.varsdir)
-        # One of the environment or of a file of variables counts more.
-        if conf.releasever is None:
-            conf.releasever = self._releasever()
-            self._setPartsOfReleasever(conf)
+        self._setReleasever(conf)
         for option in preset:
             directory = getattr(conf, option)
             if directory != preset[option]:
@@ -1985,21 +1982,29 @@ class YumIO:
             libdnf.repo.LibrepoLog.removeAllHandlers()
 
     @staticmethod
-    def _setPartsOfReleasever(conf):
+    def _setReleasever(conf):
         """Newer versions of the package manager know $releasever_major and $releasever_minor. They come from the
-        release, unless the release package provides others.
+        release package if it provides them, and otherwise from the release. From 4.24 on, those of the environment or
+        of a file of variables count more than the latter.
         """
+        given = conf.releasever is not None
+        parts = {part: getattr(conf, part, None) for part in ('releasever_major', 'releasever_minor')}
+        # A release of the environment or of a file of variables counts more. To set it sets its parts too.
+        conf.releasever = conf.releasever if given else YumIO._releasever()
         if not hasattr(dnf.rpm, 'detect_releasevers'):
             return
-        try:
-            _, major, minor = dnf.rpm.detect_releasevers(managedRoot())
-        except dnf.exceptions.Error as e:
-            logging.getLogger('dnf').debug('The parts of the release are not known: %s', e)
-            return
-        if major is not None:
-            conf.releasever_major = major
-        if minor is not None:
-            conf.releasever_minor = minor
+        provided = {}
+        if not given:
+            try:
+                provided = dict(zip(parts, dnf.rpm.detect_releasevers(managedRoot())[1:]))
+            except dnf.exceptions.Error as e:
+                logging.getLogger('dnf').debug('The parts of the release are not known: %s', e)
+        keepsParts = [int(number) for number in re.findall('[0-9]+', dnf.const.VERSION)[:2]] >= [4, 24]
+        for part, value in parts.items():
+            if provided.get(part) is not None:
+                setattr(conf, part, provided[part])
+            elif keepsParts and value is not None:
+                setattr(conf, part, value)
 
     @staticmethod
     def _releasever():
@@ -2361,6 +2366,10 @@ class YumIO:
         if package._from_system:
             return False
         return package.verifyLocalPkg()
+
+    def expandVariables(self, text):
+        """The text with its variables replaced as in the files of repositories; this version knows which."""
+        return libdnf.conf.ConfigParser.substitute(text, self.base.conf.substitutions)
 
     def metadataPath(self, repoid, kind):
         """Where the metadata of a kind, "filelists" or "other", of a repository lie in the cache; None: nowhere."""

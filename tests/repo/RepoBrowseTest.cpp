@@ -21,6 +21,7 @@ private Q_SLOTS:
     void theUrlIsChosen();
     void variablesAreExpanded_data();
     void variablesAreExpanded();
+    void theScriptExpandsVariables();
     void noCredentialsAreHandedOn_data();
     void noCredentialsAreHandedOn();
     void withoutAUrlThatIsShown_data();
@@ -133,6 +134,19 @@ void RepoBrowseTest::variablesAreExpanded()
     entry.mirrorlist = url;
     RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
+}
+
+// Those that the script knows, if it does know them.
+void RepoBrowseTest::theScriptExpandsVariables()
+{
+    Repo::Entry entry;
+    entry.baseurl = QStringLiteral("http://$user:$password@h/$releasever_major");
+    // This thread holds the interpreter lock.
+    PyRun_SimpleString("YumIO.expandVariables = lambda self, text: "
+                       "text.replace('$password', 'p@ss').replace('$releasever_major', '3')");
+    RepoBrowse::browse(window.get(), entry, &backEnd->yumIO);
+    PyRun_SimpleString("del YumIO.expandVariables");
+    QCOMPARE(BackEnd::browsed(), QStringList{QStringLiteral("http://h/3")});
 }
 
 void RepoBrowseTest::noCredentialsAreHandedOn_data()

@@ -1,6 +1,7 @@
 """The start of the script: repositories, the release, and what the program hears of it."""
 
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -130,11 +131,42 @@ class ConfigurationTest(ScenarioTest):
             self.assertEqual(address, "file:///9/$releasever_major.$releasever_minor")
             return
         self.assertEqual(address, "file:///9/9.4")
-        command = ["dnf", "--installroot", self.sandbox.root, "--noplugins", "repolist", "--verbose",
+        self.assertEqual(self.fetched_by_command(), address)
+
+    def fetched_by_command(self):
+        """The address of the repository "parts", as dnf's command reports what it cannot fetch from there."""
+        command = ["/usr/bin/dnf", "--installroot", self.sandbox.root, "--noplugins", "repolist", "--verbose",
                    "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "--disablerepo=*", "--enablerepo=parts"]
         shown = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True,
-                               env=dict(os.environ, LC_ALL="C.UTF-8")).stdout
-        self.assertIn(" for %s/repodata/repomd.xml " % address, shown)
+                               env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8")).stdout
+        found = re.search(r" for (file:\S*?)/+repodata/repomd\.xml ", shown)
+        return found.group(1) if found else shown
+
+    @in_own_process
+    def test_given_parts_of_the_release_count_as_with_the_package_manager(self):
+        """By files of variables and by the environment, alone and beside a release that is given."""
+        self.write("/etc/yum.repos.d/parts.repo",
+                   "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor/\n")
+        self.load()
+        own, others = {}, {}
+        for files, environment in (({"releasever_major": "8"}, {}), ({"releasever_minor": "7"}, {}),
+                                   ({}, {"DNF_VAR_releasever_major": "6"}),
+                                   ({"releasever": "43.2"}, {}),
+                                   ({}, {"DNF_VAR_releasever": "43.2", "DNF_VAR_releasever_minor": "5"}),
+                                   ({"releasever_minor": "1"}, {"DNF_VAR_releasever": "43.2"}),
+                                   ({"releasever_minor": "1"}, {"DNF_VAR_releasever": ""})):
+            for name, value in files.items():
+                self.write("/etc/dnf/vars/" + name, value + "\n")
+            os.environ.update(environment)
+            self.yumio.reset()
+            row = "%s %s" % (files, environment)
+            own[row] = self.yumio.base.repos["parts"].baseurl[0].rstrip("/")
+            others[row] = self.fetched_by_command()
+            for name in files:
+                os.unlink(self.sandbox.root + "/etc/dnf/vars/" + name)
+            for name in environment:
+                del os.environ[name]
+        self.assertEqual(own, others)
 
     @in_own_process
     def test_a_repository_directory_of_the_configuration_replaces_the_default_ones(self):

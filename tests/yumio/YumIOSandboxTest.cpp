@@ -731,6 +731,40 @@ private Q_SLOTS:
         collectAgain();
         QVERIFY(yumIO().count() > 0);
     }
+
+    // Newer versions know more: what is opened in a browser is what this one fetches.
+    void variablesAreReplacedAsThePackageManagerDoesIt()
+    {
+        QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));
+        QFile variable(root + "/etc/dnf/vars/place");
+        QVERIFY(variable.open(QIODevice::WriteOnly));
+        variable.write("north\n");
+        variable.close();
+        const QStringList urls{"http://h/$releasever/$basearch/$arch/",
+                               "http://h/$releasever_major/$releasever_minor/$releasever.x",
+                               "http://h/$place/${place}/${basearch}s/$places",
+                               "http://h/${nothing:-else}/${place:+there}/$nothing/$BaseArch/$",
+                               QString::fromUtf8("http://h/\xc3\xa4$place?a=%20b")};
+        QFile file(root + "/etc/yum.repos.d/expanded.repo");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        for (int i = 0; i < urls.count(); ++i) {
+            file.write(QString("[expanded%1]\nname=x\nenabled=0\nbaseurl=%2\n").arg(i).arg(urls[i]).toUtf8());
+        }
+        file.close();
+        yumIO().clearEntries();
+        yumIO().reset();
+        backEnd->run("import gc\n"
+                     "readAgain = [each for each in gc.get_objects() if isinstance(each, YumIO)][0].base");
+        for (int i = 0; i < urls.count(); ++i) {
+            QCOMPARE(yumIO().expandVariables(urls[i]),
+                     backEnd->text(QString("readAgain.repos['expanded%1'].baseurl[0]").arg(i)));
+        }
+        QCOMPARE(yumIO().expandVariables("$basearch $releasever $place"), QString("x86_64 9 north"));
+        QCOMPARE(texts(), QStringList());
+        backEnd->run("del readAgain");
+        QVERIFY(file.remove() && variable.remove());
+        collectAgain();
+    }
 };
 
 QTEST_MAIN(YumIOSandboxTest)
