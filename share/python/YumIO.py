@@ -15,6 +15,7 @@ import ctypes
 import datetime
 import errno
 import fcntl
+import fnmatch
 import functools
 import gc
 import glob
@@ -2452,6 +2453,26 @@ class YumIO:
             # For the history.
             base._persistence = (kinds.TransactionPersistence_TRANSIENT if image else
                                  kinds.TransactionPersistence_PERSIST)
+        if image:
+            self._checkDrift()
+
+    def _checkDrift(self):
+        """Refuse to change files, such as those of the boot loader, that must fit to the image: what is changed below
+        /usr is gone with the next start, and these files are not. Versions before 4.24 do not look at it.
+        """
+        patterns = getattr(self.base.conf, 'usr_drift_protected_paths', ())
+        found = {}
+        for item in self.base.transaction if patterns else ():
+            paths = [path for path in sorted(item.files)
+                     if any(fnmatch.fnmatch(path, pattern) for pattern in patterns)]
+            if paths:
+                found[str(item)] = paths
+        if found:
+            raise dnf.exceptions.Error('\n'.join([dnf.i18n._(
+                'This operation would modify the following paths, possibly introducing inconsistencies when the '
+                'transient overlay on /usr is discarded. See the usr_drift_protected_paths configuration option for '
+                'more information.')] + [line for name, paths in found.items()
+                                         for line in [name] + ['  ' + path for path in paths]]))
 
     def _refuseHistory(self, text):
         """Raises what was said of the history's file, with what can be done."""

@@ -133,6 +133,35 @@ class CommandRulesTest(ScenarioTest):
             check.__globals__["managedRoot"] = root
 
     @in_own_process
+    def test_files_that_must_fit_to_an_image_are_not_changed(self):
+        """Where the version of the package manager knows of such files."""
+        self.configure("usr_drift_protected_paths=/nowhere/*,/usr/share/doc/astrolabe*")
+        self.started()
+        base = self.yumio.base
+        files = [path for path in sorted(self.package(self.available, "astrolabe").files)
+                 if path.startswith("/usr/share/doc/astrolabe")]
+        self.assertTrue(files)
+        check = self.yumio._checkPersistence
+        check.__globals__["managedRoot"] = lambda: "/"
+        self.isolate()
+        known = hasattr(base.conf, "usr_drift_protected_paths")
+        for name, refused in (("inkwell-modern", False), ("astrolabe", known)):
+            base.reset(goal=True)
+            base.package_install(self.package(self.available, name))
+            base.resolve()
+            os.system("mount -t tmpfs none /run")
+            check()  # no image
+            os.system("touch /run/ostree-booted")
+            if not refused:
+                check()
+                continue
+            with self.assertRaises(self.dnf.exceptions.Error) as caught:
+                check()
+            first, *others = str(caught.exception).split("\n")
+            self.assertTrue(first.startswith("This operation would modify the following paths"), first)
+            self.assertEqual(others, ["astrolabe-5.6-1.x86_64"] + ["  " + path for path in files])
+
+    @in_own_process
     def test_the_script_keeps_the_umask(self):
         """The files of the script get the same modes as the files of dnf."""
         os.umask(0o027)
