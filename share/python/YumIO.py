@@ -539,7 +539,7 @@ class GroupPackage:
 
 
 class Group:
-    """A group of packages: comps gives each list anew on every access, and its members no text."""
+    """A group of packages: comps makes each list again on every access, and its members no text."""
 
     def __init__(self, group):
         self.id = group.id
@@ -978,10 +978,10 @@ class DownloadProgress(dnf.callback.DownloadProgress):
 
     def __init__(self):
         super(DownloadProgress, self).__init__()
-        self._told = set()
+        self._reported = set()
 
     def start(self, total_files, total_size, total_drpms=0):
-        self._told.clear()
+        self._reported.clear()
         yumIOC.downloadStart(total_files, int(total_size), total_drpms)
 
     def progress(self, payload, done):
@@ -995,8 +995,8 @@ class DownloadProgress(dnf.callback.DownloadProgress):
             # The download goes on with the next mirror, which may be the same one once more.
             text = '{}: {}'.format(payload, msg)
             failure = re.sub(r' after [0-9]+ ms', '', text)
-            logging.getLogger('dnf').log(logging.DEBUG if failure in self._told else logging.WARNING, '%s', text)
-            self._told.add(failure)
+            logging.getLogger('dnf').log(logging.DEBUG if failure in self._reported else logging.WARNING, '%s', text)
+            self._reported.add(failure)
         else:
             yumIOC.downloadEnd(payload, status, msg)
 
@@ -1452,7 +1452,7 @@ class Base(dnf.Base):
                 'dnf.conf(5) for how to squelch this message)'))
 
     def _usePlugIns(self, *steps):
-        """The program asks for the repositories first; what it is to be told of the plug-ins comes after that."""
+        """The program asks for the repositories first; what there is to report of the plug-ins comes after that."""
         try:
             for step in steps:
                 if not self.plugInFault:
@@ -1584,7 +1584,7 @@ class Base(dnf.Base):
         return [list(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
 
     def _goal2transaction(self, goal):
-        # Before anything is noted in the history or told to plug-ins.
+        # Before the history or a plug-in hears of it.
         if self.judge is not None:
             self.judge(goal)
         return super(Base, self)._goal2transaction(goal)
@@ -1798,12 +1798,12 @@ def reasonsOf(objects, problems):
     for number, lines in enumerate(problems):
         for word in set(word for line in lines for word in line.split()):
             byWord.setdefault(word.rstrip(',;:'), set()).add(number)
-    parts, told = [], set()
+    parts, reported = [], set()
     for name, words in sorted({str(each): wordsFor(each) for each in objects}.items()):
         numbers = sorted(set().union(*(byWord.get(word, ()) for word in words)))
-        told.update(numbers)
+        reported.update(numbers)
         parts.append(name + ''.join('\n    ' + line for number in numbers for line in problems[number]))
-    rest = [line for number, lines in enumerate(problems) if number not in told for line in lines]
+    rest = [line for number, lines in enumerate(problems) if number not in reported for line in lines]
     return '\n'.join(parts + rest)
 
 
@@ -2224,13 +2224,13 @@ class YumIO:
         self.base.read_comps(arch_filter=True)
         return [Group(group) for group in self.base.comps.groups_iter()]
 
-    _toldWithoutGroups = False
+    _reportedWithoutGroups = False
 
     def _tellWithoutGroups(self):
         """Says once that groups are left out, if there are any."""
-        if not self._toldWithoutGroups and any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn()
-                                               for repo in self.base.repos.iter_enabled()):
-            self._toldWithoutGroups = True
+        if not self._reportedWithoutGroups and any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn()
+                                                   for repo in self.base.repos.iter_enabled()):
+            self._reportedWithoutGroups = True
             logging.getLogger('dnf').warning('%s', tr(
                 'Groups of packages cannot be read on this system: its libcomps does not work with its version of '
                 'Python. The groups of the repositories are left out. All else works.'))
@@ -2301,7 +2301,7 @@ class YumIO:
     def _tellInterrupted(self, parts):
         """Adds what there is to say of the last transaction if the history does not have its end."""
         history = self.base.history
-        # Opening it would make one where there is none. Who may not write it applies nothing either.
+        # To open it would make a new one where it is missing. A user who cannot write it applies nothing either.
         if not os.access(history.dbpath, os.R_OK | os.W_OK):
             return
         try:

@@ -24,10 +24,8 @@ import json
 import os
 import re
 import shutil
-import signal
 import sqlite3
 import subprocess
-import sys
 import tempfile
 import traceback
 import unittest
@@ -374,21 +372,16 @@ class _Driver(scenario.ScenarioTest):
 
 def _in_child(function, *arguments):
     """Runs a function in a child process; returns a function that waits for the result and returns it."""
-    reader, writer = os.pipe()
-    sys.stdout.flush()
-    sys.stderr.flush()
-    child = os.fork()
-    if child == 0:
-        os.close(reader)
-        signal.alarm(_PATIENCE)
+    def in_child(writer):
         try:
             answer = {"result": function(*arguments)}
         except BaseException:
             answer = {"failure": traceback.format_exc()}
         with os.fdopen(writer, "w") as stream:
             json.dump(answer, stream)
-        os._exit(0)
-    os.close(writer)
+        return 0
+
+    child, reader = scenario.start_child(in_child)
 
     def wait():
         with os.fdopen(reader) as stream:

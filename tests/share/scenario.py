@@ -61,21 +61,35 @@ def original():
     return Sandbox.made(directory)
 
 
+def start_child(run):
+    """Starts a process that calls the function with the writing end of a pipe and ends with the status that it returns.
+    Returns its number and the reading end.
+    """
+    reader, writer = os.pipe()
+    sys.stdout.flush()
+    sys.stderr.flush()
+    child = os.fork()
+    if child == 0:
+        status = 1
+        try:
+            os.close(reader)
+            signal.alarm(_PATIENCE)
+            status = run(writer)
+        finally:
+            os._exit(status)
+    os.close(writer)
+    return child, reader
+
+
 def in_own_process(method):
     """The test runs in a child process. Its exceptions fail the test in this process, as text."""
 
     @functools.wraps(method)
     def run(self):
-        reader, writer = os.pipe()
-        sys.stdout.flush()
-        sys.stderr.flush()
-        child = os.fork()
-        if child == 0:
-            os.close(reader)
+        def in_child(writer):
             report = ""
             skipped = False
             try:
-                signal.alarm(_PATIENCE)
                 self.enter()
                 try:
                     method(self)
@@ -89,8 +103,9 @@ def in_own_process(method):
             # The script has replaced the standard streams until the process ends.
             with os.fdopen(writer, "w", errors="backslashreplace") as stream:
                 stream.write(report)
-            os._exit(_SKIPPED if skipped else 1 if report else 0)
-        os.close(writer)
+            return _SKIPPED if skipped else 1 if report else 0
+
+        child, reader = start_child(in_child)
         with os.fdopen(reader) as stream:
             report = stream.read()
         status = os.waitpid(child, 0)[1]
