@@ -19,8 +19,8 @@ namespace PackageTable {
 namespace Describe {
 
 Dialog::Dialog(QWidget* parent)
-    : QDialog(parent), backEnd(nullptr), top(new QHBoxLayout), content(nullptr), ready(true),
-      closing(false), closeButton(new QPushButton(tr("Close")))
+    : QDialog(parent), backEnd(nullptr), top(new QHBoxLayout), content(nullptr), ready(true), closing(false),
+      closeButton(new QPushButton(tr("Close")))
 {
     setWindowTitle(tr("VYRE Package Description"));
     setAttribute(Qt::WA_ShowModal);
