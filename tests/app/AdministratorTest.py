@@ -171,7 +171,7 @@ class System:
         # What VYRE finds here is a system without packages, and a repository without any.
         repository = self.directory('repository', 0)
         run('createrepo_c', repository)
-        write('/etc/yum.conf', '[main]\nreposdir={}\n'.format(repository))
+        write('/etc/yum.conf', '[main]\nplugins=0\nreposdir={}\n'.format(repository))
         write(repository + '/empty.repo', '[empty]\nname=empty\nbaseurl=file://{}\n'.format(repository))
         self.opened = os.path.join(self.home, 'opened')
         write('/usr/bin/xdg-open', BROWSER.format(path=self.opened))
