@@ -137,6 +137,47 @@ class ApplyTest(JourneyTest):
             self.check_changed(new=['newpost-2.0-1.x86_64'], gone=['oldpost-1.8-1.x86_64'])
 
 
+class ConfiguredTest(JourneyTest):
+    """What the configuration of the package manager asks for."""
+
+    def configure(self, *lines):
+        with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
+            configuration.write(''.join(line + '\n' for line in lines))
+
+    def test_locked_package_has_no_update(self):
+        settings = os.path.join(self.scratch, 'settings')
+        os.mkdir(settings)
+        for name, lines in (('versionlock.conf', '[main]\nenabled=1\nlocklist={}/locks\n'.format(settings)),
+                            ('generate_completion_cache.conf', '[main]\nenabled=0\n'),
+                            ('locks', 'abacus-cli-0:3.2.1-1.*\n')):
+            with open(os.path.join(settings, name), 'w') as stream:
+                stream.write(lines)
+        with self.opened() as window:
+            window.mark_listed('abacus-cli')
+            window.wait_action('update', 'abacus-cli')
+        self.configure('plugins=1', 'pluginconfpath=' + settings)
+        with self.opened() as window:
+            # The first action that the row offers is the removal.
+            window.mark_listed('abacus-cli')
+            window.wait_action('remove', 'abacus-cli')
+            self.assertEqual([row[1].split()[0] for row in window.rows()], ['3.2.1-1'])
+            window.mark_listed('quillbase')
+            window.wait_action('update', 'quillbase')
+        self.check_unchanged()
+
+    def test_test_of_a_transaction_changes_nothing(self):
+        self.configure('tsflags=test')
+        with self.opened() as window:
+            window.mark_listed('pergola')
+            window.mark_listed('birch-log')
+            window.accept(window.apply())
+            self.check_message(window.program, 'VYRE Yum Warning',
+                               'The transaction was only tested, because tsflags has test. Nothing was changed.')
+            window.wait_ready()
+        self.check_unchanged()
+        self.check_consistent()
+
+
 class SeveralVersionsTest(JourneyTest):
     """Packages with several installed versions."""
 
