@@ -324,6 +324,10 @@ void MainWindow::initialize()
         quit();
         return;
     }
+    const QStringList known = yumIO->knownDirectories();
+    if (!known.isEmpty()) {
+        yumConfIO->knownDirectories = known;
+    }
     if (repoEditorAtStart) {
         model->reset();
         setReady(true);

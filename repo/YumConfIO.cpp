@@ -121,14 +121,13 @@ QString YumConfIO::fileName()
     return usual;
 }
 
-QStringList YumConfIO::defaultDirectories()
+QStringList YumConfIO::defaultDirectories() const
 {
     QStringList result{ManagedRoot::absolute(QStringLiteral("/etc/yum.repos.d")),
                        ManagedRoot::absolute(QStringLiteral("/etc/yum/repos.d"))};
-    // Newer versions of the package manager know the second one, which is theirs.
-    for (const char* optional : {"/etc/distro.repos.d", "/usr/share/dnf5/repos.d"}) {
-        const QString directory = ManagedRoot::absolute(QString::fromLatin1(optional));
-        if (QFileInfo(directory).isDir()) {
+    for (const QString& known : knownDirectories) {
+        const QString directory = ManagedRoot::absolute(known);
+        if (!result.contains(directory) && QFileInfo(directory).isDir()) {
             result.append(directory);
         }
     }

@@ -41,9 +41,13 @@ public:
     // /etc/yum.conf and /etc/dnf/dnf.conf that exists, else the second. The script looks in the same places.
     static QString fileName();
 
-    // Where repository files are if the main file names no directories: the two usual ones, and the one that
-    // the package manager knows besides if it exists.
-    static QStringList defaultDirectories();
+    // Where repository files are if the main file names no directories: the two usual ones, and those of the
+    // known ones that exist.
+    QStringList defaultDirectories() const;
+    // The directories that the package manager looks into by default, below "/". Before it says which ones
+    // these are, or where it cannot be started, all that any version of it knows.
+    QStringList knownDirectories{QStringLiteral("/etc/distro.repos.d"),
+                                 QStringLiteral("/usr/share/dnf5/repos.d")};
 
     // Replaces everything with what the files hold now. The session enable table gains the identifiers that
     // it does not know yet; those it knows keep their state. Returns false, without changed(), after showing

@@ -348,6 +348,20 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
     return PyBool_FromLong(found != Wait::Ended ? 1 : 0);
 }
 
+QStringList YumIO::knownDirectories()
+{
+    QStringList result;
+    if (yumIO) {
+        PyGILStateWrapper lock(true);
+        const PyRef known(attribute(yumIO.get(), "knownDirectories"));
+        const Py_ssize_t count = known && PyList_Check(known.get()) ? PyList_GET_SIZE(known.get()) : 0;
+        for (Py_ssize_t i = 0; i < count; ++i) {
+            result.append(pyString(PyList_GET_ITEM(known.get(), i)));
+        }
+    }
+    return result;
+}
+
 bool YumIO::initialize()
 {
     const QString root = ManagedRoot::path();

@@ -74,6 +74,9 @@ public:
     // Starts the interpreter and the script; a second call does nothing. False: reported, and of no use.
     bool initialize();
 
+    // The directories with files of repositories that the package manager knows; empty if that is not known.
+    QStringList knownDirectories();
+
     // --- Collection. The records are valid from a successful collect() to the next clearEntries().
 
     // repoEnable tells for each repository identifier whether it is used; identifiers that are not configured

@@ -1860,7 +1860,9 @@ class YumIO:
         # Every question is the user's to answer.
         conf._set_value('assumeyes', False, dnf.conf.PRIO_COMMANDLINE)
         conf._set_value('assumeno', False, dnf.conf.PRIO_COMMANDLINE)
-        conf._set_value('reposdir', repositoryDirectories(list(conf.reposdir)), dnf.conf.PRIO_DEFAULT)
+        # The program's editor of repositories looks into the same ones.
+        self.knownDirectories = list(conf.reposdir)
+        conf._set_value('reposdir', repositoryDirectories(self.knownDirectories), dnf.conf.PRIO_DEFAULT)
         conf._set_value('persistdir', inRoot('/var/lib/dnf'), dnf.conf.PRIO_DEFAULT)
         conf._set_value('varsdir', [inRoot(path) for path in ('/etc/yum/vars', '/etc/dnf/vars')],
                         dnf.conf.PRIO_DEFAULT)

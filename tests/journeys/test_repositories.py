@@ -2,6 +2,7 @@
 """The user enables and disables repositories, and changes their configuration."""
 import os
 import shutil
+import subprocess
 
 import editing
 from editing import PERMANENT, SESSION, UNAPPLIED, EditingTest, Editor
@@ -97,6 +98,23 @@ class UseTest(EditingTest):
         with self.opened() as window:
             self.check_listed(window, ALL)
             self.assertEqual(self.files(), files)
+
+
+class DirectoriesTest(EditingTest):
+
+    def test_editor_shows_the_directories_that_this_version_of_dnf_reads(self):
+        known = subprocess.run(['/usr/bin/python3', '-c', 'import dnf.conf\nconf = dnf.conf.Conf()\n'
+                                'print(*conf.reposdir)'], stdout=subprocess.PIPE, check=True).stdout.decode().split()
+        optional = {'distro': '/etc/distro.repos.d', 'newer': '/usr/share/dnf5/repos.d'}
+        for name, directory in optional.items():
+            os.makedirs(self.sandbox.root + directory)
+            with open('{}{}/{}.repo'.format(self.sandbox.root, directory, name), 'w') as stream:
+                stream.write('[{0}]\nname={0}\nbaseurl=file:///nowhere\nenabled=0\n'.format(name))
+        with self.opened() as window:
+            editor = self.edit(window)
+            self.assertEqual(set(editor.identifiers()) - set(IDENTIFIERS),
+                             {name for name, directory in optional.items() if directory in known})
+            editor.close('Cancel')
 
 
 class OwnFileTest(EditingTest):

@@ -600,6 +600,12 @@ void YumConfIOTest::theDirectoryOfTheDistributionIsReadWhereItExists()
     QVERIFY(conf->read(window.data()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory, newer}));
+    // Where the version of dnf is known, the editor shows what that one reads.
+    conf->knownDirectories =
+        QStringList{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/distro.repos.d")};
+    QVERIFY(conf->read(window.data()));
+    QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
+                                          path(QStringLiteral("etc/yum/repos.d")), directory}));
 }
 
 void YumConfIOTest::anEmptyMainFileGivesTheDefaults()

@@ -102,6 +102,7 @@ class ConfigurationTest(ScenarioTest):
 
         conf = dnf.conf.Conf()
         known = list(conf.reposdir)
+        known_by_dnf = list(known)
         for number, directory in enumerate(known):
             self.write("%s/added%d.repo" % (directory, number),
                        "[added%d]\nname=x\nbaseurl=file:///nowhere\nenabled=0\n" % number)
@@ -109,6 +110,8 @@ class ConfigurationTest(ScenarioTest):
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT + added))
         self.assertEqual(list(yumio.base.conf.reposdir), [self.sandbox.root + directory for directory in known])
+        # The editor is given the same.
+        self.assertEqual(yumio.knownDirectories, known_by_dnf)
         shutil.rmtree(self.sandbox.root + "/etc/distro.repos.d")
         yumio.reset()
         self.assertEqual(list(yumio.base.conf.reposdir), [self.sandbox.root + directory for directory in known
