@@ -31,13 +31,16 @@ _PATIENCE = 180  # seconds until a hanging process is ended
 
 workspace = None
 
-# The repositories that a sandbox has.
+# The repositories of a sandbox.
 LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
           "sandbox-updates")
 
 
 def repositories(yumio):
-    """The configured ones, sorted. A plug-in of this machine, which counts without a main file, may add its own."""
+    """The sorted names of the configured repositories, except that of the plug-in local.
+
+    Without a main file that disables plug-ins, this plug-in of the running system can add its own repository.
+    """
     return sorted(id for id in yumio.base.repos if id != "_dnf_local")
 
 
@@ -240,7 +243,7 @@ class ScenarioTest(unittest.TestCase):
         self.server.end()
 
     def run_without_object(self):
-        """Runs the script without making its object: nothing of the real system but its configuration is touched."""
+        """Runs the script without making its object, so that it accesses only the configuration of the real system."""
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
         self.script = runpy.run_path(SCRIPT, run_name="__main__")

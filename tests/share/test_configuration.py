@@ -1,4 +1,4 @@
-"""The start of the script: repositories, the release, and what the program hears of it."""
+"""The start of the script: repositories, the release, and messages to the program."""
 
 import os
 import re
@@ -28,11 +28,11 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_broken_repository_file_is_reported_and_the_others_count(self):
+    def test_a_malformed_repository_file_is_reported_and_the_others_are_used(self):
         self.write("/etc/yum.repos.d/broken.repo", "[broken\nname=x\n")
         self.write("/etc/yum.repos.d/illegal.repo", "[not a name!]\nname=x\nbaseurl=file:///\n")
         yumio = self.load()
-        # They are read when they are asked for, and by whom: the graphical thread does not ask.
+        # The script reads the files when a thread first needs them. The graphical thread never does.
         self.assertEqual(self.recording.errors(), [])
         self.assertIn("sandbox-file", yumio.base.repos)
         errors = "\n".join(self.recording.errors())
@@ -41,16 +41,16 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
 
     @in_own_process
-    def test_repositories_whose_reading_was_cut_off_are_read_again(self):
+    def test_repositories_are_read_again_after_an_interruption(self):
         yumio = self.load()
         kind = self.script["RepositoryReader"]
         read = kind._get_repos
 
-        def cut_off(reader, path):
+        def interrupted(reader, path):
             if path.endswith("sandbox-signed.repo"):
                 raise KeyboardInterrupt()
             return read(reader, path)
-        kind._get_repos = cut_off
+        kind._get_repos = interrupted
         for attempt in range(2):
             with self.assertRaises(KeyboardInterrupt):
                 len(yumio.base.repos)
@@ -59,7 +59,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_what_the_program_leaves_alone_is_left_out(self):
+    def test_files_that_the_program_ignores_are_ignored(self):
         place = self.sandbox.root + "/etc/yum.repos.d/"
         odd = "[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
         section = limits()["repositorySectionLimit"]
@@ -78,12 +78,12 @@ class ConfigurationTest(ScenarioTest):
         os.truncate(place + "large.repo", 50000000)
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
-        # The program names them.
+        # The script reports no errors, because the program itself reports these files.
         self.assertEqual(self.recording.errors(), [])
         self.assert_no_faults()
 
     @in_own_process
-    def test_what_other_systems_write_is_read(self):
+    def test_byte_order_marks_and_carriage_returns_are_accepted(self):
         section = "[{0}]\nname={0}\nbaseurl=file:///nowhere\nenabled=0\n"
         self.write("/etc/yum.repos.d/mark.repo", b"\xef\xbb\xbf" + section.format("mark").encode())
         self.write("/etc/yum.repos.d/both.repo",
@@ -97,7 +97,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_the_repository_directories_of_dnf_are_read_where_they_exist(self):
+    def test_the_existing_repository_directories_of_dnf_are_read(self):
         import dnf.conf
 
         conf = dnf.conf.Conf()
@@ -125,7 +125,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(repositories(yumio), sorted(LAYOUT + ("in-main", "second")))
 
     @in_own_process
-    def test_the_parts_of_the_release_are_those_of_the_package_manager(self):
+    def test_the_parts_of_the_release_are_those_of_dnf(self):
         self.write("/etc/yum.repos.d/parts.repo",
                    "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor\n")
         yumio = self.load()
@@ -172,7 +172,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(own, others)
 
     @in_own_process
-    def test_a_repository_directory_of_the_configuration_replaces_the_default_ones(self):
+    def test_the_option_reposdir_replaces_the_default_directories(self):
         place = os.path.join(self.directory, "elsewhere")
         self.configure("reposdir=" + place)
         os.makedirs(place)
@@ -188,7 +188,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.load().base.conf.releasever, "9")
 
     @in_own_process
-    def test_without_a_release_package_the_release_file_counts(self):
+    def test_without_a_release_package_the_release_file_is_used(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         self.write("/etc/os-release", 'NAME=x\nVERSION_ID="7.2"\n')
         self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")
@@ -197,14 +197,14 @@ class ConfigurationTest(ScenarioTest):
         self.assertIn("more-7.2", yumio.base.repos)
 
     @in_own_process
-    def test_a_release_file_that_is_not_all_utf_8_counts(self):
+    def test_a_release_file_with_invalid_utf_8_is_used(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         self.write("/etc/os-release", b'NAME="caf\xe9 \xff"\nPRETTY_NAME="caf\xc3\xa9"\nVERSION_ID=7.3\n')
         self.assertEqual(self.load().base.conf.releasever, "7.3")
         self.assert_no_faults()
 
     @in_own_process
-    def test_without_any_release_repositories_are_read_all_the_same(self):
+    def test_repositories_are_read_without_any_release(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         os.unlink(self.sandbox.root + "/etc/os-release")
         yumio = self.load()
@@ -212,7 +212,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
 
     @in_own_process
-    def test_reset_reads_the_configuration_again_for_the_same_object(self):
+    def test_reset_reads_the_configuration_again_into_the_same_base(self):
         self.started()
         base = self.yumio.base
         self.assertFalse(base.conf.best)
@@ -230,7 +230,7 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_reset_brings_changed_packages_into_view(self):
+    def test_changed_packages_are_collected_after_a_reset(self):
         self.started()
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "almanac")
         self.again()
@@ -250,7 +250,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual([package.repoid for package in self.updates], ["sandbox-disabled"])
 
     @in_own_process
-    def test_the_program_finds_the_classes_that_it_looks_up(self):
+    def test_the_script_has_all_classes_that_the_program_uses(self):
         self.load()
         for name in ("bdb.BdbQuit", "dnf.exceptions.Error", "dnf.exceptions.MiscError", "dnf.exceptions.RepoError",
                      "dnf.exceptions.LockError"):
@@ -267,7 +267,7 @@ class ConfigurationTest(ScenarioTest):
                 method("no-such-repo")
 
     @in_own_process
-    def test_after_the_program_has_gone_nothing_is_told(self):
+    def test_nothing_is_reported_after_the_end_of_the_program(self):
         self.started()
         sys.stdout = sys.__stdout__
         sys.stderr = sys.__stderr__
@@ -277,7 +277,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.calls, [])
 
     @in_own_process
-    def test_output_reaches_the_program_whatever_it_contains(self):
+    def test_output_of_any_characters_reaches_the_program(self):
         self.load()
         self.recording.clear()
         print("plain", end="")
@@ -289,7 +289,7 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_log_records_are_told_by_kind_and_detail(self):
+    def test_log_records_are_passed_on_with_their_levels(self):
         self.load()
         logger = self.dnf.logging.logging.getLogger("dnf")
         self.recording.clear()

@@ -21,13 +21,13 @@ class LockTest(ScenarioTest):
         return self.sandbox.root + "/var/lib/dnf/rpmdb_lock.pid"
 
     def hold(self):
-        """Another process that holds the package manager's lock until its standard input ends."""
+        """Starts a process that holds the package manager's lock until its standard input ends."""
         holder = subprocess.Popen(["/usr/bin/python3", "-c", HOLDER, self.sandbox.root + "/var/lib/dnf"],
                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         return holder, holder.stdout.readline()
 
     @in_own_process
-    def test_a_lock_held_by_another_process_is_reported_and_can_be_had_later(self):
+    def test_a_lock_held_by_another_process_is_reported_until_it_is_released(self):
         yumio = self.load()
         holder, word = self.hold()
         self.assertEqual(word, b"held\n")
@@ -61,25 +61,25 @@ class LockTest(ScenarioTest):
         with open(self.lock_file()) as stream:
             self.assertEqual(stream.read(), str(os.getpid()))
 
-    # Each with what says that it was left behind.
+    # The report about a lock file of a dead process.
     LEFT = "Process {} has ended without removing its lock file {}. The file is removed."
 
-    def told(self):
+    def reports(self):
         return [args[1] for name, args in self.recording.calls if name == "log" and "lock file" in args[1]]
 
     @in_own_process
-    def test_what_was_left_by_a_dead_process_is_reported_for_each_lock(self):
+    def test_each_lock_of_a_dead_process_is_reported(self):
         dead = subprocess.Popen(["true"])
         dead.wait()
         files = [self.write(path, str(dead.pid)) for path in (
             "/var/lib/dnf/rpmdb_lock.pid", "/var/cache/yum/metadata_lock.pid", "/var/cache/yum/download_lock.pid")]
         self.load().lock()
-        self.assertEqual(self.told(), [self.LEFT.format(dead.pid, path) for path in files])
+        self.assertEqual(self.reports(), [self.LEFT.format(dead.pid, path) for path in files])
         self.assertEqual([os.path.exists(path) for path in files], [True, False, False])
 
     @in_own_process
-    def test_a_lock_older_than_the_process_of_its_number_is_taken_over(self):
-        """After a restart of the machine the number is that of any other process."""
+    def test_a_lock_older_than_the_process_with_its_number_is_taken_over(self):
+        """After a restart of the machine, an unrelated process can have the number in the lock file."""
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
@@ -91,7 +91,7 @@ class LockTest(ScenarioTest):
                 yumio.lock()
                 with open(lock) as stream:
                     self.assertEqual(stream.read(), str(os.getpid()))
-                self.assertEqual(self.told(), [self.LEFT.format(other.pid, lock)])
+                self.assertEqual(self.reports(), [self.LEFT.format(other.pid, lock)])
                 yumio.unlock()
                 self.recording.calls.clear()
         finally:
@@ -99,7 +99,7 @@ class LockTest(ScenarioTest):
             other.wait()
 
     @in_own_process
-    def test_a_lock_not_older_than_the_process_of_its_number_stays(self):
+    def test_a_lock_younger_than_the_process_with_its_number_is_kept(self):
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
@@ -108,19 +108,19 @@ class LockTest(ScenarioTest):
                 yumio.lock()
             with open(lock) as stream:
                 self.assertEqual(stream.read(), str(other.pid))
-            self.assertEqual(self.told(), [])
+            self.assertEqual(self.reports(), [])
         finally:
             other.kill()
             other.wait()
 
     @in_own_process
-    def test_a_lock_stays_while_its_process_cannot_be_judged(self):
+    def test_a_lock_is_kept_if_the_start_of_its_process_is_unknown(self):
         other = subprocess.Popen(["sleep", "600"])
         try:
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
             os.utime(lock, (time.time() - 86400,) * 2)
             yumio = self.load()
-            # As where the system does not say when it was started.
+            # Without the time of the system's start, the start of a process is unknown.
             self.isolate()
             statistics = os.path.join(self.directory, "statistics")
             with open(statistics, "w") as stream:
@@ -128,16 +128,16 @@ class LockTest(ScenarioTest):
             subprocess.run(["mount", "--bind", statistics, "/proc/stat"], check=True)
             with self.assertRaisesRegex(self.dnf.exceptions.LockError, "already locked by %d" % other.pid):
                 yumio.lock()
-            self.assertEqual(self.told(), [])
+            self.assertEqual(self.reports(), [])
         finally:
             other.kill()
             other.wait()
-        # That it has ended is known all the same.
+        # The end of the process is still detected.
         yumio.lock()
-        self.assertEqual(self.told(), [self.LEFT.format(other.pid, lock)])
+        self.assertEqual(self.reports(), [self.LEFT.format(other.pid, lock)])
 
     @in_own_process
-    def test_a_lock_of_a_package_manager_stays_whatever_the_clock_says(self):
+    def test_a_lock_of_a_running_package_manager_is_kept_despite_its_age(self):
         yumio = self.load()
         holder, word = self.hold()
         self.assertEqual(word, b"held\n")
@@ -147,11 +147,11 @@ class LockTest(ScenarioTest):
         holder.communicate()
 
     @in_own_process
-    def test_the_path_of_the_lock_file_is_the_result(self):
+    def test_locking_returns_the_path_of_the_lock_file(self):
         self.assertEqual(self.load().lock(), self.lock_file())
 
     @in_own_process
-    def test_a_lock_file_that_makes_no_sense_is_a_lock_error(self):
+    def test_a_malformed_lock_file_is_a_lock_error(self):
         self.write("/var/lib/dnf/rpmdb_lock.pid", "what?")
         yumio = self.load()
         with self.assertRaisesRegex(self.dnf.exceptions.LockError, "Malformed"):
@@ -170,7 +170,7 @@ class LockTest(ScenarioTest):
         self.assertTrue(os.path.exists(self.lock_file()))
 
     @in_own_process
-    def test_releasing_a_lock_whose_file_is_gone_is_a_lock_error(self):
+    def test_releasing_a_lock_without_its_file_is_a_lock_error(self):
         yumio = self.load()
         yumio.lock()
         os.unlink(self.lock_file())
@@ -178,7 +178,7 @@ class LockTest(ScenarioTest):
             yumio.unlock()
 
     @in_own_process
-    def test_transactions_on_another_thread_find_the_lock_held_and_leave_it(self):
+    def test_transactions_on_another_thread_keep_the_lock(self):
         self.started()
         failures = []
 
@@ -240,7 +240,7 @@ class WaitTest(ScenarioTest):
         self.holder.communicate()
 
     def wait_function(self, third):
-        """Stands in for the program: what it is shown is kept; the third time something else happens."""
+        """A stand-in for the program's function. It records the shown texts, and calls "third" at the third call."""
         def wait(text):
             self.shown.append(text)
             return third() if len(self.shown) == 3 else True
@@ -256,12 +256,12 @@ class WaitTest(ScenarioTest):
         self.assertEqual(self.shown[-1], None)
         self.assertGreaterEqual(len(self.shown), 4)
         self.assertEqual(set(self.shown[:-1]), {self.waiting})
-        # Once.
+        # The log has the text only once.
         self.assertEqual(self.logged(), [self.waiting] + list(others))
         self.assertEqual([path for path in map(self.lock_file, ("metadata", "download")) if os.path.exists(path)], [])
 
     @in_own_process
-    def test_metadata_are_waited_for_until_another_process_gives_them_free(self):
+    def test_reading_metadata_waits_for_the_lock_of_another_process(self):
         self.load()
         self.yumio.lock()
         self.hold("metadata")
@@ -272,7 +272,7 @@ class WaitTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_metadata_are_had_when_the_process_that_is_waited_for_dies(self):
+    def test_reading_metadata_continues_after_the_other_process_dies(self):
         self.load()
         self.yumio.lock()
         self.hold("metadata")
@@ -284,7 +284,7 @@ class WaitTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_downloads_wait_until_another_process_gives_them_free(self):
+    def test_downloads_wait_for_the_lock_of_another_process(self):
         self.started()
         self.hold("download")
         self.set_wait(lambda: self.let_go() or True)
@@ -292,7 +292,7 @@ class WaitTest(ScenarioTest):
         self.check_waited()
 
     def check_ended(self, kind, attempt, error, third):
-        """The wait is ended by the program; the lock stays with its owner, and later everything is as ever."""
+        """The program ends the wait. The other process keeps the lock, and later transactions succeed."""
         self.started()
         self.hold(kind)
         before = self.sandbox.installed()
@@ -335,11 +335,11 @@ class WaitTest(ScenarioTest):
         self.check_ended("download", self.install, dnf.exceptions.Error, lambda: False)
 
     @in_own_process
-    def test_the_wait_for_metadata_can_be_ended_with_the_program(self):
+    def test_the_end_of_the_program_ends_the_wait_for_metadata(self):
         self.check_ended("metadata", self.collect_again, KeyboardInterrupt, self.interrupt)
 
     @in_own_process
-    def test_the_wait_for_downloads_can_be_ended_with_the_program(self):
+    def test_the_end_of_the_program_ends_the_wait_for_downloads(self):
         self.check_ended("download", self.install, KeyboardInterrupt, self.interrupt)
 
     def cached(self):
@@ -406,11 +406,11 @@ class WaitTest(ScenarioTest):
         self.assertEqual(self.shown, [self.waiting] * 3 + [None])
         self.assertIn("was ended", "\n".join(self.recording.errors()))
         self.let_go()
-        # It is tried again.
+        # The next access tries again.
         self.assertEqual(len(tagsoup.changelogs), 3)
 
     @in_own_process
-    def test_a_process_whose_name_cannot_be_read_has_its_number(self):
+    def test_a_process_with_an_unreadable_name_is_shown_by_its_number(self):
         self.load()
         self.hold("metadata")
         self.script["WaitingLock"]._wait.__globals__["nameOfProcess"] = lambda number: "?"
@@ -420,7 +420,7 @@ class WaitTest(ScenarioTest):
         self.check_waited()
 
     @in_own_process
-    def test_a_lock_file_that_makes_no_sense_ends_the_wait(self):
+    def test_a_malformed_lock_file_ends_the_wait(self):
         self.load()
         lock = self.write("/var/cache/yum/metadata_lock.pid", "what?")
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "Malformed lock file"):
@@ -429,7 +429,7 @@ class WaitTest(ScenarioTest):
         self.yumio.setupRepos()
 
     @in_own_process
-    def test_a_lock_that_is_had_when_the_wait_ends_is_given_back(self):
+    def test_a_lock_obtained_at_the_end_of_the_wait_is_released(self):
         self.started()
         self.hold("download")
 

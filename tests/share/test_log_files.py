@@ -1,4 +1,4 @@
-"""Log files hold no secrets."""
+"""Log files contain no secrets."""
 
 import os
 
@@ -6,7 +6,7 @@ from scenario import ScenarioTest, in_own_process
 
 
 class LogFilesTest(ScenarioTest):
-    """What the package manager's own log files have."""
+    """The contents of the package manager's own log files."""
 
     NAMES = ("dnf.log", "dnf.librepo.log", "dnf.rpm.log")
 
@@ -19,7 +19,7 @@ class LogFilesTest(ScenarioTest):
         self.asked = []
 
     def hide(self, text):
-        """What the program puts into the script for that."""
+        """A stand-in for the function that the program gives the script to hide secrets."""
         self.asked.append(text)
         return text.replace("s3cret", "...")
 
@@ -54,7 +54,7 @@ class LogFilesTest(ScenarioTest):
         self.assertIn("ERROR of dnf.rpm: ...\n", logs["dnf.rpm.log"])
 
     @in_own_process
-    def test_log_files_have_none_after_they_were_rotated(self):
+    def test_rotated_log_files_have_no_secrets(self):
         self.configure("log_size=2k", "log_rotate=9")
         self.load(hideSecrets=self.hide)
         for _ in range(3):
@@ -67,7 +67,7 @@ class LogFilesTest(ScenarioTest):
         self.assertTrue(all(text.endswith("\n") for name, text in logs.items() if name.startswith("dnf.librepo")))
 
     @in_own_process
-    def test_log_files_have_none_where_only_some_can_be_written(self):
+    def test_log_files_have_no_secrets_if_only_some_can_be_written(self):
         os.makedirs(self.sandbox.root + "/var/log/dnf.librepo.log")
         self.load(hideSecrets=self.hide)
         self.assertIn("No log files can be written", "\n".join(self.recording.errors()))
@@ -76,12 +76,12 @@ class LogFilesTest(ScenarioTest):
         self.assertNotIn("s3cret", "".join(self.logs().values()))
 
     @in_own_process
-    def test_a_file_that_a_library_writes_by_itself_is_not_written(self):
+    def test_a_log_file_that_a_library_writes_directly_is_switched_off(self):
         import dnf.logging
         setup = dnf.logging.Logging._setup_file_loggers
 
         def older(*arguments):
-            """Before messages came by the interpreter."""
+            """In older versions, librepo writes its log file itself, without the interpreter."""
             setup(*arguments)
             logger = dnf.logging.logging.getLogger("librepo")
             logger.handlers[0].close()
@@ -93,7 +93,7 @@ class LogFilesTest(ScenarioTest):
         self.assertNotIn(self.sandbox.root + "/var/log/dnf.librepo.log", opened)
 
     @in_own_process
-    def test_without_the_program_log_files_are_written_as_they_are(self):
+    def test_without_the_program_log_files_are_written_unchanged(self):
         self.load()
         self.collect()
         self.assertIn("Downloading: http://joe:s3cret@", self.logs()["dnf.librepo.log"])

@@ -1,4 +1,4 @@
-"""The main configuration file: which one counts, what counts without it, and what dnf's own file demands."""
+"""The main configuration file: its choice, the defaults without it, and the checks that dnf's own file demands."""
 
 import os
 import re
@@ -7,13 +7,13 @@ import subprocess
 from recordingmodule import limits
 from scenario import LAYOUT, SOURCES, ScenarioTest, in_own_process, repositories
 
-# What is logged where the main file does not say whether signatures are to be checked.
+# The log's text if the main file does not specify whether signatures are checked.
 CHECKED = "Signatures of packages are checked, unless a repository says otherwise."
 
 
 class MainFileTest(ScenarioTest):
     @in_own_process
-    def test_without_configuration_file_the_repository_directories_count(self):
+    def test_without_a_main_file_the_repository_directories_are_read(self):
         os.unlink(os.path.join(self.sandbox.root, "etc/yum.conf"))
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
@@ -24,19 +24,19 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_a_broken_configuration_file_is_reported_and_the_repository_directories_count(self):
+    def test_a_malformed_main_file_is_reported_and_the_repository_directories_are_read(self):
         self.write("/etc/yum.conf", "[main\nthis is no option\n")
         yumio = self.load()
         self.check_unused(yumio, "Parsing file")
 
     def check_unused(self, yumio, reason):
-        """The main file is named with the reason, signatures are checked, and packages are listed."""
+        """A report names the main file and the reason. Signatures are checked, and packages are listed."""
         named, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s/etc/yum.conf: %s" % (self.sandbox.root, reason), named)
         self.assertEqual(checked, "Its options, such as the packages that it excludes, do not count. " + CHECKED)
         self.assertTrue(yumio.base.conf.gpgcheck)
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
-        # Their own files have the last word.
+        # The settings in the repositories' own files have priority.
         self.assertEqual({name: yumio.base.repos[name].gpgcheck for name in LAYOUT}, self.own_checks())
         yumio.base.repos["sandbox-unreachable"].disable()
         yumio.lock()
@@ -53,7 +53,7 @@ class MainFileTest(ScenarioTest):
         return checks
 
     @in_own_process
-    def test_without_the_main_file_signatures_are_checked_as_far_as_repositories_do_not_object(self):
+    def test_with_an_unusable_main_file_signatures_are_checked_by_default(self):
         self.change_repository("sandbox-http", "gpgcheck=0\n", "")
         self.write("/etc/yum.conf", b"\x00\xff\xfe[main]\n\xe9=\xe9\n")
         yumio = self.load()
@@ -61,7 +61,7 @@ class MainFileTest(ScenarioTest):
         self.assertTrue(yumio.base.repos["sandbox-http"].gpgcheck)
 
     @in_own_process
-    def test_checks_and_excludes_of_a_main_file_that_the_program_leaves_alone_count(self):
+    def test_options_of_a_main_file_that_the_program_cannot_edit_are_used(self):
         options = b"[main]\ngpgcheck=1\nexclude=astrolabe\ndebuglevel=7\n"
         odd = b"[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
         large = b"#" * limits()["repositorySectionLimit"] + b"\n"
@@ -77,7 +77,7 @@ class MainFileTest(ScenarioTest):
             conf = yumio.base.conf
             self.assertTrue(conf.gpgcheck)
             self.assertEqual((list(conf.excludepkgs), conf.debuglevel), (["astrolabe"], 7))
-            # The editor does not have its repositories; nor has the script.
+            # Neither the editor nor the script reads the repositories in this file.
             self.assertEqual(repositories(yumio), sorted(LAYOUT))
             self.assertEqual(self.recording.errors(), [])
         yumio.base.repos["sandbox-unreachable"].disable()
@@ -98,7 +98,7 @@ class MainFileTest(ScenarioTest):
         self.check_unused(self.load(), "it is not a regular file")
 
     @in_own_process
-    def test_an_invalid_value_is_reported_and_the_others_count(self):
+    def test_an_invalid_value_is_reported_and_the_others_are_used(self):
         self.configure("installonly_limit=many", "debuglevel=7")
         yumio = self.load()
         self.assertIn("installonly_limit", "\n".join(self.recording.errors()))
@@ -110,14 +110,14 @@ class MainFileTest(ScenarioTest):
         os.unlink(main)
         os.mkfifo(main)
         self.check_unused(self.load(), "it is not a regular file")
-        # What is mended counts.
+        # The corrected file is used.
         os.unlink(main)
         self.write("/etc/yum.conf", "[main]\ndebuglevel=7\n")
         self.yumio.reset()
         self.assertEqual((self.yumio.base.conf.debuglevel, self.yumio.base.conf.gpgcheck), (7, False))
 
     @in_own_process
-    def test_the_main_section_is_not_limited_as_a_repository_is(self):
+    def test_the_limit_of_a_repository_does_not_apply_to_the_main_section(self):
         self.configure("#" * limits()["repositorySectionLimit"], "[in-main]", "name=x", "baseurl=file:///nowhere")
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT + ("in-main",)))
@@ -167,19 +167,19 @@ class MainFileTest(ScenarioTest):
                 os.chmod(path, 0)
 
     def use_own_file(self, content):
-        """The system as dnf's users have it: no other main file than that of dnf itself."""
+        """Makes dnf's own file the only main file, as on the systems of dnf's users."""
         os.unlink(self.sandbox.root + "/etc/yum.conf")
         return self.write("/etc/dnf/dnf.conf", "[main]\nretries=1\ntimeout=5\n" + content)
 
-    def dnf_itself(self, *arguments):
-        """What dnf's command line says of the same system, to its end status and its output."""
+    def run_dnf(self, *arguments):
+        """Runs the command dnf on the same system; returns its exit status and its output."""
         done = subprocess.run(["dnf", "--noplugins", "--installroot", self.sandbox.root, "--disablerepo=*unreachable",
                                "-y"] + list(arguments), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8"), universal_newlines=True)
         return done.returncode, done.stdout
 
     @in_own_process
-    def test_all_options_of_the_file_of_dnf_itself_count(self):
+    def test_all_options_of_dnf_s_own_file_are_used(self):
         path = self.use_own_file("gpgcheck=1\nexclude=astrolabe\nproxy=http://127.0.0.1:1/\nkeepcache=1\n"
                                  "install_weak_deps=0\n[in-main]\nname=Main\nbaseurl=file:///nowhere\nenabled=0\n")
         self.write("/etc/dnf/vars/place", "mine\n")
@@ -194,11 +194,11 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_an_unsigned_package_is_refused_as_by_dnf_with_its_own_file_only(self):
+    def test_with_dnf_s_own_file_an_unsigned_package_is_refused_as_by_dnf(self):
         self.use_own_file("gpgcheck=1\n")
         self.change_repository("sandbox-http", "gpgcheck=0\n", "")
         before = self.sandbox.installed()
-        status, output = self.dnf_itself("install", "loupe")
+        status, output = self.run_dnf("install", "loupe")
         self.assertNotEqual(status, 0)
         self.assertRegex(output, "loupe.* is not signed|You have enabled checking of packages via GPG keys")
         self.assertEqual(self.sandbox.installed(), before)
@@ -209,7 +209,7 @@ class MainFileTest(ScenarioTest):
         self.assert_refused("loupe.* is not signed", installs=["loupe"])
 
     @in_own_process
-    def test_a_file_of_dnf_itself_that_cannot_be_used_has_signatures_checked(self):
+    def test_with_an_unusable_file_of_dnf_signatures_are_checked(self):
         path = self.use_own_file("")
         for content, reason in (("[main\n", "Parsing file"), (None, "it is not a regular file")):
             os.unlink(path)
@@ -223,7 +223,7 @@ class MainFileTest(ScenarioTest):
             self.assertIn(CHECKED, checked)
 
     @in_own_process
-    def test_a_main_file_that_cannot_be_used_switches_no_check_of_dnf_off(self):
+    def test_an_unusable_main_file_disables_no_check_of_dnf(self):
         own = self.write("/etc/dnf/dnf.conf", "[main]\nrepo_gpgcheck=1\n")
         main = self.write("/etc/yum.conf", "[main\n")
         yumio = self.load()
@@ -244,7 +244,7 @@ class MainFileTest(ScenarioTest):
         self.assertTrue(self.yumio.base.repos["sandbox-http"].proxy_sslverify)
 
     @in_own_process
-    def test_another_main_file_switches_no_check_of_dnf_off(self):
+    def test_another_main_file_disables_no_check_of_dnf(self):
         own = self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=1\nrepo_gpgcheck=yes\nlocalpkg_gpgcheck=1\n"
                          "exclude=astrolabe\n")
         main = self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nsslverify=0\n")
@@ -257,7 +257,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(checks(), (True, True, True, True))
         self.assertEqual(list(yumio.base.conf.excludepkgs), [])
         self.assertEqual(self.recording.errors(), [said + "gpgcheck, repo_gpgcheck, localpkg_gpgcheck, sslverify"])
-        # An empty one is no word against them either.
+        # An empty main file does not disable the checks either.
         for content, expected, added in (
                 ("", (True, False, False, True), "gpgcheck"), ("[main]\ngpgcheck=1\n", (True, False, False, True), "")):
             self.write("/etc/yum.conf", content)
@@ -266,7 +266,7 @@ class MainFileTest(ScenarioTest):
             yumio.reset()
             self.assertEqual(checks(), expected)
             self.assertEqual(self.recording.errors(), [said + added] if added else [])
-        # Of one that cannot be read it is not known what it demands.
+        # The checks that an unreadable file demands are unknown.
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n")
         self.write("/etc/dnf/dnf.conf", "[main\n")
         self.recording.clear()
@@ -275,7 +275,7 @@ class MainFileTest(ScenarioTest):
         fault, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s: Parsing file" % own, fault)
         self.assertEqual(checked, said + "gpgcheck")
-        # What neither of them demands is not checked.
+        # A check that neither file demands is not made.
         self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=0\n")
         self.recording.clear()
         yumio.reset()

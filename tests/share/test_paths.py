@@ -1,4 +1,4 @@
-"""Where the script and dnf keep their files."""
+"""The paths of the files of the script and of dnf."""
 
 import os
 import re
@@ -23,7 +23,7 @@ class PathsTest(ScenarioTest):
         self.assertIn("sandbox-http.solv", os.listdir(root + "/var/cache/yum"))
 
     @in_own_process
-    def test_nothing_of_the_system_outside_the_root_is_touched(self):
+    def test_nothing_outside_the_managed_root_is_changed(self):
         self.isolate()
         places = ["/var/cache", "/var/log", "/var/lib/dnf", "/var/lib/rpm", "/usr/lib/sysimage/rpm", "/var/tmp"]
         present = [place for place in places if os.path.isdir(place)]
@@ -42,7 +42,7 @@ class PathsTest(ScenarioTest):
         self.assertEqual(os.listdir(self.home), [])
 
     @in_own_process
-    def test_paths_of_the_configuration_file_are_kept_and_their_variables_replaced(self):
+    def test_variables_in_configured_paths_are_replaced(self):
         place = os.path.join(self.sandbox.root, "$basearch", "$releasever")
         self.configure("cachedir=%s/cache" % place, "logdir=%s/log" % place, "persistdir=%s/state" % place)
         yumio = self.load()
@@ -57,8 +57,8 @@ class PathsTest(ScenarioTest):
         self.assertTrue(os.path.isfile(place + "/log/dnf.log"))
 
     @in_own_process
-    def test_directories_that_the_file_names_are_those_of_the_managed_system(self):
-        # As an image's own files name them; this system has directories of these names too.
+    def test_configured_directories_are_those_of_the_managed_system(self):
+        # The configuration of an image names these directories. The running system has directories of the same names.
         outside = os.path.join(self.directory, "named")
         inside = self.sandbox.root + outside
         for top, name in ((outside, "host"), (inside, "image")):
@@ -79,20 +79,20 @@ class PathsTest(ScenarioTest):
         self.assertEqual({identifier: repo.name for identifier, repo in yumio.base.repos.items()}, {"one": "image"})
         self.assertTrue(os.path.isfile(inside + "/log/dnf.log"))
         self.assertEqual(sorted(os.listdir(outside)), before)
-        # What there is here only is shared.
+        # A directory that is missing in the managed system is taken from the running system.
         shutil.rmtree(inside + "/vars")
         yumio.reset()
         self.assertEqual(yumio.base.repos["one"].name, "host")
 
     @in_own_process
-    def test_a_log_directory_that_cannot_be_made_does_not_stop_the_start(self):
+    def test_an_impossible_log_directory_does_not_prevent_the_start(self):
         self.configure("logdir=/dev/null/log")
         yumio = self.load()
         self.assertIn("/dev/null/log", "\n".join(self.recording.errors()))
         self.assertIn("sandbox-http", yumio.base.repos)
 
     @in_own_process
-    def test_without_a_root_the_paths_are_those_of_the_system(self):
+    def test_without_a_managed_root_the_paths_are_those_of_the_system(self):
         for value in (None, "", "/"):
             os.environ.pop("VYREROOT")
             if value is not None:
