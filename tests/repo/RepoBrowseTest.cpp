@@ -1,3 +1,5 @@
+#include <Python.h>
+
 #include "repo/RepoBrowse.h"
 
 #include <QtTest>
