@@ -1,67 +1,25 @@
 #include "packagetable/Model.h"
 
+#include "packagetable/Columns.h"
 #include "packagetable/DescribeDialog.h"
 #include "repo/RepoBrowse.h"
 #include "widgets/Colors.h"
 #include "widgets/Icons.h"
-#include "yumio/Words.h"
 #include "yumio/YumIO.h"
 
 namespace PackageTable {
 
-namespace {
-
-struct HeaderText
-{
-    const char* title;
-    const char* toolTip;
-};
-
-const HeaderText headers[] = {
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Action"),
-     QT_TRANSLATE_NOOP("PackageTable::Model",
-                       "Action to be performed on the package, if any: Update, Install, Remove")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "State"),
-     QT_TRANSLATE_NOOP("PackageTable::Model", "Indicates whether the package is Installed or not and, if "
-                                              "installed, whether it is Up-to-date or not")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Kind"),
-     QT_TRANSLATE_NOOP(
-         "PackageTable::Model",
-         "Whether the package is an ordinary package, a suite of packages, or a group of packages")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Name"),
-     QT_TRANSLATE_NOOP("PackageTable::Model", "Name of the package")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Version"),
-     QT_TRANSLATE_NOOP("PackageTable::Model",
-                       "Version and release of the package as version-release;\n"
-                       "If the Epoch is non-zero, includes it as epoch:version-release")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Repository"),
-     QT_TRANSLATE_NOOP("PackageTable::Model",
-                       "Repository from which the most recent version of the package is available")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Architecture"),
-     QT_TRANSLATE_NOOP(
-         "PackageTable::Model",
-         "Architecture for which the package is applicable, or \"noarch\" for general-purpose packages")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Size"),
-     QT_TRANSLATE_NOOP("PackageTable::Model", "Size of the package")},
-    {QT_TRANSLATE_NOOP("PackageTable::Model", "Build Time"),
-     QT_TRANSLATE_NOOP("PackageTable::Model", "Date and time at which the package was created")},
-};
-static_assert(sizeof headers / sizeof *headers == ColumnCount, "each column has its heading");
-
-} // namespace
-
 Model::Model(YumIO* backEnd, QObject* parent)
     : HAbstractTableModel(parent), yumIO(backEnd), yumConfIO(nullptr), enabled(true), hidings(0)
 {
-    stateIcons[Package::Updatable] = Icons::shared(QStringLiteral("out-of-date"));
-    stateIcons[Package::Installed] = Icons::shared(QStringLiteral("up-to-date"));
-    actionIcons[Package::None] = Icons::shared(QStringLiteral("noneBox"));
-    actionIcons[Package::Update] = Icons::shared(QStringLiteral("updateBox"));
-    actionIcons[Package::Install] = Icons::shared(QStringLiteral("installBox"));
-    actionIcons[Package::Remove] = Icons::shared(QStringLiteral("removeBox"));
-    kindIcons[Package::Suite] = Icons::shared(QStringLiteral("suite"));
-    kindIcons[Package::Group] = Icons::shared(QStringLiteral("group"));
-    kindIcons[Package::Ordinary] = Icons::shared(QStringLiteral("package"));
+    for (int column = 0; column < ColumnCount; ++column) {
+        const char* const* names = Columns::row(column).pictures;
+        for (int key = 0; names != nullptr && key < Columns::mostPictures; ++key) {
+            if (names[key] != nullptr) {
+                pictures[column][key] = Icons::shared(QLatin1String(names[key]));
+            }
+        }
+    }
     setBackground(Qt::white);
 }
 
@@ -103,8 +61,11 @@ Package::Entry* Model::entry(int row) const
 
 Package::Entry* Model::entryAt(const QModelIndex& index) const
 {
-    return index.isValid() && index.row() < rowCount() && index.column() < ColumnCount ? entry(index.row())
-                                                                                       : nullptr;
+    const YumIO* backEnd = hidings == 0 ? yumIO.data() : nullptr;
+    return backEnd != nullptr && index.isValid() && index.row() < backEnd->count() &&
+                   index.column() < ColumnCount
+               ? (*backEnd)[index.row()]
+               : nullptr;
 }
 
 QVariant Model::data(const QModelIndex& index, int role) const
@@ -113,118 +74,27 @@ QVariant Model::data(const QModelIndex& index, int role) const
     if (e == nullptr) {
         return QVariant();
     }
+    const Columns::Row& column = Columns::row(index.column());
     switch (role) {
     case Qt::DisplayRole:
-        return index.column() >= NameColumn ? text(*e, index.column()) : QVariant();
+        return column.showsPictures() ? QVariant() : column.text(*e);
     case Qt::DecorationRole:
-        return decorationData(*e, index.column());
+        return column.showsPictures() ? pictures[index.column()][column.sortKey(*e)] : QVariant();
     case Qt::ToolTipRole:
-        return toolTipData(*e, index.column());
+        return toolTipData(*e, column);
     case Qt::ForegroundRole:
-        return foregroundData(*e, index.column());
+        return column.coloured ? (enabled ? colors : disabledColors)[e->state] : QVariant();
     case Qt::UserRole:
-        return userData(e, index.column());
+        return column.value != nullptr ? column.value(*e) : QVariant::fromValue(e);
     default:
         return QVariant();
     }
 }
 
-QString Model::text(const Package::Entry& entry, int column)
+QVariant Model::toolTipData(const Package::Entry& e, const Columns::Row& column) const
 {
-    switch (column) {
-    case NameColumn:
-        return entry.name;
-    case VersionColumn: {
-        // A mark when there are further installed versions; the first one below an update is being updated.
-        const Package::Entry* last = entry.state == Package::Updatable ? entry.next : &entry;
-        return last != nullptr && last->next != nullptr ? entry.verRel + QLatin1String(" *") : entry.verRel;
-    }
-    case RepositoryColumn:
-        return entry.repo;
-    case ArchitectureColumn:
-        return entry.arch;
-    case SizeColumn:
-        return entry.sizeText;
-    case BuildTimeColumn:
-        return entry.buildTimeText;
-    default:
-        return QString();
-    }
-}
-
-QVariant Model::decorationData(const Package::Entry& e, int column) const
-{
-    switch (column) {
-    case ActionColumn:
-        return actionIcons[e.action];
-    case StateColumn:
-        return stateIcons[e.state].isNull() ? QVariant() : stateIcons[e.state];
-    case KindColumn:
-        return kindIcons[e.kind];
-    default:
-        return QVariant();
-    }
-}
-
-QVariant Model::toolTipData(const Package::Entry& e, int column) const
-{
-    switch (column) {
-    case ActionColumn:
-        return e.action == Package::None ? QVariant() : Words::explained(e.action);
-    case StateColumn: {
-        QStringList lines{e.isExcluded()
-                              ? tr("Package is installed; the configuration excludes it from updates "
-                                   "and removals")
-                              : Words::explained(e.state)};
-        const YumIO::Replacement replacement = yumIO->replacement(e);
-        if (!replacement.by.isEmpty()) {
-            lines.append(tr("Replaced by %1").arg(replacement.by.join(QStringLiteral(", "))));
-        }
-        if (!replacement.of.isEmpty()) {
-            lines.append(tr("Replaces %1").arg(replacement.of.join(QStringLiteral(", "))));
-        }
-        return lines.join(QLatin1Char('\n'));
-    }
-    case KindColumn:
-        return Words::described(e.kind);
-    case VersionColumn: {
-        QString text;
-        for (const Package::Entry* version = &e; version != nullptr; version = version->next) {
-            text += (version->state == Package::Installed ? tr("Installed: %1\n") : tr("Available: %1\n"))
-                        .arg(version->verRel);
-        }
-        return text.trimmed();
-    }
-    default:
-        return QVariant();
-    }
-}
-
-QVariant Model::foregroundData(const Package::Entry& e, int column) const
-{
-    if (column < KindColumn) {
-        return QVariant();
-    }
-    const QColor& color = enabled ? colors[e.state] : disabledColors[e.state];
-    return color.isValid() ? QVariant(color) : QVariant();
-}
-
-QVariant Model::userData(Package::Entry* e, int column)
-{
-    switch (column) {
-    case ActionColumn:
-        return static_cast<int>(e->action);
-    case StateColumn:
-        return static_cast<int>(e->state);
-    case KindColumn:
-        return static_cast<int>(e->kind);
-    case SizeColumn:
-        return static_cast<qint64>(e->size);
-    case BuildTimeColumn:
-        return e->buildTime;
-    default:
-        return QVariant::fromValue(e);
-    }
+    const QString text = column.cellToolTip != nullptr ? column.cellToolTip(e, *yumIO) : QString();
+    return text.isEmpty() ? QVariant() : text;
 }
 
 QVariant Model::headerData(int section, Qt::Orientation orientation, int role) const
@@ -234,9 +104,9 @@ QVariant Model::headerData(int section, Qt::Orientation orientation, int role) c
     }
     switch (role) {
     case Qt::DisplayRole:
-        return tr(headers[section].title);
+        return Columns::title(section);
     case Qt::ToolTipRole:
-        return tr(headers[section].toolTip);
+        return Columns::toolTip(section);
     default:
         return QVariant();
     }

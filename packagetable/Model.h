@@ -1,4 +1,4 @@
-// The back end's package records as a table of nine columns, one row for each top-level record, and the one
+// The back end's package records as a table, one row for each top-level record, and the one
 // place where the user's chosen actions are written into the records.
 //
 // Graphical thread; the main window owns it. It copies nothing: every call reads the back end's list, so
@@ -8,10 +8,10 @@
 #define PACKAGETABLE_MODEL_H
 
 #include <QColor>
-#include <QIcon>
 #include <QModelIndexList>
 #include <QPointer>
 
+#include "packagetable/Columns.h"
 #include "packagetable/PackageTable.h"
 #include "widgets/HAbstractTableModel.h"
 #include "yumio/Package.h"
@@ -48,8 +48,6 @@ public:
 
     // The record of a row that exists.
     Package::Entry* entry(int row) const;
-    // What a column shows of a record; empty for the columns that show pictures.
-    static QString text(const Package::Entry& entry, int column);
 
     Package::State getState(int row) const;
     // Does not check whether the record's state permits the action.
@@ -87,20 +85,15 @@ public Q_SLOTS:
 private:
     Package::Entry* entryAt(const QModelIndex& index) const; // null when there is none
     void changeAction(int row, Package::Action action);
-    QVariant decorationData(const Package::Entry& entry, int column) const;
-    QVariant toolTipData(const Package::Entry& entry, int column) const;
-    QVariant foregroundData(const Package::Entry& entry, int column) const;
-    static QVariant userData(Package::Entry* entry, int column);
+    QVariant toolTipData(const Package::Entry& entry, const Columns::Row& column) const;
 
     QPointer<YumIO> yumIO;
     YumConfIO* yumConfIO; // null until it has been read
     bool enabled;
     int hidings;
-    QIcon stateIcons[3];  // by Package::State
-    QIcon actionIcons[4]; // by Package::Action
-    QIcon kindIcons[3];   // by Package::Kind
-    QColor colors[3];     // by Package::State; an invalid one is the view's own
-    QColor disabledColors[3];
+    QVariant pictures[ColumnCount][Columns::mostPictures]; // icons by sort key; invalid ones for none
+    QVariant colors[3]; // by Package::State; an invalid one is the view's own
+    QVariant disabledColors[3];
     QPointer<Describe::Dialog> describeDialog; // null until first needed
 };
 

@@ -15,19 +15,19 @@ enum Mode : qint32 {
 
 enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
 
-// In the order of the Model's columns. Remembered layouts of the table go by the numbers too: with another
+// In the order of their rows in Columns. Remembered layouts of the table go by the numbers too: with another
 // number of columns they are forgotten.
 enum Column : int {
     ActionColumn = 0,
-    StateColumn = 1,
-    KindColumn = 2,
-    NameColumn = 3,
-    VersionColumn = 4,
-    RepositoryColumn = 5,
-    ArchitectureColumn = 6,
-    SizeColumn = 7,
-    BuildTimeColumn = 8,
-    ColumnCount = 9
+    StateColumn,
+    KindColumn,
+    NameColumn,
+    VersionColumn,
+    RepositoryColumn,
+    ArchitectureColumn,
+    SizeColumn,
+    BuildTimeColumn,
+    ColumnCount
 };
 
 // What stands in place of a repository's identifier for what is installed: the local database of packages.

@@ -5,9 +5,8 @@
 #include <algorithm>
 #include <numeric>
 
-#include "packagetable/Model.h"
+#include "packagetable/Columns.h"
 #include "widgets/HAbstractTableModel.h"
-#include "yumio/Words.h"
 #include "yumio/YumIO.h"
 
 namespace PackageTable {
@@ -306,23 +305,11 @@ bool SortFilterProxyModel::hasChildren(const QModelIndex& parent) const
 
 QVariant SortFilterProxyModel::data(const QModelIndex& listed, int role) const
 {
-    if (role == Qt::AccessibleTextRole && listed.column() < NameColumn) {
+    if (role == Qt::AccessibleTextRole && listed.isValid() && Columns::row(listed.column()).showsPictures()) {
         const int row = mapToSource(listed).row();
-        return row < 0 ? QVariant() : iconText(*(*yumIO)[row], listed.column());
+        return row < 0 ? QVariant() : Columns::row(listed.column()).text(*(*yumIO)[row]);
     }
     return HSortFilterProxyModel::data(listed, role);
-}
-
-QString SortFilterProxyModel::iconText(const Package::Entry& entry, int column)
-{
-    switch (column) {
-    case ActionColumn:
-        return Words::of(entry.action);
-    case StateColumn:
-        return Words::of(entry.state);
-    default:
-        return Words::of(entry.kind);
-    }
 }
 
 QVariant SortFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
@@ -394,7 +381,7 @@ std::vector<int> SortFilterProxyModel::ranksOf(int column) const
     std::vector<Text> texts;
     std::vector<int> numberOf(static_cast<size_t>(rows));
     for (int row = 0; row < rows; ++row) {
-        const QString text = Model::text(*(*yumIO)[row], column);
+        const QString text = Columns::text(*(*yumIO)[row], column);
         const auto known = numbers.constFind(text);
         if (known != numbers.constEnd()) {
             numberOf[static_cast<size_t>(row)] = known.value();
@@ -431,34 +418,14 @@ const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
     }
     key.resize(rows);
     std::vector<int> ranks;
-    if (column > NameColumn && column != SizeColumn && column != BuildTimeColumn) {
+    const auto number = Columns::row(column).sortKey;
+    if (number == nullptr && column != NameColumn) {
         ranks = ranksOf(column); // by its texts
     }
     for (size_t row = 0; row < rows; ++row) {
-        const Package::Entry& entry = *(*yumIO)[static_cast<int>(row)];
-        qint64 first = 0;
-        switch (column) {
-        case ActionColumn:
-            first = entry.action;
-            break;
-        case StateColumn:
-            first = entry.state;
-            break;
-        case KindColumn:
-            first = entry.kind;
-            break;
-        case NameColumn:
-            break;
-        // Both are compared as numbers of 32 bits, whatever they are stored as.
-        case SizeColumn:
-            first = static_cast<int>(entry.size);
-            break;
-        case BuildTimeColumn:
-            first = static_cast<int>(entry.buildTime);
-            break;
-        default:
-            first = ranks[row];
-        }
+        const qint64 first = number != nullptr ? number(*(*yumIO)[static_cast<int>(row)])
+                             : ranks.empty()   ? 0
+                                               : ranks[row];
         key[row] = first * (Q_INT64_C(1) << 32) + nameRanks[row];
     }
     return key;
@@ -569,8 +536,11 @@ void SortFilterProxyModel::makeTexts() const
     for (int row = 0; row < rows; ++row) {
         visibleFrom.push_back(visible.size());
         const Package::Entry& entry = *(*yumIO)[row];
-        for (int column = NameColumn; column < ColumnCount; ++column) {
-            const QString text = Model::text(entry, column);
+        for (int column = 0; column < ColumnCount; ++column) {
+            if (Columns::row(column).showsPictures()) {
+                continue;
+            }
+            const QString text = Columns::text(entry, column);
             if (!text.isEmpty()) {
                 if (visible.size() != visibleFrom.back()) {
                     visible += ' ';

@@ -111,7 +111,6 @@ private:
     enum Verdict : char { Unknown, Accepted, Rejected };
 
     bool acceptRow(Package::Entry* entry, int row, const QModelIndex& parent) const;
-    static QString iconText(const Package::Entry& entry, int column);
     static bool passes(const Package::Entry& entry, StateFilter state, bool withDups, bool withGroups);
     bool matchesAnyField(const Package::Entry& entry) const;
     bool matches(const QString& text) const;

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "packagetable/ActionContextMenu.h"
+#include "packagetable/Columns.h"
 #include "packagetable/Model.h"
 #include "packagetable/OtherContextMenu.h"
 #include "packagetable/SortFilterProxyModel.h"
@@ -223,10 +224,13 @@ int View::contentsWidthForColumn(int column) const
         return itemDelegate(index)->sizeHint(option, index).width();
     };
     int width = 0;
-    if (column < NameColumn) {
+    const auto entryAt = [this](int row) -> const Package::Entry& {
+        return *model->entry(fittingRecords ? row : proxy->mapToSource(proxy->index(row, NameColumn)).row());
+    };
+    if (Columns::row(column).showsPictures()) {
         QSet<int> icons;
         for (int row = 0; row < count; ++row) {
-            const int icon = rows->index(row, column).data(Qt::UserRole).toInt();
+            const int icon = Columns::row(column).sortKey(entryAt(row));
             if (!icons.contains(icon)) {
                 icons.insert(icon);
                 width = qMax(width, measured(row));
@@ -236,9 +240,6 @@ int View::contentsWidthForColumn(int column) const
     }
     // Measured are the texts that look as wide as any; of those that look just as wide as each other and end
     // in the same letter, which may hang over, one.
-    const auto entryAt = [this](int row) -> const Package::Entry& {
-        return *model->entry(fittingRecords ? row : proxy->mapToSource(proxy->index(row, NameColumn)).row());
-    };
     if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
         widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }
@@ -246,7 +247,7 @@ int View::contentsWidthForColumn(int column) const
     std::vector<qreal> estimates(static_cast<size_t>(count));
     qreal widest = 0;
     for (int row = 0; row < count; ++row) {
-        const qreal estimated = estimate(Model::text(entryAt(row), column));
+        const qreal estimated = estimate(Columns::text(entryAt(row), column));
         estimates[static_cast<size_t>(row)] = estimated;
         if (estimated < WidthEstimate::unknown) {
             widest = qMax(widest, estimated);
@@ -259,13 +260,13 @@ int View::contentsWidthForColumn(int column) const
     for (int row = 0; row < count; ++row) {
         const qreal estimated = estimates[static_cast<size_t>(row)];
         if (estimated == WidthEstimate::unknown) {
-            const QString text = Model::text(entryAt(row), column);
+            const QString text = Columns::text(entryAt(row), column);
             if (!measuredTexts.contains(text)) {
                 measuredTexts.insert(text);
                 width = qMax(width, measured(row));
             }
         } else if (estimated + margin >= widest) {
-            const QString text = Model::text(entryAt(row), column);
+            const QString text = Columns::text(entryAt(row), column);
             const qint64 last = text.isEmpty() ? 0 : text.at(text.length() - 1).unicode();
             const qint64 look = qRound64(estimated * 64) * 128 + last;
             if (!measuredLooks.contains(look)) {

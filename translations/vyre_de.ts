@@ -615,72 +615,11 @@ Duplikate und Gruppen gerade nicht angezeigt.
     </message>
 </context>
 <context>
-    <name>PackageTable::Describe::Dialog</name>
+    <name>PackageTable::Columns</name>
     <message>
-        <source>Close</source>
-        <translation>Schließen</translation>
+        <source>Package is installed; the configuration excludes it from updates and removals</source>
+        <translation>Das Paket ist installiert; die Konfiguration nimmt es von Aktualisierung und Entfernen aus</translation>
     </message>
-    <message>
-        <source>VYRE Package Description</source>
-        <translation>VYRE – Paketbeschreibung</translation>
-    </message>
-</context>
-<context>
-    <name>PackageTable::Describe::Instance::Area</name>
-    <message>
-        <source>Details</source>
-        <translation>Einzelheiten</translation>
-    </message>
-    <message>
-        <source>Show</source>
-        <translation>Anzeigen</translation>
-    </message>
-    <message>
-        <source>%1 (must load extra data)</source>
-        <translation>%1 (weitere Daten müssen geladen werden)</translation>
-    </message>
-    <message>
-        <source>%1 %2 File List</source>
-        <translation>Dateiliste von %1 %2</translation>
-    </message>
-    <message>
-        <source>%1 %2 Change Log</source>
-        <translation>Änderungsprotokoll von %1 %2</translation>
-    </message>
-</context>
-<context>
-    <name>PackageTable::Describe::Instance::RepoDialog</name>
-    <message>
-        <source>VYRE Repository Description</source>
-        <translation>VYRE – Beschreibung der Paketquelle</translation>
-    </message>
-    <message>
-        <source>Browse Repository</source>
-        <translation>Paketquelle im Browser öffnen</translation>
-    </message>
-    <message>
-        <source>Browse the first URL specified for the selected repository using an external web browser</source>
-        <translation>Die erste URL der ausgewählten Paketquelle in einem Webbrowser öffnen</translation>
-    </message>
-    <message>
-        <source>Close</source>
-        <translation>Schließen</translation>
-    </message>
-    <message>
-        <source>Name</source>
-        <translation>Name</translation>
-    </message>
-    <message>
-        <source>URLs</source>
-        <translation>URLs</translation>
-    </message>
-    <message>
-        <source>Mirror list URL</source>
-        <translation>URL der Spiegelliste</translation>
-    </message>
-</context>
-<context>
-    <name>PackageTable::Model</name>
     <message>
         <source>Replaced by %1</source>
         <translation>Wird ersetzt durch %1</translation>
@@ -688,6 +627,18 @@ Duplikate und Gruppen gerade nicht angezeigt.
     <message>
         <source>Replaces %1</source>
         <translation>Ersetzt %1</translation>
+    </message>
+    <message>
+        <source>Installed: %1
+</source>
+        <translation>Installiert: %1
+</translation>
+    </message>
+    <message>
+        <source>Available: %1
+</source>
+        <translation>Verfügbar: %1
+</translation>
     </message>
     <message>
         <source>Action</source>
@@ -763,21 +714,70 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
         <source>Date and time at which the package was created</source>
         <translation>Tag und Uhrzeit, zu der das Paket erstellt wurde</translation>
     </message>
+</context>
+<context>
+    <name>PackageTable::Describe::Dialog</name>
     <message>
-        <source>Installed: %1
-</source>
-        <translation>Installiert: %1
-</translation>
+        <source>Close</source>
+        <translation>Schließen</translation>
     </message>
     <message>
-        <source>Available: %1
-</source>
-        <translation>Verfügbar: %1
-</translation>
+        <source>VYRE Package Description</source>
+        <translation>VYRE – Paketbeschreibung</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::Describe::Instance::Area</name>
+    <message>
+        <source>Details</source>
+        <translation>Einzelheiten</translation>
     </message>
     <message>
-        <source>Package is installed; the configuration excludes it from updates and removals</source>
-        <translation>Das Paket ist installiert; die Konfiguration nimmt es von Aktualisierung und Entfernen aus</translation>
+        <source>Show</source>
+        <translation>Anzeigen</translation>
+    </message>
+    <message>
+        <source>%1 (must load extra data)</source>
+        <translation>%1 (weitere Daten müssen geladen werden)</translation>
+    </message>
+    <message>
+        <source>%1 %2 File List</source>
+        <translation>Dateiliste von %1 %2</translation>
+    </message>
+    <message>
+        <source>%1 %2 Change Log</source>
+        <translation>Änderungsprotokoll von %1 %2</translation>
+    </message>
+</context>
+<context>
+    <name>PackageTable::Describe::Instance::RepoDialog</name>
+    <message>
+        <source>VYRE Repository Description</source>
+        <translation>VYRE – Beschreibung der Paketquelle</translation>
+    </message>
+    <message>
+        <source>Browse Repository</source>
+        <translation>Paketquelle im Browser öffnen</translation>
+    </message>
+    <message>
+        <source>Browse the first URL specified for the selected repository using an external web browser</source>
+        <translation>Die erste URL der ausgewählten Paketquelle in einem Webbrowser öffnen</translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>URLs</source>
+        <translation>URLs</translation>
+    </message>
+    <message>
+        <source>Mirror list URL</source>
+        <translation>URL der Spiegelliste</translation>
     </message>
 </context>
 <context>

@@ -679,23 +679,35 @@ void MainWindowTest::sizeAndColumnsAreRemembered()
     compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
     const QSettings* kept = settings(this);
     QCOMPARE(kept->value("MainWindow/size").toSize(), size);
-    QStringList widths = kept->value("MainWindow/columnWidths").toStringList();
-    QCOMPARE(widths, (QStringList{"0", "0", "0", "321", "0", "0", "0", "0", "0"}));
-    QCOMPARE(kept->value("MainWindow/columnPlaces").toStringList(),
-             (QStringList{"0", "1", "2", "3", "4", "6", "5", "7", "8"}));
+    QVariantList widths;
+    QVariantList places;
+    for (int column = 0; column < ColumnCount; ++column) {
+        widths << (column == NameColumn ? 321 : 0);
+        places << column;
+    }
+    std::swap(places[RepositoryColumn], places[ArchitectureColumn]);
+    QCOMPARE(kept->value("MainWindow/columnWidths").toStringList(), QVariant(widths).toStringList());
+    QCOMPARE(kept->value("MainWindow/columnPlaces").toStringList(), QVariant(places).toStringList());
 }
 
 void MainWindowTest::rememberedSizeAndColumnsAreRestored()
 {
     QSettings* kept = settings(this);
     kept->setValue("MainWindow/size", QSize(1100, 500));
-    kept->setValue("MainWindow/columnWidths", QVariantList{0, 0, 0, 234, 0, 0, 0, 0, 0});
-    kept->setValue("MainWindow/columnPlaces", QVariantList{0, 1, 2, 3, 4, 6, 5, 7, 8});
+    QVariantList widths;
+    QVariantList places;
+    for (int column = 0; column < ColumnCount; ++column) {
+        widths << (column == NameColumn ? 234 : 0);
+        places << column;
+    }
+    std::swap(places[RepositoryColumn], places[ArchitectureColumn]);
+    kept->setValue("MainWindow/columnWidths", widths);
+    kept->setValue("MainWindow/columnPlaces", places);
     kept->sync();
     shown->start();
     QTRY_COMPARE(shown->window->size(), QSize(1100, 500));
     QCOMPARE(shown->view->columnWidth(NameColumn), 234);
-    QCOMPARE(shown->view->horizontalHeader()->logicalIndex(5), int(ArchitectureColumn));
+    QCOMPARE(shown->view->horizontalHeader()->logicalIndex(RepositoryColumn), int(ArchitectureColumn));
     QCOMPARE(shown->view->columnWidth(ArchitectureColumn),
              qMax(shown->view->sizeHintForColumn(ArchitectureColumn),
                   shown->view->horizontalHeader()->sectionSizeHint(ArchitectureColumn)));

@@ -38,7 +38,7 @@ SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPu
          'setWindowTitle', 'QLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
 # They hold headings of tables and tool tips, and no messages.
-WITHOUT_MESSAGES = ('packagetable/Model.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
+WITHOUT_MESSAGES = ('packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
                     'yumio/Words.cpp')
 # The tool tips that are put together before they are set, the text of About, and texts without words of their own.
 OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'
@@ -193,7 +193,7 @@ class ManualTest(unittest.TestCase):
     # Menus
 
     def test_columns_are_those_of_the_table(self):
-        headings = [text.value for text in sources.cpp_texts(sources.read('packagetable', 'Model.cpp'), 'Model.cpp')
+        headings = [text.value for text in sources.cpp_texts(sources.read('packagetable', 'Columns.cpp'), 'Columns.cpp')
                     if text.calls and text.calls[-1] == ('QT_TRANSLATE_NOOP', 1)][::2]
         self.assertIn('Repository', headings)
         table = self.book.text.split('|Column |What it shows\n', 1)[1].split('|===', 1)[0]

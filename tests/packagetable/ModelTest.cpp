@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "app/base/Share.h"
+#include "packagetable/Columns.h"
 #include "tests/packagetable/Described.h"
 #include "tests/packagetable/Table.h"
 #include "widgets/Colors.h"
@@ -195,7 +196,7 @@ void ModelTest::furtherInstalledVersionsMarkTheVersion()
 {
     QFETCH(QString, text);
     QCOMPARE(data(QTest::currentDataTag(), 4), QVariant(text));
-    QCOMPARE(Model::text(table->entry(QLatin1String(QTest::currentDataTag())), VersionColumn), text);
+    QCOMPARE(Columns::text(table->entry(QLatin1String(QTest::currentDataTag())), VersionColumn), text);
 }
 
 void ModelTest::theActionIsAnIcon_data()

@@ -1,0 +1,164 @@
+#include "packagetable/Columns.h"
+
+#include <QStringList>
+
+#include "yumio/Package.h"
+#include "yumio/Words.h"
+#include "yumio/YumIO.h"
+
+namespace PackageTable {
+
+namespace {
+
+using Package::Entry;
+
+// --- Texts
+
+template <QString Entry::*member> QString textOf(const Entry& record)
+{
+    return record.*member;
+}
+
+template <auto member> QString wordFor(const Entry& record)
+{
+    return Words::of(record.*member);
+}
+
+QString version(const Entry& record)
+{
+    // A mark when there are further installed versions; the first one below an update is being updated.
+    const Entry* last = record.state == Package::Updatable ? record.next : &record;
+    return last != nullptr && last->next != nullptr ? record.verRel + QLatin1String(" *") : record.verRel;
+}
+
+// --- Pictures, by Package::Action, Package::State and Package::Kind
+
+constexpr const char* actionPictures[Columns::mostPictures] = {"updateBox", "installBox", "removeBox",
+                                                               "noneBox"};
+constexpr const char* statePictures[Columns::mostPictures] = {"out-of-date", nullptr, "up-to-date"};
+constexpr const char* kindPictures[Columns::mostPictures] = {"suite", "group", "package"};
+
+// --- Numbers
+
+// All are compared as numbers of 32 bits with a sign, whatever they are stored as.
+template <auto member> int keyOf(const Entry& record)
+{
+    return static_cast<int>(record.*member);
+}
+
+template <auto member, typename Type> QVariant valueOf(const Entry& record)
+{
+    return static_cast<Type>(record.*member);
+}
+
+// --- Tool tips
+
+QString actionToolTip(const Entry& record, const YumIO&)
+{
+    return Words::explained(record.action);
+}
+
+QString stateToolTip(const Entry& record, const YumIO& backEnd)
+{
+    QStringList lines{record.isExcluded()
+                          ? Columns::tr("Package is installed; the configuration excludes it from updates "
+                                        "and removals")
+                          : Words::explained(record.state)};
+    const YumIO::Replacement replacement = backEnd.replacement(record);
+    if (!replacement.by.isEmpty()) {
+        lines.append(Columns::tr("Replaced by %1").arg(replacement.by.join(QStringLiteral(", "))));
+    }
+    if (!replacement.of.isEmpty()) {
+        lines.append(Columns::tr("Replaces %1").arg(replacement.of.join(QStringLiteral(", "))));
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
+QString kindToolTip(const Entry& record, const YumIO&)
+{
+    return Words::described(record.kind);
+}
+
+QString versionToolTip(const Entry& record, const YumIO&)
+{
+    QString text;
+    for (const Entry* each = &record; each != nullptr; each = each->next) {
+        text += (each->state == Package::Installed ? Columns::tr("Installed: %1\n")
+                                                   : Columns::tr("Available: %1\n"))
+                    .arg(each->verRel);
+    }
+    return text.trimmed();
+}
+
+// --- The columns
+
+constexpr Columns::Row rows[] = {
+    {ActionColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Action"),
+     QT_TRANSLATE_NOOP("PackageTable::Columns",
+                       "Action to be performed on the package, if any: Update, Install, Remove"),
+     wordFor<&Entry::action>, actionPictures, false, keyOf<&Entry::action>, valueOf<&Entry::action, int>,
+     actionToolTip},
+    {StateColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "State"),
+     QT_TRANSLATE_NOOP("PackageTable::Columns", "Indicates whether the package is Installed or not and, if "
+                                                "installed, whether it is Up-to-date or not"),
+     wordFor<&Entry::state>, statePictures, false, keyOf<&Entry::state>, valueOf<&Entry::state, int>,
+     stateToolTip},
+    {KindColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Kind"),
+     QT_TRANSLATE_NOOP(
+         "PackageTable::Columns",
+         "Whether the package is an ordinary package, a suite of packages, or a group of packages"),
+     wordFor<&Entry::kind>, kindPictures, true, keyOf<&Entry::kind>, valueOf<&Entry::kind, int>, kindToolTip},
+    {NameColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Name"),
+     QT_TRANSLATE_NOOP("PackageTable::Columns", "Name of the package"), textOf<&Entry::name>, nullptr, true,
+     nullptr, nullptr, nullptr},
+    {VersionColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Version"),
+     QT_TRANSLATE_NOOP("PackageTable::Columns",
+                       "Version and release of the package as version-release;\n"
+                       "If the Epoch is non-zero, includes it as epoch:version-release"),
+     version, nullptr, true, nullptr, nullptr, versionToolTip},
+    {RepositoryColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Repository"),
+     QT_TRANSLATE_NOOP("PackageTable::Columns",
+                       "Repository from which the most recent version of the package is available"),
+     textOf<&Entry::repo>, nullptr, true, nullptr, nullptr, nullptr},
+    {ArchitectureColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Architecture"),
+     QT_TRANSLATE_NOOP(
+         "PackageTable::Columns",
+         "Architecture for which the package is applicable, or \"noarch\" for general-purpose packages"),
+     textOf<&Entry::arch>, nullptr, true, nullptr, nullptr, nullptr},
+    {SizeColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Size"),
+     QT_TRANSLATE_NOOP("PackageTable::Columns", "Size of the package"), textOf<&Entry::sizeText>, nullptr,
+     true, keyOf<&Entry::size>, valueOf<&Entry::size, qint64>, nullptr},
+    {BuildTimeColumn, QT_TRANSLATE_NOOP("PackageTable::Columns", "Build Time"),
+     QT_TRANSLATE_NOOP("PackageTable::Columns", "Date and time at which the package was created"),
+     textOf<&Entry::buildTimeText>, nullptr, true, keyOf<&Entry::buildTime>,
+     valueOf<&Entry::buildTime, quint64>, nullptr},
+};
+
+constexpr bool inOrder()
+{
+    for (int column = 0; column < ColumnCount; ++column) {
+        if (rows[column].column != column) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static_assert(sizeof rows / sizeof *rows == ColumnCount, "each column has its row");
+static_assert(inOrder(), "the rows are in the order of the enumeration");
+
+} // namespace
+
+const Columns::Row* const Columns::all = rows;
+
+QString Columns::title(int column)
+{
+    return tr(rows[column].title);
+}
+
+QString Columns::toolTip(int column)
+{
+    return tr(rows[column].toolTip);
+}
+
+} // namespace PackageTable
