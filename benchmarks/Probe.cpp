@@ -1,9 +1,9 @@
-// Measures the built program from inside: Qt loads this plug-in into it (QT_QPA_GENERIC_PLUGINS=probe), so
-// that the program itself needs nothing for it.
+// Measures the program from inside. Qt loads this plug-in (QT_QPA_GENERIC_PLUGINS=probe), so the program
+// needs no code for it.
 //
-// It waits for the filled table, then acts as a user does, takes times, and compares each with a plain loop
-// over the same data in the same process. What it finds goes to the file that VYRE_PROBE names, as JSON; then
-// the program is ended. Everything runs on the graphical thread.
+// It waits for the filled table, then acts as a user does and measures times. It compares each with a plain
+// loop over the same data in the same process. It writes the results as JSON to the file that VYRE_PROBE
+// names, and then ends the program. Everything runs on the graphical thread.
 
 #include <QApplication>
 #include <QComboBox>
@@ -97,8 +97,8 @@ public:
     }
 
 private Q_SLOTS:
-    // How long the graphical thread left its loop alone while it waited for a worker: there are two loops
-    // then.
+    // Records the time between two passes of the graphical thread through its event loop while it waits for a
+    // worker. It is then in a second, nested loop.
     void beat()
     {
         const double now = monotonic();
@@ -140,7 +140,7 @@ private Q_SLOTS:
                 modeCombo = combo->itemText(1) == QLatin1String("Search") ? combo : modeCombo;
             }
         }
-        QTimer::singleShot(500, this, SLOT(run())); // when all is quiet
+        QTimer::singleShot(500, this, SLOT(run())); // when the program is idle
     }
 
     void run()
@@ -184,7 +184,7 @@ private:
         painted = false;
         const double start = monotonic();
         action();
-        view->viewport()->update(); // also where nothing has changed
+        view->viewport()->update(); // even if nothing has changed
         while (!painted) {
             QApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
@@ -380,10 +380,10 @@ class ProbePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "Probe.json")
 
 public:
-    // Plug-ins are made before the application object is whole: the probe waits for the event loop.
+    // Qt makes plug-ins before the application object is complete, so the probe waits for the event loop.
     QObject* create(const QString&, const QString&) override
     {
-        auto* starter = new QObject; // the application deletes what plug-ins made
+        auto* starter = new QObject; // the application deletes the objects of plug-ins
         QTimer::singleShot(0, starter, [starter] { new Probe(starter); });
         return starter;
     }

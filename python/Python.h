@@ -1,4 +1,4 @@
-// The embedded Python 3 interpreter: starts it, runs snippets, looks up dotted names, calls functions and
+// The embedded Python 3 interpreter. Starts it, runs snippets, looks up dotted names, calls functions and
 // methods, converts strings, and handles the exceptions of these calls.
 //
 // The back end derives from it and is the only object of this class. Any thread may call it while it holds

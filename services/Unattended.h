@@ -24,7 +24,7 @@ protected:
 bool is();
 
 // From now on is() returns true, and all waiters give up. Graphical thread. If the display is lost, report
-// everything that is logged; if somebody has asked the program to end, report only faults.
+// everything that is logged; if a signal has asked the program to end, report only faults.
 enum class Reported { Everything, Faults };
 void begin(Reported what = Reported::Everything);
 

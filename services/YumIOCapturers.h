@@ -32,9 +32,9 @@ public:
     // Reads the remaining output. The worker does not wait for it.
     ~YumIOCapturersMinion() override;
 
-    // Does the work of every such object of the process without an event loop: reads the available output,
-    // and stops watching where the worker has asked for it. For a graphical thread that does not return to
-    // its event loop.
+    // Does the work of every such object without an event loop: reads the available output, and stops
+    // watching where the worker has asked for it. The graphical thread calls it if it does not return to its
+    // event loop.
     static void serveAll();
 
     // Starts watching the pipes. Does not wait.

@@ -38,8 +38,8 @@ QPalette makeOK(const QPalette& palette);
 // background. Then it is "#rrggbb" of the same hue, as light as necessary.
 QString readable(const QString& name, const QColor& background);
 
-// The text colour of a disabled item: the name itself, except if it would be more conspicuous on a dark
-// background than the colour of an enabled item. Then it is half way between that colour and the background.
+// The text colour of a disabled item, usually the name itself. On a dark background that colour may be more
+// conspicuous than the colour of an enabled item. Then it is half way between the latter and the background.
 QString readableDisabled(const QString& name, const QString& enabledName, const QColor& background);
 
 } // namespace Colors

@@ -1,6 +1,5 @@
-// Defines what a secret in a text is, in one place for the whole program. It finds the passwords of URLs and
-// of configuration options, hides them in messages, masks them in edits and removes them from URLs for other
-// programs.
+// The only definition of the secrets in a text. It finds the passwords of URLs and of configuration options,
+// hides them in messages, masks them in edits and removes them from URLs for other programs.
 //
 // Any thread; no state. The time is proportional to the length of the text.
 

@@ -1,5 +1,5 @@
-// How large a configuration file of the package manager may be, and how large one repository in it, for the
-// program and the script to read them.
+// The maximum size of a configuration file of the package manager, and of one repository in it. Larger ones
+// are not read.
 //
 // Any thread; constants. The program and the script use the same limits, so that both know the same
 // repositories.

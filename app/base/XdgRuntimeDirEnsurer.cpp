@@ -104,7 +104,7 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
         (void)mkdirat(parent, name, onlyForOwner);
         if (!open(name)) {
             // The directory belongs to another user, or others may enter it. If the longer name does not fit
-            // into the buffer, there is no directory.
+            // into the buffer, no directory is used.
             const int end =
                 std::snprintf(created + length, sizeof created - static_cast<size_t>(length), ".XXXXXX");
             if (static_cast<size_t>(length + end) >= sizeof created || mkdtemp(created) == nullptr ||

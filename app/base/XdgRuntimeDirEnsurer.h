@@ -10,9 +10,9 @@ class XdgRuntimeDirEnsurer
 {
 public:
     // Sets XDG_RUNTIME_DIR if it is unset or empty, and makes the directory (mode 0700) below TMPDIR, or
-    // below "/tmp" if TMPDIR is unset. Anyone can make a directory of that name in "/tmp", so an existing one
-    // is used only if it belongs to this user, has that mode and is not a link. Otherwise the directory gets
-    // an unpredictable name.
+    // below "/tmp" if TMPDIR is unset. Anyone can make a directory of that name in "/tmp". So an existing one
+    // must belong to this user, have that mode and not be a link. Otherwise the directory gets an
+    // unpredictable name.
     XdgRuntimeDirEnsurer();
     // Removes the directory and its contents, even if it existed before. Links are not followed, and mounted
     // directories keep their contents.

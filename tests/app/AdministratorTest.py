@@ -597,7 +597,7 @@ class AdministratorTest(unittest.TestCase):
         self.vyre()
         self.quit()
 
-    def test_a_limit_that_cannot_be_set_back_is_refused(self):
+    def test_a_limit_that_cannot_be_reset_is_refused(self):
         self.record_what_vyre_is_given()
         for option, name in (('--fsize=65536', 'the size of files'), ('--cpu=100', 'processor time'),
                              ('--as=2000000000', 'the address space'), ('--data=1000000000', 'the size of data'),
@@ -606,7 +606,7 @@ class AdministratorTest(unittest.TestCase):
                 done = run('prlimit', option, 'setpriv', '--bounding-set=-sys_resource', ADMIN, check=False,
                            env=dict(self.display.client['env'], PKEXEC_UID=str(UID)))
                 self.assertEqual((done.returncode, done.stderr),
-                                 (1, 'vyre-admin: the limit on {} cannot be set back\n'.format(name)))
+                                 (1, 'vyre-admin: the limit on {} cannot be reset\n'.format(name)))
                 self.assertIsNone(self.system.record())
         # Where there is nothing to set back, nothing is refused.
         run('setpriv', '--bounding-set=-sys_resource', ADMIN, env={'PKEXEC_UID': str(UID)})
@@ -819,13 +819,13 @@ class AdministratorTest(unittest.TestCase):
         os.symlink('/usr/bin/pkexec', programs + '/pkexec')
         self.let_user_in_without_cookie()
         self.start(password=None, PATH=programs)
-        self.check_not_started('vyre-admin: root cannot be let to the display {}: there is no cookie for it, and no '
-                               'program xhost\n'.format(self.display.name))
+        self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
+                               'xhost is missing\n'.format(self.display.name))
 
     def test_a_user_whom_the_display_does_not_let_in_gets_one_message(self):
         self.start(password=None)
-        self.check_not_started('vyre-admin: root cannot be let to the display {}: there is no cookie for it, and xhost '
-                               'has failed\n'.format(self.display.name))
+        self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
+                               'xhost has failed\n'.format(self.display.name))
 
     def test_a_display_that_is_gone_is_told_by_vyre(self):
         cookies = os.path.join(self.system.home, '.Xauthority')
@@ -841,7 +841,7 @@ class AdministratorTest(unittest.TestCase):
 
     def test_without_pkexec_there_is_one_message(self):
         self.start(password=None, PATH='/nowhere')
-        self.check_not_started('vyre-admin: there is no program pkexec; root can start VYRE by the command vyre\n')
+        self.check_not_started('vyre-admin: the program pkexec is missing; root can start VYRE with the command vyre\n')
 
     # Who needs not be asked
 

@@ -77,7 +77,7 @@ class TryOnTest(unittest.TestCase):
             pass
         done = self.run_tool('true')
         self.assertEqual((done.returncode, done.stderr),
-                         (1, 'try-on: {} is no whole tree of sid that try-on has made\n'.format(self.tree)))
+                         (1, 'try-on: {} is not a complete tree of sid made by try-on\n'.format(self.tree)))
         self.assertEqual(os.listdir(self.tree), ['letter'])
         self.assertEqual(stat.S_IMODE(os.stat(self.tree).st_mode), 0o755)
 
@@ -85,7 +85,7 @@ class TryOnTest(unittest.TestCase):
         self.assertEqual(self.run_tool('true').returncode, 0)
         done = self.run_tool('true', suite='trixie')
         self.assertEqual((done.returncode, done.stderr),
-                         (1, 'try-on: {} is no whole tree of trixie that try-on has made\n'.format(self.tree)))
+                         (1, 'try-on: {} is not a complete tree of trixie made by try-on\n'.format(self.tree)))
 
     def test_the_suite_must_be_a_name(self):
         for suite in ('../sid', '-x', '', 'SID'):

@@ -193,7 +193,7 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void moduleCannotBeRegisteredOnceTheInterpreterRuns()
+    void moduleCannotBeRegisteredWhileTheInterpreterRuns()
     {
         RecordingPython python;
         QVERIFY(python.initialize());

@@ -193,7 +193,7 @@ private Q_SLOTS:
         QVERIFY(found == wanted.get());
     }
 
-    void lookupBorrows()
+    void lookupReturnsABorrowedReference()
     {
         const PyRef wanted(python->pyr("thing"));
         const Py_ssize_t before = Py_REFCNT(wanted.get());

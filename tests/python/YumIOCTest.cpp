@@ -207,7 +207,7 @@ private Q_SLOTS:
         target.reset();
     }
 
-    void moduleHasTheNineteenFunctionsAndNoText()
+    void moduleHasNineteenFunctionsTwoLimitsAndNoDescription()
     {
         QCOMPARE(python->text("yumIOC.__name__"), QStringLiteral("yumIOC"));
         QCOMPARE(python->text("yumIOC.__doc__"), QStringLiteral("None"));
@@ -344,7 +344,7 @@ private Q_SLOTS:
         QCOMPARE(other.calls.size(), 2);
     }
 
-    void callsAfterTheBackEndsEndRaise()
+    void callsAfterTheEndOfTheBackEndRaise()
     {
         target.reset();
         QCOMPARE(raised("yumIOC.rpmtransDel()"),

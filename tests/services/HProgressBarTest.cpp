@@ -40,7 +40,7 @@ private Q_SLOTS:
     void hoveringInTheActiveWindowRequestsATip();
     void toolTipEventGivesThePosition();
     void inactiveWindowRequestsNoTip();
-    void alwaysShowToolTipsWorksInAnInactiveWindow();
+    void attributeRequestsATipInAnInactiveWindowToo();
 };
 
 void HProgressBarTest::textJoinsActivityAndPercentage()
@@ -134,7 +134,7 @@ void HProgressBarTest::inactiveWindowRequestsNoTip()
     QCOMPARE(spy.count(), 0);
 }
 
-void HProgressBarTest::alwaysShowToolTipsWorksInAnInactiveWindow()
+void HProgressBarTest::attributeRequestsATipInAnInactiveWindowToo()
 {
     QWidget window;
     window.setAttribute(Qt::WA_AlwaysShowToolTips);

@@ -70,7 +70,7 @@ private Q_SLOTS:
     void textThatFitsOnTheScreenIsShownWhole();
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
-    void longTextIsReachedByKeyboard();
+    void keysScrollALongText();
     void textCanBeCopied();
 };
 
@@ -278,7 +278,7 @@ void ScrollableDialogsTest::longTextScrollsInsideTheScreen()
     }
 }
 
-void ScrollableDialogsTest::longTextIsReachedByKeyboard()
+void ScrollableDialogsTest::keysScrollALongText()
 {
     ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr);
     dialog.show();

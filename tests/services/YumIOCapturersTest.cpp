@@ -155,7 +155,7 @@ private Q_SLOTS:
 
     void largeOutputOfAChildArrivesCompletely();
     void writersThatOutrunTheReaderLoseNothing();
-    void textIsHandedOverInTheGraphicalThread();
+    void textIsDeliveredOnTheGraphicalThread();
     void lastOutputOfAChildArrives();
     void outputJustBeforeTheEndArrivesBeforeTheEnd();
     void endOfEachCaptureIsReportedAfterItsLastOutput();
@@ -256,7 +256,7 @@ void YumIOCapturersTest::writersThatOutrunTheReaderLoseNothing()
     QCOMPARE(countDescriptors(), descriptors);
 }
 
-void YumIOCapturersTest::textIsHandedOverInTheGraphicalThread()
+void YumIOCapturersTest::textIsDeliveredOnTheGraphicalThread()
 {
     Receiver receiver;
     runOnWorker([&] {

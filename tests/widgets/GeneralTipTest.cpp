@@ -228,7 +228,7 @@ void GeneralTipTest::placement_data()
     QTest::newRow("left of the screen") << contents << QPoint(-900, 100) << QPoint(0, 116);
     QTest::newRow("above the screen") << contents << QPoint(100, -900) << QPoint(102, 0);
     QTest::newRow("wider than the screen") << QSize(w, 100) << QPoint(300, 200) << QPoint(0, 216);
-    QTest::newRow("higher than the screen") << QSize(200, h) << QPoint(300, 200) << QPoint(302, h - (h + 10));
+    QTest::newRow("taller than the screen") << QSize(200, h) << QPoint(300, 200) << QPoint(302, h - (h + 10));
 }
 
 void GeneralTipTest::placement()

@@ -12,7 +12,7 @@ private Q_SLOTS:
     void returnAndEnterDoNotPressTheDefaultButton();
     void returnAndEnterArePassedOn_data();
     void returnAndEnterArePassedOn();
-    void theInputFieldStillSeesReturn();
+    void theInputFieldStillReceivesReturn();
     void escapeStillCancels();
 };
 
@@ -63,7 +63,7 @@ void HDialogTest::returnAndEnterArePassedOn()
     QVERIFY(!event.isAccepted());
 }
 
-void HDialogTest::theInputFieldStillSeesReturn()
+void HDialogTest::theInputFieldStillReceivesReturn()
 {
     HDialog dialog;
     QVBoxLayout* column = new QVBoxLayout(&dialog);

@@ -55,8 +55,8 @@ class HSortFilterProxyModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void valuesOfAType_data();
-    void valuesOfAType();
+    void valuesAreComparedByType_data();
+    void valuesAreComparedByType();
     void theLeftValueChoosesTheType();
     void anIndexWithoutModelHasNoValue();
     void equalRowsAreOrderedByTheSecondColumn();
@@ -78,7 +78,7 @@ private Q_SLOTS:
     void aDeletedSourceIsNotUsed();
 };
 
-void HSortFilterProxyModelTest::valuesOfAType_data()
+void HSortFilterProxyModelTest::valuesAreComparedByType_data()
 {
     QTest::addColumn<QVariantList>("given");
     QTest::addColumn<QVariantList>("expected");
@@ -107,7 +107,7 @@ void HSortFilterProxyModelTest::valuesOfAType_data()
     row("no value as empty text", {"a", QVariant(QString())});
 }
 
-void HSortFilterProxyModelTest::valuesOfAType()
+void HSortFilterProxyModelTest::valuesAreComparedByType()
 {
     QFETCH(QVariantList, given);
     QFETCH(QVariantList, expected);

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Shows with the real rpm and the real dnf that the sandbox has the properties it is made for."""
+"""Tests with the real rpm and the real dnf that the sandbox has the intended properties."""
 
 import collections
 import logging
@@ -56,8 +56,8 @@ def copy_original():
 
 
 class OwnProcess(object):
-    """The server of a sandbox in a process of its own: dnf in this process would not let it answer, because it
-    keeps the interpreter's lock while it downloads."""
+    """The server of a sandbox in its own process. In this process dnf would block it, because dnf holds the interpreter
+    lock while it downloads."""
 
     def __init__(self, sandbox):
         self.process = subprocess.Popen(
@@ -81,13 +81,13 @@ class SandboxTest(unittest.TestCase):
         return sandbox
 
     def served(self):
-        """A copy of which the server runs."""
+        """A copy with a running server."""
         sandbox = self.copied()
         self.addCleanup(OwnProcess(sandbox).stop)
         return sandbox
 
     def base(self, sandbox, groups=False):
-        """A dnf base with everything loaded that lasts as long as the test."""
+        """A fully loaded dnf base for the length of the test."""
         context = configured_base(sandbox.root)
         base = context.__enter__()
         self.addCleanup(context.__exit__, None, None, None)
@@ -97,7 +97,7 @@ class SandboxTest(unittest.TestCase):
         return base
 
     def transaction(self, base):
-        """What the resolved transaction does, as pairs of action and package."""
+        """The steps of the resolved transaction, as pairs of action and package."""
         return {(item.action_name, str(item.pkg)) for item in base.transaction}
 
     def apply(self, base):
@@ -107,8 +107,8 @@ class SandboxTest(unittest.TestCase):
     def rpm(self, sandbox, *arguments):
         command = ["rpm", "--root", sandbox.root, "--define", "_dbpath /var/lib/rpm"] + list(arguments)
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        # Where rpm is not the distribution's own tool it starts with lines of advice. Newer versions say that
-        # scriptlets of another root see the real /tmp.
+        # On a system of another package manager, rpm begins with lines of advice. Newer versions warn that scriptlets
+        # of another root see the real /tmp.
         errors = re.sub(r"(?m)^(rpm: .*|warning: private mounts in chroot not implemented)\n", "", done.stderr.decode())
         return Outcome(done.returncode, done.stdout.decode(), errors)
 
@@ -124,7 +124,7 @@ class SandboxTest(unittest.TestCase):
 
 
 class QueryTest(unittest.TestCase):
-    """What dnf sees of an unchanged sandbox."""
+    """An unchanged sandbox, as dnf reads it."""
 
     @classmethod
     def setUpClass(cls):
@@ -160,7 +160,7 @@ class QueryTest(unittest.TestCase):
     def test_release_version_is_found_in_the_root(self):
         self.assertEqual(dnf.rpm.detect_releasever(self.sandbox.root), "9")
 
-    def test_rpm_and_dnf_agree_about_what_is_installed(self):
+    def test_rpm_and_dnf_agree_on_the_installed_packages(self):
         seen = {str(package) for package in self.base.sack.query().installed()}
         self.assertEqual(self.sandbox.installed(), seen)
         self.assertGreater(len(seen), 40)
@@ -173,7 +173,7 @@ class QueryTest(unittest.TestCase):
         flags = {
             repo.id: (repo.enabled, repo.gpgcheck, repo.baseurl[0].split(":")[0])
             for repo in self.base.repos.all()}
-        # Reading an unreachable repository that may be skipped disables it.
+        # When dnf reads an unreachable repository that may be skipped, dnf disables it.
         self.assertEqual(flags, {
             "sandbox-http": (True, False, "http"), "sandbox-file": (True, False, "file"),
             "sandbox-updates": (True, False, "http"), "sandbox-disabled": (False, False, "file"),
@@ -311,10 +311,10 @@ class QueryTest(unittest.TestCase):
 
 
 class ExtrasTest(SandboxTest):
-    """The repositories that are used by those who ask for them."""
+    """The repositories that a test must ask for."""
 
     def extra(self, name, groups=False):
-        """A base that knows this repository only."""
+        """A base with only this repository."""
         sandbox = self.copied()
         directory = os.path.join(sandbox.root, "etc/yum.repos.d")
         for file in os.listdir(directory):
@@ -331,7 +331,7 @@ class ExtrasTest(SandboxTest):
         with open(os.path.join(original.repository(name), "repodata/repomd.xml")) as stream:
             return re.findall('<data type="([^"]+)">', stream.read())
 
-    def test_nobody_uses_them_who_does_not_ask(self):
+    def test_the_root_does_not_use_them_by_default(self):
         sandbox = self.copied()
         names = os.listdir(os.path.join(sandbox.root, "etc/yum.repos.d"))
         self.assertEqual([name for name in names if name.startswith("extra-")], [])
@@ -343,7 +343,7 @@ class ExtrasTest(SandboxTest):
         self.assertEqual({(module.getName(), module.getStream()) for module in container.getModulePackages()},
                          {("grove", "0"), ("grove", "1"), ("grove", "2"), ("orangery", "5"), ("tidepool", "7")})
         self.assertEqual(container.getDefaultStream("grove"), "1")
-        # The packages of other streams are not to be had, nor is the newer one without a module.
+        # The packages of other streams and the newer package without a module are not available.
         self.assertEqual(self.available(base), {
             "grove-cli-1.4-1.module+1.noarch", "grove-data-1.4-1.module+1.noarch", "grove-map-1.0-1.noarch",
             "grove-axe-1.0-1.noarch"})
@@ -354,7 +354,7 @@ class ExtrasTest(SandboxTest):
         self.assertEqual([advisory.id for package in packages
                           for advisory in package.get_advisories(hawkey.EQ)], ["LSA-2024-021"])
 
-    def test_metadata_in_zchunk_beside_the_usual(self):
+    def test_metadata_in_zchunk_beside_the_usual_ones(self):
         self.assertLessEqual({"primary", "primary_zck", "filelists_zck", "other_zck"},
                              set(self.documents("extra-zchunk")))
         self.assertEqual(self.available(self.extra("extra-zchunk")), {"chunky-1.0-1.noarch"})
@@ -403,7 +403,7 @@ class ResolveTest(SandboxTest):
         with self.assertRaises(dnf.exceptions.DepsolveError):
             self.resolve_install(*names)
 
-    def test_dependencies_of_all_kinds_come_along(self):
+    def test_dependencies_of_all_kinds_are_installed(self):
         self.assertEqual(self.resolve_install("orchard"), {
             "orchard-3.0-1.x86_64", "libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64", "orchard-lang-3.0-1.noarch",
             "orchard-plugins-3.0-1.noarch", "orchard-thumbnails-3.0-1.noarch"})
@@ -421,7 +421,7 @@ class ResolveTest(SandboxTest):
         self.assert_unresolvable("sandstone")
         self.assertEqual(self.resolve_install("tern-mta"), {"tern-mta-1.0-1.noarch"})
 
-    def test_unused_dependency_goes_with_its_user(self):
+    def test_unused_dependency_is_removed_with_its_user(self):
         base = self.base(self.served())
         base.remove("trellis-editor")
         base.resolve(allow_erasing=True)
@@ -448,7 +448,7 @@ class ResolveTest(SandboxTest):
 
 
 class TransactionTest(SandboxTest):
-    """Transactions that are carried out by dnf or rpm."""
+    """Transactions that dnf or rpm runs."""
 
     def test_dnf_updates_everything(self):
         sandbox = self.served()
@@ -480,7 +480,7 @@ class TransactionTest(SandboxTest):
     def install(self, sandbox, name, *options):
         return self.rpm(sandbox, "-i", *(options + (self.file(sandbox, "sandbox-http", name),)))
 
-    def test_scriptlets_speak_on_both_streams(self):
+    def test_scriptlets_print_on_both_streams(self):
         sandbox = self.copied()
         installing = self.install(sandbox, "chatterbox-1.0-1.noarch.rpm")
         erasing = self.rpm(sandbox, "-e", "chatterbox")
@@ -526,7 +526,7 @@ class TransactionTest(SandboxTest):
         outcome = self.install(self.copied(), "slowpoke-1.0-1.noarch.rpm")
         self.assertEqual(outcome.output, "slowpoke: step 1\nslowpoke: step 2\nslowpoke: step 3\n")
 
-    def test_scriptlets_that_wait_while_there_is_a_file(self):
+    def test_scriptlets_that_wait_for_the_removal_of_a_file(self):
         sandbox = self.copied()
         outcome = self.rpm(sandbox, "-U", self.file(sandbox, "sandbox-updates", "doorkeeper-1.1-1.noarch.rpm"))
         self.assertEqual(outcome.output, "doorkeeper: begin\ndoorkeeper: end\ndoorkeeper-1.0: gone\n")
@@ -731,7 +731,7 @@ class ServerTest(SandboxTest):
         del faults[self.index]
         self.assertEqual(self.fetch(sandbox, self.index), (200, content))
 
-    def test_dnf_meets_a_fault(self):
+    def test_fault_makes_dnf_fail(self):
         sandbox = self.copied()
         package = "/sandbox-http/gargantua-1.0-1.noarch.rpm"
         sandbox.server.faults[package] = server.status(404)
@@ -749,7 +749,7 @@ class ServerTest(SandboxTest):
         self.assertEqual(status, 0, output)
         self.assertEqual(len([path for path in sandbox.server.paths(200) if "/tilepack-" in path]), 8)
 
-    def test_a_hanging_request_does_not_hold_up_the_stop(self):
+    def test_a_hanging_request_does_not_delay_the_stop(self):
         sandbox = self.copied()
         sandbox.server.faults[self.index] = server.hang()
         connection = socket.create_connection(("127.0.0.1", sandbox.server.port))
@@ -777,11 +777,11 @@ class ServerTest(SandboxTest):
         self.assertEqual(sandbox.server.paths(200).count(self.index), 2)
 
     def make_caches(self, sandbox):
-        """Fills the cache of the command dnf and that of VYRE, as far as they are not fresh."""
+        """Fills the caches of the command dnf and of VYRE, unless they are fresh."""
         for place in ("/var/cache/dnf", "/var/cache/yum"):
             with open(sandbox.root + "/etc/yum.conf", "w") as stream:
                 stream.write("[main]\nmetadata_expire=86400\ncachedir=%s\n" % place)
-            # Unlike a query, an update does not make do with what has expired.
+            # Unlike a query, an update does not use expired metadata.
             output = self.dnf(sandbox, "--assumeno", "update", "abacus-cli")[1]
             self.assertIn("3.3.0-2", output)
             self.assertIn("sandbox-http.solv", os.listdir(sandbox.root + place))
@@ -857,7 +857,7 @@ class CommandLineTest(SandboxTest):
             with self.assertRaises(ConnectionRefusedError):
                 socket.create_connection(("127.0.0.1", self.port(sandbox)))
 
-    def test_errors_are_told(self):
+    def test_errors_are_reported(self):
         outcome = self.run_sandbox("list", workspace)
         self.assertEqual((outcome.status, outcome.output), (1, ""))
         self.assertIn("holds no sandbox", outcome.errors)

@@ -1,4 +1,4 @@
-"""Throw-away system roots with repositories, on which VYRE is shown and tested."""
+"""Temporary system roots with repositories, for demonstrations and tests of VYRE."""
 
 import functools
 import sys
@@ -9,14 +9,14 @@ __all__ = ["Sandbox", "make", "needs_groups"]
 
 
 def make(directory):
-    """Makes a sandbox from nothing in a directory that does not exist yet; returns it."""
-    from .maker import make as make_sandbox  # needs dnf and rpm, which users of a made sandbox may lack
+    """Makes a sandbox in a directory that does not exist yet; returns it."""
+    from .maker import make as make_sandbox  # needs dnf and rpm, which users of an existing sandbox may lack
 
     return make_sandbox(directory)
 
 
 def needs_groups(test):
-    """For a method of a test that has a sandbox: skips it, and prints why, where dnf cannot read groups."""
+    """Decorates a test method with a sandbox: skips it, and prints the reason, if dnf cannot read groups."""
     @functools.wraps(test)
     def run(self, *arguments):
         reason = self.sandbox.without_groups

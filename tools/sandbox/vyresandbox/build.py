@@ -15,7 +15,7 @@ _MONTHS = ("Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct",
 
 
 def run(command, **options):
-    """Runs a command quietly; its output is part of the exception when it fails."""
+    """Runs a command; an exception contains its output if it fails."""
     done = subprocess.run(
         command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
     if done.returncode != 0:
@@ -25,7 +25,7 @@ def run(command, **options):
 
 
 class _SpecFile(object):
-    """Packages that one rpmbuild call makes: all are sub-packages of one source package."""
+    """Packages that one call of rpmbuild makes: all are sub-packages of one source package."""
 
     def __init__(self, name, target, changelog, vendor):
         self.name = name
@@ -37,9 +37,9 @@ class _SpecFile(object):
         self.files = {}
 
     def accepts(self, package):
-        """One spec file has one build root, hence one content for a path, and one package of a name.
+        """One spec file has one build root. So a path has one content, and a name has one package.
 
-        With newer versions of rpm it has one vendor, too.
+        With newer versions of rpm it has one vendor too.
         """
         return package.name not in self.names and all(
             self.files.get(path, content) == content for path, content in package.files.items())
@@ -169,7 +169,7 @@ def build_packages(packages, changelogs, output):
 
 
 class KeyRing(object):
-    """A throw-away GnuPG home with signing keys. It ends its agent when it is left."""
+    """A temporary GnuPG home with signing keys. Its agent ends with it."""
 
     def __enter__(self):
         self._home = tempfile.mkdtemp(prefix="sandbox-gpg-")
@@ -191,7 +191,7 @@ class KeyRing(object):
             env=self._environment)
 
     def sign(self, user, paths):
-        # Where rpm's built-in macros expect another name of the program, they are told the one there is.
+        # rpm's built-in macros may name the program differently, so this sets its real path.
         macros = {"_gpg_name": "=" + user, "_gpg_path": self._home, "__gpg": shutil.which("gpg")}
         command = ["rpmsign"] + list(DBPATH)
         for name, value in macros.items():

@@ -155,7 +155,7 @@ CHANGELOGS = {
 
 
 def _noise(name, size):
-    """Incompressible bytes, the same in every run."""
+    """Random bytes that cannot be compressed, the same in every run."""
     return random.Random(name).getrandbits(8 * size).to_bytes(size, "little")
 
 
@@ -177,7 +177,7 @@ def _plain_packages():
 
 
 def _base_packages(busybox):
-    """The system itself: directories, accounts, the release and a shell for the scriptlets."""
+    """The base system: directories, accounts, the release and a shell for the scriptlets."""
     applets = subprocess.run([busybox, "--list"], stdout=subprocess.PIPE, check=True).stdout.decode().split()
     with open(busybox, "rb") as stream:
         files = {"/bin/busybox": stream.read()}
@@ -207,7 +207,7 @@ def _base_packages(busybox):
 
 
 def _kernels():
-    """A name of which several versions stay installed: two are, a third is to be had."""
+    """A name with several installed versions: two are installed, a third is available."""
     return [
         Package("kernel", version, "The Linux kernel", group="System Environment/Kernel", license="GPL-2.0-only",
                 state=state, repo=repo, changelog=changelog, relations=[("Provides", "installonlypkg(kernel)")],
@@ -224,20 +224,20 @@ def _architectures():
     for arch in ("x86_64", "i686"):
         library = {"arch": arch, "group": "System Environment/Libraries", "license": "LGPL-2.1-or-later"}
         packages += [
-            # Installed for both, updates for both.
+            # Installed for both, with updates for both.
             Package("libcairn", "2.1", "Routines for stacking things", state="user", **library),
             Package("libcairn", "2.2", "Routines for stacking things", repo="updates", changelog="update",
                     **library),
-            # Only available, for both.
+            # Available for both, not installed.
             Package("libmoss", "0.5", "Soft data structures", **library),
-            # Installed for x86_64 alone.
+            # Installed for x86_64 only.
             Package("libslate", "4.0", "Writes and wipes", state="user" if arch == "x86_64" else None, **library),
         ]
     return packages
 
 
 def _versions():
-    """Epochs, and updates that are not simple."""
+    """Epochs, and updates with complications."""
     return [
         Package("quillbase", "2.4", "Data base of pens", epoch=1, state="user", license="MIT"),
         Package("quillbase", "1.0", "Data base of pens", epoch=2, repo="updates", changelog="update", license="MIT"),
@@ -248,7 +248,7 @@ def _versions():
                 relations=[("Requires", "libtide.so.9()(64bit)")]),
         Package("moonbridge", "1.0", "Crosses to the dark side", arch="noarch",
                 relations=[("Requires", "libtide.so.9()(64bit)"), ("Requires", "gravity >= 6")]),
-        # The newer package takes the older one's place.
+        # The newer package replaces the older one.
         Package("oldpost", "1.8", "Mail transport", state="user", group="System Environment/Daemons"),
         Package("newpost", "2.0", "Mail transport, rewritten", repo="updates", changelog="update",
                 group="System Environment/Daemons",
@@ -257,9 +257,9 @@ def _versions():
 
 
 def _relations():
-    """Dependencies of every kind."""
+    """Dependencies of all kinds."""
     return [
-        # libtrellis came in for trellis-editor alone and goes with it.
+        # libtrellis is installed only for trellis-editor and is removed with it.
         Package("trellis-editor", "1.2", "Text editor", state="user", group="Applications/Editors",
                 relations=[("Requires", "libtrellis >= 1")]),
         Package("libtrellis", "1.2", "Text buffers", state="dependency", group="System Environment/Libraries"),
@@ -280,7 +280,7 @@ def _relations():
                 relations=[("Conflicts", "gull-mta"), ("Provides", "mail-transport")]),
         Package("gull-mta", "1.0", "Mail transport for cliffs", arch="noarch",
                 relations=[("Conflicts", "tern-mta"), ("Provides", "mail-transport")]),
-        # Conflicts with something installed.
+        # Conflicts with an installed package.
         Package("sandstone", "1.0", "Soft replacement of granite", arch="noarch",
                 relations=[("Conflicts", "libgranite")]),
     ]
@@ -302,7 +302,7 @@ def _scriptlets():
     sections = ("pre", "post", "preun", "postun")
     talk = {section: _talk("chatterbox", section) for section in sections}
     return [
-        # Not installed, and installed with an update: installing, updating and erasing all have something to say.
+        # One is not installed, one is installed and has an update: installation, update and removal all print texts.
         Package("chatterbox", "1.0", "Tells what it is doing", arch="noarch", scripts=talk),
         Package("parrot", "1.0", "Repeats what it is doing", arch="noarch", state="user",
                 scripts={section: _talk("parrot-1.0", section) for section in sections}),
@@ -321,7 +321,7 @@ def _scriptlets():
                          "preun": "printf 'halfline: nor after this' >&2"}),
         Package("slowpoke", "1.0", "Takes three seconds to install", arch="noarch",
                 scripts={"post": "for i in 1 2 3; do echo \"slowpoke: step $i\"; sleep 1; done"}),
-        # These go on at once when there is no such file.
+        # These continue at once if the file does not exist.
         Package("doorkeeper", "1.0", "Lets nobody in", arch="noarch", state="user",
                 scripts={"postun": "echo 'doorkeeper-1.0: gone'"}),
         Package("doorkeeper", "1.1", "Installs for as long as there is /tmp/doorkeeper", arch="noarch",
@@ -337,8 +337,7 @@ def _scriptlets():
 
 
 def _wait_while(name):
-    """Shell commands: wait while there is /tmp/NAME, and tell of it by /tmp/NAME.waiting meanwhile; but not for
-    ever."""
+    """Shell commands that wait while /tmp/NAME exists, but not for ever. Meanwhile /tmp/NAME.waiting exists."""
     return ("echo '%(name)s: begin'\n"
             "i=0\n"
             "while [ -e /tmp/%(name)s ] && [ $i -lt 1200 ]; do\n"
@@ -359,14 +358,14 @@ def _conflicting_files():
                 files=palette("inkwell-classic")),
         Package("inkwell-modern", "1.0", "Writing program with fresh colours", arch="noarch",
                 files=palette("inkwell-modern")),
-        # Fights with a file of the installed package busybox.
+        # Conflicts with a file of the installed package busybox.
         Package("vanity-shell", "1.0", "A shell that wants to be the only one", arch="noarch",
                 files={"/bin/sh": "#!/bin/busybox\n"}),
     ]
 
 
 def _texts():
-    """Texts that are hard to show."""
+    """Texts that are difficult to display."""
     paragraph = (
         "Paragraph %d. Whoever reads this far will find that a description may be as long as its author likes, that "
         "no one has ever asked for it to be shorter, and that a window which shows it needs a scroll bar.")
@@ -406,7 +405,7 @@ def _texts():
 
 
 def _downloads():
-    """Packages that take time to download: one large, eight of some hundred KB."""
+    """Packages with a long download: one large package, and eight of some hundred KB."""
     packages = [
         Package("gargantua", "1.0", "Six megabytes of noise", arch="noarch",
                 files={"/usr/share/gargantua/noise.bin": _noise("gargantua", 6 << 20)})]
@@ -420,7 +419,7 @@ def _downloads():
 
 
 def _suites():
-    """A suite is a package of the rpm group "Suite" that brings its members in."""
+    """A suite is a package of the rpm group "Suite" that requires its members."""
     def suite(name, version, summary, members, **fields):
         return Package(name, version, summary, arch="noarch", group="Suite", files={},
                        relations=[("Requires", member) for member in members], **fields)
@@ -439,17 +438,17 @@ def _suites():
 
 
 def _group_members():
-    """Members of the groups below that serve no other purpose."""
+    """Members of the groups below that have no other use."""
     return [
-        # Of the group that is installed according to the history.
+        # Members of the group that is installed according to the history.
         Package("easel", "1.1", "Holds canvases", arch="noarch", state="group"),
         Package("palette-knife", "1.0", "Mixes colours", arch="noarch", state="group"),
         Package("varnish-coat", "1.0", "Finishes pictures", arch="noarch"),
-        # Mandatory member of a group that is not installed, but the package is, and has an update.
+        # Mandatory member of a group that is not installed. The package is installed and has an update.
         Package("loomctl", "1.0", "Controls looms", state="user"),
         Package("loomctl", "1.1", "Controls looms", repo="updates", changelog="update"),
         Package("shuttle", "1.0", "Carries threads"),
-        # Comes with its group only when its condition is installed.
+        # Each is installed with its group only if its condition is installed.
         Package("scribe-lexicon", "1.0", "Word lists for scribe-writer", arch="noarch"),
         Package("scribe-fonts", "1.0", "Typefaces for scribe-writer", arch="noarch"),
     ]
@@ -472,7 +471,7 @@ def _other_repositories():
 
 
 def packages(busybox="/bin/busybox"):
-    """All packages. busybox: the path of a statically linked one on this system."""
+    """All packages. busybox: the path of a statically linked busybox on this system."""
     if not os.path.exists(busybox):
         raise RuntimeError("%s does not exist: is the package busybox-static installed?" % busybox)
     return (

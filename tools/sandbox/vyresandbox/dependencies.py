@@ -1,7 +1,7 @@
 """Stand-ins for the packages of a Fedora-like system that VYRE's own rpm needs.
 
-They carry the names that those packages have there. Those with libraries provide what rpm's generator finds in this
-machine's own libraries, so an rpm that was built here can be installed on top of them, and nothing else is in them.
+They have the same names as those packages. The stand-ins for libraries provide the names that rpm's generator finds in
+this machine's own libraries. So an rpm that was built here can be installed after them. They contain nothing else.
 """
 
 import datetime
@@ -11,7 +11,7 @@ import subprocess
 from .build import build_packages, run
 from .package import Package
 
-# What the linker's cache knows the libraries by.
+# The libraries of each package, by their names in the linker's cache.
 _LIBRARIES = {
     "glibc": ("libc.so.6", "libm.so.6", "ld-linux-x86-64.so.2"),
     "libgcc": ("libgcc_s.so.1",),
@@ -25,7 +25,7 @@ _LIBRARIES = {
     "qt5-qtbase-gui": ("libQt5Gui.so.5", "libQt5Widgets.so.5"),
     "qt5-qtx11extras": ("libQt5X11Extras.so.5",),
 }
-# Those that only a build with sanitizers needs may be missing.
+# Only a build with sanitizers needs these, so they may be missing.
 _OPTIONAL = ("libasan", "libubsan")
 
 _PROGRAMS = {
@@ -40,7 +40,7 @@ _CHANGELOG = {"first": [(datetime.date(2023, 5, 2), "Larkspur Packagers <package
 
 
 def _known_libraries():
-    """Name -> path of this machine's libraries; of two with the same name the first one counts, as for the linker."""
+    """Name -> path of this machine's libraries. The first of several paths counts, as for the linker."""
     known = {}
     for line in run(["/sbin/ldconfig", "-p"]).splitlines()[1:]:
         name, arrow, path = line.strip().partition(" => ")
@@ -74,7 +74,7 @@ def _packages():
             for library in found:
                 provided += _provided(known[library])
         if name == "glibc":
-            provided.append("rtld(GNU_HASH)")  # that of Fedora-like systems says so itself
+            provided.append("rtld(GNU_HASH)")  # on Fedora-like systems the package states this itself
         yield _stand_in(name, {}, [("Provides", text) for text in provided])
     for name, paths in _PROGRAMS.items():
         yield _stand_in(name, {path: "#!/bin/sh\nexit 1\n" for path in paths}, [])

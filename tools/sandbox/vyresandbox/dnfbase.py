@@ -1,4 +1,4 @@
-"""The dnf of this system, pointed at the root of a sandbox."""
+"""The dnf of this system, configured for the root of a sandbox."""
 
 import contextlib
 import os
@@ -13,7 +13,7 @@ import rpm
 
 
 def use_sandbox_database():
-    """Makes this process look for rpm's database where the sandboxes keep it, whatever this system's default."""
+    """Makes this process use the place of rpm's database in the sandboxes instead of this system's default."""
     rpm.addMacro("_dbpath", "/var/lib/rpm")
 
 
@@ -24,7 +24,7 @@ def _move_to_root(conf, root, releasever):
         conf.prepend_installroot(option)
 
 
-# Ends with 0 if dnf finds the only group of a file.
+# Ends with status 0 if dnf finds the only group of a file.
 _FIND_A_GROUP = """\
 import sys
 import dnf.comps
@@ -42,9 +42,9 @@ _COMPS = """\
 
 
 def fault_of_groups():
-    """Why the dnf of this system cannot be used with groups; empty when it can.
+    """The reason why the dnf of this system cannot use groups; empty if it can.
 
-    The libcomps of Debian 13 ends the process or finds no groups, as chance has it. So another process tries.
+    With the libcomps of Debian 13, a process ends or finds no groups, at random. So another process tries it.
     """
     with tempfile.NamedTemporaryFile("w", suffix=".xml") as stream:
         stream.write(_COMPS % ("some-group", "some-package"))
@@ -59,7 +59,7 @@ def fault_of_groups():
 
 @contextlib.contextmanager
 def bare_base(root, releasever):
-    """A dnf.Base for the root without repositories and without the root's own configuration."""
+    """A dnf.Base for the root that has no repositories and has not read the root's configuration."""
     use_sandbox_database()
     with dnf.Base() as base:
         conf = base.conf

@@ -1,13 +1,13 @@
-"""Repositories that only those use who ask for them: what the systems of today have beyond packages and groups.
+"""Repositories that a test must ask for: features of current systems beyond packages and groups.
 
-extra-modules       modules: a default stream, another one, an obsolete one, and plain packages of the same names
+extra-modules       modules: a default stream, another stream, an obsolete stream, and plain packages of the same names
 extra-advisories    updates with advisories
 extra-zchunk        metadata in zchunk format beside the usual ones
 extra-zstd          metadata in zstd format only
 extra-environments  environments, which are groups of groups
 extra-deltas        an update with a delta rpm
 extra-rules         packages for the package manager's rules: rich dependencies, kinds of updates
-extra-rival         some packages of extra-rules once more, newer and equal ones
+extra-rival         some packages of extra-rules again, newer and equal ones
 """
 
 import glob
@@ -26,13 +26,13 @@ REPOSITORIES = ("extra-modules", "extra-advisories", "extra-zchunk", "extra-zstd
 
 PLATFORM = "platform:larkspur9"
 
-# Packages of one change log may be built together, and newer versions of rpm give the label of one to all of them:
-# those of modules have a change log of their own.
+# Packages with one change log may be built together, and newer versions of rpm then give the module label of one
+# package to all of them. So the packages of modules have their own change log.
 CHANGELOGS = {"modular": CATALOGUE_CHANGELOGS["first"]}
 
 
 def _module(name, stream, packages, summary, requires="", profiles=("common",), default=True):
-    """The document of one stream. packages: those of it, the first of which its profiles install."""
+    """The document of one stream. packages: its packages; the profiles install the first one."""
     artifacts = "".join("      - %s-0:%s-%s.%s\n" % (package.name, package.version, package.release, package.arch)
                         for package in packages)
     lists = "".join("    %s:\n      description: The usual packages\n      rpms:\n      - %s\n" % (
@@ -102,18 +102,18 @@ _GROVE = {stream: [_modular("grove-cli", version, "Plants groves", "grove", stre
                             relations=[("Requires", "grove-data = %s" % version)]),
                    _modular("grove-data", version, "Seeds of groves", "grove", stream)]
           for stream, version in (("0", "0.9"), ("1", "1.4"), ("2", "2.2"))}
-# The stream has no default: its packages are found when it is enabled only.
+# The stream has no default: its packages are available only if it is enabled.
 _ORANGERY = [_modular("orangery", "5.0", "Keeps oranges warm", "orangery", "5")]
-# Its default stream needs another stream than the default one of grove.
+# Its default stream needs a stream of grove that is not the default one.
 _TIDEPOOL = [_modular("tidepool", "7.0", "Looks into pools", "tidepool", "7",
                       relations=[("Requires", "grove-cli >= 2")])]
 _PLAIN_MODULES = [
-    # As new as it may be: an active stream with a package of that name hides it.
+    # The newest version. An active stream with a package of that name hides it.
     Package("grove-cli", "3.0", "Plants groves, without a module", repo="extra-modules", arch="noarch"),
-    # Stands beside the packages of the streams.
+    # Coexists with the packages of the streams.
     Package("grove-map", "1.0", "Shows groves", repo="extra-modules", arch="noarch",
             relations=[("Requires", "grove-cli")]),
-    # Cannot be there together with what the default stream brings.
+    # Conflicts with the packages of the default stream.
     Package("grove-axe", "1.0", "Fells groves", repo="extra-modules", arch="noarch",
             relations=[("Conflicts", "grove-data < 2")]),
 ]
@@ -172,7 +172,7 @@ def _rules():
         _rule("stacked", "1", ("Provides", "installonlypkg(stacked)"), files={"/usr/share/stacked/1": "1\n"}),
         _rule("stacked", "2", ("Provides", "installonlypkg(stacked)"), files={"/usr/share/stacked/2": "2\n"}),
         _rule("stacked", "3", ("Provides", "installonlypkg(stacked)"), files={"/usr/share/stacked/3": "3\n"}),
-        # What is installed along with others, and leaves with them.
+        # Dependencies that are installed with others, and removed with them.
         _rule("user-of-part", "1", "part-of-two"),
         _rule("other-user-of-part", "1", "part-of-two"),
         _rule("part-of-two", "1"),
@@ -199,13 +199,13 @@ def _rules():
         ]
     packages += [
         _rule("pair-user", "1", "twin(x86-32)", arch="i686"),
-        # Versions that another repository has too.
+        # Versions that another repository also has.
         _rule("shared", "1"),
         _rule("shared", "2", repo="extra-rival"),
         _rule("shared-later", "1"),
         _rule("shared-later", "2", repo="extra-rival"),
     ]
-    # Each architecture of it can be asked for.
+    # Each architecture of twin can be required.
     for package in packages:
         if package.name == "twin":
             package.relations.append(("Provides", "twin(%s) = %s" % (
@@ -236,7 +236,7 @@ def _others():
 
 
 def packages():
-    """All packages of these repositories; none is installed."""
+    """All packages of these repositories; none of them is installed."""
     return sum(_GROVE.values(), []) + _ORANGERY + _TIDEPOOL + _PLAIN_MODULES + _rules() + _others()
 
 
@@ -270,12 +270,12 @@ _ADVISORY = """<?xml version="1.0" encoding="UTF-8"?>
 
 
 def make_repositories(sandbox, work):
-    """Puts the rpms of work into the directories, and makes the metadata."""
+    """Moves the rpms from work into the directories, and makes the metadata."""
     for name in REPOSITORIES:
         os.makedirs(sandbox.repository(name))
     for package in packages():
         shutil.move(os.path.join(work, package.file_name), sandbox.repository(package.repo))
-    # The very same package in both.
+    # The same package in both repositories.
     shutil.copy(os.path.join(sandbox.repository("extra-rules"), "steady-2-1.noarch.rpm"),
                 sandbox.repository("extra-rival"))
     for name in REPOSITORIES:
@@ -286,7 +286,7 @@ def make_repositories(sandbox, work):
         _pack_with_zstd(os.path.join(sandbox.repository("extra-zstd"), "repodata"))
 
 
-# That of some distributions cannot. One that can unpacks what is given to modifyrepo_c.
+# The createrepo_c of some distributions cannot. One that can unpacks the files given to modifyrepo_c.
 _CREATEREPO_PACKS_WITH_ZSTD = "zstd" in run([CREATEREPO[0], "--help"])
 
 _OPTIONS = {

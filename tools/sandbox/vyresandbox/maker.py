@@ -1,4 +1,4 @@
-"""Makes a sandbox from nothing: rpms, repositories, and a root in which a part of them is installed."""
+"""Makes a sandbox: rpms, repositories, and a root in which some of them are installed."""
 
 import os
 import shutil
@@ -14,7 +14,7 @@ from .build import KeyRing, build_packages, run
 from .dnfbase import bare_base, fault_of_groups
 from .sandbox import CREATEREPO, FILE_REPOSITORIES, HTTP_REPOSITORIES, Sandbox
 
-# Without the plug-ins of the machine that the tests run on: one of them keeps every package that was installed.
+# Plug-ins of the test machine are off: one of them keeps every installed package.
 _MAIN_CONFIGURATION = """\
 [main]
 gpgcheck=1
@@ -27,7 +27,7 @@ plugins=0
 
 
 def make(directory, busybox="/bin/busybox"):
-    """Makes the sandbox and returns it. The directory must not exist, or be empty."""
+    """Makes the sandbox and returns it. The directory must not exist, or it must be empty."""
     directory = os.path.abspath(directory)
     if os.path.isdir(directory) and os.listdir(directory):
         raise RuntimeError("%s is not empty" % directory)
@@ -106,7 +106,8 @@ def _write_comps(path):
 
 
 def _populate_root(sandbox, packages):
-    # What a system has before its first package: the scriptlets need the devices, dnf and rpm the directories.
+    # The contents of a system before its first package: scriptlets need the devices, dnf and rpm need the
+    # directories.
     for name in ("dev", "tmp", "var/cache", "var/log", "var/lib/rpm", "var/lib/dnf"):
         os.makedirs(os.path.join(sandbox.root, name))
     os.chmod(os.path.join(sandbox.root, "tmp"), 0o1777)
@@ -122,8 +123,8 @@ def _populate_root(sandbox, packages):
 
 
 def _redirect_default_database(root):
-    """Lets programs that go by a different default place find the database: some distributions' rpm looks for it
-    in the home directory, and dnf runs rpmkeys without telling it the place."""
+    """Lets programs with a different default place find the database. The rpm of some distributions looks for it in
+    the home directory, and dnf runs rpmkeys without an option for the place."""
     default = run(["rpm", "--eval", "%{_dbpath}"]).strip()
     place = os.path.join(root, default.lstrip("/"))
     if not os.path.lexists(place):
@@ -141,7 +142,7 @@ class _ScriptletErrors(dnf.callback.TransactionProgress):
 
 
 def _install(sandbox, packages):
-    """Installs what the catalogue says through dnf, so that its history knows why each package is there."""
+    """Installs the packages of the catalogue with dnf, so that dnf's history contains the reason for each package."""
     sources = ("sandbox-http", "sandbox-file")
     with bare_base(sandbox.root, catalogue.RELEASE_VERSION) as base:
         for name in sources:
@@ -168,5 +169,6 @@ def _install(sandbox, packages):
             raise RuntimeError("installing failed: " + "\n".join(progress.messages))
     expected = {package.nevra for package in packages if package.state is not None}
     if sandbox.installed() != expected:
-        raise RuntimeError("installed instead of what was to be: %s" % sorted(sandbox.installed() ^ expected))
+        raise RuntimeError("the installed packages are not the expected ones; they differ in: %s" %
+                           sorted(sandbox.installed() ^ expected))
     sandbox.clear_cache()

@@ -1,12 +1,12 @@
-"""One rpm of the sandbox's distribution, as the catalogue describes it."""
+"""One rpm of the sandbox's distribution."""
 
 
 class Package(object):
-    """What one rpm holds and where it goes.
+    """The description of one rpm, and where it goes.
 
-    repo       the repository that carries it: "http", "file", "updates", "disabled" or "signed"
-    state      "user" when it is installed by name, "dependency" when it must come in with another package,
-               "group" when it comes in with an installed group, None when it is only available
+    repo       the repository that contains it: "http", "file", "updates", "disabled" or "signed"
+    state      "user" if it is installed by name, "dependency" if another package must bring it in, "group" if it
+               comes in with an installed group, None if it is only available
     files      path -> text or bytes; a path that ends in "/" is a directory, a value ("->", target) a symbolic
                link
     relations  list of (tag, text): ("Requires", "libcairn >= 2")
@@ -62,7 +62,7 @@ class Package(object):
 
     @property
     def nevra(self):
-        """As dnf writes it: the epoch only when it is not zero."""
+        """In dnf's format, which has the epoch only if it is not zero."""
         return "%s-%s.%s" % (self.name, self.evr, self.arch)
 
     @property

@@ -1,4 +1,4 @@
-"""A made sandbox: its root, its repositories, its server."""
+"""A sandbox: its root, its repositories, its server."""
 
 import os
 import shutil
@@ -10,10 +10,10 @@ from .server import Server
 HTTP_REPOSITORIES = ("sandbox-http", "sandbox-updates", "sandbox-signed")
 FILE_REPOSITORIES = ("sandbox-file", "sandbox-disabled")
 
-# Versions of createrepo_c compress in different ways by themselves; tests that change the metadata unpack these.
+# The default compression depends on the version of createrepo_c. Tests that change the metadata unpack gz.
 CREATEREPO = ("createrepo_c", "--quiet", "--no-database", "--general-compress-type", "gz")
 
-# Nothing listens on the discard port.
+# No program listens on the discard port.
 _CLOSED_PORT = 9
 
 _NAMES = {
@@ -27,15 +27,16 @@ _NAMES = {
 
 
 class Sandbox(object):
-    """A system root and repositories under one directory.
+    """A system root and repositories below one directory.
 
     directory/root  the system root (.root)
     directory/http  the repositories that the server serves
-    directory/file  those that are reached as files
-    directory/more  those that no file of the root names, until use() is called
-    directory/home  the home directory for programs run on the sandbox
+    directory/file  the repositories with file URLs
+    directory/more  the repositories that no file of the root names, until use() is called
+    directory/home  the home directory for programs that run on the sandbox
     directory/without-groups
-                    where dnf cannot read groups, why: the repositories have them, but none is installed in the root
+                    exists if dnf cannot read groups, and contains the reason: the repositories have groups, but none is
+                    installed in the root
 
     As a context manager it starts the server and stops it at the end:
 
@@ -43,8 +44,8 @@ class Sandbox(object):
             subprocess.run(command, env=sandbox.environment())
             assert "/sandbox-http/repodata/repomd.xml" in sandbox.server.paths(200)
 
-    The server answers from threads of this process. dnf keeps the interpreter's lock while it downloads, so it has
-    to run in another process than the server: as a command, or with the server started by "sandbox run".
+    The server answers in threads of this process. dnf holds the interpreter lock while it downloads, so dnf and the
+    server must run in different processes: run dnf as a command, or start the server with "sandbox run".
     """
 
     def __init__(self, directory):
@@ -55,10 +56,10 @@ class Sandbox(object):
 
     @classmethod
     def made(cls, directory):
-        """The sandbox that was made in, or copied to, that directory; RuntimeError when there is none."""
+        """The existing sandbox in that directory; RuntimeError if it contains none."""
         sandbox = cls(directory)
         if not os.path.isdir(os.path.join(sandbox.root, "var/lib/rpm")):
-            raise RuntimeError("%s holds no sandbox" % sandbox.directory)
+            raise RuntimeError("%s does not contain a sandbox" % sandbox.directory)
         return sandbox
 
     def __enter__(self):
@@ -74,7 +75,7 @@ class Sandbox(object):
         return os.path.join(self.directory, kind, name)
 
     def copy(self, directory):
-        """A private copy in a new directory: nothing done to one changes the other."""
+        """A private copy in a new directory. Changes of one do not affect the other."""
         copied = Sandbox(directory)
         if os.path.lexists(copied.directory):
             raise RuntimeError("%s exists already" % copied.directory)
@@ -87,7 +88,7 @@ class Sandbox(object):
 
     @property
     def without_groups(self):
-        """Why no group is installed; empty when they can be used."""
+        """The reason why no group is installed; empty if groups can be used."""
         try:
             with open(os.path.join(self.directory, "without-groups")) as stream:
                 return stream.read()
@@ -105,7 +106,7 @@ class Sandbox(object):
         shutil.rmtree(self.directory)
 
     def start(self):
-        """Starts the server and makes the repository files point at it. A second start uses the same port."""
+        """Starts the server and writes its port into the repository files. A second start uses the same port."""
         if self.server is None:
             self.server = Server.preferring(os.path.join(self.directory, "http"), self._last_port)
             self.server.start()
@@ -114,13 +115,13 @@ class Sandbox(object):
             self.expire_metadata()
 
     def stop(self):
-        """Stops the server; the repository files keep pointing at its port."""
+        """Stops the server; its port stays in the repository files."""
         if self.server is not None:
             self.server.stop()
             self.server = None
 
     def write_repository_files(self):
-        """Writes root/etc/yum.repos.d/*.repo anew, one file per repository."""
+        """Rewrites root/etc/yum.repos.d/*.repo, one file for each repository."""
         port = self.server.port if self.server is not None else self._last_port or _CLOSED_PORT
         for name in HTTP_REPOSITORIES:
             self._write_repository_file(name, "http://127.0.0.1:%d/%s/" % (port, name))
@@ -129,7 +130,7 @@ class Sandbox(object):
         self._write_repository_file("sandbox-unreachable", "http://127.0.0.1:%d/nowhere/" % _CLOSED_PORT)
 
     def use(self, name, *lines):
-        """Makes a repository of directory/more one of the root's; lines: further options."""
+        """Adds a repository of directory/more to the root. lines: additional options."""
         lines = ["[%s]" % name, "name=Sandbox, " + name, "baseurl=file://" + self.repository(name), "enabled=1",
                  "gpgcheck=0"] + list(lines)
         with open(os.path.join(self.root, "etc/yum.repos.d", name + ".repo"), "w") as stream:
@@ -147,7 +148,7 @@ class Sandbox(object):
             stream.write("\n".join(lines) + "\n")
 
     def expire_metadata(self):
-        """Makes dnf ask the repositories again: it goes by the time of the cached files."""
+        """Makes dnf ask the repositories again, by changing the times of the cached files."""
         for cache in self._caches():
             for directory, _, files in os.walk(cache):
                 if os.path.basename(directory) == "repodata":
@@ -155,19 +156,19 @@ class Sandbox(object):
                         os.utime(os.path.join(directory, name), (0, 0))
 
     def clear_cache(self):
-        """Removes all that dnf has downloaded."""
+        """Removes all files that dnf has downloaded."""
         for cache in self._caches():
             shutil.rmtree(cache, ignore_errors=True)
 
     def _caches(self):
-        """That of the command dnf, and that of VYRE."""
+        """The caches of the command dnf and of VYRE."""
         return [os.path.join(self.root, "var/cache", name) for name in ("dnf", "yum")]
 
     def environment(self):
-        """The environment for a program that is to work on this sandbox.
+        """The environment for a program that works on this sandbox.
 
-        The home directory is one of the sandbox's own, so that settings do not mix with the user's; it also tells
-        rpm's tools where the database is, because the default of some distributions is in the home directory.
+        The home directory belongs to the sandbox, so that its settings do not mix with the user's. It also contains the
+        place of the database for rpm's tools, because the default of some distributions is in the home directory.
         """
         home = os.path.join(self.directory, "home")
         os.makedirs(home, exist_ok=True)
@@ -180,13 +181,13 @@ class Sandbox(object):
         return environment
 
     def rpm(self, *arguments):
-        """What rpm prints for the root; subprocess.CalledProcessError when it fails."""
+        """The output of rpm for the root; subprocess.CalledProcessError on failure."""
         command = ["rpm", "--root", self.root, "--define", "_dbpath /var/lib/rpm"] + list(arguments)
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=True)
         return done.stdout.decode("utf-8")
 
     def installed(self):
-        """The installed packages, as dnf writes them: name-[epoch:]version-release.arch. A public key that was
-        imported counts as a package without an architecture."""
+        """The installed packages in dnf's format: name-[epoch:]version-release.arch. An imported public key counts as a
+        package without an architecture."""
         query = r"%{NAME}-%|EPOCH?{%{EPOCH}:}:{}|%{VERSION}-%{RELEASE}%|ARCH?{.%{ARCH}}:{}|\n"
         return set(self.rpm("-qa", "--queryformat", query).split())

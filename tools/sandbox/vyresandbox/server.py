@@ -1,4 +1,4 @@
-"""The HTTP server that carries a sandbox's repositories on the loopback interface."""
+"""The HTTP server of a sandbox's repositories, on the loopback interface."""
 
 import errno
 import os
@@ -10,7 +10,7 @@ from http.server import BaseHTTPRequestHandler, HTTPServer
 
 
 class Request(object):
-    """One entry of the request log: method, path and the status that was answered."""
+    """One entry of the request log: method, path and status of the answer."""
 
     def __init__(self, method, path, status):
         self.method = method
@@ -22,13 +22,13 @@ class Request(object):
 
 
 class Server(socketserver.ThreadingMixIn, HTTPServer):
-    """Serves the files under a directory, one thread per request.
+    """Serves the files below a directory, with one thread for each request.
 
-    faults    path ("/sandbox-http/repodata/repomd.xml") -> callable(handler). It is called instead of sending the
-              file; it answers through the handler (see the functions below) or leaves the connection to close
-              without an answer. May be changed while the server runs.
+    faults    path ("/sandbox-http/repodata/repomd.xml") -> callable(handler). The server calls it instead of sending
+              the file. It answers through the handler (see the functions below), or returns without an answer, which
+              closes the connection. It may be changed while the server runs.
     requests  the request log, oldest first.
-    stopping  set by stop(); a fault that waits watches it.
+    stopping  stop() sets it; a fault that waits must watch it.
     """
 
     daemon_threads = True
@@ -45,7 +45,7 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
 
     @classmethod
     def preferring(cls, directory, port):
-        """A server on that port, or on any free one when another process took it meanwhile."""
+        """A server on that port, or on any free port if another process uses it."""
         try:
             return cls(directory, port)
         except OSError as error:
@@ -59,7 +59,7 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
 
     @property
     def url(self):
-        """Of the served directory, without a "/" at its end."""
+        """The URL of the served directory, without a "/" at its end."""
         return "http://127.0.0.1:%d" % self.port
 
     def start(self):
@@ -72,11 +72,11 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
         self.server_close()
 
     def paths(self, status=None):
-        """The paths asked for, in order; only those answered with the status, when one is given."""
+        """The requested paths, in order; with a status, only those with that answer."""
         return [request.path for request in list(self.requests) if status in (None, request.status)]
 
     def handle_error(self, request, client_address):
-        """Clients that hang up are part of what is tested: not worth a traceback."""
+        """No traceback: tests make clients that hang up."""
 
 
 class _Handler(BaseHTTPRequestHandler):
@@ -95,7 +95,7 @@ class _Handler(BaseHTTPRequestHandler):
     do_HEAD = do_GET
 
     def file_path(self):
-        """Of the file asked for, or None when there is no such regular file under the served directory."""
+        """The path of the requested file, or None if it is not a regular file below the served directory."""
         relative = self._entry.path.lstrip("/")
         path = os.path.realpath(os.path.join(self.server.directory, relative))
         inside = path.startswith(self.server.directory + os.sep)
@@ -104,8 +104,8 @@ class _Handler(BaseHTTPRequestHandler):
     def send_file(self, alter=None, chunk=1 << 16, pause=0.0):
         """Answers with the file, or with 404.
 
-        alter: bytes -> bytes, what is sent in place of the file's content (the length announced remains that of
-        the file); pause: seconds to wait after every chunk of bytes.
+        alter: bytes -> bytes, changes the content that is sent (the announced length remains that of the file);
+        pause: seconds to wait after each chunk.
         """
         path = self.file_path()
         if path is None:
@@ -145,30 +145,30 @@ class _Handler(BaseHTTPRequestHandler):
         super(_Handler, self).send_response(code, message)
 
     def log_message(self, format, *args):
-        """The log is kept in memory: COMMAND's standard error belongs to COMMAND."""
+        """No output: the standard error of "sandbox run" belongs to its command."""
 
 
 def status(code):
-    """A fault: answer with an HTTP error."""
+    """A fault: answers with an HTTP error."""
     return lambda handler: handler.send_error(code)
 
 
 def truncated(size):
-    """A fault: announce the whole file, send only its first bytes and hang up."""
+    """A fault: announces the whole file, sends only its first bytes and hangs up."""
     return lambda handler: handler.send_file(alter=lambda content: content[:size])
 
 
 def corrupted():
-    """A fault: a file of the right size with every byte inverted."""
+    """A fault: sends a file of the right size with every byte inverted."""
     return lambda handler: handler.send_file(alter=lambda content: bytes(255 - byte for byte in content))
 
 
 def paced(bytes_per_second):
-    """A fault: the right file, slowly."""
+    """A fault: sends the right file slowly."""
     chunk = max(1, bytes_per_second // 20)
     return lambda handler: handler.send_file(chunk=chunk, pause=chunk / bytes_per_second)
 
 
 def hang():
-    """A fault: no answer until the server stops."""
+    """A fault: sends no answer until the server stops."""
     return lambda handler: handler.server.stopping.wait()
