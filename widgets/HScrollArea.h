@@ -24,8 +24,8 @@ public:
     // Gives the inner widget the size that its changed contents need.
     void forceResize();
 
-    // The additional pixels in a style that draws the frame around the contents but not around the scroll
-    // bars.
+    // The pixels that the frame needs in addition, if the style draws it around the contents but not around
+    // the scroll bars; otherwise 0.
     int frameOnlyAroundContentsPixels() const;
 
 private:

@@ -28,8 +28,8 @@ public:
     // of its row.
     QModelIndexList selectedRows() const;
 
-    // The additional pixels in a style that draws the frame around the contents but not around the scroll
-    // bars.
+    // The pixels that the frame needs in addition, if the style draws it around the contents but not around
+    // the scroll bars; otherwise 0.
     int frameOnlyAroundContentsPixels() const;
 
     // Makes all rows one line of text high, with icons of a matching size, and adjusts them when the font

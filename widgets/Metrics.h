@@ -19,8 +19,8 @@ QSize maxWindowSize();
 // The width in pixels of the letter that measures columns of text.
 int columnWidth(const QFontMetrics& metrics);
 
-// The additional pixels, in width and in height, in a style that draws the frame around the contents but not
-// around the scroll bars; in other styles 0.
+// The pixels, in width and in height, that the frame of the area needs in addition, if the style draws it
+// around the contents but not around the scroll bars; otherwise 0.
 int frameOnlyAroundContentsPixels(const QAbstractScrollArea* area);
 
 } // namespace Metrics
