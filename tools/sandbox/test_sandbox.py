@@ -860,7 +860,7 @@ class CommandLineTest(SandboxTest):
     def test_errors_are_reported(self):
         outcome = self.run_sandbox("list", workspace)
         self.assertEqual((outcome.status, outcome.output), (1, ""))
-        self.assertIn("holds no sandbox", outcome.errors)
+        self.assertIn("does not contain a sandbox", outcome.errors)
 
 
 if __name__ == "__main__":
