@@ -293,7 +293,7 @@ private:
         result[QStringLiteral("sorts")] = rows;
     }
 
-    // What painting and sorting ask of every cell, against as many copies of a text.
+    // Compares the data that painting and sorting request for every cell with as many copies of a text.
     void cells()
     {
         const int count = proxy->rowCount();

@@ -20,7 +20,7 @@ const QAction* lastActiveAction(const QMenu* menu)
     return last;
 }
 
-// The tool tip of an action without its own tool tip is its text, which the menu already shows.
+// By default, the tool tip of an action is its text, which the menu shows anyway.
 bool addsToText(const QAction& action)
 {
     QString text = action.text();

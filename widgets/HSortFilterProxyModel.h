@@ -18,7 +18,7 @@ public:
     explicit HSortFilterProxyModel(int secondarySortColumn, QObject* parent = nullptr);
 
     void setSourceModel(HAbstractTableModel* model);
-    // Filters and sorts a model that is no HAbstractTableModel too. Such a model has no second column and is
+    // The model can also be of another class than HAbstractTableModel. It then has no second column and is
     // not sorted from scratch.
     void setSourceModel(QAbstractItemModel* model) override;
 
