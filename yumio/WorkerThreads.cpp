@@ -32,54 +32,6 @@ void interruptDownloads()
 
 } // namespace
 
-void CollectThread::run()
-{
-    result = yumIO->collectReal(repoEnable);
-    loop.exit(0);
-}
-
-void ClearEntriesThread::run()
-{
-    yumIO->clearEntriesReal();
-    loop.exit(0);
-}
-
-void CollectFileListsThread::run()
-{
-    result = yumIO->collectFileListsReal();
-    loop.exit(0);
-}
-
-void CollectOtherDataThread::run()
-{
-    result = yumIO->collectOtherDataReal();
-    loop.exit(0);
-}
-
-void CollectSearchTextsThread::run()
-{
-    yumIO->collectSearchTextsReal(wanted);
-    loop.exit(0);
-}
-
-void LoadChangeLogThread::run()
-{
-    yumIO->loadChangeLogReal(entry);
-    loop.exit(0);
-}
-
-void CleanThread::run()
-{
-    result = yumIO->cleanReal(label, method);
-    loop.exit(0);
-}
-
-void ApplyThread::run()
-{
-    result = yumIO->applyReal();
-    loop.exit(0);
-}
-
 void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
 {
     finishLines(); // of what was printed between two operations

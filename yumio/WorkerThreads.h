@@ -1,145 +1,52 @@
-// The worker threads: one class for each long operation of the back end.
+// The worker threads: each runs one long operation of the back end, a member function whose name ends in
+// Real.
 //
-// Each object lives on the stack of the graphical thread, which waits in the event loop given to it; the
-// thread ends that loop when its operation is over, and the result is read then.
+// Each object lives on the stack of the graphical thread, which waits in the event loop given to it. The
+// thread ends that loop when its operation is over. The result is valid from then on. What the arguments
+// refer to outlives the thread. YumIO.h names one such class for each operation, such as CollectThread.
 
 #ifndef YUMIO_WORKERTHREADS_H
 #define YUMIO_WORKERTHREADS_H
 
+#include <tuple>
+#include <type_traits>
+
 #include <QEventLoop>
-#include <QHash>
-#include <QString>
 #include <QThread>
-#include <QVector>
 
-#include "yumio/Package.h"
+template <auto operation> class WorkerThread;
 
-class YumIO;
-
-class CollectThread : public QThread
+template <typename Owner, typename Result, typename... Arguments, Result (Owner::*operation)(Arguments...)>
+class WorkerThread<operation> : public QThread
 {
 public:
-    CollectThread(YumIO* owner, QEventLoop& eventLoop, const QHash<QString, bool>& enable)
-        : yumIO(owner), loop(eventLoop), repoEnable(enable)
-    {
-    }
-    bool result = false;
-
-protected:
-    void run() override;
-
-private:
-    YumIO* yumIO;
-    QEventLoop& loop;
-    const QHash<QString, bool>& repoEnable;
-};
-
-class ClearEntriesThread : public QThread
-{
-public:
-    ClearEntriesThread(YumIO* owner, QEventLoop& eventLoop) : yumIO(owner), loop(eventLoop) {}
-
-protected:
-    void run() override;
-
-private:
-    YumIO* yumIO;
-    QEventLoop& loop;
-};
-
-class CollectFileListsThread : public QThread
-{
-public:
-    CollectFileListsThread(YumIO* owner, QEventLoop& eventLoop) : yumIO(owner), loop(eventLoop) {}
-    bool result = false;
-
-protected:
-    void run() override;
-
-private:
-    YumIO* yumIO;
-    QEventLoop& loop;
-};
-
-class CollectOtherDataThread : public QThread
-{
-public:
-    CollectOtherDataThread(YumIO* owner, QEventLoop& eventLoop) : yumIO(owner), loop(eventLoop) {}
-    bool result = false;
-
-protected:
-    void run() override;
-
-private:
-    YumIO* yumIO;
-    QEventLoop& loop;
-};
-
-class CollectSearchTextsThread : public QThread
-{
-public:
-    CollectSearchTextsThread(YumIO* owner, QEventLoop& eventLoop, const QVector<Package::Entry*>& entries)
-        : yumIO(owner), loop(eventLoop), wanted(entries)
+    WorkerThread(Owner* theOwner, QEventLoop& eventLoop, Arguments... theArguments)
+        : owner(theOwner), loop(eventLoop), arguments(theArguments...)
     {
     }
 
+    // Not used if the operation has none.
+    std::conditional_t<std::is_void_v<Result>, bool, Result> result{};
+
 protected:
-    void run() override;
-
-private:
-    YumIO* yumIO;
-    QEventLoop& loop;
-    const QVector<Package::Entry*>& wanted;
-};
-
-class LoadChangeLogThread : public QThread
-{
-public:
-    LoadChangeLogThread(YumIO* owner, QEventLoop& eventLoop, const Package::Entry& record)
-        : yumIO(owner), loop(eventLoop), entry(record)
+    void run() override
     {
+        std::apply(
+            [this](Arguments... each) {
+                if constexpr (std::is_void_v<Result>) {
+                    (owner->*operation)(each...);
+                } else {
+                    result = (owner->*operation)(each...);
+                }
+            },
+            arguments);
+        loop.exit(0);
     }
 
-protected:
-    void run() override;
-
 private:
-    YumIO* yumIO;
+    Owner* owner;
     QEventLoop& loop;
-    const Package::Entry& entry;
-};
-
-class CleanThread : public QThread
-{
-public:
-    CleanThread(YumIO* owner, QEventLoop& eventLoop, const QString& cleanedLabel, const char* scriptMethod)
-        : yumIO(owner), loop(eventLoop), label(cleanedLabel), method(scriptMethod)
-    {
-    }
-    bool result = false;
-
-protected:
-    void run() override;
-
-private:
-    YumIO* yumIO;
-    QEventLoop& loop;
-    const QString& label;
-    const char* method;
-};
-
-class ApplyThread : public QThread
-{
-public:
-    ApplyThread(YumIO* owner, QEventLoop& eventLoop) : yumIO(owner), loop(eventLoop) {}
-    bool result = false;
-
-protected:
-    void run() override;
-
-private:
-    YumIO* yumIO;
-    QEventLoop& loop;
+    std::tuple<Arguments...> arguments;
 };
 
 #endif

@@ -40,6 +40,7 @@ class QWidget;
 class SignalRecorder;
 class YumIOCapturers;
 class YumIODialogs;
+template <auto operation> class WorkerThread;
 namespace Progress {
 class Object;
 }
@@ -255,14 +256,6 @@ Q_SIGNALS:
     void collectedExtraData();
 
 private:
-    friend class CollectThread;
-    friend class ClearEntriesThread;
-    friend class CollectFileListsThread;
-    friend class CollectOtherDataThread;
-    friend class CollectSearchTextsThread;
-    friend class LoadChangeLogThread;
-    friend class ApplyThread;
-    friend class CleanThread;
     // Tests reach the operations that have no caller of their own outside.
     friend class YumIOProbe;
 
@@ -330,7 +323,7 @@ private:
 
     void releaseLock();
 
-    // Worker threads
+    // Worker threads: the half of each operation that runs on a worker, and the class of that worker
     void execWorkThread(QEventLoop& loop, QThread& thread);
     bool collectReal(const QHash<QString, bool>& repoEnable);
     void clearEntriesReal();
@@ -340,6 +333,14 @@ private:
     void loadChangeLogReal(const Package::Entry& entry);
     bool applyReal();
     bool cleanReal(const QString& label, const char* method);
+    using CollectThread = WorkerThread<&YumIO::collectReal>;
+    using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
+    using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;
+    using CollectOtherDataThread = WorkerThread<&YumIO::collectOtherDataReal>;
+    using CollectSearchTextsThread = WorkerThread<&YumIO::collectSearchTextsReal>;
+    using LoadChangeLogThread = WorkerThread<&YumIO::loadChangeLogReal>;
+    using ApplyThread = WorkerThread<&YumIO::applyReal>;
+    using CleanThread = WorkerThread<&YumIO::cleanReal>;
 
     // Collection
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);

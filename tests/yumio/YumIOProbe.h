@@ -72,8 +72,16 @@ public:
 
     // Operations
     using YumIO::applyGrpConflict;
+    using YumIO::ApplyThread;
     using YumIO::blocker;
+    using YumIO::CleanThread;
+    using YumIO::ClearEntriesThread;
+    using YumIO::CollectFileListsThread;
+    using YumIO::CollectOtherDataThread;
+    using YumIO::CollectSearchTextsThread;
+    using YumIO::CollectThread;
     using YumIO::execWorkThread;
+    using YumIO::LoadChangeLogThread;
     using YumIO::verifyLocalPkg;
 
     // State

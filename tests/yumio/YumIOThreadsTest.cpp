@@ -391,18 +391,22 @@ private Q_SLOTS:
         const auto add = [](const char* name, const Make& make) { QTest::newRow(name) << make; };
         static const QHash<QString, bool> usual;
         static QVector<Package::Entry*> wanted;
-        add("collect", [](auto& yumIO, auto& loop) { return new CollectThread(&yumIO, loop, usual); });
-        add("clear", [](auto& yumIO, auto& loop) { return new ClearEntriesThread(&yumIO, loop); });
-        add("file lists", [](auto& yumIO, auto& loop) { return new CollectFileListsThread(&yumIO, loop); });
-        add("other data", [](auto& yumIO, auto& loop) { return new CollectOtherDataThread(&yumIO, loop); });
+        add("collect",
+            [](auto& yumIO, auto& loop) { return new YumIOProbe::CollectThread(&yumIO, loop, usual); });
+        add("clear",
+            [](auto& yumIO, auto& loop) { return new YumIOProbe::ClearEntriesThread(&yumIO, loop); });
+        add("file lists",
+            [](auto& yumIO, auto& loop) { return new YumIOProbe::CollectFileListsThread(&yumIO, loop); });
+        add("other data",
+            [](auto& yumIO, auto& loop) { return new YumIOProbe::CollectOtherDataThread(&yumIO, loop); });
         add("texts to search", [](auto& yumIO, auto& loop) {
             wanted = {yumIO.entries.first()};
-            return new CollectSearchTextsThread(&yumIO, loop, wanted);
+            return new YumIOProbe::CollectSearchTextsThread(&yumIO, loop, wanted);
         });
         add("change log", [](auto& yumIO, auto& loop) {
-            return new LoadChangeLogThread(&yumIO, loop, *yumIO.entries.first());
+            return new YumIOProbe::LoadChangeLogThread(&yumIO, loop, *yumIO.entries.first());
         });
-        add("apply", [](auto& yumIO, auto& loop) { return new ApplyThread(&yumIO, loop); });
+        add("apply", [](auto& yumIO, auto& loop) { return new YumIOProbe::ApplyThread(&yumIO, loop); });
     }
 
     void everyOperationBeginsInsideItsLoop()

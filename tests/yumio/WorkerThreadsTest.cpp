@@ -1,0 +1,83 @@
+#include <QTimer>
+#include <QtTest>
+
+#include "yumio/WorkerThreads.h"
+
+namespace {
+
+// Its operations note the thread that they run on.
+class Owner
+{
+public:
+    bool succeedReal()
+    {
+        ranOn = QThread::currentThread();
+        return true;
+    }
+    bool failReal() { return false; }
+    void appendReal(QStringList& list, const QString& text)
+    {
+        ranOn = QThread::currentThread();
+        list.append(text);
+    }
+
+    QThread* ranOn = nullptr;
+};
+
+using SucceedThread = WorkerThread<&Owner::succeedReal>;
+using FailThread = WorkerThread<&Owner::failReal>;
+using AppendThread = WorkerThread<&Owner::appendReal>;
+
+// Starts the thread inside the loop that the thread ends.
+int exec(QEventLoop& loop, QThread& thread)
+{
+    QTimer::singleShot(0, &thread, [&thread] { thread.start(); });
+    const int status = loop.exec();
+    thread.wait();
+    return status;
+}
+
+} // namespace
+
+class WorkerThreadsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void operationRunsOnTheThreadAndEndsTheLoop()
+    {
+        Owner owner;
+        QEventLoop loop;
+        SucceedThread thread(&owner, loop);
+        QVERIFY(!thread.result);
+        QCOMPARE(exec(loop, thread), 0);
+        QVERIFY(owner.ranOn == &thread);
+        QVERIFY(thread.result);
+    }
+
+    void failureIsTheResult()
+    {
+        Owner owner;
+        QEventLoop loop;
+        FailThread thread(&owner, loop);
+        thread.result = true;
+        QCOMPARE(exec(loop, thread), 0);
+        QVERIFY(!thread.result);
+    }
+
+    void argumentsAreNotCopied()
+    {
+        Owner owner;
+        QEventLoop loop;
+        QStringList list;
+        QString text("before");
+        AppendThread thread(&owner, loop, list, text);
+        text = "after";
+        QCOMPARE(exec(loop, thread), 0);
+        QVERIFY(owner.ranOn == &thread);
+        QCOMPARE(list, QStringList("after"));
+    }
+};
+
+QTEST_GUILESS_MAIN(WorkerThreadsTest)
+#include "WorkerThreadsTest.moc"
