@@ -1,6 +1,7 @@
 #include "yumio/Package.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace Package {
 
@@ -56,6 +57,26 @@ bool Entry::isExcluded() const
         }
     }
     return true;
+}
+
+EntryKey::EntryKey(bool ofGroup, QString ofName, QString ofArch)
+    : group(ofGroup), name(std::move(ofName)), arch(std::move(ofArch))
+{
+}
+
+EntryKey::EntryKey(const Entry& entry)
+    : group(entry.kind == Group), name(entry.name), arch(group ? QString() : entry.biArch)
+{
+}
+
+uint qHash(const EntryKey& key)
+{
+    return qHash(key.name) * 2 + qHash(key.arch) * 4 + (key.group ? 1 : 0);
+}
+
+uint qHash(const EntryKey& key, uint seed)
+{
+    return qHash(key) ^ seed;
 }
 
 EntryList::~EntryList()

@@ -7,9 +7,11 @@
 #define YUMIO_PACKAGE_H
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 
 #include "python/PyObject.h"
 
@@ -66,6 +68,37 @@ public:
     QByteArray searchTexts;
     QByteArray searchFiles;
     QByteArray searchChangeLog;
+};
+
+// Under which the back end finds a record: groups and packages may have the same name.
+class EntryKey
+{
+public:
+    EntryKey(bool ofGroup, QString ofName, QString ofArch);
+    explicit EntryKey(const Entry& entry);
+
+    bool operator==(const EntryKey& other) const
+    {
+        return group == other.group && name == other.name && arch == other.arch;
+    }
+
+    bool group;
+    QString name;
+    QString arch; // the bi-arch class; empty for a group
+};
+
+uint qHash(const EntryKey& key);
+uint qHash(const EntryKey& key, uint seed);
+
+// The actions of records, to be set again after a new collection.
+using Marks = QHash<EntryKey, Action>;
+
+// Packages of other names, with version and architecture, that replace a record or that it replaces; empty
+// for nearly all records.
+struct Replacement
+{
+    QStringList by;
+    QStringList of;
 };
 
 // Owns its records.

@@ -22,7 +22,6 @@
 #include "yumio/DateTime.h"
 #include "yumio/EndSignals.h"
 #include "yumio/Metadata.h"
-#include "yumio/SignalRecorder.h"
 #include "yumio/Words.h"
 
 namespace {
@@ -174,11 +173,10 @@ YumIO::YumIO()
       rebuilding(false), exceptLogStart(-1), fileListsLoaded(false), otherDataLoaded(false), dialogs(nullptr),
       parent(nullptr), totalBar(nullptr), itemBar(nullptr), progress(nullptr), capturers(nullptr),
       locked(false), rpmDict(nullptr), yumIOClass(nullptr), readingCount(0), readingMax(1), classes{},
-      terminal(nullptr), phase(Idle), transactionRan(false), outdated(false), stderrKind(Log::Error),
-      stderrLevel(0), threadCount(0), threadsMax(0), dnfVersionLooked(false), savedSigchld()
+      terminal(nullptr), phase(Idle), stderrKind(Log::Error), stderrLevel(0), dnfVersionLooked(false),
+      savedSigchld()
 {
     qRegisterMetaType<Package::Entry*>("Package::Entry*");
-    clearApply();
     const int descriptor = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
     if (descriptor >= 0) {
         terminal = fdopen(descriptor, "w");
@@ -291,8 +289,8 @@ PyObject* YumIO::addToListing(PyObject* capsule, PyObject* text)
     if (yumIO == nullptr) {
         return nullptr;
     }
-    if (yumIO->txListed) {
-        yumIO->txText += yumIO->pyString(text);
+    if (yumIO->transaction.txListed) {
+        yumIO->transaction.txText += yumIO->pyString(text);
     }
     Py_RETURN_NONE;
 }
@@ -505,7 +503,7 @@ void YumIO::deleteEntries()
 {
     qDeleteAll(collectedEntries); // the index may have one twice
     entries.clear();
-    actionEntries.clear();
+    transaction.actionEntries.clear();
     entryIndex.clear();
     collectedEntries.clear();
     bestByName.clear();
@@ -576,19 +574,4 @@ QString YumIO::getState(const Package::Entry& entry) const
 QString YumIO::getKind(const Package::Entry& entry) const
 {
     return Words::described(entry.kind);
-}
-
-YumIO::EntryKey::EntryKey(bool ofGroup, QString ofName, QString ofArch)
-    : group(ofGroup), name(std::move(ofName)), arch(std::move(ofArch))
-{
-}
-
-uint qHash(const YumIO::EntryKey& key)
-{
-    return qHash(key.name) * 2 + qHash(key.arch) * 4 + (key.group ? 1 : 0);
-}
-
-uint qHash(const YumIO::EntryKey& key, uint seed)
-{
-    return qHash(key) ^ seed;
 }

@@ -20,6 +20,7 @@
 #include "yumio/Fields.h"
 #include "yumio/Package.h"
 #include "yumio/ScriptValues.h"
+#include "yumio/TransactionState.h"
 
 #include <QHash>
 #include <QMutex>
@@ -31,13 +32,11 @@
 #include <csignal>
 #include <cstdio>
 #include <functional>
-#include <memory>
 
 class HProgressBar;
 class QEventLoop;
 class QThread;
 class QWidget;
-class SignalRecorder;
 class YumIOCapturers;
 class YumIODialogs;
 template <auto operation> class WorkerThread;
@@ -50,21 +49,9 @@ class YumIO : public QObject, private ScriptValues, public YumIOCTarget, public 
     Q_OBJECT
 
 public:
-    // Under which the records are found: groups and packages may have the same name.
-    class EntryKey
-    {
-    public:
-        EntryKey(bool ofGroup, QString ofName, QString ofArch);
-
-        bool operator==(const EntryKey& other) const
-        {
-            return group == other.group && name == other.name && arch == other.arch;
-        }
-
-        bool group;
-        QString name;
-        QString arch; // the bi-arch class; empty for a group
-    };
+    using EntryKey = Package::EntryKey;
+    using Marks = Package::Marks;
+    using Replacement = Package::Replacement;
 
     YumIO();
     ~YumIO() override;
@@ -93,13 +80,6 @@ public:
     // installed, the place of an installed one. That is left to the user: nothing marks such a record
     // together with others.
     bool isLeftToUser(const Package::Entry& entry) const;
-    // Packages of other names, with version and architecture, that replace this one or are replaced by it;
-    // empty for nearly all records.
-    struct Replacement
-    {
-        QStringList by;
-        QStringList of;
-    };
     Replacement replacement(const Package::Entry& entry) const;
 
     // Whether a worker runs.
@@ -141,16 +121,15 @@ public:
     // the package manager reported no failure.
     bool apply();
     // Whether the last apply() came as far as changing the system, whatever its result.
-    bool systemChanged() const { return transactionRan; }
+    bool systemChanged() const { return transaction.transactionRan; }
     // Whether the last apply() was refused because another program has changed the system since the records
     // were made.
-    bool isOutdated() const { return outdated; }
+    bool isOutdated() const { return transaction.outdated; }
 
     // The records' actions, to be put back after a new collection.
-    using Marks = QHash<EntryKey, Package::Action>;
     Marks marks() const;
     // Those marks that the last apply() has not carried out because they were impossible.
-    const Marks& leftOutMarks() const { return leftOut; }
+    const Marks& leftOutMarks() const { return transaction.leftOut; }
     // Each for the record that has the same key now, if that still permits the action.
     void restoreMarks(const Marks& marks);
 
@@ -402,8 +381,6 @@ private:
     QString scriptWords(const char* text);
     void weighItem(PyObject* item, long action);
     void weighUnlisted(PyObject* item, long action);
-    static EntryKey keyOf(const Package::Entry& entry);
-    void clearApply();
     bool cleanType(const QString& label, const char* method);
 
     // Progress of transactions
@@ -453,7 +430,6 @@ private:
     bool reapChildren();
 
     Package::EntryList entries;
-    QList<Package::Entry*> actionEntries; // the marked ones among entries, which owns them
     EntryIndex entryIndex;
     // Those of the index, as they came; near each other in memory too.
     QVector<Package::Entry*> collectedEntries;
@@ -515,18 +491,7 @@ private:
     Blocker blocker;
 
     quint32 phase;
-    QString txText;
-    bool txListed;
-    bool txApplied;
-    bool transactionRan;
-    bool outdated;
-    QHash<EntryKey, Package::Action> leftOut;
-    std::unique_ptr<SignalRecorder> signalRecorder; // while the system is being changed
-    quint64 cachedSize;
-    quint64 downloadSize;
-    quint64 downloadWeight;
-    quint64 rpmWeight;
-    quint32 downloadSteps;
+    TransactionState transaction;
 
     QString stdoutPending;
     QString stderrPending;
@@ -534,24 +499,10 @@ private:
     QString stderrCapturedPending;
     Log::Kind stderrKind;
     unsigned int stderrLevel;
-    quint64 actCounter;
-    bool testRun;
-    qint64 lastTsDone;
-    qint64 lastAction;
-    quint64 remoteWeight;
-    quint32 remoteCount;
-    bool downloading;
-    quint32 threadCount;
-    quint64 threadsMax;
-    quint32 nextSlot;
-    QHash<QString, quint32> payloadSlots;
 
     bool dnfVersionLooked;
     QString dnfVersionText;
     struct sigaction savedSigchld;
 };
-
-uint qHash(const YumIO::EntryKey& key);
-uint qHash(const YumIO::EntryKey& key, uint seed);
 
 #endif

@@ -12,7 +12,6 @@
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 #include "yumio/ChildSignal.h"
-#include "yumio/SignalRecorder.h"
 #include "yumio/Transaction.h"
 #include "yumio/Words.h"
 #include "yumio/WorkerThreads.h"
@@ -21,17 +20,15 @@ using Transaction::atLeast;
 
 bool YumIO::apply()
 {
-    actionEntries.clear();
+    QList<Package::Entry*> marked;
     for (Package::Entry* entry : qAsConst(entries)) {
         entry->txAction = Package::None;
         entry->local = false;
         if (entry->action != Package::None) {
-            actionEntries.append(entry);
+            marked.append(entry);
         }
     }
-    transactionRan = false;
-    outdated = false;
-    leftOut.clear();
+    transaction = TransactionState(marked);
     QEventLoop loop;
     ApplyThread thread(this, loop);
     execWorkThread(loop, thread);
@@ -43,16 +40,10 @@ YumIO::Marks YumIO::marks() const
     Marks found;
     for (const Package::Entry* entry : qAsConst(entries)) {
         if (entry->action != Package::None) {
-            found.insert(keyOf(*entry), entry->action);
+            found.insert(EntryKey(*entry), entry->action);
         }
     }
     return found;
-}
-
-YumIO::EntryKey YumIO::keyOf(const Package::Entry& entry)
-{
-    const bool group = entry.kind == Package::Group;
-    return EntryKey(group, entry.name, group ? QString() : entry.biArch);
 }
 
 void YumIO::restoreMarks(const Marks& marks)
@@ -66,29 +57,6 @@ void YumIO::restoreMarks(const Marks& marks)
             entry->action = i.value();
         }
     }
-}
-
-void YumIO::clearApply()
-{
-    txText.clear();
-    txListed = false;
-    txApplied = false;
-    cachedSize = 0;
-    downloadSize = 0;
-    downloadWeight = 0;
-    rpmWeight = 0;
-    downloadSteps = 0;
-    actCounter = 0;
-    testRun = false;
-    lastTsDone = -1;
-    lastAction = 0;
-    remoteWeight = 0;
-    remoteCount = 0;
-    downloading = false;
-    threadCount = 0;
-    threadsMax = 0;
-    nextSlot = 0;
-    payloadSlots.clear();
 }
 
 bool YumIO::applyReal()
@@ -106,7 +74,6 @@ bool YumIO::applyReal()
     progress->startTotal(tr("Checking Dependencies: Total Progress"), 1);
     progress->startItem(tr("Resolve Dependencies"), 1, 1);
     phase = Applying;
-    clearApply();
 
     const PyRef installs(PyList_New(0));
     const PyRef updates(PyList_New(0));
@@ -118,7 +85,7 @@ bool YumIO::applyReal()
         return internalError(tr("Internal error: python exception occurred from C code."));
     }
 
-    for (Package::Entry* entry : qAsConst(actionEntries)) {
+    for (Package::Entry* entry : qAsConst(transaction.actionEntries)) {
         entry->txAction = entry->action;
         entry->local = false;
     }
@@ -135,7 +102,7 @@ bool YumIO::applyReal()
         error(failure.arg(name));
         return false;
     };
-    for (Package::Entry* entry : qAsConst(actionEntries)) {
+    for (Package::Entry* entry : qAsConst(transaction.actionEntries)) {
         const bool group = entry->kind == Package::Group;
         switch (entry->txAction) {
         case Package::Update:
@@ -206,16 +173,16 @@ bool YumIO::applyReal()
                                         removes.get(), groupInstalls.get(), groupUpdates.get(),
                                         groupRemoves.get()));
         changingSystem = false;
-        signalRecorder.reset();
+        transaction.signalRecorder.reset();
         readOutcome();
         // An exception that is not among the known ones has been reported already.
         if (commExceptRaised(result.get(), tr("apply changes")) || !result || result.get() == Py_False) {
-            txApplied = false; // or nothing was to be changed: what is marked stays marked
+            transaction.txApplied = false; // or nothing was to be changed: what is marked stays marked
         }
     }
     showRemarks();
     progress->reset();
-    return txApplied;
+    return transaction.txApplied;
 }
 
 // What the script knows better than its calls of the program tell: rpm may not have begun although a
@@ -226,20 +193,20 @@ void YumIO::readOutcome()
     PyErr_Fetch(&type, &value, &traceback);
     const PyRef changed(attribute(yumIO.get(), "systemChanged"));
     if (changed) {
-        transactionRan = changed.get() == Py_True;
+        transaction.transactionRan = changed.get() == Py_True;
     }
     const PyRef old(attribute(yumIO.get(), "outdated"));
-    outdated = old.get() == Py_True;
+    transaction.outdated = old.get() == Py_True;
     const PyRef left(attribute(yumIO.get(), "leftOut"));
     if (left && PyList_Check(left.get())) {
         QSet<PyObject*> objects;
         for (Py_ssize_t i = 0; i < PyList_GET_SIZE(left.get()); ++i) {
             objects.insert(PyList_GET_ITEM(left.get(), i));
         }
-        for (const Package::Entry* entry : qAsConst(actionEntries)) {
+        for (const Package::Entry* entry : qAsConst(transaction.actionEntries)) {
             for (const Package::Entry* version = entry; version != nullptr; version = version->next) {
                 if (objects.contains(version->pyObject)) {
-                    leftOut.insert(keyOf(*entry), entry->action);
+                    transaction.leftOut.insert(EntryKey(*entry), entry->action);
                 }
             }
         }
@@ -269,7 +236,7 @@ void YumIO::showRemarks()
 
 bool YumIO::applyGroups()
 {
-    for (const Package::Entry* entry : qAsConst(actionEntries)) {
+    for (const Package::Entry* entry : qAsConst(transaction.actionEntries)) {
         if (entry->kind != Package::Group) {
             continue;
         }
@@ -379,17 +346,17 @@ Package::Entry* YumIO::findPackage(const QString& name, const QString& arch)
 
 PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
 {
-    PyObject* transaction = nullptr;
+    PyObject* unused = nullptr;
     PyObject* items = nullptr;
-    if (PyArg_ParseTuple(args, "OO", &transaction, &items) == 0) {
+    if (PyArg_ParseTuple(args, "OO", &unused, &items) == 0) {
         return nullptr;
     }
     const PyRef iterator(PyObject_GetIter(items));
     if (!iterator) {
         return nullptr;
     }
-    txText = tr("Transaction to be performed:\n");
-    txListed = true;
+    transaction.txText = tr("Transaction to be performed:\n");
+    transaction.txListed = true;
     Listing listing;
     for (;;) {
         const PyRef item(PyIter_Next(iterator.get()));
@@ -402,13 +369,16 @@ PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
         return nullptr;
     }
     if (!listing.dependencies.isEmpty()) {
-        txText += tr("Performing the following to resolve dependencies:\n") + listing.dependencies;
+        transaction.txText +=
+            tr("Performing the following to resolve dependencies:\n") + listing.dependencies;
     }
     if (!listing.dependents.isEmpty()) {
-        txText += scriptWords("Removing dependent packages") + QLatin1String(":\n") + listing.dependents;
+        transaction.txText +=
+            scriptWords("Removing dependent packages") + QLatin1String(":\n") + listing.dependents;
     }
     if (!listing.unused.isEmpty()) {
-        txText += scriptWords("Removing unused dependencies") + QLatin1String(":\n") + listing.unused;
+        transaction.txText +=
+            scriptWords("Removing unused dependencies") + QLatin1String(":\n") + listing.unused;
     }
     Py_RETURN_NONE;
 }
@@ -436,17 +406,17 @@ void YumIO::listItem(PyObject* item, Listing& listing)
         } else if (reason == Transaction::Dependency) {
             listing.dependencies += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
         } else {
-            txText += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
+            transaction.txText += tr("\tInstall: %1\n").arg(txitemRepoFormat(item));
         }
         break;
     case Transaction::Downgrade:
-        txText += tr("\tDowngrade: %1\n").arg(txitemRepoFormat(item));
+        transaction.txText += tr("\tDowngrade: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Obsoleted:
         listing.dependencies += tr("\tObsoleting: %1\n").arg(txitemFormat(item));
         break;
     case Transaction::Upgrade:
-        txText += tr("\tUpgrade: %1\n").arg(txitemRepoFormat(item));
+        transaction.txText += tr("\tUpgrade: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Remove:
         if (reason == Transaction::Dependency) {
@@ -454,11 +424,11 @@ void YumIO::listItem(PyObject* item, Listing& listing)
         } else if (reason == Transaction::Clean) {
             listing.unused += tr("\tRemove (unused): %1\n").arg(txitemFormat(item));
         } else {
-            txText += tr("\tRemove: %1\n").arg(txitemFormat(item));
+            transaction.txText += tr("\tRemove: %1\n").arg(txitemFormat(item));
         }
         break;
     case Transaction::Reinstall:
-        txText += tr("\tReinstall: %1\n").arg(txitemRepoFormat(item));
+        transaction.txText += tr("\tReinstall: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Downgraded:
     case Transaction::Upgraded:
@@ -490,29 +460,27 @@ void YumIO::weighItem(PyObject* item, long action)
     case Transaction::Upgrade:
     case Transaction::Reinstall:
         entry->local = verifyLocalPkg(entry->pyObject);
-        (entry->local ? cachedSize : downloadSize) += entry->size;
-        downloadWeight += atLeast(entry->size);
-        rpmWeight += atLeast(3 * entry->size);
+        transaction.weighNew(entry->size, entry->local);
         if (entry->txAction == Package::None) {
             entry->txAction = action == Transaction::Install ? Package::Install : Package::Update;
         }
         break;
     case Transaction::Obsolete:
-        rpmWeight += atLeast(3 * entry->size);
+        transaction.rpmWeight += atLeast(3 * entry->size);
         break;
     case Transaction::Obsoleted:
-        rpmWeight += atLeast(installedSize(entry));
+        transaction.rpmWeight += atLeast(installedSize(entry));
         break;
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        rpmWeight += atLeast(installedSize(entry) / 5);
+        transaction.rpmWeight += atLeast(installedSize(entry) / 5);
         break;
     case Transaction::Remove: {
         const QString verRel = getVerRelTxitem(item);
         for (const Package::Entry* old = installedEntry(entry); old != nullptr; old = old->next) {
             if (old->verRel == verRel) {
-                rpmWeight += atLeast(old->size);
+                transaction.rpmWeight += atLeast(old->size);
                 break;
             }
         }
@@ -537,21 +505,19 @@ void YumIO::weighUnlisted(PyObject* item, long action)
     case Transaction::Downgrade:
     case Transaction::Upgrade:
     case Transaction::Reinstall:
-        (package && verifyLocalPkg(package.get()) ? cachedSize : downloadSize) += size;
-        downloadWeight += atLeast(size);
-        rpmWeight += atLeast(3 * size);
+        transaction.weighNew(size, package && verifyLocalPkg(package.get()));
         break;
     case Transaction::Obsolete:
-        rpmWeight += atLeast(3 * size);
+        transaction.rpmWeight += atLeast(3 * size);
         break;
     case Transaction::Obsoleted:
     case Transaction::Remove:
-        rpmWeight += atLeast(size);
+        transaction.rpmWeight += atLeast(size);
         break;
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        rpmWeight += atLeast(size / 5);
+        transaction.rpmWeight += atLeast(size / 5);
         break;
     default:
         break;
@@ -579,9 +545,10 @@ PyObject* YumIO::reportDownloadSize(PyObject*, PyObject* args)
     if (PyErr_Occurred() != nullptr) {
         return nullptr;
     }
-    txText += QLatin1String("\n") + tr("Cached size: %1\n").arg(bytesFormat(cachedSize)) +
-              tr("Total download size: %1\n").arg(bytesFormat(downloadSize)) +
-              tr("Installed size: %1\n").arg(bytesFormat(installedSize));
+    transaction.txText += QLatin1String("\n") +
+                          tr("Cached size: %1\n").arg(bytesFormat(transaction.cachedSize)) +
+                          tr("Total download size: %1\n").arg(bytesFormat(transaction.downloadSize)) +
+                          tr("Installed size: %1\n").arg(bytesFormat(installedSize));
     Py_RETURN_NONE;
 }
 
@@ -591,7 +558,7 @@ PyObject* YumIO::reportRemoveSize(PyObject*, PyObject* args)
     if (PyArg_ParseTuple(args, "O", &unused) == 0) {
         return nullptr;
     }
-    txText += tr("No downloads; only removals\n");
+    transaction.txText += tr("No downloads; only removals\n");
     Py_RETURN_NONE;
 }
 
@@ -600,27 +567,28 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     if (progress != nullptr) {
         progress->reset();
     }
-    nextSlot = 0;
+    transaction.nextSlot = 0;
     // The script's own output, which is part of a plain question, may have been about a URL.
-    const QString text = Log::withoutPasswords(txText);
+    const QString text = Log::withoutPasswords(transaction.txText);
     // These buttons have the same texts in all languages.
     const bool yes =
-        (txListed ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))
-                  : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
-    if (txListed) {
+        (transaction.txListed
+             ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))
+             : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
+    if (transaction.txListed) {
         log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));
-        txApplied = yes;
+        transaction.txApplied = yes;
         if (yes && progress != nullptr) {
-            downloadSteps = downloadWeight != 0 ? Transaction::downloadSteps : 0;
+            transaction.downloadSteps = transaction.downloadWeight != 0 ? Transaction::downloadSteps : 0;
             progress->startTotal(tr("Running Transaction: Total Progress"),
-                                 downloadSteps + Transaction::runSteps);
+                                 transaction.downloadSteps + Transaction::runSteps);
             progress->startItem(tr("Preparing"), 100, 1);
         }
     } else {
         log(Log::Action, 0, yes ? tr("Confirmation: Yes") : tr("Confirmation: No"));
     }
-    txText.clear();
-    txListed = false;
+    transaction.txText.clear();
+    transaction.txListed = false;
     return PyLong_FromLong(yes ? 1 : 0);
 }
 

@@ -10,7 +10,6 @@
 #include "services/Progress.h"
 #include "services/Unattended.h"
 #include "services/YumIODialogs.h"
-#include "yumio/SignalRecorder.h"
 #include "yumio/Transaction.h"
 
 using Transaction::atLeast;
@@ -53,8 +52,8 @@ PyObject* YumIO::stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QS
         return nullptr;
     }
     const QString decoded = QString::fromUtf8(text);
-    if (!txListed) {
-        txText += decoded + QLatin1Char('\n');
+    if (!transaction.txListed) {
+        transaction.txText += decoded + QLatin1Char('\n');
     }
     write(decoded, kind, level, pending);
     Py_RETURN_NONE;
@@ -308,42 +307,32 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
             continue;
         }
         const quint64 size = pyTime(bytes.get());
-        ++remoteCount;
-        remoteWeight += atLeast(size);
-        if (isInstance(payload.get(), classes[DeltaPayload])) {
-            remoteWeight += atLeast(size / 3);
-        }
+        transaction.weighRemote(size, isInstance(payload.get(), classes[DeltaPayload]));
     }
     if (PyErr_Occurred() != nullptr) {
         return nullptr;
     }
-    if (downloadWeight != 0) {
-        downloadSteps = static_cast<quint32>(remoteWeight * Transaction::downloadSteps / downloadWeight);
-    }
+    transaction.shareDownloadSteps();
     if (progress != nullptr) {
-        progress->changeTotal(downloadSteps + Transaction::runSteps);
-        progress->setupItemActs(downloadSteps, remoteWeight);
+        progress->changeTotal(transaction.downloadSteps + Transaction::runSteps);
+        progress->setupItemActs(transaction.downloadSteps, transaction.remoteWeight);
     }
     Py_RETURN_NONE;
 }
 
 void YumIO::tsDownloadStart()
 {
-    downloading = true;
-    threadCount = remoteCount;
-    threadsMax = remoteWeight;
-    nextSlot = 0;
-    payloadSlots.clear();
-    const quint64 from = actCounter;
-    actCounter += threadsMax;
-    progress->setupItemActsThreads(tr("Downloading %1 packages").arg(threadCount), from, actCounter,
-                                   threadCount, threadsMax);
+    transaction.startDownloads();
+    const quint64 from = transaction.actCounter;
+    transaction.actCounter += transaction.threadsMax;
+    progress->setupItemActsThreads(tr("Downloading %1 packages").arg(transaction.threadCount), from,
+                                   transaction.actCounter, transaction.threadCount, transaction.threadsMax);
 }
 
 QHash<QString, quint32>::const_iterator YumIO::startSlot(const QString& text, quint64 size)
 {
-    const auto slot = payloadSlots.insert(text, nextSlot++);
-    if (slot.value() < threadCount) {
+    const auto slot = transaction.payloadSlots.insert(text, transaction.nextSlot++);
+    if (slot.value() < transaction.threadCount) {
         progress->startItemActThread(tr("Downloading %1").arg(text), slot.value(), atLeast(size));
     }
     return slot;
@@ -356,17 +345,17 @@ void YumIO::tsDownloadProgress(PyObject* payload, const QString& text, quint64 s
                     .arg(QLatin1String(Py_TYPE(payload)->tp_name)));
         return;
     }
-    auto slot = payloadSlots.constFind(text);
-    if (slot == payloadSlots.constEnd()) {
+    auto slot = transaction.payloadSlots.constFind(text);
+    if (slot == transaction.payloadSlots.constEnd()) {
         slot = startSlot(text, size);
     }
-    if (slot.value() >= threadCount) {
+    if (slot.value() >= transaction.threadCount) {
         static bool reported = false;
         if (!reported) {
             reported = true;
             warning(tr("error: YumIO::tsDownloadProgress: unexpected thread %1/%2")
                         .arg(slot.value())
-                        .arg(threadCount));
+                        .arg(transaction.threadCount));
         }
         return;
     }
@@ -379,13 +368,14 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     if (status == alreadyPresent) {
         return;
     }
-    auto slot = payloadSlots.constFind(text);
-    if (slot == payloadSlots.constEnd() && nextSlot < threadCount && isPayload(payload)) {
+    auto slot = transaction.payloadSlots.constFind(text);
+    if (slot == transaction.payloadSlots.constEnd() && transaction.nextSlot < transaction.threadCount &&
+        isPayload(payload)) {
         // It was over before there was any progress to report.
         slot = startSlot(text, size);
     }
-    if (slot == payloadSlots.constEnd() || slot.value() >= threadCount) {
-        payloadSlots.remove(text);
+    if (slot == transaction.payloadSlots.constEnd() || slot.value() >= transaction.threadCount) {
+        transaction.payloadSlots.remove(text);
         return;
     }
     const quint32 index = slot.value();
@@ -395,7 +385,7 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
         progress->setItemActsThreadValue(index, atLeast(size));
         return;
     }
-    payloadSlots.remove(text);
+    transaction.payloadSlots.remove(text);
     progress->setItemActsThreadValue(index, atLeast(size) + (delta ? atLeast(size / 3) : 0));
     progress->endItemActThread(index);
 }
@@ -422,7 +412,7 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
         return badArguments(QT_TR_NOOP("Internal error: rpmtransInit: unable to interpret arguments"));
     }
     const bool flag = test != Py_False;
-    if (!flag && phase == Applying && !signalRecorder) {
+    if (!flag && phase == Applying && !transaction.signalRecorder) {
         // Until the script's operation is over. An end of the program that begins from here on waits for it;
         // one that has begun before prevents it.
         changingSystem = true;
@@ -431,31 +421,29 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
             PyErr_SetNone(PyExc_KeyboardInterrupt);
             return nullptr;
         }
-        signalRecorder = std::make_unique<SignalRecorder>();
+        transaction.signalRecorder = std::make_unique<SignalRecorder>();
     }
-    transactionRan = transactionRan || !flag;
+    transaction.transactionRan = transaction.transactionRan || !flag;
     if (progress != nullptr) {
-        if (flag || !testRun) {
+        if (flag || !transaction.testRun) {
             progress->endItemActsThreads();
-            downloading = false;
-            nextSlot = 0;
-            payloadSlots.clear();
+            transaction.endDownloads();
             progress->endItemActs();
             progress->startItem(tr("Preparing to Run Transaction"), 1000, 1);
         }
         if (!flag) {
-            progress->setupItemActs(8000, rpmWeight);
+            progress->setupItemActs(8000, transaction.rpmWeight);
         }
     }
-    actCounter = 0;
-    testRun = flag;
+    transaction.actCounter = 0;
+    transaction.testRun = flag;
     Py_RETURN_NONE;
 }
 
 PyObject* YumIO::rpmtransDel(PyObject*, PyObject*)
 {
     // The object whose end this reports may outlive the operation, held by an exception's traceback.
-    if (!testRun && progress != nullptr) {
+    if (!transaction.testRun && progress != nullptr) {
         progress->endItemActs();
     }
     Py_RETURN_NONE;
@@ -494,7 +482,7 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
         warning(tr("Internal error: YumIO::rpmtransProgress action=%1 not understood; ignoring").arg(action));
         Py_RETURN_NONE;
     }
-    if (tsDone == lastTsDone && action == lastAction) {
+    if (tsDone == transaction.lastTsDone && action == transaction.lastAction) {
         if (progress != nullptr) {
             progress->setItemValue(static_cast<Steps>(itemDone));
         }
@@ -559,12 +547,12 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
         break;
     }
     text = text.arg(name);
-    actCounter += weight;
+    transaction.actCounter += weight;
     log(Log::Info, 1, text);
-    lastTsDone = tsDone;
-    lastAction = action;
+    transaction.lastTsDone = tsDone;
+    transaction.lastAction = action;
     if (progress != nullptr) {
-        progress->startItemAct(text, static_cast<Steps>(itemTotal), actCounter);
+        progress->startItemAct(text, static_cast<Steps>(itemTotal), transaction.actCounter);
         progress->setItemValue(static_cast<Steps>(itemDone));
     }
     Py_RETURN_NONE;
@@ -589,7 +577,7 @@ PyObject* YumIO::postTransactionOutput(PyObject*, PyObject*)
 
 PyObject* YumIO::gpgsigcheck(PyObject*, PyObject*)
 {
-    txText.clear();
+    transaction.txText.clear();
     Py_RETURN_NONE;
 }
 

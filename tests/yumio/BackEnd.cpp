@@ -140,31 +140,31 @@ PyObject* state(PyObject* self, PyObject*)
     const YumIOProbe& yumIO = backEndOf(self)->yumIO;
     const QHash<QString, qint64> members{
         {"phase", yumIO.phase},
-        {"txListed", yumIO.txListed},
-        {"txApplied", yumIO.txApplied},
-        {"cachedSize", static_cast<qint64>(yumIO.cachedSize)},
-        {"downloadSize", static_cast<qint64>(yumIO.downloadSize)},
-        {"downloadWeight", static_cast<qint64>(yumIO.downloadWeight)},
-        {"rpmWeight", static_cast<qint64>(yumIO.rpmWeight)},
-        {"downloadSteps", yumIO.downloadSteps},
-        {"actCounter", static_cast<qint64>(yumIO.actCounter)},
-        {"testRun", yumIO.testRun},
-        {"lastTsDone", yumIO.lastTsDone},
-        {"lastAction", yumIO.lastAction},
-        {"remoteWeight", static_cast<qint64>(yumIO.remoteWeight)},
-        {"remoteCount", yumIO.remoteCount},
-        {"downloading", yumIO.downloading},
-        {"threadCount", yumIO.threadCount},
-        {"threadsMax", static_cast<qint64>(yumIO.threadsMax)},
-        {"nextSlot", yumIO.nextSlot},
-        {"payloadSlots", yumIO.payloadSlots.count()},
+        {"txListed", yumIO.transaction.txListed},
+        {"txApplied", yumIO.transaction.txApplied},
+        {"cachedSize", static_cast<qint64>(yumIO.transaction.cachedSize)},
+        {"downloadSize", static_cast<qint64>(yumIO.transaction.downloadSize)},
+        {"downloadWeight", static_cast<qint64>(yumIO.transaction.downloadWeight)},
+        {"rpmWeight", static_cast<qint64>(yumIO.transaction.rpmWeight)},
+        {"downloadSteps", yumIO.transaction.downloadSteps},
+        {"actCounter", static_cast<qint64>(yumIO.transaction.actCounter)},
+        {"testRun", yumIO.transaction.testRun},
+        {"lastTsDone", yumIO.transaction.lastTsDone},
+        {"lastAction", yumIO.transaction.lastAction},
+        {"remoteWeight", static_cast<qint64>(yumIO.transaction.remoteWeight)},
+        {"remoteCount", yumIO.transaction.remoteCount},
+        {"downloading", yumIO.transaction.downloading},
+        {"threadCount", yumIO.transaction.threadCount},
+        {"threadsMax", static_cast<qint64>(yumIO.transaction.threadsMax)},
+        {"nextSlot", yumIO.transaction.nextSlot},
+        {"payloadSlots", yumIO.transaction.payloadSlots.count()},
     };
     PyObject* dictionary = PyDict_New();
     for (auto i = members.constBegin(); i != members.constEnd(); ++i) {
         const PyRef number(PyLong_FromLongLong(i.value()));
         PyDict_SetItemString(dictionary, i.key().toUtf8().constData(), number.get());
     }
-    const PyRef text(PyUnicode_FromString(yumIO.txText.toUtf8().constData()));
+    const PyRef text(PyUnicode_FromString(yumIO.transaction.txText.toUtf8().constData()));
     PyDict_SetItemString(dictionary, "txText", text.get());
     return dictionary;
 }

@@ -171,7 +171,7 @@ private Q_SLOTS:
         collect("it.available = [Package('tool'), Package('left')]");
         mark("tool", Package::Install);
         QVERIFY(!apply());
-        QCOMPARE(yumIO().actionEntries.count(), 1);
+        QCOMPARE(yumIO().transaction.actionEntries.count(), 1);
         for (Package::Entry* entry : qAsConst(yumIO().entries)) {
             Py_CLEAR(entry->pyObject);
         }
@@ -183,12 +183,12 @@ private Q_SLOTS:
         backEnd->renew();
         yumIO().stdoutPending.clear();
         yumIO().stderrPending.clear();
-        yumIO().txText.clear();
-        yumIO().txListed = false;
-        yumIO().cachedSize = 0;
-        yumIO().downloadSize = 0;
-        yumIO().downloadWeight = 0;
-        yumIO().rpmWeight = 0;
+        yumIO().transaction.txText.clear();
+        yumIO().transaction.txListed = false;
+        yumIO().transaction.cachedSize = 0;
+        yumIO().transaction.downloadSize = 0;
+        yumIO().transaction.downloadWeight = 0;
+        yumIO().transaction.rpmWeight = 0;
     }
 
     void cleanup()
@@ -555,12 +555,12 @@ private Q_SLOTS:
         backEnd->run(
             QString("answer = yumIOC.listTransaction(None, [item(%1, 'pkg', %2)])").arg(action).arg(reason));
         QCOMPARE(backEnd->text("answer"), QString("None"));
-        QVERIFY(yumIO().txListed);
+        QVERIFY(yumIO().transaction.txListed);
         QString expected = "Transaction to be performed:\n";
         if (dependency) {
             expected += "Performing the following to resolve dependencies:\n";
         }
-        QCOMPARE(yumIO().txText, expected + line);
+        QCOMPARE(yumIO().transaction.txText, expected + line);
     }
 
     void headingsAreThePackageManagersWords()
@@ -572,12 +572,13 @@ private Q_SLOTS:
                      "                                  action_name='Reason Change')])\n"
                      "finally:\n"
                      "    del type(it).words");
-        QCOMPARE(yumIO().txText, QString("Transaction to be performed:\n"
-                                         "Performing the following to resolve dependencies:\n"
-                                         "\tReason Change: b 1.0-1 (x86_64)\n"
-                                         "<Removing dependent packages>:\n\tRemove: a 1.0-1 (x86_64)\n"
-                                         "<Removing unused dependencies>:\n"
-                                         "\tRemove (unused): b 1.0-1 (x86_64)\n"));
+        QCOMPARE(yumIO().transaction.txText,
+                 QString("Transaction to be performed:\n"
+                         "Performing the following to resolve dependencies:\n"
+                         "\tReason Change: b 1.0-1 (x86_64)\n"
+                         "<Removing dependent packages>:\n\tRemove: a 1.0-1 (x86_64)\n"
+                         "<Removing unused dependencies>:\n"
+                         "\tRemove (unused): b 1.0-1 (x86_64)\n"));
     }
 
     void marksThatWereLeftOut()
@@ -639,16 +640,16 @@ private Q_SLOTS:
     void dependenciesAreListedLast()
     {
         collect("it.available = [Package(name) for name in 'abcd']");
-        yumIO().txText = "what a plug-in has printed\n";
+        yumIO().transaction.txText = "what a plug-in has printed\n";
         backEnd->run(
             "yumIOC.listTransaction(None, (item(1, 'a', 1, epoch=2), item(1, 'b'), item(1, 'c', 5),\n"
             "                              item(2, 'd', release='2%1', from_repo='%2')))");
-        QCOMPARE(yumIO().txText, QString("Transaction to be performed:\n"
-                                         "\tInstall: b 1.0-1 (x86_64) [main]\n"
-                                         "\tDowngrade: d 1.0-2%1 (x86_64) [%2]\n"
-                                         "Performing the following to resolve dependencies:\n"
-                                         "\tInstall: a 2:1.0-1 (x86_64) [main]\n"
-                                         "\tInstall (group): c 1.0-1 (x86_64) [main]\n"));
+        QCOMPARE(yumIO().transaction.txText, QString("Transaction to be performed:\n"
+                                                     "\tInstall: b 1.0-1 (x86_64) [main]\n"
+                                                     "\tDowngrade: d 1.0-2%1 (x86_64) [%2]\n"
+                                                     "Performing the following to resolve dependencies:\n"
+                                                     "\tInstall: a 2:1.0-1 (x86_64) [main]\n"
+                                                     "\tInstall (group): c 1.0-1 (x86_64) [main]\n"));
     }
 
     void itemWithoutARecord()
@@ -657,10 +658,10 @@ private Q_SLOTS:
         backEnd->run("yumIOC.listTransaction(None, [item(1, 'nobody', arch='i686',\n"
                      "    pkg=Package('nobody', size=20000)), item(1, 'b')])");
         QCOMPARE(errors(), QStringList());
-        QCOMPARE(yumIO().txText, QString("Transaction to be performed:\n"
-                                         "\tInstall: nobody 1.0-1 (i686) [main]\n"
-                                         "\tInstall: b 1.0-1 (x86_64) [main]\n"));
-        QCOMPARE(yumIO().downloadSize, quint64(70000));
+        QCOMPARE(yumIO().transaction.txText, QString("Transaction to be performed:\n"
+                                                     "\tInstall: nobody 1.0-1 (i686) [main]\n"
+                                                     "\tInstall: b 1.0-1 (x86_64) [main]\n"));
+        QCOMPARE(yumIO().transaction.downloadSize, quint64(70000));
     }
 
     void weightsOfAnItemWithoutARecord_data()
@@ -691,12 +692,12 @@ private Q_SLOTS:
                              "yumIOC.listTransaction(None, [item(%1, 'nobody', pkg=unknown)])")
                          .arg(action));
         QCOMPARE(errors(), QStringList());
-        QCOMPARE(yumIO().downloadSize, download);
-        QCOMPARE(yumIO().rpmWeight, rpmWeight);
+        QCOMPARE(yumIO().transaction.downloadSize, download);
+        QCOMPARE(yumIO().transaction.rpmWeight, rpmWeight);
         // Not even the package manager needs to know the package.
         backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
         QCOMPARE(errors(), QStringList());
-        QCOMPARE(yumIO().downloadSize, download);
+        QCOMPARE(yumIO().transaction.downloadSize, download);
     }
 
     void recordIsFoundByTheClassOfItsArchitecture()
@@ -704,7 +705,7 @@ private Q_SLOTS:
         collect("it.available = [Package('lib', arch='i686', size=20000),\n"
                 "                Package('lib', arch='x86_64', size=30000)]");
         backEnd->run("yumIOC.listTransaction(None, [item(1, 'lib', arch='i586')])");
-        QCOMPARE(yumIO().downloadSize, quint64(20000));
+        QCOMPARE(yumIO().transaction.downloadSize, quint64(20000));
         QCOMPARE(backEnd->entry("lib", "i386")->txAction, Package::Install);
     }
 
@@ -758,10 +759,10 @@ private Q_SLOTS:
         entry.txAction = Package::None;
         const QString list = QString("yumIOC.listTransaction(None, [item(%1, 'pkg')])").arg(action);
         backEnd->run(list);
-        QCOMPARE(yumIO().downloadSize, download);
-        QCOMPARE(yumIO().cachedSize, quint64(0));
-        QCOMPARE(yumIO().downloadWeight, downloadWeight);
-        QCOMPARE(yumIO().rpmWeight, rpmWeight);
+        QCOMPARE(yumIO().transaction.downloadSize, download);
+        QCOMPARE(yumIO().transaction.cachedSize, quint64(0));
+        QCOMPARE(yumIO().transaction.downloadWeight, downloadWeight);
+        QCOMPARE(yumIO().transaction.rpmWeight, rpmWeight);
         QCOMPARE(int(entry.txAction), txAction);
 
         // With the package in the cache.
@@ -769,10 +770,10 @@ private Q_SLOTS:
         entry.txAction = Package::None;
         entry.local = false;
         backEnd->run(list);
-        QCOMPARE(yumIO().downloadSize, download);
-        QCOMPARE(yumIO().cachedSize, download);
-        QCOMPARE(yumIO().downloadWeight, 2 * downloadWeight);
-        QCOMPARE(yumIO().rpmWeight, 2 * rpmWeight);
+        QCOMPARE(yumIO().transaction.downloadSize, download);
+        QCOMPARE(yumIO().transaction.cachedSize, download);
+        QCOMPARE(yumIO().transaction.downloadWeight, 2 * downloadWeight);
+        QCOMPARE(yumIO().transaction.rpmWeight, 2 * rpmWeight);
         QCOMPARE(entry.local, download != 0);
 
         // What the user has marked stays marked.
@@ -788,11 +789,11 @@ private Q_SLOTS:
         collect("it.installed = [Package('kernel', v, size=s) for v, s in\n"
                 "    (('6.1', 11000), ('6.2', 12000), ('6.3', 13000))]");
         backEnd->run("yumIOC.listTransaction(None, [item(8, 'kernel', version='6.2')])");
-        QCOMPARE(yumIO().rpmWeight, quint64(12000));
+        QCOMPARE(yumIO().transaction.rpmWeight, quint64(12000));
         backEnd->run("yumIOC.listTransaction(None, [item(8, 'kernel', version='6.3')])");
-        QCOMPARE(yumIO().rpmWeight, quint64(25000));
+        QCOMPARE(yumIO().transaction.rpmWeight, quint64(25000));
         backEnd->run("yumIOC.listTransaction(None, [item(8, 'kernel', version='6.3', epoch=1)])");
-        QCOMPARE(yumIO().rpmWeight, quint64(25000));
+        QCOMPARE(yumIO().transaction.rpmWeight, quint64(25000));
     }
 
     void packagesInTheCache()
@@ -816,14 +817,15 @@ private Q_SLOTS:
 
     void sizesOfADownload()
     {
-        yumIO().txText = "Listed\n";
-        yumIO().cachedSize = 1000;
-        yumIO().downloadSize = 1024000;
+        yumIO().transaction.txText = "Listed\n";
+        yumIO().transaction.cachedSize = 1000;
+        yumIO().transaction.downloadSize = 1024000;
         backEnd->run("answer = yumIOC.reportDownloadSize(iter([Thing(installsize=3000000000), "
                      "Thing(installsize=7)]))");
         QCOMPARE(backEnd->text("answer"), QString("None"));
-        QCOMPARE(yumIO().txText, QString("Listed\n\nCached size: 1.0Kb\nTotal download size: 1.0Mb\n"
-                                         "Installed size: 2.8Gb\n"));
+        QCOMPARE(yumIO().transaction.txText,
+                 QString("Listed\n\nCached size: 1.0Kb\nTotal download size: 1.0Mb\n"
+                         "Installed size: 2.8Gb\n"));
     }
 
     void wrongArgumentsRaiseAnException()
@@ -842,14 +844,14 @@ private Q_SLOTS:
         QCOMPARE(failure("listTransaction, 1"), QString("TypeError"));
         QCOMPARE(failure("listTransaction, 1, 2, 3"), QString("TypeError"));
         QCOMPARE(failure("listTransaction, 1, 2"), QString("TypeError"));
-        QVERIFY(!yumIO().txListed);
+        QVERIFY(!yumIO().transaction.txListed);
         QCOMPARE(failure("reportDownloadSize"), QString("TypeError"));
         QCOMPARE(failure("reportDownloadSize, 1"), QString("TypeError"));
         QCOMPARE(failure("reportRemoveSize"), QString("TypeError"));
         QCOMPARE(failure("userconfirm, 1"), QString("TypeError"));
-        QCOMPARE(yumIO().txText, QString());
+        QCOMPARE(yumIO().transaction.txText, QString());
         QCOMPARE(failure("reportDownloadSize, walk()"), QString("ZeroDivisionError"));
-        QCOMPARE(yumIO().txText, QString());
+        QCOMPARE(yumIO().transaction.txText, QString());
         QCOMPARE(failure("listTransaction, 1, walk()"), QString("ZeroDivisionError"));
     }
 
@@ -878,10 +880,10 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1]"), QString("1"));
         QCOMPARE(backEnd->text("seen[2]"),
                  QString("['Running Transaction: Total Progress (0%) 0/9100', 'Preparing (0%) 0/1']"));
-        QCOMPARE(yumIO().downloadSteps, 0U);
+        QCOMPARE(yumIO().transaction.downloadSteps, 0U);
         QCOMPARE(headings(before), QStringList({"4 0 Applying", "4 0 Applying: OK"}));
-        QVERIFY(yumIO().txText.isEmpty());
-        QVERIFY(!yumIO().txListed);
+        QVERIFY(yumIO().transaction.txText.isEmpty());
+        QVERIFY(!yumIO().transaction.txListed);
     }
 
     void downloadsHaveTheirShareOfTheBar()
@@ -989,10 +991,10 @@ private Q_SLOTS:
     {
         QVERIFY(!apply("yumIOC.userconfirm()"));
         QCOMPARE(backEnd->answers.takeTexts("Query").count(), 1);
-        yumIO().nextSlot = 5;
+        yumIO().transaction.nextSlot = 5;
         backEnd->run("yumIOC.userconfirm()");
         QCOMPARE(backEnd->answers.takeTexts("Query").count(), 1);
-        QCOMPARE(yumIO().nextSlot, 0U);
+        QCOMPARE(yumIO().transaction.nextSlot, 0U);
     }
 
     void dependenciesTakeTheirActionFromTheTransaction()
@@ -1024,25 +1026,25 @@ private Q_SLOTS:
 
     void everyCountBeginsAnew()
     {
-        yumIO().txText = "text";
-        yumIO().txListed = true;
-        yumIO().txApplied = true;
-        yumIO().cachedSize = 1;
-        yumIO().downloadSize = 2;
-        yumIO().downloadWeight = 3;
-        yumIO().rpmWeight = 4;
-        yumIO().downloadSteps = 5;
-        yumIO().actCounter = 6;
-        yumIO().testRun = true;
-        yumIO().lastTsDone = 7;
-        yumIO().lastAction = 8;
-        yumIO().remoteWeight = 9;
-        yumIO().remoteCount = 10;
-        yumIO().downloading = true;
-        yumIO().threadCount = 11;
-        yumIO().threadsMax = 12;
-        yumIO().nextSlot = 13;
-        yumIO().payloadSlots.insert("x", 14);
+        yumIO().transaction.txText = "text";
+        yumIO().transaction.txListed = true;
+        yumIO().transaction.txApplied = true;
+        yumIO().transaction.cachedSize = 1;
+        yumIO().transaction.downloadSize = 2;
+        yumIO().transaction.downloadWeight = 3;
+        yumIO().transaction.rpmWeight = 4;
+        yumIO().transaction.downloadSteps = 5;
+        yumIO().transaction.actCounter = 6;
+        yumIO().transaction.testRun = true;
+        yumIO().transaction.lastTsDone = 7;
+        yumIO().transaction.lastAction = 8;
+        yumIO().transaction.remoteWeight = 9;
+        yumIO().transaction.remoteCount = 10;
+        yumIO().transaction.downloading = true;
+        yumIO().transaction.threadCount = 11;
+        yumIO().transaction.threadsMax = 12;
+        yumIO().transaction.nextSlot = 13;
+        yumIO().transaction.payloadSlots.insert("x", 14);
         QVERIFY(!apply("seen.append(state())"));
         QCOMPARE(backEnd->text("{name: value for name, value in seen[0].items() if value} == "
                                "{'phase': 2, 'lastTsDone': -1}"),
@@ -1133,7 +1135,7 @@ private Q_SLOTS:
         mark("tool", Package::Install);
         QVERIFY(!apply());
         {
-            const auto marked = yumIO().actionEntries;
+            const auto marked = yumIO().transaction.actionEntries;
             QCOMPARE(marked.count(), 1);
             QVERIFY(marked.first() == backEnd->entry("tool"));
         }
@@ -1142,7 +1144,7 @@ private Q_SLOTS:
         QCOMPARE(given(), QString("tool1.0; ; ; ; ; "));
         // Records that are gone are marked no more.
         yumIO().clearEntries();
-        QVERIFY(yumIO().actionEntries.isEmpty());
+        QVERIFY(yumIO().transaction.actionEntries.isEmpty());
     }
 
     void failuresAreExplained()
@@ -1153,7 +1155,7 @@ private Q_SLOTS:
         QCOMPARE(shown.count(), 2);
         QCOMPARE(shown[1].title, QString("VYRE Yum Error"));
         QCOMPARE(shown[1].text, QString("nothing provides x\nUnable to apply changes"));
-        QVERIFY(!yumIO().txApplied);
+        QVERIFY(!yumIO().transaction.txApplied);
 
         QVERIFY(!apply(confirmed + "raise RuntimeError('odd')"));
         shown = backEnd->answers.take();

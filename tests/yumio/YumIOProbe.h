@@ -85,53 +85,34 @@ public:
     using YumIO::verifyLocalPkg;
 
     // State
-    using YumIO::actCounter;
-    using YumIO::actionEntries;
     using YumIO::basearch;
     using YumIO::bestByName;
     using YumIO::biArchs;
-    using YumIO::cachedSize;
     using YumIO::classes;
     using YumIO::dialogs;
     using YumIO::dnfVersionLooked;
     using YumIO::dnfVersionText;
-    using YumIO::downloading;
-    using YumIO::downloadSize;
-    using YumIO::downloadSteps;
-    using YumIO::downloadWeight;
     using YumIO::enabledRepos;
     using YumIO::entries;
     using YumIO::entryIndex;
     using YumIO::exceptLogStart;
     using YumIO::fewPackages;
     using YumIO::fileListsLoaded;
-    using YumIO::lastAction;
-    using YumIO::lastTsDone;
     using YumIO::locked;
     using YumIO::missingAttributes;
-    using YumIO::nextSlot;
     using YumIO::otherDataLoaded;
-    using YumIO::payloadSlots;
     using YumIO::phase;
     using YumIO::progress;
     using YumIO::readingCount;
     using YumIO::readingMax;
     using YumIO::readingName;
-    using YumIO::remoteCount;
-    using YumIO::remoteWeight;
-    using YumIO::rpmWeight;
     using YumIO::stderrCapturedPending;
     using YumIO::stderrKind;
     using YumIO::stderrLevel;
     using YumIO::stderrPending;
     using YumIO::stdoutCapturedPending;
     using YumIO::stdoutPending;
-    using YumIO::testRun;
-    using YumIO::threadCount;
-    using YumIO::threadsMax;
-    using YumIO::txApplied;
-    using YumIO::txListed;
-    using YumIO::txText;
+    using YumIO::transaction;
 };
 
 #endif

@@ -111,8 +111,8 @@ private Q_SLOTS:
         backEnd->renew();
         yumIO().stdoutPending.clear();
         yumIO().stderrPending.clear();
-        yumIO().txText.clear();
-        yumIO().txListed = false;
+        yumIO().transaction.txText.clear();
+        yumIO().transaction.txListed = false;
     }
 
     void cleanup()
@@ -177,14 +177,14 @@ private Q_SLOTS:
     void outputIsPartOfAPlainQuestionOnly()
     {
         backEnd->run("sys.stdout.write('caf\\u00e9 %1')\nsys.stderr.write('b\\n')");
-        QCOMPARE(yumIO().txText, QString::fromUtf8("café %1\nb\n\n"));
-        yumIO().txText = "listing\n";
-        yumIO().txListed = true;
+        QCOMPARE(yumIO().transaction.txText, QString::fromUtf8("café %1\nb\n\n"));
+        yumIO().transaction.txText = "listing\n";
+        yumIO().transaction.txListed = true;
         backEnd->run("sys.stdout.write('c')\nsys.stderr.write('d')");
-        QCOMPARE(yumIO().txText, QString("listing\n"));
-        yumIO().txListed = false;
+        QCOMPARE(yumIO().transaction.txText, QString("listing\n"));
+        yumIO().transaction.txListed = false;
         backEnd->run("yumIOC.gpgsigcheck()");
-        QCOMPARE(yumIO().txText, QString());
+        QCOMPARE(yumIO().transaction.txText, QString());
     }
 
     void messagesWithTheirLevel()

@@ -626,9 +626,9 @@ private Q_SLOTS:
             QVERIFY2(log.filter(said).count() == 1, qPrintable(log.join('\n')));
         }
         // The progress of the packages ended where it was to end.
-        QCOMPARE(yumIO().actCounter, yumIO().rpmWeight);
-        QCOMPARE(yumIO().remoteCount, 2U);
-        QVERIFY(yumIO().payloadSlots.isEmpty());
+        QCOMPARE(yumIO().transaction.actCounter, yumIO().transaction.rpmWeight);
+        QCOMPARE(yumIO().transaction.remoteCount, 2U);
+        QVERIFY(yumIO().transaction.payloadSlots.isEmpty());
 
         collectAgain();
         QCOMPARE(backEnd->entry("chatterbox")->state, Package::Installed);
