@@ -499,41 +499,34 @@ quint64 YumIO::dnfVersion()
     return splitVersion(text);
 }
 
-void YumIO::deleteEntries()
-{
-    qDeleteAll(collectedEntries); // the index may have one twice
-    entries.clear();
-    transaction.actionEntries.clear();
-    entryIndex.clear();
-    collectedEntries.clear();
-    bestByName.clear();
-    biArchs.clear();
-    biArchByArch.clear();
-    sharedTexts.clear();
-    replacements.clear();
-}
-
 void YumIO::clearEntriesReal()
 {
     blocker.block();
     PyGILStateWrapper lock(true);
-    for (Package::Entry* first : qAsConst(entryIndex)) {
-        for (Package::Entry* entry = first; entry != nullptr; entry = entry->next) {
-            Py_CLEAR(entry->pyObject);
-        }
-    }
-    deleteEntries();
+    forgetEntries([](PyObject* object) { Py_DECREF(object); });
 }
 
 void YumIO::clearEntriesBeforeQuit()
 {
     FlagScope flag(clearing);
-    for (Package::Entry* first : qAsConst(entryIndex)) {
-        for (Package::Entry* entry = first; entry != nullptr; entry = entry->next) {
-            entry->pyObject = nullptr;
-        }
-    }
-    deleteEntries();
+    forgetEntries({});
+}
+
+void YumIO::forgetEntries(const std::function<void(PyObject*)>& drop)
+{
+    transaction.actionEntries.clear();
+    biArchByArch.clear();
+    records.clear(drop);
+}
+
+Package::Entry* YumIO::findPackage(const QString& name)
+{
+    return records.findPackage(name, getBiArch(basearch));
+}
+
+Package::Entry* YumIO::findPackage(const QString& name, const QString& arch)
+{
+    return records.find(EntryKey(false, name, getBiArch(arch)));
 }
 
 void YumIO::blockerRelease()
@@ -542,28 +535,6 @@ void YumIO::blockerRelease()
         blockerHeld = false;
         blocker.release();
     }
-}
-
-Package::Entry* YumIO::installedEntry(Package::Entry* entry)
-{
-    return entry->state == Package::Installed ? entry : entry->next;
-}
-
-quint64 YumIO::installedSize(Package::Entry* entry)
-{
-    const Package::Entry* installed = entry != nullptr ? installedEntry(entry) : nullptr;
-    return installed != nullptr ? installed->size : 0;
-}
-
-bool YumIO::isLeftToUser(const Package::Entry& entry) const
-{
-    const auto found = replacements.constFind(&entry);
-    return found != replacements.constEnd() && (!found->by.isEmpty() || entry.state == Package::Available);
-}
-
-YumIO::Replacement YumIO::replacement(const Package::Entry& entry) const
-{
-    return replacements.value(&entry);
 }
 
 QString YumIO::getState(const Package::Entry& entry) const

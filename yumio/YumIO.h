@@ -19,6 +19,7 @@
 #include "services/Log.h"
 #include "yumio/Fields.h"
 #include "yumio/Package.h"
+#include "yumio/Records.h"
 #include "yumio/ScriptValues.h"
 #include "yumio/TransactionState.h"
 
@@ -79,8 +80,9 @@ public:
     // Whether another package is to take the place of this installed one, or this one, which is not
     // installed, the place of an installed one. That is left to the user: nothing marks such a record
     // together with others.
-    bool isLeftToUser(const Package::Entry& entry) const;
-    Replacement replacement(const Package::Entry& entry) const;
+    bool isLeftToUser(const Package::Entry& entry) const { return records.isLeftToUser(entry); }
+    // Few records have one.
+    Replacement replacement(const Package::Entry& entry) const { return records.replacement(entry); }
 
     // Whether a worker runs.
     bool isWorking() const { return worker != nullptr; }
@@ -96,8 +98,8 @@ public:
     void finish(bool displayIsThere);
 
     // The records by position; none while they are being rebuilt.
-    int count() const { return rebuilding ? 0 : entries.count(); }
-    Package::Entry* operator[](int row) const { return entries.at(row); }
+    int count() const { return rebuilding ? 0 : records.count(); }
+    Package::Entry* operator[](int row) const { return records.at(row); }
 
     // --- Extra data. Each loads at most once; true when loaded.
 
@@ -127,11 +129,11 @@ public:
     bool isOutdated() const { return transaction.outdated; }
 
     // The records' actions, to be put back after a new collection.
-    Marks marks() const;
+    Marks marks() const { return records.marks(); }
     // Those marks that the last apply() has not carried out because they were impossible.
     const Marks& leftOutMarks() const { return transaction.leftOut; }
     // Each for the record that has the same key now, if that still permits the action.
-    void restoreMarks(const Marks& marks);
+    void restoreMarks(const Marks& marks) { records.restoreMarks(marks); }
 
     // Each has a worker remove files from the package manager's cache.
     bool cleanDbcache();
@@ -286,7 +288,6 @@ private:
         quint32& phase;
     };
 
-    using EntryIndex = QHash<EntryKey, Package::Entry*>;
     using GroupCheck = bool (YumIO::*)(const Package::Entry& group, const Package::Entry& pkg);
 
     // Start
@@ -324,22 +325,21 @@ private:
     // Collection
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
-    bool collectField(EntryIndex& index, PyObject* all, const char* field, Package::State state);
+    bool collectField(PyObject* all, const char* field, Package::State state);
     // What is installed although the configuration excludes it; the script need not know of such.
-    bool collectExcluded(EntryIndex& index, PyObject* all);
-    bool collectSet(EntryIndex& index, PyObject* set, Package::State state, bool excluded = false);
+    bool collectExcluded(PyObject* all);
+    bool collectSet(PyObject* set, Package::State state, bool excluded = false);
     // The name and the architecture are the package's own: whoever looks for its key has read them already.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
-    bool collectGroups(EntryIndex& index, PyObject* groups);
+    bool collectGroups(PyObject* groups);
     // A history that cannot be read is asked no further; historyFault says why, and is empty until then.
     void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
                       QString& historyFault);
     bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
                       const char* method, const QString& what, bool& loaded);
-    QString shared(const QString& text);
     void collectReplacements();
-    void deleteEntries();
+    void forgetEntries(const std::function<void(PyObject*)>& drop);
 
     // Searching
     // Up to so many packages are asked for their files one by one; for more, the metadata are read through.
@@ -408,8 +408,7 @@ private:
     // Values of the package manager
     using ScriptValues::getVerRel; // beside the text of a record
     QString getBiArch(const QString& arch);
-    static Package::Entry* installedEntry(Package::Entry* entry);
-    static quint64 installedSize(Package::Entry* entry); // 0 when nothing is installed
+    static Package::Entry* installedEntry(Package::Entry* entry) { return Records::installedEntry(entry); }
 
     // Errors
     void error(const char* text) override;
@@ -429,17 +428,9 @@ private:
     void sigchldRestore();
     bool reapChildren();
 
-    Package::EntryList entries;
-    EntryIndex entryIndex;
-    // Those of the index, as they came; near each other in memory too.
-    QVector<Package::Entry*> collectedEntries;
+    Records records;
     QString basearch;
-    QHash<QString, Package::Entry*> bestByName;
-    QSet<QString> biArchs;
-    QHash<QString, QString> biArchByArch; // what the script answered
-    QSet<QString> sharedTexts;            // one copy of each text that thousands of records have
-    // Few records have any.
-    QHash<const Package::Entry*, Replacement> replacements;
+    QHash<QString, QString> biArchByArch; // the script's answers
     bool clearing;
     QThread* worker;  // null while none runs
     bool blockerHeld; // the worker is held back

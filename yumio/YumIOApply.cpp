@@ -21,7 +21,7 @@ using Transaction::atLeast;
 bool YumIO::apply()
 {
     QList<Package::Entry*> marked;
-    for (Package::Entry* entry : qAsConst(entries)) {
+    for (Package::Entry* entry : records.all()) {
         entry->txAction = Package::None;
         entry->local = false;
         if (entry->action != Package::None) {
@@ -33,30 +33,6 @@ bool YumIO::apply()
     ApplyThread thread(this, loop);
     execWorkThread(loop, thread);
     return thread.result;
-}
-
-YumIO::Marks YumIO::marks() const
-{
-    Marks found;
-    for (const Package::Entry* entry : qAsConst(entries)) {
-        if (entry->action != Package::None) {
-            found.insert(EntryKey(*entry), entry->action);
-        }
-    }
-    return found;
-}
-
-void YumIO::restoreMarks(const Marks& marks)
-{
-    for (auto i = marks.constBegin(); i != marks.constEnd(); ++i) {
-        Package::Entry* entry = entryIndex.value(i.key());
-        if (entry == nullptr) {
-            continue;
-        }
-        if (entry->permits(i.value())) {
-            entry->action = i.value();
-        }
-    }
 }
 
 bool YumIO::applyReal()
@@ -323,27 +299,6 @@ PyObject* YumIO::getGroupItem(const Package::Entry& group, const char* attr)
     return item;
 }
 
-Package::Entry* YumIO::findPackage(const QString& name)
-{
-    const QString native = getBiArch(basearch);
-    if (Package::Entry* found = entryIndex.value(EntryKey(false, name, native))) {
-        return found;
-    }
-    for (const QString& biArch : qAsConst(biArchs)) {
-        if (biArch != native) {
-            if (Package::Entry* found = entryIndex.value(EntryKey(false, name, biArch))) {
-                return found;
-            }
-        }
-    }
-    return nullptr;
-}
-
-Package::Entry* YumIO::findPackage(const QString& name, const QString& arch)
-{
-    return entryIndex.value(EntryKey(false, name, getBiArch(arch)));
-}
-
 PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
 {
     PyObject* unused = nullptr;
@@ -469,12 +424,12 @@ void YumIO::weighItem(PyObject* item, long action)
         transaction.rpmWeight += atLeast(3 * entry->size);
         break;
     case Transaction::Obsoleted:
-        transaction.rpmWeight += atLeast(installedSize(entry));
+        transaction.rpmWeight += atLeast(Records::installedSize(entry));
         break;
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        transaction.rpmWeight += atLeast(installedSize(entry) / 5);
+        transaction.rpmWeight += atLeast(Records::installedSize(entry) / 5);
         break;
     case Transaction::Remove: {
         const QString verRel = getVerRelTxitem(item);

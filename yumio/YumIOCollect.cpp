@@ -121,7 +121,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     progress->startItem(tr("Collecting updatable packages"), 1000, 1);
     {
         const PyRef updates = collected("collectUpdates", tr("collect updatable packages"), true);
-        if (!updates || !collectSet(entryIndex, updates.get(), Package::Updatable)) {
+        if (!updates || !collectSet(updates.get(), Package::Updatable)) {
             return false;
         }
         // A package that gets or loses its architecture may be of another class than its update: what is
@@ -138,10 +138,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
             if (PyArg_ParseTuple(PyList_GET_ITEM(pairs.get(), i), "OO", &update, &installed) == 0) {
                 break;
             }
-            Package::Entry* const entry = entryIndex.value(key(update));
-            const EntryKey place = key(installed);
-            if (entry != nullptr && !entryIndex.contains(place)) {
-                entryIndex.insert(place, entry);
+            if (Package::Entry* const entry = records.find(key(update))) {
+                records.addKey(key(installed), entry);
             }
         }
         PyErr_Clear();
@@ -149,9 +147,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     progress->startItem(tr("Collecting installed and available packages"), 1000, 1);
     {
         const PyRef all = collected("collectAll", tr("collect installed and available packages"), true);
-        if (!all || !collectField(entryIndex, all.get(), "installed", Package::Installed) ||
-            !collectExcluded(entryIndex, all.get()) ||
-            !collectField(entryIndex, all.get(), "available", Package::Available)) {
+        if (!all || !collectField(all.get(), "installed", Package::Installed) ||
+            !collectExcluded(all.get()) || !collectField(all.get(), "available", Package::Available)) {
             return false;
         }
     }
@@ -163,17 +160,14 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         if (!groups) {
             return false;
         }
-        if (!collectGroups(entryIndex, groups.get())) {
+        if (!collectGroups(groups.get())) {
             progress->reset();
             return false;
         }
     }
     const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
     collectReplacements();
-    entries.reserve(collectedEntries.count());
-    for (Package::Entry* entry : qAsConst(collectedEntries)) {
-        entries.append(entry);
-    }
+    records.publish();
     return true;
 }
 
@@ -199,12 +193,7 @@ void YumIO::collectReplacements()
         }
         const QString before = pyString(replacedText.get());
         const QString after = pyString(otherText.get());
-        if (const Package::Entry* const entry = record(replaced)) {
-            replacements[entry].by.append(after);
-        }
-        if (const Package::Entry* const entry = record(other)) {
-            replacements[entry].of.append(before);
-        }
+        records.addReplacement(record(replaced), before, record(other), after);
         lines.append(before + QStringLiteral(" -> ") + after);
     }
     PyErr_Clear();
@@ -246,27 +235,22 @@ QStringList YumIO::collectRepos(PyObject* reposDict)
     return enabled;
 }
 
-bool YumIO::collectField(EntryIndex& index, PyObject* all, const char* field, Package::State state)
+bool YumIO::collectField(PyObject* all, const char* field, Package::State state)
 {
     const PyRef set(PyObject_GetAttrString(all, field));
     if (!set) {
         return internalError(tr("Internal error: yumIO.collectAll.%1 not found").arg(QLatin1String(field)));
     }
-    return collectSet(index, set.get(), state);
+    return collectSet(set.get(), state);
 }
 
-bool YumIO::collectExcluded(EntryIndex& index, PyObject* all)
+bool YumIO::collectExcluded(PyObject* all)
 {
     const PyRef set(attribute(all, "excluded"));
-    return !set || collectSet(index, set.get(), Package::Installed, true);
+    return !set || collectSet(set.get(), Package::Installed, true);
 }
 
-QString YumIO::shared(const QString& text)
-{
-    return *sharedTexts.insert(text);
-}
-
-bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state, bool excluded)
+bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
 {
     const PyRef iterator(PyObject_GetIter(set));
     if (!iterator) {
@@ -275,57 +259,41 @@ bool YumIO::collectSet(EntryIndex& index, PyObject* set, Package::State state, b
     // A hint only: it saves the index from growing again and again.
     const Py_ssize_t hint = PyObject_LengthHint(set, 0);
     if (hint > 0) {
-        index.reserve(index.count() + static_cast<int>(hint));
-        bestByName.reserve(bestByName.count() + static_cast<int>(hint));
+        records.reserve(static_cast<int>(hint));
     }
     PyErr_Clear();
     bool comparisonFailed = false;
+    const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
+        // What fails for one pair fails for thousands.
+        ExceptScope scope(*this);
+        if (comparisonFailed) {
+            pyExceptExpect(PyExc_Exception);
+        }
+        const PyRef better(pyMethodCall(yumIO.get(), "isBetterThan", "(O,O)", best.pyObject, other.pyObject));
+        comparisonFailed = comparisonFailed || !better;
+        PyErr_Clear();
+        return better.get() == Py_True;
+    };
     for (;;) {
         const PyRef pkg(PyIter_Next(iterator.get()));
         if (!pkg) {
             break;
         }
         const QString name = pyStringDec(attribute(pkg.get(), NameAttribute));
-        const QString arch = shared(pyStringDec(attribute(pkg.get(), ArchAttribute)));
-        const QString biArch = getBiArch(arch);
-        const EntryKey key(false, name, biArch);
-        Package::Entry*& entry = index[key];
+        const QString arch = records.shared(pyStringDec(attribute(pkg.get(), ArchAttribute)));
+        Package::Entry*& entry = records.place(EntryKey(false, name, getBiArch(arch)));
         if (entry != nullptr) {
             if (state == Package::Installed) {
-                Package::Entry* last = entry;
-                while (last->next != nullptr) {
-                    last = last->next;
-                }
-                collectPkg(last->next, state, pkg.get(), name, arch);
-                last->next->excluded = excluded;
+                Package::Entry*& further = Records::endOfChain(entry);
+                collectPkg(further, state, pkg.get(), name, arch);
+                further->excluded = excluded;
             }
             continue;
         }
         collectPkg(entry, state, pkg.get(), name, arch);
         entry->excluded = excluded;
-        collectedEntries.append(entry);
-        biArchs.insert(biArch);
-
-        Package::Entry*& best = bestByName[name];
-        if (best == nullptr) {
-            best = entry;
-            continue;
-        }
-        // What fails for one pair fails for thousands.
-        ExceptScope scope(*this);
-        if (comparisonFailed) {
-            pyExceptExpect(PyExc_Exception);
-        }
-        const PyRef better(
-            pyMethodCall(yumIO.get(), "isBetterThan", "(O,O)", best->pyObject, entry->pyObject));
-        comparisonFailed = comparisonFailed || !better;
-        PyErr_Clear();
-        if (better.get() == Py_True) {
-            entry->duplicate = true;
-        } else {
-            best->duplicate = true;
-            best = entry;
-        }
+        records.added(entry);
+        records.rank(entry, isBetter);
     }
     if (PyErr_Occurred() != nullptr) {
         return internalError(tr("Internal error: the packages cannot be walked"));
@@ -345,17 +313,17 @@ void YumIO::collectPkg(Package::Entry*& slot, Package::State state, PyObject* pk
     entry->kind = getPkgKind(pkg);
     entry->name = name;
     entry->verRel = getVerRel(pkg);
-    entry->repo = shared(pyStringDec(attribute(pkg, RepoIdAttribute)));
+    entry->repo = records.shared(pyStringDec(attribute(pkg, RepoIdAttribute)));
     entry->arch = arch;
     entry->biArch = getBiArch(arch);
     entry->size = sizeOf(pkg);
-    entry->sizeText = shared(bytesFormat(entry->size));
+    entry->sizeText = records.shared(bytesFormat(entry->size));
     entry->summary = pyStringDec(attribute(pkg, SummaryAttribute));
     entry->buildTime = buildTimeOf(pkg);
     entry->buildTimeText = QString::fromLatin1(timeFormat(static_cast<long>(entry->buildTime)));
 }
 
-bool YumIO::collectGroups(EntryIndex& index, PyObject* groups)
+bool YumIO::collectGroups(PyObject* groups)
 {
     const PyRef history(PyObject_GetAttrString(base.get(), "history"));
     if (!history) {
@@ -385,11 +353,10 @@ bool YumIO::collectGroups(EntryIndex& index, PyObject* groups)
             return internalError(tr("Internal error: group without name"));
         }
         const QString text = pyString(name.get());
-        const EntryKey key(true, text, QString());
-        if (!index.contains(key)) {
-            Package::Entry*& entry = index[key];
+        Package::Entry*& entry = records.place(EntryKey(true, text, QString()));
+        if (entry == nullptr) {
             collectGroup(entry, group.get(), text, historyGroup.get(), historyFault);
-            collectedEntries.append(entry);
+            records.added(entry);
         }
     }
     if (PyErr_Occurred() != nullptr) {

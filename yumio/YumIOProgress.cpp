@@ -498,7 +498,7 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
     // One that is not in the table is asked itself.
     const quint64 ownSize = entry == nullptr ? sizeOf(package) : 0;
     const quint64 newWeight = atLeast(3 * (entry != nullptr ? entry->size : ownSize));
-    const quint64 oldSize = entry != nullptr ? installedSize(entry) : ownSize;
+    const quint64 oldSize = entry != nullptr ? Records::installedSize(entry) : ownSize;
     QString text;
     quint64 weight = 0;
     switch (action) {

@@ -263,12 +263,12 @@ bool BackEnd::collect(const QHash<QString, bool>& repoEnable)
 
 Package::Entry* BackEnd::entry(const QString& name, const QString& biArch)
 {
-    return yumIO.entryIndex.value(YumIO::EntryKey(false, name, biArch));
+    return yumIO.records.find(YumIO::EntryKey(false, name, biArch));
 }
 
 Package::Entry* BackEnd::group(const QString& name)
 {
-    return yumIO.entryIndex.value(YumIO::EntryKey(true, name, QString()));
+    return yumIO.records.find(YumIO::EntryKey(true, name, QString()));
 }
 
 QStringList BackEnd::log(int from)

@@ -172,7 +172,7 @@ private Q_SLOTS:
         mark("tool", Package::Install);
         QVERIFY(!apply());
         QCOMPARE(yumIO().transaction.actionEntries.count(), 1);
-        for (Package::Entry* entry : qAsConst(yumIO().entries)) {
+        for (Package::Entry* entry : yumIO().records.all()) {
             Py_CLEAR(entry->pyObject);
         }
         backEnd.reset();
@@ -1399,7 +1399,7 @@ private Q_SLOTS:
                 "it.groups = [Group('tool', 't')]");
         yumIO().restoreMarks(marks);
         QHash<QString, int> found;
-        for (const Package::Entry* entry : qAsConst(yumIO().entries)) {
+        for (const Package::Entry* entry : yumIO().records.all()) {
             if (entry->action != Package::None) {
                 found.insert(entry->name, entry->action);
             }

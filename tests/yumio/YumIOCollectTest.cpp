@@ -345,7 +345,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.collectAll.available not found"}));
         QCOMPARE(yumIO().count(), 0);
-        QCOMPARE(yumIO().entryIndex.count(), 1);
+        QCOMPARE(yumIO().records.keyCount(), 1);
         backEnd->run("it.does['collectAll'] = lambda: Thing(available=[])");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.collectAll.installed not found"}));
@@ -433,7 +433,7 @@ private Q_SLOTS:
             "it.installed[3])]");
         const int references = backEnd->text("sys.getrefcount(it.installed[0])").toInt();
         QVERIFY(backEnd->collect());
-        QCOMPARE(names(yumIO().entries), QStringList({"gets.i386", "loses.x86_64", "plain.x86_64"}));
+        QCOMPARE(names(yumIO().records.all()), QStringList({"gets.i386", "loses.x86_64", "plain.x86_64"}));
         const auto versions = [](const Package::Entry* entry) {
             QStringList lines;
             for (; entry != nullptr; entry = entry->next) {
@@ -485,13 +485,12 @@ private Q_SLOTS:
         backEnd->run("it.available = [Package('lib', arch='i686'), Package('lib', arch='x86_64'),\n"
                      "                Package('mono', arch='x86_64'), Package('mono', arch='i586')]");
         QVERIFY(backEnd->collect());
-        QCOMPARE(names(yumIO().entries), QStringList({"lib.i386", "lib.x86_64", "mono.i386", "mono.x86_64"}));
+        QCOMPARE(names(yumIO().records.all()),
+                 QStringList({"lib.i386", "lib.x86_64", "mono.i386", "mono.x86_64"}));
         QVERIFY(backEnd->entry("lib", "i386")->duplicate);
         QVERIFY(!backEnd->entry("lib")->duplicate);
         QVERIFY(backEnd->entry("mono", "i386")->duplicate);
         QVERIFY(!backEnd->entry("mono")->duplicate);
-        QVERIFY(yumIO().bestByName.value("lib") == backEnd->entry("lib"));
-        QCOMPARE(yumIO().biArchs, QSet<QString>({"x86_64", "i386"}));
         QCOMPARE(backEnd->text("[(a.arch, b.arch) for a, b in it.did('isBetterThan')]"),
                  QString("[('i686', 'x86_64'), ('x86_64', 'i586')]"));
     }
@@ -634,9 +633,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 3);
         yumIO().clearEntries();
         QCOMPARE(yumIO().count(), 0);
-        QVERIFY(yumIO().entryIndex.isEmpty());
-        QVERIFY(yumIO().bestByName.isEmpty());
-        QVERIFY(yumIO().biArchs.isEmpty());
+        QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
     void clearingBeforeTheEndAbandonsTheReferences()
@@ -647,9 +644,7 @@ private Q_SLOTS:
         yumIO().clearEntriesBeforeQuit();
         QCOMPARE(backEnd->text("[sys.getrefcount(k) for k in kernels]"), references);
         QCOMPARE(yumIO().count(), 0);
-        QVERIFY(yumIO().entryIndex.isEmpty());
-        QVERIFY(yumIO().bestByName.isEmpty());
-        QVERIFY(yumIO().biArchs.isEmpty());
+        QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
     void resetIsTheScripts()

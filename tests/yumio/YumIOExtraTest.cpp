@@ -520,17 +520,6 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getBiArch("noarch"), QString("x86_64"));
         QCOMPARE(yumIO().getBiArch("s390x"), QString("s390x"));
     }
-
-    void installedCounterparts()
-    {
-        Package::Entry entry;
-        Package::Entry* old = new Package::Entry;
-        entry.next = old;
-        entry.state = Package::Installed;
-        QVERIFY(yumIO().installedEntry(&entry) == &entry);
-        entry.state = Package::Updatable;
-        QVERIFY(yumIO().installedEntry(&entry) == old);
-    }
 };
 
 QTEST_MAIN(YumIOExtraTest)

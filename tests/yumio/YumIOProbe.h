@@ -45,7 +45,6 @@ public:
 
     // Values
     using YumIO::getBiArch;
-    using YumIO::installedEntry;
 
     // Messages and processes
     using YumIO::ChildSignal;
@@ -86,15 +85,11 @@ public:
 
     // State
     using YumIO::basearch;
-    using YumIO::bestByName;
-    using YumIO::biArchs;
     using YumIO::classes;
     using YumIO::dialogs;
     using YumIO::dnfVersionLooked;
     using YumIO::dnfVersionText;
     using YumIO::enabledRepos;
-    using YumIO::entries;
-    using YumIO::entryIndex;
     using YumIO::exceptLogStart;
     using YumIO::fewPackages;
     using YumIO::fileListsLoaded;
@@ -106,6 +101,7 @@ public:
     using YumIO::readingCount;
     using YumIO::readingMax;
     using YumIO::readingName;
+    using YumIO::records;
     using YumIO::stderrCapturedPending;
     using YumIO::stderrKind;
     using YumIO::stderrLevel;

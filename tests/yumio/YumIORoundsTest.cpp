@@ -127,7 +127,7 @@ private Q_SLOTS:
             QCOMPARE(backEnd->yumIO.count(), count);
             backEnd->yumIO.clearEntries();
             QCOMPARE(backEnd->yumIO.count(), 0);
-            QVERIFY(backEnd->yumIO.entryIndex.isEmpty());
+            QCOMPARE(backEnd->yumIO.records.keyCount(), 0);
             backEnd->yumIO.reset();
             {
                 // It is to keep what was told in the whole run.

@@ -198,7 +198,7 @@ private Q_SLOTS:
                                      "sandbox-updates"}));
         // The repository that cannot be reached is left out, and the log tells so.
         QVERIFY(backEnd->log().contains("3 2 Ignoring repositories: sandbox-unreachable"));
-        QCOMPARE(yumIO().count(), yumIO().entryIndex.count());
+        QCOMPARE(yumIO().count(), yumIO().records.keyCount());
     }
 
     void installedRecordsAreWhatRpmKnows()
@@ -212,7 +212,7 @@ private Q_SLOTS:
             if (first->kind == Package::Group) {
                 continue;
             }
-            for (const Package::Entry* entry = yumIO().installedEntry(first); entry != nullptr;
+            for (const Package::Entry* entry = Records::installedEntry(first); entry != nullptr;
                  entry = entry->next) {
                 QCOMPARE(entry->state, Package::Installed);
                 QCOMPARE(entry->repo, QString("@System"));

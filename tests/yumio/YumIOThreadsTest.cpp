@@ -100,7 +100,7 @@ private:
     }
 
     // What an operation leaves behind: lines of the log, and records.
-    QList<int> traces() { return {backEnd->log().count(), yumIO().entryIndex.count()}; }
+    QList<int> traces() { return {backEnd->log().count(), yumIO().records.keyCount()}; }
 
     QScopedPointer<BackEnd> backEnd;
 
@@ -400,11 +400,11 @@ private Q_SLOTS:
         add("other data",
             [](auto& yumIO, auto& loop) { return new YumIOProbe::CollectOtherDataThread(&yumIO, loop); });
         add("texts to search", [](auto& yumIO, auto& loop) {
-            wanted = {yumIO.entries.first()};
+            wanted = {yumIO.records.at(0)};
             return new YumIOProbe::CollectSearchTextsThread(&yumIO, loop, wanted);
         });
         add("change log", [](auto& yumIO, auto& loop) {
-            return new YumIOProbe::LoadChangeLogThread(&yumIO, loop, *yumIO.entries.first());
+            return new YumIOProbe::LoadChangeLogThread(&yumIO, loop, *yumIO.records.at(0));
         });
         add("apply", [](auto& yumIO, auto& loop) { return new YumIOProbe::ApplyThread(&yumIO, loop); });
     }

@@ -1,0 +1,125 @@
+#include "yumio/Records.h"
+
+#include <utility>
+
+void Records::reserve(int further)
+{
+    entryIndex.reserve(entryIndex.count() + further);
+    bestByName.reserve(bestByName.count() + further);
+}
+
+void Records::added(Package::Entry* entry)
+{
+    collectedEntries.append(entry);
+    if (entry->kind != Package::Group) {
+        biArchs.insert(entry->biArch);
+    }
+}
+
+void Records::addKey(const Package::EntryKey& key, Package::Entry* entry)
+{
+    if (!entryIndex.contains(key)) {
+        entryIndex.insert(key, entry);
+    }
+}
+
+Package::Entry*& Records::endOfChain(Package::Entry* first)
+{
+    Package::Entry* last = first;
+    while (last->next != nullptr) {
+        last = last->next;
+    }
+    return last->next;
+}
+
+void Records::addReplacement(const Package::Entry* replaced, const QString& before,
+                             const Package::Entry* other, const QString& after)
+{
+    if (replaced != nullptr) {
+        replacements[replaced].by.append(after);
+    }
+    if (other != nullptr) {
+        replacements[other].of.append(before);
+    }
+}
+
+void Records::publish()
+{
+    entries.reserve(collectedEntries.count());
+    for (Package::Entry* entry : qAsConst(collectedEntries)) {
+        entries.append(entry);
+    }
+}
+
+Package::Entry* Records::findPackage(const QString& name, const QString& preferredBiArch) const
+{
+    if (Package::Entry* found = find(Package::EntryKey(false, name, preferredBiArch))) {
+        return found;
+    }
+    for (const QString& biArch : biArchs) {
+        if (biArch != preferredBiArch) {
+            if (Package::Entry* found = find(Package::EntryKey(false, name, biArch))) {
+                return found;
+            }
+        }
+    }
+    return nullptr;
+}
+
+Package::Entry* Records::installedEntry(Package::Entry* entry)
+{
+    return entry->state == Package::Installed ? entry : entry->next;
+}
+
+quint64 Records::installedSize(Package::Entry* entry)
+{
+    const Package::Entry* installed = entry != nullptr ? installedEntry(entry) : nullptr;
+    return installed != nullptr ? installed->size : 0;
+}
+
+bool Records::isLeftToUser(const Package::Entry& entry) const
+{
+    const auto found = replacements.constFind(&entry);
+    return found != replacements.constEnd() && (!found->by.isEmpty() || entry.state == Package::Available);
+}
+
+Package::Marks Records::marks() const
+{
+    Package::Marks found;
+    for (const Package::Entry* entry : entries) {
+        if (entry->action != Package::None) {
+            found.insert(Package::EntryKey(*entry), entry->action);
+        }
+    }
+    return found;
+}
+
+void Records::restoreMarks(const Package::Marks& marks) const
+{
+    for (auto i = marks.constBegin(); i != marks.constEnd(); ++i) {
+        Package::Entry* entry = find(i.key());
+        if (entry != nullptr && entry->permits(i.value())) {
+            entry->action = i.value();
+        }
+    }
+}
+
+void Records::clear(const std::function<void(PyObject*)>& drop)
+{
+    for (Package::Entry* first : qAsConst(collectedEntries)) {
+        for (Package::Entry* entry = first; entry != nullptr; entry = entry->next) {
+            PyObject* object = std::exchange(entry->pyObject, nullptr);
+            if (object != nullptr && drop) {
+                drop(object);
+            }
+        }
+    }
+    qDeleteAll(collectedEntries); // the index may have one twice
+    entries.clear();
+    entryIndex.clear();
+    collectedEntries.clear();
+    bestByName.clear();
+    biArchs.clear();
+    sharedTexts.clear();
+    replacements.clear();
+}
