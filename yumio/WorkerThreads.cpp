@@ -66,6 +66,14 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     worker = nullptr;
 }
 
+void YumIO::blockerRelease()
+{
+    if (blockerHeld) {
+        blockerHeld = false;
+        blocker.release();
+    }
+}
+
 bool YumIO::endWaiting()
 {
     Wait found = Wait::Lasts;
@@ -87,62 +95,4 @@ void YumIO::finish(bool displayIsThere)
         PyGILStateWrapper lock(true);
         releaseLock();
     }
-}
-
-bool YumIO::collect(const QHash<QString, bool>& repoEnable)
-{
-    FlagScope flag(rebuilding);
-    QEventLoop loop;
-    CollectThread thread(this, loop, repoEnable);
-    execWorkThread(loop, thread);
-    return thread.result;
-}
-
-void YumIO::clearEntries()
-{
-    FlagScope clearingFlag(clearing);
-    FlagScope rebuildingFlag(rebuilding);
-    QEventLoop loop;
-    ClearEntriesThread thread(this, loop);
-    execWorkThread(loop, thread);
-}
-
-bool YumIO::collectFileLists()
-{
-    if (fileListsLoaded) {
-        return true;
-    }
-    QEventLoop loop;
-    CollectFileListsThread thread(this, loop);
-    execWorkThread(loop, thread);
-    return thread.result;
-}
-
-bool YumIO::collectOtherData()
-{
-    if (otherDataLoaded) {
-        return true;
-    }
-    QEventLoop loop;
-    CollectOtherDataThread thread(this, loop);
-    execWorkThread(loop, thread);
-    return thread.result;
-}
-
-void YumIO::loadChangeLog(const Package::Entry& entry)
-{
-    if (entry.kind == Package::Group || entry.state == Package::Installed || !otherDataLoaded) {
-        return;
-    }
-    QEventLoop loop;
-    LoadChangeLogThread thread(this, loop, entry);
-    execWorkThread(loop, thread);
-}
-
-bool YumIO::cleanType(const QString& label, const char* method)
-{
-    QEventLoop loop;
-    CleanThread thread(this, loop, label, method);
-    execWorkThread(loop, thread);
-    return thread.result;
 }

@@ -23,6 +23,7 @@
 #include "yumio/EndSignals.h"
 #include "yumio/Metadata.h"
 #include "yumio/Words.h"
+#include "yumio/WorkerThreads.h"
 
 namespace {
 
@@ -222,15 +223,6 @@ void YumIO::setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item
     totalBar = total;
     itemBar = item;
     dialogs = new YumIODialogs(parentWidget);
-}
-
-bool YumIO::internalError(const QString& text)
-{
-    if (PyErr_Occurred() != nullptr) {
-        handleException();
-    }
-    error(text);
-    return false;
 }
 
 // Without them, or one of them, the script says what it has to say in English.
@@ -457,6 +449,44 @@ void YumIO::reset()
     const PyRef result(pyMethodCall(yumIO.get(), "reset", "()"));
 }
 
+QString YumIO::getYumVar(QString variable)
+{
+    PyGILStateWrapper lock(true);
+    const PyRef conf(PyObject_GetAttrString(base.get(), "conf"));
+    if (!conf) {
+        internalError(tr("Internal error: conf not evaluable"));
+        return QString();
+    }
+    PyRef value(PyObject_GetAttrString(conf.get(), variable.toUtf8().constData()));
+    if (!value) {
+        internalError(tr("Internal error: yum var %1 not found").arg(variable));
+        return QString();
+    }
+    return pyStringXDec(value.release());
+}
+
+QString YumIO::expandVariables(QString text)
+{
+    PyGILStateWrapper lock(true);
+    if (PyObject_HasAttrString(yumIO.get(), "expandVariables") != 0) {
+        PyRef expanded(pyMethodCall(yumIO.get(), "expandVariables", "(s)", text.toUtf8().constData()));
+        if (expanded) {
+            return pyStringDec(expanded.release());
+        }
+        PyErr_Clear();
+        return text;
+    }
+    // A script without it. "$arch" comes after the one that ends in it.
+    for (const char* variable : {"basearch", "arch", "releasever"}) {
+        const QString name = QLatin1String(variable);
+        const QString reference = QLatin1Char('$') + name;
+        if (text.contains(reference)) {
+            text.replace(reference, getYumVar(name));
+        }
+    }
+    return text;
+}
+
 QString YumIO::getBiArch(const QString& arch)
 {
     // The script's answer never changes while the program runs, and there are few architectures.
@@ -499,6 +529,15 @@ quint64 YumIO::dnfVersion()
     return splitVersion(text);
 }
 
+void YumIO::clearEntries()
+{
+    FlagScope clearingFlag(clearing);
+    FlagScope rebuildingFlag(rebuilding);
+    QEventLoop loop;
+    ClearEntriesThread thread(this, loop);
+    execWorkThread(loop, thread);
+}
+
 void YumIO::clearEntriesReal()
 {
     blocker.block();
@@ -527,14 +566,6 @@ Package::Entry* YumIO::findPackage(const QString& name)
 Package::Entry* YumIO::findPackage(const QString& name, const QString& arch)
 {
     return records.find(EntryKey(false, name, getBiArch(arch)));
-}
-
-void YumIO::blockerRelease()
-{
-    if (blockerHeld) {
-        blockerHeld = false;
-        blocker.release();
-    }
 }
 
 QString YumIO::getState(const Package::Entry& entry) const

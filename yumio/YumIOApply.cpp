@@ -190,26 +190,6 @@ void YumIO::readOutcome()
     PyErr_Restore(type, value, traceback);
 }
 
-// What the script has to say of an operation beside its result.
-void YumIO::showRemarks()
-{
-    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
-    PyErr_Fetch(&type, &value, &traceback);
-    const PyRef remarks(attribute(yumIO.get(), "remarks"));
-    QStringList texts;
-    if (remarks && PyList_Check(remarks.get())) {
-        const Py_ssize_t count = PyList_GET_SIZE(remarks.get());
-        for (Py_ssize_t i = 0; i < count; ++i) {
-            texts.append(pyString(PyList_GET_ITEM(remarks.get(), i)));
-        }
-        PyList_SetSlice(remarks.get(), 0, count, nullptr);
-    }
-    if (!texts.isEmpty()) {
-        warning(texts.join(QLatin1String("\n\n")));
-    }
-    PyErr_Restore(type, value, traceback);
-}
-
 bool YumIO::applyGroups()
 {
     for (const Package::Entry* entry : qAsConst(transaction.actionEntries)) {
@@ -479,6 +459,21 @@ void YumIO::weighUnlisted(PyObject* item, long action)
     }
 }
 
+bool YumIO::verifyLocalPkg(PyObject* pkg)
+{
+    // In the middle of a longer operation, whose own failure is explained by all that was logged since its
+    // begin.
+    const int outerLogStart = exceptLogStart;
+    bool valid = false;
+    {
+        ExceptScope scope(*this, {PyExc_FileNotFoundError, classes[MiscError]});
+        const PyRef result(pyMethodCall(yumIO.get(), "verifyLocalPkg", "(O)", pkg));
+        valid = result && PyObject_IsTrue(result.get()) == 1;
+    }
+    exceptLogStart = outerLogStart;
+    return valid;
+}
+
 PyObject* YumIO::reportDownloadSize(PyObject*, PyObject* args)
 {
     PyObject* packages = nullptr;
@@ -545,6 +540,14 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     transaction.txText.clear();
     transaction.txListed = false;
     return PyLong_FromLong(yes ? 1 : 0);
+}
+
+bool YumIO::cleanType(const QString& label, const char* method)
+{
+    QEventLoop loop;
+    CleanThread thread(this, loop, label, method);
+    execWorkThread(loop, thread);
+    return thread.result;
 }
 
 bool YumIO::cleanReal(const QString& label, const char* method)

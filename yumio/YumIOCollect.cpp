@@ -1,4 +1,4 @@
-// The collection of packages and groups, on a worker thread.
+// The collection of packages and groups: all but collect() runs on a worker thread.
 
 #include "yumio/YumIO.h"
 
@@ -8,6 +8,16 @@
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
 #include "yumio/EndSignals.h"
+#include "yumio/WorkerThreads.h"
+
+bool YumIO::collect(const QHash<QString, bool>& repoEnable)
+{
+    FlagScope flag(rebuilding);
+    QEventLoop loop;
+    CollectThread thread(this, loop, repoEnable);
+    execWorkThread(loop, thread);
+    return thread.result;
+}
 
 bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
 {
@@ -403,4 +413,27 @@ void YumIO::collectGroup(Package::Entry*& slot, PyObject* group, QString name, P
     } else {
         entry->state = upToDateGroup(*entry) ? Package::Available : Package::Updatable;
     }
+}
+
+bool YumIO::upToDateGroup(const Package::Entry& entry)
+{
+    return upToDateGroupPkgs(entry, "mandatory_packages") && upToDateGroupPkgs(entry, "default_packages");
+}
+
+bool YumIO::upToDateGroupPkgs(const Package::Entry& entry, const char* item)
+{
+    PyGILStateWrapper lock(true);
+    const PyRef list(getGroupItem(entry, item));
+    const PyRef iterator(list ? PyObject_GetIter(list.get()) : nullptr);
+    bool upToDate = true;
+    while (iterator && upToDate) {
+        const PyRef pkg(PyIter_Next(iterator.get()));
+        if (!pkg) {
+            break;
+        }
+        const Package::Entry* found = findPackage(pyStringDec(attribute(pkg.get(), "name")));
+        upToDate = found == nullptr || found->state != Package::Updatable;
+    }
+    PyErr_Clear();
+    return upToDate;
 }

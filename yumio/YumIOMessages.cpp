@@ -6,8 +6,18 @@
 #include <cstring>
 #include <sys/wait.h>
 
+#include <QRegularExpression>
+
 #include "python/CPython.h"
 #include "services/YumIODialogs.h"
+
+void YumIO::log(Log::Kind kind, unsigned int level, const QString& text)
+{
+    static const QRegularExpression errorMark(QStringLiteral(": (\\[Errno [0-9]*\\] )"));
+    QString marked = text;
+    marked.replace(errorMark, QStringLiteral(":\n\\1"));
+    logList.appendMessage(kind, level, marked);
+}
 
 void YumIO::error(const QString& text)
 {
@@ -35,6 +45,15 @@ void YumIO::error(const char* text)
 void YumIO::warning(const char* text)
 {
     warning(QString::fromUtf8(text));
+}
+
+bool YumIO::internalError(const QString& text)
+{
+    if (PyErr_Occurred() != nullptr) {
+        handleException();
+    }
+    error(text);
+    return false;
 }
 
 int YumIO::exceptionLogStart()
@@ -99,6 +118,26 @@ void YumIO::tracebackOnTerminal(const char* text)
 {
     // Messages tell the user to look there.
     log(Log::Error, 0, QString::fromUtf8(text));
+}
+
+// What the script has to say of an operation beside its result.
+void YumIO::showRemarks()
+{
+    PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
+    PyErr_Fetch(&type, &value, &traceback);
+    const PyRef remarks(attribute(yumIO.get(), "remarks"));
+    QStringList texts;
+    if (remarks && PyList_Check(remarks.get())) {
+        const Py_ssize_t count = PyList_GET_SIZE(remarks.get());
+        for (Py_ssize_t i = 0; i < count; ++i) {
+            texts.append(pyString(PyList_GET_ITEM(remarks.get(), i)));
+        }
+        PyList_SetSlice(remarks.get(), 0, count, nullptr);
+    }
+    if (!texts.isEmpty()) {
+        warning(texts.join(QLatin1String("\n\n")));
+    }
+    PyErr_Restore(type, value, traceback);
 }
 
 void YumIO::commExceptSetup()

@@ -4,8 +4,6 @@
 
 #include "yumio/YumIO.h"
 
-#include <QRegularExpression>
-
 #include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/Unattended.h"
@@ -108,14 +106,6 @@ void YumIO::captureEnded()
 {
     finishLine(Log::OK, 0, stdoutCapturedPending);
     finishLine(Log::Error, 0, stderrCapturedPending);
-}
-
-void YumIO::log(Log::Kind kind, unsigned int level, const QString& text)
-{
-    static const QRegularExpression errorMark(QStringLiteral(": (\\[Errno [0-9]*\\] )"));
-    QString marked = text;
-    marked.replace(errorMark, QStringLiteral(":\n\\1"));
-    logList.appendMessage(kind, level, marked);
 }
 
 PyObject* YumIO::log(PyObject*, PyObject* args)
@@ -388,21 +378,6 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     transaction.payloadSlots.remove(text);
     progress->setItemActsThreadValue(index, atLeast(size) + (delta ? atLeast(size / 3) : 0));
     progress->endItemActThread(index);
-}
-
-bool YumIO::verifyLocalPkg(PyObject* pkg)
-{
-    // In the middle of a longer operation, whose own failure is explained by all that was logged since its
-    // begin.
-    const int outerLogStart = exceptLogStart;
-    bool valid = false;
-    {
-        ExceptScope scope(*this, {PyExc_FileNotFoundError, classes[MiscError]});
-        const PyRef result(pyMethodCall(yumIO.get(), "verifyLocalPkg", "(O)", pkg));
-        valid = result && PyObject_IsTrue(result.get()) == 1;
-    }
-    exceptLogStart = outerLogStart;
-    return valid;
 }
 
 PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)

@@ -406,6 +406,10 @@ private Q_SLOTS:
         add("change log", [](auto& yumIO, auto& loop) {
             return new YumIOProbe::LoadChangeLogThread(&yumIO, loop, *yumIO.records.at(0));
         });
+        static const QString label("All");
+        add("clean", [](auto& yumIO, auto& loop) {
+            return new YumIOProbe::CleanThread(&yumIO, loop, label, "cleanAll");
+        });
         add("apply", [](auto& yumIO, auto& loop) { return new YumIOProbe::ApplyThread(&yumIO, loop); });
     }
 

@@ -10,7 +10,7 @@ const char* const generic =
 
 } // namespace
 
-class YumIOExtraTest : public QObject
+class YumIODetailsTest : public QObject
 {
     Q_OBJECT
 
@@ -522,5 +522,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(YumIOExtraTest)
-#include "YumIOExtraTest.moc"
+QTEST_MAIN(YumIODetailsTest)
+#include "YumIODetailsTest.moc"

@@ -9,6 +9,7 @@
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
 #include "services/YumIODialogs.h"
+#include "yumio/WorkerThreads.h"
 
 namespace {
 
@@ -29,11 +30,33 @@ template <typename Use> bool forEach(PyObject* list, Use use)
 
 } // namespace
 
+bool YumIO::collectFileLists()
+{
+    if (fileListsLoaded) {
+        return true;
+    }
+    QEventLoop loop;
+    CollectFileListsThread thread(this, loop);
+    execWorkThread(loop, thread);
+    return thread.result;
+}
+
 bool YumIO::collectFileListsReal()
 {
     return collectExtra(tr("Collecting File Lists"), tr("file lists"),
                         tr("Loading file lists: Total Progress"), "collectFileLists", tr("collect filelists"),
                         fileListsLoaded);
+}
+
+bool YumIO::collectOtherData()
+{
+    if (otherDataLoaded) {
+        return true;
+    }
+    QEventLoop loop;
+    CollectOtherDataThread thread(this, loop);
+    execWorkThread(loop, thread);
+    return thread.result;
 }
 
 bool YumIO::collectOtherDataReal()
@@ -158,6 +181,16 @@ QString YumIO::getFiles(const Package::Entry& entry)
         return QString();
     }
     return makeSortedUniq(paths);
+}
+
+void YumIO::loadChangeLog(const Package::Entry& entry)
+{
+    if (entry.kind == Package::Group || entry.state == Package::Installed || !otherDataLoaded) {
+        return;
+    }
+    QEventLoop loop;
+    LoadChangeLogThread thread(this, loop, entry);
+    execWorkThread(loop, thread);
 }
 
 void YumIO::loadChangeLogReal(const Package::Entry& entry)
@@ -315,65 +348,4 @@ QString YumIO::makeSortedUniq(QStringList& list)
     std::sort(list.begin(), list.end());
     list.erase(std::unique(list.begin(), list.end()), list.end());
     return list.join(QLatin1Char('\n'));
-}
-
-QString YumIO::getYumVar(QString variable)
-{
-    PyGILStateWrapper lock(true);
-    const PyRef conf(PyObject_GetAttrString(base.get(), "conf"));
-    if (!conf) {
-        internalError(tr("Internal error: conf not evaluable"));
-        return QString();
-    }
-    PyRef value(PyObject_GetAttrString(conf.get(), variable.toUtf8().constData()));
-    if (!value) {
-        internalError(tr("Internal error: yum var %1 not found").arg(variable));
-        return QString();
-    }
-    return pyStringXDec(value.release());
-}
-
-QString YumIO::expandVariables(QString text)
-{
-    PyGILStateWrapper lock(true);
-    if (PyObject_HasAttrString(yumIO.get(), "expandVariables") != 0) {
-        PyRef expanded(pyMethodCall(yumIO.get(), "expandVariables", "(s)", text.toUtf8().constData()));
-        if (expanded) {
-            return pyStringDec(expanded.release());
-        }
-        PyErr_Clear();
-        return text;
-    }
-    // A script without it. "$arch" comes after the one that ends in it.
-    for (const char* variable : {"basearch", "arch", "releasever"}) {
-        const QString name = QLatin1String(variable);
-        const QString reference = QLatin1Char('$') + name;
-        if (text.contains(reference)) {
-            text.replace(reference, getYumVar(name));
-        }
-    }
-    return text;
-}
-
-bool YumIO::upToDateGroup(const Package::Entry& entry)
-{
-    return upToDateGroupPkgs(entry, "mandatory_packages") && upToDateGroupPkgs(entry, "default_packages");
-}
-
-bool YumIO::upToDateGroupPkgs(const Package::Entry& entry, const char* item)
-{
-    PyGILStateWrapper lock(true);
-    const PyRef list(getGroupItem(entry, item));
-    const PyRef iterator(list ? PyObject_GetIter(list.get()) : nullptr);
-    bool upToDate = true;
-    while (iterator && upToDate) {
-        const PyRef pkg(PyIter_Next(iterator.get()));
-        if (!pkg) {
-            break;
-        }
-        const Package::Entry* found = findPackage(pyStringDec(attribute(pkg.get(), "name")));
-        upToDate = found == nullptr || found->state != Package::Updatable;
-    }
-    PyErr_Clear();
-    return upToDate;
 }
