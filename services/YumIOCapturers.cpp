@@ -62,9 +62,9 @@ std::vector<YumIOCapturersMinion*> minions;
 
 } // namespace
 
-YumIOCapturersMinion::YumIOCapturersMinion(CapturedOutput* receiver, int stdoutReadEnd, int stderrReadEnd)
-    : yumIO(receiver), active(false), finalizing(false), stdoutFd(stdoutReadEnd), stderrFd(stderrReadEnd),
-      finished(1), stdoutDecoder(QTextCodec::codecForName("UTF-8")),
+YumIOCapturersMinion::YumIOCapturersMinion(CapturedOutput* textReceiver, int stdoutReadEnd, int stderrReadEnd)
+    : receiver(textReceiver), active(false), finalizing(false), stdoutFd(stdoutReadEnd),
+      stderrFd(stderrReadEnd), finished(1), stdoutDecoder(QTextCodec::codecForName("UTF-8")),
       stderrDecoder(QTextCodec::codecForName("UTF-8"))
 {
     const std::lock_guard<std::mutex> lock(minionsMutex);
@@ -147,7 +147,7 @@ void YumIOCapturersMinion::finalize()
 void YumIOCapturersMinion::endFinalizing()
 {
     if (active) {
-        yumIO->captureEnded();
+        receiver->captureEnded();
         active = false;
     }
     finalizing = false;
@@ -160,7 +160,7 @@ void YumIOCapturersMinion::readStdout()
 {
     const QString text = stdoutDecoder.toUnicode(readWaiting(stdoutFd));
     if (!text.isEmpty()) {
-        yumIO->stdoutCapturedWrite(text);
+        receiver->stdoutCapturedWrite(text);
     }
 }
 
@@ -168,7 +168,7 @@ void YumIOCapturersMinion::readStderr()
 {
     const QString text = stderrDecoder.toUnicode(readWaiting(stderrFd));
     if (!text.isEmpty()) {
-        yumIO->stderrCapturedWrite(text);
+        receiver->stderrCapturedWrite(text);
     }
 }
 
@@ -183,12 +183,12 @@ bool YumIOCapturers::Pipe::open()
     return true;
 }
 
-YumIOCapturers::YumIOCapturers(CapturedOutput* receiver)
-    : minion(nullptr), yumIO(receiver), savedStdout(saveDescriptor(STDOUT_FILENO)),
+YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
+    : minion(nullptr), receiver(textReceiver), savedStdout(saveDescriptor(STDOUT_FILENO)),
       savedStderr(saveDescriptor(STDERR_FILENO)), stdoutRedirected(false), stderrRedirected(false)
 {
     if (!stdoutPipe.open() || !stderrPipe.open()) {
-        yumIO->error(tr("Unable to open pipe to capture rpm transaction output"));
+        receiver->error(tr("Unable to open pipe to capture rpm transaction output"));
         return;
     }
 
@@ -201,14 +201,14 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* receiver)
     if (!stderrRedirected) {
         // The pipe has no reader: a write that does not fit must fail instead of waiting.
         addFlag(stdoutPipe.writeEnd.get(), O_NONBLOCK);
-        yumIO->error(tr("Unable to dup2 pipe to capture rpm transaction output"));
+        receiver->error(tr("Unable to dup2 pipe to capture rpm transaction output"));
         return;
     }
 
     addFlag(stdoutPipe.readEnd.get(), O_NONBLOCK);
     addFlag(stderrPipe.readEnd.get(), O_NONBLOCK);
     startPump();
-    minion = new YumIOCapturersMinion(yumIO, stdoutPipe.readEnd.release(), stderrPipe.readEnd.release());
+    minion = new YumIOCapturersMinion(receiver, stdoutPipe.readEnd.release(), stderrPipe.readEnd.release());
     minion->moveToThread(QCoreApplication::instance()->thread());
     minion->activate();
 }
@@ -264,16 +264,16 @@ bool YumIOCapturers::restore(const FileDescriptor& saved, int fd, bool redirecte
 {
     if (redirected && !replaceDescriptor(saved.get(), fd)) {
         // The same text for both descriptors.
-        yumIO->error(tr("Unable to dup2 to restore stderr"));
+        receiver->error(tr("Unable to dup2 to restore stderr"));
         return false;
     }
     return true;
 }
 
-YumIOCapturersUser::YumIOCapturersUser(YumIOCapturers*& capturersSlot, CapturedOutput* yumIO)
+YumIOCapturersUser::YumIOCapturersUser(YumIOCapturers*& capturersSlot, CapturedOutput* receiver)
     : slot(capturersSlot), former(capturersSlot)
 {
-    slot = new YumIOCapturers(yumIO);
+    slot = new YumIOCapturers(receiver);
 }
 
 YumIOCapturersUser::~YumIOCapturersUser()

@@ -28,7 +28,7 @@ class YumIOCapturersMinion : public QObject
 
 public:
     // Takes over the read ends of the two pipes, which must be non-blocking. The receiver is not owned.
-    YumIOCapturersMinion(CapturedOutput* yumIO, int stdoutReadEnd, int stderrReadEnd);
+    YumIOCapturersMinion(CapturedOutput* textReceiver, int stdoutReadEnd, int stderrReadEnd);
     // Reads the remaining output. The worker does not wait for it.
     ~YumIOCapturersMinion() override;
 
@@ -52,7 +52,7 @@ public Q_SLOTS:
 private:
     void endFinalizing();
 
-    CapturedOutput* yumIO;
+    CapturedOutput* receiver;
     bool active;
     bool finalizing; // the worker waits for the end of finalize()
     FileDescriptor stdoutFd;
@@ -71,7 +71,7 @@ class YumIOCapturers : public QObject
 
 public:
     // A failure is reported to the receiver. The operation then runs without capture.
-    explicit YumIOCapturers(CapturedOutput* yumIO);
+    explicit YumIOCapturers(CapturedOutput* textReceiver);
     // Restores the descriptors, and returns when all output has reached the receiver. A failure to restore
     // one is reported. The pipes then stay watched.
     ~YumIOCapturers() override;
@@ -90,7 +90,7 @@ private:
     bool restore(const FileDescriptor& saved, int fd, bool redirected);
 
     YumIOCapturersMinion* minion;
-    CapturedOutput* yumIO;
+    CapturedOutput* receiver;
     std::unique_ptr<OutputPump> pump;
     FileDescriptor savedStdout;
     FileDescriptor savedStderr;
@@ -105,7 +105,7 @@ private:
 class YumIOCapturersUser
 {
 public:
-    YumIOCapturersUser(YumIOCapturers*& capturersSlot, CapturedOutput* yumIO);
+    YumIOCapturersUser(YumIOCapturers*& capturersSlot, CapturedOutput* receiver);
     ~YumIOCapturersUser();
     YumIOCapturersUser(const YumIOCapturersUser&) = delete;
     YumIOCapturersUser& operator=(const YumIOCapturersUser&) = delete;

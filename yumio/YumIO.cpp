@@ -170,12 +170,6 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
 } // namespace
 
 YumIO::YumIO()
-    : clearing(false), worker(nullptr), blockerHeld(false), changingSystem(false), wait(Wait::None),
-      rebuilding(false), exceptLogStart(-1), fileListsLoaded(false), otherDataLoaded(false), dialogs(nullptr),
-      parent(nullptr), totalBar(nullptr), itemBar(nullptr), progress(nullptr), capturers(nullptr),
-      locked(false), rpmDict(nullptr), yumIOClass(nullptr), readingCount(0), readingMax(1), classes{},
-      terminal(nullptr), phase(Idle), stderrKind(Log::Error), stderrLevel(0), dnfVersionLooked(false),
-      savedSigchld()
 {
     qRegisterMetaType<Package::Entry*>("Package::Entry*");
     const int descriptor = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);

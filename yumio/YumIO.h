@@ -190,6 +190,7 @@ public:
     QString getYumVar(QString variable);
     // The text with the variables replaced as the package manager replaces them in the files of repositories.
     QString expandVariables(QString text);
+    // Kept for bug reports and for behaviour that depends on the version, as is dnfVersion().
     QString dnfVersionStr();
     // As 10000 * first + 100 * second + third part; 0 when it is not known.
     quint64 dnfVersion();
@@ -290,20 +291,17 @@ private:
 
     using GroupCheck = bool (YumIO::*)(const Package::Entry& group, const Package::Entry& pkg);
 
-    // Start
-    bool internalError(const QString& text);
+    // Start (YumIO.cpp)
     void offerTranslations();
     void offerFunctions();
     static PyObject* addToListing(PyObject* capsule, PyObject* text);
     static PyObject* changeActivity(PyObject* capsule, PyObject* text);
     static PyObject* faultOfMetadata(PyObject* capsule, PyObject* args);
     static PyObject* waitForLock(PyObject* capsule, PyObject* text);
-    void readOutcome();
-    void showRemarks();
-
     void releaseLock();
 
-    // Worker threads: the half of each operation that runs on a worker, and the class of that worker
+    // Worker threads (WorkerThreads.cpp): the half of each operation that runs on a worker, and the class of
+    // that worker
     void execWorkThread(QEventLoop& loop, QThread& thread);
     bool collectReal(const QHash<QString, bool>& repoEnable);
     void clearEntriesReal();
@@ -322,7 +320,8 @@ private:
     using ApplyThread = WorkerThread<&YumIO::applyReal>;
     using CleanThread = WorkerThread<&YumIO::cleanReal>;
 
-    // Collection
+    // Collection (YumIOCollect.cpp)
+    // The base object is kept for scripts that have more than one; repos is that of the only one.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);
@@ -336,40 +335,40 @@ private:
     // A history that cannot be read is asked no further; historyFault says why, and is empty until then.
     void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
                       QString& historyFault);
-    bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
-                      const char* method, const QString& what, bool& loaded);
     void collectReplacements();
-    void forgetEntries(const std::function<void(PyObject*)>& drop);
+    bool upToDateGroup(const Package::Entry& entry);
+    bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
 
-    // Searching
+    // Searching (YumIOSearch.cpp)
     // Up to so many packages are asked for their files one by one; for more, the metadata are read through.
     static int fewPackages;
     QString metadataPath(const QString& repo, const char* kind); // empty: there is none
 
-    // Details
+    // Extra data and details (YumIODetails.cpp)
+    bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
+                      const char* method, const QString& what, bool& loaded);
     QString getRelDepList(PyObject* pkg, const char* attr);
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
-    PyObject* getRpmHdrValue(PyObject* pkg, const char* tag); // new reference or null
+    // New reference or null. Kept for tags that are no lists.
+    PyObject* getRpmHdrValue(PyObject* pkg, const char* tag);
     PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
     void missingAttribute(const char* attr);
-    static const char* decodePrcoFlags(PyObject* flags); // as long as the object
+    // The sign of a comparison such as "GE", valid as long as the object. Kept for dependencies that the
+    // script gives in parts; dnf gives them as texts.
+    static const char* decodePrcoFlags(PyObject* flags);
     static QString makeSorted(QStringList& list);
     static QString makeSortedUniq(QStringList& list);
-    bool upToDateGroup(const Package::Entry& entry);
-    bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
     QString textOf(const Package::Entry& entry, const char* attr);
     QString timeOf(const Package::Entry& entry, const char* attr);
 
-    // Applying
+    // Applying (YumIOApply.cpp)
     bool applyGroups();
     bool applyGrpPkgs(const Package::Entry& group, const char* listName, GroupCheck check);
     bool applyGrpChkRemove(const Package::Entry& group, const Package::Entry& pkg);
     bool applyGrpChkInsUpd(const Package::Entry& group, const Package::Entry& pkg);
     bool applyGrpConflict(const Package::Entry& group, const Package::Entry& pkg);
     PyObject* getGroupItem(const Package::Entry& group, const char* attr); // new reference or null
-    Package::Entry* findPackage(const QString& name);
-    Package::Entry* findPackage(const QString& name, const QString& arch);
     // The lines that follow what the user has marked.
     struct Listing
     {
@@ -381,9 +380,11 @@ private:
     QString scriptWords(const char* text);
     void weighItem(PyObject* item, long action);
     void weighUnlisted(PyObject* item, long action);
+    void readOutcome();
+    bool verifyLocalPkg(PyObject* pkg);
     bool cleanType(const QString& label, const char* method);
 
-    // Progress of transactions
+    // Output and progress (YumIOProgress.cpp)
     PyObject* stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending);
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
     // Writes the last line of an operation, which has no line feed: it must not become part of another one's.
@@ -402,15 +403,18 @@ private:
     void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
     void collectProgress(const QString& repository, quint64 total, quint64 done);
     void collectEnd();
-    bool verifyLocalPkg(PyObject* pkg);
     bool isInstance(PyObject* object, PyObject* type);
 
-    // Values of the package manager
+    // Values of the package manager, and records (YumIO.cpp)
     using ScriptValues::getVerRel; // beside the text of a record
     QString getBiArch(const QString& arch);
     static Package::Entry* installedEntry(Package::Entry* entry) { return Records::installedEntry(entry); }
+    Package::Entry* findPackage(const QString& name);
+    Package::Entry* findPackage(const QString& name, const QString& arch);
+    void forgetEntries(const std::function<void(PyObject*)>& drop);
 
-    // Errors
+    // Messages and failures of the script (YumIOMessages.cpp)
+    bool internalError(const QString& text);
     void error(const char* text) override;
     void warning(const char* text) override;
     void pythonException(const QString& text);
@@ -423,6 +427,7 @@ private:
     void tracebackOnTerminal(const char* text) override;
     void commExceptSetup();
     bool commExceptRaised(PyObject* result, const QString& what);
+    void showRemarks();
     // Use the guard ChildSignal.
     bool sigchldDisable();
     void sigchldRestore();
@@ -431,39 +436,41 @@ private:
     Records records;
     QString basearch;
     QHash<QString, QString> biArchByArch; // the script's answers
-    bool clearing;
-    QThread* worker;  // null while none runs
-    bool blockerHeld; // the worker is held back
-    std::atomic<bool> changingSystem;
+    bool clearing = false;                // the records are being deleted; kept for diagnostics
+    QThread* worker = nullptr;            // null while none runs
+    bool blockerHeld = false;             // the worker is held back
+    std::atomic<bool> changingSystem{false};
     // For a lock of another process. What was ended stays so until the next operation begins.
     enum class Wait { None, Lasts, Ended };
-    std::atomic<Wait> wait;
-    bool rebuilding; // a worker changes the list of records; the graphical thread keeps away from it
+    std::atomic<Wait> wait{Wait::None};
+    bool rebuilding = false; // a worker changes the list of records; the graphical thread keeps away from it
     Log::EntryList logList;
-    int exceptLogStart; // where in the log the output of an expected exception begins; -1: none is expected
-    bool fileListsLoaded;
-    bool otherDataLoaded;
+    // Where in the log the output of an expected exception begins; -1: none is expected.
+    int exceptLogStart = -1;
+    bool fileListsLoaded = false;
+    bool otherDataLoaded = false;
     QSet<QByteArray> missingAttributes; // those that the user was told of
     QString reportedHistoryFault;       // the same
-    YumIODialogs* dialogs;
-    QWidget* parent;
-    HProgressBar* totalBar;
-    HProgressBar* itemBar;
-    Progress::Object* progress; // null between operations
-    YumIOCapturers* capturers;
-    bool locked;
-    PyObject* rpmDict;    // borrowed
-    PyObject* yumIOClass; // borrowed
+    YumIODialogs* dialogs = nullptr;
+    QWidget* parent = nullptr;
+    HProgressBar* totalBar = nullptr;
+    HProgressBar* itemBar = nullptr;
+    Progress::Object* progress = nullptr; // null between operations
+    YumIOCapturers* capturers = nullptr;
+    bool locked = false;
+    PyObject* rpmDict = nullptr;    // borrowed
+    PyObject* yumIOClass = nullptr; // borrowed; kept for a second object of the class
     PyRef yumIO;
     PyRef base;
     PyRef repos;
     QStringList enabledRepos;
-    QString readingName; // what is being read from the repositories
-    quint32 readingCount;
+    QString readingName; // the data being read from the repositories; kept for diagnostics
+    quint32 readingCount = 0;
     QString readingRepo;
-    quint64 readingMax;
+    quint64 readingMax = 1;
 
-    // Exception and payload classes, borrowed; two are kept empty.
+    // Exception and payload classes, borrowed. OtherRepoError and MetadataError are null: they are kept for a
+    // package manager that has such classes.
     enum Class {
         BdbQuit,
         DnfError,
@@ -477,23 +484,24 @@ private:
         RPMPayload,
         ClassCount
     };
-    PyObject* classes[ClassCount];
-    FILE* terminal; // the process's standard error, however the script's is redirected
+    PyObject* classes[ClassCount] = {};
+    // The process's standard error, even if the script redirects its own. Kept for diagnostics.
+    FILE* terminal = nullptr;
     Blocker blocker;
 
-    quint32 phase;
+    quint32 phase = Idle;
     TransactionState transaction;
 
     QString stdoutPending;
     QString stderrPending;
     QString stdoutCapturedPending;
     QString stderrCapturedPending;
-    Log::Kind stderrKind;
-    unsigned int stderrLevel;
+    Log::Kind stderrKind = Log::Error;
+    unsigned int stderrLevel = 0;
 
-    bool dnfVersionLooked;
+    bool dnfVersionLooked = false;
     QString dnfVersionText;
-    struct sigaction savedSigchld;
+    struct sigaction savedSigchld = {};
 };
 
 #endif
