@@ -7,7 +7,7 @@
 #include <memory>
 #include <unistd.h>
 
-#include "tests/packagetable/StandIn.h"
+#include "tests/support/StandIn.h"
 
 class MainTest : public QObject
 {

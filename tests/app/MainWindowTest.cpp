@@ -542,8 +542,8 @@ void MainWindowTest::failingBackEndQuitsWithoutShowingTheTable()
     QVERIFY(!shown->window->isVisible());
     QVERIFY(!logIsVisible());
     QVERIFY(!table);
-    QCOMPARE(answers.titles, QStringList{"VYRE Yum Error"});
-    QVERIFY2(answers.texts.first().contains("Unable to initialize"), qPrintable(answers.texts.first()));
+    QCOMPARE(answers.titles(), QStringList{"VYRE Yum Error"});
+    QVERIFY2(answers.texts().first().contains("Unable to initialize"), qPrintable(answers.texts().first()));
     QCOMPARE(standIn->calls("setupRepos"), 0);
 }
 
@@ -569,7 +569,7 @@ void MainWindowTest::quittingFromTheQuestionForCredentialsReadsNothing()
     standIn->setRepos(repos);
     const Answers answers("Quit");
     QCOMPARE(runToTheEnd([this] { shown->window->show(); }), 0);
-    QCOMPARE(answers.titles, QStringList{"VYRE Authentication"});
+    QCOMPARE(answers.titles(), QStringList{"VYRE Authentication"});
     QVERIFY(!shown->window->isVisible());
     QCOMPARE(standIn->calls("setupRepos"), 0);
     QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
@@ -1420,7 +1420,7 @@ void MainWindowTest::confirmedActionsAreAppliedAndTheTableCollected()
     standIn->setPackages({}, {StandIn::package("tool", {{"version", "2"}}), StandIn::package("editor")}, {});
     const Answers answers("OK");
     shown->press("&Apply Actions");
-    QTRY_COMPARE(answers.titles, QStringList{"Apply"});
+    QTRY_COMPARE(answers.titles(), QStringList{"Apply"});
     QTRY_VERIFY(shown->isReady());
     QVERIFY2(standIn->calls().contains("apply editor tool shell"), qPrintable(standIn->calls().join(';')));
     QCOMPARE(standIn->calls("setupRepos"), 1);
@@ -1480,7 +1480,7 @@ void MainWindowTest::refusedActionsStay()
     standIn->forgetCalls();
     const Answers answers("Cancel");
     shown->press("&Apply Actions");
-    QTRY_COMPARE(answers.titles, QStringList{"Apply"});
+    QTRY_COMPARE(answers.titles(), QStringList{"Apply"});
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(standIn->calls("setupRepos"), 0);
     QCOMPARE(shown->marks(), QStringList{"tool update"});
@@ -1497,9 +1497,9 @@ void MainWindowTest::failureBeforeAnyChangeLeavesTheTableAlone()
     standIn->forgetCalls();
     const Answers answers("OK");
     shown->press("&Apply Actions");
-    QTRY_COMPARE(answers.titles, (QStringList{"Apply", "VYRE Yum Error"}));
+    QTRY_COMPARE(answers.titles(), (QStringList{"Apply", "VYRE Yum Error"}));
     QTRY_VERIFY(shown->isReady());
-    QCOMPARE(answers.texts.last(), QString("Unable to apply changes: Runtime Error:\n\ntoo early"));
+    QCOMPARE(answers.texts().last(), QString("Unable to apply changes: Runtime Error:\n\ntoo early"));
     QCOMPARE(standIn->calls("setupRepos"), 0);
     QCOMPARE(shown->marks(), QStringList{"tool update"});
     QVERIFY(shown->button("&Apply Actions")->isEnabled());
@@ -1514,9 +1514,9 @@ void MainWindowTest::failureHalfWayCollectsTheTable()
     standIn->setPackages({}, {}, {StandIn::package("tool")});
     const Answers answers("OK");
     shown->press("&Apply Actions");
-    QTRY_VERIFY(answers.titles.size() >= 2);
+    QTRY_VERIFY(answers.titles().size() >= 2);
     QTRY_VERIFY(shown->isReady());
-    QCOMPARE(answers.all(), QString("Apply, VYRE Yum Error: " + answers.texts.first() +
+    QCOMPARE(answers.all(), QString("Apply, VYRE Yum Error: " + answers.texts().first() +
                                     " | Unable to apply changes: Runtime Error:\n\nhalf way"));
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(shown->listed(), QStringList());
@@ -1539,7 +1539,7 @@ void MainWindowTest::marksStayWhenAnotherProgramHasChangedTheSystem()
     standIn->forgetCalls();
     const Answers answers("Close");
     shown->press("&Apply Actions");
-    QTRY_COMPARE(answers.titles, QStringList{"VYRE Yum Error"});
+    QTRY_COMPARE(answers.titles(), QStringList{"VYRE Yum Error"});
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(shown->sorted(), (QStringList{"editor", "shell", "tool"}));
@@ -1555,7 +1555,7 @@ void MainWindowTest::repositoriesOfATransactionMayNeedCredentials()
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const Answers answers("OK");
     shown->press("&Apply Actions");
-    QTRY_COMPARE(answers.titles, (QStringList{"Apply", "VYRE Authentication"}));
+    QTRY_COMPARE(answers.titles(), (QStringList{"Apply", "VYRE Authentication"}));
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->marks(), QStringList());
 }

@@ -3,34 +3,19 @@
 #include <QTemporaryDir>
 
 #include "app/base/ManagedRoot.h"
+#include "tests/support/EnvironmentVariable.h"
 
 class ManagedRootTest : public QObject
 {
     Q_OBJECT
 
 private:
-    QByteArray before;
-    bool wasSet = false;
+    EnvironmentVariable managedRoot{"VYREROOT"};
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        wasSet = qEnvironmentVariableIsSet("VYREROOT");
-        before = qgetenv("VYREROOT");
-    }
-
-    void cleanupTestCase()
-    {
-        if (wasSet) {
-            qputenv("VYREROOT", before);
-        } else {
-            qunsetenv("VYREROOT");
-        }
-    }
-
     void runningSystemIsManagedByDefault()
     {
-        qunsetenv("VYREROOT");
+        managedRoot.unset();
         QCOMPARE(ManagedRoot::path(), QString());
         QCOMPARE(ManagedRoot::absolute("/etc/yum.conf"), QStringLiteral("/etc/yum.conf"));
         QCOMPARE(ManagedRoot::absolute("/"), QStringLiteral("/"));
@@ -41,7 +26,7 @@ private Q_SLOTS:
     void namedDirectoriesAreBelowTheRoot()
     {
         const QTemporaryDir root;
-        qputenv("VYREROOT", QFile::encodeName(root.path()));
+        managedRoot.set(QFile::encodeName(root.path()));
         QCOMPARE(ManagedRoot::namedDirectory("/srv/cache"), root.path() + "/srv/cache");
         QCOMPARE(ManagedRoot::namedDirectory(root.path()), root.path());
         QCOMPARE(ManagedRoot::namedDirectory(root.path() + "/srv"), root.path() + "/srv");
@@ -72,7 +57,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, given);
         QFETCH(QString, root);
-        qputenv("VYREROOT", given);
+        managedRoot.set(given);
         QCOMPARE(ManagedRoot::path(), root);
         QCOMPARE(ManagedRoot::absolute("/etc/yum.conf"), root + "/etc/yum.conf");
     }

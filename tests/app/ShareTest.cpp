@@ -1,34 +1,19 @@
 #include <QtTest>
 
 #include "app/base/Share.h"
+#include "tests/support/EnvironmentVariable.h"
 
 class ShareTest : public QObject
 {
     Q_OBJECT
 
 private:
-    QByteArray before;
-    bool wasSet = false;
+    EnvironmentVariable share{"VYRESHARE"};
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        wasSet = qEnvironmentVariableIsSet("VYRESHARE");
-        before = qgetenv("VYRESHARE");
-    }
-
-    void cleanupTestCase()
-    {
-        if (wasSet) {
-            qputenv("VYRESHARE", before);
-        } else {
-            qunsetenv("VYRESHARE");
-        }
-    }
-
     void defaultIsTheDirectoryOfTheSystem()
     {
-        qunsetenv("VYRESHARE");
+        share.unset();
         QCOMPARE(Share::absolute("python/YumIO.py"), QStringLiteral("/usr/share/vyre/python/YumIO.py"));
         QCOMPARE(Share::absolute(QString()), QStringLiteral("/usr/share/vyre/"));
     }
@@ -57,7 +42,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, directory);
         QFETCH(QString, relative);
         QFETCH(QString, path);
-        qputenv("VYRESHARE", directory);
+        share.set(directory);
         QVERIFY(qEnvironmentVariableIsSet("VYRESHARE"));
         QCOMPARE(Share::absolute(relative), path);
     }

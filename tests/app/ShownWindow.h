@@ -10,10 +10,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
-#include <QScopedValueRollback>
 #include <QTimer>
 #include <QWindow>
 #include <QtTest>
@@ -24,7 +21,8 @@
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
-#include "tests/packagetable/StandIn.h"
+#include "tests/support/AnsweringUser.h"
+#include "tests/support/StandIn.h"
 #include "widgets/HFrameLabel.h"
 
 inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
@@ -232,54 +230,10 @@ private:
 };
 
 // While it exists: presses a button of each dialog that comes up, and keeps what the dialog said.
-class Answers
+class Answers : public AnsweringUser
 {
 public:
-    explicit Answers(const QString& buttonText)
-    {
-        QObject::connect(&timer, &QTimer::timeout, [this, buttonText] {
-            auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-            if (dialog == nullptr || !dialog->isVisible()) {
-                last = nullptr;
-                return;
-            }
-            if (answering) {
-                return;
-            }
-            // A click on a dialog that is just coming up may be lost: it is made again then.
-            if (dialog != last) {
-                last = dialog;
-                note(dialog);
-            }
-            const QScopedValueRollback<bool> guard(answering, true);
-            QTest::mouseClick(buttonIn(dialog, buttonText), Qt::LeftButton);
-        });
-        timer.start(10);
-    }
-
-    // All of it, for a comparison that shows what there was.
-    QString all() const { return titles.join(", ") + ": " + texts.join(" | "); }
-
-    QStringList titles;
-    QStringList texts;
-
-private:
-    void note(const QDialog* dialog)
-    {
-        titles << dialog->windowTitle();
-        const auto* box = qobject_cast<const QMessageBox*>(dialog);
-        QString text = box != nullptr ? box->text() : QString();
-        if (box == nullptr) {
-            for (const QLabel* label : dialog->findChildren<QLabel*>()) {
-                text += label->text();
-            }
-        }
-        texts << text;
-    }
-
-    QTimer timer;
-    QPointer<QWidget> last;
-    bool answering = false;
+    explicit Answers(const QString& button) : AnsweringUser(click(button), EveryDialog) {}
 };
 
 #endif

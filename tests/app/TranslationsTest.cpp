@@ -7,6 +7,7 @@
 
 #include "app/MainWindow.h"
 #include "app/base/Share.h"
+#include "tests/support/EnvironmentVariable.h"
 
 class TranslationsTest : public QObject
 {
@@ -14,6 +15,7 @@ class TranslationsTest : public QObject
 
 private:
     std::unique_ptr<QTemporaryDir> share;
+    EnvironmentVariable shareDirectory{"VYRESHARE"};
 
     // Makes a file of the share directory's catalogues.
     void provide(const QString& name, const QString& of)
@@ -30,7 +32,7 @@ private Q_SLOTS:
     {
         share = std::make_unique<QTemporaryDir>();
         QVERIFY(share->isValid());
-        qputenv("VYRESHARE", QFile::encodeName(share->path()));
+        shareDirectory.set(QFile::encodeName(share->path()));
         QCOMPARE(quit(), QStringLiteral("&Quit"));
     }
 

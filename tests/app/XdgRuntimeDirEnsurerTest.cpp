@@ -11,36 +11,9 @@
 #include <unistd.h>
 
 #include "app/base/XdgRuntimeDirEnsurer.h"
+#include "tests/support/EnvironmentVariable.h"
 
 namespace {
-
-// Sets an environment variable for a scope; a null value unsets it.
-class Variable
-{
-public:
-    Variable(const char* variable, const QByteArray& value)
-        : name(variable), wasSet(qEnvironmentVariableIsSet(variable)), before(qgetenv(variable))
-    {
-        put(!value.isNull(), value);
-    }
-    ~Variable() { put(wasSet, before); }
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-private:
-    void put(bool set, const QByteArray& value)
-    {
-        if (set) {
-            qputenv(name, value);
-        } else {
-            qunsetenv(name);
-        }
-    }
-
-    const char* name;
-    bool wasSet;
-    QByteArray before;
-};
 
 void writeFile(const QString& path)
 {
@@ -76,8 +49,8 @@ private Q_SLOTS:
     {
         const QByteArray mine = QFile::encodeName(temporary->filePath("mine"));
         QVERIFY(QDir().mkdir(temporary->filePath("mine")));
-        const Variable setting("XDG_RUNTIME_DIR", mine);
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable setting("XDG_RUNTIME_DIR", mine);
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         {
             const XdgRuntimeDirEnsurer ensurer;
             QCOMPARE(qgetenv("XDG_RUNTIME_DIR"), mine);
@@ -96,8 +69,8 @@ private Q_SLOTS:
     void directoryIsMadeBelowTMPDIR()
     {
         QFETCH(QByteArray, setting);
-        const Variable variable("XDG_RUNTIME_DIR", setting);
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", setting);
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         {
             const XdgRuntimeDirEnsurer ensurer;
             QCOMPARE(QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")), runtimeDirectory());
@@ -120,8 +93,8 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, tmpdir);
         const QString expected = "/tmp/" + nameFor(geteuid());
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", tmpdir);
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", tmpdir);
         {
             const XdgRuntimeDirEnsurer ensurer;
             QCOMPARE(QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")), expected);
@@ -132,8 +105,8 @@ private Q_SLOTS:
 
     void everythingInsideIsRemoved()
     {
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         {
             const XdgRuntimeDirEnsurer ensurer;
             QVERIFY(QDir().mkpath(runtimeDirectory() + "/a/b/c"));
@@ -149,8 +122,8 @@ private Q_SLOTS:
         const QString outside = temporary->filePath("outside");
         QVERIFY(QDir().mkdir(outside));
         writeFile(outside + "/kept");
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         {
             const XdgRuntimeDirEnsurer ensurer;
             QVERIFY(QFile::link(outside, runtimeDirectory() + "/to-directory"));
@@ -168,8 +141,8 @@ private Q_SLOTS:
     {
         QCOMPARE(mkdir(QFile::encodeName(runtimeDirectory()), 0700), 0);
         writeFile(runtimeDirectory() + "/left-over");
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         {
             const XdgRuntimeDirEnsurer ensurer;
             QCOMPARE(QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")), runtimeDirectory());
@@ -211,8 +184,8 @@ private Q_SLOTS:
             }
         }
         writeFile(outside + "/kept");
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         QString used;
         {
             const XdgRuntimeDirEnsurer ensurer;
@@ -238,8 +211,8 @@ private Q_SLOTS:
     void aRefusedDirectoryIsClosed()
     {
         QCOMPARE(mkdir(QFile::encodeName(runtimeDirectory()), 0750), 0);
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         const QDir descriptors("/proc/self/fd");
         const QDir::Filters all = QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot;
         const int before = descriptors.entryList(all).size();
@@ -253,8 +226,8 @@ private Q_SLOTS:
 
     void theModeDoesNotDependOnTheMask()
     {
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         const mode_t before = umask(0777);
         {
             const XdgRuntimeDirEnsurer ensurer;
@@ -276,9 +249,9 @@ private Q_SLOTS:
         for (int i = 0; i < count; ++i) {
             writeFile(outside + QStringLiteral("/%1").arg(i));
         }
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         for (int round = 0; round < 20; ++round) {
-            const Variable variable("XDG_RUNTIME_DIR", QByteArray());
+            const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
             std::atomic<bool> ended(false);
             std::thread other;
             {
@@ -310,8 +283,8 @@ private Q_SLOTS:
         const QString outside = temporary->filePath("outside");
         QVERIFY(QDir().mkdir(outside));
         writeFile(outside + "/kept");
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(temporary->path()));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(temporary->path()));
         const QByteArray once = QFile::encodeName(runtimeDirectory() + "/once");
         const QByteArray again = QFile::encodeName(runtimeDirectory() + "/again");
         {
@@ -333,8 +306,8 @@ private Q_SLOTS:
     void variableIsSetEvenIfTheDirectoryCannotBeMade()
     {
         const QString missing = temporary->filePath("missing");
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(missing));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(missing));
         {
             const XdgRuntimeDirEnsurer ensurer;
             QCOMPARE(QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")), missing + "/" + nameFor(geteuid()));
@@ -364,8 +337,8 @@ private Q_SLOTS:
         }
         QCOMPARE(directory.size() + 1 + name.size(), length);
         QVERIFY(QDir().mkpath(directory));
-        const Variable variable("XDG_RUNTIME_DIR", QByteArray());
-        const Variable base("TMPDIR", QFile::encodeName(directory));
+        const EnvironmentVariable variable("XDG_RUNTIME_DIR", QByteArray());
+        const EnvironmentVariable base("TMPDIR", QFile::encodeName(directory));
         {
             const XdgRuntimeDirEnsurer ensurer;
             QCOMPARE(QFile::decodeName(qgetenv("XDG_RUNTIME_DIR")),

@@ -202,6 +202,17 @@ class ConventionsTest(unittest.TestCase):
         os.remove(os.path.join(self.root, 'tests/low/ThingTest.cpp'))
         self.assertEqual(self.found(), ['low/Thing.h:1: tests/low/ThingTest.cpp is missing'])
 
+    def test_class_with_a_test_of_each_subject(self):
+        os.rename(os.path.join(self.root, 'tests/low/ThingTest.cpp'),
+                  os.path.join(self.root, 'tests/low/ThingColourTest.cpp'))
+        self.write('tests/low/CMakeLists.txt', 'vyre_test(ThingColour LINKS vyre_low)\n')
+        self.assertEqual(self.found(status=0), [])
+        # It is the test of the class with the longest name.
+        self.write('low/CMakeLists.txt', 'vyre_library(vyre_low SOURCES Thing.cpp ThingColour.h)\n')
+        self.write('low/ThingColour.h',
+                   '// A colour.\n\n#ifndef LOW_THINGCOLOUR_H\n#define LOW_THINGCOLOUR_H\n\n#endif\n')
+        self.assertEqual(self.found(), ['low/Thing.h:1: tests/low/ThingTest.cpp is missing'])
+
     def test_test_without_a_class(self):
         self.write('tests/low/GoneTest.cpp', '#include <QtTest>\n')
         self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Gone LINKS vyre_low)\n')

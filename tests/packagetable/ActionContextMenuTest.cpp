@@ -7,6 +7,7 @@
 
 #include "app/base/Share.h"
 #include "tests/packagetable/ShownTable.h"
+#include "tests/support/Menus.h"
 
 using namespace PackageTable;
 

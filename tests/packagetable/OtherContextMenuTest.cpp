@@ -9,6 +9,7 @@
 #include "repo/YumConfIO.h"
 #include "tests/packagetable/Described.h"
 #include "tests/packagetable/ShownTable.h"
+#include "tests/support/Menus.h"
 
 using namespace PackageTable;
 
@@ -33,10 +34,7 @@ private:
     void choose(const QString& name, int column, const QString& text)
     {
         withMenu([this, name, column] { shown->click(name, column, Qt::RightButton); },
-                 [text](QMenu& menu) {
-                     QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier,
-                                       menu.actionGeometry(actionOf(menu, text)).center());
-                 });
+                 [text](QMenu& menu) { ::choose(menu, text); });
     }
     QStringList texts(const QPoint& place)
     {

@@ -4,8 +4,6 @@
 #define TESTS_PACKAGETABLE_SHOWNTABLE_H
 
 #include <QApplication>
-#include <QMenu>
-#include <QTimer>
 #include <QVBoxLayout>
 #include <QWindow>
 #include <QtTest>
@@ -74,58 +72,5 @@ public:
     QWidget window;
     PackageTable::View* view;
 };
-
-// Opens a menu and uses it; a menu that is still open then is closed. Returns whether one opened at all.
-template <typename Open, typename Use> bool withMenu(Open open, Use use)
-{
-    bool opened = false;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&timer, &opened, &use] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        if (menu != nullptr) {
-            timer.stop();
-            opened = true;
-            use(*menu);
-            menu->close();
-        }
-    });
-    timer.start(10);
-    open(); // returns when the menu has been closed
-    QTest::qWait(50);
-    return opened;
-}
-
-inline QAction* actionOf(const QMenu& menu, const QString& text)
-{
-    for (QAction* action : menu.actions()) {
-        if (action->text() == text) {
-            return action;
-        }
-    }
-    return nullptr;
-}
-
-// The texts of the actions that a menu shows, or of those only that can be chosen.
-inline QStringList shownIn(const QMenu& menu)
-{
-    QStringList texts;
-    for (const QAction* action : menu.actions()) {
-        if (action->isVisible()) {
-            texts << action->text();
-        }
-    }
-    return texts;
-}
-
-inline QStringList offeredIn(const QMenu& menu)
-{
-    QStringList texts;
-    for (const QAction* action : menu.actions()) {
-        if (action->isVisible() && action->isEnabled()) {
-            texts << action->text();
-        }
-    }
-    return texts;
-}
 
 #endif

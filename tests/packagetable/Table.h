@@ -10,7 +10,7 @@
 
 #include "packagetable/Model.h"
 #include "services/HProgressBar.h"
-#include "tests/packagetable/StandIn.h"
+#include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
 // One for each test program: there is one interpreter in a process.

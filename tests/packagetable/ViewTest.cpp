@@ -11,6 +11,7 @@
 #include "packagetable/OtherContextMenu.h"
 #include "tests/packagetable/Described.h"
 #include "tests/packagetable/ShownTable.h"
+#include "tests/support/Menus.h"
 #include "widgets/Colors.h"
 
 using namespace PackageTable;

@@ -1,4 +1,4 @@
-// A back end for the repository editor, a system root with repositories, and the user's hands.
+// A back end for the repository editor, a system root with repositories, and a browser.
 
 #ifndef TESTS_REPO_EDITOR_H
 #define TESTS_REPO_EDITOR_H
@@ -7,14 +7,13 @@
 
 #include <QDir>
 #include <QFile>
-#include <QMenu>
-#include <QTimer>
 #include <QtTest>
 
 #include "app/base/Share.h"
 #include "repo/YumConfIO.h"
 #include "services/HProgressBar.h"
-#include "tests/packagetable/StandIn.h"
+#include "tests/support/Files.h"
+#include "tests/support/StandIn.h"
 
 // One for each test program: there is one interpreter in a process.
 class BackEnd
@@ -45,8 +44,8 @@ public:
     // Puts a program into the share directory that writes its arguments down, one a line.
     void installBrowser()
     {
-        put(Share::absolute(QStringLiteral("webbrowser")),
-            "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.called\"\n");
+        Files::put(Share::absolute(QStringLiteral("webbrowser")),
+                   "#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.called\"\n");
         QFile::setPermissions(Share::absolute(QStringLiteral("webbrowser")),
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QFile::remove(Share::absolute(QStringLiteral("webbrowser.called")));
@@ -66,25 +65,16 @@ public:
     static bool wasBrowsed() { return QFile::exists(Share::absolute(QStringLiteral("webbrowser.called"))); }
 
     QString path(const QString& inRoot) const { return standIn.root() + inRoot; }
-    static void put(const QString& absolute, const QByteArray& contents)
+    void putMain(const QByteArray& contents) const
     {
-        QFile file(absolute);
-        if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
-            qFatal("cannot write %s", qPrintable(absolute));
-        }
+        Files::put(path(QStringLiteral("/etc/yum.conf")), contents);
     }
-    static QByteArray get(const QString& absolute)
-    {
-        QFile file(absolute);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-    }
-    void putMain(const QByteArray& contents) const { put(path(QStringLiteral("/etc/yum.conf")), contents); }
     QString repoPath(const char* name) const
     {
         return path(QStringLiteral("/etc/yum.repos.d/")) + QLatin1String(name);
     }
-    void putRepo(const char* name, const QByteArray& contents) const { put(repoPath(name), contents); }
-    QByteArray getRepo(const char* name) const { return get(repoPath(name)); }
+    void putRepo(const char* name, const QByteArray& contents) const { Files::put(repoPath(name), contents); }
+    QByteArray getRepo(const char* name) const { return Files::get(repoPath(name)); }
     void removeRepos() const
     {
         QDir directory(path(QStringLiteral("/etc/yum.repos.d")));
@@ -101,42 +91,5 @@ public:
     HProgressBar itemBar;
     YumIO yumIO;
 };
-
-// Opens a menu and uses it; a menu that is still open then is closed. Returns whether one opened at all.
-template <typename Open, typename Use> bool withMenu(Open open, Use use)
-{
-    bool opened = false;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&timer, &opened, &use] {
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        if (menu != nullptr) {
-            timer.stop();
-            opened = true;
-            use(*menu);
-            menu->close();
-        }
-    });
-    timer.start(10);
-    open(); // returns when the menu has been closed
-    QTest::qWait(50);
-    return opened;
-}
-
-inline QAction* actionOf(const QMenu& menu, const QString& text)
-{
-    for (QAction* action : menu.actions()) {
-        if (action->text() == text) {
-            return action;
-        }
-    }
-    return nullptr;
-}
-
-// Chooses an entry of an open menu by the mouse.
-inline void choose(QMenu& menu, const QString& text)
-{
-    QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier,
-                      menu.actionGeometry(actionOf(menu, text)).center());
-}
 
 #endif

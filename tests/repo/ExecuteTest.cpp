@@ -20,6 +20,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/AnsweringUser.h"
+
 namespace {
 
 // Acts as a user who may have no more than a number of processes, until the end of the scope.
@@ -359,31 +361,18 @@ void ExecuteTest::aProgramThatIsNotThereIsToldToStandardError()
 
 void ExecuteTest::aFailedForkIsShown()
 {
-    QString title;
-    QString text;
-    QWidget* parent = nullptr;
-    QMessageBox::StandardButtons buttons;
-    QTimer answer;
-    connect(&answer, &QTimer::timeout, &answer, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
-            title = box->windowTitle();
-            text = box->text();
-            parent = box->parentWidget();
-            buttons = box->standardButtons();
-            QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
-        }
-    });
-    answer.start(5);
+    const AnsweringUser user(AnsweringUser::click(QMessageBox::Ok));
     {
         const ProcessLimit limit(0);
         run("exit 0");
     }
     // Nothing has waited for the window.
-    QVERIFY(title.isEmpty());
-    QTRY_COMPARE(title, QStringLiteral("Help"));
-    QCOMPARE(text, QStringLiteral("fork() failed; errno = %1 (%2)").arg(EAGAIN).arg(strerror(EAGAIN)));
-    QCOMPARE(parent, window.get());
-    QCOMPARE(buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
+    QVERIFY(user.seen.isEmpty());
+    QTRY_COMPARE(user.titles(), QStringList{QStringLiteral("Help")});
+    const ShownBox box = user.seen.first();
+    QCOMPARE(box.text, QStringLiteral("fork() failed; errno = %1 (%2)").arg(EAGAIN).arg(strerror(EAGAIN)));
+    QCOMPARE(box.parent, window.get());
+    QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
 }
 
 void ExecuteTest::aFailedSecondForkIsToldToStandardError()

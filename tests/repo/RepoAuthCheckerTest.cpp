@@ -9,6 +9,9 @@
 #include "repo/RepoAuthDialog.h"
 #include "repo/YumConfIO.h"
 #include "tests/repo/Form.h"
+#include "tests/support/AnsweringUser.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/Files.h"
 
 using namespace RepoAuth;
 
@@ -82,16 +85,6 @@ private:
             if (modal == nullptr || modal != QApplication::activeWindow()) {
                 return;
             }
-            if (auto* box = qobject_cast<QMessageBox*>(modal)) {
-                if (boxes.isEmpty() || boxes.last() != box->text()) {
-                    boxes << box->text();
-                }
-                const QMessageBox::StandardButton question = agreeing ? QMessageBox::Yes : QMessageBox::No;
-                QTest::mouseClick(
-                    box->button(box->standardButtons() & QMessageBox::No ? question : QMessageBox::Ok),
-                    Qt::LeftButton);
-                return;
-            }
             auto* dialog = qobject_cast<Dialog*>(modal);
             if (dialog == nullptr || !Form::button(dialog, "OK")->isEnabled()) {
                 return;
@@ -127,33 +120,23 @@ private:
         look(checker);
         return asked;
     }
-    void put(const char* name, const QByteArray& contents) const
-    {
-        QFile file(repoPath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
-            qFatal("cannot write %s", name);
-        }
-    }
-    QByteArray get(const char* name) const
-    {
-        QFile file(repoPath(name));
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-    }
+    void put(const char* name, const QByteArray& contents) const { Files::put(repoPath(name), contents); }
+    QByteArray get(const char* name) const { return Files::get(repoPath(name)); }
     QString repoPath(const char* name) const
     {
         return root->path() + QStringLiteral("/etc/yum.repos.d/") + QLatin1String(name);
     }
 
     std::unique_ptr<QTemporaryDir> root;
+    EnvironmentVariable managedRoot{"VYREROOT"};
     std::unique_ptr<QWidget> window;
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;
     std::unique_ptr<YumConfIO> conf;
-    QStringList boxes;
+    std::unique_ptr<AnsweringUser> user;
     QPointer<Dialog> shown;
     // What happens while the dialog waits for an answer.
     std::function<void()> meanwhile;
-    bool agreeing = false; // with questions of message boxes
     bool quit = false;
     bool changed = false;
 };
@@ -162,15 +145,11 @@ void RepoAuthCheckerTest::init()
 {
     root = std::make_unique<QTemporaryDir>();
     QDir(root->path()).mkpath(QStringLiteral("etc/yum.repos.d"));
-    qputenv("VYREROOT", QFile::encodeName(root->path()));
-    QFile main(root->path() + QStringLiteral("/etc/yum.conf"));
-    QVERIFY(main.open(QIODevice::WriteOnly));
-    main.write("[main]\n");
-    main.close();
+    managedRoot.set(QFile::encodeName(root->path()));
+    Files::put(root->path() + QStringLiteral("/etc/yum.conf"), "[main]\n");
     session.clear();
-    boxes.clear();
+    user = std::make_unique<AnsweringUser>();
     meanwhile = nullptr;
-    agreeing = false;
     conf = std::make_unique<YumConfIO>(requests, session);
     window = std::make_unique<QWidget>();
     window->resize(200, 100);
@@ -206,9 +185,9 @@ void RepoAuthCheckerTest::whatOthersChangeMeanwhileStays()
         put("c.repo", section("c", "http://h/x"));
     };
     QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList{QStringLiteral("a")});
-    QCOMPARE(boxes.size(), 1);
-    QVERIFY(boxes.first().contains(repoPath("a.repo")));
-    QVERIFY(!boxes.first().contains(repoPath("b.repo")));
+    QCOMPARE(user->seen.size(), 1);
+    QVERIFY(user->seen.first().text.contains(repoPath("a.repo")));
+    QVERIFY(!user->seen.first().text.contains(repoPath("b.repo")));
     QCOMPARE(get("a.repo"), theirs);
     QCOMPARE(get("b.repo"), section("b", "http://h/x"));
     QCOMPARE(get("c.repo"), section("c", "http://h/x"));
@@ -218,14 +197,14 @@ void RepoAuthCheckerTest::credentialsGoIntoWhatOthersHaveChanged()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) +
                       section("gone", "http://k" + emptyAuth));
-    agreeing = true;
+    user->answer = AnsweringUser::click(QMessageBox::Yes);
     meanwhile = [this] {
         put("a.repo", section("b", "http://h" + emptyAuth) +
                           section("a", "http://h/vantor?u=theirs&p=theirs&path=/x", "cost=1\n"));
     };
     QCOMPARE(check({{"bob", "pw", "Apply to All with this Host"}, {"eve", "pw", "OK"}}),
              (QStringList{QStringLiteral("a"), QStringLiteral("gone")}));
-    QCOMPARE(boxes.size(), 1);
+    QCOMPARE(user->seen.size(), 1);
     QVERIFY(changed);
     // Credentials of others are not overwritten, and nothing comes back that others have removed.
     QCOMPARE(get("a.repo"), QByteArray("[b]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n\n"
@@ -394,8 +373,8 @@ void RepoAuthCheckerTest::afterAFailedReadNothingIsAskedOrWritten()
     put("a.repo", first);
     put("b.repo", first);
     QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList());
-    QCOMPARE(boxes.size(), 1);
-    QVERIFY(boxes.at(0).startsWith(QStringLiteral("Malformed section name in line: [x")));
+    QCOMPARE(user->seen.size(), 1);
+    QVERIFY(user->seen.at(0).text.startsWith(QStringLiteral("Malformed section name in line: [x")));
     QVERIFY(!quit);
     QVERIFY(!changed);
     QCOMPARE(get("a.repo"), first);
@@ -408,8 +387,8 @@ void RepoAuthCheckerTest::theQuestionAboutDuplicatesMayBeDeclined()
         section("a", "http://h" + emptyAuth) + section("b", "http://h/x") + section("b", "http://h/y");
     put("a.repo", before);
     check({{"bob", "pw", "OK"}});
-    QCOMPARE(boxes.size(), 1);
-    QVERIFY(boxes.at(0).endsWith(QStringLiteral("  Proceed?")));
+    QCOMPARE(user->seen.size(), 1);
+    QVERIFY(user->seen.at(0).text.endsWith(QStringLiteral("  Proceed?")));
     QVERIFY(changed);
     QCOMPARE(get("a.repo"), before);
 }

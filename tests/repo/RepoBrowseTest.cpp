@@ -9,6 +9,7 @@
 
 #include "repo/RepoEntry.h"
 #include "tests/repo/Editor.h"
+#include "tests/support/AnsweringUser.h"
 
 class RepoBrowseTest : public QObject
 {
@@ -36,20 +37,15 @@ private:
     // Title and text of the errors over the window that something shows.
     template <typename Open> QStringList shownBy(Open open)
     {
-        QStringList shown;
-        QTimer answer;
-        connect(&answer, &QTimer::timeout, &answer, [this, &shown, &answer] {
-            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
-                answer.stop(); // a click lets the time pass
-                shown << box->windowTitle() << box->text();
-                if (box->icon() != QMessageBox::Critical || box->parentWidget() != window.get()) {
-                    shown << QStringLiteral("(not an error over the window)");
-                }
-                QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
-            }
-        });
-        answer.start(5);
+        const AnsweringUser user(AnsweringUser::click(QMessageBox::Ok));
         open();
+        QStringList shown;
+        for (const ShownBox& box : user.seen) {
+            shown << box.title << box.text;
+            if (box.icon != QMessageBox::Critical || box.parent != window.get()) {
+                shown << QStringLiteral("(not an error over the window)");
+            }
+        }
         return shown;
     }
 

@@ -8,6 +8,7 @@
 
 #include "repo/YumConfIO.h"
 #include "tests/repo/Form.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
 
@@ -62,6 +63,7 @@ private:
     QString status() const { return dialog->findChild<HFrameLabel*>()->text(); }
 
     QTemporaryDir root;
+    EnvironmentVariable managedRoot{"VYREROOT"};
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;
     std::unique_ptr<YumConfIO> conf;
@@ -73,7 +75,7 @@ private:
 
 void RepoEditorConfigDialogTest::init()
 {
-    qputenv("VYREROOT", QFile::encodeName(root.path()));
+    managedRoot.set(QFile::encodeName(root.path()));
     session.clear();
     conf = std::make_unique<YumConfIO>(requests, session);
     conf->reposdir = QStringList{QStringLiteral("/etc/yum.repos.d")};

@@ -8,6 +8,8 @@
 #include "repo/RepoEditorModel.h"
 #include "repo/RepoEntry.h"
 #include "tests/repo/Editor.h"
+#include "tests/support/AnsweringUser.h"
+#include "tests/support/Menus.h"
 
 using namespace RepoEditor;
 
@@ -97,20 +99,10 @@ void RepoEditorContextMenuTest::browseOpensTheUrl()
 void RepoEditorContextMenuTest::browseHasItsMessageOverTheView()
 {
     conf->entries[0].baseurl.clear();
-    QWidget* parent = nullptr;
-    QString text;
-    QTimer answer;
-    connect(&answer, &QTimer::timeout, &answer, [&parent, &text] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeWindow())) {
-            parent = box->parentWidget();
-            text = box->text();
-            QTest::keyClick(box, Qt::Key_Return);
-        }
-    });
-    answer.start(10);
+    const AnsweringUser user;
     QVERIFY(run(model->index(0, NameColumn), "Browse Repository"));
-    QTRY_COMPARE(text, QStringLiteral("Repository configuration has no URL"));
-    QCOMPARE(parent, view.get());
+    QTRY_COMPARE(user.texts(), QStringList{QStringLiteral("Repository configuration has no URL")});
+    QCOMPARE(user.seen.first().parent, view.get());
 }
 
 void RepoEditorContextMenuTest::withoutARowNothingCanBeChosen()

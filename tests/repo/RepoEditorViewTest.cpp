@@ -10,6 +10,7 @@
 #include "repo/RepoEditorSortFilterProxyModel.h"
 #include "repo/RepoEntry.h"
 #include "tests/repo/Editor.h"
+#include "tests/support/Menus.h"
 
 using namespace RepoEditor;
 

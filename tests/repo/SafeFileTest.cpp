@@ -18,6 +18,11 @@
 
 #include "repo/SafeFile.h"
 #include "tests/repo/SmallDisk.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/Files.h"
+
+using Files::get;
+using Files::put;
 
 namespace {
 
@@ -104,27 +109,12 @@ private Q_SLOTS:
 
 private:
     QString path(const QString& name) const { return root->filePath(name); }
-    static void put(const QString& absolute, const QByteArray& contents);
-    static QByteArray get(const QString& absolute);
     QStringList names(const QString& directory = QString()) const;
     static struct stat statusOf(const QString& absolute);
 
     QScopedPointer<QTemporaryDir> root;
+    EnvironmentVariable managedRoot{"VYREROOT"};
 };
-
-void SafeFileTest::put(const QString& absolute, const QByteArray& contents)
-{
-    QFile file(absolute);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
-        qFatal("cannot write %s", qPrintable(absolute));
-    }
-}
-
-QByteArray SafeFileTest::get(const QString& absolute)
-{
-    QFile file(absolute);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-}
 
 QStringList SafeFileTest::names(const QString& directory) const
 {
@@ -146,7 +136,7 @@ void SafeFileTest::init()
     root.reset(new QTemporaryDir);
     QVERIFY(root->isValid());
     QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
-    qputenv("VYREROOT", QFile::encodeName(root->path()));
+    managedRoot.set(QFile::encodeName(root->path()));
     umask(022);
     put(path(QStringLiteral("x.repo")), oldText);
 }
@@ -254,16 +244,10 @@ void SafeFileTest::aDirectoryThatMayNotBeWrittenIsNoObstacle()
     QCOMPARE(seteuid(65534), 0);
     const bool good = replaceNow(path(QStringLiteral("x.repo")), oldText, newText);
     // Without any place for a copy nothing is written.
-    const QByteArray before = qgetenv("TMPDIR");
-    qputenv("VYREROOT", "/nowhere");
-    qputenv("TMPDIR", "/nowhere");
+    managedRoot.set("/nowhere");
+    const EnvironmentVariable temporary("TMPDIR", "/nowhere");
     const bool unsafe = replaceNow(path(QStringLiteral("x.repo")), newText, oldText);
     QCOMPARE(seteuid(0), 0);
-    if (before.isNull()) {
-        qunsetenv("TMPDIR");
-    } else {
-        qputenv("TMPDIR", before);
-    }
     QVERIFY(good);
     QVERIFY(!unsafe);
     QCOMPARE(get(path(QStringLiteral("x.repo"))), newText);

@@ -2,7 +2,6 @@
 
 #include <QDir>
 #include <QDirIterator>
-#include <QMessageBox>
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
@@ -10,6 +9,9 @@
 
 #include "repo/YumConfIO.h"
 #include "tests/repo/RandomConfiguration.h"
+#include "tests/support/AnsweringUser.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/Files.h"
 
 namespace {
 
@@ -29,29 +31,6 @@ struct ConfigurationFile
     uid_t owner = 0;
     gid_t group = 0;
 };
-
-// Closes every message box at once: what showed it fails then, instead of waiting for an answer.
-class NoAnswers : public QObject
-{
-public:
-    bool eventFilter(QObject* object, QEvent* event) override
-    {
-        auto* box = event->type() == QEvent::Show ? qobject_cast<QMessageBox*>(object) : nullptr;
-        if (box != nullptr) {
-            qWarning("%s", qPrintable(box->text()));
-            QMetaObject::invokeMethod(box, "reject", Qt::QueuedConnection);
-        }
-        return false;
-    }
-};
-
-// In memory where there is such a place: these tests write many ten thousand files.
-QString scratchTemplate()
-{
-    const QFileInfo memory(QStringLiteral("/dev/shm"));
-    const QString directory = memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
-    return directory + QStringLiteral("/vyre-test-XXXXXX");
-}
 
 // Every case has a seed of its own, 0 ... cases - 1, told when it fails. VYRE_TEST_FACTOR multiplies their
 // number.
@@ -130,7 +109,6 @@ private Q_SLOTS:
 private:
     QString path(const QString& relative) const { return root->path() + QLatin1Char('/') + relative; }
     QString mainPath() const { return path(QStringLiteral("etc/yum.conf")); }
-    static void put(const QString& absolute, const QByteArray& contents);
     // All files below the managed root with their contents.
     QMap<QString, QByteArray> snapshot() const;
     // Makes the files of a configuration anew.
@@ -154,8 +132,13 @@ private:
     // The index of one of the entries, chosen at random, and where it is expected.
     int choose(RandomConfiguration& random, QString& file, int& index);
 
-    NoAnswers noAnswers;
+    // What shows a message box fails, instead of waiting for an answer.
+    const AnsweringUser user{[](QDialog* box) {
+        qWarning("%s", qPrintable(qobject_cast<QMessageBox*>(box)->text()));
+        box->reject();
+    }};
     QScopedPointer<QTemporaryDir> root;
+    EnvironmentVariable managedRoot{"VYREROOT"};
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;
     QScopedPointer<YumConfIO> conf;
@@ -166,14 +149,6 @@ private:
     QMap<QString, QPair<QString, QByteArray>> remembered;
     int added = 0;
 };
-
-void YumConfIOPropertiesTest::put(const QString& absolute, const QByteArray& contents)
-{
-    QFile file(absolute);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
-        qFatal("cannot write %s", qPrintable(absolute));
-    }
-}
 
 QMap<QString, QByteArray> YumConfIOPropertiesTest::snapshot() const
 {
@@ -200,7 +175,7 @@ void YumConfIOPropertiesTest::make(RandomConfiguration& random)
     added = 0;
     const auto makeFile = [this](const QString& name, const QByteArray& contents,
                                  const QList<Section>& sections) {
-        put(name, contents);
+        Files::put(name, contents);
         ConfigurationFile& file = files[name];
         file.existed = true;
         for (const Section& each : sections) {
@@ -273,14 +248,13 @@ void YumConfIOPropertiesTest::editAll()
 void YumConfIOPropertiesTest::initTestCase()
 {
     umask(022);
-    qApp->installEventFilter(&noAnswers);
 }
 
 void YumConfIOPropertiesTest::init()
 {
-    root.reset(new QTemporaryDir(scratchTemplate()));
+    root.reset(new QTemporaryDir(Files::scratchTemplate()));
     QVERIFY(root->isValid());
-    qputenv("VYREROOT", QFile::encodeName(root->path()));
+    managedRoot.set(QFile::encodeName(root->path()));
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum.repos.d")));
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum/repos.d")));
     conf.reset(new YumConfIO(requests, session));

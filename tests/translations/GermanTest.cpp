@@ -23,7 +23,7 @@
 #include "services/ScrollableDialogs.h"
 #include "tests/app/EachAlone.h"
 #include "tests/packagetable/Described.h"
-#include "tests/packagetable/StandIn.h"
+#include "tests/support/StandIn.h"
 #include "widgets/HFrameLabel.h"
 
 namespace {

@@ -1,18 +1,12 @@
-#include "tests/packagetable/StandIn.h"
+#include "tests/support/StandIn.h"
 
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 
-namespace {
+#include "tests/support/Files.h"
 
-void write(const QString& path, const QByteArray& text)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
-        qFatal("%s cannot be written", qPrintable(path));
-    }
-}
+namespace {
 
 QByteArray read(const QString& path)
 {
@@ -31,9 +25,9 @@ StandIn::StandIn()
         }
     }
     QDir(directory.path()).mkpath(QStringLiteral("python"));
-    write(path("python/YumIO.py"), read(QStringLiteral(STANDIN_SCRIPT)));
+    Files::put(path("python/YumIO.py"), read(QStringLiteral(STANDIN_SCRIPT)));
     QDir(root()).mkpath(QStringLiteral("etc/yum.repos.d"));
-    write(root() + QStringLiteral("/etc/yum.conf"), "[main]\ncachedir=/var/cache/standin\n");
+    Files::put(root() + QStringLiteral("/etc/yum.conf"), "[main]\ncachedir=/var/cache/standin\n");
     setPackages({}, {}, {});
     qputenv("VYRESHARE", QFile::encodeName(directory.path()));
     qputenv("VYREROOT", QFile::encodeName(root()));
@@ -54,17 +48,17 @@ QJsonObject StandIn::group(const QString& name, const QJsonObject& attributes)
 void StandIn::setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                           const QJsonArray& groups)
 {
-    write(path("packages.json"), QJsonDocument(QJsonObject{{QStringLiteral("updates"), updates},
-                                                           {QStringLiteral("installed"), installed},
-                                                           {QStringLiteral("available"), available},
-                                                           {QStringLiteral("groups"), groups}})
-                                     .toJson(QJsonDocument::Compact));
+    Files::put(path("packages.json"), QJsonDocument(QJsonObject{{QStringLiteral("updates"), updates},
+                                                                {QStringLiteral("installed"), installed},
+                                                                {QStringLiteral("available"), available},
+                                                                {QStringLiteral("groups"), groups}})
+                                          .toJson(QJsonDocument::Compact));
 }
 
 void StandIn::setFlag(const char* name, bool on)
 {
     if (on) {
-        write(path(name), QByteArray());
+        Files::put(path(name), QByteArray());
     } else {
         QFile::remove(path(name));
     }
@@ -112,7 +106,7 @@ void StandIn::setUnreadable(bool unreadable)
 
 void StandIn::setRepos(const QByteArray& text)
 {
-    write(root() + QStringLiteral("/etc/yum.repos.d/standin.repo"), text);
+    Files::put(root() + QStringLiteral("/etc/yum.repos.d/standin.repo"), text);
 }
 
 QStringList StandIn::calls() const
@@ -129,7 +123,7 @@ int StandIn::calls(const QString& method) const
 
 void StandIn::forgetCalls()
 {
-    write(path("calls"), QByteArray());
+    Files::put(path("calls"), QByteArray());
 }
 
 QString StandIn::root() const

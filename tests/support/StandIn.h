@@ -4,8 +4,8 @@
 // called. One for each test program, made before anything that looks for the share directory; the environment
 // keeps pointing to it.
 
-#ifndef TESTS_PACKAGETABLE_STANDIN_H
-#define TESTS_PACKAGETABLE_STANDIN_H
+#ifndef TESTS_SUPPORT_STANDIN_H
+#define TESTS_SUPPORT_STANDIN_H
 
 #include <QJsonArray>
 #include <QJsonObject>

@@ -1,0 +1,196 @@
+#include <QtTest>
+#include <QtWidgets>
+
+#include "tests/repo/ShownEditor.h"
+#include "widgets/HFrameLabel.h"
+
+using namespace RepoEditor;
+
+// OK and Apply write the list.
+class RepoEditorDialogApplyTest : public ShownEditor
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void okWithoutChangesWritesNothing();
+    void okWritesAndCloses();
+    void okStaysOpenWhenNothingWasWritten();
+    void applyWritesAndStaysOpen();
+    void applyThatIsDeclinedKeepsEverything();
+    void applyThatFailsKeepsEverything();
+    void applyThatFailsAfterRemovalShowsWhatIsLeft();
+    void whatOthersChangeMeanwhileStays();
+    void whatOthersChangeMeanwhileCanBeReadAgain();
+    void afterApplyOthersChangesAreShown();
+};
+
+void RepoEditorDialogApplyTest::okWithoutChangesWritesNothing()
+{
+    // A write would put this into another form.
+    backEnd->putRepo("os.repo", "# comment\n[os]\nenabled = 1\n");
+    QCOMPARE(run([this] { click("OK"); }), int(QDialog::Accepted));
+    QCOMPARE(backEnd->getRepo("os.repo"), QByteArray("# comment\n[os]\nenabled = 1\n"));
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogApplyTest::okWritesAndCloses()
+{
+    QCOMPARE(run([this] {
+                 click(QStringLiteral("extras"), PermanentColumn);
+                 click("OK");
+             }),
+             int(QDialog::Accepted));
+    QVERIFY(
+        backEnd->getRepo("os.repo").contains("[extras]\nname=Extras\nbaseurl=http://h/extras\nenabled=1\n"));
+    QCOMPARE(told->size(), 1);
+}
+
+void RepoEditorDialogApplyTest::okStaysOpenWhenNothingWasWritten()
+{
+    backEnd->putRepo("double.repo", "[os]\nname=Second\n");
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                QCOMPARE(withBoxes([this] { click("OK"); }, "&No").size(), 1);
+                QVERIFY(dialog->isVisible());
+                QVERIFY(button("Apply")->isEnabled());
+                QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
+            }) == int(QDialog::Rejected));
+    QVERIFY(backEnd->getRepo("os.repo").contains("enabled=0"));
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogApplyTest::applyWritesAndStaysOpen()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                click("Apply");
+                QVERIFY(dialog->isVisible());
+                QVERIFY(isClean());
+                QCOMPARE(current(), QStringLiteral("(none)"));
+                QVERIFY(!button("Edit")->isEnabled());
+                QVERIFY(backEnd->getRepo("os.repo").contains("enabled=1"));
+                QVERIFY(told->isEmpty());
+            }) >= 0);
+    QCOMPARE(told->size(), 1);
+    // The next showing begins anew.
+    QVERIFY(run([] {}) >= 0);
+    QCOMPARE(told->size(), 1);
+}
+
+void RepoEditorDialogApplyTest::applyThatIsDeclinedKeepsEverything()
+{
+    backEnd->putRepo("double.repo", "[os]\nname=Second\n");
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                QCOMPARE(withBoxes([this] { click("Apply"); }, "&No").size(), 1);
+                QVERIFY(button("Apply")->isEnabled());
+                QCOMPARE(ids().count(QStringLiteral("os")), 2);
+                QCOMPARE(current(), QStringLiteral("extras"));
+                QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
+            }) >= 0);
+    QVERIFY(backEnd->getRepo("os.repo").contains("enabled=0"));
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogApplyTest::applyThatFailsKeepsEverything()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"));
+                QVERIFY(withForm([this] { click("Edit"); },
+                                 [this] {
+                                     Form::type(fields->file, QStringLiteral("/nowhere/at/all.repo"));
+                                     QCOMPARE(form->findChild<HFrameLabel*>()->text(),
+                                              QStringLiteral("File is not in any reposdir directory"));
+                                     clickForm("OK");
+                                 }));
+                const QList<ShownBox> boxes = withBoxes([this] { click("Apply"); });
+                QCOMPARE(boxes.size(), 1);
+                QCOMPARE(boxes.at(0).title, QStringLiteral("VYRE Repository Editor Error"));
+                QVERIFY(isUnapplied());
+                QCOMPARE(current(), QStringLiteral("extras"));
+            }) >= 0);
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogApplyTest::applyThatFailsAfterRemovalShowsWhatIsLeft()
+{
+    backEnd->putRepo("double.repo", "[os]\nname=Second\n[zero]\n");
+    QVERIFY(run([this] {
+                click(QStringLiteral("zero"));
+                QVERIFY(withForm([this] { click("Edit"); },
+                                 [this] {
+                                     Form::type(fields->file, QStringLiteral("/nowhere/at/all.repo"));
+                                     clickForm("OK");
+                                 }));
+                QCOMPARE(listed().size(), 5);
+                QCOMPARE(withBoxes([this] { click("Apply"); }).size(), 2);
+                QCOMPARE(ids().size(), 4);
+                QCOMPARE(listed(), (QStringList{"extras", "os", "updates", "zero"}));
+                QVERIFY(isUnapplied());
+            }) >= 0);
+}
+
+void RepoEditorDialogApplyTest::whatOthersChangeMeanwhileStays()
+{
+    const QByteArray theirs("[os]\nname=Theirs\n");
+    QVERIFY(run([this, &theirs] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                backEnd->putRepo("os.repo", theirs);
+                backEnd->putRepo("made.repo", theirs);
+                const QList<ShownBox> boxes = withBoxes([this] { click("OK"); }, "&No");
+                QCOMPARE(boxes.size(), 1);
+                QCOMPARE(boxes.at(0).parent, dialog.get());
+                QVERIFY(boxes.at(0).text.contains(QLatin1Char('\n') + backEnd->repoPath("os.repo") +
+                                                  QLatin1Char('\n')));
+                QVERIFY(!boxes.at(0).text.contains(QStringLiteral("made.repo")));
+                // The edits stay in the window.
+                QVERIFY(dialog->isVisible());
+                QVERIFY(isUnapplied());
+                QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
+                QCOMPARE(current(), QStringLiteral("extras"));
+            }) >= 0);
+    QCOMPARE(backEnd->getRepo("os.repo"), theirs);
+    QCOMPARE(backEnd->getRepo("made.repo"), theirs);
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogApplyTest::whatOthersChangeMeanwhileCanBeReadAgain()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                backEnd->putRepo("os.repo", "[os]\nname=Theirs\n[extras]\nname=Theirs too\nenabled=0\n");
+                QCOMPARE(withBoxes([this] { click("OK"); }, "&Yes").size(), 1);
+                QVERIFY(dialog->isVisible());
+                QVERIFY(isClean());
+                QCOMPARE(entry(QStringLiteral("extras")).enabled, 0);
+                QVERIFY(listed(NameColumn).contains(QStringLiteral("Theirs too")));
+                QCOMPARE(current(), QStringLiteral("extras"));
+                // And then it can be edited.
+                click(QStringLiteral("extras"), PermanentColumn);
+                click("Apply");
+                QVERIFY(isClean());
+            }) >= 0);
+    QCOMPARE(backEnd->getRepo("os.repo"),
+             QByteArray("[os]\nname=Theirs\n\n[extras]\nname=Theirs too\nenabled=1\n"));
+}
+
+void RepoEditorDialogApplyTest::afterApplyOthersChangesAreShown()
+{
+    backEnd->putRepo("other.repo", "[other]\nname=Before\n");
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                backEnd->putRepo("other.repo", "[other]\nname=Theirs\n");
+                const QList<ShownBox> boxes = withBoxes([this] { click("Apply"); }, "&OK");
+                QCOMPARE(boxes.size(), 1);
+                QVERIFY(boxes.at(0).text.endsWith(QLatin1Char('\n') + backEnd->repoPath("other.repo")));
+                QVERIFY(isClean());
+                QVERIFY(listed(NameColumn).contains(QStringLiteral("Theirs")));
+            }) >= 0);
+    QVERIFY(
+        backEnd->getRepo("os.repo").contains("[extras]\nname=Extras\nbaseurl=http://h/extras\nenabled=1\n"));
+    QCOMPARE(backEnd->getRepo("other.repo"), QByteArray("[other]\nname=Theirs\n"));
+    QCOMPARE(told->size(), 1);
+}
+
+QTEST_MAIN(RepoEditorDialogApplyTest)
+#include "RepoEditorDialogApplyTest.moc"

@@ -1,0 +1,227 @@
+#include <QtTest>
+#include <QtWidgets>
+
+#include "tests/repo/ShownEditor.h"
+
+using namespace RepoEditor;
+
+// Reset All, Cancel and closing the window drop what is not applied.
+class RepoEditorDialogClosingTest : public ShownEditor
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void resetAllBringsEverythingBack();
+    void resetAllKeepsTheCurrentRepository();
+    void resetAllThatFailsShowsWhatWasRead();
+    void whatWasReadInPartIsNotWritten();
+    void cancelUndoesAndCloses();
+    void cancelAfterApplyStillTells();
+    void closingTheWindowKeepsTheSession();
+    void closingTheWindowDropsWhatIsNotApplied();
+    void closingTheWindowKeepsWhatWasSwitched();
+    void closingWithoutChangesTellsNothing();
+    void closingTellsWhenForced();
+    void theSlotForResettingDoesNothing();
+};
+
+void RepoEditorDialogClosingTest::resetAllBringsEverythingBack()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), SessionColumn);
+                click(QStringLiteral("os"), PermanentColumn);
+                QVERIFY(withForm([this] { click("Add"); },
+                                 [this] {
+                                     Form::type(fields->id, QStringLiteral("new"));
+                                     clickForm("OK");
+                                 }));
+                click("Reset All");
+                QVERIFY(isClean());
+                QVERIFY(dialog->isVisible());
+                QCOMPARE(listed(), (QStringList{"extras", "os", "updates"}));
+                QCOMPARE(session.value(QStringLiteral("extras")), false);
+                QVERIFY(!session.contains(QStringLiteral("new")));
+                QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
+                click("OK");
+            }) == int(QDialog::Accepted));
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("updates"), PermanentColumn);
+                click("Reset All");
+                QCOMPARE(current(), QStringLiteral("updates"));
+                QVERIFY(button("Edit")->isEnabled());
+                click(QStringLiteral("updates"), PermanentColumn);
+                view->setCurrentIndex(QModelIndex());
+                click("Reset All");
+                QCOMPARE(current(), QStringLiteral("(none)"));
+                QVERIFY(!button("Edit")->isEnabled());
+            }) >= 0);
+    // The last of those that have the identifier.
+    backEnd->putRepo("x.repo", "[same]\nname=1\n[same]\nname=2\n");
+    QVERIFY(run([this] {
+                click(QStringLiteral("same"), PermanentColumn);
+                click("Reset All");
+                QCOMPARE(view->currentRow(), ids().lastIndexOf(QStringLiteral("same")));
+            }) >= 0);
+}
+
+void RepoEditorDialogClosingTest::resetAllThatFailsShowsWhatWasRead()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("updates"), PermanentColumn);
+                backEnd->removeRepos();
+                backEnd->putRepo("x.repo", "[good]\n[other]\n[bad\n");
+                const QList<ShownBox> boxes = withBoxes([this] { click("Reset All"); });
+                QCOMPARE(boxes.size(), 1);
+                QCOMPARE(boxes.at(0).parent, dialog.get());
+                QCOMPARE(listed(), QStringList{QStringLiteral("good")});
+                QVERIFY(dialog->isVisible());
+                QVERIFY(isClean());
+            }) >= 0);
+}
+
+void RepoEditorDialogClosingTest::whatWasReadInPartIsNotWritten()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("updates"), PermanentColumn);
+                for (const char* name : {"a.repo", "updates.repo", "os.repo"}) {
+                    backEnd->putRepo(name, "[good" + QByteArray(name, 1) + "]\n[x]\n[bad\n");
+                }
+                QCOMPARE(withBoxes([this] { click("Reset All"); }).size(), 1);
+                QCOMPARE(listed().size(), 1);
+                for (const char* text : {"Apply", "OK"}) {
+                    click(listed().first(), PermanentColumn);
+                    QCOMPARE(withBoxes([this, text] { click(text); }).size(), 1);
+                    QVERIFY(dialog->isVisible());
+                }
+                QCOMPARE(backEnd->getRepo("updates.repo"), QByteArray("[goodu]\n[x]\n[bad\n"));
+                QCOMPARE(backEnd->getRepo("a.repo"), QByteArray("[gooda]\n[x]\n[bad\n"));
+                for (const char* name : {"a.repo", "updates.repo", "os.repo"}) {
+                    backEnd->putRepo(name, "[good" + QByteArray(name, 1) + "]\n");
+                }
+                click(listed().first(), PermanentColumn);
+                click("Apply");
+                QCOMPARE(listed(), (QStringList{"gooda", "goodo", "goodu"}));
+                QVERIFY(isClean());
+                click(QStringLiteral("goodo"), PermanentColumn);
+                click("Apply");
+                QCOMPARE(backEnd->getRepo("os.repo"), QByteArray("[goodo]\nenabled=0\n"));
+            }) >= 0);
+    QCOMPARE(backEnd->getRepo("updates.repo"), QByteArray("[goodu]\n"));
+}
+
+void RepoEditorDialogClosingTest::cancelUndoesAndCloses()
+{
+    const QByteArray before = backEnd->getRepo("os.repo");
+    QCOMPARE(run([this] {
+                 click(QStringLiteral("extras"), SessionColumn);
+                 click(QStringLiteral("os"), PermanentColumn);
+                 click("Cancel");
+                 QVERIFY(!dialog->isVisible());
+             }),
+             int(QDialog::Rejected));
+    QCOMPARE(session.value(QStringLiteral("extras")), false);
+    QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
+    QCOMPARE(backEnd->getRepo("os.repo"), before);
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogClosingTest::cancelAfterApplyStillTells()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                click("Apply");
+                click(QStringLiteral("os"), PermanentColumn);
+                click("Cancel");
+            }) == int(QDialog::Rejected));
+    QCOMPARE(told->size(), 1);
+    QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
+    QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
+}
+
+void RepoEditorDialogClosingTest::closingTheWindowKeepsTheSession()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), SessionColumn);
+                QTest::keyClick(view, Qt::Key_Escape);
+                QVERIFY(!dialog->isVisible());
+            }) == int(QDialog::Rejected));
+    QCOMPARE(session.value(QStringLiteral("extras")), true);
+    QCOMPARE(told->size(), 1);
+}
+
+void RepoEditorDialogClosingTest::closingTheWindowDropsWhatIsNotApplied()
+{
+    const QByteArray before = backEnd->getRepo("os.repo");
+    QVERIFY(run([this] {
+                click(QStringLiteral("os"), PermanentColumn);
+                click(QStringLiteral("extras"));
+                QVERIFY(withForm([this] { click("Edit"); },
+                                 [this] {
+                                     Form::type(fields->urls, QStringLiteral("http://h/other"));
+                                     fields->enabled->setFocus();
+                                     QTest::keyClick(fields->enabled, Qt::Key_End);
+                                     clickForm("OK");
+                                 }));
+                QCOMPARE(session.value(QStringLiteral("extras")), true);
+                QTest::keyClick(view, Qt::Key_Escape);
+                QVERIFY(!dialog->isVisible());
+            }) == int(QDialog::Rejected));
+    QCOMPARE(backEnd->getRepo("os.repo"), before);
+    // The list says again what the files say, and the session is that which the packages were collected for.
+    QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
+    QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
+    QCOMPARE(session.value(QStringLiteral("extras")), false);
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogClosingTest::closingTheWindowKeepsWhatWasSwitched()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), SessionColumn);
+                click(QStringLiteral("os"), PermanentColumn);
+                dialog->close();
+            }) == int(QDialog::Rejected));
+    QCOMPARE(session.value(QStringLiteral("extras")), true);
+    QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
+    QCOMPARE(told->size(), 1);
+}
+
+void RepoEditorDialogClosingTest::closingWithoutChangesTellsNothing()
+{
+    QVERIFY(run([this] { dialog->close(); }) == int(QDialog::Rejected));
+    QVERIFY(run([this] { click("Cancel"); }) == int(QDialog::Rejected));
+    QCOMPARE(told->size(), 0);
+}
+
+void RepoEditorDialogClosingTest::closingTellsWhenForced()
+{
+    dialog->reposChangedForced = true;
+    bool hidden = false;
+    const QMetaObject::Connection connection = connect(dialog.get(), &Dialog::reposChanged, dialog.get(),
+                                                       [this, &hidden] { hidden = !dialog->isVisible(); });
+    QVERIFY(run([this] { click("Cancel"); }) == int(QDialog::Rejected));
+    QVERIFY(hidden);
+    disconnect(connection);
+    QCOMPARE(told->size(), 1);
+    dialog->reposChangedForced = false;
+    QVERIFY(run([this] { click("OK"); }) == int(QDialog::Accepted));
+    QCOMPARE(told->size(), 1);
+}
+
+void RepoEditorDialogClosingTest::theSlotForResettingDoesNothing()
+{
+    QVERIFY(run([this] {
+                click(QStringLiteral("extras"), PermanentColumn);
+                dialog->reset();
+                QVERIFY(isUnapplied());
+                QCOMPARE(current(), QStringLiteral("extras"));
+            }) >= 0);
+}
+
+QTEST_MAIN(RepoEditorDialogClosingTest)
+#include "RepoEditorDialogClosingTest.moc"

@@ -1,0 +1,71 @@
+// The base of the tests of YumConfIO: a configuration in a managed root of its own, afresh for each test
+// function, and the user who answers the message boxes, by default with Return.
+
+#ifndef TESTS_REPO_SCRATCHCONFIGURATION_H
+#define TESTS_REPO_SCRATCHCONFIGURATION_H
+
+#include <QObject>
+#include <QTemporaryDir>
+
+#include <sys/types.h>
+
+#include <memory>
+
+#include "repo/YumConfIO.h"
+#include "tests/support/AnsweringUser.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/Files.h"
+
+class ScratchConfiguration : public QObject
+{
+    Q_OBJECT
+
+protected:
+    QString path(const QString& relative) const { return root->path() + QLatin1Char('/') + relative; }
+    QString repoPath(const QString& name) const { return path(QStringLiteral("etc/yum.repos.d/")) + name; }
+    QString mainPath() const { return path(QStringLiteral("etc/yum.conf")); }
+    static void put(const QString& path, const QByteArray& contents) { Files::put(path, contents); }
+    void putMain(const QByteArray& contents) const { put(mainPath(), contents); }
+    void putRepo(const QString& name, const QByteArray& contents) const { put(repoPath(name), contents); }
+    static QByteArray get(const QString& path) { return Files::get(path); }
+    QByteArray getRepo(const QString& name) const { return get(repoPath(name)); }
+    QStringList ids() const;
+    Repo::Entry& entry(const QString& id);
+    static Repo::Entry made(const QString& id);
+    // All files below the managed root with their contents.
+    QMap<QString, QByteArray> snapshot() const;
+    static mode_t modeOf(const QString& absolute);
+    static void linkTo(const QString& target, const QString& link);
+    static QString withErrno(const QString& message, int code);
+    // Takes the one box that was shown and checks that it is an error with this text.
+    void compareError(const QString& text);
+    // The same for the question whether to read again because of these files.
+    void compareNothingIsWritten(const QStringList& paths);
+
+    std::unique_ptr<QTemporaryDir> root;
+    EnvironmentVariable managedRoot{"VYREROOT"};
+    std::unique_ptr<AnsweringUser> user;
+    std::unique_ptr<QWidget> window;
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    std::unique_ptr<YumConfIO> conf;
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+};
+
+// Acts without the privileges of root, which no permission stops, until the end of the scope.
+class OrdinaryUser
+{
+public:
+    OrdinaryUser();
+    ~OrdinaryUser();
+    Q_DISABLE_COPY(OrdinaryUser)
+
+private:
+    uid_t saved;
+};
+
+#endif

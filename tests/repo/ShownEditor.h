@@ -1,0 +1,69 @@
+// The base of the tests of the repository editor: the editor with three repositories, what can be seen in it,
+// and the user's hands.
+
+#ifndef TESTS_REPO_SHOWNEDITOR_H
+#define TESTS_REPO_SHOWNEDITOR_H
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+#include <memory>
+
+#include "repo/RepoEditorConfigDialog.h"
+#include "repo/RepoEditorDialog.h"
+#include "repo/RepoEditorModel.h"
+#include "repo/RepoEditorView.h"
+#include "tests/repo/Editor.h"
+#include "tests/repo/Form.h"
+#include "tests/support/AnsweringUser.h"
+
+class ShownEditor : public QObject
+{
+    Q_OBJECT
+
+protected:
+    using Use = std::function<void()>;
+
+    // Runs the dialog and has the user do something; a dialog that is still open then is closed.
+    int run(const Use& use);
+    // Does something that opens the form, and has the user do something there; cancels it if it is still open
+    // then.
+    bool withForm(const Use& open, const Use& use);
+    // Answers the message boxes that something opens.
+    QList<ShownBox> withBoxes(const Use& open, const char* button = "&Yes");
+    QPushButton* button(const char* text) const;
+    void click(const char* text) const { QTest::mouseClick(button(text), Qt::LeftButton); }
+    void clickForm(const char* text) const { QTest::mouseClick(Form::button(form, text), Qt::LeftButton); }
+    int listedRow(const QString& id) const;
+    QPoint place(const QString& id, int column) const;
+    void click(const QString& id, int column = RepoEditor::IdentifierColumn,
+               Qt::KeyboardModifiers modifiers = Qt::NoModifier) const;
+    QStringList listed(int column = RepoEditor::IdentifierColumn) const;
+    QStringList ids() const;
+    const Repo::Entry& entry(const QString& id) const;
+    QString current() const;
+    QString status() const;
+    QColor statusColor() const;
+    bool isClean() const;
+    bool isUnapplied() const;
+
+    std::unique_ptr<BackEnd> backEnd;
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    std::unique_ptr<YumConfIO> conf;
+    std::unique_ptr<QWidget> window;
+    std::unique_ptr<RepoEditor::Dialog> dialog;
+    RepoEditor::View* view = nullptr;
+    RepoEditor::ConfigDialog* form = nullptr;
+    std::unique_ptr<Form> fields;
+    std::unique_ptr<QSignalSpy> told;
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+};
+
+#endif

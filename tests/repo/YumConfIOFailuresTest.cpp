@@ -1,0 +1,368 @@
+#include <QtTest>
+
+#include <cerrno>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/repo/ScratchConfiguration.h"
+#include "tests/repo/SmallDisk.h"
+
+// What is reported when files cannot be read or written, and what is kept then.
+class YumConfIOFailuresTest : public ScratchConfiguration
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void changedFollowsASuccessfulReadOnly();
+    void writingNeitherReadsNorSignals();
+    void anUnreadableMainFileIsReported();
+    void aMissingMainFileIsReported();
+    void aRepositoryFileWithoutStatusIsReported();
+    void anUnreadableRepositoryFileIsReported();
+    void aReadErrorOfTheMainFileIsReported();
+    void aReadErrorOfARepositoryFileIsReported();
+    void aMalformedHeaderIsReported_data();
+    void aMalformedHeaderIsReported();
+    void aMalformedHeaderIsReportedWithoutPasswords();
+    void aMalformedHeaderOfTheMainFileIsReported();
+    void textOfAFileIsNeverRichText();
+    void aFailedReadLeavesWhatWasReadBefore();
+    void aFailedReadDoesNotSpoilTheNext();
+    void aFileThatCannotBeCreatedIsReported();
+    void aMainFileThatCannotBeWrittenIsReported();
+    void aFullDiskIsReported();
+    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade();
+    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data();
+    void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten();
+    void aFileThatCannotBeRemovedIsReported();
+    void theErrorHasTheRightWindow();
+};
+
+void YumConfIOFailuresTest::changedFollowsASuccessfulReadOnly()
+{
+    QSignalSpy changed(conf.get(), SIGNAL(changed()));
+    QVERIFY(conf->read(window.get()));
+    QCOMPARE(changed.size(), 1);
+    putRepo(QStringLiteral("f.repo"), "[x\n");
+    QVERIFY(!conf->read(window.get()));
+    compareError(withErrno(QStringLiteral("Malformed section name in line: [x"), 0));
+    QCOMPARE(changed.size(), 1);
+}
+
+void YumConfIOFailuresTest::writingNeitherReadsNorSignals()
+{
+    putRepo(QStringLiteral("f.repo"), "[x]\nname=a\n");
+    QVERIFY(conf->read(window.get()));
+    QSignalSpy changed(conf.get(), SIGNAL(changed()));
+    entry(QStringLiteral("x")).name = QStringLiteral("b");
+    QVERIFY(conf->write(window.get()));
+    QCOMPARE(changed.size(), 0);
+    QCOMPARE(conf->entries.value(0).name, QStringLiteral("b"));
+    QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[x]\nname=b\n"));
+}
+
+void YumConfIOFailuresTest::aMissingMainFileIsReported()
+{
+    QVERIFY(QFile::remove(mainPath()));
+    QVERIFY(!conf->read(window.get()));
+    compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), ENOENT));
+}
+
+void YumConfIOFailuresTest::anUnreadableMainFileIsReported()
+{
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QCOMPARE(chmod(QFile::encodeName(mainPath()).constData(), 0), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->read(window.get()));
+    }
+    compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
+}
+
+void YumConfIOFailuresTest::aRepositoryFileWithoutStatusIsReported()
+{
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QVERIFY(QDir(root->path()).mkpath(QStringLiteral("private")));
+    put(path(QStringLiteral("private/real")), "[x]\n");
+    linkTo(path(QStringLiteral("private/real")), repoPath(QStringLiteral("x.repo")));
+    QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("private"))).constData(), 0700), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->read(window.get()));
+    }
+    compareError(withErrno(QStringLiteral("Unable to stat repository configuration file ") +
+                               repoPath(QStringLiteral("x.repo")),
+                           EACCES));
+}
+
+void YumConfIOFailuresTest::anUnreadableRepositoryFileIsReported()
+{
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    putRepo(QStringLiteral("s.repo"), "[s]\n");
+    QCOMPARE(chmod(QFile::encodeName(repoPath(QStringLiteral("s.repo"))).constData(), 0), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->read(window.get()));
+    }
+    compareError(withErrno(QStringLiteral("Unable to read repository configuration file ") +
+                               repoPath(QStringLiteral("s.repo")),
+                           EACCES));
+}
+
+void YumConfIOFailuresTest::aReadErrorOfTheMainFileIsReported()
+{
+    QVERIFY(QFile::remove(mainPath()));
+    QVERIFY(QDir().mkdir(mainPath()));
+    QVERIFY(!conf->read(window.get()));
+    compareError(
+        withErrno(QStringLiteral("Error reading repository configuration file ") + mainPath(), EISDIR));
+}
+
+void YumConfIOFailuresTest::aReadErrorOfARepositoryFileIsReported()
+{
+    // Nothing is mapped at address 0.
+    linkTo(QStringLiteral("/proc/self/mem"), repoPath(QStringLiteral("m.repo")));
+    QVERIFY(!conf->read(window.get()));
+    compareError(withErrno(QStringLiteral("Error reading repository configuration file ") +
+                               repoPath(QStringLiteral("m.repo")),
+                           EIO));
+}
+
+void YumConfIOFailuresTest::aMalformedHeaderIsReported_data()
+{
+    QTest::addColumn<QByteArray>("header");
+    QTest::newRow("no bracket") << QByteArray("[foo");
+    QTest::newRow("only a bracket") << QByteArray("[");
+    QTest::newRow("a blank after it") << QByteArray("[foo] ");
+    QTest::newRow("a comment after it") << QByteArray("[foo] # bar");
+    QTest::newRow("continued") << QByteArray("[foo]\n  bar");
+}
+
+void YumConfIOFailuresTest::aMalformedHeaderIsReported()
+{
+    QFETCH(QByteArray, header);
+    putRepo(QStringLiteral("f.repo"), "[x]\n" + header + "\n[y]\n");
+    QVERIFY(!conf->read(window.get()));
+    compareError(
+        withErrno(QStringLiteral("Malformed section name in line: ") + QString::fromLatin1(header), 0));
+}
+
+void YumConfIOFailuresTest::aMalformedHeaderIsReportedWithoutPasswords()
+{
+    putRepo(QStringLiteral("f.repo"), "[x\n  baseurl=http://me:secret@h/\n  password = secret\n");
+    QVERIFY(!conf->read(window.get()));
+    compareError(withErrno(QStringLiteral("Malformed section name in line: ") +
+                               QString::fromUtf8("[x\n  baseurl=http://me:●●●@h/\n  password = ●●●"),
+                           0));
+}
+
+void YumConfIOFailuresTest::aMalformedHeaderOfTheMainFileIsReported()
+{
+    putMain("[main]\n[foo\nname=a\n");
+    QVERIFY(!conf->read(window.get()));
+    compareError(withErrno(QStringLiteral("Malformed section name in line: [foo"), 0));
+}
+
+void YumConfIOFailuresTest::textOfAFileIsNeverRichText()
+{
+    putRepo(QStringLiteral("f.repo"), "[<b>foo</b><img src='/etc/hostname'> %1 %2\n");
+    QVERIFY(!conf->read(window.get()));
+    // compareError() looks at the format of the label, too.
+    compareError(withErrno(
+        QStringLiteral("Malformed section name in line: [<b>foo</b><img src='/etc/hostname'> %1 %2"), 0));
+
+    user->answer = AnsweringUser::click(QMessageBox::No);
+    conf->entries = {made(QStringLiteral("<b>%2</b>")), made(QStringLiteral("<b>%2</b>"))};
+    QVERIFY(!conf->write(window.get()));
+    QCOMPARE(user->seen.size(), 1);
+    const ShownBox box = user->seen.takeFirst();
+    QVERIFY(box.text.contains(QStringLiteral("<b>%2</b>")));
+    QCOMPARE(box.labelFormat, Qt::PlainText);
+}
+
+void YumConfIOFailuresTest::aFailedReadLeavesWhatWasReadBefore()
+{
+    putMain("[main]\n[a]\n[b]\nname=kept\n[c]\n[d\n[e]\n");
+    putRepo(QStringLiteral("f.repo"), "[f]\n");
+    QVERIFY(!conf->read(window.get()));
+    compareError(withErrno(QStringLiteral("Malformed section name in line: [d"), 0));
+    QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("b")}));
+    QCOMPARE(conf->entries.at(1).name, QStringLiteral("kept"));
+}
+
+void YumConfIOFailuresTest::aFailedReadDoesNotSpoilTheNext()
+{
+    putMain("[main]\n[d\n[e]\nname=x\n");
+    QVERIFY(!conf->read(window.get()));
+    compareError(withErrno(QStringLiteral("Malformed section name in line: [d"), 0));
+    QVERIFY(!conf->pendingLines.isEmpty());
+    putMain("[main]\ngpgcheck=1\n");
+    putRepo(QStringLiteral("f.repo"), "[f]\n");
+    QVERIFY(conf->read(window.get()));
+    QCOMPARE(conf->mainText, QStringLiteral("[main]\ngpgcheck=1\n"));
+    QCOMPARE(ids(), QStringList(QStringLiteral("f")));
+    QVERIFY(conf->pendingLines.isEmpty());
+}
+
+void YumConfIOFailuresTest::aFileThatCannotBeCreatedIsReported()
+{
+    putMain("[main]\nretries=1\n");
+    putRepo(QStringLiteral("a.repo"), "[a]\n");
+    putRepo(QStringLiteral("unused.repo"), "[u]\n");
+    QVERIFY(conf->read(window.get()));
+    QVERIFY(QDir().mkdir(repoPath(QStringLiteral("b.repo"))));
+    conf->entries.removeAll(made(QStringLiteral("u")));
+    entry(QStringLiteral("a")).name = QStringLiteral("new");
+    conf->entries.append(made(QStringLiteral("b")));
+    conf->mainText = QStringLiteral("[main]\nretries=2\n");
+    QVERIFY(!conf->write(window.get()));
+    compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
+                               repoPath(QStringLiteral("b.repo")),
+                           EISDIR));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\n"));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n"));
+    QCOMPARE(getRepo(QStringLiteral("unused.repo")), QByteArray("[u]\n"));
+}
+
+void YumConfIOFailuresTest::aMainFileThatCannotBeWrittenIsReported()
+{
+    QVERIFY(conf->read(window.get()));
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    conf->mainText += QStringLiteral("retries=1\n");
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->write(window.get()));
+    }
+    compareError(
+        withErrno(QStringLiteral("Unable to write repository configuration file ") + mainPath(), EACCES));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
+}
+
+void YumConfIOFailuresTest::aFullDiskIsReported()
+{
+    if (!SmallDisk::possible()) {
+        QSKIP("only root has a file system of its own, and only where \"/\" is a mount point");
+    }
+    const SmallDisk disk(path(QStringLiteral("etc/yum.repos.d")));
+    QByteArray text;
+    for (const char* name : {"a", "b"}) {
+        text = QByteArray("[") + name + "]\n#" + QByteArray(3 * SmallDisk::blockSize, '#') + '\n';
+        putRepo(QLatin1String(name) + QStringLiteral(".repo"), text);
+    }
+    QVERIFY(conf->read(window.get()));
+    entry(QStringLiteral("a")).name = QStringLiteral("new");
+    entry(QStringLiteral("b")).name = QStringLiteral("new");
+    conf->mainText = QStringLiteral("[main]\nretries=1\n");
+    disk.leave(5);
+    QVERIFY(!conf->write(window.get()));
+    compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
+                               repoPath(QStringLiteral("b.repo")),
+                           ENOSPC));
+    // There was room for one of them. Both are as they were, and there is nothing else.
+    QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\n#"));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), text);
+    QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
+    QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d")))
+                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
+             QStringList({QStringLiteral("a.repo"), QStringLiteral("b.repo"), QStringLiteral("filler")}));
+    // With room again both are written.
+    QVERIFY(QFile::remove(repoPath(QStringLiteral("filler"))));
+    QVERIFY(conf->write(window.get()));
+    QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));
+    QVERIFY(getRepo(QStringLiteral("b.repo")).startsWith("[b]\nname=new\n#"));
+    QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n"));
+}
+
+void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade()
+{
+    putRepo(QStringLiteral("a.repo"), "[a]\n\n[moved]\n");
+    QVERIFY(conf->read(window.get()));
+    const QString place = repoPath(QStringLiteral("b.repo"));
+    QVERIFY(QDir().mkdir(place));
+    entry(QStringLiteral("moved")).file = place;
+    QVERIFY(!conf->write(window.get()));
+    compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") + place, EISDIR));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\n\n[moved]\n"));
+    QVERIFY(QDir().rmdir(place));
+    QVERIFY(conf->write(window.get()));
+    QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\n"));
+    QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[moved]\n"));
+}
+
+// Whether a file with two names can be written shows only when it is overwritten.
+void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data()
+{
+    QTest::addColumn<QString>("from");
+    QTest::addColumn<QString>("to");
+    QTest::newRow("down the list") << "a.repo"
+                                   << "b.repo";
+    QTest::newRow("up the list") << "b.repo"
+                                 << "a.repo";
+}
+
+void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten()
+{
+    QFETCH(QString, from);
+    QFETCH(QString, to);
+    putRepo(from, "[stays]\n\n[moved]\n");
+    putRepo(to, "[there]\n");
+    putRepo(QStringLiteral("0.repo"), "[0]\n");
+    const QByteArray place = QFile::encodeName(repoPath(to));
+    QCOMPARE(link(place.constData(), QFile::encodeName(path(QStringLiteral("other name"))).constData()), 0);
+    QCOMPARE(chmod(place.constData(), 0444), 0);
+    for (const QString& writable : {repoPath(from), repoPath(QStringLiteral("0.repo"))}) {
+        QCOMPARE(chmod(QFile::encodeName(writable).constData(), 0666), 0);
+    }
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("etc/yum.repos.d"))).constData(), 0777), 0);
+    QVERIFY(conf->read(window.get()));
+    entry(QStringLiteral("moved")).file = repoPath(to);
+    entry(QStringLiteral("0")).name = QStringLiteral("new");
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->write(window.get()));
+    }
+    compareError(
+        withErrno(QStringLiteral("Unable to write repository configuration file ") + repoPath(to), EACCES));
+    QCOMPARE(getRepo(from), QByteArray("[stays]\n\n[moved]\n"));
+    QCOMPARE(getRepo(to), QByteArray("[there]\n"));
+    QCOMPARE(getRepo(QStringLiteral("0.repo")), QByteArray("[0]\n"));
+}
+
+void YumConfIOFailuresTest::aFileThatCannotBeRemovedIsReported()
+{
+    putRepo(QStringLiteral("u.repo"), "[u]\n");
+    QVERIFY(conf->read(window.get()));
+    conf->entries.clear();
+    QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
+    QCOMPARE(chmod(QFile::encodeName(mainPath()).constData(), 0666), 0);
+    const QByteArray directory = QFile::encodeName(path(QStringLiteral("etc/yum.repos.d")));
+    QCOMPARE(chmod(directory.constData(), 0555), 0);
+    {
+        const OrdinaryUser unprivileged;
+        QVERIFY(!conf->write(window.get()));
+    }
+    QCOMPARE(chmod(directory.constData(), 0755), 0);
+    compareError(withErrno(QStringLiteral("Unable to unlink repository configuration file ") +
+                               repoPath(QStringLiteral("u.repo")),
+                           EACCES));
+    QCOMPARE(getRepo(QStringLiteral("u.repo")), QByteArray("[u]\n"));
+}
+
+void YumConfIOFailuresTest::theErrorHasTheRightWindow()
+{
+    putRepo(QStringLiteral("f.repo"), "[x\n");
+    QWidget other;
+    other.show();
+    QVERIFY(!conf->read(&other));
+    QCOMPARE(conf->parent, &other);
+    QCOMPARE(user->seen.takeFirst().parent, &other);
+    conf->entries = {made(QString())};
+    QVERIFY(!conf->write(window.get()));
+    QCOMPARE(conf->parent, window.get());
+    QCOMPARE(user->seen.takeFirst().parent, window.get());
+}
+
+QTEST_MAIN(YumConfIOFailuresTest)
+#include "YumConfIOFailuresTest.moc"

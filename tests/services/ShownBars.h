@@ -1,0 +1,57 @@
+// The base of the tests of Progress: both bars in a window, and the tip that lists the downloads.
+
+#ifndef TESTS_SERVICES_SHOWNBARS_H
+#define TESTS_SERVICES_SHOWNBARS_H
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QWidget>
+
+#include <memory>
+
+#include "services/HProgressBar.h"
+#include "services/Progress.h"
+#include "widgets/GeneralTip.h"
+
+class QLabel;
+
+class ShownBars : public QObject
+{
+    Q_OBJECT
+
+protected:
+    // The throttle lets a report through when more than this many milliseconds have passed.
+    static constexpr int interval = 9;
+
+    static void waitForInterval();
+    // Does something within one interval: again, from its preparation on, when something else had the
+    // processor for longer than that.
+    template <typename Prepare, typename Act> static void withinTheInterval(Prepare prepare, Act act)
+    {
+        QElapsedTimer timer;
+        do {
+            prepare();
+            timer.start();
+            act();
+        } while (timer.elapsed() > interval);
+    }
+
+    static Progress::ThreadsState downloads(const QVariant& argument);
+    static void setState(Progress::Object& progress, unsigned int index, quint32 state);
+
+    void hover();
+    static GeneralTip* currentTip();
+    static QLabel* cell(const GeneralTip* tip, int row, int column);
+    // The rows of the tip, each as "name: state".
+    static QStringList tipRows();
+
+    std::unique_ptr<QWidget> window;
+    HProgressBar* total = nullptr;
+    HProgressBar* item = nullptr;
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+};
+
+#endif

@@ -1,0 +1,43 @@
+// A variable of the environment that a test sets: it has its former value again when this object goes.
+
+#ifndef TESTS_SUPPORT_ENVIRONMENTVARIABLE_H
+#define TESTS_SUPPORT_ENVIRONMENTVARIABLE_H
+
+#include <QByteArray>
+#include <QtGlobal>
+
+class EnvironmentVariable
+{
+public:
+    // Keeps its value until set() is called.
+    explicit EnvironmentVariable(const char* variable)
+        : name(variable), wasSet(qEnvironmentVariableIsSet(variable)), before(qgetenv(variable))
+    {
+    }
+    EnvironmentVariable(const char* variable, const QByteArray& value) : EnvironmentVariable(variable)
+    {
+        set(value);
+    }
+    ~EnvironmentVariable() { put(wasSet, before); }
+    Q_DISABLE_COPY(EnvironmentVariable)
+
+    // A null value unsets it.
+    void set(const QByteArray& value) { put(!value.isNull(), value); }
+    void unset() { put(false, QByteArray()); }
+
+private:
+    void put(bool set, const QByteArray& value)
+    {
+        if (set) {
+            qputenv(name, value);
+        } else {
+            qunsetenv(name);
+        }
+    }
+
+    const char* name;
+    bool wasSet;
+    QByteArray before;
+};
+
+#endif

@@ -1,0 +1,39 @@
+// Files as tests write and read them, whole and at once.
+
+#ifndef TESTS_SUPPORT_FILES_H
+#define TESTS_SUPPORT_FILES_H
+
+#include <QByteArray>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QString>
+
+namespace Files {
+
+inline void put(const QString& path, const QByteArray& contents)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size()) {
+        qFatal("cannot write %s", qPrintable(path));
+    }
+}
+
+inline QByteArray get(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
+}
+
+// For a directory of many files, in memory where there is such a place: every file that is truncated and
+// closed may wait for the disk.
+inline QString scratchTemplate()
+{
+    const QFileInfo memory(QStringLiteral("/dev/shm"));
+    const QString directory = memory.isDir() && memory.isWritable() ? memory.filePath() : QDir::tempPath();
+    return directory + QStringLiteral("/vyre-test-XXXXXX");
+}
+
+} // namespace Files
+
+#endif
