@@ -183,7 +183,7 @@ class EditingTest(JourneyTest):
         window.wait_names(names)
 
 
-def readable(program):
+def readable_texts(program):
     """All texts that assistive programs can read, including the texts of invisible widgets."""
     for accessible in driver.walk(program.application()):
         yield accessible.name

@@ -138,7 +138,7 @@ class ApplyTest(JourneyTest):
 
 
 class ConfiguredTest(JourneyTest):
-    """What the configuration of the package manager asks for."""
+    """Transactions that follow options of the package manager's configuration."""
 
     def configure(self, *lines):
         with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
@@ -165,7 +165,7 @@ class ConfiguredTest(JourneyTest):
             window.wait_action('update', 'quillbase')
         self.check_unchanged()
 
-    def test_test_of_a_transaction_changes_nothing(self):
+    def test_test_transaction_changes_nothing(self):
         self.configure('tsflags=test')
         with self.opened() as window:
             window.mark_listed('pergola')

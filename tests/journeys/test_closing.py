@@ -81,7 +81,7 @@ class ClosingTest(JourneyTest):
                        '^' + driver.main_title() + '$', 'windowfocus', '--sync')
         driver.key('alt+F4')
 
-    def check_gave_up(self, program, lock):
+    def check_closed_while_waiting(self, program, lock):
         """Close the program. It ends without a message, and the other process keeps its lock."""
         self.close_by_window_manager(program)
         self.assertEqual(program.wait(), 0, program.stderr())
@@ -95,7 +95,7 @@ class ClosingTest(JourneyTest):
         with self.program() as program:
             self.wait_waiting(program.main(), lock)
             self.picture('waiting-for-metadata')
-            self.check_gave_up(program, lock)
+            self.check_closed_while_waiting(program, lock)
 
     def test_closing_while_it_waits_for_downloads(self):
         with self.program() as program:
@@ -105,7 +105,7 @@ class ClosingTest(JourneyTest):
             lock = self.cache_lock('download')
             window.accept(window.apply())
             self.wait_waiting(window, lock)
-            self.check_gave_up(program, lock)
+            self.check_closed_while_waiting(program, lock)
 
     def cached(self):
         """The files in the cache, except lock files."""
@@ -126,7 +126,7 @@ class ClosingTest(JourneyTest):
             self.assertTrue(any(name.endswith('.solv') for name in before))
             lock = self.clean_all(window, 'metadata')
             self.picture('waiting-to-clean')
-            self.check_gave_up(program, lock)
+            self.check_closed_while_waiting(program, lock)
         self.assertEqual(self.cached(), before)
 
     def test_the_cache_is_cleaned_when_the_lock_is_released(self):

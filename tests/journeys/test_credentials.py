@@ -54,7 +54,7 @@ class CredentialsTest(EditingTest):
         self.assertEqual({(host, name, password, status) for host, _, name, password, status in self.server.requests},
                          {(self.HOSTS[identifier], NAME, PASSWORD, 200) for identifier in identifiers})
 
-    def asked(self, program, identifier):
+    def question_about(self, program, identifier):
         """The dialog that asks for the credentials of this repository."""
         dialog = program.window(TITLE)
         wait_for(lambda: identifier in dialog.labels(), 'the question about ' + identifier)
@@ -65,7 +65,7 @@ class CredentialsTest(EditingTest):
         return dialog.find(driver.pyatspi.ROLE_PASSWORD_TEXT if password else driver.pyatspi.ROLE_TEXT)
 
     def answer(self, program, identifier, button, name=NAME, password=PASSWORD):
-        dialog = self.asked(program, identifier)
+        dialog = self.question_about(program, identifier)
         # The field of the user name has the focus.
         driver.type_text(name)
         wait_for(lambda: driver.text_of(self.field(dialog)) == name, 'the name')
@@ -78,7 +78,7 @@ class CredentialsTest(EditingTest):
 
     def check_secret(self, program):
         """No text that assistive programs can read contains the password."""
-        for text in editing.readable(program):
+        for text in editing.readable_texts(program):
             for secret in (PASSWORD, ENCODED_PASSWORD):
                 self.assertNotIn(secret, text or '')
 
@@ -95,7 +95,7 @@ class CredentialsTest(EditingTest):
             with open(os.path.join(directory, name), errors='replace') as stream:
                 self.assertRegex(stream.read(), '403.*user={}&secret={}&path='.format(ENCODED_NAME, HIDDEN * 3))
 
-    def listed(self, program):
+    def all_packages_window(self, program):
         window = program.ready()
         window.show_all()
         return window
@@ -106,7 +106,7 @@ class AskedTest(CredentialsTest):
     def test_credentials_are_asked_for_and_saved(self):
         self.configure(identifiers=['one'])
         with self.program() as program:
-            dialog = self.asked(program, 'one')
+            dialog = self.question_about(program, 'one')
             dialog.wait_settled()
             self.picture('credentials')
             self.assertEqual(self.server.requests, [])
@@ -116,7 +116,7 @@ class AskedTest(CredentialsTest):
             self.assertEqual(dialog.buttons(), ['Quit', 'Disable for Session', 'Skip All', 'Apply to All',
                                                 'Apply to All with this Host', 'OK'])
             self.answer(program, 'one', 'OK')
-            window = self.listed(program)
+            window = self.all_packages_window(program)
             self.check_listed(window, ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola'])
             self.check_reached('one')
             self.check_file('one', identifiers=['one'])
@@ -179,9 +179,9 @@ class AskedTest(CredentialsTest):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'OK')
-            self.asked(program, 'two')
+            self.question_about(program, 'two')
             skip()
-            window = self.listed(program)
+            window = self.all_packages_window(program)
             self.check_listed(window, ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola'])
             self.check_file('one')
             self.quit(window)
@@ -196,8 +196,8 @@ class AskedTest(CredentialsTest):
     def test_skip_all_changes_nothing(self):
         self.configure()
         with self.program() as program:
-            self.asked(program, 'one').click_button('Skip All')
-            window = self.listed(program)
+            self.question_about(program, 'one').click_button('Skip All')
+            window = self.all_packages_window(program)
             self.check_listed(window, ['abacus-cli', 'hedgerow', 'pergola'])
             self.check_file()
             self.quit(window)
@@ -205,11 +205,11 @@ class AskedTest(CredentialsTest):
     def test_skipped_credentials_are_asked_for_again_after_a_transaction(self):
         self.configure()
         with self.program() as program:
-            self.asked(program, 'one').click_button('Skip All')
-            window = self.listed(program)
+            self.question_about(program, 'one').click_button('Skip All')
+            window = self.all_packages_window(program)
             window.mark_listed('pergola')
             window.accept(window.apply())
-            self.asked(program, 'one').click_button('Quit')
+            self.question_about(program, 'one').click_button('Quit')
             self.check_ended(program)
         self.check_file()
         self.check_changed(new=['pergola-6.1-1.x86_64'])
@@ -217,10 +217,10 @@ class AskedTest(CredentialsTest):
     def test_disabled_for_the_session(self):
         self.configure()
         with self.program() as program:
-            self.asked(program, 'one').click_button('Disable for Session')
+            self.question_about(program, 'one').click_button('Disable for Session')
             self.answer(program, 'two', 'OK')
-            self.asked(program, 'three').click_button('Disable for Session')
-            window = self.listed(program)
+            self.question_about(program, 'three').click_button('Disable for Session')
+            window = self.all_packages_window(program)
             self.check_listed(window, ['abacus-cli', 'hedgerow', 'hidden-gem', 'pergola'])
             self.check_reached('two')
             self.check_file('two')
@@ -239,7 +239,7 @@ class AskedTest(CredentialsTest):
     def test_quit_changes_nothing(self):
         self.configure()
         with self.program() as program:
-            self.asked(program, 'one').click_button('Quit')
+            self.question_about(program, 'one').click_button('Quit')
             self.check_ended(program)
         self.check_file()
         self.assertEqual(self.server.requests, [])
@@ -249,7 +249,7 @@ class AskedTest(CredentialsTest):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'OK')
-            self.asked(program, 'two').click_button('Quit')
+            self.question_about(program, 'two').click_button('Quit')
             self.check_ended(program)
         self.check_file('one')
         self.assertEqual(self.server.requests, [])
@@ -282,7 +282,7 @@ class WrongTest(CredentialsTest):
         with self.program() as program:
             self.answer(program, 'one', 'OK')
             dialog = program.window('VYRE Yum Error')
-            texts = wait_for(lambda: [text for text in editing.readable(program) if text and '403' in text],
+            texts = wait_for(lambda: [text for text in editing.readable_texts(program) if text and '403' in text],
                              'the message')
             self.assertTrue(any('/vantor' in text and 'user=' + ENCODED_NAME in text for text in texts), texts)
             self.check_secret(program)

@@ -52,7 +52,7 @@ class DisplayTest(JourneyTest):
         self.check_unchanged()
         self.check_consistent()
 
-    def marked(self, program, *names):
+    def mark_and_apply(self, program, *names):
         """Mark these packages and press Apply; return the window and the dialog with the listing."""
         window = program.ready()
         window.show_all()
@@ -97,7 +97,7 @@ class DisplayTest(JourneyTest):
 
     def test_display_lost_while_the_listing_is_shown(self):
         with self.started() as program:
-            self.marked(program, 'pergola')
+            self.mark_and_apply(program, 'pergola')
             self.lose(program)
             self.check_nothing_done(program)
             self.assertIn('vyre: Not Applying: Canceled', program.stderr())
@@ -105,18 +105,19 @@ class DisplayTest(JourneyTest):
     def test_display_lost_while_packages_are_downloaded(self):
         gate = self.gate(PERGOLA)
         with self.started() as program:
-            window, dialog = self.marked(program, 'pergola')
+            window, dialog = self.mark_and_apply(program, 'pergola')
             window.accept(dialog)
             gate.wait_reached()
             self.lose(program)
             self.check_nothing_done(program)
             self.assertIn('vyre: Unable to apply changes', program.stderr())
 
-    def check_goes_on(self, lose, name='doorkeeper', new='doorkeeper-1.1-1.noarch', gone=('doorkeeper-1.0-1.noarch',)):
+    def check_transaction_completes(self, lose, name='doorkeeper', new='doorkeeper-1.1-1.noarch',
+                                    gone=('doorkeeper-1.0-1.noarch',)):
         """The display is lost while a scriptlet waits. The program still completes the transaction."""
         waiting = self.waiting(name)
         with self.started() as program:
-            window, dialog = self.marked(program, name, 'birch-log', 'loudhailer')
+            window, dialog = self.mark_and_apply(program, name, 'birch-log', 'loudhailer')
             window.accept(dialog)
             waiting.wait_waiting()
             lose(program)
@@ -130,19 +131,19 @@ class DisplayTest(JourneyTest):
             return program.stderr()
 
     def test_display_lost_during_a_transaction(self):
-        said = self.check_goes_on(self.lose)
+        output = self.check_transaction_completes(self.lose)
         # Without a display, output goes to standard error: here 600,000 bytes of a scriptlet, more than pipes can hold.
         for stream in ('stdout', 'stderr'):
-            self.assertEqual(said.count('vyre: loudhailer: {} line '.format(stream)), 6000)
+            self.assertEqual(output.count('vyre: loudhailer: {} line '.format(stream)), 6000)
 
     def test_display_lost_during_a_scriptlet_after_the_transaction(self):
-        said = self.check_goes_on(self.lose, 'lastword', 'lastword-1.0-1.noarch', ())
-        self.assertIn('vyre: lastword: end', said)
+        output = self.check_transaction_completes(self.lose, 'lastword', 'lastword-1.0-1.noarch', ())
+        self.assertIn('vyre: lastword: end', output)
 
     def test_connection_cut_during_a_transaction(self):
         def cut(program):
             driver.kill_window(program, driver.main_title())
-        self.check_goes_on(cut)
+        self.check_transaction_completes(cut)
 
     def test_end_of_the_session_during_a_transaction(self):
         """At the end of a session, the desktop sends signals and closes the display at the same time."""
@@ -150,7 +151,7 @@ class DisplayTest(JourneyTest):
             for number in (signal.SIGHUP, signal.SIGTERM):
                 program.process.send_signal(number)
             self.lose(program)
-        self.check_goes_on(end)
+        self.check_transaction_completes(end)
 
     def test_end_of_the_session_while_idle(self):
         with self.started() as program:
@@ -166,7 +167,7 @@ class DisplayTest(JourneyTest):
     def test_display_lost_while_the_question_about_a_key_is_shown(self):
         """Without an answer of the user, the program does not import the key."""
         with self.started() as program:
-            window, dialog = self.marked(program, 'wax-tablet')
+            window, dialog = self.mark_and_apply(program, 'wax-tablet')
             window.accept(dialog)
             program.window('Query')
             self.lose(program)
@@ -178,7 +179,7 @@ class OwnDisplays(unittest.TestCase):
     """Each test ends its display, so each test runs on its own display."""
 
 
-def on_a_display_of_its_own(name):
+def on_own_display(name):
     def run(self):
         done = subprocess.run([os.path.join(journey.TESTS, 'support', 'with-display'), '--accessible',
                                sys.executable, '-B', os.path.abspath(__file__), 'DisplayTest.' + name])
@@ -187,7 +188,7 @@ def on_a_display_of_its_own(name):
 
 
 for method in unittest.defaultTestLoader.getTestCaseNames(DisplayTest):
-    setattr(OwnDisplays, method, on_a_display_of_its_own(method))
+    setattr(OwnDisplays, method, on_own_display(method))
 
 
 if __name__ == '__main__':

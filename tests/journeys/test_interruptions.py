@@ -77,7 +77,7 @@ class KillTest(JourneyTest):
 
 
 class KillBeforeTest(JourneyTest):
-    """The program is killed before it changes the system. The next run reports the left locks; it and dnf work."""
+    """The program is killed before it changes the system. The next run reports the old locks, and dnf works too."""
 
     LEFT = 'Process {} has ended without removing its lock file {}. The file is removed.'
 

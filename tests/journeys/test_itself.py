@@ -56,7 +56,7 @@ class ItselfTest(JourneyTest):
         window.program.no_window(DESCRIPTION)
         return labels
 
-    def listed(self, window):
+    def find_row(self, window):
         window.set_filter('^vyre ')
         wait_for(lambda: window.names() == ['vyre'], 'vyre alone')
         return window.rows()[0]
@@ -67,7 +67,7 @@ class ItselfTest(JourneyTest):
         with self.program(environment={'VYRESHARE': self.share}) as program:
             window = program.ready()
             # The first view of the table lists the available updates.
-            row = self.listed(window)
+            row = self.find_row(window)
             self.assertEqual((row[1].split()[0], row[2:4]), (version + '-2', ('itself', 'x86_64')))
             labels = self.describe(window)
             for text in ('vyre', 'Graphical manager of rpm packages', 'GPL-2.0-or-later', 'https://vyre.example/'):
@@ -81,14 +81,14 @@ class ItselfTest(JourneyTest):
             self.assertEqual(self.sandbox.rpm('-V', '--nodigest', '--nosignature', 'vyre'), '')
             # The running program still works after the update has replaced its files.
             window.show_all()
-            row = self.listed(window)
+            row = self.find_row(window)
             self.assertEqual((row[1].split()[0], row[2]), (version + '-2', '@System'))
             self.quit(window)
 
         with self.program(environment={'VYRESHARE': self.share}) as program:
             window = program.ready()
             window.show_all()
-            self.listed(window)
+            self.find_row(window)
             window.mark('vyre')
             window.wait_action('remove', 'vyre')
             dialog = window.apply()

@@ -14,7 +14,7 @@ def apply_enabled(window):
 
 class MarksTest(JourneyTest):
 
-    def list_some(self, window, *names):
+    def list_packages(self, window, *names):
         window.set_filter('^({}) '.format('|'.join(names)))
         window.wait_names(names)
 
@@ -27,7 +27,7 @@ class MarksTest(JourneyTest):
             # Available, updatable, and installed without an update.
             for name, actions in (('pergola', ('install', 'none')), ('barometer', ('update', 'remove', 'none')),
                                   ('almanac', ('remove', 'none'))):
-                self.list_some(window, name)
+                self.list_packages(window, name)
                 self.assertEqual(window.action(name), 'none')
                 self.assertFalse(apply_enabled(window))
                 for number, action in enumerate(actions):
@@ -39,7 +39,7 @@ class MarksTest(JourneyTest):
 
     def test_menu_offers_the_possible_actions(self):
         with self.opened() as window:
-            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name, chosen, action in (('pergola', 'i', 'install'), ('pergola', 'n', 'none'),
                                          ('barometer', 'u', 'update'), ('barometer', 'r', 'remove'),
                                          ('barometer', 'n', 'none'), ('almanac', 'r', 'remove'),
@@ -60,7 +60,7 @@ class MarksTest(JourneyTest):
 
     def test_menu_marks_the_whole_selection(self):
         with self.opened() as window:
-            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            self.list_packages(window, 'pergola', 'barometer', 'almanac')
             window.select('pergola', 'barometer', 'almanac')
             window.action_menu('pergola')
             window.press_in_menu('r')
@@ -74,7 +74,7 @@ class MarksTest(JourneyTest):
 
     def test_marks_set_by_the_menu_are_applied(self):
         with self.opened() as window:
-            self.list_some(window, 'pergola', 'barometer')
+            self.list_packages(window, 'pergola', 'barometer')
             window.action_menu('pergola')
             window.press_in_menu('i')
             window.wait_action('install', 'pergola')
@@ -90,7 +90,7 @@ class MarksTest(JourneyTest):
 
     def test_button_marks_the_selection(self):
         with self.opened() as window:
-            self.list_some(window, 'pergola', 'barometer', 'almanac', 'aquifer')
+            self.list_packages(window, 'pergola', 'barometer', 'almanac', 'aquifer')
             window.select('pergola', 'barometer', 'almanac')
             window.click_button('Set Install/Update of Selected')
             self.check_actions(window, pergola='install', barometer='update', almanac='none', aquifer='none')
@@ -100,7 +100,7 @@ class MarksTest(JourneyTest):
 
     def test_button_marks_the_listed_updates(self):
         with self.opened() as window:
-            self.list_some(window, 'pergola', 'barometer', 'almanac', 'anvil-make')
+            self.list_packages(window, 'pergola', 'barometer', 'almanac', 'anvil-make')
             window.click_button('Set Update of Listed')
             self.check_actions(window, pergola='none', barometer='update', almanac='none')
             self.check_actions(window, **{'anvil-make': 'update'})
@@ -113,26 +113,26 @@ class MarksTest(JourneyTest):
 
     def test_all_marks_are_cleared(self):
         with self.opened() as window:
-            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name in ('pergola', 'barometer', 'almanac'):
                 window.mark(name)
             # One of the marked packages is not listed.
-            self.list_some(window, 'pergola', 'barometer')
+            self.list_packages(window, 'pergola', 'barometer')
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
             window.click_button('Clear Actions')
             self.check_actions(window, pergola='none', barometer='none')
             wait_for(lambda: window.warning() == '', 'the end of the warning')
             self.assertFalse(apply_enabled(window))
-            self.list_some(window, 'pergola', 'barometer', 'almanac')
+            self.list_packages(window, 'pergola', 'barometer', 'almanac')
             self.check_actions(window, pergola='none', barometer='none', almanac='none')
 
     def test_unlisted_marks_cause_a_warning_and_are_applied(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.assertEqual(window.warning(), '')
-            self.list_some(window, 'almanac')
+            self.list_packages(window, 'almanac')
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
-            self.list_some(window, 'pergola', 'almanac')
+            self.list_packages(window, 'pergola', 'almanac')
             wait_for(lambda: window.warning() == '', 'the end of the warning')
             window.wait_action('install', 'pergola')
             # The view of the filter row also hides the marked package.

@@ -17,7 +17,7 @@ GLUTTON = 'glutton-1.0-1.noarch'
 
 class SpaceTest(JourneyTest):
 
-    def small(self, path):
+    def mount_small_file_system(self, path):
         """Mount a file system over a directory of the managed system. At first it has plenty of space."""
         path = os.path.normpath(os.path.join(self.sandbox.root, path))
         filesystems.mount_small(path, PLENTY)
@@ -33,7 +33,7 @@ class SpaceTest(JourneyTest):
         self.check_changed(new=[package])
 
     def test_no_space_for_the_download(self):
-        cache = self.small('var/cache')
+        cache = self.mount_small_file_system('var/cache')
         with self.opened() as window:
             window.mark_listed('gargantua')
             dialog = window.apply()
@@ -50,7 +50,7 @@ class SpaceTest(JourneyTest):
         self.check_consistent()
 
     def test_too_little_space_for_the_files(self):
-        root = self.small('')
+        root = self.mount_small_file_system('')
         with self.opened() as window:
             window.mark_listed('gargantua')
             dialog = window.apply()
@@ -69,7 +69,7 @@ class SpaceTest(JourneyTest):
     # In these tests, the check before the transaction finds enough space. The space is used up later.
 
     def test_space_runs_out_during_the_transaction(self):
-        root = self.small('')
+        root = self.mount_small_file_system('')
         glutton = self.waiting('glutton')
         with self.opened() as window:
             window.mark_listed('glutton')
@@ -94,7 +94,7 @@ class SpaceTest(JourneyTest):
         self.check_consistent()
 
     def test_no_space_for_the_package_database(self):
-        database = self.small('var/lib/rpm')
+        database = self.mount_small_file_system('var/lib/rpm')
         glutton = self.waiting('glutton')
         with self.program() as program:
             window = program.ready()

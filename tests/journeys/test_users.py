@@ -40,7 +40,7 @@ class UserTest(JourneyTest):
                 unset=['XDG_RUNTIME_DIR']) as program:
             yield program
 
-    def give(self, name, user):
+    def change_owner(self, name, user):
         subprocess.run(['chown', '--recursive', str(user), os.path.join(self.sandbox.root, name)],
                        check=True)
 
@@ -49,7 +49,7 @@ class UserTest(JourneyTest):
         self.assertEqual(window.program.wait(), 0)
         self.assertEqual(window.program.complaints(), '')
 
-    def everything(self):
+    def all_files(self):
         """All files of the managed system with their modes, owners, times and sizes."""
         found = {}
         for directory, directories, files in os.walk(self.sandbox.root):
@@ -64,7 +64,7 @@ class UserTest(JourneyTest):
     def test_ordinary_user_sees_everything_and_changes_nothing(self):
         with self.opened() as window:
             rows = sorted(window.rows())
-        before = self.everything()
+        before = self.all_files()
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
             window.show_all()
@@ -92,7 +92,7 @@ class UserTest(JourneyTest):
             program.no_window(description.title)
             self.assertIn('Must be run as root to apply changes', self.read_log(window))
             self.check_ends(window)
-        self.assertEqual(self.everything(), before)
+        self.assertEqual(self.all_files(), before)
 
     def test_ordinary_user_can_search(self):
         with self.run_by(AS_NOBODY) as program:
@@ -109,7 +109,7 @@ class UserTest(JourneyTest):
     def test_ordinary_user_has_an_own_cache(self):
         with self.opened():
             pass
-        before = self.everything()
+        before = self.all_files()
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
             self.choose_from_menu(window, 'Cache', 3)
@@ -117,21 +117,21 @@ class UserTest(JourneyTest):
             wait_for(lambda: 'Cleaning All' in self.read_log(window), 'the cleaning')
             self.check_usable(window)
             self.check_ends(window)
-        self.assertEqual(self.everything(), before)
+        self.assertEqual(self.all_files(), before)
 
     def test_root_of_a_name_space_who_is_nobody_outside(self):
-        before = self.everything()
+        before = self.all_files()
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
             self.check_message(program, YUM_ERROR, 'Permission denied', 'rpmdb_lock.pid', '\nUnable to obtain yum lock')
             window = program.ready()
             self.assertEqual(window.row_count(), 0)
             self.assertIn('Unable to obtain yum lock', self.read_log(window))
             self.check_ends(window)
-        self.assertEqual(self.everything(), before)
+        self.assertEqual(self.all_files(), before)
 
     def test_root_of_a_name_space_who_can_write_the_cache_only(self):
         for name in ('var/cache', 'var/log', 'var/lib/dnf'):
-            self.give(name, NOBODY)
+            self.change_owner(name, NOBODY)
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
             window = program.ready()
             window.show_all()
@@ -146,7 +146,7 @@ class UserTest(JourneyTest):
             self.check_unchanged()
             self.check_ends(window)
         for name in ('var/cache', 'var/log', 'var/lib/dnf'):
-            self.give(name, 0)
+            self.change_owner(name, 0)
         self.check_consistent()
 
     def test_root_of_a_name_space_who_is_root_outside(self):

@@ -296,7 +296,7 @@ class UserTest(DesktopTest):
                 os.remove(self.report)
                 os.remove(os.path.join(self.bin, program))
 
-    def ended_vyre(self, end):
+    def run_admin_with_ended_vyre(self, end):
         """Runs vyre-admin with a stand-in for VYRE that prints a message and ends by this shell command."""
         self.install('pkexec', "#!/bin/sh\nprintf '%s\\n' '{}' >&2\n{}\n".format(self.HOSTILE, end))
 
@@ -311,11 +311,11 @@ class UserTest(DesktopTest):
     def test_no_message_is_shown_after_the_user_ends_vyre_by_a_signal(self):
         self.install('xmessage')
         for name, number in (('TERM', 15), ('HUP', 1), ('INT', 2)):
-            done = self.ended_vyre('kill -{} $$'.format(name))
+            done = self.run_admin_with_ended_vyre('kill -{} $$'.format(name))
             self.assertEqual(done.returncode, 128 + number)
             self.assertIn(self.HOSTILE, done.stderr.decode())
             self.assertFalse(os.path.exists(self.report))
-        self.assertEqual(self.ended_vyre('exit 3').returncode, 3)
+        self.assertEqual(self.run_admin_with_ended_vyre('exit 3').returncode, 3)
         self.assertTrue(os.path.exists(self.report))
         os.remove(self.report)
 
@@ -323,7 +323,7 @@ class UserTest(DesktopTest):
         for program in ('zenity', 'kdialog', 'xmessage'):
             with self.subTest(program=program):
                 self.install(program)
-                done = self.ended_vyre('exit 3')
+                done = self.run_admin_with_ended_vyre('exit 3')
                 self.assertEqual(done.returncode, 3, done.stderr)
                 with open(self.report) as report:
                     shown = self.message_of(program, json.load(report)['argv'])

@@ -65,8 +65,9 @@ def original():
 
 
 def start_child(run):
-    """Starts a process that calls the function with the writing end of a pipe and ends with the status that it returns.
-    Returns its number and the reading end.
+    """Starts a child process that calls run() with the writing end of a pipe. The result of run() is its exit status.
+
+    Returns the number of the process and the reading end of the pipe.
     """
     reader, writer = os.pipe()
     sys.stdout.flush()

@@ -133,8 +133,8 @@ class CommandRulesTest(ScenarioTest):
             check.__globals__["managedRoot"] = root
 
     @in_own_process
-    def test_files_that_must_fit_to_an_image_are_not_changed(self):
-        """Where the version of the package manager knows of such files."""
+    def test_protected_files_of_an_image_are_not_changed(self):
+        """Only some versions of dnf have this option."""
         self.configure("usr_drift_protected_paths=/nowhere/*,/usr/share/doc/astrolabe*")
         self.started()
         base = self.yumio.base

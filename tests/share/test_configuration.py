@@ -110,7 +110,7 @@ class ConfigurationTest(ScenarioTest):
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT + added))
         self.assertEqual(list(yumio.base.conf.reposdir), [self.sandbox.root + directory for directory in known])
-        # The editor is given the same.
+        # The program gets the same directories for the editor.
         self.assertEqual(yumio.knownDirectories, known_by_dnf)
         shutil.rmtree(self.sandbox.root + "/etc/distro.repos.d")
         yumio.reset()
@@ -134,10 +134,10 @@ class ConfigurationTest(ScenarioTest):
             self.assertEqual(address, "file:///9/$releasever_major.$releasever_minor")
             return
         self.assertEqual(address, "file:///9/9.4")
-        self.assertEqual(self.fetched_by_command(), address)
+        self.assertEqual(self.address_used_by_dnf(), address)
 
-    def fetched_by_command(self):
-        """The address of the repository "parts", as dnf's command reports what it cannot fetch from there."""
+    def address_used_by_dnf(self):
+        """The address of the repository "parts" in dnf's message about the failed download."""
         command = ["/usr/bin/dnf", "--installroot", self.sandbox.root, "--noplugins", "repolist", "--verbose",
                    "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "--disablerepo=*", "--enablerepo=parts"]
         shown = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, universal_newlines=True,
@@ -146,8 +146,8 @@ class ConfigurationTest(ScenarioTest):
         return found.group(1) if found else shown
 
     @in_own_process
-    def test_given_parts_of_the_release_count_as_with_the_package_manager(self):
-        """By files of variables and by the environment, alone and beside a release that is given."""
+    def test_given_parts_of_the_release_are_used_as_by_dnf(self):
+        """The parts come from variable files or the environment, with or without a given release."""
         self.write("/etc/yum.repos.d/parts.repo",
                    "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor/\n")
         self.load()
@@ -164,7 +164,7 @@ class ConfigurationTest(ScenarioTest):
             self.yumio.reset()
             row = "%s %s" % (files, environment)
             own[row] = self.yumio.base.repos["parts"].baseurl[0].rstrip("/")
-            others[row] = self.fetched_by_command()
+            others[row] = self.address_used_by_dnf()
             for name in files:
                 os.unlink(self.sandbox.root + "/etc/dnf/vars/" + name)
             for name in environment:

@@ -175,7 +175,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.yumio.unlock()
         self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"], []))
 
-    def refused(self):
+    def run_failing_transaction(self):
         """Runs a transaction that fails after the downloads."""
         def no(*unused):
             raise self.dnf.exceptions.Error("no")
@@ -188,7 +188,7 @@ class DownloadedPackagesTest(OutcomeTest):
     @in_own_process
     def test_downloaded_packages_are_recorded_after_a_failure(self):
         self.started()
-        self.refused()
+        self.run_failing_transaction()
         self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"],) * 2)
         self.again()
         self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"],) * 2)
@@ -200,7 +200,7 @@ class DownloadedPackagesTest(OutcomeTest):
     @in_own_process
     def test_vyre_and_dnf_remove_each_other_s_downloaded_packages(self):
         self.started()
-        self.refused()
+        self.run_failing_transaction()
         self.yumio.unlock()
         self.assertEqual(self.command(self.sandbox, "install", "loupe"), 0)
         self.assertEqual((self.downloaded(), self.recorded()), ([], []))

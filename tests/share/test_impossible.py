@@ -22,7 +22,7 @@ class QuestionTest(ScenarioTest):
     def left_out(self):
         return sorted(str(each) for each in self.yumio.leftOut)
 
-    def resolutions(self):
+    def count_resolutions(self):
         """Counts the calls of the resolver from now on."""
         counted = []
         base = self.yumio.base
@@ -35,7 +35,7 @@ class UpdatesTest(QuestionTest):
     @in_own_process
     def test_answering_yes_applies_the_other_marks(self):
         self.started()
-        counted = self.resolutions()
+        counted = self.count_resolutions()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], installs=["astrolabe"],
                                answers=[1, 1])
         self.assertEqual(changed, ({"abacus-cli-3.3.0-2.x86_64", "astrolabe-5.6-1.x86_64"},
@@ -220,9 +220,9 @@ class RemovalTest(QuestionTest):
     @in_own_process
     def test_an_installation_removes_no_conflicting_package_even_beside_a_removal(self):
         self.started()
-        self.assert_refused_of("sandstone-1.0-1.noarch", installs=["sandstone"], removes=["almanac"])
+        self.assert_installation_is_left_out("sandstone-1.0-1.noarch", installs=["sandstone"], removes=["almanac"])
 
-    def assert_refused_of(self, name, **actions):
+    def assert_installation_is_left_out(self, name, **actions):
         """The installation is left out, and the removal is applied."""
         added, gone = self.changes(self.apply, answers=[1, 1], **actions)
         self.assertEqual(added, set())
@@ -280,14 +280,14 @@ class RemovalTest(QuestionTest):
                 "libheather,libkestrel,libpumice,lexicon-en,meridian-tz"
         self.configure("protected_packages=" + names)
         self.started()
-        counted = self.resolutions()
+        counted = self.count_resolutions()
         self.assert_refused("protected", removes=names.split(",") + ["gallivant"])
         self.assertLess(len(counted), 50)
 
     @in_own_process
     def test_an_available_provider_does_not_replace_a_removed_one(self):
         """Like dnf, it removes a package although another provider could keep it."""
-        self.package_of_two_providers()
+        self.install_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"])
         self.assertEqual(changed, (set(), {"tern-mta-1.0-1.noarch", "lighthouse-1.0-1.noarch"}))
@@ -299,12 +299,12 @@ class RemovalTest(QuestionTest):
 
     @in_own_process
     def test_a_marked_provider_keeps_the_dependents_of_a_removed_one(self):
-        self.package_of_two_providers()
+        self.install_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"], installs=["gull-mta"])
         self.assertEqual(changed, ({"gull-mta-1.0-1.noarch"}, {"tern-mta-1.0-1.noarch"}))
 
-    def package_of_two_providers(self):
+    def install_package_with_two_providers(self):
         """Installs a mail transport and a package that needs a mail transport."""
         self.build("lighthouse", "Requires: mail-transport")
         subprocess.run(["dnf", "--noplugins", "--assumeyes", "--quiet", "--installroot", self.sandbox.root, "-c",

@@ -45,14 +45,14 @@ class PlugInsTest(ScenarioTest):
         os.makedirs(self.settings)
         self.configure("plugins=1", "pluginpath=" + self.plugins, "pluginconfpath=" + self.settings)
 
-    def put(self, name, content, configuration=None):
+    def write_plug_in(self, name, content, configuration=None):
         with open(os.path.join(self.plugins, name + ".py"), "w") as stream:
             stream.write(content)
         if configuration is not None:
             with open(os.path.join(self.settings, name + ".conf"), "w") as stream:
                 stream.write(configuration)
 
-    def sightings(self):
+    def recorded_calls(self):
         if not os.path.exists(self.seen):
             return []
         with open(self.seen) as stream:
@@ -79,86 +79,86 @@ class PlugInsTest(ScenarioTest):
 class HooksTest(PlugInsTest):
     @in_own_process
     def test_a_plug_in_gets_the_same_calls_as_from_dnf(self):
-        self.put("probe", PROBE)
+        self.write_plug_in("probe", PROBE)
         self.command("install", "astrolabe")
-        expected = self.sightings()
+        expected = self.recorded_calls()
         self.assertEqual([line.split()[0] for line in expected], ["init"] + list(HOOKS))
         self.command("remove", "astrolabe")
-        self.sightings()
+        self.recorded_calls()
         self.started()
         self.apply(installs=["astrolabe"])
-        self.assertEqual(self.sightings(), expected)
+        self.assertEqual(self.recorded_calls(), expected)
         self.assertIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())
 
     @in_own_process
     def test_plug_ins_are_loaded_again_after_a_reset(self):
-        self.put("probe", PROBE)
+        self.write_plug_in("probe", PROBE)
         self.started()
-        first = self.sightings()
+        first = self.recorded_calls()
         self.assertEqual([line.split()[0] for line in first], ["init", "pre_config", "config", "sack"])
         self.again()
-        self.assertEqual(self.sightings(), first)
+        self.assertEqual(self.recorded_calls(), first)
         # The current version of the file is loaded.
-        self.put("probe", PROBE.replace("hook +", "'new ' + hook +"))
+        self.write_plug_in("probe", PROBE.replace("hook +", "'new ' + hook +"))
         self.again()
-        self.assertEqual(self.sightings(), ["new " + line for line in first])
-        self.put("probe", PROBE, "[main]\nenabled=0\n")
+        self.assertEqual(self.recorded_calls(), ["new " + line for line in first])
+        self.write_plug_in("probe", PROBE, "[main]\nenabled=0\n")
         self.again()
-        self.assertEqual(self.sightings(), [])
+        self.assertEqual(self.recorded_calls(), [])
         os.unlink(os.path.join(self.settings, "probe.conf"))
         self.configure("plugins=0")
         self.again()
-        self.assertEqual(self.sightings(), [])
+        self.assertEqual(self.recorded_calls(), [])
         self.assertEqual([name for name in sys.modules if name.startswith("dnf.plugin.dynamic")], [])
 
     @in_own_process
     def test_a_second_collection_uses_the_same_plug_ins(self):
-        self.put("probe", PROBE)
+        self.write_plug_in("probe", PROBE)
         self.started()
-        first = self.sightings()
+        first = self.recorded_calls()
         self.collect()
-        self.assertEqual(self.sightings(), first[-1:])
+        self.assertEqual(self.recorded_calls(), first[-1:])
 
     @in_own_process
     def test_plug_ins_are_loaded_again_after_a_transaction_replaced_one(self):
-        self.put("probe", PROBE)
-        self.put("other", raising("transaction", "os.rename(%r, %r)" % (
+        self.write_plug_in("probe", PROBE)
+        self.write_plug_in("other", raising("transaction", "os.rename(%r, %r)" % (
             os.path.join(self.plugins, "probe.py"), os.path.join(self.plugins, "moved.py"))))
         self.started()
         self.apply(installs=["astrolabe"])
-        self.sightings()
+        self.recorded_calls()
         self.collect()
-        self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
+        self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
         # Neither a reset nor the end of the run loads plug-ins again for the old base.
         for action, expected in ((self.again, ["init", "pre_config", "config", "sack"]), (self.yumio.unlock, [])):
-            self.put("probe", PROBE)
-            self.put("other", raising("transaction", "os.rename(%r, %r)" % (
+            self.write_plug_in("probe", PROBE)
+            self.write_plug_in("other", raising("transaction", "os.rename(%r, %r)" % (
                 os.path.join(self.plugins, "probe.py"), os.path.join(self.plugins, "moved.py"))))
             self.again()
             self.apply(**{"removes" if "astrolabe" in [each.name for each in self.installed] else "installs":
                           ["astrolabe"]})
-            self.sightings()
+            self.recorded_calls()
             action()
-            self.assertEqual([line.split()[0] for line in self.sightings()], expected)
+            self.assertEqual([line.split()[0] for line in self.recorded_calls()], expected)
 
     @in_own_process
     def test_disabled_plug_ins_are_not_used(self):
-        self.put("probe", PROBE, "[main]\nenabled=0\n")
+        self.write_plug_in("probe", PROBE, "[main]\nenabled=0\n")
         self.started()
-        self.assertEqual(self.sightings(), [])
+        self.assertEqual(self.recorded_calls(), [])
 
     @in_own_process
     def test_plugins_can_be_switched_off(self):
-        self.put("probe", PROBE)
+        self.write_plug_in("probe", PROBE)
         self.configure("plugins=0")
         self.started()
-        self.assertEqual(self.sightings(), [])
+        self.assertEqual(self.recorded_calls(), [])
 
     @in_own_process
     def test_old_plug_ins_are_freed_after_each_reset(self):
-        self.put("probe", PROBE)
-        self.put("command", "import dnf, dnf.cli\n@dnf.plugin.register_command\n"
-                 "class Command(dnf.cli.Command):\n    aliases = ('mine',)\n")
+        self.write_plug_in("probe", PROBE)
+        self.write_plug_in("command", "import dnf, dnf.cli\n@dnf.plugin.register_command\n"
+                           "class Command(dnf.cli.Command):\n    aliases = ('mine',)\n")
         self.started()
 
         def classes():
@@ -176,28 +176,28 @@ class HooksTest(PlugInsTest):
             self.assertEqual((classes(), modules()), first)
         # This is so even if a reference to an old plug-in exists.
         held = self.dnf.plugin.Plugin.__subclasses__()
-        self.sightings()
+        self.recorded_calls()
         self.again()
-        self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
+        self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
         del held
 
     @in_own_process
     def test_a_managed_root_uses_the_plug_ins_of_the_running_system(self):
         """As with --installroot, neither the code nor the settings of plug-ins in the managed root are used."""
-        self.put("probe", PROBE)
+        self.write_plug_in("probe", PROBE)
         for directory in (SYSTEM_PLUGINS, self.plugins):
             self.write(directory + "/evil.py", PROBE.replace("hook +", "'evil ' + hook +"))
         self.write(self.settings + "/probe.conf", "[main]\nenabled=0\n")
         self.command("makecache")
-        expected = self.sightings()
+        expected = self.recorded_calls()
         self.assertEqual([line.split()[0] for line in expected], ["init", "pre_config", "config", "sack"])
         self.started()
-        self.assertEqual([line.split()[0] for line in self.sightings()], ["init", "pre_config", "config", "sack"])
+        self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
 
     @in_own_process
     def test_repositories_of_a_plug_in_are_used(self):
-        self.put("adder", raising("pre_config", "self.base.repos.add_new_repo('added', self.base.conf, "
-                                  "baseurl=['file://%s/'])" % self.sandbox.repository("sandbox-disabled")))
+        self.write_plug_in("adder", raising("pre_config", "self.base.repos.add_new_repo('added', self.base.conf, "
+                                            "baseurl=['file://%s/'])" % self.sandbox.repository("sandbox-disabled")))
         self.started()
         self.assertIn("added", self.yumio.base.repos)
         self.assertIn("added", [package.repoid for package in self.available])
@@ -206,22 +206,22 @@ class HooksTest(PlugInsTest):
 class FailuresTest(PlugInsTest):
     @in_own_process
     def test_a_plug_in_that_cannot_be_imported_is_left_out(self):
-        self.put("crooked", "raise ValueError('wrong')\n")
-        self.put("probe", PROBE)
+        self.write_plug_in("crooked", "raise ValueError('wrong')\n")
+        self.write_plug_in("probe", PROBE)
         self.load()
         self.collect()
-        self.assertTrue(self.sightings())
+        self.assertTrue(self.recorded_calls())
         self.assertEqual([text for text in self.recording.errors() if "crooked" in text],
                          ['Failed loading plugin "crooked": wrong'])
 
     @in_own_process
     def test_a_plug_in_that_exits_during_its_import(self):
-        self.put("crooked", "import sys\nsys.exit('enough')\n")
+        self.write_plug_in("crooked", "import sys\nsys.exit('enough')\n")
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: enough")
 
     @in_own_process
     def test_a_plug_in_that_cannot_be_created(self):
-        self.put("crooked", raising("__init__", "raise ValueError('wrong')"))
+        self.write_plug_in("crooked", raising("__init__", "raise ValueError('wrong')"))
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: wrong")
         # Without the plug-in, the next collection succeeds.
         os.unlink(os.path.join(self.plugins, "crooked.py"))
@@ -230,16 +230,16 @@ class FailuresTest(PlugInsTest):
 
     @in_own_process
     def test_a_plug_in_with_damaged_settings(self):
-        self.put("probe", PROBE, "enabled\n")
+        self.write_plug_in("probe", PROBE, "enabled\n")
         self.assertRegex(self.failure(), "^The plug-ins cannot be loaded: .*probe.conf")
 
     @in_own_process
     def test_a_plug_in_that_exits_in_a_hook(self):
         for hook in ("pre_config", "config", "sack"):
-            self.put("crooked", raising(hook, "sys.exit(3)"))
+            self.write_plug_in("crooked", raising(hook, "sys.exit(3)"))
             self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: 3")
             self.yumio.unlock()
-        self.put("crooked", raising("sack", "raise dnf.exceptions.Error('no')"))
+        self.write_plug_in("crooked", raising("sack", "raise dnf.exceptions.Error('no')"))
         self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: no")
 
     @in_own_process
@@ -252,7 +252,7 @@ class FailuresTest(PlugInsTest):
                     (raising("__init__", "raise " + raised), "cannot be loaded"),
                     (raising("pre_config", "raise " + raised), "has ended the operation"),
                     (raising("sack", "raise " + raised), "has ended the operation")):
-                self.put("crooked", content)
+                self.write_plug_in("crooked", content)
                 self.yumio.reset()
                 with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
                     self.collect()
@@ -262,7 +262,7 @@ class FailuresTest(PlugInsTest):
     @in_own_process
     def test_a_plug_in_that_fails_in_a_hook_stops_nothing(self):
         for hook in HOOKS:
-            self.put("crooked" + hook, raising(hook, "raise ValueError('wrong')", "crooked" + hook))
+            self.write_plug_in("crooked" + hook, raising(hook, "raise ValueError('wrong')", "crooked" + hook))
         self.load()
         self.collect()
         self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({"astrolabe-5.6-1.x86_64"}, set()))
@@ -277,7 +277,7 @@ class FailuresTest(PlugInsTest):
     def test_a_plug_in_that_exits_before_a_transaction_prevents_it(self):
         for hook in ("resolved", "pre_transaction"):
             for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
-                self.put("crooked", raising(hook, statement))
+                self.write_plug_in("crooked", raising(hook, statement))
                 self.load()
                 self.yumio.lock()
                 self.collect()
@@ -288,7 +288,7 @@ class FailuresTest(PlugInsTest):
     @in_own_process
     def test_a_plug_in_that_exits_after_a_transaction(self):
         for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
-            self.put("crooked", raising("transaction", statement))
+            self.write_plug_in("crooked", raising("transaction", statement))
             self.started()
             actions = {"removes" if "astrolabe" in [each.name for each in self.installed] else "installs":
                        ["astrolabe"]}
@@ -300,7 +300,7 @@ class FailuresTest(PlugInsTest):
 
     @in_own_process
     def test_the_output_of_plug_ins_is_in_the_log(self):
-        self.put("crooked", raising("sack", "print('printed'); print('wrong', file=sys.stderr)"))
+        self.write_plug_in("crooked", raising("sack", "print('printed'); print('wrong', file=sys.stderr)"))
         self.started()
         self.collect()
         self.assertIn("printed", self.recording.printed())
@@ -308,15 +308,15 @@ class FailuresTest(PlugInsTest):
 
     @in_own_process
     def test_a_plug_in_that_reads_input_fails(self):
-        self.put("crooked", raising("sack", "input('why? ')"))
+        self.write_plug_in("crooked", raising("sack", "input('why? ')"))
         self.load()
         self.collect()
         self.assertEqual(len([text for text in self.recording.errors() if "EOFError" in text]), 1)
 
     @in_own_process
     def test_a_failing_thread_of_a_plug_in_stops_nothing(self):
-        self.put("crooked", raising("sack", "thread = threading.Thread(target=lambda: 1 / 0); thread.start(); "
-                                    "thread.join()"))
+        self.write_plug_in("crooked", raising("sack", "thread = threading.Thread(target=lambda: 1 / 0); "
+                                              "thread.start(); thread.join()"))
         self.load()
         self.collect()
         self.package(self.available, "astrolabe")
@@ -335,7 +335,7 @@ class RealPlugInsTest(ScenarioTest):
         with open(os.path.join(settings, "local.conf"), "w") as stream:
             stream.write("[main]\nenabled=1\nrepodir=%s\n[createrepo]\nenabled=0\n" %
                          os.path.join(self.directory, "kept"))
-        self.use(settings)
+        self.use_settings(settings)
         self.load()
         self.yumio.lock()
         self.collect()
@@ -347,13 +347,13 @@ class RealPlugInsTest(ScenarioTest):
         self.assertEqual([text for text in self.recording.errors() if "plug" in text.lower()], [])
         self.assertEqual(os.listdir(os.path.join(self.directory, "kept")), ["astrolabe-5.6-1.x86_64.rpm"])
 
-    def use(self, settings):
+    def use_settings(self, settings):
         # This plug-in writes the available packages to a file of the running system, even with a managed root.
         with open(os.path.join(settings, "generate_completion_cache.conf"), "w") as stream:
             stream.write("[main]\nenabled=0\n")
         self.configure("plugins=1", "pluginconfpath=" + settings)
 
-    def lock(self, *names):
+    def lock_versions(self, *names):
         settings = os.path.join(self.directory, "settings")
         locks = os.path.join(self.directory, "locks")
         os.makedirs(settings, exist_ok=True)
@@ -361,7 +361,7 @@ class RealPlugInsTest(ScenarioTest):
             stream.write("[main]\nenabled=1\nlocklist=%s\n" % locks)
         with open(locks, "w") as stream:
             stream.write("".join(line + "\n" for line in names))
-        self.use(settings)
+        self.use_settings(settings)
 
     def upgradable(self):
         """The packages with updates, as "dnf check-update" lists them."""
@@ -376,7 +376,7 @@ class RealPlugInsTest(ScenarioTest):
     def test_a_locked_package_has_no_update(self):
         self.started()
         self.package(self.updates, "abacus-cli")
-        self.lock("abacus-cli-0:3.2.1-1.*")
+        self.lock_versions("abacus-cli-0:3.2.1-1.*")
         self.yumio.reset()
         self.collect()
         self.assertEqual([package for package in self.updates if package.name == "abacus-cli"], [])
@@ -387,6 +387,6 @@ class RealPlugInsTest(ScenarioTest):
     def test_a_new_lock_has_effect_after_the_next_collection(self):
         self.started()
         self.package(self.updates, "abacus-cli")
-        self.lock("!astrolabe-0:5.6-1.*")
+        self.lock_versions("!astrolabe-0:5.6-1.*")
         self.again()
         self.assertEqual([package for package in self.available if package.name == "astrolabe"], [])

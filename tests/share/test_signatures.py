@@ -137,7 +137,7 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_signatures_are_checked_with_the_keys_of_the_managed_system(self):
-        """Neither the home directory nor the managed root has a file that shows rpm's programs the database."""
+        """Neither the home directory nor the managed root has a file with the path of rpm's database."""
         shutil.rmtree(self.sandbox.root + "/root")
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
