@@ -382,10 +382,14 @@ bool YumIO::initialize()
     EndSignals::renew();
 
     {
-        const File script(Share::absolute(QStringLiteral("python/YumIO.py")));
+        const QString path = Share::absolute(QStringLiteral("python/YumIO.py"));
+        const File script(path);
         if (script.get() == nullptr) {
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
+        // The script imports its other files from there.
+        const PyRef file(PyUnicode_DecodeFSDefault(QFile::encodeName(path).constData()));
+        pyAssignGlobal("__file__", file.get());
         offerTranslations();
         offerFunctions();
         const PyRef result(PyRun_File(script.get(), "YumIO.py", Py_file_input, main_dict, main_dict));

@@ -21,6 +21,7 @@ import gc
 import glob
 import gzip
 import importlib
+import importlib.util
 import logging
 import lzma
 import os
@@ -78,11 +79,46 @@ import libdnf.utils
 import yumIOC
 
 
-# Texts ------------------------------------------------------------------------------------------------------
+# The rest of the script ---------------------------------------------------------------------------------------
 
-def tr(text):
-    """A text of ours in the user's language: the program puts the translations here before it runs this file."""
-    return globals().get('translations', {}).get(text, text)
+@contextlib.contextmanager
+def ownPackage():
+    """Lets the package beside this file be imported, as it is now, within a scope.
+
+    The program runs as root. Therefore the package is not searched for: a directory of the same name elsewhere is
+    never imported. Root also leaves no compiled files behind: the share directory has only what was installed, and
+    compiling takes less time than the start of the package manager needs by far.
+    """
+    forgetOwnPackage()
+    directory = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'vyre')
+    before = sys.dont_write_bytecode
+    sys.dont_write_bytecode = True
+    try:
+        found = importlib.util.spec_from_file_location('vyre', os.path.join(directory, '__init__.py'),
+                                                       submodule_search_locations=[directory])
+        package = importlib.util.module_from_spec(found)
+        sys.modules['vyre'] = package
+        found.loader.exec_module(package)
+        importlib.import_module('vyre.program').receive(globals())
+        yield
+    finally:
+        sys.dont_write_bytecode = before
+
+
+def forgetOwnPackage():
+    """Undoes an earlier run of this file: the modules are read again, and find dnf's own classes."""
+    earlier = sys.modules.get('vyre.program')
+    if earlier is not None:
+        earlier.restore()
+    for name in list(sys.modules):
+        if name == 'vyre' or name.startswith('vyre.'):
+            del sys.modules[name]
+
+
+with ownPackage():
+    from vyre import program
+    from vyre.paths import (canWrite, inRoot, managedRoot, namedDirectory, namedDirectoryOfFiles)
+    from vyre.program import tr, withoutSecrets
 
 
 # What is the package manager's own -------------------------------------------------------------------------
@@ -145,44 +181,7 @@ NAMES_OF_OBJECTS = ('_comps', '_repo', '_repo_persistor', '_repo_set_imported_gp
                     '_trans_install_set', '_trans_success', '_trans_tempfiles')
 
 
-# Paths of the managed system --------------------------------------------------------------------------------
-
-def managedRoot():
-    """The directory that stands for "/" of the managed system: VYREROOT when it is set, without a final "/"."""
-    given = os.environ.get('VYREROOT', '')
-    if not given:
-        return '/'
-    return os.path.abspath(given)
-
-
-def inRoot(path):
-    """The place on this system of an absolute path of the managed system."""
-    root = managedRoot()
-    return path if root == '/' else root + path
-
-
-def isElsewhere(path):
-    """Whether an absolute path leads out of the managed system, as those do that its own files name."""
-    root = managedRoot()
-    return path.startswith('/') and root != '/' and path != root and not path.startswith(root + '/')
-
-
-def namedDirectory(path):
-    """The place on this system of a directory that is written by us and named by a file of the managed system."""
-    return inRoot(path) if isElsewhere(path) else path
-
-
-def namedDirectoryOfFiles(path):
-    """The same of one that is read; what there is not in the managed system may be shared with this one."""
-    return inRoot(path) if isElsewhere(path) and os.path.isdir(inRoot(path)) else path
-
-
-def canWrite(path):
-    """Whether files can be made in a directory, which need not exist yet."""
-    while not os.path.lexists(path):
-        path = os.path.dirname(path)
-    return os.access(path, os.W_OK | os.X_OK)
-
+# The configuration files ----------------------------------------------------------------------
 
 # The file that dnf itself reads.
 OWN_CONFIGURATION = '/etc/dnf/dnf.conf'
@@ -398,12 +397,6 @@ class LogHandler(logging.Handler):
             yumIOC.log(level, text)
 
 
-def withoutSecrets(text):
-    """The text with the passwords in it hidden: the program puts what knows them here before it runs this file."""
-    hide = globals().get('hideSecrets')
-    return text if hide is None else hide(text)
-
-
 class DiscreetFormatter(logging.Formatter):
     """Formats as another one does, for a log file, which is read by others too."""
 
@@ -479,9 +472,9 @@ def _text(value):
     return value.decode('utf-8', 'replace') if isinstance(value, bytes) else value
 
 
-dnf.package.Package.hdr = property(_packageHeader)
-dnf.package.Package.changelogs = property(_packageChangelogs)
-dnf.package.Package.buildhost = property(_packageBuildHost)
+program.replace(dnf.package.Package, 'hdr', property(_packageHeader))
+program.replace(dnf.package.Package, 'changelogs', property(_packageChangelogs))
+program.replace(dnf.package.Package, 'buildhost', property(_packageBuildHost))
 
 
 class OtherData:
@@ -934,16 +927,15 @@ def awaitLock(text, first=False):
     """
     if first:
         logging.getLogger('dnf').info('%s', text)
-    wait = globals().get('waitForLock')  # the program puts it here before it runs this file
-    if wait is not None and programListens():
-        return wait(None if text is None else passable(text))
+    if program.waitForLock is not None and programListens():
+        return program.waitForLock(None if text is None else passable(text))
     if text is not None:
         showActivity(text)
     return True
 
 
 # The database of packages is not waited for: the program says at once that another one uses it.
-dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: _buildLock(persistdir, True)
+program.replace(dnf.lock, 'build_rpmdb_lock', lambda persistdir, exit_on_lock: _buildLock(persistdir, True))
 
 
 def waitingLock(build):
@@ -953,24 +945,22 @@ def waitingLock(build):
     return buildWaiting
 
 
-dnf.lock.build_metadata_lock = waitingLock(_buildMetadataLock)
-dnf.lock.build_download_lock = waitingLock(_buildDownloadLock)
+program.replace(dnf.lock, 'build_metadata_lock', waitingLock(_buildMetadataLock))
+program.replace(dnf.lock, 'build_download_lock', waitingLock(_buildDownloadLock))
 
 
 # Progress ---------------------------------------------------------------------------------------------------
 
 def showActivity(text):
     """Says on the bar of the current step what is being done."""
-    show = globals().get('changeActivity')  # the program puts it here before it runs this file
-    if show is not None and programListens():
-        show(passable(text))
+    if program.changeActivity is not None and programListens():
+        program.changeActivity(passable(text))
 
 
 def extendListing(text):
     """Adds lines to the listing that the user is going to confirm."""
-    add = globals().get('addToListing')  # the program puts it here before it runs this file
-    if add is not None:
-        add(passable(text))
+    if program.addToListing is not None:
+        program.addToListing(passable(text))
 
 
 class DownloadProgress(dnf.callback.DownloadProgress):
@@ -1108,7 +1098,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
             last.end()
 
 
-dnf.yum.rpmtrans.RPMTransaction = RPMTransaction
+program.replace(dnf.yum.rpmtrans, 'RPMTransaction', RPMTransaction)
 
 
 class KeyImport(dnf.callback.KeyImport):
@@ -1151,7 +1141,7 @@ def metadataFault(path, element):
     """What is wrong with a document of metadata, whose outermost element should be that one; empty if nothing is, or if
     that is not known.
     """
-    find = globals().get('faultOfMetadata')  # the program puts it here before it runs this file
+    find = program.faultOfMetadata
     return find(path, element) if find is not None and canUnpack(path) else ''
 
 
@@ -1294,7 +1284,7 @@ class PlugIns(dnf.plugin.Plugins):
             self.faults.append(str(e))
 
 
-dnf.plugin.Plugins = PlugIns
+program.replace(dnf.plugin, 'Plugins', PlugIns)
 
 
 def stampOfPlugIns(conf):

@@ -116,8 +116,8 @@ def is_tool_tip(text):
 
 def script_messages():
     found = []
-    for parts in (('share', 'python', 'YumIO.py'), ('share', 'python', 'DesktopOpener.py'), ('share', 'webbrowser'),
-                  ('share', 'mimeviewer'), ('desktop', 'vyre-admin')):
+    for parts in sources.script_files() + [('share', 'python', 'DesktopOpener.py'), ('share', 'webbrowser'),
+                                           ('share', 'mimeviewer'), ('desktop', 'vyre-admin')]:
         found += sources.python_messages(*parts)
     return found
 
@@ -280,7 +280,7 @@ class ManualTest(unittest.TestCase):
     def test_environment_of_the_program_is_told(self):
         page = sources.read('doc', 'vyre.8')
         names = {'XDG_RUNTIME_DIR', 'TMPDIR'}  # which are not asked for by a text
-        for folder in sources.FOLDERS + ('share/python',):
+        for folder in sources.FOLDERS + ('share/python', 'share/python/vyre'):
             for path in glob.glob(os.path.join(TOP, folder, '*.*')):
                 with open(path, encoding='utf-8') as stream:
                     names |= set(re.findall(r'''(?:getenv|environmentVariable\w+|environ\.get)\(["']([A-Z_]+)''',

@@ -127,6 +127,13 @@ def _literal(node):
     return None
 
 
+def script_files():
+    """The script of the package manager and its modules: their places, as read() takes them."""
+    directory = os.path.join('share', 'python', 'vyre')
+    return [('share', 'python', 'YumIO.py')] + [
+        (directory, name) for name in sorted(os.listdir(os.path.join(TOP, directory))) if name.endswith('.py')]
+
+
 def python_messages(*parts):
     """What a program in Python tells its user: the texts of exceptions, warnings and questions."""
     tree = ast.parse(read(*parts))

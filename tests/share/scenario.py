@@ -249,6 +249,13 @@ class ScenarioTest(unittest.TestCase):
         sys.modules["yumIOC"] = self.recording.module
         self.script = runpy.run_path(SCRIPT, run_name="__main__")
 
+    @staticmethod
+    def module(name):
+        """A module of the script. A test that replaces a function or a setting of the script sets an attribute of it;
+        module("program") has the functions that the program offers.
+        """
+        return sys.modules["vyre." + name]
+
     def configure(self, *lines):
         """Adds lines to the main section of the configuration file."""
         with open(os.path.join(self.sandbox.root, "etc/yum.conf"), "a") as stream:
@@ -288,12 +295,12 @@ class ScenarioTest(unittest.TestCase):
         with open(self.repository_file(name), "w") as stream:
             stream.write(content.replace(old, new))
 
-    def load(self, **given):
+    def load(self, script=SCRIPT, **given):
         """Runs the script with these globals and makes its object, as the program does at its start."""
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
         # The program's interpreter also runs the script in __main__.
-        self.script = runpy.run_path(SCRIPT, init_globals=given, run_name="__main__")
+        self.script = runpy.run_path(script, init_globals=given, run_name="__main__")
         import dnf
 
         self.dnf = dnf

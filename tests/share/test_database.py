@@ -123,7 +123,7 @@ class LockedTest(DatabaseTest):
         """Collects the packages. The question about waiting comes after half a second; returns the shown activities."""
         self.started()
         shown = []
-        self.script["showActivity"].__globals__["changeActivity"] = shown.append
+        self.module("program").changeActivity = shown.append
         self.script["DatabaseLock"].FIRST_QUESTION = 0.5
         return shown
 
@@ -163,7 +163,7 @@ class LockedTest(DatabaseTest):
             shown.append(text)
             if len(shown) == 3:
                 raise KeyboardInterrupt()
-        self.script["showActivity"].__globals__["changeActivity"] = end
+        self.module("program").changeActivity = end
         before = self.sandbox.installed()
         with self.assertRaises(KeyboardInterrupt):
             self.apply(removes=["almanac"], answers=[])

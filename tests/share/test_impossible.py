@@ -125,7 +125,7 @@ class UpdatesTest(QuestionTest):
     def test_the_activity_is_shown(self):
         self.started()
         shown = []
-        self.script["showActivity"].__globals__["changeActivity"] = shown.append
+        self.module("program").changeActivity = shown.append
         self.apply(updates=["tidewatch", "abacus-cli"], answers=[0])
         self.assertIn("Looking for what can be applied", shown)
 

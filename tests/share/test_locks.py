@@ -247,7 +247,7 @@ class WaitTest(ScenarioTest):
         return wait
 
     def set_wait(self, third):
-        self.script["awaitLock"].__globals__["waitForLock"] = self.wait_function(third)
+        self.module("program").waitForLock = self.wait_function(third)
 
     def logged(self):
         return [text for level, text in self.recording.of("log") if "Waiting" in text or "has ended" in text]
@@ -438,7 +438,7 @@ class WaitTest(ScenarioTest):
             if text is not None:
                 self.let_go()
             return text is not None
-        self.script["awaitLock"].__globals__["waitForLock"] = wait
+        self.module("program").waitForLock = wait
         self.assert_refused("^The wait for another program was ended. Nothing was changed.$", installs=["loupe"])
         self.assertEqual(self.shown, [self.waiting, None])
         self.assertFalse(os.path.exists(self.lock_file("download")))

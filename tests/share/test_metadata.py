@@ -45,7 +45,7 @@ def fault_of_metadata(path, element):
 class MetadataTest(ScenarioTest):
     def load(self):
         super(MetadataTest, self).load()
-        self.script["metadataFault"].__globals__["faultOfMetadata"] = fault_of_metadata
+        self.module("program").faultOfMetadata = fault_of_metadata
         self.yumio.base.repos["sandbox-unreachable"].disable()
 
     def damage(self, kind, change, packed=False):
@@ -105,7 +105,7 @@ class MetadataTest(ScenarioTest):
     def test_undamaged_metadata_is_checked_only_once(self):
         self.begin()
         asked = []
-        self.script["metadataFault"].__globals__["faultOfMetadata"] = lambda path, element: asked.append(element) or ""
+        self.module("program").faultOfMetadata = lambda path, element: asked.append(element) or ""
         self.collect()
         self.assertEqual(sorted(set(asked)), ["filelists", "metadata", "otherdata"])
         self.assertEqual(len(asked), 3 * 4)
@@ -162,8 +162,7 @@ class MetadataTest(ScenarioTest):
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
         self.begin()
-        names = self.script["metadataFault"].__globals__
-        names["faultOfMetadata"] = lambda path, element: (
+        self.module("program").faultOfMetadata = lambda path, element: (
             "too few" if element == "metadata" and "/sandbox-file-" in path else "")
         for attempt in range(2):
             self.recording.clear()
@@ -175,7 +174,7 @@ class MetadataTest(ScenarioTest):
                 "Ignoring repositories: sandbox-file"])
             self.yumio.reset()
             self.yumio.base.repos["sandbox-unreachable"].disable()
-        names["faultOfMetadata"] = lambda path, element: ""
+        self.module("program").faultOfMetadata = lambda path, element: ""
         self.collect()
         self.assertIn("corkboard", self.names("sandbox-file"))
 
@@ -183,7 +182,7 @@ class MetadataTest(ScenarioTest):
     def test_files_that_cannot_be_unpacked_are_not_checked(self):
         self.load()
         asked = []
-        self.script["metadataFault"].__globals__["faultOfMetadata"] = lambda path, element: asked.append(path) or "bad"
+        self.module("program").faultOfMetadata = lambda path, element: asked.append(path) or "bad"
         path = os.path.join(self.directory, "document.zck")
         with open(path, "wb") as stream:
             stream.write(b"\0ZCK1" + bytes(100))

@@ -34,7 +34,7 @@ class ModulesTest(ModuleScenario):
     def test_the_listing_has_an_enabled_stream_after_the_packages(self):
         self.started()
         at = []
-        self.script["extendListing"].__globals__["addToListing"] = lambda text: (
+        self.module("program").addToListing = lambda text: (
             at.append(self.recording.names()[-1]), self.added.append(text))
         self.apply(installs=["grove-cli"])
         self.assertEqual(at, ["listTransaction"])

@@ -1,11 +1,21 @@
 """The private names of the package manager that the script uses."""
 
 import ast
+import glob
 import os
 import sys
 import unittest
 
 from scenario import SCRIPT, ScenarioTest, in_own_process
+
+
+def trees():
+    """The syntax tree of the script and of all its modules."""
+    body = []
+    for path in [SCRIPT] + glob.glob(os.path.join(os.path.dirname(SCRIPT), "vyre", "*.py")):
+        with open(path) as stream:
+            body += ast.parse(stream.read()).body
+    return ast.Module(body, [])
 
 
 class MissingNamesTest(ScenarioTest):
@@ -47,15 +57,9 @@ class MissingNamesTest(ScenarioTest):
         import runpy
 
         sys.modules["yumIOC"] = Recording().module
-        # Loading replaces classes of dnf. They are restored, because the child processes need dnf's own classes.
-        import dnf
-        import dnf.conf.read
-        import dnf.plugin
-        import dnf.yum.rpmtrans
-
-        originals = dnf.plugin.Plugins, dnf.yum.rpmtrans.RPMTransaction
         names = runpy.run_path(SCRIPT, run_name="__main__")["PRIVATE_NAMES"]
-        dnf.plugin.Plugins, dnf.yum.rpmtrans.RPMTransaction = originals
+        import dnf
+
         self.assertGreater(len(names), 20)
         self.assertEqual(
             {name: self.refusal(place, name) for place, name, text in names},
@@ -66,14 +70,13 @@ class MissingNamesTest(ScenarioTest):
         self.load()
         listed = {name for place, name, text in self.script["PRIVATE_NAMES"]} | set(self.script["NEW_NAMES"])
         replaced = set()
-        for name, found in self.script.items():
-            if not isinstance(found, type) or found.__module__ != "__main__":
-                continue
+        modules = [vars(module) for name, module in sys.modules.items() if name.startswith("vyre.")]
+        for found in {value for names in modules + [self.script] for value in names.values()
+                      if isinstance(value, type) and value.__module__.partition(".")[0] in ("vyre", "__main__")}:
             own = set(vars(found))
             if issubclass(found, self.dnf.Base):
-                with open(SCRIPT) as stream:
-                    own |= {target.attr for node in ast.walk(ast.parse(stream.read())) if isinstance(node, ast.Assign)
-                            for target in node.targets if isinstance(target, ast.Attribute)}
+                own |= {target.attr for node in ast.walk(trees()) if isinstance(node, ast.Assign)
+                        for target in node.targets if isinstance(target, ast.Attribute)}
             # The names that the package manager's class or its objects also have.
             others = {each for place in found.__mro__ if place.__module__.startswith("dnf.") for each in vars(place)}
             if issubclass(found, self.dnf.Base):
@@ -94,8 +97,7 @@ class MissingNamesTest(ScenarioTest):
 
 class UsedNamesTest(unittest.TestCase):
     def test_all_used_private_names_are_listed(self):
-        with open(SCRIPT) as stream:
-            tree = ast.parse(stream.read())
+        tree = trees()
         own = {"_"}  # a public function of dnf.i18n
         classes = {"self", "cls"}
         listed = set()
@@ -121,5 +123,5 @@ class UsedNamesTest(unittest.TestCase):
             if node.attr in own and (place in classes or place == "" and not isinstance(node.value, ast.Call)):
                 continue
             if node.attr not in listed:
-                unlisted.add("%s (line %d)" % (node.attr, node.lineno))
+                unlisted.add("%s (%s)" % (node.attr, ast.unparse(node)))
         self.assertEqual(unlisted, set())

@@ -149,9 +149,10 @@ class CatalogueTest(unittest.TestCase):
     def test_all_texts_of_the_script_are_listed(self):
         listed = [text.value for text in sources.all_cpp_texts()
                   if text.place.startswith('yumio/YumIO.cpp') and text.calls[-1:] == [('QT_TRANSLATE_NOOP', 1)]]
-        self.assertEqual(sorted(listed), sorted(sources.python_translated('share', 'python', 'YumIO.py')))
-        self.assertEqual({text.value for text in sources.python_messages('share', 'python', 'YumIO.py')} - set(listed),
-                         set())
+        translated = [text for parts in sources.script_files() for text in sources.python_translated(*parts)]
+        self.assertEqual(sorted(listed), sorted(translated))
+        said = {text.value for parts in sources.script_files() for text in sources.python_messages(*parts)}
+        self.assertEqual(said - set(listed), set())
 
     def test_contexts_are_full_names_of_classes(self):
         """At run time, the program looks texts up by the full name of the class."""

@@ -20,19 +20,27 @@ private:
     // What the helper prints on a share directory with this script; none without a script.
     QStringList start(const QByteArray& script, const QStringList& arguments = {})
     {
-        QTemporaryDir share;
+        const QTemporaryDir share;
+        return startIn(share.path(), script, arguments);
+    }
+
+    // The same with this share directory, whose path may be relative to the working directory.
+    QStringList startIn(const QString& path, const QByteArray& script, const QStringList& arguments = {})
+    {
+        const QDir share(QDir(workingDirectory).absoluteFilePath(path));
         if (!script.isNull()) {
-            QDir(share.path()).mkpath("python");
+            share.mkpath("python");
             QFile file(share.filePath("python/YumIO.py"));
             if (!file.open(QIODevice::WriteOnly) || file.write(script) != script.size()) {
                 return QStringList("no script");
             }
         }
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("VYRESHARE", share.path());
+        environment.insert("VYRESHARE", path);
         environment.insert(variables);
         QProcess process;
         process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(workingDirectory);
         process.start(BACK_END_START, arguments);
         if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit ||
             process.exitCode() != 0) {
@@ -46,12 +54,42 @@ private:
         return lines;
     }
 
+    static QByteArray contentOf(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    static void write(const QString& path, const QByteArray& content)
+    {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
+
+    // Copies the modules that the installed script imports.
+    static void copyModules(const QString& share)
+    {
+        const QDir modules(installedScripts() + "/vyre");
+        for (const QString& name : modules.entryList({"*.py"}, QDir::Files)) {
+            write(share + "/python/vyre/" + name, contentOf(modules.filePath(name)));
+        }
+    }
+
+    static QString installedScripts() { return qEnvironmentVariable("VYRESHARE") + "/python"; }
+
+    QString workingDirectory;
     QProcessEnvironment variables; // beside those of the test
     QString standardError;
     QString standardOutput;
 
 private Q_SLOTS:
-    void init() { variables = QProcessEnvironment(); }
+    void init()
+    {
+        variables = QProcessEnvironment();
+        workingDirectory = QDir::currentPath();
+    }
 
     void scriptOfTheShareDirectoryIsRun()
     {
@@ -59,6 +97,40 @@ private Q_SLOTS:
                        "print('argv', sys.argv[1:], __name__, flush=True)\n"
                        "class YumIO:\n    base = 1\n"),
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
+    }
+
+    // Root runs the program in any directory, also in those that other users write to.
+    void theScriptImportsOnlyTheModulesOfItsShareDirectory()
+    {
+        const QByteArray foreign = "import os\nos.write(1, b'foreign\\n')\n";
+        const QTemporaryDir place;
+        workingDirectory = place.path();
+        for (const char* name : {"vyre/__init__.py", "vyre/paths.py", "vyre/program.py", "vyre.py", "bdb.py",
+                                 "share/vyre/__init__.py", "share/python/bdb.py"}) {
+            write(place.filePath(name), foreign);
+        }
+        copyModules(place.filePath("share"));
+        QVERIFY(QDir(place.path()).mkdir("root"));
+        variables.insert("PYTHONPATH", place.path());
+        variables.insert("VYREROOT", place.filePath("root"));
+        const QByteArray script = contentOf(installedScripts() + "/YumIO.py");
+        for (const QString& share : {QString("share"), place.filePath("share")}) {
+            QCOMPARE(startIn(share, script), QStringList({"started", "again: started"}));
+            QVERIFY2(!standardError.contains("Traceback"), qPrintable(standardError));
+        }
+        // Root leaves no compiled files there.
+        QDirIterator found(place.filePath("share"), {"__pycache__", "*.pyc"}, QDir::AllEntries,
+                           QDirIterator::Subdirectories);
+        QVERIFY2(!found.hasNext(), qPrintable(found.next()));
+    }
+
+    void missingModules()
+    {
+        const QTemporaryDir share;
+        QCOMPARE(startIn(share.path(), contentOf(installedScripts() + "/YumIO.py")),
+                 QStringList({"failed", generic, "VYRE Yum Error: Internal error: unable to execute YumIO.py",
+                              "again: failed"}));
+        QVERIFY2(standardError.contains("FileNotFoundError"), qPrintable(standardError));
     }
 
     void theScriptCanHidePasswords()
@@ -231,11 +303,11 @@ private Q_SLOTS:
         QFETCH(QByteArray, removal);
         QFETCH(QString, use);
         QFETCH(QString, name);
-        QFile script(qEnvironmentVariable("VYRESHARE") + "/python/YumIO.py");
-        QVERIFY(script.open(QIODevice::ReadOnly));
-        QTemporaryDir root;
+        const QTemporaryDir share;
+        copyModules(share.path());
+        const QTemporaryDir root;
         variables.insert("VYREROOT", root.path());
-        QStringList lines = start(removal + script.readAll());
+        QStringList lines = startIn(share.path(), removal + contentOf(installedScripts() + "/YumIO.py"));
         lines.replaceInStrings(QRegularExpression("Version [0-9.]+ of"), "Version X of");
         QCOMPARE(lines,
                  QStringList({"failed",

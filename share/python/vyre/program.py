@@ -1,0 +1,65 @@
+"""Everything that the program offers to the script, and what the script replaces in dnf.
+
+The program registers the module yumIOC, and sets further names in the globals of YumIO.py before it runs that file.
+YumIO.py passes them on to here; the other modules find them only here. The functions are called on the thread that
+holds the interpreter's lock. Without one of them the script does without it.
+"""
+
+import yumIOC  # noqa: F401  (the other modules import it from here)
+
+# Our texts in the user's language.
+translations = {}
+
+# Adds lines to the listing that the user is going to confirm.
+addToListing = None
+# Says on the bar of the current step what is being done.
+changeActivity = None
+# Finds the fault of a document of metadata.
+faultOfMetadata = None
+# Hides the passwords of a text.
+hideSecrets = None
+# Says what the script waits for; the answer is whether to go on waiting.
+waitForLock = None
+
+OFFERED = ('translations', 'addToListing', 'changeActivity', 'faultOfMetadata', 'hideSecrets', 'waitForLock')
+
+
+def receive(offered):
+    """Take over what the program offers, from a dictionary of names and values that may have other names as well."""
+    for name in OFFERED:
+        if name in offered:
+            globals()[name] = offered[name]
+
+
+def tr(text):
+    """One of our texts in the user's language."""
+    return translations.get(text, text)
+
+
+def withoutSecrets(text):
+    """The text with the passwords in it hidden."""
+    return text if hideSecrets is None else hideSecrets(text)
+
+
+# Replacements in dnf ----------------------------------------------------------------------------------------
+
+MISSING = object()
+
+# Each replaced name: the class or module, the name, and what it was; the newest comes last.
+replaced = []
+
+
+def replace(place, name, value):
+    """Set a name of one of dnf's classes or modules, until restore()."""
+    replaced.append((place, name, vars(place).get(name, MISSING)))
+    setattr(place, name, value)
+
+
+def restore():
+    """Give dnf back what was replaced, so that the next run of the script starts from dnf's own classes."""
+    while replaced:
+        place, name, value = replaced.pop()
+        if value is not MISSING:
+            setattr(place, name, value)
+        elif name in vars(place):
+            delattr(place, name)

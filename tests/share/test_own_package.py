@@ -1,0 +1,141 @@
+"""The script imports its own package, leaves no compiled files, and can run again in the same interpreter."""
+
+import os
+import shutil
+import sys
+
+from scenario import SCRIPT, ScenarioTest, in_own_process
+
+
+class OwnPackageTest(ScenarioTest):
+    def copy(self):
+        """A copy of the script and its package; returns the path of the script."""
+        directory = os.path.join(self.directory, "python")
+        shutil.copytree(os.path.dirname(SCRIPT), directory, ignore=shutil.ignore_patterns("__pycache__"))
+        return os.path.join(directory, "YumIO.py")
+
+    def change(self, script, module, line):
+        with open(os.path.join(os.path.dirname(script), "vyre", module + ".py"), "a") as stream:
+            stream.write(line + "\n")
+
+    def files(self, script):
+        return {os.path.join(directory, name) for directory, _, names in os.walk(os.path.dirname(script))
+                for name in names}
+
+    @in_own_process
+    def test_all_modules_are_beside_the_script(self):
+        elsewhere = os.path.join(self.directory, "elsewhere")
+        for name in ("__init__", "paths", "program"):
+            os.makedirs(os.path.join(elsewhere, "vyre"), exist_ok=True)
+            with open(os.path.join(elsewhere, "vyre", name + ".py"), "w") as stream:
+                stream.write("raise ValueError('from elsewhere')\n")
+        os.chdir(elsewhere)
+        sys.path[:0] = ["", elsewhere]
+        self.load()
+        modules = [module for name, module in sys.modules.items() if name.partition(".")[0] == "vyre"]
+        self.assertGreater(len(modules), 2)
+        self.assertEqual({os.path.dirname(module.__file__) for module in modules},
+                         {os.path.join(os.path.dirname(SCRIPT), "vyre")})
+
+    @in_own_process
+    def test_a_package_that_another_program_has_imported_is_not_used(self):
+        elsewhere = os.path.join(self.directory, "elsewhere")
+        os.makedirs(os.path.join(elsewhere, "vyre"))
+        for name in ("__init__", "paths"):
+            with open(os.path.join(elsewhere, "vyre", name + ".py"), "w"):
+                pass
+        sys.path.insert(0, elsewhere)
+        import vyre.paths
+
+        self.assertTrue(vyre.paths.__file__.startswith(elsewhere))
+        self.load()
+        self.assertEqual(self.module("paths").inRoot("/x"), self.sandbox.root + "/x")
+
+    @in_own_process
+    def test_no_compiled_files_are_left_behind(self):
+        script = self.copy()
+        before = self.files(script)
+        sys.dont_write_bytecode = False
+        self.load(script)
+        self.assertEqual(self.files(script), before)
+        self.assertFalse(sys.dont_write_bytecode)
+        # The test can fail: the interpreter would write these files.
+        sys.path.insert(0, os.path.dirname(script))
+        for name in [name for name in sys.modules if name.partition(".")[0] == "vyre"]:
+            del sys.modules[name]
+        import vyre.paths  # noqa: F401
+
+        self.assertNotEqual(self.files(script), before)
+
+    @in_own_process
+    def test_a_second_run_reads_all_modules_again(self):
+        script = self.copy()
+        self.load(script, translations={"one": "eins"})
+        first = {name: module for name, module in sys.modules.items() if name.partition(".")[0] == "vyre"}
+        self.assertEqual(self.module("program").tr("one"), "eins")
+        for name in first:
+            self.change(script, name.partition(".")[2] or "__init__", "changed = True")
+        self.load(script)
+        self.assertEqual(self.module("program").tr("one"), "one")
+        for name, module in first.items():
+            self.assertIsNot(sys.modules[name], module)
+            self.assertTrue(sys.modules[name].changed, name)
+
+    @in_own_process
+    def test_a_second_run_finds_the_classes_of_dnf(self):
+        import dnf.lock
+        import dnf.package
+        import dnf.plugin
+        import dnf.yum.rpmtrans
+
+        def places():
+            return [dnf.plugin.Plugins, dnf.yum.rpmtrans.RPMTransaction, dnf.lock.build_rpmdb_lock,
+                    dnf.lock.build_metadata_lock, dnf.lock.build_download_lock, vars(dnf.package.Package).get("hdr")]
+
+        own = places()
+        self.load()
+        first = places()
+        self.assertEqual([one for one, other in zip(own, first) if one is other], [])
+        self.load()
+        second = places()
+        self.assertEqual([one for one, other in zip(first, second) if one is other], [])
+        for found in second[:2]:
+            self.assertEqual(len([each for each in found.__mro__ if not each.__module__.startswith("dnf.")]), 2, found)
+        self.module("program").restore()
+        self.assertEqual(places(), own)
+
+    @in_own_process
+    def test_the_script_can_run_again_after_a_module_has_failed(self):
+        import dnf.plugin
+
+        own = dnf.plugin.Plugins
+        script = self.copy()
+        self.load(script)
+        last = [module for name, module in sys.modules.items() if name.startswith("vyre.")][-1].__file__
+        with open(last) as stream:
+            content = stream.read()
+        for text in ("raise ValueError('too early')\n", "broken(:\n", content + "raise ValueError('too late')\n"):
+            with open(last, "w") as stream:
+                stream.write(text)
+            with self.assertRaises((ValueError, SyntaxError)):
+                self.load(script)
+        with open(last, "w") as stream:
+            stream.write(content)
+        self.load(script)
+        self.assertEqual(dnf.plugin.Plugins.__mro__[1], own)
+        self.collect()
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_a_traceback_names_the_file(self):
+        script = self.copy()
+        self.change(script, "paths", "raise ValueError('wrong')")
+        try:
+            self.load(script)
+        except ValueError as e:
+            place = e.__traceback__
+            while place.tb_next is not None:
+                place = place.tb_next
+            self.assertEqual(place.tb_frame.f_code.co_filename, os.path.join(os.path.dirname(script), "vyre/paths.py"))
+        else:
+            self.fail("the module has not failed")
