@@ -10,7 +10,6 @@
 #include <QFile>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -43,6 +42,7 @@
 #include "widgets/HMenu.h"
 #include "widgets/Literal.h"
 #include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
 #include "yumio/YumIO.h"
 
 namespace {
@@ -768,8 +768,7 @@ void MainWindow::showNotice(const QString& text)
 {
     auto* notice = qobject_cast<QLabel*>(menuBar()->cornerWidget());
     if (notice == nullptr) {
-        notice = new QLabel(menuBar());
-        notice->setTextFormat(Qt::PlainText);
+        notice = new PlainLabel(menuBar());
         notice->setPalette(Colors::makeWarning(notice->palette()));
         notice->setBackgroundRole(QPalette::Window); // not the menu bar's
         notice->setForegroundRole(QPalette::WindowText);

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QVBoxLayout>
@@ -20,6 +19,7 @@
 #include "widgets/HScrollArea.h"
 #include "widgets/Literal.h"
 #include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
 #include "widgets/TextDialog.h"
 
 namespace PackageTable {
@@ -120,9 +120,7 @@ void Area::addField(Fields::Field field)
 
 void Area::addHeader(int& row, QString text)
 {
-    auto* label = new QLabel(inner);
-    label->setTextFormat(Qt::PlainText);
-    label->setText(text);
+    auto* label = new PlainLabel(text, inner);
     label->setFont(Fonts::makeBold(label->font()));
     grid->addWidget(label, row, LabelColumn, 1, GridColumnCount);
     ++row;
@@ -130,9 +128,7 @@ void Area::addHeader(int& row, QString text)
 
 QLabel* Area::addLabel(int row, const QString& text, Qt::Alignment vertical)
 {
-    auto* label = new QLabel(inner);
-    label->setTextFormat(Qt::PlainText);
-    label->setText(text);
+    auto* label = new PlainLabel(text, inner);
     labelWidth = qMax(labelWidth, label->sizeHint().width());
     grid->addWidget(label, row, LabelColumn, Qt::AlignLeft | vertical);
     return label;
@@ -140,9 +136,7 @@ QLabel* Area::addLabel(int row, const QString& text, Qt::Alignment vertical)
 
 QLabel* Area::makeValue(const QString& value)
 {
-    auto* label = new QLabel(inner);
-    label->setTextFormat(Qt::PlainText);
-    label->setText(value);
+    auto* label = new PlainLabel(value, inner);
     valueWidth = qMax(valueWidth, label->sizeHint().width());
     label->setWordWrap(true);
     // By the keyboard only after a click: each value would be a stop on the way to the buttons.

@@ -4,7 +4,6 @@
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -14,6 +13,7 @@
 #include "widgets/HScrollArea.h"
 #include "widgets/HSeparator.h"
 #include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
 
 namespace PackageTable {
 namespace Describe {
@@ -45,11 +45,9 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     content = new QWidget;
     auto* whole = new QVBoxLayout(content);
     whole->setContentsMargins(0, 0, 0, 0);
-    auto* name = new QLabel;
-    name->setTextFormat(Qt::PlainText);
+    auto* name = new PlainLabel(yumIO->getName(entry));
     name->setTextInteractionFlags(Qt::TextSelectableByMouse);
     name->setWordWrap(true);
-    name->setText(yumIO->getName(entry));
     name->setFont(Fonts::makeHeader(name->font()));
     whole->addWidget(name);
     whole->addWidget(new HSeparator);

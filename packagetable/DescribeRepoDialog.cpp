@@ -4,7 +4,6 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
@@ -15,6 +14,7 @@
 #include "widgets/HScrollArea.h"
 #include "widgets/HSeparator.h"
 #include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
 
 namespace PackageTable {
 namespace Describe {
@@ -53,11 +53,9 @@ void RepoDialog::config(const Repo::Entry& repository)
     content = new QWidget;
     auto* column = new QVBoxLayout(content);
     column->setContentsMargins(0, 0, 0, 0);
-    auto* header = new QLabel;
-    header->setTextFormat(Qt::PlainText);
+    auto* header = new PlainLabel(repo.id);
     header->setTextInteractionFlags(Qt::TextSelectableByMouse);
     header->setWordWrap(true);
-    header->setText(repo.id);
     header->setFont(Fonts::makeHeader(header->font()));
     column->addWidget(header);
     column->addWidget(new HSeparator);
@@ -91,12 +89,8 @@ void RepoDialog::addPair(int& row, QString label, QString value)
     if (value.isEmpty()) {
         return;
     }
-    auto* left = new QLabel(pairs);
-    left->setTextFormat(Qt::PlainText);
-    left->setText(label);
-    auto* right = new QLabel(pairs);
-    right->setTextFormat(Qt::PlainText);
-    right->setText(value);
+    auto* left = new PlainLabel(label, pairs);
+    auto* right = new PlainLabel(value, pairs);
     // A URL stands on one line.
     right->setTextInteractionFlags(Qt::TextSelectableByMouse);
     grid->addWidget(left, row, 0, Qt::AlignLeft | Qt::AlignTop);

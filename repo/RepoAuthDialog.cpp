@@ -2,7 +2,6 @@
 
 #include <QGridLayout>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QStyle>
@@ -17,16 +16,15 @@
 #include "repo/RepoVantor.h"
 #include "widgets/HScrollArea.h"
 #include "widgets/HSeparator.h"
+#include "widgets/PlainLabel.h"
 
 namespace RepoAuth {
 
 namespace {
 
-// The texts come from configuration files: they are never taken as rich text.
 QLabel* makeLabel(const QString& text = QString())
 {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
+    auto* label = new PlainLabel(text);
     label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     return label;
 }
@@ -48,7 +46,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
     setModal(true);
 
     auto* layout = new QVBoxLayout(this);
-    auto* heading = new QLabel(tr("Some configured repositories require authentication"));
+    auto* heading = new PlainLabel(tr("Some configured repositories require authentication"));
     heading->setFont(Fonts::makeHeader(heading->font()));
     heading->setAlignment(Qt::AlignCenter);
     layout->addWidget(heading);

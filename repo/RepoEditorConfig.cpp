@@ -3,7 +3,6 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGridLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QScopedValueRollback>
 
@@ -23,6 +22,7 @@
 #include "widgets/HGroupBox.h"
 #include "widgets/Literal.h"
 #include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
 
 namespace RepoEditor {
 
@@ -32,9 +32,7 @@ namespace {
 QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QWidget* field,
                  const QString& toolTip)
 {
-    auto* label = new QLabel(text);
-    // Some of the texts come from a URL.
-    label->setTextFormat(Qt::PlainText);
+    auto* label = new PlainLabel(text); // some of the texts come from a URL
     label->setToolTip(Literal::toolTip(toolTip));
     field->setToolTip(Literal::toolTip(toolTip));
     field->setAccessibleName(text);
@@ -129,7 +127,7 @@ QWidget* Config::createOptions(QWidget* parent)
     auto* grid = new QGridLayout(group);
 
     const QString toolTip = tr("Any other yum options for this repository.  See yum.conf(5)");
-    auto* label = new QLabel(tr("Other Options:"), group);
+    auto* label = new PlainLabel(tr("Other Options:"), group);
     label->setToolTip(Literal::toolTip(toolTip));
     otherOptionsField = new PasswdTextEdit(Credentials::Text::Options, 50, 6, group);
     otherOptionsField->setLineWrapMode(QTextEdit::NoWrap);

@@ -3,7 +3,6 @@
 #include <QEventLoop>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QMutexLocker>
 #include <QPushButton>
 #include <QScopedValueRollback>
@@ -16,6 +15,7 @@
 #include "widgets/Colors.h"
 #include "widgets/HTextEdit.h"
 #include "widgets/Literal.h"
+#include "widgets/PlainLabel.h"
 
 namespace Log {
 
@@ -64,7 +64,7 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     layout->addWidget(textEdit);
     QHBoxLayout* row = new QHBoxLayout();
     layout->addLayout(row);
-    QLabel* levelLabel = new QLabel(tr("Detail level"), this);
+    QLabel* levelLabel = new PlainLabel(tr("Detail level"), this);
     levelLabel->setBuddy(levelSpinBox);
     row->addWidget(levelLabel);
     row->addWidget(levelSpinBox);

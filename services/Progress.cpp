@@ -12,6 +12,7 @@
 
 #include "services/HProgressBar.h"
 #include "widgets/GeneralTip.h"
+#include "widgets/PlainLabel.h"
 
 namespace Progress {
 
@@ -36,15 +37,6 @@ bool intervalOver(const QElapsedTimer& timer)
 Steps subtract(Steps value, Steps part)
 {
     return value > part ? value - part : 0;
-}
-
-QLabel* makePlainLabel(const QString& text)
-{
-    QLabel* label = new QLabel();
-    // Names of packages and files are plain text.
-    label->setTextFormat(Qt::PlainText);
-    label->setText(text);
-    return label;
 }
 
 } // namespace
@@ -204,7 +196,7 @@ void Minion::setupTip(GeneralTip* tip, void* data)
 
     const auto addRow = [layout](const QString& text, QLabel* state) {
         const int row = layout->count() / 2;
-        layout->addWidget(makePlainLabel(text), row, 0);
+        layout->addWidget(new PlainLabel(text), row, 0);
         layout->addWidget(state, row, 1);
     };
     if (collapsed) {
@@ -247,7 +239,7 @@ void Minion::setupTip(GeneralTip* tip, void* data)
 
 QLabel* Minion::makeLabel(const QString& text, const QColor& colour)
 {
-    QLabel* label = makePlainLabel(text);
+    QLabel* label = new PlainLabel(text);
     label->setFrameShape(QFrame::StyledPanel);
     label->setFrameShadow(QFrame::Plain);
     QPalette palette = label->palette();

@@ -1,13 +1,13 @@
 #include "services/ScrollableDialogs.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
 
 #include "widgets/HScrollArea.h"
 #include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
 
 namespace {
 
@@ -17,13 +17,11 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
 {
     dialog->setAttribute(Qt::WA_ShowModal);
 
-    QLabel* iconLabel = new QLabel(dialog);
+    QLabel* iconLabel = new PlainLabel(dialog);
     iconLabel->setPixmap(dialog->style()->standardPixmap(icon, nullptr, dialog));
 
-    QLabel* label = new QLabel();
-    label->setTextFormat(Qt::PlainText);
+    QLabel* label = new PlainLabel(text);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    label->setText(text);
     HScrollArea* scrollArea = new HScrollArea(dialog);
     scrollArea->setFrameStyle(QFrame::NoFrame | QFrame::Plain);
     scrollArea->setWidget(label);

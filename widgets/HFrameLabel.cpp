@@ -1,18 +1,19 @@
 #include "widgets/HFrameLabel.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
+
+#include "widgets/PlainLabel.h"
 
 HFrameLabel::HFrameLabel(QWidget* parent, Qt::WindowFlags flags) : HFrameLabel(QString(), parent, flags) {}
 
 HFrameLabel::HFrameLabel(const QString& text, QWidget* parent, Qt::WindowFlags flags)
-    : QFrame(parent, flags), box(new QHBoxLayout(this)), label(new QLabel), normal(palette()), shown(normal)
+    : QFrame(parent, flags), box(new QHBoxLayout(this)), label(new PlainLabel), normal(palette()),
+      shown(normal)
 {
     setFrameStyle(QFrame::StyledPanel | QFrame::Plain);
     setAutoFillBackground(true);
     box->setContentsMargins(2, 2, 2, 2);
     label->setAlignment(Qt::AlignCenter);
-    label->setTextFormat(Qt::PlainText);
     box->addWidget(label);
     HFrameLabel::setText(text);
 }

@@ -1,6 +1,6 @@
 // Makes Qt show a foreign text unchanged where Qt would interpret it. Foreign texts come from packages,
-// repositories, files, servers and failures. In other places the widget does this: a label has
-// setTextFormat(Qt::PlainText), a box is an HMessageBox.
+// repositories, files, servers and failures. In other places the widget does this: a label is a
+// PlainLabel, a box is an HMessageBox.
 //
 // Any thread; no state.
 

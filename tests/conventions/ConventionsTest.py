@@ -47,9 +47,9 @@ GOOD = {
         void Window::fill(const QString& text)
         {
             // signals: and emit here mean nothing.
-            auto* heading = new QLabel(tr("Heading"));
-            auto* value = new QLabel;
-            value->setTextFormat(Qt::PlainText);
+            QLabel* heading = new PlainLabel(tr("Heading"));
+            auto* value = new PlainLabel;
+            value->setWordWrap(true);
             value->setText(text);
             value->setObjectName("value");
             heading->setText(wide ? tr("A wide one") : tr("Narrow"));
@@ -219,28 +219,31 @@ class ConventionsTest(unittest.TestCase):
         self.assertEqual(self.found(), ['tests/low/GoneTest.cpp:1: the class that it tests is missing'])
 
     def test_text_that_is_not_translated(self):
-        for before, after, text in (('new QLabel(tr("Heading"))', 'new QLabel("Heading")', '"Heading"'),
+        for before, after, text in (('new PlainLabel(tr("Heading"))', 'new PlainLabel("Heading")', '"Heading"'),
                                     (': tr("Narrow")', ': QStringLiteral("Narrow")', '"Narrow"'),
                                     ('setObjectName("value")', 'setToolTip(QStringLiteral("A value"))', '"A value"')):
             with self.subTest(text):
                 self.setUp()
                 self.change('high/Window.cpp', before, after)
-                found = [line for line in self.found() if 'Qt::PlainText' not in line and 'Literal' not in line]
+                found = [line for line in self.found() if 'Literal' not in line]
                 self.assertEqual(len(found), 1, found)
                 self.assertTrue(found[0].endswith(': a text that a user reads does not go through tr(): ' + text),
                                 found)
 
     def test_label_that_shows_markup(self):
-        plain = '    value->setTextFormat(Qt::PlainText);\n'
-        for before, after, line in ((plain, '', 7),
-                                    ('tr("Heading")', 'tr("Heading %1").arg(text)', 6),
-                                    ('tr("Narrow")', 'text', 6),
-                                    ('new QLabel(tr("Heading"))', 'new QLabel(text)', 6)):
+        for before, after, line in (('new PlainLabel(tr("Heading"))', 'new QLabel(tr("Heading"))', 6),
+                                    ('auto* value = new PlainLabel;', 'QLabel value(text);', 7),
+                                    ('auto* value = new PlainLabel;', 'auto value = std::make_unique<QLabel>();', 7),
+                                    ('auto* value = new PlainLabel;', 'class Value : public QLabel {};', 7),
+                                    ('value->setWordWrap(true)', 'value->setTextFormat(Qt::RichText)', 8)):
             with self.subTest(after):
                 self.setUp()
                 self.change('high/Window.cpp', before, after)
-                self.assertEqual(self.found(), ['high/Window.cpp:{}: a label whose text may come from outside is '
-                                                'not set to Qt::PlainText'.format(line)])
+                self.assertEqual(self.found(), ['high/Window.cpp:{}: a label that may show its text as markup: use '
+                                                'PlainLabel'.format(line)])
+        self.setUp()
+        self.change('high/Window.h', '#endif', 'class QLabel;\nvoid fill(const QList<QLabel*>& labels);\n\n#endif')
+        self.assertEqual(self.found(status=0), [])
 
     def test_box_that_shows_markup(self):
         message = 'a box whose text may come from outside takes it for markup: use HMessageBox'
@@ -300,7 +303,7 @@ class ConventionsTest(unittest.TestCase):
         self.assertEqual(self.found(), ['low/Thing.cpp:3: the line has 111 characters; 110 are agreed on'])
 
     def test_exception_with_a_reason(self):
-        self.change('high/Window.cpp', 'new QLabel(tr("Heading"));',
+        self.change('high/Window.cpp', 'new PlainLabel(tr("Heading"));',
                     'new QLabel(tr("%1").arg(2)); // convention: a number is no markup')
         self.assertEqual(self.found(status=0), [])
         self.change('high/Window.cpp', 'convention: a number is no markup', 'convention:')

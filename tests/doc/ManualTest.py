@@ -35,7 +35,7 @@ REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExce
              'collectExtra'}
 # What can be chosen, or stands on the windows.
 SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',
-         'setWindowTitle', 'QLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
+         'setWindowTitle', 'PlainLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
 # They hold headings of tables and tool tips, and no messages.
 WITHOUT_MESSAGES = ('packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
