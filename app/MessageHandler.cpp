@@ -45,12 +45,12 @@ void say(const QString& text)
             break;
         }
         stuck = false;
-        const ssize_t written =
-            ::write(terminal, line.constData() + done, size_t(std::min(block, line.size() - done)));
+        const ssize_t written = ::write(terminal, line.constData() + done,
+                                        static_cast<size_t>(std::min(block, line.size() - done)));
         if (written <= 0) {
             break; // a terminal that is gone
         }
-        done += int(written);
+        done += static_cast<int>(written);
     }
 }
 

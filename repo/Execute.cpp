@@ -41,7 +41,7 @@ void report(const char* format, const char* program, int failure)
             ? snprintf(text, sizeof text, format, program, unsigned(failure), strerror(failure))
             : snprintf(text, sizeof text, format, unsigned(failure), strerror(failure));
     // Nobody is left to hear that this failed too.
-    if (write(STDERR_FILENO, text, std::min(size_t(length), sizeof text - 1)) < 0) {
+    if (write(STDERR_FILENO, text, std::min(static_cast<size_t>(length), sizeof text - 1)) < 0) {
         return;
     }
 }
@@ -82,7 +82,7 @@ void closeDescriptors()
     const rlim_t most = 65536;
     const rlim_t end = getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min(limit.rlim_cur, most) : most;
     for (unsigned fd = first; fd < end; ++fd) {
-        close(int(fd));
+        close(static_cast<int>(fd));
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-PasswdLineEdit::PasswdLineEdit(QRegExp const& expression, QWidget* parent) : PasswdEdit(parent)
+PasswdLineEdit::PasswdLineEdit(const QRegExp& expression, QWidget* parent) : PasswdEdit(parent)
 {
     mask.hideInWholeText(expression);
     setMaxLength(std::numeric_limits<int>::max());
@@ -11,7 +11,7 @@ PasswdLineEdit::PasswdLineEdit(QRegExp const& expression, QWidget* parent) : Pas
     connect(this, SIGNAL(textChanged(const QString&)), this, SLOT(handleOwnTextChanged()));
 }
 
-void PasswdLineEdit::setRealText(QString const& text)
+void PasswdLineEdit::setRealText(const QString& text)
 {
     inner->setText(text);
     takeSelection();

@@ -14,9 +14,9 @@ class PasswdLineEdit : public PasswdEdit<QLineEdit, PasswdInnerLineEdit>
 public:
     // Masks the passwords in URLs. The first capture of the expression is a password too, if the whole text
     // matches.
-    explicit PasswdLineEdit(QRegExp const& mask, QWidget* parent = nullptr);
+    explicit PasswdLineEdit(const QRegExp& mask, QWidget* parent = nullptr);
 
-    void setRealText(QString const& text);
+    void setRealText(const QString& text);
     QString realText() const;
 
 Q_SIGNALS:

@@ -6,7 +6,7 @@
 
 namespace {
 
-bool isOfVantor(QRegExp const& expression)
+bool isOfVantor(const QRegExp& expression)
 {
     return expression == Repo::Vantor::oneUrlRegExp() || expression == Repo::Vantor::urlsRegExp();
 }
@@ -15,7 +15,7 @@ bool isOfVantor(QRegExp const& expression)
 
 PasswdMask::PasswdMask(Credentials::Text textKind) : kind(textKind) {}
 
-void PasswdMask::hideInWholeText(QRegExp const& expression)
+void PasswdMask::hideInWholeText(const QRegExp& expression)
 {
     if (!isOfVantor(expression)) {
         wholeText.append(expression);
@@ -23,7 +23,7 @@ void PasswdMask::hideInWholeText(QRegExp const& expression)
     }
 }
 
-void PasswdMask::hideEverywhere(QRegExp const& expression)
+void PasswdMask::hideEverywhere(const QRegExp& expression)
 {
     if (!isOfVantor(expression)) {
         everywhere.append(expression);

@@ -21,8 +21,8 @@ public:
 
     // What else is to be hidden: the first capture of each expression is a password. The expressions of
     // Repo::Vantor match nothing else than what is hidden already, and are not tried.
-    void hideInWholeText(QRegExp const& expression); // if the whole text matches
-    void hideEverywhere(QRegExp const& expression);  // in every match within the text
+    void hideInWholeText(const QRegExp& expression); // if the whole text matches
+    void hideEverywhere(const QRegExp& expression);  // in every match within the text
 
     QString masked(const QString& text, QChar passwordCharacter) const;
     // Whether what is inserted at this place becomes a part of a password.

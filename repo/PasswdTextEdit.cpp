@@ -2,12 +2,12 @@
 
 #include <QTextCursor>
 
-PasswdTextEdit::PasswdTextEdit(QRegExp const& expression, QWidget* parent)
+PasswdTextEdit::PasswdTextEdit(const QRegExp& expression, QWidget* parent)
     : PasswdTextEdit(expression, -1, -1, parent)
 {
 }
 
-PasswdTextEdit::PasswdTextEdit(QRegExp const& expression, int columnCount, int rowCount, QWidget* parent)
+PasswdTextEdit::PasswdTextEdit(const QRegExp& expression, int columnCount, int rowCount, QWidget* parent)
     : PasswdTextEdit(PasswdMask(), columnCount, rowCount, parent)
 {
     mask.hideEverywhere(expression);
@@ -18,7 +18,7 @@ PasswdTextEdit::PasswdTextEdit(Credentials::Text kind, int columnCount, int rowC
 {
 }
 
-PasswdTextEdit::PasswdTextEdit(PasswdMask const& initialMask, int columnCount, int rowCount, QWidget* parent)
+PasswdTextEdit::PasswdTextEdit(const PasswdMask& initialMask, int columnCount, int rowCount, QWidget* parent)
     : PasswdEdit(parent, columnCount, rowCount)
 {
     mask = initialMask;
@@ -29,7 +29,7 @@ PasswdTextEdit::PasswdTextEdit(PasswdMask const& initialMask, int columnCount, i
     connect(this, SIGNAL(textChanged()), this, SLOT(handleOwnTextChanged()));
 }
 
-void PasswdTextEdit::setRealPlainText(QString const& text)
+void PasswdTextEdit::setRealPlainText(const QString& text)
 {
     inner->setPlainText(text);
     takeSelection();

@@ -15,12 +15,12 @@ class PasswdTextEdit : public PasswdEdit<HTextEdit, PasswdInnerTextEdit>
 public:
     // Masks the passwords in URLs. The first capture of the expression is a password too, in every match of
     // it.
-    explicit PasswdTextEdit(QRegExp const& mask, QWidget* parent = nullptr);
-    PasswdTextEdit(QRegExp const& mask, int columnCount, int rowCount, QWidget* parent = nullptr);
+    explicit PasswdTextEdit(const QRegExp& mask, QWidget* parent = nullptr);
+    PasswdTextEdit(const QRegExp& mask, int columnCount, int rowCount, QWidget* parent = nullptr);
     // For a text of another kind than URLs.
     PasswdTextEdit(Credentials::Text kind, int columnCount, int rowCount, QWidget* parent = nullptr);
 
-    void setRealPlainText(QString const& text);
+    void setRealPlainText(const QString& text);
     QString realPlainText() const;
 
 Q_SIGNALS:
@@ -33,7 +33,7 @@ protected:
     void insertFromMimeData(const QMimeData* source) override;
 
 private:
-    PasswdTextEdit(PasswdMask const& mask, int columnCount, int rowCount, QWidget* parent);
+    PasswdTextEdit(const PasswdMask& mask, int columnCount, int rowCount, QWidget* parent);
 
 private Q_SLOTS:
     void handleInnerTextChanged();

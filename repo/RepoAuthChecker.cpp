@@ -12,7 +12,7 @@ namespace RepoAuth {
 namespace {
 
 // False when the repository has no places for credentials.
-bool findAuth(Repo::Entry const& entry, Checker::Auth& auth)
+bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 {
     QString nameKey;
     QString passwordKey;
@@ -104,13 +104,13 @@ Checker::~Checker()
 }
 
 // A repository has one host, wherever it is told.
-QString Checker::hostOf(Repo::Entry const& entry)
+QString Checker::hostOf(const Repo::Entry& entry)
 {
     const QString host = URL::getHost(entry.baseurl);
     return host.isEmpty() ? URL::getHost(entry.mirrorlist) : host;
 }
 
-void Checker::replace(Repo::Entry& entry, Auth const& auth)
+void Checker::replace(Repo::Entry& entry, const Auth& auth)
 {
     entry.baseurl = Repo::Vantor::replaceAuth(entry.baseurl, auth.name, auth.password);
     entry.mirrorlist = Repo::Vantor::replaceAuth(entry.mirrorlist, auth.name, auth.password);

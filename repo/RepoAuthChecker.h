@@ -40,9 +40,9 @@ public:
     bool changed; // credentials were entered
 
 private:
-    static QString hostOf(Repo::Entry const& entry);
+    static QString hostOf(const Repo::Entry& entry);
     static void write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, Auth>& given);
-    static void replace(Repo::Entry& entry, Auth const& auth);
+    static void replace(Repo::Entry& entry, const Auth& auth);
 
     QPointer<Dialog> dialog; // null until first needed
 };

@@ -14,7 +14,7 @@
 #include "repo/YumConfIO.h"
 #include "widgets/HMessageBox.h"
 
-void RepoBrowse::browse(QWidget* parent, Repo::Entry const& entry, YumIO* yumIO)
+void RepoBrowse::browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO)
 {
     static const QRegularExpression whiteSpace(QStringLiteral("\\s+"));
     QStringList urls = entry.baseurl.split(whiteSpace);

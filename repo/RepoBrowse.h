@@ -24,7 +24,7 @@ public:
     // The first of the repository's URLs, or else its mirror list URL, with the package manager's variables
     // replaced by their values, and without credentials. A repository without any URL is reported over
     // `parent`.
-    static void browse(QWidget* parent, Repo::Entry const& entry, YumIO* yumIO);
+    static void browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO);
     // The first repository that has the identifier; that there is none is reported over `parent`.
     static void browse(QWidget* parent, QString id, YumIO* yumIO, YumConfIO* yumConfIO);
 

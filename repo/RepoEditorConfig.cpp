@@ -193,7 +193,7 @@ void Config::setAuthLabels(const QString& nameKey, const QString& passwordKey)
     passwordField->setAccessibleName(passwordLabel->text());
 }
 
-bool Config::showAuth(Repo::Entry const& entry)
+bool Config::showAuth(const Repo::Entry& entry)
 {
     QString nameKey;
     QString name;
@@ -208,7 +208,7 @@ bool Config::showAuth(Repo::Entry const& entry)
     return found;
 }
 
-void Config::setEntry(Repo::Entry const& entry)
+void Config::setEntry(const Repo::Entry& entry)
 {
     const QScopedValueRollback<bool> guard(updating, true);
     idField->setText(entry.id);
@@ -279,7 +279,7 @@ void Config::setFieldsEnabled(bool enabled)
     }
 }
 
-QString Config::refusal(Repo::Entry const& entry)
+QString Config::refusal(const Repo::Entry& entry)
 {
     // The package manager ignores a repository with another sign in its identifier, after it has put the
     // values of variables in. A closing bracket within even makes it give up the whole file, and other bytes

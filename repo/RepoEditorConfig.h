@@ -31,7 +31,7 @@ public:
     // Puts the form into an empty layout, which already belongs to a widget.
     explicit Config(QGridLayout* layout);
 
-    void setEntry(Repo::Entry const& entry);
+    void setEntry(const Repo::Entry& entry);
     // What a field shows in another form than it was given, and the user has not changed, is returned as it
     // was given.
     Repo::Entry toEntry() const;
@@ -65,12 +65,12 @@ private:
 
     Repo::Entry fieldsToEntry() const;
     // Why it cannot be written; empty when it can.
-    static QString refusal(Repo::Entry const& entry);
+    static QString refusal(const Repo::Entry& entry);
     // All but those of the credentials.
     void setFieldsEnabled(bool enabled);
     // Shows the credentials of the URLs in their fields; returns whether the URLs are of the kind that
     // carries some.
-    bool showAuth(Repo::Entry const& entry);
+    bool showAuth(const Repo::Entry& entry);
     void setAuthLabels(const QString& nameKey, const QString& passwordKey);
 
     bool updating; // the form itself fills its fields

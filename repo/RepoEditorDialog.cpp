@@ -123,7 +123,7 @@ int Dialog::exec()
     setModal(true);
     show();
     // The base class would wait for a window to be closed that is not there.
-    return isVisible() ? HDialog::exec() : int(Rejected);
+    return isVisible() ? HDialog::exec() : static_cast<int>(Rejected);
 }
 
 void Dialog::setVisible(bool visible)

@@ -68,22 +68,22 @@ int Model::columnCount(const QModelIndex&) const
     return ColumnCount;
 }
 
-bool Model::hasEntry(QModelIndex const& index) const
+bool Model::hasEntry(const QModelIndex& index) const
 {
     return index.isValid() && index.row() < yumConfIO->entries.size();
 }
 
-bool Model::isUsed(Repo::Entry const& entry) const
+bool Model::isUsed(const Repo::Entry& entry) const
 {
     return yumConfIO->sessionEnabled[entry.id];
 }
 
-bool Model::isEnabled(Repo::Entry const& entry) const
+bool Model::isEnabled(const Repo::Entry& entry) const
 {
     return entry.enabled == Qt::Checked || (entry.enabled == Qt::PartiallyChecked && yumConfIO->enabled);
 }
 
-bool Model::isTicked(QModelIndex const& index) const
+bool Model::isTicked(const QModelIndex& index) const
 {
     if (!hasEntry(index)) {
         return false;
@@ -151,13 +151,13 @@ QVariant Model::headerData(int section, Qt::Orientation orientation, int role) c
     }
 }
 
-void Model::setViewFont(QFont const& font)
+void Model::setViewFont(const QFont& font)
 {
     italicFont = font;
     italicFont.setItalic(true);
 }
 
-int Model::addRow(Repo::Entry const& entry)
+int Model::addRow(const Repo::Entry& entry)
 {
     const int row = yumConfIO->entries.size();
     beginInsertRows(QModelIndex(), row, row);
@@ -166,7 +166,7 @@ int Model::addRow(Repo::Entry const& entry)
     return row;
 }
 
-bool Model::removeRow(int row, QModelIndex const& parent)
+bool Model::removeRow(int row, const QModelIndex& parent)
 {
     if (row < 0 || row >= rowCount(parent)) {
         return false;
@@ -193,7 +193,7 @@ void Model::dataChanged(int row)
     Q_EMIT dataChanged(createIndex(row, SessionColumn), createIndex(row, NameColumn));
 }
 
-void Model::toggleUse(QModelIndex const& index)
+void Model::toggleUse(const QModelIndex& index)
 {
     if (!hasEntry(index)) {
         return;
@@ -205,7 +205,7 @@ void Model::toggleUse(QModelIndex const& index)
     Q_EMIT useChanged();
 }
 
-void Model::toggleEnabled(QModelIndex const& index)
+void Model::toggleEnabled(const QModelIndex& index)
 {
     if (!hasEntry(index)) {
         return;
@@ -217,7 +217,7 @@ void Model::toggleEnabled(QModelIndex const& index)
     Q_EMIT configChanged();
 }
 
-void Model::browse(QModelIndex const& index, QWidget* window)
+void Model::browse(const QModelIndex& index, QWidget* window)
 {
     // The bound is the number of packages.
     if (hasEntry(index) && yumIO && index.row() < yumIO->count()) {

@@ -39,15 +39,15 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
     // Whether the repository is used in the session, or enabled, by the index's column.
-    bool isTicked(QModelIndex const& index) const;
+    bool isTicked(const QModelIndex& index) const;
 
     // The font of the view; new repositories are shown in its italics.
-    void setViewFont(QFont const& font);
+    void setViewFont(const QFont& font);
 
     // Appends; returns the new row.
-    int addRow(Repo::Entry const& entry);
+    int addRow(const Repo::Entry& entry);
     // False when there is no such row.
-    bool removeRow(int row, QModelIndex const& parent = QModelIndex());
+    bool removeRow(int row, const QModelIndex& parent = QModelIndex());
     void reset();
 
     using HAbstractTableModel::createIndex;
@@ -58,11 +58,11 @@ public:
     void dataChanged(int row);
 
     // Whether the repository is used in this session.
-    void toggleUse(QModelIndex const& index);
+    void toggleUse(const QModelIndex& index);
     // Whether its configuration enables it; the first call inverts what shows.
-    void toggleEnabled(QModelIndex const& index);
+    void toggleEnabled(const QModelIndex& index);
     // In the user's web browser; messages are shown over `window`.
-    void browse(QModelIndex const& index, QWidget* window);
+    void browse(const QModelIndex& index, QWidget* window);
 
 Q_SIGNALS:
     void useChanged();
@@ -70,9 +70,9 @@ Q_SIGNALS:
 
 private:
     // The view may ask for rows that are gone already.
-    bool hasEntry(QModelIndex const& index) const;
-    bool isUsed(Repo::Entry const& entry) const;
-    bool isEnabled(Repo::Entry const& entry) const;
+    bool hasEntry(const QModelIndex& index) const;
+    bool isUsed(const Repo::Entry& entry) const;
+    bool isEnabled(const Repo::Entry& entry) const;
 
     QPointer<YumIO> yumIO;
     YumConfIO* yumConfIO;

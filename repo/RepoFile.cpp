@@ -78,7 +78,7 @@ int largestSection(const QByteArray& text)
 
 FileNumber numberOf(const struct stat& status)
 {
-    return {quint64(status.st_dev), quint64(status.st_ino)};
+    return {static_cast<quint64>(status.st_dev), static_cast<quint64>(status.st_ino)};
 }
 
 QString canonicalPath(const QString& path)
@@ -172,10 +172,10 @@ bool File::load(const QString& path)
     // The size is not to be relied on: files of the system's own have none, and some no end.
     for (;;) {
         const int filled = bytes.size();
-        const int wanted = filled == 0 ? int(status.st_size) + 1 : 1 << 16;
+        const int wanted = filled == 0 ? static_cast<int>(status.st_size) + 1 : 1 << 16;
         bytes.resize(filled + wanted);
-        const ssize_t got = ::read(file.get(), bytes.data() + filled, size_t(wanted));
-        bytes.resize(filled + std::max(0, int(got)));
+        const ssize_t got = ::read(file.get(), bytes.data() + filled, static_cast<size_t>(wanted));
+        bytes.resize(filled + std::max(0, static_cast<int>(got)));
         if (got == 0) {
             return true;
         }

@@ -40,7 +40,7 @@ bool needsProtection(QChar character)
     return special.contains(character) || (character.unicode() <= 0xff && character.isSpace());
 }
 
-QString httpProtect(QString const& text)
+QString httpProtect(const QString& text)
 {
     QString result;
     for (const QChar character : text) {
@@ -56,7 +56,7 @@ QString httpProtect(QString const& text)
     return result;
 }
 
-QString httpUnprotect(QString const& text)
+QString httpUnprotect(const QString& text)
 {
     QString result;
     for (int i = 0; i < text.size(); ++i) {
@@ -74,7 +74,7 @@ QString httpUnprotect(QString const& text)
 }
 
 // The text from `position` up to `mark`, behind which `position` is left. False when there is no mark.
-bool takeUntil(QString const& text, QLatin1String mark, int& position, QString& piece)
+bool takeUntil(const QString& text, QLatin1String mark, int& position, QString& piece)
 {
     const int end = text.indexOf(mark, position);
     if (end < 0) {
@@ -90,7 +90,7 @@ bool takeUntil(QString const& text, QLatin1String mark, int& position, QString& 
 namespace Repo {
 namespace Vantor {
 
-bool getAuth(QString const& url, QString& nameKey, QString& name, QString& passwordKey, QString& password)
+bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password)
 {
     int position = 0;
     QString before;
@@ -105,15 +105,15 @@ bool getAuth(QString const& url, QString& nameKey, QString& name, QString& passw
     return found;
 }
 
-bool getAuth(Repo::Entry const& entry, QString& nameKey, QString& name, QString& passwordKey,
+bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password)
 {
     return getAuth(entry.baseurl, nameKey, name, passwordKey, password) ||
            getAuth(entry.mirrorlist, nameKey, name, passwordKey, password);
 }
 
-QString replaceAuth(QString const& url, QString const& nameKey, QString const& name,
-                    QString const& passwordKey, QString const& password)
+QString replaceAuth(const QString& url, const QString& nameKey, const QString& name,
+                    const QString& passwordKey, const QString& password)
 {
     const QString replacement = schemeMark + httpProtect(nameKey) + QLatin1Char('=') + httpProtect(name) +
                                 QLatin1Char('&') + httpProtect(passwordKey) + QLatin1Char('=') +
@@ -128,7 +128,7 @@ QString replaceAuth(QString const& url, QString const& nameKey, QString const& n
     return result + url.midRef(kept);
 }
 
-QString replaceAuth(QString const& url, QString const& name, QString const& password)
+QString replaceAuth(const QString& url, const QString& name, const QString& password)
 {
     QString nameKey;
     QString oldName;
@@ -140,7 +140,7 @@ QString replaceAuth(QString const& url, QString const& name, QString const& pass
     return replaceAuth(url, nameKey, name, passwordKey, password);
 }
 
-QString replaceAuth(QString const& url, QString const& password)
+QString replaceAuth(const QString& url, const QString& password)
 {
     QString nameKey;
     QString name;

@@ -17,18 +17,18 @@ namespace Vantor {
 
 // Finds the first such URL in a text, which may be a list of URLs, and gives its four pieces, decoded. False,
 // with all four empty, when there is none.
-bool getAuth(QString const& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
+bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
 // Looks into the URLs of a repository and, if they are of another kind, into its mirror list URL.
-bool getAuth(Repo::Entry const& entry, QString& nameKey, QString& name, QString& passwordKey,
+bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password);
 
 // The text with the given pieces put into every such URL in it.
-QString replaceAuth(QString const& url, QString const& nameKey, QString const& name,
-                    QString const& passwordKey, QString const& password);
+QString replaceAuth(const QString& url, const QString& nameKey, const QString& name,
+                    const QString& passwordKey, const QString& password);
 // The same with the keys that getAuth() finds.
-QString replaceAuth(QString const& url, QString const& name, QString const& password);
+QString replaceAuth(const QString& url, const QString& name, const QString& password);
 // The same with the keys and the name that getAuth() finds.
-QString replaceAuth(QString const& url, QString const& password);
+QString replaceAuth(const QString& url, const QString& password);
 
 // The scheme as expressions, for the masking edits and for anyone who compares; what finds credentials in
 // texts of any length is Credentials. Both of these have the password as the first capture: of a text that is

@@ -48,7 +48,7 @@ int makeHelper(int directory, const QByteArray& name, const char* mark, QByteArr
         // Names may have 255 bytes.
         made = "." + name.left(200) + mark;
         for (int i = 0; i < 6; ++i) {
-            made += letters[QRandomGenerator::global()->bounded(int(sizeof letters) - 1)];
+            made += letters[QRandomGenerator::global()->bounded(static_cast<int>(sizeof letters) - 1)];
         }
         const int number = openat(directory, made.constData(),
                                   O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
@@ -67,14 +67,14 @@ bool writeAll(int number, const QByteArray& text)
 {
     for (int written = 0; written < text.size();) {
         const ssize_t done =
-            pwrite(number, text.constData() + written, size_t(text.size() - written), written);
+            pwrite(number, text.constData() + written, static_cast<size_t>(text.size() - written), written);
         if (done < 0 && errno == EINTR) {
             continue;
         }
         if (done <= 0) {
             return false;
         }
-        written += int(done);
+        written += static_cast<int>(done);
     }
     return true;
 }
@@ -92,7 +92,7 @@ bool readAll(int number, QByteArray& content)
         if (got <= 0 || content.size() > repositoryFileLimit) {
             return got == 0;
         }
-        content.append(block, int(got));
+        content.append(block, static_cast<int>(got));
     }
 }
 
@@ -104,29 +104,31 @@ bool copyAttributes(int from, int to)
     if (size <= 0) {
         return size == 0 || errno == ENOTSUP;
     }
-    QByteArray names(int(size), '\0');
-    const ssize_t listed = flistxattr(from, names.data(), size_t(size));
+    QByteArray names(static_cast<int>(size), '\0');
+    const ssize_t listed = flistxattr(from, names.data(), static_cast<size_t>(size));
     if (listed < 0) {
         return false;
     }
-    names.truncate(int(listed));
+    names.truncate(static_cast<int>(listed));
     for (const QByteArray& each : names.split('\0')) {
         // The last two are the kernel's own sums of what a file holds.
         if (each.isEmpty() || each == "security.ima" || each == "security.evm") {
             continue;
         }
         QByteArray value(1 << 16, '\0');
-        const ssize_t length = fgetxattr(from, each.constData(), value.data(), size_t(value.size()));
+        const ssize_t length =
+            fgetxattr(from, each.constData(), value.data(), static_cast<size_t>(value.size()));
         if (length < 0) {
             return false;
         }
-        value.truncate(int(length));
+        value.truncate(static_cast<int>(length));
         QByteArray present(1 << 16, '\0');
-        const ssize_t found = fgetxattr(to, each.constData(), present.data(), size_t(present.size()));
-        if (found == length && present.left(int(found)) == value) {
+        const ssize_t found =
+            fgetxattr(to, each.constData(), present.data(), static_cast<size_t>(present.size()));
+        if (found == length && present.left(static_cast<int>(found)) == value) {
             continue;
         }
-        if (fsetxattr(to, each.constData(), value.constData(), size_t(value.size()), 0) != 0) {
+        if (fsetxattr(to, each.constData(), value.constData(), static_cast<size_t>(value.size()), 0) != 0) {
             return false;
         }
     }
@@ -258,7 +260,7 @@ bool SafeFile::replace(const QString& path, const QByteArray& expected, const QB
     }
     newMode = before.st_mode & 07777;
     if (!others && (newMode & 07) != 0) {
-        newMode &= ~mode_t(07);
+        newMode &= ~static_cast<mode_t>(07);
         takenRights = true;
     }
     inPlace = before.st_nlink > 1;
@@ -301,11 +303,11 @@ bool SafeFile::sync(const std::vector<std::unique_ptr<SafeFile>>& files)
         }
         struct stat status;
         if (files.size() > fewFiles && fstat(file->temporaryNumber, &status) == 0) {
-            if (!devices.contains(quint64(status.st_dev))) {
+            if (!devices.contains(static_cast<quint64>(status.st_dev))) {
                 if (syncfs(file->temporaryNumber) != 0) {
                     return false;
                 }
-                devices.insert(quint64(status.st_dev));
+                devices.insert(static_cast<quint64>(status.st_dev));
             }
             file->synced = true;
         }

@@ -34,7 +34,7 @@ class YumConfIO : public QObject
 
 public:
     // Both are kept by reference and must outlive this object. Nothing is read yet.
-    YumConfIO(QList<YumRepoEnabled> const& requests, QHash<QString, bool>& session);
+    YumConfIO(const QList<YumRepoEnabled>& requests, QHash<QString, bool>& session);
     ~YumConfIO() override;
 
     // The path of the main configuration file, looked up afresh: the first of /etc/yum/yum.conf,
@@ -75,7 +75,7 @@ public:
     // All repositories, in reading order.
     QList<Repo::Entry> entries;
 
-    QList<YumRepoEnabled> const& enableRequests;
+    const QList<YumRepoEnabled>& enableRequests;
     // From identifier to whether the repository is used in this run, whatever the files say.
     QHash<QString, bool>& sessionEnabled;
 

@@ -80,8 +80,8 @@ void OutputPump::fill(Way& way)
     const int old = way.waiting.size();
     way.waiting.resize(old + (count > 0 ? count : blockSize));
     const ssize_t got =
-        read(way.channel.from.get(), way.waiting.data() + old, size_t(way.waiting.size() - old));
-    way.waiting.resize(old + (got > 0 ? int(got) : 0));
+        read(way.channel.from.get(), way.waiting.data() + old, static_cast<size_t>(way.waiting.size() - old));
+    way.waiting.resize(old + (got > 0 ? static_cast<int>(got) : 0));
     if (countWaiting(way) > mostBytes) {
         way.waiting.resize(old);
         if (!way.leftOut) {
@@ -98,10 +98,10 @@ void OutputPump::fill(Way& way)
 
 void OutputPump::drain(Way& way)
 {
-    const ssize_t put =
-        write(way.channel.to.get(), way.waiting.constData() + way.done, size_t(countWaiting(way)));
+    const ssize_t put = write(way.channel.to.get(), way.waiting.constData() + way.done,
+                              static_cast<size_t>(countWaiting(way)));
     if (put > 0) {
-        way.done += int(put);
+        way.done += static_cast<int>(put);
     } else if (put < 0 && errno != EAGAIN && errno != EINTR) {
         // The reader is gone. The output is dropped, so that the writers can go on.
         way.done = way.waiting.size();

@@ -282,8 +282,8 @@ void appendLines(const QString& text, const Credentials::Place& place, QVector<C
 {
     int begin = place.begin;
     while (begin <= place.end()) {
-        const int end = int(std::find(text.begin() + begin, text.begin() + place.end(), QLatin1Char('\n')) -
-                            text.begin());
+        const int end = static_cast<int>(
+            std::find(text.begin() + begin, text.begin() + place.end(), QLatin1Char('\n')) - text.begin());
         if (begin > place.begin) {
             while (begin < end && isBlank(text.at(begin))) {
                 ++begin;

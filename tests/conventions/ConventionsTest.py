@@ -185,6 +185,23 @@ class ConventionsTest(unittest.TestCase):
         self.write('low/Thing.cpp', '#include <QLabel>\n\n#include "low/Thing.h"\n')
         self.assertEqual(self.found(), ['low/Thing.cpp:1: the first include is not "low/Thing.h"'])
 
+    def test_diagram_of_the_folders(self):
+        self.write('docs/architecture.md', 'The links:\n\n```mermaid\nflowchart TD\n    high --> low\n```\n')
+        self.assertEqual(self.found(status=0), [])
+        differ = 'docs/architecture.md:3: the diagram and the build file differ: '
+        self.change('docs/architecture.md', 'high --> low', 'low --> high')
+        self.assertEqual(self.found(), [differ + 'high --> low', differ + 'low --> high'])
+        self.write('docs/architecture.md', 'No links.\n')
+        self.assertEqual(self.found(), ['docs/architecture.md:1: the diagram of the folders is missing'])
+
+    def test_const_behind_its_type(self):
+        self.change('high/Window.cpp', 'const QString& text', 'QList<QString> const& text')
+        self.assertEqual(self.found(), ['high/Window.cpp:3: the type stands before "const": write "const X&"'])
+
+    def test_number_of_another_type(self):
+        self.change('high/Window.cpp', 'Q_EMIT filled();', 'Q_EMIT filled(int(sizeof text));')
+        self.assertEqual(self.found(), ['high/Window.cpp:13: write static_cast<int>(...)'])
+
     def test_source_that_is_not_built(self):
         self.change('low/CMakeLists.txt', 'Thing.cpp', '# Thing.cpp')
         self.assertEqual(self.found(), ['low/Thing.cpp:1: low/CMakeLists.txt does not name it'])

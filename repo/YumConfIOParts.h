@@ -1,0 +1,47 @@
+// What the sources of YumConfIO have in common; nobody else includes it.
+//
+// Graphical thread.
+
+#ifndef REPO_YUMCONFIOPARTS_H
+#define REPO_YUMCONFIOPARTS_H
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include "repo/RepoEntry.h"
+#include "widgets/HMessageBox.h"
+
+namespace YumConfIOParts {
+
+inline QStringList identifiersOf(const QList<Repo::Entry>& sections)
+{
+    QStringList result;
+    for (const Repo::Entry& section : sections) {
+        result.append(section.id);
+    }
+    result.sort();
+    return result;
+}
+
+inline QString directoryOf(const QString& path)
+{
+    const int slash = path.lastIndexOf(QLatin1Char('/'));
+    return slash < 0 ? QStringLiteral(".") : slash == 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+// The text may come from a file: it is never taken as rich text.
+inline QMessageBox::StandardButton showBox(QWidget* parent, const QString& title, const QString& text,
+                                           QMessageBox::StandardButtons buttons,
+                                           QMessageBox::StandardButton preferred,
+                                           QMessageBox::Icon icon = QMessageBox::Critical)
+{
+    HMessageBox box(icon, title, text, buttons, parent);
+    box.setDefaultButton(preferred);
+    box.setEscapeButton(preferred);
+    return static_cast<QMessageBox::StandardButton>(box.exec());
+}
+
+} // namespace YumConfIOParts
+
+#endif
