@@ -1,0 +1,199 @@
+#!/usr/bin/python3
+"""A script or a configuration that cannot be read is reported."""
+import os
+import shutil
+import socket
+import subprocess
+
+import journey
+from journey import driver
+from trouble import StartTest, YUM_ERROR
+
+EDITOR_ERROR = 'VYRE Repository Editor Error'
+UNEXPECTED = ('Internal error: python exception occurred from C code.\n'
+              'When reporting this issue, please include the contents of the\n'
+              'Log window, which should contain a walkback.')
+# What a plug-in of dnf writes below.
+COMPLETIONS = '/var/cache/dnf'
+
+
+class ScriptTest(StartTest):
+    """The script of the share directory is not what it should be: the program tells, and ends."""
+
+    def check_ends(self, content, messages, *complaints):
+        share = os.path.join(self.scratch, 'share')
+        shutil.copytree(driver.SHARE, share)
+        script = os.path.join(share, 'python', 'YumIO.py')
+        os.unlink(script)
+        if content is not None:
+            with open(script, 'w') as stream:
+                stream.write(content)
+        with self.program(environment={'VYRESHARE': share}) as program:
+            for text in messages:
+                self.assertEqual(self.message(program, YUM_ERROR), text)
+            self.assertEqual(program.wait(), 0)
+            for text in complaints:
+                self.assertIn(text, program.complaints())
+            if not complaints:
+                self.assertEqual(program.complaints(), '')
+            self.assertEqual(self.locks(), [])
+            self.assertEqual(program.left_over(), [])
+
+    def test_missing(self):
+        self.check_ends(None, ['Internal error: unable to open YumIO.py'])
+
+    def test_empty(self):
+        self.check_ends('', ['Internal error: cannot find python YumIO'])
+
+    def test_syntax_error(self):
+        self.check_ends('def broken(:\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
+                        'File "YumIO.py", line 1', 'SyntaxError')
+
+    def test_exception_while_it_is_read(self):
+        self.check_ends('raise RuntimeError("the reason")\n',
+                        [UNEXPECTED, 'Internal error: unable to execute YumIO.py'], 'RuntimeError: the reason')
+
+    def test_missing_module(self):
+        self.check_ends('import no_such_module\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
+                        'No module named \'no_such_module\'')
+
+    def test_exit_while_it_is_read(self):
+        self.check_ends('import sys\nsys.exit(3)\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
+                        'SystemExit: 3')
+
+    def test_exit_while_the_object_is_made(self):
+        self.check_ends('import sys, yumIOC\n'
+                        'class YumIO:\n'
+                        '    def __init__(self):\n'
+                        '        yumIOC.errorlog(0, "the reason")\n'
+                        '        sys.exit(3)\n', ['the reason\nUnable to initialize'])
+
+    def test_exception_while_the_object_is_made(self):
+        self.check_ends('class YumIO:\n'
+                        '    def __init__(self):\n'
+                        '        raise ValueError("the reason")\n',
+                        [UNEXPECTED, 'Internal error: cannot create python yumIO'], 'ValueError: the reason')
+
+    def test_object_without_a_base(self):
+        self.check_ends('class YumIO:\n    pass\n', [UNEXPECTED, 'Internal error: yumIO.base not evaluable'],
+                        'AttributeError')
+
+
+class ConfigurationTest(StartTest):
+    """Configuration files that cannot be read. The package manager makes of them what it can."""
+
+    def setUp(self):
+        super().setUp()
+        # Without options, the plug-ins of this system are loaded: with-display has put another directory in its place.
+        possible = subprocess.call(['unshare', '--mount', 'true'], stderr=subprocess.DEVNULL) == 0
+        if possible and os.path.isdir(COMPLETIONS):
+            self.assertTrue(os.path.ismount(COMPLETIONS))
+
+    def check_message(self, text, path, number, explanation):
+        with self.program() as program:
+            self.assertEqual(self.message(program, EDITOR_ERROR),
+                             '{} {}; errno = {} ({}).'.format(text, path, number, explanation))
+            window = program.ready()
+            self.check_usable(window)
+            self.quit(window)
+
+    def test_no_main_file(self):
+        path = self.path('etc/yum.conf')
+        os.unlink(path)
+        self.check_message('Unable to read yum configuration file', path, 2, 'No such file or directory')
+
+    def test_main_file_is_a_directory(self):
+        path = self.path('etc/yum.conf')
+        os.unlink(path)
+        os.mkdir(path)
+        self.check_message('Error reading repository configuration file', path, 21, 'Is a directory')
+
+    def test_main_file_may_not_be_read(self):
+        path = self.path('etc/yum.conf')
+        os.chmod(path, 0)
+        with self.unprivileged():
+            self.check_message('Unable to read yum configuration file', path, 13, 'Permission denied')
+
+    def test_malformed_section_in_the_main_file(self):
+        self.write('etc/yum.conf', '[main]\ngpgcheck=0\n\n[nonsense\n')
+        self.check_message('Malformed section name in line:', '[nonsense', 0, 'Success')
+
+    def test_malformed_section_in_a_repository_file(self):
+        self.write('etc/yum.repos.d/broken.repo', '[broken\nname=Broken\nbaseurl=file:///nonexistent/\n')
+        self.check_message('Malformed section name in line:', '[broken', 0, 'Success')
+
+    def test_malformed_section_with_markup_is_shown_as_it_is(self):
+        self.write('etc/yum.repos.d/broken.repo', '[<b>bold</b> & <img src=x>\n')
+        self.check_message('Malformed section name in line:', '[<b>bold</b> & <img src=x>', 0, 'Success')
+
+    def check_left_alone(self, path, reason):
+        with self.program() as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.assertEqual(self.read_log(window).count('{} is left alone: {}.'.format(path, reason)), 1)
+            self.quit(window)
+        self.assertTrue(os.path.lexists(path))
+
+    def test_repository_file_leads_nowhere(self):
+        path = self.path('etc/yum.repos.d/broken.repo')
+        os.symlink('/nonexistent/file', path)
+        self.check_left_alone(path, 'it is a link that leads nowhere')
+
+    def test_repository_file_leads_to_itself(self):
+        path = self.path('etc/yum.repos.d/broken.repo')
+        os.symlink('broken.repo', path)
+        self.check_left_alone(path, 'it is a link that leads nowhere')
+
+    def test_repository_file_is_a_pipe(self):
+        path = self.path('etc/yum.repos.d/broken.repo')
+        os.mkfifo(path)
+        self.check_left_alone(path, 'it is not a regular file')
+
+    def test_repository_file_is_a_socket(self):
+        path = self.path('etc/yum.repos.d/broken.repo')
+        made = socket.socket(socket.AF_UNIX)
+        self.addCleanup(made.close)
+        # The name of a socket has to be short.
+        short = os.open(os.path.dirname(path), os.O_PATH)
+        self.addCleanup(os.close, short)
+        made.bind('/proc/self/fd/{}/broken.repo'.format(short))
+        self.check_left_alone(path, 'it is not a regular file')
+
+    def test_repository_file_may_not_be_read(self):
+        path = self.write('etc/yum.repos.d/broken.repo', '[broken]\nenabled=0\n')
+        os.chmod(path, 0)
+        with self.unprivileged():
+            self.check_message('Unable to read repository configuration file', path, 13, 'Permission denied')
+
+    def test_repository_file_fails_while_it_is_read(self):
+        path = self.path('etc/yum.repos.d/broken.repo')
+        os.symlink('/proc/self/mem', path)
+        self.check_message('Error reading repository configuration file', path, 5, 'Input/output error')
+
+    def test_directory_with_the_name_of_a_repository_file(self):
+        os.mkdir(self.path('etc/yum.repos.d/directory.repo'))
+        with self.program() as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.quit(window)
+
+    def test_nonsense(self):
+        with open(self.path('etc/yum.repos.d/nonsense.repo'), 'wb') as stream:
+            stream.write(bytes(byte for byte in range(256) if byte != ord('[')) * 100)
+        with self.program() as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.assertIn('nonsense.repo', self.read_log(window))
+            self.quit(window)
+
+    def test_main_file_that_the_package_manager_does_not_understand(self):
+        path = self.write('etc/yum.conf', 'nonsense\n')
+        with self.program() as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.assertIn('Unable to use the configuration file ' + path, self.read_log(window))
+            self.quit(window)
+
+
+if __name__ == '__main__':
+    journey.main()

@@ -1,0 +1,242 @@
+#!/usr/bin/python3
+"""Repositories that are missing, cannot be reached or serve nonsense are reported."""
+import os
+import shutil
+
+import journey
+from journey import driver
+from trouble import REPOMD, StartTest, YUM_ERROR
+
+import metadata
+from vyresandbox import needs_groups, server
+
+ADVICE = '\nUnder the Repositories menu, Edit Configuration can be used to configure repositories.'
+
+
+class RepositoriesTest(StartTest):
+
+    def add(self, name, **options):
+        return self.write('etc/yum.repos.d/{}.repo'.format(name), '[{}]\nname={}\nenabled=1\n{}'.format(
+            name, name, ''.join('{}={}\n'.format(*option) for option in options.items())))
+
+    def test_none_is_configured(self):
+        directory = self.path('etc/yum.repos.d')
+        shutil.rmtree(directory)
+        os.mkdir(directory)
+        with self.program() as program:
+            text = self.message(program, YUM_ERROR)
+            self.assertEqual(text, 'No repositories are configured.' + ADVICE)
+            window = program.ready()
+            self.check_nothing_listed(window)
+            self.assertIn('No repositories are configured.', self.read_log(window))
+            self.sandbox.write_repository_files()
+            self.check_refresh_helps(window)
+            self.quit(window)
+
+    def test_none_is_enabled(self):
+        with self.program('--disablerepo=*') as program:
+            text = self.message(program, YUM_ERROR)
+            self.assertEqual(text, 'No repositories are enabled.' + ADVICE)
+            window = program.ready()
+            self.check_nothing_listed(window)
+            self.assertIn('No repositories are enabled.', self.read_log(window))
+            # The patterns of the command line count for the whole session.
+            window.click_button('Refresh')
+            self.message(program, YUM_ERROR, 'No repositories are enabled.')
+            self.check_nothing_listed(window)
+            self.quit(window)
+
+    def test_unreachable_repository_that_may_be_skipped(self):
+        with self.program() as program:
+            window = program.ready()
+            self.check_usable(window)
+            log = self.read_log(window)
+            for text in ("Failed to download metadata for repo 'sandbox-unreachable'",
+                         'Ignoring repositories: sandbox-unreachable'):
+                self.assertIn(text, log)
+            self.quit(window)
+
+    def test_unreachable_repository_that_is_needed(self):
+        path = self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
+        with self.program() as program:
+            self.message(program, YUM_ERROR, "Failed to download metadata for repo 'gone'", '\nUnable to initialize')
+            window = program.ready()
+            self.check_nothing_listed(window)
+            self.assertIn('Unable to initialize', self.read_log(window))
+            os.unlink(path)
+            self.check_refresh_helps(window)
+            self.quit(window)
+
+    def test_unreachable_repository_is_of_no_account_when_disabled(self):
+        self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
+        with self.program('--disablerepo=gone') as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.assertNotIn("'gone'", self.read_log(window))
+            self.quit(window)
+
+    def test_repository_without_an_address(self):
+        path = self.add('nowhere')
+        with self.program() as program:
+            self.message(program, YUM_ERROR, 'nowhere', '\nUnable to initialize')
+            window = program.ready()
+            self.check_nothing_listed(window)
+            os.unlink(path)
+            self.check_refresh_helps(window)
+            self.quit(window)
+
+    # Patterns of the command line
+
+    def check_listed_repositories(self, arguments, repositories):
+        """The packages that can be installed or updated come from these repositories."""
+        with self.subTest(arguments=arguments), self.program('-sa', *arguments) as program:
+            window = program.ready()
+            found = {row[2] for row in window.rows()}
+            self.assertEqual(found - {'@System', ''}, set(repositories))
+            self.quit(window)
+
+    def test_patterns(self):
+        usual = ['sandbox-http', 'sandbox-updates', 'sandbox-signed', 'sandbox-file']
+        for arguments, repositories in (
+                ([], usual),
+                (['--enablerepo=sandbox-disabled'], usual + ['sandbox-disabled']),
+                (['--enablerepo', '*-disabled'], usual + ['sandbox-disabled']),
+                (['--enable=sandbox-d?sabled'], usual + ['sandbox-disabled']),
+                (['--disablerepo=sandbox-[hu]*'], ['sandbox-signed', 'sandbox-file']),
+                (['--disablerepo=*', '--enablerepo=sandbox-file'], ['sandbox-file']),
+                (['--disablerepo=sandbox-http', '--disablerepo=sandbox-signed'], ['sandbox-updates', 'sandbox-file']),
+                # The last one that matches counts.
+                (['--enablerepo=sandbox-file', '--disablerepo=*', '--enablerepo=sandbox-u*'], ['sandbox-updates']),
+                # A pattern is compared with the whole name, and with its case.
+                (['--disablerepo=sandbox', '--disablerepo=http', '--disablerepo=SANDBOX-*'], usual),
+                (['--disablerepo=', '--enablerepo=nonsense', '--disablerepo=sandbox-http|sandbox-file'], usual)):
+            self.check_listed_repositories(arguments, repositories)
+
+
+class MetadataTest(StartTest):
+
+    def check_fails(self, mend, *texts):
+        with self.program() as program:
+            self.message(program, YUM_ERROR, '\nUnable to initialize', *texts)
+            window = program.ready()
+            self.check_nothing_listed(window)
+            self.assertIn('Unable to initialize', self.read_log(window))
+            mend()
+            self.check_refresh_helps(window)
+            self.quit(window)
+
+    def check_fault(self, path, fault, *texts):
+        self.sandbox.clear_cache()
+        shutil.rmtree(self.path('var/cache/yum'), ignore_errors=True)
+        self.sandbox.server.faults[path] = fault
+        self.check_fails(lambda: self.sandbox.server.faults.pop(path), "repo 'sandbox-http'", *texts)
+
+    def test_cut_off(self):
+        self.check_fault(REPOMD, server.truncated(100), 'partial file')
+
+    def test_nonsense(self):
+        self.check_fault(REPOMD, server.corrupted(), 'repomd.xml parser error')
+
+    def test_not_found(self):
+        self.check_fault(REPOMD, server.status(404), '404')
+
+    def test_server_error(self):
+        self.check_fault(REPOMD, server.status(503), '503')
+
+    def test_list_of_packages_is_not_the_one_announced(self):
+        directory = os.path.join(self.sandbox.repository('sandbox-http'), 'repodata')
+        name, = [name for name in os.listdir(directory) if 'primary.xml' in name]
+        self.check_fault('/sandbox-http/repodata/' + name, server.corrupted(), "checksum doesn't match")
+
+    def test_directory_without_metadata(self):
+        directory = os.path.join(self.sandbox.repository('sandbox-file'), 'repodata')
+        os.rename(directory, directory + '.away')
+        self.check_fails(lambda: os.rename(directory + '.away', directory), "repo 'sandbox-file'")
+
+    def test_file_lists_that_end_too_early(self):
+        metadata.alter(self.sandbox.repository('sandbox-file'), 'filelists', metadata.half)
+        with self.program() as program:
+            self.message(program, 'VYRE Yum Warning',
+                         'The filelists metadata of the repository sandbox-file are damaged: ',
+                         '\nFiles or changes of its packages are missing', picture='damaged-metadata')
+            window = program.ready()
+            self.check_usable(window)
+            self.check_usable(window, 'corkboard')
+            window.click_button('Refresh')
+            self.check_usable(window)
+            self.assertEqual(program.titles(), [driver.main_title()])
+            self.quit(window)
+
+    def test_packages_that_are_something_else(self):
+        repository = self.sandbox.repository('sandbox-file')
+        shutil.copytree(repository, repository + '.away')
+        metadata.alter(repository, 'primary', metadata.page)
+
+        def mend():
+            shutil.rmtree(repository)
+            os.rename(repository + '.away', repository)
+            shutil.rmtree(self.path('var/cache/yum'))
+        self.check_fails(mend, 'The primary metadata of the repository sandbox-file are damaged: '
+                         '"html" where "metadata" is expected')
+
+    def test_modules_that_are_no_modules(self):
+        """The package manager itself does not survive them."""
+        metadata.add_modules(self.sandbox.repository('sandbox-file'), 'nonsense\n' * 100, self.scratch)
+        with self.program() as program:
+            self.message(program, 'VYRE Yum Warning',
+                         'The modules metadata of the repository sandbox-file are damaged: ',
+                         '\nThe repository is left out.')
+            window = program.ready()
+            self.check_usable(window)
+            self.assertNotIn('corkboard', window.names())
+            driver.key('ctrl+q')
+            self.assertEqual(program.wait(), 0)
+
+    @needs_groups
+    def test_damaged_history(self):
+        """One message for all groups, which are listed all the same."""
+        path = self.path('var/lib/dnf/history.sqlite')
+        for name in os.listdir(os.path.dirname(path)):
+            if name.startswith('history.sqlite-'):
+                os.unlink(os.path.join(os.path.dirname(path), name))
+        self.write('var/lib/dnf/history.sqlite', 'nonsense' * 10000)
+        with self.program() as program:
+            self.message(program, 'VYRE Yum Warning', 'It is not known which groups are installed: ', path,
+                         'file is not a database', 'move it away', picture='damaged-history')
+            window = program.ready()
+            self.check_usable(window)
+            window.show_all(True)
+            window.set_filter('^Seafaring')
+            window.wait_names(['Seafaring'])
+            window.click_button('Refresh')
+            self.check_usable(window)
+            self.assertEqual(program.titles(), [driver.main_title()])
+            os.rename(path, path + '.away')
+            window.click_button('Refresh')
+            self.check_usable(window)
+            self.quit(window)
+
+    def test_broken_package_database(self):
+        directory = self.path('var/lib/rpm')
+        shutil.copytree(directory, directory + '.away')
+        for name in os.listdir(directory):
+            if name.startswith('rpmdb'):
+                os.unlink(os.path.join(directory, name))
+        self.write('var/lib/rpm/rpmdb.sqlite', 'nonsense' * 10000)
+        with self.program() as program:
+            # Before that stands what rpm itself has said, as far as it is captured.
+            self.assertRegex(self.message(program, YUM_ERROR), '(^|\n)failed loading RPMDB\nUnable to initialize$')
+            window = program.ready()
+            self.check_nothing_listed(window)
+            shutil.rmtree(directory)
+            os.rename(directory + '.away', directory)
+            self.check_refresh_helps(window)
+            driver.key('ctrl+q')
+            self.assertEqual(program.wait(), 0)
+            # Of what rpm writes by itself.
+            self.assertIn('file is not a database', program.complaints())
+            self.assertEqual(self.locks(), [])
+
+
+if __name__ == '__main__':
+    journey.main()

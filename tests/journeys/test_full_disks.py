@@ -1,0 +1,68 @@
+#!/usr/bin/python3
+"""Directories that are full or cannot be written are reported."""
+import os
+import subprocess
+
+import journey
+from journey import DATABASE_LOCK
+from trouble import StartTest, YUM_ERROR
+
+
+class DiskTest(StartTest):
+
+    def check_no_lock(self, *texts):
+        with self.program() as program:
+            self.message(program, YUM_ERROR, '\nUnable to obtain yum lock', *texts)
+            window = program.ready()
+            self.check_nothing_listed(window)
+            self.read_log(window)
+            self.quit(window)
+
+    def test_root_is_read_only(self):
+        with self.wrapped('mount --bind "$VYREROOT" "$VYREROOT"; mount -o remount,bind,ro "$VYREROOT"'):
+            self.check_no_lock('Read-only file system')
+
+    def test_directory_of_the_lock_may_not_be_written(self):
+        directory = os.path.dirname(self.path(DATABASE_LOCK))
+        os.chmod(directory, 0o555)
+        with self.unprivileged():
+            self.check_no_lock('Permission denied', directory)
+
+    def test_full_directory_of_the_lock(self):
+        directory = os.path.dirname(self.path(DATABASE_LOCK))
+        with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
+            self.check_no_lock('No space left on device')
+
+    def test_full_cache(self):
+        directory = os.path.dirname(self.path('var/cache/yum/x'))
+        with self.wrapped('mount -t tmpfs -o size=16k none ' + directory):
+            with self.program() as program:
+                self.message(program, YUM_ERROR, 'Failed to download metadata', '\nUnable to initialize')
+                window = program.ready()
+                self.check_nothing_listed(window)
+                # Room is made.
+                subprocess.run(['nsenter', '--mount', '--root', '--target', str(program.process.pid), 'mount', '-o',
+                                'remount,size=64m', directory], check=True)
+                self.check_refresh_helps(window)
+                self.quit(window)
+
+    def test_full_directory_of_the_log_files(self):
+        directory = os.path.dirname(self.path('var/log/x'))
+        with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
+            with self.program() as program:
+                window = program.ready()
+                self.check_usable(window)
+                self.quit(window)
+
+    def test_root_that_does_not_exist(self):
+        """It is mistyped, and no packages are wanted in a place that nobody has meant."""
+        root = os.path.join(self.scratch, 'nothing')
+        with self.program(environment={'VYREROOT': root}) as program:
+            self.assertEqual(self.message(program, YUM_ERROR), 'The root directory {} does not exist'.format(root))
+            self.assertEqual(program.wait(), 0)
+            self.assertEqual(program.complaints(), '')
+        self.assertFalse(os.path.exists(root))
+
+
+if __name__ == '__main__':
+    journey.main()

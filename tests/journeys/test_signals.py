@@ -1,0 +1,206 @@
+#!/usr/bin/python3
+"""Signals end the program at every moment, but never within a transaction."""
+import signal
+
+import journey
+from journey import Gate, wait_for
+from trouble import REPOMD, StartTest, YUM_ERROR
+
+
+class SignalTest(StartTest):
+    """A signal ends the program, and never spoils anything."""
+
+    ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
+    # A few of the others, which nobody sends for that.
+    OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
+
+    def check_next_run(self):
+        """Whatever the ended program has left behind is in nobody's way."""
+        with self.program() as program:
+            window = program.ready()
+            self.check_usable(window)
+            self.quit(window)
+
+    def check_next_transaction(self):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            window.accept(window.apply())
+            window.wait_ready()
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+            self.quit(window)
+
+    def check_ends_by(self, program, number, said=''):
+        """The program ends by the signal. said: an expression for what it writes about work that it gives up."""
+        program.process.send_signal(number)
+        self.assertEqual(program.wait(), -number)
+        self.assertRegex(program.complaints(), r'(?s)\A' + said + r'\Z')
+        wait_for(lambda: program.left_over() == [], 'the end of all processes', 20)
+        self.check_unchanged()
+        self.assertEqual(self.locks(), [])
+
+    def test_at_once(self):
+        for number in self.ENDING:
+            with self.subTest(number=number), self.program() as program:
+                self.check_ends_by(program, number)
+                self.check_next_run()
+
+    def test_while_idle(self):
+        for number in self.ENDING + self.OTHER:
+            with self.subTest(number=number), self.program() as program:
+                program.ready()
+                self.assertNotEqual(self.locks(), [])
+                self.check_ends_by(program, number)
+        self.check_next_run()
+
+    def test_while_a_message_is_shown(self):
+        for number in self.ENDING:
+            with self.subTest(number=number), self.program('--disablerepo=*') as program:
+                program.window(YUM_ERROR)
+                self.check_ends_by(program, number)
+        self.check_next_run()
+
+    def test_while_the_question_is_shown(self):
+        for number in self.ENDING:
+            with self.subTest(number=number), self.program() as program:
+                window = program.ready()
+                window.show_all()
+                window.mark_listed('pergola')
+                window.apply()
+                self.check_ends_by(program, number)
+        self.check_next_transaction()
+
+    def wait_download(self, program, path):
+        gate = Gate()
+        self.sandbox.server.faults[path] = gate
+        self.addCleanup(gate.open)
+        return gate
+
+    def test_while_collecting(self):
+        for number in (signal.SIGTERM, signal.SIGHUP):
+            self.sandbox.expire_metadata()
+            with self.subTest(number=number), self.program() as program:
+                gate = self.wait_download(program, REPOMD)
+                program.main()
+                gate.wait_reached()
+                self.check_ends_by(program, number, 'vyre: .*[Ii]nterrupted.*vyre: Unable to initialize')
+            del self.sandbox.server.faults[REPOMD]
+        self.check_next_run()
+
+    def test_while_downloading_packages(self):
+        path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
+        for number in (signal.SIGTERM, signal.SIGHUP):
+            with self.subTest(number=number), self.program() as program:
+                gate = self.wait_download(program, path)
+                window = program.ready()
+                window.show_all()
+                window.mark_listed('pergola')
+                window.accept(window.apply())
+                gate.wait_reached()
+                self.check_ends_by(program, number, 'vyre: .*Interrupted.*vyre: Unable to apply changes')
+            del self.sandbox.server.faults[path]
+        self.check_next_transaction()
+
+    def test_interrupt_of_a_download_is_told(self):
+        """The library that downloads has a handler of its own for the time of a download."""
+        with self.program() as program:
+            gate = self.wait_download(program, REPOMD)
+            program.main()
+            gate.wait_reached()
+            program.process.send_signal(signal.SIGINT)
+            self.message(program, YUM_ERROR, 'interrupted by a signal', '\nUnable to initialize')
+            del self.sandbox.server.faults[REPOMD]
+            window = program.ready()
+            self.check_nothing_listed(window)
+            self.check_ends_by(program, signal.SIGINT)
+        self.check_next_run()
+
+    def test_refresh_after_an_interrupted_download(self):
+        with self.program() as program:
+            gate = self.wait_download(program, REPOMD)
+            program.main()
+            gate.wait_reached()
+            program.process.send_signal(signal.SIGINT)
+            self.message(program, YUM_ERROR, 'interrupted by a signal')
+            del self.sandbox.server.faults[REPOMD]
+            window = program.ready()
+            window.click_button('Refresh')
+            wait_for(lambda: window.row_count() > 0, 'packages', 10)
+            self.check_usable(window)
+            self.quit(window)
+
+    def test_packages_after_an_interrupted_download(self):
+        path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
+        with self.program() as program:
+            gate = self.wait_download(program, path)
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('pergola')
+            window.accept(window.apply())
+            gate.wait_reached()
+            program.process.send_signal(signal.SIGINT)
+            self.message(program, YUM_ERROR, 'Unable to apply changes')
+            del self.sandbox.server.faults[path]
+            gate.open()
+            window.wait_ready()
+            self.check_unchanged()
+            window.accept(window.apply())
+            window.wait_ready()
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
+            self.quit(window)
+
+    def test_after_a_transaction(self):
+        for number in self.ENDING:
+            with self.subTest(number=number), self.program() as program:
+                window = program.ready()
+                window.show_all()
+                # What one run installs, the next removes.
+                window.mark_listed('pergola')
+                window.accept(window.apply())
+                window.wait_ready()
+                self.before = self.sandbox.installed()
+                self.check_ends_by(program, number)
+        self.check_next_run()
+
+    def check_transaction_is_finished(self, number):
+        with self.program() as program:
+            window = program.ready()
+            window.show_all()
+            window.mark_listed('slowpoke')
+            window.accept(window.apply())
+            wait_for(lambda: 'sleep' in [name_of(process) for process in program.left_over()], 'the scriptlet')
+            program.process.send_signal(number)
+            self.assertEqual(program.wait(), -number)
+            # The scriptlet was not cut off, nor is it running without the program.
+            self.assertEqual(program.left_over(), [])
+            self.check_changed(new=['slowpoke-1.0-1.noarch'])
+            self.check_history_complete()
+            self.assertEqual(self.locks(), [])
+
+    def test_interrupt_of_a_transaction(self):
+        self.check_transaction_is_finished(signal.SIGINT)
+
+    def test_termination_of_a_transaction(self):
+        self.check_transaction_is_finished(signal.SIGTERM)
+
+    def test_hangup_of_a_transaction(self):
+        self.check_transaction_is_finished(signal.SIGHUP)
+
+    def test_other_signals_in_a_transaction(self):
+        for number in self.OTHER:
+            with self.subTest(number=number):
+                self.check_transaction_is_finished(number)
+                self.sandbox.rpm('--erase', 'slowpoke')
+
+
+def name_of(process):
+    try:
+        with open('/proc/{}/comm'.format(process)) as stream:
+            return stream.read().strip()
+    except OSError:
+        return ''
+
+
+if __name__ == '__main__':
+    journey.main()

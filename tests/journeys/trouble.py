@@ -1,0 +1,77 @@
+"""What the journeys have in common in which something keeps the program from starting or ending well."""
+import os
+import unittest.mock
+
+from journey import JourneyTest, driver, wait_for
+
+YUM_ERROR = 'VYRE Yum Error'
+REPOMD = '/sandbox-http/repodata/repomd.xml'
+
+
+class StartTest(JourneyTest):
+
+    def path(self, *names):
+        """Of a file in the sandbox's root; its directory is there afterwards."""
+        path = os.path.join(self.sandbox.root, *names)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        return path
+
+    def write(self, name, content):
+        path = self.path(name)
+        with open(path, 'w') as stream:
+            stream.write(content)
+        return path
+
+    def message(self, program, title, *texts, picture=None):
+        """Read and close the message with these texts. The next one may have the same title."""
+        def look():
+            if not program.running():
+                raise driver.Ended('the program ended with status {}: {}'.format(
+                    program.process.returncode, program.stderr()))
+            for dialog in program.windows():
+                if dialog.title == title and dialog.text():
+                    missing = [text for text in texts if text not in dialog.text()]
+                    if missing:
+                        raise driver.NotThere('{} in {!r}'.format(missing, dialog.text()))
+                    return dialog
+            return None
+        dialog = wait_for(look, title, 30)
+        text = dialog.text()
+        buttons = dialog.buttons()
+        self.assertEqual(len(buttons), 1, buttons)
+        if picture is not None:
+            dialog.wait_settled()
+            self.picture(picture)
+        dialog.click_button(buttons[0])
+        wait_for(lambda: not program.running() or
+                 all(window.title != title or window.text() != text for window in program.windows()),
+                 'the end of ' + title, 30)
+        return text
+
+    def check_nothing_listed(self, window):
+        window.wait_ready(30)
+        self.assertEqual(window.program.titles(), [driver.main_title()])
+        self.assertEqual(window.row_count(), 0)
+
+    def check_refresh_helps(self, window):
+        """What was wrong is mended: all packages come with the next reading."""
+        window.click_button('Refresh')
+        self.check_usable(window)
+
+    def wrapped(self, commands):
+        """Runs of the program begin with these shell commands, which see no other process's mounts."""
+        path = os.path.join(self.scratch, 'wrapper')
+        with open(path, 'w') as stream:
+            stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'{}; exec "{}" "$@"\' sh "$@"\n'.format(
+                commands, os.environ['VYRE_BINARY']))
+        os.chmod(path, 0o755)
+        return unittest.mock.patch.dict(os.environ, VYRE_BINARY=path)
+
+    def unprivileged(self):
+        """Runs of the program for which the permissions of files count although their user is root."""
+        path = os.path.join(self.scratch, 'wrapper')
+        with open(path, 'w') as stream:
+            stream.write('#!/bin/sh\nexec setpriv --bounding-set=-dac_override,-dac_read_search "{}" "$@"\n'.format(
+                os.environ['VYRE_BINARY']))
+        os.chmod(path, 0o755)
+        return unittest.mock.patch.dict(os.environ, VYRE_BINARY=path)
