@@ -224,7 +224,7 @@ class ConventionsTest(unittest.TestCase):
                   os.path.join(self.root, 'tests/low/ThingColourTest.cpp'))
         self.write('tests/low/CMakeLists.txt', 'vyre_test(ThingColour LINKS vyre_low)\n')
         self.assertEqual(self.found(status=0), [])
-        # It is the test of the class with the longest name.
+        # The test belongs to the class with the longest name.
         self.write('low/CMakeLists.txt', 'vyre_library(vyre_low SOURCES Thing.cpp ThingColour.h)\n')
         self.write('low/ThingColour.h',
                    '// A colour.\n\n#ifndef LOW_THINGCOLOUR_H\n#define LOW_THINGCOLOUR_H\n\n#endif\n')

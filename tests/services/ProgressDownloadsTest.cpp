@@ -7,7 +7,7 @@
 
 #include "tests/services/ShownBars.h"
 
-// Downloads side by side add up to one item, and are listed where the pointer is.
+// Parallel downloads add up to one item, and a tip at the pointer lists them.
 class ProgressDownloadsTest : public ShownBars
 {
     Q_OBJECT
@@ -15,20 +15,20 @@ class ProgressDownloadsTest : public ShownBars
 private Q_SLOTS:
     void downloadsAddUpToTheItemValue();
     void downloadsReserveAllActsButTheLast();
-    void onlyDownloadNamesTheActivity();
-    void retryTakesTheContributionOff();
+    void activityOfASingleDownloadIsItsName();
+    void retrySubtractsTheContribution();
     void retryOfAClampedSumStaysAtZero();
     void indexBeyondTheDownloadsIsIgnored();
-    void resetForgetsTheDownloads();
-    void reportsOfManyDownloadsDoNotPileUp();
+    void resetRemovesTheDownloads();
+    void atMostOneReportOfManyDownloadsIsQueued();
     void hoveringShowsNothingWithoutDownloads();
     void hoveringShowsTheDownloads();
     void tipShowsEveryState();
-    void tipNamesAreNoMarkup();
+    void tipShowsNamesAsPlainText();
     void twentyCompleteDownloadsAreListed();
     void twentyOneCompleteDownloadsAreOneRow();
     void labelsHaveTheirColours();
-    void tipGoesWithTheOperation();
+    void tipDisappearsWithTheOperation();
 };
 
 void ProgressDownloadsTest::downloadsAddUpToTheItemValue()
@@ -69,7 +69,7 @@ void ProgressDownloadsTest::downloadsReserveAllActsButTheLast()
     QCOMPARE(total->value(), 80);
 }
 
-void ProgressDownloadsTest::onlyDownloadNamesTheActivity()
+void ProgressDownloadsTest::activityOfASingleDownloadIsItsName()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -79,7 +79,7 @@ void ProgressDownloadsTest::onlyDownloadNamesTheActivity()
     QCOMPARE(item->text(), QString("Downloading vim (0%)"));
 }
 
-void ProgressDownloadsTest::retryTakesTheContributionOff()
+void ProgressDownloadsTest::retrySubtractsTheContribution()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(updateThreadsStateSig(const ThreadsState&)));
@@ -98,7 +98,7 @@ void ProgressDownloadsTest::retryTakesTheContributionOff()
     QCOMPARE(state[0].value, Q_UINT64_C(0));
     QCOMPARE(state[1].state, 2u);
     QCOMPARE(state[1].value, Q_UINT64_C(100));
-    // Started again, it counts from nothing.
+    // Started again, it counts from zero.
     progress.startItemActThread("one", 0, 600);
     waitForInterval();
     progress.setItemActsThreadValue(0, 10);
@@ -136,7 +136,7 @@ void ProgressDownloadsTest::indexBeyondTheDownloadsIsIgnored()
     QCOMPARE(spy.count(), 0);
 }
 
-void ProgressDownloadsTest::resetForgetsTheDownloads()
+void ProgressDownloadsTest::resetRemovesTheDownloads()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 3, 100);
@@ -146,13 +146,13 @@ void ProgressDownloadsTest::resetForgetsTheDownloads()
     QCOMPARE(downloads(spy.at(0).at(0)).count(), 0u);
     QVERIFY(!total->isEnabled());
     QVERIFY(!item->isEnabled());
-    // The next operation starts at the beginning.
+    // The next operation starts at zero.
     progress.startTotal("Again", 10);
     progress.startItem("first", 5, 1);
     QCOMPARE(total->value(), 0);
 }
 
-void ProgressDownloadsTest::reportsOfManyDownloadsDoNotPileUp()
+void ProgressDownloadsTest::atMostOneReportOfManyDownloadsIsQueued()
 {
     const unsigned int count = 3000;
     int reports = 0;
@@ -179,10 +179,10 @@ void ProgressDownloadsTest::reportsOfManyDownloadsDoNotPileUp()
         delete progress;
     }));
     worker->start();
-    // This thread serves nothing meanwhile.
+    // Meanwhile this thread processes no events.
     done.acquire();
     QVERIFY2(reports <= 1, qPrintable(QString::number(reports)));
-    // It gets the last state all the same, although nothing follows.
+    // The bars get the last state, although no further report follows.
     QCoreApplication::processEvents();
     Q_EMIT item->toolTip(QPoint(5, 5));
     QCOMPARE(tipRows(),
@@ -213,13 +213,13 @@ void ProgressDownloadsTest::hoveringShowsTheDownloads()
     progress.setupItemActs(100, 10);
     progress.setupItemActsThreads("Downloading", 0, 11, 2, 10);
     progress.startItemActThread("vim", 0, 1);
-    // Like a user, tries again when the window manager's own doings have hidden the tip at once.
+    // Tries again, like a user, if an action of the window manager has hidden the tip.
     for (int attempt = 0; attempt < 10 && currentTip() == nullptr; ++attempt) {
         hover();
         (void)QTest::qWaitFor([] { return currentTip() != nullptr; });
     }
     QCOMPARE(tipRows(), QStringList({"vim: In Progress", "1 downloads: Not Started Yet"}));
-    // It goes away as soon as the user does something.
+    // The tip disappears when the user does something.
     QTest::mouseClick(item, Qt::LeftButton);
     QVERIFY(currentTip() == nullptr);
 }
@@ -241,7 +241,7 @@ void ProgressDownloadsTest::tipShowsEveryState()
     QCOMPARE(qobject_cast<QGridLayout*>(currentTip()->layout())->contentsMargins(), QMargins(4, 4, 4, 4));
 }
 
-void ProgressDownloadsTest::tipNamesAreNoMarkup()
+void ProgressDownloadsTest::tipShowsNamesAsPlainText()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 1, 10);
@@ -299,7 +299,7 @@ void ProgressDownloadsTest::labelsHaveTheirColours()
     }
 }
 
-void ProgressDownloadsTest::tipGoesWithTheOperation()
+void ProgressDownloadsTest::tipDisappearsWithTheOperation()
 {
     {
         Progress::Object progress(total, item);

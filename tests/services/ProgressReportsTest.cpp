@@ -5,25 +5,25 @@
 
 #include "tests/services/ShownBars.h"
 
-// A worker reports, in order, and reports that follow each other at once are not all sent.
+// The reports of a worker arrive in order, and at most one in an interval is sent.
 class ProgressReportsTest : public ShownBars
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void secondItemValueWithinTheIntervalIsKeptButNotSent();
-    void finalItemValueIsNotForcedThrough();
+    void secondItemValueWithinTheIntervalIsStoredButNotSent();
+    void finalItemValueWithinTheIntervalIsNotSent();
     void itemValueSoonAfterAChangeOfTheStepsIsNotSent();
     void itemValueBeforeAnyStartIsNotSent();
     void totalValueWithinTheIntervalIsDropped();
     void totalMaximumIsSentOnceWithinTheInterval();
     void totalAndItemValueShareTheInterval();
-    void displayStaysAliveDuringASynchronousOperation();
+    void displayStaysResponsiveDuringASynchronousOperation();
     void workerReportsAreDeliveredInOrder();
     void userFillsAndEmptiesTheSlot();
 };
 
-void ProgressReportsTest::secondItemValueWithinTheIntervalIsKeptButNotSent()
+void ProgressReportsTest::secondItemValueWithinTheIntervalIsStoredButNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -41,7 +41,7 @@ void ProgressReportsTest::secondItemValueWithinTheIntervalIsKeptButNotSent()
     QCOMPARE(spy.count(), 1);
     QCOMPARE(item->value(), 10);
 
-    // The value was kept, and with it the place on the total bar.
+    // The value was stored, and so the value of the total bar.
     QCOMPARE(total->value(), 4);
     progress.changeTotal(100);
     QCOMPARE(total->value(), 20);
@@ -55,7 +55,7 @@ void ProgressReportsTest::secondItemValueWithinTheIntervalIsKeptButNotSent()
     QCOMPARE(item->value(), 60);
 }
 
-void ProgressReportsTest::finalItemValueIsNotForcedThrough()
+void ProgressReportsTest::finalItemValueWithinTheIntervalIsNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -175,7 +175,7 @@ void ProgressReportsTest::totalAndItemValueShareTheInterval()
     QCOMPARE(totalSpy.count(), 0);
 }
 
-void ProgressReportsTest::displayStaysAliveDuringASynchronousOperation()
+void ProgressReportsTest::displayStaysResponsiveDuringASynchronousOperation()
 {
     Progress::Object progress(total, item);
     bool processed = false;

@@ -3,7 +3,7 @@
 
 #include "tests/services/ShownBars.h"
 
-// What the bars show of a total, of items and of their acts.
+// The bars show a total, its items and their acts.
 class ProgressStepsTest : public ShownBars
 {
     Q_OBJECT
@@ -15,12 +15,12 @@ private Q_SLOTS:
     void startTotalEnablesTheTotalBarOnly();
     void startItemCoversTheNextStretch();
     void changeItemActivityChangesTheTextOnly();
-    void changeTotalPullsTheValueDownToTheOldMaximum();
+    void changeTotalReducesTheValueToTheOldMaximum();
     void changeTotalKeepsASmallerValue();
     void actsShareTheStretchWithoutRoundingErrors();
     void itemMayCoverSeveralActs();
     void actBeyondTheLastCoversOnlyUpToTheLast();
-    void noActsAtAllTakeTheWholeStretch();
+    void zeroActsCoverTheWholeStretch();
     void endItemActsGoesToTheEndOfAllActs();
     void changeItemActsMovesToTheNewShare();
     void changeItemActsToZeroGoesToTheEndOfTheActs();
@@ -143,7 +143,7 @@ void ProgressStepsTest::changeItemActivityChangesTheTextOnly()
     QCOMPARE(total->value(), 15);
 }
 
-void ProgressStepsTest::changeTotalPullsTheValueDownToTheOldMaximum()
+void ProgressStepsTest::changeTotalReducesTheValueToTheOldMaximum()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(changeTotalSig(Steps, Steps)));
@@ -215,7 +215,7 @@ void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
     progress.setItemValue(2 * gigabyte);
     QCOMPARE(item->value(), 1 << 28);
     QCOMPARE(item->text(), QString("Downloading (25%)"));
-    // Each bar has a scale of its own.
+    // Each bar has its own scale.
     progress.changeItemActSteps(3 * gigabyte, 4 * gigabyte);
     QCOMPARE(item->maximum(), 1 << 30);
     QCOMPARE(item->value(), 3 << 28);
@@ -223,7 +223,7 @@ void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
     QCOMPARE(total->maximum(), 3 << 29);
     QCOMPARE(total->value(), 750 >> 2);
 
-    // And it goes with the maximum that wanted it.
+    // The scale disappears with the maximum that needed it.
     progress.changeTotal(1500);
     QCOMPARE(total->maximum(), 1500);
     QCOMPARE(total->value(), 750);
@@ -267,7 +267,7 @@ void ProgressStepsTest::actBeyondTheLastCoversOnlyUpToTheLast()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::noActsAtAllTakeTheWholeStretch()
+void ProgressStepsTest::zeroActsCoverTheWholeStretch()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -287,7 +287,7 @@ void ProgressStepsTest::endItemActsGoesToTheEndOfAllActs()
     progress.startItemAct("one", 10, 1);
     progress.endItemActs();
     QCOMPARE(total->value(), 150);
-    // The item covers nothing any more.
+    // The item now covers no part of the total.
     progress.changeItemActSteps(10, 10);
     QCOMPARE(total->value(), 150);
 }

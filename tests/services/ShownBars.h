@@ -20,12 +20,12 @@ class ShownBars : public QObject
     Q_OBJECT
 
 protected:
-    // The throttle lets a report through when more than this many milliseconds have passed.
+    // A report is sent only if more than this many milliseconds have passed since the last one.
     static constexpr int interval = 9;
 
     static void waitForInterval();
-    // Does something within one interval: again, from its preparation on, when something else had the
-    // processor for longer than that.
+    // Does something within one interval. Repeats it, with its preparation, if another process delays it for
+    // longer.
     template <typename Prepare, typename Act> static void withinTheInterval(Prepare prepare, Act act)
     {
         QElapsedTimer timer;

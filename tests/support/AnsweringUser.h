@@ -1,5 +1,5 @@
-// The user who answers message boxes, and other dialogs if wanted: notes each one that comes up and answers
-// it, while the program waits in an event loop of its own or in that of the test.
+// Answers message boxes, and other dialogs if wanted, like a user. Records each one that opens and answers
+// it, while the program waits in its own event loop or in that of the test.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H
@@ -16,7 +16,7 @@
 
 #include <functional>
 
-// What a dialog said. What only message boxes have is empty for others.
+// The texts of a dialog. The members that only message boxes have are empty for other dialogs.
 struct ShownBox
 {
     QString title;
@@ -64,7 +64,7 @@ public:
             }
         };
     }
-    // The same, and presses Return where there is no such button.
+    // The same, but presses Return if the box has no such button.
     static Answer clickIfThere(const QString& text)
     {
         return [text](QDialog* dialog) {
@@ -90,12 +90,12 @@ public:
         }
         return result;
     }
-    // All of it, for a comparison that shows what there was.
+    // The titles and texts of all dialogs, for a comparison that shows all of them.
     QString all() const { return titles().join(", ") + ": " + texts().join(" | "); }
 
-    // Every dialog that came up, once.
+    // Every dialog that opened, once.
     QList<ShownBox> seen;
-    // What is done with the next one.
+    // Answers the next dialog.
     Answer answer;
 
 private:
@@ -111,13 +111,13 @@ private:
     }
     void look()
     {
-        // An answer lets the time pass.
+        // An answer processes events.
         if (answering) {
             return;
         }
         QWidget* window = QApplication::activeModalWidget();
         if (window == nullptr && whom == MessageBoxes) {
-            window = QApplication::activeWindow(); // a box that nothing waits for
+            window = QApplication::activeWindow(); // a box for which no code waits
         }
         QDialog* dialog =
             whom == MessageBoxes ? qobject_cast<QMessageBox*>(window) : qobject_cast<QDialog*>(window);
@@ -129,7 +129,7 @@ private:
             last = dialog;
             note(dialog);
         }
-        // What is clicked while the window only gets the focus may be lost: it is answered again then.
+        // A click while the window is just getting the focus may be lost. The next call then answers again.
         const QScopedValueRollback<bool> guard(answering, true);
         answer(dialog);
     }

@@ -1,4 +1,4 @@
-// A variable of the environment that a test sets: it has its former value again when this object goes.
+// An environment variable that a test sets. At the end of this object it gets its former value again.
 
 #ifndef TESTS_SUPPORT_ENVIRONMENTVARIABLE_H
 #define TESTS_SUPPORT_ENVIRONMENTVARIABLE_H
@@ -9,7 +9,7 @@
 class EnvironmentVariable
 {
 public:
-    // Keeps its value until set() is called.
+    // Keeps the value until set() is called.
     explicit EnvironmentVariable(const char* variable)
         : name(variable), wasSet(qEnvironmentVariableIsSet(variable)), before(qgetenv(variable))
     {
@@ -21,7 +21,7 @@ public:
     ~EnvironmentVariable() { put(wasSet, before); }
     Q_DISABLE_COPY(EnvironmentVariable)
 
-    // A null value unsets it.
+    // A null value unsets the variable.
     void set(const QByteArray& value) { put(!value.isNull(), value); }
     void unset() { put(false, QByteArray()); }
 

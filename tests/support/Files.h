@@ -1,4 +1,4 @@
-// Files as tests write and read them, whole and at once.
+// Lets tests write and read whole files.
 
 #ifndef TESTS_SUPPORT_FILES_H
 #define TESTS_SUPPORT_FILES_H
@@ -25,8 +25,8 @@ inline QByteArray get(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
 
-// For a directory of many files, in memory where there is such a place: every file that is truncated and
-// closed may wait for the disk.
+// The template of a directory for many files, in memory if possible. On a disk, every file that is truncated
+// and closed may wait for the disk.
 inline QString scratchTemplate()
 {
     const QFileInfo memory(QStringLiteral("/dev/shm"));

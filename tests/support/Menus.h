@@ -1,4 +1,4 @@
-// What a test sees of a menu, and the hand that uses it.
+// Opens and uses menus, as a user does, and reads their texts.
 
 #ifndef TESTS_SUPPORT_MENUS_H
 #define TESTS_SUPPORT_MENUS_H
@@ -10,7 +10,7 @@
 #include <QTimer>
 #include <QtTest>
 
-// Opens a menu and uses it; a menu that is still open then is closed. Returns whether one opened at all.
+// Opens a menu, uses it, and closes it if it is still open. Returns whether a menu opened.
 template <typename Open, typename Use> bool withMenu(Open open, Use use)
 {
     bool opened = false;
@@ -40,14 +40,14 @@ inline QAction* actionOf(const QMenu& menu, const QString& text)
     return nullptr;
 }
 
-// Chooses an entry of an open menu by the mouse.
+// Chooses an entry of an open menu with the mouse.
 inline void choose(QMenu& menu, const QString& text)
 {
     QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier,
                       menu.actionGeometry(actionOf(menu, text)).center());
 }
 
-// The texts of the actions that a menu shows, or of those only that can be chosen.
+// The texts of the actions that a menu shows, or only of those that can be chosen.
 inline QStringList shownIn(const QMenu& menu)
 {
     QStringList texts;
