@@ -228,14 +228,14 @@ QStringList BackEnd::tip()
 
 void BackEnd::run(const QString& statements)
 {
-    if (yumIO.py(statements.toUtf8().constData()) != 0) {
+    if (yumIO.python().py(statements.toUtf8().constData()) != 0) {
         QTest::qFail(qPrintable("failed: " + statements), __FILE__, __LINE__);
     }
 }
 
 PyRef BackEnd::value(const QString& expression)
 {
-    PyRef result(yumIO.pyr(expression.toUtf8().constData()));
+    PyRef result(yumIO.python().pyr(expression.toUtf8().constData()));
     if (!result) {
         QTest::qFail(qPrintable("failed: " + expression), __FILE__, __LINE__);
     }

@@ -29,7 +29,7 @@ int main(int argc, char** argv)
         yumIO.setup(&window, &total, &item);
         if (argc > 1) {
             yumIO.startInterpreter();
-            yumIO.py(argv[1]);
+            yumIO.python().py(argv[1]);
         }
         print(yumIO.initialize() ? "started" : "failed");
         for (const ShownDialog& each : answers.take()) {

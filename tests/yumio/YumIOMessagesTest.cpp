@@ -22,9 +22,9 @@ private:
     bool explain(const QString& exception, const QString& what = "do something")
     {
         backEnd->run("def failing():\n    raise " + exception + "\n");
-        YumIOProbe::ExceptScope scope(yumIO().python());
+        Python::ExceptScope scope(yumIO().python());
         yumIO().commExceptSetup();
-        const PyRef result(yumIO().pyCall("failing", "()"));
+        const PyRef result(yumIO().python().pyCall("failing", "()"));
         return yumIO().commExceptRaised(result.get(), what);
     }
 
@@ -98,7 +98,7 @@ private Q_SLOTS:
 
     void bridgeReportsTheSameWay()
     {
-        QVERIFY(yumIO().pyLookup("dnf.nothing", false) == nullptr);
+        QVERIFY(yumIO().python().pyLookup("dnf.nothing", false) == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: pyLookup nothing: nothing not found\n"));
     }
 
@@ -129,7 +129,7 @@ private Q_SLOTS:
     {
         yumIO().error(QString("long ago"));
         errors();
-        YumIOProbe::ExceptScope scope(yumIO().python());
+        Python::ExceptScope scope(yumIO().python());
         yumIO().commExceptSetup();
         backEnd->run("yumIOC.errorlog(0, 'first')\n"
                      "yumIOC.errorlog(2, 'second')\n"
@@ -164,11 +164,11 @@ private Q_SLOTS:
 
     void expectationBeginsAtTheEndOfTheLog()
     {
-        YumIOProbe::ExceptScope scope(yumIO().python());
-        yumIO().pyExceptExpect(PyExc_ValueError);
+        Python::ExceptScope scope(yumIO().python());
+        yumIO().python().pyExceptExpect(PyExc_ValueError);
         QCOMPARE(int(yumIO().exceptLogStart), logLength());
         backEnd->run("yumIOC.log(0, 'one more')");
-        yumIO().pyExceptExpect(PyExc_KeyError);
+        yumIO().python().pyExceptExpect(PyExc_KeyError);
         QCOMPARE(int(yumIO().exceptLogStart), logLength());
     }
 
@@ -223,9 +223,9 @@ private Q_SLOTS:
                      "    yumIOC.errorlog(1, 'what the package manager said')\n"
                      "    yumIOC.errorlog(3, 'a detail')\n"
                      "    raise dnf.exceptions.RepoError('sorry, database is locked by x')\n");
-        YumIOProbe::ExceptScope scope(yumIO().python());
+        Python::ExceptScope scope(yumIO().python());
         yumIO().commExceptSetup();
-        const PyRef result(yumIO().pyCall("failing", "()"));
+        const PyRef result(yumIO().python().pyCall("failing", "()"));
         QVERIFY(yumIO().commExceptRaised(result.get(), "do something"));
         QCOMPARE(errors(),
                  QStringList("what the package manager said\nUnable to do something: a repository's sqlite "
@@ -294,7 +294,7 @@ private Q_SLOTS:
 
     void callThatGaveAResultHasNotFailed()
     {
-        YumIOProbe::ExceptScope scope(yumIO().python());
+        Python::ExceptScope scope(yumIO().python());
         yumIO().commExceptSetup();
         QVERIFY(!yumIO().commExceptRaised(Py_None, "do something"));
         QVERIFY(!yumIO().commExceptRaised(nullptr, "do something"));
@@ -334,9 +334,9 @@ private Q_SLOTS:
                      "    witness = weakref.ref(local)\n"
                      "    raise IOError('x')\n");
         {
-            YumIOProbe::ExceptScope scope(yumIO().python());
+            Python::ExceptScope scope(yumIO().python());
             yumIO().commExceptSetup();
-            const PyRef result(yumIO().pyCall("failing", "()"));
+            const PyRef result(yumIO().python().pyCall("failing", "()"));
             QVERIFY(yumIO().commExceptRaised(result.get(), "do something"));
         }
         errors();

@@ -1,4 +1,4 @@
-// The back end with everything open, for the tests.
+// The back end with those private members open that tests need.
 
 #ifndef TESTS_YUMIO_YUMIOPROBE_H
 #define TESTS_YUMIO_YUMIOPROBE_H
@@ -8,13 +8,9 @@
 class YumIOProbe : public YumIO
 {
 public:
-    using YumIO::Applying;
-    using YumIO::Collecting;
     using YumIO::Idle;
-    using YumIO::Phase;
 
     using YumIO::BdbQuit;
-    using YumIO::Class;
     using YumIO::ClassCount;
     using YumIO::DeltaPayload;
     using YumIO::DnfError;
@@ -27,19 +23,6 @@ public:
     using YumIO::RPMPayload;
 
     // The interpreter
-    using YumIO::ExceptScope;
-    using YumIO::py;
-    using YumIO::pyCall;
-    using YumIO::pyExceptClear;
-    using YumIO::pyExceptExpect;
-    using YumIO::pyExceptStart;
-    using YumIO::PyGILStateWrapper;
-    using YumIO::pyLookup;
-    using YumIO::pyMethodCall;
-    using YumIO::pyr;
-    using YumIO::PyThreadStateWrapper;
-    using YumIO::setEnablePythonSIGINTHandler;
-
     Python& python() { return *this; }
     bool startInterpreter() { return python().initialize(); } // without the script
 
@@ -55,19 +38,13 @@ public:
     using YumIO::pythonExceptionV;
     using YumIO::reapChildren;
     using YumIO::warning;
-    using YumIO::write;
 
     // Details
     using YumIO::decodePrcoFlags;
     using YumIO::findPackage;
-    using YumIO::getGroupItem;
-    using YumIO::getGroupPkgs;
-    using YumIO::getRelDepList;
     using YumIO::getRpmHdrValue;
-    using YumIO::getRpmList;
     using YumIO::makeSorted;
     using YumIO::makeSortedUniq;
-    using YumIO::upToDateGroup;
 
     // Operations
     using YumIO::applyGrpConflict;

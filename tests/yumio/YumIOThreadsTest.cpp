@@ -178,8 +178,8 @@ private Q_SLOTS:
         bool workerTookIt = false;
         int graphicalHasIt = -1;
         work([&] {
-            YumIOProbe::PyGILStateWrapper lock(true);
-            workerTookIt = yumIO().py("taken = True") == 0;
+            Python::PyGILStateWrapper lock(true);
+            workerTookIt = yumIO().python().py("taken = True") == 0;
             QSemaphore seen;
             later([&] {
                 graphicalHasIt = PyGILState_Check();
@@ -294,7 +294,7 @@ private Q_SLOTS:
 
     void interruptAfterARunHasItsDefault()
     {
-        yumIO().setEnablePythonSIGINTHandler(true);
+        yumIO().python().setEnablePythonSIGINTHandler(true);
         struct sigaction action;
         sigaction(SIGINT, nullptr, &action);
         QVERIFY(action.sa_handler != SIG_DFL);
@@ -305,7 +305,7 @@ private Q_SLOTS:
 
     void interruptAfterARunEndsTheProgram()
     {
-        yumIO().setEnablePythonSIGINTHandler(true);
+        yumIO().python().setEnablePythonSIGINTHandler(true);
         QVERIFY(backEnd->collect());
         const pid_t child = fork();
         if (child == 0) {
@@ -434,7 +434,7 @@ private Q_SLOTS:
         {
             // As execWorkThread() does it, which leaves the worker this long only by chance.
             yumIO().blocker.prepare();
-            YumIOProbe::PyThreadStateWrapper released;
+            Python::PyThreadStateWrapper released;
             thread->start();
             thread->wait(200);
             beforeTheLoop = traces();

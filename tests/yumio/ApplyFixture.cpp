@@ -1,0 +1,75 @@
+#include "tests/yumio/ApplyFixture.h"
+
+#include <unistd.h>
+
+#include <QRegularExpression>
+#include <QTest>
+
+const char* const ApplyFixture::generic =
+    "Internal error: python exception occurred from C code.\nWhen reporting this issue, please "
+    "include the contents of the\nLog window, which should contain a walkback.";
+
+void ApplyFixture::initTestCase()
+{
+    // Only root may apply.
+    QCOMPARE(int(geteuid()), 0);
+    backEnd.reset(new BackEnd);
+    QVERIFY(backEnd->start());
+    backEnd->answers.take();
+}
+
+void ApplyFixture::cleanupTestCase()
+{
+    backEnd.reset();
+}
+
+void ApplyFixture::init()
+{
+    backEnd->renew();
+    yumIO().stdoutPending.clear();
+    yumIO().stderrPending.clear();
+    transaction() = TransactionState();
+}
+
+void ApplyFixture::cleanup()
+{
+    for (const ShownDialog& each : backEnd->answers.take()) {
+        QTest::qFail(qPrintable("not expected: " + each.text), __FILE__, __LINE__);
+    }
+    QCOMPARE(int(yumIO().phase), int(YumIOProbe::Idle));
+    QCOMPARE(int(yumIO().exceptLogStart), -1);
+    QVERIFY(yumIO().progress == nullptr);
+    QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+    QVERIFY(PyErr_Occurred() == nullptr);
+}
+
+QStringList ApplyFixture::headings(int from)
+{
+    return backEnd->log(from).filter(QRegularExpression("^4 "));
+}
+
+void ApplyFixture::collect(const QString& statements)
+{
+    backEnd->run(statements);
+    QVERIFY(backEnd->collect());
+}
+
+bool ApplyFixture::apply(const QString& statements)
+{
+    backEnd->run("def applying(*lists):\n    " + QString(statements).replace("\n", "\n    ") +
+                 "\n    return True\n"
+                 "it.does['apply'] = applying\nseen = []");
+    return yumIO().apply();
+}
+
+QString ApplyFixture::given()
+{
+    return backEnd->text("'; '.join(' '.join('<'.join(x.name + '-' + x.version for x in each)\n"
+                         "    if isinstance(each, list) else each.name + getattr(each, 'version', '')\n"
+                         "    for each in part) for part in it.did('apply')[0])");
+}
+
+bool ApplyFixture::wasApplied()
+{
+    return backEnd->text("it.did('apply')") != QString("[]");
+}

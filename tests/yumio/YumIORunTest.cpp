@@ -1,0 +1,478 @@
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <dlfcn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <QtTest>
+
+#include "tests/yumio/ApplyFixture.h"
+
+namespace {
+
+// Calls of the system that cannot be made to fail from outside.
+bool failWaiting = false;
+bool failSettingTheChildSignal = false;
+bool failRestoringTheChildSignal = false;
+bool failPipes = false;
+
+} // namespace
+
+extern "C" pid_t waitpid(pid_t pid, int* status, int options)
+{
+    static const auto real = reinterpret_cast<pid_t (*)(pid_t, int*, int)>(dlsym(RTLD_NEXT, "waitpid"));
+    if (failWaiting && pid == -1) {
+        errno = EINVAL;
+        return -1;
+    }
+    return real(pid, status, options);
+}
+
+extern "C" int pipe2(int* ends, int flags) noexcept
+{
+    static const auto real = reinterpret_cast<int (*)(int*, int)>(dlsym(RTLD_NEXT, "pipe2"));
+    if (failPipes) {
+        errno = EMFILE;
+        return -1;
+    }
+    return real(ends, flags);
+}
+
+extern "C" int sigaction(int number, const struct sigaction* action, struct sigaction* old) noexcept
+{
+    static const auto real = reinterpret_cast<int (*)(int, const struct sigaction*, struct sigaction*)>(
+        dlsym(RTLD_NEXT, "sigaction"));
+    if (number == SIGCHLD && (old != nullptr ? failSettingTheChildSignal : failRestoringTheChildSignal)) {
+        errno = EINVAL;
+        return -1;
+    }
+    return real(number, action, old);
+}
+
+// What happens while the script applies, and afterwards.
+class YumIORunTest : public ApplyFixture
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyCountBeginsAnew()
+    {
+        transaction().txText = "text";
+        transaction().txListed = true;
+        transaction().txApplied = true;
+        transaction().cachedSize = 1;
+        transaction().downloadSize = 2;
+        transaction().downloadWeight = 3;
+        transaction().rpmWeight = 4;
+        transaction().downloadSteps = 5;
+        transaction().actCounter = 6;
+        transaction().testRun = true;
+        transaction().lastTsDone = 7;
+        transaction().lastAction = 8;
+        transaction().remoteWeight = 9;
+        transaction().remoteCount = 10;
+        transaction().downloading = true;
+        transaction().threadCount = 11;
+        transaction().threadsMax = 12;
+        transaction().nextSlot = 13;
+        transaction().payloadSlots.insert("x", 14);
+        QVERIFY(!apply("seen.append(state())"));
+        QCOMPARE(backEnd->text("{name: value for name, value in seen[0].items() if value} == "
+                               "{'phase': 2, 'lastTsDone': -1}"),
+                 QString("True"));
+    }
+
+    void outputOfTheRunIsLogged()
+    {
+        const int before = logLength();
+        QVERIFY(!apply("import os\nos.write(1, b'from a scriptlet\\n')\nos.write(2, b'its trouble\\n')\n"
+                       "print('from the script')"));
+        QStringList log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 from a scriptlet", "1 0 from the script", "3 0 its trouble"}));
+    }
+
+    void lastLinesWithoutALineFeedBelongToTheirOperation()
+    {
+        int before = logLength();
+        QVERIFY(!apply("import os\nos.write(1, b'first\\nlast words')\nos.write(2, b'last trouble')\n"
+                       "sys.stdout.write('script')\nsys.stderr.write('its trouble')"));
+        QStringList log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 first", "1 0 last words", "1 0 script", "3 0 its trouble",
+                                   "3 0 last trouble"}));
+        before = logLength();
+        QVERIFY(!apply("import os\nos.write(1, b'next\\n')\nos.write(2, b'next trouble\\n')\n"
+                       "sys.stdout.write('next of the script\\n')"));
+        log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 next", "1 0 next of the script", "3 0 next trouble"}));
+    }
+
+    void lastLineBeforeAnOperationDoesNotBelongToIt()
+    {
+        const int before = logLength();
+        backEnd->run("sys.stdout.write('idle words')");
+        QCOMPARE(backEnd->log(before), QStringList());
+        QVERIFY(!apply("sys.stdout.write('words\\n')"));
+        QCOMPARE(backEnd->log(before), QStringList({"1 0 idle words", "4 0 Applying", "1 0 words"}));
+    }
+
+    void lineThatIsCapturedInTwoPiecesIsOneEntry()
+    {
+        const int before = logLength();
+        QVERIFY(!apply("import os\n"
+                       "os.write(1, b'one li')\n"
+                       "os.write(2, b'trou')\n"
+                       "while captured() != ['one li', 'trou']: pass\n"
+                       "os.write(1, b'ne\\n')\n"
+                       "os.write(2, b'ble\\n')"));
+        QStringList log = backEnd->log(before);
+        QCOMPARE(log.takeFirst(), QString("4 0 Applying"));
+        log.sort();
+        QCOMPARE(log, QStringList({"1 0 one line", "3 0 trouble"}));
+    }
+
+    void captureThatCannotBeSetUpIsToldAndDoneWithout()
+    {
+        const int before = logLength();
+        const QString descriptors = "[os.readlink('/proc/self/fd/%d' % fd) for fd in (1, 2)]";
+        backEnd->run("import os");
+        const QString original = backEnd->text(descriptors);
+        failPipes = true;
+        const bool applied = apply("seen.extend(" + descriptors +
+                                   ")\nyumIOC.listTransaction(None, [])\n"
+                                   "yumIOC.userconfirm()");
+        failPipes = false;
+        QVERIFY(applied);
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[0].title, QString("VYRE Yum Error"));
+        QCOMPARE(shown[0].text, QString("Unable to open pipe to capture rpm transaction output"));
+        QCOMPARE(shown[1].title, QString("Apply"));
+        QCOMPARE(backEnd->log(before),
+                 QStringList({"4 0 Applying", "3 0 Unable to open pipe to capture rpm transaction output",
+                              "4 0 Applying: OK"}));
+        QCOMPARE(backEnd->text("seen"), original);
+        QCOMPARE(backEnd->text(descriptors), original);
+    }
+
+    void listOfMarkedRecordsOwnsNone()
+    {
+        collect("it.available = [Package('tool')]");
+        mark("tool", Package::Install);
+        QVERIFY(!apply());
+        {
+            const auto marked = transaction().actionEntries;
+            QCOMPARE(marked.count(), 1);
+            QVERIFY(marked.first() == backEnd->entry("tool"));
+        }
+        QCOMPARE(backEnd->entry("tool")->name, QString("tool"));
+        QVERIFY(!apply());
+        QCOMPARE(given(), QString("tool1.0; ; ; ; ; "));
+        // Records that are gone are marked no more.
+        yumIO().clearEntries();
+        QVERIFY(transaction().actionEntries.isEmpty());
+    }
+
+    void failuresAreExplained()
+    {
+        const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
+        QVERIFY(!apply(confirmed + "raise dnf.exceptions.DepsolveError('nothing provides x')"));
+        QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].title, QString("VYRE Yum Error"));
+        QCOMPARE(shown[1].text, QString("nothing provides x\nUnable to apply changes"));
+        QVERIFY(!transaction().txApplied);
+
+        QVERIFY(!apply(confirmed + "raise RuntimeError('odd')"));
+        shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].text, QString("Unable to apply changes: Runtime Error:\n\nodd"));
+
+        QVERIFY(!apply(confirmed + "raise KeyError('x')"));
+        shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].text, QString(generic));
+
+        QVERIFY(apply(confirmed));
+        backEnd->answers.take();
+    }
+
+    void linesLoggedBeforeAFailureExplainIt()
+    {
+        collect("it.updates = [Package('tool', '2.0')]\nit.installed = [Package('tool')]\n"
+                "it.raises['verifyLocalPkg'] = dnf.exceptions.MiscError('not there')");
+        mark("tool", Package::Update);
+        // What the listing itself looks into does not begin a new explanation.
+        QVERIFY(!apply("yumIOC.errorlog(1, 'the first reason')\n"
+                       "yumIOC.listTransaction(None, [item(6, 'tool', version='2.0'), item(7, 'tool')])\n"
+                       "yumIOC.errorlog(0, 'the second reason')\n"
+                       "yumIOC.errorlog(3, 'a detail')\n"
+                       "yumIOC.log(0, 'no error')\n"
+                       "raise dnf.exceptions.Error('stopped')"));
+        QCOMPARE(backEnd->text("len(it.did('verifyLocalPkg'))"), QString("1"));
+        QCOMPARE(errors(),
+                 QStringList("the first reason\nthe second reason\nstopped\nUnable to apply changes"));
+    }
+
+    void listsAreReleased()
+    {
+        collect("it.available = [Package('tool')]");
+        mark("tool", Package::Install);
+        const QString references = backEnd->text("sys.getrefcount(it.available[0])");
+        QVERIFY(!apply());
+        backEnd->run("it.calls.clear()");
+        QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])"), references);
+    }
+
+    void scriptCanWaitForItsChildren()
+    {
+        struct sigaction mine = {};
+        mine.sa_handler = SIG_IGN;
+        struct sigaction original;
+        sigaction(SIGCHLD, &mine, &original);
+        const bool applied =
+            apply("import os\n"
+                  "seen.append(os.waitpid(os.spawnlp(os.P_NOWAIT, 'false', 'false'), 0)[1])");
+        struct sigaction now;
+        sigaction(SIGCHLD, &original, &now);
+        QVERIFY(!applied);
+        QVERIFY(now.sa_handler == SIG_IGN);
+        QCOMPARE(backEnd->text("seen"), QString("[256]"));
+    }
+
+    void childrenThatEndedBeforeAreReaped()
+    {
+        const pid_t child = fork();
+        if (child == 0) {
+            _exit(0);
+        }
+        siginfo_t info;
+        QCOMPARE(waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT), 0);
+        const int before = logLength();
+        QVERIFY(!apply());
+        QCOMPARE(backEnd->log(before),
+                 QStringList({"4 0 Applying", QString("2 0 Reaped zombie child %1").arg(child)}));
+    }
+
+    void childrenThatCannotBeReaped()
+    {
+        failWaiting = true;
+        const bool applied = apply();
+        failWaiting = false;
+        QVERIFY(!applied);
+        QCOMPARE(errors(), QStringList("Unable to reap children; errno=22 (Invalid argument)"));
+        QVERIFY(!wasApplied());
+    }
+
+    void childSignalThatCannotBeSet()
+    {
+        failSettingTheChildSignal = true;
+        const bool applied = apply();
+        failSettingTheChildSignal = false;
+        QVERIFY(!applied);
+        QCOMPARE(errors(),
+                 QStringList("Unable to disable SIGCHLD signal handler; errno=22 (Invalid argument)"));
+        QVERIFY(wasApplied());
+    }
+
+    void childSignalThatCannotBeRestored()
+    {
+        failRestoringTheChildSignal = true;
+        const bool applied = apply();
+        failRestoringTheChildSignal = false;
+        QVERIFY(!applied);
+        QCOMPARE(errors(),
+                 QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
+    }
+
+    void changedSystemIsKnown()
+    {
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
+        backEnd->answers.take();
+        QVERIFY(!yumIO().systemChanged());
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(False)\n"
+                       "yumIOC.rpmtransInit(True)\n"
+                       "raise dnf.exceptions.Error('half way')"));
+        backEnd->answers.take();
+        QVERIFY(yumIO().systemChanged());
+        QVERIFY(!apply());
+        QVERIFY(!yumIO().systemChanged());
+    }
+
+    void theScriptKnowsBetterWhetherTheSystemWasChanged()
+    {
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(False)\n"
+                       "it.systemChanged = False\nit.outdated = True\n"
+                       "raise dnf.exceptions.Error('not begun')"));
+        backEnd->answers.take();
+        QVERIFY(!yumIO().systemChanged());
+        QVERIFY(yumIO().isOutdated());
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "it.systemChanged = True\nit.outdated = False"));
+        backEnd->answers.take();
+        QVERIFY(yumIO().systemChanged());
+        QVERIFY(!yumIO().isOutdated());
+        backEnd->run("del it.systemChanged, it.outdated");
+    }
+
+    void whatThereIsToSayOfASuccessIsShown()
+    {
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "it.remarks = ['No history', 'No script']"));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 2);
+        QCOMPARE(shown[1].title, QString("VYRE Yum Warning"));
+        QCOMPARE(shown[1].text, QString("No history\n\nNo script"));
+        backEnd->run("del it.remarks");
+    }
+
+    void whatIsOnlyTestedStaysMarked()
+    {
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                       "return False"));
+        QCOMPARE(backEnd->answers.take().count(), 1);
+    }
+
+    void theScriptAddsLinesToTheListing()
+    {
+        QVERIFY(apply("addToListing('too early')\nyumIOC.listTransaction(None, [])\n"
+                      "addToListing('Enabling module streams:\\n\\tgr\\u00f6ve 1\\n')\n"
+                      "yumIOC.reportRemoveSize([])\nyumIOC.userconfirm()"));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].text,
+                 QString("Transaction to be performed:\nEnabling module streams:\n\tgr\u00f6ve 1\n"
+                         "No downloads; only removals\n"));
+    }
+
+    void theScriptSaysOnTheBarWhatItWaitsFor()
+    {
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "changeActivity('Waiting for w\\u00e4scher (17)')\n"
+                      "seen.append(look())"));
+        backEnd->answers.take();
+        QCOMPARE(backEnd->text("seen"), QString("[['Running Transaction: Total Progress (1%) 100/9100', "
+                                                "'Waiting for w\u00e4scher (17) (0%) 0/1']]"));
+        // There are no bars to say it on.
+        backEnd->run("changeActivity('later')");
+    }
+
+    void whatIsWaitedForIsShownUntilTheWaitIsOver()
+    {
+        QVERIFY(!yumIO().endWaiting());
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "goes = [waitForLock('Waiting for w\\u00e4scher (17)'), waitForLock('Waiting for x')]\n"
+                      "seen.append(look()[1])\n"
+                      "goes.append(waitForLock(None))\n"
+                      "seen.extend([look()[1], goes])"));
+        backEnd->answers.take();
+        QCOMPARE(backEnd->text("seen"), QString("['Waiting for x (0%) 0/1', 'Preparing (0%) 0/1', "
+                                                "[True, True, True]]"));
+        // The graphical thread never waits.
+        backEnd->run("seen.append([waitForLock('later'), waitForLock(None)])");
+        QCOMPARE(backEnd->text("seen[-1]"), QString("[False, True]"));
+        QVERIFY(!yumIO().endWaiting());
+    }
+
+    void aWaitThatIsEndedEndsTheOperationWithoutAMessage()
+    {
+        backEnd->run("import time\nended = []");
+        QTimer timer;
+        bool ended = false;
+        connect(&timer, &QTimer::timeout, &timer, [&] { ended = ended || yumIO().endWaiting(); });
+        timer.start(10);
+        const int before = logLength();
+        QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                       "while waitForLock('Waiting for x'):\n    time.sleep(0.01)\n"
+                       "ended.append(waitForLock(None))\n"
+                       "raise dnf.exceptions.LockError('ended')"));
+        QVERIFY(ended);
+        QCOMPARE(backEnd->text("ended"), QString("[False]"));
+        // The question, and nothing about the failure.
+        QCOMPARE(backEnd->answers.take().count(), 1);
+        QCOMPARE(backEnd->log(before).filter("Unable to apply changes").count(), 1);
+        // The next operation says what is wrong with it again.
+        QVERIFY(!apply("raise dnf.exceptions.Error('broken')"));
+        QCOMPARE(backEnd->answers.take().count(), 1);
+    }
+
+    void marksOutliveACollectionWhereTheyStillMakeSense()
+    {
+        const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
+                             "Package('both', '2.0', arch='i686'), Package('away', '2.0')]\n"
+                             "it.installed = [Package('fresh'), Package('done'), Package('away'), "
+                             "Package('both', arch='i686'), Package('old'), Package('gone')]\n"
+                             "it.available = [Package('tool'), Package('there'), Package('left')]\n"
+                             "it.groups = [Group('tool', 't'), Group('lost', 'l')]");
+        collect(before);
+        mark("fresh", Package::Update);
+        mark("done", Package::Update);
+        mark("away", Package::Remove);
+        mark("old", Package::Remove);
+        mark("gone", Package::Remove);
+        mark("tool", Package::Install);
+        mark("there", Package::Install);
+        backEnd->entry("both", "i386")->action = Package::Update;
+        backEnd->group("lost")->action = Package::Install;
+        const YumIO::Marks marks = yumIO().marks();
+        QCOMPARE(marks.count(), 9);
+        yumIO().clearEntries();
+        // Another program has updated, installed and removed some of them.
+        collect("it.updates = [Package('fresh', '2.0'), Package('both', '2.0', arch='i686')]\n"
+                "it.installed = [Package('fresh'), Package('done', '2.0'), Package('away', '2.0'), "
+                "Package('both', arch='i686'), Package('old'), Package('there')]\n"
+                "it.available = [Package('tool'), Package('left'), Package('gone')]\n"
+                "it.groups = [Group('tool', 't')]");
+        yumIO().restoreMarks(marks);
+        QHash<QString, int> found;
+        for (const Package::Entry* entry : yumIO().records.all()) {
+            if (entry->action != Package::None) {
+                found.insert(entry->name, entry->action);
+            }
+        }
+        QCOMPARE(found, (QHash<QString, int>{{"fresh", Package::Update},
+                                             {"both", Package::Update},
+                                             {"away", Package::Remove},
+                                             {"old", Package::Remove},
+                                             {"tool", Package::Install}}));
+        QCOMPARE(backEnd->group("tool")->action, Package::None);
+    }
+
+    void signalsAreHeldBackWhileTheSystemIsChanged()
+    {
+        // A hangup and a termination, as they would be without the test framework.
+        const std::array<int, 2> numbers{SIGHUP, SIGTERM};
+        std::array<struct sigaction, 2> original;
+        for (size_t i = 0; i < numbers.size(); ++i) {
+            struct sigaction standard = {};
+            standard.sa_handler = SIG_DFL;
+            sigaction(numbers[i], &standard, &original[i]);
+        }
+        // The interpreter knows of its own handlers only.
+        backEnd->run("def held():\n"
+                     "    with open('/proc/self/status') as status:\n"
+                     "        caught = int(status.read().split('SigCgt:')[1].split()[0], 16)\n"
+                     "    return [caught >> number - 1 & 1 for number in (1, 15)]");
+        const bool applied = apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                                   "seen.append(held())\nyumIOC.rpmtransInit(True)\nseen.append(held())\n"
+                                   "yumIOC.rpmtransInit(False)\nseen.append(held())\n"
+                                   "yumIOC.rpmtransDel()\nseen.append(held())");
+        const QString after = backEnd->text("held()");
+        for (size_t i = 0; i < numbers.size(); ++i) {
+            sigaction(numbers[i], &original[i], nullptr);
+        }
+        backEnd->answers.take();
+        QVERIFY(applied);
+        QCOMPARE(backEnd->text("seen"), QString("[[0, 0], [0, 0], [1, 1], [1, 1]]"));
+        QCOMPARE(after, QString("[0, 0]"));
+    }
+};
+
+QTEST_MAIN(YumIORunTest)
+#include "YumIORunTest.moc"
