@@ -1,5 +1,6 @@
 #include "yumio/ScriptValues.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <clocale>
 #include <cstdio>
@@ -459,6 +460,35 @@ QString ScriptValues::txitemFormat(PyObject* item)
 QString ScriptValues::txitemRepoFormat(PyObject* item)
 {
     return txitemFormat(item) + tr(" [%1]").arg(pyStringDec(attribute(item, "from_repo")));
+}
+
+const char* ScriptValues::decodePrcoFlags(PyObject* flags)
+{
+    static const char* const signs[][2] = {{"GT", ">"}, {"GE", ">="}, {"LT", "<"}, {"LE", "<="}, {"EQ", "="}};
+    const char* text = PyUnicode_Check(flags) ? PyUnicode_AsUTF8(flags) : nullptr;
+    if (text == nullptr) {
+        PyErr_Clear();
+        return "";
+    }
+    for (const auto& sign : signs) {
+        if (qstrcmp(text, sign[0]) == 0) {
+            return sign[1];
+        }
+    }
+    return text;
+}
+
+QString ScriptValues::makeSorted(QStringList& list)
+{
+    std::sort(list.begin(), list.end());
+    return list.join(QLatin1Char('\n'));
+}
+
+QString ScriptValues::makeSortedUniq(QStringList& list)
+{
+    std::sort(list.begin(), list.end());
+    list.erase(std::unique(list.begin(), list.end()), list.end());
+    return list.join(QLatin1Char('\n'));
 }
 
 quint64 ScriptValues::splitVersion(const QString& text)

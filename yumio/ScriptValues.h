@@ -10,6 +10,7 @@
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QString>
+#include <QStringList>
 
 #include "python/PyRef.h"
 #include "python/Python.h"
@@ -81,7 +82,14 @@ public:
     QString txitemFormat(PyObject* item);
     QString txitemRepoFormat(PyObject* item);
 
-    // --- Formats of numbers
+    // --- Formats of lists and numbers
+
+    // The sign of a comparison such as "GE", valid as long as the object. Kept for dependencies that the
+    // script gives in parts; dnf gives them as texts.
+    static const char* decodePrcoFlags(PyObject* flags);
+    // One text a line, in order; makeSortedUniq() has each text once.
+    static QString makeSorted(QStringList& list);
+    static QString makeSortedUniq(QStringList& list);
 
     static QString bytesFormat(unsigned long long bytes);
     // The text is valid until the next call. dateFormat() leaves the time of day out; it is kept for callers

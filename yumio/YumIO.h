@@ -354,11 +354,6 @@ private:
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag);
     PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
     void missingAttribute(const char* attr);
-    // The sign of a comparison such as "GE", valid as long as the object. Kept for dependencies that the
-    // script gives in parts; dnf gives them as texts.
-    static const char* decodePrcoFlags(PyObject* flags);
-    static QString makeSorted(QStringList& list);
-    static QString makeSortedUniq(QStringList& list);
     QString textOf(const Package::Entry& entry, const char* attr);
     QString timeOf(const Package::Entry& entry, const char* attr);
 

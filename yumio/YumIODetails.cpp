@@ -3,8 +3,6 @@
 
 #include "yumio/YumIO.h"
 
-#include <algorithm>
-
 #include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
@@ -319,33 +317,4 @@ PyObject* YumIO::headerValue(PyObject* header, const char* tag)
         PyErr_Clear(); // the header has no such tag
     }
     return value;
-}
-
-const char* YumIO::decodePrcoFlags(PyObject* flags)
-{
-    static const char* const signs[][2] = {{"GT", ">"}, {"GE", ">="}, {"LT", "<"}, {"LE", "<="}, {"EQ", "="}};
-    const char* text = PyUnicode_Check(flags) ? PyUnicode_AsUTF8(flags) : nullptr;
-    if (text == nullptr) {
-        PyErr_Clear();
-        return "";
-    }
-    for (const auto& sign : signs) {
-        if (qstrcmp(text, sign[0]) == 0) {
-            return sign[1];
-        }
-    }
-    return text;
-}
-
-QString YumIO::makeSorted(QStringList& list)
-{
-    std::sort(list.begin(), list.end());
-    return list.join(QLatin1Char('\n'));
-}
-
-QString YumIO::makeSortedUniq(QStringList& list)
-{
-    std::sort(list.begin(), list.end());
-    list.erase(std::unique(list.begin(), list.end()), list.end());
-    return list.join(QLatin1Char('\n'));
 }

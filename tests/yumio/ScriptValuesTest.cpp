@@ -444,6 +444,25 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList());
     }
 
+    void comparisonSigns()
+    {
+        const QHash<QString, QString> signs{{"GT", ">"},  {"GE", ">="}, {"LT", "<"},
+                                            {"LE", "<="}, {"EQ", "="},  {"eq", "eq"}};
+        for (auto i = signs.begin(); i != signs.end(); ++i) {
+            const PyRef flags = value("'" + i.key() + "'");
+            QCOMPARE(QString(ScriptValues::decodePrcoFlags(flags.get())), i.value());
+        }
+    }
+
+    void sortedLists()
+    {
+        QStringList list{"b", "a", "B", "b"};
+        QCOMPARE(ScriptValues::makeSorted(list), QString("B\na\nb\nb"));
+        QCOMPARE(list, QStringList({"B", "a", "b", "b"}));
+        QStringList repeats{"b", "a", "B", "b"};
+        QCOMPARE(ScriptValues::makeSortedUniq(repeats), QString("B\na\nb"));
+    }
+
     void packagesOfTheGroupSuiteAreSuites()
     {
         QCOMPARE(values->getPkgKind(value("Thing(group='Suite')").get()), Package::Suite);

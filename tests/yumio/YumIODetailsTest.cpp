@@ -469,25 +469,6 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList(generic));
     }
 
-    void comparisonSigns()
-    {
-        const QHash<QString, QString> signs{{"GT", ">"},  {"GE", ">="}, {"LT", "<"},
-                                            {"LE", "<="}, {"EQ", "="},  {"eq", "eq"}};
-        for (auto i = signs.begin(); i != signs.end(); ++i) {
-            const PyRef flags = backEnd->value("'" + i.key() + "'");
-            QCOMPARE(QString(YumIOProbe::decodePrcoFlags(flags.get())), i.value());
-        }
-    }
-
-    void sortedLists()
-    {
-        QStringList list{"b", "a", "B", "b"};
-        QCOMPARE(YumIOProbe::makeSorted(list), QString("B\na\nb\nb"));
-        QCOMPARE(list, QStringList({"B", "a", "b", "b"}));
-        QStringList repeats{"b", "a", "B", "b"};
-        QCOMPARE(YumIOProbe::makeSortedUniq(repeats), QString("B\na\nb"));
-    }
-
     // --- The package manager itself
 
     void versionOfThePackageManager()

@@ -40,11 +40,8 @@ public:
     using YumIO::warning;
 
     // Details
-    using YumIO::decodePrcoFlags;
     using YumIO::findPackage;
     using YumIO::getRpmHdrValue;
-    using YumIO::makeSorted;
-    using YumIO::makeSortedUniq;
 
     // Operations
     using YumIO::applyGrpConflict;
