@@ -1,5 +1,5 @@
-// A label that shows its text as it is: what comes from packages, repositories, files and servers is never
-// markup. Every label of the program is one.
+// A label that shows its text unchanged. Texts from packages, repositories, files and servers are never
+// markup, so every label of the program is a PlainLabel.
 //
 // Graphical thread; owned by its Qt parent.
 
@@ -17,7 +17,7 @@ public:
     explicit PlainLabel(const QString& text, QWidget* parent = nullptr);
 
 private:
-    using QLabel::setTextFormat; // it stays Qt::PlainText
+    using QLabel::setTextFormat; // the format stays Qt::PlainText
 };
 
 #endif

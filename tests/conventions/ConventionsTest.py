@@ -196,7 +196,7 @@ class ConventionsTest(unittest.TestCase):
 
     def test_const_behind_its_type(self):
         self.change('high/Window.cpp', 'const QString& text', 'QList<QString> const& text')
-        self.assertEqual(self.found(), ['high/Window.cpp:3: the type stands before "const": write "const X&"'])
+        self.assertEqual(self.found(), ['high/Window.cpp:3: "const" is behind its type: write "const X&"'])
 
     def test_number_of_another_type(self):
         self.change('high/Window.cpp', 'Q_EMIT filled();', 'Q_EMIT filled(int(sizeof text));')
@@ -263,7 +263,7 @@ class ConventionsTest(unittest.TestCase):
         self.assertEqual(self.found(status=0), [])
 
     def test_box_that_shows_markup(self):
-        message = 'a box whose text may come from outside takes it for markup: use HMessageBox'
+        message = 'a message box that may show a foreign text as markup: use HMessageBox'
         self.change('high/Window.cpp', 'tr("It failed.")', 'tr("%1 failed.").arg(text)')
         self.assertEqual(self.found(), ['high/Window.cpp:12: ' + message])
         self.setUp()
@@ -287,8 +287,8 @@ class ConventionsTest(unittest.TestCase):
                 self.setUp()
                 name = next(name for name in ('setToolTip', 'setWindowTitle', 'showText') if name in call)
                 self.change('high/Window.cpp', '    Q_EMIT', '    ' + call + '\n    Q_EMIT')
-                self.assertEqual(self.found(), ['high/Window.cpp:13: a text that may come from outside is shown as '
-                                                'it is by a function of Literal only: ' + name])
+                self.assertEqual(self.found(), ['high/Window.cpp:13: a foreign text that Qt may interpret: use a '
+                                                'function of Literal in ' + name])
                 self.change('high/Window.cpp', call, wrapped)
                 self.assertEqual(self.found(status=0), [])
 

@@ -19,11 +19,11 @@ private Q_SLOTS:
              {static_cast<const QLabel*>(&made), static_cast<const QLabel*>(&changed)}) {
             QCOMPARE(label->textFormat(), Qt::PlainText);
             QCOMPARE(label->text(), markup);
-            QVERIFY(label->sizeHint().width() > usual.sizeHint().width()); // the marks take room
+            QVERIFY(label->sizeHint().width() > usual.sizeHint().width()); // the tags are shown
         }
     }
 
-    void parentOwnsIt()
+    void parentOwnsTheLabel()
     {
         QPointer<PlainLabel> label;
         {
@@ -34,7 +34,7 @@ private Q_SLOTS:
         QVERIFY(label.isNull());
     }
 
-    void assistiveProgramsAndStylesTakeItForALabel()
+    void assistiveProgramsAndStyleSheetsRecogniseALabel()
     {
         PlainLabel label(QStringLiteral("text"));
         QAccessibleInterface* found = QAccessible::queryAccessibleInterface(&label);
