@@ -2,13 +2,14 @@
 
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
-#include "packagetable/View.h"
+#include "widgets/HTableView.h"
 #include "widgets/Icons.h"
 
 namespace PackageTable {
 
-ActionContextMenu::ActionContextMenu(Model* packages, View* parentView)
-    : QMenu(parentView), model(packages), view(parentView)
+ActionContextMenu::ActionContextMenu(Model* packages, SortFilterProxyModel* sortedRows,
+                                     HTableView* parentView)
+    : QMenu(parentView), model(packages), proxy(sortedRows), view(parentView)
 {
     const auto add = [this](const char* icon, const QString& text, const char* slot) {
         QAction* action = addAction(Icons::shared(QLatin1String(icon)), text);
@@ -22,10 +23,15 @@ ActionContextMenu::ActionContextMenu(Model* packages, View* parentView)
     connect(noneAction, SIGNAL(triggered()), this, SLOT(handleNoneAction()));
 }
 
+QModelIndexList ActionContextMenu::selectedRows() const
+{
+    return proxy->mapToSource(view->selectedRows());
+}
+
 void ActionContextMenu::exec(QModelIndex sourceIndex, const QPoint& globalPos)
 {
     clicked = sourceIndex;
-    QModelIndexList rows = view->selectedRows();
+    QModelIndexList rows = selectedRows();
     if (rows.isEmpty()) {
         rows.append(sourceIndex);
     }
@@ -66,12 +72,12 @@ void ActionContextMenu::handleNoneAction()
 
 void ActionContextMenu::handleAction(Package::Action action)
 {
-    const QModelIndexList rows = view->selectedRows();
+    const QModelIndexList rows = selectedRows();
     if (rows.isEmpty()) {
         model->setAction(clicked, action);
         return;
     }
-    const SortFilterProxyModel::SortPause pause(view->sorted());
+    const SortFilterProxyModel::SortPause pause(*proxy);
     for (const QModelIndex& row : rows) {
         if (model->entry(row.row())->permits(action)) {
             model->setAction(row, action);

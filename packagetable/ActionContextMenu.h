@@ -7,21 +7,24 @@
 #define PACKAGETABLE_ACTIONCONTEXTMENU_H
 
 #include <QMenu>
+#include <QModelIndexList>
 #include <QPersistentModelIndex>
 
 #include "yumio/Package.h"
 
+class HTableView;
+
 namespace PackageTable {
 
 class Model;
-class View;
+class SortFilterProxyModel;
 
 class ActionContextMenu : public QMenu
 {
     Q_OBJECT
 
 public:
-    ActionContextMenu(Model* packages, View* parentView);
+    ActionContextMenu(Model* packages, SortFilterProxyModel* sortedRows, HTableView* parentView);
 
     // Runs the menu for a source index, at a place on the screen.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
@@ -34,9 +37,11 @@ private Q_SLOTS:
 
 private:
     void handleAction(Package::Action action);
+    QModelIndexList selectedRows() const; // source indexes
 
     Model* model;
-    View* view;
+    SortFilterProxyModel* proxy;
+    HTableView* view;
     QAction* updateAction;
     QAction* installAction;
     QAction* removeAction;

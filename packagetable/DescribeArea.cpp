@@ -12,7 +12,7 @@
 #include <algorithm>
 
 #include "app/base/Fonts.h"
-#include "packagetable/DescribeDialog.h"
+#include "packagetable/DescribeHost.h"
 #include "packagetable/DescribeRepoDialog.h"
 #include "packagetable/PackageTable.h"
 #include "repo/RepoBrowse.h"
@@ -53,18 +53,18 @@ public:
 class Area::Busy
 {
 public:
-    explicit Busy(Area& ofArea) : dialog(ofArea.dialog) { dialog->setReady(false); }
-    ~Busy() { dialog->setReady(true); }
+    explicit Busy(Area& ofArea) : host(ofArea.host) { host->setReady(false); }
+    ~Busy() { host->setReady(true); }
     Busy(const Busy&) = delete;
     Busy& operator=(const Busy&) = delete;
 
 private:
-    Describe::Dialog* dialog;
+    Describe::Host* host;
 };
 
-Area::Area(Describe::Dialog* describeDialog, QVBoxLayout* layout, YumIO* backEnd,
-           const Package::Entry& record, YumConfIO* configuration, bool primary)
-    : dialog(describeDialog), yumIO(backEnd), entry(&record), yumConfIO(configuration),
+Area::Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
+           YumConfIO* configuration, bool primary)
+    : host(window), yumIO(backEnd), entry(&record), yumConfIO(configuration),
       dialogParent(layout->parentWidget()), textDialog(nullptr), repoDialog(nullptr), inner(new Pairs),
       grid(new QGridLayout(inner)), scrollArea(new HScrollArea(columns, rows, nullptr)),
       nextRow(0), filesButton{QString(), nullptr}, changeLogButton{QString(), nullptr}, repoButton(nullptr),
@@ -273,7 +273,7 @@ void Area::handleChangeLog()
 {
     const Busy busy(*this);
     yumIO->loadChangeLog(*entry);
-    if (dialog->isClosing()) {
+    if (host->isClosing()) {
         return;
     }
     const QString text = yumIO->getChangeLog(*entry);

@@ -26,7 +26,7 @@ class Entry;
 namespace PackageTable {
 namespace Describe {
 
-class Dialog;
+class Host;
 
 namespace Instance {
 
@@ -39,7 +39,7 @@ class Area : public QObject
 public:
     // Adds its widgets to the layout, which the layout's widget owns. Nothing else is owned. The primary area
     // tells everything; the others tell what sets one version apart from another.
-    Area(Describe::Dialog* describeDialog, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
+    Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
          YumConfIO* configuration, bool primary);
 
     // Each adds what it is given to the row, and goes on to the next one; without a value nothing is added.
@@ -78,7 +78,7 @@ private:
     void layOut();
     void showText(const QString& title, const QString& text);
 
-    Describe::Dialog* dialog;
+    Describe::Host* host;
     YumIO* yumIO;
     const Package::Entry* entry;
     YumConfIO* yumConfIO;

@@ -10,6 +10,8 @@
 #include <QDialog>
 #include <QList>
 
+#include "packagetable/DescribeHost.h"
+
 class QHBoxLayout;
 class QPushButton;
 class YumConfIO;
@@ -25,7 +27,7 @@ namespace Instance {
 class Area;
 }
 
-class Dialog : public QDialog
+class Dialog : public QDialog, public Host
 {
     Q_OBJECT
 
@@ -36,11 +38,8 @@ public:
     // Fetches all texts now. The back end, the record and the configuration (which may be null) are not owned
     // and must stay until the dialog has been closed.
     void config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO);
-    // While it is not ready, as when an area waits for the back end, it cannot be closed and no second thing
-    // can be asked for. A request to close it ends a wait for another process, and it closes afterwards.
-    void setReady(bool isReady);
-    // Whether it closes as soon as it is ready again.
-    bool isClosing() const { return closing; }
+    void setReady(bool isReady) override;
+    bool isClosing() const override { return closing; }
 
     void setVisible(bool visible) override;
 

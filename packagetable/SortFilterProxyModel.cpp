@@ -330,6 +330,16 @@ QModelIndex SortFilterProxyModel::mapToSource(const QModelIndex& listed) const
     return source->index(listedRows[static_cast<size_t>(listed.row())], listed.column());
 }
 
+QModelIndexList SortFilterProxyModel::mapToSource(const QModelIndexList& listed) const
+{
+    QModelIndexList rows;
+    rows.reserve(listed.size());
+    for (const QModelIndex& each : listed) {
+        rows.append(mapToSource(each));
+    }
+    return rows;
+}
+
 QModelIndex SortFilterProxyModel::mapFromSource(const QModelIndex& sourceIndex) const
 {
     map();

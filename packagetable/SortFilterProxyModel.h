@@ -76,6 +76,7 @@ public:
     QVariant data(const QModelIndex& listed, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     QModelIndex mapToSource(const QModelIndex& listed) const override;
+    QModelIndexList mapToSource(const QModelIndexList& listed) const;
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 

@@ -132,12 +132,7 @@ View::~View() = default;
 
 QModelIndexList View::selectedRows() const
 {
-    QModelIndexList rows;
-    const QModelIndexList allListed = HTableView::selectedRows();
-    for (const QModelIndex& listed : allListed) {
-        rows.append(proxy->mapToSource(listed));
-    }
-    return rows;
+    return proxy->mapToSource(HTableView::selectedRows());
 }
 
 void View::resizeColumnsToContents()
@@ -340,7 +335,7 @@ void View::handleCustomContextMenuRequested(const QPoint& pos)
     const QPoint globalPos = viewport()->mapToGlobal(pos);
     if (sourceIndex.isValid() && sourceIndex.column() == ActionColumn) {
         if (actionMenu == nullptr) {
-            actionMenu = new ActionContextMenu(model, this);
+            actionMenu = new ActionContextMenu(model, proxy, this);
         }
         actionMenu->exec(sourceIndex, globalPos);
         Q_EMIT stateChanged(-1);

@@ -33,8 +33,6 @@ public:
     // Source indexes.
     QModelIndexList selectedRows() const;
 
-    SortFilterProxyModel& sorted() const { return *proxy; }
-
     // What is drawn in place of rows when none is listed; plain text.
     void setEmptyText(const QString& text);
 

@@ -125,7 +125,8 @@ class ConventionsTest(unittest.TestCase):
 
     def test_include_of_a_folder_above(self):
         self.change('low/Thing.cpp', '#include <QLabel>', '#include "high/Window.h"')
-        self.assertEqual(self.found(), ['low/Thing.cpp:3: low does not link the folder of "high/Window.h"'])
+        self.assertEqual(self.found(), ['low/Thing.cpp:3: a circular include: high/Window -> low/Thing -> high/Window',
+                                        'low/Thing.cpp:3: low does not link the folder of "high/Window.h"'])
 
     def test_include_of_a_test(self):
         self.write('tests/low/Made.h', '// Made.\n\n#ifndef TESTS_LOW_MADE_H\n#define TESTS_LOW_MADE_H\n#endif\n')
@@ -154,7 +155,21 @@ class ConventionsTest(unittest.TestCase):
         self.write('tests/low/OtherTest.cpp', '#include "low/Other.h"\n')
         self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Other LINKS vyre_low)\n')
         self.change('low/Thing.h', 'class Thing', '#include "low/Other.h"\n\nclass Thing')
-        self.assertEqual(self.found(), ['low/Other.h:5: a circular include: low/Thing.h -> low/Other.h -> low/Thing.h'])
+        self.assertEqual(self.found(), ['low/Other.h:5: a circular include: low/Thing -> low/Other -> low/Thing'])
+
+    def test_circle_of_a_source_and_a_header(self):
+        self.write('low/Other.h', '// Another.\n\n#ifndef LOW_OTHER_H\n#define LOW_OTHER_H\n#endif\n')
+        self.write('low/Other.cpp', '#include "low/Other.h"\n\n#include "low/Thing.h"\n')
+        self.write('tests/low/OtherTest.cpp', '#include "low/Other.h"\n')
+        self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Other LINKS vyre_low)\n')
+        self.change('low/CMakeLists.txt', 'Thing.cpp', 'Thing.cpp Other.cpp')
+        self.assertEqual(self.found(status=0), [])
+        finding = ['low/Other.cpp:3: a circular include: low/Thing -> low/Other -> low/Thing']
+        self.change('low/Thing.cpp', '#include <QLabel>', '#include "low/Other.h"')
+        self.assertEqual(self.found(), finding)
+        self.change('low/Thing.cpp', '#include "low/Other.h"', '#include <QLabel>')
+        self.change('low/Thing.h', 'class Thing', '#include "low/Other.h"\n\nclass Thing')
+        self.assertEqual(self.found(), finding)
 
     def test_header_of_the_interpreter_in_a_window(self):
         self.change('high/Window.cpp', '#include "high/Window.h"\n',

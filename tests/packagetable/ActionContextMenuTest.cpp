@@ -89,7 +89,7 @@ void ActionContextMenuTest::cleanupTestCase()
 
 void ActionContextMenuTest::itListsTheActionsWithTheirIcons()
 {
-    const ActionContextMenu menu(&shown->model, shown->view);
+    const ActionContextMenu menu(&shown->model, &shown->proxy, shown->view);
     QCOMPARE(shownIn(menu), (QStringList{"&Update", "&Install", "&Remove", "&No Action"}));
     const char* const icons[] = {"icons/update.png", "icons/install.png", "icons/remove.png"};
     for (int i = 0; i < 3; ++i) {

@@ -1,15 +1,18 @@
-#include "yumio/WorkerThreads.h"
+// The graphical thread's side of the workers: it starts one, waits for it, and ends its waits.
+
+#include "yumio/YumIO.h"
 
 #include <csignal>
 
 #include <dlfcn.h>
 
+#include <QEventLoop>
+#include <QThread>
 #include <QTimer>
 
 #include "services/Unattended.h"
 #include "services/YumIOCapturers.h"
 #include "yumio/EndSignals.h"
-#include "yumio/YumIO.h"
 
 namespace {
 
