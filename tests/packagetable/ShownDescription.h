@@ -1,0 +1,55 @@
+// The base of the tests of the windows that describe a package: records, repositories, and a description on
+// the display.
+
+#ifndef TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
+#define TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+#include <memory>
+
+#include "packagetable/DescribeDialog.h"
+#include "packagetable/DescribeRepoDialog.h"
+#include "repo/YumConfIO.h"
+#include "tests/packagetable/Described.h"
+#include "tests/packagetable/Table.h"
+
+class ShownDescription : public QObject
+{
+    Q_OBJECT
+
+protected:
+    using S = StandIn;
+    using Dialog = PackageTable::Describe::Dialog;
+    using RepoDialog = PackageTable::Describe::Instance::RepoDialog;
+
+    // A text that would be markup.
+    static constexpr char markup[] = "<b>bold</b> &amp; <img src=x> <script>alert(1)</script>";
+
+    // Shows the description of a record and does something with it.
+    void describe(const QString& name, const std::function<void(Dialog&)>& use);
+    // The record is "it", and the only one.
+    void available(const QJsonObject& attributes);
+    void installed(const QJsonObject& attributes);
+    void repo(const QString& id, const QString& name, const QString& urls, const QString& mirrorList);
+    // The text dialog that opens when a button is pressed: its title and its text.
+    static QStringList textBehind(QPushButton* button);
+    void setLoaded(bool fileLists, bool otherData);
+
+    std::unique_ptr<Table> table;
+    QList<YumRepoEnabled> requests;
+    QHash<QString, bool> session;
+    std::unique_ptr<YumConfIO> conf;
+    std::unique_ptr<QWidget> window;
+    std::unique_ptr<Dialog> dialog;
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+};
+
+#endif
