@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""vyre-admin on a system with a real polkit: who is asked, and what reaches root.
+"""Tests of vyre-admin on a system with a real polkit: who must authenticate, and what root receives.
 
 usage: AdministratorTest.py CMAKE BUILD [options of unittest...]
 
-All runs in name spaces of its own, where this system has an installation of what was built, two more users, its own
-message bus and polkit. Nothing of that is there for anybody else.
+Everything runs in separate name spaces. There this system has the built program installed, two more users, its own
+message bus and its own polkit. Other processes do not see any of this.
 """
 import getopt
 import importlib.machinery
@@ -58,7 +58,7 @@ class AdministratorTest(unittest.TestCase):
                 os.remove(path)
 
     def start(self, *arguments, password=PASSWORD, unset=(), command=(ADMIN,), uid=UID, **environment):
-        """Start vyre-admin as the user does from a desktop. The password is None when nobody could be asked."""
+        """Start vyre-admin as the user does on a desktop. With None as password there is no agent."""
         variables = {'DISPLAY': self.display.name, 'HOME': self.system.home, 'USER': NAME, 'LOGNAME': NAME,
                      'LANG': 'C.UTF-8', 'PATH': '/usr/local/bin:/usr/bin:/bin', 'SHELL': '/bin/sh',
                      'XDG_RUNTIME_DIR': self.system.runtime}
@@ -66,7 +66,7 @@ class AdministratorTest(unittest.TestCase):
         for name in unset:
             del variables[name]
         self.out, self.err = tempfile.TemporaryFile('w+'), tempfile.TemporaryFile('w+')
-        # The process waits, so that the agent can be told of it.
+        # The process waits until its agent is registered.
         self.process = subprocess.Popen(
             ['/bin/sh', '-c', 'read go; umask 0; exec "$0" "$@"'] + list(command) + list(arguments), env=variables,
             stdin=subprocess.PIPE, stdout=self.out, stderr=self.err, cwd='/', start_new_session=True,
@@ -77,13 +77,13 @@ class AdministratorTest(unittest.TestCase):
         self.process.stdin.close()
 
     def ended(self):
-        """The exit status, and what was written to standard error."""
+        """The exit status and the text on standard error."""
         status = self.process.wait(60)
         self.err.seek(0)
         return status, self.err.read()
 
     def vyre(self):
-        """The process of VYRE, when its main window is on the display."""
+        """The process of VYRE, after its main window has opened."""
         def look():
             if self.process.poll() is not None:
                 raise AssertionError('ended with {}'.format(self.ended()))
@@ -92,7 +92,7 @@ class AdministratorTest(unittest.TestCase):
         return int(self.display.do('getwindowpid', window))
 
     def quit(self):
-        """Press the key that ends VYRE until it is of effect."""
+        """Press the key that ends VYRE until it has an effect."""
         for _ in range(200):
             window = self.display.windows('^VYRE - ')
             if window:
@@ -113,7 +113,7 @@ class AdministratorTest(unittest.TestCase):
             return dict(entry.split('=', 1) for entry in stream.read().split('\0') if entry)
 
     def dismiss_message(self):
-        """The message that those get who have no terminal."""
+        """Close the message that users without a terminal get."""
         window = wait_for(lambda: self.display.windows('^VYRE$'), 'the message')[0]
         self.display.do('windowkill', window)
 
@@ -122,7 +122,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.windows('^VYRE - '), [])
 
     def end(self):
-        """The same, when another process is to be started."""
+        """The same as ended(); afterwards another process can be started."""
         try:
             return self.ended()
         finally:
@@ -133,26 +133,26 @@ class AdministratorTest(unittest.TestCase):
                 stream.close()
             self.process = None
 
-    def record_what_vyre_is_given(self):
-        """Put a stand-in in the place of VYRE for this test."""
+    def record_the_start_of_vyre(self):
+        """Replace VYRE by a stand-in for this test."""
         os.rename('/usr/bin/vyre', '/usr/bin/vyre.real')
         self.addCleanup(os.rename, '/usr/bin/vyre.real', '/usr/bin/vyre')
         write('/usr/bin/vyre', RECORDER.format(path=self.system.recorded))
         os.chmod('/usr/bin/vyre', 0o755)
 
-    def let_user_in_without_cookie(self):
-        """As the X servers do that some Wayland desktops start."""
+    def permit_user_without_cookie(self):
+        """Permit the user on the display, as the X servers of some Wayland desktops do."""
         self.display.xhost('+si:localuser:' + NAME)
 
-    # What reaches root
+    # What root receives
 
-    def test_vyre_runs_as_root_on_the_display_of_the_user_and_takes_nothing_else_over(self):
+    def test_vyre_runs_as_root_on_the_display_of_the_user_and_inherits_nothing_else(self):
         cookies = self.system.runtime + '/cookies'
         self.display.write_cookie(cookies, UID)
         hurtful = os.path.join(self.system.home, 'hurtful')
         arguments = ['--regexp=$(touch {0}); `touch {0}` "\'*'.format(hurtful), '--state', 'all; touch ' + hurtful,
                      '--disablerepo=a b\nc']
-        # An argument with a blank in it is none of the known states.
+        # An argument with a blank in it is not a known state.
         self.start(*arguments, XAUTHORITY=cookies)
         self.dismiss_message()
         self.assertIn('vyre: unrecogized argument to -s/--state option: all; touch ' + hurtful + '\n', self.ended()[1])
@@ -183,10 +183,10 @@ class AdministratorTest(unittest.TestCase):
         directory = os.stat('/run/vyre')
         self.assertEqual((stat.S_IMODE(directory.st_mode), directory.st_uid), (0o700, 0))
         self.assertFalse(os.path.exists(hurtful))
-        # With a cookie nobody else has to be let in.
+        # With a cookie no further permission is necessary.
         self.assertEqual(self.display.let_in(), [])
 
-        # The user's browser is started as the user, and finds the display.
+        # The user's browser runs as the user, and finds the display.
         run('/usr/share/vyre/webbrowser', 'https://vyre.example/', env=environment)
         with open(wait_for(lambda: os.path.exists(self.system.opened) and self.system.opened, 'the browser')) as stream:
             opened = json.load(stream)
@@ -204,9 +204,9 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), [])
         self.quit()
 
-    def test_without_a_cookie_root_is_let_in_for_as_long_as_vyre_runs(self):
-        self.let_user_in_without_cookie()
-        # That of another display does not count.
+    def test_without_a_cookie_root_is_permitted_while_vyre_runs(self):
+        self.permit_user_without_cookie()
+        # The cookie of another display does not count.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
         os.chown(self.system.home + '/.Xauthority', UID, UID)
         self.start()
@@ -215,16 +215,16 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_root_stays_let_in_where_it_was_before(self):
-        self.let_user_in_without_cookie()
+    def test_an_existing_permission_of_root_stays(self):
+        self.permit_user_without_cookie()
         self.display.xhost('+si:localuser:root')
         self.start()
         self.vyre()
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
 
-    def test_an_end_of_the_session_takes_the_permission_back_and_leaves_vyre_alone(self):
-        self.let_user_in_without_cookie()
+    def test_the_end_of_the_session_removes_the_permission_and_does_not_end_vyre(self):
+        self.permit_user_without_cookie()
         self.start()
         vyre = self.vyre()
         self.process.terminate()
@@ -240,19 +240,19 @@ class AdministratorTest(unittest.TestCase):
         vyre = self.vyre()
         self.assertEqual(self.status(vyre, 'Uid'), '0\t0\t0\t0')
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
-        # The compositor has no keyboard here.
+        # This compositor has no keyboard.
         os.kill(vyre, signal.SIGTERM)
-        # While it reads the metadata, it says that this was cut off.
+        # If it is reading the metadata, it reports the interruption.
         self.assertEqual(self.ended()[0], 128 + signal.SIGTERM)
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_what_a_process_hands_on_is_set_back_for_root(self):
-        self.record_what_vyre_is_given()
+    def test_inherited_settings_are_reset_for_root(self):
+        self.record_the_start_of_vyre()
         self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID)
         self.assertEqual(self.end(), (0, ''))
         given = self.system.record()
         self.assertEqual(given['status']['Uid'], '0\t0\t0\t0')
-        # The interpreter that runs the stand-in ignores two of them itself.
+        # The interpreter that runs the stand-in itself ignores two signals.
         ignored = sum(1 << (number - 1) for number in (signal.SIGPIPE, signal.SIGXFSZ))
         for field, expected in (('SigBlk', 0), ('SigPnd', 0), ('ShdPnd', 0), ('SigIgn', ignored)):
             with self.subTest(field):
@@ -272,14 +272,14 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual((given['directory'], given['status']['Umask']), ('/root', '0022'))
         self.assertEqual(len(given['descriptors']), 3)
 
-    def test_vyre_comes_up_whatever_a_process_hands_on(self):
+    def test_vyre_starts_with_any_inherited_settings(self):
         self.start('--keep-cwd', ADMIN, command=HOSTILE_PKEXEC, password=None, uid=TRUSTED_UID,
                    XAUTHORITY=self.trusted_cookies())
         self.vyre()
         self.quit()
 
     def test_a_limit_that_cannot_be_reset_is_refused(self):
-        self.record_what_vyre_is_given()
+        self.record_the_start_of_vyre()
         for option, name in (('--fsize=65536', 'the size of files'), ('--cpu=100', 'processor time'),
                              ('--as=2000000000', 'the address space'), ('--data=1000000000', 'the size of data'),
                              ('--nofile=50', 'the number of open files')):
@@ -289,12 +289,12 @@ class AdministratorTest(unittest.TestCase):
                 self.assertEqual((done.returncode, done.stderr),
                                  (1, 'vyre-admin: the limit on {} cannot be reset\n'.format(name)))
                 self.assertIsNone(self.system.record())
-        # Where there is nothing to set back, nothing is refused.
+        # If no limit has to be reset, nothing is refused.
         run('setpriv', '--bounding-set=-sys_resource', ADMIN, env={'PKEXEC_UID': str(UID)})
         self.assertIsNotNone(self.system.record())
 
     def test_closed_standard_streams_do_not_matter(self):
-        self.record_what_vyre_is_given()
+        self.record_the_start_of_vyre()
         for closed in ('<&-', '>&-', '2>&-', '<&- >&-', '<&- 2>&-', '>&- 2>&-', '<&- >&- 2>&-'):
             with self.subTest(closed):
                 self.start(command=['/bin/sh', '-c', 'exec {} {}'.format(ADMIN, closed)], password=None,
@@ -309,8 +309,8 @@ class AdministratorTest(unittest.TestCase):
         self.display.write_cookie(cookies, TRUSTED_UID)
         return cookies
 
-    def test_options_that_help_lists_are_taken_in_all_their_spellings(self):
-        self.record_what_vyre_is_given()
+    def test_listed_options_are_accepted_in_all_their_spellings(self):
+        self.record_the_start_of_vyre()
         for words, expected in (
                 ([], []), (['--'], []), (['-r', '--repo-editor', '--rep'], ['--repo-editor'] * 3),
                 (['-grl'], ['--groups', '--repo-editor', '--log']), (['--duplicates', '--du'], ['--duplicates'] * 2),
@@ -333,8 +333,8 @@ class AdministratorTest(unittest.TestCase):
                     self.assertEqual(self.end(), (0, ''))
                     self.assertEqual(self.system.record()['arguments'], expected)
 
-    def test_arguments_are_read_as_vyre_reads_them(self):
-        """Words by chance are refused, or what VYRE is given means the same and is nothing to Qt."""
+    def test_arguments_are_parsed_as_in_vyre(self):
+        """Random words are refused, or VYRE gets equivalent words that mean nothing to Qt."""
         admin = importlib.machinery.SourceFileLoader('admin', ADMIN).load_module()
         letters = {'-h': '--help', '-H': '--help', '-m': '--mode', '-e': '--regexp', '-s': '--state', '-g': '--groups',
                    '-r': '--repo-editor', '-l': '--log'}
@@ -370,10 +370,10 @@ class AdministratorTest(unittest.TestCase):
                 self.assertIsNone(None if '-style' in ' '.join(words) else arguments, words)
         self.assertGreater(taken, 500)
 
-    def test_everything_else_is_refused_before_anybody_is_asked(self):
-        self.let_user_in_without_cookie()
+    def test_other_arguments_are_refused_before_the_authentication(self):
+        self.permit_user_without_cookie()
         directory = self.system.plug_ins
-        for words, told in (
+        for words, refused in (
                 (['-platformpluginpath', directory + '/platforms', '-platform', 'marking'], '-platformpluginpath'),
                 (['--platformpluginpath', directory + '/platforms', '--platform', 'marking'], '--platformpluginpath'),
                 (['-g', '-platform', 'offscreen'], '-platform'), (['-platformtheme', 'marking'], '-platformtheme'),
@@ -387,28 +387,28 @@ class AdministratorTest(unittest.TestCase):
                 (['-testability'], '-testability'), (['-session', 'x'], '-session'), (['-display', ':1'], '-display'),
                 (['-qmljsdebugger=port:1,file:/x'], '-qmljsdebugger=port:1,file:/x'), (['-reverse'], '-reverse'),
                 (['-geometry', '1x1'], '-geometry'),
-                # Where vyre would see the argument of one of its own.
+                # Words at which vyre expects the argument of an option.
                 (['-e', '-platformpluginpath', '--log'], '-platformpluginpath'),
                 (['--regexp', '--platform', '-gl'], '--platform'),
                 (['--disablerepo', '-stylesheet=/etc/shadow'], '-stylesheet=/etc/shadow'),
                 (['-gm', '-style'], '-style'),
-                # What vyre itself does not take.
+                # Words that vyre itself refuses.
                 (['-d'], '-d'), (['-gd'], '-gd'), (['--d'], '--d'), (['--log=x'], '--log=x'), (['--foo'], '--foo'),
                 (['foo'], 'foo'), (['--', '-g'], '--'), (['-'], '-'), (['-g', ''], '')):
             with self.subTest(words):
                 message = 'vyre-admin: "{}" is refused; vyre-admin takes the options that --help lists, and -style ' \
-                          'NAME\n'.format(told)
+                          'NAME\n'.format(refused)
                 self.start(*words, password=None)
                 self.dismiss_message()
                 self.assertEqual(self.end(), (1, message))
-                # Anyone can leave the first run out.
+                # Anyone can skip the first run.
                 self.start(*words, command=PKEXEC + (ADMIN,), password=None, uid=TRUSTED_UID,
                            XAUTHORITY=self.trusted_cookies())
                 self.assertEqual(self.end(), (1, message))
         self.assertEqual(self.system.marks(), [])
 
-    def test_an_argument_that_is_missing_is_reported_before_anybody_is_asked(self):
-        self.let_user_in_without_cookie()
+    def test_a_missing_argument_is_reported_before_the_authentication(self):
+        self.permit_user_without_cookie()
         for word in ('-m', '-ge', '--regexp', '--sta', '-style'):
             with self.subTest(word):
                 self.start(word, password=None)
@@ -419,7 +419,7 @@ class AdministratorTest(unittest.TestCase):
         directory = self.system.plug_ins
         client = self.display.client['env']
 
-        # They are ones that VYRE would load.
+        # Libraries that VYRE would load.
         def load(*words, **environment):
             run('/usr/bin/vyre', *words, '--help', check=False,
                 env=dict(client, VYRESHARE='/usr/share/vyre', **environment))
@@ -444,7 +444,7 @@ class AdministratorTest(unittest.TestCase):
         code = 'import os\nif os.geteuid() == 0:\n    open({!r}, "w").close()\n'
         for name in ('sitecustomize.py', 'usercustomize.py', 'struct.py', 'python/YumIO.py'):
             write(os.path.join(hurtful, name), code.format(os.path.join(hurtful, os.path.basename(name)) + '.0'))
-        # The first run, too, is the user's own here, who may load what he wants there.
+        # Here the first run also belongs to the user, who may load any library in it.
         cookies = self.trusted_cookies()
         for command in ((ADMIN, '-style=marking'), PKEXEC + (ADMIN, '-style', 'marking')):
             with self.subTest(command):
@@ -460,14 +460,14 @@ class AdministratorTest(unittest.TestCase):
                 os.kill(self.vyre(), signal.SIGTERM)
                 status, errors = self.end()
                 self.assertEqual(status, 128 + signal.SIGTERM)
-                # Nothing of that name is among the styles of the system.
+                # The system has no style of that name.
                 self.assertIn("invalid style override 'marking'", errors)
                 self.assertEqual(self.system.marks(), [])
 
-    # What is refused
+    # Refusals
 
     def test_a_wrong_password_starts_nothing(self):
-        self.let_user_in_without_cookie()
+        self.permit_user_without_cookie()
         self.start(password='weasel')
         self.dismiss_message()
         status, errors = self.ended()
@@ -478,19 +478,20 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
     def test_a_session_without_an_agent_shows_a_message(self):
-        self.let_user_in_without_cookie()
+        self.permit_user_without_cookie()
         self.start(password=None)
         self.dismiss_message()
         status, errors = self.ended()
         self.assertEqual(status, 1)
         self.assertTrue(errors.endswith(NOT_LET), errors)
 
-    def test_who_dismisses_the_question_is_not_told_of_it(self):
-        # The real one ends so when the agent of a desktop has a button pressed for it; that of terminals has none.
+    def test_a_dismissed_question_shows_no_message(self):
+        # The real pkexec ends like this when the user presses a button of a desktop's agent. The agent of terminals
+        # has no such button.
         stand_in = os.path.join(self.system.scratch, 'dismissing')
         write(stand_in + '/pkexec', '#!/bin/sh\necho "pkexec: dismissed" >&2\nexit 126\n')
         os.chmod(stand_in + '/pkexec', 0o755)
-        self.let_user_in_without_cookie()
+        self.permit_user_without_cookie()
         self.start(password=None, PATH=stand_in + ':/usr/bin')
         self.assertEqual(self.ended(), (126, 'pkexec: dismissed\n'))
 
@@ -498,17 +499,17 @@ class AdministratorTest(unittest.TestCase):
         programs = os.path.join(self.system.scratch, 'programs')
         os.mkdir(programs)
         os.symlink('/usr/bin/pkexec', programs + '/pkexec')
-        self.let_user_in_without_cookie()
+        self.permit_user_without_cookie()
         self.start(password=None, PATH=programs)
         self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
                                'xhost is missing\n'.format(self.display.name))
 
-    def test_a_user_whom_the_display_does_not_let_in_gets_one_message(self):
+    def test_a_user_without_permission_on_the_display_gets_one_message(self):
         self.start(password=None)
         self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
                                'xhost has failed\n'.format(self.display.name))
 
-    def test_a_display_that_is_gone_is_told_by_vyre(self):
+    def test_vyre_reports_a_display_that_does_not_exist(self):
         cookies = os.path.join(self.system.home, '.Xauthority')
         run('xauth', '-q', '-f', cookies, 'add', ':987654', '.', COOKIE)
         os.chown(cookies, UID, UID)
@@ -524,16 +525,16 @@ class AdministratorTest(unittest.TestCase):
         self.start(password=None, PATH='/nowhere')
         self.check_not_started('vyre-admin: the program pkexec is missing; root can start VYRE with the command vyre\n')
 
-    # Who needs not be asked
+    # Without authentication
 
-    def test_nobody_authenticates_for_help(self):
+    def test_help_needs_no_authentication(self):
         self.display.write_cookie(self.system.home + '/.Xauthority', UID)
         self.start('--help', password=None)
         self.assertEqual(self.ended(), (1, ''))
         self.out.seek(0)
         self.assertTrue(self.out.read().startswith('usage: vyre [options...]\n'))
 
-    def test_root_is_not_asked(self):
+    def test_root_needs_no_authentication(self):
         done = run(ADMIN, '--state=x', env=dict(self.display.client['env'], VYRESHARE='/usr/share/vyre'), check=False)
         self.assertEqual(done.returncode, 1)
         self.assertEqual(done.stderr, 'vyre: unrecogized argument to -s/--state option: x\n')

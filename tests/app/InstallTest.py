@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""What "cmake --install" lays out: the share directory has to be where the program looks for it, which ShareTest
-tells, and what desktops, polkit and man read has to be where they look for it, and as they want it.
+"""Tests of the files that "cmake --install" installs. The share directory must be in the place that ShareTest names.
+The files for desktops, polkit and man must be valid and in the places where these programs look for them.
 
 usage: InstallTest.py CMAKE BUILD
 """
@@ -54,22 +54,22 @@ class InstallTest(unittest.TestCase):
             return stream.read()
 
     def files(self, top):
-        """All files under that directory, named from there."""
+        """The paths of all files below that directory, relative to it."""
         return {os.path.relpath(os.path.join(directory, name), self.place(top))
                 for directory, _, names in os.walk(self.place(top)) for name in names}
 
     def check_silent(self, *command):
-        """The validator has nothing to say."""
+        """Check that the validator prints nothing."""
         done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               universal_newlines=True, env=dict(os.environ, LC_ALL='C.UTF-8', MANROFFSEQ=''))
         self.assertEqual((done.stdout, done.returncode), ('', 0))
 
-    # Where everything is
+    # The places of the files
 
     def test_program_is_executable(self):
         self.assertTrue(os.access(self.place('usr/bin/vyre'), os.X_OK))
 
-    def test_all_of_the_share_directory_but_the_drawings_is_there(self):
+    def test_the_share_directory_is_installed_without_its_drawings(self):
         source = os.path.join(SOURCE, 'share')
         expected = set()
         for directory, _, names in os.walk(source):
@@ -77,7 +77,7 @@ class InstallTest(unittest.TestCase):
             if 'svg' in relative.split('/') or '__pycache__' in relative:
                 continue
             expected |= {os.path.normpath(os.path.join(relative, name)) for name in names}
-        # Made of the sources of the catalogues.
+        # The build makes these from the sources of the catalogues.
         expected |= {'translations/' + re.sub(r'ts$', 'qm', name)
                      for name in os.listdir(os.path.join(SOURCE, 'translations')) if name.endswith('.ts')}
         installed = self.files(SHARE)
@@ -101,14 +101,14 @@ class InstallTest(unittest.TestCase):
             'usr/share/icons/hicolor/scalable/apps/vyre.svg'} | {icon(size) for size in ICON_SIZES})
         self.assertLessEqual({'README.md', 'CHANGELOG.md'}, self.files(DOC))
 
-    def test_everybody_can_read_everything_and_only_programs_can_be_run(self):
+    def test_everybody_can_read_all_files_and_only_programs_are_executable(self):
         for path in self.files('.'):
             mode = stat.S_IMODE(os.stat(self.place(path)).st_mode)
             program = path.startswith('usr/bin/') or path in (SHARE + '/webbrowser', SHARE + '/mimeviewer')
             self.assertEqual(oct(mode & 0o7555), oct(0o555 if program else 0o444), path)
             self.assertEqual(mode & 0o022, 0, path)
 
-    # What is in it
+    # The contents of the files
 
     def test_icons_have_the_sizes_of_their_directories(self):
         for size in ICON_SIZES:
@@ -122,7 +122,7 @@ class InstallTest(unittest.TestCase):
     def test_desktop_entry_is_valid(self):
         self.check_silent('desktop-file-validate', '--no-hints', self.place(DESKTOP))
 
-    def test_desktop_entry_starts_what_is_installed(self):
+    def test_desktop_entry_starts_an_installed_program(self):
         entry = configparser.ConfigParser(interpolation=None)
         entry.optionxform = str
         entry.read(self.place(DESKTOP))
@@ -137,14 +137,14 @@ class InstallTest(unittest.TestCase):
         done = subprocess.run(['appstreamcli', 'validate', '--no-net', '--no-color', self.place(METAINFO)],
                               stdout=subprocess.PIPE, universal_newlines=True)
         self.assertEqual(done.returncode, 0, done.stdout)
-        # It also gives hints: it does not know the domain, and newer versions want the developer's name in an element
-        # that older ones do not know.
+        # It also prints hints. It does not know the domain, and newer versions expect the developer's name in an
+        # element that older versions do not know.
         found = re.findall('^[EWI]: [^ \n]+ ([^ \n]+)', done.stdout, re.MULTILINE)
         self.assertIn('cid-maybe-not-rdns', found, done.stdout)
         self.assertLessEqual(set(found), {'cid-maybe-not-rdns', 'developer-name-tag-deprecated',
                                           'developer-info-missing'}, done.stdout)
 
-    def test_metainfo_tells_of_what_is_installed(self):
+    def test_metainfo_names_the_installed_files(self):
         component = ElementTree.parse(self.place(METAINFO)).getroot()
         self.assertEqual(component.findtext('launchable'), os.path.basename(DESKTOP))
         self.assertEqual(component.findtext('id') + '.desktop', os.path.basename(DESKTOP))
@@ -154,7 +154,7 @@ class InstallTest(unittest.TestCase):
     def test_policy_is_valid(self):
         self.check_silent('xmllint', '--noout', '--nonet', '--dtdvalid', POLICY_DTD, self.place(POLICY))
 
-    def test_policy_permits_the_starter_to_administrators_and_lets_it_have_the_display(self):
+    def test_policy_permits_vyre_admin_to_administrators_and_gives_it_the_display(self):
         action, = ElementTree.parse(self.place(POLICY)).getroot().findall('action')
         notes = {note.get('key'): note.text for note in action.findall('annotate')}
         path = notes['org.freedesktop.policykit.exec.path']
@@ -163,7 +163,7 @@ class InstallTest(unittest.TestCase):
         self.assertTrue(notes['org.freedesktop.policykit.exec.allow_gui'])
         self.assertEqual({entry.text for entry in action.find('defaults')}, {'auth_admin'})
 
-    def test_manual_pages_are_without_faults(self):
+    def test_manual_pages_have_no_warnings(self):
         for name in os.listdir(self.place(MAN)):
             done = subprocess.run(['man', '--warnings=all', '--encoding=UTF-8', '--local-file', self.place(MAN, name)],
                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, universal_newlines=True,
@@ -171,14 +171,14 @@ class InstallTest(unittest.TestCase):
             self.assertEqual((done.returncode, done.stderr), (0, ''), name)
             self.assertIn(name[:-2].upper() + '(8)', done.stdout)
 
-    def test_licence_is_the_one_that_is_named(self):
+    def test_licence_is_the_named_one(self):
         self.assertTrue(self.read(LICENSE).lstrip().startswith('GNU GENERAL PUBLIC LICENSE'))
         self.assertIn('Version 2, June 1991', self.read(LICENSE))
         self.assertIn('either version 2 of the License, or', self.read(LICENSE))
         self.assertIn('<project_license>GPL-2.0-or-later</project_license>', self.read(METAINFO))
         self.assertIn('GPL-2.0-or-later', self.read(DOC, 'README.md'))
 
-    def test_all_tell_the_same_version(self):
+    def test_all_files_name_the_same_version(self):
         with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
             version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
         change, date = re.search(r'^## (\S+) - (\S+)$', self.read(DOC, 'CHANGELOG.md'), re.MULTILINE).groups()

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The rpm of VYRE that tools/build-rpm packs of what has been built.
+"""Tests of the rpm that tools/build-rpm makes from the build folder.
 
 usage: RpmTest.py CMAKE BUILD
 """
@@ -40,7 +40,7 @@ class RpmTest(unittest.TestCase):
     def requirements(self):
         return {line for line in self.query('--requires') if not line.startswith('rpmlib(')}
 
-    def test_the_command_makes_one_package_and_tells_where(self):
+    def test_the_command_makes_one_package_and_prints_its_path(self):
         with open(os.path.join(SOURCE, 'CMakeLists.txt')) as stream:
             version = re.search(r'^project\(vyre VERSION (\S+)', stream.read(), re.MULTILINE).group(1)
         architecture = run('rpm', '--eval', '%_target_cpu').strip()
@@ -49,7 +49,7 @@ class RpmTest(unittest.TestCase):
         self.assertEqual(self.query('--queryformat', '%{NAME} %{VERSION} %{RELEASE} %{LICENSE} %{URL}'),
                          ['vyre {} 1 GPL-2.0-or-later https://vyre.example/'.format(version)])
 
-    def test_it_holds_what_is_installed(self):
+    def test_it_contains_the_installed_files(self):
         installed = {'/' + os.path.relpath(os.path.join(directory, name), self.stage)
                      for directory, _, names in os.walk(self.stage) for name in names}
         # rpm compresses manual pages, and links programs by the identifiers of their builds.
@@ -58,12 +58,12 @@ class RpmTest(unittest.TestCase):
         packed = {re.sub(r'(/man8/.*)\.gz$', r'\1', path) for path in packed if '/.build-id/' not in path}
         self.assertEqual(packed, installed)
 
-    def test_everything_is_root_s_and_nothing_has_privileges(self):
+    def test_all_files_belong_to_root_and_have_no_privileges(self):
         owners = set(self.query('--queryformat', '[%{FILEUSERNAME}:%{FILEGROUPNAME}\n]'))
         self.assertEqual(owners, {'root:root'})
         for line in self.query('--queryformat', '[%{FILEMODES:octal} %{FILENAMES}\n]'):
             mode, path = line.split(' ', 1)
-            if not mode.startswith('12'):  # a link's mode says nothing
+            if not mode.startswith('12'):  # the mode of a link has no effect
                 self.assertEqual(int(mode, 8) & 0o6022, 0, line)
 
     def test_licence_and_documentation_are_marked(self):
@@ -71,13 +71,13 @@ class RpmTest(unittest.TestCase):
         self.assertLessEqual({'/usr/share/doc/vyre/README.md', '/usr/share/doc/vyre/CHANGELOG.md',
                               '/usr/share/man/man8/vyre-admin.8.gz'}, set(self.query('--docfiles')))
 
-    def test_it_names_the_packages_that_nothing_else_tells_of(self):
+    def test_it_requires_the_packages_that_rpm_does_not_detect(self):
         named = {line for line in self.requirements() if '.so' not in line and not line.startswith('rtld(')}
         self.assertEqual(named, {'/usr/bin/python3', '/usr/bin/xhost', 'hicolor-icon-theme', 'polkit', 'python3-dnf',
                                  'python3-rpm'})
         self.assertEqual(sorted(self.query('--recommends')), ['qt5-qttranslations', 'xdg-utils'])
 
-    def test_it_needs_the_libraries_that_the_program_is_linked_with(self):
+    def test_it_requires_the_libraries_of_the_program(self):
         linked = set(re.findall(r'NEEDED +(\S+)', run('objdump', '-p', os.path.join(self.stage, 'usr/bin/vyre'))))
         self.assertLessEqual({'libQt5Widgets.so.5', 'libarchive.so.13', 'libexpat.so.1'}, linked)
         needed = {line.split('(')[0] for line in self.requirements() if '.so' in line}
@@ -88,7 +88,7 @@ class RpmTest(unittest.TestCase):
         for text in ('application(example.vyre.Vyre.desktop)', 'metainfo(example.vyre.Vyre.metainfo.xml)'):
             self.assertIn(text, provided)
 
-    def test_the_program_in_it_is_without_what_only_debuggers_need(self):
+    def test_the_program_has_no_debugging_data(self):
         out = os.path.join(self.top, 'unpacked')
         os.mkdir(out)
         run('sh', '-c', 'rpm2cpio "$0" | cpio --extract --quiet --make-directories ./usr/bin/vyre', self.rpm, cwd=out)
@@ -105,7 +105,7 @@ class RpmTest(unittest.TestCase):
         self.assertRegex(done.stdout, r'1 packages and 1 specfiles checked; 0 errors')
         self.assertEqual([line for line in done.stdout.splitlines() if ': W: ' in line], [])
 
-    def test_what_is_no_release_or_no_folder_is_refused(self):
+    def test_invalid_releases_and_folders_are_refused(self):
         for arguments in (['-r', '1 2'], ['-r', ''], ['-r', '%(touch x)'], ['-B', '/nowhere'], ['-x'], ['a', 'b']):
             done = subprocess.run([TOOL] + arguments, stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=self.top)
             self.assertNotEqual(done.returncode, 0, arguments)

@@ -1,4 +1,4 @@
-"""A system with a real polkit, its displays, and the agent that answers for the user: for AdministratorTest."""
+"""A system with a real polkit, its displays, and an agent that answers for the user: for AdministratorTest."""
 import json
 import os
 import pty
@@ -16,10 +16,10 @@ import time
 
 ADMIN = '/usr/bin/vyre-admin'
 NAME, UID, PASSWORD = 'mina', 47110, 'otter'
-# Of that password.
+# The hash of that password.
 SHADOW = '$6$vyreadmin$KhNZBRnwTWpblZrZK7gD0UlaROYCuCZD61.j0/74q.RuLofXpKuEzWvHs0SSsuVVdhmy4iF26Ju2Bz07i8e851'
 COOKIE = '0123456789abcdef0123456789abcdef'
-TRUSTED, TRUSTED_UID = 'tove', 47111  # may do everything without a question
+TRUSTED, TRUSTED_UID = 'tove', 47111  # may do everything without authentication
 RULE = '''
 polkit.addAdminRule(function(action, subject) {{ return ["unix-user:{}"]; }});
 polkit.addRule(function(action, subject) {{ if (subject.user == "{}") {{ return polkit.Result.YES; }} }});
@@ -27,7 +27,7 @@ polkit.addRule(function(action, subject) {{ if (subject.user == "{}") {{ return 
 HELPER = '/usr/lib/polkit-1/polkit-agent-helper-1'
 NOT_LET = 'vyre-admin: the system does not let you be its administrator\n'
 
-# It writes down how it was started.
+# Records how it was started.
 BROWSER = '''#!/usr/bin/python3 -ISB
 import json, os, sys
 with open({path!r} + '.part', 'w') as stream:
@@ -35,7 +35,7 @@ with open({path!r} + '.part', 'w') as stream:
 os.rename({path!r} + '.part', {path!r})
 '''
 
-# It stands in for VYRE and writes down what it was given.
+# A stand-in for VYRE that records its start.
 RECORDER = '''#!/usr/bin/python3 -ISB
 import json, os, resource, signal, sys
 with open('/proc/self/status') as stream:
@@ -52,16 +52,16 @@ with open({path!r}, 'w') as stream:
                                if os.path.lexists('/proc/self/fd/%d' % fd)][:-1]}}, stream)
 '''
 
-# It serves nobody whose parent is the first process.
+# pkexec refuses to serve a process whose parent is process 1.
 PKEXEC = ('/bin/sh', '-c', '"$0" "$@"; exit $?', '/usr/bin/pkexec')
 
-# Which limits root can set back: those of a container's root are few.
+# The limits that root can reset: in a container, root can reset only a few.
 with open('/proc/self/status') as status_file:
     LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
         'soft'
 
-# It runs a program as somebody would who wants to have it fail when it is too late: everything is handed on by which a
-# process can make the next one different.
+# Runs a program as an attacker does who wants it to fail half way: changes everything that a process can pass on to
+# the next one.
 HOSTILE = '''
 import os, resource, signal, sys
 for name, limit in (('FSIZE', 1 << 16), ('CPU', 300), ('DATA', 1 << 30), ('AS', 2 << 30), ('STACK', 1 << 20),
@@ -122,7 +122,7 @@ def become_user(uid=UID):
 
 
 class System:
-    """The system with VYRE and the user, for the life of this process and its name spaces."""
+    """The system with VYRE and the user, for the lifetime of this process and its name spaces."""
 
     def __init__(self, cmake, build):
         self.scratch = tempfile.mkdtemp(prefix='administrator-test-')
@@ -136,7 +136,7 @@ class System:
             run('mount', '-t', 'overlay', '-o', 'lowerdir={},upperdir={},workdir={}'.format(lower, upper, work),
                 'none', '/' + name)
         run('mount', '-t', 'tmpfs', '-o', 'mode=755', 'none', '/run')
-        # A server of root's that was killed leaves its socket behind; the user's compositor cannot replace that.
+        # A killed server of root leaves its socket behind, which the user's compositor cannot replace.
         os.makedirs('/tmp/.X11-unix', exist_ok=True)
         run('mount', '-t', 'tmpfs', '-o', 'mode=1777', 'none', '/tmp/.X11-unix')
         self.runtime = '/run/user/%d' % UID
@@ -154,7 +154,7 @@ class System:
         write('/etc/polkit-1/rules.d/00-test.rules', RULE)
         os.chmod('/etc/polkit-1/rules.d', 0o755)
         self.recorded = os.path.join(self.directory('record', 0), 'record')
-        # What VYRE finds here is a system without packages, and a repository without any.
+        # VYRE finds a system without packages, and a repository without packages.
         repository = self.directory('repository', 0)
         run('createrepo_c', repository)
         write('/etc/yum.conf', '[main]\nplugins=0\nreposdir={}\n'.format(repository))
@@ -176,8 +176,8 @@ class System:
             threading.Thread(target=self.serve_helper, args=[socket.socket(socket.AF_UNIX)], daemon=True).start()
 
     def serve_helper(self, server):
-        """What checks the password in newer versions of polkit is not started by the agent, with root's rights, but by
-        systemd, for each connection. There is no systemd here.
+        """In newer versions of polkit, systemd starts the process that checks the password, for each connection. The
+        agent does not start it. This system has no systemd.
         """
         os.makedirs('/run/polkit', exist_ok=True)
         server.bind('/run/polkit/agent-helper.socket')
@@ -189,7 +189,7 @@ class System:
                 subprocess.call([HELPER, '--socket-activated'], stdin=connection, stdout=connection, stderr=self.log)
 
     def record(self):
-        """What VYRE's stand-in was given last; None: it was not started."""
+        """The last record of VYRE's stand-in; None if it was not started."""
         try:
             with open(self.recorded) as stream:
                 return json.load(stream)
@@ -200,7 +200,7 @@ class System:
                 os.remove(self.recorded)
 
     def marks(self):
-        """The plug-ins that root has loaded since this was called last."""
+        """The plug-ins that root has loaded since the last call."""
         found = []
         for path, _, files in os.walk(self.plug_ins):
             for name in sorted(files):
@@ -225,13 +225,13 @@ class System:
             process.terminate()
             process.wait()
         self.log.close()
-        # What is mounted there stays in use until the end of the name space.
+        # The mounts stay in use until the end of the name space.
         run('umount', '--lazy', self.scratch)
         os.rmdir(self.scratch)
 
 
 class Display:
-    """An X server that lets nobody in without its cookie, which is in the file "cookies"."""
+    """An X server that requires its cookie, which is in the file "cookies"."""
 
     def __init__(self, system):
         self.directory = tempfile.mkdtemp(dir=system.scratch)
@@ -256,7 +256,7 @@ class Display:
         return run('xhost', *arguments, **self.client).stdout
 
     def let_in(self):
-        """What xhost lists, sorted."""
+        """The permissions that xhost lists, sorted."""
         return sorted(line for line in self.xhost().splitlines() if ':' in line)
 
     def windows(self, name):
@@ -268,7 +268,7 @@ class Display:
 
 
 class WaylandDisplay(Display):
-    """The X server that a Wayland compositor of the user starts for X programs. It has no cookies."""
+    """The X server that a user's Wayland compositor starts for X programs. It has no cookies."""
 
     def __init__(self, system):
         messages = os.path.join(tempfile.mkdtemp(dir=system.scratch), 'messages')
@@ -291,7 +291,7 @@ class WaylandDisplay(Display):
 
 
 class Agent(threading.Thread):
-    """The authentication agent of a session, with a user who types the password when asked for it."""
+    """The authentication agent of a session, with a user who types the password when the agent asks for it."""
 
     def __init__(self, process, password):
         super().__init__()
@@ -304,7 +304,7 @@ class Agent(threading.Thread):
             os.set_inheritable(writing, True)
             os.execvp('pkttyagent', ['pkttyagent', '--process', str(process.pid), '--notify-fd', str(writing)])
         os.close(writing)
-        os.read(reading, 1)  # its end tells that the agent is registered
+        os.read(reading, 1)  # the end of the file shows that the agent is registered
         os.close(reading)
         self.ended = False
         self.start()
@@ -317,7 +317,7 @@ class Agent(threading.Thread):
                     self.text += os.read(self.terminal, 4096).decode('utf-8', 'replace')
                 except OSError:
                     break
-            # What is typed before the terminal is told not to show it is thrown away.
+            # Input before the terminal hides it is discarded.
             if self.text[answered:].rstrip().lower().endswith('password:') and \
                     not termios.tcgetattr(self.terminal)[3] & termios.ECHO:
                 answered = len(self.text)
