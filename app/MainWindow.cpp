@@ -143,6 +143,7 @@ void MainWindow::createMainArea()
     tableLayout->addLayout(createButtonRow());
     connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
     connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));
+    connect(view, SIGNAL(actionRefused(const QString&)), this, SLOT(warnAndNotice(const QString&)));
 
     totalBar = new HProgressBar(central);
     totalBar->setAccessibleName(tr("Whole operation"));
@@ -758,9 +759,15 @@ void MainWindow::openManual(const QStringList& command)
         return;
     }
     // Where the other program tells of it, a desktop shows it to nobody.
-    const QString text = tr("The manual is not installed: there is no file %1").arg(file);
-    yumIO->log(Log::Warning, 0, text);
-    showNotice(text);
+    warnAndNotice(tr("The manual is not installed: there is no file %1").arg(file));
+}
+
+void MainWindow::warnAndNotice(const QString& text)
+{
+    if (!quitting()) {
+        yumIO->log(Log::Warning, 0, text);
+        showNotice(text);
+    }
 }
 
 // Beside the menus for a while: a window would come between what the user does next.

@@ -89,6 +89,8 @@ public Q_SLOTS:
     void filtersearch();
     void currentChanged(int row, int previous);
     void stateChanged(int row = -1);
+    // Shows a text beside the menus for a while, and logs it.
+    void warnAndNotice(const QString& text);
     void modeChanged(int mode);
     void collectedExtraData();
     void stateFilterChanged(int index);

@@ -53,17 +53,21 @@ template <auto member, typename Type> QVariant valueOf(const Entry& record)
 
 // --- Tool tips
 
+QString excludedToolTip()
+{
+    return Columns::tr("Package is installed; the configuration excludes it from updates and removals");
+}
+
 QString actionToolTip(const Entry& record, const YumIO&)
 {
-    return Words::explained(record.action);
+    // The user wants to know why a click does nothing.
+    const bool canBeMarked = !record.isExcluded() || record.permits(Package::Update);
+    return canBeMarked ? Words::explained(record.action) : excludedToolTip();
 }
 
 QString stateToolTip(const Entry& record, const YumIO& backEnd)
 {
-    QStringList lines{record.isExcluded()
-                          ? Columns::tr("Package is installed; the configuration excludes it from updates "
-                                        "and removals")
-                          : Words::explained(record.state)};
+    QStringList lines{record.isExcluded() ? excludedToolTip() : Words::explained(record.state)};
     const YumIO::Replacement replacement = backEnd.replacement(record);
     if (!replacement.by.isEmpty()) {
         lines.append(Columns::tr("Replaced by %1").arg(replacement.by.join(QStringLiteral(", "))));

@@ -131,6 +131,12 @@ void Model::setAction(const QModelIndex& index, Package::Action action)
     }
 }
 
+bool Model::canBeMarked(const Package::Entry& entry)
+{
+    return entry.permits(Package::Update) || entry.permits(Package::Install) ||
+           entry.permits(Package::Remove);
+}
+
 void Model::toggleAction(const QModelIndex& index)
 {
     const Package::Entry* e = entryAt(index);

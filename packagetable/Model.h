@@ -52,6 +52,8 @@ public:
     Package::State getState(int row) const;
     // Does not check whether the record's state permits the action.
     void setAction(const QModelIndex& index, Package::Action action);
+    // Whether the record permits any action.
+    static bool canBeMarked(const Package::Entry& entry);
     // Goes on to the next action that the record's state permits.
     void toggleAction(const QModelIndex& index);
     void reset();

@@ -491,7 +491,7 @@ bool SortFilterProxyModel::passes(const Package::Entry& entry, StateFilter state
         }
         break;
     case ViewRemovable:
-        if (entry.state == Package::Available) {
+        if (!entry.permits(Package::Remove)) {
             return false;
         }
         break;

@@ -301,6 +301,13 @@ void View::handleActivated(const QModelIndex& index)
         const QModelIndex sourceIndex = proxy->mapToSource(index);
         model->toggleAction(sourceIndex);
         Q_EMIT stateChanged(sourceIndex.row());
+        const Package::Entry* entry = model->entry(sourceIndex.row());
+        if (!Model::canBeMarked(*entry)) {
+            const QString reason =
+                tr("%1 cannot be marked: the configuration excludes it from updates and removals")
+                    .arg(entry->name);
+            Q_EMIT actionRefused(reason);
+        }
     }
 }
 

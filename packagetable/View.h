@@ -62,6 +62,8 @@ Q_SIGNALS:
     void currentChanged(int current, int previous);
     // The source row whose action has changed; -1 for possibly many.
     void stateChanged(int row);
+    // The user wants another action for a row that permits none; plain text.
+    void actionRefused(const QString& reason);
 
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;

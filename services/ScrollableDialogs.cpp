@@ -53,11 +53,14 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
 } // namespace
 
 ScrollableConfirmDialog::ScrollableConfirmDialog(QString text, QString acceptText, QString rejectText,
-                                                 QWidget* parent)
+                                                 QWidget* parent, bool rejectIsDefault)
     : QDialog(parent)
 {
     const QList<QPushButton*> buttons =
         fill(this, QStyle::SP_MessageBoxQuestion, text, {acceptText, rejectText});
+    if (rejectIsDefault) {
+        buttons.at(1)->setDefault(true);
+    }
     connect(buttons.at(0), SIGNAL(clicked()), this, SLOT(accept()));
     connect(buttons.at(1), SIGNAL(clicked()), this, SLOT(reject()));
 }

@@ -8,13 +8,15 @@
 
 #include <QDialog>
 
-// A question. The first button accepts it; the second button or closing the dialog rejects it.
+// A question. The first button accepts it; the second button or closing the dialog rejects it. The Enter key
+// accepts it, unless the rejection is the default.
 class ScrollableConfirmDialog : public QDialog
 {
     Q_OBJECT
 
 public:
-    ScrollableConfirmDialog(QString text, QString acceptText, QString rejectText, QWidget* parent);
+    ScrollableConfirmDialog(QString text, QString acceptText, QString rejectText, QWidget* parent,
+                            bool rejectIsDefault = false);
 };
 
 // A failure message, with one button that closes the dialog.

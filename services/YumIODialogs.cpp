@@ -12,9 +12,9 @@
 YumIODialogsMinion::YumIODialogsMinion(QWidget* parent) : parentWidget(parent) {}
 
 void YumIODialogsMinion::confirm(const QString& caption, const QString& text, const QString& acceptText,
-                                 const QString& rejectText)
+                                 const QString& rejectText, bool rejectIsDefault)
 {
-    ScrollableConfirmDialog dialog(text, acceptText, rejectText, parentWidget);
+    ScrollableConfirmDialog dialog(text, acceptText, rejectText, parentWidget, rejectIsDefault);
     dialog.setWindowTitle(Literal::title(caption));
     const int code = dialog.exec();
     Q_EMIT setResult(code);
@@ -73,8 +73,8 @@ YumIODialogs::YumIODialogs(QWidget* parent)
     minion->moveToThread(QCoreApplication::instance()->thread());
 
     connect(minion, SIGNAL(setResult(int)), this, SLOT(setResult(int)));
-    connect(this, SIGNAL(confirmSig(const QString&, const QString&, const QString&, const QString&)), minion,
-            SLOT(confirm(const QString&, const QString&, const QString&, const QString&)));
+    connect(this, SIGNAL(confirmSig(const QString&, const QString&, const QString&, const QString&, bool)),
+            minion, SLOT(confirm(const QString&, const QString&, const QString&, const QString&, bool)));
     connect(this,
             SIGNAL(warningSig(const QString&, const QString&, const QString&, const QString&, const QString&,
                               int, int)),
@@ -110,9 +110,10 @@ template <typename Request> int YumIODialogs::ask(int safe, const Request& reque
 }
 
 int YumIODialogs::confirm(const QString& caption, const QString& text, const QString& acceptText,
-                          const QString& rejectText)
+                          const QString& rejectText, bool rejectIsDefault)
 {
-    return ask(QDialog::Rejected, [&] { Q_EMIT confirmSig(caption, text, acceptText, rejectText); });
+    return ask(QDialog::Rejected,
+               [&] { Q_EMIT confirmSig(caption, text, acceptText, rejectText, rejectIsDefault); });
 }
 
 int YumIODialogs::warning(const QString& caption, const QString& text, const QString& button0Text,

@@ -25,7 +25,7 @@ public:
 
 public Q_SLOTS:
     void confirm(const QString& caption, const QString& text, const QString& acceptText,
-                 const QString& rejectText);
+                 const QString& rejectText, bool rejectIsDefault = false);
     void warning(const QString& caption, const QString& text, const QString& button0Text,
                  const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                  int escapeButtonNumber);
@@ -57,9 +57,10 @@ public:
     explicit YumIODialogs(QWidget* parent);
     ~YumIODialogs() override;
 
-    // Returns 1 if the user accepts, 0 if the user rejects or closes the dialog.
+    // Returns 1 if the user accepts, 0 if the user rejects or closes the dialog. The Enter key accepts,
+    // unless the rejection is the default.
     int confirm(const QString& caption, const QString& text, const QString& acceptText,
-                const QString& rejectText);
+                const QString& rejectText, bool rejectIsDefault = false);
     // Returns the number of the pressed button. A button without a text is omitted, except that button 0 is
     // then "OK". With -1 as the number of the escape button there is none, unless there is only one button.
     // The number of the escape button is also the answer if the program ends before the user gives one.
@@ -77,7 +78,7 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void confirmSig(const QString& caption, const QString& text, const QString& acceptText,
-                    const QString& rejectText);
+                    const QString& rejectText, bool rejectIsDefault = false);
     void warningSig(const QString& caption, const QString& text, const QString& button0Text,
                     const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                     int escapeButtonNumber);

@@ -792,6 +792,13 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     </message>
 </context>
 <context>
+    <name>PackageTable::View</name>
+    <message>
+        <source>%1 cannot be marked: the configuration excludes it from updates and removals</source>
+        <translation>%1 kann nicht vorgemerkt werden: Die Konfiguration nimmt das Paket von Aktualisierung und Entfernen aus</translation>
+    </message>
+</context>
+<context>
     <name>ProgramEnd</name>
     <message>
         <source>The display is lost. The transaction goes on without it.</source>
@@ -2354,12 +2361,6 @@ Es sind nur noch {} kB frei für {}</translation>
         <translation>Prozess {}</translation>
     </message>
     <message>
-        <source>These installed packages are to be replaced by other ones. Mark the other ones for installation, or leave it so:
-%1</source>
-        <translation>Diese installierten Pakete sollen durch andere ersetzt werden. Merken Sie die anderen zur Installation vor, oder lassen Sie es so:
-%1</translation>
-    </message>
-    <message>
         <source>dnf with its file %s makes checks that %s does not demand. They are made: %s</source>
         <translation>dnf nimmt mit seiner Datei %s Prüfungen vor, die %s nicht verlangt. Sie werden vorgenommen: %s</translation>
     </message>
@@ -2568,24 +2569,62 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
         <translation>Die Programme dieses Systems sind ein Abbild, das VYRE nicht ändern kann. Nichts wurde geändert.</translation>
     </message>
     <message>
-        <source>Nothing of this can be applied:
-{}</source>
-        <translation>Nichts davon kann ausgeführt werden:
-{}</translation>
+        <source>Looking for what can be applied</source>
+        <translation>Es wird gesucht, was ausgeführt werden kann</translation>
+    </message>
+    <message>
+        <source>The marks cannot be applied:
+{}
+Nothing was changed. All marks stay.</source>
+        <translation>Die Vormerkungen können nicht ausgeführt werden:
+{}
+Nichts wurde geändert. Alle Vormerkungen bleiben.</translation>
     </message>
     <message>
         <source>Go on without these packages?
+
+&quot;Yes&quot; goes on with the remaining marks: {}. The marks that are left out stay.
+&quot;No&quot; changes nothing. All marks stay.
 
 {}
 </source>
         <translation>Ohne diese Pakete fortfahren?
 
+„Yes“ fährt mit den übrigen Vormerkungen fort: {}. Die ausgelassenen Vormerkungen bleiben.
+„No“ ändert nichts. Alle Vormerkungen bleiben.
+
 {}
 </translation>
     </message>
     <message>
-        <source>Looking for what can be applied</source>
-        <translation>Es wird gesucht, was ausgeführt werden kann</translation>
+        <source>{} and {} more</source>
+        <translation>{} und {} weitere</translation>
+    </message>
+    <message>
+        <source>This is only a test because tsflags has test. dnf downloads and checks the packages;
+it installs, updates and removes nothing.
+
+</source>
+        <translation>Dies ist nur eine Prüfung, weil tsflags test enthält. dnf lädt die Pakete herunter und prüft sie;
+es installiert, aktualisiert und entfernt nichts.
+
+</translation>
+    </message>
+    <message>
+        <source>You can remove them with Clean Packages in the menu Cache.</source>
+        <translation>Sie können sie mit Pakete löschen im Menü Cache entfernen.</translation>
+    </message>
+    <message>
+        <source>Left out of the transaction; the marks stay:
+%1</source>
+        <translation>Aus der Transaktion ausgelassen; die Vormerkungen bleiben:
+%1</translation>
+    </message>
+    <message>
+        <source>These installed packages are to be replaced by other ones. Mark the other ones for installation, or keep the installed ones:
+%1</source>
+        <translation>Diese installierten Pakete sollen durch andere ersetzt werden. Merken Sie die anderen zur Installation vor, oder behalten Sie die installierten:
+%1</translation>
     </message>
 </context>
 <context>

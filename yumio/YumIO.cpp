@@ -79,8 +79,17 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),
-    QT_TRANSLATE_NOOP("YumIO", "Nothing of this can be applied:\n{}"),
-    QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n{}\n"),
+    QT_TRANSLATE_NOOP("YumIO", "The marks cannot be applied:\n{}\nNothing was changed. All marks stay."),
+    // One text in four lines.
+    // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
+    QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n"
+                               "\"Yes\" goes on with the remaining marks: {}. The marks that are left "
+                               "out stay.\n\"No\" changes nothing. All marks stay.\n\n{}\n"),
+    QT_TRANSLATE_NOOP("YumIO", "{} and {} more"),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
+                      "it installs, updates and removes nothing.\n\n"),
+    QT_TRANSLATE_NOOP("YumIO", "You can remove them with Clean Packages in the menu Cache."),
     QT_TRANSLATE_NOOP("YumIO", "Looking for what can be applied"),
     QT_TRANSLATE_NOOP("YumIO", "{} is not newer than what is installed."),
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
@@ -235,12 +244,13 @@ void YumIO::offerTranslations()
     PyErr_Clear();
 }
 
-// Names of the script for what it can do without; they are none of yumIOC's. One adds lines to the listing of
-// a transaction, one says on the bar of the current step what is being done, one what is wrong with a
-// document of metadata, and one what is waited for, and whether to go on waiting.
+// Names of the script for what it can do without; they are none of yumIOC's. Two add lines to the listing of
+// a transaction, at its end and before it, one says on the bar of the current step what is being done, one
+// what is wrong with a document of metadata, and one what is waited for, and whether to go on waiting.
 void YumIO::offerFunctions()
 {
     static PyMethodDef definitions[] = {
+        {"addBeforeListing", addBeforeListing, METH_O, nullptr},
         {"addToListing", addToListing, METH_O, nullptr},
         {"changeActivity", changeActivity, METH_O, nullptr},
         {"faultOfMetadata", faultOfMetadata, METH_VARARGS, nullptr},
@@ -281,6 +291,18 @@ PyObject* YumIO::addToListing(PyObject* capsule, PyObject* text)
     Py_RETURN_NONE;
 }
 
+PyObject* YumIO::addBeforeListing(PyObject* capsule, PyObject* text)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    if (yumIO == nullptr) {
+        return nullptr;
+    }
+    if (yumIO->transaction.txListed) {
+        yumIO->transaction.txText.prepend(yumIO->pyString(text));
+    }
+    Py_RETURN_NONE;
+}
+
 PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -293,8 +315,9 @@ PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
         return nullptr;
     }
     if (yumIO->progress != nullptr) {
-        // A question may have put the bars at rest.
-        yumIO->progress->startItem(yumIO->pyString(text), 0, 1);
+        // A question may have put the bars at rest. Nothing is measured: the bar shows no
+        // number.
+        yumIO->progress->startItem(yumIO->pyString(text), 0, 0);
     }
     Py_RETURN_NONE;
 }

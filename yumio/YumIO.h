@@ -298,6 +298,7 @@ private:
     static PyObject* changeActivity(PyObject* capsule, PyObject* text);
     static PyObject* faultOfMetadata(PyObject* capsule, PyObject* args);
     static PyObject* waitForLock(PyObject* capsule, PyObject* text);
+    static PyObject* addBeforeListing(PyObject* capsule, PyObject* text);
     void releaseLock();
 
     // Worker threads (WorkerThreads.cpp): the half of each operation that runs on a worker, and the class of

@@ -187,6 +187,12 @@ void YumIO::readOutcome()
             }
         }
     }
+    // The question said so, but it is gone.
+    const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
+    const QString text = reasons ? pyString(reasons.get()) : QString();
+    if (!text.isEmpty()) {
+        log(Log::Warning, 0, tr("Left out of the transaction; the marks stay:\n%1").arg(text));
+    }
     PyErr_Restore(type, value, traceback);
 }
 
@@ -524,7 +530,7 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     const bool yes =
         (transaction.txListed
              ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))
-             : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"))) == 1;
+             : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"), true)) == 1;
     if (transaction.txListed) {
         log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));
         transaction.txApplied = yes;

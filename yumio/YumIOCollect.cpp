@@ -210,7 +210,7 @@ void YumIO::collectReplacements()
     if (!lines.isEmpty()) {
         log(Log::Warning, 2,
             tr("These installed packages are to be replaced by other ones. Mark the other ones for "
-               "installation, or leave it so:\n%1")
+               "installation, or keep the installed ones:\n%1")
                 .arg(lines.join(QLatin1Char('\n'))));
     }
 }

@@ -18,6 +18,7 @@ import fcntl
 import fnmatch
 import functools
 import gc
+import gettext
 import glob
 import gzip
 import importlib
@@ -389,6 +390,9 @@ class LogHandler(logging.Handler):
             text = self.format(record)
         except Exception:  # a record that cannot be formatted must not end the operation that wrote it
             text = str(record.msg)
+        if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
+            # The command is for a terminal, and its cache may be another directory.
+            text = tr('You can remove them with Clean Packages in the menu Cache.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
         if record.levelno >= logging.WARNING:
@@ -961,6 +965,12 @@ def extendListing(text):
     """Adds lines to the listing that the user is going to confirm."""
     if program.addToListing is not None:
         program.addToListing(passable(text))
+
+
+def introduceListing(text):
+    """Adds lines before the listing that the user is going to confirm."""
+    if program.addBeforeListing is not None:
+        program.addBeforeListing(passable(text))
 
 
 class DownloadProgress(dnf.callback.DownloadProgress):
@@ -1571,7 +1581,7 @@ class Base(dnf.Base):
     def problems(self):
         """Why the last resolution has failed: a list of lines for each reason."""
         # A goal that was not run ends the process when it is asked.
-        return [list(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
+        return [clearest(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
 
     def _goal2transaction(self, goal):
         # Before the history or a plug-in hears of it.
@@ -1766,6 +1776,19 @@ class Marks:
     def isEmpty(self):
         return not self.isChanging() and not self.isRemoving()
 
+    # The largest number of names in one line of a question.
+    SHOWN = 6
+
+    def inShort(self):
+        """The names of the marked packages and groups in one line; of many names only the first ones and a number."""
+        objects = self.newVersions() + self.installs + self.removes
+        names = sorted(set(package.name for package in objects))
+        names += sorted(str(group) for group in self.groupInstalls + self.groupUpdates + self.groupRemoves)
+        names = [' '.join(name.split()) for name in names]
+        if len(names) <= self.SHOWN:
+            return ', '.join(names)
+        return tr('{} and {} more').format(', '.join(names[:self.SHOWN - 1]), len(names) - self.SHOWN + 1)
+
     def removals(self):
         return Marks(removes=self.removes, groupRemoves=self.groupRemoves)
 
@@ -1778,6 +1801,29 @@ class Marks:
         return Marks(filter(wanted, self.installs), [pair for pair in self.updates if wanted(pair[0])],
                      *(filter(wanted, each) for each in (self.removes, self.groupInstalls, self.groupUpdates,
                                                          self.groupRemoves)))
+
+
+# Name, version, release and architecture of a package.
+PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
+
+
+def clearest(lines):
+    """The lines of a problem, those that name packages first. If another line says what the problem is, the line that
+    says only that there is one is left out.
+    """
+    text = 'conflicting requests'
+    empty = (text, gettext.translation('libdnf', fallback=True).gettext(text))
+    lines = list(lines)
+    told = [line for line in lines if line not in empty] or lines
+    return sorted(told, key=lambda line: PACKAGE.search(line) is None)
+
+
+def refusal(failure, objects, problems):
+    """The exception that says why none of the marks can be applied. Without known problems it is the failure itself."""
+    if failure is not None and not problems:
+        return failure
+    return dnf.exceptions.Error(tr('The marks cannot be applied:\n{}\nNothing was changed. All marks stay.').format(
+        reasonsOf(objects, problems)))
 
 
 def reasonsOf(objects, problems):
@@ -1826,8 +1872,11 @@ class YumIO:
         self.outdated = False
         # Of the last collection: pairs of an installed package and the one that replaces it.
         self.replacements = []
-        # The marked objects that the last transaction has left out because they are impossible.
+        # The marked objects that the last transaction has left out because they are impossible. If the user has
+        # confirmed that transaction, the text names the left out packages with the reasons.
         self.leftOut = []
+        self.leftOutReasons = ''
+        self._questioned = ''
         # Pairs of an update and the installed package of another class of architectures that it takes the place of.
         self.counterparts = []
         # What else there is to say of the last operation, although it has not failed, is in the remarks.
@@ -2386,6 +2435,7 @@ class YumIO:
         self.outdated = False
         del self.remarks[:]
         del self.leftOut[:]
+        self.leftOutReasons = self._questioned = ''
         base.historyFault = None
         base.withoutSpace = []
         try:
@@ -2407,6 +2457,7 @@ class YumIO:
             self._checkPersistence()
             if not self._confirmed(otherSections(base)):
                 return True
+            self.leftOutReasons = self._questioned
             try:
                 self._download()
                 self._checkSignatures()
@@ -2588,7 +2639,7 @@ class YumIO:
                 impossible, problems = self._unmarkable(marks)
                 rest = marks.without(impossible)
                 if not impossible or rest.isEmpty():
-                    raise
+                    raise refusal(e, impossible, problems)
                 self._resolveAll(rest)
         except dnf.exceptions.DepsolveError as e:
             failure = failure or e
@@ -2597,27 +2648,28 @@ class YumIO:
             impossible += self._impossible(rest)
             rest = marks.without(impossible)
             if not impossible and not marks.hasGroups() or rest.isEmpty():
-                raise failure
+                raise refusal(failure, impossible, problems)
             self._resolveAll(rest, strict=False)
         refuseModuleSwitch(base)
         lacking = self._lackingMembers(rest)
         if lacking:
             problems += [lines for lines in self._problemsOfTheBest(rest) if lines not in problems]
-        if impossible or lacking:
-            text = reasonsOf(impossible + [package for group, package in lacking], problems)
+        left = impossible + [package for group, package in lacking]
         if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
-            if failure is not None:
-                raise failure
-            if lacking:
-                raise dnf.exceptions.Error(tr('Nothing of this can be applied:\n{}').format(text))
+            if left or failure is not None:
+                raise refusal(failure, left, problems)
             raise dnf.exceptions.Error(tr('There is nothing to do.'))
-        if not impossible and not lacking:
+        if not left:
             return rest
+        text = reasonsOf(left, problems)
         yumIOC.gpgsigcheck()
-        sys.stdout.write(tr('Go on without these packages?\n\n{}\n').format(text))
+        sys.stdout.write(tr('Go on without these packages?\n\n'
+                            '"Yes" goes on with the remaining marks: {}. The marks that are left out stay.\n'
+                            '"No" changes nothing. All marks stay.\n\n{}\n').format(rest.inShort(), text))
         if yumIOC.userconfirm() != 1:
             return None
         self.leftOut.extend(impossible + [group for group, package in lacking])
+        self._questioned = text
         return rest
 
     def _resolveAll(self, marks, strict=True):
@@ -2847,7 +2899,7 @@ class YumIO:
         goal = copy.deepcopy(self.base.goal)
         if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak_deps=True):
             return []
-        return [list(lines) for lines in goal.problem_rules()]
+        return [clearest(lines) for lines in goal.problem_rules()]
 
     @staticmethod
     def words(text):
@@ -2857,6 +2909,9 @@ class YumIO:
     def _confirmed(self, sections):
         transaction = self.base.transaction or []
         yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
+        if 'test' in self.base.conf.tsflags:
+            introduceListing(tr('This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
+                                'it installs, updates and removes nothing.\n\n'))
         for heading, lines in sections:
             extendListing(heading + ':\n' + ''.join('\t%s\n' % ' '.join(line.split()) for line in lines))
         installed = self._installSet()

@@ -267,6 +267,7 @@ private Q_SLOTS:
     void currentPackageCanBeDescribed();
     void describingEndsWithTheRow();
     void errorsThatStandInTheLogOnlyAreTold();
+    void aClickOnARowThatCannotBeMarkedSaysWhy();
     void manualsAreOpenedInOtherPrograms();
     void manualsCanBeOpenedWhileItWorks();
     void missingManualIsTold();
@@ -1650,6 +1651,38 @@ void MainWindowTest::errorsThatStandInTheLogOnlyAreTold()
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(notices(), 1);
+}
+
+void MainWindowTest::aClickOnARowThatCannotBeMarkedSaysWhy()
+{
+    shown->start();
+    shown->choose(shown->stateBox, PackageTable::ViewAll);
+    QString name;
+    for (int row = 0; row < shown->model->rowCount() && name.isEmpty(); ++row) {
+        Package::Entry* entry = shown->model->entry(row);
+        if (entry->state == Package::Installed && entry->kind == Package::Ordinary &&
+            entry->next == nullptr) {
+            entry->excluded = true;
+            name = entry->name;
+        }
+    }
+    QVERIFY(!name.isEmpty());
+    const QString reason =
+        name + " cannot be marked: the configuration excludes it from updates and removals";
+    const auto notices = [this, &reason] {
+        int count = 0;
+        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+            count += label->isVisible() && label->text() == reason;
+        }
+        return count;
+    };
+    QCOMPARE(notices(), 0);
+    shown->click(name, PackageTable::ActionColumn);
+    QCOMPARE(notices(), 1);
+    QVERIFY(!shown->button("Apply Actions")->isEnabled());
+    shown->choose("&Windows", "&Log");
+    QVERIFY(logIsVisible());
+    QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains(reason));
 }
 
 void MainWindowTest::manualsAreOpenedInOtherPrograms()

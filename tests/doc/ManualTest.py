@@ -30,7 +30,8 @@ COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('
 # All that is handed to these is a message, or an entry of the log, or stands in the bars or in place of rows.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
-             'showBox', 'leaveAlone', 'setEmptyText', 'log', 'showNotice', 'report',
+             'showBox', 'leaveAlone', 'setEmptyText', 'log', 'showNotice',
+             'warnAndNotice', 'report',
              'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
              'collectExtra'}
 # What can be chosen, or stands on the windows.

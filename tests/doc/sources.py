@@ -153,8 +153,9 @@ def python_messages(*parts):
         elif isinstance(node, ast.Call) and node.args:
             names = _names(node.func)
             if names[-1] in ('error', 'warning', 'critical') and 'getLogger' in names or \
-                    names[-1] in ('remark', 'showActivity', 'awaitLock') or \
-                    names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show']):
+                    names[-1] in ('remark', 'showActivity', 'awaitLock', 'introduceListing') or \
+                    names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show'],
+                              ['dnf', 'exceptions', 'Error']):
                 add(_literal(node.args[0]), node)
             elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # the package manager's own words
                 silent.update(ast.walk(node))

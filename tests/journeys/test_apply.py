@@ -170,7 +170,11 @@ class ConfiguredTest(JourneyTest):
         with self.opened() as window:
             window.mark_listed('pergola')
             window.mark_listed('birch-log')
-            window.accept(window.apply())
+            dialog = window.apply()
+            self.assertTrue(dialog.text().startswith(
+                'This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
+                'it installs, updates and removes nothing.\n\nTransaction to be performed:\n'), dialog.text())
+            window.accept(dialog)
             self.check_message(window.program, 'VYRE Yum Warning',
                                'The transaction was only tested, because tsflags has test. Nothing was changed.')
             window.wait_ready()

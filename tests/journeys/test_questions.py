@@ -128,8 +128,9 @@ class ImpossibleTest(JourneyTest):
             # Newer versions of dnf name the repository at the end.
             self.assertEqual(question.text().rstrip('\n').replace(' from sandbox-updates', ''),
                              'Go on without these packages?\n\n'
+                             '"Yes" goes on with the remaining marks: anvil-make. The marks that are left out stay.\n'
+                             '"No" changes nothing. All marks stay.\n\n'
                              'tidewatch-2.0-1.noarch\n'
-                             '    conflicting requests\n'
                              '    nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noarch')
             self.assertEqual(question.buttons(), ['Yes', 'No'])
             self.picture('impossible')
@@ -146,10 +147,15 @@ class ImpossibleTest(JourneyTest):
             window.wait_names(['tidewatch', 'anvil-make'])
             window.wait_action('update', 'tidewatch')
             window.wait_action('none', 'anvil-make')
+            log = self.read_log(window)
+            self.assertRegex(log, r'(?s)Applying: OK.*Left out of the transaction; the marks stay:\n'
+                                  r'tidewatch-2\.0-1\.noarch\n    nothing provides libtide')
+            self.assertNotIn('conflicting requests', log)
 
     def test_answering_no_changes_nothing_and_keeps_the_marks(self):
         with self.asked() as (window, question):
-            question.click_button('No')
+            # The safe answer is the default.
+            driver.key('Return')
             window.program.no_window('Query')
             window.wait_ready()
             self.assertEqual(window.program.titles(), [driver.main_title()])

@@ -16,7 +16,9 @@ class RefusalTest(JourneyTest):
             for name in names:
                 window.mark_listed(name)
             window.click_button('Apply Actions')
-            self.check_message(window.program, 'VYRE Yum Error', 'Unable to apply changes', *texts, picture=picture)
+            self.check_message(window.program, 'VYRE Yum Error', 'The marks cannot be applied:\n',
+                               '\nNothing was changed. All marks stay.\nUnable to apply changes', *texts,
+                               picture=picture)
             window.wait_ready()
             self.assertEqual(window.program.titles(), [journey.driver.main_title()])
             self.check_unchanged()

@@ -288,9 +288,15 @@ void ModelTest::theToolTipTellsTheState()
 
 void ModelTest::anExcludedPackageCannotBeMarked()
 {
+    QVERIFY(!data("shell", 0, Qt::ToolTipRole).isValid());
+    QVERIFY(Model::canBeMarked(table->entry("shell")));
     table->entry("shell").excluded = true;
     model->toggleAction(model->index(table->row("shell"), 0));
     QCOMPARE(table->entry("shell").action, Package::None);
+    QCOMPARE(data("shell", 0, Qt::ToolTipRole),
+             QVariant(QStringLiteral(
+                 "Package is installed; the configuration excludes it from updates and removals")));
+    QVERIFY(!Model::canBeMarked(table->entry("shell")));
     // One installed version that is not excluded can be removed.
     table->entry("kernel").excluded = true;
     model->toggleAction(model->index(table->row("kernel"), 0));
@@ -299,6 +305,9 @@ void ModelTest::anExcludedPackageCannotBeMarked()
     table->entry("tool").action = Package::Update;
     model->toggleAction(model->index(table->row("tool"), 0));
     QCOMPARE(table->entry("tool").action, Package::None);
+    // It can be updated.
+    QVERIFY(Model::canBeMarked(table->entry("tool")));
+    QVERIFY(!data("tool", 0, Qt::ToolTipRole).isValid());
 }
 
 void ModelTest::theToolTipTellsTheKind()

@@ -58,6 +58,7 @@ private Q_SLOTS:
     void theResetOfAFormerSourceForgetsNothing();
     void clearingTheCacheForgetsTheVerdicts();
     void everySettingForgetsTheVerdicts();
+    void whatTheConfigurationExcludesIsNotRemovable();
     void withoutFilteringEveryRowIsListed();
     void settingWhatIsSetChangesNothing();
     void rowsAreSortedByColumn_data();
@@ -475,6 +476,23 @@ void SortFilterProxyModelTest::everySettingForgetsTheVerdicts()
     QVERIFY(forgets([this] { proxy->setGroupsFilter(false); }));
     QVERIFY(forgets([this] { proxy->setFilterRegExp(QStringLiteral("tool")); }));
     QVERIFY(!forgets([this] { proxy->setFilterRegExp(QStringLiteral(".*tool.*")); }));
+}
+
+void SortFilterProxyModelTest::whatTheConfigurationExcludesIsNotRemovable()
+{
+    proxy->setStateFilter(ViewRemovable);
+    table->entry("shell").excluded = true;
+    table->entry("tool").next->excluded = true;
+    proxy->clear();
+    QCOMPARE(listed("^(shell|tool|editor) "), QStringList());
+    // One of several installed versions can be removed.
+    table->entry("kernel").excluded = true;
+    proxy->clear();
+    QCOMPARE(listed("^kernel "), QStringList{"kernel"});
+    proxy->setStateFilter(ViewAll);
+    QCOMPARE(listed("^shell "), QStringList{"shell"});
+    proxy->setStateFilter(ViewUpdatable);
+    QCOMPARE(listed("^tool "), QStringList{"tool"});
 }
 
 void SortFilterProxyModelTest::withoutFilteringEveryRowIsListed()

@@ -45,6 +45,7 @@ private Q_SLOTS:
     void clickingTheKindAtFirstReversesIt();
     void columnsCanBeMoved();
     void clickingTheActionGoesToTheNextOne();
+    void clickingTheActionOfAnExcludedPackageSaysWhyNot();
     void clickingOtherColumnsSetsNoAction();
     void theRightButtonSetsNoAction();
     void aMovedActionColumnStaysTheActionColumn();
@@ -236,6 +237,23 @@ void ViewTest::clickingTheActionGoesToTheNextOne()
     QCOMPARE(table->entry("shell").action, Package::None);
     shown->click("editor", ActionColumn);
     QCOMPARE(table->entry("editor").action, Package::Install);
+}
+
+void ViewTest::clickingTheActionOfAnExcludedPackageSaysWhyNot()
+{
+    QSignalSpy refused(view, SIGNAL(actionRefused(const QString&)));
+    shown->click("tool", ActionColumn);
+    QCOMPARE(refused.count(), 0);
+    table->entry("shell").excluded = true;
+    shown->click("shell", ActionColumn);
+    QCOMPARE(refused.count(), 1);
+    QCOMPARE(refused.at(0).at(0).toString(),
+             QString("shell cannot be marked: the configuration excludes it from updates and removals"));
+    shown->click("shell", NameColumn);
+    QCOMPARE(refused.count(), 1);
+    QTest::keyClick(view, Qt::Key_Space);
+    QCOMPARE(refused.count(), 2);
+    QCOMPARE(table->entry("shell").action, Package::None);
 }
 
 void ViewTest::clickingOtherColumnsSetsNoAction()

@@ -63,6 +63,7 @@ private Q_SLOTS:
     void iconsAreTheSameAsInMessageBoxes();
     void buttonsAnswer();
     void enterAcceptsAndEscapeRejects();
+    void enterRejectsWhereThatIsTheDefault();
     void closingRejects();
     void textIsShownAsPlainText();
     void shortTextNeedsNoScrolling();
@@ -163,6 +164,25 @@ void ScrollableDialogsTest::enterAcceptsAndEscapeRejects()
     QTest::keyClick(dialog.windowHandle(), Qt::Key_Escape);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
+}
+
+void ScrollableDialogsTest::enterRejectsWhereThatIsTheDefault()
+{
+    ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr, true);
+    dialog.setResult(QDialog::Accepted);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
+    QVERIFY(dialog.findChildren<QPushButton*>().at(1)->isDefault());
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
+    QVERIFY(!dialog.isVisible());
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
+
+    // The other button is one key away.
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
+    dialog.findChildren<QPushButton*>().at(0)->setFocus();
+    QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
 }
 
 void ScrollableDialogsTest::closingRejects()

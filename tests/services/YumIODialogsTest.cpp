@@ -85,6 +85,8 @@ private Q_SLOTS:
 
     void confirmAnswersByButton_data();
     void confirmAnswersByButton();
+    void theDefaultOfAQuestionCanBeItsRejection_data();
+    void theDefaultOfAQuestionCanBeItsRejection();
     void confirmClosedByTheWindowButtonIsRejected();
     void messageAnswersWithTheNumberOfTheButton_data();
     void messageAnswersWithTheNumberOfTheButton();
@@ -172,6 +174,24 @@ void YumIODialogsTest::confirmAnswersByButton()
     QCOMPARE(result, answer);
     QCOMPARE(title, QString("Confirm"));
     QCOMPARE(text, QString("Install <3> packages"));
+}
+
+void YumIODialogsTest::theDefaultOfAQuestionCanBeItsRejection_data()
+{
+    QTest::addColumn<bool>("rejectIsDefault");
+    QTest::newRow("reject") << true;
+    QTest::newRow("accept") << false;
+}
+
+void YumIODialogsTest::theDefaultOfAQuestionCanBeItsRejection()
+{
+    QFETCH(bool, rejectIsDefault);
+    const int result = run(
+        [&](YumIODialogs& dialogs) {
+            return dialogs.confirm("Confirm", "Install", "Yes", "No", rejectIsDefault);
+        },
+        [](QDialog* dialog) { QTest::keyClick(dialog, Qt::Key_Return); });
+    QCOMPARE(result, rejectIsDefault ? 0 : 1);
 }
 
 void YumIODialogsTest::confirmClosedByTheWindowButtonIsRejected()

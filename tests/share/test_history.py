@@ -128,7 +128,14 @@ class TestOnlyTest(OutcomeTest):
         self.assertEqual(self.command(twin, "install", "astrolabe"), 0)
         self.started()
         before = self.transactions()
+        announced = []
+        self.module("program").addBeforeListing = lambda text: announced.append(
+            (text, list(self.recording.answers)))
         self.assertIs(self.apply(installs=["astrolabe"], removes=["almanac"]), False)
+        # The answer was still to come.
+        self.assertEqual(announced, [(
+            "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
+            "it installs, updates and removes nothing.\n\n", [1])])
         self.assertEqual(self.yumio.remarks, [
             "The transaction was only tested, because tsflags has test. Nothing was changed."])
         self.assertEqual(self.transactions(), before)
@@ -146,6 +153,14 @@ class TestOnlyTest(OutcomeTest):
         self.configure("tsflags=test")
         self.started()
         self.assert_refused("libtide", updates=["tidewatch"])
+
+    @in_own_process
+    def test_the_listing_of_a_transaction_that_changes_something_says_nothing_of_a_test(self):
+        self.started()
+        announced = []
+        self.module("program").addBeforeListing = announced.append
+        self.apply(installs=["astrolabe"])
+        self.assertEqual(announced, [])
 
     @in_own_process
     def test_downloadonly_has_no_effect_in_the_configuration(self):
@@ -174,6 +189,14 @@ class DownloadedPackagesTest(OutcomeTest):
         self.apply(installs=["astrolabe"])
         self.yumio.unlock()
         self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"], []))
+
+    @in_own_process
+    def test_the_log_says_how_to_remove_them_in_the_program(self):
+        self.started()
+        self.run_failing_transaction()
+        told = [text for level, text in self.recording.of("log") if "cache" in text.lower()]
+        self.assertIn("You can remove them with Clean Packages in the menu Cache.", told)
+        self.assertEqual([text for text in told if "dnf clean" in text], [])
 
     def run_failing_transaction(self):
         """Runs a transaction that fails after the downloads."""

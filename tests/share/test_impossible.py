@@ -12,6 +12,12 @@ NOTHING = (set(), set())
 BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noarch"
 
 
+def question(rest):
+    """What the question says before the packages and their reasons."""
+    return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. The marks that are left out '
+            'stay.\n"No" changes nothing. All marks stay.' % rest)
+
+
 class QuestionTest(ScenarioTest):
     def question(self):
         """The printed text of the question. No other text was printed with it."""
@@ -41,9 +47,12 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(changed, ({"abacus-cli-3.3.0-2.x86_64", "astrolabe-5.6-1.x86_64"},
                                    {"abacus-cli-3.2.1-1.x86_64"}))
         text = self.recording.printed()
-        self.assertTrue(text.startswith("Go on without these packages?\n\ntidewatch-2.0-1.noarch\n    "), text)
-        self.assertIn(BARRIER, text)
-        self.assertNotIn("abacus-cli", text)
+        head, _, reasons = text.partition("\n\ntidewatch-2.0-1.noarch\n    ")
+        self.assertEqual(head, question("abacus-cli, astrolabe"))
+        # The reason that names the package comes first, and what only says that there is one is left out.
+        self.assertTrue(reasons.startswith(BARRIER), text)
+        self.assertNotIn("conflicting requests", text)
+        self.assertNotIn("abacus-cli", reasons)
         self.assertEqual(self.left_out(), ["tidewatch-2.0-1.noarch"])
         self.assertIs(self.yumio.leftOut[0], self.package(self.updates, "tidewatch"))
         self.assertNotIn("tidewatch-2.0-1.noarch", self.recording.listed())
@@ -90,6 +99,74 @@ class UpdatesTest(QuestionTest):
         self.assert_refused("libtide", updates=["tidewatch"])
         self.assert_refused("libtide", updates=["tidewatch"], installs=["moonbridge"])
         self.assertEqual(self.recording.order(), [])
+
+    @in_own_process
+    def test_the_refusal_names_the_mark_its_reason_and_what_has_become_of_it(self):
+        self.started()
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.apply(updates=["tidewatch"])
+        # Newer versions of dnf name the repository at the end.
+        self.assertEqual(str(caught.exception).replace(" from sandbox-updates", ""),
+                         "The marks cannot be applied:\ntidewatch-2.0-1.noarch\n    " + BARRIER +
+                         "\nNothing was changed. All marks stay.")
+        self.assertEqual(self.left_out(), [])
+
+    @in_own_process
+    def test_the_refusal_of_what_the_package_manager_does_not_take_says_the_same(self):
+        self.started()
+        pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.yumio.apply([], [pair], [], [], [], [])
+        self.assertEqual(str(caught.exception),
+                         "The marks cannot be applied:\nalmanac-1.9-1.noarch\n"
+                         "    almanac-1.9-1.noarch is not newer than what is installed.\n"
+                         "Nothing was changed. All marks stay.")
+
+    @in_own_process
+    def test_of_many_other_marks_the_question_names_some(self):
+        self.started()
+        names = sorted(set(package.name for package in self.updates) - {"newpost", "tidewatch"})
+        self.apply(updates=names + ["tidewatch"], answers=[0])
+        head = self.recording.printed().partition("\n\ntidewatch")[0]
+        self.assertEqual(head, question("%s and %d more" % (", ".join(names[:5]), len(names) - 5)))
+
+    @in_own_process
+    def test_what_was_left_out_is_remembered_after_the_confirmation(self):
+        self.started()
+        self.apply(updates=["tidewatch", "abacus-cli"], answers=[1, 0])
+        self.assertEqual(self.yumio.leftOutReasons, "")
+        self.apply(updates=["tidewatch", "abacus-cli"], answers=[1, 1])
+        self.assertEqual(self.yumio.leftOutReasons.replace(" from sandbox-updates", ""),
+                         "tidewatch-2.0-1.noarch\n    " + BARRIER)
+        # The next transaction has nothing to do with it.
+        self.again()
+        self.apply(installs=["astrolabe"])
+        self.assertEqual(self.yumio.leftOutReasons, "")
+
+    @in_own_process
+    def test_the_reason_that_names_packages_comes_first(self):
+        self.load()
+        clearest = self.script["clearest"]
+        named = "nothing provides x needed by y-1-1.noarch"
+        best = "cannot install the best candidate for the job"
+        self.assertEqual(clearest(["conflicting requests", best, named]), [named, best])
+        # Without another line it has to do.
+        self.assertEqual(clearest(["conflicting requests"]), ["conflicting requests"])
+        self.assertEqual(clearest(["b", "a"]), ["b", "a"])
+        self.assertEqual(clearest([]), [])
+
+    @in_own_process
+    def test_the_request_without_a_name_is_left_out_in_other_languages(self):
+        import gettext
+
+        os.environ["LANGUAGE"] = "de"
+        os.environ["LC_ALL"] = "de_DE.UTF-8"
+        self.load()
+        text = gettext.translation("libdnf", fallback=True).gettext("conflicting requests")
+        if text == "conflicting requests":
+            self.skipTest("libdnf has no German texts here")
+        named = "y-1-1.noarch"
+        self.assertEqual(self.script["clearest"]([text, named]), [named])
 
     @in_own_process
     def test_one_of_two_conflicting_packages_is_left_out(self):
@@ -155,12 +232,12 @@ class GroupQuestionTest(QuestionTest):
         changed = self.changes(self.apply, group_updates=["weaving"], answers=[1, 1])
         self.assertEqual(changed, ({"loomctl-1.1-1.x86_64"}, {"loomctl-1.0-1.x86_64"}))
         text = self.recording.printed()
-        self.assertTrue(text.startswith("Go on without these packages?\n\ntidewatch-2.0-1.noarch\n    "), text)
+        self.assertTrue(text.startswith(question("Weaving") + "\n\ntidewatch-2.0-1.noarch\n    "), text)
         self.assertIn(BARRIER, text)
         self.assertEqual(self.left_out(), ["Weaving"])
         # The next attempt also gives a reason for the packages that it cannot apply.
         self.again()
-        with self.assertRaisesRegex(self.dnf.exceptions.Error, "Nothing of this can be applied:\ntidewatch-2.0.*\n"):
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "The marks cannot be applied:\ntidewatch-2.0.*\n"):
             self.apply(group_updates=["weaving"])
 
     @needs_groups

@@ -433,7 +433,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("workers"), QString("[True]"));
         QCOMPARE(backEnd->text("seen"),
                  QString("[['Cleaning All (0%) 0/1', 'Preparing (0%) 0/1'], "
-                         "[True, 'Waiting for x (0%) 0/1'], [True, 'Preparing (0%) 0/1']]"));
+                         "[True, 'Waiting for x 0/0'], [True, 'Preparing (0%) 0/1']]"));
         QCOMPARE(errors(), QStringList());
     }
 

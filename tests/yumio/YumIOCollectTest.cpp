@@ -384,7 +384,7 @@ private Q_SLOTS:
         QCOMPARE(
             backEnd->log(before).filter(QRegularExpression("to be replaced| -> ")),
             (QStringList{"2 2 These installed packages are to be replaced by other ones. Mark the other ones "
-                         "for installation, or leave it so:",
+                         "for installation, or keep the installed ones:",
                          "2 2 " + old + " -> " + fresh,
                          "2 2 " + backEnd->text("str(split)") + " -> " + backEnd->text("str(better)")}));
         QStringList left;

@@ -351,14 +351,55 @@ private Q_SLOTS:
                          "No downloads; only removals\n"));
     }
 
+    void theScriptAddsLinesBeforeTheListing()
+    {
+        QVERIFY(apply("addBeforeListing('too early')\nyumIOC.listTransaction(None, [])\n"
+                      "addBeforeListing('Only a t\u00e8st\\n\\n')\n"
+                      "yumIOC.reportRemoveSize([])\nyumIOC.userconfirm()"));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].text, QString("Only a t\u00e8st\n\nTransaction to be performed:\n"
+                                        "No downloads; only removals\n"));
+    }
+
+    void whatWasLeftOutStandsInTheLogAfterTheTransaction()
+    {
+        const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
+        int before = logLength();
+        QVERIFY(apply(confirmed + "it.leftOutReasons = ''"));
+        QCOMPARE(backEnd->log(before).filter("Left out").count(), 0);
+        before = logLength();
+        QVERIFY(apply(confirmed + "it.leftOutReasons = 'one-1-1.noarch\\n    nothing provides %1'"));
+        backEnd->run("del it.leftOutReasons");
+        const QStringList lines = backEnd->log(before);
+        const int first = lines.indexOf(QRegularExpression(".*Left out of the transaction; the marks stay:"));
+        QVERIFY2(first > lines.indexOf(QRegularExpression(".*Applying: OK")), qPrintable(lines.join("\n")));
+        QVERIFY(lines.value(first + 1).endsWith("one-1-1.noarch"));
+        QVERIFY(lines.value(first + 2).endsWith("    nothing provides %1"));
+        backEnd->answers.take();
+    }
+
+    void onlyTheListingIsAcceptedByTheEnterKey()
+    {
+        backEnd->answers.press("Enter");
+        QVERIFY(!apply("seen.append(yumIOC.userconfirm())"));
+        QCOMPARE(backEnd->answers.take().value(0).title, QString("Query"));
+        QCOMPARE(backEnd->text("seen"), QString("[0]"));
+        backEnd->answers.press("Enter");
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nseen.append(yumIOC.userconfirm())"));
+        QCOMPARE(backEnd->answers.take().value(0).title, QString("Apply"));
+        QCOMPARE(backEnd->text("seen"), QString("[1]"));
+    }
+
     void theScriptSaysOnTheBarWhatItWaitsFor()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "changeActivity('Waiting for w\\u00e4scher (17)')\n"
                       "seen.append(look())"));
         backEnd->answers.take();
-        QCOMPARE(backEnd->text("seen"), QString("[['Running Transaction: Total Progress (1%) 100/9100', "
-                                                "'Waiting for w\u00e4scher (17) (0%) 0/1']]"));
+        QCOMPARE(backEnd->text("seen"),
+                 QString("[['Running Transaction: Total Progress (1%) 100/9100', "
+                         "'Waiting for w\u00e4scher (17) 0/0']]")); // without a measure
         // There are no bars to say it on.
         backEnd->run("changeActivity('later')");
     }
@@ -372,7 +413,7 @@ private Q_SLOTS:
                       "goes.append(waitForLock(None))\n"
                       "seen.extend([look()[1], goes])"));
         backEnd->answers.take();
-        QCOMPARE(backEnd->text("seen"), QString("['Waiting for x (0%) 0/1', 'Preparing (0%) 0/1', "
+        QCOMPARE(backEnd->text("seen"), QString("['Waiting for x 0/0', 'Preparing (0%) 0/1', "
                                                 "[True, True, True]]"));
         // The graphical thread never waits.
         backEnd->run("seen.append([waitForLock('later'), waitForLock(None)])");

@@ -10,7 +10,9 @@ import yumIOC  # noqa: F401  (the other modules import it from here)
 # Our texts in the user's language.
 translations = {}
 
-# Adds lines to the listing that the user is going to confirm.
+# Adds lines before the listing that the user is going to confirm.
+addBeforeListing = None
+# Adds lines to the end of that listing.
 addToListing = None
 # Says on the bar of the current step what is being done.
 changeActivity = None
@@ -21,7 +23,8 @@ hideSecrets = None
 # Says what the script waits for; the answer is whether to go on waiting.
 waitForLock = None
 
-OFFERED = ('translations', 'addToListing', 'changeActivity', 'faultOfMetadata', 'hideSecrets', 'waitForLock')
+OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'hideSecrets',
+           'waitForLock')
 
 
 def receive(offered):
