@@ -27,8 +27,8 @@ private Q_SLOTS:
                                << "/opt/vyre/icons";
         QTest::newRow("relative directory") << QByteArray("share") << "icons"
                                             << "share/icons";
-        QTest::newRow("taken as it stands") << QByteArray("/opt//vyre/") << "icons"
-                                            << "/opt//vyre//icons";
+        QTest::newRow("slashes are kept") << QByteArray("/opt//vyre/") << "icons"
+                                          << "/opt//vyre//icons";
         QTest::newRow("empty but set") << QByteArray("") << "icons"
                                        << "/icons";
         QTest::newRow("place markers in the directory") << QByteArray("/opt/%2%1") << "icons"

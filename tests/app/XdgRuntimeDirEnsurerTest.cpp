@@ -179,7 +179,7 @@ private Q_SLOTS:
             writeFile(runtimeDirectory() + "/kept");
             if (what == "other user") {
                 if (chown(path, 65534, 65534) != 0) {
-                    QSKIP("only root can give a directory away");
+                    QSKIP("only root can change the owner of a directory");
                 }
             }
         }
