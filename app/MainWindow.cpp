@@ -7,26 +7,23 @@
 #include <QComboBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QFile>
-#include <QHBoxLayout>
-#include <QKeyEvent>
-#include <QLineEdit>
+#include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMutexLocker>
 #include <QPushButton>
 #include <QTimer>
-#include <QVBoxLayout>
-#include <QVector>
 #include <QWindow>
 
 #include <algorithm>
 #include <functional>
 #include <sys/utsname.h>
 
-#include "app/Settings.h"
+#include "app/ExpressionEdit.h"
+#include "app/KeptLayout.h"
+#include "app/Manuals.h"
+#include "app/Notice.h"
 #include "app/WindowSizeKeeper.h"
-#include "app/base/Share.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
@@ -37,19 +34,15 @@
 #include "repo/YumConfIO.h"
 #include "services/HProgressBar.h"
 #include "services/LogWindow.h"
-#include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMenu.h"
 #include "widgets/Literal.h"
 #include "widgets/Metrics.h"
-#include "widgets/PlainLabel.h"
 #include "yumio/YumIO.h"
 
 namespace {
 
 constexpr int searchMode = PackageTable::Search;
-
-constexpr char documentation[] = "/usr/share/doc/vyre";
 
 QString nodeName()
 {
@@ -57,32 +50,12 @@ QString nodeName()
     return uname(&names) == 0 ? QString::fromLocal8Bit(names.nodename) : QString();
 }
 
-// The key that opens the editor of repositories is one that edits take for themselves, to go to their end.
-class ExpressionEdit : public QLineEdit
-{
-public:
-    using QLineEdit::QLineEdit;
-
-protected:
-    bool event(QEvent* event) override
-    {
-        if (event->type() == QEvent::ShortcutOverride) {
-            const auto* key = static_cast<QKeyEvent*>(event);
-            if (key->key() == Qt::Key_E && key->modifiers() == Qt::ControlModifier) {
-                event->ignore();
-                return false;
-            }
-        }
-        return QLineEdit::event(event);
-    }
-};
-
 } // namespace
 
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), closing(nullptr), yumConfIO(nullptr),
       initialized(false), scheduled(false), busy(false), closeWanted(false), collectFailed(false),
-      logWindow(nullptr), repoEditor(nullptr), aboutBox(nullptr)
+      logWindow(nullptr), repoEditor(nullptr), aboutBox(nullptr), notice(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
@@ -96,162 +69,6 @@ MainWindow::MainWindow()
     collectedExtraData();
     modeChanged(PackageTable::Filter);
     setReady(false);
-}
-
-void MainWindow::createMenuBar()
-{
-    const auto addMenu = [this](const QString& title) {
-        auto* menu = new HMenu(title, menuBar());
-        menuBar()->addMenu(menu);
-        return menu;
-    };
-    programMenu = addMenu(tr("&Program"));
-    quitAction = programMenu->addAction(tr("&Quit"), this, SLOT(quit()), QKeySequence(tr("Ctrl+Q")));
-
-    HMenu* windowsMenu = addMenu(tr("&Windows"));
-    windowsMenu->addAction(tr("&Log"), this, SLOT(displayLog()), QKeySequence(tr("Ctrl+L")));
-
-    repositoriesMenu = addMenu(tr("&Repositories"));
-    editConfigurationAction = repositoriesMenu->addAction(
-        tr("&Edit Configuration"), this, SLOT(editRepositories()), QKeySequence(tr("Ctrl+E")));
-
-    cacheMenu = addMenu(tr("&Cache"));
-    cleanDbcacheAction = cacheMenu->addAction(tr("Clean dbcache"), this, SLOT(cleanDbcache()));
-    cleanPackagesAction = cacheMenu->addAction(tr("Clean Packages"), this, SLOT(cleanPackages()));
-    cleanMetadataAction = cacheMenu->addAction(tr("Clean Metadata"), this, SLOT(cleanMetadata()));
-    cacheMenu->addSeparator();
-    cleanAllAction = cacheMenu->addAction(tr("Clean All"), this, SLOT(cleanAll()));
-
-    HMenu* helpMenu = addMenu(tr("&Help"));
-    helpMenu->addAction(tr("Manual (html)"), this, SLOT(manualHtml()));
-    helpMenu->addAction(tr("Manual (PDF)"), this, SLOT(manualPdf()));
-    helpMenu->addSeparator();
-    helpMenu->addAction(tr("&About"), this, SLOT(about()), QKeySequence(Qt::Key_F1));
-}
-
-void MainWindow::createMainArea()
-{
-    auto* central = new QWidget(this);
-    auto* centralLayout = new QVBoxLayout(central);
-    tableArea = new QWidget(central);
-    auto* tableLayout = new QVBoxLayout(tableArea);
-    tableLayout->setContentsMargins(0, 0, 0, 0);
-    tableLayout->addLayout(createFilterRow());
-    view = new PackageTable::View(model, proxy, tableArea);
-    view->setAccessibleName(tr("Packages"));
-    tableLayout->addWidget(view, 1);
-    tableLayout->addLayout(createButtonRow());
-    connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
-    connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));
-    connect(view, SIGNAL(actionRefused(const QString&)), this, SLOT(warnAndNotice(const QString&)));
-
-    totalBar = new HProgressBar(central);
-    totalBar->setAccessibleName(tr("Whole operation"));
-    itemBar = new HProgressBar(central);
-    itemBar->setAccessibleName(tr("Current step"));
-    centralLayout->addWidget(tableArea, 1);
-    centralLayout->addStretch(0);
-    centralLayout->addWidget(totalBar);
-    centralLayout->addWidget(itemBar);
-    setCentralWidget(central);
-
-    // There is nothing to choose from before the first collection; the bars keep to the bottom meanwhile. The
-    // table must not be asked for its size: it decides once for how many rows it asks room.
-    tableArea->hide();
-}
-
-QBoxLayout* MainWindow::createFilterRow()
-{
-    auto* row = new QHBoxLayout;
-    modeBox = new QComboBox;
-    modeBox->addItem(tr("Filter"));
-    modeBox->addItem(tr("Search"));
-    connect(modeBox, SIGNAL(currentIndexChanged(int)), this, SLOT(modeChanged(int)));
-    row->addWidget(modeBox);
-
-    regexpEdit = new ExpressionEdit(QStringLiteral(".*"));
-    connect(regexpEdit, SIGNAL(returnPressed()), this, SLOT(filtersearch()));
-    regexpEdit->setAccessibleName(tr("Regular expression"));
-    row->addWidget(regexpEdit, 1);
-
-    filterButton = new QPushButton;
-    filterButton->setDefault(true);
-    connect(filterButton, SIGNAL(clicked()), this, SLOT(filtersearch()));
-    row->addWidget(filterButton);
-
-    stateBox = new QComboBox;
-    stateBox->addItem(tr("View Updatable"), PackageTable::ViewUpdatable);
-    stateBox->addItem(tr("View Installable"), PackageTable::ViewInstallable);
-    stateBox->addItem(tr("View Removable"), PackageTable::ViewRemovable);
-    stateBox->addItem(tr("View All"), PackageTable::ViewAll);
-    stateBox->setToolTip(
-        tr("Filter for those packages which are eligible for updating,\nfor installing, or for "
-           "removing; or show all packages"));
-    connect(stateBox, SIGNAL(currentIndexChanged(int)), this, SLOT(stateFilterChanged(int)));
-    row->addWidget(stateBox);
-
-    dupsBox = new QCheckBox(tr("Include Duplicates"));
-    dupsBox->setChecked(true);
-    dupsBox->setToolTip(
-        tr("Whether or not filter should include packages with duplicate names.\nIf unchecked, the "
-           "package with the architecture closest to the base architecture is shown."));
-    connect(dupsBox, SIGNAL(stateChanged(int)), this, SLOT(dupsFilterChanged(int)));
-    row->addWidget(dupsBox);
-
-    groupsBox = new QCheckBox(tr("Include Groups"));
-    groupsBox->setToolTip(tr("Whether or not filter should include package groups"));
-    connect(groupsBox, SIGNAL(stateChanged(int)), this, SLOT(groupsFilterChanged(int)));
-    row->addWidget(groupsBox);
-    return row;
-}
-
-QBoxLayout* MainWindow::createButtonRow()
-{
-    auto* row = new QHBoxLayout;
-    const auto addButton = [this, row](const QString& text, const QString& toolTip, const char* slot) {
-        auto* button = new QPushButton(text);
-        button->setToolTip(Literal::toolTip(toolTip));
-        if (slot != nullptr) {
-            connect(button, SIGNAL(clicked()), this, slot);
-        }
-        row->addWidget(button);
-        return button;
-    };
-    describeButton = addButton(
-        tr("&Describe"), tr("Pop up a window with a detailed description of the currently selected package"),
-        nullptr);
-    connect(describeButton, SIGNAL(clicked()), view, SLOT(describe()));
-    describeButton->setEnabled(false);
-    row->addStretch(1);
-    addButton(tr("Re&size"), tr("Resize the columns and window to optimal values"), SLOT(resize()));
-    addButton(
-        tr("Re&fresh"),
-        tr("Refresh the list of installed packages and packages available for update.\nUse this to check for "
-           "new updates in repositories, or if any packages were installed manually."),
-        SLOT(refresh()));
-    addButton(
-        tr("Set &Install/Update of Selected"),
-        tr("Sets the Action for all selected packages which are Not Installed to Install, and\nsets the "
-           "Action for all selected packages which are Installed but Out-of-date to Update.\nDoes not Apply "
-           "Actions automatically."),
-        SLOT(setSelected()));
-    addButton(
-        tr("Set &Update of Listed"),
-        tr("Sets the Action to Update for any packages which are Installed but Out-of-date,\nand which are "
-           "currently listed based on the the Mode, Filter, Search, State, Duplicates, and Groups "
-           "settings.\nDoes not Apply Actions automatically."),
-        SLOT(setUpdateListed()));
-    addButton(tr("&Clear Actions"), tr("Clears all specified Actions (Updates, Installs, and Removals)"),
-              SLOT(clearActions()));
-    unlistedLabel = new HFrameLabel;
-    unlistedLabel->setPalette(Colors::makeWarning(unlistedLabel->palette()));
-    warnConfigure();
-    row->addWidget(unlistedLabel);
-    applyButton =
-        addButton(tr("&Apply Actions"), tr("Applies the specified Actions (Updates, Installs, and Removals)"),
-                  SLOT(apply()));
-    applyButton->setEnabled(false);
-    return row;
 }
 
 void MainWindow::setMode(PackageTable::Mode mode)
@@ -367,7 +184,7 @@ void MainWindow::showTable()
     if (tableArea->isHidden()) {
         tableArea->show();
         view->resizeColumnsToContents();
-        restoreLayout();
+        KeptLayout::restore(*this, *view);
     }
     updateEmptyText();
 }
@@ -387,45 +204,8 @@ void MainWindow::updateEmptyText()
 
 void MainWindow::saveLayout() const
 {
-    if (tableArea->isHidden()) {
-        return;
-    }
-    const auto toVariants = [](const QList<int>& numbers) {
-        QVariantList variants;
-        for (int number : numbers) {
-            variants.append(number);
-        }
-        return variants;
-    };
-    Settings settings;
-    const PackageTable::View::Layout layout = view->layoutByHand();
-    settings.setValue(QStringLiteral("MainWindow/columnWidths"), toVariants(layout.widths));
-    settings.setValue(QStringLiteral("MainWindow/columnPlaces"), toVariants(layout.places));
-    settings.setValue(QStringLiteral("MainWindow/maximized"), isMaximized());
-    if (!isMaximized() && !isFullScreen()) {
-        settings.setValue(QStringLiteral("MainWindow/size"), size());
-    }
-}
-
-void MainWindow::restoreLayout()
-{
-    const auto toNumbers = [](const QVariant& value) {
-        QList<int> numbers;
-        const QVariantList list = value.toList();
-        for (const QVariant& number : list) {
-            numbers.append(number.toInt());
-        }
-        return numbers;
-    };
-    const Settings settings;
-    view->restoreLayout({toNumbers(settings.value(QStringLiteral("MainWindow/columnWidths"))),
-                         toNumbers(settings.value(QStringLiteral("MainWindow/columnPlaces")))});
-    const QSize remembered = settings.value(QStringLiteral("MainWindow/size")).toSize();
-    if (!remembered.isEmpty()) {
-        QWidget::resize(remembered.boundedTo(Metrics::maxWindowSize()));
-    }
-    if (settings.value(QStringLiteral("MainWindow/maximized")).toBool()) {
-        setWindowState(windowState() | Qt::WindowMaximized);
+    if (!tableArea->isHidden()) {
+        KeptLayout::save(*this, *view);
     }
 }
 
@@ -734,32 +514,26 @@ void MainWindow::displayLog()
     logWindow->activateWindow();
 }
 
-// The command is a program of the share directory and its arguments.
-void MainWindow::openExternally(QStringList command)
+void MainWindow::openPage(const QString& address)
 {
-    command.first() = Share::absolute(command.first());
-    QList<QByteArray> arguments;
-    for (const QString& argument : qAsConst(command)) {
-        arguments.append(QFile::encodeName(argument));
-    }
-    QVector<char*> argv;
-    for (QByteArray& argument : arguments) {
-        argv.append(argument.data());
-    }
-    argv.append(nullptr);
-    Execute::execute(this, argv.constData());
+    Manuals::openPage(this, address);
 }
 
-// The file is the last word of the command.
-void MainWindow::openManual(const QStringList& command)
+void MainWindow::manualHtml()
 {
-    openExternally(command);
-    const QString& file = command.last();
-    if (quitting() || QFile::exists(file)) {
-        return;
+    showFault(Manuals::openHtml(this));
+}
+
+void MainWindow::manualPdf()
+{
+    showFault(Manuals::openPdf(this));
+}
+
+void MainWindow::showFault(const QString& text)
+{
+    if (!text.isEmpty()) {
+        warnAndNotice(text);
     }
-    // Where the other program tells of it, a desktop shows it to nobody.
-    warnAndNotice(tr("The manual is not installed: there is no file %1").arg(file));
 }
 
 void MainWindow::warnAndNotice(const QString& text)
@@ -770,45 +544,12 @@ void MainWindow::warnAndNotice(const QString& text)
     }
 }
 
-// Beside the menus for a while: a window would come between what the user does next.
 void MainWindow::showNotice(const QString& text)
 {
-    auto* notice = qobject_cast<QLabel*>(menuBar()->cornerWidget());
     if (notice == nullptr) {
-        notice = new PlainLabel(menuBar());
-        notice->setPalette(Colors::makeWarning(notice->palette()));
-        notice->setBackgroundRole(QPalette::Window); // not the menu bar's
-        notice->setForegroundRole(QPalette::WindowText);
-        notice->setAutoFillBackground(true);
-        notice->setMargin(2);
-        menuBar()->setCornerWidget(notice);
+        notice = new Notice(menuBar());
     }
-    notice->setText(text);
-    notice->show();
-    auto* end = notice->findChild<QTimer*>();
-    if (end == nullptr) {
-        end = new QTimer(notice);
-        end->setSingleShot(true);
-        connect(end, SIGNAL(timeout()), notice, SLOT(hide()));
-    }
-    end->start(15000);
-}
-
-void MainWindow::openPage(const QString& address)
-{
-    openExternally({QStringLiteral("webbrowser"), address});
-}
-
-void MainWindow::manualHtml()
-{
-    openManual({QStringLiteral("webbrowser"),
-                QStringLiteral("%1/html/index.html").arg(QLatin1String(documentation))});
-}
-
-void MainWindow::manualPdf()
-{
-    openManual({QStringLiteral("mimeviewer"), QStringLiteral("application/pdf"),
-                QStringLiteral("%1/manual.pdf").arg(QLatin1String(documentation))});
+    notice->showText(text);
 }
 
 void MainWindow::about()
@@ -907,13 +648,7 @@ void MainWindow::filtersearch()
 void MainWindow::takeExpression()
 {
     proxy->setFilterRegExp(regexpEdit->text());
-    // An expression that is none would look like one that nothing matches.
-    QPalette palette = QApplication::palette(regexpEdit);
-    if (!proxy->isValidExpression()) {
-        palette.setColor(QPalette::Base, QColor(Colors::errorBg()));
-        palette.setColor(QPalette::Text, Qt::black);
-    }
-    regexpEdit->setPalette(palette);
+    regexpEdit->showValid(proxy->isValidExpression());
 }
 
 void MainWindow::changeFilter(const std::function<void()>& change)
@@ -964,14 +699,6 @@ void MainWindow::collectedExtraData()
         text = tr("%1 (Must load extra data.)").arg(text);
     }
     modeBox->setToolTip(Literal::toolTip(text));
-}
-
-void MainWindow::warnConfigure()
-{
-    // Its full size is kept, so that the row does not move when the warning comes and goes.
-    unlistedLabel->setText(tr("Unlisted Actions"));
-    unlistedLabel->setFixedSize(unlistedLabel->sizeHint());
-    unlistedLabel->setText(QString());
 }
 
 void MainWindow::warnUnlistedActions()

@@ -18,14 +18,15 @@
 #include "packagetable/PackageTable.h"
 #include "repo/YumRepoEnabled.h"
 
+class ExpressionEdit;
 class HFrameLabel;
 class HMenu;
 class HProgressBar;
+class Notice;
 class QAction;
 class QBoxLayout;
 class QCheckBox;
 class QComboBox;
-class QLineEdit;
 class QMessageBox;
 class QPushButton;
 class YumConfIO;
@@ -144,12 +145,11 @@ private:
     void updateEmptyText();
     void closeLater();
     void saveLayout() const;
-    void restoreLayout();
     bool checkCredentials(bool& changed);
     void clean(bool (YumIO::*operation)());
-    void openExternally(QStringList command);
-    void openManual(const QStringList& command);
     void showNotice(const QString& text);
+    // Warns with a text that is not empty.
+    void showFault(const QString& text);
     void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }
 
@@ -179,7 +179,7 @@ private:
     QAction* cleanAllAction;
     QWidget* tableArea;
     QComboBox* modeBox;
-    QLineEdit* regexpEdit;
+    ExpressionEdit* regexpEdit;
     QPushButton* filterButton;
     QComboBox* stateBox;
     QCheckBox* groupsBox;
@@ -195,6 +195,7 @@ private:
     Log::Window* logWindow;         // null until first needed
     RepoEditor::Dialog* repoEditor; // null until first needed
     QMessageBox* aboutBox;          // null until first needed
+    Notice* notice;                 // null until first needed
 };
 
 #endif

@@ -518,10 +518,6 @@ Das Protokoll (Strg+L) nennt den Grund.</translation>
         <translation>Die Pakete werden gelesen ...</translation>
     </message>
     <message>
-        <source>The manual is not installed: there is no file %1</source>
-        <translation>Das Handbuch ist nicht installiert: Es gibt keine Datei %1</translation>
-    </message>
-    <message>
         <source>About</source>
         <translation>Über VYRE</translation>
     </message>
@@ -582,6 +578,13 @@ Duplikate und Gruppen gerade nicht angezeigt.
     <message>
         <source>There are errors in the log (Ctrl+L)</source>
         <translation>Im Protokoll stehen Fehler (Strg+L)</translation>
+    </message>
+</context>
+<context>
+    <name>Manuals</name>
+    <message>
+        <source>The manual is not installed: there is no file %1</source>
+        <translation>Das Handbuch ist nicht installiert: Es gibt keine Datei %1</translation>
     </message>
 </context>
 <context>

@@ -1,0 +1,21 @@
+// The size of the main window and the widths and places of the table's columns, as the user has left them.
+//
+// Graphical thread; only functions.
+
+#ifndef APP_KEPTLAYOUT_H
+#define APP_KEPTLAYOUT_H
+
+class QWidget;
+namespace PackageTable {
+class View;
+} // namespace PackageTable
+
+namespace KeptLayout {
+
+void save(const QWidget& window, const PackageTable::View& view);
+// Leaves as it is what was not kept.
+void restore(QWidget& window, PackageTable::View& view);
+
+} // namespace KeptLayout
+
+#endif

@@ -1,0 +1,184 @@
+// The menus, boxes and buttons that the main window consists of.
+
+#include "app/MainWindow.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "app/ExpressionEdit.h"
+#include "packagetable/Model.h"
+#include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/View.h"
+#include "services/HProgressBar.h"
+#include "widgets/Colors.h"
+#include "widgets/HFrameLabel.h"
+#include "widgets/HMenu.h"
+#include "widgets/Literal.h"
+
+void MainWindow::createMenuBar()
+{
+    const auto addMenu = [this](const QString& title) {
+        auto* menu = new HMenu(title, menuBar());
+        menuBar()->addMenu(menu);
+        return menu;
+    };
+    programMenu = addMenu(tr("&Program"));
+    quitAction = programMenu->addAction(tr("&Quit"), this, SLOT(quit()), QKeySequence(tr("Ctrl+Q")));
+
+    HMenu* windowsMenu = addMenu(tr("&Windows"));
+    windowsMenu->addAction(tr("&Log"), this, SLOT(displayLog()), QKeySequence(tr("Ctrl+L")));
+
+    repositoriesMenu = addMenu(tr("&Repositories"));
+    editConfigurationAction = repositoriesMenu->addAction(
+        tr("&Edit Configuration"), this, SLOT(editRepositories()), QKeySequence(tr("Ctrl+E")));
+
+    cacheMenu = addMenu(tr("&Cache"));
+    cleanDbcacheAction = cacheMenu->addAction(tr("Clean dbcache"), this, SLOT(cleanDbcache()));
+    cleanPackagesAction = cacheMenu->addAction(tr("Clean Packages"), this, SLOT(cleanPackages()));
+    cleanMetadataAction = cacheMenu->addAction(tr("Clean Metadata"), this, SLOT(cleanMetadata()));
+    cacheMenu->addSeparator();
+    cleanAllAction = cacheMenu->addAction(tr("Clean All"), this, SLOT(cleanAll()));
+
+    HMenu* helpMenu = addMenu(tr("&Help"));
+    helpMenu->addAction(tr("Manual (html)"), this, SLOT(manualHtml()));
+    helpMenu->addAction(tr("Manual (PDF)"), this, SLOT(manualPdf()));
+    helpMenu->addSeparator();
+    helpMenu->addAction(tr("&About"), this, SLOT(about()), QKeySequence(Qt::Key_F1));
+}
+
+void MainWindow::createMainArea()
+{
+    auto* central = new QWidget(this);
+    auto* centralLayout = new QVBoxLayout(central);
+    tableArea = new QWidget(central);
+    auto* tableLayout = new QVBoxLayout(tableArea);
+    tableLayout->setContentsMargins(0, 0, 0, 0);
+    tableLayout->addLayout(createFilterRow());
+    view = new PackageTable::View(model, proxy, tableArea);
+    view->setAccessibleName(tr("Packages"));
+    tableLayout->addWidget(view, 1);
+    tableLayout->addLayout(createButtonRow());
+    connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
+    connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));
+    connect(view, SIGNAL(actionRefused(const QString&)), this, SLOT(warnAndNotice(const QString&)));
+
+    totalBar = new HProgressBar(central);
+    totalBar->setAccessibleName(tr("Whole operation"));
+    itemBar = new HProgressBar(central);
+    itemBar->setAccessibleName(tr("Current step"));
+    centralLayout->addWidget(tableArea, 1);
+    centralLayout->addStretch(0);
+    centralLayout->addWidget(totalBar);
+    centralLayout->addWidget(itemBar);
+    setCentralWidget(central);
+
+    // There is nothing to choose from before the first collection; the bars keep to the bottom meanwhile. The
+    // table must not be asked for its size: it decides once for how many rows it asks room.
+    tableArea->hide();
+}
+
+QBoxLayout* MainWindow::createFilterRow()
+{
+    auto* row = new QHBoxLayout;
+    modeBox = new QComboBox;
+    modeBox->addItem(tr("Filter"));
+    modeBox->addItem(tr("Search"));
+    connect(modeBox, SIGNAL(currentIndexChanged(int)), this, SLOT(modeChanged(int)));
+    row->addWidget(modeBox);
+
+    regexpEdit = new ExpressionEdit(QStringLiteral(".*"));
+    connect(regexpEdit, SIGNAL(returnPressed()), this, SLOT(filtersearch()));
+    regexpEdit->setAccessibleName(tr("Regular expression"));
+    row->addWidget(regexpEdit, 1);
+
+    filterButton = new QPushButton;
+    filterButton->setDefault(true);
+    connect(filterButton, SIGNAL(clicked()), this, SLOT(filtersearch()));
+    row->addWidget(filterButton);
+
+    stateBox = new QComboBox;
+    stateBox->addItem(tr("View Updatable"), PackageTable::ViewUpdatable);
+    stateBox->addItem(tr("View Installable"), PackageTable::ViewInstallable);
+    stateBox->addItem(tr("View Removable"), PackageTable::ViewRemovable);
+    stateBox->addItem(tr("View All"), PackageTable::ViewAll);
+    stateBox->setToolTip(
+        tr("Filter for those packages which are eligible for updating,\nfor installing, or for "
+           "removing; or show all packages"));
+    connect(stateBox, SIGNAL(currentIndexChanged(int)), this, SLOT(stateFilterChanged(int)));
+    row->addWidget(stateBox);
+
+    dupsBox = new QCheckBox(tr("Include Duplicates"));
+    dupsBox->setChecked(true);
+    dupsBox->setToolTip(
+        tr("Whether or not filter should include packages with duplicate names.\nIf unchecked, the "
+           "package with the architecture closest to the base architecture is shown."));
+    connect(dupsBox, SIGNAL(stateChanged(int)), this, SLOT(dupsFilterChanged(int)));
+    row->addWidget(dupsBox);
+
+    groupsBox = new QCheckBox(tr("Include Groups"));
+    groupsBox->setToolTip(tr("Whether or not filter should include package groups"));
+    connect(groupsBox, SIGNAL(stateChanged(int)), this, SLOT(groupsFilterChanged(int)));
+    row->addWidget(groupsBox);
+    return row;
+}
+
+QBoxLayout* MainWindow::createButtonRow()
+{
+    auto* row = new QHBoxLayout;
+    const auto addButton = [this, row](const QString& text, const QString& toolTip, const char* slot) {
+        auto* button = new QPushButton(text);
+        button->setToolTip(Literal::toolTip(toolTip));
+        if (slot != nullptr) {
+            connect(button, SIGNAL(clicked()), this, slot);
+        }
+        row->addWidget(button);
+        return button;
+    };
+    describeButton = addButton(
+        tr("&Describe"), tr("Pop up a window with a detailed description of the currently selected package"),
+        nullptr);
+    connect(describeButton, SIGNAL(clicked()), view, SLOT(describe()));
+    describeButton->setEnabled(false);
+    row->addStretch(1);
+    addButton(tr("Re&size"), tr("Resize the columns and window to optimal values"), SLOT(resize()));
+    addButton(
+        tr("Re&fresh"),
+        tr("Refresh the list of installed packages and packages available for update.\nUse this to check for "
+           "new updates in repositories, or if any packages were installed manually."),
+        SLOT(refresh()));
+    addButton(
+        tr("Set &Install/Update of Selected"),
+        tr("Sets the Action for all selected packages which are Not Installed to Install, and\nsets the "
+           "Action for all selected packages which are Installed but Out-of-date to Update.\nDoes not Apply "
+           "Actions automatically."),
+        SLOT(setSelected()));
+    addButton(
+        tr("Set &Update of Listed"),
+        tr("Sets the Action to Update for any packages which are Installed but Out-of-date,\nand which are "
+           "currently listed based on the the Mode, Filter, Search, State, Duplicates, and Groups "
+           "settings.\nDoes not Apply Actions automatically."),
+        SLOT(setUpdateListed()));
+    addButton(tr("&Clear Actions"), tr("Clears all specified Actions (Updates, Installs, and Removals)"),
+              SLOT(clearActions()));
+    unlistedLabel = new HFrameLabel;
+    unlistedLabel->setPalette(Colors::makeWarning(unlistedLabel->palette()));
+    warnConfigure();
+    row->addWidget(unlistedLabel);
+    applyButton =
+        addButton(tr("&Apply Actions"), tr("Applies the specified Actions (Updates, Installs, and Removals)"),
+                  SLOT(apply()));
+    applyButton->setEnabled(false);
+    return row;
+}
+
+void MainWindow::warnConfigure()
+{
+    // Its full size is kept, so that the row does not move when the warning comes and goes.
+    unlistedLabel->setText(tr("Unlisted Actions"));
+    unlistedLabel->setFixedSize(unlistedLabel->sizeHint());
+    unlistedLabel->setText(QString());
+}

@@ -1,0 +1,24 @@
+#include "app/Notice.h"
+
+#include <QMenuBar>
+
+#include "widgets/Colors.h"
+
+Notice::Notice(QMenuBar* menuBar) : PlainLabel(menuBar)
+{
+    setPalette(Colors::makeWarning(palette()));
+    setBackgroundRole(QPalette::Window); // not the menu bar's
+    setForegroundRole(QPalette::WindowText);
+    setAutoFillBackground(true);
+    setMargin(2);
+    end.setSingleShot(true);
+    connect(&end, SIGNAL(timeout()), this, SLOT(hide()));
+    menuBar->setCornerWidget(this);
+}
+
+void Notice::showText(const QString& text)
+{
+    setText(text);
+    show();
+    end.start(15000);
+}

@@ -1,0 +1,27 @@
+// A message that stands beside the menus for a while: a window would interrupt the user.
+//
+// Graphical thread; owned by the menu bar.
+
+#ifndef APP_NOTICE_H
+#define APP_NOTICE_H
+
+#include <QTimer>
+
+#include "widgets/PlainLabel.h"
+
+class QMenuBar;
+
+class Notice : public PlainLabel
+{
+    Q_OBJECT
+
+public:
+    explicit Notice(QMenuBar* menuBar);
+
+    void showText(const QString& text);
+
+private:
+    QTimer end;
+};
+
+#endif

@@ -1,0 +1,468 @@
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+
+#include "tests/app/EachAlone.h"
+#include "tests/app/StandInWindow.h"
+#include "tests/packagetable/Described.h"
+#include "widgets/Colors.h"
+
+using namespace PackageTable;
+
+// The filter row decides what is listed, and the buttons what is done with it.
+class MainWindowFilterTest : public StandInWindow
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void returnAppliesTheExpression();
+    void buttonAppliesTheExpression();
+    void typingAloneListsNothingElse();
+    void stateBoxDecidesWhatIsListed();
+    void duplicatesCanBeLeftOut();
+    void groupsCanBeIncluded();
+    void modeDecidesTheTexts();
+    void searchForAnythingLoadsNothing();
+    void searchLooksIntoEveryField();
+    void collectionHasLoadedTheExtraData();
+    void extraDataAreLoadedOnceForTheFirstExpression();
+    void nothingIsFilteredWhileExtraDataAreLoaded();
+    void brokenExpressionLooksDifferent();
+    void filtersInSearchModeApply();
+    void textsAreReadForTheExpressionInUse();
+    void textsAreReadBeforeNewRecordsAreSearched();
+
+    void applyIsEnabledWhileThereIsAnyAction();
+    void selectedRowsAreSet();
+    void listedUpdatesAreSet();
+    void clearingTakesAllActionsAway();
+    void settingTheSelectedRowsSortsTheTableOnce();
+    void hiddenActionsAreWarnedOf();
+    void everyFilterWarnsOfHiddenActions();
+    void warningKeepsItsPlace();
+    void warningHasTheColourOfOne();
+};
+
+void MainWindowFilterTest::returnAppliesTheExpression()
+{
+    shown->start();
+    shown->filter("too");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+    shown->filter("(");
+    QCOMPARE(shown->listed(), QStringList());
+    shown->filter(".*");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowFilterTest::buttonAppliesTheExpression()
+{
+    shown->start();
+    shown->type("too");
+    shown->press("Filter");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+}
+
+void MainWindowFilterTest::typingAloneListsNothingElse()
+{
+    shown->start();
+    shown->type("too");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowFilterTest::stateBoxDecidesWhatIsListed()
+{
+    shown->start();
+    const QList<QStringList> expected{
+        {"many", "tool"},
+        {"editor", "lib", "lib"},
+        {"many", "shell", "tool"},
+        {"editor", "lib", "lib", "many", "shell", "tool"},
+    };
+    for (const int index : {1, 2, 3, 0}) {
+        shown->choose(shown->stateBox, index);
+        QCOMPARE(shown->sorted(), expected.at(index));
+    }
+}
+
+void MainWindowFilterTest::duplicatesCanBeLeftOut()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+    shown->click(shown->dupsBox, QPoint(8, shown->dupsBox->height() / 2));
+    QVERIFY(!shown->dupsBox->isChecked());
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib"}));
+    shown->click(shown->dupsBox, QPoint(8, shown->dupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+}
+
+void MainWindowFilterTest::groupsCanBeIncluded()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewInstallable);
+    shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "lib"}));
+    shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+}
+
+void MainWindowFilterTest::modeDecidesTheTexts()
+{
+    shown->start();
+    for (int round = 0; round < 2; ++round) {
+        QCOMPARE(shown->button("Filter")->toolTip(), QString("Apply the filter specified to the left"));
+        QCOMPARE(shown->regexpEdit->toolTip(),
+                 QString("Regular expression filter matching textual fields visible in the table"));
+        shown->choose(shown->modeBox, Search);
+        QCOMPARE(shown->button("Search")->toolTip(),
+                 QString("Perform the search for the regular expression specified to the left"));
+        QCOMPARE(shown->regexpEdit->toolTip(),
+                 QString("Regular expression to compare to all fields of a package"));
+        shown->choose(shown->modeBox, Filter);
+    }
+}
+
+void MainWindowFilterTest::searchForAnythingLoadsNothing()
+{
+    shown->start();
+    standIn->forgetCalls();
+    shown->choose(shown->modeBox, Search);
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+    shown->press("Search");
+    shown->filter("");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+    QCOMPARE(standIn->calls(), QStringList());
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowFilterTest::searchLooksIntoEveryField()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->filter("bin/needle");
+    QCOMPARE(shown->listed(), QStringList());
+    shown->choose(shown->modeBox, Search);
+    QCOMPARE(shown->listed(), QStringList{"editor"});
+    shown->type("needle");
+    shown->press("Search");
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "many", "tool"}));
+    shown->choose(shown->modeBox, Filter);
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY(shown->proxy->getFilter());
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowFilterTest::collectionHasLoadedTheExtraData()
+{
+    QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip) + " (Must load extra data.)");
+    shown->start();
+    QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
+    standIn->forgetCalls();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("needle");
+    shown->filter("other");
+    shown->press("Re&fresh");
+    shown->filter("needle");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
+    QCOMPARE(standIn->calls("collectFileLists") + standIn->calls("collectOtherData"), 0);
+    QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip));
+}
+
+void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
+{
+    // Nothing has been collected while the repositories are edited at the start.
+    shown->window->setRepoEditorAtStart();
+    standIn->forgetCalls();
+    const auto loads = [this] {
+        return QList<int>{standIn->calls("collectFileLists"), standIn->calls("collectOtherData")};
+    };
+    QList<QList<int>> seen;
+    const Once once(
+        [] {
+            const QWidget* dialog = QApplication::activeModalWidget();
+            return dialog != nullptr && dialog->windowTitle() == "VYRE Repository Configuration Editor";
+        },
+        [this, loads, &seen] {
+            shown->window->setMode(Search);
+            seen << loads();
+            for (const char* expression : {"needle", "other"}) {
+                shown->window->setRegexp(expression);
+                shown->window->filtersearch();
+                seen << loads();
+            }
+            QApplication::activeModalWidget()->close();
+        });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QVERIFY(once.isDone());
+    QCOMPARE(seen, (QList<QList<int>>{{0, 0}, {1, 1}, {1, 1}}));
+    QCOMPARE(loads(), (QList<int>{1, 1}));
+}
+
+void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
+{
+    // Only then there are none yet.
+    shown->window->setRepoEditorAtStart();
+    QList<bool> filtering;
+    const Once edited(
+        [] {
+            const QWidget* dialog = QApplication::activeModalWidget();
+            return dialog != nullptr && dialog->windowTitle() == "VYRE Repository Configuration Editor";
+        },
+        [this, &filtering] {
+            shown->window->setMode(Search);
+            shown->window->setRegexp("needle");
+            filtering << shown->proxy->getFilter();
+            const bool held = inTheMiddle([this] { shown->window->filtersearch(); },
+                                          [this, &filtering] { filtering << shown->proxy->getFilter(); });
+            filtering << (held && shown->proxy->getFilter());
+            QApplication::activeModalWidget()->close();
+        });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QVERIFY(edited.isDone());
+    QCOMPARE(filtering, (QList<bool>{true, false, true}));
+}
+
+void MainWindowFilterTest::brokenExpressionLooksDifferent()
+{
+    shown->start();
+    const QColor usual = shown->regexpEdit->palette().color(QPalette::Base);
+    shown->filter("(");
+    QCOMPARE(shown->sorted(), QStringList());
+    QCOMPARE(shown->regexpEdit->palette().color(QPalette::Base), QColor(Colors::errorBg()));
+    shown->filter("nothing has this");
+    QCOMPARE(shown->sorted(), QStringList());
+    QCOMPARE(shown->regexpEdit->palette().color(QPalette::Base), usual);
+}
+
+void MainWindowFilterTest::filtersInSearchModeApply()
+{
+    shown->start();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("i|l");
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"})); // both come from a file called "updates"
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
+    shown->click(shown->dupsBox, QPoint(8, shown->dupsBox->height() / 2));
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "lib"}));
+    shown->click(shown->groupsBox, QPoint(8, shown->groupsBox->height() / 2));
+    shown->filter("a");
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowFilterTest::textsAreReadForTheExpressionInUse()
+{
+    shown->start();
+    // Whether a worker has read the texts of all records of a state.
+    const auto haveTexts = [this](Package::State state) {
+        bool all = true;
+        for (int row = 0; row < shown->model->rowCount(); ++row) {
+            const Package::Entry& entry = *shown->model->entry(row);
+            all =
+                all && (entry.state != state || entry.kind == Package::Group || !entry.searchTexts.isNull());
+        }
+        return all;
+    };
+    shown->filter("bin/needle");
+    shown->type("");
+    QVERIFY(!haveTexts(Package::Updatable));
+    shown->choose(shown->modeBox, Search);
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY(haveTexts(Package::Updatable));
+    QVERIFY(!haveTexts(Package::Available));
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(shown->listed(), QStringList{"editor"});
+    QVERIFY(haveTexts(Package::Available));
+    QVERIFY(!haveTexts(Package::Installed));
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowFilterTest::textsAreReadBeforeNewRecordsAreSearched()
+{
+    shown->start();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("needle");
+    const QStringList found = shown->sorted();
+    QVERIFY(!found.isEmpty());
+    // By a worker, for all: what a record is asked by the graphical thread leaves nothing here.
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->sorted(), found);
+    int unread = 0;
+    for (int row = 0; row < shown->model->rowCount(); ++row) {
+        const Package::Entry& entry = *shown->model->entry(row);
+        unread += entry.state == Package::Updatable && entry.searchTexts.isNull() ? 1 : 0;
+    }
+    QCOMPARE(unread, 0);
+}
+
+void MainWindowFilterTest::applyIsEnabledWhileThereIsAnyAction()
+{
+    shown->start();
+    const QPushButton* apply = shown->button("&Apply Actions");
+    QVERIFY(!apply->isEnabled());
+    shown->click("tool", ActionColumn);
+    QVERIFY(apply->isEnabled());
+    shown->click("many", ActionColumn);
+    shown->click("tool", ActionColumn);
+    shown->click("tool", ActionColumn);
+    QCOMPARE(shown->marks(), QStringList{"many update"});
+    QVERIFY(apply->isEnabled());
+    shown->click("many", ActionColumn);
+    shown->click("many", ActionColumn);
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!apply->isEnabled());
+}
+
+void MainWindowFilterTest::selectedRowsAreSet()
+{
+    shown->start();
+    listEverything();
+    shown->press("Set &Install/Update of Selected");
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+    for (const char* name : {"editor", "shell", "tool", "Games"}) {
+        shown->click(name, NameColumn, Qt::ControlModifier);
+    }
+    shown->press("Set &Install/Update of Selected");
+    QCOMPARE(shown->marks(), (QStringList{"Games install", "editor install", "tool update"}));
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(standIn->calls("apply"), 0);
+}
+
+void MainWindowFilterTest::listedUpdatesAreSet()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->filter("tool|shell|editor");
+    shown->press("Set &Update of Listed");
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    shown->filter("");
+    shown->press("Set &Update of Listed");
+    QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
+    QCOMPARE(standIn->calls("apply"), 0);
+}
+
+void MainWindowFilterTest::clearingTakesAllActionsAway()
+{
+    shown->start();
+    listEverything();
+    shown->click("tool", ActionColumn);
+    shown->click("editor", ActionColumn);
+    shown->click("shell", ActionColumn);
+    shown->filter("many");
+    QCOMPARE(shown->marks().count(), 3);
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    shown->press("&Clear Actions");
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(shown->label->text(), QString());
+}
+
+void MainWindowFilterTest::settingTheSelectedRowsSortsTheTableOnce()
+{
+    QJsonArray packages;
+    for (int i = 0; i < 50; ++i) {
+        packages.append(StandIn::package("package" + QString::number(i)));
+    }
+    standIn->setPackages({}, {}, packages);
+    shown->window->setStateFilter(ViewInstallable);
+    shown->start();
+    QHeaderView* header = shown->view->horizontalHeader();
+    shown->click(header->viewport(), QPoint(header->sectionViewportPosition(ActionColumn) + 10, 8));
+    QCOMPARE(shown->proxy->sortColumn(), int(ActionColumn));
+    shown->view->setFocus();
+    shown->key(Qt::Key_A, Qt::ControlModifier);
+    QSignalSpy layout(shown->proxy, SIGNAL(layoutChanged()));
+    // With so many rows that it would take minutes, each of them must not sort the table for itself.
+    shown->press("Set &Install/Update of Selected");
+    QCOMPARE(shown->marks().count(), 50);
+    QCOMPARE(layout.count(), 1);
+    shown->press("&Clear Actions");
+    QCOMPARE(shown->marks().count(), 0);
+    QCOMPARE(layout.count(), 2);
+}
+
+void MainWindowFilterTest::hiddenActionsAreWarnedOf()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    QCOMPARE(shown->label->text(), QString());
+    QCOMPARE(shown->label->toolTip(), QString());
+    shown->filter("many");
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    QCOMPARE(shown->label->toolTip(), QString(unlistedToolTip));
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    shown->filter("");
+    QCOMPARE(shown->label->text(), QString());
+    QCOMPARE(shown->label->toolTip(), QString());
+}
+
+void MainWindowFilterTest::everyFilterWarnsOfHiddenActions()
+{
+    shown->start();
+    listEverything();
+    shown->filter("^(lib .*i686|Games)");
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "lib"}));
+    shown->click("lib", ActionColumn);
+    shown->click("Games", ActionColumn);
+    const auto warns = [this](const std::function<void()>& change, const std::function<void()>& back) {
+        const bool before = shown->label->text().isEmpty();
+        change();
+        const bool warned = shown->label->text() == "Unlisted Actions";
+        back();
+        return before && warned && shown->label->text().isEmpty();
+    };
+    const auto clickBox = [this](QCheckBox* box) { shown->click(box, QPoint(8, box->height() / 2)); };
+    QVERIFY(warns([this] { shown->choose(shown->stateBox, ViewRemovable); },
+                  [this] { shown->choose(shown->stateBox, ViewAll); }));
+    QVERIFY(warns([this, clickBox] { clickBox(shown->dupsBox); },
+                  [this, clickBox] { clickBox(shown->dupsBox); }));
+    QVERIFY(warns([this, clickBox] { clickBox(shown->groupsBox); },
+                  [this, clickBox] { clickBox(shown->groupsBox); }));
+    // No field of a package holds both its name and its architecture.
+    QVERIFY(warns([this] { shown->choose(shown->modeBox, Search); },
+                  [this] { shown->choose(shown->modeBox, Filter); }));
+}
+
+void MainWindowFilterTest::warningKeepsItsPlace()
+{
+    shown->start();
+    const QWidget* apply = shown->button("&Apply Actions");
+    const QRect label = shown->label->geometry();
+    const QRect button = apply->geometry();
+    QVERIFY(label.width() > shown->label->fontMetrics().horizontalAdvance("Unlisted Actions"));
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    QTest::qWait(50);
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    QCOMPARE(shown->label->geometry(), label);
+    QCOMPARE(apply->geometry(), button);
+}
+
+void MainWindowFilterTest::warningHasTheColourOfOne()
+{
+    shown->start();
+    const QColor around = shown->area->palette().color(QPalette::Window);
+    QVERIFY(around != QColor(Colors::warningBg()));
+    QCOMPARE(backgroundOfLabel(), around);
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    QCOMPARE(backgroundOfLabel(), QColor(Colors::warningBg()));
+    shown->filter("");
+    QCOMPARE(backgroundOfLabel(), around);
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<MainWindowFilterTest>(argc, argv);
+}
+
+#include "MainWindowFilterTest.moc"

@@ -1,0 +1,437 @@
+#include <QtTest>
+#include <QtWidgets>
+
+#include "tests/app/EachAlone.h"
+#include "tests/app/StandInWindow.h"
+#include "tests/packagetable/Described.h"
+
+using namespace PackageTable;
+
+// Long operations: what can be used meanwhile, and what the table shows afterwards.
+class MainWindowOperationsTest : public StandInWindow
+{
+    Q_OBJECT
+
+private:
+    void compareReadAgain(Mode mode, const QString& expression, const QStringList& before);
+    void compareClean(const QString& entry, const char* method);
+
+private Q_SLOTS:
+    void controlsAreTakenAwayWhileItWorks();
+    void shortcutsDoNothingWhileItWorks();
+    void logCanBeOpenedWhileItWorks();
+    void windowCannotBeClosedWhileItWorks();
+    void quittingIsRefusedWhileItWorks();
+    void operationEndsUnderTheAboutWindow();
+    void nothingWrongIsFilteredWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
+    void nothingWrongIsFoundWhileThePackagesAreReadAgain()
+    {
+        compareReadAgain(Search, "needle", {"editor", "many", "tool"});
+    }
+    void focusComesBack();
+    void refreshCollectsAnew();
+    void refreshForgetsActionsAndTheirWarning();
+    void cleaningDbcacheCollectsAnew() { compareClean("Clean dbcache", "cleanDbcache"); }
+    void cleaningMetadataCollectsAnew() { compareClean("Clean Metadata", "cleanMetadata"); }
+    void cleaningAllCollectsAnew() { compareClean("Clean All", "cleanAll"); }
+    void cleaningPackagesLeavesTheTableAlone();
+    void doubtsAboutTheConfigurationAreLoggedOnce();
+    void cleanEntriesNameTheCacheDirectory();
+    void sizeOfColumnsIsRestored();
+    void confirmedActionsAreAppliedAndTheTableCollected();
+    void credentialsTypedAfterAnApplyAreUsedAtOnce();
+    void refusedActionsStay();
+    void failureBeforeAnyChangeLeavesTheTableAlone();
+    void failureHalfWayCollectsTheTable();
+    void marksStayWhenAnotherProgramHasChangedTheSystem();
+    void repositoriesOfATransactionMayNeedCredentials();
+};
+
+void MainWindowOperationsTest::controlsAreTakenAwayWhileItWorks()
+{
+    shown->start();
+    QCOMPARE(usable(), usableWhenReady);
+    QStringList seen;
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this, &seen] { seen << busyCursor() << usable() << shown->listed(); }));
+    QCOMPARE(seen, QStringList{"busy"} + usableWhileBusy);
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowOperationsTest::shortcutsDoNothingWhileItWorks()
+{
+    shown->start();
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this] {
+                            shown->key(Qt::Key_Q, Qt::ControlModifier);
+                            shown->click(shown->button("Re&fresh"));
+                        }));
+    QTRY_VERIFY(shown->isReady());
+    QTest::qWait(50);
+    QVERIFY(shown->window->isVisible());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+}
+
+void MainWindowOperationsTest::logCanBeOpenedWhileItWorks()
+{
+    shown->start();
+    bool opened = false;
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this, &opened] {
+                            shown->key(Qt::Key_L, Qt::ControlModifier);
+                            opened = logIsVisible();
+                        }));
+    QVERIFY(opened);
+    QTRY_VERIFY(shown->isReady());
+}
+
+void MainWindowOperationsTest::windowCannotBeClosedWhileItWorks()
+{
+    shown->start();
+    bool closed = true;
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this, &closed] { closed = shown->window->close() || !shown->window->isVisible(); }));
+    QVERIFY(!closed);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowOperationsTest::quittingIsRefusedWhileItWorks()
+{
+    shown->start();
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this] {
+                            shown->window->quit();
+                            QVERIFY(shown->window->isVisible());
+                        }));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(runToTheEnd([this] { shown->window->quit(); }), 0);
+    QVERIFY(!shown->window->isVisible());
+}
+
+void MainWindowOperationsTest::operationEndsUnderTheAboutWindow()
+{
+    shown->start();
+    QVERIFY(
+        inTheMiddle([this] { shown->press("Re&fresh"); },
+                    [this] { QTimer::singleShot(0, shown->window, [this] { shown->key(Qt::Key_F1); }); }));
+    QTRY_VERIFY(aboutBox() != nullptr);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QVERIFY(aboutBox() != nullptr);
+    // The table can be worked with beside it.
+    shown->filter("too");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+    QTest::keyClick(aboutBox(), Qt::Key_Escape);
+    QVERIFY(aboutBox() == nullptr);
+}
+
+void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expression,
+                                                const QStringList& before)
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->choose(shown->modeBox, mode);
+    shown->filter(expression);
+    QCOMPARE(shown->sorted(), before);
+    using S = StandIn;
+    // Other packages in the places of those that are listed.
+    standIn->setPackages({}, {S::package("shell"), S::package("games")},
+                         {S::package("zoo"), S::package("tooth", {{"summary", "needle"}}), S::package("one"),
+                          S::package("two"), S::package("three"), S::package("four")});
+    const QStringList after{"tooth"};
+    QStringList wrong;
+    QStringList told;
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, [&] {
+        const QStringList listed = shown->sorted();
+        if (listed.isEmpty()) {
+            told << shown->view->accessibleDescription();
+        } else if (listed != before && listed != after) {
+            wrong << listed.join(" ");
+        }
+    });
+    watch.start(1);
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
+                        [this] {
+                            QTest::qWait(20);
+                            QCOMPARE(shown->listed(), QStringList());
+                        }));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->listed(), after);
+    QCOMPARE(wrong, QStringList());
+    told.removeDuplicates();
+    QCOMPARE(told, QStringList{"Reading the packages..."});
+}
+
+void MainWindowOperationsTest::focusComesBack()
+{
+    shown->start();
+    shown->choose(shown->modeBox, Search);
+    shown->filter("needle");
+    QVERIFY(shown->regexpEdit->hasFocus());
+    shown->press("Re&fresh");
+    QVERIFY(shown->button("Re&fresh")->hasFocus());
+}
+
+void MainWindowOperationsTest::refreshCollectsAnew()
+{
+    shown->start();
+    standIn->forgetCalls();
+    standIn->setPackages({StandIn::package("newer", {{"version", "2"}})}, {StandIn::package("newer")}, {});
+    shown->press("Re&fresh");
+    QCOMPARE(shown->listed(), QStringList{"newer"});
+    QCOMPARE(standIn->calls().mid(0, 1), QStringList{"reset"});
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+}
+
+void MainWindowOperationsTest::refreshForgetsActionsAndTheirWarning()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    shown->press("Re&fresh");
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(shown->label->text(), QString());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowOperationsTest::compareClean(const QString& entry, const char* method)
+{
+    shown->start();
+    standIn->forgetCalls();
+    standIn->setPackages({StandIn::package("newer", {{"version", "2"}})}, {StandIn::package("newer")}, {});
+    shown->choose("&Cache", entry);
+    QTRY_COMPARE(shown->listed(), QStringList{"newer"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls().mid(0, 2), (QStringList{method, "reset"}));
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowOperationsTest::cleaningPackagesLeavesTheTableAlone()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->forgetCalls();
+    standIn->setPackages({}, {}, {});
+    QSignalSpy reset(shown->model, SIGNAL(modelReset()));
+    shown->choose("&Cache", "Clean Packages");
+    QTRY_COMPARE(standIn->calls(), QStringList{"cleanPackages"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(reset.count(), 0);
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowOperationsTest::doubtsAboutTheConfigurationAreLoggedOnce()
+{
+    QFile file(standIn->root() + "/etc/yum.repos.d/doubted.repo");
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[doubted]\nbaseurl=file:///nowhere\nenabled=no\n");
+    file.close();
+    shown->start();
+    const auto dialog = [this] {
+        const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                        [] { QApplication::activeModalWidget()->close(); });
+        shown->action("&Repositories", "&Edit Configuration")->trigger();
+        QVERIFY(once.isDone());
+    };
+    dialog();
+    dialog();
+    shown->action("&Windows", "&Log")->trigger();
+    QVERIFY(logIsVisible());
+    const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
+    QCOMPARE(log.count("doubted.repo, section [doubted]: \"enabled=no\" is taken for on"), 1);
+}
+
+void MainWindowOperationsTest::cleanEntriesNameTheCacheDirectory()
+{
+    shown->start();
+    const auto toolTip = [this](const char* text) { return shown->action("&Cache", text)->toolTip(); };
+    const QString place = standIn->root() + "/var/cache/standin";
+    QCOMPARE(toolTip("Clean dbcache"),
+             QString("Clean RPM dbcache files (solv/solvx databases constructed from the metadata) cached "
+                     "locally in ") +
+                 place);
+    QCOMPARE(toolTip("Clean Packages"), QString("Clean RPM packages cached locally in ") + place +
+                                            "\n(useful for recovering disk space)");
+    QCOMPARE(toolTip("Clean Metadata"),
+             QString("Clean metadata (mostly XML or compressed XML) cached locally in ") + place);
+    QCOMPARE(toolTip("Clean All"), QString("Clean all data cached locally in ") + place);
+}
+
+void MainWindowOperationsTest::sizeOfColumnsIsRestored()
+{
+    shown->start();
+    const int width = shown->view->columnWidth(NameColumn);
+    shown->view->setColumnWidth(NameColumn, 7);
+    shown->filter("many");
+    shown->press("Re&size");
+    QCOMPARE(shown->view->columnWidth(NameColumn), width);
+    QCOMPARE(shown->listed(), QStringList{"many"});
+}
+
+void MainWindowOperationsTest::confirmedActionsAreAppliedAndTheTableCollected()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->click("tool", ActionColumn);
+    shown->click("editor", ActionColumn);
+    shown->click("shell", ActionColumn);
+    shown->filter("tool");
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    standIn->forgetCalls();
+    standIn->setPackages({}, {StandIn::package("tool", {{"version", "2"}}), StandIn::package("editor")}, {});
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles(), QStringList{"Apply"});
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY2(standIn->calls().contains("apply editor tool shell"), qPrintable(standIn->calls().join(';')));
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(shown->label->text(), QString());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+    shown->filter("");
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "tool"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowOperationsTest::credentialsTypedAfterAnApplyAreUsedAtOnce()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->click("tool", ActionColumn);
+    // The new version of a package may bring this.
+    standIn->setRepos("[base]\nname=Base\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    standIn->forgetCalls();
+    QTimer timer;
+    bool answering = false;
+    bool asked = false;
+    connect(&timer, &QTimer::timeout, &timer, [&answering, &asked] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (answering || dialog == nullptr || QApplication::activeWindow() != dialog) {
+            return;
+        }
+        const QScopedValueRollback<bool> guard(answering, true);
+        for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
+            asked = true;
+            QTest::keyClicks(field, "secret");
+        }
+        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
+    });
+    timer.start(10);
+    shown->press("&Apply Actions");
+    QTRY_VERIFY(asked);
+    QTRY_VERIFY(shown->isReady());
+    // The script reads the file again before it collects.
+    const QStringList calls = standIn->calls();
+    const QByteArray context = calls.join(';').toUtf8();
+    QVERIFY2(calls.indexOf("apply") >= 0 && calls.indexOf("apply") < calls.indexOf("reset"), context);
+    QVERIFY2(calls.indexOf("reset") < calls.indexOf("setupRepos"), context);
+    shown->action("&Windows", "&Log")->trigger();
+    QVERIFY(logIsVisible());
+    const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
+    QCOMPARE(log.count("standin.repo holds a password: users other than its owner"), 1);
+    QVERIFY(!log.contains("secret"));
+}
+
+void MainWindowOperationsTest::refusedActionsStay()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->filter("many");
+    standIn->forgetCalls();
+    const Answers answers("Cancel");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles(), QStringList{"Apply"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QCOMPARE(shown->label->text(), QString("Unlisted Actions"));
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowOperationsTest::failureBeforeAnyChangeLeavesTheTableAlone()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->setFailing(true);
+    standIn->forgetCalls();
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles(), (QStringList{"Apply", "VYRE Yum Error"}));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(answers.texts().last(), QString("Unable to apply changes: Runtime Error:\n\ntoo early"));
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowOperationsTest::failureHalfWayCollectsTheTable()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->setBreaking(true);
+    standIn->forgetCalls();
+    standIn->setPackages({}, {}, {StandIn::package("tool")});
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_VERIFY(answers.titles().size() >= 2);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(answers.all(), QString("Apply, VYRE Yum Error: " + answers.texts().first() +
+                                    " | Unable to apply changes: Runtime Error:\n\nhalf way"));
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(shown->marks(), QStringList());
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowOperationsTest::marksStayWhenAnotherProgramHasChangedTheSystem()
+{
+    shown->start();
+    shown->choose(shown->stateBox, ViewAll);
+    shown->click("tool", ActionColumn);
+    shown->click("editor", ActionColumn);
+    shown->click("shell", ActionColumn);
+    // Meanwhile the editor has come, and the shell has gone.
+    const QJsonObject next{{"version", "2"}};
+    standIn->setPackages({StandIn::package("tool", next)},
+                         {StandIn::package("tool"), StandIn::package("editor")}, {StandIn::package("shell")});
+    standIn->setOutdated(true);
+    standIn->forgetCalls();
+    const Answers answers("Close");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles(), QStringList{"VYRE Yum Error"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "shell", "tool"}));
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+}
+
+void MainWindowOperationsTest::repositoriesOfATransactionMayNeedCredentials()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    // As a package does that brings a repository.
+    standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_COMPARE(answers.titles(), (QStringList{"Apply", "VYRE Authentication"}));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList());
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<MainWindowOperationsTest>(argc, argv);
+}
+
+#include "MainWindowOperationsTest.moc"

@@ -1,0 +1,274 @@
+#include <QtTest>
+#include <QtWidgets>
+
+#include <functional>
+
+#include "app/base/Share.h"
+#include "services/LogWindow.h"
+#include "tests/app/EachAlone.h"
+#include "tests/app/StandInWindow.h"
+#include "tests/packagetable/Described.h"
+
+using namespace PackageTable;
+
+// Descriptions, the log, the manual, the about window, and the end.
+class MainWindowOtherWindowsTest : public StandInWindow
+{
+    Q_OBJECT
+
+private:
+    void compareManuals();
+
+private Q_SLOTS:
+    void currentPackageCanBeDescribed();
+    void describingEndsWithTheRow();
+    void errorsThatStandInTheLogOnlyAreTold();
+    void aClickOnARowThatCannotBeMarkedSaysWhy();
+    void manualsAreOpenedInOtherPrograms();
+    void manualsCanBeOpenedWhileItWorks();
+    void missingManualIsTold();
+    void shortcutOpensTheLog();
+    void menuOpensTheLog();
+    void aboutTellsTheVersion();
+    void aboutOpensItsPageInTheBrowserOfTheUser();
+    void shortcutQuits();
+    void menuQuits();
+    void closingQuits();
+};
+
+void MainWindowOtherWindowsTest::currentPackageCanBeDescribed()
+{
+    shown->start();
+    listEverything();
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+    for (const char* name : {"shell", "Games"}) {
+        shown->click(name, NameColumn);
+        QVERIFY(shown->button("&Describe")->isEnabled());
+        QString described;
+        QVERIFY(withDialog<Describe::Dialog>(
+            [this] { shown->press("&Describe"); },
+            [&described](Describe::Dialog& dialog) { described = dialog.findChild<QLabel*>()->text(); }));
+        QCOMPARE(described, QString(name));
+    }
+}
+
+void MainWindowOtherWindowsTest::describingEndsWithTheRow()
+{
+    shown->start();
+    shown->click("tool", NameColumn);
+    QVERIFY(shown->button("&Describe")->isEnabled());
+    shown->filter("no such package");
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+    shown->filter("");
+    shown->click("tool", NameColumn);
+    QVERIFY(shown->button("&Describe")->isEnabled());
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+}
+
+void MainWindowOtherWindowsTest::compareManuals()
+{
+    for (const char* name : {"webbrowser", "mimeviewer"}) {
+        QFile program(Share::absolute(name));
+        QVERIFY(program.open(QIODevice::WriteOnly));
+        program.write("#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.called\"\n");
+        program.close();
+        QVERIFY(program.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    }
+    const auto called = [](const char* name) {
+        QFile file(Share::absolute(name) + ".called");
+        return QTest::qWaitFor([&file] { return file.exists(); }) && file.open(QIODevice::ReadOnly)
+                   ? file.readAll()
+                   : QByteArray("(not started)");
+    };
+    shown->choose("&Help", "Manual (html)");
+    QCOMPARE(called("webbrowser"), QByteArray("/usr/share/doc/vyre/html/index.html\n"));
+    QVERIFY(!QFile::exists(Share::absolute("mimeviewer.called")));
+    shown->choose("&Help", "Manual (PDF)");
+    QCOMPARE(called("mimeviewer"), QByteArray("application/pdf\n/usr/share/doc/vyre/manual.pdf\n"));
+}
+
+// Where there is one on this machine, nothing must be said.
+void MainWindowOtherWindowsTest::missingManualIsTold()
+{
+    shown->start();
+    const QString file = QStringLiteral("/usr/share/doc/vyre/html/index.html");
+    const auto notices = [this, &file] {
+        int count = 0;
+        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+            count += label->isVisible() &&
+                     label->text() == "The manual is not installed: there is no file " + file;
+        }
+        return count;
+    };
+    QCOMPARE(notices(), 0);
+    const int expected = QFile::exists(file) ? 0 : 1;
+    for (int i = 0; i < 2; ++i) {
+        shown->choose("&Help", "Manual (html)");
+        QCOMPARE(notices(), expected);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+}
+
+void MainWindowOtherWindowsTest::errorsThatStandInTheLogOnlyAreTold()
+{
+    shown->start();
+    const auto notices = [this] {
+        int count = 0;
+        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+            count += label->isVisible() && label->text() == "There are errors in the log (Ctrl+L)";
+        }
+        return count;
+    };
+    QCOMPARE(notices(), 0);
+    standIn->setComplaining(true);
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(notices(), 1);
+}
+
+void MainWindowOtherWindowsTest::aClickOnARowThatCannotBeMarkedSaysWhy()
+{
+    shown->start();
+    shown->choose(shown->stateBox, PackageTable::ViewAll);
+    QString name;
+    for (int row = 0; row < shown->model->rowCount() && name.isEmpty(); ++row) {
+        Package::Entry* entry = shown->model->entry(row);
+        if (entry->state == Package::Installed && entry->kind == Package::Ordinary &&
+            entry->next == nullptr) {
+            entry->excluded = true;
+            name = entry->name;
+        }
+    }
+    QVERIFY(!name.isEmpty());
+    const QString reason =
+        name + " cannot be marked: the configuration excludes it from updates and removals";
+    const auto notices = [this, &reason] {
+        int count = 0;
+        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+            count += label->isVisible() && label->text() == reason;
+        }
+        return count;
+    };
+    QCOMPARE(notices(), 0);
+    shown->click(name, PackageTable::ActionColumn);
+    QCOMPARE(notices(), 1);
+    QVERIFY(!shown->button("Apply Actions")->isEnabled());
+    shown->choose("&Windows", "&Log");
+    QVERIFY(logIsVisible());
+    QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains(reason));
+}
+
+void MainWindowOtherWindowsTest::manualsAreOpenedInOtherPrograms()
+{
+    shown->start();
+    compareManuals();
+}
+
+void MainWindowOtherWindowsTest::manualsCanBeOpenedWhileItWorks()
+{
+    shown->start();
+    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); }, [this] { compareManuals(); }));
+    QTRY_VERIFY(shown->isReady());
+}
+
+void MainWindowOtherWindowsTest::shortcutOpensTheLog()
+{
+    shown->start();
+    shown->key(Qt::Key_L, Qt::ControlModifier);
+    QVERIFY(logIsVisible());
+    QVERIFY(QTest::qWaitForWindowActive(logWindow()));
+    QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains("Initialization"));
+    // The same window comes back.
+    const Log::Window* first = logWindow();
+    const QSize size = first->size() - QSize(20, 30);
+    logWindow()->resize(size);
+    logWindow()->close();
+    QCOMPARE(settings(this)->value("LogWindow/size").toSize(), size);
+    QVERIFY(QTest::qWaitForWindowActive(shown->window));
+    shown->key(Qt::Key_L, Qt::ControlModifier);
+    QVERIFY(logIsVisible());
+    QCOMPARE(static_cast<const Log::Window*>(logWindow()), first);
+}
+
+void MainWindowOtherWindowsTest::menuOpensTheLog()
+{
+    shown->start();
+    shown->choose("&Windows", "&Log");
+    QTRY_VERIFY(logIsVisible());
+}
+
+void MainWindowOtherWindowsTest::aboutTellsTheVersion()
+{
+    shown->start();
+    shown->key(Qt::Key_F1);
+    QTRY_VERIFY(aboutBox() != nullptr);
+    const QString text = aboutBox()->text();
+    const QString expected =
+        "<h3>VYRE 2.1.2</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
+        "make "
+        "modifications to the installed rpm packages on a system.</p><p>Capabilities:<p><ul><li>Install new "
+        "packages or update existing packages by downloading them from a yum package repository</li>"
+        "<li>Remove existing packages.</li><li>Configure sets of repositories from which to obtain new and "
+        "updated packages.</li><li>Examine installed packages or packages available for installation or "
+        "update</li><li>Install, update, or remove groups of packages</li><li>Install or update suites of "
+        "packages</li></ul>";
+    QCOMPARE(text.left(expected.length()), expected);
+    // And where to read on.
+    const QRegularExpression rest("^<p>[^<]*<a href=\"(https://[^\"]+)\">\\1</a>[^<]*</p>$");
+    QVERIFY2(rest.match(text.mid(expected.length())).hasMatch(), qPrintable(text.mid(expected.length())));
+}
+
+void MainWindowOtherWindowsTest::aboutOpensItsPageInTheBrowserOfTheUser()
+{
+    shown->start();
+    shown->choose("&Help", "&About");
+    QTRY_VERIFY(aboutBox() != nullptr);
+    QLabel* link = nullptr;
+    for (QLabel* label : aboutBox()->findChildren<QLabel*>()) {
+        QVERIFY(!label->openExternalLinks());
+        if (label->text().contains("https://vyre.example/")) {
+            link = label;
+        }
+    }
+    QVERIFY(link != nullptr);
+    QFile program(Share::absolute("webbrowser"));
+    QVERIFY(program.open(QIODevice::WriteOnly));
+    program.write("#!/bin/sh\nprintf '%s\\n' \"$@\" > \"$0.part\" && mv \"$0.part\" \"$0.page\"\n");
+    program.close();
+    QVERIFY(program.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
+    const QSignalSpy clicked(link, SIGNAL(linkActivated(const QString&)));
+    for (int y = link->height() - 1; y >= 0 && clicked.isEmpty(); y -= 6) {
+        for (int x = 0; x < link->width() && clicked.isEmpty(); x += 20) {
+            QTest::mouseClick(link, Qt::LeftButton, {}, QPoint(x, y));
+        }
+    }
+    QFile page(Share::absolute("webbrowser.page"));
+    QTRY_VERIFY(page.exists());
+    QVERIFY(page.open(QIODevice::ReadOnly));
+    QCOMPARE(page.readAll(), QByteArray("https://vyre.example/\n"));
+}
+
+void MainWindowOtherWindowsTest::shortcutQuits()
+{
+    compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
+}
+
+void MainWindowOtherWindowsTest::menuQuits()
+{
+    compareQuit([this] { shown->choose("&Program", "&Quit"); });
+}
+
+void MainWindowOtherWindowsTest::closingQuits()
+{
+    // As the window manager asks for it.
+    compareQuit([] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<MainWindowOtherWindowsTest>(argc, argv);
+}
+
+#include "MainWindowOtherWindowsTest.moc"

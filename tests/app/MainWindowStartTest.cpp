@@ -1,0 +1,406 @@
+#include <QtTest>
+#include <QtWidgets>
+
+#include <algorithm>
+
+#include "tests/app/EachAlone.h"
+#include "tests/app/StandInWindow.h"
+#include "tests/packagetable/Described.h"
+
+using namespace PackageTable;
+
+// The start of the main window, and what it remembers.
+class MainWindowStartTest : public StandInWindow
+{
+    Q_OBJECT
+
+private:
+    void compareAfterTheEditor(Mode mode, const char* expression, const QStringList& listed);
+
+private Q_SLOTS:
+    void newWindowWaitsForItsStart();
+    void windowIsThereBeforeTheSlowWork();
+    void startListsWhatIsOutOfDate();
+    void startingTwiceCollectsOnce();
+    void columnsFitTheirContentsAfterTheStart();
+    void settingsMadeBeforehandApply();
+    void searchAskedForBeforehandApplies();
+    void filterOfTheCommandLineAppliesAfterTheEditor()
+    {
+        compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
+    }
+    void searchOfTheCommandLineAppliesAfterTheEditor()
+    {
+        compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
+    }
+    void failingBackEndQuitsWithoutShowingTheTable();
+    void logIsThereBeforeTheBackEndIsStarted();
+    void quittingFromTheQuestionForCredentialsReadsNothing();
+    void credentialsThatAreEnteredAreUsedAtOnce();
+    void repositoriesThatWereEditedAreReadAgain();
+    void logIsOpenedAtTheStartIfAskedFor();
+    void logStaysClosedOtherwise();
+
+    void emptyTableTellsWhy();
+    void failedCollectionDoesNotLookLikeNoUpdates();
+    void sizeAndColumnsAreRemembered();
+    void rememberedSizeAndColumnsAreRestored();
+    void nonsenseThatIsRememberedChangesNothing();
+};
+
+void MainWindowStartTest::newWindowWaitsForItsStart()
+{
+    QCOMPARE(usable(), usableWhileBusy);
+    QCOMPARE(busyCursor(), QString("busy"));
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(standIn->calls(), QStringList());
+    // A window that is not shown starts nothing.
+    QTest::qWait(100);
+    QCOMPARE(standIn->calls(), QStringList());
+    QVERIFY(!shown->window->isVisible());
+}
+
+void MainWindowStartTest::windowIsThereBeforeTheSlowWork()
+{
+    QStringList seen;
+    QImage picture;
+    QVERIFY(inTheMiddle([this] { shown->window->show(); },
+                        [this, &seen, &picture] {
+                            seen << (shown->window->isVisible() ? "visible" : "hidden")
+                                 << (shown->window->windowHandle()->isExposed() ? "exposed" : "covered")
+                                 << (shown->area->isVisible() ? "table" : "no table") << busyCursor()
+                                 << usable();
+                            picture = shown->window->screen()
+                                          ->grabWindow(shown->window->winId())
+                                          .toImage()
+                                          .convertToFormat(QImage::Format_RGB32);
+                        }));
+    QCOMPARE(seen, (QStringList{"visible", "exposed", "no table", "busy"} + usableWhileBusy));
+    // It has been painted: not all of it is of one colour.
+    QSet<QRgb> colours;
+    for (int x = 0; x < picture.width(); ++x) {
+        colours.insert(picture.pixel(x, shown->window->menuBar()->height() / 2));
+    }
+    QVERIFY(colours.count() > 3);
+    QTRY_VERIFY(shown->isReady());
+}
+
+void MainWindowStartTest::startListsWhatIsOutOfDate()
+{
+    shown->start();
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(shown->label->text(), QString());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(standIn->calls("collectFileLists") + standIn->calls("collectOtherData"), 0);
+    QVERIFY(shown->view->horizontalHeader()->isSortIndicatorShown());
+}
+
+void MainWindowStartTest::startingTwiceCollectsOnce()
+{
+    shown->start();
+    shown->window->hide();
+    shown->window->show();
+    QTest::qWait(200);
+    QVERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+}
+
+void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
+{
+    const QString longName = QString("name").repeated(15);
+    standIn->setPackages({}, {}, {StandIn::package(longName)});
+    shown->start();
+    // Not only to what is listed.
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
+}
+
+void MainWindowStartTest::settingsMadeBeforehandApply()
+{
+    shown->window->setMode(Filter);
+    shown->window->setRegexp("l");
+    shown->window->setStateFilter(ViewAll);
+    shown->window->setDups(false);
+    shown->window->setGroups(true);
+    QCOMPARE(shown->regexpEdit->text(), QString("l"));
+    QCOMPARE(shown->stateBox->currentIndex(), 3);
+    QVERIFY(!shown->dupsBox->isChecked());
+    QVERIFY(shown->groupsBox->isChecked());
+    shown->start();
+    QCOMPARE(shown->sorted(), (QStringList{"lib", "shell", "tool"}));
+    shown->filter("");
+    QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "many", "shell", "tool"}));
+}
+
+void MainWindowStartTest::searchAskedForBeforehandApplies()
+{
+    shown->window->setMode(Search);
+    shown->window->setRegexp("needle");
+    shown->window->setStateFilter(ViewAll);
+    QCOMPARE(shown->modeBox->currentIndex(), 1);
+    QCOMPARE(usable(), usableWhileBusy);
+    shown->start();
+    QCOMPARE(shown->sorted(), (QStringList{"editor", "many", "tool"}));
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowStartTest::compareAfterTheEditor(Mode mode, const char* expression, const QStringList& listed)
+{
+    shown->window->setRepoEditorAtStart();
+    shown->window->setMode(mode);
+    shown->window->setRegexp(expression);
+    shown->window->setStateFilter(ViewAll);
+    const Once once([] { return QApplication::activeModalWidget() != nullptr; },
+                    [] { QApplication::activeModalWidget()->close(); });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QCOMPARE(shown->sorted(), listed);
+    // And another one afterwards.
+    shown->filter("too");
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+}
+
+void MainWindowStartTest::failingBackEndQuitsWithoutShowingTheTable()
+{
+    standIn->setRefusing(true);
+    shown->window->setLogAtStart();
+    const Answers answers("Close");
+    bool table = false;
+    QTimer watch;
+    connect(&watch, &QTimer::timeout, [this, &table] { table = table || shown->area->isVisible(); });
+    watch.start(1);
+    QCOMPARE(runToTheEnd([this] { shown->window->show(); }), 0);
+    QVERIFY(!shown->window->isVisible());
+    QVERIFY(!logIsVisible());
+    QVERIFY(!table);
+    QCOMPARE(answers.titles(), QStringList{"VYRE Yum Error"});
+    QVERIFY2(answers.texts().first().contains("Unable to initialize"), qPrintable(answers.texts().first()));
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+}
+
+void MainWindowStartTest::logIsThereBeforeTheBackEndIsStarted()
+{
+    standIn->setRefusing(true);
+    shown->window->setLogAtStart();
+    // The failure is shown while the back end is being started.
+    QStringList seen;
+    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                    [&seen] {
+                        seen << QApplication::activeModalWidget()->windowTitle()
+                             << (logIsVisible() ? "log" : "no log");
+                        QApplication::activeModalWidget()->close();
+                    });
+    QCOMPARE(runToTheEnd([this] { shown->window->show(); }), 0);
+    QCOMPARE(seen, (QStringList{"VYRE Yum Error", "log"}));
+}
+
+void MainWindowStartTest::quittingFromTheQuestionForCredentialsReadsNothing()
+{
+    const QByteArray repos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    standIn->setRepos(repos);
+    const Answers answers("Quit");
+    QCOMPARE(runToTheEnd([this] { shown->window->show(); }), 0);
+    QCOMPARE(answers.titles(), QStringList{"VYRE Authentication"});
+    QVERIFY(!shown->window->isVisible());
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), repos);
+}
+
+void MainWindowStartTest::credentialsThatAreEnteredAreUsedAtOnce()
+{
+    standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
+    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                    [] {
+                        QWidget* dialog = QApplication::activeModalWidget();
+                        for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
+                            QTest::keyClicks(field, "me");
+                        }
+                        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
+                    });
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QVERIFY(once.isDone());
+    QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("[base]\nbaseurl=http://h/vantor?u=me&p=me&path=/x\n"));
+    // The package manager has read the files before.
+    const QStringList calls = standIn->calls();
+    QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
+             qPrintable(calls.join(';')));
+}
+
+void MainWindowStartTest::repositoriesThatWereEditedAreReadAgain()
+{
+    shown->window->setRepoEditorAtStart();
+    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
+                    [] { QApplication::activeModalWidget()->close(); });
+    shown->window->show();
+    QTRY_COMPARE_WITH_TIMEOUT(shown->listed(), (QStringList{"many", "tool"}), 20000);
+    QVERIFY(once.isDone());
+    const QStringList calls = standIn->calls();
+    QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
+             qPrintable(calls.join(';')));
+}
+
+void MainWindowStartTest::emptyTableTellsWhy()
+{
+    standIn->setPackages({}, {StandIn::package("shell")}, {});
+    shown->start();
+    const auto told = [this] { return shown->view->accessibleDescription(); };
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(told(), QString("No package has an update."));
+    shown->choose(shown->stateBox, ViewInstallable);
+    QCOMPARE(told(), QString("No package matches."));
+    shown->filter("(");
+    QCOMPARE(told(), QString("This is not a valid regular expression:\nUnmatched ( or \\("));
+    shown->choose(shown->stateBox, ViewUpdatable);
+    shown->filter("shell");
+    QCOMPARE(told(), QString("No package matches."));
+    shown->choose(shown->stateBox, ViewRemovable);
+    QCOMPARE(shown->listed(), QStringList{"shell"});
+    QCOMPARE(told(), QString());
+    shown->filter("nothing");
+    shown->choose(shown->stateBox, ViewUpdatable);
+    QCOMPARE(told(), QString("No package matches."));
+
+    // It is drawn, and not over rows.
+    const auto colours = [this] {
+        const QImage picture = shown->view->viewport()->grab().toImage();
+        QSet<QRgb> found;
+        const QPoint middle = picture.rect().center();
+        for (int x = -60; x < 60; ++x) {
+            for (int y = -10; y < 10; ++y) {
+                found.insert(picture.pixel(middle + QPoint(x, y)));
+            }
+        }
+        return found.count();
+    };
+    QVERIFY(colours() > 1);
+    shown->filter("");
+    shown->choose(shown->stateBox, ViewAll);
+    QCOMPARE(shown->listed(), QStringList{"shell"});
+    QCOMPARE(colours(), 1);
+}
+
+void MainWindowStartTest::failedCollectionDoesNotLookLikeNoUpdates()
+{
+    standIn->setUnreadable(true);
+    const Answers answers("OK");
+    // The message may take the focus before the window has it.
+    shown->window->show();
+    QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    QCOMPARE(shown->view->accessibleDescription(),
+             QString("The packages could not be read.\nThe Log window (Ctrl+L) tells why."));
+    standIn->setUnreadable(false);
+    shown->press("Re&fresh");
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    shown->filter("nothing");
+    QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
+}
+
+void MainWindowStartTest::sizeAndColumnsAreRemembered()
+{
+    shown->start();
+    const QSize size(shown->window->width() - 20, shown->window->height() - 30);
+    shown->window->QWidget::resize(size);
+    shown->view->setColumnWidth(NameColumn, 321);
+    shown->view->horizontalHeader()->moveSection(RepositoryColumn, ArchitectureColumn);
+    compareQuit([this] { shown->key(Qt::Key_Q, Qt::ControlModifier); });
+    const QSettings* kept = settings(this);
+    QCOMPARE(kept->value("MainWindow/size").toSize(), size);
+    QVariantList widths;
+    QVariantList places;
+    for (int column = 0; column < ColumnCount; ++column) {
+        widths << (column == NameColumn ? 321 : 0);
+        places << column;
+    }
+    std::swap(places[RepositoryColumn], places[ArchitectureColumn]);
+    QCOMPARE(kept->value("MainWindow/columnWidths").toStringList(), QVariant(widths).toStringList());
+    QCOMPARE(kept->value("MainWindow/columnPlaces").toStringList(), QVariant(places).toStringList());
+}
+
+void MainWindowStartTest::rememberedSizeAndColumnsAreRestored()
+{
+    QSettings* kept = settings(this);
+    kept->setValue("MainWindow/size", QSize(1100, 500));
+    QVariantList widths;
+    QVariantList places;
+    for (int column = 0; column < ColumnCount; ++column) {
+        widths << (column == NameColumn ? 234 : 0);
+        places << column;
+    }
+    std::swap(places[RepositoryColumn], places[ArchitectureColumn]);
+    kept->setValue("MainWindow/columnWidths", widths);
+    kept->setValue("MainWindow/columnPlaces", places);
+    kept->sync();
+    shown->start();
+    QTRY_COMPARE(shown->window->size(), QSize(1100, 500));
+    QCOMPARE(shown->view->columnWidth(NameColumn), 234);
+    QCOMPARE(shown->view->horizontalHeader()->logicalIndex(RepositoryColumn), int(ArchitectureColumn));
+    QCOMPARE(shown->view->columnWidth(ArchitectureColumn),
+             qMax(shown->view->sizeHintForColumn(ArchitectureColumn),
+                  shown->view->horizontalHeader()->sectionSizeHint(ArchitectureColumn)));
+    // Fitting them forgets what was done by hand.
+    shown->press("Re&size");
+    QVERIFY(shown->view->columnWidth(NameColumn) != 234);
+    QCOMPARE(shown->view->layoutByHand().widths.at(NameColumn), 0);
+}
+
+void MainWindowStartTest::nonsenseThatIsRememberedChangesNothing()
+{
+    QSettings* kept = settings(this);
+    kept->setValue("MainWindow/size", "wide");
+    // As many as there are columns, or they would not be looked at.
+    QVariantList widths{-5, 1 << 30, "x"};
+    QVariantList nowhere{0, 0, 99, -1, "x"};
+    QList<int> usualPlaces;
+    QList<int> noWidths;
+    for (int column = 0; column < ColumnCount; ++column) {
+        usualPlaces << column;
+        noWidths << 0;
+        if (column >= widths.size()) {
+            widths << 0;
+        }
+        if (column >= nowhere.size()) {
+            nowhere << column;
+        }
+    }
+    kept->setValue("MainWindow/columnWidths", widths);
+    kept->setValue("MainWindow/columnPlaces", nowhere);
+    kept->sync();
+    shown->start();
+    QVERIFY(QGuiApplication::primaryScreen()->geometry().contains(shown->window->geometry()));
+    QList<int> places = shown->view->layoutByHand().places;
+    std::sort(places.begin(), places.end());
+    QCOMPARE(places, usualPlaces);
+    QCOMPARE(shown->view->layoutByHand().widths, noWidths);
+    shown->click("tool", ActionColumn);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+}
+
+void MainWindowStartTest::logIsOpenedAtTheStartIfAskedFor()
+{
+    shown->window->setLogAtStart();
+    QVERIFY(inTheMiddle([this] { shown->window->show(); }, [] { QVERIFY(logIsVisible()); }));
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(logIsVisible());
+}
+
+void MainWindowStartTest::logStaysClosedOtherwise()
+{
+    shown->start();
+    QVERIFY(logWindow() == nullptr);
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<MainWindowStartTest>(argc, argv);
+}
+
+#include "MainWindowStartTest.moc"
