@@ -114,15 +114,18 @@ class CommandRulesTest(ScenarioTest):
     def test_an_image_based_system_is_not_changed(self):
         """Tests only the check, because the rest of the operation would change the running system."""
         self.started()
-        check = self.yumio._checkPersistence
+        image = self.module("image")
+
+        def check():
+            image.checkPersistence(self.yumio.base)
+
         check()
-        root = check.__globals__["managedRoot"]
         self.isolate()
         os.system("mount -t tmpfs none /run && touch /run/ostree-booted && mount --bind /usr /usr && "
                   "mount -o remount,bind,ro /usr")
         self.assertTrue(os.statvfs("/usr").f_flag & os.ST_RDONLY)
         check()  # the managed root is not the running system
-        check.__globals__["managedRoot"] = lambda: "/"
+        image.managedRoot = lambda: "/"
         try:
             self.assertRaisesRegex(self.dnf.exceptions.Error, "^The programs of this system are an image", check)
             os.system("mount -o remount,bind,rw /usr")
@@ -130,7 +133,7 @@ class CommandRulesTest(ScenarioTest):
             os.unlink("/run/ostree-booted")
             check()
         finally:
-            check.__globals__["managedRoot"] = root
+            image.managedRoot = self.module("paths").managedRoot
 
     @in_own_process
     def test_protected_files_of_an_image_are_not_changed(self):
@@ -141,8 +144,12 @@ class CommandRulesTest(ScenarioTest):
         files = [path for path in sorted(self.package(self.available, "astrolabe").files)
                  if path.startswith("/usr/share/doc/astrolabe")]
         self.assertTrue(files)
-        check = self.yumio._checkPersistence
-        check.__globals__["managedRoot"] = lambda: "/"
+        image = self.module("image")
+        image.managedRoot = lambda: "/"
+
+        def check():
+            image.checkPersistence(base)
+
         self.isolate()
         known = hasattr(base.conf, "usr_drift_protected_paths")
         for name, refused in (("inkwell-modern", False), ("astrolabe", known)):

@@ -43,7 +43,7 @@ class ConfigurationTest(ScenarioTest):
     @in_own_process
     def test_repositories_are_read_again_after_an_interruption(self):
         yumio = self.load()
-        kind = self.script["RepositoryReader"]
+        kind = self.module("configfiles").RepositoryReader
         read = kind._get_repos
 
         def interrupted(reader, path):

@@ -28,7 +28,7 @@ class DatabaseTest(ScenarioTest):
     def assert_history_is_complete(self):
         """The program reports no interrupted transaction."""
         self.recording.clear()
-        self.yumio._tellLeftovers()
+        self.module("history").reportLeftovers(self.yumio.base)
         self.assertEqual(self.recording.errors(), [])
 
 
@@ -72,9 +72,9 @@ class OutdatedTest(DatabaseTest):
     @in_own_process
     def test_an_imported_key_does_not_count_as_a_change(self):
         self.started()
-        cookie = self.script["databaseCookie"]()
+        cookie = self.module("database").databaseCookie()
         self.rpm("--import", self.sandbox.root + "/etc/pki/rpm-gpg/RPM-GPG-KEY-larkspur")
-        self.assertNotEqual(self.script["databaseCookie"](), cookie)
+        self.assertNotEqual(self.module("database").databaseCookie(), cookie)
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
 
@@ -124,7 +124,7 @@ class LockedTest(DatabaseTest):
         self.started()
         shown = []
         self.module("program").changeActivity = shown.append
-        self.script["DatabaseLock"].FIRST_QUESTION = 0.5
+        self.module("locks").DatabaseLock.FIRST_QUESTION = 0.5
         return shown
 
     def let_go(self):
@@ -136,7 +136,7 @@ class LockedTest(DatabaseTest):
         self.holder = Holder(take)
         self.assert_refused("^The package database is in use by another program. Nothing was changed.$",
                             removes=["almanac"], answers=[0])
-        who = "%s (%d)" % (self.script["nameOfProcess"](self.holder.process), self.holder.process)
+        who = "%s (%d)" % (self.module("locks").nameOfProcess(self.holder.process), self.holder.process)
         # The script reports the activity repeatedly, so that the program can end the wait.
         self.assertGreater(len(shown), 1)
         self.assertEqual(set(shown), {"Waiting for %s, which uses the package database" % who})
@@ -156,7 +156,7 @@ class LockedTest(DatabaseTest):
 
     def check_ended_by_the_program(self, take):
         shown = self.prepare()
-        self.script["DatabaseLock"].FIRST_QUESTION = 600
+        self.module("locks").DatabaseLock.FIRST_QUESTION = 600
         self.holder = Holder(take)
 
         def end(text):
@@ -214,12 +214,12 @@ class LockedTest(DatabaseTest):
         self.holder = Holder(take)
         found = []
         for place in places:
-            lock = self.script["DatabaseLock"]()
+            lock = self.module("locks").DatabaseLock()
             lock._path = place + "/lock"
             lock._database = place + "/none"
             found.append(lock._holder())
-        self.assertEqual(found, ["%s (%d)" % (self.script["nameOfProcess"](self.holder.process), self.holder.process),
-                                 ""])
+        holder = self.holder.process
+        self.assertEqual(found, ["%s (%d)" % (self.module("locks").nameOfProcess(holder), holder), ""])
 
     @in_own_process
     def test_the_user_can_give_up_waiting_for_a_locked_database(self):
@@ -295,7 +295,7 @@ class LockedTest(DatabaseTest):
         def refuse(base, cb):
             base.history.beg("0", [], [])
             raise self.dnf.exceptions.Error("Could not run transaction.")
-        self.script["Base"]._run_transaction = refuse
+        self.module("base").Base._run_transaction = refuse
         self.assert_refused("Could not run transaction", removes=["almanac"])
         self.assertFalse(self.yumio.systemChanged)
         self.assert_history_is_complete()

@@ -15,7 +15,7 @@ class WithoutGroupsTest(ScenarioTest):
     def break_groups(self):
         """Makes groups unreadable from now on, if they are readable: every call of libcomps fails."""
         if not self.sandbox.without_groups:
-            self.yumio.collectGroups.__globals__["groupsCanBeRead"] = lambda: False
+            self.module("groups").groupsCanBeRead = lambda: False
             import dnf.comps
 
             def crash(*arguments):
@@ -25,12 +25,12 @@ class WithoutGroupsTest(ScenarioTest):
 
     @in_own_process
     def test_unreadable_groups_are_detected_without_a_crash(self):
-        self.assertEqual(self.script["groupsCanBeRead"](), not dnfbase.fault_of_groups())
+        self.assertEqual(self.module("groups").groupsCanBeRead(), not dnfbase.fault_of_groups())
 
     @in_own_process
     def test_groups_are_readable_if_an_iterator_returns_itself(self):
-        names = self.yumio.collectGroups.__globals__
-        check = self.script["groupsCanBeRead"].__wrapped__
+        names = vars(self.module("groups"))
+        check = self.module("groups").groupsCanBeRead.__wrapped__
 
         class Twice(object):
             """A probe with the result of Python 3.13, which asks for an iterator twice."""

@@ -112,7 +112,7 @@ class HistoryTest(OutcomeTest):
     @in_own_process
     def test_command_lines_are_shortened_and_printable(self):
         self.load()
-        line = self.script["commandLine"]
+        line = self.module("history").commandLine
         self.assertEqual(line(("install", ["b", "a", "b"]), ("remove", [])), "vyre: install a b")
         self.assertEqual(line(("install", ["a\n\x1b[2J\udce9\0\u202ex", "\u00e4"])), "vyre: install a??[2J???x \u00e4")
         many = line(("install", ["package-%04d" % i for i in range(5000)]))
@@ -203,10 +203,11 @@ class DownloadedPackagesTest(OutcomeTest):
         def no(*unused):
             raise self.dnf.exceptions.Error("no")
 
-        self.yumio._checkSignatures, kept = no, self.yumio._checkSignatures
+        signatures = self.module("signatures")
+        signatures.checkSignatures, kept = no, signatures.checkSignatures
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "^no$"):
             self.apply(installs=["astrolabe"])
-        self.yumio._checkSignatures = kept
+        signatures.checkSignatures = kept
 
     @in_own_process
     def test_downloaded_packages_are_recorded_after_a_failure(self):

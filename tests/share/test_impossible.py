@@ -146,7 +146,7 @@ class UpdatesTest(QuestionTest):
     @in_own_process
     def test_the_reason_that_names_packages_comes_first(self):
         self.load()
-        clearest = self.script["clearest"]
+        clearest = self.module("reasons").clearest
         named = "nothing provides x needed by y-1-1.noarch"
         best = "cannot install the best candidate for the job"
         self.assertEqual(clearest(["conflicting requests", best, named]), [named, best])
@@ -166,7 +166,7 @@ class UpdatesTest(QuestionTest):
         if text == "conflicting requests":
             self.skipTest("libdnf has no German texts here")
         named = "y-1-1.noarch"
-        self.assertEqual(self.script["clearest"]([text, named]), [named])
+        self.assertEqual(self.module("reasons").clearest([text, named]), [named])
 
     @in_own_process
     def test_one_of_two_conflicting_packages_is_left_out(self):

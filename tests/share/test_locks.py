@@ -413,7 +413,7 @@ class WaitTest(ScenarioTest):
     def test_a_process_with_an_unreadable_name_is_shown_by_its_number(self):
         self.load()
         self.hold("metadata")
-        self.script["WaitingLock"]._wait.__globals__["nameOfProcess"] = lambda number: "?"
+        self.module("locks").nameOfProcess = lambda number: "?"
         self.waiting = "Waiting for process %d, which uses the cache of the package manager" % self.holder.pid
         self.set_wait(lambda: self.let_go() or True)
         self.yumio.setupRepos()

@@ -143,7 +143,7 @@ class MainFileTest(ScenarioTest):
                 os.makedirs(root + "/etc")
                 for name in names.split(" "):
                     self.make_main_file(root, name)
-                self.assertEqual(self.script["configurationFile"](),
+                self.assertEqual(self.module("configfiles").configurationFile(),
                                  None if expected == "-" else os.path.join(root, expected), line)
                 tried += 1
         self.assertGreater(tried, 20)

@@ -186,10 +186,10 @@ class MetadataTest(ScenarioTest):
         path = os.path.join(self.directory, "document.zck")
         with open(path, "wb") as stream:
             stream.write(b"\0ZCK1" + bytes(100))
-        self.assertEqual(self.script["metadataFault"](path, "metadata"), "")
+        self.assertEqual(self.module("metadata").metadataFault(path, "metadata"), "")
         self.assertEqual(asked, [])
-        self.assertEqual(self.script["modulesFault"](self.yumio.base, path), "")
-        self.assertEqual(self.script["metadataFault"](path + ".xml", "metadata"), "bad")
+        self.assertEqual(self.module("metadata").modulesFault(self.yumio.base, path), "")
+        self.assertEqual(self.module("metadata").metadataFault(path + ".xml", "metadata"), "bad")
 
         class Repository(object):
             enablegroups = metadata = True
@@ -197,7 +197,7 @@ class MetadataTest(ScenarioTest):
 
             class _repo(object):
                 getCompsFn = staticmethod(lambda: path)
-        self.yumio._checkComps(Repository)
+        self.module("groups").checkGroups(self.yumio.base, Repository)
         self.assertTrue(Repository.enablegroups)
         self.assertEqual(self.remarks(), [])
 
@@ -217,7 +217,7 @@ class MetadataTest(ScenarioTest):
             class _repo(object):
                 getCompsFn = staticmethod(lambda: path)
         resource.setrlimit(resource.RLIMIT_DATA, (self.data_size() + (128 << 20),) * 2)
-        self.yumio._checkComps(Repository)
+        self.module("groups").checkGroups(self.yumio.base, Repository)
         self.assertTrue(Repository.enablegroups)
 
     @staticmethod
@@ -271,7 +271,7 @@ class MetadataTest(ScenarioTest):
             stream.write(ROWAN.encode())
             for _ in range(64):
                 stream.write(b"#" * ((1 << 20) - 1) + b"\n")
-        self.assertEqual(self.script["modulesFault"](self.yumio.base, path), "it has more than 64 MB")
+        self.assertEqual(self.module("metadata").modulesFault(self.yumio.base, path), "it has more than 64 MB")
 
     @in_own_process
     def test_undamaged_modules(self):
@@ -294,11 +294,11 @@ class MetadataTest(ScenarioTest):
                 stream.write(ROWAN.encode())
         self.load()
         for ending in ("", ".gz", ".bz2", ".xz"):
-            self.assertEqual(self.script["modulesFault"](self.yumio.base, plain + ending), "")
+            self.assertEqual(self.module("metadata").modulesFault(self.yumio.base, plain + ending), "")
             if ending:
                 with open(plain + ending, "r+b") as stream:
                     stream.truncate(20)
-                self.assertNotEqual(self.script["modulesFault"](self.yumio.base, plain + ending), "")
+                self.assertNotEqual(self.module("metadata").modulesFault(self.yumio.base, plain + ending), "")
 
     def check_file(self, path, content):
         path = self.write(path, content)

@@ -1,8 +1,11 @@
 """The script imports its own package, leaves no compiled files, and can run again in the same interpreter."""
 
+import ast
+import glob
 import os
 import shutil
 import sys
+import unittest
 
 from scenario import SCRIPT, ScenarioTest, in_own_process
 
@@ -80,6 +83,10 @@ class OwnPackageTest(ScenarioTest):
         for name, module in first.items():
             self.assertIsNot(sys.modules[name], module)
             self.assertTrue(sys.modules[name].changed, name)
+        # The log has each message once.
+        self.yumio.base.remark("a remark")
+        self.yumio.base.remark("a remark")
+        self.assertEqual(self.recording.errors(), ["a remark"])
 
     @in_own_process
     def test_a_second_run_finds_the_classes_of_dnf(self):
@@ -139,3 +146,24 @@ class OwnPackageTest(ScenarioTest):
             self.assertEqual(place.tb_frame.f_code.co_filename, os.path.join(os.path.dirname(script), "vyre/paths.py"))
         else:
             self.fail("the module has not failed")
+
+
+class ModulesTest(unittest.TestCase):
+    def test_no_module_imports_itself_through_others(self):
+        imports = {}
+        for path in glob.glob(os.path.join(os.path.dirname(SCRIPT), "vyre", "*.py")):
+            with open(path) as stream:
+                tree = ast.parse(stream.read())
+            imports[os.path.basename(path)[:-len(".py")]] = {
+                name for node in ast.walk(tree) if isinstance(node, ast.ImportFrom) and node.level
+                for name in ([node.module] if node.module else [each.name for each in node.names])}
+        self.assertIn("program", imports["output"])
+        while imports:
+            lowest = {name for name, others in imports.items() if not others & set(imports)}
+            self.assertTrue(lowest, imports)
+            imports = {name: others for name, others in imports.items() if name not in lowest}
+
+    def test_every_module_says_what_it_is_for(self):
+        for path in glob.glob(os.path.join(os.path.dirname(SCRIPT), "vyre", "*.py")):
+            with open(path) as stream:
+                self.assertTrue(ast.get_docstring(ast.parse(stream.read())), path)

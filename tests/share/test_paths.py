@@ -103,9 +103,9 @@ class PathsTest(ScenarioTest):
             os.path.exists = lambda path: path in present
             try:
                 for path in ("/etc/yum/yum.conf", "/etc/yum.conf", "/etc/dnf/dnf.conf"):
-                    self.assertEqual(self.script["configurationFile"](), path)
+                    self.assertEqual(self.module("configfiles").configurationFile(), path)
                     present.discard(path)
-                self.assertIsNone(self.script["configurationFile"]())
+                self.assertIsNone(self.module("configfiles").configurationFile())
             finally:
                 os.path.exists = exists
             conf = self.configuration_without_file()
@@ -122,9 +122,9 @@ class PathsTest(ScenarioTest):
 
         detect = dnf.rpm.detect_releasever
         dnf.rpm.detect_releasever = lambda root: "9"
-        kind = self.script["YumIO"]
-        self.script["configurationFile"].__globals__["configurationFile"] = lambda: None
+        configuration = self.module("configuration")
+        configuration.configurationFile = lambda: None
         try:
-            return kind._configuration(kind.__new__(kind))
+            return configuration.readConfiguration()[0]
         finally:
             dnf.rpm.detect_releasever = detect

@@ -57,7 +57,8 @@ class MissingNamesTest(ScenarioTest):
         import runpy
 
         sys.modules["yumIOC"] = Recording().module
-        names = runpy.run_path(SCRIPT, run_name="__main__")["PRIVATE_NAMES"]
+        runpy.run_path(SCRIPT, run_name="__main__")
+        names = self.module("privatenames").PRIVATE_NAMES
         import dnf
 
         self.assertGreater(len(names), 20)
@@ -68,7 +69,8 @@ class MissingNamesTest(ScenarioTest):
     @in_own_process
     def test_private_names_that_our_classes_override_are_listed(self):
         self.load()
-        listed = {name for place, name, text in self.script["PRIVATE_NAMES"]} | set(self.script["NEW_NAMES"])
+        names = self.module("privatenames")
+        listed = {name for place, name, text in names.PRIVATE_NAMES} | set(names.NEW_NAMES)
         replaced = set()
         modules = [vars(module) for name, module in sys.modules.items() if name.startswith("vyre.")]
         for found in {value for names in modules + [self.script] for value in names.values()

@@ -62,7 +62,7 @@ class SignatureTest(ScenarioTest):
         self.assertEqual(self.questions(), 2)
         # Only the download of the key had no progress report.
         self.assertIsInstance(self.yumio.base.repos["sandbox-signed"]._md_pload.progress,
-                              self.script["DownloadProgress"])
+                              self.module("progress").DownloadProgress)
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         self.assertIn(TABLET, self.sandbox.installed())
 

@@ -337,7 +337,7 @@ class ReasonTest(ScenarioTest):
     @in_own_process
     def test_exceptions_of_transactions(self):
         self.started()
-        self.check(self.yumio.apply, self.raiser(self.yumio, "_mark"), ([],) * 6)
+        self.check(self.yumio.apply, self.raiser(self.module("resolving"), "markAll"), ([],) * 6)
 
     @in_own_process
     def test_exceptions_of_collections(self):
@@ -463,7 +463,7 @@ class ScriptletTest(ScenarioTest):
         self.started()
         text = b"".join(b"line %d\n" % number for number in range(1, 26))
         # No package of the sandbox prints this much before it fails.
-        self.script["RPMTransaction"].__base__._scriptOutput = lambda transaction: text
+        self.module("progress").RPMTransaction.__base__._scriptOutput = lambda transaction: text
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn(text.decode()[:-1], self.recording.of("rpmtransScriptout"))
         errors = "\n".join(self.recording.errors()).split("\n")

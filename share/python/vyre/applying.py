@@ -1,0 +1,95 @@
+"""The steps of a transaction after it is resolved: the question, the downloads, rpm's work. On the worker."""
+
+import logging
+
+import dnf.exceptions
+import dnf.i18n
+import dnf.util
+import libdnf.transaction
+
+from .history import endHistory, unrecorded
+from .locks import DatabaseLock
+from .output import extendListing, introduceListing
+from .plugins import PlugIns
+from .program import tr, yumIOC
+from .progress import DownloadProgress, TransactionProgress
+from .space import ScriptSpace, checkScriptSpace, spaceHint, spaceHints
+
+
+def addRemarks(base):
+    """Add remarks about failures after the packages were changed."""
+    parts = base.remarks
+    if base.historyFault is not None:
+        parts.append(tr('The packages were changed. Only the history of transactions could not be written:\n{}')
+                     .format(base.historyFault + spaceHint(base.conf.persistdir)))
+    while PlugIns.faults:
+        parts.append(tr('The packages were changed.\n{}').format(PlugIns.faults.pop(0)))
+    if base.withoutSpace:
+        packages = '\n'.join(sorted(set(base.withoutSpace)))
+        parts.append(tr('There was no space for the scripts of these packages, which may not have run:\n{}')
+                     .format(packages + base.scriptSpace.hint()))
+
+
+def confirmTransaction(base, sections):
+    """Show the listing; return whether the user confirms the transaction."""
+    transaction = base.transaction or []
+    yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
+    if 'test' in base.conf.tsflags:
+        introduceListing(tr('This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
+                            'it installs, updates and removes nothing.\n\n'))
+    for heading, lines in sections:
+        extendListing(heading + ':\n' + ''.join('\t%s\n' % ' '.join(line.split()) for line in lines))
+    installed = installSet(base)
+    if installed:
+        yumIOC.reportDownloadSize(installed)
+    elif transaction:
+        yumIOC.reportRemoveSize(transaction)
+    if 'test' in base.conf.tsflags:
+        text = dnf.i18n._('{prog} will only download packages, install gpg keys, and check the transaction.')
+        logging.getLogger('dnf').info('%s', text.format(prog=dnf.util.MAIN_PROG_UPPER))
+    return yumIOC.userconfirm() == 1
+
+
+def installSet(base):
+    """The packages that the transaction installs."""
+    return list(base.transaction.install_set) if base.transaction else []
+
+
+def download(base):
+    installed = installSet(base)
+    if not installed:
+        yumIOC.downloadRemotePayloads([])
+        return
+    try:
+        base.download_packages(installed, DownloadProgress())
+    except (dnf.exceptions.DownloadError, OSError) as e:
+        raise dnf.exceptions.Error(str(e) + spaceHint(base.conf.cachedir))
+
+
+def runTransaction(base, checkCurrent):
+    """Run the confirmed transaction; checkCurrent is called when no other program can change the packages any more.
+    """
+    with DatabaseLock():
+        checkCurrent()
+        base.scriptSpace = ScriptSpace()
+        checkScriptSpace(base.scriptSpace)
+        try:
+            base.do_transaction(TransactionProgress())
+        except Exception:
+            if not base.changed:
+                endHistory(base)
+            raise
+    if base.transaction and 'test' in base.conf.tsflags:
+        base.remarks.append(
+            tr('The transaction was only tested, because tsflags has test. Nothing was changed.'))
+        return False
+    yumIOC.postTransactionOutput()
+    items = list(base.transaction or [])
+    failed = [item for item in items if item.state == libdnf.transaction.TransactionItemState_ERROR]
+    missing = [item for item in unrecorded(base, items) if item not in failed]
+    parts = [head + '\n' + '\n'.join(sorted(set(str(item) for item in found))) for head, found in (
+        (tr('The transaction failed for:'), failed),
+        (tr('The database of packages does not have what was done to:'), missing)) if found]
+    if parts:
+        raise dnf.exceptions.Error('\n'.join(parts) + spaceHints(failed))
+    return True

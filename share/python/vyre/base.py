@@ -1,0 +1,338 @@
+"""The package manager itself: dnf's class Base with what the script adds.
+
+The graphical thread makes the object and gives it up at the end; a worker uses it in between.
+"""
+
+import ctypes
+import logging
+import os
+
+import dnf
+import dnf.exceptions
+import dnf.i18n
+import dnf.lock
+import dnf.repo
+import dnf.util
+import hawkey
+import libdnf.error
+import libdnf.transaction
+import rpm
+
+from . import groups
+from .configfiles import RepositoryReader
+from .metadata import documentPath, metadataFault, modulesFault
+from .packages import HeaderMemo, OtherData
+from .paths import namedDirectory
+from .plugins import forgetPlugIns, stampOfPlugIns
+from .program import tr, yumIOC
+from .progress import DownloadProgress
+from .reasons import clearest
+from .signatures import KeyImport
+
+
+class Base(dnf.Base):
+    """dnf's class. It also reports which packages are downloaded, before the download begins, and finds faults of
+    metadata that dnf does not report, or does not survive.
+    """
+
+    def __init__(self, conf):
+        super(Base, self).__init__(conf)
+        self.scriptSpace = None  # the ScriptSpace of the running transaction
+        self.otherData = OtherData()
+        self.headers = HeaderMemo()
+        self.changed = False  # rpm has begun to change the system
+        self.historyFault = None  # why the history lacks the end of the last transaction
+        self.unsolved = None  # the goal of the last resolution, if it has failed
+        self.judge = None  # a function that may refuse a solution before it becomes the transaction
+        self.withoutSpace = []  # packages whose scripts may have had no space
+        # What the program shows after an operation that has not failed; it removes them. The same remark is shown only
+        # once, and logged afterwards.
+        self.remarks = []
+        self._remarked = set()
+        self.plugInFault = ''  # why the plug-ins cannot be used; then every operation fails
+        self._plugInStamp = None
+
+    def renew(self, conf):
+        """Begin again with another configuration. The program keeps the object."""
+        kept = self.remarks, self._remarked
+        self.end()
+        forgetPlugIns()
+        self.__init__(conf)
+        self.remarks, self._remarked = kept
+
+    def end(self):
+        """Close everything, and save the state for the next run, as the command dnf does at its end."""
+        # Closing asks for the repositories. It must not read them now, and load the plug-ins for that.
+        self._reposUnread = False
+        try:
+            self.close()
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError, ValueError) as e:
+            logging.getLogger('dnf').warning('%s', e)
+
+    def endTransaction(self):
+        """Remove the downloaded packages of a transaction, or keep them for the next one, as the command dnf does at
+        its end.
+        """
+        done = self._trans_success
+        try:
+            self._finalize_base()
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError, ValueError) as e:
+            logging.getLogger('dnf').warning('%s', e)
+        if done:
+            self._trans_tempfiles = set()
+
+    def remark(self, text):
+        if text in self._remarked:
+            logging.getLogger('dnf').warning('%s', text)
+        else:
+            self._remarked.add(text)
+            self.remarks.append(text)
+
+    _reposUnread = False
+
+    def readReposLater(self):
+        """Load the plug-ins and read the repository files when the repositories are first needed, on a worker.
+
+        dnf needs seconds for ten thousand of them. The graphical thread must not wait for so long.
+        """
+        self._reposUnread = True
+
+    def plugInsHaveChanged(self):
+        return self._plugInStamp is not None and self._plugInStamp != stampOfPlugIns(self.conf)
+
+    @property
+    def repos(self):
+        if self._reposUnread:
+            self._reposUnread = False  # plug-ins ask for the repositories as well
+            try:
+                self._readRepos()
+            except BaseException:
+                self._reposUnread = True
+                raise
+        return self._repos
+
+    @repos.deleter
+    def repos(self):
+        self._repos = None
+
+    def read_comps(self, arch_filter=False):
+        if groups.groupsCanBeRead():
+            return super(Base, self).read_comps(arch_filter)
+        self._comps = groups.WithoutGroups()
+        return self._comps
+
+    def _readRepos(self):
+        # An interrupted attempt may have left some.
+        self._repos.clear()
+        self._plugInStamp = stampOfPlugIns(self.conf)
+        self.plugInFault = ''
+        self._usePlugIns(self.init_plugins, self.pre_configure_plugins)
+        try:
+            self.read_all_repos()
+        except (dnf.exceptions.Error, OSError) as e:
+            logging.getLogger('dnf').error(tr('Unable to read the repository configuration: %s'), e)
+        self._expireRepos()
+        for repo in self._repos.values():
+            repo.set_progress_bar(DownloadProgress())
+            repo._set_key_import(KeyImport())
+        self._usePlugIns(self.configure_plugins)
+        self._demandSignatures()
+        if self.conf.destdir:
+            self.conf.destdir = namedDirectory(self.conf.destdir)
+            try:
+                dnf.util.ensure_dir(self.conf.destdir)
+            except OSError as e:
+                logging.getLogger('dnf').error('%s', e)
+            self._repos.all().pkgdir = self.conf.destdir
+        if self.conf.cacheonly:
+            for repo in self._repos.values():
+                repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
+
+    def _expireRepos(self):
+        """Mark the metadata as outdated that an earlier run has found to be outdated."""
+        self._activate_persistor()
+        expired = self._repo_persistor.get_expired_repos()
+        for repo in self._repos.values():
+            if expired is None or repo.id in expired:
+                repo._repo.expire()
+
+    def _demandSignatures(self):
+        """Check all signatures if the configuration of rpm demands a signature of each package."""
+        if rpm.expandMacro('%_pkgverify_level') not in ('signature', 'all'):
+            return
+        unchecked = [repo for repo in self._repos.values() if not repo.gpgcheck]
+        for repo in unchecked:
+            repo.gpgcheck = True
+        if unchecked or not self.conf.localpkg_gpgcheck:
+            self.conf.localpkg_gpgcheck = True
+            logging.getLogger('dnf').warning(dnf.i18n._(
+                "Warning: Enforcing GPG signature check globally as per active RPM security policy (see 'gpgcheck' in "
+                'dnf.conf(5) for how to squelch this message)'))
+
+    def _usePlugIns(self, *steps):
+        """Run steps of the plug-ins. The program reports a failure after it has asked for the repositories."""
+        try:
+            for step in steps:
+                if not self.plugInFault:
+                    step()
+        except dnf.exceptions.Error as e:
+            self.plugInFault = str(e)
+
+    def read_all_repos(self, opts=None):
+        for repo in RepositoryReader(self.conf, opts):
+            try:
+                self._repos.add(repo)
+            except dnf.exceptions.ConfigError as e:
+                logging.getLogger('dnf').warning('%s', e)
+
+    def _add_repo_to_sack(self, repo):
+        # Change logs are downloaded with the other metadata, but not kept in memory: most runs do not need them.
+        repo.load_metadata_other = True
+        try:
+            repo.load()
+        finally:
+            repo.load_metadata_other = False
+        path = documentPath(repo, 'modules')
+        fault = modulesFault(self, path) if path is not None else ''
+        if fault:
+            self.remark(tr('The modules metadata of the repository {} are damaged: {}\nThe repository is left out.')
+                        .format(repo.id, fault))
+            repo.disable()
+            return
+        before = self._cacheStamp(repo)
+        # Packages stay in the sack, even if their repository is disabled later. So the check comes first.
+        if self._isNewerThanCache(repo):
+            self._checkPackages(repo)
+        try:
+            super(Base, self)._add_repo_to_sack(repo)
+        except dnf.exceptions.RepoError as e:
+            # dnf logs the reason only as a detail.
+            if isinstance(e.__context__, hawkey.Exception):
+                raise dnf.exceptions.RepoError('{}: {}'.format(e, e.__context__))
+            raise
+        if before is None or self._cacheStamp(repo) != before:
+            self._checkDocuments(repo)
+
+    def _caches(self, repo):
+        """The files that dnf makes of the metadata of a repository, to read them faster next time."""
+        return [os.path.join(self.conf.cachedir, repo.id + ending)
+                for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
+
+    def _isNewerThanCache(self, repo):
+        """Whether dnf is going to read the list of packages, and not its own cache. True if in doubt."""
+        path = documentPath(repo, 'primary')
+        try:
+            return path is None or os.stat(path).st_ctime_ns >= os.stat(self._caches(repo)[-1]).st_ctime_ns
+        except OSError:
+            return True
+
+    def _cacheStamp(self, repo):
+        """A value that changes if dnf reads the metadata again; None if it has not read them yet."""
+        try:
+            found = os.stat(self._caches(repo)[0])
+        except OSError:
+            return None
+        return found.st_ino, found.st_mtime_ns, found.st_size
+
+    def _checkPackages(self, repo):
+        """Refuse a damaged list of packages. dnf ignores that the list has no packages, or too few."""
+        fault = self._documentFault(repo, 'primary', 'metadata')
+        if fault:
+            raise dnf.exceptions.RepoError(
+                tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
+
+    def _checkDocuments(self, repo):
+        """Report a damaged list of files or changes. dnf ignores that it ends too early or is another document."""
+        for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
+            fault = self._documentFault(repo, kind, element)
+            if fault:
+                self.remark(tr('The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages '
+                               'are missing in searches and descriptions.').format(kind, repo.id, fault))
+
+    def _documentFault(self, repo, kind, element):
+        """The fault of a document of a repository; empty without a fault. A damaged document is checked again next
+        time.
+        """
+        path = documentPath(repo, kind)
+        fault = metadataFault(path, element) if path is not None else ''
+        if fault:
+            for cache in self._caches(repo):
+                if os.path.exists(cache):
+                    os.unlink(cache)
+        return fault
+
+    def _run_transaction(self, cb):
+        """Newer versions of rpm report a failed transaction without a failed package, if a scriptlet has failed that
+        prevents nothing. As in older versions, the packages have changed, and the history needs the transaction's end.
+        """
+        try:
+            return super(Base, self)._run_transaction(cb)
+        except dnf.exceptions.Error:
+            if not self.changed or not cb.scriptFailed or any(
+                    item.state == libdnf.transaction.TransactionItemState_ERROR for item in self.transaction):
+                raise
+        self._trans_install_set = bool(self.transaction.install_set)
+        self._verify_transaction()
+        return None
+
+    def resolveIf(self, judge, allowErasing):
+        """Resolve; the judge may raise an exception to prevent the transaction."""
+        self.judge = judge
+        try:
+            self.resolve(allow_erasing=allowErasing)
+        finally:
+            self.judge = None
+
+    def resolve(self, allow_erasing=False):
+        self.unsolved = None
+        try:
+            return super(Base, self).resolve(allow_erasing)
+        except dnf.exceptions.DepsolveError:
+            self.unsolved = self.goal
+            raise
+
+    def problems(self):
+        """The reasons why the last resolution has failed: a list of lines for each of them."""
+        # This call crashes the process if the goal was not run.
+        return [clearest(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
+
+    def _goal2transaction(self, goal):
+        # This comes before the history and the plug-ins see the solution.
+        if self.judge is not None:
+            self.judge(goal)
+        return super(Base, self)._goal2transaction(goal)
+
+    def _verify_transaction(self, *args, **kwargs):
+        """A failure to write the history does not undo the changes of rpm. It is only kept."""
+        try:
+            super(Base, self)._verify_transaction(*args, **kwargs)
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
+            self.historyFault = str(e)
+
+    def _download_remote_payloads(self, payloads, *args, **kwargs):
+        missing = [payload for payload in payloads if not isInCache(payload.pkg)]
+        self.announced = True
+        yumIOC.downloadRemotePayloads(missing)
+        if missing:
+            super(Base, self)._download_remote_payloads(missing, *args, **kwargs)
+
+    def download_packages(self, *args, **kwargs):
+        self.announced = False
+        super(Base, self).download_packages(*args, **kwargs)
+        if not self.announced:
+            yumIOC.downloadRemotePayloads([])
+
+
+def isInCache(package):
+    try:
+        return package.verifyLocalPkg()
+    except (OSError, ValueError, dnf.exceptions.MiscError):
+        return False
+
+
+def forgetInterrupt():
+    """Allow downloads again after an interruption. Otherwise librepo cancels all later downloads."""
+    try:
+        ctypes.c_int.in_dll(ctypes.CDLL('librepo.so.0'), 'lr_interrupt').value = 0
+    except (OSError, ValueError):  # another version of librepo
+        pass

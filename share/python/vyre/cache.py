@@ -1,0 +1,26 @@
+"""Cleans dnf's cache. On a worker."""
+
+import logging
+import os
+import re
+
+import dnf.lock
+import dnf.repo
+
+
+def cleanCache(conf, *types):
+    """Remove the files of these types from the cache; the types are those of dnf.repo.CACHE_FILES."""
+    cache = conf.cachedir
+    patterns = [re.compile(dnf.repo.CACHE_FILES[type]) for type in types]
+    count = 0
+    # Another process may be about to install packages from the cache.
+    with dnf.lock.build_rpmdb_lock(conf.persistdir, True), \
+            dnf.lock.build_metadata_lock(cache, False), dnf.lock.build_download_lock(cache, False):
+        for directory, _, names in os.walk(cache):
+            for name in names:
+                path = os.path.join(directory, name)
+                if any(pattern.match(os.path.relpath(path, cache)) for pattern in patterns):
+                    os.unlink(path)
+                    count += 1
+    logging.getLogger('dnf').info('%d files removed', count)
+    return True

@@ -1,0 +1,68 @@
+"""rpm's database: where it is, and whether it has changed. On the thread that works."""
+
+import logging
+import os
+import subprocess
+
+import dnf.rpm.miscutils
+import rpm
+
+from .packages import decoded
+from .paths import managedRoot
+from .privatenames import RPMKEYS_NAMES
+from .program import tr
+
+# The directories of rpm's database in the distributions.
+DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
+
+
+def useDatabaseOfRoot():
+    """Use the database of the managed system. In some distributions, rpm uses one in the home directory of the user.
+
+    dnf checks signatures with the program rpmkeys, which needs the directory as well. A second run of the script in the
+    same interpreter finds rpm's macro set already, so the replaced function stays.
+    """
+    if rpm.expandMacro('%{?_dbpath}') in DATABASES:
+        return
+    rpm.addMacro('_dbpath', DATABASES[0])
+    if all(hasattr(dnf.rpm.miscutils, name) for name in RPMKEYS_NAMES):
+        dnf.rpm.miscutils._verifyPackageUsingRpmkeys = verifyWithDatabaseOfRoot
+
+
+def verifyWithDatabaseOfRoot(package, root):
+    """Check the signatures of a package, an open file. Returns dnf's number of the result; 0 is good."""
+    program = dnf.rpm.miscutils._find_rpmkeys_binary()
+    if program is None:
+        logging.getLogger('dnf').critical(tr('Signatures cannot be checked: there is no program rpmkeys.'))
+        return 2
+    command = [program, '--checksig', '--verbose', '--root', root, '--dbpath', DATABASES[0],
+               '--define=_pkgverify_level signature', '--define=_pkgverify_flags 0x0', '-']
+    checked = subprocess.run(command, stdin=package, stdout=subprocess.PIPE, cwd='/',
+                             env=dict(os.environ, LC_ALL='C'))
+    if checked.returncode not in (0, 1):
+        return 2
+    return dnf.rpm.miscutils._process_rpm_output(checked.stdout.split(b'\n')) or 2 * checked.returncode
+
+
+def databaseCookie():
+    """A text that differs after every change of the installed packages; empty if rpm cannot say."""
+    transaction = rpm.TransactionSet(managedRoot())
+    try:
+        return transaction.dbCookie() if transaction.openDB() == 0 else ''
+    except (AttributeError, rpm.error):  # an older version of rpm
+        return ''
+    finally:
+        transaction.closeDB()
+
+
+def installedNumbers():
+    """The number in the database, and the name, of each installed package, without signing keys."""
+    transaction = rpm.TransactionSet(managedRoot())
+    # The signatures were checked when the packages were installed.
+    transaction.setVSFlags(rpm._RPMVSF_NOSIGNATURES | rpm._RPMVSF_NODIGESTS)
+    try:
+        found = set((header[rpm.RPMTAG_DBINSTANCE], decoded(header[rpm.RPMTAG_NAME]))
+                    for header in transaction.dbMatch())
+    finally:
+        transaction.closeDB()
+    return set(each for each in found if each[1] != 'gpg-pubkey')

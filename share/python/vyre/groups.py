@@ -1,0 +1,123 @@
+"""Groups of packages, and whether the versions of libcomps and Python can read them. On the thread that works."""
+
+import functools
+import logging
+
+import dnf.comps
+import libcomps
+
+from .metadata import UNPACKING_ERRORS, canUnpack, unpacked
+from .program import tr
+
+
+class GroupPackage:
+    """A member of a group."""
+
+    def __init__(self, name):
+        self.name = name
+
+    def __str__(self):
+        return self.name
+
+
+class Group:
+    """A group of packages with fixed lists of members. Those of dnf make each list again on every access, and their
+    members have no text.
+    """
+
+    def __init__(self, group):
+        self.id = group.id
+        self.name = group.name
+        self.uservisible = group.uservisible
+        self.mandatory_packages = self._members(group.mandatory_packages)
+        self.default_packages = self._members(group.default_packages)
+        self.optional_packages = self._members(group.optional_packages)
+        self.conditional_packages = self._members(group.conditional_packages)
+
+    def __str__(self):
+        return self.name
+
+    def names(self, *types):
+        """The names of the members of these types, without conditional members."""
+        return [package.name for type in types if type in ('mandatory', 'default', 'optional')
+                for package in getattr(self, type + '_packages')]
+
+    @staticmethod
+    def _members(packages):
+        return [GroupPackage(package.name) for package in packages]
+
+
+class GeneratorProbe:
+    """Counts how often a generator asks for its iterator."""
+
+    asked = 0
+
+    def __iter__(self):
+        self.asked += 1
+        return self
+
+    def __next__(self):
+        raise StopIteration
+
+
+@functools.lru_cache(maxsize=None)
+def groupsCanBeRead():
+    """Whether dnf can read lists of groups.
+
+    It reads them with generators. Some versions of Python ask the iterator of a generator for an iterator again. Some
+    versions of libcomps, such as that of Debian 13, then treat the iterator as a list: the result has no groups, or the
+    process crashes. The call is harmless for a list of one group, if nothing uses its result.
+    """
+    probe = GeneratorProbe()
+    list(each for each in probe)
+    if probe.asked == 1:
+        return True
+    group = libcomps.Group()
+    group.id = 'probe'
+    comps = libcomps.Comps()
+    comps.groups.append(group)
+    iterator = iter(comps.groups)
+    try:
+        return iter(iterator) is iterator
+    except TypeError:
+        return False
+
+
+class WithoutGroups(dnf.comps.Comps):
+    """Replaces dnf's groups on a system where they cannot be read. It is always empty."""
+
+    def __len__(self):
+        return 0
+
+    def categories_iter(self):
+        return iter(())
+
+    def environments_iter(self):
+        return iter(())
+
+    def groups_iter(self):
+        return iter(())
+
+
+def checkGroups(base, repo):
+    """Leave out a list of groups that cannot be unpacked. Otherwise dnf reads none of the other lists."""
+    path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
+    if not path or not canUnpack(path):
+        return
+    try:
+        for _ in unpacked(path):
+            pass
+    except UNPACKING_ERRORS as e:
+        base.remark(tr('The group metadata of the repository {} are damaged: {}\nIts groups are left out.')
+                    .format(repo.id, e))
+        repo.enablegroups = False
+
+
+def reportUnreadable(base):
+    """Report that groups are left out, if a repository has any; return whether it was reported."""
+    found = any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn() for repo in base.repos.iter_enabled())
+    if found:
+        logging.getLogger('dnf').warning('%s', tr(
+            'Groups of packages cannot be read on this system: its libcomps does not work with its version of '
+            'Python. The groups of the repositories are left out. All else works.'))
+    return found

@@ -1,0 +1,126 @@
+"""The history of transactions, and whether the package database has what a transaction has done. On a worker."""
+
+import logging
+import os
+import time
+
+import dnf.exceptions
+import dnf.transaction
+import hawkey
+import libdnf.error
+import libdnf.transaction
+import rpm
+
+from .packages import decoded
+from .program import tr
+from .space import spaceHint
+
+# The largest number of letters of a command line in the history.
+COMMAND_LENGTH = 1000
+
+
+def commandLine(*lists):
+    """The text that the history stores as the command line, from pairs of a verb and names of packages or groups.
+
+    dnf shows the history on a terminal. Characters of names that could harm a terminal are replaced.
+    """
+    parts = []
+    for verb, objects in lists:
+        names = sorted(set(''.join(letter if letter.isprintable() else '?' for letter in name) for name in objects))
+        if names:
+            parts.append('{} {}'.format(verb, ' '.join(names)))
+    text = 'vyre: ' + '; '.join(parts)
+    return text if len(text) <= COMMAND_LENGTH else text[:COMMAND_LENGTH - 3] + '...'
+
+
+def reportLeftovers(base):
+    """Report what a transaction has left behind that was interrupted by a crash or a power failure. dnf does not report
+    it.
+    """
+    parts = []
+    try:
+        reportInterrupted(base, parts)
+        several = severalVersions(base)
+        if several:
+            parts.append(tr('Of these packages several versions are installed, as a transaction leaves them that '
+                            'is cut off:\n{}\n"dnf remove --duplicates" removes the older ones.').format(
+                                '\n'.join('  ' + ', '.join(str(package) for package in packages)
+                                          for packages in several)))
+    except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
+        # The packages can be used nevertheless.
+        logging.getLogger('dnf').debug('It is not known how the last transaction ended: %s', e)
+    if parts:
+        logging.getLogger('dnf').warning('%s', '\n'.join(parts))
+
+
+def reportInterrupted(base, parts):
+    """Add a message about the last transaction if the history lacks its end."""
+    history = base.history
+    # Opening a missing history makes a new one. A user who cannot write the history cannot apply marks either.
+    if not os.access(history.dbpath, os.R_OK | os.W_OK):
+        return
+    try:
+        last = history.last()
+        if last is None or last.end_timestamp:
+            return
+        begin = time.ctime(last.beg_timestamp)
+        # Groups have no names here.
+        if not unrecorded(base, [item for item in last.packages() if item.name]):
+            parts.append(tr('The history of transactions does not have the end of the last one, begun on {}.\n'
+                            'All its packages are as it was to leave them.').format(begin))
+        else:
+            parts.append(tr('The last transaction, begun on {}, did not come to its end.\nWhat it has left undone '
+                            'has to be marked and applied again.').format(begin))
+    finally:
+        history.close()
+        del base._ts  # other programs may need the database
+
+
+def severalVersions(base):
+    """Lists of installed packages with the same name and architecture, the oldest first, of which only one should be
+    installed.
+    """
+    installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
+    duplicated = installed.duplicated().difference(base._get_installonly_query(installed))
+    found = {}
+    for package in duplicated:
+        found.setdefault((package.name, package.arch), []).append(package)
+    return [sorted(found[key]) for key in sorted(found)]
+
+
+def refuseHistory(base, text):
+    """Raise a failure of the history's file, with advice."""
+    if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
+        raise dnf.exceptions.Error(tr('The history of transactions is damaged: {}\nMove the file away: the package '
+                                      'manager makes a new one.').format(text))
+    raise dnf.exceptions.Error(text + spaceHint(base.conf.persistdir))
+
+
+def endHistory(base):
+    """Mark a transaction that rpm has not begun as failed. Otherwise it looks like an interrupted one."""
+    try:
+        for item in base.transaction or []:
+            item.state = libdnf.transaction.TransactionItemState_ERROR
+        base.history.end(return_code=libdnf.transaction.TransactionState_ERROR)
+    except (dnf.exceptions.Error, libdnf.error.Error, RuntimeError, OSError) as e:
+        logging.getLogger('dnf').debug('The history does not have the end of the transaction: %s', e)
+
+
+def unrecorded(base, items):
+    """The items of a transaction whose changes are missing in rpm's database, which is read again. rpm ignores that it
+    cannot write the database.
+    """
+    del base._ts
+    wanted = {}
+    for item in items:
+        key = (item.name, item.epoch, item.version, item.release, item.arch)
+        # A reinstalled package also counts as removed.
+        if item.action in dnf.transaction.FORWARD_ACTIONS:
+            wanted[key] = (item, True)
+        elif item.action in dnf.transaction.BACKWARD_ACTIONS:
+            wanted.setdefault(key, (item, False))
+    headers = {name: list(base._ts.dbMatch('name', name)) for name in set(key[0] for key in wanted)}
+    present = set(tuple([name, header[rpm.RPMTAG_EPOCH] or 0] +
+                        [decoded(header[tag]) for tag in (rpm.RPMTAG_VERSION, rpm.RPMTAG_RELEASE, rpm.RPMTAG_ARCH)])
+                  for name, found in headers.items() for header in found)
+    return [item for key, (item, installed) in wanted.items() if (key in present) != installed]

@@ -1,0 +1,50 @@
+"""Systems whose programs are an image: which changes are impossible there. On the worker that applies the marks."""
+
+import fnmatch
+import os
+
+import dnf.exceptions
+import dnf.i18n
+import libdnf.transaction
+
+from .paths import managedRoot
+from .program import tr
+
+
+def checkPersistence(base):
+    """Refuse changes that the system does not keep. If its programs are an image, changes may be impossible, or lost
+    at the next start. VYRE does not offer what the command dnf offers for such systems.
+    """
+    image = managedRoot() == '/' and os.path.isfile('/run/ostree-booted')
+    persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
+    if image and (persistence == 'persist' or not os.access('/usr', os.W_OK)):
+        raise dnf.exceptions.Error(
+            tr('The programs of this system are an image, which VYRE cannot change. Nothing was changed.'))
+    if not image and persistence == 'transient':
+        raise dnf.exceptions.Error(dnf.i18n._('Transient transactions are only supported on bootc systems.'))
+    kinds = libdnf.transaction
+    if hasattr(kinds, 'TransactionPersistence_PERSIST'):
+        # The history stores it.
+        base._persistence = (kinds.TransactionPersistence_TRANSIENT if image else
+                             kinds.TransactionPersistence_PERSIST)
+    if image:
+        checkDrift(base)
+
+
+def checkDrift(base):
+    """Refuse to change files that must match the image, such as those of the boot loader. Changes below /usr are lost
+    at the next start, and changes of these files are not. Versions before 4.24 do not check this.
+    """
+    patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
+    found = {}
+    for item in base.transaction if patterns else ():
+        paths = [path for path in sorted(item.files)
+                 if any(fnmatch.fnmatch(path, pattern) for pattern in patterns)]
+        if paths:
+            found[str(item)] = paths
+    if found:
+        raise dnf.exceptions.Error('\n'.join([dnf.i18n._(
+            'This operation would modify the following paths, possibly introducing inconsistencies when the '
+            'transient overlay on /usr is discarded. See the usr_drift_protected_paths configuration option for '
+            'more information.')] + [line for name, paths in found.items()
+                                     for line in [name] + ['  ' + path for path in paths]]))

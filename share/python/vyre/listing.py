@@ -1,0 +1,58 @@
+"""The listing of a transaction: what it changes beside packages. On the worker that applies the marks.
+
+The command dnf adds these sections around its library. The texts are that command's, and it translates them.
+"""
+
+import dnf.exceptions
+import dnf.i18n
+import dnf.util
+
+
+def otherSections(base):
+    """What a resolved transaction changes beside packages, as in dnf's own listing: pairs of a heading and its lines.
+    Empty sections are left out.
+    """
+    sections = []
+    dnfText = dnf.i18n._
+    container = base._moduleContainer
+    for heading, found in ((dnfText('Installing module profiles'), container.getInstalledProfiles()),
+                           (dnfText('Disabling module profiles'), container.getRemovedProfiles())):
+        sections.append((heading, ['%s/%s' % (name, profile) for name, profiles in sorted(dict(found).items())
+                                   for profile in profiles]))
+    sections.append((dnfText('Enabling module streams'),
+                     ['%s %s' % pair for pair in sorted(dict(container.getEnabledStreams()).items())]))
+    sections.append((dnfText('Switching module streams'),
+                     ['%s %s -> %s' % (name, streams[0], streams[1])
+                      for name, streams in sorted(dict(container.getSwitchedStreams()).items())]))
+    sections.append((dnfText('Disabling modules'), sorted(container.getDisabledModules())))
+    sections.append((dnfText('Resetting modules'), sorted(container.getResetModules())))
+    for persistor, headings in (
+            (base.history.env, (dnfText('Installing Environment Groups'), dnfText('Upgrading Environment Groups'),
+                                dnfText('Removing Environment Groups'))),
+            (base.history.group, (dnfText('Installing Groups'), dnfText('Upgrading Groups'),
+                                  dnfText('Removing Groups')))):
+        for heading, name in zip(headings, ('_installed', '_upgraded', '_removed')):
+            groups = getattr(persistor, name, {})  # another version of dnf may lack them
+            sections.append((heading, [group.getName() or identifier for identifier, group in groups.items()]))
+    return [(heading, list(lines)) for heading, lines in sections if lines]
+
+
+def refuseModuleSwitch(base):
+    """Refuse to switch enabled streams of modules, if the configuration does not allow it. dnf's library does not check
+    this; the command dnf does.
+    """
+    conf = base.conf
+    if not conf._has_option('module_stream_switch') or conf.module_stream_switch:
+        return
+    switched = sorted(dict(base._moduleContainer.getSwitchedStreams()).items())
+    if not switched:
+        return
+    dnfText = dnf.i18n._
+    lines = [dnfText("The operation would result in switching of module '{0}' stream '{1}' to stream '{2}'").format(
+        name, streams[0], streams[1]) for name, streams in switched]
+    lines.append(dnfText(
+        "It is not possible to switch enabled streams of a module unless explicitly enabled via configuration option "
+        "module_stream_switch.\nIt is recommended to rather remove all installed content from the module, and reset "
+        "the module using '{prog} module reset <module_name>' command. After you reset the module, you can install "
+        "the other stream.").format(prog=getattr(dnf.util, 'MAIN_PROG', 'dnf')))
+    raise dnf.exceptions.Error('\n'.join(lines))

@@ -1,0 +1,361 @@
+"""The locks: dnf's on its files, which the program holds for its whole life, dnf's on its cache, and rpm's.
+
+The graphical thread takes and gives back the lock of the session; a worker takes all others.
+"""
+
+import errno
+import fcntl
+import logging
+import os
+import sys
+import time
+import urllib.parse
+
+import dnf.exceptions
+import dnf.lock
+import dnf.util
+import rpm
+
+from . import program
+from .output import passable, programListens, showActivity
+from .paths import inRoot
+from .program import tr, yumIOC
+
+try:
+    import sqlite3
+except ImportError:  # a separate package in some distributions
+    sqlite3 = None
+
+
+# dnf's own functions that make its locks.
+buildDatabaseLock = dnf.lock.build_rpmdb_lock
+buildMetadataLock = dnf.lock.build_metadata_lock
+buildDownloadLock = dnf.lock.build_download_lock
+
+
+class SessionLock(dnf.lock.ProcessLock):
+    """dnf's lock on its own files, which the program holds for its whole life.
+
+    dnf takes the same lock around each transaction. Then it must find the lock taken by this process, on every thread.
+    Only one thread works at a time.
+    """
+
+    def _lock_thread(self):
+        self.count += 1
+
+    def _unlock_thread(self):
+        self.count -= 1
+
+
+class DatabaseLock:
+    """Holds rpm's own lock for a scope, so that no other program changes the packages meanwhile.
+
+    rpm waits for this lock without a message, or does not wait at all. This class shows what it waits for, and asks
+    whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it when it is done.
+    """
+
+    # In seconds: between two attempts, before the first question, and between two questions.
+    ATTEMPTS = 0.2
+    FIRST_QUESTION = 5
+    NEXT_QUESTION = 60
+
+    def __enter__(self):
+        path = rpm.expandMacro('%{?_rpmlock_path}')
+        self._path = inRoot(path) if path.startswith('/') else inRoot('/var/lib/rpm/.rpm.lock')
+        self._database = inRoot(rpm.expandMacro('%{_dbpath}')) + '/rpmdb.sqlite'
+        self._descriptor = None
+        try:
+            self._descriptor = os.open(self._path, os.O_RDWR | os.O_CREAT | os.O_CLOEXEC, 0o644)
+        except OSError as e:  # rpm reports it if it needs the file
+            logging.getLogger('dnf').debug('%s', e)
+        try:
+            self._wait()
+        except BaseException:
+            self.__exit__()
+            raise
+
+    def __exit__(self, *unused):
+        if self._descriptor is not None:
+            os.close(self._descriptor)
+
+    def _wait(self):
+        question = time.monotonic() + self.FIRST_QUESTION
+        while not self._taken():
+            holder = self._holder()
+            # This is called each time, even with the same text: the program may raise an exception to end the wait.
+            if holder:
+                showActivity(tr('Waiting for {}, which uses the package database').format(holder))
+            else:
+                showActivity(tr('Waiting for another program, which uses the package database'))
+            if time.monotonic() >= question:
+                self._ask(holder)
+                question = time.monotonic() + self.NEXT_QUESTION
+            time.sleep(self.ATTEMPTS)
+
+    def _taken(self):
+        if self._descriptor is not None:
+            try:
+                fcntl.lockf(self._descriptor, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            except OSError as e:
+                if e.errno in (errno.EACCES, errno.EAGAIN):
+                    return False
+        return not self._databaseIsLocked()
+
+    def _databaseIsLocked(self):
+        """Whether another program, such as a backup, locks the database although rpm's lock is free. rpm would give up
+        after a while, in the middle of the transaction.
+        """
+        if sqlite3 is None or not os.path.exists(self._database):
+            return False
+        try:
+            connection = sqlite3.connect('file:{}?mode=rw'.format(urllib.parse.quote(self._database)), uri=True,
+                                         timeout=0, isolation_level=None)
+            try:
+                connection.execute('BEGIN IMMEDIATE')
+                connection.execute('ROLLBACK')
+            finally:
+                connection.close()
+        except sqlite3.Error as e:
+            return 'locked' in str(e)
+        return False
+
+    def _holder(self):
+        """Name and process number of the program that holds one of the locks; empty if unknown."""
+        files = set()
+        for path in (self._path, self._database, self._database + '-shm'):
+            try:
+                files.add(nameInLocks(path))
+            except (OSError, StopIteration):
+                pass
+        try:
+            with open('/proc/locks') as locks:
+                for line in locks:
+                    fields = line.split()
+                    if fields[1] == '->' or fields[3] != 'WRITE' or fields[5] not in files:
+                        continue
+                    if int(fields[4]) > 0 and int(fields[4]) != os.getpid():
+                        return '{} ({})'.format(nameOfProcess(fields[4]), fields[4])
+        except (OSError, ValueError, IndexError):
+            pass
+        return ''
+
+    @staticmethod
+    def _ask(holder):
+        yumIOC.gpgsigcheck()
+        if holder:
+            sys.stdout.write(tr('Another program is using the package database: {}\nKeep waiting?\n').format(holder))
+        else:
+            sys.stdout.write(tr('Another program is using the package database.\nKeep waiting?\n'))
+        if yumIOC.userconfirm() != 1:
+            raise dnf.exceptions.Error(tr('The package database is in use by another program. Nothing was changed.'))
+
+
+def nameInLocks(path):
+    """The name of a file in /proc/locks: the device of its file system, which may differ from that of stat(), and the
+    number of the file.
+    """
+    # With O_PATH, because closing a file that is open for reading releases all locks of this process on it.
+    descriptor = os.open(path, os.O_PATH | os.O_CLOEXEC)
+    try:
+        with open('/proc/self/fdinfo/{}'.format(descriptor)) as facts:
+            mount = next(line.split()[1] for line in facts if line.startswith('mnt_id:'))
+        with open('/proc/self/mountinfo', errors='replace') as mounts:
+            device = next(line.split()[2] for line in mounts if line.split()[0] == mount)
+        major, minor = device.split(':')
+        return '{:02x}:{:02x}:{}'.format(int(major), int(minor), os.fstat(descriptor).st_ino)
+    finally:
+        os.close(descriptor)
+
+
+def nameOfProcess(number):
+    try:
+        with open('/proc/{}/comm'.format(number), errors='replace') as name:
+            return name.read().strip()
+    except OSError:
+        return '?'
+
+
+def startOfProcess(number):
+    """When a process started, in seconds since 1970, exact to two seconds; None if unknown."""
+    try:
+        with open('/proc/{}/stat'.format(number), 'rb') as stat, open('/proc/stat', 'rb') as system:
+            # The name of the program, in parentheses, may have any characters.
+            ticks = int(stat.read().rpartition(b')')[2].split()[19])
+            booted = next(int(line.split()[1]) for line in system if line.startswith(b'btime '))
+    except (OSError, ValueError, IndexError, StopIteration):
+        return None
+    return booted + ticks / os.sysconf('SC_CLK_TCK')
+
+
+def hasEnded(number):
+    """Whether the process of this number no longer exists; False if in doubt."""
+    return os.path.exists('/proc/self') and not os.path.lexists('/proc/{}'.format(number))
+
+
+def usesPackages(number):
+    """Whether a process has loaded rpm's library. Every holder of a lock has; True if in doubt."""
+    try:
+        with open('/proc/{}/maps'.format(number), 'rb') as maps:
+            return any(b'/librpm' in line for line in maps)
+    except OSError:
+        return True
+
+
+def abandonedBy(target):
+    """The number of the process that has left this lock file behind; None if the process still holds it, and without
+    such a file.
+
+    The existence of a process of this number is not enough: after a crash or a restart of the machine, another process
+    may have the number.
+    """
+    try:
+        with open(target, 'rb') as stream:
+            number = int(stream.read(20))
+            written = os.fstat(stream.fileno()).st_mtime
+    except (OSError, ValueError):
+        return None
+    if number == os.getpid():
+        return None
+    if hasEnded(number):
+        return number
+    started = startOfProcess(number)
+    # The clock may have changed since then, so the time alone does not prove that the lock is left over.
+    if started is not None and started > written + 2 and not usesPackages(number):
+        return number
+    return None
+
+
+def removeAbandonedLock(lock):
+    """Remove the file of a lock whose owner has ended. Otherwise everybody waits for that owner for ever."""
+    number = abandonedBy(lock.target)
+    if number is None:
+        return
+    try:
+        with open(lock.target, 'r+b') as stream:
+            fcntl.flock(stream, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            if abandonedBy(lock.target) != number:
+                return
+            stream.truncate()
+        with lock:
+            pass
+    except (OSError, dnf.exceptions.LockError) as e:
+        logging.getLogger('dnf').debug('%s', e)
+        return
+    text = tr('Process {} has ended without removing its lock file {}. The file is removed.')
+    logging.getLogger('dnf').info('%s', text.format(number, lock.target))
+
+
+class WaitingLock(dnf.lock.ProcessLock):
+    """A lock on the cache. It waits for another process that holds the lock, and shows the name of that process.
+
+    dnf itself would wait without a limit, even for an unrelated process that has got the number of the owner.
+    """
+
+    # Seconds between two attempts.
+    ATTEMPTS = 0.2
+
+    def __enter__(self):
+        dnf.util.ensure_dir(os.path.dirname(self.target))
+        self._lock_thread()
+        try:
+            self._wait()
+        except BaseException:
+            self._unlock_thread()
+            raise
+
+    def _wait(self):
+        number = os.getpid()
+        holder = self._try_lock(number)
+        if holder == number:
+            return
+        logged = None
+        try:
+            while holder != number:
+                # Without a number, another process is taking or releasing the lock at this moment.
+                first = holder != logged and holder > 0
+                if first:
+                    logged = holder
+                if not awaitLock(tr('Waiting for {}, which uses the cache of the package manager').format(
+                        self._describe(holder)), first):
+                    self._end(holder)
+                time.sleep(self.ATTEMPTS)
+                removeAbandonedLock(dnf.lock.ProcessLock(self.target, self.description))
+                holder = self._try_lock(number)
+        except BaseException:
+            awaitLock(None)
+            raise
+        if not awaitLock(None):
+            # The user has ended the wait in the moment when the lock became free.
+            os.unlink(self.target)
+            self._end(0)
+
+    def _end(self, holder):
+        raise dnf.exceptions.LockError(tr('The wait for {} was ended. Nothing was changed.').format(
+            self._describe(holder)))
+
+    @staticmethod
+    def _describe(number):
+        if number <= 0:
+            return tr('another program')
+        name = nameOfProcess(number)
+        return tr('process {}').format(number) if name == '?' else '{} ({})'.format(name, number)
+
+
+def awaitLock(text, first=False):
+    """Show what the script waits for, the first time also in the log; with None, that the wait is over. Returns False
+    if the user ends the wait.
+    """
+    if first:
+        logging.getLogger('dnf').info('%s', text)
+    if program.waitForLock is not None and programListens():
+        return program.waitForLock(None if text is None else passable(text))
+    if text is not None:
+        showActivity(text)
+    return True
+
+
+def waitingLock(build):
+    """A function that makes a WaitingLock instead of the lock that dnf's function makes."""
+    def buildWaiting(cachedir, exit_on_lock):
+        plain = build(cachedir, exit_on_lock)
+        return plain if exit_on_lock else WaitingLock(plain.target, plain.description)
+    return buildWaiting
+
+
+def useDatabaseLock(lock=None):
+    """From now on, dnf uses this lock on its own files. Without a lock, it does not wait for another process."""
+    dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock or buildDatabaseLock(persistdir, True)
+
+
+def takeSessionLock(conf):
+    """Take dnf's lock on its own files for the rest of the run, and return it. Lock files left behind by processes that
+    have ended are removed before.
+    """
+    for left in (buildDatabaseLock(conf.persistdir, True), buildMetadataLock(conf.cachedir, True),
+                 buildDownloadLock(conf.cachedir, True)):
+        removeAbandonedLock(left)
+    lock = SessionLock(buildDatabaseLock(conf.persistdir, True).target, 'The rpm database', False)
+    try:
+        lock.__enter__()
+    except dnf.exceptions.LockError as e:
+        logging.getLogger('dnf').error('%s', e)
+        raise
+    except OSError as e:
+        logging.getLogger('dnf').error('%s', e)
+        raise dnf.exceptions.LockError(str(e))
+    useDatabaseLock(lock)
+    return lock
+
+
+def giveSessionLockBack(lock):
+    useDatabaseLock()
+    try:
+        lock.__exit__()
+    except OSError as e:
+        raise dnf.exceptions.LockError(str(e))
+
+
+# The program does not wait for the lock on dnf's own files: it says at once that another process holds it.
+program.replace(dnf.lock, 'build_rpmdb_lock', lambda persistdir, exit_on_lock: buildDatabaseLock(persistdir, True))
+program.replace(dnf.lock, 'build_metadata_lock', waitingLock(buildMetadataLock))
+program.replace(dnf.lock, 'build_download_lock', waitingLock(buildDownloadLock))

@@ -1,0 +1,130 @@
+"""The marks of a transaction, and how they become the goal of dnf. On the worker that applies them."""
+
+import dnf.exceptions
+import dnf.selector
+
+from .program import tr
+
+
+class Marks:
+    """What the user wants: packages and groups that the script has returned to the program."""
+
+    def __init__(self, installs=(), updates=(), removes=(), groupInstalls=(), groupUpdates=(), groupRemoves=()):
+        self.installs = list(installs)
+        self.updates = list(updates)
+        self.removes = list(removes)
+        self.groupInstalls = list(groupInstalls)
+        self.groupUpdates = list(groupUpdates)
+        self.groupRemoves = list(groupRemoves)
+
+    def newVersions(self):
+        """The new packages of the updates, each of them once."""
+        seen = {}
+        for new, _ in self.updates:
+            seen.setdefault(new, new)
+        return list(seen.values())
+
+    def isChanging(self):
+        return bool(self.installs or self.updates or self.groupInstalls or self.groupUpdates)
+
+    def isRemoving(self):
+        return bool(self.removes or self.groupRemoves)
+
+    def hasGroups(self):
+        return bool(self.groupInstalls or self.groupUpdates)
+
+    def isEmpty(self):
+        return not self.isChanging() and not self.isRemoving()
+
+    # The largest number of names in one line of a question.
+    SHOWN = 6
+
+    def inShort(self):
+        """The names of the marked packages and groups in one line; of many names only the first ones and a number."""
+        objects = self.newVersions() + self.installs + self.removes
+        names = sorted(set(package.name for package in objects))
+        names += sorted(str(group) for group in self.groupInstalls + self.groupUpdates + self.groupRemoves)
+        names = [' '.join(name.split()) for name in names]
+        if len(names) <= self.SHOWN:
+            return ', '.join(names)
+        return tr('{} and {} more').format(', '.join(names[:self.SHOWN - 1]), len(names) - self.SHOWN + 1)
+
+    def removals(self):
+        return Marks(removes=self.removes, groupRemoves=self.groupRemoves)
+
+    def without(self, objects):
+        unwanted = set(id(each) for each in objects)
+
+        def wanted(each):
+            return id(each) not in unwanted
+
+        return Marks(filter(wanted, self.installs), [pair for pair in self.updates if wanted(pair[0])],
+                     *(filter(wanted, each) for each in (self.removes, self.groupInstalls, self.groupUpdates,
+                                                         self.groupRemoves)))
+
+
+class Judged(Exception):
+    """Ends a resolution that is only a trial."""
+
+
+def markAll(base, marks, strict=True):
+    """Put the marks into the goal. If strict, an impossible mark makes all others impossible."""
+    for package in marks.removes:
+        base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
+    versions = installedVersions(base) if marks.installs or marks.updates else {}
+    for package in marks.installs:
+        markInstallation(base, package, versions, strict)
+    for package in marks.newVersions():
+        markUpdate(base, package, versions, strict)
+    strict = strict and base.conf.strict
+    for group in marks.groupInstalls:
+        base.group_install(group.id, list(base.conf.group_package_types), strict=strict)
+    for group in marks.groupUpdates:
+        if base.history.group.get(group.id) is not None:
+            base.group_upgrade(group.id)
+        else:
+            upgradeMembers(base, group)
+    for group in marks.groupRemoves:
+        base.group_remove(group.id)
+
+
+# For each mark, dnf's own functions search all packages: some hundred marks take seconds. They are called only if they
+# may report something.
+
+def installedVersions(base):
+    """The installed packages by name."""
+    found = {}
+    for package in base.sack.query().installed():
+        found.setdefault(package.name, []).append(package)
+    return found
+
+
+def markInstallation(base, package, versions, strict):
+    if any(str(version) == str(package) for version in versions.get(package.name, [])):
+        base.package_install(package, strict=strict)
+    else:
+        demand(base, package, strict)
+
+
+def markUpdate(base, package, versions, strict):
+    """Mark exactly this version. If it is impossible, the user must see the reason."""
+    replaced = [version for version in versions.get(package.name, [])
+                if package.arch == 'noarch' or version.arch in (package.arch, 'noarch')]
+    if not replaced or max(replaced) >= package:
+        if not base.package_upgrade(package):
+            raise dnf.exceptions.MarkingError(tr('{} is not newer than what is installed.').format(package))
+    demand(base, package, strict)
+
+
+def demand(base, package, strict):
+    selector = dnf.selector.Selector(base.sack)
+    selector.set(pkg=[package])
+    base.goal.install(select=selector, optional=not strict)
+
+
+def upgradeMembers(base, group):
+    """Upgrade the installed members of a group. The group itself is not installed."""
+    names = [package.name for package in group.mandatory_packages + group.default_packages]
+    installed = base.sack.query().installed().filter(name=names)
+    for name in sorted(set(package.name for package in installed)):
+        base.upgrade(name)

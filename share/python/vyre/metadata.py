@@ -1,0 +1,107 @@
+"""The documents of a repository's metadata, and what is wrong with them. On the worker that reads the repositories."""
+
+import bz2
+import glob
+import gzip
+import lzma
+import os
+import tempfile
+import zlib
+
+import dnf.exceptions
+import libdnf.conf
+import libdnf.error
+import libdnf.module
+import libdnf.utils
+
+from . import program
+from .configfiles import tooLarge
+from .paths import inRoot
+from .program import tr
+
+
+def documentPath(repo, kind):
+    """The path of a repository's metadata of this kind in the cache; None without such metadata."""
+    try:
+        return repo._repo.getMetadataPath(kind) or None
+    except (RuntimeError, libdnf.error.Error):
+        return None
+
+
+# The endings of the documents that the program can read. Only dnf reads documents with other endings, such as .zck.
+PLAIN = ('', '.xml', '.yaml', '.yml')
+
+COMPRESSED = {'.gz': gzip.open, '.bz2': bz2.open, '.xz': lzma.open}
+
+
+def canUnpack(path):
+    ending = os.path.splitext(path)[1]
+    return ending in PLAIN or ending in COMPRESSED or ending == '.zst'
+
+
+def metadataFault(path, element):
+    """The fault of a document of metadata, whose outermost element must be this one. Empty without a fault, and if the
+    document cannot be checked.
+    """
+    find = program.faultOfMetadata
+    return find(path, element) if find is not None and canUnpack(path) else ''
+
+
+# The size of a block, in bytes. An unpacked document may be larger than the memory.
+BLOCK = 1 << 20
+
+# The largest unpacked document about modules, in bytes. The script needs the whole document in memory.
+MODULES_LIMIT = 64 << 20
+
+
+def unpacked(path):
+    """The content of a document of metadata, block by block."""
+    ending = os.path.splitext(path)[1]
+    if ending == '.zst':
+        with tempfile.NamedTemporaryFile() as plain:
+            libdnf.utils.decompress(path, plain.name, 0o600)
+            with open(plain.name, 'rb') as stream:
+                yield from iter(lambda: stream.read(BLOCK), b'')
+    else:
+        with COMPRESSED.get(ending, open)(path, 'rb') as stream:
+            yield from iter(lambda: stream.read(BLOCK), b'')
+
+
+# The exceptions of a damaged document.
+UNPACKING_ERRORS = (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZMAError, zlib.error)
+
+
+def modulesFault(base, path):
+    """The fault of a document about modules. Empty without a fault, and if the document cannot be checked.
+
+    If dnf itself reads a damaged document, in a repository or on the system, the process crashes.
+    """
+    if not canUnpack(path):
+        return ''
+    try:
+        content = bytearray()
+        for block in unpacked(path):
+            content += block
+            if len(content) > MODULES_LIMIT:
+                return tooLarge(MODULES_LIMIT)
+        text = content.decode('utf-8')
+        container = libdnf.module.ModulePackageContainer(False, base.conf.installroot, base.conf.substitutions['arch'],
+                                                         base.conf.persistdir)
+        container.add(text, 'tried')
+    except UNPACKING_ERRORS + (ValueError,) as e:
+        return str(e) or type(e).__name__
+    return ''
+
+
+def checkModuleFiles(base):
+    """Refuse a damaged file about modules of the system itself. dnf does not name the file, or crashes."""
+    faults = {path: modulesFault(base, path)
+              for path in sorted(glob.glob(inRoot('/etc/dnf/modules.defaults.d') + '/*.yaml'))}
+    for path in sorted(glob.glob(inRoot('/etc/dnf/modules.d') + '/*.module')):
+        try:
+            libdnf.conf.ConfigParser().read(path)
+        except (RuntimeError, libdnf.error.Error) as e:
+            faults[path] = str(e)
+    for path, fault in faults.items():
+        if fault:
+            raise dnf.exceptions.RepoError(tr('The file {} is damaged: {}').format(path, fault))

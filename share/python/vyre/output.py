@@ -1,0 +1,150 @@
+"""What the script writes: the standard streams, the log, the log files, and what it says on the bar and in the listing.
+
+The package manager writes on the thread that works, and so does this module.
+"""
+
+import logging
+import sys
+
+import dnf.i18n
+import dnf.lock
+import dnf.logging
+import libdnf.repo
+
+from . import program
+from .program import tr, withoutSecrets, yumIOC
+
+
+def passable(text):
+    """The text for the program. Characters that UTF-8 cannot carry, as in file names, are escaped."""
+    return text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
+
+
+class Writer:
+    """Replaces sys.stdout or sys.stderr and passes each text to the program."""
+
+    encoding = 'utf-8'
+    errors = 'replace'
+    closed = False
+
+    def __init__(self, write, descriptor):
+        self._write = write
+        self._descriptor = descriptor
+
+    def write(self, text):
+        if text:
+            self._write(passable(text))
+        return len(text)
+
+    def writelines(self, lines):
+        for line in lines:
+            self.write(line)
+
+    def flush(self):
+        pass
+
+    def fileno(self):
+        return self._descriptor
+
+    def isatty(self):
+        return False
+
+    def writable(self):
+        return True
+
+
+def programListens():
+    """Whether the program can be called. At its end, it restores the interpreter's own streams."""
+    return isinstance(sys.stdout, Writer)
+
+
+class LogHandler(logging.Handler):
+    """Passes dnf's log records on to the program's log, with the levels of dnf's option debuglevel (by default 2)."""
+
+    LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
+              (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
+
+    def emit(self, record):
+        if record.name == 'dnf.rpm':
+            return  # TransactionProgress reports these records
+        if not programListens():
+            return
+        try:
+            text = self.format(record)
+        except Exception:  # a faulty record must not end the operation that logs it
+            text = str(record.msg)
+        if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
+            # The command is for a terminal, and its cache may be another directory.
+            text = tr('You can remove them with Clean Packages in the menu Cache.')
+        text = passable(text)
+        level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
+        if record.levelno >= logging.WARNING:
+            yumIOC.errorlog(level, text)
+        else:
+            yumIOC.log(level, text)
+
+
+def startLog():
+    """Pass dnf's log on to the program. The handler of an earlier run of the script is removed."""
+    logger = logging.getLogger('dnf')
+    logger.setLevel(dnf.logging.TRACE)
+    for handler in list(logger.handlers):
+        if type(handler).__module__ == __name__:
+            logger.removeHandler(handler)
+    logger.addHandler(LogHandler())
+
+
+class DiscreetFormatter(logging.Formatter):
+    """Hides passwords in the records of a log file, because other users read it. Another formatter does the rest."""
+
+    def __init__(self, formatter):
+        super(DiscreetFormatter, self).__init__()
+        self._formatter = formatter
+
+    def format(self, record):
+        return withoutSecrets(self._formatter.format(record))
+
+
+def showActivity(text):
+    """Show on the bar of the current step what happens now."""
+    if program.changeActivity is not None and programListens():
+        program.changeActivity(passable(text))
+
+
+def extendListing(text):
+    """Add lines to the end of the listing that the user is going to confirm."""
+    if program.addToListing is not None:
+        program.addToListing(passable(text))
+
+
+def introduceListing(text):
+    """Add lines before the listing that the user is going to confirm."""
+    if program.addBeforeListing is not None:
+        program.addBeforeListing(passable(text))
+
+
+def setUpLogFiles(base):
+    """Start dnf's log files, without passwords."""
+    directory = base.conf.logdir
+    try:
+        base.setup_loggers()
+    except OSError as e:
+        # Some of the files may exist now.
+        hidePasswordsInLogFiles()
+        logging.getLogger('dnf').error(tr('No log files can be written in %s: %s'), directory, e)
+        return
+    hidePasswordsInLogFiles()
+    for name in ('dnf', 'dnf.rpm', 'librepo'):
+        for handler in logging.getLogger(name).handlers:
+            if hasattr(handler, 'rotate_lock'):
+                handler.rotate_lock = dnf.lock.build_log_lock(directory, True)
+
+
+def hidePasswordsInLogFiles():
+    for name in ('dnf', 'dnf.rpm', 'librepo'):
+        for handler in logging.getLogger(name).handlers:
+            if isinstance(handler, logging.FileHandler):
+                handler.setFormatter(DiscreetFormatter(handler.formatter or logging.Formatter()))
+    if not logging.getLogger('librepo').handlers:
+        # In this version, librepo writes its file itself, with passwords. No file is better.
+        libdnf.repo.LibrepoLog.removeAllHandlers()

@@ -1,0 +1,128 @@
+"""Attributes of packages that dnf does not offer, or offers too slowly: headers, change logs, build hosts.
+
+The program reads them on a worker, in a search for all packages.
+"""
+
+import datetime
+import logging
+
+import dnf.exceptions
+import dnf.lock
+import dnf.package
+import dnf.sack
+import hawkey
+import rpm
+
+from . import program
+from .program import tr
+
+
+class HeaderMemo:
+    """Keeps the header of the last package. A search reads several values of each installed package in a row, and rpm
+    would look the header up for each of them.
+    """
+
+    def __init__(self):
+        self.clear()
+
+    def clear(self):
+        self._package = None
+        self._header = None
+
+    def header(self, package):
+        if self._package is not package:
+            self._header = package.get_header()
+            self._package = package
+        return self._header
+
+
+def headerOf(package):
+    """The header of an installed package. Other packages do not have this attribute."""
+    if not package._from_system:
+        raise AttributeError('hdr')
+    return package.base.headers.header(package)
+
+
+def changelogsOf(package):
+    """The change log as dictionaries of timestamp (datetime.datetime), author and text, the newest first."""
+    if package._from_system:
+        header = package.base.headers.header(package)
+        entries = zip(header[rpm.RPMTAG_CHANGELOGTIME], header[rpm.RPMTAG_CHANGELOGNAME],
+                      header[rpm.RPMTAG_CHANGELOGTEXT])
+        return [{'timestamp': dateTime(time), 'author': decoded(author), 'text': decoded(text)}
+                for time, author, text in entries]
+    return package.base.otherData.changelogs(package)
+
+
+def dateTime(seconds):
+    return datetime.datetime.fromtimestamp(seconds, datetime.timezone.utc).replace(tzinfo=None)
+
+
+def universalDay(day):
+    """The day of a change log's entry in universal time, from the local day that dnf returns.
+
+    The time of an entry is noon in universal time. Far in the east, the next day has begun by then.
+    """
+    noon = datetime.datetime.combine(day, datetime.time(12, tzinfo=datetime.timezone.utc))
+    ahead = datetime.date.fromtimestamp(noon.timestamp()) - day
+    return datetime.datetime.combine(day - ahead, datetime.time())
+
+
+def buildHostOf(package):
+    """The host that built an installed package; None for other packages, because dnf does not offer their host."""
+    if not package._from_system:
+        return None
+    return decoded(package.base.headers.header(package)[rpm.RPMTAG_BUILDHOST])
+
+
+def decoded(value):
+    return value.decode('utf-8', 'replace') if isinstance(value, bytes) else value
+
+
+class OtherData:
+    """The change logs of available packages. They are downloaded with the other metadata and read when first needed."""
+
+    def __init__(self):
+        self._packages = {}
+
+    def clear(self):
+        self._packages = {}
+
+    def changelogs(self, package):
+        try:
+            packages = self._load(package.base, package.repo)
+        except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
+            # The cache may have been cleaned since the repository was read. A search asks for every package, so the
+            # failure is reported once, and not tried again unless it was only a lock.
+            logging.getLogger('dnf').warning(tr('The change logs of %s cannot be read: %s'), package.reponame, e)
+            if not isinstance(e, dnf.exceptions.LockError):
+                self._packages[package.reponame] = {}
+            return []
+        twin = packages.get(str(package))
+        if twin is None:
+            return []
+        return [dict(entry, timestamp=universalDay(entry['timestamp']))
+                for entry in super(dnf.package.Package, twin).changelogs]
+
+    def loadAll(self, base):
+        for repo in base.repos.iter_enabled():
+            self._load(base, repo)
+
+    def _load(self, base, repo):
+        """The packages of one repository, by name, version and architecture. They are in a separate sack, because equal
+        packages of several repositories may have different change logs.
+
+        A search reads the change log of every package. A query for each of them would take quadratic time.
+        """
+        if repo.id not in self._packages:
+            sack = dnf.sack._build_sack(base)
+            # dnf takes the same lock when it loads them itself, because loading writes to the cache.
+            with dnf.lock.build_metadata_lock(base.conf.cachedir, False):
+                sack.load_repo(repo._repo, build_cache=True, load_other=True)
+            self._packages[repo.id] = {str(package): package for package in sack.query().available()}
+        return self._packages[repo.id]
+
+
+program.replace(dnf.package.Package, 'hdr', property(headerOf))
+program.replace(dnf.package.Package, 'changelogs', property(changelogsOf))
+program.replace(dnf.package.Package, 'buildhost', property(buildHostOf))

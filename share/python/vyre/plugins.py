@@ -1,0 +1,127 @@
+"""The plug-ins of dnf: they are loaded again with each configuration, and a failure names its plug-in.
+
+Their hooks run on the thread that works.
+"""
+
+import gc
+import glob
+import importlib
+import logging
+import os
+import sys
+
+import dnf.exceptions
+import dnf.plugin
+
+from . import program
+from .output import passable
+from .program import tr
+
+
+def isOfPlugIn(module):
+    """Whether the module of this name is a plug-in."""
+    return module.startswith(dnf.plugin.DYNAMIC_PACKAGE + '.')
+
+
+def forgetPlugIns():
+    """Forget the modules of all plug-ins. Otherwise a new import returns the old modules."""
+    for name in list(sys.modules):
+        if name == dnf.plugin.DYNAMIC_PACKAGE or isOfPlugIn(name):
+            del sys.modules[name]
+
+
+def nameOfPlugIn(plugIn):
+    """The name of a plug-in, or of its class, for messages."""
+    name = getattr(plugIn, 'name', None)
+    if isinstance(name, str) and name and name != dnf.plugin.Plugin.name:
+        return passable(name)
+    return passable(plugIn.__module__.rpartition('.')[2])
+
+
+def plugInInTraceback(error):
+    """The name of the plug-in that has raised an exception; empty if no plug-in has."""
+    place = error.__traceback__
+    while place is not None:
+        module = place.tb_frame.f_globals.get('__name__') or ''
+        if isOfPlugIn(module):
+            return passable(module.rpartition('.')[2])
+        place = place.tb_next
+    return ''
+
+
+def reasonOf(error):
+    """The text of an exception. Some of those that end a program have none; then it is the name of their class."""
+    return passable(str(error)) or type(error).__name__
+
+
+class PlugIns(dnf.plugin.Plugins):
+    """dnf's plug-ins. If one fails, a message names it. A failure that would end the command dnf ends only the
+    operation; so do exceptions like SystemExit and KeyboardInterrupt.
+    """
+
+    # The failures after the packages were changed. They cannot stop the operation any more.
+    faults = []
+
+    def _load(self, conf, skips, enable_plugins):
+        forgetPlugIns()
+        importlib.invalidate_caches()
+        self.plugins = []
+        gc.collect()
+        # Classes of earlier plug-ins that are still referenced.
+        old = [found for found in dnf.plugin.Plugin.__subclasses__() if isOfPlugIn(found.__module__)]
+        try:
+            super(PlugIns, self)._load(conf, skips, enable_plugins)
+        except BaseException as e:
+            self._refuse(plugInInTraceback(e), e)
+        finally:
+            self.plugin_cls = [found for found in self.plugin_cls if found not in old]
+
+    def _run_init(self, base, cli=None):
+        for found in self.plugin_cls:
+            try:
+                self.plugins.append(found(base, cli))
+            except BaseException as e:
+                logging.getLogger('dnf').debug('%s', e, exc_info=True)
+                self._refuse(nameOfPlugIn(found), e)
+
+    @staticmethod
+    def _refuse(name, error):
+        if name:
+            raise dnf.exceptions.Error(tr('The plug-in {} cannot be loaded: {}').format(name, reasonOf(error)))
+        raise dnf.exceptions.Error(tr('The plug-ins cannot be loaded: {}').format(reasonOf(error)))
+
+    def _caller(self, method):
+        for plugIn in self.plugins:
+            try:
+                getattr(plugIn, method)()
+            except BaseException as e:
+                if not isinstance(e, Exception) or isinstance(e, dnf.exceptions.Error):
+                    logging.getLogger('dnf').debug('%s', e, exc_info=True)
+                    raise dnf.exceptions.Error(
+                        tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), reasonOf(e)))
+                # The command dnf continues as well.
+                logging.getLogger('dnf').critical(tr('The plug-in %s has failed (%s):'), nameOfPlugIn(plugIn), method,
+                                                  exc_info=True)
+
+    def run_transaction(self):
+        try:
+            super(PlugIns, self).run_transaction()
+        except dnf.exceptions.Error as e:
+            self.faults.append(str(e))
+
+
+def stampOfPlugIns(conf):
+    """A value that differs after a plug-in or its configuration was installed, replaced or removed."""
+    stamp = []
+    for pattern in [directory + '/*.py' for directory in conf.pluginpath] + [
+            directory + '/*.conf' for directory in conf.pluginconfpath]:
+        for path in sorted(glob.glob(pattern)):
+            try:
+                found = os.stat(path)
+            except OSError:
+                continue
+            stamp.append((path, found.st_ino, found.st_mtime_ns, found.st_size))
+    return stamp
+
+
+program.replace(dnf.plugin, 'Plugins', PlugIns)

@@ -1,0 +1,79 @@
+"""The names of dnf that are not meant for others, and that the script uses nevertheless.
+
+It runs once, at the start, on the graphical thread.
+"""
+
+import logging
+
+import dnf
+import dnf.callback
+import dnf.conf
+import dnf.conf.config
+import dnf.conf.read
+import dnf.const
+import dnf.lock
+import dnf.package
+import dnf.plugin
+import dnf.repo
+import dnf.sack
+import dnf.yum.rpmtrans
+import rpm
+
+from .program import tr
+
+# Each private name with its place and the message about a version that lacks it. The start looks for all of them:
+# otherwise a missing name could stop a transaction half way.
+PRIVATE_NAMES = tuple((place, name, text) for text, found in (
+    (tr('Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.'), (
+        (dnf.conf.config.BaseConfig, ('_has_option', '_populate', '_set_value')),
+    )),
+    (tr('Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, '
+        'because it lacks {}.'), (
+        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_comps', '_get_installonly_query',
+                    '_repo_persistor', '_repos')),
+        (dnf.callback.KeyImport, ('_confirm',)),
+        (dnf.conf.read.RepoReader, ('_get_repos',)),
+        (dnf.lock.ProcessLock, ('_lock_thread', '_try_lock', '_unlock_thread')),
+        (dnf.package.Package, ('_from_system',)),
+        (dnf.repo.Repo, ('_repo', '_set_key_import')),
+        (dnf.sack, ('_build_sack',)),
+    )),
+    (tr('Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks {}.'), (
+        (dnf.plugin.Plugins, ('_caller', '_load', '_run_init')),
+    )),
+    (tr('Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.'), (
+        (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_goal2transaction', '_moduleContainer',
+                    '_repo_set_imported_gpg_keys',
+                    '_run_transaction', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts',
+                    '_verify_transaction')),
+        (dnf.yum.rpmtrans.RPMTransaction, ('_cpioError', '_extract_cbkey', '_scriptError', '_scriptOutput',
+                                           '_shutdownOutputLogging', '_unpackError')),
+        (rpm, ('_RPMVSF_NODIGESTS', '_RPMVSF_NOSIGNATURES')),
+    )),
+) for place, names in found for name in names)
+
+# Private names that only newer versions have.
+NEW_NAMES = ('_persistence',)
+
+# Private names that may be missing. Without them, dnf checks signatures as it does by itself.
+RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
+
+
+def requirePrivateNames(*objects):
+    """End the start if dnf lacks one of these names. Classes and modules are checked without arguments; the names that
+    only objects have are checked in the given objects.
+    """
+    for place, name, text in PRIVATE_NAMES:
+        made = [each for each in objects if isinstance(place, type) and isinstance(each, place)]
+        if hasattr(place, name) or not made and name in NAMES_OF_OBJECTS:
+            continue
+        if not any(name in vars(each) for each in made):
+            fault = text.format(dnf.const.VERSION, place.__name__ + '.' + name)
+            # The program shows the log of a failed start.
+            logging.getLogger('dnf').error('%s', fault)
+            raise SystemExit(fault)
+
+
+# The private names that an object has, and its class has not.
+NAMES_OF_OBJECTS = ('_comps', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos',
+                    '_trans_install_set', '_trans_success', '_trans_tempfiles')

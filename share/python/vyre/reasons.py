@@ -1,0 +1,55 @@
+"""Why marks cannot be applied, in words for the user. On the worker that applies them."""
+
+import gettext
+import re
+
+import dnf.exceptions
+import hawkey
+
+from .program import tr
+
+# Name, version, release and architecture of a package.
+PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
+
+
+def clearest(lines):
+    """The lines of a problem, those with names of packages first. A line without any details is left out, if another
+    line has some.
+    """
+    text = 'conflicting requests'
+    empty = (text, gettext.translation('libdnf', fallback=True).gettext(text))
+    lines = list(lines)
+    detailed = [line for line in lines if line not in empty] or lines
+    return sorted(detailed, key=lambda line: PACKAGE.search(line) is None)
+
+
+def refusal(failure, objects, problems):
+    """The exception with the reasons why no mark can be applied. Without known problems, it is the failure itself."""
+    if failure is not None and not problems:
+        return failure
+    return dnf.exceptions.Error(tr('The marks cannot be applied:\n{}\nNothing was changed. All marks stay.').format(
+        reasonsOf(objects, problems)))
+
+
+def reasonsOf(objects, problems):
+    """A text that names each package and group once, followed by the lines of the problems that name it. All other
+    problems are at its end.
+    """
+    byWord = {}
+    for number, lines in enumerate(problems):
+        for word in set(word for line in lines for word in line.split()):
+            byWord.setdefault(word.rstrip(',;:'), set()).add(number)
+    parts, reported = [], set()
+    for name, words in sorted({str(each): wordsFor(each) for each in objects}.items()):
+        numbers = sorted(set().union(*(byWord.get(word, ()) for word in words)))
+        reported.update(numbers)
+        parts.append(name + ''.join('\n    ' + line for number in numbers for line in problems[number]))
+    rest = [line for number, lines in enumerate(problems) if number not in reported for line in lines]
+    return '\n'.join(parts + rest)
+
+
+def wordsFor(each):
+    """The names of a package or group in dnf's reasons."""
+    if not isinstance(each, hawkey.Package):
+        return [str(each)]
+    return [str(each), each.name]

@@ -1,0 +1,300 @@
+"""Finds the transaction for the marks, and the marks that are impossible. On the worker that applies them."""
+
+import contextlib
+import copy
+import sys
+
+import dnf.exceptions
+import dnf.transaction
+import hawkey
+import libdnf.transaction
+
+from .listing import otherSections, refuseModuleSwitch
+from .marks import Judged, Marks, installedVersions, markAll, markInstallation, markUpdate
+from .output import showActivity
+from .program import tr, yumIOC
+from .reasons import clearest, reasonsOf, refusal
+from .updates import findUpdates
+
+
+def resolveMarks(base, marks):
+    """Find the transaction for the marks. If some of them are impossible, ask the user whether to leave them out.
+
+    Returns the marks of the transaction, or None if the user refuses; a list of the marked objects that are left out;
+    and the text that names what is left out, with the reasons.
+    """
+    rest, impossible, failure, problems = marks, [], None, []
+    try:
+        try:
+            resolveAll(base, marks)
+        except dnf.exceptions.MarkingError as e:
+            failure = e
+            impossible, problems = unmarkable(base, marks)
+            rest = marks.without(impossible)
+            if not impossible or rest.isEmpty():
+                raise refusal(e, impossible, problems)
+            resolveAll(base, rest)
+    except dnf.exceptions.DepsolveError as e:
+        failure = failure or e
+        problems += base.problems()
+        showActivity(tr('Looking for what can be applied'))
+        impossible += impossibleMarks(base, rest)
+        rest = marks.without(impossible)
+        if not impossible and not marks.hasGroups() or rest.isEmpty():
+            raise refusal(failure, impossible, problems)
+        resolveAll(base, rest, strict=False)
+    refuseModuleSwitch(base)
+    lacking = missingMembers(base, rest)
+    if lacking:
+        problems += [lines for lines in problemsOfTheBest(base, rest) if lines not in problems]
+    left = impossible + [package for group, package in lacking]
+    if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
+        if left or failure is not None:
+            raise refusal(failure, left, problems)
+        raise dnf.exceptions.Error(tr('There is nothing to do.'))
+    if not left:
+        return rest, [], ''
+    text = reasonsOf(left, problems)
+    yumIOC.gpgsigcheck()
+    sys.stdout.write(tr('Go on without these packages?\n\n'
+                        '"Yes" goes on with the remaining marks: {}. The marks that are left out stay.\n'
+                        '"No" changes nothing. All marks stay.\n\n{}\n').format(rest.inShort(), text))
+    if yumIOC.userconfirm() != 1:
+        return None, [], ''
+    return rest, impossible + [group for group, package in lacking], text
+
+
+def resolveAll(base, marks, strict=True):
+    """Find the transaction for all marks. If not strict, members of groups may be missing in it."""
+    best = base.conf.best
+    base.reset(goal=True)
+    try:
+        if not strict and marks.hasGroups():
+            base.conf.best = False
+        if not marks.isRemoving():
+            markAll(base, marks, strict or not marks.hasGroups())
+            base.resolve()
+        elif not marks.isChanging():
+            with availableHidden(base):
+                markAll(base, marks)
+                base.resolve(allow_erasing=True)
+        else:
+            resolveWithRemovals(base, marks, strict)
+    finally:
+        base.conf.best = best
+
+
+def resolveWithRemovals(base, marks, strict):
+    """A removal also removes the packages that need the removed one. An installation or an update removes nothing."""
+    dependents = set()
+
+    def judge(goal):
+        dependents.update(package for package in goal.list_erasures()
+                          if goal.get_reason(package) == libdnf.transaction.TransactionItemReason_DEPENDENCY)
+        if dependents:
+            raise Judged()
+
+    try:
+        markAll(base, marks, strict)
+        base.resolveIf(judge, True)
+        return
+    except Judged:
+        pass
+    # Only those packages may go that the marked removals alone would remove.
+    allowed = removedAlone(base, marks)
+    unwanted = dependents - allowed
+    base.reset(goal=True)
+    markAll(base, marks, strict)
+    if not unwanted:
+        base.resolve(allow_erasing=True)
+        return
+    for package in dependents & allowed:
+        base.goal.erase(package)
+    base.resolve()
+    for item in base.transaction:
+        if item.action in dnf.transaction.BACKWARD_ACTIONS and item.pkg in dependents:
+            item.reason = libdnf.transaction.TransactionItemReason_DEPENDENCY
+
+
+def removedAlone(base, marks):
+    """All packages that the marked removals alone remove."""
+    found = set()
+
+    def judge(goal):
+        found.update(goal.list_erasures())
+        raise Judged()
+
+    base.reset(goal=True)
+    with availableHidden(base):
+        markAll(base, marks.removals())
+        try:
+            base.resolveIf(judge, True)
+        except Judged:
+            pass
+    return found
+
+
+@contextlib.contextmanager
+def availableHidden(base):
+    """Hides available packages for a scope. With the command dnf, they do not replace removed packages either."""
+    names = [repo.id for repo in base.repos.iter_enabled()]
+    hidden = []
+    try:
+        for name in names:
+            try:
+                base.sack.disable_repo(name)
+                hidden.append(name)
+            except (ValueError, hawkey.Exception):  # a repository that could not be read
+                pass
+        yield
+    finally:
+        for name in hidden:
+            base.sack.enable_repo(name)
+
+
+# The largest number of attempts to find impossible removals.
+ATTEMPTS = 40
+
+
+def impossibleMarks(base, marks):
+    """The marks that are impossible together with the others; also empty if they are not found.
+
+    The number of resolutions does not depend on the number of marks, except for impossible removals.
+    """
+    impossible = impossibleRemovals(base, marks)
+    marks = marks.without(impossible)
+    if not marks.isChanging():
+        return impossible
+    removed = removedAlone(base, marks) if marks.isRemoving() else set()
+    found = set()
+
+    def judge(goal):
+        for list in (goal.list_installs, goal.list_upgrades, goal.list_downgrades, goal.list_reinstalls):
+            found.update(str(package) for package in list())
+        raise Judged()
+
+    base.reset(goal=True)
+    best = base.conf.best
+    try:
+        base.conf.best = False
+        markAll(base, marks, strict=False)
+        for package in removed:
+            base.goal.erase(package)
+        base.resolveIf(judge, False)
+    except Judged:
+        pass
+    except dnf.exceptions.DepsolveError:
+        return []
+    finally:
+        base.conf.best = best
+    return impossible + [package for package in marks.installs + marks.newVersions()
+                         if str(package) not in found]
+
+
+def unmarkable(base, marks):
+    """The packages that dnf refuses to mark, and the reasons: a list of lines for each package."""
+    found, reasons = [], []
+    base.reset(goal=True)
+    versions = installedVersions(base)
+    for mark, packages in ((markInstallation, marks.installs), (markUpdate, marks.newVersions())):
+        for package in packages:
+            try:
+                mark(base, package, versions, True)
+            except dnf.exceptions.MarkingError as e:
+                found.append(package)
+                reasons.append([str(e) if str(package) in str(e) else '{}: {}'.format(package, e)])
+    return found, reasons
+
+
+def impossibleRemovals(base, marks):
+    """The marked removals that are impossible by themselves, because of protected or excluded packages."""
+    attempts = iter(range(ATTEMPTS))
+
+    def search(packages, groups):
+        """Raises StopIteration after too many attempts."""
+        next(attempts)
+        if canBeRemoved(base, Marks(removes=packages, groupRemoves=groups)):
+            return []
+        names = sorted(set(package.name for package in packages))
+        if len(names) + len(groups) == 1:
+            return packages + groups
+        if groups and names:
+            return search(packages, []) + search([], groups)
+        if groups:
+            middle = len(groups) // 2
+            return search([], groups[:middle]) + search([], groups[middle:])
+        first = set(names[:len(names) // 2])
+        return (search([package for package in packages if package.name in first], []) +
+                search([package for package in packages if package.name not in first], []))
+
+    if not marks.isRemoving():
+        return []
+    with availableHidden(base):
+        try:
+            return search(list(marks.removes), list(marks.groupRemoves))
+        except StopIteration:
+            return []
+
+
+def canBeRemoved(base, marks):
+    def judge(goal):
+        raise Judged()
+
+    base.reset(goal=True)
+    markAll(base, marks)
+    try:
+        base.resolveIf(judge, True)
+    except Judged:
+        return True
+    except dnf.exceptions.DepsolveError:
+        return False
+    return True
+
+
+def missingMembers(base, marks):
+    """Pairs of a marked group and a member of it that is missing in the transaction."""
+    if not marks.groupInstalls and not marks.groupUpdates:
+        return []
+    transaction = list(base.transaction or [])
+    there = set((package.name, package.arch) for package in base.sack.query().installed())
+    coming = set((item.name, item.arch) for item in transaction
+                 if item.action in dnf.transaction.FORWARD_ACTIONS)
+    going = set(item.name for item in transaction if item.action in dnf.transaction.BACKWARD_ACTIONS)
+    names = set(name for name, arch in there | coming)
+    updates = {}
+    if marks.groupUpdates:
+        for package in findUpdates(base)[0]:
+            updates.setdefault(package.name, []).append(package)
+    found = []
+    for group in marks.groupUpdates:
+        for name in group.names('mandatory', 'default'):
+            found += [(group, package) for package in updates.get(name, [])
+                      if (package.name, package.arch) not in coming and name not in going]
+        known = base.history.group.get(group.id)
+        if known is not None:
+            old = set(package.getName() for package in known.getPackages())
+            found += missingOf(base, group, set(group.names('mandatory', 'default')) - old - names - going)
+    for group in marks.groupInstalls:
+        found += missingOf(base, group, set(group.names(*base.conf.group_package_types)) - names - going)
+    return found
+
+
+def missingOf(base, group, names):
+    found = []
+    for name in sorted(names):
+        available = base.sack.query().available().filter(name=name)
+        # A package that obsoletes it counts as well.
+        others = base.sack.query().filter(obsoletes=available) if available else []
+        coming = set(str(item) for item in base.transaction or []
+                     if item.action in dnf.transaction.FORWARD_ACTIONS)
+        if available and not any(other._from_system or str(other) in coming for other in others):
+            found.append((group, sorted(available)[-1]))
+    return found
+
+
+def problemsOfTheBest(base, marks):
+    """The reasons why the found transaction lacks possible packages."""
+    goal = copy.deepcopy(base.goal)
+    if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak_deps=True):
+        return []
+    return [clearest(lines) for lines in goal.problem_rules()]

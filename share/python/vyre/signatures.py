@@ -1,0 +1,51 @@
+"""Signatures of packages and metadata, and the questions about their keys. On the worker."""
+
+import sys
+
+import dnf.callback
+import dnf.exceptions
+
+from .program import tr, yumIOC
+from .progress import DownloadProgress
+
+
+class KeyImport(dnf.callback.KeyImport):
+    """Asks the user before dnf trusts a key that signs a repository's metadata."""
+
+    def _confirm(self, id, userid, fingerprint, url, timestamp):
+        return askForKey(id, userid, fingerprint, url)
+
+
+def askForKey(keyId, userid, fingerprint, url):
+    """Show a signing key to the user; return whether to import it."""
+    yumIOC.gpgsigcheck()
+    sys.stdout.write(tr('Import the signing key 0x{}?\n\n'
+                        'User id:\t{}\n'
+                        'Fingerprint:\t{}\n'
+                        'From:\t{}\n').format(keyId, userid, fingerprint, url.replace('file://', '')))
+    return yumIOC.userconfirm() == 1
+
+
+def checkSignatures(base, packages):
+    """Refuse packages whose signature is wrong, or is missing although the repository demands one."""
+    for package in sorted(packages):
+        yumIOC.gpgsigcheck()
+        result, text = base.package_signature_check(package)
+        if result == 1:
+            # The program does not expect the download of a key.
+            package.repo.set_progress_bar(dnf.callback.NullDownloadProgress())
+            try:
+                base.package_import_key(package, fullaskcb=askForPackageKey)
+            except (ValueError, OSError) as e:
+                raise dnf.exceptions.Error(str(e))
+            finally:
+                package.repo.set_progress_bar(DownloadProgress())
+                # Next time, the user is asked again and may answer differently.
+                base._repo_set_imported_gpg_keys.discard(package.repoid)
+        elif result != 0:
+            raise dnf.exceptions.Error(text)
+
+
+def askForPackageKey(key):
+    """Ask for a key that signs packages; dnf calls this."""
+    return askForKey(key['hexkeyid'], key['userid'], key['fingerprint'], key['keyurl'])

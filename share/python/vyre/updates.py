@@ -1,0 +1,135 @@
+"""Which packages are updates of which installed ones. On the worker that collects the packages."""
+
+import dnf.rpm
+import hawkey
+
+
+def biArchOf(base, arch):
+    """The class of architectures that can replace each other: only one of them is installed at a time.
+
+    Packages without an architecture belong to the class of the system.
+    """
+    try:
+        found = dnf.rpm.basearch(arch)
+    except KeyError:  # an architecture that dnf does not know yet
+        return arch
+    return base.conf.basearch if found == 'noarch' else found
+
+
+def findUpdates(base):
+    """The updates, and pairs of an update and an installed package of another class of architectures that it replaces.
+    """
+    query = base.sack.query()
+    try:
+        query.filterm(upgrades_by_priority=True)
+    except (ValueError, hawkey.Exception):  # older than priorities
+        query = query.upgrades()
+    query.filterm(arch__neq=['src', 'nosrc'])
+    return chooseUpdates(base, withoutExcluded(base, query.latest().run()))
+
+
+def withoutExcluded(base, updates):
+    """The updates that dnf would install: it does not update an installed package that the configuration excludes."""
+    excluded = set(package.name for package in excludedPackages(base))
+    if not excluded:
+        return updates
+    seen = base.sack.query().installed().filterm(name=sorted(excluded)).run()
+    names = set(package.name for package in seen)
+    exact = set((package.name, package.arch) for package in seen)
+    return [package for package in updates if package.name not in excluded or
+            (package.name, package.arch) in exact or (package.name, 'noarch') in exact or
+            (package.arch == 'noarch' and package.name in names)]
+
+
+def excludedPackages(base):
+    """The installed packages that the configuration excludes."""
+    everything = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
+    return everything.difference(base.sack.query().installed())
+
+
+def chooseUpdates(base, updates):
+    """The updates that an upgrade of their names would install, and the pairs of findUpdates().
+
+    If an installed package has no architecture, the query returns an update for each architecture. Only one of them
+    replaces that package.
+    """
+    counterparts = []
+    candidates = {}
+    for package in updates:
+        candidates.setdefault(package.name, []).append(package)
+    if not candidates:
+        return updates, counterparts
+    installed = {}
+    for package in base.sack.query().installed().filterm(name=list(candidates)):
+        installed.setdefault(package.name, []).append(package)
+    chosen = []
+    for name, news in candidates.items():
+        olds = installed.get(name, [])
+        archs = set(package.arch for package in news + olds)
+        # A choice is necessary only if a package gains or loses its architecture.
+        if 'noarch' in archs and len(archs) > 1:
+            pairs = replacementPairs(base, news, olds)
+            news = [new for new in news if any(new is each for each, old in pairs)]
+            counterparts += [(new, old) for new, old in pairs
+                             if biArchOf(base, new.arch) != biArchOf(base, old.arch)]
+        chosen += news
+    return chosen, counterparts
+
+
+def replacementPairs(base, news, olds):
+    """Pairs of a new package and the installed package of the same name that it replaces. The resolver decides first by
+    the class of architectures, then by the version.
+    """
+    pairs = []
+    for old in olds:
+        new = newestOf(base, [new for new in news if new.evr_cmp(old) > 0 and
+                              (new.arch == old.arch or 'noarch' in (new.arch, old.arch))])
+        if new is not None:
+            pairs.append((new, old))
+    if len(set(new.arch == 'noarch' for new, old in pairs)) > 1:
+        # A package with an architecture and one without cannot be installed side by side.
+        others = [(newestOf(base, [new for new in news if new.arch == old.arch and new.evr_cmp(best) == 0]), old)
+                  for best, old in pairs]
+        if all(new is not None for new, old in others):
+            return others
+        pairs = [(new, old) for new, old in pairs if new.arch == 'noarch']
+    if any(new.arch == 'noarch' for new, old in pairs):
+        # It replaces all of them.
+        return [(pairs[0][0], old) for old in olds]
+    return pairs
+
+
+def newestOf(base, packages):
+    classes = set(biArchOf(base, package.arch) for package in packages if package.arch != 'noarch')
+    native = base.conf.basearch
+    best = None
+    for package in packages:
+        if package.arch != 'noarch' and native in classes and biArchOf(base, package.arch) != native:
+            continue
+        # The resolver uses the first of several equal packages.
+        if best is None or package.evr_cmp(best) > 0:
+            best = package
+    return best
+
+
+def findReplacements(base):
+    """Pairs of an installed package and the package of another name that replaces it in an update of all packages.
+
+    The resolver runs only if a package obsoletes an installed one.
+    """
+    query = base.sack.query()
+    if not base.conf.obsoletes or not query.available().filterm(obsoletes=query.installed()):
+        return []
+    base.reset(goal=True)
+    try:
+        base.upgrade_all()
+        goal = base.goal
+        goal.add_protected(base.sack.query().filterm(name=base.conf.protected_packages))
+        if not any(goal.run(force_best=best, ignore_weak=not base.conf.install_weak_deps)
+                   for best in sorted({bool(base.conf.best), False}, reverse=True)):
+            return []
+        replaced = set(goal.list_obsoleted())
+        return sorted((old, new) for new in goal.list_installs() + goal.list_upgrades()
+                      for old in goal.obsoleted_by_package(new) if old in replaced and old.name != new.name)
+    finally:
+        base.reset(goal=True)
