@@ -455,7 +455,7 @@ class ComparisonTest(unittest.TestCase):
 
     def check_difference(self, name):
         """The manual lists the intended difference."""
-        with open(os.path.join(scenario.SOURCES, "doc", "manual.adoc")) as stream:
+        with open(os.path.join(scenario.SOURCES, "manual", "manual.adoc")) as stream:
             table = stream.read().partition("[#differences]")[2].partition("[#troubleshooting]")[0]
         self.assertIn("\n|%s\n" % name, table)
 

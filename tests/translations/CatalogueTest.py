@@ -18,7 +18,7 @@ import unittest
 import xml.etree.ElementTree as ElementTree
 
 TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-sys.path.insert(0, os.path.join(TOP, 'tests', 'doc'))
+sys.path.insert(0, os.path.join(TOP, 'tests', 'manual'))
 
 import sources  # noqa: E402
 

@@ -64,7 +64,7 @@ class Book:
     """The manual's text."""
 
     def __init__(self):
-        self.text = '\n'.join(sources.read('doc', name) for name in BOOK)
+        self.text = '\n'.join(sources.read('manual', name) for name in BOOK)
         self.lines = self.text.splitlines()
         # A first cell that is made of literal texts, with the cell after it.
         self.rows = {}
@@ -204,7 +204,7 @@ class ManualTest(unittest.TestCase):
         self.assertEqual(names.split(', '), [heading.upper().replace(' ', '_') for heading in headings])
 
     def test_every_menu_entry_has_a_row_with_its_key(self):
-        code = sources.read('app', 'MainWindow.cpp')
+        code = sources.read('app', 'MainWindowWidgets.cpp')
         code = code[code.index('void MainWindow::createMenuBar()'):]
         code = code[:code.index('\n}')]
         titles = dict(re.findall(r'(\w+) = addMenu\(tr\("(.*?)"\)', code))
@@ -221,8 +221,8 @@ class ManualTest(unittest.TestCase):
                 self.assertEqual(row[0].split('|')[2].strip(), expected)
 
     def test_manual_is_installed_where_the_menu_looks_for_it(self):
-        place = re.search(r'documentation\[\] = "(.*?)"', sources.read('app', 'MainWindow.cpp')).group(1)
-        with open(os.path.join(os.path.dirname(VYRE), 'doc', 'cmake_install.cmake')) as stream:
+        place = re.search(r'documentation\[\] = "(.*?)"', sources.read('app', 'Manuals.cpp')).group(1)
+        with open(os.path.join(os.path.dirname(VYRE), 'manual', 'cmake_install.cmake')) as stream:
             script = stream.read()
         prefix = re.search(r'set\(CMAKE_INSTALL_PREFIX "(.*?)"\)', script).group(1)
         self.assertEqual(set(re.findall(r'DESTINATION "\$\{CMAKE_INSTALL_PREFIX\}(/share/doc\S*)"', script)),
@@ -230,8 +230,8 @@ class ManualTest(unittest.TestCase):
         if prefix == '/usr':
             self.assertEqual(place, prefix + '/share/doc/vyre')
         for name in ('html', 'manual.pdf'):
-            self.assertRegex(script, r'/doc/{}"'.format(name))
-            self.assertIn('%1/{}'.format(name), sources.read('app', 'MainWindow.cpp'))
+            self.assertRegex(script, r'/manual/{}"'.format(name))
+            self.assertIn('%1/{}'.format(name), sources.read('app', 'Manuals.cpp'))
 
     # Links and pictures
 
@@ -242,7 +242,7 @@ class ManualTest(unittest.TestCase):
     def test_pictures_are_made_and_icons_are_there(self):
         named = set(re.findall(r'image::?(\S+?)\[', self.book.text))
         pictures = {name for name in named if name.startswith('pictures/')}
-        script = sources.read('doc', 'make-pictures')
+        script = sources.read('manual', 'make-pictures')
         made = set(re.findall(r"pictures\.(?:take|window)\('([\w-]+)'", script))
         self.assertEqual(pictures, {'pictures/{}.png'.format(name) for name in made})
         self.assertGreater(len(pictures), 10)
@@ -266,7 +266,7 @@ class ManualTest(unittest.TestCase):
         self.assertIn('--enablerepo', options)
         chapter = self.book.text[self.book.text.index('[#options]'):]
         chapter = chapter[:chapter.index('\n[#')]
-        page = sources.read('doc', 'vyre.8').replace('\\-', '-').replace('\\', '')
+        page = sources.read('manual', 'vyre.8').replace('\\-', '-').replace('\\', '')
         accepted = set(re.findall(r'\{"([a-z-]+)", (?:no|required)_argument', sources.read('app', 'CommandLine.cpp')))
         self.assertEqual({option[2:] for option in options if option.startswith('--')}, accepted)
         for option in sorted(options):
@@ -279,7 +279,7 @@ class ManualTest(unittest.TestCase):
             self.assertIn(name, options)
 
     def test_environment_of_the_program_is_told(self):
-        page = sources.read('doc', 'vyre.8')
+        page = sources.read('manual', 'vyre.8')
         names = {'XDG_RUNTIME_DIR', 'TMPDIR'}  # which are not asked for by a text
         for folder in sources.FOLDERS + ('share/python', 'share/python/vyre'):
             for path in glob.glob(os.path.join(TOP, folder, '*.*')):
@@ -294,7 +294,7 @@ class ManualTest(unittest.TestCase):
                 self.assertIn(name, page)
 
     def test_man_page_has_no_faults(self):
-        path = os.path.join(TOP, 'doc', 'vyre.8')
+        path = os.path.join(TOP, 'manual', 'vyre.8')
         answer = subprocess.run(['mandoc', '-T', 'lint', '-W', 'warning', path], stdout=subprocess.PIPE)
         self.assertEqual(answer.stdout.decode(), '')
         answer = subprocess.run(['mandoc', '-T', 'ascii', path], stdout=subprocess.PIPE, check=True)
@@ -333,7 +333,7 @@ class BuildTest(unittest.TestCase):
         for name in re.findall(r'image::pictures/(\S+?)\[', Book().text):
             shutil.copy(os.path.join(TOP, 'share', 'icons', 'package.png'), os.path.join(pictures, name))
         cls.built = os.path.join(cls.folder, 'built')
-        answer = subprocess.run([os.path.join(TOP, 'doc', 'build-manual'), '9.8.7', cls.built, pictures],
+        answer = subprocess.run([os.path.join(TOP, 'manual', 'build-manual'), '9.8.7', cls.built, pictures],
                                 stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         cls.status, cls.output = answer.returncode, answer.stdout.decode()
 
