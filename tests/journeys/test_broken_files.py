@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""A script or a configuration that cannot be read is reported."""
+"""The program reports an unusable script and unreadable configuration files."""
 import os
 import shutil
 import socket
@@ -13,12 +13,12 @@ EDITOR_ERROR = 'VYRE Repository Editor Error'
 UNEXPECTED = ('Internal error: python exception occurred from C code.\n'
               'When reporting this issue, please include the contents of the\n'
               'Log window, which should contain a walkback.')
-# What a plug-in of dnf writes below.
+# The directory of the files that a plug-in of dnf writes.
 COMPLETIONS = '/var/cache/dnf'
 
 
 class ScriptTest(StartTest):
-    """The script of the share directory is not what it should be: the program tells, and ends."""
+    """The script of the share directory is unusable: the program shows messages and ends."""
 
     def check_ends(self, content, messages, *complaints):
         share = os.path.join(self.scratch, 'share')
@@ -39,17 +39,17 @@ class ScriptTest(StartTest):
             self.assertEqual(self.locks(), [])
             self.assertEqual(program.left_over(), [])
 
-    def test_missing(self):
+    def test_missing_script(self):
         self.check_ends(None, ['Internal error: unable to open YumIO.py'])
 
-    def test_empty(self):
+    def test_empty_script(self):
         self.check_ends('', ['Internal error: cannot find python YumIO'])
 
-    def test_syntax_error(self):
+    def test_syntax_error_in_the_script(self):
         self.check_ends('def broken(:\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
                         'File "YumIO.py", line 1', 'SyntaxError')
 
-    def test_exception_while_it_is_read(self):
+    def test_exception_while_the_script_is_read(self):
         self.check_ends('raise RuntimeError("the reason")\n',
                         [UNEXPECTED, 'Internal error: unable to execute YumIO.py'], 'RuntimeError: the reason')
 
@@ -57,18 +57,18 @@ class ScriptTest(StartTest):
         self.check_ends('import no_such_module\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
                         'No module named \'no_such_module\'')
 
-    def test_exit_while_it_is_read(self):
+    def test_exit_while_the_script_is_read(self):
         self.check_ends('import sys\nsys.exit(3)\n', [UNEXPECTED, 'Internal error: unable to execute YumIO.py'],
                         'SystemExit: 3')
 
-    def test_exit_while_the_object_is_made(self):
+    def test_exit_while_the_object_is_created(self):
         self.check_ends('import sys, yumIOC\n'
                         'class YumIO:\n'
                         '    def __init__(self):\n'
                         '        yumIOC.errorlog(0, "the reason")\n'
                         '        sys.exit(3)\n', ['the reason\nUnable to initialize'])
 
-    def test_exception_while_the_object_is_made(self):
+    def test_exception_while_the_object_is_created(self):
         self.check_ends('class YumIO:\n'
                         '    def __init__(self):\n'
                         '        raise ValueError("the reason")\n',
@@ -80,11 +80,12 @@ class ScriptTest(StartTest):
 
 
 class ConfigurationTest(StartTest):
-    """Configuration files that cannot be read. The package manager makes of them what it can."""
+    """Configuration files that cannot be read. The package manager uses the readable parts."""
 
     def setUp(self):
         super().setUp()
-        # Without options, the plug-ins of this system are loaded: with-display has put another directory in its place.
+        # Without a main file, the plug-ins of this system are loaded. with-display has mounted another directory over
+        # the directory of their files.
         possible = subprocess.call(['unshare', '--mount', 'true'], stderr=subprocess.DEVNULL) == 0
         if possible and os.path.isdir(COMPLETIONS):
             self.assertTrue(os.path.ismount(COMPLETIONS))
@@ -97,7 +98,7 @@ class ConfigurationTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_no_main_file(self):
+    def test_missing_main_file(self):
         path = self.path('etc/yum.conf')
         os.unlink(path)
         self.check_message('Unable to read yum configuration file', path, 2, 'No such file or directory')
@@ -108,7 +109,7 @@ class ConfigurationTest(StartTest):
         os.mkdir(path)
         self.check_message('Error reading repository configuration file', path, 21, 'Is a directory')
 
-    def test_main_file_may_not_be_read(self):
+    def test_main_file_without_read_permission(self):
         path = self.path('etc/yum.conf')
         os.chmod(path, 0)
         with self.unprivileged():
@@ -122,7 +123,7 @@ class ConfigurationTest(StartTest):
         self.write('etc/yum.repos.d/broken.repo', '[broken\nname=Broken\nbaseurl=file:///nonexistent/\n')
         self.check_message('Malformed section name in line:', '[broken', 0, 'Success')
 
-    def test_malformed_section_with_markup_is_shown_as_it_is(self):
+    def test_malformed_section_with_markup_is_shown_literally(self):
         self.write('etc/yum.repos.d/broken.repo', '[<b>bold</b> & <img src=x>\n')
         self.check_message('Malformed section name in line:', '[<b>bold</b> & <img src=x>', 0, 'Success')
 
@@ -134,12 +135,12 @@ class ConfigurationTest(StartTest):
             self.quit(window)
         self.assertTrue(os.path.lexists(path))
 
-    def test_repository_file_leads_nowhere(self):
+    def test_repository_file_is_a_dangling_link(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('/nonexistent/file', path)
         self.check_left_alone(path, 'it is a link that leads nowhere')
 
-    def test_repository_file_leads_to_itself(self):
+    def test_repository_file_is_a_link_to_itself(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('broken.repo', path)
         self.check_left_alone(path, 'it is a link that leads nowhere')
@@ -153,19 +154,19 @@ class ConfigurationTest(StartTest):
         path = self.path('etc/yum.repos.d/broken.repo')
         made = socket.socket(socket.AF_UNIX)
         self.addCleanup(made.close)
-        # The name of a socket has to be short.
+        # The path of a socket must be short.
         short = os.open(os.path.dirname(path), os.O_PATH)
         self.addCleanup(os.close, short)
         made.bind('/proc/self/fd/{}/broken.repo'.format(short))
         self.check_left_alone(path, 'it is not a regular file')
 
-    def test_repository_file_may_not_be_read(self):
+    def test_repository_file_without_read_permission(self):
         path = self.write('etc/yum.repos.d/broken.repo', '[broken]\nenabled=0\n')
         os.chmod(path, 0)
         with self.unprivileged():
             self.check_message('Unable to read repository configuration file', path, 13, 'Permission denied')
 
-    def test_repository_file_fails_while_it_is_read(self):
+    def test_repository_file_with_a_read_error(self):
         path = self.path('etc/yum.repos.d/broken.repo')
         os.symlink('/proc/self/mem', path)
         self.check_message('Error reading repository configuration file', path, 5, 'Input/output error')
@@ -177,7 +178,7 @@ class ConfigurationTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_nonsense(self):
+    def test_repository_file_of_random_bytes(self):
         with open(self.path('etc/yum.repos.d/nonsense.repo'), 'wb') as stream:
             stream.write(bytes(byte for byte in range(256) if byte != ord('[')) * 100)
         with self.program() as program:
@@ -186,7 +187,7 @@ class ConfigurationTest(StartTest):
             self.assertIn('nonsense.repo', self.read_log(window))
             self.quit(window)
 
-    def test_main_file_that_the_package_manager_does_not_understand(self):
+    def test_main_file_that_the_package_manager_cannot_parse(self):
         path = self.write('etc/yum.conf', 'nonsense\n')
         with self.program() as program:
             window = program.ready()

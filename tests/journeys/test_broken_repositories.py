@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Repositories that are missing, cannot be reached or serve nonsense are reported."""
+"""The program reports missing, unreachable and damaged repositories."""
 import os
 import shutil
 
@@ -19,7 +19,7 @@ class RepositoriesTest(StartTest):
         return self.write('etc/yum.repos.d/{}.repo'.format(name), '[{}]\nname={}\nenabled=1\n{}'.format(
             name, name, ''.join('{}={}\n'.format(*option) for option in options.items())))
 
-    def test_none_is_configured(self):
+    def test_no_repository_is_configured(self):
         directory = self.path('etc/yum.repos.d')
         shutil.rmtree(directory)
         os.mkdir(directory)
@@ -33,7 +33,7 @@ class RepositoriesTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_none_is_enabled(self):
+    def test_no_repository_is_enabled(self):
         with self.program('--disablerepo=*') as program:
             text = self.message(program, YUM_ERROR)
             self.assertEqual(text, 'No repositories are enabled.' + ADVICE)
@@ -46,7 +46,7 @@ class RepositoriesTest(StartTest):
             self.check_nothing_listed(window)
             self.quit(window)
 
-    def test_unreachable_repository_that_may_be_skipped(self):
+    def test_unreachable_repository_with_skip_if_unavailable(self):
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
@@ -56,7 +56,7 @@ class RepositoriesTest(StartTest):
                 self.assertIn(text, log)
             self.quit(window)
 
-    def test_unreachable_repository_that_is_needed(self):
+    def test_unreachable_repository_without_skip_if_unavailable(self):
         path = self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
         with self.program() as program:
             self.message(program, YUM_ERROR, "Failed to download metadata for repo 'gone'", '\nUnable to initialize')
@@ -67,7 +67,7 @@ class RepositoriesTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_unreachable_repository_is_of_no_account_when_disabled(self):
+    def test_disabled_unreachable_repository_is_ignored(self):
         self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
         with self.program('--disablerepo=gone') as program:
             window = program.ready()
@@ -75,7 +75,7 @@ class RepositoriesTest(StartTest):
             self.assertNotIn("'gone'", self.read_log(window))
             self.quit(window)
 
-    def test_repository_without_an_address(self):
+    def test_repository_without_a_url(self):
         path = self.add('nowhere')
         with self.program() as program:
             self.message(program, YUM_ERROR, 'nowhere', '\nUnable to initialize')
@@ -95,7 +95,7 @@ class RepositoriesTest(StartTest):
             self.assertEqual(found - {'@System', ''}, set(repositories))
             self.quit(window)
 
-    def test_patterns(self):
+    def test_patterns_of_repositories(self):
         usual = ['sandbox-http', 'sandbox-updates', 'sandbox-signed', 'sandbox-file']
         for arguments, repositories in (
                 ([], usual),
@@ -105,9 +105,9 @@ class RepositoriesTest(StartTest):
                 (['--disablerepo=sandbox-[hu]*'], ['sandbox-signed', 'sandbox-file']),
                 (['--disablerepo=*', '--enablerepo=sandbox-file'], ['sandbox-file']),
                 (['--disablerepo=sandbox-http', '--disablerepo=sandbox-signed'], ['sandbox-updates', 'sandbox-file']),
-                # The last one that matches counts.
+                # The last matching pattern decides.
                 (['--enablerepo=sandbox-file', '--disablerepo=*', '--enablerepo=sandbox-u*'], ['sandbox-updates']),
-                # A pattern is compared with the whole name, and with its case.
+                # A pattern must match the whole name, in the same case.
                 (['--disablerepo=sandbox', '--disablerepo=http', '--disablerepo=SANDBOX-*'], usual),
                 (['--disablerepo=', '--enablerepo=nonsense', '--disablerepo=sandbox-http|sandbox-file'], usual)):
             self.check_listed_repositories(arguments, repositories)
@@ -131,19 +131,19 @@ class MetadataTest(StartTest):
         self.sandbox.server.faults[path] = fault
         self.check_fails(lambda: self.sandbox.server.faults.pop(path), "repo 'sandbox-http'", *texts)
 
-    def test_cut_off(self):
+    def test_truncated_repomd(self):
         self.check_fault(REPOMD, server.truncated(100), 'partial file')
 
-    def test_nonsense(self):
+    def test_corrupted_repomd(self):
         self.check_fault(REPOMD, server.corrupted(), 'repomd.xml parser error')
 
-    def test_not_found(self):
+    def test_missing_repomd(self):
         self.check_fault(REPOMD, server.status(404), '404')
 
-    def test_server_error(self):
+    def test_repomd_with_a_server_error(self):
         self.check_fault(REPOMD, server.status(503), '503')
 
-    def test_list_of_packages_is_not_the_one_announced(self):
+    def test_list_of_packages_has_a_wrong_checksum(self):
         directory = os.path.join(self.sandbox.repository('sandbox-http'), 'repodata')
         name, = [name for name in os.listdir(directory) if 'primary.xml' in name]
         self.check_fault('/sandbox-http/repodata/' + name, server.corrupted(), "checksum doesn't match")
@@ -153,7 +153,7 @@ class MetadataTest(StartTest):
         os.rename(directory, directory + '.away')
         self.check_fails(lambda: os.rename(directory + '.away', directory), "repo 'sandbox-file'")
 
-    def test_file_lists_that_end_too_early(self):
+    def test_truncated_file_lists(self):
         metadata.alter(self.sandbox.repository('sandbox-file'), 'filelists', metadata.half)
         with self.program() as program:
             self.message(program, 'VYRE Yum Warning',
@@ -167,7 +167,7 @@ class MetadataTest(StartTest):
             self.assertEqual(program.titles(), [driver.main_title()])
             self.quit(window)
 
-    def test_packages_that_are_something_else(self):
+    def test_package_lists_with_foreign_contents(self):
         repository = self.sandbox.repository('sandbox-file')
         shutil.copytree(repository, repository + '.away')
         metadata.alter(repository, 'primary', metadata.page)
@@ -179,8 +179,8 @@ class MetadataTest(StartTest):
         self.check_fails(mend, 'The primary metadata of the repository sandbox-file are damaged: '
                          '"html" where "metadata" is expected')
 
-    def test_modules_that_are_no_modules(self):
-        """The package manager itself does not survive them."""
+    def test_modules_with_foreign_contents(self):
+        """The package manager itself crashes on such modules."""
         metadata.add_modules(self.sandbox.repository('sandbox-file'), 'nonsense\n' * 100, self.scratch)
         with self.program() as program:
             self.message(program, 'VYRE Yum Warning',
@@ -194,7 +194,7 @@ class MetadataTest(StartTest):
 
     @needs_groups
     def test_damaged_history(self):
-        """One message for all groups, which are listed all the same."""
+        """The program shows one message for all groups, and still lists them."""
         path = self.path('var/lib/dnf/history.sqlite')
         for name in os.listdir(os.path.dirname(path)):
             if name.startswith('history.sqlite-'):
@@ -224,7 +224,7 @@ class MetadataTest(StartTest):
                 os.unlink(os.path.join(directory, name))
         self.write('var/lib/rpm/rpmdb.sqlite', 'nonsense' * 10000)
         with self.program() as program:
-            # Before that stands what rpm itself has said, as far as it is captured.
+            # The message can begin with captured output of rpm.
             self.assertRegex(self.message(program, YUM_ERROR), '(^|\n)failed loading RPMDB\nUnable to initialize$')
             window = program.ready()
             self.check_nothing_listed(window)
@@ -233,7 +233,7 @@ class MetadataTest(StartTest):
             self.check_refresh_helps(window)
             driver.key('ctrl+q')
             self.assertEqual(program.wait(), 0)
-            # Of what rpm writes by itself.
+            # rpm itself writes this to standard error.
             self.assertIn('file is not a database', program.complaints())
             self.assertEqual(self.locks(), [])
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Directories that are full or cannot be written are reported."""
+"""The program reports directories that are full or cannot be written."""
 import os
 import subprocess
 
@@ -18,11 +18,11 @@ class DiskTest(StartTest):
             self.read_log(window)
             self.quit(window)
 
-    def test_root_is_read_only(self):
+    def test_read_only_root(self):
         with self.wrapped('mount --bind "$VYREROOT" "$VYREROOT"; mount -o remount,bind,ro "$VYREROOT"'):
             self.check_no_lock('Read-only file system')
 
-    def test_directory_of_the_lock_may_not_be_written(self):
+    def test_directory_of_the_lock_without_write_permission(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         os.chmod(directory, 0o555)
         with self.unprivileged():
@@ -40,7 +40,7 @@ class DiskTest(StartTest):
                 self.message(program, YUM_ERROR, 'Failed to download metadata', '\nUnable to initialize')
                 window = program.ready()
                 self.check_nothing_listed(window)
-                # Room is made.
+                # The cache gets more space.
                 subprocess.run(['nsenter', '--mount', '--root', '--target', str(program.process.pid), 'mount', '-o',
                                 'remount,size=64m', directory], check=True)
                 self.check_refresh_helps(window)
@@ -54,8 +54,8 @@ class DiskTest(StartTest):
                 self.check_usable(window)
                 self.quit(window)
 
-    def test_root_that_does_not_exist(self):
-        """It is mistyped, and no packages are wanted in a place that nobody has meant."""
+    def test_missing_root(self):
+        """The path is probably mistyped, so the program does not create the directory."""
         root = os.path.join(self.scratch, 'nothing')
         with self.program(environment={'VYREROOT': root}) as program:
             self.assertEqual(self.message(program, YUM_ERROR), 'The root directory {} does not exist'.format(root))

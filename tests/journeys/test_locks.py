@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The locks of other programs, and those that a dead one has left."""
+"""The locks of other programs, and the lock files of processes that have ended."""
 import os
 import signal
 import subprocess
@@ -23,7 +23,7 @@ class LockTest(StartTest):
             window = program.ready()
             self.check_nothing_listed(window)
             self.assertIn('Unable to obtain yum lock', self.read_log(window))
-            # It is asked for again each time, and left to its owner.
+            # Each refresh tries to get the lock again, and never takes it from its owner.
             window.click_button('Refresh')
             self.message(program, YUM_ERROR, 'Unable to obtain yum lock')
             self.check_nothing_listed(window)
@@ -52,7 +52,7 @@ class LockTest(StartTest):
                              'Unable to obtain yum lock')
                 window = second.ready()
                 self.check_nothing_listed(window)
-                # The first one still can be used, and gives its lock back.
+                # The first program is still usable, and releases its lock at its end.
                 self.assertTrue(first_window.is_ready())
                 first.process.send_signal(signal.SIGTERM)
                 first.wait()
@@ -68,15 +68,15 @@ class LockTest(StartTest):
                 self.assertEqual(stream.read(), str(program.process.pid))
             self.quit(window)
 
-    def test_lock_of_a_process_that_is_gone(self):
+    def test_lock_of_a_process_that_has_ended(self):
         gone = subprocess.Popen(['true'])
         gone.wait()
         self.check_taken_over(str(gone.pid))
 
-    def test_lock_of_nobody(self):
+    def test_empty_lock_file(self):
         self.check_taken_over('')
 
-    def test_lock_that_is_no_file(self):
+    def test_lock_file_that_is_a_directory(self):
         path = self.path(DATABASE_LOCK)
         os.mkdir(path)
         with self.program() as program:

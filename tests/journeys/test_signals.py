@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Signals end the program at every moment, but never within a transaction."""
+"""Signals end the program at any time, except during a transaction."""
 import signal
 
 import journey
@@ -8,14 +8,14 @@ from trouble import REPOMD, StartTest, YUM_ERROR
 
 
 class SignalTest(StartTest):
-    """A signal ends the program, and never spoils anything."""
+    """A signal ends the program and never damages the system."""
 
     ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-    # A few of the others, which nobody sends for that.
+    # Some other signals, which are not meant to end a program.
     OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
 
     def check_next_run(self):
-        """Whatever the ended program has left behind is in nobody's way."""
+        """The next run works whatever files the ended program has left behind."""
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
@@ -32,7 +32,7 @@ class SignalTest(StartTest):
             self.quit(window)
 
     def check_ends_by(self, program, number, said=''):
-        """The program ends by the signal. said: an expression for what it writes about work that it gives up."""
+        """The program ends by the signal. said: a pattern of its messages about canceled work."""
         program.process.send_signal(number)
         self.assertEqual(program.wait(), -number)
         self.assertRegex(program.complaints(), r'(?s)\A' + said + r'\Z')
@@ -40,13 +40,13 @@ class SignalTest(StartTest):
         self.check_unchanged()
         self.assertEqual(self.locks(), [])
 
-    def test_at_once(self):
+    def test_signal_during_the_start(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 self.check_ends_by(program, number)
                 self.check_next_run()
 
-    def test_while_idle(self):
+    def test_signal_while_idle(self):
         for number in self.ENDING + self.OTHER:
             with self.subTest(number=number), self.program() as program:
                 program.ready()
@@ -54,14 +54,14 @@ class SignalTest(StartTest):
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_while_a_message_is_shown(self):
+    def test_signal_while_a_message_is_shown(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program('--disablerepo=*') as program:
                 program.window(YUM_ERROR)
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_while_the_question_is_shown(self):
+    def test_signal_while_the_listing_is_shown(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
@@ -77,7 +77,7 @@ class SignalTest(StartTest):
         self.addCleanup(gate.open)
         return gate
 
-    def test_while_collecting(self):
+    def test_signal_while_packages_are_collected(self):
         for number in (signal.SIGTERM, signal.SIGHUP):
             self.sandbox.expire_metadata()
             with self.subTest(number=number), self.program() as program:
@@ -88,7 +88,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[REPOMD]
         self.check_next_run()
 
-    def test_while_downloading_packages(self):
+    def test_signal_while_packages_are_downloaded(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         for number in (signal.SIGTERM, signal.SIGHUP):
             with self.subTest(number=number), self.program() as program:
@@ -102,8 +102,8 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[path]
         self.check_next_transaction()
 
-    def test_interrupt_of_a_download_is_told(self):
-        """The library that downloads has a handler of its own for the time of a download."""
+    def test_interrupt_of_a_download_is_reported(self):
+        """During a download, librepo has its own signal handler."""
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)
             program.main()
@@ -130,7 +130,7 @@ class SignalTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_packages_after_an_interrupted_download(self):
+    def test_transaction_after_an_interrupted_download(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         with self.program() as program:
             gate = self.wait_download(program, path)
@@ -150,12 +150,12 @@ class SignalTest(StartTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.quit(window)
 
-    def test_after_a_transaction(self):
+    def test_signal_after_a_transaction(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
                 window.show_all()
-                # What one run installs, the next removes.
+                # Every second run removes the package that the previous run installed.
                 window.mark_listed('pergola')
                 window.accept(window.apply())
                 window.wait_ready()
@@ -172,22 +172,22 @@ class SignalTest(StartTest):
             wait_for(lambda: 'sleep' in [name_of(process) for process in program.left_over()], 'the scriptlet')
             program.process.send_signal(number)
             self.assertEqual(program.wait(), -number)
-            # The scriptlet was not cut off, nor is it running without the program.
+            # The scriptlet was not interrupted, and does not run after the end of the program.
             self.assertEqual(program.left_over(), [])
             self.check_changed(new=['slowpoke-1.0-1.noarch'])
             self.check_history_complete()
             self.assertEqual(self.locks(), [])
 
-    def test_interrupt_of_a_transaction(self):
+    def test_interrupt_during_a_transaction(self):
         self.check_transaction_is_finished(signal.SIGINT)
 
-    def test_termination_of_a_transaction(self):
+    def test_termination_during_a_transaction(self):
         self.check_transaction_is_finished(signal.SIGTERM)
 
-    def test_hangup_of_a_transaction(self):
+    def test_hangup_during_a_transaction(self):
         self.check_transaction_is_finished(signal.SIGHUP)
 
-    def test_other_signals_in_a_transaction(self):
+    def test_other_signals_during_a_transaction(self):
         for number in self.OTHER:
             with self.subTest(number=number):
                 self.check_transaction_is_finished(number)

@@ -1,4 +1,4 @@
-"""What the journeys have in common in which something keeps the program from starting or ending well."""
+"""The common parts of the journeys with faults at the start or the end of the program."""
 import os
 import unittest.mock
 
@@ -11,7 +11,7 @@ REPOMD = '/sandbox-http/repodata/repomd.xml'
 class StartTest(JourneyTest):
 
     def path(self, *names):
-        """Of a file in the sandbox's root; its directory is there afterwards."""
+        """The path of a file in the sandbox's root. Its directory is created."""
         path = os.path.join(self.sandbox.root, *names)
         os.makedirs(os.path.dirname(path), exist_ok=True)
         return path
@@ -23,7 +23,7 @@ class StartTest(JourneyTest):
         return path
 
     def message(self, program, title, *texts, picture=None):
-        """Read and close the message with these texts. The next one may have the same title."""
+        """Read and close the message with these texts. The next message can have the same title."""
         def look():
             if not program.running():
                 raise driver.Ended('the program ended with status {}: {}'.format(
@@ -54,12 +54,12 @@ class StartTest(JourneyTest):
         self.assertEqual(window.row_count(), 0)
 
     def check_refresh_helps(self, window):
-        """What was wrong is mended: all packages come with the next reading."""
+        """The fault is corrected: the next reading lists all packages."""
         window.click_button('Refresh')
         self.check_usable(window)
 
     def wrapped(self, commands):
-        """Runs of the program begin with these shell commands, which see no other process's mounts."""
+        """Each run of the program begins with these shell commands. It has its own mounts."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'{}; exec "{}" "$@"\' sh "$@"\n'.format(
@@ -68,7 +68,7 @@ class StartTest(JourneyTest):
         return unittest.mock.patch.dict(os.environ, VYRE_BINARY=path)
 
     def unprivileged(self):
-        """Runs of the program for which the permissions of files count although their user is root."""
+        """Runs of the program as root without the right to ignore file permissions."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec setpriv --bounding-set=-dac_override,-dac_read_search "{}" "$@"\n'.format(

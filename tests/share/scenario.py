@@ -251,8 +251,9 @@ class ScenarioTest(unittest.TestCase):
 
     @staticmethod
     def module(name):
-        """A module of the script. A test that replaces a function or a setting of the script sets an attribute of it;
-        module("program") has the functions that the program offers.
+        """A module of the script. Tests set its attributes to replace functions or settings of the script.
+
+        module("program") has the functions that the program provides.
         """
         return sys.modules["vyre." + name]
 
