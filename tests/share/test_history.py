@@ -132,7 +132,7 @@ class TestOnlyTest(OutcomeTest):
         self.module("program").addBeforeListing = lambda text: announced.append(
             (text, list(self.recording.answers)))
         self.assertIs(self.apply(installs=["astrolabe"], removes=["almanac"]), False)
-        # The answer was still to come.
+        # The text was added before the question was answered.
         self.assertEqual(announced, [(
             "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
             "it installs, updates and removes nothing.\n\n", [1])])
@@ -155,7 +155,7 @@ class TestOnlyTest(OutcomeTest):
         self.assert_refused("libtide", updates=["tidewatch"])
 
     @in_own_process
-    def test_the_listing_of_a_transaction_that_changes_something_says_nothing_of_a_test(self):
+    def test_the_listing_of_an_ordinary_transaction_has_no_text_about_tests(self):
         self.started()
         announced = []
         self.module("program").addBeforeListing = announced.append
@@ -191,12 +191,12 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), (["astrolabe-5.6-1.x86_64.rpm"], []))
 
     @in_own_process
-    def test_the_log_says_how_to_remove_them_in_the_program(self):
+    def test_the_log_says_how_to_remove_downloaded_packages(self):
         self.started()
         self.run_failing_transaction()
-        told = [text for level, text in self.recording.of("log") if "cache" in text.lower()]
-        self.assertIn("You can remove them with Clean Packages in the menu Cache.", told)
-        self.assertEqual([text for text in told if "dnf clean" in text], [])
+        texts = [text for level, text in self.recording.of("log") if "cache" in text.lower()]
+        self.assertIn("You can remove them with Clean Packages in the menu Cache.", texts)
+        self.assertEqual([text for text in texts if "dnf clean" in text], [])
 
     def run_failing_transaction(self):
         """Runs a transaction that fails after the downloads."""

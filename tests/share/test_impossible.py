@@ -13,7 +13,7 @@ BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noar
 
 
 def question(rest):
-    """What the question says before the packages and their reasons."""
+    """The text of the question before the packages and their reasons."""
     return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. The marks that are left out '
             'stay.\n"No" changes nothing. All marks stay.' % rest)
 
@@ -49,7 +49,7 @@ class UpdatesTest(QuestionTest):
         text = self.recording.printed()
         head, _, reasons = text.partition("\n\ntidewatch-2.0-1.noarch\n    ")
         self.assertEqual(head, question("abacus-cli, astrolabe"))
-        # The reason that names the package comes first, and what only says that there is one is left out.
+        # The reason that names the package comes first. The unspecific reason "conflicting requests" is left out.
         self.assertTrue(reasons.startswith(BARRIER), text)
         self.assertNotIn("conflicting requests", text)
         self.assertNotIn("abacus-cli", reasons)
@@ -101,7 +101,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.recording.order(), [])
 
     @in_own_process
-    def test_the_refusal_names_the_mark_its_reason_and_what_has_become_of_it(self):
+    def test_a_refusal_names_the_mark_the_reason_and_the_result(self):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(updates=["tidewatch"])
@@ -112,7 +112,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_the_refusal_of_what_the_package_manager_does_not_take_says_the_same(self):
+    def test_the_refusal_of_an_update_that_is_not_newer(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -123,7 +123,7 @@ class UpdatesTest(QuestionTest):
                          "Nothing was changed. All marks stay.")
 
     @in_own_process
-    def test_of_many_other_marks_the_question_names_some(self):
+    def test_the_question_names_some_of_many_other_marks(self):
         self.started()
         names = sorted(set(package.name for package in self.updates) - {"newpost", "tidewatch"})
         self.apply(updates=names + ["tidewatch"], answers=[0])
@@ -131,14 +131,14 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(head, question("%s and %d more" % (", ".join(names[:5]), len(names) - 5)))
 
     @in_own_process
-    def test_what_was_left_out_is_remembered_after_the_confirmation(self):
+    def test_left_out_packages_are_known_after_the_confirmation(self):
         self.started()
         self.apply(updates=["tidewatch", "abacus-cli"], answers=[1, 0])
         self.assertEqual(self.yumio.leftOutReasons, "")
         self.apply(updates=["tidewatch", "abacus-cli"], answers=[1, 1])
         self.assertEqual(self.yumio.leftOutReasons.replace(" from sandbox-updates", ""),
                          "tidewatch-2.0-1.noarch\n    " + BARRIER)
-        # The next transaction has nothing to do with it.
+        # The next transaction clears the list.
         self.again()
         self.apply(installs=["astrolabe"])
         self.assertEqual(self.yumio.leftOutReasons, "")
@@ -150,13 +150,13 @@ class UpdatesTest(QuestionTest):
         named = "nothing provides x needed by y-1-1.noarch"
         best = "cannot install the best candidate for the job"
         self.assertEqual(clearest(["conflicting requests", best, named]), [named, best])
-        # Without another line it has to do.
+        # If there is no other line, this line is kept.
         self.assertEqual(clearest(["conflicting requests"]), ["conflicting requests"])
         self.assertEqual(clearest(["b", "a"]), ["b", "a"])
         self.assertEqual(clearest([]), [])
 
     @in_own_process
-    def test_the_request_without_a_name_is_left_out_in_other_languages(self):
+    def test_the_unspecific_reason_is_left_out_in_other_languages(self):
         import gettext
 
         os.environ["LANGUAGE"] = "de"
