@@ -2538,6 +2538,10 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
         <translation>Die Erweiterung %s ist gescheitert (%s):</translation>
     </message>
     <message>
+        <source>The plug-in %s needs the command dnf and does not work in VYRE (%s).</source>
+        <translation>Die Erweiterung %s braucht den Befehl dnf und wirkt in VYRE nicht (%s).</translation>
+    </message>
+    <message>
         <source>The packages were changed.
 {}</source>
         <translation>Die Pakete wurden geändert.

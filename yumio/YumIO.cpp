@@ -116,6 +116,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The plug-ins cannot be loaded: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-in {} has ended the operation: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-in %s has failed (%s):"),
+    QT_TRANSLATE_NOOP("YumIO", "The plug-in %s needs the command dnf and does not work in VYRE (%s)."),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed.\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "The programs of this system are an image, which VYRE cannot change. Nothing "
                                "was changed."),

@@ -3,6 +3,7 @@
 Their hooks run on the thread that works.
 """
 
+import dis
 import gc
 import glob
 import importlib
@@ -49,6 +50,21 @@ def plugInInTraceback(error):
     return ''
 
 
+def usesCommand(plugIn, error):
+    """Whether a plug-in has failed because it uses the object of the command dnf, which is None here."""
+    place = error.__traceback__
+    while place.tb_next is not None:
+        place = place.tb_next
+    if not isinstance(error, AttributeError) or not str(error).startswith("'NoneType' object has no attribute") or \
+            place.tb_frame.f_globals.get('__name__') != type(plugIn).__module__:
+        return False
+    # The failing instruction needs an attribute of the value that the previous instruction has read.
+    earlier = [step.argval for step in dis.get_instructions(place.tb_frame.f_code)
+               if step.offset < place.tb_lasti and step.opname not in ('CACHE', 'EXTENDED_ARG')]
+    read = earlier[-1] if earlier else None
+    return (read[-1] if isinstance(read, tuple) and read else read) == 'cli'
+
+
 def reasonOf(error):
     """The text of an exception. Some of those that end a program have none; then it is the name of their class."""
     return passable(str(error)) or type(error).__name__
@@ -61,6 +77,8 @@ class PlugIns(dnf.plugin.Plugins):
 
     # The failures after the packages were changed. They cannot stop the operation any more.
     faults = []
+    # The pairs of a plug-in and its hook that have used the object of the command dnf. The log has each once.
+    _withoutCommand = set()
 
     def _load(self, conf, skips, enable_plugins):
         forgetPlugIns()
@@ -100,8 +118,17 @@ class PlugIns(dnf.plugin.Plugins):
                     raise dnf.exceptions.Error(
                         tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), reasonOf(e)))
                 # The command dnf continues as well.
+                if usesCommand(plugIn, e):
+                    self._reportWithoutCommand(nameOfPlugIn(plugIn), method)
+                    continue
                 logging.getLogger('dnf').critical(tr('The plug-in %s has failed (%s):'), nameOfPlugIn(plugIn), method,
                                                   exc_info=True)
+
+    def _reportWithoutCommand(self, name, method):
+        if (name, method) not in self._withoutCommand:
+            self._withoutCommand.add((name, method))
+            logging.getLogger('dnf').warning(
+                tr('The plug-in %s needs the command dnf and does not work in VYRE (%s).'), name, method)
 
     def run_transaction(self):
         try:
