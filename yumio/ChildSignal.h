@@ -1,7 +1,7 @@
-// Gives SIGCHLD its default disposition for a scope: rpm and its scripts wait for their children themselves.
+// Gives SIGCHLD its default disposition for a scope, because rpm and its scripts wait for their children.
 //
-// The worker that applies a transaction has one on its stack. The former disposition comes back at the end of
-// the scope, on every path. The back end reports failures.
+// The worker that applies a transaction has one object on its stack. The destructor restores the former
+// disposition on every path. The back end reports failures.
 
 #ifndef YUMIO_CHILDSIGNAL_H
 #define YUMIO_CHILDSIGNAL_H
@@ -21,7 +21,7 @@ public:
     ChildSignal(const ChildSignal&) = delete;
     ChildSignal& operator=(const ChildSignal&) = delete;
 
-    // Once: not in the constructor, because the scope begins before output is captured and ends after that.
+    // Call it once. The constructor does not disable, because the scope is longer than the output capture.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

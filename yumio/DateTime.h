@@ -1,7 +1,7 @@
-// The interpreter's datetime objects. CPython's header for them keeps one pointer in every file that includes
-// it; only DateTime.cpp does.
+// Access to the interpreter's datetime objects. CPython's header for them adds a static pointer to every file
+// that includes it, so only DateTime.cpp includes it.
 //
-// Any thread that holds the interpreter lock.
+// For any thread that holds the interpreter lock.
 
 #ifndef YUMIO_DATETIME_H
 #define YUMIO_DATETIME_H
@@ -10,13 +10,13 @@
 
 namespace DateTime {
 
-// Imports the interface; false, with an exception set, when that fails.
+// Imports the interface. On failure it returns false and sets an exception.
 bool import();
 
-// Whether the object is a datetime.datetime or of a subclass of it.
+// Whether the object is a datetime.datetime or an instance of a subclass.
 bool isDateTime(PyObject* object);
 
-// Of an object for which isDateTime() is true.
+// The object must fulfil isDateTime().
 int year(PyObject* object);
 int month(PyObject* object);
 int day(PyObject* object);

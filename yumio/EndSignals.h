@@ -1,8 +1,8 @@
-// The signals that end a program, made into requests: the program is to end in good order, with the package
-// manager's lock given back.
+// Turns the signals that end a program into requests: the program then ends in good order and releases the
+// package manager's lock.
 //
-// State of the process. Installed by the graphical thread; signals may come on any thread. While the system
-// is being changed, a SignalRecorder stands in front of this.
+// State of the process. The graphical thread installs it; signals may arrive on any thread. While a
+// transaction changes the system, a SignalRecorder takes precedence over this.
 
 #ifndef YUMIO_ENDSIGNALS_H
 #define YUMIO_ENDSIGNALS_H
@@ -11,29 +11,29 @@
 
 namespace EndSignals {
 
-// Every signal that can be caught and whose default action ends the process.
+// Whether the signal can be caught and its default action ends the process.
 bool endsProcess(int number);
 
-// Every signal that an instruction which cannot be carried out raises.
+// Whether a failing instruction raises this signal.
 bool isFault(int number);
 
-// Whether the signal was sent, and is no fault of the instruction that runs and no abort() of this process:
-// there is no going on after these.
+// Whether another process or the system sent the signal. False for a fault of the running instruction and for
+// an abort() of this process: the process cannot continue after these.
 bool wasSent(const siginfo_t& info);
 
-// From now on each such signal that has its default action writes its number, an int, to the descriptor,
-// which stays the caller's. One that comes long after another one that has led to nothing, and a fault of the
-// program itself, remove the lock file and end the process at once.
+// From now on each signal that ends the process, and has its default action, writes its number, an int, to
+// the descriptor. The caller keeps the descriptor. Two cases remove the lock file and end the process at
+// once: a fault of the program itself, and a signal that arrives long after an earlier one without effect.
 void install(int descriptor);
 
-// The same for SIGINT, whose default action the interpreter sets again and again. Does nothing when nothing
-// is installed.
+// The same for SIGINT, because the interpreter repeatedly restores its default action. Without an earlier
+// install() it does nothing.
 void renew();
 
-// Whether this is what install() and renew() have set.
+// Whether install() or renew() has set this action.
 bool isOurs(const struct sigaction& action);
 
-// The package manager's lock file, which this process holds; an empty or null path: none. It is copied.
+// The package manager's lock file, held by this process; a null or empty path means none. It is copied.
 void setLockFile(const char* path);
 
 // Ends the process by the signal's default action.

@@ -1,8 +1,8 @@
-// The fields of a package, a suite or a group, each once and in the order of a search and of a description:
-// what the user reads before it, where its text comes from and who uses it. YumIO::text() reads one of a
+// The fields of a package, a suite or a group, each once, in the order of searches and descriptions:
+// the label, the source of the text and the uses of the field. YumIO::text() reads a field of a
 // record.
 //
-// Any thread; constants only.
+// For any thread: constants only.
 
 #ifndef YUMIO_FIELDS_H
 #define YUMIO_FIELDS_H
@@ -61,19 +61,19 @@ public:
         Record,       // a member of the record
         RecordKind,   // the word for the record's kind
         Text,         // an attribute of the script's package
-        Time,         // an attribute in seconds since the epoch; 0 stands for none
+        Time,         // an attribute in seconds since the epoch; 0 means no time
         Dependencies, // an attribute that is a list
         Header,       // a list in the header of an installed package
-        FileList,     // extra data, which may have to be loaded first
-        ChangeLog,    // the same
+        FileList,     // extra data, loaded on first use
+        ChangeLog,    // extra data, loaded on first use
         Members       // a list of the script's group
     };
 
     enum Use {
         OfPackages = 1, // and of suites
         OfGroups = 2,
-        // A search looks at it. It looks at the file list and the change log too, apart: they are read in
-        // other ways than the packages themselves.
+        // Searches include the field. They also include the file list and the change log, but read these
+        // separately from the packages.
         Searched = 4,
         Described = 8,  // the description of a record shows it
         OfVersions = 16 // the short description of a further installed version shows it too
@@ -82,20 +82,20 @@ public:
     struct Row
     {
         Field field;
-        const char* label; // not translated; null for the name, which heads a description
+        const char* label; // not translated; null for the name, the heading of a description
         Source source;
         const char*
-            attribute; // its name in the script, or that of the header's tag; null for the other sources
-        QString Package::Entry::*member; // null, except for a member of the record
+            attribute; // its name in the script, or the name of the header's tag; null for other sources
+        QString Package::Entry::*member; // only for the source Record, otherwise null
         int uses;
     };
 
     static const Row& row(Field field);
-    // What stands before its text, in the user's language.
+    // The label in front of the text, in the user's language.
     static QString label(Field field);
 
-    // Gives each field that has all of these uses to a function, in their order, until that returns true;
-    // whether it did.
+    // Calls the function for each field that has all of these uses, in order, until the function returns
+    // true. Returns whether it did.
     template <typename Function> static bool any(int uses, Function function)
     {
         for (int i = 0; i < Count; ++i) {

@@ -1,10 +1,10 @@
 // Reads the file lists and the change logs of all packages of a repository straight from its metadata files.
 //
-// The package manager can tell the files of one package, but it looks for the directory of each file among
-// all directories: for every package of a distribution that takes half a minute, where reading the file once
+// The package manager can list the files of one package, but it searches all directories for the directory of
+// each file. For every package of a distribution this takes half a minute. Reading the metadata file once
 // takes a second.
 //
-// Any thread; nothing here needs the interpreter.
+// For any thread, without the interpreter.
 
 #ifndef YUMIO_METADATA_H
 #define YUMIO_METADATA_H
@@ -17,22 +17,22 @@
 
 namespace Metadata {
 
-// The packages that are wanted: checksum, in hexadecimal digits, to the place in the result.
+// The packages to read: the checksum, in hexadecimal digits, and the index of the result.
 using Wanted = QHash<QByteArray, int>;
 
-// Both set texts[place], UTF-8, of each wanted package that the file holds; the others stay as they are. The
-// file may be compressed. Returns whether it is of the right kind and could be read to its end; what is wrong
-// goes to problem.
+// Both functions set texts[index], in UTF-8, for each wanted package that the file contains. The other texts
+// do not change. The file may be compressed. The result is true if the file is of the right kind and
+// complete; otherwise problem describes the fault.
 
-// One path a line, in the order of their characters, each once.
+// One path a line, without duplicates, sorted by character code.
 bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
                    QString& problem);
-// The newest entry first; each begins with "* ", the date and the author.
+// The newest entry first. Each entry begins with "* ", the date and the author.
 bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
                     QString& problem);
 
-// Whether the document, which may be compressed, is well-formed, has this outermost element, and holds as
-// many packages as it says it does.
+// Checks a document, which may be compressed: it must be well-formed, have this root element, and contain as
+// many packages as it declares.
 bool check(const QString& path, const QByteArray& rootName, QString& problem);
 
 } // namespace Metadata

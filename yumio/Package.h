@@ -1,7 +1,7 @@
 // The record of one row of the package table: an ordinary package, a group or a suite of packages.
 //
-// The back end (YumIO) makes and deletes records on a worker thread, with the interpreter lock held, and owns
-// them. The graphical thread reads them, and writes the chosen action, while no worker runs.
+// The back end (YumIO) owns the records. A worker thread makes and deletes them and holds the interpreter
+// lock. While no worker runs, the graphical thread reads them and writes the chosen action.
 
 #ifndef YUMIO_PACKAGE_H
 #define YUMIO_PACKAGE_H
@@ -32,45 +32,45 @@ class Entry
 {
 public:
     Entry();
-    // Deletes the chain of further installed versions too. It cannot drop the reference to the script's
-    // object, since it may not hold the interpreter lock: whoever deletes a record clears pyObject first, and
-    // the first record of the process for which that was forgotten is reported on standard error.
+    // Deletes the chain of further installed versions too. The destructor cannot release the script's object,
+    // because its thread may not hold the interpreter lock. The caller clears pyObject before it deletes a
+    // record. The destructor reports the first forgotten object of the process on standard error.
     ~Entry();
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
 
     // Whether the user may choose the action.
     bool permits(Action chosen) const;
-    // Whether the package manager's configuration excludes every installed version; false when there is none.
+    // Whether the package manager's configuration excludes every installed version; false without one.
     bool isExcluded() const;
 
-    Action action; // what the user chose
+    Action action; // the user's choice
     State state;
     Kind kind;
     QString name;
-    QString verRel; // version and release, with a non-zero epoch before them; empty for groups
+    QString verRel; // version and release, after the epoch unless that is zero; empty for groups
     QString repo;   // identifier of the repository
     QString arch;
-    QString biArch; // the architecture folded to the class of those that stand in for each other
+    QString biArch; // the bi-arch class: one name for all architectures that replace each other
     quint64 size;   // bytes
     QString sizeText;
     QString summary;
     quint64 buildTime; // seconds since the epoch
     QString buildTimeText;
     PyObject* pyObject; // the script's package or group object: one strong reference
-    bool duplicate;     // a record of the same name and another bi-arch class is better
-    bool excluded;      // an installed version that the package manager's configuration excludes
-    Entry* next;        // owned; installed versions of the same name and bi-arch class that came later
-    Action txAction;    // what the transaction being applied does to this record
-    bool local;         // while applying: the package file is in the local cache already, and valid
-    // What a search looks at, in UTF-8: every text but the next two, each ended by a zero (null: nothing has
-    // been read), the file list and the change log.
+    bool duplicate;     // a record of the same name and another bi-arch class is preferred
+    bool excluded;      // an installed version, excluded by the package manager's configuration
+    Entry* next;        // owned; further installed versions of the same name and bi-arch class
+    Action txAction;    // the effect of the current transaction on this record
+    bool local;         // while applying: the local cache already has a valid package file
+    // The searched texts in UTF-8: all but the file list and the change log, each followed by a zero byte,
+    // then these two. A null searchTexts means that nothing has been read.
     QByteArray searchTexts;
     QByteArray searchFiles;
     QByteArray searchChangeLog;
 };
 
-// Under which the back end finds a record: groups and packages may have the same name.
+// The key by which the back end finds a record. A group and a package may have the same name.
 class EntryKey
 {
 public:
@@ -90,11 +90,11 @@ public:
 uint qHash(const EntryKey& key);
 uint qHash(const EntryKey& key, uint seed);
 
-// The actions of records, to be set again after a new collection.
+// The actions of records, for restoring them after a new collection.
 using Marks = QHash<EntryKey, Action>;
 
-// Packages of other names, with version and architecture, that replace a record or that it replaces; empty
-// for nearly all records.
+// Packages of other names, with version and architecture, that replace a record or that the record replaces.
+// Both lists are empty for nearly all records.
 struct Replacement
 {
     QStringList by;

@@ -1,8 +1,8 @@
 // The package records: finds them by key and by name, chains the installed versions, and deletes them.
 //
-// The back end has one object. A worker changes it, with the interpreter lock held; the graphical thread
-// reads it only while no worker runs. Each version of a record has one reference to an object of the script,
-// which Records itself neither takes nor drops: clear() gives it to its caller.
+// The back end has one object. A worker changes it and holds the interpreter lock; the graphical thread reads
+// it only while no worker runs. Each version of a record has one reference to an object of the script.
+// Records itself never adds or releases this reference: clear() passes it to its caller.
 
 #ifndef YUMIO_RECORDS_H
 #define YUMIO_RECORDS_H
@@ -19,7 +19,7 @@
 class Records
 {
 public:
-    // --- For the table: the records by position, none before publish().
+    // --- For the table: the records by position. Before publish() the list is empty.
 
     int count() const { return entries.count(); }
     Package::Entry* at(int row) const { return entries.at(row); }
@@ -27,17 +27,17 @@ public:
 
     // --- Collection
 
-    // Expects so many more records. It saves the indexes from growing many times.
+    // Reserves memory for this many more records, so that the indexes do not grow step by step.
     void reserve(int further);
-    // The place of the record with this key; null if the key is new. A caller that puts a record there calls
-    // added() next.
+    // A reference to the index entry of this key; null if the key is new. A caller that stores a new record
+    // there calls added() next.
     Package::Entry*& place(const Package::EntryKey& key) { return entryIndex[key]; }
     void added(Package::Entry* entry);
-    // Finds an existing record under one more key. A record that the key has already stays.
+    // Adds one more key for an existing record. If the key already has a record, that record stays.
     void addKey(const Package::EntryKey& key, Package::Entry* entry);
-    // The place of one more installed version of a record.
+    // A reference to the end of the record's chain, for one more installed version.
     static Package::Entry*& endOfChain(Package::Entry* first);
-    // Marks all records of one name but the best as duplicates. isBetter(a, b) compares two records.
+    // Flags all records of one name but the best as duplicates. isBetter(a, b): a is preferred.
     template <typename IsBetter> void rank(Package::Entry* entry, IsBetter isBetter)
     {
         Package::Entry*& best = bestByName[entry->name];
@@ -50,23 +50,23 @@ public:
             best = entry;
         }
     }
-    // The same text in the memory that all records share; for texts that thousands of records have.
+    // The same text, from memory that all records share. For texts that thousands of records have.
     QString shared(const QString& text) { return *sharedTexts.insert(text); }
-    // A package of another name takes the place of an installed one. The texts describe them; the record of
-    // either may be null.
+    // Registers that a package of another name replaces an installed one. The texts describe the two
+    // packages; the record of either may be null.
     void addReplacement(const Package::Entry* replaced, const QString& before, const Package::Entry* other,
                         const QString& after);
     // Makes the records visible to the table.
     void publish();
 
-    // --- Finding. Null if no record fits.
+    // --- Finding. The result is null if no record fits.
 
     int keyCount() const { return entryIndex.count(); }
 
     Package::Entry* find(const Package::EntryKey& key) const { return entryIndex.value(key); }
-    // A package of any bi-arch class, if possible of the given one.
+    // A package of any bi-arch class, preferably of the given one.
     Package::Entry* findPackage(const QString& name, const QString& preferredBiArch) const;
-    // The installed version that a record has, at the begin of its chain.
+    // The installed version of a record, at the start of its chain.
     static Package::Entry* installedEntry(Package::Entry* entry);
     static quint64 installedSize(Package::Entry* entry); // 0 if nothing is installed
     Package::Replacement replacement(const Package::Entry& entry) const { return replacements.value(&entry); }
@@ -75,19 +75,19 @@ public:
     // --- Marks
 
     Package::Marks marks() const;
-    // Sets each action, if the record that has the key now permits it.
+    // Sets each action for the record that now has its key, if that record permits the action.
     void restoreMarks(const Package::Marks& marks) const;
 
     // --- Deletion
 
-    // Deletes all records. drop, if any, takes over each reference to an object of the script; without it
-    // they are abandoned.
+    // Deletes all records. drop, if set, receives each reference to an object of the script; without drop the
+    // references are abandoned.
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:
     Package::EntryList entries;
     QHash<Package::EntryKey, Package::Entry*> entryIndex;
-    // The records of the index in their order of collection, which is their order in memory too.
+    // The records of the index in the order of collection, which is also their order in memory.
     QVector<Package::Entry*> collectedEntries;
     QHash<QString, Package::Entry*> bestByName;
     QSet<QString> biArchs;

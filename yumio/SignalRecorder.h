@@ -1,9 +1,9 @@
-// Holds the signals that would end the program back for a scope, in which that would leave a transaction half
-// done: they are noted, and take their effect at the end of the scope.
+// Defers, for a scope, the signals that end the process: during the scope they would leave a transaction half
+// done. It records them and lets them take effect at the end of the scope.
 //
-// Any thread, one object at a time in the process. A signal that is ignored stays ignored. A fault of the
-// program itself ends it at once, as does an abort: there is no going on after these. Programs that are
-// started meanwhile have the usual signals.
+// For any thread, one object at a time in the process. An ignored signal stays ignored. A fault of the
+// program itself, or an abort, still ends the process at once, because the process cannot continue after
+// these. Child programs started during the scope have the usual signals.
 
 #ifndef YUMIO_SIGNALRECORDER_H
 #define YUMIO_SIGNALRECORDER_H
@@ -14,7 +14,7 @@ class SignalRecorder
 {
 public:
     SignalRecorder();
-    // Does not return when a signal that was noted ends the process.
+    // Does not return if a recorded signal ends the process.
     ~SignalRecorder();
     SignalRecorder(const SignalRecorder&) = delete;
     SignalRecorder& operator=(const SignalRecorder&) = delete;

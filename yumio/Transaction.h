@@ -1,4 +1,4 @@
-// The package manager's codes for the items of a transaction, and the progress budget of one.
+// The package manager's codes for the items of a transaction, and its number of progress steps.
 //
 // Constants only.
 
@@ -9,7 +9,7 @@
 
 namespace Transaction {
 
-// What happens to an item. The codes above 100 are phases that the package manager reports like actions.
+// The change to an item. The package manager reports phases like actions: the codes above 100.
 enum Action : long {
     Install = 1,
     Downgrade = 2,
@@ -29,15 +29,15 @@ enum Action : long {
     Post = 202
 };
 
-// Why an item is part of the transaction.
+// The reason for which an item is part of the transaction.
 enum Reason : long { Dependency = 1, Clean = 3, WeakDependency = 4, Group = 5 };
 
-// Steps of the total bar, out of which the downloads get at most the first number; the second are those of
-// the transaction itself: 100 to prepare, 1000 to prepare to run it, 8000 for the packages.
+// Steps of the total bar. The downloads get at most downloadSteps. The transaction itself gets runSteps: 100
+// to prepare it, 1000 to prepare its run, 8000 for the packages.
 constexpr quint32 downloadSteps = 24000;
 constexpr quint32 runSteps = 9100;
 
-// The weight of a package: its bytes, but even an empty one takes its time.
+// The weight of a package: its bytes, with a minimum, because even an empty package takes some time.
 inline quint64 atLeast(quint64 bytes)
 {
     return qMax<quint64>(bytes, 10240);

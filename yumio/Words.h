@@ -1,7 +1,7 @@
-// The words for the actions, states and kinds of packages, each once: whatever shows, reads out or asks for
-// one takes it from here.
+// The words for the actions, states and kinds of packages, each once. All code that shows, reads out or asks
+// for such a value uses these words.
 //
-// Graphical thread or a worker; no state. A value that is none of its enumeration has no word: the text is
+// For the graphical thread and workers; no state. A value outside its enumeration has no word: the text is
 // empty.
 
 #ifndef YUMIO_WORDS_H
@@ -17,7 +17,7 @@ class Words
     Q_DECLARE_TR_FUNCTIONS(Words)
 
 public:
-    // In a word or two, for what shows a picture and for questions.
+    // In one or two words, for columns that show a picture and for questions.
     static QString of(Package::Action action);
     static QString of(Package::State state);
     static QString of(Package::Kind kind);
@@ -26,8 +26,8 @@ public:
     static QString described(Package::State state);
     static QString described(Package::Kind kind);
 
-    // What a tool tip says of a package; a kind's is its description.
-    static QString explained(Package::Action action); // empty: nothing is to be done
+    // The tool tip of a package. For a kind, use described().
+    static QString explained(Package::Action action); // empty for no action
     static QString explained(Package::State state);
 };
 

@@ -1,9 +1,9 @@
-// The worker threads: each runs one long operation of the back end, a member function whose name ends in
+// The worker threads. Each runs one long operation of the back end: a member function whose name ends in
 // Real.
 //
-// Each object lives on the stack of the graphical thread, which waits in the event loop given to it. The
-// thread ends that loop when its operation is over. The result is valid from then on. What the arguments
-// refer to outlives the thread. YumIO.h names one such class for each operation, such as CollectThread.
+// Each object lives on the stack of the graphical thread, which waits in the given event loop. The thread
+// ends that loop when its operation is over. The result is valid from then on. Objects to which the arguments
+// refer outlive the thread. YumIO.h names one such class for each operation, such as CollectThread.
 
 #ifndef YUMIO_WORKERTHREADS_H
 #define YUMIO_WORKERTHREADS_H
@@ -25,7 +25,7 @@ public:
     {
     }
 
-    // Not used if the operation has none.
+    // Unused if the operation returns no result.
     std::conditional_t<std::is_void_v<Result>, bool, Result> result{};
 
 protected:

@@ -1,13 +1,13 @@
 // The package back end: drives the package manager through the script in the embedded interpreter, and owns
 // the package records, the log and every operation on the package manager.
 //
-// Lives on the graphical thread; the main window owns it. Every long operation has two halves: the public one
-// runs on the graphical thread, which then waits in a nested event loop and keeps the windows painted, while
-// the other half (ending in Real) runs on a worker thread. One worker runs at a time. Whoever touches a
-// Python object holds the interpreter lock: the graphical thread does so always except while it waits for a
+// Lives on the graphical thread; the main window owns it. Every long operation has two halves. The public
+// half runs on the graphical thread, which waits in a nested event loop and keeps the windows painted. The
+// other half (ending in Real) runs on a worker thread. One worker runs at a time. A thread that touches a
+// Python object holds the interpreter lock. The graphical thread always holds it, except while it waits for a
 // worker.
 //
-// Nothing here throws. A failure is reported to the user in a dialog and in the log, and the result is false,
+// No function throws. A failure is reported to the user in a dialog and in the log, and the result is false,
 // empty or null.
 
 #ifndef YUMIO_YUMIO_H
@@ -57,91 +57,91 @@ public:
     YumIO();
     ~YumIO() override;
 
-    // To be called once, before anything else. None of the three passes into the back end's ownership.
+    // Call it once, before any other function. The caller keeps the ownership of all three.
     void setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item);
 
-    // Starts the interpreter and the script; a second call does nothing. False: reported, and of no use.
+    // Starts the interpreter and the script, once. After false, which is reported, the back end is unusable.
     bool initialize();
 
-    // The directories with files of repositories that the package manager knows; empty if that is not known.
+    // The directories with repository files that the package manager knows; empty if they are unknown.
     QStringList knownDirectories();
 
-    // --- Collection. The records are valid from a successful collect() to the next clearEntries().
+    // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 
-    // repoEnable tells for each repository identifier whether it is used; identifiers that are not configured
-    // are ignored.
+    // repoEnable says for each repository identifier whether to use that repository; unknown identifiers are
+    // ignored.
     bool collect(const QHash<QString, bool>& repoEnable);
-    // Makes the script forget its packages and read the configuration anew.
+    // Makes the script forget its packages and read the configuration again.
     void reset();
     void clearEntries();
-    // At the program's end: the interpreter is not used again, so the references are abandoned.
+    // For the end of the program: abandons the references, because the interpreter is not used again.
     void clearEntriesBeforeQuit();
 
-    // Whether another package is to take the place of this installed one, or this one, which is not
-    // installed, the place of an installed one. That is left to the user: nothing marks such a record
-    // together with others.
+    // Whether a package of another name replaces this installed package, or this available package replaces
+    // an installed one of another name. The user must decide that: no function marks such a record together
+    // with others.
     bool isLeftToUser(const Package::Entry& entry) const { return records.isLeftToUser(entry); }
-    // Few records have one.
+    // Empty for nearly all records.
     Replacement replacement(const Package::Entry& entry) const { return records.replacement(entry); }
 
-    // Whether a worker runs.
+    // Whether a worker is running.
     bool isWorking() const { return worker != nullptr; }
-    // Whether rpm changes the system at this moment, which nothing may cut off. Any thread.
+    // Whether rpm is changing the system now, which must not be interrupted. Any thread.
     bool isChangingSystem() const { return changingSystem; }
-    // For a request to close the program while a worker waits for a lock of another process: ends that wait,
-    // and with it the operation, whose failure is only logged. False: no worker waits.
+    // For a request to close the program while a worker waits for another process's lock. Ends the wait and
+    // the operation, whose failure is only logged. Returns false if no worker waits.
     bool endWaiting();
-    // For an end of the program from which there is no way back. Nobody is asked anything any more; a worker
-    // goes on to its end if it changes the system, and gives up otherwise. Waits for it without serving
-    // events, then gives the package manager's lock back.
-    // What is logged from then on is reported on standard error: only faults while the display is there.
+    // For an unavoidable end of the program. No more questions are asked. A worker that changes the system
+    // finishes its work; any other worker gives up. The function waits for the worker without serving events
+    // and then releases the package manager's lock. From now on log entries go to standard error: all of
+    // them, or only faults while the display exists.
     void finish(bool displayIsThere);
 
-    // The records by position; none while they are being rebuilt.
+    // The records by position; none while a worker rebuilds the list.
     int count() const { return rebuilding ? 0 : records.count(); }
     Package::Entry* operator[](int row) const { return records.at(row); }
 
-    // --- Extra data. Each loads at most once; true when loaded.
+    // --- Extra data. Each function loads its data at most once and returns whether the data are loaded.
 
     bool collectFileLists();
     bool collectOtherData();
-    // Reads, on a worker, what Package::Entry::searchTexts holds for those of the records that lack it. Wants
-    // the extra data loaded. A search through getters alone finds the same, far slower.
+    // Reads Package::Entry::searchTexts, on a worker, for those records that lack it. The extra data must be
+    // loaded first. A search that only uses getters finds the same records, but is far slower.
     void collectSearchTexts(const QVector<Package::Entry*>& wanted);
-    // Gives the texts that a search looks at, all but the file list and the change log, to a function, one
-    // after the other until that returns true; whether it did.
+    // Calls the function for each searched text, except the file list and the change log, until the function
+    // returns true. Returns whether it did.
     bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
-    // Has a worker read what getChangeLog() needs for a package of a repository: the first one takes reading
-    // those of the whole repository. What is wrong with it is told by getChangeLog().
+    // Has a worker load the change logs that getChangeLog() needs for an available package. The first call
+    // reads those of the whole repository. A failure is reported by getChangeLog().
     void loadChangeLog(const Package::Entry& entry);
     bool haveFileLists() const { return fileListsLoaded; }
     bool haveOtherData() const { return otherDataLoaded; }
 
     // --- Applying
 
-    // Resolves, shows, confirms and runs what the records' actions ask for. True when the user confirmed and
-    // the package manager reported no failure.
+    // Carries out the actions of the records: resolves, shows the listing, asks and runs. Returns true if the
+    // user confirmed and the package manager reported no failure.
     bool apply();
-    // Whether the last apply() came as far as changing the system, whatever its result.
+    // Whether the last apply() began to change the system, regardless of its result.
     bool systemChanged() const { return transaction.transactionRan; }
-    // Whether the last apply() was refused because another program has changed the system since the records
-    // were made.
+    // Whether the last apply() was refused because another program has changed the system since the last
+    // collection.
     bool isOutdated() const { return transaction.outdated; }
 
-    // The records' actions, to be put back after a new collection.
+    // The actions of the records, for restoring them after a new collection.
     Marks marks() const { return records.marks(); }
-    // Those marks that the last apply() has not carried out because they were impossible.
+    // The impossible marks that the last apply() left out.
     const Marks& leftOutMarks() const { return transaction.leftOut; }
-    // Each for the record that has the same key now, if that still permits the action.
+    // Sets each action for the record that now has its key, if that record permits the action.
     void restoreMarks(const Marks& marks) { records.restoreMarks(marks); }
 
-    // Each has a worker remove files from the package manager's cache.
+    // Each function has a worker remove files from the package manager's cache.
     bool cleanDbcache();
     bool cleanPackages();
     bool cleanMetadata();
     bool cleanAll();
 
-    // --- Texts of one record. Empty when there is nothing to tell.
+    // --- Texts of one record. A record without this information has an empty text.
 
     QString text(const Package::Entry& entry, Fields::Field field);
     QString getName(const Package::Entry& entry) const { return entry.name; }
@@ -163,7 +163,7 @@ public:
     QString getLicense(const Package::Entry& entry) { return text(entry, Fields::License); }
     QString getPackager(const Package::Entry& entry) { return text(entry, Fields::Packager); }
     QString getUrl(const Package::Entry& entry) { return text(entry, Fields::Url); }
-    // One path a line; may run a worker.
+    // One path a line; may start a worker.
     QString getFiles(const Package::Entry& entry);
     QString getChangeLog(const Package::Entry& entry);
     // One dependency a line.
@@ -176,7 +176,7 @@ public:
     QString getSuggests(const Package::Entry& entry) { return text(entry, Fields::Suggests); }
     QString getSupplements(const Package::Entry& entry) { return text(entry, Fields::Supplements); }
     QString getEnhances(const Package::Entry& entry) { return text(entry, Fields::Enhances); }
-    // One package a line; for groups.
+    // One package a line, for groups.
     QString getMandatoryPkgs(const Package::Entry& entry) { return text(entry, Fields::MandatoryPackages); }
     QString getDefaultPkgs(const Package::Entry& entry) { return text(entry, Fields::DefaultPackages); }
     QString getOptionalPkgs(const Package::Entry& entry) { return text(entry, Fields::OptionalPackages); }
@@ -188,27 +188,27 @@ public:
 
     // The value of a variable of the package manager's configuration, such as "basearch".
     QString getYumVar(QString variable);
-    // The text with the variables replaced as the package manager replaces them in the files of repositories.
+    // The text after replacing the variables as the package manager does in repository files.
     QString expandVariables(QString text);
-    // Kept for bug reports and for behaviour that depends on the version, as is dnfVersion().
+    // This and dnfVersion() are kept for bug reports and for behaviour that depends on the version.
     QString dnfVersionStr();
-    // As 10000 * first + 100 * second + third part; 0 when it is not known.
+    // As 10000 * first + 100 * second + third part; 0 if the version is unknown.
     quint64 dnfVersion();
 
     // --- Log and messages, from any thread
 
     Log::EntryList& logEntries() { return logList; }
-    // An error mark inside the text begins a line of its own; each line becomes an entry.
+    // Each line becomes an entry. An error mark inside the text begins a new line.
     void log(Log::Kind kind, unsigned int level, const QString& text);
-    // Both log the text and show it in a dialog, and return when the user has closed that. Passwords in URLs
-    // are hidden in both places.
+    // Both functions log the text and show it in a dialog. They return when the user has closed the dialog.
+    // Passwords in URLs are hidden in both places.
     void error(const QString& text) override;
     void warning(const QString& text) override;
     void stdoutCapturedWrite(const QString& text) override;
     void stderrCapturedWrite(const QString& text) override;
     void captureEnded() override;
 
-    // --- What the script calls; see YumIOCTarget. Worker thread, or the graphical one while no worker runs.
+    // --- Functions for the script (YumIOCTarget). Worker thread; without a worker, the graphical thread.
 
     PyObject* stdoutWrite(PyObject* module, PyObject* args) override;
     PyObject* stderrWrite(PyObject* module, PyObject* args) override;
@@ -231,14 +231,14 @@ public:
     PyObject* gpgsigcheck(PyObject* module, PyObject* args) override;
 
 public Q_SLOTS:
-    // Lets the worker that has just been started go on; called from inside the loop that waits for it.
+    // Releases the worker that was just started; called from inside the loop that waits for the worker.
     void blockerRelease();
 
 Q_SIGNALS:
     void collectedExtraData();
 
 private:
-    // Tests reach the operations that have no caller of their own outside.
+    // For tests of operations without a public function.
     friend class YumIOProbe;
 
     // Sets a flag for a scope.
@@ -256,13 +256,13 @@ private:
 
     class ChildSignal;
 
-    // Holds a worker back until the loop that it will end is running.
+    // Delays a worker until the event loop that the worker will end is running.
     class Blocker
     {
     public:
         void prepare() { mutex.lock(); }
         void release() { mutex.unlock(); }
-        // Waits until released.
+        // Waits for release().
         void block()
         {
             mutex.lock();
@@ -273,10 +273,10 @@ private:
         QMutex mutex;
     };
 
-    // What is being done, for the callbacks that mean different things then.
+    // The current operation. Some callbacks depend on it.
     enum Phase : quint32 { Idle = 0, Collecting = 1, Applying = 2 };
 
-    // Sets the phase back on every way out of an operation.
+    // Resets the phase on every path out of an operation.
     class PhaseScope
     {
     public:
@@ -322,18 +322,18 @@ private:
     using CleanThread = WorkerThread<&YumIO::cleanReal>;
 
     // Collection (YumIOCollect.cpp)
-    // The base object is kept for scripts that have more than one; repos is that of the only one.
+    // The base object is kept for scripts with more than one; repos belongs to the only one.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);
-    // What is installed although the configuration excludes it; the script need not know of such.
+    // Collects installed packages that the configuration excludes; a script may lack this function.
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
-    // The name and the architecture are the package's own: whoever looks for its key has read them already.
+    // The caller passes the package's name and architecture, because it has already read them for the key.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
     bool collectGroups(PyObject* groups);
-    // A history that cannot be read is asked no further; historyFault says why, and is empty until then.
+    // Stops asking a history that cannot be read; historyFault holds the reason and is empty until then.
     void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
                       QString& historyFault);
     void collectReplacements();
@@ -341,9 +341,9 @@ private:
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
 
     // Searching (YumIOSearch.cpp)
-    // Up to so many packages are asked for their files one by one; for more, the metadata are read through.
+    // The files of up to this many packages are read one by one; those of more, from the metadata file.
     static int fewPackages;
-    QString metadataPath(const QString& repo, const char* kind); // empty: there is none
+    QString metadataPath(const QString& repo, const char* kind); // empty without such a file
 
     // Extra data and details (YumIODetails.cpp)
     bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
@@ -351,7 +351,7 @@ private:
     QString getRelDepList(PyObject* pkg, const char* attr);
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
-    // New reference or null. Kept for tags that are no lists.
+    // New reference or null. Kept for tags that are not lists.
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag);
     PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
     void missingAttribute(const char* attr);
@@ -365,7 +365,7 @@ private:
     bool applyGrpChkInsUpd(const Package::Entry& group, const Package::Entry& pkg);
     bool applyGrpConflict(const Package::Entry& group, const Package::Entry& pkg);
     PyObject* getGroupItem(const Package::Entry& group, const char* attr); // new reference or null
-    // The lines that follow what the user has marked.
+    // The lines of the listing after the marked packages.
     struct Listing
     {
         QString dependencies;
@@ -383,17 +383,17 @@ private:
     // Output and progress (YumIOProgress.cpp)
     PyObject* stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending);
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
-    // Writes the last line of an operation, which has no line feed: it must not become part of another one's.
+    // Logs an operation's last line, which lacks a line feed, apart from the next operation's output.
     void finishLine(Log::Kind kind, unsigned int level, QString& pending);
-    void finishLines(); // of what the script prints
+    void finishLines(); // of the script's output
     PyObject* badArguments(const char* text);
     PyObject* badPhase(const char* text);
-    static PyObject* noneUnlessPending(); // null while an exception is pending, which the script is to see
+    static PyObject* noneUnlessPending(); // null passes a pending exception on to the script
     bool isPayload(PyObject* object);
     bool payloadError(const QString& text); // false
     bool payloadText(PyObject* payload, const char* function, QString& text, quint64& size);
     void tsDownloadStart();
-    // Gives a payload the next download slot.
+    // Assigns the next download slot to a payload.
     QHash<QString, quint32>::const_iterator startSlot(const QString& text, quint64 size);
     void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);
     void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
@@ -402,7 +402,7 @@ private:
     bool isInstance(PyObject* object, PyObject* type);
 
     // Values of the package manager, and records (YumIO.cpp)
-    using ScriptValues::getVerRel; // beside the text of a record
+    using ScriptValues::getVerRel; // otherwise hidden by the function for records
     QString getBiArch(const QString& arch);
     static Package::Entry* installedEntry(Package::Entry* entry) { return Records::installedEntry(entry); }
     Package::Entry* findPackage(const QString& name);
@@ -424,7 +424,7 @@ private:
     void commExceptSetup();
     bool commExceptRaised(PyObject* result, const QString& what);
     void showRemarks();
-    // Use the guard ChildSignal.
+    // Only for the guard ChildSignal.
     bool sigchldDisable();
     void sigchldRestore();
     bool reapChildren();
@@ -432,21 +432,21 @@ private:
     Records records;
     QString basearch;
     QHash<QString, QString> biArchByArch; // the script's answers
-    bool clearing = false;                // the records are being deleted; kept for diagnostics
-    QThread* worker = nullptr;            // null while none runs
-    bool blockerHeld = false;             // the worker is held back
+    bool clearing = false;                // a worker deletes the records; kept for diagnostics
+    QThread* worker = nullptr;            // null without a running worker
+    bool blockerHeld = false;             // the worker is delayed
     std::atomic<bool> changingSystem{false};
-    // For a lock of another process. What was ended stays so until the next operation begins.
+    // The wait for another process's lock. Ended remains until the next operation begins.
     enum class Wait { None, Lasts, Ended };
     std::atomic<Wait> wait{Wait::None};
-    bool rebuilding = false; // a worker changes the list of records; the graphical thread keeps away from it
+    bool rebuilding = false; // a worker changes the list of records; the graphical thread must not read it
     Log::EntryList logList;
-    // Where in the log the output of an expected exception begins; -1: none is expected.
+    // The log position at which the output of an expected exception begins; -1 without an expected exception.
     int exceptLogStart = -1;
     bool fileListsLoaded = false;
     bool otherDataLoaded = false;
-    QSet<QByteArray> missingAttributes; // those that the user was told of
-    QString reportedHistoryFault;       // the same
+    QSet<QByteArray> missingAttributes; // already reported to the user
+    QString reportedHistoryFault;       // already reported to the user
     YumIODialogs* dialogs = nullptr;
     QWidget* parent = nullptr;
     HProgressBar* totalBar = nullptr;
@@ -460,13 +460,13 @@ private:
     PyRef base;
     PyRef repos;
     QStringList enabledRepos;
-    QString readingName; // the data being read from the repositories; kept for diagnostics
+    QString readingName; // the kind of data that the operation reads; kept for diagnostics
     quint32 readingCount = 0;
     QString readingRepo;
     quint64 readingMax = 1;
 
-    // Exception and payload classes, borrowed. OtherRepoError and MetadataError are null: they are kept for a
-    // package manager that has such classes.
+    // Exception and payload classes, borrowed. OtherRepoError and MetadataError are null: they are kept for
+    // package managers with such classes.
     enum Class {
         BdbQuit,
         DnfError,
@@ -481,7 +481,7 @@ private:
         ClassCount
     };
     PyObject* classes[ClassCount] = {};
-    // The process's standard error, even if the script redirects its own. Kept for diagnostics.
+    // The standard error of the process, even if the script redirects its own. Kept for diagnostics.
     FILE* terminal = nullptr;
     Blocker blocker;
 
