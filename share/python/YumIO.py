@@ -276,7 +276,7 @@ class YumIO:
         return package.verifyLocalPkg()
 
     def expandVariables(self, text):
-        """Replace the variables of a text as in repository files; the version of dnf defines which there are."""
+        """Replace the variables of a text as in repository files. The version of dnf decides which variables exist."""
         return libdnf.conf.ConfigParser.substitute(text, self.base.conf.substitutions)
 
     def metadataPath(self, repoid, kind):

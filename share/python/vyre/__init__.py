@@ -1,5 +1,5 @@
-"""The parts of YumIO.py, the script of the program: it imports them, and keeps only what the program calls.
+"""The parts of the script YumIO.py, which has only the class whose methods the program calls.
 
-Nothing else imports this package. A module imports only modules that do not import it in turn. All of it runs on one
-thread at a time: the graphical one at the start, a worker thread for every long operation.
+Only YumIO.py imports this package. A module imports only modules that do not import it, also indirectly. One thread at
+a time runs the script: the graphical one at the start, at a reset and at the end, a worker for every long operation.
 """

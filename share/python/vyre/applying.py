@@ -67,7 +67,9 @@ def download(base):
 
 
 def runTransaction(base, checkCurrent):
-    """Run the confirmed transaction; checkCurrent is called when no other program can change the packages any more.
+    """Run the confirmed transaction. As soon as no other program can change the packages, checkCurrent is called.
+
+    Returns whether the transaction was more than a test.
     """
     with DatabaseLock():
         checkCurrent()

@@ -1,6 +1,6 @@
 """The package manager itself: dnf's class Base with what the script adds.
 
-The graphical thread makes the object and gives it up at the end; a worker uses it in between.
+The graphical thread makes, renews and closes the object; workers use it in between.
 """
 
 import ctypes

@@ -1,6 +1,6 @@
 """dnf's configuration as the files have it, for the managed system.
 
-It is read at the start, on the graphical thread, and again for each collection, on a worker.
+The graphical thread reads it at the start, and again before each new collection.
 """
 
 import logging

@@ -1,4 +1,4 @@
-"""rpm's database: where it is, and whether it has changed. On the thread that works."""
+"""rpm's database: where it is, and whether it has changed. On the graphical thread and on workers."""
 
 import logging
 import os

@@ -1,4 +1,4 @@
-"""Groups of packages, and whether the versions of libcomps and Python can read them. On the thread that works."""
+"""Groups of packages, and whether libcomps and Python can read them. On the worker that collects them."""
 
 import functools
 import logging

@@ -34,9 +34,7 @@ def commandLine(*lists):
 
 
 def reportLeftovers(base):
-    """Report what a transaction has left behind that was interrupted by a crash or a power failure. dnf does not report
-    it.
-    """
+    """Report what remains of a transaction that a crash or a power failure has interrupted. dnf does not report it."""
     parts = []
     try:
         reportInterrupted(base, parts)
@@ -107,8 +105,8 @@ def endHistory(base):
 
 
 def unrecorded(base, items):
-    """The items of a transaction whose changes are missing in rpm's database, which is read again. rpm ignores that it
-    cannot write the database.
+    """The items of a transaction whose changes are missing in rpm's database. The database is read again, because rpm
+    ignores that it cannot write it.
     """
     del base._ts
     wanted = {}

@@ -1,6 +1,6 @@
-"""The locks: dnf's on its files, which the program holds for its whole life, dnf's on its cache, and rpm's.
+"""The locks: dnf's lock on its own files, which the program holds for its whole life; dnf's on its cache; and rpm's.
 
-The graphical thread takes and gives back the lock of the session; a worker takes all others.
+Workers take them. The graphical thread gives dnf's lock back at the end.
 """
 
 import errno
@@ -328,8 +328,8 @@ def useDatabaseLock(lock=None):
 
 
 def takeSessionLock(conf):
-    """Take dnf's lock on its own files for the rest of the run, and return it. Lock files left behind by processes that
-    have ended are removed before.
+    """Remove the lock files of processes that have ended. Then take dnf's lock on its own files, for the rest of the
+    run, and return it.
     """
     for left in (buildDatabaseLock(conf.persistdir, True), buildMetadataLock(conf.cachedir, True),
                  buildDownloadLock(conf.cachedir, True)):
@@ -348,6 +348,7 @@ def takeSessionLock(conf):
 
 
 def giveSessionLockBack(lock):
+    """Release the lock of takeSessionLock()."""
     useDatabaseLock()
     try:
         lock.__exit__()

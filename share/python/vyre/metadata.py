@@ -1,4 +1,4 @@
-"""The documents of a repository's metadata, and what is wrong with them. On the worker that reads the repositories."""
+"""The documents of a repository's metadata, and their faults. On the worker that reads the repositories."""
 
 import bz2
 import glob

@@ -1,6 +1,6 @@
-"""What the script writes: the standard streams, the log, the log files, and what it says on the bar and in the listing.
+"""The output of the script: standard streams, the log, the log files, the text on the bar, additions to the listing.
 
-The package manager writes on the thread that works, and so does this module.
+Every thread that holds the interpreter's lock may use it.
 """
 
 import logging

@@ -1,6 +1,6 @@
 """The plug-ins of dnf: they are loaded again with each configuration, and a failure names its plug-in.
 
-Their hooks run on the thread that works.
+Their hooks run on workers.
 """
 
 import dis

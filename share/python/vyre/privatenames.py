@@ -52,6 +52,10 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     )),
 ) for place, names in found for name in names)
 
+# The private names that an object has, and its class has not.
+NAMES_OF_OBJECTS = ('_comps', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos',
+                    '_trans_install_set', '_trans_success', '_trans_tempfiles')
+
 # Private names that only newer versions have.
 NEW_NAMES = ('_persistence',)
 
@@ -72,8 +76,3 @@ def requirePrivateNames(*objects):
             # The program shows the log of a failed start.
             logging.getLogger('dnf').error('%s', fault)
             raise SystemExit(fault)
-
-
-# The private names that an object has, and its class has not.
-NAMES_OF_OBJECTS = ('_comps', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos',
-                    '_trans_install_set', '_trans_success', '_trans_tempfiles')

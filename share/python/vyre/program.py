@@ -1,8 +1,8 @@
 """Everything that the program offers to the script, and what the script replaces in dnf.
 
 The program registers the module yumIOC, and sets further names in the globals of YumIO.py before it runs that file.
-YumIO.py passes them on to here; the other modules find them only here. The functions are called on the thread that
-holds the interpreter's lock. Without one of them the script does without it.
+YumIO.py passes them on to this module, and the other modules use them only from here. The functions are called on the
+thread that holds the interpreter's lock. None of them is necessary.
 """
 
 import yumIOC  # noqa: F401  (the other modules import it from here)
@@ -14,13 +14,13 @@ translations = {}
 addBeforeListing = None
 # Adds lines to the end of that listing.
 addToListing = None
-# Says on the bar of the current step what is being done.
+# Shows on the bar of the current step what happens now.
 changeActivity = None
 # Finds the fault of a document of metadata.
 faultOfMetadata = None
 # Hides the passwords of a text.
 hideSecrets = None
-# Says what the script waits for; the answer is whether to go on waiting.
+# Shows what the script waits for; returns whether to wait longer.
 waitForLock = None
 
 OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'hideSecrets',
@@ -40,7 +40,7 @@ def tr(text):
 
 
 def withoutSecrets(text):
-    """The text with the passwords in it hidden."""
+    """The text with its passwords hidden."""
     return text if hideSecrets is None else hideSecrets(text)
 
 
@@ -48,7 +48,7 @@ def withoutSecrets(text):
 
 MISSING = object()
 
-# Each replaced name: the class or module, the name, and what it was; the newest comes last.
+# Each replaced name: the class or module, the name, and its former value; the newest is the last.
 replaced = []
 
 
@@ -59,7 +59,7 @@ def replace(place, name, value):
 
 
 def restore():
-    """Give dnf back what was replaced, so that the next run of the script starts from dnf's own classes."""
+    """Restore the replaced names, so that the next run of the script starts with dnf's own classes."""
     while replaced:
         place, name, value = replaced.pop()
         if value is not MISSING:

@@ -13,8 +13,8 @@ PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
 
 
 def clearest(lines):
-    """The lines of a problem, those with names of packages first. A line without any details is left out, if another
-    line has some.
+    """The lines of a problem, those with names of packages first. A line without details is left out if another line
+    has some.
     """
     text = 'conflicting requests'
     empty = (text, gettext.translation('libdnf', fallback=True).gettext(text))

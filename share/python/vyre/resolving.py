@@ -211,7 +211,7 @@ def impossibleRemovals(base, marks):
     attempts = iter(range(ATTEMPTS))
 
     def search(packages, groups):
-        """Raises StopIteration after too many attempts."""
+        """The impossible ones among these. Raises StopIteration after too many attempts."""
         next(attempts)
         if canBeRemoved(base, Marks(removes=packages, groupRemoves=groups)):
             return []

@@ -1,4 +1,4 @@
-"""The space on disks: hints for messages, and the directory of rpm's scripts. On the thread that works."""
+"""The space on disks: hints for messages, and the directory of rpm's scripts. On workers."""
 
 import os
 import sys

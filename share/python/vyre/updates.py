@@ -1,4 +1,4 @@
-"""Which packages are updates of which installed ones. On the worker that collects the packages."""
+"""Finds the updates, and the packages that replace others. On the worker that collects the packages."""
 
 import dnf.rpm
 import hawkey
