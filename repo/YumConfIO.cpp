@@ -119,7 +119,7 @@ void YumConfIO::doubtCopies()
     copies.sort();
     for (const QString& copy : qAsConst(copies)) {
         doubts.append(
-            tr("The writing of a configuration file was cut off. The text that it had before is in %1")
+            tr("VYRE was interrupted while it wrote a configuration file. The previous text is in %1")
                 .arg(copy));
     }
 }

@@ -339,7 +339,7 @@ bool YumConfIO::commit(std::vector<std::unique_ptr<SafeFile>>& files, const QLis
         } else if (!file.copy().isEmpty()) {
             const int failure = errno;
             Q_EMIT noted(
-                tr("The writing of a configuration file was cut off. The text that it had before is in %1")
+                tr("VYRE was interrupted while it wrote a configuration file. The previous text is in %1")
                     .arg(file.copy()));
             errno = failure;
         }

@@ -1599,8 +1599,8 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
         <translation>%1 enthält Zeichen außerhalb von ASCII. Aus jedem werden zwei andere, wenn die Datei geschrieben wird.</translation>
     </message>
     <message>
-        <source>The writing of a configuration file was cut off. The text that it had before is in %1</source>
-        <translation>Das Schreiben einer Konfigurationsdatei wurde abgebrochen. Ihr vorheriger Text steht in %1</translation>
+        <source>VYRE was interrupted while it wrote a configuration file. The previous text is in %1</source>
+        <translation>VYRE wurde unterbrochen, als es eine Konfigurationsdatei schrieb. Der vorherige Text steht in %1</translation>
     </message>
     <message>
         <source>Nothing is written: other programs have made or changed these files since they were read, or they are left alone.
@@ -2388,24 +2388,24 @@ Es sind nur noch {} kB frei für {}</translation>
         <translation>Die Transaktion ist fehlgeschlagen für:</translation>
     </message>
     <message>
-        <source>The database of packages does not have what was done to:</source>
-        <translation>In der Paketdatenbank fehlt, was geschehen ist mit:</translation>
+        <source>The package database does not record these changes:</source>
+        <translation>Die Paketdatenbank enthält diese Änderungen nicht:</translation>
     </message>
     <message>
         <source>There is no repository {}</source>
         <translation>Es gibt keine Paketquelle {}</translation>
     </message>
     <message>
-        <source>The last transaction, begun on {}, did not come to its end.
-What it has left undone has to be marked and applied again.</source>
-        <translation>Die letzte Transaktion, begonnen am {}, ist nicht zu Ende gekommen.
-Was sie nicht getan hat, muss neu vorgemerkt und angewendet werden.</translation>
+        <source>The last transaction, begun on {}, was interrupted.
+Mark and apply its remaining changes again.</source>
+        <translation>Die letzte Transaktion, begonnen am {}, wurde unterbrochen.
+Ihre restlichen Änderungen müssen noch einmal vorgemerkt und angewendet werden.</translation>
     </message>
     <message>
-        <source>Of these packages several versions are installed, as a transaction leaves them that is cut off:
+        <source>Several versions of these packages are installed, left behind by an interrupted transaction:
 {}
 &quot;dnf remove --duplicates&quot; removes the older ones.</source>
-        <translation>Von diesen Paketen sind mehrere Versionen installiert, wie eine abgebrochene Transaktion sie hinterlässt:
+        <translation>Von diesen Paketen sind mehrere Versionen installiert, die eine abgebrochene Transaktion hinterlassen hat:
 {}
 „dnf remove --duplicates“ entfernt die älteren.</translation>
     </message>
@@ -2472,8 +2472,8 @@ Trotzdem anwenden?
         <translation>Es ist zu wenig Platz für die Skripte von Paketen. Es wurde nichts geändert.</translation>
     </message>
     <message>
-        <source>The history of transactions does not have the end of the last one, begun on {}.
-All its packages are as it was to leave them.</source>
+        <source>The history does not record the end of the last transaction, begun on {}.
+All its packages are in the intended state.</source>
         <translation>In der Liste der früheren Transaktionen fehlt das Ende der letzten, begonnen am {}.
 Alle ihre Pakete sind so, wie sie sein sollen.</translation>
     </message>

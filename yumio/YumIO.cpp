@@ -93,7 +93,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "Looking for what can be applied"),
     QT_TRANSLATE_NOOP("YumIO", "{} is not newer than what is installed."),
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
-    QT_TRANSLATE_NOOP("YumIO", "The database of packages does not have what was done to:"),
+    QT_TRANSLATE_NOOP("YumIO", "The package database does not record these changes:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
     QT_TRANSLATE_NOOP("YumIO", "another package"),
     QT_TRANSLATE_NOOP("YumIO", "The history of transactions is damaged: {}\nMove the file away: the package "
@@ -129,9 +129,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. They may not run.{}"
                                "\nApply all the same?\n"),
     QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. Nothing was changed."),
-    QT_TRANSLATE_NOOP("YumIO",
-                      "The history of transactions does not have the end of the last one, begun on {}.\n"
-                      "All its packages are as it was to leave them."),
+    QT_TRANSLATE_NOOP("YumIO", "The history does not record the end of the last transaction, begun on {}.\n"
+                               "All its packages are in the intended state."),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the package database"),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for another program, which uses the package database"),
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database: {}\nKeep waiting?\n"),
@@ -146,11 +145,11 @@ const char* const scriptTexts[] = {
                       "Process {} has ended without removing its lock file {}. The file is removed."),
     // One text in two lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
-    QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, did not come to its end.\nWhat it has "
-                               "left undone has to be marked and applied again."),
+    QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, was interrupted.\nMark and "
+                               "apply its remaining changes again."),
     QT_TRANSLATE_NOOP("YumIO",
-                      "Of these packages several versions are installed, as a transaction leaves them that "
-                      "is cut off:\n{}\n\"dnf remove --duplicates\" removes the older ones."),
+                      "Several versions of these packages are installed, left behind by an interrupted "
+                      "transaction:\n{}\n\"dnf remove --duplicates\" removes the older ones."),
 };
 
 // The text with the passwords in it hidden; a new reference. For the script, whose log files it goes to.

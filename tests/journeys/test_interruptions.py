@@ -6,8 +6,8 @@ import subprocess
 import journey
 from journey import Gate, JourneyTest, wait_for
 
-INTERRUPTED = 'did not come to its end.\nWhat it has left undone has to be marked and applied again.'
-SEVERAL = ('Of these packages several versions are installed, as a transaction leaves them that is cut off:\n'
+INTERRUPTED = 'was interrupted.\nMark and apply its remaining changes again.'
+SEVERAL = ('Several versions of these packages are installed, left behind by an interrupted transaction:\n'
            '  doorkeeper-1.0-1.noarch, doorkeeper-1.1-1.noarch\n'
            '"dnf remove --duplicates" removes the older ones.')
 

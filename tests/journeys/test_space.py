@@ -106,7 +106,7 @@ class SpaceTest(JourneyTest):
             filesystems.resize(database, 0)
             glutton.let_go()
             self.check_message(window.program, YUM_ERROR, 'The transaction failed for:\nglutton-1.0-1.noarch\n'
-                               'The database of packages does not have what was done to:\nbirch-log-3.0-1.x86_64\n'
+                               'The package database does not record these changes:\nbirch-log-3.0-1.x86_64\n'
                                'There are only 0 kB left for {}\nUnable to apply changes'.format(database))
             window.wait_ready()
             self.check_unchanged()

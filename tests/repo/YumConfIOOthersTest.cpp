@@ -263,8 +263,8 @@ void YumConfIOOthersTest::leftoversOfAKilledProgramAreFound()
     QVERIFY(conf->read(window.get()));
     QCOMPARE(ids(), QStringList(QStringLiteral("a")));
     const QString text =
-        QStringLiteral("The writing of a configuration file was cut off. The text that it had "
-                       "before is in ");
+        QStringLiteral("VYRE was interrupted while it wrote a configuration file. The previous "
+                       "text is in ");
     QCOMPARE(conf->doubts, QStringList({text + mainCopy, text + copy}));
     QVERIFY(QFile::exists(temporary));
     QVERIFY(conf->write(window.get()));

@@ -27,7 +27,7 @@ class LeftoversTest(ScenarioTest):
 
     def reports(self):
         return [text for text in self.recording.errors() if "last transaction" in text or
-                "the last one" in text or "several versions" in text]
+                "Several versions" in text]
 
     def collect_again(self):
         self.recording.clear()
@@ -61,13 +61,13 @@ class LeftoversTest(ScenarioTest):
             database.execute("UPDATE trans SET dt_begin = 86400, dt_end = 0, state = 0 "
                              "WHERE id = (SELECT max(id) FROM trans)")
         self.collect_again()
-        self.assertEqual(self.reports(), ["The history of transactions does not have the end of the last one, begun on "
-                                          "%s.\nAll its packages are as it was to leave them." % time.ctime(86400)])
+        self.assertEqual(self.reports(), ["The history does not record the end of the last transaction, begun on "
+                                          "%s.\nAll its packages are in the intended state." % time.ctime(86400)])
         # A missing package means that the transaction was interrupted.
         self.sandbox.rpm("--erase", "astrolabe")
         self.collect_again()
-        self.assertEqual(self.reports(), ["The last transaction, begun on %s, did not come to its end.\n"
-                                          "What it has left undone has to be marked and applied again."
+        self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
+                                          "Mark and apply its remaining changes again."
                                           % time.ctime(86400)])
         # It is no longer the last transaction.
         self.apply(installs=["astrolabe"])
@@ -82,8 +82,8 @@ class LeftoversTest(ScenarioTest):
         self.load()
         self.yumio.lock()
         self.collect()
-        self.assertEqual(self.reports(), ["Of these packages several versions are installed, as a transaction leaves "
-                                          "them that is cut off:\n"
+        self.assertEqual(self.reports(), ["Several versions of these packages are installed, left behind by an "
+                                          "interrupted transaction:\n"
                                           "  abacus-cli-3.2.1-1.x86_64, abacus-cli-3.3.0-2.x86_64\n"
                                           "  barometer-1.0-1.x86_64, barometer-1.1-2.x86_64\n"
                                           "\"dnf remove --duplicates\" removes the older ones."])

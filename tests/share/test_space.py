@@ -71,7 +71,7 @@ class SpaceTest(ScenarioTest):
         self.mount_small("/var/lib/rpm", PLENTY)
         self.started()
         self.resize("/var/lib/rpm", 0)
-        self.assert_refused("^The database of packages does not have what was done to:\nbirch-log-3.0-1.x86_64\n"
+        self.assert_refused("^The package database does not record these changes:\nbirch-log-3.0-1.x86_64\n"
                             "There are only 0 kB left for %s/var/lib/rpm$" % self.sandbox.root, removes=["birch-log"])
         self.resize("/var/lib/rpm", PLENTY)
         self.again()
@@ -130,9 +130,9 @@ class SpaceTest(ScenarioTest):
         self.yumio.lock()
         self.collect()
         errors = "\n".join(self.recording.errors())
-        self.assertIn("The history of transactions does not have the end of the last one, begun on ", errors)
-        self.assertIn("\nAll its packages are as it was to leave them.", errors)
-        self.assertNotIn("did not come to its end", errors)
+        self.assertIn("The history does not record the end of the last transaction, begun on ", errors)
+        self.assertIn("\nAll its packages are in the intended state.", errors)
+        self.assertNotIn("The last transaction, begun on", errors)
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
         self.assertEqual(self.yumio.remarks, [])
         self.yumio.reset()

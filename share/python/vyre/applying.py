@@ -91,7 +91,7 @@ def runTransaction(base, checkCurrent):
     missing = [item for item in unrecorded(base, items) if item not in failed]
     parts = [head + '\n' + '\n'.join(sorted(set(str(item) for item in found))) for head, found in (
         (tr('The transaction failed for:'), failed),
-        (tr('The database of packages does not have what was done to:'), missing)) if found]
+        (tr('The package database does not record these changes:'), missing)) if found]
     if parts:
         raise dnf.exceptions.Error('\n'.join(parts) + spaceHints(failed))
     return True

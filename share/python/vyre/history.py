@@ -40,8 +40,8 @@ def reportLeftovers(base):
         reportInterrupted(base, parts)
         several = severalVersions(base)
         if several:
-            parts.append(tr('Of these packages several versions are installed, as a transaction leaves them that '
-                            'is cut off:\n{}\n"dnf remove --duplicates" removes the older ones.').format(
+            parts.append(tr('Several versions of these packages are installed, left behind by an interrupted '
+                            'transaction:\n{}\n"dnf remove --duplicates" removes the older ones.').format(
                                 '\n'.join('  ' + ', '.join(str(package) for package in packages)
                                           for packages in several)))
     except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
@@ -64,11 +64,11 @@ def reportInterrupted(base, parts):
         begin = time.ctime(last.beg_timestamp)
         # Groups have no names here.
         if not unrecorded(base, [item for item in last.packages() if item.name]):
-            parts.append(tr('The history of transactions does not have the end of the last one, begun on {}.\n'
-                            'All its packages are as it was to leave them.').format(begin))
+            parts.append(tr('The history does not record the end of the last transaction, begun on {}.\n'
+                            'All its packages are in the intended state.').format(begin))
         else:
-            parts.append(tr('The last transaction, begun on {}, did not come to its end.\nWhat it has left undone '
-                            'has to be marked and applied again.').format(begin))
+            parts.append(tr('The last transaction, begun on {}, was interrupted.\n'
+                            'Mark and apply its remaining changes again.').format(begin))
     finally:
         history.close()
         del base._ts  # other programs may need the database
