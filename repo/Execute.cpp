@@ -30,8 +30,8 @@ void keep(int& kept, int fd)
     }
 }
 
-// --- What the children do. Other threads may have held any lock when the process was copied, so that only
-// the system itself is asked.
+// --- Code of the child processes. At fork() other threads may have held any lock, so this code uses system
+// calls only.
 
 void report(const char* format, const char* program, int failure)
 {
@@ -40,7 +40,7 @@ void report(const char* format, const char* program, int failure)
         program != nullptr
             ? snprintf(text, sizeof text, format, program, unsigned(failure), strerror(failure))
             : snprintf(text, sizeof text, format, unsigned(failure), strerror(failure));
-    // Nobody is left to hear that this failed too.
+    // This failure cannot be reported anywhere.
     if (write(STDERR_FILENO, text, std::min(static_cast<size_t>(length), sizeof text - 1)) < 0) {
         return;
     }
@@ -62,7 +62,7 @@ void restoreSignals()
     memset(&byDefault, 0, sizeof byDefault);
     byDefault.sa_handler = SIG_DFL;
     for (int number = 1; number <= SIGRTMAX; ++number) {
-        sigaction(number, &byDefault, nullptr); // refused for the two that always are as they are
+        sigaction(number, &byDefault, nullptr); // fails for SIGKILL and SIGSTOP, which cannot change
     }
     sigset_t none;
     sigemptyset(&none);
@@ -77,7 +77,7 @@ void closeDescriptors()
         return;
     }
 #endif
-    // An older system. What the limit allows may be a thousand million, far more than there ever are.
+    // For older systems. The limit may be 1,000,000,000, far more than the open descriptors.
     rlimit limit{};
     const rlim_t most = 65536;
     const rlim_t end = getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min(limit.rlim_cur, most) : most;
@@ -89,7 +89,7 @@ void closeDescriptors()
 [[noreturn]] void runChild(char* const* argv)
 {
     restoreOutput();
-    setsid(); // keys pressed in our terminal are not meant for the program
+    setsid(); // signals of keys in our terminal must not reach the program
     const pid_t grandchild = fork();
     if (grandchild < 0) {
         report("second fork() failed; errno = %u (%s)\n", nullptr, errno);
@@ -115,7 +115,7 @@ void Execute::keepOutput()
 
 void Execute::execute(QWidget* parent, char* const* argv)
 {
-    // No handler of ours may run in a child.
+    // No signal handler of this process may run in a child.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);

@@ -1,6 +1,6 @@
-// Starts external programs that go on by themselves.
+// Starts external programs that keep running independently of this program.
 //
-// Graphical thread; the kept descriptors live as long as the process.
+// Graphical thread. The saved descriptors live as long as the process.
 
 #ifndef REPO_EXECUTE_H
 #define REPO_EXECUTE_H
@@ -14,16 +14,17 @@ class Execute
     Q_DECLARE_TR_FUNCTIONS(Execute)
 
 public:
-    // From now on programs are started with what standard output and standard error lead to at this moment.
-    // Later these may be pipes that end with an operation: a program that still wrote to one would be killed.
+    // Saves the current standard output and standard error; programs that execute() starts later get these.
+    // Later the two may be pipes that close at the end of an operation. A program that still writes to such a
+    // pipe would be killed.
     static void keepOutput();
 
-    // Runs argv[0], a path, with these arguments, of which the last is followed by a null pointer; they are
-    // needed only until this returns, which it does at once. The program becomes nobody's child, has a
-    // session of its own, no open descriptors but the standard three and every signal as at a start from
-    // scratch. When not even a process can be had, a window of `parent` shows it. Nothing waits for that
-    // window: an operation that ends meanwhile has to go on. Any later failure is reported on standard error
-    // only.
+    // Runs argv[0], a path, with the given arguments; a null pointer ends the list. The function returns at
+    // once, and the arguments need to live only until then. The program is no child of this process and has
+    // its own session. It inherits only the three standard descriptors, and all its signals are in their
+    // default state. If no process can be created, a window of `parent` reports the failure. Nothing waits
+    // for that window, because an operation that ends meanwhile must continue. Standard error alone reports
+    // any later failure.
     static void execute(QWidget* parent, char* const* argv);
 };
 

@@ -1,5 +1,5 @@
-// Keeps line breaks out of a line edit whose text becomes one line of a configuration file. Text that is
-// pasted often has one at its end.
+// Keeps line breaks out of a line edit whose text becomes one line of a configuration file. Pasted text often
+// ends with a line break.
 //
 // Graphical thread; owned by its Qt parent.
 
@@ -15,11 +15,11 @@ class OneLineValidator : public QValidator
 public:
     explicit OneLineValidator(QObject* parent = nullptr) : QValidator(parent) {}
 
-    // Removes line breaks at the end and makes blanks of the others. Those before a blank or a tab stay: a
-    // configuration file can hold them.
+    // Removes line breaks at the end and replaces all others by blanks. A line break before a blank or a tab
+    // stays, because a configuration file can hold it.
     static QString oneLine(QString text);
 
-    // Corrects the input; there is none that it does not accept.
+    // Corrects the input, and accepts every input.
     State validate(QString& input, int& position) const override;
 };
 

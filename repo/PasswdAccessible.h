@@ -1,5 +1,5 @@
-// Keeps passwords from assistive programs, which are told every change of the text of any widget that has
-// one, be it hidden or shown as password characters.
+// Hides passwords from assistive programs. Qt reports each change of a text to these programs, for every
+// widget with a text, even if the widget is hidden or shows password characters.
 //
 // Graphical thread.
 
@@ -8,8 +8,9 @@
 
 namespace PasswdAccessible {
 
-// To be called before the first PasswdField, PasswdInnerLineEdit or PasswdInnerTextEdit is used; later calls
-// do nothing. For assistive programs these have no text then; a PasswdField is a field for a password.
+// Must run before the first use of a PasswdField, PasswdInnerLineEdit or PasswdInnerTextEdit; later calls do
+// nothing. Afterwards these widgets have no text for assistive programs. A PasswdField has the role of a
+// password field.
 void install();
 
 } // namespace PasswdAccessible

@@ -1,9 +1,9 @@
-// What the two masking edits have in common: the edit that is seen shows a text with its passwords masked,
-// and a hidden edit of the same kind beside it holds the real text and does the editing. Everything that
-// shows up on the screen, on the clipboard or in an assistive program is the masked text.
+// The common base of the two masking edits. The visible edit shows a text with masked passwords. A hidden
+// edit of the same kind beside it holds the real text and does the editing. The screen, the clipboard and
+// assistive programs get the masked text only.
 //
-// Graphical thread. A base class: Edit is the kind of edit that is seen, Inner the hidden one. Owns the
-// hidden edit, which has the same parent, font and geometry.
+// Graphical thread. A base class: Edit is the type of the visible edit, Inner the type of the hidden one.
+// Owns the hidden edit, which has the same parent, font and geometry.
 
 #ifndef REPO_PASSWDEDIT_H
 #define REPO_PASSWDEDIT_H
@@ -25,12 +25,12 @@ template <typename Edit, typename Inner> class PasswdEdit : public Edit
 public:
     ~PasswdEdit() override
     {
-        // A parent that is being destroyed may have destroyed it first.
+        // A parent may have destroyed it already, during its own destruction.
         delete inner;
     }
 
 protected:
-    // What comes behind the parent is for the edit's own constructor.
+    // The arguments after the parent go to the constructor of Edit.
     template <typename... Arguments>
     explicit PasswdEdit(QWidget* parent, Arguments... arguments)
         : Edit(arguments..., parent), inner(new Inner(parent)), showing(false)
@@ -44,7 +44,7 @@ protected:
         inner->setGeometry(this->geometry());
     }
 
-    // One character for each place of the cursor.
+    // The real text, with one character for each cursor position.
     QString real() const { return PasswdInner::text(inner); }
 
     void showText()
@@ -56,9 +56,9 @@ protected:
         }
     }
 
-    // To be called whenever the text that is seen has changed. Whoever sets it, an assistive program for
-    // instance, means the real text.
-    void takeText()
+    // Subclasses call this after each change of the visible text. Anyone who sets that text, for example an
+    // assistive program, means the real text.
+    void applyVisibleText()
     {
         if (showing) {
             return;
@@ -71,22 +71,23 @@ protected:
         }
     }
 
-    // The hidden edit takes over the cursor and the selection that the user has made here, and back.
-    void passSelection()
+    // applyVisibleSelection() gives the cursor and the selection of the user to the hidden edit;
+    // showRealSelection() copies them back.
+    void applyVisibleSelection()
     {
         const QString text = real();
         const PasswdInner::Selection own = PasswdInner::selection(this);
         const PasswdInner::Selection wanted{PasswdInner::characterBoundary(text, own.anchor),
                                             PasswdInner::characterBoundary(text, own.position)};
-        // Going where it is already would split what is undone at once.
+        // A needless move would split one undo step in two.
         if (PasswdInner::selection(inner) != wanted) {
             PasswdInner::separateUndo(inner);
             PasswdInner::select(inner, wanted);
         }
     }
-    void takeSelection() { PasswdInner::select(this, PasswdInner::selection(inner)); }
+    void showRealSelection() { PasswdInner::select(this, PasswdInner::selection(inner)); }
 
-    // Masked for everybody but the masking edits; owned by the caller.
+    // Only the masking edits get the real text from it. The caller owns the result.
     QMimeData* makeMimeData() const
     {
         const PasswdInner::Selection own = PasswdInner::selection(this);
@@ -102,24 +103,25 @@ protected:
     void removeSelection()
     {
         if (PasswdInner::selection(this).length() > 0) {
-            passSelection();
+            applyVisibleSelection();
             PasswdInner::removeSelected(inner);
-            takeSelection();
+            showRealSelection();
         }
     }
-    // In place of the selection; undone by itself.
+    // Replaces the selection, as an undo step of its own.
     void insertReal(const QString& text)
     {
         PasswdInner::separateUndo(inner);
-        passSelection();
+        applyVisibleSelection();
         PasswdInner::insert(inner, text);
         PasswdInner::separateUndo(inner);
-        takeSelection();
+        showRealSelection();
     }
 
-    // Whether the key removes something else than one character. These keys are taken apart: what is to be
-    // removed is selected here, as the masked text shows it, and copied masked if the key copies it.
-    virtual bool selectsToRemove(QKeyEvent* event)
+    // True if the key removes more than one character. This function then selects the part to remove in the
+    // visible edit, because the masked text determines it. If the key also copies, the clipboard gets the
+    // masked text.
+    virtual bool selectForRemoval(QKeyEvent* event)
     {
         const bool hasSelection = PasswdInner::selection(this).length() > 0;
         if (event->matches(QKeySequence::Cut)) {
@@ -142,17 +144,17 @@ protected:
     {
         if (PasswdInner::movesCursor(event)) {
             Edit::keyPressEvent(event);
-            passSelection();
+            applyVisibleSelection();
         } else if (event->matches(QKeySequence::Copy)) {
             copySelection(QClipboard::Clipboard);
         } else if (event->matches(QKeySequence::Paste)) {
             insertReal(PasswdMimeData::realText(QGuiApplication::clipboard()->mimeData()));
-        } else if (selectsToRemove(event)) {
+        } else if (selectForRemoval(event)) {
             removeSelection();
         } else {
-            passSelection();
+            applyVisibleSelection();
             inner->keyPressEvent(event);
-            takeSelection();
+            showRealSelection();
         }
     }
     void keyReleaseEvent(QKeyEvent* event) override
@@ -163,20 +165,20 @@ protected:
     void mousePressEvent(QMouseEvent* event) override
     {
         Edit::mousePressEvent(event);
-        passSelection();
+        applyVisibleSelection();
     }
     void mouseReleaseEvent(QMouseEvent* event) override
     {
         Edit::mouseReleaseEvent(event);
-        passSelection();
+        applyVisibleSelection();
     }
     void mouseDoubleClickEvent(QMouseEvent* event) override
     {
         Edit::mouseDoubleClickEvent(event);
-        passSelection();
+        applyVisibleSelection();
     }
 
-    // What is being composed is shown here, what is composed goes to the hidden edit.
+    // The visible edit shows the composition; the hidden edit gets its result.
     void inputMethodEvent(QInputMethodEvent* event) override
     {
         if (!event->commitString().isEmpty() || event->replacementLength() > 0 ||
@@ -184,12 +186,12 @@ protected:
             QInputMethodEvent nothingComposed;
             Edit::inputMethodEvent(&nothingComposed);
             removeSelection();
-            passSelection();
+            applyVisibleSelection();
             QInputMethodEvent commit;
             commit.setCommitString(event->commitString(), event->replacementStart(),
                                    event->replacementLength());
             inner->inputMethodEvent(&commit);
-            takeSelection();
+            showRealSelection();
         }
         QString composed = event->preeditString();
         if (mask.hides(real(), PasswdInner::selection(this).position)) {
@@ -220,7 +222,7 @@ protected:
             break;
         case QEvent::StyleChange:
             showText();
-            takeSelection();
+            showRealSelection();
             break;
         default:
             break;
@@ -237,7 +239,7 @@ private:
         return QChar(this->style()->styleHint(QStyle::SH_LineEdit_PasswordCharacter, nullptr, this));
     }
 
-    QString shown; // what showText() has made of the real text
+    QString shown; // the masked form of the real text, from showText()
     bool showing;
 };
 

@@ -116,7 +116,7 @@ void show(QLineEdit* edit, const QString& masked)
     edit->setText(masked);
 }
 
-// No more than has to: the view stays where it is.
+// Replaces only the difference, so that the view does not scroll.
 void show(QTextEdit* edit, const QString& masked)
 {
     replace(edit, Difference(text(edit), masked), masked);
@@ -203,7 +203,7 @@ void insert(QLineEdit* edit, const QString& piece)
 
 void insert(QTextEdit* edit, const QString& piece)
 {
-    // Pasting nothing into a text leaves the selection alone.
+    // Pasting an empty text must not remove the selection.
     if (!piece.isEmpty()) {
         edit->insertPlainText(piece);
     }
@@ -219,7 +219,7 @@ void removeSelected(QTextEdit* edit)
     edit->textCursor().removeSelectedText();
 }
 
-// Moving the cursor away and back does it.
+// A QLineEdit starts a new undo step after a movement of the cursor.
 void separateUndo(QLineEdit* edit)
 {
     const int position = edit->cursorPosition();
@@ -227,7 +227,7 @@ void separateUndo(QLineEdit* edit)
     edit->setCursorPosition(position);
 }
 
-// A text does it by itself.
+// A QTextEdit starts a new undo step without help.
 void separateUndo(QTextEdit*) {}
 
 } // namespace PasswdInner

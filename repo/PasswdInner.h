@@ -1,4 +1,4 @@
-// What the two masking edits are made of: the hidden widgets that hold the real texts, and how text travels
+// The parts of the two masking edits: the hidden widgets with the real texts, and the transfer of text
 // between masking edits.
 //
 // Graphical thread. The masking edits own the hidden widgets.
@@ -14,8 +14,8 @@
 
 class QKeyEvent;
 
-// The hidden widgets open what their masking edits drive them with. Assistive programs are not told their
-// texts.
+// The hidden widgets make public the functions that their masking edits need. Assistive programs do not get
+// their texts.
 class PasswdInnerLineEdit : public QLineEdit
 {
     Q_OBJECT
@@ -40,8 +40,8 @@ public:
     using QTextEdit::keyReleaseEvent;
 };
 
-// A piece of a text with passwords on the clipboard: every program sees it masked, and only a masking edit of
-// this process gets the real one.
+// A part of a text with passwords on the clipboard. Every program sees the masked text; only the masking
+// edits of this process get the real text.
 class PasswdMimeData : public QMimeData
 {
     Q_OBJECT
@@ -49,7 +49,7 @@ class PasswdMimeData : public QMimeData
 public:
     PasswdMimeData(const QString& masked, const QString& real);
 
-    // The real text if there is one, else the plain text.
+    // The real text if the source has one, else the plain text.
     static QString realText(const QMimeData* source);
 
 private:
@@ -58,12 +58,13 @@ private:
 
 namespace PasswdInner {
 
-// Keys that move the cursor or the selection and change nothing.
+// True for keys that move the cursor or the selection without a change of the text.
 bool movesCursor(const QKeyEvent* event);
-// A place in a text that is not between the two halves of one character.
+// The nearest position that is not between the two halves of one character.
 int characterBoundary(const QString& text, int position);
 
-// What has to be replaced in one text, and by how many characters of the other, to make them equal.
+// The range to replace in one text, and the number of characters from the other text, to make both texts
+// equal.
 struct Difference
 {
     Difference(const QString& from, const QString& to);
@@ -73,7 +74,7 @@ struct Difference
     int added;
 };
 
-// Where the cursor is, and where the selection was begun; both are the same when nothing is selected.
+// The positions of the cursor and of the start of the selection. Both are equal if nothing is selected.
 struct Selection
 {
     int begin() const { return qMin(anchor, position); }
@@ -87,15 +88,15 @@ struct Selection
     int position;
 };
 
-// --- The same for both kinds of edits, those that are seen and the hidden ones.
+// --- The same functions for both kinds of edits, visible and hidden.
 
-// One character for each place of the cursor.
+// The text with one character for each cursor position.
 QString text(const QLineEdit* edit);
 QString text(const QTextEdit* edit);
-// Makes the text that is seen another one, which nobody can undo.
+// Replaces the visible text. The user cannot undo this.
 void show(QLineEdit* edit, const QString& text);
 void show(QTextEdit* edit, const QString& text);
-// `text` is the whole new text, of which the difference is taken.
+// Applies the difference; `text` is the whole new text.
 void replace(QLineEdit* edit, const Difference& difference, const QString& text);
 void replace(QTextEdit* edit, const Difference& difference, const QString& text);
 
@@ -103,18 +104,18 @@ Selection selection(const QLineEdit* edit);
 Selection selection(const QTextEdit* edit);
 void select(QLineEdit* edit, const Selection& selection);
 void select(QTextEdit* edit, const Selection& selection);
-// From the cursor to the beginning or the end of a word.
+// Selects from the cursor to the beginning or the end of a word.
 void selectWordBefore(QLineEdit* edit);
 void selectWordBefore(QTextEdit* edit);
 void selectWordAfter(QLineEdit* edit);
 void selectWordAfter(QTextEdit* edit);
 
-// In place of the selection. What is inserted into a line is made one line.
+// Replaces the selection. A line edit gets the text as one line.
 void insert(QLineEdit* edit, const QString& text);
 void insert(QTextEdit* edit, const QString& text);
 void removeSelected(QLineEdit* edit);
 void removeSelected(QTextEdit* edit);
-// What comes now is undone by itself.
+// Starts a new undo step.
 void separateUndo(QLineEdit* edit);
 void separateUndo(QTextEdit* edit);
 

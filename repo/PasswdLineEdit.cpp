@@ -14,7 +14,7 @@ PasswdLineEdit::PasswdLineEdit(const QRegExp& expression, QWidget* parent) : Pas
 void PasswdLineEdit::setRealText(const QString& text)
 {
     inner->setText(text);
-    takeSelection();
+    showRealSelection();
 }
 
 QString PasswdLineEdit::realText() const
@@ -25,23 +25,23 @@ QString PasswdLineEdit::realText() const
 void PasswdLineEdit::handleInnerTextChanged()
 {
     showText();
-    takeSelection();
+    showRealSelection();
     Q_EMIT realTextChanged(real());
 }
 
 void PasswdLineEdit::handleOwnTextChanged()
 {
-    takeText();
+    applyVisibleText();
 }
 
-bool PasswdLineEdit::selectsToRemove(QKeyEvent* event)
+bool PasswdLineEdit::selectForRemoval(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::DeleteEndOfLine)) {
         setSelection(cursorPosition(), text().size() - cursorPosition());
     } else if (event->matches(QKeySequence::DeleteCompleteLine)) {
         selectAll();
     } else {
-        return PasswdEdit::selectsToRemove(event);
+        return PasswdEdit::selectForRemoval(event);
     }
     copySelection(QClipboard::Clipboard);
     return true;

@@ -24,7 +24,7 @@ Q_SIGNALS:
     void realTextChanged(const QString& real);
 
 protected:
-    bool selectsToRemove(QKeyEvent* event) override;
+    bool selectForRemoval(QKeyEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private Q_SLOTS:

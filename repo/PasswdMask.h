@@ -1,7 +1,7 @@
-// Hides the passwords in a text: each of their characters is replaced by one password character, so that
-// places in the masked text and in the real one are the same.
+// Hides the passwords in a text. One password character replaces each of their characters, so positions are
+// the same in the masked and in the real text.
 //
-// Graphical thread; a plain value. It keeps the text that it masked last, which is not looked at again.
+// Graphical thread; a plain value. It caches the last masked text.
 
 #ifndef REPO_PASSWDMASK_H
 #define REPO_PASSWDMASK_H
@@ -19,17 +19,17 @@ public:
     // Hides every password that Credentials finds in a text of this kind.
     explicit PasswdMask(Credentials::Text kind = Credentials::Text::Urls);
 
-    // What else is to be hidden: the first capture of each expression is a password. The expressions of
-    // Repo::Vantor match nothing else than what is hidden already, and are not tried.
+    // Further texts to hide: the first capture of each expression is a password. The expressions of
+    // Repo::Vantor match only passwords that Credentials also finds, so they are not tried.
     void hideInWholeText(const QRegExp& expression); // if the whole text matches
     void hideEverywhere(const QRegExp& expression);  // in every match within the text
 
     QString masked(const QString& text, QChar passwordCharacter) const;
-    // Whether what is inserted at this place becomes a part of a password.
+    // True if text inserted at this position becomes a part of a password.
     bool hides(const QString& text, int position) const;
 
 private:
-    // What the expressions say.
+    // The passwords that the expressions capture.
     QVector<Credentials::Place> captured(const QString& text) const;
     QString mask(const QString& text, QChar passwordCharacter) const;
     void forget();

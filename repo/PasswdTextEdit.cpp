@@ -23,7 +23,7 @@ PasswdTextEdit::PasswdTextEdit(const PasswdMask& initialMask, int columnCount, i
 {
     mask = initialMask;
     setAcceptRichText(false);
-    // The hidden edit knows what there is to be undone.
+    // The hidden edit does the undo and redo.
     setUndoRedoEnabled(false);
     connect(inner, SIGNAL(textChanged()), this, SLOT(handleInnerTextChanged()));
     connect(this, SIGNAL(textChanged()), this, SLOT(handleOwnTextChanged()));
@@ -32,7 +32,7 @@ PasswdTextEdit::PasswdTextEdit(const PasswdMask& initialMask, int columnCount, i
 void PasswdTextEdit::setRealPlainText(const QString& text)
 {
     inner->setPlainText(text);
-    takeSelection();
+    showRealSelection();
 }
 
 QString PasswdTextEdit::realPlainText() const
@@ -48,7 +48,7 @@ void PasswdTextEdit::handleInnerTextChanged()
 
 void PasswdTextEdit::handleOwnTextChanged()
 {
-    takeText();
+    applyVisibleText();
 }
 
 QMimeData* PasswdTextEdit::createMimeDataFromSelection() const
@@ -63,7 +63,7 @@ void PasswdTextEdit::insertFromMimeData(const QMimeData* source)
 
 void PasswdTextEdit::mousePressEvent(QMouseEvent* event)
 {
-    // A press on the selection would begin to drag it away.
+    // A press on the selection would start to drag it.
     const QTextCursor pressed = cursorForPosition(event->pos());
     const QTextCursor cursor = textCursor();
     if (event->button() == Qt::LeftButton && !(event->modifiers() & Qt::ShiftModifier) &&

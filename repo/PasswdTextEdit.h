@@ -13,11 +13,10 @@ class PasswdTextEdit : public PasswdEdit<HTextEdit, PasswdInnerTextEdit>
     Q_OBJECT
 
 public:
-    // Masks the passwords in URLs. The first capture of the expression is a password too, in every match of
-    // it.
+    // Masks the passwords in URLs. In each match of the expression, its first capture is a password too.
     explicit PasswdTextEdit(const QRegExp& mask, QWidget* parent = nullptr);
     PasswdTextEdit(const QRegExp& mask, int columnCount, int rowCount, QWidget* parent = nullptr);
-    // For a text of another kind than URLs.
+    // For a text that does not consist of URLs.
     PasswdTextEdit(Credentials::Text kind, int columnCount, int rowCount, QWidget* parent = nullptr);
 
     void setRealPlainText(const QString& text);

@@ -1,4 +1,4 @@
-// The text of a document, exactly as it was put in.
+// The exact text of a document, without replaced characters.
 //
 // Graphical thread; no state.
 
@@ -11,9 +11,9 @@ class QTextDocument;
 
 namespace PlainText {
 
-// One character for each place of the document, with line feeds between the paragraphs. Unlike the document's
-// own plain text, this one keeps no-break spaces, which stand for halves of letters in files that are read
-// byte by byte.
+// The text with one character for each position in the document, and line feeds between the paragraphs.
+// QTextDocument::toPlainText() replaces no-break spaces; this function keeps them. In files that are read
+// byte by byte, a no-break space is one byte of a longer character.
 QString exact(const QTextDocument* document);
 
 } // namespace PlainText

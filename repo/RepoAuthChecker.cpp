@@ -11,7 +11,7 @@ namespace RepoAuth {
 
 namespace {
 
-// False when the repository has no places for credentials.
+// False if the repository has no fields for credentials.
 bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 {
     QString nameKey;
@@ -27,7 +27,7 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
         // Writing would remove the files that were not read.
         return;
     }
-    bool haveForAll = false;
+    bool hasAuthForAll = false;
     Auth forAll;
     QHash<QString, Auth> byHost;
     QHash<QString, Auth> given;
@@ -43,8 +43,8 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
             dialog = new Dialog(parent);
         }
         const QString host = hostOf(entry);
-        if (haveForAll || byHost.contains(host)) {
-            given.insert(entry.id, haveForAll ? forAll : byHost.value(host));
+        if (hasAuthForAll || byHost.contains(host)) {
+            given.insert(entry.id, hasAuthForAll ? forAll : byHost.value(host));
             replace(entry, given.value(entry.id));
             continue;
         }
@@ -57,7 +57,7 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
             changed = changed || !found.name.isEmpty() || !found.password.isEmpty();
             given.insert(entry.id, found);
             if (result == Dialog::ApplyAll) {
-                haveForAll = true;
+                hasAuthForAll = true;
                 forAll = found;
             } else if (result == Dialog::ApplyHost) {
                 byHost.insert(host, found);
@@ -83,7 +83,7 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
     }
 }
 
-// Once more, with what other programs have made of the files meanwhile, if the user wants that.
+// If other programs have changed the files and the user agrees, reads these again and writes again.
 void Checker::write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, Auth>& given)
 {
     while (!yumConfIO->write(parent) && yumConfIO->readAgainWanted && yumConfIO->read(parent)) {
@@ -103,7 +103,7 @@ Checker::~Checker()
     delete dialog;
 }
 
-// A repository has one host, wherever it is told.
+// A repository counts as one host: that of its URLs, or else that of its mirror list.
 QString Checker::hostOf(const Repo::Entry& entry)
 {
     const QString host = URL::getHost(entry.baseurl);

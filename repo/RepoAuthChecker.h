@@ -1,7 +1,7 @@
-// Looks for repositories in use whose URLs have places for credentials, but none in them, and asks the user
-// for these.
+// Finds the repositories in use whose URLs have empty fields for credentials, and asks the user for these
+// credentials.
 //
-// Graphical thread; lives for one check, which its constructor runs.
+// Graphical thread. An object lives for one check; the constructor runs it.
 
 #ifndef REPO_REPOAUTHCHECKER_H
 #define REPO_REPOAUTHCHECKER_H
@@ -30,7 +30,8 @@ public:
         QString password;
     };
 
-    // Reads the configuration, asks over `parent`, and writes the configuration if it has changed.
+    // Reads the configuration, asks the user in windows over `parent`, and writes the configuration if it has
+    // changed.
     Checker(QWidget* parent, YumConfIO* yumConfIO);
     ~Checker();
     Checker(const Checker&) = delete;

@@ -51,7 +51,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
     heading->setAlignment(Qt::AlignCenter);
     layout->addWidget(heading);
 
-    // URLs may be long, and many.
+    // A repository may have many and long URLs.
     area = new HScrollArea(90, 12, this);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
@@ -85,7 +85,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
     fields->addWidget(passwordField, 1, 1);
     for (QLabel* label : {authNameLabel, passwordLabel}) {
         label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-        // The keys of a URL may be of any length.
+        // The keys in a URL may have any length.
         label->setMaximumWidth(30 * label->fontMetrics().averageCharWidth());
     }
     layout->addLayout(fields);
@@ -104,7 +104,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
 void Dialog::addButton(QBoxLayout* row, const QString& text, const char* slot)
 {
     auto* button = new QPushButton(text, this);
-    // Some styles leave no room beside a long text.
+    // In some styles a long text touches the border of the button.
     button->setMinimumWidth(button->sizeHint().width() + 2 * button->fontMetrics().averageCharWidth());
     connect(button, SIGNAL(clicked()), this, slot);
     row->addWidget(button);
@@ -163,13 +163,13 @@ int Dialog::exec(Repo::Entry* asked)
             .arg(entry->file));
 
     setButtonsEnabled(true);
-    // A focused button is the default one, and is not any more for the next repository.
+    // A focused button becomes the default button. This must not affect the next repository.
     buttons.last()->setDefault(true);
     authNameField->setFocus();
     setResult(SkipAll);
     show();
     loop.exec();
-    entry = nullptr; // also when the program ends meanwhile
+    entry = nullptr; // also if the program ends meanwhile
     return result();
 }
 

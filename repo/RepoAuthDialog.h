@@ -1,4 +1,4 @@
-// Asks the user for the credentials of one repository after the other.
+// Asks the user for the credentials of one repository after another.
 //
 // Graphical thread; the checker owns it.
 
@@ -28,16 +28,16 @@ class Dialog : public QDialog
     Q_OBJECT
 
 public:
-    // What the user has decided. Closing the window is the same as skipping all.
+    // The decision of the user. Closing the window is the same as SkipAll.
     enum Result { SkipAll = 0, OK = 1, ApplyAll = 2, ApplyHost = 3, Disable = 4, Quit = 5 };
 
     explicit Dialog(QWidget* parent);
 
     using QDialog::exec;
-    // Shows the repository and waits for a button, whose result it returns; with OK, ApplyAll and ApplyHost
-    // the entry has got the credentials. The window stays open afterwards, for the next repository.
+    // Shows the repository, waits for a button and returns its result. After OK, ApplyAll and ApplyHost the
+    // entry contains the credentials. The window stays open for the next repository.
     int exec(Repo::Entry* asked);
-    // Has no effect unless a repository is asked about.
+    // Has no effect while the dialog does not ask about a repository.
     void done(int result) override;
 
 public Q_SLOTS:
@@ -69,7 +69,7 @@ private:
     QLabel* fileLabel;
     QList<QPushButton*> buttons;
 
-    Repo::Entry* entry; // not owned; null while nothing is asked
+    Repo::Entry* entry; // not owned; null while the dialog does not ask
     QString nameKey;
     QString passwordKey;
     PasswdMask mask;

@@ -25,8 +25,8 @@ void RepoBrowse::browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO)
         return;
     }
     QByteArray program = QFile::encodeName(Share::absolute(QStringLiteral("webbrowser")));
-    // Everybody reads what programs are started with, and a browser keeps it: it asks for credentials by
-    // itself.
+    // All users can read the arguments of a program, and a browser stores them in its history. The browser
+    // itself asks for credentials.
     QByteArray argument = Credentials::removed(yumIO->expandVariables(url)).toUtf8();
     char* const argv[] = {program.data(), argument.data(), nullptr};
     Execute::execute(parent, argv);

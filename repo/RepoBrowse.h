@@ -1,4 +1,4 @@
-// Opens the place of a repository in the user's web browser.
+// Opens the location of a repository in the web browser of the user.
 //
 // Graphical thread; no state.
 
@@ -21,18 +21,19 @@ class RepoBrowse
     Q_DECLARE_TR_FUNCTIONS(RepoBrowse)
 
 public:
-    // The first of the repository's URLs, or else its mirror list URL, with the package manager's variables
-    // replaced by their values, and without credentials. A repository without any URL is reported over
-    // `parent`.
+    // Opens the first URL of the repository, or its mirror list URL if it has no other. Variables of the
+    // package manager are replaced by their values, and credentials are removed. If the repository has no URL
+    // at all, a message over `parent` reports this.
     static void browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO);
-    // The first repository that has the identifier; that there is none is reported over `parent`.
+    // Opens the first repository with the identifier. If no repository has it, a message over `parent`
+    // reports this.
     static void browse(QWidget* parent, QString id, YumIO* yumIO, YumConfIO* yumConfIO);
 
-    // The first repository that has the identifier; null when there is none, also for a null list. It stays
-    // where it is until the list changes.
+    // The first repository with the identifier; null if no repository has it or the list is null. The pointer
+    // is valid until the list changes.
     static const Repo::Entry* find(const QString& id, const YumConfIO* yumConfIO);
-    // Reports over `parent` that no repository has the identifier: it has been taken out of the configuration
-    // since the packages were collected.
+    // Reports over `parent` that no repository has the identifier: the configuration has lost it since the
+    // program collected the packages.
     static void reportUnknown(QWidget* parent, const QString& id);
 };
 

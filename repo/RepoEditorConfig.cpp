@@ -28,7 +28,7 @@ namespace RepoEditor {
 
 namespace {
 
-// Next to the field that it is for, with the same tool tip.
+// Adds a label before its field; both have the same tool tip.
 QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QWidget* field,
                  const QString& toolTip)
 {
@@ -42,7 +42,7 @@ QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QW
     return label;
 }
 
-// Values may be longer than a line edit takes by default, and then it would cut them off.
+// Values may be longer than the default maximum of a line edit, which would cut them off.
 QLineEdit* makeLineEdit(QWidget* parent)
 {
     auto* edit = new QLineEdit(parent);
@@ -84,7 +84,7 @@ Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(
 
     connect(idField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
     connect(nameField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
-    // What is shown may stay the same when a password changes.
+    // The visible text may stay the same after a change of a password.
     connect(urlsField, SIGNAL(realTextChanged()), this, SLOT(urlChanged()));
     connect(mirrorListField, SIGNAL(realTextChanged(const QString&)), this, SLOT(urlChanged(const QString&)));
     connect(authNameField, SIGNAL(textEdited(const QString&)), this, SLOT(authChanged(const QString&)));
@@ -111,9 +111,9 @@ QWidget* Config::createAuth(QWidget* parent)
         addField(grid, 0, 2, tr("Password"), passwordField,
                  tr("Authentication password for a repository using the vantor authentication method"));
     for (QLabel* label : {authNameLabel, passwordLabel}) {
-        // A label with a buddy takes a "&", which the key of a URL may have, for the mark of a shortcut.
+        // In a label with a buddy, "&" marks a shortcut. The key of a URL may contain a "&".
         label->setBuddy(nullptr);
-        // The keys of a URL may be of any length; the window is not to grow with them.
+        // The keys in a URL may have any length; they must not widen the window.
         label->setMaximumWidth(30 * Metrics::columnWidth(label->fontMetrics()));
     }
     grid->setColumnStretch(1, 1);
@@ -149,7 +149,7 @@ QWidget* Config::createSimpleOptions(QWidget* parent)
     grid->setContentsMargins(0, 0, 0, 0);
     const auto makeBox = [area]() {
         auto* box = new QComboBox(area);
-        // In the order of the states' values. The middle one will tell its meaning too.
+        // In the order of the values of Qt::CheckState. setDefaults() adds the meaning to the middle one.
         box->addItems({tr("No"), tr("Default"), tr("Yes")});
         box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         return box;
@@ -223,7 +223,7 @@ void Config::setEntry(const Repo::Entry& entry)
     setFieldsEnabled(true);
     showAuth(entry);
     given = entry;
-    afterwards = fieldsToEntry();
+    shown = fieldsToEntry();
 }
 
 Repo::Entry Config::fieldsToEntry() const
@@ -245,7 +245,7 @@ Repo::Entry Config::toEntry() const
 {
     Repo::Entry entry = fieldsToEntry();
     const auto restore = [this, &entry](auto field) {
-        if (entry.*field == afterwards.*field) {
+        if (entry.*field == shown.*field) {
             entry.*field = given.*field;
         }
     };
@@ -281,9 +281,9 @@ void Config::setFieldsEnabled(bool enabled)
 
 QString Config::refusal(const Repo::Entry& entry)
 {
-    // The package manager ignores a repository with another sign in its identifier, after it has put the
-    // values of variables in. A closing bracket within even makes it give up the whole file, and other bytes
-    // than those of ASCII are read as other letters.
+    // The package manager expands variables in identifiers, and then ignores a repository with any other
+    // character in its identifier. A closing bracket inside an identifier makes it reject the whole file. It
+    // reads bytes beyond ASCII as other characters.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&
@@ -298,7 +298,7 @@ QString Config::refusal(const Repo::Entry& entry)
     if (entry.options.startsWith(QLatin1Char('[')) || entry.options.contains(QLatin1String("\n["))) {
         return tr("Other Options have a line that begins with a bracket");
     }
-    // It would continue the line that is written before the options.
+    // Such a text would continue the line before the options.
     if (entry.options.startsWith(QLatin1Char(' ')) || entry.options.startsWith(QLatin1Char('\t'))) {
         return tr("Other Options begin with a blank");
     }

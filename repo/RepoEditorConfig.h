@@ -1,5 +1,5 @@
-// The form for one repository: its fields, and the logic that keeps them in step with each other. The
-// credentials that its URLs carry have fields of their own, which are but a view of the URLs.
+// The form for one repository: its fields, and the logic that keeps the fields consistent. The credentials in
+// the URLs have their own fields, which only show and edit these parts of the URLs.
 //
 // Graphical thread; a child of the widget whose layout it fills.
 
@@ -28,20 +28,20 @@ class Config : public QObject
     Q_OBJECT
 
 public:
-    // Puts the form into an empty layout, which already belongs to a widget.
+    // Fills an empty layout, which already belongs to a widget.
     explicit Config(QGridLayout* layout);
 
     void setEntry(const Repo::Entry& entry);
-    // What a field shows in another form than it was given, and the user has not changed, is returned as it
-    // was given.
+    // The repository of the form. Some fields show a value in another form than the file. If the user has not
+    // changed such a field, the result has the original value.
     Repo::Entry toEntry() const;
-    // Tells what a repository that specifies nothing gets: the values of the [main] section.
+    // Shows the values of the [main] section, which apply to a repository without own values.
     void setDefaults(bool enabled, bool gpgcheck);
-    // Blanks all fields, until there is a repository to show.
+    // Empties and disables all fields until the next setEntry().
     void disable();
-    // Shows what is wrong with the repository, if anything; returns whether something is.
+    // Shows the first problem of the repository, if any; returns true if it has one.
     bool setStatus(YumConfIO* conf, HFrameLabel* label);
-    // False when a configuration file would not give back what the form says as one repository.
+    // False if a configuration file cannot represent the contents of the form as one repository.
     bool canBeWritten() const;
     void focusIdentifier();
 
@@ -64,16 +64,16 @@ private:
     QWidget* createFileInfo(QWidget* parent);
 
     Repo::Entry fieldsToEntry() const;
-    // Why it cannot be written; empty when it can.
+    // The reason why the repository cannot be written; empty if it can.
     static QString refusal(const Repo::Entry& entry);
-    // All but those of the credentials.
+    // All fields except those of the credentials.
     void setFieldsEnabled(bool enabled);
-    // Shows the credentials of the URLs in their fields; returns whether the URLs are of the kind that
-    // carries some.
+    // Shows the credentials of the URLs in their fields. Returns true if the URLs are of a kind that contains
+    // credentials.
     bool showAuth(const Repo::Entry& entry);
     void setAuthLabels(const QString& nameKey, const QString& passwordKey);
 
-    bool updating; // the form itself fills its fields
+    bool updating; // true while the form itself fills its fields
     QLineEdit* idField;
     QLineEdit* nameField;
     PasswdTextEdit* urlsField;
@@ -88,8 +88,8 @@ private:
     QLineEdit* fileField;
     QDoubleSpinBox* positionField;
 
-    Repo::Entry given;      // as setEntry() got it
-    Repo::Entry afterwards; // what the fields then said
+    Repo::Entry given; // the argument of setEntry()
+    Repo::Entry shown; // the contents of the fields right after setEntry()
 };
 
 } // namespace RepoEditor

@@ -1,7 +1,7 @@
 // The window in which the user edits one repository.
 //
-// Graphical thread; owned by its Qt parent, and used again for every repository. The repository itself is
-// changed only when the user accepts.
+// Graphical thread. The Qt parent owns the dialog and uses it for every repository. The repository itself
+// changes only when the user accepts.
 
 #ifndef REPO_REPOEDITORCONFIGDIALOG_H
 #define REPO_REPOEDITORCONFIGDIALOG_H
@@ -28,8 +28,8 @@ public:
     // The configuration is not owned and must outlive the dialog.
     explicit ConfigDialog(YumConfIO* conf, QWidget* parent = nullptr);
 
-    // The repository to be edited by the next exec(); not owned, it must outlive that. OK without a change is
-    // Cancel, except for a copy, which is new as it is.
+    // The repository for the next exec(); not owned, must outlive that call. OK without a change acts like
+    // Cancel, except for a copy, because the copy itself is new.
     void setEntry(Repo::Entry* edited, bool isCopy = false);
 
     void updateStatusLabel();
@@ -48,9 +48,9 @@ private:
     Repo::Entry* entry; // null before the first setEntry()
     HFrameLabel* statusLabel;
     QPushButton* resetButton;
-    QPushButton* okButton; // disabled while the repository could not be written
+    QPushButton* okButton; // disabled while the repository cannot be written
     bool hasChanged;
-    bool copied; // the repository is a copy that the editor does not have yet
+    bool copied; // the repository is a copy that is not yet in the list of the editor
 };
 
 } // namespace RepoEditor

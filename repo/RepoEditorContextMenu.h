@@ -1,4 +1,4 @@
-// The menu of a repository in the editor's table.
+// The context menu of a repository in the table of the editor.
 //
 // Graphical thread; a child of the view.
 
@@ -19,11 +19,11 @@ class ContextMenu : public QMenu
 public:
     ContextMenu(Model* repositories, QWidget* parentView);
 
-    // Runs the menu for a source index (invalid below the last row), at a place on the screen.
+    // Runs the menu for a source index at a position on the screen. The index is invalid below the last row.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 Q_SIGNALS:
-    // A source index, and a valid one.
+    // Gives a valid source index.
     void edit(QModelIndex sourceIndex);
 
 private Q_SLOTS:

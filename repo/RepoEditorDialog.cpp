@@ -67,7 +67,7 @@ QBoxLayout* Dialog::createEntryButtons()
         row, tr("Browse Repository"),
         tr("Browse the first URL specified for the selected repository using an external web browser"),
         SLOT(browse()));
-    // Some styles leave no room beside a text this long.
+    // In some styles such a long text touches the border of the button.
     browseButton->setMinimumWidth(browseButton->sizeHint().width() +
                                   2 * Metrics::columnWidth(browseButton->fontMetrics()));
     row->addStretch(1);
@@ -91,8 +91,8 @@ QBoxLayout* Dialog::createDialogButtons()
 {
     auto* row = new QHBoxLayout;
     statusLabel = new HFrameLabel(this);
-    // Room for the longest text with an ordinary identifier; the window is not to grow with one of any
-    // length.
+    // Space for the longest text with an identifier of usual length. A longer identifier must not widen the
+    // window.
     statusLabel->setText(
         tr("Two or more repositories have the Identifier, %1").arg(QString(16, QLatin1Char('n'))));
     statusLabel->setMinimumWidth(statusLabel->sizeHint().width());
@@ -122,7 +122,7 @@ int Dialog::exec()
 {
     setModal(true);
     show();
-    // The base class would wait for a window to be closed that is not there.
+    // The base class would wait until a window closes that is not open.
     return isVisible() ? HDialog::exec() : static_cast<int>(Rejected);
 }
 
@@ -242,11 +242,11 @@ void Dialog::remove()
     if (selected.isEmpty()) {
         return;
     }
-    // The button is going to be disabled; the next one must not get the focus, and Enter with it.
+    // The button becomes disabled. Otherwise the next button gets the focus, and Enter would press it.
     view->setFocus();
     view->setCurrentIndex(QModelIndex());
     QList<int> rows = selected.values();
-    // From the last one on, so that the others keep their numbers.
+    // From the last row to the first, so that the numbers of the other rows stay valid.
     std::sort(rows.begin(), rows.end(), std::greater<int>());
     for (const int row : qAsConst(rows)) {
         model->removeRow(row);
@@ -261,7 +261,7 @@ void Dialog::resetAll()
     const int row = view->currentRow();
     const QString id = row != -1 ? yumConfIO->entries.at(row).id : QString();
     yumConfIO->sessionEnabled = sessionBackup;
-    // A failure has been shown; what was read is shown then.
+    // After a failure, whose message the user has already seen, the list shows the repositories read so far.
     readWhole = yumConfIO->read(this);
     model->reset();
     if (row != -1) {
@@ -281,14 +281,14 @@ void Dialog::cancel()
 bool Dialog::apply()
 {
     if (!readWhole) {
-        // Writing would remove the files that were not read. Reading again tells what is wrong with them.
+        // Writing would remove the files that were not read. Reading again shows the error in these files.
         resetAll();
         return false;
     }
     const int rows = yumConfIO->entries.size();
     if (!yumConfIO->write(this)) {
         if (yumConfIO->entries.size() != rows) {
-            // The user had agreed to the removal of repositories before the failure.
+            // Before the failure, the user has agreed to remove repositories.
             model->reset();
             updateStatusLabel();
         }
@@ -301,7 +301,7 @@ bool Dialog::apply()
         readWhole = yumConfIO->read(this);
     }
     model->reset();
-    // No repository that was written is without an identifier: none is current then.
+    // Every written repository has an identifier, so this deselects the current one.
     setEntryToOldId(QString());
     setEntryHasChanged(false);
     setConfigHasChanged(false);
@@ -313,7 +313,8 @@ void Dialog::reject()
 {
     if (hasChanges()) {
         if (!sessionChanged && !applied) {
-            // A form has entered its repository here; nobody will be told of a change.
+            // A form has entered its repository in this table. No signal reports this change, so this undoes
+            // it.
             yumConfIO->sessionEnabled = sessionBackup;
         }
         readWhole = yumConfIO->read(this);

@@ -1,8 +1,8 @@
-// The window in which the user sees every configured repository, switches repositories on and off, edits
-// their configuration and has it written.
+// The window that shows every configured repository. The user switches repositories on and off, edits their
+// configuration and writes it to the files.
 //
-// Graphical thread; the main window makes it on first use and owns it. It works on the main window's one
-// configuration, which is read afresh every time it is shown.
+// Graphical thread. The main window creates it on first use and owns it. It works on the one configuration of
+// the main window, and reads that again each time it opens.
 
 #ifndef REPO_REPOEDITORDIALOG_H
 #define REPO_REPOEDITORDIALOG_H
@@ -33,19 +33,19 @@ class Dialog : public HDialog
     Q_OBJECT
 
 public:
-    // The back end and the configuration are not owned; the configuration must outlive the dialog. The parent
-    // is the window that a failure to read the configuration is shown over.
+    // The back end and the configuration are not owned; the configuration must outlive the dialog. If the
+    // configuration cannot be read, the error message appears over `parent`.
     Dialog(YumIO* backEnd, YumConfIO* conf, QWidget* parent);
 
-    // To be set before each exec(): whether closing tells reposChanged() even if nothing has changed.
+    // Must be set before each exec(): if true, closing emits reposChanged() even without a change.
     bool reposChangedForced;
 
-    // Shows nothing when the configuration cannot be read.
+    // Does not open the window if the configuration cannot be read.
     int exec() override;
     void setVisible(bool visible) override;
 
 Q_SIGNALS:
-    // The dialog was closed, and repositories are used, or configured, otherwise than before.
+    // The dialog has closed, and the use or the configuration of some repository has changed.
     void reposChanged();
 
 public Q_SLOTS:
@@ -63,8 +63,8 @@ public Q_SLOTS:
     void cancel();
     bool apply();
     void ok();
-    // Also by Escape and by the window's frame: drops what has not been applied. What was switched on or off
-    // for the session stays so.
+    // Drops all changes that are not applied; Escape and the window frame do this too. Changes of the use in
+    // the session stay.
     void reject() override;
 
 private:
@@ -76,10 +76,10 @@ private:
     void editRow(int row);
     void addEntry(Repo::Entry entry, bool isCopy = false);
     bool hasEmptyId() const;
-    // The first identifier that occurs again later; empty if there is none.
+    // The first identifier that occurs again later; empty if all are different.
     QString getDuplicateId() const;
     void updateStatusLabel();
-    // Makes the last repository with the identifier current, if there is one.
+    // Selects the last repository with the identifier, if any.
     void setEntryToOldId(QString id);
     void setEntryHasChanged(bool has);
     void setConfigHasChanged(bool has);
@@ -101,10 +101,10 @@ private:
     YumConfIO* yumConfIO;
 
     QHash<QString, bool> sessionBackup; // the session enable table as it was when the dialog was shown
-    bool readWhole;                     // the configuration's list is that of all files
+    bool readWhole;                     // the list contains the repositories of all files
     bool sessionChanged;                // since the dialog was shown
-    bool entryHasChanged;               // there are changes that are not applied
-    bool configHasChanged;              // the same
+    bool entryHasChanged;               // some changes are not applied
+    bool configHasChanged;              // some changes of the configuration are not applied
     bool applied;                       // since the dialog was shown
 };
 

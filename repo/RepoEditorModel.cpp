@@ -41,7 +41,7 @@ QString headerToolTip(int column)
     }
 }
 
-// Nobody reads on, and a view takes long to find out how wide such a text is.
+// Nobody reads more characters, and a view needs much time to measure the width of a longer text.
 constexpr int shownLetters = 1000;
 
 QString shown(const QString& text)

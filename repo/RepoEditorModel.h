@@ -1,7 +1,7 @@
-// The repositories as a table of four columns: row i is entry i of the configuration's list.
+// The repositories as a table of four columns. Row i shows entry i of the list of the configuration.
 //
-// Graphical thread; owned by its Qt parent. It copies nothing: whoever changes the list otherwise than
-// through this model calls reset() afterwards.
+// Graphical thread; owned by its Qt parent. It has no copy of the list: call reset() after each change of the
+// list that does not go through this model.
 
 #ifndef REPO_REPOEDITORMODEL_H
 #define REPO_REPOEDITORMODEL_H
@@ -34,19 +34,19 @@ public:
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    // A repository that the session enable table does not know is entered there as not used.
+    // If a repository is missing in the session enable table, this enters it there as not used.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // Whether the repository is used in the session, or enabled, by the index's column.
+    // True if the repository is used in the session or enabled, depending on the column.
     bool isTicked(const QModelIndex& index) const;
 
-    // The font of the view; new repositories are shown in its italics.
+    // The font of the view; the model shows new repositories in its italic form.
     void setViewFont(const QFont& font);
 
-    // Appends; returns the new row.
+    // Appends an entry; returns its row.
     int addRow(const Repo::Entry& entry);
-    // False when there is no such row.
+    // False if the row does not exist.
     bool removeRow(int row, const QModelIndex& parent = QModelIndex());
     void reset();
 
@@ -57,11 +57,11 @@ public:
     // Announces all columns of the row.
     void dataChanged(int row);
 
-    // Whether the repository is used in this session.
+    // Toggles the use of the repository in this session.
     void toggleUse(const QModelIndex& index);
-    // Whether its configuration enables it; the first call inverts what shows.
+    // Toggles the value `enabled` of its configuration. The first call inverts the shown state.
     void toggleEnabled(const QModelIndex& index);
-    // In the user's web browser; messages are shown over `window`.
+    // Opens the repository in the browser of the user; messages appear over `window`.
     void browse(const QModelIndex& index, QWidget* window);
 
 Q_SIGNALS:
@@ -69,7 +69,7 @@ Q_SIGNALS:
     void configChanged();
 
 private:
-    // The view may ask for rows that are gone already.
+    // False for rows that no longer exist; the view may ask for these.
     bool hasEntry(const QModelIndex& index) const;
     bool isUsed(const Repo::Entry& entry) const;
     bool isEnabled(const Repo::Entry& entry) const;

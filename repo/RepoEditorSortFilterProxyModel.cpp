@@ -14,8 +14,8 @@ bool isDigit(QChar character)
     return (code >= '0' && code <= '9') || (code > 127 && character.category() == QChar::Number_DecimalDigit);
 }
 
-// The run of characters from `position` on that are digits, or are not; `position` is left behind it.
-QStringRef takeRun(const QString& text, int& position, bool digits)
+// The sequence of digits, or of other characters, from `position` on; moves `position` behind it.
+QStringRef readRun(const QString& text, int& position, bool digits)
 {
     const int begin = position;
     while (position < text.size() && isDigit(text.at(position)) == digits) {
@@ -24,7 +24,7 @@ QStringRef takeRun(const QString& text, int& position, bool digits)
     return text.midRef(begin, position - begin);
 }
 
-// A number that is too large is the largest.
+// A number beyond the range becomes the largest number.
 quint64 toNumber(const QStringRef& digits)
 {
     quint64 number = 0;
@@ -44,13 +44,13 @@ bool naturalLessThan(const QString& left, const QString& right)
     int rightPosition = 0;
     const auto exhausted = [&]() { return leftPosition == left.size() && rightPosition == right.size(); };
     while (!exhausted()) {
-        const int order = QStringRef::compare(takeRun(left, leftPosition, false),
-                                              takeRun(right, rightPosition, false), Qt::CaseSensitive);
+        const int order = QStringRef::compare(readRun(left, leftPosition, false),
+                                              readRun(right, rightPosition, false), Qt::CaseSensitive);
         if (order != 0) {
             return order < 0;
         }
-        const quint64 leftNumber = toNumber(takeRun(left, leftPosition, true));
-        const quint64 rightNumber = toNumber(takeRun(right, rightPosition, true));
+        const quint64 leftNumber = toNumber(readRun(left, leftPosition, true));
+        const quint64 rightNumber = toNumber(readRun(right, rightPosition, true));
         if (leftNumber != rightNumber) {
             return leftNumber < rightNumber;
         }

@@ -1,5 +1,4 @@
-// Sorts the repositories: identifiers and names in the order in which people count, so that repo9 comes
-// before repo10.
+// Sorts the repositories. Identifiers and names have their natural order: repo9 comes before repo10.
 //
 // Graphical thread; owned by its Qt parent. The source model is not owned.
 
@@ -17,11 +16,11 @@ class SortFilterProxyModel : public QSortFilterProxyModel
 public:
     explicit SortFilterProxyModel(QObject* parent = nullptr);
 
-    // And texts for those who cannot see the icons.
+    // Adds texts for users who cannot see the icons.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
 protected:
-    // Source indexes.
+    // Compares source indexes.
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 };
 

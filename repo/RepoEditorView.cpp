@@ -29,7 +29,7 @@ View::View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSortIndicatorShown(true);
     header->setHighlightSections(false);
     header->setStretchLastSection(true);
-    // Otherwise a click with the right button reaches the view, as one on the row at that height.
+    // Otherwise a right click on the header reaches the view as a click on the row at the same height.
     header->setContextMenuPolicy(Qt::PreventContextMenu);
     setHorizontalHeader(header);
 
@@ -71,7 +71,7 @@ ContextMenu* View::getContextMenu()
 void View::reset()
 {
     HTableView::reset();
-    // There is no current row any more, and the selection does not tell.
+    // After a reset no row is current, but the selection model does not signal it.
     if (announcedRow != -1) {
         const int previousRow = announcedRow;
         announcedRow = -1;
@@ -123,7 +123,7 @@ void View::keyPressEvent(QKeyEvent* event)
     HTableView::keyPressEvent(event);
 }
 
-// The base class makes the first row current then, which would not show.
+// The base class makes the first row current on focus, but the view would not show that.
 void View::focusInEvent(QFocusEvent* event)
 {
     const bool hadCurrent = currentIndex().isValid();

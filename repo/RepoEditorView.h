@@ -1,5 +1,5 @@
-// The table of repositories as the user sees it: a click on one of the two boxes switches it, a double click
-// asks for the repository's form.
+// The table of repositories. A click on one of the two boxes switches it; a double click requests the form of
+// the repository.
 //
 // Graphical thread; a child of the editor's dialog. Owns its context menu.
 
@@ -29,7 +29,7 @@ public:
     // Source indexes.
     QModelIndexList selectedRows() const;
 
-    // Made on first use; the view's own.
+    // The view creates the menu on first use and owns it.
     ContextMenu* getContextMenu();
 
 public Q_SLOTS:
@@ -46,7 +46,7 @@ Q_SIGNALS:
     void activated(const QModelIndex& index);
 
 protected:
-    // The space key in one of the columns of boxes is a click on the box.
+    // In a column of boxes the space key is a click on the box.
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;

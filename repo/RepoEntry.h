@@ -1,6 +1,7 @@
-// One repository of the package manager's configuration: what one section of a configuration file says.
+// One repository of the configuration of the package manager: the contents of one section of a configuration
+// file.
 //
-// A plain value without a thread of its own; YumConfIO holds the list of them, the editors change it.
+// A plain value without a thread of its own. YumConfIO owns the list; the editors change it.
 
 #ifndef REPO_REPOENTRY_H
 #define REPO_REPOENTRY_H
@@ -11,24 +12,25 @@ namespace Repo {
 
 struct Entry
 {
-    // The section name between the brackets; empty only while a new repository has not been named.
+    // The section name between the brackets; empty only until a new repository gets a name.
     QString id;
     QString name;
     // One URL per line, the lines separated by a single line feed.
     QString baseurl;
     QString mirrorlist;
-    // Values of Qt::CheckState: Qt::PartiallyChecked when the section does not say.
+    // Values of Qt::CheckState; Qt::PartiallyChecked if the section has no such option.
     qint32 enabled = 1;
     qint32 gpgcheck = 1;
     // Every other line of the section, verbatim and in order, each followed by a line feed.
     QString options;
-    // The path of the file that holds the section; empty until a new repository is given one.
+    // The path of the file with the section; empty until a new repository gets a file.
     QString file;
-    // Orders the sections of one file: 1.0, 2.0, ... as read; a fraction places a section between two others.
+    // The order of the sections in one file: 1.0, 2.0, ... after reading. A fraction puts a section between
+    // two others.
     double position = 0.0;
 };
 
-// True when both stand for the same repository, whatever else they say about it.
+// True if both describe the same repository, even if their other fields differ.
 bool operator==(const Entry& left, const Entry& right);
 bool operator!=(const Entry& left, const Entry& right);
 

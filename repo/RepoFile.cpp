@@ -28,7 +28,7 @@ QString resolved(const QString& path)
     return result;
 }
 
-// The line ends of one file, and its text with line feeds alone.
+// Counts the line ends of a file and converts its text to line feeds.
 struct Lines
 {
     explicit Lines(const QByteArray& bytes)
@@ -56,7 +56,7 @@ struct Lines
     int withoutReturns = 0;
 };
 
-// How many bytes the longest of the repositories takes.
+// The size in bytes of the longest repository section.
 int largestSection(const QByteArray& text)
 {
     int largest = 0;
@@ -125,7 +125,7 @@ File File::read(const QString& path, const struct stat& status)
         file.state = Directory;
         file.failure = EISDIR;
     } else if (!S_ISREG(status.st_mode)) {
-        // Opening a device may already have an effect.
+        // For a device, even opening may have an effect.
         file.leaveAlone(tr("%1 is left alone: it is not a regular file.").arg(path));
     } else if (file.load(path)) {
         file.understand(path);
@@ -146,7 +146,7 @@ bool File::load(const QString& path)
         tr("%1 is left alone, and its repositories are not used: it is larger than %2 MB.")
             .arg(path, QString::number(repositoryFileLimit >> 20));
     const QString notRegular = tr("%1 is left alone: it is not a regular file.").arg(path);
-    // Something else may have taken the name since it was looked at.
+    // Another file may have got this name since the call of stat().
     const FileDescriptor file(
         open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     if (!file.isOpen()) {
@@ -169,7 +169,7 @@ bool File::load(const QString& path)
         leaveAlone(tooLarge);
         return false;
     }
-    // The size is not to be relied on: files of the system's own have none, and some no end.
+    // The size is not reliable: files in /proc report none, and some files are endless.
     for (;;) {
         const int filled = bytes.size();
         const int wanted = filled == 0 ? static_cast<int>(status.st_size) + 1 : 1 << 16;
@@ -205,7 +205,8 @@ void File::understand(const QString& path)
     state = Text;
     hasMark = bytes.startsWith(byteOrderMark);
     const Lines lines(hasMark ? bytes.mid(byteOrderMark.size()) : bytes);
-    // Lines of two-byte letters hold null bytes; lines that end with carriage returns alone are one line.
+    // A text in UTF-16 contains null bytes. A text with carriage returns alone as line ends would be one
+    // line.
     if (bytes.contains('\0') || bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") ||
         (!lines.text.contains('\n') && lines.text.contains('\r'))) {
         leaveAlone(tr("%1 is left alone, and its repositories are not used: it is not a plain text file.")

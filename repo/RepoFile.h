@@ -1,7 +1,8 @@
-// One configuration file of the package manager as it is on the disk: what it holds, or why it is left alone.
+// One configuration file of the package manager with its contents on the disk, or the reason why VYRE leaves
+// it alone.
 //
-// A plain value; made on the graphical thread, which reading never keeps waiting: neither for a pipe nor for
-// a file without an end.
+// A plain value, created on the graphical thread. Reading never blocks that thread, neither for a pipe nor
+// for an endless file.
 
 #ifndef REPO_REPOFILE_H
 #define REPO_REPOFILE_H
@@ -16,12 +17,12 @@
 
 namespace Repo {
 
-// What is the same for all the paths that lead to one file: its device and its number there.
+// Device and inode number: equal for all paths that lead to the same file.
 using FileNumber = QPair<quint64, quint64>;
 FileNumber numberOf(const struct stat& status);
 
-// The path without links, ".", ".." and doubled slashes. Of a file that does not exist, the directory is
-// looked up; where there is no such directory either, the path is returned as it is.
+// The path without links, ".", ".." and double slashes. For a missing file, only its directory is resolved.
+// If the directory is missing too, the path is returned unchanged.
 QString canonicalPath(const QString& path);
 
 class File
@@ -30,9 +31,9 @@ class File
 
 public:
     enum State {
-        Text,       // understood
-        LeftAlone,  // nothing that a configuration is read from: `reason` says why
-        Missing,    // there is no such name
+        Text,       // a readable text file
+        LeftAlone,  // no source of configuration: `reason` says why
+        Missing,    // the name does not exist
         Directory,  // a directory
         NoStatus,   // stat() failed with `failure`
         Unopenable, // open() failed with `failure`
@@ -40,26 +41,27 @@ public:
     };
 
     static File read(const QString& path);
-    // The same of a file whose stat() is known.
+    // The same, if the result of stat() is already known.
     static File read(const QString& path, const struct stat& status);
 
-    // What `text`, with line feeds, is in a file of this kind: with its line ends and its byte order mark.
+    // The bytes of `text` in this file: with its line ends and its byte order mark. In `text`, line feeds end
+    // the lines.
     QByteArray encoded(const QString& text) const;
 
     State state = Missing;
     int failure = 0;
-    // A sentence for the user, that names the file.
+    // A sentence for the user, which contains the name of the file.
     QString reason;
-    // All that the file holds, as it is.
+    // The complete, unchanged contents of the file.
     QByteArray bytes;
-    // The same as Latin-1, without a byte order mark and with line feeds alone at the ends of lines.
+    // The contents as Latin-1, without the byte order mark, and with line feeds as line ends.
     QString text;
     bool hasMark = false;
     bool isAscii = false;
     // Each line ends with a carriage return and a line feed.
     bool hasCarriageReturns = false;
-    // Neither of these two, nothing beyond ASCII, no carriage return at the end of a line: reading and
-    // writing keep every letter.
+    // The file has no byte order mark, no bytes beyond ASCII and no carriage return at the end of a line.
+    // Reading and writing such a file changes no character.
     bool isPlain = false;
     FileNumber number;
 

@@ -16,7 +16,7 @@ QChar toHex(int value)
     return QLatin1Char("0123456789abcdef"[value]);
 }
 
-// -1 for what is not a digit.
+// -1 for any other character.
 int fromHex(QChar digit)
 {
     const ushort code = digit.unicode();
@@ -32,8 +32,8 @@ int fromHex(QChar digit)
     return -1;
 }
 
-// White space other than the blank has to be encoded too: with it in the URL the pieces could not be told
-// apart any more.
+// White space other than the blank must be encoded too, because the parts of the URL could not be separated
+// otherwise.
 bool needsProtection(QChar character)
 {
     static const QString special = QStringLiteral("$&+,/:;=?@ \"<>#%{}|\\^~[]");
@@ -73,8 +73,9 @@ QString httpUnprotect(const QString& text)
     return result;
 }
 
-// The text from `position` up to `mark`, behind which `position` is left. False when there is no mark.
-bool takeUntil(const QString& text, QLatin1String mark, int& position, QString& piece)
+// Sets `piece` to the text from `position` to `mark`, and moves `position` behind the mark. False if the text
+// has no mark.
+bool readUntil(const QString& text, QLatin1String mark, int& position, QString& piece)
 {
     const int end = text.indexOf(mark, position);
     if (end < 0) {
@@ -94,11 +95,11 @@ bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passw
 {
     int position = 0;
     QString before;
-    const bool found = takeUntil(url, schemeMark, position, before) &&
-                       takeUntil(url, QLatin1String("="), position, nameKey) &&
-                       takeUntil(url, QLatin1String("&"), position, name) &&
-                       takeUntil(url, QLatin1String("="), position, passwordKey) &&
-                       takeUntil(url, pathMark, position, password);
+    const bool found = readUntil(url, schemeMark, position, before) &&
+                       readUntil(url, QLatin1String("="), position, nameKey) &&
+                       readUntil(url, QLatin1String("&"), position, name) &&
+                       readUntil(url, QLatin1String("="), position, passwordKey) &&
+                       readUntil(url, pathMark, position, password);
     for (QString* piece : {&nameKey, &name, &passwordKey, &password}) {
         *piece = found ? httpUnprotect(*piece) : QString();
     }

@@ -1,4 +1,4 @@
-// The user name and the password that a repository of the vantor scheme carries inside its URLs.
+// The user name and the password in the URLs of a repository of the vantor scheme.
 //
 // Any thread; no state. A URL of the scheme has the form
 // <anything>/vantor?<name key>=<name>&<password key>=<password>&path=<anything>, the four percent-encoded.
@@ -15,27 +15,27 @@ struct Entry;
 
 namespace Vantor {
 
-// Finds the first such URL in a text, which may be a list of URLs, and gives its four pieces, decoded. False,
-// with all four empty, when there is none.
+// Finds the first such URL in a text, which may be a list of URLs, and returns its four decoded parts.
+// Returns false and four empty texts if the text contains no such URL.
 bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
-// Looks into the URLs of a repository and, if they are of another kind, into its mirror list URL.
+// Searches the URLs of a repository and, if none of them is of this scheme, its mirror list URL.
 bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password);
 
-// The text with the given pieces put into every such URL in it.
+// The text after these parts have replaced those of every such URL.
 QString replaceAuth(const QString& url, const QString& nameKey, const QString& name,
                     const QString& passwordKey, const QString& password);
-// The same with the keys that getAuth() finds.
+// The same, with the keys from getAuth().
 QString replaceAuth(const QString& url, const QString& name, const QString& password);
-// The same with the keys and the name that getAuth() finds.
+// The same, with the keys and the name from getAuth().
 QString replaceAuth(const QString& url, const QString& password);
 
-// The scheme as expressions, for the masking edits and for anyone who compares; what finds credentials in
-// texts of any length is Credentials. Both of these have the password as the first capture: of a text that is
-// one URL, and of each URL in a list.
+// The scheme as expressions, for the masking edits and for comparisons. To find credentials in texts of any
+// length, use Credentials. The first capture is the password: of a text that is one URL, and of each URL in a
+// list.
 QRegExp oneUrlRegExp();
 QRegExp urlsRegExp();
-// What replaceAuth() replaces, in every place.
+// Matches the parts that replaceAuth() replaces, at every position.
 QRegExp credentialsRegExp();
 
 } // namespace Vantor

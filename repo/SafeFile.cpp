@@ -25,10 +25,10 @@ namespace {
 const char temporaryMark[] = ".vyre-";
 const char copyMark[] = ".vyre-old-";
 
-// More files than this are written to the disk together with whatever else waits for it.
+// For more files than this, one sync of the file system is used, which also writes data of other programs.
 constexpr size_t fewFiles = 8;
 
-// Closes it without a change of errno.
+// Closes a descriptor and keeps errno.
 void closeQuietly(int& number)
 {
     const int failure = errno;
@@ -39,13 +39,13 @@ void closeQuietly(int& number)
     errno = failure;
 }
 
-// Makes a file with a name of its own that nobody can foresee, for this user alone, and locks it, so that no
-// other program takes it for a leftover.
+// Creates a file with an unpredictable name for this user alone. Its lock shows other programs that it is in
+// use.
 int makeHelper(int directory, const QByteArray& name, const char* mark, QByteArray& made)
 {
     static const char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
     for (int tries = 0; tries < 100; ++tries) {
-        // Names may have 255 bytes.
+        // A file name may have 255 bytes.
         made = "." + name.left(200) + mark;
         for (int i = 0; i < 6; ++i) {
             made += letters[QRandomGenerator::global()->bounded(static_cast<int>(sizeof letters) - 1)];
@@ -79,7 +79,7 @@ bool writeAll(int number, const QByteArray& text)
     return true;
 }
 
-// Of at most the size that is read anywhere.
+// Reads at most the size limit for configuration files.
 bool readAll(int number, QByteArray& content)
 {
     content.clear();
@@ -96,8 +96,7 @@ bool readAll(int number, QByteArray& content)
     }
 }
 
-// Gives one file the extended attributes of another, access control lists among them. False if one cannot be
-// given.
+// Copies all extended attributes, including access control lists. False if an attribute cannot be set.
 bool copyAttributes(int from, int to)
 {
     const ssize_t size = flistxattr(from, nullptr, 0);
@@ -111,7 +110,7 @@ bool copyAttributes(int from, int to)
     }
     names.truncate(static_cast<int>(listed));
     for (const QByteArray& each : names.split('\0')) {
-        // The last two are the kernel's own sums of what a file holds.
+        // The kernel computes these two checksums from the contents of a file.
         if (each.isEmpty() || each == "security.ima" || each == "security.evm") {
             continue;
         }
@@ -141,7 +140,7 @@ bool isSame(const struct stat& left, const struct stat& right)
            left.st_mtim.tv_sec == right.st_mtim.tv_sec && left.st_mtim.tv_nsec == right.st_mtim.tv_nsec;
 }
 
-// The names in a directory that are ours by their form and by their owner.
+// The temporary files in a directory that have our form of name and belong to this user.
 QList<QByteArray> helpersIn(int directory, const QString& mark)
 {
     QList<QByteArray> result;
@@ -188,7 +187,7 @@ void SafeFile::dropTemporary()
     errno = failure;
 }
 
-// Finds the directory and the name of the place that the path leads to.
+// Finds the directory and the name of the file, after all links.
 bool SafeFile::open(const QString& path)
 {
     const QString place = Repo::canonicalPath(path);
@@ -217,8 +216,8 @@ bool SafeFile::makeTemporary(const QByteArray& text, mode_t mode)
     return true;
 }
 
-// Makes the file beside the old one look like that.
-bool SafeFile::takeOver()
+// Gives the temporary file the owner, the mode and the attributes of the old file.
+bool SafeFile::copyStatus()
 {
     const FileDescriptor old(
         openat(directoryNumber, name.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
@@ -261,7 +260,7 @@ bool SafeFile::replace(const QString& path, const QByteArray& expected, const QB
     newMode = before.st_mode & 07777;
     if (!others && (newMode & 07) != 0) {
         newMode &= ~static_cast<mode_t>(07);
-        takenRights = true;
+        removedRights = true;
     }
     inPlace = before.st_nlink > 1;
     if (inPlace) {
@@ -271,7 +270,7 @@ bool SafeFile::replace(const QString& path, const QByteArray& expected, const QB
         inPlace = errno == EACCES || errno == EPERM || errno == EROFS;
         return inPlace;
     }
-    if (!takeOver()) {
+    if (!copyStatus()) {
         inPlace = true;
         dropTemporary();
     }
@@ -339,15 +338,16 @@ bool SafeFile::commit()
             if (errno != EBUSY && errno != EPERM && errno != EACCES) {
                 return false;
             }
-            // Another file system begins at this name, or the directory lets nobody take names of others.
+            // Either the name is a mount point, or the directory does not allow to replace files of other
+            // users.
             dropTemporary();
             return commitInPlace();
         }
     } else {
-        // Never over a file that has come meanwhile.
+        // Never overwrite a file that another program has created meanwhile.
         if (renameat2(directoryNumber, temporaryName.constData(), directoryNumber, name.constData(),
                       RENAME_NOREPLACE) != 0) {
-            // Not every file system can do it.
+            // Some file systems do not support this flag.
             if ((errno != EINVAL && errno != ENOSYS) || linkat(directoryNumber, temporaryName.constData(),
                                                                directoryNumber, name.constData(), 0) != 0) {
                 return false;
@@ -398,7 +398,7 @@ bool SafeFile::commitInPlace()
     if (faccessat(directoryNumber, name.constData(), W_OK, AT_EACCESS) != 0 || !makeCopy()) {
         return false;
     }
-    const bool good = overwrite(newText, takenRights);
+    const bool good = overwrite(newText, removedRights);
     const int failure = errno;
     if (good || overwrite(oldText, false)) {
         unlink(QFile::encodeName(copyPath).constData());
@@ -433,14 +433,14 @@ void SafeFile::removeLeftovers(const QString& directory)
     }
     for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(temporaryMark))) {
         const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-        // Anyone who still writes it holds the lock.
+        // A program that still writes the file holds the lock.
         if (file.isOpen() && flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             unlinkat(listed.get(), each.constData(), 0);
         }
     }
 }
 
-QStringList SafeFile::leftCopies(const QString& directory)
+QStringList SafeFile::leftoverCopies(const QString& directory)
 {
     QStringList result;
     const FileDescriptor listed(openDirectory(directory));

@@ -1,13 +1,14 @@
-// Puts a new text in the place of a file so that, whatever happens meanwhile, its place holds the old text or
-// the new one: a full disk, a signal that cannot be caught, a power failure.
+// Replaces the contents of a file safely. After a full disk, SIGKILL or a power failure, the file contains
+// either the old or the new text.
 //
-// The new text is written into a file beside the old one, which gets owner, mode and extended attributes of
-// that and takes its name when the text is on the disk. A link is followed. Where that cannot be (the
-// directory may not be written, the file has several names, its owner cannot be given) the file itself is
-// overwritten; then its old text stays in a copy until the new one is on the disk.
+// The new text goes into a temporary file beside the old one. The temporary file gets the owner, the mode and
+// the extended attributes of the old file, and its name once the text is on the disk. Links are followed.
+// This is impossible if the directory is not writable, if the file has several names, or if its owner cannot
+// be set. Then the file itself is overwritten, and a copy keeps the old text until the new text is on the
+// disk.
 //
-// Graphical thread; no window is shown. The names of the temporary files and of the copies begin with a point
-// and do not end with ".repo": nothing takes them for repository files.
+// Graphical thread; shows no window. The names of temporary files and copies begin with a point and do not
+// end with ".repo", so no program treats them as repository files.
 
 #ifndef REPO_SAFEFILE_H
 #define REPO_SAFEFILE_H
@@ -24,46 +25,46 @@
 class SafeFile
 {
 public:
-    // All three: false with errno on a failure.
+    // These three functions return false and set errno on a failure.
 
-    // Makes ready to replace the text of an existing file, which must be `expected`: errno is ESTALE if it is
-    // not. Without `others`, those who are neither the owner nor in the group lose their rights.
+    // Prepares to replace the text of an existing file. If its text is not `expected`, errno is ESTALE. If
+    // `others` is false, users who are neither the owner nor in the group lose their rights.
     bool replace(const QString& path, const QByteArray& expected, const QByteArray& text, bool others = true);
-    // Makes ready to make a file, with this mode less the umask; errno is EEXIST if there is one.
+    // Prepares to create a file with this mode, reduced by the umask. If the file exists, errno is EEXIST.
     bool create(const QString& path, const QByteArray& text, mode_t mode);
-    // Puts the text into its place. Its directory is not on the disk then: see syncDirectories().
+    // Gives the file its new text. The directory is not on the disk afterwards: see syncDirectories().
     bool commit();
 
-    // Writes what has been made ready to the disk, that of many files at once. commit() does it for a file
-    // that this was not called for.
+    // Writes the prepared texts of many files to the disk at once. For a file without this call, commit()
+    // writes the text.
     static bool sync(const std::vector<std::unique_ptr<SafeFile>>& files);
-    // Writes the names of files that were committed or removed to the disk.
+    // Writes the names of committed or removed files to the disk.
     static void syncDirectories(const QStringList& directories);
 
     SafeFile() = default;
-    // Removes what has not been committed.
+    // Removes the temporary file if commit() has not run.
     ~SafeFile();
     SafeFile(const SafeFile&) = delete;
     SafeFile& operator=(const SafeFile&) = delete;
 
-    // The directory of the place that the path leads to.
+    // The directory of the file, after all links.
     QString directory() const { return directoryPath; }
-    // After a failed commit(): where the old text is, if the file itself holds neither text any more.
+    // After a failed commit(): the path of the old text, if the file contains neither text.
     QString copy() const { return copyPath; }
-    // Rights were taken away.
-    bool hasTakenRights() const { return takenRights; }
+    // True if replace() has removed rights.
+    bool hasRemovedRights() const { return removedRights; }
 
-    // Removes what programs that were killed left in a directory, except copies of old texts.
+    // Removes the temporary files that killed programs have left in a directory, but not copies of old texts.
     static void removeLeftovers(const QString& directory);
-    // The copies that such programs left there.
-    static QStringList leftCopies(const QString& directory);
-    // Where copies are made for directories that may not be written.
+    // The copies of old texts that killed programs have left in a directory.
+    static QStringList leftoverCopies(const QString& directory);
+    // The directories for copies, if the directory of the file is not writable.
     static QStringList copyDirectories();
 
 private:
     bool open(const QString& path);
     bool makeTemporary(const QByteArray& text, mode_t mode);
-    bool takeOver();
+    bool copyStatus();
     bool isUnchanged() const;
     bool commitInPlace();
     bool makeCopy();
@@ -79,7 +80,7 @@ private:
     bool existed = false;
     bool inPlace = false;
     bool synced = false;
-    bool takenRights = false;
+    bool removedRights = false;
     QString copyPath;
     int directoryNumber = -1;
     int temporaryNumber = -1;

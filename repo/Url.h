@@ -1,4 +1,4 @@
-// Takes URLs apart.
+// Extracts parts of URLs.
 //
 // Any thread; no state.
 
@@ -9,7 +9,7 @@
 
 namespace URL {
 
-// What stands between "://" and the next slash, a port included; empty when the text has no host.
+// The text between "://" and the next slash, including a port; empty if the text has no host.
 QString getHost(QString url);
 
 } // namespace URL

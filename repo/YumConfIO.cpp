@@ -58,7 +58,7 @@ bool YumConfIO::read(QWidget* window)
     enabled = true;
     gpgcheck = false;
     entries.clear();
-    // A read that failed in the middle of a file leaves lines behind.
+    // A failed read leaves lines here.
     pendingLines.clear();
     doubts.clear();
     knownFiles.clear();
@@ -74,7 +74,7 @@ bool YumConfIO::read(QWidget* window)
             return false;
         }
     }
-    doubtCopies();
+    noteLeftoverCopies();
     Q_EMIT changed();
     return true;
 }
@@ -102,8 +102,8 @@ void YumConfIO::keep(const QString& path, const Repo::File& file, int firstEntry
     knownFiles.append(known);
 }
 
-// Of programs that were killed while they wrote.
-void YumConfIO::doubtCopies()
+// Warns about the copies of old texts that killed programs have left.
+void YumConfIO::noteLeftoverCopies()
 {
     QSet<QString> directories;
     for (const QString& directory : qAsConst(reposdir) + SafeFile::copyDirectories()) {
@@ -114,7 +114,7 @@ void YumConfIO::doubtCopies()
     }
     QStringList copies;
     for (const QString& directory : qAsConst(directories)) {
-        copies += SafeFile::leftCopies(directory);
+        copies += SafeFile::leftoverCopies(directory);
     }
     copies.sort();
     for (const QString& copy : qAsConst(copies)) {
@@ -124,7 +124,7 @@ void YumConfIO::doubtCopies()
     }
 }
 
-// As they are now: another program may have replaced a file.
+// Gets the current inode numbers, because another program may have replaced a file.
 QHash<Repo::FileNumber, int> YumConfIO::numbersOfKnown() const
 {
     QHash<Repo::FileNumber, int> result;

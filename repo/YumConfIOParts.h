@@ -1,4 +1,4 @@
-// What the sources of YumConfIO have in common; nobody else includes it.
+// Helper functions of the sources of YumConfIO, which alone include this file.
 //
 // Graphical thread.
 
@@ -30,7 +30,7 @@ inline QString directoryOf(const QString& path)
     return slash < 0 ? QStringLiteral(".") : slash == 0 ? QStringLiteral("/") : path.left(slash);
 }
 
-// The text may come from a file: it is never taken as rich text.
+// The text may come from a file, so the box never shows it as rich text.
 inline QMessageBox::StandardButton showBox(QWidget* parent, const QString& title, const QString& text,
                                            QMessageBox::StandardButtons buttons,
                                            QMessageBox::StandardButton preferred,

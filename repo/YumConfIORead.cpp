@@ -21,8 +21,8 @@ struct DirectoryCloser
 };
 using DirectoryGuard = std::unique_ptr<DIR, DirectoryCloser>;
 
-// The next entry whose name ends in ".repo"; a null name at the end of the directory, or on failure with
-// errno set.
+// The next name that ends in ".repo". At the end of the directory and on a failure, the name is null; a
+// failure also sets errno.
 QString nextRepoFile(DIR* directory)
 {
     for (;;) {
@@ -43,7 +43,7 @@ bool isBlank(QChar character)
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
 }
 
-// Anything but exactly "0" is on.
+// Each value except exactly "0" means on.
 bool isOn(const QString& value)
 {
     return value != QLatin1String("0");
@@ -114,23 +114,24 @@ bool YumConfIO::readConfFile(Lines& lines)
         } else if (isOption(line, QStringLiteral("reposdir"), value)) {
             reposdir = value.replace(QLatin1Char(','), QLatin1Char(' ')).split(QLatin1Char(' '));
             reposdir.removeAll(QString());
-            // An image's file names its own directories, not those of this system.
+            // In a managed root, the main file names directories below that root.
             for (QString& directory : reposdir) {
                 directory = ManagedRoot::namedDirectoryOfFiles(directory);
             }
         } else if (isOption(line, QStringLiteral("enabled"), value)) {
             enabled = isOn(value);
-            doubtSwitch(path, QStringLiteral("main"), line, value);
+            noteDoubtfulSwitch(path, QStringLiteral("main"), line, value);
         } else if (isOption(line, QStringLiteral("gpgcheck"), value)) {
             gpgcheck = isOn(value);
-            doubtSwitch(path, QStringLiteral("main"), line, value);
+            noteDoubtfulSwitch(path, QStringLiteral("main"), line, value);
         }
         mainText += line + QLatin1Char('\n');
     }
     return readRepoFile(lines, path);
 }
 
-void YumConfIO::doubtSwitch(const QString& path, const QString& id, const QString& line, const QString& value)
+void YumConfIO::noteDoubtfulSwitch(const QString& path, const QString& id, const QString& line,
+                                   const QString& value)
 {
     static const QStringList off{QStringLiteral("0"), QStringLiteral("no"), QStringLiteral("false"),
                                  QStringLiteral("off")};
@@ -152,7 +153,7 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
         if (stat(QFile::encodeName(path).constData(), &status) == 0) {
             const auto found = knownNumbers.constFind(Repo::numberOf(status));
             if (found != knownNumbers.constEnd()) {
-                // The same file by another name, or in the same directory by another name of that.
+                // The same file under another path: another name, or another path of its directory.
                 if (*found >= 0 && !knownFiles.at(*found).isMain) {
                     knownFiles[*found].names.append(path);
                 }
@@ -189,7 +190,7 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
         }
     }
     if (errno != 0) {
-        // Files that were not listed would be removed by the next write.
+        // The next write would remove the files that are missing in this list.
         error(tr("Unable to read repository configuration file %1").arg(directory));
         return false;
     }
@@ -255,10 +256,10 @@ bool YumConfIO::readRepoFile(Lines& lines, const QString& path)
             if (isNew) {
                 sessionEnabled.insert(entry.id, isOn(value));
             }
-            doubtSwitch(path, entry.id, line, value);
+            noteDoubtfulSwitch(path, entry.id, line, value);
         } else if (isOption(line, QStringLiteral("gpgcheck"), value)) {
             entry.gpgcheck = isOn(value) ? Qt::Checked : Qt::Unchecked;
-            doubtSwitch(path, entry.id, line, value);
+            noteDoubtfulSwitch(path, entry.id, line, value);
         } else if (!line.isEmpty()) {
             entry.options += line + QLatin1Char('\n');
         }
@@ -275,7 +276,7 @@ int YumConfIO::readLogicalLine(Lines& lines, QString& line)
     } else {
         line = pendingLines.takeFirst();
         if (!pendingLines.isEmpty()) {
-            // The line after this one is known not to continue it.
+            // The following line is already known to be no continuation.
             return LineRead;
         }
     }

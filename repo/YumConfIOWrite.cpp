@@ -20,11 +20,11 @@ using namespace YumConfIOParts;
 
 namespace {
 
-// More names than this are not listed in a message.
+// The maximum numbers of names and identifiers in a message.
 constexpr int listedNames = 20;
 constexpr int listedIdentifiers = 100;
 
-// So many files are written before their names are changed; each stays open until then.
+// The number of files in a batch. Each file stays open until the batch is committed.
 constexpr int filesAtOnce = 200;
 
 QString listOf(QStringList names)
@@ -226,7 +226,7 @@ QList<int> YumConfIO::unused(const QList<Target>& list) const
     QList<int> result;
     for (int i = 0; i < knownFiles.size(); ++i) {
         const Known& known = knownFiles.at(i);
-        // What held no repository from the beginning was not edited.
+        // A file that never contained a repository was not edited.
         if (!used.contains(i) && !known.names.isEmpty() &&
             (known.file.isPlain || !known.unedited.isEmpty())) {
             result.append(i);
@@ -255,8 +255,9 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
         if (target.edited && target.outdated) {
             changedFiles.append(target.path);
         }
-        // A file that was not edited is put into the form that we write if it is plain; comments above its
-        // first section and blank lines are lost by that. Any other one stays: its letters would change.
+        // If an unedited file is plain, it gets the form of our writing. This loses its blank lines and the
+        // comments above its first section. Any other unedited file stays unchanged, because writing would
+        // change its characters.
         target.skipped = !target.edited && (target.outdated || !known.file.isPlain ||
                                             known.file.encoded(target.text) == known.file.bytes);
     }
@@ -284,8 +285,8 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
     return false;
 }
 
-// Nothing is committed before the whole batch is ready, and the batches follow the turns. So a section that
-// moves is in its new file before it leaves the old one.
+// Prepares the whole batch before the first commit, and batches follow the order of the turns. So a section
+// that moves is in its new file before it leaves the old one.
 bool YumConfIO::writeFiles(QList<Target>& list)
 {
     std::vector<std::unique_ptr<SafeFile>> files;
@@ -295,7 +296,7 @@ bool YumConfIO::writeFiles(QList<Target>& list)
             continue;
         }
         auto file = std::make_unique<SafeFile>();
-        if (!makeReady(*file, target)) {
+        if (!prepareWrite(*file, target)) {
             error(tr("Unable to write repository configuration file %1").arg(target.path));
             return false;
         }
@@ -312,10 +313,10 @@ bool YumConfIO::writeFiles(QList<Target>& list)
     return commit(files, ready);
 }
 
-bool YumConfIO::makeReady(SafeFile& file, const Target& target)
+bool YumConfIO::prepareWrite(SafeFile& file, const Target& target)
 {
     if (target.known < 0) {
-        // The passwords that are asked for later are written into it.
+        // The program later asks for passwords and writes them into this file.
         const bool secret = Credentials::holds(target.text, Credentials::Text::Options);
         return file.create(target.path, target.text.toUtf8(), secret ? S_IRUSR | S_IWUSR : 0666);
     }
@@ -372,7 +373,7 @@ void YumConfIO::written(Target& target, const SafeFile& file)
     known.file.bytes = known.file.encoded(target.text);
     known.file.isPlain = known.file.bytes == target.text.toLatin1();
     known.file.isAscii = known.file.isPlain;
-    if (file.hasTakenRights()) {
+    if (file.hasRemovedRights()) {
         const QString note =
             tr("%1 holds a password: users other than its owner and its group cannot read it any more.")
                 .arg(target.path);
@@ -387,7 +388,7 @@ bool YumConfIO::removeUnusedFiles(const QList<int>& removed)
     for (const int i : removed) {
         const Known& known = knownFiles.at(i);
         QStringList names;
-        // The first look at all of them: without the file, links to it lead nowhere.
+        // Reads all names before the first removal: after the removal of the file, its links lead nowhere.
         for (const QString& name : known.names) {
             const Repo::File now = Repo::File::read(name);
             if (now.state == Repo::File::NoStatus) {

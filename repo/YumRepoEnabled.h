@@ -1,6 +1,6 @@
-// One request of the command line to use, or not to use, the repositories that a pattern matches.
+// One request of the command line to use, or not to use, the repositories whose identifiers match a pattern.
 //
-// A plain value; the command line makes the list of them, the main window owns it.
+// A plain value. The command line creates the list; the main window owns it.
 
 #ifndef REPO_YUMREPOENABLED_H
 #define REPO_YUMREPOENABLED_H
@@ -10,7 +10,7 @@
 
 struct YumRepoEnabled
 {
-    // The pattern is a case-sensitive shell wildcard for the whole identifier.
+    // The pattern is a case-sensitive shell wildcard that must match the whole identifier.
     YumRepoEnabled(bool enable, const QString& wildcard)
         : enabled(enable), pattern(wildcard, Qt::CaseSensitive, QRegExp::Wildcard)
     {

@@ -1,4 +1,4 @@
-// What assistive programs are told, and what they and the user find.
+// Collects the texts that assistive programs get, and the texts that these programs and the user can find.
 
 #ifndef TESTS_REPO_ASSISTIVE_H
 #define TESTS_REPO_ASSISTIVE_H
@@ -10,40 +10,40 @@
 #include <QStringList>
 #include <QTextEdit>
 
-// To be installed as update handler: notes every text that assistive programs are told.
-inline QStringList told;
+// recordReport() is an update handler that records every text for assistive programs.
+inline QStringList reportedTexts;
 
-inline void noteTold(QAccessibleEvent* event)
+inline void recordReport(QAccessibleEvent* event)
 {
-    // Only of what has a text are they told texts.
+    // Assistive programs get texts only from widgets with a text interface.
     QAccessibleInterface* interface = event->accessibleInterface();
     if (interface == nullptr || interface->textInterface() == nullptr) {
         return;
     }
     switch (event->type()) {
     case QAccessible::TextInserted:
-        told << static_cast<QAccessibleTextInsertEvent*>(event)->textInserted();
+        reportedTexts << static_cast<QAccessibleTextInsertEvent*>(event)->textInserted();
         break;
     case QAccessible::TextRemoved:
-        told << static_cast<QAccessibleTextRemoveEvent*>(event)->textRemoved();
+        reportedTexts << static_cast<QAccessibleTextRemoveEvent*>(event)->textRemoved();
         break;
     case QAccessible::TextUpdated:
-        told << static_cast<QAccessibleTextUpdateEvent*>(event)->textInserted()
-             << static_cast<QAccessibleTextUpdateEvent*>(event)->textRemoved();
+        reportedTexts << static_cast<QAccessibleTextUpdateEvent*>(event)->textInserted()
+                      << static_cast<QAccessibleTextUpdateEvent*>(event)->textRemoved();
         break;
     default:
         break;
     }
 }
 
-// Whether they are told anything: a test program with an accessibility bus must be.
-inline bool toldAsExpected()
+// True if assistive programs get texts exactly in a test run with an accessibility bus.
+inline bool reportsAsExpected()
 {
     const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");
-    return QAccessible::isActive() == expected && told.isEmpty() != expected;
+    return QAccessible::isActive() == expected && reportedTexts.isEmpty() != expected;
 }
 
-// Everything that assistive programs find in a window.
+// Collects all texts that assistive programs find in a window.
 inline void collectTexts(QAccessibleInterface* interface, QStringList& texts)
 {
     for (int kind = QAccessible::Name; kind <= QAccessible::Accelerator; ++kind) {
@@ -60,7 +60,7 @@ inline void collectTexts(QAccessibleInterface* interface, QStringList& texts)
     }
 }
 
-// All of that, and everything that can be read in the window by whoever looks at it or points to it.
+// These texts, and all texts that the user can read in the window and its tool tips.
 inline QStringList readableTexts(QWidget* window)
 {
     QStringList texts;

@@ -15,7 +15,7 @@
 #include "tests/support/Files.h"
 #include "tests/support/StandIn.h"
 
-// One for each test program: there is one interpreter in a process.
+// One object for each test program, because a process has only one interpreter.
 class BackEnd
 {
 public:
@@ -41,7 +41,7 @@ public:
         }
     }
 
-    // Puts a program into the share directory that writes its arguments down, one a line.
+    // Puts a program into the share directory that records its arguments, one per line.
     void installBrowser()
     {
         Files::put(Share::absolute(QStringLiteral("webbrowser")),
@@ -50,7 +50,7 @@ public:
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QFile::remove(Share::absolute(QStringLiteral("webbrowser.called")));
     }
-    // Waits for it; what it was started with.
+    // Waits for the program, and returns its arguments.
     static QStringList browsed()
     {
         QFile called(Share::absolute(QStringLiteral("webbrowser.called")));

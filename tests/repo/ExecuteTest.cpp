@@ -24,7 +24,7 @@
 
 namespace {
 
-// Acts as a user who may have no more than a number of processes, until the end of the scope.
+// Runs as a user with a limited number of processes until the end of the scope.
 class ProcessLimit
 {
 public:
@@ -36,7 +36,7 @@ public:
         if (setrlimit(RLIMIT_NPROC, &limit) != 0) {
             qFatal("setrlimit: %s", strerror(errno));
         }
-        // The limit does not count for root.
+        // The limit does not apply to root.
         if (getuid() == 0 && setresuid(65533, 65533, 0) != 0) {
             qFatal("setresuid: %s", strerror(errno));
         }
@@ -88,7 +88,7 @@ private:
     int saved;
 };
 
-// From now on the system refuses to close many descriptors by one call, as one does that does not know how.
+// Makes the kernel reject close_range(), as an older kernel does.
 void withoutCloseRange()
 {
     sock_filter filter[] = {
@@ -117,17 +117,17 @@ private Q_SLOTS:
 
     void theProgramGetsItsArguments();
     void itReturnsWithoutWaiting();
-    void theProgramIsNobodysChild();
+    void theProgramIsNoChildOfOurs();
     void theProgramHasASessionOfItsOwn();
     void onlyTheStandardDescriptorsAreInherited_data();
     void onlyTheStandardDescriptorsAreInherited();
-    void outputGoesWhereItWentWhenItWasKept();
+    void programsGetTheSavedOutput();
     void signalsAreNotBlockedForTheProgram();
     void signalsAreNotIgnoredForTheProgram();
     void theProgramLeavesOurSignalsAlone();
-    void aProgramThatIsNotThereIsToldToStandardError();
+    void aMissingProgramIsReportedOnStandardError();
     void aFailedForkIsShown();
-    void aFailedSecondForkIsToldToStandardError();
+    void aFailedSecondForkIsReportedOnStandardError();
 
 private:
     // Runs a shell script with arguments.
@@ -144,7 +144,7 @@ private:
     }
     QString path(const char* name) const { return directory->filePath(QLatin1String(name)); }
     QByteArray quoted(const char* name) const { return '\'' + QFile::encodeName(path(name)) + '\''; }
-    // Waits for a file that the program makes complete.
+    // Waits until the program has completed a file, and returns its contents.
     QByteArray read(const char* name) const
     {
         QFile file(path(name));
@@ -180,7 +180,7 @@ void ExecuteTest::theProgramGetsItsArguments()
 
 void ExecuteTest::itReturnsWithoutWaiting()
 {
-    // The program waits for what happens only after this has returned.
+    // The program waits for an event that happens only after execute() returns.
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
     run("read line < " + quoted("gate") + "; echo \"$line\" > " + quoted("part") + " && mv " +
         quoted("part") + ' ' + quoted("whole"));
@@ -192,7 +192,7 @@ void ExecuteTest::itReturnsWithoutWaiting()
     QCOMPARE(read("whole"), QByteArray("go\n"));
 }
 
-void ExecuteTest::theProgramIsNobodysChild()
+void ExecuteTest::theProgramIsNoChildOfOurs()
 {
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
     run("echo $PPID > " + quoted("part") + " && mv " + quoted("part") + ' ' + quoted("parent") +
@@ -200,7 +200,7 @@ void ExecuteTest::theProgramIsNobodysChild()
     const QByteArray parent = read("parent").trimmed();
     QVERIFY(parent.toInt() > 0);
     QVERIFY(parent.toInt() != int(getpid()));
-    // No child is left, neither running nor dead.
+    // This process has no child, neither running nor dead.
     QCOMPARE(waitpid(-1, nullptr, WNOHANG), pid_t(-1));
     QCOMPARE(errno, ECHILD);
     const int gate = open(QFile::encodeName(path("gate")).constData(), O_WRONLY);
@@ -227,15 +227,15 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited_data()
 void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
 {
     QFETCH(bool, oldSystem);
-    // None of these is closed by itself when another program takes over, and they are far apart.
+    // None of these descriptors closes on exec, and their numbers are far apart.
     const int low = open("/dev/null", O_RDONLY);
     const int high = fcntl(low, F_DUPFD, 900);
     int pipeEnds[2];
     QCOMPARE(pipe(pipeEnds), 0);
-    // The last of them is the directory itself.
+    // The last descriptor is the listed directory itself.
     const QByteArray listing = "exec ls /proc/self/fd > " + quoted("list");
     if (oldSystem) {
-        // A process of its own: the filter stays.
+        // A separate process, because the filter cannot be removed.
         const pid_t child = fork();
         if (child == 0) {
             withoutCloseRange();
@@ -256,8 +256,8 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
     QVERIFY2(rightOnes, read("list").constData());
 }
 
-// What is kept stays kept, so that this runs in a process of its own.
-void ExecuteTest::outputGoesWhereItWentWhenItWasKept()
+// The saved descriptors stay for the life of a process, so the test runs in a separate one.
+void ExecuteTest::programsGetTheSavedOutput()
 {
     const auto redirect = [this](const char* name) {
         const int fd = open(QFile::encodeName(path(name)).constData(), O_WRONLY | O_CREAT, 0600);
@@ -281,7 +281,7 @@ void ExecuteTest::outputGoesWhereItWentWhenItWasKept()
     QCOMPARE(status, 0);
     read("whole");
     QTRY_VERIFY(read("kept").contains("execv("));
-    // The two programs run side by side.
+    // Both programs run at the same time.
     QVERIFY(read("kept").contains("out\n") && read("kept").contains("err\n"));
     QCOMPARE(read("later"), QByteArray());
 }
@@ -346,7 +346,7 @@ void ExecuteTest::signalsAreNotBlockedForTheProgram()
     QCOMPARE(read("whole").simplified(), QByteArray("SigBlk: 0000000000000000"));
 }
 
-void ExecuteTest::aProgramThatIsNotThereIsToldToStandardError()
+void ExecuteTest::aMissingProgramIsReportedOnStandardError()
 {
     QByteArray program = QFile::encodeName(path("missing"));
     char* const argv[] = {program.data(), nullptr};
@@ -366,7 +366,7 @@ void ExecuteTest::aFailedForkIsShown()
         const ProcessLimit limit(0);
         run("exit 0");
     }
-    // Nothing has waited for the window.
+    // The program has not waited for the window.
     QVERIFY(user.seen.isEmpty());
     QTRY_COMPARE(user.titles(), QStringList{QStringLiteral("Help")});
     const ShownBox box = user.seen.first();
@@ -375,11 +375,11 @@ void ExecuteTest::aFailedForkIsShown()
     QCOMPARE(box.buttons, QMessageBox::StandardButtons(QMessageBox::Ok));
 }
 
-void ExecuteTest::aFailedSecondForkIsToldToStandardError()
+void ExecuteTest::aFailedSecondForkIsReportedOnStandardError()
 {
     const QString expected =
         QStringLiteral("second fork() failed; errno = %1 (%2)\n").arg(EAGAIN).arg(strerror(EAGAIN));
-    // The threads of this program count, too: one more is allowed until the first fork succeeds.
+    // The limit also counts the threads of this program. It grows until the first fork succeeds.
     QString text;
     for (rlim_t processes = 1; processes < 200 && text.isEmpty(); ++processes) {
         const StandardError errors;

@@ -1,4 +1,4 @@
-// Finds the fields of a repository's form by what the user knows them by, and the user's hands.
+// Finds the fields of the form of a repository by their labels, and simulates the input of the user.
 
 #ifndef TESTS_REPO_FORM_H
 #define TESTS_REPO_FORM_H
@@ -18,7 +18,7 @@
 #include "repo/PasswdLineEdit.h"
 #include "repo/PasswdTextEdit.h"
 
-// The windows that a property of the screen names, which the window manager keeps.
+// The windows in a property of the root window, which the window manager sets.
 inline QList<WId> windowsIn(const char* property)
 {
     QProcess xprop;
@@ -33,8 +33,8 @@ inline QList<WId> windowsIn(const char* property)
     return windows;
 }
 
-// Whether the window manager, if there is one, has put away what is hidden and given the focus to the window.
-// One that is shown again before may never get the focus.
+// True if the window manager, if any, has removed the hidden windows and has focused the window. If a hidden
+// window is shown again before that, it may never get the focus.
 inline bool windowManagerHasSettled(const QWidget* active)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {
@@ -50,14 +50,14 @@ inline bool windowManagerHasSettled(const QWidget* active)
     return windowsIn("_NET_ACTIVE_WINDOW").contains(active->internalWinId());
 }
 
-// Waits until a window has the focus; for Qt a dialog counts as active already while its parent is.
+// Waits until a window has the focus. Qt reports a dialog as active even while its parent is.
 inline bool waitForFocus(const QWidget* window)
 {
     const auto active = [window] {
         return QApplication::activeWindow() == window && windowManagerHasSettled(window);
     };
     if (!QTest::qWaitFor(active) && window->windowHandle() != nullptr) {
-        // A window manager that has just started may have overlooked it.
+        // A window manager that has just started may have missed the window.
         window->windowHandle()->requestActivate();
     }
     return QTest::qWaitFor(active, 20000);
@@ -98,13 +98,13 @@ public:
     {
     }
 
-    // In the order of the form.
+    // All fields in the order of the form.
     QList<QWidget*> fields() const
     {
         return {id, name, urls, mirrorList, authName, password, options, enabled, gpgcheck, file, position};
     }
 
-    // Replaces what a field holds, as a user does.
+    // Replaces the text of a field, as a user does.
     static void type(QWidget* field, const QString& text)
     {
         field->setFocus();

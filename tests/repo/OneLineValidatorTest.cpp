@@ -12,7 +12,7 @@ class OneLineValidatorTest : public QObject
 private Q_SLOTS:
     void lineBreaksAreRemoved_data();
     void lineBreaksAreRemoved();
-    void whatIsPastedIsOneLine();
+    void pastedTextBecomesOneLine();
     void theCursorStaysWithinTheText();
 };
 
@@ -47,7 +47,7 @@ void OneLineValidatorTest::lineBreaksAreRemoved()
     QTEST(OneLineValidator::oneLine(text), "oneLine");
 }
 
-void OneLineValidatorTest::whatIsPastedIsOneLine()
+void OneLineValidatorTest::pastedTextBecomesOneLine()
 {
     QLineEdit edit(QStringLiteral("main-"));
     edit.setValidator(new OneLineValidator(&edit));

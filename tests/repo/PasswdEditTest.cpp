@@ -10,7 +10,7 @@ const QString PasswdEditTest::password = QStringLiteral("secret");
 
 namespace {
 
-// The same numbers in every run.
+// Gives the same numbers in every run.
 class Random
 {
 public:
@@ -28,11 +28,11 @@ private:
 
 } // namespace
 
-// --- What the tests are written in.
+// --- Functions that the tests use.
 
 QString PasswdEditTest::maskedWith(int passwordLength) const
 {
-    // The other passwords of the text are as long as this one says.
+    // The other passwords of the text have the length of "word".
     QString masked = textWith(QString(passwordLength, QChar(0x25cf)));
     return masked.replace(QStringLiteral("=word&"), QString::fromUtf8("=●●●●&"));
 }
@@ -133,7 +133,7 @@ void PasswdEditTest::cleanup()
     window.reset();
 }
 
-// --- What is shown.
+// --- The visible text.
 
 void PasswdEditTest::thePasswordIsMasked()
 {
@@ -143,7 +143,7 @@ void PasswdEditTest::thePasswordIsMasked()
              QChar(edit->style()->styleHint(QStyle::SH_LineEdit_PasswordCharacter, nullptr, edit)));
 }
 
-void PasswdEditTest::whatDoesNotMatchIsShown()
+void PasswdEditTest::textWithoutAMatchIsShown()
 {
     const QString unfinished = QStringLiteral("http://a/vantor?u=bob&p=secret&pat");
     setRealText(unfinished);
@@ -224,7 +224,7 @@ void PasswdEditTest::itAcceptsNoDropsAndHasNoMenu()
     QVERIFY(QApplication::activePopupWidget() == nullptr);
 }
 
-void PasswdEditTest::changesAreTold()
+void PasswdEditTest::changesAreSignalled()
 {
     setRealText(QStringLiteral("x"));
     QCOMPARE(changes->size(), 1);
@@ -236,7 +236,7 @@ void PasswdEditTest::changesAreTold()
     QCOMPARE(changes->size(), 3);
 }
 
-void PasswdEditTest::aChangeThatDoesNotShowIsToldToo()
+void PasswdEditTest::anInvisibleChangeIsSignalledToo()
 {
     goTo(passwordBegin);
     press(Qt::Key_Right, Qt::ShiftModifier);
@@ -266,7 +266,7 @@ void PasswdEditTest::typingOverASelectedPartOfThePassword()
     press(Qt::Key_Right, Qt::ShiftModifier, 4);
     type(QStringLiteral("0"));
     compareReal(QStringLiteral("s0t"));
-    // Selected backwards.
+    // A backward selection.
     press(Qt::Key_Left, Qt::ShiftModifier, 2);
     type(QStringLiteral("ab"));
     compareReal(QStringLiteral("abt"));
@@ -303,7 +303,7 @@ void PasswdEditTest::wordsAreDeletedAsTheyAreShown()
     press(Qt::Key_Backspace, Qt::ControlModifier);
     left.chop(1);
     QCOMPARE(realText(), left);
-    // A selection is what is deleted then.
+    // With a selection, these keys delete the selection.
     goTo(0);
     press(Qt::Key_Right, Qt::ShiftModifier, 2);
     press(Qt::Key_Delete, Qt::ControlModifier);
@@ -328,7 +328,7 @@ void PasswdEditTest::theSelectionStaysWhereTheUserMadeIt()
 {
     goTo(passwordBegin + 4);
     press(Qt::Key_Left, Qt::ShiftModifier, 3);
-    // The second time after a key that changes nothing.
+    // The second time, a key without an effect comes first.
     for (int time = 0; time < 2; ++time) {
         QCOMPARE(anchorOf(edit), passwordBegin + 4);
         QCOMPARE(position(), passwordBegin + 1);
@@ -356,7 +356,7 @@ void PasswdEditTest::undoAndRedo()
     compareReal(QStringLiteral("secret"));
     press(QKeySequence::Redo, 4);
     compareReal(QStringLiteral("newsecr"));
-    // What was shown before another text was set does not come back.
+    // Undo does not restore the text before a new text was set.
     setRealText(QStringLiteral("other"));
     press(QKeySequence::Undo);
     QCOMPARE(realText(), QStringLiteral("other"));
@@ -369,7 +369,7 @@ void PasswdEditTest::undoneTextIsMasked()
     QCOMPARE(shownText(), QString());
     press(QKeySequence::Undo);
     compareReal(password);
-    // Also where only the undone text makes it a password.
+    // Even if only the undone text makes it a password.
     press(Qt::Key_End, wholeText());
     goTo(passwordBegin + password.size());
     press(Qt::Key_Delete);
@@ -398,7 +398,7 @@ void PasswdEditTest::draggingSelects()
     compareReal(QStringLiteral("s_t"));
 }
 
-void PasswdEditTest::aDoubleClickSelectsWhatItShows()
+void PasswdEditTest::aDoubleClickSelectsTheVisibleWord()
 {
     QTest::mouseDClick(mouseTarget(), Qt::LeftButton, Qt::NoModifier, placeOf(passwordBegin + 3));
     const int begin = qMin(position(), anchorOf(edit));
@@ -408,7 +408,7 @@ void PasswdEditTest::aDoubleClickSelectsWhatItShows()
     QCOMPARE(realText(), text().remove(begin, length));
 }
 
-void PasswdEditTest::clicksAreRightInAScrolledText()
+void PasswdEditTest::clicksSetTheRightPositionInAScrolledText()
 {
     setRealText(longText());
     press(Qt::Key_End, wholeText());
@@ -420,11 +420,11 @@ void PasswdEditTest::clicksAreRightInAScrolledText()
     QCOMPARE(realText(), longText().insert(clicked, QLatin1Char('Q')));
 }
 
-void PasswdEditTest::surrogatePairsAreNotTornApart()
+void PasswdEditTest::surrogatePairsAreNotSplit()
 {
     const QString key = QString::fromUtf8("\xf0\x9f\x94\x91");
     const QString keys = textWith(key + key);
-    // Two password characters stand for each.
+    // Each surrogate pair is shown as two password characters.
     for (int place = passwordBegin; place <= passwordBegin + 4; ++place) {
         setRealText(keys);
         goTo(place);
@@ -439,7 +439,7 @@ void PasswdEditTest::surrogatePairsAreNotTornApart()
     }
 }
 
-// An ordinary edit that gets the same keys says what is right.
+// An ordinary edit with the same keys gives the expected text.
 void PasswdEditTest::randomEditingKeepsTheRealText()
 {
     QWidget* ordinary = makeOrdinaryEdit(window.get());
@@ -547,7 +547,7 @@ void PasswdEditTest::pastingGoesIntoTheRealText()
     compareReal(QStringLiteral("s12ret"));
 }
 
-void PasswdEditTest::whatIsCopiedIsMaskedForOthers()
+void PasswdEditTest::copiedTextIsMaskedForOtherPrograms()
 {
     press(QKeySequence::SelectAll);
     press(QKeySequence::Copy);
@@ -575,12 +575,12 @@ void PasswdEditTest::cutAndPasteKeepThePassword()
     compareReal(password);
 }
 
-void PasswdEditTest::theSelectionIsMaskedForOthers()
+void PasswdEditTest::theSelectionIsMaskedForOtherPrograms()
 {
     QVERIFY(QGuiApplication::clipboard()->supportsSelection());
     drag(0, text().size());
     QCOMPARE(QGuiApplication::clipboard()->text(QClipboard::Selection), maskedText());
-    // By keys.
+    // With keys.
     QGuiApplication::clipboard()->clear(QClipboard::Selection);
     press(Qt::Key_Home, wholeText() | Qt::ShiftModifier);
     press(Qt::Key_F5);
@@ -628,7 +628,7 @@ void PasswdEditTest::theInputMethodMayReplaceText()
     compareReal(QStringLiteral("sret"));
 }
 
-void PasswdEditTest::theInputMethodIsNotToldThePassword()
+void PasswdEditTest::theInputMethodDoesNotGetThePassword()
 {
     press(QKeySequence::SelectAll);
     for (const Qt::InputMethodQuery query :
@@ -641,19 +641,19 @@ void PasswdEditTest::theInputMethodIsNotToldThePassword()
     QCOMPARE(bool(edit->inputMethodHints() & Qt::ImhMultiLine), hasLines());
 }
 
-// --- Programs and the window.
+// --- Assistive programs and the window.
 
-void PasswdEditTest::assistiveProgramsAreNotToldThePassword()
+void PasswdEditTest::assistiveProgramsDoNotGetThePassword()
 {
-    told.clear();
-    QAccessible::installUpdateHandler(noteTold);
+    reportedTexts.clear();
+    QAccessible::installUpdateHandler(recordReport);
     goTo(passwordBegin + 3);
     type(QStringLiteral("XYZ"));
     press(Qt::Key_Backspace);
     setRealText(textWith(QStringLiteral("other")));
     QAccessible::installUpdateHandler(nullptr);
-    QVERIFY(toldAsExpected());
-    for (const QString& each : qAsConst(told)) {
+    QVERIFY(reportsAsExpected());
+    for (const QString& each : qAsConst(reportedTexts)) {
         QVERIFY2(!each.contains(QRegExp(QStringLiteral("sec|X|Y|Z|other|word"))), qPrintable(each));
     }
     QStringList texts;

@@ -1,5 +1,5 @@
-// What is expected of both masking edits. The test of each says how that edit is handled, and adds what it
-// has by itself.
+// The tests of both masking edits. The test of each edit defines the access to that edit, and adds its own
+// cases.
 
 #ifndef TESTS_REPO_PASSWDEDITTEST_H
 #define TESTS_REPO_PASSWDEDITTEST_H
@@ -19,14 +19,14 @@ private Q_SLOTS:
     void cleanup();
 
     void thePasswordIsMasked();
-    void whatDoesNotMatchIsShown();
+    void textWithoutAMatchIsShown();
     void everyPasswordOfAUrlIsMasked();
     void theHiddenEditIsLikeTheShownOne();
     void theHiddenEditFollowsToAnotherParent();
     void theHiddenEditIsDeletedToo();
     void itAcceptsNoDropsAndHasNoMenu();
-    void changesAreTold();
-    void aChangeThatDoesNotShowIsToldToo();
+    void changesAreSignalled();
+    void anInvisibleChangeIsSignalledToo();
 
     void typingIntoThePassword();
     void typingOverASelectedPartOfThePassword();
@@ -38,58 +38,58 @@ private Q_SLOTS:
     void undoneTextIsMasked();
     void aClickSetsTheCursor();
     void draggingSelects();
-    void aDoubleClickSelectsWhatItShows();
-    void clicksAreRightInAScrolledText();
-    void surrogatePairsAreNotTornApart();
+    void aDoubleClickSelectsTheVisibleWord();
+    void clicksSetTheRightPositionInAScrolledText();
+    void surrogatePairsAreNotSplit();
     void randomEditingKeepsTheRealText();
     void randomEditingCanBeUndone();
 
     void pastingGoesIntoTheRealText();
-    void whatIsCopiedIsMaskedForOthers();
+    void copiedTextIsMaskedForOtherPrograms();
     void cutAndPasteKeepThePassword();
-    void theSelectionIsMaskedForOthers();
+    void theSelectionIsMaskedForOtherPrograms();
     void theMiddleButtonPastesTheSelection();
 
     void composedTextGoesIntoTheRealText();
     void composingReplacesTheSelection();
     void theInputMethodMayReplaceText();
-    void theInputMethodIsNotToldThePassword();
+    void theInputMethodDoesNotGetThePassword();
 
-    void assistiveProgramsAreNotToldThePassword();
+    void assistiveProgramsDoNotGetThePassword();
     void assistiveProgramsMayEdit();
     void settingTheShownTextSetsTheRealText();
     void escapeReachesTheWindowOnce();
 
 protected:
-    // In the text that every test begins with, there is a password at this place...
+    // Every test starts with a text that has a password at this position.
     static constexpr int passwordBegin = 24;
     static const QString password;
-    // ...and it is this text; the other one is as it is to be shown.
+    // The text with another password at this position; a second password of the text stays.
     virtual QString textWith(const QString& insertedPassword) const = 0;
     QString maskedWith(int passwordLength) const;
     QString text() const { return textWith(password); }
     QString maskedText() const { return maskedWith(password.size()); }
-    // A text that has to be scrolled, in which "secret" stands.
+    // A text that is too long for the view and contains "secret".
     virtual QString longText() const = 0;
 
-    // Both are children of the window, if that is not null.
+    // If the window is not null, both edits are its children.
     virtual QWidget* makeEdit(QWidget* window) const = 0;
     virtual QWidget* makeOrdinaryEdit(QWidget* window) const = 0;
     virtual QString realTextOf(const QWidget* of) const = 0;
     virtual void setRealText(QWidget* of, const QString& real) const = 0;
     virtual const char* changeSignal() const = 0;
 
-    // Also of the ordinary and the hidden edit.
+    // These functions also work for the ordinary and the hidden edit.
     virtual QList<QWidget*> editsIn(const QWidget* window) const = 0;
     virtual QString textOf(const QWidget* of) const = 0;
     virtual void setText(QWidget* of, const QString& shown) const = 0;
     virtual int positionOf(const QWidget* of) const = 0;
     virtual int anchorOf(const QWidget* of) const = 0;
     virtual bool hasLines() const = 0;
-    // With these Home and End go to the begin and the end of the text.
+    // With these modifiers, Home and End move to the beginning and the end of the text.
     Qt::KeyboardModifiers wholeText() const { return hasLines() ? Qt::ControlModifier : Qt::NoModifier; }
 
-    // What gets the mouse events, and the place in it of a position in the text.
+    // The widget that gets the mouse events, and the point in it for a position in the text.
     virtual QWidget* mouseTarget() const = 0;
     virtual QPoint placeOf(int position) const = 0;
 

@@ -10,14 +10,14 @@ class PasswdFieldTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void whatIsTypedIsNotShown();
+    void typedTextIsNotShown();
     void pastedLineBreaksAreDropped();
     void aLongPasswordIsKept();
     void nothingIsCopied();
-    void assistiveProgramsAreNotToldThePassword();
+    void assistiveProgramsDoNotGetThePassword();
 };
 
-void PasswdFieldTest::whatIsTypedIsNotShown()
+void PasswdFieldTest::typedTextIsNotShown()
 {
     PasswdField field;
     QTest::keyClicks(&field, QStringLiteral("secret"));
@@ -59,7 +59,7 @@ void PasswdFieldTest::nothingIsCopied()
     }
 }
 
-void PasswdFieldTest::assistiveProgramsAreNotToldThePassword()
+void PasswdFieldTest::assistiveProgramsDoNotGetThePassword()
 {
     QWidget window;
     auto* field = new PasswdField(&window);
@@ -67,19 +67,19 @@ void PasswdFieldTest::assistiveProgramsAreNotToldThePassword()
     field->setAccessibleName(QStringLiteral("Key"));
     window.show();
     QVERIFY(QTest::qWaitForWindowActive(&window));
-    told.clear();
-    QAccessible::installUpdateHandler(noteTold);
+    reportedTexts.clear();
+    QAccessible::installUpdateHandler(recordReport);
     field->setText(QStringLiteral("secret"));
     QTest::keyClicks(field, QStringLiteral("789"));
     QTest::keyClicks(plain, QStringLiteral("abc"));
     QAccessible::installUpdateHandler(nullptr);
-    QVERIFY(toldAsExpected());
-    QStringList texts = told;
+    QVERIFY(reportsAsExpected());
+    QStringList texts = reportedTexts;
     collectTexts(QAccessible::queryAccessibleInterface(&window), texts);
     for (const QString& text : qAsConst(texts)) {
         QVERIFY2(!text.contains(QRegExp(QStringLiteral("secret|7|8|9"))), qPrintable(text));
     }
-    // They find a field for a password.
+    // Assistive programs see a password field.
     QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(field);
     QCOMPARE(interface->role(), QAccessible::EditableText);
     QCOMPARE(interface->text(QAccessible::Name), QStringLiteral("Key"));

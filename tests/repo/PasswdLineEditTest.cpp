@@ -8,7 +8,7 @@ class PasswdLineEditTest : public PasswdEditTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void theNewTextIsTold();
+    void aSignalReportsTheNewText();
     void aLongTextIsKept();
     void theRestOfTheLineIsDeletedAndCopiedMasked();
     void everythingIsDeletedAndCopiedMasked();
@@ -84,7 +84,7 @@ private:
     PasswdLineEdit* line() const { return static_cast<PasswdLineEdit*>(edit); }
 };
 
-void PasswdLineEditTest::theNewTextIsTold()
+void PasswdLineEditTest::aSignalReportsTheNewText()
 {
     type(QStringLiteral("yz"));
     QCOMPARE(changes->size(), 2);
@@ -126,7 +126,7 @@ void PasswdLineEditTest::insertedLineBreaksAreDropped()
     QGuiApplication::clipboard()->setText(text() + QStringLiteral("\n"));
     press(QKeySequence::Paste);
     compareReal(password);
-    // Whoever inserts them.
+    // Also if an assistive program inserts them.
     setText(edit, QStringLiteral("one\ntwo\n"));
     QCOMPARE(realText(), QStringLiteral("one two"));
     QCOMPARE(shownText(), QStringLiteral("one two"));

@@ -17,7 +17,7 @@ private Q_SLOTS:
     void expressionsAddUp();
     void eachCharacterIsReplacedByOne();
     void aMatchWithoutCaptureHidesNothing();
-    void anEmptyMatchIsPassed();
+    void anEmptyMatchIsSkipped();
     void placesInAndAroundAPasswordAreHidden();
 };
 
@@ -68,7 +68,7 @@ void PasswdMaskTest::aTextIsMaskedOnce()
 {
     PasswdMask mask;
     const QString first = mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*'));
-    // The same text in memory: it was not made again.
+    // The text is at the same address, so it comes from the cache.
     QCOMPARE(mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*')).constData(),
              first.constData());
     QCOMPARE(mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('#')),
@@ -122,7 +122,7 @@ void PasswdMaskTest::aMatchWithoutCaptureHidesNothing()
     QCOMPARE(mask.masked(QStringLiteral("p=b q=a"), QLatin1Char('*')), QStringLiteral("p=b q=a"));
 }
 
-void PasswdMaskTest::anEmptyMatchIsPassed()
+void PasswdMaskTest::anEmptyMatchIsSkipped()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("(x*)")));

@@ -8,15 +8,15 @@ class PlainTextTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theTextComesBackAsItWasPutIn();
+    void theTextIsReturnedUnchanged();
     void lineSeparatorsAreLineFeeds();
-    void placesAreThoseOfTheDocument();
+    void positionsAreThoseOfTheDocument();
 };
 
-void PlainTextTest::theTextComesBackAsItWasPutIn()
+void PlainTextTest::theTextIsReturnedUnchanged()
 {
     QTextDocument document;
-    // The last is what a letter with an accent becomes that is read byte by byte.
+    // The last text is an accented letter that was read byte by byte.
     for (const QString& text : {QString(), QStringLiteral("a\nb\n"), QStringLiteral("\n\n"),
                                 QStringLiteral(" a\t b "), QString::fromLatin1("vuel\xc3\xa0\n")}) {
         document.setPlainText(text);
@@ -31,7 +31,7 @@ void PlainTextTest::lineSeparatorsAreLineFeeds()
     QCOMPARE(PlainText::exact(&document), QStringLiteral("a\nb"));
 }
 
-void PlainTextTest::placesAreThoseOfTheDocument()
+void PlainTextTest::positionsAreThoseOfTheDocument()
 {
     QTextDocument document;
     document.setPlainText(QStringLiteral("one\n\ntwo"));

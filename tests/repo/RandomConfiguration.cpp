@@ -127,7 +127,7 @@ QByteArray RandomConfiguration::word()
         result += letters[below(usable)];
     }
     if (result.endsWith('\r')) {
-        // At the end of a line it would be a part of that.
+        // A carriage return at the end would be a part of the line end.
         result += 'x';
     }
     return result;

@@ -1,5 +1,5 @@
-// Configurations made at random from a seed, and what each of their sections says, worked out apart from the
-// code that reads and writes them.
+// Makes random configurations from a seed, together with the expected values of each section. It shares no
+// code with the reader and the writer.
 
 #ifndef TESTS_REPO_RANDOMCONFIGURATION_H
 #define TESTS_REPO_RANDOMCONFIGURATION_H
@@ -9,7 +9,7 @@
 #include <QRandomGenerator>
 #include <QString>
 
-// One section as it is to be read.
+// One section with its expected values after reading.
 struct Section
 {
     QString id;
@@ -20,35 +20,35 @@ struct Section
     int gpgcheck = 1;
     QString options;
 
-    // As it is to be written.
+    // The expected text after writing.
     QString text() const;
 };
 
-// A text as it is read after it has been written: it is written as UTF-8 and read as Latin-1.
+// The text after a write as UTF-8 and a read as Latin-1.
 QString readBack(const QString& text);
 Section readBack(const Section& section);
 
 class RandomConfiguration
 {
 public:
-    // With `ascii` no byte is above 0x7F.
+    // If `ascii` is true, no byte is above 0x7F.
     RandomConfiguration(quint32 seed, bool ascii) : random(seed), onlyAscii(ascii) {}
 
     // The lines above the first section of the main file.
     QByteArray mainPart();
-    // A repository file, comments above the first section included; its sections are appended to the list.
+    // A repository file, including comments above the first section. Appends its sections to the list.
     QByteArray repoFile(QList<Section>& list);
-    // Sections only, as they stand in the main file.
+    // Sections without other text, as in the main file.
     QByteArray sections(QList<Section>& list);
     // A section and its source.
     QByteArray section(Section& made);
 
-    // Values as somebody may type them: no line feeds, and no blanks at the beginning.
+    // A value as a user may type it: without line feeds, and without blanks at the beginning.
     QString typed();
-    // A line that is none of the known options, with a line feed.
+    // A line with an unknown option, and a line feed.
     QString optionLine();
 
-    // In 0 ... limit - 1.
+    // A number from 0 to limit - 1.
     int below(int limit) { return int(random.bounded(limit)); }
     bool chance(int percent) { return below(100) < percent; }
 

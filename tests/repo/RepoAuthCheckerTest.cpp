@@ -17,7 +17,7 @@ using namespace RepoAuth;
 
 namespace {
 
-// What the user does with one showing of the dialog.
+// The action of the user in one dialog.
 struct Answer
 {
     QString name;
@@ -44,7 +44,7 @@ private Q_SLOTS:
 
     void onlyUrlsWithoutCredentialsAreAskedAbout();
     void repositoriesThatAreNotUsedAreNotAskedAbout();
-    void whatIsEnteredIsWritten();
+    void enteredCredentialsAreWritten();
     void theMirrorListCountsToo();
     void okWithoutCredentialsChangesNothing();
     void aNameAloneIsAChange();
@@ -55,19 +55,20 @@ private Q_SLOTS:
     void skipAllWritesNothing();
     void skipAllWritesWhatWasFilledBefore();
     void disableTurnsTheRepositoryOff();
-    void quitStopsAndTells();
+    void quitStopsTheCheckAndIsReported();
     void quitWritesWhatWasFilledBefore();
-    void withoutAnythingToAskNothingIsShownOrWritten();
+    void withoutMissingCredentialsNothingIsShownOrWritten();
     void afterAFailedReadNothingIsAskedOrWritten();
     void theQuestionAboutDuplicatesMayBeDeclined();
     void oneDialogServesTheWholeCheck();
-    void theDialogGoesWithTheChecker();
-    void theListIsReadAfresh();
-    void whatOthersChangeMeanwhileStays();
-    void credentialsGoIntoWhatOthersHaveChanged();
+    void theCheckerDeletesTheDialog();
+    void theListIsReadAgain();
+    void changesOfOtherProgramsStay();
+    void credentialsAreAddedToChangesOfOtherPrograms();
 
 private:
-    // Runs a check with these answers; the identifiers that the dialog showed. More showings are skipped.
+    // Runs a check with these answers and returns the identifiers in the dialogs. Further dialogs are
+    // skipped.
     QStringList check(
         QList<Answer> answers, const std::function<void(Checker&)>& look = [](Checker&) {})
     {
@@ -75,12 +76,12 @@ private:
         QTimer timer;
         bool answering = false;
         connect(&timer, &QTimer::timeout, &timer, [this, &asked, &answers, &answering] {
-            // Typing lets the time pass.
+            // Typing processes events, so this function can run again meanwhile.
             if (answering) {
                 return;
             }
             const QScopedValueRollback<bool> guard(answering, true);
-            // A click while the window only gets the focus is lost.
+            // A click is lost while the window is getting the focus.
             QWidget* modal = QApplication::activeModalWidget();
             if (modal == nullptr || modal != QApplication::activeWindow()) {
                 return;
@@ -135,7 +136,7 @@ private:
     std::unique_ptr<YumConfIO> conf;
     std::unique_ptr<AnsweringUser> user;
     QPointer<Dialog> shown;
-    // What happens while the dialog waits for an answer.
+    // An action during the wait for an answer.
     std::function<void()> meanwhile;
     bool quit = false;
     bool changed = false;
@@ -175,7 +176,7 @@ void RepoAuthCheckerTest::onlyUrlsWithoutCredentialsAreAskedAbout()
     QVERIFY(!changed);
 }
 
-void RepoAuthCheckerTest::whatOthersChangeMeanwhileStays()
+void RepoAuthCheckerTest::changesOfOtherProgramsStay()
 {
     put("a.repo", section("a", "http://h" + emptyAuth));
     put("b.repo", section("b", "http://h/x"));
@@ -193,7 +194,7 @@ void RepoAuthCheckerTest::whatOthersChangeMeanwhileStays()
     QCOMPARE(get("c.repo"), section("c", "http://h/x"));
 }
 
-void RepoAuthCheckerTest::credentialsGoIntoWhatOthersHaveChanged()
+void RepoAuthCheckerTest::credentialsAreAddedToChangesOfOtherPrograms()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) +
                       section("gone", "http://k" + emptyAuth));
@@ -206,7 +207,8 @@ void RepoAuthCheckerTest::credentialsGoIntoWhatOthersHaveChanged()
              (QStringList{QStringLiteral("a"), QStringLiteral("gone")}));
     QCOMPARE(user->seen.size(), 1);
     QVERIFY(changed);
-    // Credentials of others are not overwritten, and nothing comes back that others have removed.
+    // Credentials from other programs are not overwritten, and lines that other programs have removed do not
+    // return.
     QCOMPARE(get("a.repo"), QByteArray("[b]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n\n"
                                        "[a]\nbaseurl=http://h/vantor?u=theirs&p=theirs&path=/x\ncost=1\n"));
 }
@@ -219,7 +221,7 @@ void RepoAuthCheckerTest::repositoriesThatAreNotUsedAreNotAskedAbout()
     QCOMPARE(check({{"", "", "OK"}}), QStringList{QStringLiteral("on")});
 }
 
-void RepoAuthCheckerTest::whatIsEnteredIsWritten()
+void RepoAuthCheckerTest::enteredCredentialsAreWritten()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k/vantor?n=&w=&path=y"));
     QCOMPARE(check({{"a b&c", "s%t", "OK"}, {"eve", "pw", "OK"}}),
@@ -228,7 +230,7 @@ void RepoAuthCheckerTest::whatIsEnteredIsWritten()
     QVERIFY(!quit);
     QCOMPARE(get("a.repo"), QByteArray("[a]\nbaseurl=http://h/vantor?u=a%20b%26c&p=s%25t&path=/x\n\n"
                                        "[b]\nbaseurl=http://k/vantor?n=eve&w=pw&path=y\n"));
-    // They are not asked for again.
+    // The next check does not ask for them again.
     QCOMPARE(check({}), QStringList());
 }
 
@@ -336,7 +338,7 @@ void RepoAuthCheckerTest::disableTurnsTheRepositoryOff()
     QCOMPARE(check({}), QStringList{QStringLiteral("b")});
 }
 
-void RepoAuthCheckerTest::quitStopsAndTells()
+void RepoAuthCheckerTest::quitStopsTheCheckAndIsReported()
 {
     const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
     put("a.repo", before);
@@ -355,7 +357,7 @@ void RepoAuthCheckerTest::quitWritesWhatWasFilledBefore()
     QVERIFY(get("a.repo").contains("u=bob&p=pw&"));
 }
 
-void RepoAuthCheckerTest::withoutAnythingToAskNothingIsShownOrWritten()
+void RepoAuthCheckerTest::withoutMissingCredentialsNothingIsShownOrWritten()
 {
     const QByteArray before = "# a comment\n" + section("a", "http://h/x");
     put("a.repo", before);
@@ -367,7 +369,7 @@ void RepoAuthCheckerTest::withoutAnythingToAskNothingIsShownOrWritten()
 
 void RepoAuthCheckerTest::afterAFailedReadNothingIsAskedOrWritten()
 {
-    // One of them is read before the other, whatever the order.
+    // The order of the files is unknown, but one file is read before the other.
     const QByteArray first =
         section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) + "[x\n";
     put("a.repo", first);
@@ -404,12 +406,12 @@ void RepoAuthCheckerTest::oneDialogServesTheWholeCheck()
     QCOMPARE(asked, (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
 }
 
-void RepoAuthCheckerTest::theDialogGoesWithTheChecker()
+void RepoAuthCheckerTest::theCheckerDeletesTheDialog()
 {
     put("a.repo", section("a", "http://h" + emptyAuth));
     check({{"", "", "OK"}});
     QVERIFY(shown.isNull());
-    // The window may go first.
+    // The parent window may be deleted first.
     check({{"", "", "OK"}}, [this](Checker&) {
         QVERIFY(!shown.isNull());
         window.reset();
@@ -417,7 +419,7 @@ void RepoAuthCheckerTest::theDialogGoesWithTheChecker()
     });
 }
 
-void RepoAuthCheckerTest::theListIsReadAfresh()
+void RepoAuthCheckerTest::theListIsReadAgain()
 {
     put("a.repo", section("a", "http://h/x"));
     QVERIFY(conf->read(window.get()));

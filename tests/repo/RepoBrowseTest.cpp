@@ -27,14 +27,14 @@ private Q_SLOTS:
     void theScriptExpandsVariables();
     void noCredentialsAreHandedOn_data();
     void noCredentialsAreHandedOn();
-    void withoutAUrlThatIsShown_data();
-    void withoutAUrlThatIsShown();
+    void aMissingUrlIsReported_data();
+    void aMissingUrlIsReported();
     void aRepositoryIsFoundByItsIdentifier();
     void anUnknownIdentifierIsShown();
     void aMissingBrowserIsNotShown();
 
 private:
-    // Title and text of the errors over the window that something shows.
+    // Calls a function, and returns title and text of the errors that it shows over the window.
     template <typename Open> QStringList shownBy(Open open)
     {
         const AnsweringUser user(AnsweringUser::click(QMessageBox::Ok));
@@ -134,7 +134,7 @@ void RepoBrowseTest::variablesAreExpanded()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-// Those that the script knows, if it does know them.
+// The script may know more variables, if it has this function.
 void RepoBrowseTest::theScriptExpandsVariables()
 {
     Repo::Entry entry;
@@ -159,7 +159,7 @@ void RepoBrowseTest::noCredentialsAreHandedOn_data()
                                   << "http://h/";
 }
 
-// Neither in the list of processes, which everybody reads, nor in the browser's history.
+// All users can read the list of processes, and the browser keeps a history.
 void RepoBrowseTest::noCredentialsAreHandedOn()
 {
     QFETCH(QString, url);
@@ -174,14 +174,14 @@ void RepoBrowseTest::noCredentialsAreHandedOn()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-void RepoBrowseTest::withoutAUrlThatIsShown_data()
+void RepoBrowseTest::aMissingUrlIsReported_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::newRow("nothing") << "";
     QTest::newRow("white space alone") << " \n";
 }
 
-void RepoBrowseTest::withoutAUrlThatIsShown()
+void RepoBrowseTest::aMissingUrlIsReported()
 {
     QFETCH(QString, baseurl);
     Repo::Entry entry;
@@ -222,7 +222,7 @@ void RepoBrowseTest::anUnknownIdentifierIsShown()
     QVERIFY(RepoBrowse::find(QStringLiteral("gone"), nullptr) == nullptr);
 }
 
-// The rest is a matter of standard error.
+// The failure appears on standard error only.
 void RepoBrowseTest::aMissingBrowserIsNotShown()
 {
     QVERIFY(QFile::remove(Share::absolute(QStringLiteral("webbrowser"))));

@@ -4,27 +4,27 @@
 #include "tests/repo/Assistive.h"
 #include "tests/repo/ShownForm.h"
 
-// Credentials are shown in fields of their own, and stand nowhere in clear.
+// Separate fields show the credentials, and no text shows a readable password.
 class RepoEditorConfigCredentialsTest : public ShownForm
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void credentialsAreShownInTheirFields();
-    void theFieldsAreOffWithoutCredentials();
+    void theFieldsAreDisabledWithoutCredentials();
     void theMirrorListMayHaveTheCredentials();
-    void aUrlThatIsTypedBringsTheFieldsToLife();
-    void aPasswordThatIsChangedWithinTheUrlIsFollowed();
+    void aTypedUrlEnablesTheFields();
+    void aPasswordChangedInTheUrlReachesItsField();
     void typingAPasswordChangesEveryUrl();
     void typingANameChangesEveryUrl();
     void typingCredentialsKeepsTheCursor();
     void emptyKeysFallBack();
     void keysAreNeverRichTextOrShortcuts();
-    void thePasswordStandsNowhereInClear();
+    void thePasswordIsNowhereReadable();
     void passwordsInTheUrlsAndTheOptionsAreMasked();
     void optionsWithAPasswordAreEdited();
     void longTextsDoNotHangTheForm();
-    void assistiveProgramsAreNotToldThePassword();
+    void assistiveProgramsDoNotGetThePassword();
 };
 
 void RepoEditorConfigCredentialsTest::credentialsAreShownInTheirFields()
@@ -42,7 +42,7 @@ void RepoEditorConfigCredentialsTest::credentialsAreShownInTheirFields()
     QVERIFY(sameFields(config->toEntry(), vantor()));
 }
 
-void RepoEditorConfigCredentialsTest::theFieldsAreOffWithoutCredentials()
+void RepoEditorConfigCredentialsTest::theFieldsAreDisabledWithoutCredentials()
 {
     config->setEntry(vantor());
     config->setEntry(usual());
@@ -65,7 +65,7 @@ void RepoEditorConfigCredentialsTest::theMirrorListMayHaveTheCredentials()
     QCOMPARE(config->toEntry().baseurl, usual().baseurl);
 }
 
-void RepoEditorConfigCredentialsTest::aUrlThatIsTypedBringsTheFieldsToLife()
+void RepoEditorConfigCredentialsTest::aTypedUrlEnablesTheFields()
 {
     config->setEntry(Repo::Entry());
     Form::type(form->urls, QStringLiteral("http://h/vantor?u=a%20b&p=pw&path"));
@@ -85,7 +85,7 @@ void RepoEditorConfigCredentialsTest::aUrlThatIsTypedBringsTheFieldsToLife()
     QCOMPARE(form->authName->text(), QStringLiteral("eve"));
 }
 
-void RepoEditorConfigCredentialsTest::aPasswordThatIsChangedWithinTheUrlIsFollowed()
+void RepoEditorConfigCredentialsTest::aPasswordChangedInTheUrlReachesItsField()
 {
     config->setEntry(vantor());
     form->urls->setFocus();
@@ -93,7 +93,7 @@ void RepoEditorConfigCredentialsTest::aPasswordThatIsChangedWithinTheUrlIsFollow
     for (int i = 0; i < vantorUrl.indexOf(QStringLiteral("secret")); ++i) {
         QTest::keyClick(form->urls, Qt::Key_Right);
     }
-    // What shows stays the same.
+    // The visible text stays the same.
     QTest::keyClick(form->urls, Qt::Key_Right, Qt::ShiftModifier);
     QTest::keyClicks(form->urls, QStringLiteral("S"));
     QCOMPARE(form->password->text(), QStringLiteral("Secret"));
@@ -174,7 +174,7 @@ void RepoEditorConfigCredentialsTest::keysAreNeverRichTextOrShortcuts()
     QVERIFY(window->minimumSizeHint().width() < width + 500);
 }
 
-void RepoEditorConfigCredentialsTest::thePasswordStandsNowhereInClear()
+void RepoEditorConfigCredentialsTest::thePasswordIsNowhereReadable()
 {
     config->setEntry(vantor());
     config->setStatus(conf.get(), label.get());
@@ -188,7 +188,7 @@ void RepoEditorConfigCredentialsTest::thePasswordStandsNowhereInClear()
             QVERIFY2(!text.contains(QStringLiteral("secret")), qPrintable(text));
         }
     }
-    // Nor does undoing bring it there.
+    // Undo does not bring the password there either.
     form->password->setFocus();
     QTest::keySequence(form->password, QKeySequence(QKeySequence::Undo));
     form->urls->setFocus();
@@ -258,17 +258,17 @@ void RepoEditorConfigCredentialsTest::longTextsDoNotHangTheForm()
         QStringLiteral("http://h/vantor?user=bob&word=secretx&path=/x")));
 }
 
-void RepoEditorConfigCredentialsTest::assistiveProgramsAreNotToldThePassword()
+void RepoEditorConfigCredentialsTest::assistiveProgramsDoNotGetThePassword()
 {
-    told.clear();
-    QAccessible::installUpdateHandler(noteTold);
+    reportedTexts.clear();
+    QAccessible::installUpdateHandler(recordReport);
     config->setEntry(withPasswords());
     Form::type(form->options, QStringLiteral("password=789"));
     config->setEntry(vantor());
     Form::type(form->password, QStringLiteral("789"));
     QAccessible::installUpdateHandler(nullptr);
-    QVERIFY(toldAsExpected());
-    QStringList texts = told;
+    QVERIFY(reportsAsExpected());
+    QStringList texts = reportedTexts;
     collectTexts(QAccessible::queryAccessibleInterface(window.get()), texts);
     QVERIFY(texts.contains(form->urls->toPlainText()));
     for (const QString& text : qAsConst(texts)) {

@@ -31,7 +31,7 @@ private Q_SLOTS:
     void aChangedIdentifierLeavesTheOldStateBehind();
     void anUntouchedBoxKeepsItUnspecified();
     void warningsDoNotPreventOk();
-    void whatCannotBeWrittenIsNotAccepted();
+    void anUnwritableRepositoryIsNotAccepted();
     void cancelStoresNothing();
     void escapeStoresNothing();
     void resetRestoresTheFields();
@@ -40,7 +40,7 @@ private Q_SLOTS:
     void itCanBeUsedAgain();
 
 private:
-    // Runs the dialog on the entry and has the user do something, who ends it, too.
+    // Runs the dialog for the entry. The given function does the actions of the user and closes the dialog.
     int run(const std::function<void()>& use)
     {
         bool used = false;
@@ -137,7 +137,7 @@ void RepoEditorConfigDialogTest::itFitsASmallScreen()
         QVERIFY(dialog->height() <= 691);
         Form::type(form->id, QString());
         QVERIFY(dialog->width() <= 921);
-        // Nothing is cut off at the size that it opens with.
+        // At its initial size, the window shows all fields completely.
         for (const QWidget* field : form->fields()) {
             QVERIFY(field->width() >= field->minimumSizeHint().width());
             QVERIFY(field->height() >= field->minimumSizeHint().height());
@@ -263,7 +263,7 @@ void RepoEditorConfigDialogTest::warningsDoNotPreventOk()
     QCOMPARE(entry.id, QString());
 }
 
-void RepoEditorConfigDialogTest::whatCannotBeWrittenIsNotAccepted()
+void RepoEditorConfigDialogTest::anUnwritableRepositoryIsNotAccepted()
 {
     const auto okIsEnabled = [this] { return Form::button(dialog.get(), "OK")->isEnabled(); };
     QCOMPARE(run([this, okIsEnabled] {
@@ -286,7 +286,7 @@ void RepoEditorConfigDialogTest::whatCannotBeWrittenIsNotAccepted()
              int(QDialog::Accepted));
     QCOMPARE(entry.id, QStringLiteral("new"));
     QCOMPARE(entry.options, QString());
-    // What has come from a file can be looked at, and closed as it was.
+    // The user can view an invalid entry from a file, and close it without changes.
     entry.id = QStringLiteral("a[b");
     QCOMPARE(run([this, okIsEnabled] {
                  QVERIFY(okIsEnabled());

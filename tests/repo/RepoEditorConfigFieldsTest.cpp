@@ -3,7 +3,7 @@
 
 #include "tests/repo/ShownForm.h"
 
-// The form shows every field of a repository, and gives back what was typed.
+// The form shows every field of a repository, and returns the typed values.
 class RepoEditorConfigFieldsTest : public ShownForm
 {
     Q_OBJECT
@@ -12,16 +12,16 @@ private Q_SLOTS:
     void itIsBlankAtFirst();
     void theFieldsHaveTheirLabels();
     void theBoxesHaveThreeItems();
-    void theDefaultsAreTold_data();
-    void theDefaultsAreTold();
+    void theDefaultsAreShown_data();
+    void theDefaultsAreShown();
     void theSortPositionGoesInWholeSteps();
     void anEntryFillsTheFields();
-    void fillingTellsNoChange();
-    void whatWasFilledInComesBack_data();
-    void whatWasFilledInComesBack();
-    void everyChangeIsToldAndComesBack();
+    void fillingSignalsNoChange();
+    void filledFieldsAreReturnedUnchanged_data();
+    void filledFieldsAreReturnedUnchanged();
+    void everyChangeIsSignalledAndReturned();
     void optionsAreStoredAsTyped();
-    void onlyTheChangedFieldLosesItsPeculiarities();
+    void onlyAChangedFieldLosesItsOriginalForm();
     void pastedIdentifiersAreOneLine();
     void blankingAndFillingAgain();
 };
@@ -74,7 +74,7 @@ void RepoEditorConfigFieldsTest::theBoxesHaveThreeItems()
     }
 }
 
-void RepoEditorConfigFieldsTest::theDefaultsAreTold_data()
+void RepoEditorConfigFieldsTest::theDefaultsAreShown_data()
 {
     QTest::addColumn<bool>("enabled");
     QTest::addColumn<bool>("gpgcheck");
@@ -83,7 +83,7 @@ void RepoEditorConfigFieldsTest::theDefaultsAreTold_data()
     QTest::newRow("no, yes") << false << true << QStringList{"Default (No)", "Default (Yes)"};
 }
 
-void RepoEditorConfigFieldsTest::theDefaultsAreTold()
+void RepoEditorConfigFieldsTest::theDefaultsAreShown()
 {
     QFETCH(bool, enabled);
     QFETCH(bool, gpgcheck);
@@ -128,7 +128,7 @@ void RepoEditorConfigFieldsTest::anEntryFillsTheFields()
     }
 }
 
-void RepoEditorConfigFieldsTest::fillingTellsNoChange()
+void RepoEditorConfigFieldsTest::fillingSignalsNoChange()
 {
     config->setEntry(vantor());
     config->setEntry(usual());
@@ -136,7 +136,7 @@ void RepoEditorConfigFieldsTest::fillingTellsNoChange()
     QCOMPARE(changes->size(), 0);
 }
 
-void RepoEditorConfigFieldsTest::whatWasFilledInComesBack_data()
+void RepoEditorConfigFieldsTest::filledFieldsAreReturnedUnchanged_data()
 {
     QTest::addColumn<QString>("options");
     QTest::addColumn<QString>("url");
@@ -154,7 +154,7 @@ void RepoEditorConfigFieldsTest::whatWasFilledInComesBack_data()
     QTest::newRow("separators") << QString(QChar(0x2028)) + QChar(0x2029) << "http://h/x" << 0.0;
 }
 
-void RepoEditorConfigFieldsTest::whatWasFilledInComesBack()
+void RepoEditorConfigFieldsTest::filledFieldsAreReturnedUnchanged()
 {
     QFETCH(QString, options);
     QFETCH(QString, url);
@@ -169,7 +169,7 @@ void RepoEditorConfigFieldsTest::whatWasFilledInComesBack()
     QVERIFY(sameFields(config->toEntry(), entry));
 }
 
-void RepoEditorConfigFieldsTest::everyChangeIsToldAndComesBack()
+void RepoEditorConfigFieldsTest::everyChangeIsSignalledAndReturned()
 {
     config->setEntry(usual());
     Repo::Entry expected = usual();
@@ -213,7 +213,7 @@ void RepoEditorConfigFieldsTest::optionsAreStoredAsTyped()
     QCOMPARE(config->toEntry().options, QStringLiteral("a=b\n\n c=<i>d"));
 }
 
-void RepoEditorConfigFieldsTest::onlyTheChangedFieldLosesItsPeculiarities()
+void RepoEditorConfigFieldsTest::onlyAChangedFieldLosesItsOriginalForm()
 {
     Repo::Entry entry = usual();
     entry.options = QString::fromLatin1("a=b\r\n#voil\xc3\xa0\n");
@@ -244,7 +244,7 @@ void RepoEditorConfigFieldsTest::blankingAndFillingAgain()
     config->setEntry(vantor());
     QVERIFY(sameFields(config->toEntry(), vantor()));
     QVERIFY(form->id->isEnabled());
-    // Nothing of the other entry can be brought back.
+    // Undo brings back no text of the other entry.
     config->setEntry(usual());
     for (QWidget* field : {static_cast<QWidget*>(form->urls), static_cast<QWidget*>(form->mirrorList),
                            static_cast<QWidget*>(form->options), static_cast<QWidget*>(form->id)}) {

@@ -4,7 +4,7 @@
 #include "tests/repo/ShownForm.h"
 #include "widgets/Colors.h"
 
-// What is wrong with what was typed.
+// The form reports the errors in the typed values.
 class RepoEditorConfigStatusTest : public ShownForm
 {
     Q_OBJECT
@@ -12,8 +12,8 @@ class RepoEditorConfigStatusTest : public ShownForm
 private Q_SLOTS:
     void theStatus_data();
     void theStatus();
-    void whatAFileWouldNotGiveBackIsRefused_data();
-    void whatAFileWouldNotGiveBackIsRefused();
+    void textsThatAFileCannotRepresentAreRefused_data();
+    void textsThatAFileCannotRepresentAreRefused();
     void theMainConfigurationFileIsAlwaysRight();
 };
 
@@ -103,7 +103,7 @@ void RepoEditorConfigStatusTest::theStatus()
     }
 }
 
-void RepoEditorConfigStatusTest::whatAFileWouldNotGiveBackIsRefused_data()
+void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("options");
@@ -154,7 +154,7 @@ void RepoEditorConfigStatusTest::whatAFileWouldNotGiveBackIsRefused_data()
                                                 << "";
 }
 
-void RepoEditorConfigStatusTest::whatAFileWouldNotGiveBackIsRefused()
+void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused()
 {
     QFETCH(QString, id);
     QFETCH(QString, options);

@@ -22,14 +22,14 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void editTellsTheRow();
+    void editSignalsTheRow();
     void browseOpensTheUrl();
     void browseHasItsMessageOverTheView();
     void withoutARowNothingCanBeChosen();
-    void aRowThatIsGoneIsNotEdited();
+    void aRemovedRowIsNotEdited();
 
 private:
-    // Runs the menu and chooses an entry.
+    // Runs the menu and chooses an item.
     bool run(const QModelIndex& index, const char* text) const
     {
         return withMenu([this, index] { menu->exec(index, view->mapToGlobal(QPoint(10, 10))); },
@@ -42,7 +42,7 @@ private:
     std::unique_ptr<YumConfIO> conf;
     std::unique_ptr<Model> model;
     std::unique_ptr<QWidget> view;
-    ContextMenu* menu = nullptr; // the view's
+    ContextMenu* menu = nullptr; // owned by the view
 };
 
 void RepoEditorContextMenuTest::initTestCase()
@@ -79,7 +79,7 @@ void RepoEditorContextMenuTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoEditorContextMenuTest::editTellsTheRow()
+void RepoEditorContextMenuTest::editSignalsTheRow()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(model->index(1, IdentifierColumn), "Edit"));
@@ -113,12 +113,12 @@ void RepoEditorContextMenuTest::withoutARowNothingCanBeChosen()
     QTest::qWait(200);
     QVERIFY(!BackEnd::wasBrowsed());
     QCOMPARE(edits.size(), 0);
-    // The next time they can be again.
+    // The next menu enables them again.
     QVERIFY(run(model->index(0, NameColumn), "Edit"));
     QCOMPARE(edits.size(), 1);
 }
 
-void RepoEditorContextMenuTest::aRowThatIsGoneIsNotEdited()
+void RepoEditorContextMenuTest::aRemovedRowIsNotEdited()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     const QModelIndex index = model->index(1, IdentifierColumn);

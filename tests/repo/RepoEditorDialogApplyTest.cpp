@@ -18,19 +18,19 @@ private Q_SLOTS:
     void applyWritesAndStaysOpen();
     void applyThatIsDeclinedKeepsEverything();
     void applyThatFailsKeepsEverything();
-    void applyThatFailsAfterRemovalShowsWhatIsLeft();
-    void whatOthersChangeMeanwhileStays();
-    void whatOthersChangeMeanwhileCanBeReadAgain();
-    void afterApplyOthersChangesAreShown();
+    void applyThatFailsAfterRemovalShowsTheRemainingRepositories();
+    void changesOfOtherProgramsStay();
+    void changesOfOtherProgramsCanBeReadAgain();
+    void afterApplyChangesOfOtherProgramsAreShown();
 };
 
 void RepoEditorDialogApplyTest::okWithoutChangesWritesNothing()
 {
-    // A write would put this into another form.
+    // A write would change the form of this text.
     backEnd->putRepo("os.repo", "# comment\n[os]\nenabled = 1\n");
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Accepted));
     QCOMPARE(backEnd->getRepo("os.repo"), QByteArray("# comment\n[os]\nenabled = 1\n"));
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
 void RepoEditorDialogApplyTest::okWritesAndCloses()
@@ -42,7 +42,7 @@ void RepoEditorDialogApplyTest::okWritesAndCloses()
              int(QDialog::Accepted));
     QVERIFY(
         backEnd->getRepo("os.repo").contains("[extras]\nname=Extras\nbaseurl=http://h/extras\nenabled=1\n"));
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
 void RepoEditorDialogApplyTest::okStaysOpenWhenNothingWasWritten()
@@ -56,7 +56,7 @@ void RepoEditorDialogApplyTest::okStaysOpenWhenNothingWasWritten()
                 QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
             }) == int(QDialog::Rejected));
     QVERIFY(backEnd->getRepo("os.repo").contains("enabled=0"));
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
 void RepoEditorDialogApplyTest::applyWritesAndStaysOpen()
@@ -69,12 +69,12 @@ void RepoEditorDialogApplyTest::applyWritesAndStaysOpen()
                 QCOMPARE(current(), QStringLiteral("(none)"));
                 QVERIFY(!button("Edit")->isEnabled());
                 QVERIFY(backEnd->getRepo("os.repo").contains("enabled=1"));
-                QVERIFY(told->isEmpty());
+                QVERIFY(reposChangedSpy->isEmpty());
             }) >= 0);
-    QCOMPARE(told->size(), 1);
-    // The next showing begins anew.
+    QCOMPARE(reposChangedSpy->size(), 1);
+    // The next run starts without changes.
     QVERIFY(run([] {}) >= 0);
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
 void RepoEditorDialogApplyTest::applyThatIsDeclinedKeepsEverything()
@@ -89,7 +89,7 @@ void RepoEditorDialogApplyTest::applyThatIsDeclinedKeepsEverything()
                 QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
             }) >= 0);
     QVERIFY(backEnd->getRepo("os.repo").contains("enabled=0"));
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
 void RepoEditorDialogApplyTest::applyThatFailsKeepsEverything()
@@ -109,10 +109,10 @@ void RepoEditorDialogApplyTest::applyThatFailsKeepsEverything()
                 QVERIFY(isUnapplied());
                 QCOMPARE(current(), QStringLiteral("extras"));
             }) >= 0);
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::applyThatFailsAfterRemovalShowsWhatIsLeft()
+void RepoEditorDialogApplyTest::applyThatFailsAfterRemovalShowsTheRemainingRepositories()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n[zero]\n");
     QVERIFY(run([this] {
@@ -130,7 +130,7 @@ void RepoEditorDialogApplyTest::applyThatFailsAfterRemovalShowsWhatIsLeft()
             }) >= 0);
 }
 
-void RepoEditorDialogApplyTest::whatOthersChangeMeanwhileStays()
+void RepoEditorDialogApplyTest::changesOfOtherProgramsStay()
 {
     const QByteArray theirs("[os]\nname=Theirs\n");
     QVERIFY(run([this, &theirs] {
@@ -151,10 +151,10 @@ void RepoEditorDialogApplyTest::whatOthersChangeMeanwhileStays()
             }) >= 0);
     QCOMPARE(backEnd->getRepo("os.repo"), theirs);
     QCOMPARE(backEnd->getRepo("made.repo"), theirs);
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::whatOthersChangeMeanwhileCanBeReadAgain()
+void RepoEditorDialogApplyTest::changesOfOtherProgramsCanBeReadAgain()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -165,7 +165,7 @@ void RepoEditorDialogApplyTest::whatOthersChangeMeanwhileCanBeReadAgain()
                 QCOMPARE(entry(QStringLiteral("extras")).enabled, 0);
                 QVERIFY(listed(NameColumn).contains(QStringLiteral("Theirs too")));
                 QCOMPARE(current(), QStringLiteral("extras"));
-                // And then it can be edited.
+                // Afterwards the list can be edited.
                 click(QStringLiteral("extras"), PermanentColumn);
                 click("Apply");
                 QVERIFY(isClean());
@@ -174,7 +174,7 @@ void RepoEditorDialogApplyTest::whatOthersChangeMeanwhileCanBeReadAgain()
              QByteArray("[os]\nname=Theirs\n\n[extras]\nname=Theirs too\nenabled=1\n"));
 }
 
-void RepoEditorDialogApplyTest::afterApplyOthersChangesAreShown()
+void RepoEditorDialogApplyTest::afterApplyChangesOfOtherProgramsAreShown()
 {
     backEnd->putRepo("other.repo", "[other]\nname=Before\n");
     QVERIFY(run([this] {
@@ -189,7 +189,7 @@ void RepoEditorDialogApplyTest::afterApplyOthersChangesAreShown()
     QVERIFY(
         backEnd->getRepo("os.repo").contains("[extras]\nname=Extras\nbaseurl=http://h/extras\nenabled=1\n"));
     QCOMPARE(backEnd->getRepo("other.repo"), QByteArray("[other]\nname=Theirs\n"));
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
 QTEST_MAIN(RepoEditorDialogApplyTest)

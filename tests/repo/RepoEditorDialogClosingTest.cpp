@@ -5,7 +5,7 @@
 
 using namespace RepoEditor;
 
-// Reset All, Cancel and closing the window drop what is not applied.
+// Reset All, Cancel and closing the window drop unapplied changes.
 class RepoEditorDialogClosingTest : public ShownEditor
 {
     Q_OBJECT
@@ -13,15 +13,15 @@ class RepoEditorDialogClosingTest : public ShownEditor
 private Q_SLOTS:
     void resetAllBringsEverythingBack();
     void resetAllKeepsTheCurrentRepository();
-    void resetAllThatFailsShowsWhatWasRead();
-    void whatWasReadInPartIsNotWritten();
+    void resetAllThatFailsShowsTheRepositoriesReadSoFar();
+    void aPartlyReadListIsNotWritten();
     void cancelUndoesAndCloses();
-    void cancelAfterApplyStillTells();
+    void cancelAfterApplyStillSignals();
     void closingTheWindowKeepsTheSession();
-    void closingTheWindowDropsWhatIsNotApplied();
-    void closingTheWindowKeepsWhatWasSwitched();
-    void closingWithoutChangesTellsNothing();
-    void closingTellsWhenForced();
+    void closingTheWindowDropsUnappliedChanges();
+    void closingTheWindowKeepsSwitchedRepositories();
+    void closingWithoutChangesSignalsNothing();
+    void closingSignalsIfForced();
     void theSlotForResettingDoesNothing();
 };
 
@@ -44,7 +44,7 @@ void RepoEditorDialogClosingTest::resetAllBringsEverythingBack()
                 QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
                 click("OK");
             }) == int(QDialog::Accepted));
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
 void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
@@ -60,7 +60,7 @@ void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
                 QCOMPARE(current(), QStringLiteral("(none)"));
                 QVERIFY(!button("Edit")->isEnabled());
             }) >= 0);
-    // The last of those that have the identifier.
+    // The last repository with the same identifier.
     backEnd->putRepo("x.repo", "[same]\nname=1\n[same]\nname=2\n");
     QVERIFY(run([this] {
                 click(QStringLiteral("same"), PermanentColumn);
@@ -69,7 +69,7 @@ void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::resetAllThatFailsShowsWhatWasRead()
+void RepoEditorDialogClosingTest::resetAllThatFailsShowsTheRepositoriesReadSoFar()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -84,7 +84,7 @@ void RepoEditorDialogClosingTest::resetAllThatFailsShowsWhatWasRead()
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::whatWasReadInPartIsNotWritten()
+void RepoEditorDialogClosingTest::aPartlyReadListIsNotWritten()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -127,10 +127,10 @@ void RepoEditorDialogClosingTest::cancelUndoesAndCloses()
     QCOMPARE(session.value(QStringLiteral("extras")), false);
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(backEnd->getRepo("os.repo"), before);
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::cancelAfterApplyStillTells()
+void RepoEditorDialogClosingTest::cancelAfterApplyStillSignals()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -138,7 +138,7 @@ void RepoEditorDialogClosingTest::cancelAfterApplyStillTells()
                 click(QStringLiteral("os"), PermanentColumn);
                 click("Cancel");
             }) == int(QDialog::Rejected));
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
     QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
 }
@@ -151,10 +151,10 @@ void RepoEditorDialogClosingTest::closingTheWindowKeepsTheSession()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(session.value(QStringLiteral("extras")), true);
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowDropsWhatIsNotApplied()
+void RepoEditorDialogClosingTest::closingTheWindowDropsUnappliedChanges()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QVERIFY(run([this] {
@@ -172,14 +172,15 @@ void RepoEditorDialogClosingTest::closingTheWindowDropsWhatIsNotApplied()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(backEnd->getRepo("os.repo"), before);
-    // The list says again what the files say, and the session is that which the packages were collected for.
+    // The list has the contents of the files again. The session is the one at the time of collecting the
+    // packages.
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
     QCOMPARE(session.value(QStringLiteral("extras")), false);
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowKeepsWhatWasSwitched()
+void RepoEditorDialogClosingTest::closingTheWindowKeepsSwitchedRepositories()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
@@ -188,17 +189,17 @@ void RepoEditorDialogClosingTest::closingTheWindowKeepsWhatWasSwitched()
             }) == int(QDialog::Rejected));
     QCOMPARE(session.value(QStringLiteral("extras")), true);
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::closingWithoutChangesTellsNothing()
+void RepoEditorDialogClosingTest::closingWithoutChangesSignalsNothing()
 {
     QVERIFY(run([this] { dialog->close(); }) == int(QDialog::Rejected));
     QVERIFY(run([this] { click("Cancel"); }) == int(QDialog::Rejected));
-    QCOMPARE(told->size(), 0);
+    QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingTellsWhenForced()
+void RepoEditorDialogClosingTest::closingSignalsIfForced()
 {
     dialog->reposChangedForced = true;
     bool hidden = false;
@@ -207,10 +208,10 @@ void RepoEditorDialogClosingTest::closingTellsWhenForced()
     QVERIFY(run([this] { click("Cancel"); }) == int(QDialog::Rejected));
     QVERIFY(hidden);
     disconnect(connection);
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
     dialog->reposChangedForced = false;
     QVERIFY(run([this] { click("OK"); }) == int(QDialog::Accepted));
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
 void RepoEditorDialogClosingTest::theSlotForResettingDoesNothing()

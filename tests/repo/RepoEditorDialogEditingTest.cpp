@@ -28,8 +28,8 @@ private Q_SLOTS:
     void addingARepository();
     void addingWithoutAnIdentifierShowsNew();
     void addingThatIsCancelledChangesNothing();
-    void whatTheFormAcceptsIsReadBack_data();
-    void whatTheFormAcceptsIsReadBack();
+    void acceptedTextsAreReadBack_data();
+    void acceptedTextsAreReadBack();
     void optionsWithoutALineFeedAreEndedByTheSeparator();
     void copyingARepository();
     void copyingWithoutANewIdentifier();
@@ -51,12 +51,12 @@ void RepoEditorDialogEditingTest::twoClicksOnTheSessionBoxAreStillAChange()
                  click(QStringLiteral("os"), SessionColumn);
                  QCOMPARE(session.value(QStringLiteral("os")), true);
                  QVERIFY(isClean());
-                 QVERIFY(told->isEmpty());
+                 QVERIFY(reposChangedSpy->isEmpty());
                  click("OK");
                  QVERIFY(!dialog->isVisible());
              }),
              int(QDialog::Accepted));
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
 void RepoEditorDialogEditingTest::sessionTogglesNeedNoApply()
@@ -115,7 +115,7 @@ void RepoEditorDialogEditingTest::editingByDoubleClick()
                         QTest::mouseDClick(dialog->windowHandle(), Qt::LeftButton, Qt::NoModifier,
                                            view->viewport()->mapTo(
                                                dialog.get(), place(QStringLiteral("extras"), NameColumn)));
-                        // The window system sends the clicks one by one.
+                        // The window system sends each click separately.
                         QTRY_VERIFY(!form->isVisible());
                     },
                     [this] {
@@ -179,7 +179,7 @@ void RepoEditorDialogEditingTest::theMenuBelowTheLastRowEditsNothing()
                     },
                     [](QMenu& menu) { choose(menu, QStringLiteral("Edit")); }));
                 QVERIFY(!form->isVisible());
-                // Nor does the signal, should it come.
+                // The signal with an invalid index edits nothing either.
                 Q_EMIT view->getContextMenu()->edit(QModelIndex());
                 QVERIFY(!form->isVisible());
                 QVERIFY(isClean());
@@ -242,7 +242,7 @@ void RepoEditorDialogEditingTest::addingARepository()
                 click("OK");
             }) == int(QDialog::Accepted));
     QCOMPARE(backEnd->getRepo("new.repo"), QByteArray("[new]\nbaseurl=http://h/new\n"));
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
 void RepoEditorDialogEditingTest::addingWithoutAnIdentifierShowsNew()
@@ -284,7 +284,7 @@ void RepoEditorDialogEditingTest::addingThatIsCancelledChangesNothing()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::whatTheFormAcceptsIsReadBack_data()
+void RepoEditorDialogEditingTest::acceptedTextsAreReadBack_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("urls");
@@ -303,7 +303,7 @@ void RepoEditorDialogEditingTest::whatTheFormAcceptsIsReadBack_data()
                                                 << "a=b\n [c]\n\td\n#[e]\n";
 }
 
-void RepoEditorDialogEditingTest::whatTheFormAcceptsIsReadBack()
+void RepoEditorDialogEditingTest::acceptedTextsAreReadBack()
 {
     QFETCH(QString, id);
     QFETCH(QString, urls);
@@ -401,7 +401,7 @@ void RepoEditorDialogEditingTest::copyingWithoutAnyChange()
                 QVERIFY(withForm([this] { click("Copy"); }, [this] { clickForm("OK"); }));
                 QCOMPARE(status(), QStringLiteral("Two or more repositories have the Identifier, extras"));
                 QCOMPARE(ids().count(QStringLiteral("extras")), 2);
-                // The next form is not a copy's.
+                // The next form does not edit a copy.
                 click(QStringLiteral("os"));
                 QVERIFY(withForm([this] { click("Edit"); }, [this] { clickForm("OK"); }));
                 click("Reset All");
@@ -434,7 +434,7 @@ void RepoEditorDialogEditingTest::enterAfterACommandDropsNothing()
                                      }));
                 }
                 const QStringList before = ids();
-                // Whatever it does, in a form for one, is taken back.
+                // If Enter opens a form, this timer cancels the form.
                 const auto enter = [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); };
                 QTimer escape;
                 connect(&escape, &QTimer::timeout, &escape, [this] {

@@ -10,7 +10,7 @@
 
 using namespace RepoEditor;
 
-// What the editor shows, and how it is laid out.
+// The contents and the layout of the editor.
 class RepoEditorDialogWindowTest : public ShownEditor
 {
     Q_OBJECT
@@ -21,22 +21,22 @@ private Q_SLOTS:
     void itFitsASmallScreen();
     void aLongIdentifierDoesNotWidenTheWindow();
     void theStatusIsNotCutOff();
-    void thePasswordStandsNowhereInClear();
+    void thePasswordIsNowhereReadable();
     void itOpensSortedByIdentifier();
     void identifiersAreSortedAsPeopleCount();
     void itOpensCleanWithoutACurrentRow();
     void everyShowingReadsAgain();
     void aFailedReadShowsNothing();
-    void aFailedReadTellsNothing();
+    void aFailedReadSignalsNothing();
     void returnDoesNotApply();
     void theButtonsFollowTheCurrentRow();
     void browseOpensTheCurrentRepository();
-    void browseTellsWhenThereIsNoUrl();
+    void browseReportsAMissingUrl();
     void theStatus();
     void theFirstDuplicateIsNamed();
     void tenThousandRepositoriesAreShownAndRemoved();
-    void anEndlessTextIsNoObstacle_data();
-    void anEndlessTextIsNoObstacle();
+    void aVeryLongTextCanBeEdited_data();
+    void aVeryLongTextCanBeEdited();
 };
 
 void RepoEditorDialogWindowTest::theWindowIsAsDescribed()
@@ -128,7 +128,7 @@ void RepoEditorDialogWindowTest::theStatusIsNotCutOff()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::thePasswordStandsNowhereInClear()
+void RepoEditorDialogWindowTest::thePasswordIsNowhereReadable()
 {
     backEnd->putRepo("v.repo", "[v]\nname=V\nbaseurl=http://h/vantor?u=bob&p=hidden&path=/x\n"
                                "  http://k/vantor?u=bob&p=hidden&path=y\n"
@@ -227,14 +227,14 @@ void RepoEditorDialogWindowTest::aFailedReadShowsNothing()
     QVERIFY(run([this] { QVERIFY(listed().contains(QStringLiteral("updates"))); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::aFailedReadTellsNothing()
+void RepoEditorDialogWindowTest::aFailedReadSignalsNothing()
 {
     QVERIFY(run([this] { click(QStringLiteral("os"), SessionColumn); }) >= 0);
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
     backEnd->putRepo("updates.repo", "[updates\n");
     dialog->reposChangedForced = true;
     QCOMPARE(withBoxes([this] { dialog->exec(); }).size(), 1);
-    QCOMPARE(told->size(), 1);
+    QCOMPARE(reposChangedSpy->size(), 1);
 }
 
 void RepoEditorDialogWindowTest::returnDoesNotApply()
@@ -274,7 +274,7 @@ void RepoEditorDialogWindowTest::browseOpensTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::browseTellsWhenThereIsNoUrl()
+void RepoEditorDialogWindowTest::browseReportsAMissingUrl()
 {
     backEnd->putRepo("none.repo", "[none]\n");
     QVERIFY(run([this] {
@@ -337,7 +337,7 @@ void RepoEditorDialogWindowTest::tenThousandRepositoriesAreShownAndRemoved()
     QCOMPARE(backEnd->getRepo("many.repo"), QByteArray("(cannot be read)"));
 }
 
-void RepoEditorDialogWindowTest::anEndlessTextIsNoObstacle_data()
+void RepoEditorDialogWindowTest::aVeryLongTextCanBeEdited_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::newRow("name") << QByteArray("name=");
@@ -347,7 +347,7 @@ void RepoEditorDialogWindowTest::anEndlessTextIsNoObstacle_data()
     QTest::newRow("option") << QByteArray("exclude=");
 }
 
-void RepoEditorDialogWindowTest::anEndlessTextIsNoObstacle()
+void RepoEditorDialogWindowTest::aVeryLongTextCanBeEdited()
 {
     const int size = repositorySectionLimit - 100;
     const QByteArray endless(size, 'x');

@@ -45,7 +45,7 @@ private Q_SLOTS:
     void aNewRepositoryIsShownInItalics();
     void displayingRecordsAnUnknownRepository();
     void cellsThatDoNotExistHaveNoData();
-    void rowsThatAreGoneHaveNoData();
+    void removedRowsHaveNoData();
 
     void addingARow();
     void removingARow();
@@ -231,7 +231,7 @@ void RepoEditorModelTest::cellsThatDoNotExistHaveNoData()
     QVERIFY(!model->data(model->createIndex(2, IdentifierColumn)).isValid());
 }
 
-void RepoEditorModelTest::rowsThatAreGoneHaveNoData()
+void RepoEditorModelTest::removedRowsHaveNoData()
 {
     const QModelIndex last = model->index(1, SessionColumn);
     conf->entries.removeLast();
@@ -294,7 +294,7 @@ void RepoEditorModelTest::togglingTheUse()
     QCOMPARE(changes.at(0).at(1).toModelIndex(), model->index(1, 0));
     model->toggleUse(model->index(1, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("updates")), false);
-    // One that is not known counts as not used.
+    // An unknown repository counts as not used.
     conf->entries[0].id = QStringLiteral("other");
     model->toggleUse(model->index(0, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("other")), true);

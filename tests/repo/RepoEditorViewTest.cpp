@@ -39,16 +39,16 @@ private Q_SLOTS:
     void keysMakeARowCurrent();
     void clickingAHeaderSortsByIt();
     void columnsCanBeMoved();
-    void theCurrentRowIsTold();
-    void theCurrentColumnIsNotTold();
-    void aResetTellsThatNoRowIsCurrent();
+    void theCurrentRowIsSignalled();
+    void theCurrentColumnIsNotSignalled();
+    void aResetSignalsThatNoRowIsCurrent();
     void theCurrentRowCanBeSet();
     void selectedRowsAreSourceRows();
     void oneClickTogglesTheUse();
     void oneClickTogglesThePermanentState();
     void clicksOnTheTextToggleNothing();
     void theRightButtonTogglesNothing();
-    void aMovedColumnStaysWhatItIs();
+    void aMovedColumnKeepsItsFunction();
     void aDoubleClickActivatesTheSourceRow();
     void theTextColumnsHaveAMenu();
     void theBoxesHaveNoMenu();
@@ -71,7 +71,7 @@ private:
         const QRect cell = view->visualRect(proxy->index(listedRow(id), column));
         return QPoint(cell.left() + 10, cell.center().y());
     }
-    // As the window system reports it.
+    // Sends a click in the same way as the window system.
     void click(QWidget* widget, const QPoint& where, Qt::MouseButton button = Qt::LeftButton,
                Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
     {
@@ -163,7 +163,7 @@ void RepoEditorViewTest::focusAloneMakesNoRowCurrent()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
     QCOMPARE(QApplication::focusWidget(), view);
     QCOMPARE(view->currentRow(), -1);
-    // A current row stays.
+    // The current row stays.
     click(QStringLiteral("base"), IdentifierColumn);
     QTest::keyClick(view, Qt::Key_Tab);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
@@ -201,39 +201,39 @@ void RepoEditorViewTest::columnsCanBeMoved()
     QCOMPARE(listed(), (QStringList{"base", "extras", "updates"}));
 }
 
-void RepoEditorViewTest::theCurrentRowIsTold()
+void RepoEditorViewTest::theCurrentRowIsSignalled()
 {
-    QSignalSpy told(view, SIGNAL(currentChanged(int, int)));
+    QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     click(QStringLiteral("updates"), IdentifierColumn);
     click(QStringLiteral("base"), IdentifierColumn);
     view->setCurrentIndex(QModelIndex());
     QList<QPair<int, int>> rows;
-    for (const QList<QVariant>& each : told) {
+    for (const QList<QVariant>& each : spy) {
         rows << qMakePair(each.at(0).toInt(), each.at(1).toInt());
     }
     QCOMPARE(rows, (QList<QPair<int, int>>{{0, -1}, {1, 0}, {-1, 1}}));
 }
 
-void RepoEditorViewTest::theCurrentColumnIsNotTold()
+void RepoEditorViewTest::theCurrentColumnIsNotSignalled()
 {
     click(QStringLiteral("updates"), IdentifierColumn);
-    QSignalSpy told(view, SIGNAL(currentChanged(int, int)));
+    QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     click(QStringLiteral("updates"), NameColumn);
     QTest::keyClick(view, Qt::Key_Left);
-    QCOMPARE(told.size(), 0);
+    QCOMPARE(spy.size(), 0);
 }
 
-void RepoEditorViewTest::aResetTellsThatNoRowIsCurrent()
+void RepoEditorViewTest::aResetSignalsThatNoRowIsCurrent()
 {
     click(QStringLiteral("extras"), IdentifierColumn);
-    QSignalSpy told(view, SIGNAL(currentChanged(int, int)));
+    QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     model->reset();
-    QCOMPARE(told.size(), 1);
-    QCOMPARE(told.at(0).at(0).toInt(), -1);
-    QCOMPARE(told.at(0).at(1).toInt(), 2);
+    QCOMPARE(spy.size(), 1);
+    QCOMPARE(spy.at(0).at(0).toInt(), -1);
+    QCOMPARE(spy.at(0).at(1).toInt(), 2);
     QCOMPARE(view->currentRow(), -1);
     model->reset();
-    QCOMPARE(told.size(), 1);
+    QCOMPARE(spy.size(), 1);
 }
 
 void RepoEditorViewTest::theCurrentRowCanBeSet()
@@ -299,7 +299,7 @@ void RepoEditorViewTest::theRightButtonTogglesNothing()
     QCOMPARE(uses.size(), 0);
 }
 
-void RepoEditorViewTest::aMovedColumnStaysWhatItIs()
+void RepoEditorViewTest::aMovedColumnKeepsItsFunction()
 {
     view->horizontalHeader()->moveSection(SessionColumn, 2);
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));

@@ -22,15 +22,15 @@ class RepoFileTest : public QObject
 private Q_SLOTS:
     void init();
 
-    void whatAFileHolds_data();
-    void whatAFileHolds();
-    void whatIsWrittenIsWhatWasRead_data() { whatAFileHolds_data(); }
-    void whatIsWrittenIsWhatWasRead();
+    void theContentsOfAFile_data();
+    void theContentsOfAFile();
+    void readTextIsWrittenUnchanged_data() { theContentsOfAFile_data(); }
+    void readTextIsWrittenUnchanged();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
-    void whatIsNoFile();
-    void nobodyIsWaitedFor();
-    void numbersAreThoseOfTheFile();
+    void otherKindsOfFilesHaveTheirState();
+    void readingNeverBlocks();
+    void allNamesOfAFileHaveTheSameNumber();
     void canonicalPaths_data();
     void canonicalPaths();
 
@@ -54,11 +54,11 @@ void RepoFileTest::init()
     QVERIFY(root->isValid());
 }
 
-void RepoFileTest::whatAFileHolds_data()
+void RepoFileTest::theContentsOfAFile_data()
 {
     QTest::addColumn<QByteArray>("contents");
     QTest::addColumn<QString>("text");
-    // M: a mark, R: carriage returns, A: ASCII, P: plain.
+    // M: byte order mark, R: carriage returns, A: ASCII, P: plain.
     QTest::addColumn<QString>("kind");
     QTest::newRow("nothing") << QByteArray("") << QString("") << QString("AP");
     QTest::newRow("lines") << QByteArray("a\nb\n") << QString("a\nb\n") << QString("AP");
@@ -86,7 +86,7 @@ void RepoFileTest::whatAFileHolds_data()
         << QByteArray("\x1B\f\x7F\n") << QString("\x1B\f\x7F\n") << QString("AP");
 }
 
-void RepoFileTest::whatAFileHolds()
+void RepoFileTest::theContentsOfAFile()
 {
     QFETCH(QByteArray, contents);
     put(contents);
@@ -99,7 +99,7 @@ void RepoFileTest::whatAFileHolds()
           "kind");
 }
 
-void RepoFileTest::whatIsWrittenIsWhatWasRead()
+void RepoFileTest::readTextIsWrittenUnchanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, text);
@@ -133,7 +133,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf(whole + '#'), int(File::LeftAlone));
     QCOMPARE(stateOf(whole + '#' + whole), int(File::LeftAlone));
     QCOMPARE(stateOf("[a]\n" + whole + "\n[b]\n"), int(File::LeftAlone));
-    // What stands above the first one is none.
+    // The text above the first section does not count as a repository.
     QCOMPARE(stateOf("#" + whole + '#'), int(File::Text));
     QCOMPARE(stateOf("[main]\n#" + whole), int(File::Text));
     QCOMPARE(stateOf("#\n[main]\n[main]\n#" + whole + "[main]\n"), int(File::Text));
@@ -141,7 +141,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf("[a]\n[main]\n#" + whole), int(File::LeftAlone));
 }
 
-void RepoFileTest::whatIsNoFile()
+void RepoFileTest::otherKindsOfFilesHaveTheirState()
 {
     QCOMPARE(int(File::read(path("x")).state), int(File::Missing));
     QCOMPARE(int(File::read(path("none/x")).state), int(File::Missing));
@@ -164,17 +164,17 @@ void RepoFileTest::whatIsNoFile()
         QCOMPARE(file.reason, path("link") + QStringLiteral(" is left alone: it is not a regular file."));
         QCOMPARE(unlink(localPath("link").constData()), 0);
     }
-    // Regular files by their status.
+    // stat() reports these as regular files.
     QCOMPARE(int(File::read(QStringLiteral("/proc/self/mem")).state), int(File::Unreadable));
     QCOMPARE(File::read(QStringLiteral("/proc/self/mem")).failure, EIO);
     QVERIFY(!File::read(QStringLiteral("/proc/self/stat")).bytes.isEmpty());
 }
 
-void RepoFileTest::nobodyIsWaitedFor()
+void RepoFileTest::readingNeverBlocks()
 {
     QCOMPARE(mkfifo(localPath("pipe").constData(), 0644), 0);
     QCOMPARE(int(File::read(path("pipe")).state), int(File::LeftAlone));
-    // Also when it takes the place of a file that has just been looked at, and somebody writes into it.
+    // Also if a pipe with a writer replaces the file after the call of stat().
     put("");
     struct stat status;
     QCOMPARE(stat(localPath("x").constData(), &status), 0);
@@ -184,7 +184,7 @@ void RepoFileTest::nobodyIsWaitedFor()
     close(writer);
 }
 
-void RepoFileTest::numbersAreThoseOfTheFile()
+void RepoFileTest::allNamesOfAFileHaveTheSameNumber()
 {
     put("a");
     QCOMPARE(symlink("x", localPath("y").constData()), 0);

@@ -33,7 +33,7 @@ QString password(const QString& url)
     return authOf(url).pieces.at(3);
 }
 
-// Pieces of URLs in any order.
+// Combines parts of URLs in random order.
 QString randomUrls(std::mt19937& random)
 {
     static const QStringList pieces{"/vantor?", "/vantor?u=", "&p=", "&path=", "&path=x",  "a",
@@ -61,13 +61,13 @@ private Q_SLOTS:
     void credentialsAreFound();
     void nothingIsLeftInThePiecesWithoutCredentials();
     void theUrlsOfARepositoryComeBeforeItsMirrorList();
-    void theMirrorListIsLookedAtWhenTheUrlsHaveNone();
+    void theMirrorListIsSearchedIfTheUrlsHaveNoCredentials();
     void aNameWithBlankAndAmpersandIsEncoded();
     void everySpecialCharacterIsEncodedInLowerCase_data();
     void everySpecialCharacterIsEncodedInLowerCase();
     void ordinaryCharactersAreLeftAlone();
-    void whatIsWrittenIsReadBack_data();
-    void whatIsWrittenIsReadBack();
+    void writtenCredentialsAreReadBack_data();
+    void writtenCredentialsAreReadBack();
     void escapesOfEitherCaseAreDecoded();
     void brokenEscapesAreLeftAlone();
     void everyCredentialUrlGetsTheSameCredentials();
@@ -77,10 +77,10 @@ private Q_SLOTS:
     void theExpressionsAreTheAgreedOnes();
     void theExpressionForOneUrlCapturesThePassword();
     void theExpressionForUrlsCapturesEachPassword();
-    void whatIsTakenForAPasswordIsAPlaceOfOne_data();
-    void whatIsTakenForAPasswordIsAPlaceOfOne();
-    void whatTheExpressionsCaptureIsAPlaceOfAPassword();
-    void whatIsReplacedIsWhatTheExpressionMatches();
+    void thePasswordOfAUrlIsAPlaceOfAPassword_data();
+    void thePasswordOfAUrlIsAPlaceOfAPassword();
+    void capturesOfTheExpressionsArePlacesOfPasswords();
+    void replacedTextsAreMatchesOfTheExpression();
 };
 
 void RepoVantorTest::credentialsAreFound_data()
@@ -129,7 +129,7 @@ void RepoVantorTest::theUrlsOfARepositoryComeBeforeItsMirrorList()
     QCOMPARE(authOf(entry).pieces.at(1), QStringLiteral("bob"));
 }
 
-void RepoVantorTest::theMirrorListIsLookedAtWhenTheUrlsHaveNone()
+void RepoVantorTest::theMirrorListIsSearchedIfTheUrlsHaveNoCredentials()
 {
     Entry entry;
     entry.baseurl = QStringLiteral("http://h/plain");
@@ -174,7 +174,7 @@ void RepoVantorTest::ordinaryCharactersAreLeftAlone()
              QStringLiteral("http://h/vantor?u=bob&p=%1&path=/x").arg(ordinary));
 }
 
-void RepoVantorTest::whatIsWrittenIsReadBack_data()
+void RepoVantorTest::writtenCredentialsAreReadBack_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("an escape") << "a%41";
@@ -184,7 +184,7 @@ void RepoVantorTest::whatIsWrittenIsReadBack_data()
     QTest::newRow("many percent signs") << "%%%41%%";
 }
 
-void RepoVantorTest::whatIsWrittenIsReadBack()
+void RepoVantorTest::writtenCredentialsAreReadBack()
 {
     QFETCH(QString, text);
     const QString url = Vantor::replaceAuth(base, text, text, text, text);
@@ -267,7 +267,7 @@ void RepoVantorTest::theExpressionForUrlsCapturesEachPassword()
     QCOMPARE(expression.cap(1), QStringLiteral("two"));
 }
 
-void RepoVantorTest::whatIsTakenForAPasswordIsAPlaceOfOne_data()
+void RepoVantorTest::thePasswordOfAUrlIsAPlaceOfAPassword_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("captured");
@@ -286,7 +286,7 @@ void RepoVantorTest::whatIsTakenForAPasswordIsAPlaceOfOne_data()
                               << "one";
 }
 
-void RepoVantorTest::whatIsTakenForAPasswordIsAPlaceOfOne()
+void RepoVantorTest::thePasswordOfAUrlIsAPlaceOfAPassword()
 {
     QFETCH(QString, url);
     const QVector<Credentials::Place> places = Credentials::places(url, Credentials::Text::Urls);
@@ -295,7 +295,7 @@ void RepoVantorTest::whatIsTakenForAPasswordIsAPlaceOfOne()
     QCOMPARE(url.mid(places.first().begin, places.first().length), password(url));
 }
 
-void RepoVantorTest::whatTheExpressionsCaptureIsAPlaceOfAPassword()
+void RepoVantorTest::capturesOfTheExpressionsArePlacesOfPasswords()
 {
     std::mt19937 random(6);
     int captured = 0;
@@ -326,7 +326,7 @@ void RepoVantorTest::whatTheExpressionsCaptureIsAPlaceOfAPassword()
     QVERIFY(captured > 200);
 }
 
-void RepoVantorTest::whatIsReplacedIsWhatTheExpressionMatches()
+void RepoVantorTest::replacedTextsAreMatchesOfTheExpression()
 {
     std::mt19937 random(7);
     int replaced = 0;

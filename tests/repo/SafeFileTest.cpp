@@ -41,8 +41,9 @@ bool createNow(const QString& path, const QByteArray& text, mode_t mode = 0666)
     return file.create(path, text, mode) && file.commit();
 }
 
-// Runs the work in a child that is stopped at the beginning and at the end of every system call, and is
-// killed at the one of that number; the numbers of the calls are appended. True if it came to its end before.
+// Runs `work` in a traced child, which stops at the beginning and at the end of each system call. Kills the
+// child at the stop with number `stop`, and appends the numbers of its system calls. True if `work` ends
+// before.
 bool runUntil(int stop, const std::function<void()>& work, QList<quint64>* calls = nullptr)
 {
     const pid_t child = fork();
@@ -93,17 +94,17 @@ private Q_SLOTS:
     void rightsOfOthersCanBeTakenAway();
     void linksAreFollowed();
     void allNamesOfAFileGetTheNewText();
-    void aDirectoryThatMayNotBeWrittenIsNoObstacle();
-    void aFileThatOthersHaveChangedStays();
-    void aFileThatOthersChangeMeanwhileStays();
-    void aFileThatHasComeMeanwhileStays();
-    void whatIsNotCommittedLeavesNothing();
+    void aFileInAReadOnlyDirectoryIsReplaced();
+    void aFileChangedByAnotherProgramStays();
+    void aFileChangedDuringTheReplacementStays();
+    void aFileCreatedMeanwhileStays();
+    void anUncommittedFileLeavesNothing();
     void theTextIsOnTheDiskBeforeItsNameChanges();
     void aFullDiskLeavesTheOldText_data();
     void aFullDiskLeavesTheOldText();
     void aKilledProgramLeavesTheOldTextOrTheNew_data();
     void aKilledProgramLeavesTheOldTextOrTheNew();
-    void aKilledProgramLeavesNoneOrAWholeNewFile();
+    void aKilledProgramLeavesNoFileOrACompleteOne();
     void leftoversOfLivingProgramsAndOtherUsersStay();
     void leftoversAreNoRepositoryFiles();
 
@@ -176,7 +177,7 @@ void SafeFileTest::ownerModeAndAttributesStay()
     const ino_t before = statusOf(file).st_ino;
     QVERIFY(replaceNow(file, oldText, newText));
     const struct stat status = statusOf(file);
-    QVERIFY(status.st_ino != before); // or there was nothing to be kept
+    QVERIFY(status.st_ino != before); // a new file, so owner and mode were copied
     QCOMPARE(status.st_uid, owner);
     QCOMPARE(status.st_gid, group);
     QCOMPARE(int(status.st_mode & 07777), 0664);
@@ -193,12 +194,12 @@ void SafeFileTest::rightsOfOthersCanBeTakenAway()
     const QString file = path(QStringLiteral("x.repo"));
     SafeFile safe;
     QVERIFY(safe.replace(file, oldText, newText, false) && safe.commit());
-    QVERIFY(safe.hasTakenRights());
+    QVERIFY(safe.hasRemovedRights());
     QCOMPARE(int(statusOf(file).st_mode & 07777), 0640);
     SafeFile again;
     QVERIFY(again.replace(file, newText, oldText, false) && again.commit());
-    QVERIFY(!again.hasTakenRights());
-    // Also where the file itself is written.
+    QVERIFY(!again.hasRemovedRights());
+    // Also if the file itself is overwritten.
     QCOMPARE(chmod(QFile::encodeName(file).constData(), 0604), 0);
     QVERIFY(QFile::exists(file));
     QCOMPARE(
@@ -229,11 +230,11 @@ void SafeFileTest::allNamesOfAFileGetTheNewText()
     QVERIFY(replaceNow(path(QStringLiteral("x.repo")), oldText, newText));
     QCOMPARE(get(path(QStringLiteral("other"))), newText);
     QCOMPARE(statusOf(path(QStringLiteral("other"))).st_ino, statusOf(path(QStringLiteral("x.repo"))).st_ino);
-    // No copy is left.
+    // No copy remains.
     QCOMPARE(names(), QStringList({QStringLiteral("other"), QStringLiteral("x.repo")}));
 }
 
-void SafeFileTest::aDirectoryThatMayNotBeWrittenIsNoObstacle()
+void SafeFileTest::aFileInAReadOnlyDirectoryIsReplaced()
 {
     if (geteuid() != 0) {
         QSKIP("only root can act as another user");
@@ -243,7 +244,7 @@ void SafeFileTest::aDirectoryThatMayNotBeWrittenIsNoObstacle()
     QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("x.repo"))).constData(), 0666), 0);
     QCOMPARE(seteuid(65534), 0);
     const bool good = replaceNow(path(QStringLiteral("x.repo")), oldText, newText);
-    // Without any place for a copy nothing is written.
+    // Without a directory for the copy, nothing is written.
     managedRoot.set("/nowhere");
     const EnvironmentVariable temporary("TMPDIR", "/nowhere");
     const bool unsafe = replaceNow(path(QStringLiteral("x.repo")), newText, oldText);
@@ -255,7 +256,7 @@ void SafeFileTest::aDirectoryThatMayNotBeWrittenIsNoObstacle()
     QCOMPARE(names(), QStringList({QStringLiteral("var"), QStringLiteral("x.repo")}));
 }
 
-void SafeFileTest::aFileThatOthersHaveChangedStays()
+void SafeFileTest::aFileChangedByAnotherProgramStays()
 {
     SafeFile file;
     QVERIFY(!file.replace(path(QStringLiteral("x.repo")), "another text", newText));
@@ -265,7 +266,7 @@ void SafeFileTest::aFileThatOthersHaveChangedStays()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::aFileThatOthersChangeMeanwhileStays()
+void SafeFileTest::aFileChangedDuringTheReplacementStays()
 {
     SafeFile file;
     QVERIFY(file.replace(path(QStringLiteral("x.repo")), oldText, newText));
@@ -275,7 +276,7 @@ void SafeFileTest::aFileThatOthersChangeMeanwhileStays()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), QByteArray("of others"));
 }
 
-void SafeFileTest::aFileThatHasComeMeanwhileStays()
+void SafeFileTest::aFileCreatedMeanwhileStays()
 {
     {
         SafeFile file;
@@ -293,7 +294,7 @@ void SafeFileTest::aFileThatHasComeMeanwhileStays()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::whatIsNotCommittedLeavesNothing()
+void SafeFileTest::anUncommittedFileLeavesNothing()
 {
     {
         SafeFile replaced;
@@ -324,7 +325,7 @@ void SafeFileTest::theTextIsOnTheDiskBeforeItsNameChanges()
     QVERIFY(written >= 0 && written < synced && synced < renamed);
     QVERIFY(calls.lastIndexOf(SYS_fsync) > renamed); // the directory
 
-    // Many at once, with whatever else there is.
+    // Many files at once, with one sync of the whole file system.
     calls.clear();
     QVERIFY(runUntil(
         -1,
@@ -386,7 +387,7 @@ void SafeFileTest::aFullDiskLeavesTheOldText()
         ++(good ? successes : failures);
         QCOMPARE(names().size(), inPlace ? 3 : 2);
     }
-    // At first there is too little room, then enough.
+    // The first writes have too little space, later ones have enough.
     QVERIFY2(failures >= 4 && successes >= 2, QByteArray::number(failures));
 }
 
@@ -417,7 +418,7 @@ void SafeFileTest::aKilledProgramLeavesTheOldTextOrTheNew()
         }
         const bool ended = runUntil(stop, [&file] { replaceNow(file, oldText, newText); });
         const QByteArray found = get(file);
-        const QStringList left = SafeFile::leftCopies(root->path());
+        const QStringList left = SafeFile::leftoverCopies(root->path());
         if (found == oldText) {
             ++before;
         } else if (found == newText) {
@@ -433,7 +434,7 @@ void SafeFileTest::aKilledProgramLeavesTheOldTextOrTheNew()
             QCOMPARE(get(left.first()), oldText);
         }
         leftovers += names().size() > (inPlace ? 2 : 1) ? 1 : 0;
-        // What is left is nobody's obstacle.
+        // The leftovers prevent nothing.
         SafeFile::removeLeftovers(root->path());
         QCOMPARE(names().size(), (inPlace ? 2 : 1) + left.size());
         QVERIFY(replaceNow(file, found, QByteArray("the next\n")));
@@ -449,7 +450,7 @@ void SafeFileTest::aKilledProgramLeavesTheOldTextOrTheNew()
     QCOMPARE(copies > 0, inPlace);
 }
 
-void SafeFileTest::aKilledProgramLeavesNoneOrAWholeNewFile()
+void SafeFileTest::aKilledProgramLeavesNoFileOrACompleteOne()
 {
     const QString file = path(QStringLiteral("y.repo"));
     int before = 0;
@@ -495,7 +496,7 @@ void SafeFileTest::leftoversOfLivingProgramsAndOtherUsersStay()
     SafeFile::removeLeftovers(root->path());
     QCOMPARE(names().size(), before - 1);
     QVERIFY(!QFile::exists(path(QStringLiteral(".x.repo.vyre-abcdef"))));
-    QCOMPARE(SafeFile::leftCopies(root->path()),
+    QCOMPARE(SafeFile::leftoverCopies(root->path()),
              QStringList(path(QStringLiteral(".x.repo.vyre-old-abcdef"))));
     QVERIFY(living.commit());
     QCOMPARE(get(path(QStringLiteral("x.repo"))), newText);

@@ -122,7 +122,7 @@ void ScratchConfiguration::init()
 
 void ScratchConfiguration::cleanup()
 {
-    // Every box has been looked at.
+    // The test must have checked every box.
     QCOMPARE(user->seen.size(), 0);
 }
 

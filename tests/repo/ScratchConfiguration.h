@@ -1,5 +1,5 @@
-// The base of the tests of YumConfIO: a configuration in a managed root of its own, afresh for each test
-// function, and the user who answers the message boxes, by default with Return.
+// The base of the tests of YumConfIO. Each test function gets a new configuration in its own managed root. A
+// simulated user answers the message boxes, by default with Return.
 
 #ifndef TESTS_REPO_SCRATCHCONFIGURATION_H
 #define TESTS_REPO_SCRATCHCONFIGURATION_H
@@ -37,9 +37,9 @@ protected:
     static mode_t modeOf(const QString& absolute);
     static void linkTo(const QString& target, const QString& link);
     static QString withErrno(const QString& message, int code);
-    // Takes the one box that was shown and checks that it is an error with this text.
+    // Checks that exactly one box was shown, an error with this text, and removes it from the record.
     void compareError(const QString& text);
-    // The same for the question whether to read again because of these files.
+    // The same for the question of whether to read these changed files again.
     void compareNothingIsWritten(const QStringList& paths);
 
     std::unique_ptr<QTemporaryDir> root;
@@ -56,7 +56,7 @@ private Q_SLOTS:
     void cleanup();
 };
 
-// Acts without the privileges of root, which no permission stops, until the end of the scope.
+// Runs without the privileges of root until the end of the scope, because permissions do not restrict root.
 class OrdinaryUser
 {
 public:

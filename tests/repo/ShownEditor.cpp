@@ -34,7 +34,7 @@ bool ShownEditor::withForm(const Use& open, const Use& use)
         }
     });
     timer.start(5);
-    open(); // returns when the form has been closed
+    open(); // returns after the form has closed
     return used && waitForFocus(dialog.get());
 }
 
@@ -47,7 +47,7 @@ QList<ShownBox> ShownEditor::withBoxes(const Use& open, const char* button)
         seen = user.seen;
     }
     for (const ShownBox& box : qAsConst(seen)) {
-        qInfo("%s", qPrintable(box.text)); // a failure reports numbers only
+        qInfo("%s", qPrintable(box.text)); // a failed comparison shows only the numbers
     }
     if (dialog->isVisible() && !seen.isEmpty() && !waitForFocus(dialog.get())) {
         seen.append(ShownBox());
@@ -167,12 +167,12 @@ void ShownEditor::init()
     view = dialog->findChild<View*>();
     form = dialog->findChild<ConfigDialog*>();
     fields = std::make_unique<Form>(form);
-    told = std::make_unique<QSignalSpy>(dialog.get(), SIGNAL(reposChanged()));
+    reposChangedSpy = std::make_unique<QSignalSpy>(dialog.get(), SIGNAL(reposChanged()));
 }
 
 void ShownEditor::cleanup()
 {
-    told.reset();
+    reposChangedSpy.reset();
     fields.reset();
     dialog.reset();
     window.reset();

@@ -1,5 +1,5 @@
-// The base of the tests of the repository editor: the editor with three repositories, what can be seen in it,
-// and the user's hands.
+// The base of the tests of the repository editor: the editor with three repositories, access to its contents,
+// and the simulated input of the user.
 
 #ifndef TESTS_REPO_SHOWNEDITOR_H
 #define TESTS_REPO_SHOWNEDITOR_H
@@ -25,12 +25,12 @@ class ShownEditor : public QObject
 protected:
     using Use = std::function<void()>;
 
-    // Runs the dialog and has the user do something; a dialog that is still open then is closed.
+    // Runs the dialog with the actions of the user. If the dialog is still open afterwards, closes it.
     int run(const Use& use);
-    // Does something that opens the form, and has the user do something there; cancels it if it is still open
-    // then.
+    // `open` opens the form, and `use` does the actions of the user in it. If the form is still open
+    // afterwards, cancels it.
     bool withForm(const Use& open, const Use& use);
-    // Answers the message boxes that something opens.
+    // Answers the message boxes that the function opens.
     QList<ShownBox> withBoxes(const Use& open, const char* button = "&Yes");
     QPushButton* button(const char* text) const;
     void click(const char* text) const { QTest::mouseClick(button(text), Qt::LeftButton); }
@@ -57,7 +57,7 @@ protected:
     RepoEditor::View* view = nullptr;
     RepoEditor::ConfigDialog* form = nullptr;
     std::unique_ptr<Form> fields;
-    std::unique_ptr<QSignalSpy> told;
+    std::unique_ptr<QSignalSpy> reposChangedSpy;
 
 private Q_SLOTS:
     void initTestCase();

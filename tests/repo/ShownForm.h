@@ -1,4 +1,4 @@
-// The base of the tests of a repository's form: the form in a window, and repositories to fill it with.
+// The base of the tests of the form of a repository: the form in a window, and repositories for it.
 
 #ifndef TESTS_REPO_SHOWNFORM_H
 #define TESTS_REPO_SHOWNFORM_H
@@ -21,12 +21,12 @@ class ShownForm : public QObject
 protected:
     const QString vantorUrl = QStringLiteral("http://h/vantor?user=bob&word=secret&path=/x");
 
-    // A repository; one with vantor credentials; one with passwords of other kinds.
+    // An ordinary repository, one with vantor credentials, and one with other kinds of passwords.
     static Repo::Entry usual();
     Repo::Entry vantor() const;
     static Repo::Entry withPasswords();
     static bool sameFields(const Repo::Entry& left, const Repo::Entry& right);
-    // What the form says of itself, and whether it shows it.
+    // The status text of the form, and whether the form shows it.
     QString status(bool* shown = nullptr) const;
 
     std::unique_ptr<QTemporaryDir> root;

@@ -1,5 +1,5 @@
-// A file system of this process's own with little room, on a directory; gone with the process. Only root has
-// one.
+// Mounts a small file system on a directory, only for this process. It disappears at the end of the process,
+// and requires root.
 
 #ifndef TESTS_REPO_SMALLDISK_H
 #define TESTS_REPO_SMALLDISK_H
@@ -19,14 +19,14 @@
 class SmallDisk
 {
 public:
-    // Not where "/" is no mount point either, as in a bare chroot.
+    // False also if "/" is no mount point, as in a plain chroot.
     static bool possible()
     {
         return geteuid() == 0 && unshare(CLONE_NEWNS) == 0 &&
                mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     }
 
-    // Over the directory, whose contents are hidden by it.
+    // Mounts it over the directory, whose contents are hidden meanwhile.
     explicit SmallDisk(const QString& directory) : place(QFile::encodeName(directory))
     {
         if (mount("tmpfs", place.constData(), "tmpfs", 0, "size=256k,mode=755") != 0) {
@@ -36,7 +36,7 @@ public:
     ~SmallDisk() { umount2(place.constData(), MNT_DETACH); }
     Q_DISABLE_COPY(SmallDisk)
 
-    // Fills it until there is room for so many blocks, which are of `blockSize` bytes.
+    // Fills the file system until this number of blocks of `blockSize` bytes is free.
     void leave(int blocks) const
     {
         const QByteArray filler = place + "/filler";

@@ -7,11 +7,11 @@ class UrlTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theHostIsWhatStandsBetweenTheSlashes_data();
-    void theHostIsWhatStandsBetweenTheSlashes();
+    void theHostIsBetweenTheSlashes_data();
+    void theHostIsBetweenTheSlashes();
 };
 
-void UrlTest::theHostIsWhatStandsBetweenTheSlashes_data()
+void UrlTest::theHostIsBetweenTheSlashes_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("host");
@@ -41,7 +41,7 @@ void UrlTest::theHostIsWhatStandsBetweenTheSlashes_data()
                            << "";
 }
 
-void UrlTest::theHostIsWhatStandsBetweenTheSlashes()
+void UrlTest::theHostIsBetweenTheSlashes()
 {
     QFETCH(QString, url);
     QTEST(URL::getHost(url), "host");

@@ -5,7 +5,7 @@
 #include "app/base/RepositoryFileLimit.h"
 #include "tests/repo/ScratchConfiguration.h"
 
-// Files of any size are read and written in a bearable time.
+// Files of any size are read and written in an acceptable time.
 class YumConfIOAmountsTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -46,7 +46,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong()
     QCOMPARE(conf->entries.size(), 10000);
     conf->entries[5000].name = QStringLiteral("new");
     QCOMPARE(conf->write(window.get()), !alike);
-    // What it takes where identifiers are compared one by one, or lines are read byte by byte, is far more.
+    // Comparing each pair of identifiers, or reading each line byte by byte, takes much longer.
     QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()));
     qInfo("%lld ms", time.elapsed());
     if (alike) {

@@ -2,7 +2,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// The files of distributions come through reading and writing.
+// Reading and writing keeps the contents of the files of distributions.
 class YumConfIODistributionsTest : public ScratchConfiguration
 {
     Q_OBJECT

@@ -8,7 +8,7 @@
 #include "tests/repo/ScratchConfiguration.h"
 #include "tests/repo/SmallDisk.h"
 
-// What is reported when files cannot be read or written, and what is kept then.
+// Failures to read or write a file are reported, and lose no data.
 class YumConfIOFailuresTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -27,7 +27,7 @@ private Q_SLOTS:
     void aMalformedHeaderIsReportedWithoutPasswords();
     void aMalformedHeaderOfTheMainFileIsReported();
     void textOfAFileIsNeverRichText();
-    void aFailedReadLeavesWhatWasReadBefore();
+    void aFailedReadKeepsTheRepositoriesReadSoFar();
     void aFailedReadDoesNotSpoilTheNext();
     void aFileThatCannotBeCreatedIsReported();
     void aMainFileThatCannotBeWrittenIsReported();
@@ -121,7 +121,7 @@ void YumConfIOFailuresTest::aReadErrorOfTheMainFileIsReported()
 
 void YumConfIOFailuresTest::aReadErrorOfARepositoryFileIsReported()
 {
-    // Nothing is mapped at address 0.
+    // No memory is mapped at address 0, so reading fails.
     linkTo(QStringLiteral("/proc/self/mem"), repoPath(QStringLiteral("m.repo")));
     QVERIFY(!conf->read(window.get()));
     compareError(withErrno(QStringLiteral("Error reading repository configuration file ") +
@@ -168,7 +168,7 @@ void YumConfIOFailuresTest::textOfAFileIsNeverRichText()
 {
     putRepo(QStringLiteral("f.repo"), "[<b>foo</b><img src='/etc/hostname'> %1 %2\n");
     QVERIFY(!conf->read(window.get()));
-    // compareError() looks at the format of the label, too.
+    // compareError() also checks the text format of the label.
     compareError(withErrno(
         QStringLiteral("Malformed section name in line: [<b>foo</b><img src='/etc/hostname'> %1 %2"), 0));
 
@@ -181,7 +181,7 @@ void YumConfIOFailuresTest::textOfAFileIsNeverRichText()
     QCOMPARE(box.labelFormat, Qt::PlainText);
 }
 
-void YumConfIOFailuresTest::aFailedReadLeavesWhatWasReadBefore()
+void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesReadSoFar()
 {
     putMain("[main]\n[a]\n[b]\nname=kept\n[c]\n[d\n[e]\n");
     putRepo(QStringLiteral("f.repo"), "[f]\n");
@@ -259,14 +259,14 @@ void YumConfIOFailuresTest::aFullDiskIsReported()
     compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
                                repoPath(QStringLiteral("b.repo")),
                            ENOSPC));
-    // There was room for one of them. Both are as they were, and there is nothing else.
+    // The space was enough for one file only. Both files are unchanged, and no other file exists.
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\n#"));
     QCOMPARE(getRepo(QStringLiteral("b.repo")), text);
     QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
     QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d")))
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
              QStringList({QStringLiteral("a.repo"), QStringLiteral("b.repo"), QStringLiteral("filler")}));
-    // With room again both are written.
+    // With enough space, both are written.
     QVERIFY(QFile::remove(repoPath(QStringLiteral("filler"))));
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));
@@ -290,7 +290,7 @@ void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade(
     QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[moved]\n"));
 }
 
-// Whether a file with two names can be written shows only when it is overwritten.
+// A file with two names is overwritten in place, so a write error occurs only then.
 void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data()
 {
     QTest::addColumn<QString>("from");

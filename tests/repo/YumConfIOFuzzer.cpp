@@ -1,6 +1,5 @@
-// Gives the reader of the configuration files whatever a fuzzer thinks of, and checks that what has been read
-// is written, and read again, without a loss. The input is the main file and two repository files, with the
-// byte 0x1F between them.
+// Gives the inputs of a fuzzer to the reader of the configuration files. Checks that writing and reading
+// again loses nothing. The input is the main file and two repository files, separated by the byte 0x1F.
 
 #include <QApplication>
 #include <QDir>
@@ -67,7 +66,7 @@ struct Surroundings
 
 Surroundings* surroundings = nullptr;
 
-// A finding: the fuzzer keeps the input.
+// On a failed check, the fuzzer keeps the input.
 void require(bool holds, const char* what)
 {
     if (!holds) {
@@ -91,7 +90,7 @@ QList<QByteArray> contents()
     return result;
 }
 
-// A text as it is read after it has been written: it is written as UTF-8 and read as Latin-1.
+// The text after a write as UTF-8 and a read as Latin-1.
 QString readBack(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();
@@ -110,7 +109,8 @@ QStringList describe(const QList<Repo::Entry>& entries)
     return result;
 }
 
-// As they are to be read after they have been written: numbered anew, as some may have been dropped.
+// The expected entries after a write and a read. The positions are numbered again, because some entries may
+// have been dropped.
 QList<Repo::Entry> readBack(QList<Repo::Entry> entries)
 {
     QHash<QString, double> positions;
@@ -133,16 +133,17 @@ void check(YumConfIO& conf)
     require(surroundings->answers.shown == 0, "what is read well needs no message box");
     require(conf.pendingLines.isEmpty(), "no line is left");
     if (conf.reposdir != surroundings->directories) {
-        // Nothing is written to places that the input names.
+        // The fuzzer must not write to paths from its input.
         return;
     }
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
-            // Another main section behind the first: it becomes part of it when the one between is dropped.
+            // This is a second main section. If the sections in between are dropped, it merges with the
+            // first.
             return;
         }
     }
-    // All of it is edited, or files with letters beyond ASCII would be left as they are.
+    // Edits everything, because unedited files with letters beyond ASCII stay unchanged.
     const QString line = QStringLiteral("#\n");
     if (!conf.mainText.isEmpty()) {
         conf.mainText += line;
@@ -174,7 +175,7 @@ void check(YumConfIO& conf)
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // The platform warns at every message box.
+    // The Qt platform prints a warning for each message box.
     qputenv("QT_LOGGING_RULES", "default.warning=false");
     surroundings = new Surroundings;
     std::atexit([] { surroundings->root.remove(); });

@@ -2,7 +2,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Identifiers that are missing or used twice.
+// Missing and repeated identifiers.
 class YumConfIOIdentifiersTest : public ScratchConfiguration
 {
     Q_OBJECT

@@ -5,27 +5,27 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// What other programs have changed meanwhile is not lost.
+// Changes that other programs make meanwhile are not lost.
 class YumConfIOOthersTest : public ScratchConfiguration
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void editedFilesThatOthersHaveChangedStay_data();
-    void editedFilesThatOthersHaveChangedStay();
+    void editedFilesChangedByOtherProgramsStay_data();
+    void editedFilesChangedByOtherProgramsStay();
     void theUserMayHaveChangedFilesReadAgain();
-    void othersChangesOfWhatIsNotEditedStay();
-    void filesThatOthersHaveMadeStay();
-    void aNewRepositoryDoesNotTakeAFileThatOthersHaveMade();
-    void ourOwnChangesAreNoneOfOthers();
-    void aMainFileThatOthersHavePutBeforeOursStopsTheWriting();
+    void changesOfOtherProgramsToUneditedFilesStay();
+    void filesCreatedByOtherProgramsStay();
+    void aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram();
+    void ourOwnWritesAreNotChangesOfOtherPrograms();
+    void aNewMainFileWithPrecedenceStopsTheWriting();
     void afterAFailedReadNothingIsLost();
     void aDirectoryInPlaceOfAFileStopsTheWriting();
     void aVanishedDirectoryIsNotMadeAgain();
     void leftoversOfAKilledProgramAreFound();
 };
 
-void YumConfIOOthersTest::editedFilesThatOthersHaveChangedStay_data()
+void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("removed");
@@ -35,7 +35,7 @@ void YumConfIOOthersTest::editedFilesThatOthersHaveChangedStay_data()
     QTest::newRow("a repository of the main file is removed") << QStringLiteral("etc/yum.conf") << true;
 }
 
-void YumConfIOOthersTest::editedFilesThatOthersHaveChangedStay()
+void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay()
 {
     QFETCH(QString, name);
     QFETCH(bool, removed);
@@ -44,7 +44,7 @@ void YumConfIOOthersTest::editedFilesThatOthersHaveChangedStay()
     putRepo(QStringLiteral("b.repo"), "[b]\nname=b\n");
     putRepo(QStringLiteral("comments.repo"), "# only\n");
     QVERIFY(conf->read(window.get()));
-    // Of the same size, and of the same time as far as that goes.
+    // The size and the modification time stay the same; only the change time cannot.
     const struct timespec times[] = {{1700000000, 0}, {1700000000, 0}};
     put(file, "[a]\nname=two\n");
     QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(file).constData(), times, 0), 0);
@@ -59,10 +59,10 @@ void YumConfIOOthersTest::editedFilesThatOthersHaveChangedStay()
     compareNothingIsWritten({file});
     QVERIFY(!conf->readAgainWanted);
     QCOMPARE(snapshot(), before);
-    // The edits are still there.
+    // The edits are still in the list.
     QCOMPARE(entry(QStringLiteral("b")).name, QStringLiteral("mine"));
     QCOMPARE(conf->entries.size(), removed ? 1 : 2);
-    // A file with the same text in its place is no change.
+    // A new file with the same text does not count as a change.
     QVERIFY(QFile::remove(file));
     put(file, "[a]\nname=one\n");
     QVERIFY(conf->write(window.get()));
@@ -89,7 +89,7 @@ void YumConfIOOthersTest::theUserMayHaveChangedFilesReadAgain()
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=mine\n"));
 }
 
-void YumConfIOOthersTest::othersChangesOfWhatIsNotEditedStay()
+void YumConfIOOthersTest::changesOfOtherProgramsToUneditedFilesStay()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo"), "[b]\n");
@@ -120,7 +120,7 @@ void YumConfIOOthersTest::othersChangesOfWhatIsNotEditedStay()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("gone.repo"))));
 }
 
-void YumConfIOOthersTest::filesThatOthersHaveMadeStay()
+void YumConfIOOthersTest::filesCreatedByOtherProgramsStay()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -136,7 +136,7 @@ void YumConfIOOthersTest::filesThatOthersHaveMadeStay()
     QCOMPARE(get(path(QStringLiteral("etc/yum/repos.d/c.repo"))), QByteArray("[c]\n"));
 }
 
-void YumConfIOOthersTest::aNewRepositoryDoesNotTakeAFileThatOthersHaveMade()
+void YumConfIOOthersTest::aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram()
 {
     QVERIFY(conf->read(window.get()));
     putRepo(QStringLiteral("x.repo"), "[theirs]\n");
@@ -150,7 +150,7 @@ void YumConfIOOthersTest::aNewRepositoryDoesNotTakeAFileThatOthersHaveMade()
     QCOMPARE(get(path(QStringLiteral("passwd"))), QByteArray("root\n"));
 }
 
-void YumConfIOOthersTest::ourOwnChangesAreNoneOfOthers()
+void YumConfIOOthersTest::ourOwnWritesAreNotChangesOfOtherPrograms()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n[b]\n");
     QVERIFY(conf->read(window.get()));
@@ -166,13 +166,13 @@ void YumConfIOOthersTest::ourOwnChangesAreNoneOfOthers()
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("new0.repo"))));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("a.repo"))));
-    // They may come back.
+    // The files may be created again.
     conf->entries.append(made(QStringLiteral("new0")));
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("new0.repo")), QByteArray("[new0]\n"));
 }
 
-void YumConfIOOthersTest::aMainFileThatOthersHavePutBeforeOursStopsTheWriting()
+void YumConfIOOthersTest::aNewMainFileWithPrecedenceStopsTheWriting()
 {
     putMain("[main]\n[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -194,7 +194,7 @@ void YumConfIOOthersTest::afterAFailedReadNothingIsLost()
     QVERIFY(!conf->read(window.get()));
     user->seen.clear();
     const auto before = snapshot();
-    // One of the two was read up to its fault, the other one was not begun.
+    // One file was read up to its error, the other not at all.
     QCOMPARE(conf->entries.size(), 2);
     entry(QStringLiteral("m")).name = QStringLiteral("M");
     QVERIFY(!conf->write(window.get()));
@@ -245,7 +245,7 @@ void YumConfIOOthersTest::aVanishedDirectoryIsNotMadeAgain()
     entry(QStringLiteral("a")).name = QStringLiteral("A");
     QVERIFY(!conf->write(window.get()));
     compareNothingIsWritten({file});
-    // The user may want it to be gone, too.
+    // The user may also want to remove it.
     conf->entries.removeAll(made(QStringLiteral("a")));
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));

@@ -8,7 +8,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Which files and directories count, and when two of them are one.
+// The choice of files and directories, and the recognition of two paths to the same one.
 class YumConfIOPlacesTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ private Q_SLOTS:
     void theDirectoryOfTheDistributionIsReadWhereItExists();
     void anEmptyMainFileGivesTheDefaults();
     void namedDirectoriesAreThoseOfTheManagedRoot();
-    void whatThePackageManagerTakesOtherwiseIsDoubted();
+    void aDifferentReadingOfThePackageManagerIsReported();
     void theDefaultsReturnWithEveryRead();
     void theMainValuesAreRead();
     void theMainHeaderIsNotRequired();
@@ -40,7 +40,7 @@ private Q_SLOTS:
     void aFileByAnotherPathIsTheSame_data();
     void aFileByAnotherPathIsTheSame();
     void aFileWithSeveralNamesIsRemovedWhole();
-    void masksPipesAndLinksThatLeadNowhereStay();
+    void masksPipesAndDanglingLinksStay();
 };
 
 void YumConfIOPlacesTest::nothingIsReadAtFirst()
@@ -74,7 +74,7 @@ void YumConfIOPlacesTest::withoutAManagedRootThePathsAreThoseOfTheSystem()
     } else {
         QVERIFY(conf->read(window.get()));
     }
-    // A system that has a configuration may name other places in it.
+    // The configuration of this system may name other paths.
     if (!conf->mainText.contains(QStringLiteral("cachedir"))) {
         QCOMPARE(conf->cachedir, QStringLiteral("/var/cache/yum"));
     }
@@ -213,18 +213,18 @@ void YumConfIOPlacesTest::theDirectoryOfTheDistributionIsReadWhereItExists()
     QVERIFY(conf->write(window.get()));
     QCOMPARE(get(directory + QStringLiteral("/d.repo")), QByteArray("[d]\nname=E\n"));
     QVERIFY(QFile::exists(repoPath(QStringLiteral("n.repo"))));
-    // The main file has the last word.
+    // The main file overrides the defaults.
     putMain("[main]\nreposdir=/etc/yum.repos.d\n");
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d"))}));
-    // Newer versions of dnf have one more.
+    // Newer versions of dnf have one more directory.
     putMain("");
     const QString newer = path(QStringLiteral("usr/share/dnf5/repos.d"));
     QVERIFY(QDir().mkpath(newer));
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory, newer}));
-    // Where the version of dnf is known, the editor shows what that one reads.
+    // If the version of dnf is known, the editor uses the directories of that version.
     conf->knownDirectories =
         QStringList{QStringLiteral("/etc/yum.repos.d"), QStringLiteral("/etc/distro.repos.d")};
     QVERIFY(conf->read(window.get()));
@@ -247,7 +247,7 @@ void YumConfIOPlacesTest::anEmptyMainFileGivesTheDefaults()
 
 void YumConfIOPlacesTest::namedDirectoriesAreThoseOfTheManagedRoot()
 {
-    // This system has a directory of that name too.
+    // The running system has a directory of that name too.
     QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
     putMain("[main]\ncachedir=/srv/cache\nreposdir=/etc /dev\n");
     QVERIFY(conf->read(window.get()));
@@ -255,7 +255,7 @@ void YumConfIOPlacesTest::namedDirectoriesAreThoseOfTheManagedRoot()
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc")), QStringLiteral("/dev")}));
 }
 
-void YumConfIOPlacesTest::whatThePackageManagerTakesOtherwiseIsDoubted()
+void YumConfIOPlacesTest::aDifferentReadingOfThePackageManagerIsReported()
 {
     putMain("[main]\nenabled = No\ngpgcheck=0\n[a]\nenabled=0 \ngpgcheck=FALSE\n[b]\nenabled=0\ngpgcheck=1\n"
             "[c]\nenabled=off\nname=Gr\xc3\xb6\xc3\x9f"
@@ -297,7 +297,7 @@ void YumConfIOPlacesTest::theMainValuesAreRead()
 {
     putMain("[main]\ncachedir = /somewhere\nenabled=0\ngpgcheck: yes\n");
     QVERIFY(conf->read(window.get()));
-    // Given explicitly, it is not looked up below the managed root.
+    // A named directory is not searched below the managed root.
     QCOMPARE(conf->cachedir, path(QStringLiteral("somewhere")));
     QVERIFY(!conf->enabled);
     QVERIFY(conf->gpgcheck);
@@ -379,7 +379,7 @@ void YumConfIOPlacesTest::onlyFilesNamedRepoAreRead()
 
 void YumConfIOPlacesTest::pipesAndDevicesAreNotRead()
 {
-    // Both hold a section, and would not tell that nothing follows it.
+    // Both contain a section, and neither signals the end of its data.
     const QByteArray pipe = QFile::encodeName(path(QStringLiteral("pipe")));
     QCOMPARE(mkfifo(pipe.constData(), 0644), 0);
     const int writer = open(pipe.constData(), O_RDWR | O_CLOEXEC);
@@ -476,7 +476,7 @@ void YumConfIOPlacesTest::aFileByAnotherPathIsTheSame()
     putMain("[main]\nreposdir=" + QFile::encodeName(path(reposdir)) + "\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     QVERIFY(conf->read(window.get()));
-    // What is there already, what is moved there, and what is new, belong together.
+    // Existing, moved and new sections are in the same file.
     Repo::Entry added = made(QStringLiteral("y"));
     added.file = path(file);
     added.position = 2.0;
@@ -486,7 +486,7 @@ void YumConfIOPlacesTest::aFileByAnotherPathIsTheSame()
     entry(QStringLiteral("x")).file = path(file);
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
-    // Two new ones by two paths.
+    // Two new repositories under two paths of the same file.
     Repo::Entry one = made(QStringLiteral("one"));
     one.file = path(QStringLiteral("etc/yum.repos.d/new.repo"));
     Repo::Entry two = made(QStringLiteral("two"));
@@ -519,11 +519,11 @@ void YumConfIOPlacesTest::aFileWithSeveralNamesIsRemovedWhole()
     QVERIFY(conf->write(window.get()));
     QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d"))).entryList(QDir::Files | QDir::System),
              QStringList(QStringLiteral("main.repo")));
-    // The place that a link leads to is not ours.
+    // The target of a link does not belong to VYRE.
     QCOMPARE(get(path(QStringLiteral("elsewhere.txt"))), QByteArray("[d]\n"));
 }
 
-void YumConfIOPlacesTest::masksPipesAndLinksThatLeadNowhereStay()
+void YumConfIOPlacesTest::masksPipesAndDanglingLinksStay()
 {
     linkTo(QStringLiteral("/dev/null"), repoPath(QStringLiteral("mask.repo")));
     linkTo(QStringLiteral("/nowhere"), repoPath(QStringLiteral("dangling.repo")));
@@ -542,7 +542,7 @@ void YumConfIOPlacesTest::masksPipesAndLinksThatLeadNowhereStay()
         return repoPath(QLatin1String(name)) +
                QStringLiteral(" is left alone: it is a link that leads nowhere.");
     };
-    if (doubts.size() == 5) { // or the kernel's messages cannot be read here
+    if (doubts.size() == 5) { // otherwise the messages of the kernel are not readable here
         QVERIFY(doubts.removeAll(doubts.filter(QStringLiteral("kernel.repo")).value(0)) == 1);
     }
     QCOMPARE(doubts, QStringList({nowhere("dangling.repo"), nowhere("loop.repo"), regular("mask.repo"),

@@ -15,7 +15,7 @@
 
 namespace {
 
-// A file's sections in their order, with the positions that they are to have in it.
+// The sections of a file in their order, with their intended positions.
 struct Placed
 {
     Section section;
@@ -25,15 +25,15 @@ struct Placed
 struct ConfigurationFile
 {
     QList<Placed> sections;
-    // It was there before, and with these.
+    // True if the file existed before, with the following mode and owner.
     bool existed = false;
     mode_t mode = 0;
     uid_t owner = 0;
     gid_t group = 0;
 };
 
-// Every case has a seed of its own, 0 ... cases - 1, told when it fails. VYRE_TEST_FACTOR multiplies their
-// number.
+// Every case has its own seed from 0 to cases - 1; a failure shows it. VYRE_TEST_FACTOR multiplies the number
+// of cases.
 quint32 numberOfCases(quint32 number)
 {
     bool given = false;
@@ -49,7 +49,7 @@ QString describe(const QString& file, double position, const Section& section)
         .join(QLatin1Char('|'));
 }
 
-// Of all sections; sorted, because the order of the files is that of the directory.
+// Describes all sections, sorted, because the order of the files depends on the directory.
 QStringList describe(const QMap<QString, ConfigurationFile>& files)
 {
     QStringList result;
@@ -92,7 +92,7 @@ QString differences(const QStringList& actual, const QStringList& expected)
 
 } // namespace
 
-// What holds for all configurations, shown on many made at random.
+// Properties of all configurations, checked with many random ones.
 class YumConfIOPropertiesTest : public QObject
 {
     Q_OBJECT
@@ -101,8 +101,8 @@ private Q_SLOTS:
     void initTestCase();
     void init();
 
-    void whatIsWrittenReadsTheSame();
-    void everyReadingOfBytesBeyondAsciiIsOneEncodingOn();
+    void writtenFilesReadTheSame();
+    void eachRewriteOfBytesBeyondAsciiAddsOneEncoding();
     void anEditChangesNothingElse();
     void privateFilesArePrivateFromTheBeginning();
 
@@ -111,28 +111,28 @@ private:
     QString mainPath() const { return path(QStringLiteral("etc/yum.conf")); }
     // All files below the managed root with their contents.
     QMap<QString, QByteArray> snapshot() const;
-    // Makes the files of a configuration anew.
+    // Creates the files of a new configuration.
     void make(RandomConfiguration& random);
-    // Of one file, when it is written.
+    // The text of one file after a write.
     QString textOf(const QString& file) const;
-    // What the files are to hold.
+    // The expected contents of the files.
     QMap<QString, QByteArray> expected() const;
-    // Remembers what stays as it is unless it is edited.
+    // Remembers the files that stay unchanged without an edit.
     void remember();
     // Changes something in each file.
     void editAll();
     void roundTrips(bool ascii);
 
-    // Change the list of entries, and what is expected of it.
+    // These change the list of entries and the expected result.
     void edit(RandomConfiguration& random);
     void add(RandomConfiguration& random);
     void remove(RandomConfiguration& random);
     void move(RandomConfiguration& random);
     void place(RandomConfiguration& random, Repo::Entry& entry, const Section& section);
-    // The index of one of the entries, chosen at random, and where it is expected.
+    // Chooses an entry at random; returns its index and its expected position.
     int choose(RandomConfiguration& random, QString& file, int& index);
 
-    // What shows a message box fails, instead of waiting for an answer.
+    // A message box makes the test fail; it does not wait for an answer.
     const AnsweringUser user{[](QDialog* box) {
         qWarning("%s", qPrintable(qobject_cast<QMessageBox*>(box)->text()));
         box->reject();
@@ -145,7 +145,7 @@ private:
 
     QString mainText;
     QMap<QString, ConfigurationFile> files;
-    // Of files with letters beyond ASCII: what is written without an edit, and what they hold.
+    // For files with letters beyond ASCII: the text of an unedited write, and the current contents.
     QMap<QString, QPair<QString, QByteArray>> remembered;
     int added = 0;
 };
@@ -304,16 +304,16 @@ void YumConfIOPropertiesTest::roundTrips(bool ascii)
         }
     }
     qInfo("%u configurations with %u sections", cases, sections);
-    // They were worth it.
+    // The configurations must have enough sections for a meaningful test.
     QVERIFY(sections > 5 * cases);
 }
 
-void YumConfIOPropertiesTest::whatIsWrittenReadsTheSame()
+void YumConfIOPropertiesTest::writtenFilesReadTheSame()
 {
     roundTrips(true);
 }
 
-void YumConfIOPropertiesTest::everyReadingOfBytesBeyondAsciiIsOneEncodingOn()
+void YumConfIOPropertiesTest::eachRewriteOfBytesBeyondAsciiAddsOneEncoding()
 {
     roundTrips(false);
 }
@@ -368,7 +368,7 @@ void YumConfIOPropertiesTest::edit(RandomConfiguration& random)
     }
     default:
         if (entry.file.isEmpty()) {
-            // It is going to have the name of its identifier.
+            // The file gets the name of the identifier.
             break;
         }
         entry.id = section.id = QStringLiteral("renamed%1").arg(++added);
@@ -383,14 +383,14 @@ void YumConfIOPropertiesTest::place(RandomConfiguration& random, Repo::Entry& en
     const QString& file = places.at(random.below(places.size()));
     QList<Placed>& sections = files[file].sections;
     const int index = random.below(sections.size() + 1);
-    // With a whole number of room before the first and after the last.
+    // Leaves a distance of one before the first and after the last section.
     const double first = sections.isEmpty() ? 1.0 : sections.first().position;
     const double before = index == 0 ? first - 2.0 : sections.at(index - 1).position;
     const double after = index == sections.size() ? before + 2.0 : sections.at(index).position;
     entry.file = file;
     entry.position = (before + after) / 2;
     sections.insert(index, {section, entry.position});
-    // In the first directory a name is enough.
+    // For a file in the first directory, its name is enough.
     const QString directory = path(QStringLiteral("etc/yum.repos.d/"));
     if (file.startsWith(directory) && random.chance(30)) {
         entry.file = file.mid(directory.size());
@@ -411,7 +411,7 @@ void YumConfIOPropertiesTest::add(RandomConfiguration& random)
     entry.gpgcheck = section.gpgcheck;
     entry.options = section.options;
     if (random.chance(30)) {
-        // It gets a file of its own.
+        // The section gets a file of its own.
         files[path(QStringLiteral("etc/yum.repos.d/%1.repo").arg(section.id))].sections = {{section, 0.0}};
     } else {
         place(random, entry, section);
@@ -487,7 +487,7 @@ void YumConfIOPropertiesTest::anEditChangesNothingElse()
             struct stat status;
             QVERIFY2(stat(QFile::encodeName(file.key()).constData(), &status) == 0, context);
             if (file->existed) {
-                // The words made at random may look like a password.
+                // Random words may look like a password.
                 const mode_t mode = status.st_mode & 07777;
                 QVERIFY2(mode == file->mode ||
                              (mode == (file->mode & ~mode_t(07)) && after.value(file.key()).contains('@')),
@@ -495,7 +495,7 @@ void YumConfIOPropertiesTest::anEditChangesNothingElse()
                 QVERIFY2(status.st_uid == file->owner && status.st_gid == file->group, context);
                 ++kept;
             } else {
-                // The words made at random may look like a password.
+                // Random words may look like a password.
                 const QByteArray& text = after.value(file.key());
                 const mode_t mode = status.st_mode & 07777;
                 QVERIFY2(mode == 0644 || (mode == 0600 && text.contains('@')), context);
@@ -504,7 +504,7 @@ void YumConfIOPropertiesTest::anEditChangesNothingElse()
             }
         }
 
-        // The list in memory has not changed by writing, but for the files of new entries.
+        // Writing has not changed the list in memory, except for the files of new entries.
         QVERIFY2(describe(conf->entries) == describe(files),
                  context + differences(describe(conf->entries), describe(files)).toUtf8());
     }
@@ -523,7 +523,7 @@ void YumConfIOPropertiesTest::privateFilesArePrivateFromTheBeginning()
         RandomConfiguration random(2000000000 + seed, true);
         make(random);
         QVERIFY2(conf->read(nullptr), context);
-        // Several sections go to one new file; one of them has the password in one of its places.
+        // Several sections go to one new file; a random one of them has the password.
         const QString file = path(QStringLiteral("etc/yum.repos.d/new.repo"));
         const int count = 1 + random.below(4);
         const int chosen = random.below(count);

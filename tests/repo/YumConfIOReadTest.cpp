@@ -5,7 +5,7 @@
 
 Q_DECLARE_METATYPE(Qt::CheckState)
 
-// What is read out of the files.
+// The values that are read from the files.
 class YumConfIOReadTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -43,7 +43,7 @@ private Q_SLOTS:
     void knownIdentifiersKeepTheirSessionState();
     void theLastMatchingRequestWins();
     void requestsMatchWholeIdentifiersCaseSensitively();
-    void theSecondSectionOfAnIdentifierDoesNotSeed();
+    void theSecondSectionOfAnIdentifierDoesNotSetTheSessionState();
     void theUsersChoiceSurvivesReadingAgain();
 };
 
@@ -322,7 +322,7 @@ void YumConfIOReadTest::aByteOrderMarkIsKept()
     conf->entries.first().name = QStringLiteral("c");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("\xEF\xBB\xBF[x]\nname=c\n\n[y]\nname=b\n"));
-    // Its last repository takes it along.
+    // The removal of the last repository removes the file.
     conf->entries.clear();
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("f.repo"))));
@@ -503,7 +503,7 @@ void YumConfIOReadTest::theLastMatchingRequestWins()
     QCOMPARE(session,
              (QHash<QString, bool>{
                  {QStringLiteral("a"), true}, {QStringLiteral("ab"), false}, {QStringLiteral("c"), false}}));
-    // The entries themselves say what the file says.
+    // The entries have the values of the file.
     QCOMPARE(entry(QStringLiteral("a")).enabled, qint32(Qt::Unchecked));
     QCOMPARE(entry(QStringLiteral("ab")).enabled, qint32(Qt::Checked));
 }
@@ -518,7 +518,7 @@ void YumConfIOReadTest::requestsMatchWholeIdentifiersCaseSensitively()
                                             {QStringLiteral("Base"), true}}));
 }
 
-void YumConfIOReadTest::theSecondSectionOfAnIdentifierDoesNotSeed()
+void YumConfIOReadTest::theSecondSectionOfAnIdentifierDoesNotSetTheSessionState()
 {
     putRepo(QStringLiteral("f.repo"), "[a]\nenabled=1\n[a]\nenabled=0\n");
     QVERIFY(conf->read(window.get()));

@@ -5,7 +5,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Who may read and write the files that are written.
+// The owner and the mode of written files.
 class YumConfIORightsTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -59,7 +59,7 @@ void YumConfIORightsTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers(
     QCOMPARE(modeOf(given), mode_t(0660));
     QCOMPARE(QFileInfo(given).ownerId(), uint(owner));
     QCOMPARE(modeOf(other), mode_t(0664));
-    // It was the owner's decision, and nothing was typed.
+    // The owner has chosen this mode, and the user has typed no password.
     QCOMPARE(modeOf(known), mode_t(0664));
     QCOMPARE(modeOf(mainPath()), mode_t(0640));
     QStringList texts;
@@ -70,7 +70,7 @@ void YumConfIORightsTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers(
         QStringLiteral("%1 holds a password: users other than its owner and its group cannot "
                        "read it any more.");
     QCOMPARE(texts, QStringList({text.arg(mainPath()), text.arg(given)}));
-    // Once for each.
+    // One message for each file.
     entry(QStringLiteral("given")).name = QStringLiteral("G");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(noted.size(), 2);

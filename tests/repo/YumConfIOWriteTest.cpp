@@ -4,7 +4,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// What is written, and into which file.
+// The written text, and its file.
 class YumConfIOWriteTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -25,8 +25,8 @@ private Q_SLOTS:
     void aFileWithoutRepositoriesIsRemoved();
     void aFileOfCommentsIsRemoved();
     void otherFilesAreNotRemoved();
-    void bytesBeyondAsciiAreEncodedAnewWithEveryWrite();
-    void whatIsNotEditedKeepsItsBytes();
+    void bytesBeyondAsciiAreEncodedAgainByEveryWrite();
+    void uneditedFilesKeepTheirBytes();
     void symbolicLinksAreWrittenThrough();
 };
 
@@ -227,7 +227,7 @@ void YumConfIOWriteTest::otherFilesAreNotRemoved()
     QVERIFY(QFileInfo(repoPath(QStringLiteral("directory.repo"))).isDir());
 }
 
-void YumConfIOWriteTest::bytesBeyondAsciiAreEncodedAnewWithEveryWrite()
+void YumConfIOWriteTest::bytesBeyondAsciiAreEncodedAgainByEveryWrite()
 {
     putMain("[main]\n# \xE9\n[m]\n");
     putRepo(QStringLiteral("f.repo"), "[x]\nname=\xC3\xA9\nexclude=\xE9\n");
@@ -244,13 +244,13 @@ void YumConfIOWriteTest::bytesBeyondAsciiAreEncodedAnewWithEveryWrite()
     entry(QStringLiteral("m")).name = QStringLiteral("b");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\x83\xC2\xA9\n[m]\nname=b\n"));
-    // What the user types is one encoding away from what he typed when it is read again.
+    // Reading a typed text again adds one level of encoding.
     entry(QStringLiteral("x")).name = QString::fromUtf8("é");
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("f.repo")).contains("\nname=\xC3\xA9\n"));
 }
 
-void YumConfIOWriteTest::whatIsNotEditedKeepsItsBytes()
+void YumConfIOWriteTest::uneditedFilesKeepTheirBytes()
 {
     const QByteArray mainText("# \xC3\xA9\n[main]\n");
     const QByteArray utf8("# \xC3\xA9\n[x]\n\nname : \xC3\xA9\n");
