@@ -1,5 +1,5 @@
-// The menu on the Action column: gives one action to the row that was clicked, or to all selected rows whose
-// state permits it.
+// The menu of the Action column. It gives one action to the clicked row, or to all selected rows whose state
+// permits the action.
 //
 // Graphical thread; a child of the view.
 
@@ -26,7 +26,7 @@ class ActionContextMenu : public QMenu
 public:
     ActionContextMenu(Model* packages, SortFilterProxyModel* sortedRows, HTableView* parentView);
 
-    // Runs the menu for a source index, at a place on the screen.
+    // Runs the menu for a source index, at a position on the screen.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 private Q_SLOTS:

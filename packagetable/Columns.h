@@ -1,8 +1,8 @@
-// The columns of the package table, one row each: the heading, and all that the table shows of a record there
-// and sorts it by. Model, proxy and view ask here; none of them knows one column from another.
+// The columns of the package table, one row of data for each: the heading, the contents of a cell and the
+// sort order. Model, proxy and view use this table; none of them has code for a single column.
 //
-// Graphical thread; constants only. What is done for a cell is done 60,000 times: no row makes a text that it
-// could return from the record.
+// Graphical thread; constants only. The code for a cell runs 60,000 times, so no row creates a text that it
+// can return from the record.
 
 #ifndef PACKAGETABLE_COLUMNS_H
 #define PACKAGETABLE_COLUMNS_H
@@ -32,30 +32,30 @@ public:
         Column column;
         const char* title;   // of the heading, not translated
         const char* toolTip; // the same
-        // What it shows of a record. Of a picture, the word that is read to anyone who cannot see it.
+        // The text for a record. In a column of pictures, screen readers read this word.
         QString (*text)(const Package::Entry& record);
-        // Where it shows pictures, the names of as many icons as there are at most, by sort key; null names
-        // for none.
+        // In a column of pictures: `mostPictures` icon names, by sort key; null means no icon. Null in other
+        // columns.
         const char* const* pictures;
-        bool coloured; // in the colour of the record's state
-        // What the table is sorted by; null: by the text.
+        bool coloured; // the text has the colour of the record's state
+        // The sort key of a record. If null, the text is the sort key.
         int (*sortKey)(const Package::Entry& record);
-        // What stands in Qt::UserRole; null: the record.
+        // The value of Qt::UserRole. If null, the record is the value.
         QVariant (*value)(const Package::Entry& record);
-        // The cell's tool tip, empty for none; null: no cell has one.
+        // The tool tip of the cell, possibly empty. If null, no cell has a tool tip.
         QString (*cellToolTip)(const Package::Entry& record, const YumIO& backEnd);
 
         bool showsPictures() const { return pictures != nullptr; }
     };
 
-    // For a column that exists.
+    // The column must exist.
     static const Row& row(int column) { return all[column]; }
-    // The text that the table shows of a record: an empty one in a column of pictures.
+    // The text of a record in the table; empty in a column of pictures.
     static QString text(const Package::Entry& record, int column)
     {
         return all[column].showsPictures() ? QString() : all[column].text(record);
     }
-    // In the user's language.
+    // In the language of the user.
     static QString title(int column);
     static QString toolTip(int column);
 

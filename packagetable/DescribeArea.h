@@ -1,7 +1,7 @@
-// What the description dialog shows of one record: pairs of a label and a value, and buttons that open the
+// The contents of the description dialog for one record: pairs of a label and a value, and buttons for the
 // file list, the change log and the repository.
 //
-// Graphical thread; the dialog owns it, and deletes its widgets first.
+// Graphical thread. The dialog owns it, and deletes its widgets first.
 
 #ifndef PACKAGETABLE_DESCRIBEAREA_H
 #define PACKAGETABLE_DESCRIBEAREA_H
@@ -37,21 +37,22 @@ class Area : public QObject
     Q_OBJECT
 
 public:
-    // Adds its widgets to the layout, which the layout's widget owns. Nothing else is owned. The primary area
-    // tells everything; the others tell what sets one version apart from another.
+    // Adds its widgets to the layout; the widget of the layout owns them. Nothing else is owned. The primary
+    // area shows everything; the others show only the differences between versions.
     Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
          YumConfIO* configuration, bool primary);
 
-    // Each adds what it is given to the row, and goes on to the next one; without a value nothing is added.
+    // Each function adds its arguments to the row and advances to the next row. Without a value it adds
+    // nothing.
     void addHeader(int& row, QString text);
     void addPair(int& row, QString label, QString value);
     QPushButton* addButton(int& row, QString label, QString buttonText);
     QPushButton* addPairButton(int& row, QString label, QString value, QString buttonText); // or null
 
-    // A button tells beforehand when extra data have to be loaded.
+    // Before a click, the text of a button says whether it must load data.
     void updateButtons();
 
-    // Whether the buttons can be used.
+    // Enables or disables the buttons.
     void setReady(bool ready);
 
 public Q_SLOTS:
@@ -63,10 +64,10 @@ private:
     struct Button
     {
         QString label;
-        QPushButton* button; // null when there is none
+        QPushButton* button; // may be null
     };
 
-    // The dialog can neither be closed nor asked for a second thing while one exists.
+    // While an object exists, the user can neither close the dialog nor request anything else.
     class Busy;
     class Pairs;
 

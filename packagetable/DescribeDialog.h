@@ -1,8 +1,8 @@
-// Shows everything that the back end knows about one row of the package table: one area for the record and a
-// shorter one for each further installed version.
+// Shows all data of the back end for one row of the package table: one area for the record, and a shorter one
+// for each further installed version.
 //
-// Graphical thread; the model makes one with the table as its parent, and uses it again. It holds nothing of
-// a record while it is closed.
+// Graphical thread. The model creates one with the table as its parent, and uses it repeatedly. A closed
+// dialog holds no data of a record.
 
 #ifndef PACKAGETABLE_DESCRIBEDIALOG_H
 #define PACKAGETABLE_DESCRIBEDIALOG_H
@@ -35,8 +35,8 @@ public:
     explicit Dialog(QWidget* parent = nullptr);
     ~Dialog() override;
 
-    // Fetches all texts now. The back end, the record and the configuration (which may be null) are not owned
-    // and must stay until the dialog has been closed.
+    // Reads all texts at once. The back end, the record and the configuration are not owned, and must exist
+    // until the dialog closes. The configuration may be null.
     void config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO);
     void setReady(bool isReady) override;
     bool isClosing() const override { return closing; }

@@ -1,4 +1,4 @@
-// The window of the areas that describe a package, as an area knows it.
+// The interface of the window around the areas that describe a package.
 //
 // Graphical thread; the window implements it.
 
@@ -15,10 +15,11 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // While it is not ready, as when an area waits for the back end, it cannot be closed and no second thing
-    // can be asked for. A request to close it ends a wait for another process, and it closes afterwards.
+    // While the window is not ready, for example because an area waits for the back end, the user can neither
+    // close it nor request anything else. A request to close it ends a wait for another process; the window
+    // closes afterwards.
     virtual void setReady(bool isReady) = 0;
-    // Whether it closes as soon as it is ready again.
+    // True if it closes as soon as it is ready again.
     virtual bool isClosing() const = 0;
 
 protected:

@@ -1,6 +1,6 @@
-// Shows what the configuration says about one repository, and opens it in the user's web browser.
+// Shows the configuration of one repository, and opens the repository in the web browser of the user.
 //
-// Graphical thread; a child of the description of a package, which uses it again.
+// Graphical thread. A child of the description of a package, which uses it repeatedly.
 
 #ifndef PACKAGETABLE_DESCRIBEREPODIALOG_H
 #define PACKAGETABLE_DESCRIBEREPODIALOG_H
@@ -25,9 +25,9 @@ public:
     // The back end is not owned.
     RepoDialog(YumIO* backEnd, QWidget* parent);
 
-    // Keeps a copy. Passwords inside the URLs are not shown.
+    // Stores a copy. Passwords in the URLs are not shown.
     void config(const Repo::Entry& repository);
-    // Adds the pair to the row and goes on to the next one; without a value nothing is added.
+    // Adds the pair to the row and advances to the next row. Without a value it adds nothing.
     void addPair(int& row, QString label, QString value);
 
     void setVisible(bool visible) override;

@@ -1,7 +1,7 @@
-// A regular expression as the table filters by it: extended POSIX, case-sensitive, found anywhere in a text.
+// A regular expression for filtering the table: extended POSIX, case-sensitive, matching anywhere in a text.
 //
-// Most expressions hold some text that every match must hold too, and looking for that is many times quicker
-// than matching: only what has it is matched. The results are those of matching alone.
+// Most expressions require some fixed text in every match. A search for that text is much faster than
+// matching, so only texts with it are matched. The results are the same as without this search.
 //
 // A value of the graphical thread.
 
@@ -18,27 +18,27 @@ namespace PackageTable {
 class Expression
 {
 public:
-    // Holds none: nothing matches.
+    // An object without an expression: nothing matches.
     Expression() = default;
     ~Expression() { clear(); }
     Expression(const Expression&) = delete;
     Expression& operator=(const Expression&) = delete;
 
-    // One that cannot be compiled matches nothing.
+    // An invalid expression matches nothing.
     void compile(const QString& text);
 
-    // Whether an expression is held that could be compiled.
+    // True if the object has an expression and could compile it.
     bool isValid() const { return regStatus == 0; }
-    // What is wrong with the one that could not be compiled, in the words of the C library and the user's
-    // language; empty if nothing is.
+    // The error in an invalid expression, as the C library describes it in the language of the user;
+    // otherwise empty.
     QString fault() const;
     // The text is UTF-8.
     bool matches(const char* text) const;
-    // Whether any of several texts matches, each for itself; each is ended by a zero.
+    // True if the expression matches at least one of several texts. A zero byte ends each text.
     bool matchesAny(const QByteArray& texts) const;
 
-    // A part of an extended expression that stands in all that it matches; empty when none is known.
-    // whole: set when the expression is nothing else.
+    // A fixed text that occurs in every match of the extended expression; empty if none is known. `whole`
+    // becomes true if the expression consists of this text only.
     static QByteArray requiredText(const QByteArray& expression, bool& whole);
 
 private:
@@ -47,7 +47,7 @@ private:
     int regStatus = -1; // 0: the pattern is compiled
     regex_t pattern = {};
     QByteArray required;
-    bool literal = false; // the required text is all there is
+    bool literal = false; // the expression is just the required text
 };
 
 } // namespace PackageTable

@@ -1,4 +1,4 @@
-// The menu on all columns but the Action column.
+// The menu of all columns except the Action column.
 //
 // Graphical thread; a child of the view.
 
@@ -19,7 +19,7 @@ class OtherContextMenu : public QMenu
 public:
     OtherContextMenu(Model* packages, QWidget* parentView);
 
-    // Runs the menu for a source index (invalid below the last row), at a place on the screen.
+    // Runs the menu for a source index at a position on the screen. The index is invalid below the last row.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 private Q_SLOTS:

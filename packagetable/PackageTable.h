@@ -1,5 +1,5 @@
-// What the package table can show. The numbers of modes and of state filters are those of the main window's
-// boxes and of the command line.
+// The options of the package table. The numbers of modes and state filters are also those of the boxes in the
+// main window and of the command line.
 
 #ifndef PACKAGETABLE_PACKAGETABLE_H
 #define PACKAGETABLE_PACKAGETABLE_H
@@ -10,13 +10,13 @@ namespace PackageTable {
 
 enum Mode : qint32 {
     Filter = 0, // an expression matches the visible text columns
-    Search = 1  // an expression matches every field of a package, each for itself
+    Search = 1  // an expression matches each field of a package separately
 };
 
 enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
 
-// In the order of their rows in Columns. Remembered layouts of the table go by the numbers too: with another
-// number of columns they are forgotten.
+// In the order of their rows in Columns. Saved layouts of the table use these numbers too, and are discarded
+// if the number of columns changes.
 enum Column : int {
     ActionColumn = 0,
     StateColumn,
@@ -30,7 +30,7 @@ enum Column : int {
     ColumnCount
 };
 
-// What stands in place of a repository's identifier for what is installed: the local database of packages.
+// The repository identifier of installed packages: the local package database.
 constexpr char localRepository[] = "@System";
 
 } // namespace PackageTable

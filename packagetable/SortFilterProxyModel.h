@@ -1,10 +1,9 @@
-// Decides which package records the table lists, and in which order: by state, duplicates, groups and a
-// regular expression.
+// Selects the package records in the table and their order: by state, duplicates, groups and a regular
+// expression.
 //
-// Graphical thread; the main window owns it. It keeps its own map between the listed rows and the records in
-// place of the base class's: filtering does not sort and sorting does not filter, which a table of a whole
-// distribution needs to answer at once. The records are read straight from the back end, not through
-// variants.
+// Graphical thread; the main window owns it. It has its own map between table rows and records, instead of
+// the map of the base class. Filtering does not sort, and sorting does not filter, so a table of a whole
+// distribution responds at once. It reads the records directly from the back end, without variants.
 
 #ifndef PACKAGETABLE_SORTFILTERPROXYMODEL_H
 #define PACKAGETABLE_SORTFILTERPROXYMODEL_H
@@ -32,7 +31,7 @@ class SortFilterProxyModel : public HSortFilterProxyModel
     Q_OBJECT
 
 public:
-    // The back end is not owned. The source model's rows must be the back end's records.
+    // The back end is not owned. The rows of the source model must be the records of the back end.
     SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                          QObject* parent = nullptr);
 
@@ -43,26 +42,27 @@ public:
     void setStateFilter(StateFilter state);
     void setDupsFilter(bool withDups);
     void setGroupsFilter(bool withGroups);
-    // While off, every row is listed.
+    // If off, the table lists every row.
     void setFilter(bool on);
     bool getFilter() const { return filtering; }
-    // An extended POSIX expression, case-sensitive; ".*" at either end is taken off. The empty one lists
-    // everything, one that cannot be compiled nothing.
+    // An extended POSIX expression, case-sensitive; ".*" at either end is removed. An empty expression lists
+    // everything, an invalid one nothing.
     void setFilterRegExp(const QString& text);
-    // What the rows are filtered by, stripped; the base class's own expression stays empty.
+    // The current expression without ".*" at its ends. The own expression of the base class stays empty.
     QRegExp filterRegExp() const { return expression; }
-    // Whether the expression can be compiled; one that cannot lists nothing.
+    // False for an invalid expression, which lists nothing.
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
-    // What is wrong with one that cannot.
+    // The error in an invalid expression.
     QString expressionFault() const { return pattern.fault(); }
-    // The records that a search with these filters looks into.
+    // The records that a search with these filters examines.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
-    // Marks every listed record that is out of date for Update.
+    // Marks every listed, outdated record for Update.
     void setUpdateListed();
-    // Filters and sorts anew.
+    // Filters and sorts again.
     void clear();
 
-    // -1: in the back end's order. The base class does not know, and must not: it would make its own map.
+    // The sorted column; -1 for the order of the back end. The base class must not know it, because it would
+    // build its own map.
     int sortColumn() const { return sortedBy; }
     Qt::SortOrder sortOrder() const { return sortedIn; }
 
@@ -72,7 +72,7 @@ public:
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
-    // And texts for those who cannot see the icons.
+    // Adds texts for users who cannot see the icons.
     QVariant data(const QModelIndex& listed, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     QModelIndex mapToSource(const QModelIndex& listed) const override;
@@ -80,8 +80,8 @@ public:
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
-    // While it exists, a table sorted by action is not sorted anew with every action that changes: it would
-    // take minutes when all rows change.
+    // While an object exists, a table sorted by action is not sorted again after each change of an action.
+    // With changes in all rows, this would take minutes.
     class SortPause
     {
     public:
@@ -136,11 +136,11 @@ private:
 
     int sortedBy;
     Qt::SortOrder sortedIn;
-    QTimer idle; // runs out when the records are new and nothing else is to be done
+    QTimer idle; // fires shortly after new records: prepares the texts
     int sortPauses;
-    bool sortWanted; // an action has changed meanwhile
+    bool sortWanted; // an action has changed during a SortPause
 
-    // All of these are made when they are needed first, and dropped when the records are.
+    // All these members are computed on first use, and dropped together with the records.
     mutable bool mapped;
     mutable bool mapping;
     mutable std::vector<int> order;      // the rows of the source, sorted
@@ -148,8 +148,8 @@ private:
     mutable std::vector<int> proxyRows;  // by row of the source, the row of the proxy; -1: not listed
     mutable std::vector<qint64> keys[ColumnCount];
     mutable std::vector<int> nameRanks;
-    mutable QByteArray visible;           // the visible texts of all rows, each ended by a zero
-    mutable std::vector<int> visibleFrom; // by row, where its texts begin
+    mutable QByteArray visible;           // the visible texts of all rows; a zero byte ends each
+    mutable std::vector<int> visibleFrom; // by row, the start of its texts
 };
 
 } // namespace PackageTable

@@ -1,7 +1,7 @@
-// The package table as the user sees it: sets actions by a click on the Action column or from a context menu,
-// and tells which row is current and when actions have changed.
+// The view of the package table. A click on the Action column or a context menu sets actions. Signals report
+// the current row and changed actions.
 //
-// Graphical thread; a child of the main window's table area. Owns its two context menus.
+// Graphical thread; a child of the table area of the main window. Owns its two context menus.
 
 #ifndef PACKAGETABLE_VIEW_H
 #define PACKAGETABLE_VIEW_H
@@ -33,11 +33,11 @@ public:
     // Source indexes.
     QModelIndexList selectedRows() const;
 
-    // What is drawn in place of rows when none is listed; plain text.
+    // The text in place of rows if no row is listed; plain text.
     void setEmptyText(const QString& text);
 
-    // What the user has made of the columns since they were fitted: for each column its width in pixels, 0
-    // where it is the fitted one, and its place from the left. Of another number of columns, nothing is
+    // The changes of the user to the columns since the last fit: for each column its width in pixels, or 0
+    // for the fitted width, and its position from the left. A layout with another number of columns is not
     // restored.
     struct Layout
     {
@@ -49,9 +49,9 @@ public:
 
 public Q_SLOTS:
     void reset() override;
-    // Describes the package of the current row, if there is one.
+    // Describes the package of the current row, if any.
     void describe();
-    // Fits the columns to all records, also those not listed: another filter then cuts nothing off.
+    // Fits the columns to all records, including those not listed, so that another filter cuts no text off.
     void resizeColumnsToContents();
     void handleHorizontalHeaderClicked(int column);
     void handleActivated(const QModelIndex& index);
@@ -62,7 +62,7 @@ Q_SIGNALS:
     void currentChanged(int current, int previous);
     // The source row whose action has changed; -1 for possibly many.
     void stateChanged(int row);
-    // The user wants another action for a row that permits none; plain text.
+    // The user has requested another action for a row that permits none; plain text.
     void actionRefused(const QString& reason);
 
 protected:
@@ -70,12 +70,13 @@ protected:
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
-    // Enter describes the package of the current row. The space key goes on to the current row's next action.
+    // Enter describes the package of the current row. The space key switches to the next action of the
+    // current row.
     void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
 
 private Q_SLOTS:
-    // For those who do not see that nothing is drawn in place of rows.
+    // Reports the text of the empty table to screen readers.
     void tellWhetherEmpty();
 
 private:
@@ -85,8 +86,8 @@ private:
 
     Model* model;
     SortFilterProxyModel* proxy;
-    int currentRow;                // as announced last
-    bool fittingRecords;           // columns are fitted to all records, not to the listed ones
+    int currentRow;                // from the last signal
+    bool fittingRecords;           // true while columns are fitted to all records, not only to listed ones
     ActionContextMenu* actionMenu; // null until first needed
     OtherContextMenu* otherMenu;   // null until first needed
     QString emptyText;
