@@ -12,18 +12,18 @@ namespace EndSignals {
 
 namespace {
 
-// After so many seconds a request to end counts as unheard: the graphical thread waits for an X server that
-// hangs, say.
+// After this many seconds a request to end counts as unheard, for example because the graphical thread waits
+// for a hanging X server.
 constexpr time_t patience = 10;
 
 // Written before the handlers are installed.
 volatile std::sig_atomic_t output = -1;
 pid_t owner = 0;
 
-volatile std::sig_atomic_t firstCame = 0; // a signal has been passed on
-time_t firstTime = 0;                     // when, by the monotonic clock, in seconds
+volatile std::sig_atomic_t firstCame = 0; // whether a signal has been passed on
+time_t firstTime = 0;                     // its time on the monotonic clock, in seconds
 
-// The path is complete whenever its length is not 0.
+// A length other than 0 means that the path is complete.
 char lockFile[PATH_MAX] = "";
 volatile std::sig_atomic_t lockFileLength = 0;
 
@@ -34,9 +34,9 @@ time_t now()
     return time.tv_sec;
 }
 
-// What follows runs in the handler: only the system itself is asked.
+// The following functions run in the signal handler, so they only use system calls.
 
-// The file is ours only as long as our number is in it.
+// The lock file belongs to this process only if it contains this process's number.
 void removeLockFile()
 {
     if (lockFileLength == 0) {
@@ -75,7 +75,7 @@ extern "C" void passOn(int number, siginfo_t* info, void*)
         firstCame = 1;
     }
     if (write(output, &number, sizeof number) != ssize_t(sizeof number)) {
-        // There are thousands of requests already.
+        // The pipe is full: thousands of requests are waiting already.
     }
     errno = failure;
 }
@@ -110,7 +110,7 @@ bool endsProcess(int number)
     case SIGWINCH:
         return false;
     default:
-        // Between the last of the classic signals and SIGRTMIN are those of the C library's own threads.
+        // The C library's own threads use the signals between the last classic signal and SIGRTMIN.
         return (number >= 1 && number <= SIGSYS) || (number >= SIGRTMIN && number <= SIGRTMAX);
     }
 }
@@ -124,10 +124,10 @@ bool isFault(int number)
 bool wasSent(const siginfo_t& info)
 {
     if (info.si_signo == SIGABRT) {
-        // What abort() does; the process ends when the handler returns.
+        // abort() sends the signal like this. The process ends when the handler returns.
         return !(info.si_code == SI_TKILL && info.si_pid == getpid());
     }
-    // Of the others, those that the system itself sends, for a timer or a limit say, are no faults.
+    // The other signals are not faults if the system sends them, for example for a timer or a limit.
     return !isFault(info.si_signo) || info.si_code <= 0;
 }
 
@@ -137,7 +137,7 @@ void install(int descriptor)
     owner = getpid();
     firstCame = 0;
     for (int number = 1; number <= SIGRTMAX; ++number) {
-        // The interpreter takes note, at its start, of who has SIGINT.
+        // At its start, the interpreter checks for a handler of SIGINT; renew() sets ours later.
         if (endsProcess(number) && number != SIGINT) {
             takeOver(number);
         }

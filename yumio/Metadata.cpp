@@ -18,12 +18,12 @@ namespace {
 using Archive = std::unique_ptr<archive, decltype(&archive_read_free)>;
 using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 
-// What both kinds of file have in common: a list of package elements that are told apart by a checksum.
+// The common base for both kinds of file: a list of package elements, each identified by a checksum.
 class Reader
 {
 public:
-    // The name is that of the element that holds the packages. Files of another kind list the same packages,
-    // and would look as if these had nothing of what is wanted.
+    // rootName is the name of the element that contains the packages. Files of other kinds list the same
+    // packages, and would look as if these packages lacked the wanted data.
     Reader(const QByteArray& rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
         : expectedRoot(rootName), wanted(wantedPackages), texts(result),
           parser(XML_ParserCreate(nullptr), XML_ParserFree), announced(0), found(0), place(-1),
@@ -71,11 +71,11 @@ public:
     }
 
 protected:
-    // An element inside a wanted package begins; true: its characters are wanted.
+    // Called at the start of an element inside a wanted package. Returns whether its characters are wanted.
     virtual bool begin(const char* name, const char** attributes) = 0;
-    // Its characters are all there.
+    // Called with all characters of the element.
     virtual void take(const QByteArray& characters) = 0;
-    // The package is complete: its text.
+    // Called at the end of the package. Returns its text.
     virtual QByteArray finish() = 0;
 
     static const char* value(const char** attributes, const char* name)
@@ -91,7 +91,7 @@ protected:
 private:
     static constexpr int blockSize = 1 << 18;
 
-    // One that was cut off can have been given a proper end.
+    // A truncated file may still have a proper end tag.
     bool isComplete(QString& problem) const
     {
         if (found < announced) {
@@ -146,10 +146,10 @@ private:
     const Wanted& wanted;
     std::vector<QByteArray>& texts;
     Parser parser;
-    QByteArray root;     // null before it begins
-    long long announced; // packages, by the outermost element; 0 if it does not say
+    QByteArray root;     // null before the root element begins
+    long long announced; // the number of packages that the root element declares, or 0
     long long found;
-    int place; // of the package being read; -1: it is not wanted
+    int place; // the index of the current package's text; -1 if the package is not wanted
     bool collecting;
     QByteArray collected;
 };
@@ -169,7 +169,7 @@ protected:
 
     QByteArray finish() override
     {
-        // From here on, the order of bytes may differ from that of the characters that the program sorts by.
+        // From 0xee on, the byte order may differ from the character order by which the program sorts.
         const bool sortable = std::all_of(paths.begin(), paths.end(), [](const QByteArray& path) {
             return std::all_of(path.begin(), path.end(),
                                [](char byte) { return static_cast<unsigned char>(byte) < 0xee; });
@@ -198,7 +198,7 @@ private:
     std::vector<QByteArray> paths;
 };
 
-// Takes nothing.
+// Collects no texts.
 class Checker : public Reader
 {
 public:

@@ -20,7 +20,7 @@ Entry::~Entry()
                      "Internal error: attempt to delete Package::Entry %p with extant python obj %p\n",
                      static_cast<void*>(this), static_cast<void*>(pyObject));
     }
-    // One after the other: a chain of owners would be deleted by recursion.
+    // Deletes in a loop, because a chain of owners would delete by recursion.
     Entry* following = next;
     while (following != nullptr) {
         Entry* doomed = following;

@@ -114,7 +114,7 @@ void Records::clear(const std::function<void(PyObject*)>& drop)
             }
         }
     }
-    qDeleteAll(collectedEntries); // the index may have one twice
+    qDeleteAll(collectedEntries); // the index may contain a record twice
     entries.clear();
     entryIndex.clear();
     collectedEntries.clear();

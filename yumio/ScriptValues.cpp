@@ -31,7 +31,7 @@ QString joinVerRel(const QString& epoch, const QString& version, const QString& 
     return text;
 }
 
-// Numbers have a point in this thread for a scope, whatever the locale of the program.
+// Within a scope, numbers of this thread have a decimal point, regardless of the program's locale.
 class PlainNumbers
 {
 public:
@@ -50,7 +50,7 @@ private:
     locale_t before;
 };
 
-// Weekday, month, day, time of day and year.
+// Formats weekday, month, day, time of day and year.
 void formatTime(long time, char (&text)[64])
 {
     const auto seconds = static_cast<time_t>(time);
@@ -70,8 +70,8 @@ QString ScriptValues::pyString(PyObject* object)
         return QString();
     }
     if (PyUnicode_Check(object)) {
-        // Straight from the characters: an encoding would refuse lone surrogates, which stand for the bytes
-        // of file names that cannot be decoded.
+        // Copies the characters directly: an encoder refuses lone surrogates, which represent the bytes of
+        // file names that cannot be decoded.
         const auto length = static_cast<int>(PyUnicode_GET_LENGTH(object));
         switch (PyUnicode_KIND(object)) {
         case PyUnicode_1BYTE_KIND:
@@ -105,7 +105,7 @@ QString ScriptValues::pyStringX(PyObject* object)
             return pyString(object);
         }
         if (PyLong_Check(object)) {
-            // Not str(): that of True is a word.
+            // Not str(), because str(True) is a word.
             return pyStringDec(PyNumber_ToBase(object, 10));
         }
         const bool list = PyList_Check(object);
@@ -263,12 +263,12 @@ PyObject* ScriptValues::attribute(PyObject* object, const char* name)
 
 PyObject* ScriptValues::attribute(PyObject* object, PackageAttribute which)
 {
-    // In the order of the enumeration.
+    // The order is that of the enumeration.
     static const char* const names[] = {"arch",    "buildtime", "epoch", "group",   "name",
                                         "release", "repoid",    "size",  "summary", "version"};
     static_assert(sizeof names / sizeof *names == PackageAttributeCount, "each attribute has its name");
-    // The interpreter finds at once what it is asked for with an interned name; for a name made from
-    // characters it searches the class and all its bases each time.
+    // The interpreter caches attribute lookups by interned name. For a name made from characters it searches
+    // the class and all its bases each time.
     PyRef& name = attributeNames[which];
     if (!name) {
         name = PyRef(PyUnicode_InternFromString(names[which]));
@@ -382,7 +382,7 @@ quint64 ScriptValues::sizeOf(PyObject* pkg)
 
 QString ScriptValues::bytesFormat(unsigned long long bytes)
 {
-    // Translated once: a collection formats the size of each package.
+    // Translated only once, because a collection formats the size of each package.
     static const struct
     {
         int shift; // the unit is 2 to the power of this
@@ -393,7 +393,7 @@ QString ScriptValues::bytesFormat(unsigned long long bytes)
     double value = static_cast<double>(bytes);
     const QString* unit = &smallest;
     for (const auto& candidate : units) {
-        // From 1000 of the unit below on, so that there are never more than four digits.
+        // A unit is used from 1000 of the next smaller unit, so that a number has at most four digits.
         if (bytes >= 1000ULL << (candidate.shift - 10)) {
             value /= static_cast<double>(1ULL << candidate.shift);
             unit = &candidate.name;

@@ -6,14 +6,14 @@
 
 namespace {
 
-// The first signal that came; 0: none.
+// The first recorded signal; 0 if none.
 volatile std::sig_atomic_t recorded = 0;
 pid_t owner = 0;
 
 extern "C" void record(int number, siginfo_t* info, void*)
 {
     if (getpid() != owner) {
-        // A child that has not started its program yet.
+        // A child process that has not started its program yet.
         EndSignals::endBy(number);
     }
     if (!EndSignals::wasSent(*info)) {
@@ -41,7 +41,7 @@ SignalRecorder::SignalRecorder() : before(), replaced()
         const bool plain = (before[number].sa_flags & SA_SIGINFO) == 0;
         const bool ignored = plain && before[number].sa_handler == SIG_IGN;
         const bool byDefault = plain && before[number].sa_handler == SIG_DFL;
-        // A handler of faults that somebody else has set looks for his own.
+        // A foreign handler of faults must see its own faults.
         const bool foreign = EndSignals::isFault(number) && !byDefault && !EndSignals::isOurs(before[number]);
         replaced[number] = !ignored && !foreign && sigaction(number, &recording, &before[number]) == 0;
     }

@@ -45,7 +45,7 @@ private:
     FILE* file;
 };
 
-// The texts of the script itself, which the toolkit's own program for finding texts does not look into.
+// The script's own texts. The toolkit's program for finding texts does not read the script.
 const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP(
         "YumIO", "Version {} of dnf is not supported. VYRE cannot read the configuration with it, because "
@@ -152,14 +152,14 @@ const char* const scriptTexts[] = {
                       "transaction:\n{}\n\"dnf remove --duplicates\" removes the older ones."),
 };
 
-// The text with the passwords in it hidden; a new reference. For the script, whose log files it goes to.
+// Returns the text with its passwords hidden, a new reference. The script uses it for its log files.
 PyObject* hideSecrets(PyObject*, PyObject* given)
 {
     if (PyUnicode_Check(given) == 0) {
         PyErr_SetString(PyExc_TypeError, "a text is needed");
         return nullptr;
     }
-    // File names that are no UTF-8 may be in it.
+    // The text may contain file names that are not valid UTF-8.
     const PyRef bytes(PyUnicode_AsEncodedString(given, "utf-8", "backslashreplace"));
     if (!bytes) {
         return nullptr;
@@ -168,7 +168,7 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
         QString::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<int>(PyBytes_Size(bytes.get())));
     const QString hidden = Credentials::hidden(text);
     if (hidden == text) {
-        // With what has no place in UTF-8 as it was.
+        // This keeps the parts that UTF-8 cannot represent.
         Py_INCREF(given);
         return given;
     }
@@ -228,7 +228,7 @@ void YumIO::setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item
     dialogs = new YumIODialogs(parentWidget);
 }
 
-// Without them, or one of them, the script says what it has to say in English.
+// Without a translation, the script uses its English text.
 void YumIO::offerTranslations()
 {
     const PyRef translations(PyDict_New());
@@ -244,9 +244,10 @@ void YumIO::offerTranslations()
     PyErr_Clear();
 }
 
-// Names of the script for what it can do without; they are none of yumIOC's. Two add lines to the listing of
-// a transaction, at its end and before it, one says on the bar of the current step what is being done, one
-// what is wrong with a document of metadata, and one what is waited for, and whether to go on waiting.
+// Optional global functions for the script, outside yumIOC. addToListing and addBeforeListing add lines to
+// the end and to the start of a transaction's listing. changeActivity shows the current activity on the bar
+// of the current step. faultOfMetadata returns the fault of a metadata document. hideSecrets hides the
+// passwords in a text. waitForLock shows the reason for a wait and returns whether to go on waiting.
 void YumIO::offerFunctions()
 {
     static PyMethodDef definitions[] = {
@@ -310,19 +311,18 @@ PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
         return nullptr;
     }
     if (Unattended::is()) {
-        // Nobody sees what is waited for.
+        // No user can see the wait, so it ends.
         PyErr_SetNone(PyExc_KeyboardInterrupt);
         return nullptr;
     }
     if (yumIO->progress != nullptr) {
-        // A question may have put the bars at rest. Nothing is measured: the bar shows no
-        // number.
+        // A question may have reset the bars. The activity has no measure, so the bar shows no number.
         yumIO->progress->startItem(yumIO->pyString(text), 0, 0);
     }
     Py_RETURN_NONE;
 }
 
-// None instead of a text: the wait is over.
+// None instead of a text means that the wait is over.
 PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -335,7 +335,7 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
     }
     if (text == Py_None) {
         if (yumIO->progress != nullptr && !Unattended::is()) {
-            // The step that was shown before.
+            // Shows the previous step again.
             yumIO->progress->startItem(
                 yumIO->phase == Collecting ? tr("Reading repositories") : tr("Preparing"), 0, 1);
         }
@@ -373,7 +373,7 @@ bool YumIO::initialize()
 {
     const QString root = ManagedRoot::path();
     if (!root.isEmpty() && !QFileInfo(root).isDir()) {
-        // The package manager would make one, with nothing in it.
+        // The package manager would create an empty one.
         error(tr("The root directory %1 does not exist").arg(root));
         return false;
     }
@@ -410,7 +410,7 @@ bool YumIO::initialize()
         if (script.get() == nullptr) {
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
-        // The script imports its other files from there.
+        // The script imports its other files from this directory.
         const PyRef file(PyUnicode_DecodeFSDefault(QFile::encodeName(path).constData()));
         pyAssignGlobal("__file__", file.get());
         offerTranslations();
@@ -420,8 +420,8 @@ bool YumIO::initialize()
             return internalError(tr("Internal error: unable to execute YumIO.py"));
         }
     }
-    // Importing the package manager has the process take over the user's locale. Its libraries read the
-    // numbers of configuration files by it, which are written with a point everywhere.
+    // The import of the package manager activates the user's locale for the process. Its libraries then use
+    // that locale for numbers in configuration files, which always have a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     yumIOClass = pyValue("__main__", "YumIO");
     if (yumIOClass == nullptr) {
@@ -441,7 +441,7 @@ bool YumIO::initialize()
     base = PyRef(PyObject_GetAttrString(yumIO.get(), "base"));
     if (!base) {
         internalError(tr("Internal error: yumIO.base not evaluable"));
-        yumIO = PyRef(); // there is nothing to work with: another start begins anew
+        yumIO = PyRef(); // unusable without its base: another start must create it again
         return false;
     }
     static const struct
@@ -497,7 +497,7 @@ QString YumIO::expandVariables(QString text)
         PyErr_Clear();
         return text;
     }
-    // A script without it. "$arch" comes after the one that ends in it.
+    // For a script without this method. "$basearch" precedes "$arch", because it ends in "arch".
     for (const char* variable : {"basearch", "arch", "releasever"}) {
         const QString name = QLatin1String(variable);
         const QString reference = QLatin1Char('$') + name;
@@ -510,12 +510,12 @@ QString YumIO::expandVariables(QString text)
 
 QString YumIO::getBiArch(const QString& arch)
 {
-    // The script's answer never changes while the program runs, and there are few architectures.
+    // The script's answers do not change while the program runs, and few architectures exist.
     auto known = biArchByArch.constFind(arch);
     if (known == biArchByArch.constEnd()) {
         const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));
         if (!answer) {
-            return pyString(nullptr); // what failed once may not fail again
+            return pyString(nullptr); // not stored: the next call may succeed
         }
         known = biArchByArch.insert(arch, pyString(answer.get()));
     }

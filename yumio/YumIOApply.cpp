@@ -1,5 +1,5 @@
-// Applying the chosen actions as one transaction, and cleaning the caches. Both run on a worker thread, and
-// so does everything that the script calls back here.
+// Applies the chosen actions as one transaction, and cleans the caches. Both operations, and all callbacks of
+// the script here, run on a worker thread.
 
 #include "yumio/YumIO.h"
 
@@ -151,9 +151,9 @@ bool YumIO::applyReal()
         changingSystem = false;
         transaction.signalRecorder.reset();
         readOutcome();
-        // An exception that is not among the known ones has been reported already.
+        // Any other exception has been reported already.
         if (commExceptRaised(result.get(), tr("apply changes")) || !result || result.get() == Py_False) {
-            transaction.txApplied = false; // or nothing was to be changed: what is marked stays marked
+            transaction.txApplied = false; // also without any change: the marks stay
         }
     }
     showRemarks();
@@ -161,8 +161,8 @@ bool YumIO::applyReal()
     return transaction.txApplied;
 }
 
-// What the script knows better than its calls of the program tell: rpm may not have begun although a
-// transaction was announced.
+// Reads the script's own account of the outcome. Its callbacks are less exact: rpm may not have begun
+// although the script announced a transaction.
 void YumIO::readOutcome()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
@@ -187,7 +187,7 @@ void YumIO::readOutcome()
             }
         }
     }
-    // The question said so, but it is gone.
+    // The question contained this text, but the user has closed it.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {
@@ -324,7 +324,7 @@ PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
     Py_RETURN_NONE;
 }
 
-// The package manager's own words, in the user's language.
+// The package manager's own text in the user's language.
 QString YumIO::scriptWords(const char* text)
 {
     if (PyObject_HasAttrString(yumIO.get(), "words") == 0) {
@@ -374,9 +374,9 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        break; // the line of the version that takes its place says it
+        break; // the line of the replacing version covers it
     default: {
-        // The package manager's own word for it.
+        // The package manager's own word for the action.
         const PyRef word(attribute(item, "action_name"));
         const QString prefix = word ? pyString(word.get()) + QLatin1String(": ") : QString();
         listing.dependencies += QLatin1Char('\t') + prefix + txitemFormat(item) + QLatin1Char('\n');
@@ -435,7 +435,7 @@ void YumIO::weighItem(PyObject* item, long action)
     }
 }
 
-// The same for a package that is not in the table, such as one that the package manager has hidden.
+// Weighs a package that is not in the table, for example a package hidden by the package manager.
 void YumIO::weighUnlisted(PyObject* item, long action)
 {
     const PyRef package(attribute(item, "pkg"));
@@ -467,8 +467,8 @@ void YumIO::weighUnlisted(PyObject* item, long action)
 
 bool YumIO::verifyLocalPkg(PyObject* pkg)
 {
-    // In the middle of a longer operation, whose own failure is explained by all that was logged since its
-    // begin.
+    // This call is part of a longer operation. The message about a failure of that operation includes all log
+    // entries since the operation began.
     const int outerLogStart = exceptLogStart;
     bool valid = false;
     {
@@ -524,9 +524,9 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
         progress->reset();
     }
     transaction.nextSlot = 0;
-    // The script's own output, which is part of a plain question, may have been about a URL.
+    // A plain question contains the script's own output, which may contain a URL with a password.
     const QString text = Log::withoutPasswords(transaction.txText);
-    // These buttons have the same texts in all languages.
+    // These buttons have the same text in all languages.
     const bool yes =
         (transaction.txListed
              ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))

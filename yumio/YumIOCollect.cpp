@@ -1,4 +1,4 @@
-// The collection of packages and groups: all but collect() runs on a worker thread.
+// Collects packages and groups. All functions except collect() run on a worker thread.
 
 #include "yumio/YumIO.h"
 
@@ -28,7 +28,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
 
-    // Whatever a package object answers later, it answers from what this collection has read.
+    // Package objects answer later calls from the data that this collection has read.
     fileListsLoaded = true;
     otherDataLoaded = true;
 
@@ -45,13 +45,13 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
             return false;
         }
         locked = true;
-        // A path, if the script knows of one.
+        // The result is the path of the lock file, if the script knows it.
         EndSignals::setLockFile(PyUnicode_Check(result.get()) ? pyString(result.get()).toUtf8().constData()
                                                               : nullptr);
     }
 
     {
-        // The script loads the package manager's plug-ins now, which may print, or start what does.
+        // The script now loads the package manager's plug-ins. They may print or start programs that print.
         YumIOCapturersUser capturersUser(capturers, this);
         repos = PyRef(PyObject_GetAttrString(base.get(), "repos"));
     }
@@ -105,10 +105,10 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     progress->endItemActs();
     basearch = getYumVar(QStringLiteral("basearch"));
 
-    // Calls a method of the script whose failures are explained to the user.
+    // Calls a method of the script and explains its failure to the user.
     const auto collected = [this](const char* method, const QString& what, bool capture) {
         if (Unattended::is()) {
-            return PyRef(); // nobody is going to see the packages
+            return PyRef(); // no user will see the packages
         }
         ExceptScope scope(*this);
         commExceptSetup();
@@ -134,8 +134,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         if (!updates || !collectSet(updates.get(), Package::Updatable)) {
             return false;
         }
-        // A package that gets or loses its architecture may be of another class than its update: what is
-        // installed of that class then belongs to the record of the update.
+        // A package whose architecture becomes or ceases to be "noarch" may have another bi-arch class than
+        // its update. Installed packages of the old class then belong to the record of the update.
         const auto key = [this](PyObject* pkg) {
             return EntryKey(false, pyStringDec(attribute(pkg, NameAttribute)),
                             getBiArch(pyStringDec(attribute(pkg, ArchAttribute))));
@@ -266,7 +266,7 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     if (!iterator) {
         return internalError(tr("Internal error: the packages are not iterable"));
     }
-    // A hint only: it saves the index from growing again and again.
+    // Only a hint: it saves repeated growth of the index.
     const Py_ssize_t hint = PyObject_LengthHint(set, 0);
     if (hint > 0) {
         records.reserve(static_cast<int>(hint));
@@ -274,7 +274,7 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     PyErr_Clear();
     bool comparisonFailed = false;
     const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
-        // What fails for one pair fails for thousands.
+        // A comparison that fails for one pair fails for thousands of pairs.
         ExceptScope scope(*this);
         if (comparisonFailed) {
             pyExceptExpect(PyExc_Exception);
@@ -372,7 +372,7 @@ bool YumIO::collectGroups(PyObject* groups)
     if (PyErr_Occurred() != nullptr) {
         return internalError(tr("Internal error: the groups cannot be walked"));
     }
-    // There are hundreds of groups, and each collection asks for all of them: one message is enough.
+    // One message is enough: each collection asks for all of the hundreds of groups.
     if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
         reportedHistoryFault = historyFault;
         warning(tr("It is not known which groups are installed: the history of transactions cannot be "

@@ -1,5 +1,5 @@
-// Extra data and the details of one package. All of it runs on the graphical thread, but for the halves that
-// end in Real.
+// Loads extra data and the details of one package. All functions run on the graphical thread, except those
+// whose names end in Real.
 
 #include "yumio/YumIO.h"
 
@@ -11,8 +11,8 @@
 
 namespace {
 
-// Gives each item of a list, borrowed, to a function. False when not all of them can be had: an exception is
-// pending then. The list may be null with an exception pending already.
+// Calls the function for each item, a borrowed reference. Returns false, with an exception pending, if an
+// item cannot be read. The list may be null if an exception is already pending.
 template <typename Use> bool forEach(PyObject* list, Use use)
 {
     const PyRef iterator(list != nullptr ? PyObject_GetIter(list) : nullptr);
@@ -76,7 +76,7 @@ bool YumIO::collectExtra(const QString& heading, const QString& dataName, const 
     readingRepo.clear();
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
-    phase = Collecting; // whatever is downloaded now is metadata
+    phase = Collecting; // all downloads of this operation are metadata
 
     progress->startTotal(totalText, 15000);
     progress->startItem(tr("Reading repositories"), 1000, 1);
@@ -145,7 +145,7 @@ QString YumIO::timeOf(const Package::Entry& entry, const char* attr)
         return QString();
     }
     const quint64 seconds = pyTimeDec(time.release());
-    // A package that is not installed has the time 0.
+    // For a package that is not installed, the time is 0.
     return seconds == 0 ? QString() : QString::fromLatin1(timeFormat(static_cast<long>(seconds)));
 }
 
@@ -155,7 +155,7 @@ QString YumIO::getFiles(const Package::Entry& entry)
     if (entry.kind == Package::Group) {
         return QString();
     }
-    // To make the list may take long, so it is read once where that is enough.
+    // The script may need a long time to make the list, so the code reads it only once if possible.
     PyRef files(PyObject_GetAttrString(entry.pyObject, "files"));
     if (!files && PyErr_ExceptionMatches(PyExc_AttributeError) != 0) {
         PyErr_Clear();
@@ -164,7 +164,7 @@ QString YumIO::getFiles(const Package::Entry& entry)
     if (!fileListsLoaded) {
         files = PyRef();
         PyErr_Clear();
-        // The worker that loads the lists takes the lock itself.
+        // The worker that loads the lists acquires the interpreter lock itself.
         lock.release();
         const bool loaded = collectFileLists();
         lock.ensure();
@@ -231,7 +231,7 @@ QString YumIO::getChangeLog(const Package::Entry& entry)
     return text;
 }
 
-// A search asks thousands of packages for the same: the user is told once.
+// A search reads the same attribute of thousands of packages, so the user gets one message only.
 void YumIO::missingAttribute(const char* attr)
 {
     if (missingAttributes.contains(attr)) {

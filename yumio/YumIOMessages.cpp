@@ -88,7 +88,7 @@ void YumIO::showExceptionLog(int start, const QString& text)
             }
         }
     }
-    // The window of the log takes the same mutex, so the dialog comes after its release.
+    // The log window locks the same mutex, so the dialog opens after its release.
     if (dialogs != nullptr && wait != Wait::Ended) {
         dialogs->scrollable(tr("VYRE Yum Error"), lines.join(QLatin1Char('\n')));
     }
@@ -111,16 +111,16 @@ void YumIO::pyExceptClear()
 
 void YumIO::exceptionExpected()
 {
-    // It stays pending, for the caller to explain.
+    // The exception stays pending, because the caller explains it.
 }
 
 void YumIO::tracebackOnTerminal(const char* text)
 {
-    // Messages tell the user to look there.
+    // Messages refer the user to the log.
     log(Log::Error, 0, QString::fromUtf8(text));
 }
 
-// What the script has to say of an operation beside its result.
+// Shows the script's remarks about an operation, apart from its result.
 void YumIO::showRemarks()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
@@ -158,7 +158,7 @@ void YumIO::commExceptSetup()
 
 bool YumIO::commExceptRaised(PyObject* result, const QString& what)
 {
-    // Tracebacks are printed without being kept in sys: that would keep the objects of the failed call alive.
+    // Tracebacks are printed but not stored in sys, which would keep the objects of the failed call alive.
     const auto raised = [this, result](PyObject* type) {
         return type != nullptr && pyExceptMatches(result, type);
     };

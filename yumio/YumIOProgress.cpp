@@ -1,6 +1,6 @@
-// What the script reports while it reads repositories and applies a transaction: output, downloads and the
-// package manager's progress. Called on the worker thread that runs the script, with the interpreter lock
-// held. Between operations there are no bars to move; a report that comes then is logged and nothing more.
+// Receives the script's reports while it reads repositories or applies a transaction: output, downloads and
+// the package manager's progress. The worker thread that runs the script calls these functions and holds the
+// interpreter lock. Between operations no bars exist: a report is then only logged.
 
 #include "yumio/YumIO.h"
 
@@ -19,7 +19,7 @@ PyObject* YumIO::badArguments(const char* text)
         handleException();
     }
     error(tr(text));
-    // The script must still see what was wrong with its call.
+    // The script must still get the exception about its call.
     if (exception) {
         PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
     } else {
@@ -150,7 +150,7 @@ bool YumIO::isPayload(PyObject* object)
 
 bool YumIO::payloadError(const QString& text)
 {
-    // An exception that the running operation explains itself stays pending for it.
+    // If the running operation explains the exception itself, the exception stays pending.
     if (PyErr_Occurred() != nullptr && !exceptionIsExpected()) {
         displayException();
     }
@@ -166,7 +166,7 @@ bool YumIO::payloadText(PyObject* payload, const char* function, QString& text, 
             tr("Internal error: %1: unable to determine payload __str__").arg(QLatin1String(function)));
     }
     text = pyString(description.get());
-    // The package manager counts the bytes of metadata in floating point.
+    // The package manager uses floating-point numbers for the bytes of metadata.
     const PyRef number(attribute(payload, "download_size"));
     const PyRef bytes(number ? PyNumber_Long(number.get()) : nullptr);
     if (!bytes) {
@@ -242,9 +242,9 @@ PyObject* YumIO::downloadEnd(PyObject*, PyObject* args)
         return noneUnlessPending();
     }
     if (phase == Applying) {
-        // The package manager reports success without a status.
+        // For a success, the package manager passes no status.
         const long number = PyLong_Check(status) ? PyLong_AsLong(status) : 0;
-        PyErr_Clear(); // of a number without meaning
+        PyErr_Clear(); // a number that is too large has no meaning
         tsDownloadEnd(payload, text, size, number);
         if (message != Py_None && PyUnicode_Check(message)) {
             log(Log::Info, 2, QStringLiteral("%1: %2").arg(text, pyString(message)));
@@ -267,8 +267,8 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
     if (!iterator) {
         return nullptr;
     }
-    // A failure to read one payload is reported and the payload left out, unless it is one that the running
-    // operation wants to explain itself.
+    // An unreadable payload is reported and left out. If the running operation explains the failure itself,
+    // the loop ends and the exception stays pending.
     while (PyErr_Occurred() == nullptr) {
         const PyRef payload(PyIter_Next(iterator.get()));
         if (!payload) {
@@ -361,7 +361,7 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     auto slot = transaction.payloadSlots.constFind(text);
     if (slot == transaction.payloadSlots.constEnd() && transaction.nextSlot < transaction.threadCount &&
         isPayload(payload)) {
-        // It was over before there was any progress to report.
+        // The download ended before its first progress report.
         slot = startSlot(text, size);
     }
     if (slot == transaction.payloadSlots.constEnd() || slot.value() >= transaction.threadCount) {
@@ -371,7 +371,7 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     const quint32 index = slot.value();
     const bool delta = isInstance(payload, classes[DeltaPayload]);
     if (delta && status == 0) {
-        // The package is rebuilt from the delta next, and a second end tells when that is over.
+        // Next the package is rebuilt from the delta. A second end reports that this is over.
         progress->setItemActsThreadValue(index, atLeast(size));
         return;
     }
@@ -388,8 +388,8 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     }
     const bool flag = test != Py_False;
     if (!flag && phase == Applying && !transaction.signalRecorder) {
-        // Until the script's operation is over. An end of the program that begins from here on waits for it;
-        // one that has begun before prevents it.
+        // The flag stays set until the script's operation is over. If the program's end begins after this
+        // line, it waits for the operation. If it began earlier, it prevents the operation.
         changingSystem = true;
         if (Unattended::is()) {
             changingSystem = false;
@@ -417,7 +417,7 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
 
 PyObject* YumIO::rpmtransDel(PyObject*, PyObject*)
 {
-    // The object whose end this reports may outlive the operation, held by an exception's traceback.
+    // The destroyed object may outlive the operation, because an exception's traceback can refer to it.
     if (!transaction.testRun && progress != nullptr) {
         progress->endItemActs();
     }
@@ -470,7 +470,7 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
 
     const QString name = pyStringDec(attribute(package, "name"));
     Package::Entry* entry = findPackage(name, pyStringDec(attribute(package, "arch")));
-    // One that is not in the table is asked itself.
+    // A package without a record reports its own size.
     const quint64 ownSize = entry == nullptr ? sizeOf(package) : 0;
     const quint64 newWeight = atLeast(3 * (entry != nullptr ? entry->size : ownSize));
     const quint64 oldSize = entry != nullptr ? Records::installedSize(entry) : ownSize;

@@ -1,4 +1,4 @@
-// The texts that a search over every field looks at: read once, on a worker, and kept with the records.
+// Collects the texts for a search over every field: a worker reads them once, and the records keep them.
 
 #include "yumio/YumIO.h"
 
@@ -13,21 +13,21 @@
 
 namespace {
 
-// Puts the texts of one record after each other, in memory that all records share.
+// Joins the texts of one record, in a buffer that all records share.
 class SearchTextsWriter
 {
 public:
     void add(const QByteArray& text)
     {
         if (text.isEmpty()) {
-            // One is enough to be found by an expression that an empty text matches.
+            // One empty text is enough for an expression that matches an empty text.
             hasEmpty = true;
             return;
         }
-        texts += text.constData(); // matching ends at a zero too
+        texts += text.constData(); // up to a zero byte, because matching also ends there
         texts += '\0';
     }
-    // In memory of its own, no more than it needs.
+    // Copies the texts to memory of their exact size.
     QByteArray finish()
     {
         if (hasEmpty) {
@@ -44,7 +44,7 @@ private:
     bool hasEmpty = false;
 };
 
-// What is wanted from the metadata of one repository, and what went wrong.
+// The wanted data of one repository's metadata, and the faults found.
 struct RepositoryTexts
 {
     QString fileListsPath;
@@ -77,7 +77,7 @@ void YumIO::collectSearchTexts(const QVector<Package::Entry*>& wanted)
 QString YumIO::metadataPath(const QString& repo, const char* kind)
 {
     if (PyObject_HasAttrString(yumIO.get(), "metadataPath") == 0) {
-        return QString(); // the packages are asked one by one then
+        return QString(); // the packages are then read one by one
     }
     PyRef path(pyMethodCall(yumIO.get(), "metadataPath", "(s,s)", repo.toUtf8().constData(), kind));
     if (!path) {
@@ -105,7 +105,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     progress->startTotal(tr("Reading package texts: Total Progress"), steps);
     progress->startItem(tr("Reading packages"), steps, steps);
 
-    // The metadata are read beside the packages: that needs no interpreter.
+    // Other threads read the metadata at the same time: that does not need the interpreter.
     QHash<QString, RepositoryTexts> repositories;
     int fromRepositories = 0;
     for (const Package::Entry* entry : wanted) {
@@ -130,7 +130,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     }
     std::vector<QByteArray> files(static_cast<size_t>(wanted.count()));
     std::vector<QByteArray> changeLogs(static_cast<size_t>(wanted.count()));
-    // Where there can be no further thread, both are read when they are waited for.
+    // If no further thread can start, wait() reads the data.
     const auto whenPossible = std::launch::async | std::launch::deferred;
     const auto readingFiles = std::async(whenPossible, [&repositories, &files] {
         for (RepositoryTexts& repository : repositories) {
@@ -149,13 +149,13 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         }
     });
 
-    // The package manager keeps long texts packed by many; in its own order each pack is unpacked once. The
-    // hash of a package is its number there.
+    // The package manager stores long texts in compressed blocks. In its own order it decompresses each block
+    // once. The hash of a package is its number in that order.
     std::vector<std::pair<Py_hash_t, int>> order;
     order.reserve(static_cast<size_t>(wanted.count()));
     for (int place = 0; place < wanted.count(); ++place) {
         order.emplace_back(PyObject_Hash(wanted.at(place)->pyObject), place);
-        PyErr_Clear(); // one that has no number comes first
+        PyErr_Clear(); // a package without a number comes first
     }
     std::sort(order.begin(), order.end());
     SearchTextsWriter writer;
@@ -164,7 +164,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         Package::Entry* entry = wanted.at(each.second);
         anySearchText(*entry, [&writer](const QString& text) {
             writer.add(text.toUtf8());
-            return false; // all of them
+            return false; // continue with the next text
         });
         entry->searchTexts = writer.finish();
         progress->setItemValue(++done);
@@ -185,7 +185,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         if (entry->kind == Package::Group) {
             continue;
         }
-        // What the metadata do not hold, the package itself may.
+        // If the metadata lack a text, the package itself may have it.
         const QByteArray& itsFiles = files[static_cast<size_t>(place)];
         entry->searchFiles = itsFiles.isNull() ? getFiles(*entry).toUtf8() : itsFiles;
         const QByteArray& itsChangeLog = changeLogs[static_cast<size_t>(place)];

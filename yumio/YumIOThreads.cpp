@@ -1,4 +1,4 @@
-// The graphical thread's side of the workers: it starts one, waits for it, and ends its waits.
+// The graphical thread's side of the workers: starts a worker, waits for it, and ends its waits.
 
 #include "yumio/YumIO.h"
 
@@ -16,14 +16,14 @@
 
 namespace {
 
-// So often a thread that does not serve events looks at what the worker needs of it, in milliseconds.
+// The interval, in milliseconds, at which a thread that does not serve events serves the worker's requests.
 constexpr unsigned long servingInterval = 20;
 
-// The library that fetches files gives all of them up once this flag of its own is set, within a second.
+// The download library abandons all downloads within a second after this flag of its own is set.
 void interruptDownloads()
 {
     static volatile std::sig_atomic_t* const flag = [] {
-        // Only if the package manager has loaded it.
+        // Null unless the package manager has loaded the library.
         void* const library = dlopen("librepo.so.0", RTLD_LAZY | RTLD_NOLOAD);
         return library != nullptr ? static_cast<volatile std::sig_atomic_t*>(dlsym(library, "lr_interrupt"))
                                   : nullptr;
@@ -37,7 +37,7 @@ void interruptDownloads()
 
 void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
 {
-    finishLines(); // of what was printed between two operations
+    finishLines(); // of output between two operations
     blocker.prepare();
     blockerHeld = true;
     wait = Wait::None;
@@ -49,11 +49,11 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     sigemptyset(&childSignal);
     sigaddset(&childSignal, SIGCHLD);
     sigprocmask(SIG_BLOCK, &childSignal, &before);
-    // Fires inside the loop only: the worker must neither end the loop nor ask it anything before it runs.
+    // Fires only inside the loop: the worker must not end the loop, or send it requests, before it runs.
     QTimer::singleShot(0, this, SLOT(blockerRelease()));
     loop.exec();
-    // Whatever else has ended the loop (the application's own end, say): the worker is never left alone with
-    // its requests, and the operation never cut off. What the user does now waits for the loop outside.
+    // The end of the application, for example, may have ended the loop. The worker still needs answers to its
+    // requests, and the operation must not be interrupted. User input waits for the outer loop.
     while (!thread.isFinished() && !thread.wait(10)) {
         loop.processEvents(QEventLoop::ExcludeUserInputEvents);
     }
@@ -89,7 +89,7 @@ void YumIO::finish(bool displayIsThere)
     blockerRelease();
     while (worker != nullptr && !worker->wait(servingInterval)) {
         if (!changingSystem) {
-            // Again and again: the script clears it before it begins to download.
+            // Repeatedly, because the script clears the flag before it begins to download.
             interruptDownloads();
         }
         YumIOCapturersMinion::serveAll();
