@@ -11,7 +11,7 @@ const char* const ApplyFixture::generic =
 
 void ApplyFixture::initTestCase()
 {
-    // Only root may apply.
+    // Only root can apply changes.
     QCOMPARE(int(geteuid()), 0);
     backEnd.reset(new BackEnd);
     QVERIFY(backEnd->start());

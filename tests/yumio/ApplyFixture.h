@@ -1,5 +1,5 @@
-// What the tests of applying have in common: a back end on the stand-in script, whose transactions are
-// statements of Python.
+// The common base for tests of applying: a back end on the stand-in script, whose transactions are Python
+// statements.
 
 #ifndef TESTS_YUMIO_APPLYFIXTURE_H
 #define TESTS_YUMIO_APPLYFIXTURE_H
@@ -14,7 +14,7 @@ class ApplyFixture : public QObject
     Q_OBJECT
 
 protected Q_SLOTS:
-    // Called by the test framework, as those of any test class.
+    // Called by the test framework, like those of any test class.
     void initTestCase();
     void cleanupTestCase();
     void init();
@@ -31,9 +31,9 @@ protected:
     // Collects the packages that the statements set up.
     void collect(const QString& statements);
     void mark(const QString& name, Package::Action action) { backEnd->entry(name)->action = action; }
-    // Applies with these statements in place of the package manager's work. They append to "seen".
+    // Applies; these statements replace the package manager's work. They append to "seen".
     bool apply(const QString& statements = QString("pass"));
-    // The six lists that the script was given: the names in them, those of a pair joined by "<".
+    // The six lists passed to the script: the names in them, joined by "<" for pairs.
     QString given();
     bool wasApplied();
 

@@ -94,7 +94,7 @@ BackEnd* backEndOf(PyObject* capsule)
     return static_cast<BackEnd*>(PyCapsule_GetPointer(capsule, nullptr));
 }
 
-// Runs the function in the graphical thread, after everything that was posted to it before, and waits.
+// Runs the function in the graphical thread, after all events posted before, and waits for it.
 template <typename Function> PyObject* texts(const Function& function)
 {
     QStringList lines;
@@ -179,7 +179,7 @@ PyMethodDef functions[] = {
 
 bool BackEnd::start(const QByteArray& share)
 {
-    // The test framework has a handler of its own, which the interpreter would respect.
+    // The test framework sets a handler, which the interpreter would respect.
     std::signal(SIGINT, SIG_DFL);
     program = "the-test";
     qputenv("VYRESHARE", share.isEmpty() ? QByteArray(STANDIN_SHARE) : share);

@@ -14,7 +14,7 @@
 #include "services/HProgressBar.h"
 #include "tests/yumio/YumIOProbe.h"
 
-// What a dialog showed.
+// The content of a dialog.
 struct ShownDialog
 {
     QString title;
@@ -23,8 +23,8 @@ struct ShownDialog
     QMessageBox::Icon icon = QMessageBox::NoIcon; // of a message box
 };
 
-// Answers every dialog as soon as it is shown: presses the button of the next answer or, when there is none,
-// the first one. The answers "Escape" and "Enter" are the keys.
+// Answers every dialog as soon as it appears. It presses the button of the next answer, or the first button
+// without an answer. The answers "Escape" and "Enter" are keys.
 class Answers : public QObject
 {
     Q_OBJECT
@@ -33,9 +33,9 @@ public:
     Answers();
 
     void press(const QString& answer) { answers.append(answer); }
-    // What was shown since the last time.
+    // The dialogs since the last call.
     QList<ShownDialog> take();
-    // The texts of that; the titles must be the given one.
+    // The texts of these dialogs; their title must be the given title.
     QStringList takeTexts(const QString& title);
 
 private Q_SLOTS:
@@ -52,32 +52,33 @@ class BackEnd
 public:
     BackEnd();
 
-    // False when the back end did not start. Without a share directory it runs the stand-in script, whose
-    // callers have five functions more: look() gives bars(), tip() gives tip(), captured() the unfinished
-    // lines of captured standard output and standard error, counted() the number of records that the
-    // graphical thread sees, state() some members of the back end by name. They may be called on any thread.
+    // Returns false if the back end did not start. Without a share directory it runs the stand-in script.
+    // That script's functions have five more globals: look() returns bars(), tip() returns tip(), and
+    // captured() the unfinished lines of captured standard output and standard error. counted() returns the
+    // number of records that the graphical thread sees, and state() some members of the back end by name. All
+    // threads may call them.
     bool start(const QByteArray& share = QByteArray());
 
-    // What the bars show: "text value/maximum" of the total bar and of the item bar, or "idle".
+    // The content of the bars: "text value/maximum" of the total bar and of the item bar, or "idle".
     QStringList bars() const;
-    // The rows of the tip that the item bar shows while packages are downloaded: "text: state".
+    // The rows of the item bar's tip during downloads: "text: state".
     QStringList tip();
 
-    // Runs statements of Python, in which "it" is the script's object; fails the test when they fail.
+    // Runs Python statements, in which "it" is the script's object; fails the test if they fail.
     void run(const QString& statements);
     PyRef value(const QString& expression);
-    // str() of it.
+    // The value's str().
     QString text(const QString& expression);
 
-    // Removes all records, and makes the script's object as it was at the start.
+    // Removes all records and resets the script's object to its initial state.
     void renew();
-    // Collects; whatever is reported is left in answers.
+    // Collects; messages stay in answers.
     bool collect(const QHash<QString, bool>& repoEnable = {});
-    // The ordinary record of that name and bi-arch class, or null.
+    // The ordinary record of this name and bi-arch class, or null.
     Package::Entry* entry(const QString& name, const QString& biArch = QStringLiteral("x86_64"));
     Package::Entry* group(const QString& name);
 
-    // "kind level text" of the entries from the given one on.
+    // "kind level text" of the entries, beginning with the given entry.
     QStringList log(int from = 0);
 
     QWidget window;

@@ -1,5 +1,5 @@
-// Starts the back end on the script of VYRESHARE and prints what the user sees of it, one line a thing. The
-// argument, if any, is run in the interpreter before. With PRINT_LOG set, the log comes after that.
+// Starts the back end on the script of VYRESHARE and prints the user's view of it, one item a line. If an
+// argument is given, the interpreter first runs it. With PRINT_LOG set, the log follows.
 
 #include <cstdio>
 
@@ -18,7 +18,7 @@ void print(const QString& text)
 
 int main(int argc, char** argv)
 {
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // in order with what the script prints
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ); // keeps the order with the script's output
     QApplication app(argc, argv);
     Answers answers;
     {
@@ -50,7 +50,7 @@ int main(int argc, char** argv)
             }
         }
     }
-    // What the end itself had to report.
+    // Messages of the end itself.
     for (const ShownDialog& each : answers.take()) {
         print("end: " + each.title + ": " + each.text);
     }

@@ -15,7 +15,7 @@
 
 namespace {
 
-// The signals that the child finds pending in the pipe it has installed, after a moment.
+// The next signal number in the child's pipe, or 0 after a while.
 int nextOf(int descriptor)
 {
     pollfd polled = {descriptor, POLLIN, 0};
@@ -24,13 +24,13 @@ int nextOf(int descriptor)
                                                                                                      : 0;
 }
 
-// Runs the function in a child process in which the signals are requests; it gets the descriptor they come
-// by. Returns how the child ended, after what it says by its exit status.
+// Runs the function in a child process in which signals become requests. The function gets the descriptor of
+// the requests. Returns the function's exit status and how the child ended.
 template <typename Function> QString inChild(const Function& function)
 {
     const pid_t child = fork();
     if (child == 0) {
-        // The test framework has handlers of its own.
+        // The test framework sets handlers.
         for (int number = 1; number <= SIGRTMAX; ++number) {
             if (EndSignals::endsProcess(number)) {
                 std::signal(number, SIG_DFL);
@@ -60,7 +60,7 @@ QString writeLock(const QTemporaryDir& directory, const QByteArray& text)
     return path;
 }
 
-// With the number of the process that asks.
+// Writes a lock file with the number of the calling process.
 bool writeOwnLock(const QByteArray& path)
 {
     const int file = open(path.constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -78,7 +78,7 @@ class EndSignalsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // The list is the system's: in a child without any handler, each of them either ends it or does not.
+    // The system defines the list: in a child without handlers, each signal ends the child or does not.
     void endsProcessSaysWhatTheSystemDoes_data()
     {
         QTest::addColumn<int>("number");

@@ -4,7 +4,7 @@
 
 namespace {
 
-// Their labels in order; the name, which has none, as it is.
+// The labels in order; for the name, which has no label, "the name".
 QStringList labels(int uses)
 {
     QStringList found;
@@ -46,7 +46,8 @@ private Q_SLOTS:
             QString("Kind; Mandatory Packages; Default Packages; Optional Packages; Conditional Packages"));
     }
 
-    // The same as in a description, and the name. The file list and the change log it reads in another way.
+    // The same fields as in a description, and the name. A search reads the file list and the change log in
+    // another way.
     void searchLooksAtTheseInTheirOrder()
     {
         QStringList packages = labels(Fields::OfPackages | Fields::Described);

@@ -44,7 +44,7 @@ class MetadataTest : public QObject
     Q_OBJECT
 
 private:
-    // Writes a file, compressed when a filter of that name is given. Returns its path.
+    // Writes a file, compressed by the filter of this name, if any. Returns its path.
     QString write(const QByteArray& content, const char* filter = nullptr)
     {
         const QString path = directory.filePath(QString("file%1").arg(++number));
@@ -76,7 +76,7 @@ private:
         return plain.fileName();
     }
 
-    // The text of the package "one", which alone is wanted; null when there is none.
+    // The text of the package "one", the only wanted package; null without a text.
     QByteArray filesOfOne(const QByteArray& contents)
     {
         std::vector<QByteArray> texts(1);
@@ -116,7 +116,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, filter);
         const char* name = filter.isEmpty() ? nullptr : filter.constData();
-        // More than is read at once.
+        // More than one read returns.
         QByteArray many;
         QByteArray expected;
         for (int i = 0; i < 40000; ++i) {
@@ -187,7 +187,7 @@ private Q_SLOTS:
 
     void pathAcrossTwoReads()
     {
-        // Whatever the size of a read is: every place of the file is somewhere in the middle of a path.
+        // Every position of the file is inside a path, so each end of a read is inside a path too.
         const QByteArray part(1000, 'x');
         QByteArray many;
         QByteArray expected;
@@ -201,8 +201,8 @@ private Q_SLOTS:
 
     void orderIsThatOfTheProgramBeyondAscii()
     {
-        // Characters outside of the first 65536 are surrogates for the program: before some that bytes put
-        // last.
+        // The program represents characters beyond U+FFFF as surrogates. These sort before some characters
+        // that come first in byte order.
         const QStringList paths{QString::fromUtf8("/ﬁ"),
                                 QString::fromUtf8("/🌧"),
                                 QString::fromUtf8("/é"),
@@ -219,7 +219,7 @@ private Q_SLOTS:
             std::sort(sorted.begin(), sorted.end());
             QCOMPARE(QString::fromUtf8(filesOfOne(contents)), sorted.join('\n'));
         }
-        // The two orders do differ.
+        // The two orders differ.
         QVERIFY(paths[0] > paths[1]);
         QVERIFY(paths[0].toUtf8() < paths[1].toUtf8());
     }
@@ -240,7 +240,7 @@ private Q_SLOTS:
         for (const char* name : {"UTC", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
             qputenv("TZ", name);
             tzset();
-            // Noon of the last day of a leap year's February, and the last second of that day.
+            // Noon of 29 February in a leap year, and the last second of that day.
             QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"1709208000\">x</changelog>"),
                      QByteArray("* Thu Feb 29 2024 A\nx"));
             QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"1709251199\">x</changelog>"),
@@ -294,7 +294,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, filter);
         QFETCH(QString, damage);
-        // Hard to compress, so that the damage is inside of the content.
+        // The content compresses badly, so the damage is inside the content.
         QByteArray many;
         quint32 state = 1;
         for (int i = 0; i < 60000; ++i) {
@@ -318,7 +318,7 @@ private Q_SLOTS:
         QString problem;
         QVERIFY(!Metadata::readFileLists(path, {{"one", 0}, {"two", 1}}, texts, problem));
         QVERIFY(!problem.isEmpty());
-        // Nothing half of a package.
+        // No package has an incomplete text.
         QVERIFY(texts[1].isNull());
         problem.clear();
         QVERIFY(!Metadata::readChangeLogs(path, {{"two", 1}}, texts, problem));
@@ -340,7 +340,7 @@ private Q_SLOTS:
 
     void fileOfAnotherKindHoldsNothing()
     {
-        // The same packages are in it: they must not look as if they had no files, or no changes.
+        // The file lists the same packages: they must not look as if they had no files or no changes.
         const QByteArray packages = package("one", "") + package("two", "");
         const auto read = [this](const QByteArray& content, bool changeLogs) {
             std::vector<QByteArray> texts(2);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// What a function writes to the process's standard error.
+// The function's output to the process's standard error.
 template <typename Function> QString standardErrorOf(const Function& function)
 {
     QTemporaryFile file;
@@ -28,7 +28,7 @@ template <typename Function> QString standardErrorOf(const Function& function)
     return QString::fromUtf8(file.readAll());
 }
 
-// A record whose name nobody else has; its end shows in the name: it is no longer shared.
+// A record with an unshared name. The deletion of the record shows in the name: it is no longer shared.
 Package::Entry* named(const QString& name)
 {
     auto* entry = new Package::Entry;
@@ -127,7 +127,7 @@ private Q_SLOTS:
 
     void forgottenObjectIsReportedOncePerProcess()
     {
-        // Never dereferenced: the destructor may not hold the interpreter lock.
+        // The pointer is never dereferenced, because the destructor may not hold the interpreter lock.
         auto* object = reinterpret_cast<PyObject*>(quintptr(0x1234));
         auto* first = new Package::Entry;
         first->pyObject = object;
@@ -171,7 +171,7 @@ private Q_SLOTS:
     void recordPointersTravelInVariants()
     {
         const YumIO yumIO;
-        // Before anything here asks for the type by itself, which would register it.
+        // This runs before any code here uses the type directly, which would register it.
         const int registered = QMetaType::type("Package::Entry*");
         QVERIFY(registered != QMetaType::UnknownType);
         QCOMPARE(qMetaTypeId<Package::Entry*>(), registered);

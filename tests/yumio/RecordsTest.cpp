@@ -9,7 +9,7 @@ class RecordsTest : public QObject
     Q_OBJECT
 
 private:
-    // A new record, which has some object of the script.
+    // A new record with a stand-in for an object of the script.
     Package::Entry* add(const QString& name, const QString& biArch, Package::State state = Package::Available)
     {
         Package::Entry*& place = records->place(Package::EntryKey(false, name, biArch));
@@ -29,7 +29,7 @@ private:
         entry->pyObject = object();
         return entry;
     }
-    // A pointer that is followed nowhere, and different each time.
+    // A unique pointer that nothing dereferences.
     PyObject* object()
     {
         objects.append(QByteArray(1, 'x'));
@@ -180,7 +180,7 @@ private Q_SLOTS:
         QCOMPARE(records->replacement(*other).of, QStringList({"old-1", "gone-1"}));
         QVERIFY(records->isLeftToUser(*old));
         QVERIFY(records->isLeftToUser(*other));
-        QVERIFY(!records->isLeftToUser(*third)); // it replaces one, and is installed already
+        QVERIFY(!records->isLeftToUser(*third)); // it replaces a package, but is already installed
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 

@@ -4,8 +4,9 @@
 
 namespace {
 
-// Payloads of the package manager's own classes, and what calls of the program raise. Where the value of a
-// bar is looked at, a pause goes before the call that sets it: values that follow at once are not reported.
+// Payloads of the package manager's own classes, and helpers that catch the exceptions of the program's
+// functions. If a test reads a bar's value, it pauses before the call that sets the value: the bar skips
+// values that follow immediately.
 const char* const definitions = R"(
 import time
 
@@ -54,8 +55,8 @@ void ReportFixture::initTestCase()
 {
     ApplyFixture::initTestCase();
     backEnd->run(definitions);
-    QVERIFY(backEnd->collect()); // leaves the bars idle
-    // The tip of the item bar belongs to a window that is shown.
+    QVERIFY(backEnd->collect()); // the bars are idle afterwards
+    // The item bar's tip needs a visible window.
     backEnd->window.show();
 }
 

@@ -1,4 +1,4 @@
-// What the tests of the script's reports have in common: payloads, and a window that is shown.
+// The common base for tests of the script's reports: payloads, and a visible window.
 
 #ifndef TESTS_YUMIO_REPORTFIXTURE_H
 #define TESTS_YUMIO_REPORTFIXTURE_H
@@ -13,8 +13,8 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from the given entry on, without the complaints of the display of the tests: it writes them to
-    // standard error, which an operation captures.
+    // The log from the given entry on. It omits the messages of the tests' display, which writes them to
+    // standard error while an operation captures it.
     QStringList logged(int from);
 };
 

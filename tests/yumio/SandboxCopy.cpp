@@ -9,7 +9,7 @@ bool SandboxCopy::start()
                           {QStringLiteral("copy"), qEnvironmentVariable("VYRE_SANDBOX"), copy}) != 0) {
         return false;
     }
-    // The repositories are served for as long as this reads its input.
+    // The server runs until its standard input ends.
     server.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     server.start(SANDBOX_TOOL,
                  {QStringLiteral("run"), copy, QStringLiteral("--"), QStringLiteral("sh"),

@@ -1,5 +1,5 @@
-// A private copy of the tests' sandbox, whose repositories are served as long as the object lives. The
-// process works on its root, by VYREROOT and HOME. One for a process, on the graphical thread.
+// A private copy of the tests' sandbox. It serves its repositories during its lifetime. The process works on
+// its root through VYREROOT and HOME. One object a process, on the graphical thread.
 
 #ifndef TESTS_YUMIO_SANDBOXCOPY_H
 #define TESTS_YUMIO_SANDBOXCOPY_H
@@ -16,15 +16,15 @@ public:
     ~SandboxCopy() { stop(); }
     Q_DISABLE_COPY(SandboxCopy)
 
-    // False when the copy could not be made or served; standard error tells why.
+    // Returns false if the copy cannot be made or served; standard error shows the reason.
     bool start();
-    // Waits until the server is gone; false when it does not go.
+    // Ends the server and waits; returns false if the server does not end.
     bool stop();
 
     QString root() const { return rootPath; }
-    // Why the package manager cannot read groups here, for QSKIP; empty when it can.
+    // The reason, for QSKIP, why the package manager cannot read groups here; empty if it can.
     QByteArray withoutGroups() const;
-    // In the directory of the copy, where tests may leave their own files too.
+    // A path in the directory of the copy, where tests may also write their own files.
     QString filePath(const QString& name) const { return scratch.filePath(name); }
 
 private:

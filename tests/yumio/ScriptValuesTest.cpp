@@ -9,12 +9,12 @@
 #include "yumio/DateTime.h"
 #include "yumio/ScriptValues.h"
 
-// It needs Python.h before it.
+// This header needs Python.h before it.
 #include <datetime.h>
 
 namespace {
 
-// Keeps what is reported.
+// Stores the reported messages.
 class RecordingValues : public ScriptValues
 {
 public:
@@ -33,7 +33,7 @@ class ScriptValuesTest : public QObject
     Q_OBJECT
 
 private:
-    // What was reported since the last time.
+    // The messages since the last call.
     QStringList warnings()
     {
         QStringList taken;
@@ -54,7 +54,7 @@ private:
         }
         return result;
     }
-    // What the conversion makes of the value of an expression.
+    // The conversion's result for the value of an expression.
     QString pyString(const char* expression) { return values->pyString(value(expression).get()); }
     QString pyStringX(const char* expression) { return values->pyStringX(value(expression).get()); }
 
@@ -240,7 +240,7 @@ private Q_SLOTS:
     {
         run("class Odd(datetime.datetime):\n    def weekday(self): return 2\n");
         const PyRef date = value("Odd(2023, 9, 2)");
-        // No Python code can make such an object.
+        // Python code cannot create such an object.
         reinterpret_cast<PyDateTime_DateTime*>(date.get())->data[2] = 13;
         QCOMPARE(values->pyDate(date.get()), QString("Wed  2 2023"));
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyDate found out-of-bounds month: 13"));

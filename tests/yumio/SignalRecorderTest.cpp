@@ -7,7 +7,8 @@
 
 namespace {
 
-// Runs the function in a child process; returns what it wrote to the descriptor, then how the child ended.
+// Runs the function in a child process. Returns the child's output to the descriptor, then how the child
+// ended.
 template <typename Function> QStringList inChild(const Function& function)
 {
     int ends[2];
@@ -17,7 +18,7 @@ template <typename Function> QStringList inChild(const Function& function)
     const pid_t child = fork();
     if (child == 0) {
         close(ends[0]);
-        // The test framework has handlers of its own.
+        // The test framework sets handlers.
         for (int number = 1; number <= SIGRTMAX; ++number) {
             std::signal(number, SIG_DFL);
         }

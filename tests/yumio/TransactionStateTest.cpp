@@ -2,7 +2,7 @@
 
 #include "yumio/TransactionState.h"
 
-// A package weighs at least this.
+// The minimum weight of a package.
 constexpr quint64 least = 10240;
 
 class TransactionStateTest : public QObject
@@ -94,7 +94,7 @@ private Q_SLOTS:
         TransactionState transaction;
         transaction.downloadSteps = 7;
         transaction.shareDownloadSteps();
-        QCOMPARE(transaction.downloadSteps, quint32(7)); // nothing is installed
+        QCOMPARE(transaction.downloadSteps, quint32(7)); // without packages to install
         transaction.weighNew(30000, true);
         transaction.weighNew(10240, false);
         transaction.shareDownloadSteps();

@@ -4,7 +4,7 @@
 
 namespace {
 
-// What a function says of each value of an enumeration, and of the two beside them.
+// The function's word for each value of an enumeration, and for the two values next to the enumeration.
 template <typename Value> QStringList all(QString (*say)(Value), int last)
 {
     QStringList texts;

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Its operations note the thread that they run on.
+// Its operations record the thread that they run on.
 class Owner
 {
 public:
@@ -28,7 +28,7 @@ using SucceedThread = WorkerThread<&Owner::succeedReal>;
 using FailThread = WorkerThread<&Owner::failReal>;
 using AppendThread = WorkerThread<&Owner::appendReal>;
 
-// Starts the thread inside the loop that the thread ends.
+// Starts the thread from inside the loop that the thread ends.
 int exec(QEventLoop& loop, QThread& thread)
 {
     QTimer::singleShot(0, &thread, [&thread] { thread.start(); });

@@ -6,8 +6,8 @@
 
 namespace {
 
-// The Python lists get no memory: of the requests for the first elements of a list, the one with this number
-// fails. 0: none.
+// Simulates a lack of memory for Python lists: of the requests for the first elements of a list, the one with
+// this number fails. With 0 none fails.
 int failingList = 0;
 PyMemAllocatorEx memory;
 
@@ -45,7 +45,7 @@ public:
     ListsWithoutMemory& operator=(const ListsWithoutMemory&) = delete;
 };
 
-// What the user is asked when a group is marked and one of its packages is, too.
+// The question about a marked group with a marked package.
 QString conflict(const QString& package, const QString& groupAction, const QString& implied,
                  const QString& own)
 {
@@ -57,7 +57,7 @@ QString conflict(const QString& package, const QString& groupAction, const QStri
 
 } // namespace
 
-// The marked records on their way to the script, and the cleaning of the cache.
+// Passes the marked records to the script, and cleans the cache.
 class YumIOApplyTest : public ApplyFixture
 {
     Q_OBJECT
@@ -65,7 +65,7 @@ class YumIOApplyTest : public ApplyFixture
 private Q_SLOTS:
     void cleanupTestCase()
     {
-        // The back end goes with records that are marked, and deletes them as well, once.
+        // The back end is deleted while records are marked. It must delete each of them once.
         collect("it.available = [Package('tool'), Package('left')]");
         mark("tool", Package::Install);
         QVERIFY(!apply());
@@ -76,7 +76,7 @@ private Q_SLOTS:
         ApplyFixture::cleanupTestCase();
     }
 
-    // --- What the script is given
+    // --- Arguments of the script
 
     void whoIsNotRootIsRefused()
     {
@@ -108,7 +108,7 @@ private Q_SLOTS:
         backEnd->group("I")->action = Package::Install;
         backEnd->group("U")->action = Package::Update;
         backEnd->group("R")->action = Package::Remove;
-        // The order of records is nobody's concern.
+        // The order of records does not matter.
         QVERIFY(!apply("lists[0].sort(key=lambda package: package.name)"));
         QCOMPARE(given(), QString("set6.0 tool4.0; fresh-2.0<fresh-1.0; old3.0; I; U; R"));
         QCOMPARE(backEnd->text("it.did('apply')[0][0][1] is it.available[0]"), QString("True"));
@@ -152,7 +152,7 @@ private Q_SLOTS:
         mark("kernel", Package::Remove);
         QVERIFY(!apply());
         QCOMPARE(given(), QString("; ; kernel6.1 kernel6.2 kernel6.3; ; ; "));
-        // Of an update, that is the version it would replace.
+        // For an update, this is the installed version that it replaces.
         mark("kernel", Package::None);
         mark("fresh", Package::Remove);
         backEnd->run("it.calls.clear()");
@@ -207,7 +207,7 @@ private Q_SLOTS:
         QVERIFY(!applied);
         QCOMPARE(errors(), QStringList(expected));
         QVERIFY(!wasApplied());
-        // With memory again, nothing is left of that.
+        // With memory available, the failure has no further effect.
         QVERIFY(!apply());
         QVERIFY(wasApplied());
     }
@@ -233,7 +233,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("groupAction");
         QTest::addColumn<QString>("member"); // updatable, available or installed
         QTest::addColumn<int>("action");
-        QTest::addColumn<QString>("question"); // empty: none
+        QTest::addColumn<QString>("question"); // empty for no question
         const auto row = [](const char* name, Package::Action groupAction, const char* member,
                             Package::Action action, const QString& question) {
             QTest::newRow(name) << int(groupAction) << member << int(action) << question;
@@ -296,7 +296,7 @@ private Q_SLOTS:
 
     void listsThatAreCheckedForAnInstalledGroup()
     {
-        // The optional and the conditional packages do not come with a group.
+        // A group's optional and conditional packages are not installed with it.
         collect("it.installed = [Package(name) for name in 'abcd']\n"
                 "it.groups = [Group('G', 'g', ['a'], ['b'], ['c'], ['d'])]");
         for (const char* name : {"a", "b", "c", "d"}) {
@@ -325,7 +325,7 @@ private Q_SLOTS:
         }
         backEnd->group("G")->action = Package::Remove;
         for (int yes = 0; yes < 4; ++yes) {
-            // The first No is the last question.
+            // The first "No" ends the questions.
             for (int i = 0; i < yes; ++i) {
                 backEnd->answers.press("Yes");
             }
@@ -414,7 +414,7 @@ private Q_SLOTS:
         backEnd->run("it.raises['" + method + "'] = OSError(13, 'Permission denied')");
         QVERIFY(!clean());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot clean " + label}));
-        // A method that returns nothing has succeeded.
+        // A method that returns None has succeeded.
         backEnd->run("it.raises.clear()\nit.does['" + method + "'] = lambda: None");
         QVERIFY(clean());
     }

@@ -288,7 +288,7 @@ private Q_SLOTS:
                  QStringList({generic, "Internal error: execution of yumIO." + method + " failed"}));
         QCOMPARE(yumIO().count(), 0);
 
-        // What a failed collection has left is gone with the next clearing.
+        // The next clearing removes the remains of a failed collection.
         yumIO().clearEntries();
         backEnd->run("it.raises.clear()");
         QVERIFY(backEnd->collect());
@@ -380,7 +380,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         const QString old = backEnd->text("str(old)");
         const QString fresh = backEnd->text("str(new)");
-        // Each line is an entry of its own.
+        // Each line becomes a separate entry.
         QCOMPARE(
             backEnd->log(before).filter(QRegularExpression("to be replaced| -> ")),
             (QStringList{"2 2 These installed packages are to be replaced by other ones. Mark the other ones "
@@ -393,7 +393,7 @@ private Q_SLOTS:
                 left.append(name);
             }
         }
-        // The update of one package that replaces another one is an update.
+        // If an update of a package also replaces another package, it remains an update.
         QCOMPARE(left, (QStringList{"old", "new", "split"}));
         QCOMPARE(yumIO().replacement(*backEnd->entry("old")).by, QStringList(fresh));
         QCOMPARE(yumIO().replacement(*backEnd->entry("new")).of, QStringList(old));
@@ -444,7 +444,7 @@ private Q_SLOTS:
         QCOMPARE(versions(backEnd->entry("loses")),
                  QStringList({"0 2.0-1 noarch", "2 1.0-1 i686", "2 0.9-1 x86_64"}));
         QCOMPARE(versions(backEnd->entry("gets", "i386")), QStringList({"0 2.0-1 i686", "2 1.0-1 noarch"}));
-        // The listing of a transaction finds the installed ones.
+        // A transaction's listing finds the installed versions.
         QVERIFY(yumIO().findPackage("gets", "noarch") == backEnd->entry("gets", "i386"));
         QVERIFY(yumIO().findPackage("loses", "i686") == backEnd->entry("loses"));
 
@@ -455,7 +455,7 @@ private Q_SLOTS:
                                "       for a, b in it.did('apply')[0][1])"),
                  QString("['gets-2.0.i686<1.0.noarch', 'loses-2.0.noarch<0.9.x86_64', "
                          "'loses-2.0.noarch<1.0.i686']"));
-        // Each record goes once.
+        // Each record is deleted once.
         yumIO().clearEntries();
         QCOMPARE(yumIO().count(), 0);
         backEnd->run("it.calls.clear()");
@@ -473,7 +473,7 @@ private Q_SLOTS:
             versions.append(entry->verRel);
         }
         QCOMPARE(versions, QStringList({"6.1-1", "6.2-1", "6.3-1"}));
-        // Each has a reference of its own.
+        // Each record has its own reference.
         backEnd->run("kernels = it.installed");
         const int references = backEnd->text("[sys.getrefcount(k) for k in kernels][2]").toInt();
         yumIO().clearEntries();
@@ -596,11 +596,11 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
         QCOMPARE(yumIO().count(), 501);
         QCOMPARE(backEnd->group("G499")->state, Package::Updatable);
-        // The same fault is nothing new.
+        // The same fault is not reported again.
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
         QCOMPARE(backEnd->answers.take().count(), 0);
-        // An exception may say nothing.
+        // An exception may have no text.
         yumIO().clearEntries();
         backEnd->run("def get(id): raise KeyError()\nBASE.history.group.get = get");
         QVERIFY(backEnd->collect());

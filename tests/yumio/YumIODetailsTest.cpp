@@ -33,7 +33,7 @@ private Q_SLOTS:
 
     void cleanupTestCase() { backEnd.reset(); }
 
-    // One package, one group.
+    // One package and one group.
     void init()
     {
         backEnd->renew();
@@ -132,7 +132,7 @@ private Q_SLOTS:
         QFETCH(QString, method);
         QFETCH(QString, heading);
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
-        // As a library of the package manager writes.
+        // Writes like a library of the package manager.
         backEnd->run("import os\n"
                      "def load():\n"
                      "    os.write(1, b'something odd\\n')\n"
@@ -144,7 +144,7 @@ private Q_SLOTS:
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
         QStringList log = backEnd->log(before);
         QCOMPARE(log.takeFirst(), "4 0 " + heading);
-        log.sort(); // each has a way of its own
+        log.sort(); // the streams reach the log separately
         QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
     }
 
@@ -195,7 +195,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
-        // 1000 of the 15000 come before, each repository has half of the rest.
+        // Of the 15000 steps, 1000 come before. Each repository gets half of the rest.
         QCOMPARE(backEnd->text("seen"), QString("[['Loading %1: Total Progress (6%) 1000/15000', "
                                                 "'Reading repository metadata for one (0%) 0/1'], "
                                                 "['Loading %1: Total Progress (53%) 8000/15000', "
@@ -306,7 +306,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList(generic));
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: group G.default_packages not evaluable"}));
-        // That there is none is no failure.
+        // A missing list is not a failure.
         backEnd->run("group.default_packages = None");
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
     }
@@ -322,7 +322,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before).filter("package's provides").count(), 1);
         QCOMPARE(yumIO().getRequires(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's requires"}));
-        // For files and change logs too.
+        // This includes files and change logs.
         backEnd->run("tool.files = None");
         QCOMPARE(yumIO().getFiles(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
@@ -387,7 +387,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(yumIO().getChangeLog(*backEnd->entry("available")), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
-        // Nothing of the repositories is to be had before the collection.
+        // Before the collection no data of repositories are available.
         yumIO().otherDataLoaded = false;
         yumIO().loadChangeLog(*backEnd->entry("available"));
         QCOMPARE(backEnd->text("readers"), QString("['worker', 'here']"));
@@ -416,7 +416,7 @@ private Q_SLOTS:
             {"suggests", &YumIO::getSuggests},        {"supplements", &YumIO::getSupplements},
             {"enhances", &YumIO::getEnhances}};
         for (const auto& kind : kinds) {
-            // Repeats are kept; upper case goes before lower case.
+            // Duplicates stay; upper case sorts before lower case.
             backEnd->run(QString("tool.%1 = [Member('%1'), Member('b = 2'), Member('b = 2'), Member('B')]")
                              .arg(kind.first));
             QStringList expected{"member B", "member b = 2", "member b = 2", "member " + kind.first};
@@ -461,7 +461,7 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(PyUnicode_AsUTF8(value.get())), QString("tool"));
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "NONSENSE") == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: cannot find rpm.RPMTAG_NONSENSE"));
-        // The header need not have each.
+        // The header may lack tags.
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "VERSION") == nullptr);
         QCOMPARE(errors(), QStringList());
         backEnd->run("tool.hdr = 1");
@@ -483,7 +483,7 @@ private Q_SLOTS:
     {
         const QString known = yumIO().dnfVersionStr();
         yumIO().dnfVersionText.clear();
-        QCOMPARE(yumIO().dnfVersionStr(), QString()); // it is looked up once
+        QCOMPARE(yumIO().dnfVersionStr(), QString()); // the lookup happens only once
         yumIO().dnfVersionLooked = false;
         backEnd->run("former = dnf.__version__\ndel dnf.__version__");
         QCOMPARE(yumIO().dnfVersion(), quint64(0));

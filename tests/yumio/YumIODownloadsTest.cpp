@@ -2,7 +2,7 @@
 
 #include "tests/yumio/ReportFixture.h"
 
-// The reports of downloads.
+// Reports of downloads.
 class YumIODownloadsTest : public ReportFixture
 {
     Q_OBJECT
@@ -21,7 +21,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen[0][0]"), QString("Running Transaction: Total Progress (0%) 0/33100"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['remoteWeight']"), QString("(2, 40240)"));
-        // 40240 of 400000 are fetched.
+        // The downloads are 40240 of 400000.
         QCOMPARE(backEnd->text("seen[1]['downloadSteps']"), QString::number(40240 * 24000ULL / 400000));
         QCOMPARE(backEnd->text("seen[2][0]"),
                  QString("Running Transaction: Total Progress (0%) 0/%1").arg(2414 + 9100));
@@ -33,7 +33,7 @@ private Q_SLOTS:
     {
         collect("it.available = [Package('lib', arch='i686')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'i586')])\nseen.append(state())"));
-        // Nothing was listed of which this could be a part.
+        // No listing exists to which this could belong.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['downloadSteps']"), QString("(1, 0)"));
     }
 
@@ -44,7 +44,7 @@ private Q_SLOTS:
                        "Rpm('b', 30000)])\nseen.append(state())"));
         QCOMPARE(errors(),
                  QStringList("Internal error: downloadRemotePayloads: unable to determine payload pkg"));
-        // The first one is not in the table.
+        // The first package is not in the table.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(3, 60240)"));
     }
 
@@ -91,7 +91,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1]"), QString("['Running Transaction: Total Progress (0%) 100/33100', "
                                                    "'Downloading 2 packages (0%) 0/100000']"));
         QCOMPARE(backEnd->text("seen[2]"), QString("['2 downloads: Not Started Yet']"));
-        // Each has the slot of its first progress.
+        // Each download gets its slot at its first progress.
         QCOMPARE(backEnd->text("seen[3]['nextSlot'], seen[3]['payloadSlots']"), QString("(2, 2)"));
         QVERIFY2(backEnd->text("seen[4][1]") == "Downloading 2 packages (50%) 50000/100000",
                  qPrintable(backEnd->text("seen[4]")));
@@ -232,7 +232,7 @@ private Q_SLOTS:
                                                    "'Downloading b.drpm: 10240 / 10240 (100.0%)']"));
         QCOMPARE(backEnd->text("seen[4]"),
                  QString("['Downloading a.drpm: Complete', 'Downloading b.drpm: Complete']"));
-        // The weights of the downloads and of the rebuilding.
+        // The weights of the downloads and of the rebuilt packages.
         QCOMPARE(backEnd->text("seen[5][1]"), QString("Downloading 2 packages (100%) 100480/100480"));
         QCOMPARE(backEnd->text("seen[6]['payloadSlots']"), QString("0"));
     }
@@ -308,7 +308,7 @@ private Q_SLOTS:
                      "BASE.repos['second'] = Thing(enabled=1)");
         QVERIFY(backEnd->collect());
         const auto seen = [this](int index) { return backEnd->text(QString("seen[%1]").arg(index)); };
-        // 100 to prepare, 900 of the step itself, then 7000 for each of two repositories.
+        // 100 to prepare, 900 for the step itself, then 7000 for each of two repositories.
         const QString first = "['Initializing: Total Progress (%1%) %2/18000', "
                               "'Reading repository metadata for %3']";
         QCOMPARE(seen(0), first.arg("5", "1000", "one (0%) 0/1"));

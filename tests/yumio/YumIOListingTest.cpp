@@ -2,7 +2,7 @@
 
 #include "tests/yumio/ApplyFixture.h"
 
-// While it exists, every text is translated, into itself in brackets.
+// During its lifetime, every text is translated into itself in brackets.
 class Brackets : public QTranslator
 {
 public:
@@ -27,7 +27,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<int>("reason");
-        QTest::addColumn<QString>("line"); // empty: none
+        QTest::addColumn<QString>("line"); // empty for no line
         QTest::addColumn<bool>("dependency");
         const auto row = [](int action, int reason, const char* line, bool dependency) {
             QTest::addRow("%d %d", action, reason) << action << reason << line << dependency;
@@ -206,7 +206,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
         QCOMPARE(transaction().rpmWeight, rpmWeight);
-        // Not even the package manager needs to know the package.
+        // The package manager need not know the package.
         backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
@@ -277,7 +277,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().rpmWeight, rpmWeight);
         QCOMPARE(int(entry.txAction), txAction);
 
-        // With the package in the cache.
+        // The package is in the cache.
         backEnd->run("it.does['verifyLocalPkg'] = lambda package: package is it.updates[0]");
         entry.txAction = Package::None;
         entry.local = false;
@@ -288,7 +288,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().rpmWeight, 2 * rpmWeight);
         QCOMPARE(entry.local, download != 0);
 
-        // What the user has marked stays marked.
+        // The user's marks stay.
         for (const Package::Action own : {Package::Update, Package::Install, Package::Remove}) {
             entry.txAction = own;
             backEnd->run(list);
@@ -471,7 +471,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[0]"));
         QVERIFY(backEnd->log(before).contains("4 0 Confirmation: No"));
 
-        // A Yes applies nothing.
+        // "Yes" applies nothing.
         before = logLength();
         backEnd->answers.press("Yes");
         QVERIFY(!apply(ask));
@@ -479,7 +479,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[1]"));
         QVERIFY(backEnd->log(before).contains("4 0 Confirmation: Yes"));
 
-        // And a No takes nothing back.
+        // "No" cancels nothing.
         backEnd->answers.press("OK");
         backEnd->answers.press("No");
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n" + ask));
@@ -525,7 +525,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("lib")->action, Package::None);
         backEnd->entry("lib")->local = true;
         backEnd->entry("tool")->local = true;
-        // That is forgotten when the next one begins.
+        // The next transaction starts without this.
         QVERIFY(!apply());
         QCOMPARE(backEnd->entry("lib")->txAction, Package::None);
         QVERIFY(!backEnd->entry("lib")->local);

@@ -18,7 +18,7 @@ private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
     int logLength() { return backEnd->log().count(); }
 
-    // Calls a function that raises, as an operation of the script is called, and has the failure explained.
+    // Calls a function that raises an exception, like an operation of the script, and explains the failure.
     bool explain(const QString& exception, const QString& what = "do something")
     {
         backEnd->run("def failing():\n    raise " + exception + "\n");
@@ -287,7 +287,7 @@ private Q_SLOTS:
     {
         const int before = logLength();
         QVERIFY(!explain("KeyError('odd')"));
-        // The call itself has reported it already.
+        // The call itself has already reported it.
         QCOMPARE(errors().count(), 1);
         QVERIFY(backEnd->log(before).contains("3 0 KeyError: 'odd'"));
     }
@@ -306,7 +306,7 @@ private Q_SLOTS:
         PyObject*& metadata = yumIO().classes[YumIOProbe::MetadataError];
         QVERIFY(!explain("Meta('gone')"));
         errors();
-        metadata = backEnd->value("Meta").get(); // __main__ keeps it
+        metadata = backEnd->value("Meta").get(); // __main__ keeps a reference
         const bool explained = explain("Meta('gone')");
         metadata = nullptr;
         QVERIFY(explained);

@@ -1,4 +1,4 @@
-// The back end with those private members open that tests need.
+// The back end with access to the private members that tests need.
 
 #ifndef TESTS_YUMIO_YUMIOPROBE_H
 #define TESTS_YUMIO_YUMIOPROBE_H

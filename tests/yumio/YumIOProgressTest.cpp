@@ -2,7 +2,7 @@
 
 #include "tests/yumio/ReportFixture.h"
 
-// The script's output, its wrong calls, and the reports of a transaction.
+// Output of the script, its wrong calls, and reports of a transaction.
 class YumIOProgressTest : public ReportFixture
 {
     Q_OBJECT
@@ -111,7 +111,7 @@ private Q_SLOTS:
     void argumentsThatAreNotUnderstood_data()
     {
         QTest::addColumn<QString>("call");
-        QTest::addColumn<QString>("function"); // empty: nothing is said to the user
+        QTest::addColumn<QString>("function"); // empty: no message to the user
         const auto row = [](const char* call, const char* function) {
             QTest::newRow(call) << call << function;
         };
@@ -148,7 +148,7 @@ private Q_SLOTS:
             function.isEmpty()
                 ? QStringList()
                 : QStringList({generic, "Internal error: " + function + ": unable to interpret arguments"});
-        // Whether anything is being done or not.
+        // The result does not depend on a running operation.
         QCOMPARE(backEnd->text("failure(yumIOC." + call + ")"), QString("TypeError"));
         QCOMPARE(errors(), expected);
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))"));
@@ -163,7 +163,7 @@ private Q_SLOTS:
                      "        function(*arguments)\n"
                      "    except TypeError as e:\n"
                      "        return str(e)\n");
-        // These two say nothing to the user.
+        // These two functions show no message to the user.
         const QString count = backEnd->text("message(yumIOC.listTransaction)");
         QVERIFY2(count.contains("2 arguments (0 given)"), qPrintable(count));
         const QString type = backEnd->text("message(yumIOC.log, 'a', 'b')");
@@ -243,16 +243,16 @@ private Q_SLOTS:
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))\nseen.append(state())"));
         const QStringList texts = errors();
         QCOMPARE(texts, QStringList("Internal error: " + message));
-        // What was wrong with it, where it was an exception.
+        // The reason, if it was an exception.
         QCOMPARE(!backEnd->log(before).filter(QRegularExpression("^3 0 \\w+Error: ")).isEmpty(), exception);
-        // The script goes on.
+        // The script continues.
         QCOMPARE(backEnd->text("seen[0]"), QString("None"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['payloadSlots']"), QString("(0, 0)"));
     }
 
     void interruptInsideAPayloadIsTheOperations()
     {
-        // An exception that the operation explains itself must get there.
+        // An exception that the operation explains must reach the operation.
         backEnd->run("wrong = Wrong()\nwrong.exception = RuntimeError('inside')\n"
                      "class Lost:\n"
                      "    @property\n"
@@ -307,7 +307,7 @@ private Q_SLOTS:
                                   "'Preparing to Run Transaction (0%) 0/1']";
         QCOMPARE(backEnd->text("seen[0]"), preparing);
         QCOMPARE(backEnd->text("seen[1]['testRun']"), QString("1"));
-        // The end of the test is not the end, and the preparation does not begin twice.
+        // The end of the test transaction does not end the preparation, which does not begin twice.
         QCOMPARE(backEnd->text("seen[2]"), preparing);
         QCOMPARE(backEnd->text("seen[3]"), preparing);
         QCOMPARE(backEnd->text("seen[4]['testRun']"), QString("0"));
@@ -342,7 +342,7 @@ private Q_SLOTS:
                       "yumIOC.rpmtransInit(1)\n"
                       "seen.append(look())\nseen.append(tip())\nseen.append(state())"));
         backEnd->answers.take();
-        // Anything but False is a test.
+        // Any value except False means a test.
         QCOMPARE(backEnd->text("[seen[2][name] for name in ('testRun', 'downloading', 'nextSlot', "
                                "'payloadSlots', 'actCounter')]"),
                  QString("[1, 0, 0, 0, 0]"));
@@ -356,8 +356,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<QString>("text");
-        QTest::addColumn<quint64>("weight");      // of a new package of 200000 and an old one of 100000
-        QTest::addColumn<quint64>("leastWeight"); // of small ones
+        QTest::addColumn<quint64>("weight");      // for a new package of 200000 and an old package of 100000
+        QTest::addColumn<quint64>("leastWeight"); // for small packages
         const auto row = [](int action, const char* text, quint64 weight, quint64 least = 10240) {
             QTest::newRow(text) << action << text << weight << least;
         };
@@ -397,7 +397,7 @@ private Q_SLOTS:
                                   "seen.append(state())\nseen.append(look())\n")
                               .arg(action)));
             backEnd->answers.take();
-            // More of the same package adds nothing.
+            // Further reports about the same package add nothing.
             QCOMPARE(backEnd->text("seen[0]['actCounter'], seen[2]['actCounter']"),
                      QString("(%1, %1)").arg(large ? weight : leastWeight));
             QCOMPARE(backEnd->text("seen[0]['lastTsDone'], seen[0]['lastAction']"),

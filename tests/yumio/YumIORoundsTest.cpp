@@ -11,7 +11,7 @@
 
 namespace {
 
-// VYRE_TEST_FACTOR multiplies it.
+// The number of rounds, multiplied by VYRE_TEST_FACTOR.
 int numberOfRounds()
 {
     bool given = false;
@@ -19,7 +19,7 @@ int numberOfRounds()
     return given ? 100 * factor : 100;
 }
 
-// In KiB.
+// The resident memory in KiB.
 qint64 residentMemory()
 {
     QFile file(QStringLiteral("/proc/self/statm"));
@@ -34,7 +34,7 @@ int numberOfThreads()
     return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).count();
 }
 
-// What the descriptors of the process stand for.
+// The targets of the process's open descriptors.
 QStringList descriptors()
 {
     QStringList open;
@@ -43,7 +43,7 @@ QStringList descriptors()
         char target[4096];
         const QByteArray path = QFile::encodeName(directory.filePath(number));
         const ssize_t length = readlink(path.constData(), target, sizeof target);
-        // But for the one that reads the directory.
+        // Without the descriptor that reads the directory.
         if (length >= 0 && !QByteArray(target, int(length)).endsWith("/fd")) {
             open.append(QString::fromLocal8Bit(target, int(length)));
         }
@@ -54,8 +54,8 @@ QStringList descriptors()
 
 } // namespace
 
-// Collecting and clearing on the real script and package manager, over and over, as in a window that stays
-// open for weeks.
+// Collects and clears many times with the real script and package manager, like a window that stays open for
+// weeks.
 class YumIORoundsTest : public QObject
 {
     Q_OBJECT
@@ -70,7 +70,7 @@ private:
         return file.open(mode) && file.write(content) == content.size();
     }
 
-    // Of each of the two kinds one: their modules come again after each reset.
+    // One plug-in of each kind: their modules are loaded again after each reset.
     bool addPlugIns()
     {
         const QString directory = sandbox.filePath("plugins");
@@ -111,7 +111,7 @@ private Q_SLOTS:
     void roundsLeaveNothingBehind()
     {
         const int rounds = numberOfRounds();
-        // The first ones may open what stays open for good, and fill what is kept.
+        // The first rounds may open descriptors and fill caches that remain.
         const int warmUp = rounds / 5;
         int count = 0;
         int threads = 0;
@@ -130,11 +130,11 @@ private Q_SLOTS:
             QCOMPARE(backEnd->yumIO.records.keyCount(), 0);
             backEnd->yumIO.reset();
             {
-                // It is to keep what was told in the whole run.
+                // The log keeps all messages of the run, so it would grow.
                 QMutexLocker locker(&backEnd->yumIO.logEntries());
                 backEnd->yumIO.logEntries().clear();
             }
-            // The graphical halves of the services go when the main loop runs again.
+            // The graphical halves of the services are deleted when the main loop runs again.
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             if (i == warmUp) {
                 open = descriptors();
@@ -146,21 +146,21 @@ private Q_SLOTS:
                 memory.append(residentMemory());
             }
         }
-        QTRY_VERIFY(numberOfThreads() <= threads); // a thread is gone a little after it has ended
+        QTRY_VERIFY(numberOfThreads() <= threads); // a thread disappears shortly after its end
 
         const auto middle = memory.constBegin() + memory.count() / 2;
         const qint64 first = *std::max_element(memory.constBegin(), middle);
         const qint64 second = *std::max_element(middle, memory.constEnd());
         qInfo("%d rounds of %d packages; at most %lld KiB in the first half, %lld KiB in the second", rounds,
               count, static_cast<long long>(first), static_cast<long long>(second));
-#ifndef __SANITIZE_ADDRESS__ // which keeps what has been freed for a while
-        // The records of one round, kept each time, would take more; on a busy machine the memory manager
-        // itself takes a third of it.
+#ifndef __SANITIZE_ADDRESS__ // it delays the release of freed memory
+        // If each round kept its records, the growth would exceed this bound. On a busy machine the memory
+        // manager itself grows by a third of it.
         QVERIFY(second <= first + 3 * 1024);
 #endif
     }
 
-    // But for the log, which keeps all that was told.
+    // Except for the log, which keeps all messages.
     void transactionsLeaveNothingBehind()
     {
         backEnd->yumIO.clearEntries();
@@ -176,7 +176,7 @@ private Q_SLOTS:
             backEnd->entry("astrolabe")->action = installs ? Package::Install : Package::Remove;
             QVERIFY2(backEnd->yumIO.apply(), qPrintable(backEnd->log().join('\n')));
             QCOMPARE(backEnd->answers.takeTexts("Apply").count(), 1);
-            // As the program does it afterwards.
+            // Like the program after a transaction.
             backEnd->yumIO.clearEntries();
             QVERIFY(backEnd->collect());
             QCOMPARE(backEnd->answers.take().count(), 0);
@@ -187,7 +187,7 @@ private Q_SLOTS:
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
             memory.append(residentMemory());
             if (installs) {
-                continue; // two of them make a round trip
+                continue; // an installation and a removal make one round
             }
             const QString now = backEnd->text("gc.collect() and 0 or len(gc.get_objects())");
             if (i == rounds / 3 + 1) {
@@ -208,7 +208,7 @@ private Q_SLOTS:
         qInfo("%d transactions; at most %lld KiB in the first half, %lld KiB in the second", rounds,
               static_cast<long long>(first), static_cast<long long>(second));
 #ifndef __SANITIZE_ADDRESS__
-        // The memory manager takes some at once now and then, with newer versions of Python more than here.
+        // The memory manager occasionally grows by a large step, larger with newer versions of Python.
         QVERIFY(second <= first + 3 * 1024);
 #endif
     }

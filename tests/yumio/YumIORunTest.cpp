@@ -11,7 +11,7 @@
 
 namespace {
 
-// Calls of the system that cannot be made to fail from outside.
+// System calls that a test cannot make fail from outside.
 bool failWaiting = false;
 bool failSettingTheChildSignal = false;
 bool failRestoringTheChildSignal = false;
@@ -50,7 +50,7 @@ extern "C" int sigaction(int number, const struct sigaction* action, struct siga
     return real(number, action, old);
 }
 
-// What happens while the script applies, and afterwards.
+// Tests the time during and after the script's apply().
 class YumIORunTest : public ApplyFixture
 {
     Q_OBJECT
@@ -174,7 +174,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("tool")->name, QString("tool"));
         QVERIFY(!apply());
         QCOMPARE(given(), QString("tool1.0; ; ; ; ; "));
-        // Records that are gone are marked no more.
+        // Deleted records have no marks.
         yumIO().clearEntries();
         QVERIFY(transaction().actionEntries.isEmpty());
     }
@@ -208,7 +208,7 @@ private Q_SLOTS:
         collect("it.updates = [Package('tool', '2.0')]\nit.installed = [Package('tool')]\n"
                 "it.raises['verifyLocalPkg'] = dnf.exceptions.MiscError('not there')");
         mark("tool", Package::Update);
-        // What the listing itself looks into does not begin a new explanation.
+        // Calls inside the listing do not begin a new explanation.
         QVERIFY(!apply("yumIOC.errorlog(1, 'the first reason')\n"
                        "yumIOC.listTransaction(None, [item(6, 'tool', version='2.0'), item(7, 'tool')])\n"
                        "yumIOC.errorlog(0, 'the second reason')\n"
@@ -400,7 +400,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"),
                  QString("[['Running Transaction: Total Progress (1%) 100/9100', "
                          "'Waiting for w\u00e4scher (17) 0/0']]")); // without a measure
-        // There are no bars to say it on.
+        // No bars exist to show it.
         backEnd->run("changeActivity('later')");
     }
 
@@ -435,10 +435,10 @@ private Q_SLOTS:
                        "raise dnf.exceptions.LockError('ended')"));
         QVERIFY(ended);
         QCOMPARE(backEnd->text("ended"), QString("[False]"));
-        // The question, and nothing about the failure.
+        // Only the question, without a message about the failure.
         QCOMPARE(backEnd->answers.take().count(), 1);
         QCOMPARE(backEnd->log(before).filter("Unable to apply changes").count(), 1);
-        // The next operation says what is wrong with it again.
+        // The next operation again reports its failure.
         QVERIFY(!apply("raise dnf.exceptions.Error('broken')"));
         QCOMPARE(backEnd->answers.take().count(), 1);
     }
@@ -464,7 +464,7 @@ private Q_SLOTS:
         const YumIO::Marks marks = yumIO().marks();
         QCOMPARE(marks.count(), 9);
         yumIO().clearEntries();
-        // Another program has updated, installed and removed some of them.
+        // Another program has updated, installed and removed some of the packages.
         collect("it.updates = [Package('fresh', '2.0'), Package('both', '2.0', arch='i686')]\n"
                 "it.installed = [Package('fresh'), Package('done', '2.0'), Package('away', '2.0'), "
                 "Package('both', arch='i686'), Package('old'), Package('there')]\n"
@@ -487,7 +487,7 @@ private Q_SLOTS:
 
     void signalsAreHeldBackWhileTheSystemIsChanged()
     {
-        // A hangup and a termination, as they would be without the test framework.
+        // SIGHUP and SIGTERM with their default actions, which the test framework changes.
         const std::array<int, 2> numbers{SIGHUP, SIGTERM};
         std::array<struct sigaction, 2> original;
         for (size_t i = 0; i < numbers.size(); ++i) {
@@ -495,7 +495,7 @@ private Q_SLOTS:
             standard.sa_handler = SIG_DFL;
             sigaction(numbers[i], &standard, &original[i]);
         }
-        // The interpreter knows of its own handlers only.
+        // The interpreter only knows its own handlers, so the script reads the system's list.
         backEnd->run("def held():\n"
                      "    with open('/proc/self/status') as status:\n"
                      "        caught = int(status.read().split('SigCgt:')[1].split()[0], 16)\n"

@@ -6,15 +6,14 @@
 #include "tests/yumio/BackEnd.h"
 #include "tests/yumio/SandboxCopy.h"
 
-// QSKIP returns from the function that it stands in.
+// QSKIP returns from the function that contains it.
 #define SKIP_WITHOUT_GROUPS()                                                                                \
     if (!sandbox.withoutGroups().isEmpty()) {                                                                \
         QSKIP(sandbox.withoutGroups().constData());                                                          \
     }
 
-// The back end on the real script and package manager, on a private copy of a sandbox. A process can start
-// the interpreter once, so all of it is one run of the program: the functions build on each other in their
-// order.
+// The back end with the real script and package manager, on a private copy of a sandbox. A process can start
+// the interpreter only once. Therefore all functions are one run of the program and depend on their order.
 class YumIOSandboxTest : public QObject
 {
     Q_OBJECT
@@ -22,7 +21,7 @@ class YumIOSandboxTest : public QObject
 private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
 
-    // What the dialogs showed.
+    // The texts that the dialogs showed.
     QStringList texts()
     {
         QStringList lines;
@@ -32,18 +31,18 @@ private:
         return lines;
     }
 
-    // As the program does it after every change.
+    // Like the program after every change.
     void collectAgain(const QHash<QString, bool>& repoEnable = {})
     {
         yumIO().clearEntries();
         yumIO().reset();
         QVERIFY(backEnd->collect(repoEnable));
         QCOMPARE(texts(), QStringList());
-        // The graphical halves of the services go when the main loop runs again.
+        // The graphical halves of the services are deleted when the main loop runs again.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    // What rpm says about the root; fails the test when it fails.
+    // The output of rpm for the root; fails the test if rpm fails.
     QString rpm(const QStringList& arguments)
     {
         QProcess process;
@@ -69,12 +68,12 @@ private:
         QString text =
             rpm(package +
                 QStringList({"--qf", "[* %{CHANGELOGTIME:day} %{CHANGELOGNAME}\\n%{CHANGELOGTEXT}\\n\\n]"}));
-        // The days have no zeros before them.
+        // The days have no leading zeros.
         text.replace(QRegularExpression("^(\\* \\w+ \\w+ )0", QRegularExpression::MultilineOption), "\\1");
         return text.trimmed();
     }
 
-    // What a search is to look at in a record beside its files and changes, as the getters give it.
+    // The texts that a search must find in a record, except its files and changes, according to the getters.
     QByteArray gettersTexts(const Package::Entry& entry)
     {
         using Getter = QString (YumIO::*)(const Package::Entry&);
@@ -147,8 +146,8 @@ private:
         }
     }
 
-    // From here on the script tells, of the metadata of a repository, what the expression says; they are
-    // "asked".
+    // From now on the script returns the value of the expression as a metadata path. "asked" records the
+    // calls.
     void setMetadataPath(const QString& expression)
     {
         backEnd->run("import dnf\n"
@@ -196,7 +195,7 @@ private Q_SLOTS:
         repos.sort();
         QCOMPARE(repos, QStringList({"sandbox-file", "sandbox-http", "sandbox-signed", "sandbox-unreachable",
                                      "sandbox-updates"}));
-        // The repository that cannot be reached is left out, and the log tells so.
+        // The unreachable repository is left out, and the log says so.
         QVERIFY(backEnd->log().contains("3 2 Ignoring repositories: sandbox-unreachable"));
         QCOMPARE(yumIO().count(), yumIO().records.keyCount());
     }
@@ -269,7 +268,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getVerRel(entry), QString("3.0-1"));
         QCOMPARE(yumIO().getRepo(entry), QString("sandbox-http"));
         QCOMPARE(yumIO().getArch(entry), QString("x86_64"));
-        // What would be downloaded.
+        // The packages to download.
         QVERIFY(QFileInfo(path).size() > 0);
         QCOMPARE(qint64(entry.size), QFileInfo(path).size());
         QCOMPARE(QString::number(entry.buildTime), rpm({"-qp", path, "--qf", "%{BUILDTIME}"}));
@@ -380,7 +379,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().collectFileLists());
         QVERIFY(yumIO().collectOtherData());
         QCOMPARE(spy.count(), 0);
-        // And they can be loaded when they are not.
+        // They can also be loaded later.
         yumIO().fileListsLoaded = false;
         yumIO().otherDataLoaded = false;
         QVERIFY(yumIO().collectFileLists());
@@ -415,7 +414,7 @@ private Q_SLOTS:
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
-        // Each package was asked itself.
+        // The texts come from the packages themselves.
         QCOMPARE(backEnd->text("asked"), QString("[]"));
         const Package::Entry& orchard = *backEnd->entry("orchard");
         QVERIFY(QByteArray(orchard.searchTexts)
@@ -531,7 +530,7 @@ private Q_SLOTS:
         checkSearchTexts(1 << 30);
         const int logged = backEnd->log().count();
         yumIO().collectSearchTexts(allEntries());
-        QCOMPARE(backEnd->log(logged), QStringList()); // no work at all
+        QCOMPARE(backEnd->log(logged), QStringList()); // without any work
         Package::Entry* orchard = backEnd->entry("orchard");
         Package::Entry* easel = backEnd->entry("easel");
         const QByteArray texts = orchard->searchTexts;
@@ -541,7 +540,7 @@ private Q_SLOTS:
         QCOMPARE(orchard->searchTexts, texts);
         QCOMPARE(easel->searchTexts, QByteArray("as it is"));
         easel->searchTexts = QByteArray();
-        // Nothing is read that has not been loaded.
+        // Data that are not loaded are not read.
         for (bool* loaded : {&yumIO().fileListsLoaded, &yumIO().otherDataLoaded}) {
             *loaded = false;
             yumIO().collectSearchTexts(allEntries());
@@ -625,7 +624,7 @@ private Q_SLOTS:
              {"chatterbox: pre to standard output", "chatterbox: post to standard error"}) {
             QVERIFY2(log.filter(said).count() == 1, qPrintable(log.join('\n')));
         }
-        // The progress of the packages ended where it was to end.
+        // The progress of the packages reached its planned end.
         QCOMPARE(yumIO().transaction.actCounter, yumIO().transaction.rpmWeight);
         QCOMPARE(yumIO().transaction.remoteCount, 2U);
         QVERIFY(yumIO().transaction.payloadSlots.isEmpty());
@@ -732,7 +731,8 @@ private Q_SLOTS:
         QVERIFY(yumIO().count() > 0);
     }
 
-    // Newer versions know more: what is opened in a browser is what this one fetches.
+    // The browser must open the address that this version of the package manager downloads. Newer versions
+    // replace more variables.
     void variablesAreReplacedAsThePackageManagerDoesIt()
     {
         QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));

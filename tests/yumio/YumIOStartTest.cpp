@@ -1,5 +1,5 @@
-// Every start takes a process of its own: what the package manager's modules do to an interpreter cannot be
-// undone.
+// Every start needs its own process, because the package manager's modules change the interpreter
+// permanently.
 
 #include <QtTest>
 
@@ -17,14 +17,14 @@ class YumIOStartTest : public QObject
     Q_OBJECT
 
 private:
-    // What the helper prints on a share directory with this script; none without a script.
+    // The helper's output for a share directory with this script; without a script if none is given.
     QStringList start(const QByteArray& script, const QStringList& arguments = {})
     {
         const QTemporaryDir share;
         return startIn(share.path(), script, arguments);
     }
 
-    // The same with this share directory, whose path may be relative to the working directory.
+    // The helper's output for this share directory, whose path may be relative to the working directory.
     QStringList startIn(const QString& path, const QByteArray& script, const QStringList& arguments = {})
     {
         const QDir share(QDir(workingDirectory).absoluteFilePath(path));
@@ -80,7 +80,7 @@ private:
     static QString installedScripts() { return qEnvironmentVariable("VYRESHARE") + "/python"; }
 
     QString workingDirectory;
-    QProcessEnvironment variables; // beside those of the test
+    QProcessEnvironment variables; // in addition to those of the test
     QString standardError;
     QString standardOutput;
 
@@ -99,7 +99,7 @@ private Q_SLOTS:
                  QStringList({"argv ['info'] __main__", "started", "again: started"}));
     }
 
-    // Root runs the program in any directory, also in those that other users write to.
+    // Root may run the program in any directory, even if other users can write to it.
     void theScriptImportsOnlyTheModulesOfItsShareDirectory()
     {
         const QByteArray foreign = "import os\nos.write(1, b'foreign\\n')\n";
@@ -118,7 +118,7 @@ private Q_SLOTS:
             QCOMPARE(startIn(share, script), QStringList({"started", "again: started"}));
             QVERIFY2(!standardError.contains("Traceback"), qPrintable(standardError));
         }
-        // Root leaves no compiled files there.
+        // The run leaves no compiled files in the share directory.
         QDirIterator found(place.filePath("share"), {"__pycache__", "*.pyc"}, QDir::AllEntries,
                            QDirIterator::Subdirectories);
         QVERIFY2(!found.hasNext(), qPrintable(found.next()));
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(log.takeFirst(), QString("log: 3 0   File \"YumIO.py\", line 3, in <module>"));
         QVERIFY2(log.contains(QString::fromUtf8("log: 3 0 ValueError: wr\xc3\xb6ng <b>")),
                  qPrintable(log.join('\n')));
-        // Where the script has its own stream, that is the one to get it into the log.
+        // If the script has its own stream, that stream carries the text to the log.
         log = start("import sys, yumIOC\n"
                     "class Writer:\n"
                     "    def write(self, text): yumIOC.stderrWrite(text)\n"
@@ -232,7 +232,7 @@ private Q_SLOTS:
                  QStringList({"failed", "VYRE Yum Error: The root directory " + root + " does not exist",
                               "again: failed"}));
         QVERIFY(!QFileInfo::exists(root));
-        // Nor is a file a root.
+        // A file is not a valid root either.
         QFile file(root);
         QVERIFY(file.open(QIODevice::WriteOnly));
         QCOMPARE(start("class YumIO:\n    base = 1\n").first(), QString("failed"));
@@ -287,7 +287,7 @@ private Q_SLOTS:
         QTest::newRow("transactions")
             << remove("dnf", "dnf.Base", "_run_transaction") << "carry out transactions"
             << "Base._run_transaction";
-        // Only an object has it, which takes the configuration.
+        // Only an object has this attribute. Its creation needs the configuration.
         QTest::newRow("of an object") << QByteArray("import dnf\n"
                                                     "def without(self, *arguments, made=dnf.Base.__init__):\n"
                                                     "    made(self, *arguments)\n"
@@ -297,7 +297,7 @@ private Q_SLOTS:
                                       << "Base._trans_tempfiles";
     }
 
-    // The installed script on the real package manager: there is one message, and nothing that could be used.
+    // The installed script with the real package manager: it shows one message and provides nothing usable.
     void aPackageManagerThatLacksANameIsRefused()
     {
         QFETCH(QByteArray, removal);

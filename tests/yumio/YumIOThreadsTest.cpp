@@ -1,4 +1,4 @@
-// How the graphical thread waits for a worker.
+// Tests how the graphical thread waits for a worker.
 
 #include <csignal>
 #include <cstdlib>
@@ -17,7 +17,7 @@
 
 namespace {
 
-// A worker that runs any function and then, or when the function says so, ends the loop.
+// A worker that runs any function. It ends the loop after the function, or when the function says so.
 class Worker : public QThread
 {
 public:
@@ -49,7 +49,7 @@ private:
     bool ended = false;
 };
 
-// Looks whenever a widget has come to be enabled or disabled.
+// Calls a function each time a widget is enabled or disabled.
 class ChangeWatch : public QObject
 {
 public:
@@ -84,7 +84,7 @@ class YumIOThreadsTest : public QObject
 private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
 
-    // Runs the function on a worker as an operation of the back end runs.
+    // Runs the function on a worker, like an operation of the back end.
     void work(const std::function<void()>& function)
     {
         QEventLoop loop;
@@ -93,13 +93,13 @@ private:
         QVERIFY(worker.isFinished());
     }
 
-    // From a worker: runs it in the graphical thread, without waiting.
+    // For a worker: runs the function in the graphical thread, without waiting.
     static void later(const std::function<void()>& function)
     {
         QMetaObject::invokeMethod(qApp, function, Qt::QueuedConnection);
     }
 
-    // What an operation leaves behind: lines of the log, and records.
+    // The traces of an operation: the numbers of log lines and records.
     QList<int> traces() { return {backEnd->log().count(), yumIO().records.keyCount()}; }
 
     QScopedPointer<BackEnd> backEnd;
@@ -200,7 +200,7 @@ private Q_SLOTS:
         Worker worker(yumIO(), loop, [&] {
             later([&] { delivered.append("before the end"); });
             current->endLoop();
-            // Long enough for the loop to end; earlier is no harm.
+            // Time for the loop to end; an earlier end does no harm.
             QThread::msleep(50);
             later([&] { delivered.append("after the end"); });
         });
@@ -212,7 +212,7 @@ private Q_SLOTS:
     void lastProgressIsDelivered()
     {
         QVERIFY(backEnd->collect());
-        // The end of the operation leaves the bars idle, and that is the last that it posts.
+        // The end of the operation makes the bars idle. This is the last event that it posts.
         QVERIFY(!backEnd->total.isEnabled());
         QVERIFY(!backEnd->item.isEnabled());
         QCOMPARE(backEnd->total.maximum(), 1);
@@ -236,7 +236,7 @@ private Q_SLOTS:
         Worker* current = nullptr;
         Worker worker(yumIO(), loop, [&] {
             current->endLoop();
-            // The loop has ended when an event posted now is not run by it any more.
+            // The loop has ended if it no longer runs an event posted now.
             QSemaphore outside;
             for (int i = 0; i < 1000 && !outside.tryAcquire(1, 10); ++i) {
                 later([&] {
@@ -255,7 +255,7 @@ private Q_SLOTS:
         yumIO().execWorkThread(loop, worker);
         QCOMPARE(status, 0);
         QCOMPARE(clicks.count(), 0);
-        // Input that was put off is looked at together with the next event of the display.
+        // Deferred input is handled together with the next event of the display.
         QCOMPARE(std::system("xdotool mousemove_relative 1 1"), 0);
         QTRY_COMPARE_WITH_TIMEOUT(clicks.count(), 1, 30000);
         backEnd->window.hide();
@@ -333,7 +333,7 @@ private Q_SLOTS:
             if (way == 0) {
                 qApp->quit();
             } else if (way == 1) {
-                // That is what the session's manager has the program do.
+                // The session manager makes the program do this.
                 QEvent quit(QEvent::Quit);
                 QCoreApplication::sendEvent(qApp, &quit);
             } else {
@@ -353,10 +353,10 @@ private Q_SLOTS:
                     quit.release();
                 });
                 quit.acquire();
-                // Time for the loop to end, if nothing holds it.
+                // Time for the loop to end, if nothing delays it.
                 QThread::msleep(100);
                 {
-                    // Nobody is there to answer, and that is a No.
+                    // No user can answer, which means "No".
                     YumIODialogsUser user(yumIO().dialogs, &backEnd->window);
                     answer = yumIO().dialogs->confirm("Apply", "Really?", "OK", "Cancel");
                     conflict = yumIO().dialogs->critical("Apply", "Really?", "Yes", "No", QString(), 1, 1);
@@ -370,7 +370,7 @@ private Q_SLOTS:
         QVERIFY(endedBefore);
         QCOMPARE(answer, 0);
         QCOMPARE(conflict, 1);
-        // The next operation is not disturbed by that.
+        // This does not affect the next operation.
         QVERIFY(backEnd->collect());
     }
 
@@ -428,11 +428,11 @@ private Q_SLOTS:
         const QList<int> before = traces();
         QEventLoop loop;
         const QScopedPointer<QThread> thread(make(yumIO(), loop));
-        // A worker that has ended before the loop begins does not end it.
+        // A worker that ends before the loop begins does not end the loop.
         connect(thread.data(), &QThread::finished, &loop, &QEventLoop::quit);
         QList<int> beforeTheLoop;
         {
-            // As execWorkThread() does it, which leaves the worker this long only by chance.
+            // Like execWorkThread(), which gives the worker this much time only by chance.
             yumIO().blocker.prepare();
             Python::PyThreadStateWrapper released;
             thread->start();
@@ -450,7 +450,7 @@ private Q_SLOTS:
 
     void tableSeesNoRecordsWhileTheyAreCollected()
     {
-        // The end of the operation puts the bars at rest, which is shown when the records are there already.
+        // The end of the operation resets the bars. This shows at a time when the records already exist.
         QList<int> seen;
         ChangeWatch watch([this, &seen] {
             if (!backEnd->total.isEnabled()) {
@@ -473,7 +473,7 @@ private Q_SLOTS:
 
     void tableSeesNoRecordsWhileTheyAreCleared()
     {
-        // An object ends while its record is still in the list.
+        // Deletes an object while its record is still in the list.
         backEnd->run("seen = []\n"
                      "class Ending(Package):\n"
                      "    def __del__(self): seen.append(counted())\n"

@@ -1,7 +1,8 @@
-"""Stands in for the package manager: everything it has and does is set by the test that runs it.
+"""A stand-in for the package manager: the test that runs it sets all its data and behaviour.
 
-Its object, also the global "it", records the calls of its methods. A method raises what "raises" has under its
-name, else calls what "does" has under it, else gives the ordinary answer.
+Its object, also the global "it", records the calls of its methods. If "raises" has an exception under a method's
+name, the method raises it. If "does" has a function under the name, the method calls it. Otherwise the method returns
+its ordinary answer.
 """
 
 import datetime
@@ -26,7 +27,7 @@ class Writer:
 
 
 class Thing:
-    """Has the attributes it is given."""
+    """An object with the given attributes."""
 
     def __init__(self, **attributes):
         self.__dict__.update(attributes)
@@ -96,7 +97,7 @@ class YumIO:
         self.setUp()
 
     def setUp(self):
-        """As a test finds it: one enabled repository without packages."""
+        """The initial state of a test: one enabled repository without packages."""
         self.calls = []
         self.raises = {}
         self.does = {}
