@@ -1,11 +1,13 @@
 """Marks that cannot be applied, alone or together, and the further removals that a removal causes."""
 
+import gettext
 import os
 import subprocess
 import tempfile
+import xml.etree.ElementTree as ElementTree
 
 from recordingmodule import CLEAN, DEPENDENCY, INSTALL, REMOVE, USER
-from scenario import ScenarioTest, in_own_process
+from scenario import SOURCES, ScenarioTest, in_own_process
 from vyresandbox import needs_groups
 
 NOTHING = (set(), set())
@@ -16,6 +18,13 @@ def question(rest):
     """The text of the question before the packages and their reasons."""
     return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. The marks that are left out '
             'stay.\n"No" changes nothing. All marks stay.' % rest)
+
+
+def german():
+    """The German texts of the script, as the program offers them."""
+    context, = [each for each in ElementTree.parse(os.path.join(SOURCES, "translations", "vyre_de.ts")).iter("context")
+                if each.findtext("name") == "YumIO"]
+    return {each.findtext("source"): each.findtext("translation") for each in context.iter("message")}
 
 
 class QuestionTest(ScenarioTest):
@@ -157,8 +166,6 @@ class UpdatesTest(QuestionTest):
 
     @in_own_process
     def test_the_unspecific_reason_is_left_out_in_other_languages(self):
-        import gettext
-
         os.environ["LANGUAGE"] = "de"
         os.environ["LC_ALL"] = "de_DE.UTF-8"
         self.load()
@@ -167,6 +174,27 @@ class UpdatesTest(QuestionTest):
             self.skipTest("libdnf has no German texts here")
         named = "y-1-1.noarch"
         self.assertEqual(self.module("reasons").clearest([text, named]), [named])
+
+    @in_own_process
+    def test_the_question_is_german_with_the_reasons_of_dnf_in_german(self):
+        os.environ["LANGUAGE"] = "de"
+        reason = gettext.translation("libdnf", fallback=True).gettext("nothing provides %s needed by %s")
+        if reason == "nothing provides %s needed by %s":
+            self.skipTest("libdnf has no German texts here")
+        self.load(translations=german())
+        self.yumio.lock()
+        self.collect()
+        self.recording.clear()
+        changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[0])
+        self.assertEqual(changed, NOTHING)
+        head, _, reasons = self.recording.printed().partition("\n\ntidewatch-2.0-1.noarch\n    ")
+        # The buttons are Yes and No in all languages.
+        self.assertEqual(head, "Ohne diese Pakete fortfahren?\n\n„Yes“ fährt mit den übrigen Vormerkungen fort: "
+                         "abacus-cli. Die ausgelassenen Vormerkungen bleiben.\n„No“ ändert nichts. Alle Vormerkungen "
+                         "bleiben.")
+        words = reason % ("libtide.so.9()(64bit)", "tidewatch-2.0-1.noarch")
+        self.assertEqual(reasons.replace(" from sandbox-updates", "").splitlines()[0], words)
+        self.assertNotIn("nothing provides", reasons)
 
     @in_own_process
     def test_one_of_two_conflicting_packages_is_left_out(self):
