@@ -199,6 +199,10 @@ def _rules():
         ]
     packages += [
         _rule("pair-user", "1", "twin(x86-32)", arch="i686"),
+        # A version that has an architecture and one that has none.
+        _rule("unsettled", "1", arch="i686", files={"/usr/share/unsettled-i686": "1\n"}),
+        _rule("unsettled", "2", arch="x86_64", files={"/usr/share/unsettled-x86_64": "2\n"}),
+        _rule("unsettled", "2", files={"/usr/share/unsettled": "2\n"}),
         # Versions that another repository also has.
         _rule("shared", "1"),
         _rule("shared", "2", repo="extra-rival"),
