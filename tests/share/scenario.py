@@ -206,6 +206,9 @@ def _serve(sandbox, pipe):
 class ScenarioTest(unittest.TestCase):
     """Base of the tests. sandbox: the copy; recording: the script's calls of yumIOC; script: the script's names."""
 
+    # Replaces the running system's own file of dnf, on which the results must not depend.
+    running_configuration = "/nonexistent/dnf.conf"
+
     def setUp(self):
         self.directory = tempfile.mkdtemp(dir=workspace)
         self.addCleanup(shutil.rmtree, self.directory)
@@ -305,6 +308,8 @@ class ScenarioTest(unittest.TestCase):
         import dnf
 
         self.dnf = dnf
+        if "vyre.configuration" in sys.modules:
+            self.module("configuration").RUNNING_CONFIGURATION = self.running_configuration
         self.yumio = self.script["YumIO"]()
         return self.yumio
 

@@ -281,3 +281,50 @@ class MainFileTest(ScenarioTest):
         yumio.reset()
         self.assertFalse(yumio.base.conf.gpgcheck)
         self.assertEqual(self.recording.errors(), [])
+
+    def use_running_configuration(self, content):
+        """Replaces the running system's own file of dnf, for this process and the command dnf."""
+        self.isolate()
+        self.running_configuration = "/etc/dnf/dnf.conf"
+        path = os.path.join(self.directory, "running.conf")
+        with open(path, "w") as stream:
+            stream.write(content)
+        subprocess.run(["mount", "--bind", path, self.running_configuration], check=True)
+
+    @in_own_process
+    def test_a_root_without_dnf_s_file_gets_the_checks_of_the_running_system(self):
+        self.use_running_configuration("[main]\ngpgcheck=1\nretries=1\n")
+        self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nretries=1\ntimeout=5\n")
+        self.change_repository("sandbox-http", "gpgcheck=0\n", "")
+        before = self.sandbox.installed()
+        status, output = self.run_dnf("install", "loupe")
+        self.assertNotEqual(status, 0)
+        self.assertRegex(output, "loupe.* is not signed|You have enabled checking of packages via GPG keys")
+        self.assertEqual(self.sandbox.installed(), before)
+        self.load()
+        self.yumio.base.repos["sandbox-unreachable"].disable()
+        self.yumio.lock()
+        self.collect()
+        self.assert_refused("loupe.* is not signed", installs=["loupe"])
+        self.assertIn("dnf with its file /etc/dnf/dnf.conf makes checks that %s/etc/yum.conf does not demand. They are "
+                      "made: gpgcheck" % self.sandbox.root, [text for level, text in self.recording.of("log")])
+
+    @in_own_process
+    def test_a_root_without_any_main_file_gets_the_checks_of_the_running_system(self):
+        self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
+        os.unlink(self.sandbox.root + "/etc/yum.conf")
+        self.assertTrue(self.load().base.conf.repo_gpgcheck)
+
+    @in_own_process
+    def test_the_root_s_own_file_of_dnf_counts_more_than_that_of_the_running_system(self):
+        self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
+        self.write("/etc/dnf/dnf.conf", "[main]\n")
+        self.assertFalse(self.load().base.conf.repo_gpgcheck)
+
+    @in_own_process
+    def test_another_main_file_removes_no_package_that_dnf_protects(self):
+        self.write("/etc/dnf/dnf.conf", "[main]\nprotected_packages=almanac\n")
+        self.configure("protected_packages=parrot")
+        self.started()
+        self.assert_refused("almanac", removes=["almanac"])
+        self.assert_refused("parrot", removes=["parrot"])

@@ -95,8 +95,7 @@ def readMainFile(conf):
                                           'Signatures of packages are checked, unless a repository says '
                                           'otherwise.'))
     conf._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
-    if path is not None:
-        keepChecks(conf, path)
+    keepChecks(conf, path or os.devnull)
     return os.devnull
 
 
@@ -108,12 +107,20 @@ def reportUnused(path, fault):
 CHECKS = ('gpgcheck', 'repo_gpgcheck', 'localpkg_gpgcheck', 'gpgkey_dns_verification', 'sslverify',
           'sslverifystatus', 'proxy_sslverify')
 
+# dnf's own file of the running system.
+RUNNING_CONFIGURATION = OWN_CONFIGURATION
+
 
 def keepChecks(conf, path):
-    """The command dnf reads only its own file. Demand its checks if another file is used: VYRE must not install what
-    dnf refuses.
+    """The command dnf reads only its own file. Demand its checks, and protect its packages, if another file is used:
+    VYRE must not install or remove what dnf refuses.
+
+    For a managed root without that file, dnf reads the one of the running system.
     """
     own = inRoot(OWN_CONFIGURATION)
+    ofRoot = os.path.exists(own)
+    if not ofRoot:
+        own = RUNNING_CONFIGURATION
     if path == own or not os.path.exists(own):
         return
     demanded = dnf.conf.config.BaseConfig(libdnf.conf.ConfigMain())
@@ -132,9 +139,21 @@ def keepChecks(conf, path):
              if conf._has_option(check) and getattr(demanded, check) and not getattr(conf, check)]
     for check in added:
         conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
+    protect(conf, demanded.protected_packages)
     if added:
-        logging.getLogger('dnf').warning(tr('dnf with its file %s makes checks that %s does not demand. They are '
-                                            'made: %s'), own, path, ', '.join(added))
+        # The file of the running system is about the running system. Many an image demands less.
+        logging.getLogger('dnf').log(
+            logging.WARNING if ofRoot else logging.INFO,
+            tr('dnf with its file %s makes checks that %s does not demand. They are made: %s'), own,
+            path, ', '.join(added))
+
+
+def protect(conf, names):
+    """Protect these packages as well."""
+    own = list(conf.protected_packages)
+    missing = [name for name in names if name not in own]
+    if missing:
+        conf._set_value('protected_packages', own + missing, dnf.conf.PRIO_COMMANDLINE)
 
 
 def setReleasever(conf):
