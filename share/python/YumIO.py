@@ -18,6 +18,8 @@ import sys
 # The program looks up exceptions and payloads of these modules by their names.
 import bdb  # noqa: F401
 import dnf
+import dnf.db.group
+import dnf.db.history
 import dnf.drpm
 import dnf.exceptions
 import dnf.i18n
@@ -141,7 +143,8 @@ class YumIO:
         self.counterparts = []
         conf, self.knownDirectories = readConfiguration()
         self.base = Base(conf)
-        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf))
+        requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf),
+                            dnf.db.group.GroupPersistor(dnf.db.history.SwdbInterface(self.base.conf.persistdir)))
         # What the program shows after an operation that has not failed.
         self.remarks = self.base.remarks
         setUpLogFiles(self.base)

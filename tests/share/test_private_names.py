@@ -118,6 +118,8 @@ class UsedNamesTest(unittest.TestCase):
                     own.add(target.id)
         unlisted = set()
         for node in ast.walk(tree):
+            if isinstance(node, ast.FunctionDef):
+                unlisted |= self.names_in_texts(node) - listed
             if not isinstance(node, ast.Attribute) or not node.attr.startswith("_") or node.attr.startswith("__"):
                 continue
             place = getattr(node.value, "id", "")
@@ -127,3 +129,20 @@ class UsedNamesTest(unittest.TestCase):
             if node.attr not in listed:
                 unlisted.add("%s (%s)" % (node.attr, ast.unparse(node)))
         self.assertEqual(unlisted, set())
+
+    @staticmethod
+    def names_in_texts(function):
+        """The private names that a function hands to getattr and its like as texts, itself or from a list."""
+        calls = [node for node in ast.walk(function) if isinstance(node, ast.Call) and
+                 getattr(node.func, "id", "") in ("getattr", "hasattr", "setattr")]
+        found = [node.args[1] for node in calls]
+        if any(isinstance(name, ast.Name) for name in found):
+            found += [each for node in ast.walk(function) if isinstance(node, (ast.Tuple, ast.List)) for each in node.elts]
+        return {name.value for name in found if isinstance(name, ast.Constant) and isinstance(name.value, str) and
+                name.value.startswith("_") and not name.value.startswith("__")}
+
+    def test_names_in_texts_are_found(self):
+        for code in ("getattr(a, '_b', 0)", "[hasattr(a, name) for name in ('_b', 'c')]",
+                     "for name in ['_b']:\n  setattr(a, name, 1)"):
+            function, = ast.parse("def f():\n " + code).body
+            self.assertEqual(self.names_in_texts(function), {"_b"}, code)

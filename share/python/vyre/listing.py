@@ -31,8 +31,7 @@ def otherSections(base):
                                 dnfText('Removing Environment Groups'))),
             (base.history.group, (dnfText('Installing Groups'), dnfText('Upgrading Groups'),
                                   dnfText('Removing Groups')))):
-        for heading, name in zip(headings, ('_installed', '_upgraded', '_removed')):
-            groups = getattr(persistor, name, {})  # another version of dnf may lack them
+        for heading, groups in zip(headings, (persistor._installed, persistor._upgraded, persistor._removed)):
             sections.append((heading, [group.getName() or identifier for identifier, group in groups.items()]))
     return [(heading, list(lines)) for heading, lines in sections if lines]
 

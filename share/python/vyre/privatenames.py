@@ -11,6 +11,7 @@ import dnf.conf
 import dnf.conf.config
 import dnf.conf.read
 import dnf.const
+import dnf.db.group
 import dnf.lock
 import dnf.package
 import dnf.plugin
@@ -46,6 +47,7 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
                     '_repo_set_imported_gpg_keys',
                     '_run_transaction', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts',
                     '_verify_transaction')),
+        (dnf.db.group.PersistorBase, ('_installed', '_removed', '_upgraded')),
         (dnf.yum.rpmtrans.RPMTransaction, ('_cpioError', '_extract_cbkey', '_scriptError', '_scriptOutput',
                                            '_shutdownOutputLogging', '_unpackError')),
         (rpm, ('_RPMVSF_NODIGESTS', '_RPMVSF_NOSIGNATURES')),
@@ -53,8 +55,8 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
 ) for place, names in found for name in names)
 
 # The private names that an object has, and its class has not.
-NAMES_OF_OBJECTS = ('_comps', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys', '_repos',
-                    '_trans_install_set', '_trans_success', '_trans_tempfiles')
+NAMES_OF_OBJECTS = ('_comps', '_installed', '_removed', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys',
+                    '_repos', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_upgraded')
 
 # Private names that only newer versions have.
 NEW_NAMES = ('_persistence',)
