@@ -98,6 +98,8 @@ class UpdatesTest(QuestionTest):
     def test_skip_broken_does_not_prevent_the_question(self):
         self.configure("skip_broken=1")
         self.started()
+        # The option counts: as in dnf, it makes members of groups optional.
+        self.assertFalse(self.yumio.base.conf.strict)
         changed = self.changes(self.apply, installs=["moonbridge", "astrolabe"], answers=[1, 1])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
         self.assertIn("gravity >= 6", self.recording.printed())
@@ -300,6 +302,46 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn("moonbridge-1.0-1.noarch\n    ", self.recording.printed())
         self.assertIn("gravity >= 6", self.recording.printed())
 
+    def check_optional_members(self, option):
+        """The members of a group are optional with this option. The question names a left-out one and the reason."""
+        self.configure(option)
+        self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',
+                          '<packagereq type="mandatory">pebble-go</packagereq>'
+                          '<packagereq type="mandatory">moonbridge</packagereq>')
+        self.started()
+        counted = self.count_resolutions()
+        added, gone = self.changes(self.apply, group_installs=["games"], answers=[1, 1])
+        self.assertEqual((added, gone), ({"pebble-go-1.4-1.x86_64", "hedgerow-4.0-1.noarch", "orrery-3.7-1.x86_64"},
+                                         set()))
+        self.assertIn("moonbridge-1.0-1.noarch\n    ", self.recording.printed())
+        self.assertIn("gravity >= 6", self.recording.printed())
+        self.assertEqual(len(counted), 1)
+
+    @needs_groups
+    @in_own_process
+    def test_without_strict_the_question_names_the_reasons(self):
+        self.check_optional_members("strict=0")
+
+    @needs_groups
+    @in_own_process
+    def test_with_skip_broken_the_question_names_the_reasons(self):
+        self.check_optional_members("skip_broken=1")
+
+    @needs_groups
+    @in_own_process
+    def test_no_marked_package_is_left_out_in_silence(self):
+        self.started()
+        # The attempt that looks for impossible marks can find another solution than the last resolution.
+        self.module("resolving").impossibleMarks = lambda base, marks: []
+        added, gone = self.changes(self.apply, group_installs=["games"], installs=["moonbridge", "astrolabe"],
+                                   answers=[1, 1])
+        self.assertEqual((added, gone), ({"pebble-go-1.4-1.x86_64", "hedgerow-4.0-1.noarch", "orrery-3.7-1.x86_64",
+                                          "astrolabe-5.6-1.x86_64"}, set()))
+        text = self.recording.printed()
+        self.assertTrue(text.startswith(question("astrolabe, Games") + "\n\nmoonbridge-1.0-1.noarch\n    "), text)
+        self.assertIn("gravity >= 6", text)
+        self.assertEqual(self.left_out(), ["moonbridge-1.0-1.noarch"])
+
     @needs_groups
     @in_own_process
     def test_a_group_and_a_package_can_both_be_left_out(self):
@@ -379,15 +421,51 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["flint-ssh-8.8-1.x86_64"])
 
     @in_own_process
-    def test_many_impossible_removals_are_refused(self):
+    def test_many_impossible_removals_are_left_out(self):
         names = "almanac,anvil-make,parrot,birch-log,barometer,beacon-dns,cinder-backup,abacus-cli,atrium-web,elaia," \
                 "halyard,lantern-view,chisel-diff,delta-patch,fernleaf-icons,escapement,pewter-print,sluice-fw," \
                 "libheather,libkestrel,libpumice,lexicon-en,meridian-tz"
         self.configure("protected_packages=" + names)
         self.started()
         counted = self.count_resolutions()
-        self.assert_refused("protected", removes=names.split(",") + ["gallivant"])
+        added, gone = self.changes(self.apply, removes=names.split(",") + ["gallivant"], answers=[1, 1])
+        self.assertEqual((added, [name.partition("-")[0] for name in gone]), (set(), ["gallivant"]))
+        self.assertEqual(len(self.left_out()), 23)
         self.assertLess(len(counted), 50)
+
+    @in_own_process
+    def test_after_too_many_attempts_the_undecided_removals_are_left_out(self):
+        self.configure("protected_packages=birch-log")
+        self.started()
+        self.module("resolving").ATTEMPTS = 3
+        added, gone = self.changes(self.apply, removes=["almanac", "barometer", "birch-log", "parrot"], answers=[1, 1])
+        self.assertEqual((added, sorted(name.partition("-")[0] for name in gone)), (set(), ["almanac", "barometer"]))
+        self.assertEqual(self.left_out(), ["birch-log-3.0-1.x86_64", "parrot-1.0-1.noarch"])
+
+    def install_protected_package_with_two_providers(self):
+        """Two packages of which either can be removed, but not both."""
+        self.build("oil-a", "Provides: lamp-oil")
+        self.build("oil-b", "Provides: lamp-oil")
+        self.build("keeper", "Requires: lamp-oil")
+        self.install("oil-a", "oil-b", "keeper")
+        self.configure("protected_packages=keeper")
+
+    @in_own_process
+    def test_of_removals_that_are_impossible_together_one_is_left_out(self):
+        self.install_protected_package_with_two_providers()
+        self.started()
+        changed = self.changes(self.apply, removes=["oil-a", "oil-b", "parrot"], answers=[1, 1])
+        self.assertEqual(changed, (set(), {"oil-a-1.0-1.noarch", "parrot-1.0-1.noarch"}))
+        self.assertEqual(self.left_out(), ["oil-b-1.0-1.noarch"])
+        self.assertIn("protected packages", self.recording.printed())
+
+    @in_own_process
+    def test_of_removals_that_are_impossible_together_one_is_left_out_beside_an_installation(self):
+        self.install_protected_package_with_two_providers()
+        self.started()
+        changed = self.changes(self.apply, removes=["oil-a", "oil-b"], installs=["astrolabe"], answers=[1, 1])
+        self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, {"oil-a-1.0-1.noarch"}))
+        self.assertEqual(self.left_out(), ["oil-b-1.0-1.noarch"])
 
     @in_own_process
     def test_an_available_provider_does_not_replace_a_removed_one(self):
@@ -412,10 +490,14 @@ class RemovalTest(QuestionTest):
     def install_package_with_two_providers(self):
         """Installs a mail transport and a package that needs a mail transport."""
         self.build("lighthouse", "Requires: mail-transport")
+        self.install("tern-mta", "lighthouse")
+
+    def install(self, *names):
+        """Installs packages with the command dnf."""
         subprocess.run(["dnf", "--noplugins", "--assumeyes", "--quiet", "--installroot", self.sandbox.root, "-c",
                         self.sandbox.root + "/etc/yum.conf",
-                        "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "install", "tern-mta",
-                        "lighthouse"], env=self.sandbox.environment(), check=True)
+                        "--setopt=reposdir=%s/etc/yum.repos.d" % self.sandbox.root, "install"] +
+                       list(names), env=self.sandbox.environment(), check=True)
 
     def build(self, name, *lines):
         """Adds a package to a repository."""

@@ -57,6 +57,10 @@ SCENARIOS = [
              before=["install leading-1 leading-part-1"], update="leading", dnf="upgrade leading"),
     Scenario("an_install_with_best", "refused no-such-thing", config="best=True", repos=RULES, install="lagging",
              dnf="install lagging"),
+    Scenario("an_install_beside_an_impossible_one_with_skip_broken", "+astrolabe", config="skip_broken=1",
+             install="moonbridge astrolabe", dnf="install moonbridge astrolabe"),
+    Scenario("an_install_beside_an_impossible_one_without_strict", "+astrolabe", config="strict=0",
+             install="moonbridge astrolabe", dnf="install moonbridge astrolabe"),
     # Options of the transaction
     Scenario("no_documentation", "+handbook", config="tsflags=nodocs", repos=RULES, install="handbook",
              dnf="install handbook"),

@@ -50,6 +50,8 @@ def readConfiguration():
 
     # dnf also looks for repositories in the main file. It must not look in its usual file instead.
     conf._set_value('config_file_path', readMainFile(conf), dnf.conf.PRIO_COMMANDLINE)
+    # The option skip_broken changes others.
+    conf._adjust_conf_options()
     # The files of an image name directories of the image. Those of the running system must not be used instead.
     for option in ('reposdir', 'varsdir'):
         conf._set_value(option, [namedDirectoryOfFiles(directory) for directory in getattr(conf, option)],

@@ -27,6 +27,7 @@ from .program import tr
 PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     (tr('Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.'), (
         (dnf.conf.config.BaseConfig, ('_has_option', '_populate', '_set_value')),
+        (dnf.conf.config.MainConf, ('_adjust_conf_options',)),
     )),
     (tr('Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, '
         'because it lacks {}.'), (

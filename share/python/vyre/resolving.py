@@ -42,11 +42,18 @@ def resolveMarks(base, marks):
         rest = marks.without(impossible)
         if not impossible and not marks.hasGroups() or rest.isEmpty():
             raise refusal(failure, impossible, problems)
-        resolveAll(base, rest, strict=False)
+        try:
+            resolveAll(base, rest, strict=False)
+        except dnf.exceptions.DepsolveError as again:
+            problems += [lines for lines in base.problems() if lines not in problems]
+            raise refusal(again, impossible, problems)
     refuseModuleSwitch(base)
     lacking = missingMembers(base, rest)
-    if lacking:
+    absent = missingMarks(base, rest)
+    if lacking or absent:
         problems += [lines for lines in problemsOfTheBest(base, rest) if lines not in problems]
+    impossible += absent
+    rest = rest.without(absent)
     left = impossible + [package for group, package in lacking]
     if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
         if left or failure is not None:
@@ -184,7 +191,7 @@ def impossibleMarks(base, marks):
     except Judged:
         pass
     except dnf.exceptions.DepsolveError:
-        return []
+        return impossible
     finally:
         base.conf.best = best
     return impossible + [package for package in marks.installs + marks.newVersions()
@@ -207,33 +214,43 @@ def unmarkable(base, marks):
 
 
 def impossibleRemovals(base, marks):
-    """The marked removals that are impossible by themselves, because of protected or excluded packages."""
+    """The marked removals that are impossible because of protected or excluded packages. Of removals that are
+    impossible only together, the first ones are kept. After too many attempts, all undecided ones count as impossible.
+    """
     attempts = iter(range(ATTEMPTS))
+    kept = Marks()
 
     def search(packages, groups):
         """The impossible ones among these. Raises StopIteration after too many attempts."""
         next(attempts)
-        if canBeRemoved(base, Marks(removes=packages, groupRemoves=groups)):
-            return []
+        if canBeRemoved(base, Marks(removes=kept.removes + packages, groupRemoves=kept.groupRemoves + groups)):
+            kept.removes += packages
+            kept.groupRemoves += groups
+            return
         names = sorted(set(package.name for package in packages))
         if len(names) + len(groups) == 1:
-            return packages + groups
+            return
         if groups and names:
-            return search(packages, []) + search([], groups)
-        if groups:
+            search(packages, [])
+            search([], groups)
+        elif groups:
             middle = len(groups) // 2
-            return search([], groups[:middle]) + search([], groups[middle:])
-        first = set(names[:len(names) // 2])
-        return (search([package for package in packages if package.name in first], []) +
-                search([package for package in packages if package.name not in first], []))
+            search([], groups[:middle])
+            search([], groups[middle:])
+        else:
+            first = set(names[:len(names) // 2])
+            search([package for package in packages if package.name in first], [])
+            search([package for package in packages if package.name not in first], [])
 
     if not marks.isRemoving():
         return []
     with availableHidden(base):
         try:
-            return search(list(marks.removes), list(marks.groupRemoves))
+            search(list(marks.removes), list(marks.groupRemoves))
         except StopIteration:
-            return []
+            pass
+    undone = marks.removals().without(kept.removes + kept.groupRemoves)
+    return undone.removes + undone.groupRemoves
 
 
 def canBeRemoved(base, marks):
@@ -249,6 +266,13 @@ def canBeRemoved(base, marks):
     except dnf.exceptions.DepsolveError:
         return False
     return True
+
+
+def missingMarks(base, marks):
+    """The marked packages that are missing in the transaction. With groups, it is found with optional marks."""
+    there = set(str(package) for package in base.sack.query().installed())
+    there.update(str(item) for item in base.transaction or [] if item.action in dnf.transaction.FORWARD_ACTIONS)
+    return [package for package in marks.installs + marks.newVersions() if str(package) not in there]
 
 
 def missingMembers(base, marks):
@@ -295,6 +319,6 @@ def missingOf(base, group, names):
 def problemsOfTheBest(base, marks):
     """The reasons why the found transaction lacks possible packages."""
     goal = copy.deepcopy(base.goal)
-    if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak_deps=True):
+    if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak=True):
         return []
     return [clearest(lines) for lines in goal.problem_rules()]

@@ -125,7 +125,7 @@ def findReplacements(base):
         base.upgrade_all()
         goal = base.goal
         goal.add_protected(base.sack.query().filterm(name=base.conf.protected_packages))
-        if not any(goal.run(force_best=best, ignore_weak=not base.conf.install_weak_deps)
+        if not any(goal.run(force_best=best, ignore_weak_deps=not base.conf.install_weak_deps)
                    for best in sorted({bool(base.conf.best), False}, reverse=True)):
             return []
         replaced = set(goal.list_obsoleted())
