@@ -316,6 +316,21 @@ class FailuresTest(PlugInsTest):
             self.assertTrue(text.startswith("The plug-in crooked has failed (sack):\nTraceback"), (statement, text))
 
     @in_own_process
+    def test_the_end_of_the_program_is_not_blamed_on_a_plug_in(self):
+        import functools
+        import signal
+
+        call = "sys.modules['vyre.output'].showActivity('x')"
+        for content in ("import sys\n" + call + "\n", raising("__init__", call), raising("pre_config", call),
+                        raising("sack", call)):
+            self.write_plug_in("patient", content)
+            self.load()
+            # Like the program's function, it has no frame of Python.
+            self.module("program").changeActivity = functools.partial(signal.default_int_handler, signal.SIGINT)
+            with self.assertRaises(KeyboardInterrupt):
+                self.collect()
+
+    @in_own_process
     def test_a_plug_in_that_exits_before_a_transaction_prevents_it(self):
         for hook in ("resolved", "pre_transaction"):
             for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):

@@ -70,6 +70,18 @@ def reasonOf(error):
     return passable(str(error)) or type(error).__name__
 
 
+def isInterruptOfProgram(error):
+    """Whether one of the program's functions has raised the exception, which it does when the program ends. They have
+    no frame of their own: the last one is that of the script.
+    """
+    place = error.__traceback__
+    if not isinstance(error, KeyboardInterrupt) or place is None:
+        return False
+    while place.tb_next is not None:
+        place = place.tb_next
+    return (place.tb_frame.f_globals.get('__name__') or '').partition('.')[0] == __package__
+
+
 class PlugIns(dnf.plugin.Plugins):
     """dnf's plug-ins. If one fails, a message names it. A failure that would end the command dnf ends only the
     operation; so do exceptions like SystemExit and KeyboardInterrupt.
@@ -90,6 +102,8 @@ class PlugIns(dnf.plugin.Plugins):
         try:
             super(PlugIns, self)._load(conf, skips, enable_plugins)
         except BaseException as e:
+            if isInterruptOfProgram(e):
+                raise
             self._refuse(plugInInTraceback(e), e)
         finally:
             self.plugin_cls = [found for found in self.plugin_cls if found not in old]
@@ -99,6 +113,8 @@ class PlugIns(dnf.plugin.Plugins):
             try:
                 self.plugins.append(found(base, cli))
             except BaseException as e:
+                if isInterruptOfProgram(e):
+                    raise
                 logging.getLogger('dnf').debug('%s', e, exc_info=True)
                 self._refuse(nameOfPlugIn(found), e)
 
@@ -113,6 +129,8 @@ class PlugIns(dnf.plugin.Plugins):
             try:
                 getattr(plugIn, method)()
             except BaseException as e:
+                if isInterruptOfProgram(e):
+                    raise
                 if not isinstance(e, Exception) or isinstance(e, dnf.exceptions.Error):
                     logging.getLogger('dnf').debug('%s', e, exc_info=True)
                     raise dnf.exceptions.Error(
@@ -129,6 +147,16 @@ class PlugIns(dnf.plugin.Plugins):
             self._withoutCommand.add((name, method))
             logging.getLogger('dnf').warning(
                 tr('The plug-in %s needs the command dnf and does not work in VYRE (%s).'), name, method)
+
+    # Whether a plug-in has ended the operation just before rpm's work, or after the changes of one without packages.
+    ended = False
+
+    def run_pre_transaction(self):
+        try:
+            super(PlugIns, self).run_pre_transaction()
+        except dnf.exceptions.Error:
+            PlugIns.ended = True
+            raise
 
     def run_transaction(self):
         try:
