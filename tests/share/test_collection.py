@@ -501,6 +501,29 @@ class ReplacementTest(ScenarioTest):
         self.assertEqual(self.replacements(), [])
 
     @in_own_process
+    def test_weak_dependencies_count_as_when_dnf_resolves(self):
+        import dnf.goal
+
+        given = []
+
+        class Recorded(dnf.goal.Goal):
+            def run(self, **arguments):
+                given.append(set(arguments))
+                weak.append(arguments.get("ignore_weak_deps"))
+                return super(Recorded, self).run(**arguments)
+
+        weak = []
+        dnf.goal.Goal = Recorded
+        self.configure("install_weak_deps=0")
+        self.started()
+        found = len(given)
+        self.assertGreater(found, 0)
+        self.apply(installs=["astrolabe"], answers=[0])
+        self.assertGreater(len(given), found)
+        self.assertEqual(set(weak), {True})
+        self.assertFalse([names for names in given if "ignore_weak" in names])
+
+    @in_own_process
     def test_the_configuration_can_prevent_replacements(self):
         for line in ("obsoletes=0", "exclude=newpost", "exclude=oldpost"):
             self.configure(line)
