@@ -2356,6 +2356,22 @@ Es sind nur noch {} kB frei für {}</translation>
         <translation>Das Warten auf {} wurde beendet. Es wurde nichts verändert.</translation>
     </message>
     <message>
+        <source>The wait for {} was ended.</source>
+        <translation>Das Warten auf {} wurde beendet.</translation>
+    </message>
+    <message>
+        <source>{}
+No packages were changed. This was saved before:
+{}</source>
+        <translation>{}
+Es wurden keine Pakete verändert. Zuvor wurde gespeichert:
+{}</translation>
+    </message>
+    <message>
+        <source>These marked packages are in the other streams: {}</source>
+        <translation>Diese markierten Pakete sind in den anderen Streams: {}</translation>
+    </message>
+    <message>
         <source>another program</source>
         <translation>ein anderes Programm</translation>
     </message>

@@ -80,7 +80,7 @@ with ownPackage():
     from vyre.history import commandLine, refuseHistory, reportLeftovers
     from vyre.image import checkPersistence
     from vyre.listing import otherSections
-    from vyre.locks import DatabaseLock, giveSessionLockBack, takeSessionLock
+    from vyre.locks import DatabaseLock, WaitingLock, giveSessionLockBack, takeSessionLock
     from vyre.marks import Marks
     from vyre.metadata import checkModuleFiles, documentPath
     from vyre.output import Writer, setUpLogFiles, startLog
@@ -207,6 +207,7 @@ class YumIO:
             checkModuleFiles(self.base)
             self._cookie = databaseCookie()
             self.base.fill_sack()
+            WaitingLock.changed = False
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
             raise dnf.exceptions.RepoError(str(e) + spaceHint(self.base.conf.cachedir))
 
@@ -341,6 +342,7 @@ class YumIO:
             raise dnf.exceptions.Error(str(e))
         finally:
             self.systemChanged = base.changed
+            WaitingLock.changed = WaitingLock.changed or base.changed
             addRemarks(base)
             RPMTransaction.endLast()
             base.headers.clear()

@@ -148,6 +148,20 @@ class TestOnlyTest(OutcomeTest):
                          (self.downloaded(twin.root), self.recorded(twin.root)))
         self.assertEqual(self.recorded(), ["astrolabe-5.6-1.x86_64.rpm"])
 
+    @needs_groups
+    @in_own_process
+    def test_the_change_of_a_group_without_packages_is_no_test(self):
+        self.started()
+        self.apply(removes=["easel", "palette-knife"])
+        self.configure("tsflags=test")
+        self.again()
+        announced = []
+        self.module("program").addBeforeListing = announced.append
+        before = self.transactions()
+        self.assertIs(self.apply(group_removes=["arts"]), True)
+        self.assertEqual(len(self.transactions()), len(before) + 1)
+        self.assertEqual((announced, self.yumio.remarks), ([], []))
+
     @in_own_process
     def test_an_impossible_test_transaction_fails(self):
         self.configure("tsflags=test")

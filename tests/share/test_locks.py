@@ -329,6 +329,26 @@ class WaitTest(ScenarioTest):
         self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
 
     @in_own_process
+    def test_a_wait_after_a_transaction_does_not_say_that_nothing_was_changed(self):
+        self.started()
+        self.apply(installs=["loupe"])
+        self.hold("metadata")
+        self.set_wait(lambda: False)
+        for number in range(2):
+            del self.shown[:]
+            with self.assertRaisesRegex(self.dnf.exceptions.RepoError,
+                                        r"^The wait for python3 \(%d\) was ended.$" % self.holder.pid):
+                self.collect_again()
+        self.let_go()
+        self.again()
+        # From now on it is true again.
+        self.hold("metadata")
+        del self.shown[:]
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "was ended. Nothing was changed.$"):
+            self.collect_again()
+        self.let_go()
+
+    @in_own_process
     def test_the_wait_for_downloads_can_be_ended(self):
         import dnf.exceptions
 

@@ -75,7 +75,8 @@ class ModulesTest(ModuleScenario):
             "It is not possible to switch enabled streams of a module unless explicitly enabled via configuration "
             "option module_stream_switch.\nIt is recommended to rather remove all installed content from the module, "
             "and reset the module using 'dnf module reset <module_name>' command. After you reset the module, you can "
-            "install the other stream.$", installs=["grove-cli"])
+            r"install the other stream.\nThese marked packages are in the other streams: grove-cli-[^ ,]*$",
+            installs=["grove-cli", "astrolabe"])
         self.assertNotIn("userconfirm", self.recording.names())
         self.assertEqual(self.streams(), before)
 
@@ -87,6 +88,32 @@ class ModulesTest(ModuleScenario):
         self.apply(installs=["grove-cli"])
         self.assertEqual("".join(self.added), "Switching module streams:\n\tgrove 0 -> 1\n")
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
+
+
+class EndedTest(ModuleScenario):
+    def enter(self):
+        super(EndedTest, self).enter()
+        plugins = os.path.join(self.directory, "plugins")
+        os.makedirs(plugins)
+        with open(os.path.join(plugins, "crooked.py"), "w") as stream:
+            stream.write("import dnf, sys\nclass Crooked(dnf.Plugin):\n    name = 'crooked'\n"
+                         "    def pre_transaction(self):\n        sys.exit('enough')\n")
+        self.configure("plugins=1", "pluginpath=" + plugins, "pluginconfpath=" + plugins)
+
+    @in_own_process
+    def test_streams_that_were_saved_before_a_plug_in_ends_the_operation_are_named(self):
+        self.started()
+        self.assert_refused("^The plug-in crooked has ended the operation: enough\nNo packages were changed. This was "
+                            "saved before:\nEnabling module streams: grove 1$", installs=["grove-cli"])
+        self.assertEqual(self.streams()["grove"], ("enabled", "1"))
+        # The program collects the packages again.
+        self.assertTrue(self.yumio.systemChanged)
+
+    @in_own_process
+    def test_without_streams_nothing_was_changed(self):
+        self.started()
+        self.assert_refused("^The plug-in crooked has ended the operation: enough$", installs=["astrolabe"])
+        self.assertFalse(self.yumio.systemChanged)
 
 
 class LanguageTest(ModuleScenario):

@@ -137,7 +137,8 @@ class UsedNamesTest(unittest.TestCase):
                  getattr(node.func, "id", "") in ("getattr", "hasattr", "setattr")]
         found = [node.args[1] for node in calls]
         if any(isinstance(name, ast.Name) for name in found):
-            found += [each for node in ast.walk(function) if isinstance(node, (ast.Tuple, ast.List)) for each in node.elts]
+            found += [each for node in ast.walk(function) if isinstance(node, (ast.Tuple, ast.List))
+                      for each in node.elts]
         return {name.value for name in found if isinstance(name, ast.Constant) and isinstance(name.value, str) and
                 name.value.startswith("_") and not name.value.startswith("__")}
 

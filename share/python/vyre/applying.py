@@ -8,6 +8,7 @@ import dnf.util
 import libdnf.transaction
 
 from .history import endHistory, unrecorded
+from .listing import otherSections
 from .locks import DatabaseLock
 from .output import extendListing, introduceListing
 from .plugins import PlugIns
@@ -34,7 +35,8 @@ def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
     transaction = base.transaction or []
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
-    if 'test' in base.conf.tsflags:
+    # Changes of groups and streams alone are made nevertheless, as by dnf.
+    if transaction and 'test' in base.conf.tsflags:
         introduceListing(tr('This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
                             'it installs, updates and removes nothing.\n\n'))
     for heading, lines in sections:
@@ -75,11 +77,18 @@ def runTransaction(base, checkCurrent):
         checkCurrent()
         base.scriptSpace = ScriptSpace()
         checkScriptSpace(base.scriptSpace)
+        # dnf saves streams of modules before the plug-ins' last hook; without packages, also the groups.
+        saved = otherSections(base, withGroups=not base.transaction)
+        PlugIns.ended = False
         try:
             base.do_transaction(TransactionProgress())
-        except Exception:
+        except Exception as e:
             if not base.changed:
                 endHistory(base)
+                if PlugIns.ended and saved:
+                    base.changed = True
+                    raise dnf.exceptions.Error(tr('{}\nNo packages were changed. This was saved before:\n{}').format(
+                        e, '\n'.join('{}: {}'.format(heading, ', '.join(lines)) for heading, lines in saved)))
             raise
     if base.transaction and 'test' in base.conf.tsflags:
         base.remarks.append(

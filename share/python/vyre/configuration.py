@@ -143,11 +143,10 @@ def keepChecks(conf, path):
         conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
     protect(conf, demanded.protected_packages)
     if added:
-        # The file of the running system is about the running system. Many an image demands less.
-        logging.getLogger('dnf').log(
-            logging.WARNING if ofRoot else logging.INFO,
-            tr('dnf with its file %s makes checks that %s does not demand. They are made: %s'), own,
-            path, ', '.join(added))
+        # The file of the running system demands nothing of the managed one in particular.
+        show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
+        show(tr('dnf with its file %s makes checks that %s does not demand. They are made: %s'), own, path,
+             ', '.join(added))
 
 
 def protect(conf, names):

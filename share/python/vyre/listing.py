@@ -7,8 +7,10 @@ import dnf.exceptions
 import dnf.i18n
 import dnf.util
 
+from .program import tr
 
-def otherSections(base):
+
+def otherSections(base, withGroups=True):
     """What a resolved transaction changes beside packages, as in dnf's own listing: pairs of a heading and its lines.
     Empty sections are left out.
     """
@@ -30,15 +32,15 @@ def otherSections(base):
             (base.history.env, (dnfText('Installing Environment Groups'), dnfText('Upgrading Environment Groups'),
                                 dnfText('Removing Environment Groups'))),
             (base.history.group, (dnfText('Installing Groups'), dnfText('Upgrading Groups'),
-                                  dnfText('Removing Groups')))):
+                                  dnfText('Removing Groups')))) if withGroups else ():
         for heading, groups in zip(headings, (persistor._installed, persistor._upgraded, persistor._removed)):
             sections.append((heading, [group.getName() or identifier for identifier, group in groups.items()]))
     return [(heading, list(lines)) for heading, lines in sections if lines]
 
 
-def refuseModuleSwitch(base):
+def refuseModuleSwitch(base, packages):
     """Refuse to switch enabled streams of modules, if the configuration does not allow it. dnf's library does not check
-    this; the command dnf does.
+    this; the command dnf does. The text names those of the marked packages that are in the streams.
     """
     conf = base.conf
     if not conf._has_option('module_stream_switch') or conf.module_stream_switch:
@@ -54,4 +56,18 @@ def refuseModuleSwitch(base):
         "module_stream_switch.\nIt is recommended to rather remove all installed content from the module, and reset "
         "the module using '{prog} module reset <module_name>' command. After you reset the module, you can install "
         "the other stream.").format(prog=getattr(dnf.util, 'MAIN_PROG', 'dnf')))
-    raise dnf.exceptions.Error('\n'.join(lines))
+    named = packagesOfStreams(base, packages, [(name, streams[1]) for name, streams in switched])
+    parts = []
+    if named:
+        parts.append(tr('These marked packages are in the other streams: {}').format(', '.join(named)))
+    raise dnf.exceptions.Error('\n'.join(lines + parts))
+
+
+def packagesOfStreams(base, packages, streams):
+    """The packages, as texts, that are in these streams of modules: pairs of a name and a stream."""
+    found = set()
+    for module in base._moduleContainer.getModulePackages():
+        if (module.getName(), module.getStream()) in streams:
+            found.update(module.getArtifacts())
+    return sorted(set(str(package) for package in packages if '{}-{}:{}-{}.{}'.format(
+        package.name, package.epoch, package.version, package.release, package.arch) in found))

@@ -254,6 +254,9 @@ class WaitingLock(dnf.lock.ProcessLock):
     # Seconds between two attempts.
     ATTEMPTS = 0.2
 
+    # Whether packages were changed, and not read again since.
+    changed = False
+
     def __enter__(self):
         dnf.util.ensure_dir(os.path.dirname(self.target))
         self._lock_thread()
@@ -290,8 +293,9 @@ class WaitingLock(dnf.lock.ProcessLock):
             self._end(0)
 
     def _end(self, holder):
-        raise dnf.exceptions.LockError(tr('The wait for {} was ended. Nothing was changed.').format(
-            self._describe(holder)))
+        text = tr('The wait for {} was ended.') if WaitingLock.changed else tr(
+            'The wait for {} was ended. Nothing was changed.')
+        raise dnf.exceptions.LockError(text.format(self._describe(holder)))
 
     @staticmethod
     def _describe(number):

@@ -47,7 +47,7 @@ def resolveMarks(base, marks):
         except dnf.exceptions.DepsolveError as again:
             problems += [lines for lines in base.problems() if lines not in problems]
             raise refusal(again, impossible, problems)
-    refuseModuleSwitch(base)
+    refuseModuleSwitch(base, rest.installs + rest.newVersions())
     lacking = missingMembers(base, rest)
     absent = missingMarks(base, rest)
     if lacking or absent:
