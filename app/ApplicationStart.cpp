@@ -16,7 +16,7 @@ namespace {
 
 ApplicationStart* current = nullptr;
 
-// The display that could not be opened; a null text when the messages tell of something else.
+// The name of the display that cannot be opened. A null text if the messages report something else.
 QString missingDisplay(const QStringList& texts)
 {
     const QString complaint = QStringLiteral("could not connect to display");
@@ -30,7 +30,7 @@ QString missingDisplay(const QStringList& texts)
     return {};
 }
 
-// Qt may have taken some of the arguments away by then, so their number is not known.
+// Qt may have removed some arguments already, so their number is unknown.
 bool asksForHelp(char** argument)
 {
     for (; *argument != nullptr; ++argument) {
@@ -92,6 +92,6 @@ void ApplicationStart::fail(const QString& text) const
         printUsage();
         std::fflush(stdout);
     }
-    // The application object is half made: nothing of it may be torn down.
+    // The application object is only half constructed, so no destructor may run.
     _exit(1);
 }

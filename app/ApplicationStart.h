@@ -1,10 +1,12 @@
-// Makes the process end in good order when the toolkit finds no display.
+// Ends the process in good order if the toolkit finds no display.
 //
-// Qt tells of it in several messages and aborts. While one of these is there, Qt's messages are held back: a
-// start that fails becomes one message and exit status 1, after the usage text if that was asked for; after
-// one that succeeds they are passed on to the handler there was before.
+// Without a display, Qt prints several messages and aborts. An object of this class holds Qt's messages back.
+// If the start fails, it prints one message and ends the process with exit status 1. If the arguments ask for
+// help, it prints the usage text too. If the start succeeds, it passes the messages on to the previous
+// handler.
 //
-// Made by main() on the graphical thread, just around the making of the application object; one at a time.
+// main() makes it on the graphical thread, directly before the application object, and destroys it directly
+// after; one at a time.
 
 #ifndef APP_APPLICATIONSTART_H
 #define APP_APPLICATIONSTART_H
@@ -20,8 +22,8 @@ class QString;
 class ApplicationStart
 {
 public:
-    // Keeps the arguments of main(), which end with a null pointer and have to outlive it, and looks at them
-    // only when the start has failed.
+    // The arguments are those of main(). They end with a null pointer and must outlive this object, which
+    // reads them only if the start fails.
     explicit ApplicationStart(char** argv);
     ~ApplicationStart();
     ApplicationStart(const ApplicationStart&) = delete;

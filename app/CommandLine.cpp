@@ -47,7 +47,8 @@ namespace CommandLine {
 
 namespace {
 
-// The first keyword that begins with the argument; an empty argument means the first one. -1: none does.
+// The index of the first keyword that begins with the argument. An empty argument means the first keyword.
+// -1 if no keyword matches.
 template <int count> int keyword(const char* const (&keywords)[count], const char* argument)
 {
     const size_t length = std::strlen(argument);
@@ -59,7 +60,7 @@ template <int count> int keyword(const char* const (&keywords)[count], const cha
     return -1;
 }
 
-// The character that begins with the first byte beyond ASCII; that byte alone if it is not UTF-8.
+// The first character beyond ASCII. If it is not valid UTF-8, only its first byte.
 std::string firstBeyondAscii(const char* text)
 {
     const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
@@ -78,7 +79,7 @@ std::string firstBeyondAscii(const char* text)
 const char* const modes[] = {"filter", "search"};
 const char* const states[] = {"updatable", "installable", "removable", "all"};
 
-// Options without a letter; the values are none of a letter.
+// Options without a letter. Their values differ from those of all letters.
 enum LongOnly { Duplicates = 256, DisableRepo, EnableRepo };
 
 const option longOptions[] = {
@@ -150,13 +151,14 @@ void apply(int argc, char** argv, MainWindow& window)
             window.addRepoOverride(YumRepoEnabled(true, QString::fromLocal8Bit(optarg)));
             break;
         default:
-            // A byte beyond ASCII is a negative number where char has a sign.
+            // If char is signed, a byte beyond ASCII is a negative number.
             if (optopt < 0 || (optopt > 127 && optopt < Duplicates)) {
                 std::fprintf(stderr, "%s: unrecognized option letter: %s\n", program,
                              firstBeyondAscii(word).c_str());
                 usage();
             }
-            // A long option without its argument leaves its own value, which is no letter when it has none.
+            // If a long option lacks its argument, optopt is the value of that option: its letter, or a
+            // LongOnly value.
             if (optopt > 0 && optopt < Duplicates) {
                 std::fprintf(stderr, "%s: unrecognized option letter: %c\n", program, optopt);
             } else {

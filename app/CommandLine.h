@@ -7,7 +7,7 @@
 
 class MainWindow;
 
-// The usage text, to standard output.
+// Prints the usage text to standard output.
 void printUsage();
 
 // Prints the usage text and ends the process with status 1.
@@ -15,7 +15,8 @@ void printUsage();
 
 namespace CommandLine {
 
-// Applies each option at once, so the last of two that set the same wins. Qt has taken its own options away.
+// Applies the options in their order, so the last of two options for the same setting wins. Qt has removed
+// its own options already.
 void apply(int argc, char** argv, MainWindow& window);
 
 } // namespace CommandLine

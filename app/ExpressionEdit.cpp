@@ -7,7 +7,7 @@
 
 void ExpressionEdit::showValid(bool valid)
 {
-    // An expression that is none would look like one that nothing matches.
+    // Otherwise an invalid expression looks like one without matches.
     QPalette palette = QApplication::palette(this);
     if (!valid) {
         palette.setColor(QPalette::Base, QColor(Colors::errorBg()));

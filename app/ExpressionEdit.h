@@ -1,5 +1,7 @@
-// The edit of the expression that the table is filtered by. It leaves the key of the repository editor, which
-// edits use to go to their end, to the menu, and shows in its colours whether the expression is valid.
+// The edit for the expression that filters the table. Its colours show whether the expression is valid.
+//
+// An edit normally uses Ctrl+E to move the cursor to its end. This one leaves the key to the menu, where it
+// opens the repository editor.
 //
 // Graphical thread; owned by the main window.
 

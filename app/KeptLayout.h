@@ -1,4 +1,4 @@
-// The size of the main window and the widths and places of the table's columns, as the user has left them.
+// Saves and restores the size of the main window and the widths and places of the table's columns.
 //
 // Graphical thread; only functions.
 
@@ -13,7 +13,7 @@ class View;
 namespace KeptLayout {
 
 void save(const QWidget& window, const PackageTable::View& view);
-// Leaves as it is what was not kept.
+// A setting that was never saved changes nothing.
 void restore(QWidget& window, PackageTable::View& view);
 
 } // namespace KeptLayout

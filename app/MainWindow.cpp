@@ -101,7 +101,7 @@ void MainWindow::setVisible(bool visible)
     const bool first = visible && !scheduled;
     if (first) {
         scheduled = true;
-        // Room for the table, which is not there to ask for it yet.
+        // The table is still hidden, so the layout reserves no room for it.
         QWidget::resize(QSize(1000, 700).boundedTo(Metrics::maxWindowSize()));
     }
     QMainWindow::setVisible(visible);
@@ -117,11 +117,11 @@ QSize MainWindow::sizeHint() const
 
 void MainWindow::initialize()
 {
-    // The window system shows a window in its own time, and a window without contents looks broken.
-    // Nor does it ever show a window that is started as an icon.
+    // A window without contents looks broken. Therefore this waits until the window system shows the window.
+    // The wait has a limit, because a window that starts as an icon is never shown.
     QElapsedTimer waiting;
     waiting.start();
-    QTimer alarm; // wakes the wait up
+    QTimer alarm; // makes processEvents() return now and then
     alarm.start(100);
     while (windowHandle() != nullptr && !windowHandle()->isExposed() && waiting.elapsed() < 2000) {
         QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
@@ -166,10 +166,10 @@ void MainWindow::initialize()
         return;
     }
     model->reset();
-    collectedExtraData(); // a collection counts as having loaded them
+    collectedExtraData(); // the collection changes haveFileLists() and haveOtherData()
     showTable();
     {
-        // The columns fit all rows; those that do not match are not to be seen while a search is prepared.
+        // The columns fit all rows. While a search is prepared, rows that do not match must not be visible.
         const PackageTable::Model::Hiding hiding(*model);
         view->setEmptyText(tr("Reading the packages..."));
         filtersearch();
@@ -209,7 +209,7 @@ void MainWindow::saveLayout() const
     }
 }
 
-// False: the user wants the program to end, and it does.
+// Returns false if the user ends the program; the window has quit then.
 bool MainWindow::checkCredentials(bool& changed)
 {
     const RepoAuth::Checker checker(this, yumConfIO);
@@ -243,7 +243,7 @@ void MainWindow::reposChanged()
     }
     yumIO->reset();
     if (tableArea->isHidden()) {
-        takeExpression(); // of the command line
+        applyExpression(); // the one from the command line
     }
     recollect();
     showTable();
@@ -252,10 +252,10 @@ void MainWindow::reposChanged()
 
 void MainWindow::yumConfIOChanged()
 {
-    // The files are read often; each of these is told once.
+    // The files are read often, but each doubt is logged only once.
     for (const QString& doubt : qAsConst(yumConfIO->doubts)) {
-        if (!quitting() && !toldDoubts.contains(doubt)) {
-            toldDoubts.insert(doubt);
+        if (!quitting() && !loggedDoubts.contains(doubt)) {
+            loggedDoubts.insert(doubt);
             yumIO->log(Log::Warning, 0, doubt);
         }
     }
@@ -309,7 +309,7 @@ void MainWindow::setReady(bool ready)
     QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
     if (ready && closeWanted && !quitting()) {
         closeWanted = false;
-        // The operation has to return first.
+        // The operation must return before the window closes.
         QTimer::singleShot(0, this, SLOT(close()));
     }
 }
@@ -337,7 +337,7 @@ MainWindow::LoggedErrors::~LoggedErrors()
     {
         const QMutexLocker locker(&entries);
         any = std::any_of(entries.cbegin() + before, entries.cend(), [](const Log::Entry& entry) {
-            return entry.kind == Log::Error && entry.level <= 2; // that the log window shows by itself
+            return entry.kind == Log::Error && entry.level <= 2; // the log window shows these by default
         });
     }
     if (any) {
@@ -356,11 +356,11 @@ void MainWindow::recollect(Kept kept)
         yumIO->clearEntries();
         collect();
         yumIO->restoreMarks(marks);
-        // Or what is asked of each record for the expression would hold up the graphical thread.
+        // Otherwise the proxy reads the search texts of each record on the graphical thread and blocks it.
         prepareFilterSearch();
     }
     updateEmptyText();
-    // The records are new ones.
+    // The table has new records now.
     warnUnlistedActions();
     stateChanged(-1);
     collectedExtraData();
@@ -383,7 +383,7 @@ void MainWindow::clean(bool (YumIO::*operation)())
 {
     setReady(false);
     (yumIO->*operation)();
-    // The window is about to close: to collect would wait for the same lock again.
+    // If the window is about to close, a collection would only wait for the same lock again.
     if (!closeWanted) {
         yumIO->reset();
         recollect();
@@ -398,7 +398,7 @@ void MainWindow::cleanDbcache()
 
 void MainWindow::cleanPackages()
 {
-    // Packages that are no longer downloaded change nothing in the table.
+    // The table does not depend on downloaded packages, so no new collection is necessary.
     setReady(false);
     yumIO->cleanPackages();
     setReady(true);
@@ -424,10 +424,10 @@ void MainWindow::apply()
         return;
     }
     if (changed) {
-        // Or the back end goes on with the URLs that it has read before.
+        // Otherwise the back end continues to use the old URLs.
         yumIO->reset();
     }
-    // A transaction that failed half way has changed the system all the same.
+    // A transaction that fails half way changes the system too.
     if (applied || yumIO->systemChanged()) {
         recollect(LeftOutMarks);
     } else if (yumIO->isOutdated()) {
@@ -443,13 +443,13 @@ void MainWindow::quit()
     if (quitting()) {
         return;
     }
-    // A transaction must not be cut off.
+    // A transaction must not be interrupted.
     if (yumIO->isWorking()) {
         closeLater();
         return;
     }
     saveLayout();
-    // From here on nothing asks the back end any more.
+    // From here on nothing may use the back end.
     YumIO* const ending = yumIO;
     yumIO = nullptr;
     ending->clearEntriesBeforeQuit();
@@ -463,7 +463,7 @@ void MainWindow::quit()
     delete ending;
 }
 
-// While the back end works. Where it only waits for another program, there is nothing to be cut off.
+// Called while the back end works. If it only waits for another program, the wait can be ended safely.
 void MainWindow::closeLater()
 {
     if (yumIO->endWaiting()) {
@@ -555,7 +555,7 @@ void MainWindow::showNotice(const QString& text)
 void MainWindow::about()
 {
     if (aboutBox == nullptr) {
-        // Not by QMessageBox::about(): its event loop would hold up an operation that has ended meanwhile.
+        // Not QMessageBox::about(): an operation that ends meanwhile would have to wait for its event loop.
         aboutBox = new QMessageBox(
             QMessageBox::NoIcon, tr("About"),
             tr("<h3>VYRE %1</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
@@ -610,13 +610,13 @@ void MainWindow::modeChanged(int mode)
 
 void MainWindow::prepareFilterSearch()
 {
-    // Before the start there is nothing to load from; the start itself comes by here.
+    // Before the window is shown, nothing can be loaded yet; initialize() calls this function later.
     if (!scheduled || modeBox->currentIndex() != searchMode) {
         return;
     }
     const QString regexp = regexpEdit->text();
     const bool wanted = !regexp.isEmpty() && regexp != QLatin1String(".*");
-    // What the table is filtered by need not be what has been typed meanwhile.
+    // The table may still be filtered by an earlier expression than the one in the edit.
     if (!wanted && proxy->filterRegExp().isEmpty()) {
         return;
     }
@@ -638,14 +638,14 @@ void MainWindow::filtersearch()
         setReady(false);
     }
     prepareFilterSearch();
-    takeExpression();
+    applyExpression();
     if (search) {
         setReady(true);
     }
     anyFilterChanged();
 }
 
-void MainWindow::takeExpression()
+void MainWindow::applyExpression()
 {
     proxy->setFilterRegExp(regexpEdit->text());
     regexpEdit->showValid(proxy->isValidExpression());

@@ -1,6 +1,6 @@
 // The program's one main window: menus, the filter row, the package table, the action buttons and the
-// progress bars. It owns the back end and everything that works on it, and brackets each long operation by
-// taking the controls away and giving them back.
+// progress bars. It owns the back end and all objects that work on it. It disables the controls before each
+// long operation and enables them afterwards.
 //
 // Graphical thread; made by main() and never deleted.
 
@@ -50,7 +50,7 @@ class MainWindow : public QMainWindow
 public:
     MainWindow();
 
-    // Settings of the command line, to be made before the first showing.
+    // The settings of the command line. Call these before the window is first shown.
     void setMode(PackageTable::Mode mode);
     void setRegexp(const char* regexp);
     void setStateFilter(PackageTable::StateFilter filter);
@@ -63,9 +63,9 @@ public:
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
 
-    // Whether the system is being changed at this moment, which nothing may cut off.
+    // Whether the back end is changing the system at this moment. No such change may be interrupted.
     bool isChangingSystem() const;
-    // Ends all work for an end of the process that follows at once; see YumIO::finish().
+    // Ends all work, because the process ends directly afterwards; see YumIO::finish().
     void finish(bool displayIsThere);
 
 public Q_SLOTS:
@@ -74,11 +74,11 @@ public Q_SLOTS:
     void reposChanged();
     void initialize();
     void yumConfIOChanged();
-    // Something that the writing of the configuration has done.
+    // Logs a message about the writing of the configuration.
     void yumConfIONoted(const QString& text);
     void quit();
     void displayLog();
-    // At the start, closing the editor has the packages collected even if nothing was changed.
+    // At the start, the packages are collected when the editor closes, even without changes.
     void editRepositories(bool atStart = false);
     void cleanDbcache();
     void cleanPackages();
@@ -106,13 +106,14 @@ private Q_SLOTS:
     void openPage(const QString& address);
 
 protected:
-    // Refused while the back end works: a transaction must not be cut off. Where it only waits for another
-    // program, that wait ends, and then the window closes. Otherwise the same as quit().
+    // While the back end works, the window stays open, because a transaction must not be interrupted. If the
+    // back end only waits for another program, the wait ends, and then the window closes. Otherwise this does
+    // the same as quit().
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    // Tells, at the end of its scope, of errors that stand in the log only: a repository that cannot be
-    // reached, a script of a package that has failed.
+    // At the end of its scope, shows a notice if the log has new errors. Some errors are reported only in the
+    // log, for example an unreachable repository or a failed script of a package.
     class LoggedErrors
     {
     public:
@@ -123,7 +124,7 @@ private:
 
     private:
         MainWindow& window;
-        int before; // number of entries
+        int before; // the number of entries at the beginning
     };
 
     void createMenuBar();
@@ -136,11 +137,11 @@ private:
     void warnUnlistedActions();
     void setReady(bool ready);
     void collect();
-    // Which marks are put back where they are still possible.
+    // The marks that are set again after a collection, where they are still possible.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
-    // Filters the table by what is in the edit.
-    void takeExpression();
+    // Filters the table by the text in the edit.
+    void applyExpression();
     void showTable();
     void updateEmptyText();
     void closeLater();
@@ -148,7 +149,7 @@ private:
     bool checkCredentials(bool& changed);
     void clean(bool (YumIO::*operation)());
     void showNotice(const QString& text);
-    // Warns with a text that is not empty.
+    // An empty text means no fault; nothing is shown then.
     void showFault(const QString& text);
     void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }
@@ -157,16 +158,16 @@ private:
     bool logAtStart;
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
-    QSet<QString> toldDoubts; // about the configuration, which the log has
-    YumIO* yumIO;             // null from quit() on
-    YumIO* closing;           // the back end while quit() closes the window
+    QSet<QString> loggedDoubts; // doubts about the configuration that the log already has
+    YumIO* yumIO;               // null from quit() on
+    YumIO* closing;             // the back end while quit() closes the window
     YumConfIO* yumConfIO;
     bool initialized;
     bool scheduled;
     bool busy;
-    bool closeWanted;              // at the end of the operation that is being given up
-    bool collectFailed;            // the last collection of packages
-    QPointer<QWidget> focusBefore; // had the focus when the controls were taken away
+    bool closeWanted;              // the window closes at the end of the current operation
+    bool collectFailed;            // the last collection of packages failed
+    QPointer<QWidget> focusBefore; // had the focus when the controls were disabled
 
     HMenu* programMenu;
     QAction* quitAction;

@@ -1,4 +1,4 @@
-// The menus, boxes and buttons that the main window consists of.
+// Creates the menus, boxes and buttons of the main window.
 
 #include "app/MainWindow.h"
 
@@ -76,8 +76,8 @@ void MainWindow::createMainArea()
     centralLayout->addWidget(itemBar);
     setCentralWidget(central);
 
-    // There is nothing to choose from before the first collection; the bars keep to the bottom meanwhile. The
-    // table must not be asked for its size: it decides once for how many rows it asks room.
+    // Before the first collection there are no packages to show, and the bars stay at the bottom. A visible
+    // table would be asked for its size too early: it decides only once how many rows its size hint covers.
     tableArea->hide();
 }
 
@@ -177,7 +177,7 @@ QBoxLayout* MainWindow::createButtonRow()
 
 void MainWindow::warnConfigure()
 {
-    // Its full size is kept, so that the row does not move when the warning comes and goes.
+    // The label always has its full size, so that the row does not move when the warning appears or vanishes.
     unlistedLabel->setText(tr("Unlisted Actions"));
     unlistedLabel->setFixedSize(unlistedLabel->sizeHint());
     unlistedLabel->setText(QString());

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char documentation[] = "/usr/share/doc/vyre";
 
-// The command is a program of the share directory and its arguments.
+// The command consists of a program of the share directory and its arguments.
 void openExternally(QWidget* window, QStringList command)
 {
     command.first() = Share::absolute(command.first());

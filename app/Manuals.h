@@ -1,4 +1,4 @@
-// The manual and web pages, which other programs show: the share directory has those that find a fitting one.
+// Opens the manual and web pages in other programs. Helper programs of the share directory find these.
 //
 // Graphical thread; only functions.
 
@@ -15,8 +15,9 @@ class Manuals
     Q_DECLARE_TR_FUNCTIONS(Manuals)
 
 public:
-    // What cannot be started is reported over the window. Returns a text for the user if the manual is not
-    // installed; a desktop shows nobody what the other program says then.
+    // If a program cannot be started, a message over the window reports it. If the manual is not installed,
+    // these functions return a text for the user, because the other program's own message is not visible on a
+    // desktop.
     static QString openHtml(QWidget* window);
     static QString openPdf(QWidget* window);
     static void openPage(QWidget* window, const QString& address);

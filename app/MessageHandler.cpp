@@ -18,10 +18,10 @@ namespace {
 
 int terminal = -1;
 std::atomic<void (*)(bool)> watcher(nullptr);
-std::atomic<bool> stuck(false); // the reader of the terminal has not read for a while
+std::atomic<bool> stuck(false); // the last wait for the reader of the terminal had no success
 
-// A reader that does not read, of a pipe say, loses messages, and does not stop the program: a block that is
-// ready to be written takes this many bytes without waiting.
+// A reader that does not read, for example of a pipe, loses messages but does not stop the program. If poll()
+// reports that the descriptor is ready, it accepts this many bytes at once.
 constexpr int block = 512;
 constexpr int patience = 1000; // milliseconds
 
@@ -48,7 +48,7 @@ void say(const QString& text)
         const ssize_t written = ::write(terminal, line.constData() + done,
                                         static_cast<size_t>(std::min(block, line.size() - done)));
         if (written <= 0) {
-            break; // a terminal that is gone
+            break; // the terminal no longer exists
         }
         done += static_cast<int>(written);
     }

@@ -1,8 +1,8 @@
-// Where Qt's own messages go: to the terminal that the program was started from.
+// Writes Qt's own messages to the terminal that the program was started from.
 //
-// Installed once by main(), before any other thread exists; Qt calls it on any thread. Standard error itself
-// will not do: while an operation captures it, it is a pipe that the graphical thread empties, and that
-// thread would wait for ever when it filled the pipe with a message of its own.
+// main() installs it once, before any other thread exists; Qt calls it on any thread. It does not write to
+// standard error, because that can be a pipe: an operation captures it, and the graphical thread empties the
+// pipe. If that thread filled the pipe with a message of its own, it would wait forever.
 
 #ifndef APP_MESSAGEHANDLER_H
 #define APP_MESSAGEHANDLER_H
@@ -13,12 +13,12 @@ namespace MessageHandler {
 
 void install();
 
-// Writes one message of the program's own. The toolkit's functions for that do nothing of the kind while it
-// passes one of its messages on.
+// Writes one message of VYRE itself. While Qt calls the handler, Qt's own functions for messages do not call
+// it again.
 void say(const QString& text);
 
-// Has the function called after each message, with whether the toolkit is about to abort the process; null:
-// none.
+// Sets a function to be called after each message. The argument is true if the toolkit is about to abort the
+// process. Null removes the function.
 void watch(void (*watcher)(bool fatal));
 
 } // namespace MessageHandler

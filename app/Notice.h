@@ -1,4 +1,4 @@
-// A message that stands beside the menus for a while: a window would interrupt the user.
+// A message beside the menus that disappears after a while. A window would interrupt the user.
 //
 // Graphical thread; owned by the menu bar.
 

@@ -20,8 +20,8 @@ struct xcb_connection_t;
 
 namespace {
 
-// So often a signal that has to wait looks whether the system is still being changed, in milliseconds.
-constexpr int lookingInterval = 100;
+// In milliseconds. A signal waits while the back end changes the system; this is the interval of the checks.
+constexpr int checkInterval = 100;
 
 ProgramEnd* current = nullptr;
 pid_t owner = 0;
@@ -32,8 +32,8 @@ bool onGraphicalThread()
     return instance != nullptr && QThread::currentThread() == instance->thread();
 }
 
-// A function of a library that the toolkit has loaded already; null without it. Nothing else of these
-// libraries is needed, so they are none of ours to link.
+// A function of a library that the toolkit has already loaded; null if it has not. VYRE needs no other
+// function of these libraries, so it does not link them.
 template <typename Function> Function functionOf(const char* library, const char* name)
 {
     void* const loaded = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
@@ -43,19 +43,20 @@ template <typename Function> Function functionOf(const char* library, const char
 } // namespace
 
 ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp)
-    : window(mainWindow), cleanUp(std::move(lastCleanUp)), signalPipe{-1, -1}, notifier(nullptr), wanted(0),
-      ending(false)
+    : window(mainWindow), cleanUp(std::move(lastCleanUp)), signalPipe{-1, -1}, notifier(nullptr),
+      firstSignal(0), ending(false)
 {
     current = this;
     owner = getpid();
     if (pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) == 0) {
         notifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, this);
-        connect(notifier, SIGNAL(activated(int)), this, SLOT(signalsCame()));
+        connect(notifier, SIGNAL(activated(int)), this, SLOT(handleSignals()));
         EndSignals::install(signalPipe[1]);
     }
-    // The toolkit says that the connection is broken, and then ends the process. Where a library below it, or
-    // one that a desktop has the toolkit load, notices first, it does the same by a handler of its own.
-    MessageHandler::watch(lookAtDisplay);
+    // If the connection breaks, the toolkit reports it and then ends the process. A library below the toolkit
+    // can notice it first, or a library that the toolkit loads for a desktop. Such a library calls its own
+    // handler instead.
+    MessageHandler::watch(checkDisplay);
     Unattended::reportThrough(MessageHandler::say);
     using Handler = int (*)(void*);
     const auto setHandler = functionOf<Handler (*)(Handler)>("libX11.so.6", "XSetIOErrorHandler");
@@ -67,7 +68,7 @@ ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp
 
 ProgramEnd::~ProgramEnd()
 {
-    // The descriptors stay: a signal may still come.
+    // The descriptors stay open, because a signal can still come.
     MessageHandler::watch(nullptr);
     current = nullptr;
 }
@@ -83,9 +84,9 @@ bool ProgramEnd::displayIsLost() const
     return hasError != nullptr && connection != nullptr && hasError(connection) != 0;
 }
 
-void ProgramEnd::lookAtDisplay(bool fatal)
+void ProgramEnd::checkDisplay(bool fatal)
 {
-    // What is reported on the way to the end is not another one.
+    // A message during the end must not start a second end.
     if (current == nullptr || current->ending || !onGraphicalThread()) {
         return;
     }
@@ -106,9 +107,9 @@ int ProgramEnd::connectionBroke(void*)
 
 void ProgramEnd::processExits()
 {
-    // The last of three ways to notice, for what ends the process without a word: some libraries that were
-    // loaded later have gone already. Not in a child, nor where another thread has ended the process: the
-    // graphical one still runs then.
+    // This is the last of three ways to notice the loss, for a library that ends the process without a
+    // message. Some libraries that were loaded later no longer exist now. A child process is not meant, nor
+    // an exit() on another thread, because the graphical thread still runs then.
     if (current != nullptr && !current->ending && getpid() == owner && onGraphicalThread()) {
         current->displayLost();
     }
@@ -136,7 +137,7 @@ void ProgramEnd::endWithoutToolkit()
     if (goingOn) {
         Unattended::report(tr("The transaction has come to its end. VYRE ends."));
     }
-    // Objects of the toolkit cannot be torn down without the display.
+    // The destructors of the toolkit's objects need the display, so they must not run.
     _exit(1);
 }
 
@@ -146,21 +147,22 @@ void ProgramEnd::signalEnds(int number)
     EndSignals::endBy(number);
 }
 
-void ProgramEnd::signalsCame()
+void ProgramEnd::handleSignals()
 {
     int number = 0;
     while (read(signalPipe[0], &number, sizeof number) == ssize_t(sizeof number)) {
-        if (wanted == 0) {
-            wanted = number;
+        if (firstSignal == 0) {
+            firstSignal = number;
         }
     }
-    if (wanted == 0 || ending) {
+    if (firstSignal == 0 || ending) {
         return;
     }
     if (window.isChangingSystem()) {
-        // It came just before that began: from then on signals are held back elsewhere.
-        QTimer::singleShot(lookingInterval, this, SLOT(signalsCame()));
+        // The signal came just before the change began. During the change, a SignalRecorder receives the
+        // signals.
+        QTimer::singleShot(checkInterval, this, SLOT(handleSignals()));
         return;
     }
-    signalEnds(wanted);
+    signalEnds(firstSignal);
 }

@@ -1,8 +1,8 @@
-// Ends the process in good order when its display is lost, when a signal asks for the end, and when a library
-// ends it: a transaction is carried on to its end, everything else is given up, the locks are given back and
+// Ends the process in good order if the display is lost, if a signal asks for the end, or if a library ends
+// it. A transaction continues to its end, and all other work is abandoned. Then the locks are released and
 // the runtime directory is removed.
 //
-// Graphical thread; one object, made by main() once the main window is there, which it does not own.
+// Graphical thread; one object. main() makes it after the main window, which it does not own.
 
 #ifndef APP_PROGRAMEND_H
 #define APP_PROGRAMEND_H
@@ -19,15 +19,15 @@ class ProgramEnd : public QObject
     Q_OBJECT
 
 public:
-    // The clean-up is what main() would do last.
+    // lastCleanUp does the work that main() does last at a normal end.
     ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp);
-    // From here on the end is main()'s own.
+    // From here on, main() itself ends the process.
     ~ProgramEnd() override;
 
 private Q_SLOTS:
-    // Reads the signals that have come, and ends the process by the first of them unless the system is being
-    // changed.
-    void signalsCame();
+    // Reads the received signals. The first one ends the process, but not while the back end changes the
+    // system.
+    void handleSignals();
 
 private:
     [[noreturn]] void displayLost();
@@ -36,9 +36,9 @@ private:
     void finish(bool displayIsThere);
     bool displayIsLost() const;
 
-    // Called by the toolkit, for each of its messages; by the library below it; by the C library at an
-    // exit().
-    static void lookAtDisplay(bool fatal);
+    // The toolkit calls the first function for each of its messages. The library below it calls the second,
+    // and the C library calls the third at an exit().
+    static void checkDisplay(bool fatal);
     static int connectionBroke(void* display);
     static void processExits();
 
@@ -46,8 +46,8 @@ private:
     std::function<void()> cleanUp;
     int signalPipe[2];
     QSocketNotifier* notifier;
-    int wanted;  // the first signal; 0: none
-    bool ending; // once begun, nothing comes in between
+    int firstSignal; // 0: none
+    bool ending;     // the end has begun; later causes are ignored
 };
 
 #endif

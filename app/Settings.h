@@ -1,6 +1,5 @@
-// What the program remembers of how the user has arranged its windows, from one run to the next: the file
-// vyre/vyre.ini in the user's configuration directory. Nothing else depends on it; it may be deleted at any
-// time.
+// The arrangement of the windows, kept from one run to the next in the file vyre/vyre.ini in the user's
+// configuration directory. Nothing else depends on this file; the user may delete it at any time.
 //
 // Made where it is needed; graphical thread.
 

@@ -1,10 +1,10 @@
-// Has the program speak the user's language, as far as there is a catalogue of it.
+// Loads the catalogue of the user's language, if VYRE has one.
 //
 // A catalogue is a file vyre_<language>.qm, made from translations/vyre_<language>.ts. The texts in the
-// sources are English, which needs none.
+// sources are English, so English needs no catalogue.
 //
-// Called by main() on the graphical thread, before any text is made: texts are translated when they are made
-// and stay as they are. The application object owns what has been loaded.
+// main() calls it on the graphical thread before any text is made, because a text is translated only once,
+// when it is made. The application object owns the loaded catalogues.
 
 #ifndef APP_TRANSLATIONS_H
 #define APP_TRANSLATIONS_H
@@ -15,16 +15,16 @@ class QCoreApplication;
 
 namespace Translations {
 
-// Where catalogues are looked for: in the share directory and, for a program that has been built and not been
-// installed, beside the program.
+// The directories that are searched for catalogues: first the share directory, then a directory beside the
+// program, for a program that is built but not installed.
 QStringList directories();
 
-// Loads the catalogue of the first of the languages that the program speaks, and with it the toolkit's own.
-// The languages are named as in "de-DE" or "de", the most wanted one first; English ends the search. Returns
-// the file without its suffix, an empty text when the program is to speak English.
+// Loads the catalogue of the first language that has one, and the toolkit's own catalogue of that language.
+// Languages are named like "de-DE" or "de", and the preferred one comes first. English ends the search.
+// Returns the name of the file without its suffix; an empty text if the texts stay English.
 QString install(QCoreApplication& app, const QStringList& languages);
 
-// The same with the languages that the environment asks for.
+// The same for the languages that the environment selects.
 QString install(QCoreApplication& app);
 
 } // namespace Translations

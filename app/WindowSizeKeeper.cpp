@@ -15,15 +15,15 @@ WindowSizeKeeper::WindowSizeKeeper(const QString& name, QWidget* keptFor)
 bool WindowSizeKeeper::eventFilter(QObject* object, QEvent* event)
 {
     if (object != window || event->spontaneous()) {
-        return false; // the window system's own events are those of an icon or another desktop
+        return false; // the window system sends its own events for an icon or another desktop
     }
     if (event->type() == QEvent::Show) {
         const QSize remembered = Settings().value(key).toSize();
         if (!remembered.isEmpty()) {
             window->resize(remembered.boundedTo(Metrics::maxWindowSize()));
         }
-        asShown = window->size();
-    } else if (event->type() == QEvent::Hide && window->size() != asShown && !window->isMaximized() &&
+        sizeWhenShown = window->size();
+    } else if (event->type() == QEvent::Hide && window->size() != sizeWhenShown && !window->isMaximized() &&
                !window->isFullScreen()) {
         Settings().setValue(key, window->size());
     }

@@ -15,7 +15,7 @@ class WindowSizeKeeper : public QObject
     Q_OBJECT
 
 public:
-    // The name is that of the size in the settings. The window must not have been shown yet.
+    // The size has this name in the settings. The window must not have been shown yet.
     WindowSizeKeeper(const QString& name, QWidget* window);
 
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -23,7 +23,7 @@ public:
 private:
     QWidget* window;
     QString key;
-    QSize asShown; // a size that only the program has chosen is not remembered
+    QSize sizeWhenShown; // if the user does not change it, it is not saved
 };
 
 #endif

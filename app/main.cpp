@@ -37,7 +37,7 @@ int main(int argc, char** argv)
         style.set(app, QStringLiteral("Fusion"));
         QApplication::setWindowIcon(QIcon(Share::absolute(QStringLiteral("pixmaps/vyre.icon.png"))));
         application = &app;
-        // Lives as long as the process: what is left of it at the end is taken back with everything else.
+        // Never deleted: it lives as long as the process, which releases its memory at the end.
         auto* window = new MainWindow;
         CommandLine::apply(argc, argv, *window);
         const ProgramEnd end(*window, [&runtimeDir] { runtimeDir.remove(); });
