@@ -1,11 +1,11 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The windows of the built program as assistive programs find them, through the accessibility bus.
+"""Reads the windows of the built program through the accessibility bus, as assistive programs do.
 
 usage: AccessibilityTest.py VYRE SCRIPT [options of unittest...]
 
-VYRE is the built program, SCRIPT the one that answers it without a package manager. The display, with its
-accessibility bus, is the caller's.
+VYRE is the built program. SCRIPT is the script that answers it without a package manager. The caller provides a
+display with an accessibility bus.
 """
 import json
 import os
@@ -21,7 +21,7 @@ from driver import wait_for  # noqa: E402
 
 VYRE, SCRIPT = map(os.path.abspath, (sys.argv.pop(1), sys.argv.pop(1)))
 
-# What a user acts upon.
+# The roles of controls that a user acts on.
 CONTROLS = (pyatspi.ROLE_PUSH_BUTTON, pyatspi.ROLE_CHECK_BOX, pyatspi.ROLE_COMBO_BOX, pyatspi.ROLE_TEXT,
             pyatspi.ROLE_PASSWORD_TEXT, pyatspi.ROLE_SPIN_BUTTON, pyatspi.ROLE_TABLE, pyatspi.ROLE_PROGRESS_BAR)
 
@@ -108,7 +108,7 @@ class AccessibilityTest(unittest.TestCase):
         driver.key('Down', 'Home', 'space')
         wait_for(lambda: table.getAccessibleAt(0, 0).name != 'Yes' or table.getAccessibleAt(1, 0).name != 'No',
                  'the ticked box')
-        # The buttons that need a repository come after one that has been reached.
+        # The buttons that need a repository are enabled only while a repository is current.
         driver.key('Tab', 'Tab', 'space')
         form = self.program.window('VYRE Repository Configuration')
         form.wait_settled()

@@ -44,7 +44,7 @@ struct Ended
     QString err;
 };
 
-// The program itself; it is expected to end on its own.
+// Runs the real program, which must end by itself.
 Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
 {
     QProcess process;
@@ -73,7 +73,7 @@ private:
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<ShownWindow> shown;
 
-    // Has the options read into a window of their own.
+    // Applies the options to a new window.
     void apply(const QList<QByteArray>& options)
     {
         shown = std::make_unique<ShownWindow>();
@@ -84,18 +84,18 @@ private:
             arguments.push_back(text.data());
         }
         arguments.push_back(nullptr);
-        optind = 0; // begins anew
-        // Texts are kept by nobody.
+        optind = 0; // getopt_long() starts again from the beginning
+        // No code keeps pointers to the arguments.
         CommandLine::apply(static_cast<int>(arguments.size()) - 1, arguments.data(), *shown->window);
     }
-    // The repositories that the collection is told of: "enableRepo base".
+    // The repository calls of a collection, like "enableRepo base".
     QStringList repositories(const QList<QByteArray>& options)
     {
         apply(options);
         shown->start();
-        QStringList told = standIn->calls().filter(QRegularExpression("^(en|dis)ableRepo "));
-        told.sort();
-        return told;
+        QStringList found = standIn->calls().filter(QRegularExpression("^(en|dis)ableRepo "));
+        found.sort();
+        return found;
     }
     void checkLogIsOpened(const QByteArray& option)
     {
@@ -120,9 +120,9 @@ private Q_SLOTS:
                           "[extras]\nname=Extras\nbaseurl=file:///nowhere\nenabled=0\n");
     }
 
-    // --- Those that set something
+    // --- Options that change a setting
 
-    void modeIsChosenByAnyBeginningOfItsName_data()
+    void anyBeginningOfItsNameSelectsAMode_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<int>("mode");
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QTest::newRow("the last one wins") << Options{"-m", "filter", "--mode=search"} << 1;
     }
 
-    void modeIsChosenByAnyBeginningOfItsName()
+    void anyBeginningOfItsNameSelectsAMode()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(int, mode);
@@ -149,7 +149,7 @@ private Q_SLOTS:
         QCOMPARE(shown->filterButton()->text(), QString(mode == 0 ? "Filter" : "Search"));
     }
 
-    void expressionIsTaken_data()
+    void expressionIsInTheEdit_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<QString>("expression");
@@ -165,7 +165,7 @@ private Q_SLOTS:
         QTest::newRow("the last one wins") << Options{"-e", "a", "-e", "b"} << "b";
     }
 
-    void expressionIsTaken()
+    void expressionIsInTheEdit()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(QString, expression);
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(shown->regexpEdit->text(), expression);
     }
 
-    void stateIsChosenByAnyBeginningOfItsName_data()
+    void anyBeginningOfItsNameSelectsAState_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<int>("state");
@@ -190,7 +190,7 @@ private Q_SLOTS:
         QTest::newRow("empty after another") << Options{"-s", "all", "--state="} << 0;
     }
 
-    void stateIsChosenByAnyBeginningOfItsName()
+    void anyBeginningOfItsNameSelectsAState()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(int, state);
@@ -222,11 +222,11 @@ private Q_SLOTS:
         QCOMPARE(shown->groupsBox->isChecked(), groups);
     }
 
-    // One window of a process starts.
+    // Two functions, because only one window of a process starts.
     void logIsOpenedByTheLetter() { checkLogIsOpened("-l"); }
     void logIsOpenedByTheName() { checkLogIsOpened("--log"); }
 
-    void theConfigurationDecidesByItself()
+    void withoutOptionsTheConfigurationDecides()
     {
         QCOMPARE(repositories({}), (QStringList{"disableRepo extras", "enableRepo base"}));
     }
@@ -267,7 +267,7 @@ private Q_SLOTS:
                  (QStringList{"disableRepo base", "disableRepo extras"}));
     }
 
-    // --- The program itself, when it ends at once
+    // --- The real program, which ends at once
 
     void helpEndsWithStatusOne_data()
     {
@@ -336,7 +336,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void letterThatIsNotUtf8IsOneByte()
+    void theMessageShowsOneByteOfAnInvalidUtf8Letter()
     {
         const QString script = QStringLiteral("exec \"$0\" \"$(printf '%b' '-g\\0351')\" -l");
         const Ended ended = run({"-c", script, VYRE}, "/bin/sh");
@@ -344,7 +344,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void messagesBeginWithTheNameThatTheProgramIsCalledBy()
+    void messagesBeginWithTheNameOfTheCommand()
     {
         const QString link = runtimeDirectory.filePath("other name");
         QVERIFY(QFile::link(QStringLiteral(VYRE), link));
@@ -354,7 +354,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void optionsOfTheToolkitAreNoMistakes()
+    void optionsOfTheToolkitAreAccepted()
     {
         const Ended ended = run({"-style=windows", "-style", "windows", "foo"});
         QCOMPARE(ended.err, QString("vyre: unrecognized argument: foo\n"));

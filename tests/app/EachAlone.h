@@ -1,5 +1,5 @@
-// Runs each test function of a class in a process of its own: there is one interpreter in a process, and one
-// main window that it starts with.
+// Runs each test function of a class in its own process. A process can have only one interpreter, which
+// starts with its first main window.
 
 #ifndef TESTS_APP_EACHALONE_H
 #define TESTS_APP_EACHALONE_H
@@ -23,11 +23,12 @@ inline bool isTest(const QMetaMethod& method)
            name != "initTestCase" && name != "cleanupTestCase";
 }
 
-// The number of functions that failed. Arguments are Qt Test's own; with one of them, everything runs here.
+// Returns the number of failed functions. If Qt Test's own arguments are given, the functions run in this
+// process.
 template <typename Test> int run(int argc, char** argv)
 {
     if (argc > 1) {
-        // What the program remembers between its runs is of one test only.
+        // The settings that the program keeps between runs must not reach other tests.
         const QTemporaryDir settings;
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
         QApplication app(argc, argv);

@@ -1,4 +1,4 @@
-// The program from its start to its end, on a script that answers without a package manager.
+// Tests of the program from its start to its end. The script answers without a package manager.
 
 #include <QtTest>
 #include <QtWidgets>
@@ -16,13 +16,13 @@ class MainTest : public QObject
 private:
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<QTemporaryDir> temporary;
-    qint64 processId = 0; // of the program that runs
+    qint64 processId = 0; // the running program
 
     QString runtimeName() const { return QStringLiteral("xdg_runtime.%1").arg(geteuid()); }
 
-    // Starts the program without a runtime directory, below the given directory for temporary files (none:
-    // null) and with the given redirections of the shell, waits until it has collected the packages, and has
-    // the user quit. -1: it did not go that far.
+    // Starts the program without a runtime directory, and waits until it has collected the packages. Then the
+    // user quits. A null tmpdir leaves TMPDIR unset; the shell applies the redirections. Returns -1 if the
+    // program did not get that far.
     int startAndQuit(const QByteArray& tmpdir, const QStringList& arguments,
                      const std::function<void()>& meanwhile, const QString& redirections = QString())
     {
@@ -45,9 +45,9 @@ private:
             return -1;
         }
         meanwhile();
-        // The key is of no effect as long as the program works, so it is pressed until it is.
+        // The key has no effect while the program works, so this presses it until it has one.
         for (int i = 0; i < 100 && process.state() == QProcess::Running; ++i) {
-            // Two commands: one that loses its window half way would leave keys pressed.
+            // Two commands: a single one that loses its window half way would leave keys pressed.
             if (QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ",
                                               "windowactivate", "--sync"}) == 0) {
                 QProcess::execute("xdotool", {"key", "ctrl+q"});
@@ -72,7 +72,7 @@ private Q_SLOTS:
         }
     }
 
-    void runtimeDirectoryIsThereDuringTheRunOnly()
+    void runtimeDirectoryExistsOnlyDuringTheRun()
     {
         const QString directory = "/tmp/" + runtimeName();
         bool wasThere = false;
@@ -177,7 +177,7 @@ private Q_SLOTS:
         QCOMPARE(output.isEmpty(), !help);
     }
 
-    void anotherFailureOfTheToolkitIsToldInItsOwnWords()
+    void anotherFailureOfTheToolkitIsReportedInItsOwnWords()
     {
         QProcess process;
         process.start(QStringLiteral(VYRE), {"-platform", "nosuch"});
@@ -192,7 +192,7 @@ private Q_SLOTS:
 
     void messagesOfAStartThatSucceedsAreNotLost()
     {
-        // A session manager that is not there.
+        // This session manager does not exist.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("SESSION_MANAGER", "local/nowhere:/tmp/no-session-manager");
         QProcess process;
@@ -211,7 +211,7 @@ private Q_SLOTS:
         QCOMPARE(startAndQuit(
                      QFile::encodeName(temporary->path()), {},
                      [&] {
-                         // The window comes up in the window manager's own time.
+                         // The window manager decides when the window appears.
                          for (int i = 0; i < 100 && !properties.contains("VYRE - "); ++i) {
                              QTest::qWait(100);
                              QProcess tool;
@@ -232,7 +232,7 @@ private Q_SLOTS:
         QVERIFY2(properties.contains("_NET_WM_ICON(CARDINAL)"), properties);
     }
 
-    void optionsOfTheToolkitGoWithOurs()
+    void optionsOfTheToolkitCanBeCombinedWithOurs()
     {
         QCOMPARE(startAndQuit(QFile::encodeName(temporary->path()), {"-style=windows", "-l", "-g"}, [] {}),
                  0);

@@ -10,7 +10,7 @@
 
 using namespace PackageTable;
 
-// The filter row decides what is listed, and the buttons what is done with it.
+// Tests of the filter row, which selects the listed rows, and of the buttons that set their actions.
 class MainWindowFilterTest : public StandInWindow
 {
     Q_OBJECT
@@ -18,14 +18,14 @@ class MainWindowFilterTest : public StandInWindow
 private Q_SLOTS:
     void returnAppliesTheExpression();
     void buttonAppliesTheExpression();
-    void typingAloneListsNothingElse();
-    void stateBoxDecidesWhatIsListed();
+    void typingAloneDoesNotChangeTheList();
+    void stateBoxSelectsTheListedRows();
     void duplicatesCanBeLeftOut();
     void groupsCanBeIncluded();
-    void modeDecidesTheTexts();
+    void textsDependOnTheMode();
     void searchForAnythingLoadsNothing();
     void searchLooksIntoEveryField();
-    void collectionHasLoadedTheExtraData();
+    void collectionLoadsTheExtraData();
     void extraDataAreLoadedOnceForTheFirstExpression();
     void nothingIsFilteredWhileExtraDataAreLoaded();
     void brokenExpressionLooksDifferent();
@@ -33,15 +33,15 @@ private Q_SLOTS:
     void textsAreReadForTheExpressionInUse();
     void textsAreReadBeforeNewRecordsAreSearched();
 
-    void applyIsEnabledWhileThereIsAnyAction();
-    void selectedRowsAreSet();
-    void listedUpdatesAreSet();
-    void clearingTakesAllActionsAway();
-    void settingTheSelectedRowsSortsTheTableOnce();
-    void hiddenActionsAreWarnedOf();
-    void everyFilterWarnsOfHiddenActions();
+    void applyIsEnabledWhileAnyRecordIsMarked();
+    void buttonMarksTheSelectedRows();
+    void buttonMarksTheListedUpdates();
+    void clearingRemovesAllActions();
+    void markingTheSelectedRowsSortsTheTableOnce();
+    void aWarningReportsHiddenActions();
+    void everyFilterShowsTheWarningOfHiddenActions();
     void warningKeepsItsPlace();
-    void warningHasTheColourOfOne();
+    void warningHasTheColourOfWarnings();
 };
 
 void MainWindowFilterTest::returnAppliesTheExpression()
@@ -63,14 +63,14 @@ void MainWindowFilterTest::buttonAppliesTheExpression()
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
 
-void MainWindowFilterTest::typingAloneListsNothingElse()
+void MainWindowFilterTest::typingAloneDoesNotChangeTheList()
 {
     shown->start();
     shown->type("too");
     QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowFilterTest::stateBoxDecidesWhatIsListed()
+void MainWindowFilterTest::stateBoxSelectsTheListedRows()
 {
     shown->start();
     const QList<QStringList> expected{
@@ -107,7 +107,7 @@ void MainWindowFilterTest::groupsCanBeIncluded()
     QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
 }
 
-void MainWindowFilterTest::modeDecidesTheTexts()
+void MainWindowFilterTest::textsDependOnTheMode()
 {
     shown->start();
     for (int round = 0; round < 2; ++round) {
@@ -154,7 +154,7 @@ void MainWindowFilterTest::searchLooksIntoEveryField()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowFilterTest::collectionHasLoadedTheExtraData()
+void MainWindowFilterTest::collectionLoadsTheExtraData()
 {
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip) + " (Must load extra data.)");
     shown->start();
@@ -172,7 +172,7 @@ void MainWindowFilterTest::collectionHasLoadedTheExtraData()
 
 void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
 {
-    // Nothing has been collected while the repositories are edited at the start.
+    // While the user edits the repositories at the start, no package is collected yet.
     shown->window->setRepoEditorAtStart();
     standIn->forgetCalls();
     const auto loads = [this] {
@@ -203,7 +203,7 @@ void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
 
 void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
 {
-    // Only then there are none yet.
+    // Only while the editor is open at the start, the extra data are not loaded yet.
     shown->window->setRepoEditorAtStart();
     QList<bool> filtering;
     const Once edited(
@@ -259,7 +259,7 @@ void MainWindowFilterTest::filtersInSearchModeApply()
 void MainWindowFilterTest::textsAreReadForTheExpressionInUse()
 {
     shown->start();
-    // Whether a worker has read the texts of all records of a state.
+    // Whether a worker has read the texts of all records with this state.
     const auto haveTexts = [this](Package::State state) {
         bool all = true;
         for (int row = 0; row < shown->model->rowCount(); ++row) {
@@ -290,7 +290,7 @@ void MainWindowFilterTest::textsAreReadBeforeNewRecordsAreSearched()
     shown->filter("needle");
     const QStringList found = shown->sorted();
     QVERIFY(!found.isEmpty());
-    // By a worker, for all: what a record is asked by the graphical thread leaves nothing here.
+    // A worker must read all texts. A text that the graphical thread reads is not stored in the record.
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->sorted(), found);
@@ -302,7 +302,7 @@ void MainWindowFilterTest::textsAreReadBeforeNewRecordsAreSearched()
     QCOMPARE(unread, 0);
 }
 
-void MainWindowFilterTest::applyIsEnabledWhileThereIsAnyAction()
+void MainWindowFilterTest::applyIsEnabledWhileAnyRecordIsMarked()
 {
     shown->start();
     const QPushButton* apply = shown->button("&Apply Actions");
@@ -320,7 +320,7 @@ void MainWindowFilterTest::applyIsEnabledWhileThereIsAnyAction()
     QVERIFY(!apply->isEnabled());
 }
 
-void MainWindowFilterTest::selectedRowsAreSet()
+void MainWindowFilterTest::buttonMarksTheSelectedRows()
 {
     shown->start();
     listEverything();
@@ -336,7 +336,7 @@ void MainWindowFilterTest::selectedRowsAreSet()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::listedUpdatesAreSet()
+void MainWindowFilterTest::buttonMarksTheListedUpdates()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -350,7 +350,7 @@ void MainWindowFilterTest::listedUpdatesAreSet()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::clearingTakesAllActionsAway()
+void MainWindowFilterTest::clearingRemovesAllActions()
 {
     shown->start();
     listEverything();
@@ -366,7 +366,7 @@ void MainWindowFilterTest::clearingTakesAllActionsAway()
     QCOMPARE(shown->label->text(), QString());
 }
 
-void MainWindowFilterTest::settingTheSelectedRowsSortsTheTableOnce()
+void MainWindowFilterTest::markingTheSelectedRowsSortsTheTableOnce()
 {
     QJsonArray packages;
     for (int i = 0; i < 50; ++i) {
@@ -381,7 +381,7 @@ void MainWindowFilterTest::settingTheSelectedRowsSortsTheTableOnce()
     shown->view->setFocus();
     shown->key(Qt::Key_A, Qt::ControlModifier);
     QSignalSpy layout(shown->proxy, SIGNAL(layoutChanged()));
-    // With so many rows that it would take minutes, each of them must not sort the table for itself.
+    // With many rows, a separate sort for each of them would need minutes.
     shown->press("Set &Install/Update of Selected");
     QCOMPARE(shown->marks().count(), 50);
     QCOMPARE(layout.count(), 1);
@@ -390,7 +390,7 @@ void MainWindowFilterTest::settingTheSelectedRowsSortsTheTableOnce()
     QCOMPARE(layout.count(), 2);
 }
 
-void MainWindowFilterTest::hiddenActionsAreWarnedOf()
+void MainWindowFilterTest::aWarningReportsHiddenActions()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -405,7 +405,7 @@ void MainWindowFilterTest::hiddenActionsAreWarnedOf()
     QCOMPARE(shown->label->toolTip(), QString());
 }
 
-void MainWindowFilterTest::everyFilterWarnsOfHiddenActions()
+void MainWindowFilterTest::everyFilterShowsTheWarningOfHiddenActions()
 {
     shown->start();
     listEverything();
@@ -427,7 +427,7 @@ void MainWindowFilterTest::everyFilterWarnsOfHiddenActions()
                   [this, clickBox] { clickBox(shown->dupsBox); }));
     QVERIFY(warns([this, clickBox] { clickBox(shown->groupsBox); },
                   [this, clickBox] { clickBox(shown->groupsBox); }));
-    // No field of a package holds both its name and its architecture.
+    // No single field of a package contains both its name and its architecture.
     QVERIFY(warns([this] { shown->choose(shown->modeBox, Search); },
                   [this] { shown->choose(shown->modeBox, Filter); }));
 }
@@ -447,7 +447,7 @@ void MainWindowFilterTest::warningKeepsItsPlace()
     QCOMPARE(apply->geometry(), button);
 }
 
-void MainWindowFilterTest::warningHasTheColourOfOne()
+void MainWindowFilterTest::warningHasTheColourOfWarnings()
 {
     shown->start();
     const QColor around = shown->area->palette().color(QPalette::Window);

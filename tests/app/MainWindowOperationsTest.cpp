@@ -7,7 +7,7 @@
 
 using namespace PackageTable;
 
-// Long operations: what can be used meanwhile, and what the table shows afterwards.
+// Tests of long operations: the controls that stay usable meanwhile, and the table afterwards.
 class MainWindowOperationsTest : public StandInWindow
 {
     Q_OBJECT
@@ -17,37 +17,37 @@ private:
     void compareClean(const QString& entry, const char* method);
 
 private Q_SLOTS:
-    void controlsAreTakenAwayWhileItWorks();
+    void controlsAreDisabledWhileItWorks();
     void shortcutsDoNothingWhileItWorks();
     void logCanBeOpenedWhileItWorks();
     void windowCannotBeClosedWhileItWorks();
     void quittingIsRefusedWhileItWorks();
-    void operationEndsUnderTheAboutWindow();
+    void operationEndsWhileTheAboutWindowIsOpen();
     void nothingWrongIsFilteredWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
     void nothingWrongIsFoundWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
-    void focusComesBack();
-    void refreshCollectsAnew();
+    void focusReturnsAfterTheOperation();
+    void refreshCollectsAgain();
     void refreshForgetsActionsAndTheirWarning();
-    void cleaningDbcacheCollectsAnew() { compareClean("Clean dbcache", "cleanDbcache"); }
-    void cleaningMetadataCollectsAnew() { compareClean("Clean Metadata", "cleanMetadata"); }
-    void cleaningAllCollectsAnew() { compareClean("Clean All", "cleanAll"); }
-    void cleaningPackagesLeavesTheTableAlone();
+    void cleaningDbcacheCollectsAgain() { compareClean("Clean dbcache", "cleanDbcache"); }
+    void cleaningMetadataCollectsAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
+    void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
+    void cleaningPackagesDoesNotChangeTheTable();
     void doubtsAboutTheConfigurationAreLoggedOnce();
     void cleanEntriesNameTheCacheDirectory();
     void sizeOfColumnsIsRestored();
     void confirmedActionsAreAppliedAndTheTableCollected();
     void credentialsTypedAfterAnApplyAreUsedAtOnce();
     void refusedActionsStay();
-    void failureBeforeAnyChangeLeavesTheTableAlone();
+    void failureBeforeAnyChangeKeepsTheTable();
     void failureHalfWayCollectsTheTable();
     void marksStayWhenAnotherProgramHasChangedTheSystem();
     void repositoriesOfATransactionMayNeedCredentials();
 };
 
-void MainWindowOperationsTest::controlsAreTakenAwayWhileItWorks()
+void MainWindowOperationsTest::controlsAreDisabledWhileItWorks()
 {
     shown->start();
     QCOMPARE(usable(), usableWhenReady);
@@ -111,7 +111,7 @@ void MainWindowOperationsTest::quittingIsRefusedWhileItWorks()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowOperationsTest::operationEndsUnderTheAboutWindow()
+void MainWindowOperationsTest::operationEndsWhileTheAboutWindowIsOpen()
 {
     shown->start();
     QVERIFY(
@@ -121,7 +121,7 @@ void MainWindowOperationsTest::operationEndsUnderTheAboutWindow()
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QVERIFY(aboutBox() != nullptr);
-    // The table can be worked with beside it.
+    // The table stays usable beside it.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
     QTest::keyClick(aboutBox(), Qt::Key_Escape);
@@ -137,7 +137,7 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     shown->filter(expression);
     QCOMPARE(shown->sorted(), before);
     using S = StandIn;
-    // Other packages in the places of those that are listed.
+    // Other packages replace the listed ones.
     standIn->setPackages({}, {S::package("shell"), S::package("games")},
                          {S::package("zoo"), S::package("tooth", {{"summary", "needle"}}), S::package("one"),
                           S::package("two"), S::package("three"), S::package("four")});
@@ -166,7 +166,7 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     QCOMPARE(told, QStringList{"Reading the packages..."});
 }
 
-void MainWindowOperationsTest::focusComesBack()
+void MainWindowOperationsTest::focusReturnsAfterTheOperation()
 {
     shown->start();
     shown->choose(shown->modeBox, Search);
@@ -176,7 +176,7 @@ void MainWindowOperationsTest::focusComesBack()
     QVERIFY(shown->button("Re&fresh")->hasFocus());
 }
 
-void MainWindowOperationsTest::refreshCollectsAnew()
+void MainWindowOperationsTest::refreshCollectsAgain()
 {
     shown->start();
     standIn->forgetCalls();
@@ -212,7 +212,7 @@ void MainWindowOperationsTest::compareClean(const QString& entry, const char* me
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::cleaningPackagesLeavesTheTableAlone()
+void MainWindowOperationsTest::cleaningPackagesDoesNotChangeTheTable()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -307,7 +307,7 @@ void MainWindowOperationsTest::credentialsTypedAfterAnApplyAreUsedAtOnce()
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
     shown->click("tool", ActionColumn);
-    // The new version of a package may bring this.
+    // A new version of a package may contain such a file.
     standIn->setRepos("[base]\nname=Base\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     standIn->forgetCalls();
     QTimer timer;
@@ -358,7 +358,7 @@ void MainWindowOperationsTest::refusedActionsStay()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::failureBeforeAnyChangeLeavesTheTableAlone()
+void MainWindowOperationsTest::failureBeforeAnyChangeKeepsTheTable()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -400,7 +400,7 @@ void MainWindowOperationsTest::marksStayWhenAnotherProgramHasChangedTheSystem()
     shown->click("tool", ActionColumn);
     shown->click("editor", ActionColumn);
     shown->click("shell", ActionColumn);
-    // Meanwhile the editor has come, and the shell has gone.
+    // Meanwhile another program installs the editor and removes the shell.
     const QJsonObject next{{"version", "2"}};
     standIn->setPackages({StandIn::package("tool", next)},
                          {StandIn::package("tool"), StandIn::package("editor")}, {StandIn::package("shell")});
@@ -420,7 +420,7 @@ void MainWindowOperationsTest::repositoriesOfATransactionMayNeedCredentials()
 {
     shown->start();
     shown->click("tool", ActionColumn);
-    // As a package does that brings a repository.
+    // The same as a package that contains a repository file.
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const Answers answers("OK");
     shown->press("&Apply Actions");

@@ -11,7 +11,7 @@
 
 using namespace PackageTable;
 
-// Descriptions, the log, the manual, the about window, and the end.
+// Tests of descriptions, the log, the manual, the about window, and the end.
 class MainWindowOtherWindowsTest : public StandInWindow
 {
     Q_OBJECT
@@ -21,15 +21,15 @@ private:
 
 private Q_SLOTS:
     void currentPackageCanBeDescribed();
-    void describingEndsWithTheRow();
-    void errorsThatStandInTheLogOnlyAreTold();
+    void describeIsDisabledWithoutARow();
+    void aNoticeReportsErrorsThatOnlyTheLogHas();
     void aClickOnARowThatCannotBeMarkedSaysWhy();
     void manualsAreOpenedInOtherPrograms();
     void manualsCanBeOpenedWhileItWorks();
-    void missingManualIsTold();
+    void aNoticeReportsAMissingManual();
     void shortcutOpensTheLog();
     void menuOpensTheLog();
-    void aboutTellsTheVersion();
+    void aboutShowsTheVersion();
     void aboutOpensItsPageInTheBrowserOfTheUser();
     void shortcutQuits();
     void menuQuits();
@@ -52,7 +52,7 @@ void MainWindowOtherWindowsTest::currentPackageCanBeDescribed()
     }
 }
 
-void MainWindowOtherWindowsTest::describingEndsWithTheRow()
+void MainWindowOtherWindowsTest::describeIsDisabledWithoutARow()
 {
     shown->start();
     shown->click("tool", NameColumn);
@@ -89,8 +89,8 @@ void MainWindowOtherWindowsTest::compareManuals()
     QCOMPARE(called("mimeviewer"), QByteArray("application/pdf\n/usr/share/doc/vyre/manual.pdf\n"));
 }
 
-// Where there is one on this machine, nothing must be said.
-void MainWindowOtherWindowsTest::missingManualIsTold()
+// If this machine has the manual, there must be no notice.
+void MainWindowOtherWindowsTest::aNoticeReportsAMissingManual()
 {
     shown->start();
     const QString file = QStringLiteral("/usr/share/doc/vyre/html/index.html");
@@ -111,7 +111,7 @@ void MainWindowOtherWindowsTest::missingManualIsTold()
     }
 }
 
-void MainWindowOtherWindowsTest::errorsThatStandInTheLogOnlyAreTold()
+void MainWindowOtherWindowsTest::aNoticeReportsErrorsThatOnlyTheLogHas()
 {
     shown->start();
     const auto notices = [this] {
@@ -180,7 +180,7 @@ void MainWindowOtherWindowsTest::shortcutOpensTheLog()
     QVERIFY(logIsVisible());
     QVERIFY(QTest::qWaitForWindowActive(logWindow()));
     QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains("Initialization"));
-    // The same window comes back.
+    // The same window opens again.
     const Log::Window* first = logWindow();
     const QSize size = first->size() - QSize(20, 30);
     logWindow()->resize(size);
@@ -199,7 +199,7 @@ void MainWindowOtherWindowsTest::menuOpensTheLog()
     QTRY_VERIFY(logIsVisible());
 }
 
-void MainWindowOtherWindowsTest::aboutTellsTheVersion()
+void MainWindowOtherWindowsTest::aboutShowsTheVersion()
 {
     shown->start();
     shown->key(Qt::Key_F1);
@@ -215,7 +215,7 @@ void MainWindowOtherWindowsTest::aboutTellsTheVersion()
         "update</li><li>Install, update, or remove groups of packages</li><li>Install or update suites of "
         "packages</li></ul>";
     QCOMPARE(text.left(expected.length()), expected);
-    // And where to read on.
+    // The text ends with a link to further information.
     const QRegularExpression rest("^<p>[^<]*<a href=\"(https://[^\"]+)\">\\1</a>[^<]*</p>$");
     QVERIFY2(rest.match(text.mid(expected.length())).hasMatch(), qPrintable(text.mid(expected.length())));
 }
@@ -262,7 +262,7 @@ void MainWindowOtherWindowsTest::menuQuits()
 
 void MainWindowOtherWindowsTest::closingQuits()
 {
-    // As the window manager asks for it.
+    // The window manager requests the end.
     compareQuit([] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });
 }
 

@@ -9,7 +9,7 @@
 
 using namespace PackageTable;
 
-// The start of the main window, and what it remembers.
+// Tests of the start of the main window, and of its saved settings.
 class MainWindowStartTest : public StandInWindow
 {
     Q_OBJECT
@@ -19,12 +19,12 @@ private:
 
 private Q_SLOTS:
     void newWindowWaitsForItsStart();
-    void windowIsThereBeforeTheSlowWork();
-    void startListsWhatIsOutOfDate();
+    void windowIsShownBeforeTheSlowWork();
+    void startListsTheOutdatedPackages();
     void startingTwiceCollectsOnce();
     void columnsFitTheirContentsAfterTheStart();
-    void settingsMadeBeforehandApply();
-    void searchAskedForBeforehandApplies();
+    void earlierSettingsApplyAtTheStart();
+    void earlierSearchAppliesAtTheStart();
     void filterOfTheCommandLineAppliesAfterTheEditor()
     {
         compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
@@ -34,18 +34,18 @@ private Q_SLOTS:
         compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
     }
     void failingBackEndQuitsWithoutShowingTheTable();
-    void logIsThereBeforeTheBackEndIsStarted();
+    void logIsShownBeforeTheBackEndStarts();
     void quittingFromTheQuestionForCredentialsReadsNothing();
-    void credentialsThatAreEnteredAreUsedAtOnce();
-    void repositoriesThatWereEditedAreReadAgain();
+    void enteredCredentialsAreUsedAtOnce();
+    void editedRepositoriesAreReadAgain();
     void logIsOpenedAtTheStartIfAskedFor();
     void logStaysClosedOtherwise();
 
-    void emptyTableTellsWhy();
+    void emptyTableSaysWhy();
     void failedCollectionDoesNotLookLikeNoUpdates();
-    void sizeAndColumnsAreRemembered();
-    void rememberedSizeAndColumnsAreRestored();
-    void nonsenseThatIsRememberedChangesNothing();
+    void sizeAndColumnsAreSaved();
+    void savedSizeAndColumnsAreRestored();
+    void invalidSavedSettingsChangeNothing();
 };
 
 void MainWindowStartTest::newWindowWaitsForItsStart()
@@ -54,13 +54,13 @@ void MainWindowStartTest::newWindowWaitsForItsStart()
     QCOMPARE(busyCursor(), QString("busy"));
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(standIn->calls(), QStringList());
-    // A window that is not shown starts nothing.
+    // A hidden window starts nothing.
     QTest::qWait(100);
     QCOMPARE(standIn->calls(), QStringList());
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowStartTest::windowIsThereBeforeTheSlowWork()
+void MainWindowStartTest::windowIsShownBeforeTheSlowWork()
 {
     QStringList seen;
     QImage picture;
@@ -76,7 +76,7 @@ void MainWindowStartTest::windowIsThereBeforeTheSlowWork()
                                           .convertToFormat(QImage::Format_RGB32);
                         }));
     QCOMPARE(seen, (QStringList{"visible", "exposed", "no table", "busy"} + usableWhileBusy));
-    // It has been painted: not all of it is of one colour.
+    // The window is painted: it has more than one colour.
     QSet<QRgb> colours;
     for (int x = 0; x < picture.width(); ++x) {
         colours.insert(picture.pixel(x, shown->window->menuBar()->height() / 2));
@@ -85,7 +85,7 @@ void MainWindowStartTest::windowIsThereBeforeTheSlowWork()
     QTRY_VERIFY(shown->isReady());
 }
 
-void MainWindowStartTest::startListsWhatIsOutOfDate()
+void MainWindowStartTest::startListsTheOutdatedPackages()
 {
     shown->start();
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
@@ -113,12 +113,12 @@ void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
     const QString longName = QString("name").repeated(15);
     standIn->setPackages({}, {}, {StandIn::package(longName)});
     shown->start();
-    // Not only to what is listed.
+    // The columns fit rows that are not listed too.
     QCOMPARE(shown->listed(), QStringList());
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }
 
-void MainWindowStartTest::settingsMadeBeforehandApply()
+void MainWindowStartTest::earlierSettingsApplyAtTheStart()
 {
     shown->window->setMode(Filter);
     shown->window->setRegexp("l");
@@ -135,7 +135,7 @@ void MainWindowStartTest::settingsMadeBeforehandApply()
     QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "many", "shell", "tool"}));
 }
 
-void MainWindowStartTest::searchAskedForBeforehandApplies()
+void MainWindowStartTest::earlierSearchAppliesAtTheStart()
 {
     shown->window->setMode(Search);
     shown->window->setRegexp("needle");
@@ -159,7 +159,7 @@ void MainWindowStartTest::compareAfterTheEditor(Mode mode, const char* expressio
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->sorted(), listed);
-    // And another one afterwards.
+    // Another expression works afterwards.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
@@ -182,11 +182,11 @@ void MainWindowStartTest::failingBackEndQuitsWithoutShowingTheTable()
     QCOMPARE(standIn->calls("setupRepos"), 0);
 }
 
-void MainWindowStartTest::logIsThereBeforeTheBackEndIsStarted()
+void MainWindowStartTest::logIsShownBeforeTheBackEndStarts()
 {
     standIn->setRefusing(true);
     shown->window->setLogAtStart();
-    // The failure is shown while the back end is being started.
+    // The failure is shown while the back end starts.
     QStringList seen;
     const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
                     [&seen] {
@@ -212,7 +212,7 @@ void MainWindowStartTest::quittingFromTheQuestionForCredentialsReadsNothing()
     QCOMPARE(file.readAll(), repos);
 }
 
-void MainWindowStartTest::credentialsThatAreEnteredAreUsedAtOnce()
+void MainWindowStartTest::enteredCredentialsAreUsedAtOnce()
 {
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
@@ -229,13 +229,13 @@ void MainWindowStartTest::credentialsThatAreEnteredAreUsedAtOnce()
     QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("[base]\nbaseurl=http://h/vantor?u=me&p=me&path=/x\n"));
-    // The package manager has read the files before.
+    // The package manager read the files earlier, so it must read them again.
     const QStringList calls = standIn->calls();
     QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
              qPrintable(calls.join(';')));
 }
 
-void MainWindowStartTest::repositoriesThatWereEditedAreReadAgain()
+void MainWindowStartTest::editedRepositoriesAreReadAgain()
 {
     shown->window->setRepoEditorAtStart();
     const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
@@ -248,7 +248,7 @@ void MainWindowStartTest::repositoriesThatWereEditedAreReadAgain()
              qPrintable(calls.join(';')));
 }
 
-void MainWindowStartTest::emptyTableTellsWhy()
+void MainWindowStartTest::emptyTableSaysWhy()
 {
     standIn->setPackages({}, {StandIn::package("shell")}, {});
     shown->start();
@@ -269,7 +269,7 @@ void MainWindowStartTest::emptyTableTellsWhy()
     shown->choose(shown->stateBox, ViewUpdatable);
     QCOMPARE(told(), QString("No package matches."));
 
-    // It is drawn, and not over rows.
+    // The text is drawn if no rows are listed, and not drawn over rows.
     const auto colours = [this] {
         const QImage picture = shown->view->viewport()->grab().toImage();
         QSet<QRgb> found;
@@ -292,7 +292,7 @@ void MainWindowStartTest::failedCollectionDoesNotLookLikeNoUpdates()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");
-    // The message may take the focus before the window has it.
+    // The message may get the focus before the window does.
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->view->accessibleDescription(),
@@ -304,7 +304,7 @@ void MainWindowStartTest::failedCollectionDoesNotLookLikeNoUpdates()
     QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
 }
 
-void MainWindowStartTest::sizeAndColumnsAreRemembered()
+void MainWindowStartTest::sizeAndColumnsAreSaved()
 {
     shown->start();
     const QSize size(shown->window->width() - 20, shown->window->height() - 30);
@@ -325,7 +325,7 @@ void MainWindowStartTest::sizeAndColumnsAreRemembered()
     QCOMPARE(kept->value("MainWindow/columnPlaces").toStringList(), QVariant(places).toStringList());
 }
 
-void MainWindowStartTest::rememberedSizeAndColumnsAreRestored()
+void MainWindowStartTest::savedSizeAndColumnsAreRestored()
 {
     QSettings* kept = settings(this);
     kept->setValue("MainWindow/size", QSize(1100, 500));
@@ -346,17 +346,17 @@ void MainWindowStartTest::rememberedSizeAndColumnsAreRestored()
     QCOMPARE(shown->view->columnWidth(ArchitectureColumn),
              qMax(shown->view->sizeHintForColumn(ArchitectureColumn),
                   shown->view->horizontalHeader()->sectionSizeHint(ArchitectureColumn)));
-    // Fitting them forgets what was done by hand.
+    // Fitting the columns to their contents discards the widths set by hand.
     shown->press("Re&size");
     QVERIFY(shown->view->columnWidth(NameColumn) != 234);
     QCOMPARE(shown->view->layoutByHand().widths.at(NameColumn), 0);
 }
 
-void MainWindowStartTest::nonsenseThatIsRememberedChangesNothing()
+void MainWindowStartTest::invalidSavedSettingsChangeNothing()
 {
     QSettings* kept = settings(this);
     kept->setValue("MainWindow/size", "wide");
-    // As many as there are columns, or they would not be looked at.
+    // One value for each column, because lists of another length are ignored.
     QVariantList widths{-5, 1 << 30, "x"};
     QVariantList nowhere{0, 0, 99, -1, "x"};
     QList<int> usualPlaces;

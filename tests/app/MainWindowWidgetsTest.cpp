@@ -8,7 +8,7 @@
 
 using namespace PackageTable;
 
-// What the main window consists of.
+// Tests of the parts of the main window.
 class MainWindowWidgetsTest : public StandInWindow
 {
     Q_OBJECT
@@ -16,7 +16,7 @@ class MainWindowWidgetsTest : public StandInWindow
 private Q_SLOTS:
     void titleNamesTheMachine();
     void menusHaveTheirEntries();
-    void menusCanBeTornOffAndTellMore();
+    void menusCanBeTornOff();
     void filterRowHasItsTexts();
     void stateBoxGoesFromUpdatableToAll();
     void buttonsHaveTheirTextsAndToolTips();
@@ -48,7 +48,7 @@ void MainWindowWidgetsTest::menusHaveTheirEntries()
                                  "  Manual (html)|", "  Manual (PDF)|", "--", "  &About|F1"}));
 }
 
-void MainWindowWidgetsTest::menusCanBeTornOffAndTellMore()
+void MainWindowWidgetsTest::menusCanBeTornOff()
 {
     for (const char* title : {"&Program", "&Windows", "&Repositories", "&Cache", "&Help"}) {
         const auto* menu = qobject_cast<HMenu*>(shown->menu(title));
@@ -143,7 +143,7 @@ void MainWindowWidgetsTest::partsAreInTheirOrder()
     for (int i = 1; i < column.count(); ++i) {
         QVERIFY(place(column.at(i)).y() >= place(column.at(i - 1)).y() + column.at(i - 1)->height());
     }
-    // The room that is left is that of the table and of the stretch.
+    // The table and the stretch get the remaining room.
     QVERIFY(shown->view->height() > shown->window->height() / 2);
     QVERIFY(place(buttonRow.at(1)).x() - place(buttonRow.at(0)).x() - buttonRow.at(0)->width() >
             place(buttonRow.at(2)).x() - place(buttonRow.at(1)).x() - buttonRow.at(1)->width());

@@ -1,4 +1,5 @@
-// A plug-in of Qt that leaves a mark where it is loaded: beside its file, one with the number of the user.
+// A Qt plug-in that records each user who loads it. It makes a file beside its own, and adds the user's
+// number to the name.
 
 #include <QObject>
 #include <QtPlugin>

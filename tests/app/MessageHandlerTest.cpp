@@ -12,7 +12,7 @@
 
 namespace {
 
-// Puts a descriptor in the place of standard error for a scope.
+// Replaces standard error by another descriptor for a scope.
 class StandardError
 {
 public:
@@ -50,7 +50,7 @@ public:
     Pipe& operator=(const Pipe&) = delete;
 
     int writing() const { return ends[1]; }
-    // As a pipe is that the program captures its output with: whoever writes into it when it is full waits.
+    // Like the pipe that captures the program's output: anyone who writes into the full pipe waits.
     void fill()
     {
         const QByteArray block(4096, 'x');
@@ -85,7 +85,7 @@ private:
         terminal->seek(0);
         return terminal->readAll();
     }
-    // As at the program's start, with a file for the terminal.
+    // Like the start of the program, with a file in place of the terminal.
     void install()
     {
         const StandardError start(terminal->handle());
@@ -139,19 +139,19 @@ private Q_SLOTS:
         QCOMPARE(captured.read(), QByteArray());
     }
 
-    void aFullPipeHoldsNothingUp()
+    void aFullPipeDoesNotBlockTheProgram()
     {
         install();
         Pipe captured;
         captured.fill();
         {
             const StandardError capture(captured.writing());
-            qWarning("still here"); // would wait for ever
+            qWarning("still here"); // must not wait forever
         }
         QCOMPARE(written(), QByteArray("tester: still here\n"));
     }
 
-    void aReaderOfTheProgramThatDoesNotReadHoldsNothingUp()
+    void aReaderThatDoesNotReadDoesNotBlockTheProgram()
     {
         Pipe reader;
         reader.fill();
@@ -159,11 +159,11 @@ private Q_SLOTS:
             const StandardError start(reader.writing());
             MessageHandler::install();
         }
-        qWarning("lost"); // would wait for ever
+        qWarning("lost"); // must not wait forever
         QVERIFY(!reader.read().contains("lost"));
     }
 
-    void theWatcherHearsOfEachMessage()
+    void theWatcherIsCalledForEachMessage()
     {
         install();
         static QVector<bool> heard;
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: 0123456789012345678901234567890123456789\n").repeated(800));
     }
 
-    void aTerminalThatIsFullIsNoFailure()
+    void aFullTerminalIsNoFailure()
     {
         const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
         QVERIFY(full >= 0);
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray());
     }
 
-    void withoutStandardErrorMessagesStayAsTheyAre()
+    void withoutStandardErrorTheHandlerStaysTheSame()
     {
         const int before = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
         close(STDERR_FILENO);

@@ -10,10 +10,10 @@ class SettingsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void settingsStandInOneFileOfTheUser();
+    void settingsAreInOneFileOfTheUser();
 };
 
-void SettingsTest::settingsStandInOneFileOfTheUser()
+void SettingsTest::settingsAreInOneFileOfTheUser()
 {
     const QTemporaryDir directory;
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, directory.path());

@@ -1,4 +1,4 @@
-// The main window on the stand-in, what can be seen in it, and the user's hands.
+// The main window on the stand-in script. Reads its visible contents, and acts on it as a user does.
 
 #ifndef TESTS_APP_SHOWNWINDOW_H
 #define TESTS_APP_SHOWNWINDOW_H
@@ -28,7 +28,7 @@
 inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
 {
     for (QPushButton* button : widget->findChildren<QPushButton*>()) {
-        // A standard button has a shortcut of its own.
+        // Qt adds a shortcut to a standard button.
         if (button->text() == text || button->text() == QLatin1Char('&') + text) {
             return button;
         }
@@ -43,7 +43,7 @@ public:
     // Not shown yet. Never deleted, as in the program.
     ShownWindow() : window(new MainWindow)
     {
-        // Whoever looks for leaks finds it here.
+        // This list keeps the window reachable, so that leak checkers do not report it.
         static auto* const windows = new QList<MainWindow*>;
         windows->append(window);
         for (QComboBox* box : window->findChildren<QComboBox*>()) {
@@ -60,7 +60,7 @@ public:
         area = view->parentWidget();
     }
 
-    // Shows the window and waits until it can be worked with.
+    // Shows the window and waits until it is usable.
     void start()
     {
         window->show();
@@ -73,7 +73,7 @@ public:
     bool isReady() const { return area->isVisible() && area->isEnabled(); }
 
     QPushButton* button(const QString& text) const { return buttonIn(area, text); }
-    // The button whose text goes with the mode.
+    // The button whose text depends on the mode.
     QPushButton* filterButton() const
     {
         return button(modeBox->currentIndex() == PackageTable::Search ? "Search" : "Filter");
@@ -100,7 +100,7 @@ public:
         return nullptr;
     }
 
-    // Clicks and keys, as the window system reports them.
+    // Clicks and keys that pass through the event handling of the window system.
     void click(const QWidget* widget) const { click(widget, widget->rect().center()); }
     void click(const QWidget* widget, const QPoint& place, Qt::KeyboardModifiers modifiers = {}) const
     {
@@ -119,7 +119,7 @@ public:
     {
         QTest::keyClick(window->windowHandle(), key, modifiers);
     }
-    // Clicks the entry of a menu that it opens by a click.
+    // Opens a menu by a click, and clicks an entry.
     void choose(const QString& title, const QString& text) const
     {
         QMenu* opened = menu(title);
@@ -131,7 +131,7 @@ public:
         QTest::mouseMove(opened, place);
         QTest::mouseClick(opened, Qt::LeftButton, {}, place);
     }
-    // Goes through the entries of a box with the keys.
+    // Selects an entry of a box with the keys.
     void choose(QComboBox* box, int index) const
     {
         box->setFocus();
@@ -139,7 +139,7 @@ public:
             key(box->currentIndex() < index ? Qt::Key_Down : Qt::Key_Up);
         }
     }
-    // Leaves the expression to be applied.
+    // Types the expression without applying it.
     void type(const QString& expression) const
     {
         click(regexpEdit);
@@ -153,7 +153,7 @@ public:
         key(Qt::Key_Return);
     }
 
-    // The names listed, in order.
+    // The listed names, in order.
     QStringList listed() const
     {
         QStringList names;
@@ -196,8 +196,8 @@ public:
     HFrameLabel* label;
 };
 
-// Runs the program's event loop, with the window shown already or not, and something in it. Returns the
-// program's exit status, or -1 when it did not end by itself.
+// Runs the program's event loop, and the action in it. The window may be shown already or not. Returns the
+// program's exit status, or -1 if the program did not end by itself.
 inline int runToTheEnd(const std::function<void()>& action)
 {
     QTimer::singleShot(0, qApp, action);
@@ -205,8 +205,8 @@ inline int runToTheEnd(const std::function<void()>& action)
     return QApplication::exec();
 }
 
-// While it exists: does something once as soon as a condition holds, also while the program waits in an event
-// loop of its own.
+// While this object exists, it waits for a condition, and then does something once. It also works while the
+// program waits in an inner event loop.
 class Once
 {
 public:
@@ -229,7 +229,7 @@ private:
     bool done = false;
 };
 
-// While it exists: presses a button of each dialog that comes up, and keeps what the dialog said.
+// While this object exists, it presses a button of each dialog that opens, and records the dialog's texts.
 class Answers : public AnsweringUser
 {
 public:

@@ -106,7 +106,7 @@ void StandInWindow::compareQuit(const std::function<void()>& quit)
     shown->window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(shown->window));
     standIn->forgetCalls();
-    // What is painted on the way out finds no records: nothing keeps them any more.
+    // A paint event during the end must find no records, because they no longer exist.
     QList<int> rows;
     connect(shown->model, &QAbstractItemModel::modelReset, this,
             [this, &rows] { rows << shown->model->rowCount(); });
@@ -116,7 +116,7 @@ void StandInWindow::compareQuit(const std::function<void()>& quit)
     QVERIFY(!logIsVisible());
     QCOMPARE(shown->model->rowCount(), 0);
     QCOMPARE(standIn->calls("apply"), 0);
-    // What comes late finds nothing to work with.
+    // Late calls must have no effect.
     shown->window->stateChanged(-1);
     shown->window->quit();
     QTest::qWait(50);

@@ -1,4 +1,4 @@
-// The base of the tests of the main window: the window on a script that stands in for the package manager.
+// The base class of the tests of the main window. A stand-in script replaces the package manager.
 
 #ifndef TESTS_APP_STANDINWINDOW_H
 #define TESTS_APP_STANDINWINDOW_H
@@ -24,11 +24,11 @@ protected:
 
     static QSettings* settings(QObject* owner);
 
-    // What there is unless a test says otherwise: "tool" and "many" are out of date, "shell" is installed,
-    // "editor" and "lib" are not, the latter for two architectures, and "Games" is a group.
+    // The packages of a test that sets no others: "tool" and "many" are out of date, and "shell" is
+    // installed. "editor" and "lib" are not installed; "lib" has two architectures. "Games" is a group.
     void usual();
     void listEverything() const;
-    // What can be used: menus by their titles, entries by their texts, and "table" for the table area.
+    // The usable controls: the titles of menus, the texts of entries, and "table" for the table area.
     QStringList usable() const;
     const QStringList usableWhileBusy{"&Windows", "&Log", "&Help", "Manual (html)", "Manual (PDF)", "&About"};
     const QStringList usableWhenReady{"&Program",       "&Quit",         "&Windows",
@@ -38,14 +38,15 @@ protected:
                                       "Manual (html)",  "Manual (PDF)",  "&About",
                                       "table"};
 
-    // Runs something that collects the packages, and in the middle of it something else.
+    // Runs the first function, which collects the packages, and the second one in the middle of the
+    // collection.
     bool inTheMiddle(const std::function<void()>& collect, const std::function<void()>& meanwhile);
 
-    // The colour of the label's background, as it is painted.
+    // The painted colour of the label's background.
     QColor backgroundOfLabel() const;
 
     static QMessageBox* aboutBox();
-    // Quits in this way, and compares what is left.
+    // Calls the function, which quits, and checks the state afterwards.
     void compareQuit(const std::function<void()>& quit);
 
     static Log::Window* logWindow();

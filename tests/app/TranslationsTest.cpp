@@ -17,7 +17,7 @@ private:
     std::unique_ptr<QTemporaryDir> share;
     EnvironmentVariable shareDirectory{"VYRESHARE"};
 
-    // Makes a file of the share directory's catalogues.
+    // Copies a built catalogue into the share directory, under this name.
     void provide(const QString& name, const QString& of)
     {
         const QString folder = share->filePath("translations");
@@ -38,23 +38,23 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // As they are owned by the application object.
+        // Otherwise the application object keeps them for the next test.
         for (QTranslator* translator : qApp->findChildren<QTranslator*>()) {
             delete translator;
         }
     }
 
-    void theFirstLanguageThatThereIsWins_data()
+    void theFirstLanguageWithACatalogueWins_data()
     {
         QTest::addColumn<QStringList>("languages");
         QTest::addColumn<QString>("file");
         QTest::newRow("by itself") << QStringList{"de"} << "vyre_de";
         QTest::newRow("with a country") << QStringList{"de-AT"} << "vyre_de";
         QTest::newRow("with a script") << QStringList{"de-Latn-DE", "de-DE", "de"} << "vyre_de";
-        QTest::newRow("after one that there is not") << QStringList{"xx-XX", "fr-FR", "de-DE"} << "vyre_de";
+        QTest::newRow("after one without a catalogue") << QStringList{"xx-XX", "fr-FR", "de-DE"} << "vyre_de";
         QTest::newRow("before English") << QStringList{"de", "en"} << "vyre_de";
         QTest::newRow("after English") << QStringList{"en-GB", "de"} << QString();
-        // The toolkit's list has it after each language that it does not know.
+        // Qt lists "C" after each language that it does not know.
         QTest::newRow("after none") << QStringList{"xx", "C", "de"} << "vyre_de";
         QTest::newRow("none") << QStringList{"C"} << QString();
         QTest::newRow("unknown") << QStringList{"fr-FR", "fr"} << QString();
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QTest::newRow("no language") << QStringList{""} << QString();
     }
 
-    void theFirstLanguageThatThereIsWins()
+    void theFirstLanguageWithACatalogueWins()
     {
         QFETCH(QStringList, languages);
         QFETCH(QString, file);
@@ -85,14 +85,14 @@ private Q_SLOTS:
         QVERIFY(qApp->findChildren<QTranslator*>().isEmpty());
     }
 
-    void theCountrysOwnCatalogueIsPreferred()
+    void theCatalogueOfTheCountryIsPreferred()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         provide("vyre_de_AT.qm", "vyre_de.qm");
         QCOMPARE(Translations::install(*qApp, {"de-AT"}), QStringLiteral("vyre_de_AT"));
     }
 
-    void aCatalogueWithoutALanguageIsNoOnesCatalogue()
+    void aCatalogueWithoutALanguageIsIgnored()
     {
         provide("vyre.qm", "vyre_de.qm");
         provide("vyre", "vyre_de.qm");
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(quit(), QStringLiteral("&Quit"));
     }
 
-    void whatIsNoCatalogueIsPassedOver()
+    void anInvalidCatalogueIsIgnored()
     {
         QVERIFY(QDir().mkpath(share->filePath("translations")));
         QFile broken(share->filePath("translations/vyre_de.qm"));
@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(quit(), QStringLiteral("&Quit"));
     }
 
-    void itIsInTheShareDirectoryOrBesideTheProgram()
+    void cataloguesAreInTheShareDirectoryOrBesideTheProgram()
     {
         const QString beside = QCoreApplication::applicationDirPath() + "/translations";
         QCOMPARE(Translations::directories(), (QStringList{share->path() + "/translations", beside}));

@@ -11,7 +11,7 @@
 
 namespace {
 
-// A window whose size is kept, and that the program itself makes 300 by 200.
+// A window whose size is kept. The program itself gives it 300 by 200 pixels.
 std::unique_ptr<QWidget> makeWindow()
 {
     auto window = std::make_unique<QWidget>();
@@ -38,12 +38,12 @@ private:
 private Q_SLOTS:
     void initTestCase();
     void init();
-    void sizeComesBackInAnotherRun();
-    void sizeComesBackInTheSameRun();
-    void sizeOfTheProgramIsNotKept();
+    void sizeIsRestoredInAnotherRun();
+    void sizeIsRestoredInTheSameRun();
+    void sizeSetByTheProgramIsNotSaved();
     void windowFitsTheScreen();
-    void nonsenseChangesNothing();
-    void maximizedWindowLeavesWhatIsKept();
+    void anInvalidSavedSizeChangesNothing();
+    void maximizedWindowDoesNotChangeTheSavedSize();
 };
 
 void WindowSizeKeeperTest::initTestCase()
@@ -56,7 +56,7 @@ void WindowSizeKeeperTest::init()
     Settings().clear();
 }
 
-void WindowSizeKeeperTest::sizeComesBackInAnotherRun()
+void WindowSizeKeeperTest::sizeIsRestoredInAnotherRun()
 {
     auto window = makeWindow();
     show(*window);
@@ -69,18 +69,18 @@ void WindowSizeKeeperTest::sizeComesBackInAnotherRun()
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }
 
-void WindowSizeKeeperTest::sizeComesBackInTheSameRun()
+void WindowSizeKeeperTest::sizeIsRestoredInTheSameRun()
 {
     const auto window = makeWindow();
     show(*window);
     window->resize(410, 230);
     window->hide();
-    window->resize(300, 200); // as a window does that fits itself to its contents each time
+    window->resize(300, 200); // like a window that fits itself to its contents each time
     show(*window);
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }
 
-void WindowSizeKeeperTest::sizeOfTheProgramIsNotKept()
+void WindowSizeKeeperTest::sizeSetByTheProgramIsNotSaved()
 {
     const auto window = makeWindow();
     show(*window);
@@ -96,7 +96,7 @@ void WindowSizeKeeperTest::windowFitsTheScreen()
     QTRY_COMPARE(window->size(), QSize(Metrics::maxWindowSize().width(), 250));
 }
 
-void WindowSizeKeeperTest::nonsenseChangesNothing()
+void WindowSizeKeeperTest::anInvalidSavedSizeChangesNothing()
 {
     for (const QVariant& nonsense : {QVariant("wide"), QVariant(QSize(-5, 7)), QVariant(QSize(0, 0))}) {
         Settings().setValue("Some/size", nonsense);
@@ -107,7 +107,7 @@ void WindowSizeKeeperTest::nonsenseChangesNothing()
     }
 }
 
-void WindowSizeKeeperTest::maximizedWindowLeavesWhatIsKept()
+void WindowSizeKeeperTest::maximizedWindowDoesNotChangeTheSavedSize()
 {
     Settings().setValue("Some/size", QSize(410, 230));
     const auto window = makeWindow();

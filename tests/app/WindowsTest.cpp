@@ -1,8 +1,8 @@
-// What every window of the program owes its users: it can be worked with by keyboard alone, tells assistive
-// programs what its controls are for, and fits a small screen without cutting anything off.
+// Every window of the program is usable by keyboard alone. It describes its controls to assistive programs,
+// and fits a small screen without cutting anything off.
 //
-// When VYRE_PICTURES names a directory, pictures of the windows are kept there; with VYRE_PALETTE=dark they
-// are dark.
+// If VYRE_PICTURES names a directory, the tests save pictures of the windows there. With VYRE_PALETTE=dark
+// the windows are dark.
 
 #include <QAccessible>
 #include <QtTest>
@@ -32,8 +32,8 @@
 
 using PackageTable::Describe::Instance::RepoDialog;
 
-// A pipe with a name. Anyone who opens it for reading waits until somebody writes: a picture of that name
-// keeps a window waiting. Here a thread notices that and lets the reader go.
+// A named pipe. Anyone who opens it for reading waits for a writer, so a picture with its name would block a
+// window. A thread of this class counts the readers and releases them.
 class WatchedPipe
 {
 public:
@@ -85,7 +85,7 @@ private:
     std::unique_ptr<WatchedPipe> watched;
     std::unique_ptr<ShownWindow> shown;
 
-    // What is put before names and texts that come from elsewhere.
+    // The prefix of names and texts that come from outside the program.
     QByteArray foreign;
 
     QString longText() const
@@ -105,8 +105,8 @@ private:
             qPrintable(name));
     }
 
-    // Opens every window of the program, as the user does where that is not a transaction's or a failure's
-    // business.
+    // Opens every window of the program. It does so as a user does, except for windows that only a
+    // transaction or a failure opens.
     void forEachWindow(const Check& check)
     {
         check("main", *shown->window);
@@ -174,7 +174,7 @@ private:
         credentials.exec(&entry);
     }
 
-    // What is shown when the pointer rests on a place.
+    // The tool tip at a place.
     static QString toolTipAt(QWidget* widget, const QPoint& place)
     {
         QHelpEvent event(QEvent::ToolTip, place, widget->mapToGlobal(place));
@@ -215,7 +215,7 @@ private:
     {
         return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus) != 0 &&
                widget->focusProxy() == nullptr && !widget->isWindow() &&
-               // Parts of a control that has the focus itself.
+               // The edit of a spin box is not a stop, because the spin box has the focus.
                qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) == nullptr;
     }
     static QList<QWidget*> stops(const QWidget& window)
@@ -241,7 +241,7 @@ private:
     {
         return QRect(widget->mapTo(widget->window(), QPoint()), widget->size());
     }
-    // Whether people read the one before the other.
+    // Whether people read the first place before the second.
     static bool isRead(const QRect& before, const QRect& after)
     {
         return before.contains(after) || after.top() >= before.center().y() ||
@@ -300,7 +300,7 @@ private Q_SLOTS:
             QApplication::setPalette(dark);
         }
         standIn = std::make_unique<StandIn>();
-        if (QByteArray(QTest::currentTestFunction()) == "noForeignTextIsTakenForMarkup") {
+        if (QByteArray(QTest::currentTestFunction()) == "foreignTextsAreNeverMarkup") {
             watched = std::make_unique<WatchedPipe>();
             foreign = "<h1>x</h1><img src=\"" + watched->path() + "\">&amp;&nbsp;&";
             QFile configuration(standIn->root() + "/etc/yum.conf");
@@ -385,7 +385,7 @@ private Q_SLOTS:
                 }
             }
             QVERIFY2(missed.isEmpty(), qPrintable(name + ": " + missed.join(", ")));
-            // The way goes from the top to the bottom; once, from the bottom to the top.
+            // The focus moves from top to bottom, and only once back from the bottom to the top.
             for (int i = 0; i < reached.count(); ++i) {
                 const QWidget* from = reached.at(i);
                 const QWidget* to = reached.at((i + 1) % reached.count());
@@ -398,7 +398,7 @@ private Q_SLOTS:
         QCOMPARE(windows, windowCount);
     }
 
-    void noForeignTextIsTakenForMarkup()
+    void foreignTextsAreNeverMarkup()
     {
         const auto isMarkup = [](const QString& shownText) {
             return Qt::mightBeRichText(shownText) &&
@@ -433,7 +433,7 @@ private Q_SLOTS:
         QCOMPARE(watched->reads(), 0);
     }
 
-    void noMnemonicStandsForTwoThings()
+    void everyMnemonicIsUnique()
     {
         forEachWindow([](const QString& name, QWidget& window) {
             QStringList texts;
@@ -454,7 +454,7 @@ private Q_SLOTS:
                 for (const QAction* action : bar->actions()) {
                     QCOMPARE(doubled(mnemonicsOf(textsOf(action->menu()->actions()))), QStringList());
                 }
-                // Both texts are fixed; pressed twice, the key reaches either.
+                // Neither text can change. A second press of the key reaches the other control.
                 both = QStringList{"Alt+C &Cache", "Alt+C &Clear Actions"};
                 QVERIFY(mnemonicsOf(texts).count() > 10);
             }
@@ -464,25 +464,26 @@ private Q_SLOTS:
         });
     }
 
-    void everyControlTellsWhatItIsFor()
+    void everyControlHasAnAccessibleNameAndRole()
     {
         int controls = 0;
         forEachWindow([&controls](const QString& name, QWidget& window) {
             for (QWidget* stop : stops(window)) {
                 if (qobject_cast<QScrollArea*>(stop) != nullptr) {
-                    continue; // only scrolled by it
+                    continue; // it only scrolls its contents
                 }
                 ++controls;
-                QAccessibleInterface* told = QAccessible::queryAccessibleInterface(stop);
-                QVERIFY2(told != nullptr && told->isValid(), qPrintable(describe(stop)));
+                QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(stop);
+                QVERIFY2(accessible != nullptr && accessible->isValid(), qPrintable(describe(stop)));
                 const QString what = name + ": " + describe(stop);
-                QVERIFY2(!told->text(QAccessible::Name).isEmpty(), qPrintable(what));
-                QVERIFY2(told->role() != QAccessible::NoRole && told->role() != QAccessible::Client,
+                QVERIFY2(!accessible->text(QAccessible::Name).isEmpty(), qPrintable(what));
+                QVERIFY2(accessible->role() != QAccessible::NoRole &&
+                             accessible->role() != QAccessible::Client,
                          qPrintable(what));
                 if (qobject_cast<QComboBox*>(stop) != nullptr) {
-                    // Its name is its current choice.
-                    QVERIFY2(!told->relations(QAccessible::Label).isEmpty() ||
-                                 !told->text(QAccessible::Description).isEmpty(),
+                    // The name of a combo box is its current choice, so it needs a label or a description.
+                    QVERIFY2(!accessible->relations(QAccessible::Label).isEmpty() ||
+                                 !accessible->text(QAccessible::Description).isEmpty(),
                              qPrintable(what));
                 }
             }
@@ -511,7 +512,7 @@ private Q_SLOTS:
                     labels += label->buddy() == stop ? 1 : 0;
                 }
                 if (labels == 0 && name == "credentials") {
-                    // The texts are keys of a URL, of which a buddy would make shortcuts.
+                    // The labels are keys of a URL. As buddies they would turn "&" into shortcuts.
                     QVERIFY(stop->accessibleName() == "user" || stop->accessibleName() == "word");
                     labels = 1;
                 }
@@ -519,14 +520,14 @@ private Q_SLOTS:
                 fields << name;
             }
         });
-        QCOMPARE(fields.count("form"), 9); // those of credentials cannot be used without any
+        QCOMPARE(fields.count("form"), 9); // the form disables its fields for credentials here
         QCOMPARE(fields.count("credentials"), 2);
         QCOMPARE(fields.count("log"), 1);
     }
 
     void everyWindowFitsTheScreen()
     {
-        // Positions are rounded where a pixel is not one of the screen's.
+        // On a scaled screen, positions are rounded to the screen's pixels.
         const QRect screen = QGuiApplication::primaryScreen()->geometry().adjusted(0, 0, 1, 1);
         forEachWindow([screen](const QString& name, QWidget& window) {
             keepPicture(name, window);
@@ -560,9 +561,9 @@ private Q_SLOTS:
 
     void bothMenusOfTheTableAreOpenedByKeyboard()
     {
-        // The window system makes a menu request of the menu key, so that has to come from there. 76 is the
-        // code of the key F10: with some versions of the keyboard's description xdotool would press Alt with
-        // its name.
+        // The window system turns the menu key into a menu request, so the key must pass through it. 76 is
+        // the code of the key F10. With some keyboard descriptions, xdotool would press Alt too if it got the
+        // name of the key.
         for (const char* keys : {"Menu", "shift+76"}) {
             QStringList menus;
             QTimer timer;
@@ -589,7 +590,7 @@ private Q_SLOTS:
         }
     }
 
-    void theBoxesOfTheEditorAreTickedByKeyboard()
+    void theKeyboardChecksTheBoxesOfTheEditor()
     {
         QStringList seen;
         withDialog<RepoEditor::Dialog>(

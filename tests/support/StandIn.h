@@ -1,8 +1,9 @@
-// A share directory whose script answers without a package manager: the tests say what it is to answer.
+// A share directory whose script answers without a package manager. The tests set its answers.
 //
-// The script reads what it has been told at each collection, and writes down which of its methods were
-// called. One for each test program, made before anything that looks for the share directory; the environment
-// keeps pointing to it.
+// The script reads these answers at each collection, and records the calls of its methods.
+//
+// One object for each test program. It must exist before any code looks for the share directory, and it sets
+// the environment variables VYRESHARE and VYREROOT.
 
 #ifndef TESTS_SUPPORT_STANDIN_H
 #define TESTS_SUPPORT_STANDIN_H
@@ -15,42 +16,44 @@
 class StandIn
 {
 public:
-    // Takes the icons of the share directory that the environment names.
+    // Uses the icons of the share directory that the environment names so far.
     StandIn();
 
-    // The attributes of a package object; whatever is not given is the script's to fill in.
+    // The attributes of a package object. The script sets the missing ones.
     static QJsonObject package(const QString& name, const QJsonObject& attributes = QJsonObject());
     static QJsonObject group(const QString& name, const QJsonObject& attributes = QJsonObject());
 
-    // What the next collection finds. An update needs its installed version among the installed ones too.
+    // Sets the packages for the next collection. The installed version of an update must be in the list of
+    // installed packages too.
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // While held, neither a collection nor the loading of file lists gets on.
+    // While held, collections and the loading of file lists wait.
     void setHeld(bool held);
-    // Whether the script refuses to be made into an object.
+    // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
-    // Whether applying fails, before anything has been changed or half way through.
+    // Whether an apply fails: before the first change, or half way.
     void setFailing(bool fail);
     void setBreaking(bool doBreak);
-    // Whether applying finds that another program has changed the system.
+    // Whether an apply reports that another program has changed the system.
     void setOutdated(bool outdated);
     // Whether the next collections fail.
     void setUnreadable(bool unreadable);
-    // Whether an error is logged by the next collections, which go on.
+    // Whether the next collections log an error and continue.
     void setComplaining(bool complaining);
-    // Packages with the attribute "waiting" have no change log before.
+    // Before this call, the change log of a package with the attribute "waiting" is not available.
     void letChangeLogsBeRead();
-    // The text of the file of repositories, which the script knows two of: "base" and "extras".
+    // Sets the text of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
 
-    // The methods called since the last forgetCalls(), in order; some tell of their arguments in an entry of
-    // their own: "enableRepo base", "apply" with the names of those to install, update and remove.
+    // The methods called since the last forgetCalls(), in order. Some methods add a second entry with their
+    // arguments, for example "enableRepo base". That of "apply" has the names of the packages to install,
+    // update and remove.
     QStringList calls() const;
     int calls(const QString& method) const;
     void forgetCalls();
 
-    // The directory that stands for "/" of the managed system.
+    // The directory that is "/" of the managed system.
     QString root() const;
 
 private:

@@ -1,4 +1,4 @@
-"""Answers as the script of the program does, but from a file instead of a package manager."""
+"""A stand-in for the script. Its answers come from a file instead of a package manager."""
 import bdb  # noqa: F401  (looked up by name)
 import datetime
 import json
@@ -43,7 +43,7 @@ dnf = module('dnf', __version__='4.0.0',
 
 class Package:
 
-    # What a package answers to that the test says nothing about.
+    # The default values of attributes that the test does not set.
     arch = 'x86_64'
     epoch = 0
     version = '1'
@@ -67,7 +67,7 @@ class Package:
 
 
 class WaitingPackage(Package):
-    """Has a change log only when the test lets it have one, which the test can while nothing holds it up."""
+    """Has a change log only after the test permits it. The test can do so only if the program is not blocked."""
 
     @property
     def changelogs(self):
@@ -83,7 +83,7 @@ class WaitingPackage(Package):
 
 
 class LockedPackage(Package):
-    """Has no change log, because another process has the lock for as long as it is waited for."""
+    """Has no change log. Another process holds the lock until the program ends the wait."""
 
     @property
     def changelogs(self):
@@ -98,7 +98,7 @@ class LockedPackage(Package):
 
 
 class WatchedPackage(Package):
-    """Writes down each time that somebody reads its vendor."""
+    """Records each read of its vendor."""
 
     @property
     def vendor(self):
@@ -128,7 +128,7 @@ class Group:
 
 
 class History:
-    """Both the history and its groups."""
+    """The history and also its groups."""
 
     def __init__(self):
         self.group = self
@@ -149,7 +149,7 @@ class YumIO:
                                                                      releasever='39'))
 
     def __getattribute__(self, name):
-        """Write down each method that is asked for, in order to be called."""
+        """Record the name of each requested method, because the program requests a method only to call it."""
         value = object.__getattribute__(self, name)
         if callable(value) and name not in ('getBiArch', 'isBetterThan', 'wait'):
             note(name)
@@ -168,7 +168,7 @@ class YumIO:
         note('disableRepo ' + id)
 
     def apply(self, installs, updates, removes, *groups):
-        """Note what is to be done, have it confirmed, and change the system unless it is told to fail before that."""
+        """Record the packages, ask for confirmation, and begin the change unless the test sets an earlier failure."""
         note('apply {} {} {}'.format(*(','.join(sorted(package.name for package in packages)) or '-'
                                        for packages in (installs, [pair[0] for pair in updates], removes))))
         self.outdated = os.path.exists(os.path.join(SHARE, 'outdated'))
@@ -221,7 +221,7 @@ class YumIO:
 
     @property
     def replacements(self):
-        """Pairs: a package may have the name of an installed one that it replaces."""
+        """Pairs of an installed package and the package that replaces it. The attribute "replaced" names the former."""
         return [(old, new) for new in self._packages('updates') + self._packages('available')
                 for old in self._packages('installed') if getattr(new, 'replaced', None) == old.name]
 

@@ -9,7 +9,7 @@ import tempfile
 import time
 
 
-# A user of another name space cannot say who it is.
+# A user of another name space cannot authenticate, so the bus also accepts anonymous clients.
 BUS_OF_ALL = '''<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
@@ -30,7 +30,7 @@ BUS_OF_ALL = '''<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
 
 
 class StartError(Exception):
-    """Something that a test needs did not start."""
+    """A program that a test needs did not start."""
 
 
 class VirtualDisplay:
@@ -94,11 +94,11 @@ class VirtualDisplay:
             self.log.seek(0)
             raise StartError('Xvfb did not start:\n' + self.log.read().decode(errors='replace'))
         self.environment['DISPLAY'] = ':' + number
-        # For tests in which it dies.
+        # For tests that kill the server.
         self.environment['X_SERVER_PID'] = str(self.started[0].pid)
 
     def _clean_up_after_server(self):
-        """A server that was killed leaves its socket behind. Another one may have taken its number over."""
+        """Remove the socket that a killed server leaves behind, unless another server already uses its number."""
         path = '/tmp/.X11-unix/X' + self.environment.get('DISPLAY', '')[1:]
         with socket.socket(socket.AF_UNIX) as client:
             try:
@@ -118,16 +118,16 @@ class VirtualDisplay:
     def _start_accessibility(self):
         self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
         if self.any_user:
-            # The usual launcher's bus would have none but its own user and root. One bus is enough for both.
+            # The usual launcher's bus accepts only its own user and root. Here one bus serves both purposes.
             os.chmod(self.scratch.name, 0o711)
             address = 'unix:path=' + os.path.join(self.scratch.name, 'bus')
-            # Also for what the bus itself starts.
+            # Programs that the bus starts need it too.
             self.environment['AT_SPI_BUS_ADDRESS'] = address
             path = os.path.join(self.scratch.name, 'bus.conf')
             with open(path, 'w') as stream:
                 stream.write(BUS_OF_ALL.format(address))
             self._start_bus('--config-file=' + path)
-            # Where programs look for it that find no launcher.
+            # Programs that find no launcher look here.
             subprocess.run(['xprop', '-root', '-f', 'AT_SPI_BUS', '8s', '-set', 'AT_SPI_BUS', address],
                            env=self.environment, check=True)
             return
@@ -138,7 +138,7 @@ class VirtualDisplay:
                 break
         else:
             raise StartError('there is no at-spi-bus-launcher')
-        # Programs look at this once, when they start.
+        # Programs read this setting only once, when they start.
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
                     'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',
                     'variant:boolean:true'], b'method return', 'the accessibility bus')

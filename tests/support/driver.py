@@ -2,8 +2,8 @@
 
 Needs a display with an accessibility bus: run under "with-display --accessible".
 
-Input and reading take different ways into the program, so what was read just after a key or a click may still be
-from before it. Whatever acts here therefore waits until its effect can be seen.
+Input and reading reach the program by different ways, so a read directly after a key or a click may still return the
+old state. Therefore every function that acts waits until its effect is visible.
 """
 import glob
 import os
@@ -15,22 +15,22 @@ import warnings
 
 import pyatspi
 
-# pyatspi itself calls what its library has declared obsolete.
+# pyatspi itself calls obsolete functions of its library.
 warnings.filterwarnings('ignore', message='Atspi[.]', category=DeprecationWarning)
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SHARE = os.path.join(ROOT, 'share')
 
-# The columns of the package table, in the order in which the program has them.
+# The columns of the package table, in the order of the program.
 ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME = range(9)
 
 
 class NotThere(AssertionError):
-    """What was waited for did not come."""
+    """The expected state did not occur in time."""
 
 
 class Ended(NotThere):
-    """The program ended while something was waited for."""
+    """The program ended during a wait."""
 
 
 def wait_for(condition, what, seconds=60):
@@ -44,18 +44,18 @@ def wait_for(condition, what, seconds=60):
                 return value
         except Ended:
             raise
-        except Exception as e:  # pyatspi raises what D-Bus says, of many types, while a window changes
+        except Exception as e:  # pyatspi raises D-Bus errors of many types while a window changes
             problem = ' ({})'.format(e)
         if time.monotonic() > end:
             raise NotThere('{} did not come within {} s{}'.format(what, seconds, problem))
         time.sleep(0.03)
 
 
-# What is read -----------------------------------------------------------------------------------------------
+# Reading ---------------------------------------------------------------------------------------------------
 
 def walk(accessible):
     yield accessible
-    # A table has a child for every cell; it is read by its own calls.
+    # A table has a child for every cell, so its own calls read it.
     if accessible.getRole() in (pyatspi.ROLE_TABLE, pyatspi.ROLE_TREE_TABLE):
         return
     for i in range(accessible.childCount):
@@ -80,7 +80,7 @@ def text_of(accessible):
     try:
         return accessible.queryText().getText(0, -1)
     except NotImplementedError:
-        # What is known of it may be from before the window was shown.
+        # The cached data can be older than the window.
         accessible.clear_cache()
         return accessible.queryText().getText(0, -1)
 
@@ -102,13 +102,13 @@ def screenshot(path):
 
 
 def pixels(x, y, width, height):
-    """That part of the screen, three bytes a pixel."""
+    """The pixels of this part of the screen, three bytes each."""
     return subprocess.run(['import', '-silent', '-window', 'root', '-crop', '{}x{}+{}+{}'.format(width, height, x, y),
                            '-depth', '8', 'rgb:-'], check=True, stdout=subprocess.PIPE).stdout
 
 
 class Icon:
-    """An icon of the share directory, to be found again on the screen."""
+    """An icon of the share directory, which tests look for on the screen."""
 
     known = {}
 
@@ -142,7 +142,7 @@ class Icon:
         return best
 
 
-# What is done -----------------------------------------------------------------------------------------------
+# Acting ----------------------------------------------------------------------------------------------------
 
 def xdotool(*arguments):
     return subprocess.run(['xdotool'] + [str(argument) for argument in arguments], check=True,
@@ -159,23 +159,23 @@ def click(accessible, button=1):
 
 
 def click_at(x, y, button=1):
-    # Coming from next to it: xdotool waits for the pointer to move, 15 s when it is in its place already.
+    # The pointer first moves to a place beside it: if it did not move at all, xdotool would wait for 15 s.
     xdotool('mousemove', x + 1, y, 'mousemove', '--sync', x, y, 'click', button)
 
 
 def key(*names):
-    # A function key goes by its code: with some versions of the keyboard's description xdotool adds Alt to its name.
+    # A function key needs its code: with some keyboard descriptions xdotool presses Alt too if it gets the name.
     codes = [re.sub(r'\bF([1-9]|10)$', lambda found: str(66 + int(found.group(1))), name) for name in names]
     xdotool('key', '--clearmodifiers', *codes)
 
 
 def kill_display():
-    """The X server of this display dies, and every connection to it with it."""
+    """Kill the X server of this display, and so every connection to it."""
     os.kill(int(os.environ['X_SERVER_PID']), signal.SIGKILL)
 
 
 def kill_window(program, title):
-    """Have the X server close the connection of the program that has a window with this title."""
+    """Make the X server close the connection of the program with the window of this title."""
     window = xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name', '^' + title + '$').split()[0]
     xdotool('windowkill', window)
 
@@ -191,7 +191,7 @@ class Program:
     def __init__(self, binary, scratch, arguments=(), environment=None, unset=()):
         self.stdout_path = os.path.join(scratch, 'stdout')
         self.stderr_path = os.path.join(scratch, 'stderr')
-        # What is found here by its text is so in English, whatever the language of who runs this.
+        # The tests find texts in English, so the language of the user who runs them must not matter.
         variables = dict(os.environ, VYRESHARE=SHARE, LANGUAGE='en')
         variables.update(environment or {})
         for name in unset:
@@ -205,8 +205,8 @@ class Program:
             return err.read()
 
     def complaints(self):
-        """What the program has written to standard error, without what comes from the window manager taking the
-        frame of a closed dialog away while Qt looks for the window under the pointer."""
+        """The standard error of the program without one known message. It appears if the window manager removes the
+        frame of a closed dialog while Qt looks for the window under the pointer."""
         harmless = re.compile(
             r'vyre: QXcbConnection: XCB error: 3 \(BadWindow\), .*\(TranslateCoords\), minor code: 0$')
         return '\n'.join(line for line in self.stderr().splitlines() if line and not harmless.match(line))
@@ -290,7 +290,7 @@ class Program:
                  'the end of window ' + repr(title), seconds)
 
     def popups(self):
-        """The numbers of all windows on the screen; AT-SPI does not tell of context menus."""
+        """The numbers of all windows on the screen; AT-SPI does not report context menus."""
         found = subprocess.run(['xdotool', 'search', '--onlyvisible', '--pid', str(self.process.pid)],
                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.split()
         return frozenset(found)
@@ -379,7 +379,7 @@ class MainWindow(Window):
         return enabled(self.button('Refresh'))
 
     def wait_ready(self, seconds=120):
-        # A window that is busy does not answer for the whole time of some steps.
+        # During some steps a busy window does not answer at all.
         wait_for(self.is_ready, 'a usable main window', seconds)
 
     def table(self):
@@ -403,7 +403,7 @@ class MainWindow(Window):
         return [table.getAccessibleAt(row, NAME).name for row in range(table.nRows)]
 
     def wait_names(self, names, seconds=60):
-        """Wait until exactly these are listed, in whatever order."""
+        """Wait until exactly these names are listed, in any order."""
         wanted = sorted(names)
 
         def look():
@@ -430,7 +430,7 @@ class MainWindow(Window):
             cell = self.cell(self.row_of(name, arch), column)
             _, y, width, height = rectangle(cell)
             _, top, _, all_height = rectangle(self.table())
-            # Below the header, and above a horizontal scroll bar that there may be.
+            # Below the header, and above the horizontal scroll bar, if any.
             return cell if width > 0 and top + height // 2 < y < top + all_height - 2 * height else None
         return wait_for(look, 'the row of {} on the screen'.format(name))
 
@@ -454,7 +454,7 @@ class MainWindow(Window):
         wait_for(look, 'the action {} of {}'.format(action, name), 20)
 
     def warning(self):
-        """The text of the frame that tells of actions that are not listed."""
+        """The text of the frame that warns of unlisted actions."""
         return ''.join(self.labels())
 
     def edit(self):
@@ -505,10 +505,10 @@ class MainWindow(Window):
         if combo.name == item:
             return
         for last in (False, False, True):
-            # A click that meets the beginning of an operation is lost, as a user's would be.
+            # A click at the beginning of an operation is lost, as for a user.
             self.wait_ready()
             click(combo)
-            # By keyboard: the list that pops up covers the box, so that its current item is under the pointer.
+            # By keyboard, because the opened list covers the box, and its current item is under the pointer.
             key('Home')
             for _ in range(8):
                 if selected_item(combo) == item:
@@ -547,7 +547,7 @@ class MainWindow(Window):
 
     def mark_listed(self, name, arch=None, clicks=1):
         """List the package, or the group, alone, and click on its Action cell."""
-        # A group has nothing in the other columns.
+        # A group has no texts in the other columns.
         self.set_filter('^' + name + '( |$)')
         wait_for(lambda: set(self.names()) == {name}, name + ' alone')
         self.mark(name, arch, clicks)

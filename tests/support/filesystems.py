@@ -1,4 +1,4 @@
-"""Small file systems of this process's own, for what happens when there is no space left."""
+"""Small file systems that only this process sees, for tests without free space."""
 import ctypes
 import os
 import shutil
@@ -15,7 +15,7 @@ def rootIsMountPoint():
 
 
 def isolate():
-    """From here on, what this process and its children mount is seen by nobody else and gone with their end."""
+    """From here on, only this process and its children see their mounts, which end with them."""
     if not rootIsMountPoint():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')
     library = ctypes.CDLL(None, use_errno=True)
@@ -25,7 +25,7 @@ def isolate():
 
 
 def mount_small(path, kilobytes):
-    """Put a file system of that size, with what the directory holds, on a directory; make it if it is not there."""
+    """Mount a file system of this size on a directory and keep its contents. Make the directory if it is missing."""
     os.makedirs(path, exist_ok=True)
     saved = tempfile.mkdtemp()
     try:
@@ -37,10 +37,10 @@ def mount_small(path, kilobytes):
 
 
 def resize(path, kilobytes):
-    """Change the size of such a file system to what it holds and that much more."""
+    """Set the size of such a file system to its used space plus this number of kilobytes."""
     found = os.statvfs(path)
     used = (found.f_blocks - found.f_bfree) * found.f_frsize // 1024
-    # A size of nothing would mean no limit.
+    # A size of zero would mean no limit.
     subprocess.run(['mount', '-o', 'remount,size={}k'.format(max(used + kilobytes, 4)), path], check=True)
 
 

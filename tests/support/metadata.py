@@ -1,4 +1,4 @@
-"""Damaged metadata of repositories, whose checksums fit all the same."""
+"""Damages the metadata of repositories and keeps their checksums correct."""
 import gzip
 import hashlib
 import os
@@ -7,10 +7,10 @@ import subprocess
 
 
 def alter(repository, kind, change, packed=False):
-    """Replace a document of a repository's directory by what a function makes of its bytes.
+    """Replace a document of a repository's directory by the result of a function of its bytes.
 
-    packed: the bytes are the compressed ones. "group" stands for the compressed list of groups, beside which older
-    versions of createrepo_c make one that is not.
+    packed: the function gets the compressed bytes. The kind "group" means the compressed list of groups; older versions
+    of createrepo_c make an uncompressed list too.
     """
     index = os.path.join(repository, 'repodata', 'repomd.xml')
     with open(index) as stream:
@@ -39,7 +39,7 @@ def alter(repository, kind, change, packed=False):
 
 
 def add_modules(repository, content, directory):
-    """Add a document about modules to a repository, by way of a file in the directory."""
+    """Add a document about modules to a repository. A file in the directory is needed on the way."""
     path = os.path.join(directory, 'modules.yaml')
     with open(path, 'w') as stream:
         stream.write(content)
@@ -52,5 +52,5 @@ def half(content):
 
 
 def page(content):
-    """What a captive portal or a careless server sends instead."""
+    """The document that a captive portal or a badly configured server sends instead."""
     return b'<html><body><p>Please log in</p></body></html>'

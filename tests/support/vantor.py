@@ -1,7 +1,7 @@
-"""An HTTP server of repositories that wants to be told a name and a password in the query of each URL.
+"""An HTTP server of repositories that requires a name and a password in the query of each URL.
 
-.../vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=PATH names the file PATH below the served directory, whatever the two
-keys are. What reads packages puts the names of files either after PATH or before the "?"; both will do.
+.../vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=PATH names the file PATH below the served directory. The two keys can
+have any names. Programs put the names of files either after PATH or before the "?"; the server accepts both.
 """
 import os
 import threading
@@ -10,9 +10,9 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 
 class VantorServer(ThreadingHTTPServer):
-    """directory  what is served
+    """directory  the served directory
     users      name -> password
-    requests   what was asked for: (host, path, name, password, status), oldest first
+    requests   the requests: (host, path, name, password, status), oldest first
     """
 
     daemon_threads = True
@@ -31,7 +31,7 @@ class VantorServer(ThreadingHTTPServer):
         self.server_close()
 
     def url(self, path, name='', password='', host='127.0.0.1'):
-        """name and password: as they are to stand in the URL."""
+        """name and password: as written in the URL."""
         return 'http://{}:{}/vantor?user={}&secret={}&path={}'.format(host, self.server_port, name, password, path)
 
     def answers(self, path):
@@ -73,4 +73,4 @@ class _Handler(BaseHTTPRequestHandler):
     do_HEAD = do_GET
 
     def log_message(self, *_):
-        """Standard error belongs to the test."""
+        """Print nothing, because standard error belongs to the test."""
