@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Ends the process in good order if the toolkit finds no display.
 //
 // Without a display, Qt prints several messages and aborts. An object of this class holds Qt's messages back.

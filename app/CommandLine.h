@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Reads the command line into settings of the main window.
 //
 // Graphical thread, before the window is shown. Every error ends the process with status 1.

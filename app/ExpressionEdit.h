@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The edit for the expression that filters the table. Its colours show whether the expression is valid.
 //
 // An edit normally uses Ctrl+E to move the cursor to its end. This one leaves the key to the menu, where it

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Saves and restores the size of the main window and the widths and places of the table's columns.
 //
 // Graphical thread; only functions.

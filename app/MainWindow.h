@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The program's one main window: menus, the filter row, the package table, the action buttons and the
 // progress bars. It owns the back end and all objects that work on it. It disables the controls before each
 // long operation and enables them afterwards.

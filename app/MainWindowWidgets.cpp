@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Creates the menus, boxes and buttons of the main window.
 
 #include "app/MainWindow.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Opens the manual and web pages in other programs. Helper programs of the share directory find these.
 //
 // Graphical thread; only functions.

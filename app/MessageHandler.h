@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Writes Qt's own messages to the terminal that the program was started from.
 //
 // main() installs it once, before any other thread exists; Qt calls it on any thread. It does not write to

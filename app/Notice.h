@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A message beside the menus that disappears after a while. A window would interrupt the user.
 //
 // Graphical thread; owned by the menu bar.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Ends the process in good order if the display is lost, if a signal asks for the end, or if a library ends
 // it. A transaction continues to its end, and all other work is abandoned. Then the locks are released and
 // the runtime directory is removed.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Loads the catalogue of the user's language, if VYRE has one.
 //
 // A catalogue is a file vyre_<language>.qm, made from translations/vyre_<language>.ts. The texts in the

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Gives a window the size that it had when it was last closed, in this run or another one.
 //
 // Graphical thread; owned by the window that it is made for.

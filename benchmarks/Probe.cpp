@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Measures the program from inside. Qt loads this plug-in (QT_QPA_GENERIC_PLUGINS=probe), so the program
 // needs no code for it.
 //

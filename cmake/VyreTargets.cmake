@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 # Shared by every folder: the flags that all of our code is compiled with, and one function for a folder's
 # library and one for a test program.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The menu of the Action column. It gives one action to the clicked row, or to all selected rows whose state
 // permits the action.
 //

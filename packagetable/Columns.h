@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The columns of the package table, one row of data for each: the heading, the contents of a cell and the
 // sort order. Model, proxy and view use this table; none of them has code for a single column.
 //

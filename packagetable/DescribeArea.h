@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The contents of the description dialog for one record: pairs of a label and a value, and buttons for the
 // file list, the change log and the repository.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Shows all data of the back end for one row of the package table: one area for the record, and a shorter one
 // for each further installed version.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The interface of the window around the areas that describe a package.
 //
 // Graphical thread; the window implements it.

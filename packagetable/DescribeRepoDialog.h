@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Shows the configuration of one repository, and opens the repository in the web browser of the user.
 //
 // Graphical thread. A child of the description of a package, which uses it repeatedly.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A regular expression for filtering the table: extended POSIX, case-sensitive, matching anywhere in a text.
 //
 // Most expressions require some fixed text in every match. A search for that text is much faster than

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The package records of the back end as a table, with one row for each top-level record. Only this class
 // writes the chosen actions into the records.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The menu of all columns except the Action column.
 //
 // Graphical thread; a child of the view.

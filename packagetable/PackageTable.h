@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The options of the package table. The numbers of modes and state filters are also those of the boxes in the
 // main window and of the command line.
 

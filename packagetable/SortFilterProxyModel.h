@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Selects the package records in the table and their order: by state, duplicates, groups and a regular
 // expression.
 //

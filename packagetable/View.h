@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The view of the package table. A click on the Action column or a context menu sets actions. Signals report
 // the current row and changed actions.
 //

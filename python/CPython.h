@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The header of the interpreter, as our sources include it: lengths in formats such as "s#" are Py_ssize_t.
 //
 // For sources of python/, yumio/ and their tests. A header that others include has "python/PyObject.h"

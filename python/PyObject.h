@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The names of two types of the interpreter without its header, for headers that only pass pointers on.
 //
 // <Python.h> sets macros of the C library and has to come before every other header. A window that includes

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Owns one reference to a Python object and drops it at the end of its scope.
 //
 // Any thread. The thread must hold the interpreter lock, also when the object is destroyed.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The embedded Python 3 interpreter. Starts it, runs snippets, looks up dotted names, calls functions and
 // methods, converts strings, and handles the exceptions of these calls.
 //

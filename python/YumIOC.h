@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The built-in extension module yumIOC. Through it the script python/YumIO.py reports progress, output and
 // questions to the program. Each of its functions calls the member function of the same name of the back end.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The script's interface to the back end: the functions of the module yumIOC call these members.
 //
 // Called on the thread that runs the script, with the interpreter lock held. Each member parses its arguments

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Starts external programs that keep running independently of this program.
 //
 // Graphical thread. The saved descriptors live as long as the process.

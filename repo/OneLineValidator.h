@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Keeps line breaks out of a line edit whose text becomes one line of a configuration file. Pasted text often
 // ends with a line break.
 //

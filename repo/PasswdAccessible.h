@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Hides passwords from assistive programs. Qt reports each change of a text to these programs, for every
 // widget with a text, even if the widget is hidden or shows password characters.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The common base of the two masking edits. The visible edit shows a text with masked passwords. A hidden
 // edit of the same kind beside it holds the real text and does the editing. The screen, the clipboard and
 // assistive programs get the masked text only.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A line edit for a password.
 //
 // Graphical thread; owned by its Qt parent.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The parts of the two masking edits: the hidden widgets with the real texts, and the transfer of text
 // between masking edits.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Hides the passwords in a text. One password character replaces each of their characters, so positions are
 // the same in the masked and in the real text.
 //

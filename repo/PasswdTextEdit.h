@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A text edit that shows a text with its passwords masked; toPlainText() is the masked text.
 //
 // Graphical thread; owned by its Qt parent.

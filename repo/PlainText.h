@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The exact text of a document, without replaced characters.
 //
 // Graphical thread; no state.

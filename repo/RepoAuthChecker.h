@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Finds the repositories in use whose URLs have empty fields for credentials, and asks the user for these
 // credentials.
 //

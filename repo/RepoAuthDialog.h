@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Asks the user for the credentials of one repository after another.
 //
 // Graphical thread; the checker owns it.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Opens the location of a repository in the web browser of the user.
 //
 // Graphical thread; no state.

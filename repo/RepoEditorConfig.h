@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The form for one repository: its fields, and the logic that keeps the fields consistent. The credentials in
 // the URLs have their own fields, which only show and edit these parts of the URLs.
 //

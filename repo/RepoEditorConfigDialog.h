@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The window in which the user edits one repository.
 //
 // Graphical thread. The Qt parent owns the dialog and uses it for every repository. The repository itself

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The context menu of a repository in the table of the editor.
 //
 // Graphical thread; a child of the view.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The window that shows every configured repository. The user switches repositories on and off, edits their
 // configuration and writes it to the files.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The repositories as a table of four columns. Row i shows entry i of the list of the configuration.
 //
 // Graphical thread; owned by its Qt parent. It has no copy of the list: call reset() after each change of the

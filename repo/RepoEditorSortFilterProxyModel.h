@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Sorts the repositories. Identifiers and names have their natural order: repo9 comes before repo10.
 //
 // Graphical thread; owned by its Qt parent. The source model is not owned.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The table of repositories. A click on one of the two boxes switches it; a double click requests the form of
 // the repository.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // One repository of the configuration of the package manager: the contents of one section of a configuration
 // file.
 //

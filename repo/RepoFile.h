@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // One configuration file of the package manager with its contents on the disk, or the reason why VYRE leaves
 // it alone.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The user name and the password in the URLs of a repository of the vantor scheme.
 //
 // Any thread; no state. A URL of the scheme has the form

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Replaces the contents of a file safely. After a full disk, SIGKILL or a power failure, the file contains
 // either the old or the new text.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Reads the main configuration file and the repository files of the package manager into one list of
 // repositories, and writes that list back as a whole. In between, the list is the working copy of the
 // editors.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Helper functions of the sources of YumConfIO, which alone include this file.
 //
 // Graphical thread.

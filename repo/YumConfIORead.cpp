@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 #include "repo/YumConfIO.h"
 
 #include <QFile>

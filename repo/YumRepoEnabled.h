@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // One request of the command line to use, or not to use, the repositories whose identifiers match a pattern.
 //
 // A plain value. The command line creates the list; the main window owns it.

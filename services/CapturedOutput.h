@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Receives the captured output, and the failures of the capture. The back end implements it.
 
 #ifndef SERVICES_CAPTUREDOUTPUT_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Owns a file descriptor and closes it. Any thread, but only one at a time.
 
 #ifndef SERVICES_FILEDESCRIPTOR_H

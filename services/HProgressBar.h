@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A progress bar that also names the activity it measures. Another object shows its tool tip.
 //
 // Graphical thread; owned by its Qt parent.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The log of the whole run: every message of the package back end, one entry for each line.
 //
 // The back end owns its EntryList. Worker threads append to it and the graphical thread reads it, both under

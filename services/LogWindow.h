@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The window that shows the log: the entries up to a detail level that the user chooses, coloured by kind.
 //
 // Graphical thread. The main window makes it on the first request and keeps it until the end of the run.

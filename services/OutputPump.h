@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Moves the output from the writers' pipes to the reader's pipes, so that no writer has to wait for the
 // reader.
 //

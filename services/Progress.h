@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Progress of a back-end operation on two bars: the total bar shows the whole operation, the item bar its
 // current step.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Modal dialogs for texts that can be very long: an icon and a text that scrolls inside the dialog.
 //
 // Graphical thread; owned by the code that runs them, and by their Qt parent. The text is plain text, never

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Whether a user is present to see windows and to answer questions. When the display is lost, or a signal
 // asks the program to end, the program becomes unattended, and stays so.
 //

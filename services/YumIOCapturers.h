@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Sends the output of the process, and of the programs that it starts, to the back end for the length of an
 // operation. Standard output and standard error are captured.
 //

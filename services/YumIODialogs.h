@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Lets a worker thread ask the user a question and wait for the answer.
 //
 // YumIODialogs lives on the thread that asks, and waits for the answer in an event loop of that thread.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The colours of the program: one name for each meaning, so that an error looks the same in every window.
 //
 // Graphical thread; no state, except that makeRequired() reads requiredBg() only once per run.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A pop-up that looks and disappears like a tool tip, but contains the widgets that its caller puts on it.
 //
 // Graphical thread. At most one exists at a time. It has no owner: it deletes itself soon after it is hidden.

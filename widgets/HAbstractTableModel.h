@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A table model that can make its views and proxies read all data again.
 //
 // Graphical thread; owned by its Qt parent.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A dialog in which Return and Enter go to the input fields and do not press the default button.
 //
 // Graphical thread; owned by its Qt parent.

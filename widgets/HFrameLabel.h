@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A status label: a framed, coloured text. Without a text, it looks like the background.
 //
 // Graphical thread; owned by its Qt parent.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A group box that shows its whole title. Some styles reserve a pixel or two less than the title needs, and
 // the difference grows with its length.
 //

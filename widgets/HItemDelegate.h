@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Draws the cells of an HTableView.
 //
 // Graphical thread; owned by its Qt parent.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A menu that can be torn off and shows the tool tips of its actions.
 //
 // Graphical thread; owned by its Qt parent.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A message box for texts that come from packages, servers and failures. The text is plain text, never
 // markup. The box is wide enough for the longest word, as far as the screen permits.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A scroll area whose size hint fits its inner widget, up to a maximum size.
 //
 // Graphical thread; owned by its Qt parent, and owns its inner widget.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A horizontal rule between the parts of a window.
 //
 // Graphical thread; owned by its Qt parent.

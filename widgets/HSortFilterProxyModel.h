@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Sorts a table by the values of a column, and equal rows by a second column.
 //
 // Graphical thread; owned by its Qt parent. The source model is not owned.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A table view whose size hint fits its columns and a given number of rows. It can fit its columns and its
 // window to the contents.
 //

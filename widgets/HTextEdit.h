@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A text edit whose size hint fits a number of columns and rows, and which reports the end of the editing.
 //
 // Graphical thread; owned by its Qt parent.

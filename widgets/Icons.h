@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The icons of the share directory.
 //
 // Graphical thread; no state.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Makes Qt show a foreign text unchanged where Qt would interpret it. Foreign texts come from packages,
 // repositories, files, servers and failures. In other places the widget does this: a label is a
 // PlainLabel, a box is an HMessageBox.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Sizes that several widgets use.
 //
 // Graphical thread; no state.

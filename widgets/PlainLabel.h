@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A label that shows its text unchanged. Texts from packages, repositories, files and servers are never
 // markup, so every label of the program is a PlainLabel.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Shows a long plain text, such as a list of files.
 //
 // Graphical thread; owned by its Qt parent.

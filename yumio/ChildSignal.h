@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Gives SIGCHLD its default disposition for a scope, because rpm and its scripts wait for their children.
 //
 // The worker that applies a transaction has one object on its stack. The destructor restores the former

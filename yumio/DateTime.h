@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Access to the interpreter's datetime objects. CPython's header for them adds a static pointer to every file
 // that includes it, so only DateTime.cpp includes it.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Turns the signals that end a program into requests: the program then ends in good order and releases the
 // package manager's lock.
 //

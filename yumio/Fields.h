@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The fields of a package, a suite or a group, each once, in the order of searches and descriptions:
 // the label, the source of the text and the uses of the field. YumIO::text() reads a field of a
 // record.

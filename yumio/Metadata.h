@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Reads the file lists and the change logs of all packages of a repository straight from its metadata files.
 //
 // The package manager can list the files of one package, but it searches all directories for the directory of

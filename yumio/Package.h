@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The record of one row of the package table: an ordinary package, a group or a suite of packages.
 //
 // The back end (YumIO) owns the records. A worker thread makes and deletes them and holds the interpreter

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The package records: finds them by key and by name, chains the installed versions, and deletes them.
 //
 // The back end has one object. A worker changes it and holds the interpreter lock; the graphical thread reads

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Converts values of the script's objects to texts and numbers, and formats versions, sizes and times.
 //
 // The layer between the interpreter (Python) and the back end (YumIO), which derives from it. Any thread may

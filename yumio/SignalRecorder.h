@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Defers, for a scope, the signals that end the process: during the scope they would leave a transaction half
 // done. It records them and lets them take effect at the end of the scope.
 //

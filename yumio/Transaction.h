@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The package manager's codes for the items of a transaction, and its number of progress steps.
 //
 // Constants only.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // One transaction, from the click on "Apply Actions" to the next click: the marked records, the listing, the
 // weights of the progress bars, the downloads and the outcome.
 //

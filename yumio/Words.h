@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The words for the actions, states and kinds of packages, each once. All code that shows, reads out or asks
 // for such a value uses these words.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The worker threads. Each runs one long operation of the back end: a member function whose name ends in
 // Real.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The package back end: drives the package manager through the script in the embedded interpreter, and owns
 // the package records, the log and every operation on the package manager.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Applies the chosen actions as one transaction, and cleans the caches. Both operations, and all callbacks of
 // the script here, run on a worker thread.
 

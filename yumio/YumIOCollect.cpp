@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Collects packages and groups. All functions except collect() run on a worker thread.
 
 #include "yumio/YumIO.h"

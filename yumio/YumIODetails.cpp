@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Loads extra data and the details of one package. All functions run on the graphical thread, except those
 // whose names end in Real.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The log, messages to the user, and failures of the script as messages.
 
 #include "yumio/YumIO.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Receives the script's reports while it reads repositories or applies a transaction: output, downloads and
 // the package manager's progress. The worker thread that runs the script calls these functions and holds the
 // interpreter lock. Between operations no bars exist: a report is then only logged.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Collects the texts for a search over every field: a worker reads them once, and the records keep them.
 
 #include "yumio/YumIO.h"

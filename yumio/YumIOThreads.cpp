@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The graphical thread's side of the workers: starts a worker, waits for it, and ends its waits.
 
 #include "yumio/YumIO.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The only definition of the secrets in a text. It finds the passwords of URLs and of configuration options,
 // hides them in messages, masks them in edits and removes them from URLs for other programs.
 //

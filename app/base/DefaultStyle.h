@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Gives the program its own default widget style, unless the user has chosen one.
 //
 // Graphical thread. main() makes it before the application object, which removes Qt's own option -style from

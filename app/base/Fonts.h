@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Fonts derived from a given one, the same way in every window.
 //
 // Graphical thread; no state.

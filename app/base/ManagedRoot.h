@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The directory that is "/" of the managed system. VYRE can manage the packages in the tree of a container or
 // image instead of those of the running system.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The name of the process and its application object.
 //
 // main() sets both before any other thread exists. Later they are only read.

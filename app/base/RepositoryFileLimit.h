@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The maximum size of a configuration file of the package manager, and of one repository in it. Larger ones
 // are not read.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Finds the files of the share directory: the script, the icons, the helper programs.
 //
 // Any thread; no state.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Makes sure that the descriptors 0 to 2 are open.
 //
 // Otherwise the next opened files get these numbers. Output would then be written into these files, and the

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Gives the process a runtime directory if it has none, and removes it at the end. A process that runs under
 // a privileged account without a login session has none.
 //

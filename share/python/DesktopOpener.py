@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Opens things in the programs that the user's desktop has for them; what webbrowser and mimeviewer share.
 
 VYRE itself usually runs as root, started by a user through pkexec or sudo. Nothing that shows documents from elsewhere

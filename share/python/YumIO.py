@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The package manager, as the program uses it.
 
 The program runs this file in its embedded interpreter, makes one object of the class YumIO and calls its methods. It

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Tests of vyre-admin on a system with a real polkit: who must authenticate, and what root receives.
 
 usage: AdministratorTest.py CMAKE BUILD [options of unittest...]

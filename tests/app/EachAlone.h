@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Runs each test function of a class in its own process. A process can have only one interpreter, which
 // starts with its first main window.
 

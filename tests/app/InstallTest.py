@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Tests of the files that "cmake --install" installs. The share directory must be in the place that ShareTest names.
 The files for desktops, polkit and man must be valid and in the places where these programs look for them.
 

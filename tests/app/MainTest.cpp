@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Tests of the program from its start to its end. The script answers without a package manager.
 
 #include <QtTest>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A Qt plug-in that records each user who loads it. It makes a file beside its own, and adds the user's
 // number to the name.
 

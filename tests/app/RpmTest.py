@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Tests of the rpm that tools/build-rpm makes from the build folder.
 
 usage: RpmTest.py CMAKE BUILD

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The main window on the stand-in script. Reads its visible contents, and acts on it as a user does.
 
 #ifndef TESTS_APP_SHOWNWINDOW_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The base class of the tests of the main window. A stand-in script replaces the package manager.
 
 #ifndef TESTS_APP_STANDINWINDOW_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Every window of the program is usable by keyboard alone. It describes its controls to assistive programs,
 // and fits a small screen without cutting anything off.
 //

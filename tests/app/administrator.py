@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """A system with a real polkit, its displays, and an agent that answers for the user: for AdministratorTest."""
 import json
 import os

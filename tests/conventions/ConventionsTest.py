@@ -114,6 +114,21 @@ class ConventionsTest(unittest.TestCase):
         self.change('low/Thing.h', '// A thing.\n\n', '')
         self.assertEqual(self.found(), ['low/Thing.h:1: the header does not begin with a comment about its purpose'])
 
+    def test_sources_without_the_licence(self):
+        self.write('LICENSE', 'Do what you like.\n')
+        found = [line.split(':', 1)[0] for line in self.found()]
+        self.assertEqual(found, sorted(GOOD))
+        self.assertIn('low/Thing.h:1: the line "// SPDX-License-Identifier: GPL-2.0-or-later" is missing', self.found())
+        self.assertIn('tools/go:2: the line "# SPDX-License-Identifier: GPL-2.0-or-later" is missing', self.found())
+        before = self.read('low/Thing.h')
+        for _ in range(2):
+            subprocess.run([CHECKER, '--root', self.root, '--add-licence'], check=True)
+            self.assertEqual(self.found(status=0), [])
+            self.assertEqual(self.read('low/Thing.h'), '// SPDX-License-Identifier: GPL-2.0-or-later\n\n' + before)
+        # It does not stand for the comment.
+        self.write('low/Thing.h', '// SPDX-License-Identifier: GPL-2.0-or-later\n\n' + before.split('\n\n', 1)[1])
+        self.assertEqual(self.found(), ['low/Thing.h:1: the header does not begin with a comment about its purpose'])
+
     def test_keywords(self):
         for written, word in (('emit filled();', 'emit'), ('public slots:', 'slots'), ('signals:', 'signals'),
                               ('forever {', 'forever'), ('foreach (int i, list) {', 'foreach')):

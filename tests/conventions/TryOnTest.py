@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Tests of tools/try-on, with stand-ins for git and for debootstrap, which would download from a mirror."""
 import os
 import shutil

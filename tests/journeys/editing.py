@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The common parts of the journeys that change the configuration of repositories."""
 import os
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The common parts of all journeys. Each test works on its own copy of the sandbox and checks how the program ends.
 
 VYRE_BINARY is the program. VYRE_SANDBOX is the sandbox, which the journeys copy and never change. If VYRE_PICTURES

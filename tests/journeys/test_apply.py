@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Packages and suites are installed, updated and removed."""
 import glob
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program reports an unusable script and unreadable configuration files."""
 import os
 import shutil

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program reports missing, unreachable and damaged repositories."""
 import os
 import shutil

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The user closes the program while it works and while it is idle."""
 import os
 import signal

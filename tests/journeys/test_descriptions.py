@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program describes packages and groups, and opens the pages of repositories."""
 import glob
 import os

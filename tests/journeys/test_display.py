@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program loses the display in each phase of its work. It completes a transaction, and cancels all other work."""
 import os
 import signal

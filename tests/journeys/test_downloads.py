@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program downloads packages or takes them from the cache; downloads fail."""
 import os
 

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program reports directories that are full or cannot be written."""
 import os
 import subprocess

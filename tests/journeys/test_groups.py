@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program installs, updates and removes groups of packages."""
 import journey
 from journey import JourneyTest

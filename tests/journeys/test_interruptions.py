@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program is killed during its work. The next run reports the interruption, and can finish the work."""
 import os
 import subprocess

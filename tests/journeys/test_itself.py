@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """VYRE as a package: it is built and installed, and then describes, updates and removes itself.
 
 VYRE_BUILD is the build folder.

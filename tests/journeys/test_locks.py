@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The locks of other programs, and the lock files of processes that have ended."""
 import os
 import signal

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The user finds and marks rows, in every possible way."""
 import glob
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The questions before a transaction, and the effects of each answer."""
 import contextlib
 

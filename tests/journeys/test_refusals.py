@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Transactions that the package manager refuses, or that fail after they have begun."""
 import fcntl
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The user enables and disables repositories, and changes their configuration."""
 import os
 import shutil

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The log has the output of scriptlets. Processes that end during a transaction do not disturb it."""
 import os
 import shutil

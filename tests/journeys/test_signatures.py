@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Packages of a repository with signatures."""
 import journey
 from journey import JourneyTest, driver

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The command line, the environment and the style at the start of the program."""
 import os
 import resource

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The program is run by users who can read the packages but cannot change them."""
 import contextlib
 import os

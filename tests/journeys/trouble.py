@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The common parts of the journeys with faults at the start or the end of the program."""
 import os
 import unittest.mock

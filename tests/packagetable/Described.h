@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // What tests see of the windows that describe a package.
 
 #ifndef TESTS_PACKAGETABLE_DESCRIBED_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The base of the tests of the windows that describe a package: records, repositories, and a description on
 // the display.
 

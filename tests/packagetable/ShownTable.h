@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A package table in a window of its own, and the user's hands.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNTABLE_H

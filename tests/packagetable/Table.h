@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The back end of the package table with records from the stand-in, and what tests ask of a table.
 
 #ifndef TESTS_PACKAGETABLE_TABLE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Prints where the embedded interpreter finds its standard library and the package manager's modules, one
 // item on each line.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // How the interpreter starts and ends. Each case begins without an interpreter.
 
 #include <QtTest>

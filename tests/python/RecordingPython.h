@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // An interpreter for the tests, with reporters that record their messages.
 
 #ifndef TESTS_PYTHON_RECORDINGPYTHON_H

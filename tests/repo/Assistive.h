@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Collects the texts that assistive programs get, and the texts that these programs and the user can find.
 
 #ifndef TESTS_REPO_ASSISTIVE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A back end for the repository editor, a system root with repositories, and a browser.
 
 #ifndef TESTS_REPO_EDITOR_H

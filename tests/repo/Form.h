@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Finds the fields of the form of a repository by their labels, and simulates the input of the user.
 
 #ifndef TESTS_REPO_FORM_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The tests of both masking edits. The test of each edit defines the access to that edit, and adds its own
 // cases.
 

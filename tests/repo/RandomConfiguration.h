@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Makes random configurations from a seed, together with the expected values of each section. It shares no
 // code with the reader and the writer.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The base of the tests of YumConfIO. Each test function gets a new configuration in its own managed root. A
 // simulated user answers the message boxes, by default with Return.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The base of the tests of the repository editor: the editor with three repositories, access to its contents,
 // and the simulated input of the user.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The base of the tests of the form of a repository: the form in a window, and repositories for it.
 
 #ifndef TESTS_REPO_SHOWNFORM_H

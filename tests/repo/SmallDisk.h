@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Mounts a small file system on a directory, only for this process. It disappears at the end of the process,
 // and requires root.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Gives the inputs of a fuzzer to the reader of the configuration files. Checks that writing and reading
 // again loses nothing. The input is the main file and two repository files, separated by the byte 0x1F.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The base of the tests of Progress: both bars in a window, and the tip that lists the downloads.
 
 #ifndef TESTS_SERVICES_SHOWNBARS_H

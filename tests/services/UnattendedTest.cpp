@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The functions run in this order in one process: an unattended program stays unattended.
 
 #include "services/Unattended.h"

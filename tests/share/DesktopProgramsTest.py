@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Tests of webbrowser and mimeviewer: the arguments that they open or refuse, and the user they run programs as.
 
 Scripts replace the programs of a desktop and record how they were started. VYRE_BUILD names the build directory that

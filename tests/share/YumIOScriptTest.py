@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Tests of the script YumIO.py with the real package manager on temporary systems.
 
 VYRE_SANDBOX names the directory of an existing sandbox. If it is not set, the tests make a sandbox.

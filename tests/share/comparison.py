@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Runs the same operation through the script and through the command dnf, on two copies of one root, and compares.
 
 A scenario is a row of a table:

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """A yumIOC module that records its calls. It checks arguments as strictly as the program's own module."""
 
 import os

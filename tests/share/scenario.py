@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Runs each test in its own process on its own copy of a sandbox.
 
 The package manager and rpm have state that belongs to the process, and the script changes some of it.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The four ways of cleaning the cache."""
 
 import os

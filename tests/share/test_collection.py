@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Reading repositories and collecting their packages."""
 
 import contextlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Rules that the command dnf follows outside its library. The script follows them too."""
 
 import glob

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The start of the script: repositories, the release, and messages to the program."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Other programs that use the package database at the same time."""
 
 import fcntl

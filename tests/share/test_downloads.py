@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Downloads that succeed, that fail, and that are not necessary."""
 
 import ctypes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Installed packages that the configuration excludes, and the kinds of items in a transaction."""
 
 import subprocess

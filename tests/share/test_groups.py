@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Groups on a system whose package manager cannot read them."""
 
 import types

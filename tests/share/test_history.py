@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The entry of a transaction in the history, and the downloaded packages after a transaction."""
 
 import glob

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Marks that cannot be applied, alone or together, and the further removals that a removal causes."""
 
 import gettext

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The locks of this program and of dnf, and waiting for them."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The main configuration file: its choice, the defaults without it, and the checks that dnf's own file demands."""
 
 import os

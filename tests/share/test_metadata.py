@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Damaged metadata of repositories, and damaged files about modules."""
 
 import gzip

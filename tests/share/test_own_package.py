@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The script imports its own package, leaves no compiled files, and can run again in the same interpreter."""
 
 import ast

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The paths of the files of the script and of dnf."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The package manager's plug-ins. They are loaded, called and unloaded as by the command dnf."""
 
 import gc

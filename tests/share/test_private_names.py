@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The private names of the package manager that the script uses."""
 
 import ast

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Dependencies that VYRE and dnf resolve or refuse in the same way."""
 
 from comparison import Scenario, tests

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Groups by VYRE and by dnf."""
 
 from comparison import Scenario, tests

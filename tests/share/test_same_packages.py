@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Installs, updates and removals by VYRE and by dnf."""
 
 import os

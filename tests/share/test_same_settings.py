@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Options of the configuration that have the same effect in VYRE and dnf."""
 
 from comparison import Scenario, tests

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Signatures of packages and of metadata, and their keys."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Transactions from the marked actions to the changed system."""
 
 import glob

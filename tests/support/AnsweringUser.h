@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Answers message boxes, and other dialogs if wanted, like a user. Records each one that opens and answers
 // it, while the program waits in its own event loop or in that of the test.
 

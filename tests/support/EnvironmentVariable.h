@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // An environment variable that a test sets. At the end of this object it gets its former value again.
 
 #ifndef TESTS_SUPPORT_ENVIRONMENTVARIABLE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Lets tests write and read whole files.
 
 #ifndef TESTS_SUPPORT_FILES_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Opens and uses menus, as a user does, and reads their texts.
 
 #ifndef TESTS_SUPPORT_MENUS_H

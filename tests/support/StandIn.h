@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A share directory whose script answers without a package manager. The tests set its answers.
 //
 // The script reads these answers at each collection, and records the calls of its methods.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """A stand-in for the script. Its answers come from a file instead of a package manager."""
 import bdb  # noqa: F401  (looked up by name)
 import datetime

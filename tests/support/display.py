@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """An X server with a window manager and, if asked for, an accessibility bus, for the length of a scope.
 
 The server picks a free display by itself, so any number of these run side by side.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Drives the built program from outside, as a user does: X events through xdotool, reading through AT-SPI.
 
 Needs a display with an accessibility bus: run under "with-display --accessible".

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Small file systems that only this process sees, for tests without free space."""
 import ctypes
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Damages the metadata of repositories and keeps their checksums correct."""
 import gzip
 import hashlib

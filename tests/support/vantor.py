@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """An HTTP server of repositories that requires a name and a password in the query of each URL.
 
 .../vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=PATH names the file PATH below the served directory. The two keys can

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The program in German: its windows show the right texts, no text is cut off on a small screen, and the
 // catalogue has all requested texts.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A table model with given values, for the tests of the models and views.
 
 #ifndef TESTS_WIDGETS_FIXEDTABLE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The common base for tests of applying: a back end on the stand-in script, whose transactions are Python
 // statements.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The back end on the stand-in script, with its window and bars, and a user who answers its dialogs.
 
 #ifndef TESTS_YUMIO_BACKEND_H

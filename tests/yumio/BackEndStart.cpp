@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Starts the back end on the script of VYRESHARE and prints the user's view of it, one item a line. If an
 // argument is given, the interpreter first runs it. With PRINT_LOG set, the log follows.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The common base for tests of the script's reports: payloads, and a visible window.
 
 #ifndef TESTS_YUMIO_REPORTFIXTURE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // A private copy of the tests' sandbox. It serves its repositories during its lifetime. The process works on
 // its root through VYREROOT and HOME. One object a process, on the graphical thread.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // The back end with access to the private members that tests need.
 
 #ifndef TESTS_YUMIO_YUMIOPROBE_H

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Every start needs its own process, because the package manager's modules change the interpreter
 // permanently.
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
 // Tests how the graphical thread waits for a worker.
 
 #include <csignal>

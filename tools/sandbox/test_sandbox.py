@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Tests with the real rpm and the real dnf that the sandbox has the intended properties."""
 
 import collections

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The parts of the script YumIO.py, which has only the class whose methods the program calls.
 
 Only YumIO.py imports this package. A module imports only modules that do not import it, also indirectly. One thread at

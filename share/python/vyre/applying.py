@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The steps of a transaction after it is resolved: the question, the downloads, rpm's work. On the worker."""
 
 import logging

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The package manager itself: dnf's class Base with what the script adds.
 
 The graphical thread makes, renews and closes the object; workers use it in between.

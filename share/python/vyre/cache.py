@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Cleans dnf's cache. On a worker."""
 
 import logging

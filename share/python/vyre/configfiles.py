@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The package manager's configuration files: where they are, and which of them the script reads.
 
 The program's editor reads the same files by the same rules. Every thread may call it; it has no state.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """dnf's configuration as the files have it, for the managed system.
 
 The graphical thread reads it at the start, and again before each new collection.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """rpm's database: where it is, and whether it has changed. On the graphical thread and on workers."""
 
 import logging

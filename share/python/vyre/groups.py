@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Groups of packages, and whether libcomps and Python can read them. On the worker that collects them."""
 
 import functools

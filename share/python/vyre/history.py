@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The history of transactions, and whether the package database has what a transaction has done. On a worker."""
 
 import logging

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Systems whose programs are an image: which changes are impossible there. On the worker that applies the marks."""
 
 import fnmatch

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The listing of a transaction: what it changes beside packages. On the worker that applies the marks.
 
 The command dnf adds these sections around its library. The texts are that command's, and it translates them.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The locks: dnf's lock on its own files, which the program holds for its whole life; dnf's on its cache; and rpm's.
 
 Workers take them. The graphical thread gives dnf's lock back at the end.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The marks of a transaction, and how they become the goal of dnf. On the worker that applies them."""
 
 import dnf.exceptions

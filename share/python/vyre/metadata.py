@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The documents of a repository's metadata, and their faults. On the worker that reads the repositories."""
 
 import bz2

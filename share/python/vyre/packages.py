@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Attributes of packages that dnf does not offer, or offers too slowly: headers, change logs, build hosts.
 
 The program reads them on a worker, in a search for all packages.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Where the paths of the managed system are on the running system. Only this module reads VYREROOT.
 
 Every thread may call it; it has no state.

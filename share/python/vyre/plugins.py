@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The plug-ins of dnf: they are loaded again with each configuration, and a failure names its plug-in.
 
 Their hooks run on workers.

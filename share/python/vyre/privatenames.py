@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The names of dnf that are not meant for others, and that the script uses nevertheless.
 
 It runs once, at the start, on the graphical thread.

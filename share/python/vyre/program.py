@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Everything that the program offers to the script, and what the script replaces in dnf.
 
 The program registers the module yumIOC, and sets further names in the globals of YumIO.py before it runs that file.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Passes the progress of downloads and transactions on to the program. On the worker."""
 
 import logging

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Why marks cannot be applied, in words for the user. On the worker that applies them."""
 
 import gettext

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Finds the transaction for the marks, and the marks that are impossible. On the worker that applies them."""
 
 import contextlib

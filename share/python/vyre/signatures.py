@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Signatures of packages and metadata, and the questions about their keys. On the worker."""
 
 import sys

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The space on disks: hints for messages, and the directory of rpm's scripts. On workers."""
 
 import os

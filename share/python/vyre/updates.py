@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Finds the updates, and the packages that replace others. On the worker that collects the packages."""
 
 import dnf.rpm

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Temporary system roots with repositories, for demonstrations and tests of VYRE."""
 
 import functools

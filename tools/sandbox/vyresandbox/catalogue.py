@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The packages, change logs and groups of the sandbox's distribution, "Larkspur Linux 9".
 
 Names, texts and people are invented.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Stand-ins for the packages of a Fedora-like system that VYRE's own rpm needs.
 
 They have the same names as those packages. The stand-ins for libraries provide the names that rpm's generator finds in

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The dnf of this system, configured for the root of a sandbox."""
 
 import contextlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Repositories that a test must ask for: features of current systems beyond packages and groups.
 
 extra-modules       modules: a default stream, another stream, an obsolete stream, and plain packages of the same names

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Makes a sandbox: rpms, repositories, and a root in which some of them are installed."""
 
 import os

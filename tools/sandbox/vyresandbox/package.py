@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """One rpm of the sandbox's distribution."""
 
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """A sandbox: its root, its repositories, its server."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """The HTTP server of a sandbox's repositories, on the loopback interface."""
 
 import errno

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """A stand-in for the package manager: the test that runs it sets all its data and behaviour.
 
 Its object, also the global "it", records the calls of its methods. If "raises" has an exception under a method's
