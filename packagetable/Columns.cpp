@@ -42,7 +42,7 @@ constexpr const char* kindPictures[Columns::mostPictures] = {"suite", "group", "
 
 // --- Numbers
 
-// All are compared as numbers of 32 bits with a sign, whatever they are stored as.
+// All are compared as signed numbers of 32 bits, whatever their type in the record.
 template <auto member> int keyOf(const Entry& record)
 {
     return static_cast<int>(record.*member);

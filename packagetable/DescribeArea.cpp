@@ -38,7 +38,7 @@ enum GridColumn { LabelColumn, ValueColumn, OverflowColumn, GridColumnCount };
 
 } // namespace
 
-// The pairs: as wide as the widest line of a value, so that no line is wrapped while there is room.
+// The pairs are as wide as the widest line of a value, so that no line is wrapped if there is room.
 class Area::Pairs : public QWidget
 {
 public:
@@ -48,8 +48,8 @@ public:
         return QSize(width, layout()->heightForWidth(width));
     }
 
-    int wholeLines = 0; // the width that wraps nothing
-    int widest = 0;     // the width that there can be
+    int wholeLines = 0; // the width without wrapped lines
+    int widest = 0;     // the largest possible width
 };
 
 class Area::Busy
@@ -141,7 +141,7 @@ QLabel* Area::makeValue(const QString& value)
     auto* label = new PlainLabel(value, inner);
     valueWidth = qMax(valueWidth, label->sizeHint().width());
     label->setWordWrap(true);
-    // By the keyboard only after a click: each value would be a stop on the way to the buttons.
+    // The keyboard reaches a value only after a click: otherwise Tab would stop at each value.
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     values.append(label);
@@ -195,13 +195,13 @@ QPushButton* Area::addPairButton(int& row, QString label, QString value, QString
 void Area::layOut()
 {
     const int before = labelWidth + grid->horizontalSpacing();
-    // And a little for what styles put beside scroll bars.
+    // Some styles leave a gap beside scroll bars.
     inner->wholeLines = before + valueWidth + Metrics::columnWidth(scrollArea->fontMetrics());
     inner->widest = columns * Metrics::columnWidth(scrollArea->fontMetrics()) -
                     scrollArea->verticalScrollBar()->sizeHint().width();
 
-    // A word that does not fit (names can be that long) makes the area scroll sideways. The other values keep
-    // to what can be seen at once.
+    // A word that is too long for the width (names can be) makes the area scroll sideways. The other values
+    // keep to the visible width.
     const auto wider = [](const QWidget* one, const QWidget* other) {
         return one->minimumSizeHint().width() < other->minimumSizeHint().width();
     };

@@ -71,7 +71,7 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     whole->addWidget(scrolled, 1);
     top->addWidget(content);
     closeButton->setFocus();
-    layout()->activate(); // or the size hint would be that of the former content
+    layout()->activate(); // otherwise the size hint belongs to the previous content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 
@@ -95,7 +95,7 @@ void Dialog::setReady(bool isReady)
     }
     if (ready && closing) {
         closing = false;
-        // What has waited has to return first: its area goes with the dialog.
+        // The waiting function must return first: its area is deleted with the dialog.
         QTimer::singleShot(0, this, SLOT(reject()));
     }
 }

@@ -82,7 +82,7 @@ void RepoDialog::config(const Repo::Entry& repository)
     scrolled->setWidget(pairs);
     column->addWidget(scrolled, 1);
     top->addWidget(content);
-    layout()->activate(); // or the size hint would be that of the former content
+    layout()->activate(); // otherwise the size hint belongs to the previous content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 
@@ -93,7 +93,7 @@ void RepoDialog::addPair(int& row, QString label, QString value)
     }
     auto* left = new PlainLabel(label, pairs);
     auto* right = new PlainLabel(value, pairs);
-    // A URL stands on one line.
+    // A URL is on one line.
     right->setTextInteractionFlags(Qt::TextSelectableByMouse);
     grid->addWidget(left, row, 0, Qt::AlignLeft | Qt::AlignTop);
     grid->addWidget(right, row, 1, Qt::AlignLeft | Qt::AlignTop);

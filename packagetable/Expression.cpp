@@ -8,7 +8,7 @@ namespace PackageTable {
 
 namespace {
 
-// The position after a bracket expression that begins at the given one; -1 when it is not closed.
+// The position after the bracket expression that begins at the given position; -1 if it is not closed.
 int afterBrackets(const QByteArray& text, int begin)
 {
     int at = begin + 1;
@@ -32,7 +32,7 @@ int afterBrackets(const QByteArray& text, int begin)
     return at < text.size() ? at + 1 : -1;
 }
 
-// Takes the last character off, all of its bytes.
+// Removes the last character with all its bytes.
 void chopCharacter(QByteArray& text)
 {
     while (!text.isEmpty()) {
@@ -65,7 +65,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
         case ')':
         case '|':
         case '{':
-            // Alternatives and counts: what is inside may be left out.
+            // Because of alternatives and counts, a match need not contain the inner text.
             whole = false;
             return QByteArray();
         case '*':
@@ -87,7 +87,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
                 ++next;
             }
             if (next < expression.size() && (expression.at(next) == '*' || expression.at(next) == '?')) {
-                chopCharacter(run); // what repeats may be left out
+                chopCharacter(run); // a repeated character may be missing
             }
             endRun();
             ++at;
@@ -133,7 +133,7 @@ void Expression::clear()
 void Expression::compile(const QString& text)
 {
     clear();
-    const QByteArray expression(text.toUtf8().constData()); // up to a zero, as the library takes it
+    const QByteArray expression(text.toUtf8().constData()); // up to a null byte, as the library reads it
     regStatus = regcomp(&pattern, expression.constData(), REG_EXTENDED | REG_NOSUB);
     required = requiredText(expression, literal);
     literal = literal && !required.isEmpty();
@@ -177,7 +177,7 @@ bool Expression::matchesAny(const QByteArray& texts) const
             if (literal) {
                 return true;
             }
-            // Back to where the text begins that has it.
+            // Back to the beginning of the text that contains it.
             const auto* place = static_cast<const char*>(found);
             const void* before = memrchr(text, '\0', static_cast<size_t>(place - text));
             if (before != nullptr) {

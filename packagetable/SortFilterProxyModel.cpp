@@ -15,7 +15,7 @@ namespace PackageTable {
 
 namespace {
 
-// The first characters of a text as a number that sorts as they do.
+// The first characters of a text as a number with the same order.
 quint64 beginning(const QString& text)
 {
     quint64 number = 0;
@@ -44,12 +44,12 @@ void SortFilterProxyModel::setSourceModel(HAbstractTableModel* model)
     if (source != nullptr) {
         disconnect(source, nullptr, this, nullptr);
     }
-    // Before the base class tells the views: what they read then has to be of the new model.
+    // Before the base class notifies the views, which then read from the new model.
     source = model;
     dropMap();
     HSortFilterProxyModel::setSourceModel(model);
     if (source != nullptr) {
-        // The base class would follow the source with a map of its own.
+        // Otherwise the base class would follow the source with its own map.
         disconnect(source, nullptr, this, nullptr);
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(sourceAboutToBeReset()));
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(clearCache()));
@@ -117,7 +117,7 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
         clearCache();
     }
     expression = changed;
-    refilter(); // which has decided about every record
+    refilter(); // this decides about every record
 }
 
 void SortFilterProxyModel::setUpdateListed()
@@ -131,7 +131,7 @@ void SortFilterProxyModel::setUpdateListed()
             Q_EMIT dataChanged(listed, listed);
         }
     }
-    // The rows stay where they are until the table is filtered or sorted next.
+    // The rows keep their places until the next filtering or sorting.
     keys[ActionColumn].clear();
     if (sortedBy == ActionColumn) {
         order.clear();
@@ -157,7 +157,7 @@ void SortFilterProxyModel::sourceAboutToBeReset()
 
 void SortFilterProxyModel::sourceReset()
 {
-    // What was made while the records were changing is of no use.
+    // Results that were made while the records changed are useless.
     dropMap();
     endResetModel();
 }
@@ -235,7 +235,7 @@ void SortFilterProxyModel::refilter()
 
 void SortFilterProxyModel::map() const
 {
-    // A field that is asked for may open a message, and a view may be drawn under it.
+    // Reading a field may open a message, and a view may be painted meanwhile.
     if (mapped || mapping) {
         return;
     }
@@ -317,7 +317,7 @@ QVariant SortFilterProxyModel::data(const QModelIndex& listed, int role) const
 QVariant SortFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (source == nullptr || orientation == Qt::Vertical) {
-        // Not the base class's, which asks for a row of its own map; this class does not use that.
+        // Not the function of the base class, which uses its own map; this class does not use that map.
         // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         return QAbstractItemModel::headerData(section, orientation, role);
     }
@@ -379,7 +379,7 @@ void SortFilterProxyModel::sort(int column, Qt::SortOrder newOrder)
 
 // --- The order
 
-// For each row of the source, the place of its text among the different texts of the column.
+// For each row of the source, the rank of its text among the different texts of the column.
 std::vector<int> SortFilterProxyModel::ranksOf(int column) const
 {
     struct Text
@@ -417,7 +417,7 @@ std::vector<int> SortFilterProxyModel::ranksOf(int column) const
     return numberOf;
 }
 
-// For each row of the source a number: the order of the numbers is that of the column, then of the names.
+// For each row of the source a number. The numbers have the order of the column, then of the names.
 const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
 {
     const size_t rows = static_cast<size_t>(sourceRows());
@@ -469,7 +469,7 @@ bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex& parent) 
     }
     if (verdicts[static_cast<size_t>(row)] == Unknown) {
         const bool accepted = acceptRow((*yumIO)[row], row, parent);
-        // Asking for a field may have had the list rebuilt.
+        // Reading a field may have rebuilt the list.
         if (static_cast<size_t>(row) < verdicts.size()) {
             verdicts[static_cast<size_t>(row)] = accepted ? Accepted : Rejected;
         }
@@ -539,7 +539,7 @@ bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QMode
     return pattern.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)]);
 }
 
-// The texts that the table shows in each row, those that are not empty, with a blank between them.
+// The non-empty texts of each row of the table, joined by blanks.
 void SortFilterProxyModel::makeTexts() const
 {
     const int rows = yumIO->count();

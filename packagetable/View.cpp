@@ -24,12 +24,12 @@
 
 namespace PackageTable {
 
-// Adds up the widths of pairs of characters, far quicker than a text is measured. It may be a little wrong
-// where a font draws three characters or more together.
+// Adds up the widths of pairs of characters, which is much faster than measuring a text. The sum may be
+// slightly wrong if a font draws three or more characters together.
 class View::WidthEstimate
 {
 public:
-    // Of a text that is not all of printable ASCII: other scripts are not drawn letter by letter.
+    // For a text with other characters than printable ASCII: other scripts are not drawn letter by letter.
     static constexpr qreal unknown = 1e9;
 
     explicit WidthEstimate(const QFont& itsFont)
@@ -69,7 +69,7 @@ private:
         return known;
     }
 
-    // By how much a letter makes a text wider that ends in another one.
+    // The width that a letter adds to a text with the given last letter.
     qreal advance(int before, int code)
     {
         qreal& known = advances[static_cast<size_t>(before) * count + static_cast<size_t>(code)];
@@ -90,7 +90,7 @@ private:
 
     QFont font;
     QFontMetricsF metrics;
-    std::vector<qreal> widths;   // these and the next are measured when they come up first
+    std::vector<qreal> widths;   // both are measured at their first use
     std::vector<qreal> advances; // by pair
 };
 
@@ -104,7 +104,7 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setAlternatingRowColors(true);
     setContextMenuPolicy(Qt::CustomContextMenu);
-    setTabKeyNavigation(false); // the way out by keyboard would lead through every cell
+    setTabKeyNavigation(false); // otherwise Tab would go through every cell
     verticalHeader()->hide();
     setOneLineRows();
     adaptColors();
@@ -113,14 +113,14 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSectionsMovable(true);
     header->setSectionsClickable(true);
     header->setHighlightSections(false);
-    // Otherwise a click with the right button reaches the view, as one on the row at that height.
+    // Otherwise the view gets a click with the right button, as a click on the row at that height.
     header->setContextMenuPolicy(Qt::PreventContextMenu);
     setHorizontalHeader(header);
-    header->setSortIndicatorShown(true); // which a header that a view is given does not keep
+    header->setSortIndicatorShown(true); // a header loses this when a view takes it
 
     sortByColumn(KindColumn, Qt::AscendingOrder);
-    // An expression is matched against every column all the same: the key column tells no more than which one
-    // was chosen last.
+    // An expression is matched against every column nevertheless: the key column is only the last chosen
+    // column.
     proxy->setFilterKeyColumn(KindColumn);
 
     connect(proxy, SIGNAL(modelReset()), this, SLOT(tellWhetherEmpty()));
@@ -235,8 +235,8 @@ int View::contentsWidthForColumn(int column) const
         }
         return width;
     }
-    // Measured are the texts that look as wide as any; of those that look just as wide as each other and end
-    // in the same letter, which may hang over, one.
+    // Only the texts with the largest sums are measured. Of texts with equal sums and the same last letter,
+    // which may overhang, only one is measured.
     if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
         widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }
@@ -250,7 +250,7 @@ int View::contentsWidthForColumn(int column) const
             widest = qMax(widest, estimated);
         }
     }
-    // How far a text can be wider than its pairs of letters.
+    // The largest difference between the width of a text and the sum of its pairs.
     const qreal margin = QFontMetricsF(option.font).averageCharWidth();
     QSet<qint64> measuredLooks;
     QSet<QString> measuredTexts;
@@ -278,7 +278,7 @@ int View::contentsWidthForColumn(int column) const
 void View::reset()
 {
     HTableView::reset();
-    // There is no current row any more, and the selection does not tell.
+    // There is no current row any more, and the selection does not report that.
     if (currentRow != -1) {
         const int previousRow = currentRow;
         currentRow = -1;
@@ -317,7 +317,7 @@ void View::keyPressEvent(QKeyEvent* event)
 {
     const QModelIndex current = currentIndex();
     if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && current.isValid()) {
-        // As a click on the row's Action column.
+        // The same as a click on the row's Action column.
         handleActivated(current.sibling(current.row(), ActionColumn));
         return;
     }
@@ -332,7 +332,7 @@ void View::mouseDoubleClickEvent(QMouseEvent* event)
 {
     HTableView::mouseDoubleClickEvent(event);
     const QModelIndex index = indexAt(event->pos());
-    // On the Action column it is two clicks.
+    // On the Action column, a double click is two clicks.
     if (event->button() == Qt::LeftButton && index.isValid() && index.column() != ActionColumn) {
         describe();
     }
@@ -368,7 +368,7 @@ void View::currentChanged(const QModelIndex& current, const QModelIndex& previou
 
 void View::adaptColors()
 {
-    // Of the two backgrounds of rows, the one that colours are harder to read on if both are dark.
+    // The one of the two row backgrounds on which colours are harder to read if both are dark.
     const QColor base = palette().color(QPalette::Base);
     const QColor alternate = palette().color(QPalette::AlternateBase);
     model->setBackground(alternate.lightness() > base.lightness() ? alternate : base);
