@@ -65,7 +65,7 @@ public:
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
 
-    // Whether the back end is changing the system at this moment. No such change may be interrupted.
+    // Returns whether the back end is changing the system at this moment. No such change may be interrupted.
     bool isChangingSystem() const;
     // Ends all work, because the process ends directly afterwards; see YumIO::finish().
     void finish(bool displayIsThere);

@@ -48,8 +48,8 @@ bool isEnglish(const QString& language)
     return QLocale(language).language() == QLocale::English;
 }
 
-// Whether the environment selects the untranslated texts of the sources. LANGUAGE is ignored then, both here
-// and for the package manager's messages.
+// Returns whether the environment selects the untranslated texts of the sources. LANGUAGE is ignored then,
+// both here and for the package manager's messages.
 bool isPlainWanted()
 {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {

@@ -40,7 +40,7 @@ public:
     virtual void pyExceptStart();
     virtual void pyExceptExpect(PyObject* type);
     virtual void pyExceptClear();
-    // Whether a call failed (its result is NULL) with a pending exception of this type.
+    // Returns whether a call failed (its result is NULL) with a pending exception of this type.
     virtual bool pyExceptMatches(PyObject* result, PyObject* type);
 
     // Report an internal error or a warning to the user.
@@ -58,7 +58,7 @@ public:
     // Called after a traceback (UTF-8) went to the process's standard error. This happens if the script has
     // not replaced sys.stderr.
     virtual void tracebackOnTerminal(const char* text);
-    // Whether the innermost scope expects the pending exception.
+    // Returns whether the innermost scope expects the pending exception.
     bool exceptionIsExpected() const;
     // Clears the pending exception and prints its traceback to sys.stderr. False if no exception was pending.
     bool displayException();
@@ -102,7 +102,7 @@ public:
     // The text of a str object in UTF-8; the caller frees it with free(). NULL for None, NULL and unencodable
     // text.
     char* pyString(PyObject* object);
-    // Whether a str object has this text (UTF-8); false for None and NULL.
+    // Returns whether a str object has this text (UTF-8); false for None and NULL.
     bool pyStringEqual(PyObject* object, const char* text);
 
     // The pending exception, which stays pending. The first function returns the exception object, the second

@@ -30,7 +30,7 @@ bool is();
 enum class Reported { Everything, Faults };
 void begin(Reported what = Reported::Everything);
 
-// Whether everything that is logged must be reported.
+// Returns whether everything that is logged must be reported.
 bool reportsEverything();
 
 // Registers a waiter until remove() is called. Returns false, and does not register it, if the program is

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Gives SIGCHLD its default disposition for a scope, because rpm and its scripts wait for their children.
+// Sets SIGCHLD to its default disposition for a scope, because rpm and its scripts wait for their children.
 //
 // The worker that applies a transaction has one object on its stack. The destructor restores the former
-// disposition on every path. The back end reports failures.
+// disposition. The back end reports a failure to the user.
 
 #ifndef YUMIO_CHILDSIGNAL_H
 #define YUMIO_CHILDSIGNAL_H
@@ -23,7 +23,7 @@ public:
     ChildSignal(const ChildSignal&) = delete;
     ChildSignal& operator=(const ChildSignal&) = delete;
 
-    // Call it once. The constructor does not disable, because the scope is longer than the output capture.
+    // output capture begins, and the signal changes afterwards.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Access to the interpreter's datetime objects. CPython's header for them adds a static pointer to every file
-// that includes it, so only DateTime.cpp includes it.
+// Reads the interpreter's datetime objects. CPython's header for these objects adds a static pointer to every
+// file that includes it. Therefore only DateTime.cpp includes that header.
 //
-// For any thread that holds the interpreter lock.
+// Any thread may call these functions while it holds the interpreter lock.
 
 #ifndef YUMIO_DATETIME_H
 #define YUMIO_DATETIME_H
@@ -12,10 +12,10 @@
 
 namespace DateTime {
 
-// Imports the interface. On failure it returns false and sets an exception.
+// Imports CPython's datetime interface. On failure, returns false and sets an exception.
 bool import();
 
-// Whether the object is a datetime.datetime or an instance of a subclass.
+// Returns whether the object is a datetime.datetime or an instance of a subclass.
 bool isDateTime(PyObject* object);
 
 // The object must fulfil isDateTime().

@@ -14,16 +14,16 @@ namespace EndSignals {
 
 namespace {
 
-// After this many seconds a request to end counts as unheard, for example because the graphical thread waits
-// for a hanging X server.
+// After this number of seconds, the program is assumed to ignore a request to end. For example, the graphical
+// thread waits for an X server that hangs.
 constexpr time_t patience = 10;
 
-// Written before the handlers are installed.
+// install() sets both before it installs the handlers.
 volatile std::sig_atomic_t output = -1;
 pid_t owner = 0;
 
-volatile std::sig_atomic_t firstCame = 0; // whether a signal has been passed on
-time_t firstTime = 0;                     // its time on the monotonic clock, in seconds
+volatile std::sig_atomic_t firstCame = 0; // 1 after the first signal has been passed on
+time_t firstTime = 0;                     // the monotonic time of the first signal, in seconds
 
 // A length other than 0 means that the path is complete.
 char lockFile[PATH_MAX] = "";
@@ -38,7 +38,7 @@ time_t now()
 
 // The following functions run in the signal handler, so they only use system calls.
 
-// The lock file belongs to this process only if it contains this process's number.
+// Removes the lock file if it contains this process's number. Otherwise it belongs to another process.
 void removeLockFile()
 {
     if (lockFileLength == 0) {
@@ -64,7 +64,7 @@ extern "C" void passOn(int number, siginfo_t* info, void*)
 {
     const int failure = errno;
     if (getpid() != owner) {
-        // A child that has not started its program yet.
+        // This is a child process that has not started its program yet.
         endBy(number);
     }
     const bool unheard = firstCame != 0 && now() - firstTime > patience;
@@ -77,7 +77,7 @@ extern "C" void passOn(int number, siginfo_t* info, void*)
         firstCame = 1;
     }
     if (write(output, &number, sizeof number) != ssize_t(sizeof number)) {
-        // The pipe is full: thousands of requests are waiting already.
+        // The pipe is full, so thousands of requests are waiting already.
     }
     errno = failure;
 }
@@ -102,7 +102,7 @@ bool endsProcess(int number)
 {
     switch (number) {
     case SIGKILL:
-    case SIGSTOP: // these two cannot be caught
+    case SIGSTOP: // SIGKILL and SIGSTOP cannot be caught
     case SIGCHLD:
     case SIGCONT:
     case SIGTSTP:
@@ -112,7 +112,7 @@ bool endsProcess(int number)
     case SIGWINCH:
         return false;
     default:
-        // The C library's own threads use the signals between the last classic signal and SIGRTMIN.
+        // The C library uses the signals between SIGSYS and SIGRTMIN for its own threads.
         return (number >= 1 && number <= SIGSYS) || (number >= SIGRTMIN && number <= SIGRTMAX);
     }
 }
@@ -126,10 +126,10 @@ bool isFault(int number)
 bool wasSent(const siginfo_t& info)
 {
     if (info.si_signo == SIGABRT) {
-        // abort() sends the signal like this. The process ends when the handler returns.
+        // abort() sends SIGABRT with these values. The process ends when the handler returns.
         return !(info.si_code == SI_TKILL && info.si_pid == getpid());
     }
-    // The other signals are not faults if the system sends them, for example for a timer or a limit.
+    // Signals outside isFault() never mean a fault, even if the system sends them, for example for a timer.
     return !isFault(info.si_signo) || info.si_code <= 0;
 }
 
@@ -139,7 +139,8 @@ void install(int descriptor)
     owner = getpid();
     firstCame = 0;
     for (int number = 1; number <= SIGRTMAX; ++number) {
-        // At its start, the interpreter checks for a handler of SIGINT; renew() sets ours later.
+        // The interpreter checks at its start whether SIGINT has a handler. Therefore renew() sets our
+        // handler later.
         if (endsProcess(number) && number != SIGINT) {
             takeOver(number);
         }

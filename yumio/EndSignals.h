@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Turns the signals that end a program into requests: the program then ends in good order and releases the
-// package manager's lock.
+// Turns the signals that end a program into requests to end. The program then finishes its work and releases
+// the package manager's lock.
 //
-// State of the process. The graphical thread installs it; signals may arrive on any thread. While a
-// transaction changes the system, a SignalRecorder takes precedence over this.
+// The state belongs to the whole process. The graphical thread calls install(); a signal may arrive on any
+// thread. While a transaction changes the system, a SignalRecorder receives the signals instead.
 
 #ifndef YUMIO_ENDSIGNALS_H
 #define YUMIO_ENDSIGNALS_H
@@ -13,29 +13,31 @@
 
 namespace EndSignals {
 
-// Whether the signal can be caught and its default action ends the process.
+// Returns whether the signal can be caught and its default action ends the process.
 bool endsProcess(int number);
 
-// Whether a failing instruction raises this signal.
+// Returns whether a failing instruction raises this signal.
 bool isFault(int number);
 
-// Whether another process or the system sent the signal. False for a fault of the running instruction and for
-// an abort() of this process: the process cannot continue after these.
+// Returns whether another process or the system sent the signal. Returns false for a fault of the running
+// instruction and for an abort() of this process. The process cannot continue after these two.
 bool wasSent(const siginfo_t& info);
 
-// From now on each signal that ends the process, and has its default action, writes its number, an int, to
-// the descriptor. The caller keeps the descriptor. Two cases remove the lock file and end the process at
-// once: a fault of the program itself, and a signal that arrives long after an earlier one without effect.
+// Handles each signal that would end the process by its default action, except SIGINT. From now on, the
+// handler writes the signal's number (an int) to the descriptor. The caller still owns the descriptor. In two
+// cases the handler removes the lock file and ends the process at once: if the program itself has a fault,
+// and if the program still runs long after an earlier request to end.
 void install(int descriptor);
 
-// The same for SIGINT, because the interpreter repeatedly restores its default action. Without an earlier
-// install() it does nothing.
+// Handles SIGINT in the same way. Call it again after the interpreter has restored the default action of
+// SIGINT. Does nothing before install().
 void renew();
 
-// Whether install() or renew() has set this action.
+// Returns whether install() or renew() has set this action.
 bool isOurs(const struct sigaction& action);
 
-// The package manager's lock file, held by this process; a null or empty path means none. It is copied.
+// Sets the path of the package manager's lock file while this process holds the lock. A null or empty path
+// means that no file must be removed. The path is copied.
 void setLockFile(const char* path);
 
 // Ends the process by the signal's default action.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The fields of a package, a suite or a group, each once, in the order of searches and descriptions:
-// the label, the source of the text and the uses of the field. YumIO::text() reads a field of a
-// record.
+// The table of all fields of packages, suites and groups, in the order in which searches and descriptions use
+// them. Each row of the table describes the label, the source of the text and the uses of one field.
+// YumIO::text() reads a field of a record.
 //
-// For any thread: constants only.
+// Any thread may use the table, because it contains only constants.
 
 #ifndef YUMIO_FIELDS_H
 #define YUMIO_FIELDS_H
@@ -72,32 +72,32 @@ public:
     };
 
     enum Use {
-        OfPackages = 1, // and of suites
+        OfPackages = 1, // packages and suites have the field
         OfGroups = 2,
-        // Searches include the field. They also include the file list and the change log, but read these
-        // separately from the packages.
+        // Searches include the field. The file list and the change log lack this flag, although searches
+        // include them too: searches read these two separately.
         Searched = 4,
         Described = 8,  // the description of a record shows it
-        OfVersions = 16 // the short description of a further installed version shows it too
+        OfVersions = 16 // the short description of another installed version shows it too
     };
 
     struct Row
     {
         Field field;
-        const char* label; // not translated; null for the name, the heading of a description
+        const char* label; // not translated; null for the name, because it is the heading of a description
         Source source;
         const char*
-            attribute; // its name in the script, or the name of the header's tag; null for other sources
+            attribute; // the script's attribute, or the tag of the package header; null for other sources
         QString Package::Entry::*member; // only for the source Record, otherwise null
         int uses;
     };
 
     static const Row& row(Field field);
-    // The label in front of the text, in the user's language.
+    // Returns the label in front of the text, in the user's language.
     static QString label(Field field);
 
-    // Calls the function for each field that has all of these uses, in order, until the function returns
-    // true. Returns whether it did.
+    // Calls the function for each field that has all of these uses, until the function returns true. Returns
+    // whether the function returned true.
     template <typename Function> static bool any(int uses, Function function)
     {
         for (int i = 0; i < Count; ++i) {

@@ -20,12 +20,12 @@ namespace {
 using Archive = std::unique_ptr<archive, decltype(&archive_read_free)>;
 using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 
-// The common base for both kinds of file: a list of package elements, each identified by a checksum.
+// The common base class for all kinds of files. A file is a list of package elements, each with a checksum.
 class Reader
 {
 public:
-    // rootName is the name of the element that contains the packages. Files of other kinds list the same
-    // packages, and would look as if these packages lacked the wanted data.
+    // rootName is the name of the element that contains the packages. A file of another kind contains the
+    // same packages, but lacks the wanted data. The name of its root element shows the difference.
     Reader(const QByteArray& rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
         : expectedRoot(rootName), wanted(wantedPackages), texts(result),
           parser(XML_ParserCreate(nullptr), XML_ParserFree), announced(0), found(0), place(-1),
@@ -73,9 +73,10 @@ public:
     }
 
 protected:
-    // Called at the start of an element inside a wanted package. Returns whether its characters are wanted.
+    // Called at the start of an element inside a wanted package. Returns whether take() needs the characters
+    // of this element.
     virtual bool begin(const char* name, const char** attributes) = 0;
-    // Called with all characters of the element.
+    // Called at the end of the element, with all its characters.
     virtual void take(const QByteArray& characters) = 0;
     // Called at the end of the package. Returns its text.
     virtual QByteArray finish() = 0;
@@ -93,7 +94,7 @@ protected:
 private:
     static constexpr int blockSize = 1 << 18;
 
-    // A truncated file may still have a proper end tag.
+    // Compares the numbers of packages, because a truncated file may still have a proper end tag.
     bool isComplete(QString& problem) const
     {
         if (found < announced) {
@@ -171,7 +172,8 @@ protected:
 
     QByteArray finish() override
     {
-        // From 0xee on, the byte order may differ from the character order by which the program sorts.
+        // The program sorts texts by UTF-16 code units. For bytes from 0xee on, the byte order may be
+        // different.
         const bool sortable = std::all_of(paths.begin(), paths.end(), [](const QByteArray& path) {
             return std::all_of(path.begin(), path.end(),
                                [](char byte) { return static_cast<unsigned char>(byte) < 0xee; });
@@ -200,7 +202,7 @@ private:
     std::vector<QByteArray> paths;
 };
 
-// Collects no texts.
+// Checks a file without collecting texts.
 class Checker : public Reader
 {
 public:

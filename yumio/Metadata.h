@@ -2,11 +2,11 @@
 
 // Reads the file lists and the change logs of all packages of a repository straight from its metadata files.
 //
-// The package manager can list the files of one package, but it searches all directories for the directory of
-// each file. For every package of a distribution this takes half a minute. Reading the metadata file once
+// The package manager can list the files of one package, but for each file it searches through all
+// directories. For all packages of a distribution, this takes half a minute. Reading the metadata file once
 // takes a second.
 //
-// For any thread, without the interpreter.
+// Any thread may call these functions. They do not need the interpreter.
 
 #ifndef YUMIO_METADATA_H
 #define YUMIO_METADATA_H
@@ -19,22 +19,23 @@
 
 namespace Metadata {
 
-// The packages to read: the checksum, in hexadecimal digits, and the index of the result.
+// The packages to read. The key is the checksum of a package, in hexadecimal digits. The value is the index
+// of its text.
 using Wanted = QHash<QByteArray, int>;
 
-// Both functions set texts[index], in UTF-8, for each wanted package that the file contains. The other texts
-// do not change. The file may be compressed. The result is true if the file is of the right kind and
-// complete; otherwise problem describes the fault.
+// Both functions set texts[index], in UTF-8, for each wanted package that the file contains. They do not
+// change the other texts. The file may be compressed. They return true if the file is complete and of the
+// right kind. Otherwise "problem" describes the error.
 
-// One path a line, without duplicates, sorted by character code.
+// Each text has one path per line, without duplicates, sorted by character code.
 bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
                    QString& problem);
-// The newest entry first. Each entry begins with "* ", the date and the author.
+// In each text, the newest entry comes first. Each entry begins with "* ", the date and the author.
 bool readChangeLogs(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,
                     QString& problem);
 
-// Checks a document, which may be compressed: it must be well-formed, have this root element, and contain as
-// many packages as it declares.
+// Checks that a document is well-formed, has this root element, and contains as many packages as it declares.
+// The document may be compressed.
 bool check(const QString& path, const QByteArray& rootName, QString& problem);
 
 } // namespace Metadata

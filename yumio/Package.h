@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The record of one row of the package table: an ordinary package, a group or a suite of packages.
+// The record of one package, group or suite. Each listed record is one row of the package table.
 //
-// The back end (YumIO) owns the records. A worker thread makes and deletes them and holds the interpreter
-// lock. While no worker runs, the graphical thread reads them and writes the chosen action.
+// The back end (YumIO) owns the records. A worker thread makes and deletes them while it holds the
+// interpreter lock. While no worker runs, the graphical thread reads the records and writes the chosen
+// actions.
 
 #ifndef YUMIO_PACKAGE_H
 #define YUMIO_PACKAGE_H
@@ -34,45 +35,47 @@ class Entry
 {
 public:
     Entry();
-    // Deletes the chain of further installed versions too. The destructor cannot release the script's object,
-    // because its thread may not hold the interpreter lock. The caller clears pyObject before it deletes a
-    // record. The destructor reports the first forgotten object of the process on standard error.
+    // Also deletes the chain of other installed versions. The caller must clear pyObject first: the
+    // destructor cannot release the script's object, because its thread may not hold the interpreter lock. If
+    // pyObject is still set, the destructor reports this on standard error, once per process.
     ~Entry();
     Entry(const Entry&) = delete;
     Entry& operator=(const Entry&) = delete;
 
-    // Whether the user may choose the action.
+    // Returns whether the user may choose the action.
     bool permits(Action chosen) const;
-    // Whether the package manager's configuration excludes every installed version; false without one.
+    // Returns whether the package manager's configuration excludes every installed version. Returns false if
+    // no version is installed.
     bool isExcluded() const;
 
     Action action; // the user's choice
     State state;
     Kind kind;
     QString name;
-    QString verRel; // version and release, after the epoch unless that is zero; empty for groups
-    QString repo;   // identifier of the repository
+    QString verRel; // "epoch:version-release", without an epoch of 0; empty for groups
+    QString repo;   // the repository's identifier
     QString arch;
-    QString biArch; // the bi-arch class: one name for all architectures that replace each other
+    QString biArch; // the bi-arch class: a common name of architectures that replace each other
     quint64 size;   // bytes
     QString sizeText;
     QString summary;
     quint64 buildTime; // seconds since the epoch
     QString buildTimeText;
-    PyObject* pyObject; // the script's package or group object: one strong reference
-    bool duplicate;     // a record of the same name and another bi-arch class is preferred
-    bool excluded;      // an installed version, excluded by the package manager's configuration
-    Entry* next;        // owned; further installed versions of the same name and bi-arch class
+    PyObject* pyObject; // the script's package or group object, a strong reference
+    bool duplicate;     // a record with the same name and another bi-arch class is preferred
+    bool excluded;      // installed, but excluded by the package manager's configuration
+    Entry* next;        // owned; the next installed version with the same name and bi-arch class
     Action txAction;    // the effect of the current transaction on this record
-    bool local;         // while applying: the local cache already has a valid package file
-    // The searched texts in UTF-8: all but the file list and the change log, each followed by a zero byte,
-    // then these two. A null searchTexts means that nothing has been read.
+    bool local;         // during a transaction: the cache already has a valid package file
+    // The texts that a search reads, in UTF-8. searchTexts contains all of them except the file list and the
+    // change log, and a zero byte after each text. It is null until the texts have been read.
     QByteArray searchTexts;
     QByteArray searchFiles;
     QByteArray searchChangeLog;
 };
 
-// The key by which the back end finds a record. A group and a package may have the same name.
+// The key by which the back end finds a record. It includes the kind, because a group and a package may have
+// the same name.
 class EntryKey
 {
 public:
@@ -92,18 +95,19 @@ public:
 uint qHash(const EntryKey& key);
 uint qHash(const EntryKey& key, uint seed);
 
-// The actions of records, for restoring them after a new collection.
+// The actions that the user has chosen. The program restores them after a new collection.
 using Marks = QHash<EntryKey, Action>;
 
-// Packages of other names, with version and architecture, that replace a record or that the record replaces.
-// Both lists are empty for nearly all records.
+// The packages with other names that replace a record ("by"), and the packages with other names that the
+// record replaces ("of"). Each text includes version and architecture. Both lists are empty for nearly all
+// records.
 struct Replacement
 {
     QStringList by;
     QStringList of;
 };
 
-// Owns its records.
+// A list that owns its records.
 class EntryList : public QList<Entry*>
 {
 public:

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The package records: finds them by key and by name, chains the installed versions, and deletes them.
+// Stores the package records: finds them by key and by name, chains the installed versions, and deletes them.
 //
-// The back end has one object. A worker changes it and holds the interpreter lock; the graphical thread reads
-// it only while no worker runs. Each version of a record has one reference to an object of the script.
-// Records itself never adds or releases this reference: clear() passes it to its caller.
+// The back end has one object. A worker changes it while it holds the interpreter lock. The graphical thread
+// reads it only while no worker runs. Each version in a record's chain has one reference to an object of the
+// script. This class neither adds nor releases references: clear() passes them to its caller.
 
 #ifndef YUMIO_RECORDS_H
 #define YUMIO_RECORDS_H
@@ -29,17 +29,19 @@ public:
 
     // --- Collection
 
-    // Reserves memory for this many more records, so that the indexes do not grow step by step.
+    // Reserves memory for this number of additional records, so that the indexes do not grow step by step.
     void reserve(int further);
-    // A reference to the index entry of this key; null if the key is new. A caller that stores a new record
-    // there calls added() next.
+    // Returns a reference to the pointer that the index stores for this key. The pointer is null if the key
+    // is new. After storing a new record there, call added().
     Package::Entry*& place(const Package::EntryKey& key) { return entryIndex[key]; }
     void added(Package::Entry* entry);
-    // Adds one more key for an existing record. If the key already has a record, that record stays.
+    // Adds another key for an existing record. If the key already has a record, nothing changes.
     void addKey(const Package::EntryKey& key, Package::Entry* entry);
-    // A reference to the end of the record's chain, for one more installed version.
+    // Returns a reference to the null pointer at the end of the record's chain. The caller stores another
+    // installed version there.
     static Package::Entry*& endOfChain(Package::Entry* first);
-    // Flags all records of one name but the best as duplicates. isBetter(a, b): a is preferred.
+    // Flags each record as a duplicate, except the best record of each name. isBetter(a, b) returns whether a
+    // is preferred.
     template <typename IsBetter> void rank(Package::Entry* entry, IsBetter isBetter)
     {
         Package::Entry*& best = bestByName[entry->name];
@@ -52,10 +54,10 @@ public:
             best = entry;
         }
     }
-    // The same text, from memory that all records share. For texts that thousands of records have.
+    // Returns an equal text whose memory all records share. Use it for texts that thousands of records have.
     QString shared(const QString& text) { return *sharedTexts.insert(text); }
-    // Registers that a package of another name replaces an installed one. The texts describe the two
-    // packages; the record of either may be null.
+    // Registers that a package with another name replaces an installed package. The texts describe the two
+    // packages. Each of the two records may be null.
     void addReplacement(const Package::Entry* replaced, const QString& before, const Package::Entry* other,
                         const QString& after);
     // Makes the records visible to the table.
@@ -66,9 +68,10 @@ public:
     int keyCount() const { return entryIndex.count(); }
 
     Package::Entry* find(const Package::EntryKey& key) const { return entryIndex.value(key); }
-    // A package of any bi-arch class, preferably of the given one.
+    // Finds a package by name. A package of the preferred bi-arch class comes first, then one of any other
+    // class.
     Package::Entry* findPackage(const QString& name, const QString& preferredBiArch) const;
-    // The installed version of a record, at the start of its chain.
+    // Returns the first installed version in a record's chain.
     static Package::Entry* installedEntry(Package::Entry* entry);
     static quint64 installedSize(Package::Entry* entry); // 0 if nothing is installed
     Package::Replacement replacement(const Package::Entry& entry) const { return replacements.value(&entry); }
@@ -77,24 +80,25 @@ public:
     // --- Marks
 
     Package::Marks marks() const;
-    // Sets each action for the record that now has its key, if that record permits the action.
+    // Sets each action again: the key finds the record, and the record must permit the action.
     void restoreMarks(const Package::Marks& marks) const;
 
     // --- Deletion
 
-    // Deletes all records. drop, if set, receives each reference to an object of the script; without drop the
-    // references are abandoned.
+    // Deletes all records. If drop is set, it receives each reference to an object of the script, and must
+    // release it. Otherwise the references are abandoned.
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:
     Package::EntryList entries;
     QHash<Package::EntryKey, Package::Entry*> entryIndex;
-    // The records of the index in the order of collection, which is also their order in memory.
+    // The records of the index, in the order in which they were collected. This is also their order in
+    // memory.
     QVector<Package::Entry*> collectedEntries;
     QHash<QString, Package::Entry*> bestByName;
     QSet<QString> biArchs;
     QSet<QString> sharedTexts;
-    QHash<const Package::Entry*, Package::Replacement> replacements; // few records have one
+    QHash<const Package::Entry*, Package::Replacement> replacements; // few records have a replacement
 };
 
 #endif

@@ -33,7 +33,7 @@ QString joinVerRel(const QString& epoch, const QString& version, const QString& 
     return text;
 }
 
-// Within a scope, numbers of this thread have a decimal point, regardless of the program's locale.
+// Makes this thread format numbers with a decimal point for a scope, regardless of the program's locale.
 class PlainNumbers
 {
 public:
@@ -52,7 +52,7 @@ private:
     locale_t before;
 };
 
-// Formats weekday, month, day, time of day and year.
+// Formats a time as weekday, month, day, time of day and year.
 void formatTime(long time, char (&text)[64])
 {
     const auto seconds = static_cast<time_t>(time);
@@ -72,8 +72,8 @@ QString ScriptValues::pyString(PyObject* object)
         return QString();
     }
     if (PyUnicode_Check(object)) {
-        // Copies the characters directly: an encoder refuses lone surrogates, which represent the bytes of
-        // file names that cannot be decoded.
+        // Copies the characters directly. An encoder would refuse lone surrogates, with which Python
+        // represents undecodable bytes of file names.
         const auto length = static_cast<int>(PyUnicode_GET_LENGTH(object));
         switch (PyUnicode_KIND(object)) {
         case PyUnicode_1BYTE_KIND:
@@ -107,7 +107,7 @@ QString ScriptValues::pyStringX(PyObject* object)
             return pyString(object);
         }
         if (PyLong_Check(object)) {
-            // Not str(), because str(True) is a word.
+            // str() is unsuitable, because str(True) is a word.
             return pyStringDec(PyNumber_ToBase(object, 10));
         }
         const bool list = PyList_Check(object);
@@ -265,12 +265,12 @@ PyObject* ScriptValues::attribute(PyObject* object, const char* name)
 
 PyObject* ScriptValues::attribute(PyObject* object, PackageAttribute which)
 {
-    // The order is that of the enumeration.
+    // The names are in the order of the enumeration.
     static const char* const names[] = {"arch",    "buildtime", "epoch", "group",   "name",
                                         "release", "repoid",    "size",  "summary", "version"};
     static_assert(sizeof names / sizeof *names == PackageAttributeCount, "each attribute has its name");
-    // The interpreter caches attribute lookups by interned name. For a name made from characters it searches
-    // the class and all its bases each time.
+    // The interpreter caches the results of attribute lookups only for interned names. For other names, it
+    // searches the class and all its base classes each time.
     PyRef& name = attributeNames[which];
     if (!name) {
         name = PyRef(PyUnicode_InternFromString(names[which]));
@@ -384,7 +384,7 @@ quint64 ScriptValues::sizeOf(PyObject* pkg)
 
 QString ScriptValues::bytesFormat(unsigned long long bytes)
 {
-    // Translated only once, because a collection formats the size of each package.
+    // The units are translated only once, because a collection formats the size of each package.
     static const struct
     {
         int shift; // the unit is 2 to the power of this
@@ -395,7 +395,7 @@ QString ScriptValues::bytesFormat(unsigned long long bytes)
     double value = static_cast<double>(bytes);
     const QString* unit = &smallest;
     for (const auto& candidate : units) {
-        // A unit is used from 1000 of the next smaller unit, so that a number has at most four digits.
+        // A unit is used as soon as the number would need four digits in the next smaller unit.
         if (bytes >= 1000ULL << (candidate.shift - 10)) {
             value /= static_cast<double>(1ULL << candidate.shift);
             unit = &candidate.name;

@@ -2,9 +2,9 @@
 
 // Converts values of the script's objects to texts and numbers, and formats versions, sizes and times.
 //
-// The layer between the interpreter (Python) and the back end (YumIO), which derives from it. Any thread may
-// call it while it holds the interpreter lock. No function fails: an unknown kind of value causes a warning
-// to the user, and the result is an empty text or 0. No function leaves an exception pending.
+// ScriptValues derives from Python, the interpreter; YumIO, the back end, derives from ScriptValues. Any
+// thread may call these functions while it holds the interpreter lock. If a value has an unknown type, they
+// warn the user and return an empty text or 0. No function leaves an exception pending.
 
 #ifndef YUMIO_SCRIPTVALUES_H
 #define YUMIO_SCRIPTVALUES_H
@@ -29,28 +29,28 @@ public:
 
     // --- Texts, numbers and times. Functions ending in Dec release the object; others borrow it.
 
-    // For a str or bytes object; empty for None.
+    // Converts a str or bytes object. None becomes an empty text.
     QString pyString(PyObject* object);
     QString pyStringDec(PyObject* object);
-    // For a str, an int, or a list or tuple of these.
+    // Converts a str, an int, or a list or tuple of these types.
     QString pyStringX(PyObject* object);
     QString pyStringXDec(PyObject* object);
     int pyLongDec(PyObject* object);
     QString pyMappingString(PyObject* object, const char* key);
     PyObject* pyDictGetItem(PyObject* object, const QString& key); // borrowed reference or null
-    // Seconds since the epoch, from an int or from a str of digits.
+    // Converts an int, or a str of digits, to seconds since the epoch.
     quint64 pyTime(PyObject* object);
     quint64 pyTimeDec(PyObject* object);
-    // The weekday, month, day and year of a datetime object.
+    // Returns the weekday, month, day and year of a datetime object.
     QString pyDate(PyObject* object);
-    // Describes any object in one line, valid until the next call. Kept for diagnostics, for example a
-    // message at a breakpoint in pyDebug().
+    // Describes any object in one line. The text is valid until the next call. The program does not call this
+    // function; developers can call it in a debugger.
     const char* pyDescribe(PyObject* object);
 
     // --- Attributes
 
     PyObject* attribute(PyObject* object, const char* name); // new reference or null
-    // Attributes of every package.
+    // The attributes that every package has.
     enum PackageAttribute {
         ArchAttribute,
         BuildTimeAttribute,
@@ -64,41 +64,46 @@ public:
         VersionAttribute,
         PackageAttributeCount
     };
-    // Faster than a lookup by name.
+    // This function is faster than a lookup by name.
     PyObject* attribute(PyObject* object, PackageAttribute which); // new reference or null
-    // The text of an attribute without trailing line feeds; empty if the object lacks the attribute.
+    // Returns the text of an attribute without trailing line feeds. The text is empty if the object lacks the
+    // attribute.
     QString simpleString(PyObject* object, const char* attr);
-    // In a sequence of pairs (object, name): the object of the first pair with this name, a new reference or
-    // null. Kept for scripts that return the related packages of a package in pairs.
+    // Finds the first pair (object, name) with this name in a sequence of pairs. Returns a new reference to
+    // the object, or null. The present script returns no such pairs; another script may return related
+    // packages in this form.
     PyObject* findRelation(PyObject* sequence, const char* name);
 
     // --- Packages and items of transactions
 
-    // Version and release, after the epoch unless that is zero.
+    // Both functions return "epoch:version-release". An epoch of 0 is omitted.
     QString getVerRel(PyObject* pkg);
     QString getVerRelTxitem(PyObject* item);
     Package::Kind getPkgKind(PyObject* pkg); // Suite or Ordinary
     quint64 sizeOf(PyObject* pkg);           // bytes
     quint64 buildTimeOf(PyObject* pkg);      // seconds since the epoch
-    QByteArray checksumOf(PyObject* pkg);    // hexadecimal digits; empty if it has no checksum
+    QByteArray checksumOf(PyObject* pkg);    // hexadecimal digits; empty if the package has no checksum
     QString txitemFormat(PyObject* item);
     QString txitemRepoFormat(PyObject* item);
 
     // --- Formats of lists and numbers
 
-    // The sign of a comparison such as "GE", valid as long as the object. Kept for scripts that return
-    // dependencies in parts; dnf returns them as texts.
+    // Converts the name of a comparison, such as "GE", to its sign, such as ">=". The result is valid while
+    // the object exists. dnf returns dependencies as texts, so only scripts for other package managers need
+    // this function.
     static const char* decodePrcoFlags(PyObject* flags);
-    // One text a line, sorted; makeSortedUniq() also removes duplicates.
+    // Both functions sort the list and join its texts with line feeds. makeSortedUniq() also removes
+    // duplicates.
     static QString makeSorted(QStringList& list);
     static QString makeSortedUniq(QStringList& list);
 
     static QString bytesFormat(unsigned long long bytes);
-    // The text is valid until the next call. dateFormat() omits the time of day; it is kept for callers that
-    // show only a day.
+    // Both functions format seconds since the epoch. The text is valid until the next call of the same
+    // function. dateFormat() omits the time of day; the program does not use it at present.
     static const char* dateFormat(long time);
     static const char* timeFormat(long time);
-    // "4.14.0" as 10000 * first + 100 * second + third part.
+    // Converts a version of three numbers to 10000 * first + 100 * second + third. For example, "4.14.0"
+    // becomes 41400.
     quint64 splitVersion(const QString& text);
 
 private:

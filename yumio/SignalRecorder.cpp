@@ -15,7 +15,7 @@ pid_t owner = 0;
 extern "C" void record(int number, siginfo_t* info, void*)
 {
     if (getpid() != owner) {
-        // A child process that has not started its program yet.
+        // This is a child process that has not started its program yet.
         EndSignals::endBy(number);
     }
     if (!EndSignals::wasSent(*info)) {
@@ -43,7 +43,7 @@ SignalRecorder::SignalRecorder() : before(), replaced()
         const bool plain = (before[number].sa_flags & SA_SIGINFO) == 0;
         const bool ignored = plain && before[number].sa_handler == SIG_IGN;
         const bool byDefault = plain && before[number].sa_handler == SIG_DFL;
-        // A foreign handler of faults must see its own faults.
+        // If other code has installed a handler for a fault, that handler must still receive the fault.
         const bool foreign = EndSignals::isFault(number) && !byDefault && !EndSignals::isOurs(before[number]);
         replaced[number] = !ignored && !foreign && sigaction(number, &recording, &before[number]) == 0;
     }
@@ -60,7 +60,7 @@ SignalRecorder::~SignalRecorder()
         const int number = recorded;
         recorded = 0;
         if (number == SIGABRT) {
-            kill(owner, number); // by raise() it would count as the program's own
+            kill(owner, number); // after raise(), the signal would look like an abort of the program itself
         } else {
             std::raise(number);
         }

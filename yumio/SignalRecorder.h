@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Defers, for a scope, the signals that end the process: during the scope they would leave a transaction half
-// done. It records them and lets them take effect at the end of the scope.
+// Defers the signals that end the process until the end of a scope. Without this class, a signal could
+// interrupt a transaction and leave it half done. The object records the first signal. The destructor lets it
+// take effect.
 //
-// For any thread, one object at a time in the process. An ignored signal stays ignored. A fault of the
-// program itself, or an abort, still ends the process at once, because the process cannot continue after
-// these. Child programs started during the scope have the usual signals.
+// Any thread may create an object, but only one object may exist at a time. An ignored signal stays ignored.
+// A fault of the program itself, or an abort, still ends the process at once, because the process cannot
+// continue after these two. Child programs that start during the scope have the usual signal actions.
 
 #ifndef YUMIO_SIGNALRECORDER_H
 #define YUMIO_SIGNALRECORDER_H
@@ -16,7 +17,7 @@ class SignalRecorder
 {
 public:
     SignalRecorder();
-    // Does not return if a recorded signal ends the process.
+    // Does not return if the recorded signal ends the process.
     ~SignalRecorder();
     SignalRecorder(const SignalRecorder&) = delete;
     SignalRecorder& operator=(const SignalRecorder&) = delete;

@@ -2,7 +2,7 @@
 
 // The package manager's codes for the items of a transaction, and its number of progress steps.
 //
-// Constants only.
+// The header contains only constants; any thread may use them.
 
 #ifndef YUMIO_TRANSACTION_H
 #define YUMIO_TRANSACTION_H
@@ -11,7 +11,8 @@
 
 namespace Transaction {
 
-// The change to an item. The package manager reports phases like actions: the codes above 100.
+// The change to an item. The codes above 100 are not changes but phases, which the package manager reports in
+// the same way.
 enum Action : long {
     Install = 1,
     Downgrade = 2,
@@ -31,15 +32,16 @@ enum Action : long {
     Post = 202
 };
 
-// The reason for which an item is part of the transaction.
+// The reason why an item is part of the transaction.
 enum Reason : long { Dependency = 1, Clean = 3, WeakDependency = 4, Group = 5 };
 
-// Steps of the total bar. The downloads get at most downloadSteps. The transaction itself gets runSteps: 100
-// to prepare it, 1000 to prepare its run, 8000 for the packages.
+// The steps of the total bar. The downloads get at most downloadSteps. The transaction itself gets runSteps:
+// 100 for its preparation, 1000 for the preparation of its run, and 8000 for the packages.
 constexpr quint32 downloadSteps = 24000;
 constexpr quint32 runSteps = 9100;
 
-// The weight of a package: its bytes, with a minimum, because even an empty package takes some time.
+// Returns the weight of a package: its size in bytes, with a minimum, because even an empty package takes
+// some time.
 inline quint64 atLeast(quint64 bytes)
 {
     return qMax<quint64>(bytes, 10240);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The words for the actions, states and kinds of packages, each once. All code that shows, reads out or asks
-// for such a value uses these words.
+// The words for the actions, states and kinds of packages. All windows, questions and screen readers use the
+// same words.
 //
-// For the graphical thread and workers; no state. A value outside its enumeration has no word: the text is
-// empty.
+// Any thread may call these functions, because the class has no state. For a value outside its enumeration,
+// the text is empty.
 
 #ifndef YUMIO_WORDS_H
 #define YUMIO_WORDS_H
@@ -19,16 +19,16 @@ class Words
     Q_DECLARE_TR_FUNCTIONS(Words)
 
 public:
-    // In one or two words, for columns that show a picture and for questions.
+    // One or two words, for questions and for columns that show a picture.
     static QString of(Package::Action action);
     static QString of(Package::State state);
     static QString of(Package::Kind kind);
 
-    // In a few words, for the description of a package.
+    // A few words, for the description of a package.
     static QString described(Package::State state);
     static QString described(Package::Kind kind);
 
-    // The tool tip of a package. For a kind, use described().
+    // The text for a tool tip. The tool tip of a kind is described().
     static QString explained(Package::Action action); // empty for no action
     static QString explained(Package::State state);
 };

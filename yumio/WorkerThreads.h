@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The worker threads. Each runs one long operation of the back end: a member function whose name ends in
-// Real.
+// The class template of the worker threads. A worker thread runs one long operation of the back end: a member
+// function whose name ends in Real.
 //
-// Each object lives on the stack of the graphical thread, which waits in the given event loop. The thread
-// ends that loop when its operation is over. The result is valid from then on. Objects to which the arguments
-// refer outlive the thread. YumIO.h names one such class for each operation, such as CollectThread.
+// Each object lives on the stack of the graphical thread, which waits in the given event loop. When the
+// operation is over, the worker ends that loop. From then on, the result is valid. An object to which an
+// argument refers must exist until the worker has ended. YumIO.h names the class for each operation, for
+// example CollectThread.
 
 #ifndef YUMIO_WORKERTHREADS_H
 #define YUMIO_WORKERTHREADS_H

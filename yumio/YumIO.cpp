@@ -47,7 +47,7 @@ private:
     FILE* file;
 };
 
-// The script's own texts. The toolkit's program for finding texts does not read the script.
+// The texts of the script. Qt's lupdate finds texts only in C++ files, so they are repeated here.
 const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP(
         "YumIO", "Version {} of dnf is not supported. VYRE cannot read the configuration with it, because "
@@ -157,14 +157,14 @@ const char* const scriptTexts[] = {
                       "transaction:\n{}\n\"dnf remove --duplicates\" removes the older ones."),
 };
 
-// Returns the text with its passwords hidden, a new reference. The script uses it for its log files.
+// Hides the passwords in a text and returns a new reference. The script uses this function for its log files.
 PyObject* hideSecrets(PyObject*, PyObject* given)
 {
     if (PyUnicode_Check(given) == 0) {
         PyErr_SetString(PyExc_TypeError, "a text is needed");
         return nullptr;
     }
-    // The text may contain file names that are not valid UTF-8.
+    // The text may contain file names with invalid UTF-8.
     const PyRef bytes(PyUnicode_AsEncodedString(given, "utf-8", "backslashreplace"));
     if (!bytes) {
         return nullptr;
@@ -173,7 +173,8 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
         QString::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<int>(PyBytes_Size(bytes.get())));
     const QString hidden = Credentials::hidden(text);
     if (hidden == text) {
-        // This keeps the parts that UTF-8 cannot represent.
+        // A text without passwords stays the same object, because the encoding above replaces invalid
+        // characters.
         Py_INCREF(given);
         return given;
     }
@@ -249,10 +250,11 @@ void YumIO::offerTranslations()
     PyErr_Clear();
 }
 
-// Optional global functions for the script, outside yumIOC. addToListing and addBeforeListing add lines to
-// the end and to the start of a transaction's listing. changeActivity shows the current activity on the bar
-// of the current step. faultOfMetadata returns the fault of a metadata document. hideSecrets hides the
-// passwords in a text. waitForLock shows the reason for a wait and returns whether to go on waiting.
+// Sets optional global functions for the script, outside the module yumIOC. addToListing adds lines to the
+// end of a transaction's listing, and addBeforeListing to its start. changeActivity shows the current
+// activity on the bar of the current step. faultOfMetadata returns the error in a metadata document.
+// hideSecrets hides the passwords in a text. waitForLock shows the reason for a wait and returns whether the
+// script must continue to wait.
 void YumIO::offerFunctions()
 {
     static PyMethodDef definitions[] = {
@@ -316,18 +318,19 @@ PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
         return nullptr;
     }
     if (Unattended::is()) {
-        // No user can see the wait, so it ends.
+        // No user can see the activity, so the operation ends.
         PyErr_SetNone(PyExc_KeyboardInterrupt);
         return nullptr;
     }
     if (yumIO->progress != nullptr) {
-        // A question may have reset the bars. The activity has no measure, so the bar shows no number.
+        // A question may have reset the bars, so this starts a new item. Its length is unknown, so the bar
+        // shows no number.
         yumIO->progress->startItem(yumIO->pyString(text), 0, 0);
     }
     Py_RETURN_NONE;
 }
 
-// None instead of a text means that the wait is over.
+// If the argument is None instead of a text, the wait is over.
 PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -378,7 +381,7 @@ bool YumIO::initialize()
 {
     const QString root = ManagedRoot::path();
     if (!root.isEmpty() && !QFileInfo(root).isDir()) {
-        // The package manager would create an empty one.
+        // The package manager would create an empty directory.
         error(tr("The root directory %1 does not exist").arg(root));
         return false;
     }
@@ -415,7 +418,7 @@ bool YumIO::initialize()
         if (script.get() == nullptr) {
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
-        // The script imports its other files from this directory.
+        // The script finds its other files through this path.
         const PyRef file(PyUnicode_DecodeFSDefault(QFile::encodeName(path).constData()));
         pyAssignGlobal("__file__", file.get());
         offerTranslations();
@@ -425,8 +428,9 @@ bool YumIO::initialize()
             return internalError(tr("Internal error: unable to execute YumIO.py"));
         }
     }
-    // The import of the package manager activates the user's locale for the process. Its libraries then use
-    // that locale for numbers in configuration files, which always have a decimal point.
+    // When Python imports the package manager, the package manager activates the user's locale for the
+    // process. Its libraries would then read numbers in configuration files by that locale. But these numbers
+    // always have a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     yumIOClass = pyValue("__main__", "YumIO");
     if (yumIOClass == nullptr) {
@@ -446,7 +450,7 @@ bool YumIO::initialize()
     base = PyRef(PyObject_GetAttrString(yumIO.get(), "base"));
     if (!base) {
         internalError(tr("Internal error: yumIO.base not evaluable"));
-        yumIO = PyRef(); // unusable without its base: another start must create it again
+        yumIO = PyRef(); // unusable without its base: a later start must create it again
         return false;
     }
     static const struct
@@ -502,7 +506,7 @@ QString YumIO::expandVariables(QString text)
         PyErr_Clear();
         return text;
     }
-    // For a script without this method. "$basearch" precedes "$arch", because it ends in "arch".
+    // If the script lacks this method, only these variables are replaced.
     for (const char* variable : {"basearch", "arch", "releasever"}) {
         const QString name = QLatin1String(variable);
         const QString reference = QLatin1Char('$') + name;
@@ -520,7 +524,7 @@ QString YumIO::getBiArch(const QString& arch)
     if (known == biArchByArch.constEnd()) {
         const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));
         if (!answer) {
-            return pyString(nullptr); // not stored: the next call may succeed
+            return pyString(nullptr); // not stored, because the next call may succeed
         }
         known = biArchByArch.insert(arch, pyString(answer.get()));
     }

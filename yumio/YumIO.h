@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The package back end: drives the package manager through the script in the embedded interpreter, and owns
-// the package records, the log and every operation on the package manager.
+// The package back end: drives the package manager through the script in the embedded interpreter. It owns
+// the package records and the log, and runs every operation on the package manager.
 //
-// Lives on the graphical thread; the main window owns it. Every long operation has two halves. The public
-// half runs on the graphical thread, which waits in a nested event loop and keeps the windows painted. The
-// other half (ending in Real) runs on a worker thread. One worker runs at a time. A thread that touches a
-// Python object holds the interpreter lock. The graphical thread always holds it, except while it waits for a
-// worker.
+// The object lives on the graphical thread; the main window owns it. Every long operation has two functions.
+// The public function runs on the graphical thread, which waits in a nested event loop and keeps the windows
+// painted. The function whose name ends in Real runs on a worker thread. Only one worker runs at a time. A
+// thread that uses a Python object holds the interpreter lock. The graphical thread always holds this lock,
+// except while it waits for a worker.
 //
 // No function throws. A failure is reported to the user in a dialog and in the log, and the result is false,
 // empty or null.
@@ -59,91 +59,97 @@ public:
     YumIO();
     ~YumIO() override;
 
-    // Call it once, before any other function. The caller keeps the ownership of all three.
+    // Call this function once, before any other function. The caller still owns the three widgets.
     void setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item);
 
-    // Starts the interpreter and the script, once. After false, which is reported, the back end is unusable.
+    // Starts the interpreter and the script. A second call does nothing. If it reports an error and returns
+    // false, the back end is unusable.
     bool initialize();
 
-    // The directories with repository files that the package manager knows; empty if they are unknown.
+    // Returns the directories in which the package manager looks for repository files. The list is empty if
+    // they are unknown.
     QStringList knownDirectories();
 
     // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 
-    // repoEnable says for each repository identifier whether to use that repository; unknown identifiers are
-    // ignored.
+    // repoEnable contains repository identifiers, each with true if the repository is used. Unknown
+    // identifiers are ignored.
     bool collect(const QHash<QString, bool>& repoEnable);
     // Makes the script forget its packages and read the configuration again.
     void reset();
     void clearEntries();
-    // For the end of the program: abandons the references, because the interpreter is not used again.
+    // Deletes the records at the end of the program. Does not release the script's objects, because the
+    // interpreter is not used again.
     void clearEntriesBeforeQuit();
 
-    // Whether a package of another name replaces this installed package, or this available package replaces
-    // an installed one of another name. The user must decide that: no function marks such a record together
-    // with others.
+    // Returns whether a package with another name replaces this installed package, or this available package
+    // replaces an installed package with another name. The user must decide about such a record: functions
+    // that mark many records at once skip it.
     bool isLeftToUser(const Package::Entry& entry) const { return records.isLeftToUser(entry); }
-    // Empty for nearly all records.
+    // Both lists are empty for nearly all records.
     Replacement replacement(const Package::Entry& entry) const { return records.replacement(entry); }
 
-    // Whether a worker is running.
+    // Returns whether a worker is running.
     bool isWorking() const { return worker != nullptr; }
-    // Whether rpm is changing the system now, which must not be interrupted. Any thread.
+    // Returns whether rpm is changing the system now. This work must not be interrupted. Any thread may call
+    // it.
     bool isChangingSystem() const { return changingSystem; }
-    // For a request to close the program while a worker waits for another process's lock. Ends the wait and
-    // the operation, whose failure is only logged. Returns false if no worker waits.
+    // Ends the wait of a worker for another process's lock, and the worker's operation, because the user
+    // closes the program. The failure of the operation is only logged. Returns false if no worker waits.
     bool endWaiting();
-    // For an unavoidable end of the program. No more questions are asked. A worker that changes the system
-    // finishes its work; any other worker gives up. The function waits for the worker without serving events
-    // and then releases the package manager's lock. From now on log entries go to standard error: all of
-    // them, or only faults while the display exists.
+    // Prepares an unavoidable end of the program. From now on, no questions are asked. A worker that changes
+    // the system finishes its work; any other worker gives up. The function waits for the worker without
+    // serving events, and then releases the package manager's lock. From now on, log entries go to standard
+    // error: only errors if the display still exists, otherwise all entries.
     void finish(bool displayIsThere);
 
-    // The records by position; none while a worker rebuilds the list.
+    // Access to the records by position. The number is 0 while a worker rebuilds the list.
     int count() const { return rebuilding ? 0 : records.count(); }
     Package::Entry* operator[](int row) const { return records.at(row); }
 
-    // --- Extra data. Each function loads its data at most once and returns whether the data are loaded.
+    // --- Extra data. The first two functions load their data at most once, and return whether they are
+    // loaded.
 
     bool collectFileLists();
     bool collectOtherData();
-    // Reads Package::Entry::searchTexts, on a worker, for those records that lack it. The extra data must be
-    // loaded first. A search that only uses getters finds the same records, but is far slower.
+    // A worker reads the search texts of those records that lack them (Package::Entry::searchTexts). The
+    // extra data must be loaded first. A search without these texts finds the same records, but is far
+    // slower.
     void collectSearchTexts(const QVector<Package::Entry*>& wanted);
     // Calls the function for each searched text, except the file list and the change log, until the function
-    // returns true. Returns whether it did.
+    // returns true. Returns whether the function returned true.
     bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
-    // Has a worker load the change logs that getChangeLog() needs for an available package. The first call
-    // reads those of the whole repository. A failure is reported by getChangeLog().
+    // A worker loads the change log of an available package, before getChangeLog() needs it. The first call
+    // reads the change logs of the whole repository. If this fails, getChangeLog() reports the failure.
     void loadChangeLog(const Package::Entry& entry);
     bool haveFileLists() const { return fileListsLoaded; }
     bool haveOtherData() const { return otherDataLoaded; }
 
     // --- Applying
 
-    // Carries out the actions of the records: resolves, shows the listing, asks and runs. Returns true if the
-    // user confirmed and the package manager reported no failure.
+    // Applies the marks: resolves the dependencies, shows the listing, asks the user and runs the
+    // transaction. Returns true if the user confirmed and the package manager reported no failure.
     bool apply();
-    // Whether the last apply() began to change the system, regardless of its result.
+    // Returns whether the last apply() began to change the system, regardless of its result.
     bool systemChanged() const { return transaction.transactionRan; }
-    // Whether the last apply() was refused because another program has changed the system since the last
-    // collection.
+    // Returns whether the last apply() was refused because another program has changed the system since the
+    // last collection.
     bool isOutdated() const { return transaction.outdated; }
 
-    // The actions of the records, for restoring them after a new collection.
+    // Returns the marks. restoreMarks() sets them again after a new collection.
     Marks marks() const { return records.marks(); }
-    // The impossible marks that the last apply() left out.
+    // Returns the impossible marks that the last apply() left out.
     const Marks& leftOutMarks() const { return transaction.leftOut; }
-    // Sets each action for the record that now has its key, if that record permits the action.
+    // Sets each mark again: its key finds the record, and the record must permit the action.
     void restoreMarks(const Marks& marks) { records.restoreMarks(marks); }
 
-    // Each function has a worker remove files from the package manager's cache.
+    // In each function, a worker removes files from the package manager's cache.
     bool cleanDbcache();
     bool cleanPackages();
     bool cleanMetadata();
     bool cleanAll();
 
-    // --- Texts of one record. A record without this information has an empty text.
+    // --- Texts of one record. If a record lacks the information, the text is empty.
 
     QString text(const Package::Entry& entry, Fields::Field field);
     QString getName(const Package::Entry& entry) const { return entry.name; }
@@ -165,10 +171,10 @@ public:
     QString getLicense(const Package::Entry& entry) { return text(entry, Fields::License); }
     QString getPackager(const Package::Entry& entry) { return text(entry, Fields::Packager); }
     QString getUrl(const Package::Entry& entry) { return text(entry, Fields::Url); }
-    // One path a line; may start a worker.
+    // One path per line. The function may start a worker.
     QString getFiles(const Package::Entry& entry);
     QString getChangeLog(const Package::Entry& entry);
-    // One dependency a line.
+    // One dependency per line.
     QString getProvides(const Package::Entry& entry) { return text(entry, Fields::Provides); }
     QString getRequires(const Package::Entry& entry) { return text(entry, Fields::Requires); }
     QString getRequiresPre(const Package::Entry& entry) { return text(entry, Fields::RequiresPre); }
@@ -178,7 +184,7 @@ public:
     QString getSuggests(const Package::Entry& entry) { return text(entry, Fields::Suggests); }
     QString getSupplements(const Package::Entry& entry) { return text(entry, Fields::Supplements); }
     QString getEnhances(const Package::Entry& entry) { return text(entry, Fields::Enhances); }
-    // One package a line, for groups.
+    // One package per line; only groups have these texts.
     QString getMandatoryPkgs(const Package::Entry& entry) { return text(entry, Fields::MandatoryPackages); }
     QString getDefaultPkgs(const Package::Entry& entry) { return text(entry, Fields::DefaultPackages); }
     QString getOptionalPkgs(const Package::Entry& entry) { return text(entry, Fields::OptionalPackages); }
@@ -188,29 +194,29 @@ public:
     }
     QString getRelocations(const Package::Entry& entry) { return text(entry, Fields::Relocations); }
 
-    // The value of a variable of the package manager's configuration, such as "basearch".
+    // Returns the value of a variable of the package manager's configuration, such as "basearch".
     QString getYumVar(QString variable);
-    // The text after replacing the variables as the package manager does in repository files.
+    // Replaces the variables in a text in the same way as the package manager does in repository files.
     QString expandVariables(QString text);
-    // This and dnfVersion() are kept for bug reports and for behaviour that depends on the version.
+    // The version of dnf as a text and as a number. The program does not use the two functions at present.
     QString dnfVersionStr();
-    // As 10000 * first + 100 * second + third part; 0 if the version is unknown.
+    // Returns 10000 * first + 100 * second + third part, or 0 if the version is unknown.
     quint64 dnfVersion();
 
     // --- Log and messages, from any thread
 
     Log::EntryList& logEntries() { return logList; }
-    // Each line becomes an entry. An error mark inside the text begins a new line.
+    // Each line becomes an entry. A new line begins before an error number such as "[Errno 2]".
     void log(Log::Kind kind, unsigned int level, const QString& text);
-    // Both functions log the text and show it in a dialog. They return when the user has closed the dialog.
-    // Passwords in URLs are hidden in both places.
+    // Both functions log the text and show it in a dialog, without passwords in URLs. They return when the
+    // user has closed the dialog.
     void error(const QString& text) override;
     void warning(const QString& text) override;
     void stdoutCapturedWrite(const QString& text) override;
     void stderrCapturedWrite(const QString& text) override;
     void captureEnded() override;
 
-    // --- Functions for the script (YumIOCTarget). Worker thread; without a worker, the graphical thread.
+    // --- Functions for the script (YumIOCTarget). If no worker runs, they run on the graphical thread.
 
     PyObject* stdoutWrite(PyObject* module, PyObject* args) override;
     PyObject* stderrWrite(PyObject* module, PyObject* args) override;
@@ -233,14 +239,14 @@ public:
     PyObject* gpgsigcheck(PyObject* module, PyObject* args) override;
 
 public Q_SLOTS:
-    // Releases the worker that was just started; called from inside the loop that waits for the worker.
+    // Releases a new worker. The event loop that waits for the worker calls this slot.
     void blockerRelease();
 
 Q_SIGNALS:
     void collectedExtraData();
 
 private:
-    // For tests of operations without a public function.
+    // Tests call the operations without a public function through this class.
     friend class YumIOProbe;
 
     // Sets a flag for a scope.
@@ -258,7 +264,8 @@ private:
 
     class ChildSignal;
 
-    // Delays a worker until the event loop that the worker will end is running.
+    // Delays a worker until the event loop of the graphical thread runs, because the worker will end that
+    // loop.
     class Blocker
     {
     public:
@@ -303,8 +310,7 @@ private:
     static PyObject* addBeforeListing(PyObject* capsule, PyObject* text);
     void releaseLock();
 
-    // Worker threads (WorkerThreads.cpp): the half of each operation that runs on a worker, and the class of
-    // that worker
+    // Worker threads (YumIOThreads.cpp): each function that runs on a worker, and the class of that worker
     void execWorkThread(QEventLoop& loop, QThread& thread);
     bool collectReal(const QHash<QString, bool>& repoEnable);
     void clearEntriesReal();
@@ -323,29 +329,30 @@ private:
     using ApplyThread = WorkerThread<&YumIO::applyReal>;
     using CleanThread = WorkerThread<&YumIO::cleanReal>;
 
-    // Collection (YumIOCollect.cpp)
-    // The base object is kept for scripts with more than one; repos belongs to the only one.
+    // Collection (YumIOCollect.cpp) The script has only one base object, to which repos belongs, so the
+    // function ignores baseObject.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);
-    // Collects installed packages that the configuration excludes; a script may lack this function.
+    // Collects the installed packages that the configuration excludes. A script may lack this set.
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
     // The caller passes the package's name and architecture, because it has already read them for the key.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
     bool collectGroups(PyObject* groups);
-    // Stops asking a history that cannot be read; historyFault holds the reason and is empty until then.
+    // If the history cannot be read, sets historyFault to the reason. Later calls then do not read the
+    // history.
     void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
                       QString& historyFault);
     void collectReplacements();
     bool upToDateGroup(const Package::Entry& entry);
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
 
-    // Searching (YumIOSearch.cpp)
-    // The files of up to this many packages are read one by one; those of more, from the metadata file.
+    // Searching (YumIOSearch.cpp) A search in at most this number of packages reads the file lists one by
+    // one. For more packages, it reads the metadata file.
     static int fewPackages;
-    QString metadataPath(const QString& repo, const char* kind); // empty without such a file
+    QString metadataPath(const QString& repo, const char* kind); // empty if the file is missing
 
     // Extra data and details (YumIODetails.cpp)
     bool collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
@@ -353,7 +360,8 @@ private:
     QString getRelDepList(PyObject* pkg, const char* attr);
     QString getGroupPkgs(const Package::Entry& entry, const char* item);
     QString getRpmList(PyObject* pkg, const char* tag);
-    // New reference or null. Kept for tags that are not lists.
+    // Returns a new reference or null. The program does not call it at present; it can read tags that are not
+    // lists.
     PyObject* getRpmHdrValue(PyObject* pkg, const char* tag);
     PyObject* headerValue(PyObject* header, const char* tag); // new reference or null
     void missingAttribute(const char* attr);
@@ -367,7 +375,7 @@ private:
     bool applyGrpChkInsUpd(const Package::Entry& group, const Package::Entry& pkg);
     bool applyGrpConflict(const Package::Entry& group, const Package::Entry& pkg);
     PyObject* getGroupItem(const Package::Entry& group, const char* attr); // new reference or null
-    // The lines of the listing after the marked packages.
+    // The parts of the listing that follow the marked packages.
     struct Listing
     {
         QString dependencies;
@@ -385,17 +393,17 @@ private:
     // Output and progress (YumIOProgress.cpp)
     PyObject* stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending);
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
-    // Logs an operation's last line, which lacks a line feed, apart from the next operation's output.
+    // Logs an unfinished last line of an operation, so that the next operation's output begins on a new line.
     void finishLine(Log::Kind kind, unsigned int level, QString& pending);
-    void finishLines(); // of the script's output
+    void finishLines(); // in the script's output
     PyObject* badArguments(const char* text);
     PyObject* badPhase(const char* text);
-    static PyObject* noneUnlessPending(); // null passes a pending exception on to the script
+    static PyObject* noneUnlessPending(); // returns None, or null if an exception is pending
     bool isPayload(PyObject* object);
-    bool payloadError(const QString& text); // false
+    bool payloadError(const QString& text); // returns false
     bool payloadText(PyObject* payload, const char* function, QString& text, quint64& size);
     void tsDownloadStart();
-    // Assigns the next download slot to a payload.
+    // Assigns the next free download slot to a payload.
     QHash<QString, quint32>::const_iterator startSlot(const QString& text, quint64 size);
     void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);
     void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
@@ -403,8 +411,8 @@ private:
     void collectEnd();
     bool isInstance(PyObject* object, PyObject* type);
 
-    // Values of the package manager, and records (YumIO.cpp)
-    using ScriptValues::getVerRel; // otherwise hidden by the function for records
+    // Values of the package manager, and access to records (YumIO.cpp)
+    using ScriptValues::getVerRel; // the function for records would hide it
     QString getBiArch(const QString& arch);
     static Package::Entry* installedEntry(Package::Entry* entry) { return Records::installedEntry(entry); }
     Package::Entry* findPackage(const QString& name);
@@ -426,7 +434,7 @@ private:
     void commExceptSetup();
     bool commExceptRaised(PyObject* result, const QString& what);
     void showRemarks();
-    // Only for the guard ChildSignal.
+    // Only ChildSignal calls these two functions.
     bool sigchldDisable();
     void sigchldRestore();
     bool reapChildren();
@@ -434,16 +442,17 @@ private:
     Records records;
     QString basearch;
     QHash<QString, QString> biArchByArch; // the script's answers
-    bool clearing = false;                // a worker deletes the records; kept for diagnostics
-    QThread* worker = nullptr;            // null without a running worker
-    bool blockerHeld = false;             // the worker is delayed
+    bool clearing = false;                // the records are being deleted; for diagnostics only
+    QThread* worker = nullptr;            // null if no worker runs
+    bool blockerHeld = false;             // the worker waits for blockerRelease()
     std::atomic<bool> changingSystem{false};
-    // The wait for another process's lock. Ended remains until the next operation begins.
+    // The state of the wait for another process's lock. "Ended" remains set until the next operation begins.
     enum class Wait { None, Lasts, Ended };
     std::atomic<Wait> wait{Wait::None};
     bool rebuilding = false; // a worker changes the list of records; the graphical thread must not read it
     Log::EntryList logList;
-    // The log position at which the output of an expected exception begins; -1 without an expected exception.
+    // The log position at which the output of an expected exception begins, or -1 if no exception is
+    // expected.
     int exceptLogStart = -1;
     bool fileListsLoaded = false;
     bool otherDataLoaded = false;
@@ -457,18 +466,18 @@ private:
     YumIOCapturers* capturers = nullptr;
     bool locked = false;
     PyObject* rpmDict = nullptr;    // borrowed
-    PyObject* yumIOClass = nullptr; // borrowed; kept for a second object of the class
+    PyObject* yumIOClass = nullptr; // borrowed; unused after initialize()
     PyRef yumIO;
     PyRef base;
     PyRef repos;
     QStringList enabledRepos;
-    QString readingName; // the kind of data that the operation reads; kept for diagnostics
+    QString readingName; // the kind of data that the operation reads; for diagnostics only
     quint32 readingCount = 0;
     QString readingRepo;
     quint64 readingMax = 1;
 
-    // Exception and payload classes, borrowed. OtherRepoError and MetadataError are null: they are kept for
-    // package managers with such classes.
+    // Exception and payload classes (borrowed). OtherRepoError and MetadataError are null with dnf 4, which
+    // lacks these two classes; other package managers have them.
     enum Class {
         BdbQuit,
         DnfError,
@@ -483,7 +492,7 @@ private:
         ClassCount
     };
     PyObject* classes[ClassCount] = {};
-    // The standard error of the process, even if the script redirects its own. Kept for diagnostics.
+    // The standard error of the process, even if the script redirects sys.stderr. For diagnostics only.
     FILE* terminal = nullptr;
     Blocker blocker;
 

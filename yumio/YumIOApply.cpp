@@ -153,9 +153,9 @@ bool YumIO::applyReal()
         changingSystem = false;
         transaction.signalRecorder.reset();
         readOutcome();
-        // Any other exception has been reported already.
+        // pyMethodCall() has already reported any other exception.
         if (commExceptRaised(result.get(), tr("apply changes")) || !result || result.get() == Py_False) {
-            transaction.txApplied = false; // also without any change: the marks stay
+            transaction.txApplied = false; // the marks stay, even if the script changed nothing
         }
     }
     showRemarks();
@@ -163,8 +163,8 @@ bool YumIO::applyReal()
     return transaction.txApplied;
 }
 
-// Reads the script's own account of the outcome. Its callbacks are less exact: rpm may not have begun
-// although the script announced a transaction.
+// Reads the script's report of the outcome. The callbacks are less exact: the script may have announced a
+// transaction that rpm never began.
 void YumIO::readOutcome()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
@@ -189,7 +189,7 @@ void YumIO::readOutcome()
             }
         }
     }
-    // The question contained this text, but the user has closed it.
+    // The question has shown this text, but is closed now. The log keeps the text.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {
@@ -326,7 +326,7 @@ PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
     Py_RETURN_NONE;
 }
 
-// The package manager's own text in the user's language.
+// Returns the package manager's translation of a text to the user's language.
 QString YumIO::scriptWords(const char* text)
 {
     if (PyObject_HasAttrString(yumIO.get(), "words") == 0) {
@@ -376,9 +376,9 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        break; // the line of the replacing version covers it
+        break; // the line of the new version is enough
     default: {
-        // The package manager's own word for the action.
+        // The listing shows the package manager's word for the action.
         const PyRef word(attribute(item, "action_name"));
         const QString prefix = word ? pyString(word.get()) + QLatin1String(": ") : QString();
         listing.dependencies += QLatin1Char('\t') + prefix + txitemFormat(item) + QLatin1Char('\n');
@@ -437,7 +437,7 @@ void YumIO::weighItem(PyObject* item, long action)
     }
 }
 
-// Weighs a package that is not in the table, for example a package hidden by the package manager.
+// Weighs a package without a record, for example because the package manager hides it.
 void YumIO::weighUnlisted(PyObject* item, long action)
 {
     const PyRef package(attribute(item, "pkg"));
@@ -526,7 +526,7 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
         progress->reset();
     }
     transaction.nextSlot = 0;
-    // A plain question contains the script's own output, which may contain a URL with a password.
+    // A question without a listing shows the script's output, which may contain a URL with a password.
     const QString text = Log::withoutPasswords(transaction.txText);
     // These buttons have the same text in all languages.
     const bool yes =

@@ -30,7 +30,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
 
-    // Package objects answer later calls from the data that this collection has read.
+    // This collection reads the data from which package objects answer later calls.
     fileListsLoaded = true;
     otherDataLoaded = true;
 
@@ -47,13 +47,14 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
             return false;
         }
         locked = true;
-        // The result is the path of the lock file, if the script knows it.
+        // The result is the path of the lock file, if the script knows the path.
         EndSignals::setLockFile(PyUnicode_Check(result.get()) ? pyString(result.get()).toUtf8().constData()
                                                               : nullptr);
     }
 
     {
-        // The script now loads the package manager's plug-ins. They may print or start programs that print.
+        // The script now loads the package manager's plug-ins. They may print text, or start programs that
+        // print text.
         YumIOCapturersUser capturersUser(capturers, this);
         repos = PyRef(PyObject_GetAttrString(base.get(), "repos"));
     }
@@ -110,7 +111,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     // Calls a method of the script and explains its failure to the user.
     const auto collected = [this](const char* method, const QString& what, bool capture) {
         if (Unattended::is()) {
-            return PyRef(); // no user will see the packages
+            return PyRef(); // no user can see the packages
         }
         ExceptScope scope(*this);
         commExceptSetup();
@@ -136,8 +137,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         if (!updates || !collectSet(updates.get(), Package::Updatable)) {
             return false;
         }
-        // A package whose architecture becomes or ceases to be "noarch" may have another bi-arch class than
-        // its update. Installed packages of the old class then belong to the record of the update.
+        // If an update changes a package's architecture to or from "noarch", the bi-arch classes of the two
+        // may differ. The installed packages of the old class then belong to the record of the update.
         const auto key = [this](PyObject* pkg) {
             return EntryKey(false, pyStringDec(attribute(pkg, NameAttribute)),
                             getBiArch(pyStringDec(attribute(pkg, ArchAttribute))));
@@ -268,7 +269,7 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     if (!iterator) {
         return internalError(tr("Internal error: the packages are not iterable"));
     }
-    // Only a hint: it saves repeated growth of the index.
+    // The hint may be wrong. It only avoids repeated growth of the index.
     const Py_ssize_t hint = PyObject_LengthHint(set, 0);
     if (hint > 0) {
         records.reserve(static_cast<int>(hint));
@@ -276,7 +277,8 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     PyErr_Clear();
     bool comparisonFailed = false;
     const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
-        // A comparison that fails for one pair fails for thousands of pairs.
+        // If a comparison fails for one pair, it fails for thousands of pairs. Only the first failure is
+        // reported.
         ExceptScope scope(*this);
         if (comparisonFailed) {
             pyExceptExpect(PyExc_Exception);
@@ -374,7 +376,7 @@ bool YumIO::collectGroups(PyObject* groups)
     if (PyErr_Occurred() != nullptr) {
         return internalError(tr("Internal error: the groups cannot be walked"));
     }
-    // One message is enough: each collection asks for all of the hundreds of groups.
+    // The user gets the message only once, although each collection asks for hundreds of groups.
     if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
         reportedHistoryFault = historyFault;
         warning(tr("It is not known which groups are installed: the history of transactions cannot be "

@@ -13,8 +13,8 @@
 
 namespace {
 
-// Calls the function for each item, a borrowed reference. Returns false, with an exception pending, if an
-// item cannot be read. The list may be null if an exception is already pending.
+// Calls the function with a borrowed reference to each item. If an item cannot be read, returns false and
+// leaves an exception pending. The list may be null only if an exception is already pending.
 template <typename Use> bool forEach(PyObject* list, Use use)
 {
     const PyRef iterator(list != nullptr ? PyObject_GetIter(list) : nullptr);
@@ -157,7 +157,7 @@ QString YumIO::getFiles(const Package::Entry& entry)
     if (entry.kind == Package::Group) {
         return QString();
     }
-    // The script may need a long time to make the list, so the code reads it only once if possible.
+    // The script may need a long time to create the list, so this function avoids a second read.
     PyRef files(PyObject_GetAttrString(entry.pyObject, "files"));
     if (!files && PyErr_ExceptionMatches(PyExc_AttributeError) != 0) {
         PyErr_Clear();
@@ -233,7 +233,7 @@ QString YumIO::getChangeLog(const Package::Entry& entry)
     return text;
 }
 
-// A search reads the same attribute of thousands of packages, so the user gets one message only.
+// Reports a missing attribute only once, because a search reads the attribute of thousands of packages.
 void YumIO::missingAttribute(const char* attr)
 {
     if (missingAttributes.contains(attr)) {

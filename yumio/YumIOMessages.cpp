@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The log, messages to the user, and failures of the script as messages.
+// Writes the log, shows messages to the user, and converts failures of the script to messages.
 
 #include "yumio/YumIO.h"
 
@@ -113,16 +113,16 @@ void YumIO::pyExceptClear()
 
 void YumIO::exceptionExpected()
 {
-    // The exception stays pending, because the caller explains it.
+    // The exception stays pending, because the caller explains the failure to the user.
 }
 
 void YumIO::tracebackOnTerminal(const char* text)
 {
-    // Messages refer the user to the log.
+    // The traceback must also be in the log, because messages refer the user to the log.
     log(Log::Error, 0, QString::fromUtf8(text));
 }
 
-// Shows the script's remarks about an operation, apart from its result.
+// Shows the script's remarks about an operation. Remarks are independent of the operation's result.
 void YumIO::showRemarks()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
@@ -160,7 +160,8 @@ void YumIO::commExceptSetup()
 
 bool YumIO::commExceptRaised(PyObject* result, const QString& what)
 {
-    // Tracebacks are printed but not stored in sys, which would keep the objects of the failed call alive.
+    // PyErr_PrintEx(0) does not store tracebacks in sys, where they would keep the objects of the failed call
+    // alive.
     const auto raised = [this, result](PyObject* type) {
         return type != nullptr && pyExceptMatches(result, type);
     };

@@ -2,7 +2,7 @@
 
 // Receives the script's reports while it reads repositories or applies a transaction: output, downloads and
 // the package manager's progress. The worker thread that runs the script calls these functions and holds the
-// interpreter lock. Between operations no bars exist: a report is then only logged.
+// interpreter lock. Between operations no bars exist, so reports only reach the log.
 
 #include "yumio/YumIO.h"
 
@@ -21,7 +21,7 @@ PyObject* YumIO::badArguments(const char* text)
         handleException();
     }
     error(tr(text));
-    // The script must still get the exception about its call.
+    // The script must still receive the exception.
     if (exception) {
         PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
     } else {
@@ -269,8 +269,8 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
     if (!iterator) {
         return nullptr;
     }
-    // An unreadable payload is reported and left out. If the running operation explains the failure itself,
-    // the loop ends and the exception stays pending.
+    // An unreadable payload is reported and ignored. But if the running operation explains such a failure
+    // itself, the loop ends and the exception stays pending.
     while (PyErr_Occurred() == nullptr) {
         const PyRef payload(PyIter_Next(iterator.get()));
         if (!payload) {
@@ -373,7 +373,7 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     const quint32 index = slot.value();
     const bool delta = isInstance(payload, classes[DeltaPayload]);
     if (delta && status == 0) {
-        // Next the package is rebuilt from the delta. A second end reports that this is over.
+        // Now the package is rebuilt from the delta. After that, the package manager reports a second end.
         progress->setItemActsThreadValue(index, atLeast(size));
         return;
     }
@@ -390,8 +390,8 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     }
     const bool flag = test != Py_False;
     if (!flag && phase == Applying && !transaction.signalRecorder) {
-        // The flag stays set until the script's operation is over. If the program's end begins after this
-        // line, it waits for the operation. If it began earlier, it prevents the operation.
+        // The flag stays set until the script's operation is over. If the program begins to end after this
+        // line, it waits for the operation. If it began to end earlier, the operation stops here.
         changingSystem = true;
         if (Unattended::is()) {
             changingSystem = false;
@@ -419,7 +419,8 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
 
 PyObject* YumIO::rpmtransDel(PyObject*, PyObject*)
 {
-    // The destroyed object may outlive the operation, because an exception's traceback can refer to it.
+    // The script's object may be destroyed after the operation, because an exception's traceback can refer to
+    // it.
     if (!transaction.testRun && progress != nullptr) {
         progress->endItemActs();
     }
@@ -472,7 +473,7 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
 
     const QString name = pyStringDec(attribute(package, "name"));
     Package::Entry* entry = findPackage(name, pyStringDec(attribute(package, "arch")));
-    // A package without a record reports its own size.
+    // For a package without a record, the package object has the size.
     const quint64 ownSize = entry == nullptr ? sizeOf(package) : 0;
     const quint64 newWeight = atLeast(3 * (entry != nullptr ? entry->size : ownSize));
     const quint64 oldSize = entry != nullptr ? Records::installedSize(entry) : ownSize;

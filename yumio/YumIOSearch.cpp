@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Collects the texts for a search over every field: a worker reads them once, and the records keep them.
+// Collects the texts for a search in every field. A worker reads them once, and the records store them.
 
 #include "yumio/YumIO.h"
 
@@ -15,21 +15,21 @@
 
 namespace {
 
-// Joins the texts of one record, in a buffer that all records share.
+// Joins the texts of one record. All records use the same buffer, one after the other.
 class SearchTextsWriter
 {
 public:
     void add(const QByteArray& text)
     {
         if (text.isEmpty()) {
-            // One empty text is enough for an expression that matches an empty text.
+            // finish() adds one empty text for all empty texts, for an expression that matches an empty text.
             hasEmpty = true;
             return;
         }
-        texts += text.constData(); // up to a zero byte, because matching also ends there
+        texts += text.constData(); // only up to a zero byte, where matching also ends
         texts += '\0';
     }
-    // Copies the texts to memory of their exact size.
+    // Returns a copy of the texts without unused memory.
     QByteArray finish()
     {
         if (hasEmpty) {
@@ -46,7 +46,7 @@ private:
     bool hasEmpty = false;
 };
 
-// The wanted data of one repository's metadata, and the faults found.
+// The paths of one repository's metadata, the wanted packages, and the errors of both files.
 struct RepositoryTexts
 {
     QString fileListsPath;
@@ -107,7 +107,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     progress->startTotal(tr("Reading package texts: Total Progress"), steps);
     progress->startItem(tr("Reading packages"), steps, steps);
 
-    // Other threads read the metadata at the same time: that does not need the interpreter.
+    // Other threads read the metadata at the same time, because this does not need the interpreter.
     QHash<QString, RepositoryTexts> repositories;
     int fromRepositories = 0;
     for (const Package::Entry* entry : wanted) {
@@ -132,7 +132,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     }
     std::vector<QByteArray> files(static_cast<size_t>(wanted.count()));
     std::vector<QByteArray> changeLogs(static_cast<size_t>(wanted.count()));
-    // If no further thread can start, wait() reads the data.
+    // If no other thread can start, wait() reads the data on this thread.
     const auto whenPossible = std::launch::async | std::launch::deferred;
     const auto readingFiles = std::async(whenPossible, [&repositories, &files] {
         for (RepositoryTexts& repository : repositories) {
@@ -151,13 +151,13 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         }
     });
 
-    // The package manager stores long texts in compressed blocks. In its own order it decompresses each block
-    // once. The hash of a package is its number in that order.
+    // The package manager stores long texts in compressed blocks. If the packages are read in its order, it
+    // decompresses each block only once. A package's hash is its position in that order.
     std::vector<std::pair<Py_hash_t, int>> order;
     order.reserve(static_cast<size_t>(wanted.count()));
     for (int place = 0; place < wanted.count(); ++place) {
         order.emplace_back(PyObject_Hash(wanted.at(place)->pyObject), place);
-        PyErr_Clear(); // a package without a number comes first
+        PyErr_Clear(); // a package without a hash comes first
     }
     std::sort(order.begin(), order.end());
     SearchTextsWriter writer;
@@ -187,7 +187,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         if (entry->kind == Package::Group) {
             continue;
         }
-        // If the metadata lack a text, the package itself may have it.
+        // If the metadata files lack a text, the package object may have it.
         const QByteArray& itsFiles = files[static_cast<size_t>(place)];
         entry->searchFiles = itsFiles.isNull() ? getFiles(*entry).toUtf8() : itsFiles;
         const QByteArray& itsChangeLog = changeLogs[static_cast<size_t>(place)];

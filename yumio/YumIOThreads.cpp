@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The graphical thread's side of the workers: starts a worker, waits for it, and ends its waits.
+// The functions of the graphical thread for workers: they start a worker, wait for it, and end its waits.
 
 #include "yumio/YumIO.h"
 
@@ -18,14 +18,14 @@
 
 namespace {
 
-// The interval, in milliseconds, at which a thread that does not serve events serves the worker's requests.
+// While the graphical thread does not serve events, it serves the worker's requests at this interval (ms).
 constexpr unsigned long servingInterval = 20;
 
-// The download library abandons all downloads within a second after this flag of its own is set.
+// Sets a flag of the download library, which then abandons all downloads within a second.
 void interruptDownloads()
 {
     static volatile std::sig_atomic_t* const flag = [] {
-        // Null unless the package manager has loaded the library.
+        // The pointer is null if the package manager has not loaded the library.
         void* const library = dlopen("librepo.so.0", RTLD_LAZY | RTLD_NOLOAD);
         return library != nullptr ? static_cast<volatile std::sig_atomic_t*>(dlsym(library, "lr_interrupt"))
                                   : nullptr;
@@ -39,7 +39,7 @@ void interruptDownloads()
 
 void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
 {
-    finishLines(); // of output between two operations
+    finishLines(); // finish the output since the last operation
     blocker.prepare();
     blockerHeld = true;
     wait = Wait::None;
@@ -51,11 +51,13 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     sigemptyset(&childSignal);
     sigaddset(&childSignal, SIGCHLD);
     sigprocmask(SIG_BLOCK, &childSignal, &before);
-    // Fires only inside the loop: the worker must not end the loop, or send it requests, before it runs.
+    // The timer fires only inside the loop. Before the loop runs, the worker must not end it or send
+    // requests.
     QTimer::singleShot(0, this, SLOT(blockerRelease()));
     loop.exec();
-    // The end of the application, for example, may have ended the loop. The worker still needs answers to its
-    // requests, and the operation must not be interrupted. User input waits for the outer loop.
+    // Something else may have ended the loop, for example the end of the application. The worker then still
+    // needs answers to its requests, and its operation must not be interrupted. User input waits for the
+    // outer loop.
     while (!thread.isFinished() && !thread.wait(10)) {
         loop.processEvents(QEventLoop::ExcludeUserInputEvents);
     }
@@ -91,7 +93,7 @@ void YumIO::finish(bool displayIsThere)
     blockerRelease();
     while (worker != nullptr && !worker->wait(servingInterval)) {
         if (!changingSystem) {
-            // Repeatedly, because the script clears the flag before it begins to download.
+            // The flag is set repeatedly, because the script clears it before it begins to download.
             interruptDownloads();
         }
         YumIOCapturersMinion::serveAll();

@@ -146,8 +146,8 @@ bool isDigit(QChar character)
     return character >= QLatin1Char('0') && character <= QLatin1Char('9');
 }
 
-// Whether the text behind the first colon after "://" may belong to the host: a port, a variable with a port
-// as its value, or a part of an address in brackets.
+// Returns whether the text behind the first colon after "://" may belong to the host: a port, a variable with
+// a port as its value, or a part of an address in brackets.
 bool mayBePort(const QString& text, int host, int colon, int end)
 {
     return text.at(host) == QLatin1Char('[') || colon + 1 == end || text.at(colon + 1) == QLatin1Char('$') ||

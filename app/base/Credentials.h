@@ -38,10 +38,10 @@ struct Place
 // each line.
 QVector<Place> places(const QString& text, Text kind);
 
-// Whether the text has a place for a password, even an empty one.
+// Returns whether the text has a place for a password, even an empty one.
 bool holds(const QString& text, Text kind);
 
-// Whether the text contains a password. Only the owner may read a file with such a text.
+// Returns whether the text contains a password. Only the owner may read a file with such a text.
 bool holdsPassword(const QString& text, Text kind);
 
 // The message with three dots in place of each password. The number of dots is always the same, because even
