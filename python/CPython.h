@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The header of the interpreter, as our sources include it: lengths in formats such as "s#" are Py_ssize_t.
+// Includes the interpreter's header with the settings of this program. Lengths in formats such as "s#" have
+// the type Py_ssize_t.
 //
-// For sources of python/, yumio/ and their tests. A header that others include has "python/PyObject.h"
-// instead.
+// Only the sources of python/, yumio/ and their tests include it. A header that other folders include uses
+// "python/PyObject.h" instead.
 
 #ifndef PYTHON_CPYTHON_H
 #define PYTHON_CPYTHON_H

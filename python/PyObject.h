@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The names of two types of the interpreter without its header, for headers that only pass pointers on.
+// Declares two types of the interpreter without its header. Headers that only pass pointers to these types
+// include this file.
 //
-// <Python.h> sets macros of the C library and has to come before every other header. A window that includes
-// the header of the back end must not depend on that. Every version of Python 3 has these two tags.
+// <Python.h> sets macros of the C library and has to come before every other header. The header of a window
+// includes the header of the back end and must not depend on this order. Every version of Python 3 has these
+// two struct names.
 
 #ifndef PYTHON_PYOBJECT_H
 #define PYTHON_PYOBJECT_H

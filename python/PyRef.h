@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Owns one reference to a Python object and drops it at the end of its scope.
+// Owns one reference to a Python object and releases it at the end of the scope.
 //
-// Any thread. The thread must hold the interpreter lock, also when the object is destroyed.
+// Any thread may use it. The thread must hold the interpreter lock, even when the PyRef is destroyed.
 
 #ifndef PYTHON_PYREF_H
 #define PYTHON_PYREF_H
@@ -15,7 +15,7 @@ class PyRef
 {
 public:
     PyRef() = default;
-    // Takes over a new reference, as the call helpers return it; NULL is allowed.
+    // Takes over a new reference, such as the result of Python::pyCall(). NULL is allowed.
     explicit PyRef(PyObject* owned) : object(owned) {}
     PyRef(PyRef&& other) noexcept : object(other.release()) {}
     PyRef& operator=(PyRef&& other) noexcept
@@ -32,14 +32,14 @@ public:
         }
     }
 
-    // Takes an additional reference to an object that somebody else owns; NULL is allowed.
+    // Adds a reference to an object that other code owns. NULL is allowed.
     static PyRef borrow(PyObject* borrowed);
 
-    // The object, still owned here; NULL if it holds none.
+    // Returns the object, which this PyRef still owns, or NULL.
     PyObject* get() const { return object; }
     explicit operator bool() const { return object != nullptr; }
 
-    // Hands the reference over to the caller, who must drop it.
+    // Passes the reference to the caller, who must release it.
     PyObject* release() { return std::exchange(object, nullptr); }
 
     void swap(PyRef& other) noexcept { std::swap(object, other.object); }

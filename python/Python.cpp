@@ -17,8 +17,8 @@ namespace {
 constexpr size_t errorSize = 1024;
 constexpr size_t scriptSize = 10240;
 
-// Takes the pending exception, normalised and with its traceback, from the interpreter. restore() makes it
-// pending again.
+// Takes the pending exception from the interpreter, normalises it and adds its traceback. restore() makes the
+// exception pending again.
 class TakenException
 {
 public:
@@ -45,13 +45,13 @@ public:
     TakenException(const TakenException&) = delete;
     TakenException& operator=(const TakenException&) = delete;
 
-    // Borrowed; NULL if no exception was pending.
+    // Returns a borrowed reference, or NULL if no exception was pending.
     PyObject* get() const
     {
         return value;
     }
 
-    // To sys.stderr.
+    // Prints the exception and its traceback to sys.stderr.
     void display() const
     {
 #if PY_VERSION_HEX >= 0x030C0000
@@ -61,7 +61,7 @@ public:
 #endif
     }
 
-    // The traceback as display() prints it, in UTF-8: a bytes object, or an empty reference.
+    // Returns the text that display() prints, in UTF-8: a bytes object, or an empty reference.
     PyRef text() const
     {
         const PyRef module(PyImport_ImportModule("traceback"));
@@ -77,7 +77,7 @@ public:
         return bytes;
     }
 
-    // Replaces any exception that is pending by now.
+    // Makes the exception pending again. It replaces any other pending exception.
     void restore()
     {
 #if PY_VERSION_HEX >= 0x030C0000
@@ -98,9 +98,10 @@ private:
     PyObject* value = nullptr;
 };
 
-// Starts the interpreter of the distribution, whose site packages contain the package manager. PYTHONHOME,
+// Starts the distribution's interpreter, whose site packages contain the package manager. PYTHONHOME,
 // PYTHONPATH, the user's own site packages and another python in PATH have no effect. Texts and file names
-// are UTF-8 in every locale, as in packages. A failure ends the process, as in Py_Initialize().
+// are UTF-8 in every locale, because packages use UTF-8. Like Py_Initialize(), this function ends the process
+// on failure.
 void startInterpreter()
 {
 #if PY_VERSION_HEX >= 0x03080000
@@ -108,7 +109,7 @@ void startInterpreter()
     PyPreConfig_InitIsolatedConfig(&before);
     before.utf8_mode = 1;
 #ifdef __SANITIZE_ADDRESS__
-    // The interpreter's own allocator would hide memory errors in its objects from the sanitizer.
+    // The sanitizer would not see memory errors in objects from the interpreter's own allocator.
     before.allocator = PYMEM_ALLOCATOR_MALLOC;
 #endif
     PyStatus status = Py_PreInitialize(&before);
@@ -141,8 +142,9 @@ void startInterpreter()
 #endif
 }
 
-// Borrowed. NULL with an exception pending if this is no dictionary or the name is not valid UTF-8. NULL
-// without an exception if the item is missing.
+// Returns a borrowed reference to an item of a dictionary. If the item is missing, returns NULL without an
+// exception. If the object is not a dictionary or the name is invalid UTF-8, returns NULL and sets an
+// exception.
 PyObject* itemOf(PyObject* dict, const char* name)
 {
     const PyRef key(PyUnicode_FromString(name));
@@ -177,7 +179,7 @@ bool Python::initialize()
         error("Internal error: cannot find python __main__ module\n");
         return false;
     }
-    // The interpreter's table of modules keeps the module alive, and so its dictionary.
+    // The interpreter's table of modules keeps the module and its dictionary alive.
     main_dict = PyModule_GetDict(main.get());
     if (main_dict == nullptr) {
         PyErr_Clear();
@@ -327,7 +329,7 @@ PyObject* Python::pyCall(const char* name, const char* format, ...)
 
 PyObject* Python::pyVCall(const char* name, const char* format, va_list args)
 {
-    // The call may rebind the name, so the callable needs a reference of its own.
+    // The call may bind the name to another object, so this function holds a reference to the callable.
     const PyRef callable = PyRef::borrow(pyLookup(name, false));
     if (!callable) {
         internalError("Internal error: %s not found\n", name);
@@ -367,11 +369,11 @@ PyObject* Python::pyVMethodCall(PyObject* self, const char* method, const char* 
     return call(callable.get(), format, args);
 }
 
-// New reference or NULL.
+// Returns a new reference or NULL.
 PyObject* Python::call(PyObject* callable, const char* format, va_list args)
 {
     const PyRef arguments(Py_VaBuildValue(format, args));
-    // Given NULL instead of a tuple, PyObject_CallObject() would make the call without arguments.
+    // With NULL instead of a tuple, PyObject_CallObject() would call the object without arguments.
     PyObject* result = arguments ? PyObject_CallObject(callable, arguments.get()) : nullptr;
     if (result == nullptr && PyErr_Occurred() != nullptr) {
         handleException();
@@ -391,7 +393,7 @@ PyObject* Python::pyLookup(const char* dotted, bool quiet)
             found = itemOf(main_dict, piece.c_str());
             if (found == nullptr) {
                 PyErr_Clear();
-                // The interpreter's table of modules keeps it alive.
+                // The interpreter's table of modules keeps the module alive.
                 found = PyRef(PyImport_ImportModule(piece.c_str())).get();
             }
         } else {
@@ -423,8 +425,8 @@ PyObject* Python::pyLookup(const char* dotted, bool quiet)
     return current;
 }
 
-// The dictionary of a module, or another object of that name. Borrowed reference, or NULL after a reported
-// failure.
+// Returns the dictionary of a module, or the object with this name if it is not a module. The reference is
+// borrowed. On failure, reports this and returns NULL.
 PyObject* Python::namespaceOf(const char* module)
 {
     PyObject* found = pyLookup(module, true);
@@ -491,7 +493,8 @@ long Python::pyVersion()
     return number;
 }
 
-// A bytes object, or an empty reference if the object cannot be encoded. That exception has been handled.
+// Returns a bytes object. If the object cannot be encoded, handles the exception and returns an empty
+// reference.
 PyRef Python::encode(PyObject* object)
 {
     PyRef bytes(PyUnicode_AsEncodedString(object, "utf-8", "strict"));

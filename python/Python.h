@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The embedded Python 3 interpreter. Starts it, runs snippets, looks up dotted names, calls functions and
-// methods, converts strings, and handles the exceptions of these calls.
+// The embedded Python 3 interpreter. This class starts the interpreter, runs statements, looks up dotted
+// names, calls functions and methods, converts strings, and handles the exceptions of these calls.
 //
-// The back end derives from it and is the only object of this class. Any thread may call it while it holds
-// the interpreter lock. The graphical thread holds the lock from initialize() on, except while it waits for a
-// worker thread. No function throws: it reports a failure through error() and returns NULL, false or 0.
+// The back end derives from this class and is its only object. Any thread may call its functions while that
+// thread holds the interpreter lock. The graphical thread holds the lock from initialize() on, except while
+// it waits for a worker thread. No function throws: it reports a failure through error() and returns NULL,
+// false or 0.
 //
-// Results are PyObject*: the caller must drop a "new" reference (PyRef does it), but not a "borrowed" one.
+// Results are PyObject*. The caller must release a "new" reference (PyRef does this), but must not release a
+// "borrowed" reference.
 
 #ifndef PYTHON_PYTHON_H
 #define PYTHON_PYTHON_H
@@ -30,13 +32,14 @@ public:
     Python() = default;
     Python(const Python&) = delete;
     Python& operator=(const Python&) = delete;
-    // Ends the interpreter, if it was started. By then a derived class must have dropped its references.
+    // Ends the interpreter if it was started. The destructor of a derived class must release its references
+    // first.
     virtual ~Python();
 
     // Expectation scopes. Between pyExceptStart() and pyExceptClear(), an exception of a type that
     // pyExceptExpect() names (borrowed) stays pending. The caller tests for it with pyExceptMatches(). Scopes
-    // nest; only the innermost counts. pyExceptClear() clears any pending exception. ExceptScope ends its
-    // scope on every path.
+    // can be nested; only the innermost scope is used. pyExceptClear() clears any pending exception. The
+    // class ExceptScope ends its scope on every path.
     virtual void pyExceptStart();
     virtual void pyExceptExpect(PyObject* type);
     virtual void pyExceptClear();
@@ -47,77 +50,79 @@ public:
     virtual void error(const char* text) = 0;
     virtual void warning(const char* text) = 0;
 
-    // Called with an exception pending. Leaves it pending if the innermost scope expects it, else reports and
-    // clears it.
+    // Called while an exception is pending. If the innermost scope expects the exception, it stays pending.
+    // Otherwise the function reports and clears it.
     virtual void handleException();
-    // Called by handleException() for an expected exception. Does nothing here.
+    // Called by handleException() for an expected exception. The default does nothing.
     virtual void exceptionExpected();
     // Called by handleException() for any other exception. Prints its traceback to sys.stderr and calls
     // error().
     virtual void exceptionError();
-    // Called after a traceback (UTF-8) went to the process's standard error. This happens if the script has
-    // not replaced sys.stderr.
+    // Called with a traceback (UTF-8) that was printed to the process's standard error, because the script
+    // has not replaced sys.stderr.
     virtual void tracebackOnTerminal(const char* text);
     // Returns whether the innermost scope expects the pending exception.
     bool exceptionIsExpected() const;
-    // Clears the pending exception and prints its traceback to sys.stderr. False if no exception was pending.
+    // Clears the pending exception and prints its traceback to sys.stderr. Returns false if no exception was
+    // pending.
     bool displayException();
 
-    // Starts the interpreter, once per process. From then on the calling thread holds the interpreter lock. A
-    // failed start is not tried again. Returns whether the interpreter is ready. Register built-in modules
-    // before.
+    // Starts the interpreter, once per process. From then on, the calling thread holds the interpreter lock.
+    // A failed start is not repeated. Returns whether the interpreter is ready. Built-in modules must be
+    // registered before this call.
     bool initialize();
 
     // Runs statements in __main__. Returns 0, or -1 on failure.
     int py(const char* text);
-    // Evaluates an expression in __main__. New reference or NULL.
+    // Evaluates an expression in __main__. Returns a new reference or NULL.
     PyObject* pyr(const char* text);
-    // The same with a printf format. The text may have at most 10239 bytes; a longer text is reported and not
-    // run.
+    // pyf() and pyrf() do the same as py() and pyr(), with a printf format. The text may have at most 10239
+    // bytes. A longer text is reported and does not run.
     int pyf(const char* format, ...) __attribute__((format(printf, 2, 3)));
     PyObject* pyrf(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    // Calls a callable found by pyLookup(), or a method of an object. The format is a format of
-    // Py_BuildValue() and always a tuple in parentheses, such as "(s)", "(O,O)" or "()". New reference or
-    // NULL.
+    // These functions call a callable that pyLookup() finds, or a method of an object. The format is a format
+    // of Py_BuildValue() for a tuple, such as "(s)", "(O,O)" or "()". They return a new reference or NULL.
     PyObject* pyCall(const char* name, const char* format, ...);
     PyObject* pyVCall(const char* name, const char* format, va_list args);
     PyObject* pyMethodCall(PyObject* self, const char* method, const char* format, ...);
     PyObject* pyVMethodCall(PyObject* self, const char* method, const char* format, va_list args);
 
-    // Resolves a dotted name. The first part is a global of __main__, or else a module, which is imported.
-    // The other parts are module attributes and dictionary keys; attributes of other objects are not found.
-    // Borrowed reference or NULL. With quiet, a failure is not reported.
+    // Finds the object with a dotted name. The first part is a global of __main__. If that is missing, the
+    // first part is a module, which is imported. The other parts are module attributes and dictionary keys;
+    // attributes of other objects are not found. Returns a borrowed reference or NULL. If "quiet" is true, a
+    // failure is not reported.
     PyObject* pyLookup(const char* dotted, bool quiet = false);
-    // An item of a module or dictionary that pyLookup() finds. Borrowed reference or NULL.
+    // Returns an item of a module or dictionary that pyLookup() finds: a borrowed reference or NULL.
     PyObject* pyValue(const char* module, const char* name);
-    // Sets such an item; takes its own reference to the value.
+    // Sets an item of a module or dictionary that pyLookup() finds. Adds its own reference to the value.
     void pyAssign(const char* module, const char* name, PyObject* value);
-    // Sets a global of __main__; takes its own reference to the value.
+    // Sets a global of __main__. Adds its own reference to the value.
     void pyAssignGlobal(const char* name, PyObject* value);
 
-    // The interpreter's version, as sys.hexversion; 0 on failure.
+    // Returns the interpreter's version in the form of sys.hexversion, or 0 on failure.
     long pyVersion();
 
-    // The text of a str object in UTF-8; the caller frees it with free(). NULL for None, NULL and unencodable
-    // text.
+    // Returns the text of a str object in UTF-8. The caller must release it with free(). Returns NULL for
+    // None, for NULL, and for a text that UTF-8 cannot represent.
     char* pyString(PyObject* object);
-    // Returns whether a str object has this text (UTF-8); false for None and NULL.
+    // Returns whether a str object has this text (UTF-8). Returns false for None and NULL.
     bool pyStringEqual(PyObject* object, const char* text);
 
-    // The pending exception, which stays pending. The first function returns the exception object, the second
-    // one a value to display: its attribute "value", else its text. New reference, or NULL if no exception is
-    // pending.
+    // Both functions leave the exception pending. pyExceptValue() returns the exception object.
+    // pyExceptValuef() returns a value for a message: the attribute "value" of the exception, or else its
+    // text. The result is a new reference, or NULL if no exception is pending.
     PyObject* pyExceptValue();
     PyObject* pyExceptValuef();
 
     // For the debugger: binds the object to the global "dbg" and stops in pdb on the terminal.
     void pyDebug(PyObject* object);
 
-    // With true, an interrupt raises KeyboardInterrupt in the interpreter; with false, it ends the process.
+    // If "enable" is true, SIGINT raises KeyboardInterrupt in the interpreter. Otherwise SIGINT ends the
+    // process.
     void setEnablePythonSIGINTHandler(bool enable);
 
-    static bool initialized;    // this process has started the interpreter
+    static bool initialized;    // the process has started the interpreter
     static PyObject* main_dict; // the dictionary of __main__, borrowed
 
 private:
@@ -129,8 +134,8 @@ private:
     std::stack<std::list<PyObject*>> expected; // the types are borrowed
 };
 
-// Holds the interpreter lock for a scope if "really" is true, otherwise does nothing. A thread that holds the
-// lock may lock it again.
+// Holds the interpreter lock for a scope if "reallyLock" is true. Otherwise it does nothing. A thread that
+// already holds the lock may lock it again.
 class Python::PyGILStateWrapper
 {
 public:
@@ -139,7 +144,7 @@ public:
     PyGILStateWrapper(const PyGILStateWrapper&) = delete;
     PyGILStateWrapper& operator=(const PyGILStateWrapper&) = delete;
 
-    // For use in the middle of the scope: an ensure() must follow each release().
+    // These functions unlock and lock in the middle of the scope. An ensure() must follow each release().
     void ensure();
     void release();
 
@@ -148,7 +153,7 @@ private:
     int state = 0; // a PyGILState_STATE
 };
 
-// Releases the calling thread's interpreter lock for a scope, so that another thread can take it.
+// Releases the calling thread's interpreter lock for a scope, so that another thread can acquire it.
 class Python::PyThreadStateWrapper
 {
 public:
@@ -157,7 +162,7 @@ public:
     PyThreadStateWrapper(const PyThreadStateWrapper&) = delete;
     PyThreadStateWrapper& operator=(const PyThreadStateWrapper&) = delete;
 
-    // For use in the middle of the scope: a save() must follow each restore().
+    // These functions lock and unlock in the middle of the scope. A save() must follow each restore().
     void save();
     void restore();
 
@@ -165,7 +170,7 @@ private:
     PyThreadState* saved;
 };
 
-// One expectation scope; it ends on every path.
+// One expectation scope. The destructor ends it on every path.
 class Python::ExceptScope
 {
 public:

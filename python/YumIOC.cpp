@@ -58,8 +58,8 @@ PyModuleDef definition = {
     PyModuleDef_HEAD_INIT, moduleName, nullptr, sizeof(State), methods, nullptr, nullptr, nullptr, nullptr,
 };
 
-// The module of the running interpreter, if it has been imported: borrowed. The interpreter owns the record,
-// so the result is NULL after its end.
+// Returns a borrowed reference to the imported module, or NULL. The interpreter stores the module, so the
+// result is NULL after the interpreter has ended.
 PyObject* existingModule()
 {
     return PyState_FindModule(&definition);
@@ -121,6 +121,6 @@ int YumIOC::initialize(YumIOCTarget* yumIO)
     if (registered()) {
         return 0;
     }
-    // A module cannot be added to the table of built-in modules once the interpreter runs.
+    // The table of built-in modules cannot be extended while the interpreter runs.
     return Py_IsInitialized() != 0 ? -1 : PyImport_AppendInittab(moduleName, &PyInit_yumIOC);
 }

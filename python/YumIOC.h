@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The built-in extension module yumIOC. Through it the script python/YumIO.py reports progress, output and
-// questions to the program. Each of its functions calls the member function of the same name of the back end.
+// The built-in extension module yumIOC. Through this module, the script python/YumIO.py sends progress,
+// output and questions to the program. Each function of the module calls the back end's member function of
+// the same name.
 //
 // The module's functions run on the thread that runs the script, with the interpreter lock held. The
-// interpreter owns the module; the back end is not owned here.
+// interpreter owns the module. The module does not own the back end.
 
 #ifndef PYTHON_YUMIOC_H
 #define PYTHON_YUMIOC_H
@@ -17,9 +18,9 @@ PyMODINIT_FUNC PyInit_yumIOC();
 
 namespace YumIOC {
 
-// Connects the module's functions to this back end and registers the module for import. Call it before the
-// interpreter starts. Later calls may change the back end at any time. Returns the registration's result: 0,
-// or -1 on failure.
+// Connects the module's functions to this back end, and registers the module for import. The first call must
+// come before the interpreter starts. Later calls may connect another back end at any time. Returns 0, or -1
+// if the registration failed.
 int initialize(YumIOCTarget* yumIO);
 
 } // namespace YumIOC

@@ -2,12 +2,12 @@
 
 // The script's interface to the back end: the functions of the module yumIOC call these members.
 //
-// Called on the thread that runs the script, with the interpreter lock held. Each member parses its arguments
-// (NULL for userconfirm and rpmtransDel, else a tuple). It returns a new reference, or NULL with a Python
-// exception set, which the script then receives.
+// The members are called on the thread that runs the script, with the interpreter lock held. Each member
+// parses its arguments, which are a tuple (for userconfirm and rpmtransDel, NULL). It returns a new
+// reference, or NULL with a pending Python exception, which the script then receives.
 //
-// A class that derives from this class and from Python names Python first. The destructor of Python ends the
-// interpreter, which can run functions of the script. They must not reach a back end that is already half
+// A class that derives from both this class and Python must list Python first. The destructor of Python ends
+// the interpreter, which can run functions of the script. These must not call a back end that is partly
 // destroyed.
 
 #ifndef PYTHON_YUMIOCTARGET_H
@@ -21,7 +21,7 @@ public:
     YumIOCTarget() = default;
     YumIOCTarget(const YumIOCTarget&) = delete;
     YumIOCTarget& operator=(const YumIOCTarget&) = delete;
-    // Later calls raise RuntimeError in the script.
+    // After this, calls of the module's functions raise RuntimeError in the script.
     virtual ~YumIOCTarget();
 
     virtual PyObject* stdoutWrite(PyObject* module, PyObject* args) = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Receives the captured output, and the failures of the capture. The back end implements it.
+// The interface that receives captured output and failures of the capture. The back end implements it.
 
 #ifndef SERVICES_CAPTUREDOUTPUT_H
 #define SERVICES_CAPTUREDOUTPUT_H
@@ -10,12 +10,12 @@
 class CapturedOutput
 {
 public:
-    // A piece of the output, not necessarily whole lines. Graphical thread.
+    // Receive a piece of the output, which may end inside a line. Called on the graphical thread.
     virtual void stdoutCapturedWrite(const QString& text) = 0;
     virtual void stderrCapturedWrite(const QString& text) = 0;
-    // Called after the last piece of one capture. Graphical thread.
+    // Called on the graphical thread after the last piece of one capture.
     virtual void captureEnded() {}
-    // The capture could not be set up or undone. Called on the thread of the operation.
+    // Called on the thread of the operation if the capture could not be started or ended.
     virtual void error(const QString& text) = 0;
 
 protected:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Owns a file descriptor and closes it. Any thread, but only one at a time.
+// Owns a file descriptor and closes it. Any thread may use an object, but only one thread at a time.
 
 #ifndef SERVICES_FILEDESCRIPTOR_H
 #define SERVICES_FILEDESCRIPTOR_H
@@ -19,7 +19,7 @@ public:
     bool isOpen() const { return fd >= 0; }
     int get() const { return fd; }
 
-    // Hands the descriptor over to the caller.
+    // Returns the descriptor without closing it. From now on, the caller owns it.
     int release()
     {
         const int released = fd;

@@ -10,7 +10,7 @@ void HProgressBar::setActivity(QString text)
 {
     if (activity != text) {
         activity = text;
-        setAccessibleDescription(activity); // assistive programs get only a number as its value
+        setAccessibleDescription(activity); // the accessible value is only a number
         update();
     }
 }
@@ -24,7 +24,7 @@ QString HProgressBar::text() const
     if (base.isEmpty()) {
         return activity;
     }
-    // One call for both arguments, because an activity may itself contain a place marker.
+    // One call sets both arguments, because an activity may itself contain a place marker such as "%2".
     return tr("%1 (%2)").arg(activity, base);
 }
 
@@ -42,7 +42,7 @@ bool HProgressBar::event(QEvent* event)
         event->accept();
         return true;
     }
-    // Skips the base class: its tool tip is not wanted.
+    // This call skips the base class, whose tool tip would cover ours.
     // NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return QWidget::event(event);
 }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A progress bar that also names the activity it measures. Another object shows its tool tip.
+// A progress bar that also names the current activity. It shows no tool tip itself; it emits toolTip()
+// instead.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef SERVICES_HPROGRESSBAR_H
 #define SERVICES_HPROGRESSBAR_H
@@ -17,13 +18,14 @@ public:
     explicit HProgressBar(QWidget* parent = nullptr);
 
     void setActivity(QString text);
-    // The activity with the percentage in parentheses, or only one of the two if the other is missing.
+    // Returns the activity, and the percentage in parentheses. If one of the two is missing, returns only the
+    // other.
     QString text() const override;
     // Also removes the activity.
     void reset();
 
 Q_SIGNALS:
-    // The pointer rests on the bar at this position, in the bar's coordinates.
+    // Emitted when the bar must show a tool tip. The position is in the bar's coordinates.
     void toolTip(const QPoint& pos);
 
 protected:

@@ -50,7 +50,8 @@ void EntryList::appendMessage(Kind kind, unsigned int level, const QString& mess
 
 void EntryList::emitAppended()
 {
-    // Nobody can see a window any more, and the graphical thread no longer returns to its event loop.
+    // An unattended program has no visible windows, and its graphical thread no longer returns to its event
+    // loop.
     if (!Unattended::is()) {
         Q_EMIT appended();
     }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The log of the whole run: every message of the package back end, one entry for each line.
+// The log of the whole run. It contains every message of the package back end, with one entry for each line.
 //
-// The back end owns its EntryList. Worker threads append to it and the graphical thread reads it, both under
-// the list's own mutex.
+// The back end owns its EntryList. Worker threads append entries and the graphical thread reads them. Both
+// lock the list, which is also a mutex.
 
 #ifndef SERVICES_LOG_H
 #define SERVICES_LOG_H
@@ -20,14 +20,15 @@ enum Kind : quint32 {
     OK = 1,
     Warning = 2,
     Error = 3,
-    Action = 4 // a heading that opens a phase
+    Action = 4 // a heading at the start of a phase
 };
 
-// The message with the passwords in its URLs hidden. Messages of failed downloads contain URLs, so every
-// place that shows such a message calls it. Any thread.
+// Hides the passwords in the URLs of a message. Messages about failed downloads contain URLs, so all code
+// that shows these messages must call this function. Any thread may call it.
 QString withoutPasswords(QString message);
 
-// One line of plain text, without a line feed. Level 0 is the most important; higher levels are details.
+// One line of plain text, without a line feed. Entries of level 0 are the most important; entries of higher
+// levels are details.
 struct Entry
 {
     Entry(Kind entryKind, unsigned int entryLevel, QString entryText);
@@ -38,7 +39,8 @@ struct Entry
 };
 
 // A writer locks the list, appends one entry for each line of the message, unlocks the list and then calls
-// emitAppended(). A reader holds the lock while it indexes the list. Entries are never changed or removed.
+// emitAppended(). A reader holds the lock while it indexes the list. Entries never change and are never
+// removed.
 class EntryList : public QObject, public QList<Entry>, public QMutex
 {
     Q_OBJECT
@@ -46,11 +48,12 @@ class EntryList : public QObject, public QList<Entry>, public QMutex
 public:
     EntryList() = default;
 
-    // Appends a message, one entry for each of its lines that is not empty, and notifies the readers.
-    // Passwords in URLs are hidden. Any thread; the caller must not hold the lock of the list.
+    // Appends one entry for each line of the message that is not empty, without passwords in URLs, and
+    // notifies the readers. Any thread may call it, but the caller must not hold the lock of the list.
     void appendMessage(Kind kind, unsigned int level, const QString& message);
 
-    // Notifies the readers of new entries. Any thread; the caller must not hold the lock of the list.
+    // Notifies the readers of new entries. Any thread may call it, but the caller must not hold the lock of
+    // the list.
     void emitAppended();
 
 Q_SIGNALS:

@@ -42,7 +42,7 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     textEdit->setLineWrapMode(QTextEdit::NoWrap);
     textEdit->setWordWrapMode(QTextOption::NoWrap);
     textEdit->setTabChangesFocus(true);
-    // By default, rich text joins a run of blanks into one.
+    // By default, rich text shows several blanks as one.
     textEdit->document()->setDefaultStyleSheet(QLatin1String("font { white-space: pre; }"));
 
     levelSpinBox->setRange(0, maxLevel);
@@ -96,13 +96,13 @@ void Window::setVisible(bool visible)
             QMutexLocker locker(&entries);
             connect(&entries, SIGNAL(appended()), this, SLOT(appended()));
         }
-        // Renders the entries that came between the rendering above and the connection.
+        // This call renders the entries that arrived after the rendering above but before the connection.
         appended();
         scrollToEnd();
     }
     QWidget::setVisible(visible);
     if (visible && !wasVisible) {
-        // The window is laid out when it is first shown, and this changes the range of the scroll bar.
+        // The first show lays the window out, which changes the range of the scroll bar.
         scrollToEnd();
     }
     if (!visible && wasVisible) {
@@ -122,7 +122,7 @@ void Window::appended()
         return;
     }
     if (painting) {
-        // A writer that is faster than the painting would nest these passes without end.
+        // This prevents unlimited recursion if the writer is faster than the painting.
         askedAgain = true;
         return;
     }
@@ -149,7 +149,7 @@ void Window::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && open) {
-        // The colours of the rendered text were chosen for another background.
+        // The colours of the rendered text fit the former background.
         levelChanged(levelSpinBox->value());
     }
 }
@@ -172,8 +172,8 @@ bool Window::render()
         return false;
     }
 
-    // One edit block lays the document out once instead of once for each line. Meanwhile the view cannot
-    // follow the end of the text by itself.
+    // With one edit block, the document is laid out once instead of once for each line. During the block, the
+    // view does not follow the end of the text.
     QScrollBar* scrollBar = textEdit->verticalScrollBar();
     const bool atEnd = scrollBar->value() >= scrollBar->maximum();
     const unsigned int threshold = static_cast<unsigned int>(levelSpinBox->value());

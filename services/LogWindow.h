@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The window that shows the log: the entries up to a detail level that the user chooses, coloured by kind.
+// The window that shows the log. It shows the entries up to the level that the user chooses, coloured by
+// kind.
 //
-// Graphical thread. The main window makes it on the first request and keeps it until the end of the run.
-// While it is hidden, it is disconnected from the log and holds no text.
+// It lives on the graphical thread. The main window creates it on the first request and keeps it until the
+// program ends. While the window is hidden, it is disconnected from the log and contains no text.
 
 #ifndef SERVICES_LOGWINDOW_H
 #define SERVICES_LOGWINDOW_H
@@ -22,17 +23,18 @@ class Window : public QWidget
     Q_OBJECT
 
 public:
-    // A top-level window: the main window is stored, but is not its parent. The list and the main window are
-    // not owned. The list must outlive this window.
+    // Creates a top-level window. The main window is stored, but is not the parent. This window owns neither
+    // the list nor the main window. The list must outlive this window.
     Window(EntryList& entries, QWidget* mainWindow);
 
-    // Escapes a line in place for use as rich text. White space keeps its width; ampersands are not escaped.
+    // Escapes a line in place for use as rich text. White space keeps its width. Ampersands are not escaped.
     static void htmlProtect(QString& line);
 
 public Q_SLOTS:
-    // Showing renders the whole log and scrolls to its newest line; hiding drops the text.
+    // When the window becomes visible, it renders the whole log and scrolls to the newest line. When it is
+    // hidden, it deletes the text.
     void setVisible(bool visible) override;
-    // Renders the entries that are new since the last call, and paints them at once.
+    // Renders the new entries since the last call, and paints them immediately.
     void appended();
     // Renders the whole log again at the new level.
     void levelChanged(int level);
@@ -42,7 +44,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    // Renders the entries from index "shown" on. Returns false if no such entry exists.
+    // Renders the entries from index "shown" to the end. Returns false if there are no new entries.
     bool render();
     QString readable(const QString& color) const;
     QString toHtml(const Entry& entry) const;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int blockSize = 64 << 10;
 
-// The pump rests this long after each block while the reader is far behind.
+// After each block, the pump waits for this time while too many bytes wait for the reader.
 constexpr int restMilliseconds = 20;
 
 } // namespace
@@ -39,8 +39,8 @@ bool OutputPump::start(Channel (&channels)[channelCount])
         ways[i].channel.to.reset(channels[i].to.release());
     }
 
-    // Signals are blocked from the first instruction of the thread on: SIGPIPE from a write into a pipe
-    // without a reader must not end the program.
+    // The new thread inherits the blocked signals. Otherwise a write into a pipe without a reader would raise
+    // SIGPIPE and end the program.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -71,7 +71,8 @@ void OutputPump::stop()
     }
 }
 
-// Reads at most the bytes that are available now. Otherwise a writer without pauses would keep the pump here.
+// Reads only the bytes that are available at the start. Otherwise a writer without pauses would keep the pump
+// in this function.
 void OutputPump::fill(Way& way)
 {
     int count = 0;
@@ -105,7 +106,7 @@ void OutputPump::drain(Way& way)
     if (put > 0) {
         way.done += static_cast<int>(put);
     } else if (put < 0 && errno != EAGAIN && errno != EINTR) {
-        // The reader is gone. The output is dropped, so that the writers can go on.
+        // The reader has closed its pipe. The output is dropped, so that the writers can continue.
         way.done = way.waiting.size();
     }
     if (countWaiting(way) == 0) {
@@ -138,7 +139,7 @@ void OutputPump::run()
         }
         polled[Wake] = {stopping ? -1 : wakeRead.get(), POLLIN, 0};
         if (poll(polled, Wake + 1, -1) < 0) {
-            continue; // signals are blocked here, so memory is short
+            continue; // only a lack of memory can be the cause, because signals are blocked
         }
         for (int i = 0; i < channelCount; ++i) {
             if (polled[2 * i + 1].revents != 0) {

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Moves the output from the writers' pipes to the reader's pipes, so that no writer has to wait for the
-// reader.
+// Moves output from the writers' pipes to the reader's pipes, so that no writer must wait for the reader.
 //
-// While output is captured, descriptors 1 and 2 are pipes that the graphical thread reads. A library that
-// writes to one of them on that same thread would wait for ever if the pipe is full. The pump is between the
-// writers and the reader, and keeps the unread output in memory.
+// While output is captured, descriptors 1 and 2 are pipes that the graphical thread reads. If a library
+// writes to a full pipe on the graphical thread, that thread would wait for ever for itself. Therefore the
+// pump is between the writers and the reader, and stores the unread output in memory.
 //
-// The worker thread that captures the output makes and stops the pump. The pump works on a thread of its own,
+// The worker thread that captures the output creates and stops the pump. The pump runs on its own thread,
 // which receives no signals.
 
 #ifndef SERVICES_OUTPUTPUMP_H
@@ -22,14 +21,16 @@
 class OutputPump
 {
 public:
-    // If more bytes than this wait for the reader, the pump slows the writers down. It never stops them.
+    // If more than this number of bytes wait for the reader, the pump slows the writers down. It never stops
+    // them.
     static constexpr int fullBuffer = 1 << 20;
-    // The largest number of bytes that wait for the reader. Further output is dropped, and a line reports it.
+    // The maximum number of bytes that wait for the reader. The pump drops any output beyond this limit and
+    // inserts a line that reports the gap.
     static constexpr int mostBytes = 256 << 20;
 
     static constexpr int channelCount = 2;
 
-    // One way through the pump: it reads from one descriptor and writes to the other.
+    // One channel of the pump: the pump reads from one descriptor and writes to the other.
     struct Channel
     {
         FileDescriptor from;
@@ -44,17 +45,17 @@ public:
     // Takes over the four descriptors, which must be non-blocking. Returns false if resources are missing;
     // the channels are then unchanged.
     bool start(Channel (&channels)[channelCount]);
-    // Returns when all output that was written before the call has reached the reader's end. Meanwhile the
-    // reader must read or close its end.
+    // Waits until all output that was written before the call is in the reader's pipes. Meanwhile the reader
+    // must read from its pipes or close them.
     void stop();
 
 private:
     struct Way
     {
         Channel channel;
-        QByteArray waiting; // already read; the bytes from "done" on are still to be written
+        QByteArray waiting; // the output that has been read; the bytes before "done" have been written
         int done = 0;
-        bool ended = false;   // no more input comes, or no more output is wanted
+        bool ended = false;   // the input has ended
         bool leftOut = false; // output was dropped since the buffer became full
     };
 

@@ -20,7 +20,7 @@ namespace Progress {
 
 namespace {
 
-// At least this many milliseconds lie between two reports, and between two passes over the events.
+// Two reports are more than this number of milliseconds apart, and so are two rounds of event processing.
 const qint64 minInterval = 9;
 
 const quint32 maxCompleteRows = 20;
@@ -30,7 +30,7 @@ const QColor retryingColour(255, 140, 0, 255);
 const QColor inProgressColour(255, 255, 0, 255);
 const QColor completeColour(144, 238, 144, 255);
 
-// False for a timer that was never started.
+// Returns false for a timer that was never started.
 bool intervalOver(const QElapsedTimer& timer)
 {
     return timer.isValid() && timer.elapsed() > minInterval;
@@ -409,7 +409,8 @@ void Object::setItemActsThreadValue(unsigned int index, Steps value)
         oldValue = state[index].value;
         state[index].value = value;
     });
-    // The item value was limited to the item's maximum, so it can be less than this thread's part of it.
+    // setItemValue() limits the item value to the item's maximum. Therefore the item value can be less than
+    // this download's value.
     setItemValue(subtract(itemValue + value, oldValue));
 }
 
@@ -441,8 +442,8 @@ void Object::endItemActsThreads()
 
 void Object::setItemValue(Steps value)
 {
-    // A final value that comes too soon is not reported separately. The bars reach it with the next item, the
-    // end of the acts or the reset.
+    // If the final value comes too soon after the last report, it is not reported separately. The next item,
+    // the end of the acts or the reset then updates the bars.
     itemValue = std::min(value, itemMax);
     totalValue = itemStart + itemShare(itemValue);
     if (intervalOver(itemTimer)) {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Progress of a back-end operation on two bars: the total bar shows the whole operation, the item bar its
-// current step.
+// Shows the progress of a back-end operation on two bars. The total bar shows the whole operation, and the
+// item bar shows the current step.
 //
-// Object is the operation's side. It lives on the thread that runs the operation, does the arithmetic and
-// limits how often it reports. Minion is the bars' side: it lives on the graphical thread and sets the bars.
-// Queued signals connect the two, so the operation never waits. User provides an Object for the length of one
+// Object belongs to the operation. It lives on the thread that runs the operation, calculates the values and
+// limits the number of reports. Minion belongs to the bars. It lives on the graphical thread and sets the
+// bars. Queued signals connect the two objects, so the operation never waits. User creates an Object for one
 // operation.
 
 #ifndef SERVICES_PROGRESS_H
@@ -35,17 +35,17 @@ struct ThreadState
     enum : quint32 { NotStarted = 0, Retrying = 1, InProgress = 2, Complete = 3 };
 
     QString name;
-    quint64 value = 0; // weighted bytes done
-    quint64 max = 1;   // expected size; 1: unknown
+    quint64 value = 0; // the weight of the loaded bytes
+    quint64 max = 1;   // the expected size; 1 if it is unknown
     quint32 state = NotStarted;
 };
 
-// The states of all parallel downloads; a value type.
+// The states of all parallel downloads. Objects can be copied.
 class ThreadsState
 {
 public:
     ThreadsState();
-    // None of them is started, all sizes are unknown.
+    // No download is started, and all sizes are unknown.
     explicit ThreadsState(quint32 count);
     ThreadsState(const ThreadsState& other);
     ThreadsState& operator=(const ThreadsState& other);
@@ -60,18 +60,18 @@ private:
     std::unique_ptr<ThreadState[]> threads;
 };
 
-// The current state of the downloads, which an Object and its Minion share. At most one report is on its way
-// to the Minion. When it arrives, the Minion fetches the changes that came meanwhile.
+// The current state of the downloads, which an Object and its Minion share. At most one report to the Minion
+// is pending. When it arrives, the Minion also fetches later changes.
 struct Downloads
 {
     QMutex mutex; // guards the other members
     ThreadsState state;
-    bool reported = false; // a report is on its way
-    bool changed = false;  // the state has changed since that report
+    bool reported = false; // a report to the Minion is pending
+    bool changed = false;  // the state has changed since the pending report
 };
 
-// Graphical thread. Its Object makes it; it is deleted on the graphical thread after its last slot has run.
-// Owns nothing.
+// It lives on the graphical thread. Its Object creates it. The graphical thread deletes it after its last
+// slot has run. It does not own the bars.
 class Minion : public QObject
 {
     Q_OBJECT
@@ -91,15 +91,16 @@ public Q_SLOTS:
     void setTotalValue(Steps total);
     void updateThreadsState(const ThreadsState& state);
     void reset();
-    // Shows the state of the downloads, if any. The position is in the item bar's coordinates.
+    // Shows the states of the downloads in a tool tip, if any downloads are running. The position is in the
+    // item bar's coordinates.
     void itemProgressToolTip(const QPoint& pos);
 
 private:
     static void setupTip(GeneralTip* tip, void* minion);
     static QLabel* makeLabel(const QString& text, const QColor& colour);
 
-    // A bar counts in int, but steps are often bytes and may exceed its range. All numbers of a bar are
-    // shifted right until its maximum fits.
+    // Converts steps to the int values of a bar. Steps are often bytes and may exceed the range of int.
+    // Therefore all values of a bar are shifted right until its maximum fits.
     class Scale
     {
     public:
@@ -120,11 +121,11 @@ private:
     std::shared_ptr<Downloads> downloads;
 };
 
-// Lives on the thread that runs the operation, which alone uses it.
+// Lives on the thread that runs the operation. Only that thread uses it.
 //
-// The total bar runs from 0 to the maximum of startTotal(). Each item covers the next stretch of the total,
-// and has its own range on the item bar. A stretch may be divided into acts. Each item then covers some of
-// the acts.
+// The total bar runs from 0 to the maximum of startTotal(). Each item covers the next part of the total bar,
+// and has its own range on the item bar. A part of the total may be divided into acts. Each item then covers
+// some of these acts.
 class Object : public QObject
 {
     Q_OBJECT
@@ -132,27 +133,28 @@ class Object : public QObject
 public:
     // The bars are not owned and must outlive the operation.
     Object(HProgressBar* totalBar, HProgressBar* itemBar);
-    // Leaves the bars idle.
+    // Resets the bars.
     ~Object() override;
 
     void startTotal(QString text, Steps max);
     void changeTotal(Steps max);
 
-    // Covers the next "steps" of the total. "itemMax" is the item's own range; with 0, any value fills it.
+    // Starts an item that covers the next "steps" of the total bar. "itemMax" is the item's maximum; if it is
+    // 0, any value fills the item.
     void startItem(QString text, Steps steps, Steps itemMax);
     void changeItemActivity(QString text);
 
-    // Divides the next "steps" of the total evenly among "acts".
+    // Divides the next "steps" of the total bar into "acts" equal parts.
     void setupItemActs(Steps steps, Steps acts);
     void changeItemActs(Steps acts);
-    // Starts an item that covers the acts from the last one reached up to number "uptoAct".
+    // Starts an item that covers the acts from the end of the previous item up to act "uptoAct".
     void startItemAct(QString text, Steps itemMax, Steps uptoAct);
     void changeItemActSteps(Steps value, Steps max);
-    // Goes to the end of all acts.
+    // Sets the total bar to the end of all acts.
     void endItemActs();
 
-    // Starts an item for parallel downloads. Its value is the sum of their values. The functions below ignore
-    // an index that is not less than "threads".
+    // Starts an item for parallel downloads. The item's value is the sum of the downloads' values. The
+    // functions that follow ignore an index if it is not less than "threads".
     void setupItemActsThreads(QString text, Steps actsFrom, Steps uptoAct, unsigned int threads,
                               Steps itemMax);
     void startItemActThread(QString name, unsigned int index, Steps max);
@@ -161,10 +163,9 @@ public:
     void retryItemActThread(unsigned int index);
     void endItemActsThreads();
 
-    // Values that come within 10 ms of the last report are stored, but not reported.
+    // A value within 10 ms of the last report is stored, but not reported.
     void setItemValue(Steps value);
-    // Values that come within 10 ms of the last report are dropped, except the first one that equals the
-    // maximum.
+    // A value within 10 ms of the last report is ignored, except the first value that equals the maximum.
     void setTotalValue(Steps value);
     void reset();
 
@@ -183,13 +184,13 @@ Q_SIGNALS:
     void resetSig();
 
 private:
-    // The part of the total that corresponds to a value of the item.
+    // Returns the steps of the total bar that correspond to a value of the item.
     Steps itemShare(Steps value) const;
-    // Changes the downloads, and reports them unless a report is already on its way.
+    // Changes the states of the downloads, and reports them unless a report is already pending.
     void changeThreads(const std::function<void(ThreadsState& state)>& change);
-    // The part of the total that this number of acts covers.
+    // Returns the steps of the total bar for this number of acts.
     Steps actsShare(Steps acts) const;
-    // Keeps the display responsive while the graphical thread itself runs an operation.
+    // Processes events, so that the windows stay painted if the graphical thread runs the operation.
     void updateGui();
 
     Minion* minion;
@@ -208,10 +209,10 @@ private:
     Steps actsDone;
     Steps threadsActsFrom;
     Steps threadsActsCount;
-    std::shared_ptr<Downloads> downloads; // only this thread changes it
+    std::shared_ptr<Downloads> downloads; // only the operation's thread changes it
 };
 
-// Sets the slot to an Object for the length of a scope, and resets it to null at the end.
+// Sets the slot to a new Object for a scope, and resets the slot to null at the end of the scope.
 class User
 {
 public:

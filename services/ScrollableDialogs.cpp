@@ -31,7 +31,7 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
     QVBoxLayout* layout = new QVBoxLayout(dialog);
     QHBoxLayout* topRow = new QHBoxLayout();
     layout->addLayout(topRow);
-    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // level with the first line of the text
+    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // beside the first line of the text
     topRow->addWidget(scrollArea);
 
     QHBoxLayout* buttonRow = new QHBoxLayout();
@@ -45,8 +45,8 @@ QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QSt
     }
     buttonRow->addStretch(1);
 
-    // By default a window asks for at most two thirds of the screen, and would cut lines that fit on the
-    // screen.
+    // By default, a window has at most two thirds of the screen's size. Lines that fit on the screen would
+    // then be cut.
     dialog->ensurePolished();
     dialog->resize(dialog->sizeHint().boundedTo(Metrics::maxWindowSize()));
     return buttons;

@@ -2,16 +2,16 @@
 
 // Modal dialogs for texts that can be very long: an icon and a text that scrolls inside the dialog.
 //
-// Graphical thread; owned by the code that runs them, and by their Qt parent. The text is plain text, never
-// markup, and can be selected and copied.
+// They live on the graphical thread. The code that runs a dialog owns it, and so does its Qt parent. The text
+// is plain text, never markup. The user can select and copy it.
 
 #ifndef SERVICES_SCROLLABLEDIALOGS_H
 #define SERVICES_SCROLLABLEDIALOGS_H
 
 #include <QDialog>
 
-// A question. The first button accepts it; the second button or closing the dialog rejects it. The Enter key
-// accepts it, unless the rejection is the default.
+// A question. The first button accepts. The second button rejects, and so does closing the dialog. The Enter
+// key accepts, unless the rejection is the default.
 class ScrollableConfirmDialog : public QDialog
 {
     Q_OBJECT

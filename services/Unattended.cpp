@@ -20,7 +20,7 @@ namespace {
 std::atomic<bool> unattended(false);
 std::atomic<bool> everything(false);
 std::atomic<void (*)(const QString&)> reporter(nullptr);
-std::mutex mutex; // guards the list, and the moment when the flag changes
+std::mutex mutex; // guards the list, and the change of the flag
 std::vector<Waiter*> waiters;
 
 } // namespace
@@ -71,7 +71,7 @@ void report(const QString& text)
     } else {
         qWarning("%s", bytes.constData());
     }
-    // syslog() uses the program's name as identity.
+    // syslog() adds the program's name to the text.
     syslog(LOG_USER | LOG_WARNING, "%s", bytes.constData());
 }
 

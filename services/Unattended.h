@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Whether a user is present to see windows and to answer questions. When the display is lost, or a signal
-// asks the program to end, the program becomes unattended, and stays so.
+// Stores whether a user can see windows and answer questions. When the display is lost, or a signal asks the
+// program to end, the program becomes unattended and remains unattended.
 //
-// State of the process; any thread, unless a comment says otherwise.
+// The state belongs to the whole process. Any thread may call these functions, unless a comment says
+// otherwise.
 
 #ifndef SERVICES_UNATTENDED_H
 #define SERVICES_UNATTENDED_H
@@ -16,7 +17,7 @@ namespace Unattended {
 class Waiter
 {
 public:
-    // Called once, on the thread that calls begin(). The waiter holds none of its locks.
+    // Called once, on the thread that calls begin(). No lock of this namespace is held during the call.
     virtual void giveUpWaiting() = 0;
 
 protected:
@@ -25,21 +26,22 @@ protected:
 
 bool is();
 
-// From now on is() returns true, and all waiters give up. Graphical thread. If the display is lost, report
-// everything that is logged; if a signal has asked the program to end, report only faults.
+// Makes the program unattended: from now on is() returns true, and all waiters give up. Only the graphical
+// thread may call it. If the display is lost, everything that is logged must be reported. If a signal has
+// asked the program to end, only errors and warnings must be reported.
 enum class Reported { Everything, Faults };
 void begin(Reported what = Reported::Everything);
 
 // Returns whether everything that is logged must be reported.
 bool reportsEverything();
 
-// Registers a waiter until remove() is called. Returns false, and does not register it, if the program is
-// already unattended.
+// Registers a waiter until remove() is called. If the program is already unattended, returns false without
+// registering the waiter.
 bool add(Waiter* waiter);
 void remove(Waiter* waiter);
 
-// Sends a text that no window can show to the system's log and to the program's messages. The messages go
-// through the function that reportThrough() sets, which is called on any thread.
+// Writes a text that no window can show to the system's log and to the program's messages. reportThrough()
+// sets the function that writes the messages. That function must work on any thread.
 void report(const QString& text);
 void reportThrough(void (*function)(const QString& text));
 

@@ -19,7 +19,8 @@
 
 namespace {
 
-// A duplicate that no child process inherits, with a number above the standard descriptors.
+// Returns a duplicate of the descriptor that no child process inherits. Its number is above the standard
+// descriptors.
 int saveDescriptor(int fd)
 {
     return fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -39,14 +40,15 @@ void addFlag(int fd, int flag)
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | flag);
 }
 
-// Text in the buffers of the C library must reach the descriptors to which it was written.
+// The text in the C library's buffers must go to the descriptors that were valid when it was written.
 void flushStreams()
 {
     fflush(stdout);
     fflush(stderr);
 }
 
-// Reads only the bytes that are available now. Otherwise a writer without pauses would keep the reader here.
+// Reads only the bytes that are available at the start. Otherwise a writer without pauses would keep the
+// reader in this function.
 QByteArray readWaiting(const FileDescriptor& fd)
 {
     int waiting = 0;
@@ -58,7 +60,7 @@ QByteArray readWaiting(const FileDescriptor& fd)
     return file.read(waiting);
 }
 
-// All existing objects. Workers make them, the graphical thread deletes them.
+// All existing objects. Workers create them, and the graphical thread deletes them.
 std::mutex minionsMutex;
 std::vector<YumIOCapturersMinion*> minions;
 
@@ -92,15 +94,16 @@ void YumIOCapturersMinion::serveAll()
     }
     for (YumIOCapturersMinion* minion : all) {
         if (minion->thread() != QThread::currentThread()) {
-            continue; // its worker has not finished its construction
+            continue; // the worker has not finished the construction of this object
         }
-        // Runs initialize() and finalize(), as the worker has asked. Only this thread deletes the object.
+        // This call runs initialize() and finalize() if the worker has requested them. The object stays
+        // valid, because only this thread deletes it.
         QCoreApplication::sendPostedEvents(minion, QEvent::MetaCall);
         minion->readStdout();
         minion->readStderr();
         if (minion->finalizing) {
-            // This thread is already inside finalize(), below the receiver that processed events, and does
-            // not return there.
+            // This thread is already inside finalize(): the receiver has processed events there, and that has
+            // led here. finalize() cannot continue, so this call does its remaining work.
             minion->endFinalizing();
         }
     }
@@ -135,7 +138,7 @@ void YumIOCapturersMinion::finalize()
 {
     finalizing = true;
     if (active) {
-        // The notifiers are disabled too: a pipe without a writer is always readable.
+        // The notifiers must also be disabled, because a pipe without a writer is always readable.
         for (QSocketNotifier* notifier : {stdoutNotifier.get(), stderrNotifier.get()}) {
             notifier->setEnabled(false);
             disconnect(notifier, nullptr, this, nullptr);
@@ -156,8 +159,8 @@ void YumIOCapturersMinion::endFinalizing()
     finished.release();
 }
 
-// The receiver may process events, and meanwhile this object may be finalized and deleted. Therefore no
-// member is used after the text has been handed over.
+// The receiver may process events, during which this object may be finalized and deleted. Therefore this
+// function uses no member after it has called the receiver.
 void YumIOCapturersMinion::readStdout()
 {
     const QString text = stdoutDecoder.toUnicode(readWaiting(stdoutFd));
@@ -195,13 +198,13 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     }
 
     flushStreams();
-    // A descriptor without a saved duplicate could not be restored, so it is not redirected.
+    // Without saved duplicates, the descriptors could not be restored, so they are not redirected.
     if (savedStdout.isOpen() && savedStderr.isOpen()) {
         stdoutRedirected = replaceDescriptor(stdoutPipe.writeEnd.get(), STDOUT_FILENO);
         stderrRedirected = stdoutRedirected && replaceDescriptor(stderrPipe.writeEnd.get(), STDERR_FILENO);
     }
     if (!stderrRedirected) {
-        // The pipe has no reader: a write that does not fit must fail instead of waiting.
+        // The pipe has no reader. A write into a full pipe must fail instead of waiting for ever.
         addFlag(stdoutPipe.writeEnd.get(), O_NONBLOCK);
         receiver->error(tr("Unable to dup2 pipe to capture rpm transaction output"));
         return;
@@ -215,8 +218,8 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     minion->activate();
 }
 
-// Afterwards the read ends of the two pipes are the pump's outputs. If the resources for a pump are missing,
-// the pipes themselves are read.
+// Starts a pump behind the two pipes. After that, readEnd of each pipe is the output of the pump. If the
+// resources for a pump are missing, the minion reads the pipes directly.
 void YumIOCapturers::startPump()
 {
     Pipe behind[OutputPump::channelCount];
@@ -248,7 +251,7 @@ YumIOCapturers::~YumIOCapturers()
     flushStreams();
     if (!restore(savedStdout, STDOUT_FILENO, stdoutRedirected) ||
         !restore(savedStderr, STDERR_FILENO, stderrRedirected)) {
-        (void)pump.release(); // descriptors that are still redirected need the pump for the rest of the run
+        (void)pump.release(); // the redirected descriptors need the pump until the program ends
         return;
     }
     stdoutPipe.writeEnd.close();
@@ -265,7 +268,7 @@ YumIOCapturers::~YumIOCapturers()
 bool YumIOCapturers::restore(const FileDescriptor& saved, int fd, bool redirected)
 {
     if (redirected && !replaceDescriptor(saved.get(), fd)) {
-        // The same text for both descriptors.
+        // The text is the same for both descriptors.
         receiver->error(tr("Unable to dup2 to restore stderr"));
         return false;
     }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Sends the output of the process, and of the programs that it starts, to the back end for the length of an
-// operation. Standard output and standard error are captured.
+// Captures standard output and standard error during an operation, and sends the text to the back end. This
+// includes the output of programs that this process starts.
 //
-// YumIOCapturers is made and destroyed on the worker thread, and redirects descriptors 1 and 2 into pipes.
+// YumIOCapturers redirects descriptors 1 and 2 into pipes. The worker thread creates and destroys it.
 // YumIOCapturersMinion lives on the graphical thread and reads the output that an OutputPump moves out of
 // these pipes. YumIOCapturersUser installs a YumIOCapturers for one operation.
 
@@ -22,8 +22,8 @@
 #include "services/FileDescriptor.h"
 #include "services/OutputPump.h"
 
-// The worker makes it and switches it on and off. Its slots run on the graphical thread, which also deletes
-// it.
+// The worker creates this object, and activates and deactivates it. Its slots run on the graphical thread,
+// which also deletes it.
 class YumIOCapturersMinion : public QObject
 {
     Q_OBJECT
@@ -34,15 +34,15 @@ public:
     // Reads the remaining output. The worker does not wait for it.
     ~YumIOCapturersMinion() override;
 
-    // Does the work of every such object without an event loop: reads the available output, and stops
-    // watching where the worker has asked for it. The graphical thread calls it if it does not return to its
-    // event loop.
+    // Does the work of all objects without an event loop: it reads the available output, and deactivates each
+    // object whose worker has asked for this. The graphical thread calls this function while it does not
+    // return to its event loop.
     static void serveAll();
 
     // Starts watching the pipes. Does not wait.
     void activate();
     // Stops watching the pipes, and waits until their contents have been read. The graphical thread must not
-    // call it, because it would wait for itself.
+    // call this function, because it would wait for itself.
     void deactivate();
 
 public Q_SLOTS:
@@ -56,13 +56,13 @@ private:
 
     CapturedOutput* receiver;
     bool active;
-    bool finalizing; // the worker waits for the end of finalize()
+    bool finalizing; // finalize() runs, and the worker waits for its end
     FileDescriptor stdoutFd;
     FileDescriptor stderrFd;
     std::unique_ptr<QSocketNotifier> stdoutNotifier;
     std::unique_ptr<QSocketNotifier> stderrNotifier;
     QSemaphore finished;
-    // A multi-byte character can be split between two reads.
+    // The decoders keep their state, because two reads can split a multi-byte character.
     QTextDecoder stdoutDecoder;
     QTextDecoder stderrDecoder;
 };
@@ -72,10 +72,10 @@ class YumIOCapturers : public QObject
     Q_OBJECT
 
 public:
-    // A failure is reported to the receiver. The operation then runs without capture.
+    // Reports a failure to the receiver. The operation then runs without capture.
     explicit YumIOCapturers(CapturedOutput* textReceiver);
-    // Restores the descriptors, and returns when all output has reached the receiver. A failure to restore
-    // one is reported. The pipes then stay watched.
+    // Restores the descriptors, and returns when all output has reached the receiver. If a descriptor cannot
+    // be restored, this is reported, and the pipes remain watched.
     ~YumIOCapturers() override;
 
 private:
@@ -88,7 +88,7 @@ private:
     };
 
     void startPump();
-    // Restores a saved descriptor, if it had been replaced. A failure is reported, and returns false.
+    // Restores a saved descriptor if it was redirected. On failure, reports this and returns false.
     bool restore(const FileDescriptor& saved, int fd, bool redirected);
 
     YumIOCapturersMinion* minion;
@@ -102,8 +102,8 @@ private:
     bool stderrRedirected;
 };
 
-// Sets the slot to a YumIOCapturers for the length of a scope, then restores its former value. Scopes nest.
-// The graphical thread must not use it.
+// Sets the slot to a YumIOCapturers for a scope, then restores the former value of the slot. Scopes can be
+// nested. The graphical thread must not use this class.
 class YumIOCapturersUser
 {
 public:

@@ -46,8 +46,8 @@ void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
     Q_EMIT setResult(0);
 }
 
-// Corresponds to QMessageBox::warning() and critical() with three button texts. Those functions interpret a
-// text that looks like markup, but these texts come from packages and failures.
+// Does the same as QMessageBox::warning() and critical() with three button texts, but without markup. Those
+// functions would interpret markup in the text, which comes from packages and failures.
 int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, const QString& text,
                                 const QStringList& buttonTexts, int defaultButtonNumber,
                                 int escapeButtonNumber)
@@ -64,8 +64,8 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
     box.setDefaultButton(buttons.value(defaultButtonNumber));
     box.setEscapeButton(buttons.value(escapeButtonNumber));
     const int number = box.exec();
-    // If the end of the program closes the box, no button was clicked, and the first button must not count as
-    // the answer.
+    // If the end of the program closes the box, no button was clicked. The result is then the safe answer,
+    // not button 0.
     return box.clickedButton() != nullptr ? number : escapeButtonNumber;
 }
 
@@ -152,7 +152,7 @@ void YumIODialogs::setResult(int answer)
 
 void YumIODialogs::waitForResult()
 {
-    // On the graphical thread the dialog has already run inside the signal.
+    // On the graphical thread, the dialog has already run while the signal was emitted.
     if (!haveResult) {
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
@@ -160,7 +160,7 @@ void YumIODialogs::waitForResult()
 
 void YumIODialogs::giveUpWaiting()
 {
-    // Queued, because the answer must come from the event loop of the waiting thread.
+    // The call is queued, because the event loop of the waiting thread must deliver the answer.
     QMetaObject::invokeMethod(this, "setResult", Qt::QueuedConnection, Q_ARG(int, safeResult));
 }
 

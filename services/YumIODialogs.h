@@ -2,9 +2,9 @@
 
 // Lets a worker thread ask the user a question and wait for the answer.
 //
-// YumIODialogs lives on the thread that asks, and waits for the answer in an event loop of that thread.
-// YumIODialogsMinion lives on the graphical thread and runs the dialogs. YumIODialogsUser installs a
-// YumIODialogs of the worker for the length of one operation.
+// YumIODialogs lives on the thread that asks the question, and waits for the answer in an event loop of that
+// thread. YumIODialogsMinion lives on the graphical thread and runs the dialogs. YumIODialogsUser creates a
+// YumIODialogs on the worker for one operation.
 
 #ifndef SERVICES_YUMIODIALOGS_H
 #define SERVICES_YUMIODIALOGS_H
@@ -16,7 +16,7 @@
 
 #include "services/Unattended.h"
 
-// Graphical thread; its YumIODialogs makes it and has it deleted there later.
+// It lives on the graphical thread. Its YumIODialogs creates it; the graphical thread deletes it later.
 class YumIODialogsMinion : public QObject
 {
     Q_OBJECT
@@ -47,9 +47,9 @@ private:
     QWidget* parentWidget;
 };
 
-// Only the thread that made it uses it; one request at a time. On the graphical thread the dialog runs inside
-// the request. While the program is unattended, no dialog is shown. Each request then returns the safe answer
-// at once: rejected, or the escape button.
+// Only the thread that created it may use it, with one request at a time. On the graphical thread, the dialog
+// runs inside the request. While the program is unattended, no dialog is shown. Each request then immediately
+// returns the safe answer, which is the rejection or the escape button.
 class YumIODialogs : public QObject, private Unattended::Waiter
 {
     Q_OBJECT
@@ -59,13 +59,14 @@ public:
     explicit YumIODialogs(QWidget* parent);
     ~YumIODialogs() override;
 
-    // Returns 1 if the user accepts, 0 if the user rejects or closes the dialog. The Enter key accepts,
+    // Returns 1 if the user accepts, and 0 if the user rejects or closes the dialog. The Enter key accepts,
     // unless the rejection is the default.
     int confirm(const QString& caption, const QString& text, const QString& acceptText,
                 const QString& rejectText, bool rejectIsDefault = false);
-    // Returns the number of the pressed button. A button without a text is omitted, except that button 0 is
-    // then "OK". With -1 as the number of the escape button there is none, unless there is only one button.
-    // The number of the escape button is also the answer if the program ends before the user gives one.
+    // Both functions return the number of the pressed button. A button without a text is omitted, but button
+    // 0 without a text is "OK". If the number of the escape button is -1, the box has no escape button,
+    // unless it has only one button. The number of the escape button is also the answer if the program ends
+    // first.
     int warning(const QString& caption, const QString& text, const QString& button0Text,
                 const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                 int escapeButtonNumber);
@@ -90,7 +91,7 @@ Q_SIGNALS:
     void scrollableSig(const QString& caption, const QString& text);
 
 private:
-    // Sends the request and waits for its answer. Returns "safe" if nobody can answer.
+    // Sends the request and waits for the answer. Returns "safe" if no user can answer.
     template <typename Request> int ask(int safe, const Request& request);
     void waitForResult();
     void giveUpWaiting() override;
@@ -99,10 +100,11 @@ private:
     QEventLoop loop;
     bool haveResult;
     int result;
-    int safeResult; // the safe answer of the waiting request
+    int safeResult; // the safe answer to the current request
 };
 
-// Sets the slot to a YumIODialogs for the length of a scope, then restores its former value. Scopes nest.
+// Sets the slot to a YumIODialogs for a scope, then restores the former value of the slot. Scopes can be
+// nested.
 class YumIODialogsUser
 {
 public:
