@@ -79,7 +79,8 @@ void closeDescriptors()
         return;
     }
 #endif
-    // For older systems. The limit may be 1,000,000,000, far more than the open descriptors.
+    // Older systems lack close_range(). The limit for descriptors may be 1,000,000,000, so only a part of
+    // this range is closed.
     rlimit limit{};
     const rlim_t most = 65536;
     const rlim_t end = getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min(limit.rlim_cur, most) : most;
@@ -91,7 +92,7 @@ void closeDescriptors()
 [[noreturn]] void runChild(char* const* argv)
 {
     restoreOutput();
-    setsid(); // signals of keys in our terminal must not reach the program
+    setsid(); // key presses in our terminal must not send signals to the program
     const pid_t grandchild = fork();
     if (grandchild < 0) {
         report("second fork() failed; errno = %u (%s)\n", nullptr, errno);
@@ -117,7 +118,7 @@ void Execute::keepOutput()
 
 void Execute::execute(QWidget* parent, char* const* argv)
 {
-    // No signal handler of this process may run in a child.
+    // No signal handler of this process may run in the child.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Keeps line breaks out of a line edit whose text becomes one line of a configuration file. Pasted text often
-// ends with a line break.
+// Removes line breaks from a line edit, because its text becomes one line of a configuration file. Pasted
+// text often ends with a line break.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_ONELINEVALIDATOR_H
 #define REPO_ONELINEVALIDATOR_H
@@ -17,11 +17,11 @@ class OneLineValidator : public QValidator
 public:
     explicit OneLineValidator(QObject* parent = nullptr) : QValidator(parent) {}
 
-    // Removes line breaks at the end and replaces all others by blanks. A line break before a blank or a tab
-    // stays, because a configuration file can hold it.
+    // Removes line breaks at the end, and replaces other line breaks by blanks. A line break before a blank
+    // or a tab stays, because a configuration file can contain it.
     static QString oneLine(QString text);
 
-    // Corrects the input, and accepts every input.
+    // Corrects the input. The result is always Acceptable.
     State validate(QString& input, int& position) const override;
 };
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The common base of the two masking edits. The visible edit shows a text with masked passwords. A hidden
-// edit of the same kind beside it holds the real text and does the editing. The screen, the clipboard and
-// assistive programs get the masked text only.
+// edit of the same kind contains the real text and performs the editing. The screen, the clipboard and
+// assistive programs get only the masked text.
 //
-// Graphical thread. A base class: Edit is the type of the visible edit, Inner the type of the hidden one.
-// Owns the hidden edit, which has the same parent, font and geometry.
+// It lives on the graphical thread. Edit, its base class, is the type of the visible edit. Inner is the type
+// of the hidden edit. It owns the hidden edit, which has the same parent, font and geometry.
 
 #ifndef REPO_PASSWDEDIT_H
 #define REPO_PASSWDEDIT_H
@@ -27,12 +27,12 @@ template <typename Edit, typename Inner> class PasswdEdit : public Edit
 public:
     ~PasswdEdit() override
     {
-        // A parent may have destroyed it already, during its own destruction.
+        // A parent may already have destroyed the hidden edit; the pointer is then null.
         delete inner;
     }
 
 protected:
-    // The arguments after the parent go to the constructor of Edit.
+    // The constructor of Edit receives the arguments after the parent.
     template <typename... Arguments>
     explicit PasswdEdit(QWidget* parent, Arguments... arguments)
         : Edit(arguments..., parent), inner(new Inner(parent)), showing(false)
@@ -46,7 +46,7 @@ protected:
         inner->setGeometry(this->geometry());
     }
 
-    // The real text, with one character for each cursor position.
+    // Returns the real text, with one character for each cursor position.
     QString real() const { return PasswdInner::text(inner); }
 
     void showText()
@@ -58,8 +58,8 @@ protected:
         }
     }
 
-    // Subclasses call this after each change of the visible text. Anyone who sets that text, for example an
-    // assistive program, means the real text.
+    // Subclasses call this function after each change of the visible text. If other code sets the visible
+    // text, for example an assistive program, the real text must change.
     void applyVisibleText()
     {
         if (showing) {
@@ -73,7 +73,7 @@ protected:
         }
     }
 
-    // applyVisibleSelection() gives the cursor and the selection of the user to the hidden edit;
+    // applyVisibleSelection() copies the cursor and the selection from the visible edit to the hidden edit.
     // showRealSelection() copies them back.
     void applyVisibleSelection()
     {
@@ -81,7 +81,7 @@ protected:
         const PasswdInner::Selection own = PasswdInner::selection(this);
         const PasswdInner::Selection wanted{PasswdInner::characterBoundary(text, own.anchor),
                                             PasswdInner::characterBoundary(text, own.position)};
-        // A needless move would split one undo step in two.
+        // An unnecessary move of the cursor would split one undo step into two.
         if (PasswdInner::selection(inner) != wanted) {
             PasswdInner::separateUndo(inner);
             PasswdInner::select(inner, wanted);
@@ -89,7 +89,8 @@ protected:
     }
     void showRealSelection() { PasswdInner::select(this, PasswdInner::selection(inner)); }
 
-    // Only the masking edits get the real text from it. The caller owns the result.
+    // Returns the selected text for the clipboard, owned by the caller. Only the masking edits can read its
+    // real text.
     QMimeData* makeMimeData() const
     {
         const PasswdInner::Selection own = PasswdInner::selection(this);
@@ -110,7 +111,7 @@ protected:
             showRealSelection();
         }
     }
-    // Replaces the selection, as an undo step of its own.
+    // Replaces the selection by the text, as a separate undo step.
     void insertReal(const QString& text)
     {
         PasswdInner::separateUndo(inner);
@@ -120,9 +121,9 @@ protected:
         showRealSelection();
     }
 
-    // True if the key removes more than one character. This function then selects the part to remove in the
-    // visible edit, because the masked text determines it. If the key also copies, the clipboard gets the
-    // masked text.
+    // Returns true if the key removes more than one character. It then selects the part to remove in the
+    // visible edit, because the word boundaries of the masked text are used. If the key also copies, the
+    // function copies the masked text to the clipboard.
     virtual bool selectForRemoval(QKeyEvent* event)
     {
         const bool hasSelection = PasswdInner::selection(this).length() > 0;
@@ -180,7 +181,7 @@ protected:
         applyVisibleSelection();
     }
 
-    // The visible edit shows the composition; the hidden edit gets its result.
+    // The visible edit shows the composed text. The hidden edit receives the final text.
     void inputMethodEvent(QInputMethodEvent* event) override
     {
         if (!event->commitString().isEmpty() || event->replacementLength() > 0 ||
@@ -241,7 +242,7 @@ private:
         return QChar(this->style()->styleHint(QStyle::SH_LineEdit_PasswordCharacter, nullptr, this));
     }
 
-    QString shown; // the masked form of the real text, from showText()
+    QString shown; // the masked text that showText() has set
     bool showing;
 };
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The parts of the two masking edits: the hidden widgets with the real texts, and the transfer of text
-// between masking edits.
+// Parts of the two masking edits: the hidden widgets that contain the real texts, and the clipboard data that
+// transfers text between masking edits.
 //
-// Graphical thread. The masking edits own the hidden widgets.
+// All parts live on the graphical thread. The masking edits own the hidden widgets.
 
 #ifndef REPO_PASSWDINNER_H
 #define REPO_PASSWDINNER_H
@@ -16,8 +16,8 @@
 
 class QKeyEvent;
 
-// The hidden widgets make public the functions that their masking edits need. Assistive programs do not get
-// their texts.
+// The hidden widgets publish the event functions that their masking edits call. Assistive programs cannot
+// read the texts of the hidden widgets.
 class PasswdInnerLineEdit : public QLineEdit
 {
     Q_OBJECT
@@ -42,8 +42,8 @@ public:
     using QTextEdit::keyReleaseEvent;
 };
 
-// A part of a text with passwords on the clipboard. Every program sees the masked text; only the masking
-// edits of this process get the real text.
+// A part of a text with passwords, for the clipboard. All programs see the masked text. Only the masking
+// edits of this process can read the real text.
 class PasswdMimeData : public QMimeData
 {
     Q_OBJECT
@@ -51,7 +51,7 @@ class PasswdMimeData : public QMimeData
 public:
     PasswdMimeData(const QString& masked, const QString& real);
 
-    // The real text if the source has one, else the plain text.
+    // Returns the real text if the source has one. Otherwise returns the plain text.
     static QString realText(const QMimeData* source);
 
 private:
@@ -60,13 +60,13 @@ private:
 
 namespace PasswdInner {
 
-// True for keys that move the cursor or the selection without a change of the text.
+// Returns true if the key moves the cursor or changes the selection, without changing the text.
 bool movesCursor(const QKeyEvent* event);
-// The nearest position that is not between the two halves of one character.
+// Returns the nearest position that is not between the two halves of a surrogate pair.
 int characterBoundary(const QString& text, int position);
 
-// The range to replace in one text, and the number of characters from the other text, to make both texts
-// equal.
+// The difference between two texts: the range to remove from the first text, and the number of characters of
+// the second text that replace it.
 struct Difference
 {
     Difference(const QString& from, const QString& to);
@@ -90,15 +90,15 @@ struct Selection
     int position;
 };
 
-// --- The same functions for both kinds of edits, visible and hidden.
+// --- Functions for line edits and text edits, both visible and hidden.
 
-// The text with one character for each cursor position.
+// Returns the text, with one character for each cursor position.
 QString text(const QLineEdit* edit);
 QString text(const QTextEdit* edit);
 // Replaces the visible text. The user cannot undo this.
 void show(QLineEdit* edit, const QString& text);
 void show(QTextEdit* edit, const QString& text);
-// Applies the difference; `text` is the whole new text.
+// Replaces the different part of the text. `text` is the whole new text.
 void replace(QLineEdit* edit, const Difference& difference, const QString& text);
 void replace(QTextEdit* edit, const Difference& difference, const QString& text);
 

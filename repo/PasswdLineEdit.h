@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A line edit that shows a text with its passwords masked; text() is the masked text.
+// A line edit that masks the passwords in its text. text() returns the masked text.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_PASSWDLINEEDIT_H
 #define REPO_PASSWDLINEEDIT_H
@@ -14,15 +14,15 @@ class PasswdLineEdit : public PasswdEdit<QLineEdit, PasswdInnerLineEdit>
     Q_OBJECT
 
 public:
-    // Masks the passwords in URLs. The first capture of the expression is a password too, if the whole text
-    // matches.
+    // Masks the passwords in URLs. If the whole text matches the expression, the first capture is also a
+    // password.
     explicit PasswdLineEdit(const QRegExp& mask, QWidget* parent = nullptr);
 
     void setRealText(const QString& text);
     QString realText() const;
 
 Q_SIGNALS:
-    // Also emitted when the masked text stays the same.
+    // Emitted after each change of the real text, even if the masked text stays the same.
     void realTextChanged(const QString& real);
 
 protected:

@@ -93,7 +93,8 @@ bool PasswdMask::hides(const QString& text, int position) const
     if (wholeText.isEmpty() && everywhere.isEmpty()) {
         return false;
     }
-    // An expression does not find the position of an empty password, so this inserts a character.
+    // An expression does not find the position of an empty password. Therefore this function inserts a
+    // character.
     const QChar inserted = QLatin1Char('x');
     const QChar character = QLatin1Char('*');
     return mask(QString(text).insert(position, inserted), character).at(position) == character;

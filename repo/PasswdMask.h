@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Hides the passwords in a text. One password character replaces each of their characters, so positions are
-// the same in the masked and in the real text.
+// Hides the passwords in a text. A password character replaces each character of a password. Therefore
+// positions in the masked text and in the real text are the same.
 //
-// Graphical thread; a plain value. It caches the last masked text.
+// Only the graphical thread uses it. Objects can be copied. It caches the last masked text.
 
 #ifndef REPO_PASSWDMASK_H
 #define REPO_PASSWDMASK_H
@@ -18,20 +18,20 @@
 class PasswdMask
 {
 public:
-    // Hides every password that Credentials finds in a text of this kind.
+    // Creates a mask that hides every password that Credentials finds in a text of this kind.
     explicit PasswdMask(Credentials::Text kind = Credentials::Text::Urls);
 
-    // Further texts to hide: the first capture of each expression is a password. The expressions of
-    // Repo::Vantor match only passwords that Credentials also finds, so they are not tried.
+    // Both functions add an expression whose first capture is also hidden. They ignore the expressions of
+    // Repo::Vantor, because Credentials already finds the passwords that these match.
     void hideInWholeText(const QRegExp& expression); // if the whole text matches
     void hideEverywhere(const QRegExp& expression);  // in every match within the text
 
     QString masked(const QString& text, QChar passwordCharacter) const;
-    // True if text inserted at this position becomes a part of a password.
+    // Returns true if a text that is inserted at this position becomes a part of a password.
     bool hides(const QString& text, int position) const;
 
 private:
-    // The passwords that the expressions capture.
+    // Returns the passwords that the expressions capture.
     QVector<Credentials::Place> captured(const QString& text) const;
     QString mask(const QString& text, QChar passwordCharacter) const;
     void forget();

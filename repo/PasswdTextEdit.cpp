@@ -25,7 +25,7 @@ PasswdTextEdit::PasswdTextEdit(const PasswdMask& initialMask, int columnCount, i
 {
     mask = initialMask;
     setAcceptRichText(false);
-    // The hidden edit does the undo and redo.
+    // The hidden edit performs undo and redo.
     setUndoRedoEnabled(false);
     connect(inner, SIGNAL(textChanged()), this, SLOT(handleInnerTextChanged()));
     connect(this, SIGNAL(textChanged()), this, SLOT(handleOwnTextChanged()));
@@ -65,7 +65,7 @@ void PasswdTextEdit::insertFromMimeData(const QMimeData* source)
 
 void PasswdTextEdit::mousePressEvent(QMouseEvent* event)
 {
-    // A press on the selection would start to drag it.
+    // Without this code, a press on the selection would start a drag.
     const QTextCursor pressed = cursorForPosition(event->pos());
     const QTextCursor cursor = textCursor();
     if (event->button() == Qt::LeftButton && !(event->modifiers() & Qt::ShiftModifier) &&

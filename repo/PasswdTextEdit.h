@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A text edit that shows a text with its passwords masked; toPlainText() is the masked text.
+// A text edit that masks the passwords in its text. toPlainText() returns the masked text.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef REPO_PASSWDTEXTEDIT_H
 #define REPO_PASSWDTEXTEDIT_H
@@ -15,17 +15,17 @@ class PasswdTextEdit : public PasswdEdit<HTextEdit, PasswdInnerTextEdit>
     Q_OBJECT
 
 public:
-    // Masks the passwords in URLs. In each match of the expression, its first capture is a password too.
+    // Masks the passwords in URLs. In each match of the expression, the first capture is also a password.
     explicit PasswdTextEdit(const QRegExp& mask, QWidget* parent = nullptr);
     PasswdTextEdit(const QRegExp& mask, int columnCount, int rowCount, QWidget* parent = nullptr);
-    // For a text that does not consist of URLs.
+    // Masks the passwords in a text of another kind.
     PasswdTextEdit(Credentials::Text kind, int columnCount, int rowCount, QWidget* parent = nullptr);
 
     void setRealPlainText(const QString& text);
     QString realPlainText() const;
 
 Q_SIGNALS:
-    // Also emitted when the masked text stays the same.
+    // Emitted after each change of the real text, even if the masked text stays the same.
     void realTextChanged();
 
 protected:

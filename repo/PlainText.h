@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The exact text of a document, without replaced characters.
+// Reads the exact text of a document.
 //
-// Graphical thread; no state.
+// Only the graphical thread uses it. It has no state.
 
 #ifndef REPO_PLAINTEXT_H
 #define REPO_PLAINTEXT_H
@@ -13,9 +13,9 @@ class QTextDocument;
 
 namespace PlainText {
 
-// The text with one character for each position in the document, and line feeds between the paragraphs.
-// QTextDocument::toPlainText() replaces no-break spaces; this function keeps them. In files that are read
-// byte by byte, a no-break space is one byte of a longer character.
+// Returns the text with one character for each position in the document, and with line feeds between the
+// paragraphs. QTextDocument::toPlainText() replaces no-break spaces, but this function keeps them.
+// Configuration files are read as Latin-1, so a no-break space may be one byte of a longer character.
 QString exact(const QTextDocument* document);
 
 } // namespace PlainText

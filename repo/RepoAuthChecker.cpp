@@ -13,7 +13,7 @@ namespace RepoAuth {
 
 namespace {
 
-// False if the repository has no fields for credentials.
+// Returns false if the repository has no fields for credentials.
 bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 {
     QString nameKey;
@@ -26,7 +26,7 @@ bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(false)
 {
     if (!yumConfIO->read(parent)) {
-        // Writing would remove the files that were not read.
+        // A write would remove the files that were not read.
         return;
     }
     bool hasAuthForAll = false;
@@ -85,7 +85,8 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
     }
 }
 
-// If other programs have changed the files and the user agrees, reads these again and writes again.
+// Writes the credentials to the files. If other programs have changed the files and the user agrees, reads
+// the files and writes again.
 void Checker::write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, Auth>& given)
 {
     while (!yumConfIO->write(parent) && yumConfIO->readAgainWanted && yumConfIO->read(parent)) {
@@ -101,11 +102,12 @@ void Checker::write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, 
 
 Checker::~Checker()
 {
-    // The parent may be gone, and the dialog with it.
+    // The parent may have been deleted, and the dialog with it.
     delete dialog;
 }
 
-// A repository counts as one host: that of its URLs, or else that of its mirror list.
+// Returns the host of a repository: the host in its URLs. If these have no host, returns the host in its
+// mirror list URL.
 QString Checker::hostOf(const Repo::Entry& entry)
 {
     const QString host = URL::getHost(entry.baseurl);

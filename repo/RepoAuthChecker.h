@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Finds the repositories in use whose URLs have empty fields for credentials, and asks the user for these
-// credentials.
+// Finds the used repositories with empty credentials in their URLs, and asks the user for these credentials.
 //
-// Graphical thread. An object lives for one check; the constructor runs it.
+// It lives on the graphical thread. An object exists for one check, which the constructor runs.
 
 #ifndef REPO_REPOAUTHCHECKER_H
 #define REPO_REPOAUTHCHECKER_H
@@ -40,14 +39,14 @@ public:
     Checker& operator=(const Checker&) = delete;
 
     bool quit;    // the user wants the program to end
-    bool changed; // credentials were entered
+    bool changed; // the user has entered credentials
 
 private:
     static QString hostOf(const Repo::Entry& entry);
     static void write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, Auth>& given);
     static void replace(Repo::Entry& entry, const Auth& auth);
 
-    QPointer<Dialog> dialog; // null until first needed
+    QPointer<Dialog> dialog; // null before the first question
 };
 
 } // namespace RepoAuth

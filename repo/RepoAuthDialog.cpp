@@ -53,7 +53,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
     heading->setAlignment(Qt::AlignCenter);
     layout->addWidget(heading);
 
-    // A repository may have many and long URLs.
+    // A repository may have many URLs, or long URLs.
     area = new HScrollArea(90, 12, this);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
@@ -106,7 +106,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
 void Dialog::addButton(QBoxLayout* row, const QString& text, const char* slot)
 {
     auto* button = new QPushButton(text, this);
-    // In some styles a long text touches the border of the button.
+    // In some styles, a long text touches the border of the button.
     button->setMinimumWidth(button->sizeHint().width() + 2 * button->fontMetrics().averageCharWidth());
     connect(button, SIGNAL(clicked()), this, slot);
     row->addWidget(button);
@@ -171,7 +171,7 @@ int Dialog::exec(Repo::Entry* asked)
     setResult(SkipAll);
     show();
     loop.exec();
-    entry = nullptr; // also if the program ends meanwhile
+    entry = nullptr; // even if the program ends during the question
     return result();
 }
 

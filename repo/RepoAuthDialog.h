@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Asks the user for the credentials of one repository after another.
+// The window that asks the user for the credentials of one repository after another.
 //
-// Graphical thread; the checker owns it.
+// It lives on the graphical thread; the checker owns it.
 
 #ifndef REPO_REPOAUTHDIALOG_H
 #define REPO_REPOAUTHDIALOG_H
@@ -36,8 +36,9 @@ public:
     explicit Dialog(QWidget* parent);
 
     using QDialog::exec;
-    // Shows the repository, waits for a button and returns its result. After OK, ApplyAll and ApplyHost the
-    // entry contains the credentials. The window stays open for the next repository.
+    // Shows the repository, waits until the user presses a button, and returns the decision. After OK,
+    // ApplyAll and ApplyHost, the entry contains the credentials. The window stays open for the next
+    // repository.
     int exec(Repo::Entry* asked);
     // Has no effect while the dialog does not ask about a repository.
     void done(int result) override;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Opens the location of a repository in the web browser of the user.
+// Opens the location of a repository in the user's web browser.
 //
-// Graphical thread; no state.
+// Only the graphical thread uses it. It has no state.
 
 #ifndef REPO_REPOBROWSE_H
 #define REPO_REPOBROWSE_H
@@ -23,19 +23,19 @@ class RepoBrowse
     Q_DECLARE_TR_FUNCTIONS(RepoBrowse)
 
 public:
-    // Opens the first URL of the repository, or its mirror list URL if it has no other. Variables of the
-    // package manager are replaced by their values, and credentials are removed. If the repository has no URL
-    // at all, a message over `parent` reports this.
+    // Opens the first URL of the repository, or the mirror list URL if the repository has no other URL.
+    // Replaces the package manager's variables by their values, and removes credentials. If the repository
+    // has no URL at all, a message over `parent` reports this.
     static void browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO);
-    // Opens the first repository with the identifier. If no repository has it, a message over `parent`
-    // reports this.
+    // Opens the first repository with this identifier. If no repository has this identifier, a message over
+    // `parent` reports the problem.
     static void browse(QWidget* parent, QString id, YumIO* yumIO, YumConfIO* yumConfIO);
 
-    // The first repository with the identifier; null if no repository has it or the list is null. The pointer
-    // is valid until the list changes.
+    // Returns the first repository with this identifier, or null if no repository has this identifier. The
+    // result is also null if `yumConfIO` is null. The pointer is valid until the list changes.
     static const Repo::Entry* find(const QString& id, const YumConfIO* yumConfIO);
-    // Reports over `parent` that no repository has the identifier: the configuration has lost it since the
-    // program collected the packages.
+    // Reports over `parent` that the identifier is unknown: the configuration has lost the repository since
+    // the program collected the packages.
     static void reportUnknown(QWidget* parent, const QString& id);
 };
 

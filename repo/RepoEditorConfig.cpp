@@ -30,11 +30,11 @@ namespace RepoEditor {
 
 namespace {
 
-// Adds a label before its field; both have the same tool tip.
+// Adds a field with a label before it. Both have the same tool tip.
 QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QWidget* field,
                  const QString& toolTip)
 {
-    auto* label = new PlainLabel(text); // some of the texts come from a URL
+    auto* label = new PlainLabel(text); // some labels show texts from a URL
     label->setToolTip(Literal::toolTip(toolTip));
     field->setToolTip(Literal::toolTip(toolTip));
     field->setAccessibleName(text);
@@ -44,7 +44,7 @@ QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QW
     return label;
 }
 
-// Values may be longer than the default maximum of a line edit, which would cut them off.
+// Creates a line edit with a larger maximum length, because the default maximum would truncate long values.
 QLineEdit* makeLineEdit(QWidget* parent)
 {
     auto* edit = new QLineEdit(parent);
@@ -151,7 +151,8 @@ QWidget* Config::createSimpleOptions(QWidget* parent)
     grid->setContentsMargins(0, 0, 0, 0);
     const auto makeBox = [area]() {
         auto* box = new QComboBox(area);
-        // In the order of the values of Qt::CheckState. setDefaults() adds the meaning to the middle one.
+        // The items are in the order of the values of Qt::CheckState. setDefaults() adds the default value to
+        // the second item.
         box->addItems({tr("No"), tr("Default"), tr("Yes")});
         box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         return box;
@@ -283,9 +284,9 @@ void Config::setFieldsEnabled(bool enabled)
 
 QString Config::refusal(const Repo::Entry& entry)
 {
-    // The package manager expands variables in identifiers, and then ignores a repository with any other
-    // character in its identifier. A closing bracket inside an identifier makes it reject the whole file. It
-    // reads bytes beyond ASCII as other characters.
+    // The package manager expands variables in identifiers. Then it ignores a repository if the identifier
+    // contains any other character. If an identifier contains a closing bracket, it rejects the whole file.
+    // It reads bytes beyond ASCII as other characters.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&
@@ -300,7 +301,7 @@ QString Config::refusal(const Repo::Entry& entry)
     if (entry.options.startsWith(QLatin1Char('[')) || entry.options.contains(QLatin1String("\n["))) {
         return tr("Other Options have a line that begins with a bracket");
     }
-    // Such a text would continue the line before the options.
+    // With white space at its beginning, this text would continue the line before the options.
     if (entry.options.startsWith(QLatin1Char(' ')) || entry.options.startsWith(QLatin1Char('\t'))) {
         return tr("Other Options begin with a blank");
     }

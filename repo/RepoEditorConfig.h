@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The form for one repository: its fields, and the logic that keeps the fields consistent. The credentials in
-// the URLs have their own fields, which only show and edit these parts of the URLs.
+// The form for one repository. It creates the fields and keeps them consistent. The credentials in the URLs
+// have separate fields, which show and edit only these parts of the URLs.
 //
-// Graphical thread; a child of the widget whose layout it fills.
+// It lives on the graphical thread. Its Qt parent is the widget whose layout it fills.
 
 #ifndef REPO_REPOEDITORCONFIG_H
 #define REPO_REPOEDITORCONFIG_H
@@ -30,20 +30,20 @@ class Config : public QObject
     Q_OBJECT
 
 public:
-    // Fills an empty layout, which already belongs to a widget.
+    // Fills an empty layout, which must already belong to a widget.
     explicit Config(QGridLayout* layout);
 
     void setEntry(const Repo::Entry& entry);
-    // The repository of the form. Some fields show a value in another form than the file. If the user has not
-    // changed such a field, the result has the original value.
+    // Returns the repository with the values of the fields. Some fields show a value in another form than the
+    // file. If the user has not changed such a field, the result has the original value.
     Repo::Entry toEntry() const;
-    // Shows the values of the [main] section, which apply to a repository without own values.
+    // Shows the values of the [main] section, which apply to a repository that lacks these values.
     void setDefaults(bool enabled, bool gpgcheck);
     // Empties and disables all fields until the next setEntry().
     void disable();
-    // Shows the first problem of the repository, if any; returns true if it has one.
+    // Shows the first problem of the repository in the label. Returns true if a problem exists.
     bool setStatus(YumConfIO* conf, HFrameLabel* label);
-    // False if a configuration file cannot represent the contents of the form as one repository.
+    // Returns false if a configuration file cannot represent the contents of the form as one repository.
     bool canBeWritten() const;
     void focusIdentifier();
 
@@ -66,11 +66,11 @@ private:
     QWidget* createFileInfo(QWidget* parent);
 
     Repo::Entry fieldsToEntry() const;
-    // The reason why the repository cannot be written; empty if it can.
+    // Returns the reason why the repository cannot be written, or an empty text if it can be written.
     static QString refusal(const Repo::Entry& entry);
-    // All fields except those of the credentials.
+    // Enables or disables all fields except the fields for the credentials.
     void setFieldsEnabled(bool enabled);
-    // Shows the credentials of the URLs in their fields. Returns true if the URLs are of a kind that contains
+    // Shows the credentials of the URLs in the fields for credentials. Returns true if the URLs contain such
     // credentials.
     bool showAuth(const Repo::Entry& entry);
     void setAuthLabels(const QString& nameKey, const QString& passwordKey);
@@ -91,7 +91,7 @@ private:
     QDoubleSpinBox* positionField;
 
     Repo::Entry given; // the argument of setEntry()
-    Repo::Entry shown; // the contents of the fields right after setEntry()
+    Repo::Entry shown; // the contents of the fields immediately after setEntry()
 };
 
 } // namespace RepoEditor

@@ -2,8 +2,8 @@
 
 // The window in which the user edits one repository.
 //
-// Graphical thread. The Qt parent owns the dialog and uses it for every repository. The repository itself
-// changes only when the user accepts.
+// It lives on the graphical thread. The Qt parent owns the dialog and uses it for every repository. The
+// repository changes only if the user accepts.
 
 #ifndef REPO_REPOEDITORCONFIGDIALOG_H
 #define REPO_REPOEDITORCONFIGDIALOG_H
@@ -30,8 +30,8 @@ public:
     // The configuration is not owned and must outlive the dialog.
     explicit ConfigDialog(YumConfIO* conf, QWidget* parent = nullptr);
 
-    // The repository for the next exec(); not owned, must outlive that call. OK without a change acts like
-    // Cancel, except for a copy, because the copy itself is new.
+    // Sets the repository for the next exec(). It is not owned and must outlive that call. Without a change,
+    // OK acts like Cancel. For a copy, OK always applies, because the copy itself is new.
     void setEntry(Repo::Entry* edited, bool isCopy = false);
 
     void updateStatusLabel();
@@ -50,9 +50,9 @@ private:
     Repo::Entry* entry; // null before the first setEntry()
     HFrameLabel* statusLabel;
     QPushButton* resetButton;
-    QPushButton* okButton; // disabled while the repository cannot be written
+    QPushButton* okButton; // disabled if the repository cannot be written
     bool hasChanged;
-    bool copied; // the repository is a copy that is not yet in the list of the editor
+    bool copied; // the repository is a copy that is not yet in the editor's list
 };
 
 } // namespace RepoEditor

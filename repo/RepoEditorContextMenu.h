@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The context menu of a repository in the table of the editor.
+// The context menu of a repository in the editor's table.
 //
-// Graphical thread; a child of the view.
+// It lives on the graphical thread; the view is its Qt parent.
 
 #ifndef REPO_REPOEDITORCONTEXTMENU_H
 #define REPO_REPOEDITORCONTEXTMENU_H
@@ -21,11 +21,12 @@ class ContextMenu : public QMenu
 public:
     ContextMenu(Model* repositories, QWidget* parentView);
 
-    // Runs the menu for a source index at a position on the screen. The index is invalid below the last row.
+    // Runs the menu at a position on the screen, for a source index. Below the last row, the index is
+    // invalid.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 Q_SIGNALS:
-    // Gives a valid source index.
+    // The source index is valid.
     void edit(QModelIndex sourceIndex);
 
 private Q_SLOTS:

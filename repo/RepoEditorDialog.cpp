@@ -69,7 +69,7 @@ QBoxLayout* Dialog::createEntryButtons()
         row, tr("Browse Repository"),
         tr("Browse the first URL specified for the selected repository using an external web browser"),
         SLOT(browse()));
-    // In some styles such a long text touches the border of the button.
+    // In some styles, a long text touches the border of the button.
     browseButton->setMinimumWidth(browseButton->sizeHint().width() +
                                   2 * Metrics::columnWidth(browseButton->fontMetrics()));
     row->addStretch(1);
@@ -93,8 +93,8 @@ QBoxLayout* Dialog::createDialogButtons()
 {
     auto* row = new QHBoxLayout;
     statusLabel = new HFrameLabel(this);
-    // Space for the longest text with an identifier of usual length. A longer identifier must not widen the
-    // window.
+    // The label has space for the longest text with an identifier of usual length. A longer identifier must
+    // not widen the window.
     statusLabel->setText(
         tr("Two or more repositories have the Identifier, %1").arg(QString(16, QLatin1Char('n'))));
     statusLabel->setMinimumWidth(statusLabel->sizeHint().width());
@@ -124,7 +124,7 @@ int Dialog::exec()
 {
     setModal(true);
     show();
-    // The base class would wait until a window closes that is not open.
+    // If the window did not open, the base class would wait for ever until it closes.
     return isVisible() ? HDialog::exec() : static_cast<int>(Rejected);
 }
 
@@ -244,11 +244,12 @@ void Dialog::remove()
     if (selected.isEmpty()) {
         return;
     }
-    // The button becomes disabled. Otherwise the next button gets the focus, and Enter would press it.
+    // The remove button becomes disabled. Without this call, the next button gets the focus, and the Enter
+    // key would press it.
     view->setFocus();
     view->setCurrentIndex(QModelIndex());
     QList<int> rows = selected.values();
-    // From the last row to the first, so that the numbers of the other rows stay valid.
+    // The last row is removed first, so that the numbers of the other rows stay valid.
     std::sort(rows.begin(), rows.end(), std::greater<int>());
     for (const int row : qAsConst(rows)) {
         model->removeRow(row);
@@ -263,7 +264,8 @@ void Dialog::resetAll()
     const int row = view->currentRow();
     const QString id = row != -1 ? yumConfIO->entries.at(row).id : QString();
     yumConfIO->sessionEnabled = sessionBackup;
-    // After a failure, whose message the user has already seen, the list shows the repositories read so far.
+    // If read() fails, the user has seen the message, and the list shows the repositories that were read
+    // before the error.
     readWhole = yumConfIO->read(this);
     model->reset();
     if (row != -1) {
@@ -283,14 +285,15 @@ void Dialog::cancel()
 bool Dialog::apply()
 {
     if (!readWhole) {
-        // Writing would remove the files that were not read. Reading again shows the error in these files.
+        // A write would remove the files that were not read. resetAll() reads the files again and shows the
+        // error.
         resetAll();
         return false;
     }
     const int rows = yumConfIO->entries.size();
     if (!yumConfIO->write(this)) {
         if (yumConfIO->entries.size() != rows) {
-            // Before the failure, the user has agreed to remove repositories.
+            // Before the failure, write() has removed repositories, because the user has agreed.
             model->reset();
             updateStatusLabel();
         }
@@ -303,7 +306,7 @@ bool Dialog::apply()
         readWhole = yumConfIO->read(this);
     }
     model->reset();
-    // Every written repository has an identifier, so this deselects the current one.
+    // Every written repository has an identifier, so this call clears the selection.
     setEntryToOldId(QString());
     setEntryHasChanged(false);
     setConfigHasChanged(false);
@@ -315,8 +318,8 @@ void Dialog::reject()
 {
     if (hasChanges()) {
         if (!sessionChanged && !applied) {
-            // A form has entered its repository in this table. No signal reports this change, so this undoes
-            // it.
+            // A form has added its repository to this table. No signal has reported this change, so it must
+            // be undone.
             yumConfIO->sessionEnabled = sessionBackup;
         }
         readWhole = yumConfIO->read(this);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The window that shows every configured repository. The user switches repositories on and off, edits their
-// configuration and writes it to the files.
+// The window that shows every configured repository. The user enables and disables repositories, edits their
+// configuration, and writes the configuration to the files.
 //
-// Graphical thread. The main window creates it on first use and owns it. It works on the one configuration of
-// the main window, and reads that again each time it opens.
+// It lives on the graphical thread. The main window creates it on first use and owns it. It edits the main
+// window's configuration, and reads this configuration again each time it opens.
 
 #ifndef REPO_REPOEDITORDIALOG_H
 #define REPO_REPOEDITORDIALOG_H
@@ -35,11 +35,12 @@ class Dialog : public HDialog
     Q_OBJECT
 
 public:
-    // The back end and the configuration are not owned; the configuration must outlive the dialog. If the
-    // configuration cannot be read, the error message appears over `parent`.
+    // The dialog owns neither the back end nor the configuration. The configuration must outlive the dialog.
+    // If the configuration cannot be read, the error message appears over `parent`.
     Dialog(YumIO* backEnd, YumConfIO* conf, QWidget* parent);
 
-    // Must be set before each exec(): if true, closing emits reposChanged() even without a change.
+    // Set this before each exec(). If it is true, the dialog emits reposChanged() when it closes, even
+    // without a change.
     bool reposChangedForced;
 
     // Does not open the window if the configuration cannot be read.
@@ -47,7 +48,7 @@ public:
     void setVisible(bool visible) override;
 
 Q_SIGNALS:
-    // The dialog has closed, and the use or the configuration of some repository has changed.
+    // Emitted when the dialog closes, if the use or the configuration of a repository has changed.
     void reposChanged();
 
 public Q_SLOTS:
@@ -65,8 +66,8 @@ public Q_SLOTS:
     void cancel();
     bool apply();
     void ok();
-    // Drops all changes that are not applied; Escape and the window frame do this too. Changes of the use in
-    // the session stay.
+    // Discards all changes that are not applied. The Escape key and the window frame also call this slot.
+    // Changes of the use in the session stay.
     void reject() override;
 
 private:
@@ -78,10 +79,10 @@ private:
     void editRow(int row);
     void addEntry(Repo::Entry entry, bool isCopy = false);
     bool hasEmptyId() const;
-    // The first identifier that occurs again later; empty if all are different.
+    // Returns the first identifier that more than one repository has, or an empty text.
     QString getDuplicateId() const;
     void updateStatusLabel();
-    // Selects the last repository with the identifier, if any.
+    // Selects the last repository with this identifier, if it exists.
     void setEntryToOldId(QString id);
     void setEntryHasChanged(bool has);
     void setConfigHasChanged(bool has);
@@ -104,10 +105,10 @@ private:
 
     QHash<QString, bool> sessionBackup; // the session enable table as it was when the dialog was shown
     bool readWhole;                     // the list contains the repositories of all files
-    bool sessionChanged;                // since the dialog was shown
+    bool sessionChanged;                // a use has changed since the dialog was shown
     bool entryHasChanged;               // some changes are not applied
     bool configHasChanged;              // some changes of the configuration are not applied
-    bool applied;                       // since the dialog was shown
+    bool applied;                       // changes were applied since the dialog was shown
 };
 
 } // namespace RepoEditor

@@ -43,7 +43,7 @@ QString headerToolTip(int column)
     }
 }
 
-// Nobody reads more characters, and a view needs much time to measure the width of a longer text.
+// A cell shows at most this number of characters, because a view needs much time to measure a longer text.
 constexpr int shownLetters = 1000;
 
 QString shown(const QString& text)
@@ -221,7 +221,7 @@ void Model::toggleEnabled(const QModelIndex& index)
 
 void Model::browse(const QModelIndex& index, QWidget* window)
 {
-    // The bound is the number of packages.
+    // The limit for the row is the number of packages.
     if (hasEntry(index) && yumIO && index.row() < yumIO->count()) {
         RepoBrowse::browse(window, yumConfIO->entries.at(index.row()), yumIO);
     }

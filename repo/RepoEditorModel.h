@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The repositories as a table of four columns. Row i shows entry i of the list of the configuration.
+// The repositories as a table of four columns. Row i shows entry i of the configuration's list.
 //
-// Graphical thread; owned by its Qt parent. It has no copy of the list: call reset() after each change of the
-// list that does not go through this model.
+// It lives on the graphical thread; its Qt parent owns it. It has no copy of the list: call reset() after
+// each change of the list that does not go through this model.
 
 #ifndef REPO_REPOEDITORMODEL_H
 #define REPO_REPOEDITORMODEL_H
@@ -31,29 +31,29 @@ class Model : public HAbstractTableModel
     Q_OBJECT
 
 public:
-    // Neither the back end nor the configuration is owned; the configuration must outlive the model.
+    // The model owns neither the back end nor the configuration. The configuration must outlive the model.
     Model(YumIO* backEnd, YumConfIO* conf, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    // If a repository is missing in the session enable table, this enters it there as not used.
+    // If a repository is missing in the session enable table, this function adds it as not used.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // True if the repository is used in the session or enabled, depending on the column.
+    // Returns true if the repository is used in the session or enabled, depending on the column.
     bool isTicked(const QModelIndex& index) const;
 
-    // The font of the view; the model shows new repositories in its italic form.
+    // Sets the font of the view. The model shows new repositories in the italic form of this font.
     void setViewFont(const QFont& font);
 
-    // Appends an entry; returns its row.
+    // Appends an entry and returns its row.
     int addRow(const Repo::Entry& entry);
-    // False if the row does not exist.
+    // Returns false if the row does not exist.
     bool removeRow(int row, const QModelIndex& parent = QModelIndex());
     void reset();
 
     using HAbstractTableModel::createIndex;
-    // The first column of the row.
+    // Returns the index of the first column in the row.
     QModelIndex createIndex(int row) const;
     using HAbstractTableModel::dataChanged;
     // Announces all columns of the row.
@@ -61,9 +61,10 @@ public:
 
     // Toggles the use of the repository in this session.
     void toggleUse(const QModelIndex& index);
-    // Toggles the value `enabled` of its configuration. The first call inverts the shown state.
+    // Toggles the value `enabled` in the configuration of the repository. If the section has no such value,
+    // the call inverts the default, which the table shows.
     void toggleEnabled(const QModelIndex& index);
-    // Opens the repository in the browser of the user; messages appear over `window`.
+    // Opens the repository in the user's web browser. Messages appear over `window`.
     void browse(const QModelIndex& index, QWidget* window);
 
 Q_SIGNALS:
@@ -71,7 +72,7 @@ Q_SIGNALS:
     void configChanged();
 
 private:
-    // False for rows that no longer exist; the view may ask for these.
+    // Returns false for a row that no longer exists, because the view may ask for such rows.
     bool hasEntry(const QModelIndex& index) const;
     bool isUsed(const Repo::Entry& entry) const;
     bool isEnabled(const Repo::Entry& entry) const;

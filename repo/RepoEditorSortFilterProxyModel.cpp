@@ -16,7 +16,8 @@ bool isDigit(QChar character)
     return (code >= '0' && code <= '9') || (code > 127 && character.category() == QChar::Number_DecimalDigit);
 }
 
-// The sequence of digits, or of other characters, from `position` on; moves `position` behind it.
+// Returns the sequence of digits, or of other characters, that begins at `position`. Moves `position` behind
+// this sequence.
 QStringRef readRun(const QString& text, int& position, bool digits)
 {
     const int begin = position;
@@ -26,7 +27,7 @@ QStringRef readRun(const QString& text, int& position, bool digits)
     return text.midRef(begin, position - begin);
 }
 
-// A number beyond the range becomes the largest number.
+// Converts digits to a number. A number beyond the range of the type becomes the largest number.
 quint64 toNumber(const QStringRef& digits)
 {
     quint64 number = 0;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Sorts the repositories. Identifiers and names have their natural order: repo9 comes before repo10.
+// Sorts the repositories. Identifiers and names are in natural order: repo9 comes before repo10.
 //
-// Graphical thread; owned by its Qt parent. The source model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The source model is not owned.
 
 #ifndef REPO_REPOEDITORSORTFILTERPROXYMODEL_H
 #define REPO_REPOEDITORSORTFILTERPROXYMODEL_H

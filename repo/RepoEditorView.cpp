@@ -31,7 +31,8 @@ View::View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSortIndicatorShown(true);
     header->setHighlightSections(false);
     header->setStretchLastSection(true);
-    // Otherwise a right click on the header reaches the view as a click on the row at the same height.
+    // Without this setting, a right click on the header reaches the view as a click on the row at the same
+    // height.
     header->setContextMenuPolicy(Qt::PreventContextMenu);
     setHorizontalHeader(header);
 
@@ -73,7 +74,7 @@ ContextMenu* View::getContextMenu()
 void View::reset()
 {
     HTableView::reset();
-    // After a reset no row is current, but the selection model does not signal it.
+    // After a reset no row is current, but the selection model emits no signal.
     if (announcedRow != -1) {
         const int previousRow = announcedRow;
         announcedRow = -1;
@@ -125,7 +126,7 @@ void View::keyPressEvent(QKeyEvent* event)
     HTableView::keyPressEvent(event);
 }
 
-// The base class makes the first row current on focus, but the view would not show that.
+// When the view gets the focus, the base class makes the first row current, but the view would not show this.
 void View::focusInEvent(QFocusEvent* event)
 {
     const bool hadCurrent = currentIndex().isValid();

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The table of repositories. A click on one of the two boxes switches it; a double click requests the form of
-// the repository.
+// The table of repositories. A click on one of the two check boxes toggles it. A double click requests the
+// form of the repository.
 //
-// Graphical thread; a child of the editor's dialog. Owns its context menu.
+// It lives on the graphical thread; the editor's dialog is its Qt parent. It owns its context menu.
 
 #ifndef REPO_REPOEDITORVIEW_H
 #define REPO_REPOEDITORVIEW_H
@@ -22,7 +22,7 @@ class View : public HTableView
     Q_OBJECT
 
 public:
-    // Neither model is owned; the proxy's source is the model.
+    // The view owns neither model. The model is the source of the proxy.
     View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
 
     // Source rows; -1 for none.
@@ -48,7 +48,7 @@ Q_SIGNALS:
     void activated(const QModelIndex& index);
 
 protected:
-    // In a column of boxes the space key is a click on the box.
+    // In a column of check boxes, the space key acts as a click on the box.
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
@@ -56,7 +56,7 @@ protected:
 private:
     Model* repositories;
     QSortFilterProxyModel* proxy;
-    ContextMenu* contextMenu; // null until first needed
+    ContextMenu* contextMenu; // null before the first use
     int announcedRow;
 };
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// One repository of the configuration of the package manager: the contents of one section of a configuration
-// file.
+// One repository in the package manager's configuration: the contents of one section of a configuration file.
 //
-// A plain value without a thread of its own. YumConfIO owns the list; the editors change it.
+// Objects can be copied and belong to no thread. YumConfIO owns the list of repositories, and the editors
+// change this list.
 
 #ifndef REPO_REPOENTRY_H
 #define REPO_REPOENTRY_H
@@ -14,25 +14,26 @@ namespace Repo {
 
 struct Entry
 {
-    // The section name between the brackets; empty only until a new repository gets a name.
+    // The section name between the brackets. It is empty only while a new repository has no identifier.
     QString id;
     QString name;
-    // One URL per line, the lines separated by a single line feed.
+    // One URL per line, with a single line feed between the lines.
     QString baseurl;
     QString mirrorlist;
-    // Values of Qt::CheckState; Qt::PartiallyChecked if the section has no such option.
+    // The next two members are values of Qt::CheckState. Qt::PartiallyChecked means that the section lacks
+    // the option.
     qint32 enabled = 1;
     qint32 gpgcheck = 1;
-    // Every other line of the section, verbatim and in order, each followed by a line feed.
+    // All other lines of the section, unchanged and in order. A line feed ends each line.
     QString options;
-    // The path of the file with the section; empty until a new repository gets a file.
+    // The path of the file with the section. It is empty while a new repository has no file.
     QString file;
-    // The order of the sections in one file: 1.0, 2.0, ... after reading. A fraction puts a section between
-    // two others.
+    // The order of the sections in one file. After reading, the values are 1.0, 2.0 and so on. A fraction
+    // puts a section between two other sections.
     double position = 0.0;
 };
 
-// True if both describe the same repository, even if their other fields differ.
+// Returns true if both describe the same repository, even if their other fields differ.
 bool operator==(const Entry& left, const Entry& right);
 bool operator!=(const Entry& left, const Entry& right);
 

@@ -58,7 +58,7 @@ struct Lines
     int withoutReturns = 0;
 };
 
-// The size in bytes of the longest repository section.
+// Returns the size of the longest repository section, in bytes.
 int largestSection(const QByteArray& text)
 {
     int largest = 0;
@@ -127,7 +127,7 @@ File File::read(const QString& path, const struct stat& status)
         file.state = Directory;
         file.failure = EISDIR;
     } else if (!S_ISREG(status.st_mode)) {
-        // For a device, even opening may have an effect.
+        // Even the call of open() may have an effect on a device.
         file.leaveAlone(tr("%1 is left alone: it is not a regular file.").arg(path));
     } else if (file.load(path)) {
         file.understand(path);
@@ -148,7 +148,7 @@ bool File::load(const QString& path)
         tr("%1 is left alone, and its repositories are not used: it is larger than %2 MB.")
             .arg(path, QString::number(repositoryFileLimit >> 20));
     const QString notRegular = tr("%1 is left alone: it is not a regular file.").arg(path);
-    // Another file may have got this name since the call of stat().
+    // Since the call of stat(), another file may have replaced this file.
     const FileDescriptor file(
         open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     if (!file.isOpen()) {
@@ -171,7 +171,7 @@ bool File::load(const QString& path)
         leaveAlone(tooLarge);
         return false;
     }
-    // The size is not reliable: files in /proc report none, and some files are endless.
+    // The reported size is not reliable. Files in /proc report the size 0, and some files are endless.
     for (;;) {
         const int filled = bytes.size();
         const int wanted = filled == 0 ? static_cast<int>(status.st_size) + 1 : 1 << 16;
@@ -207,8 +207,8 @@ void File::understand(const QString& path)
     state = Text;
     hasMark = bytes.startsWith(byteOrderMark);
     const Lines lines(hasMark ? bytes.mid(byteOrderMark.size()) : bytes);
-    // A text in UTF-16 contains null bytes. A text with carriage returns alone as line ends would be one
-    // line.
+    // A text in UTF-16 contains null bytes. If carriage returns were the only line ends, the whole text would
+    // be one line.
     if (bytes.contains('\0') || bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") ||
         (!lines.text.contains('\n') && lines.text.contains('\r'))) {
         leaveAlone(tr("%1 is left alone, and its repositories are not used: it is not a plain text file.")

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// One configuration file of the package manager with its contents on the disk, or the reason why VYRE leaves
-// it alone.
+// One configuration file of the package manager: its contents on the disk, or the reason why VYRE leaves the
+// file alone.
 //
-// A plain value, created on the graphical thread. Reading never blocks that thread, neither for a pipe nor
-// for an endless file.
+// The graphical thread creates objects, which can be copied. Reading never blocks that thread, even if the
+// file is a pipe or endless.
 
 #ifndef REPO_REPOFILE_H
 #define REPO_REPOFILE_H
@@ -19,12 +19,12 @@
 
 namespace Repo {
 
-// Device and inode number: equal for all paths that lead to the same file.
+// The device and inode numbers. They are equal for all paths that lead to the same file.
 using FileNumber = QPair<quint64, quint64>;
 FileNumber numberOf(const struct stat& status);
 
-// The path without links, ".", ".." and double slashes. For a missing file, only its directory is resolved.
-// If the directory is missing too, the path is returned unchanged.
+// Returns the path without links, ".", ".." and double slashes. If the file is missing, only the path of its
+// directory is resolved. If the directory is also missing, the path is returned unchanged.
 QString canonicalPath(const QString& path);
 
 class File
@@ -34,7 +34,7 @@ class File
 public:
     enum State {
         Text,       // a readable text file
-        LeftAlone,  // no source of configuration: `reason` says why
+        LeftAlone,  // not used as configuration; `reason` explains this
         Missing,    // the name does not exist
         Directory,  // a directory
         NoStatus,   // stat() failed with `failure`
@@ -43,16 +43,16 @@ public:
     };
 
     static File read(const QString& path);
-    // The same, if the result of stat() is already known.
+    // Reads the file; the caller has already called stat().
     static File read(const QString& path, const struct stat& status);
 
-    // The bytes of `text` in this file: with its line ends and its byte order mark. In `text`, line feeds end
-    // the lines.
+    // Converts a text with line feeds to bytes for this file, with the line ends and the byte order mark of
+    // the file.
     QByteArray encoded(const QString& text) const;
 
     State state = Missing;
     int failure = 0;
-    // A sentence for the user, which contains the name of the file.
+    // The explanation for the user, a sentence with the name of the file.
     QString reason;
     // The complete, unchanged contents of the file.
     QByteArray bytes;
@@ -62,8 +62,8 @@ public:
     bool isAscii = false;
     // Each line ends with a carriage return and a line feed.
     bool hasCarriageReturns = false;
-    // The file has no byte order mark, no bytes beyond ASCII and no carriage return at the end of a line.
-    // Reading and writing such a file changes no character.
+    // The file has no byte order mark, no bytes beyond ASCII and no carriage return at the end of a line. If
+    // the program reads and writes such a file, no character changes.
     bool isPlain = false;
     FileNumber number;
 

@@ -18,7 +18,7 @@ QChar toHex(int value)
     return QLatin1Char("0123456789abcdef"[value]);
 }
 
-// -1 for any other character.
+// Returns the value of a hexadecimal digit, or -1 for any other character.
 int fromHex(QChar digit)
 {
     const ushort code = digit.unicode();
@@ -34,8 +34,8 @@ int fromHex(QChar digit)
     return -1;
 }
 
-// White space other than the blank must be encoded too, because the parts of the URL could not be separated
-// otherwise.
+// Returns whether a character must be encoded. This includes all white space, because white space ends each
+// part of a vantor URL.
 bool needsProtection(QChar character)
 {
     static const QString special = QStringLiteral("$&+,/:;=?@ \"<>#%{}|\\^~[]");
@@ -75,8 +75,8 @@ QString httpUnprotect(const QString& text)
     return result;
 }
 
-// Sets `piece` to the text from `position` to `mark`, and moves `position` behind the mark. False if the text
-// has no mark.
+// Sets `piece` to the text from `position` to `mark`, and moves `position` behind the mark. Returns false if
+// the text has no mark.
 bool readUntil(const QString& text, QLatin1String mark, int& position, QString& piece)
 {
     const int end = text.indexOf(mark, position);

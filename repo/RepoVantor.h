@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The user name and the password in the URLs of a repository of the vantor scheme.
+// Reads and replaces the user names and passwords in URLs of the vantor scheme.
 //
-// Any thread; no state. A URL of the scheme has the form
-// <anything>/vantor?<name key>=<name>&<password key>=<password>&path=<anything>, the four percent-encoded.
+// Any thread may use it. It has no state. A URL of this scheme has the form
+//     <anything>/vantor?<name key>=<name>&<password key>=<password>&path=<anything>
+// The two keys, the name and the password are percent-encoded.
 
 #ifndef REPO_REPOVANTOR_H
 #define REPO_REPOVANTOR_H
@@ -17,27 +18,27 @@ struct Entry;
 
 namespace Vantor {
 
-// Finds the first such URL in a text, which may be a list of URLs, and returns its four decoded parts.
-// Returns false and four empty texts if the text contains no such URL.
+// Finds the first vantor URL in a text, and sets the last four arguments to its decoded parts. The text may
+// be a list of URLs. If the text contains no vantor URL, returns false and sets four empty texts.
 bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
-// Searches the URLs of a repository and, if none of them is of this scheme, its mirror list URL.
+// Does the same for the URLs of a repository. If these contain no vantor URL, searches the mirror list URL.
 bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password);
 
-// The text after these parts have replaced those of every such URL.
+// Replaces the four parts in every vantor URL of a text, and returns the new text.
 QString replaceAuth(const QString& url, const QString& nameKey, const QString& name,
                     const QString& passwordKey, const QString& password);
-// The same, with the keys from getAuth().
+// Replaces the user name and the password. Uses the keys that getAuth() finds in the text.
 QString replaceAuth(const QString& url, const QString& name, const QString& password);
-// The same, with the keys and the name from getAuth().
+// Replaces only the password. Uses the keys and the user name that getAuth() finds in the text.
 QString replaceAuth(const QString& url, const QString& password);
 
-// The scheme as expressions, for the masking edits and for comparisons. To find credentials in texts of any
-// length, use Credentials. The first capture is the password: of a text that is one URL, and of each URL in a
-// list.
+// Expressions for the masking edits and for comparisons. The first capture is the password. oneUrlRegExp()
+// matches a text that is a single URL; urlsRegExp() matches each URL in a list. To find credentials in texts
+// of any length, use Credentials instead.
 QRegExp oneUrlRegExp();
 QRegExp urlsRegExp();
-// Matches the parts that replaceAuth() replaces, at every position.
+// Matches the part of a URL that replaceAuth() replaces.
 QRegExp credentialsRegExp();
 
 } // namespace Vantor

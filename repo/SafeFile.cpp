@@ -27,10 +27,11 @@ namespace {
 const char temporaryMark[] = ".vyre-";
 const char copyMark[] = ".vyre-old-";
 
-// For more files than this, one sync of the file system is used, which also writes data of other programs.
+// For more than this number of files, sync() writes the whole file system once, including data of other
+// programs.
 constexpr size_t fewFiles = 8;
 
-// Closes a descriptor and keeps errno.
+// Closes a descriptor without changing errno.
 void closeQuietly(int& number)
 {
     const int failure = errno;
@@ -41,13 +42,13 @@ void closeQuietly(int& number)
     errno = failure;
 }
 
-// Creates a file with an unpredictable name for this user alone. Its lock shows other programs that it is in
-// use.
+// Creates a file with an unpredictable name, which only this user can open. A lock shows other instances of
+// this program that the file is in use.
 int makeHelper(int directory, const QByteArray& name, const char* mark, QByteArray& made)
 {
     static const char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
     for (int tries = 0; tries < 100; ++tries) {
-        // A file name may have 255 bytes.
+        // The whole file name may have at most 255 bytes.
         made = "." + name.left(200) + mark;
         for (int i = 0; i < 6; ++i) {
             made += letters[QRandomGenerator::global()->bounded(static_cast<int>(sizeof letters) - 1)];
@@ -81,7 +82,7 @@ bool writeAll(int number, const QByteArray& text)
     return true;
 }
 
-// Reads at most the size limit for configuration files.
+// Reads a file up to the size limit for configuration files.
 bool readAll(int number, QByteArray& content)
 {
     content.clear();
@@ -98,7 +99,8 @@ bool readAll(int number, QByteArray& content)
     }
 }
 
-// Copies all extended attributes, including access control lists. False if an attribute cannot be set.
+// Copies all extended attributes, including access control lists. Returns false if an attribute cannot be
+// set.
 bool copyAttributes(int from, int to)
 {
     const ssize_t size = flistxattr(from, nullptr, 0);
@@ -112,7 +114,7 @@ bool copyAttributes(int from, int to)
     }
     names.truncate(static_cast<int>(listed));
     for (const QByteArray& each : names.split('\0')) {
-        // The kernel computes these two checksums from the contents of a file.
+        // The kernel calculates these two checksums from the contents of the file.
         if (each.isEmpty() || each == "security.ima" || each == "security.evm") {
             continue;
         }
@@ -142,7 +144,7 @@ bool isSame(const struct stat& left, const struct stat& right)
            left.st_mtim.tv_sec == right.st_mtim.tv_sec && left.st_mtim.tv_nsec == right.st_mtim.tv_nsec;
 }
 
-// The temporary files in a directory that have our form of name and belong to this user.
+// Returns the files in a directory whose names have the form of our temporary files, if this user owns them.
 QList<QByteArray> helpersIn(int directory, const QString& mark)
 {
     QList<QByteArray> result;
@@ -189,7 +191,7 @@ void SafeFile::dropTemporary()
     errno = failure;
 }
 
-// Finds the directory and the name of the file, after all links.
+// Follows all links, then opens the directory of the file and stores the name of the file.
 bool SafeFile::open(const QString& path)
 {
     const QString place = Repo::canonicalPath(path);
@@ -218,7 +220,7 @@ bool SafeFile::makeTemporary(const QByteArray& text, mode_t mode)
     return true;
 }
 
-// Gives the temporary file the owner, the mode and the attributes of the old file.
+// Copies the owner, the mode and the attributes of the old file to the temporary file.
 bool SafeFile::copyStatus()
 {
     const FileDescriptor old(
@@ -340,13 +342,13 @@ bool SafeFile::commit()
             if (errno != EBUSY && errno != EPERM && errno != EACCES) {
                 return false;
             }
-            // Either the name is a mount point, or the directory does not allow to replace files of other
-            // users.
+            // Either the file is a mount point, or the directory does not permit a replacement of other
+            // users' files.
             dropTemporary();
             return commitInPlace();
         }
     } else {
-        // Never overwrite a file that another program has created meanwhile.
+        // A file that another program has created meanwhile must not be overwritten.
         if (renameat2(directoryNumber, temporaryName.constData(), directoryNumber, name.constData(),
                       RENAME_NOREPLACE) != 0) {
             // Some file systems do not support this flag.
@@ -435,7 +437,7 @@ void SafeFile::removeLeftovers(const QString& directory)
     }
     for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(temporaryMark))) {
         const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-        // A program that still writes the file holds the lock.
+        // If another program still writes the file, it holds the lock.
         if (file.isOpen() && flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             unlinkat(listed.get(), each.constData(), 0);
         }

@@ -3,14 +3,14 @@
 // Replaces the contents of a file safely. After a full disk, SIGKILL or a power failure, the file contains
 // either the old or the new text.
 //
-// The new text goes into a temporary file beside the old one. The temporary file gets the owner, the mode and
-// the extended attributes of the old file, and its name once the text is on the disk. Links are followed.
-// This is impossible if the directory is not writable, if the file has several names, or if its owner cannot
-// be set. Then the file itself is overwritten, and a copy keeps the old text until the new text is on the
-// disk.
+// The new text is written to a temporary file in the same directory. The temporary file gets the owner, the
+// mode and the extended attributes of the old file. As soon as its text is on the disk, it is renamed to the
+// name of the old file. Links are followed. A rename is impossible if the directory is not writable, if the
+// file has several names, or if the owner cannot be set. In these cases, the file itself is overwritten.
+// Meanwhile a copy preserves the old text until the new text is on the disk.
 //
-// Graphical thread; shows no window. The names of temporary files and copies begin with a point and do not
-// end with ".repo", so no program treats them as repository files.
+// Only the graphical thread uses it. It shows no window. The names of temporary files and copies begin with
+// "." and do not end with ".repo". Therefore no program treats them as repository files.
 
 #ifndef REPO_SAFEFILE_H
 #define REPO_SAFEFILE_H
@@ -27,20 +27,22 @@
 class SafeFile
 {
 public:
-    // These three functions return false and set errno on a failure.
+    // On failure, the next three functions return false and set errno.
 
-    // Prepares to replace the text of an existing file. If its text is not `expected`, errno is ESTALE. If
-    // `others` is false, users who are neither the owner nor in the group lose their rights.
+    // Prepares to replace the text of an existing file. If the file does not contain `expected`, errno is
+    // ESTALE. If `others` is false, users who are neither the owner nor in the group of the file lose their
+    // rights.
     bool replace(const QString& path, const QByteArray& expected, const QByteArray& text, bool others = true);
     // Prepares to create a file with this mode, reduced by the umask. If the file exists, errno is EEXIST.
     bool create(const QString& path, const QByteArray& text, mode_t mode);
-    // Gives the file its new text. The directory is not on the disk afterwards: see syncDirectories().
+    // Gives the file its new text. After that, the directory must still be written to the disk: see
+    // syncDirectories().
     bool commit();
 
-    // Writes the prepared texts of many files to the disk at once. For a file without this call, commit()
-    // writes the text.
+    // Writes the prepared texts of many files to the disk together. Without this call, commit() writes each
+    // text separately.
     static bool sync(const std::vector<std::unique_ptr<SafeFile>>& files);
-    // Writes the names of committed or removed files to the disk.
+    // Writes directories to the disk, so that the changes of their file names are permanent.
     static void syncDirectories(const QStringList& directories);
 
     SafeFile() = default;
@@ -49,18 +51,20 @@ public:
     SafeFile(const SafeFile&) = delete;
     SafeFile& operator=(const SafeFile&) = delete;
 
-    // The directory of the file, after all links.
+    // Returns the directory of the file after all links have been followed.
     QString directory() const { return directoryPath; }
-    // After a failed commit(): the path of the old text, if the file contains neither text.
+    // Returns the path of the copy with the old text, if commit() has failed and the file may contain neither
+    // text. Otherwise returns an empty text.
     QString copy() const { return copyPath; }
-    // True if replace() has removed rights.
+    // Returns true if replace() has removed rights of other users.
     bool hasRemovedRights() const { return removedRights; }
 
-    // Removes the temporary files that killed programs have left in a directory, but not copies of old texts.
+    // Removes temporary files from a directory if the programs that created them were killed. Does not remove
+    // copies of old texts.
     static void removeLeftovers(const QString& directory);
-    // The copies of old texts that killed programs have left in a directory.
+    // Returns the copies of old texts in a directory whose programs were killed.
     static QStringList leftoverCopies(const QString& directory);
-    // The directories for copies, if the directory of the file is not writable.
+    // Returns the directories for copies, if the directory of the file is not writable.
     static QStringList copyDirectories();
 
 private:

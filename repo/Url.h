@@ -2,7 +2,7 @@
 
 // Extracts parts of URLs.
 //
-// Any thread; no state.
+// Any thread may use it. It has no state.
 
 #ifndef REPO_URL_H
 #define REPO_URL_H
@@ -11,7 +11,8 @@
 
 namespace URL {
 
-// The text between "://" and the next slash, including a port; empty if the text has no host.
+// Returns the text between "://" and the next slash, including a port. The result is empty if the URL has no
+// host.
 QString getHost(QString url);
 
 } // namespace URL

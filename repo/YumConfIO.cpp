@@ -60,7 +60,7 @@ bool YumConfIO::read(QWidget* window)
     enabled = true;
     gpgcheck = false;
     entries.clear();
-    // A failed read leaves lines here.
+    // The list still contains lines if the last read failed.
     pendingLines.clear();
     doubts.clear();
     knownFiles.clear();
@@ -104,7 +104,7 @@ void YumConfIO::keep(const QString& path, const Repo::File& file, int firstEntry
     knownFiles.append(known);
 }
 
-// Warns about the copies of old texts that killed programs have left.
+// Adds warnings about copies of old texts that a killed program has left behind.
 void YumConfIO::noteLeftoverCopies()
 {
     QSet<QString> directories;
@@ -126,7 +126,7 @@ void YumConfIO::noteLeftoverCopies()
     }
 }
 
-// Gets the current inode numbers, because another program may have replaced a file.
+// Returns the current inode numbers of the known files, because another program may have replaced a file.
 QHash<Repo::FileNumber, int> YumConfIO::numbersOfKnown() const
 {
     QHash<Repo::FileNumber, int> result;

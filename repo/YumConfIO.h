@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads the main configuration file and the repository files of the package manager into one list of
-// repositories, and writes that list back as a whole. In between, the list is the working copy of the
-// editors.
+// Reads the package manager's main configuration file and repository files into one list of repositories. The
+// editors change this list. Then write() writes the whole list to the files.
 //
-// It neither overwrites nor removes a file that it has not read and understood completely, or that another
-// program has changed since. Two paths lead to the same file if their device and inode numbers, or their
-// canonical paths, are equal.
+// This class neither overwrites nor removes a file that it has not read completely, or that another program
+// has changed since. Two paths lead to the same file if their device and inode numbers are equal, or if their
+// canonical paths are equal.
 //
-// Lives on the graphical thread and shows its errors in message boxes; the main window owns it. It reads
-// bytes as Latin-1 and writes UTF-8.
+// It lives on the graphical thread and shows its errors in message boxes; the main window owns it. It reads
+// the bytes of a file as Latin-1 characters, but writes UTF-8.
 
 #ifndef REPO_YUMCONFIO_H
 #define REPO_YUMCONFIO_H
@@ -36,38 +35,38 @@ class YumConfIO : public QObject
     Q_OBJECT
 
 public:
-    // The object keeps references to both, and they must outlive it. The constructor reads nothing.
+    // The object stores references to both arguments, which must outlive it. The constructor reads no files.
     YumConfIO(const QList<YumRepoEnabled>& requests, QHash<QString, bool>& session);
     ~YumConfIO() override;
 
-    // The path of the main configuration file, searched again at each call: the first existing file of
-    // /etc/yum/yum.conf, /etc/yum.conf and /etc/dnf/dnf.conf, else the second. The script searches the same
-    // paths.
+    // Returns the path of the main configuration file. Each call searches again for the first existing file
+    // of /etc/yum/yum.conf, /etc/yum.conf and /etc/dnf/dnf.conf. If all are missing, the result is
+    // /etc/yum.conf. The script searches the same paths.
     static QString fileName();
 
-    // The directories of repository files if the main file names none: the two usual ones, and each existing
-    // directory of `knownDirectories`.
+    // Returns the directories of repository files if the main file does not name any directory. These are
+    // /etc/yum.repos.d, /etc/yum/repos.d and each existing directory of `knownDirectories`.
     QStringList defaultDirectories() const;
-    // The default directories of the package manager, below "/". Initially, and if the package manager does
-    // not start, these are the directories of all its versions.
+    // The package manager's default directories, relative to the managed root. Until the package manager has
+    // started, the list contains the directories of all its versions.
     QStringList knownDirectories{QStringLiteral("/etc/distro.repos.d"),
                                  QStringLiteral("/usr/share/dnf5/repos.d")};
 
-    // Replaces everything by the current contents of the files. New identifiers enter the session enable
-    // table; known ones keep their state. On a failure, shows one error over `window` and returns false
-    // without changed(); `entries` then contains the repositories up to the failure.
+    // Replaces all data by the current contents of the files. Adds new identifiers to the session enable
+    // table; known identifiers keep their state. On failure, shows one error over `window` and returns false
+    // without changed(). `entries` then contains the repositories before the error.
     bool read(QWidget* window);
 
-    // Writes every file, and removes the repository files without repositories. If the user agrees, it first
-    // removes entries with an empty or repeated identifier from `entries`. Returns false if the user declines
-    // or after an error over `window`; the files written before the error stay written. If another program
-    // has changed a file to write since reading, nothing is written.
+    // Writes all files, and removes repository files without repositories. If `entries` contains empty or
+    // repeated identifiers, asks the user and removes these entries first. Returns false if the user
+    // declines, or after an error, which it shows over `window`. Files that were written before the error
+    // stay written. If another program has changed one of the files since it was read, nothing is written.
     bool write(QWidget* window);
 
-    // After write() has returned false: other programs have changed files, and the user wants to read these
-    // again. `entries` is unchanged.
+    // Valid after write() has returned false. True if other programs have changed files and the user wants to
+    // read all files again. `entries` is unchanged.
     bool readAgainWanted = false;
-    // After write() has returned true: `entries` does not contain the changes of other programs.
+    // Valid after write() has returned true. True if `entries` lacks changes that other programs have made.
     bool outdated = false;
 
     // The values of the [main] section.
@@ -80,58 +79,60 @@ public:
     QList<Repo::Entry> entries;
 
     const QList<YumRepoEnabled>& enableRequests;
-    // Maps an identifier to the use of the repository in this run, independently of the files.
+    // The key is a repository identifier. The value is true if this run of the program uses the repository,
+    // regardless of the files.
     QHash<QString, bool>& sessionEnabled;
 
-    // The main file before its first repository section; a line feed ends each logical line.
+    // The text of the main file before the first repository section. A line feed ends each logical line.
     QString mainText;
 
-    // Warnings for the user before anything is written: settings that the package manager reads in another
-    // way, and files that VYRE leaves alone.
+    // Warnings for the user about settings that the package manager reads in another way, and about files
+    // that VYRE leaves alone. The user must see them before a file is written.
     QStringList doubts;
 
-    // The window below the message boxes; not owned, valid during read() and write().
+    // The parent window of the message boxes. It is not owned, and valid only during read() and write().
     QWidget* parent = nullptr;
 
-    // Physical lines read ahead and not yet consumed.
+    // Physical lines that were read too early. They are the next lines.
     QStringList pendingLines;
 
 Q_SIGNALS:
-    // The list was read successfully.
+    // Emitted after read() has succeeded.
     void changed();
     // Reports an action of write() to the user.
     void noted(const QString& text);
 
 private:
-    // A file that VYRE has read completely, or written.
+    // A file that VYRE has read completely or written.
     struct Known
     {
-        QString path;            // the first path that led to it
-        QString canonical;       // its canonical path
-        QStringList names;       // all its paths in the repository directories
-        Repo::File file;         // its contents, without `text`
-        QString unedited;        // its text after a write without edits
-        QStringList identifiers; // of its sections, sorted
+        QString path;            // the first path that led to the file
+        QString canonical;       // the canonical path of the file
+        QStringList names;       // all paths of the file in the repository directories
+        Repo::File file;         // the contents of the file, without `text`
+        QString unedited;        // the text that write() writes if nothing was edited
+        QStringList identifiers; // the identifiers of the sections, sorted
         bool isMain = false;
     };
 
-    // The order of writing the files: a section that moves is always in at least one of its two files.
+    // The order in which files are written. If a section moves to another file, this order ensures that at
+    // least one of the two files always contains the section.
     enum Turn { Gains, GainsAndLoses, GainsNothing, Unedited };
 
     // The planned write of one file.
     struct Target
     {
         QString path;
-        int known = -1; // in `knownFiles`
+        int known = -1; // the index in `knownFiles`
         QList<Repo::Entry> sections;
         QString text;
-        bool edited = true;    // different from the last read or write
+        bool edited = true;    // the text differs from the last read or write
         bool outdated = false; // another program has changed the file
-        bool skipped = false;  // the file stays unchanged
+        bool skipped = false;  // the file is not written
         Turn turn = Gains;
     };
 
-    // Adds a warning if VYRE reads the value of an option as on, but the package manager reads it as off.
+    // Adds a warning if VYRE reads an option as on, but the package manager reads the same option as off.
     void noteDoubtfulSwitch(const QString& path, const QString& id, const QString& line,
                             const QString& value);
 
@@ -147,15 +148,15 @@ private:
     void noteLeftoverCopies();
     Lines linesOf(const Repo::File& file, const QString& path);
 
-    // All these functions show their errors before they return false or ReadError.
+    // The functions that follow show an error before they return false or ReadError.
     bool readMainFile();
     bool readConfFile(Lines& lines);
     bool readRepoDirectory(const QString& directory);
     bool readRepoFile(Lines& lines, const QString& path);
-    // Records a file that was read completely, or the reason to leave it alone. The sections of the file are
-    // the entries from `firstEntry` on.
+    // Stores a file that was read completely, or the reason why VYRE leaves it alone. The sections of the
+    // file are the entries from index `firstEntry` to the end.
     void keep(const QString& path, const Repo::File& file, int firstEntry, bool isMain);
-    // A logical line is a line together with all following lines that begin with white space.
+    // A logical line consists of a line and of all lines that follow it and begin with white space.
     int readLogicalLine(Lines& lines, QString& line);
     static int readLine(Lines& lines, QString& line);
     void unreadLine(const QString& line);
@@ -164,26 +165,26 @@ private:
     static void cleanupRead(Repo::Entry& entry);
     void applyUsedOptions(const Repo::Entry& entry);
 
-    // False if the list has errors and the user declines to remove them.
+    // Returns false if the list has errors and the user declines to remove them.
     bool checkErrors();
     bool hasEmptyId() const;
-    // The repeated identifiers, separated by commas. Each identifier occurs once for every later entry that
-    // repeats it.
+    // Returns the repeated identifiers, separated by commas. Each identifier appears once for every entry
+    // that repeats it.
     QString getDuplicateId() const;
     void cleanupWrite(QList<Repo::Entry>& list) const;
     static bool filePositionLessThan(const Repo::Entry& left, const Repo::Entry& right);
     static QString textOf(const QString& beginning, const QList<Repo::Entry>& sections);
     static QString textOf(const Repo::Entry& entry);
 
-    // The main file and every file with a repository, in the order of writing.
+    // Returns the main file and every file with a repository, in the order in which they are written.
     QList<Target> targets() const;
-    // `before`: the earlier identifiers of the file, sorted.
+    // `before` contains the identifiers that the file had at the last read or write, sorted.
     static Turn turnOf(const Target& target, const QStringList& before);
     QHash<Repo::FileNumber, int> numbersOfKnown() const;
-    // Known repository files without repositories, except those that must stay unchanged.
+    // Returns the known repository files that contain no repository any more and can be removed.
     QList<int> unused(const QList<Target>& list) const;
-    // Decides which targets to skip. If a write would lose changes of other programs, asks the user and
-    // returns false.
+    // Decides which files are not written. If a write would overwrite changes of other programs, asks the
+    // user and returns false.
     bool respectChanges(QList<Target>& list, QList<int>& removed);
     void removeLeftovers() const;
     bool writeFiles(QList<Target>& list);
@@ -194,12 +195,12 @@ private:
     bool isInRepoDirectory(const QString& path) const;
     bool reportOutdated(const QList<Target>& list);
 
-    // Shows the message together with the current errno.
+    // Shows the message and the text of the current errno.
     void error(const QString& message);
 
     QString mainFile; // the path of the main file at the time of reading
     QList<Known> knownFiles;
-    QHash<Repo::FileNumber, int> knownNumbers; // during a read; -1 for a file that is left alone
+    QHash<Repo::FileNumber, int> knownNumbers; // used during a read; -1 for a file that VYRE leaves alone
 };
 
 #endif

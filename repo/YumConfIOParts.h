@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Helper functions of the sources of YumConfIO, which alone include this file.
+// Helper functions for YumConfIO. Only the sources of YumConfIO include this file.
 //
-// Graphical thread.
+// Only the graphical thread calls these functions.
 
 #ifndef REPO_YUMCONFIOPARTS_H
 #define REPO_YUMCONFIOPARTS_H

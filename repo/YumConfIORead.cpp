@@ -23,8 +23,8 @@ struct DirectoryCloser
 };
 using DirectoryGuard = std::unique_ptr<DIR, DirectoryCloser>;
 
-// The next name that ends in ".repo". At the end of the directory and on a failure, the name is null; a
-// failure also sets errno.
+// Returns the next name that ends in ".repo". At the end of the directory, returns a null text. On failure,
+// returns a null text and sets errno.
 QString nextRepoFile(DIR* directory)
 {
     for (;;) {
@@ -45,7 +45,7 @@ bool isBlank(QChar character)
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
 }
 
-// Each value except exactly "0" means on.
+// Returns whether a value enables an option. All values except "0" enable it.
 bool isOn(const QString& value)
 {
     return value != QLatin1String("0");
@@ -155,7 +155,8 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
         if (stat(QFile::encodeName(path).constData(), &status) == 0) {
             const auto found = knownNumbers.constFind(Repo::numberOf(status));
             if (found != knownNumbers.constEnd()) {
-                // The same file under another path: another name, or another path of its directory.
+                // The file is already known under another path. Either the file has several names, or its
+                // directory has several paths.
                 if (*found >= 0 && !knownFiles.at(*found).isMain) {
                     knownFiles[*found].names.append(path);
                 }
@@ -192,7 +193,7 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
         }
     }
     if (errno != 0) {
-        // The next write would remove the files that are missing in this list.
+        // The list of names is incomplete. A later write would remove the files that are missing in the list.
         error(tr("Unable to read repository configuration file %1").arg(directory));
         return false;
     }
@@ -278,7 +279,7 @@ int YumConfIO::readLogicalLine(Lines& lines, QString& line)
     } else {
         line = pendingLines.takeFirst();
         if (!pendingLines.isEmpty()) {
-            // The following line is already known to be no continuation.
+            // The next pending line was already read, and it is not a continuation of this line.
             return LineRead;
         }
     }

@@ -26,7 +26,7 @@ namespace {
 constexpr int listedNames = 20;
 constexpr int listedIdentifiers = 100;
 
-// The number of files in a batch. Each file stays open until the batch is committed.
+// The maximum number of files in a batch. Each file stays open until the batch is committed.
 constexpr int filesAtOnce = 200;
 
 QString listOf(QStringList names)
@@ -164,7 +164,7 @@ QList<YumConfIO::Target> YumConfIO::targets() const
     };
 
     QList<Target> result;
-    QHash<QString, int> byEntryFile; // indexes into the result
+    QHash<QString, int> byEntryFile; // the two maps contain indexes of `result`
     QHash<QString, int> byPlace;
     QList<Repo::Entry> sorted = entries;
     for (Repo::Entry& entry : sorted) {
@@ -228,7 +228,7 @@ QList<int> YumConfIO::unused(const QList<Target>& list) const
     QList<int> result;
     for (int i = 0; i < knownFiles.size(); ++i) {
         const Known& known = knownFiles.at(i);
-        // A file that never contained a repository was not edited.
+        // A file that is not plain and never contained a repository must stay unchanged.
         if (!used.contains(i) && !known.names.isEmpty() &&
             (known.file.isPlain || !known.unedited.isEmpty())) {
             result.append(i);
@@ -257,9 +257,9 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
         if (target.edited && target.outdated) {
             changedFiles.append(target.path);
         }
-        // If an unedited file is plain, it gets the form of our writing. This loses its blank lines and the
-        // comments above its first section. Any other unedited file stays unchanged, because writing would
-        // change its characters.
+        // An unedited file is also written if it is plain: it then loses its blank lines and the comments
+        // above its first section. Any other unedited file is not written, because a write would change its
+        // characters.
         target.skipped = !target.edited && (target.outdated || !known.file.isPlain ||
                                             known.file.encoded(target.text) == known.file.bytes);
     }
@@ -287,8 +287,9 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
     return false;
 }
 
-// Prepares the whole batch before the first commit, and batches follow the order of the turns. So a section
-// that moves is in its new file before it leaves the old one.
+// Writes the files in batches, in the order of their turns. All files of a batch are prepared before the
+// first of them is committed. Therefore a section that moves is in its new file before it is removed from its
+// old file.
 bool YumConfIO::writeFiles(QList<Target>& list)
 {
     std::vector<std::unique_ptr<SafeFile>> files;
@@ -318,7 +319,8 @@ bool YumConfIO::writeFiles(QList<Target>& list)
 bool YumConfIO::prepareWrite(SafeFile& file, const Target& target)
 {
     if (target.known < 0) {
-        // The program later asks for passwords and writes them into this file.
+        // Even if the file has no password yet, the program may later ask for the password and write it into
+        // this file.
         const bool secret = Credentials::holds(target.text, Credentials::Text::Options);
         return file.create(target.path, target.text.toUtf8(), secret ? S_IRUSR | S_IWUSR : 0666);
     }
@@ -390,7 +392,8 @@ bool YumConfIO::removeUnusedFiles(const QList<int>& removed)
     for (const int i : removed) {
         const Known& known = knownFiles.at(i);
         QStringList names;
-        // Reads all names before the first removal: after the removal of the file, its links lead nowhere.
+        // All names are read before the first removal, because links are broken after the file has been
+        // removed.
         for (const QString& name : known.names) {
             const Repo::File now = Repo::File::read(name);
             if (now.state == Repo::File::NoStatus) {

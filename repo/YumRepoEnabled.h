@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// One request of the command line to use, or not to use, the repositories whose identifiers match a pattern.
+// An option on the command line that enables or disables all repositories whose identifiers match a pattern.
 //
-// A plain value. The command line creates the list; the main window owns it.
+// Objects can be copied. CommandLine creates the list of options; the main window owns the list.
 
 #ifndef REPO_YUMREPOENABLED_H
 #define REPO_YUMREPOENABLED_H
