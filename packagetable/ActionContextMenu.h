@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The menu of the Action column. It gives one action to the clicked row, or to all selected rows whose state
+// The menu of the Action column. It sets an action for the clicked row, or for all selected rows whose state
 // permits the action.
 //
-// Graphical thread; a child of the view.
+// It lives on the graphical thread; the view is its Qt parent.
 
 #ifndef PACKAGETABLE_ACTIONCONTEXTMENU_H
 #define PACKAGETABLE_ACTIONCONTEXTMENU_H
@@ -28,7 +28,7 @@ class ActionContextMenu : public QMenu
 public:
     ActionContextMenu(Model* packages, SortFilterProxyModel* sortedRows, HTableView* parentView);
 
-    // Runs the menu for a source index, at a position on the screen.
+    // Runs the menu at a position on the screen, for a source index.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 private Q_SLOTS:

@@ -28,7 +28,8 @@ template <auto member> QString wordFor(const Entry& record)
 
 QString version(const Entry& record)
 {
-    // A mark when there are further installed versions; the first one below an update is being updated.
+    // " *" marks a record with more than one installed version. The version that an update replaces is not
+    // counted.
     const Entry* last = record.state == Package::Updatable ? record.next : &record;
     return last != nullptr && last->next != nullptr ? record.verRel + QLatin1String(" *") : record.verRel;
 }
@@ -42,7 +43,7 @@ constexpr const char* kindPictures[Columns::mostPictures] = {"suite", "group", "
 
 // --- Numbers
 
-// All are compared as signed numbers of 32 bits, whatever their type in the record.
+// All sort keys are signed numbers of 32 bits, regardless of the type of the member.
 template <auto member> int keyOf(const Entry& record)
 {
     return static_cast<int>(record.*member);
@@ -62,7 +63,7 @@ QString excludedToolTip()
 
 QString actionToolTip(const Entry& record, const YumIO&)
 {
-    // The user wants to know why a click does nothing.
+    // If a click has no effect, the tool tip must explain the reason.
     const bool canBeMarked = !record.isExcluded() || record.permits(Package::Update);
     return canBeMarked ? Words::explained(record.action) : excludedToolTip();
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The columns of the package table, one row of data for each: the heading, the contents of a cell and the
-// sort order. Model, proxy and view use this table; none of them has code for a single column.
+// Describes each column of the package table by one Row: the heading, the contents of a cell and the sort
+// order. Model, proxy and view use these rows, so they need no code for single columns.
 //
-// Graphical thread; constants only. The code for a cell runs 60,000 times, so no row creates a text that it
-// can return from the record.
+// Only the graphical thread uses it. It contains only constants. The code for a cell runs 60,000 times, so no
+// function creates a text that the record already has.
 
 #ifndef PACKAGETABLE_COLUMNS_H
 #define PACKAGETABLE_COLUMNS_H
@@ -32,19 +32,20 @@ public:
     struct Row
     {
         Column column;
-        const char* title;   // of the heading, not translated
-        const char* toolTip; // the same
-        // The text for a record. In a column of pictures, screen readers read this word.
+        const char* title;   // the text of the heading, not translated
+        const char* toolTip; // the tool tip of the heading, not translated
+        // Returns the text for a record. In a column of pictures, screen readers read this word.
         QString (*text)(const Package::Entry& record);
-        // In a column of pictures: `mostPictures` icon names, by sort key; null means no icon. Null in other
-        // columns.
+        // In a column of pictures, an array of `mostPictures` icon names, indexed by the sort key. A null
+        // name means no icon. In other columns, the pointer is null.
         const char* const* pictures;
         bool coloured; // the text has the colour of the record's state
-        // The sort key of a record. If null, the text is the sort key.
+        // Returns the sort key of a record. If the pointer is null, the text is the sort key.
         int (*sortKey)(const Package::Entry& record);
-        // The value of Qt::UserRole. If null, the record is the value.
+        // Returns the value of Qt::UserRole. If the pointer is null, the record is the value.
         QVariant (*value)(const Package::Entry& record);
-        // The tool tip of the cell, possibly empty. If null, no cell has a tool tip.
+        // Returns the tool tip of the cell, which may be empty. If the pointer is null, no cell has a tool
+        // tip.
         QString (*cellToolTip)(const Package::Entry& record, const YumIO& backEnd);
 
         bool showsPictures() const { return pictures != nullptr; }
@@ -52,12 +53,12 @@ public:
 
     // The column must exist.
     static const Row& row(int column) { return all[column]; }
-    // The text of a record in the table; empty in a column of pictures.
+    // Returns the text of a record in the table. In a column of pictures, the text is empty.
     static QString text(const Package::Entry& record, int column)
     {
         return all[column].showsPictures() ? QString() : all[column].text(record);
     }
-    // In the language of the user.
+    // Both functions return a text in the user's language.
     static QString title(int column);
     static QString toolTip(int column);
 

@@ -38,7 +38,8 @@ enum GridColumn { LabelColumn, ValueColumn, OverflowColumn, GridColumnCount };
 
 } // namespace
 
-// The pairs are as wide as the widest line of a value, so that no line is wrapped if there is room.
+// The widget with the pairs. Its size hint is wide enough for the widest value, up to a maximum, so that no
+// line is wrapped unnecessarily.
 class Area::Pairs : public QWidget
 {
 public:
@@ -80,7 +81,7 @@ Area::Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Pa
     const int owner = entry->kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
     Fields::any(owner | (primary ? Fields::Described : Fields::OfVersions), [this](Fields::Field field) {
         addField(field);
-        return false; // all of them
+        return false; // continue with the next field
     });
     grid->setRowStretch(nextRow, 1);
     updateButtons();
@@ -88,7 +89,8 @@ Area::Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Pa
 
     scrollArea->setWidgetResizable(true);
     scrollArea->setWidget(inner);
-    // On a small screen the dialog scrolls the areas instead.
+    // The primary area always shows at least a few rows, and the other areas show all rows. On a small
+    // screen, the dialog scrolls the areas.
     const int all = scrollArea->sizeHint().height();
     scrollArea->setMinimumHeight(primary ? qMin(fewestRows * scrollArea->fontMetrics().height(), all) : all);
     layout->addWidget(scrollArea, primary ? 1 : 0);
@@ -141,7 +143,7 @@ QLabel* Area::makeValue(const QString& value)
     auto* label = new PlainLabel(value, inner);
     valueWidth = qMax(valueWidth, label->sizeHint().width());
     label->setWordWrap(true);
-    // The keyboard reaches a value only after a click: otherwise Tab would stop at each value.
+    // The text can be selected only with the mouse. Otherwise the Tab key would stop at each value.
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     values.append(label);
@@ -195,13 +197,13 @@ QPushButton* Area::addPairButton(int& row, QString label, QString value, QString
 void Area::layOut()
 {
     const int before = labelWidth + grid->horizontalSpacing();
-    // Some styles leave a gap beside scroll bars.
+    // The additional column is for styles with a gap beside scroll bars.
     inner->wholeLines = before + valueWidth + Metrics::columnWidth(scrollArea->fontMetrics());
     inner->widest = columns * Metrics::columnWidth(scrollArea->fontMetrics()) -
                     scrollArea->verticalScrollBar()->sizeHint().width();
 
-    // A word that is too long for the width (names can be) makes the area scroll sideways. The other values
-    // keep to the visible width.
+    // If a word is wider than the area, such as a long name, the area scrolls sideways. The other values stay
+    // within the visible width.
     const auto wider = [](const QWidget* one, const QWidget* other) {
         return one->minimumSizeHint().width() < other->minimumSizeHint().width();
     };
@@ -238,7 +240,7 @@ void Area::updateButtons()
 void Area::updateButton(Button& button, bool loaded)
 {
     if (button.button != nullptr) {
-        // The data of an installed package are on this system.
+        // For an installed package, no data must be loaded, because they are on this system.
         const bool mustLoad = entry->state != Package::Installed && !loaded;
         button.button->setText(mustLoad ? tr("%1 (must load extra data)").arg(button.label) : button.label);
     }

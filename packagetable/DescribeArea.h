@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The contents of the description dialog for one record: pairs of a label and a value, and buttons for the
-// file list, the change log and the repository.
+// The contents of the description dialog for one record. It has pairs of a label and a value, and buttons for
+// the file list, the change log and the repository.
 //
-// Graphical thread. The dialog owns it, and deletes its widgets first.
+// It lives on the graphical thread. The dialog owns it, and deletes its widgets before this object.
 
 #ifndef PACKAGETABLE_DESCRIBEAREA_H
 #define PACKAGETABLE_DESCRIBEAREA_H
@@ -39,19 +39,19 @@ class Area : public QObject
     Q_OBJECT
 
 public:
-    // Adds its widgets to the layout; the widget of the layout owns them. Nothing else is owned. The primary
-    // area shows everything; the others show only the differences between versions.
+    // Adds widgets to the layout. The widget of the layout owns these widgets. The arguments are not owned.
+    // The primary area shows all fields. The other areas show only the fields that differ between versions.
     Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
          YumConfIO* configuration, bool primary);
 
-    // Each function adds its arguments to the row and advances to the next row. Without a value it adds
-    // nothing.
+    // Each function adds its arguments to the row and advances to the next row. If the value is empty, it
+    // adds nothing.
     void addHeader(int& row, QString text);
     void addPair(int& row, QString label, QString value);
     QPushButton* addButton(int& row, QString label, QString buttonText);
     QPushButton* addPairButton(int& row, QString label, QString value, QString buttonText); // or null
 
-    // Before a click, the text of a button says whether it must load data.
+    // Updates the texts of the buttons. The text says whether a click must first load data.
     void updateButtons();
 
     // Enables or disables the buttons.
@@ -69,7 +69,7 @@ private:
         QPushButton* button; // may be null
     };
 
-    // While an object exists, the user can neither close the dialog nor request anything else.
+    // While a Busy object exists, the user can neither close the dialog nor press another button.
     class Busy;
     class Pairs;
 
@@ -85,7 +85,7 @@ private:
     YumIO* yumIO;
     const Package::Entry* entry;
     YumConfIO* yumConfIO;
-    QWidget* dialogParent;  // of the sub-dialogs
+    QWidget* dialogParent;  // the parent of the sub-dialogs
     TextDialog* textDialog; // null until first needed
     RepoDialog* repoDialog; // null until first needed
     Pairs* inner;
@@ -95,8 +95,8 @@ private:
     Button filesButton;
     Button changeLogButton;
     QPushButton* repoButton;
-    int labelWidth; // of the widest label
-    int valueWidth; // of the widest value, not wrapped
+    int labelWidth; // the width of the widest label
+    int valueWidth; // the width of the widest value without line breaks
     QList<QLabel*> values;
 };
 

@@ -54,7 +54,7 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     whole->addWidget(name);
     whole->addWidget(new HSeparator);
 
-    // With many installed versions the areas together are higher than any screen.
+    // With many installed versions, the areas together are higher than any screen.
     auto* scrolled = new HScrollArea;
     scrolled->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
     scrolled->setWidgetResizable(true);
@@ -71,7 +71,7 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     whole->addWidget(scrolled, 1);
     top->addWidget(content);
     closeButton->setFocus();
-    layout()->activate(); // otherwise the size hint belongs to the previous content
+    layout()->activate(); // before this, the size hint is that of the previous content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 
@@ -95,7 +95,7 @@ void Dialog::setReady(bool isReady)
     }
     if (ready && closing) {
         closing = false;
-        // The waiting function must return first: its area is deleted with the dialog.
+        // The function of the area that has waited must return first, because the dialog deletes the area.
         QTimer::singleShot(0, this, SLOT(reject()));
     }
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Shows all data of the back end for one row of the package table: one area for the record, and a shorter one
-// for each further installed version.
+// Shows all data of the back end for one row of the package table. It has an area for the record, and a
+// shorter area for each other installed version.
 //
-// Graphical thread. The model creates one with the table as its parent, and uses it repeatedly. A closed
-// dialog holds no data of a record.
+// It lives on the graphical thread. The model creates one dialog with the table as its parent, and uses it
+// repeatedly. A closed dialog contains no data of a record.
 
 #ifndef PACKAGETABLE_DESCRIBEDIALOG_H
 #define PACKAGETABLE_DESCRIBEDIALOG_H
@@ -37,8 +37,8 @@ public:
     explicit Dialog(QWidget* parent = nullptr);
     ~Dialog() override;
 
-    // Reads all texts at once. The back end, the record and the configuration are not owned, and must exist
-    // until the dialog closes. The configuration may be null.
+    // Reads all texts immediately. The back end, the record and the configuration are not owned, and must
+    // exist until the dialog closes. The configuration may be null.
     void config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO);
     void setReady(bool isReady) override;
     bool isClosing() const override { return closing; }
@@ -55,9 +55,9 @@ private:
     void clear();
     void closeLater();
 
-    YumIO* backEnd; // null until the first config()
+    YumIO* backEnd; // null before the first config()
     QHBoxLayout* top;
-    QWidget* content; // made by each config(); null while closed
+    QWidget* content; // each config() creates it; null while the dialog is closed
     QList<Instance::Area*> areas;
     bool ready;
     bool closing;

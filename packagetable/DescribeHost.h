@@ -2,7 +2,7 @@
 
 // The interface of the window around the areas that describe a package.
 //
-// Graphical thread; the window implements it.
+// It lives on the graphical thread; the window implements it.
 
 #ifndef PACKAGETABLE_DESCRIBEHOST_H
 #define PACKAGETABLE_DESCRIBEHOST_H
@@ -17,11 +17,11 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // While the window is not ready, for example because an area waits for the back end, the user can neither
-    // close it nor request anything else. A request to close it ends a wait for another process; the window
-    // closes afterwards.
+    // An area makes the window not ready while it waits for the back end. Meanwhile the user can neither
+    // close the window nor press another button. If the back end waits for another process, a request to
+    // close the window ends that wait, and the window then closes.
     virtual void setReady(bool isReady) = 0;
-    // True if it closes as soon as it is ready again.
+    // Returns true if the window will close as soon as it is ready again.
     virtual bool isClosing() const = 0;
 
 protected:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Shows the configuration of one repository, and opens the repository in the web browser of the user.
+// Shows the configuration of one repository, and opens the repository in the user's web browser.
 //
-// Graphical thread. A child of the description of a package, which uses it repeatedly.
+// It lives on the graphical thread. Its Qt parent is the description of a package, which uses it repeatedly.
 
 #ifndef PACKAGETABLE_DESCRIBEREPODIALOG_H
 #define PACKAGETABLE_DESCRIBEREPODIALOG_H
@@ -27,9 +27,9 @@ public:
     // The back end is not owned.
     RepoDialog(YumIO* backEnd, QWidget* parent);
 
-    // Stores a copy. Passwords in the URLs are not shown.
+    // Shows a copy of the repository, without passwords in the URLs.
     void config(const Repo::Entry& repository);
-    // Adds the pair to the row and advances to the next row. Without a value it adds nothing.
+    // Adds the pair to the row and advances to the next row. If the value is empty, it adds nothing.
     void addPair(int& row, QString label, QString value);
 
     void setVisible(bool visible) override;
@@ -43,9 +43,9 @@ private:
     YumIO* yumIO;
     Repo::Entry repo;
     QVBoxLayout* top;
-    QWidget* content;  // made by each config(); null while closed
-    QWidget* pairs;    // inside it
-    QGridLayout* grid; // of the pairs
+    QWidget* content;  // each config() creates it; null while the dialog is closed
+    QWidget* pairs;    // inside `content`
+    QGridLayout* grid; // the layout of `pairs`
 };
 
 } // namespace Instance

@@ -8,7 +8,8 @@ namespace PackageTable {
 
 namespace {
 
-// The position after the bracket expression that begins at the given position; -1 if it is not closed.
+// Returns the position after the bracket expression that begins at the given position, or -1 if the closing
+// bracket is missing.
 int afterBrackets(const QByteArray& text, int begin)
 {
     int at = begin + 1;
@@ -32,7 +33,7 @@ int afterBrackets(const QByteArray& text, int begin)
     return at < text.size() ? at + 1 : -1;
 }
 
-// Removes the last character with all its bytes.
+// Removes all bytes of the last character.
 void chopCharacter(QByteArray& text)
 {
     while (!text.isEmpty()) {
@@ -65,7 +66,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
         case ')':
         case '|':
         case '{':
-            // Because of alternatives and counts, a match need not contain the inner text.
+            // With an alternative or a count, a match need not contain the inner text.
             whole = false;
             return QByteArray();
         case '*':
@@ -87,7 +88,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
                 ++next;
             }
             if (next < expression.size() && (expression.at(next) == '*' || expression.at(next) == '?')) {
-                chopCharacter(run); // a repeated character may be missing
+                chopCharacter(run); // zero repetitions may match, so the text may lack this character
             }
             endRun();
             ++at;
@@ -106,7 +107,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
                 std::strchr(".[]()*+?{}|^$\\/", expression.at(at + 1)) != nullptr) {
                 run += expression.at(at + 1);
             } else {
-                endRun(); // a class or a boundary
+                endRun(); // a character class or a word boundary
             }
             at += 2;
             break;
@@ -133,7 +134,7 @@ void Expression::clear()
 void Expression::compile(const QString& text)
 {
     clear();
-    const QByteArray expression(text.toUtf8().constData()); // up to a null byte, as the library reads it
+    const QByteArray expression(text.toUtf8().constData()); // the library reads only up to a null byte
     regStatus = regcomp(&pattern, expression.constData(), REG_EXTENDED | REG_NOSUB);
     required = requiredText(expression, literal);
     literal = literal && !required.isEmpty();
@@ -177,7 +178,7 @@ bool Expression::matchesAny(const QByteArray& texts) const
             if (literal) {
                 return true;
             }
-            // Back to the beginning of the text that contains it.
+            // Goes back to the beginning of the text that contains the required text.
             const auto* place = static_cast<const char*>(found);
             const void* before = memrchr(text, '\0', static_cast<size_t>(place - text));
             if (before != nullptr) {

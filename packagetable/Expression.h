@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A regular expression for filtering the table: extended POSIX, case-sensitive, matching anywhere in a text.
+// A regular expression that filters the table. It is an extended POSIX expression, is case-sensitive, and
+// matches anywhere in a text.
 //
-// Most expressions require some fixed text in every match. A search for that text is much faster than
-// matching, so only texts with it are matched. The results are the same as without this search.
+// For most expressions, every match contains a certain fixed text. A search for a fixed text is much faster
+// than a regular expression. Therefore only texts that contain the fixed text are matched. The results do not
+// change.
 //
-// A value of the graphical thread.
+// Only the graphical thread uses it.
 
 #ifndef PACKAGETABLE_EXPRESSION_H
 #define PACKAGETABLE_EXPRESSION_H
@@ -20,7 +22,7 @@ namespace PackageTable {
 class Expression
 {
 public:
-    // An object without an expression: nothing matches.
+    // Creates an object without an expression, which matches nothing.
     Expression() = default;
     ~Expression() { clear(); }
     Expression(const Expression&) = delete;
@@ -29,27 +31,27 @@ public:
     // An invalid expression matches nothing.
     void compile(const QString& text);
 
-    // True if the object has an expression and could compile it.
+    // Returns true if the object has a valid expression.
     bool isValid() const { return regStatus == 0; }
-    // The error in an invalid expression, as the C library describes it in the language of the user;
-    // otherwise empty.
+    // Returns the C library's description of the error in an invalid expression, in the user's language. If
+    // the expression is valid or missing, the text is empty.
     QString fault() const;
     // The text is UTF-8.
     bool matches(const char* text) const;
-    // True if the expression matches at least one of several texts. A zero byte ends each text.
+    // Returns true if the expression matches at least one of the texts. A zero byte ends each text.
     bool matchesAny(const QByteArray& texts) const;
 
-    // A fixed text that occurs in every match of the extended expression; empty if none is known. `whole`
-    // becomes true if the expression consists of this text only.
+    // Returns a fixed text that every match of the expression contains, or an empty text if none is known.
+    // Sets `whole` to true if the expression consists only of this text.
     static QByteArray requiredText(const QByteArray& expression, bool& whole);
 
 private:
     void clear();
 
-    int regStatus = -1; // 0: the pattern is compiled
+    int regStatus = -1; // 0 if the pattern is compiled
     regex_t pattern = {};
     QByteArray required;
-    bool literal = false; // the expression is just the required text
+    bool literal = false; // the expression consists only of the required text
 };
 
 } // namespace PackageTable

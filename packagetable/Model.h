@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The package records of the back end as a table, with one row for each top-level record. Only this class
-// writes the chosen actions into the records.
+// The back end's package records as a table, with one row for each record in the back end's list. When the
+// user marks records, this class writes the actions into the records.
 //
-// Graphical thread; the main window owns it. It has no copy of the list: after each change of the list of the
-// back end, call reset() before a view reads again.
+// It lives on the graphical thread; the main window owns it. It has no copy of the back end's list. After
+// each change of that list, call reset() before a view reads again.
 
 #ifndef PACKAGETABLE_MODEL_H
 #define PACKAGETABLE_MODEL_H
@@ -35,12 +35,12 @@ public:
     // The back end is not owned. After its deletion the table is empty.
     explicit Model(YumIO* backEnd, QObject* parent = nullptr);
 
-    // Not owned; must outlive the model.
+    // Sets the configuration, which is not owned and must outlive the model.
     void setYumConfIO(YumConfIO* reader);
-    // Selects the normal or the disabled colours of texts. The caller must redraw the view.
+    // Selects the text colours of an enabled or a disabled view. The caller must redraw the view.
     void setEnabled(bool isEnabled);
-    // The darkest or lightest background of rows. For a dark one, the model lightens the colours of texts.
-    // The caller must redraw the view.
+    // Sets the background of the rows. If it is dark, the model uses lighter text colours. The caller must
+    // redraw the view.
     void setBackground(const QColor& background);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -48,19 +48,20 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // The record of an existing row.
+    // Returns the record of a row, which must exist.
     Package::Entry* entry(int row) const;
 
     Package::State getState(int row) const;
     // Does not check whether the record's state permits the action.
     void setAction(const QModelIndex& index, Package::Action action);
-    // True if the record permits any action.
+    // Returns true if the record permits any action.
     static bool canBeMarked(const Package::Entry& entry);
-    // Switches to the next action that the state of the record permits.
+    // Changes the action of the record to the next action that its state permits.
     void toggleAction(const QModelIndex& index);
     void reset();
 
-    // While an object exists, the model has no rows. The records are changing, so their cells would be wrong.
+    // While a Hiding object exists, the model has no rows. It exists while the records change, because their
+    // cells would be wrong.
     class Hiding
     {
     public:
@@ -73,15 +74,15 @@ public:
         Model& model;
     };
 
-    // Shows all data of the record in a modal dialog; ignores a missing row. The first call creates the
-    // dialog; its parent owns it.
+    // Shows all data of the record in a modal dialog. Ignores a missing row. The first call creates the
+    // dialog, which its parent owns.
     void describe(const QModelIndex& index, QWidget* parent);
-    // Opens the repository of the record in the web browser of the user.
+    // Opens the repository of the record in the user's web browser.
     void browse(const QModelIndex& index, QWidget* parent);
 
 public Q_SLOTS:
-    // Marks missing packages for Install and outdated ones for Update. Other records stay unchanged, and so
-    // do records that replace others or are replaced.
+    // Marks available packages for Install and updatable packages for Update. Skips all other records, and
+    // records that replace another package or are replaced by another package.
     void setSelected(QModelIndexList indices);
     void clearActions();
 
@@ -94,10 +95,10 @@ private:
     YumConfIO* yumConfIO; // null until the configuration has been read
     bool enabled;
     int hidings;
-    QVariant pictures[ColumnCount][Columns::mostPictures]; // icons by sort key; invalid if missing
-    QVariant colors[3]; // by Package::State; if invalid, the colour of the view
+    QVariant pictures[ColumnCount][Columns::mostPictures]; // icons, by sort key; invalid if missing
+    QVariant colors[3]; // by Package::State; if invalid, the view's colour is used
     QVariant disabledColors[3];
-    QPointer<Describe::Dialog> describeDialog; // null until first needed
+    QPointer<Describe::Dialog> describeDialog; // null before the first use
 };
 
 } // namespace PackageTable

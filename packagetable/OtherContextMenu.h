@@ -2,7 +2,7 @@
 
 // The menu of all columns except the Action column.
 //
-// Graphical thread; a child of the view.
+// It lives on the graphical thread; the view is its Qt parent.
 
 #ifndef PACKAGETABLE_OTHERCONTEXTMENU_H
 #define PACKAGETABLE_OTHERCONTEXTMENU_H
@@ -21,7 +21,8 @@ class OtherContextMenu : public QMenu
 public:
     OtherContextMenu(Model* packages, QWidget* parentView);
 
-    // Runs the menu for a source index at a position on the screen. The index is invalid below the last row.
+    // Runs the menu at a position on the screen, for a source index. Below the last row, the index is
+    // invalid.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 private Q_SLOTS:

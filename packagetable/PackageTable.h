@@ -17,8 +17,8 @@ enum Mode : qint32 {
 
 enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
 
-// In the order of their rows in Columns. Saved layouts of the table use these numbers too, and are discarded
-// if the number of columns changes.
+// The columns, in the order of their rows in Columns. Saved layouts of the table use these numbers too, and
+// are discarded if the number of columns changes.
 enum Column : int {
     ActionColumn = 0,
     StateColumn,

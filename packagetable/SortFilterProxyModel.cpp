@@ -15,7 +15,7 @@ namespace PackageTable {
 
 namespace {
 
-// The first characters of a text as a number with the same order.
+// Converts the first four characters of a text to a number. The numbers have the same order as the texts.
 quint64 beginning(const QString& text)
 {
     quint64 number = 0;
@@ -44,12 +44,13 @@ void SortFilterProxyModel::setSourceModel(HAbstractTableModel* model)
     if (source != nullptr) {
         disconnect(source, nullptr, this, nullptr);
     }
-    // Before the base class notifies the views, which then read from the new model.
+    // The source must change before the base class notifies the views, because these then read from the new
+    // model.
     source = model;
     dropMap();
     HSortFilterProxyModel::setSourceModel(model);
     if (source != nullptr) {
-        // Otherwise the base class would follow the source with its own map.
+        // Without this call, the base class would follow changes of the source with its own map.
         disconnect(source, nullptr, this, nullptr);
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(sourceAboutToBeReset()));
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(clearCache()));
@@ -117,7 +118,7 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
         clearCache();
     }
     expression = changed;
-    refilter(); // this decides about every record
+    refilter(); // decides again about every record
 }
 
 void SortFilterProxyModel::setUpdateListed()
@@ -131,7 +132,7 @@ void SortFilterProxyModel::setUpdateListed()
             Q_EMIT dataChanged(listed, listed);
         }
     }
-    // The rows keep their places until the next filtering or sorting.
+    // The rows stay at their places until the table is filtered or sorted again.
     keys[ActionColumn].clear();
     if (sortedBy == ActionColumn) {
         order.clear();
@@ -157,7 +158,7 @@ void SortFilterProxyModel::sourceAboutToBeReset()
 
 void SortFilterProxyModel::sourceReset()
 {
-    // Results that were made while the records changed are useless.
+    // A view may have built a map while the records changed. That map is invalid.
     dropMap();
     endResetModel();
 }
@@ -235,7 +236,7 @@ void SortFilterProxyModel::refilter()
 
 void SortFilterProxyModel::map() const
 {
-    // Reading a field may open a message, and a view may be painted meanwhile.
+    // Reading a field may open a message box. A view that is painted meanwhile calls this function again.
     if (mapped || mapping) {
         return;
     }
@@ -317,7 +318,7 @@ QVariant SortFilterProxyModel::data(const QModelIndex& listed, int role) const
 QVariant SortFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (source == nullptr || orientation == Qt::Vertical) {
-        // Not the function of the base class, which uses its own map; this class does not use that map.
+        // This call skips the base class, whose function uses the base class's map.
         // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         return QAbstractItemModel::headerData(section, orientation, role);
     }
@@ -379,7 +380,7 @@ void SortFilterProxyModel::sort(int column, Qt::SortOrder newOrder)
 
 // --- The order
 
-// For each row of the source, the rank of its text among the different texts of the column.
+// Returns the rank of each source row's text among the different texts of the column.
 std::vector<int> SortFilterProxyModel::ranksOf(int column) const
 {
     struct Text
@@ -417,7 +418,8 @@ std::vector<int> SortFilterProxyModel::ranksOf(int column) const
     return numberOf;
 }
 
-// For each row of the source a number. The numbers have the order of the column, then of the names.
+// Returns a number for each source row. The numbers are in the order of the column. For equal cells, they are
+// in the order of the names.
 const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
 {
     const size_t rows = static_cast<size_t>(sourceRows());
@@ -432,7 +434,7 @@ const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
     std::vector<int> ranks;
     const auto number = Columns::row(column).sortKey;
     if (number == nullptr && column != NameColumn) {
-        ranks = ranksOf(column); // by its texts
+        ranks = ranksOf(column); // without a sort key, the texts determine the order
     }
     for (size_t row = 0; row < rows; ++row) {
         const qint64 first = number != nullptr ? number(*(*yumIO)[static_cast<int>(row)])
@@ -469,7 +471,7 @@ bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex& parent) 
     }
     if (verdicts[static_cast<size_t>(row)] == Unknown) {
         const bool accepted = acceptRow((*yumIO)[row], row, parent);
-        // Reading a field may have rebuilt the list.
+        // While a field was read, the list may have been rebuilt.
         if (static_cast<size_t>(row) < verdicts.size()) {
             verdicts[static_cast<size_t>(row)] = accepted ? Accepted : Rejected;
         }
@@ -539,7 +541,7 @@ bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QMode
     return pattern.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)]);
 }
 
-// The non-empty texts of each row of the table, joined by blanks.
+// Joins the texts of each row that are not empty, with blanks between them.
 void SortFilterProxyModel::makeTexts() const
 {
     const int rows = yumIO->count();

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Selects the package records in the table and their order: by state, duplicates, groups and a regular
+// Filters and sorts the package records in the table. It filters by state, duplicates, groups and a regular
 // expression.
 //
-// Graphical thread; the main window owns it. It has its own map between table rows and records, instead of
-// the map of the base class. Filtering does not sort, and sorting does not filter, so a table of a whole
-// distribution responds at once. It reads the records directly from the back end, without variants.
+// It lives on the graphical thread; the main window owns it. It has its own map between table rows and
+// records, instead of the base class's map. Filtering does not sort again, and sorting does not filter again.
+// It reads the records directly from the back end, without QVariants. Therefore a table of a whole
+// distribution responds immediately.
 
 #ifndef PACKAGETABLE_SORTFILTERPROXYMODEL_H
 #define PACKAGETABLE_SORTFILTERPROXYMODEL_H
@@ -33,7 +34,7 @@ class SortFilterProxyModel : public HSortFilterProxyModel
     Q_OBJECT
 
 public:
-    // The back end is not owned. The rows of the source model must be the records of the back end.
+    // The back end is not owned. The rows of the source model must be the back end's records.
     SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                          QObject* parent = nullptr);
 
@@ -44,27 +45,27 @@ public:
     void setStateFilter(StateFilter state);
     void setDupsFilter(bool withDups);
     void setGroupsFilter(bool withGroups);
-    // If off, the table lists every row.
+    // Enables or disables all filters. If they are disabled, the table lists every row.
     void setFilter(bool on);
     bool getFilter() const { return filtering; }
-    // An extended POSIX expression, case-sensitive; ".*" at either end is removed. An empty expression lists
-    // everything, an invalid one nothing.
+    // Sets the extended POSIX expression, which is case-sensitive. ".*" is removed from both ends. An empty
+    // expression lists everything; an invalid expression lists nothing.
     void setFilterRegExp(const QString& text);
-    // The current expression without ".*" at its ends. The own expression of the base class stays empty.
+    // Returns the current expression without ".*" at its ends. The expression of the base class stays empty.
     QRegExp filterRegExp() const { return expression; }
-    // False for an invalid expression, which lists nothing.
+    // Returns false for an invalid expression, which lists nothing.
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
-    // The error in an invalid expression.
+    // Returns the description of the error in an invalid expression.
     QString expressionFault() const { return pattern.fault(); }
-    // The records that a search with these filters examines.
+    // Returns the records that a search with these filters examines.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
-    // Marks every listed, outdated record for Update.
+    // Marks every listed, updatable record for Update.
     void setUpdateListed();
     // Filters and sorts again.
     void clear();
 
-    // The sorted column; -1 for the order of the back end. The base class must not know it, because it would
-    // build its own map.
+    // Returns the sorted column, or -1 if the rows are in the back end's order. The base class must not know
+    // the column, because it would then build its own map.
     int sortColumn() const { return sortedBy; }
     Qt::SortOrder sortOrder() const { return sortedIn; }
 
@@ -82,8 +83,8 @@ public:
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
-    // While an object exists, a table sorted by action is not sorted again after each change of an action.
-    // With changes in all rows, this would take minutes.
+    // While a SortPause object exists, a change of an action does not sort the table again. If the table is
+    // sorted by action and all actions change, repeated sorting would take minutes.
     class SortPause
     {
     public:
@@ -132,26 +133,26 @@ private:
     bool groups;
     QPointer<YumIO> yumIO;
     HAbstractTableModel* source;
-    mutable std::vector<Verdict> verdicts; // by row of the source
+    mutable std::vector<Verdict> verdicts; // indexed by source row
     QRegExp expression;
     Expression pattern;
 
     int sortedBy;
     Qt::SortOrder sortedIn;
-    QTimer idle; // fires shortly after new records: prepares the texts
+    QTimer idle; // fires shortly after new records arrive, to prepare the texts
     int sortPauses;
     bool sortWanted; // an action has changed during a SortPause
 
-    // All these members are computed on first use, and dropped together with the records.
+    // The members that follow are calculated at their first use, and are dropped together with the records.
     mutable bool mapped;
     mutable bool mapping;
-    mutable std::vector<int> order;      // the rows of the source, sorted
-    mutable std::vector<int> listedRows; // by row of the proxy, the row of the source
-    mutable std::vector<int> proxyRows;  // by row of the source, the row of the proxy; -1: not listed
+    mutable std::vector<int> order;      // the sorted source rows
+    mutable std::vector<int> listedRows; // source rows, indexed by proxy row
+    mutable std::vector<int> proxyRows;  // proxy rows, indexed by source row; -1 if not listed
     mutable std::vector<qint64> keys[ColumnCount];
     mutable std::vector<int> nameRanks;
-    mutable QByteArray visible;           // the visible texts of all rows; a zero byte ends each
-    mutable std::vector<int> visibleFrom; // by row, the start of its texts
+    mutable QByteArray visible;           // the visible texts of all rows; a zero byte ends each row
+    mutable std::vector<int> visibleFrom; // the start of each row in `visible`
 };
 
 } // namespace PackageTable

@@ -24,12 +24,13 @@
 
 namespace PackageTable {
 
-// Adds up the widths of pairs of characters, which is much faster than measuring a text. The sum may be
-// slightly wrong if a font draws three or more characters together.
+// Estimates the width of a text by adding the widths of pairs of characters. This is much faster than a
+// measurement of the whole text. The sum may be slightly wrong if a font combines three or more characters.
 class View::WidthEstimate
 {
 public:
-    // For a text with other characters than printable ASCII: other scripts are not drawn letter by letter.
+    // The estimate for a text that contains other characters than printable ASCII, because other scripts are
+    // not drawn letter by letter.
     static constexpr qreal unknown = 1e9;
 
     explicit WidthEstimate(const QFont& itsFont)
@@ -69,7 +70,7 @@ private:
         return known;
     }
 
-    // The width that a letter adds to a text with the given last letter.
+    // Returns the width that a letter adds to a text that ends with the letter `before`.
     qreal advance(int before, int code)
     {
         qreal& known = advances[static_cast<size_t>(before) * count + static_cast<size_t>(code)];
@@ -90,8 +91,8 @@ private:
 
     QFont font;
     QFontMetricsF metrics;
-    std::vector<qreal> widths;   // both are measured at their first use
-    std::vector<qreal> advances; // by pair
+    std::vector<qreal> widths;   // by character; each width is measured at its first use
+    std::vector<qreal> advances; // by pair of characters; also measured at first use
 };
 
 View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
@@ -104,7 +105,7 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setAlternatingRowColors(true);
     setContextMenuPolicy(Qt::CustomContextMenu);
-    setTabKeyNavigation(false); // otherwise Tab would go through every cell
+    setTabKeyNavigation(false); // the Tab key must not go through every cell
     verticalHeader()->hide();
     setOneLineRows();
     adaptColors();
@@ -113,17 +114,17 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSectionsMovable(true);
     header->setSectionsClickable(true);
     header->setHighlightSections(false);
-    // Otherwise the view gets a click with the right button, as a click on the row at that height.
+    // Without this setting, a right click on the header reaches the view as a click on the row at the same
+    // height.
     header->setContextMenuPolicy(Qt::PreventContextMenu);
     setHorizontalHeader(header);
-    header->setSortIndicatorShown(true); // a header loses this when a view takes it
+    header->setSortIndicatorShown(true); // setHorizontalHeader() has reset this
 
     sortByColumn(KindColumn, Qt::AscendingOrder);
-    // An expression is matched against every column nevertheless: the key column is only the last chosen
-    // column.
+    // The key column has no effect on the filter: an expression is always matched against every column.
     proxy->setFilterKeyColumn(KindColumn);
 
-    connect(proxy, SIGNAL(modelReset()), this, SLOT(tellWhetherEmpty()));
+    connect(proxy, SIGNAL(modelReset()), this, SLOT(reportEmptyText()));
     connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHorizontalHeaderClicked(int)));
     connect(this, SIGNAL(clicked(const QModelIndex&)), this, SLOT(handleActivated(const QModelIndex&)));
     connect(this, SIGNAL(customContextMenuRequested(const QPoint&)), this,
@@ -183,12 +184,12 @@ void View::setEmptyText(const QString& text)
 {
     if (emptyText != text) {
         emptyText = text;
-        tellWhetherEmpty();
+        reportEmptyText();
         viewport()->update();
     }
 }
 
-void View::tellWhetherEmpty()
+void View::reportEmptyText()
 {
     setAccessibleDescription(proxy->rowCount() == 0 ? emptyText : QString());
 }
@@ -235,8 +236,8 @@ int View::contentsWidthForColumn(int column) const
         }
         return width;
     }
-    // Only the texts with the largest sums are measured. Of texts with equal sums and the same last letter,
-    // which may overhang, only one is measured.
+    // Only the texts with the largest estimates are measured. If several texts have the same estimate and the
+    // same last letter, only one of them is measured. The last letter matters, because it may overhang.
     if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
         widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }
@@ -250,7 +251,7 @@ int View::contentsWidthForColumn(int column) const
             widest = qMax(widest, estimated);
         }
     }
-    // The largest difference between the width of a text and the sum of its pairs.
+    // The maximum difference between the width of a text and its estimate.
     const qreal margin = QFontMetricsF(option.font).averageCharWidth();
     QSet<qint64> measuredLooks;
     QSet<QString> measuredTexts;
@@ -278,7 +279,7 @@ int View::contentsWidthForColumn(int column) const
 void View::reset()
 {
     HTableView::reset();
-    // There is no current row any more, and the selection does not report that.
+    // After a reset no row is current, but the selection model emits no signal.
     if (currentRow != -1) {
         const int previousRow = currentRow;
         currentRow = -1;
@@ -317,7 +318,7 @@ void View::keyPressEvent(QKeyEvent* event)
 {
     const QModelIndex current = currentIndex();
     if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier && current.isValid()) {
-        // The same as a click on the row's Action column.
+        // The space key acts as a click on the Action column of the row.
         handleActivated(current.sibling(current.row(), ActionColumn));
         return;
     }
@@ -332,7 +333,7 @@ void View::mouseDoubleClickEvent(QMouseEvent* event)
 {
     HTableView::mouseDoubleClickEvent(event);
     const QModelIndex index = indexAt(event->pos());
-    // On the Action column, a double click is two clicks.
+    // In the Action column, a double click acts as two clicks.
     if (event->button() == Qt::LeftButton && index.isValid() && index.column() != ActionColumn) {
         describe();
     }
@@ -368,7 +369,7 @@ void View::currentChanged(const QModelIndex& current, const QModelIndex& previou
 
 void View::adaptColors()
 {
-    // The one of the two row backgrounds on which colours are harder to read if both are dark.
+    // The lighter of the two row backgrounds is used. If both are dark, colours are harder to read on it.
     const QColor base = palette().color(QPalette::Base);
     const QColor alternate = palette().color(QPalette::AlternateBase);
     model->setBackground(alternate.lightness() > base.lightness() ? alternate : base);

@@ -3,7 +3,8 @@
 // The view of the package table. A click on the Action column or a context menu sets actions. Signals report
 // the current row and changed actions.
 //
-// Graphical thread; a child of the table area of the main window. Owns its two context menus.
+// It lives on the graphical thread; the table area of the main window is its Qt parent. It owns its two
+// context menus.
 
 #ifndef PACKAGETABLE_VIEW_H
 #define PACKAGETABLE_VIEW_H
@@ -28,18 +29,18 @@ class View : public HTableView
     Q_OBJECT
 
 public:
-    // Neither model is owned; the proxy's source is the model.
+    // The view owns neither model. The model is the source of the proxy.
     View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
     ~View() override;
 
-    // Source indexes.
+    // Returns source indexes.
     QModelIndexList selectedRows() const;
 
-    // The text in place of rows if no row is listed; plain text.
+    // Sets the plain text that the view shows if no row is listed.
     void setEmptyText(const QString& text);
 
-    // The changes of the user to the columns since the last fit: for each column its width in pixels, or 0
-    // for the fitted width, and its position from the left. A layout with another number of columns is not
+    // The user's changes to the columns since they were last fitted. Each column has a width in pixels, or 0
+    // for the fitted width, and a position from the left. A layout with another number of columns is not
     // restored.
     struct Layout
     {
@@ -51,20 +52,22 @@ public:
 
 public Q_SLOTS:
     void reset() override;
-    // Describes the package of the current row, if any.
+    // Opens the description of the package in the current row, if any.
     void describe();
-    // Fits the columns to all records, including those not listed, so that another filter cuts no text off.
+    // Fits the columns to all records, including unlisted records, so that no text is truncated after a
+    // change of the filter.
     void resizeColumnsToContents();
     void handleHorizontalHeaderClicked(int column);
     void handleActivated(const QModelIndex& index);
     void handleCustomContextMenuRequested(const QPoint& pos);
 
 Q_SIGNALS:
-    // Source rows; -1 for none.
+    // Emitted when another row becomes current. The arguments are source rows; -1 means no row.
     void currentChanged(int current, int previous);
-    // The source row whose action has changed; -1 for possibly many.
+    // The source row whose action has changed, or -1 if several actions may have changed.
     void stateChanged(int row);
-    // The user has requested another action for a row that permits none; plain text.
+    // Emitted when the user requests another action for a row that permits no action. The reason is plain
+    // text.
     void actionRefused(const QString& reason);
 
 protected:
@@ -72,14 +75,14 @@ protected:
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
-    // Enter describes the package of the current row. The space key switches to the next action of the
-    // current row.
+    // The Enter key opens the description of the package in the current row. The space key changes its action
+    // to the next permitted action.
     void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
 
 private Q_SLOTS:
-    // Reports the text of the empty table to screen readers.
-    void tellWhetherEmpty();
+    // Reports the empty table's text to screen readers.
+    void reportEmptyText();
 
 private:
     class WidthEstimate;
@@ -88,10 +91,10 @@ private:
 
     Model* model;
     SortFilterProxyModel* proxy;
-    int currentRow;                // from the last signal
-    bool fittingRecords;           // true while columns are fitted to all records, not only to listed ones
-    ActionContextMenu* actionMenu; // null until first needed
-    OtherContextMenu* otherMenu;   // null until first needed
+    int currentRow;                // the row of the last signal
+    bool fittingRecords;           // true while columns are fitted to all records, not only to listed records
+    ActionContextMenu* actionMenu; // null before the first use
+    OtherContextMenu* otherMenu;   // null before the first use
     QString emptyText;
     QVector<int> fittedWidths;                            // by column, in pixels; empty before the first fit
     mutable std::unique_ptr<WidthEstimate> widthEstimate; // for the font of the last fit

@@ -25,10 +25,10 @@ public:
     // The view owns neither model. The model is the source of the proxy.
     View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
 
-    // Source rows; -1 for none.
+    // Both functions use source rows; -1 means no row.
     int currentRow() const;
     void setCurrentRow(int row);
-    // Source indexes.
+    // Returns source indexes.
     QModelIndexList selectedRows() const;
 
     // The view creates the menu on first use and owns it.
@@ -42,7 +42,7 @@ public Q_SLOTS:
     void handleActivated(const QModelIndex& index);
 
 Q_SIGNALS:
-    // Source rows; -1 for none.
+    // Emitted when another row becomes current. The arguments are source rows; -1 means no row.
     void currentChanged(int current, int previous);
     // A source index.
     void activated(const QModelIndex& index);
