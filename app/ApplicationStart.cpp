@@ -18,7 +18,8 @@ namespace {
 
 ApplicationStart* current = nullptr;
 
-// The name of the display that cannot be opened. A null text if the messages report something else.
+// Returns the name of the display that cannot be opened, or a null text if the messages report another
+// problem.
 QString missingDisplay(const QStringList& texts)
 {
     const QString complaint = QStringLiteral("could not connect to display");
@@ -32,7 +33,7 @@ QString missingDisplay(const QStringList& texts)
     return {};
 }
 
-// Qt may have removed some arguments already, so their number is unknown.
+// Reads up to the null pointer, because Qt may have removed arguments, so their number is unknown.
 bool asksForHelp(char** argument)
 {
     for (; *argument != nullptr; ++argument) {
@@ -94,6 +95,6 @@ void ApplicationStart::fail(const QString& text) const
         printUsage();
         std::fflush(stdout);
     }
-    // The application object is only half constructed, so no destructor may run.
+    // The application object is only partly constructed, so no destructor may run.
     _exit(1);
 }

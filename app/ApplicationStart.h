@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Ends the process in good order if the toolkit finds no display.
+// Ends the process with a single message if Qt finds no display.
 //
-// Without a display, Qt prints several messages and aborts. An object of this class holds Qt's messages back.
-// If the start fails, it prints one message and ends the process with exit status 1. If the arguments ask for
-// help, it prints the usage text too. If the start succeeds, it passes the messages on to the previous
-// handler.
+// Without a display, Qt prints several messages and aborts. An object of this class stores Qt's messages
+// instead. If the start fails, it prints one message and ends the process with exit status 1. If the
+// arguments ask for help, it also prints the usage text. If the start succeeds, it passes the messages to the
+// previous handler.
 //
-// main() makes it on the graphical thread, directly before the application object, and destroys it directly
-// after; one at a time.
+// main() creates it on the graphical thread, immediately before the application object, and destroys it
+// immediately after that object has been created. Only one object may exist at a time.
 
 #ifndef APP_APPLICATIONSTART_H
 #define APP_APPLICATIONSTART_H
@@ -24,8 +24,8 @@ class QString;
 class ApplicationStart
 {
 public:
-    // The arguments are those of main(). They end with a null pointer and must outlive this object, which
-    // reads them only if the start fails.
+    // The arguments are the arguments of main(). They end with a null pointer and must outlive this object.
+    // It reads them only if the start fails.
     explicit ApplicationStart(char** argv);
     ~ApplicationStart();
     ApplicationStart(const ApplicationStart&) = delete;
@@ -37,7 +37,7 @@ private:
 
     char** arguments;
     QtMessageHandler handlerBefore;
-    std::mutex mutex; // Qt has threads of its own
+    std::mutex mutex; // Qt's own threads may also send messages
     std::vector<std::pair<QtMsgType, QString>> held;
 };
 

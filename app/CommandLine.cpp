@@ -49,8 +49,8 @@ namespace CommandLine {
 
 namespace {
 
-// The index of the first keyword that begins with the argument. An empty argument means the first keyword.
-// -1 if no keyword matches.
+// Returns the index of the first keyword that begins with the argument, or -1. An empty argument selects the
+// first keyword.
 template <int count> int keyword(const char* const (&keywords)[count], const char* argument)
 {
     const size_t length = std::strlen(argument);
@@ -62,7 +62,7 @@ template <int count> int keyword(const char* const (&keywords)[count], const cha
     return -1;
 }
 
-// The first character beyond ASCII. If it is not valid UTF-8, only its first byte.
+// Returns the first character beyond ASCII. If the character is invalid UTF-8, returns only its first byte.
 std::string firstBeyondAscii(const char* text)
 {
     const auto isContinuation = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; };
@@ -81,7 +81,7 @@ std::string firstBeyondAscii(const char* text)
 const char* const modes[] = {"filter", "search"};
 const char* const states[] = {"updatable", "installable", "removable", "all"};
 
-// Options without a letter. Their values differ from those of all letters.
+// Options without a letter. Their values are beyond the values of all characters.
 enum LongOnly { Duplicates = 256, DisableRepo, EnableRepo };
 
 const option longOptions[] = {
@@ -159,8 +159,8 @@ void apply(int argc, char** argv, MainWindow& window)
                              firstBeyondAscii(word).c_str());
                 usage();
             }
-            // If a long option lacks its argument, optopt is the value of that option: its letter, or a
-            // LongOnly value.
+            // If a long option lacks its argument, optopt is the value of that option. This is its letter or
+            // a LongOnly value.
             if (optopt > 0 && optopt < Duplicates) {
                 std::fprintf(stderr, "%s: unrecognized option letter: %c\n", program, optopt);
             } else {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads the command line into settings of the main window.
+// Reads the command line and sets the options of the main window.
 //
-// Graphical thread, before the window is shown. Every error ends the process with status 1.
+// The graphical thread calls these functions before the window is shown. Every error ends the process with
+// status 1.
 
 #ifndef APP_COMMANDLINE_H
 #define APP_COMMANDLINE_H
@@ -17,8 +18,8 @@ void printUsage();
 
 namespace CommandLine {
 
-// Applies the options in their order, so the last of two options for the same setting wins. Qt has removed
-// its own options already.
+// Applies the options in their order. If two options set the same value, the last option wins. Qt has already
+// removed its own options.
 void apply(int argc, char** argv, MainWindow& window);
 
 } // namespace CommandLine

@@ -9,7 +9,7 @@
 
 void ExpressionEdit::showValid(bool valid)
 {
-    // Otherwise an invalid expression looks like one without matches.
+    // Without these colours, an invalid expression would look like an expression without matches.
     QPalette palette = QApplication::palette(this);
     if (!valid) {
         palette.setColor(QPalette::Base, QColor(Colors::errorBg()));

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The edit for the expression that filters the table. Its colours show whether the expression is valid.
+// The line edit for the expression that filters the table. Its colours show whether the expression is valid.
 //
-// An edit normally uses Ctrl+E to move the cursor to its end. This one leaves the key to the menu, where it
-// opens the repository editor.
+// Normally, Ctrl+E moves the cursor to the end of a line edit. This class ignores the key, because the menu
+// uses Ctrl+E to open the repository editor.
 //
-// Graphical thread; owned by the main window.
+// It lives on the graphical thread; the main window owns it.
 
 #ifndef APP_EXPRESSIONEDIT_H
 #define APP_EXPRESSIONEDIT_H

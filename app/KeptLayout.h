@@ -2,7 +2,7 @@
 
 // Saves and restores the size of the main window and the widths and places of the table's columns.
 //
-// Graphical thread; only functions.
+// Only the graphical thread calls these functions.
 
 #ifndef APP_KEPTLAYOUT_H
 #define APP_KEPTLAYOUT_H
@@ -15,7 +15,7 @@ class View;
 namespace KeptLayout {
 
 void save(const QWidget& window, const PackageTable::View& view);
-// A setting that was never saved changes nothing.
+// Values that were never saved are not changed.
 void restore(QWidget& window, PackageTable::View& view);
 
 } // namespace KeptLayout

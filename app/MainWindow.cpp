@@ -60,7 +60,7 @@ MainWindow::MainWindow()
       logWindow(nullptr), repoEditor(nullptr), aboutBox(nullptr), notice(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
-    Execute::keepOutput(); // the manual can be opened while a transaction's output is captured
+    Execute::keepOutput(); // the user can open the manual during the capture of a transaction's output
     model = new PackageTable::Model(yumIO, this);
     proxy = new PackageTable::SortFilterProxyModel(PackageTable::ViewUpdatable, true, false, yumIO, this);
     proxy->setSourceModel(model);
@@ -103,7 +103,7 @@ void MainWindow::setVisible(bool visible)
     const bool first = visible && !scheduled;
     if (first) {
         scheduled = true;
-        // The table is still hidden, so the layout reserves no room for it.
+        // The table is still hidden, so the layout reserves no space for it.
         QWidget::resize(QSize(1000, 700).boundedTo(Metrics::maxWindowSize()));
     }
     QMainWindow::setVisible(visible);
@@ -119,11 +119,11 @@ QSize MainWindow::sizeHint() const
 
 void MainWindow::initialize()
 {
-    // A window without contents looks broken. Therefore this waits until the window system shows the window.
-    // The wait has a limit, because a window that starts as an icon is never shown.
+    // Waits until the window system shows the window, because a window without contents looks broken. The
+    // wait has a limit, because a window that starts as an icon is never shown.
     QElapsedTimer waiting;
     waiting.start();
-    QTimer alarm; // makes processEvents() return now and then
+    QTimer alarm; // makes processEvents() return regularly
     alarm.start(100);
     while (windowHandle() != nullptr && !windowHandle()->isExposed() && waiting.elapsed() < 2000) {
         QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
@@ -168,10 +168,11 @@ void MainWindow::initialize()
         return;
     }
     model->reset();
-    collectedExtraData(); // the collection changes haveFileLists() and haveOtherData()
+    collectedExtraData(); // the collection has changed haveFileLists() and haveOtherData()
     showTable();
     {
-        // The columns fit all rows. While a search is prepared, rows that do not match must not be visible.
+        // The columns were fitted to all rows. While a search is prepared, rows that do not match must not be
+        // visible.
         const PackageTable::Model::Hiding hiding(*model);
         view->setEmptyText(tr("Reading the packages..."));
         filtersearch();
@@ -211,7 +212,7 @@ void MainWindow::saveLayout() const
     }
 }
 
-// Returns false if the user ends the program; the window has quit then.
+// Asks the user for missing credentials. Returns false if the user has ended the program, and quit() has run.
 bool MainWindow::checkCredentials(bool& changed)
 {
     const RepoAuth::Checker checker(this, yumConfIO);
@@ -245,7 +246,7 @@ void MainWindow::reposChanged()
     }
     yumIO->reset();
     if (tableArea->isHidden()) {
-        applyExpression(); // the one from the command line
+        applyExpression(); // the expression from the command line
     }
     recollect();
     showTable();
@@ -254,7 +255,7 @@ void MainWindow::reposChanged()
 
 void MainWindow::yumConfIOChanged()
 {
-    // The files are read often, but each doubt is logged only once.
+    // The files are read often, but each warning is logged only once.
     for (const QString& doubt : qAsConst(yumConfIO->doubts)) {
         if (!quitting() && !loggedDoubts.contains(doubt)) {
             loggedDoubts.insert(doubt);
@@ -311,7 +312,7 @@ void MainWindow::setReady(bool ready)
     QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
     if (ready && closeWanted && !quitting()) {
         closeWanted = false;
-        // The operation must return before the window closes.
+        // The functions of the operation must return before the window closes.
         QTimer::singleShot(0, this, SLOT(close()));
     }
 }
@@ -339,7 +340,8 @@ MainWindow::LoggedErrors::~LoggedErrors()
     {
         const QMutexLocker locker(&entries);
         any = std::any_of(entries.cbegin() + before, entries.cend(), [](const Log::Entry& entry) {
-            return entry.kind == Log::Error && entry.level <= 2; // the log window shows these by default
+            return entry.kind == Log::Error &&
+                   entry.level <= 2; // the log window shows these entries by default
         });
     }
     if (any) {
@@ -358,11 +360,12 @@ void MainWindow::recollect(Kept kept)
         yumIO->clearEntries();
         collect();
         yumIO->restoreMarks(marks);
-        // Otherwise the proxy reads the search texts of each record on the graphical thread and blocks it.
+        // Without this call, the proxy would read the search texts of each record on the graphical thread and
+        // block it.
         prepareFilterSearch();
     }
     updateEmptyText();
-    // The table has new records now.
+    // The table now has new records.
     warnUnlistedActions();
     stateChanged(-1);
     collectedExtraData();
@@ -385,7 +388,7 @@ void MainWindow::clean(bool (YumIO::*operation)())
 {
     setReady(false);
     (yumIO->*operation)();
-    // If the window is about to close, a collection would only wait for the same lock again.
+    // If the window is about to close, a new collection would only wait for the same lock again.
     if (!closeWanted) {
         yumIO->reset();
         recollect();
@@ -426,10 +429,10 @@ void MainWindow::apply()
         return;
     }
     if (changed) {
-        // Otherwise the back end continues to use the old URLs.
+        // Without this call, the back end would continue to use the old URLs.
         yumIO->reset();
     }
-    // A transaction that fails half way changes the system too.
+    // Even a failed transaction may have changed the system.
     if (applied || yumIO->systemChanged()) {
         recollect(LeftOutMarks);
     } else if (yumIO->isOutdated()) {
@@ -451,7 +454,7 @@ void MainWindow::quit()
         return;
     }
     saveLayout();
-    // From here on nothing may use the back end.
+    // After this line, nothing may use the back end.
     YumIO* const ending = yumIO;
     yumIO = nullptr;
     ending->clearEntriesBeforeQuit();
@@ -465,7 +468,8 @@ void MainWindow::quit()
     delete ending;
 }
 
-// Called while the back end works. If it only waits for another program, the wait can be ended safely.
+// Called if the user closes the window while the back end works. If the back end only waits for another
+// program, the window closes after this wait has ended.
 void MainWindow::closeLater()
 {
     if (yumIO->endWaiting()) {
@@ -557,7 +561,8 @@ void MainWindow::showNotice(const QString& text)
 void MainWindow::about()
 {
     if (aboutBox == nullptr) {
-        // Not QMessageBox::about(): an operation that ends meanwhile would have to wait for its event loop.
+        // QMessageBox::about() is unsuitable, because it runs an event loop. An operation that ends meanwhile
+        // would wait for the end of that loop.
         aboutBox = new QMessageBox(
             QMessageBox::NoIcon, tr("About"),
             tr("<h3>VYRE %1</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "
@@ -578,7 +583,7 @@ void MainWindow::about()
             QMessageBox::Ok, this);
         aboutBox->setIconPixmap(windowIcon().pixmap(64));
         aboutBox->setModal(false);
-        // Qt would open the page as root.
+        // Qt would open the web page with the rights of root.
         for (QLabel* label : aboutBox->findChildren<QLabel*>()) {
             label->setOpenExternalLinks(false);
             connect(label, SIGNAL(linkActivated(const QString&)), this, SLOT(openPage(const QString&)));
@@ -612,13 +617,13 @@ void MainWindow::modeChanged(int mode)
 
 void MainWindow::prepareFilterSearch()
 {
-    // Before the window is shown, nothing can be loaded yet; initialize() calls this function later.
+    // Before the window is shown, no data can be loaded. initialize() calls this function later.
     if (!scheduled || modeBox->currentIndex() != searchMode) {
         return;
     }
     const QString regexp = regexpEdit->text();
     const bool wanted = !regexp.isEmpty() && regexp != QLatin1String(".*");
-    // The table may still be filtered by an earlier expression than the one in the edit.
+    // An earlier expression may still filter the table, although the edit contains another expression.
     if (!wanted && proxy->filterRegExp().isEmpty()) {
         return;
     }

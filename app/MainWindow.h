@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The program's one main window: menus, the filter row, the package table, the action buttons and the
-// progress bars. It owns the back end and all objects that work on it. It disables the controls before each
-// long operation and enables them afterwards.
+// The program's main window: menus, the filter row, the package table, the action buttons and the progress
+// bars. It owns the back end and all objects that use the back end. It disables the controls before each long
+// operation and enables them afterwards.
 //
-// Graphical thread; made by main() and never deleted.
+// It lives on the graphical thread. main() creates it and never deletes it.
 
 #ifndef APP_MAINWINDOW_H
 #define APP_MAINWINDOW_H
@@ -52,7 +52,7 @@ class MainWindow : public QMainWindow
 public:
     MainWindow();
 
-    // The settings of the command line. Call these before the window is first shown.
+    // These functions set the options of the command line. Call them before the window is first shown.
     void setMode(PackageTable::Mode mode);
     void setRegexp(const char* regexp);
     void setStateFilter(PackageTable::StateFilter filter);
@@ -65,9 +65,9 @@ public:
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
 
-    // Returns whether the back end is changing the system at this moment. No such change may be interrupted.
+    // Returns whether the back end is changing the system now. This work must not be interrupted.
     bool isChangingSystem() const;
-    // Ends all work, because the process ends directly afterwards; see YumIO::finish().
+    // Ends all work, because the process then ends; see YumIO::finish().
     void finish(bool displayIsThere);
 
 public Q_SLOTS:
@@ -76,11 +76,11 @@ public Q_SLOTS:
     void reposChanged();
     void initialize();
     void yumConfIOChanged();
-    // Logs a message about the writing of the configuration.
+    // Logs a message that the configuration has sent while it was written.
     void yumConfIONoted(const QString& text);
     void quit();
     void displayLog();
-    // At the start, the packages are collected when the editor closes, even without changes.
+    // If `atStart` is true, the packages are collected when the editor closes, even without changes.
     void editRepositories(bool atStart = false);
     void cleanDbcache();
     void cleanPackages();
@@ -92,7 +92,7 @@ public Q_SLOTS:
     void filtersearch();
     void currentChanged(int row, int previous);
     void stateChanged(int row = -1);
-    // Shows a text beside the menus for a while, and logs it.
+    // Logs a text as a warning, and shows it beside the menus for a while.
     void warnAndNotice(const QString& text);
     void modeChanged(int mode);
     void collectedExtraData();
@@ -109,12 +109,12 @@ private Q_SLOTS:
 
 protected:
     // While the back end works, the window stays open, because a transaction must not be interrupted. If the
-    // back end only waits for another program, the wait ends, and then the window closes. Otherwise this does
-    // the same as quit().
+    // back end only waits for another program, the wait ends, and then the window closes. If the back end is
+    // idle, this function calls quit().
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    // At the end of its scope, shows a notice if the log has new errors. Some errors are reported only in the
+    // Shows a notice at the end of a scope if the log has new errors. Some errors are reported only in the
     // log, for example an unreachable repository or a failed script of a package.
     class LoggedErrors
     {
@@ -126,7 +126,7 @@ private:
 
     private:
         MainWindow& window;
-        int before; // the number of entries at the beginning
+        int before; // the number of log entries at the start of the scope
     };
 
     void createMenuBar();
@@ -139,7 +139,7 @@ private:
     void warnUnlistedActions();
     void setReady(bool ready);
     void collect();
-    // The marks that are set again after a collection, where they are still possible.
+    // The marks that are set again after a collection, if they are still possible.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
     // Filters the table by the text in the edit.
@@ -151,7 +151,7 @@ private:
     bool checkCredentials(bool& changed);
     void clean(bool (YumIO::*operation)());
     void showNotice(const QString& text);
-    // An empty text means no fault; nothing is shown then.
+    // Shows an error to the user. If the text is empty, shows nothing.
     void showFault(const QString& text);
     void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }
@@ -160,8 +160,8 @@ private:
     bool logAtStart;
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
-    QSet<QString> loggedDoubts; // doubts about the configuration that the log already has
-    YumIO* yumIO;               // null from quit() on
+    QSet<QString> loggedDoubts; // warnings about the configuration that are already in the log
+    YumIO* yumIO;               // null after the start of quit()
     YumIO* closing;             // the back end while quit() closes the window
     YumConfIO* yumConfIO;
     bool initialized;
@@ -169,7 +169,7 @@ private:
     bool busy;
     bool closeWanted;              // the window closes at the end of the current operation
     bool collectFailed;            // the last collection of packages failed
-    QPointer<QWidget> focusBefore; // had the focus when the controls were disabled
+    QPointer<QWidget> focusBefore; // the widget that had the focus when the controls were disabled
 
     HMenu* programMenu;
     QAction* quitAction;
@@ -195,10 +195,10 @@ private:
     HFrameLabel* unlistedLabel;
     HProgressBar* totalBar;
     HProgressBar* itemBar;
-    Log::Window* logWindow;         // null until first needed
-    RepoEditor::Dialog* repoEditor; // null until first needed
-    QMessageBox* aboutBox;          // null until first needed
-    Notice* notice;                 // null until first needed
+    Log::Window* logWindow;         // null before the first use
+    RepoEditor::Dialog* repoEditor; // null before the first use
+    QMessageBox* aboutBox;          // null before the first use
+    Notice* notice;                 // null before the first use
 };
 
 #endif

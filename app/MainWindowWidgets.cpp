@@ -78,8 +78,9 @@ void MainWindow::createMainArea()
     centralLayout->addWidget(itemBar);
     setCentralWidget(central);
 
-    // Before the first collection there are no packages to show, and the bars stay at the bottom. A visible
-    // table would be asked for its size too early: it decides only once how many rows its size hint covers.
+    // The table is hidden until the first collection. The bars stay at the bottom of the window. The table
+    // sets the number of rows in its size hint only once, so the layout must not ask for the size hint of an
+    // empty table.
     tableArea->hide();
 }
 
@@ -179,7 +180,8 @@ QBoxLayout* MainWindow::createButtonRow()
 
 void MainWindow::warnConfigure()
 {
-    // The label always has its full size, so that the row does not move when the warning appears or vanishes.
+    // The label always has its full size, so that the row does not move when the warning appears or
+    // disappears.
     unlistedLabel->setText(tr("Unlisted Actions"));
     unlistedLabel->setFixedSize(unlistedLabel->sizeHint());
     unlistedLabel->setText(QString());

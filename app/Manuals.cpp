@@ -13,7 +13,7 @@ namespace {
 
 constexpr char documentation[] = "/usr/share/doc/vyre";
 
-// The command consists of a program of the share directory and its arguments.
+// Starts a command, which consists of a program in the share directory and its arguments.
 void openExternally(QWidget* window, QStringList command)
 {
     command.first() = Share::absolute(command.first());

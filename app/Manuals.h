@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Opens the manual and web pages in other programs. Helper programs of the share directory find these.
+// Opens the manual and web pages in other programs. Helper programs in the share directory find these
+// programs.
 //
-// Graphical thread; only functions.
+// Only the graphical thread calls these functions.
 
 #ifndef APP_MANUALS_H
 #define APP_MANUALS_H
@@ -17,9 +18,9 @@ class Manuals
     Q_DECLARE_TR_FUNCTIONS(Manuals)
 
 public:
-    // If a program cannot be started, a message over the window reports it. If the manual is not installed,
-    // these functions return a text for the user, because the other program's own message is not visible on a
-    // desktop.
+    // If a program cannot be started, these functions show a message over the window. If the manual is not
+    // installed, they return a text for the user, because the message of the other program is not visible on
+    // a desktop.
     static QString openHtml(QWidget* window);
     static QString openPdf(QWidget* window);
     static void openPage(QWidget* window, const QString& address);

@@ -20,10 +20,10 @@ namespace {
 
 int terminal = -1;
 std::atomic<void (*)(bool)> watcher(nullptr);
-std::atomic<bool> stuck(false); // the last wait for the reader of the terminal had no success
+std::atomic<bool> stuck(false); // the last wait for the reader of the terminal has failed
 
-// A reader that does not read, for example of a pipe, loses messages but does not stop the program. If poll()
-// reports that the descriptor is ready, it accepts this many bytes at once.
+// If standard error is a pipe whose reader does not read, messages are lost, but the program does not stop.
+// If poll() reports that the descriptor is ready, it accepts at least this number of bytes.
 constexpr int block = 512;
 constexpr int patience = 1000; // milliseconds
 
@@ -43,7 +43,7 @@ void say(const QString& text)
     for (int done = 0; done < line.size();) {
         pollfd ready = {terminal, POLLOUT, 0};
         if (poll(&ready, 1, stuck ? 0 : patience) <= 0) {
-            stuck = true; // one wait is enough for all messages
+            stuck = true; // later messages do not wait again
             break;
         }
         stuck = false;

@@ -2,9 +2,9 @@
 
 // Writes Qt's own messages to the terminal that the program was started from.
 //
-// main() installs it once, before any other thread exists; Qt calls it on any thread. It does not write to
-// standard error, because that can be a pipe: an operation captures it, and the graphical thread empties the
-// pipe. If that thread filled the pipe with a message of its own, it would wait forever.
+// main() installs it once, before any other thread exists. Qt calls it on any thread. It does not write to
+// standard error, because an operation can replace standard error by a pipe. The graphical thread reads that
+// pipe. If this thread wrote a message to the full pipe, it would wait for ever for itself.
 
 #ifndef APP_MESSAGEHANDLER_H
 #define APP_MESSAGEHANDLER_H
@@ -15,11 +15,11 @@ namespace MessageHandler {
 
 void install();
 
-// Writes one message of VYRE itself. While Qt calls the handler, Qt's own functions for messages do not call
-// it again.
+// Writes a message of VYRE. The handler must use this function, because Qt's own functions for messages do
+// not call the handler recursively.
 void say(const QString& text);
 
-// Sets a function to be called after each message. The argument is true if the toolkit is about to abort the
+// Sets a function that is called after each message. The argument is true if Qt is about to abort the
 // process. Null removes the function.
 void watch(void (*watcher)(bool fatal));
 

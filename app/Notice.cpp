@@ -9,7 +9,7 @@
 Notice::Notice(QMenuBar* menuBar) : PlainLabel(menuBar)
 {
     setPalette(Colors::makeWarning(palette()));
-    setBackgroundRole(QPalette::Window); // not the menu bar's
+    setBackgroundRole(QPalette::Window); // the menu bar may have another role
     setForegroundRole(QPalette::WindowText);
     setAutoFillBackground(true);
     setMargin(2);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A message beside the menus that disappears after a while. A window would interrupt the user.
+// A message beside the menus that disappears after a while. A message box would interrupt the user.
 //
-// Graphical thread; owned by the menu bar.
+// It lives on the graphical thread; the menu bar owns it.
 
 #ifndef APP_NOTICE_H
 #define APP_NOTICE_H

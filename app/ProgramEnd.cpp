@@ -22,7 +22,8 @@ struct xcb_connection_t;
 
 namespace {
 
-// In milliseconds. A signal waits while the back end changes the system; this is the interval of the checks.
+// The interval, in milliseconds, at which a waiting signal checks whether the back end still changes the
+// system.
 constexpr int checkInterval = 100;
 
 ProgramEnd* current = nullptr;
@@ -34,8 +35,8 @@ bool onGraphicalThread()
     return instance != nullptr && QThread::currentThread() == instance->thread();
 }
 
-// A function of a library that the toolkit has already loaded; null if it has not. VYRE needs no other
-// function of these libraries, so it does not link them.
+// Returns a function of a library that Qt has already loaded, or null. VYRE needs no other function of these
+// libraries, so it does not link them.
 template <typename Function> Function functionOf(const char* library, const char* name)
 {
     void* const loaded = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
@@ -55,9 +56,9 @@ ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp
         connect(notifier, SIGNAL(activated(int)), this, SLOT(handleSignals()));
         EndSignals::install(signalPipe[1]);
     }
-    // If the connection breaks, the toolkit reports it and then ends the process. A library below the toolkit
-    // can notice it first, or a library that the toolkit loads for a desktop. Such a library calls its own
-    // handler instead.
+    // If the connection breaks, Qt reports this and then ends the process. The X library below Qt, or a
+    // library that Qt loads for a desktop, may notice the loss first. These libraries call the X library's
+    // error handler instead.
     MessageHandler::watch(checkDisplay);
     Unattended::reportThrough(MessageHandler::say);
     using Handler = int (*)(void*);
@@ -70,7 +71,7 @@ ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp
 
 ProgramEnd::~ProgramEnd()
 {
-    // The descriptors stay open, because a signal can still come.
+    // The descriptors stay open, because a signal can still arrive.
     MessageHandler::watch(nullptr);
     current = nullptr;
 }
@@ -88,7 +89,7 @@ bool ProgramEnd::displayIsLost() const
 
 void ProgramEnd::checkDisplay(bool fatal)
 {
-    // A message during the end must not start a second end.
+    // A message while the program ends must not start the end a second time.
     if (current == nullptr || current->ending || !onGraphicalThread()) {
         return;
     }
@@ -109,9 +110,9 @@ int ProgramEnd::connectionBroke(void*)
 
 void ProgramEnd::processExits()
 {
-    // This is the last of three ways to notice the loss, for a library that ends the process without a
-    // message. Some libraries that were loaded later no longer exist now. A child process is not meant, nor
-    // an exit() on another thread, because the graphical thread still runs then.
+    // This is the last of three ways to notice the loss. It is for a library that ends the process without a
+    // message. Libraries that were loaded later may already be finalized. A child process must not end the
+    // program here. Neither must an exit() on another thread, because the graphical thread then still runs.
     if (current != nullptr && !current->ending && getpid() == owner && onGraphicalThread()) {
         current->displayLost();
     }
@@ -139,7 +140,7 @@ void ProgramEnd::endWithoutToolkit()
     if (goingOn) {
         Unattended::report(tr("The transaction has come to its end. VYRE ends."));
     }
-    // The destructors of the toolkit's objects need the display, so they must not run.
+    // The destructors of Qt's objects need the display, so they must not run.
     _exit(1);
 }
 
@@ -161,8 +162,8 @@ void ProgramEnd::handleSignals()
         return;
     }
     if (window.isChangingSystem()) {
-        // The signal came just before the change began. During the change, a SignalRecorder receives the
-        // signals.
+        // The signal arrived just before the back end began to change the system. During the change, a
+        // SignalRecorder receives the signals.
         QTimer::singleShot(checkInterval, this, SLOT(handleSignals()));
         return;
     }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Ends the process in good order if the display is lost, if a signal asks for the end, or if a library ends
-// it. A transaction continues to its end, and all other work is abandoned. Then the locks are released and
-// the runtime directory is removed.
+// Ends the process without damage if the display is lost, a signal asks for the end, or a library ends the
+// process. A running transaction continues to its end, and all other work is abandoned. Then the locks are
+// released and the runtime directory is removed.
 //
-// Graphical thread; one object. main() makes it after the main window, which it does not own.
+// It lives on the graphical thread. main() creates the only object after the main window, which the object
+// does not own.
 
 #ifndef APP_PROGRAMEND_H
 #define APP_PROGRAMEND_H
@@ -21,13 +22,13 @@ class ProgramEnd : public QObject
     Q_OBJECT
 
 public:
-    // lastCleanUp does the work that main() does last at a normal end.
+    // lastCleanUp does the work that main() does last if the program ends normally.
     ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp);
-    // From here on, main() itself ends the process.
+    // After the destructor, main() itself ends the process.
     ~ProgramEnd() override;
 
 private Q_SLOTS:
-    // Reads the received signals. The first one ends the process, but not while the back end changes the
+    // Reads the received signals. The first signal ends the process, but not while the back end changes the
     // system.
     void handleSignals();
 
@@ -38,8 +39,8 @@ private:
     void finish(bool displayIsThere);
     bool displayIsLost() const;
 
-    // The toolkit calls the first function for each of its messages. The library below it calls the second,
-    // and the C library calls the third at an exit().
+    // Qt's message handler calls checkDisplay() after each message. The X library calls connectionBroke() if
+    // the connection breaks. The C library calls processExits() at an exit().
     static void checkDisplay(bool fatal);
     static int connectionBroke(void* display);
     static void processExits();
@@ -48,8 +49,8 @@ private:
     std::function<void()> cleanUp;
     int signalPipe[2];
     QSocketNotifier* notifier;
-    int firstSignal; // 0: none
-    bool ending;     // the end has begun; later causes are ignored
+    int firstSignal; // 0 before the first signal
+    bool ending;     // the end has begun; later reasons are ignored
 };
 
 #endif

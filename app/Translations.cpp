@@ -16,15 +16,15 @@ namespace Translations {
 
 namespace {
 
-// Loads <name>_<language>.qm. If it is missing, loads the file of the language without its country. Returns
-// the file's name without its suffix; an empty text if no file is found.
+// Loads <name>_<language>.qm. If this file is missing, loads the file of the language without its country.
+// Returns the file name without its suffix, or an empty text if no file is found.
 QString load(QCoreApplication& app, const QString& name, QString language, const QStringList& directories)
 {
     language.replace(QLatin1Char('-'), QLatin1Char('_'));
     auto translator = std::make_unique<QTranslator>();
     const auto open = [&translator, &directories](const QString& file) {
         return std::any_of(directories.begin(), directories.end(), [&](const QString& directory) {
-            // The empty delimiters keep the translator from looking for shorter names itself.
+            // With empty delimiters, the translator does not look for shorter names itself.
             return translator->load(file, directory, QLatin1String(""));
         });
     };
@@ -48,8 +48,8 @@ bool isEnglish(const QString& language)
     return QLocale(language).language() == QLocale::English;
 }
 
-// Returns whether the environment selects the untranslated texts of the sources. LANGUAGE is ignored then,
-// both here and for the package manager's messages.
+// Returns whether the environment selects the untranslated texts of the sources. In this case LANGUAGE is
+// ignored, as it is for the package manager's messages.
 bool isPlainWanted()
 {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {

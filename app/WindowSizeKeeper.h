@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Gives a window the size that it had when it was last closed, in this run or another one.
+// Restores the size that a window had when it was last closed, in this run of the program or in an earlier
+// run.
 //
-// Graphical thread; owned by the window that it is made for.
+// It lives on the graphical thread. The window owns it.
 
 #ifndef APP_WINDOWSIZEKEEPER_H
 #define APP_WINDOWSIZEKEEPER_H
@@ -17,7 +18,7 @@ class WindowSizeKeeper : public QObject
     Q_OBJECT
 
 public:
-    // The size has this name in the settings. The window must not have been shown yet.
+    // `name` is the name of the size in the settings. Create the object before the window is shown.
     WindowSizeKeeper(const QString& name, QWidget* window);
 
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -25,7 +26,7 @@ public:
 private:
     QWidget* window;
     QString key;
-    QSize sizeWhenShown; // if the user does not change it, it is not saved
+    QSize sizeWhenShown; // if the user does not change the size, it is not saved
 };
 
 #endif

@@ -39,7 +39,7 @@ int main(int argc, char** argv)
         style.set(app, QStringLiteral("Fusion"));
         QApplication::setWindowIcon(QIcon(Share::absolute(QStringLiteral("pixmaps/vyre.icon.png"))));
         application = &app;
-        // Never deleted: it lives as long as the process, which releases its memory at the end.
+        // The window is never deleted. The end of the process releases its memory.
         auto* window = new MainWindow;
         CommandLine::apply(argc, argv, *window);
         const ProgramEnd end(*window, [&runtimeDir] { runtimeDir.remove(); });

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Measures the program from inside. Qt loads this plug-in (QT_QPA_GENERIC_PLUGINS=probe), so the program
-// needs no code for it.
+// A Qt plug-in that measures the program from inside. Qt loads it because of QT_QPA_GENERIC_PLUGINS=probe, so
+// the program needs no code for it.
 //
-// It waits for the filled table, then acts as a user does and measures times. It compares each with a plain
-// loop over the same data in the same process. It writes the results as JSON to the file that VYRE_PROBE
-// names, and then ends the program. Everything runs on the graphical thread.
+// The probe waits until the table is filled. Then it acts like a user and measures times. It compares each
+// time with the time of a plain loop over the same data. It writes the results as JSON to the file whose path
+// is in VYRE_PROBE, and then ends the program. Everything runs on the graphical thread.
 
 #include <QApplication>
 #include <QComboBox>
@@ -45,7 +45,7 @@ double monotonic()
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-// What the calling thread has computed; other programs do not count.
+// Returns the CPU time of the calling thread, in seconds. Other programs do not affect it.
 double computed()
 {
     timespec now;
@@ -53,7 +53,7 @@ double computed()
     return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
-// A line of /proc/self/status, in KiB.
+// Returns a value from /proc/self/status, in KiB.
 qint64 memory(const char* name)
 {
     QFile status(QStringLiteral("/proc/self/status"));
@@ -99,8 +99,8 @@ public:
     }
 
 private Q_SLOTS:
-    // Records the time between two passes of the graphical thread through its event loop while it waits for a
-    // worker. It is then in a second, nested loop.
+    // Records the times between two rounds of the event loop while the graphical thread waits for a worker.
+    // During a wait, the event loop is nested.
     void beat()
     {
         const double now = monotonic();
@@ -142,7 +142,7 @@ private Q_SLOTS:
                 modeCombo = combo->itemText(1) == QLatin1String("Search") ? combo : modeCombo;
             }
         }
-        QTimer::singleShot(500, this, SLOT(run())); // when the program is idle
+        QTimer::singleShot(500, this, SLOT(run())); // later, when the program is idle
     }
 
     void run()
@@ -186,7 +186,7 @@ private:
         painted = false;
         const double start = monotonic();
         action();
-        view->viewport()->update(); // even if nothing has changed
+        view->viewport()->update(); // forces a paint event, even without a change
         while (!painted) {
             QApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
@@ -272,7 +272,7 @@ private:
         const double start = monotonic();
         std::stable_sort(order.begin(), order.end(), [&keys](int left, int right) {
             return keys[static_cast<size_t>(left)] <
-                   keys[static_cast<size_t>(right)]; // by the names if equal
+                   keys[static_cast<size_t>(right)]; // equal cells are sorted by name
         });
         return monotonic() - start;
     }
@@ -295,7 +295,8 @@ private:
         result[QStringLiteral("sorts")] = rows;
     }
 
-    // Compares the data that painting and sorting request for every cell with as many copies of a text.
+    // Measures the time to read the data of all cells, as painting and sorting do, and the time to copy a
+    // text the same number of times.
     void cells()
     {
         const int count = proxy->rowCount();
@@ -382,10 +383,10 @@ class ProbePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "Probe.json")
 
 public:
-    // Qt makes plug-ins before the application object is complete, so the probe waits for the event loop.
+    // Qt creates plug-ins before the application object is complete, so the probe starts in the event loop.
     QObject* create(const QString&, const QString&) override
     {
-        auto* starter = new QObject; // the application deletes the objects of plug-ins
+        auto* starter = new QObject; // the application deletes this object
         QTimer::singleShot(0, starter, [starter] { new Probe(starter); });
         return starter;
     }

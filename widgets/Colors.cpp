@@ -11,7 +11,7 @@ namespace Colors {
 
 namespace {
 
-// On a background of this grey value or above, black text reads better than white.
+// On a background with at least this grey value, black text is easier to read than white text.
 const int darkestGreyForBlackText = 124;
 
 QPalette makeLabel(const QPalette& palette, const QColor& background)
@@ -23,13 +23,13 @@ QPalette makeLabel(const QPalette& palette, const QColor& background)
     return made;
 }
 
-// On a background below this luminance, white text has more contrast than black text.
+// On a background with less than this luminance, white text has more contrast than black text.
 const double darkestLightBackground = 0.179;
 
 // The minimum contrast of readable text of an ordinary size.
 const double leastContrast = 4.5;
 
-// From 0 for black to 1 for white, as the eye perceives it.
+// Returns the luminance as the eye perceives it, from 0 for black to 1 for white.
 double luminance(const QColor& color)
 {
     const auto linear = [](double part) {
@@ -43,7 +43,7 @@ bool isDark(const QColor& background)
     return luminance(background) < darkestLightBackground;
 }
 
-// The contrast of a colour on a darker background.
+// Returns the contrast of a colour on a darker background.
 double contrast(const QColor& color, const QColor& background)
 {
     return (luminance(color) + 0.05) / (luminance(background) + 0.05);
@@ -108,7 +108,7 @@ QString okBg()
 
 QPalette makeRequired(const QPalette& palette)
 {
-    // The form asks for it at each key press.
+    // The form calls this function at each key press.
     static const QColor background(requiredBg());
     QPalette made(palette);
     made.setColor(QPalette::Active, QPalette::Base, background);

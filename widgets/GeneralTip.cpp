@@ -34,7 +34,7 @@ const QPalette& tipPalette()
     return palette;
 }
 
-// The index, in QGuiApplication::screens(), of the screen for a tip.
+// Returns the index of the tip's screen in QGuiApplication::screens().
 int screenFor(const QPoint& pos, const QWidget* w)
 {
     const QList<QScreen*> screens = QGuiApplication::screens();
@@ -58,7 +58,7 @@ bool isModifier(int key)
 
 bool isModifierHeld(const QKeyEvent* event)
 {
-    // A key of the number pad has a modifier although the user holds no modifier key.
+    // A key on the number pad has the keypad modifier, although the user holds no modifier key.
     return (event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier;
 }
 
@@ -90,8 +90,8 @@ void GeneralTip::showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), vo
                          bool sticky)
 {
     const int number = screenFor(pos, w);
-    // The desktop's widget is the parent only to select the screen. Before the window exists, this is the
-    // only way.
+    // The desktop's widget is the parent only because it selects the screen. Before the window exists, no
+    // other way is possible.
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     QWidget* parent = QApplication::desktop()->screen(number);
@@ -107,7 +107,7 @@ void GeneralTip::showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), vo
 
 void GeneralTip::place(const QPoint& pos, const QRect& screen)
 {
-    // right() and bottom() are one pixel too small.
+    // QRect::right() and bottom() would be one pixel too small.
     const int screenRight = screen.x() + screen.width();
     const int screenBottom = screen.y() + screen.height();
     QPoint corner = pos + QPoint(2, 16);

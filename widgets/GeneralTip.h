@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A pop-up that looks and disappears like a tool tip, but contains the widgets that its caller puts on it.
+// A pop-up that looks and disappears like a tool tip, but contains widgets of the caller.
 //
-// Graphical thread. At most one exists at a time. It has no owner: it deletes itself soon after it is hidden.
+// It lives on the graphical thread. At most one tip exists at a time. It has no owner: it deletes itself soon
+// after it is hidden.
 
 #ifndef WIDGETS_GENERALTIP_H
 #define WIDGETS_GENERALTIP_H
@@ -15,10 +16,10 @@ class GeneralTip : public QFrame
     Q_OBJECT
 
 public:
-    // Shows a new tip near the global position pos, and removes an existing one. fill(tip, data) puts a
-    // layout with the contents on the tip; data is passed on unchanged. w is the widget that the tip
-    // describes. It determines the screen if the desktop is not one virtual area. A sticky tip stays until
-    // the user does something; other tips also disappear after ten seconds.
+    // Shows a new tip near the global position `pos`, and removes an existing tip. fill(tip, data) adds a
+    // layout with the contents to the tip. `w` is the widget that the tip describes. If the desktop is not
+    // one virtual area, `w` determines the screen. A sticky tip stays until the user presses a key or a mouse
+    // button, for example. Other tips also disappear after ten seconds.
     static void showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), void* data, QWidget* w,
                         bool sticky);
 
@@ -38,7 +39,7 @@ private:
 
     void place(const QPoint& pos, const QRect& screen);
 
-    static GeneralTip* current; // null: no tip exists
+    static GeneralTip* current; // null if no tip exists
 
     QBasicTimer hideTimer;
     QBasicTimer deleteTimer;

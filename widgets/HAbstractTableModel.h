@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A table model that can make its views and proxies read all data again.
+// A table model with a function that makes its views and proxies read all data again.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HABSTRACTTABLEMODEL_H
 #define WIDGETS_HABSTRACTTABLEMODEL_H
@@ -16,7 +16,7 @@ class HAbstractTableModel : public QAbstractTableModel
 public:
     explicit HAbstractTableModel(QObject* parent = nullptr);
 
-    // Resets the model without changing it. A proxy sorts from scratch afterwards, and views lose their
+    // Resets the model without changing its data. Proxies then sort all rows again, and views lose their
     // selection.
     void forceSortColumnRediscovery();
 };

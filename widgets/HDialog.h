@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A dialog in which Return and Enter go to the input fields and do not press the default button.
+// A dialog in which the keys Return and Enter go to the input fields, and do not press the default button.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HDIALOG_H
 #define WIDGETS_HDIALOG_H

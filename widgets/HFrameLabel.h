@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A status label: a framed, coloured text. Without a text, it looks like the background.
+// A status label: a coloured text in a frame. If it has no text, it looks like the background.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HFRAMELABEL_H
 #define WIDGETS_HFRAMELABEL_H
@@ -24,10 +24,11 @@ public:
 
     QString text() const;
 
-    // Plain text, never markup. With an empty text the label is invisible, and keeps its place in the layout.
+    // Sets the text, which is plain text, never markup. With an empty text, the label is invisible but keeps
+    // its place in the layout.
     virtual void setText(const QString& text);
 
-    // The palette while the label has a text.
+    // Sets the palette that is used while the label has a text.
     virtual void setPalette(const QPalette& palette);
 
 private:

@@ -12,7 +12,7 @@ void HGroupBox::paintEvent(QPaintEvent*)
     QStylePainter painter(this);
     QStyleOptionGroupBox option;
     initStyleOption(&option);
-    // The style reserves room for these blanks too.
+    // The additional blanks make the style reserve more space.
     option.text += QString(1 + option.text.size() / 8, QChar(QChar::Nbsp));
     painter.drawComplexControl(QStyle::CC_GroupBox, option);
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A group box that shows its whole title. Some styles reserve a pixel or two less than the title needs, and
-// the difference grows with its length.
+// A group box that shows its whole title. Some styles reserve a few pixels less than the title needs. The
+// difference grows with the length of the title.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HGROUPBOX_H
 #define WIDGETS_HGROUPBOX_H

@@ -11,7 +11,7 @@
 
 namespace {
 
-// The action that the user has reached in the menu and its open sub-menus; null if there is none.
+// Returns the innermost active action in the menu and its open sub-menus, or null.
 const QAction* lastActiveAction(const QMenu* menu)
 {
     const QAction* last = nullptr;
@@ -22,7 +22,8 @@ const QAction* lastActiveAction(const QMenu* menu)
     return last;
 }
 
-// By default, the tool tip of an action is its text, which the menu shows anyway.
+// Returns whether the tool tip differs from the text in the menu. By default, the tool tip of an action is
+// its text.
 bool addsToText(const QAction& action)
 {
     QString text = action.text();

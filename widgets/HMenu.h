@@ -2,7 +2,7 @@
 
 // A menu that can be torn off and shows the tool tips of its actions.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HMENU_H
 #define WIDGETS_HMENU_H
@@ -16,7 +16,7 @@ class HMenu : public QMenu
     Q_OBJECT
 
 public:
-    // The bar becomes the parent. The caller still has to add the menu to the bar (QMenuBar::addMenu).
+    // The bar becomes the parent. The caller must also add the menu to the bar (QMenuBar::addMenu).
     explicit HMenu(QString title, QMenuBar* parent = nullptr);
 
 protected:

@@ -30,7 +30,7 @@ void HMessageBox::showEvent(QShowEvent* event)
     widen();
 }
 
-// The base class limits the width, and cuts words that it cannot break, such as file names.
+// Widens the box, because the base class limits the width and truncates long words such as file names.
 void HMessageBox::widen()
 {
     const int width = qMin(layout()->totalMinimumSize().width(), Metrics::maxWindowSize().width());

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A message box for texts that come from packages, servers and failures. The text is plain text, never
-// markup. The box is wide enough for the longest word, as far as the screen permits.
+// markup. The box is wide enough for the longest word, if the screen is wide enough.
 //
-// Graphical thread; owned by the code that runs it, and by its Qt parent.
+// It lives on the graphical thread. The code that runs it owns it, and so does its Qt parent.
 
 #ifndef WIDGETS_HMESSAGEBOX_H
 #define WIDGETS_HMESSAGEBOX_H

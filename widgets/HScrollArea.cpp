@@ -49,7 +49,7 @@ void HScrollArea::forceResize()
     }
     widget()->resize(widget()->sizeHint());
     updateGeometry();
-    // The new geometry may have changed the size hint of the inner widget.
+    // The first resize may have changed the size hint of the inner widget, so a second resize follows.
     widget()->resize(widget()->sizeHint());
 }
 

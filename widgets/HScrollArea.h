@@ -2,7 +2,7 @@
 
 // A scroll area whose size hint fits its inner widget, up to a maximum size.
 //
-// Graphical thread; owned by its Qt parent, and owns its inner widget.
+// It lives on the graphical thread; its Qt parent owns it. It owns its inner widget.
 
 #ifndef WIDGETS_HSCROLLAREA_H
 #define WIDGETS_HSCROLLAREA_H
@@ -14,20 +14,20 @@ class HScrollArea : public QScrollArea
     Q_OBJECT
 
 public:
-    // Only the screen limits the size hint.
+    // Creates an area whose size hint is limited only by the screen.
     explicit HScrollArea(QWidget* parent = nullptr);
     // The maximum size is in pixels.
     explicit HScrollArea(QSize maxSize, QWidget* parent = nullptr);
-    // The maximum size is in letters of the area's font at construction; -1 means no limit in that direction.
+    // The maximum size is in letters of the area's font at this time. -1 means no limit in that direction.
     HScrollArea(int columns, int rows, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
 
-    // Gives the inner widget the size that its changed contents need.
+    // Resizes the inner widget after a change of its contents.
     void forceResize();
 
-    // The pixels that the frame needs in addition, if the style draws it around the contents but not around
-    // the scroll bars; otherwise 0.
+    // Returns the additional pixels for the frame, if the style draws the frame around the contents but not
+    // around the scroll bars. Otherwise returns 0.
     int frameOnlyAroundContentsPixels() const;
 
 private:

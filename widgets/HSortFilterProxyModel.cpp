@@ -108,7 +108,8 @@ bool HSortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex&
     case Order::Equal:
         break;
     }
-    // The base class sorts stably, and so decides the order of rows that are also equal in the second column.
+    // Rows that are also equal in the second column keep their order, because the base class uses a stable
+    // sort.
     const QModelIndex secondary = createSecondarySortIndex(left);
     return left.column() != secondarySortColumn && secondary.isValid() &&
            lessThan(secondary, createSecondarySortIndex(right));

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Sorts a table by the values of a column, and equal rows by a second column.
+// Sorts a table by the values in a column. Rows with equal values are sorted by a second column.
 //
-// Graphical thread; owned by its Qt parent. The source model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The source model is not owned.
 
 #ifndef WIDGETS_HSORTFILTERPROXYMODEL_H
 #define WIDGETS_HSORTFILTERPROXYMODEL_H
@@ -20,22 +20,24 @@ public:
     explicit HSortFilterProxyModel(int secondarySortColumn, QObject* parent = nullptr);
 
     void setSourceModel(HAbstractTableModel* model);
-    // The model can also be of another class than HAbstractTableModel. It then has no second column and is
-    // not sorted from scratch.
+    // If the model is not an HAbstractTableModel, the second column is not used, and the functions below do
+    // not sort all rows again.
     void setSourceModel(QAbstractItemModel* model) override;
 
-    // Each of these calls the base class, and then sorts from scratch.
+    // Each of these functions calls the function of the base class, and then sorts all rows again.
     void filterChanged();
     void clear();
     void setFilterRegExp(const QString& pattern);
     void setFilterRegExp(const QRegExp& regExp);
 
 protected:
-    // Compares indexes of the source model by the type of the left display value. Numbers, characters, dates
-    // and times are compared by value, everything else as text, by UTF-16 code units.
+    // Compares source indexes. The type of the left display value determines the comparison: numbers,
+    // characters, dates and times are compared by value. All other types are compared as texts, by UTF-16
+    // code units.
     bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
 
-    // The cell of the second column in the row of a source index; invalid if that cell does not exist.
+    // Returns the cell of the second column in the row of a source index, or an invalid index if that cell
+    // does not exist.
     QModelIndex createSecondarySortIndex(const QModelIndex& index) const;
 
 private:

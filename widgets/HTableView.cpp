@@ -36,7 +36,8 @@ void HTableView::setOneLineRows()
 
 void HTableView::fitRowsToFont()
 {
-    // The size grows in steps, because an icon that is scaled by a pixel or two is blurred.
+    // The size of the icons grows in steps, because an icon that is scaled by one or two pixels looks
+    // blurred.
     const int step = 8;
     const int side = qMax(style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this),
                           fontMetrics().height() / step * step);

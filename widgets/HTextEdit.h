@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A text edit whose size hint fits a number of columns and rows, and which reports the end of the editing.
+// A text edit whose size hint fits a number of columns and rows. It reports when the user has finished
+// editing.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_HTEXTEDIT_H
 #define WIDGETS_HTEXTEDIT_H
@@ -15,22 +16,24 @@ class HTextEdit : public QTextEdit
 
 public:
     explicit HTextEdit(QWidget* parent = nullptr);
-    // -1 leaves that direction to the base class.
+    // The size hint is in columns and rows of text. With -1, the base class determines the size in that
+    // direction.
     HTextEdit(int columns, int rows, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
 
-    // Appends a paragraph without space above or below it. Text that looks like rich text is shown as rich
+    // Appends a paragraph without space above or below it. A text that looks like rich text is shown as rich
     // text.
     void appendCompact(const QString& text);
 
 Q_SIGNALS:
-    // The focus moved to another widget. A pop-up or the edit's own context menu does not count.
+    // Emitted when the focus moves to another widget. A pop-up or the edit's own context menu does not emit
+    // it.
     void editingFinished();
 
 protected:
     void focusOutEvent(QFocusEvent* event) override;
-    // Ctrl+Home and Ctrl+End go to the ends of a text, even if it has no cursor.
+    // Ctrl+Home and Ctrl+End go to the beginning and the end of the text, even if the edit shows no cursor.
     void keyPressEvent(QKeyEvent* event) override;
 
 private:

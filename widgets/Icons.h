@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The icons of the share directory.
+// Loads icons from the share directory.
 //
-// Graphical thread; no state.
+// Only the graphical thread uses it. It has no state.
 
 #ifndef WIDGETS_ICONS_H
 #define WIDGETS_ICONS_H
@@ -12,8 +12,8 @@
 
 namespace Icons {
 
-// The icon "icons/NAME.png", with its drawing in a large size for high resolutions and large fonts. It looks
-// the same in a selected row, because a tinted icon would hardly be visible there.
+// Returns the icon "icons/NAME.png", which includes a large drawing for high resolutions and large fonts. In
+// a selected row the icon is not tinted, because a tinted icon would hardly be visible.
 QIcon shared(const QString& name);
 
 } // namespace Icons

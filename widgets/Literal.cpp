@@ -6,7 +6,7 @@
 
 QString Literal::toolTip(const QString& text)
 {
-    // Qt shows any other text unchanged.
+    // Qt shows all other texts unchanged.
     if (!Qt::mightBeRichText(text)) {
         return text;
     }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Makes Qt show a foreign text unchanged where Qt would interpret it. Foreign texts come from packages,
-// repositories, files, servers and failures. In other places the widget does this: a label is a
-// PlainLabel, a box is an HMessageBox.
+// Prepares a foreign text so that Qt shows it unchanged in tool tips and window titles. Foreign texts come
+// from packages, repositories, files, servers and failures. For labels and message boxes, use PlainLabel and
+// HMessageBox.
 //
-// Any thread; no state.
+// Any thread may use it. It has no state.
 
 #ifndef WIDGETS_LITERAL_H
 #define WIDGETS_LITERAL_H
@@ -13,11 +13,12 @@
 
 namespace Literal {
 
-// A tool tip that shows the text. Qt would interpret a text that looks like rich text, and load the pictures
-// that it names. Call it once, in the place that shows or sets the tool tip.
+// Returns the tool tip for a text. Otherwise Qt would interpret a text that looks like rich text, and load
+// the pictures in it. Call this function only once for each text: in the code that shows or sets the tool
+// tip.
 QString toolTip(const QString& text);
 
-// A window title that shows the text. Qt gives "[*]" in titles a meaning.
+// Returns the window title for a text. In titles, Qt would replace "[*]".
 QString title(QString text);
 
 } // namespace Literal

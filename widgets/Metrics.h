@@ -2,7 +2,7 @@
 
 // Sizes that several widgets use.
 //
-// Graphical thread; no state.
+// Only the graphical thread uses it. It has no state.
 
 #ifndef WIDGETS_METRICS_H
 #define WIDGETS_METRICS_H
@@ -14,15 +14,15 @@ class QFontMetrics;
 
 namespace Metrics {
 
-// Nine tenths, in pixels, of the width and height of the screen that the program uses. The rest is for the
-// window manager's frame and panels.
+// Returns nine tenths of the screen's width and height, in pixels. The rest is for the window manager's
+// frames and panels.
 QSize maxWindowSize();
 
-// The width in pixels of the letter that measures columns of text.
+// Returns the width of one text column, in pixels: the width of a certain letter.
 int columnWidth(const QFontMetrics& metrics);
 
-// The pixels, in width and in height, that the frame of the area needs in addition, if the style draws it
-// around the contents but not around the scroll bars; otherwise 0.
+// Returns the additional pixels, in each direction, for the frame of the area, if the style draws the frame
+// around the contents but not around the scroll bars. Otherwise returns 0.
 int frameOnlyAroundContentsPixels(const QAbstractScrollArea* area);
 
 } // namespace Metrics

@@ -3,7 +3,7 @@
 // A label that shows its text unchanged. Texts from packages, repositories, files and servers are never
 // markup, so every label of the program is a PlainLabel.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_PLAINLABEL_H
 #define WIDGETS_PLAINLABEL_H

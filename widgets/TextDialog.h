@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Shows a long plain text, such as a list of files.
+// A dialog that shows a long text, such as a list of files.
 //
-// Graphical thread; owned by its Qt parent.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef WIDGETS_TEXTDIALOG_H
 #define WIDGETS_TEXTDIALOG_H
@@ -18,7 +18,7 @@ class TextDialog : public QDialog
 public:
     explicit TextDialog(QWidget* parent = nullptr);
 
-    // Shown as plain text, even if it looks like rich text.
+    // The text is shown as plain text, even if it looks like rich text.
     void setText(QString text);
 
 private:

@@ -13,7 +13,7 @@ const QLatin1String pathMark("&path=");
 const QLatin1String hostMark("://");
 const QLatin1String passwordMark("password");
 
-// A password, and the part of the URL that goes with it when the credentials are removed.
+// The range of a password, and the larger range that removed() removes from the URL.
 struct Found
 {
     int begin;
@@ -22,8 +22,8 @@ struct Found
     int partEnd;
 };
 
-// Finds the next character of a kind. Each call starts at or behind the place of the call before, so the text
-// is scanned only once.
+// Finds the next wanted character. Each call continues at the result of the last call, so the text is scanned
+// only once.
 template <typename Wanted> class Next
 {
 public:
@@ -85,8 +85,8 @@ bool isBlank(QChar character)
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
 }
 
-// Finds each password at the place that the scheme defines, even with white space in it. The credentials are
-// read in the same way.
+// Finds each password of a vantor URL, even if the password contains white space. Repo::Vantor::getAuth()
+// reads credentials by the same rules.
 void findVantor(const QString& text, QVector<Found>& found)
 {
     auto nameEnd = makeNext(text, isEqualsSign);
@@ -110,7 +110,8 @@ void findVantor(const QString& text, QVector<Found>& found)
     }
 }
 
-// The programs that download files put their paths before the query. In messages a blank may end the URL.
+// Finds the passwords of vantor URLs with a path before the query. Programs that download files insert their
+// paths there. In messages, a blank may end the URL.
 void findVantorWithPath(const QString& text, QVector<Found>& found)
 {
     auto pathEnd = makeNext(text, endsPath);
@@ -146,16 +147,16 @@ bool isDigit(QChar character)
     return character >= QLatin1Char('0') && character <= QLatin1Char('9');
 }
 
-// Returns whether the text behind the first colon after "://" may belong to the host: a port, a variable with
-// a port as its value, or a part of an address in brackets.
+// Returns whether the text behind the first colon after "://" may belong to the host. It can be a port, a
+// variable whose value is a port, or a part of an address in brackets.
 bool mayBePort(const QString& text, int host, int colon, int end)
 {
     return text.at(host) == QLatin1Char('[') || colon + 1 == end || text.at(colon + 1) == QLatin1Char('$') ||
            std::all_of(text.begin() + colon + 1, text.begin() + end, isDigit);
 }
 
-// A name and a password before a host. The password may contain a slash, although a slash should be written
-// as %2f. The text before that slash is not a port.
+// Finds names and passwords before a host. A password may contain a slash, although it should be written as
+// %2f. In this case, the text between the colon and the slash is not a port.
 void findBeforeHost(const QString& text, QVector<Found>& found)
 {
     auto hostEnd = makeNext(text, endsHost);
@@ -192,7 +193,7 @@ void findBeforeHost(const QString& text, QVector<Found>& found)
             continue;
         }
         const bool hasPassword = colon >= 0 && colon < lastAt;
-        // An "@" in the query does not belong to the host, but the text before it is hidden all the same.
+        // An "@" in the query is not before the host, but the text before this "@" is nevertheless hidden.
         const int partEnd = lastBeforeQuery >= 0 ? lastBeforeQuery + 1 : hasPort ? begin : lastAt + 1;
         found.append({hasPassword ? colon + 1 : begin, hasPassword ? lastAt : -1, begin, partEnd});
     }
@@ -211,7 +212,7 @@ void findParameters(const QString& text, QVector<Found>& found)
     }
 }
 
-// The end of the line, or of the last line that continues it.
+// Returns the end of the line, or of the last continuation line.
 int endOfValue(const QString& text, int position)
 {
     for (;;) {
@@ -279,7 +280,8 @@ QVector<Credentials::Place> united(QVector<Credentials::Place> given)
     return result;
 }
 
-// Appends the lines of a place. The indentation of a line is not a part of a password.
+// Appends a place for each line of a password. The indentation of a continuation line is not a part of the
+// password.
 void appendLines(const QString& text, const Credentials::Place& place, QVector<Credentials::Place>& lines)
 {
     int begin = place.begin;
@@ -291,7 +293,7 @@ void appendLines(const QString& text, const Credentials::Place& place, QVector<C
                 ++begin;
             }
         }
-        // An empty line is not a place, but the place of an empty password is one.
+        // An empty line gets no place, unless the whole password is empty.
         if (begin < end || place.length == 0 || end == place.begin) {
             lines.append({begin, end - begin});
         }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The only definition of the secrets in a text. It finds the passwords of URLs and of configuration options,
-// hides them in messages, masks them in edits and removes them from URLs for other programs.
+// Defines which parts of a text are secret. Only these functions search a text for passwords. The program
+// hides passwords in messages, masks them in edits, and removes them from URLs for other programs.
 //
-// Any thread; no state. The time is proportional to the length of the text.
+// Any thread may use it. It has no state. The run time is proportional to the length of the text.
 
 #ifndef APP_BASE_CREDENTIALS_H
 #define APP_BASE_CREDENTIALS_H
@@ -20,12 +20,12 @@ enum class Text {
     // - before a host: ://NAME:PASSWORD@;
     // - of a parameter whose name ends in "password": ?password=PASSWORD.
     Urls,
-    // A configuration file or a part of it. The whole value of an option whose name ends in "password" is a
-    // secret too, with its continuation lines.
+    // A configuration file or a part of it. In addition, if the name of an option ends in "password", its
+    // whole value is a secret, including continuation lines.
     Options
 };
 
-// The place of a password in a text. The place of an empty password is empty, as in /vantor?u=&p=&path=.
+// The position of a password in a text. For an empty password, as in /vantor?u=&p=&path=, the length is 0.
 struct Place
 {
     int end() const { return begin + length; }
@@ -34,27 +34,29 @@ struct Place
     int length;
 };
 
-// In the order of the text; no two of them overlap or touch. A password of several lines has one place for
-// each line.
+// Returns the places of all passwords, in ascending order. Places neither overlap nor touch each other. A
+// password with several lines has one place for each line.
 QVector<Place> places(const QString& text, Text kind);
 
-// Returns whether the text has a place for a password, even an empty one.
+// Returns whether the text has a place for a password, even if the password is empty.
 bool holds(const QString& text, Text kind);
 
-// Returns whether the text contains a password. Only the owner may read a file with such a text.
+// Returns whether the text contains a password that is not empty. Only the owner may read a file with a
+// password.
 bool holdsPassword(const QString& text, Text kind);
 
-// The message with three dots in place of each password. The number of dots is always the same, because even
-// the length of a password is secret. Each line is searched by itself.
+// Returns the message with three dots instead of each password. The number of dots is always the same,
+// because the length of a password is also secret. Each line is searched separately.
 QString hidden(const QString& message, Text kind = Text::Urls);
 
-// The credential parts of vantor URLs, in their order, from "/vantor?" to the end of "&path=". Only parts
-// without "&" and white space in the keys, the name and the password count. New credentials replace these
-// parts.
+// Returns the parts of vantor URLs that new credentials replace, in ascending order. Each part reaches from
+// "/vantor?" to the end of "&path=". A part is skipped if its keys, name or password contain "&" or white
+// space.
 QVector<Place> vantorParts(const QString& text);
 
-// The URL for another program. It has no name and password before the host, and no value of a password
-// parameter. A vantor URL loses its credentials, and keeps "?path=" and the text behind it.
+// Returns the URL without credentials, for other programs. Removes the name and password before the host, and
+// the values of password parameters. In a vantor URL, it removes the credentials, but keeps "?path=" and the
+// text behind it.
 QString removed(const QString& url);
 
 } // namespace Credentials

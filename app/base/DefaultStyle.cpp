@@ -22,7 +22,7 @@ DefaultStyle::DefaultStyle(int argc, char** argv) : userStyle(false)
     }
     if (!userStyle) {
         QSettings settings(QSettings::UserScope, QStringLiteral("Trolltech"));
-        settings.setFallbacksEnabled(false); // the system's file is not a choice of the user
+        settings.setFallbacksEnabled(false); // the user has not chosen the settings in the system's file
         settings.beginGroup(QStringLiteral("Qt"));
         userStyle = settings.contains(QStringLiteral("style"));
     }

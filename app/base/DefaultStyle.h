@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Gives the program its own default widget style, unless the user has chosen one.
+// Sets the program's default widget style, unless the user has chosen a style.
 //
-// Graphical thread. main() makes it before the application object, which removes Qt's own option -style from
-// the arguments.
+// Only the graphical thread uses it. main() creates it before the application object, because that object
+// removes Qt's option -style from the arguments.
 
 #ifndef APP_BASE_DEFAULTSTYLE_H
 #define APP_BASE_DEFAULTSTYLE_H
@@ -18,7 +18,7 @@ public:
     DefaultStyle(int argc, char** argv);
 
     // Applies the style and its standard palette, unless the user has chosen a style. If the style does not
-    // exist, it prints a list of the existing ones and ends the process with status 1.
+    // exist, this function prints a list of the existing styles and ends the process with status 1.
     void set(QApplication& app, QString style);
 
 private:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Fonts derived from a given one, the same way in every window.
+// Creates variants of a font that are the same in every window.
 //
-// Graphical thread; no state.
+// Only the graphical thread uses it. It has no state.
 
 #ifndef APP_BASE_FONTS_H
 #define APP_BASE_FONTS_H
@@ -15,11 +15,11 @@ class Fonts
     Q_DECLARE_TR_FUNCTIONS(Fonts)
 
 public:
-    // For headings: bold, Helvetica-like, and one and a half times as large.
+    // Returns a font for headings: bold, similar to Helvetica, and one and a half times as large.
     static QFont makeHeader(const QFont& font);
-    // Fixed pitch, from the first well-known family that this system has.
+    // Returns a font with a fixed pitch, from the first well-known family that this system has.
     static QFont makeFixed(const QFont& font);
-    // Bold, otherwise unchanged.
+    // Returns a bold font that is otherwise unchanged.
     static QFont makeBold(const QFont& font);
 };
 

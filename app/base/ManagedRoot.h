@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The directory that is "/" of the managed system. VYRE can manage the packages in the tree of a container or
-// image instead of those of the running system.
+// Handles the managed root, the directory that is "/" of the managed system. VYRE can manage the packages in
+// the directory tree of a container or image, instead of the running system's packages.
 //
-// Any thread; no state.
+// Any thread may use it. It has no state.
 
 #ifndef APP_BASE_MANAGEDROOT_H
 #define APP_BASE_MANAGEDROOT_H
@@ -12,20 +12,21 @@
 
 namespace ManagedRoot {
 
-// The environment variable VYREROOT, made absolute and without a "/" at its end. The path is empty if the
-// variable is unset, empty or "/", because then the running system itself is managed.
+// Returns the absolute path of the managed root, without a "/" at its end. The environment variable VYREROOT
+// sets it. The result is empty if the variable is unset, empty or "/", because then the running system itself
+// is managed.
 QString path();
 
-// Converts an absolute path of the managed system into a path on the running system. Without a managed root,
-// the path is unchanged.
+// Converts an absolute path of the managed system to a path on the running system. Without a managed root,
+// the path does not change.
 QString absolute(const QString& pathInRoot);
 
-// The same for a directory to write into, named by a file of the managed system. A path that is relative or
-// already begins with the root is unchanged.
+// Converts the path of a directory for writing, if a file of the managed system names this directory. A path
+// that is relative, or that already begins with the root, does not change.
 QString namedDirectory(const QString& directory);
 
-// The same for a directory to read from. If it is missing below the root, the path is unchanged: the managed
-// system may share this directory with the running one.
+// Converts the path of a directory for reading in the same way. If the directory is missing below the root,
+// the path does not change, because the managed system may share this directory with the running system.
 QString namedDirectoryOfFiles(const QString& directory);
 
 } // namespace ManagedRoot

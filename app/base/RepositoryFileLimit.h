@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The maximum size of a configuration file of the package manager, and of one repository in it. Larger ones
-// are not read.
+// The maximum sizes of a package manager's configuration file, and of one repository in it. Larger files are
+// not read.
 //
-// Any thread; constants. The program and the script use the same limits, so that both know the same
-// repositories.
+// Any thread may use these constants. The program and the script use the same limits, so that both know the
+// same repositories.
 
 #ifndef APP_BASE_REPOSITORYFILELIMIT_H
 #define APP_BASE_REPOSITORYFILELIMIT_H
 
-// In bytes. Enough for about ten thousand repositories, and still read in a moment.
+// The limit for a file, in bytes. It is enough for about ten thousand repositories, and the program can read
+// such a file in a moment.
 constexpr int repositoryFileLimit = 8 << 20;
 
-// In bytes. The form that edits one repository can still show as much in a moment. This limit does not apply
-// to the options of the main section, because no form shows them.
+// The limit for one repository, in bytes. The form that edits a repository can show a text of this size in a
+// moment. The limit does not apply to the options of the main section, because no form shows them.
 constexpr int repositorySectionLimit = 256 << 10;
 
 #endif

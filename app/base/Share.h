@@ -2,7 +2,7 @@
 
 // Finds the files of the share directory: the script, the icons, the helper programs.
 //
-// Any thread; no state.
+// Any thread may use it. It has no state.
 
 #ifndef APP_BASE_SHARE_H
 #define APP_BASE_SHARE_H
@@ -11,9 +11,9 @@
 
 namespace Share {
 
-// The path of a file in the share directory. The argument is relative to that directory, which is the value
-// of the environment variable VYRESHARE, or "/usr/share/vyre" if it is unset. With an empty value the path
-// begins with "/". The file need not exist.
+// Returns the absolute path of a file in the share directory. The argument is relative to that directory. The
+// environment variable VYRESHARE sets the directory; if it is unset, the directory is "/usr/share/vyre". If
+// the variable is empty, the path begins with "/". The file need not exist.
 QString absolute(QString relative);
 
 } // namespace Share

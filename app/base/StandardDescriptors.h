@@ -2,10 +2,10 @@
 
 // Makes sure that the descriptors 0 to 2 are open.
 //
-// Otherwise the next opened files get these numbers. Output would then be written into these files, and the
-// capture of output would replace them by a pipe.
+// If one of them is closed, the next opened file gets its number. Output would then be written into that
+// file, and the capture of output would replace the file by a pipe.
 //
-// main() calls it before everything else, while no other thread exists.
+// main() calls ensure() first, while no other thread exists.
 
 #ifndef APP_BASE_STANDARDDESCRIPTORS_H
 #define APP_BASE_STANDARDDESCRIPTORS_H

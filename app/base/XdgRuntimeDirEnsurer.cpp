@@ -24,15 +24,15 @@ const char* nonEmptyVariable(const char* name)
     return value != nullptr && value[0] != '\0' ? value : nullptr;
 }
 
-// A name may belong to another file a moment after a check. Therefore every check and every removal goes
-// through a descriptor of the directory above.
+// Between a check and a removal, another file can get the same name. Therefore both use descriptors of
+// directories instead of paths.
 int openDirectory(int parent, const char* name)
 {
     return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
-// The number of the mount that a file is on. The device number does not suffice: a directory that is mounted
-// a second time has the same one. Returns -1 on failure.
+// Returns the number of a file's mount, or -1 on failure. The device number is not sufficient: a directory
+// that is mounted a second time has the same device number.
 int mountOf(int fd)
 {
     const std::unique_ptr<FILE, int (*)(FILE*)> info(
@@ -47,7 +47,7 @@ int mountOf(int fd)
     return -1;
 }
 
-// Closes the descriptor.
+// Removes the contents of a directory, and closes the descriptor.
 void removeContents(int fd, int mount)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(fd), closedir);
@@ -94,7 +94,7 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     const int length =
         std::snprintf(created, sizeof created, "%s/xdg_runtime.%d", base, static_cast<int>(geteuid()));
     if (length < 0 || static_cast<size_t>(length) >= sizeof created) {
-        // A truncated path could name another user's directory, which the destructor would then remove.
+        // A truncated path could be another user's directory, which the destructor would then remove.
         created[0] = '\0';
         return;
     }
@@ -105,8 +105,8 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     if (parent >= 0) {
         (void)mkdirat(parent, name, onlyForOwner);
         if (!open(name)) {
-            // The directory belongs to another user, or others may enter it. If the longer name does not fit
-            // into the buffer, no directory is used.
+            // The existing directory belongs to another user, or other users may enter it. If the longer name
+            // is too long for the buffer, no directory is used.
             const int end =
                 std::snprintf(created + length, sizeof created - static_cast<size_t>(length), ".XXXXXX");
             if (static_cast<size_t>(length + end) >= sizeof created || mkdtemp(created) == nullptr ||
@@ -121,7 +121,7 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     }
 }
 
-// Returns false if the directory does not exist or is not safe to use.
+// Opens the directory. Returns false if it is missing or not safe to use.
 bool XdgRuntimeDirEnsurer::open(const char* name)
 {
     directory = openDirectory(parent, name);

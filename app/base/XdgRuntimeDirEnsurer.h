@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Gives the process a runtime directory if it has none, and removes it at the end. A process that runs under
-// a privileged account without a login session has none.
+// Creates a runtime directory if the process has none, and removes it at the end. For example, a process of a
+// privileged account without a login session has no runtime directory.
 //
-// main() makes this object first and destroys it last; no other thread exists at either moment.
+// main() creates this object first and destroys it last. No other thread exists at these two times.
 
 #ifndef APP_BASE_XDGRUNTIMEDIRENSURER_H
 #define APP_BASE_XDGRUNTIMEDIRENSURER_H
@@ -11,15 +11,15 @@
 class XdgRuntimeDirEnsurer
 {
 public:
-    // Sets XDG_RUNTIME_DIR if it is unset or empty, and makes the directory (mode 0700) below TMPDIR, or
-    // below "/tmp" if TMPDIR is unset. Anyone can make a directory of that name in "/tmp". So an existing one
-    // must belong to this user, have that mode and not be a link. Otherwise the directory gets an
-    // unpredictable name.
+    // If XDG_RUNTIME_DIR is unset or empty, creates a directory with mode 0700 and sets XDG_RUNTIME_DIR to
+    // its path. The directory is below TMPDIR, or below "/tmp" if TMPDIR is unset. Anyone can create a
+    // directory with that name in "/tmp". Therefore an existing directory must belong to this user, have this
+    // mode and not be a link. Otherwise the new directory gets an unpredictable name.
     XdgRuntimeDirEnsurer();
-    // Removes the directory and its contents, even if it existed before. Links are not followed, and mounted
-    // directories keep their contents.
+    // Removes the directory and its contents, even if the directory existed before. Does not follow links,
+    // and does not remove the contents of mounted directories.
     ~XdgRuntimeDirEnsurer();
-    // Does the same at an end of the process that runs no destructors. Call it once.
+    // Does the same if the process ends without running destructors. Call this function at most once.
     void remove();
     XdgRuntimeDirEnsurer(const XdgRuntimeDirEnsurer&) = delete;
     XdgRuntimeDirEnsurer& operator=(const XdgRuntimeDirEnsurer&) = delete;
@@ -27,8 +27,8 @@ public:
 private:
     bool open(const char* name);
 
-    char created[1024]; // empty: no directory was made
-    int parent;         // the directory above it; -1: no directory was made
+    char created[1024]; // the path; empty if no directory is used
+    int parent;         // the parent directory of the path, or -1
     int directory;
 };
 
