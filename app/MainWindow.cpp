@@ -195,7 +195,7 @@ void MainWindow::showTable()
 void MainWindow::updateEmptyText()
 {
     if (collectFailed) {
-        view->setEmptyText(tr("The packages could not be read.\nThe Log window (Ctrl+L) tells why."));
+        view->setEmptyText(tr("The packages could not be read.\nThe Log window (Ctrl+L) shows the reason."));
     } else if (!proxy->isValidExpression()) {
         view->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(proxy->expressionFault()));
     } else if (stateBox->currentIndex() == PackageTable::ViewUpdatable && proxy->filterRegExp().isEmpty()) {

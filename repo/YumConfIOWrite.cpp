@@ -277,13 +277,13 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
     if (changedFiles.isEmpty()) {
         return true;
     }
-    readAgainWanted =
-        showBox(
-            parent, tr("Repository Editor"),
-            tr("Nothing is written: other programs have made or changed these files since they were read, or "
-               "they are left alone.\n%1\nRead all files again, and lose what was edited here?")
-                .arg(listOf(changedFiles)),
-            QMessageBox::Yes | QMessageBox::No, QMessageBox::No, QMessageBox::Warning) == QMessageBox::Yes;
+    readAgainWanted = showBox(parent, tr("Repository Editor"),
+                              tr("VYRE writes nothing: other programs have made or changed these files since "
+                                 "VYRE read them, or VYRE cannot edit them.\n%1\n"
+                                 "Read all files again, and lose your changes?")
+                                  .arg(listOf(changedFiles)),
+                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No,
+                              QMessageBox::Warning) == QMessageBox::Yes;
     return false;
 }
 
@@ -433,8 +433,8 @@ bool YumConfIO::reportOutdated(const QList<Target>& list)
     if (!paths.isEmpty()) {
         outdated = true;
         showBox(parent, tr("Repository Editor"),
-                tr("Other programs have changed these files since they were read. They were not edited here, "
-                   "and are left as they are.\n%1")
+                tr("Other programs have changed these files since VYRE read them. You have not edited them, "
+                   "and VYRE does not change them.\n%1")
                     .arg(listOf(paths)),
                 QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Information);
     }

@@ -483,7 +483,7 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
     </message>
     <message>
         <source>The packages could not be read.
-The Log window (Ctrl+L) tells why.</source>
+The Log window (Ctrl+L) shows the reason.</source>
         <translation>Die Pakete konnten nicht gelesen werden.
 Das Protokoll (Strg+L) nennt den Grund.</translation>
     </message>
@@ -1591,33 +1591,33 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
         <translation>VYRE – Fehler beim Bearbeiten der Paketquellen</translation>
     </message>
     <message>
-        <source>%1, section [%2]: &quot;%3&quot; is taken for on, and written so. Only 0 switches off.</source>
-        <translation>%1, Abschnitt [%2]: „%3“ gilt als eingeschaltet und wird so geschrieben. Nur 0 schaltet aus.</translation>
+        <source>%1, section [%2]: VYRE reads &quot;%3&quot; as enabled, and writes it so. Only 0 disables.</source>
+        <translation>%1, Abschnitt [%2]: VYRE liest „%3“ als eingeschaltet und schreibt es so. Nur 0 schaltet aus.</translation>
     </message>
     <message>
-        <source>%1 has letters beyond ASCII. Each of them becomes two other ones when the file is written.</source>
-        <translation>%1 enthält Zeichen außerhalb von ASCII. Aus jedem werden zwei andere, wenn die Datei geschrieben wird.</translation>
+        <source>%1 has letters outside ASCII. If VYRE writes the file, each of them becomes two wrong letters.</source>
+        <translation>%1 enthält Zeichen außerhalb von ASCII. Wenn VYRE die Datei schreibt, werden aus jedem zwei falsche Zeichen.</translation>
     </message>
     <message>
         <source>VYRE was interrupted while it wrote a configuration file. The previous text is in %1</source>
         <translation>VYRE wurde unterbrochen, als es eine Konfigurationsdatei schrieb. Der vorherige Text steht in %1</translation>
     </message>
     <message>
-        <source>Nothing is written: other programs have made or changed these files since they were read, or they are left alone.
+        <source>VYRE writes nothing: other programs have made or changed these files since VYRE read them, or VYRE cannot edit them.
 %1
-Read all files again, and lose what was edited here?</source>
-        <translation>Es wird nichts geschrieben: Andere Programme haben diese Dateien angelegt oder geändert, seit sie gelesen wurden, oder sie bleiben unberührt.
+Read all files again, and lose your changes?</source>
+        <translation>VYRE schreibt nichts: Andere Programme haben diese Dateien angelegt oder geändert, seit VYRE sie gelesen hat, oder VYRE kann sie nicht bearbeiten.
 %1
-Alle Dateien neu lesen und verlieren, was hier bearbeitet wurde?</translation>
+Alle Dateien neu lesen und Ihre Änderungen verlieren?</translation>
     </message>
     <message>
         <source>%1 holds a password: users other than its owner and its group cannot read it any more.</source>
         <translation>%1 enthält ein Passwort: Andere Benutzer als ihr Besitzer und ihre Gruppe können die Datei nicht mehr lesen.</translation>
     </message>
     <message>
-        <source>Other programs have changed these files since they were read. They were not edited here, and are left as they are.
+        <source>Other programs have changed these files since VYRE read them. You have not edited them, and VYRE does not change them.
 %1</source>
-        <translation>Andere Programme haben diese Dateien geändert, seit sie gelesen wurden. Sie wurden hier nicht bearbeitet und bleiben, wie sie sind.
+        <translation>Andere Programme haben diese Dateien geändert, seit VYRE sie gelesen hat. Sie haben diese Dateien nicht bearbeitet, und VYRE ändert sie nicht.
 %1</translation>
     </message>
 </context>
@@ -2300,7 +2300,7 @@ Auf manchen Distributionen liegt das an PackageKit.</translation>
         <translation>Beendeter Kindprozess %1 abgeholt</translation>
     </message>
     <message>
-        <source>Signatures cannot be checked: there is no program rpmkeys.</source>
+        <source>Signatures cannot be checked: the program rpmkeys is missing.</source>
         <translation>Signaturen können nicht geprüft werden: Das Programm rpmkeys fehlt.</translation>
     </message>
     <message>
@@ -2344,8 +2344,8 @@ Es sind nur noch {} kB frei für {}</translation>
         <translation>Die Hauptkonfigurationsdatei fehlt. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
     </message>
     <message>
-        <source>Its options, such as the packages that it excludes, do not count. Signatures of packages are checked, unless a repository says otherwise.</source>
-        <translation>Ihre Optionen, etwa die von ihr ausgeschlossenen Pakete, gelten nicht. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
+        <source>VYRE ignores the options of this file, such as exclude. Signatures of packages are checked, unless a repository says otherwise.</source>
+        <translation>VYRE beachtet die Optionen dieser Datei nicht, etwa exclude. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
     </message>
     <message>
         <source>Waiting for {}, which uses the cache of the package manager</source>
@@ -2380,8 +2380,8 @@ Es wurden keine Pakete verändert. Zuvor wurde gespeichert:
         <translation>Prozess {}</translation>
     </message>
     <message>
-        <source>dnf with its file %s makes checks that %s does not demand. They are made: %s</source>
-        <translation>dnf nimmt mit seiner Datei %s Prüfungen vor, die %s nicht verlangt. Sie werden vorgenommen: %s</translation>
+        <source>dnf&apos;s file %s requires checks that %s does not require. VYRE makes these checks too: %s</source>
+        <translation>Die Datei %s von dnf verlangt Prüfungen, die %s nicht verlangt. VYRE nimmt auch diese Prüfungen vor: %s</translation>
     </message>
     <message>
         <source>No log files can be written in %s: %s</source>
@@ -2396,8 +2396,8 @@ Es wurden keine Pakete verändert. Zuvor wurde gespeichert:
         <translation>Es gibt nichts zu tun.</translation>
     </message>
     <message>
-        <source>{} is not newer than what is installed.</source>
-        <translation>{} ist nicht neuer als das, was installiert ist.</translation>
+        <source>{} is not newer than the installed version.</source>
+        <translation>{} ist nicht neuer als die installierte Version.</translation>
     </message>
     <message>
         <source>The transaction failed for:</source>
@@ -2455,9 +2455,9 @@ Weiter warten?
     </message>
     <message>
         <source>The system was changed by another program since the packages were read. Nothing was applied.
-The packages are read again now. What is marked stays marked, as far as it is still possible.</source>
+The packages are read again now. Marks that are still possible remain.</source>
         <translation>Ein anderes Programm hat das System geändert, seit die Pakete gelesen wurden. Es wurde nichts angewendet.
-Die Pakete werden jetzt neu gelesen. Vormerkungen bleiben, soweit sie noch möglich sind.</translation>
+Die Pakete werden jetzt neu gelesen. Vormerkungen, die noch möglich sind, bleiben.</translation>
     </message>
     <message>
         <source>another package</source>
@@ -2477,7 +2477,7 @@ Die Pakete werden jetzt neu gelesen. Vormerkungen bleiben, soweit sie noch mögl
     </message>
     <message>
         <source>There is too little space for the scripts of packages. They may not run.{}
-Apply all the same?
+Apply anyway?
 </source>
         <translation>Es ist zu wenig Platz für die Skripte von Paketen. Vielleicht laufen sie nicht.{}
 Trotzdem anwenden?
@@ -2564,7 +2564,7 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
 {}</translation>
     </message>
     <message>
-        <source>Groups of packages cannot be read on this system: its libcomps does not work with its version of Python. The groups of the repositories are left out. All else works.</source>
+        <source>Groups of packages cannot be read on this system: its libcomps does not work with its version of Python. The groups of the repositories are left out. Everything else works.</source>
         <translation>Gruppen von Paketen können auf diesem System nicht gelesen werden: Seine libcomps arbeitet mit seiner Version von Python nicht zusammen. Die Gruppen der Paketquellen werden ausgelassen. Alles andere funktioniert.</translation>
     </message>
     <message>
@@ -2592,8 +2592,8 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
         <translation>Die Programme dieses Systems sind ein Abbild, das VYRE nicht ändern kann. Nichts wurde geändert.</translation>
     </message>
     <message>
-        <source>Looking for what can be applied</source>
-        <translation>Es wird gesucht, was ausgeführt werden kann</translation>
+        <source>Finding the marks that are possible</source>
+        <translation>Die möglichen Vormerkungen werden ermittelt</translation>
     </message>
     <message>
         <source>The marks cannot be applied:
@@ -2638,15 +2638,15 @@ es installiert, aktualisiert und entfernt nichts.
         <translation>Sie können sie mit Pakete löschen im Menü Cache entfernen.</translation>
     </message>
     <message>
-        <source>Left out of the transaction; the marks stay:
+        <source>These packages are not in the transaction; their marks remain:
 %1</source>
-        <translation>Aus der Transaktion ausgelassen; die Vormerkungen bleiben:
+        <translation>Diese Pakete sind nicht in der Transaktion; ihre Vormerkungen bleiben:
 %1</translation>
     </message>
     <message>
-        <source>These installed packages are to be replaced by other ones. Mark the other ones for installation, or keep the installed ones:
+        <source>Other packages replace these installed packages. Mark the replacements for installation, or keep the installed packages:
 %1</source>
-        <translation>Diese installierten Pakete sollen durch andere ersetzt werden. Merken Sie die anderen zur Installation vor, oder behalten Sie die installierten:
+        <translation>Andere Pakete ersetzen diese installierten Pakete. Merken Sie die Ersatzpakete zur Installation vor, oder behalten Sie die installierten Pakete:
 %1</translation>
     </message>
 </context>

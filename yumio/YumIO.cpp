@@ -61,7 +61,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP(
         "YumIO", "Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because "
                  "it lacks {}."),
-    QT_TRANSLATE_NOOP("YumIO", "Signatures cannot be checked: there is no program rpmkeys."),
+    QT_TRANSLATE_NOOP("YumIO", "Signatures cannot be checked: the program rpmkeys is missing."),
     QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nUser id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "\nThere are only {} kB left for {}"),
     QT_TRANSLATE_NOOP("YumIO", "The change logs of %s cannot be read: %s"),
@@ -70,7 +70,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "it has more than {} MB"),
     QT_TRANSLATE_NOOP("YumIO", "There is no main configuration file. Signatures of packages are checked, "
                                "unless a repository says otherwise."),
-    QT_TRANSLATE_NOOP("YumIO", "Its options, such as the packages that it excludes, do not count. Signatures "
+    QT_TRANSLATE_NOOP("YumIO", "VYRE ignores the options of this file, such as exclude. Signatures "
                                "of packages are checked, unless a repository says otherwise."),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the cache of the package manager"),
     QT_TRANSLATE_NOOP("YumIO", "The wait for {} was ended. Nothing was changed."),
@@ -79,8 +79,8 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "These marked packages are in the other streams: {}"),
     QT_TRANSLATE_NOOP("YumIO", "another program"),
     QT_TRANSLATE_NOOP("YumIO", "process {}"),
-    QT_TRANSLATE_NOOP("YumIO",
-                      "dnf with its file %s makes checks that %s does not demand. They are made: %s"),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"),
     QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),
@@ -95,8 +95,8 @@ const char* const scriptTexts[] = {
                       "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
                       "it installs, updates and removes nothing.\n\n"),
     QT_TRANSLATE_NOOP("YumIO", "You can remove them with Clean Packages in the menu Cache."),
-    QT_TRANSLATE_NOOP("YumIO", "Looking for what can be applied"),
-    QT_TRANSLATE_NOOP("YumIO", "{} is not newer than what is installed."),
+    QT_TRANSLATE_NOOP("YumIO", "Finding the marks that are possible"),
+    QT_TRANSLATE_NOOP("YumIO", "{} is not newer than the installed version."),
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
     QT_TRANSLATE_NOOP("YumIO", "The package database does not record these changes:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
@@ -113,7 +113,7 @@ const char* const scriptTexts[] = {
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Groups of packages cannot be read on this system: its libcomps does not work "
                                "with its version of Python. The groups of the repositories are left out. "
-                               "All else works."),
+                               "Everything else works."),
     QT_TRANSLATE_NOOP("YumIO",
                       "The group metadata of the repository {} are damaged: {}\nIts groups are left out."),
     QT_TRANSLATE_NOOP("YumIO", "The file {} is damaged: {}"),
@@ -132,7 +132,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "There was no space for the scripts of these packages, which may not have "
                                "run:\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. They may not run.{}"
-                               "\nApply all the same?\n"),
+                               "\nApply anyway?\n"),
     QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. Nothing was changed."),
     QT_TRANSLATE_NOOP("YumIO", "The history does not record the end of the last transaction, begun on {}.\n"
                                "All its packages are in the intended state."),
@@ -144,8 +144,8 @@ const char* const scriptTexts[] = {
     // One text in three lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The system was changed by another program since the packages were read. "
-                               "Nothing was applied.\nThe packages are read again now. What is marked stays "
-                               "marked, as far as it is still possible."),
+                               "Nothing was applied.\nThe packages are read again now. Marks that are still "
+                               "possible remain."),
     QT_TRANSLATE_NOOP("YumIO",
                       "Process {} has ended without removing its lock file {}. The file is removed."),
     // One text in two lines.

@@ -193,7 +193,8 @@ void YumIO::readOutcome()
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {
-        log(Log::Warning, 0, tr("Left out of the transaction; the marks stay:\n%1").arg(text));
+        log(Log::Warning, 0,
+            tr("These packages are not in the transaction; their marks remain:\n%1").arg(text));
     }
     PyErr_Restore(type, value, traceback);
 }

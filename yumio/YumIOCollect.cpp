@@ -212,8 +212,8 @@ void YumIO::collectReplacements()
     PyErr_Clear();
     if (!lines.isEmpty()) {
         log(Log::Warning, 2,
-            tr("These installed packages are to be replaced by other ones. Mark the other ones for "
-               "installation, or keep the installed ones:\n%1")
+            tr("Other packages replace these installed packages. Mark the replacements for "
+               "installation, or keep the installed packages:\n%1")
                 .arg(lines.join(QLatin1Char('\n'))));
     }
 }

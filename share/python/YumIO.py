@@ -364,8 +364,8 @@ class YumIO:
                 flags=hawkey.IGNORE_EXCLUDES).installed()):
             self.outdated = True
             raise dnf.exceptions.Error(tr('The system was changed by another program since the packages were read. '
-                                          'Nothing was applied.\nThe packages are read again now. What is marked stays '
-                                          'marked, as far as it is still possible.'))
+                                          'Nothing was applied.\nThe packages are read again now. Marks that are still '
+                                          'possible remain.'))
         self._cookie = cookie
 
     @staticmethod

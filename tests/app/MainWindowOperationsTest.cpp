@@ -248,7 +248,7 @@ void MainWindowOperationsTest::doubtsAboutTheConfigurationAreLoggedOnce()
     shown->action("&Windows", "&Log")->trigger();
     QVERIFY(logIsVisible());
     const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
-    QCOMPARE(log.count("doubted.repo, section [doubted]: \"enabled=no\" is taken for on"), 1);
+    QCOMPARE(log.count("doubted.repo, section [doubted]: VYRE reads \"enabled=no\" as enabled"), 1);
 }
 
 void MainWindowOperationsTest::cleanEntriesNameTheCacheDirectory()

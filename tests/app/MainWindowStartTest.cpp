@@ -298,7 +298,7 @@ void MainWindowStartTest::failedCollectionDoesNotLookLikeNoUpdates()
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->view->accessibleDescription(),
-             QString("The packages could not be read.\nThe Log window (Ctrl+L) tells why."));
+             QString("The packages could not be read.\nThe Log window (Ctrl+L) shows the reason."));
     standIn->setUnreadable(false);
     shown->press("Re&fresh");
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));

@@ -149,7 +149,7 @@ class ImpossibleTest(JourneyTest):
             window.wait_action('update', 'tidewatch')
             window.wait_action('none', 'anvil-make')
             log = self.read_log(window)
-            self.assertRegex(log, r'(?s)Applying: OK.*Left out of the transaction; the marks stay:\n'
+            self.assertRegex(log, r'(?s)Applying: OK.*These packages are not in the transaction; their marks remain:\n'
                                   r'tidewatch-2\.0-1\.noarch\n    nothing provides libtide')
             self.assertNotIn('conflicting requests', log)
 

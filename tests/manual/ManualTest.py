@@ -153,7 +153,7 @@ class SourcesTest(unittest.TestCase):
             self.assertIn(value, values)
         values = [text.value for text in script_messages()]
         for value in ('There is nothing to do.', 'there is no X display: DISPLAY is not set', 'there is no file {}',
-                      'The change logs of %s cannot be read: %s', '{} is not newer than what is installed.'):
+                      'The change logs of %s cannot be read: %s', '{} is not newer than the installed version.'):
             self.assertIn(value, values)
 
 

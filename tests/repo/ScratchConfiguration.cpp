@@ -88,12 +88,11 @@ void ScratchConfiguration::compareNothingIsWritten(const QStringList& paths)
     QCOMPARE(user->seen.size(), 1);
     const ShownBox box = user->seen.takeFirst();
     QCOMPARE(box.title, QStringLiteral("Repository Editor"));
-    QCOMPARE(
-        box.text,
-        QStringLiteral("Nothing is written: other programs have made or changed these files since they were "
-                       "read, or they are left alone.\n") +
-            paths.join(QLatin1Char('\n')) +
-            QStringLiteral("\nRead all files again, and lose what was edited here?"));
+    QCOMPARE(box.text,
+             QStringLiteral("VYRE writes nothing: other programs have made or changed these files since VYRE "
+                            "read them, or VYRE cannot edit them.\n") +
+                 paths.join(QLatin1Char('\n')) +
+                 QStringLiteral("\nRead all files again, and lose your changes?"));
     QCOMPARE(box.icon, QMessageBox::Warning);
     QCOMPARE(box.buttons, QMessageBox::Yes | QMessageBox::No);
     QCOMPARE(box.defaultButton, QMessageBox::No);

@@ -266,12 +266,12 @@ void YumConfIOPlacesTest::aDifferentReadingOfThePackageManagerIsReported()
         QVERIFY(conf->read(window.get()));
         const QString file = path(QStringLiteral("etc/yum.conf"));
         const QString doubt =
-            file + QStringLiteral(", section [%1]: \"%2\" is taken for on, and written so. Only 0 "
-                                  "switches off.");
+            file + QStringLiteral(", section [%1]: VYRE reads \"%2\" as enabled, and writes it so. Only 0 "
+                                  "disables.");
         QCOMPARE(conf->doubts,
                  (QStringList{
-                     file + " has letters beyond ASCII. Each of them becomes two other ones when the file is "
-                            "written.",
+                     file + " has letters outside ASCII. If VYRE writes the file, each of them becomes two "
+                            "wrong letters.",
                      doubt.arg("main", "enabled = No"), doubt.arg("a", "enabled=0"),
                      doubt.arg("a", "gpgcheck=FALSE"), doubt.arg("c", "enabled=off")}));
     }

@@ -131,7 +131,7 @@ class UpdatesTest(QuestionTest):
             self.yumio.apply([], [pair], [], [], [], [])
         self.assertEqual(str(caught.exception),
                          "The marks cannot be applied:\nalmanac-1.9-1.noarch\n"
-                         "    almanac-1.9-1.noarch is not newer than what is installed.\n"
+                         "    almanac-1.9-1.noarch is not newer than the installed version.\n"
                          "Nothing was changed. All marks stay.")
 
     @in_own_process
@@ -235,7 +235,7 @@ class UpdatesTest(QuestionTest):
         shown = []
         self.module("program").changeActivity = shown.append
         self.apply(updates=["tidewatch", "abacus-cli"], answers=[0])
-        self.assertIn("Looking for what can be applied", shown)
+        self.assertIn("Finding the marks that are possible", shown)
 
 
 class GroupQuestionTest(QuestionTest):

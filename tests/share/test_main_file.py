@@ -34,7 +34,7 @@ class MainFileTest(ScenarioTest):
         """A report names the main file and the reason. Signatures are checked, and packages are listed."""
         named, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s/etc/yum.conf: %s" % (self.sandbox.root, reason), named)
-        self.assertEqual(checked, "Its options, such as the packages that it excludes, do not count. " + CHECKED)
+        self.assertEqual(checked, "VYRE ignores the options of this file, such as exclude. " + CHECKED)
         self.assertTrue(yumio.base.conf.gpgcheck)
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
         # The settings in the repositories' own files have priority.
@@ -234,8 +234,8 @@ class MainFileTest(ScenarioTest):
         self.assertTrue(yumio.base.conf.gpgcheck)
         self.assertTrue(yumio.base.conf.repo_gpgcheck)
         self.assertTrue(yumio.base.repos["sandbox-file"].repo_gpgcheck)
-        self.assertEqual(self.recording.errors()[-1], "dnf with its file %s makes checks that %s does not demand. "
-                         "They are made: repo_gpgcheck" % (own, main))
+        self.assertEqual(self.recording.errors()[-1], "dnf's file %s requires checks that %s does not require. "
+                         "VYRE makes these checks too: repo_gpgcheck" % (own, main))
 
     @in_own_process
     def test_servers_and_keys_are_checked_as_dnf_does(self):
@@ -253,7 +253,7 @@ class MainFileTest(ScenarioTest):
                          "exclude=astrolabe\n")
         main = self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nsslverify=0\n")
         yumio = self.load()
-        said = "dnf with its file %s makes checks that %s does not demand. They are made: " % (own, main)
+        said = "dnf's file %s requires checks that %s does not require. VYRE makes these checks too: " % (own, main)
 
         def checks():
             conf = yumio.base.conf
@@ -300,8 +300,9 @@ class MainFileTest(ScenarioTest):
         self.use_running_configuration("[main]\ngpgcheck=1\nretries=1\n")
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\nretries=1\ntimeout=5\n")
         self.assert_unsigned_package_is_refused_as_by_dnf()
-        self.assertIn("dnf with its file /etc/dnf/dnf.conf makes checks that %s/etc/yum.conf does not demand. They are "
-                      "made: gpgcheck" % self.sandbox.root, [text for level, text in self.recording.of("log")])
+        self.assertIn("dnf's file /etc/dnf/dnf.conf requires checks that %s/etc/yum.conf does not require. VYRE "
+                      "makes these checks too: gpgcheck" % self.sandbox.root,
+                      [text for level, text in self.recording.of("log")])
 
     @in_own_process
     def test_a_root_without_any_main_file_gets_the_checks_of_the_running_system(self):

@@ -149,7 +149,7 @@ class SpaceTest(ScenarioTest):
         self.assert_refused("^There is too little space for the scripts of packages. Nothing was changed.$",
                             installs=["chatterbox"], answers=[1, 0])
         self.assertRegex(self.recording.printed(), "(?s)^There is too little space for the scripts of packages. They "
-                         "may not run.\nThere are only [0-9]+ kB left for %s/var/tmp\nApply all the same\\?\n$" %
+                         "may not run.\nThere are only [0-9]+ kB left for %s/var/tmp\nApply anyway\\?\n$" %
                          self.sandbox.root)
         self.assertNotIn("rpmtransInit", self.recording.names())
         # The package almanac has no scripts, so the missing space has no effect.

@@ -383,12 +383,11 @@ private Q_SLOTS:
         const QString old = backEnd->text("str(old)");
         const QString fresh = backEnd->text("str(new)");
         // Each line becomes a separate entry.
-        QCOMPARE(
-            backEnd->log(before).filter(QRegularExpression("to be replaced| -> ")),
-            (QStringList{"2 2 These installed packages are to be replaced by other ones. Mark the other ones "
-                         "for installation, or keep the installed ones:",
-                         "2 2 " + old + " -> " + fresh,
-                         "2 2 " + backEnd->text("str(split)") + " -> " + backEnd->text("str(better)")}));
+        QCOMPARE(backEnd->log(before).filter(QRegularExpression("Other packages replace| -> ")),
+                 (QStringList{"2 2 Other packages replace these installed packages. Mark the replacements "
+                              "for installation, or keep the installed packages:",
+                              "2 2 " + old + " -> " + fresh,
+                              "2 2 " + backEnd->text("str(split)") + " -> " + backEnd->text("str(better)")}));
         QStringList left;
         for (const char* name : {"old", "new", "split", "better", "plain", "other"}) {
             if (yumIO().isLeftToUser(*backEnd->entry(name))) {

@@ -374,7 +374,8 @@ private Q_SLOTS:
         QVERIFY(apply(confirmed + "it.leftOutReasons = 'one-1-1.noarch\\n    nothing provides %1'"));
         backEnd->run("del it.leftOutReasons");
         const QStringList lines = backEnd->log(before);
-        const int first = lines.indexOf(QRegularExpression(".*Left out of the transaction; the marks stay:"));
+        const int first = lines.indexOf(
+            QRegularExpression(".*These packages are not in the transaction; their marks remain:"));
         QVERIFY2(first > lines.indexOf(QRegularExpression(".*Applying: OK")), qPrintable(lines.join("\n")));
         QVERIFY(lines.value(first + 1).endsWith("one-1-1.noarch"));
         QVERIFY(lines.value(first + 2).endsWith("    nothing provides %1"));

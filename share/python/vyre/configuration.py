@@ -94,9 +94,8 @@ def readMainFile(conf):
             except (dnf.exceptions.Error, OSError, ValueError) as e:
                 fault = str(e)
         reportUnused(path, fault)
-        logging.getLogger('dnf').error(tr('Its options, such as the packages that it excludes, do not count. '
-                                          'Signatures of packages are checked, unless a repository says '
-                                          'otherwise.'))
+        logging.getLogger('dnf').error(tr('VYRE ignores the options of this file, such as exclude. Signatures of '
+                                          'packages are checked, unless a repository says otherwise.'))
     conf._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
     keepChecks(conf, path or os.devnull)
     return os.devnull
@@ -146,7 +145,7 @@ def keepChecks(conf, path):
     if added:
         # The file of the running system demands nothing of the managed one in particular.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
-        show(tr('dnf with its file %s makes checks that %s does not demand. They are made: %s'), own, path,
+        show(tr("dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"), own, path,
              ', '.join(added))
 
 

@@ -34,7 +34,7 @@ def verifyWithDatabaseOfRoot(package, root):
     """Check the signatures of a package, an open file. Returns dnf's number of the result; 0 is good."""
     program = dnf.rpm.miscutils._find_rpmkeys_binary()
     if program is None:
-        logging.getLogger('dnf').critical(tr('Signatures cannot be checked: there is no program rpmkeys.'))
+        logging.getLogger('dnf').critical(tr('Signatures cannot be checked: the program rpmkeys is missing.'))
         return 2
     command = [program, '--checksig', '--verbose', '--root', root, '--dbpath', DATABASES[0],
                '--define=_pkgverify_level signature', '--define=_pkgverify_flags 0x0', '-']

@@ -120,5 +120,5 @@ def reportUnreadable(base):
     if found:
         logging.getLogger('dnf').warning('%s', tr(
             'Groups of packages cannot be read on this system: its libcomps does not work with its version of '
-            'Python. The groups of the repositories are left out. All else works.'))
+            'Python. The groups of the repositories are left out. Everything else works.'))
     return found

@@ -113,7 +113,7 @@ def markUpdate(base, package, versions, strict):
                 if package.arch == 'noarch' or version.arch in (package.arch, 'noarch')]
     if not replaced or max(replaced) >= package:
         if not base.package_upgrade(package):
-            raise dnf.exceptions.MarkingError(tr('{} is not newer than what is installed.').format(package))
+            raise dnf.exceptions.MarkingError(tr('{} is not newer than the installed version.').format(package))
     demand(base, package, strict)
 
 

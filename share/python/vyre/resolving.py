@@ -38,7 +38,7 @@ def resolveMarks(base, marks):
     except dnf.exceptions.DepsolveError as e:
         failure = failure or e
         problems += base.problems()
-        showActivity(tr('Looking for what can be applied'))
+        showActivity(tr('Finding the marks that are possible'))
         impossible += impossibleMarks(base, rest)
         rest = marks.without(impossible)
         if not impossible and not marks.hasGroups() or rest.isEmpty():

@@ -66,8 +66,8 @@ def checkScriptSpace(space):
     if not hint:
         return
     yumIOC.gpgsigcheck()
-    sys.stdout.write(tr('There is too little space for the scripts of packages. They may not run.{}\nApply all the '
-                        'same?\n').format(hint))
+    sys.stdout.write(tr('There is too little space for the scripts of packages. They may not run.{}\nApply '
+                        'anyway?\n').format(hint))
     if yumIOC.userconfirm() != 1:
         raise dnf.exceptions.Error(
             tr('There is too little space for the scripts of packages. Nothing was changed.'))
