@@ -197,7 +197,7 @@ class ManualTest(unittest.TestCase):
         headings = [text.value for text in sources.cpp_texts(sources.read('packagetable', 'Columns.cpp'), 'Columns.cpp')
                     if text.calls and text.calls[-1] == ('QT_TRANSLATE_NOOP', 1)][::2]
         self.assertIn('Repository', headings)
-        table = self.book.text.split('|Column |What it shows\n', 1)[1].split('|===', 1)[0]
+        table = self.book.text.split('|Column |Contents\n', 1)[1].split('|===', 1)[0]
         self.assertEqual(re.findall(r'^\|(.*?) \|', table, re.M), headings)
         # The journeys find the cells by them.
         names = re.search(r'^(ACTION, .*) = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
