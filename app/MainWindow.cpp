@@ -340,8 +340,8 @@ MainWindow::LoggedErrors::~LoggedErrors()
     {
         const QMutexLocker locker(&entries);
         any = std::any_of(entries.cbegin() + before, entries.cend(), [](const Log::Entry& entry) {
-            return entry.kind == Log::Error &&
-                   entry.level <= 2; // the log window shows these entries by default
+            // By default, the log window shows the entries up to this level.
+            return entry.kind == Log::Error && entry.level <= 2;
         });
     }
     if (any) {

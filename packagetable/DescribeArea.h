@@ -86,8 +86,8 @@ private:
     const Package::Entry* entry;
     YumConfIO* yumConfIO;
     QWidget* dialogParent;  // the parent of the sub-dialogs
-    TextDialog* textDialog; // null until first needed
-    RepoDialog* repoDialog; // null until first needed
+    TextDialog* textDialog; // null before the first use
+    RepoDialog* repoDialog; // null before the first use
     Pairs* inner;
     QGridLayout* grid;
     HScrollArea* scrollArea;

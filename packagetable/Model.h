@@ -92,7 +92,7 @@ private:
     QVariant toolTipData(const Package::Entry& entry, const Columns::Row& column) const;
 
     QPointer<YumIO> yumIO;
-    YumConfIO* yumConfIO; // null until the configuration has been read
+    YumConfIO* yumConfIO; // null before setYumConfIO()
     bool enabled;
     int hidings;
     QVariant pictures[ColumnCount][Columns::mostPictures]; // icons, by sort key; invalid if missing

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The options of the package table. The numbers of modes and state filters are also those of the boxes in the
-// main window and of the command line.
+// The options of the package table. The combo boxes in the main window and the command line use the same
+// numbers for modes and state filters.
 
 #ifndef PACKAGETABLE_PACKAGETABLE_H
 #define PACKAGETABLE_PACKAGETABLE_H

@@ -35,7 +35,7 @@ SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, boo
       sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false), mapped(false), mapping(false)
 {
     idle.setSingleShot(true);
-    idle.setInterval(100); // the table is drawn first
+    idle.setInterval(100); // so that the table is drawn first
     connect(&idle, SIGNAL(timeout()), this, SLOT(prepareTexts()));
 }
 

@@ -97,7 +97,7 @@ private:
     OtherContextMenu* otherMenu;   // null before the first use
     QString emptyText;
     QVector<int> fittedWidths;                            // by column, in pixels; empty before the first fit
-    mutable std::unique_ptr<WidthEstimate> widthEstimate; // for the font of the last fit
+    mutable std::unique_ptr<WidthEstimate> widthEstimate; // uses the font of the last fit
 };
 
 } // namespace PackageTable

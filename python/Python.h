@@ -46,7 +46,7 @@ public:
     // Returns whether a call failed (its result is NULL) with a pending exception of this type.
     virtual bool pyExceptMatches(PyObject* result, PyObject* type);
 
-    // Report an internal error or a warning to the user.
+    // These functions report an internal error or a warning to the user.
     virtual void error(const char* text) = 0;
     virtual void warning(const char* text) = 0;
 
@@ -115,7 +115,7 @@ public:
     PyObject* pyExceptValue();
     PyObject* pyExceptValuef();
 
-    // For the debugger: binds the object to the global "dbg" and stops in pdb on the terminal.
+    // Helps developers: sets the global "dbg" to the object, and stops in Python's debugger on the terminal.
     void pyDebug(PyObject* object);
 
     // If "enable" is true, SIGINT raises KeyboardInterrupt in the interpreter. Otherwise SIGINT ends the

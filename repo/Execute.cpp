@@ -42,7 +42,7 @@ void report(const char* format, const char* program, int failure)
         program != nullptr
             ? snprintf(text, sizeof text, format, program, unsigned(failure), strerror(failure))
             : snprintf(text, sizeof text, format, unsigned(failure), strerror(failure));
-    // This failure cannot be reported anywhere.
+    // A failure of this write cannot be reported.
     if (write(STDERR_FILENO, text, std::min(static_cast<size_t>(length), sizeof text - 1)) < 0) {
         return;
     }
@@ -64,7 +64,7 @@ void restoreSignals()
     memset(&byDefault, 0, sizeof byDefault);
     byDefault.sa_handler = SIG_DFL;
     for (int number = 1; number <= SIGRTMAX; ++number) {
-        sigaction(number, &byDefault, nullptr); // fails for SIGKILL and SIGSTOP, which cannot change
+        sigaction(number, &byDefault, nullptr); // fails for SIGKILL and SIGSTOP, whose actions cannot change
     }
     sigset_t none;
     sigemptyset(&none);

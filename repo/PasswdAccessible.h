@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Hides passwords from assistive programs. Qt reports each change of a text to these programs, for every
-// widget with a text, even if the widget is hidden or shows password characters.
+// Hides passwords from assistive programs. Qt reports each change of a widget's text to these programs, even
+// if the widget is hidden or shows password characters.
 //
 // Only the graphical thread uses it.
 

@@ -205,7 +205,7 @@ void insert(QLineEdit* edit, const QString& piece)
 
 void insert(QTextEdit* edit, const QString& piece)
 {
-    // Pasting an empty text must not remove the selection.
+    // If the pasted text is empty, the selection must stay.
     if (!piece.isEmpty()) {
         edit->insertPlainText(piece);
     }
@@ -221,7 +221,7 @@ void removeSelected(QTextEdit* edit)
     edit->textCursor().removeSelectedText();
 }
 
-// A QLineEdit starts a new undo step after a movement of the cursor.
+// A movement of the cursor makes a QLineEdit start a new undo step.
 void separateUndo(QLineEdit* edit)
 {
     const int position = edit->cursorPosition();
@@ -229,7 +229,7 @@ void separateUndo(QLineEdit* edit)
     edit->setCursorPosition(position);
 }
 
-// A QTextEdit starts a new undo step without help.
+// A QTextEdit starts a new undo step by itself, so this function does nothing.
 void separateUndo(QTextEdit*) {}
 
 } // namespace PasswdInner

@@ -112,7 +112,7 @@ void selectWordBefore(QTextEdit* edit);
 void selectWordAfter(QLineEdit* edit);
 void selectWordAfter(QTextEdit* edit);
 
-// Replaces the selection. A line edit gets the text as one line.
+// Replaces the selection by the text. In a line edit, the text becomes one line.
 void insert(QLineEdit* edit, const QString& text);
 void insert(QTextEdit* edit, const QString& text);
 void removeSelected(QLineEdit* edit);

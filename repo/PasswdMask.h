@@ -23,8 +23,8 @@ public:
 
     // Both functions add an expression whose first capture is also hidden. They ignore the expressions of
     // Repo::Vantor, because Credentials already finds the passwords that these match.
-    void hideInWholeText(const QRegExp& expression); // if the whole text matches
-    void hideEverywhere(const QRegExp& expression);  // in every match within the text
+    void hideInWholeText(const QRegExp& expression); // used only if the whole text matches
+    void hideEverywhere(const QRegExp& expression);  // used for every match in the text
 
     QString masked(const QString& text, QChar passwordCharacter) const;
     // Returns true if a text that is inserted at this position becomes a part of a password.

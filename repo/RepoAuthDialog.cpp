@@ -165,7 +165,8 @@ int Dialog::exec(Repo::Entry* asked)
             .arg(entry->file));
 
     setButtonsEnabled(true);
-    // A focused button becomes the default button. This must not affect the next repository.
+    // A button that gets the focus becomes the default button. For the next repository, the last button must
+    // be the default again.
     buttons.last()->setDefault(true);
     authNameField->setFocus();
     setResult(SkipAll);

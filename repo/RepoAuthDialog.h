@@ -40,7 +40,7 @@ public:
     // ApplyAll and ApplyHost, the entry contains the credentials. The window stays open for the next
     // repository.
     int exec(Repo::Entry* asked);
-    // Has no effect while the dialog does not ask about a repository.
+    // Ends exec() with this result. Does nothing if the dialog does not ask about a repository.
     void done(int result) override;
 
 public Q_SLOTS:
@@ -72,7 +72,7 @@ private:
     QLabel* fileLabel;
     QList<QPushButton*> buttons;
 
-    Repo::Entry* entry; // not owned; null while the dialog does not ask
+    Repo::Entry* entry; // not owned; null if the dialog does not ask about a repository
     QString nameKey;
     QString passwordKey;
     PasswdMask mask;

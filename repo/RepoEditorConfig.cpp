@@ -86,7 +86,7 @@ Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(
 
     connect(idField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
     connect(nameField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
-    // The visible text may stay the same after a change of a password.
+    // realTextChanged() is necessary, because a new password may not change the visible text.
     connect(urlsField, SIGNAL(realTextChanged()), this, SLOT(urlChanged()));
     connect(mirrorListField, SIGNAL(realTextChanged(const QString&)), this, SLOT(urlChanged(const QString&)));
     connect(authNameField, SIGNAL(textEdited(const QString&)), this, SLOT(authChanged(const QString&)));

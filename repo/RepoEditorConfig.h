@@ -48,7 +48,7 @@ public:
     void focusIdentifier();
 
 Q_SIGNALS:
-    // The user has changed something.
+    // Emitted when the user changes a field.
     void changed();
 
 public Q_SLOTS:
@@ -75,7 +75,7 @@ private:
     bool showAuth(const Repo::Entry& entry);
     void setAuthLabels(const QString& nameKey, const QString& passwordKey);
 
-    bool updating; // true while the form itself fills its fields
+    bool updating; // true while the form fills its own fields
     QLineEdit* idField;
     QLineEdit* nameField;
     PasswdTextEdit* urlsField;

@@ -56,7 +56,7 @@ public:
     // Returns the index of the first column in the row.
     QModelIndex createIndex(int row) const;
     using HAbstractTableModel::dataChanged;
-    // Announces all columns of the row.
+    // Emits dataChanged() for all columns of the row.
     void dataChanged(int row);
 
     // Toggles the use of the repository in this session.

@@ -44,7 +44,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     // Emitted when another row becomes current. The arguments are source rows; -1 means no row.
     void currentChanged(int current, int previous);
-    // A source index.
+    // Emitted when the user requests the form of a repository. The argument is a source index.
     void activated(const QModelIndex& index);
 
 protected:

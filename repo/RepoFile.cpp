@@ -30,7 +30,7 @@ QString resolved(const QString& path)
     return result;
 }
 
-// Counts the line ends of a file and converts its text to line feeds.
+// Counts the line ends of a file, and converts them to line feeds.
 struct Lines
 {
     explicit Lines(const QByteArray& bytes)

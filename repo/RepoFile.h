@@ -35,7 +35,7 @@ public:
     enum State {
         Text,       // a readable text file
         LeftAlone,  // not used as configuration; `reason` explains this
-        Missing,    // the name does not exist
+        Missing,    // the file does not exist
         Directory,  // a directory
         NoStatus,   // stat() failed with `failure`
         Unopenable, // open() failed with `failure`

@@ -33,7 +33,8 @@ public:
     // ESTALE. If `others` is false, users who are neither the owner nor in the group of the file lose their
     // rights.
     bool replace(const QString& path, const QByteArray& expected, const QByteArray& text, bool others = true);
-    // Prepares to create a file with this mode, reduced by the umask. If the file exists, errno is EEXIST.
+    // Prepares to create a file with this mode, from which the umask removes rights. If the file already
+    // exists, errno is EEXIST.
     bool create(const QString& path, const QByteArray& text, mode_t mode);
     // Gives the file its new text. After that, the directory must still be written to the disk: see
     // syncDirectories().

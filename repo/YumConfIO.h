@@ -75,7 +75,7 @@ public:
     bool enabled = false;
     bool gpgcheck = false;
 
-    // All repositories, in reading order.
+    // All repositories, in the order in which they were read.
     QList<Repo::Entry> entries;
 
     const QList<YumRepoEnabled>& enableRequests;
@@ -99,7 +99,7 @@ public:
 Q_SIGNALS:
     // Emitted after read() has succeeded.
     void changed();
-    // Reports an action of write() to the user.
+    // Emitted when write() has a message for the user.
     void noted(const QString& text);
 
 private:

@@ -10,7 +10,8 @@
 class CapturedOutput
 {
 public:
-    // Receive a piece of the output, which may end inside a line. Called on the graphical thread.
+    // The next two functions receive a piece of the output, which may end inside a line. They are called on
+    // the graphical thread.
     virtual void stdoutCapturedWrite(const QString& text) = 0;
     virtual void stderrCapturedWrite(const QString& text) = 0;
     // Called on the graphical thread after the last piece of one capture.

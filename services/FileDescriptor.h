@@ -27,7 +27,7 @@ public:
         return released;
     }
 
-    // Closes the current descriptor and takes over another.
+    // Closes the current descriptor and takes over another descriptor.
     void reset(int descriptor)
     {
         close();

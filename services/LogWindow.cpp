@@ -25,7 +25,7 @@ namespace {
 
 const int maxLevel = 10;
 const int defaultLevel = 2;
-// Entries of kind Info above this level have the colour of less important text.
+// If the level of an Info entry is higher than this, the entry has the colour of less important text.
 const unsigned int maxPlainLevel = 9;
 
 } // namespace

@@ -54,10 +54,10 @@ private:
     QSpinBox* levelSpinBox;
     EntryList& entries;
     HTextEdit* textEdit;
-    quint32 shown;   // index of the first entry not rendered yet
-    bool open;       // a notification that was queued before the window was hidden finds it false
-    bool painting;   // while appended() processes events to paint
-    bool askedAgain; // more entries came during that painting
+    quint32 shown;   // the index of the first entry that is not rendered
+    bool open;       // the window is visible; a notification may arrive after it was hidden
+    bool painting;   // appended() is processing paint events
+    bool askedAgain; // more entries arrived during the painting
 };
 
 } // namespace Log

@@ -131,7 +131,7 @@ class Object : public QObject
     Q_OBJECT
 
 public:
-    // The bars are not owned and must outlive the operation.
+    // The object does not own the bars, which must outlive the operation.
     Object(HProgressBar* totalBar, HProgressBar* itemBar);
     // Resets the bars.
     ~Object() override;

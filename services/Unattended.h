@@ -13,7 +13,7 @@ class QString;
 
 namespace Unattended {
 
-// Waits for an answer, and gives up when the program becomes unattended.
+// The interface of an object that waits for an answer, and gives up when the program becomes unattended.
 class Waiter
 {
 public:

@@ -22,7 +22,7 @@ class YumIODialogsMinion : public QObject
     Q_OBJECT
 
 public:
-    // The parent of every dialog is not owned.
+    // The argument becomes the parent of every dialog, and is not owned.
     explicit YumIODialogsMinion(QWidget* parent);
 
 public Q_SLOTS:
@@ -55,7 +55,7 @@ class YumIODialogs : public QObject, private Unattended::Waiter
     Q_OBJECT
 
 public:
-    // The parent of every dialog is not owned.
+    // The argument becomes the parent of every dialog, and is not owned.
     explicit YumIODialogs(QWidget* parent);
     ~YumIODialogs() override;
 

@@ -25,7 +25,7 @@ public:
 
     ~GeneralTip() override;
 
-    // Hides the tip. It is deleted a quarter of a second later.
+    // Hides the tip, which is deleted a quarter of a second later.
     void hideTip();
 
     bool eventFilter(QObject* watched, QEvent* event) override;

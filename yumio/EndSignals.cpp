@@ -25,7 +25,7 @@ pid_t owner = 0;
 volatile std::sig_atomic_t firstCame = 0; // 1 after the first signal has been passed on
 time_t firstTime = 0;                     // the monotonic time of the first signal, in seconds
 
-// A length other than 0 means that the path is complete.
+// The path of the lock file is valid only while its length is not 0.
 char lockFile[PATH_MAX] = "";
 volatile std::sig_atomic_t lockFileLength = 0;
 
@@ -36,7 +36,7 @@ time_t now()
     return time.tv_sec;
 }
 
-// The following functions run in the signal handler, so they only use system calls.
+// The functions below run in the signal handler, so they use only system calls.
 
 // Removes the lock file if it contains this process's number. Otherwise it belongs to another process.
 void removeLockFile()

@@ -30,7 +30,7 @@ bool wasSent(const siginfo_t& info);
 void install(int descriptor);
 
 // Handles SIGINT in the same way. Call it again after the interpreter has restored the default action of
-// SIGINT. Does nothing before install().
+// SIGINT. Before install(), it does nothing.
 void renew();
 
 // Returns whether install() or renew() has set this action.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads the file lists and the change logs of all packages of a repository straight from its metadata files.
+// Reads the file lists and the change logs of a repository's packages directly from its metadata files.
 //
 // The package manager can list the files of one package, but for each file it searches through all
 // directories. For all packages of a distribution, this takes half a minute. Reading the metadata file once
@@ -23,8 +23,8 @@ namespace Metadata {
 // of its text.
 using Wanted = QHash<QByteArray, int>;
 
-// Both functions set texts[index], in UTF-8, for each wanted package that the file contains. They do not
-// change the other texts. The file may be compressed. They return true if the file is complete and of the
+// The next two functions set texts[index], in UTF-8, for each wanted package that the file contains. They do
+// not change the other texts. The file may be compressed. They return true if the file is complete and of the
 // right kind. Otherwise "problem" describes the error.
 
 // Each text has one path per line, without duplicates, sorted by character code.

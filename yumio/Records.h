@@ -68,8 +68,8 @@ public:
     int keyCount() const { return entryIndex.count(); }
 
     Package::Entry* find(const Package::EntryKey& key) const { return entryIndex.value(key); }
-    // Finds a package by name. A package of the preferred bi-arch class comes first, then one of any other
-    // class.
+    // Finds a package by name. Prefers a package of the given bi-arch class. If this is missing, returns a
+    // package of any class.
     Package::Entry* findPackage(const QString& name, const QString& preferredBiArch) const;
     // Returns the first installed version in a record's chain.
     static Package::Entry* installedEntry(Package::Entry* entry);
@@ -80,7 +80,7 @@ public:
     // --- Marks
 
     Package::Marks marks() const;
-    // Sets each action again: the key finds the record, and the record must permit the action.
+    // Sets each action again for the record with its key. Skips records that do not permit the action.
     void restoreMarks(const Package::Marks& marks) const;
 
     // --- Deletion

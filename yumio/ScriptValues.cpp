@@ -387,7 +387,7 @@ QString ScriptValues::bytesFormat(unsigned long long bytes)
     // The units are translated only once, because a collection formats the size of each package.
     static const struct
     {
-        int shift; // the unit is 2 to the power of this
+        int shift; // the unit is 2 to the power of this number
         QString name;
     } units[] = {{60, tr("Eb")}, {50, tr("Pb")}, {40, tr("Tb")},
                  {30, tr("Gb")}, {20, tr("Mb")}, {10, tr("Kb")}};

@@ -8,7 +8,7 @@
 
 namespace {
 
-// The first recorded signal; 0 if none.
+// The first recorded signal, or 0.
 volatile std::sig_atomic_t recorded = 0;
 pid_t owner = 0;
 

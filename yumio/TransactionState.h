@@ -44,7 +44,7 @@ public:
     // The listing, or the script's output before a question without a listing.
     QString txText;
     bool txListed = false;  // a listing exists for the next question
-    bool txApplied = false; // the user confirmed and no step failed
+    bool txApplied = false; // the user has confirmed, and no step has failed
 
     bool transactionRan = false; // rpm may have changed the system
     bool outdated = false;       // the script refused, because another program has changed the system
@@ -59,8 +59,8 @@ public:
 
     quint64 actCounter = 0; // the weight of the finished steps of the current item
     bool testRun = false;   // rpm only tests the transaction, without changes
-    // The next two values are those of the last progress report. A report with other values is the first
-    // report about another package.
+    // The next two values come from the last progress report. A report with other values is the first report
+    // about another package.
     qint64 lastTsDone = -1;
     qint64 lastAction = 0;
 

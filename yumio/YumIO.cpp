@@ -234,7 +234,7 @@ void YumIO::setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item
     dialogs = new YumIODialogs(parentWidget);
 }
 
-// Without a translation, the script uses its English text.
+// Passes the translations to the script. If a translation is missing, the script uses its English text.
 void YumIO::offerTranslations()
 {
     const PyRef translations(PyDict_New());
@@ -343,7 +343,7 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
     }
     if (text == Py_None) {
         if (yumIO->progress != nullptr && !Unattended::is()) {
-            // Shows the previous step again.
+            // The bar shows the previous step again.
             yumIO->progress->startItem(
                 yumIO->phase == Collecting ? tr("Reading repositories") : tr("Preparing"), 0, 1);
         }
@@ -519,7 +519,8 @@ QString YumIO::expandVariables(QString text)
 
 QString YumIO::getBiArch(const QString& arch)
 {
-    // The script's answers do not change while the program runs, and few architectures exist.
+    // The answers are stored, because the script always gives the same answer and only a few architectures
+    // exist.
     auto known = biArchByArch.constFind(arch);
     if (known == biArchByArch.constEnd()) {
         const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));

@@ -72,7 +72,7 @@ public:
 
     // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 
-    // repoEnable contains repository identifiers, each with true if the repository is used. Unknown
+    // The keys of repoEnable are repository identifiers. The value is true if the repository is used. Unknown
     // identifiers are ignored.
     bool collect(const QHash<QString, bool>& repoEnable);
     // Makes the script forget its packages and read the configuration again.
@@ -94,8 +94,9 @@ public:
     // Returns whether rpm is changing the system now. This work must not be interrupted. Any thread may call
     // it.
     bool isChangingSystem() const { return changingSystem; }
-    // Ends the wait of a worker for another process's lock, and the worker's operation, because the user
-    // closes the program. The failure of the operation is only logged. Returns false if no worker waits.
+    // Called if the user closes the program while a worker waits for another process's lock. Ends the wait
+    // and the worker's operation. The failure of the operation is only logged. Returns false if no worker
+    // waits.
     bool endWaiting();
     // Prepares an unavoidable end of the program. From now on, no questions are asked. A worker that changes
     // the system finishes its work; any other worker gives up. The function waits for the worker without
@@ -103,7 +104,7 @@ public:
     // error: only errors if the display still exists, otherwise all entries.
     void finish(bool displayIsThere);
 
-    // Access to the records by position. The number is 0 while a worker rebuilds the list.
+    // Access to the records by position. While a worker rebuilds the list, count() returns 0.
     int count() const { return rebuilding ? 0 : records.count(); }
     Package::Entry* operator[](int row) const { return records.at(row); }
 
@@ -140,7 +141,7 @@ public:
     Marks marks() const { return records.marks(); }
     // Returns the impossible marks that the last apply() left out.
     const Marks& leftOutMarks() const { return transaction.leftOut; }
-    // Sets each mark again: its key finds the record, and the record must permit the action.
+    // Sets each mark again for the record with its key. Skips records that do not permit the action.
     void restoreMarks(const Marks& marks) { records.restoreMarks(marks); }
 
     // In each function, a worker removes files from the package manager's cache.
@@ -200,7 +201,7 @@ public:
     QString expandVariables(QString text);
     // The version of dnf as a text and as a number. The program does not use the two functions at present.
     QString dnfVersionStr();
-    // Returns 10000 * first + 100 * second + third part, or 0 if the version is unknown.
+    // Returns 10000 * first + 100 * second + third part of the version, or 0 if the version is unknown.
     quint64 dnfVersion();
 
     // --- Log and messages, from any thread
@@ -246,7 +247,7 @@ Q_SIGNALS:
     void collectedExtraData();
 
 private:
-    // Tests call the operations without a public function through this class.
+    // Tests use this class to call private operations.
     friend class YumIOProbe;
 
     // Sets a flag for a scope.
@@ -329,8 +330,8 @@ private:
     using ApplyThread = WorkerThread<&YumIO::applyReal>;
     using CleanThread = WorkerThread<&YumIO::cleanReal>;
 
-    // Collection (YumIOCollect.cpp) The script has only one base object, to which repos belongs, so the
-    // function ignores baseObject.
+    // Collection (YumIOCollect.cpp)
+    // Ignores baseObject, because the script has only one base object, to which repos belongs.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);
@@ -349,8 +350,9 @@ private:
     bool upToDateGroup(const Package::Entry& entry);
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
 
-    // Searching (YumIOSearch.cpp) A search in at most this number of packages reads the file lists one by
-    // one. For more packages, it reads the metadata file.
+    // Searching (YumIOSearch.cpp)
+    // A search in at most this number of packages reads each package separately. For more packages, it reads
+    // the metadata files.
     static int fewPackages;
     QString metadataPath(const QString& repo, const char* kind); // empty if the file is missing
 
@@ -395,7 +397,7 @@ private:
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
     // Logs an unfinished last line of an operation, so that the next operation's output begins on a new line.
     void finishLine(Log::Kind kind, unsigned int level, QString& pending);
-    void finishLines(); // in the script's output
+    void finishLines(); // calls finishLine() for the script's output
     PyObject* badArguments(const char* text);
     PyObject* badPhase(const char* text);
     static PyObject* noneUnlessPending(); // returns None, or null if an exception is pending

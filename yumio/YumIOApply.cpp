@@ -470,8 +470,8 @@ void YumIO::weighUnlisted(PyObject* item, long action)
 
 bool YumIO::verifyLocalPkg(PyObject* pkg)
 {
-    // This call is part of a longer operation. The message about a failure of that operation includes all log
-    // entries since the operation began.
+    // This call is part of a longer operation. If that operation fails, its message must include all log
+    // entries since the start of the operation.
     const int outerLogStart = exceptLogStart;
     bool valid = false;
     {

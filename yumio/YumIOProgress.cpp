@@ -152,7 +152,7 @@ bool YumIO::isPayload(PyObject* object)
 
 bool YumIO::payloadError(const QString& text)
 {
-    // If the running operation explains the exception itself, the exception stays pending.
+    // If the running operation explains the exception to the user, the exception stays pending.
     if (PyErr_Occurred() != nullptr && !exceptionIsExpected()) {
         displayException();
     }
@@ -244,7 +244,7 @@ PyObject* YumIO::downloadEnd(PyObject*, PyObject* args)
         return noneUnlessPending();
     }
     if (phase == Applying) {
-        // For a success, the package manager passes no status.
+        // After a successful download, the package manager passes no status.
         const long number = PyLong_Check(status) ? PyLong_AsLong(status) : 0;
         PyErr_Clear(); // a number that is too large has no meaning
         tsDownloadEnd(payload, text, size, number);

@@ -15,10 +15,9 @@
 namespace Credentials {
 
 enum class Text {
-    // A message, a URL or a list of URLs. These passwords are secrets:
-    // - of a vantor URL: /vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=, also with a path before the "?";
-    // - before a host: ://NAME:PASSWORD@;
-    // - of a parameter whose name ends in "password": ?password=PASSWORD.
+    // A message, a URL or a list of URLs. The following passwords are secrets: - of a vantor URL:
+    // /vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=, also with a path before the "?"; - before a host:
+    // ://NAME:PASSWORD@; - of a parameter whose name ends in "password": ?password=PASSWORD.
     Urls,
     // A configuration file or a part of it. In addition, if the name of an option ends in "password", its
     // whole value is a secret, including continuation lines.

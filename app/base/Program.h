@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The name of the process and its application object.
+// The global variables for the name of the program and the application object.
 //
 // main() sets both variables before any other thread exists. After that, they are only read.
 

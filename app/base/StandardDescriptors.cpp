@@ -9,7 +9,8 @@
 void StandardDescriptors::ensure()
 {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-        // open() returns the lowest free number. The programs that VYRE starts inherit the descriptor.
+        // open() returns the lowest free number, which is `fd` here. The programs that VYRE starts inherit
+        // the descriptor.
         if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) {
             (void)memfd_create("null", 0);
         }

@@ -12,7 +12,7 @@
 
 namespace StandardDescriptors {
 
-// Opens each closed descriptor on the null device.
+// Opens the null device for each closed descriptor.
 void ensure();
 
 } // namespace StandardDescriptors
