@@ -33,7 +33,8 @@ QString missingDisplay(const QStringList& texts)
     return {};
 }
 
-// Reads up to the null pointer, because Qt may have removed arguments, so their number is unknown.
+// Returns whether the arguments ask for help. Their number is unknown, because Qt may have removed some of
+// them. A null pointer ends them.
 bool asksForHelp(char** argument)
 {
     for (; *argument != nullptr; ++argument) {

@@ -81,7 +81,7 @@ std::string firstBeyondAscii(const char* text)
 const char* const modes[] = {"filter", "search"};
 const char* const states[] = {"updatable", "installable", "removable", "all"};
 
-// Options without a letter. Their values are beyond the values of all characters.
+// Options without a letter. Their values are larger than the values of all characters.
 enum LongOnly { Duplicates = 256, DisableRepo, EnableRepo };
 
 const option longOptions[] = {
@@ -159,8 +159,8 @@ void apply(int argc, char** argv, MainWindow& window)
                              firstBeyondAscii(word).c_str());
                 usage();
             }
-            // If a long option lacks its argument, optopt is the value of that option. This is its letter or
-            // a LongOnly value.
+            // If a long option lacks its argument, optopt is the letter of that option, or its LongOnly
+            // value.
             if (optopt > 0 && optopt < Duplicates) {
                 std::fprintf(stderr, "%s: unrecognized option letter: %c\n", program, optopt);
             } else {

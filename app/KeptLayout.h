@@ -15,7 +15,7 @@ class View;
 namespace KeptLayout {
 
 void save(const QWidget& window, const PackageTable::View& view);
-// Values that were never saved are not changed.
+// If a value was never saved, it does not change.
 void restore(QWidget& window, PackageTable::View& view);
 
 } // namespace KeptLayout

@@ -67,7 +67,7 @@ public:
 
     // Returns whether the back end is changing the system now. This work must not be interrupted.
     bool isChangingSystem() const;
-    // Ends all work, because the process then ends; see YumIO::finish().
+    // Ends all work before the process ends; see YumIO::finish().
     void finish(bool displayIsThere);
 
 public Q_SLOTS:
@@ -76,7 +76,7 @@ public Q_SLOTS:
     void reposChanged();
     void initialize();
     void yumConfIOChanged();
-    // Logs a message that the configuration has sent while it was written.
+    // Logs a message from YumConfIO::write().
     void yumConfIONoted(const QString& text);
     void quit();
     void displayLog();
@@ -139,7 +139,7 @@ private:
     void warnUnlistedActions();
     void setReady(bool ready);
     void collect();
-    // The marks that are set again after a collection, if they are still possible.
+    // The marks that recollect() sets again, if they are still possible.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
     // Filters the table by the text in the edit.

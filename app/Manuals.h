@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Opens the manual and web pages in other programs. Helper programs in the share directory find these
-// programs.
+// Opens the manual in a viewer, and web pages in a browser. Helper programs in the share directory find the
+// viewer and the browser.
 //
 // Only the graphical thread calls these functions.
 

@@ -15,8 +15,8 @@ namespace MessageHandler {
 
 void install();
 
-// Writes a message of VYRE. The handler must use this function, because Qt's own functions for messages do
-// not call the handler recursively.
+// Writes a message of VYRE. Code that Qt's message handler calls must use this function: while the handler
+// runs, Qt does not call it again.
 void say(const QString& text);
 
 // Sets a function that is called after each message. The argument is true if Qt is about to abort the

@@ -22,8 +22,8 @@ struct xcb_connection_t;
 
 namespace {
 
-// The interval, in milliseconds, at which a waiting signal checks whether the back end still changes the
-// system.
+// If a signal arrives while the back end changes the system, the program checks at this interval, in
+// milliseconds, whether the change is over.
 constexpr int checkInterval = 100;
 
 ProgramEnd* current = nullptr;

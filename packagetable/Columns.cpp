@@ -28,8 +28,8 @@ template <auto member> QString wordFor(const Entry& record)
 
 QString version(const Entry& record)
 {
-    // " *" marks a record with more than one installed version. The version that an update replaces is not
-    // counted.
+    // " *" marks a record with more than one installed version. The chain of an updatable record begins with
+    // the update itself, which is not installed.
     const Entry* last = record.state == Package::Updatable ? record.next : &record;
     return last != nullptr && last->next != nullptr ? record.verRel + QLatin1String(" *") : record.verRel;
 }

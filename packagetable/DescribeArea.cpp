@@ -38,8 +38,8 @@ enum GridColumn { LabelColumn, ValueColumn, OverflowColumn, GridColumnCount };
 
 } // namespace
 
-// The widget with the pairs. Its size hint is wide enough for the widest value, up to a maximum, so that no
-// line is wrapped unnecessarily.
+// The widget that contains the pairs. Its size hint is wide enough for the widest value, up to a maximum, so
+// that no line is wrapped unnecessarily.
 class Area::Pairs : public QWidget
 {
 public:

@@ -17,9 +17,9 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // An area makes the window not ready while it waits for the back end. Meanwhile the user can neither
-    // close the window nor press another button. If the back end waits for another process, a request to
-    // close the window ends that wait, and the window then closes.
+    // While an area waits for the back end, the window is not ready: the user can neither close it nor press
+    // another button. But if the back end only waits for another process, closing the window ends that wait,
+    // and then the window closes.
     virtual void setReady(bool isReady) = 0;
     // Returns true if the window will close as soon as it is ready again.
     virtual bool isClosing() const = 0;

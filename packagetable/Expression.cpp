@@ -66,7 +66,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
         case ')':
         case '|':
         case '{':
-            // With an alternative or a count, a match need not contain the inner text.
+            // With groups, alternatives or counts, a match need not contain any fixed text.
             whole = false;
             return QByteArray();
         case '*':

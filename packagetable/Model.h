@@ -60,8 +60,8 @@ public:
     void toggleAction(const QModelIndex& index);
     void reset();
 
-    // While a Hiding object exists, the model has no rows. It exists while the records change, because their
-    // cells would be wrong.
+    // While a Hiding object exists, the model has no rows. Use it while the records change, because their
+    // cells would then be wrong.
     class Hiding
     {
     public:

@@ -75,8 +75,8 @@ protected:
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
-    // The Enter key opens the description of the package in the current row. The space key changes its action
-    // to the next permitted action.
+    // The Enter key opens the description of the package in the current row. The space key changes the action
+    // of the current row to the next permitted action.
     void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
 

@@ -4,8 +4,9 @@
 // edit of the same kind contains the real text and performs the editing. The screen, the clipboard and
 // assistive programs get only the masked text.
 //
-// It lives on the graphical thread. Edit, its base class, is the type of the visible edit. Inner is the type
-// of the hidden edit. It owns the hidden edit, which has the same parent, font and geometry.
+// It lives on the graphical thread. The parameter Edit is the base class and the type of the visible edit.
+// The parameter Inner is the type of the hidden edit. The visible edit owns the hidden edit, which has the
+// same parent, font and geometry.
 
 #ifndef REPO_PASSWDEDIT_H
 #define REPO_PASSWDEDIT_H
@@ -58,8 +59,8 @@ protected:
         }
     }
 
-    // Subclasses call this function after each change of the visible text. If other code sets the visible
-    // text, for example an assistive program, the real text must change.
+    // Subclasses call this function after each change of the visible text. Other code, for example an
+    // assistive program, may set the visible text. The real text must then change in the same way.
     void applyVisibleText()
     {
         if (showing) {
@@ -89,8 +90,8 @@ protected:
     }
     void showRealSelection() { PasswdInner::select(this, PasswdInner::selection(inner)); }
 
-    // Returns the selected text for the clipboard, owned by the caller. Only the masking edits can read its
-    // real text.
+    // Returns the selected text for the clipboard. The caller owns the result. Only the masking edits can
+    // read its real text.
     QMimeData* makeMimeData() const
     {
         const PasswdInner::Selection own = PasswdInner::selection(this);
@@ -121,8 +122,8 @@ protected:
         showRealSelection();
     }
 
-    // Returns true if the key removes more than one character. It then selects the part to remove in the
-    // visible edit, because the word boundaries of the masked text are used. If the key also copies, the
+    // Returns true if the key removes more than one character. In this case, the function selects the part to
+    // remove in the visible edit. It uses the word boundaries of the masked text. If the key also copies, the
     // function copies the masked text to the clipboard.
     virtual bool selectForRemoval(QKeyEvent* event)
     {

@@ -118,7 +118,7 @@ void show(QLineEdit* edit, const QString& masked)
     edit->setText(masked);
 }
 
-// Replaces only the different part of the text, so that the view does not scroll.
+// Replaces only the part of the text that differs, so that the view does not scroll.
 void show(QTextEdit* edit, const QString& masked)
 {
     replace(edit, Difference(text(edit), masked), masked);

@@ -98,7 +98,7 @@ QString text(const QTextEdit* edit);
 // Replaces the visible text. The user cannot undo this.
 void show(QLineEdit* edit, const QString& text);
 void show(QTextEdit* edit, const QString& text);
-// Replaces the different part of the text. `text` is the whole new text.
+// Replaces the part of the text that `difference` describes. `text` is the complete new text.
 void replace(QLineEdit* edit, const Difference& difference, const QString& text);
 void replace(QTextEdit* edit, const Difference& difference, const QString& text);
 

@@ -31,7 +31,7 @@ public:
     explicit ConfigDialog(YumConfIO* conf, QWidget* parent = nullptr);
 
     // Sets the repository for the next exec(). It is not owned and must outlive that call. Without a change,
-    // OK acts like Cancel. For a copy, OK always applies, because the copy itself is new.
+    // OK acts like Cancel. For a copy, OK always accepts the repository, because the copy itself is new.
     void setEntry(Repo::Entry* edited, bool isCopy = false);
 
     void updateStatusLabel();

@@ -36,7 +36,8 @@ public:
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    // If a repository is missing in the session enable table, this function adds it as not used.
+    // If a repository is missing in the session enable table, this function adds the repository there as not
+    // used.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 

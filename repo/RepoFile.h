@@ -3,7 +3,7 @@
 // One configuration file of the package manager: its contents on the disk, or the reason why VYRE leaves the
 // file alone.
 //
-// The graphical thread creates objects, which can be copied. Reading never blocks that thread, even if the
+// The graphical thread creates the objects. They can be copied. Reading never blocks that thread, even if the
 // file is a pipe or endless.
 
 #ifndef REPO_REPOFILE_H

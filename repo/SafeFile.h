@@ -6,8 +6,8 @@
 // The new text is written to a temporary file in the same directory. The temporary file gets the owner, the
 // mode and the extended attributes of the old file. As soon as its text is on the disk, it is renamed to the
 // name of the old file. Links are followed. A rename is impossible if the directory is not writable, if the
-// file has several names, or if the owner cannot be set. In these cases, the file itself is overwritten.
-// Meanwhile a copy preserves the old text until the new text is on the disk.
+// file has several names, or if the owner cannot be set. In these cases, the file itself is overwritten. A
+// copy preserves the old text until the new text is on the disk.
 //
 // Only the graphical thread uses it. It shows no window. The names of temporary files and copies begin with
 // "." and do not end with ".repo". Therefore no program treats them as repository files.
@@ -54,16 +54,16 @@ public:
 
     // Returns the directory of the file after all links have been followed.
     QString directory() const { return directoryPath; }
-    // Returns the path of the copy with the old text, if commit() has failed and the file may contain neither
-    // text. Otherwise returns an empty text.
+    // If commit() has failed and the file may contain neither the old nor the new text, returns the path of
+    // the copy with the old text. Otherwise returns an empty text.
     QString copy() const { return copyPath; }
     // Returns true if replace() has removed rights of other users.
     bool hasRemovedRights() const { return removedRights; }
 
-    // Removes temporary files from a directory if the programs that created them were killed. Does not remove
+    // Removes the temporary files that killed programs have left behind in a directory. Does not remove
     // copies of old texts.
     static void removeLeftovers(const QString& directory);
-    // Returns the copies of old texts in a directory whose programs were killed.
+    // Returns the copies of old texts that killed programs have left behind in a directory.
     static QStringList leftoverCopies(const QString& directory);
     // Returns the directories for copies, if the directory of the file is not writable.
     static QStringList copyDirectories();

@@ -93,7 +93,7 @@ public:
     // The parent window of the message boxes. It is not owned, and valid only during read() and write().
     QWidget* parent = nullptr;
 
-    // Physical lines that were read too early. They are the next lines.
+    // Physical lines that have been read, but belong to the next logical lines.
     QStringList pendingLines;
 
 Q_SIGNALS:

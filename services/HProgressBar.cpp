@@ -42,7 +42,7 @@ bool HProgressBar::event(QEvent* event)
         event->accept();
         return true;
     }
-    // This call skips the base class, whose tool tip would cover ours.
+    // This call skips the base class, because its tool tip is not wanted.
     // NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return QWidget::event(event);
 }

@@ -102,8 +102,8 @@ void YumIOCapturersMinion::serveAll()
         minion->readStdout();
         minion->readStderr();
         if (minion->finalizing) {
-            // This thread is already inside finalize(): the receiver has processed events there, and that has
-            // led here. finalize() cannot continue, so this call does its remaining work.
+            // This thread is already inside finalize(), where the receiver has processed events. finalize()
+            // will not continue, so this call does the remaining work.
             minion->endFinalizing();
         }
     }

@@ -42,8 +42,8 @@ QPalette makeOK(const QPalette& palette);
 QString readable(const QString& name, const QColor& background);
 
 // Returns the text colour of a disabled item. Usually this is the colour `name`. On a dark background, `name`
-// may be more conspicuous than the colour `enabledName` of an enabled item. In this case, the result is half
-// way between the colour of the enabled item and the background.
+// may be more conspicuous than the colour `enabledName` of an enabled item. In this case, the result is the
+// middle between `enabledName` and the background.
 QString readableDisabled(const QString& name, const QString& enabledName, const QColor& background);
 
 } // namespace Colors

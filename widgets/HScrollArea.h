@@ -18,7 +18,8 @@ public:
     explicit HScrollArea(QWidget* parent = nullptr);
     // The maximum size is in pixels.
     explicit HScrollArea(QSize maxSize, QWidget* parent = nullptr);
-    // The maximum size is in letters of the area's font at this time. -1 means no limit in that direction.
+    // The maximum size is in columns and rows of text, in the area's present font. With -1, that direction
+    // has no limit.
     HScrollArea(int columns, int rows, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
@@ -26,8 +27,8 @@ public:
     // Resizes the inner widget after a change of its contents.
     void forceResize();
 
-    // Returns the additional pixels for the frame, if the style draws the frame around the contents but not
-    // around the scroll bars. Otherwise returns 0.
+    // Some styles draw the frame around the contents, but not around the scroll bars. Returns the additional
+    // pixels that this frame needs, or 0 for other styles.
     int frameOnlyAroundContentsPixels() const;
 
 private:

@@ -27,12 +27,12 @@ public:
     // visible rows.
     int sizeHintForColumn(int column) const override;
 
-    // Returns the selected rows that are selectable, in selection order. Each index is in the leftmost
-    // selected column of its row.
+    // Returns the selected rows in selection order, without rows that are not selectable. Each index is in
+    // the leftmost selected column of its row.
     QModelIndexList selectedRows() const;
 
-    // Returns the additional pixels for the frame, if the style draws the frame around the contents but not
-    // around the scroll bars. Otherwise returns 0.
+    // Some styles draw the frame around the contents, but not around the scroll bars. Returns the additional
+    // pixels that this frame needs, or 0 for other styles.
     int frameOnlyAroundContentsPixels() const;
 
     // Sets the height of all rows to one line of text, with icons of a matching size. Adjusts the rows when

@@ -13,12 +13,12 @@
 
 namespace Literal {
 
-// Returns the tool tip for a text. Otherwise Qt would interpret a text that looks like rich text, and load
-// the pictures in it. Call this function only once for each text: in the code that shows or sets the tool
-// tip.
+// Returns a tool tip that shows the text unchanged. Without this function, Qt would interpret a text that
+// looks like rich text, and load the pictures in it. Call this function only once for each text: in the code
+// that shows or sets the tool tip.
 QString toolTip(const QString& text);
 
-// Returns the window title for a text. In titles, Qt would replace "[*]".
+// Returns a window title that shows the text unchanged. Without this function, Qt would replace "[*]".
 QString title(QString text);
 
 } // namespace Literal

@@ -18,11 +18,11 @@ namespace Metrics {
 // frames and panels.
 QSize maxWindowSize();
 
-// Returns the width of one text column, in pixels: the width of a certain letter.
+// Returns the width of one column of text, in pixels.
 int columnWidth(const QFontMetrics& metrics);
 
-// Returns the additional pixels, in each direction, for the frame of the area, if the style draws the frame
-// around the contents but not around the scroll bars. Otherwise returns 0.
+// Some styles draw the frame of a scroll area around the contents, but not around the scroll bars. Returns
+// the additional pixels that this frame needs in each direction, or 0 for other styles.
 int frameOnlyAroundContentsPixels(const QAbstractScrollArea* area);
 
 } // namespace Metrics

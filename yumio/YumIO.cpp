@@ -85,7 +85,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),
     QT_TRANSLATE_NOOP("YumIO", "The marks cannot be applied:\n{}\nNothing was changed. All marks stay."),
-    // One text in four lines.
+    // This is one text in four lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n"
                                "\"Yes\" goes on with the remaining marks: {}. The marks that are left "
@@ -109,7 +109,7 @@ const char* const scriptTexts[] = {
                  "are missing in searches and descriptions."),
     QT_TRANSLATE_NOOP(
         "YumIO", "The modules metadata of the repository {} are damaged: {}\nThe repository is left out."),
-    // One text in three lines.
+    // This is one text in three lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Groups of packages cannot be read on this system: its libcomps does not work "
                                "with its version of Python. The groups of the repositories are left out. "
@@ -141,14 +141,14 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database: {}\nKeep waiting?\n"),
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database.\nKeep waiting?\n"),
     QT_TRANSLATE_NOOP("YumIO", "The package database is in use by another program. Nothing was changed."),
-    // One text in three lines.
+    // This is one text in three lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The system was changed by another program since the packages were read. "
                                "Nothing was applied.\nThe packages are read again now. Marks that are still "
                                "possible remain."),
     QT_TRANSLATE_NOOP("YumIO",
                       "Process {} has ended without removing its lock file {}. The file is removed."),
-    // One text in two lines.
+    // This is one text in two lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, was interrupted.\nMark and "
                                "apply its remaining changes again."),
@@ -173,8 +173,7 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
         QString::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<int>(PyBytes_Size(bytes.get())));
     const QString hidden = Credentials::hidden(text);
     if (hidden == text) {
-        // A text without passwords stays the same object, because the encoding above replaces invalid
-        // characters.
+        // The original object is returned, because the encoding above may have replaced characters.
         Py_INCREF(given);
         return given;
     }

@@ -30,7 +30,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
 
-    // This collection reads the data from which package objects answer later calls.
+    // This collection also makes the extra data available to package objects, so later operations need not
+    // load them.
     fileListsLoaded = true;
     otherDataLoaded = true;
 

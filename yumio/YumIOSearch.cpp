@@ -22,7 +22,7 @@ public:
     void add(const QByteArray& text)
     {
         if (text.isEmpty()) {
-            // finish() adds one empty text for all empty texts, for an expression that matches an empty text.
+            // finish() adds only one empty text. This is enough for an expression that matches an empty text.
             hasEmpty = true;
             return;
         }

@@ -19,8 +19,8 @@ enum class Text {
     // /vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=, also with a path before the "?"; - before a host:
     // ://NAME:PASSWORD@; - of a parameter whose name ends in "password": ?password=PASSWORD.
     Urls,
-    // A configuration file or a part of it. In addition, if the name of an option ends in "password", its
-    // whole value is a secret, including continuation lines.
+    // A configuration file or a part of it. If the name of an option ends in "password", its whole value is
+    // also a secret, including continuation lines.
     Options
 };
 
@@ -54,8 +54,8 @@ QString hidden(const QString& message, Text kind = Text::Urls);
 QVector<Place> vantorParts(const QString& text);
 
 // Returns the URL without credentials, for other programs. Removes the name and password before the host, and
-// the values of password parameters. In a vantor URL, it removes the credentials, but keeps "?path=" and the
-// text behind it.
+// the values of password parameters. From a vantor URL, it removes the credentials, but it keeps "?path=" and
+// the text behind "?path=".
 QString removed(const QString& url);
 
 } // namespace Credentials

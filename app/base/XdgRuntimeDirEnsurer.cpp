@@ -24,8 +24,8 @@ const char* nonEmptyVariable(const char* name)
     return value != nullptr && value[0] != '\0' ? value : nullptr;
 }
 
-// Between a check and a removal, another file can get the same name. Therefore both use descriptors of
-// directories instead of paths.
+// Opens a directory below another directory. Between a check and a removal, another file can get the same
+// name. Therefore checks and removals use descriptors of directories instead of paths.
 int openDirectory(int parent, const char* name)
 {
     return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
