@@ -212,7 +212,8 @@ void MainWindow::saveLayout() const
     }
 }
 
-// Asks the user for missing credentials. Returns false if the user has ended the program, and quit() has run.
+// Asks the user for missing credentials. Returns false if the user has ended the program. In this case,
+// quit() has already run.
 bool MainWindow::checkCredentials(bool& changed)
 {
     const RepoAuth::Checker checker(this, yumConfIO);

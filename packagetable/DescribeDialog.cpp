@@ -95,7 +95,8 @@ void Dialog::setReady(bool isReady)
     }
     if (ready && closing) {
         closing = false;
-        // The function of the area that has waited must return first, because the dialog deletes the area.
+        // The dialog deletes its areas when it closes. Before that, the waiting function of an area must
+        // return.
         QTimer::singleShot(0, this, SLOT(reject()));
     }
 }

@@ -93,7 +93,7 @@ void RepoDialog::addPair(int& row, QString label, QString value)
     }
     auto* left = new PlainLabel(label, pairs);
     auto* right = new PlainLabel(value, pairs);
-    // URLs are not wrapped, so each URL is on one line.
+    // The label has no word wrap, so each URL is on one line.
     right->setTextInteractionFlags(Qt::TextSelectableByMouse);
     grid->addWidget(left, row, 0, Qt::AlignLeft | Qt::AlignTop);
     grid->addWidget(right, row, 1, Qt::AlignLeft | Qt::AlignTop);

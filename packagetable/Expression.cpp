@@ -178,7 +178,7 @@ bool Expression::matchesAny(const QByteArray& texts) const
             if (literal) {
                 return true;
             }
-            // Goes back to the beginning of the text that contains the required text.
+            // The text to match begins after the last zero byte before the required text.
             const auto* place = static_cast<const char*>(found);
             const void* before = memrchr(text, '\0', static_cast<size_t>(place - text));
             if (before != nullptr) {

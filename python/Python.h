@@ -144,7 +144,8 @@ public:
     PyGILStateWrapper(const PyGILStateWrapper&) = delete;
     PyGILStateWrapper& operator=(const PyGILStateWrapper&) = delete;
 
-    // These functions unlock and lock in the middle of the scope. An ensure() must follow each release().
+    // In the middle of the scope, release() unlocks and ensure() locks again. An ensure() must follow each
+    // release().
     void ensure();
     void release();
 
@@ -162,7 +163,8 @@ public:
     PyThreadStateWrapper(const PyThreadStateWrapper&) = delete;
     PyThreadStateWrapper& operator=(const PyThreadStateWrapper&) = delete;
 
-    // These functions lock and unlock in the middle of the scope. A save() must follow each restore().
+    // In the middle of the scope, restore() locks and save() unlocks again. A save() must follow each
+    // restore().
     void save();
     void restore();
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The common base of the two masking edits. The visible edit shows a text with masked passwords. A hidden
-// edit of the same kind contains the real text and performs the editing. The screen, the clipboard and
-// assistive programs get only the masked text.
+// The common base of the two masking edits, PasswdLineEdit and PasswdTextEdit. The visible edit shows a text
+// with masked passwords. A hidden edit of the same kind contains the real text and performs the editing. The
+// screen, the clipboard and assistive programs get only the masked text.
 //
 // It lives on the graphical thread. The parameter Edit is the base class and the type of the visible edit.
 // The parameter Inner is the type of the hidden edit. The visible edit owns the hidden edit, which has the

@@ -18,7 +18,7 @@ public:
     // Masks the passwords in URLs. In each match of the expression, the first capture is also a password.
     explicit PasswdTextEdit(const QRegExp& mask, QWidget* parent = nullptr);
     PasswdTextEdit(const QRegExp& mask, int columnCount, int rowCount, QWidget* parent = nullptr);
-    // Masks the passwords in a text of another kind.
+    // Masks the passwords in a text of this kind, for example in options.
     PasswdTextEdit(Credentials::Text kind, int columnCount, int rowCount, QWidget* parent = nullptr);
 
     void setRealPlainText(const QString& text);

@@ -124,7 +124,7 @@ int Dialog::exec()
 {
     setModal(true);
     show();
-    // If the window did not open, the base class would wait for ever until it closes.
+    // If the window did not open, the base class would wait for ever for the window to close.
     return isVisible() ? HDialog::exec() : static_cast<int>(Rejected);
 }
 

@@ -34,9 +34,9 @@ public:
     // Reads the remaining output. The worker does not wait for it.
     ~YumIOCapturersMinion() override;
 
-    // Does the work of all objects without an event loop: it reads the available output, and deactivates each
-    // object whose worker has asked for this. The graphical thread calls this function while it does not
-    // return to its event loop.
+    // Does the work of all minions without an event loop. It reads the available output, and deactivates each
+    // minion whose worker has requested this. The graphical thread calls it repeatedly if it cannot return to
+    // its event loop.
     static void serveAll();
 
     // Starts watching the pipes. Does not wait.

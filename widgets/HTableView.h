@@ -65,7 +65,7 @@ private:
     void fitRowsToFont();
 
     QStyleOptionViewItem::Position decorationPosition;
-    // Both values are equal after the first call of sizeHint().
+    // The first call of sizeHint() sets both to the same value.
     mutable int minRows;
     mutable int maxRows;
     bool oneLineRows;

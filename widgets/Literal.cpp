@@ -6,7 +6,7 @@
 
 QString Literal::toolTip(const QString& text)
 {
-    // Qt shows all other texts unchanged.
+    // Qt shows a text unchanged if it does not look like rich text.
     if (!Qt::mightBeRichText(text)) {
         return text;
     }

@@ -23,7 +23,8 @@ public:
     ChildSignal(const ChildSignal&) = delete;
     ChildSignal& operator=(const ChildSignal&) = delete;
 
-    // output capture begins, and the signal changes afterwards.
+    // Call this function once. The constructor does not change the signal, because the object must exist
+    // before the output capture begins.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

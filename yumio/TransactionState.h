@@ -55,7 +55,7 @@ public:
     quint64 downloadSize = 0;
     quint64 downloadWeight = 0; // the weight of all packages to install, including cached packages
     quint64 rpmWeight = 0;
-    quint32 downloadSteps = 0; // in the total bar
+    quint32 downloadSteps = 0; // the steps of the downloads in the total bar
 
     quint64 actCounter = 0; // the weight of the finished steps of the current item
     bool testRun = false;   // rpm only tests the transaction, without changes

@@ -155,8 +155,8 @@ bool mayBePort(const QString& text, int host, int colon, int end)
            std::all_of(text.begin() + colon + 1, text.begin() + end, isDigit);
 }
 
-// Finds names and passwords before a host. A password may contain a slash, although it should be written as
-// %2f. In this case, the text between the colon and the slash is not a port.
+// Finds names and passwords before a host. A password may contain a slash, although the slash should be
+// written as %2f. The code assumes this if the text before the slash cannot be a port.
 void findBeforeHost(const QString& text, QVector<Found>& found)
 {
     auto hostEnd = makeNext(text, endsHost);
@@ -193,7 +193,8 @@ void findBeforeHost(const QString& text, QVector<Found>& found)
             continue;
         }
         const bool hasPassword = colon >= 0 && colon < lastAt;
-        // An "@" in the query is not before the host, but the text before this "@" is nevertheless hidden.
+        // If the last "@" is in the query, it does not end a name and password, so removed() keeps the text
+        // before it. hidden() hides that text nevertheless.
         const int partEnd = lastBeforeQuery >= 0 ? lastBeforeQuery + 1 : hasPort ? begin : lastAt + 1;
         found.append({hasPassword ? colon + 1 : begin, hasPassword ? lastAt : -1, begin, partEnd});
     }
