@@ -79,8 +79,8 @@ void MainWindow::createMainArea()
     setCentralWidget(central);
 
     // The table is hidden until the first collection. The bars stay at the bottom of the window. The table
-    // sets the number of rows in its size hint only once, so the layout must not ask for the size hint of an
-    // empty table.
+    // sets the number of rows in its size hint only once. Therefore the layout must not ask for the size hint
+    // of an empty table.
     tableArea->hide();
 }
 

@@ -48,8 +48,8 @@ bool isEnglish(const QString& language)
     return QLocale(language).language() == QLocale::English;
 }
 
-// Returns whether the environment selects the untranslated texts of the sources. In this case LANGUAGE is
-// ignored, as it is for the package manager's messages.
+// Returns whether the environment selects the untranslated texts of the sources. In this case, both VYRE and
+// the package manager ignore LANGUAGE.
 bool isPlainWanted()
 {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {

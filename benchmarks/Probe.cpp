@@ -295,8 +295,8 @@ private:
         result[QStringLiteral("sorts")] = rows;
     }
 
-    // Measures the time to read the data of all cells, as painting and sorting do, and the time to copy a
-    // text the same number of times.
+    // Measures the time to read the data of all cells, as painting and sorting do. For comparison, measures
+    // the time to copy a text the same number of times.
     void cells()
     {
         const int count = proxy->rowCount();

@@ -3,7 +3,7 @@
 // Declares two types of the interpreter without its header. Headers that only pass pointers to these types
 // include this file.
 //
-// <Python.h> sets macros of the C library and has to come before every other header. The header of a window
+// <Python.h> sets macros of the C library and must come before every other header. The header of a window
 // includes the header of the back end and must not depend on this order. Every version of Python 3 has these
 // two struct names.
 

@@ -22,7 +22,7 @@ public:
     explicit PasswdMask(Credentials::Text kind = Credentials::Text::Urls);
 
     // Both functions add an expression whose first capture is also hidden. They ignore the expressions of
-    // Repo::Vantor, because Credentials already finds those passwords.
+    // Repo::Vantor, because Credentials already finds the passwords in vantor URLs.
     void hideInWholeText(const QRegExp& expression); // used only if the whole text matches
     void hideEverywhere(const QRegExp& expression);  // used for every match in the text
 

@@ -285,8 +285,8 @@ void Config::setFieldsEnabled(bool enabled)
 QString Config::refusal(const Repo::Entry& entry)
 {
     // The package manager expands variables in identifiers. Then it ignores a repository if the identifier
-    // contains any other character. If an identifier contains a closing bracket, it rejects the whole file.
-    // It reads bytes beyond ASCII as other characters.
+    // contains any other character. If an identifier contains a closing bracket, the package manager rejects
+    // the whole file. It also reads bytes beyond ASCII as other characters.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&

@@ -35,7 +35,7 @@ public:
 
     void setEntry(const Repo::Entry& entry);
     // Returns the repository with the values of the fields. Some fields show a value in another form than the
-    // file. If the user has not changed such a field, the result has the original value.
+    // file. If the user has not changed a field, the result has the original value.
     Repo::Entry toEntry() const;
     // Shows the values of the [main] section, which apply to a repository that lacks these values.
     void setDefaults(bool enabled, bool gpgcheck);
@@ -70,8 +70,7 @@ private:
     static QString refusal(const Repo::Entry& entry);
     // Enables or disables all fields except the fields for the credentials.
     void setFieldsEnabled(bool enabled);
-    // Shows the credentials of the URLs in the fields for credentials. Returns true if the URLs contain such
-    // credentials.
+    // Shows the credentials of the URLs in the fields for credentials. Returns true if a URL is a vantor URL.
     bool showAuth(const Repo::Entry& entry);
     void setAuthLabels(const QString& nameKey, const QString& passwordKey);
 

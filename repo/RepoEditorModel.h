@@ -62,7 +62,7 @@ public:
 
     // Toggles the use of the repository in this session.
     void toggleUse(const QModelIndex& index);
-    // Toggles the value `enabled` in the configuration of the repository. If the section has no such value,
+    // Toggles the value `enabled` in the configuration of the repository. If the section lacks this value,
     // the call inverts the default, which the table shows.
     void toggleEnabled(const QModelIndex& index);
     // Opens the repository in the user's web browser. Messages appear over `window`.
@@ -73,7 +73,7 @@ Q_SIGNALS:
     void configChanged();
 
 private:
-    // Returns false for a row that no longer exists, because the view may ask for such rows.
+    // Returns false if the row no longer exists, because the view may still ask for it.
     bool hasEntry(const QModelIndex& index) const;
     bool isUsed(const Repo::Entry& entry) const;
     bool isEnabled(const Repo::Entry& entry) const;

@@ -63,7 +63,7 @@ public:
     // Each line ends with a carriage return and a line feed.
     bool hasCarriageReturns = false;
     // The file has no byte order mark, no bytes beyond ASCII and no carriage return at the end of a line. If
-    // the program reads and writes such a file, no character changes.
+    // the program reads and writes a plain file, no character changes.
     bool isPlain = false;
     FileNumber number;
 

@@ -437,7 +437,7 @@ void SafeFile::removeLeftovers(const QString& directory)
     }
     for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(temporaryMark))) {
         const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-        // If another program still writes the file, it holds the lock.
+        // If another program still writes the file, that program holds the lock.
         if (file.isOpen() && flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             unlinkat(listed.get(), each.constData(), 0);
         }

@@ -70,8 +70,8 @@ struct Downloads
     bool changed = false;  // the state has changed since the pending report
 };
 
-// It lives on the graphical thread. Its Object creates it. The graphical thread deletes it after its last
-// slot has run. It does not own the bars.
+// The Minion lives on the graphical thread. An Object creates it. The graphical thread deletes it after its
+// last slot has run. The Minion does not own the bars.
 class Minion : public QObject
 {
     Q_OBJECT

@@ -46,7 +46,7 @@ void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
     Q_EMIT setResult(0);
 }
 
-// Does the same as QMessageBox::warning() and critical() with three button texts, but without markup. Those
+// Does the same as QMessageBox::warning() and critical() with three button texts, but without markup. Qt's
 // functions would interpret markup in the text, which comes from packages and failures.
 int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, const QString& text,
                                 const QStringList& buttonTexts, int defaultButtonNumber,

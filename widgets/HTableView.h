@@ -45,8 +45,8 @@ public Q_SLOTS:
     // screen.
     void resizeColumnsToContents();
 
-    // Sorts in the order that the header shows for the column, or in ascending order if the header shows
-    // none. Does nothing without a model.
+    // Sorts in the order that the header shows for the column, or in ascending order if the header shows no
+    // order. Does nothing without a model.
     void sortByColumn(int column);
     void sortByColumn(int column, Qt::SortOrder order);
 

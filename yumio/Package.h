@@ -2,7 +2,7 @@
 
 // The record of one package, group or suite. Each listed record is one row of the package table.
 //
-// The back end (YumIO) owns the records. A worker thread makes and deletes them while it holds the
+// The back end (YumIO) owns the records. A worker thread creates and deletes the records while it holds the
 // interpreter lock. While no worker runs, the graphical thread reads the records and writes the chosen
 // actions.
 

@@ -70,8 +70,8 @@ public:
     // attribute.
     QString simpleString(PyObject* object, const char* attr);
     // Finds the first pair (object, name) with this name in a sequence of pairs. Returns a new reference to
-    // the object, or null. The present script returns no such pairs; another script may return related
-    // packages in this form.
+    // the object, or null. Another script may return related packages in such pairs; the present script does
+    // not.
     PyObject* findRelation(PyObject* sequence, const char* name);
 
     // --- Packages and items of transactions

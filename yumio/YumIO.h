@@ -83,8 +83,8 @@ public:
     void clearEntriesBeforeQuit();
 
     // Returns whether a package with another name replaces this installed package, or this available package
-    // replaces an installed package with another name. The user must decide about such a record: functions
-    // that mark many records at once skip it.
+    // replaces an installed package with another name. The user must decide about this record: functions that
+    // mark many records at once skip it.
     bool isLeftToUser(const Package::Entry& entry) const { return records.isLeftToUser(entry); }
     // Both lists are empty for nearly all records.
     Replacement replacement(const Package::Entry& entry) const { return records.replacement(entry); }
@@ -113,9 +113,8 @@ public:
 
     bool collectFileLists();
     bool collectOtherData();
-    // A worker reads the search texts of those records that lack them (Package::Entry::searchTexts). The
-    // extra data must be loaded first. A search without these texts finds the same records, but is far
-    // slower.
+    // A worker reads the search texts (Package::Entry::searchTexts) of the records that lack them. The extra
+    // data must be loaded first. A search without these texts finds the same records, but is far slower.
     void collectSearchTexts(const QVector<Package::Entry*>& wanted);
     // Calls the function for each searched text, except the file list and the change log, until the function
     // returns true. Returns whether the function returned true.

@@ -269,7 +269,7 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
     if (!iterator) {
         return nullptr;
     }
-    // An unreadable payload is reported and ignored. But if the running operation explains such a failure
+    // An unreadable payload is reported and ignored. But if the running operation explains the failure
     // itself, the loop ends and the exception stays pending.
     while (PyErr_Occurred() == nullptr) {
         const PyRef payload(PyIter_Next(iterator.get()));

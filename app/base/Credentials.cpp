@@ -29,7 +29,7 @@ template <typename Wanted> class Next
 public:
     Next(const QString& whole, Wanted isWanted) : text(whole), wanted(isWanted) {}
 
-    // Returns the end of the text if no such character follows.
+    // Returns the position of the next wanted character from `begin` on, or the end of the text.
     int from(int begin)
     {
         position = std::max(position, begin);

@@ -9,8 +9,8 @@
 #ifndef APP_BASE_REPOSITORYFILELIMIT_H
 #define APP_BASE_REPOSITORYFILELIMIT_H
 
-// The limit for a file, in bytes. It is enough for about ten thousand repositories, and the program can read
-// such a file in a moment.
+// The limit for a file, in bytes. A file of this size can contain about ten thousand repositories, and the
+// program can read it in a moment.
 constexpr int repositoryFileLimit = 8 << 20;
 
 // The limit for one repository, in bytes. The form that edits a repository can show a text of this size in a
