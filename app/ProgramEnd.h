@@ -4,8 +4,8 @@
 // process. A running transaction continues to its end, and all other work is abandoned. Then the locks are
 // released and the runtime directory is removed.
 //
-// It lives on the graphical thread. main() creates the only object after the main window, which the object
-// does not own.
+// It lives on the graphical thread. main() creates the only object after the main window. The object does not
+// own the main window.
 
 #ifndef APP_PROGRAMEND_H
 #define APP_PROGRAMEND_H

@@ -36,10 +36,10 @@ public:
     // first.
     virtual ~Python();
 
-    // Expectation scopes. Between pyExceptStart() and pyExceptClear(), an exception of a type that
-    // pyExceptExpect() names (borrowed) stays pending. The caller tests for it with pyExceptMatches(). Scopes
-    // can be nested; only the innermost scope is used. pyExceptClear() clears any pending exception. The
-    // class ExceptScope ends its scope on every path.
+    // Expectation scopes. pyExceptStart() begins a scope, and pyExceptClear() ends it and clears any pending
+    // exception. pyExceptExpect() adds an expected type (borrowed). If a call raises an exception of an
+    // expected type, the exception stays pending, and the caller tests for it with pyExceptMatches(). Scopes
+    // can be nested; only the innermost scope is used. The class ExceptScope ends its scope on every path.
     virtual void pyExceptStart();
     virtual void pyExceptExpect(PyObject* type);
     virtual void pyExceptClear();

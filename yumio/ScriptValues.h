@@ -2,9 +2,9 @@
 
 // Converts values of the script's objects to texts and numbers, and formats versions, sizes and times.
 //
-// ScriptValues derives from Python, the interpreter; YumIO, the back end, derives from ScriptValues. Any
-// thread may call these functions while it holds the interpreter lock. If a value has an unknown type, they
-// warn the user and return an empty text or 0. No function leaves an exception pending.
+// The base class Python is the interpreter. The back end YumIO derives from ScriptValues. Any thread may call
+// these functions while it holds the interpreter lock. If a value has an unknown type, they warn the user and
+// return an empty text or 0. No function leaves an exception pending.
 
 #ifndef YUMIO_SCRIPTVALUES_H
 #define YUMIO_SCRIPTVALUES_H

@@ -62,8 +62,8 @@ public:
     // Call this function once, before any other function. The caller still owns the three widgets.
     void setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item);
 
-    // Starts the interpreter and the script. A second call does nothing. If it reports an error and returns
-    // false, the back end is unusable.
+    // Starts the interpreter and the script. After a success, further calls do nothing. If it reports an
+    // error and returns false, the back end is unusable.
     bool initialize();
 
     // Returns the directories in which the package manager looks for repository files. The list is empty if
@@ -101,7 +101,7 @@ public:
     // Prepares an unavoidable end of the program. From now on, no questions are asked. A worker that changes
     // the system finishes its work; any other worker gives up. The function waits for the worker without
     // serving events, and then releases the package manager's lock. From now on, log entries go to standard
-    // error: only errors if the display still exists, otherwise all entries.
+    // error. If the display still exists, these are only errors and warnings.
     void finish(bool displayIsThere);
 
     // Access to the records by position. While a worker rebuilds the list, count() returns 0.

@@ -28,7 +28,7 @@ private:
     bool open(const char* name);
 
     char created[1024]; // the path; empty if no directory is used
-    int parent;         // the parent directory of the path, or -1
+    int parent;         // a descriptor of the directory above it, or -1
     int directory;
 };
 
