@@ -257,10 +257,10 @@ void MainWindow::reposChanged()
 void MainWindow::yumConfIOChanged()
 {
     // The files are read often, but each warning is logged only once.
-    for (const QString& doubt : qAsConst(yumConfIO->doubts)) {
-        if (!quitting() && !loggedDoubts.contains(doubt)) {
-            loggedDoubts.insert(doubt);
-            yumIO->log(Log::Warning, 0, doubt);
+    for (const QString& warning : qAsConst(yumConfIO->warnings)) {
+        if (!quitting() && !loggedWarnings.contains(warning)) {
+            loggedWarnings.insert(warning);
+            yumIO->log(Log::Warning, 0, warning);
         }
     }
     const QString& directory = yumConfIO->cachedir;

@@ -160,9 +160,9 @@ private:
     bool logAtStart;
     QList<YumRepoEnabled> repoOverrides;
     QHash<QString, bool> sessionEnabled;
-    QSet<QString> loggedDoubts; // warnings about the configuration that are already in the log
-    YumIO* yumIO;               // null after the start of quit()
-    YumIO* closing;             // the back end while quit() closes the window
+    QSet<QString> loggedWarnings; // warnings about the configuration that are already in the log
+    YumIO* yumIO;                 // null after the start of quit()
+    YumIO* closing;               // the back end while quit() closes the window
     YumConfIO* yumConfIO;
     bool initialized;
     bool scheduled;

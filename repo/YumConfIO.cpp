@@ -62,7 +62,7 @@ bool YumConfIO::read(QWidget* window)
     entries.clear();
     // The list still contains lines if the last read failed.
     pendingLines.clear();
-    doubts.clear();
+    warnings.clear();
     knownFiles.clear();
     knownNumbers.clear();
     readAgainWanted = false;
@@ -85,7 +85,7 @@ void YumConfIO::keep(const QString& path, const Repo::File& file, int firstEntry
 {
     if (file.state != Repo::File::Text) {
         knownNumbers.insert(file.number, -1);
-        doubts.append(file.reason);
+        warnings.append(file.reason);
         return;
     }
     Known known;
@@ -120,7 +120,7 @@ void YumConfIO::noteLeftoverCopies()
     }
     copies.sort();
     for (const QString& copy : qAsConst(copies)) {
-        doubts.append(
+        warnings.append(
             tr("VYRE was interrupted while it wrote a configuration file. The previous text is in %1")
                 .arg(copy));
     }

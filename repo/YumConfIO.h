@@ -88,7 +88,7 @@ public:
 
     // Warnings for the user about settings that the package manager reads in another way, and about files
     // that VYRE leaves alone. The user must see them before a file is written.
-    QStringList doubts;
+    QStringList warnings;
 
     // The parent window of the message boxes. It is not owned, and valid only during read() and write().
     QWidget* parent = nullptr;

@@ -87,9 +87,9 @@ bool YumConfIO::readMainFile()
 YumConfIO::Lines YumConfIO::linesOf(const Repo::File& file, const QString& path)
 {
     if (!file.isAscii) {
-        doubts.append(tr("%1 has letters outside ASCII. If VYRE writes the file, each of them becomes two "
-                         "wrong letters.")
-                          .arg(path));
+        warnings.append(tr("%1 has letters outside ASCII. If VYRE writes the file, each of them becomes two "
+                           "wrong letters.")
+                            .arg(path));
     }
     return {file.text, 0};
 }
@@ -138,8 +138,9 @@ void YumConfIO::noteDoubtfulSwitch(const QString& path, const QString& id, const
     static const QStringList off{QStringLiteral("0"), QStringLiteral("no"), QStringLiteral("false"),
                                  QStringLiteral("off")};
     if (isOn(value) && off.contains(value.trimmed().toLower())) {
-        doubts.append(tr("%1, section [%2]: VYRE reads \"%3\" as enabled, and writes it so. Only 0 disables.")
-                          .arg(path, id, line.trimmed()));
+        warnings.append(
+            tr("%1, section [%2]: VYRE reads \"%3\" as enabled, and writes it so. Only 0 disables.")
+                .arg(path, id, line.trimmed()));
     }
 }
 

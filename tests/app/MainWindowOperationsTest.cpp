@@ -37,7 +37,7 @@ private Q_SLOTS:
     void cleaningMetadataCollectsAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningPackagesDoesNotChangeTheTable();
-    void doubtsAboutTheConfigurationAreLoggedOnce();
+    void warningsAboutTheConfigurationAreLoggedOnce();
     void cleanEntriesNameTheCacheDirectory();
     void sizeOfColumnsIsRestored();
     void confirmedActionsAreAppliedAndTheTableCollected();
@@ -230,7 +230,7 @@ void MainWindowOperationsTest::cleaningPackagesDoesNotChangeTheTable()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::doubtsAboutTheConfigurationAreLoggedOnce()
+void MainWindowOperationsTest::warningsAboutTheConfigurationAreLoggedOnce()
 {
     QFile file(standIn->root() + "/etc/yum.repos.d/doubted.repo");
     QVERIFY(file.open(QIODevice::WriteOnly));

@@ -182,7 +182,7 @@ class ManualTest(unittest.TestCase):
             with self.subTest(message):
                 self.assertRegex(meaning, r'^[A-Z`<"].+\.$')
 
-    def test_what_stands_on_the_windows_is_mentioned(self):
+    def test_every_text_of_the_windows_is_mentioned(self):
         words = self.book.words()
         missing = []
         for text in cpp_messages()[1]:
@@ -278,7 +278,7 @@ class ManualTest(unittest.TestCase):
         for name in re.findall(r'`(--[a-z-]+)', chapter):
             self.assertIn(name, options)
 
-    def test_environment_of_the_program_is_told(self):
+    def test_the_environment_of_the_program_is_described(self):
         page = sources.read('manual', 'vyre.8')
         names = {'XDG_RUNTIME_DIR', 'TMPDIR'}  # which are not asked for by a text
         for folder in sources.FOLDERS + ('share/python', 'share/python/vyre'):
@@ -344,7 +344,7 @@ class BuildTest(unittest.TestCase):
     def test_nothing_is_complained_about(self):
         self.assertEqual((self.status, self.output), (0, ''))
 
-    def test_page_refers_to_what_is_there(self):
+    def test_the_page_refers_to_existing_things(self):
         with open(os.path.join(self.built, 'html', 'index.html'), encoding='utf-8') as stream:
             text = re.sub(r'(?s)/\*.*?\*/', '', stream.read())
         page = Page(text)

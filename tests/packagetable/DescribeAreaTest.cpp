@@ -29,7 +29,7 @@ private Q_SLOTS:
     void nameWithAPercentSignIsKeptInTheTitles();
     void emptyListsAreShownAsEmpty();
     void buttonsTellOfDataThatHaveToBeLoaded();
-    void loadingIsToldOfOnlyOnce();
+    void loadingIsReportedOnlyOnce();
     void dialogCannotBeClosedWhileFilesAreLoading();
     void nothingElseCanBeAskedForWhileFilesAreLoading();
 };
@@ -343,7 +343,7 @@ void DescribeAreaTest::buttonsTellOfDataThatHaveToBeLoaded()
     });
 }
 
-void DescribeAreaTest::loadingIsToldOfOnlyOnce()
+void DescribeAreaTest::loadingIsReportedOnlyOnce()
 {
     table->collectUsual();
     setLoaded(false, true);

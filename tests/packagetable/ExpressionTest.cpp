@@ -272,7 +272,7 @@ private Q_SLOTS:
         QCOMPARE(expression.fault(), QString());
     }
 
-    void anotherExpressionTakesThePlaceOfTheFirst()
+    void anotherExpressionReplacesTheFirst()
     {
         Expression expression;
         expression.compile("kernel");
@@ -311,7 +311,7 @@ private Q_SLOTS:
         QVERIFY(!expression.matchesAny(QByteArray()));
     }
 
-    void whatFollowsAZeroIsNoPartOfTheExpression()
+    void anExpressionEndsAtANullCharacter()
     {
         for (const QString& text :
              {QString("ab.*") + QChar(0) + "c", QString("ab") + QChar(0) + "c.*defgh"}) {

@@ -49,12 +49,12 @@ private Q_SLOTS:
     void theActionIsAnIcon();
     void theStateIsAnIcon();
     void theKindIsAnIcon();
-    void everyTextColumnTellsSomethingOfSomePackage();
+    void everyTextColumnHasATextForSomePackage();
     void textColumnsHaveNoIcon();
-    void theToolTipTellsTheAction();
-    void theToolTipTellsTheState();
+    void theToolTipNamesTheAction();
+    void theToolTipNamesTheState();
     void anExcludedPackageCannotBeMarked();
-    void theToolTipTellsTheKind();
+    void theToolTipNamesTheKind();
     void theToolTipOfTheVersionListsAllVersions();
     void otherColumnsHaveNoToolTip();
     void textsHaveTheColourOfTheState_data();
@@ -64,8 +64,8 @@ private Q_SLOTS:
     void theUserRoleGivesNumbersAndTheRecord();
     void otherRolesYieldNothing();
     void requestsOutsideTheTableYieldNothing();
-    void furtherInstalledVersionsOfWhatIsAvailableAreMarked();
-    void aRowTellsItsState();
+    void furtherInstalledVersionsOfAnAvailablePackageAreMarked();
+    void theModelReturnsTheStateOfARow();
     void anActionIsStoredUnchecked();
     void anActionOutsideTheTableIsNotStored();
     void togglingGoesThroughThePermittedActions_data();
@@ -73,8 +73,8 @@ private Q_SLOTS:
     void selectedRowsAreInstalledOrUpdated();
     void replacedAndReplacingRowsAreLeftToTheUser();
     void selectedInstalledRowsStayAsTheyAre();
-    void clearingTakesAllActionsAway();
-    void resetTellsTheViews();
+    void clearingRemovesAllActions();
+    void resetNotifiesTheViews();
     void describingARowThatDoesNotExistOpensNothing();
     void oneDialogDescribesEveryRow();
     void withoutBackEndTheTableIsEmpty();
@@ -244,7 +244,7 @@ void ModelTest::theKindIsAnIcon()
     QCOMPARE(suite, picture("suite.png"));
 }
 
-void ModelTest::everyTextColumnTellsSomethingOfSomePackage()
+void ModelTest::everyTextColumnHasATextForSomePackage()
 {
     for (int column = NameColumn; column < ColumnCount; ++column) {
         int told = 0;
@@ -262,7 +262,7 @@ void ModelTest::textColumnsHaveNoIcon()
     }
 }
 
-void ModelTest::theToolTipTellsTheAction()
+void ModelTest::theToolTipNamesTheAction()
 {
     Package::Entry& entry = table->entry("tool");
     QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant());
@@ -274,7 +274,7 @@ void ModelTest::theToolTipTellsTheAction()
     QCOMPARE(data("tool", 0, Qt::ToolTipRole), QVariant(QStringLiteral("Remove package")));
 }
 
-void ModelTest::theToolTipTellsTheState()
+void ModelTest::theToolTipNamesTheState()
 {
     QCOMPARE(data("editor", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available for installation")));
@@ -312,7 +312,7 @@ void ModelTest::anExcludedPackageCannotBeMarked()
     QVERIFY(!data("tool", 0, Qt::ToolTipRole).isValid());
 }
 
-void ModelTest::theToolTipTellsTheKind()
+void ModelTest::theToolTipNamesTheKind()
 {
     QCOMPARE(data("Games", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Group of packages")));
     QCOMPARE(data("tool", 2, Qt::ToolTipRole), QVariant(QStringLiteral("Ordinary package")));
@@ -438,7 +438,7 @@ void ModelTest::requestsOutsideTheTableYieldNothing()
     QCOMPARE(model->data(last), QVariant());
 }
 
-void ModelTest::furtherInstalledVersionsOfWhatIsAvailableAreMarked()
+void ModelTest::furtherInstalledVersionsOfAnAvailablePackageAreMarked()
 {
     Package::Entry& lib = table->entry("lib");
     QCOMPARE(lib.state, Package::Available);
@@ -446,7 +446,7 @@ void ModelTest::furtherInstalledVersionsOfWhatIsAvailableAreMarked()
     QCOMPARE(data("lib", VersionColumn), QVariant(lib.verRel + " *"));
 }
 
-void ModelTest::aRowTellsItsState()
+void ModelTest::theModelReturnsTheStateOfARow()
 {
     QCOMPARE(model->getState(table->row("tool")), Package::Updatable);
     QCOMPARE(model->getState(table->row("editor")), Package::Available);
@@ -559,7 +559,7 @@ void ModelTest::selectedInstalledRowsStayAsTheyAre()
     QCOMPARE(spy.count(), 0);
 }
 
-void ModelTest::clearingTakesAllActionsAway()
+void ModelTest::clearingRemovesAllActions()
 {
     QStringList marked;
     for (int row = 0; row < table->yumIO.count(); row += 3) {
@@ -576,7 +576,7 @@ void ModelTest::clearingTakesAllActionsAway()
     QCOMPARE(spy.count(), 0);
 }
 
-void ModelTest::resetTellsTheViews()
+void ModelTest::resetNotifiesTheViews()
 {
     QSignalSpy before(model.get(), SIGNAL(modelAboutToBeReset()));
     QSignalSpy after(model.get(), SIGNAL(modelReset()));

@@ -25,11 +25,11 @@ private Q_SLOTS:
     void theRepositoryColumnAloneOffersToBrowse_data();
     void theRepositoryColumnAloneOffersToBrowse();
     void withoutACellThereIsNothingToChoose();
-    void whatHasNoRepositoryCannotBeBrowsed_data();
-    void whatHasNoRepositoryCannotBeBrowsed();
+    void aRowWithoutARepositoryCannotBeBrowsed_data();
+    void aRowWithoutARepositoryCannotBeBrowsed();
     void describeDescribesTheRow();
     void browseOpensTheRepositoryOfTheRow();
-    void browseTellsOfARepositoryThatIsNotConfigured();
+    void browseReportsAnUnconfiguredRepository();
 
 private:
     // Chooses an entry of the menu of a cell by the mouse. Returns when what it opens has been closed.
@@ -92,7 +92,7 @@ void OtherContextMenuTest::withoutACellThereIsNothingToChoose()
     QCOMPARE(offered, QStringList());
 }
 
-void OtherContextMenuTest::whatHasNoRepositoryCannotBeBrowsed_data()
+void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("hasOne");
@@ -102,7 +102,7 @@ void OtherContextMenuTest::whatHasNoRepositoryCannotBeBrowsed_data()
     QTest::newRow("available") << "editor" << true;
 }
 
-void OtherContextMenuTest::whatHasNoRepositoryCannotBeBrowsed()
+void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed()
 {
     QFETCH(QString, name);
     QFETCH(bool, hasOne);
@@ -158,7 +158,7 @@ void OtherContextMenuTest::browseOpensTheRepositoryOfTheRow()
     QCOMPARE(called.readAll(), QByteArray("http://updates/39\n"));
 }
 
-void OtherContextMenuTest::browseTellsOfARepositoryThatIsNotConfigured()
+void OtherContextMenuTest::browseReportsAnUnconfiguredRepository()
 {
     QString text;
     QWidget* parent = nullptr;

@@ -34,7 +34,7 @@ private Q_SLOTS:
     void theStateFilterListsTheStates_data();
     void theStateFilterListsTheStates();
     void duplicatesCanBeLeftOut();
-    void groupsCanBeLeftOutWhateverTheExpression();
+    void groupsCanBeExcludedWithAnyExpression();
     void theFiltersOfTheConstructorApply();
     void anyOfTheseExpressionsListsEverything_data();
     void anyOfTheseExpressionsListsEverything();
@@ -52,7 +52,7 @@ private Q_SLOTS:
     void theSearchMatchesEachListOfAGroup_data();
     void theSearchMatchesEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
-    void theFilterModeMatchesOnlyWhatIsVisible();
+    void theFilterModeMatchesOnlyVisibleTexts();
     void otherFiltersGoBeforeTheExpression();
     void theSearchStopsAtTheFirstMatch();
     void eachRecordIsSearchedOnceForOneSetting();
@@ -60,9 +60,9 @@ private Q_SLOTS:
     void theResetOfAFormerSourceForgetsNothing();
     void clearingTheCacheForgetsTheVerdicts();
     void everySettingForgetsTheVerdicts();
-    void whatTheConfigurationExcludesIsNotRemovable();
+    void excludedPackagesAreNotRemovable();
     void withoutFilteringEveryRowIsListed();
-    void settingWhatIsSetChangesNothing();
+    void settingTheSameValueChangesNothing();
     void rowsAreSortedByColumn_data();
     void rowsAreSortedByColumn();
     void sizesAreComparedAsIntegers();
@@ -159,7 +159,7 @@ void SortFilterProxyModelTest::duplicatesCanBeLeftOut()
     QCOMPARE(architectures(), (QStringList{"i686", "x86_64"}));
 }
 
-void SortFilterProxyModelTest::groupsCanBeLeftOutWhateverTheExpression()
+void SortFilterProxyModelTest::groupsCanBeExcludedWithAnyExpression()
 {
     QCOMPARE(listed("Games|shell"), (QStringList{"Games", "shell"}));
     proxy->setGroupsFilter(false);
@@ -354,7 +354,7 @@ void SortFilterProxyModelTest::theSearchDoesNotMatchAcrossFields()
     QCOMPARE(listed("^noarch$"), QStringList{"editor"});
 }
 
-void SortFilterProxyModelTest::theFilterModeMatchesOnlyWhatIsVisible()
+void SortFilterProxyModelTest::theFilterModeMatchesOnlyVisibleTexts()
 {
     table->collect({}, {}, {StandIn::package("found", {{"summary", "needle"}})});
     model->reset();
@@ -480,7 +480,7 @@ void SortFilterProxyModelTest::everySettingForgetsTheVerdicts()
     QVERIFY(!forgets([this] { proxy->setFilterRegExp(QStringLiteral(".*tool.*")); }));
 }
 
-void SortFilterProxyModelTest::whatTheConfigurationExcludesIsNotRemovable()
+void SortFilterProxyModelTest::excludedPackagesAreNotRemovable()
 {
     proxy->setStateFilter(ViewRemovable);
     table->entry("shell").excluded = true;
@@ -511,7 +511,7 @@ void SortFilterProxyModelTest::withoutFilteringEveryRowIsListed()
     QCOMPARE(sortedNames(*proxy), QStringList{"tool"});
 }
 
-void SortFilterProxyModelTest::settingWhatIsSetChangesNothing()
+void SortFilterProxyModelTest::settingTheSameValueChangesNothing()
 {
     proxy->rowCount();
     QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));

@@ -51,9 +51,9 @@ private Q_SLOTS:
     void clickingOtherColumnsSetsNoAction();
     void theRightButtonSetsNoAction();
     void aMovedActionColumnStaysTheActionColumn();
-    void theCurrentRowIsTold();
-    void theCurrentColumnIsNotTold();
-    void aResetTellsThatNoRowIsCurrent();
+    void theCurrentRowIsAnnounced();
+    void theCurrentColumnIsNotAnnounced();
+    void aResetReportsThatNoRowIsCurrent();
     void selectedRowsAreSourceIndexes();
     void spaceGoesOnToTheNextAction();
     void tabLeavesTheTable();
@@ -283,7 +283,7 @@ void ViewTest::aMovedActionColumnStaysTheActionColumn()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void ViewTest::theCurrentRowIsTold()
+void ViewTest::theCurrentRowIsAnnounced()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->click("office", NameColumn);
@@ -295,7 +295,7 @@ void ViewTest::theCurrentRowIsTold()
     QCOMPARE(spy.count(), 3);
 }
 
-void ViewTest::theCurrentColumnIsNotTold()
+void ViewTest::theCurrentColumnIsNotAnnounced()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -304,7 +304,7 @@ void ViewTest::theCurrentColumnIsNotTold()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::aResetTellsThatNoRowIsCurrent()
+void ViewTest::aResetReportsThatNoRowIsCurrent()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));

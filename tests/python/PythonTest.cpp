@@ -680,7 +680,7 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 1);
     }
 
-    void lockWrapperTakesTheLockOnlyIfItShould()
+    void lockWrapperLocksOnlyOnRequest()
     {
         const Python::PyThreadStateWrapper away;
         QCOMPARE(PyGILState_Check(), 0);

@@ -53,12 +53,12 @@ private Q_SLOTS:
     void applyToAllAsksOnce();
     void applyToAllKeepsTheKeysOfEachUrl();
     void applyToTheHostFillsTheOthersOfTheHost();
-    void applyToTheHostTakesTheHostOfTheMirrorList();
+    void applyToTheHostUsesTheHostOfTheMirrorList();
     void skipAllWritesNothing();
-    void skipAllWritesWhatWasFilledBefore();
+    void skipAllWritesEarlierAnswers();
     void disableTurnsTheRepositoryOff();
     void quitStopsTheCheckAndIsReported();
-    void quitWritesWhatWasFilledBefore();
+    void quitWritesEarlierAnswers();
     void withoutMissingCredentialsNothingIsShownOrWritten();
     void afterAFailedReadNothingIsAskedOrWritten();
     void theQuestionAboutDuplicatesMayBeDeclined();
@@ -297,7 +297,7 @@ void RepoAuthCheckerTest::applyToTheHostFillsTheOthersOfTheHost()
                                        "[d]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n"));
 }
 
-void RepoAuthCheckerTest::applyToTheHostTakesTheHostOfTheMirrorList()
+void RepoAuthCheckerTest::applyToTheHostUsesTheHostOfTheMirrorList()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + "[b]\nmirrorlist=http://h" + emptyAuth + "\n[c]\n" +
                       "mirrorlist=http://k" + emptyAuth + '\n');
@@ -317,7 +317,7 @@ void RepoAuthCheckerTest::skipAllWritesNothing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::skipAllWritesWhatWasFilledBefore()
+void RepoAuthCheckerTest::skipAllWritesEarlierAnswers()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth) +
                       section("c", "http://l" + emptyAuth));
@@ -350,7 +350,7 @@ void RepoAuthCheckerTest::quitStopsTheCheckAndIsReported()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::quitWritesWhatWasFilledBefore()
+void RepoAuthCheckerTest::quitWritesEarlierAnswers()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth));
     check({{"bob", "pw", "OK"}, {"", "", "Quit"}});

@@ -79,8 +79,8 @@ private Q_SLOTS:
     void theExpressionsAreTheAgreedOnes();
     void theExpressionForOneUrlCapturesThePassword();
     void theExpressionForUrlsCapturesEachPassword();
-    void thePasswordOfAUrlIsAPlaceOfAPassword_data();
-    void thePasswordOfAUrlIsAPlaceOfAPassword();
+    void theFirstPlaceInAUrlIsItsPassword_data();
+    void theFirstPlaceInAUrlIsItsPassword();
     void capturesOfTheExpressionsArePlacesOfPasswords();
     void replacedTextsAreMatchesOfTheExpression();
 };
@@ -269,7 +269,7 @@ void RepoVantorTest::theExpressionForUrlsCapturesEachPassword()
     QCOMPARE(expression.cap(1), QStringLiteral("two"));
 }
 
-void RepoVantorTest::thePasswordOfAUrlIsAPlaceOfAPassword_data()
+void RepoVantorTest::theFirstPlaceInAUrlIsItsPassword_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("captured");
@@ -288,7 +288,7 @@ void RepoVantorTest::thePasswordOfAUrlIsAPlaceOfAPassword_data()
                               << "one";
 }
 
-void RepoVantorTest::thePasswordOfAUrlIsAPlaceOfAPassword()
+void RepoVantorTest::theFirstPlaceInAUrlIsItsPassword()
 {
     QFETCH(QString, url);
     const QVector<Credentials::Place> places = Credentials::places(url, Credentials::Text::Urls);

@@ -267,7 +267,7 @@ void YumConfIOOthersTest::leftoversOfAKilledProgramAreFound()
     const QString text =
         QStringLiteral("VYRE was interrupted while it wrote a configuration file. The previous "
                        "text is in ");
-    QCOMPARE(conf->doubts, QStringList({text + mainCopy, text + copy}));
+    QCOMPARE(conf->warnings, QStringList({text + mainCopy, text + copy}));
     QVERIFY(QFile::exists(temporary));
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(temporary));

@@ -265,19 +265,19 @@ void YumConfIOPlacesTest::aDifferentReadingOfThePackageManagerIsReported()
     for (int i = 0; i < 2; ++i) {
         QVERIFY(conf->read(window.get()));
         const QString file = path(QStringLiteral("etc/yum.conf"));
-        const QString doubt =
+        const QString warning =
             file + QStringLiteral(", section [%1]: VYRE reads \"%2\" as enabled, and writes it so. Only 0 "
                                   "disables.");
-        QCOMPARE(conf->doubts,
+        QCOMPARE(conf->warnings,
                  (QStringList{
                      file + " has letters outside ASCII. If VYRE writes the file, each of them becomes two "
                             "wrong letters.",
-                     doubt.arg("main", "enabled = No"), doubt.arg("a", "enabled=0"),
-                     doubt.arg("a", "gpgcheck=FALSE"), doubt.arg("c", "enabled=off")}));
+                     warning.arg("main", "enabled = No"), warning.arg("a", "enabled=0"),
+                     warning.arg("a", "gpgcheck=FALSE"), warning.arg("c", "enabled=off")}));
     }
     putMain("[main]\n[a]\nenabled=0\n");
     QVERIFY(conf->read(window.get()));
-    QCOMPARE(conf->doubts, QStringList());
+    QCOMPARE(conf->warnings, QStringList());
 }
 
 void YumConfIOPlacesTest::theDefaultsReturnWithEveryRead()
@@ -535,8 +535,8 @@ void YumConfIOPlacesTest::masksPipesAndDanglingLinksStay()
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
     QCOMPARE(ids(), QStringList(QStringLiteral("a")));
-    QStringList doubts = conf->doubts;
-    doubts.sort();
+    QStringList warnings = conf->warnings;
+    warnings.sort();
     const auto regular = [this](const char* name) {
         return repoPath(QLatin1String(name)) + QStringLiteral(" is left alone: it is not a regular file.");
     };
@@ -544,11 +544,11 @@ void YumConfIOPlacesTest::masksPipesAndDanglingLinksStay()
         return repoPath(QLatin1String(name)) +
                QStringLiteral(" is left alone: it is a link that leads nowhere.");
     };
-    if (doubts.size() == 5) { // otherwise the messages of the kernel are not readable here
-        QVERIFY(doubts.removeAll(doubts.filter(QStringLiteral("kernel.repo")).value(0)) == 1);
+    if (warnings.size() == 5) { // otherwise the messages of the kernel are not readable here
+        QVERIFY(warnings.removeAll(warnings.filter(QStringLiteral("kernel.repo")).value(0)) == 1);
     }
-    QCOMPARE(doubts, QStringList({nowhere("dangling.repo"), nowhere("loop.repo"), regular("mask.repo"),
-                                  regular("pipe.repo")}));
+    QCOMPARE(warnings, QStringList({nowhere("dangling.repo"), nowhere("loop.repo"), regular("mask.repo"),
+                                    regular("pipe.repo")}));
     conf->entries.clear();
     QVERIFY(conf->write(window.get()));
     QCOMPARE(

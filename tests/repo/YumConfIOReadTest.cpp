@@ -37,7 +37,7 @@ private Q_SLOTS:
     void filesThatAreNotUnderstoodAreLeftAlone();
     void aMainFileThatIsNotUnderstoodIsLeftAlone_data();
     void aMainFileThatIsNotUnderstoodIsLeftAlone();
-    void aNewRepositoryDoesNotTakeTheFileOfOneThatIsLeftAlone();
+    void aNewRepositoryDoesNotUseTheFileOfAnUnmanagedOne();
     void repositoriesOfTheMainFileAreRead();
     void positionsCountWithinAFile();
     void newIdentifiersEnterTheSessionTable();
@@ -318,7 +318,7 @@ void YumConfIOReadTest::aByteOrderMarkIsKept()
     QVERIFY(conf->read(window.get()));
     QCOMPARE(ids(), QStringList({QStringLiteral("x"), QStringLiteral("y")}));
     QCOMPARE(conf->entries.first().position, 1.0);
-    QCOMPARE(conf->doubts, QStringList());
+    QCOMPARE(conf->warnings, QStringList());
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("f.repo")), text);
     conf->entries.first().name = QStringLiteral("c");
@@ -393,7 +393,7 @@ void YumConfIOReadTest::filesThatAreNotUnderstoodAreLeftAlone()
     for (int i = 0; i < 2; ++i) {
         QVERIFY(conf->read(window.get()));
         QCOMPARE(ids(), QStringList(QStringLiteral("a")));
-        QCOMPARE(conf->doubts, QStringList(reason.arg(odd)));
+        QCOMPARE(conf->warnings, QStringList(reason.arg(odd)));
         entry(QStringLiteral("a")).name = QString::number(i);
         QVERIFY(conf->write(window.get()));
         QVERIFY(get(odd) == contents);
@@ -419,7 +419,7 @@ void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsLeftAlone()
     QVERIFY(conf->read(window.get()));
     QCOMPARE(ids(), QStringList(QStringLiteral("a")));
     QCOMPARE(conf->mainText, QString());
-    QCOMPARE(conf->doubts, QStringList(reason.arg(mainPath())));
+    QCOMPARE(conf->warnings, QStringList(reason.arg(mainPath())));
     entry(QStringLiteral("a")).name = QStringLiteral("A");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=A\n"));
@@ -431,7 +431,7 @@ void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsLeftAlone()
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=A\n"));
 }
 
-void YumConfIOReadTest::aNewRepositoryDoesNotTakeTheFileOfOneThatIsLeftAlone()
+void YumConfIOReadTest::aNewRepositoryDoesNotUseTheFileOfAnUnmanagedOne()
 {
     const QByteArray contents = twoByteText("[x]\n", false, true);
     putRepo(QStringLiteral("x.repo"), contents);

@@ -15,7 +15,7 @@ class YumConfIORightsTest : public ScratchConfiguration
 private Q_SLOTS:
     void modeAndOwnerOfExistingFilesStay();
     void aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers();
-    void aPlaceForAPasswordTakesNoRightsAway();
+    void aPasswordPlaceholderKeepsTheFileMode();
     void theModeOfANewFileDependsOnItsContents_data();
     void theModeOfANewFileDependsOnItsContents();
 };
@@ -78,7 +78,7 @@ void YumConfIORightsTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers(
     QCOMPARE(noted.size(), 2);
 }
 
-void YumConfIORightsTest::aPlaceForAPasswordTakesNoRightsAway()
+void YumConfIORightsTest::aPasswordPlaceholderKeepsTheFileMode()
 {
     const QString file = repoPath(QStringLiteral("a.repo"));
     put(file, "[a]\nbaseurl=http://a/vantor?u=&p=&path=/\npassword=\n");

@@ -414,7 +414,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_a_protected_package_is_kept_whatever_else_is_marked(self):
+    def test_a_protected_package_is_kept_beside_any_other_marks(self):
         self.configure("protected_packages=vyre-network-suite")
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"], answers=[1, 1])

@@ -164,7 +164,7 @@ class ModulesTest(unittest.TestCase):
             self.assertTrue(lowest, imports)
             imports = {name: others for name, others in imports.items() if name not in lowest}
 
-    def test_every_module_says_what_it_is_for(self):
+    def test_every_module_describes_its_purpose(self):
         for path in glob.glob(os.path.join(os.path.dirname(SCRIPT), "vyre", "*.py")):
             with open(path) as stream:
                 self.assertTrue(ast.get_docstring(ast.parse(stream.read())), path)

@@ -81,7 +81,7 @@ class EndSignalsTest : public QObject
 
 private Q_SLOTS:
     // The system defines the list: in a child without handlers, each signal ends the child or does not.
-    void endsProcessSaysWhatTheSystemDoes_data()
+    void endsProcessMatchesTheSystem_data()
     {
         QTest::addColumn<int>("number");
         for (int number = 1; number <= SIGRTMAX; ++number) {
@@ -92,7 +92,7 @@ private Q_SLOTS:
         }
     }
 
-    void endsProcessSaysWhatTheSystemDoes()
+    void endsProcessMatchesTheSystem()
     {
         QFETCH(int, number);
         const pid_t child = fork();
@@ -130,7 +130,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void theInterruptComesToItWhenRenewed()
+    void renewingHandlesTheInterrupt()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -145,7 +145,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(SIGINT));
     }
 
-    void renewingAloneChangesNothing()
+    void renewingWithoutInstallingChangesNothing()
     {
         struct sigaction before = {};
         struct sigaction after = {};
@@ -155,7 +155,7 @@ private Q_SLOTS:
         QVERIFY(before.sa_handler == after.sa_handler);
     }
 
-    void aFaultOfTheProgramEndsIt()
+    void aFaultOfTheProgramEndsTheProcess()
     {
         QTemporaryDir directory;
         const QByteArray lock = QFile::encodeName(directory.filePath(QStringLiteral("lock.pid")));
@@ -210,7 +210,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void whatIsRecordedBecomesARequest()
+    void aRecordedSignalBecomesARequest()
     {
         for (int number : {SIGTERM, SIGABRT, SIGUSR1, SIGSEGV}) {
             QCOMPARE(inChild([number](int requests) {

@@ -24,7 +24,7 @@ class FieldsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void descriptionOfAPackageShowsTheseInTheirOrder()
+    void aPackageDescriptionHasItsFieldsInOrder()
     {
         QCOMPARE(
             labels(Fields::OfPackages | Fields::Described).join("; "),
@@ -34,14 +34,14 @@ private Q_SLOTS:
                     "Recommends; Suggests; Supplements; Enhances; Files; Change Log"));
     }
 
-    void descriptionOfAFurtherVersionShowsTheseInTheirOrder()
+    void theDescriptionOfAFurtherVersionHasItsFieldsInOrder()
     {
         QCOMPARE(labels(Fields::OfPackages | Fields::OfVersions).join("; "),
                  QString("Version; Architecture; Size; Build Time; Packager"));
         QCOMPARE(labels(Fields::OfGroups | Fields::OfVersions), QStringList());
     }
 
-    void descriptionOfAGroupShowsTheseInTheirOrder()
+    void aGroupDescriptionHasItsFieldsInOrder()
     {
         QCOMPARE(
             labels(Fields::OfGroups | Fields::Described).join("; "),
@@ -50,7 +50,7 @@ private Q_SLOTS:
 
     // The same fields as in a description, and the name. A search reads the file list and the change log in
     // another way.
-    void searchLooksAtTheseInTheirOrder()
+    void theSearchReadsItsFieldsInOrder()
     {
         QStringList packages = labels(Fields::OfPackages | Fields::Described);
         QVERIFY(packages.removeOne("Kind") && packages.removeOne("Files") &&
@@ -61,7 +61,7 @@ private Q_SLOTS:
         QCOMPARE(labels(Fields::OfGroups | Fields::Searched), QStringList("the name") + groups);
     }
 
-    void fieldsAreGivenUntilTheFunctionHasEnough()
+    void iterationStopsWhenTheFunctionReturnsTrue()
     {
         QList<Fields::Field> given;
         const auto until = [&given](Fields::Field last) {
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(given.count(), 5);
     }
 
-    void eachRowHasWhatItsSourceTakes()
+    void eachRowHasTheDataOfItsSource()
     {
         using Source = Fields::Source;
         for (int i = 0; i < Fields::Count; ++i) {

@@ -159,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(problem, QString());
     }
 
-    void pathsAreSortedAndEachIsThereOnce()
+    void pathsAreSortedWithoutDuplicates()
     {
         QCOMPARE(filesOfOne(file("/usr/z") + file("/usr/a") + file("/usr/z") + file("/Usr") + file("/usr/a")),
                  QByteArray("/Usr\n/usr/a\n/usr/z"));
@@ -201,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(filesOfOne(many) == expected);
     }
 
-    void orderIsThatOfTheProgramBeyondAscii()
+    void nonAsciiPathsSortAsInTheProgram()
     {
         // The program represents characters beyond U+FFFF as surrogates. These sort before some characters
         // that come first in byte order.
@@ -236,7 +236,7 @@ private Q_SLOTS:
                 "* Tue Feb 20 2024 Bob\n- <three>\n\n* Sat Sep 2 2023 Ann <a@b> - 1.0-1\n- one\n- two"));
     }
 
-    void daysAreThoseOfUniversalTime()
+    void datesUseUniversalTime()
     {
         const QByteArray zone = qgetenv("TZ");
         for (const char* name : {"UTC", "Pacific/Kiritimati", "Pacific/Pago_Pago"}) {
@@ -268,7 +268,7 @@ private Q_SLOTS:
         QVERIFY(text.isEmpty());
     }
 
-    void onePackageLeavesNothingToTheNext()
+    void packagesDoNotMixTheirTexts()
     {
         std::vector<QByteArray> texts(2);
         QString problem;
@@ -362,7 +362,7 @@ private Q_SLOTS:
                  QString("\"package\" where \"otherdata\" is expected"));
     }
 
-    void wholeDocumentsAreFine()
+    void completeDocumentsHaveNoFault()
     {
         QString problem;
         const QByteArray two = package("one", file("/a")) + package("two", file("/b"));

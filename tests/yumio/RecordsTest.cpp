@@ -106,7 +106,7 @@ private Q_SLOTS:
         QVERIFY(records->findPackage("nobody", "x86_64") == nullptr);
     }
 
-    void groupsAreNoPackages()
+    void findPackageIgnoresGroups()
     {
         Package::Entry*& place = records->place(Package::EntryKey(true, "a", QString()));
         place = make("a", QString(), Package::Available);
@@ -137,7 +137,7 @@ private Q_SLOTS:
         QCOMPARE(records->count(), 1);
     }
 
-    void onlyTheBestOfANameIsNoDuplicate()
+    void otherRecordsOfANameAreDuplicates()
     {
         QStringList compared;
         const auto isBetter = [&compared](const Package::Entry& best, const Package::Entry& other) {
@@ -186,7 +186,7 @@ private Q_SLOTS:
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 
-    void marksAreSetAgainWherePossible()
+    void marksAreRestoredIfPossible()
     {
         add("install", "x86_64")->action = Package::Install;
         add("remove", "x86_64", Package::Installed)->action = Package::Remove;
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(removed->action, Package::None);
     }
 
-    void everyReferenceIsGivenBackOnce()
+    void everyReferenceIsReleasedOnce()
     {
         Package::Entry* update = add("a", "x86_64", Package::Updatable);
         Records::endOfChain(update) = make("a", "x86_64", Package::Installed);

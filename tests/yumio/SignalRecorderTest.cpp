@@ -56,7 +56,7 @@ class SignalRecorderTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void signalTakesEffectAtTheEndOfTheScope_data()
+    void signalIsDeliveredAtTheEndOfTheScope_data()
     {
         QTest::addColumn<int>("number");
         QTest::newRow("SIGINT") << SIGINT;
@@ -73,7 +73,7 @@ private Q_SLOTS:
         QTest::newRow("SIGRTMIN") << SIGRTMIN;
     }
 
-    void signalTakesEffectAtTheEndOfTheScope()
+    void signalIsDeliveredAtTheEndOfTheScope()
     {
         QFETCH(int, number);
         QCOMPARE(inChild([number](int out) {
@@ -87,7 +87,7 @@ private Q_SLOTS:
                  QStringList({"still here", QString("signal %1").arg(number)}));
     }
 
-    void aFaultOfTheProgramEndsItAtOnce()
+    void aFaultOfTheProgramEndsTheProcessAtOnce()
     {
         QCOMPARE(inChild([](int out) {
                      SignalRecorder recorder;

@@ -12,7 +12,7 @@ class TransactionStateTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void newTransactionHasItsMarksOnly()
+    void newTransactionHasOnlyItsMarks()
     {
         Package::Entry entry;
         TransactionState transaction;
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.rpmWeight, quint64(150000));
     }
 
-    void smallPackageWeighsTheLeast()
+    void smallPackageHasTheMinimumWeight()
     {
         TransactionState transaction;
         transaction.weighNew(1, false);
@@ -106,7 +106,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.downloadSteps, quint32(10240 * 24000 / 40240));
     }
 
-    void slotsAreThoseOfTheDownloads()
+    void slotsBelongToTheDownloads()
     {
         TransactionState transaction;
         transaction.weighRemote(20000, false);

@@ -421,7 +421,7 @@ private Q_SLOTS:
         QVERIFY(clean());
     }
 
-    void whatCleaningWaitsForIsShownAndLetsTheWindowLive()
+    void cleaningThatWaitsSaysSoAndTheWindowWorks()
     {
         backEnd->run("import threading\nworkers = []\n"
                      "def clean():\n"

@@ -515,7 +515,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
-    void failedComparisonsAreToldOnce()
+    void failedComparisonsAreReportedOnce()
     {
         backEnd->run(
             "it.available = [Package('lib%d' % n, arch=a) for n in range(50) for a in ('x86_64', 'i686')]\n"
@@ -576,7 +576,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->group("base") != backEnd->entry("base"));
     }
 
-    void historyThatCannotBeReadIsToldOnce()
+    void anUnreadableHistoryIsReportedOnce()
     {
         backEnd->run("class Damaged(Exception): pass\n"
                      "class Broken:\n"

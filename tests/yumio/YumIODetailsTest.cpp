@@ -313,7 +313,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
     }
 
-    void missingListIsToldOnce()
+    void aMissingListIsReportedOnce()
     {
         const int before = backEnd->log().count();
         for (int i = 0; i < 3; ++i) {
@@ -344,7 +344,7 @@ private Q_SLOTS:
                  QString("* Tue Feb 20 2024 Ann <a@b>\n- one\n- two\n\n* Sat Sep 2 2023 Bob\n- three"));
     }
 
-    void changeWithoutItsValuesIsToldOf()
+    void aChangeWithoutItsValuesIsReported()
     {
         backEnd->run(
             "tool.changelogs = [{'author': 'A', 'text': 'T'},\n"

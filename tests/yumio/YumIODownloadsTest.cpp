@@ -106,7 +106,7 @@ private Q_SLOTS:
                  QString("['Downloading b.rpm: Complete', 'Downloading a.rpm: Complete']"));
     }
 
-    void downloadWithoutAnyProgressTakesItsSlotAndCounts()
+    void aDownloadWithoutProgressHasASlotAndCounts()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(!apply("a, b = Rpm('a', 30000), Rpm('b', 70000)\n"

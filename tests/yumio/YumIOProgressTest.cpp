@@ -158,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), expected);
     }
 
-    void scriptSeesWhatIsWrongWithItsCall()
+    void aWrongCallRaisesAnExceptionInTheScript()
     {
         backEnd->run("def message(function, *arguments):\n"
                      "    try:\n"

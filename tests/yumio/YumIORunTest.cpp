@@ -58,7 +58,7 @@ class YumIORunTest : public ApplyFixture
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyCountBeginsAnew()
+    void everyCountStartsAgain()
     {
         transaction().txText = "text";
         transaction().txListed = true;
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 one line", "3 0 trouble"}));
     }
 
-    void captureThatCannotBeSetUpIsToldAndDoneWithout()
+    void aCaptureThatFailsIsReportedAndTheOperationContinues()
     {
         const int before = logLength();
         const QString descriptors = "[os.readlink('/proc/self/fd/%d' % fd) for fd in (1, 2)]";
@@ -323,7 +323,7 @@ private Q_SLOTS:
         backEnd->run("del it.systemChanged, it.outdated");
     }
 
-    void whatThereIsToSayOfASuccessIsShown()
+    void remarksAboutASuccessAreShown()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "it.remarks = ['No history', 'No script']"));
@@ -334,7 +334,7 @@ private Q_SLOTS:
         backEnd->run("del it.remarks");
     }
 
-    void whatIsOnlyTestedStaysMarked()
+    void aTestTransactionKeepsTheMarks()
     {
         QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                        "return False"));
@@ -364,7 +364,7 @@ private Q_SLOTS:
                                         "No downloads; only removals\n"));
     }
 
-    void whatWasLeftOutStandsInTheLogAfterTheTransaction()
+    void theLogListsWhatATransactionLeftOut()
     {
         const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
         int before = logLength();
@@ -394,7 +394,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[1]"));
     }
 
-    void theScriptSaysOnTheBarWhatItWaitsFor()
+    void theBarNamesTheLockThatTheScriptWaitsFor()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "changeActivity('Waiting for w\\u00e4scher (17)')\n"
@@ -407,7 +407,7 @@ private Q_SLOTS:
         backEnd->run("changeActivity('later')");
     }
 
-    void whatIsWaitedForIsShownUntilTheWaitIsOver()
+    void theBarShowsAWaitUntilItEnds()
     {
         QVERIFY(!yumIO().endWaiting());
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"

@@ -202,7 +202,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), yumIO().records.keyCount());
     }
 
-    void installedRecordsAreWhatRpmKnows()
+    void installedRecordsMatchTheRpmDatabase()
     {
         QSet<QString> records;
         for (int i = 0; i < yumIO().count(); ++i) {
@@ -685,7 +685,7 @@ private Q_SLOTS:
 
     // --- Plug-ins of the package manager
 
-    void whatPlugInsAndTheirProgramsPrintIsInTheLog()
+    void outputOfPlugInsAndTheirProgramsIsInTheLog()
     {
         const QString directory = sandbox.filePath("plugins");
         QVERIFY(QDir().mkpath(directory));
