@@ -81,7 +81,7 @@ with ownPackage():
     from vyre.history import commandLine, refuseHistory, reportLeftovers
     from vyre.image import checkPersistence
     from vyre.listing import otherSections
-    from vyre.locks import DatabaseLock, WaitingLock, giveSessionLockBack, takeSessionLock
+    from vyre.locks import DatabaseLock, WaitingLock, releaseSessionLock, takeSessionLock
     from vyre.marks import Marks
     from vyre.metadata import checkModuleFiles, documentPath
     from vyre.output import Writer, setUpLogFiles, startLog
@@ -93,7 +93,7 @@ with ownPackage():
 
 
 class All:
-    """What collectAll() returns; excluded: the installed packages that the configuration excludes."""
+    """The result of collectAll(). The list excluded has the installed packages that the configuration excludes."""
 
     def __init__(self, installed, available, excluded):
         self.installed = installed
@@ -102,8 +102,8 @@ class All:
 
 
 def withReason(method):
-    """Gives exceptions a complete value, which the program shows. Some exceptions of dnf have only a part of their text
-    there, or nothing.
+    """Gives exceptions a complete attribute value, which the program shows. In some exceptions of dnf, the value has
+    only a part of the text, or no text.
     """
     @functools.wraps(method)
     def explained(*args):
@@ -128,25 +128,26 @@ class YumIO:
         startLog()
         requirePrivateNames()
         self._lock = None
-        self._cookie = ''  # that of rpm's database when the packages were read
+        self._cookie = ''  # the databaseCookie() of the time when the packages were read
         self._reportedWithoutGroups = False
-        # Whether the last transaction has changed the system, and whether it was refused because another program has
-        # changed the system since the packages were read.
+        # Whether the last transaction has changed the system.
         self.systemChanged = False
+        # Whether the last transaction was refused because another program had changed the system meanwhile.
         self.outdated = False
-        # Pairs of an installed package and the package that replaces it, of the last collection.
+        # Pairs from the last collection: an installed package, and the package that replaces it.
         self.replacements = []
-        # The impossible marked objects that the last transaction has left out. If the user has confirmed that
-        # transaction, the text names the left out packages with the reasons.
+        # The marked objects that the last transaction has left out because they are impossible.
         self.leftOut = []
+        # The names of the left out packages, with the reasons; empty until the user confirms the transaction.
         self.leftOutReasons = ''
-        # Pairs of an update and an installed package of another class of architectures that it replaces.
+        # Pairs from the last collection: an update, and the installed package of another bi-arch class that the update
+        # replaces.
         self.counterparts = []
         conf, self.knownDirectories = readConfiguration()
         self.base = Base(conf)
         requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf),
                             dnf.db.group.GroupPersistor(dnf.db.history.SwdbInterface(self.base.conf.persistdir)))
-        # What the program shows after an operation that has not failed.
+        # The messages that the program shows after a successful operation.
         self.remarks = self.base.remarks
         setUpLogFiles(self.base)
         self.base.readReposLater()
@@ -157,7 +158,7 @@ class YumIO:
         """Forget all packages and repositories, and read the configuration again."""
         self.base.otherData.clear()
         self.base.headers.clear()
-        # Their packages keep all packages of the last collection in memory.
+        # Each package in these lists keeps all packages of the last collection in memory.
         self.replacements, self.counterparts = [], []
         conf, self.knownDirectories = readConfiguration()
         self.base.renew(conf)
@@ -171,12 +172,12 @@ class YumIO:
         return self._lock.target
 
     def unlock(self):
-        """Close everything and give the lock back; the program calls this at its end."""
+        """Close everything and release the lock. The program calls this at its end."""
         self.base.end()
         if self._lock is None:
             return
         lock, self._lock = self._lock, None
-        giveSessionLockBack(lock)
+        releaseSessionLock(lock)
 
     # Repositories
 
@@ -193,8 +194,8 @@ class YumIO:
             raise dnf.exceptions.RepoError(tr('There is no repository {}').format(id))
 
     def setupRepos(self):
-        """Read the metadata of all enabled repositories, which may be in the cache, and rpm's database."""
-        # Any of these packages keeps all packages of the last collection in memory.
+        """Read rpm's database and the metadata of all enabled repositories. The metadata may be in the cache."""
+        # Each package in this list keeps all packages of the last collection in memory.
         self.replacements = []
         del self.leftOut[:]
         useDatabaseOfRoot()
@@ -281,7 +282,7 @@ class YumIO:
         return package.verifyLocalPkg()
 
     def expandVariables(self, text):
-        """Replace the variables of a text as in repository files. The version of dnf decides which variables exist."""
+        """Replace the variables of a text as dnf replaces them in repository files."""
         return libdnf.conf.ConfigParser.substitute(text, self.base.conf.substitutions)
 
     def metadataPath(self, repoid, kind):
@@ -294,10 +295,10 @@ class YumIO:
     @withReason
     def apply(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
         """Resolve, show, confirm, download, check and run one transaction. Returns False only if the configuration
-        allows no more than a test.
+        allows only a test.
 
-        A refusal by the user is no failure. Each failure raises an exception. If its text does not name packages,
-        nothing was changed.
+        Each failure raises an exception. If the text of the exception does not name packages, nothing was changed. A
+        refusal by the user is not a failure.
         """
         base = self.base
         base.headers.clear()
@@ -355,7 +356,7 @@ class YumIO:
 
     def _checkCurrent(self):
         """Refuse to continue if the installed packages have changed. rpm removes packages by their numbers in its
-        database, which may be those of other packages now.
+        database. After a change, other packages may have these numbers.
         """
         cookie = databaseCookie()
         if not cookie or not self._cookie or cookie == self._cookie:

@@ -70,7 +70,7 @@ def download(base):
 
 
 def runTransaction(base, checkCurrent):
-    """Run the confirmed transaction. As soon as no other program can change the packages, checkCurrent is called.
+    """Run the confirmed transaction. Calls checkCurrent() as soon as no other program can change the packages.
 
     Returns whether the transaction was more than a test.
     """

@@ -32,8 +32,8 @@ from .signatures import KeyImport
 
 
 class Base(dnf.Base):
-    """dnf's class. It also reports which packages are downloaded, before the download begins, and finds faults of
-    metadata that dnf does not report, or does not survive.
+    """dnf's class with additions. It reports the packages of a download before the download begins. It finds errors in
+    metadata that dnf does not report, or that crash dnf.
     """
 
     def __init__(self, conf):
@@ -46,8 +46,8 @@ class Base(dnf.Base):
         self.unsolved = None  # the goal of the last resolution, if it has failed
         self.judge = None  # a function that may refuse a solution before it becomes the transaction
         self.withoutSpace = []  # packages whose scripts may have had no space
-        # What the program shows after an operation that has not failed; it removes them. The same remark is shown only
-        # once, and logged afterwards.
+        # The messages that the program shows, and removes, after a successful operation. A repeated message is only
+        # logged.
         self.remarks = []
         self._remarked = set()
         self.plugInFault = ''  # why the plug-ins cannot be used; then every operation fails
@@ -63,7 +63,7 @@ class Base(dnf.Base):
 
     def end(self):
         """Close everything, and save the state for the next run, as the command dnf does at its end."""
-        # Closing asks for the repositories. It must not read them now, and load the plug-ins for that.
+        # close() uses the repositories. If they were not read yet, they must not be read now.
         self._reposUnread = False
         try:
             self.close()
@@ -94,7 +94,7 @@ class Base(dnf.Base):
     def readReposLater(self):
         """Load the plug-ins and read the repository files when the repositories are first needed, on a worker.
 
-        dnf needs seconds for ten thousand of them. The graphical thread must not wait for so long.
+        dnf needs seconds for ten thousand repositories. The graphical thread must not wait for so long.
         """
         self._reposUnread = True
 
@@ -123,7 +123,7 @@ class Base(dnf.Base):
         return self._comps
 
     def _readRepos(self):
-        # An interrupted attempt may have left some.
+        # An interrupted attempt may have left some repositories.
         self._repos.clear()
         self._plugInStamp = stampOfPlugIns(self.conf)
         self.plugInFault = ''
@@ -150,7 +150,7 @@ class Base(dnf.Base):
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
 
     def _expireRepos(self):
-        """Mark the metadata as outdated that an earlier run has found to be outdated."""
+        """Mark metadata as outdated if an earlier run has found them to be outdated."""
         self._activate_persistor()
         expired = self._repo_persistor.get_expired_repos()
         for repo in self._repos.values():
@@ -201,7 +201,7 @@ class Base(dnf.Base):
             repo.disable()
             return
         before = self._cacheStamp(repo)
-        # Packages stay in the sack, even if their repository is disabled later. So the check comes first.
+        # The check comes first: the packages of a repository stay in the sack even if the repository is disabled later.
         if self._isNewerThanCache(repo):
             self._checkPackages(repo)
         try:
@@ -215,12 +215,12 @@ class Base(dnf.Base):
             self._checkDocuments(repo)
 
     def _caches(self, repo):
-        """The files that dnf makes of the metadata of a repository, to read them faster next time."""
+        """The files in which dnf stores the metadata of a repository in a form that it reads faster."""
         return [os.path.join(self.conf.cachedir, repo.id + ending)
                 for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
 
     def _isNewerThanCache(self, repo):
-        """Whether dnf is going to read the list of packages, and not its own cache. True if in doubt."""
+        """Whether dnf will read the list of packages instead of its own cache. True if this is unknown."""
         path = documentPath(repo, 'primary')
         try:
             return path is None or os.stat(path).st_ctime_ns >= os.stat(self._caches(repo)[-1]).st_ctime_ns
@@ -304,7 +304,7 @@ class Base(dnf.Base):
         return super(Base, self)._goal2transaction(goal)
 
     def _verify_transaction(self, *args, **kwargs):
-        """A failure to write the history does not undo the changes of rpm. It is only kept."""
+        """Store a failure to write the history. The failure does not undo the changes of rpm."""
         try:
             super(Base, self)._verify_transaction(*args, **kwargs)
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The package manager's configuration files: where they are, and which of them the script reads.
 
-The program's editor reads the same files by the same rules. Every thread may call it; it has no state.
+The program's editor reads the same files by the same rules. Every thread may call this module; it has no state.
 """
 
 import codecs
@@ -19,7 +19,7 @@ OWN_CONFIGURATION = '/etc/dnf/dnf.conf'
 
 
 def configurationFile():
-    """The main configuration file; None without one. The editor of repositories looks in the same places."""
+    """The main configuration file, or None without one. The editor of repositories looks in the same places."""
     for path in ('/etc/yum/yum.conf', '/etc/yum.conf', OWN_CONFIGURATION):
         if os.path.exists(inRoot(path)):
             return inRoot(path)
@@ -27,8 +27,8 @@ def configurationFile():
 
 
 def repositoryDirectories(known):
-    """The directories of the repositories, if the main configuration file names none. Those that dnf knows count if
-    they exist. The editor looks there too.
+    """The directories of the repositories if the main configuration file names none. The directories that only dnf
+    knows are included if they exist. The editor uses the same list.
     """
     usual = ['/etc/yum.repos.d', '/etc/yum/repos.d']
     return [inRoot(path) for path in usual] + [
@@ -36,15 +36,15 @@ def repositoryDirectories(known):
 
 
 def tooLarge(limit):
-    """The reason why a file of more than this many bytes is refused."""
+    """The message about a file that is larger than this number of bytes."""
     return tr('it has more than {} MB').format(limit >> 20)
 
 
 def mainFileFault(path):
     """Why dnf must not read the main configuration file; empty if it can.
 
-    dnf would read a pipe or an endless file for ever. It judges all other faults itself: without the options of that
-    file it would make fewer checks.
+    dnf would read a pipe or an endless file for ever. dnf itself handles all other errors of the file: if VYRE
+    ignored the file, its options would be lost, and with them checks of signatures.
     """
     try:
         # Opening a device may already have an effect.
@@ -108,7 +108,7 @@ def isText(content):
 
 
 def largestSection(content):
-    """The size of the longest repository section, in bytes. The main section does not count."""
+    """The size of the longest repository section, in bytes. The main section is ignored."""
     starts = [found.start() for found in re.finditer(b'^\\[', content, re.M)]
     first = 0
     while first < len(starts) and re.match(b'\\[main\\](\n|$)', content[starts[first]:starts[first] + 7]):

@@ -24,12 +24,12 @@ from .program import tr
 
 
 def readConfiguration():
-    """The configuration as the files have it now, and the directories of repositories that this version of dnf knows.
+    """Read the configuration files; return the configuration and the repository directories that this dnf knows.
 
     A part that cannot be read is logged and keeps its default.
     """
     conf = dnf.conf.Conf()
-    # This comes after Conf(), which detects the architecture and makes rpm read its own configuration again for that.
+    # This comes after Conf(): to detect the architecture, Conf() makes rpm read its own configuration again.
     useDatabaseOfRoot()
     conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
     # dnf waits for locks on the cache. WaitingLock lets the user end such a wait.
@@ -49,11 +49,12 @@ def readConfiguration():
             conf._set_value(option, inRoot(path), dnf.conf.PRIO_DEFAULT)
     preset = {option: getattr(conf, option) for option in ('cachedir', 'logdir', 'persistdir')}
 
-    # dnf also looks for repositories in the main file. It must not look in its usual file instead.
+    # dnf also looks for repositories in its main file. Without this, it would look in its usual file.
     conf._set_value('config_file_path', readMainFile(conf), dnf.conf.PRIO_COMMANDLINE)
-    # The option skip_broken changes others.
+    # The option skip_broken changes other options.
     conf._adjust_conf_options()
-    # The files of an image name directories of the image. Those of the running system must not be used instead.
+    # The files of a managed root name directories of that root. Directories of the running system must not replace
+    # them.
     for option in ('reposdir', 'varsdir'):
         conf._set_value(option, [namedDirectoryOfFiles(directory) for directory in getattr(conf, option)],
                         dnf.conf.PRIO_COMMANDLINE)
@@ -76,9 +77,9 @@ def readConfiguration():
 
 
 def readMainFile(conf):
-    """Reads the options of the main configuration file; returns the file in which dnf looks for repositories.
+    """Read the options of the main configuration file; return the file in which dnf looks for repositories.
 
-    Without this file, dnf would check no signatures. Here they are checked then.
+    Without a main configuration file, dnf would not check signatures. This function then demands the check.
     """
     path = configurationFile()
     if path is None:
@@ -114,10 +115,10 @@ RUNNING_CONFIGURATION = OWN_CONFIGURATION
 
 
 def keepChecks(conf, path):
-    """The command dnf reads only its own file. Demand its checks, and protect its packages, if another file is used:
-    VYRE must not install or remove what dnf refuses.
+    """Demand the checks of dnf's own file, and protect the packages that it protects, if VYRE reads another file.
 
-    For a managed root without that file, dnf reads the one of the running system.
+    The command dnf reads only its own file. VYRE must not install or remove a package that dnf refuses. For a managed
+    root without its own file, dnf reads the file of the running system.
     """
     own = inRoot(OWN_CONFIGURATION)
     ofRoot = os.path.exists(own)
@@ -143,7 +144,7 @@ def keepChecks(conf, path):
         conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
     protect(conf, demanded.protected_packages)
     if added:
-        # The file of the running system demands nothing of the managed one in particular.
+        # The file of the running system does not demand anything for the managed root in particular.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
         show(tr("dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"), own, path,
              ', '.join(added))
@@ -161,11 +162,11 @@ def setReleasever(conf):
     """Set the release and its parts. Newer versions of dnf know $releasever_major and $releasever_minor.
 
     The parts come from the release package if it provides them, and otherwise from the release. From dnf 4.24 on, parts
-    from the environment or from a file of variables count more than those from the release.
+    from the environment or from a file of variables replace the parts from the release.
     """
     given = conf.releasever is not None
     parts = {part: getattr(conf, part, None) for part in ('releasever_major', 'releasever_minor')}
-    # A release from the environment or from a file of variables counts more. Setting it also sets its parts.
+    # A release from the environment or from a file of variables has precedence. Setting it also sets its parts.
     conf.releasever = conf.releasever if given else detectedRelease()
     if not hasattr(dnf.rpm, 'detect_releasevers'):
         return

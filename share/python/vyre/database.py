@@ -20,8 +20,8 @@ DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
 def useDatabaseOfRoot():
     """Use the database of the managed system. In some distributions, rpm uses one in the home directory of the user.
 
-    dnf checks signatures with the program rpmkeys, which needs the directory as well. A second run of the script in the
-    same interpreter finds rpm's macro set already, so the replaced function stays.
+    dnf checks signatures with the program rpmkeys, which needs the directory as well. In a second run of the
+    script in the same interpreter, rpm's macro has its value already. Therefore the function stays replaced.
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return
@@ -46,7 +46,7 @@ def verifyWithDatabaseOfRoot(package, root):
 
 
 def databaseCookie():
-    """A text that differs after every change of the installed packages; empty if rpm cannot say."""
+    """A text that differs after every change of the installed packages; empty if rpm cannot compute it."""
     transaction = rpm.TransactionSet(managedRoot())
     try:
         return transaction.dbCookie() if transaction.openDB() == 0 else ''

@@ -22,8 +22,8 @@ class GroupPackage:
 
 
 class Group:
-    """A group of packages with fixed lists of members. Those of dnf make each list again on every access, and their
-    members have no text.
+    """A group of packages with fixed lists of members. dnf's own group objects make each list again on every access,
+    and their members cannot be shown as text.
     """
 
     def __init__(self, group):
@@ -65,9 +65,10 @@ class GeneratorProbe:
 def groupsCanBeRead():
     """Whether dnf can read lists of groups.
 
-    It reads them with generators. Some versions of Python ask the iterator of a generator for an iterator again. Some
-    versions of libcomps, such as that of Debian 13, then treat the iterator as a list: the result has no groups, or the
-    process crashes. The call is harmless for a list of one group, if nothing uses its result.
+    dnf reads the lists with generators. Some versions of Python call iter() a second time, on the iterator of a
+    generator. Some versions of libcomps, such as the version in Debian 13, then treat the iterator as a list: the
+    result has no groups, or the process crashes. The call below is harmless, because the list has one group and nothing
+    uses the result of the call.
     """
     probe = GeneratorProbe()
     list(each for each in probe)
@@ -115,7 +116,7 @@ def checkGroups(base, repo):
 
 
 def reportUnreadable(base):
-    """Report that groups are left out, if a repository has any; return whether it was reported."""
+    """Report that groups are left out, if a repository has any; return whether it reported this."""
     found = any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn() for repo in base.repos.iter_enabled())
     if found:
         logging.getLogger('dnf').warning('%s', tr(

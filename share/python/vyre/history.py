@@ -16,7 +16,7 @@ from .packages import decoded
 from .program import tr
 from .space import spaceHint
 
-# The largest number of letters of a command line in the history.
+# The largest number of characters in a command line of the history.
 COMMAND_LENGTH = 1000
 
 
@@ -55,7 +55,7 @@ def reportLeftovers(base):
 def reportInterrupted(base, parts):
     """Add a message about the last transaction if the history lacks its end."""
     history = base.history
-    # Opening a missing history makes a new one. A user who cannot write the history cannot apply marks either.
+    # Opening a missing history creates a history. A user who cannot write the history cannot apply marks either.
     if not os.access(history.dbpath, os.R_OK | os.W_OK):
         return
     try:
@@ -88,7 +88,7 @@ def severalVersions(base):
 
 
 def refuseHistory(base, text):
-    """Raise a failure of the history's file, with advice."""
+    """Raise an exception with advice about a failure of the history's file."""
     if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
         raise dnf.exceptions.Error(tr('The history of transactions is damaged: {}\nMove the file away: the package '
                                       'manager makes a new one.').format(text))
@@ -107,7 +107,7 @@ def endHistory(base):
 
 def unrecorded(base, items):
     """The items of a transaction whose changes are missing in rpm's database. The database is read again, because rpm
-    ignores that it cannot write it.
+    ignores failures to write it.
     """
     del base._ts
     wanted = {}

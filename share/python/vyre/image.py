@@ -14,7 +14,7 @@ from .program import tr
 
 def checkPersistence(base):
     """Refuse changes that the system does not keep. If its programs are an image, changes may be impossible, or lost
-    at the next start. VYRE does not offer what the command dnf offers for such systems.
+    at the next start. VYRE does not have the options of the command dnf for such systems.
     """
     image = managedRoot() == '/' and os.path.isfile('/run/ostree-booted')
     persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
@@ -34,7 +34,7 @@ def checkPersistence(base):
 
 def checkDrift(base):
     """Refuse to change files that must match the image, such as those of the boot loader. Changes below /usr are lost
-    at the next start, and changes of these files are not. Versions before 4.24 do not check this.
+    at the next start, but changes of these files remain. Versions before 4.24 do not check this.
     """
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}

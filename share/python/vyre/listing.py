@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The listing of a transaction: what it changes beside packages. On the worker that applies the marks.
+"""Additional sections of the listing: the changes of groups and module streams. On the worker that applies the marks.
 
-The command dnf adds these sections around its library. The texts are that command's, and it translates them.
+The command dnf adds these sections around its library. Their texts and translations are those of the command.
 """
 
 import dnf.exceptions
@@ -12,8 +12,9 @@ from .program import tr
 
 
 def otherSections(base, withGroups=True):
-    """What a resolved transaction changes beside packages, as in dnf's own listing: pairs of a heading and its lines.
-    Empty sections are left out.
+    """The changes of a resolved transaction that are not changes of packages, as in dnf's own listing.
+
+    Returns pairs of a heading and its lines, without empty sections.
     """
     sections = []
     dnfText = dnf.i18n._
@@ -41,7 +42,7 @@ def otherSections(base, withGroups=True):
 
 def refuseModuleSwitch(base, packages):
     """Refuse to switch enabled streams of modules, if the configuration does not allow it. dnf's library does not check
-    this; the command dnf does. The text names those of the marked packages that are in the streams.
+    this; the command dnf does. The text names the marked packages that are in these streams.
     """
     conf = base.conf
     if not conf._has_option('module_stream_switch') or conf.module_stream_switch:
@@ -65,7 +66,7 @@ def refuseModuleSwitch(base, packages):
 
 
 def packagesOfStreams(base, packages, streams):
-    """The packages, as texts, that are in these streams of modules: pairs of a name and a stream."""
+    """The texts of the packages that are in these module streams. A stream is a pair of a module name and a stream."""
     found = set()
     for module in base._moduleContainer.getModulePackages():
         if (module.getName(), module.getStream()) in streams:

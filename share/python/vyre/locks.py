@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The locks: dnf's lock on its own files, which the program holds for its whole life; dnf's on its cache; and rpm's.
+"""The locks: dnf's lock on its own files, dnf's locks on its cache, and rpm's lock on its database.
 
-Workers take them. The graphical thread gives dnf's lock back at the end.
+Workers take the locks. The program holds the first lock for its whole life; the graphical thread releases it.
 """
 
 import errno
@@ -37,8 +37,8 @@ buildDownloadLock = dnf.lock.build_download_lock
 class SessionLock(dnf.lock.ProcessLock):
     """dnf's lock on its own files, which the program holds for its whole life.
 
-    dnf takes the same lock around each transaction. Then it must find the lock taken by this process, on every thread.
-    Only one thread works at a time.
+    dnf takes the same lock around each transaction. Then this process already holds it, so every thread of this process
+    may take it again. Only one thread works at a time.
     """
 
     def _lock_thread(self):
@@ -55,7 +55,7 @@ class DatabaseLock:
     whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it when it is done.
     """
 
-    # In seconds: between two attempts, before the first question, and between two questions.
+    # Times in seconds: between two attempts, before the first question, and between two questions.
     ATTEMPTS = 0.2
     FIRST_QUESTION = 5
     NEXT_QUESTION = 60
@@ -104,7 +104,7 @@ class DatabaseLock:
 
     def _databaseIsLocked(self):
         """Whether another program, such as a backup, locks the database although rpm's lock is free. rpm would give up
-        after a while, in the middle of the transaction.
+        after some time, in the middle of the transaction.
         """
         if sqlite3 is None or not os.path.exists(self._database):
             return False
@@ -121,7 +121,7 @@ class DatabaseLock:
         return False
 
     def _holder(self):
-        """Name and process number of the program that holds one of the locks; empty if unknown."""
+        """The name and process number of the program that holds one of the locks; empty if unknown."""
         files = set()
         for path in (self._path, self._database, self._database + '-shm'):
             try:
@@ -189,12 +189,12 @@ def startOfProcess(number):
 
 
 def hasEnded(number):
-    """Whether the process of this number no longer exists; False if in doubt."""
+    """Whether the process of this number no longer exists; False if this is unknown."""
     return os.path.exists('/proc/self') and not os.path.lexists('/proc/{}'.format(number))
 
 
 def usesPackages(number):
-    """Whether a process has loaded rpm's library. Every holder of a lock has; True if in doubt."""
+    """Whether a process has loaded rpm's library. Every holder of a lock has; True if this is unknown."""
     try:
         with open('/proc/{}/maps'.format(number), 'rb') as maps:
             return any(b'/librpm' in line for line in maps)
@@ -203,8 +203,8 @@ def usesPackages(number):
 
 
 def abandonedBy(target):
-    """The number of the process that has left this lock file behind; None if the process still holds it, and without
-    such a file.
+    """The number of the ended process that has left this lock file behind. None if the process still holds the lock, or
+    if there is no file.
 
     The existence of a process of this number is not enough: after a crash or a restart of the machine, another process
     may have the number.
@@ -227,7 +227,7 @@ def abandonedBy(target):
 
 
 def removeAbandonedLock(lock):
-    """Remove the file of a lock whose owner has ended. Otherwise everybody waits for that owner for ever."""
+    """Remove the file of a lock whose owner has ended. Otherwise every process would wait for that owner for ever."""
     number = abandonedBy(lock.target)
     if number is None:
         return
@@ -255,7 +255,7 @@ class WaitingLock(dnf.lock.ProcessLock):
     # Seconds between two attempts.
     ATTEMPTS = 0.2
 
-    # Whether packages were changed, and not read again since.
+    # Whether packages were changed and have not been read again.
     changed = False
 
     def __enter__(self):
@@ -307,8 +307,9 @@ class WaitingLock(dnf.lock.ProcessLock):
 
 
 def awaitLock(text, first=False):
-    """Show what the script waits for, the first time also in the log; with None, that the wait is over. Returns False
-    if the user ends the wait.
+    """Show the lock that the script waits for, the first time also in the log. None shows the end of the wait.
+
+    Returns False if the user ends the wait.
     """
     if first:
         logging.getLogger('dnf').info('%s', text)
@@ -352,7 +353,7 @@ def takeSessionLock(conf):
     return lock
 
 
-def giveSessionLockBack(lock):
+def releaseSessionLock(lock):
     """Release the lock of takeSessionLock()."""
     useDatabaseLock()
     try:

@@ -8,7 +8,7 @@ from .program import tr
 
 
 class Marks:
-    """What the user wants: packages and groups that the script has returned to the program."""
+    """The marked packages and groups. They are objects that the script has returned to the program."""
 
     def __init__(self, installs=(), updates=(), removes=(), groupInstalls=(), groupUpdates=(), groupRemoves=()):
         self.installs = list(installs)
@@ -19,7 +19,7 @@ class Marks:
         self.groupRemoves = list(groupRemoves)
 
     def newVersions(self):
-        """The new packages of the updates, each of them once."""
+        """The new packages of the updates, without duplicates."""
         seen = {}
         for new, _ in self.updates:
             seen.setdefault(new, new)
@@ -41,7 +41,7 @@ class Marks:
     SHOWN = 6
 
     def inShort(self):
-        """The names of the marked packages and groups in one line; of many names only the first ones and a number."""
+        """The names of the marked packages and groups in one line; of many names, the first ones and a number."""
         objects = self.newVersions() + self.installs + self.removes
         names = sorted(set(package.name for package in objects))
         names += sorted(str(group) for group in self.groupInstalls + self.groupUpdates + self.groupRemoves)
@@ -89,8 +89,8 @@ def markAll(base, marks, strict=True):
         base.group_remove(group.id)
 
 
-# For each mark, dnf's own functions search all packages: some hundred marks take seconds. They are called only if they
-# may report something.
+# For each mark, dnf's own functions search all packages, so some hundred marks need seconds. These functions are called
+# only if they may report something.
 
 def installedVersions(base):
     """The installed packages by name."""

@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Attributes of packages that dnf does not offer, or offers too slowly: headers, change logs, build hosts.
 
-The program reads them on a worker, in a search for all packages.
+A search reads these attributes for all packages, on a worker. The description of one package reads them on the
+graphical thread. Reading must not change the system.
 """
 
 import datetime
@@ -19,8 +20,8 @@ from .program import tr
 
 
 class HeaderMemo:
-    """Keeps the header of the last package. A search reads several values of each installed package in a row, and rpm
-    would look the header up for each of them.
+    """Keeps the header of the last package. A search reads several values of each installed package in a row. Without
+    this class, rpm would search its database for each value.
     """
 
     def __init__(self):
@@ -62,7 +63,7 @@ def dateTime(seconds):
 def universalDay(day):
     """The day of a change log's entry in universal time, from the local day that dnf returns.
 
-    The time of an entry is noon in universal time. Far in the east, the next day has begun by then.
+    An entry has noon of its day in universal time as its time. In time zones far in the east, this is the next day.
     """
     noon = datetime.datetime.combine(day, datetime.time(12, tzinfo=datetime.timezone.utc))
     ahead = datetime.date.fromtimestamp(noon.timestamp()) - day

@@ -1,14 +1,14 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Where the paths of the managed system are on the running system. Only this module reads VYREROOT.
 
-Every thread may call it; it has no state.
+Every thread may call this module; it has no state.
 """
 
 import os
 
 
 def managedRoot():
-    """The directory that stands for "/" of the managed system: VYREROOT if it is set, without a final "/"."""
+    """The managed root: the value of VYREROOT without a final "/", or "/" if the variable is not set."""
     given = os.environ.get('VYREROOT', '')
     if not given:
         return '/'
@@ -16,25 +16,25 @@ def managedRoot():
 
 
 def inRoot(path):
-    """Where an absolute path of the managed system is on the running system."""
+    """Convert an absolute path of the managed system to a path of the running system."""
     root = managedRoot()
     return path if root == '/' else root + path
 
 
 def isElsewhere(path):
-    """Whether an absolute path is outside the root. The files of the managed system name such paths."""
+    """Whether an absolute path is outside the managed root. Files of the managed system name paths without the root."""
     root = managedRoot()
     return path.startswith('/') and root != '/' and path != root and not path.startswith(root + '/')
 
 
 def namedDirectory(path):
-    """Where a directory is that the script writes to, and that a file of the managed system names."""
+    """The path of a directory that a file of the managed system names and that the script writes to."""
     return inRoot(path) if isElsewhere(path) else path
 
 
 def namedDirectoryOfFiles(path):
-    """The same for a directory that the script only reads. If it is missing below the root, it is that of the running
-    system.
+    """The path of a directory that a file of the managed system names and that the script only reads. If it is missing
+    below the managed root, the directory of the running system is used.
     """
     return inRoot(path) if isElsewhere(path) and os.path.isdir(inRoot(path)) else path
 

@@ -67,13 +67,13 @@ def usesCommand(plugIn, error):
 
 
 def reasonOf(error):
-    """The text of an exception. Some of those that end a program have none; then it is the name of their class."""
+    """The text of an exception, or the name of its class. Some exceptions that end a program have no text."""
     return passable(str(error)) or type(error).__name__
 
 
 def isInterruptOfProgram(error):
-    """Whether one of the program's functions has raised the exception, which it does when the program ends. They have
-    no frame of their own: the last one is that of the script.
+    """Whether a function of the program has raised the exception. Such functions do this when the program ends. They
+    have no frame of Python, so the last frame of the traceback is in the script.
     """
     place = error.__traceback__
     if not isinstance(error, KeyboardInterrupt) or place is None:
@@ -90,7 +90,7 @@ class PlugIns(dnf.plugin.Plugins):
 
     # The failures after the packages were changed. They cannot stop the operation any more.
     faults = []
-    # The pairs of a plug-in and its hook that have used the object of the command dnf. The log has each once.
+    # Pairs of a plug-in and a hook that has used the object of the command dnf. The log has one line for each pair.
     _withoutCommand = set()
 
     def _load(self, conf, skips, enable_plugins):

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The names of dnf that are not meant for others, and that the script uses nevertheless.
+"""The private names of dnf that the script uses, and the check that this version of dnf has them.
 
-It runs once, at the start, on the graphical thread.
+The check runs once, at the start, on the graphical thread.
 """
 
 import logging
@@ -56,14 +56,14 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     )),
 ) for place, names in found for name in names)
 
-# The private names that an object has, and its class has not.
+# Private names that exist only in objects, not in their classes.
 NAMES_OF_OBJECTS = ('_comps', '_installed', '_removed', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys',
                     '_repos', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_upgraded')
 
 # Private names that only newer versions have.
 NEW_NAMES = ('_persistence',)
 
-# Private names that may be missing. Without them, dnf checks signatures as it does by itself.
+# Private names that may be missing. Then the script does not replace dnf's own check of signatures.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
 
 

@@ -3,7 +3,7 @@
 
 The program registers the module yumIOC, and sets further names in the globals of YumIO.py before it runs that file.
 YumIO.py passes them on to this module, and the other modules use them only from here. The functions are called on the
-thread that holds the interpreter's lock. None of them is necessary.
+thread that holds the interpreter's lock. The program may leave out any of them; the script then works without it.
 """
 
 import yumIOC  # noqa: F401  (the other modules import it from here)
@@ -21,7 +21,7 @@ changeActivity = None
 faultOfMetadata = None
 # Hides the passwords of a text.
 hideSecrets = None
-# Shows what the script waits for; returns whether to wait longer.
+# Shows the lock that the script waits for; returns whether to wait longer.
 waitForLock = None
 
 OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'hideSecrets',

@@ -47,8 +47,8 @@ class DownloadProgress(dnf.callback.DownloadProgress):
 class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
     """Passes the progress of a transaction on to the program.
 
-    The program needs a package and totals. It does not get phases of the whole transaction, which have neither, nor the
-    phase of scriptlets whose package is unknown.
+    The program needs a package and totals. Phases of the whole transaction have neither, and some scriptlets have no
+    known package. The program does not get these phases.
     """
 
     def progress(self, package, action, ti_done, ti_total, ts_done, ts_total):

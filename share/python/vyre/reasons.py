@@ -14,8 +14,8 @@ PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
 
 
 def clearest(lines):
-    """The lines of a problem, those with names of packages first. A line without details is left out if another line
-    has some.
+    """The lines of a problem. Lines with names of packages come first. If any line has details, lines without details
+    are left out.
     """
     text = 'conflicting requests'
     empty = (text, gettext.translation('libdnf', fallback=True).gettext(text))
@@ -33,8 +33,8 @@ def refusal(failure, objects, problems):
 
 
 def reasonsOf(objects, problems):
-    """A text that names each package and group once, followed by the lines of the problems that name it. All other
-    problems are at its end.
+    """A text that names each package and group once, followed by the lines of the problems that name the package or
+    group. The other problems are at the end of the text.
     """
     byWord = {}
     for number, lines in enumerate(problems):

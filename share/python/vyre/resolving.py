@@ -21,8 +21,8 @@ from .updates import findUpdates
 def resolveMarks(base, marks):
     """Find the transaction for the marks. If some of them are impossible, ask the user whether to leave them out.
 
-    Returns the marks of the transaction, or None if the user refuses; a list of the marked objects that are left out;
-    and the text that names what is left out, with the reasons.
+    Returns three values: the marks of the transaction, or None if the user refuses; a list of the marked objects that
+    are left out; and a text with their names and the reasons.
     """
     rest, impossible, failure, problems = marks, [], None, []
     try:
@@ -108,7 +108,7 @@ def resolveWithRemovals(base, marks, strict):
         return
     except Judged:
         pass
-    # Only those packages may go that the marked removals alone would remove.
+    # Only packages that the marked removals alone would remove may be removed.
     allowed = removedAlone(base, marks)
     unwanted = dependents - allowed
     base.reset(goal=True)
@@ -144,7 +144,7 @@ def removedAlone(base, marks):
 
 @contextlib.contextmanager
 def availableHidden(base):
-    """Hides available packages for a scope. With the command dnf, they do not replace removed packages either."""
+    """Hides available packages for a scope, so that they do not replace removed packages, as in the command dnf."""
     names = [repo.id for repo in base.repos.iter_enabled()]
     hidden = []
     try:
@@ -216,13 +216,14 @@ def unmarkable(base, marks):
 
 def impossibleRemovals(base, marks):
     """The marked removals that are impossible because of protected or excluded packages. Of removals that are
-    impossible only together, the first ones are kept. After too many attempts, all undecided ones count as impossible.
+    impossible only together, the first ones are kept. After too many attempts, all undecided removals are regarded as
+    impossible.
     """
     attempts = iter(range(ATTEMPTS))
     kept = Marks()
 
     def search(packages, groups):
-        """The impossible ones among these. Raises StopIteration after too many attempts."""
+        """The impossible removals among these. Raises StopIteration after too many attempts."""
         next(attempts)
         if canBeRemoved(base, Marks(removes=kept.removes + packages, groupRemoves=kept.groupRemoves + groups)):
             kept.removes += packages
@@ -308,7 +309,7 @@ def missingOf(base, group, names):
     found = []
     for name in sorted(names):
         available = base.sack.query().available().filter(name=name)
-        # A package that obsoletes it counts as well.
+        # A package that obsoletes the member is accepted as well.
         others = base.sack.query().filter(obsoletes=available) if available else []
         coming = set(str(item) for item in base.transaction or []
                      if item.action in dnf.transaction.FORWARD_ACTIONS)

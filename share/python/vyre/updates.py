@@ -6,7 +6,7 @@ import hawkey
 
 
 def biArchOf(base, arch):
-    """The class of architectures that can replace each other: only one of them is installed at a time.
+    """The bi-arch class of an architecture. Packages of one name and class cannot be installed side by side.
 
     Packages without an architecture belong to the class of the system.
     """
@@ -18,7 +18,7 @@ def biArchOf(base, arch):
 
 
 def findUpdates(base):
-    """The updates, and pairs of an update and an installed package of another class of architectures that it replaces.
+    """Returns the updates, and pairs: an update, and the installed package of another bi-arch class that it replaces.
     """
     query = base.sack.query()
     try:
@@ -79,7 +79,7 @@ def chooseUpdates(base, updates):
 
 def replacementPairs(base, news, olds):
     """Pairs of a new package and the installed package of the same name that it replaces. The resolver decides first by
-    the class of architectures, then by the version.
+    the bi-arch class, then by the version.
     """
     pairs = []
     for old in olds:
