@@ -21,7 +21,6 @@
 #include <functional>
 #include <sys/utsname.h>
 
-#include "app/ExpressionEdit.h"
 #include "app/KeptLayout.h"
 #include "app/Manuals.h"
 #include "app/Notice.h"
@@ -36,6 +35,7 @@
 #include "repo/YumConfIO.h"
 #include "services/HProgressBar.h"
 #include "services/LogWindow.h"
+#include "widgets/ExpressionEdit.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMenu.h"
 #include "widgets/Literal.h"

@@ -11,12 +11,12 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include "app/ExpressionEdit.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
 #include "services/HProgressBar.h"
 #include "widgets/Colors.h"
+#include "widgets/ExpressionEdit.h"
 #include "widgets/HFrameLabel.h"
 #include "widgets/HMenu.h"
 #include "widgets/Literal.h"

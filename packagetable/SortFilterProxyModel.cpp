@@ -103,14 +103,7 @@ void SortFilterProxyModel::setFilter(bool on)
 
 void SortFilterProxyModel::setFilterRegExp(const QString& text)
 {
-    const QString any = QStringLiteral(".*");
-    QString stripped = text;
-    while (stripped.startsWith(any)) {
-        stripped.remove(0, any.length());
-    }
-    while (stripped.endsWith(any)) {
-        stripped.chop(any.length());
-    }
+    const QString stripped = Expression::withoutOuterAny(text);
     pattern.compile(stripped);
 
     const QRegExp changed(stripped, Qt::CaseSensitive, QRegExp::RegExp);

@@ -19,8 +19,8 @@
 
 #include <vector>
 
-#include "packagetable/Expression.h"
 #include "packagetable/PackageTable.h"
+#include "widgets/Expression.h"
 #include "widgets/HSortFilterProxyModel.h"
 #include "yumio/Package.h"
 

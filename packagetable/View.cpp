@@ -7,7 +7,6 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QScopedValueRollback>
 #include <QSet>
 #include <QVector>
@@ -124,7 +123,6 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     // The key column has no effect on the filter: an expression is always matched against every column.
     proxy->setFilterKeyColumn(KindColumn);
 
-    connect(proxy, SIGNAL(modelReset()), this, SLOT(reportEmptyText()));
     connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHorizontalHeaderClicked(int)));
     connect(this, SIGNAL(clicked(const QModelIndex&)), this, SLOT(handleActivated(const QModelIndex&)));
     connect(this, SIGNAL(customContextMenuRequested(const QPoint&)), this,
@@ -178,35 +176,6 @@ void View::restoreLayout(const Layout& layout)
             horizontalHeader()->moveSection(horizontalHeader()->visualIndex(column), place);
         }
     }
-}
-
-void View::setEmptyText(const QString& text)
-{
-    if (emptyText != text) {
-        emptyText = text;
-        reportEmptyText();
-        viewport()->update();
-    }
-}
-
-void View::reportEmptyText()
-{
-    setAccessibleDescription(proxy->rowCount() == 0 ? emptyText : QString());
-}
-
-void View::paintEvent(QPaintEvent* event)
-{
-    HTableView::paintEvent(event);
-    if (emptyText.isEmpty() || proxy->rowCount() != 0) {
-        return;
-    }
-    QPainter painter(viewport());
-    QColor color = palette().color(QPalette::Text);
-    color.setAlphaF(0.7);
-    painter.setPen(color);
-    const int margin = 2 * fontMetrics().height();
-    painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
-                     Qt::AlignCenter | Qt::TextWordWrap, emptyText);
 }
 
 int View::contentsWidthForColumn(int column) const

@@ -36,9 +36,6 @@ public:
     // Returns source indexes.
     QModelIndexList selectedRows() const;
 
-    // Sets the plain text that the view shows if no row is listed.
-    void setEmptyText(const QString& text);
-
     // The user's changes to the columns since they were last fitted. Each column has a width in pixels, or 0
     // for the fitted width, and a position from the left. A layout with another number of columns is not
     // restored.
@@ -73,16 +70,11 @@ Q_SIGNALS:
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void changeEvent(QEvent* event) override;
-    void paintEvent(QPaintEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     // The Enter key opens the description of the package in the current row. The space key changes the action
     // of the current row to the next permitted action.
     void keyPressEvent(QKeyEvent* event) override;
     int contentsWidthForColumn(int column) const override;
-
-private Q_SLOTS:
-    // Reports the empty table's text to screen readers.
-    void reportEmptyText();
 
 private:
     class WidthEstimate;
@@ -95,8 +87,7 @@ private:
     bool fittingRecords;           // true while columns are fitted to all records, not only to listed records
     ActionContextMenu* actionMenu; // null before the first use
     OtherContextMenu* otherMenu;   // null before the first use
-    QString emptyText;
-    QVector<int> fittedWidths;                            // by column, in pixels; empty before the first fit
+    QVector<int> fittedWidths;     // by column, in pixels; empty before the first fit
     mutable std::unique_ptr<WidthEstimate> widthEstimate; // uses the font of the last fit
 };
 

@@ -195,6 +195,37 @@
     </message>
 </context>
 <context>
+    <name>FilteredList</name>
+    <message>
+        <source>&amp;Filter</source>
+        <translation>&amp;Filter</translation>
+    </message>
+    <message>
+        <source>Regular expression</source>
+        <translation>Regulärer Ausdruck</translation>
+    </message>
+    <message>
+        <source>Regular expression filter matching the texts of a row,
+as if they were separated by spaces</source>
+        <translation>Regulärer Ausdruck, der auf die Texte einer Zeile passt,
+als wären sie durch Leerzeichen getrennt</translation>
+    </message>
+    <message>
+        <source>This is not a valid regular expression:
+%1</source>
+        <translation>Das ist kein gültiger regulärer Ausdruck:
+%1</translation>
+    </message>
+    <message>
+        <source>Nothing matches.</source>
+        <translation>Nichts passt.</translation>
+    </message>
+    <message>
+        <source>%1 of %2 listed</source>
+        <translation>%1 von %2 aufgelistet</translation>
+    </message>
+</context>
+<context>
     <name>Fonts</name>
     <message>
         <source>Bitstream Vera Sans Mono</source>

@@ -7,6 +7,7 @@
 #include <QHeaderView>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QScrollBar>
 #include <QStyle>
 
@@ -43,6 +44,57 @@ void HTableView::fitRowsToFont()
                           fontMetrics().height() / step * step);
     setIconSize(QSize(side, side));
     verticalHeader()->setDefaultSectionSize(qMax(fontMetrics().height(), side) + 6);
+}
+
+void HTableView::setModel(QAbstractItemModel* newModel)
+{
+    if (model() != nullptr) {
+        disconnect(model(), nullptr, this, SLOT(describeEmptiness()));
+    }
+    QTableView::setModel(newModel);
+    if (newModel != nullptr) {
+        connect(newModel, SIGNAL(modelReset()), this, SLOT(describeEmptiness()));
+        connect(newModel, SIGNAL(rowsInserted(const QModelIndex&, int, int)), this,
+                SLOT(describeEmptiness()));
+        connect(newModel, SIGNAL(rowsRemoved(const QModelIndex&, int, int)), this, SLOT(describeEmptiness()));
+    }
+    describeEmptiness();
+}
+
+void HTableView::setEmptyText(const QString& text)
+{
+    if (emptyText != text) {
+        emptyText = text;
+        describeEmptiness();
+        viewport()->update();
+    }
+}
+
+bool HTableView::isEmpty() const
+{
+    return !emptyText.isEmpty() && model() != nullptr && model()->rowCount(rootIndex()) == 0;
+}
+
+void HTableView::describeEmptiness()
+{
+    if (!emptyText.isEmpty()) {
+        setAccessibleDescription(isEmpty() ? emptyText : QString());
+    }
+}
+
+void HTableView::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    if (!isEmpty()) {
+        return;
+    }
+    QPainter painter(viewport());
+    QColor color = palette().color(QPalette::Text);
+    color.setAlphaF(0.7);
+    painter.setPen(color);
+    const int margin = 2 * fontMetrics().height();
+    painter.drawText(viewport()->rect().adjusted(margin, margin, -margin, -margin),
+                     Qt::AlignCenter | Qt::TextWordWrap, emptyText);
 }
 
 void HTableView::changeEvent(QEvent* event)

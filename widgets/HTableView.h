@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A table view whose size hint fits its columns and a certain number of rows. It can fit its columns and its
-// window to the contents.
+// window to the contents, and shows why it is empty.
 //
 // It lives on the graphical thread; its Qt parent owns it. The model is not owned.
 
@@ -40,6 +40,12 @@ public:
     // many rows.
     void setOneLineRows();
 
+    // The text in place of rows if the model has no rows; plain text. It is also the description for
+    // assistive programs.
+    void setEmptyText(const QString& text);
+
+    void setModel(QAbstractItemModel* model) override;
+
 public Q_SLOTS:
     // Fits the columns to their contents. Then enlarges the window to its size hint, but not beyond the
     // screen.
@@ -53,6 +59,7 @@ public Q_SLOTS:
 protected:
     QStyleOptionViewItem viewOptions() const override;
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     // Shift+F10 opens the menu of the current cell, like the menu key.
     void keyPressEvent(QKeyEvent* event) override;
 
@@ -61,14 +68,19 @@ protected:
     // it with a faster implementation.
     virtual int contentsWidthForColumn(int column) const;
 
+private Q_SLOTS:
+    void describeEmptiness();
+
 private:
     void fitRowsToFont();
+    bool isEmpty() const;
 
     QStyleOptionViewItem::Position decorationPosition;
     // The first call of sizeHint() sets both to the same value.
     mutable int minRows;
     mutable int maxRows;
     bool oneLineRows;
+    QString emptyText;
 };
 
 #endif

@@ -35,6 +35,7 @@ TOGETHER = (
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action')),
     ('PackageTable::OtherContextMenu', ('&Describe',)),
     ('Log::Window', ('&Close',)),
+    ('FilteredList', ('&Filter',)),
 )
 # HTML around entries of the log has no words to translate.
 NO_WORDS = re.compile(r'</?(font|h2)')

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-#include "packagetable/Expression.h"
+#include "widgets/Expression.h"
 
 #include <random>
 
 #include <QtTest>
-
-using PackageTable::Expression;
 
 namespace {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A regular expression that filters the table. It is an extended POSIX expression, is case-sensitive, and
+// A regular expression that filters a table. It is an extended POSIX expression, is case-sensitive, and
 // matches anywhere in a text.
 //
 // For most expressions, every match contains a certain fixed text. A search for a fixed text is much faster
@@ -9,15 +9,13 @@
 //
 // Only the graphical thread uses it.
 
-#ifndef PACKAGETABLE_EXPRESSION_H
-#define PACKAGETABLE_EXPRESSION_H
+#ifndef WIDGETS_EXPRESSION_H
+#define WIDGETS_EXPRESSION_H
 
 #include <QByteArray>
 #include <QString>
 
 #include <regex.h>
-
-namespace PackageTable {
 
 class Expression
 {
@@ -30,6 +28,9 @@ public:
 
     // An invalid expression matches nothing.
     void compile(const QString& text);
+
+    // Returns the expression without any ".*" at its ends. If nothing remains, every text matches.
+    static QString withoutOuterAny(QString text);
 
     // Returns true if the object has a valid expression.
     bool isValid() const { return regStatus == 0; }
@@ -53,7 +54,5 @@ private:
     QByteArray required;
     bool literal = false; // the expression consists only of the required text
 };
-
-} // namespace PackageTable
 
 #endif

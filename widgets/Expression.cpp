@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-#include "packagetable/Expression.h"
+#include "widgets/Expression.h"
 
 #include <cstring>
-
-namespace PackageTable {
 
 namespace {
 
@@ -131,6 +129,18 @@ void Expression::clear()
     regStatus = -1;
 }
 
+QString Expression::withoutOuterAny(QString text)
+{
+    const QString any = QStringLiteral(".*");
+    while (text.startsWith(any)) {
+        text.remove(0, any.length());
+    }
+    while (text.endsWith(any)) {
+        text.chop(any.length());
+    }
+    return text;
+}
+
 void Expression::compile(const QString& text)
 {
     clear();
@@ -192,5 +202,3 @@ bool Expression::matchesAny(const QByteArray& texts) const
     }
     return false;
 }
-
-} // namespace PackageTable

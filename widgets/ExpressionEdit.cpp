@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-#include "app/ExpressionEdit.h"
+#include "widgets/ExpressionEdit.h"
 
 #include <QApplication>
 #include <QKeyEvent>

@@ -1,0 +1,288 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "widgets/FilteredList.h"
+
+#include <memory>
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "tests/widgets/FixedTable.h"
+#include "widgets/Colors.h"
+#include "widgets/HTableView.h"
+
+namespace {
+
+class Records : public FixedTable
+{
+public:
+    using FixedTable::FixedTable;
+
+    void reset(const QVector<Row>& values)
+    {
+        beginResetModel();
+        rows = values;
+        endResetModel();
+    }
+};
+
+const QVector<FixedTable::Row> usual = {{3, "update kernel"}, {2, "install shell"}, {1, "install kernel"}};
+
+} // namespace
+
+class FilteredListTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void theFirstRowIsCurrent();
+    void typingFiltersAndCounts();
+    void theCurrentRowStaysWhileItIsListed();
+    void anInvalidExpressionIsColouredAndExplained();
+    void anEmptyListSaysWhy();
+    void otherRecordsReportTheCurrentRowAgain();
+    void selectedRowsAreInTheOrderOfTheList();
+    void aHeaderSortsByItsColumn();
+    void theKeyboardReachesEverything();
+    void enterAndDoubleClickActivateARow();
+    void aCellThatIsTooNarrowShowsItsTextAsToolTip();
+    void columnsFitTheirTextsUpToALimit();
+    void detailsAreBelowTheList();
+    void tenThousandRowsAreFiltered();
+
+private:
+    QLineEdit* edit() const { return list->findChild<QLineEdit*>(); }
+    QString count() const;
+    QString emptyText() const { return list->tableView()->accessibleDescription(); }
+    void show();
+
+    std::unique_ptr<Records> records;
+    std::unique_ptr<FilteredList> list;
+};
+
+void FilteredListTest::init()
+{
+    records = std::make_unique<Records>(usual);
+    list = std::make_unique<FilteredList>(records.get(), QStringLiteral("Records"));
+    list->setEmptyText("No records.");
+}
+
+void FilteredListTest::cleanup()
+{
+    list.reset();
+    records.reset();
+}
+
+QString FilteredListTest::count() const
+{
+    for (const QLabel* label : list->findChildren<QLabel*>()) {
+        if (label->buddy() == nullptr && label->text().contains("listed")) {
+            return label->text();
+        }
+    }
+    return QString();
+}
+
+void FilteredListTest::show()
+{
+    list->show();
+    list->setFocus();
+    QVERIFY(QTest::qWaitForWindowActive(list.get(), 30000));
+}
+
+void FilteredListTest::theFirstRowIsCurrent()
+{
+    QCOMPARE(list->currentRow(), 0);
+    QCOMPARE(list->selectedRows(), QList<int>({0}));
+    QCOMPARE(list->tableView()->accessibleName(), QString("Records"));
+    QCOMPARE(edit()->accessibleName(), QString("Regular expression"));
+}
+
+void FilteredListTest::typingFiltersAndCounts()
+{
+    show();
+    QCOMPARE(count(), QString("3 of 3 listed"));
+    QTest::keyClicks(edit(), "install");
+    QCOMPARE(count(), QString("2 of 3 listed"));
+    QCOMPARE(list->tableView()->model()->rowCount(), 2);
+    QTest::keyClicks(edit(), " k");
+    QCOMPARE(count(), QString("1 of 3 listed"));
+    edit()->clear();
+    QCOMPARE(count(), QString("3 of 3 listed"));
+}
+
+void FilteredListTest::theCurrentRowStaysWhileItIsListed()
+{
+    QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
+    list->setCurrentRow(2);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.takeFirst().at(0).toInt(), 2);
+    list->setExpression("kernel");
+    QCOMPARE(list->currentRow(), 2);
+    QCOMPARE(list->selectedRows(), QList<int>({2}));
+    list->sortBy(0, Qt::AscendingOrder);
+    QCOMPARE(list->currentRow(), 2);
+    QCOMPARE(spy.count(), 0);
+    list->setExpression("update");
+    QCOMPARE(list->currentRow(), 0);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.takeFirst().at(0).toInt(), 0);
+    list->setExpression("nothing like this");
+    QCOMPARE(list->currentRow(), -1);
+    QCOMPARE(spy.takeFirst().at(0).toInt(), -1);
+}
+
+void FilteredListTest::anInvalidExpressionIsColouredAndExplained()
+{
+    show();
+    QTest::keyClicks(edit(), "(");
+    QCOMPARE(count(), QString("0 of 3 listed"));
+    QVERIFY2(emptyText().startsWith("This is not a valid regular expression:\n"), qPrintable(emptyText()));
+    QCOMPARE(edit()->palette().color(QPalette::Base), QColor(Colors::errorBg()));
+    QTest::keyClicks(edit(), "kernel)");
+    QCOMPARE(count(), QString("2 of 3 listed"));
+    QVERIFY(edit()->palette().color(QPalette::Base) != QColor(Colors::errorBg()));
+    QCOMPARE(emptyText(), QString());
+}
+
+void FilteredListTest::anEmptyListSaysWhy()
+{
+    list->setExpression("nothing like this");
+    QCOMPARE(emptyText(), QString("Nothing matches."));
+    records->reset({});
+    QCOMPARE(emptyText(), QString("No records."));
+    QCOMPARE(count(), QString("0 of 0 listed"));
+}
+
+void FilteredListTest::otherRecordsReportTheCurrentRowAgain()
+{
+    QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
+    records->reset({{9, "remove shell"}});
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.takeFirst().at(0).toInt(), 0);
+    records->reset({});
+    QCOMPARE(spy.takeFirst().at(0).toInt(), -1);
+}
+
+void FilteredListTest::selectedRowsAreInTheOrderOfTheList()
+{
+    list->sortBy(0, Qt::AscendingOrder);
+    list->tableView()->selectAll();
+    QCOMPARE(list->selectedRows(), QList<int>({2, 1, 0}));
+    QSignalSpy spy(list.get(), SIGNAL(selectionChanged()));
+    list->tableView()->clearSelection();
+    QVERIFY(spy.count() > 0);
+    QCOMPARE(list->selectedRows(), QList<int>());
+}
+
+void FilteredListTest::aHeaderSortsByItsColumn()
+{
+    show();
+    QHeaderView* header = list->tableView()->horizontalHeader();
+    const auto click = [header](int column) {
+        QTest::mouseClick(header->viewport(), Qt::LeftButton, Qt::NoModifier,
+                          QPoint(header->sectionViewportPosition(column) + 5, header->height() / 2));
+    };
+    const auto first = [this] { return list->tableView()->model()->index(0, 0).data().toInt(); };
+    click(0);
+    QCOMPARE(first(), 1);
+    click(0);
+    QCOMPARE(first(), 3);
+    click(1);
+    QCOMPARE(first(), 1); // "install kernel"
+}
+
+void FilteredListTest::theKeyboardReachesEverything()
+{
+    show();
+    QVERIFY(list->tableView()->hasFocus());
+    QTest::keyClick(list.get(), Qt::Key_F, Qt::AltModifier);
+    QTRY_VERIFY(edit()->hasFocus());
+    QTest::keyClick(edit(), Qt::Key_Down);
+    QTRY_VERIFY(list->tableView()->hasFocus());
+    QTest::keyClick(list->tableView(), Qt::Key_Down);
+    QCOMPARE(list->currentRow(), 1);
+    QTest::keyClick(list->tableView(), Qt::Key_Backtab);
+    QTRY_VERIFY(edit()->hasFocus());
+    QTest::keyClick(edit(), Qt::Key_Tab);
+    QTRY_VERIFY(list->tableView()->hasFocus());
+}
+
+void FilteredListTest::enterAndDoubleClickActivateARow()
+{
+    show();
+    QSignalSpy spy(list.get(), SIGNAL(activated(int)));
+    list->setExpression("install");
+    QTest::keyClick(list->tableView(), Qt::Key_Return);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.takeFirst().at(0).toInt(), 1);
+    HTableView* table = list->tableView();
+    const QPoint place = table->visualRect(table->model()->index(1, 0)).center();
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+    QTest::mouseDClick(table->viewport(), Qt::LeftButton, Qt::NoModifier, place);
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.takeFirst().at(0).toInt(), 2);
+}
+
+void FilteredListTest::aCellThatIsTooNarrowShowsItsTextAsToolTip()
+{
+    show();
+    HTableView* table = list->tableView();
+    table->horizontalHeader()->setStretchLastSection(false);
+    const auto tip = [table](int column) {
+        QToolTip::hideText();
+        const QRect cell = table->visualRect(table->model()->index(0, column));
+        QHelpEvent event(QEvent::ToolTip, cell.center(), table->viewport()->mapToGlobal(cell.center()));
+        QCoreApplication::sendEvent(table->viewport(), &event);
+        return QToolTip::text();
+    };
+    table->setColumnWidth(1, 300);
+    QCOMPARE(tip(1), QString());
+    table->setColumnWidth(1, 30);
+    QVERIFY2(tip(1).contains("update kernel"), qPrintable(tip(1)));
+    QToolTip::hideText();
+}
+
+void FilteredListTest::columnsFitTheirTextsUpToALimit()
+{
+    records->reset({{"short", 1}, {QString(3000, 'w'), 2}});
+    list->fitColumns();
+    const int limited = list->tableView()->columnWidth(0);
+    QVERIFY(limited < 80 * list->fontMetrics().horizontalAdvance('n'));
+    records->reset({{"short", 1}, {"a text of some length", 2}});
+    list->fitColumns();
+    const int fitting = list->tableView()->columnWidth(0);
+    QVERIFY(fitting >= list->fontMetrics().horizontalAdvance("a text of some length"));
+    QVERIFY(fitting < limited);
+}
+
+void FilteredListTest::detailsAreBelowTheList()
+{
+    auto* details = new QTextEdit;
+    list->setDetails(details);
+    list->resize(600, 600);
+    show();
+    QVERIFY(list->isAncestorOf(details));
+    QTRY_VERIFY(details->mapTo(list.get(), QPoint()).y() >=
+                list->tableView()->mapTo(list.get(), QPoint(0, list->tableView()->height())).y());
+    QVERIFY(details->height() > 50);
+}
+
+void FilteredListTest::tenThousandRowsAreFiltered()
+{
+    QVector<FixedTable::Row> many;
+    for (int i = 0; i < 10000; ++i) {
+        many.append({i, i % 2 == 0 ? QStringLiteral("install") : QStringLiteral("remove")});
+    }
+    records->reset(many);
+    list->sortBy(0, Qt::DescendingOrder);
+    list->setExpression("remove");
+    QCOMPARE(count(), QString("5000 of 10000 listed"));
+    QCOMPARE(list->tableView()->model()->index(0, 0).data().toInt(), 9999);
+}
+
+QTEST_MAIN(FilteredListTest)
+#include "FilteredListTest.moc"

@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "widgets/FilteredRows.h"
+
+#include <QDateTime>
+#include <QtTest>
+
+#include "tests/widgets/FixedTable.h"
+
+namespace {
+
+// A table whose last column has other values to sort by than to show.
+class Keyed : public FixedTable
+{
+public:
+    using FixedTable::FixedTable;
+
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        if (role == FilteredRows::SearchRole && index.column() == 0) {
+            return rows.at(index.row()).value(3);
+        }
+        return role == FilteredRows::SortRole && index.column() == 1
+                   ? QVariant(QDateTime::fromSecsSinceEpoch(rows.at(index.row()).value(2).toLongLong()))
+                   : FixedTable::data(index, role);
+    }
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override
+    {
+        return orientation == Qt::Horizontal && role == Qt::DisplayRole
+                   ? QVariant(QStringLiteral("column %1").arg(section))
+                   : QVariant();
+    }
+    void reset(const QVector<Row>& values)
+    {
+        beginResetModel();
+        rows = values;
+        endResetModel();
+    }
+};
+
+QStringList firstColumn(const FilteredRows& rows)
+{
+    QStringList texts;
+    for (int row = 0; row < rows.rowCount(); ++row) {
+        texts << rows.index(row, 0).data().toString();
+    }
+    return texts;
+}
+
+} // namespace
+
+class FilteredRowsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void withoutExpressionEveryRowIsListed();
+    void theExpressionMatchesTheJoinedColumns_data();
+    void theExpressionMatchesTheJoinedColumns();
+    void theExpressionMatchesTheFurtherText();
+    void anInvalidExpressionListsNothingAndSaysWhy();
+    void rowsAreSortedByNumberTimeAndText();
+    void equalRowsKeepTheirOrder();
+    void rowsMapToTheirSourceAndBack();
+    void aChangeOfTheSourceIsFilteredAndSortedAgain();
+    void aChangedCellIsReported();
+    void theHeaderIsThatOfTheSourceEvenWithoutRows();
+    void withoutSourceThereAreNoRows();
+};
+
+void FilteredRowsTest::withoutExpressionEveryRowIsListed()
+{
+    FixedTable table({{"b", 1}, {"a", 2}, {"c", 3}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    QCOMPARE(firstColumn(rows), QStringList({"b", "a", "c"}));
+    rows.setExpression(".*");
+    QCOMPARE(firstColumn(rows), QStringList({"b", "a", "c"}));
+    QVERIFY(rows.isValidExpression());
+    QCOMPARE(rows.columnCount(), 2);
+    QVERIFY(!rows.parent(rows.index(0, 0)).isValid());
+    QCOMPARE(rows.rowCount(rows.index(0, 0)), 0);
+}
+
+void FilteredRowsTest::theExpressionMatchesTheJoinedColumns_data()
+{
+    QTest::addColumn<QString>("expression");
+    QTest::addColumn<QStringList>("expected");
+
+    QTest::newRow("a text") << "kernel" << QStringList({"kernel", "kernel-core"});
+    QTest::newRow("case") << "Kernel" << QStringList();
+    QTest::newRow("another column") << "bash" << QStringList({"shell"});
+    QTest::newRow("across columns") << "^kernel 7$" << QStringList({"kernel"});
+    QTest::newRow("alternatives") << "^(shell|kernel) " << QStringList({"kernel", "shell"});
+    QTest::newRow("any around") << ".*core.*" << QStringList({"kernel-core"});
+    QTest::newRow("other letters") << QString::fromUtf8("ü.e") << QStringList({QString::fromUtf8("Prüfen")});
+}
+
+void FilteredRowsTest::theExpressionMatchesTheJoinedColumns()
+{
+    QFETCH(QString, expression);
+    QFETCH(QStringList, expected);
+    FixedTable table(
+        {{"kernel", 7}, {"shell", "bash"}, {"kernel-core", 7}, {QString::fromUtf8("Prüfen"), 1}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression(expression);
+    QCOMPARE(firstColumn(rows), expected);
+    QCOMPARE(rows.expressionFault(), QString());
+}
+
+void FilteredRowsTest::theExpressionMatchesTheFurtherText()
+{
+    Keyed table({{1, "a", 0, "kernel shell"}, {2, "b", 0}, {3, "kernel", 0, ""}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression("kernel");
+    QCOMPARE(firstColumn(rows), QStringList({"1", "3"}));
+    rows.setExpression("^1 a kernel shell$");
+    QCOMPARE(firstColumn(rows), QStringList({"1"}));
+}
+
+void FilteredRowsTest::anInvalidExpressionListsNothingAndSaysWhy()
+{
+    FixedTable table({{"a", 1}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression("[");
+    QCOMPARE(rows.rowCount(), 0);
+    QVERIFY(!rows.isValidExpression());
+    QVERIFY(!rows.expressionFault().isEmpty());
+    rows.setExpression("");
+    QCOMPARE(rows.rowCount(), 1);
+    QCOMPARE(rows.expressionFault(), QString());
+}
+
+void FilteredRowsTest::rowsAreSortedByNumberTimeAndText()
+{
+    Keyed table({{10, "Monday", 300}, {9, "Friday", 100}, {100, "Sunday", 200}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.sort(0, Qt::AscendingOrder);
+    QCOMPARE(firstColumn(rows), QStringList({"9", "10", "100"}));
+    rows.sort(0, Qt::DescendingOrder);
+    QCOMPARE(firstColumn(rows), QStringList({"100", "10", "9"}));
+    rows.sort(1, Qt::AscendingOrder);
+    QCOMPARE(firstColumn(rows), QStringList({"9", "100", "10"}));
+    rows.sort(-1);
+    QCOMPARE(firstColumn(rows), QStringList({"10", "9", "100"}));
+
+    FixedTable texts({{"beta", 1}, {"Alpha", 2}, {"gamma", 3}});
+    rows.setSourceModel(&texts);
+    rows.sort(0, Qt::AscendingOrder);
+    QCOMPARE(firstColumn(rows), QStringList({"Alpha", "beta", "gamma"}));
+}
+
+void FilteredRowsTest::equalRowsKeepTheirOrder()
+{
+    FixedTable table({{"c", 1}, {"a", 1}, {"b", 0}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.sort(1, Qt::AscendingOrder);
+    QCOMPARE(firstColumn(rows), QStringList({"b", "c", "a"}));
+    rows.sort(1, Qt::DescendingOrder);
+    QCOMPARE(firstColumn(rows), QStringList({"c", "a", "b"}));
+}
+
+void FilteredRowsTest::rowsMapToTheirSourceAndBack()
+{
+    FixedTable table({{"b", 1}, {"x", 2}, {"a", 3}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression("^[ab]");
+    rows.sort(0, Qt::AscendingOrder);
+    QCOMPARE(rows.mapToSource(rows.index(0, 1)), table.index(2, 1));
+    QCOMPARE(rows.mapFromSource(table.index(0, 0)), rows.index(1, 0));
+    QVERIFY(!rows.mapFromSource(table.index(1, 0)).isValid());
+    QVERIFY(!rows.mapToSource(QModelIndex()).isValid());
+    QVERIFY(!rows.mapFromSource(QModelIndex()).isValid());
+    QCOMPARE(rows.index(0, 0).sibling(1, 1).data(), QVariant(1));
+}
+
+void FilteredRowsTest::aChangeOfTheSourceIsFilteredAndSortedAgain()
+{
+    Keyed table({{"b1", 1, 0}, {"c", 2, 0}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression("b");
+    rows.sort(0, Qt::AscendingOrder);
+    table.append({"b0", 3, 0});
+    QCOMPARE(firstColumn(rows), QStringList({"b0", "b1"}));
+    table.reset({{"b9", 1, 0}, {"b2", 1, 0}, {"d", 1, 0}});
+    QCOMPARE(firstColumn(rows), QStringList({"b2", "b9"}));
+    table.reset({});
+    QCOMPARE(rows.rowCount(), 0);
+}
+
+void FilteredRowsTest::aChangedCellIsReported()
+{
+    FixedTable table({{"x", 1}, {"b", 2}});
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    rows.setExpression("b");
+    QSignalSpy spy(&rows, SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&, const QVector<int>&)));
+    Q_EMIT table.dataChanged(table.index(0, 0), table.index(1, 1));
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.first().at(0).toModelIndex(), rows.index(0, 0));
+    QCOMPARE(spy.first().at(1).toModelIndex(), rows.index(0, 1));
+}
+
+void FilteredRowsTest::theHeaderIsThatOfTheSourceEvenWithoutRows()
+{
+    Keyed table;
+    FilteredRows rows;
+    rows.setSourceModel(&table);
+    QCOMPARE(rows.headerData(1, Qt::Horizontal), QVariant("column 1"));
+    QVERIFY(!rows.headerData(0, Qt::Vertical).isValid());
+}
+
+void FilteredRowsTest::withoutSourceThereAreNoRows()
+{
+    FilteredRows rows;
+    QCOMPARE(rows.rowCount(), 0);
+    QCOMPARE(rows.columnCount(), 0);
+    QVERIFY(!rows.headerData(0, Qt::Horizontal).isValid());
+    {
+        FixedTable table({{"a", 1}});
+        rows.setSourceModel(&table);
+        QCOMPARE(rows.rowCount(), 1);
+    }
+    QCOMPARE(rows.rowCount(), 0);
+    QVERIFY(!rows.index(0, 0).isValid());
+}
+
+QTEST_MAIN(FilteredRowsTest)
+#include "FilteredRowsTest.moc"

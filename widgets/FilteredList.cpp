@@ -1,0 +1,305 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "widgets/FilteredList.h"
+
+#include <QFontMetrics>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QHelpEvent>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
+#include <QSplitter>
+#include <QToolTip>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "widgets/ExpressionEdit.h"
+#include "widgets/FilteredRows.h"
+#include "widgets/HAbstractTableModel.h"
+#include "widgets/HItemDelegate.h"
+#include "widgets/HTableView.h"
+#include "widgets/Literal.h"
+#include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
+
+namespace {
+
+// The widest column, in letters. The last column gets the rest of the width.
+constexpr int widestColumn = 40;
+// The number of longest texts of a column that are measured.
+constexpr size_t measuredTexts = 8;
+// No row of a list.
+constexpr int unknownRow = -2;
+
+// Shows the whole text of a cell that is too narrow for it.
+class Cells : public HItemDelegate
+{
+public:
+    using HItemDelegate::HItemDelegate;
+
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override
+    {
+        const QRect cell = view->visualRect(index);
+        if (event->type() == QEvent::ToolTip && index.data(Qt::ToolTipRole).toString().isEmpty() &&
+            sizeHint(option, index).width() > cell.width()) {
+            const QString text = index.data().toString();
+            QToolTip::showText(event->globalPos(), Literal::toolTip(text), view->viewport(), cell);
+            return true;
+        }
+        return HItemDelegate::helpEvent(event, view, option, index);
+    }
+};
+
+// A table whose size hint does not depend on the widths of its columns: every column can be narrower.
+class Table : public HTableView
+{
+public:
+    explicit Table(QWidget* parent)
+        : HTableView(QStyleOptionViewItem::Left, 8, std::numeric_limits<int>::max(), parent)
+    {
+    }
+
+    QSize sizeHint() const override
+    {
+        return {90 * Metrics::columnWidth(fontMetrics()), 12 * verticalHeader()->defaultSectionSize()};
+    }
+};
+
+} // namespace
+
+FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QWidget* parent)
+    : QWidget(parent), model(records), rows(new FilteredRows(this)), edit(new ExpressionEdit(this)),
+      countLabel(new PlainLabel(this)), splitter(new QSplitter(Qt::Vertical, this)),
+      table(new Table(splitter)), reported(-1), listing(false)
+{
+    auto* editLabel = new PlainLabel(tr("&Filter"), this);
+    editLabel->setBuddy(edit);
+    edit->setAccessibleName(tr("Regular expression"));
+    edit->setToolTip(tr("Regular expression filter matching the texts of a row,\n"
+                        "as if they were separated by spaces"));
+    edit->setClearButtonEnabled(true);
+    edit->installEventFilter(this);
+    connect(edit, SIGNAL(textChanged(const QString&)), this, SLOT(applyExpression()));
+
+    // They come before the view's own connections: the current row must be known before the view forgets it.
+    connect(rows, SIGNAL(modelAboutToBeReset()), this, SLOT(aboutToList()));
+    rows->setSourceModel(model);
+    table->setModel(rows);
+    connect(rows, SIGNAL(modelReset()), this, SLOT(listed()));
+    table->setAccessibleName(name);
+    table->setItemDelegate(new Cells(table));
+    table->setShowGrid(false);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setAlternatingRowColors(true);
+    table->setTabKeyNavigation(false); // otherwise Tab would go through every cell
+    table->setWordWrap(false);
+    table->verticalHeader()->hide();
+    table->setOneLineRows();
+    QHeaderView* header = table->horizontalHeader();
+    header->setSectionsClickable(true);
+    header->setHighlightSections(false);
+    header->setStretchLastSection(true);
+    header->setContextMenuPolicy(Qt::PreventContextMenu);
+    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    header->setSortIndicatorShown(true);
+    header->setSortIndicator(-1, Qt::AscendingOrder);
+    connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHeader(int)));
+    connect(table, SIGNAL(activated(const QModelIndex&)), this, SLOT(handleActivated(const QModelIndex&)));
+    connect(table->selectionModel(), SIGNAL(selectionChanged(const QItemSelection&, const QItemSelection&)),
+            this, SLOT(handleSelection()));
+    connect(table->selectionModel(), SIGNAL(currentChanged(const QModelIndex&, const QModelIndex&)), this,
+            SLOT(handleSelection()));
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    auto* row = new QHBoxLayout;
+    layout->addLayout(row);
+    row->addWidget(editLabel);
+    row->addWidget(edit, 1);
+    row->addWidget(countLabel);
+    splitter->addWidget(table);
+    splitter->setChildrenCollapsible(false);
+    layout->addWidget(splitter, 1);
+    setTabOrder(edit, table);
+    setFocusProxy(table);
+    selectCurrent(-1);
+    reported = currentRow();
+    updateTexts();
+}
+
+void FilteredList::setEmptyText(const QString& text)
+{
+    emptyText = text;
+    updateTexts();
+}
+
+void FilteredList::setDetails(QWidget* details)
+{
+    splitter->addWidget(details);
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
+}
+
+void FilteredList::fitColumns()
+{
+    const QFontMetrics metrics = table->fontMetrics();
+    const QHeaderView* header = table->horizontalHeader();
+    const int widest = widestColumn * Metrics::columnWidth(metrics);
+    const int count = model->rowCount();
+    const int last = model->columnCount() - 1;
+    for (int column = 0; column < last; ++column) {
+        std::vector<QString> texts;
+        texts.reserve(static_cast<size_t>(count));
+        for (int row = 0; row < count; ++row) {
+            texts.push_back(model->index(row, column).data().toString());
+        }
+        const size_t measured = std::min(measuredTexts, texts.size());
+        std::partial_sort(texts.begin(), texts.begin() + static_cast<std::ptrdiff_t>(measured), texts.end(),
+                          [](const QString& l, const QString& r) { return l.length() > r.length(); });
+        int width = 0;
+        for (size_t i = 0; i < measured; ++i) {
+            width = qMax(width, metrics.boundingRect(texts[i]).width());
+        }
+        // The delegate needs a margin on both sides of a text.
+        width += 2 * Metrics::columnWidth(metrics);
+        table->setColumnWidth(column, qMax(header->sectionSizeHint(column), qMin(width, widest)));
+    }
+}
+
+void FilteredList::sortBy(int column, Qt::SortOrder order)
+{
+    table->sortByColumn(column, order);
+}
+
+void FilteredList::handleHeader(int column)
+{
+    table->sortByColumn(column);
+}
+
+QString FilteredList::expression() const
+{
+    return edit->text();
+}
+
+void FilteredList::setExpression(const QString& text)
+{
+    edit->setText(text);
+}
+
+void FilteredList::applyExpression()
+{
+    rows->setExpression(edit->text());
+    edit->showValid(rows->isValidExpression());
+    updateTexts();
+}
+
+void FilteredList::updateTexts()
+{
+    if (model->rowCount() == 0) {
+        table->setEmptyText(emptyText);
+    } else if (!rows->isValidExpression()) {
+        table->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(rows->expressionFault()));
+    } else {
+        table->setEmptyText(tr("Nothing matches."));
+    }
+    countLabel->setText(tr("%1 of %2 listed").arg(rows->rowCount()).arg(model->rowCount()));
+}
+
+// --- The current row
+
+int FilteredList::currentRow() const
+{
+    return rows->mapToSource(table->currentIndex()).row();
+}
+
+void FilteredList::setCurrentRow(int row)
+{
+    selectCurrent(row);
+    reportCurrent();
+}
+
+QList<int> FilteredList::selectedRows() const
+{
+    QList<int> found;
+    for (const QModelIndex& index : table->selectedRows()) {
+        found.append(index.row());
+    }
+    std::sort(found.begin(), found.end());
+    for (int& row : found) {
+        row = rows->mapToSource(rows->index(row, 0)).row();
+    }
+    return found;
+}
+
+void FilteredList::aboutToList()
+{
+    listing = true;
+    const int row = currentRow();
+    // A model that resets itself makes this index invalid.
+    kept = row >= 0 ? QPersistentModelIndex(model->index(row, 0)) : QPersistentModelIndex();
+}
+
+void FilteredList::listed()
+{
+    const bool same = kept.isValid();
+    selectCurrent(same ? kept.row() : -1);
+    kept = QPersistentModelIndex();
+    if (!same) {
+        reported = unknownRow; // a row of this number can be another record now
+    }
+    listing = false;
+    updateTexts();
+    reportCurrent();
+    Q_EMIT selectionChanged();
+}
+
+// Makes a row the current and only selected one; the first one if it is not listed.
+void FilteredList::selectCurrent(int row)
+{
+    QModelIndex index = rows->mapFromSource(model->index(row, 0));
+    if (!index.isValid()) {
+        index = rows->index(0, 0);
+    }
+    if (index.isValid()) {
+        table->setCurrentIndex(index);
+    }
+}
+
+void FilteredList::handleSelection()
+{
+    if (!listing) {
+        reportCurrent();
+        Q_EMIT selectionChanged();
+    }
+}
+
+void FilteredList::reportCurrent()
+{
+    const int row = currentRow();
+    if (row != reported) {
+        reported = row;
+        Q_EMIT currentChanged(row);
+    }
+}
+
+void FilteredList::handleActivated(const QModelIndex& index)
+{
+    if (index.isValid()) {
+        Q_EMIT activated(rows->mapToSource(index).row());
+    }
+}
+
+bool FilteredList::eventFilter(QObject* watched, QEvent* event)
+{
+    // From the edit, the arrow key goes to the list.
+    if (watched == edit && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
+        table->setFocus();
+        return true;
+    }
+    return QWidget::eventFilter(watched, event);
+}
