@@ -27,14 +27,14 @@
 
 namespace {
 
-// The widest column, in letters. The last column gets the rest of the width.
+// The maximum width of a column, in letters. The last column gets the remaining width.
 constexpr int widestColumn = 40;
-// The number of longest texts of a column that are measured.
+// In each column, the width of this number of longest texts is measured.
 constexpr size_t measuredTexts = 8;
-// No row of a list.
+// A number that no row has.
 constexpr int unknownRow = -2;
 
-// Shows the whole text of a cell that is too narrow for it.
+// If a cell without a tool tip is too narrow for its text, shows the whole text as tool tip.
 class Cells : public HItemDelegate
 {
 public:
@@ -54,7 +54,7 @@ public:
     }
 };
 
-// A table whose size hint does not depend on the widths of its columns: every column can be narrower.
+// A table whose size hint does not depend on the widths of its columns, because every column can be narrower.
 class Table : public HTableView
 {
 public:
@@ -85,7 +85,8 @@ FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QW
     edit->installEventFilter(this);
     connect(edit, SIGNAL(textChanged(const QString&)), this, SLOT(applyExpression()));
 
-    // They come before the view's own connections: the current row must be known before the view forgets it.
+    // This connection must exist before the view connects itself: aboutToList() stores the current row before
+    // the view forgets it.
     connect(rows, SIGNAL(modelAboutToBeReset()), this, SLOT(aboutToList()));
     rows->setSourceModel(model);
     table->setModel(rows);
@@ -95,7 +96,7 @@ FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QW
     table->setShowGrid(false);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setAlternatingRowColors(true);
-    table->setTabKeyNavigation(false); // otherwise Tab would go through every cell
+    table->setTabKeyNavigation(false); // the Tab key must not go through every cell
     table->setWordWrap(false);
     table->verticalHeader()->hide();
     table->setOneLineRows();
@@ -249,7 +250,7 @@ void FilteredList::listed()
     selectCurrent(same ? kept.row() : -1);
     kept = QPersistentModelIndex();
     if (!same) {
-        reported = unknownRow; // a row of this number can be another record now
+        reported = unknownRow; // the same row number may now belong to another record
     }
     listing = false;
     updateTexts();
@@ -257,7 +258,7 @@ void FilteredList::listed()
     Q_EMIT selectionChanged();
 }
 
-// Makes a row the current and only selected one; the first one if it is not listed.
+// Selects only this row and makes it current. If the row is not listed, the first listed row is used instead.
 void FilteredList::selectCurrent(int row)
 {
     QModelIndex index = rows->mapFromSource(model->index(row, 0));
@@ -295,7 +296,7 @@ void FilteredList::handleActivated(const QModelIndex& index)
 
 bool FilteredList::eventFilter(QObject* watched, QEvent* event)
 {
-    // From the edit, the arrow key goes to the list.
+    // In the edit, the Down key moves the focus to the list.
     if (watched == edit && event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
         table->setFocus();

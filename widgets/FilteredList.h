@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A list of records with an edit for the expression that filters it, the number of listed records, and an
-// area below for the details of the current one. Windows with such a list consist of it and their own
-// buttons.
+// A widget with a filtered list of records: the edit for the filter expression, the number of listed records,
+// the list, and an area below the list for the details of the current record. A window that uses this widget
+// adds only its own buttons.
 //
-// The list is filtered while the user types. Its rows and columns are those of the model. The model can offer
-// the roles of FilteredRows, and tool tips; a cell without a tool tip shows its text there if it is too long
-// for its column. If there are rows, one of them is current, and it stays current while it is listed.
+// The list is filtered while the user types. The model provides the rows and columns, and may provide the
+// roles of FilteredRows and tool tips. If a cell has no tool tip, but its text is too long for the column,
+// the text is the tool tip. If the list is not empty, one row is current. It stays current while it is
+// listed.
 //
-// Graphical thread; owned by its Qt parent. The model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The model is not owned.
 
 #ifndef WIDGETS_FILTEREDLIST_H
 #define WIDGETS_FILTEREDLIST_H
@@ -31,12 +32,13 @@ class FilteredList : public QWidget
     Q_OBJECT
 
 public:
-    // The name of the list is for assistive programs.
+    // Assistive programs read `name` as the name of the list.
     FilteredList(HAbstractTableModel* model, const QString& name, QWidget* parent = nullptr);
 
-    // The text in place of rows if the model has no rows; plain text.
+    // Sets the plain text that the list shows if the model has no rows.
     void setEmptyText(const QString& text);
-    // The widget below the list becomes a child. The user can move the border between the two.
+    // Sets the widget below the list, which becomes a child. The user can move the border between the list
+    // and this widget.
     void setDetails(QWidget* details);
 
     // Makes each column as wide as its longest texts, up to a limit.
@@ -46,10 +48,10 @@ public:
     QString expression() const;
     void setExpression(const QString& text);
 
-    // Rows of the model. -1: no row is current, because none is listed.
+    // Both functions use rows of the model. -1 means that no row is current, because no row is listed.
     int currentRow() const;
     void setCurrentRow(int row);
-    // In the order of the list.
+    // Returns rows of the model, in the order of the list.
     QList<int> selectedRows() const;
 
     HTableView* tableView() const { return table; }
@@ -57,10 +59,10 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
-    // A row of the model; -1 for none.
+    // Emitted when another row becomes current. The argument is a row of the model, or -1.
     void currentChanged(int row);
     void selectionChanged();
-    // Enter or a double click on a row of the model.
+    // Emitted when the user presses Enter or double-clicks on a row. The argument is a row of the model.
     void activated(int row);
 
 private Q_SLOTS:

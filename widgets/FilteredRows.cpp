@@ -22,7 +22,7 @@ bool isNumber(const QVariant& value)
     }
 }
 
-// The value by which one row is sorted.
+// The value by which a row is sorted.
 struct Key
 {
     explicit Key(const QVariant& value)
@@ -108,7 +108,7 @@ void FilteredRows::sourceHasChanged()
     endResetModel();
 }
 
-// The rows keep their places until the next filtering or sorting.
+// The rows stay at their places until the table is filtered or sorted again.
 void FilteredRows::sourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                                      const QVector<int>& roles)
 {

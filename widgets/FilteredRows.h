@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The rows of a table that an expression matches, in the order of a column. It has its own map between its
-// rows and those of the table: a change of the expression only makes a new map, also with ten thousand rows.
+// A proxy model with the rows of a table that match an expression, sorted by a column. It has its own map
+// between its rows and the rows of the table. A change of the expression only creates a new map, even with
+// ten thousand rows.
 //
-// The expression is compared with the texts of all columns of a row, as if they were separated by spaces. The
-// model can offer a further text, which follows them.
+// The expression is matched against a text that joins the texts of all columns of a row, with blanks between
+// them. The model may provide an additional text for the end of this text.
 //
-// Graphical thread; owned by its Qt parent. The source model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The source model is not owned.
 
 #ifndef WIDGETS_FILTEREDROWS_H
 #define WIDGETS_FILTEREDROWS_H
@@ -23,24 +24,26 @@ class FilteredRows : public QAbstractProxyModel
     Q_OBJECT
 
 public:
-    // A source model can offer the value by which a cell is sorted: a number, a time or a text. Otherwise
-    // cells are sorted by their display values.
+    // With this role, the source model may provide the value by which a cell is sorted: a number, a time or a
+    // text. Without this value, cells are sorted by their display values.
     static constexpr int SortRole = Qt::UserRole + 1;
-    // The further text of a row, in its column 0.
+    // With this role, column 0 may provide the additional text of a row.
     static constexpr int SearchRole = Qt::UserRole + 2;
 
     explicit FilteredRows(QObject* parent = nullptr);
 
     void setSourceModel(QAbstractItemModel* model) override;
 
-    // An extended POSIX expression, case-sensitive; ".*" at either end is removed. An empty expression
-    // matches every row, an invalid one no row.
+    // Sets the extended POSIX expression, which is case-sensitive. ".*" is removed from both ends. An empty
+    // expression matches every row; an invalid expression matches no row.
     void setExpression(const QString& text);
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
-    // The error in an invalid expression; otherwise empty.
+    // Returns the description of the error in an invalid expression, or an empty text if the expression is
+    // valid.
     QString expressionFault() const { return isValidExpression() ? QString() : pattern.fault(); }
 
-    // Column -1 is the order of the source model. Equal rows keep that order.
+    // With column -1, the rows are in the order of the source model. Rows with equal values always keep that
+    // order.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
@@ -67,8 +70,8 @@ private:
     Expression pattern;
     int sortedBy;
     Qt::SortOrder sortedIn;
-    std::vector<int> sourceRows; // by own row
-    std::vector<int> ownRows;    // by row of the source; -1: not listed
+    std::vector<int> sourceRows; // indexed by the row in this model
+    std::vector<int> ownRows;    // indexed by source row; -1 if not listed
 };
 
 #endif

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A table view whose size hint fits its columns and a certain number of rows. It can fit its columns and its
-// window to the contents, and shows why it is empty.
+// window to the contents. If it has no rows, it can show a text instead.
 //
 // It lives on the graphical thread; its Qt parent owns it. The model is not owned.
 
@@ -40,8 +40,8 @@ public:
     // many rows.
     void setOneLineRows();
 
-    // The text in place of rows if the model has no rows; plain text. It is also the description for
-    // assistive programs.
+    // Sets the plain text that the view shows if the model has no rows. Assistive programs read this text as
+    // the description of the view.
     void setEmptyText(const QString& text);
 
     void setModel(QAbstractItemModel* model) override;
