@@ -263,7 +263,7 @@ private:
         std::vector<std::pair<Key, QString>> keys;
         for (int row = 0; row < model->rowCount(); ++row) {
             keys.emplace_back(key(model->index(row, column).data(role)),
-                              model->index(row, 3).data().toString());
+                              model->index(row, PackageTable::NameColumn).data().toString());
         }
         std::vector<int> order(keys.size());
         for (size_t i = 0; i < order.size(); ++i) {
@@ -277,19 +277,32 @@ private:
         return monotonic() - start;
     }
 
+    // In other columns, Qt::UserRole has the record.
+    bool isNumber(int column) const
+    {
+        return proxy->sourceModel()->index(0, column).data(Qt::UserRole).canConvert<int>();
+    }
+
     void sorts()
     {
         QJsonArray rows;
-        for (int column : {3, 4, 5, 6, 7, 8, 2, 1, 3, 3, 7, 7}) {
+        using namespace PackageTable;
+        QVector<int> clicked;
+        for (int column = NameColumn; column < ColumnCount; ++column) {
+            clicked << column;
+        }
+        // A second click on a heading reverses the order.
+        clicked << KindColumn << StateColumn << NameColumn << NameColumn << SizeColumn << SizeColumn;
+        for (const int column : qAsConst(clicked)) {
             QJsonObject row;
             row[QStringLiteral("column")] = column;
             row[QStringLiteral("program")] = timed([this, column] { click(column); });
             row[QStringLiteral("loop")] =
-                column >= PackageTable::NameColumn && column <= PackageTable::ArchitectureColumn
-                    ? stableSort<QString>(
-                          column, [](const QVariant& value) { return value.toString(); }, Qt::DisplayRole)
-                    : stableSort<int>(
-                          column, [](const QVariant& value) { return value.toInt(); }, Qt::UserRole);
+                isNumber(column)
+                    ? stableSort<int>(
+                          column, [](const QVariant& value) { return value.toInt(); }, Qt::UserRole)
+                    : stableSort<QString>(
+                          column, [](const QVariant& value) { return value.toString(); }, Qt::DisplayRole);
             rows.append(row);
         }
         result[QStringLiteral("sorts")] = rows;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Describes each column of the package table by one Row: the heading, the contents of a cell and the sort
-// order. Model, proxy and view use these rows, so they need no code for single columns.
+// order. Model, proxy and view use these rows. They name only the columns Action, Kind, Name and Repository,
+// which have further functions.
 //
 // Only the graphical thread uses it. It contains only constants. The code for a cell runs 60,000 times, so no
 // function creates a text that the record already has.

@@ -79,10 +79,11 @@ Area::Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Pa
     grid->setHorizontalSpacing(2 * Metrics::columnWidth(scrollArea->fontMetrics()));
     addHeader(nextRow, yumIO->getState(*entry));
     const int owner = entry->kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
-    Fields::any(owner | (primary ? Fields::Described : Fields::OfVersions), [this](Fields::Field field) {
-        addField(field);
-        return false; // continue with the next field
-    });
+    Fields::forEachUntil(owner | (primary ? Fields::Described : Fields::InShortDescription),
+                         [this](Fields::Field field) {
+                             addField(field);
+                             return false; // continue with the next field
+                         });
     grid->setRowStretch(nextRow, 1);
     updateButtons();
     layOut();

@@ -9,18 +9,19 @@ namespace {
 using Package::Entry;
 using From = Fields::Source;
 
-constexpr int ofPackages = Fields::OfPackages | Fields::Searched | Fields::Described;
-constexpr int ofVersions = ofPackages | Fields::OfVersions;
-constexpr int ofGroups = Fields::OfGroups | Fields::Searched | Fields::Described;
+// The uses of most fields of packages, and of groups.
+constexpr int searchedAndDescribed = Fields::OfPackages | Fields::Searched | Fields::Described;
+constexpr int alsoInShortDescription = searchedAndDescribed | Fields::InShortDescription;
+constexpr int searchedAndDescribedForGroups = Fields::OfGroups | Fields::Searched | Fields::Described;
 
 constexpr Fields::Row row(Fields::Field field, const char* label, QString Entry::*member,
-                          int uses = ofPackages)
+                          int uses = searchedAndDescribed)
 {
     return {field, label, From::Record, nullptr, member, uses};
 }
 
 constexpr Fields::Row row(Fields::Field field, const char* label, From source, const char* attribute,
-                          int uses = ofPackages)
+                          int uses = searchedAndDescribed)
 {
     return {field, label, source, attribute, nullptr, uses};
 }
@@ -29,21 +30,24 @@ constexpr Fields::Row rows[] = {
     row(Fields::Name, nullptr, &Entry::name, Fields::OfPackages | Fields::OfGroups | Fields::Searched),
     row(Fields::Kind, QT_TRANSLATE_NOOP("Fields", "Kind"), From::RecordKind, nullptr,
         Fields::OfPackages | Fields::OfGroups | Fields::Described),
-    row(Fields::Version, QT_TRANSLATE_NOOP("Fields", "Version"), &Entry::verRel, ofVersions),
+    row(Fields::Version, QT_TRANSLATE_NOOP("Fields", "Version"), &Entry::verRel, alsoInShortDescription),
     row(Fields::Repository, QT_TRANSLATE_NOOP("Fields", "Repository"), &Entry::repo),
-    row(Fields::Architecture, QT_TRANSLATE_NOOP("Fields", "Architecture"), &Entry::arch, ofVersions),
-    row(Fields::Size, QT_TRANSLATE_NOOP("Fields", "Size"), &Entry::sizeText, ofVersions),
+    row(Fields::Architecture, QT_TRANSLATE_NOOP("Fields", "Architecture"), &Entry::arch,
+        alsoInShortDescription),
+    row(Fields::Size, QT_TRANSLATE_NOOP("Fields", "Size"), &Entry::sizeText, alsoInShortDescription),
     row(Fields::Summary, QT_TRANSLATE_NOOP("Fields", "Summary"), &Entry::summary),
     row(Fields::Description, QT_TRANSLATE_NOOP("Fields", "Description"), From::Text, "description"),
     row(Fields::Group, QT_TRANSLATE_NOOP("Fields", "Group"), From::Text, "group"),
     row(Fields::Vendor, QT_TRANSLATE_NOOP("Fields", "Vendor"), From::Text, "vendor"),
-    row(Fields::BuildTime, QT_TRANSLATE_NOOP("Fields", "Build Time"), &Entry::buildTimeText, ofVersions),
+    row(Fields::BuildTime, QT_TRANSLATE_NOOP("Fields", "Build Time"), &Entry::buildTimeText,
+        alsoInShortDescription),
     row(Fields::BuildHost, QT_TRANSLATE_NOOP("Fields", "Build Host"), From::Text, "buildhost"),
     row(Fields::InstallTime, QT_TRANSLATE_NOOP("Fields", "Install Time"), From::Time, "installtime"),
     row(Fields::BinaryRpm, QT_TRANSLATE_NOOP("Fields", "Binary RPM"), From::Text, "relativepath"),
     row(Fields::SourceRpm, QT_TRANSLATE_NOOP("Fields", "Source RPM"), From::Text, "sourcerpm"),
     row(Fields::License, QT_TRANSLATE_NOOP("Fields", "License"), From::Text, "license"),
-    row(Fields::Packager, QT_TRANSLATE_NOOP("Fields", "Packager"), From::Text, "packager", ofVersions),
+    row(Fields::Packager, QT_TRANSLATE_NOOP("Fields", "Packager"), From::Text, "packager",
+        alsoInShortDescription),
     row(Fields::Url, QT_TRANSLATE_NOOP("Fields", "URL"), From::Text, "url"),
     row(Fields::Relocations, QT_TRANSLATE_NOOP("Fields", "Relocations"), From::Header, "PREFIXES"),
     row(Fields::Provides, QT_TRANSLATE_NOOP("Fields", "Provides"), From::Dependencies, "provides"),
@@ -61,13 +65,13 @@ constexpr Fields::Row rows[] = {
     row(Fields::ChangeLog, QT_TRANSLATE_NOOP("Fields", "Change Log"), From::ChangeLog, nullptr,
         Fields::OfPackages | Fields::Described),
     row(Fields::MandatoryPackages, QT_TRANSLATE_NOOP("Fields", "Mandatory Packages"), From::Members,
-        "mandatory_packages", ofGroups),
+        "mandatory_packages", searchedAndDescribedForGroups),
     row(Fields::DefaultPackages, QT_TRANSLATE_NOOP("Fields", "Default Packages"), From::Members,
-        "default_packages", ofGroups),
+        "default_packages", searchedAndDescribedForGroups),
     row(Fields::OptionalPackages, QT_TRANSLATE_NOOP("Fields", "Optional Packages"), From::Members,
-        "optional_packages", ofGroups),
+        "optional_packages", searchedAndDescribedForGroups),
     row(Fields::ConditionalPackages, QT_TRANSLATE_NOOP("Fields", "Conditional Packages"), From::Members,
-        "conditional_packages", ofGroups),
+        "conditional_packages", searchedAndDescribedForGroups),
 };
 
 constexpr bool inOrder()

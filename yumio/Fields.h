@@ -59,26 +59,30 @@ public:
         Count
     };
 
+    // "Attribute" means an attribute of the script's package object, under dnf's name or a name of
+    // share/python/vyre/packages.py.
     enum class Source {
-        Record,       // a member of the record
+        Record,       // a text that is a member of the record
         RecordKind,   // the word for the record's kind
-        Text,         // an attribute of the script's package
-        Time,         // an attribute in seconds since the epoch; 0 means no time
+        Text,         // an attribute that is a str or None
+        Time,         // an attribute in seconds since the epoch; 0 and None mean no time
         Dependencies, // an attribute that is a list
-        Header,       // a list in the header of an installed package
+        Header,       // a list in the rpm header of an installed package; other packages have no such value
         FileList,     // extra data, loaded on first use
         ChangeLog,    // extra data, loaded on first use
-        Members       // a list of the script's group
+        Members       // an attribute of the script's group object that is a list
     };
 
     enum Use {
-        OfPackages = 1, // packages and suites have the field
-        OfGroups = 2,
-        // Searches include the field. The file list and the change log lack this flag, although searches
-        // include them too: searches read these two separately.
+        OfPackages = 1, // ordinary packages and suites have the field
+        OfGroups = 2,   // groups have the field
+        // A search compares the expression with the field. The file list and the change log lack this flag,
+        // although a search includes them: it reads these two separately.
         Searched = 4,
-        Described = 8,  // the description of a record shows it
-        OfVersions = 16 // the short description of another installed version shows it too
+        Described = 8, // the description of a record shows the field
+        // The short description of a further installed version shows the field. It has only the fields that
+        // help to distinguish the installed versions of one package.
+        InShortDescription = 16
     };
 
     struct Row
@@ -89,7 +93,7 @@ public:
         const char*
             attribute; // the script's attribute, or the tag of the package header; null for other sources
         QString Package::Entry::*member; // only for the source Record, otherwise null
-        int uses;
+        int uses;                        // flags of Use
     };
 
     static const Row& row(Field field);
@@ -98,7 +102,7 @@ public:
 
     // Calls the function for each field that has all of these uses, until the function returns true. Returns
     // whether the function returned true.
-    template <typename Function> static bool any(int uses, Function function)
+    template <typename Function> static bool forEachUntil(int uses, Function function)
     {
         for (int i = 0; i < Count; ++i) {
             const auto field = static_cast<Field>(i);

@@ -33,6 +33,34 @@ QString joinVerRel(const QString& epoch, const QString& version, const QString& 
     return text;
 }
 
+struct NamedAttribute
+{
+    ScriptValues::PackageAttribute attribute;
+    const char* name;
+};
+
+constexpr NamedAttribute attributes[] = {
+    {ScriptValues::ArchAttribute, "arch"},       {ScriptValues::BuildTimeAttribute, "buildtime"},
+    {ScriptValues::EpochAttribute, "epoch"},     {ScriptValues::GroupAttribute, "group"},
+    {ScriptValues::NameAttribute, "name"},       {ScriptValues::ReleaseAttribute, "release"},
+    {ScriptValues::RepoIdAttribute, "repoid"},   {ScriptValues::SizeAttribute, "size"},
+    {ScriptValues::SummaryAttribute, "summary"}, {ScriptValues::VersionAttribute, "version"},
+};
+
+constexpr bool inOrder()
+{
+    for (int i = 0; i < ScriptValues::PackageAttributeCount; ++i) {
+        if (attributes[i].attribute != i) {
+            return false;
+        }
+    }
+    return true;
+}
+
+static_assert(sizeof attributes / sizeof *attributes == ScriptValues::PackageAttributeCount,
+              "each attribute has its name");
+static_assert(inOrder(), "the names are in the order of the enumeration");
+
 // Makes this thread format numbers with a decimal point for a scope, regardless of the program's locale.
 class PlainNumbers
 {
@@ -263,17 +291,18 @@ PyObject* ScriptValues::attribute(PyObject* object, const char* name)
     return value;
 }
 
+const char* ScriptValues::attributeName(PackageAttribute which)
+{
+    return attributes[which].name;
+}
+
 PyObject* ScriptValues::attribute(PyObject* object, PackageAttribute which)
 {
-    // The names are in the order of the enumeration.
-    static const char* const names[] = {"arch",    "buildtime", "epoch", "group",   "name",
-                                        "release", "repoid",    "size",  "summary", "version"};
-    static_assert(sizeof names / sizeof *names == PackageAttributeCount, "each attribute has its name");
     // The interpreter caches the results of attribute lookups only for interned names. For other names, it
     // searches the class and all its base classes each time.
     PyRef& name = attributeNames[which];
     if (!name) {
-        name = PyRef(PyUnicode_InternFromString(names[which]));
+        name = PyRef(PyUnicode_InternFromString(attributeName(which)));
     }
     PyObject* value = name ? PyObject_GetAttr(object, name.get()) : nullptr;
     if (value == nullptr) {

@@ -50,7 +50,7 @@ public:
     // --- Attributes
 
     PyObject* attribute(PyObject* object, const char* name); // new reference or null
-    // The attributes that every package has.
+    // The attributes of a package that records are made from. ScriptValues.cpp has their names.
     enum PackageAttribute {
         ArchAttribute,
         BuildTimeAttribute,
@@ -64,6 +64,7 @@ public:
         VersionAttribute,
         PackageAttributeCount
     };
+    static const char* attributeName(PackageAttribute which);
     // This function is faster than a lookup by name.
     PyObject* attribute(PyObject* object, PackageAttribute which); // new reference or null
     // Returns the text of an attribute without trailing line feeds. The text is empty if the object lacks the

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Loads extra data and the details of one package. All functions run on the graphical thread, except those
-// whose names end in Real.
+// Loads extra data and reads the fields of one record.
+//
+// Functions whose names end in Real run on a worker. text() and the functions that it calls run on the
+// graphical thread for a description, and on a worker for a search. All others run on the graphical thread.
 
 #include "yumio/YumIO.h"
 

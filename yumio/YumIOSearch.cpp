@@ -92,8 +92,9 @@ QString YumIO::metadataPath(const QString& repo, const char* kind)
 bool YumIO::anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found)
 {
     const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
-    return Fields::any(owner | Fields::Searched,
-                       [this, &entry, &found](Fields::Field field) { return found(text(entry, field)); });
+    return Fields::forEachUntil(owner | Fields::Searched, [this, &entry, &found](Fields::Field field) {
+        return found(text(entry, field));
+    });
 }
 
 void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)

@@ -31,6 +31,7 @@
 #include "tests/app/ShownWindow.h"
 #include "tests/packagetable/Described.h"
 #include "widgets/HMessageBox.h"
+#include "yumio/Fields.h"
 
 using PackageTable::Describe::Instance::RepoDialog;
 
@@ -319,29 +320,20 @@ private Q_SLOTS:
         const QJsonArray texts{text};
         const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
         const QJsonObject older{{"version", "0"}, {"repoid", "@System"}};
-        const QJsonObject next{{"version", text + "2"},
-                               {"release", text + "1"},
-                               {"arch", foreign.isEmpty() ? "x86_64" : text},
-                               {"repoid", text + "updates"},
-                               {"summary", text + "A tool"},
-                               {"group", text},
-                               {"description", text},
-                               {"vendor", text},
-                               {"buildhost", text},
-                               {"sourcerpm", text},
-                               {"license", text},
-                               {"packager", text},
-                               {"url", text},
-                               {"provides", texts},
-                               {"requires", texts},
-                               {"requires_pre", texts},
-                               {"conflicts", texts},
-                               {"obsoletes", texts},
-                               {"recommends", texts},
-                               {"suggests", texts},
-                               {"supplements", texts},
-                               {"enhances", texts},
-                               {"files", texts}};
+        QJsonObject next{{"version", text + "2"},
+                         {"release", text + "1"},
+                         {"arch", foreign.isEmpty() ? "x86_64" : text},
+                         {"repoid", text + "updates"},
+                         {"summary", text + "A tool"},
+                         {"files", texts}};
+        for (int i = 0; i < Fields::Count; ++i) {
+            const Fields::Row& row = Fields::row(static_cast<Fields::Field>(i));
+            if (row.source == Fields::Source::Text) {
+                next.insert(row.attribute, text);
+            } else if (row.source == Fields::Source::Dependencies) {
+                next.insert(row.attribute, texts);
+            }
+        }
         QJsonArray available{S::package("editor"), S::package("lib")};
         for (int i = 0; i < 60; ++i) {
             available.append(S::package(QStringLiteral("x-package-with-a-name-%1").arg(i)));

@@ -19,6 +19,10 @@ import unittest
 import sources
 from sources import TOP
 
+sys.path.insert(0, os.path.join(TOP, 'tests', 'support'))
+
+import attributes  # noqa: E402
+
 VYRE = os.path.abspath(sys.argv.pop(1))
 BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc', 'messages.adoc')
 
@@ -199,9 +203,17 @@ class ManualTest(unittest.TestCase):
         self.assertIn('Repository', headings)
         table = self.book.text.split('|Column |Contents\n', 1)[1].split('|===', 1)[0]
         self.assertEqual(re.findall(r'^\|(.*?) \|', table, re.M), headings)
-        # The journeys find the cells by them.
-        names = re.search(r'^(ACTION, .*) = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
+        # The journeys find the cells by these names.
+        names = re.search(r'^(ACTION, .*), \*_ = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
         self.assertEqual(names.split(', '), [heading.upper().replace(' ', '_') for heading in headings])
+
+    def test_fields_are_those_of_a_description(self):
+        fields = [field for field in attributes.fields() if field.label]
+        for owner, expected in (
+                ('package or a suite', [field.label for field in fields if 'ForGroups' not in field.uses]),
+                ('group', [field.label for field in fields if 'Groups' in field.uses])):
+            listed = re.search('^For a {} you see:\n(.*?)\\.\n\n'.format(owner), self.book.text, re.M | re.S).group(1)
+            self.assertEqual(squeezed(listed).split(', '), expected)
 
     def test_every_menu_entry_has_a_row_with_its_key(self):
         code = sources.read('app', 'MainWindowWidgets.cpp')

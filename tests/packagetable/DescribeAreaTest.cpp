@@ -98,8 +98,13 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                               "Enhances|enh",
                               "Files|[Show]",
                               "Change Log|[Show]"}));
-        QVERIFY(!entry.sizeText.isEmpty() && !entry.buildTimeText.isEmpty());
-        QVERIFY(!table->yumIO.getInstallTime(entry).isEmpty());
+        // Otherwise an empty field would be missing on both sides. A button stands for an unread list.
+        Fields::forEachUntil(Fields::OfPackages | Fields::Described, [this, &entry](Fields::Field field) {
+            const bool button = field == Fields::Files || field == Fields::ChangeLog;
+            QTest::qVerify(button || !table->yumIO.text(entry, field).isEmpty(), "the field has a text",
+                           qPrintable(Fields::label(field)), __FILE__, __LINE__);
+            return false; // continue with the next field
+        });
     });
 }
 

@@ -10,6 +10,7 @@
 #include <QSignalSpy>
 #include <QWidget>
 
+#include "packagetable/Columns.h"
 #include "packagetable/Model.h"
 #include "services/HProgressBar.h"
 #include "tests/support/StandIn.h"
@@ -88,6 +89,18 @@ public:
     HProgressBar itemBar;
     YumIO yumIO;
 };
+
+// The columns whose row in Columns fits.
+template <typename Condition> QVector<int> columns(Condition condition)
+{
+    QVector<int> found;
+    for (int column = 0; column < PackageTable::ColumnCount; ++column) {
+        if (condition(PackageTable::Columns::row(column))) {
+            found << column;
+        }
+    }
+    return found;
+}
 
 // The names that a table lists, in order.
 inline QStringList names(const QAbstractItemModel& model)

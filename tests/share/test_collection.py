@@ -16,6 +16,7 @@ import scenario
 from comparison import listing_of_dnf
 from scenario import ScenarioTest, in_own_process
 
+import attributes
 from vyresandbox import catalogue, needs_groups
 from vyresandbox.build import build_packages
 from vyresandbox.package import Package
@@ -319,14 +320,20 @@ class CollectionTest(ScenarioTest):
         self.started()
         for package in self.installed + self.available + self.updates:
             for attribute in ("name", "arch", "repoid", "summary", "group", "description", "version", "release"):
-                value = getattr(package, attribute)
-                self.assertIsInstance(value, str, "%s of %s" % (attribute, package))
-                self.assertTrue(value, "%s of %s" % (attribute, package))
-            for attribute in ("vendor", "buildhost", "sourcerpm", "license", "packager", "url", "relativepath"):
-                value = getattr(package, attribute)
-                self.assertTrue(value is None or isinstance(value, str), "%s of %s" % (attribute, package))
-            for attribute in ("epoch", "size", "buildtime"):
-                self.assertIsInstance(getattr(package, attribute), int, "%s of %s" % (attribute, package))
+                self.assertTrue(getattr(package, attribute), "%s of %s" % (attribute, package))
+            for kinds, names in (((str, int, type(None)), attributes.of_records()),
+                                 ((str, type(None)), attributes.of_fields("Text")),
+                                 ((int, type(None)), attributes.of_fields("Time"))):
+                for attribute in names:
+                    self.assertIsInstance(getattr(package, attribute), kinds, "%s of %s" % (attribute, package))
+            for attribute in attributes.of_fields("Dependencies"):
+                self.assertIsInstance(list(getattr(package, attribute)), list, "%s of %s" % (attribute, package))
+        import rpm
+        for tag in attributes.of_fields("Header"):
+            self.assertIsInstance(getattr(rpm, "RPMTAG_" + tag), int)
+        for group in self.groups.values():
+            for attribute in attributes.of_fields("Members"):
+                self.assertIsInstance(list(getattr(group, attribute)), list, "%s of %s" % (attribute, group))
         for package in self.installed:
             self.assertIsInstance(package.installtime, int)
             self.assertGreater(package.installtime, 0)

@@ -99,11 +99,13 @@ class LockedPackage(Package):
 
 
 class WatchedPackage(Package):
-    """Records each read of its vendor."""
+    """Records each read of its description. A record never holds this text, which is too long for a column. Therefore
+    only a search and an open description read it.
+    """
 
     @property
-    def vendor(self):
-        note('vendor')
+    def description(self):
+        note('description')
         return ''
 
 

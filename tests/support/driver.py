@@ -22,8 +22,8 @@ warnings.filterwarnings('ignore', message='Atspi[.]', category=DeprecationWarnin
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SHARE = os.path.join(ROOT, 'share')
 
-# The columns of the package table, in the order of the program.
-ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME = range(9)
+# The columns of the package table, in the order of the program. The last name takes the unused numbers.
+ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME, *_ = range(100)
 
 
 class NotThere(AssertionError):

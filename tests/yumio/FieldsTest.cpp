@@ -10,7 +10,7 @@ namespace {
 QStringList labels(int uses)
 {
     QStringList found;
-    Fields::any(uses, [&found](Fields::Field field) {
+    Fields::forEachUntil(uses, [&found](Fields::Field field) {
         found << (field == Fields::Name ? QStringLiteral("the name") : Fields::label(field));
         return false;
     });
@@ -36,9 +36,9 @@ private Q_SLOTS:
 
     void theDescriptionOfAFurtherVersionHasItsFieldsInOrder()
     {
-        QCOMPARE(labels(Fields::OfPackages | Fields::OfVersions).join("; "),
+        QCOMPARE(labels(Fields::OfPackages | Fields::InShortDescription).join("; "),
                  QString("Version; Architecture; Size; Build Time; Packager"));
-        QCOMPARE(labels(Fields::OfGroups | Fields::OfVersions), QStringList());
+        QCOMPARE(labels(Fields::OfGroups | Fields::InShortDescription), QStringList());
     }
 
     void aGroupDescriptionHasItsFieldsInOrder()
@@ -70,10 +70,10 @@ private Q_SLOTS:
                 return field == last;
             };
         };
-        QVERIFY(Fields::any(Fields::OfPackages | Fields::Searched, until(Fields::Version)));
+        QVERIFY(Fields::forEachUntil(Fields::OfPackages | Fields::Searched, until(Fields::Version)));
         QCOMPARE(given, (QList<Fields::Field>{Fields::Name, Fields::Version}));
         given.clear();
-        QVERIFY(!Fields::any(Fields::OfGroups | Fields::Described, until(Fields::Vendor)));
+        QVERIFY(!Fields::forEachUntil(Fields::OfGroups | Fields::Described, until(Fields::Vendor)));
         QCOMPARE(given.count(), 5);
     }
 

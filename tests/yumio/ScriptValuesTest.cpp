@@ -484,13 +484,13 @@ private Q_SLOTS:
 
     void attributesByNumberAreThoseByName()
     {
-        const QStringList names{"arch",    "buildtime", "epoch", "group",   "name",
-                                "release", "repoid",    "size",  "summary", "version"};
-        QCOMPARE(names.count(), int(ScriptValues::PackageAttributeCount));
-        for (int i = 0; i < names.count(); ++i) {
-            const PyRef thing = value(QString("Thing(%1='it')").arg(names.at(i)));
-            const PyRef found(values->attribute(thing.get(), ScriptValues::PackageAttribute(i)));
-            const PyRef named(values->attribute(thing.get(), names.at(i).toLatin1().constData()));
+        QCOMPARE(QString(ScriptValues::attributeName(ScriptValues::RepoIdAttribute)), QString("repoid"));
+        for (int i = 0; i < ScriptValues::PackageAttributeCount; ++i) {
+            const auto which = static_cast<ScriptValues::PackageAttribute>(i);
+            const char* name = ScriptValues::attributeName(which);
+            const PyRef thing = value(QString("Thing(%1='it')").arg(QLatin1String(name)));
+            const PyRef found(values->attribute(thing.get(), which));
+            const PyRef named(values->attribute(thing.get(), name));
             QCOMPARE(values->pyString(found.get()), QString("it"));
             QVERIFY(named.get() == found.get());
         }

@@ -75,42 +75,23 @@ private:
         return text.trimmed();
     }
 
-    // The texts that a search must find in a record, except its files and changes, according to the getters.
-    QByteArray gettersTexts(const Package::Entry& entry)
+    // The texts that a search must find in a record, except its files and changes, as text() returns them on
+    // this thread.
+    QByteArray searchedTexts(const Package::Entry& entry)
     {
-        using Getter = QString (YumIO::*)(const Package::Entry&);
-        using ConstGetter = QString (YumIO::*)(const Package::Entry&) const;
-        QStringList fields{yumIO().getName(entry)};
-        if (entry.kind == Package::Group) {
-            for (const Getter get : {&YumIO::getMandatoryPkgs, &YumIO::getDefaultPkgs,
-                                     &YumIO::getOptionalPkgs, &YumIO::getConditionalPkgs}) {
-                fields.append((yumIO().*get)(entry));
-            }
-        } else {
-            for (const ConstGetter get :
-                 {&YumIO::getVerRel, &YumIO::getRepo, &YumIO::getArch, &YumIO::getSize, &YumIO::getSummary}) {
-                fields.append((yumIO().*get)(entry));
-            }
-            for (const Getter get : {&YumIO::getDescription, &YumIO::getGroup, &YumIO::getVendor}) {
-                fields.append((yumIO().*get)(entry));
-            }
-            fields.append(yumIO().getBuildTime(entry));
-            for (const Getter get :
-                 {&YumIO::getBuildHost, &YumIO::getInstallTime, &YumIO::getBinaryRpm, &YumIO::getSourceRpm,
-                  &YumIO::getLicense, &YumIO::getPackager, &YumIO::getUrl, &YumIO::getRelocations,
-                  &YumIO::getProvides, &YumIO::getRequiresPre, &YumIO::getRequires, &YumIO::getConflicts,
-                  &YumIO::getObsoletes, &YumIO::getRecommends, &YumIO::getSuggests, &YumIO::getSupplements,
-                  &YumIO::getEnhances}) {
-                fields.append((yumIO().*get)(entry));
-            }
-        }
+        const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
         QByteArray texts;
-        for (const QString& field : qAsConst(fields)) {
-            if (!field.isEmpty()) {
-                texts += field.toUtf8() + '\0';
+        bool hasEmpty = false;
+        for (int i = 0; i < Fields::Count; ++i) {
+            const auto field = static_cast<Fields::Field>(i);
+            if ((Fields::row(field).uses & owner) == 0 || (Fields::row(field).uses & Fields::Searched) == 0) {
+                continue;
             }
+            const QString text = yumIO().text(entry, field);
+            hasEmpty = hasEmpty || text.isEmpty();
+            texts += text.isEmpty() ? QByteArray() : text.toUtf8() + '\0';
         }
-        return fields.contains(QString()) ? texts + '\0' : texts;
+        return hasEmpty ? texts + '\0' : texts;
     }
 
     QVector<Package::Entry*> allEntries()
@@ -138,7 +119,7 @@ private:
         QCOMPARE(texts(), QStringList());
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
         for (const Package::Entry* entry : all) {
-            const QByteArray expected = gettersTexts(*entry);
+            const QByteArray expected = searchedTexts(*entry);
             QVERIFY2(entry->searchTexts == expected,
                      qPrintable(entry->name + "\n" +
                                 QString::fromUtf8(QByteArray(entry->searchTexts).replace('\0', "|")) + "\n" +
@@ -550,7 +531,7 @@ private Q_SLOTS:
             *loaded = true;
         }
         yumIO().collectSearchTexts({easel});
-        QCOMPARE(easel->searchTexts, gettersTexts(*easel));
+        QCOMPARE(easel->searchTexts, searchedTexts(*easel));
         backEnd->run("YumIO.metadataPath = genuinePath");
     }
 
