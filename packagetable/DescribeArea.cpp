@@ -198,7 +198,7 @@ QPushButton* Area::addPairButton(int& row, QString label, QString value, QString
 void Area::layOut()
 {
     const int before = labelWidth + grid->horizontalSpacing();
-    // The additional column is for styles with a gap beside scroll bars.
+    // The width includes one more letter, because some styles have a gap beside scroll bars.
     inner->wholeLines = before + valueWidth + Metrics::columnWidth(scrollArea->fontMetrics());
     inner->widest = columns * Metrics::columnWidth(scrollArea->fontMetrics()) -
                     scrollArea->verticalScrollBar()->sizeHint().width();
