@@ -18,8 +18,8 @@ public:
     Host& operator=(const Host&) = delete;
 
     // While an area waits for the back end, the window is not ready: the user can neither close it nor press
-    // another button. But if the back end only waits for another process, closing the window ends that wait,
-    // and then the window closes.
+    // another button. But if the back end only waits for another process, a request to close the window ends
+    // that wait. Then the window closes.
     virtual void setReady(bool isReady) = 0;
     // Returns true if the window will close as soon as it is ready again.
     virtual bool isClosing() const = 0;

@@ -28,8 +28,8 @@ namespace PackageTable {
 class View::WidthEstimate
 {
 public:
-    // The estimate for a text that contains other characters than printable ASCII, because other scripts are
-    // not drawn letter by letter.
+    // The result for a text with characters beyond printable ASCII. Other scripts are not drawn letter by
+    // letter, so no estimate is possible.
     static constexpr qreal unknown = 1e9;
 
     explicit WidthEstimate(const QFont& itsFont)

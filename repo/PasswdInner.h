@@ -65,8 +65,8 @@ bool movesCursor(const QKeyEvent* event);
 // Returns the nearest position that is not between the two halves of a surrogate pair.
 int characterBoundary(const QString& text, int position);
 
-// The difference between two texts: the range to remove from the first text, and the number of characters of
-// the second text that replace it.
+// The difference between two texts. "removed" characters at "begin" of the first text are replaced by "added"
+// characters at "begin" of the second text.
 struct Difference
 {
     Difference(const QString& from, const QString& to);

@@ -4,8 +4,8 @@
 // matches anywhere in a text.
 //
 // For most expressions, every match contains a certain fixed text. A search for a fixed text is much faster
-// than a regular expression. Therefore only texts that contain the fixed text are matched. The results do not
-// change.
+// than a regular expression. Therefore the regular expression is tried only on texts that contain the fixed
+// text. This does not change the results.
 //
 // Only the graphical thread uses it.
 
