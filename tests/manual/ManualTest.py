@@ -245,6 +245,22 @@ class ManualTest(unittest.TestCase):
             self.assertRegex(script, r'/manual/{}"'.format(name))
             self.assertIn('%1/{}'.format(name), sources.read('app', 'Manuals.cpp'))
 
+    # Differences from dnf
+
+    def test_differences_are_those_of_the_table_for_developers(self):
+        table = self.book.text.split('\n[#differences]\n', 1)[1].split('\n|===\n', 2)[1]
+        points = re.findall(r'(?m)^\n\|(.+)\n\|', table)
+        self.assertGreater(len(points), 15)
+        self.assertEqual(len(points), len(set(points)))
+        # The first row is that of the headings. Each row has three cells.
+        self.assertEqual(len(re.findall(r'(?m)^\|', table)), 1 + 3 * len(points))
+        text = sources.read('docs', 'dnf.md')
+        named = re.findall(r'\*Different\* \[([^]]+)\]: ', text)
+        # The first one explains the word.
+        self.assertEqual(text.count('*Different*'), 1 + len(named))
+        self.assertEqual(sorted(set(named) - set(points)), [], 'rows of docs/dnf.md without a row of the manual')
+        self.assertEqual(sorted(set(points) - set(named)), [], 'rows of the manual without a row of docs/dnf.md')
+
     # Links and pictures
 
     def test_references_have_a_place(self):
