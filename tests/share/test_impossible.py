@@ -3,6 +3,7 @@
 
 import gettext
 import os
+import re
 import subprocess
 import tempfile
 import xml.etree.ElementTree as ElementTree
@@ -132,6 +133,65 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(str(caught.exception),
                          "The marks cannot be applied:\nalmanac-1.9-1.noarch\n"
                          "    almanac-1.9-1.noarch is not newer than the installed version.\n"
+                         "Nothing was changed. All marks stay.")
+
+    def refusal_of(self, **actions):
+        """The message about a refusal that changes nothing, without the names of repositories, which newer versions of
+        dnf add."""
+        before = self.sandbox.installed()
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.apply(**actions)
+        self.assertEqual(self.sandbox.installed(), before)
+        self.assertEqual(self.recording.order(), [])
+        return re.sub(" from sandbox-[a-z]+", "", str(caught.exception))
+
+    @in_own_process
+    def test_a_second_resolution_that_fails_gives_one_message_with_all_reasons(self):
+        self.started()
+        # The search for impossible marks finds only one of two.
+        self.module("resolving").impossibleMarks = lambda base, marks: [
+            package for package in marks.newVersions() if package.name == "tidewatch"]
+        text = self.refusal_of(updates=["tidewatch"], installs=["moonbridge", "astrolabe"])
+        self.assertTrue(text.startswith("The marks cannot be applied:\ntidewatch-2.0-1.noarch\n    " + BARRIER + "\n"),
+                        text)
+        self.assertTrue(text.endswith("\nNothing was changed. All marks stay."), text)
+        for line in (BARRIER, "nothing provides gravity >= 6 needed by moonbridge-1.0-1.noarch"):
+            self.assertEqual(text.count(line), 1, text)
+        # dnf's own format of problems is for a terminal.
+        self.assertNotIn("Problem", text)
+        self.assertNotIn("conflicting requests", text)
+
+    @in_own_process
+    def test_a_mark_that_is_refused_the_second_time_gives_one_message_with_all_reasons(self):
+        self.started()
+        resolving = self.module("resolving")
+        mark = resolving.markAll
+
+        def refuse(base, marks, strict=True):
+            mark(base, marks, strict)
+            raise self.dnf.exceptions.MarkingError("No match for argument", "loom")
+        pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
+        resolving.markAll = refuse
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.yumio.apply([self.package(self.available, "astrolabe")], [pair], [], [], [], [])
+        self.assertEqual(str(caught.exception),
+                         "The marks cannot be applied:\nalmanac-1.9-1.noarch\n"
+                         "    almanac-1.9-1.noarch is not newer than the installed version.\n"
+                         "No match for argument: loom\nNothing was changed. All marks stay.")
+
+    @in_own_process
+    def test_a_resolution_that_fails_without_reasons_names_the_marks(self):
+        self.started()
+        self.yumio.base.problems = lambda: []
+        resolve = self.yumio.base.resolve
+
+        def fail(*arguments, **named):
+            with self.assertRaises(self.dnf.exceptions.DepsolveError):
+                resolve(*arguments, **named)
+            raise self.dnf.exceptions.DepsolveError("")
+        self.yumio.base.resolve = fail
+        self.assertEqual(self.refusal_of(updates=["tidewatch"], installs=["moonbridge"]),
+                         "The marks cannot be applied:\nmoonbridge-1.0-1.noarch\ntidewatch-2.0-1.noarch\n"
                          "Nothing was changed. All marks stay.")
 
     @in_own_process

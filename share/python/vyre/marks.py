@@ -25,6 +25,11 @@ class Marks:
             seen.setdefault(new, new)
         return list(seen.values())
 
+    def objects(self):
+        """All marked packages and groups."""
+        return (self.newVersions() + self.installs + self.removes + self.groupInstalls + self.groupUpdates
+                + self.groupRemoves)
+
     def isChanging(self):
         return bool(self.installs or self.updates or self.groupInstalls or self.groupUpdates)
 

@@ -24,10 +24,18 @@ def clearest(lines):
     return sorted(detailed, key=lambda line: PACKAGE.search(line) is None)
 
 
-def refusal(failure, objects, problems):
-    """The exception with the reasons why no mark can be applied. Without known problems, it is the failure itself."""
-    if failure is not None and not problems:
-        return failure
+def refusal(failure, marks, objects, problems):
+    """The exception with the reasons why no mark can be applied: one message, whatever has failed.
+
+    The text of a failed resolution only repeats the problems, and is empty without problems. That of a mark that dnf
+    refuses is itself a problem.
+    """
+    if isinstance(failure, dnf.exceptions.MarkingError):
+        text = str(failure)
+        if not any(text in line for lines in problems for line in lines):
+            problems = problems + [[text]]
+    if not problems and not objects:
+        objects = marks.objects()
     return dnf.exceptions.Error(tr('The marks cannot be applied:\n{}\nNothing was changed. All marks stay.').format(
         reasonsOf(objects, problems)))
 

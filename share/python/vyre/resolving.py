@@ -33,8 +33,10 @@ def resolveMarks(base, marks):
             impossible, problems = unmarkable(base, marks)
             rest = marks.without(impossible)
             if not impossible or rest.isEmpty():
-                raise refusal(e, impossible, problems)
+                raise refusal(e, marks, impossible, problems)
             resolveAll(base, rest)
+    except dnf.exceptions.MarkingError as again:
+        raise refusal(again, marks, impossible, problems)
     except dnf.exceptions.DepsolveError as e:
         failure = failure or e
         problems += base.problems()
@@ -42,12 +44,14 @@ def resolveMarks(base, marks):
         impossible += impossibleMarks(base, rest)
         rest = marks.without(impossible)
         if not impossible and not marks.hasGroups() or rest.isEmpty():
-            raise refusal(failure, impossible, problems)
+            raise refusal(failure, marks, impossible, problems)
         try:
             resolveAll(base, rest, strict=False)
+        except dnf.exceptions.MarkingError as again:
+            raise refusal(again, marks, impossible, problems)
         except dnf.exceptions.DepsolveError as again:
             problems += [lines for lines in base.problems() if lines not in problems]
-            raise refusal(again, impossible, problems)
+            raise refusal(again, marks, impossible, problems)
     refuseModuleSwitch(base, rest.installs + rest.newVersions())
     lacking = missingMembers(base, rest)
     absent = missingMarks(base, rest)
@@ -58,7 +62,7 @@ def resolveMarks(base, marks):
     left = impossible + [package for group, package in lacking]
     if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
         if left or failure is not None:
-            raise refusal(failure, left, problems)
+            raise refusal(failure, marks, left, problems)
         raise dnf.exceptions.Error(tr('There is nothing to do.'))
     if not left:
         return rest, [], ''
