@@ -235,12 +235,12 @@ class JourneyTest(unittest.TestCase):
     def quit(self, window):
         """Quit by the key of the menu entry. No dialog may be open."""
         self.assertEqual(window.program.titles(), [driver.main_title()])
-        driver.key('ctrl+q')
+        window.press('ctrl+q')
         self.check_ended(window.program)
 
     def close(self, window):
         """Close the main window by the window manager."""
-        driver.key('alt+F4')
+        window.press('alt+F4')
         self.check_ended(window.program)
 
     # The installed packages
@@ -301,7 +301,7 @@ class JourneyTest(unittest.TestCase):
 
     def read_log(self, window, picture=None):
         """Open the Log window, close it again, and return its text."""
-        driver.key('ctrl+l')
+        window.press('ctrl+l')
         log = window.program.window('VYRE Log')
         if picture is not None:
             log.wait_settled()

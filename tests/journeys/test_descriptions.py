@@ -233,14 +233,14 @@ class ContentTest(DescriptionTest):
     def test_every_way_to_close_the_dialog(self):
         with self.opened() as window:
             for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
-                                ('gallivant', lambda dialog: driver.key('Escape')),
-                                ('parrot', lambda dialog: driver.key('Return')),
-                                ('kernel', lambda dialog: driver.key('alt+F4')),
+                                ('gallivant', lambda dialog: dialog.press('Escape')),
+                                ('parrot', lambda dialog: dialog.press('Return')),
+                                ('kernel', lambda dialog: dialog.press('alt+F4')),
                                 ('orchard', lambda dialog: dialog.click_button('Close'))):
                 dialog = self.describe(window, name)
                 self.assertEqual(dialog.labels()[0], name)
                 # The dialog is modal: the window behind it ignores the key.
-                driver.key('ctrl+q')
+                dialog.press('ctrl+q')
                 close(dialog)
                 window.program.no_window(TITLE)
                 self.assertEqual(window.program.titles(), [driver.main_title()])

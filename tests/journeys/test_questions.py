@@ -30,10 +30,10 @@ class ConfirmationTest(JourneyTest):
         self.check_canceled(lambda dialog: dialog.click_button('Cancel'))
 
     def test_escape_cancels(self):
-        self.check_canceled(lambda dialog: driver.key('Escape'))
+        self.check_canceled(lambda dialog: dialog.press('Escape'))
 
     def test_closing_the_question_cancels(self):
-        self.check_canceled(lambda dialog: driver.key('alt+F4'))
+        self.check_canceled(lambda dialog: dialog.press('alt+F4'))
 
 
 class ConflictTest(JourneyTest):
@@ -70,11 +70,11 @@ class ConflictTest(JourneyTest):
 
     @needs_groups
     def test_escape_means_no(self):
-        self.check_declined(lambda question: driver.key('Escape'))
+        self.check_declined(lambda question: question.press('Escape'))
 
     @needs_groups
     def test_enter_means_no(self):
-        self.check_declined(lambda question: driver.key('Return'))
+        self.check_declined(lambda question: question.press('Return'))
 
     def accept_conflict(self, window, question):
         """Answer Yes; return the dialog with the listing, which has the same title."""
@@ -156,7 +156,7 @@ class ImpossibleTest(JourneyTest):
     def test_answering_no_changes_nothing_and_keeps_the_marks(self):
         with self.asked() as (window, question):
             # The safe answer is the default.
-            driver.key('Return')
+            question.press('Return')
             window.program.no_window('Query')
             window.wait_ready()
             self.assertEqual(window.program.titles(), [driver.main_title()])

@@ -435,10 +435,10 @@ class StartTest(EditingTest):
         self.assertEqual(self.files(), files)
 
     def test_editor_closed_by_the_window_manager(self):
-        self.check_closed(lambda editor: driver.key('alt+F4'))
+        self.check_closed(lambda editor: editor.press('alt+F4'))
 
     def test_editor_closed_by_escape(self):
-        self.check_closed(lambda editor: driver.key('Escape'))
+        self.check_closed(lambda editor: editor.press('Escape'))
 
 
 if __name__ == '__main__':

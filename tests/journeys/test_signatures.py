@@ -61,8 +61,8 @@ class SignatureTest(JourneyTest):
 
     def test_escape_declines_the_key(self):
         with self.program() as program:
-            window, _ = self.ask(program)
-            driver.key('Escape')
+            window, query = self.ask(program)
+            query.press('Escape')
             program.no_window('Query')
             self.check_message(program, 'VYRE Yum Error', 'Unable to apply changes')
             self.check_usable(window)

@@ -357,6 +357,11 @@ class Window:
         self.wait_settled()
         click(button)
 
+    def press(self, name):
+        """Press a key once the window has the focus. Before that, another window would receive it."""
+        self.wait_settled()
+        key(name)
+
     def labels(self):
         """The texts of all labels, in the order of the window."""
         return [accessible.name for accessible in self.find_all(pyatspi.ROLE_LABEL) if accessible.name]
@@ -606,7 +611,7 @@ class MainWindow(Window):
 
     def quit(self):
         """Quit by the menu's key; return the exit status."""
-        key('ctrl+q')
+        self.press('ctrl+q')
         return self.program.wait()
 
 
