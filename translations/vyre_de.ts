@@ -2415,6 +2415,10 @@ Es wurden keine Pakete verändert. Zuvor wurde gespeichert:
         <translation>Die Datei %s von dnf verlangt Prüfungen, die %s nicht verlangt. VYRE nimmt auch diese Prüfungen vor: %s</translation>
     </message>
     <message>
+        <source>There is no main configuration file. dnf uses %s instead. VYRE makes the checks of that file too: %s</source>
+        <translation>Die Hauptkonfigurationsdatei fehlt. dnf verwendet stattdessen %s. VYRE nimmt auch die Prüfungen dieser Datei vor: %s</translation>
+    </message>
+    <message>
         <source>No log files can be written in %s: %s</source>
         <translation>In %s können keine Protokolldateien geschrieben werden: %s</translation>
     </message>

@@ -81,6 +81,11 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "process {}"),
     QT_TRANSLATE_NOOP(
         "YumIO", "dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "There is no main configuration file. dnf uses %s instead. VYRE makes the checks "
+                      "of that file too: %s"),
+    QT_TRANSLATE_NOOP("YumIO", "Resolve Dependencies"),
+    QT_TRANSLATE_NOOP("YumIO", "Preparing to Run Transaction"),
     QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),

@@ -314,7 +314,7 @@ class YumIO:
             del base._ts
             base.reset(goal=True)
             # The same check follows before rpm's work. The first one prevents useless listings and downloads.
-            with DatabaseLock():
+            with DatabaseLock(tr('Resolve Dependencies')):
                 self._checkCurrent()
             marks, leftOut, reasons = resolveMarks(
                 base, Marks(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves))

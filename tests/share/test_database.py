@@ -215,7 +215,7 @@ class LockedTest(DatabaseTest):
         self.holder = Holder(take)
         found = []
         for place in places:
-            lock = self.module("locks").DatabaseLock()
+            lock = self.module("locks").DatabaseLock("")
             lock._path = place + "/lock"
             lock._database = place + "/none"
             found.append(lock._holder())
@@ -240,6 +240,7 @@ class LockedTest(DatabaseTest):
         self.assertEqual(self.changes(self.apply, removes=["almanac"], answers=[1, 1]), (set(), {ALMANAC}))
         self.assertEqual(self.recording.names().count("userconfirm"), 2)
         self.assertGreater(len(shown), 2)
+        self.assertEqual(shown[-1], "Preparing to Run Transaction")
         self.assertTrue(self.yumio.systemChanged)
         self.assert_history_is_complete()
 
@@ -250,6 +251,22 @@ class LockedTest(DatabaseTest):
     @in_own_process
     def test_the_transaction_waits_for_a_locked_database(self):
         self.check_waits(self.database_lock)
+
+    @in_own_process
+    def test_after_a_wait_the_bar_shows_the_next_step(self):
+        shown = self.prepare()
+        self.module("locks").DatabaseLock.FIRST_QUESTION = 600
+        self.holder = Holder(self.rpm_lock)
+
+        def show(text):
+            shown.append(text)
+            if len(shown) == 3:
+                self.let_go()
+        self.module("program").changeActivity = show
+        self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
+        # The second time, the lock is free.
+        self.assertRegex(shown[2], "^Waiting for ")
+        self.assertEqual(shown[3:], ["Resolve Dependencies"])
 
     @in_own_process
     def test_a_change_while_the_script_waits_for_the_lock(self):

@@ -309,6 +309,11 @@ class MainFileTest(ScenarioTest):
         self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
         os.unlink(self.sandbox.root + "/etc/yum.conf")
         self.assertTrue(self.load().base.conf.repo_gpgcheck)
+        self.assertEqual([text for level, text in self.recording.of("log") if "main configuration file" in text], [
+            "There is no main configuration file. " + CHECKED,
+            "There is no main configuration file. dnf uses /etc/dnf/dnf.conf instead. VYRE makes the checks of "
+            "that file too: repo_gpgcheck"])
+        self.assertEqual([text for level, text in self.recording.of("log") if os.devnull in text], [])
 
     @in_own_process
     def test_the_root_s_own_file_of_dnf_counts_more_than_that_of_the_running_system(self):

@@ -74,7 +74,7 @@ def runTransaction(base, checkCurrent):
 
     Returns whether the transaction was more than a test.
     """
-    with DatabaseLock():
+    with DatabaseLock(tr('Preparing to Run Transaction')):
         checkCurrent()
         base.scriptSpace = ScriptSpace()
         checkScriptSpace(base.scriptSpace)

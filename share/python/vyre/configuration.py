@@ -98,7 +98,7 @@ def readMainFile(conf):
         logging.getLogger('dnf').error(tr('VYRE ignores the options of this file, such as exclude. Signatures of '
                                           'packages are checked, unless a repository says otherwise.'))
     conf._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
-    keepChecks(conf, path or os.devnull)
+    keepChecks(conf, path)
     return os.devnull
 
 
@@ -115,7 +115,8 @@ RUNNING_CONFIGURATION = OWN_CONFIGURATION
 
 
 def keepChecks(conf, path):
-    """Demand the checks of dnf's own file, and protect the packages that it protects, if VYRE reads another file.
+    """Demand the checks of dnf's own file, and protect the packages that it protects, if VYRE reads another file. path is
+    that file, or None without one.
 
     The command dnf reads only its own file. VYRE must not install or remove a package that dnf refuses. For a managed
     root without its own file, dnf reads the file of the running system.
@@ -146,8 +147,12 @@ def keepChecks(conf, path):
     if added:
         # The file of the running system does not demand anything for the managed root in particular.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
-        show(tr("dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"), own, path,
-             ', '.join(added))
+        if path is None:
+            show(tr('There is no main configuration file. dnf uses %s instead. VYRE makes the checks of that file too: '
+                    '%s'), own, ', '.join(added))
+        else:
+            show(tr("dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"), own,
+                 path, ', '.join(added))
 
 
 def protect(conf, names):

@@ -60,6 +60,10 @@ class DatabaseLock:
     FIRST_QUESTION = 5
     NEXT_QUESTION = 60
 
+    def __init__(self, step):
+        """step: what the bar shows after a wait."""
+        self._step = step
+
     def __enter__(self):
         path = rpm.expandMacro('%{?_rpmlock_path}')
         self._path = inRoot(path) if path.startswith('/') else inRoot('/var/lib/rpm/.rpm.lock')
@@ -81,7 +85,9 @@ class DatabaseLock:
 
     def _wait(self):
         question = time.monotonic() + self.FIRST_QUESTION
+        waited = False
         while not self._taken():
+            waited = True
             holder = self._holder()
             # This is called each time, even with the same text: the program may raise an exception to end the wait.
             if holder:
@@ -92,6 +98,8 @@ class DatabaseLock:
                 self._ask(holder)
                 question = time.monotonic() + self.NEXT_QUESTION
             time.sleep(self.ATTEMPTS)
+        if waited:
+            showActivity(self._step)
 
     def _taken(self):
         if self._descriptor is not None:
