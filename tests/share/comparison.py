@@ -10,7 +10,8 @@ expect   the required result of both; without it, two operations without any eff
          changes, and both give this text as the reason. "failed", a text and package names: both report the text and
          change these packages all the same. "nothing": no error and no changes
 marks    install, update, remove, group_install, group_update, group_remove: the user's marks in the table, as names,
-         name.arch or name-version; the update "all" means every row with an update
+         name.arch or name-version; the update "all" means every row with an update. The result of a mark that the
+         table does not permit is "refused" with "not in the table" or "not permitted"
 dnf      the dnf command line for the same operation
 config   lines of the main configuration file; {plugins} is the directory of the plug-ins' settings
 repos    the repositories beside the usual ones, as names or pairs of name and further lines; {root} is the root of the
@@ -32,6 +33,8 @@ import traceback
 import unittest
 
 import scenario
+from recordingmodule import (CLEAN, DEPENDENCY, DOWNGRADE, GROUP, INSTALL, OBSOLETED, REINSTALL, REMOVE, UPGRADE,
+                             WEAK)
 from vyresandbox import needs_groups
 
 _PATIENCE = 180
@@ -53,22 +56,19 @@ plugins=0
 module_platform_id=platform:larkspur9
 """
 
-# The headings of dnf's table, by the action and the reason of an item in the script's listing.
-INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE, REINSTALL = range(1, 10)
-INSTALLED_FOR = {5: "Installing group/module packages", 4: "Installing weak dependencies", 1: "Installing dependencies"}
-REMOVED_FOR = {1: "Removing dependent packages", 3: "Removing unused dependencies"}
-HEADINGS = {DOWNGRADE: "Downgrading", UPGRADE: "Upgrading", REINSTALL: "Reinstalling", OBSOLETED: "replacing"}
-
-# Headings of dnf's table above entries that are not packages.
-OTHER_HEADINGS = (
-    "Installing module profiles", "Disabling module profiles", "Enabling module streams", "Switching module streams",
-    "Disabling modules", "Resetting modules", "Installing Environment Groups", "Upgrading Environment Groups",
-    "Removing Environment Groups", "Installing Groups", "Upgrading Groups", "Removing Groups")
+# The headings of packages in dnf's table, by the action and the reason of an item in the script's listing. All other
+# headings are the script's own in the listing, and stand above entries that are not packages.
+INSTALLED_FOR = {GROUP: "Installing group/module packages", WEAK: "Installing weak dependencies",
+                 DEPENDENCY: "Installing dependencies"}
+REMOVED_FOR = {DEPENDENCY: "Removing dependent packages", CLEAN: "Removing unused dependencies"}
+HEADINGS = {INSTALL: "Installing", DOWNGRADE: "Downgrading", UPGRADE: "Upgrading", REMOVE: "Removing",
+            REINSTALL: "Reinstalling", OBSOLETED: "replacing"}
+PACKAGE_HEADINGS = set(INSTALLED_FOR.values()) | set(REMOVED_FOR.values()) | set(HEADINGS.values())
 
 
 class Scenario(object):
     def __init__(self, name, expect, dnf, config="", repos=(), before=(), install="", update="", remove="",
-                 group_install="", group_update="", group_remove="", differs=None, groups=False, after=None):
+                 group_install="", group_update="", group_remove="", differs=None, groups=False):
         self.name = name
         self.expect = expect
         self.dnf = dnf
@@ -80,7 +80,6 @@ class Scenario(object):
                       "group_remove": group_remove.split()}
         self.differs = differs
         self.groups = groups or bool(group_install or group_update or group_remove)
-        self.after = after
 
 
 class World(object):
@@ -240,7 +239,7 @@ def listing_of_dnf(output):
         if heading is None:
             return
         entries = listing.setdefault(heading, set())
-        if heading in OTHER_HEADINGS:
+        if heading not in PACKAGE_HEADINGS:
             entries.update(" ".join(line.split()) for line in tokens)
             return
         words = " ".join(tokens).split()
@@ -274,13 +273,12 @@ def listing_of_script(items, added):
     listing = {}
     for item in items:
         action, reason = item["action"], item["reason"]
+        heading = HEADINGS.get(action)
         if action == INSTALL:
-            heading = INSTALLED_FOR.get(reason, "Installing")
+            heading = INSTALLED_FOR.get(reason, heading)
         elif action == REMOVE:
-            heading = REMOVED_FOR.get(reason, "Removing")
-        elif action in HEADINGS:
-            heading = HEADINGS[action]
-        else:
+            heading = REMOVED_FOR.get(reason, heading)
+        if heading is None:
             continue
         evr = "%s%s-%s" % ("%d:" % item["epoch"] if item["epoch"] else "", item["version"], item["release"])
         entry = "%s.%s %s" % (item["name"], item["arch"], evr)
@@ -298,6 +296,38 @@ def listing_of_script(items, added):
 
 # The script --------------------------------------------------------------------------------------------------------
 
+# The states of rows, as the program's Package::State.
+UPDATABLE, AVAILABLE, INSTALLED = "updatable", "available", "installed"
+
+
+class Row(object):
+    """A row of the table, as the program's Package::Entry: a package of one bi-arch class, or a group.
+
+    versions is the chain of the installed versions, as pairs of a package and whether the configuration excludes it.
+    """
+
+    def __init__(self, state, shown):
+        self.state = state
+        self.shown = shown
+        self.versions = []
+
+    def removable(self):
+        """The versions that a removal removes."""
+        return [package for package, excluded in self.versions if not excluded]
+
+    def permits(self, action):
+        """The rules of Package::Entry::permits."""
+        if action == "update":
+            return self.state == UPDATABLE
+        if action == "install":
+            return self.state == AVAILABLE
+        return self.state != AVAILABLE and (not self.versions or bool(self.removable()))
+
+
+class Refused(Exception):
+    """The table does not permit a mark."""
+
+
 class _Driver(scenario.ScenarioTest):
     """Calls the script in the same way as the program."""
 
@@ -312,16 +342,14 @@ class _Driver(scenario.ScenarioTest):
         yumio = self.yumio
         yumio.setupRepos()
         self.assert_host_is_left_alone()
-        self.updates = list(yumio.collectUpdates())
-        everything = yumio.collectAll()
-        self.installed, self.available = list(everything.installed), list(everything.available)
-        self.groups = {group.id: group for group in yumio.collectGroups()} if groups else {}
+        self.rows = self.package_rows(list(yumio.collectUpdates()), yumio.collectAll())
+        self.group_rows = self.rows_of_groups(yumio.collectGroups()) if groups else []
         yumio.collectDone()
         outcome = {"refused": None, "applied": None}
         try:
             lists = self.lists(marks)
-        except LookupError as e:
-            return dict(outcome, refused="not in the table: %s" % e, items=[], added="")
+        except Refused as e:
+            return dict(outcome, refused=str(e), items=[], added="")
         self.recording.answers = [1] * 9
         try:
             outcome["applied"] = bool(yumio.apply(*lists))
@@ -333,42 +361,91 @@ class _Driver(scenario.ScenarioTest):
         return dict(outcome, items=listings[-1] if listings else [], added="".join(self.added),
                     log=[text for level, text in self.recording.of("errorlog")])
 
+    # The table, by the rules of YumIO::collectReal
+
+    def package_rows(self, updates, everything):
+        rows = {}
+
+        def key(package):
+            return package.name, self.yumio.getBiArch(package.arch)
+
+        for new in updates:
+            rows.setdefault(key(new), Row(UPDATABLE, new))
+        for new, old in self.yumio.counterparts:
+            rows.setdefault(key(old), rows[key(new)])
+        for excluded, packages in ((False, everything.installed), (True, everything.excluded)):
+            for old in packages:
+                rows.setdefault(key(old), Row(INSTALLED, old)).versions.append((old, excluded))
+        for new in everything.available:
+            rows.setdefault(key(new), Row(AVAILABLE, new))
+        # Two keys may have one row.
+        return list({id(row): row for row in rows.values()}.values())
+
+    def rows_of_groups(self, groups):
+        rows = {}
+        for group in groups:
+            if group.uservisible and group.name not in rows:
+                state = AVAILABLE
+                if self.yumio.base.history.group.get(group.id) is not None:
+                    state = INSTALLED
+                elif any(self.is_updatable(name) for name in group.names("mandatory", "default")):
+                    state = UPDATABLE
+                rows[group.name] = Row(state, group)
+        return list(rows.values())
+
+    def is_updatable(self, name):
+        """Whether the program would update a member of a group. It looks for the system's architecture first."""
+        found = [row for row in self.rows if row.shown.name == name]
+        native = [row for row in found if self.yumio.getBiArch(row.shown.arch) == self.yumio.base.conf.basearch]
+        return any(row.state == UPDATABLE for row in (native or found)[:1])
+
+    # The marks of the user
+
     @staticmethod
     def matches(mark, package):
         return mark in (package.name, "%s.%s" % (package.name, package.arch), "%s-%s" % (package.name, package.version),
                         "%s-%s.%s" % (package.name, package.version, package.arch))
 
-    def find(self, mark, packages):
-        found = [package for package in packages if self.matches(mark, package)]
-        if not found:
-            raise LookupError(mark)
-        return found
+    def marked(self, action, mark):
+        """The rows that a mark names. The table must permit the action in at least one of them."""
+        found = [row for row in self.rows if self.matches(mark, row.shown)
+                 or any(self.matches(mark, version) for version, excluded in row.versions)]
+        return self.permitted(action, mark, found)
 
-    def best(self, mark, packages):
-        """The package in the table's row. If several architectures match, the table prefers that of the system."""
-        found = self.find(mark, packages)
+    @staticmethod
+    def permitted(action, mark, found):
+        if not found:
+            raise Refused("not in the table: %s" % mark)
+        permitting = [row for row in found if row.permits(action)]
+        if not permitting:
+            raise Refused("not permitted: %s of %s, which is %s" % (action, mark, found[0].state))
+        return permitting
+
+    def best(self, mark):
+        """The package to install. If several architectures match, the table prefers that of the system."""
+        found = [row.shown for row in self.marked("install", mark)]
         for package in found[1:]:
             if not self.yumio.isBetterThan(found[0], package):
                 found[0] = package
         return found[0]
 
-    def rows(self):
-        """The installable rows of the table: packages whose bi-arch class is not installed."""
-        present = set((package.name, self.yumio.getBiArch(package.arch)) for package in self.installed)
-        present.update((package.name, self.yumio.getBiArch(package.arch)) for package in self.updates)
-        return [package for package in self.available
-                if (package.name, self.yumio.getBiArch(package.arch)) not in present]
+    def all_updates(self):
+        """The rows that "Set Update of Listed" marks. It leaves packages that others replace to the user."""
+        replaced = set(str(old) for old, other in self.yumio.replacements)
+        return [row for row in self.rows if row.permits("update")
+                and not any(str(version) in replaced for version, excluded in row.versions)]
 
     def lists(self, marks):
-        rows = self.rows() if marks["install"] else []
-        installs = [self.best(mark, rows) for mark in marks["install"]]
-        news = self.updates if marks["update"] == ["all"] else [
-            new for mark in marks["update"] for new in self.find(mark, self.updates)]
-        pairs = [[new, old] for new in news for old in self.installed if old.name == new.name
-                 and self.yumio.getBiArch(old.arch) == self.yumio.getBiArch(new.arch)]
-        removes = [old for mark in marks["remove"] for old in self.find(mark, self.installed)]
-        return [installs, pairs, removes] + [[self.groups[name] for name in marks[kind]]
-                                             for kind in ("group_install", "group_update", "group_remove")]
+        """The lists of YumIO::applyReal."""
+        installs = [self.best(mark) for mark in marks["install"]]
+        updated = self.all_updates() if marks["update"] == ["all"] else [
+            row for mark in marks["update"] for row in self.marked("update", mark)]
+        pairs = [[row.shown, old] for row in updated for old, excluded in row.versions]
+        removes = [old for mark in marks["remove"] for row in self.marked("remove", mark) for old in row.removable()]
+        groups = [[row.shown for mark in marks["group_" + action]
+                   for row in self.permitted(action, mark, [row for row in self.group_rows if row.shown.id == mark])]
+                  for action in ("install", "update", "remove")]
+        return [installs, pairs, removes] + groups
 
 
 def _in_child(function, *arguments):
@@ -470,8 +547,9 @@ class ComparisonTest(unittest.TestCase):
                 self.assertFalse(done, details)
                 self.assertRegex(" ".join(text.split()), expect.partition(" ")[2], details)
             else:
-                # Neither operation failed. In VYRE, the row to mark may be missing.
-                self.assertTrue(done or re.match("not in the table: |There is nothing to do", text), details)
+                # Neither operation failed. In VYRE, the row to mark may be missing, or may not permit the action.
+                self.assertTrue(done or re.match("not in the table: |not permitted: |There is nothing to do", text),
+                                details)
             return
         expected = expect.split()
         if expected[:1] == ["failed"]:
