@@ -444,6 +444,27 @@ void MainWindow::apply()
     setReady(true);
 }
 
+void MainWindow::changeVersionLocks(const QList<int>& rows, bool locked)
+{
+    QVector<Package::Entry*> entries;
+    for (const int row : rows) {
+        if (row < yumIO->count()) {
+            entries.append((*yumIO)[row]);
+        }
+    }
+    if (entries.isEmpty()) {
+        return;
+    }
+    const Package::EntryKey first(*entries.first());
+    setReady(false);
+    const LoggedErrors errors(*this);
+    yumIO->changeVersionLocks(entries, locked);
+    // Some locks may be changed even after a failure.
+    recollect(AllMarks);
+    setReady(true);
+    makeCurrent(first);
+}
+
 void MainWindow::quit()
 {
     if (quitting()) {
@@ -725,6 +746,16 @@ void MainWindow::warnUnlistedActions()
     }
     unlistedLabel->setText(QString());
     unlistedLabel->setToolTip(QString());
+}
+
+void MainWindow::makeCurrent(const Package::EntryKey& key)
+{
+    for (int row = 0; row < yumIO->count(); ++row) {
+        if (Package::EntryKey(*(*yumIO)[row]) == key) {
+            view->setCurrentIndex(proxy->mapFromSource(model->index(row, PackageTable::ActionColumn)));
+            return;
+        }
+    }
 }
 
 void MainWindow::currentChanged(int row, int)

@@ -36,6 +36,9 @@ class YumIO;
 namespace Log {
 class Window;
 }
+namespace Package {
+class EntryKey;
+}
 namespace PackageTable {
 class Model;
 class SortFilterProxyModel;
@@ -103,6 +106,8 @@ public Q_SLOTS:
     void setUpdateListed();
     void clearActions();
     void apply();
+    // Locks or unlocks the versions of these source rows, and collects the packages again.
+    void changeVersionLocks(const QList<int>& rows, bool locked);
 
 private Q_SLOTS:
     void openPage(const QString& address);
@@ -142,6 +147,8 @@ private:
     // The marks that recollect() sets again, if they are still possible.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
+    // Makes the row of this record the current one, if the table lists it.
+    void makeCurrent(const Package::EntryKey& key);
     // Filters the table by the text in the edit.
     void applyExpression();
     void showTable();

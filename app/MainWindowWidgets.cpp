@@ -67,6 +67,8 @@ void MainWindow::createMainArea()
     connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
     connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));
     connect(view, SIGNAL(actionRefused(const QString&)), this, SLOT(warnAndNotice(const QString&)));
+    connect(view, SIGNAL(versionLocksChosen(const QList<int>&, bool)), this,
+            SLOT(changeVersionLocks(const QList<int>&, bool)));
 
     totalBar = new HProgressBar(central);
     totalBar->setAccessibleName(tr("Whole operation"));

@@ -6,6 +6,8 @@
 #include "packagetable/SortFilterProxyModel.h"
 #include "widgets/HTableView.h"
 #include "widgets/Icons.h"
+#include "widgets/Literal.h"
+#include "yumio/VersionLocks.h"
 
 namespace PackageTable {
 
@@ -23,6 +25,11 @@ ActionContextMenu::ActionContextMenu(Model* packages, SortFilterProxyModel* sort
     removeAction = add("remove", tr("&Remove"), SLOT(handleRemoveAction()));
     noneAction = addAction(tr("&No Action"));
     connect(noneAction, SIGNAL(triggered()), this, SLOT(handleNoneAction()));
+    lockSeparator = addSeparator();
+    lockAction = addAction(tr("&Lock Version"));
+    unlockAction = addAction(tr("Un&lock Version"));
+    setToolTipsVisible(true);
+    offerVersionLocks();
 }
 
 QModelIndexList ActionContextMenu::selectedRows() const
@@ -49,7 +56,51 @@ void ActionContextMenu::exec(QModelIndex sourceIndex, const QPoint& globalPos)
     updateAction->setEnabled(update);
     installAction->setEnabled(install);
     removeAction->setEnabled(remove);
-    QMenu::exec(globalPos);
+    offerVersionLocks();
+    const QAction* chosen = QMenu::exec(globalPos);
+    if (chosen != nullptr && (chosen == lockAction || chosen == unlockAction)) {
+        const bool locked = chosen == lockAction;
+        const QList<int> found = lockableRows(locked);
+        if (!found.isEmpty()) {
+            Q_EMIT versionLocksChosen(found, locked);
+        }
+    }
+}
+
+void ActionContextMenu::offerVersionLocks()
+{
+    const VersionLocks& locks = model->versionLocks();
+    const bool canLock = !lockableRows(true).isEmpty();
+    const bool canUnlock = !lockableRows(false).isEmpty();
+    // Both entries have the same letter. So only a selection of locked and other packages shows both.
+    lockSeparator->setVisible(locks.offered);
+    lockAction->setVisible(locks.offered && (canLock || !canUnlock));
+    lockAction->setEnabled(locks.fault.isEmpty() && canLock);
+    unlockAction->setVisible(locks.offered && canUnlock);
+    unlockAction->setEnabled(locks.fault.isEmpty());
+    const auto explain = [&locks](QAction* action, const QString& toolTip) {
+        action->setToolTip(Literal::toolTip(locks.fault.isEmpty() ? toolTip : locks.fault));
+    };
+    explain(lockAction, tr("The packages stay at their version: they get no updates.\n"
+                           "The plug-in versionlock keeps the list of locked packages."));
+    explain(unlockAction, tr("The packages get updates again.\n"
+                             "The plug-in versionlock keeps the list of locked packages."));
+}
+
+QList<int> ActionContextMenu::lockableRows(bool locked) const
+{
+    QModelIndexList rows = selectedRows();
+    if (rows.isEmpty() && clicked.isValid()) {
+        rows.append(clicked);
+    }
+    QList<int> found;
+    for (const QModelIndex& row : qAsConst(rows)) {
+        const Package::Entry* entry = model->entry(row.row());
+        if (entry->kind != Package::Group && model->versionLocks().isLocked(*entry) != locked) {
+            found.append(row.row());
+        }
+    }
+    return found;
 }
 
 void ActionContextMenu::handleUpdateAction()

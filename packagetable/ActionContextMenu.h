@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // The menu of the Action column. It sets an action for the clicked row, or for all selected rows whose state
-// permits the action.
+// permits the action. If the package manager has version locks, the menu also locks and unlocks these rows.
 //
 // It lives on the graphical thread; the view is its Qt parent.
 
@@ -31,6 +31,11 @@ public:
     // Runs the menu at a position on the screen, for a source index.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
+Q_SIGNALS:
+    // The user wants to lock or unlock the versions of these source rows. The menu is closed by then, so the
+    // receiver may wait for a worker.
+    void versionLocksChosen(const QList<int>& rows, bool locked);
+
 private Q_SLOTS:
     void handleUpdateAction();
     void handleInstallAction();
@@ -40,6 +45,9 @@ private Q_SLOTS:
 private:
     void handleAction(Package::Action action);
     QModelIndexList selectedRows() const; // source indexes
+    // The source rows that can be locked or unlocked.
+    QList<int> lockableRows(bool locked) const;
+    void offerVersionLocks();
 
     Model* model;
     SortFilterProxyModel* proxy;
@@ -48,6 +56,9 @@ private:
     QAction* installAction;
     QAction* removeAction;
     QAction* noneAction;
+    QAction* lockSeparator;
+    QAction* lockAction;
+    QAction* unlockAction;
     QPersistentModelIndex clicked;
 };
 

@@ -78,6 +78,10 @@ QString stateToolTip(const Entry& record, const YumIO& backEnd)
     if (!replacement.of.isEmpty()) {
         lines.append(Columns::tr("Replaces %1").arg(replacement.of.join(QStringLiteral(", "))));
     }
+    if (backEnd.versionLocks().isLocked(record)) {
+        lines.append(
+            Columns::tr("The version is locked: %1").arg(backEnd.versionLocks().lines.value(record.name)));
+    }
     return lines.join(QLatin1Char('\n'));
 }
 

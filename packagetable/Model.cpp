@@ -119,6 +119,12 @@ Package::State Model::getState(int row) const
     return entry(row)->state;
 }
 
+const VersionLocks& Model::versionLocks() const
+{
+    static const VersionLocks none;
+    return yumIO.isNull() ? none : yumIO->versionLocks();
+}
+
 void Model::changeAction(int row, Package::Action action)
 {
     entry(row)->action = action;

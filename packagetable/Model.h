@@ -19,6 +19,7 @@
 #include "yumio/Package.h"
 
 class YumConfIO;
+class VersionLocks;
 class YumIO;
 
 namespace PackageTable {
@@ -52,6 +53,7 @@ public:
     Package::Entry* entry(int row) const;
 
     Package::State getState(int row) const;
+    const VersionLocks& versionLocks() const;
     // Does not check whether the record's state permits the action.
     void setAction(const QModelIndex& index, Package::Action action);
     // Returns true if the record permits any action.

@@ -315,6 +315,8 @@ void View::handleCustomContextMenuRequested(const QPoint& pos)
     if (sourceIndex.isValid() && sourceIndex.column() == ActionColumn) {
         if (actionMenu == nullptr) {
             actionMenu = new ActionContextMenu(model, proxy, this);
+            connect(actionMenu, SIGNAL(versionLocksChosen(const QList<int>&, bool)), this,
+                    SIGNAL(versionLocksChosen(const QList<int>&, bool)));
         }
         actionMenu->exec(sourceIndex, globalPos);
         Q_EMIT stateChanged(-1);

@@ -66,6 +66,8 @@ Q_SIGNALS:
     // Emitted when the user requests another action for a row that permits no action. The reason is plain
     // text.
     void actionRefused(const QString& reason);
+    // The user wants to lock or unlock the versions of these source rows.
+    void versionLocksChosen(const QList<int>& rows, bool locked);
 
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;

@@ -647,6 +647,26 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <source>&amp;No Action</source>
         <translation>&amp;Keine Aktion</translation>
     </message>
+    <message>
+        <source>&amp;Lock Version</source>
+        <translation>&amp;Version sperren</translation>
+    </message>
+    <message>
+        <source>Un&amp;lock Version</source>
+        <translation>Version &amp;freigeben</translation>
+    </message>
+    <message>
+        <source>The packages stay at their version: they get no updates.
+The plug-in versionlock keeps the list of locked packages.</source>
+        <translation>Die Pakete behalten ihre Version: sie werden nicht aktualisiert.
+Die Erweiterung versionlock führt die Liste der gesperrten Pakete.</translation>
+    </message>
+    <message>
+        <source>The packages get updates again.
+The plug-in versionlock keeps the list of locked packages.</source>
+        <translation>Die Pakete werden wieder aktualisiert.
+Die Erweiterung versionlock führt die Liste der gesperrten Pakete.</translation>
+    </message>
 </context>
 <context>
     <name>PackageTable::Columns</name>
@@ -747,6 +767,10 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     <message>
         <source>Date and time at which the package was created</source>
         <translation>Tag und Uhrzeit, zu der das Paket erstellt wurde</translation>
+    </message>
+    <message>
+        <source>The version is locked: %1</source>
+        <translation>Die Version ist gesperrt: %1</translation>
     </message>
 </context>
 <context>
@@ -2683,6 +2707,42 @@ es installiert, aktualisiert und entfernt nichts.
 %1</source>
         <translation>Andere Pakete ersetzen diese installierten Pakete. Merken Sie die Ersatzpakete zur Installation vor, oder behalten Sie die installierten Pakete:
 %1</translation>
+    </message>
+    <message>
+        <source>You are not allowed to change the list of locks {}</source>
+        <translation>Sie dürfen die Liste der gesperrten Pakete nicht ändern: {}</translation>
+    </message>
+    <message>
+        <source>These packages are still locked: {}
+These lines of {} stay, because they lock other packages too:
+{}</source>
+        <translation>Diese Pakete sind noch gesperrt: {}
+Diese Zeilen von {} bleiben, weil sie auch andere Pakete sperren:
+{}</translation>
+    </message>
+    <message>
+        <source>The plug-in versionlock is not loaded.</source>
+        <translation>Die Erweiterung versionlock ist nicht geladen.</translation>
+    </message>
+    <message>
+        <source>Locking Versions</source>
+        <translation>Versionen sperren</translation>
+    </message>
+    <message>
+        <source>Unlocking Versions</source>
+        <translation>Versionen freigeben</translation>
+    </message>
+    <message>
+        <source>lock versions</source>
+        <translation>Versionen sperren</translation>
+    </message>
+    <message>
+        <source>unlock versions</source>
+        <translation>Versionen freigeben</translation>
+    </message>
+    <message>
+        <source>Internal error: the version locks cannot be changed</source>
+        <translation>Interner Fehler: Die gesperrten Versionen können nicht geändert werden</translation>
     </message>
 </context>
 <context>

@@ -157,6 +157,11 @@ const char* const scriptTexts[] = {
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, was interrupted.\nMark and "
                                "apply its remaining changes again."),
+    QT_TRANSLATE_NOOP("YumIO", "You are not allowed to change the list of locks {}"),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "These packages are still locked: {}\nThese lines of {} stay, because they lock "
+                      "other packages too:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "The plug-in versionlock is not loaded."),
     QT_TRANSLATE_NOOP("YumIO",
                       "Several versions of these packages are installed, left behind by an interrupted "
                       "transaction:\n{}\n\"dnf remove --duplicates\" removes the older ones."),

@@ -24,6 +24,7 @@
 #include "yumio/Records.h"
 #include "yumio/ScriptValues.h"
 #include "yumio/TransactionState.h"
+#include "yumio/VersionLocks.h"
 
 #include <QHash>
 #include <QMutex>
@@ -148,6 +149,14 @@ public:
     bool cleanPackages();
     bool cleanMetadata();
     bool cleanAll();
+
+    // --- Version locks
+
+    // As of the last collection.
+    const VersionLocks& versionLocks() const { return versionLockState; }
+    // Locks or unlocks the packages of these records. Returns false after a failure; some locks may be
+    // changed even then. The records are outdated afterwards: a new collection must follow.
+    bool changeVersionLocks(const QVector<Package::Entry*>& entries, bool lockThem);
 
     // --- Texts of one record. If a record lacks the information, the text is empty.
 
@@ -323,6 +332,7 @@ private:
     void loadChangeLogReal(const Package::Entry& entry);
     bool applyReal();
     bool cleanReal(const QString& label, const char* method);
+    bool changeVersionLocksReal(const QVector<Package::Entry*>& entries, bool lockThem);
     using CollectThread = WorkerThread<&YumIO::collectReal>;
     using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
     using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;
@@ -331,6 +341,7 @@ private:
     using LoadChangeLogThread = WorkerThread<&YumIO::loadChangeLogReal>;
     using ApplyThread = WorkerThread<&YumIO::applyReal>;
     using CleanThread = WorkerThread<&YumIO::cleanReal>;
+    using ChangeVersionLocksThread = WorkerThread<&YumIO::changeVersionLocksReal>;
 
     // Collection (YumIOCollect.cpp)
     // Ignores baseObject, because the script has only one base object, to which repos belongs.
@@ -351,6 +362,9 @@ private:
     void collectReplacements();
     bool upToDateGroup(const Package::Entry& entry);
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
+
+    // Version locks (YumIOVersionLocks.cpp)
+    void collectVersionLocks();
 
     // Searching (YumIOSearch.cpp)
     // A search in at most this number of packages reads each package separately. For more packages, it reads
@@ -444,6 +458,7 @@ private:
     bool reapChildren();
 
     Records records;
+    VersionLocks versionLockState;
     QString basearch;
     QHash<QString, QString> biArchByArch; // the script's answers
     bool clearing = false;                // the records are being deleted; for diagnostics only

@@ -181,6 +181,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     }
     const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
     collectReplacements();
+    collectVersionLocks();
     records.publish();
     return true;
 }

@@ -71,7 +71,7 @@ with ownPackage():
     # This import is the first, because it looks at dnf's own classes. Other modules replace some of them.
     from vyre.privatenames import requirePrivateNames
 
-    from vyre import groups, signatures
+    from vyre import groups, signatures, versionlock
     from vyre.applying import addRemarks, confirmTransaction, download, installSet, runTransaction
     from vyre.base import Base, forgetInterrupt
     from vyre.cache import cleanCache
@@ -259,6 +259,25 @@ class YumIO:
     @withReason
     def collectOtherData(self):
         self.base.otherData.loadAll(self.base)
+        return True
+
+    # Version locks
+
+    def versionLocks(self):
+        """What the program offers; see versionlock.versionLocks()."""
+        try:
+            return versionlock.versionLocks(self.base)
+        except dnf.exceptions.Error as e:
+            return str(e), {}
+
+    @withReason
+    def lockVersions(self, packages):
+        versionlock.lockVersions(self.base, packages)
+        return True
+
+    @withReason
+    def unlockVersions(self, packages):
+        versionlock.unlockVersions(self.base, packages)
         return True
 
     # Packages

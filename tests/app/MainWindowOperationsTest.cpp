@@ -6,6 +6,7 @@
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 #include "tests/packagetable/Described.h"
+#include "tests/support/Menus.h"
 
 using namespace PackageTable;
 
@@ -37,6 +38,8 @@ private Q_SLOTS:
     void cleaningMetadataCollectsAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningPackagesDoesNotChangeTheTable();
+    void lockedVersionsAreCollectedAgainAndOtherMarksStay();
+    void controlsAreDisabledWhileVersionsAreLocked();
     void warningsAboutTheConfigurationAreLoggedOnce();
     void cleanEntriesNameTheCacheDirectory();
     void sizeOfColumnsIsRestored();
@@ -227,6 +230,78 @@ void MainWindowOperationsTest::cleaningPackagesDoesNotChangeTheTable()
     QCOMPARE(reset.count(), 0);
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay()
+{
+    standIn->setVersionLocks({});
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->click("many", ActionColumn);
+    QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
+    standIn->forgetCalls();
+    // As the package manager does it: the locked package has no update any more.
+    const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
+    standIn->setVersionLocks({{"tool", "tool-0:1-1.*"}});
+    standIn->setPackages({StandIn::package("many", {{"version", "2"}})},
+                         {StandIn::package("tool", old), StandIn::package("many", old)}, {});
+    const auto choose = [this](const QString& name) {
+        QVERIFY(withMenu(
+            [this, name] {
+                const QRect cell =
+                    shown->view->visualRect(shown->proxy->index(shown->listed().indexOf(name), ActionColumn));
+                QTest::mouseClick(shown->window->windowHandle(), Qt::RightButton, {},
+                                  shown->view->viewport()->mapTo(shown->window, cell.center()));
+            },
+            [](QMenu& menu) { QTest::keyClick(&menu, Qt::Key_L); }));
+    };
+    choose("tool");
+    QTRY_COMPARE(shown->listed(), QStringList{"many"});
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList{"many update"});
+    QCOMPARE(standIn->calls("lockVersions tool"), 1);
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(standIn->calls("reset"), 0);
+
+    // The row stays the current one.
+    shown->choose(shown->stateBox, ViewAll);
+    choose("tool");
+    QTRY_COMPARE(standIn->calls("setupRepos"), 2);
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("unlockVersions tool"), 1);
+    QCOMPARE(shown->view->currentIndex().sibling(shown->view->currentIndex().row(), NameColumn).data(),
+             QVariant("tool"));
+    QCOMPARE(shown->marks(), QStringList{"many update"});
+
+    // After a failure too.
+    standIn->setFailing(true);
+    standIn->setVersionLocks({});
+    shown->press("Re&fresh");
+    {
+        const Answers answers("Close");
+        choose("tool");
+        QTRY_VERIFY(shown->isReady());
+        QVERIFY2(answers.all().contains("it cannot be locked"), qPrintable(answers.all()));
+    }
+    QCOMPARE(standIn->calls("setupRepos"), 4);
+}
+
+void MainWindowOperationsTest::controlsAreDisabledWhileVersionsAreLocked()
+{
+    standIn->setVersionLocks({});
+    shown->start();
+    QStringList seen;
+    standIn->setHeld(true);
+    const QString name = shown->model->entry(0)->name;
+    const Once once([this, name] { return standIn->calls("lockVersions " + name) > 0; },
+                    [this, &seen] {
+                        seen = usable();
+                        standIn->setHeld(false);
+                    });
+    shown->window->changeVersionLocks({0}, true);
+    QVERIFY(once.isDone());
+    QCOMPARE(seen, usableWhileBusy);
     QCOMPARE(usable(), usableWhenReady);
 }
 

@@ -37,6 +37,11 @@ private Q_SLOTS:
     void escapeChangesNothing();
     void aRowThatIsGoneIsNotSet();
     void manyRowsAreSetWhileSortedByAction();
+    void versionLocksAreOfferedByTheStateOfTheRows_data();
+    void versionLocksAreOfferedByTheStateOfTheRows();
+    void aLockIsChosen();
+    void onlySomeOfTheSelectionAreUnlocked();
+    void whoCannotWriteTheLocksSeesTheReason();
 
 private:
     // Opens the menu on a row with the control key held, which leaves the selection alone, and chooses.
@@ -82,6 +87,7 @@ void ActionContextMenuTest::init()
 void ActionContextMenuTest::cleanup()
 {
     shown.reset();
+    table->standIn.removeVersionLocks();
 }
 
 void ActionContextMenuTest::cleanupTestCase()
@@ -256,6 +262,92 @@ void ActionContextMenuTest::manyRowsAreSetWhileSortedByAction()
     QCOMPARE(names(shown->proxy).mid(0, 4), (QStringList{"kernel", "many", "shell", "tool"}));
     QCOMPARE(layout.count(), 1);
     QCOMPARE(shown->view->selectedRows().count(), 4);
+}
+
+void ActionContextMenuTest::versionLocksAreOfferedByTheStateOfTheRows_data()
+{
+    QTest::addColumn<QStringList>("selected");
+    QTest::addColumn<QStringList>("offered");
+    const QString lock = "&Lock Version";
+    const QString unlock = "Un&lock Version";
+    QTest::newRow("installed") << QStringList{"kernel"} << QStringList{lock};
+    QTest::newRow("out of date") << QStringList{"tool"} << QStringList{lock};
+    QTest::newRow("available") << QStringList{"editor"} << QStringList{lock};
+    QTest::newRow("locked") << QStringList{"shell"} << QStringList{unlock};
+    QTest::newRow("both") << QStringList{"shell", "tool"} << QStringList{lock, unlock};
+    QTest::newRow("group") << QStringList{"Games"} << QStringList();
+}
+
+void ActionContextMenuTest::versionLocksAreOfferedByTheStateOfTheRows()
+{
+    QFETCH(QStringList, selected);
+    QFETCH(QStringList, offered);
+    table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}});
+    table->collectUsual();
+    shown = std::make_unique<ShownTable>(*table);
+    shown->select(selected);
+    QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
+    QCOMPARE(choose(selected.first(), Qt::Key_Escape).filter("lock", Qt::CaseInsensitive), offered);
+    QCOMPARE(chosen.count(), 0);
+}
+
+void ActionContextMenuTest::aLockIsChosen()
+{
+    table->standIn.setVersionLocks({});
+    table->collectUsual();
+    shown = std::make_unique<ShownTable>(*table);
+    QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
+    choose("tool", Qt::Key_L);
+    QCOMPARE(chosen.count(), 1);
+    QCOMPARE(chosen.at(0).at(0).value<QList<int>>(), QList<int>{table->row("tool")});
+    QCOMPARE(chosen.at(0).at(1), QVariant(true));
+    QCOMPARE(actions(), Actions());
+}
+
+void ActionContextMenuTest::onlySomeOfTheSelectionAreUnlocked()
+{
+    table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}});
+    table->collectUsual();
+    shown = std::make_unique<ShownTable>(*table);
+    shown->select({"shell", "tool", "Games"});
+    QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
+    // Both entries have the same letter, which only moves to them.
+    const auto press = [this](int times) {
+        withMenu([this] { shown->click("shell", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
+                 [times](QMenu& menu) {
+                     for (int i = 0; i < times; ++i) {
+                         QTest::keyClick(&menu, Qt::Key_L);
+                     }
+                     QTest::keyClick(&menu, Qt::Key_Return);
+                 });
+    };
+    press(1);
+    press(2);
+    QCOMPARE(chosen.count(), 2);
+    QCOMPARE(chosen.at(0).at(0).value<QList<int>>(), QList<int>{table->row("tool")});
+    QCOMPARE(chosen.at(0).at(1), QVariant(true));
+    QCOMPARE(chosen.at(1).at(0).value<QList<int>>(), QList<int>{table->row("shell")});
+    QCOMPARE(chosen.at(1).at(1), QVariant(false));
+}
+
+void ActionContextMenuTest::whoCannotWriteTheLocksSeesTheReason()
+{
+    table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}}, "no <b>right</b>");
+    table->collectUsual();
+    shown = std::make_unique<ShownTable>(*table);
+    for (const char* name : {"shell", "tool"}) {
+        QStringList toolTips;
+        withMenu([this, name] { shown->click(name, ActionColumn, Qt::RightButton); },
+                 [&toolTips](QMenu& menu) {
+                     for (const QAction* action : menu.actions()) {
+                         if (action->isVisible() && action->text().contains("lock", Qt::CaseInsensitive)) {
+                             QVERIFY(!action->isEnabled());
+                             toolTips << action->toolTip();
+                         }
+                     }
+                 });
+        QCOMPARE(toolTips, QStringList{"<p style=\"white-space: pre\">no &lt;b&gt;right&lt;/b&gt;</p>"});
+    }
 }
 
 QTEST_MAIN(ActionContextMenuTest)

@@ -53,6 +53,7 @@ private Q_SLOTS:
     void textColumnsHaveNoIcon();
     void theToolTipNamesTheAction();
     void theToolTipNamesTheState();
+    void theToolTipOfTheStateNamesTheLock();
     void anExcludedPackageCannotBeMarked();
     void theToolTipNamesTheKind();
     void theToolTipOfTheVersionListsAllVersions();
@@ -294,6 +295,23 @@ void ModelTest::theToolTipNamesTheState()
     QCOMPARE(data("shell", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral(
                  "Package is installed; the configuration excludes it from updates and removals")));
+}
+
+void ModelTest::theToolTipOfTheStateNamesTheLock()
+{
+    table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}, {"editor", "edi*"}, {"Games", "Games"}});
+    table->collectUsual();
+    table->standIn.removeVersionLocks();
+    QCOMPARE(data("shell", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral(
+                 "Package is installed and up-to-date\nThe version is locked: shell-0:1-1.*")));
+    QCOMPARE(data("editor", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Package is available for installation\nThe version is locked: edi*")));
+    // Groups have no versions.
+    QCOMPARE(data("Games", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Package is available for installation")));
+    QCOMPARE(data("tool", 1, Qt::ToolTipRole),
+             QVariant(QStringLiteral("Package is available to update an out-of-date version")));
 }
 
 void ModelTest::anExcludedPackageCannotBeMarked()

@@ -10,6 +10,10 @@ import unittest
 from scenario import SCRIPT, ScenarioTest, in_own_process
 
 
+# The lists in privatenames.py.
+LISTS = ("NEW_NAMES", "PRIVATE_NAMES", "RPMKEYS_NAMES", "VERSIONLOCK_NAMES")
+
+
 def trees():
     """The syntax tree of the script and of all its modules."""
     body = []
@@ -113,7 +117,7 @@ class UsedNamesTest(unittest.TestCase):
                 for each in ast.walk(target):
                     if isinstance(each, ast.Attribute) and getattr(each.value, "id", "") in classes:
                         own.add(each.attr)
-                if getattr(target, "id", "") in ("NEW_NAMES", "PRIVATE_NAMES", "RPMKEYS_NAMES"):
+                if getattr(target, "id", "") in LISTS:
                     listed |= {each.value for each in ast.walk(node.value) if isinstance(each, ast.Constant)}
                 if getattr(target, "id", "").startswith("_"):
                     own.add(target.id)

@@ -111,6 +111,16 @@ void StandIn::setRepos(const QByteArray& text)
     Files::put(root() + QStringLiteral("/etc/yum.repos.d/standin.repo"), text);
 }
 
+void StandIn::setVersionLocks(const QJsonObject& lines, const QString& fault)
+{
+    Files::put(path("locks.json"), QJsonDocument(QJsonArray{fault, lines}).toJson(QJsonDocument::Compact));
+}
+
+void StandIn::removeVersionLocks()
+{
+    QFile::remove(path("locks.json"));
+}
+
 QStringList StandIn::calls() const
 {
     QStringList lines = QString::fromUtf8(read(path("calls"))).split(QLatin1Char('\n'));

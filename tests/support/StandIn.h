@@ -48,6 +48,10 @@ public:
     // Sets the text of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
 
+    // Offers version locks from the next collection on. lines: by the names of the locked packages.
+    void setVersionLocks(const QJsonObject& lines, const QString& fault = QString());
+    void removeVersionLocks();
+
     // The methods called since the last forgetCalls(), in order. Some methods add a second entry with their
     // arguments, for example "enableRepo base". That of "apply" has the names of the packages to install,
     // update and remove.

@@ -154,7 +154,7 @@ class YumIO:
     def __getattribute__(self, name):
         """Record the name of each requested method, because the program requests a method only to call it."""
         value = object.__getattribute__(self, name)
-        if callable(value) and name not in ('getBiArch', 'isBetterThan', 'wait'):
+        if callable(value) and name not in ('getBiArch', 'isBetterThan', 'versionLocks', 'wait'):
             note(name)
         return value
 
@@ -185,6 +185,23 @@ class YumIO:
         yumIOC.rpmtransInit(False)
         if os.path.exists(os.path.join(SHARE, 'breaking')):
             raise RuntimeError('half way')
+
+    def versionLocks(self):
+        """The reason and the lines of locks.json; None without this file."""
+        try:
+            with open(os.path.join(SHARE, 'locks.json')) as locks:
+                return tuple(json.load(locks))
+        except FileNotFoundError:
+            return None
+
+    def lockVersions(self, packages):
+        note('lockVersions ' + ','.join(sorted(package.name for package in packages)))
+        self.wait()
+        if os.path.exists(os.path.join(SHARE, 'failing')):
+            raise Failure('it cannot be locked')
+
+    def unlockVersions(self, packages):
+        note('unlockVersions ' + ','.join(sorted(package.name for package in packages)))
 
     def wait(self):
         while os.path.exists(os.path.join(SHARE, 'held')):

@@ -32,7 +32,10 @@ TOGETHER = (
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
     ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log',)), ('MainWindow', ('&Edit Configuration',)),
     ('MainWindow', ('&About',)),
-    ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action')),
+    ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action',
+                                         '&Lock Version')),
+    # A menu has either this entry or the one with the same letter, except for a selection of both kinds.
+    ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action', 'Un&lock Version')),
     ('PackageTable::OtherContextMenu', ('&Describe',)),
     ('Log::Window', ('&Close',)),
     ('FilteredList', ('&Filter',)),

@@ -32,14 +32,14 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     )),
     (tr('Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, '
         'because it lacks {}.'), (
-        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_comps', '_get_installonly_query',
+        (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_comps', '_get_installonly_query', '_plugins',
                     '_repo_persistor', '_repos')),
         (dnf.callback.KeyImport, ('_confirm',)),
         (dnf.conf.read.RepoReader, ('_get_repos',)),
         (dnf.lock.ProcessLock, ('_lock_thread', '_try_lock', '_unlock_thread')),
         (dnf.package.Package, ('_from_system',)),
         (dnf.repo.Repo, ('_repo', '_set_key_import')),
-        (dnf.sack, ('_build_sack',)),
+        (dnf.sack, ('_build_sack', '_rpmdb_sack')),
     )),
     (tr('Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks {}.'), (
         (dnf.plugin.Plugins, ('_caller', '_load', '_run_init')),
@@ -57,14 +57,18 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
 ) for place, names in found for name in names)
 
 # Private names that exist only in objects, not in their classes.
-NAMES_OF_OBJECTS = ('_comps', '_installed', '_removed', '_repo', '_repo_persistor', '_repo_set_imported_gpg_keys',
-                    '_repos', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_upgraded')
+NAMES_OF_OBJECTS = ('_comps', '_installed', '_plugins', '_removed', '_repo', '_repo_persistor',
+                    '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set', '_trans_success',
+                    '_trans_tempfiles', '_upgraded')
 
 # Private names that only newer versions have.
 NEW_NAMES = ('_persistence',)
 
 # Private names that may be missing. Then the script does not replace dnf's own check of signatures.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
+
+# What the script uses of the plug-in versionlock. Without these names, the program offers no version locks.
+VERSIONLOCK_NAMES = ('VersionLockCommand', '_read_locklist', 'locklist_fn')
 
 
 def requirePrivateNames(*objects):

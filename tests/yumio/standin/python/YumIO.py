@@ -107,6 +107,7 @@ class YumIO:
         self.installed = []
         self.available = []
         self.groups = []
+        self.locks = None
         self.base = BASE
         BASE.repos = {'main': Thing(enabled=1)}
         BASE.conf = Thing(basearch='x86_64')
@@ -167,6 +168,15 @@ class YumIO:
 
     def verifyLocalPkg(self, package):
         return self._called('verifyLocalPkg', package, answer=False)
+
+    def versionLocks(self):
+        return self.locks
+
+    def lockVersions(self, packages):
+        return self._called('lockVersions', [package.name for package in packages], answer=True)
+
+    def unlockVersions(self, packages):
+        return self._called('unlockVersions', [package.name for package in packages], answer=True)
 
     def apply(self, *lists):
         return self._called('apply', *lists, answer=True)

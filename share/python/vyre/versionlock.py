@@ -1,0 +1,134 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Version locks: which packages dnf's plug-in versionlock locks, and how to lock others. On a worker.
+
+The plug-in's own command changes its list of locks, so that the command dnf and the program write the same lines.
+"""
+
+import contextlib
+import functools
+import os
+import sys
+import types
+
+import dnf.exceptions
+import dnf.sack
+import dnf.subject
+import hawkey
+
+from .privatenames import VERSIONLOCK_NAMES
+from .program import tr
+
+# The forms in which the plug-in reads a line of its list.
+FORMS = (hawkey.FORM_NEVRA, hawkey.FORM_NEVR, hawkey.FORM_NEV, hawkey.FORM_NA, hawkey.FORM_NAME)
+
+
+def loadedPlugIn(base):
+    """The module of the plug-in; None if it is not loaded, or if this version lacks what the script needs."""
+    plugIns = base._plugins.plugins if base._plugins is not None else ()
+    for plugIn in plugIns:
+        if plugIn.name == 'versionlock':
+            module = sys.modules.get(type(plugIn).__module__)
+            if all(hasattr(module, name) for name in VERSIONLOCK_NAMES):
+                return module
+    return None
+
+
+def versionLocks(base):
+    """None without the plug-in. Otherwise a pair: why the user cannot change the list of locks, or an empty text; and a
+    dictionary of the names of locked packages and the lines that lock them.
+    """
+    module = loadedPlugIn(base)
+    if module is None:
+        return None
+    found = {}
+    for line, names in namesByLine(base, module).items():
+        for name in names:
+            found.setdefault(name, []).append(line)
+    return writingFault(module.locklist_fn), {name: ', '.join(lines) for name, lines in found.items()}
+
+
+def writingFault(path):
+    """Why the user cannot change the list of locks; empty if the user can. The plug-in adds lines to the file, and
+    replaces the file to remove lines.
+    """
+    directory = os.path.dirname(path)
+    if all(os.access(each, os.W_OK) for each in ([path, directory] if os.path.exists(path) else [directory])):
+        return ''
+    return tr('You are not allowed to change the list of locks {}').format(path)
+
+
+def namesByLine(base, module):
+    """The names of the packages that each line of the list locks. The plug-in excludes all other versions of them."""
+    found = {}
+    for line in module._read_locklist():
+        if line.startswith('!'):  # excludes a version
+            continue
+        names = found.setdefault(line, set())
+        for nevra in dnf.subject.Subject(line).get_nevra_possibilities(forms=list(FORMS)):
+            known = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).filterm(name__glob=nevra.name)
+            names.update(package.name for package in known)
+            if nevra.to_query(base.sack):
+                break
+    return found
+
+
+def lockVersions(base, packages):
+    """Lock the installed versions of the packages of these names, or the given version of a package that is not
+    installed.
+    """
+    module = requirePlugIn(base)
+    locked = set().union(*namesByLine(base, module).values())
+    specs = set()
+    for package in packages:
+        if package.name not in locked:
+            installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed().filterm(name=package.name).run()
+            specs.update('{}-{}:{}-{}'.format(each.name, each.epoch, each.version, each.release)
+                         for each in installed or [package])
+    if specs:
+        with oneDatabaseSack():
+            runCommand(base, module, 'add', sorted(specs))
+
+
+def unlockVersions(base, packages):
+    """Remove the lines that lock the packages of these names. A line that locks other packages too stays."""
+    module = requirePlugIn(base)
+    wanted = set(package.name for package in packages)
+    lines = {line: names for line, names in namesByLine(base, module).items() if names & wanted}
+    removed = sorted(line for line, names in lines.items() if names <= wanted)
+    kept = sorted(set(lines) - set(removed))
+    if removed:
+        runCommand(base, module, 'delete', removed)
+    if kept:
+        raise dnf.exceptions.Error(
+            tr('These packages are still locked: {}\nThese lines of {} stay, because they lock other packages too:\n{}')
+            .format(
+                ', '.join(sorted(wanted & set().union(*(lines[line] for line in kept)))),
+                module.locklist_fn, '\n'.join(kept)))
+
+
+def requirePlugIn(base):
+    module = loadedPlugIn(base)
+    if module is None:
+        raise dnf.exceptions.Error(tr('The plug-in versionlock is not loaded.'))
+    return module
+
+
+def runCommand(base, module, subcommand, specs):
+    """Run the plug-in's own command. It prints the changed lines."""
+    command = module.VersionLockCommand(types.SimpleNamespace(base=base))
+    command.opts = types.SimpleNamespace(subcommand=subcommand, package=specs, raw=False)
+    try:
+        command.run()
+    except OSError as e:
+        raise dnf.exceptions.Error(str(e))
+
+
+@contextlib.contextmanager
+def oneDatabaseSack():
+    """The command reads rpm's database again for each package. Within this scope, it reads the database once."""
+    read = dnf.sack._rpmdb_sack
+    dnf.sack._rpmdb_sack = functools.lru_cache(maxsize=1)(read)
+    try:
+        yield
+    finally:
+        dnf.sack._rpmdb_sack = read

@@ -1,0 +1,95 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The user keeps packages at their version with the plug-in versionlock, and allows updates again."""
+import os
+import re
+
+import journey
+from journey import JourneyTest, driver
+
+
+class VersionLocksTest(JourneyTest):
+
+    def setUp(self):
+        super(VersionLocksTest, self).setUp()
+        self.settings = os.path.join(self.scratch, 'settings')
+        os.mkdir(self.settings)
+        for name, lines in (('versionlock.conf', '[main]\nenabled=1\nlocklist={}/locks\n'.format(self.settings)),
+                            # This plug-in writes to the running system.
+                            ('generate_completion_cache.conf', '[main]\nenabled=0\n'), ('locks', '')):
+            with open(os.path.join(self.settings, name), 'w') as stream:
+                stream.write(lines)
+
+    def use_plug_in(self):
+        with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
+            configuration.write('plugins=1\npluginconfpath={}\n'.format(self.settings))
+
+    def locked(self):
+        """The lines of the plug-in's list, without its comments."""
+        with open(os.path.join(self.settings, 'locks')) as stream:
+            return re.findall('(?m)^[^#\n].*$', stream.read())
+
+    def version(self, window, name):
+        return next(row[1] for row in window.rows() if row[0] == name)
+
+    def test_locked_package_stays_at_its_version(self):
+        self.use_plug_in()
+        with self.opened() as window:
+            window.set_filter('^(abacus-cli|barometer|quillbase) ')
+            window.wait_names(['abacus-cli', 'barometer', 'quillbase'])
+            self.assertEqual(self.version(window, 'abacus-cli'), '3.3.0-2')
+            window.mark('quillbase')
+            window.wait_action('update', 'quillbase')
+            window.action_menu('abacus-cli')
+            self.picture('version-lock')
+            window.press_in_menu('l')
+            driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.2.1-1', 'the locked version')
+            window.wait_ready()
+            self.assertEqual(self.locked(), ['abacus-cli-0:3.2.1-1.*'])
+            # The other marks stay.
+            window.wait_action('update', 'quillbase')
+            self.assertIn('Adding versionlock on: abacus-cli-0:3.2.1-1.*', self.read_log(window))
+            window.click_button('Set Update of Listed')
+            self.carry_out(window)
+            self.check_changed(new=['quillbase-2:1.0-1.x86_64', 'barometer-1.1-2.x86_64'],
+                               gone=['quillbase-1:2.4-1.x86_64', 'barometer-1.0-1.x86_64'])
+
+    def test_unlocked_package_has_its_update_again_by_keys_alone(self):
+        self.use_plug_in()
+        with open(os.path.join(self.settings, 'locks'), 'w') as stream:
+            stream.write('abacus-cli-0:3.2.1-1.*\nbarometer-0:1.0-1.*\n')
+        with self.opened() as window:
+            window.set_filter('^abacus-cli ')
+            window.wait_names(['abacus-cli'])
+            self.assertEqual(self.version(window, 'abacus-cli'), '3.2.1-1')
+            window.select_first()
+            driver.key('Home')
+            before = window.program.popups()
+            driver.key('shift+F10')
+            driver.wait_for(lambda: window.program.popups() > before, 'the menu')
+            window.press_in_menu('l')
+            driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.3.0-2', 'the update')
+            window.wait_ready()
+            self.assertEqual(self.locked(), ['barometer-0:1.0-1.*'])
+            # The row is still the current one.
+            driver.key('space')
+            window.wait_action('update', 'abacus-cli')
+        self.check_unchanged()
+
+    def test_without_the_plug_in_the_menu_has_no_locks(self):
+        with self.opened() as window:
+            window.set_filter('^abacus-cli ')
+            window.wait_names(['abacus-cli'])
+            window.action_menu('abacus-cli')
+            shown = window.program.popups()
+            driver.key('l')
+            # The menu stays open, because no entry has this letter.
+            window.press_in_menu('Escape')
+            self.assertEqual(len(shown - window.program.popups()), 1)
+            self.assertEqual(self.version(window, 'abacus-cli'), '3.3.0-2')
+        self.assertEqual(self.locked(), [])
+        self.check_unchanged()
+
+
+if __name__ == '__main__':
+    journey.main()

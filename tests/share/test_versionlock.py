@@ -1,0 +1,182 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Version locks: the plug-in versionlock, its list, and the changes by the program and by the command dnf."""
+
+import os
+import re
+import subprocess
+import sys
+
+from scenario import ScenarioTest, in_own_process
+
+
+class VersionLocksTest(ScenarioTest):
+    def enter(self):
+        super(VersionLocksTest, self).enter()
+        self.settings = os.path.join(self.directory, "settings")
+        self.locks = os.path.join(self.settings, "locks")
+        os.makedirs(self.settings)
+        self.write_settings("versionlock.conf", "[main]\nenabled=1\nlocklist=%s\n" % self.locks)
+        # This plug-in writes to the running system, even with a managed root.
+        self.write_settings("generate_completion_cache.conf", "[main]\nenabled=0\n")
+        self.write_locks()
+        self.configure("plugins=1", "pluginconfpath=" + self.settings)
+
+    def write_settings(self, name, content):
+        with open(os.path.join(self.settings, name), "w") as stream:
+            stream.write(content)
+
+    def write_locks(self, *lines):
+        self.write_settings("locks", "".join(line + "\n" for line in lines))
+
+    def content(self):
+        """The list without the times of its comments."""
+        with open(self.locks) as stream:
+            return re.sub(r"(?m)(# Added lock on ).*$", r"\1...", stream.read())
+
+    def command(self, *arguments):
+        root = self.sandbox.root
+        return subprocess.run(
+            ["/usr/bin/dnf", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
+             "--setopt=reposdir=%s/etc/yum.repos.d" % root, "versionlock"] + list(arguments), check=True,
+            env=self.sandbox.environment(), stdout=subprocess.PIPE, universal_newlines=True).stdout
+
+    def rows(self, *names):
+        """The packages of table rows of these names: the update, or else the installed or available package."""
+        found = []
+        for name in names:
+            for packages in (self.updates, self.installed, self.available):
+                matching = [package for package in packages if package.name == name]
+                if matching:
+                    found.append(matching[0])
+                    break
+        self.assertEqual(len(found), len(names))
+        return found
+
+    def locked(self):
+        fault, lines = self.yumio.versionLocks()
+        self.assertEqual(fault, "")
+        return lines
+
+    def names_of_updates(self):
+        return set(package.name for package in self.updates)
+
+    @in_own_process
+    def test_without_the_plug_in_nothing_is_offered(self):
+        self.write_settings("versionlock.conf", "[main]\nenabled=0\nlocklist=%s\n" % self.locks)
+        self.started()
+        self.assertIsNone(self.yumio.versionLocks())
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "^The plug-in versionlock is not loaded.$"):
+            self.yumio.lockVersions(self.rows("abacus-cli"))
+        self.configure("plugins=0")
+        self.again()
+        self.assertIsNone(self.yumio.versionLocks())
+
+    @in_own_process
+    def test_another_version_of_the_plug_in_offers_nothing(self):
+        self.started()
+        self.assertEqual(self.locked(), {})
+        del sys.modules["dnf.plugin.dynamic.versionlock"]._read_locklist
+        self.assertIsNone(self.yumio.versionLocks())
+
+    @in_own_process
+    def test_the_lines_are_those_of_the_command(self):
+        names = ("abacus-cli", "libcairn", "quillbase", "astrolabe")
+        self.started()
+        # Two architectures of libcairn are installed. An available package has only one version here.
+        self.assertEqual(len([package for package in self.installed if package.name == "libcairn"]), 2)
+        self.yumio.lockVersions(self.rows(*names))
+        self.assert_no_faults()
+        own = self.content()
+        self.assertEqual(sorted(line for line in own.splitlines() if line and line[0] != "#"), [
+            "abacus-cli-0:3.2.1-1.*", "astrolabe-0:5.6-1.*", "libcairn-0:2.1-1.*", "quillbase-1:2.4-1.*"])
+        self.assertIn("Adding versionlock on: abacus-cli-0:3.2.1-1.*", self.recording.printed())
+        self.write_locks()
+        for name in sorted(names):
+            self.command("add", name)
+        self.assertEqual(own, self.content())
+        # The removal of lines also removes comments.
+        self.command("delete", "abacus-cli")
+        theirs = self.content()
+        with open(self.locks, "w") as stream:
+            stream.write(own)
+        self.yumio.unlockVersions(self.rows("abacus-cli"))
+        self.assertEqual(self.content(), theirs)
+        self.assertEqual(os.stat(self.locks).st_mode & 0o777, 0o644)
+
+    @in_own_process
+    def test_a_locked_package_has_no_update_until_it_is_unlocked(self):
+        self.started()
+        before = self.names_of_updates()
+        self.assertLessEqual({"abacus-cli", "quillbase"}, before)
+        self.yumio.lockVersions(self.rows("abacus-cli", "quillbase"))
+        # A reset is not necessary.
+        self.collect()
+        self.assertEqual(before - self.names_of_updates(), {"abacus-cli", "quillbase"})
+        self.assertEqual(self.locked()["abacus-cli"], "abacus-cli-0:3.2.1-1.*")
+        self.assertEqual(set(self.locked()), {"abacus-cli", "quillbase"})
+        # A locked package is not locked again.
+        content = self.content()
+        self.yumio.lockVersions(self.rows("abacus-cli"))
+        self.assertEqual(self.content(), content)
+        self.yumio.unlockVersions(self.rows("abacus-cli", "astrolabe"))
+        self.collect()
+        self.assertEqual(before - self.names_of_updates(), {"quillbase"})
+        self.assertEqual(set(self.locked()), {"quillbase"})
+
+    @in_own_process
+    def test_an_available_package_is_locked_to_the_version_of_its_row(self):
+        self.started()
+        row, = self.rows("astrolabe")
+        self.yumio.lockVersions([row])
+        self.assertEqual(self.content(), "\n# Added lock on ...\nastrolabe-0:5.6-1.*\n")
+
+    @in_own_process
+    def test_lines_that_exclude_versions_stay(self):
+        self.write_locks("!abacus-cli-0:3.3.0-2.*")
+        self.started()
+        self.assertEqual(self.locked(), {})
+        self.yumio.lockVersions(self.rows("abacus-cli"))
+        self.assertEqual(self.locked(), {"abacus-cli": "abacus-cli-0:3.2.1-1.*"})
+        self.yumio.unlockVersions(self.rows("abacus-cli"))
+        self.assertEqual(self.content(), "!abacus-cli-0:3.3.0-2.*\n")
+
+    @in_own_process
+    def test_a_line_with_a_pattern_locks_all_its_packages(self):
+        self.write_locks("amberfont-*", "quillbase")
+        self.started()
+        locked = self.locked()
+        self.assertEqual(locked["amberfont-sans"], "amberfont-*")
+        self.assertEqual(set(locked), {"amberfont-sans", "amberfont-serif", "quillbase"})
+        # The line stays as long as it locks another package too.
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.yumio.unlockVersions(self.rows("amberfont-sans", "quillbase"))
+        self.assertEqual(str(caught.exception), "These packages are still locked: amberfont-sans\nThese lines of %s "
+                         "stay, because they lock other packages too:\namberfont-*" % self.locks)
+        self.assertEqual(self.content(), "amberfont-*\n")
+        self.yumio.unlockVersions(self.rows("amberfont-sans", "amberfont-serif"))
+        self.assertEqual(self.content(), "")
+
+    @in_own_process
+    def test_a_user_who_cannot_write_the_list_gets_the_reason(self):
+        self.started()
+        self.assertEqual(self.locked(), {})
+        fault = self.module("versionlock").writingFault
+        missing = os.path.join(self.settings, "missing")
+        self.assertEqual(fault(missing), "")
+        self.assertIn("list of locks " + missing, fault(missing + "/list"))
+        for directory in (os.path.dirname(self.directory), self.directory):
+            os.chmod(directory, 0o755)
+        os.setuid(65534)
+        self.assertEqual(fault(self.locks), "You are not allowed to change the list of locks " + self.locks)
+        self.assertEqual(self.yumio.versionLocks()[0], fault(self.locks))
+
+    @in_own_process
+    def test_a_failing_change_has_the_reason_of_the_system(self):
+        self.started()
+        os.unlink(self.locks)
+        os.mkdir(self.locks)
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "Is a directory"):
+            self.yumio.lockVersions(self.rows("abacus-cli"))
+        fault, lines = self.yumio.versionLocks()
+        self.assertIn("Is a directory", fault)
+        self.assertEqual(lines, {})

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// The version locks of the package manager, as of the last collection. A locked package gets no update. The
+// package manager knows them from its plug-in versionlock; without it, the program offers no locks.
+//
+// A plain value. The back end has one; a worker sets it, and the graphical thread reads it while no worker
+// runs.
+
+#ifndef YUMIO_VERSIONLOCKS_H
+#define YUMIO_VERSIONLOCKS_H
+
+#include <QHash>
+#include <QString>
+
+#include "yumio/Package.h"
+
+class VersionLocks
+{
+public:
+    // Whether the package manager has loaded the plug-in.
+    bool offered = false;
+    // Why the user cannot change the locks; empty if the user can.
+    QString fault;
+    // The lines that lock a package, as the plug-in's list has them, by the name of the package.
+    QHash<QString, QString> lines;
+
+    bool isLocked(const Package::Entry& entry) const
+    {
+        return entry.kind != Package::Group && lines.contains(entry.name);
+    }
+};
+
+#endif
