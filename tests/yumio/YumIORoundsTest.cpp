@@ -171,6 +171,12 @@ private Q_SLOTS:
 #ifndef __SANITIZE_ADDRESS__ // it delays the release of freed memory
         // If each round kept its records, the growth would exceed this bound. On a busy machine the memory
         // manager itself grows by a third of it.
+        //
+        // Measured on the script alone, with Python 3.11 and these plug-ins: after 20 more rounds, no type
+        // has more objects. After 30 more rounds, tracemalloc finds 28 KiB more, 25 KiB of it in one block of
+        // an import. The resident memory grows by 6 KiB a round in 60 rounds, but by 0.6 KiB in the last 140
+        // of 160 rounds. Without plug-ins it grows by 1 KiB in 60 rounds. So no round leaves objects behind,
+        // and the heap itself grows.
         QVERIFY(growth(memory) <= 3 * 1024);
 #endif
     }

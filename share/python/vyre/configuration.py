@@ -115,8 +115,9 @@ RUNNING_CONFIGURATION = OWN_CONFIGURATION
 
 
 def keepChecks(conf, path):
-    """Demand the checks of dnf's own file, and protect the packages that it protects, if VYRE reads another file. path is
-    that file, or None without one.
+    """Demand the checks of dnf's own file, and protect the packages that it protects, if VYRE reads another file.
+
+    path is that file, or None without one.
 
     The command dnf reads only its own file. VYRE must not install or remove a package that dnf refuses. For a managed
     root without its own file, dnf reads the file of the running system.
