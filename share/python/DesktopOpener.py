@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Opens things in the programs that the user's desktop has for them; what webbrowser and mimeviewer share.
+"""Opens files and pages in the programs of the user's desktop. The programs webbrowser and mimeviewer share this code.
 
-VYRE itself usually runs as root, started by a user through pkexec or sudo. Nothing that shows documents from elsewhere
-runs as root here: it runs as that user and with that user's surroundings, or not at all.
+VYRE itself usually runs as root, started by a user through pkexec or sudo. A program that shows foreign documents never
+runs as root here: it runs as that user, with the user's own environment, or it does not run.
 
-Works with Python 3.6 and later, and needs nothing but its standard library.
+This module needs Python 3.6 or later, and only its standard library.
 """
 import html
 import os
@@ -15,7 +15,7 @@ import stat
 import subprocess
 import sys
 
-# The variables of the caller that a desktop's programs need, besides those that are made for the user.
+# The caller's variables that the programs of a desktop need. environment() adds the variables that depend on the user.
 KEPT = ('DISPLAY', 'WAYLAND_DISPLAY', 'PATH', 'TERM', 'TZ', 'LANG', 'LANGUAGE', 'BROWSER', 'XDG_CURRENT_DESKTOP',
         'XDG_SESSION_DESKTOP', 'XDG_SESSION_TYPE', 'XDG_DATA_DIRS', 'DESKTOP_SESSION', 'GNOME_DESKTOP_SESSION_ID',
         'KDE_FULL_SESSION', 'KDE_SESSION_VERSION', 'DBUS_SESSION_BUS_ADDRESS')
@@ -29,16 +29,16 @@ def shown(text):
 
 
 class Refusal(Exception):
-    """Nothing was opened; the text tells why."""
+    """Nothing was opened; the text says why."""
 
 
 def caller(what):
-    """The user, as an entry of the user database, whom root works for; None when this does not run as root."""
+    """The entry of the user who has become root, from the user database; None if this process is not root's."""
     if os.geteuid() != 0:
         return None
     for variable in ('PKEXEC_UID', 'SUDO_UID'):
         value = os.environ.get(variable, '')
-        # When it is root itself, the other one may tell of somebody who had become root before.
+        # If one variable names root, the other variable may name the user who became root first.
         if re.match(r'[0-9]+\Z', value) and int(value) != 0:
             try:
                 return pwd.getpwuid(int(value))
@@ -48,7 +48,7 @@ def caller(what):
 
 
 def become(user):
-    """Give up everything that root may do, for good."""
+    """Become this user. The process can never get root's rights again."""
     try:
         os.initgroups(user.pw_name, user.pw_gid)
         os.setresgid(user.pw_gid, user.pw_gid, user.pw_gid)
@@ -66,11 +66,11 @@ def is_own_directory(path, uid):
 
 
 def environment(user, given):
-    """What the user's programs are to find in their environment; to be called as that user."""
+    """Returns the environment for the user's programs. The process must already be this user's."""
     made = {name: value for name, value in given.items() if name in KEPT or name.startswith('LC_')}
     made.update(HOME=user.pw_dir, USER=user.pw_name, LOGNAME=user.pw_name, SHELL=user.pw_shell or '/bin/sh')
 
-    # sudo may have taken over root's, or VYRE have made one for itself.
+    # The given runtime directory may be root's, or may be one that VYRE has made for itself.
     for directory in (given.get('XDG_RUNTIME_DIR'), os.path.join(RUNTIME_DIRECTORIES, str(user.pw_uid))):
         if directory and is_own_directory(directory, user.pw_uid):
             made['XDG_RUNTIME_DIR'] = directory
@@ -87,7 +87,7 @@ def environment(user, given):
 
 
 def find(program, path):
-    """The full path of a program, as a shell finds it; None when there is none."""
+    """The full path of a program, found as by a shell; None if the program is missing."""
     for directory in path.split(os.pathsep):
         candidate = os.path.join(directory or '.', program)
         if os.path.isfile(candidate) and os.access(candidate, os.X_OK):
@@ -96,7 +96,10 @@ def find(program, path):
 
 
 def start(what, commands):
-    """Become the first of these commands whose program is installed, as the user; what is for messages."""
+    """As the user, replace this process by the first of these commands whose program is installed.
+
+    what: the name of the opened file or page in messages.
+    """
     user = caller(what)
     given = dict(os.environ)
     if user is not None:
@@ -106,7 +109,7 @@ def start(what, commands):
             os.chdir(user.pw_dir)
         except OSError:
             os.chdir('/')
-    # The interpreter ignores these for itself, and a started program would go on doing so.
+    # The interpreter ignores these signals, and a started program would inherit that.
     for number in (signal.SIGPIPE, signal.SIGXFSZ):
         signal.signal(number, signal.SIG_DFL)
     for command in commands:
@@ -121,10 +124,10 @@ def start(what, commands):
 
 
 def show(text):
-    """Show a message on the display, in what there is for that: a desktop shows nobody what programs write."""
+    """Show a message on the display, with an available program: a desktop does not show the output of programs."""
     given = dict(os.environ)
-    # Both zenity and kdialog replace a backslash and the letter after it. kdialog also guesses whether a text is rich
-    # text: it gets rich text, in which the text itself is escaped.
+    # zenity and kdialog both replace a backslash and the letter after it. kdialog also guesses whether a text is rich
+    # text. So it gets rich text that contains the escaped text.
     escaped = text.replace('\\', '\\\\')
     rich = '<qt><p style="white-space: pre-wrap">' + html.escape(text).replace('\\', '&#92;') + '</p></qt>'
     for command in (['zenity', '--error', '--no-markup', '--title=VYRE', '--text=' + escaped],
@@ -138,7 +141,7 @@ def show(text):
 
 
 def run(main):
-    """Run main on the arguments; end with one message and status 1 when it refuses."""
+    """Run main with the arguments. If it refuses them, end with one message and status 1."""
     try:
         main(sys.argv[1:])
     except Refusal as e:

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The package manager, as the program uses it.
+"""The program's interface to the package manager.
 
-The program runs this file in its embedded interpreter, makes one object of the class YumIO and calls its methods. It
-does so on one thread at a time: on the graphical one at the start, on a worker for every long operation. All messages
+The program runs this file in its embedded interpreter, makes one object of the class YumIO and calls its methods. Only
+one thread at a time calls them: the graphical thread at the start, a worker during every long operation. All messages
 of the package manager go to the program through the built-in module yumIOC.
 
-This file has only the class; the package vyre beside it does the work. Runs with Python 3.6 and later, and dnf 4.
+This file has only the class; the package vyre beside it does the work. It needs Python 3.6 or later, and dnf 4.
 """
 
 import contextlib
@@ -37,9 +37,9 @@ import yumIOC
 def ownPackage():
     """Allows imports from the package beside this file within a scope.
 
-    The program runs as root. Therefore the package is not searched for, and a package of the same name in another
-    directory is never imported. Compiled files are not written: the share directory keeps its installed contents, and a
-    start needs less than a tenth of a second to compile the modules.
+    The program runs as root. Therefore this function names the directory of the package: Python must never import a
+    package of the same name from another directory. Python writes no compiled files. So the share directory keeps its
+    installed contents, and a start needs less than a tenth of a second to compile the modules.
     """
     forgetOwnPackage()
     directory = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'vyre')
@@ -102,8 +102,8 @@ class All:
 
 
 def withReason(method):
-    """Gives exceptions a complete attribute value, which the program shows. In some exceptions of dnf, the value has
-    only a part of the text, or no text.
+    """Gives exceptions a complete attribute "value". The program shows this attribute. In some exceptions of dnf, it
+    has only a part of the text, or no text.
     """
     @functools.wraps(method)
     def explained(*args):
@@ -128,7 +128,7 @@ class YumIO:
         startLog()
         requirePrivateNames()
         self._lock = None
-        self._cookie = ''  # the databaseCookie() of the time when the packages were read
+        self._cookie = ''  # the result of databaseCookie() when the packages were read
         self._reportedWithoutGroups = False
         # Whether the last transaction has changed the system.
         self.systemChanged = False
@@ -226,7 +226,7 @@ class YumIO:
         available = query.available().filterm(arch__neq=['src', 'nosrc'])
         try:
             available.filterm(latest_per_arch_by_priority=True)
-        except (ValueError, hawkey.Exception):  # older than priorities
+        except (ValueError, hawkey.Exception):  # a version of dnf without priorities
             available.filterm(latest_per_arch=True)
         # The program shows the first of several installed versions.
         return All(sorted(query.installed(), reverse=True), available.run(),
@@ -305,7 +305,7 @@ class YumIO:
         return libdnf.conf.ConfigParser.substitute(text, self.base.conf.substitutions)
 
     def metadataPath(self, repoid, kind):
-        """The path of a repository's metadata in the cache, of the kind "filelists" or "other"; None without them."""
+        """The path of a repository's metadata in the cache, of the kind "filelists" or "other", or None."""
         repo = self.base.repos.get(repoid)
         return documentPath(repo, kind) if repo is not None and repo.enabled else None
 
@@ -370,7 +370,7 @@ class YumIO:
             base.reset(goal=True)
             del base._ts
             if base.changed and base.plugInsHaveChanged():
-                # The program reads the packages again now.
+                # After a change, the program reads the packages again.
                 base.readReposLater()
 
     def _checkCurrent(self):
@@ -390,7 +390,7 @@ class YumIO:
 
     @staticmethod
     def words(text):
-        """A text of dnf in the user's language."""
+        """Returns the translation of a text of dnf."""
         return dnf.i18n._(text)
 
     # Cleaning

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The steps of a transaction after it is resolved: the question, the downloads, rpm's work. On the worker."""
+"""The steps of a resolved transaction: the question, the downloads, rpm's work. A worker runs them."""
 
 import logging
 
@@ -19,7 +19,7 @@ from .space import ScriptSpace, checkScriptSpace, spaceHint, spaceHints
 
 
 def addRemarks(base):
-    """Add remarks about failures after the packages were changed."""
+    """Add remarks about failures that happened after the packages were changed."""
     parts = base.remarks
     if base.historyFault is not None:
         parts.append(tr('The packages were changed. Only the history of transactions could not be written:\n{}')
@@ -36,7 +36,7 @@ def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
     transaction = base.transaction or []
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
-    # Changes of groups and streams alone are made nevertheless, as by dnf.
+    # If only groups and streams change, dnf changes them in spite of this flag.
     if transaction and 'test' in base.conf.tsflags:
         introduceListing(tr('This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
                             'it installs, updates and removes nothing.\n\n'))
@@ -78,7 +78,7 @@ def runTransaction(base, checkCurrent):
         checkCurrent()
         base.scriptSpace = ScriptSpace()
         checkScriptSpace(base.scriptSpace)
-        # dnf saves streams of modules before the plug-ins' last hook; without packages, also the groups.
+        # dnf saves module streams before the last hook of the plug-ins. Without packages, it also saves groups before.
         saved = otherSections(base, withGroups=not base.transaction)
         PlugIns.ended = False
         try:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The package manager itself: dnf's class Base with what the script adds.
+"""The package manager itself: dnf's class Base with the additions of the script.
 
 The graphical thread makes, renews and closes the object; workers use it in between.
 """
@@ -41,7 +41,7 @@ class Base(dnf.Base):
         self.scriptSpace = None  # the ScriptSpace of the running transaction
         self.otherData = OtherData()
         self.headers = HeaderMemo()
-        self.changed = False  # rpm has begun to change the system
+        self.changed = False  # whether rpm has begun to change the system
         self.historyFault = None  # why the history lacks the end of the last transaction
         self.unsolved = None  # the goal of the last resolution, if it has failed
         self.judge = None  # a function that may refuse a solution before it becomes the transaction
@@ -50,11 +50,11 @@ class Base(dnf.Base):
         # logged.
         self.remarks = []
         self._remarked = set()
-        self.plugInFault = ''  # why the plug-ins cannot be used; then every operation fails
+        self.plugInFault = ''  # why the plug-ins cannot be used; not empty: every operation fails
         self._plugInStamp = None
 
     def renew(self, conf):
-        """Begin again with another configuration. The program keeps the object."""
+        """Begin again with another configuration. The object stays the same, because the program keeps it."""
         kept = self.remarks, self._remarked
         self.end()
         forgetPlugIns()
@@ -63,7 +63,7 @@ class Base(dnf.Base):
 
     def end(self):
         """Close everything, and save the state for the next run, as the command dnf does at its end."""
-        # close() uses the repositories. If they were not read yet, they must not be read now.
+        # close() uses the repositories. It must not read them now if they are still unread.
         self._reposUnread = False
         try:
             self.close()
@@ -150,7 +150,7 @@ class Base(dnf.Base):
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
 
     def _expireRepos(self):
-        """Mark metadata as outdated if an earlier run has found them to be outdated."""
+        """Mark the metadata as outdated that an earlier run has found to be outdated."""
         self._activate_persistor()
         expired = self._repo_persistor.get_expired_repos()
         for repo in self._repos.values():
@@ -171,7 +171,7 @@ class Base(dnf.Base):
                 'dnf.conf(5) for how to squelch this message)'))
 
     def _usePlugIns(self, *steps):
-        """Run steps of the plug-ins. The program reports a failure after it has asked for the repositories."""
+        """Run steps of the plug-ins. setupRepos() reports a failure later."""
         try:
             for step in steps:
                 if not self.plugInFault:
@@ -187,7 +187,8 @@ class Base(dnf.Base):
                 logging.getLogger('dnf').warning('%s', e)
 
     def _add_repo_to_sack(self, repo):
-        # Change logs are downloaded with the other metadata, but not kept in memory: most runs do not need them.
+        # dnf downloads change logs with the other metadata. It does not load them here, because most runs do not need
+        # them.
         repo.load_metadata_other = True
         try:
             repo.load()
@@ -236,14 +237,14 @@ class Base(dnf.Base):
         return found.st_ino, found.st_mtime_ns, found.st_size
 
     def _checkPackages(self, repo):
-        """Refuse a damaged list of packages. dnf ignores that the list has no packages, or too few."""
+        """Refuse a damaged list of packages. dnf accepts a damaged list that has no packages, or too few."""
         fault = self._documentFault(repo, 'primary', 'metadata')
         if fault:
             raise dnf.exceptions.RepoError(
                 tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
 
     def _checkDocuments(self, repo):
-        """Report a damaged list of files or changes. dnf ignores that it ends too early or is another document."""
+        """Report a damaged list of files or changes. dnf accepts a list that ends too early, and a wrong document."""
         for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
             fault = self._documentFault(repo, kind, element)
             if fault:
@@ -251,8 +252,8 @@ class Base(dnf.Base):
                                'are missing in searches and descriptions.').format(kind, repo.id, fault))
 
     def _documentFault(self, repo, kind, element):
-        """The fault of a document of a repository; empty without a fault. A damaged document is checked again next
-        time.
+        """Returns the error of a document of a repository; empty without an error. dnf's cache of a damaged document is
+        removed, so that the next run checks the document again.
         """
         path = documentPath(repo, kind)
         fault = metadataFault(path, element) if path is not None else ''
@@ -263,8 +264,9 @@ class Base(dnf.Base):
         return fault
 
     def _run_transaction(self, cb):
-        """Newer versions of rpm report a failed transaction without a failed package, if a scriptlet has failed that
-        prevents nothing. As in older versions, the packages have changed, and the history needs the transaction's end.
+        """Not every failed scriptlet prevents the change of its package. If it does not, newer versions of rpm
+        nevertheless report a failed transaction, in which no package has failed. As in older versions, the packages
+        have changed, and the history needs the end of the transaction.
         """
         try:
             return super(Base, self)._run_transaction(cb)
@@ -298,13 +300,13 @@ class Base(dnf.Base):
         return [clearest(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
 
     def _goal2transaction(self, goal):
-        # This comes before the history and the plug-ins see the solution.
+        # The judge runs before the history and the plug-ins get the solution.
         if self.judge is not None:
             self.judge(goal)
         return super(Base, self)._goal2transaction(goal)
 
     def _verify_transaction(self, *args, **kwargs):
-        """Store a failure to write the history. The failure does not undo the changes of rpm."""
+        """If the history cannot be written, store the error. The changes by rpm are still valid."""
         try:
             super(Base, self)._verify_transaction(*args, **kwargs)
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Cleans dnf's cache. On a worker."""
+"""Cleans dnf's cache. A worker runs this module."""
 
 import logging
 import os

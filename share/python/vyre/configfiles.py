@@ -19,7 +19,7 @@ OWN_CONFIGURATION = '/etc/dnf/dnf.conf'
 
 
 def configurationFile():
-    """The main configuration file, or None without one. The editor of repositories looks in the same places."""
+    """The path of the main configuration file, or None. The editor of repositories looks in the same places."""
     for path in ('/etc/yum/yum.conf', '/etc/yum.conf', OWN_CONFIGURATION):
         if os.path.exists(inRoot(path)):
             return inRoot(path)
@@ -41,13 +41,13 @@ def tooLarge(limit):
 
 
 def mainFileFault(path):
-    """Why dnf must not read the main configuration file; empty if it can.
+    """The reason why dnf must not read the main configuration file; empty if dnf can read it.
 
     dnf would read a pipe or an endless file for ever. dnf itself handles all other errors of the file: if VYRE
     ignored the file, its options would be lost, and with them checks of signatures.
     """
     try:
-        # Opening a device may already have an effect.
+        # The type is checked first, because opening a device may already have an effect.
         found = os.stat(path)
         if not stat.S_ISREG(found.st_mode):
             return tr('it is not a regular file')
@@ -64,12 +64,12 @@ TWO_BYTE_MARKS = (b'\xff\xfe', b'\xfe\xff')
 
 
 def isUsable(path):
-    """Whether the program reads the repositories of this file too. The program reports the files that it does not read.
+    """Whether the program's editor can read this repository file. The editor reports the files that it does not read.
 
     dnf would read a pipe or an endless file for ever.
     """
     try:
-        # Opening a device may already have an effect.
+        # The type is checked first, because opening a device may already have an effect.
         if not stat.S_ISREG(os.stat(path).st_mode):
             return False
         descriptor = os.open(path, os.O_RDONLY | os.O_CLOEXEC | os.O_NOCTTY | os.O_NONBLOCK)
@@ -118,7 +118,7 @@ def largestSection(content):
 
 
 class RepositoryReader(dnf.conf.read.RepoReader):
-    """Reads the repository files that the program reads too."""
+    """Reads only the repository files that the program's editor can read."""
 
     def _get_repos(self, path):
         return super(RepositoryReader, self)._get_repos(path) if isUsable(path) else iter(())

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""dnf's configuration as the files have it, for the managed system.
+"""Reads dnf's configuration of the managed system from its files.
 
-The graphical thread reads it at the start, and again before each new collection.
+The graphical thread does this at the start, and again before each new collection.
 """
 
 import logging
@@ -26,7 +26,7 @@ from .program import tr
 def readConfiguration():
     """Read the configuration files; return the configuration and the repository directories that this dnf knows.
 
-    A part that cannot be read is logged and keeps its default.
+    The log reports each unreadable part. An unreadable part keeps its default.
     """
     conf = dnf.conf.Conf()
     # This comes after Conf(): to detect the architecture, Conf() makes rpm read its own configuration again.
@@ -49,7 +49,7 @@ def readConfiguration():
             conf._set_value(option, inRoot(path), dnf.conf.PRIO_DEFAULT)
     preset = {option: getattr(conf, option) for option in ('cachedir', 'logdir', 'persistdir')}
 
-    # dnf also looks for repositories in its main file. Without this, it would look in its usual file.
+    # dnf also looks for repositories in its main file. Without this option, it would look in its usual main file.
     conf._set_value('config_file_path', readMainFile(conf), dnf.conf.PRIO_COMMANDLINE)
     # The option skip_broken changes other options.
     conf._adjust_conf_options()
@@ -115,9 +115,8 @@ RUNNING_CONFIGURATION = OWN_CONFIGURATION
 
 
 def keepChecks(conf, path):
-    """Demand the checks of dnf's own file, and protect the packages that it protects, if VYRE reads another file.
-
-    path is that file, or None without one.
+    """If VYRE reads another main file than dnf, require the checks of dnf's own file too. Also protect the packages
+    that dnf's own file protects. path: the file that VYRE reads, or None.
 
     The command dnf reads only its own file. VYRE must not install or remove a package that dnf refuses. For a managed
     root without its own file, dnf reads the file of the running system.
@@ -146,7 +145,7 @@ def keepChecks(conf, path):
         conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
     protect(conf, demanded.protected_packages)
     if added:
-        # The file of the running system does not demand anything for the managed root in particular.
+        # The file of the running system was not written for the managed root. So these checks are no reason to warn.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
         if path is None:
             show(tr('There is no main configuration file. dnf uses %s instead. VYRE makes the checks of that file too: '
@@ -191,7 +190,7 @@ def setReleasever(conf):
 
 
 def detectedRelease():
-    """The release of the managed system, or a usable value without a release package."""
+    """The release of the managed system. Without a release package, it is a usable value."""
     try:
         detected = dnf.rpm.detect_releasever(managedRoot())
     except dnf.exceptions.Error as e:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""rpm's database: where it is, and whether it has changed. On the graphical thread and on workers."""
+"""rpm's database: its place, and whether it has changed. The graphical thread and workers run this module."""
 
 import logging
 import os
@@ -18,7 +18,7 @@ DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
 
 
 def useDatabaseOfRoot():
-    """Use the database of the managed system. In some distributions, rpm uses one in the home directory of the user.
+    """Use the database of the managed system. In some distributions, rpm uses a database in the user's home directory.
 
     dnf checks signatures with the program rpmkeys, which needs the directory as well. In a second run of the
     script in the same interpreter, rpm's macro has its value already. Therefore the function stays replaced.
@@ -31,7 +31,7 @@ def useDatabaseOfRoot():
 
 
 def verifyWithDatabaseOfRoot(package, root):
-    """Check the signatures of a package, an open file. Returns dnf's number of the result; 0 is good."""
+    """Check the signatures of a package, an open file. Returns dnf's number for the result; 0 means correct."""
     program = dnf.rpm.miscutils._find_rpmkeys_binary()
     if program is None:
         logging.getLogger('dnf').critical(tr('Signatures cannot be checked: the program rpmkeys is missing.'))
@@ -57,7 +57,7 @@ def databaseCookie():
 
 
 def installedNumbers():
-    """The number in the database, and the name, of each installed package, without signing keys."""
+    """A set of pairs: the number in the database and the name of each installed package. Signing keys are left out."""
     transaction = rpm.TransactionSet(managedRoot())
     # The signatures were checked when the packages were installed.
     transaction.setVSFlags(rpm._RPMVSF_NOSIGNATURES | rpm._RPMVSF_NODIGESTS)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Groups of packages, and whether libcomps and Python can read them. On the worker that collects them."""
+"""Groups of packages, and whether libcomps and Python can read them. The worker that collects them runs this module."""
 
 import functools
 import logging
@@ -86,7 +86,7 @@ def groupsCanBeRead():
 
 
 class WithoutGroups(dnf.comps.Comps):
-    """Replaces dnf's groups on a system where they cannot be read. It is always empty."""
+    """Replaces dnf's groups on a system where dnf cannot read them. The object is always empty."""
 
     def __len__(self):
         return 0
@@ -116,7 +116,7 @@ def checkGroups(base, repo):
 
 
 def reportUnreadable(base):
-    """Report that groups are left out, if a repository has any; return whether it reported this."""
+    """If a repository has groups, report that they are left out. Returns whether this was reported."""
     found = any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn() for repo in base.repos.iter_enabled())
     if found:
         logging.getLogger('dnf').warning('%s', tr(

@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The history of transactions, and whether the package database has what a transaction has done. On a worker."""
+"""The history of transactions, and whether the package database has the changes of a transaction.
+
+A worker runs this module.
+"""
 
 import logging
 import os
@@ -21,7 +24,7 @@ COMMAND_LENGTH = 1000
 
 
 def commandLine(*lists):
-    """The text that the history stores as the command line, from pairs of a verb and names of packages or groups.
+    """The text that the history stores as the command line. lists: pairs of a verb and names of packages or groups.
 
     dnf shows the history on a terminal. Characters of names that could harm a terminal are replaced.
     """
@@ -35,7 +38,7 @@ def commandLine(*lists):
 
 
 def reportLeftovers(base):
-    """Report what remains of a transaction that a crash or a power failure has interrupted. dnf does not report it."""
+    """Report the remains of a transaction that a crash or a power failure has interrupted. dnf does not report them."""
     parts = []
     try:
         reportInterrupted(base, parts)
@@ -63,7 +66,7 @@ def reportInterrupted(base, parts):
         if last is None or last.end_timestamp:
             return
         begin = time.ctime(last.beg_timestamp)
-        # Groups have no names here.
+        # The items of groups have no names.
         if not unrecorded(base, [item for item in last.packages() if item.name]):
             parts.append(tr('The history does not record the end of the last transaction, begun on {}.\n'
                             'All its packages are in the intended state.').format(begin))
@@ -76,8 +79,8 @@ def reportInterrupted(base, parts):
 
 
 def severalVersions(base):
-    """Lists of installed packages with the same name and architecture, the oldest first, of which only one should be
-    installed.
+    """Lists of installed packages with the same name and architecture, the oldest first. Only one package of each list
+    should be installed.
     """
     installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
     duplicated = installed.duplicated().difference(base._get_installonly_query(installed))
@@ -96,7 +99,7 @@ def refuseHistory(base, text):
 
 
 def endHistory(base):
-    """Mark a transaction that rpm has not begun as failed. Otherwise it looks like an interrupted one."""
+    """Mark a transaction that rpm has not begun as failed. Otherwise it looks like an interrupted transaction."""
     try:
         for item in base.transaction or []:
             item.state = libdnf.transaction.TransactionItemState_ERROR
@@ -113,7 +116,7 @@ def unrecorded(base, items):
     wanted = {}
     for item in items:
         key = (item.name, item.epoch, item.version, item.release, item.arch)
-        # A reinstalled package also counts as removed.
+        # dnf has two items for a reinstalled package: an installed and a removed one.
         if item.action in dnf.transaction.FORWARD_ACTIONS:
             wanted[key] = (item, True)
         elif item.action in dnf.transaction.BACKWARD_ACTIONS:

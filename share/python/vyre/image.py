@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Systems whose programs are an image: which changes are impossible there. On the worker that applies the marks."""
+"""The changes that are impossible on a system whose programs are an image. The worker that applies the marks asks."""
 
 import fnmatch
 import os
@@ -25,7 +25,7 @@ def checkPersistence(base):
         raise dnf.exceptions.Error(dnf.i18n._('Transient transactions are only supported on bootc systems.'))
     kinds = libdnf.transaction
     if hasattr(kinds, 'TransactionPersistence_PERSIST'):
-        # The history stores it.
+        # The history stores this value.
         base._persistence = (kinds.TransactionPersistence_TRANSIENT if image else
                              kinds.TransactionPersistence_PERSIST)
     if image:

@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Additional sections of the listing: the changes of groups and module streams. On the worker that applies the marks.
+"""Additional sections of the listing: the changes of groups and module streams.
 
-The command dnf adds these sections around its library. Their texts and translations are those of the command.
+dnf's library does not list these changes; the command dnf does. The sections use the texts and translations of the
+command. The worker that applies the marks runs this module.
 """
 
 import dnf.exceptions
@@ -12,7 +13,7 @@ from .program import tr
 
 
 def otherSections(base, withGroups=True):
-    """The changes of a resolved transaction that are not changes of packages, as in dnf's own listing.
+    """The changes of groups and module streams in a resolved transaction, as in dnf's own listing.
 
     Returns pairs of a heading and its lines, without empty sections.
     """

@@ -51,8 +51,9 @@ class SessionLock(dnf.lock.ProcessLock):
 class DatabaseLock:
     """Holds rpm's own lock for a scope, so that no other program changes the packages meanwhile.
 
-    rpm waits for this lock without a message, or does not wait at all. This class shows what it waits for, and asks
-    whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it when it is done.
+    rpm waits for this lock without a message, or does not wait at all. This class shows the holder of the lock, and
+    asks whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it when it is
+    done.
     """
 
     # Times in seconds: between two attempts, before the first question, and between two questions.
@@ -61,7 +62,7 @@ class DatabaseLock:
     NEXT_QUESTION = 60
 
     def __init__(self, step):
-        """step: what the bar shows after a wait."""
+        """step: the text that the bar shows after a wait."""
         self._step = step
 
     def __enter__(self):
@@ -71,7 +72,7 @@ class DatabaseLock:
         self._descriptor = None
         try:
             self._descriptor = os.open(self._path, os.O_RDWR | os.O_CREAT | os.O_CLOEXEC, 0o644)
-        except OSError as e:  # rpm reports it if it needs the file
+        except OSError as e:  # rpm reports the error if it needs the file
             logging.getLogger('dnf').debug('%s', e)
         try:
             self._wait()
@@ -163,7 +164,7 @@ def nameInLocks(path):
     """The name of a file in /proc/locks: the device of its file system, which may differ from that of stat(), and the
     number of the file.
     """
-    # With O_PATH, because closing a file that is open for reading releases all locks of this process on it.
+    # O_PATH is necessary: closing a file that is open for reading releases all locks of this process on the file.
     descriptor = os.open(path, os.O_PATH | os.O_CLOEXEC)
     try:
         with open('/proc/self/fdinfo/{}'.format(descriptor)) as facts:
@@ -202,7 +203,7 @@ def hasEnded(number):
 
 
 def usesPackages(number):
-    """Whether a process has loaded rpm's library. Every holder of a lock has; True if this is unknown."""
+    """Whether a process has loaded rpm's library, as every holder of a lock has. True if this is unknown."""
     try:
         with open('/proc/{}/maps'.format(number), 'rb') as maps:
             return any(b'/librpm' in line for line in maps)
@@ -257,7 +258,7 @@ def removeAbandonedLock(lock):
 class WaitingLock(dnf.lock.ProcessLock):
     """A lock on the cache. It waits for another process that holds the lock, and shows the name of that process.
 
-    dnf itself would wait without a limit, even for an unrelated process that has got the number of the owner.
+    dnf itself would wait without a limit, even for an unrelated process that has the number of the ended owner.
     """
 
     # Seconds between two attempts.
@@ -283,7 +284,7 @@ class WaitingLock(dnf.lock.ProcessLock):
         logged = None
         try:
             while holder != number:
-                # Without a number, another process is taking or releasing the lock at this moment.
+                # If the file has no number, another process is taking or releasing the lock at this moment.
                 first = holder != logged and holder > 0
                 if first:
                     logged = holder
@@ -315,7 +316,8 @@ class WaitingLock(dnf.lock.ProcessLock):
 
 
 def awaitLock(text, first=False):
-    """Show the lock that the script waits for, the first time also in the log. None shows the end of the wait.
+    """Show the lock that the script waits for. If first is set, the log gets the text too. None shows the end of the
+    wait.
 
     Returns False if the user ends the wait.
     """

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The marks of a transaction, and how they become the goal of dnf. On the worker that applies them."""
+"""The marks of a transaction, and how they become the goal of dnf. The worker that applies them runs this module."""
 
 import dnf.exceptions
 import dnf.selector
@@ -46,7 +46,7 @@ class Marks:
     SHOWN = 6
 
     def inShort(self):
-        """The names of the marked packages and groups in one line; of many names, the first ones and a number."""
+        """The names of the marked packages and groups in one line. A number replaces the last of many names."""
         objects = self.newVersions() + self.installs + self.removes
         names = sorted(set(package.name for package in objects))
         names += sorted(str(group) for group in self.groupInstalls + self.groupUpdates + self.groupRemoves)
@@ -74,7 +74,7 @@ class Judged(Exception):
 
 
 def markAll(base, marks, strict=True):
-    """Put the marks into the goal. If strict, an impossible mark makes all others impossible."""
+    """Put the marks into the goal. If strict is set, one impossible mark makes the whole goal impossible."""
     for package in marks.removes:
         base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
     versions = installedVersions(base) if marks.installs or marks.updates else {}
@@ -94,8 +94,8 @@ def markAll(base, marks, strict=True):
         base.group_remove(group.id)
 
 
-# For each mark, dnf's own functions search all packages, so some hundred marks need seconds. These functions are called
-# only if they may report something.
+# dnf's own functions search all packages for each mark, so a few hundred marks take seconds. The next functions call
+# dnf's functions only for the marks that dnf may report.
 
 def installedVersions(base):
     """The installed packages by name."""

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The documents of a repository's metadata, and their faults. On the worker that reads the repositories."""
+"""The documents of a repository's metadata, and their errors. The worker that reads repositories runs this module."""
 
 import bz2
 import glob
@@ -41,8 +41,8 @@ def canUnpack(path):
 
 
 def metadataFault(path, element):
-    """The fault of a document of metadata, whose outermost element must be this one. Empty without a fault, and if the
-    document cannot be checked.
+    """The error of a metadata document, whose outermost element must be the given element. Empty if the document has no
+    error, or if it cannot be checked.
     """
     find = program.faultOfMetadata
     return find(path, element) if find is not None and canUnpack(path) else ''
@@ -56,7 +56,7 @@ MODULES_LIMIT = 64 << 20
 
 
 def unpacked(path):
-    """The content of a document of metadata, block by block."""
+    """The content of a metadata document, block by block."""
     ending = os.path.splitext(path)[1]
     if ending == '.zst':
         with tempfile.NamedTemporaryFile() as plain:
@@ -68,12 +68,12 @@ def unpacked(path):
             yield from iter(lambda: stream.read(BLOCK), b'')
 
 
-# The exceptions of a damaged document.
+# The exceptions when a damaged document is unpacked.
 UNPACKING_ERRORS = (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZMAError, zlib.error)
 
 
 def modulesFault(base, path):
-    """The fault of a document about modules. Empty without a fault, and if the document cannot be checked.
+    """The error of a document about modules. Empty if the document has no error, or if it cannot be checked.
 
     If dnf itself reads a damaged document, in a repository or on the system, the process crashes.
     """

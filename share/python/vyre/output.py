@@ -17,7 +17,7 @@ from .program import tr, withoutSecrets, yumIOC
 
 
 def passable(text):
-    """The text for the program. Characters that UTF-8 cannot carry, as in file names, are escaped."""
+    """The text for the program. Characters that UTF-8 cannot encode are escaped; file names can have them."""
     return text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
 
 
@@ -60,7 +60,7 @@ def programListens():
 
 
 class LogHandler(logging.Handler):
-    """Passes dnf's log records on to the program's log, with the levels of dnf's option debuglevel (by default 2)."""
+    """Passes dnf's log records on to the program's log. The levels are those of dnf's option debuglevel (default 2)."""
 
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
@@ -75,7 +75,7 @@ class LogHandler(logging.Handler):
         except Exception:  # a faulty record must not end the operation that logs it
             text = str(record.msg)
         if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
-            # The command is for a terminal, and its cache may be another directory.
+            # The command needs a terminal, and the command dnf may use another cache directory.
             text = tr('You can remove them with Clean Packages in the menu Cache.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
@@ -96,7 +96,9 @@ def startLog():
 
 
 class DiscreetFormatter(logging.Formatter):
-    """Hides passwords in the records of a log file, because other users read it. Another formatter does the rest."""
+    """Hides passwords in the records of a log file, because other users can read the file. Another formatter formats
+    the records.
+    """
 
     def __init__(self, formatter):
         super(DiscreetFormatter, self).__init__()

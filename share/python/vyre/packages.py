@@ -63,7 +63,7 @@ def dateTime(seconds):
 def universalDay(day):
     """The day of a change log's entry in universal time, from the local day that dnf returns.
 
-    An entry has noon of its day in universal time as its time. In time zones far in the east, this is the next day.
+    The time of an entry is noon of its day in universal time. In time zones far in the east, it is then the next day.
     """
     noon = datetime.datetime.combine(day, datetime.time(12, tzinfo=datetime.timezone.utc))
     ahead = datetime.date.fromtimestamp(noon.timestamp()) - day
@@ -82,7 +82,9 @@ def decoded(value):
 
 
 class OtherData:
-    """The change logs of available packages. They are downloaded with the other metadata and read when first needed."""
+    """The change logs of available packages. dnf downloads them with the other metadata. This class reads them when
+    they are first needed.
+    """
 
     def __init__(self):
         self._packages = {}
@@ -114,7 +116,7 @@ class OtherData:
         """The packages of one repository, by name, version and architecture. They are in a separate sack, because equal
         packages of several repositories may have different change logs.
 
-        A search reads the change log of every package. A query for each of them would take quadratic time.
+        A search reads the change log of every package. One query for each package would take quadratic time.
         """
         if repo.id not in self._packages:
             sack = dnf.sack._build_sack(base)

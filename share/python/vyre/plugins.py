@@ -72,8 +72,8 @@ def reasonOf(error):
 
 
 def isInterruptOfProgram(error):
-    """Whether a function of the program has raised the exception. Such functions do this when the program ends. They
-    have no frame of Python, so the last frame of the traceback is in the script.
+    """Whether a function of the program has raised the exception, because the program ends. The program's functions
+    have no Python frame, so the last frame of the traceback is in the script.
     """
     place = error.__traceback__
     if not isinstance(error, KeyboardInterrupt) or place is None:
@@ -84,11 +84,11 @@ def isInterruptOfProgram(error):
 
 
 class PlugIns(dnf.plugin.Plugins):
-    """dnf's plug-ins. If one fails, a message names it. A failure that would end the command dnf ends only the
-    operation; so do exceptions like SystemExit and KeyboardInterrupt.
+    """dnf's plug-ins. If a plug-in fails, a message names it. A failure that would end the command dnf ends only the
+    operation here. This includes exceptions like SystemExit and KeyboardInterrupt.
     """
 
-    # The failures after the packages were changed. They cannot stop the operation any more.
+    # The failures that happened after the packages were changed. They cannot stop the operation any more.
     faults = []
     # Pairs of a plug-in and a hook that has used the object of the command dnf. The log has one line for each pair.
     _withoutCommand = set()
@@ -149,7 +149,8 @@ class PlugIns(dnf.plugin.Plugins):
             logging.getLogger('dnf').warning(
                 tr('The plug-in %s needs the command dnf and does not work in VYRE (%s).'), name, method)
 
-    # Whether a plug-in has ended the operation just before rpm's work, or after the changes of one without packages.
+    # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work. In
+    # an operation without packages, dnf calls it after the changes.
     ended = False
 
     def run_pre_transaction(self):

@@ -61,10 +61,10 @@ NAMES_OF_OBJECTS = ('_comps', '_installed', '_plugins', '_removed', '_repo', '_r
                     '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set', '_trans_success',
                     '_trans_tempfiles', '_upgraded')
 
-# Private names that only newer versions have.
+# Private names that only newer versions of dnf have.
 NEW_NAMES = ('_persistence',)
 
-# Private names that may be missing. Then the script does not replace dnf's own check of signatures.
+# Private names that may be missing. If one is missing, the script does not replace dnf's own check of signatures.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
 
 # What the script uses of the plug-in versionlock. Without these names, the program offers no version locks.

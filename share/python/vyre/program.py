@@ -8,7 +8,7 @@ thread that holds the interpreter's lock. The program may leave out any of them;
 
 import yumIOC  # noqa: F401  (the other modules import it from here)
 
-# Our texts in the user's language.
+# VYRE's own texts, and their translations.
 translations = {}
 
 # Adds lines before the listing that the user is going to confirm.
@@ -29,14 +29,14 @@ OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity',
 
 
 def receive(offered):
-    """Take over what the program offers, from a dictionary of names and values that may have other names as well."""
+    """Take over the program's functions and values from a dictionary, which may contain other names as well."""
     for name in OFFERED:
         if name in offered:
             globals()[name] = offered[name]
 
 
 def tr(text):
-    """One of our texts in the user's language."""
+    """Returns the translation of one of VYRE's own texts."""
     return translations.get(text, text)
 
 
@@ -49,7 +49,7 @@ def withoutSecrets(text):
 
 MISSING = object()
 
-# Each replaced name: the class or module, the name, and its former value; the newest is the last.
+# The replaced names, in the order of their replacement: the class or module, the name, and the former value.
 replaced = []
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Passes the progress of downloads and transactions on to the program. On the worker."""
+"""Passes the progress of downloads and transactions on to the program. A worker runs this module."""
 
 import logging
 import re
@@ -48,7 +48,7 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
     """Passes the progress of a transaction on to the program.
 
     The program needs a package and totals. Phases of the whole transaction have neither, and some scriptlets have no
-    known package. The program does not get these phases.
+    known package. The program gets no progress of these phases and scriptlets.
     """
 
     def progress(self, package, action, ti_done, ti_total, ts_done, ts_total):
@@ -67,7 +67,7 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
         yumIOC.errorlog(0, passable(str(message)))
 
 
-# A failure is shown with this many of the last printed lines.
+# The number of output lines that a failure shows: the last lines of the output.
 REASON_LINES = 10
 
 
@@ -89,7 +89,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
     def __del__(self):
         self.end()
 
-    # rpm reports one of these before its first change.
+    # rpm reports one of these events before its first change.
     CHANGES = (rpm.RPMCALLBACK_ELEM_PROGRESS, rpm.RPMCALLBACK_INST_START, rpm.RPMCALLBACK_UNINST_START,
                rpm.RPMCALLBACK_SCRIPT_START)
 
@@ -123,8 +123,8 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         self._showReason(self._heard or self._scriptOutput())
 
     def _scriptError(self, amount, total, key):
-        """The output of the scriptlet was passed on before. If the failure has prevented something, total is not 0, and
-        the end of the output is shown again with the failure.
+        """The program already has the output of the scriptlet. If the failure prevents the change of a package, total
+        is not 0. Then the end of the output is shown again with the failure.
         """
         self.scriptFailed = True
         super(RPMTransaction, self)._scriptError(amount, total, key)

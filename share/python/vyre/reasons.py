@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Why marks cannot be applied, in words for the user. On the worker that applies them."""
+"""The reasons why marks cannot be applied, in words for the user. The worker that applies marks runs this module."""
 
 import gettext
 import re
@@ -9,7 +9,7 @@ import hawkey
 
 from .program import tr
 
-# Name, version, release and architecture of a package.
+# A pattern for the name, version, release and architecture of a package.
 PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
 
 
@@ -25,10 +25,10 @@ def clearest(lines):
 
 
 def refusal(failure, marks, objects, problems):
-    """The exception with the reasons why no mark can be applied: one message, whatever has failed.
+    """Returns an exception with the reasons why no mark can be applied. All kinds of failures have this message.
 
-    The text of a failed resolution only repeats the problems, and is empty without problems. That of a mark that dnf
-    refuses is itself a problem.
+    The text of a failed resolution only repeats the problems; without problems it is empty. If dnf has refused a mark,
+    the text of that failure is one more problem.
     """
     if isinstance(failure, dnf.exceptions.MarkingError):
         text = str(failure)
@@ -41,8 +41,8 @@ def refusal(failure, marks, objects, problems):
 
 
 def reasonsOf(objects, problems):
-    """A text that names each package and group once, followed by the lines of the problems that name the package or
-    group. The other problems are at the end of the text.
+    """A text with each package and group. Below each name are the lines of the problems that contain this name. The
+    other problems are at the end of the text.
     """
     byWord = {}
     for number, lines in enumerate(problems):

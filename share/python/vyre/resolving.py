@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the transaction for the marks, and the marks that are impossible. On the worker that applies them."""
+"""Finds the transaction for the marks, and the impossible marks. The worker that applies the marks runs this module."""
 
 import contextlib
 import copy
@@ -77,7 +77,7 @@ def resolveMarks(base, marks):
 
 
 def resolveAll(base, marks, strict=True):
-    """Find the transaction for all marks. If not strict, members of groups may be missing in it."""
+    """Find the transaction for all marks. If strict is not set, the transaction may lack members of groups."""
     best = base.conf.best
     base.reset(goal=True)
     try:
@@ -97,7 +97,9 @@ def resolveAll(base, marks, strict=True):
 
 
 def resolveWithRemovals(base, marks, strict):
-    """A removal also removes the packages that need the removed one. An installation or an update removes nothing."""
+    """Find the transaction. A removal also removes the packages that need the removed package. An installation or an
+    update removes nothing.
+    """
     dependents = set()
 
     def judge(goal):
@@ -169,9 +171,9 @@ ATTEMPTS = 40
 
 
 def impossibleMarks(base, marks):
-    """The marks that are impossible together with the others; also empty if they are not found.
+    """The marks that are impossible together with the other marks. Empty also if they cannot be found.
 
-    The number of resolutions does not depend on the number of marks, except for impossible removals.
+    The number of resolutions does not depend on the number of marks. Only impossible removals need more resolutions.
     """
     impossible = impossibleRemovals(base, marks)
     marks = marks.without(impossible)
@@ -219,15 +221,15 @@ def unmarkable(base, marks):
 
 
 def impossibleRemovals(base, marks):
-    """The marked removals that are impossible because of protected or excluded packages. Of removals that are
-    impossible only together, the first ones are kept. After too many attempts, all undecided removals are regarded as
-    impossible.
+    """The marked removals that are impossible because of protected or excluded packages. If some removals are
+    impossible only together, the first removals are kept. After too many attempts, all undecided removals are regarded
+    as impossible.
     """
     attempts = iter(range(ATTEMPTS))
     kept = Marks()
 
     def search(packages, groups):
-        """The impossible removals among these. Raises StopIteration after too many attempts."""
+        """Add the possible removals among these to the kept removals. Raises StopIteration after too many attempts."""
         next(attempts)
         if canBeRemoved(base, Marks(removes=kept.removes + packages, groupRemoves=kept.groupRemoves + groups)):
             kept.removes += packages
@@ -275,7 +277,7 @@ def canBeRemoved(base, marks):
 
 
 def missingMarks(base, marks):
-    """The marked packages that are missing in the transaction. With groups, it is found with optional marks."""
+    """The marked packages that are missing in the transaction. They can be optional if groups are marked as well."""
     there = set(str(package) for package in base.sack.query().installed())
     there.update(str(item) for item in base.transaction or [] if item.action in dnf.transaction.FORWARD_ACTIONS)
     return [package for package in marks.installs + marks.newVersions() if str(package) not in there]
@@ -323,7 +325,7 @@ def missingOf(base, group, names):
 
 
 def problemsOfTheBest(base, marks):
-    """The reasons why the found transaction lacks possible packages."""
+    """The reasons why the transaction does not contain the best versions of all packages."""
     goal = copy.deepcopy(base.goal)
     if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak=True):
         return []

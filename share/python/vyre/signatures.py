@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Signatures of packages and metadata, and the questions about their keys. On the worker."""
+"""Signatures of packages and metadata, and the questions about their keys. A worker runs this module."""
 
 import sys
 
@@ -33,7 +33,7 @@ def checkSignatures(base, packages):
         yumIOC.gpgsigcheck()
         result, text = base.package_signature_check(package)
         if result == 1:
-            # The program does not expect the download of a key.
+            # The program does not expect reports about the download of a key.
             package.repo.set_progress_bar(dnf.callback.NullDownloadProgress())
             try:
                 base.package_import_key(package, fullaskcb=askForPackageKey)
@@ -48,5 +48,5 @@ def checkSignatures(base, packages):
 
 
 def askForPackageKey(key):
-    """Ask for a key that signs packages; dnf calls this."""
+    """Ask the user about a key that signs packages. dnf calls this function."""
     return askForKey(key['hexkeyid'], key['userid'], key['fingerprint'], key['keyurl'])

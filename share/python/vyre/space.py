@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The space on disks: hints for messages, and the directory of rpm's scripts. On workers."""
+"""The space on disks: hints for messages, and the directory of rpm's scripts. Workers run this module."""
 
 import os
 import sys
@@ -19,7 +19,7 @@ LITTLE_SPACE = 1 << 20
 def spaceHint(directory, needed=LITTLE_SPACE):
     """A last line for a message, if a directory has less space than needed, in bytes; otherwise nothing.
 
-    The library that downloads reports a full disk as damaged files, or not at all. So does rpm.
+    librepo and rpm report a full disk as damaged files, or not at all.
     """
     try:
         found = os.statvfs(directory)
@@ -59,8 +59,8 @@ class ScriptSpace:
 
 
 def checkScriptSpace(space):
-    """Ask whether to go on if the space is too little for scripts. rpm ignores that it cannot write a script, and runs
-    the written part of it. The user can go on, because a removal may free space.
+    """If the space is too little for scripts, ask whether to go on. rpm does not notice that it has written only a part
+    of a script, and runs this part. The user can go on, because a removal may free space.
     """
     hint = space.hint()
     if not hint:
@@ -85,7 +85,7 @@ def spaceHints(failed):
                 needed[path] = max(needed.get(path, LITTLE_SPACE), item.pkg.installsize)
     hints = {}
     for path, size in sorted(needed.items()):
-        # One line for each file system.
+        # Each file system gets only one line.
         if os.path.isdir(path):
             hints.setdefault(os.stat(path).st_dev, []).append(spaceHint(path, size))
     return ''.join(next(filter(None, found), '') for found in hints.values())

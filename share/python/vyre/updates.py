@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the updates, and the packages that replace others. On the worker that collects the packages."""
+"""Finds the updates, and the packages that replace others. The worker that collects the packages runs this module."""
 
 import dnf.rpm
 import hawkey
@@ -18,12 +18,13 @@ def biArchOf(base, arch):
 
 
 def findUpdates(base):
-    """Returns the updates, and pairs: an update, and the installed package of another bi-arch class that it replaces.
+    """Returns the updates, and a list of pairs. A pair is an update, and the installed package of another bi-arch class
+    that the update replaces.
     """
     query = base.sack.query()
     try:
         query.filterm(upgrades_by_priority=True)
-    except (ValueError, hawkey.Exception):  # older than priorities
+    except (ValueError, hawkey.Exception):  # a version of dnf without priorities
         query = query.upgrades()
     query.filterm(arch__neq=['src', 'nosrc'])
     return chooseUpdates(base, withoutExcluded(base, query.latest().run()))
@@ -88,14 +89,14 @@ def replacementPairs(base, news, olds):
         if new is not None:
             pairs.append((new, old))
     if len(set(new.arch == 'noarch' for new, old in pairs)) > 1:
-        # A package with an architecture and one without cannot be installed side by side.
+        # A package without an architecture cannot be installed beside a package that has one.
         others = [(newestOf(base, [new for new in news if new.arch == old.arch and new.evr_cmp(best) == 0]), old)
                   for best, old in pairs]
         if all(new is not None for new, old in others):
             return others
         pairs = [(new, old) for new, old in pairs if new.arch == 'noarch']
     if any(new.arch == 'noarch' for new, old in pairs):
-        # It replaces all of them.
+        # A package without an architecture replaces all installed packages of its name.
         return [(pairs[0][0], old) for old in olds]
     return pairs
 
