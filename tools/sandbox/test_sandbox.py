@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests with the real rpm and the real dnf that the sandbox has the intended properties."""
+"""Tests of the sandbox's properties, with the real rpm and the real dnf."""
 
 import collections
 import logging
@@ -57,8 +57,9 @@ def copy_original():
 
 
 class OwnProcess(object):
-    """The server of a sandbox in its own process. In this process dnf would block it, because dnf holds the interpreter
-    lock while it downloads."""
+    """The server of a sandbox in a separate process. In the process of the test, dnf would block the server, because
+    dnf holds the interpreter lock while it downloads.
+    """
 
     def __init__(self, sandbox):
         self.process = subprocess.Popen(
@@ -88,7 +89,7 @@ class SandboxTest(unittest.TestCase):
         return sandbox
 
     def base(self, sandbox, groups=False):
-        """A fully loaded dnf base for the length of the test."""
+        """A dnf base with all packages, for the length of the test."""
         context = configured_base(sandbox.root)
         base = context.__enter__()
         self.addCleanup(context.__exit__, None, None, None)
@@ -108,8 +109,8 @@ class SandboxTest(unittest.TestCase):
     def rpm(self, sandbox, *arguments):
         command = ["rpm", "--root", sandbox.root, "--define", "_dbpath /var/lib/rpm"] + list(arguments)
         done = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        # On a system of another package manager, rpm begins with lines of advice. Newer versions warn that scriptlets
-        # of another root see the real /tmp.
+        # On a system with another package manager, rpm first prints advice. Newer versions warn that scriptlets of
+        # another root see the real /tmp.
         errors = re.sub(r"(?m)^(rpm: .*|warning: private mounts in chroot not implemented)\n", "", done.stderr.decode())
         return Outcome(done.returncode, done.stdout.decode(), errors)
 

@@ -17,7 +17,8 @@ def make(directory):
 
 
 def needs_groups(test):
-    """Decorates a test method with a sandbox: skips it, and prints the reason, if dnf cannot read groups."""
+    """A decorator for a test method whose class has a sandbox: if dnf cannot read groups, the test is skipped, and the
+    reason is printed."""
     @functools.wraps(test)
     def run(self, *arguments):
         reason = self.sandbox.without_groups

@@ -37,9 +37,10 @@ class _SpecFile(object):
         self.files = {}
 
     def accepts(self, package):
-        """One spec file has one build root. So a path has one content, and a name has one package.
+        """Whether the package can be built from this spec file too.
 
-        With newer versions of rpm it has one vendor too.
+        One spec file has one build root. So a path has one content, and a name has one package. With newer versions of
+        rpm, all packages of a spec file have the same vendor too.
         """
         return package.name not in self.names and all(
             self.files.get(path, content) == content for path, content in package.files.items())
@@ -169,7 +170,7 @@ def build_packages(packages, changelogs, output):
 
 
 class KeyRing(object):
-    """A temporary GnuPG home with signing keys. Its agent ends with it."""
+    """A temporary GnuPG home with signing keys. The end of the scope also ends the agent of GnuPG."""
 
     def __enter__(self):
         self._home = tempfile.mkdtemp(prefix="sandbox-gpg-")

@@ -225,11 +225,11 @@ def _architectures():
     for arch in ("x86_64", "i686"):
         library = {"arch": arch, "group": "System Environment/Libraries", "license": "LGPL-2.1-or-later"}
         packages += [
-            # Installed for both, with updates for both.
+            # Installed for both architectures, with updates for both.
             Package("libcairn", "2.1", "Routines for stacking things", state="user", **library),
             Package("libcairn", "2.2", "Routines for stacking things", repo="updates", changelog="update",
                     **library),
-            # Available for both, not installed.
+            # Available for both architectures, but not installed.
             Package("libmoss", "0.5", "Soft data structures", **library),
             # Installed for x86_64 only.
             Package("libslate", "4.0", "Writes and wipes", state="user" if arch == "x86_64" else None, **library),
@@ -303,7 +303,8 @@ def _scriptlets():
     sections = ("pre", "post", "preun", "postun")
     talk = {section: _talk("chatterbox", section) for section in sections}
     return [
-        # One is not installed, one is installed and has an update: installation, update and removal all print texts.
+        # The first package is not installed; the next is installed and has an update. Their installation, update and
+        # removal print texts.
         Package("chatterbox", "1.0", "Tells what it is doing", arch="noarch", scripts=talk),
         Package("parrot", "1.0", "Repeats what it is doing", arch="noarch", state="user",
                 scripts={section: _talk("parrot-1.0", section) for section in sections}),
@@ -338,7 +339,7 @@ def _scriptlets():
 
 
 def _wait_while(name):
-    """Shell commands that wait while /tmp/NAME exists, but not for ever. Meanwhile /tmp/NAME.waiting exists."""
+    """Shell commands that wait while /tmp/NAME exists, for a limited time. During the wait /tmp/NAME.waiting exists."""
     return ("echo '%(name)s: begin'\n"
             "i=0\n"
             "while [ -e /tmp/%(name)s ] && [ $i -lt 1200 ]; do\n"
@@ -439,7 +440,7 @@ def _suites():
 
 
 def _group_members():
-    """Members of the groups below that have no other use."""
+    """Packages that are only members of the groups below."""
     return [
         # Members of the group that is installed according to the history.
         Package("easel", "1.1", "Holds canvases", arch="noarch", state="group"),
@@ -449,7 +450,7 @@ def _group_members():
         Package("loomctl", "1.0", "Controls looms", state="user"),
         Package("loomctl", "1.1", "Controls looms", repo="updates", changelog="update"),
         Package("shuttle", "1.0", "Carries threads"),
-        # Each is installed with its group only if its condition is installed.
+        # Each of these packages is installed with its group only if its condition is installed.
         Package("scribe-lexicon", "1.0", "Word lists for scribe-writer", arch="noarch"),
         Package("scribe-fonts", "1.0", "Typefaces for scribe-writer", arch="noarch"),
     ]

@@ -1,8 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Stand-ins for the packages of a Fedora-like system that VYRE's own rpm needs.
 
-They have the same names as those packages. The stand-ins for libraries provide the names that rpm's generator finds in
-this machine's own libraries. So an rpm that was built here can be installed after them. They contain nothing else.
+The stand-ins have the same names as those packages. The stand-ins for libraries provide the names that rpm's generator
+finds in this machine's own libraries. So an rpm that was built here can be installed after the stand-ins. They contain
+nothing else.
 """
 
 import datetime
@@ -26,7 +27,7 @@ _LIBRARIES = {
     "qt5-qtbase-gui": ("libQt5Gui.so.5", "libQt5Widgets.so.5"),
     "qt5-qtx11extras": ("libQt5X11Extras.so.5",),
 }
-# Only a build with sanitizers needs these, so they may be missing.
+# Only a build with sanitizers needs these libraries, so they may be missing.
 _OPTIONAL = ("libasan", "libubsan")
 
 _PROGRAMS = {
@@ -41,7 +42,7 @@ _CHANGELOG = {"first": [(datetime.date(2023, 5, 2), "Larkspur Packagers <package
 
 
 def _known_libraries():
-    """Name -> path of this machine's libraries. The first of several paths counts, as for the linker."""
+    """Name -> path of this machine's libraries. Like the linker, it uses the first of several paths."""
     known = {}
     for line in run(["/sbin/ldconfig", "-p"]).splitlines()[1:]:
         name, arrow, path = line.strip().partition(" => ")
@@ -75,7 +76,7 @@ def _packages():
             for library in found:
                 provided += _provided(known[library])
         if name == "glibc":
-            provided.append("rtld(GNU_HASH)")  # on Fedora-like systems the package states this itself
+            provided.append("rtld(GNU_HASH)")  # Fedora's glibc provides this name itself
         yield _stand_in(name, {}, [("Provides", text) for text in provided])
     for name, paths in _PROGRAMS.items():
         yield _stand_in(name, {path: "#!/bin/sh\nexit 1\n" for path in paths}, [])

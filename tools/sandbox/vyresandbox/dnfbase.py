@@ -14,7 +14,7 @@ import rpm
 
 
 def use_sandbox_database():
-    """Makes this process use the place of rpm's database in the sandboxes instead of this system's default."""
+    """Makes rpm in this process look for its database where a sandbox has it, not in the default place."""
     rpm.addMacro("_dbpath", "/var/lib/rpm")
 
 
@@ -25,7 +25,7 @@ def _move_to_root(conf, root, releasever):
         conf.prepend_installroot(option)
 
 
-# Ends with status 0 if dnf finds the only group of a file.
+# A program that ends with status 0 if dnf finds the only group of a file.
 _FIND_A_GROUP = """\
 import sys
 import dnf.comps
@@ -45,7 +45,8 @@ _COMPS = """\
 def fault_of_groups():
     """The reason why the dnf of this system cannot use groups; empty if it can.
 
-    With the libcomps of Debian 13, a process ends or finds no groups, at random. So another process tries it.
+    With the libcomps of Debian 13, a process crashes or finds no groups, at random. So another process tries to read
+    one.
     """
     with tempfile.NamedTemporaryFile("w", suffix=".xml") as stream:
         stream.write(_COMPS % ("some-group", "some-package"))
@@ -70,7 +71,7 @@ def bare_base(root, releasever):
 
 @contextlib.contextmanager
 def configured_base(root):
-    """A dnf.Base that has read the root's configuration and its repositories, but not loaded them."""
+    """A dnf.Base that has read the root's configuration and repository files, but no metadata."""
     use_sandbox_database()
     with dnf.Base() as base:
         conf = base.conf

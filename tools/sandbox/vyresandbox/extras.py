@@ -28,12 +28,12 @@ REPOSITORIES = ("extra-modules", "extra-advisories", "extra-zchunk", "extra-zstd
 PLATFORM = "platform:larkspur9"
 
 # Packages with one change log may be built together, and newer versions of rpm then give the module label of one
-# package to all of them. So the packages of modules have their own change log.
+# package to all of these packages. So the packages of modules have a separate change log.
 CHANGELOGS = {"modular": CATALOGUE_CHANGELOGS["first"]}
 
 
 def _module(name, stream, packages, summary, requires="", profiles=("common",), default=True):
-    """The document of one stream. packages: its packages; the profiles install the first one."""
+    """The document of one stream. packages: the packages of the stream. The profiles install the first package."""
     artifacts = "".join("      - %s-0:%s-%s.%s\n" % (package.name, package.version, package.release, package.arch)
                         for package in packages)
     lists = "".join("    %s:\n      description: The usual packages\n      rpms:\n      - %s\n" % (
@@ -105,11 +105,11 @@ _GROVE = {stream: [_modular("grove-cli", version, "Plants groves", "grove", stre
           for stream, version in (("0", "0.9"), ("1", "1.4"), ("2", "2.2"))}
 # The stream has no default: its packages are available only if it is enabled.
 _ORANGERY = [_modular("orangery", "5.0", "Keeps oranges warm", "orangery", "5")]
-# Its default stream needs a stream of grove that is not the default one.
+# The default stream of tidepool needs a stream of grove that is not grove's default stream.
 _TIDEPOOL = [_modular("tidepool", "7.0", "Looks into pools", "tidepool", "7",
                       relations=[("Requires", "grove-cli >= 2")])]
 _PLAIN_MODULES = [
-    # The newest version. An active stream with a package of that name hides it.
+    # This package has the newest version. An active stream with a package of the same name hides it.
     Package("grove-cli", "3.0", "Plants groves, without a module", repo="extra-modules", arch="noarch"),
     # Coexists with the packages of the streams.
     Package("grove-map", "1.0", "Shows groves", repo="extra-modules", arch="noarch",
@@ -200,7 +200,7 @@ def _rules():
         ]
     packages += [
         _rule("pair-user", "1", "twin(x86-32)", arch="i686"),
-        # A version that has an architecture and one that has none.
+        # Versions with and without an architecture.
         _rule("unsettled", "1", arch="i686", files={"/usr/share/unsettled-i686": "1\n"}),
         _rule("unsettled", "2", arch="x86_64", files={"/usr/share/unsettled-x86_64": "2\n"}),
         _rule("unsettled", "2", files={"/usr/share/unsettled": "2\n"}),
@@ -280,7 +280,7 @@ def make_repositories(sandbox, work):
         os.makedirs(sandbox.repository(name))
     for package in packages():
         shutil.move(os.path.join(work, package.file_name), sandbox.repository(package.repo))
-    # The same package in both repositories.
+    # Both repositories have this package.
     shutil.copy(os.path.join(sandbox.repository("extra-rules"), "steady-2-1.noarch.rpm"),
                 sandbox.repository("extra-rival"))
     for name in REPOSITORIES:
@@ -291,7 +291,8 @@ def make_repositories(sandbox, work):
         _pack_with_zstd(os.path.join(sandbox.repository("extra-zstd"), "repodata"))
 
 
-# The createrepo_c of some distributions cannot. One that can unpacks the files given to modifyrepo_c.
+# The createrepo_c of some distributions cannot pack with zstd. A createrepo_c that can do so unpacks the files that
+# modifyrepo_c gets.
 _CREATEREPO_PACKS_WITH_ZSTD = "zstd" in run([CREATEREPO[0], "--help"])
 
 _OPTIONS = {

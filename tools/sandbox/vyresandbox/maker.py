@@ -15,7 +15,7 @@ from .build import KeyRing, build_packages, run
 from .dnfbase import bare_base, fault_of_groups
 from .sandbox import CREATEREPO, FILE_REPOSITORIES, HTTP_REPOSITORIES, Sandbox
 
-# Plug-ins of the test machine are off: one of them keeps every installed package.
+# The plug-ins of the test machine are off, because one of them keeps every installed package.
 _MAIN_CONFIGURATION = """\
 [main]
 gpgcheck=1
@@ -107,8 +107,7 @@ def _write_comps(path):
 
 
 def _populate_root(sandbox, packages):
-    # The contents of a system before its first package: scriptlets need the devices, dnf and rpm need the
-    # directories.
+    # These files exist before the first package: scriptlets need the devices, dnf and rpm need the directories.
     for name in ("dev", "tmp", "var/cache", "var/log", "var/lib/rpm", "var/lib/dnf"):
         os.makedirs(os.path.join(sandbox.root, name))
     os.chmod(os.path.join(sandbox.root, "tmp"), 0o1777)
@@ -124,8 +123,8 @@ def _populate_root(sandbox, packages):
 
 
 def _redirect_default_database(root):
-    """Lets programs with a different default place find the database. The rpm of some distributions looks for it in
-    the home directory, and dnf runs rpmkeys without an option for the place."""
+    """Lets programs with another default place find the database. The rpm of some distributions looks for the database
+    in the home directory, and dnf runs rpmkeys without an option for the place."""
     default = run(["rpm", "--eval", "%{_dbpath}"]).strip()
     place = os.path.join(root, default.lstrip("/"))
     if not os.path.lexists(place):

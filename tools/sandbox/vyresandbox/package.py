@@ -3,7 +3,7 @@
 
 
 class Package(object):
-    """The description of one rpm, and where it goes.
+    """The description of one rpm, and its place.
 
     repo       the repository that contains it: "http", "file", "updates", "disabled" or "signed"
     state      "user" if it is installed by name, "dependency" if another package must bring it in, "group" if it
@@ -63,7 +63,7 @@ class Package(object):
 
     @property
     def nevra(self):
-        """In dnf's format, which has the epoch only if it is not zero."""
+        """Name, version and architecture in dnf's format, which contains the epoch only if it is not zero."""
         return "%s-%s.%s" % (self.name, self.evr, self.arch)
 
     @property

@@ -76,7 +76,7 @@ class Sandbox(object):
         return os.path.join(self.directory, kind, name)
 
     def copy(self, directory):
-        """A private copy in a new directory. Changes of one do not affect the other."""
+        """A private copy in a new directory. Changes of the copy do not affect the original, and vice versa."""
         copied = Sandbox(directory)
         if os.path.lexists(copied.directory):
             raise RuntimeError("%s exists already" % copied.directory)

@@ -73,11 +73,11 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
         self.server_close()
 
     def paths(self, status=None):
-        """The requested paths, in order; with a status, only those with that answer."""
+        """The requested paths, in order. With a status, only the paths whose answer had this status."""
         return [request.path for request in list(self.requests) if status in (None, request.status)]
 
     def handle_error(self, request, client_address):
-        """No traceback: tests make clients that hang up."""
+        """Prints no traceback, because the clients of some tests hang up."""
 
 
 class _Handler(BaseHTTPRequestHandler):
@@ -146,7 +146,7 @@ class _Handler(BaseHTTPRequestHandler):
         super(_Handler, self).send_response(code, message)
 
     def log_message(self, format, *args):
-        """No output: the standard error of "sandbox run" belongs to its command."""
+        """Prints nothing, because the standard error of "sandbox run" belongs to its command."""
 
 
 def status(code):
