@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of webbrowser and mimeviewer: the arguments that they open or refuse, and the user they run programs as.
+"""Tests of webbrowser and mimeviewer: the arguments that they open or refuse, and the user whose programs they run.
 
 Scripts replace the programs of a desktop and record how they were started. VYRE_BUILD names the build directory that
 is installed.
@@ -105,7 +105,7 @@ class DesktopTest(unittest.TestCase):
         return facts
 
     def refused(self, program, *arguments, shown=False, environment=None, **options):
-        """The message of a refusal. With "shown", a program was started that shows it; otherwise no program was."""
+        """The message of a refusal. If shown is set, one program was started and shows the message; else none was."""
         environment = dict(environment or {}, **{'DISPLAY': ':7'} if shown else {})
         done = self.run_program(program, *arguments, environment=environment, **options)
         self.assertEqual((done.returncode, done.stdout), (1, ''))
@@ -117,7 +117,7 @@ class DesktopTest(unittest.TestCase):
 
 class OpenedTest(DesktopTest):
 
-    def test_urls_of_the_four_kinds(self):
+    def test_urls_of_the_four_kinds_are_opened(self):
         for url in ('http://host', 'https://host/path?query=1#part', 'ftp://host/', 'file:///usr/share/doc',
                     'file://localhost/etc', 'HTTP://HOST/', 'http://host:8080/', 'http://[::1]:80/x',
                     'http://h/$basearch/%20', 'http://host?query'):
@@ -132,21 +132,21 @@ class OpenedTest(DesktopTest):
             with self.subTest(url=url):
                 self.assertEqual(self.opened('webbrowser', url)['argv'][1], opened)
 
-    def test_a_file_by_its_path(self):
+    def test_a_path_of_a_file_is_opened_as_a_url(self):
         path = self.file('index page#1.html')
         self.assertEqual(self.opened('webbrowser', path)['argv'][1],
                          'file://' + self.scratch + '/index%20page%231.html')
 
-    def test_a_url_beyond_ascii(self):
+    def test_a_url_with_a_character_beyond_ascii_is_opened(self):
         self.assertEqual(self.opened('webbrowser', 'http://h/ä')['argv'][1], 'http://h/ä')
 
-    def test_a_file_of_a_type(self):
+    def test_a_file_is_opened_with_each_plain_mime_type(self):
         path = self.file('manual.pdf')
         for mime_type in ('application/pdf', 'text/x-c++src', 'image/svg+xml', 'application/vnd.ms-excel'):
             with self.subTest(type=mime_type):
                 self.assertEqual(self.opened('mimeviewer', mime_type, path)['argv'][1:], [path])
 
-    def test_a_file_whose_name_looks_like_an_option(self):
+    def test_a_file_whose_name_looks_like_an_option_is_opened(self):
         os.chdir(self.scratch)
         self.addCleanup(os.chdir, '/')
         self.file('--help')
@@ -174,7 +174,7 @@ class OpenedTest(DesktopTest):
 
 class RefusedTest(DesktopTest):
 
-    def test_other_texts_than_urls_of_the_four_kinds(self):
+    def test_other_texts_than_urls_of_the_four_kinds_are_refused(self):
         for url in ('', 'host', 'host/path', 'javascript:alert(1)', 'mailto:a@b', 'data:text/html,x', 'http:',
                     'http://',
                     'http:///path', 'http://:80/', 'http://h:port/', 'file://host/etc', 'file:etc', 'smb://h/', '-h',
@@ -183,13 +183,13 @@ class RefusedTest(DesktopTest):
                 self.assertTrue(self.refused('webbrowser', url).startswith(
                     'not a URL of the kinds http, https, ftp and file: "'))
 
-    def test_a_url_that_is_too_long(self):
+    def test_a_url_that_is_too_long_is_refused(self):
         longest = 'http://h/' + 'x' * (8192 - 9)
         self.assertEqual(self.opened('webbrowser', longest)['argv'][1], longest)
         for url in (longest + 'x', '/vantor?' * 15000, 'password=' * 14000):
             self.assertEqual(self.refused('webbrowser', url), 'the URL has more than 8192 characters')
 
-    def test_a_url_with_blanks_or_control_characters(self):
+    def test_a_url_with_blanks_or_control_characters_is_refused(self):
         for url in ('http://h/a b', 'http://h/\n', 'http://h/\x1b[31m', ' http://h/', 'http://h/\x7f'):
             with self.subTest(url=url):
                 message = self.refused('webbrowser', url)
@@ -204,25 +204,25 @@ class RefusedTest(DesktopTest):
                 self.assertNotIn('secret', message)
                 self.assertIn('h', message)
 
-    def test_a_path_of_a_missing_file(self):
+    def test_a_path_of_a_missing_file_is_refused(self):
         for path in (self.scratch + '/missing', self.scratch):
             for program, arguments in (('webbrowser', (path,)), ('mimeviewer', ('text/plain', path))):
                 with self.subTest(path=path, program=program):
                     self.assertEqual(self.refused(program, *arguments), 'there is no file "{}"'.format(path))
 
-    def test_other_texts_than_plain_mime_types(self):
+    def test_other_texts_than_plain_mime_types_are_refused(self):
         path = self.file('x')
         for mime_type in ('', 'text', 'text/', '/plain', 'text/plain; charset=utf-8', 'text/*', 'a/b/c', '-x/y',
                           'text/plain\n', 'tex t/plain'):
             with self.subTest(type=mime_type):
                 self.assertTrue(self.refused('mimeviewer', mime_type, path).startswith('not a plain MIME type: "'))
 
-    def test_the_wrong_number_of_arguments(self):
+    def test_the_wrong_number_of_arguments_is_refused(self):
         self.assertEqual(self.refused('webbrowser'), 'usage: webbrowser URL')
         self.assertEqual(self.refused('webbrowser', 'http://a', 'http://b'), 'usage: webbrowser URL')
         self.assertEqual(self.refused('mimeviewer', 'text/plain'), 'usage: mimeviewer TYPE FILE')
 
-    def test_a_desktop_without_any_program(self):
+    def test_without_any_desktop_program_nothing_is_opened(self):
         os.remove(os.path.join(self.bin, 'xdg-open'))
         self.assertRegex(self.refused('webbrowser', 'http://me:secret@h/'),
                          '^"http://h/" is not opened: none of xdg-open, .* is installed$')
@@ -230,7 +230,7 @@ class RefusedTest(DesktopTest):
         self.assertRegex(self.refused('mimeviewer', 'a/b', path),
                          '^"{}" is not opened: none of xdg-open, .* is installed$'.format(path))
 
-    def test_a_program_that_cannot_be_started(self):
+    def test_a_program_that_cannot_be_started_is_reported(self):
         self.install('xdg-open', '#!/nonexistent/interpreter\n')
         self.assertEqual(self.refused('webbrowser', 'http://h/'),
                          'cannot start {}/xdg-open: No such file or directory'.format(self.bin))
@@ -243,16 +243,16 @@ class UserTest(DesktopTest):
         self.assertEqual(facts['gids'], [NOBODY.pw_gid] * 3)
         self.assertEqual(facts['groups'], sorted(set(os.getgrouplist('nobody', NOBODY.pw_gid))))
 
-    def test_as_the_user_who_started_it_through_pkexec(self):
+    def test_the_program_runs_as_the_user_who_used_pkexec(self):
         self.check_nobody(self.opened('webbrowser', 'http://h/'))
         self.check_nobody(self.opened('mimeviewer', 'a/b', self.file('x')))
 
-    def test_as_the_user_who_started_it_through_sudo(self):
+    def test_the_program_runs_as_the_user_who_used_sudo(self):
         for pkexec in (None, '0', ''):
             self.check_nobody(self.opened('webbrowser', 'http://h/', environment={
                 'PKEXEC_UID': pkexec, 'SUDO_UID': str(NOBODY.pw_uid)}))
 
-    def test_never_as_root(self):
+    def test_the_program_never_runs_as_root(self):
         for variables in ({}, {'SUDO_UID': '0'}, {'PKEXEC_UID': '0'}, {'SUDO_UID': '-1'}, {'SUDO_UID': 'root'},
                           {'SUDO_UID': '00'}, {'SUDO_UID': '²'}):
             with self.subTest(**variables):
@@ -332,7 +332,7 @@ class UserTest(DesktopTest):
                 os.remove(self.report)
                 os.remove(os.path.join(self.bin, program))
 
-    def test_never_as_an_unknown_user(self):
+    def test_the_program_never_runs_as_an_unknown_user(self):
         for uid in ('4000000', '99999999999999999999'):
             self.assertEqual(self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': uid}),
                              'the user {} of PKEXEC_UID does not exist'.format(uid))
@@ -361,7 +361,7 @@ class UserTest(DesktopTest):
         found = {name: value for name, value in facts['environment'].items() if name != 'LC_CTYPE'}
         self.assertEqual(found, expected)
 
-    def test_files_of_root_are_not_handed_on(self):
+    def test_the_program_does_not_get_files_of_root(self):
         runtime = self.directory('runtime', 0o700)
         cookies = self.file('cookies')
         os.chmod(cookies, 0o600)
@@ -374,7 +374,7 @@ class UserTest(DesktopTest):
         self.assertEqual(self.opened('webbrowser', 'http://h/')['directory'], expected)
 
 
-class Environment(unittest.TestCase):
+class EnvironmentTest(unittest.TestCase):
     """The environment that is made from the user's entry and the given variables. It runs as the current user."""
 
     def setUp(self):
@@ -421,7 +421,7 @@ class Environment(unittest.TestCase):
         self.assertEqual(self.make()['SHELL'], '/bin/sh')
 
 
-class Installation(unittest.TestCase):
+class InstallationTest(unittest.TestCase):
 
     def test_every_user_can_run_the_installed_programs(self):
         with tempfile.TemporaryDirectory(prefix='desktop.') as prefix:

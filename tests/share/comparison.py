@@ -5,10 +5,10 @@ A scenario is a row of a table:
 
     Scenario("name_of_the_test", expect="+libmoss", install="libmoss", dnf="install libmoss")
 
-expect   the required result of both; without it, two operations without any effect would count as equal. Package names
+expect   the required result of both; without it, two operations without any effect would be equal. Package names
          with a prefix: "+" installed, "-" removed, "^" changed to another version. "refused" and a text: nothing
          changes, and both give this text as the reason. "failed", a text and package names: both report the text and
-         change these packages all the same. "nothing": no error and no changes
+         change these packages nevertheless. "nothing": no error and no changes
 marks    install, update, remove, group_install, group_update, group_remove: the user's marks in the table, as names,
          name.arch or name-version; the update "all" means every row with an update. The result of a mark that the
          table does not permit is "refused" with "not in the table" or "not permitted"
@@ -56,8 +56,8 @@ plugins=0
 module_platform_id=platform:larkspur9
 """
 
-# The headings of packages in dnf's table, by the action and the reason of an item in the script's listing. All other
-# headings are the script's own in the listing, and stand above entries that are not packages.
+# The headings of packages in dnf's table, by the action and the reason of an item in the script's listing. The script
+# itself adds all other headings to the listing. Their entries are not packages.
 INSTALLED_FOR = {GROUP: "Installing group/module packages", WEAK: "Installing weak dependencies",
                  DEPENDENCY: "Installing dependencies"}
 REMOVED_FOR = {DEPENDENCY: "Removing dependent packages", CLEAN: "Removing unused dependencies"}
@@ -148,7 +148,7 @@ _world = None
 
 
 def world():
-    """The world; each test process makes it once."""
+    """Returns the World. Each test process makes it once."""
     global _world
     if _world is None:
         _world = World()
@@ -165,7 +165,7 @@ def packages(root):
 
 
 def history(root):
-    """The history's reasons of packages, and its installed groups with their members."""
+    """The reasons of packages and the installed groups with their members, from the history."""
     connection = sqlite3.connect(os.path.join(root, "var/lib/dnf/history.sqlite"))
     try:
         reasons = {}
@@ -422,7 +422,7 @@ class _Driver(scenario.ScenarioTest):
         return permitting
 
     def best(self, mark):
-        """The package to install. If several architectures match, the table prefers that of the system."""
+        """The package to install. If several architectures match, the table prefers the architecture of the system."""
         found = [row.shown for row in self.marked("install", mark)]
         for package in found[1:]:
             if not self.yumio.isBetterThan(found[0], package):
@@ -430,7 +430,7 @@ class _Driver(scenario.ScenarioTest):
         return found[0]
 
     def all_updates(self):
-        """The rows that "Set Update of Listed" marks. It leaves packages that others replace to the user."""
+        """The rows that "Set Update of Listed" marks. It does not mark packages that another package replaces."""
         replaced = set(str(old) for old, other in self.yumio.replacements)
         return [row for row in self.rows if row.permits("update")
                 and not any(str(version) in replaced for version, excluded in row.versions)]
@@ -562,7 +562,7 @@ class ComparisonTest(unittest.TestCase):
 
 
 def changes_between(before, after):
-    """The changes, as a scenario's "expect" writes them. The name includes a foreign architecture."""
+    """The changes in the format of a scenario's "expect". The name includes the architecture if it is a foreign one."""
     def names(found):
         counted = {}
         for package in found:

@@ -87,7 +87,7 @@ class Recording(object):
     """The recorded calls in their order, and the prepared answers.
 
     calls    list of (function, the values that the program reads from the arguments)
-    answers  the results of userconfirm, in their order; an additional question is an error
+    answers  the results of userconfirm, in order; one more question than answers is an error
     faults   exceptions that the calls raised; the package manager suppresses some of them
     """
 
@@ -188,7 +188,7 @@ class Recording(object):
         return [read for called, read in self.calls if called == name]
 
     def order(self, *leaving_out):
-        """The called functions without those that only report. Repeated calls of one function count once."""
+        """The called functions in order, without functions that only report. Repeated calls are in the list once."""
         quiet = ("log", "errorlog", "stdoutWrite", "stderrWrite") + leaving_out
         order = []
         for name, read in self.calls:

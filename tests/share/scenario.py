@@ -38,7 +38,7 @@ LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", 
 
 
 def repositories(yumio):
-    """The sorted names of the configured repositories, except that of the plug-in local.
+    """The sorted names of the configured repositories, except the repository of the plug-in local.
 
     Without a main file that disables plug-ins, this plug-in of the running system can add its own repository.
     """
@@ -87,7 +87,7 @@ def start_child(run):
 
 
 def in_own_process(method):
-    """The test runs in a child process. Its exceptions fail the test in this process, as text."""
+    """A decorator: the test runs in a child process. This process reports the exceptions of the child as failures."""
 
     @functools.wraps(method)
     def run(self):
@@ -125,7 +125,7 @@ def in_own_process(method):
 
 
 class RemoteServer(object):
-    """The sandbox's server in its own process, because downloads block the interpreter of this process."""
+    """The sandbox's server in a separate process, because downloads block the interpreter of this process."""
 
     def __init__(self, sandbox):
         self._sandbox = sandbox
@@ -145,7 +145,7 @@ class RemoteServer(object):
 
     def fault(self, path, kind, *arguments):
         """kind: "none"; or the name of a fault function of vyresandbox.server; or "end_after" with a number of bytes,
-        after which the server ends by itself."""
+        after which the server itself ends."""
         self._call("fault", path, kind, arguments)
 
     def paths(self, status=None):
@@ -162,7 +162,7 @@ class RemoteServer(object):
         self._call("stop")
 
     def restart(self):
-        """Starts the server again after it ended by itself."""
+        """Starts the server again after the fault "end_after" has ended it."""
         os.waitpid(self.process, 0)
         self.__init__(self._sandbox)
 
@@ -226,7 +226,7 @@ class ScenarioTest(unittest.TestCase):
 
     @staticmethod
     def leave_plug_ins_out():
-        """Switches off all plug-ins by default, because the plug-ins of this system write below its own /var."""
+        """Switches off all plug-ins by default, because the plug-ins of this system write to the real /var."""
         import dnf.conf
 
         initialize = dnf.conf.MainConf.__init__
@@ -275,7 +275,7 @@ class ScenarioTest(unittest.TestCase):
         return path
 
     def isolate(self):
-        """From now on, mounts of this process are visible to it only, and disappear when it ends."""
+        """From now on, only this process sees its mounts. They disappear when it ends."""
         filesystems.isolate()
 
     def mount_small(self, path, kilobytes):
@@ -283,7 +283,7 @@ class ScenarioTest(unittest.TestCase):
         filesystems.mount_small(self.sandbox.root + path, kilobytes)
 
     def resize(self, path, kilobytes):
-        """Changes the size of such a file system to its used space and this much free space."""
+        """Changes the size of a file system of mount_small(), so that it has this much free space."""
         filesystems.resize(self.sandbox.root + path, kilobytes)
 
     def index(self, name, *options):
@@ -335,7 +335,7 @@ class ScenarioTest(unittest.TestCase):
         self.recording.clear()
 
     def again(self):
-        """A new collection, as after each transaction."""
+        """Collects the packages again, as after each transaction."""
         self.yumio.reset()
         self.collect()
         self.recording.clear()
@@ -351,7 +351,7 @@ class ScenarioTest(unittest.TestCase):
 
     def apply(self, installs=(), updates=(), removes=(), group_installs=(), group_updates=(), group_removes=(),
               answers=(1,)):
-        """Applies actions on packages given by name; an update is paired with every installed version."""
+        """Applies actions to packages, which are given by name. An update is paired with every installed version."""
         self.recording.answers = list(answers)
         pairs = []
         for name in updates:

@@ -53,7 +53,7 @@ class LeftoversTest(ScenarioTest):
         self.assertEqual(self.reports(), [])
 
     @in_own_process
-    def test_a_transaction_without_its_end_in_the_history(self):
+    def test_a_transaction_without_its_end_in_the_history_is_reported(self):
         self.load()
         self.yumio.lock()
         self.collect()
@@ -71,7 +71,7 @@ class LeftoversTest(ScenarioTest):
         self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
                                           "Mark and apply its remaining changes again."
                                           % time.ctime(86400)])
-        # It is no longer the last transaction.
+        # After another transaction, the interrupted transaction is not the last one.
         self.apply(installs=["astrolabe"])
         self.collect_again()
         self.assertEqual(self.reports(), [])
@@ -238,10 +238,10 @@ class CollectionTest(ScenarioTest):
         self.assertFalse([name for name in expected if name.startswith("newpost")])
 
     @in_own_process
-    def test_installed_and_available_packages(self):
+    def test_installed_and_available_packages_are_collected(self):
         self.started()
         self.assertEqual({str(package) for package in self.installed}, self.sandbox.installed())
-        # The newest version is the first, because the program shows the first.
+        # The newest version is the first in the list, because the program shows the first version.
         self.assertEqual([package.version for package in self.installed if package.name == "kernel"],
                          ["6.1.25", "6.1.20"])
         available = [str(package) for package in self.available]
@@ -272,7 +272,7 @@ class CollectionTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_groups(self):
+    def test_groups_are_collected(self):
         self.started()
         self.assertEqual(set(self.groups), {group.identifier for group in catalogue.GROUPS})
         self.assertFalse(self.groups["core"].uservisible)
@@ -293,7 +293,7 @@ class CollectionTest(ScenarioTest):
         self.assertIsNone(history.get("office"))
 
     @in_own_process
-    def test_bi_arch_classes(self):
+    def test_architectures_that_replace_each_other_have_one_bi_arch_class(self):
         biArch = self.load().getBiArch
         self.assertEqual(biArch("x86_64"), "x86_64")
         self.assertEqual(biArch("noarch"), "x86_64")
@@ -302,7 +302,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(biArch("architecture-of-tomorrow"), "architecture-of-tomorrow")
 
     @in_own_process
-    def test_the_better_of_two_packages(self):
+    def test_the_better_of_two_packages_has_the_system_architecture_or_is_newer(self):
         self.started()
         better = self.yumio.isBetterThan
         wide = self.package(self.available, "libcairn", "x86_64")
@@ -340,7 +340,7 @@ class CollectionTest(ScenarioTest):
             self.assertEqual(package.buildhost, "builder7.larkspur.example")
 
     @in_own_process
-    def test_texts_of_an_installed_and_of_an_available_package(self):
+    def test_installed_and_available_packages_have_all_texts(self):
         self.started()
         suite = self.package(self.installed, "vyre-network-suite")
         self.assertEqual(suite.group, "Suite")
@@ -353,7 +353,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(soup.relativepath, "tagsoup-1.0-1.noarch.rpm")
 
     @in_own_process
-    def test_files_of_installed_and_available_packages(self):
+    def test_installed_and_available_packages_have_their_files(self):
         self.started()
         self.assertTrue(self.yumio.collectFileLists())
         self.assertEqual(list(self.package(self.installed, "gallivant").files), ["/opt/gallivant/bin/gallivant"])
@@ -361,7 +361,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(list(self.package(self.available, "corkboard").files), ["/usr/share/doc/corkboard/README"])
 
     @in_own_process
-    def test_change_logs_of_installed_and_available_packages(self):
+    def test_installed_and_available_packages_have_their_change_logs(self):
         self.started()
         self.assert_change_logs()
 
@@ -458,7 +458,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(len(looked_up), 2)
 
     @in_own_process
-    def test_relations_of_installed_and_available_packages(self):
+    def test_installed_and_available_packages_have_their_relations(self):
         self.started()
         orchard = self.package(self.available, "orchard")
         self.assertEqual({str(relation) for relation in orchard.requires} - {"setup"},
@@ -499,7 +499,7 @@ class ReplacementTest(ScenarioTest):
         return re.findall(r"^ +replacing +(\S+) ", done.stdout, re.M)
 
     @in_own_process
-    def test_replacements_are_those_of_dnf_until_they_are_done(self):
+    def test_replacements_are_the_same_as_in_dnf(self):
         self.started()
         self.assertEqual(self.upgraded(), ["oldpost.x86_64"])
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
@@ -509,7 +509,7 @@ class ReplacementTest(ScenarioTest):
         self.assertEqual(self.replacements(), [])
 
     @in_own_process
-    def test_weak_dependencies_count_as_when_dnf_resolves(self):
+    def test_weak_dependencies_are_resolved_as_by_dnf(self):
         import dnf.goal
 
         given = []
@@ -661,7 +661,7 @@ class ArchitectureTest(ScenarioTest):
                 if place == key or (place not in keys and moved.get(place) == key)]
 
     @in_own_process
-    def test_updates_are_those_of_dnf(self):
+    def test_updates_are_the_same_as_in_dnf(self):
         for policy in ("best", "all"):
             expected = listing_of_dnf(self.command("--assumeno", "--setopt=multilib_policy=" + policy))["Upgrading"]
             self.configure("multilib_policy=" + policy)

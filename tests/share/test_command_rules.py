@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Rules that the command dnf follows outside its library. The script follows them too."""
+"""Rules that are in the command dnf, not in its library. The script follows these rules too."""
 
 import glob
 import json
@@ -20,7 +20,7 @@ class CommandRulesTest(ScenarioTest):
         return sorted(set(path.split("/")[1] for path in self.server.paths(200) if path.endswith("repomd.xml")))
 
     @in_own_process
-    def test_the_release_of_the_environment_replaces_that_of_the_system(self):
+    def test_the_release_of_the_environment_has_priority_over_the_release_package(self):
         self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")
         os.environ["DNF_VAR_releasever"] = "42"
         os.environ["DNF3"] = "three"
@@ -37,7 +37,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual((conf.releasever, conf.cachedir), ("43", self.sandbox.root + "/var/cache/of-43"))
 
     @in_own_process
-    def test_rpm_can_demand_signatures(self):
+    def test_signatures_are_checked_if_the_configuration_of_rpm_demands_it(self):
         self.load()
         import rpm
 
@@ -49,7 +49,7 @@ class CommandRulesTest(ScenarioTest):
         self.assert_refused("astrolabe.*is not signed", installs=["astrolabe"])
 
     @in_own_process
-    def test_otherwise_repository_files_decide_about_signatures(self):
+    def test_repository_files_decide_about_signatures_if_rpm_demands_nothing(self):
         self.started()
         self.assertTrue([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck])
 

@@ -126,7 +126,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(repositories(yumio), sorted(LAYOUT + ("in-main", "second")))
 
     @in_own_process
-    def test_the_parts_of_the_release_are_those_of_dnf(self):
+    def test_the_parts_of_the_release_are_the_same_as_in_dnf(self):
         self.write("/etc/yum.repos.d/parts.repo",
                    "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor\n")
         yumio = self.load()
@@ -278,7 +278,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.calls, [])
 
     @in_own_process
-    def test_output_of_any_characters_reaches_the_program(self):
+    def test_output_with_any_characters_reaches_the_program(self):
         self.load()
         self.recording.clear()
         print("plain", end="")

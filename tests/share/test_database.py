@@ -35,7 +35,7 @@ class DatabaseTest(ScenarioTest):
 
 class OutdatedTest(DatabaseTest):
     @in_own_process
-    def test_a_package_that_another_program_has_removed(self):
+    def test_marks_are_refused_after_another_program_has_removed_a_package(self):
         self.started()
         self.rpm("-e", "almanac")
         self.assert_refused(CHANGED, removes=["almanac"], answers=[])
@@ -47,14 +47,14 @@ class OutdatedTest(DatabaseTest):
         self.assertTrue(self.yumio.systemChanged)
 
     @in_own_process
-    def test_a_package_that_another_program_has_installed(self):
+    def test_marks_are_refused_after_another_program_has_installed_a_package(self):
         self.started()
         self.rpm("-i", "--nodeps", os.path.join(self.sandbox.repository("sandbox-http"), ASTROLABE + ".rpm"))
         self.assert_refused(CHANGED, installs=["astrolabe"], answers=[])
         self.check_outdated()
 
     @in_own_process
-    def test_a_change_while_the_question_is_shown(self):
+    def test_marks_are_refused_after_a_change_while_the_question_is_shown(self):
         self.started()
         self.recording.before_answer = lambda: self.rpm("-e", "almanac")
         with self.assertRaisesRegex(self.dnf.exceptions.Error, CHANGED):
@@ -62,7 +62,7 @@ class OutdatedTest(DatabaseTest):
         self.check_outdated()
 
     @in_own_process
-    def test_a_package_that_another_program_has_installed_again(self):
+    def test_marks_are_refused_after_another_program_has_reinstalled_a_package(self):
         """The package is the same, but its number in the database has changed."""
         self.started()
         self.rpm("-i", "--nodeps", "--replacepkgs",
@@ -71,7 +71,7 @@ class OutdatedTest(DatabaseTest):
         self.check_outdated()
 
     @in_own_process
-    def test_an_imported_key_does_not_count_as_a_change(self):
+    def test_marks_are_applied_after_another_program_has_imported_a_key(self):
         self.started()
         cookie = self.module("database").databaseCookie()
         self.rpm("--import", self.sandbox.root + "/etc/pki/rpm-gpg/RPM-GPG-KEY-larkspur")
@@ -121,7 +121,9 @@ class LockedTest(DatabaseTest):
         return connection
 
     def prepare(self):
-        """Collects the packages. The question about waiting comes after half a second; returns the shown activities."""
+        """Collects the packages, and lets the question about waiting come after half a second. Returns the list of
+        shown activities.
+        """
         self.started()
         shown = []
         self.module("program").changeActivity = shown.append
@@ -195,7 +197,7 @@ class LockedTest(DatabaseTest):
         self.check_ended_by_the_program(self.database_lock)
 
     @in_own_process
-    def test_locks_on_different_devices_with_the_same_inode_number(self):
+    def test_a_lock_is_not_confused_with_a_lock_on_another_device(self):
         self.load()
         self.isolate()
         places = []
@@ -269,7 +271,7 @@ class LockedTest(DatabaseTest):
         self.assertEqual(shown[3:], ["Resolve Dependencies"])
 
     @in_own_process
-    def test_a_change_while_the_script_waits_for_the_lock(self):
+    def test_marks_are_refused_after_a_change_during_the_wait_for_the_lock(self):
         self.prepare()
 
         def hold():
@@ -347,13 +349,13 @@ class HistoryTest(DatabaseTest):
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process
-    def test_a_history_with_foreign_contents(self):
+    def test_a_history_with_foreign_contents_is_reported(self):
         self.check_damaged(lambda content: b"nonsense" * 10000)
 
     @in_own_process
-    def test_a_truncated_history(self):
+    def test_a_truncated_history_is_reported(self):
         self.check_damaged(lambda content: content[:len(content) // 2])
 
     @in_own_process
-    def test_an_empty_history(self):
+    def test_an_empty_history_is_reported(self):
         self.check_damaged(lambda content: b"")

@@ -64,28 +64,28 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_a_missing_package(self):
+    def test_a_package_that_the_server_lacks_is_reported(self):
         self.assert_fails_until_corrected("loupe", "status", 404)
 
     @in_own_process
-    def test_an_error_of_the_server(self):
+    def test_an_error_of_the_server_is_reported(self):
         self.assert_fails_until_corrected("loupe", "status", 500)
 
     @in_own_process
-    def test_a_truncated_package(self):
+    def test_a_truncated_package_is_reported(self):
         self.assert_fails_until_corrected("loupe", "truncated", 300)
 
     @in_own_process
-    def test_a_package_with_wrong_bytes(self):
+    def test_a_package_with_wrong_bytes_is_reported(self):
         self.assert_fails_until_corrected("loupe", "corrupted")
 
     @in_own_process
-    def test_a_server_that_never_answers(self):
+    def test_a_server_that_never_answers_is_reported(self):
         self.configure("timeout=1", "minrate=100")
         self.assert_fails_until_corrected("loupe", "hang")
 
     @in_own_process
-    def test_a_server_that_stops_before_the_downloads(self):
+    def test_a_server_that_stops_before_the_downloads_is_reported(self):
         self.started()
         self.recording.before_answer = self.server.stop
         self.assert_refused("loupe.*Cannot download", installs=["loupe"])
@@ -94,7 +94,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_a_server_that_stops_during_a_download(self):
+    def test_a_server_that_stops_during_a_download_is_reported(self):
         self.started()
         self.server.fault("/sandbox-http/gargantua-1.0-1.noarch.rpm", "end_after", 1 << 20)
         self.assert_refused("gargantua.*Cannot download", installs=["gargantua", "loupe"])
@@ -134,7 +134,7 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """The program also treats these two exceptions as a negative result."""
+        """Whether the package is verified. Like the program, it treats these two exceptions as "no"."""
         try:
             return self.yumio.verifyLocalPkg(package)
         except (FileNotFoundError, self.dnf.exceptions.MiscError):

@@ -61,7 +61,7 @@ class ExcludedTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, removes=["kernel"]), (set(), {"kernel-6.1.25-1.x86_64"}))
 
     @in_own_process
-    def test_another_package_can_replace_an_excluded_one(self):
+    def test_another_package_can_replace_an_excluded_package(self):
         self.started_without("exclude=oldpost")
         self.assertIn("replacing  oldpost", self.command("install", "newpost"))
         changed = self.changes(self.apply, installs=["newpost"])
@@ -69,7 +69,7 @@ class ExcludedTest(ScenarioTest):
         self.assertEqual(self.recording.listed()["oldpost-1.8-1.x86_64"][0], OBSOLETED)
 
     @in_own_process
-    def test_an_excluded_package_that_needs_a_removed_one_prevents_the_removal(self):
+    def test_a_removal_is_refused_if_an_excluded_package_needs_the_package(self):
         self.started_without("exclude=vyre-network-suite")
         self.assertIn("problem with installed package vyre-network-suite", self.command("remove", "flint-ssh"))
         self.assert_refused("problem with installed package vyre-network-suite", removes=["flint-ssh"])

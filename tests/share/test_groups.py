@@ -14,7 +14,7 @@ class WithoutGroupsTest(ScenarioTest):
         self.load()
 
     def break_groups(self):
-        """Makes groups unreadable from now on, if they are readable: every call of libcomps fails."""
+        """If groups are readable, makes them unreadable from now on: every call of libcomps fails."""
         if not self.sandbox.without_groups:
             self.module("groups").groupsCanBeRead = lambda: False
             import dnf.comps

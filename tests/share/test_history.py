@@ -99,7 +99,7 @@ class HistoryTest(OutcomeTest):
         self.assertEqual((line, rest), ("vyre: group install games", list(expected[1:])))
 
     @in_own_process
-    def test_the_options_comment_and_history_record(self):
+    def test_the_options_comment_and_history_record_are_used(self):
         self.configure("comment=why not")
         self.started()
         before = len(self.transactions())
@@ -144,14 +144,14 @@ class TestOnlyTest(OutcomeTest):
         self.assertNotIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())
         self.assertIn("almanac-1.9-1.noarch", self.sandbox.installed())
         self.assertTrue([text for level, text in self.recording.of("log") if "check the transaction" in text])
-        # The downloaded packages are recorded, as by dnf.
+        # Like dnf, the script records the downloaded packages.
         self.assertEqual((self.downloaded(), self.recorded()),
                          (self.downloaded(twin.root), self.recorded(twin.root)))
         self.assertEqual(self.recorded(), ["astrolabe-5.6-1.x86_64.rpm"])
 
     @needs_groups
     @in_own_process
-    def test_the_change_of_a_group_without_packages_is_no_test(self):
+    def test_a_group_without_packages_is_changed_in_spite_of_the_test_flag(self):
         self.started()
         self.apply(removes=["easel", "palette-knife"])
         self.configure("tsflags=test")
@@ -250,7 +250,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_downloaded_packages_after_a_failed_package_are_those_of_dnf(self):
+    def test_after_a_failed_package_the_same_downloads_are_kept_as_by_dnf(self):
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "brokenlatch"), 1)
         self.started()

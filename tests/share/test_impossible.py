@@ -68,7 +68,7 @@ class UpdatesTest(QuestionTest):
         self.assertIs(self.yumio.leftOut[0], self.package(self.updates, "tidewatch"))
         self.assertNotIn("tidewatch-2.0-1.noarch", self.recording.listed())
         self.assertEqual(self.yumio.base.args, ["vyre: install astrolabe; upgrade abacus-cli"])
-        # The resolver runs with all marks, then to find the possible ones, then with the remaining ones.
+        # The resolver runs three times: with all marks, to find the possible marks, and with the remaining marks.
         self.assertEqual(len(counted), 3)
 
     @in_own_process
@@ -89,7 +89,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_with_the_best_candidates_only_it_is_the_same(self):
+    def test_with_best_the_other_marks_are_applied_too(self):
         self.configure("best=1")
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[1, 1])
@@ -100,7 +100,7 @@ class UpdatesTest(QuestionTest):
     def test_skip_broken_does_not_prevent_the_question(self):
         self.configure("skip_broken=1")
         self.started()
-        # The option counts: as in dnf, it makes members of groups optional.
+        # The option has an effect nevertheless: as in dnf, it makes members of groups optional.
         self.assertFalse(self.yumio.base.conf.strict)
         changed = self.changes(self.apply, installs=["moonbridge", "astrolabe"], answers=[1, 1])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
@@ -125,7 +125,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_the_refusal_of_an_update_that_is_not_newer(self):
+    def test_an_update_that_is_not_newer_is_refused(self):
         self.started()
         pair = [self.package(self.available, "almanac"), self.package(self.installed, "almanac")]
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -136,8 +136,9 @@ class UpdatesTest(QuestionTest):
                          "Nothing was changed. All marks stay.")
 
     def refusal_of(self, **actions):
-        """The message about a refusal that changes nothing, without the names of repositories, which newer versions of
-        dnf add."""
+        """The message about a refusal that changes nothing. The names of repositories are removed, because only newer
+        versions of dnf add them.
+        """
         before = self.sandbox.installed()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(**actions)
@@ -148,7 +149,7 @@ class UpdatesTest(QuestionTest):
     @in_own_process
     def test_a_second_resolution_that_fails_gives_one_message_with_all_reasons(self):
         self.started()
-        # The search for impossible marks finds only one of two.
+        # The search for impossible marks finds only one of the two impossible marks.
         self.module("resolving").impossibleMarks = lambda base, marks: [
             package for package in marks.newVersions() if package.name == "tidewatch"]
         text = self.refusal_of(updates=["tidewatch"], installs=["moonbridge", "astrolabe"])
@@ -222,7 +223,7 @@ class UpdatesTest(QuestionTest):
         named = "nothing provides x needed by y-1-1.noarch"
         best = "cannot install the best candidate for the job"
         self.assertEqual(clearest(["conflicting requests", best, named]), [named, best])
-        # If there is no other line, this line is kept.
+        # This line is kept if it is the only line.
         self.assertEqual(clearest(["conflicting requests"]), ["conflicting requests"])
         self.assertEqual(clearest(["b", "a"]), ["b", "a"])
         self.assertEqual(clearest([]), [])
@@ -270,7 +271,7 @@ class UpdatesTest(QuestionTest):
         self.assertIn("conflicts with", self.recording.printed())
 
     @in_own_process
-    def test_all_updates_except_the_impossible_one(self):
+    def test_all_updates_except_the_impossible_update_are_applied(self):
         self.started()
         names = sorted(set(package.name for package in self.updates) - {"newpost"})
         self.assertGreater(len(names), 15)
@@ -341,7 +342,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_with_the_best_candidates_only_it_is_the_same(self):
+    def test_with_best_the_update_of_a_group_leaves_packages_out(self):
         self.configure("best=1")
         self.add_impossible_member()
         self.started()
@@ -364,7 +365,7 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn("gravity >= 6", self.recording.printed())
 
     def check_optional_members(self, option):
-        """The members of a group are optional with this option. The question names a left-out one and the reason."""
+        """This option makes the members of a group optional. The question names a left-out member and the reason."""
         self.configure(option)
         self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',
                           '<packagereq type="mandatory">pebble-go</packagereq>'
@@ -390,7 +391,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_no_marked_package_is_left_out_in_silence(self):
+    def test_each_marked_package_that_is_left_out_is_named(self):
         self.started()
         # The attempt that looks for impossible marks can find another solution than the last resolution.
         self.module("resolving").impossibleMarks = lambda base, marks: []
@@ -504,7 +505,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["birch-log-3.0-1.x86_64", "parrot-1.0-1.noarch"])
 
     def install_protected_package_with_two_providers(self):
-        """Two packages of which either can be removed, but not both."""
+        """Installs two providers of a protected package. Either provider can be removed, but not both."""
         self.build("oil-a", "Provides: lamp-oil")
         self.build("oil-b", "Provides: lamp-oil")
         self.build("keeper", "Requires: lamp-oil")
@@ -512,7 +513,7 @@ class RemovalTest(QuestionTest):
         self.configure("protected_packages=keeper")
 
     @in_own_process
-    def test_of_removals_that_are_impossible_together_one_is_left_out(self):
+    def test_one_of_two_removals_that_are_impossible_together_is_left_out(self):
         self.install_protected_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["oil-a", "oil-b", "parrot"], answers=[1, 1])
@@ -521,7 +522,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_of_removals_that_are_impossible_together_one_is_left_out_beside_an_installation(self):
+    def test_one_of_two_impossible_removals_is_left_out_beside_an_installation(self):
         self.install_protected_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["oil-a", "oil-b"], installs=["astrolabe"], answers=[1, 1])
@@ -529,8 +530,8 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["oil-b-1.0-1.noarch"])
 
     @in_own_process
-    def test_an_available_provider_does_not_replace_a_removed_one(self):
-        """Like dnf, it removes a package although another provider could keep it."""
+    def test_an_available_provider_does_not_replace_a_removed_provider(self):
+        """Like dnf, the script removes a package although an available provider could keep it."""
         self.install_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"])
@@ -542,7 +543,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("gull-mta", [package.name for package in self.available])
 
     @in_own_process
-    def test_a_marked_provider_keeps_the_dependents_of_a_removed_one(self):
+    def test_a_marked_provider_keeps_the_dependents_of_a_removed_provider(self):
         self.install_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["tern-mta"], installs=["gull-mta"])

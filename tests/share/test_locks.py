@@ -330,7 +330,7 @@ class WaitTest(ScenarioTest):
         self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
 
     @in_own_process
-    def test_a_wait_after_a_transaction_does_not_say_that_nothing_was_changed(self):
+    def test_the_end_of_a_wait_after_a_transaction_does_not_deny_changes(self):
         self.started()
         self.apply(installs=["loupe"])
         self.hold("metadata")
@@ -342,7 +342,7 @@ class WaitTest(ScenarioTest):
                 self.collect_again()
         self.let_go()
         self.again()
-        # From now on it is true again.
+        # From now on, the text is true again.
         self.hold("metadata")
         del self.shown[:]
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "was ended. Nothing was changed.$"):

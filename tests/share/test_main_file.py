@@ -87,12 +87,12 @@ class MainFileTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_main_file_that_is_too_large(self):
+    def test_a_main_file_that_is_too_large_is_reported(self):
         os.truncate(self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n"), limits()["repositoryFileLimit"] + 1)
         self.check_unused(self.load(), "it has more than 8 MB")
 
     @in_own_process
-    def test_a_main_file_that_is_a_directory(self):
+    def test_a_main_file_that_is_a_directory_is_reported(self):
         main = self.sandbox.root + "/etc/yum.conf"
         os.unlink(main)
         os.mkdir(main)
@@ -106,7 +106,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(yumio.base.conf.debuglevel, 7)
 
     @in_own_process
-    def test_a_main_file_that_is_a_pipe(self):
+    def test_a_main_file_that_is_a_pipe_is_reported(self):
         main = self.sandbox.root + "/etc/yum.conf"
         os.unlink(main)
         os.mkfifo(main)
@@ -270,7 +270,7 @@ class MainFileTest(ScenarioTest):
             yumio.reset()
             self.assertEqual(checks(), expected)
             self.assertEqual(self.recording.errors(), [said + added] if added else [])
-        # The checks that an unreadable file demands are unknown.
+        # If dnf's own file cannot be read, its checks are unknown.
         self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n")
         self.write("/etc/dnf/dnf.conf", "[main\n")
         self.recording.clear()
@@ -279,7 +279,7 @@ class MainFileTest(ScenarioTest):
         fault, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s: Parsing file" % own, fault)
         self.assertEqual(checked, said + "gpgcheck")
-        # A check that neither file demands is not made.
+        # VYRE does not make a check that neither file demands.
         self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=0\n")
         self.recording.clear()
         yumio.reset()
@@ -316,7 +316,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual([text for level, text in self.recording.of("log") if os.devnull in text], [])
 
     @in_own_process
-    def test_the_root_s_own_file_of_dnf_counts_more_than_that_of_the_running_system(self):
+    def test_the_file_of_the_root_has_priority_over_the_file_of_the_running_system(self):
         self.use_running_configuration("[main]\nrepo_gpgcheck=1\n")
         self.write("/etc/dnf/dnf.conf", "[main]\n")
         self.assertFalse(self.load().base.conf.repo_gpgcheck)

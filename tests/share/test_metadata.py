@@ -83,22 +83,22 @@ class MetadataTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_truncated_file_lists(self):
+    def test_truncated_file_lists_are_reported(self):
         self.damage("filelists", metadata.half)
         self.check_remark("filelists")
 
     @in_own_process
-    def test_truncated_compressed_file_lists(self):
+    def test_truncated_compressed_file_lists_are_reported(self):
         self.damage("filelists", metadata.half, packed=True)
         self.check_remark("filelists")
 
     @in_own_process
-    def test_file_lists_with_foreign_contents(self):
+    def test_file_lists_with_foreign_contents_are_reported(self):
         self.damage("filelists", metadata.page)
         self.check_remark("filelists")
 
     @in_own_process
-    def test_truncated_change_logs(self):
+    def test_truncated_change_logs_are_reported(self):
         self.damage("other", metadata.half)
         self.check_remark("other")
 
@@ -134,18 +134,18 @@ class MetadataTest(ScenarioTest):
         self.assertIn("astrolabe", self.names("sandbox-http"))
 
     @in_own_process
-    def test_truncated_package_lists(self):
+    def test_truncated_package_lists_are_refused(self):
         self.damage("primary", metadata.half)
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: not parsed: "
                            "no element found")
 
     @in_own_process
-    def test_package_lists_with_foreign_contents(self):
+    def test_package_lists_with_foreign_contents_are_refused(self):
         self.damage("primary", metadata.page)
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: it is html$")
 
     @in_own_process
-    def test_a_damaged_repository_with_skip_if_unavailable(self):
+    def test_a_damaged_repository_is_left_out_with_skip_if_unavailable(self):
         self.damage("primary", metadata.page)
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")
@@ -228,7 +228,7 @@ class MetadataTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_truncated_compressed_groups(self):
+    def test_truncated_compressed_groups_are_left_out(self):
         metadata.alter(self.sandbox.repository("sandbox-http"), "group", metadata.half, packed=True)
         self.begin()
         self.collect()
@@ -241,8 +241,8 @@ class MetadataTest(ScenarioTest):
     # Modules
 
     @in_own_process
-    def test_modules_with_foreign_contents(self):
-        """If the package manager read these files, the process would end."""
+    def test_a_repository_with_damaged_modules_is_left_out(self):
+        """If the package manager read these files, the process would crash."""
         original = self.sandbox.repository("sandbox-file")
         shutil.copytree(original, original + ".away")
         for content in ("nonsense\n" * 100, "<html>\n<body>: no: [}</body></html>\n",
@@ -265,7 +265,7 @@ class MetadataTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_modules_that_are_too_large_when_unpacked(self):
+    def test_modules_that_are_too_large_when_unpacked_are_refused(self):
         self.load()
         path = os.path.join(self.directory, "modules.yaml.gz")
         with gzip.open(path, "wb", 1) as stream:
@@ -275,7 +275,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.module("metadata").modulesFault(self.yumio.base, path), "it has more than 64 MB")
 
     @in_own_process
-    def test_undamaged_modules(self):
+    def test_undamaged_modules_are_accepted(self):
         metadata.add_modules(self.sandbox.repository("sandbox-file"), ROWAN, self.directory)
         self.begin()
         self.collect()
@@ -312,9 +312,9 @@ class MetadataTest(ScenarioTest):
         self.assertIn("corkboard", self.names("sandbox-file"))
 
     @in_own_process
-    def test_damaged_defaults_of_modules(self):
+    def test_damaged_defaults_of_modules_are_refused(self):
         self.check_file("/etc/dnf/modules.defaults.d/rowan.yaml", "nonsense: [\n")
 
     @in_own_process
-    def test_damaged_state_of_a_module(self):
+    def test_a_damaged_state_of_a_module_is_refused(self):
         self.check_file("/etc/dnf/modules.d/rowan.module", "nonsense\n")

@@ -111,7 +111,7 @@ class EndedTest(ModuleScenario):
         self.assertTrue(self.yumio.systemChanged)
 
     @in_own_process
-    def test_without_streams_nothing_was_changed(self):
+    def test_an_ended_operation_without_streams_has_changed_nothing(self):
         self.started()
         self.assert_refused("^The plug-in crooked has ended the operation: enough$", installs=["astrolabe"])
         self.assertFalse(self.yumio.systemChanged)
@@ -124,7 +124,7 @@ class LanguageTest(ModuleScenario):
         super(LanguageTest, self).enter()
 
     @in_own_process
-    def test_the_heading_is_dnf_s_translation(self):
+    def test_the_heading_is_the_translation_of_dnf(self):
         self.started()
         self.apply(installs=["grove-cli"], answers=[0])
         self.assertEqual("".join(self.added), "Activation des flux de modules:\n\tgrove 1\n")

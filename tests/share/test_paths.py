@@ -58,7 +58,7 @@ class PathsTest(ScenarioTest):
         self.assertTrue(os.path.isfile(place + "/log/dnf.log"))
 
     @in_own_process
-    def test_configured_directories_are_those_of_the_managed_system(self):
+    def test_configured_directories_are_in_the_managed_system(self):
         # The configuration of an image names these directories. The running system has directories of the same names.
         outside = os.path.join(self.directory, "named")
         inside = self.sandbox.root + outside
@@ -93,7 +93,7 @@ class PathsTest(ScenarioTest):
         self.assertIn("sandbox-http", yumio.base.repos)
 
     @in_own_process
-    def test_without_a_managed_root_the_paths_are_those_of_the_system(self):
+    def test_without_a_managed_root_the_paths_have_no_prefix(self):
         for value in (None, "", "/"):
             os.environ.pop("VYREROOT")
             if value is not None:

@@ -175,7 +175,7 @@ class HooksTest(PlugInsTest):
         for _ in range(3):
             self.again()
             self.assertEqual((classes(), modules()), first)
-        # This is so even if a reference to an old plug-in exists.
+        # The old plug-in is not used even if a reference to it exists.
         held = self.dnf.plugin.Plugin.__subclasses__()
         self.recorded_calls()
         self.again()
@@ -222,12 +222,12 @@ class FailuresTest(PlugInsTest):
                          ['Failed loading plugin "crooked": wrong'])
 
     @in_own_process
-    def test_a_plug_in_that_exits_during_its_import(self):
+    def test_a_plug_in_that_exits_during_its_import_is_named(self):
         self.write_plug_in("crooked", "import sys\nsys.exit('enough')\n")
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: enough")
 
     @in_own_process
-    def test_a_plug_in_that_cannot_be_created(self):
+    def test_a_plug_in_that_cannot_be_created_is_named(self):
         self.write_plug_in("crooked", raising("__init__", "raise ValueError('wrong')"))
         self.assertEqual(self.failure(), "The plug-in crooked cannot be loaded: wrong")
         # Without the plug-in, the next collection succeeds.
@@ -236,12 +236,12 @@ class FailuresTest(PlugInsTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_plug_in_with_damaged_settings(self):
+    def test_a_plug_in_with_damaged_settings_is_reported(self):
         self.write_plug_in("probe", PROBE, "enabled\n")
         self.assertRegex(self.failure(), "^The plug-ins cannot be loaded: .*probe.conf")
 
     @in_own_process
-    def test_a_plug_in_that_exits_in_a_hook(self):
+    def test_a_plug_in_that_exits_in_a_hook_is_named(self):
         for hook in ("pre_config", "config", "sack"):
             self.write_plug_in("crooked", raising(hook, "sys.exit(3)"))
             self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: 3")
@@ -293,7 +293,7 @@ class FailuresTest(PlugInsTest):
         self.yumio.reset()
         self.collect()
         self.assertEqual(self.reports(), [])
-        # Another plug-in, or another hook of the same one, is a new message.
+        # Another plug-in, or another hook of the same plug-in, causes a new message.
         self.write_plug_in("crooked", raising("config", "cli = self.cli; cli.demands.resolving = True"))
         self.write_plug_in("other", raising("sack", "self.cli.demands.resolving = True", "other"))
         self.yumio.reset()
@@ -326,7 +326,7 @@ class FailuresTest(PlugInsTest):
                         raising("sack", call)):
             self.write_plug_in("patient", content)
             self.load()
-            # Like the program's function, it has no frame of Python.
+            # Like the program's function, this function has no Python frame.
             self.module("program").changeActivity = functools.partial(signal.default_int_handler, signal.SIGINT)
             with self.assertRaises(KeyboardInterrupt):
                 self.collect()
@@ -344,7 +344,7 @@ class FailuresTest(PlugInsTest):
                 self.yumio.unlock()
 
     @in_own_process
-    def test_a_plug_in_that_exits_after_a_transaction(self):
+    def test_a_plug_in_that_exits_after_a_transaction_is_named(self):
         for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
             self.write_plug_in("crooked", raising("transaction", statement))
             self.started()

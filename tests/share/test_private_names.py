@@ -137,7 +137,8 @@ class UsedNamesTest(unittest.TestCase):
 
     @staticmethod
     def names_in_texts(function):
-        """The private names that a function hands to getattr and its like as texts, itself or from a list."""
+        """The private names that a function passes as texts to getattr and similar functions, directly or from a list.
+        """
         calls = [node for node in ast.walk(function) if isinstance(node, ast.Call) and
                  getattr(node.func, "id", "") in ("getattr", "hasattr", "setattr")]
         found = [node.args[1] for node in calls]

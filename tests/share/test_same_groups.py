@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Groups by VYRE and by dnf."""
+"""Groups that VYRE and dnf install, update or remove in the same way."""
 
 from comparison import Scenario, tests
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Modules by VYRE and by dnf."""
+"""Module streams that VYRE and dnf use in the same way."""
 
 from comparison import Scenario, tests
 

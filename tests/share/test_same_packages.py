@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Installs, updates and removals by VYRE and by dnf."""
+"""Installs, updates and removals with the same result in VYRE and dnf."""
 
 import os
 
@@ -47,8 +47,8 @@ SCENARIOS = [
              dnf="upgrade vyre-network-suite"),
     Scenario("an_update_with_a_changed_configuration_file", "^confetti", repos=RULES,
              before=["install confetti-1", change_confetti], update="confetti", dnf="upgrade confetti"),
-    # Two architectures of different versions, and the newer version also without an architecture. Without best, the
-    # order in rpm's database decides whether dnf replaces both packages.
+    # Two versions of different architectures are installed, and the newer version is also available without an
+    # architecture. Without best, the order in rpm's database decides whether dnf replaces both packages.
     Scenario("a_change_to_no_architecture", "refused cannot install both", repos=RULES, config="best=True",
              before=["install unsettled-1-1.i686", "install unsettled-2-1.x86_64"], update="unsettled",
              dnf="upgrade unsettled", differs=("Changes to no architecture", "nothing")),

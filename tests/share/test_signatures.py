@@ -107,7 +107,7 @@ class SignatureTest(ScenarioTest):
         self.assert_refused("not installed", installs=["wax-tablet"], answers=[1])
 
     @in_own_process
-    def test_a_key_file_that_is_missing_or_has_no_key(self):
+    def test_a_key_file_that_is_missing_or_has_no_key_is_refused(self):
         self.started()
         os.rename(self.sandbox.root + KEY_FILE, self.sandbox.root + KEY_FILE + ".away")
         # The text depends on the version of the library that reads the file.
@@ -119,7 +119,7 @@ class SignatureTest(ScenarioTest):
         self.assertIn(TABLET, self.sandbox.installed())
 
     @in_own_process
-    def test_without_checks_no_question_is_asked(self):
+    def test_no_question_is_asked_if_signatures_are_not_checked(self):
         self.change_repository("sandbox-signed", "gpgcheck=1", "gpgcheck=0")
         self.started()
         self.apply(installs=["wax-tablet", "wax-blank", "wax-forged"], answers=[1])

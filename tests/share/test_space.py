@@ -90,7 +90,9 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     def at_first_progress(self, act):
-        """Lets another process act at rpm's first progress, because then this process sees only the managed root."""
+        """Lets another process act when rpm reports its first progress. At that time, this process sees only the
+        managed root.
+        """
         waked, wake = os.pipe()
         done, finished = os.pipe()
         if os.fork() == 0:
@@ -113,7 +115,7 @@ class SpaceTest(ScenarioTest):
         module.rpmtransProgress = first_progress
 
     @in_own_process
-    def test_no_space_for_the_history_after_the_packages_were_changed(self):
+    def test_no_space_for_the_history_after_the_packages_were_changed_is_reported(self):
         self.mount_small("/var/lib/dnf", PLENTY)
         self.started()
         self.at_first_progress(lambda: self.resize("/var/lib/dnf", 0))

@@ -118,7 +118,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_a_kernel_is_added_to_the_installed_ones(self):
+    def test_a_kernel_is_installed_beside_the_installed_kernels(self):
         self.started()
         self.assertEqual(len([package for package in self.installed if package.name == "kernel"]), 2)
         changed = self.changes(self.apply, updates=["kernel"])
@@ -336,12 +336,12 @@ class ReasonTest(ScenarioTest):
         return raising
 
     @in_own_process
-    def test_exceptions_of_transactions(self):
+    def test_exceptions_of_transactions_have_a_complete_text(self):
         self.started()
         self.check(self.yumio.apply, self.raiser(self.module("resolving"), "markAll"), ([],) * 6)
 
     @in_own_process
-    def test_exceptions_of_collections(self):
+    def test_exceptions_of_collections_have_a_complete_text(self):
         self.started()
         base = self.yumio.base
         self.check(self.yumio.collectGroups, self.raiser(base, "read_comps"))
@@ -356,18 +356,18 @@ class ReasonTest(ScenarioTest):
 
 class RefusalTest(ScenarioTest):
     @in_own_process
-    def test_nothing_to_do(self):
+    def test_a_transaction_without_changes_is_refused(self):
         self.started()
         self.assert_refused("nothing to do")
         self.assertEqual(self.recording.order(), [])
 
     @in_own_process
-    def test_a_package_that_conflicts_with_an_installed_one(self):
+    def test_a_package_that_conflicts_with_an_installed_one_is_refused(self):
         self.started()
         self.assert_refused("libgranite", installs=["sandstone"])
 
     @in_own_process
-    def test_a_missing_dependency(self):
+    def test_a_package_without_its_dependency_is_refused(self):
         self.started()
         self.assert_refused("libtide", installs=["moonbridge"])
         # The failure does not affect the next transaction.
@@ -375,7 +375,7 @@ class RefusalTest(ScenarioTest):
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
 
     @in_own_process
-    def test_packages_with_the_same_file(self):
+    def test_packages_with_the_same_file_are_refused(self):
         self.started()
         self.assert_refused("palette.conf", installs=["inkwell-classic", "inkwell-modern"])
         self.assertEqual(self.recording.of("rpmtransInit"), [True])
@@ -387,7 +387,7 @@ class RefusalTest(ScenarioTest):
         self.assertEqual(self.recording.names().count("rpmtransDel"), 2)
 
     @in_own_process
-    def test_a_package_with_a_file_of_an_installed_one(self):
+    def test_a_package_with_a_file_of_an_installed_one_is_refused(self):
         self.started()
         self.assert_refused("/bin/sh", installs=["vanity-shell"])
 
@@ -408,7 +408,7 @@ class RefusalTest(ScenarioTest):
         self.assertIn("no line feed after this", self.recording.output())
 
     @in_own_process
-    def test_a_broken_rpm_of_a_local_repository(self):
+    def test_a_broken_rpm_of_a_local_repository_is_refused(self):
         self.started()
         place = os.path.join(self.sandbox.repository("sandbox-file"), "corkboard-0.7-1.noarch.rpm")
         with open(place, "r+b") as stream:
@@ -473,7 +473,7 @@ class ScriptletTest(ScenarioTest):
         self.assertNotIn("line 15", errors)
 
     @in_own_process
-    def test_of_several_packages_the_failed_one_is_named(self):
+    def test_the_report_names_only_the_failed_package_of_several(self):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(installs=["brokenlatch", "astrolabe"])
