@@ -160,8 +160,8 @@ int Dialog::exec(Repo::Entry* asked)
     passwordField->setAccessibleName(passwordLabel->text());
     passwordField->setText(password);
     fileLabel->setText(
-        tr("The name and the password will be kept in the file %1, which only its owner and its group "
-           "can read then.")
+        tr("VYRE will write the name and the password into the file %1. Then only its owner and its group "
+           "can read it.")
             .arg(entry->file));
 
     setButtonsEnabled(true);

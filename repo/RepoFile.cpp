@@ -217,7 +217,7 @@ void File::understand(const QString& path)
     }
     if (largestSection(lines.text) > repositorySectionLimit) {
         leaveAlone(
-            tr("%1 is left alone, and its repositories are not used: one of them takes more than %2 kB.")
+            tr("%1 is left alone, and its repositories are not used: one of them is larger than %2 kB.")
                 .arg(path, QString::number(repositorySectionLimit >> 10)));
         return;
     }

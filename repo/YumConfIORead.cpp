@@ -138,9 +138,9 @@ void YumConfIO::noteDoubtfulSwitch(const QString& path, const QString& id, const
     static const QStringList off{QStringLiteral("0"), QStringLiteral("no"), QStringLiteral("false"),
                                  QStringLiteral("off")};
     if (isOn(value) && off.contains(value.trimmed().toLower())) {
-        warnings.append(
-            tr("%1, section [%2]: VYRE reads \"%3\" as enabled, and writes it so. Only 0 disables.")
-                .arg(path, id, line.trimmed()));
+        warnings.append(tr("%1, section [%2]: VYRE reads \"%3\" as enabled, and writes it as enabled. Only 0 "
+                           "disables it.")
+                            .arg(path, id, line.trimmed()));
     }
 }
 

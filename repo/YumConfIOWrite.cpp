@@ -379,7 +379,7 @@ void YumConfIO::written(Target& target, const SafeFile& file)
     known.file.isAscii = known.file.isPlain;
     if (file.hasRemovedRights()) {
         const QString note =
-            tr("%1 holds a password: users other than its owner and its group cannot read it any more.")
+            tr("%1 contains a password. From now on, only its owner and its group can read it.")
                 .arg(target.path);
         Q_EMIT noted(note);
     }

@@ -924,7 +924,7 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
         <translation>%1 bleibt unberührt, und die Paketquellen darin werden nicht benutzt: Es ist keine reine Textdatei.</translation>
     </message>
     <message>
-        <source>%1 is left alone, and its repositories are not used: one of them takes more than %2 kB.</source>
+        <source>%1 is left alone, and its repositories are not used: one of them is larger than %2 kB.</source>
         <translation>%1 bleibt unberührt, und die Paketquellen darin werden nicht benutzt: Eine davon ist größer als %2 kB.</translation>
     </message>
 </context>
@@ -991,8 +991,8 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
         <translation>Passwort</translation>
     </message>
     <message>
-        <source>The name and the password will be kept in the file %1, which only its owner and its group can read then.</source>
-        <translation>Der Name und das Passwort werden in der Datei %1 abgelegt, die dann nur noch ihr Besitzer und ihre Gruppe lesen können.</translation>
+        <source>VYRE will write the name and the password into the file %1. Then only its owner and its group can read it.</source>
+        <translation>VYRE wird den Namen und das Passwort in die Datei %1 schreiben. Dann können nur ihr Besitzer und ihre Gruppe sie lesen.</translation>
     </message>
 </context>
 <context>
@@ -1646,8 +1646,8 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
         <translation>VYRE – Fehler beim Bearbeiten der Paketquellen</translation>
     </message>
     <message>
-        <source>%1, section [%2]: VYRE reads &quot;%3&quot; as enabled, and writes it so. Only 0 disables.</source>
-        <translation>%1, Abschnitt [%2]: VYRE liest „%3“ als eingeschaltet und schreibt es so. Nur 0 schaltet aus.</translation>
+        <source>%1, section [%2]: VYRE reads &quot;%3&quot; as enabled, and writes it as enabled. Only 0 disables it.</source>
+        <translation>%1, Abschnitt [%2]: VYRE liest „%3“ als eingeschaltet und schreibt es als eingeschaltet. Nur 0 schaltet aus.</translation>
     </message>
     <message>
         <source>%1 has letters outside ASCII. If VYRE writes the file, each of them becomes two wrong letters.</source>
@@ -1666,8 +1666,8 @@ Read all files again, and lose your changes?</source>
 Alle Dateien neu lesen und Ihre Änderungen verlieren?</translation>
     </message>
     <message>
-        <source>%1 holds a password: users other than its owner and its group cannot read it any more.</source>
-        <translation>%1 enthält ein Passwort: Andere Benutzer als ihr Besitzer und ihre Gruppe können die Datei nicht mehr lesen.</translation>
+        <source>%1 contains a password. From now on, only its owner and its group can read it.</source>
+        <translation>%1 enthält ein Passwort. Von jetzt an können nur ihr Besitzer und ihre Gruppe die Datei lesen.</translation>
     </message>
     <message>
         <source>Other programs have changed these files since VYRE read them. You have not edited them, and VYRE does not change them.
@@ -2416,10 +2416,10 @@ Es sind nur noch {} kB frei für {}</translation>
     </message>
     <message>
         <source>{}
-No packages were changed. This was saved before:
+No packages were changed. These changes were saved before:
 {}</source>
         <translation>{}
-Es wurden keine Pakete verändert. Zuvor wurde gespeichert:
+Es wurden keine Pakete verändert. Diese Änderungen wurden zuvor gespeichert:
 {}</translation>
     </message>
     <message>
@@ -2665,14 +2665,14 @@ Nichts wurde geändert. Alle Vormerkungen bleiben.</translation>
     <message>
         <source>Go on without these packages?
 
-&quot;Yes&quot; goes on with the remaining marks: {}. The marks that are left out stay.
+&quot;Yes&quot; goes on with the remaining marks: {}. The impossible marks stay.
 &quot;No&quot; changes nothing. All marks stay.
 
 {}
 </source>
         <translation>Ohne diese Pakete fortfahren?
 
-„Yes“ fährt mit den übrigen Vormerkungen fort: {}. Die ausgelassenen Vormerkungen bleiben.
+„Yes“ fährt mit den übrigen Vormerkungen fort: {}. Die unmöglichen Vormerkungen bleiben.
 „No“ ändert nichts. Alle Vormerkungen bleiben.
 
 {}

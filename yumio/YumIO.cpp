@@ -75,7 +75,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the cache of the package manager"),
     QT_TRANSLATE_NOOP("YumIO", "The wait for {} was ended. Nothing was changed."),
     QT_TRANSLATE_NOOP("YumIO", "The wait for {} was ended."),
-    QT_TRANSLATE_NOOP("YumIO", "{}\nNo packages were changed. This was saved before:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "{}\nNo packages were changed. These changes were saved before:\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "These marked packages are in the other streams: {}"),
     QT_TRANSLATE_NOOP("YumIO", "another program"),
     QT_TRANSLATE_NOOP("YumIO", "process {}"),
@@ -93,8 +93,8 @@ const char* const scriptTexts[] = {
     // This is one text in four lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n"
-                               "\"Yes\" goes on with the remaining marks: {}. The marks that are left "
-                               "out stay.\n\"No\" changes nothing. All marks stay.\n\n{}\n"),
+                               "\"Yes\" goes on with the remaining marks: {}. The impossible marks "
+                               "stay.\n\"No\" changes nothing. All marks stay.\n\n{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "{} and {} more"),
     QT_TRANSLATE_NOOP("YumIO",
                       "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"

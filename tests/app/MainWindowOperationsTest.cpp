@@ -414,7 +414,7 @@ void MainWindowOperationsTest::credentialsTypedAfterAnApplyAreUsedAtOnce()
     shown->action("&Windows", "&Log")->trigger();
     QVERIFY(logIsVisible());
     const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
-    QCOMPARE(log.count("standin.repo holds a password: users other than its owner"), 1);
+    QCOMPARE(log.count("standin.repo contains a password. From now on, only its owner"), 1);
     QVERIFY(!log.contains("secret"));
 }
 

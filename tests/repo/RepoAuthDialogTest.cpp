@@ -143,8 +143,8 @@ void RepoAuthDialogTest::theFileOfThePasswordIsNamedBefore()
     entry.file = QStringLiteral("/etc/yum.repos.d/<b>x</b>.repo");
     QVERIFY(run([this] {
                 QVERIFY(labels().contains(QStringLiteral(
-                    "The name and the password will be kept in the file /etc/yum.repos.d/<b>x</b>.repo, "
-                    "which only its owner and its group can read then.")));
+                    "VYRE will write the name and the password into the file /etc/yum.repos.d/<b>x</b>.repo. "
+                    "Then only its owner and its group can read it.")));
             }) >= 0);
     // A path of any length does not widen the window.
     int width = 0;

@@ -266,8 +266,9 @@ void YumConfIOPlacesTest::aDifferentReadingOfThePackageManagerIsReported()
         QVERIFY(conf->read(window.get()));
         const QString file = path(QStringLiteral("etc/yum.conf"));
         const QString warning =
-            file + QStringLiteral(", section [%1]: VYRE reads \"%2\" as enabled, and writes it so. Only 0 "
-                                  "disables.");
+            file +
+            QStringLiteral(", section [%1]: VYRE reads \"%2\" as enabled, and writes it as enabled. Only 0 "
+                           "disables it.");
         QCOMPARE(conf->warnings,
                  (QStringList{
                      file + " has letters outside ASCII. If VYRE writes the file, each of them becomes two "

@@ -370,7 +370,7 @@ void addFilesThatAreNotUnderstood()
     QTest::newRow("a repository that is too large")
         << QByteArray("[main]\n[odd]\n") + QByteArray(repositorySectionLimit, '#') + "\n[y]\n"
         << QStringLiteral(
-               "%1 is left alone, and its repositories are not used: one of them takes more than 256 kB.");
+               "%1 is left alone, and its repositories are not used: one of them is larger than 256 kB.");
     QTest::newRow("too large") << QByteArray("[main]\n[odd]\n") + QByteArray(repositoryFileLimit, '#')
                                << QStringLiteral("%1 is left alone, and its repositories are not used: it is "
                                                  "larger than 8 MB.");

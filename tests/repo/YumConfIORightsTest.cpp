@@ -69,8 +69,7 @@ void YumConfIORightsTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers(
         texts += each.first().toString();
     }
     const QString text =
-        QStringLiteral("%1 holds a password: users other than its owner and its group cannot "
-                       "read it any more.");
+        QStringLiteral("%1 contains a password. From now on, only its owner and its group can read it.");
     QCOMPARE(texts, QStringList({text.arg(mainPath()), text.arg(given)}));
     // One message for each file.
     entry(QStringLiteral("given")).name = QStringLiteral("G");

@@ -18,8 +18,8 @@ BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noar
 
 def question(rest):
     """The text of the question before the packages and their reasons."""
-    return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. The marks that are left out '
-            'stay.\n"No" changes nothing. All marks stay.' % rest)
+    return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. The impossible marks stay.\n'
+            '"No" changes nothing. All marks stay.' % rest)
 
 
 def german():
@@ -254,7 +254,7 @@ class UpdatesTest(QuestionTest):
         head, _, reasons = self.recording.printed().partition("\n\ntidewatch-2.0-1.noarch\n    ")
         # The buttons are Yes and No in all languages.
         self.assertEqual(head, "Ohne diese Pakete fortfahren?\n\n„Yes“ fährt mit den übrigen Vormerkungen fort: "
-                         "abacus-cli. Die ausgelassenen Vormerkungen bleiben.\n„No“ ändert nichts. Alle Vormerkungen "
+                         "abacus-cli. Die unmöglichen Vormerkungen bleiben.\n„No“ ändert nichts. Alle Vormerkungen "
                          "bleiben.")
         words = reason % ("libtide.so.9()(64bit)", "tidewatch-2.0-1.noarch")
         self.assertEqual(reasons.replace(" from sandbox-updates", "").splitlines()[0], words)

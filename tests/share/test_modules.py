@@ -104,8 +104,9 @@ class EndedTest(ModuleScenario):
     @in_own_process
     def test_streams_that_were_saved_before_a_plug_in_ends_the_operation_are_named(self):
         self.started()
-        self.assert_refused("^The plug-in crooked has ended the operation: enough\nNo packages were changed. This was "
-                            "saved before:\nEnabling module streams: grove 1$", installs=["grove-cli"])
+        self.assert_refused("^The plug-in crooked has ended the operation: enough\nNo packages were changed. "
+                            "These changes were saved before:\nEnabling module streams: grove 1$",
+                            installs=["grove-cli"])
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
         # The program collects the packages again.
         self.assertTrue(self.yumio.systemChanged)

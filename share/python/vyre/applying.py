@@ -88,7 +88,8 @@ def runTransaction(base, checkCurrent):
                 endHistory(base)
                 if PlugIns.ended and saved:
                     base.changed = True
-                    raise dnf.exceptions.Error(tr('{}\nNo packages were changed. This was saved before:\n{}').format(
+                    raise dnf.exceptions.Error(tr(
+                        '{}\nNo packages were changed. These changes were saved before:\n{}').format(
                         e, '\n'.join('{}: {}'.format(heading, ', '.join(lines)) for heading, lines in saved)))
             raise
     if base.transaction and 'test' in base.conf.tsflags:

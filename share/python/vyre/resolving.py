@@ -69,7 +69,7 @@ def resolveMarks(base, marks):
     text = reasonsOf(left, problems)
     yumIOC.gpgsigcheck()
     sys.stdout.write(tr('Go on without these packages?\n\n'
-                        '"Yes" goes on with the remaining marks: {}. The marks that are left out stay.\n'
+                        '"Yes" goes on with the remaining marks: {}. The impossible marks stay.\n'
                         '"No" changes nothing. All marks stay.\n\n{}\n').format(rest.inShort(), text))
     if yumIOC.userconfirm() != 1:
         return None, [], ''
