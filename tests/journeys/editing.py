@@ -79,7 +79,7 @@ class Editor(driver.Window):
         wait_for(lambda: self.status() == text, 'the status ' + repr(text), 20)
 
     def form(self, button, *selected):
-        """Press Edit, Add or Copy; return the window with the fields of the repository."""
+        """Press Edit, Add or Copy. Returns the window with the fields of the repository."""
         if selected:
             self.select(*selected)
         self.click_button(button)
@@ -101,7 +101,7 @@ class Form(driver.Window):
         self.wait_settled()
 
     def field(self, name):
-        """A field by its label."""
+        """The field with this label."""
         def look():
             return next((accessible for accessible in driver.walk(self.accessible)
                          if accessible.name == name and driver.shown(accessible) and
@@ -168,7 +168,8 @@ class EditingTest(JourneyTest):
     def requests_from_now(self):
         """The number of requests to the server up to now. The next reading of the packages makes more requests.
 
-        Without the expiry, it would use metadata from the cache if they are less than a second old.
+        This function expires the metadata. Otherwise the next reading could use metadata that are less than a second
+        old.
         """
         self.sandbox.expire_metadata()
         return len(self.sandbox.server.paths())
@@ -178,7 +179,7 @@ class EditingTest(JourneyTest):
         return Editor(window.program)
 
     def check_listed(self, window, names, expression='^(abacus-cli|hedgerow|hidden-gem|pergola) '):
-        """Only these of the packages that match the expression are listed."""
+        """The window lists exactly these packages of USUAL and "hidden-gem"."""
         window.wait_ready()
         window.set_filter(expression)
         window.wait_names(names)

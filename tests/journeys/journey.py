@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The common parts of all journeys. Each test works on its own copy of the sandbox and checks how the program ends.
+"""The common parts of all journeys. Each test works on a separate copy of the sandbox and checks the program's end.
 
 VYRE_BINARY is the program. VYRE_SANDBOX is the sandbox, which the journeys copy and never change. If VYRE_PICTURES
 names a directory, the journeys save pictures of the screen there.
@@ -78,7 +78,7 @@ class CacheLock:
             return stream.read() == str(self._process.pid)
 
     def let_go(self):
-        """Release the lock, unless it is released already."""
+        """Release the lock if it is still held."""
         if self._process.poll() is None:
             self._process.communicate()
 
@@ -141,7 +141,7 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def program(self, *arguments, environment=None, unset=()):
-        """A run of the program on the sandbox. After a failure, a picture of the screen is kept."""
+        """A run of the program on the sandbox. After a failure, this function saves a picture of the screen."""
         number = 1
         while os.path.exists(os.path.join(self.scratch, 'run{}'.format(number))):
             number += 1
@@ -165,7 +165,7 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def opened(self, *arguments, groups=False):
-        """The main window of a run that lists all packages. At the end, the program is quit by its key."""
+        """The main window of a run, which lists all packages. At the end of the scope, a key quits the program."""
         with self.program(*arguments) as program:
             window = program.ready()
             window.show_all(groups)
@@ -184,9 +184,9 @@ class JourneyTest(unittest.TestCase):
     # Transactions
 
     def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None):
-        """The dialog that asks for the confirmation lists these texts, in any order. They are given without their tabs.
+        """The dialog that asks for the confirmation lists these texts, in any order. The texts are given without tabs.
 
-        sizes: whether the transaction downloads packages; None: the dialog says nothing about downloads.
+        sizes: whether the transaction downloads packages. None: the dialog does not mention downloads.
         groups: the names of groups below each heading.
         """
         text, _, sized = dialog.text().partition('\n\n')
@@ -215,7 +215,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
 
     def carry_out(self, window, dialog=None):
-        """Press Apply, unless its dialog is given, confirm, and wait for the end of the transaction."""
+        """Confirm the transaction and wait for its end. Presses Apply first if no dialog is given."""
         window.accept(dialog or window.apply())
         window.wait_ready()
 
@@ -226,14 +226,14 @@ class JourneyTest(unittest.TestCase):
                 for name in names if 'lock' in name and name.endswith('.pid')]
 
     def check_ended(self, program, status=0):
-        """The program has ended by itself with this status. It has left no locks and no processes."""
+        """The program has ended without a signal, with this status. It has left no locks and no processes."""
         self.assertEqual(program.wait(), status, program.stderr())
         self.assertEqual(program.complaints(), '')
         self.assertEqual(self.locks(), [])
         wait_for(lambda: program.left_over() == [], 'the end of all processes')
 
     def quit(self, window):
-        """Quit by the key of the menu entry. No dialog may be open."""
+        """Quit the program by the key of the menu entry. No dialog may be open."""
         self.assertEqual(window.program.titles(), [driver.main_title()])
         window.press('ctrl+q')
         self.check_ended(window.program)
@@ -249,7 +249,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(self.sandbox.installed(), self.before)
 
     def check_changed(self, new=(), gone=()):
-        """Only these packages have changed since the start of the test. Imported public keys do not count."""
+        """Only these packages have changed since the start of the test. Imported public keys are ignored."""
         after = {name for name in self.sandbox.installed() if not name.startswith('gpg-pubkey-')}
         self.assertEqual((after - self.before, self.before - after), (set(new), set(gone)))
 
@@ -292,7 +292,7 @@ class JourneyTest(unittest.TestCase):
         program.no_window(title)
 
     def check_message(self, program, title, *texts, picture=None):
-        """The program shows this message; close it. picture: the name under which a picture of it is saved."""
+        """The program shows this message; close it. picture: the name of the picture of this message."""
         dialog = self.read_dialog(program, title, *texts)
         if picture is not None:
             dialog.wait_settled()

@@ -77,7 +77,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
 
-    def test_two_transactions_after_each_other(self):
+    def test_two_transactions_are_applied_one_after_the_other(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.carry_out(window)
@@ -158,7 +158,7 @@ class ConfiguredTest(JourneyTest):
             window.wait_action('update', 'abacus-cli')
         self.configure('plugins=1', 'pluginconfpath=' + settings)
         with self.opened() as window:
-            # The first action that the row offers is the removal.
+            # The row offers the removal as its first action.
             window.mark_listed('abacus-cli')
             window.wait_action('remove', 'abacus-cli')
             self.assertEqual([row[1].split()[0] for row in window.rows()], ['3.2.1-1'])

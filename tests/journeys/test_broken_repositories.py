@@ -20,7 +20,7 @@ class RepositoriesTest(StartTest):
         return self.write('etc/yum.repos.d/{}.repo'.format(name), '[{}]\nname={}\nenabled=1\n{}'.format(
             name, name, ''.join('{}={}\n'.format(*option) for option in options.items())))
 
-    def test_no_repository_is_configured(self):
+    def test_missing_repositories_are_reported(self):
         directory = self.path('etc/yum.repos.d')
         shutil.rmtree(directory)
         os.mkdir(directory)
@@ -34,20 +34,20 @@ class RepositoriesTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_no_repository_is_enabled(self):
+    def test_lack_of_enabled_repositories_is_reported(self):
         with self.program('--disablerepo=*') as program:
             text = self.message(program, YUM_ERROR)
             self.assertEqual(text, 'No repositories are enabled.' + ADVICE)
             window = program.ready()
             self.check_nothing_listed(window)
             self.assertIn('No repositories are enabled.', self.read_log(window))
-            # The patterns of the command line count for the whole session.
+            # The patterns of the command line have effect during the whole session.
             window.click_button('Refresh')
             self.message(program, YUM_ERROR, 'No repositories are enabled.')
             self.check_nothing_listed(window)
             self.quit(window)
 
-    def test_unreachable_repository_with_skip_if_unavailable(self):
+    def test_unreachable_repository_with_skip_if_unavailable_is_skipped(self):
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
@@ -57,7 +57,7 @@ class RepositoriesTest(StartTest):
                 self.assertIn(text, log)
             self.quit(window)
 
-    def test_unreachable_repository_without_skip_if_unavailable(self):
+    def test_unreachable_repository_without_skip_if_unavailable_is_reported(self):
         path = self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
         with self.program() as program:
             self.message(program, YUM_ERROR, "Failed to download metadata for repo 'gone'", '\nUnable to initialize')
@@ -76,7 +76,7 @@ class RepositoriesTest(StartTest):
             self.assertNotIn("'gone'", self.read_log(window))
             self.quit(window)
 
-    def test_repository_without_a_url(self):
+    def test_repository_without_a_url_is_reported(self):
         path = self.add('nowhere')
         with self.program() as program:
             self.message(program, YUM_ERROR, 'nowhere', '\nUnable to initialize')
@@ -96,7 +96,7 @@ class RepositoriesTest(StartTest):
             self.assertEqual(found - {'@System', ''}, set(repositories))
             self.quit(window)
 
-    def test_patterns_of_repositories(self):
+    def test_patterns_select_the_repositories(self):
         usual = ['sandbox-http', 'sandbox-updates', 'sandbox-signed', 'sandbox-file']
         for arguments, repositories in (
                 ([], usual),
@@ -132,29 +132,29 @@ class MetadataTest(StartTest):
         self.sandbox.server.faults[path] = fault
         self.check_fails(lambda: self.sandbox.server.faults.pop(path), "repo 'sandbox-http'", *texts)
 
-    def test_truncated_repomd(self):
+    def test_truncated_repomd_is_reported(self):
         self.check_fault(REPOMD, server.truncated(100), 'partial file')
 
-    def test_corrupted_repomd(self):
+    def test_corrupted_repomd_is_reported(self):
         self.check_fault(REPOMD, server.corrupted(), 'repomd.xml parser error')
 
-    def test_missing_repomd(self):
+    def test_missing_repomd_is_reported(self):
         self.check_fault(REPOMD, server.status(404), '404')
 
-    def test_repomd_with_a_server_error(self):
+    def test_repomd_with_a_server_error_is_reported(self):
         self.check_fault(REPOMD, server.status(503), '503')
 
-    def test_list_of_packages_has_a_wrong_checksum(self):
+    def test_list_of_packages_with_a_wrong_checksum_is_reported(self):
         directory = os.path.join(self.sandbox.repository('sandbox-http'), 'repodata')
         name, = [name for name in os.listdir(directory) if 'primary.xml' in name]
         self.check_fault('/sandbox-http/repodata/' + name, server.corrupted(), "checksum doesn't match")
 
-    def test_directory_without_metadata(self):
+    def test_directory_without_metadata_is_reported(self):
         directory = os.path.join(self.sandbox.repository('sandbox-file'), 'repodata')
         os.rename(directory, directory + '.away')
         self.check_fails(lambda: os.rename(directory + '.away', directory), "repo 'sandbox-file'")
 
-    def test_truncated_file_lists(self):
+    def test_truncated_file_lists_are_reported(self):
         metadata.alter(self.sandbox.repository('sandbox-file'), 'filelists', metadata.half)
         with self.program() as program:
             self.message(program, 'VYRE Yum Warning',
@@ -168,7 +168,7 @@ class MetadataTest(StartTest):
             self.assertEqual(program.titles(), [driver.main_title()])
             self.quit(window)
 
-    def test_package_lists_with_foreign_contents(self):
+    def test_package_lists_with_foreign_contents_are_reported(self):
         repository = self.sandbox.repository('sandbox-file')
         shutil.copytree(repository, repository + '.away')
         metadata.alter(repository, 'primary', metadata.page)
@@ -180,7 +180,7 @@ class MetadataTest(StartTest):
         self.check_fails(mend, 'The primary metadata of the repository sandbox-file are damaged: '
                          '"html" where "metadata" is expected')
 
-    def test_modules_with_foreign_contents(self):
+    def test_modules_with_foreign_contents_are_reported(self):
         """The package manager itself crashes on such modules."""
         metadata.add_modules(self.sandbox.repository('sandbox-file'), 'nonsense\n' * 100, self.scratch)
         with self.program() as program:
@@ -194,7 +194,7 @@ class MetadataTest(StartTest):
             self.assertEqual(program.wait(), 0)
 
     @needs_groups
-    def test_damaged_history(self):
+    def test_damaged_history_is_reported(self):
         """The program shows one message for all groups, and still lists them."""
         path = self.path('var/lib/dnf/history.sqlite')
         for name in os.listdir(os.path.dirname(path)):
@@ -217,7 +217,7 @@ class MetadataTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_broken_package_database(self):
+    def test_broken_package_database_is_reported(self):
         directory = self.path('var/lib/rpm')
         shutil.copytree(directory, directory + '.away')
         for name in os.listdir(directory):

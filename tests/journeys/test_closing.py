@@ -9,16 +9,16 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 
 class ClosingTest(JourneyTest):
-    """While the program works, it refuses to be closed."""
+    """The program cannot be closed while it works."""
 
     def request_close(self, program):
-        """Request the closing of the main window, press the key of Quit, and wait until the program has got both."""
+        """Close the main window, press the key of Quit, and wait until the program has received both requests."""
         window = driver.xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name',
                                 '^' + driver.main_title() + '$').split()[0]
         before = driver.xdotool('getwindowgeometry', window)
         driver.xdotool('windowfocus', '--sync', window)
         driver.key('alt+F4')
-        # The window manager handles requests in their order, and the program receives its messages in their order.
+        # The window manager handles requests in order, and the program receives its messages in order.
         driver.xdotool('windowsize', window, 900, 650)
         wait_for(lambda: driver.xdotool('getwindowgeometry', window) != before, 'the new size of the window')
         driver.key('ctrl+q')
@@ -91,14 +91,14 @@ class ClosingTest(JourneyTest):
         self.check_ended(program)
         self.check_unchanged()
 
-    def test_closing_while_it_waits_for_metadata(self):
+    def test_closing_ends_the_wait_for_metadata(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             self.wait_waiting(program.main(), lock)
             self.picture('waiting-for-metadata')
             self.check_closed_while_waiting(program, lock)
 
-    def test_closing_while_it_waits_for_downloads(self):
+    def test_closing_ends_the_wait_for_downloads(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -120,7 +120,7 @@ class ClosingTest(JourneyTest):
         self.wait_waiting(window, lock)
         return lock
 
-    def test_closing_while_cleaning_waits_for_metadata(self):
+    def test_closing_ends_the_wait_of_cleaning_for_metadata(self):
         with self.program() as program:
             window = program.ready()
             before = self.cached()
@@ -161,7 +161,7 @@ class ClosingTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.close(window)
 
-    def test_termination_while_it_waits_for_metadata(self):
+    def test_termination_ends_the_wait_for_metadata(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             self.wait_waiting(program.main(), lock)

@@ -126,7 +126,7 @@ class AskedTest(CredentialsTest):
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.check_reached('one')
 
-            # The other windows do not show it either.
+            # The other windows do not show the password either.
             editor = self.edit(window)
             form = editor.form('Edit', 'one')
             self.picture('form-with-credentials')
@@ -215,7 +215,7 @@ class AskedTest(CredentialsTest):
         self.check_file()
         self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_disabled_for_the_session(self):
+    def test_repositories_can_be_disabled_for_the_session(self):
         self.configure()
         with self.program() as program:
             self.question_about(program, 'one').click_button('Disable for Session')
@@ -228,7 +228,7 @@ class AskedTest(CredentialsTest):
             editor = self.edit(window)
             for identifier, on in (('one', False), ('two', True), ('three', False)):
                 editor.wait_on(on, identifier, SESSION)
-            # When the user enables one of them again, the program asks for its credentials.
+            # When the user enables a disabled repository again, the program asks for its credentials.
             editor.toggle('one', SESSION)
             editor.click_button('OK')
             self.answer(program, 'one', 'OK')
@@ -278,7 +278,7 @@ class WrongTest(CredentialsTest):
 
     def test_message_about_a_wrong_password_does_not_show_it(self):
         self.server.users = {NAME: 'another one'}
-        # Without the options that let dnf skip the repository.
+        # This file has no options that let dnf skip the repository.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
         with self.program() as program:
             self.answer(program, 'one', 'OK')

@@ -17,7 +17,7 @@ MARKUP = '<b>bold</b><script>alert(1)</script> & <img src=x>'
 class DescriptionTest(EditingTest):
 
     def select(self, window, name):
-        """List one package or group alone, and select it."""
+        """List only this package or group, and select it."""
         window.set_filter('^' + name + '( |$)')
         wait_for(lambda: set(window.names()) == {name}, name + ' alone')
         window.select_first()
@@ -75,7 +75,7 @@ class DescriptionTest(EditingTest):
 
 class ContentTest(DescriptionTest):
 
-    def test_available_package(self):
+    def test_available_package_is_described(self):
         with self.opened() as window:
             self.assertFalse(driver.enabled(window.button('Describe')))
             dialog = self.describe(window, 'orchard')
@@ -105,7 +105,7 @@ class ContentTest(DescriptionTest):
             window.program.no_window(files.title)
             self.close_description(window, dialog)
 
-    def test_several_installed_versions_by_the_menu(self):
+    def test_menu_describes_each_installed_version(self):
         with self.opened() as window:
             window.set_filter('^kernel ')
             window.wait_names(['kernel'])
@@ -122,7 +122,7 @@ class ContentTest(DescriptionTest):
             self.assertEqual(labels[first:], expected)
             self.close_description(window, dialog)
 
-    def test_installed_package(self):
+    def test_installed_package_is_described(self):
         with self.opened() as window:
             dialog = self.describe(window, 'gallivant')
             self.check_pairs(dialog, 'Installed', Repository='@System', Relocations='/opt/gallivant',
@@ -140,7 +140,7 @@ class ContentTest(DescriptionTest):
             self.close_description(window, dialog)
 
     @needs_groups
-    def test_group(self):
+    def test_group_is_described(self):
         with self.opened(groups=True) as window:
             dialog = self.describe(window, 'Arts')
             self.assertEqual(dialog.labels(), [
@@ -149,7 +149,7 @@ class ContentTest(DescriptionTest):
             self.assertEqual(dialog.buttons(), ['Close'])
             self.close_description(window, dialog)
 
-    def test_suite(self):
+    def test_suite_is_described(self):
         with self.opened() as window:
             dialog = self.describe(window, 'vyre-games-suite')
             self.check_pairs(dialog, 'Available for installation', Kind='Suite of packages',
@@ -208,12 +208,12 @@ class ContentTest(DescriptionTest):
             text = label.name
             self.assertIn('Paragraph 400.', text)
             self.assertEqual(text, self.sandbox_description('longwinded'))
-            # Scrolling reaches the whole value, and the window is not higher than the screen.
+            # The user can scroll to the whole value, and the window is not higher than the screen.
             self.assertGreater(driver.rectangle(label)[3], 4000)
             self.assertLess(driver.rectangle(dialog.accessible)[3], 900)
             self.copy(label)
             self.close_description(window, dialog)
-            # An edit of one line accepts all characters, and replaces each line feed by a blank or another character.
+            # The edit of the filter row accepts all characters, but replaces each line feed by another character.
             edit = window.edit()
             driver.click(edit)
             driver.key('ctrl+a')
@@ -230,7 +230,7 @@ class ContentTest(DescriptionTest):
 
     # Closing
 
-    def test_every_way_to_close_the_dialog(self):
+    def test_every_way_to_close_the_dialog_works(self):
         with self.opened() as window:
             for name, close in (('orchard', lambda dialog: dialog.click_button('Close')),
                                 ('gallivant', lambda dialog: dialog.press('Escape')),
@@ -263,7 +263,7 @@ class BrowsingTest(DescriptionTest):
         self.environment = {'VYRESHARE': share}
 
     def check_browsed(self, program, url):
-        """The browser was called once, with this URL only, and no process of it is left."""
+        """The browser was called once, with only this URL. None of its processes is left."""
         wait_for(lambda: os.path.exists(self.record), 'the call', 20)
         with open(self.record) as stream:
             self.assertEqual(stream.read(), url + '\n')
@@ -283,7 +283,7 @@ class BrowsingTest(DescriptionTest):
                 found.append(path)
         return found
 
-    def test_browsing_from_the_table_and_from_a_description(self):
+    def test_table_and_description_open_the_page_of_a_repository(self):
         url = self.sandbox.server.url + '/sandbox-http/'
         with self.program(environment=self.environment) as program:
             window = program.ready()
@@ -303,7 +303,7 @@ class BrowsingTest(DescriptionTest):
             self.close_description(window, dialog)
             self.quit(window)
 
-    def test_browsing_from_the_editor(self):
+    def test_editor_opens_the_page_of_a_repository(self):
         self.write_repo('pages.repo',
                         '[a-several]\nbaseurl=http://127.0.0.1:9/$releasever/$basearch/$arch/\n  http://127.0.0.1:9/b\n'
                         'enabled=0\n\n[b-mirrors]\nmirrorlist=http://127.0.0.1:9/list?a=b&c=d\nenabled=0\n\n'
@@ -328,7 +328,7 @@ class BrowsingTest(DescriptionTest):
             editor.close('OK')
             self.quit(window)
 
-    def test_missing_browser(self):
+    def test_missing_browser_is_reported(self):
         os.unlink(self.browser)
         with self.program(environment=self.environment) as program:
             window = program.ready()

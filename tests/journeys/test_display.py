@@ -38,7 +38,7 @@ class DisplayTest(JourneyTest):
         return gate
 
     def check_end(self, program, *messages):
-        """The program has ended by itself with status 1 and these messages. It has left no locks, files, processes."""
+        """The program has ended with status 1 and these messages. It has left no locks, files or processes."""
         status = program.wait()
         self.assertEqual(status, 1, program.stderr())
         for message in messages:
@@ -61,14 +61,14 @@ class DisplayTest(JourneyTest):
             window.mark_listed(name)
         return window, window.apply()
 
-    def test_display_lost_while_idle(self):
+    def test_losing_the_display_while_idle_ends_the_program(self):
         with self.started() as program:
             program.ready()
             self.assertNotEqual(self.locks(), [])
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_display_lost_while_metadata_are_downloaded(self):
+    def test_losing_the_display_cancels_the_download_of_metadata(self):
         self.sandbox.expire_metadata()
         gate = self.gate(REPOMD)
         with self.started() as program:
@@ -77,7 +77,7 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_display_lost_while_it_waits_for_metadata(self):
+    def test_losing_the_display_ends_the_wait_for_metadata(self):
         lock = self.cache_lock('metadata')
         with self.started() as program:
             self.wait_waiting(program.main(), lock)
@@ -87,7 +87,7 @@ class DisplayTest(JourneyTest):
             lock.let_go()
             self.check_nothing_done(program)
 
-    def test_display_lost_while_a_window_is_shown(self):
+    def test_losing_the_display_while_a_window_is_shown_ends_the_program(self):
         with self.started() as program:
             window = program.ready()
             window.show_all()
@@ -96,14 +96,14 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_display_lost_while_the_listing_is_shown(self):
+    def test_losing_the_display_while_the_listing_is_shown_changes_nothing(self):
         with self.started() as program:
             self.mark_and_apply(program, 'pergola')
             self.lose(program)
             self.check_nothing_done(program)
             self.assertIn('vyre: Not Applying: Canceled', program.stderr())
 
-    def test_display_lost_while_packages_are_downloaded(self):
+    def test_losing_the_display_cancels_the_download_of_packages(self):
         gate = self.gate(PERGOLA)
         with self.started() as program:
             window, dialog = self.mark_and_apply(program, 'pergola')
@@ -131,22 +131,23 @@ class DisplayTest(JourneyTest):
             self.check_consistent()
             return program.stderr()
 
-    def test_display_lost_during_a_transaction(self):
+    def test_losing_the_display_does_not_interrupt_a_transaction(self):
         output = self.check_transaction_completes(self.lose)
-        # Without a display, output goes to standard error: here 600,000 bytes of a scriptlet, more than pipes can hold.
+        # Without a display, output goes to standard error. Here a scriptlet prints 600,000 bytes, which is more than
+        # pipes can hold.
         for stream in ('stdout', 'stderr'):
             self.assertEqual(output.count('vyre: loudhailer: {} line '.format(stream)), 6000)
 
-    def test_display_lost_during_a_scriptlet_after_the_transaction(self):
+    def test_losing_the_display_does_not_interrupt_the_last_scriptlets(self):
         output = self.check_transaction_completes(self.lose, 'lastword', 'lastword-1.0-1.noarch', ())
         self.assertIn('vyre: lastword: end', output)
 
-    def test_connection_cut_during_a_transaction(self):
+    def test_cutting_the_connection_does_not_interrupt_a_transaction(self):
         def cut(program):
             driver.kill_window(program, driver.main_title())
         self.check_transaction_completes(cut)
 
-    def test_end_of_the_session_during_a_transaction(self):
+    def test_end_of_the_session_does_not_interrupt_a_transaction(self):
         """At the end of a session, the desktop sends signals and closes the display at the same time."""
         def end(program):
             for number in (signal.SIGHUP, signal.SIGTERM):
@@ -154,7 +155,7 @@ class DisplayTest(JourneyTest):
             self.lose(program)
         self.check_transaction_completes(end)
 
-    def test_end_of_the_session_while_idle(self):
+    def test_end_of_the_session_ends_the_idle_program(self):
         with self.started() as program:
             program.ready()
             for number in (signal.SIGHUP, signal.SIGTERM):
@@ -165,7 +166,7 @@ class DisplayTest(JourneyTest):
             self.assertEqual(os.listdir(self.temporary), [])
             self.check_unchanged()
 
-    def test_display_lost_while_the_question_about_a_key_is_shown(self):
+    def test_losing_the_display_declines_a_key(self):
         """Without an answer of the user, the program does not import the key."""
         with self.started() as program:
             window, dialog = self.mark_and_apply(program, 'wax-tablet')

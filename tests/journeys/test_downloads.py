@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program downloads packages or takes them from the cache; downloads fail."""
+"""The program downloads packages, uses packages of the cache, and reports failed downloads."""
 import os
 
 import journey
@@ -40,7 +40,7 @@ class DownloadTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=['hedgerow-4.0-1.noarch'])
 
-    def test_several_downloads_at_once(self):
+    def test_several_downloads_at_once_have_their_own_bars(self):
         names = ['tilepack-{}'.format(number) for number in range(1, 9)]
         held = [Gate() for _ in names]
         for name, gate in zip(names, held):
@@ -102,20 +102,20 @@ class FailureTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=[package])
 
-    def test_package_is_missing_on_the_server(self):
+    def test_package_that_the_server_lacks_is_reported(self):
         self.check_refused(server.status(404), '404', picture='not-on-the-server')
 
-    def test_server_reports_an_error(self):
+    def test_error_of_the_server_is_reported(self):
         self.check_refused(server.status(500), '500')
 
-    def test_server_closes_the_connection_during_a_download(self):
+    def test_closed_connection_during_a_download_is_reported(self):
         self.check_refused(server.truncated(100000), 'partial file', package='gargantua-1.0-1.noarch',
                            picture='truncated-download')
 
-    def test_package_with_a_wrong_checksum(self):
+    def test_package_with_a_wrong_checksum_is_reported(self):
         self.check_refused(server.corrupted(), 'checksum', picture='wrong-bytes')
 
-    def test_second_package_is_missing_on_the_server(self):
+    def test_second_package_that_the_server_lacks_is_reported(self):
         self.sandbox.server.faults['/sandbox-http/libtwig-1.0-1.x86_64.rpm'] = server.status(404)
         with self.opened() as window:
             window.mark_listed('libbough')
@@ -124,7 +124,7 @@ class FailureTest(JourneyTest):
             self.check_usable(window)
             self.check_unchanged()
 
-    def test_server_stops_before_the_download(self):
+    def test_server_that_stops_before_the_download_is_reported(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -141,7 +141,7 @@ class FailureTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_server_stops_during_the_download(self):
+    def test_server_that_stops_during_the_download_is_reported(self):
         gate = Gate()
         self.sandbox.server.faults[PERGOLA] = gate
         with self.opened() as window:

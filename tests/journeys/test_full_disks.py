@@ -19,22 +19,22 @@ class DiskTest(StartTest):
             self.read_log(window)
             self.quit(window)
 
-    def test_read_only_root(self):
+    def test_read_only_root_is_reported(self):
         with self.wrapped('mount --bind "$VYREROOT" "$VYREROOT"; mount -o remount,bind,ro "$VYREROOT"'):
             self.check_no_lock('Read-only file system')
 
-    def test_directory_of_the_lock_without_write_permission(self):
+    def test_directory_of_the_lock_without_write_permission_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         os.chmod(directory, 0o555)
         with self.unprivileged():
             self.check_no_lock('Permission denied', directory)
 
-    def test_full_directory_of_the_lock(self):
+    def test_full_directory_of_the_lock_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             self.check_no_lock('No space left on device')
 
-    def test_full_cache(self):
+    def test_full_cache_is_reported(self):
         directory = os.path.dirname(self.path('var/cache/yum/x'))
         with self.wrapped('mount -t tmpfs -o size=16k none ' + directory):
             with self.program() as program:
@@ -47,7 +47,7 @@ class DiskTest(StartTest):
                 self.check_refresh_helps(window)
                 self.quit(window)
 
-    def test_full_directory_of_the_log_files(self):
+    def test_full_directory_of_the_log_files_prevents_nothing(self):
         directory = os.path.dirname(self.path('var/log/x'))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             with self.program() as program:
@@ -55,7 +55,7 @@ class DiskTest(StartTest):
                 self.check_usable(window)
                 self.quit(window)
 
-    def test_missing_root(self):
+    def test_missing_root_is_reported(self):
         """The path is probably mistyped, so the program does not create the directory."""
         root = os.path.join(self.scratch, 'nothing')
         with self.program(environment={'VYREROOT': root}) as program:

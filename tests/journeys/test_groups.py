@@ -9,7 +9,7 @@ from vyresandbox import needs_groups
 class GroupsTest(JourneyTest):
 
     def check_view(self, window, view, name, listed):
-        """A view of the filter row lists a group, or does not list it."""
+        """A view of the filter row lists a group, or does not list it, as listed says."""
         window.choose(1, view)
         window.set_filter('^' + name + '$')
         window.wait_names([name] if listed else [])
@@ -63,7 +63,7 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Updatable', 'Weaving', False)
 
     @needs_groups
-    def test_conditional_package_is_installed_if_its_condition_is(self):
+    def test_conditional_package_is_installed_if_its_condition_is_installed(self):
         with self.opened('--groups') as window:
             # The package manager removes a blank from the name.
             window.set_filter('^Office &')
@@ -77,11 +77,11 @@ class GroupsTest(JourneyTest):
                                     'scribe-lexicon-1.0-1.noarch'])
 
     @needs_groups
-    def test_group_with_a_missing_package(self):
+    def test_group_with_a_missing_package_is_installed_without_it(self):
         with self.opened('--groups') as window:
             window.mark_listed('Ghosts')
             dialog = window.apply()
-            # The one package that exists is installed already.
+            # The group has only one existing package, which is installed already.
             self.check_listing(dialog, [], sizes=None, groups={'Installing Groups': ['Ghosts']})
             self.carry_out(window, dialog)
             self.check_unchanged()

@@ -31,7 +31,7 @@ class KillTest(JourneyTest):
             wait_for(lambda: program.left_over() == [], 'the end of the scriptlet')
         self.assertNotEqual(self.locks(), [])
 
-    def test_killed_while_packages_are_installed(self):
+    def test_next_run_reports_a_killed_installation(self):
         self.sandbox.rpm('--erase', 'doorkeeper')
         self.before = self.sandbox.installed()
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')
@@ -52,7 +52,7 @@ class KillTest(JourneyTest):
             self.assertEqual(self.read_log(window).count(INTERRUPTED), 1)
         self.check_consistent()
 
-    def test_killed_while_packages_are_updated(self):
+    def test_next_run_reports_a_killed_update(self):
         self.kill_in_transaction('doorkeeper', 'birch-log', 'pergola')
         self.check_changed(new=['doorkeeper-1.1-1.noarch'])
         with self.opened() as window:
@@ -121,13 +121,13 @@ class KillBeforeTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
         self.check_consistent()
 
-    def test_killed_while_idle(self):
+    def test_next_run_works_after_the_idle_program_is_killed(self):
         with self.program() as program:
             program.ready()
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_killed_while_metadata_are_downloaded(self):
+    def test_next_run_works_after_a_killed_download_of_metadata(self):
         self.sandbox.expire_metadata()
         gate = self.gate('/sandbox-http/repodata/repomd.xml')
         with self.program() as program:
@@ -136,7 +136,7 @@ class KillBeforeTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK, 'var/cache/yum/metadata_lock.pid')
         self.check_next_run(*left)
 
-    def test_killed_while_the_listing_is_shown(self):
+    def test_next_run_works_after_a_kill_while_the_listing_is_shown(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -145,7 +145,7 @@ class KillBeforeTest(JourneyTest):
             left = self.check_after_kill(program, journey.DATABASE_LOCK)
         self.check_next_run(*left)
 
-    def test_killed_while_packages_are_downloaded(self):
+    def test_next_run_works_after_a_killed_download_of_packages(self):
         gate = self.gate('/sandbox-http/pergola-6.1-1.x86_64.rpm')
         with self.program() as program:
             window = program.ready()

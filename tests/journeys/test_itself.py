@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""VYRE as a package: it is built and installed, and then describes, updates and removes itself.
+"""VYRE as a package: the test builds and installs it. Then it describes, updates and removes itself.
 
 VYRE_BUILD is the build folder.
 """

@@ -15,7 +15,7 @@ class LockTest(StartTest):
     def lock(self, content):
         return self.write(DATABASE_LOCK, content)
 
-    def test_lock_of_another_process(self):
+    def test_lock_of_another_process_is_reported_until_it_is_released(self):
         path = self.lock(str(os.getpid()))
         with self.program() as program:
             text = self.message(program, YUM_ERROR, picture='lock-held')
@@ -24,7 +24,7 @@ class LockTest(StartTest):
             window = program.ready()
             self.check_nothing_listed(window)
             self.assertIn('Unable to obtain yum lock', self.read_log(window))
-            # Each refresh tries to get the lock again, and never takes it from its owner.
+            # Each refresh tries to get the lock again, but never removes the lock of its owner.
             window.click_button('Refresh')
             self.message(program, YUM_ERROR, 'Unable to obtain yum lock')
             self.check_nothing_listed(window)
@@ -45,7 +45,7 @@ class LockTest(StartTest):
             with open(path) as stream:
                 self.assertEqual(stream.read(), str(os.getpid()))
 
-    def test_second_program_on_the_same_system(self):
+    def test_second_program_on_the_same_system_lists_nothing(self):
         with self.program() as first:
             first_window = first.ready()
             with self.program() as second:
@@ -69,15 +69,15 @@ class LockTest(StartTest):
                 self.assertEqual(stream.read(), str(program.process.pid))
             self.quit(window)
 
-    def test_lock_of_a_process_that_has_ended(self):
+    def test_lock_of_a_process_that_has_ended_is_taken_over(self):
         gone = subprocess.Popen(['true'])
         gone.wait()
         self.check_taken_over(str(gone.pid))
 
-    def test_empty_lock_file(self):
+    def test_empty_lock_file_is_taken_over(self):
         self.check_taken_over('')
 
-    def test_lock_file_that_is_a_directory(self):
+    def test_lock_file_that_is_a_directory_is_reported(self):
         path = self.path(DATABASE_LOCK)
         os.mkdir(path)
         with self.program() as program:

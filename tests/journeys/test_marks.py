@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user finds and marks rows, in every possible way."""
+"""The user finds and marks rows in every possible way."""
 import glob
 import os
 
@@ -25,7 +25,7 @@ class MarksTest(JourneyTest):
 
     def test_clicks_cycle_through_the_possible_actions(self):
         with self.opened() as window:
-            # Available, updatable, and installed without an update.
+            # The rows are available, updatable, and installed without an update.
             for name, actions in (('pergola', ('install', 'none')), ('barometer', ('update', 'remove', 'none')),
                                   ('almanac', ('remove', 'none'))):
                 self.list_packages(window, name)
@@ -150,7 +150,7 @@ class MarksTest(JourneyTest):
 
 class FilterRowTest(JourneyTest):
 
-    def test_views(self):
+    def test_views_list_the_matching_rows(self):
         with self.program() as program:
             window = program.ready()
             window.set_filter('^(pergola|barometer|almanac) ')
@@ -163,7 +163,7 @@ class FilterRowTest(JourneyTest):
             window.wait_names(['pergola', 'barometer', 'almanac'])
             self.quit(window)
 
-    def test_expressions(self):
+    def test_expressions_list_the_matching_rows(self):
         with self.opened() as window:
             window.set_filter('^moonbridge 1.0-1 sandbox-http noarch ')
             window.wait_names(['moonbridge'])
@@ -182,12 +182,12 @@ class FilterRowTest(JourneyTest):
         window.wait_names(['libmoss'])
         self.assertEqual([row[3] for row in window.rows()], ['x86_64'])
 
-    def test_duplicates(self):
+    def test_duplicates_are_listed_on_request(self):
         with self.opened() as window:
             self.without_duplicates(window)
 
     @needs_groups
-    def test_duplicates_and_groups(self):
+    def test_duplicates_and_groups_are_listed_on_request(self):
         with self.opened() as window:
             self.without_duplicates(window)
             window.set_checked('Include Groups', True)

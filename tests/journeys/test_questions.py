@@ -40,7 +40,7 @@ class ConflictTest(JourneyTest):
     """A group and one of its packages are marked for different actions."""
 
     def ask(self, window, group, package, texts, clicks=1):
-        """Mark both and press Apply; return the question."""
+        """Mark the group and the package, and press Apply. Returns the question."""
         window.mark_listed(package, clicks=clicks)
         window.mark_listed(group)
         window.set_filter('^({}|{})( |$)'.format(group, package))
@@ -77,7 +77,7 @@ class ConflictTest(JourneyTest):
         self.check_declined(lambda question: question.press('Return'))
 
     def accept_conflict(self, window, question):
-        """Answer Yes; return the dialog with the listing, which has the same title."""
+        """Answer Yes. Returns the dialog with the listing, which has the same title."""
         question.click_button('Yes')
         return journey.wait_for(
             lambda: next((dialog for dialog in window.program.windows()

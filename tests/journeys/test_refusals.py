@@ -27,13 +27,13 @@ class RefusalTest(JourneyTest):
             self.check_usable(window)
             self.assertIn('Unable to apply changes', self.read_log(window))
 
-    def test_missing_dependency(self):
+    def test_package_with_a_missing_dependency_is_refused(self):
         self.check_unresolvable(['moonbridge'], 'install', 'libtide.so.9', picture='unresolvable-dependency')
 
-    def test_update_with_a_missing_dependency(self):
+    def test_update_with_a_missing_dependency_is_refused(self):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
-    def test_packages_that_conflict_with_each_other(self):
+    def test_one_of_two_conflicting_packages_can_be_left_out(self):
         """The user decides whether the program leaves out one of them."""
         with self.opened() as window:
             for name in ('tern-mta', 'gull-mta'):
@@ -47,10 +47,10 @@ class RefusalTest(JourneyTest):
             window.wait_action('install', 'gull-mta')
             self.check_usable(window)
 
-    def test_package_that_conflicts_with_an_installed_one(self):
+    def test_package_that_conflicts_with_an_installed_package_is_refused(self):
         self.check_unresolvable(['sandstone'], 'install', 'conflicts with libgranite')
 
-    def test_next_transaction_after_a_refused_one(self):
+    def test_next_transaction_after_a_refused_transaction_works(self):
         with self.opened() as window:
             window.mark_listed('moonbridge')
             window.click_button('Apply Actions')
@@ -66,7 +66,7 @@ class RefusalTest(JourneyTest):
 class OtherProgramTest(JourneyTest):
     """Another program uses the packages at the same time."""
 
-    def test_system_changed_since_the_packages_were_read(self):
+    def test_marks_are_refused_after_another_program_has_changed_the_system(self):
         with self.opened() as window:
             for name in ('almanac', 'pergola', 'birch-log'):
                 window.mark_listed(name)
@@ -87,7 +87,7 @@ class OtherProgramTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'], gone=['almanac-1.9-1.noarch', 'birch-log-3.0-1.x86_64'])
             self.assertNotIn('The last transaction, begun on', self.read_log(window))
 
-    def test_package_database_is_in_use(self):
+    def test_package_database_in_use_by_another_program_is_reported(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -122,18 +122,18 @@ class FailureTest(JourneyTest):
         self.check_usable(window)
         self.assertEqual(window.program.titles(), [journey.driver.main_title()])
 
-    def test_packages_with_the_same_file(self):
+    def test_packages_with_the_same_file_are_refused(self):
         with self.opened() as window:
             self.fail(window, ['inkwell-classic', 'inkwell-modern'], '/usr/share/inkwell/palette.conf',
                       'inkwell-classic', 'inkwell-modern', picture='file-conflict')
             self.check_unchanged()
 
-    def test_package_with_a_file_of_an_installed_one(self):
+    def test_package_with_a_file_of_an_installed_package_is_refused(self):
         with self.opened() as window:
             self.fail(window, ['vanity-shell'], '/bin/sh', 'busybox')
             self.check_unchanged()
 
-    def test_scriptlet_that_prevents_the_installation(self):
+    def test_scriptlet_that_prevents_the_installation_is_reported(self):
         with self.opened() as window:
             self.fail(window, ['brokenlatch'], 'Error in PREIN scriptlet in rpm package brokenlatch\n'
                       'brokenlatch: the latch is stuck\n', 'The transaction failed for:\nbrokenlatch-1.0-1.noarch\n',
@@ -141,7 +141,7 @@ class FailureTest(JourneyTest):
             self.check_unchanged()
             self.assertIn('brokenlatch: the latch is stuck', self.read_log(window))
 
-    def test_scriptlet_that_prevents_the_removal(self):
+    def test_scriptlet_that_prevents_the_removal_is_reported(self):
         with self.opened() as window:
             self.fail(window, ['stickyburr'], 'Error in PREUN scriptlet in rpm package stickyburr')
             self.check_unchanged()
@@ -156,7 +156,7 @@ class FailureTest(JourneyTest):
             self.assertEqual([row[2] for row in window.rows()], ['@System'])
             self.assertEqual(window.action('pergola'), 'none')
 
-    def test_scriptlet_that_fails_after_the_installation(self):
+    def test_scriptlet_that_fails_after_the_installation_is_reported(self):
         with self.opened() as window:
             window.mark_listed('limpgate')
             self.carry_out(window)

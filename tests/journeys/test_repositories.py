@@ -21,7 +21,7 @@ IDENTIFIERS = ['sandbox-disabled', 'sandbox-file', 'sandbox-http', 'sandbox-sign
 class UseTest(EditingTest):
     """The user enables and disables repositories."""
 
-    def test_disabled_for_the_session(self):
+    def test_enabled_repository_is_disabled_for_the_session(self):
         files = self.files()
         with self.opened() as window:
             self.check_listed(window, USUAL)
@@ -278,7 +278,7 @@ class ChangesTest(EditingTest):
             del files[self.repo_path('sandbox-file.repo')]
             self.assertEqual(self.files(), files)
 
-    def test_two_repositories_with_the_same_identifier(self):
+    def test_two_repositories_with_the_same_identifier_cause_a_question(self):
         with self.opened() as window:
             files = self.files()
             editor = self.edit(window)
@@ -312,7 +312,7 @@ class BrokenFileTest(EditingTest):
         self.assertTrue(dialog.text().endswith(').'), dialog.text())
         self.close_dialog(program, dialog)
 
-    def test_file_broken_while_the_program_runs(self):
+    def test_file_that_breaks_while_the_program_runs_is_reported(self):
         with self.opened() as window:
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
             files = self.files()
@@ -332,7 +332,7 @@ class BrokenFileTest(EditingTest):
             self.assertEqual(editor.identifiers(), IDENTIFIERS)
             editor.close('OK')
 
-    def test_file_broken_while_the_editor_is_open(self):
+    def test_file_that_breaks_while_the_editor_is_open_is_reported(self):
         with self.opened() as window:
             editor = self.edit(window)
             self.write_repo('broken.repo', '[broken\nname=Broken\n')
@@ -358,7 +358,7 @@ class OptionsTest(EditingTest):
         with self.subTest(options=options), self.opened(*options) as window:
             self.check_listed(window, names)
 
-    def test_patterns_of_the_options(self):
+    def test_patterns_of_the_options_select_the_repositories(self):
         files = self.files()
         self.check_options(['abacus-cli', 'pergola'], '--disablerepo=sandbox-file')
         self.check_options(ALL, '--enablerepo', 'sandbox-d*d', '--disablerepo=SANDBOX-*', '--disablerepo=sandbox')
@@ -368,7 +368,7 @@ class OptionsTest(EditingTest):
                            '--disablerepo=sandbox-[hu]*')
         self.assertEqual(self.files(), files)
 
-    def test_patterns_count_for_the_session_only(self):
+    def test_patterns_have_effect_only_in_the_session(self):
         with self.opened('--disablerepo=sandbox-file') as window:
             self.check_listed(window, ['abacus-cli', 'pergola'])
             editor = self.edit(window)
@@ -434,10 +434,10 @@ class StartTest(EditingTest):
             self.quit(window)
         self.assertEqual(self.files(), files)
 
-    def test_editor_closed_by_the_window_manager(self):
+    def test_closing_the_editor_by_the_window_manager_changes_nothing(self):
         self.check_closed(lambda editor: editor.press('alt+F4'))
 
-    def test_editor_closed_by_escape(self):
+    def test_closing_the_editor_by_escape_changes_nothing(self):
         self.check_closed(lambda editor: editor.press('Escape'))
 
 

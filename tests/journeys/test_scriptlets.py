@@ -10,7 +10,7 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 class OutputTest(JourneyTest):
 
-    def test_much_output_on_both_streams(self):
+    def test_much_output_on_both_streams_is_in_the_log(self):
         with self.opened() as window:
             window.mark_listed('loudhailer')
             self.carry_out(window)
@@ -23,7 +23,7 @@ class OutputTest(JourneyTest):
             self.check_usable(window)
         self.check_consistent()
 
-    def test_much_output_while_the_log_is_shown(self):
+    def test_much_output_while_the_log_is_shown_is_added_to_it(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/loudhailer-1.0-1.noarch.rpm'] = gate
         with self.opened() as window:
@@ -41,7 +41,7 @@ class OutputTest(JourneyTest):
             for stream in ('stdout', 'stderr'):
                 self.assertEqual(text.count('\nloudhailer: {} line '.format(stream)), 6000)
 
-    def test_output_without_a_line_feed_at_the_end(self):
+    def test_output_without_a_line_feed_at_the_end_is_in_the_log(self):
         with self.opened() as window:
             window.mark_listed('halfline')
             window.mark_listed('chatterbox')
@@ -60,7 +60,7 @@ class OutputTest(JourneyTest):
 
 class ProcessTest(JourneyTest):
 
-    def test_process_of_a_scriptlet_ends_during_the_transaction(self):
+    def test_process_of_a_scriptlet_can_end_during_the_transaction(self):
         nightwatch, glutton = self.waiting('nightwatch'), self.waiting('glutton')
         with self.opened() as window:
             window.mark_listed('nightwatch')
@@ -76,14 +76,14 @@ class ProcessTest(JourneyTest):
             self.check_usable(window)
         self.check_consistent()
 
-    def test_process_of_a_scriptlet_outlives_the_transaction(self):
+    def test_process_of_a_scriptlet_can_outlive_the_transaction(self):
         nightwatch = self.waiting('nightwatch')
         with self.opened() as window:
             window.mark_listed('nightwatch')
             self.carry_out(window)
             self.assertTrue(nightwatch.is_waiting())
             self.check_changed(new=['nightwatch-1.0-1.noarch'])
-            # It does not hold resources of the program, and prevents neither the next transaction nor the end.
+            # The process holds no resources of the program. It prevents neither the next transaction nor the end.
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['nightwatch-1.0-1.noarch', 'pergola-6.1-1.x86_64'])
@@ -91,7 +91,7 @@ class ProcessTest(JourneyTest):
             nightwatch.let_go()
             wait_for(lambda: not nightwatch.is_waiting(), 'the end of the process of the scriptlet')
 
-    def test_browsers_end_during_the_transaction(self):
+    def test_browsers_can_end_during_the_transaction(self):
         share = os.path.join(self.scratch, 'share')
         shutil.copytree(driver.SHARE, share)
         ending = os.path.join(self.scratch, 'ending')

@@ -12,11 +12,11 @@ class SignalTest(StartTest):
     """A signal ends the program and never damages the system."""
 
     ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-    # Some other signals, which are not meant to end a program.
+    # Some other signals, whose purpose is not to end a program.
     OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
 
     def check_next_run(self):
-        """The next run works whatever files the ended program has left behind."""
+        """The next run works, although the ended program may have left files behind."""
         with self.program() as program:
             window = program.ready()
             self.check_usable(window)
@@ -33,7 +33,7 @@ class SignalTest(StartTest):
             self.quit(window)
 
     def check_ends_by(self, program, number, said=''):
-        """The program ends by the signal. said: a pattern of its messages about canceled work."""
+        """The signal ends the program. said: a pattern of the program's messages about canceled work."""
         program.process.send_signal(number)
         self.assertEqual(program.wait(), -number)
         self.assertRegex(program.complaints(), r'(?s)\A' + said + r'\Z')
@@ -41,13 +41,13 @@ class SignalTest(StartTest):
         self.check_unchanged()
         self.assertEqual(self.locks(), [])
 
-    def test_signal_during_the_start(self):
+    def test_signal_during_the_start_ends_the_program(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 self.check_ends_by(program, number)
                 self.check_next_run()
 
-    def test_signal_while_idle(self):
+    def test_signal_while_idle_ends_the_program(self):
         for number in self.ENDING + self.OTHER:
             with self.subTest(number=number), self.program() as program:
                 program.ready()
@@ -55,14 +55,14 @@ class SignalTest(StartTest):
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_signal_while_a_message_is_shown(self):
+    def test_signal_while_a_message_is_shown_ends_the_program(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program('--disablerepo=*') as program:
                 program.window(YUM_ERROR)
                 self.check_ends_by(program, number)
         self.check_next_run()
 
-    def test_signal_while_the_listing_is_shown(self):
+    def test_signal_while_the_listing_is_shown_changes_nothing(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
@@ -78,7 +78,7 @@ class SignalTest(StartTest):
         self.addCleanup(gate.open)
         return gate
 
-    def test_signal_while_packages_are_collected(self):
+    def test_signal_while_packages_are_collected_ends_the_program(self):
         for number in (signal.SIGTERM, signal.SIGHUP):
             self.sandbox.expire_metadata()
             with self.subTest(number=number), self.program() as program:
@@ -89,7 +89,7 @@ class SignalTest(StartTest):
             del self.sandbox.server.faults[REPOMD]
         self.check_next_run()
 
-    def test_signal_while_packages_are_downloaded(self):
+    def test_signal_while_packages_are_downloaded_changes_nothing(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         for number in (signal.SIGTERM, signal.SIGHUP):
             with self.subTest(number=number), self.program() as program:
@@ -117,7 +117,7 @@ class SignalTest(StartTest):
             self.check_ends_by(program, signal.SIGINT)
         self.check_next_run()
 
-    def test_refresh_after_an_interrupted_download(self):
+    def test_refresh_after_an_interrupted_download_works(self):
         with self.program() as program:
             gate = self.wait_download(program, REPOMD)
             program.main()
@@ -131,7 +131,7 @@ class SignalTest(StartTest):
             self.check_usable(window)
             self.quit(window)
 
-    def test_transaction_after_an_interrupted_download(self):
+    def test_transaction_after_an_interrupted_download_works(self):
         path = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
         with self.program() as program:
             gate = self.wait_download(program, path)
@@ -151,7 +151,7 @@ class SignalTest(StartTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.quit(window)
 
-    def test_signal_after_a_transaction(self):
+    def test_signal_after_a_transaction_ends_the_program(self):
         for number in self.ENDING:
             with self.subTest(number=number), self.program() as program:
                 window = program.ready()
@@ -179,16 +179,16 @@ class SignalTest(StartTest):
             self.check_history_complete()
             self.assertEqual(self.locks(), [])
 
-    def test_interrupt_during_a_transaction(self):
+    def test_interrupt_during_a_transaction_waits_for_its_end(self):
         self.check_transaction_is_finished(signal.SIGINT)
 
-    def test_termination_during_a_transaction(self):
+    def test_termination_during_a_transaction_waits_for_its_end(self):
         self.check_transaction_is_finished(signal.SIGTERM)
 
-    def test_hangup_during_a_transaction(self):
+    def test_hangup_during_a_transaction_waits_for_its_end(self):
         self.check_transaction_is_finished(signal.SIGHUP)
 
-    def test_other_signals_during_a_transaction(self):
+    def test_other_signals_during_a_transaction_wait_for_its_end(self):
         for number in self.OTHER:
             with self.subTest(number=number):
                 self.check_transaction_is_finished(number)

@@ -26,14 +26,14 @@ class SpaceTest(JourneyTest):
         return path
 
     def check_applies(self, window, name, package):
-        """The mark has stayed. When the device has space again, it can be applied."""
+        """The mark is still set. When the device has space again, the mark can be applied."""
         window.set_filter('^{} '.format(name))
         window.wait_names([name])
         window.wait_action('install', name)
         self.carry_out(window)
         self.check_changed(new=[package])
 
-    def test_no_space_for_the_download(self):
+    def test_no_space_for_the_download_is_reported(self):
         cache = self.mount_small_file_system('var/cache')
         with self.opened() as window:
             window.mark_listed('gargantua')
@@ -50,7 +50,7 @@ class SpaceTest(JourneyTest):
             self.check_applies(window, 'gargantua', GARGANTUA)
         self.check_consistent()
 
-    def test_too_little_space_for_the_files(self):
+    def test_too_little_space_for_the_files_is_reported(self):
         root = self.mount_small_file_system('')
         with self.opened() as window:
             window.mark_listed('gargantua')
@@ -67,9 +67,9 @@ class SpaceTest(JourneyTest):
             self.check_applies(window, 'gargantua', GARGANTUA)
         self.check_consistent()
 
-    # In these tests, the check before the transaction finds enough space. The space is used up later.
+    # In these tests, the check before the transaction finds enough space. The space runs out later.
 
-    def test_space_runs_out_during_the_transaction(self):
+    def test_space_that_runs_out_during_the_transaction_is_reported(self):
         root = self.mount_small_file_system('')
         glutton = self.waiting('glutton')
         with self.opened() as window:
@@ -94,7 +94,7 @@ class SpaceTest(JourneyTest):
             self.check_changed(new=[GLUTTON])
         self.check_consistent()
 
-    def test_no_space_for_the_package_database(self):
+    def test_no_space_for_the_package_database_is_reported(self):
         database = self.mount_small_file_system('var/lib/rpm')
         glutton = self.waiting('glutton')
         with self.program() as program:

@@ -42,7 +42,7 @@ def no_core():
 
 
 class RefusedTest(unittest.TestCase):
-    """Runs that end before a window is shown. The managed root is a missing directory, and must not be created."""
+    """Runs that end before they show a window. The managed root is a missing directory, which no run may create."""
 
     def setUp(self):
         self.scratch = tempfile.mkdtemp(prefix='startup.')
@@ -61,7 +61,7 @@ class RefusedTest(unittest.TestCase):
         return done
 
     def check_usage(self, *arguments, error='', **options):
-        """The program prints this error, if one is given, and the usage. It ends with status 1."""
+        """The program prints the error, if one is given, and the usage. It ends with status 1."""
         with self.subTest(arguments=arguments):
             done = self.run_program(*arguments, **options)
             name = os.path.basename(options.get('binary') or os.environ['VYRE_BINARY'])
@@ -70,16 +70,16 @@ class RefusedTest(unittest.TestCase):
             self.assertEqual(done.stdout.decode(), USAGE.format(name))
             self.assertEqual(done.returncode, 1)
 
-    def test_help(self):
+    def test_help_is_printed(self):
         for arguments in (['-h'], ['-H'], ['--help'], ['--hel'], ['-gh'], ['-g', '-H'],
                           ['-s', 'all', '--help', 'left over']):
             self.check_usage(*arguments)
 
-    def test_first_of_help_and_error_decides(self):
+    def test_first_of_a_help_option_and_an_error_decides(self):
         self.check_usage('-h', '-s', 'x')
         self.check_usage('-s', 'x', '-h', error='unrecogized argument to -s/--state option: x')
 
-    def test_unknown_mode(self):
+    def test_unknown_mode_is_refused(self):
         text = 'unrecogized argument to -m/--mode option: '
         for argument in ('x', 'Filter', 'filters', 'searching', ' filter', 'fs'):
             self.check_usage('-m', argument, error=text + argument)
@@ -88,7 +88,7 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('--mode', 'x', error=text + 'x')
         self.check_usage('-m', '-g', error=text + '-g')
 
-    def test_unknown_state(self):
+    def test_unknown_state_is_refused(self):
         text = 'unrecogized argument to -s/--state option: '
         for argument in ('x', 'ALL', 'alls', 'updatables', 'ua', '0'):
             self.check_usage('-s', argument, error=text + argument)
@@ -104,36 +104,36 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('-d', error='unrecognized option letter: d')
         self.check_usage('-gd', error='unrecognized option letter: d')
 
-    def test_unknown_letter(self):
+    def test_unknown_letter_is_refused(self):
         for letter in 'xdSM?:+W':
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
         self.check_usage('-glx', error='unrecognized option letter: x')
 
-    def test_letter_with_a_missing_argument(self):
+    def test_letter_with_a_missing_argument_is_refused(self):
         for letter, name in (('m', 'mode'), ('e', 'regexp'), ('s', 'state')):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('-g', '-l' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('--' + name, error='unrecognized option letter: ' + letter)
 
-    def test_long_option_without_a_letter_and_with_a_missing_argument(self):
+    def test_long_option_without_a_letter_and_with_a_missing_argument_is_refused(self):
         for option in ('--disablerepo', '--enablerepo'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_argument_for_an_option_without_arguments(self):
+    def test_argument_for_an_option_without_arguments_is_refused(self):
         for letter, name in (('h', 'help'), ('g', 'groups'), ('r', 'repo-editor'), ('l', 'log')):
             self.check_usage('--' + name + '=x', error='unrecognized option letter: ' + letter)
         self.check_usage('--duplicates=x', error='unrecogized option: --duplicates=x')
 
-    def test_unknown_long_option(self):
+    def test_unknown_long_option_is_refused(self):
         for option in ('--unknown', '--unknown=x', '--Help', '--statex', '--d-', '--version'):
             self.check_usage(option, error='unrecogized option: ' + option)
         self.check_usage('-g', '--unknown', '-h', error='unrecogized option: --unknown')
 
-    def test_ambiguous_abbreviation(self):
+    def test_ambiguous_abbreviation_is_refused(self):
         for option in ('--re', '--d', '--re=x'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
-    def test_superfluous_argument(self):
+    def test_superfluous_argument_is_refused(self):
         self.check_usage('foo', error='unrecognized argument: foo')
         self.check_usage('foo', 'bar', error='unrecognized argument: foo')
         self.check_usage('-g', 'foo', error='unrecognized argument: foo')
@@ -164,12 +164,12 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('-style', 'windows', 'foo', error='unrecognized argument: foo')
         self.check_usage('-style=windows', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
-    def test_help_that_cannot_be_written(self):
+    def test_help_that_cannot_be_written_is_an_error(self):
         with open('/dev/full', 'wb') as full:
             done = self.run_program('--help', stdout=full)
         self.assertEqual((done.returncode, done.stderr), (1, b''))
 
-    def test_no_display(self):
+    def test_missing_display_is_reported(self):
         for environment in ({}, {'DISPLAY': ':54321'}):
             with self.subTest(environment=environment):
                 done = self.run_program(unset=() if environment else ('DISPLAY', 'WAYLAND_DISPLAY'),
@@ -197,7 +197,7 @@ class OptionsTest(JourneyTest):
                 'groups': driver.checked(window.check_box('Include Groups'))}
 
     def check_settings(self, *arguments, names=None, count=None, **changed):
-        """All settings but these have their defaults, and the table lists these names."""
+        """The changed settings have the given values, all others their defaults. The table lists these names."""
         with self.subTest(arguments=arguments), self.program(*arguments) as program:
             window = program.ready()
             self.assertEqual(self.settings(window), dict(self.DEFAULTS, **changed))
@@ -208,17 +208,17 @@ class OptionsTest(JourneyTest):
             self.assertEqual(program.titles(), [driver.main_title()])
             self.quit(window)
 
-    def test_no_options(self):
+    def test_without_options_the_defaults_are_used(self):
         self.check_settings()
 
-    def test_state(self):
+    def test_option_state_selects_the_view(self):
         for argument, state in (('updatable', 'View Updatable'), ('installable', 'View Installable'),
                                 ('removable', 'View Removable'), ('all', 'View All'),
                                 ('u', 'View Updatable'), ('i', 'View Installable'), ('r', 'View Removable'),
                                 ('a', 'View All'), ('insta', 'View Installable'), ('', 'View Updatable')):
             self.check_settings('-s', argument, state=state)
 
-    def test_forms_of_an_option(self):
+    def test_all_forms_of_an_option_have_the_same_effect(self):
         for arguments in (['-sr'], ['--state=removable'], ['--state', 'rem'], ['--sta=rem'], ['-gs', 'r'],
                           ['--state=r', '--']):
             groups = arguments[0] == '-gs'
@@ -234,13 +234,13 @@ class OptionsTest(JourneyTest):
         self.check_settings('-sa', '-e', expression, expression=expression, state='View All',
                             names=['abacus-cli', 'cinder-backup', 'pergola'])
 
-    def test_mode(self):
+    def test_option_mode_selects_filter_or_search(self):
         for arguments, mode in ((['-m', 'filter'], 'Filter'), (['-m', 'search'], 'Search'), (['-m', 'f'], 'Filter'),
                                 (['-ms'], 'Search'), (['--mode='], 'Filter'), (['-m', ''], 'Filter'),
                                 (['--mode=sea'], 'Search'), (['--mode', 'search'], 'Search')):
             self.check_settings(*arguments, mode=mode)
 
-    def test_regexp(self):
+    def test_option_regexp_sets_the_expression(self):
         self.check_settings('--regexp=^pergola ', '--state=all', expression='^pergola ', state='View All',
                             names=['pergola'])
         self.check_settings('-e', '', '-sa', expression='', state='View All')
@@ -256,7 +256,7 @@ class OptionsTest(JourneyTest):
                                 names=['pergola'])
         self.check_settings('-e', expression, '-s', 'all', expression=expression, state='View All', names=[])
 
-    def test_duplicates(self):
+    def test_option_duplicates_hides_duplicates(self):
         expression = '^libmoss '
         self.check_settings('-sa', '-e', expression, state='View All', expression=expression,
                             names=['libmoss', 'libmoss'])
@@ -265,7 +265,7 @@ class OptionsTest(JourneyTest):
                                 duplicates=False, names=['libmoss'])
 
     @needs_groups
-    def test_groups(self):
+    def test_option_groups_lists_groups(self):
         expression = '^Games( |$)'
         self.check_settings('-si', '-e', expression, state='View Installable', expression=expression, names=[])
         for option in ('-g', '--groups', '--gr'):
@@ -278,7 +278,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)
 
     @needs_groups
-    def test_all_options_of_the_filter_row_together(self):
+    def test_all_options_of_the_filter_row_can_be_combined(self):
         expression = '^(libmoss|Games)( |$)'
         for arguments in (['-m', 'f', '-e', expression, '-s', 'a', '--duplicates', '-g'],
                           ['-gsall', '--duplicates', '-mfilter', '-e' + expression],
@@ -339,20 +339,20 @@ class EnvironmentTest(JourneyTest):
             dialog.click_button('OK')
             self.check_ended(program)
 
-    def test_share_directory(self):
+    def test_variable_names_the_share_directory(self):
         copy = os.path.join(self.scratch, 'share of another name')
         shutil.copytree(driver.SHARE, copy)
         self.check_starts({'VYRESHARE': copy})
         self.check_starts({'VYRESHARE': copy + '/'})
 
-    def test_default_share_directory(self):
+    def test_default_share_directory_is_used_without_the_variable(self):
         self.assertFalse(os.path.exists('/usr/share/vyre'))
         self.check_no_script(unset=['VYRESHARE'])
 
     def test_empty_share_directory_is_not_replaced_by_the_default(self):
         self.check_no_script({'VYRESHARE': ''})
 
-    def test_other_paths_of_the_managed_root(self):
+    def test_every_form_of_the_path_of_the_managed_root_is_accepted(self):
         self.check_starts({'VYREROOT': self.sandbox.root + '/'})
         self.check_starts({'VYREROOT': os.path.relpath(self.sandbox.root)})
         link = os.path.join(self.scratch, 'link')
@@ -362,7 +362,7 @@ class EnvironmentTest(JourneyTest):
     def test_environment_of_another_interpreter_is_ignored(self):
         self.check_starts({'PYTHONHOME': '/nonexistent', 'PYTHONPATH': self.scratch, 'PYTHONSTARTUP': '/nonexistent'})
 
-    def test_other_locales(self):
+    def test_program_starts_in_other_locales(self):
         for locale in ('C', 'POSIX', 'xx_XX.nonsense'):
             with self.subTest(locale=locale), self.program(environment={'LC_ALL': locale}) as program:
                 window = program.ready()
@@ -393,7 +393,7 @@ class EnvironmentTest(JourneyTest):
             self.assertFalse(os.path.lexists(path))
             self.assertEqual(os.listdir(outside), ['file'])
 
-    def test_runtime_directory_in_the_temporary_directory(self):
+    def test_runtime_directory_is_made_in_the_temporary_directory(self):
         temporary = os.path.join(self.scratch, 'temporary')
         os.mkdir(temporary)
         path = os.path.join(temporary, self.name())
@@ -401,7 +401,7 @@ class EnvironmentTest(JourneyTest):
         self.check_runtime_directory(path, {'TMPDIR': temporary, 'XDG_RUNTIME_DIR': ''})
         self.assertEqual(os.listdir(temporary), [])
 
-    def test_runtime_directory_without_a_temporary_directory(self):
+    def test_runtime_directory_has_a_default_place(self):
         path = os.path.join('/tmp', self.name())
         self.check_runtime_directory(path, unset=['XDG_RUNTIME_DIR', 'TMPDIR'])
         self.check_runtime_directory(path, {'TMPDIR': ''}, ['XDG_RUNTIME_DIR'])
@@ -425,7 +425,7 @@ class EnvironmentTest(JourneyTest):
         self.assertIn('file', os.listdir(session))
         self.assertNotIn(self.name(), os.listdir(temporary))
 
-    def test_runtime_directory_that_cannot_be_created(self):
+    def test_runtime_directory_that_cannot_be_created_is_not_necessary(self):
         # The toolkit prints a warning and works without the directory.
         with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
                           unset=['XDG_RUNTIME_DIR']) as program:
@@ -453,7 +453,7 @@ class StyleTest(JourneyTest):
             self.quit(window)
             return pictures[-1]
 
-    def test_style(self):
+    def test_style_of_the_user_has_priority_over_the_session(self):
         override = {'QT_STYLE_OVERRIDE': 'windows'}
         fusion = self.look('-style=fusion')
         windows = self.look('-style=windows')

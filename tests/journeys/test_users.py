@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program is run by users who can read the packages but cannot change them."""
+"""Users run the program who can read the packages but cannot change them."""
 import contextlib
 import os
 import shutil
@@ -100,7 +100,7 @@ class UserTest(JourneyTest):
             window = program.ready()
             window.show_all()
             window.choose(0, 'Search')
-            # Enter starts the reading of the file lists. Keys that are pressed during it are lost.
+            # Enter starts the reading of the file lists. The program ignores keys during this reading.
             window.type_expression('/usr/share/doc/orchard/README')
             driver.key('Return')
             window.wait_names(['orchard'])
@@ -120,7 +120,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.all_files(), before)
 
-    def test_root_of_a_name_space_who_is_nobody_outside(self):
+    def test_root_of_a_name_space_who_is_nobody_outside_changes_nothing(self):
         before = self.all_files()
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
             self.check_message(program, YUM_ERROR, 'Permission denied', 'rpmdb_lock.pid', '\nUnable to obtain yum lock')
@@ -130,7 +130,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.all_files(), before)
 
-    def test_root_of_a_name_space_who_can_write_the_cache_only(self):
+    def test_root_of_a_name_space_who_can_only_write_the_cache_changes_nothing(self):
         for name in ('var/cache', 'var/log', 'var/lib/dnf'):
             self.change_owner(name, NOBODY)
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
@@ -150,7 +150,7 @@ class UserTest(JourneyTest):
             self.change_owner(name, 0)
         self.check_consistent()
 
-    def test_root_of_a_name_space_who_is_root_outside(self):
+    def test_root_of_a_name_space_who_is_root_outside_can_change_packages(self):
         with self.run_by('unshare --user --map-root-user') as program:
             window = program.ready()
             window.show_all()

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user keeps packages at their version with the plug-in versionlock, and allows updates again."""
+"""With the plug-in versionlock, the user keeps packages at their versions, and allows updates again."""
 import os
 import re
 
@@ -71,7 +71,7 @@ class VersionLocksTest(JourneyTest):
             driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.3.0-2', 'the update')
             window.wait_ready()
             self.assertEqual(self.locked(), ['barometer-0:1.0-1.*'])
-            # The row is still the current one.
+            # The same row is still the current row.
             driver.key('space')
             window.wait_action('update', 'abacus-cli')
         self.check_unchanged()

@@ -55,12 +55,12 @@ class StartTest(JourneyTest):
         self.assertEqual(window.row_count(), 0)
 
     def check_refresh_helps(self, window):
-        """The fault is corrected: the next reading lists all packages."""
+        """After the fault is corrected, the next reading lists all packages."""
         window.click_button('Refresh')
         self.check_usable(window)
 
     def wrapped(self, commands):
-        """Each run of the program begins with these shell commands. It has its own mounts."""
+        """In this scope, each run of the program begins with these shell commands, and has separate mounts."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'{}; exec "{}" "$@"\' sh "$@"\n'.format(
@@ -69,7 +69,7 @@ class StartTest(JourneyTest):
         return unittest.mock.patch.dict(os.environ, VYRE_BINARY=path)
 
     def unprivileged(self):
-        """Runs of the program as root without the right to ignore file permissions."""
+        """In this scope, the program runs as root without the right to ignore file permissions."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec setpriv --bounding-set=-dac_override,-dac_read_search "{}" "$@"\n'.format(
