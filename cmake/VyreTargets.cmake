@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-# Shared by every folder: the flags that all of our code is compiled with, and one function for a folder's
-# library and one for a test program.
+# The flags with which all of our code is compiled, and functions that add libraries, test programs and fuzzers. Every
+# folder uses this file.
 
 add_library(vyre_flags INTERFACE)
 # No Qt keywords: CPython's headers use "slots" as an ordinary identifier.
@@ -26,30 +26,32 @@ function(vyre_library name)
     target_link_libraries(${name} PUBLIC vyre_flags ${LIB_LINKS})
 endfunction()
 
-# What the tests of classes have in common.
+# The common settings of the tests of classes.
 set(VYRE_TEST_TIMEOUT 300)
 set(VYRE_TEST_ENVIRONMENT "VYRESHARE=${CMAKE_SOURCE_DIR}/share" LC_ALL=C.UTF-8 LANGUAGE= TZ=UTC)
 if(VYRE_SANITIZE)
-    # Instrumented code takes several times as long; Qt Test would end a function after five minutes.
+    # Instrumented code is several times slower. By default, Qt Test ends a function after five minutes.
     set(VYRE_TEST_TIMEOUT 1800)
     list(APPEND VYRE_TEST_ENVIRONMENT QTEST_FUNCTION_TIMEOUT=1500000 UBSAN_OPTIONS=print_stacktrace=1
         LSAN_OPTIONS=print_suppressions=0:suppressions=${CMAKE_SOURCE_DIR}/tests/support/leaks.supp
-        # That libdnf deletes what libsolv has got from malloc() is no fault of ours, and cannot be told from one.
+        # libdnf deletes memory that libsolv has allocated with malloc(). The sanitizer cannot distinguish this error
+        # of a library from our own errors, so this check is off.
         ASAN_OPTIONS=detect_leaks=1:detect_stack_use_after_return=1:alloc_dealloc_mismatch=0)
 endif()
 
 # vyre_test(<Class> LINKS <targets...> [SOURCES <more files...>] [DISPLAY] [SCREEN <width>x<height>] [SANDBOX])
 #
-# Builds <Class>Test from <Class>Test.cpp in the calling folder and registers it, labelled "class". With DISPLAY it
-# runs on an X server and a window manager of its own, whose screen is as large as SCREEN says. With SANDBOX the
-# environment variable VYRE_SANDBOX names a made sandbox, to be copied and not to be changed, and the macro
-# SANDBOX_TOOL the tool that does it.
+# Builds <Class>Test from <Class>Test.cpp in the calling folder, and registers it with the label "class". With DISPLAY
+# the test gets its own X server and window manager; SCREEN sets the size of its screen. With SANDBOX the environment
+# variable VYRE_SANDBOX names a sandbox. The test copies this sandbox, and never changes it. The macro SANDBOX_TOOL
+# names the tool that makes the copy.
 function(vyre_test class)
     cmake_parse_arguments(TEST "DISPLAY;SANDBOX" "SCREEN" "SOURCES;LINKS" ${ARGN})
     set(target ${class}Test)
     add_executable(${target} ${target}.cpp ${TEST_SOURCES})
     target_link_libraries(${target} PRIVATE vyre_flags ${TEST_LINKS} Qt5::Test)
-    # The classes under test are optimized as they are installed; the tests around them are built in half the time.
+    # The tested classes are optimized as in the installed program. The code of the tests is not optimized, because this
+    # halves the time of its compilation.
     target_compile_options(${target} PRIVATE -O0 -g1)
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
     if(TEST_DISPLAY)
@@ -74,7 +76,8 @@ endfunction()
 # vyre_fuzzer(<Class> SOURCES <files under test...> LINKS <targets...>)
 #
 # Builds <Class>Fuzzer from <Class>Fuzzer.cpp in the calling folder. The sources, named from the root, are compiled
-# into it once more, watched by the fuzzer and by the sanitizers. It is not a test of ctest: it runs until it is stopped.
+# again for it, with the instrumentation of the fuzzer and of the sanitizers. A fuzzer is not a test of ctest: it runs
+# until it is stopped.
 function(vyre_fuzzer class)
     cmake_parse_arguments(FUZZER "" "" "SOURCES;LINKS" ${ARGN})
     if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")

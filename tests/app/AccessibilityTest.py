@@ -4,8 +4,8 @@
 
 usage: AccessibilityTest.py VYRE SCRIPT [options of unittest...]
 
-VYRE is the built program. SCRIPT is the script that answers it without a package manager. The caller provides a
-display with an accessibility bus.
+VYRE is the built program. SCRIPT replaces its script, and needs no package manager. The caller provides a display with
+an accessibility bus.
 """
 import json
 import os

@@ -4,8 +4,8 @@
 
 usage: AdministratorTest.py CMAKE BUILD [options of unittest...]
 
-Everything runs in separate name spaces. There this system has the built program installed, two more users, its own
-message bus and its own polkit. Other processes do not see any of this.
+Everything runs in separate name spaces. The system in them has the installed program, two more users, and separate
+processes of the message bus and of polkit. Other processes see none of these changes.
 """
 import getopt
 import importlib.machinery
@@ -59,7 +59,7 @@ class AdministratorTest(unittest.TestCase):
                 os.remove(path)
 
     def start(self, *arguments, password=PASSWORD, unset=(), command=(ADMIN,), uid=UID, **environment):
-        """Start vyre-admin as the user does on a desktop. With None as password there is no agent."""
+        """Start vyre-admin as the user does on a desktop. If password is None, no agent runs."""
         variables = {'DISPLAY': self.display.name, 'HOME': self.system.home, 'USER': NAME, 'LOGNAME': NAME,
                      'LANG': 'C.UTF-8', 'PATH': '/usr/local/bin:/usr/bin:/bin', 'SHELL': '/bin/sh',
                      'XDG_RUNTIME_DIR': self.system.runtime}
@@ -123,7 +123,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.windows('^VYRE - '), [])
 
     def end(self):
-        """The same as ended(); afterwards another process can be started."""
+        """Return the result of ended(), and allow the start of another process."""
         try:
             return self.ended()
         finally:
@@ -153,7 +153,7 @@ class AdministratorTest(unittest.TestCase):
         hurtful = os.path.join(self.system.home, 'hurtful')
         arguments = ['--regexp=$(touch {0}); `touch {0}` "\'*'.format(hurtful), '--state', 'all; touch ' + hurtful,
                      '--disablerepo=a b\nc']
-        # An argument with a blank in it is not a known state.
+        # An argument that contains a blank is not a known state.
         self.start(*arguments, XAUTHORITY=cookies)
         self.dismiss_message()
         self.assertIn('vyre: unrecogized argument to -s/--state option: all; touch ' + hurtful + '\n', self.ended()[1])
@@ -184,7 +184,7 @@ class AdministratorTest(unittest.TestCase):
         directory = os.stat('/run/vyre')
         self.assertEqual((stat.S_IMODE(directory.st_mode), directory.st_uid), (0o700, 0))
         self.assertFalse(os.path.exists(hurtful))
-        # With a cookie no further permission is necessary.
+        # With a cookie, root needs no further permission.
         self.assertEqual(self.display.let_in(), [])
 
         # The user's browser runs as the user, and finds the display.
@@ -207,7 +207,7 @@ class AdministratorTest(unittest.TestCase):
 
     def test_without_a_cookie_root_is_permitted_while_vyre_runs(self):
         self.permit_user_without_cookie()
-        # The cookie of another display does not count.
+        # The cookie of another display is useless.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
         os.chown(self.system.home + '/.Xauthority', UID, UID)
         self.start()
@@ -243,7 +243,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
         # This compositor has no keyboard.
         os.kill(vyre, signal.SIGTERM)
-        # If it is reading the metadata, it reports the interruption.
+        # If VYRE is reading the metadata, it reports the interruption.
         self.assertEqual(self.ended()[0], 128 + signal.SIGTERM)
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
@@ -290,7 +290,7 @@ class AdministratorTest(unittest.TestCase):
                 self.assertEqual((done.returncode, done.stderr),
                                  (1, 'vyre-admin: the limit on {} cannot be reset\n'.format(name)))
                 self.assertIsNone(self.system.record())
-        # If no limit has to be reset, nothing is refused.
+        # Without a limit to reset, vyre-admin refuses nothing.
         run('setpriv', '--bounding-set=-sys_resource', ADMIN, env={'PKEXEC_UID': str(UID)})
         self.assertIsNotNone(self.system.record())
 
@@ -445,7 +445,7 @@ class AdministratorTest(unittest.TestCase):
         code = 'import os\nif os.geteuid() == 0:\n    open({!r}, "w").close()\n'
         for name in ('sitecustomize.py', 'usercustomize.py', 'struct.py', 'python/YumIO.py'):
             write(os.path.join(hurtful, name), code.format(os.path.join(hurtful, os.path.basename(name)) + '.0'))
-        # Here the first run also belongs to the user, who may load any library in it.
+        # The first run belongs to the user, who may load any library in it.
         cookies = self.trusted_cookies()
         for command in ((ADMIN, '-style=marking'), PKEXEC + (ADMIN, '-style', 'marking')):
             with self.subTest(command):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A system with a real polkit, its displays, and an agent that answers for the user: for AdministratorTest."""
+"""The parts of AdministratorTest: a system with a real polkit, its displays, and an agent that answers for the user."""
 import json
 import os
 import pty
@@ -17,7 +17,7 @@ import time
 
 ADMIN = '/usr/bin/vyre-admin'
 NAME, UID, PASSWORD = 'mina', 47110, 'otter'
-# The hash of that password.
+# The hash of the password.
 SHADOW = '$6$vyreadmin$KhNZBRnwTWpblZrZK7gD0UlaROYCuCZD61.j0/74q.RuLofXpKuEzWvHs0SSsuVVdhmy4iF26Ju2Bz07i8e851'
 COOKIE = '0123456789abcdef0123456789abcdef'
 TRUSTED, TRUSTED_UID = 'tove', 47111  # may do everything without authentication
@@ -28,7 +28,7 @@ polkit.addRule(function(action, subject) {{ if (subject.user == "{}") {{ return 
 HELPER = '/usr/lib/polkit-1/polkit-agent-helper-1'
 NOT_LET = 'vyre-admin: the system does not let you be its administrator\n'
 
-# Records how it was started.
+# A browser that records its arguments, its user and its environment.
 BROWSER = '''#!/usr/bin/python3 -ISB
 import json, os, sys
 with open({path!r} + '.part', 'w') as stream:
@@ -56,13 +56,13 @@ with open({path!r}, 'w') as stream:
 # pkexec refuses to serve a process whose parent is process 1.
 PKEXEC = ('/bin/sh', '-c', '"$0" "$@"; exit $?', '/usr/bin/pkexec')
 
-# The limits that root can reset: in a container, root can reset only a few.
+# The kind of limits that root can reset. In a container, root may be unable to raise hard limits.
 with open('/proc/self/status') as status_file:
     LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
         'soft'
 
-# Runs a program as an attacker does who wants it to fail half way: changes everything that a process can pass on to
-# the next one.
+# Runs a program like an attacker who wants it to fail half way. It changes every setting that a started program
+# inherits.
 HOSTILE = '''
 import os, resource, signal, sys
 for name, limit in (('FSIZE', 1 << 16), ('CPU', 300), ('DATA', 1 << 30), ('AS', 2 << 30), ('STACK', 1 << 20),
@@ -178,7 +178,7 @@ class System:
 
     def serve_helper(self, server):
         """In newer versions of polkit, systemd starts the process that checks the password, for each connection. The
-        agent does not start it. This system has no systemd.
+        agent does not start this process. This system has no systemd, so this function replaces it.
         """
         os.makedirs('/run/polkit', exist_ok=True)
         server.bind('/run/polkit/agent-helper.socket')

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of tools/try-on, with stand-ins for git and for debootstrap, which would download from a mirror."""
+"""Tests of tools/try-on with stand-ins for git and debootstrap, because the real debootstrap downloads from a mirror.
+"""
 import os
 import shutil
 import stat

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""What the manual and the man page tell is compared with the sources of the program; the manual is built.
+"""Compares the manual and the man page with the sources of the program, and builds the manual.
 
 usage: ManualTest.py VYRE [options of unittest...]
 
-VYRE is the built program, which is asked for its options on the display of the caller.
+VYRE is the built program. The test runs it on the display of the caller to get its options.
 """
 import glob
 import html.parser
@@ -26,26 +26,26 @@ import attributes  # noqa: E402
 VYRE = os.path.abspath(sys.argv.pop(1))
 BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc', 'messages.adoc')
 
-# Of calls: the first texts are titles, which stand in the manual without a row of a table.
+# Pairs of a function and the number of an argument that is a title. The manual mentions titles, but not in rows.
 TITLED = {('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('HMessageBox', 1),
           ('showCritical', 1), ('showBox', 1)}
-# What could not be done, which completes other messages.
+# Arguments that name a failed operation. They complete other messages.
 COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('cleanType', 0)}
-# All that is handed to these is a message, or an entry of the log, or stands in the bars or in place of rows.
+# Functions whose arguments are messages, entries of the log, texts of the bars, or texts in an empty table.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
              'showBox', 'leaveAlone', 'setEmptyText', 'log', 'showNotice',
              'warnAndNotice', 'report',
              'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
              'collectExtra'}
-# What can be chosen, or stands on the windows.
+# Functions whose arguments are texts of menus and windows.
 SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',
          'setWindowTitle', 'PlainLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
-# They hold headings of tables and tool tips, and no messages.
+# Sources with headings of tables and tool tips, but without messages.
 WITHOUT_MESSAGES = ('packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
                     'yumio/Words.cpp')
-# The tool tips that are put together before they are set, the text of About, and texts without words of their own.
+# Composed tool tips, the text of About, and texts without words.
 OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'
                    r'(%\d|[ /(){}:%\[\]-])*$')
 
@@ -59,7 +59,7 @@ def without_mnemonic(text):
 
 
 def pattern(text):
-    """A message with what varies in it as a regular expression for its row in the manual."""
+    """A regular expression that matches the row of a message in the manual, with its variable parts."""
     text = re.sub(r'%\.?\d*[a-z]|%\d|\{\}', '\0', squeezed(text))
     return re.escape(text).replace('\0', '[A-Z][A-Z ]*')
 
@@ -70,20 +70,20 @@ class Book:
     def __init__(self):
         self.text = '\n'.join(sources.read('manual', name) for name in BOOK)
         self.lines = self.text.splitlines()
-        # A first cell that is made of literal texts, with the cell after it.
+        # The first cells that consist of literal texts, with their next cells.
         self.rows = {}
         for cells in re.findall(r'^\|((?:`\+.*?\+`(?: \+\n)?)+)\n\|([^|]*)', self.text, re.M):
             self.rows.setdefault(squeezed(' '.join(re.findall(r'`\+(.*?)\+`', cells[0]))), squeezed(cells[1]))
 
     def words(self):
-        """The text without its marks."""
+        """The text without its markup."""
         plain = re.sub(r'(?:btn|kbd):\[(.*?)\]', r'\1', self.text)
         plain = re.sub(r'menu:(\w+)\[(.*?)\]', r'\1 \2', plain)
         return squeezed(re.sub(r'\*|`\+?|\+`', '', plain))
 
 
 def cpp_messages():
-    """The translated texts that need a row, and those that need no more than to be mentioned."""
+    """Two lists of texts: those that need a row in the manual, and those that the manual must only mention."""
     rows, mentioned = [], []
     for text in sources.all_cpp_texts():
         last = text.calls[-1] if text.calls else ('', 0)
@@ -114,7 +114,7 @@ def cpp_messages():
 
 
 def is_tool_tip(text):
-    """Of the arguments of a call that makes a button or a field, the tool tip is the one that is a sentence."""
+    """Whether a text is a tool tip. In a call that makes a button or a field, only the tool tip is a sentence."""
     return text.calls[-2][0] in ('addButton', 'addField') and text.calls[-2][1] > 0 and \
         len(text.value.split()) > 3 and text.value != 'Apply to All with this Host'
 
@@ -128,7 +128,7 @@ def script_messages():
 
 
 class SourcesTest(unittest.TestCase):
-    """The extraction itself, on which everything else depends."""
+    """Tests of the extraction of texts, on which all other tests depend."""
 
     def test_texts_are_found_with_their_calls(self):
         code = 'void f() { // error(tr("no"))\n' \
@@ -197,7 +197,7 @@ class ManualTest(unittest.TestCase):
 
     # Menus
 
-    def test_columns_are_those_of_the_table(self):
+    def test_manual_lists_the_columns_of_the_table(self):
         headings = [text.value for text in sources.cpp_texts(sources.read('packagetable', 'Columns.cpp'), 'Columns.cpp')
                     if text.calls and text.calls[-1] == ('QT_TRANSLATE_NOOP', 1)][::2]
         self.assertIn('Repository', headings)
@@ -207,7 +207,7 @@ class ManualTest(unittest.TestCase):
         names = re.search(r'^(ACTION, .*), \*_ = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
         self.assertEqual(names.split(', '), [heading.upper().replace(' ', '_') for heading in headings])
 
-    def test_fields_are_those_of_a_description(self):
+    def test_manual_lists_the_fields_of_a_description(self):
         fields = [field for field in attributes.fields() if field.label]
         for owner, expected in (
                 ('package or a suite', [field.label for field in fields if 'ForGroups' not in field.uses]),
@@ -247,27 +247,27 @@ class ManualTest(unittest.TestCase):
 
     # Differences from dnf
 
-    def test_differences_are_those_of_the_table_for_developers(self):
+    def test_manual_and_developer_page_list_the_same_differences(self):
         table = self.book.text.split('\n[#differences]\n', 1)[1].split('\n|===\n', 2)[1]
         points = re.findall(r'(?m)^\n\|(.+)\n\|', table)
         self.assertGreater(len(points), 15)
         self.assertEqual(len(points), len(set(points)))
-        # The first row is that of the headings. Each row has three cells.
+        # The first row has the headings. Each other row has three cells.
         self.assertEqual(len(re.findall(r'(?m)^\|', table)), 1 + 3 * len(points))
         text = sources.read('docs', 'dnf.md')
         named = re.findall(r'\*Different\* \[([^]]+)\]: ', text)
-        # The first one explains the word.
+        # The first use of the word explains it.
         self.assertEqual(text.count('*Different*'), 1 + len(named))
         self.assertEqual(sorted(set(named) - set(points)), [], 'rows of docs/dnf.md without a row of the manual')
         self.assertEqual(sorted(set(points) - set(named)), [], 'rows of the manual without a row of docs/dnf.md')
 
     # Links and pictures
 
-    def test_references_have_a_place(self):
+    def test_every_reference_has_an_anchor(self):
         places = set(re.findall(r'^\[(?:glossary)?#([\w-]+)\]', self.book.text, re.M))
         self.assertEqual({name for name in re.findall(r'<<([\w-]+)>>', self.book.text)} - places, set())
 
-    def test_pictures_are_made_and_icons_are_there(self):
+    def test_every_picture_and_every_icon_exists(self):
         named = set(re.findall(r'image::?(\S+?)\[', self.book.text))
         pictures = {name for name in named if name.startswith('pictures/')}
         script = sources.read('manual', 'make-pictures')
@@ -277,18 +277,18 @@ class ManualTest(unittest.TestCase):
         for name in named - pictures:
             self.assertTrue(os.path.isfile(os.path.join(TOP, 'share', name)), name)
 
-    def test_manual_does_without_pictures(self):
+    def test_every_picture_is_optional(self):
         blocks = re.findall(r'(?ms)^ifdef::pictures\[\]\n(.*?)^endif::\[\]\n', self.book.text)
         self.assertEqual([len(re.findall('image::pictures/', block)) for block in blocks], [1] * len(blocks))
         self.assertEqual(self.book.text.count('image::pictures/'), len(blocks))
 
     # Options
 
-    def test_options_are_those_of_the_program(self):
+    def test_manual_lists_the_options_of_the_program(self):
         answer = subprocess.run([VYRE, '--help'], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60)
         usage = answer.stdout.decode()
         self.assertIn('options:', usage)
-        # Only said by --help: the option -d does not exist.
+        # --help mentions the option -d, but it does not exist.
         options = set(re.findall(r'(?<![\w-])(-[A-Za-z](?= |,)|--[a-z-]+)', usage)) - {'-d'}
         self.assertGreater(len(options), 15)
         self.assertIn('--enablerepo', options)
@@ -308,20 +308,20 @@ class ManualTest(unittest.TestCase):
 
     def test_the_environment_of_the_program_is_described(self):
         page = sources.read('manual', 'vyre.8')
-        names = {'XDG_RUNTIME_DIR', 'TMPDIR'}  # which are not asked for by a text
+        names = {'XDG_RUNTIME_DIR', 'TMPDIR'}  # the sources do not contain these names as texts
         for folder in sources.FOLDERS + ('share/python', 'share/python/vyre'):
             for path in glob.glob(os.path.join(TOP, folder, '*.*')):
                 with open(path, encoding='utf-8') as stream:
                     names |= set(re.findall(r'''(?:getenv|environmentVariable\w+|environ\.get)\(["']([A-Z_]+)''',
                                             stream.read()))
-        names -= {'PKEXEC_UID', 'SUDO_UID'}  # who has started it
+        names -= {'PKEXEC_UID', 'SUDO_UID'}  # pkexec and sudo set these variables, not the user
         self.assertGreater(len(names), 3)
         for name in names:
             with self.subTest(name):
                 self.assertIn('`{}`'.format(name), self.book.text)
                 self.assertIn(name, page)
 
-    def test_man_page_has_no_faults(self):
+    def test_man_page_is_valid(self):
         path = os.path.join(TOP, 'manual', 'vyre.8')
         answer = subprocess.run(['mandoc', '-T', 'lint', '-W', 'warning', path], stdout=subprocess.PIPE)
         self.assertEqual(answer.stdout.decode(), '')
@@ -333,7 +333,7 @@ class ManualTest(unittest.TestCase):
 
 
 class Page(html.parser.HTMLParser):
-    """What a page refers to, and the places in it."""
+    """The references of a page, and the anchors in it."""
 
     def __init__(self, text):
         super().__init__()
@@ -351,7 +351,7 @@ class Page(html.parser.HTMLParser):
 
 
 class BuildTest(unittest.TestCase):
-    """The manual is built, with stand-ins for the pictures."""
+    """Tests of the built manual. It has stand-ins for the pictures."""
 
     @classmethod
     def setUpClass(cls):
@@ -369,7 +369,7 @@ class BuildTest(unittest.TestCase):
     def tearDownClass(cls):
         shutil.rmtree(cls.folder)
 
-    def test_nothing_is_complained_about(self):
+    def test_build_prints_no_messages(self):
         self.assertEqual((self.status, self.output), (0, ''))
 
     def test_the_page_refers_to_existing_things(self):
@@ -380,7 +380,7 @@ class BuildTest(unittest.TestCase):
         for reference in page.references:
             self.assertIn(reference[1:], page.places)
         for name in page.files:
-            # Also not to other machines: it is read where there may be no network.
+            # The page does not refer to other machines either, because its readers may have no network.
             self.assertTrue(os.path.isfile(os.path.join(self.built, 'html', name)), name)
         self.assertIn('pictures/main-window.png', page.files)
         self.assertIn('icons/updateBox.png', page.files)

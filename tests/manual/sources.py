@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""What the program shows, as its sources have it.
+"""Extracts the texts of the program from its sources.
 
-Of C++ only as much is understood as finding calls and the texts among their arguments takes; of Python everything.
+Python sources are parsed completely. In C++ sources, only calls and the texts among their arguments are found.
 """
 import ast
 import os
@@ -10,7 +10,7 @@ import re
 TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 FOLDERS = ('app', 'app/base', 'packagetable', 'python', 'repo', 'services', 'widgets', 'yumio')
 
-# A comment, a text or a character: whatever else looks like one of them in there is none.
+# A comment, a text or a character constant. The characters inside a token never begin another token.
 _TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])+\'', re.DOTALL)
 _ESCAPES = {'n': '\n', 't': '\t', '"': '"', '\\': '\\', "'": "'"}
 
@@ -21,7 +21,8 @@ def read(*parts):
 
 
 class Text:
-    """A translated text, or another one, with the calls around it, the innermost last: (function, argument)."""
+    """A text with the calls around it, as pairs of function and number of the argument. The innermost call is the last.
+    """
 
     def __init__(self, value, calls, place):
         self.value = value
@@ -40,7 +41,7 @@ def cpp_texts(code, place):
     """All texts of C++ code."""
     found = []
     stack = []  # open parentheses: [function, argument, depth of other brackets]
-    pending = None  # of adjacent texts, which are one
+    pending = None  # the beginning of adjacent texts, which the compiler joins
     position = 0
     length = len(code)
 
@@ -72,7 +73,7 @@ def cpp_texts(code, place):
         if character == '(':
             name = re.search(r'([A-Za-z_]\w*)\s*$', code[:position][-80:])
             name = name.group(1) if name else ''
-            # "QMessageBox box(...)" is a call of the class.
+            # "QMessageBox box(...)" is a call of the constructor.
             declared = re.search(r'([A-Z]\w*)\s+[a-z]\w*\s*$', code[:position][-120:])
             stack.append([declared.group(1) if declared else name, 0, 0])
         elif character == ')' and stack:
@@ -105,7 +106,7 @@ def is_translated(text):
 # Python ---------------------------------------------------------------------------------------------------------
 
 def _names(node):
-    """The parts of a dotted name, or of the calls in it: logging.getLogger('dnf').error -> logging getLogger error."""
+    """The parts of a dotted name with or without calls: logging.getLogger('dnf').error -> logging getLogger error."""
     if isinstance(node, ast.Attribute):
         return _names(node.value) + [node.attr]
     if isinstance(node, ast.Call):
@@ -114,7 +115,7 @@ def _names(node):
 
 
 def _literal(node):
-    """The text that an expression is made of, with format() or without; None when it has none."""
+    """The text of an expression, with or without format(); None if it has no text."""
     if isinstance(node, ast.Constant) and isinstance(node.value, str):
         return node.value
     if isinstance(node, ast.Call) and isinstance(node.func, ast.Name) and node.func.id == 'tr':
@@ -128,25 +129,25 @@ def _literal(node):
 
 
 def script_files():
-    """The script of the package manager and its modules: their places, as read() takes them."""
+    """The paths of the script and of its modules, in the form that read() needs."""
     directory = os.path.join('share', 'python', 'vyre')
     return [('share', 'python', 'YumIO.py')] + [
         (directory, name) for name in sorted(os.listdir(os.path.join(TOP, directory))) if name.endswith('.py')]
 
 
 def python_messages(*parts):
-    """What a program in Python tells its user: the texts of exceptions, warnings and questions."""
+    """The messages of a program in Python: the texts of exceptions, warnings and questions."""
     tree = ast.parse(read(*parts))
     found, silent = [], set()
 
     def add(text, node):
-        # One that is made of nothing but what varies has no text of its own.
+        # A text that consists only of variable parts is not a message.
         if text is not None and re.search('[A-Za-z]{3}', re.sub(r'\{\}|%s', '', text)):
             found.append(Text(text, [], '{}:{}'.format('/'.join(parts), node.lineno)))
 
     for node in ast.walk(tree):
         if isinstance(node, ast.Expr) and isinstance(node.value, ast.Constant):
-            silent.add(node.value)  # tells what the code does
+            silent.add(node.value)  # a docstring
         elif isinstance(node, ast.Raise) and isinstance(node.exc, ast.Call) and node.exc.args:
             if _names(node.exc.func)[-1] not in ('AttributeError', 'SystemExit'):
                 add(_literal(node.exc.args[0]), node)
@@ -157,13 +158,13 @@ def python_messages(*parts):
                     names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show'],
                               ['dnf', 'exceptions', 'Error']):
                 add(_literal(node.args[0]), node)
-            elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # the package manager's own words
+            elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # details, and texts of dnf
                 silent.update(ast.walk(node))
         elif isinstance(node, ast.Return) and node.value is not None:
             value = node.value.orelse if isinstance(node.value, ast.IfExp) else node.value
             literal = _literal(value)
             add(literal if literal is not None and literal.startswith('\n') else None, node)
-    # And whatever else looks like a sentence.
+    # All other texts that look like a sentence are messages too.
     known = [text.value for text in found]
     for node in ast.walk(tree):
         if isinstance(node, ast.Constant) and isinstance(node.value, str) and node not in silent and \
@@ -174,6 +175,6 @@ def python_messages(*parts):
 
 
 def python_translated(*parts):
-    """The texts that a program in Python has translated."""
+    """The texts that a program in Python passes to tr()."""
     return [_literal(node) for node in ast.walk(ast.parse(read(*parts)))
             if isinstance(node, ast.Call) and isinstance(node.func, ast.Name) and node.func.id == 'tr']

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Answers message boxes, and other dialogs if wanted, like a user. Records each one that opens and answers
-// it, while the program waits in its own event loop or in that of the test.
+// Answers message boxes like a user, on request also other dialogs, and records them. It works while the
+// program waits in its own event loop or in the event loop of the test.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H
@@ -66,7 +66,7 @@ public:
             }
         };
     }
-    // The same, but presses Return if the box has no such button.
+    // Clicks the button with this text; presses Return if the dialog does not have it.
     static Answer clickIfThere(const QString& text)
     {
         return [text](QDialog* dialog) {
@@ -95,7 +95,7 @@ public:
     // The titles and texts of all dialogs, for a comparison that shows all of them.
     QString all() const { return titles().join(", ") + ": " + texts().join(" | "); }
 
-    // Every dialog that opened, once.
+    // The dialogs that have opened, in order.
     QList<ShownBox> seen;
     // Answers the next dialog.
     Answer answer;

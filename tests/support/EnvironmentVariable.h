@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// An environment variable that a test sets. At the end of this object it gets its former value again.
+// An environment variable that a test sets. The destructor restores its former value.
 
 #ifndef TESTS_SUPPORT_ENVIRONMENTVARIABLE_H
 #define TESTS_SUPPORT_ENVIRONMENTVARIABLE_H

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Opens and uses menus, as a user does, and reads their texts.
+// Opens and uses menus as a user does, and reads their texts.
 
 #ifndef TESTS_SUPPORT_MENUS_H
 #define TESTS_SUPPORT_MENUS_H
@@ -49,7 +49,7 @@ inline void choose(QMenu& menu, const QString& text)
                       menu.actionGeometry(actionOf(menu, text)).center());
 }
 
-// The texts of the actions that a menu shows, or only of those that can be chosen.
+// The texts of the visible actions of a menu; offeredIn() returns only the texts of enabled actions.
 inline QStringList shownIn(const QMenu& menu)
 {
     QStringList texts;

@@ -18,10 +18,10 @@
 class StandIn
 {
 public:
-    // Uses the icons of the share directory that the environment names so far.
+    // Uses the icons of the share directory that the environment names at the time of this call.
     StandIn();
 
-    // The attributes of a package object. The script sets the missing ones.
+    // The attributes of a package object. The script sets the missing attributes.
     static QJsonObject package(const QString& name, const QJsonObject& attributes = QJsonObject());
     static QJsonObject group(const QString& name, const QJsonObject& attributes = QJsonObject());
 
@@ -30,7 +30,7 @@ public:
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // While held, collections and the loading of file lists wait.
+    // As long as this is set, collections and the loading of file lists wait.
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
@@ -48,13 +48,13 @@ public:
     // Sets the text of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
 
-    // Offers version locks from the next collection on. lines: by the names of the locked packages.
+    // Offers version locks from the next collection on. lines: the keys are the names of the locked packages.
     void setVersionLocks(const QJsonObject& lines, const QString& fault = QString());
     void removeVersionLocks();
 
     // The methods called since the last forgetCalls(), in order. Some methods add a second entry with their
-    // arguments, for example "enableRepo base". That of "apply" has the names of the packages to install,
-    // update and remove.
+    // arguments, for example "enableRepo base". The second entry of "apply" has the names of the packages to
+    // install, update and remove.
     QStringList calls() const;
     int calls(const QString& method) const;
     void forgetCalls();

@@ -68,7 +68,7 @@ class Package:
 
 
 class WaitingPackage(Package):
-    """Has a change log only after the test permits it. The test can do so only if the program is not blocked."""
+    """A package whose change log exists only after the test permits it. A blocked program never lets the test do so."""
 
     @property
     def changelogs(self):
@@ -84,7 +84,7 @@ class WaitingPackage(Package):
 
 
 class LockedPackage(Package):
-    """Has no change log. Another process holds the lock until the program ends the wait."""
+    """A package without a change log. Another process holds the lock until the program ends the wait."""
 
     @property
     def changelogs(self):
@@ -99,8 +99,8 @@ class LockedPackage(Package):
 
 
 class WatchedPackage(Package):
-    """Records each read of its description. A record never holds this text, which is too long for a column. Therefore
-    only a search and an open description read it.
+    """A package that records each read of its description. Records do not store this text, which is too long for a
+    column. Therefore only a search and an open description read it.
     """
 
     @property
@@ -131,7 +131,7 @@ class Group:
 
 
 class History:
-    """The history and also its groups."""
+    """The history. The same object is also its list of groups."""
 
     def __init__(self):
         self.group = self

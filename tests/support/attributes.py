@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The attributes of package objects that the program reads, as its C++ sources name them."""
+"""The attributes of package objects that the program reads. Their names come from the C++ sources."""
 import collections
 import os
 import re
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
-# A row of Fields.cpp. The label is empty for the name, and the attribute is empty for sources without attribute.
+# A row of Fields.cpp. The field "name" has an empty label. If a source uses no attribute, its attribute is empty.
 Field = collections.namedtuple('Field', 'name label source attribute uses')
 
 
@@ -16,7 +16,7 @@ def _read(*parts):
 
 
 def of_records():
-    """The names of the attributes that records are made from."""
+    """The names of the attributes from which records are made."""
     names = re.findall(r'\{ScriptValues::\w+Attribute,\s*"(\w+)"\}', _read('yumio', 'ScriptValues.cpp'))
     assert 'name' in names and 'version' in names, names
     return names

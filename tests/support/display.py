@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""An X server with a window manager and, if asked for, an accessibility bus, for the length of a scope.
+"""An X server with a window manager and, on request, an accessibility bus, for the length of a scope.
 
-The server picks a free display by itself, so any number of these run side by side.
+The server itself picks a free display, so any number of servers can run at the same time.
 """
 import os
 import socket
@@ -95,7 +95,7 @@ class VirtualDisplay:
             self.log.seek(0)
             raise StartError('Xvfb did not start:\n' + self.log.read().decode(errors='replace'))
         self.environment['DISPLAY'] = ':' + number
-        # For tests that kill the server.
+        # Some tests kill the server.
         self.environment['X_SERVER_PID'] = str(self.started[0].pid)
 
     def _clean_up_after_server(self):
@@ -119,16 +119,17 @@ class VirtualDisplay:
     def _start_accessibility(self):
         self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
         if self.any_user:
-            # The usual launcher's bus accepts only its own user and root. Here one bus serves both purposes.
+            # The bus of the usual launcher accepts only its own user and root. So the message bus is used as the
+            # accessibility bus as well.
             os.chmod(self.scratch.name, 0o711)
             address = 'unix:path=' + os.path.join(self.scratch.name, 'bus')
-            # Programs that the bus starts need it too.
+            # Programs that the bus starts need this variable too.
             self.environment['AT_SPI_BUS_ADDRESS'] = address
             path = os.path.join(self.scratch.name, 'bus.conf')
             with open(path, 'w') as stream:
                 stream.write(BUS_OF_ALL.format(address))
             self._start_bus('--config-file=' + path)
-            # Programs that find no launcher look here.
+            # Programs that find no launcher read this property.
             subprocess.run(['xprop', '-root', '-f', 'AT_SPI_BUS', '8s', '-set', 'AT_SPI_BUS', address],
                            env=self.environment, check=True)
             return

@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Drives the built program from outside, as a user does: X events through xdotool, reading through AT-SPI.
+"""Drives the built program from outside, as a user does: it sends X events by xdotool, and reads through AT-SPI.
 
-Needs a display with an accessibility bus: run under "with-display --accessible".
+It needs a display with an accessibility bus, so it must run under "with-display --accessible".
 
-Input and reading reach the program by different ways, so a read directly after a key or a click may still return the
-old state. Therefore every function that acts waits until its effect is visible.
+Input and reading use different connections, so a read directly after a key or a click may still return the old state.
+Therefore every function that acts waits until its effect is visible.
 """
 import glob
 import os
@@ -35,7 +35,7 @@ class Ended(NotThere):
 
 
 def wait_for(condition, what, seconds=60):
-    """Return the first true value of the condition; accessibility errors count as not yet."""
+    """Return the first true value of the condition. An accessibility error is handled like a false value."""
     end = time.monotonic() + seconds
     problem = ''
     while True:
@@ -87,7 +87,7 @@ def text_of(accessible):
 
 
 def plain(name):
-    """A text without the marks of its mnemonics."""
+    """A text without the "&" of its mnemonics."""
     return re.sub('&(.)', r'\1', name)
 
 
@@ -128,7 +128,7 @@ class Icon:
                        for i in range(self.width * self.height) if content[4 * i + 3] > 250]
 
     def difference(self, picture, width, height, enough):
-        """How far the best place of the icon in the picture is from it, per pixel; stops looking beyond enough."""
+        """The smallest difference per pixel between the icon and a place in the picture, but at most enough."""
         best = enough
         for top in range(height - self.height + 1):
             for left in range(width - self.width + 1):
@@ -160,18 +160,18 @@ def click(accessible, button=1):
 
 
 def click_at(x, y, button=1):
-    # The pointer first moves to a place beside it: if it did not move at all, xdotool would wait for 15 s.
+    # The pointer first moves to a neighbouring place. If it did not move at all, xdotool would wait for 15 s.
     xdotool('mousemove', x + 1, y, 'mousemove', '--sync', x, y, 'click', button)
 
 
 def key(*names):
-    # A function key needs its code: with some keyboard descriptions xdotool presses Alt too if it gets the name.
+    # For a function key, xdotool needs the code. From the name, it also presses Alt with some keyboard descriptions.
     codes = [re.sub(r'\bF([1-9]|10)$', lambda found: str(66 + int(found.group(1))), name) for name in names]
     xdotool('key', '--clearmodifiers', *codes)
 
 
 def kill_display():
-    """Kill the X server of this display, and so every connection to it."""
+    """Kill the X server of this display. This ends every connection to it."""
     os.kill(int(os.environ['X_SERVER_PID']), signal.SIGKILL)
 
 
@@ -186,8 +186,7 @@ def type_text(text):
 
 
 class Program:
-    """A run of the built program in a session of its own. Its output is kept in two files in the scratch
-    directory."""
+    """A run of the built program in a separate session. Two files in the scratch directory store its output."""
 
     def __init__(self, binary, scratch, arguments=(), environment=None, unset=()):
         self.stdout_path = os.path.join(scratch, 'stdout')
@@ -206,8 +205,9 @@ class Program:
             return err.read()
 
     def complaints(self):
-        """The standard error of the program without one known message. It appears if the window manager removes the
-        frame of a closed dialog while Qt looks for the window under the pointer."""
+        """The standard error of the program without one known message. Qt prints this message if the window manager
+        removes the frame of a closed dialog while Qt looks for the window under the pointer.
+        """
         harmless = re.compile(
             r'vyre: QXcbConnection: XCB error: 3 \(BadWindow\), .*\(TranslateCoords\), minor code: 0$')
         return '\n'.join(line for line in self.stderr().splitlines() if line and not harmless.match(line))
@@ -233,16 +233,16 @@ class Program:
         return self.process.poll() is None
 
     def wait(self, seconds=60):
-        """The exit status, once the program has ended by itself."""
+        """Wait for the end of the program; return its exit status."""
         return self.process.wait(seconds)
 
     def left_over(self):
-        """The processes of the program's session, by number, other than the program itself."""
+        """The numbers of the other processes in the session of the program."""
         found = []
         for path in glob.glob('/proc/[0-9]*/stat'):
             try:
                 with open(path) as stat:
-                    # The command name, in parentheses, may hold anything.
+                    # The command name, in parentheses, may contain any characters.
                     fields = stat.read().rpartition(')')[2].split()
             except OSError:
                 continue
@@ -260,7 +260,7 @@ class Program:
         return None
 
     def windows(self):
-        """The showing windows and dialogs."""
+        """The visible windows and dialogs."""
         application = self.application()
         found = []
         for i in range(application.childCount if application is not None else 0):
@@ -278,7 +278,7 @@ class Program:
                 self.process.returncode, what, self.stderr()))
 
     def window(self, title, seconds=60):
-        """The showing window with this title."""
+        """The visible window with this title."""
         what = 'window ' + repr(title)
 
         def look():
@@ -300,7 +300,7 @@ class Program:
         return MainWindow(self.window(main_title(), seconds).accessible, self)
 
     def ready(self, seconds=120):
-        """The main window, once its controls can be used."""
+        """The main window. The function waits until its controls can be used."""
         main = self.main(seconds)
         main.wait_ready(seconds)
         return main
@@ -321,7 +321,7 @@ class Window:
         return self.accessible.name
 
     def wait_settled(self):
-        """Wait until the window manager has placed the window, after which it gives it the focus."""
+        """Wait until the window manager has placed the window and given it the focus."""
         wait_for(lambda: self.accessible.getState().contains(pyatspi.STATE_ACTIVE), 'the focus of ' + self.title)
         known = []
 
@@ -331,7 +331,7 @@ class Window:
         wait_for(unmoved, 'the place of ' + self.title)
 
     def find(self, role, name=None, seconds=60):
-        """The first showing widget of the role, with the name (without the mark of its mnemonic) if one is given."""
+        """The first visible widget of this role and, if given, this name. The name has no "&" for the mnemonic."""
         def look():
             for accessible in walk(self.accessible):
                 if accessible.getRole() == role and shown(accessible) and \
@@ -358,7 +358,7 @@ class Window:
         click(button)
 
     def press(self, name):
-        """Press a key once the window has the focus. Before that, another window would receive it."""
+        """Wait until the window has the focus, and press a key. Otherwise another window could receive the key."""
         self.wait_settled()
         key(name)
 
@@ -372,7 +372,7 @@ class Window:
 
 class MainWindow(Window):
 
-    # Cells on the screen, and the action that each shows.
+    # The pictures of known cells, and the actions that they show.
     actions_seen = {}
 
     def __init__(self, accessible, program):
@@ -395,7 +395,7 @@ class MainWindow(Window):
         raise NotThere('there is no table')
 
     def rows(self):
-        """For each listed row the texts of name, version, repository, architecture and size."""
+        """The texts of name, version, repository, architecture and size of each listed row."""
         table = self.table().queryTable()
         return [tuple(table.getAccessibleAt(row, column).name for column in
                       (NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE)) for row in range(table.nRows)]
@@ -431,17 +431,17 @@ class MainWindow(Window):
         return self.table().queryTable().getAccessibleAt(row, column)
 
     def visible_cell(self, name, column, arch=None):
-        """The cell of a package, once it is on the screen as a whole."""
+        """The cell of a package. The function waits until the whole cell is on the screen."""
         def look():
             cell = self.cell(self.row_of(name, arch), column)
             _, y, width, height = rectangle(cell)
             _, top, _, all_height = rectangle(self.table())
-            # Below the header, and above the horizontal scroll bar, if any.
+            # The cell is below the header, and above a horizontal scroll bar.
             return cell if width > 0 and top + height // 2 < y < top + all_height - 2 * height else None
         return wait_for(look, 'the row of {} on the screen'.format(name))
 
     def action(self, name, arch=None):
-        """The marked action, by its icon: "none", "install", "update" or "remove"."""
+        """The action whose icon the row shows: "none", "install", "update" or "remove"."""
         x, y, width, height = rectangle(self.visible_cell(name, ACTION, arch))
         picture = pixels(x, y, width, height)
         if picture not in self.actions_seen:
@@ -467,7 +467,7 @@ class MainWindow(Window):
         return self.find(pyatspi.ROLE_TEXT)
 
     def combo(self, number):
-        """One of the two boxes of the filter row: 0 is the mode, 1 the state."""
+        """One of the two boxes of the filter row: 0 is the mode, 1 is the state."""
         def boxes():
             return self.find_all(pyatspi.ROLE_COMBO_BOX)
         return wait_for(lambda: len(boxes()) == 2 and boxes(), 'the boxes')[number]
@@ -478,7 +478,7 @@ class MainWindow(Window):
     # Acting
 
     def barrier(self):
-        """Wait until the program has handled all input before this. The expression edit has the focus."""
+        """Wait until the program has handled all earlier input. The expression edit must have the focus."""
         edit = self.edit()
 
         def caret_at(position):
@@ -506,15 +506,15 @@ class MainWindow(Window):
             self.barrier()
 
     def choose(self, box, item):
-        """Choose an item of one of the two boxes of the filter row: 0 is the mode, 1 the state."""
+        """Choose an item of one of the two boxes of the filter row: 0 is the mode, 1 is the state."""
         combo = self.combo(box)
         if combo.name == item:
             return
         for last in (False, False, True):
-            # A click at the beginning of an operation is lost, as for a user.
+            # The program ignores a click at the beginning of an operation.
             self.wait_ready()
             click(combo)
-            # By keyboard, because the opened list covers the box, and its current item is under the pointer.
+            # The keyboard is used, because the opened list covers the box, and its current item is under the pointer.
             key('Home')
             for _ in range(8):
                 if selected_item(combo) == item:
@@ -543,7 +543,7 @@ class MainWindow(Window):
             self.set_checked('Include Groups', True)
 
     def mark(self, name, arch=None, clicks=1):
-        """Click so many times on the Action cell of a package."""
+        """Click on the Action cell of a package. clicks: the number of clicks."""
         for number in range(clicks):
             before = self.action(name, arch)
             x, y = place(self.visible_cell(name, ACTION, arch))
@@ -552,14 +552,14 @@ class MainWindow(Window):
             wait_for(lambda: self.action(name, arch) != before, 'another action of ' + name, 20)
 
     def mark_listed(self, name, arch=None, clicks=1):
-        """List the package, or the group, alone, and click on its Action cell."""
+        """List only this package or group, and click on its Action cell."""
         # A group has no texts in the other columns.
         self.set_filter('^' + name + '( |$)')
         wait_for(lambda: set(self.names()) == {name}, name + ' alone')
         self.mark(name, arch, clicks)
 
     def select(self, *names):
-        """Select the rows of these packages, and no others, by their names."""
+        """Select only the rows of the packages with these names."""
         for number, name in enumerate(names):
             cell = self.visible_cell(name, NAME)
             x, y, _, height = rectangle(cell)
@@ -576,7 +576,7 @@ class MainWindow(Window):
             wait_for(is_selected, 'the selection of ' + name)
 
     def select_first(self):
-        """Select the first row alone, and give the table the focus."""
+        """Select only the first row, and give the table the focus."""
         x, y, _, height = rectangle(self.cell(0, NAME))
         click_at(x + 20, y + height // 2)
         self.wait_selected(1)
@@ -594,7 +594,7 @@ class MainWindow(Window):
         wait_for(lambda: self.program.popups() > before, 'the menu of ' + name)
 
     def press_in_menu(self, name):
-        """Press a key in the open menu that closes it."""
+        """Press a key that closes the open menu."""
         before = self.program.popups()
         key(name)
         wait_for(lambda: self.program.popups() < before, 'the end of the menu')
@@ -610,7 +610,7 @@ class MainWindow(Window):
         self.program.no_window('Apply')
 
     def quit(self):
-        """Quit by the menu's key; return the exit status."""
+        """Quit the program by the key of the menu entry; return the exit status."""
         self.press('ctrl+q')
         return self.program.wait()
 

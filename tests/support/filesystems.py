@@ -16,7 +16,7 @@ def rootIsMountPoint():
 
 
 def isolate():
-    """From here on, only this process and its children see their mounts, which end with them."""
+    """From now on, only this process and its children see their mounts. The mounts end with these processes."""
     if not rootIsMountPoint():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')
     library = ctypes.CDLL(None, use_errno=True)
@@ -38,7 +38,7 @@ def mount_small(path, kilobytes):
 
 
 def resize(path, kilobytes):
-    """Set the size of such a file system to its used space plus this number of kilobytes."""
+    """Set the size of a file system of mount_small() to its used space plus this number of kilobytes."""
     found = os.statvfs(path)
     used = (found.f_blocks - found.f_bfree) * found.f_frsize // 1024
     # A size of zero would mean no limit.

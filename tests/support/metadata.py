@@ -40,7 +40,7 @@ def alter(repository, kind, change, packed=False):
 
 
 def add_modules(repository, content, directory):
-    """Add a document about modules to a repository. A file in the directory is needed on the way."""
+    """Add a document about modules to a repository. directory: the place of a temporary file."""
     path = os.path.join(directory, 'modules.yaml')
     with open(path, 'w') as stream:
         stream.write(content)

@@ -32,7 +32,7 @@ class VantorServer(ThreadingHTTPServer):
         self.server_close()
 
     def url(self, path, name='', password='', host='127.0.0.1'):
-        """name and password: as written in the URL."""
+        """The URL of a path. name and password: in the form that a URL contains."""
         return 'http://{}:{}/vantor?user={}&secret={}&path={}'.format(host, self.server_port, name, password, path)
 
     def answers(self, path):
