@@ -16,7 +16,7 @@ class ApplyFixture : public QObject
     Q_OBJECT
 
 protected Q_SLOTS:
-    // Called by the test framework, like those of any test class.
+    // The test framework calls these slots, as in every test class.
     void initTestCase();
     void cleanupTestCase();
     void init();

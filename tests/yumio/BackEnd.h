@@ -55,10 +55,10 @@ public:
     BackEnd();
 
     // Returns false if the back end did not start. Without a share directory it runs the stand-in script.
-    // That script's functions have five more globals: look() returns bars(), tip() returns tip(), and
-    // captured() the unfinished lines of captured standard output and standard error. counted() returns the
-    // number of records that the graphical thread sees, and state() some members of the back end by name. All
-    // threads may call them.
+    // The functions of that script have five more globals: look() returns bars(), tip() returns tip(), and
+    // captured() returns the unfinished lines of captured standard output and standard error. counted()
+    // returns the number of records that the graphical thread sees. state() returns some members of the back
+    // end by name. All threads may call these functions.
     bool start(const QByteArray& share = QByteArray());
 
     // The content of the bars: "text value/maximum" of the total bar and of the item bar, or "idle".
@@ -66,15 +66,15 @@ public:
     // The rows of the item bar's tip during downloads: "text: state".
     QStringList tip();
 
-    // Runs Python statements, in which "it" is the script's object; fails the test if they fail.
+    // Runs Python statements, in which "it" is the script's object. If the statements fail, the test fails.
     void run(const QString& statements);
     PyRef value(const QString& expression);
-    // The value's str().
+    // The result of str() for the value of the expression.
     QString text(const QString& expression);
 
     // Removes all records and resets the script's object to its initial state.
     void renew();
-    // Collects; messages stay in answers.
+    // Collects the packages. The messages stay in "answers".
     bool collect(const QHash<QString, bool>& repoEnable = {});
     // The ordinary record of this name and bi-arch class, or null.
     Package::Entry* entry(const QString& name, const QString& biArch = QStringLiteral("x86_64"));

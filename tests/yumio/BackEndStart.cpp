@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Starts the back end on the script of VYRESHARE and prints the user's view of it, one item a line. If an
-// argument is given, the interpreter first runs it. With PRINT_LOG set, the log follows.
+// Starts the back end with the script of VYRESHARE and prints what the user sees, one item in each line. The
+// interpreter first runs the argument, if one is given. If PRINT_LOG is set, the log follows.
 
 #include <cstdio>
 
@@ -52,7 +52,7 @@ int main(int argc, char** argv)
             }
         }
     }
-    // Messages of the end itself.
+    // The messages that appear during the end of the back end.
     for (const ShownDialog& each : answers.take()) {
         print("end: " + each.title + ": " + each.text);
     }

@@ -80,8 +80,8 @@ class EndSignalsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // The system defines the list: in a child without handlers, each signal ends the child or does not.
-    void endsProcessMatchesTheSystem_data()
+    // The system decides which signals end a process: each signal is sent to a child without handlers.
+    void endsProcessIsTrueForTheSignalsThatEndAProcess_data()
     {
         QTest::addColumn<int>("number");
         for (int number = 1; number <= SIGRTMAX; ++number) {
@@ -92,7 +92,7 @@ private Q_SLOTS:
         }
     }
 
-    void endsProcessMatchesTheSystem()
+    void endsProcessIsTrueForTheSignalsThatEndAProcess()
     {
         QFETCH(int, number);
         const pid_t child = fork();
@@ -130,7 +130,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void renewingHandlesTheInterrupt()
+    void renewingTurnsTheInterruptIntoARequest()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -155,7 +155,7 @@ private Q_SLOTS:
         QVERIFY(before.sa_handler == after.sa_handler);
     }
 
-    void aFaultOfTheProgramEndsTheProcess()
+    void aSignalOfAProgramErrorEndsTheProcess()
     {
         QTemporaryDir directory;
         const QByteArray lock = QFile::encodeName(directory.filePath(QStringLiteral("lock.pid")));
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(QFile::decodeName(lock)));
     }
 
-    void theLockOfAnotherProcessStays()
+    void aLockFileOfAnotherProcessStays()
     {
         QTemporaryDir directory;
         const QString path = writeLock(directory, "1");
@@ -244,7 +244,7 @@ private Q_SLOTS:
                  QStringLiteral("status 7"));
     }
 
-    void endByEndsBySignal()
+    void endByEndsTheProcessByTheSignal()
     {
         QCOMPARE(inChild([](int) {
                      sigset_t all;

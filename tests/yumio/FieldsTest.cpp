@@ -6,7 +6,7 @@
 
 namespace {
 
-// The labels in order; for the name, which has no label, "the name".
+// The labels in order. The name has no label; the list contains "the name" for it.
 QStringList labels(int uses)
 {
     QStringList found;
@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(given.count(), 5);
     }
 
-    void eachRowHasTheDataOfItsSource()
+    void eachFieldHasTheDataThatItsSourceNeeds()
     {
         using Source = Fields::Source;
         for (int i = 0; i < Fields::Count; ++i) {

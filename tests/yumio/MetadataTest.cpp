@@ -46,7 +46,7 @@ class MetadataTest : public QObject
     Q_OBJECT
 
 private:
-    // Writes a file, compressed by the filter of this name, if any. Returns its path.
+    // Writes a file and returns its path. If a filter is named, it compresses the content.
     QString write(const QByteArray& content, const char* filter = nullptr)
     {
         const QString path = directory.filePath(QString("file%1").arg(++number));
@@ -78,7 +78,7 @@ private:
         return plain.fileName();
     }
 
-    // The text of the package "one", the only wanted package; null without a text.
+    // The text of the package "one", which is the only wanted package. Null if the package has no text.
     QByteArray filesOfOne(const QByteArray& contents)
     {
         std::vector<QByteArray> texts(1);
@@ -105,7 +105,7 @@ private:
     int number = 0;
 
 private Q_SLOTS:
-    void everyCompression_data()
+    void everyCompressionIsRead_data()
     {
         QTest::addColumn<QByteArray>("filter");
         QTest::newRow("plain") << QByteArray();
@@ -114,7 +114,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyCompression()
+    void everyCompressionIsRead()
     {
         QFETCH(QByteArray, filter);
         const char* name = filter.isEmpty() ? nullptr : filter.constData();
@@ -173,7 +173,7 @@ private Q_SLOTS:
             QByteArray("/usr/x\n/var/lib/x\n/var/log/x"));
     }
 
-    void packageWithoutFiles()
+    void packageWithoutFilesHasAnEmptyText()
     {
         const QByteArray text = filesOfOne("");
         QVERIFY(!text.isNull());
@@ -187,7 +187,7 @@ private Q_SLOTS:
         QCOMPARE(filesOfOne(file("/<![CDATA[a & <b>]]>/c")), QByteArray("/a & <b>/c"));
     }
 
-    void pathAcrossTwoReads()
+    void pathAcrossTwoReadsIsComplete()
     {
         // Every position of the file is inside a path, so each end of a read is inside a path too.
         const QByteArray part(1000, 'x');
@@ -203,8 +203,8 @@ private Q_SLOTS:
 
     void nonAsciiPathsSortAsInTheProgram()
     {
-        // The program represents characters beyond U+FFFF as surrogates. These sort before some characters
-        // that come first in byte order.
+        // The program represents characters beyond U+FFFF as surrogates. Therefore it sorts these characters
+        // before some characters that precede them in byte order.
         const QStringList paths{QString::fromUtf8("/ﬁ"),
                                 QString::fromUtf8("/🌧"),
                                 QString::fromUtf8("/é"),
@@ -252,7 +252,7 @@ private Q_SLOTS:
         tzset();
     }
 
-    void changesWithoutUsefulDates()
+    void changesWithoutUsefulDatesAreShown()
     {
         QCOMPARE(changeLogOfOne("<changelog>x</changelog>"), QByteArray("* Thu Jan 1 1970 \nx"));
         QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"-86400\"></changelog>"),
@@ -261,14 +261,14 @@ private Q_SLOTS:
                     .endsWith(" A\nx"));
     }
 
-    void packageWithoutChanges()
+    void packageWithoutChangesHasAnEmptyText()
     {
         const QByteArray text = changeLogOfOne("");
         QVERIFY(!text.isNull());
         QVERIFY(text.isEmpty());
     }
 
-    void packagesDoNotMixTheirTexts()
+    void textsOfPackagesAreNotMixed()
     {
         std::vector<QByteArray> texts(2);
         QString problem;
@@ -280,7 +280,7 @@ private Q_SLOTS:
         QCOMPARE(texts[1], QByteArray("* Thu Jan 1 1970 B\ny"));
     }
 
-    void damagedFiles_data()
+    void damagedFilesAreReported_data()
     {
         QTest::addColumn<QByteArray>("filter");
         QTest::addColumn<QString>("damage");
@@ -292,7 +292,7 @@ private Q_SLOTS:
         }
     }
 
-    void damagedFiles()
+    void damagedFilesAreReported()
     {
         QFETCH(QByteArray, filter);
         QFETCH(QString, damage);
@@ -328,7 +328,7 @@ private Q_SLOTS:
         QVERIFY(texts[1].isNull());
     }
 
-    void packagesBeforeTheDamageCount()
+    void packagesBeforeTheDamageAreRead()
     {
         std::vector<QByteArray> texts(2);
         QString problem;
@@ -340,7 +340,7 @@ private Q_SLOTS:
         QCOMPARE(problem, QString("mismatched tag"));
     }
 
-    void fileOfAnotherKindHoldsNothing()
+    void fileOfAnotherKindHasNoTexts()
     {
         // The file lists the same packages: they must not look as if they had no files or no changes.
         const QByteArray packages = package("one", "") + package("two", "");
@@ -362,7 +362,7 @@ private Q_SLOTS:
                  QString("\"package\" where \"otherdata\" is expected"));
     }
 
-    void completeDocumentsHaveNoFault()
+    void completeDocumentsHaveNoError()
     {
         QString problem;
         const QByteArray two = package("one", file("/a")) + package("two", file("/b"));
@@ -373,7 +373,7 @@ private Q_SLOTS:
         QCOMPARE(problem, QString());
     }
 
-    void faultsOfDocumentsAreFound_data()
+    void errorsOfDocumentsAreFound_data()
     {
         QTest::addColumn<QByteArray>("content");
         QTest::addColumn<QString>("expected");
@@ -389,7 +389,7 @@ private Q_SLOTS:
                                       << "2 packages where 3 are announced";
     }
 
-    void faultsOfDocumentsAreFound()
+    void errorsOfDocumentsAreFound()
     {
         QFETCH(QByteArray, content);
         QFETCH(QString, expected);
@@ -398,7 +398,7 @@ private Q_SLOTS:
         QCOMPARE(problem, expected);
     }
 
-    void missingFileAndDirectory()
+    void missingFileAndDirectoryAreReported()
     {
         for (const QString& path : {directory.filePath("nothing"), directory.path()}) {
             std::vector<QByteArray> texts(1);
@@ -409,7 +409,7 @@ private Q_SLOTS:
         }
     }
 
-    void pathBeyondAscii()
+    void pathWithCharactersBeyondAsciiIsRead()
     {
         const QString path = directory.filePath(QString::fromUtf8("dépôt 🌧.xml"));
         QVERIFY(QFile::rename(writePlain(fileLists(package("one", file("/a")))), path));

@@ -160,7 +160,7 @@ private Q_SLOTS:
         QCOMPARE(hash.value(YumIO::EntryKey(true, "base", QString())), 2);
     }
 
-    void hashOfAKey()
+    void hashOfAKeyContainsAllParts()
     {
         const QString name = "kernel";
         const QString arch = "x86_64";
@@ -170,7 +170,7 @@ private Q_SLOTS:
         QCOMPARE(qHash(YumIO::EntryKey(true, name, arch), 0x5aa5f00fu), (plain + 1) ^ 0x5aa5f00fu);
     }
 
-    void recordPointersTravelInVariants()
+    void recordPointersCanBeStoredInVariants()
     {
         const YumIO yumIO;
         // This runs before any code here uses the type directly, which would register it.
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QVERIFY(variant.value<Package::Entry*>() == &entry);
     }
 
-    void textsOfStatesAndKinds()
+    void statesAndKindsHaveTheirTexts()
     {
         const YumIO yumIO;
         Package::Entry entry;

@@ -31,7 +31,7 @@ private:
         entry->pyObject = object();
         return entry;
     }
-    // A unique pointer that nothing dereferences.
+    // A unique pointer, which no code dereferences.
     PyObject* object()
     {
         objects.append(QByteArray(1, 'x'));
@@ -51,7 +51,7 @@ private Q_SLOTS:
         objects.clear();
     }
 
-    void recordsAreVisibleOncePublished()
+    void recordsAreVisibleAfterTheyArePublished()
     {
         records->reserve(10);
         Package::Entry* first = add("b", "x86_64");
@@ -116,7 +116,7 @@ private Q_SLOTS:
         QVERIFY(records->findPackage("a", QString()) == nullptr);
     }
 
-    void versionsAreChainedInTheirOrder()
+    void versionsAreChainedInOrder()
     {
         Package::Entry* update = add("a", "x86_64", Package::Updatable);
         QVERIFY(Records::installedEntry(update) == nullptr);

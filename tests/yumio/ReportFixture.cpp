@@ -7,8 +7,8 @@
 namespace {
 
 // Payloads of the package manager's own classes, and helpers that catch the exceptions of the program's
-// functions. If a test reads a bar's value, it pauses before the call that sets the value: the bar skips
-// values that follow immediately.
+// functions. A bar skips values that follow each other immediately. Therefore a test that reads the value of
+// a bar pauses before the call that sets this value.
 const char* const definitions = R"(
 import time
 

@@ -15,7 +15,7 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from the given entry on. It omits the messages of the tests' display, which writes them to
+    // The log from the given entry on, without the messages of the display. The display writes them to
     // standard error while an operation captures it.
     QStringList logged(int from);
 };

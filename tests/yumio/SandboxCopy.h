@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A private copy of the tests' sandbox. It serves its repositories during its lifetime. The process works on
-// its root through VYREROOT and HOME. One object a process, on the graphical thread.
+// A private copy of the tests' sandbox, which serves its repositories as long as the object exists. It sets
+// VYREROOT and HOME, so that the process works on the copy. A process has only one object, on the graphical
+// thread.
 
 #ifndef TESTS_YUMIO_SANDBOXCOPY_H
 #define TESTS_YUMIO_SANDBOXCOPY_H

@@ -11,7 +11,7 @@
 #include "yumio/DateTime.h"
 #include "yumio/ScriptValues.h"
 
-// This header needs Python.h before it.
+// This header must follow Python.h.
 #include <datetime.h>
 
 namespace {
@@ -87,7 +87,7 @@ private Q_SLOTS:
 
     // --- Texts
 
-    void textsOfStrings()
+    void stringsAreConvertedToTexts()
     {
         QCOMPARE(pyString("'plain'"), QString("plain"));
         QCOMPARE(pyString("''"), QString(""));
@@ -105,7 +105,7 @@ private Q_SLOTS:
         QCOMPARE(text.at(5).unicode(), ushort(0xdcff));
     }
 
-    void textOfNothingAndOfOtherTypesIsWarnedOf()
+    void otherTypesThanStringsCauseAWarning()
     {
         QCOMPARE(values->pyString(nullptr), QString());
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyString called with NULL"));
@@ -139,7 +139,7 @@ private Q_SLOTS:
         warnings();
     }
 
-    void textsOfLists()
+    void listsAreConvertedToTexts()
     {
         QCOMPARE(pyStringX("'plain'"), QString("plain"));
         QCOMPARE(pyStringX("['a', 'b', 3]"), QString("(a,\n b,\n 3)"));
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(values->pyLongDec(value("2 ** 31").release()), int(-2147483647 - 1));
     }
 
-    void itemsOfMappings()
+    void itemsOfMappingsAreFound()
     {
         const PyRef mapping = value("{'key': 'value', 'caf\\u00e9': 'drink'}");
         QCOMPARE(values->pyMappingString(mapping.get(), "key"), QString("value"));
@@ -175,7 +175,7 @@ private Q_SLOTS:
 
     // --- Times
 
-    void timesAreNumbersOrTexts()
+    void timesCanBeNumbersOrTexts()
     {
         QCOMPARE(values->pyTime(value("5000000000").get()), quint64(5000000000));
         QCOMPARE(values->pyTime(value("'86400'").get()), quint64(86400));
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QCOMPARE(values->pyTimeDec(value("'86400'").release()), quint64(86400));
     }
 
-    void timesThatAreNotUnderstood()
+    void invalidTimesCauseAWarning()
     {
         QCOMPARE(values->pyTime(value("'noon'").get()), quint64(0));
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyTimeDec did not understand: noon"));
@@ -196,7 +196,7 @@ private Q_SLOTS:
                  QStringList("Internal error: YumIO::pyTimeDec did not understand type: NoneType"));
     }
 
-    void timeAndDateFormats()
+    void timesAndDatesAreFormatted()
     {
         const QString time = ScriptValues::timeFormat(1700000000);
         QCOMPARE(time, QString("Tue Nov 14 22:13:20 2023"));
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(QString(ScriptValues::timeFormat(0)), QString("Thu Jan  1 00:00:00 1970"));
     }
 
-    void timeAndDateHaveBuffersOfTheirOwn()
+    void timeAndDateHaveSeparateBuffers()
     {
         const char* time = ScriptValues::timeFormat(0);
         const char* date = ScriptValues::dateFormat(1700000000);
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(QString(date), QString("Tue Nov 14 2023"));
     }
 
-    void datesOfTheScript()
+    void datesOfTheScriptAreFormatted()
     {
         QCOMPARE(values->pyDate(value("datetime.datetime(2023, 9, 2)").get()), QString("Sat Sep 2 2023"));
         const char* const days[] = {"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
@@ -229,7 +229,7 @@ private Q_SLOTS:
         }
     }
 
-    void objectsThatAreNoDate()
+    void objectsThatAreNoDateCauseAWarning()
     {
         QCOMPARE(values->pyDate(value("datetime.date(2023, 9, 2)").get()), QString());
         QCOMPARE(warnings(),
@@ -238,7 +238,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyDate did not understand type: str"));
     }
 
-    void dateOfMonthThirteen()
+    void invalidMonthCausesAWarning()
     {
         run("class Odd(datetime.datetime):\n    def weekday(self): return 2\n");
         const PyRef date = value("Odd(2023, 9, 2)");
@@ -248,7 +248,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyDate found out-of-bounds month: 13"));
     }
 
-    void dateOfAnOddWeekday()
+    void invalidWeekdayCausesAWarning()
     {
         run("class Odd(datetime.datetime):\n    def weekday(self): return Odd.day_of_week\n");
         run("Odd.day_of_week = 7");
@@ -263,7 +263,7 @@ private Q_SLOTS:
                  QStringList("Internal error: YumIO::pyDate did not understand weekday type: str"));
     }
 
-    void descriptions()
+    void valuesAreDescribed()
     {
         run("class Named:\n    def __str__(self): return 'name'\n"
             "class Nameless:\n    def __str__(self): raise ValueError\n");
@@ -275,7 +275,7 @@ private Q_SLOTS:
         QCOMPARE(QString(values->pyDescribe(value("'y' * 3000").get())).length(), 3000);
     }
 
-    void simpleStrings()
+    void attributesAreReadAsTexts()
     {
         const PyRef thing = value("Thing(text='two\\nlines\\n\\n', number=7, none=None, list=['a', 'b'])");
         QCOMPARE(values->simpleString(thing.get(), "text"), QString("two\nlines"));
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(values->simpleString(thing.get(), "list"), QString("(a,\n b)"));
     }
 
-    void relations()
+    void relationsAreFoundByTheirSecondPart()
     {
         const PyRef pairs = value("[('x', 'one'), ('y', 'two'), ('z', 'two')]");
         QCOMPARE(values->pyStringDec(values->findRelation(pairs.get(), "two")), QString("y"));
@@ -295,7 +295,7 @@ private Q_SLOTS:
 
     // --- Packages
 
-    void versions_data()
+    void versionsAreFormatted_data()
     {
         QTest::addColumn<QString>("package");
         QTest::addColumn<QString>("expected");
@@ -313,21 +313,21 @@ private Q_SLOTS:
                                     << "1.2";
     }
 
-    void versions()
+    void versionsAreFormatted()
     {
         QFETCH(QString, package);
         QFETCH(QString, expected);
         QCOMPARE(values->getVerRel(value(package).get()), expected);
     }
 
-    void versionsOfTransactionItems()
+    void versionsOfTransactionItemsAreFormatted()
     {
         QCOMPARE(values->getVerRelTxitem(value("item(1, 'a')").get()), QString("1.0-1"));
         QCOMPARE(values->getVerRelTxitem(value("item(1, 'a', epoch=3)").get()), QString("3:1.0-1"));
         QCOMPARE(values->getVerRelTxitem(value("item(1, 'a', release='')").get()), QString("1.0"));
     }
 
-    void sizes_data()
+    void sizesAreRead_data()
     {
         QTest::addColumn<QString>("size");
         QTest::addColumn<quint64>("expected");
@@ -345,7 +345,7 @@ private Q_SLOTS:
         QTest::newRow("something else") << "None" << quint64(0) << notUnderstood;
     }
 
-    void sizes()
+    void sizesAreRead()
     {
         QFETCH(QString, size);
         QFETCH(quint64, expected);
@@ -354,13 +354,13 @@ private Q_SLOTS:
         QCOMPARE(warnings(), warning.isEmpty() ? QStringList() : QStringList(warning));
     }
 
-    void sizeThatIsMissing()
+    void missingSizeCausesAWarning()
     {
         QCOMPARE(values->sizeOf(value("Thing()").get()), quint64(0));
         QCOMPARE(warnings(), QStringList("Internal error: package size not understood"));
     }
 
-    void byteFormats_data()
+    void bytesAreFormatted_data()
     {
         QTest::addColumn<quint64>("bytes");
         QTest::addColumn<QString>("expected");
@@ -384,14 +384,14 @@ private Q_SLOTS:
         row(~0ULL, "16Eb");
     }
 
-    void byteFormats()
+    void bytesAreFormatted()
     {
         QFETCH(quint64, bytes);
         QFETCH(QString, expected);
         QCOMPARE(ScriptValues::bytesFormat(bytes), expected);
     }
 
-    void byteFormatsHaveAPointInEveryLocale()
+    void formattedBytesHaveAPointInEveryLocale()
     {
         QTemporaryDir locales;
         QCOMPARE(
@@ -409,14 +409,14 @@ private Q_SLOTS:
         QCOMPARE(formatted, QString("1.5Kb"));
     }
 
-    void buildTimes()
+    void buildTimesAreRead()
     {
         QCOMPARE(values->buildTimeOf(value("Thing(buildtime=1700000000)").get()), quint64(1700000000));
         QCOMPARE(values->buildTimeOf(value("Thing()").get()), quint64(0));
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyTimeDec did not understand type: NULL"));
     }
 
-    void transactionItems()
+    void transactionItemsAreFormatted()
     {
         QCOMPARE(values->txitemFormat(value("item(1, 'pkg', release='2.fc9')").get()),
                  QString("pkg 1.0-2.fc9 (x86_64)"));
@@ -427,7 +427,7 @@ private Q_SLOTS:
 
     // --- The package manager's version
 
-    void versionsAsNumbers()
+    void versionsAreConvertedToNumbers()
     {
         QCOMPARE(values->splitVersion("4.7.0"), quint64(40700));
         QCOMPARE(values->splitVersion("4.14"), quint64(41400));
@@ -435,7 +435,7 @@ private Q_SLOTS:
         QCOMPARE(values->splitVersion("4.14.3.99"), quint64(41403));
     }
 
-    void versionThatIsNotUnderstoodIsWarnedOfOnce()
+    void invalidVersionCausesOneWarning()
     {
         QCOMPARE(values->splitVersion("4.x.3"), quint64(40003));
         const QStringList once = warnings();
@@ -446,7 +446,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList());
     }
 
-    void comparisonSigns()
+    void comparisonFlagsBecomeSigns()
     {
         const QHash<QString, QString> signs{{"GT", ">"},  {"GE", ">="}, {"LT", "<"},
                                             {"LE", "<="}, {"EQ", "="},  {"eq", "eq"}};
@@ -456,7 +456,7 @@ private Q_SLOTS:
         }
     }
 
-    void sortedLists()
+    void listsAreSorted()
     {
         QStringList list{"b", "a", "B", "b"};
         QCOMPARE(ScriptValues::makeSorted(list), QString("B\na\nb\nb"));
@@ -473,7 +473,7 @@ private Q_SLOTS:
         QCOMPARE(values->getPkgKind(value("Thing()").get()), Package::Ordinary);
     }
 
-    void checksumsAreDigits()
+    void checksumsAreConvertedToDigits()
     {
         QCOMPARE(values->checksumOf(value("Thing(chksum=(2, b'\\x01\\xab'))").get()), QByteArray("01ab"));
         for (const char* odd : {"None", "(2,)", "(2, 'text')", "[2, b'x']"}) {
@@ -482,7 +482,7 @@ private Q_SLOTS:
         QCOMPARE(values->checksumOf(value("Thing()").get()), QByteArray());
     }
 
-    void attributesByNumberAreThoseByName()
+    void attributesByNumberAreTheSameAsByName()
     {
         QCOMPARE(QString(ScriptValues::attributeName(ScriptValues::RepoIdAttribute)), QString("repoid"));
         for (int i = 0; i < ScriptValues::PackageAttributeCount; ++i) {

@@ -9,8 +9,8 @@
 
 namespace {
 
-// Runs the function in a child process. Returns the child's output to the descriptor, then how the child
-// ended.
+// Runs the function in a child process. Returns the output of the child to the descriptor, followed by the
+// way in which the child ended.
 template <typename Function> QStringList inChild(const Function& function)
 {
     int ends[2];
@@ -87,7 +87,7 @@ private Q_SLOTS:
                  QStringList({"still here", QString("signal %1").arg(number)}));
     }
 
-    void aFaultOfTheProgramEndsTheProcessAtOnce()
+    void aSignalOfAProgramErrorEndsTheProcessAtOnce()
     {
         QCOMPARE(inChild([](int out) {
                      SignalRecorder recorder;
@@ -105,7 +105,7 @@ private Q_SLOTS:
                  QStringList({"here", QString("signal %1").arg(SIGABRT)}));
     }
 
-    void firstSignalCounts()
+    void firstOfSeveralSignalsIsDelivered()
     {
         QCOMPARE(inChild([](int out) {
                      SignalRecorder recorder;
@@ -161,7 +161,7 @@ private Q_SLOTS:
                  QStringList({"ended", "status 0"}));
     }
 
-    void interruptedReadGoesOn()
+    void readContinuesAfterASignal()
     {
         QCOMPARE(inChild([](int out) {
                      int ends[2];

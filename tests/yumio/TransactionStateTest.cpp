@@ -81,7 +81,7 @@ private Q_SLOTS:
         QCOMPARE(transaction.remoteWeight, 2 * least);
     }
 
-    void deltaWeighsAThirdMore()
+    void weightOfADeltaIsAThirdLarger()
     {
         TransactionState transaction;
         transaction.weighRemote(90000, false);
@@ -96,7 +96,7 @@ private Q_SLOTS:
         TransactionState transaction;
         transaction.downloadSteps = 7;
         transaction.shareDownloadSteps();
-        QCOMPARE(transaction.downloadSteps, quint32(7)); // without packages to install
+        QCOMPARE(transaction.downloadSteps, quint32(7)); // no package is installed
         transaction.weighNew(30000, true);
         transaction.weighNew(10240, false);
         transaction.shareDownloadSteps();

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Its operations record the thread that they run on.
+// An object whose operations record the thread on which they run.
 class Owner
 {
 public:

@@ -8,8 +8,8 @@
 
 namespace {
 
-// Simulates a lack of memory for Python lists: of the requests for the first elements of a list, the one with
-// this number fails. With 0 none fails.
+// Simulates a lack of memory for Python lists. The request with this number fails; only requests for the
+// first elements of a list are counted. If the number is 0, no request fails.
 int failingList = 0;
 PyMemAllocatorEx memory;
 
@@ -59,7 +59,7 @@ QString conflict(const QString& package, const QString& groupAction, const QStri
 
 } // namespace
 
-// Passes the marked records to the script, and cleans the cache.
+// Tests of passing the marked records to the script, and of cleaning the cache.
 class YumIOApplyTest : public ApplyFixture
 {
     Q_OBJECT
@@ -80,7 +80,7 @@ private Q_SLOTS:
 
     // --- Arguments of the script
 
-    void whoIsNotRootIsRefused()
+    void onlyRootCanApply()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -95,7 +95,7 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    void sixListsOfMarkedRecords()
+    void scriptGetsSixListsOfMarkedRecords()
     {
         collect("it.updates = [Package('fresh', '2.0')]\n"
                 "it.installed = [Package('fresh', '1.0'), Package('old', '3.0')]\n"
@@ -131,7 +131,7 @@ private Q_SLOTS:
         QCOMPARE(given(), QString("; fresh-2.0<fresh-1.0; old3.0; ; ; "));
     }
 
-    void nothingMarkedIsSixEmptyLists()
+    void withoutMarksTheScriptGetsSixEmptyLists()
     {
         collect("it.available = [Package('tool')]");
         QVERIFY(!apply());
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QCOMPARE(given(), QString("; ; fresh1.0; ; ; "));
     }
 
-    void updateWithoutAnInstalledVersion()
+    void updateWithoutAnInstalledVersionIsReported()
     {
         collect("it.updates = [Package('fresh', '2.0')]");
         mark("fresh", Package::Update);
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void pairWithoutItsOldPackage()
+    void updateWithoutItsOldPackageIsReported()
     {
         collect("it.updates = [Package('fresh', '2.0')]\nit.installed = [Package('fresh')]");
         Package::Entry& old = *backEnd->entry("fresh")->next;
@@ -228,9 +228,9 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    // --- Groups against packages
+    // --- Conflicts of groups and packages
 
-    void groupConflicts_data()
+    void conflictsWithGroupsCauseAQuestion_data()
     {
         QTest::addColumn<int>("groupAction");
         QTest::addColumn<QString>("member"); // updatable, available or installed
@@ -258,7 +258,7 @@ private Q_SLOTS:
         row("remove, nothing", Package::Remove, "old", Package::None, QString());
     }
 
-    void groupConflicts()
+    void conflictsWithGroupsCauseAQuestion()
     {
         QFETCH(int, groupAction);
         QFETCH(QString, member);
@@ -296,7 +296,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void listsThatAreCheckedForAnInstalledGroup()
+    void onlyMandatoryAndDefaultMembersOfAGroupCauseAQuestion()
     {
         // A group's optional and conditional packages are not installed with it.
         collect("it.installed = [Package(name) for name in 'abcd']\n"
@@ -316,7 +316,7 @@ private Q_SLOTS:
         }
     }
 
-    void listsThatAreCheckedForARemovedGroup()
+    void allMembersOfARemovedGroupCauseAQuestion()
     {
         collect("it.available = [Package(name) for name in 'abcd']\n"
                 "it.groups = [Group('G', 'g', ['a'], ['b'], ['c'], ['d'])]");
@@ -338,7 +338,7 @@ private Q_SLOTS:
         }
     }
 
-    void groupWithoutALaterListIsApplied()
+    void groupWithoutALaterListIsReportedAndApplied()
     {
         collect("it.groups = [Group('G', 'g')]");
         backEnd->run("del it.groups[0].default_packages");
@@ -348,7 +348,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void conflictOfARecordWithoutAState()
+    void conflictOfARecordWithoutAStateIsReported()
     {
         collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
         Package::Entry& tool = *backEnd->entry("tool");
@@ -357,7 +357,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: applyGrpConflict unexpected package state\n"));
     }
 
-    void conflictOfRecordsThatAreNotMarked()
+    void conflictOfUnmarkedRecordsIsVisible()
     {
         collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
         Package::Entry& tool = *backEnd->entry("tool");
@@ -385,7 +385,7 @@ private Q_SLOTS:
 
     // --- Cleaning
 
-    void cleaning_data()
+    void cleaningReportsItsResult_data()
     {
         QTest::addColumn<QString>("method");
         QTest::addColumn<QString>("label");
@@ -399,7 +399,7 @@ private Q_SLOTS:
                              << "All";
     }
 
-    void cleaning()
+    void cleaningReportsItsResult()
     {
         QFETCH(QString, method);
         QFETCH(QString, label);
@@ -421,7 +421,7 @@ private Q_SLOTS:
         QVERIFY(clean());
     }
 
-    void cleaningThatWaitsSaysSoAndTheWindowWorks()
+    void waitOfCleaningIsShownAndTheWindowStaysUsable()
     {
         backEnd->run("import threading\nworkers = []\n"
                      "def clean():\n"
@@ -439,7 +439,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
     }
 
-    void aWaitThatIsEndedEndsTheCleaningWithoutAMessage()
+    void endedWaitEndsTheCleaningWithoutAMessage()
     {
         QTimer timer;
         bool ended = false;
@@ -459,7 +459,7 @@ private Q_SLOTS:
                                                     "3 0 Unable to obtain yum lock"}));
     }
 
-    void cleaningThatIsRefusedForALockSaysSo()
+    void cleaningReportsAHeldLock()
     {
         backEnd->run("it.raises['cleanAll'] = dnf.exceptions.LockError('RPMDB already locked by 17')");
         QVERIFY(!yumIO().cleanAll());

@@ -68,7 +68,7 @@ private Q_SLOTS:
         QVERIFY(PyErr_Occurred() == nullptr);
     }
 
-    void recordOfAPackage()
+    void recordHasTheValuesOfItsPackage()
     {
         backEnd->run(
             "it.available = [Package('tool', '2.3', 'noarch', 'extra', release='4', epoch=1, size=2048,\n"
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])").toInt(), references);
     }
 
-    void textsOfARecord()
+    void recordHasItsTexts()
     {
         backEnd->run(
             "it.installed = [Package('tool', relativepath='t/tool.rpm'), Package('other', group='Suite')]");
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("len(it.did('lock'))"), QString("1"));
     }
 
-    void lockThatSomebodyElseHolds()
+    void lockOfAnotherProcessIsReported()
     {
         backEnd->run("def held():\n"
                      "    yumIOC.errorlog(1, 'process 12 has it')\n"
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
     }
 
-    void lockThatFailsOtherwise()
+    void otherFailureOfTheLockIsReported()
     {
         backEnd->run("it.raises['lock'] = KeyError('x')");
         QVERIFY(!backEnd->collect());
@@ -172,7 +172,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().locked);
     }
 
-    void extraDataCountAsLoadedAfterAnyCollection()
+    void extraDataAreLoadedAfterAnyCollection()
     {
         yumIO().fileListsLoaded = false;
         yumIO().otherDataLoaded = false;
@@ -183,21 +183,21 @@ private Q_SLOTS:
         QVERIFY(yumIO().haveOtherData());
     }
 
-    void missingRepositories()
+    void missingRepositoriesAreReported()
     {
         backEnd->run("del BASE.repos");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.base.repos not evaluable"}));
     }
 
-    void repositoriesThatAreNoDictionary()
+    void repositoriesThatAreNoDictionaryAreReported()
     {
         backEnd->run("BASE.repos = []");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList("Internal error: yumIO.base.repos not a dictionary"));
     }
 
-    void noRepositoriesConfigured()
+    void lackOfRepositoriesIsReported()
     {
         backEnd->run("BASE.repos = {}");
         QVERIFY(!backEnd->collect());
@@ -205,14 +205,14 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.calls"), QString("[('lock',)]"));
     }
 
-    void noRepositoriesEnabled()
+    void lackOfEnabledRepositoriesIsReported()
     {
         backEnd->run("BASE.repos = {'a': Thing(enabled=0), 'b': Thing(enabled=None), 'c': Thing()}");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList(QString("No repositories are enabled.") + underTheMenu));
     }
 
-    void enabledRepositoriesInTheirOrder()
+    void enabledRepositoriesKeepTheirOrder()
     {
         backEnd->run(
             "BASE.repos = {'z': Thing(enabled=1), 'b': Thing(enabled='yes'), 'a': Thing(enabled=True)}");
@@ -228,7 +228,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('disableRepo')"), QString("[('main',)]"));
     }
 
-    void repositoryThatCannotBeEnabledIsWarnedOf()
+    void repositoryThatCannotBeEnabledCausesAWarning()
     {
         backEnd->run("BASE.repos['second'] = Thing(enabled=0)\n"
                      "it.raises['enableRepo'] = dnf.exceptions.RepoError('no %1 there')");
@@ -239,14 +239,14 @@ private Q_SLOTS:
                                      "unable to setup repository second:\nno %1 there"}));
     }
 
-    void repositoriesThatCannotBeRead_data()
+    void repositoriesThatCannotBeReadAreReported_data()
     {
         QTest::addColumn<QString>("exception");
         QTest::newRow("RepoError") << "dnf.exceptions.RepoError('no mirrors')";
         QTest::newRow("BdbQuit") << "bdb.BdbQuit('no mirrors')";
     }
 
-    void repositoriesThatCannotBeRead()
+    void repositoriesThatCannotBeReadAreReported()
     {
         QFETCH(QString, exception);
         backEnd->run("it.raises['setupRepos'] = " + exception);
@@ -255,7 +255,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('collectUpdates')"), QString("[]"));
     }
 
-    void unexpectedFailureOfTheRepositories()
+    void unexpectedFailureOfTheRepositoriesIsReported()
     {
         backEnd->run("it.raises['setupRepos'] = KeyError('x')");
         QVERIFY(!backEnd->collect());
@@ -297,7 +297,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 1);
     }
 
-    void progressOfACollection()
+    void barsShowTheProgressOfACollection()
     {
         backEnd->run(
             "seen = []\n"
@@ -321,7 +321,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
     }
 
-    void packagesAndGroupsThatCannotBeWalked()
+    void packagesAndGroupsWithoutAnIteratorAreReported()
     {
         backEnd->run("def broken():\n    yield Package('tool')\n    raise KeyError('x')\n"
                      "it.updates = 5");
@@ -341,7 +341,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 0);
     }
 
-    void missingSetOfPackages()
+    void missingSetOfPackagesIsReported()
     {
         backEnd->run("it.does['collectAll'] = lambda: Thing(installed=[Package('tool')])");
         QVERIFY(!backEnd->collect());
@@ -406,7 +406,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().isLeftToUser(*backEnd->entry("old")));
     }
 
-    void updateCarriesTheInstalledVersion()
+    void recordOfAnUpdateContainsTheInstalledVersion()
     {
         backEnd->run("it.updates = [Package('tool', '2.0')]\n"
                      "it.installed = [Package('tool', '1.0', repo='@System')]\n"
@@ -422,7 +422,7 @@ private Q_SLOTS:
         QVERIFY(entry->next->next == nullptr);
     }
 
-    void updateOfAnotherClassCarriesTheInstalledVersions()
+    void recordOfAnUpdateContainsInstalledVersionsOfAnotherClass()
     {
         backEnd->run(
             "loses, gets = Package('loses', '2.0', arch='noarch'), Package('gets', '2.0', arch='i686')\n"
@@ -496,7 +496,7 @@ private Q_SLOTS:
                  QString("[('i686', 'x86_64'), ('x86_64', 'i586')]"));
     }
 
-    void onlyTrueMakesTheFirstBetter()
+    void onlyTheResultTrueMakesTheFirstPackageBetter()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.does['isBetterThan'] = lambda a, b: 1");
@@ -505,7 +505,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib", "i386")->duplicate);
     }
 
-    void failedComparisonPrefersTheNewOne()
+    void failedComparisonPrefersTheNewPackage()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.raises['isBetterThan'] = KeyError('x')");
@@ -526,7 +526,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib49", "i386")->duplicate);
     }
 
-    void groups()
+    void groupsHaveTheirStates()
     {
         backEnd->run(
             "it.updates = [Package('fresh', '2.0')]\n"
@@ -561,14 +561,14 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 0);
     }
 
-    void groupWithoutAName()
+    void groupWithoutANameIsReported()
     {
         backEnd->run("it.groups = [Group('G', 'g')]\ndel it.groups[0].name");
         QVERIFY(!backEnd->collect());
         QCOMPARE(errors(), QStringList("Internal error: group without name"));
     }
 
-    void groupAndPackageOfTheSameName()
+    void groupAndPackageOfTheSameNameAreTwoRecords()
     {
         backEnd->run("it.available = [Package('base')]\nit.groups = [Group('base', 'base')]");
         QVERIFY(backEnd->collect());
@@ -597,7 +597,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
         QCOMPARE(yumIO().count(), 501);
         QCOMPARE(backEnd->group("G499")->state, Package::Updatable);
-        // The same fault is not reported again.
+        // The same failure is not reported again.
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
         QCOMPARE(backEnd->answers.take().count(), 0);
@@ -608,7 +608,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->answers.takeTexts("VYRE Yum Warning").value(0).contains("read.\nKeyError\nIf"));
     }
 
-    void missingHistory()
+    void missingHistoryIsReported()
     {
         backEnd->run("del BASE.history");
         QVERIFY(!backEnd->collect());
@@ -618,7 +618,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.base.history.group not evaluable"}));
     }
 
-    void suites()
+    void packagesOfTheGroupSuiteAreSuites()
     {
         backEnd->run("it.available = [Package('office', group='Suite'), Package('suite', group='suite')]");
         QVERIFY(backEnd->collect());
@@ -648,13 +648,13 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void resetIsTheScripts()
+    void resetCallsTheScript()
     {
         yumIO().reset();
         QCOMPARE(backEnd->text("it.calls"), QString("[('reset',)]"));
     }
 
-    void configurationVariables()
+    void configurationVariablesAreRead()
     {
         backEnd->run("BASE.conf.releasever = '9'");
         QCOMPARE(yumIO().getYumVar("releasever"), QString("9"));
@@ -665,7 +665,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: conf not evaluable"}));
     }
 
-    void progressOfTheMetadata()
+    void barsShowTheProgressOfTheMetadata()
     {
         backEnd->run("class Payload:\n"
                      "    download_size = 400.0\n"

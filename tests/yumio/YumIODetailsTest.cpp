@@ -197,7 +197,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
-        // Of the 15000 steps, 1000 come before. Each repository gets half of the rest.
+        // The first 1000 of the 15000 steps are done before. Each repository gets half of the rest.
         QCOMPARE(backEnd->text("seen"), QString("[['Loading %1: Total Progress (6%) 1000/15000', "
                                                 "'Reading repository metadata for one (0%) 0/1'], "
                                                 "['Loading %1: Total Progress (53%) 8000/15000', "
@@ -222,7 +222,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("len(it.did('collectFileLists'))"), QString("1"));
     }
 
-    void filesThatCannotBeLoaded()
+    void filesThatCannotBeLoadedAreReported()
     {
         yumIO().fileListsLoaded = false;
         backEnd->run("tool.files = ['/usr/bin/tool']\n"
@@ -231,7 +231,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("broken\nUnable to collect filelists"));
     }
 
-    void packageAndGroupWithoutFiles()
+    void packageAndGroupWithoutFilesLoadNothing()
     {
         yumIO().fileListsLoaded = false;
         QCOMPARE(yumIO().getFiles(tool()), QString());
@@ -239,7 +239,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('collectFileLists')"), QString("[]"));
     }
 
-    void filesThatVanish()
+    void filesThatVanishAreReported()
     {
         yumIO().fileListsLoaded = false;
         backEnd->run("tool.files = ['/usr/bin/tool']\n"
@@ -249,7 +249,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
     }
 
-    void filesAreReadOnceWhenLoaded()
+    void loadedFilesAreReadOnce()
     {
         backEnd->run("class Counting(Package):\n"
                      "    count = 0\n"
@@ -271,7 +271,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("counting.count"), QString("2"));
     }
 
-    void listThatFailsIsNoMissingList()
+    void failingListIsReported()
     {
         backEnd->run("class Failing(Package):\n"
                      "    @property\n"
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).filter("ValueError: broken").isEmpty());
     }
 
-    void listThatBreaksOffIsNotShown()
+    void incompleteListIsNotShown()
     {
         backEnd->run("def broken():\n"
                      "    yield 'one'\n"
@@ -324,7 +324,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before).filter("package's provides").count(), 1);
         QCOMPARE(yumIO().getRequires(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's requires"}));
-        // This includes files and change logs.
+        // Files and change logs are such lists too.
         backEnd->run("tool.files = None");
         QCOMPARE(yumIO().getFiles(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
@@ -334,7 +334,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getChangeLog(tool()), QString());
     }
 
-    void changeLogOfTwoItems()
+    void changeLogHasAParagraphForEachItem()
     {
         backEnd->run("tool.changelogs = [\n"
                      "    {'timestamp': datetime.datetime(2024, 2, 20), 'author': 'Ann <a@b>', 'text': '- "
@@ -354,7 +354,7 @@ private Q_SLOTS:
                  QStringList("Internal error: YumIO::pyDate did not understand type: NULL"));
     }
 
-    void changeLogsThatAreNone()
+    void missingChangeLogIsEmpty()
     {
         backEnd->run("tool.changelogs = None");
         QCOMPARE(yumIO().getChangeLog(tool()), QString());
@@ -396,7 +396,7 @@ private Q_SLOTS:
         yumIO().otherDataLoaded = true;
     }
 
-    void changeLogThatCannotBeLoaded()
+    void changeLogThatCannotBeLoadedIsReported()
     {
         yumIO().otherDataLoaded = false;
         backEnd->run(
@@ -408,7 +408,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getChangeLog(tool()), QString("* Tue Feb 20 2024 A\nT"));
     }
 
-    void dependenciesOfEachKind()
+    void dependenciesOfEachKindAreListed()
     {
         using Getter = QString (YumIO::*)(const Package::Entry&);
         const QList<QPair<QString, Getter>> kinds{
@@ -429,7 +429,7 @@ private Q_SLOTS:
         }
     }
 
-    void membersOfAGroup()
+    void membersOfAGroupAreListed()
     {
         QCOMPARE(yumIO().getMandatoryPkgs(group()), QString("member a\nmember b"));
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString("member d"));
@@ -440,7 +440,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: group G.mandatory_packages not evaluable"));
     }
 
-    void relocationsOfAnInstalledPackage()
+    void relocationsOfAnInstalledPackageAreListed()
     {
         backEnd->run("tool.hdr = {rpm.RPMTAG_PREFIXES: ['/usr', b'/opt', '/etc']}");
         QCOMPARE(yumIO().getRelocations(tool()), QString("/usr\n/opt\n/etc"));
@@ -448,7 +448,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getRelocations(tool()), QString());
     }
 
-    void relocationsOfAPackageThatIsNotInstalled()
+    void onlyAnInstalledPackageHasRelocations()
     {
         QCOMPARE(yumIO().getRelocations(tool()), QString());
         QCOMPARE(errors(), QStringList());
@@ -456,7 +456,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("getRpmHdrValue called for package with no hdr (i.e. not installed)"));
     }
 
-    void headerValues()
+    void headerValuesAreRead()
     {
         backEnd->run("tool.hdr = {rpm.RPMTAG_NAME: 'tool'}");
         const PyRef value(yumIO().getRpmHdrValue(tool().pyObject, "NAME"));
@@ -473,7 +473,7 @@ private Q_SLOTS:
 
     // --- The package manager itself
 
-    void versionOfThePackageManager()
+    void versionOfThePackageManagerIsReadOnce()
     {
         QCOMPARE(yumIO().dnfVersionStr(), backEnd->text("dnf.__version__"));
         QVERIFY(yumIO().dnfVersion() >= 40000);
@@ -481,7 +481,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().dnfVersion() >= 40000);
     }
 
-    void unknownVersionOfThePackageManagerIsWarnedOfOnce()
+    void unknownVersionOfThePackageManagerCausesOneWarning()
     {
         const QString known = yumIO().dnfVersionStr();
         yumIO().dnfVersionText.clear();
@@ -497,7 +497,7 @@ private Q_SLOTS:
         yumIO().dnfVersionText = known;
     }
 
-    void classesOfArchitectures()
+    void scriptDecidesTheClassOfAnArchitecture()
     {
         QCOMPARE(yumIO().getBiArch("i586"), QString("i386"));
         QCOMPARE(yumIO().getBiArch("noarch"), QString("x86_64"));

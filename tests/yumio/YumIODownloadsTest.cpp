@@ -4,7 +4,7 @@
 
 #include "tests/yumio/ReportFixture.h"
 
-// Reports of downloads.
+// Tests of the script's reports about downloads.
 class YumIODownloadsTest : public ReportFixture
 {
     Q_OBJECT
@@ -23,7 +23,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen[0][0]"), QString("Running Transaction: Total Progress (0%) 0/33100"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['remoteWeight']"), QString("(2, 40240)"));
-        // The downloads are 40240 of 400000.
+        // The downloads have a weight of 40240, the whole transaction 400000.
         QCOMPARE(backEnd->text("seen[1]['downloadSteps']"), QString::number(40240 * 24000ULL / 400000));
         QCOMPARE(backEnd->text("seen[2][0]"),
                  QString("Running Transaction: Total Progress (0%) 0/%1").arg(2414 + 9100));
@@ -31,15 +31,15 @@ private Q_SLOTS:
                  QString("(4, %1)").arg(40240 + 60000 + 20000 + 10240 + 10240));
     }
 
-    void payloadOfAnotherArchitectureThanListed()
+    void payloadOfAnotherArchitectureIsCounted()
     {
         collect("it.available = [Package('lib', arch='i686')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('lib', 20000, 'i586')])\nseen.append(state())"));
-        // No listing exists to which this could belong.
+        // The weight has no effect without a listing.
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['downloadSteps']"), QString("(1, 0)"));
     }
 
-    void payloadsThatAreNotCountedDoNotStopTheOthers()
+    void unreadablePayloadsDoNotStopTheOthers()
     {
         collect("it.available = [Package('a'), Package('b')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('nobody', 1), Rpm('a', 20000), Thing(), "
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(3, 60240)"));
     }
 
-    void transactionFromTheCache()
+    void transactionFromTheCacheHasNoDownloads()
     {
         collect("it.available = [Package('a', size=100000)]\n"
                 "it.does['verifyLocalPkg'] = lambda package: True");
@@ -68,7 +68,7 @@ private Q_SLOTS:
                                                    "'Preparing to Run Transaction (0%) 0/1']"));
     }
 
-    void downloadsSideBySide()
+    void parallelDownloadsHaveSeparateRows()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'))\n"
@@ -106,7 +106,7 @@ private Q_SLOTS:
                  QString("['Downloading b.rpm: Complete', 'Downloading a.rpm: Complete']"));
     }
 
-    void aDownloadWithoutProgressHasASlotAndCounts()
+    void aDownloadWithoutProgressHasASlotAndIsCounted()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=70000)]");
         QVERIFY(!apply("a, b = Rpm('a', 30000), Rpm('b', 70000)\n"
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1][0]"), QString("Downloading a.drpm: Complete"));
     }
 
-    void smallDownloadsWeighTheirLeast()
+    void smallDownloadsHaveTheMinimumWeight()
     {
         collect("it.available = [Package('a', size=100), Package('b', size=100)]");
         QVERIFY(apply("confirmed(item(1, 'a'), item(1, 'b'))\n"
@@ -159,7 +159,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1][1]"), QString("Downloading 2 packages (50%) 10240/20480"));
     }
 
-    void endsOfAnOrdinaryPayload_data()
+    void rowShowsTheResultOfAPayload_data()
     {
         QTest::addColumn<QString>("status");
         QTest::addColumn<QString>("state");
@@ -172,7 +172,7 @@ private Q_SLOTS:
                                          << "Downloading a.rpm: 5000 / 30000 (16.7%)";
     }
 
-    void endsOfAnOrdinaryPayload()
+    void rowShowsTheResultOfAPayload()
     {
         QFETCH(QString, status);
         QFETCH(QString, state);
@@ -253,7 +253,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1][1]"), QString("Downloading 2 packages (79%) 80000/100480"));
     }
 
-    void payloadsOfOtherTypes()
+    void payloadsOfOtherTypesCauseAWarning()
     {
         collect("it.available = [Package('a', size=30000)]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('a', 30000)])\n"
@@ -267,7 +267,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['payloadSlots'], seen[1]['payloadSlots']"), QString("(0, 1)"));
     }
 
-    void downloadWithoutASlotIsWarnedOfOnce()
+    void downloadWithoutASlotCausesOneWarning()
     {
         collect("it.available = [Package('a', size=30000), Package('b', size=30000)]");
         const QString extra = "yumIOC.downloadRemotePayloads([Rpm('a', 30000)])\n"
@@ -310,7 +310,7 @@ private Q_SLOTS:
                      "BASE.repos['second'] = Thing(enabled=1)");
         QVERIFY(backEnd->collect());
         const auto seen = [this](int index) { return backEnd->text(QString("seen[%1]").arg(index)); };
-        // 100 to prepare, 900 for the step itself, then 7000 for each of two repositories.
+        // The preparation has 100 steps, the operation itself 900, and each of the two repositories 7000.
         const QString first = "['Initializing: Total Progress (%1%) %2/18000', "
                               "'Reading repository metadata for %3']";
         QCOMPARE(seen(0), first.arg("5", "1000", "one (0%) 0/1"));
@@ -322,7 +322,7 @@ private Q_SLOTS:
                                   "'Collecting updatable packages (0%) 0/1']"));
     }
 
-    void metadataBeyondTwoGigabytes()
+    void progressOfMetadataBeyondTwoGigabytesIsCorrect()
     {
         backEnd->run("def download():\n"
                      "    large = Metadata('large', 6.0 * 2 ** 30)\n"

@@ -98,13 +98,13 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList("2 0 careful"));
     }
 
-    void bridgeReportsTheSameWay()
+    void interpreterReportsInTheSameWay()
     {
         QVERIFY(yumIO().python().pyLookup("dnf.nothing", false) == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: pyLookup nothing: nothing not found\n"));
     }
 
-    void classesAreLookedUp()
+    void exceptionClassesAreFound()
     {
         const QHash<int, QString> expected{{YumIOProbe::BdbQuit, "bdb.BdbQuit"},
                                            {YumIOProbe::DnfError, "dnf.exceptions.Error"},
@@ -155,7 +155,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("It failed"));
     }
 
-    void pythonExceptionWithItsValue()
+    void pythonExceptionShowsItsValue()
     {
         PyErr_SetString(PyExc_ValueError, "the value");
         yumIO().pythonExceptionV("It failed");
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("the value\nIt failed"));
     }
 
-    void expectationBeginsAtTheEndOfTheLog()
+    void expectedErrorsBeginAtTheEndOfTheLog()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().python().pyExceptExpect(PyExc_ValueError);
@@ -176,7 +176,7 @@ private Q_SLOTS:
 
     // --- The common exceptions
 
-    void inputOutputErrors()
+    void inputOutputErrorsAreExplained()
     {
         const int before = logLength();
         QVERIFY(explain("IOError(2, 'No such file')"));
@@ -188,7 +188,7 @@ private Q_SLOTS:
         QVERIFY2(log.join('\n').contains("in failing"), qPrintable(log.join('\n')));
     }
 
-    void interrupts()
+    void interruptsAreExplained()
     {
         const int before = logLength();
         QVERIFY(explain("KeyboardInterrupt()"));
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("3 0 KeyboardInterrupt"));
     }
 
-    void assertions()
+    void assertionsAreExplained()
     {
         const int before = logLength();
         QVERIFY(explain("AssertionError('no')"));
@@ -210,7 +210,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("3 0 AssertionError: no"));
     }
 
-    void runtimeErrors()
+    void runtimeErrorsAreExplained()
     {
         const int before = logLength();
         QVERIFY(explain("RuntimeError('out of %1')"));
@@ -218,7 +218,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).join('\n').contains("Traceback"));
     }
 
-    void lockedDatabaseOfARepository()
+    void lockedDatabaseOfARepositoryIsExplained()
     {
         const int before = logLength();
         backEnd->run("def failing():\n"
@@ -249,7 +249,7 @@ private Q_SLOTS:
         }
     }
 
-    void errorsOfThePackageManager()
+    void errorsOfThePackageManagerAreExplained()
     {
         QVERIFY(explain("dnf.exceptions.DepsolveError('nothing provides x')"));
         QCOMPARE(errors(), QStringList("nothing provides x\nUnable to do something"));
@@ -278,7 +278,7 @@ private Q_SLOTS:
         }
     }
 
-    void valueAttributeOfAnExceptionGoesBeforeItsText()
+    void valueAttributeOfAnExceptionIsPreferredToItsText()
     {
         backEnd->run("class Valued(bdb.BdbQuit):\n    value = ['a', 'b']\n");
         QVERIFY(explain("Valued('text')"));
@@ -289,12 +289,12 @@ private Q_SLOTS:
     {
         const int before = logLength();
         QVERIFY(!explain("KeyError('odd')"));
-        // The call itself has already reported it.
+        // The call itself has already reported the failure.
         QCOMPARE(errors().count(), 1);
         QVERIFY(backEnd->log(before).contains("3 0 KeyError: 'odd'"));
     }
 
-    void callThatGaveAResultHasNotFailed()
+    void callWithAResultHasNotFailed()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().commExceptSetup();
@@ -302,7 +302,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().commExceptRaised(nullptr, "do something"));
     }
 
-    void emptySlotsAreInert()
+    void missingExceptionClassesMatchNothing()
     {
         backEnd->run("class Meta(Exception): pass\n");
         PyObject*& metadata = yumIO().classes[YumIOProbe::MetadataError];
@@ -326,7 +326,7 @@ private Q_SLOTS:
                              "this."));
     }
 
-    void failedCallIsNotKeptAlive()
+    void objectsOfAFailedCallAreReleased()
     {
         backEnd->run("import weakref\n"
                      "class Witness: pass\n"
@@ -347,7 +347,7 @@ private Q_SLOTS:
 
     // --- Child processes
 
-    void childSignalHasItsDefaultInBetween()
+    void childSignalHasItsDefaultActionWithinTheScope()
     {
         struct sigaction mine = {};
         mine.sa_handler = SIG_IGN;
@@ -368,7 +368,7 @@ private Q_SLOTS:
         sigaction(SIGCHLD, &original, nullptr);
     }
 
-    void childrenThatEndedAreReaped()
+    void endedChildrenAreReaped()
     {
         const int before = logLength();
         const pid_t child = fork();
@@ -384,7 +384,7 @@ private Q_SLOTS:
         QCOMPARE(errno, ECHILD);
     }
 
-    void childrenThatRunAreLeftAlone()
+    void runningChildrenAreNotReaped()
     {
         const int before = logLength();
         const pid_t child = fork();

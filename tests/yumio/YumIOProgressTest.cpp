@@ -4,7 +4,7 @@
 
 #include "tests/yumio/ReportFixture.h"
 
-// Output of the script, its wrong calls, and reports of a transaction.
+// Tests of the script's output, of its wrong calls, and of its reports about a transaction.
 class YumIOProgressTest : public ReportFixture
 {
     Q_OBJECT
@@ -43,7 +43,7 @@ private Q_SLOTS:
                  QStringList({"3 0 captured err 1", "1 0 captured out 2", "3 0 err 3", "1 0 out 4"}));
     }
 
-    void kindAndLevelOfStandardError()
+    void standardErrorHasItsKindAndLevel()
     {
         const Log::Kind kind = yumIO().stderrKind;
         const unsigned int level = yumIO().stderrLevel;
@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList("2 7 mild"));
     }
 
-    void outputIsPartOfAPlainQuestionOnly()
+    void onlyAPlainQuestionContainsTheOutput()
     {
         backEnd->run("sys.stdout.write('caf\\u00e9 %1')\nsys.stderr.write('b\\n')");
         QCOMPARE(transaction().txText, QString::fromUtf8("café %1\nb\n\n"));
@@ -71,7 +71,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().txText, QString());
     }
 
-    void messagesWithTheirLevel()
+    void messagesKeepTheirLevel()
     {
         QSignalSpy spy(&yumIO().logEntries(), SIGNAL(appended()));
         const int before = logLength();
@@ -93,14 +93,14 @@ private Q_SLOTS:
                               "0 1 a: [Errno x] b", "0 1 a:", "0 1 [Errno ] b", "0 1 a: [Errno 2]"}));
     }
 
-    void outputOfScriptlets()
+    void outputOfScriptletsIsLogged()
     {
         const int before = logLength();
         backEnd->run("yumIOC.rpmtransScriptout(None)\nyumIOC.rpmtransScriptout('first\\nsecond')");
         QCOMPARE(backEnd->log(before), QStringList({"1 0 first", "1 0 second"}));
     }
 
-    void endOfTheTransactionsOutputIsNothing()
+    void endOfTheTransactionOutputHasNoEffect()
     {
         const int before = logLength();
         backEnd->run("yumIOC.postTransactionOutput()\nyumIOC.postTransactionOutput(1, 'x')\n"
@@ -110,7 +110,7 @@ private Q_SLOTS:
 
     // --- Wrong calls
 
-    void argumentsThatAreNotUnderstood_data()
+    void invalidArgumentsAreReported_data()
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<QString>("function"); // empty: no message to the user
@@ -142,7 +142,7 @@ private Q_SLOTS:
         row("rpmtransDel, 1", "");
     }
 
-    void argumentsThatAreNotUnderstood()
+    void invalidArgumentsAreReported()
     {
         QFETCH(QString, call);
         QFETCH(QString, function);
@@ -178,7 +178,7 @@ private Q_SLOTS:
                               generic, "Internal error: downloadStart: unable to interpret arguments"}));
     }
 
-    void numbersWithoutMeaningAreNoExceptions()
+    void meaninglessNumbersRaiseNoException()
     {
         collect("it.available = [Package('a', size=30000)]");
         QVERIFY(!apply("a = Rpm('a', 30000)\n"
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[None, ['Downloading a.rpm: Complete']]"));
     }
 
-    void downloadsOutsideOfAnOperation_data()
+    void downloadsOutsideOfAnOperationAreReported_data()
     {
         QTest::addColumn<QString>("function");
         QTest::addColumn<QString>("arguments");
@@ -203,7 +203,7 @@ private Q_SLOTS:
                              << "Rpm('a', 1), None, None";
     }
 
-    void downloadsOutsideOfAnOperation()
+    void downloadsOutsideOfAnOperationAreReported()
     {
         QFETCH(QString, function);
         QFETCH(QString, arguments);
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: " + function + ": download at unexpected time"));
     }
 
-    void payloadsThatCannotBeRead_data()
+    void unreadablePayloadsAreReported_data()
     {
         QTest::addColumn<QString>("call");
         QTest::addColumn<QString>("message");
@@ -235,7 +235,7 @@ private Q_SLOTS:
             "downloadRemotePayloads: unable to determine payload download_size", false);
     }
 
-    void payloadsThatCannotBeRead()
+    void unreadablePayloadsAreReported()
     {
         QFETCH(QString, call);
         QFETCH(QString, message);
@@ -245,14 +245,14 @@ private Q_SLOTS:
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))\nseen.append(state())"));
         const QStringList texts = errors();
         QCOMPARE(texts, QStringList("Internal error: " + message));
-        // The reason, if it was an exception.
+        // If the reason was an exception, the log contains it.
         QCOMPARE(!backEnd->log(before).filter(QRegularExpression("^3 0 \\w+Error: ")).isEmpty(), exception);
         // The script continues.
         QCOMPARE(backEnd->text("seen[0]"), QString("None"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['payloadSlots']"), QString("(0, 0)"));
     }
 
-    void interruptInsideAPayloadIsTheOperations()
+    void exceptionInsideAPayloadReachesTheOperation()
     {
         // An exception that the operation explains must reach the operation.
         backEnd->run("wrong = Wrong()\nwrong.exception = RuntimeError('inside')\n"
@@ -271,7 +271,7 @@ private Q_SLOTS:
 
     // --- The transaction
 
-    void removalAloneKeepsItsPreparation()
+    void removalWithoutDownloadsKeepsItsPreparation()
     {
         collect("it.installed = [Package('old', size=200000)]");
         QVERIFY(apply("confirmed(item(8, 'old'))\n"
@@ -290,7 +290,7 @@ private Q_SLOTS:
                  QString("Running Transaction: Total Progress (100%) 9100/9100"));
     }
 
-    void preparation()
+    void barsShowThePreparation()
     {
         collect(
             "it.available = [Package('a', size=30000)]\nit.does['verifyLocalPkg'] = lambda package: True");
@@ -309,7 +309,7 @@ private Q_SLOTS:
                                   "'Preparing to Run Transaction (0%) 0/1']";
         QCOMPARE(backEnd->text("seen[0]"), preparing);
         QCOMPARE(backEnd->text("seen[1]['testRun']"), QString("1"));
-        // The end of the test transaction does not end the preparation, which does not begin twice.
+        // The end of the test transaction does not end the preparation. The preparation does not begin twice.
         QCOMPARE(backEnd->text("seen[2]"), preparing);
         QCOMPARE(backEnd->text("seen[3]"), preparing);
         QCOMPARE(backEnd->text("seen[4]['testRun']"), QString("0"));
@@ -317,7 +317,7 @@ private Q_SLOTS:
                                                    "'Preparing to Run Transaction (0%) 0/1']"));
     }
 
-    void preparationWithoutATest()
+    void barsShowAPreparationWithoutATest()
     {
         QVERIFY(apply("confirmed()\n"
                       "yumIOC.rpmtransInit(False)\n"
@@ -326,7 +326,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0][1]"), QString("Preparing to Run Transaction (0%) 0/1"));
     }
 
-    void everyFlagButFalseIsATest()
+    void everyFlagExceptFalseMeansATest()
     {
         QVERIFY(!apply("for flag in (False, True, None, 0, '', False):\n"
                        "    yumIOC.rpmtransInit(flag)\n"
@@ -354,7 +354,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1]"), QString("[]"));
     }
 
-    void actionsOfTheTransaction_data()
+    void barsShowEachActionOfTheTransaction_data()
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<QString>("text");
@@ -376,7 +376,7 @@ private Q_SLOTS:
         row(103, "Executing scriptlet for pkg", 0, 0);
     }
 
-    void actionsOfTheTransaction()
+    void barsShowEachActionOfTheTransaction()
     {
         QFETCH(int, action);
         QFETCH(QString, text);
@@ -409,7 +409,7 @@ private Q_SLOTS:
         }
     }
 
-    void everyPackageHasItsWeightOnce()
+    void weightOfAPackageIsCountedOnce()
     {
         collect("it.available = [Package('a', size=200000), Package('b', size=300000)]");
         QVERIFY(apply(
@@ -439,7 +439,7 @@ private Q_SLOTS:
         QVERIFY(backEnd->log(before).contains("0 1 Installing nobody"));
     }
 
-    void actionsThatAreNoPackages()
+    void actionsWithoutAPackageShowNoProgress()
     {
         for (int action : {11, 101, 102}) {
             QVERIFY(!apply(
@@ -467,7 +467,7 @@ private Q_SLOTS:
         }
     }
 
-    void actsEndWhereTheTransactionEnds()
+    void progressEndsWithTheTransaction()
     {
         collect("it.updates = [Package('up', '2.0', size=200000), Package('down', '2.0', size=5)]\n"
                 "it.installed = [Package('up', size=90000), Package('down', size=7), Package('old', "
@@ -492,7 +492,7 @@ private Q_SLOTS:
                                                    "'Completing reinstall of same (100%) 1/1']"));
     }
 
-    void reportsBetweenOperationsMoveNothing()
+    void reportsBetweenOperationsDoNotMoveTheBars()
     {
         const int before = logLength();
         backEnd->run("yumIOC.rpmtransInit(True)\n"

@@ -31,8 +31,8 @@ qint64 residentMemory()
     return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// The median of the second half less that of the first half, in KiB, without the largest step from one round
-// to the next. A round may have a peak of its own, and the memory manager may grow by one large step.
+// The difference of the medians of the second and the first half, in KiB, without the largest step from one
+// round to the next. A single round may have a peak, and the memory manager may grow by one large step.
 qint64 growth(const QVector<qint64>& memory)
 {
     const auto median = [](QVector<qint64> part) {
@@ -61,7 +61,7 @@ QStringList descriptors()
         char target[4096];
         const QByteArray path = QFile::encodeName(directory.filePath(number));
         const ssize_t length = readlink(path.constData(), target, sizeof target);
-        // Without the descriptor that reads the directory.
+        // The descriptor that reads the directory is left out.
         if (length >= 0 && !QByteArray(target, int(length)).endsWith("/fd")) {
             open.append(QString::fromLocal8Bit(target, int(length)));
         }
@@ -168,9 +168,9 @@ private Q_SLOTS:
 
         qInfo("%d rounds of %d packages; %lld KiB more in the second half", rounds, count,
               static_cast<long long>(growth(memory)));
-#ifndef __SANITIZE_ADDRESS__ // it delays the release of freed memory
+#ifndef __SANITIZE_ADDRESS__ // the sanitizer delays the release of freed memory
         // If each round kept its records, the growth would exceed this bound. On a busy machine the memory
-        // manager itself grows by a third of it.
+        // manager itself grows by a third of the bound.
         //
         // Measured on the script alone, with Python 3.11 and these plug-ins: after 20 more rounds, no type
         // has more objects. After 30 more rounds, tracemalloc finds 28 KiB more, 25 KiB of it in one block of
@@ -181,7 +181,7 @@ private Q_SLOTS:
 #endif
     }
 
-    // Except for the log, which keeps all messages.
+    // The log is an exception, because it keeps all messages.
     void transactionsLeaveNothingBehind()
     {
         backEnd->yumIO.clearEntries();

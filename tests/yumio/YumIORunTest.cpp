@@ -13,7 +13,7 @@
 
 namespace {
 
-// System calls that a test cannot make fail from outside.
+// The system calls that fail. A test cannot make them fail from outside.
 bool failWaiting = false;
 bool failSettingTheChildSignal = false;
 bool failRestoringTheChildSignal = false;
@@ -58,7 +58,7 @@ class YumIORunTest : public ApplyFixture
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyCountStartsAgain()
+    void newTransactionResetsAllCounts()
     {
         transaction().txText = "text";
         transaction().txListed = true;
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList({"1 0 idle words", "4 0 Applying", "1 0 words"}));
     }
 
-    void lineThatIsCapturedInTwoPiecesIsOneEntry()
+    void lineCapturedInTwoPartsIsOneEntry()
     {
         const int before = logLength();
         QVERIFY(!apply("import os\n"
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 one line", "3 0 trouble"}));
     }
 
-    void aCaptureThatFailsIsReportedAndTheOperationContinues()
+    void failedCaptureIsReportedAndTheOperationContinues()
     {
         const int before = logLength();
         const QString descriptors = "[os.readlink('/proc/self/fd/%d' % fd) for fd in (1, 2)]";
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text(descriptors), original);
     }
 
-    void listOfMarkedRecordsOwnsNone()
+    void listOfMarkedRecordsDoesNotOwnThem()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
@@ -248,7 +248,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[256]"));
     }
 
-    void childrenThatEndedBeforeAreReaped()
+    void childrenThatEndedEarlierAreReaped()
     {
         const pid_t child = fork();
         if (child == 0) {
@@ -262,7 +262,7 @@ private Q_SLOTS:
                  QStringList({"4 0 Applying", QString("2 0 Reaped zombie child %1").arg(child)}));
     }
 
-    void childrenThatCannotBeReaped()
+    void childrenThatCannotBeReapedAreReported()
     {
         failWaiting = true;
         const bool applied = apply();
@@ -272,7 +272,7 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    void childSignalThatCannotBeSet()
+    void failureToSetTheChildSignalIsReported()
     {
         failSettingTheChildSignal = true;
         const bool applied = apply();
@@ -283,7 +283,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void childSignalThatCannotBeRestored()
+    void failureToRestoreTheChildSignalIsReported()
     {
         failRestoringTheChildSignal = true;
         const bool applied = apply();
@@ -293,7 +293,7 @@ private Q_SLOTS:
                  QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
     }
 
-    void changedSystemIsKnown()
+    void backEndKnowsWhetherTheSystemWasChanged()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
         backEnd->answers.take();
@@ -307,7 +307,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().systemChanged());
     }
 
-    void theScriptKnowsBetterWhetherTheSystemWasChanged()
+    void theScriptDecidesWhetherTheSystemWasChanged()
     {
         QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(False)\n"
                        "it.systemChanged = False\nit.outdated = True\n"
@@ -403,7 +403,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"),
                  QString("[['Running Transaction: Total Progress (1%) 100/9100', "
                          "'Waiting for w\u00e4scher (17) 0/0']]")); // without a measure
-        // No bars exist to show it.
+        // No bar can show this activity.
         backEnd->run("changeActivity('later')");
     }
 
@@ -424,7 +424,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().endWaiting());
     }
 
-    void aWaitThatIsEndedEndsTheOperationWithoutAMessage()
+    void endedWaitEndsTheOperationWithoutAMessage()
     {
         backEnd->run("import time\nended = []");
         QTimer timer;
@@ -438,7 +438,7 @@ private Q_SLOTS:
                        "raise dnf.exceptions.LockError('ended')"));
         QVERIFY(ended);
         QCOMPARE(backEnd->text("ended"), QString("[False]"));
-        // Only the question, without a message about the failure.
+        // The user sees only the question, and no message about the failure.
         QCOMPARE(backEnd->answers.take().count(), 1);
         QCOMPARE(backEnd->log(before).filter("Unable to apply changes").count(), 1);
         // The next operation again reports its failure.
@@ -446,7 +446,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().count(), 1);
     }
 
-    void marksOutliveACollectionWhereTheyStillMakeSense()
+    void possibleMarksRemainAfterACollection()
     {
         const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
                              "Package('both', '2.0', arch='i686'), Package('away', '2.0')]\n"
@@ -488,7 +488,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->group("tool")->action, Package::None);
     }
 
-    void signalsAreHeldBackWhileTheSystemIsChanged()
+    void signalsAreDelayedWhileTheSystemIsChanged()
     {
         // SIGHUP and SIGTERM with their default actions, which the test framework changes.
         const std::array<int, 2> numbers{SIGHUP, SIGTERM};

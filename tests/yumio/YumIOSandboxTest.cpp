@@ -129,7 +129,7 @@ private:
         }
     }
 
-    // From now on the script returns the value of the expression as a metadata path. "asked" records the
+    // From now on the script returns the value of the expression as the path of metadata. "asked" records the
     // calls.
     void setMetadataPath(const QString& expression)
     {
@@ -167,7 +167,7 @@ private Q_SLOTS:
 
     // --- Collection
 
-    void collection()
+    void collectionSucceeds()
     {
         QVERIFY(backEnd->collect());
         QCOMPARE(texts(), QStringList());
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(records, installed());
     }
 
-    void installedPackage()
+    void installedPackageHasItsValues()
     {
         const Package::Entry& entry = *backEnd->entry("gallivant");
         QCOMPARE(yumIO().getName(entry), QString("gallivant"));
@@ -242,7 +242,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void availablePackage()
+    void availablePackageHasItsValues()
     {
         const Package::Entry& entry = *backEnd->entry("orchard");
         const QString file = "orchard-3.0-1.x86_64.rpm";
@@ -277,7 +277,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void longFileList()
+    void longFileListIsComplete()
     {
         const QStringList files = yumIO().getFiles(*backEnd->entry("manyfiles")).split('\n');
         QCOMPARE(files.count(), 2000);
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(files.last(), QString("/usr/share/manyfiles/19/leaf 1999.txt"));
     }
 
-    void updatablePackages()
+    void updatablePackagesHaveTheirInstalledVersions()
     {
         const Package::Entry& entry = *backEnd->entry("quillbase");
         QCOMPARE(yumIO().getState(entry), QString("Available for update"));
@@ -317,7 +317,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("libslate", "i386")->state, Package::Available);
     }
 
-    void groups()
+    void groupsHaveTheirStates()
     {
         SKIP_WITHOUT_GROUPS();
         QCOMPARE(backEnd->group("Games")->state, Package::Available);
@@ -334,7 +334,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getChangeLog(arts), QString());
     }
 
-    void suites()
+    void suitesHaveTheirKind()
     {
         QCOMPARE(yumIO().getKind(*backEnd->entry("vyre-office-suite")), QString("Suite of packages"));
         const Package::Entry& suite = *backEnd->entry("vyre-network-suite");
@@ -345,7 +345,7 @@ private Q_SLOTS:
                  QString("lectern-slides\nledger-calc\nscribe-writer"));
     }
 
-    void textsWithMarkupAndManyScripts()
+    void textsWithMarkupAndManyScriptsAreUnchanged()
     {
         QCOMPARE(yumIO().getSummary(*backEnd->entry("tagsoup")),
                  QString("Shows <b>bold</b><script>alert(1)</script> & <img src=x>"));
@@ -356,13 +356,13 @@ private Q_SLOTS:
                  changeLog({"-q", "tagsoup-installed"}));
     }
 
-    void extraDataAreThereAfterACollection()
+    void extraDataAreLoadedAfterACollection()
     {
         QSignalSpy spy(&yumIO(), SIGNAL(collectedExtraData()));
         QVERIFY(yumIO().collectFileLists());
         QVERIFY(yumIO().collectOtherData());
         QCOMPARE(spy.count(), 0);
-        // They can also be loaded later.
+        // The extra data can also be loaded later.
         yumIO().fileListsLoaded = false;
         yumIO().otherDataLoaded = false;
         QVERIFY(yumIO().collectFileLists());
@@ -371,7 +371,7 @@ private Q_SLOTS:
         QCOMPARE(texts(), QStringList());
     }
 
-    void packageManagerAndItsConfiguration()
+    void versionAndConfigurationVariablesAreKnown()
     {
         QVERIFY(yumIO().dnfVersion() >= 40000);
         QCOMPARE(yumIO().getYumVar("releasever"), QString("9"));
@@ -393,7 +393,7 @@ private Q_SLOTS:
 
     // --- Texts to search
 
-    void searchTextsAreThoseOfTheGetters()
+    void searchTextsAreTheTextsOfTheGetters()
     {
         setMetadataPath("genuinePath(self, repoid, kind)");
         checkSearchTexts(1 << 30);
@@ -408,14 +408,14 @@ private Q_SLOTS:
         QVERIFY(orchard.searchChangeLog.startsWith("* "));
     }
 
-    void searchTextsOfAGroup()
+    void groupHasItsSearchTexts()
     {
         SKIP_WITHOUT_GROUPS();
         QCOMPARE(QByteArray(backEnd->group("Arts")->searchTexts).replace('\0', "|"),
                  QByteArray("Arts|easel|palette-knife|brushwork\nvarnish-coat||"));
     }
 
-    void searchTextsFromTheMetadataAreThoseOfTheGetters()
+    void searchTextsFromTheMetadataAreTheTextsOfTheGetters()
     {
         const int logged = backEnd->log().count();
         const QByteArray zone = qgetenv("TZ");
@@ -435,7 +435,7 @@ private Q_SLOTS:
         QCOMPARE(log.count("4 0 Collecting Texts to Search"), 3);
     }
 
-    void searchTextsComeFromTheMetadataIndeed_data()
+    void searchTextsComeFromTheMetadata_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("state");
@@ -443,7 +443,7 @@ private Q_SLOTS:
         QTest::newRow("update") << "loomctl" << int(Package::Updatable);
     }
 
-    void searchTextsComeFromTheMetadataIndeed()
+    void searchTextsComeFromTheMetadata()
     {
         QFETCH(QString, name);
         QFETCH(int, state);
@@ -473,21 +473,21 @@ private Q_SLOTS:
         QCOMPARE(entry->searchChangeLog, QByteArray("* Thu Jan 1 1970 Nobody\nmade up"));
     }
 
-    void metadataThatCannotBeReadAreMadeUpFor_data()
+    void packagesReplaceUnreadableMetadata_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<bool>("warned");
-        QTest::newRow("there are none") << "None" << false;
-        QTest::newRow("there is no such file") << "'/nonexistent/metadata.xml.gz'" << true;
+        QTest::newRow("no metadata") << "None" << false;
+        QTest::newRow("a missing file") << "'/nonexistent/metadata.xml.gz'" << true;
         QTest::newRow("a directory") << "'/'" << true;
-        QTest::newRow("something else") << "'/bin/sh'" << true;
-        QTest::newRow("those of another repository") << "genuinePath(self, 'sandbox-file', kind)" << false;
-        QTest::newRow("those of another kind")
+        QTest::newRow("a file without metadata") << "'/bin/sh'" << true;
+        QTest::newRow("metadata of another repository") << "genuinePath(self, 'sandbox-file', kind)" << false;
+        QTest::newRow("metadata of another kind")
             << "genuinePath(self, repoid, 'other' if kind == 'filelists' else 'filelists')" << true;
         QTest::newRow("cut off") << "cutOff(genuinePath(self, repoid, kind))" << true;
     }
 
-    void metadataThatCannotBeReadAreMadeUpFor()
+    void packagesReplaceUnreadableMetadata()
     {
         QFETCH(QString, expression);
         QFETCH(bool, warned);
@@ -523,7 +523,7 @@ private Q_SLOTS:
         QCOMPARE(orchard->searchTexts, texts);
         QCOMPARE(easel->searchTexts, QByteArray("as it is"));
         easel->searchTexts = QByteArray();
-        // Data that are not loaded are not read.
+        // A search reads no data that are not loaded.
         for (bool* loaded : {&yumIO().fileListsLoaded, &yumIO().otherDataLoaded}) {
             *loaded = false;
             yumIO().collectSearchTexts(allEntries());
@@ -562,7 +562,7 @@ private Q_SLOTS:
         backEnd->entry("moonbridge")->action = Package::None;
     }
 
-    void installUpdateAndRemove()
+    void packagesAreInstalledUpdatedAndRemoved()
     {
         const QSet<QString> before = installed();
         const int logged = backEnd->log().count();
@@ -694,7 +694,7 @@ private Q_SLOTS:
         }
     }
 
-    void aPlugInThatEndsTheProgramStopsTheCollectionOnly()
+    void aPlugInThatEndsTheProgramStopsOnlyTheCollection()
     {
         QFile plugIn(sandbox.filePath("plugins/ender.py"));
         QVERIFY(plugIn.open(QIODevice::WriteOnly));

@@ -19,7 +19,8 @@ class YumIOStartTest : public QObject
     Q_OBJECT
 
 private:
-    // The helper's output for a share directory with this script; without a script if none is given.
+    // The helper's output for a share directory with this script. A null script means that the file is
+    // missing.
     QStringList start(const QByteArray& script, const QStringList& arguments = {})
     {
         const QTemporaryDir share;
@@ -82,7 +83,7 @@ private:
     static QString installedScripts() { return qEnvironmentVariable("VYRESHARE") + "/python"; }
 
     QString workingDirectory;
-    QProcessEnvironment variables; // in addition to those of the test
+    QProcessEnvironment variables; // the variables that the helper has in addition to those of the test
     QString standardError;
     QString standardOutput;
 
@@ -126,7 +127,7 @@ private Q_SLOTS:
         QVERIFY2(!found.hasNext(), qPrintable(found.next()));
     }
 
-    void missingModules()
+    void missingModulesAreReported()
     {
         const QTemporaryDir share;
         QCOMPARE(startIn(share.path(), contentOf(installedScripts() + "/YumIO.py")),
@@ -164,14 +165,14 @@ private Q_SLOTS:
                  QStringList({"made", "started", "again: started"}));
     }
 
-    void missingScript()
+    void missingScriptIsReported()
     {
         QCOMPARE(start(QByteArray()),
                  QStringList(
                      {"failed", "VYRE Yum Error: Internal error: unable to open YumIO.py", "again: failed"}));
     }
 
-    void missingRpmModule()
+    void missingRpmModuleIsReported()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['rpm'] = None"}),
@@ -179,7 +180,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void rpmThatIsNoModule()
+    void rpmThatIsNoModuleIsReported()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['rpm'] = object()"}),
@@ -187,7 +188,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void missingDates()
+    void missingDatesAreReported()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['datetime'] = None"}),
@@ -195,7 +196,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void raisingScript()
+    void exceptionOfTheScriptIsReported()
     {
         QCOMPARE(start("raise ValueError('wrong')\n"),
                  QStringList({"failed", generic, "VYRE Yum Error: Internal error: unable to execute YumIO.py",
@@ -225,7 +226,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList("log: 3 0 Traceback (most recent call last):"));
     }
 
-    void rootThatDoesNotExistIsNotMade()
+    void missingRootIsNotMade()
     {
         QTemporaryDir directory;
         const QString root = directory.filePath("mistyped");
@@ -250,14 +251,14 @@ private Q_SLOTS:
                               "again: failed"}));
     }
 
-    void scriptWithoutTheClass()
+    void scriptWithoutTheClassIsReported()
     {
         QCOMPARE(start("class Other:\n    pass\n"),
                  QStringList({"failed", "VYRE Yum Error: Internal error: cannot find python YumIO",
                               "again: failed"}));
     }
 
-    void constructorThatRefusesToStart()
+    void constructorThatRefusesToStartIsReported()
     {
         QCOMPARE(start("import sys, yumIOC\n"
                        "class YumIO:\n"
@@ -271,7 +272,7 @@ private Q_SLOTS:
 
     void aPackageManagerThatLacksANameIsRefused_data()
     {
-        QTest::addColumn<QByteArray>("removal"); // can be run twice
+        QTest::addColumn<QByteArray>("removal"); // statements that may run twice
         QTest::addColumn<QString>("use");
         QTest::addColumn<QString>("name");
         const auto remove = [](const QByteArray& module, const QByteArray& place, const QByteArray& name) {
@@ -289,7 +290,7 @@ private Q_SLOTS:
         QTest::newRow("transactions")
             << remove("dnf", "dnf.Base", "_run_transaction") << "carry out transactions"
             << "Base._run_transaction";
-        // Only an object has this attribute. Its creation needs the configuration.
+        // Only an object has this attribute. Making the object needs the configuration.
         QTest::newRow("of an object") << QByteArray("import dnf\n"
                                                     "def without(self, *arguments, made=dnf.Base.__init__):\n"
                                                     "    made(self, *arguments)\n"
@@ -320,21 +321,21 @@ private Q_SLOTS:
         QVERIFY2(!standardError.contains("Traceback"), qPrintable(standardError));
     }
 
-    void constructorThatFails()
+    void constructorThatFailsIsReported()
     {
         QCOMPARE(start("class YumIO:\n    def __init__(self):\n        raise KeyError('x')\n"),
                  QStringList({"failed", generic, "VYRE Yum Error: Internal error: cannot create python yumIO",
                               "again: failed"}));
     }
 
-    void objectWithoutABase()
+    void objectWithoutABaseIsReported()
     {
         QCOMPARE(start("class YumIO:\n    pass\n"),
                  QStringList({"failed", generic, "VYRE Yum Error: Internal error: yumIO.base not evaluable",
                               "again: failed"}));
     }
 
-    void lockIsGivenBackAtTheEnd()
+    void lockIsReleasedAtTheEnd()
     {
         const QByteArray script = "import sys\n"
                                   "import dnf.exceptions\n"

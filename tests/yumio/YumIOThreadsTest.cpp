@@ -19,7 +19,8 @@
 
 namespace {
 
-// A worker that runs any function. It ends the loop after the function, or when the function says so.
+// A worker that runs a function. It ends the loop after the function, or earlier if the function requests
+// this.
 class Worker : public QThread
 {
 public:
@@ -95,7 +96,7 @@ private:
         QVERIFY(worker.isFinished());
     }
 
-    // For a worker: runs the function in the graphical thread, without waiting.
+    // A worker calls this. It runs the function in the graphical thread, without waiting for it.
     static void later(const std::function<void()>& function)
     {
         QMetaObject::invokeMethod(qApp, function, Qt::QueuedConnection);
@@ -140,7 +141,7 @@ private Q_SLOTS:
         backEnd->window.hide();
     }
 
-    void fiftyOperationsInARow()
+    void fiftyConsecutiveOperationsSucceed()
     {
         for (int i = 0; i < 50; ++i) {
             QVERIFY(backEnd->collect());
@@ -174,7 +175,7 @@ private Q_SLOTS:
         QVERIFY(ticked);
     }
 
-    void interpreterLockIsTheWorkers()
+    void workerHoldsTheInterpreterLock()
     {
         QCOMPARE(PyGILState_Check(), 1);
         bool workerTookIt = false;
@@ -202,7 +203,7 @@ private Q_SLOTS:
         Worker worker(yumIO(), loop, [&] {
             later([&] { delivered.append("before the end"); });
             current->endLoop();
-            // Time for the loop to end; an earlier end does no harm.
+            // This is time for the loop to end. An earlier end does no harm.
             QThread::msleep(50);
             later([&] { delivered.append("after the end"); });
         });
@@ -263,7 +264,7 @@ private Q_SLOTS:
         backEnd->window.hide();
     }
 
-    void childSignalIsTheWorkers()
+    void workerHandlesTheChildSignal()
     {
         QVERIFY(!childSignalIsBlocked());
         bool workers = true;
@@ -282,7 +283,7 @@ private Q_SLOTS:
         QVERIFY(!childSignalIsBlocked());
     }
 
-    void signalMaskIsPutBackAsItWas()
+    void signalMaskIsRestored()
     {
         sigset_t child;
         sigemptyset(&child);
@@ -355,7 +356,7 @@ private Q_SLOTS:
                     quit.release();
                 });
                 quit.acquire();
-                // Time for the loop to end, if nothing delays it.
+                // This is time for the loop to end, if nothing delays the end.
                 QThread::msleep(100);
                 {
                     // No user can answer, which means "No".
@@ -434,7 +435,7 @@ private Q_SLOTS:
         connect(thread.data(), &QThread::finished, &loop, &QEventLoop::quit);
         QList<int> beforeTheLoop;
         {
-            // Like execWorkThread(), which gives the worker this much time only by chance.
+            // execWorkThread() does the same, but gives the worker this much time only by chance.
             yumIO().blocker.prepare();
             Python::PyThreadStateWrapper released;
             thread->start();
@@ -452,7 +453,7 @@ private Q_SLOTS:
 
     void tableSeesNoRecordsWhileTheyAreCollected()
     {
-        // The end of the operation resets the bars. This shows at a time when the records already exist.
+        // The end of the operation resets the bars. At this time, the records already exist.
         QList<int> seen;
         ChangeWatch watch([this, &seen] {
             if (!backEnd->total.isEnabled()) {

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A stand-in for the package manager: the test that runs it sets all its data and behaviour.
+"""A stand-in for the package manager. The test that runs it sets all its data and behaviour.
 
-Its object, also the global "it", records the calls of its methods. If "raises" has an exception under a method's
-name, the method raises it. If "does" has a function under the name, the method calls it. Otherwise the method returns
-its ordinary answer.
+The object of its class is also the global "it". It records the calls of its methods. If "raises" has an exception for
+the name of a method, the method raises it. If "does" has a function for the name, the method calls it. Otherwise the
+method returns its usual answer.
 """
 
 import datetime
