@@ -48,7 +48,7 @@ private Q_SLOTS:
         QVERIFY(!PyRef::borrow(nullptr));
     }
 
-    void takesOverANewReference()
+    void constructorTakesOverANewReference()
     {
         Py_INCREF(object);
         {
@@ -65,10 +65,10 @@ private Q_SLOTS:
         const PyRef ref = PyRef::borrow(object);
         QVERIFY(ref.get() == object);
         QCOMPARE(added(), Py_ssize_t(1));
-        // cleanup() checks that the reference has been dropped.
+        // cleanup() checks that the reference was released.
     }
 
-    void releaseHandsTheReferenceOver()
+    void releaseReturnsTheReference()
     {
         PyObject* released = nullptr;
         {
@@ -81,7 +81,7 @@ private Q_SLOTS:
         Py_DECREF(released);
     }
 
-    void movingPassesTheReferenceOn()
+    void movingMovesTheReference()
     {
         PyRef first = PyRef::borrow(object);
         const PyRef second(std::move(first));
@@ -92,7 +92,7 @@ private Q_SLOTS:
         QCOMPARE(added(), Py_ssize_t(1));
     }
 
-    void assignmentDropsTheFormerObject()
+    void assignmentReleasesTheFormerObject()
     {
         PyRef ref = PyRef::borrow(object);
         ref = PyRef(PyList_New(0));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// How the interpreter starts and ends. Each case begins without an interpreter.
+// Tests of the start and the end of the interpreter. Each test begins without an interpreter.
 
 #include <QtTest>
 
@@ -96,7 +96,7 @@ private Q_SLOTS:
         QVERIFY(python.takeErrors().isEmpty());
     }
 
-    void startKeepsTheInterpretersInterruptHandler()
+    void startKeepsTheInterruptHandlerOfTheInterpreter()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("broken"), QStringLiteral("True"));
     }
 
-    void secondInitializeLeavesTheInterpreterAlone()
+    void secondInitializeDoesNotChangeTheInterpreter()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -241,8 +241,8 @@ private Q_SLOTS:
         QFETCH(QString, variable);
         QFETCH(QString, subdirectory);
 
-        // Another installation, complete enough for the interpreter's search: an executable, the landmark of
-        // a standard library, and modules that would hide the real ones.
+        // Another installation, with the parts that the interpreter looks for: an executable, the landmark of
+        // a standard library, and modules that would hide the real modules.
         QTemporaryDir other;
         QVERIFY(other.isValid());
         const QString version = QStringLiteral("python%1.%2").arg(PY_MAJOR_VERSION).arg(PY_MINOR_VERSION);

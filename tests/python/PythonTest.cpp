@@ -46,7 +46,7 @@ private:
 
     QString printed() { return python->text("sys.stderr.getvalue()"); }
 
-    // Opens a scope, leaves it early with the exception of the call pending, and returns whether that
+    // Opens a scope and leaves it early, while the exception of the call is pending. Returns whether this
     // exception matched.
     bool failsAsExpected(PyObject* type)
     {
@@ -88,7 +88,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // No case leaves an exception, a report or an open scope behind.
+        // No test leaves an exception, a report or an open scope behind.
         QVERIFY(PyErr_Occurred() == nullptr);
         QCOMPARE(python->takeErrors(), QStringList());
         QCOMPARE(python->warnings, QStringList());
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(value.get()), 42L);
     }
 
-    void longestTextRunsWhole()
+    void longestTextRunsCompletely()
     {
         const QByteArray comment(10239 - 7, '#');
         QCOMPARE(python->pyf("x = 99 %s", comment.constData()), 0);
@@ -157,7 +157,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(value.get()), 100L);
     }
 
-    void overlongTextIsReportedInsteadOfRun()
+    void tooLongTextIsReportedAndNotRun()
     {
         const QByteArray comment(10239 - 6, '#');
         QCOMPARE(python->py("x = 1"), 0);
@@ -344,7 +344,7 @@ private Q_SLOTS:
                               "Internal error: cannot assign __main__.vyre_nothing\n"}));
     }
 
-    void versionIsTheInterpretersOwn()
+    void versionIsTheVersionOfTheInterpreter()
     {
         QCOMPARE(python->pyVersion(), long(PY_VERSION_HEX));
         QCOMPARE(QString::number(python->pyVersion()), python->text("sys.hexversion"));
@@ -361,7 +361,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(none.get()), 0L);
     }
 
-    void callDropsTheReferencesToItsArguments()
+    void callReleasesTheReferencesToItsArguments()
     {
         const PyRef argument(PyList_New(0));
         const PyRef callable(python->pyr("fail"));
@@ -375,7 +375,7 @@ private Q_SLOTS:
         QCOMPARE(Py_REFCNT(callable.get()), beforeCallable);
     }
 
-    void callableMayUnbindItself()
+    void callableMayDeleteItsOwnName()
     {
         QCOMPARE(python->py("def suicidal():\n    global suicidal\n    del suicidal\n    return 'alive'"), 0);
         const PyRef result(python->pyCall("suicidal", "()"));
@@ -528,7 +528,7 @@ private Q_SLOTS:
         QCOMPARE(printed().count("KeyError"), 1);
     }
 
-    void onlyTheInnermostScopeCounts()
+    void onlyTheInnermostScopeHasEffect()
     {
         const Python::ExceptScope outer(*python, {PyExc_KeyError});
         {
@@ -540,7 +540,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void scopeMayNameItsTypesLater()
+    void scopeCanGetItsTypesLater()
     {
         Python::ExceptScope scope(*python);
         scope.expect(PyExc_KeyError);
@@ -548,7 +548,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void scopeClosesOnEveryPath()
+    void scopeEndsOnEveryPath()
     {
         // The check in cleanup() finds a scope that is left open.
         QVERIFY(failsAsExpected(PyExc_KeyError));

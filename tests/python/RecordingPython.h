@@ -30,7 +30,7 @@ public:
         return taken;
     }
 
-    // The value of an expression as text, by str().
+    // The result of str() for the value of an expression.
     QString text(const char* expression)
     {
         const PyRef value(pyr(expression));

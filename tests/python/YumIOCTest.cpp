@@ -12,7 +12,7 @@
 
 namespace {
 
-// Parses the arguments as the back end does and records the function's name and arguments of each call.
+// Parses the arguments as the back end does. Records the name and the arguments of each called function.
 class RecordingTarget : public YumIOCTarget
 {
 public:
@@ -228,7 +228,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("yumIOC.repositorySectionLimit"), QString::number(repositorySectionLimit));
     }
 
-    void functionReachesTheMemberOfItsName_data()
+    void functionCallsTheMemberOfItsName_data()
     {
         QTest::addColumn<QByteArray>("call");
         QTest::addColumn<QString>("recorded");
@@ -259,7 +259,7 @@ private Q_SLOTS:
         row("gpgsigcheck('k')", "gpgsigcheck ('k',)");
     }
 
-    void functionReachesTheMemberOfItsName()
+    void functionCallsTheMemberOfItsName()
     {
         QFETCH(QByteArray, call);
         QFETCH(QString, recorded);
@@ -335,7 +335,7 @@ private Q_SLOTS:
         QCOMPARE(target->calls, QStringList("stdoutWrite still there"));
     }
 
-    void anotherBackEndTakesOverTheModule()
+    void moduleCallsTheLatestBackEnd()
     {
         RecordingTarget other;
         QCOMPARE(YumIOC::initialize(&other), 0);
@@ -353,7 +353,7 @@ private Q_SLOTS:
                  QStringLiteral("RuntimeError: yumIOC: the back end is gone"));
     }
 
-    void endOfAFormerBackEndLeavesTheCurrentOneAlone()
+    void endOfAFormerBackEndDoesNotAffectTheCurrentBackEnd()
     {
         {
             RecordingTarget former;

@@ -42,7 +42,7 @@ private Q_SLOTS:
     void hoveringInTheActiveWindowRequestsATip();
     void toolTipEventGivesThePosition();
     void inactiveWindowRequestsNoTip();
-    void attributeRequestsATipInAnInactiveWindowToo();
+    void attributeAllowsATipInAnInactiveWindow();
 };
 
 void HProgressBarTest::textJoinsActivityAndPercentage()
@@ -136,7 +136,7 @@ void HProgressBarTest::inactiveWindowRequestsNoTip()
     QCOMPARE(spy.count(), 0);
 }
 
-void HProgressBarTest::attributeRequestsATipInAnInactiveWindowToo()
+void HProgressBarTest::attributeAllowsATipInAnInactiveWindow()
 {
     QWidget window;
     window.setAttribute(Qt::WA_AlwaysShowToolTips);

@@ -13,16 +13,16 @@ class LogTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void messageBecomesOneEntryPerLineThatIsNotEmpty();
+    void eachLineThatIsNotEmptyBecomesAnEntry();
     void passwordsInUrlsAreHidden_data();
     void passwordsInUrlsAreHidden();
     void entriesKeepKindAndLevel();
-    void oneNotificationPerMessage();
+    void oneMessageCausesOneNotification();
     void readersAreNotifiedOutsideTheLock();
     void writersInTwoThreadsLoseNothing();
 };
 
-void LogTest::messageBecomesOneEntryPerLineThatIsNotEmpty()
+void LogTest::eachLineThatIsNotEmptyBecomesAnEntry()
 {
     Log::EntryList log;
     log.appendMessage(Log::Warning, 3, "first line\n\nsecond line\n");
@@ -82,7 +82,7 @@ void LogTest::entriesKeepKindAndLevel()
     QCOMPARE(copy.text, QString("Applying"));
 }
 
-void LogTest::oneNotificationPerMessage()
+void LogTest::oneMessageCausesOneNotification()
 {
     Log::EntryList log;
     QSignalSpy spy(&log, SIGNAL(appended()));

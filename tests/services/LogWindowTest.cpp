@@ -72,11 +72,11 @@ private Q_SLOTS:
     void otherKeysDoNotHide();
     void closeButtonHides();
     void windowManagerCloseHides();
-    void hiddenWindowHoldsNoText();
+    void hiddenWindowHasNoText();
     void notificationFromBeforeHidingIsIgnored();
     void hiddenWindowIsNotConnected();
     void connectingAndDisconnectingHoldTheLock();
-    void reopeningRendersFromScratch();
+    void reopeningShowsAllEntriesAgain();
     void tabLeavesThePane();
     void entryBetweenTheHistoryAndTheConnectionIsShown();
     void openingWhileAWriterRunsLosesNothing();
@@ -87,7 +87,7 @@ private:
     void log(Log::Kind kind, unsigned int level, const QString& text);
     void open();
     QStringList lines() const;
-    // The colour of the text of a line; invalid if it is the pane's own.
+    // The colour of the text of a line; invalid if the line has the colour of the pane.
     QColor colourOf(int line) const;
 
     std::unique_ptr<WatchedEntries> entries;
@@ -160,7 +160,7 @@ void LogWindowTest::windowHasItsTextsAndRanges()
     const int frame = 2 * pane->frameWidth();
     QCOMPARE(pane->sizeHint(), QSize(frame + 100 * pane->fontMetrics().horizontalAdvance(QLatin1Char('n')),
                                      frame + 24 * pane->fontMetrics().lineSpacing()));
-    // From left to right: the label and the number; at the right end, the button.
+    // The label and the number are on the left, the button is on the right.
     open();
     const QRect label = window->findChild<QLabel*>()->geometry();
     QVERIFY(label.top() > pane->geometry().bottom());
@@ -409,7 +409,7 @@ void LogWindowTest::windowManagerCloseHides()
     QCOMPARE(lines(), QStringList({"text"}));
 }
 
-void LogWindowTest::hiddenWindowHoldsNoText()
+void LogWindowTest::hiddenWindowHasNoText()
 {
     log(Log::Info, 0, "before");
     QCOMPARE(pane->toPlainText(), QString());
@@ -453,7 +453,7 @@ void LogWindowTest::connectingAndDisconnectingHoldTheLock()
     QCOMPARE(entries->locked, QList<bool>({true, true}));
 }
 
-void LogWindowTest::reopeningRendersFromScratch()
+void LogWindowTest::reopeningShowsAllEntriesAgain()
 {
     log(Log::Info, 0, "one");
     open();
@@ -479,7 +479,7 @@ void LogWindowTest::tabLeavesThePane()
 void LogWindowTest::entryBetweenTheHistoryAndTheConnectionIsShown()
 {
     log(Log::Info, 0, "before");
-    // This entry comes while the history is painted, when the window is not connected yet.
+    // This entry arrives while the history is painted. At this time the window is not connected yet.
     QMetaObject::invokeMethod(
         window.get(), [this] { log(Log::Info, 0, "between"); }, Qt::QueuedConnection);
     window->show();

@@ -78,8 +78,8 @@ private Q_SLOTS:
         QTest::newRow("standard error") << 1;
     }
 
-    // A thread that reads its own output must be able to write all of it first. The text is larger than the
-    // pipes and the buffer together.
+    // A thread that reads its own output writes all of it first, and must not wait. The text is larger than
+    // the pipes and the buffer together.
     void readerAndWriterMayBeTheSameThread()
     {
         QFETCH(int, way);
@@ -128,7 +128,7 @@ private Q_SLOTS:
         QCOMPARE(err, QByteArray("last words"));
     }
 
-    void writersGoOnWithoutAReader()
+    void writersContinueWithoutAReader()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

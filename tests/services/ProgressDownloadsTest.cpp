@@ -9,14 +9,14 @@
 
 #include "tests/services/ShownBars.h"
 
-// Parallel downloads add up to one item, and a tip at the pointer lists them.
+// Tests of parallel downloads: their sum is the value of one item, and a tip at the pointer lists them.
 class ProgressDownloadsTest : public ShownBars
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void downloadsAddUpToTheItemValue();
-    void downloadsReserveAllActsButTheLast();
+    void downloadsReserveAllActsExceptTheLast();
     void activityOfASingleDownloadIsItsName();
     void retrySubtractsTheContribution();
     void retryOfAClampedSumStaysAtZero();
@@ -30,7 +30,7 @@ private Q_SLOTS:
     void twentyCompleteDownloadsAreListed();
     void twentyOneCompleteDownloadsAreOneRow();
     void labelsHaveTheirColours();
-    void tipDisappearsWithTheOperation();
+    void tipDisappearsAtTheEndOfTheOperation();
 };
 
 void ProgressDownloadsTest::downloadsAddUpToTheItemValue()
@@ -55,7 +55,7 @@ void ProgressDownloadsTest::downloadsAddUpToTheItemValue()
     QCOMPARE(item->value(), 320);
 }
 
-void ProgressDownloadsTest::downloadsReserveAllActsButTheLast()
+void ProgressDownloadsTest::downloadsReserveAllActsExceptTheLast()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -100,7 +100,7 @@ void ProgressDownloadsTest::retrySubtractsTheContribution()
     QCOMPARE(state[0].value, Q_UINT64_C(0));
     QCOMPARE(state[1].state, 2u);
     QCOMPARE(state[1].value, Q_UINT64_C(100));
-    // Started again, it counts from zero.
+    // A download that is started again begins at zero.
     progress.startItemActThread("one", 0, 600);
     waitForInterval();
     progress.setItemActsThreadValue(0, 10);
@@ -215,7 +215,7 @@ void ProgressDownloadsTest::hoveringShowsTheDownloads()
     progress.setupItemActs(100, 10);
     progress.setupItemActsThreads("Downloading", 0, 11, 2, 10);
     progress.startItemActThread("vim", 0, 1);
-    // Tries again, like a user, if an action of the window manager has hidden the tip.
+    // An action of the window manager may hide the tip. Then this loop tries again, as a user does.
     for (int attempt = 0; attempt < 10 && currentTip() == nullptr; ++attempt) {
         hover();
         (void)QTest::qWaitFor([] { return currentTip() != nullptr; });
@@ -301,7 +301,7 @@ void ProgressDownloadsTest::labelsHaveTheirColours()
     }
 }
 
-void ProgressDownloadsTest::tipDisappearsWithTheOperation()
+void ProgressDownloadsTest::tipDisappearsAtTheEndOfTheOperation()
 {
     {
         Progress::Object progress(total, item);

@@ -7,7 +7,7 @@
 
 #include "tests/services/ShownBars.h"
 
-// The reports of a worker arrive in order, and at most one in an interval is sent.
+// Tests of a worker's reports: they arrive in order, and at most one report is sent in an interval.
 class ProgressReportsTest : public ShownBars
 {
     Q_OBJECT
@@ -15,14 +15,14 @@ class ProgressReportsTest : public ShownBars
 private Q_SLOTS:
     void secondItemValueWithinTheIntervalIsStoredButNotSent();
     void finalItemValueWithinTheIntervalIsNotSent();
-    void itemValueSoonAfterAChangeOfTheStepsIsNotSent();
+    void itemValueShortlyAfterAChangeOfTheStepsIsNotSent();
     void itemValueBeforeAnyStartIsNotSent();
     void totalValueWithinTheIntervalIsDropped();
     void totalMaximumIsSentOnceWithinTheInterval();
     void totalAndItemValueShareTheInterval();
     void displayStaysResponsiveDuringASynchronousOperation();
     void workerReportsAreDeliveredInOrder();
-    void userFillsAndEmptiesTheSlot();
+    void userSetsAndClearsThePointer();
 };
 
 void ProgressReportsTest::secondItemValueWithinTheIntervalIsStoredButNotSent()
@@ -43,7 +43,7 @@ void ProgressReportsTest::secondItemValueWithinTheIntervalIsStoredButNotSent()
     QCOMPARE(spy.count(), 1);
     QCOMPARE(item->value(), 10);
 
-    // The value was stored, and so the value of the total bar.
+    // The value was stored, and the value of the total bar as well.
     QCOMPARE(total->value(), 4);
     progress.changeTotal(100);
     QCOMPARE(total->value(), 20);
@@ -73,7 +73,7 @@ void ProgressReportsTest::finalItemValueWithinTheIntervalIsNotSent()
     QCOMPARE(item->value(), 0);
 }
 
-void ProgressReportsTest::itemValueSoonAfterAChangeOfTheStepsIsNotSent()
+void ProgressReportsTest::itemValueShortlyAfterAChangeOfTheStepsIsNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -188,7 +188,7 @@ void ProgressReportsTest::displayStaysResponsiveDuringASynchronousOperation()
     progress.changeItemActivity("still reading");
     QVERIFY(processed);
 
-    // At most once in an interval.
+    // The value is sent at most once in an interval.
     withinTheInterval(
         [&] {
             waitForInterval();
@@ -249,7 +249,7 @@ void ProgressReportsTest::workerReportsAreDeliveredInOrder()
     disconnect(item, nullptr, this, nullptr);
 }
 
-void ProgressReportsTest::userFillsAndEmptiesTheSlot()
+void ProgressReportsTest::userSetsAndClearsThePointer()
 {
     Progress::Object* slot = nullptr;
     QPointer<Progress::Object> object;

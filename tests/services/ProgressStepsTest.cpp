@@ -5,30 +5,30 @@
 
 #include "tests/services/ShownBars.h"
 
-// The bars show a total, its items and their acts.
+// Tests of the bars, which show a total, its items and the acts of the items.
 class ProgressStepsTest : public ShownBars
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void typesAreRegisteredUnderTheirNames();
-    void threadsStateIsAValue();
+    void threadsStateCanBeCopied();
     void constructionAndDestructionLeaveTheBarsIdle();
-    void startTotalEnablesTheTotalBarOnly();
-    void startItemCoversTheNextStretch();
-    void changeItemActivityChangesTheTextOnly();
+    void startTotalEnablesOnlyTheTotalBar();
+    void startItemUsesTheNextPartOfTheTotal();
+    void changeItemActivityChangesOnlyTheText();
     void changeTotalReducesTheValueToTheOldMaximum();
     void changeTotalKeepsASmallerValue();
-    void actsShareTheStretchWithoutRoundingErrors();
-    void itemMayCoverSeveralActs();
-    void actBeyondTheLastCoversOnlyUpToTheLast();
-    void zeroActsCoverTheWholeStretch();
+    void actsDivideThePartOfAnItemWithoutRoundingErrors();
+    void itemCanUseSeveralActs();
+    void actBeyondTheLastEndsAtTheLast();
+    void zeroActsUseTheWholePartOfTheItem();
     void endItemActsGoesToTheEndOfAllActs();
     void changeItemActsMovesToTheNewShare();
     void changeItemActsToZeroGoesToTheEndOfTheActs();
     void changeItemActStepsSetsValueAndMaximum();
     void twoArgumentFormOfChangeItemActStepsIsNeverSent();
-    void itemMaximumOfZeroFillsTheStretch();
+    void itemMaximumOfZeroFillsThePartOfTheItem();
     void itemValueIsClamped();
     void bytesBeyondTheRangeOfABarAreScaled();
     void largestMaximumOfABarIsExact();
@@ -42,7 +42,7 @@ void ProgressStepsTest::typesAreRegisteredUnderTheirNames()
     QCOMPARE(sizeof(Steps), static_cast<size_t>(8));
 }
 
-void ProgressStepsTest::threadsStateIsAValue()
+void ProgressStepsTest::threadsStateCanBeCopied()
 {
     const Progress::ThreadState fresh;
     QVERIFY(fresh.name.isEmpty());
@@ -103,7 +103,7 @@ void ProgressStepsTest::constructionAndDestructionLeaveTheBarsIdle()
     QVERIFY(idle(item));
 }
 
-void ProgressStepsTest::startTotalEnablesTheTotalBarOnly()
+void ProgressStepsTest::startTotalEnablesOnlyTheTotalBar()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(startTotalSig(QString, Steps)));
@@ -117,7 +117,7 @@ void ProgressStepsTest::startTotalEnablesTheTotalBarOnly()
     QVERIFY(!item->isEnabled());
 }
 
-void ProgressStepsTest::startItemCoversTheNextStretch()
+void ProgressStepsTest::startItemUsesTheNextPartOfTheTotal()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -134,7 +134,7 @@ void ProgressStepsTest::startItemCoversTheNextStretch()
     QCOMPARE(total->value(), 50);
 }
 
-void ProgressStepsTest::changeItemActivityChangesTheTextOnly()
+void ProgressStepsTest::changeItemActivityChangesOnlyTheText()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -170,7 +170,7 @@ void ProgressStepsTest::changeTotalKeepsASmallerValue()
     QCOMPARE(total->value(), 40);
 }
 
-void ProgressStepsTest::actsShareTheStretchWithoutRoundingErrors()
+void ProgressStepsTest::actsDivideThePartOfAnItemWithoutRoundingErrors()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -187,7 +187,7 @@ void ProgressStepsTest::actsShareTheStretchWithoutRoundingErrors()
     QCOMPARE(total->value(), 117);
 }
 
-void ProgressStepsTest::itemMayCoverSeveralActs()
+void ProgressStepsTest::itemCanUseSeveralActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 100);
@@ -254,7 +254,7 @@ void ProgressStepsTest::largestMaximumOfABarIsExact()
     QCOMPARE(item->maximum(), int(largest));
 }
 
-void ProgressStepsTest::actBeyondTheLastCoversOnlyUpToTheLast()
+void ProgressStepsTest::actBeyondTheLastEndsAtTheLast()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -269,7 +269,7 @@ void ProgressStepsTest::actBeyondTheLastCoversOnlyUpToTheLast()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::zeroActsCoverTheWholeStretch()
+void ProgressStepsTest::zeroActsUseTheWholePartOfTheItem()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -348,7 +348,7 @@ void ProgressStepsTest::twoArgumentFormOfChangeItemActStepsIsNeverSent()
     QCOMPARE(three.count(), 1);
 }
 
-void ProgressStepsTest::itemMaximumOfZeroFillsTheStretch()
+void ProgressStepsTest::itemMaximumOfZeroFillsThePartOfTheItem()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Reading", 100);

@@ -65,12 +65,12 @@ private Q_SLOTS:
     void iconsAreTheSameAsInMessageBoxes();
     void buttonsAnswer();
     void enterAcceptsAndEscapeRejects();
-    void enterRejectsWhereThatIsTheDefault();
+    void enterRejectsIfRejectionIsTheDefault();
     void closingRejects();
     void textIsShownAsPlainText();
     void shortTextNeedsNoScrolling();
-    void textThatFitsOnTheScreenIsShownWhole_data();
-    void textThatFitsOnTheScreenIsShownWhole();
+    void textThatFitsOnTheScreenIsShownCompletely_data();
+    void textThatFitsOnTheScreenIsShownCompletely();
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
     void keysScrollALongText();
@@ -168,7 +168,7 @@ void ScrollableDialogsTest::enterAcceptsAndEscapeRejects()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 }
 
-void ScrollableDialogsTest::enterRejectsWhereThatIsTheDefault()
+void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr, true);
     dialog.setResult(QDialog::Accepted);
@@ -179,7 +179,7 @@ void ScrollableDialogsTest::enterRejectsWhereThatIsTheDefault()
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 
-    // The other button is one key away.
+    // One key moves the focus to the other button.
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     dialog.findChildren<QPushButton*>().at(0)->setFocus();
@@ -218,7 +218,7 @@ void ScrollableDialogsTest::shortTextNeedsNoScrolling()
     QVERIFY(!area->horizontalScrollBar()->isVisible());
 }
 
-void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownWhole_data()
+void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely_data()
 {
     QTest::addColumn<QString>("family");
     QTest::newRow("usual font") << QString();
@@ -231,11 +231,11 @@ void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownWhole_data()
     }
 }
 
-void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownWhole()
+void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely()
 {
     QFETCH(QString, family);
     const FontScope font(family);
-    // More than two thirds of the screen, the default maximum size of a window.
+    // This is more than two thirds of the screen, Qt's default for the largest size of a window.
     const QSize wanted = Metrics::maxWindowSize() * 85 / 100;
     QLabel measured;
     measured.setTextFormat(Qt::PlainText);

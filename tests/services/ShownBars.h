@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base of the tests of Progress: both bars in a window, and the tip that lists the downloads.
+// The base class of the tests of Progress: both bars in a window, and the tip that lists the downloads.
 
 #ifndef TESTS_SERVICES_SHOWNBARS_H
 #define TESTS_SERVICES_SHOWNBARS_H
@@ -22,12 +22,12 @@ class ShownBars : public QObject
     Q_OBJECT
 
 protected:
-    // A report is sent only if more than this many milliseconds have passed since the last one.
+    // A report is sent only if more than this many milliseconds have passed since the last report.
     static constexpr int interval = 9;
 
     static void waitForInterval();
-    // Does something within one interval. Repeats it, with its preparation, if another process delays it for
-    // longer.
+    // Calls act() within one interval. If another process delays it for longer, it is repeated, with its
+    // preparation.
     template <typename Prepare, typename Act> static void withinTheInterval(Prepare prepare, Act act)
     {
         QElapsedTimer timer;
@@ -44,7 +44,7 @@ protected:
     void hover();
     static GeneralTip* currentTip();
     static QLabel* cell(const GeneralTip* tip, int row, int column);
-    // The rows of the tip, each as "name: state".
+    // The rows of the tip in the form "name: state".
     static QStringList tipRows();
 
     std::unique_ptr<QWidget> window;

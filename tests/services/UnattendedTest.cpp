@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The functions run in this order in one process: an unattended program stays unattended.
+// All functions run in one process, in this order, because an unattended program stays unattended.
 
 #include "services/Unattended.h"
 
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(messages, QStringList());
     }
 
-    // The dialog stays open: the graphical thread does not return to it.
+    // The dialog stays open, because the graphical thread does not return to it.
     void aWaitingWorkerGetsTheSafeAnswer()
     {
         std::atomic<int> answer(-2);
@@ -66,7 +66,7 @@ private Q_SLOTS:
         connect(&timer, &QTimer::timeout, this, [&] {
             QWidget* const dialog = QApplication::activeModalWidget();
             if (dialog != nullptr && !given) {
-                // From here on this thread only waits for the worker.
+                // From now on, this thread only waits for the worker.
                 Unattended::begin();
                 given = worker->wait(30000);
                 static_cast<QDialog*>(dialog)->reject();

@@ -63,7 +63,7 @@ public:
     QString out;
     QString err;
     QStringList errors;
-    QStringList ended; // the output until each end of a capture
+    QStringList ended; // for each end of a capture, the output until this end
     bool otherThread = false;
 
 private:
@@ -113,14 +113,15 @@ bool sameFile(int fd, const struct stat& expected)
     return fstat(fd, &now) == 0 && now.st_dev == expected.st_dev && now.st_ino == expected.st_ino;
 }
 
-// Whether the next block that is written to this end of a pipe may have to wait for the reader.
+// Whether a thread that writes the next block to this pipe may have to wait for the reader.
 bool isFull(int fd)
 {
     int waiting = 0;
     return ioctl(fd, FIONREAD, &waiting) == 0 && waiting > fcntl(fd, F_GETPIPE_SZ) - 4096;
 }
 
-// The descriptor whose replacement fails, because no outside condition makes it fail; -1: none.
+// The descriptor whose replacement fails; -1 means none. Nothing outside the process can make a replacement
+// fail.
 std::atomic<int> irreplaceable(-1);
 
 void writeAll(int fd, const QByteArray& bytes)
@@ -156,13 +157,13 @@ private Q_SLOTS:
     void cleanup();
 
     void largeOutputOfAChildArrivesCompletely();
-    void writersThatOutrunTheReaderLoseNothing();
+    void fastWritersLoseNothing();
     void textIsDeliveredOnTheGraphicalThread();
     void lastOutputOfAChildArrives();
     void outputJustBeforeTheEndArrivesBeforeTheEnd();
     void endOfEachCaptureIsReportedAfterItsLastOutput();
-    void characterSplitBetweenTwoReadsArrivesWhole();
-    void splitCharactersOfTheStreamsDoNotMix();
+    void characterSplitBetweenTwoReadsArrivesCompletely();
+    void splitCharactersOfTheStreamsAreNotMixed();
     void descriptorsAreRestored();
     void bufferedTextGoesToItsOriginalDescriptor();
     void backgroundChildDoesNotDelayTheEnd();
@@ -172,11 +173,11 @@ private Q_SLOTS:
     void serveAllInsideTheReceiverEndsTheCapture();
     void noDescriptorLeaks();
     void childrenInheritOnlyTheStandardDescriptors();
-    void failingPipesLeaveTheOutputAlone_data();
-    void failingPipesLeaveTheOutputAlone();
-    void descriptorThatCannotBeSavedIsLeftAlone();
-    void descriptorThatCannotBeReplaced_data();
-    void descriptorThatCannotBeReplaced();
+    void failingPipesDoNotChangeTheOutput_data();
+    void failingPipesDoNotChangeTheOutput();
+    void descriptorThatCannotBeSavedIsNotReplaced();
+    void descriptorThatCannotBeReplacedStays_data();
+    void descriptorThatCannotBeReplacedStays();
     void failedRestoreIsReportedAndTheReaderStays_data();
     void failedRestoreIsReportedAndTheReaderStays();
     void nestedUsersRestoreTheOuterObject();
@@ -213,7 +214,7 @@ void YumIOCapturersTest::largeOutputOfAChildArrivesCompletely()
     QCOMPARE(receiver.errors, QStringList());
 }
 
-void YumIOCapturersTest::writersThatOutrunTheReaderLoseNothing()
+void YumIOCapturersTest::fastWritersLoseNothing()
 {
     // Numbered lines show lost, repeated and reordered output.
     const auto lines = [](int from, int to) {
@@ -279,7 +280,7 @@ void YumIOCapturersTest::lastOutputOfAChildArrives()
                 YumIOCapturers capturers(&receiver);
                 (void)!system("printf 'line\\nno newline at the end'; printf 'last words' >&2");
             }
-            // Not later: the operation is over now.
+            // The output must be complete now, because the operation ends here.
             outAtTheEnd = receiver.output();
         });
         QCOMPARE(outAtTheEnd, QString("line\nno newline at the end"));
@@ -319,7 +320,7 @@ void YumIOCapturersTest::endOfEachCaptureIsReportedAfterItsLastOutput()
     QVERIFY(!receiver.otherThread);
 }
 
-void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesWhole()
+void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesCompletely()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -335,7 +336,7 @@ void YumIOCapturersTest::characterSplitBetweenTwoReadsArrivesWhole()
                                              "b"));
 }
 
-void YumIOCapturersTest::splitCharactersOfTheStreamsDoNotMix()
+void YumIOCapturersTest::splitCharactersOfTheStreamsAreNotMixed()
 {
     Receiver receiver;
     runOnWorker([&] {
@@ -398,7 +399,7 @@ void YumIOCapturersTest::backgroundChildDoesNotDelayTheEnd()
         YumIOCapturers capturers(&receiver);
         (void)!system("sleep 1000 & echo $!");
     });
-    // It ends although the child still has the pipes open.
+    // The capture ends although the child still has the pipes open.
     const pid_t child = receiver.out.trimmed().toInt();
     QVERIFY(child > 0);
     QCOMPARE(kill(child, SIGKILL), 0);
@@ -417,7 +418,7 @@ void YumIOCapturersTest::backgroundChildThatKeepsWritingDoesNotDelayTheEnd()
     QVERIFY(receiver.out.startsWith("y\ny\n"));
     const pid_t child = receiver.err.trimmed().toInt();
     QVERIFY(child > 0);
-    // The child ends by itself, because the read end is closed.
+    // The child ends without a signal from the test, because the read end is closed.
     QTRY_VERIFY(kill(child, 0) != 0 || !QFile::exists(QString("/proc/%1/exe").arg(child)) ||
                 QFile::symLinkTarget(QString("/proc/%1/exe").arg(child)).isEmpty());
 }
@@ -463,8 +464,8 @@ void YumIOCapturersTest::receiverMayProcessEvents()
     }
 }
 
-// The process begins to end while the receiver of the last output processes events. The worker must not wait
-// for the graphical thread, which does not return to its event loop.
+// The end of the process begins while the receiver of the last output processes events. The graphical thread
+// does not return to its event loop, so the worker must not wait for this thread.
 void YumIOCapturersTest::serveAllInsideTheReceiverEndsTheCapture()
 {
     Receiver receiver;
@@ -524,16 +525,16 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
     QCOMPARE(with.out.trimmed(), without.out.trimmed());
 }
 
-void YumIOCapturersTest::failingPipesLeaveTheOutputAlone_data()
+void YumIOCapturersTest::failingPipesDoNotChangeTheOutput_data()
 {
     QTest::addColumn<int>("available");
-    // Needed are two saved descriptors, two ends of the first pipe and two of the second.
+    // The capture needs two saved descriptors, the two ends of the first pipe and the two ends of the second.
     for (int available = 0; available < 6; ++available) {
         QTest::newRow(QByteArray::number(available) + " descriptors left") << available;
     }
 }
 
-void YumIOCapturersTest::failingPipesLeaveTheOutputAlone()
+void YumIOCapturersTest::failingPipesDoNotChangeTheOutput()
 {
     QFETCH(int, available);
     Receiver receiver;
@@ -572,7 +573,7 @@ void YumIOCapturersTest::failingPipesLeaveTheOutputAlone()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::descriptorThatCannotBeSavedIsLeftAlone()
+void YumIOCapturersTest::descriptorThatCannotBeSavedIsNotReplaced()
 {
     Receiver receiver;
     bool unchanged = false;
@@ -595,14 +596,14 @@ void YumIOCapturersTest::descriptorThatCannotBeSavedIsLeftAlone()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::descriptorThatCannotBeReplaced_data()
+void YumIOCapturersTest::descriptorThatCannotBeReplacedStays_data()
 {
     QTest::addColumn<int>("descriptor");
     QTest::newRow("standard output") << STDOUT_FILENO;
     QTest::newRow("standard error") << STDERR_FILENO;
 }
 
-void YumIOCapturersTest::descriptorThatCannotBeReplaced()
+void YumIOCapturersTest::descriptorThatCannotBeReplacedStays()
 {
     QFETCH(int, descriptor);
     Receiver receiver;
@@ -620,7 +621,7 @@ void YumIOCapturersTest::descriptorThatCannotBeReplaced()
             stdoutStayed = sameFile(STDOUT_FILENO, originalStdout);
             stderrStayed = sameFile(STDERR_FILENO, originalStderr);
             if (!stdoutStayed) {
-                // More than the capacity of a pipe, without a reader: the operation must not wait for ever.
+                // The text is larger than a pipe that no thread reads. The operation must not wait for ever.
                 writeAll(STDOUT_FILENO, QByteArray(1 << 20, 'x'));
             }
         }
@@ -628,7 +629,7 @@ void YumIOCapturersTest::descriptorThatCannotBeReplaced()
         after = countDescriptors();
     });
     QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
-    // A descriptor that was replaced first stays replaced until the end.
+    // The descriptor that was replaced first stays replaced until the end.
     QCOMPARE(stdoutStayed, descriptor == STDOUT_FILENO);
     QVERIFY(stderrStayed);
     QVERIFY(restored);
@@ -646,7 +647,7 @@ void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays_data()
 void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays()
 {
     QFETCH(int, descriptor);
-    // Lives until the end of the program, as the reader that remains in place.
+    // These objects exist until the end of the program, because the reader stays.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
     // Standard output and standard error may be the same file. Then only the order of their creation
@@ -672,7 +673,7 @@ void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays()
         }
         stdoutRestored = sameFile(STDOUT_FILENO, originalStdout);
         stderrRestored = sameFile(STDERR_FILENO, originalStderr);
-        // The pipe is still watched.
+        // The reader still watches the pipe.
         writeAll(descriptor, "still read");
         const QString& text = descriptor == STDOUT_FILENO ? receiver.out : receiver.err;
         for (bool arrived = false; !arrived; QThread::yieldCurrentThread()) {

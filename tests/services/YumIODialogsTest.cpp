@@ -98,11 +98,11 @@ private Q_SLOTS:
     void endOfTheProgramAnswersWithTheEscapeButton_data();
     void endOfTheProgramAnswersWithTheEscapeButton();
     void boxWithoutButtonTextsHasAnOkButton();
-    void boxLooksLikeTheStandardOne_data();
-    void boxLooksLikeTheStandardOne();
+    void boxLooksLikeTheStandardBox_data();
+    void boxLooksLikeTheStandardBox();
     void messageTextIsShownAsPlainText();
     void scrollableShowsTheTextUntilClosed();
-    void guiThreadGetsTheAnswerWithoutTheLocalLoop();
+    void graphicalThreadGetsTheAnswerWithoutTheLocalLoop();
     void oneObjectServesManyRequests();
     void mainWindowIsTheParentAndStaysResponsive();
     void nestedUsersRestoreTheOuterObject();
@@ -321,14 +321,14 @@ void YumIODialogsTest::boxWithoutButtonTextsHasAnOkButton()
     QCOMPARE(result, 0);
     QCOMPARE(buttons, QStringList({"OK"}));
 
-    // Escape and closing count as the only button.
+    // Escape and closing have the same effect as the only button.
     result = run(request, [](QDialog* dialog) { QTest::keyClick(dialog->windowHandle(), Qt::Key_Escape); });
     QCOMPARE(result, 0);
     result = run(request, [](QDialog* dialog) { dialog->close(); });
     QCOMPARE(result, 0);
 }
 
-void YumIODialogsTest::boxLooksLikeTheStandardOne_data()
+void YumIODialogsTest::boxLooksLikeTheStandardBox_data()
 {
     QTest::addColumn<bool>("critical");
     QTest::addColumn<QStringList>("texts");
@@ -346,7 +346,7 @@ void YumIODialogsTest::boxLooksLikeTheStandardOne_data()
     }
 }
 
-void YumIODialogsTest::boxLooksLikeTheStandardOne()
+void YumIODialogsTest::boxLooksLikeTheStandardBox()
 {
     QFETCH(bool, critical);
     QFETCH(QStringList, texts);
@@ -422,7 +422,7 @@ void YumIODialogsTest::scrollableShowsTheTextUntilClosed()
     QVERIFY(rightClass);
 }
 
-void YumIODialogsTest::guiThreadGetsTheAnswerWithoutTheLocalLoop()
+void YumIODialogsTest::graphicalThreadGetsTheAnswerWithoutTheLocalLoop()
 {
     YumIODialogs dialogs(mainWindow.get());
     // Runs when events are processed after the user has answered the dialog.
@@ -479,7 +479,7 @@ void YumIODialogsTest::mainWindowIsTheParentAndStaysResponsive()
         [&](QDialog* dialog) {
             parent = dialog->parentWidget();
             modal = dialog->isModal();
-            // The dialog is answered only after the graphical thread has processed other events.
+            // The test answers the dialog only after the graphical thread has processed other events.
             connect(&ticker, &QTimer::timeout, dialog, [&ticks, dialog] {
                 if (ticks >= 5) {
                     QTest::mouseClick(button(dialog, "Yes"), Qt::LeftButton);
