@@ -13,6 +13,7 @@
 
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/TableStatus.h"
 #include "packagetable/View.h"
 #include "services/HProgressBar.h"
 #include "widgets/Colors.h"
@@ -63,6 +64,7 @@ void MainWindow::createMainArea()
     view = new PackageTable::View(model, proxy, tableArea);
     view->setAccessibleName(tr("Packages"));
     tableLayout->addWidget(view, 1);
+    tableLayout->addWidget(new PackageTable::TableStatus(model, proxy, view, tableArea));
     tableLayout->addLayout(createButtonRow());
     connect(view, SIGNAL(currentChanged(int, int)), this, SLOT(currentChanged(int, int)));
     connect(view, SIGNAL(stateChanged(int)), this, SLOT(stateChanged(int)));

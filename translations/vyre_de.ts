@@ -850,6 +850,29 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     </message>
 </context>
 <context>
+    <name>PackageTable::TableStatus</name>
+    <message>
+        <source>Rows and marks</source>
+        <translation>Zeilen und Vormerkungen</translation>
+    </message>
+    <message>
+        <source>The download is the size of the packages that are marked for Install or Update,
+without dependencies and without the packages of groups.
+Packages in the cache are not downloaded again.</source>
+        <translation>Zum Herunterladen zählt die Größe der Pakete, die zum Installieren oder
+Aktualisieren vorgemerkt sind, ohne Abhängigkeiten und ohne die Pakete von Gruppen.
+Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
+    </message>
+    <message>
+        <source>Listed: %1   Selected: %2   No marks</source>
+        <translation>Aufgelistet: %1   Ausgewählt: %2   Nichts vorgemerkt</translation>
+    </message>
+    <message>
+        <source>Listed: %1   Selected: %2   Marks: %3 Install, %4 Update, %5 Remove   To download: %6</source>
+        <translation>Aufgelistet: %1   Ausgewählt: %2   Vorgemerkt: %3 Installieren, %4 Aktualisieren, %5 Entfernen   Herunterzuladen: %6</translation>
+    </message>
+</context>
+<context>
     <name>PackageTable::View</name>
     <message>
         <source>%1 cannot be marked: the configuration excludes it from updates and removals</source>

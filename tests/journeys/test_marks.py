@@ -38,6 +38,28 @@ class MarksTest(JourneyTest):
                     window.wait_action(action, name)
                     wait_for(lambda wanted=action != 'none': apply_enabled(window) == wanted, 'the state of Apply')
 
+    def test_line_below_the_table_counts_rows_and_marks(self):
+        with self.opened() as window:
+            bar = window.find(driver.pyatspi.ROLE_STATUS_BAR, 'Rows and marks')
+
+            def wait_line(text):
+                wait_for(lambda: bar.getChildAtIndex(0).name.startswith(text), text)
+
+            self.list_packages(window, 'pergola', 'barometer', 'almanac')
+            wait_line('Listed: 3   Selected: 0   No marks')
+            for name, action in (('pergola', 'install'), ('barometer', 'update'), ('almanac', 'remove')):
+                window.mark(name)
+                window.wait_action(action, name)
+            wait_line('Listed: 3   Selected: 1   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
+            driver.key('ctrl+a')
+            wait_line('Listed: 3   Selected: 3   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
+            # The marks of other rows count too.
+            self.list_packages(window, 'barometer')
+            wait_line('Listed: 1   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
+            self.picture('line-below-the-table')
+            window.click_button('Clear Actions')
+            wait_line('Listed: 1   Selected: 0   No marks')
+
     def test_menu_offers_the_possible_actions(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "packagetable/TableStatus.h"
+
+#include <QItemSelectionModel>
+
+#include <algorithm>
+
+#include "packagetable/Model.h"
+#include "packagetable/SortFilterProxyModel.h"
+#include "packagetable/View.h"
+#include "widgets/ElidedLabel.h"
+#include "widgets/Literal.h"
+#include "yumio/ScriptValues.h"
+
+namespace PackageTable {
+
+TableStatus::TableStatus(Model* packages, SortFilterProxyModel* listedRows, View* table, QWidget* parent)
+    : QStatusBar(parent), model(packages), proxy(listedRows), view(table), label(new ElidedLabel),
+      marksChanged(true), marks(), bytes(0)
+{
+    setSizeGripEnabled(false);
+    setAccessibleName(tr("Rows and marks"));
+    setToolTip(Literal::toolTip(
+        tr("The download is the size of the packages that are marked for Install or Update,\n"
+           "without dependencies and without the packages of groups.\n"
+           "Packages in the cache are not downloaded again.")));
+    addWidget(label, 1);
+    later.setSingleShot(true);
+    later.setInterval(0);
+    connect(&later, SIGNAL(timeout()), this, SLOT(updateText()));
+    connect(model, SIGNAL(modelReset()), this, SLOT(recordsChanged()));
+    connect(model, SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)), this,
+            SLOT(cellsChanged(const QModelIndex&, const QModelIndex&)));
+    // The proxy itself marks the listed updates, and only the proxy reports these marks.
+    connect(proxy, SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)), this,
+            SLOT(cellsChanged(const QModelIndex&, const QModelIndex&)));
+    connect(proxy, SIGNAL(modelReset()), this, SLOT(updateLater()));
+    connect(view->selectionModel(), SIGNAL(selectionChanged(const QItemSelection&, const QItemSelection&)),
+            this, SLOT(updateLater()));
+    updateText();
+}
+
+void TableStatus::recordsChanged()
+{
+    marksChanged = true;
+    updateLater();
+}
+
+void TableStatus::cellsChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight)
+{
+    if (topLeft.column() <= ActionColumn && bottomRight.column() >= ActionColumn) {
+        recordsChanged();
+    }
+}
+
+void TableStatus::updateLater()
+{
+    if (!later.isActive()) {
+        later.start();
+    }
+}
+
+void TableStatus::updateText()
+{
+    if (marksChanged) {
+        countMarks();
+    }
+    label->showText(text());
+}
+
+void TableStatus::countMarks()
+{
+    marksChanged = false;
+    std::fill(std::begin(marks), std::end(marks), 0);
+    bytes = 0;
+    const int rows = model->rowCount();
+    for (int row = 0; row < rows; ++row) {
+        const Package::Entry& entry = *model->entry(row);
+        ++marks[entry.action];
+        if (entry.action == Package::Install || entry.action == Package::Update) {
+            bytes += entry.size;
+        }
+    }
+}
+
+QString TableStatus::text() const
+{
+    int selected = 0;
+    // In this view, a selection consists of whole rows.
+    for (const QItemSelectionRange& range : view->selectionModel()->selection()) {
+        selected += range.height();
+    }
+    const int listed = proxy->rowCount();
+    if (marks[Package::Install] + marks[Package::Update] + marks[Package::Remove] == 0) {
+        return tr("Listed: %1   Selected: %2   No marks").arg(listed).arg(selected);
+    }
+    return tr("Listed: %1   Selected: %2   Marks: %3 Install, %4 Update, %5 Remove   To download: %6")
+        .arg(listed)
+        .arg(selected)
+        .arg(marks[Package::Install])
+        .arg(marks[Package::Update])
+        .arg(marks[Package::Remove])
+        .arg(ScriptValues::bytesFormat(bytes));
+}
+
+} // namespace PackageTable

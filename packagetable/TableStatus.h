@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// The line below the package table: the numbers of listed and selected rows, the number of marks of each
+// action, and the size of the marked packages that dnf would download. Screen readers present it as a status
+// bar.
+//
+// It lives on the graphical thread; its Qt parent owns it. It counts the marks of all records only after the
+// marks or the records have changed, and once for all changes of the same moment. A change of the selection
+// or of the filter does not count the marks again.
+
+#ifndef PACKAGETABLE_TABLESTATUS_H
+#define PACKAGETABLE_TABLESTATUS_H
+
+#include <QModelIndex>
+#include <QStatusBar>
+#include <QTimer>
+
+class ElidedLabel;
+
+namespace PackageTable {
+
+class Model;
+class SortFilterProxyModel;
+class View;
+
+class TableStatus : public QStatusBar
+{
+    Q_OBJECT
+
+public:
+    // The three objects are not owned, and must outlive this object. The view must show the rows of the
+    // proxy, and the proxy those of the model.
+    TableStatus(Model* packages, SortFilterProxyModel* listedRows, View* table, QWidget* parent = nullptr);
+
+private Q_SLOTS:
+    void recordsChanged();
+    void cellsChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight);
+    void updateLater();
+    void updateText();
+
+private:
+    void countMarks();
+    QString text() const;
+
+    Model* model;
+    SortFilterProxyModel* proxy;
+    View* view;
+    ElidedLabel* label;
+    QTimer later;      // fires when the current changes are complete
+    bool marksChanged; // the numbers below are outdated
+    int marks[4];      // by Package::Action
+    quint64 bytes;     // the size of the packages that are marked for Install or Update
+};
+
+} // namespace PackageTable
+
+#endif

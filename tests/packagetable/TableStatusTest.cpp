@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "packagetable/TableStatus.h"
+
+#include <QAccessible>
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "tests/packagetable/ShownTable.h"
+#include "widgets/ElidedLabel.h"
+
+using namespace PackageTable;
+
+// Tests of the line below the package table.
+class TableStatusTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void cleanupTestCase() { table.reset(); }
+    void listedRowsAreCounted();
+    void selectedRowsAreCounted();
+    void filterClearsTheNumberOfSelectedRows();
+    void marksAreCountedByAction();
+    void unlistedMarksAreCountedToo();
+    void marksOfTheListedUpdatesAreCounted();
+    void downloadIsTheSizeOfNewPackages();
+    void newRecordsAreCounted();
+    void assistiveProgramsReadAStatusBar();
+    void tableWithoutRecordsIsEmpty();
+
+private:
+    // The expected text appears after the current events.
+    bool shows(const QString& text) const
+    {
+        const bool found = QTest::qWaitFor([this, text] { return label()->wholeText() == text; });
+        if (!found) {
+            qWarning("the line is %s", qPrintable(label()->wholeText()));
+        }
+        return found;
+    }
+    ElidedLabel* label() const { return status->findChild<ElidedLabel*>(); }
+    void mark(const QString& name, Package::Action action)
+    {
+        shown->model.setAction(shown->model.index(table->row(name), ActionColumn), action);
+    }
+
+    std::unique_ptr<Table> table;
+    std::unique_ptr<ShownTable> shown;
+    TableStatus* status = nullptr;
+};
+
+void TableStatusTest::init()
+{
+    if (table == nullptr) {
+        table = std::make_unique<Table>();
+    }
+    table->collectUsual();
+    shown = std::make_unique<ShownTable>(*table);
+    shown->proxy.setGroupsFilter(false);
+    status = new TableStatus(&shown->model, &shown->proxy, shown->view);
+    shown->window.layout()->addWidget(status);
+}
+
+void TableStatusTest::cleanup()
+{
+    shown.reset();
+}
+
+void TableStatusTest::listedRowsAreCounted()
+{
+    QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(shown->proxy.rowCount())));
+    shown->proxy.setStateFilter(ViewUpdatable);
+    shown->proxy.setFilterRegExp("");
+    QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
+    shown->proxy.setFilterRegExp("(");
+    QVERIFY(shows("Listed: 0   Selected: 0   No marks"));
+}
+
+void TableStatusTest::selectedRowsAreCounted()
+{
+    const int rows = shown->proxy.rowCount();
+    shown->select({"tool", "shell", "office"});
+    QVERIFY(shows(QString("Listed: %1   Selected: 3   No marks").arg(rows)));
+    shown->view->selectAll();
+    QVERIFY(shows(QString("Listed: %1   Selected: %1   No marks").arg(rows)));
+    shown->view->clearSelection();
+    QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(rows)));
+}
+
+void TableStatusTest::filterClearsTheNumberOfSelectedRows()
+{
+    shown->select({"tool", "shell"});
+    QVERIFY(shows(QString("Listed: %1   Selected: 2   No marks").arg(shown->proxy.rowCount())));
+    shown->proxy.setStateFilter(ViewUpdatable);
+    QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
+}
+
+void TableStatusTest::marksAreCountedByAction()
+{
+    shown->proxy.setStateFilter(ViewUpdatable);
+    mark("tool", Package::Update);
+    mark("editor", Package::Install);
+    mark("office", Package::Install);
+    mark("shell", Package::Remove);
+    mark("many", Package::Remove);
+    mark("kernel", Package::Remove);
+    QVERIFY(QTest::qWaitFor([this] {
+        return label()->wholeText().startsWith(
+            "Listed: 2   Selected: 0   Marks: 2 Install, 1 Update, 3 Remove   To download: ");
+    }));
+    shown->model.clearActions();
+    QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
+}
+
+void TableStatusTest::unlistedMarksAreCountedToo()
+{
+    shown->proxy.setStateFilter(ViewUpdatable);
+    mark("shell", Package::Remove); // not listed
+    QVERIFY(shows("Listed: 2   Selected: 0   Marks: 0 Install, 0 Update, 1 Remove   To download: 0b"));
+}
+
+void TableStatusTest::marksOfTheListedUpdatesAreCounted()
+{
+    shown->proxy.setStateFilter(ViewUpdatable);
+    QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
+    shown->proxy.setUpdateListed();
+    QVERIFY(QTest::qWaitFor(
+        [this] { return label()->wholeText().contains("Marks: 0 Install, 2 Update, 0 Remove"); }));
+}
+
+void TableStatusTest::downloadIsTheSizeOfNewPackages()
+{
+    table->entry("tool").size = 3 * 1024 * 1024;
+    table->entry("editor").size = 1024 * 1024;
+    table->entry("shell").size = 50 * 1024 * 1024;
+    shown->proxy.setStateFilter(ViewUpdatable);
+    mark("tool", Package::Update);
+    mark("shell", Package::Remove);
+    QVERIFY(shows("Listed: 2   Selected: 0   Marks: 0 Install, 1 Update, 1 Remove   To download: 3.0Mb"));
+    mark("editor", Package::Install);
+    QVERIFY(shows("Listed: 2   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: 4.0Mb"));
+}
+
+void TableStatusTest::newRecordsAreCounted()
+{
+    mark("shell", Package::Remove);
+    QVERIFY(QTest::qWaitFor([this] { return label()->wholeText().contains("1 Remove"); }));
+    {
+        const Model::Hiding hiding(shown->model);
+        QVERIFY(shows("Listed: 0   Selected: 0   No marks"));
+        table->collect({}, {StandIn::package("alone", {{"repoid", "@System"}})}, {});
+    }
+    QVERIFY(shows("Listed: 1   Selected: 0   No marks"));
+}
+
+void TableStatusTest::assistiveProgramsReadAStatusBar()
+{
+    QAccessible::setActive(true);
+    QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(shown->proxy.rowCount())));
+    QAccessibleInterface* bar = QAccessible::queryAccessibleInterface(status);
+    QCOMPARE(bar->role(), QAccessible::StatusBar);
+    QCOMPARE(bar->text(QAccessible::Name), QString("Rows and marks"));
+    QCOMPARE(bar->childCount(), 1);
+    QCOMPARE(bar->child(0)->text(QAccessible::Name), label()->wholeText());
+}
+
+void TableStatusTest::tableWithoutRecordsIsEmpty()
+{
+    shown.reset();
+    table->yumIO.clearEntries();
+    shown = std::make_unique<ShownTable>(*table);
+    status = new TableStatus(&shown->model, &shown->proxy, shown->view);
+    shown->window.layout()->addWidget(status);
+    QVERIFY(shows("Listed: 0   Selected: 0   No marks"));
+}
+
+QTEST_MAIN(TableStatusTest)
+#include "TableStatusTest.moc"

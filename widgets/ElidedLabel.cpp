@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "widgets/ElidedLabel.h"
+
+#include <QEvent>
+#include <QFontMetrics>
+
+#include "widgets/Literal.h"
+#include "widgets/Metrics.h"
+
+namespace {
+
+// The number of letters that are visible at the smallest width.
+const int fewestLetters = 8;
+
+} // namespace
+
+ElidedLabel::ElidedLabel(QWidget* parent) : PlainLabel(parent)
+{
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+}
+
+void ElidedLabel::showText(const QString& text)
+{
+    if (whole != text) {
+        whole = text;
+        setAccessibleName(whole);
+        updateGeometry();
+        fit();
+    }
+}
+
+int ElidedLabel::margins() const
+{
+    return 2 * (margin() + frameWidth()) + contentsMargins().left() + contentsMargins().right();
+}
+
+QSize ElidedLabel::sizeHint() const
+{
+    const QSize text = fontMetrics().size(Qt::TextSingleLine, whole);
+    return {text.width() + margins(), PlainLabel::sizeHint().height()};
+}
+
+QSize ElidedLabel::minimumSizeHint() const
+{
+    const int few = fewestLetters * Metrics::columnWidth(fontMetrics());
+    return {qMin(sizeHint().width(), few), sizeHint().height()};
+}
+
+void ElidedLabel::resizeEvent(QResizeEvent* event)
+{
+    PlainLabel::resizeEvent(event);
+    fit();
+}
+
+void ElidedLabel::changeEvent(QEvent* event)
+{
+    PlainLabel::changeEvent(event);
+    if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange) {
+        fit();
+    }
+}
+
+void ElidedLabel::fit()
+{
+    const QString visible = fontMetrics().elidedText(whole, Qt::ElideRight, width() - margins());
+    setText(visible);
+    setToolTip(visible == whole ? QString() : Literal::toolTip(whole));
+}

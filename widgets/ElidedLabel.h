@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// A label of one line that shortens its text to its width. If the text is shortened, the tool tip shows the
+// whole text. Assistive programs always read the whole text.
+//
+// It lives on the graphical thread; its Qt parent owns it.
+
+#ifndef WIDGETS_ELIDEDLABEL_H
+#define WIDGETS_ELIDEDLABEL_H
+
+#include "widgets/PlainLabel.h"
+
+class ElidedLabel : public PlainLabel
+{
+    Q_OBJECT
+
+public:
+    explicit ElidedLabel(QWidget* parent = nullptr);
+
+    void showText(const QString& text);
+    // Returns the text before it is shortened.
+    QString wholeText() const { return whole; }
+
+    // The size of the whole text.
+    QSize sizeHint() const override;
+    // A few letters.
+    QSize minimumSizeHint() const override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    using PlainLabel::setText;
+    int margins() const;
+    void fit();
+
+    QString whole;
+};
+
+#endif
