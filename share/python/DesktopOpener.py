@@ -33,7 +33,7 @@ class Refusal(Exception):
 
 
 def caller(what):
-    """The entry of the user who has become root, from the user database; None if this process is not root's."""
+    """The user database's entry of the user who has become root; None if this process does not run as root."""
     if os.geteuid() != 0:
         return None
     for variable in ('PKEXEC_UID', 'SUDO_UID'):
@@ -66,11 +66,11 @@ def is_own_directory(path, uid):
 
 
 def environment(user, given):
-    """Returns the environment for the user's programs. The process must already be this user's."""
+    """Returns the environment for the user's programs. The process must already run as this user."""
     made = {name: value for name, value in given.items() if name in KEPT or name.startswith('LC_')}
     made.update(HOME=user.pw_dir, USER=user.pw_name, LOGNAME=user.pw_name, SHELL=user.pw_shell or '/bin/sh')
 
-    # The given runtime directory may be root's, or may be one that VYRE has made for itself.
+    # The given runtime directory may belong to root, or VYRE may have made it for itself.
     for directory in (given.get('XDG_RUNTIME_DIR'), os.path.join(RUNTIME_DIRECTORIES, str(user.pw_uid))):
         if directory and is_own_directory(directory, user.pw_uid):
             made['XDG_RUNTIME_DIR'] = directory
@@ -87,7 +87,7 @@ def environment(user, given):
 
 
 def find(program, path):
-    """The full path of a program, found as by a shell; None if the program is missing."""
+    """The full path of a program, searched for as a shell does; None if the program is missing."""
     for directory in path.split(os.pathsep):
         candidate = os.path.join(directory or '.', program)
         if os.path.isfile(candidate) and os.access(candidate, os.X_OK):
@@ -109,7 +109,7 @@ def start(what, commands):
             os.chdir(user.pw_dir)
         except OSError:
             os.chdir('/')
-    # The interpreter ignores these signals, and a started program would inherit that.
+    # The interpreter ignores these signals. A started program would inherit this setting.
     for number in (signal.SIGPIPE, signal.SIGXFSZ):
         signal.signal(number, signal.SIG_DFL)
     for command in commands:

@@ -58,7 +58,9 @@ def ownPackage():
 
 
 def forgetOwnPackage():
-    """Forget the modules of an earlier run of this file. An import reads them again, and finds dnf's own classes."""
+    """Forget the modules of an earlier run of this file, and restore dnf's own classes. The next import reads the
+    modules again.
+    """
     earlier = sys.modules.get('vyre.program')
     if earlier is not None:
         earlier.restore()
@@ -68,7 +70,7 @@ def forgetOwnPackage():
 
 
 with ownPackage():
-    # This import is the first, because it looks at dnf's own classes. Other modules replace some of them.
+    # This import must be the first, because it needs dnf's own classes. The other modules replace some of them.
     from vyre.privatenames import requirePrivateNames
 
     from vyre import groups, signatures, versionlock
@@ -93,7 +95,7 @@ with ownPackage():
 
 
 class All:
-    """The result of collectAll(). The list excluded has the installed packages that the configuration excludes."""
+    """The result of collectAll(). excluded: the installed packages that the configuration excludes."""
 
     def __init__(self, installed, available, excluded):
         self.installed = installed
@@ -264,7 +266,7 @@ class YumIO:
     # Version locks
 
     def versionLocks(self):
-        """What the program offers; see versionlock.versionLocks()."""
+        """The version locks that the program shows; see versionlock.versionLocks()."""
         try:
             return versionlock.versionLocks(self.base)
         except dnf.exceptions.Error as e:

@@ -78,7 +78,8 @@ def runTransaction(base, checkCurrent):
         checkCurrent()
         base.scriptSpace = ScriptSpace()
         checkScriptSpace(base.scriptSpace)
-        # dnf saves module streams before the last hook of the plug-ins. Without packages, it also saves groups before.
+        # dnf saves module streams before the last hook of the plug-ins. If no packages change, dnf also saves groups
+        # before this hook.
         saved = otherSections(base, withGroups=not base.transaction)
         PlugIns.ended = False
         try:

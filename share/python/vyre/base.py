@@ -46,15 +46,15 @@ class Base(dnf.Base):
         self.unsolved = None  # the goal of the last resolution, if it has failed
         self.judge = None  # a function that may refuse a solution before it becomes the transaction
         self.withoutSpace = []  # packages whose scripts may have had no space
-        # The messages that the program shows, and removes, after a successful operation. A repeated message is only
-        # logged.
+        # The program shows these messages after a successful operation, and then removes them. A repeated message is
+        # only logged.
         self.remarks = []
         self._remarked = set()
         self.plugInFault = ''  # why the plug-ins cannot be used; not empty: every operation fails
         self._plugInStamp = None
 
     def renew(self, conf):
-        """Begin again with another configuration. The object stays the same, because the program keeps it."""
+        """Begin again with another configuration. The object stays the same, because other objects refer to it."""
         kept = self.remarks, self._remarked
         self.end()
         forgetPlugIns()
@@ -71,8 +71,8 @@ class Base(dnf.Base):
             logging.getLogger('dnf').warning('%s', e)
 
     def endTransaction(self):
-        """Remove the downloaded packages of a transaction, or keep them for the next one, as the command dnf does at
-        its end.
+        """Remove the downloaded packages of a transaction, or keep them for the next transaction, as the command
+        dnf does at its end.
         """
         done = self._trans_success
         try:
@@ -104,7 +104,7 @@ class Base(dnf.Base):
     @property
     def repos(self):
         if self._reposUnread:
-            self._reposUnread = False  # plug-ins ask for the repositories as well
+            self._reposUnread = False  # plug-ins also read this property
             try:
                 self._readRepos()
             except BaseException:
@@ -123,7 +123,7 @@ class Base(dnf.Base):
         return self._comps
 
     def _readRepos(self):
-        # An interrupted attempt may have left some repositories.
+        # An interrupted attempt may have left some repositories behind.
         self._repos.clear()
         self._plugInStamp = stampOfPlugIns(self.conf)
         self.plugInFault = ''
@@ -150,7 +150,7 @@ class Base(dnf.Base):
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
 
     def _expireRepos(self):
-        """Mark the metadata as outdated that an earlier run has found to be outdated."""
+        """Mark metadata as outdated if an earlier run has recorded them as outdated."""
         self._activate_persistor()
         expired = self._repo_persistor.get_expired_repos()
         for repo in self._repos.values():
@@ -171,7 +171,7 @@ class Base(dnf.Base):
                 'dnf.conf(5) for how to squelch this message)'))
 
     def _usePlugIns(self, *steps):
-        """Run steps of the plug-ins. setupRepos() reports a failure later."""
+        """Run these steps of the plug-ins up to the first failure. setupRepos() reports the failure later."""
         try:
             for step in steps:
                 if not self.plugInFault:
@@ -244,7 +244,7 @@ class Base(dnf.Base):
                 tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
 
     def _checkDocuments(self, repo):
-        """Report a damaged list of files or changes. dnf accepts a list that ends too early, and a wrong document."""
+        """Report a damaged list of files or changes. dnf accepts an incomplete list, and a wrong document."""
         for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
             fault = self._documentFault(repo, kind, element)
             if fault:
@@ -264,9 +264,10 @@ class Base(dnf.Base):
         return fault
 
     def _run_transaction(self, cb):
-        """Not every failed scriptlet prevents the change of its package. If it does not, newer versions of rpm
-        nevertheless report a failed transaction, in which no package has failed. As in older versions, the packages
-        have changed, and the history needs the end of the transaction.
+        """Run the transaction. Ignore a failed scriptlet that does not prevent the change of its package.
+
+        After such a scriptlet, newer versions of rpm report a failed transaction, although no package has failed. The
+        packages have changed, as with older versions, and the history needs the end of the transaction.
         """
         try:
             return super(Base, self)._run_transaction(cb)
@@ -295,7 +296,7 @@ class Base(dnf.Base):
             raise
 
     def problems(self):
-        """The reasons why the last resolution has failed: a list of lines for each of them."""
+        """The reasons why the last resolution has failed: a list of lines for each reason."""
         # This call crashes the process if the goal was not run.
         return [clearest(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
 

@@ -10,7 +10,7 @@ import dnf.repo
 
 
 def cleanCache(conf, *types):
-    """Remove the files of these types from the cache; the types are those of dnf.repo.CACHE_FILES."""
+    """Remove the files of these types from the cache. types: keys of dnf.repo.CACHE_FILES."""
     cache = conf.cachedir
     patterns = [re.compile(dnf.repo.CACHE_FILES[type]) for type in types]
     count = 0

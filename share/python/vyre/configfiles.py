@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The package manager's configuration files: where they are, and which of them the script reads.
+"""The locations of the package manager's configuration files, and the rules that decide which files the script reads.
 
 The program's editor reads the same files by the same rules. Every thread may call this module; it has no state.
 """
@@ -27,8 +27,8 @@ def configurationFile():
 
 
 def repositoryDirectories(known):
-    """The directories of the repositories if the main configuration file names none. The directories that only dnf
-    knows are included if they exist. The editor uses the same list.
+    """Returns the repository directories for a main configuration file that names no directory. Directories that only
+    dnf knows are included if they exist. The editor uses the same list.
     """
     usual = ['/etc/yum.repos.d', '/etc/yum/repos.d']
     return [inRoot(path) for path in usual] + [
@@ -43,8 +43,8 @@ def tooLarge(limit):
 def mainFileFault(path):
     """The reason why dnf must not read the main configuration file; empty if dnf can read it.
 
-    dnf would read a pipe or an endless file for ever. dnf itself handles all other errors of the file: if VYRE
-    ignored the file, its options would be lost, and with them checks of signatures.
+    dnf would never stop reading a pipe or an endless file. dnf itself handles all other errors of the file. If VYRE
+    ignored the file because of such an error, it would also ignore options that require checks of signatures.
     """
     try:
         # The type is checked first, because opening a device may already have an effect.
@@ -66,7 +66,7 @@ TWO_BYTE_MARKS = (b'\xff\xfe', b'\xfe\xff')
 def isUsable(path):
     """Whether the program's editor can read this repository file. The editor reports the files that it does not read.
 
-    dnf would read a pipe or an endless file for ever.
+    dnf would never stop reading a pipe or an endless file.
     """
     try:
         # The type is checked first, because opening a device may already have an effect.

@@ -24,7 +24,7 @@ from .program import tr
 
 
 def readConfiguration():
-    """Read the configuration files; return the configuration and the repository directories that this dnf knows.
+    """Read the configuration files. Returns the configuration, and the repository directories that dnf knows.
 
     The log reports each unreadable part. An unreadable part keeps its default.
     """
@@ -77,9 +77,9 @@ def readConfiguration():
 
 
 def readMainFile(conf):
-    """Read the options of the main configuration file; return the file in which dnf looks for repositories.
+    """Read the options of the main configuration file. Returns the file in which dnf looks for repositories.
 
-    Without a main configuration file, dnf would not check signatures. This function then demands the check.
+    Without a main configuration file, dnf would not check signatures. In this case, this function requires the check.
     """
     path = configurationFile()
     if path is None:
@@ -106,7 +106,7 @@ def reportUnused(path, fault):
     logging.getLogger('dnf').error(tr('Unable to use the configuration file %s: %s'), path, fault)
 
 
-# The options that can refuse a package or metadata.
+# The options that switch on checks of packages, metadata or servers.
 CHECKS = ('gpgcheck', 'repo_gpgcheck', 'localpkg_gpgcheck', 'gpgkey_dns_verification', 'sslverify',
           'sslverifystatus', 'proxy_sslverify')
 
@@ -145,7 +145,8 @@ def keepChecks(conf, path):
         conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
     protect(conf, demanded.protected_packages)
     if added:
-        # The file of the running system was not written for the managed root. So these checks are no reason to warn.
+        # The file of the running system was not written for the managed root. So its checks are logged without a
+        # warning.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
         if path is None:
             show(tr('There is no main configuration file. dnf uses %s instead. VYRE makes the checks of that file too: '
@@ -156,7 +157,7 @@ def keepChecks(conf, path):
 
 
 def protect(conf, names):
-    """Protect these packages as well."""
+    """Add these names to the protected packages."""
     own = list(conf.protected_packages)
     missing = [name for name in names if name not in own]
     if missing:
@@ -190,7 +191,7 @@ def setReleasever(conf):
 
 
 def detectedRelease():
-    """The release of the managed system. Without a release package, it is a usable value."""
+    """The release of the managed system. Without a release package, it is the release in /etc/os-release, or "1"."""
     try:
         detected = dnf.rpm.detect_releasever(managedRoot())
     except dnf.exceptions.Error as e:

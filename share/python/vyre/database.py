@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""rpm's database: its place, and whether it has changed. The graphical thread and workers run this module."""
+"""rpm's database: its location, and a check for changes. The graphical thread and workers run this module."""
 
 import logging
 import os
@@ -20,8 +20,8 @@ DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
 def useDatabaseOfRoot():
     """Use the database of the managed system. In some distributions, rpm uses a database in the user's home directory.
 
-    dnf checks signatures with the program rpmkeys, which needs the directory as well. In a second run of the
-    script in the same interpreter, rpm's macro has its value already. Therefore the function stays replaced.
+    dnf checks signatures with the program rpmkeys, which also needs the directory. If the script runs again in the same
+    interpreter, rpm's macro already has its value. Therefore dnf's function stays replaced.
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return
@@ -31,7 +31,8 @@ def useDatabaseOfRoot():
 
 
 def verifyWithDatabaseOfRoot(package, root):
-    """Check the signatures of a package, an open file. Returns dnf's number for the result; 0 means correct."""
+    """Check the signatures of a package. package: an open file. Returns dnf's number for the result; 0 means correct.
+    """
     program = dnf.rpm.miscutils._find_rpmkeys_binary()
     if program is None:
         logging.getLogger('dnf').critical(tr('Signatures cannot be checked: the program rpmkeys is missing.'))
@@ -46,7 +47,7 @@ def verifyWithDatabaseOfRoot(package, root):
 
 
 def databaseCookie():
-    """A text that differs after every change of the installed packages; empty if rpm cannot compute it."""
+    """A text that is different after each change of the installed packages; empty if rpm cannot compute it."""
     transaction = rpm.TransactionSet(managedRoot())
     try:
         return transaction.dbCookie() if transaction.openDB() == 0 else ''

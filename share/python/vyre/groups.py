@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Groups of packages, and whether libcomps and Python can read them. The worker that collects them runs this module."""
+"""Groups of packages, and a test that shows whether dnf can read groups.
+
+The worker that collects the groups runs this module.
+"""
 
 import functools
 import logging
@@ -102,7 +105,7 @@ class WithoutGroups(dnf.comps.Comps):
 
 
 def checkGroups(base, repo):
-    """Leave out a list of groups that cannot be unpacked. Otherwise dnf reads none of the other lists."""
+    """Leave out a list of groups that cannot be unpacked. Otherwise dnf would not read the other lists either."""
     path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
     if not path or not canUnpack(path):
         return

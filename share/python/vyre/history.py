@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The history of transactions, and whether the package database has the changes of a transaction.
+"""The history of transactions, and a check that the package database has the changes of a transaction.
 
 A worker runs this module.
 """
@@ -26,7 +26,7 @@ COMMAND_LENGTH = 1000
 def commandLine(*lists):
     """The text that the history stores as the command line. lists: pairs of a verb and names of packages or groups.
 
-    dnf shows the history on a terminal. Characters of names that could harm a terminal are replaced.
+    dnf shows the history on a terminal, so "?" replaces each unprintable character of a name.
     """
     parts = []
     for verb, objects in lists:
@@ -49,7 +49,7 @@ def reportLeftovers(base):
                                 '\n'.join('  ' + ', '.join(str(package) for package in packages)
                                           for packages in several)))
     except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
-        # The packages can be used nevertheless.
+        # The program can still use the packages.
         logging.getLogger('dnf').debug('It is not known how the last transaction ended: %s', e)
     if parts:
         logging.getLogger('dnf').warning('%s', '\n'.join(parts))
@@ -116,7 +116,7 @@ def unrecorded(base, items):
     wanted = {}
     for item in items:
         key = (item.name, item.epoch, item.version, item.release, item.arch)
-        # dnf has two items for a reinstalled package: an installed and a removed one.
+        # dnf has two items for a reinstalled package: one for its installation, and one for its removal.
         if item.action in dnf.transaction.FORWARD_ACTIONS:
             wanted[key] = (item, True)
         elif item.action in dnf.transaction.BACKWARD_ACTIONS:

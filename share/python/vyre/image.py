@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The changes that are impossible on a system whose programs are an image. The worker that applies the marks asks."""
+"""Refuses changes that are impossible on a system whose programs are an image.
+
+The worker that applies the marks runs this module.
+"""
 
 import fnmatch
 import os
@@ -13,8 +16,8 @@ from .program import tr
 
 
 def checkPersistence(base):
-    """Refuse changes that the system does not keep. If its programs are an image, changes may be impossible, or lost
-    at the next start. VYRE does not have the options of the command dnf for such systems.
+    """Refuse changes that the system does not keep. If the programs of the system are an image, changes may be
+    impossible, or lost at the next start. VYRE does not have the options of the command dnf for such systems.
     """
     image = managedRoot() == '/' and os.path.isfile('/run/ostree-booted')
     persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
@@ -33,8 +36,8 @@ def checkPersistence(base):
 
 
 def checkDrift(base):
-    """Refuse to change files that must match the image, such as those of the boot loader. Changes below /usr are lost
-    at the next start, but changes of these files remain. Versions before 4.24 do not check this.
+    """Refuse to change files that must match the image, such as the boot loader's files. Changes below /usr are lost
+    at the next start, but changes of these files remain. Versions of dnf before 4.24 do not check this.
     """
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}

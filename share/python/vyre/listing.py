@@ -13,9 +13,9 @@ from .program import tr
 
 
 def otherSections(base, withGroups=True):
-    """The changes of groups and module streams in a resolved transaction, as in dnf's own listing.
+    """Returns the changes of groups and module streams in a resolved transaction, as the command dnf lists them.
 
-    Returns pairs of a heading and its lines, without empty sections.
+    The result is a list of pairs of a heading and its lines. Empty sections are left out.
     """
     sections = []
     dnfText = dnf.i18n._
@@ -67,7 +67,7 @@ def refuseModuleSwitch(base, packages):
 
 
 def packagesOfStreams(base, packages, streams):
-    """The texts of the packages that are in these module streams. A stream is a pair of a module name and a stream."""
+    """The texts of the packages that belong to these module streams. streams: pairs of a module name and a stream."""
     found = set()
     for module in base._moduleContainer.getModulePackages():
         if (module.getName(), module.getStream()) in streams:

@@ -52,8 +52,8 @@ class DatabaseLock:
     """Holds rpm's own lock for a scope, so that no other program changes the packages meanwhile.
 
     rpm waits for this lock without a message, or does not wait at all. This class shows the holder of the lock, and
-    asks whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it when it is
-    done.
+    asks whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it at the end of
+    its work.
     """
 
     # Times in seconds: between two attempts, before the first question, and between two questions.
@@ -161,8 +161,8 @@ class DatabaseLock:
 
 
 def nameInLocks(path):
-    """The name of a file in /proc/locks: the device of its file system, which may differ from that of stat(), and the
-    number of the file.
+    """The name of a file in /proc/locks: the device of its file system, and the number of the file. The device may
+    differ from the device that stat() returns.
     """
     # O_PATH is necessary: closing a file that is open for reading releases all locks of this process on the file.
     descriptor = os.open(path, os.O_PATH | os.O_CLOEXEC)
@@ -186,10 +186,10 @@ def nameOfProcess(number):
 
 
 def startOfProcess(number):
-    """When a process started, in seconds since 1970, exact to two seconds; None if unknown."""
+    """The start time of a process in seconds since 1970, exact to two seconds; None if unknown."""
     try:
         with open('/proc/{}/stat'.format(number), 'rb') as stat, open('/proc/stat', 'rb') as system:
-            # The name of the program, in parentheses, may have any characters.
+            # The name of the program, in parentheses, can contain any characters.
             ticks = int(stat.read().rpartition(b')')[2].split()[19])
             booted = next(int(line.split()[1]) for line in system if line.startswith(b'btime '))
     except (OSError, ValueError, IndexError, StopIteration):
@@ -298,7 +298,7 @@ class WaitingLock(dnf.lock.ProcessLock):
             awaitLock(None)
             raise
         if not awaitLock(None):
-            # The user has ended the wait in the moment when the lock became free.
+            # The user has ended the wait at the moment when the lock became free.
             os.unlink(self.target)
             self._end(0)
 
@@ -316,8 +316,8 @@ class WaitingLock(dnf.lock.ProcessLock):
 
 
 def awaitLock(text, first=False):
-    """Show the lock that the script waits for. If first is set, the log gets the text too. None shows the end of the
-    wait.
+    """Show that the script waits for a lock. text: the description of the wait; None shows the end of the wait. first:
+    whether the log also gets the text.
 
     Returns False if the user ends the wait.
     """
@@ -331,7 +331,7 @@ def awaitLock(text, first=False):
 
 
 def waitingLock(build):
-    """A function that makes a WaitingLock instead of the lock that dnf's function makes."""
+    """Returns a function that makes a WaitingLock instead of the lock that dnf's function build makes."""
     def buildWaiting(cachedir, exit_on_lock):
         plain = build(cachedir, exit_on_lock)
         return plain if exit_on_lock else WaitingLock(plain.target, plain.description)
@@ -339,7 +339,7 @@ def waitingLock(build):
 
 
 def useDatabaseLock(lock=None):
-    """From now on, dnf uses this lock on its own files. Without a lock, it does not wait for another process."""
+    """Make dnf use this lock on its own files. Without a lock, dnf makes its own, and waits for no other process."""
     dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock or buildDatabaseLock(persistdir, True)
 
 

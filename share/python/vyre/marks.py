@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The marks of a transaction, and how they become the goal of dnf. The worker that applies them runs this module."""
+"""The marks of a transaction, and the functions that add them to dnf's goal.
+
+The worker that applies the marks runs this module.
+"""
 
 import dnf.exceptions
 import dnf.selector
@@ -74,7 +77,7 @@ class Judged(Exception):
 
 
 def markAll(base, marks, strict=True):
-    """Put the marks into the goal. If strict is set, one impossible mark makes the whole goal impossible."""
+    """Add the marks to the goal. If strict is set, the goal has no solution if one mark cannot be carried out."""
     for package in marks.removes:
         base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
     versions = installedVersions(base) if marks.installs or marks.updates else {}
@@ -113,7 +116,7 @@ def markInstallation(base, package, versions, strict):
 
 
 def markUpdate(base, package, versions, strict):
-    """Mark exactly this version. If it is impossible, the user must see the reason."""
+    """Mark exactly this version. If this version cannot be installed, the user must see the reason."""
     replaced = [version for version in versions.get(package.name, [])
                 if package.arch == 'noarch' or version.arch in (package.arch, 'noarch')]
     if not replaced or max(replaced) >= package:

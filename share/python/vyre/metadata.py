@@ -22,14 +22,14 @@ from .program import tr
 
 
 def documentPath(repo, kind):
-    """The path of a repository's metadata of this kind in the cache; None without such metadata."""
+    """The path of a repository's metadata of this kind in the cache; None if the repository lacks such metadata."""
     try:
         return repo._repo.getMetadataPath(kind) or None
     except (RuntimeError, libdnf.error.Error):
         return None
 
 
-# The endings of the documents that the program can read. Only dnf reads documents with other endings, such as .zck.
+# The file name endings of uncompressed documents.
 PLAIN = ('', '.xml', '.yaml', '.yml')
 
 COMPRESSED = {'.gz': gzip.open, '.bz2': bz2.open, '.xz': lzma.open}
@@ -41,8 +41,8 @@ def canUnpack(path):
 
 
 def metadataFault(path, element):
-    """The error of a metadata document, whose outermost element must be the given element. Empty if the document has no
-    error, or if it cannot be checked.
+    """The error of a metadata document; empty if the document has no error, or if it cannot be checked. The outermost
+    element of the document must be the given element.
     """
     find = program.faultOfMetadata
     return find(path, element) if find is not None and canUnpack(path) else ''
@@ -68,7 +68,7 @@ def unpacked(path):
             yield from iter(lambda: stream.read(BLOCK), b'')
 
 
-# The exceptions when a damaged document is unpacked.
+# The exceptions that can occur while a damaged document is unpacked.
 UNPACKING_ERRORS = (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZMAError, zlib.error)
 
 
@@ -95,7 +95,7 @@ def modulesFault(base, path):
 
 
 def checkModuleFiles(base):
-    """Refuse a damaged file about modules of the system itself. dnf does not name the file, or crashes."""
+    """Refuse a damaged module file in the system's own directories. dnf would crash, or not name the file."""
     faults = {path: modulesFault(base, path)
               for path in sorted(glob.glob(inRoot('/etc/dnf/modules.defaults.d') + '/*.yaml'))}
     for path in sorted(glob.glob(inRoot('/etc/dnf/modules.d') + '/*.module')):

@@ -17,7 +17,9 @@ from .program import tr, withoutSecrets, yumIOC
 
 
 def passable(text):
-    """The text for the program. Characters that UTF-8 cannot encode are escaped; file names can have them."""
+    """Returns a text that the program accepts. Characters that UTF-8 cannot encode are escaped. File names can contain
+    such characters.
+    """
     return text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
 
 
@@ -55,12 +57,12 @@ class Writer:
 
 
 def programListens():
-    """Whether the program can be called. At its end, it restores the interpreter's own streams."""
+    """Whether the script can call the program. At its end, the program restores the interpreter's own streams."""
     return isinstance(sys.stdout, Writer)
 
 
 class LogHandler(logging.Handler):
-    """Passes dnf's log records on to the program's log. The levels are those of dnf's option debuglevel (default 2)."""
+    """Passes dnf's log records on to the program's log, with the levels of dnf's option debuglevel (default 2)."""
 
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
@@ -75,7 +77,7 @@ class LogHandler(logging.Handler):
         except Exception:  # a faulty record must not end the operation that logs it
             text = str(record.msg)
         if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
-            # The command needs a terminal, and the command dnf may use another cache directory.
+            # The command in this text needs a terminal, and may clean another cache directory.
             text = tr('You can remove them with Clean Packages in the menu Cache.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
@@ -96,7 +98,7 @@ def startLog():
 
 
 class DiscreetFormatter(logging.Formatter):
-    """Hides passwords in the records of a log file, because other users can read the file. Another formatter formats
+    """Hides passwords in the records of a log file, because other users can read the file. The given formatter formats
     the records.
     """
 
@@ -109,7 +111,7 @@ class DiscreetFormatter(logging.Formatter):
 
 
 def showActivity(text):
-    """Show on the bar of the current step what happens now."""
+    """Show the present activity on the bar of the current step."""
     if program.changeActivity is not None and programListens():
         program.changeActivity(passable(text))
 
@@ -127,12 +129,12 @@ def introduceListing(text):
 
 
 def setUpLogFiles(base):
-    """Start dnf's log files, without passwords."""
+    """Open dnf's log files, and hide passwords in them."""
     directory = base.conf.logdir
     try:
         base.setup_loggers()
     except OSError as e:
-        # Some of the files may exist now.
+        # Some of the log files may be open now.
         hidePasswordsInLogFiles()
         logging.getLogger('dnf').error(tr('No log files can be written in %s: %s'), directory, e)
         return
@@ -149,5 +151,6 @@ def hidePasswordsInLogFiles():
             if isinstance(handler, logging.FileHandler):
                 handler.setFormatter(DiscreetFormatter(handler.formatter or logging.Formatter()))
     if not logging.getLogger('librepo').handlers:
-        # In this version, librepo writes its file itself, with passwords. No file is better.
+        # In this version of dnf, librepo itself writes its log file, and would write passwords too. So the log file is
+        # switched off.
         libdnf.repo.LibrepoLog.removeAllHandlers()

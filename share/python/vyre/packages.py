@@ -46,7 +46,7 @@ def headerOf(package):
 
 
 def changelogsOf(package):
-    """The change log as dictionaries of timestamp (datetime.datetime), author and text, the newest first."""
+    """A list of dictionaries with timestamp (datetime.datetime), author and text. The newest entry is the first."""
     if package._from_system:
         header = package.base.headers.header(package)
         entries = zip(header[rpm.RPMTAG_CHANGELOGTIME], header[rpm.RPMTAG_CHANGELOGNAME],
@@ -63,7 +63,7 @@ def dateTime(seconds):
 def universalDay(day):
     """The day of a change log's entry in universal time, from the local day that dnf returns.
 
-    The time of an entry is noon of its day in universal time. In time zones far in the east, it is then the next day.
+    The time of an entry is noon in universal time. In time zones far in the east, the next day has begun at this time.
     """
     noon = datetime.datetime.combine(day, datetime.time(12, tzinfo=datetime.timezone.utc))
     ahead = datetime.date.fromtimestamp(noon.timestamp()) - day
@@ -96,8 +96,8 @@ class OtherData:
         try:
             packages = self._load(package.base, package.repo)
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
-            # The cache may have been cleaned since the repository was read. A search asks for every package, so the
-            # failure is reported once, and not tried again unless it was only a lock.
+            # The cache may have been cleaned since the repository was read. A search asks for every package, so this
+            # function reports a failure once. It tries again only if the reason was a lock.
             logging.getLogger('dnf').warning(tr('The change logs of %s cannot be read: %s'), package.reponame, e)
             if not isinstance(e, dnf.exceptions.LockError):
                 self._packages[package.reponame] = {}
@@ -120,7 +120,7 @@ class OtherData:
         """
         if repo.id not in self._packages:
             sack = dnf.sack._build_sack(base)
-            # dnf takes the same lock when it loads them itself, because loading writes to the cache.
+            # dnf takes the same lock when it loads change logs itself, because loading writes to the cache.
             with dnf.lock.build_metadata_lock(base.conf.cachedir, False):
                 sack.load_repo(repo._repo, build_cache=True, load_other=True)
             self._packages[repo.id] = {str(package): package for package in sack.query().available()}

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Where the paths of the managed system are on the running system. Only this module reads VYREROOT.
+"""Converts paths of the managed system to paths of the running system. Only this module reads VYREROOT.
 
 Every thread may call this module; it has no state.
 """
@@ -22,25 +22,25 @@ def inRoot(path):
 
 
 def isElsewhere(path):
-    """Whether an absolute path is outside the managed root. Files of the managed system name paths without the root."""
+    """Whether an absolute path is outside the managed root. Files of the managed system have paths without the root."""
     root = managedRoot()
     return path.startswith('/') and root != '/' and path != root and not path.startswith(root + '/')
 
 
 def namedDirectory(path):
-    """The path of a directory that a file of the managed system names and that the script writes to."""
+    """The path of a directory that is named in a file of the managed system. The script writes to this directory."""
     return inRoot(path) if isElsewhere(path) else path
 
 
 def namedDirectoryOfFiles(path):
-    """The path of a directory that a file of the managed system names and that the script only reads. If it is missing
-    below the managed root, the directory of the running system is used.
+    """The path of a directory that is named in a file of the managed system. The script only reads this directory. If
+    it is missing below the managed root, the directory of the running system is used.
     """
     return inRoot(path) if isElsewhere(path) and os.path.isdir(inRoot(path)) else path
 
 
 def canWrite(path):
-    """Whether this user can make files in a directory. The directory need not exist yet."""
+    """Whether this user can create files in a directory. The directory need not exist yet."""
     while not os.path.lexists(path):
         path = os.path.dirname(path)
     return os.access(path, os.W_OK | os.X_OK)

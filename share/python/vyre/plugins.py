@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The plug-ins of dnf: they are loaded again with each configuration, and a failure names its plug-in.
+"""The plug-ins of dnf. They are loaded again with each configuration. The message about a failure names the plug-in.
 
-Their hooks run on workers.
+The hooks of plug-ins run on workers.
 """
 
 import dis
@@ -21,7 +21,7 @@ from .program import tr
 
 
 def isOfPlugIn(module):
-    """Whether the module of this name is a plug-in."""
+    """Whether the module of this name belongs to a plug-in."""
     return module.startswith(dnf.plugin.DYNAMIC_PACKAGE + '.')
 
 
@@ -41,7 +41,7 @@ def nameOfPlugIn(plugIn):
 
 
 def plugInInTraceback(error):
-    """The name of the plug-in that has raised an exception; empty if no plug-in has."""
+    """The name of the plug-in whose code is in the traceback of an exception; empty without such code."""
     place = error.__traceback__
     while place is not None:
         module = place.tb_frame.f_globals.get('__name__') or ''
@@ -136,7 +136,7 @@ class PlugIns(dnf.plugin.Plugins):
                     logging.getLogger('dnf').debug('%s', e, exc_info=True)
                     raise dnf.exceptions.Error(
                         tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), reasonOf(e)))
-                # The command dnf continues as well.
+                # The command dnf also continues after these exceptions.
                 if usesCommand(plugIn, e):
                     self._reportWithoutCommand(nameOfPlugIn(plugIn), method)
                     continue
@@ -149,8 +149,8 @@ class PlugIns(dnf.plugin.Plugins):
             logging.getLogger('dnf').warning(
                 tr('The plug-in %s needs the command dnf and does not work in VYRE (%s).'), name, method)
 
-    # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work. In
-    # an operation without packages, dnf calls it after the changes.
+    # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work. If
+    # no packages change, dnf calls the hook after the changes of groups and streams.
     ended = False
 
     def run_pre_transaction(self):
@@ -168,7 +168,7 @@ class PlugIns(dnf.plugin.Plugins):
 
 
 def stampOfPlugIns(conf):
-    """A value that differs after a plug-in or its configuration was installed, replaced or removed."""
+    """A value that changes when a plug-in or its configuration is installed, replaced or removed."""
     stamp = []
     for pattern in [directory + '/*.py' for directory in conf.pluginpath] + [
             directory + '/*.conf' for directory in conf.pluginconfpath]:

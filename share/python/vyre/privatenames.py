@@ -23,8 +23,8 @@ import rpm
 
 from .program import tr
 
-# Each private name with its place and the message about a version that lacks it. The start looks for all of them:
-# otherwise a missing name could stop a transaction half way.
+# Each private name, with its class or module, and the message about a version that lacks the name. The start looks for
+# all names: otherwise a missing name could stop a transaction half way.
 PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     (tr('Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.'), (
         (dnf.conf.config.BaseConfig, ('_has_option', '_populate', '_set_value')),
@@ -67,13 +67,13 @@ NEW_NAMES = ('_persistence',)
 # Private names that may be missing. If one is missing, the script does not replace dnf's own check of signatures.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
 
-# What the script uses of the plug-in versionlock. Without these names, the program offers no version locks.
+# The names of the plug-in versionlock that the script uses. If one is missing, the program offers no version locks.
 VERSIONLOCK_NAMES = ('VersionLockCommand', '_read_locklist', 'locklist_fn')
 
 
 def requirePrivateNames(*objects):
-    """End the start if dnf lacks one of these names. Classes and modules are checked without arguments; the names that
-    only objects have are checked in the given objects.
+    """End the start if dnf lacks one of PRIVATE_NAMES. Without arguments, only classes and modules are checked. With
+    arguments, the names that only objects have are checked too.
     """
     for place, name, text in PRIVATE_NAMES:
         made = [each for each in objects if isinstance(place, type) and isinstance(each, place)]

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Everything that the program offers to the script, and what the script replaces in dnf.
+"""The program's functions and values for the script, and the names of dnf that the script replaces.
 
 The program registers the module yumIOC, and sets further names in the globals of YumIO.py before it runs that file.
 YumIO.py passes them on to this module, and the other modules use them only from here. The functions are called on the
@@ -15,11 +15,11 @@ translations = {}
 addBeforeListing = None
 # Adds lines to the end of that listing.
 addToListing = None
-# Shows on the bar of the current step what happens now.
+# Shows the present activity on the bar of the current step.
 changeActivity = None
-# Finds the fault of a document of metadata.
+# Finds the error of a metadata document.
 faultOfMetadata = None
-# Hides the passwords of a text.
+# Hides the passwords in a text.
 hideSecrets = None
 # Shows the lock that the script waits for; returns whether to wait longer.
 waitForLock = None

@@ -67,7 +67,7 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
         yumIOC.errorlog(0, passable(str(message)))
 
 
-# The number of output lines that a failure shows: the last lines of the output.
+# A failure shows the last lines of the output, at most this number.
 REASON_LINES = 10
 
 
@@ -124,7 +124,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
 
     def _scriptError(self, amount, total, key):
         """The program already has the output of the scriptlet. If the failure prevents the change of a package, total
-        is not 0. Then the end of the output is shown again with the failure.
+        is not 0. In this case, show the end of the output again, together with the failure.
         """
         self.scriptFailed = True
         super(RPMTransaction, self)._scriptError(amount, total, key)

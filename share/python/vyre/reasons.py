@@ -25,7 +25,7 @@ def clearest(lines):
 
 
 def refusal(failure, marks, objects, problems):
-    """Returns an exception with the reasons why no mark can be applied. All kinds of failures have this message.
+    """Returns an exception with the reasons why no mark can be applied. All kinds of failures use the same message.
 
     The text of a failed resolution only repeats the problems; without problems it is empty. If dnf has refused a mark,
     the text of that failure is one more problem.
@@ -41,8 +41,8 @@ def refusal(failure, marks, objects, problems):
 
 
 def reasonsOf(objects, problems):
-    """A text with each package and group. Below each name are the lines of the problems that contain this name. The
-    other problems are at the end of the text.
+    """A text that lists the packages and groups. Below each name are the lines of the problems that contain this name.
+    The other problems are at the end of the text.
     """
     byWord = {}
     for number, lines in enumerate(problems):

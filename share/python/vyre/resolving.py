@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the transaction for the marks, and the impossible marks. The worker that applies the marks runs this module."""
+"""Finds the transaction for the marks, and the marks that cannot be carried out.
+
+The worker that applies the marks runs this module.
+"""
 
 import contextlib
 import copy
@@ -19,7 +22,7 @@ from .updates import findUpdates
 
 
 def resolveMarks(base, marks):
-    """Find the transaction for the marks. If some of them are impossible, ask the user whether to leave them out.
+    """Find the transaction for the marks. If some marks cannot be carried out, ask the user whether to leave them out.
 
     Returns three values: the marks of the transaction, or None if the user refuses; a list of the marked objects that
     are left out; and a text with their names and the reasons.
@@ -114,7 +117,7 @@ def resolveWithRemovals(base, marks, strict):
         return
     except Judged:
         pass
-    # Only packages that the marked removals alone would remove may be removed.
+    # The transaction may remove only the packages that the removals remove if nothing else is marked.
     allowed = removedAlone(base, marks)
     unwanted = dependents - allowed
     base.reset(goal=True)
@@ -131,7 +134,7 @@ def resolveWithRemovals(base, marks, strict):
 
 
 def removedAlone(base, marks):
-    """All packages that the marked removals alone remove."""
+    """All packages that the marked removals remove if nothing else is marked."""
     found = set()
 
     def judge(goal):
@@ -150,7 +153,7 @@ def removedAlone(base, marks):
 
 @contextlib.contextmanager
 def availableHidden(base):
-    """Hides available packages for a scope, so that they do not replace removed packages, as in the command dnf."""
+    """Hides available packages within a scope, as the command dnf does. Then they do not replace removed packages."""
     names = [repo.id for repo in base.repos.iter_enabled()]
     hidden = []
     try:
@@ -171,9 +174,10 @@ ATTEMPTS = 40
 
 
 def impossibleMarks(base, marks):
-    """The marks that are impossible together with the other marks. Empty also if they cannot be found.
+    """The marks that cannot be carried out together with the other marks. If the search fails, the list has only
+    removals.
 
-    The number of resolutions does not depend on the number of marks. Only impossible removals need more resolutions.
+    The number of resolutions depends on the number of marks only if some removals are impossible.
     """
     impossible = impossibleRemovals(base, marks)
     marks = marks.without(impossible)
@@ -221,15 +225,15 @@ def unmarkable(base, marks):
 
 
 def impossibleRemovals(base, marks):
-    """The marked removals that are impossible because of protected or excluded packages. If some removals are
-    impossible only together, the first removals are kept. After too many attempts, all undecided removals are regarded
-    as impossible.
+    """The marked removals that protected or excluded packages prevent. If some removals are impossible only together,
+    the first of these removals are kept. After too many attempts, all undecided removals are regarded as impossible.
     """
     attempts = iter(range(ATTEMPTS))
     kept = Marks()
 
     def search(packages, groups):
-        """Add the possible removals among these to the kept removals. Raises StopIteration after too many attempts."""
+        """Add the possible removals of these lists to the kept removals. Raises StopIteration after too many attempts.
+        """
         next(attempts)
         if canBeRemoved(base, Marks(removes=kept.removes + packages, groupRemoves=kept.groupRemoves + groups)):
             kept.removes += packages
@@ -277,14 +281,14 @@ def canBeRemoved(base, marks):
 
 
 def missingMarks(base, marks):
-    """The marked packages that are missing in the transaction. They can be optional if groups are marked as well."""
+    """The marked packages that are missing in the transaction. With marked groups, the resolver may omit packages."""
     there = set(str(package) for package in base.sack.query().installed())
     there.update(str(item) for item in base.transaction or [] if item.action in dnf.transaction.FORWARD_ACTIONS)
     return [package for package in marks.installs + marks.newVersions() if str(package) not in there]
 
 
 def missingMembers(base, marks):
-    """Pairs of a marked group and a member of it that is missing in the transaction."""
+    """Pairs of a marked group and one of its members that is missing in the transaction."""
     if not marks.groupInstalls and not marks.groupUpdates:
         return []
     transaction = list(base.transaction or [])

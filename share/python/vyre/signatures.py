@@ -41,7 +41,7 @@ def checkSignatures(base, packages):
                 raise dnf.exceptions.Error(str(e))
             finally:
                 package.repo.set_progress_bar(DownloadProgress())
-                # Next time, the user is asked again and may answer differently.
+                # Forget the answer, so that the user can answer differently the next time.
                 base._repo_set_imported_gpg_keys.discard(package.repoid)
         elif result != 0:
             raise dnf.exceptions.Error(text)

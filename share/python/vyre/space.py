@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The space on disks: hints for messages, and the directory of rpm's scripts. Workers run this module."""
+"""The free space on disks: hints for messages, and the space for rpm's scripts. Workers run this module."""
 
 import os
 import sys
@@ -12,12 +12,12 @@ from .database import DATABASES
 from .paths import inRoot
 from .program import tr, yumIOC
 
-# If fewer bytes are free, a failure to write files is probably due to the space.
+# If fewer bytes are free, a full disk is the probable reason why a file cannot be written.
 LITTLE_SPACE = 1 << 20
 
 
 def spaceHint(directory, needed=LITTLE_SPACE):
-    """A last line for a message, if a directory has less space than needed, in bytes; otherwise nothing.
+    """A last line for a message if a directory has less free space than needed; otherwise an empty text. needed: bytes.
 
     librepo and rpm report a full disk as damaged files, or not at all.
     """
@@ -30,9 +30,9 @@ def spaceHint(directory, needed=LITTLE_SPACE):
 
 
 class ScriptSpace:
-    """The space of the directory where rpm writes each script of a package before running it."""
+    """The free space of the directory where rpm writes each script of a package before running it."""
 
-    # In bytes; more than any script has.
+    # In bytes. No script is larger.
     NEEDED = 1 << 16
 
     def __init__(self):

@@ -1,5 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the updates, and the packages that replace others. The worker that collects the packages runs this module."""
+"""Finds the updates, and the packages that replace packages of other names.
+
+The worker that collects the packages runs this module.
+"""
 
 import dnf.rpm
 import hawkey
@@ -50,7 +53,7 @@ def excludedPackages(base):
 
 
 def chooseUpdates(base, updates):
-    """The updates that an upgrade of their names would install, and the pairs of findUpdates().
+    """Returns the updates that "dnf upgrade NAME" would install, and the same kind of pairs as findUpdates().
 
     If an installed package has no architecture, the query returns an update for each architecture. Only one of them
     replaces that package.
@@ -89,7 +92,7 @@ def replacementPairs(base, news, olds):
         if new is not None:
             pairs.append((new, old))
     if len(set(new.arch == 'noarch' for new, old in pairs)) > 1:
-        # A package without an architecture cannot be installed beside a package that has one.
+        # A package without an architecture cannot be installed beside a package of its name that has one.
         others = [(newestOf(base, [new for new in news if new.arch == old.arch and new.evr_cmp(best) == 0]), old)
                   for best, old in pairs]
         if all(new is not None for new, old in others):
@@ -117,7 +120,7 @@ def newestOf(base, packages):
 def findReplacements(base):
     """Pairs of an installed package and the package of another name that replaces it in an update of all packages.
 
-    The resolver runs only if a package obsoletes an installed one.
+    The resolver runs only if an available package obsoletes an installed package.
     """
     query = base.sack.query()
     if not base.conf.obsoletes or not query.available().filterm(obsoletes=query.installed()):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Version locks: which packages dnf's plug-in versionlock locks, and how to lock others. On a worker.
+"""Reads and changes the version locks of dnf's plug-in versionlock. A worker runs this module.
 
 The plug-in's own command changes its list of locks, so that the command dnf and the program write the same lines.
 """
@@ -18,12 +18,12 @@ import hawkey
 from .privatenames import VERSIONLOCK_NAMES
 from .program import tr
 
-# The forms in which the plug-in reads a line of its list.
+# The forms of package names that the plug-in accepts in its list.
 FORMS = (hawkey.FORM_NEVRA, hawkey.FORM_NEVR, hawkey.FORM_NEV, hawkey.FORM_NA, hawkey.FORM_NAME)
 
 
 def loadedPlugIn(base):
-    """The module of the plug-in; None if it is not loaded, or if this version lacks what the script needs."""
+    """The module of the plug-in; None if it is not loaded, or if it lacks a name that the script needs."""
     plugIns = base._plugins.plugins if base._plugins is not None else ()
     for plugIn in plugIns:
         if plugIn.name == 'versionlock':
@@ -34,8 +34,9 @@ def loadedPlugIn(base):
 
 
 def versionLocks(base):
-    """None without the plug-in. Otherwise a pair: why the user cannot change the list of locks, or an empty text; and a
-    dictionary of the names of locked packages and the lines that lock them.
+    """Returns None without the plug-in, otherwise a pair. The first value is the reason why the user cannot change the
+    list of locks, or an empty text. The second value is a dictionary: the name of each locked package, and the lines
+    that lock it.
     """
     module = loadedPlugIn(base)
     if module is None:
@@ -48,8 +49,8 @@ def versionLocks(base):
 
 
 def writingFault(path):
-    """Why the user cannot change the list of locks; empty if the user can. The plug-in adds lines to the file, and
-    replaces the file to remove lines.
+    """The reason why the user cannot change the list of locks, or an empty text. The plug-in adds lines to the file,
+    and replaces the file to remove lines.
     """
     directory = os.path.dirname(path)
     if all(os.access(each, os.W_OK) for each in ([path, directory] if os.path.exists(path) else [directory])):
@@ -58,10 +59,12 @@ def writingFault(path):
 
 
 def namesByLine(base, module):
-    """The names of the packages that each line of the list locks. The plug-in excludes all other versions of them."""
+    """A dictionary of the list's lines, and the names of the packages that each line locks. The plug-in excludes all
+    other versions of these packages.
+    """
     found = {}
     for line in module._read_locklist():
-        if line.startswith('!'):  # excludes a version
+        if line.startswith('!'):  # the line excludes a version
             continue
         names = found.setdefault(line, set())
         for nevra in dnf.subject.Subject(line).get_nevra_possibilities(forms=list(FORMS)):
@@ -73,9 +76,7 @@ def namesByLine(base, module):
 
 
 def lockVersions(base, packages):
-    """Lock the installed versions of the packages of these names, or the given version of a package that is not
-    installed.
-    """
+    """Lock the installed versions of these packages. If a package is not installed, lock the given version."""
     module = requirePlugIn(base)
     locked = set().union(*namesByLine(base, module).values())
     specs = set()
@@ -90,7 +91,7 @@ def lockVersions(base, packages):
 
 
 def unlockVersions(base, packages):
-    """Remove the lines that lock the packages of these names. A line that locks other packages too stays."""
+    """Remove the lines that lock the packages of these names. A line that also locks other packages remains."""
     module = requirePlugIn(base)
     wanted = set(package.name for package in packages)
     lines = {line: names for line, names in namesByLine(base, module).items() if names & wanted}
@@ -125,7 +126,7 @@ def runCommand(base, module, subcommand, specs):
 
 @contextlib.contextmanager
 def oneDatabaseSack():
-    """The command reads rpm's database again for each package. Within this scope, it reads the database once."""
+    """Within this scope, the plug-in's command reads rpm's database only once, instead of once for each package."""
     read = dnf.sack._rpmdb_sack
     dnf.sack._rpmdb_sack = functools.lru_cache(maxsize=1)(read)
     try:
