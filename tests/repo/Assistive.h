@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Collects the texts that assistive programs get, and the texts that these programs and the user can find.
+// Collects the texts that assistive programs receive, and the texts that assistive programs and users can
+// read.
 
 #ifndef TESTS_REPO_ASSISTIVE_H
 #define TESTS_REPO_ASSISTIVE_H
@@ -38,7 +39,7 @@ inline void recordReport(QAccessibleEvent* event)
     }
 }
 
-// True if assistive programs get texts exactly in a test run with an accessibility bus.
+// Whether assistive programs receive texts in a run with an accessibility bus, and only in such a run.
 inline bool reportsAsExpected()
 {
     const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");
@@ -62,7 +63,8 @@ inline void collectTexts(QAccessibleInterface* interface, QStringList& texts)
     }
 }
 
-// These texts, and all texts that the user can read in the window and its tool tips.
+// The texts that assistive programs find, and all texts that the user can read in the window and its tool
+// tips.
 inline QStringList readableTexts(QWidget* window)
 {
     QStringList texts;

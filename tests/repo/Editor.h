@@ -43,7 +43,7 @@ public:
         }
     }
 
-    // Puts a program into the share directory that records its arguments, one per line.
+    // Installs a browser in the share directory. It records its arguments, one in each line.
     void installBrowser()
     {
         Files::put(Share::absolute(QStringLiteral("webbrowser")),
@@ -52,7 +52,7 @@ public:
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QFile::remove(Share::absolute(QStringLiteral("webbrowser.called")));
     }
-    // Waits for the program, and returns its arguments.
+    // Waits for the browser, and returns its arguments.
     static QStringList browsed()
     {
         QFile called(Share::absolute(QStringLiteral("webbrowser.called")));

@@ -26,7 +26,7 @@
 
 namespace {
 
-// Runs as a user with a limited number of processes until the end of the scope.
+// Until the end of the scope, the process runs as a user with a limited number of processes.
 class ProcessLimit
 {
 public:
@@ -119,14 +119,14 @@ private Q_SLOTS:
 
     void theProgramGetsItsArguments();
     void itReturnsWithoutWaiting();
-    void theProgramIsNoChildOfOurs();
-    void theProgramHasASessionOfItsOwn();
+    void theProgramIsNotAChildOfThisProcess();
+    void theProgramHasItsOwnSession();
     void onlyTheStandardDescriptorsAreInherited_data();
     void onlyTheStandardDescriptorsAreInherited();
     void programsGetTheSavedOutput();
     void signalsAreNotBlockedForTheProgram();
     void signalsAreNotIgnoredForTheProgram();
-    void theProgramLeavesOurSignalsAlone();
+    void theProgramDoesNotChangeOurSignals();
     void aMissingProgramIsReportedOnStandardError();
     void aFailedForkIsShown();
     void aFailedSecondForkIsReportedOnStandardError();
@@ -194,7 +194,7 @@ void ExecuteTest::itReturnsWithoutWaiting()
     QCOMPARE(read("whole"), QByteArray("go\n"));
 }
 
-void ExecuteTest::theProgramIsNoChildOfOurs()
+void ExecuteTest::theProgramIsNotAChildOfThisProcess()
 {
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
     run("echo $PPID > " + quoted("part") + " && mv " + quoted("part") + ' ' + quoted("parent") +
@@ -209,7 +209,7 @@ void ExecuteTest::theProgramIsNoChildOfOurs()
     close(gate);
 }
 
-void ExecuteTest::theProgramHasASessionOfItsOwn()
+void ExecuteTest::theProgramHasItsOwnSession()
 {
     // The session is the sixth field; the second, the name, has no blanks here.
     run("cut -d' ' -f6 /proc/self/stat > " + quoted("part") + "; mv " + quoted("part") + ' ' +
@@ -237,7 +237,7 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
     // The last descriptor is the listed directory itself.
     const QByteArray listing = "exec ls /proc/self/fd > " + quoted("list");
     if (oldSystem) {
-        // A separate process, because the filter cannot be removed.
+        // A separate process runs the program, because the filter cannot be removed.
         const pid_t child = fork();
         if (child == 0) {
             withoutCloseRange();
@@ -307,7 +307,7 @@ void ExecuteTest::signalsAreNotIgnoredForTheProgram()
     QCOMPARE(read("whole").simplified(), QByteArray("SigIgn: 0000000000000000"));
 }
 
-void ExecuteTest::theProgramLeavesOurSignalsAlone()
+void ExecuteTest::theProgramDoesNotChangeOurSignals()
 {
     sigset_t blocked;
     sigset_t saved;
@@ -381,7 +381,8 @@ void ExecuteTest::aFailedSecondForkIsReportedOnStandardError()
 {
     const QString expected =
         QStringLiteral("second fork() failed; errno = %1 (%2)\n").arg(EAGAIN).arg(strerror(EAGAIN));
-    // The limit also counts the threads of this program. It grows until the first fork succeeds.
+    // The limit also includes the threads of this program. The test increases it until the first fork
+    // succeeds.
     QString text;
     for (rlim_t processes = 1; processes < 200 && text.isEmpty(); ++processes) {
         const StandardError errors;

@@ -35,8 +35,8 @@ inline QList<WId> windowsIn(const char* property)
     return windows;
 }
 
-// True if the window manager, if any, has removed the hidden windows and has focused the window. If a hidden
-// window is shown again before that, it may never get the focus.
+// Whether the window manager has removed the hidden windows and given the focus to the window. True without a
+// window manager. A hidden window that is shown again too early may never get the focus.
 inline bool windowManagerHasSettled(const QWidget* active)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {
@@ -52,7 +52,7 @@ inline bool windowManagerHasSettled(const QWidget* active)
     return windowsIn("_NET_ACTIVE_WINDOW").contains(active->internalWinId());
 }
 
-// Waits until a window has the focus. Qt reports a dialog as active even while its parent is.
+// Waits until a window has the focus. Qt reports a dialog as active even if only its parent is active.
 inline bool waitForFocus(const QWidget* window)
 {
     const auto active = [window] {

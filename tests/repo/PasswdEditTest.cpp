@@ -158,7 +158,7 @@ void PasswdEditTest::textWithoutAMatchIsShown()
 
 void PasswdEditTest::everyPasswordOfAUrlIsMasked()
 {
-    // The expression does not match any of these.
+    // The expression does not match any of these URLs.
     const QString urls = QStringLiteral("http://bob:secret@a/ http://a/?password=secret&x=y "
                                         "http://a/vantor?u=bob&p=sec ret&path=/x");
     setRealText(urls);
@@ -172,7 +172,7 @@ void PasswdEditTest::everyPasswordOfAUrlIsMasked()
     QVERIFY(shownText().startsWith(QString::fromUtf8("http://bob:●●●●●●●●@a/")));
 }
 
-void PasswdEditTest::theHiddenEditIsLikeTheShownOne()
+void PasswdEditTest::theHiddenEditIsLikeTheShownEdit()
 {
     QCOMPARE(textOf(hiddenEdit()), text());
     QVERIFY(!hiddenEdit()->isVisible());
@@ -188,7 +188,7 @@ void PasswdEditTest::theHiddenEditIsLikeTheShownOne()
     QCOMPARE(hiddenEdit()->geometry(), edit->geometry());
 }
 
-void PasswdEditTest::theHiddenEditFollowsToAnotherParent()
+void PasswdEditTest::theHiddenEditMovesToTheSameParent()
 {
     const std::unique_ptr<QWidget> moved(makeEdit(nullptr));
     setRealText(moved.get(), text());
@@ -250,7 +250,7 @@ void PasswdEditTest::anInvisibleChangeIsSignalledToo()
 
 // --- Keys and the mouse.
 
-void PasswdEditTest::typingIntoThePassword()
+void PasswdEditTest::typedTextIsInsertedIntoThePassword()
 {
     goTo(passwordBegin + 3);
     type(QStringLiteral("XY"));
@@ -262,7 +262,7 @@ void PasswdEditTest::typingIntoThePassword()
     QCOMPARE(positionOf(hiddenEdit()), position());
 }
 
-void PasswdEditTest::typingOverASelectedPartOfThePassword()
+void PasswdEditTest::typedTextReplacesASelectedPartOfThePassword()
 {
     goTo(passwordBegin + 1);
     press(Qt::Key_Right, Qt::ShiftModifier, 4);
@@ -274,7 +274,7 @@ void PasswdEditTest::typingOverASelectedPartOfThePassword()
     compareReal(QStringLiteral("abt"));
 }
 
-void PasswdEditTest::backspaceAndDelete()
+void PasswdEditTest::backspaceAndDeleteChangeThePassword()
 {
     goTo(passwordBegin + 2);
     press(Qt::Key_Backspace);
@@ -305,7 +305,7 @@ void PasswdEditTest::wordsAreDeletedAsTheyAreShown()
     press(Qt::Key_Backspace, Qt::ControlModifier);
     left.chop(1);
     QCOMPARE(realText(), left);
-    // With a selection, these keys delete the selection.
+    // If text is selected, these keys delete the selection.
     goTo(0);
     press(Qt::Key_Right, Qt::ShiftModifier, 2);
     press(Qt::Key_Delete, Qt::ControlModifier);
@@ -326,7 +326,7 @@ void PasswdEditTest::theCursorGoesThroughThePasswordCharacterByCharacter()
     QCOMPARE(changes->size(), 0);
 }
 
-void PasswdEditTest::theSelectionStaysWhereTheUserMadeIt()
+void PasswdEditTest::theSelectionKeepsItsPlace()
 {
     goTo(passwordBegin + 4);
     press(Qt::Key_Left, Qt::ShiftModifier, 3);
@@ -343,7 +343,7 @@ void PasswdEditTest::theSelectionStaysWhereTheUserMadeIt()
     QCOMPARE(realText(), QString());
 }
 
-void PasswdEditTest::undoAndRedo()
+void PasswdEditTest::undoAndRedoRestoreThePassword()
 {
     goTo(passwordBegin + 6);
     press(Qt::Key_Backspace, Qt::NoModifier, 2);
@@ -371,7 +371,7 @@ void PasswdEditTest::undoneTextIsMasked()
     QCOMPARE(shownText(), QString());
     press(QKeySequence::Undo);
     compareReal(password);
-    // Even if only the undone text makes it a password.
+    // The undone text is masked even if it is a password only now.
     press(Qt::Key_End, wholeText());
     goTo(passwordBegin + password.size());
     press(Qt::Key_Delete);

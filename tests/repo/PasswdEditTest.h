@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The tests of both masking edits. The test of each edit defines the access to that edit, and adds its own
-// cases.
+// The tests of both masking edits. The test of each edit defines the access to its edit, and adds further
+// tests.
 
 #ifndef TESTS_REPO_PASSWDEDITTEST_H
 #define TESTS_REPO_PASSWDEDITTEST_H
@@ -23,20 +23,20 @@ private Q_SLOTS:
     void thePasswordIsMasked();
     void textWithoutAMatchIsShown();
     void everyPasswordOfAUrlIsMasked();
-    void theHiddenEditIsLikeTheShownOne();
-    void theHiddenEditFollowsToAnotherParent();
+    void theHiddenEditIsLikeTheShownEdit();
+    void theHiddenEditMovesToTheSameParent();
     void theHiddenEditIsDeletedToo();
     void itAcceptsNoDropsAndHasNoMenu();
     void changesAreSignalled();
     void anInvisibleChangeIsSignalledToo();
 
-    void typingIntoThePassword();
-    void typingOverASelectedPartOfThePassword();
-    void backspaceAndDelete();
+    void typedTextIsInsertedIntoThePassword();
+    void typedTextReplacesASelectedPartOfThePassword();
+    void backspaceAndDeleteChangeThePassword();
     void wordsAreDeletedAsTheyAreShown();
     void theCursorGoesThroughThePasswordCharacterByCharacter();
-    void theSelectionStaysWhereTheUserMadeIt();
-    void undoAndRedo();
+    void theSelectionKeepsItsPlace();
+    void undoAndRedoRestoreThePassword();
     void undoneTextIsMasked();
     void aClickSetsTheCursor();
     void draggingSelects();

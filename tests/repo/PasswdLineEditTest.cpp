@@ -16,7 +16,7 @@ private Q_SLOTS:
     void everythingIsDeletedAndCopiedMasked();
     void insertedLineBreaksAreDropped();
     void composingWithinThePasswordIsMasked();
-    void composingOutsideThePasswordShows();
+    void textComposedOutsideThePasswordIsVisible();
     void returnReachesTheWindow();
 
 protected:
@@ -128,7 +128,7 @@ void PasswdLineEditTest::insertedLineBreaksAreDropped()
     QGuiApplication::clipboard()->setText(text() + QStringLiteral("\n"));
     press(QKeySequence::Paste);
     compareReal(password);
-    // Also if an assistive program inserts them.
+    // An assistive program cannot insert line breaks either.
     setText(edit, QStringLiteral("one\ntwo\n"));
     QCOMPARE(realText(), QStringLiteral("one two"));
     QCOMPARE(shownText(), QStringLiteral("one two"));
@@ -148,7 +148,7 @@ void PasswdLineEditTest::composingWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdLineEditTest::composingOutsideThePasswordShows()
+void PasswdLineEditTest::textComposedOutsideThePasswordIsVisible()
 {
     goTo(3);
     compose(QStringLiteral("kan"));

@@ -12,7 +12,7 @@ private Q_SLOTS:
     void everyPasswordOfUrlsIsHidden_data();
     void everyPasswordOfUrlsIsHidden();
     void passwordsOfOptionsAreHidden();
-    void aTextWithoutPasswordsIsLeftAlone();
+    void aTextWithoutPasswordsIsNotChanged();
     void aTextIsMaskedOnce();
     void everyMatchIsHidden();
     void onlyAWholeTextThatMatchesIsHidden();
@@ -59,7 +59,7 @@ void PasswdMaskTest::passwordsOfOptionsAreHidden()
     QVERIFY(!PasswdMask(Credentials::Text::Options).hides(QStringLiteral("password="), 8));
 }
 
-void PasswdMaskTest::aTextWithoutPasswordsIsLeftAlone()
+void PasswdMaskTest::aTextWithoutPasswordsIsNotChanged()
 {
     const PasswdMask mask;
     QCOMPARE(mask.masked(QStringLiteral("abc"), QLatin1Char('*')), QStringLiteral("abc"));

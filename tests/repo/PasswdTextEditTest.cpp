@@ -18,16 +18,16 @@ class PasswdTextEditTest : public PasswdEditTest
 private Q_SLOTS:
     void everyPasswordIsMasked();
     void theTextIsKeptExactly();
-    void theSizeIsThatOfColumnsAndRows();
-    void typingIntoTheSecondPassword();
+    void theSizeFitsTheColumnsAndRows();
+    void typedTextIsInsertedIntoTheSecondPassword();
     void linesAreJoinedAndSplit();
-    void aSelectionMayGoOverLines();
+    void aSelectionMayContainSeveralLines();
     void theCursorGoesFromLineToLine();
     void aSelectionCannotBeDraggedAway();
     void typingKeepsTheViewWhereItIs();
-    void richTextIsPastedPlain();
+    void richTextIsPastedAsPlainText();
     void composingWithinThePasswordIsMasked();
-    void tabMovesTheFocusWhenAskedTo();
+    void tabMovesTheFocusOnRequest();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -120,7 +120,7 @@ void PasswdTextEditTest::theTextIsKeptExactly()
     }
 }
 
-void PasswdTextEditTest::theSizeIsThatOfColumnsAndRows()
+void PasswdTextEditTest::theSizeFitsTheColumnsAndRows()
 {
     PasswdTextEdit sized(Repo::Vantor::urlsRegExp(), 50, 4);
     HTextEdit plain(50, 4);
@@ -128,7 +128,7 @@ void PasswdTextEditTest::theSizeIsThatOfColumnsAndRows()
     QCOMPARE(sized.sizeHint(), plain.sizeHint());
 }
 
-void PasswdTextEditTest::typingIntoTheSecondPassword()
+void PasswdTextEditTest::typedTextIsInsertedIntoTheSecondPassword()
 {
     click(secondPassword + 1);
     QCOMPARE(position(), secondPassword + 1);
@@ -153,7 +153,7 @@ void PasswdTextEditTest::linesAreJoinedAndSplit()
     QCOMPARE(realText(), text());
 }
 
-void PasswdTextEditTest::aSelectionMayGoOverLines()
+void PasswdTextEditTest::aSelectionMayContainSeveralLines()
 {
     goTo(passwordBegin + 2);
     press(Qt::Key_Right, Qt::ShiftModifier, secondPassword + 2 - passwordBegin - 2);
@@ -201,7 +201,7 @@ void PasswdTextEditTest::typingKeepsTheViewWhereItIs()
     QCOMPARE(textEdit()->verticalScrollBar()->value(), scrolled);
 }
 
-void PasswdTextEditTest::richTextIsPastedPlain()
+void PasswdTextEditTest::richTextIsPastedAsPlainText()
 {
     auto* rich = new QMimeData;
     rich->setHtml(QStringLiteral("<b>12</b>"));
@@ -232,7 +232,7 @@ void PasswdTextEditTest::composingWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdTextEditTest::tabMovesTheFocusWhenAskedTo()
+void PasswdTextEditTest::tabMovesTheFocusOnRequest()
 {
     auto* next = new QLineEdit(window.get());
     next->show();

@@ -12,7 +12,7 @@ class PlainTextTest : public QObject
 private Q_SLOTS:
     void theTextIsReturnedUnchanged();
     void lineSeparatorsAreLineFeeds();
-    void positionsAreThoseOfTheDocument();
+    void positionsAreTheSameAsInTheDocument();
 };
 
 void PlainTextTest::theTextIsReturnedUnchanged()
@@ -33,7 +33,7 @@ void PlainTextTest::lineSeparatorsAreLineFeeds()
     QCOMPARE(PlainText::exact(&document), QStringLiteral("a\nb"));
 }
 
-void PlainTextTest::positionsAreThoseOfTheDocument()
+void PlainTextTest::positionsAreTheSameAsInTheDocument()
 {
     QTextDocument document;
     document.setPlainText(QStringLiteral("one\n\ntwo"));

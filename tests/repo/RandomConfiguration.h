@@ -38,7 +38,7 @@ public:
 
     // The lines above the first section of the main file.
     QByteArray mainPart();
-    // A repository file, including comments above the first section. Appends its sections to the list.
+    // A repository file, with comments above the first section. Its sections are appended to the list.
     QByteArray repoFile(QList<Section>& list);
     // Sections without other text, as in the main file.
     QByteArray sections(QList<Section>& list);

@@ -45,18 +45,18 @@ private Q_SLOTS:
     void cleanup();
 
     void onlyUrlsWithoutCredentialsAreAskedAbout();
-    void repositoriesThatAreNotUsedAreNotAskedAbout();
+    void unusedRepositoriesAreNotAskedAbout();
     void enteredCredentialsAreWritten();
-    void theMirrorListCountsToo();
+    void theMirrorListMayNeedCredentials();
     void okWithoutCredentialsChangesNothing();
     void aNameAloneIsAChange();
     void applyToAllAsksOnce();
     void applyToAllKeepsTheKeysOfEachUrl();
-    void applyToTheHostFillsTheOthersOfTheHost();
+    void applyToTheHostSetsTheOtherRepositoriesOfTheHost();
     void applyToTheHostUsesTheHostOfTheMirrorList();
     void skipAllWritesNothing();
     void skipAllWritesEarlierAnswers();
-    void disableTurnsTheRepositoryOff();
+    void disableDisablesTheRepository();
     void quitStopsTheCheckAndIsReported();
     void quitWritesEarlierAnswers();
     void withoutMissingCredentialsNothingIsShownOrWritten();
@@ -69,8 +69,8 @@ private Q_SLOTS:
     void credentialsAreAddedToChangesOfOtherPrograms();
 
 private:
-    // Runs a check with these answers and returns the identifiers in the dialogs. Further dialogs are
-    // skipped.
+    // Runs a check with these answers and returns the identifiers in the dialogs. Further dialogs get the
+    // answer "Skip All".
     QStringList check(
         QList<Answer> answers, const std::function<void(Checker&)>& look = [](Checker&) {})
     {
@@ -78,7 +78,7 @@ private:
         QTimer timer;
         bool answering = false;
         connect(&timer, &QTimer::timeout, &timer, [this, &asked, &answers, &answering] {
-            // Typing processes events, so this function can run again meanwhile.
+            // Typing processes events, so this function can be called again during itself.
             if (answering) {
                 return;
             }
@@ -215,7 +215,7 @@ void RepoAuthCheckerTest::credentialsAreAddedToChangesOfOtherPrograms()
                                        "[a]\nbaseurl=http://h/vantor?u=theirs&p=theirs&path=/x\ncost=1\n"));
 }
 
-void RepoAuthCheckerTest::repositoriesThatAreNotUsedAreNotAskedAbout()
+void RepoAuthCheckerTest::unusedRepositoriesAreNotAskedAbout()
 {
     put("a.repo", section("off", "http://h" + emptyAuth, "enabled=0\n") +
                       section("on", "http://h" + emptyAuth) + section("toggled", "http://h" + emptyAuth));
@@ -236,7 +236,7 @@ void RepoAuthCheckerTest::enteredCredentialsAreWritten()
     QCOMPARE(check({}), QStringList());
 }
 
-void RepoAuthCheckerTest::theMirrorListCountsToo()
+void RepoAuthCheckerTest::theMirrorListMayNeedCredentials()
 {
     put("a.repo", section("a", "http://h/plain", "mirrorlist=http://m" + emptyAuth + '\n'));
     QCOMPARE(check({{"bob", "pw", "OK"}}), QStringList{QStringLiteral("a")});
@@ -285,7 +285,7 @@ void RepoAuthCheckerTest::applyToAllKeepsTheKeysOfEachUrl()
     QVERIFY(get("a.repo").contains("mirrorlist=http://k/vantor?o=bob&q=pw&path=/x\n"));
 }
 
-void RepoAuthCheckerTest::applyToTheHostFillsTheOthersOfTheHost()
+void RepoAuthCheckerTest::applyToTheHostSetsTheOtherRepositoriesOfTheHost()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "https://h/sub" + emptyAuth) +
                       section("c", "http://k" + emptyAuth) + section("d", "http://h" + emptyAuth));
@@ -328,7 +328,7 @@ void RepoAuthCheckerTest::skipAllWritesEarlierAnswers()
     QCOMPARE(get("a.repo").count("u=&p=&"), 2);
 }
 
-void RepoAuthCheckerTest::disableTurnsTheRepositoryOff()
+void RepoAuthCheckerTest::disableDisablesTheRepository()
 {
     const QByteArray before = section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth);
     put("a.repo", before);

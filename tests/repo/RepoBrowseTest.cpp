@@ -22,13 +22,13 @@ private Q_SLOTS:
     void init();
     void cleanupTestCase();
 
-    void theUrlIsChosen_data();
-    void theUrlIsChosen();
+    void theRightUrlIsOpened_data();
+    void theRightUrlIsOpened();
     void variablesAreExpanded_data();
     void variablesAreExpanded();
     void theScriptExpandsVariables();
-    void noCredentialsAreHandedOn_data();
-    void noCredentialsAreHandedOn();
+    void theBrowserDoesNotGetCredentials_data();
+    void theBrowserDoesNotGetCredentials();
     void aMissingUrlIsReported_data();
     void aMissingUrlIsReported();
     void aRepositoryIsFoundByItsIdentifier();
@@ -74,7 +74,7 @@ void RepoBrowseTest::cleanupTestCase()
     backEnd.reset();
 }
 
-void RepoBrowseTest::theUrlIsChosen_data()
+void RepoBrowseTest::theRightUrlIsOpened_data()
 {
     QTest::addColumn<QString>("baseurl");
     QTest::addColumn<QString>("mirrorlist");
@@ -98,7 +98,7 @@ void RepoBrowseTest::theUrlIsChosen_data()
                                   << QString::fromUtf8("http://h/\xc3\xa4");
 }
 
-void RepoBrowseTest::theUrlIsChosen()
+void RepoBrowseTest::theRightUrlIsOpened()
 {
     QFETCH(QString, baseurl);
     QFETCH(QString, mirrorlist);
@@ -136,7 +136,7 @@ void RepoBrowseTest::variablesAreExpanded()
     QCOMPARE(BackEnd::browsed(), QStringList{opened});
 }
 
-// The script may know more variables, if it has this function.
+// If the script has this function, it may know more variables.
 void RepoBrowseTest::theScriptExpandsVariables()
 {
     Repo::Entry entry;
@@ -149,7 +149,7 @@ void RepoBrowseTest::theScriptExpandsVariables()
     QCOMPARE(BackEnd::browsed(), QStringList{QStringLiteral("http://h/3")});
 }
 
-void RepoBrowseTest::noCredentialsAreHandedOn_data()
+void RepoBrowseTest::theBrowserDoesNotGetCredentials_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("opened");
@@ -162,7 +162,7 @@ void RepoBrowseTest::noCredentialsAreHandedOn_data()
 }
 
 // All users can read the list of processes, and the browser keeps a history.
-void RepoBrowseTest::noCredentialsAreHandedOn()
+void RepoBrowseTest::theBrowserDoesNotGetCredentials()
 {
     QFETCH(QString, url);
     QFETCH(QString, opened);
@@ -224,7 +224,7 @@ void RepoBrowseTest::anUnknownIdentifierIsShown()
     QVERIFY(RepoBrowse::find(QStringLiteral("gone"), nullptr) == nullptr);
 }
 
-// The failure appears on standard error only.
+// The failure appears only on standard error.
 void RepoBrowseTest::aMissingBrowserIsNotShown()
 {
     QVERIFY(QFile::remove(Share::absolute(QStringLiteral("webbrowser"))));

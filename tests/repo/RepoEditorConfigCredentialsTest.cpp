@@ -6,7 +6,7 @@
 #include "tests/repo/Assistive.h"
 #include "tests/repo/ShownForm.h"
 
-// Separate fields show the credentials, and no text shows a readable password.
+// Tests of the credentials in the form: separate fields show them, and no text contains a readable password.
 class RepoEditorConfigCredentialsTest : public ShownForm
 {
     Q_OBJECT
@@ -16,16 +16,16 @@ private Q_SLOTS:
     void theFieldsAreDisabledWithoutCredentials();
     void theMirrorListMayHaveTheCredentials();
     void aTypedUrlEnablesTheFields();
-    void aPasswordChangedInTheUrlReachesItsField();
+    void aPasswordChangedInTheUrlIsInItsField();
     void typingAPasswordChangesEveryUrl();
     void typingANameChangesEveryUrl();
     void typingCredentialsKeepsTheCursor();
-    void emptyKeysFallBack();
+    void emptyKeysHaveDefaults();
     void keysAreNeverRichTextOrShortcuts();
-    void thePasswordIsNowhereReadable();
+    void noTextContainsThePassword();
     void passwordsInTheUrlsAndTheOptionsAreMasked();
     void optionsWithAPasswordAreEdited();
-    void longTextsDoNotHangTheForm();
+    void longTextsDoNotBlockTheForm();
     void assistiveProgramsDoNotGetThePassword();
 };
 
@@ -87,7 +87,7 @@ void RepoEditorConfigCredentialsTest::aTypedUrlEnablesTheFields()
     QCOMPARE(form->authName->text(), QStringLiteral("eve"));
 }
 
-void RepoEditorConfigCredentialsTest::aPasswordChangedInTheUrlReachesItsField()
+void RepoEditorConfigCredentialsTest::aPasswordChangedInTheUrlIsInItsField()
 {
     config->setEntry(vantor());
     form->urls->setFocus();
@@ -115,7 +115,7 @@ void RepoEditorConfigCredentialsTest::typingAPasswordChangesEveryUrl()
                                                        "http://k/vantor?user=bob&word=secret%261&path=y"));
     QCOMPARE(config->toEntry().mirrorlist,
              QStringLiteral("http://m/vantor?user=bob&word=secret%261&path=/list"));
-    // One password character for each character of the URL.
+    // The text has one password character for each hidden character of the URL.
     QCOMPARE(form->urls->toPlainText(), QString::fromUtf8("http://h/vantor?user=bob&word=●●●●●●●●●●&path=/x\n"
                                                           "http://k/vantor?user=bob&word=●●●●●●●●●●&path=y"));
     QCOMPARE(form->mirrorList->text(),
@@ -149,7 +149,7 @@ void RepoEditorConfigCredentialsTest::typingCredentialsKeepsTheCursor()
     QCOMPARE(form->authName->cursorPosition(), 2);
 }
 
-void RepoEditorConfigCredentialsTest::emptyKeysFallBack()
+void RepoEditorConfigCredentialsTest::emptyKeysHaveDefaults()
 {
     Repo::Entry entry = usual();
     entry.baseurl = QStringLiteral("http://h/vantor?=bob&=secret&path=/x");
@@ -176,7 +176,7 @@ void RepoEditorConfigCredentialsTest::keysAreNeverRichTextOrShortcuts()
     QVERIFY(window->minimumSizeHint().width() < width + 500);
 }
 
-void RepoEditorConfigCredentialsTest::thePasswordIsNowhereReadable()
+void RepoEditorConfigCredentialsTest::noTextContainsThePassword()
 {
     config->setEntry(vantor());
     config->setStatus(conf.get(), label.get());
@@ -190,7 +190,7 @@ void RepoEditorConfigCredentialsTest::thePasswordIsNowhereReadable()
             QVERIFY2(!text.contains(QStringLiteral("secret")), qPrintable(text));
         }
     }
-    // Undo does not bring the password there either.
+    // Undo does not make the password visible either.
     form->password->setFocus();
     QTest::keySequence(form->password, QKeySequence(QKeySequence::Undo));
     form->urls->setFocus();
@@ -237,7 +237,7 @@ void RepoEditorConfigCredentialsTest::optionsWithAPasswordAreEdited()
     QCOMPARE(form->options->toPlainText(), QString::fromUtf8("password: ●●\na=b"));
 }
 
-void RepoEditorConfigCredentialsTest::longTextsDoNotHangTheForm()
+void RepoEditorConfigCredentialsTest::longTextsDoNotBlockTheForm()
 {
     Repo::Entry entry = vantor();
     entry.baseurl += QLatin1Char('\n') + QStringLiteral("/vantor?").repeated(16000);

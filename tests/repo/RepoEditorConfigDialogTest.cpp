@@ -22,16 +22,16 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theWindowIsAsDescribed();
+    void theWindowHasTheExpectedContents();
     void itFitsASmallScreen();
     void theIdentifierHasTheFocusEveryTime();
     void tabGoesThroughTheFieldsInOrder();
-    void theDefaultsAreThoseOfTheMainSection();
+    void theDefaultsComeFromTheMainSection();
     void okWithoutAChangeIsCancelled();
     void okStoresTheEntryAndTheSessionState_data();
     void okStoresTheEntryAndTheSessionState();
-    void aChangedIdentifierLeavesTheOldStateBehind();
-    void anUntouchedBoxKeepsItUnspecified();
+    void aChangedIdentifierKeepsTheStateOfTheOldIdentifier();
+    void anUnchangedBoxKeepsTheValueUnspecified();
     void warningsDoNotPreventOk();
     void anUnwritableRepositoryIsNotAccepted();
     void cancelStoresNothing();
@@ -104,7 +104,7 @@ void RepoEditorConfigDialogTest::cleanup()
     conf.reset();
 }
 
-void RepoEditorConfigDialogTest::theWindowIsAsDescribed()
+void RepoEditorConfigDialogTest::theWindowHasTheExpectedContents()
 {
     QCOMPARE(dialog->windowTitle(), QStringLiteral("VYRE Repository Configuration"));
     for (const QWidget* field : form->fields()) {
@@ -171,7 +171,7 @@ void RepoEditorConfigDialogTest::tabGoesThroughTheFieldsInOrder()
     });
 }
 
-void RepoEditorConfigDialogTest::theDefaultsAreThoseOfTheMainSection()
+void RepoEditorConfigDialogTest::theDefaultsComeFromTheMainSection()
 {
     run([this] {
         QCOMPARE(form->enabled->currentText(), QStringLiteral("Default (Yes)"));
@@ -225,7 +225,7 @@ void RepoEditorConfigDialogTest::okStoresTheEntryAndTheSessionState()
     QCOMPARE(session, (QHash<QString, bool>{{QStringLiteral("updates"), used}}));
 }
 
-void RepoEditorConfigDialogTest::aChangedIdentifierLeavesTheOldStateBehind()
+void RepoEditorConfigDialogTest::aChangedIdentifierKeepsTheStateOfTheOldIdentifier()
 {
     session.insert(QStringLiteral("updates"), false);
     run([this] {
@@ -236,7 +236,7 @@ void RepoEditorConfigDialogTest::aChangedIdentifierLeavesTheOldStateBehind()
              (QHash<QString, bool>{{QStringLiteral("updates"), false}, {QStringLiteral("other"), true}}));
 }
 
-void RepoEditorConfigDialogTest::anUntouchedBoxKeepsItUnspecified()
+void RepoEditorConfigDialogTest::anUnchangedBoxKeepsTheValueUnspecified()
 {
     run([this] {
         QCOMPARE(form->enabled->currentText(), QStringLiteral("Default (Yes)"));

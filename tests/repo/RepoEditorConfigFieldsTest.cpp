@@ -5,7 +5,7 @@
 
 #include "tests/repo/ShownForm.h"
 
-// The form shows every field of a repository, and returns the typed values.
+// Tests of the form's fields: it shows every field of a repository, and returns the typed values.
 class RepoEditorConfigFieldsTest : public ShownForm
 {
     Q_OBJECT
@@ -16,16 +16,16 @@ private Q_SLOTS:
     void theBoxesHaveThreeItems();
     void theDefaultsAreShown_data();
     void theDefaultsAreShown();
-    void theSortPositionGoesInWholeSteps();
+    void theSortPositionChangesInWholeSteps();
     void anEntryFillsTheFields();
-    void fillingSignalsNoChange();
+    void settingAnEntrySignalsNoChange();
     void filledFieldsAreReturnedUnchanged_data();
     void filledFieldsAreReturnedUnchanged();
     void everyChangeIsSignalledAndReturned();
     void optionsAreStoredAsTyped();
     void onlyAChangedFieldLosesItsOriginalForm();
     void pastedIdentifiersAreOneLine();
-    void blankingAndFillingAgain();
+    void clearedFieldsCanBeSetAgain();
 };
 
 void RepoEditorConfigFieldsTest::itIsBlankAtFirst()
@@ -99,7 +99,7 @@ void RepoEditorConfigFieldsTest::theDefaultsAreShown()
     QCOMPARE(changes->size(), 0);
 }
 
-void RepoEditorConfigFieldsTest::theSortPositionGoesInWholeSteps()
+void RepoEditorConfigFieldsTest::theSortPositionChangesInWholeSteps()
 {
     QCOMPARE(form->position->decimals(), 1);
     QCOMPARE(form->position->singleStep(), 1.0);
@@ -130,7 +130,7 @@ void RepoEditorConfigFieldsTest::anEntryFillsTheFields()
     }
 }
 
-void RepoEditorConfigFieldsTest::fillingSignalsNoChange()
+void RepoEditorConfigFieldsTest::settingAnEntrySignalsNoChange()
 {
     config->setEntry(vantor());
     config->setEntry(usual());
@@ -237,7 +237,7 @@ void RepoEditorConfigFieldsTest::pastedIdentifiersAreOneLine()
     QCOMPARE(config->toEntry().id, QStringLiteral("updates"));
 }
 
-void RepoEditorConfigFieldsTest::blankingAndFillingAgain()
+void RepoEditorConfigFieldsTest::clearedFieldsCanBeSetAgain()
 {
     config->setEntry(vantor());
     config->disable();
@@ -246,7 +246,7 @@ void RepoEditorConfigFieldsTest::blankingAndFillingAgain()
     config->setEntry(vantor());
     QVERIFY(sameFields(config->toEntry(), vantor()));
     QVERIFY(form->id->isEnabled());
-    // Undo brings back no text of the other entry.
+    // Undo restores no text of the other entry.
     config->setEntry(usual());
     for (QWidget* field : {static_cast<QWidget*>(form->urls), static_cast<QWidget*>(form->mirrorList),
                            static_cast<QWidget*>(form->options), static_cast<QWidget*>(form->id)}) {

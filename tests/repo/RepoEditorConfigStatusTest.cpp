@@ -6,20 +6,20 @@
 #include "tests/repo/ShownForm.h"
 #include "widgets/Colors.h"
 
-// The form reports the errors in the typed values.
+// Tests of the status of the form, which reports the errors in the typed values.
 class RepoEditorConfigStatusTest : public ShownForm
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void theStatus_data();
-    void theStatus();
+    void theStatusReportsTheErrors_data();
+    void theStatusReportsTheErrors();
     void textsThatAFileCannotRepresentAreRefused_data();
     void textsThatAFileCannotRepresentAreRefused();
-    void theMainConfigurationFileIsAlwaysRight();
+    void theMainConfigurationFileIsAlwaysValid();
 };
 
-void RepoEditorConfigStatusTest::theStatus_data()
+void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("baseurl");
@@ -83,7 +83,7 @@ void RepoEditorConfigStatusTest::theStatus_data()
                                      << "";
 }
 
-void RepoEditorConfigStatusTest::theStatus()
+void RepoEditorConfigStatusTest::theStatusReportsTheErrors()
 {
     QFETCH(QString, id);
     QFETCH(QString, baseurl);
@@ -173,7 +173,7 @@ void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused()
     }
 }
 
-void RepoEditorConfigStatusTest::theMainConfigurationFileIsAlwaysRight()
+void RepoEditorConfigStatusTest::theMainConfigurationFileIsAlwaysValid()
 {
     Repo::Entry entry = usual();
     entry.file = YumConfIO::fileName();

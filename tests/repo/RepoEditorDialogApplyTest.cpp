@@ -8,7 +8,7 @@
 
 using namespace RepoEditor;
 
-// OK and Apply write the list.
+// Tests of OK and Apply, which write the list.
 class RepoEditorDialogApplyTest : public ShownEditor
 {
     Q_OBJECT

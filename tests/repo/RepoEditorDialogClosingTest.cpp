@@ -7,13 +7,13 @@
 
 using namespace RepoEditor;
 
-// Reset All, Cancel and closing the window drop unapplied changes.
+// Tests of Reset All, Cancel and closing the window, which discard unapplied changes.
 class RepoEditorDialogClosingTest : public ShownEditor
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void resetAllBringsEverythingBack();
+    void resetAllRestoresTheContentsOfTheFiles();
     void resetAllKeepsTheCurrentRepository();
     void resetAllThatFailsShowsTheRepositoriesReadSoFar();
     void aPartlyReadListIsNotWritten();
@@ -27,7 +27,7 @@ private Q_SLOTS:
     void theSlotForResettingDoesNothing();
 };
 
-void RepoEditorDialogClosingTest::resetAllBringsEverythingBack()
+void RepoEditorDialogClosingTest::resetAllRestoresTheContentsOfTheFiles()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
@@ -62,7 +62,7 @@ void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
                 QCOMPARE(current(), QStringLiteral("(none)"));
                 QVERIFY(!button("Edit")->isEnabled());
             }) >= 0);
-    // The last repository with the same identifier.
+    // The test selects the last repository with the same identifier.
     backEnd->putRepo("x.repo", "[same]\nname=1\n[same]\nname=2\n");
     QVERIFY(run([this] {
                 click(QStringLiteral("same"), PermanentColumn);
@@ -174,8 +174,8 @@ void RepoEditorDialogClosingTest::closingTheWindowDropsUnappliedChanges()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(backEnd->getRepo("os.repo"), before);
-    // The list has the contents of the files again. The session is the one at the time of collecting the
-    // packages.
+    // The list has the contents of the files again. The session has its state at the time when the packages
+    // were collected.
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
     QCOMPARE(session.value(QStringLiteral("extras")), false);

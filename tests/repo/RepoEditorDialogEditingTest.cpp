@@ -11,7 +11,7 @@
 
 using namespace RepoEditor;
 
-// Repositories are switched, edited, added, copied and removed in the list.
+// Tests of the list, in which the user switches, edits, adds, copies and removes repositories.
 class RepoEditorDialogEditingTest : public ShownEditor
 {
     Q_OBJECT
@@ -20,26 +20,26 @@ private Q_SLOTS:
     void twoClicksOnTheSessionBoxAreStillAChange();
     void sessionTogglesNeedNoApply();
     void thePermanentStateIsNeverUnspecifiedAgain();
-    void editingTheCurrentRepository();
-    void editingByDoubleClick();
+    void theCurrentRepositoryIsEdited();
+    void aDoubleClickEditsTheRepository();
     void aDoubleClickOnABoxTogglesOnce();
-    void editingFromTheMenu();
+    void theMenuEditsTheRepository();
     void theMenuBelowTheLastRowEditsNothing();
-    void editingThatIsCancelledChangesNothing();
+    void cancelledEditingChangesNothing();
     void anEditedRepositoryStaysSorted();
-    void addingARepository();
+    void anAddedRepositoryIsListed();
     void addingWithoutAnIdentifierShowsNew();
-    void addingThatIsCancelledChangesNothing();
+    void cancelledAddingChangesNothing();
     void acceptedTextsAreReadBack_data();
     void acceptedTextsAreReadBack();
     void optionsWithoutALineFeedAreEndedByTheSeparator();
-    void copyingARepository();
-    void copyingWithoutANewIdentifier();
-    void copyingWithoutAnyChange();
-    void enterAfterACommandDropsNothing_data();
-    void enterAfterACommandDropsNothing();
-    void removingThreeSelectedRows();
-    void removingCellsOfOneRow();
+    void aCopiedRepositoryIsListed();
+    void aCopyWithoutANewIdentifierIsADuplicate();
+    void aCopyWithoutAnyChangeIsADuplicate();
+    void enterAfterACommandLosesNoEdits_data();
+    void enterAfterACommandLosesNoEdits();
+    void threeSelectedRowsAreRemoved();
+    void severalSelectedCellsOfARowRemoveOneRow();
     void removingWithoutASelectionChangesNothing();
 };
 
@@ -91,7 +91,7 @@ void RepoEditorDialogEditingTest::thePermanentStateIsNeverUnspecifiedAgain()
     QCOMPARE(session.value(QStringLiteral("os")), true);
 }
 
-void RepoEditorDialogEditingTest::editingTheCurrentRepository()
+void RepoEditorDialogEditingTest::theCurrentRepositoryIsEdited()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"));
@@ -109,7 +109,7 @@ void RepoEditorDialogEditingTest::editingTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::editingByDoubleClick()
+void RepoEditorDialogEditingTest::aDoubleClickEditsTheRepository()
 {
     QVERIFY(run([this] {
                 QVERIFY(withForm(
@@ -146,7 +146,7 @@ void RepoEditorDialogEditingTest::aDoubleClickOnABoxTogglesOnce()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::editingFromTheMenu()
+void RepoEditorDialogEditingTest::theMenuEditsTheRepository()
 {
     QVERIFY(run([this] {
                 QVERIFY(withForm(
@@ -181,14 +181,14 @@ void RepoEditorDialogEditingTest::theMenuBelowTheLastRowEditsNothing()
                     },
                     [](QMenu& menu) { choose(menu, QStringLiteral("Edit")); }));
                 QVERIFY(!form->isVisible());
-                // The signal with an invalid index edits nothing either.
+                // The signal with an invalid index has no effect either.
                 Q_EMIT view->getContextMenu()->edit(QModelIndex());
                 QVERIFY(!form->isVisible());
                 QVERIFY(isClean());
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::editingThatIsCancelledChangesNothing()
+void RepoEditorDialogEditingTest::cancelledEditingChangesNothing()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -222,7 +222,7 @@ void RepoEditorDialogEditingTest::anEditedRepositoryStaysSorted()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::addingARepository()
+void RepoEditorDialogEditingTest::anAddedRepositoryIsListed()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -271,7 +271,7 @@ void RepoEditorDialogEditingTest::addingWithoutAnIdentifierShowsNew()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::addingThatIsCancelledChangesNothing()
+void RepoEditorDialogEditingTest::cancelledAddingChangesNothing()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -347,7 +347,7 @@ void RepoEditorDialogEditingTest::optionsWithoutALineFeedAreEndedByTheSeparator(
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::copyingARepository()
+void RepoEditorDialogEditingTest::aCopiedRepositoryIsListed()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -370,7 +370,7 @@ void RepoEditorDialogEditingTest::copyingARepository()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::copyingWithoutANewIdentifier()
+void RepoEditorDialogEditingTest::aCopyWithoutANewIdentifierIsADuplicate()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -396,7 +396,7 @@ void RepoEditorDialogEditingTest::copyingWithoutANewIdentifier()
     QCOMPARE(backEnd->getRepo("os.repo").count("[extras]"), 1);
 }
 
-void RepoEditorDialogEditingTest::copyingWithoutAnyChange()
+void RepoEditorDialogEditingTest::aCopyWithoutAnyChangeIsADuplicate()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -412,7 +412,7 @@ void RepoEditorDialogEditingTest::copyingWithoutAnyChange()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::enterAfterACommandDropsNothing_data()
+void RepoEditorDialogEditingTest::enterAfterACommandLosesNoEdits_data()
 {
     QTest::addColumn<QByteArray>("command");
     for (const char* command : {"Remove", "Copy", "Add"}) {
@@ -420,7 +420,7 @@ void RepoEditorDialogEditingTest::enterAfterACommandDropsNothing_data()
     }
 }
 
-void RepoEditorDialogEditingTest::enterAfterACommandDropsNothing()
+void RepoEditorDialogEditingTest::enterAfterACommandLosesNoEdits()
 {
     QFETCH(QByteArray, command);
     QVERIFY(run([this, command] {
@@ -452,7 +452,7 @@ void RepoEditorDialogEditingTest::enterAfterACommandDropsNothing()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::removingThreeSelectedRows()
+void RepoEditorDialogEditingTest::threeSelectedRowsAreRemoved()
 {
     backEnd->putRepo("more.repo", "[a]\n[b]\n[c]\n[d]\n");
     QVERIFY(run([this] {
@@ -472,7 +472,7 @@ void RepoEditorDialogEditingTest::removingThreeSelectedRows()
     QCOMPARE(backEnd->getRepo("more.repo"), QByteArray("[b]\n\n[c]\n"));
 }
 
-void RepoEditorDialogEditingTest::removingCellsOfOneRow()
+void RepoEditorDialogEditingTest::severalSelectedCellsOfARowRemoveOneRow()
 {
     QVERIFY(run([this] {
                 view->setSelectionBehavior(QAbstractItemView::SelectItems);

@@ -12,36 +12,36 @@
 
 using namespace RepoEditor;
 
-// The contents and the layout of the editor.
+// Tests of the contents and the layout of the editor.
 class RepoEditorDialogWindowTest : public ShownEditor
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void theWindowIsAsDescribed();
+    void theWindowHasTheExpectedContents();
     void theButtonsHaveTheirToolTips();
     void itFitsASmallScreen();
     void aLongIdentifierDoesNotWidenTheWindow();
     void theStatusIsNotCutOff();
-    void thePasswordIsNowhereReadable();
+    void noTextContainsThePassword();
     void itOpensSortedByIdentifier();
-    void identifiersAreSortedAsPeopleCount();
-    void itOpensCleanWithoutACurrentRow();
-    void everyShowingReadsAgain();
+    void numbersInIdentifiersAreSortedByValue();
+    void itOpensWithoutChangesAndWithoutACurrentRow();
+    void eachOpeningReadsTheFilesAgain();
     void aFailedReadShowsNothing();
     void aFailedReadSignalsNothing();
     void returnDoesNotApply();
     void theButtonsFollowTheCurrentRow();
     void browseOpensTheCurrentRepository();
     void browseReportsAMissingUrl();
-    void theStatus();
+    void theStatusReportsChangesAndErrors();
     void theFirstDuplicateIsNamed();
     void tenThousandRepositoriesAreShownAndRemoved();
     void aVeryLongTextCanBeEdited_data();
     void aVeryLongTextCanBeEdited();
 };
 
-void RepoEditorDialogWindowTest::theWindowIsAsDescribed()
+void RepoEditorDialogWindowTest::theWindowHasTheExpectedContents()
 {
     QVERIFY(run([this] {
                 QCOMPARE(dialog->windowTitle(), QStringLiteral("VYRE Repository Configuration Editor"));
@@ -130,7 +130,7 @@ void RepoEditorDialogWindowTest::theStatusIsNotCutOff()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::thePasswordIsNowhereReadable()
+void RepoEditorDialogWindowTest::noTextContainsThePassword()
 {
     backEnd->putRepo("v.repo", "[v]\nname=V\nbaseurl=http://h/vantor?u=bob&p=hidden&path=/x\n"
                                "  http://k/vantor?u=bob&p=hidden&path=y\n"
@@ -179,14 +179,14 @@ void RepoEditorDialogWindowTest::itOpensSortedByIdentifier()
     QVERIFY(run([this] { QCOMPARE(listed(), (QStringList{"extras", "os", "updates"})); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::identifiersAreSortedAsPeopleCount()
+void RepoEditorDialogWindowTest::numbersInIdentifiersAreSortedByValue()
 {
     backEnd->removeRepos();
     backEnd->putRepo("x.repo", "[repo10]\n[repo9]\n[Repo2]\n");
     QVERIFY(run([this] { QCOMPARE(listed(), (QStringList{"Repo2", "repo9", "repo10"})); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::itOpensCleanWithoutACurrentRow()
+void RepoEditorDialogWindowTest::itOpensWithoutChangesAndWithoutACurrentRow()
 {
     for (int time = 0; time < 2; ++time) {
         QVERIFY(run([this] {
@@ -205,7 +205,7 @@ void RepoEditorDialogWindowTest::itOpensCleanWithoutACurrentRow()
     }
 }
 
-void RepoEditorDialogWindowTest::everyShowingReadsAgain()
+void RepoEditorDialogWindowTest::eachOpeningReadsTheFilesAgain()
 {
     QVERIFY(run([this] { QCOMPARE(listed().size(), 3); }) >= 0);
     backEnd->putRepo("new.repo", "[another]\nbaseurl=http://h/another\n");
@@ -288,7 +288,7 @@ void RepoEditorDialogWindowTest::browseReportsAMissingUrl()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::theStatus()
+void RepoEditorDialogWindowTest::theStatusReportsChangesAndErrors()
 {
     QVERIFY(run([this] {
                 QCOMPARE(status(), QString());

@@ -37,28 +37,28 @@ private Q_SLOTS:
     void cleanupTestCase();
 
     void theRowsAreTheEntries();
-    void theHeaders();
-    void thereAreNoOtherHeaders();
-    void theSessionColumn();
-    void thePermanentColumn_data();
-    void thePermanentColumn();
+    void theHeadersHaveTheExpectedTexts();
+    void otherHeadersAreEmpty();
+    void theSessionColumnShowsTheSessionState();
+    void thePermanentColumnShowsThePermanentState_data();
+    void thePermanentColumnShowsThePermanentState();
     void thePermanentToolTipFollowsTheSession();
-    void theIdentifierAndTheName();
+    void theIdentifierAndTheNameAreTexts();
     void aNewRepositoryIsShownInItalics();
     void displayingRecordsAnUnknownRepository();
     void cellsThatDoNotExistHaveNoData();
     void removedRowsHaveNoData();
 
-    void addingARow();
-    void removingARow();
-    void resetting();
-    void announcingARow();
-    void togglingTheUse();
-    void togglingThePermanentState_data();
-    void togglingThePermanentState();
+    void anAddedRowIsSignalled();
+    void aRemovedRowIsSignalled();
+    void aResetIsSignalled();
+    void aChangedRowIsSignalled();
+    void togglingChangesTheUse();
+    void togglingChangesThePermanentState_data();
+    void togglingChangesThePermanentState();
     void togglingWithoutARowDoesNothing();
     void browsingOpensTheUrl();
-    void browsingIsBoundedByThePackages();
+    void browsingIgnoresRowsBeyondTheNumberOfPackages();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -122,7 +122,7 @@ void RepoEditorModelTest::theRowsAreTheEntries()
     QCOMPARE(model->columnCount(), 4);
 }
 
-void RepoEditorModelTest::theHeaders()
+void RepoEditorModelTest::theHeadersHaveTheExpectedTexts()
 {
     QStringList texts;
     QStringList toolTips;
@@ -139,7 +139,7 @@ void RepoEditorModelTest::theHeaders()
                           "Unique identifier for the repository", "Description of the repository"}));
 }
 
-void RepoEditorModelTest::thereAreNoOtherHeaders()
+void RepoEditorModelTest::otherHeadersAreEmpty()
 {
     QVERIFY(!model->headerData(4, Qt::Horizontal).isValid());
     QVERIFY(!model->headerData(-1, Qt::Horizontal).isValid());
@@ -148,7 +148,7 @@ void RepoEditorModelTest::thereAreNoOtherHeaders()
     QVERIFY(!model->headerData(0, Qt::Horizontal, Qt::DecorationRole).isValid());
 }
 
-void RepoEditorModelTest::theSessionColumn()
+void RepoEditorModelTest::theSessionColumnShowsTheSessionState()
 {
     QVERIFY(!data(0, SessionColumn).isValid());
     QVERIFY(isOn(0, SessionColumn));
@@ -160,7 +160,7 @@ void RepoEditorModelTest::theSessionColumn()
     QVERIFY(!data(0, SessionColumn, Qt::FontRole).isValid());
 }
 
-void RepoEditorModelTest::thePermanentColumn_data()
+void RepoEditorModelTest::thePermanentColumnShowsThePermanentState_data()
 {
     QTest::addColumn<int>("enabled");
     QTest::addColumn<bool>("byDefault");
@@ -171,7 +171,7 @@ void RepoEditorModelTest::thePermanentColumn_data()
     QTest::newRow("not specified, off by default") << 1 << false << false;
 }
 
-void RepoEditorModelTest::thePermanentColumn()
+void RepoEditorModelTest::thePermanentColumnShowsThePermanentState()
 {
     QFETCH(int, enabled);
     QFETCH(bool, byDefault);
@@ -191,7 +191,7 @@ void RepoEditorModelTest::thePermanentToolTipFollowsTheSession()
              QStringLiteral("Repository is not configured to be enabled"));
 }
 
-void RepoEditorModelTest::theIdentifierAndTheName()
+void RepoEditorModelTest::theIdentifierAndTheNameAreTexts()
 {
     QCOMPARE(data(0, IdentifierColumn).toString(), QStringLiteral("base"));
     QCOMPARE(data(0, NameColumn).toString(), QStringLiteral("BASE"));
@@ -243,7 +243,7 @@ void RepoEditorModelTest::removedRowsHaveNoData()
     QVERIFY(!model->removeRow(1));
 }
 
-void RepoEditorModelTest::addingARow()
+void RepoEditorModelTest::anAddedRowIsSignalled()
 {
     QSignalSpy inserted(model.get(), SIGNAL(rowsInserted(QModelIndex, int, int)));
     QCOMPARE(model->addRow(made(QStringLiteral("third"))), 2);
@@ -254,7 +254,7 @@ void RepoEditorModelTest::addingARow()
     QCOMPARE(conf->entries.at(2).baseurl, QStringLiteral("http://h/third"));
 }
 
-void RepoEditorModelTest::removingARow()
+void RepoEditorModelTest::aRemovedRowIsSignalled()
 {
     QSignalSpy removed(model.get(), SIGNAL(rowsRemoved(QModelIndex, int, int)));
     QVERIFY(model->removeRow(0));
@@ -267,14 +267,14 @@ void RepoEditorModelTest::removingARow()
     QCOMPARE(removed.size(), 1);
 }
 
-void RepoEditorModelTest::resetting()
+void RepoEditorModelTest::aResetIsSignalled()
 {
     QSignalSpy resets(model.get(), SIGNAL(modelReset()));
     model->reset();
     QCOMPARE(resets.size(), 1);
 }
 
-void RepoEditorModelTest::announcingARow()
+void RepoEditorModelTest::aChangedRowIsSignalled()
 {
     QSignalSpy changes(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex)));
     model->dataChanged(1);
@@ -284,7 +284,7 @@ void RepoEditorModelTest::announcingARow()
     QCOMPARE(model->createIndex(1), model->index(1, 0));
 }
 
-void RepoEditorModelTest::togglingTheUse()
+void RepoEditorModelTest::togglingChangesTheUse()
 {
     QSignalSpy changes(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex)));
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));
@@ -296,7 +296,7 @@ void RepoEditorModelTest::togglingTheUse()
     QCOMPARE(changes.at(0).at(1).toModelIndex(), model->index(1, 0));
     model->toggleUse(model->index(1, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("updates")), false);
-    // An unknown repository counts as not used.
+    // An unknown repository is regarded as not used.
     conf->entries[0].id = QStringLiteral("other");
     model->toggleUse(model->index(0, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("other")), true);
@@ -305,7 +305,7 @@ void RepoEditorModelTest::togglingTheUse()
     QCOMPARE(conf->entries.at(1).enabled, 1);
 }
 
-void RepoEditorModelTest::togglingThePermanentState_data()
+void RepoEditorModelTest::togglingChangesThePermanentState_data()
 {
     QTest::addColumn<int>("enabled");
     QTest::addColumn<bool>("byDefault");
@@ -317,7 +317,7 @@ void RepoEditorModelTest::togglingThePermanentState_data()
     QTest::newRow("not specified, off by default") << 1 << false << 2 << 0;
 }
 
-void RepoEditorModelTest::togglingThePermanentState()
+void RepoEditorModelTest::togglingChangesThePermanentState()
 {
     QFETCH(int, enabled);
     QFETCH(bool, byDefault);
@@ -361,7 +361,7 @@ void RepoEditorModelTest::browsingOpensTheUrl()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::browsingIsBoundedByThePackages()
+void RepoEditorModelTest::browsingIgnoresRowsBeyondTheNumberOfPackages()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

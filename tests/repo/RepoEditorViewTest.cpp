@@ -35,7 +35,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void theTableIsAsDescribed();
+    void theTableHasTheExpectedProperties();
     void tabLeavesTheTable();
     void focusAloneMakesNoRowCurrent();
     void keysMakeARowCurrent();
@@ -136,7 +136,7 @@ void RepoEditorViewTest::cleanup()
     conf.reset();
 }
 
-void RepoEditorViewTest::theTableIsAsDescribed()
+void RepoEditorViewTest::theTableHasTheExpectedProperties()
 {
     OpenView fresh(model.get(), proxy.get());
     QCOMPARE(fresh.model(), proxy.get());
@@ -165,7 +165,7 @@ void RepoEditorViewTest::focusAloneMakesNoRowCurrent()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
     QCOMPARE(QApplication::focusWidget(), view);
     QCOMPARE(view->currentRow(), -1);
-    // The current row stays.
+    // The current row stays the same.
     click(QStringLiteral("base"), IdentifierColumn);
     QTest::keyClick(view, Qt::Key_Tab);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);

@@ -10,7 +10,7 @@ class RepoEntryTest : public QObject
 
 private Q_SLOTS:
     void aNewEntrySpecifiesNothing();
-    void equalityComparesTheIdentifierOnly();
+    void equalityComparesOnlyTheIdentifier();
     void identifiersAreCaseSensitive();
 };
 
@@ -28,7 +28,7 @@ void RepoEntryTest::aNewEntrySpecifiesNothing()
     QCOMPARE(entry.position, 0.0);
 }
 
-void RepoEntryTest::equalityComparesTheIdentifierOnly()
+void RepoEntryTest::equalityComparesOnlyTheIdentifier()
 {
     Repo::Entry left;
     left.id = QStringLiteral("base");

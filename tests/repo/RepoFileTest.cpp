@@ -24,8 +24,8 @@ class RepoFileTest : public QObject
 private Q_SLOTS:
     void init();
 
-    void theContentsOfAFile_data();
-    void theContentsOfAFile();
+    void theContentsOfAFileAreRead_data();
+    void theContentsOfAFileAreRead();
     void readTextIsWrittenUnchanged_data() { theContentsOfAFile_data(); }
     void readTextIsWrittenUnchanged();
     void aFileMayBeAsLargeAsTheLimit();
@@ -33,8 +33,8 @@ private Q_SLOTS:
     void otherKindsOfFilesHaveTheirState();
     void readingNeverBlocks();
     void allNamesOfAFileHaveTheSameNumber();
-    void canonicalPaths_data();
-    void canonicalPaths();
+    void pathsAreMadeCanonical_data();
+    void pathsAreMadeCanonical();
 
 private:
     QString path(const char* name) const { return root->filePath(QLatin1String(name)); }
@@ -56,7 +56,7 @@ void RepoFileTest::init()
     QVERIFY(root->isValid());
 }
 
-void RepoFileTest::theContentsOfAFile_data()
+void RepoFileTest::theContentsOfAFileAreRead_data()
 {
     QTest::addColumn<QByteArray>("contents");
     QTest::addColumn<QString>("text");
@@ -88,7 +88,7 @@ void RepoFileTest::theContentsOfAFile_data()
         << QByteArray("\x1B\f\x7F\n") << QString("\x1B\f\x7F\n") << QString("AP");
 }
 
-void RepoFileTest::theContentsOfAFile()
+void RepoFileTest::theContentsOfAFileAreRead()
 {
     QFETCH(QByteArray, contents);
     put(contents);
@@ -135,7 +135,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf(whole + '#'), int(File::LeftAlone));
     QCOMPARE(stateOf(whole + '#' + whole), int(File::LeftAlone));
     QCOMPARE(stateOf("[a]\n" + whole + "\n[b]\n"), int(File::LeftAlone));
-    // The text above the first section does not count as a repository.
+    // The text above the first section is not a part of a repository.
     QCOMPARE(stateOf("#" + whole + '#'), int(File::Text));
     QCOMPARE(stateOf("[main]\n#" + whole), int(File::Text));
     QCOMPARE(stateOf("#\n[main]\n[main]\n#" + whole + "[main]\n"), int(File::Text));
@@ -176,7 +176,7 @@ void RepoFileTest::readingNeverBlocks()
 {
     QCOMPARE(mkfifo(localPath("pipe").constData(), 0644), 0);
     QCOMPARE(int(File::read(path("pipe")).state), int(File::LeftAlone));
-    // Also if a pipe with a writer replaces the file after the call of stat().
+    // The read does not block even if a pipe with a writer replaces the file after the call of stat().
     put("");
     struct stat status;
     QCOMPARE(stat(localPath("x").constData(), &status), 0);
@@ -199,7 +199,7 @@ void RepoFileTest::allNamesOfAFileHaveTheSameNumber()
     QVERIFY(File::read(path("x")).number != File::read(path("a")).number);
 }
 
-void RepoFileTest::canonicalPaths_data()
+void RepoFileTest::pathsAreMadeCanonical_data()
 {
     QTest::addColumn<QString>("given");
     QTest::addColumn<QString>("expected");
@@ -225,7 +225,7 @@ void RepoFileTest::canonicalPaths_data()
                                        << "/none/..";
 }
 
-void RepoFileTest::canonicalPaths()
+void RepoFileTest::pathsAreMadeCanonical()
 {
     QFETCH(QString, given);
     QFETCH(QString, expected);

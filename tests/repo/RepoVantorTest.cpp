@@ -61,22 +61,22 @@ class RepoVantorTest : public QObject
 private Q_SLOTS:
     void credentialsAreFound_data();
     void credentialsAreFound();
-    void nothingIsLeftInThePiecesWithoutCredentials();
+    void withoutCredentialsThePiecesAreCleared();
     void theUrlsOfARepositoryComeBeforeItsMirrorList();
     void theMirrorListIsSearchedIfTheUrlsHaveNoCredentials();
     void aNameWithBlankAndAmpersandIsEncoded();
     void everySpecialCharacterIsEncodedInLowerCase_data();
     void everySpecialCharacterIsEncodedInLowerCase();
-    void ordinaryCharactersAreLeftAlone();
+    void ordinaryCharactersAreNotChanged();
     void writtenCredentialsAreReadBack_data();
     void writtenCredentialsAreReadBack();
     void escapesOfEitherCaseAreDecoded();
-    void brokenEscapesAreLeftAlone();
+    void brokenEscapesAreNotChanged();
     void everyCredentialUrlGetsTheSameCredentials();
     void theKeysAreKept();
     void theNameIsKept();
-    void aTextWithoutCredentialsIsLeftAlone();
-    void theExpressionsAreTheAgreedOnes();
+    void aTextWithoutCredentialsIsNotChanged();
+    void theExpressionsHaveTheExpectedTexts();
     void theExpressionForOneUrlCapturesThePassword();
     void theExpressionForUrlsCapturesEachPassword();
     void theFirstPlaceInAUrlIsItsPassword_data();
@@ -117,7 +117,7 @@ void RepoVantorTest::credentialsAreFound()
     QTEST(auth.pieces, "pieces");
 }
 
-void RepoVantorTest::nothingIsLeftInThePiecesWithoutCredentials()
+void RepoVantorTest::withoutCredentialsThePiecesAreCleared()
 {
     QCOMPARE(authOf(Entry()).pieces, (QStringList{QString(), QString(), QString(), QString()}));
 }
@@ -169,7 +169,7 @@ void RepoVantorTest::everySpecialCharacterIsEncodedInLowerCase()
     QCOMPARE(password(Vantor::replaceAuth(base, character)), character);
 }
 
-void RepoVantorTest::ordinaryCharactersAreLeftAlone()
+void RepoVantorTest::ordinaryCharactersAreNotChanged()
 {
     const QString ordinary = QString::fromUtf8("azAZ09-_.!*'()`\xc3\xa4\xe2\x82\xac");
     QCOMPARE(Vantor::replaceAuth(base, ordinary),
@@ -199,7 +199,7 @@ void RepoVantorTest::escapesOfEitherCaseAreDecoded()
     QCOMPARE(password(QStringLiteral("/vantor?u=&p=%2F%2f%c3%C3&path=")), QString::fromLatin1("//\xc3\xc3"));
 }
 
-void RepoVantorTest::brokenEscapesAreLeftAlone()
+void RepoVantorTest::brokenEscapesAreNotChanged()
 {
     QCOMPARE(password(QStringLiteral("/vantor?u=&p=%g1%1g%%20%&path=")), QStringLiteral("%g1%1g% %"));
     QCOMPARE(password(QStringLiteral("/vantor?u=&p=%4&path=")), QStringLiteral("%4"));
@@ -228,7 +228,7 @@ void RepoVantorTest::theNameIsKept()
              QStringLiteral("http://h/vantor?u=bob&p=pw&path=/x"));
 }
 
-void RepoVantorTest::aTextWithoutCredentialsIsLeftAlone()
+void RepoVantorTest::aTextWithoutCredentialsIsNotChanged()
 {
     const QString url = QStringLiteral("http://h/x?u=bob&p=secret&path=/x");
     QCOMPARE(Vantor::replaceAuth(url, QStringLiteral("pw")), url);
@@ -238,7 +238,7 @@ void RepoVantorTest::aTextWithoutCredentialsIsLeftAlone()
              url);
 }
 
-void RepoVantorTest::theExpressionsAreTheAgreedOnes()
+void RepoVantorTest::theExpressionsHaveTheExpectedTexts()
 {
     QCOMPARE(Vantor::oneUrlRegExp().pattern(),
              QStringLiteral("^.*/vantor\\?[^&\\s]*=[^&\\s]*&[^&\\s]*=([^&\\s]*)&path=.*$"));

@@ -44,8 +44,8 @@ bool createNow(const QString& path, const QByteArray& text, mode_t mode = 0666)
 }
 
 // Runs `work` in a traced child, which stops at the beginning and at the end of each system call. Kills the
-// child at the stop with number `stop`, and appends the numbers of its system calls. True if `work` ends
-// before.
+// child at the stop with the number `stop`, and appends the numbers of its system calls to the list. Returns
+// true if `work` ends before this stop.
 bool runUntil(int stop, const std::function<void()>& work, QList<quint64>* calls = nullptr)
 {
     const pid_t child = fork();
@@ -93,7 +93,7 @@ private Q_SLOTS:
     void aFileIsReplaced();
     void aFileIsMade();
     void ownerModeAndAttributesStay();
-    void rightsOfOthersCanBeTakenAway();
+    void rightsOfOthersCanBeRemoved();
     void linksAreFollowed();
     void allNamesOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
@@ -107,8 +107,8 @@ private Q_SLOTS:
     void aKilledProgramLeavesTheOldTextOrTheNew_data();
     void aKilledProgramLeavesTheOldTextOrTheNew();
     void aKilledProgramLeavesNoFileOrACompleteOne();
-    void leftoversOfLivingProgramsAndOtherUsersStay();
-    void leftoversAreNoRepositoryFiles();
+    void leftoversOfRunningProgramsAndOtherUsersStay();
+    void leftoversAreNotReadAsRepositoryFiles();
 
 private:
     QString path(const QString& name) const { return root->filePath(name); }
@@ -191,7 +191,7 @@ void SafeFileTest::ownerModeAndAttributesStay()
     QCOMPARE(QByteArray(value, 4), QByteArray("kept"));
 }
 
-void SafeFileTest::rightsOfOthersCanBeTakenAway()
+void SafeFileTest::rightsOfOthersCanBeRemoved()
 {
     const QString file = path(QStringLiteral("x.repo"));
     SafeFile safe;
@@ -201,7 +201,7 @@ void SafeFileTest::rightsOfOthersCanBeTakenAway()
     SafeFile again;
     QVERIFY(again.replace(file, newText, oldText, false) && again.commit());
     QVERIFY(!again.hasRemovedRights());
-    // Also if the file itself is overwritten.
+    // The rights are also removed if the file itself is overwritten.
     QCOMPARE(chmod(QFile::encodeName(file).constData(), 0604), 0);
     QVERIFY(QFile::exists(file));
     QCOMPARE(
@@ -327,7 +327,7 @@ void SafeFileTest::theTextIsOnTheDiskBeforeItsNameChanges()
     QVERIFY(written >= 0 && written < synced && synced < renamed);
     QVERIFY(calls.lastIndexOf(SYS_fsync) > renamed); // the directory
 
-    // Many files at once, with one sync of the whole file system.
+    // For many files, the whole file system is synchronized once.
     calls.clear();
     QVERIFY(runUntil(
         -1,
@@ -389,7 +389,7 @@ void SafeFileTest::aFullDiskLeavesTheOldText()
         ++(good ? successes : failures);
         QCOMPARE(names().size(), inPlace ? 3 : 2);
     }
-    // The first writes have too little space, later ones have enough.
+    // The first writes have too little space, later writes have enough.
     QVERIFY2(failures >= 4 && successes >= 2, QByteArray::number(failures));
 }
 
@@ -474,7 +474,7 @@ void SafeFileTest::aKilledProgramLeavesNoFileOrACompleteOne()
     QVERIFY(before > 5);
 }
 
-void SafeFileTest::leftoversOfLivingProgramsAndOtherUsersStay()
+void SafeFileTest::leftoversOfRunningProgramsAndOtherUsersStay()
 {
     SafeFile living;
     QVERIFY(living.replace(path(QStringLiteral("x.repo")), oldText, newText));
@@ -505,7 +505,7 @@ void SafeFileTest::leftoversOfLivingProgramsAndOtherUsersStay()
     QCOMPARE(names().size(), 5 + others);
 }
 
-void SafeFileTest::leftoversAreNoRepositoryFiles()
+void SafeFileTest::leftoversAreNotReadAsRepositoryFiles()
 {
     SafeFile file;
     QVERIFY(file.replace(path(QStringLiteral("x.repo")), oldText, newText));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base of the tests of YumConfIO. Each test function gets a new configuration in its own managed root. A
-// simulated user answers the message boxes, by default with Return.
+// The base class of the tests of YumConfIO. Each test function gets a new configuration in its own managed
+// root. A simulated user answers the message boxes, by default with Return.
 
 #ifndef TESTS_REPO_SCRATCHCONFIGURATION_H
 #define TESTS_REPO_SCRATCHCONFIGURATION_H
@@ -39,9 +39,9 @@ protected:
     static mode_t modeOf(const QString& absolute);
     static void linkTo(const QString& target, const QString& link);
     static QString withErrno(const QString& message, int code);
-    // Checks that exactly one box was shown, an error with this text, and removes it from the record.
+    // Checks that only one box was shown, and that it is an error with this text. Removes it from the record.
     void compareError(const QString& text);
-    // The same for the question of whether to read these changed files again.
+    // Checks in the same way the question whether to read these changed files again.
     void compareNothingIsWritten(const QStringList& paths);
 
     std::unique_ptr<QTemporaryDir> root;
@@ -58,7 +58,8 @@ private Q_SLOTS:
     void cleanup();
 };
 
-// Runs without the privileges of root until the end of the scope, because permissions do not restrict root.
+// Until the end of the scope, the process runs without the privileges of root, because permissions do not
+// restrict root.
 class OrdinaryUser
 {
 public:

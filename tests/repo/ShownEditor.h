@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base of the tests of the repository editor: the editor with three repositories, access to its contents,
-// and the simulated input of the user.
+// The base class of the tests of the repository editor. It has the editor with three repositories, access to
+// its contents, and the simulated input of the user.
 
 #ifndef TESTS_REPO_SHOWNEDITOR_H
 #define TESTS_REPO_SHOWNEDITOR_H
@@ -27,10 +27,10 @@ class ShownEditor : public QObject
 protected:
     using Use = std::function<void()>;
 
-    // Runs the dialog with the actions of the user. If the dialog is still open afterwards, closes it.
+    // Runs the dialog with the actions of the user. Afterwards it closes the dialog if it is still open.
     int run(const Use& use);
-    // `open` opens the form, and `use` does the actions of the user in it. If the form is still open
-    // afterwards, cancels it.
+    // `open` opens the form, and `use` contains the actions of the user in it. Afterwards this function
+    // cancels the form if it is still open.
     bool withForm(const Use& open, const Use& use);
     // Answers the message boxes that the function opens.
     QList<ShownBox> withBoxes(const Use& open, const char* button = "&Yes");

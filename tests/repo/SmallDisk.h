@@ -21,14 +21,14 @@
 class SmallDisk
 {
 public:
-    // False also if "/" is no mount point, as in a plain chroot.
+    // Whether this process may mount. Returns false also if "/" is not a mount point, as in a plain chroot.
     static bool possible()
     {
         return geteuid() == 0 && unshare(CLONE_NEWNS) == 0 &&
                mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     }
 
-    // Mounts it over the directory, whose contents are hidden meanwhile.
+    // Mounts the file system over the directory. The contents of the directory are hidden meanwhile.
     explicit SmallDisk(const QString& directory) : place(QFile::encodeName(directory))
     {
         if (mount("tmpfs", place.constData(), "tmpfs", 0, "size=256k,mode=755") != 0) {

@@ -7,7 +7,7 @@
 #include "app/base/RepositoryFileLimit.h"
 #include "tests/repo/ScratchConfiguration.h"
 
-// Files of any size are read and written in an acceptable time.
+// Tests that files of any size are read and written in an acceptable time.
 class YumConfIOAmountsTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -15,8 +15,8 @@ class YumConfIOAmountsTest : public ScratchConfiguration
 private Q_SLOTS:
     void tenThousandRepositoriesDoNotTakeLong_data();
     void tenThousandRepositoriesDoNotTakeLong();
-    void endlessAmountsOfTextDoNotTakeLong_data();
-    void endlessAmountsOfTextDoNotTakeLong();
+    void hugeAmountsOfTextDoNotTakeLong_data();
+    void hugeAmountsOfTextDoNotTakeLong();
 };
 
 void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong_data()
@@ -48,7 +48,8 @@ void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong()
     QCOMPARE(conf->entries.size(), 10000);
     conf->entries[5000].name = QStringLiteral("new");
     QCOMPARE(conf->write(window.get()), !alike);
-    // Comparing each pair of identifiers, or reading each line byte by byte, takes much longer.
+    // The comparison of each pair of identifiers would need much more time, and so would reading byte by
+    // byte.
     QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()));
     qInfo("%lld ms", time.elapsed());
     if (alike) {
@@ -59,7 +60,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong()
     }
 }
 
-void YumConfIOAmountsTest::endlessAmountsOfTextDoNotTakeLong_data()
+void YumConfIOAmountsTest::hugeAmountsOfTextDoNotTakeLong_data()
 {
     QTest::addColumn<QByteArray>("text");
     const int size = repositorySectionLimit - 100;
@@ -85,7 +86,7 @@ void YumConfIOAmountsTest::endlessAmountsOfTextDoNotTakeLong_data()
     QTest::newRow("empty lines above") << QByteArray(whole, '\n') + "[x]\n";
 }
 
-void YumConfIOAmountsTest::endlessAmountsOfTextDoNotTakeLong()
+void YumConfIOAmountsTest::hugeAmountsOfTextDoNotTakeLong()
 {
     QFETCH(QByteArray, text);
     putRepo(QStringLiteral("x.repo"), text);

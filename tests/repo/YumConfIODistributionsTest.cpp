@@ -4,18 +4,18 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Reading and writing keeps the contents of the files of distributions.
+// Tests that reading and writing keeps the contents of the files of distributions.
 class YumConfIODistributionsTest : public ScratchConfiguration
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void filesAsDistributionsShipThem_data();
-    void filesAsDistributionsShipThem();
+    void filesOfDistributionsKeepTheirContents_data();
+    void filesOfDistributionsKeepTheirContents();
     void aChangeOfOneRepositoryChangesOneLine();
 };
 
-void YumConfIODistributionsTest::filesAsDistributionsShipThem_data()
+void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents_data()
 {
     QTest::addColumn<QByteArray>("read");
     QTest::addColumn<QByteArray>("written");
@@ -221,7 +221,7 @@ void YumConfIODistributionsTest::filesAsDistributionsShipThem_data()
                                                << QStringList({QStringLiteral("depot, 0, 1, 1")});
 }
 
-void YumConfIODistributionsTest::filesAsDistributionsShipThem()
+void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents()
 {
     QFETCH(QByteArray, read);
     QFETCH(QByteArray, written);

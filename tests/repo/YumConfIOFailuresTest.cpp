@@ -10,17 +10,17 @@
 #include "tests/repo/ScratchConfiguration.h"
 #include "tests/repo/SmallDisk.h"
 
-// Failures to read or write a file are reported, and lose no data.
+// Tests that failures to read or write a file are reported, and that no data are lost.
 class YumConfIOFailuresTest : public ScratchConfiguration
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void changedFollowsASuccessfulReadOnly();
+    void changedIsSignalledOnlyAfterASuccessfulRead();
     void writingNeitherReadsNorSignals();
     void anUnreadableMainFileIsReported();
     void aMissingMainFileIsReported();
-    void aRepositoryFileWithoutStatusIsReported();
+    void aRepositoryFileThatCannotBeExaminedIsReported();
     void anUnreadableRepositoryFileIsReported();
     void aReadErrorOfTheMainFileIsReported();
     void aReadErrorOfARepositoryFileIsReported();
@@ -30,7 +30,7 @@ private Q_SLOTS:
     void aMalformedHeaderOfTheMainFileIsReported();
     void textOfAFileIsNeverRichText();
     void aFailedReadKeepsTheRepositoriesReadSoFar();
-    void aFailedReadDoesNotSpoilTheNext();
+    void aFailedReadDoesNotAffectTheNextRead();
     void aFileThatCannotBeCreatedIsReported();
     void aMainFileThatCannotBeWrittenIsReported();
     void aFullDiskIsReported();
@@ -41,7 +41,7 @@ private Q_SLOTS:
     void theErrorHasTheRightWindow();
 };
 
-void YumConfIOFailuresTest::changedFollowsASuccessfulReadOnly()
+void YumConfIOFailuresTest::changedIsSignalledOnlyAfterASuccessfulRead()
 {
     QSignalSpy changed(conf.get(), SIGNAL(changed()));
     QVERIFY(conf->read(window.get()));
@@ -82,7 +82,7 @@ void YumConfIOFailuresTest::anUnreadableMainFileIsReported()
     compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
 }
 
-void YumConfIOFailuresTest::aRepositoryFileWithoutStatusIsReported()
+void YumConfIOFailuresTest::aRepositoryFileThatCannotBeExaminedIsReported()
 {
     QCOMPARE(chmod(QFile::encodeName(root->path()).constData(), 0755), 0);
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("private")));
@@ -193,7 +193,7 @@ void YumConfIOFailuresTest::aFailedReadKeepsTheRepositoriesReadSoFar()
     QCOMPARE(conf->entries.at(1).name, QStringLiteral("kept"));
 }
 
-void YumConfIOFailuresTest::aFailedReadDoesNotSpoilTheNext()
+void YumConfIOFailuresTest::aFailedReadDoesNotAffectTheNextRead()
 {
     putMain("[main]\n[d\n[e]\nname=x\n");
     QVERIFY(!conf->read(window.get()));
@@ -261,7 +261,7 @@ void YumConfIOFailuresTest::aFullDiskIsReported()
     compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
                                repoPath(QStringLiteral("b.repo")),
                            ENOSPC));
-    // The space was enough for one file only. Both files are unchanged, and no other file exists.
+    // The space was enough for only one file. Both files are unchanged, and no other file exists.
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\n#"));
     QCOMPARE(getRepo(QStringLiteral("b.repo")), text);
     QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
@@ -292,7 +292,7 @@ void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade(
     QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[moved]\n"));
 }
 
-// A file with two names is overwritten in place, so a write error occurs only then.
+// A file with two names is overwritten in place, so a write error occurs only during this write.
 void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data()
 {
     QTest::addColumn<QString>("from");

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Gives the inputs of a fuzzer to the reader of the configuration files. Checks that writing and reading
-// again loses nothing. The input is the main file and two repository files, separated by the byte 0x1F.
+// Passes the inputs of a fuzzer to the reader of the configuration files. Checks that nothing is lost when
+// the files are written and read again. An input contains the main file and two repository files, separated
+// by the byte 0x1F.
 
 #include <QApplication>
 #include <QDir>
@@ -68,7 +69,7 @@ struct Surroundings
 
 Surroundings* surroundings = nullptr;
 
-// On a failed check, the fuzzer keeps the input.
+// If a check fails, the fuzzer saves the input.
 void require(bool holds, const char* what)
 {
     if (!holds) {
@@ -140,12 +141,12 @@ void check(YumConfIO& conf)
     }
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
-            // This is a second main section. If the sections in between are dropped, it merges with the
-            // first.
+            // This is a second main section. If the sections between both are dropped, it becomes a part of
+            // the first.
             return;
         }
     }
-    // Edits everything, because unedited files with letters beyond ASCII stay unchanged.
+    // All entries are edited, because unedited files with letters beyond ASCII stay unchanged.
     const QString line = QStringLiteral("#\n");
     if (!conf.mainText.isEmpty()) {
         conf.mainText += line;

@@ -4,7 +4,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Missing and repeated identifiers.
+// Tests of missing and repeated identifiers.
 class YumConfIOIdentifiersTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -13,9 +13,9 @@ private Q_SLOTS:
     void duplicatesAndMissingIdentifiersAreAskedAbout();
     void decliningWritesNothing_data();
     void decliningWritesNothing();
-    void agreeingKeepsTheFirstOfEach();
-    void onlyMissingIdentifiers();
-    void onlyDuplicates();
+    void agreeingKeepsTheFirstRepositoryOfEachIdentifier();
+    void missingIdentifiersAloneAreAskedAbout();
+    void duplicatesAloneAreAskedAbout();
     void anIdentifierUsedThreeTimesIsListedThreeTimes();
     void severalDuplicatesAreListedInOrder();
     void identifiersOfAnotherCaseAreNoDuplicates();
@@ -66,7 +66,7 @@ void YumConfIOIdentifiersTest::decliningWritesNothing()
     QCOMPARE(conf->entries.last().file, QString());
 }
 
-void YumConfIOIdentifiersTest::agreeingKeepsTheFirstOfEach()
+void YumConfIOIdentifiersTest::agreeingKeepsTheFirstRepositoryOfEachIdentifier()
 {
     putMain("[main]\n[b]\n[a]\nname=first\n[a]\nname=second\n");
     QVERIFY(conf->read(window.get()));
@@ -84,7 +84,7 @@ void YumConfIOIdentifiersTest::agreeingKeepsTheFirstOfEach()
     QCOMPARE(getRepo(QStringLiteral("c.repo")), QByteArray("[c]\n"));
 }
 
-void YumConfIOIdentifiersTest::onlyMissingIdentifiers()
+void YumConfIOIdentifiersTest::missingIdentifiersAloneAreAskedAbout()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries = {made(QString()), made(QString())};
@@ -96,7 +96,7 @@ void YumConfIOIdentifiersTest::onlyMissingIdentifiers()
     QCOMPARE(conf->entries.size(), 0);
 }
 
-void YumConfIOIdentifiersTest::onlyDuplicates()
+void YumConfIOIdentifiersTest::duplicatesAloneAreAskedAbout()
 {
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("a"))};
     user->answer = AnsweringUser::click(QMessageBox::No);

@@ -7,7 +7,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Changes that other programs make meanwhile are not lost.
+// Tests that changes by other programs are not lost.
 class YumConfIOOthersTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ class YumConfIOOthersTest : public ScratchConfiguration
 private Q_SLOTS:
     void editedFilesChangedByOtherProgramsStay_data();
     void editedFilesChangedByOtherProgramsStay();
-    void theUserMayHaveChangedFilesReadAgain();
+    void changedFilesAreReadAgainOnRequest();
     void changesOfOtherProgramsToUneditedFilesStay();
     void filesCreatedByOtherProgramsStay();
     void aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram();
@@ -23,7 +23,7 @@ private Q_SLOTS:
     void aNewMainFileWithPrecedenceStopsTheWriting();
     void afterAFailedReadNothingIsLost();
     void aDirectoryInPlaceOfAFileStopsTheWriting();
-    void aVanishedDirectoryIsNotMadeAgain();
+    void aRemovedDirectoryIsNotMadeAgain();
     void leftoversOfAKilledProgramAreFound();
 };
 
@@ -46,7 +46,8 @@ void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay()
     putRepo(QStringLiteral("b.repo"), "[b]\nname=b\n");
     putRepo(QStringLiteral("comments.repo"), "# only\n");
     QVERIFY(conf->read(window.get()));
-    // The size and the modification time stay the same; only the change time cannot.
+    // The size and the modification time stay the same. Only the change time differs, because no program can
+    // set it.
     const struct timespec times[] = {{1700000000, 0}, {1700000000, 0}};
     put(file, "[a]\nname=two\n");
     QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(file).constData(), times, 0), 0);
@@ -64,7 +65,7 @@ void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay()
     // The edits are still in the list.
     QCOMPARE(entry(QStringLiteral("b")).name, QStringLiteral("mine"));
     QCOMPARE(conf->entries.size(), removed ? 1 : 2);
-    // A new file with the same text does not count as a change.
+    // A new file with the same text is not a change.
     QVERIFY(QFile::remove(file));
     put(file, "[a]\nname=one\n");
     QVERIFY(conf->write(window.get()));
@@ -72,7 +73,7 @@ void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay()
     QVERIFY(!get(file).contains("one"));
 }
 
-void YumConfIOOthersTest::theUserMayHaveChangedFilesReadAgain()
+void YumConfIOOthersTest::changedFilesAreReadAgainOnRequest()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -196,7 +197,7 @@ void YumConfIOOthersTest::afterAFailedReadNothingIsLost()
     QVERIFY(!conf->read(window.get()));
     user->seen.clear();
     const auto before = snapshot();
-    // One file was read up to its error, the other not at all.
+    // One file was read up to its error. The other file was not read.
     QCOMPARE(conf->entries.size(), 2);
     entry(QStringLiteral("m")).name = QStringLiteral("M");
     QVERIFY(!conf->write(window.get()));
@@ -231,7 +232,7 @@ void YumConfIOOthersTest::aDirectoryInPlaceOfAFileStopsTheWriting()
     QVERIFY(QFileInfo(repoPath(QStringLiteral("b.repo"))).isDir());
 }
 
-void YumConfIOOthersTest::aVanishedDirectoryIsNotMadeAgain()
+void YumConfIOOthersTest::aRemovedDirectoryIsNotMadeAgain()
 {
     QVERIFY(QDir(root->path()).mkpath(QStringLiteral("etc/yum/repos.d")));
     const QString file = path(QStringLiteral("etc/yum/repos.d/a.repo"));
@@ -247,7 +248,7 @@ void YumConfIOOthersTest::aVanishedDirectoryIsNotMadeAgain()
     entry(QStringLiteral("a")).name = QStringLiteral("A");
     QVERIFY(!conf->write(window.get()));
     compareNothingIsWritten({file});
-    // The user may also want to remove it.
+    // The user may also remove the repository.
     conf->entries.removeAll(made(QStringLiteral("a")));
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));

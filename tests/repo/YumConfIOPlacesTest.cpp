@@ -10,23 +10,23 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// The choice of files and directories, and the recognition of two paths to the same one.
+// Tests of the choice of files and directories, and of several paths to the same file or directory.
 class YumConfIOPlacesTest : public ScratchConfiguration
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void nothingIsReadAtFirst();
-    void withoutAManagedRootThePathsAreThoseOfTheSystem();
+    void withoutAManagedRootThePathsHaveNoPrefix();
     void theFileInEtcYumComesFirst();
     void withoutEtcYumTheFileInEtcIsReadAndWritten();
     void theMainFileIsTheFirstThatExists();
     void theFileOfThePackageManagerItselfIsReadAndWritten();
     void anUnreadableMainFileIsNotReplacedByAnother();
-    void theDirectoryOfTheDistributionIsReadWhereItExists();
+    void anExistingDirectoryOfTheDistributionIsRead();
     void anEmptyMainFileGivesTheDefaults();
-    void namedDirectoriesAreThoseOfTheManagedRoot();
-    void aDifferentReadingOfThePackageManagerIsReported();
+    void namedDirectoriesAreInTheManagedRoot();
+    void aDifferentInterpretationByThePackageManagerIsReported();
     void theDefaultsReturnWithEveryRead();
     void theMainValuesAreRead();
     void theMainHeaderIsNotRequired();
@@ -37,11 +37,11 @@ private Q_SLOTS:
     void onlyFilesNamedRepoAreRead();
     void pipesAndDevicesAreNotRead();
     void fileNamesOutsideAsciiAreKept();
-    void twoDirectoriesThatAreOneAreReadOnce_data();
-    void twoDirectoriesThatAreOneAreReadOnce();
-    void aFileByAnotherPathIsTheSame_data();
-    void aFileByAnotherPathIsTheSame();
-    void aFileWithSeveralNamesIsRemovedWhole();
+    void aDirectoryWithTwoPathsIsReadOnce_data();
+    void aDirectoryWithTwoPathsIsReadOnce();
+    void severalPathsOfAFileAreOneFile_data();
+    void severalPathsOfAFileAreOneFile();
+    void aFileWithSeveralNamesIsRemovedCompletely();
     void masksPipesAndDanglingLinksStay();
 };
 
@@ -59,7 +59,7 @@ void YumConfIOPlacesTest::nothingIsReadAtFirst()
     QCOMPARE(&conf->sessionEnabled, &session);
 }
 
-void YumConfIOPlacesTest::withoutAManagedRootThePathsAreThoseOfTheSystem()
+void YumConfIOPlacesTest::withoutAManagedRootThePathsHaveNoPrefix()
 {
     managedRoot.unset();
     QString expected = QStringLiteral("/etc/yum.conf");
@@ -200,7 +200,7 @@ void YumConfIOPlacesTest::anUnreadableMainFileIsNotReplacedByAnother()
     compareError(withErrno(QStringLiteral("Unable to read yum configuration file ") + mainPath(), EACCES));
 }
 
-void YumConfIOPlacesTest::theDirectoryOfTheDistributionIsReadWhereItExists()
+void YumConfIOPlacesTest::anExistingDirectoryOfTheDistributionIsRead()
 {
     const QString directory = path(QStringLiteral("etc/distro.repos.d"));
     QVERIFY(QDir().mkpath(directory));
@@ -209,7 +209,7 @@ void YumConfIOPlacesTest::theDirectoryOfTheDistributionIsReadWhereItExists()
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc/yum.repos.d")),
                                           path(QStringLiteral("etc/yum/repos.d")), directory}));
     QCOMPARE(ids(), QStringList({QStringLiteral("d")}));
-    // New repositories go into the usual directory.
+    // New repositories are written to the usual directory.
     conf->entries.append(made(QStringLiteral("n")));
     entry(QStringLiteral("d")).name = QStringLiteral("E");
     QVERIFY(conf->write(window.get()));
@@ -247,7 +247,7 @@ void YumConfIOPlacesTest::anEmptyMainFileGivesTheDefaults()
     QCOMPARE(conf->mainText, QString());
 }
 
-void YumConfIOPlacesTest::namedDirectoriesAreThoseOfTheManagedRoot()
+void YumConfIOPlacesTest::namedDirectoriesAreInTheManagedRoot()
 {
     // The running system has a directory of that name too.
     QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
@@ -257,7 +257,7 @@ void YumConfIOPlacesTest::namedDirectoriesAreThoseOfTheManagedRoot()
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc")), QStringLiteral("/dev")}));
 }
 
-void YumConfIOPlacesTest::aDifferentReadingOfThePackageManagerIsReported()
+void YumConfIOPlacesTest::aDifferentInterpretationByThePackageManagerIsReported()
 {
     putMain("[main]\nenabled = No\ngpgcheck=0\n[a]\nenabled=0 \ngpgcheck=FALSE\n[b]\nenabled=0\ngpgcheck=1\n"
             "[c]\nenabled=off\nname=Gr\xc3\xb6\xc3\x9f"
@@ -382,7 +382,7 @@ void YumConfIOPlacesTest::onlyFilesNamedRepoAreRead()
 
 void YumConfIOPlacesTest::pipesAndDevicesAreNotRead()
 {
-    // Both contain a section, and neither signals the end of its data.
+    // Both files contain a section, and neither signals the end of its data.
     const QByteArray pipe = QFile::encodeName(path(QStringLiteral("pipe")));
     QCOMPARE(mkfifo(pipe.constData(), 0644), 0);
     const int writer = open(pipe.constData(), O_RDWR | O_CLOEXEC);
@@ -416,7 +416,7 @@ void YumConfIOPlacesTest::fileNamesOutsideAsciiAreKept()
     QCOMPARE(getRepo(name), QByteArray("[x]\nname=X\n"));
 }
 
-void YumConfIOPlacesTest::twoDirectoriesThatAreOneAreReadOnce_data()
+void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce_data()
 {
     QTest::addColumn<QStringList>("names");
     QTest::newRow("a link") << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/link")});
@@ -429,7 +429,7 @@ void YumConfIOPlacesTest::twoDirectoriesThatAreOneAreReadOnce_data()
                         QStringLiteral("etc/../etc//yum.repos.d/.")});
 }
 
-void YumConfIOPlacesTest::twoDirectoriesThatAreOneAreReadOnce()
+void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce()
 {
     QFETCH(QStringList, names);
     linkTo(QStringLiteral("yum.repos.d"), path(QStringLiteral("etc/link")));
@@ -456,7 +456,7 @@ void YumConfIOPlacesTest::twoDirectoriesThatAreOneAreReadOnce()
              QStringList(QStringLiteral("b.repo")));
 }
 
-void YumConfIOPlacesTest::aFileByAnotherPathIsTheSame_data()
+void YumConfIOPlacesTest::severalPathsOfAFileAreOneFile_data()
 {
     QTest::addColumn<QString>("reposdir");
     QTest::addColumn<QString>("file");
@@ -469,7 +469,7 @@ void YumConfIOPlacesTest::aFileByAnotherPathIsTheSame_data()
     QTest::newRow("two points behind a link") << plain << QStringLiteral("etc/far/../yum.repos.d/x.repo");
 }
 
-void YumConfIOPlacesTest::aFileByAnotherPathIsTheSame()
+void YumConfIOPlacesTest::severalPathsOfAFileAreOneFile()
 {
     QFETCH(QString, reposdir);
     QFETCH(QString, file);
@@ -501,7 +501,7 @@ void YumConfIOPlacesTest::aFileByAnotherPathIsTheSame()
     QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
 }
 
-void YumConfIOPlacesTest::aFileWithSeveralNamesIsRemovedWhole()
+void YumConfIOPlacesTest::aFileWithSeveralNamesIsRemovedCompletely()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QCOMPARE(link(QFile::encodeName(repoPath(QStringLiteral("a.repo"))).constData(),

@@ -34,8 +34,8 @@ struct ConfigurationFile
     gid_t group = 0;
 };
 
-// Every case has its own seed from 0 to cases - 1; a failure shows it. VYRE_TEST_FACTOR multiplies the number
-// of cases.
+// Every case has its own seed from 0 to cases - 1, and a failure shows this seed. VYRE_TEST_FACTOR multiplies
+// the number of cases.
 quint32 numberOfCases(quint32 number)
 {
     bool given = false;
@@ -51,7 +51,7 @@ QString describe(const QString& file, double position, const Section& section)
         .join(QLatin1Char('|'));
 }
 
-// Describes all sections, sorted, because the order of the files depends on the directory.
+// The descriptions of all sections. They are sorted, because the order of the files depends on the directory.
 QStringList describe(const QMap<QString, ConfigurationFile>& files)
 {
     QStringList result;
@@ -94,7 +94,7 @@ QString differences(const QStringList& actual, const QStringList& expected)
 
 } // namespace
 
-// Properties of all configurations, checked with many random ones.
+// Tests of properties that all configurations have, with many random configurations.
 class YumConfIOPropertiesTest : public QObject
 {
     Q_OBJECT
@@ -103,9 +103,9 @@ private Q_SLOTS:
     void initTestCase();
     void init();
 
-    void writtenFilesReadTheSame();
+    void writtenFilesAreReadWithTheSameValues();
     void eachRewriteOfBytesBeyondAsciiAddsOneEncoding();
-    void anEditChangesNothingElse();
+    void anEditDoesNotChangeOtherValues();
     void privateFilesArePrivateFromTheBeginning();
 
 private:
@@ -119,13 +119,13 @@ private:
     QString textOf(const QString& file) const;
     // The expected contents of the files.
     QMap<QString, QByteArray> expected() const;
-    // Remembers the files that stay unchanged without an edit.
+    // Records the files that stay unchanged without an edit.
     void remember();
     // Changes something in each file.
     void editAll();
     void roundTrips(bool ascii);
 
-    // These change the list of entries and the expected result.
+    // These functions change the list of entries and the expected result.
     void edit(RandomConfiguration& random);
     void add(RandomConfiguration& random);
     void remove(RandomConfiguration& random);
@@ -310,7 +310,7 @@ void YumConfIOPropertiesTest::roundTrips(bool ascii)
     QVERIFY(sections > 5 * cases);
 }
 
-void YumConfIOPropertiesTest::writtenFilesReadTheSame()
+void YumConfIOPropertiesTest::writtenFilesAreReadWithTheSameValues()
 {
     roundTrips(true);
 }
@@ -413,7 +413,7 @@ void YumConfIOPropertiesTest::add(RandomConfiguration& random)
     entry.gpgcheck = section.gpgcheck;
     entry.options = section.options;
     if (random.chance(30)) {
-        // The section gets a file of its own.
+        // The section gets its own file.
         files[path(QStringLiteral("etc/yum.repos.d/%1.repo").arg(section.id))].sections = {{section, 0.0}};
     } else {
         place(random, entry, section);
@@ -444,7 +444,7 @@ void YumConfIOPropertiesTest::move(RandomConfiguration& random)
     place(random, entry, section);
 }
 
-void YumConfIOPropertiesTest::anEditChangesNothingElse()
+void YumConfIOPropertiesTest::anEditDoesNotChangeOtherValues()
 {
     const quint32 cases = numberOfCases(5000);
     quint32 edits = 0;
@@ -525,7 +525,7 @@ void YumConfIOPropertiesTest::privateFilesArePrivateFromTheBeginning()
         RandomConfiguration random(2000000000 + seed, true);
         make(random);
         QVERIFY2(conf->read(nullptr), context);
-        // Several sections go to one new file; a random one of them has the password.
+        // Several sections are written to one new file. A random section of them has the password.
         const QString file = path(QStringLiteral("etc/yum.repos.d/new.repo"));
         const int count = 1 + random.below(4);
         const int chosen = random.below(count);

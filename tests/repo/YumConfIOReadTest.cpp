@@ -7,16 +7,16 @@
 
 Q_DECLARE_METATYPE(Qt::CheckState)
 
-// The values that are read from the files.
+// Tests of the values that are read from the files.
 class YumConfIOReadTest : public ScratchConfiguration
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void everyFieldOfASectionIsRead();
-    void aSectionThatSaysNothingSpecifiesNothing();
-    void onlyExactlyZeroIsOff_data();
-    void onlyExactlyZeroIsOff();
+    void anEmptySectionSpecifiesNothing();
+    void onlyZeroMeansOff_data();
+    void onlyZeroMeansOff();
     void optionsAreRecognised_data();
     void optionsAreRecognised();
     void aRepeatedKeyOverwrites();
@@ -33,20 +33,20 @@ private Q_SLOTS:
     void aFileWithCarriageReturnsKeepsThem();
     void aByteOrderMarkIsKept();
     void aByteOrderMarkDoesNotHideTheMainHeader();
-    void filesThatAreNotUnderstoodAreLeftAlone_data();
-    void filesThatAreNotUnderstoodAreLeftAlone();
-    void aMainFileThatIsNotUnderstoodIsLeftAlone_data();
-    void aMainFileThatIsNotUnderstoodIsLeftAlone();
+    void filesThatAreNotUnderstoodAreNotChanged_data();
+    void filesThatAreNotUnderstoodAreNotChanged();
+    void aMainFileThatIsNotUnderstoodIsNotChanged_data();
+    void aMainFileThatIsNotUnderstoodIsNotChanged();
     void aNewRepositoryDoesNotUseTheFileOfAnUnmanagedOne();
     void repositoriesOfTheMainFileAreRead();
-    void positionsCountWithinAFile();
-    void newIdentifiersEnterTheSessionTable();
-    void mainDisablesByDefault();
+    void positionsAreNumberedWithinAFile();
+    void newIdentifiersAreAddedToTheSessionTable();
+    void theMainSectionCanDisableRepositoriesByDefault();
     void knownIdentifiersKeepTheirSessionState();
     void theLastMatchingRequestWins();
     void requestsMatchWholeIdentifiersCaseSensitively();
     void theSecondSectionOfAnIdentifierDoesNotSetTheSessionState();
-    void theUsersChoiceSurvivesReadingAgain();
+    void theUsersChoiceStaysWhenTheFilesAreReadAgain();
 };
 
 void YumConfIOReadTest::everyFieldOfASectionIsRead()
@@ -75,7 +75,7 @@ void YumConfIOReadTest::everyFieldOfASectionIsRead()
     QCOMPARE(read.position, 1.0);
 }
 
-void YumConfIOReadTest::aSectionThatSaysNothingSpecifiesNothing()
+void YumConfIOReadTest::anEmptySectionSpecifiesNothing()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\n");
     QVERIFY(conf->read(window.get()));
@@ -86,7 +86,7 @@ void YumConfIOReadTest::aSectionThatSaysNothingSpecifiesNothing()
     QCOMPARE(read.gpgcheck, qint32(Qt::PartiallyChecked));
 }
 
-void YumConfIOReadTest::onlyExactlyZeroIsOff_data()
+void YumConfIOReadTest::onlyZeroMeansOff_data()
 {
     QTest::addColumn<QByteArray>("value");
     QTest::addColumn<Qt::CheckState>("state");
@@ -103,7 +103,7 @@ void YumConfIOReadTest::onlyExactlyZeroIsOff_data()
     QTest::newRow("no separator") << QByteArray(" 0") << Qt::PartiallyChecked;
 }
 
-void YumConfIOReadTest::onlyExactlyZeroIsOff()
+void YumConfIOReadTest::onlyZeroMeansOff()
 {
     QFETCH(QByteArray, value);
     QFETCH(Qt::CheckState, state);
@@ -378,12 +378,12 @@ void addFilesThatAreNotUnderstood()
 
 } // namespace
 
-void YumConfIOReadTest::filesThatAreNotUnderstoodAreLeftAlone_data()
+void YumConfIOReadTest::filesThatAreNotUnderstoodAreNotChanged_data()
 {
     addFilesThatAreNotUnderstood();
 }
 
-void YumConfIOReadTest::filesThatAreNotUnderstoodAreLeftAlone()
+void YumConfIOReadTest::filesThatAreNotUnderstoodAreNotChanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, reason);
@@ -405,12 +405,12 @@ void YumConfIOReadTest::filesThatAreNotUnderstoodAreLeftAlone()
     QVERIFY(get(odd) == contents);
 }
 
-void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsLeftAlone_data()
+void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsNotChanged_data()
 {
     addFilesThatAreNotUnderstood();
 }
 
-void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsLeftAlone()
+void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsNotChanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, reason);
@@ -458,7 +458,7 @@ void YumConfIOReadTest::repositoriesOfTheMainFileAreRead()
     QCOMPARE(conf->entries.at(1).position, 2.0);
 }
 
-void YumConfIOReadTest::positionsCountWithinAFile()
+void YumConfIOReadTest::positionsAreNumberedWithinAFile()
 {
     putMain("[main]\n[a]\n[b]\n");
     putRepo(QStringLiteral("f.repo"), "# comment\n[c]\n[d]\n\n[e]\n");
@@ -470,7 +470,7 @@ void YumConfIOReadTest::positionsCountWithinAFile()
     QCOMPARE(entry(QStringLiteral("e")).position, 3.0);
 }
 
-void YumConfIOReadTest::newIdentifiersEnterTheSessionTable()
+void YumConfIOReadTest::newIdentifiersAreAddedToTheSessionTable()
 {
     putRepo(QStringLiteral("f.repo"), "[on]\nenabled=1\n[off]\nenabled=0\n[silent]\n");
     QVERIFY(conf->read(window.get()));
@@ -479,7 +479,7 @@ void YumConfIOReadTest::newIdentifiersEnterTheSessionTable()
                                             {QStringLiteral("silent"), true}}));
 }
 
-void YumConfIOReadTest::mainDisablesByDefault()
+void YumConfIOReadTest::theMainSectionCanDisableRepositoriesByDefault()
 {
     putMain("[main]\nenabled=0\n[on]\nenabled=1\n[silent]\n");
     QVERIFY(conf->read(window.get()));
@@ -528,7 +528,7 @@ void YumConfIOReadTest::theSecondSectionOfAnIdentifierDoesNotSetTheSessionState(
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("a")}));
 }
 
-void YumConfIOReadTest::theUsersChoiceSurvivesReadingAgain()
+void YumConfIOReadTest::theUsersChoiceStaysWhenTheFilesAreReadAgain()
 {
     requests = {YumRepoEnabled(true, QStringLiteral("x")), YumRepoEnabled(false, QStringLiteral("x*"))};
     putRepo(QStringLiteral("f.repo"), "[x]\nenabled=1\n");

@@ -7,14 +7,14 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// The owner and the mode of written files.
+// Tests of the owner and the mode of written files.
 class YumConfIORightsTest : public ScratchConfiguration
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void modeAndOwnerOfExistingFilesStay();
-    void aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers();
+    void aFileThatGetsAPasswordIsPrivate();
     void aPasswordPlaceholderKeepsTheFileMode();
     void theModeOfANewFileDependsOnItsContents_data();
     void theModeOfANewFileDependsOnItsContents();
@@ -38,7 +38,7 @@ void YumConfIORightsTest::modeAndOwnerOfExistingFilesStay()
     QVERIFY(getRepo(QStringLiteral("x.repo")).contains("secret"));
 }
 
-void YumConfIORightsTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers()
+void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
 {
     putMain("[main]\n[m]\n");
     const QString known = repoPath(QStringLiteral("known.repo"));
@@ -71,7 +71,7 @@ void YumConfIORightsTest::aFileThatAPasswordIsWrittenIntoLosesTheRightsOfOthers(
     const QString text =
         QStringLiteral("%1 contains a password. From now on, only its owner and its group can read it.");
     QCOMPARE(texts, QStringList({text.arg(mainPath()), text.arg(given)}));
-    // One message for each file.
+    // Each file causes one message.
     entry(QStringLiteral("given")).name = QStringLiteral("G");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(noted.size(), 2);

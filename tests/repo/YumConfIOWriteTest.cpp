@@ -6,7 +6,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// The written text, and its file.
+// Tests of the written text and of its file.
 class YumConfIOWriteTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -15,7 +15,7 @@ private Q_SLOTS:
     void sectionsAreWrittenInOneForm();
     void valuesThatAreNotSpecifiedAreNotWritten();
     void commentsMoveToTheEndOfTheirSection();
-    void blankLinesAreKeptInTheMainPartOnly();
+    void blankLinesAreKeptOnlyInTheMainPart();
     void theMainFileIsRewrittenWithItsRepositories();
     void theMainFileIsWrittenEvenWithoutRepositories();
     void aNewRepositoryIsGivenAFile();
@@ -83,7 +83,7 @@ void YumConfIOWriteTest::commentsMoveToTheEndOfTheirSection()
              QByteArray("[x]\nname=a\nenabled=1\n# inside\n; also inside\n"));
 }
 
-void YumConfIOWriteTest::blankLinesAreKeptInTheMainPartOnly()
+void YumConfIOWriteTest::blankLinesAreKeptOnlyInTheMainPart()
 {
     putMain("\n# top\n\n[main]\n\nretries=1\n\n\n[x]\n\nname=a\n\n");
     QVERIFY(conf->read(window.get()));
@@ -162,7 +162,7 @@ void YumConfIOWriteTest::thePositionOrdersTheSectionsOfAFile()
     entry(QStringLiteral("c")).position = 0.5;
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[c]\n\n[a]\n\n[between]\n\n[b]\n"));
-    // The list itself stays in its own order.
+    // The list itself keeps its order.
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"),
                                  QStringLiteral("between")}));
 }
