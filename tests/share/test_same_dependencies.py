@@ -51,11 +51,11 @@ SCENARIOS = [
              config="protected_packages=trellis-editor", remove="libtrellis", dnf="remove libtrellis"),
     # Intended differences
     Scenario("a_conflict_of_two_marked_packages", "refused conflict", install="tern-mta gull-mta",
-             dnf="install tern-mta gull-mta", differs=("Updates that cannot be made", "+tern-mta")),
+             dnf="install tern-mta gull-mta", differs=("Packages that cannot be installed", "+tern-mta")),
     Scenario("a_mark_means_the_version_of_its_row", "+lagging", repos=RULES, install="lagging",
              dnf="install lagging", differs=("The version of a mark", "refused no-such-thing")),
     Scenario("a_marked_update_that_is_impossible", "nothing", repos=RULES, before=["install stuck-user"],
-             update="stuck-part", dnf="upgrade stuck-part", differs=("Updates that cannot be made",
+             update="stuck-part", dnf="upgrade stuck-part", differs=("Packages that cannot be installed",
              "refused stuck-part")),
 ]
 

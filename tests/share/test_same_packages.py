@@ -51,7 +51,7 @@ SCENARIOS = [
     # architecture. Without best, the order in rpm's database decides whether dnf replaces both packages.
     Scenario("a_change_to_no_architecture", "refused cannot install both", repos=RULES, config="best=True",
              before=["install unsettled-1-1.i686", "install unsettled-2-1.x86_64"], update="unsettled",
-             dnf="upgrade unsettled", differs=("Changes to no architecture", "nothing")),
+             dnf="upgrade unsettled", differs=("Updates to packages without an architecture", "nothing")),
     # Packages that are installed beside their older versions
     Scenario("a_kernel_beside_the_installed_kernels", "+kernel", update="kernel", dnf="upgrade kernel"),
     Scenario("a_kernel_in_place_of_the_oldest", "^kernel", config="installonly_limit=2", update="kernel",

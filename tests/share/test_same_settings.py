@@ -72,7 +72,7 @@ SCENARIOS = [
     Scenario("no_obsoletes", "+newpost -oldpost", config="obsoletes=False", install="newpost", dnf="install newpost"),
     Scenario("a_forbidden_change_of_the_vendor", "nothing", config="allow_vendor_change=False", repos=RULES,
              before=["install vendor-kept-1"], update="vendor-kept", dnf="upgrade vendor-kept",
-             differs=("Updates that cannot be made", "refused vendor-kept")),
+             differs=("Packages that cannot be installed", "refused vendor-kept")),
     Scenario("a_test_transaction", "nothing", config="tsflags=test", install="astrolabe", dnf="install astrolabe"),
     # The plug-in versionlock
     Scenario("a_locked_version", "nothing", config="plugins=1; pluginconfpath={plugins}", update="abacus-cli",
