@@ -65,5 +65,9 @@ void ElidedLabel::fit()
 {
     const QString visible = fontMetrics().elidedText(whole, Qt::ElideRight, width() - margins());
     setText(visible);
-    setToolTip(visible == whole ? QString() : Literal::toolTip(whole));
+    if (visible == whole) {
+        setToolTip(QString());
+    } else {
+        setToolTip(Literal::toolTip(whole));
+    }
 }
