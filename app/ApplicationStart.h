@@ -25,7 +25,7 @@ class ApplicationStart
 {
 public:
     // The arguments are the arguments of main(). They end with a null pointer and must outlive this object.
-    // It reads them only if the start fails.
+    // The object reads them only if the start fails.
     explicit ApplicationStart(char** argv);
     ~ApplicationStart();
     ApplicationStart(const ApplicationStart&) = delete;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Saves and restores the size of the main window and the widths and places of the table's columns.
+// Saves and restores the size of the main window, and the widths and positions of the table's columns.
 //
 // Only the graphical thread calls these functions.
 
@@ -15,7 +15,7 @@ class View;
 namespace KeptLayout {
 
 void save(const QWidget& window, const PackageTable::View& view);
-// If a value was never saved, it does not change.
+// A size or position that was never saved does not change.
 void restore(QWidget& window, PackageTable::View& view);
 
 } // namespace KeptLayout

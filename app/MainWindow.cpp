@@ -362,7 +362,7 @@ void MainWindow::recollect(Kept kept)
         collect();
         yumIO->restoreMarks(marks);
         // Without this call, the proxy would read the search texts of each record on the graphical thread and
-        // block it.
+        // block this thread.
         prepareFilterSearch();
     }
     updateEmptyText();

@@ -144,7 +144,7 @@ private:
     void warnUnlistedActions();
     void setReady(bool ready);
     void collect();
-    // The marks that recollect() sets again, if they are still possible.
+    // The marks that recollect() sets again, if they can still be carried out.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
     // Makes the row of this record the current one, if the table lists it.

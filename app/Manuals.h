@@ -19,8 +19,7 @@ class Manuals
 
 public:
     // If a program cannot be started, these functions show a message over the window. If the manual is not
-    // installed, they return a text for the user. On a desktop, the message of the viewer would not be
-    // visible.
+    // installed, they return a text for the user, because a desktop does not show the messages of a viewer.
     static QString openHtml(QWidget* window);
     static QString openPdf(QWidget* window);
     static void openPage(QWidget* window, const QString& address);

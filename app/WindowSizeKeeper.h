@@ -26,7 +26,7 @@ public:
 private:
     QWidget* window;
     QString key;
-    QSize sizeWhenShown; // if the user does not change the size, it is not saved
+    QSize sizeWhenShown; // the size is saved only if the user changes it
 };
 
 #endif

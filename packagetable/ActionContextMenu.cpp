@@ -72,7 +72,8 @@ void ActionContextMenu::offerVersionLocks()
     const VersionLocks& locks = model->versionLocks();
     const bool canLock = !lockableRows(true).isEmpty();
     const bool canUnlock = !lockableRows(false).isEmpty();
-    // Both entries have the same letter. So only a selection of locked and other packages shows both.
+    // Both entries have the same shortcut letter. Therefore the menu shows both entries only for a selection
+    // of locked and unlocked packages.
     lockSeparator->setVisible(locks.offered);
     lockAction->setVisible(locks.offered && (canLock || !canUnlock));
     lockAction->setEnabled(locks.fault.isEmpty() && canLock);

@@ -32,8 +32,8 @@ public:
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 Q_SIGNALS:
-    // The user wants to lock or unlock the versions of these source rows. The menu is closed by then, so the
-    // receiver may wait for a worker.
+    // Emitted when the user wants to lock or unlock the versions of these source rows. At this time the menu
+    // is closed, so the receiver may wait for a worker.
     void versionLocksChosen(const QList<int>& rows, bool locked);
 
 private Q_SLOTS:
@@ -45,7 +45,7 @@ private Q_SLOTS:
 private:
     void handleAction(Package::Action action);
     QModelIndexList selectedRows() const; // source indexes
-    // The source rows that can be locked or unlocked.
+    // Returns the source rows that can be locked if `locked` is true, or unlocked if it is false.
     QList<int> lockableRows(bool locked) const;
     void offerVersionLocks();
 

@@ -51,7 +51,7 @@ public:
     QPushButton* addButton(int& row, QString label, QString buttonText);
     QPushButton* addPairButton(int& row, QString label, QString value, QString buttonText); // or null
 
-    // Updates the texts of the buttons. The text says whether a click must first load data.
+    // Updates the texts of the buttons. Each text says whether a click on the button must first load data.
     void updateButtons();
 
     // Enables or disables the buttons.

@@ -71,7 +71,7 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     whole->addWidget(scrolled, 1);
     top->addWidget(content);
     closeButton->setFocus();
-    layout()->activate(); // before this, the size hint is that of the previous content
+    layout()->activate(); // without this call, the size hint would fit the previous content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 

@@ -82,7 +82,7 @@ void RepoDialog::config(const Repo::Entry& repository)
     scrolled->setWidget(pairs);
     column->addWidget(scrolled, 1);
     top->addWidget(content);
-    layout()->activate(); // before this, the size hint is that of the previous content
+    layout()->activate(); // without this call, the size hint would fit the previous content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 

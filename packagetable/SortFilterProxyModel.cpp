@@ -44,8 +44,8 @@ void SortFilterProxyModel::setSourceModel(HAbstractTableModel* model)
     if (source != nullptr) {
         disconnect(source, nullptr, this, nullptr);
     }
-    // The source must change before the base class notifies the views, because these then read from the new
-    // model.
+    // The source must change before the base class notifies the views, because the views then read from the
+    // new model.
     source = model;
     dropMap();
     HSortFilterProxyModel::setSourceModel(model);
@@ -125,7 +125,7 @@ void SortFilterProxyModel::setUpdateListed()
             Q_EMIT dataChanged(listed, listed);
         }
     }
-    // The rows stay at their places until the table is filtered or sorted again.
+    // The rows keep their positions until the table is filtered or sorted again.
     keys[ActionColumn].clear();
     if (sortedBy == ActionColumn) {
         order.clear();

@@ -29,7 +29,7 @@ class TableStatus : public QStatusBar
 
 public:
     // The three objects are not owned, and must outlive this object. The view must show the rows of the
-    // proxy, and the proxy those of the model.
+    // proxy. The proxy must show the rows of the model.
     TableStatus(Model* packages, SortFilterProxyModel* listedRows, View* table, QWidget* parent = nullptr);
 
 private Q_SLOTS:

@@ -340,7 +340,8 @@ void View::currentChanged(const QModelIndex& current, const QModelIndex& previou
 
 void View::adaptColors()
 {
-    // The lighter of the two row backgrounds is used. If both are dark, colours are harder to read on it.
+    // The model needs the lighter of the two row backgrounds: on two dark backgrounds, coloured texts are
+    // harder to read on the lighter one.
     const QColor base = palette().color(QPalette::Base);
     const QColor alternate = palette().color(QPalette::AlternateBase);
     model->setBackground(alternate.lightness() > base.lightness() ? alternate : base);

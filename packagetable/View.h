@@ -61,12 +61,13 @@ public Q_SLOTS:
 Q_SIGNALS:
     // Emitted when another row becomes current. The arguments are source rows; -1 means no row.
     void currentChanged(int current, int previous);
-    // The source row whose action has changed, or -1 if several actions may have changed.
+    // Emitted when an action has changed. The argument is the source row, or -1 if several actions may have
+    // changed.
     void stateChanged(int row);
     // Emitted when the user requests another action for a row that permits no action. The reason is plain
     // text.
     void actionRefused(const QString& reason);
-    // The user wants to lock or unlock the versions of these source rows.
+    // Emitted when the user wants to lock or unlock the versions of these source rows.
     void versionLocksChosen(const QList<int>& rows, bool locked);
 
 protected:

@@ -21,7 +21,7 @@ public:
     YumIOCTarget() = default;
     YumIOCTarget(const YumIOCTarget&) = delete;
     YumIOCTarget& operator=(const YumIOCTarget&) = delete;
-    // After this, calls of the module's functions raise RuntimeError in the script.
+    // After the destruction of the target, calls of the module's functions raise RuntimeError in the script.
     virtual ~YumIOCTarget();
 
     virtual PyObject* stdoutWrite(PyObject* module, PyObject* args) = 0;

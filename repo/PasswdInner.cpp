@@ -229,7 +229,7 @@ void separateUndo(QLineEdit* edit)
     edit->setCursorPosition(position);
 }
 
-// A QTextEdit starts a new undo step by itself, so this function does nothing.
+// A QTextEdit starts a new undo step automatically, so this function does nothing.
 void separateUndo(QTextEdit*) {}
 
 } // namespace PasswdInner

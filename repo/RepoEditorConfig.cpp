@@ -284,9 +284,10 @@ void Config::setFieldsEnabled(bool enabled)
 
 QString Config::refusal(const Repo::Entry& entry)
 {
-    // The package manager expands variables in identifiers. Then it ignores a repository if the identifier
-    // contains any other character. If an identifier contains a closing bracket, the package manager rejects
-    // the whole file. It also reads bytes beyond ASCII as other characters.
+    // The package manager first expands the variables in an identifier. It ignores a repository whose
+    // identifier then contains any character that is not permitted here. If an identifier contains a closing
+    // bracket, the package manager rejects the whole file. It also reads bytes beyond ASCII as other
+    // characters.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&
@@ -301,7 +302,7 @@ QString Config::refusal(const Repo::Entry& entry)
     if (entry.options.startsWith(QLatin1Char('[')) || entry.options.contains(QLatin1String("\n["))) {
         return tr("Other Options have a line that begins with a bracket");
     }
-    // With white space at its beginning, this text would continue the line before the options.
+    // If this text began with white space, it would continue the line before the options.
     if (entry.options.startsWith(QLatin1Char(' ')) || entry.options.startsWith(QLatin1Char('\t'))) {
         return tr("Other Options begin with a blank");
     }

@@ -164,7 +164,7 @@ QList<YumConfIO::Target> YumConfIO::targets() const
     };
 
     QList<Target> result;
-    QHash<QString, int> byEntryFile; // the two maps contain indexes of `result`
+    QHash<QString, int> byEntryFile; // the values of both maps are indexes into `result`
     QHash<QString, int> byPlace;
     QList<Repo::Entry> sorted = entries;
     for (Repo::Entry& entry : sorted) {

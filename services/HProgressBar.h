@@ -21,7 +21,7 @@ public:
     // Returns the activity, and the percentage in parentheses. If one of the two is missing, returns only the
     // other.
     QString text() const override;
-    // Also removes the activity.
+    // Resets the bar and removes the activity.
     void reset();
 
 Q_SIGNALS:

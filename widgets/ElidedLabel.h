@@ -18,12 +18,12 @@ public:
     explicit ElidedLabel(QWidget* parent = nullptr);
 
     void showText(const QString& text);
-    // Returns the text before it is shortened.
+    // Returns the whole text, even if the label shows a shortened text.
     QString wholeText() const { return whole; }
 
     // The size of the whole text.
     QSize sizeHint() const override;
-    // A few letters.
+    // The size of a few letters.
     QSize minimumSizeHint() const override;
 
 protected:

@@ -64,7 +64,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
         case ')':
         case '|':
         case '{':
-            // With groups, alternatives or counts, a match need not contain any fixed text.
+            // With groups, alternatives or repetition counts, a match need not contain any fixed text.
             whole = false;
             return QByteArray();
         case '*':

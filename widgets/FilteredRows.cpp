@@ -108,7 +108,7 @@ void FilteredRows::sourceHasChanged()
     endResetModel();
 }
 
-// The rows stay at their places until the table is filtered or sorted again.
+// The rows keep their positions until the table is filtered or sorted again.
 void FilteredRows::sourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                                      const QVector<int>& roles)
 {

@@ -76,7 +76,7 @@ private:
     bool isEmpty() const;
 
     QStyleOptionViewItem::Position decorationPosition;
-    // The first call of sizeHint() sets both to the same value.
+    // The first call of sizeHint() sets both numbers to the same value.
     mutable int minRows;
     mutable int maxRows;
     bool oneLineRows;

@@ -27,8 +27,8 @@ public:
     void appendCompact(const QString& text);
 
 Q_SIGNALS:
-    // Emitted when the focus moves to another widget. A pop-up or the edit's own context menu does not emit
-    // it.
+    // Emitted when the focus moves to another widget, but not when a pop-up or the edit's own context menu
+    // opens.
     void editingFinished();
 
 protected:

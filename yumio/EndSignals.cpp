@@ -18,7 +18,7 @@ namespace {
 // thread waits for an X server that hangs.
 constexpr time_t patience = 10;
 
-// install() sets both before it installs the handlers.
+// install() sets the next two variables before it installs the handlers.
 volatile std::sig_atomic_t output = -1;
 pid_t owner = 0;
 

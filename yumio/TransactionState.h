@@ -48,7 +48,7 @@ public:
 
     bool transactionRan = false; // rpm may have changed the system
     bool outdated = false;       // the script refused, because another program has changed the system
-    Package::Marks leftOut;      // the impossible marks, which were not applied
+    Package::Marks leftOut;      // the marks that the script left out, because they cannot be carried out
     std::unique_ptr<SignalRecorder> signalRecorder; // exists while rpm changes the system
 
     quint64 cachedSize = 0;

@@ -3,8 +3,8 @@
 // The version locks of the package manager, as of the last collection. A locked package gets no update. The
 // package manager knows them from its plug-in versionlock; without it, the program offers no locks.
 //
-// A plain value. The back end has one; a worker sets it, and the graphical thread reads it while no worker
-// runs.
+// Objects are plain values. The back end has one object. A worker sets it, and the graphical thread reads it
+// while no worker runs.
 
 #ifndef YUMIO_VERSIONLOCKS_H
 #define YUMIO_VERSIONLOCKS_H
@@ -19,9 +19,9 @@ class VersionLocks
 public:
     // Whether the package manager has loaded the plug-in.
     bool offered = false;
-    // Why the user cannot change the locks; empty if the user can.
+    // The reason why the user cannot change the locks; empty if the user can change them.
     QString fault;
-    // The lines that lock a package, as the plug-in's list has them, by the name of the package.
+    // The lines of the plug-in's list that lock a package. The key is the name of the package.
     QHash<QString, QString> lines;
 
     bool isLocked(const Package::Entry& entry) const

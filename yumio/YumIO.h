@@ -139,7 +139,7 @@ public:
 
     // Returns the marks. restoreMarks() sets them again after a new collection.
     Marks marks() const { return records.marks(); }
-    // Returns the impossible marks that the last apply() left out.
+    // Returns the marks that the last apply() left out, because they cannot be carried out.
     const Marks& leftOutMarks() const { return transaction.leftOut; }
     // Sets each mark again for the record with its key. Skips records that do not permit the action.
     void restoreMarks(const Marks& marks) { records.restoreMarks(marks); }
@@ -152,7 +152,7 @@ public:
 
     // --- Version locks
 
-    // As of the last collection.
+    // Returns the version locks at the time of the last collection.
     const VersionLocks& versionLocks() const { return versionLockState; }
     // Locks or unlocks the packages of these records. Returns false after a failure; some locks may be
     // changed even then. The records are outdated afterwards: a new collection must follow.
@@ -460,7 +460,7 @@ private:
     Records records;
     VersionLocks versionLockState;
     QString basearch;
-    QHash<QString, QString> biArchByArch; // the script's answers
+    QHash<QString, QString> biArchByArch; // the script's answers to getBiArch()
     bool clearing = false;                // the records are being deleted; for diagnostics only
     QThread* worker = nullptr;            // null if no worker runs
     bool blockerHeld = false;             // the worker waits for blockerRelease()

@@ -3,7 +3,8 @@
 // Loads extra data and reads the fields of one record.
 //
 // Functions whose names end in Real run on a worker. text() and the functions that it calls run on the
-// graphical thread for a description, and on a worker for a search. All others run on the graphical thread.
+// graphical thread for a description, and on a worker for a search. All other functions run on the graphical
+// thread.
 
 #include "yumio/YumIO.h"
 

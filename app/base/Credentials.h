@@ -15,9 +15,10 @@
 namespace Credentials {
 
 enum class Text {
-    // A message, a URL or a list of URLs. The following passwords are secrets: - of a vantor URL:
-    // /vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=, also with a path before the "?"; - before a host:
-    // ://NAME:PASSWORD@; - of a parameter whose name ends in "password": ?password=PASSWORD.
+    // A message, a URL or a list of URLs. Three kinds of passwords are secret. The first kind is in a vantor
+    // URL: /vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=. A path may precede the "?". The second kind is
+    // before a host: ://NAME:PASSWORD@. The third kind is the value of a parameter whose name ends in
+    // "password": ?password=PASSWORD.
     Urls,
     // A configuration file or a part of it. If the name of an option ends in "password", its whole value is
     // also a secret, including continuation lines.

@@ -21,7 +21,7 @@ private Q_SLOTS:
     void linesAreNotWrappedWhileThereIsRoom();
     void manyVersionsStayOnTheScreen();
     void thousandsOfDependenciesAreShown();
-    void nothingIsAskedForOnceItIsShown();
+    void shownDialogRequestsNothingMore();
     void closeAccepts();
     void escapeCloses();
     void closedDialogHoldsNothing();
@@ -118,7 +118,7 @@ void DescribeDialogTest::manyVersionsStayOnTheScreen()
         QVERIFY(shown.height() <= Metrics::maxWindowSize().height());
         const QPushButton* close = buttonNamed(shown, "Close");
         QVERIFY(shown.rect().contains(QRect(close->mapTo(&shown, QPoint()), close->size())));
-        // Each can be scrolled to, and is high enough to be read.
+        // The user can scroll to each area, and each area is high enough to be read.
         QScrollArea* outer = nullptr;
         for (QScrollArea* area : shown.findChildren<QScrollArea*>()) {
             outer = area->widget()->isAncestorOf(areas.first()) ? area : outer;
@@ -152,7 +152,7 @@ void DescribeDialogTest::thousandsOfDependenciesAreShown()
     });
 }
 
-void DescribeDialogTest::nothingIsAskedForOnceItIsShown()
+void DescribeDialogTest::shownDialogRequestsNothingMore()
 {
     table->collect({}, {}, {S::package("it", {{"watched", true}})});
     dialog->config(&table->yumIO, table->entry("it"), conf.get());
