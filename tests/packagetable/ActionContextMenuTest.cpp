@@ -22,7 +22,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void cleanupTestCase();
-    void itListsTheActionsWithTheirIcons();
+    void theMenuListsTheActionsWithTheirIcons();
     void withoutSelectionTheClickedRowDecides_data();
     void withoutSelectionTheClickedRowDecides();
     void withoutSelectionTheClickedRowIsSet_data();
@@ -31,20 +31,21 @@ private Q_SLOTS:
     void aSelectionOffersWhatAnyOfItsRowsPermits();
     void onlyRowsThatPermitTheActionAreSet_data();
     void onlyRowsThatPermitTheActionAreSet();
-    void theSelectionCountsNotTheClickedRow();
+    void theActionAppliesToTheSelectionAndNotToTheClickedRow();
     void theRightButtonSelectsAnUnselectedRow();
     void anActionIsChosenWithTheMouse();
     void escapeChangesNothing();
-    void aRowThatIsGoneIsNotSet();
+    void aRemovedRowIsNotSet();
     void manyRowsAreSetWhileSortedByAction();
     void versionLocksAreOfferedByTheStateOfTheRows_data();
     void versionLocksAreOfferedByTheStateOfTheRows();
     void aLockIsChosen();
-    void onlySomeOfTheSelectionAreUnlocked();
-    void whoCannotWriteTheLocksSeesTheReason();
+    void onlyTheLockedRowsOfTheSelectionAreUnlocked();
+    void aUserWhoCannotWriteTheLocksSeesTheReason();
 
 private:
-    // Opens the menu on a row with the control key held, which leaves the selection alone, and chooses.
+    // Opens the menu on a row and presses a key in it. The control key is held, so that the selection does
+    // not change. Returns the offered entries.
     QStringList choose(const QString& name, Qt::Key key)
     {
         QStringList offered;
@@ -95,7 +96,7 @@ void ActionContextMenuTest::cleanupTestCase()
     table.reset();
 }
 
-void ActionContextMenuTest::itListsTheActionsWithTheirIcons()
+void ActionContextMenuTest::theMenuListsTheActionsWithTheirIcons()
 {
     const ActionContextMenu menu(&shown->model, &shown->proxy, shown->view);
     QCOMPARE(shownIn(menu), (QStringList{"&Update", "&Install", "&Remove", "&No Action"}));
@@ -175,7 +176,7 @@ void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet_data()
     const int u = Package::Update;
     const int i = Package::Install;
     const int r = Package::Remove;
-    // All begin with the action that a click would have set.
+    // In each case, all rows first have the action that a click sets.
     QTest::newRow("update") << int(Qt::Key_U) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("install") << int(Qt::Key_I) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("remove") << int(Qt::Key_R) << Actions{{"tool", r}, {"editor", i}, {"shell", r}};
@@ -193,7 +194,7 @@ void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet()
     choose("editor", static_cast<Qt::Key>(key));
     QCOMPARE(actions(), expected);
 
-    // And none of them at first.
+    // Now no row has an action at first.
     shown->model.clearActions();
     choose("editor", static_cast<Qt::Key>(key));
     const Actions set = actions();
@@ -204,7 +205,7 @@ void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet()
     QCOMPARE(set.keys(), changedRows);
 }
 
-void ActionContextMenuTest::theSelectionCountsNotTheClickedRow()
+void ActionContextMenuTest::theActionAppliesToTheSelectionAndNotToTheClickedRow()
 {
     shown->select({"editor", "office"});
     QCOMPARE(choose("shell", Qt::Key_I), (QStringList{"&Install", "&No Action"}));
@@ -242,7 +243,7 @@ void ActionContextMenuTest::escapeChangesNothing()
     QCOMPARE(actions(), (Actions{{"tool", Package::Update}}));
 }
 
-void ActionContextMenuTest::aRowThatIsGoneIsNotSet()
+void ActionContextMenuTest::aRemovedRowIsNotSet()
 {
     QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                      [this](QMenu& menu) {
@@ -304,14 +305,14 @@ void ActionContextMenuTest::aLockIsChosen()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::onlySomeOfTheSelectionAreUnlocked()
+void ActionContextMenuTest::onlyTheLockedRowsOfTheSelectionAreUnlocked()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}});
     table->collectUsual();
     shown = std::make_unique<ShownTable>(*table);
     shown->select({"shell", "tool", "Games"});
     QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
-    // Both entries have the same letter, which only moves to them.
+    // Both entries have the same letter, so the letter only moves to the next of them.
     const auto press = [this](int times) {
         withMenu([this] { shown->click("shell", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                  [times](QMenu& menu) {
@@ -330,7 +331,7 @@ void ActionContextMenuTest::onlySomeOfTheSelectionAreUnlocked()
     QCOMPARE(chosen.at(1).at(1), QVariant(false));
 }
 
-void ActionContextMenuTest::whoCannotWriteTheLocksSeesTheReason()
+void ActionContextMenuTest::aUserWhoCannotWriteTheLocksSeesTheReason()
 {
     table->standIn.setVersionLocks({{"shell", "shell-0:1-1.*"}}, "no <b>right</b>");
     table->collectUsual();

@@ -10,7 +10,7 @@ using namespace PackageTable;
 
 namespace {
 
-// What a column says of a record with each action, state and kind.
+// The texts of a column for records with each action, state and kind.
 QStringList words(Column column)
 {
     QStringList found;
@@ -43,8 +43,8 @@ private Q_SLOTS:
         QCOMPARE(titles.count(), int(ColumnCount));
     }
 
-    // The sort key chooses the picture; the value of a cell is what its sort key is made of.
-    void sortKeyComesWithAValueAndAPictureWithASortKey()
+    // The sort key selects the picture. The sort key is computed from the value of the cell.
+    void aSortKeyNeedsAValueAndAPictureNeedsASortKey()
     {
         for (int column = 0; column < ColumnCount; ++column) {
             const Columns::Row& row = Columns::row(column);
@@ -72,14 +72,14 @@ private Q_SLOTS:
         }
     }
 
-    void columnOfTextsShowsThoseOfTheRecord()
+    void columnOfTextsShowsTheTextsOfTheRecord()
     {
         Package::Entry entry;
         entry.name = "tool";
         entry.sizeText = "4.9Kb";
         QCOMPARE(Columns::text(entry, NameColumn), QString("tool"));
         QCOMPARE(Columns::text(entry, SizeColumn), QString("4.9Kb"));
-        // Without a copy of the characters.
+        // The characters are not copied.
         QVERIFY(Columns::text(entry, NameColumn).constData() == entry.name.constData());
     }
 };

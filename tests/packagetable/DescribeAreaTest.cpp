@@ -20,18 +20,18 @@ private Q_SLOTS:
     void anUpdateShowsTheInstalledVersions();
     void suiteIsShownAsAPackage();
     void groupShowsItsMembers();
-    void markupIsShownAsTheCharactersThatItIs();
+    void markupIsShownAsPlainText();
     void valuesCanBeSelectedAndCopied();
     void filesAreShown();
     void changeLogIsShown();
     void windowsAreAliveWhileAChangeLogIsRead();
     void closingEndsTheWaitForALock();
-    void nameWithAPercentSignIsKeptInTheTitles();
+    void nameWithAPercentSignIsUnchangedInTheTitles();
     void emptyListsAreShownAsEmpty();
-    void buttonsTellOfDataThatHaveToBeLoaded();
+    void buttonsSayThatDataMustBeLoaded();
     void loadingIsReportedOnlyOnce();
     void dialogCannotBeClosedWhileFilesAreLoading();
-    void nothingElseCanBeAskedForWhileFilesAreLoading();
+    void otherButtonsDoNothingWhileFilesAreLoading();
 };
 
 void DescribeAreaTest::availablePackageShowsEveryField()
@@ -98,7 +98,8 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                               "Enhances|enh",
                               "Files|[Show]",
                               "Change Log|[Show]"}));
-        // Otherwise an empty field would be missing on both sides. A button stands for an unread list.
+        // Every field must have a text, because an empty field would be missing in both lists. An unread list
+        // is shown as a button.
         Fields::forEachUntil(Fields::OfPackages | Fields::Described, [this, &entry](Fields::Field field) {
             const bool button = field == Fields::Files || field == Fields::ChangeLog;
             QTest::qVerify(button || !table->yumIO.text(entry, field).isEmpty(), "the field has a text",
@@ -149,7 +150,7 @@ void DescribeAreaTest::furtherVersionsHaveShortAreas()
                               "Size|" + second.sizeText, "Build Time|" + second.buildTimeText,
                               "Packager|Someone"}));
         QVERIFY(second.verRel != table->entry("it").verRel);
-        // All of it can be seen.
+        // The whole area is visible.
         QVERIFY(!areas.at(1)->verticalScrollBar()->isVisible());
     });
 }
@@ -199,7 +200,7 @@ void DescribeAreaTest::groupShowsItsMembers()
     });
 }
 
-void DescribeAreaTest::markupIsShownAsTheCharactersThatItIs()
+void DescribeAreaTest::markupIsShownAsPlainText()
 {
     const QString name = QStringLiteral("<i>it</i>");
     table->collect({}, {},
@@ -217,7 +218,7 @@ void DescribeAreaTest::markupIsShownAsTheCharactersThatItIs()
             QVERIFY2(label->textFormat() == Qt::PlainText || !label->text().contains('<'),
                      qPrintable(label->text()));
         }
-        // What is selected on the screen is what is shown there.
+        // The selected text is the visible text.
         valueOf(area, "Summary")->setSelection(0, int(strlen(markup)));
         QCOMPARE(valueOf(area, "Summary")->selectedText(), QString(markup));
         const QStringList log = textBehind(buttonBeside(shown, "Change Log"));
@@ -306,12 +307,12 @@ void DescribeAreaTest::closingEndsTheWaitForALock()
         QVERIFY(!table->yumIO.isWorking());
         QTRY_VERIFY(!shown.isVisible());
     });
-    // The change log, which nobody waits for any more, is not shown.
+    // The user no longer waits for the change log, so it is not shown.
     QCOMPARE(seen, QStringList());
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
 }
 
-void DescribeAreaTest::nameWithAPercentSignIsKeptInTheTitles()
+void DescribeAreaTest::nameWithAPercentSignIsUnchangedInTheTitles()
 {
     table->collect({}, {}, {S::package("%2%1", {{"version", "%1"}})});
     describe("%2%1", [](Dialog& shown) {
@@ -328,7 +329,7 @@ void DescribeAreaTest::emptyListsAreShownAsEmpty()
     });
 }
 
-void DescribeAreaTest::buttonsTellOfDataThatHaveToBeLoaded()
+void DescribeAreaTest::buttonsSayThatDataMustBeLoaded()
 {
     table->collectUsual();
     setLoaded(false, false);
@@ -380,7 +381,7 @@ void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
             press(buttonNamed(shown, "Close"));
             QTest::keyClick(shown.windowHandle(), Qt::Key_Escape);
             seen << (shown.close() ? "closed" : "not closed");
-            // As the window manager asks for it.
+            // The window manager requests the end too.
             QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0);
             QTest::qWait(100);
             seen << (shown.isVisible() ? "still there" : "gone") << QString::number(areasOf(shown).count());
@@ -389,14 +390,14 @@ void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
         timer.start(5);
         QCOMPARE(textBehind(buttonBeside(shown, "Files")).value(0), QString("editor 3:9-4 File List"));
         QCOMPARE(seen, (QStringList{"cannot be closed", "not closed", "still there", "1"}));
-        // And can be afterwards.
+        // After the loading, the dialog can be closed.
         press(buttonNamed(shown, "Close"));
         QVERIFY(!shown.isVisible());
     });
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
 }
 
-void DescribeAreaTest::nothingElseCanBeAskedForWhileFilesAreLoading()
+void DescribeAreaTest::otherButtonsDoNothingWhileFilesAreLoading()
 {
     table->collectUsual();
     setLoaded(false, true);

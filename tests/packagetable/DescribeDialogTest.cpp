@@ -14,22 +14,22 @@ class DescribeDialogTest : public ShownDescription
     Q_OBJECT
 
 private Q_SLOTS:
-    void dialogIsModalAndHasItsTitle();
+    void dialogIsModalAndHasTheExpectedTitle();
     void nameIsTheHeader();
     void longTextsAreWrappedAndScrolled();
     void anEndlessWordDoesNotWidenTheOtherValues();
-    void linesAreNotWrappedWhileThereIsRoom();
+    void linesAreNotWrappedIfThereIsEnoughSpace();
     void manyVersionsStayOnTheScreen();
     void thousandsOfDependenciesAreShown();
     void shownDialogRequestsNothingMore();
     void closeAccepts();
     void escapeCloses();
-    void closedDialogHoldsNothing();
+    void closedDialogHasNoContents();
     void secondDescriptionReplacesTheFirst();
     void dialogIsAsLargeAsItsContents();
 };
 
-void DescribeDialogTest::dialogIsModalAndHasItsTitle()
+void DescribeDialogTest::dialogIsModalAndHasTheExpectedTitle()
 {
     available({});
     describe("it", [this](Dialog& shown) {
@@ -87,7 +87,7 @@ void DescribeDialogTest::anEndlessWordDoesNotWidenTheOtherValues()
         QVERIFY(value->mapTo(area->widget(), QPoint(value->width(), 0)).x() <= area->viewport()->width());
         QVERIFY(value->width() > area->viewport()->width() / 2);
         QVERIFY(value->height() >= value->heightForWidth(value->width()));
-        // The word is there as a whole, for whoever scrolls to it.
+        // The user can scroll to the whole word.
         QVERIFY(area->horizontalScrollBar()->isVisible());
         QCOMPARE(valueOf(area, "URL")->text(), word);
         QVERIFY(valueOf(area, "URL")->width() >= area->fontMetrics().horizontalAdvance(word));
@@ -96,7 +96,7 @@ void DescribeDialogTest::anEndlessWordDoesNotWidenTheOtherValues()
     });
 }
 
-void DescribeDialogTest::linesAreNotWrappedWhileThereIsRoom()
+void DescribeDialogTest::linesAreNotWrappedIfThereIsEnoughSpace()
 {
     available({{"summary", "It has a summary of sixty letters, or not many more than that."}});
     describe("it", [](Dialog& shown) {
@@ -188,7 +188,7 @@ void DescribeDialogTest::escapeCloses()
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
 }
 
-void DescribeDialogTest::closedDialogHoldsNothing()
+void DescribeDialogTest::closedDialogHasNoContents()
 {
     table->collectUsual();
     repo("updates", "", "http://h", "");
@@ -208,7 +208,7 @@ void DescribeDialogTest::secondDescriptionReplacesTheFirst()
 {
     table->collectUsual();
     describe("many", [](Dialog& shown) { QCOMPARE(areasOf(shown).count(), 3); });
-    // Even one that was never shown.
+    // The first description is replaced even if it was never shown.
     dialog->config(&table->yumIO, table->entry("many"), conf.get());
     describe("shell", [](Dialog& shown) {
         QCOMPARE(areasOf(shown).count(), 1);

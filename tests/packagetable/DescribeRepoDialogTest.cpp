@@ -16,14 +16,14 @@ class DescribeRepoDialogTest : public ShownDescription
 
 private Q_SLOTS:
     void detailsShowTheRepository();
-    void detailsOfARepositoryThatIsGone();
+    void detailsOfAMissingRepositoryCauseAMessage();
     void detailsHideMarkupAndPasswords();
     void detailsOfAnotherRepositoryReplaceTheFirst();
     void repositoryIsBrowsed();
     void repositoryWithoutUrlCannotBeBrowsed();
 
 private:
-    // The labels that a repository's description shows, in order.
+    // The labels in the description of a repository, in order.
     QStringList repositoryOf(const QString& name)
     {
         QStringList found;
@@ -37,7 +37,7 @@ private:
         });
         return found;
     }
-    // The message box that comes up, as its title and text.
+    // The title and the text of the message box that the action opens.
     static QStringList messageOf(const std::function<void()>& action)
     {
         QStringList found;
@@ -75,7 +75,7 @@ void DescribeRepoDialogTest::detailsShowTheRepository()
     });
 }
 
-void DescribeRepoDialogTest::detailsOfARepositoryThatIsGone()
+void DescribeRepoDialogTest::detailsOfAMissingRepositoryCauseAMessage()
 {
     available({{"repoid", "<b>gone</b>"}});
     repo("base", "", "http://one/", "");
@@ -84,7 +84,7 @@ void DescribeRepoDialogTest::detailsOfARepositoryThatIsGone()
                  (QStringList{"Error", "There is no configured repository \"<b>gone</b>\""}));
         QVERIFY(shown.isVisible());
     });
-    // Nor is there a configuration before it has been read.
+    // The message also appears if no configuration was read.
     conf.reset();
     describe("it", [](Dialog& shown) {
         QCOMPARE(messageOf([&shown] { press(buttonBeside(shown, "Repository")); }).count(), 2);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// What tests see of the windows that describe a package.
+// Reads the contents of the windows that describe a package, and uses these windows as a user does.
 
 #ifndef TESTS_PACKAGETABLE_DESCRIBED_H
 #define TESTS_PACKAGETABLE_DESCRIBED_H
@@ -20,7 +20,7 @@
 #include "widgets/HScrollArea.h"
 #include "widgets/TextDialog.h"
 
-// The areas of a description, from the top; the first is that of the record itself.
+// The areas of a description from the top. The first area is the area of the record itself.
 inline QList<HScrollArea*> areasOf(const QWidget& dialog)
 {
     QList<HScrollArea*> found;
@@ -35,8 +35,7 @@ inline QList<HScrollArea*> areasOf(const QWidget& dialog)
     return found;
 }
 
-// The lines of an area as they are seen: the texts from left to right with "|" between them, a button in
-// brackets.
+// The visible lines of an area: the texts from left to right with "|" between them. A button is in brackets.
 inline QStringList linesOf(const HScrollArea* area)
 {
     QStringList lines;
@@ -71,7 +70,7 @@ inline QStringList linesOf(const HScrollArea* area)
     return lines;
 }
 
-// The value beside a label; null when there is none.
+// The value beside a label; null if the label is missing.
 inline QLabel* valueOf(const HScrollArea* area, const QString& label)
 {
     const QList<QLabel*> labels = area->widget()->findChildren<QLabel*>();
@@ -83,7 +82,7 @@ inline QLabel* valueOf(const HScrollArea* area, const QString& label)
     return nullptr;
 }
 
-// The button in the line of a label; null when there is none.
+// The button in the line of a label; null if the line has no button.
 inline QPushButton* buttonBeside(const QWidget& dialog, const QString& label)
 {
     for (QPushButton* button : dialog.findChildren<QPushButton*>()) {
@@ -104,7 +103,7 @@ inline QPushButton* buttonNamed(const QWidget& dialog, const QString& text)
     return nullptr;
 }
 
-// A click as the user makes it, who scrolls to the button first.
+// Scrolls to the button and clicks it, as a user does.
 inline void press(QPushButton* button)
 {
     for (QWidget* widget = button->parentWidget(); widget != nullptr; widget = widget->parentWidget()) {
@@ -116,8 +115,8 @@ inline void press(QPushButton* button)
                       button->mapTo(button->window(), button->rect().center()));
 }
 
-// Does something that opens a modal dialog of a class, and something with the dialog once it is active;
-// closes it unless it has been by then. Returns whether one was opened.
+// Calls open(), which opens a modal dialog of this class, and calls use() with the active dialog. Closes the
+// dialog if it is still open. Returns whether a dialog was opened.
 template <typename Dialog>
 bool withDialog(const std::function<void()>& open, const std::function<void(Dialog&)>& use)
 {

@@ -69,14 +69,14 @@ private Q_SLOTS:
     void theModelReturnsTheStateOfARow();
     void anActionIsStoredUnchecked();
     void anActionOutsideTheTableIsNotStored();
-    void togglingGoesThroughThePermittedActions_data();
-    void togglingGoesThroughThePermittedActions();
+    void togglingSelectsTheNextPermittedAction_data();
+    void togglingSelectsTheNextPermittedAction();
     void selectedRowsAreInstalledOrUpdated();
-    void replacedAndReplacingRowsAreLeftToTheUser();
-    void selectedInstalledRowsStayAsTheyAre();
+    void replacedAndReplacingRowsAreNotMarkedWithTheSelection();
+    void selectedInstalledRowsAreNotChanged();
     void clearingRemovesAllActions();
     void resetNotifiesTheViews();
-    void describingARowThatDoesNotExistOpensNothing();
+    void describingAMissingRowOpensNothing();
     void oneDialogDescribesEveryRow();
     void withoutBackEndTheTableIsEmpty();
 
@@ -129,7 +129,7 @@ void ModelTest::theHeaderNamesAndExplainsTheColumns_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<QString>("toolTip");
-    // In the order of the columns.
+    // The headings in the order of the columns.
     static const char* const headings[][2] = {
         {"Action", "Action to be performed on the package, if any: Update, Install, Remove"},
         {"State", "Indicates whether the package is Installed or not and, if installed, whether it is "
@@ -307,7 +307,7 @@ void ModelTest::theToolTipOfTheStateNamesTheLock()
                  "Package is installed and up-to-date\nThe version is locked: shell-0:1-1.*")));
     QCOMPARE(data("editor", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available for installation\nThe version is locked: edi*")));
-    // Groups have no versions.
+    // Groups have no versions, so they have no lock.
     QCOMPARE(data("Games", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available for installation")));
     QCOMPARE(data("tool", 1, Qt::ToolTipRole),
@@ -333,7 +333,7 @@ void ModelTest::anExcludedPackageCannotBeMarked()
     table->entry("tool").action = Package::Update;
     model->toggleAction(model->index(table->row("tool"), 0));
     QCOMPARE(table->entry("tool").action, Package::None);
-    // It can be updated.
+    // The package can be updated.
     QVERIFY(Model::canBeMarked(table->entry("tool")));
     QVERIFY(!data("tool", 0, Qt::ToolTipRole).isValid());
 }
@@ -451,7 +451,7 @@ void ModelTest::otherRolesYieldNothing()
 
 void ModelTest::requestsOutsideTheTableYieldNothing()
 {
-    // Its own index() makes no such index; a proxy with a fault might.
+    // The model itself never makes an index like this, but a faulty proxy could.
     class Careless : public Model
     {
     public:
@@ -466,7 +466,7 @@ void ModelTest::requestsOutsideTheTableYieldNothing()
         QCOMPARE(model->data(model->index(0, ColumnCount), role), QVariant());
         QCOMPARE(careless.data(careless.beyond(), role), QVariant());
     }
-    // An index that was valid once, of a row that is gone.
+    // The index of a removed row was valid before.
     const QModelIndex last = model->index(model->rowCount() - 1, 3);
     table->collect({}, {}, {StandIn::package("alone")});
     QVERIFY(last.isValid());
@@ -510,7 +510,7 @@ void ModelTest::anActionOutsideTheTableIsNotStored()
     QCOMPARE(changed(spy), QStringList());
 }
 
-void ModelTest::togglingGoesThroughThePermittedActions_data()
+void ModelTest::togglingSelectsTheNextPermittedAction_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("before");
@@ -533,7 +533,7 @@ void ModelTest::togglingGoesThroughThePermittedActions_data()
     }
 }
 
-void ModelTest::togglingGoesThroughThePermittedActions()
+void ModelTest::togglingSelectsTheNextPermittedAction()
 {
     QFETCH(QString, name);
     QFETCH(int, before);
@@ -557,7 +557,7 @@ void ModelTest::selectedRowsAreInstalledOrUpdated()
     QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
 }
 
-void ModelTest::replacedAndReplacingRowsAreLeftToTheUser()
+void ModelTest::replacedAndReplacingRowsAreNotMarkedWithTheSelection()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -579,12 +579,12 @@ void ModelTest::replacedAndReplacingRowsAreLeftToTheUser()
     QCOMPARE(toolTip("oldpost").value(0), QString("Package is installed and up-to-date"));
     QVERIFY(toolTip("oldpost").value(1).startsWith("Replaced by "));
     QVERIFY(toolTip("newpost").value(1).startsWith("Replaces "));
-    // By itself, each can be marked.
+    // Each of these rows can be marked alone.
     model->toggleAction(cell("newpost", 0));
     QCOMPARE(table->entry("newpost").action, Package::Install);
 }
 
-void ModelTest::selectedInstalledRowsStayAsTheyAre()
+void ModelTest::selectedInstalledRowsAreNotChanged()
 {
     table->entry("shell").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -620,10 +620,10 @@ void ModelTest::resetNotifiesTheViews()
     QCOMPARE(after.count(), 1);
 }
 
-void ModelTest::describingARowThatDoesNotExistOpensNothing()
+void ModelTest::describingAMissingRowOpensNothing()
 {
     QWidget window;
-    // These return, since there is nothing to wait for.
+    // These functions return at once, because no dialog opens.
     model->describe(QModelIndex(), &window);
     model->browse(QModelIndex(), &window);
     QVERIFY(window.findChildren<QDialog*>().isEmpty());
@@ -647,7 +647,7 @@ void ModelTest::oneDialogDescribesEveryRow()
     QCOMPARE(described, (QStringList{"tool", "Games"}));
     QCOMPARE(dialogs.at(0), dialogs.at(1));
     QCOMPARE(dialogs.at(0)->parentWidget(), &window);
-    // It may go with its parent before the model does.
+    // The dialog may be deleted with its parent before the model is deleted.
     delete dialogs.takeFirst();
     describe("shell", &other);
     QCOMPARE(described.last(), QString("shell"));

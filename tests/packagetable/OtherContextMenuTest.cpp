@@ -22,9 +22,9 @@ class OtherContextMenuTest : public QObject
 private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
-    void theRepositoryColumnAloneOffersToBrowse_data();
-    void theRepositoryColumnAloneOffersToBrowse();
-    void withoutACellThereIsNothingToChoose();
+    void onlyTheRepositoryColumnOffersToBrowse_data();
+    void onlyTheRepositoryColumnOffersToBrowse();
+    void withoutACellNothingCanBeChosen();
     void aRowWithoutARepositoryCannotBeBrowsed_data();
     void aRowWithoutARepositoryCannotBeBrowsed();
     void describeDescribesTheRow();
@@ -32,7 +32,7 @@ private Q_SLOTS:
     void browseReportsAnUnconfiguredRepository();
 
 private:
-    // Chooses an entry of the menu of a cell by the mouse. Returns when what it opens has been closed.
+    // Chooses an entry of the menu of a cell with the mouse. Returns when the opened window is closed.
     void choose(const QString& name, int column, const QString& text)
     {
         withMenu([this, name, column] { shown->click(name, column, Qt::RightButton); },
@@ -63,7 +63,7 @@ void OtherContextMenuTest::cleanupTestCase()
     table.reset();
 }
 
-void OtherContextMenuTest::theRepositoryColumnAloneOffersToBrowse_data()
+void OtherContextMenuTest::onlyTheRepositoryColumnOffersToBrowse_data()
 {
     QTest::addColumn<int>("column");
     for (int column = StateColumn; column < ColumnCount; ++column) {
@@ -71,7 +71,7 @@ void OtherContextMenuTest::theRepositoryColumnAloneOffersToBrowse_data()
     }
 }
 
-void OtherContextMenuTest::theRepositoryColumnAloneOffersToBrowse()
+void OtherContextMenuTest::onlyTheRepositoryColumnOffersToBrowse()
 {
     QFETCH(int, column);
     QStringList expected{"&Describe"};
@@ -81,7 +81,7 @@ void OtherContextMenuTest::theRepositoryColumnAloneOffersToBrowse()
     QCOMPARE(texts(shown->place("tool", column)), expected);
 }
 
-void OtherContextMenuTest::withoutACellThereIsNothingToChoose()
+void OtherContextMenuTest::withoutACellNothingCanBeChosen()
 {
     const QPoint below(shown->place("tool", RepositoryColumn).x(), shown->view->viewport()->height() - 10);
     QVERIFY(!shown->view->indexAt(below).isValid());
@@ -118,7 +118,7 @@ void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed()
 
 void OtherContextMenuTest::describeDescribesTheRow()
 {
-    // The row under the pointer, which need not be the current one.
+    // The menu describes the row under the pointer, even if it is not the current row.
     shown->click("editor", NameColumn);
     QString described;
     QWidget* parent = nullptr;

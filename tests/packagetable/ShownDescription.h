@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base of the tests of the windows that describe a package: records, repositories, and a description on
-// the display.
+// The base class of the tests of the windows that describe a package. It has records, repositories and a
+// visible description.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
 #define TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
@@ -27,16 +27,16 @@ protected:
     using Dialog = PackageTable::Describe::Dialog;
     using RepoDialog = PackageTable::Describe::Instance::RepoDialog;
 
-    // A text that would be markup.
+    // A text that looks like markup.
     static constexpr char markup[] = "<b>bold</b> &amp; <img src=x> <script>alert(1)</script>";
 
-    // Shows the description of a record and does something with it.
+    // Shows the description of a record and calls use() with it.
     void describe(const QString& name, const std::function<void(Dialog&)>& use);
-    // The record is "it", and the only one.
+    // Makes a package "it" with these attributes the only record.
     void available(const QJsonObject& attributes);
     void installed(const QJsonObject& attributes);
     void repo(const QString& id, const QString& name, const QString& urls, const QString& mirrorList);
-    // The text dialog that opens when a button is pressed: its title and its text.
+    // The title and the text of the text dialog that a button opens.
     static QStringList textBehind(QPushButton* button);
     void setLoaded(bool fileLists, bool otherData);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A package table in a window of its own, and the user's hands.
+// A package table in a window, and the simulated input of a user.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNTABLE_H
 #define TESTS_PACKAGETABLE_SHOWNTABLE_H
@@ -38,7 +38,7 @@ public:
 
     int listedRow(const QString& name) const { return names(proxy).indexOf(name); }
 
-    // In the coordinates of the viewport, in which the cell is shown afterwards.
+    // The place of a cell in the coordinates of the viewport. Scrolls to the cell if it is not visible.
     QPoint place(const QString& name, int column) const
     {
         const QModelIndex index = proxy.index(listedRow(name), column);
@@ -48,7 +48,7 @@ public:
         return view->visualRect(index).center();
     }
 
-    // A click of the mouse, as the window system reports it.
+    // Clicks with the mouse. The event comes from the window system, as a real click.
     void click(QWidget* widget, const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
                Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {

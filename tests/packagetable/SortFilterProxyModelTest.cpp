@@ -40,8 +40,8 @@ private Q_SLOTS:
     void theFiltersOfTheConstructorApply();
     void anyOfTheseExpressionsListsEverything_data();
     void anyOfTheseExpressionsListsEverything();
-    void surroundingWildcardsAreTakenOff_data();
-    void surroundingWildcardsAreTakenOff();
+    void surroundingWildcardsAreIgnored_data();
+    void surroundingWildcardsAreIgnored();
     void expressionsAreExtendedAndCaseSensitive();
     void anExpressionThatDoesNotCompileListsNothing_data();
     void anExpressionThatDoesNotCompileListsNothing();
@@ -55,13 +55,13 @@ private Q_SLOTS:
     void theSearchMatchesEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
     void theFilterModeMatchesOnlyVisibleTexts();
-    void otherFiltersGoBeforeTheExpression();
+    void otherFiltersAreAppliedBeforeTheExpression();
     void theSearchStopsAtTheFirstMatch();
-    void eachRecordIsSearchedOnceForOneSetting();
-    void aResetForgetsTheVerdicts();
-    void theResetOfAFormerSourceForgetsNothing();
-    void clearingTheCacheForgetsTheVerdicts();
-    void everySettingForgetsTheVerdicts();
+    void eachRecordIsSearchedOnceForEachSetting();
+    void aResetClearsTheResults();
+    void theResetOfAFormerSourceDoesNotClearTheResults();
+    void clearingTheCacheClearsTheResults();
+    void everyChangedSettingClearsTheResults();
     void excludedPackagesAreNotRemovable();
     void withoutFilteringEveryRowIsListed();
     void settingTheSameValueChangesNothing();
@@ -71,16 +71,16 @@ private Q_SLOTS:
     void buildTimesAreComparedAsIntegers();
     void equalRowsAreSortedByName_data();
     void equalRowsAreSortedByName();
-    void theOrderIsThatOfTheUserRole_data();
-    void theOrderIsThatOfTheUserRole();
+    void rowsAreOrderedByTheUserRole_data();
+    void rowsAreOrderedByTheUserRole();
     void indexesWithoutModelAreEqual();
     void listedUpdatesAreMarked();
     void updatesOfReplacedPackagesAreNotMarked();
     void unlistedUpdatesAreNotMarked();
-    void actionsSetMeanwhileCountInTheOrder();
+    void actionsSetMeanwhileAreSorted();
     void markedUpdatesAreSortedWithTheNextChange();
     void aPauseSortsOnceAtItsEnd();
-    void aPauseLeavesOtherOrdersAlone();
+    void aPauseDoesNotAffectOtherOrders();
 
 private:
     QStringList listed(const QString& expression)
@@ -198,7 +198,7 @@ void SortFilterProxyModelTest::anyOfTheseExpressionsListsEverything()
     }
 }
 
-void SortFilterProxyModelTest::surroundingWildcardsAreTakenOff_data()
+void SortFilterProxyModelTest::surroundingWildcardsAreIgnored_data()
 {
     QTest::addColumn<QString>("expression");
     QTest::addColumn<QString>("taken");
@@ -216,7 +216,7 @@ void SortFilterProxyModelTest::surroundingWildcardsAreTakenOff_data()
                             << "sh.*ll";
 }
 
-void SortFilterProxyModelTest::surroundingWildcardsAreTakenOff()
+void SortFilterProxyModelTest::surroundingWildcardsAreIgnored()
 {
     QFETCH(QString, expression);
     QFETCH(QString, taken);
@@ -275,7 +275,7 @@ void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 
 void SortFilterProxyModelTest::emptyColumnsAddNoBlanks()
 {
-    // A group has nothing but its name.
+    // Of all columns with text, a group has only the name.
     QCOMPARE(listed("^Games$"), QStringList{"Games"});
     QCOMPARE(listed("^Games "), QStringList());
 }
@@ -381,7 +381,7 @@ void SortFilterProxyModelTest::theFilterModeMatchesOnlyVisibleTexts()
     QCOMPARE(sortedNames(*proxy), QStringList());
 }
 
-void SortFilterProxyModelTest::otherFiltersGoBeforeTheExpression()
+void SortFilterProxyModelTest::otherFiltersAreAppliedBeforeTheExpression()
 {
     for (const Mode mode : {Filter, Search}) {
         proxy->setMode(mode);
@@ -402,12 +402,12 @@ void SortFilterProxyModelTest::theSearchStopsAtTheFirstMatch()
     proxy->setMode(Search);
     table->standIn.forgetCalls();
     QCOMPARE(listed("name"), QStringList{"name"});
-    QCOMPARE(table->standIn.calls("description"), 1); // of the other
+    QCOMPARE(table->standIn.calls("description"), 1); // the package "other"
 }
 
-void SortFilterProxyModelTest::eachRecordIsSearchedOnceForOneSetting()
+void SortFilterProxyModelTest::eachRecordIsSearchedOnceForEachSetting()
 {
-    QTableView view; // asks for the rows whenever it is told that they have changed
+    QTableView view; // requests the rows after each signal about a change
     view.setModel(proxy.get());
     table->collect({}, {}, {StandIn::package("watched", {{"watched", 1}})});
     model->reset();
@@ -416,7 +416,7 @@ void SortFilterProxyModelTest::eachRecordIsSearchedOnceForOneSetting()
     QCOMPARE(listed("nothing"), QStringList());
     QCOMPARE(table->standIn.calls("description"), 1);
 
-    // The same expression, and every order, has been decided already.
+    // The results for this expression are known already. The sort order does not matter.
     QCOMPARE(listed(".*nothing"), QStringList());
     inOrder(SizeColumn);
     QCOMPARE(table->standIn.calls("description"), 1);
@@ -428,7 +428,7 @@ void SortFilterProxyModelTest::eachRecordIsSearchedOnceForOneSetting()
     QCOMPARE(table->standIn.calls("description"), 3);
 }
 
-void SortFilterProxyModelTest::aResetForgetsTheVerdicts()
+void SortFilterProxyModelTest::aResetClearsTheResults()
 {
     proxy->setStateFilter(ViewUpdatable);
     QCOMPARE(sortedNames(*proxy), (QStringList{"Tools", "many", "tool"}));
@@ -439,7 +439,7 @@ void SortFilterProxyModelTest::aResetForgetsTheVerdicts()
     QVERIFY(!proxy->filterAcceptsRow(table->row("tool"), QModelIndex()));
     QCOMPARE(sortedNames(*proxy), (QStringList{"Tools", "many"}));
 
-    // Records made anew may lie where others have been.
+    // New records may have the addresses of earlier records.
     table->collect({}, {StandIn::package("one")}, {StandIn::package("two")});
     model->reset();
     QCOMPARE(sortedNames(*proxy), QStringList());
@@ -447,7 +447,7 @@ void SortFilterProxyModelTest::aResetForgetsTheVerdicts()
     QCOMPARE(sortedNames(*proxy), QStringList{"one"});
 }
 
-void SortFilterProxyModelTest::theResetOfAFormerSourceForgetsNothing()
+void SortFilterProxyModelTest::theResetOfAFormerSourceDoesNotClearTheResults()
 {
     Model second(&table->yumIO);
     proxy->setSourceModel(&second);
@@ -461,7 +461,7 @@ void SortFilterProxyModelTest::theResetOfAFormerSourceForgetsNothing()
     proxy->setSourceModel(model.get());
 }
 
-void SortFilterProxyModelTest::clearingTheCacheForgetsTheVerdicts()
+void SortFilterProxyModelTest::clearingTheCacheClearsTheResults()
 {
     proxy->setStateFilter(ViewUpdatable);
     const int row = table->row("tool");
@@ -476,7 +476,7 @@ void SortFilterProxyModelTest::clearingTheCacheForgetsTheVerdicts()
     QCOMPARE(proxy->rowCount(), 3);
 }
 
-void SortFilterProxyModelTest::everySettingForgetsTheVerdicts()
+void SortFilterProxyModelTest::everyChangedSettingClearsTheResults()
 {
     const int row = table->row("tool");
     const auto forgets = [this, row](const std::function<void()>& change) {
@@ -484,7 +484,7 @@ void SortFilterProxyModelTest::everySettingForgetsTheVerdicts()
         table->yumIO[row]->state = Package::Updatable;
         proxy->clear();
         const bool before = proxy->filterAcceptsRow(row, QModelIndex());
-        table->yumIO[row]->state = Package::Available; // which a verdict that is kept does not know
+        table->yumIO[row]->state = Package::Available; // a stored result does not change
         change();
         return before && !proxy->filterAcceptsRow(row, QModelIndex());
     };
@@ -547,7 +547,7 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn_data()
 {
     QTest::addColumn<int>("column");
     QTest::addColumn<QStringList>("expected");
-    // In the order of the columns.
+    // The expected orders, in the order of the columns.
     static const char* const orders[] = {
         "d c b A", // Action
         "d A c b", // State
@@ -569,7 +569,8 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn()
 {
     QFETCH(int, column);
     QFETCH(QStringList, expected);
-    // Text goes by its characters: "10-1" before "9-1", capitals first. Numbers do not.
+    // Texts are sorted by their characters: "10-1" is before "9-1", and capitals come first. Numbers are
+    // sorted by their values.
     const QJsonObject d{{"version", "3"}, {"repoid", "B"}, {"size", 900}, {"buildtime", 1234567890}};
     table->collect(
         {StandIn::package("d", d)},
@@ -595,7 +596,7 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn()
 
 void SortFilterProxyModelTest::sizesAreComparedAsIntegers()
 {
-    // As 32-bit numbers with a sign, 3 000 000 000 is negative and 4 294 967 297 is 1.
+    // As a signed 32-bit number, 3 000 000 000 is negative, and 4 294 967 297 is 1.
     table->collect({}, {},
                    {StandIn::package("a", {{"size", 3000000000.0}}), StandIn::package("b", {{"size", 2}}),
                     StandIn::package("c", {{"size", 4294967297.0}}), StandIn::package("d", {{"size", 1}}),
@@ -641,12 +642,12 @@ void SortFilterProxyModelTest::equalRowsAreSortedByName()
     QCOMPARE(inOrder(column, Qt::DescendingOrder), expected);
 }
 
-void SortFilterProxyModelTest::theOrderIsThatOfTheUserRole_data()
+void SortFilterProxyModelTest::rowsAreOrderedByTheUserRole_data()
 {
     equalRowsAreSortedByName_data();
 }
 
-void SortFilterProxyModelTest::theOrderIsThatOfTheUserRole()
+void SortFilterProxyModelTest::rowsAreOrderedByTheUserRole()
 {
     QFETCH(int, column);
     table->entry("tool").action = Package::Remove;
@@ -703,7 +704,7 @@ void SortFilterProxyModelTest::updatesOfReplacedPackagesAreNotMarked()
     proxy->setUpdateListed();
     QCOMPARE(table->entry("split").action, Package::None);
     QCOMPARE(table->entry("better").action, Package::None);
-    // An update that replaces a second package is one.
+    // An update that also replaces another package is marked.
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
@@ -717,7 +718,7 @@ void SortFilterProxyModelTest::unlistedUpdatesAreNotMarked()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void SortFilterProxyModelTest::actionsSetMeanwhileCountInTheOrder()
+void SortFilterProxyModelTest::actionsSetMeanwhileAreSorted()
 {
     proxy->setGroupsFilter(false);
     QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("editor"));
@@ -765,7 +766,7 @@ void SortFilterProxyModelTest::aPauseSortsOnceAtItsEnd()
     QCOMPARE(names(*proxy).first(), QStringLiteral("kernel"));
 }
 
-void SortFilterProxyModelTest::aPauseLeavesOtherOrdersAlone()
+void SortFilterProxyModelTest::aPauseDoesNotAffectOtherOrders()
 {
     inOrder(NameColumn);
     QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));

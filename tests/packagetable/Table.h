@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The back end of the package table with records from the stand-in, and what tests ask of a table.
+// The back end of the package table with records from the stand-in, and functions that read a table.
 
 #ifndef TESTS_PACKAGETABLE_TABLE_H
 #define TESTS_PACKAGETABLE_TABLE_H
@@ -16,7 +16,7 @@
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
-// One for each test program: there is one interpreter in a process.
+// A test program can have only one object, because a process has only one interpreter.
 class Table
 {
 public:
@@ -29,7 +29,7 @@ public:
     }
     ~Table() { yumIO.clearEntriesBeforeQuit(); }
 
-    // Replaces the records by these.
+    // Replaces all records by these packages and groups.
     void collect(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                  const QJsonArray& groups = QJsonArray())
     {
@@ -40,8 +40,9 @@ public:
         }
     }
 
-    // One record of each sort: "tool" is out of date with one installed version and "many" with two, "shell"
-    // is installed once and "kernel" twice, the others are not installed. "lib" comes for two architectures.
+    // One record of each sort. "tool" and "many" are out of date; "tool" has one installed version, "many"
+    // has two. "shell" is installed once, "kernel" twice. The other packages are not installed. "lib" is
+    // available for two architectures.
     void collectUsual()
     {
         using S = StandIn;
@@ -63,7 +64,7 @@ public:
                  S::group("Tools", {{"mandatory_packages", QJsonArray{"tool"}}})});
     }
 
-    // -1: there is none.
+    // The number of the row, or -1 if it is missing.
     int row(const QString& name, const QString& arch = QString()) const
     {
         for (int i = 0; i < yumIO.count(); ++i) {
@@ -90,7 +91,7 @@ public:
     YumIO yumIO;
 };
 
-// The columns whose row in Columns fits.
+// The columns whose row in Columns fulfils the condition.
 template <typename Condition> QVector<int> columns(Condition condition)
 {
     QVector<int> found;
@@ -119,8 +120,8 @@ inline QStringList sortedNames(const QAbstractItemModel& model)
     return found;
 }
 
-// The names of the rows that dataChanged() has told of since the last time, in order. Fails the test by an
-// impossible name when one signal told of more than the Action cell of one row.
+// The names of the rows in the signals dataChanged() since the last call, in order. If a signal is about more
+// than the Action cell of one row, the list contains an impossible name, so that the test fails.
 inline QStringList changed(QSignalSpy& dataChanged)
 {
     QStringList found;

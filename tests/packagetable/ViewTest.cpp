@@ -40,35 +40,35 @@ private Q_SLOTS:
     void cleanupTestCase();
     void wholeRowsAreShownWithoutGrid();
     void textsCanBeReadInADarkPalette();
-    void itAsksForAtLeastTenRows();
-    void itAsksForAllRowsWhenThereAreMore();
+    void sizeHintHasAtLeastTenRows();
+    void sizeHintHasAllRowsIfThereAreMore();
     void theTableIsSortedByKindAtFirst();
-    void clickingAHeaderSortsByItAndClickingAgainReverses();
-    void clickingTheKindAtFirstReversesIt();
+    void clickingAHeaderSortsAndClickingAgainReverses();
+    void firstClickOnTheKindReversesTheOrder();
     void columnsCanBeMoved();
-    void clickingTheActionGoesToTheNextOne();
+    void clickingTheActionSelectsTheNextAction();
     void clickingTheActionOfAnExcludedPackageSaysWhyNot();
     void clickingOtherColumnsSetsNoAction();
     void theRightButtonSetsNoAction();
     void aMovedActionColumnStaysTheActionColumn();
-    void theCurrentRowIsAnnounced();
-    void theCurrentColumnIsNotAnnounced();
+    void theCurrentRowIsSignalled();
+    void theCurrentColumnIsNotSignalled();
     void aResetReportsThatNoRowIsCurrent();
     void selectedRowsAreSourceIndexes();
-    void spaceGoesOnToTheNextAction();
+    void spaceSelectsTheNextAction();
     void tabLeavesTheTable();
     void disablingChangesTheColours();
-    void columnsAreFittedToUnlistedRecordsToo();
+    void columnsAlsoFitUnlistedRecords();
     void fittingTheColumnsKeepsFilterAndSelection();
     void columnsAreAsWideAsTheirWidestCell_data();
     void columnsAreAsWideAsTheirWidestCell();
-    void kerningCountsInTheWidthOfAColumn();
-    void lastLetterCountsInTheWidthOfAColumn();
-    void lettersDrawnTogetherCountInTheWidthOfAColumn_data();
-    void lettersDrawnTogetherCountInTheWidthOfAColumn();
-    void controlCharactersCountAsTheyAreShown();
+    void widthOfAColumnIncludesKerning();
+    void widthOfAColumnIncludesTheLastLetter();
+    void widthOfAColumnIncludesLigatures_data();
+    void widthOfAColumnIncludesLigatures();
+    void widthOfAColumnIncludesControlCharactersAsTheyAreShown();
     void anEmptyColumnHasNoWidth();
-    void theActionColumnHasItsMenu();
+    void theActionColumnHasTheActionMenu();
     void otherColumnsHaveTheOtherMenu();
     void noCellHasTheOtherMenu();
     void theHeaderHasNoMenu();
@@ -141,7 +141,7 @@ void ViewTest::wholeRowsAreShownWithoutGrid()
     QCOMPARE(fresh.viewOptions().decorationPosition, QStyleOptionViewItem::Left);
 }
 
-void ViewTest::itAsksForAtLeastTenRows()
+void ViewTest::sizeHintHasAtLeastTenRows()
 {
     table->collect({}, {}, {StandIn::package("one")});
     shown->model.reset();
@@ -150,7 +150,7 @@ void ViewTest::itAsksForAtLeastTenRows()
     QCOMPARE(fresh.sizeHint().height(), 2 * fresh.frameWidth() + header + 10 * fresh.rowHeight(0));
 }
 
-void ViewTest::itAsksForAllRowsWhenThereAreMore()
+void ViewTest::sizeHintHasAllRowsIfThereAreMore()
 {
     QCOMPARE(shown->proxy.rowCount(), 11);
     View fresh(&shown->model, &shown->proxy);
@@ -169,7 +169,7 @@ void ViewTest::theTableIsSortedByKindAtFirst()
                                                "lib", "lib", "many", "shell", "tool"}));
 }
 
-void ViewTest::clickingAHeaderSortsByItAndClickingAgainReverses()
+void ViewTest::clickingAHeaderSortsAndClickingAgainReverses()
 {
     QHeaderView* header = view->horizontalHeader();
     for (const int column : {SizeColumn, VersionColumn, StateColumn, ActionColumn}) {
@@ -192,7 +192,7 @@ void ViewTest::clickingAHeaderSortsByItAndClickingAgainReverses()
     }
 }
 
-void ViewTest::clickingTheKindAtFirstReversesIt()
+void ViewTest::firstClickOnTheKindReversesTheOrder()
 {
     view->HTableView::sortByColumn(KindColumn, Qt::AscendingOrder);
     QHeaderView* header = view->horizontalHeader();
@@ -219,7 +219,7 @@ void ViewTest::columnsCanBeMoved()
     QVERIFY(header->visualIndex(NameColumn) < header->visualIndex(KindColumn));
 }
 
-void ViewTest::clickingTheActionGoesToTheNextOne()
+void ViewTest::clickingTheActionSelectsTheNextAction()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     const auto& action = table->entry("tool").action;
@@ -283,7 +283,7 @@ void ViewTest::aMovedActionColumnStaysTheActionColumn()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void ViewTest::theCurrentRowIsAnnounced()
+void ViewTest::theCurrentRowIsSignalled()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->click("office", NameColumn);
@@ -295,7 +295,7 @@ void ViewTest::theCurrentRowIsAnnounced()
     QCOMPARE(spy.count(), 3);
 }
 
-void ViewTest::theCurrentColumnIsNotAnnounced()
+void ViewTest::theCurrentColumnIsNotSignalled()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -310,7 +310,7 @@ void ViewTest::aResetReportsThatNoRowIsCurrent()
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->proxy.setFilterRegExp("tool");
     QVERIFY(!view->currentIndex().isValid());
-    // A neighbour may be current for a moment, while the row is taken out.
+    // A neighbouring row may be current for a moment while the row is removed.
     QCOMPARE(spy.value(0).value(1).toInt(), table->row("office"));
     for (int i = 1; i < spy.count(); ++i) {
         QCOMPARE(spy.at(i).at(1), spy.at(i - 1).at(0));
@@ -337,7 +337,7 @@ void ViewTest::selectedRowsAreSourceIndexes()
     QCOMPARE(chosen, (QStringList{"tool", "editor"}));
 }
 
-void ViewTest::spaceGoesOnToTheNextAction()
+void ViewTest::spaceSelectsTheNextAction()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     shown->click("tool", NameColumn);
@@ -371,7 +371,7 @@ void ViewTest::disablingChangesTheColours()
     QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::error()));
 }
 
-void ViewTest::columnsAreFittedToUnlistedRecordsToo()
+void ViewTest::columnsAlsoFitUnlistedRecords()
 {
     table->collect({}, {},
                    {StandIn::package("short"), StandIn::package("a-name-much-longer-than-the-other-one")});
@@ -399,7 +399,7 @@ void ViewTest::fittingTheColumnsKeepsFilterAndSelection()
     QVERIFY(!shown->proxy.getFilter());
 }
 
-// What measuring every cell finds: a table of the same rows that knows no quicker way.
+// Compares the widths with those of a plain table of the same rows, which measures every cell.
 void ViewTest::compareWithEveryCellMeasured()
 {
     HTableView plain(QStyleOptionViewItem::Left, 1, 1);
@@ -407,7 +407,7 @@ void ViewTest::compareWithEveryCellMeasured()
     plain.setShowGrid(false);
     plain.setFont(view->font());
     plain.setIconSize(view->iconSize());
-    // Which of the cells comes first must not matter.
+    // The order of the cells must not matter.
     for (const Qt::SortOrder order : {Qt::AscendingOrder, Qt::DescendingOrder}) {
         shown->proxy.sort(NameColumn, order);
         for (int column = 0; column < ColumnCount; ++column) {
@@ -439,7 +439,7 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell()
         for (int i = 0; i < 60; ++i) {
             QString name;
             for (unsigned int letters = 1 + random() % 60; letters > 0; --letters) {
-                // Among them letters that are kerned, and in one name of ten some that are not ASCII.
+                // Some of these letters are kerned. One name in ten also has letters that are not ASCII.
                 const char kerned[] = "AVTiljWy.,-rfoLTo1479_JQ";
                 name += i % 10 == 0 && random() % 4 == 0
                             ? QChar(0xe4 + static_cast<int>(random() % 20))
@@ -456,9 +456,10 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell()
     }
 }
 
-void ViewTest::kerningCountsInTheWidthOfAColumn()
+void ViewTest::widthOfAColumnIncludesKerning()
 {
-    // The two letters that the font moves apart the most, again and again, are wider than each for itself.
+    // This text repeats the two letters that the font moves apart the most. So the text is wider than the sum
+    // of its letters.
     const QFontMetricsF metrics(view->font());
     QString apart;
     qreal most = 0;
@@ -478,7 +479,7 @@ void ViewTest::kerningCountsInTheWidthOfAColumn()
         const QString kerned = apart.repeated(pairs);
         const qreal single =
             pairs * (metrics.horizontalAdvance(apart.at(0)) + metrics.horizontalAdvance(apart.at(1)));
-        // Texts without kerning, between those two widths.
+        // These texts have no kerning, and widths between the sum of the letters and the width with kerning.
         QJsonArray packages{StandIn::package(kerned)};
         const QString unit = QStringLiteral("H");
         const qreal narrowest = single - 40;
@@ -497,10 +498,10 @@ void ViewTest::kerningCountsInTheWidthOfAColumn()
     }
 }
 
-void ViewTest::lastLetterCountsInTheWidthOfAColumn()
+void ViewTest::widthOfAColumnIncludesTheLastLetter()
 {
-    // A letter may stand out over its own width, which counts at the end only. The same letters in another
-    // order are as wide otherwise.
+    // The drawing of a letter may be wider than the letter's advance. This matters only for the last letter
+    // of a text. Apart from this, the same letters in another order have the same width.
     for (char letter = '!'; letter <= '~'; ++letter) {
         for (const char* others : {"HHHH", "0000"}) {
             const QString first = QLatin1Char(letter) + QString(others);
@@ -512,7 +513,7 @@ void ViewTest::lastLetterCountsInTheWidthOfAColumn()
     }
 }
 
-void ViewTest::lettersDrawnTogetherCountInTheWidthOfAColumn_data()
+void ViewTest::widthOfAColumnIncludesLigatures_data()
 {
     QTest::addColumn<QFont>("font");
     for (const char* family : {"DejaVu Sans", "DejaVu Serif", "Noto Sans", "Noto Serif"}) {
@@ -520,7 +521,7 @@ void ViewTest::lettersDrawnTogetherCountInTheWidthOfAColumn_data()
     }
 }
 
-void ViewTest::lettersDrawnTogetherCountInTheWidthOfAColumn()
+void ViewTest::widthOfAColumnIncludesLigatures()
 {
     QFETCH(QFont, font);
     view->setFont(font);
@@ -534,7 +535,7 @@ void ViewTest::lettersDrawnTogetherCountInTheWidthOfAColumn()
         QJsonArray packages;
         const qreal unit = metrics.horizontalAdvance(QLatin1Char('i'));
         for (qreal width = metrics.horizontalAdvance(joined) - 12; packages.count() < 24; width += 1) {
-            // Anything as wide as possible below that.
+            // Each of these texts is as wide as possible, but not wider than the given width.
             packages.append(StandIn::package(QString("i").repeated(static_cast<int>(width / unit))));
         }
         packages.append(StandIn::package(joined));
@@ -550,7 +551,7 @@ void ViewTest::lettersDrawnTogetherCountInTheWidthOfAColumn()
     }
 }
 
-void ViewTest::controlCharactersCountAsTheyAreShown()
+void ViewTest::widthOfAColumnIncludesControlCharactersAsTheyAreShown()
 {
     table->collect(
         {}, {},
@@ -569,7 +570,7 @@ void ViewTest::anEmptyColumnHasNoWidth()
     }
 }
 
-void ViewTest::theActionColumnHasItsMenu()
+void ViewTest::theActionColumnHasTheActionMenu()
 {
     QSignalSpy spy(view, SIGNAL(stateChanged(int)));
     bool right = false;
@@ -622,7 +623,7 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
     QCOMPARE(table->entry("shell").action, Package::Remove);
     QStringList offered;
     bool opened = false;
-    // The window system makes a menu request of this key, so it has to come from there.
+    // The window system turns this key into a menu request, so the key must pass through it.
     withMenu(
         [&opened] {
             QCOMPARE(QProcess::execute("xdotool", {"key", "Menu"}), 0);
@@ -640,7 +641,7 @@ void ViewTest::theMenuKeyOpensTheMenuOfTheCurrentCell()
 
 void ViewTest::describeDescribesTheCurrentRow()
 {
-    view->describe(); // there is none, so that this returns at once
+    view->describe(); // returns at once, because no row is current
     QVERIFY(view->findChildren<QDialog*>().isEmpty());
     shown->click("shell", NameColumn);
     QString described;

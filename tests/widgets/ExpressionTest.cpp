@@ -8,7 +8,7 @@
 
 namespace {
 
-// Matches as the C library alone does.
+// Matches with only the functions of the C library.
 class Plain
 {
 public:
@@ -48,7 +48,7 @@ public:
         return QString::fromUtf8(from[below(static_cast<int>(count))]);
     }
 
-    // Anything that could be typed, sensible or not.
+    // A random expression, which may be invalid.
     QString expression()
     {
         static const char* const pieces[] = {
@@ -74,7 +74,7 @@ public:
         return text;
     }
 
-    // Of the characters that the expressions have.
+    // A random text of the characters in the expressions.
     QString text()
     {
         static const char* const pieces[] = {"a", "b", "ab", "aa", "-",  "1",  " ", "/",   "é", "€", "🌧",
@@ -103,7 +103,7 @@ class ExpressionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void resultsAreThoseOfMatchingAlone_data()
+    void resultsAreTheSameAsInTheCLibrary_data()
     {
         QTest::addColumn<quint32>("seed");
         for (quint32 seed = 1; seed <= 10; ++seed) {
@@ -111,7 +111,7 @@ private Q_SLOTS:
         }
     }
 
-    void resultsAreThoseOfMatchingAlone()
+    void resultsAreTheSameAsInTheCLibrary()
     {
         QFETCH(quint32, seed);
         Generator generator(seed);
@@ -133,7 +133,8 @@ private Q_SLOTS:
                          qPrintable(description(expression, text)));
                 matched += expected ? 1 : 0;
                 if (j % 4 == 0) {
-                    // Few texts, so that the answer is not nearly always yes.
+                    // The list has only a few texts. Otherwise almost every expression would match one of
+                    // them.
                     all.clear();
                     any = false;
                 }
@@ -143,7 +144,7 @@ private Q_SLOTS:
                 found += any ? 1 : 0;
             }
         }
-        // Enough of each kind to mean something.
+        // The test is meaningful only with enough cases of each kind.
         QVERIFY2(compiled > 500 && compiled < 2500, qPrintable(QString::number(compiled)));
         QVERIFY2(matched > 1000 && matched < compiled * 20 - 1000, qPrintable(QString::number(matched)));
         QVERIFY2(found > matched && found < compiled * 20 - 1000, qPrintable(QString::number(found)));
@@ -170,7 +171,7 @@ private Q_SLOTS:
         }
     }
 
-    void requiredTexts_data()
+    void requiredTextsAreFound_data()
     {
         QTest::addColumn<QString>("expression");
         QTest::addColumn<QString>("required");
@@ -230,7 +231,7 @@ private Q_SLOTS:
         row("ab\\", "ab");
     }
 
-    void requiredTexts()
+    void requiredTextsAreFound()
     {
         QFETCH(QString, expression);
         QFETCH(QString, required);
@@ -258,7 +259,7 @@ private Q_SLOTS:
         }
     }
 
-    void faultIsNamed()
+    void errorIsReported()
     {
         Expression expression;
         QCOMPARE(expression.fault(), QString());
@@ -285,7 +286,7 @@ private Q_SLOTS:
         QVERIFY(expression.matches(""));
     }
 
-    void caseCounts()
+    void matchingIsCaseSensitive()
     {
         Expression expression;
         expression.compile("Kernel");
@@ -294,7 +295,7 @@ private Q_SLOTS:
         QVERIFY(expression.matchesAny(QByteArray("kernel\0Kernel\0", 14)));
     }
 
-    void everyTextMatchesForItself()
+    void eachTextIsMatchedSeparately()
     {
         Expression expression;
         expression.compile("^b$");
@@ -321,9 +322,9 @@ private Q_SLOTS:
         }
     }
 
-    void localeIsOneWithCharactersOfManyBytes()
+    void testRunsInALocaleWithMultibyteCharacters()
     {
-        // Or the tests above would not try them.
+        // In another locale, the tests above would not test such characters.
         Expression expression;
         expression.compile("^.$");
         QVERIFY(expression.matches("€"));

@@ -39,7 +39,7 @@ private Q_SLOTS:
     void cleanup();
 
     void theFirstRowIsCurrent();
-    void typingFiltersAndCounts();
+    void typingFiltersTheRowsAndShowsTheirNumber();
     void theCurrentRowStaysWhileItIsListed();
     void anInvalidExpressionIsColouredAndExplained();
     void anEmptyListSaysWhy();
@@ -101,7 +101,7 @@ void FilteredListTest::theFirstRowIsCurrent()
     QCOMPARE(edit()->accessibleName(), QString("Regular expression"));
 }
 
-void FilteredListTest::typingFiltersAndCounts()
+void FilteredListTest::typingFiltersTheRowsAndShowsTheirNumber()
 {
     show();
     QCOMPARE(count(), QString("3 of 3 listed"));

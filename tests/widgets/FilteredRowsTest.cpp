@@ -9,7 +9,7 @@
 
 namespace {
 
-// A table whose last column has other values to sort by than to show.
+// A table whose last column has different values for sorting and for display.
 class Keyed : public FixedTable
 {
 public:
@@ -61,10 +61,10 @@ private Q_SLOTS:
     void anInvalidExpressionListsNothingAndSaysWhy();
     void rowsAreSortedByNumberTimeAndText();
     void equalRowsKeepTheirOrder();
-    void rowsMapToTheirSourceAndBack();
+    void rowsAreMappedToTheirSourceAndBack();
     void aChangeOfTheSourceIsFilteredAndSortedAgain();
     void aChangedCellIsReported();
-    void theHeaderIsThatOfTheSourceEvenWithoutRows();
+    void theHeaderIsTheSameAsInTheSourceEvenWithoutRows();
     void withoutSourceThereAreNoRows();
 };
 
@@ -165,7 +165,7 @@ void FilteredRowsTest::equalRowsKeepTheirOrder()
     QCOMPARE(firstColumn(rows), QStringList({"c", "a", "b"}));
 }
 
-void FilteredRowsTest::rowsMapToTheirSourceAndBack()
+void FilteredRowsTest::rowsAreMappedToTheirSourceAndBack()
 {
     FixedTable table({{"b", 1}, {"x", 2}, {"a", 3}});
     FilteredRows rows;
@@ -208,7 +208,7 @@ void FilteredRowsTest::aChangedCellIsReported()
     QCOMPARE(spy.first().at(1).toModelIndex(), rows.index(0, 1));
 }
 
-void FilteredRowsTest::theHeaderIsThatOfTheSourceEvenWithoutRows()
+void FilteredRowsTest::theHeaderIsTheSameAsInTheSourceEvenWithoutRows()
 {
     Keyed table;
     FilteredRows rows;

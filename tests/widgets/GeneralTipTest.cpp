@@ -90,14 +90,14 @@ private Q_SLOTS:
 
     void theCallerFillsTheTip();
     void theTipIsAsLargeAsItsContents();
-    void aTipWithoutLayoutKeepsTheSizeItsCallerGaveIt();
+    void aTipWithoutLayoutKeepsTheSizeThatItsCallerHasSet();
     void theTipLooksLikeAToolTip();
-    void placement_data();
-    void placement();
+    void theTipIsPlacedNearThePointer_data();
+    void theTipIsPlacedNearThePointer();
     void aSecondTipReplacesTheFirst();
     void hoveringAWidgetShowsItsTip();
-    void aTipDisappearsByItself();
-    void aStickyTipDoesNotDisappearByItself();
+    void aTipDisappearsAfterSomeTime();
+    void aStickyTipDoesNotDisappearAfterSomeTime();
     void aHiddenTipIsDeleted();
     void aTipCanBeShownAfterTheLastWasDeleted();
     void enteringTheTipHidesIt();
@@ -171,7 +171,7 @@ void GeneralTipTest::theTipIsAsLargeAsItsContents()
     QCOMPARE(tip->sizeHint(), contents + QSize(frame, frame));
 }
 
-void GeneralTipTest::aTipWithoutLayoutKeepsTheSizeItsCallerGaveIt()
+void GeneralTipTest::aTipWithoutLayoutKeepsTheSizeThatItsCallerHasSet()
 {
     const int right = screenRect().width();
     GeneralTip::showTip(
@@ -200,9 +200,9 @@ void GeneralTipTest::theTipLooksLikeAToolTip()
     QCOMPARE(tip->grab().toImage().pixelColor(tip->rect().center()), QColor(255, 255, 220));
 }
 
-void GeneralTipTest::placement_data()
+void GeneralTipTest::theTipIsPlacedNearThePointer_data()
 {
-    QTest::addColumn<QSize>("size"); // without the frame, like the other sizes
+    QTest::addColumn<QSize>("size"); // the size without the frame, as all sizes here
     QTest::addColumn<QPoint>("pos");
     QTest::addColumn<QPoint>("expected");
     const int w = screenRect().width();
@@ -233,7 +233,7 @@ void GeneralTipTest::placement_data()
     QTest::newRow("taller than the screen") << QSize(200, h) << QPoint(300, 200) << QPoint(302, h - (h + 10));
 }
 
-void GeneralTipTest::placement()
+void GeneralTipTest::theTipIsPlacedNearThePointer()
 {
     QFETCH(QSize, size);
     QFETCH(QPoint, pos);
@@ -271,7 +271,7 @@ void GeneralTipTest::hoveringAWidgetShowsItsTip()
     QTRY_VERIFY(currentTip() == nullptr);
 }
 
-void GeneralTipTest::aTipDisappearsByItself()
+void GeneralTipTest::aTipDisappearsAfterSomeTime()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300), false);
     QCOMPARE(timers(tip).keys(), QList<int>{10000});
@@ -279,7 +279,7 @@ void GeneralTipTest::aTipDisappearsByItself()
     QTRY_VERIFY_WITH_TIMEOUT(tip.isNull(), 60000);
 }
 
-void GeneralTipTest::aStickyTipDoesNotDisappearByItself()
+void GeneralTipTest::aStickyTipDoesNotDisappearAfterSomeTime()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300), true);
     QVERIFY(timers(tip).isEmpty());

@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void rediscoveryIsOneReset();
+    void rediscoveryCausesOneReset();
     void aViewReadsChangedRowsAgain();
 };
 
-void HAbstractTableModelTest::rediscoveryIsOneReset()
+void HAbstractTableModelTest::rediscoveryCausesOneReset()
 {
     FixedTable model({{1, 2}});
     QStringList order;

@@ -12,8 +12,8 @@ class HDialogTest : public QObject
 private Q_SLOTS:
     void returnAndEnterDoNotPressTheDefaultButton_data();
     void returnAndEnterDoNotPressTheDefaultButton();
-    void returnAndEnterArePassedOn_data();
-    void returnAndEnterArePassedOn();
+    void returnAndEnterAreNotAccepted_data();
+    void returnAndEnterAreNotAccepted();
     void theInputFieldStillReceivesReturn();
     void escapeStillCancels();
 };
@@ -28,7 +28,7 @@ void HDialogTest::returnAndEnterDoNotPressTheDefaultButton_data()
 void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
 {
     QFETCH(Qt::Key, key);
-    // The same form in a plain dialog shows that the key would press the button.
+    // In a plain dialog with the same form, the key presses the button.
     HDialog dialog;
     QDialog plain;
     const QVector<QPair<QDialog*, int>> expected = {{&dialog, 0}, {&plain, 1}};
@@ -50,12 +50,12 @@ void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
     }
 }
 
-void HDialogTest::returnAndEnterArePassedOn_data()
+void HDialogTest::returnAndEnterAreNotAccepted_data()
 {
     returnAndEnterDoNotPressTheDefaultButton_data();
 }
 
-void HDialogTest::returnAndEnterArePassedOn()
+void HDialogTest::returnAndEnterAreNotAccepted()
 {
     QFETCH(Qt::Key, key);
     HDialog dialog;

@@ -26,10 +26,10 @@ private Q_SLOTS:
     void aTextIsFramedAndCentered();
     void aLabelWithoutTextHasNoFrame();
     void anErrorPaletteWithoutTextShowsNothing();
-    void theColorComesAndGoesWithTheText();
+    void theColorIsVisibleOnlyWithAText();
     void aPaletteSetForALabelWithTextShowsAtOnce();
     void aTextWithoutPaletteKeepsTheNormalColor();
-    void theSizeHintHasRoomForTheText();
+    void theSizeHintHasSpaceForTheText();
     void markupIsShownAsPlainText();
 };
 
@@ -85,7 +85,7 @@ void HFrameLabelTest::anErrorPaletteWithoutTextShowsNothing()
     QCOMPARE(full.pixelColor(5, full.height() / 2), errorColor);
 }
 
-void HFrameLabelTest::theColorComesAndGoesWithTheText()
+void HFrameLabelTest::theColorIsVisibleOnlyWithAText()
 {
     HFrameLabel label;
     const QColor normal = background(label);
@@ -116,7 +116,7 @@ void HFrameLabelTest::aTextWithoutPaletteKeepsTheNormalColor()
     QCOMPARE(background(label), normal);
 }
 
-void HFrameLabelTest::theSizeHintHasRoomForTheText()
+void HFrameLabelTest::theSizeHintHasSpaceForTheText()
 {
     HFrameLabel label(QStringLiteral("Unlisted Actions"));
     const QSize text = label.findChild<QLabel*>()->sizeHint();

@@ -40,11 +40,11 @@ private Q_SLOTS:
     void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown();
     void withoutActiveActionNothingIsShown();
-    void theActionInTheOpenSubMenuCounts();
-    void theActionInTheInnermostOpenMenuCounts();
+    void theActionInTheOpenSubMenuShowsItsTip();
+    void theActionInTheInnermostOpenMenuShowsItsTip();
     void anOpenSubMenuWithoutActiveActionShowsTheTipOfItsEntry();
     void aClosedSubMenuShowsTheTipOfItsEntry();
-    void theEventIsPassedOn();
+    void theEventReachesTheBaseClass();
     void hoveringShowsTheToolTip();
 };
 
@@ -96,7 +96,7 @@ void HMenuTest::cleanup()
 void HMenuTest::theMenuCanBeTornOff()
 {
     QVERIFY(menu->isTearOffEnabled());
-    // The entry that tears the menu off is the first one.
+    // The first entry tears the menu off.
     QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, QPoint(menu->width() / 2, 4));
     QTRY_VERIFY(menu->isTearOffMenuVisible());
     menu->hideTearOffMenu();
@@ -178,7 +178,7 @@ void HMenuTest::withoutActiveActionNothingIsShown()
     QCOMPARE(toolTipOf(menu), QString());
 }
 
-void HMenuTest::theActionInTheOpenSubMenuCounts()
+void HMenuTest::theActionInTheOpenSubMenuShowsItsTip()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -187,7 +187,7 @@ void HMenuTest::theActionInTheOpenSubMenuCounts()
     QCOMPARE(toolTipOf(menu), QStringLiteral("the inner tip"));
 }
 
-void HMenuTest::theActionInTheInnermostOpenMenuCounts()
+void HMenuTest::theActionInTheInnermostOpenMenuShowsItsTip()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -224,7 +224,7 @@ void HMenuTest::aClosedSubMenuShowsTheTipOfItsEntry()
     QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
 }
 
-void HMenuTest::theEventIsPassedOn()
+void HMenuTest::theEventReachesTheBaseClass()
 {
     // The base class shows the tool tip of the menu itself.
     HMenu plain(QStringLiteral("Plain"));
@@ -238,7 +238,7 @@ void HMenuTest::theEventIsPassedOn()
 void HMenuTest::hoveringShowsTheToolTip()
 {
     const QPoint target = menu->mapToGlobal(menu->actionGeometry(actionWithTip).center());
-    // In steps, like a movement of the hand.
+    // The pointer moves in steps, as with a hand.
     for (int distance = 20; distance > 0; distance -= 5) {
         QCursor::setPos(target - QPoint(distance, 0));
         QTest::qWait(20);

@@ -17,7 +17,7 @@ public:
     QSize hint;
 };
 
-// A style that draws the frame around the contents only, or not, independent of the real style.
+// A style that draws the frame either around the contents only or around the whole area, as the test sets it.
 class FrameStyle : public QProxyStyle
 {
 public:
@@ -58,9 +58,9 @@ class HScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutInnerWidgetTheSizeHintIsThatOfTheBaseClass();
-    void theHintHasRoomForTheInnerWidgetAndBothScrollBars();
-    void aFrameOnlyAroundTheContentsNeedsItsPixels();
+    void withoutInnerWidgetTheSizeHintComesFromTheBaseClass();
+    void theHintHasSpaceForTheInnerWidgetAndBothScrollBars();
+    void theHintIncludesAFrameAroundTheContents();
     void theMaximumSizeLimitsTheSizeHint();
     void theMaximumSizeCanBeInLetters_data();
     void theMaximumSizeCanBeInLetters();
@@ -71,14 +71,14 @@ private Q_SLOTS:
     void aLongLabelScrollsInsideItsWindow();
 };
 
-void HScrollAreaTest::withoutInnerWidgetTheSizeHintIsThatOfTheBaseClass()
+void HScrollAreaTest::withoutInnerWidgetTheSizeHintComesFromTheBaseClass()
 {
     HScrollArea area(QSize(1, 1));
     QCOMPARE(area.sizeHint(), QScrollArea().sizeHint());
     QVERIFY(area.sizeHint() != QSize(1, 1));
 }
 
-void HScrollAreaTest::theHintHasRoomForTheInnerWidgetAndBothScrollBars()
+void HScrollAreaTest::theHintHasSpaceForTheInnerWidgetAndBothScrollBars()
 {
     FrameStyle style(false);
     HScrollArea area;
@@ -91,7 +91,7 @@ void HScrollAreaTest::theHintHasRoomForTheInnerWidgetAndBothScrollBars()
     QCOMPARE(area.sizeHint(), QSize(300, 200) + surroundings(area));
 }
 
-void HScrollAreaTest::aFrameOnlyAroundTheContentsNeedsItsPixels()
+void HScrollAreaTest::theHintIncludesAFrameAroundTheContents()
 {
     FrameStyle style(true);
     HScrollArea area;

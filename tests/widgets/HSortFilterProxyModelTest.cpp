@@ -10,7 +10,7 @@
 
 namespace {
 
-// Filters odd and even numbers by its own switch, like the filters of the package table.
+// A proxy that lists odd or even numbers by a switch. The filters of the package table work in the same way.
 class SwitchedProxy : public HSortFilterProxyModel
 {
 public:
@@ -62,7 +62,7 @@ private Q_SLOTS:
     void theLeftValueChoosesTheType();
     void anIndexWithoutModelHasNoValue();
     void equalRowsAreOrderedByTheSecondColumn();
-    void equalRowsAreOrderedByTheSecondColumnDownwardsToo();
+    void equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo();
     void tiesInTheSecondColumnKeepTheSourceOrder();
     void aSecondColumnOutsideTheTableHasNoEffect_data();
     void aSecondColumnOutsideTheTableHasNoEffect();
@@ -71,8 +71,8 @@ private Q_SLOTS:
     void everyFilterChangeSortsFromScratch();
     void aPatternFiltersAndKeepsTheOrder();
     void aRegExpFiltersAndKeepsTheOrder();
-    void filterChangedAsksTheFilterAgain();
-    void clearAsksTheFilterAgain();
+    void filterChangedAppliesTheFilterAgain();
+    void clearAppliesTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
     void theSourceIsStoredThroughTheBaseClassToo();
     void anotherKindOfModelIsSortedWithoutSecondColumn();
@@ -89,7 +89,8 @@ void HSortFilterProxyModelTest::valuesAreComparedByType_data()
         std::reverse(expected.begin(), expected.end());
         QTest::newRow(name) << given << expected;
     };
-    // Each row is in the wrong order. If the type has its own order, the texts would be in the right order.
+    // The values of each row are in the wrong order for their type. As texts, they would be in the right
+    // order.
     row("int puts 9 before 10", {10, 9});
     row("negative int", {-1, -2});
     row("unsigned int", {QVariant(4000000000U), QVariant(5U)});
@@ -154,7 +155,7 @@ void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumn()
     QCOMPARE(column(proxy, 1), (QVariantList{"zebra", "apple", "fig", "pear"}));
 }
 
-void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumnDownwardsToo()
+void HSortFilterProxyModelTest::equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo()
 {
     FixedTable model({{1, "pear"}, {0, "zebra"}, {1, "apple"}, {1, "fig"}});
     HSortFilterProxyModel proxy(1);
@@ -255,7 +256,7 @@ void HSortFilterProxyModelTest::aRegExpFiltersAndKeepsTheOrder()
     QCOMPARE(column(proxy, 0), (QVariantList{"ab", "BC"}));
 }
 
-void HSortFilterProxyModelTest::filterChangedAsksTheFilterAgain()
+void HSortFilterProxyModelTest::filterChangedAppliesTheFilterAgain()
 {
     FixedTable model({{3, 0}, {2, 0}, {1, 0}});
     SwitchedProxy proxy(1);
@@ -268,7 +269,7 @@ void HSortFilterProxyModelTest::filterChangedAsksTheFilterAgain()
     QCOMPARE(column(proxy, 0), (QVariantList{1, 3}));
 }
 
-void HSortFilterProxyModelTest::clearAsksTheFilterAgain()
+void HSortFilterProxyModelTest::clearAppliesTheFilterAgain()
 {
     FixedTable model({{3, 0}, {2, 0}, {1, 0}});
     SwitchedProxy proxy(1);

@@ -95,22 +95,22 @@ class HTableViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void rowsOfOneLineFollowTheFont();
+    void heightOfRowsOfOneLineDependsOnTheFont();
     void shiftF10AsksForTheMenuOfTheCurrentCell();
-    void cellsAreDrawnByItsOwnDelegate();
+    void cellsAreDrawnByTheDelegateOfTheView();
     void theOptionsPlaceTheIcon();
     void fewRowsRequestTheMinimumNumber();
     void manyRowsRequestTheMaximumNumber();
-    void numbersInBetweenRequestTheirOwnRoom();
+    void otherNumbersOfRowsRequestTheirOwnHeight();
     void addingRowsDoesNotChangeTheHint();
     void removingRowsDoesNotChangeTheHint();
     void anEmptyTableRequestsTheMinimumNumberToo();
     void theSizeHintIsTheSumOfItsParts();
-    void hiddenHeadersNeedNoRoom();
-    void aFrameOnlyAroundTheContentsNeedsItsPixels();
+    void hiddenHeadersNeedNoSpace();
+    void theHintIncludesAFrameAroundTheContents();
     void withoutModelTheViewHasASizeHintButNoColumnWidth();
     void aColumnIsAsWideAsItsWidestCell();
-    void theGridNeedsAPixel();
+    void theHintIncludesAPixelForTheGrid();
     void aDerivedViewMayComputeItsWidths();
     void fittingTheColumnsEnlargesTheWindow();
     void fittingTheColumnsStaysOnTheScreen();
@@ -120,13 +120,13 @@ private Q_SLOTS:
     void sortingAgainKeepsTheShownOrder();
     void clickingAHeaderTwiceReversesTheOrder();
     void sortingWithoutModelDoesNothing();
-    void selectedRowsComeInTheOrderOfSelection();
+    void selectedRowsAreInTheOrderOfSelection();
     void unselectableRowsAreNotReturned();
-    void aSelectedRowIsGivenByItsLeftmostSelectedCell();
+    void eachSelectedRowIsReturnedAsItsLeftmostSelectedCell();
     void withoutModelOrSelectionNoRowIsSelected();
 };
 
-void HTableViewTest::cellsAreDrawnByItsOwnDelegate()
+void HTableViewTest::cellsAreDrawnByTheDelegateOfTheView()
 {
     View view;
     QVERIFY(qobject_cast<HItemDelegate*>(view.itemDelegate()) != nullptr);
@@ -157,7 +157,7 @@ void HTableViewTest::manyRowsRequestTheMaximumNumber()
     QCOMPARE(rowsIn(view), 20);
 }
 
-void HTableViewTest::numbersInBetweenRequestTheirOwnRoom()
+void HTableViewTest::otherNumbersOfRowsRequestTheirOwnHeight()
 {
     FixedTable model(numbers(15));
     View view(10, anyNumber);
@@ -218,7 +218,7 @@ void HTableViewTest::theSizeHintIsTheSumOfItsParts()
     QCOMPARE(view.sizeHint(), QSize(width, height));
 }
 
-void HTableViewTest::hiddenHeadersNeedNoRoom()
+void HTableViewTest::hiddenHeadersNeedNoSpace()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -233,7 +233,7 @@ void HTableViewTest::hiddenHeadersNeedNoRoom()
     QCOMPARE(view.sizeHint(), hint - QSize(side, top));
 }
 
-void HTableViewTest::aFrameOnlyAroundTheContentsNeedsItsPixels()
+void HTableViewTest::theHintIncludesAFrameAroundTheContents()
 {
     FixedTable model(numbers(4));
     View view(2, 9);
@@ -275,7 +275,7 @@ void HTableViewTest::aColumnIsAsWideAsItsWidestCell()
     QCOMPARE(view.columnWidth(1), view.sizeHintForColumn(1));
 }
 
-void HTableViewTest::theGridNeedsAPixel()
+void HTableViewTest::theHintIncludesAPixelForTheGrid()
 {
     FixedTable model(numbers(5));
     View view;
@@ -354,7 +354,7 @@ void HTableViewTest::fittingTheColumnsNeverShrinksTheWindow()
 
 void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllAncestors()
 {
-    // A box in a box: the outer layout caches the size hints of the inner one.
+    // A box inside another box: the outer layout caches the size hints of the inner layout.
     QWidget window;
     QVBoxLayout* outer = new QVBoxLayout(&window);
     QWidget* inside = new QWidget;
@@ -437,7 +437,7 @@ void HTableViewTest::sortingWithoutModelDoesNothing()
     QCOMPARE(view.horizontalHeader()->sortIndicatorSection(), section);
 }
 
-void HTableViewTest::selectedRowsComeInTheOrderOfSelection()
+void HTableViewTest::selectedRowsAreInTheOrderOfSelection()
 {
     FixedTable model(numbers(9));
     View view;
@@ -471,7 +471,7 @@ void HTableViewTest::unselectableRowsAreNotReturned()
     QCOMPARE(rowsOf(view.selectedRows()), (QList<int>{0, 2, 3}));
 }
 
-void HTableViewTest::aSelectedRowIsGivenByItsLeftmostSelectedCell()
+void HTableViewTest::eachSelectedRowIsReturnedAsItsLeftmostSelectedCell()
 {
     FixedTable model(numbers(5));
     View view;
@@ -489,7 +489,7 @@ void HTableViewTest::withoutModelOrSelectionNoRowIsSelected()
     QVERIFY(view.selectedRows().isEmpty());
 }
 
-void HTableViewTest::rowsOfOneLineFollowTheFont()
+void HTableViewTest::heightOfRowsOfOneLineDependsOnTheFont()
 {
     FixedTable model(numbers(3));
     View view;

@@ -22,9 +22,9 @@ class HTextEditTest : public QObject
 private Q_SLOTS:
     void theSizeHintIsInLetters_data();
     void theSizeHintIsInLetters();
-    void withoutColumnsAndRowsTheSizeHintIsThatOfTheBaseClass();
+    void withoutColumnsAndRowsTheSizeHintComesFromTheBaseClass();
     void theScreenLimitsTheSizeHint();
-    void theHintFollowsTheFont();
+    void theHintDependsOnTheFont();
     void leavingTheEditEndsEditing();
     void leavingTheWindowEndsEditing();
     void aPopupDoesNotEndEditing();
@@ -62,7 +62,7 @@ void HTextEditTest::theSizeHintIsInLetters()
     QCOMPARE(edit.sizeHint(), expected);
 }
 
-void HTextEditTest::withoutColumnsAndRowsTheSizeHintIsThatOfTheBaseClass()
+void HTextEditTest::withoutColumnsAndRowsTheSizeHintComesFromTheBaseClass()
 {
     HTextEdit edit;
     QCOMPARE(edit.sizeHint(), QTextEdit().sizeHint());
@@ -76,7 +76,7 @@ void HTextEditTest::theScreenLimitsTheSizeHint()
     QVERIFY(HTextEdit(5000, 2).sizeHint().height() < largest().height());
 }
 
-void HTextEditTest::theHintFollowsTheFont()
+void HTextEditTest::theHintDependsOnTheFont()
 {
     HTextEdit edit(10, 2);
     QFont font = edit.font();

@@ -10,12 +10,12 @@ class MetricsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWindowMayTakeNineTenthsOfTheScreen();
+    void aWindowMayUseNineTenthsOfTheScreen();
     void aColumnIsAsWideAsTheLetterN();
 };
 
 // The test runs on a platform without an X screen.
-void MetricsTest::aWindowMayTakeNineTenthsOfTheScreen()
+void MetricsTest::aWindowMayUseNineTenthsOfTheScreen()
 {
     QCOMPARE(QGuiApplication::platformName(), QStringLiteral("offscreen"));
     const QSize screen = QGuiApplication::primaryScreen()->size();
@@ -31,7 +31,7 @@ void MetricsTest::aColumnIsAsWideAsTheLetterN()
     line.beginLayout();
     line.createLine();
     line.endLayout();
-    // The real line has a width in fractions of pixels.
+    // The width of the real line has fractions of pixels.
     QVERIFY(qAbs(line.lineAt(0).naturalTextWidth() - 50 * Metrics::columnWidth(QFontMetrics(font))) <= 25);
 }
 

@@ -17,7 +17,7 @@ private Q_SLOTS:
     void tabMovesToTheButton();
     void closeAccepts();
     void theDialogIsModal();
-    void theTextHasRoomFor24RowsOf80Columns();
+    void theTextHasSpaceFor24RowsOf80Columns();
     void aNewTextReplacesTheOld();
 };
 
@@ -64,7 +64,7 @@ void TextDialogTest::closeAccepts()
     const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
     QCOMPARE(buttons.size(), 1);
     QCOMPARE(buttons.first()->text(), QStringLiteral("Close"));
-    // The button is below the text, at the right, behind a stretch.
+    // The button is below the text on the right side, after a stretch.
     HTextEdit* edit = dialog.findChild<HTextEdit*>();
     QVERIFY(buttons.first()->geometry().top() > edit->geometry().bottom());
     QVERIFY(buttons.first()->geometry().left() > edit->geometry().center().x());
@@ -85,7 +85,7 @@ void TextDialogTest::theDialogIsModal()
     QCOMPARE(QApplication::activeModalWidget(), &dialog);
 }
 
-void TextDialogTest::theTextHasRoomFor24RowsOf80Columns()
+void TextDialogTest::theTextHasSpaceFor24RowsOf80Columns()
 {
     TextDialog dialog;
     const HTextEdit* edit = dialog.findChild<HTextEdit*>();
