@@ -46,7 +46,7 @@ struct Ended
     QString err;
 };
 
-// Runs the real program, which must end by itself.
+// Runs the real program, which must end without the help of the test.
 Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
 {
     QProcess process;
@@ -90,7 +90,7 @@ private:
         // No code keeps pointers to the arguments.
         CommandLine::apply(static_cast<int>(arguments.size()) - 1, arguments.data(), *shown->window);
     }
-    // The repository calls of a collection, like "enableRepo base".
+    // The calls about repositories during a collection, for example "enableRepo base".
     QStringList repositories(const QList<QByteArray>& options)
     {
         apply(options);
@@ -124,7 +124,7 @@ private Q_SLOTS:
 
     // --- Options that change a setting
 
-    void anyBeginningOfItsNameSelectsAMode_data()
+    void anyBeginningOfTheNameSelectsAMode_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<int>("mode");
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QTest::newRow("the last one wins") << Options{"-m", "filter", "--mode=search"} << 1;
     }
 
-    void anyBeginningOfItsNameSelectsAMode()
+    void anyBeginningOfTheNameSelectsAMode()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(int, mode);
@@ -151,7 +151,7 @@ private Q_SLOTS:
         QCOMPARE(shown->filterButton()->text(), QString(mode == 0 ? "Filter" : "Search"));
     }
 
-    void expressionIsInTheEdit_data()
+    void expressionOfTheOptionIsInTheEdit_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<QString>("expression");
@@ -167,7 +167,7 @@ private Q_SLOTS:
         QTest::newRow("the last one wins") << Options{"-e", "a", "-e", "b"} << "b";
     }
 
-    void expressionIsInTheEdit()
+    void expressionOfTheOptionIsInTheEdit()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(QString, expression);
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(shown->regexpEdit->text(), expression);
     }
 
-    void anyBeginningOfItsNameSelectsAState_data()
+    void anyBeginningOfTheNameSelectsAState_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<int>("state");
@@ -192,7 +192,7 @@ private Q_SLOTS:
         QTest::newRow("empty after another") << Options{"-s", "all", "--state="} << 0;
     }
 
-    void anyBeginningOfItsNameSelectsAState()
+    void anyBeginningOfTheNameSelectsAState()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(int, state);
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(shown->stateBox->currentIndex(), state);
     }
 
-    void duplicatesAndGroupsAreFlags_data()
+    void duplicatesAndGroupsNeedNoArgument_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<bool>("duplicates");
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QTest::newRow("letters together") << Options{"-gl", "--duplicates"} << false << true;
     }
 
-    void duplicatesAndGroupsAreFlags()
+    void duplicatesAndGroupsNeedNoArgument()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(bool, duplicates);
@@ -224,7 +224,7 @@ private Q_SLOTS:
         QCOMPARE(shown->groupsBox->isChecked(), groups);
     }
 
-    // Two functions, because only one window of a process starts.
+    // These are two functions, because a process can start only one window.
     void logIsOpenedByTheLetter() { checkLogIsOpened("-l"); }
     void logIsOpenedByTheName() { checkLogIsOpened("--log"); }
 
@@ -257,7 +257,7 @@ private Q_SLOTS:
                  (QStringList{"disableRepo extras", "enableRepo base"}));
     }
 
-    void overridesAccumulateInTheirOrder()
+    void overridesAreCollectedInOrder()
     {
         QCOMPARE(repositories({"--disablerepo=*", "--enablerepo=extras"}),
                  (QStringList{"disableRepo base", "enableRepo extras"}));

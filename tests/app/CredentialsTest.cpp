@@ -17,7 +17,7 @@ using Credentials::Text;
 
 namespace {
 
-// The text with a star for each character of a password, and a bar at each empty place for a password.
+// The text with a star for each character of a password, and with a bar at each empty place of a password.
 QString starred(const QString& text, Text kind)
 {
     QString result = text;
@@ -31,7 +31,7 @@ QString starred(const QString& text, Text kind)
     return result;
 }
 
-// The same rules as in the scanner, as expressions. Each is tried at every place of the text.
+// The rules of the scanner as regular expressions. Each expression is tried at every place of the text.
 QVector<QRegularExpression> expressions(Text kind)
 {
     const auto make = [](const char* pattern) {
@@ -62,7 +62,7 @@ QVector<bool> secretBy(const QRegularExpression& expression, const QString& text
     return secret;
 }
 
-// Line feeds and the indentation after them are unchanged.
+// The text with a star for each secret character. Line feeds and the indentation after them are unchanged.
 QString lettersOf(const QString& text, const QVector<bool>& secret)
 {
     QString result = text;
@@ -147,10 +147,10 @@ private Q_SLOTS:
     void passwordsOfUrlsAreFound();
     void passwordsOfOptionsAreFound_data();
     void passwordsOfOptionsAreFound();
-    void aTextWithAPlaceForAPasswordHoldsCredentials();
+    void aTextWithAPlaceForAPasswordHasCredentials();
     void anEmptyPlaceIsNoPassword();
-    void placesAreTheSameAsByExpressions_data();
-    void placesAreTheSameAsByExpressions();
+    void placesAreTheSameAsWithExpressions_data();
+    void placesAreTheSameAsWithExpressions();
     void everyPasswordIsHiddenByThreeDots();
     void credentialsAreRemovedFromUrls();
     void theTimeIsLinearInTheLength_data();
@@ -221,7 +221,7 @@ void CredentialsTest::passwordsOfOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::aTextWithAPlaceForAPasswordHoldsCredentials()
+void CredentialsTest::aTextWithAPlaceForAPasswordHasCredentials()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));
@@ -242,14 +242,14 @@ void CredentialsTest::anEmptyPlaceIsNoPassword()
     }
 }
 
-void CredentialsTest::placesAreTheSameAsByExpressions_data()
+void CredentialsTest::placesAreTheSameAsWithExpressions_data()
 {
     QTest::addColumn<bool>("options");
     QTest::newRow("URLs") << false;
     QTest::newRow("options") << true;
 }
 
-void CredentialsTest::placesAreTheSameAsByExpressions()
+void CredentialsTest::placesAreTheSameAsWithExpressions()
 {
     QFETCH(bool, options);
     const Text kind = options ? Text::Options : Text::Urls;
@@ -320,7 +320,8 @@ void CredentialsTest::theTimeIsLinearInTheLength_data()
     }
 }
 
-// For eight times the length, linear time is eight times as long, and quadratic time 64 times.
+// The second text is eight times as long. With linear time, the search takes eight times as long; with
+// quadratic time, 64 times.
 void CredentialsTest::theTimeIsLinearInTheLength()
 {
     QFETCH(QString, piece);

@@ -30,7 +30,7 @@ inline bool isTest(const QMetaMethod& method)
 template <typename Test> int run(int argc, char** argv)
 {
     if (argc > 1) {
-        // The settings that the program keeps between runs must not reach other tests.
+        // The settings that the program saves must not affect other tests.
         const QTemporaryDir settings;
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
         QApplication app(argc, argv);

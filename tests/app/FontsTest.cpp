@@ -10,7 +10,7 @@
 
 namespace {
 
-// Gives the well-known fixed-pitch families other names, as a translation may.
+// Replaces the names of the well-known fixed-pitch families, as a translation may do.
 class FamilyTranslator : public QTranslator
 {
 public:
@@ -34,7 +34,7 @@ private:
     QStringList families;
 };
 
-// Families whose name selects a font of this family.
+// The families whose name selects a font of this family.
 QStringList resolvingFamilies()
 {
     QStringList resolving;
@@ -136,7 +136,7 @@ private Q_SLOTS:
         }
     }
 
-    void boldChangesNothingElse()
+    void boldDoesNotChangeOtherProperties()
     {
         QFont font("Some Family", 9);
         font.setItalic(true);

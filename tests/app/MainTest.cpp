@@ -22,9 +22,9 @@ private:
 
     QString runtimeName() const { return QStringLiteral("xdg_runtime.%1").arg(geteuid()); }
 
-    // Starts the program without a runtime directory, and waits until it has collected the packages. Then the
-    // user quits. A null tmpdir leaves TMPDIR unset; the shell applies the redirections. Returns -1 if the
-    // program did not get that far.
+    // Starts the program without a runtime directory, and waits until it has collected the packages. Then it
+    // calls meanwhile() and quits the program as a user does. If tmpdir is null, TMPDIR is not set. The shell
+    // applies the redirections. Returns -1 if a step fails.
     int startAndQuit(const QByteArray& tmpdir, const QStringList& arguments,
                      const std::function<void()>& meanwhile, const QString& redirections = QString())
     {
@@ -47,9 +47,10 @@ private:
             return -1;
         }
         meanwhile();
-        // The key has no effect while the program works, so this presses it until it has one.
+        // The key has no effect while the program works, so the test presses it until it has an effect.
         for (int i = 0; i < 100 && process.state() == QProcess::Running; ++i) {
-            // Two commands: a single one that loses its window half way would leave keys pressed.
+            // Two commands are necessary: a single command that loses its window half way leaves keys
+            // pressed.
             if (QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ",
                                               "windowactivate", "--sync"}) == 0) {
                 QProcess::execute("xdotool", {"key", "ctrl+q"});
@@ -179,7 +180,7 @@ private Q_SLOTS:
         QCOMPARE(output.isEmpty(), !help);
     }
 
-    void anotherFailureOfTheToolkitIsReportedInItsOwnWords()
+    void anotherFailureOfTheToolkitIsReportedWithItsText()
     {
         QProcess process;
         process.start(QStringLiteral(VYRE), {"-platform", "nosuch"});

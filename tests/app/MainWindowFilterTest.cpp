@@ -26,12 +26,12 @@ private Q_SLOTS:
     void groupsCanBeIncluded();
     void textsDependOnTheMode();
     void searchForAnythingLoadsNothing();
-    void searchLooksIntoEveryField();
+    void searchFindsTextsInEveryField();
     void collectionLoadsTheExtraData();
     void extraDataAreLoadedOnceForTheFirstExpression();
     void nothingIsFilteredWhileExtraDataAreLoaded();
     void brokenExpressionLooksDifferent();
-    void filtersInSearchModeApply();
+    void filtersAreAlsoAppliedInSearchMode();
     void textsAreReadForTheExpressionInUse();
     void textsAreReadBeforeNewRecordsAreSearched();
 
@@ -138,7 +138,7 @@ void MainWindowFilterTest::searchForAnythingLoadsNothing()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowFilterTest::searchLooksIntoEveryField()
+void MainWindowFilterTest::searchFindsTextsInEveryField()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -205,7 +205,7 @@ void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
 
 void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
 {
-    // Only while the editor is open at the start, the extra data are not loaded yet.
+    // The extra data are unloaded only while the editor is open at the start.
     shown->window->setRepoEditorAtStart();
     QList<bool> filtering;
     const Once edited(
@@ -240,7 +240,7 @@ void MainWindowFilterTest::brokenExpressionLooksDifferent()
     QCOMPARE(shown->regexpEdit->palette().color(QPalette::Base), usual);
 }
 
-void MainWindowFilterTest::filtersInSearchModeApply()
+void MainWindowFilterTest::filtersAreAlsoAppliedInSearchMode()
 {
     shown->start();
     shown->choose(shown->modeBox, Search);

@@ -25,7 +25,7 @@ private Q_SLOTS:
     void logCanBeOpenedWhileItWorks();
     void windowCannotBeClosedWhileItWorks();
     void quittingIsRefusedWhileItWorks();
-    void operationEndsWhileTheAboutWindowIsOpen();
+    void operationCanEndWhileTheAboutWindowIsOpen();
     void nothingWrongIsFilteredWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
     void nothingWrongIsFoundWhileThePackagesAreReadAgain()
     {
@@ -116,7 +116,7 @@ void MainWindowOperationsTest::quittingIsRefusedWhileItWorks()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowOperationsTest::operationEndsWhileTheAboutWindowIsOpen()
+void MainWindowOperationsTest::operationCanEndWhileTheAboutWindowIsOpen()
 {
     shown->start();
     QVERIFY(
@@ -126,7 +126,7 @@ void MainWindowOperationsTest::operationEndsWhileTheAboutWindowIsOpen()
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QVERIFY(aboutBox() != nullptr);
-    // The table stays usable beside it.
+    // The table stays usable beside the About window.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
     QTest::keyClick(aboutBox(), Qt::Key_Escape);
@@ -142,7 +142,7 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     shown->filter(expression);
     QCOMPARE(shown->sorted(), before);
     using S = StandIn;
-    // Other packages replace the listed ones.
+    // Other packages replace the listed packages.
     standIn->setPackages({}, {S::package("shell"), S::package("games")},
                          {S::package("zoo"), S::package("tooth", {{"summary", "needle"}}), S::package("one"),
                           S::package("two"), S::package("three"), S::package("four")});
@@ -241,7 +241,7 @@ void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay(
     shown->click("many", ActionColumn);
     QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
     standIn->forgetCalls();
-    // As the package manager does it: the locked package has no update any more.
+    // As with the real package manager, the locked package has no update any more.
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
     standIn->setVersionLocks({{"tool", "tool-0:1-1.*"}});
     standIn->setPackages({StandIn::package("many", {{"version", "2"}})},
@@ -264,7 +264,7 @@ void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay(
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(standIn->calls("reset"), 0);
 
-    // The row stays the current one.
+    // The row stays the current row.
     shown->choose(shown->stateBox, ViewAll);
     choose("tool");
     QTRY_COMPARE(standIn->calls("setupRepos"), 2);
@@ -274,7 +274,7 @@ void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay(
              QVariant("tool"));
     QCOMPARE(shown->marks(), QStringList{"many update"});
 
-    // After a failure too.
+    // The marks also stay after a failure.
     standIn->setFailing(true);
     standIn->setVersionLocks({});
     shown->press("Re&fresh");
@@ -497,7 +497,7 @@ void MainWindowOperationsTest::repositoriesOfATransactionMayNeedCredentials()
 {
     shown->start();
     shown->click("tool", ActionColumn);
-    // The same as a package that contains a repository file.
+    // This simulates a package that contains a repository file.
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const Answers answers("OK");
     shown->press("&Apply Actions");

@@ -182,7 +182,7 @@ void MainWindowOtherWindowsTest::shortcutOpensTheLog()
     QVERIFY(logIsVisible());
     QVERIFY(QTest::qWaitForWindowActive(logWindow()));
     QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains("Initialization"));
-    // The same window opens again.
+    // The shortcut opens the same window again.
     const Log::Window* first = logWindow();
     const QSize size = first->size() - QSize(20, 30);
     logWindow()->resize(size);

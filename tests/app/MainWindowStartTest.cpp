@@ -25,13 +25,13 @@ private Q_SLOTS:
     void startListsTheOutdatedPackages();
     void startingTwiceCollectsOnce();
     void columnsFitTheirContentsAfterTheStart();
-    void earlierSettingsApplyAtTheStart();
-    void earlierSearchAppliesAtTheStart();
-    void filterOfTheCommandLineAppliesAfterTheEditor()
+    void settingsMadeBeforeTheStartAreUsed();
+    void searchSetBeforeTheStartIsUsed();
+    void filterOfTheCommandLineIsUsedAfterTheEditor()
     {
         compareAfterTheEditor(Filter, "many|shell", {"many", "shell"});
     }
-    void searchOfTheCommandLineAppliesAfterTheEditor()
+    void searchOfTheCommandLineIsUsedAfterTheEditor()
     {
         compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
     }
@@ -40,8 +40,8 @@ private Q_SLOTS:
     void quittingFromTheQuestionForCredentialsReadsNothing();
     void enteredCredentialsAreUsedAtOnce();
     void editedRepositoriesAreReadAgain();
-    void logIsOpenedAtTheStartIfAskedFor();
-    void logStaysClosedOtherwise();
+    void logIsOpenedAtTheStartOnRequest();
+    void logStaysClosedWithoutARequest();
 
     void emptyTableSaysWhy();
     void failedCollectionDoesNotLookLikeNoUpdates();
@@ -56,7 +56,7 @@ void MainWindowStartTest::newWindowWaitsForItsStart()
     QCOMPARE(busyCursor(), QString("busy"));
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(standIn->calls(), QStringList());
-    // A hidden window starts nothing.
+    // A hidden window starts no work.
     QTest::qWait(100);
     QCOMPARE(standIn->calls(), QStringList());
     QVERIFY(!shown->window->isVisible());
@@ -120,7 +120,7 @@ void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }
 
-void MainWindowStartTest::earlierSettingsApplyAtTheStart()
+void MainWindowStartTest::settingsMadeBeforeTheStartAreUsed()
 {
     shown->window->setMode(Filter);
     shown->window->setRegexp("l");
@@ -137,7 +137,7 @@ void MainWindowStartTest::earlierSettingsApplyAtTheStart()
     QCOMPARE(shown->sorted(), (QStringList{"Games", "editor", "lib", "many", "shell", "tool"}));
 }
 
-void MainWindowStartTest::earlierSearchAppliesAtTheStart()
+void MainWindowStartTest::searchSetBeforeTheStartIsUsed()
 {
     shown->window->setMode(Search);
     shown->window->setRegexp("needle");
@@ -294,7 +294,7 @@ void MainWindowStartTest::failedCollectionDoesNotLookLikeNoUpdates()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");
-    // The message may get the focus before the window does.
+    // The message may get the focus before the main window.
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->view->accessibleDescription(),
@@ -358,7 +358,7 @@ void MainWindowStartTest::invalidSavedSettingsChangeNothing()
 {
     QSettings* kept = settings(this);
     kept->setValue("MainWindow/size", "wide");
-    // One value for each column, because lists of another length are ignored.
+    // The list has one value for each column, because lists of another length are ignored.
     QVariantList widths{-5, 1 << 30, "x"};
     QVariantList nowhere{0, 0, 99, -1, "x"};
     QList<int> usualPlaces;
@@ -386,7 +386,7 @@ void MainWindowStartTest::invalidSavedSettingsChangeNothing()
     QCOMPARE(shown->marks(), QStringList{"tool update"});
 }
 
-void MainWindowStartTest::logIsOpenedAtTheStartIfAskedFor()
+void MainWindowStartTest::logIsOpenedAtTheStartOnRequest()
 {
     shown->window->setLogAtStart();
     QVERIFY(inTheMiddle([this] { shown->window->show(); }, [] { QVERIFY(logIsVisible()); }));
@@ -394,7 +394,7 @@ void MainWindowStartTest::logIsOpenedAtTheStartIfAskedFor()
     QVERIFY(logIsVisible());
 }
 
-void MainWindowStartTest::logStaysClosedOtherwise()
+void MainWindowStartTest::logStaysClosedWithoutARequest()
 {
     shown->start();
     QVERIFY(logWindow() == nullptr);

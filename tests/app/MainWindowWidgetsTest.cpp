@@ -17,12 +17,12 @@ class MainWindowWidgetsTest : public StandInWindow
 
 private Q_SLOTS:
     void titleNamesTheMachine();
-    void menusHaveTheirEntries();
+    void menusHaveTheExpectedEntries();
     void menusCanBeTornOff();
-    void filterRowHasItsTexts();
+    void filterRowHasTheExpectedTexts();
     void stateBoxGoesFromUpdatableToAll();
-    void buttonsHaveTheirTextsAndToolTips();
-    void partsAreInTheirOrder();
+    void buttonsHaveTheExpectedTextsAndToolTips();
+    void partsAreInTheExpectedOrder();
     void windowIsWideEnough();
 };
 
@@ -34,7 +34,7 @@ void MainWindowWidgetsTest::titleNamesTheMachine()
     QCOMPARE(shown->window->windowTitle(), "VYRE - " + QString::fromLocal8Bit(uname.readAll().trimmed()));
 }
 
-void MainWindowWidgetsTest::menusHaveTheirEntries()
+void MainWindowWidgetsTest::menusHaveTheExpectedEntries()
 {
     QStringList found;
     for (const QAction* action : shown->window->menuBar()->actions()) {
@@ -59,7 +59,7 @@ void MainWindowWidgetsTest::menusCanBeTornOff()
     }
 }
 
-void MainWindowWidgetsTest::filterRowHasItsTexts()
+void MainWindowWidgetsTest::filterRowHasTheExpectedTexts()
 {
     QCOMPARE(shown->modeBox->count(), 2);
     QCOMPARE(shown->modeBox->itemText(0), QString("Filter"));
@@ -92,7 +92,7 @@ void MainWindowWidgetsTest::stateBoxGoesFromUpdatableToAll()
                      "for installing, or for removing; or show all packages"));
 }
 
-void MainWindowWidgetsTest::buttonsHaveTheirTextsAndToolTips()
+void MainWindowWidgetsTest::buttonsHaveTheExpectedTextsAndToolTips()
 {
     const QMap<QString, QString> toolTips{
         {"&Describe", "Pop up a window with a detailed description of the currently selected package"},
@@ -120,7 +120,7 @@ void MainWindowWidgetsTest::buttonsHaveTheirTextsAndToolTips()
     QVERIFY(!shown->button("&Apply Actions")->isEnabledTo(shown->area));
 }
 
-void MainWindowWidgetsTest::partsAreInTheirOrder()
+void MainWindowWidgetsTest::partsAreInTheExpectedOrder()
 {
     shown->start();
     const auto place = [this](const QWidget* widget) { return widget->mapTo(shown->window, QPoint()); };
@@ -145,7 +145,7 @@ void MainWindowWidgetsTest::partsAreInTheirOrder()
     for (int i = 1; i < column.count(); ++i) {
         QVERIFY(place(column.at(i)).y() >= place(column.at(i - 1)).y() + column.at(i - 1)->height());
     }
-    // The table and the stretch get the remaining room.
+    // The table and the stretch get the remaining space.
     QVERIFY(shown->view->height() > shown->window->height() / 2);
     QVERIFY(place(buttonRow.at(1)).x() - place(buttonRow.at(0)).x() - buttonRow.at(0)->width() >
             place(buttonRow.at(2)).x() - place(buttonRow.at(1)).x() - buttonRow.at(1)->width());

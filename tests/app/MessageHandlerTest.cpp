@@ -52,7 +52,8 @@ public:
     Pipe& operator=(const Pipe&) = delete;
 
     int writing() const { return ends[1]; }
-    // Like the pipe that captures the program's output: anyone who writes into the full pipe waits.
+    // Fills the pipe. A thread that writes into the full pipe waits, as with the pipe that captures the
+    // output.
     void fill()
     {
         const QByteArray block(4096, 'x');
@@ -87,7 +88,7 @@ private:
         terminal->seek(0);
         return terminal->readAll();
     }
-    // Like the start of the program, with a file in place of the terminal.
+    // Installs the handler as the start of the program does, with a file in place of the terminal.
     void install()
     {
         const StandardError start(terminal->handle());
@@ -177,7 +178,7 @@ private Q_SLOTS:
         QCOMPARE(heard, QVector<bool>({false}));
     }
 
-    void messagesOfOtherThreadsAreWrittenWhole()
+    void messagesOfOtherThreadsAreWrittenCompletely()
     {
         install();
         class Writer : public QThread
@@ -199,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: 0123456789012345678901234567890123456789\n").repeated(800));
     }
 
-    void aFullTerminalIsNoFailure()
+    void aFullTerminalDoesNotEndTheProgram()
     {
         const int full = open("/dev/full", O_WRONLY | O_CLOEXEC);
         QVERIFY(full >= 0);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The main window on the stand-in script. Reads its visible contents, and acts on it as a user does.
+// The main window with the stand-in script. This class reads its visible contents, and acts on it as a user
+// does.
 
 #ifndef TESTS_APP_SHOWNWINDOW_H
 #define TESTS_APP_SHOWNWINDOW_H
@@ -42,7 +43,7 @@ inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
 class ShownWindow
 {
 public:
-    // Not shown yet. Never deleted, as in the program.
+    // Makes a window, which is not shown yet. It is never deleted, as in the program.
     ShownWindow() : window(new MainWindow)
     {
         // This list keeps the window reachable, so that leak checkers do not report it.
@@ -102,7 +103,7 @@ public:
         return nullptr;
     }
 
-    // Clicks and keys that pass through the event handling of the window system.
+    // These clicks and keys pass through the event handling of the window system.
     void click(const QWidget* widget) const { click(widget, widget->rect().center()); }
     void click(const QWidget* widget, const QPoint& place, Qt::KeyboardModifiers modifiers = {}) const
     {
@@ -170,7 +171,7 @@ public:
         names.sort();
         return names;
     }
-    // "name action" of the marked records, in the order of their names.
+    // The marked records as "name action", in the order of their names.
     QStringList marks() const
     {
         static const char* const actions[] = {"update", "install", "remove"};
@@ -198,8 +199,8 @@ public:
     HFrameLabel* label;
 };
 
-// Runs the program's event loop, and the action in it. The window may be shown already or not. Returns the
-// program's exit status, or -1 if the program did not end by itself.
+// Runs the event loop of the program, and the action in this loop. The window can be visible already. Returns
+// the exit status of the program, or -1 if the action did not end the loop.
 inline int runToTheEnd(const std::function<void()>& action)
 {
     QTimer::singleShot(0, qApp, action);
@@ -207,7 +208,7 @@ inline int runToTheEnd(const std::function<void()>& action)
     return QApplication::exec();
 }
 
-// While this object exists, it waits for a condition, and then does something once. It also works while the
+// While this object exists, it waits for a condition, and then calls the action once. It also works while the
 // program waits in an inner event loop.
 class Once
 {

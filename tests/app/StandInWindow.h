@@ -26,8 +26,9 @@ protected:
 
     static QSettings* settings(QObject* owner);
 
-    // The packages of a test that sets no others: "tool" and "many" are out of date, and "shell" is
-    // installed. "editor" and "lib" are not installed; "lib" has two architectures. "Games" is a group.
+    // The packages of every test that does not set other packages. "tool" and "many" are out of date, and
+    // "shell" is installed. "editor" and "lib" are not installed; "lib" has two architectures. "Games" is a
+    // group.
     void usual();
     void listEverything() const;
     // The usable controls: the titles of menus, the texts of entries, and "table" for the table area.
@@ -40,8 +41,8 @@ protected:
                                       "Manual (html)",  "Manual (PDF)",  "&About",
                                       "table"};
 
-    // Runs the first function, which collects the packages, and the second one in the middle of the
-    // collection.
+    // Calls collect(), which collects the packages, and meanwhile() in the middle of the collection. Returns
+    // whether meanwhile() was called.
     bool inTheMiddle(const std::function<void()>& collect, const std::function<void()>& meanwhile);
 
     // The painted colour of the label's background.

@@ -40,7 +40,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // Otherwise the application object keeps them for the next test.
+        // Otherwise the application object keeps the translators for the next test.
         for (QTranslator* translator : qApp->findChildren<QTranslator*>()) {
             delete translator;
         }
@@ -73,14 +73,14 @@ private Q_SLOTS:
         QCOMPARE(quit(), file.isEmpty() ? QStringLiteral("&Quit") : QStringLiteral("&Beenden"));
     }
 
-    void theToolkitSpeaksTheSameLanguage()
+    void theToolkitUsesTheSameLanguage()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         QCOMPARE(Translations::install(*qApp, {"fr-FR", "de-DE"}), QStringLiteral("vyre_de"));
         QCOMPARE(yes(), QStringLiteral("&Ja"));
     }
 
-    void theToolkitSpeaksEnglishWhenTheProgramDoes()
+    void theToolkitUsesEnglishIfTheProgramDoes()
     {
         QCOMPARE(Translations::install(*qApp, {"fr-FR"}), QString());
         QCOMPARE(yes(), QStringLiteral("&Yes"));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Every window of the program is usable by keyboard alone. It describes its controls to assistive programs,
-// and fits a small screen without cutting anything off.
+// Tests that every window of the program is usable by keyboard alone, describes its controls to assistive
+// programs, and fits a small screen completely.
 //
 // If VYRE_PICTURES names a directory, the tests save pictures of the windows there. With VYRE_PALETTE=dark
 // the windows are dark.
@@ -464,7 +464,7 @@ private Q_SLOTS:
         forEachWindow([&controls](const QString& name, QWidget& window) {
             for (QWidget* stop : stops(window)) {
                 if (qobject_cast<QScrollArea*>(stop) != nullptr) {
-                    continue; // it only scrolls its contents
+                    continue; // this control only scrolls its contents
                 }
                 ++controls;
                 QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(stop);
@@ -506,7 +506,8 @@ private Q_SLOTS:
                     labels += label->buddy() == stop ? 1 : 0;
                 }
                 if (labels == 0 && name == "credentials") {
-                    // The labels are keys of a URL. As buddies they would turn "&" into shortcuts.
+                    // The labels are keys of a URL. As buddies of the fields they would turn "&" into
+                    // shortcuts.
                     QVERIFY(stop->accessibleName() == "user" || stop->accessibleName() == "word");
                     labels = 1;
                 }

@@ -47,7 +47,7 @@ private Q_SLOTS:
         QVERIFY(temporary->isValid());
     }
 
-    void existingSettingIsLeftAlone()
+    void existingSettingIsNotChanged()
     {
         const QByteArray mine = QFile::encodeName(temporary->filePath("mine"));
         QVERIFY(QDir().mkdir(temporary->filePath("mine")));
@@ -220,7 +220,7 @@ private Q_SLOTS:
         const int before = descriptors.entryList(all).size();
         {
             const XdgRuntimeDirEnsurer ensurer;
-            // One descriptor for the directory, and one for its parent directory.
+            // The object holds one descriptor for the directory, and one for its parent directory.
             QCOMPARE(descriptors.entryList(all).size(), before + 2);
         }
         QCOMPARE(descriptors.entryList(all).size(), before);
@@ -271,7 +271,7 @@ private Q_SLOTS:
             ended = true;
             other.join();
             QCOMPARE(QDir(outside).entryList(QDir::Files).size(), count);
-            // Files and directories that were exchanged during the removal.
+            // Remove the files and directories that were exchanged during the removal.
             QProcess::execute("rm", {"-rf", QFile::decodeName(link), runtimeDirectory()});
             QVERIFY(QFile::link(outside, temporary->filePath("link")));
         }

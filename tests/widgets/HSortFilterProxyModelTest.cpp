@@ -89,7 +89,7 @@ void HSortFilterProxyModelTest::valuesAreComparedByType_data()
         std::reverse(expected.begin(), expected.end());
         QTest::newRow(name) << given << expected;
     };
-    // The values of each row are in the wrong order for their type. As texts, they would be in the right
+    // The values of each row are in the wrong order. If they are not texts, their texts are in the right
     // order.
     row("int puts 9 before 10", {10, 9});
     row("negative int", {-1, -2});
