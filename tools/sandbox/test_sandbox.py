@@ -57,8 +57,8 @@ def copy_original():
 
 
 class OwnProcess(object):
-    """The server of a sandbox in a separate process. In the process of the test, dnf would block the server, because
-    dnf holds the interpreter lock while it downloads.
+    """Runs the server of a sandbox in a separate process. In the process of the test, dnf would block the server,
+    because dnf holds the interpreter lock while it downloads.
     """
 
     def __init__(self, sandbox):
@@ -89,7 +89,7 @@ class SandboxTest(unittest.TestCase):
         return sandbox
 
     def base(self, sandbox, groups=False):
-        """A dnf base with all packages, for the length of the test."""
+        """Returns a dnf base with all packages. The base is valid until the test ends."""
         context = configured_base(sandbox.root)
         base = context.__enter__()
         self.addCleanup(context.__exit__, None, None, None)
@@ -126,7 +126,7 @@ class SandboxTest(unittest.TestCase):
 
 
 class QueryTest(unittest.TestCase):
-    """An unchanged sandbox, as dnf reads it."""
+    """Tests of an unchanged sandbox that dnf reads."""
 
     @classmethod
     def setUpClass(cls):
@@ -167,11 +167,11 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(self.sandbox.installed(), seen)
         self.assertGreater(len(seen), 40)
 
-    def test_size_of_the_distribution(self):
+    def test_distribution_has_at_least_120_names(self):
         names = {package.name for package in self.base.sack.query()}
         self.assertGreaterEqual(len(names), 120)
 
-    def test_repositories(self):
+    def test_repositories_have_the_expected_flags(self):
         flags = {
             repo.id: (repo.enabled, repo.gpgcheck, repo.baseurl[0].split(":")[0])
             for repo in self.base.repos.all()}
@@ -185,7 +185,7 @@ class QueryTest(unittest.TestCase):
         carrying = {package.reponame for package in self.base.sack.query().available()}
         self.assertEqual(carrying, {"sandbox-http", "sandbox-file", "sandbox-updates", "sandbox-signed"})
 
-    def test_disabled_repository_has_packages_of_its_own(self):
+    def test_packages_of_the_disabled_repository_are_not_available(self):
         self.assertEqual(self.available("hidden-gem"), set())
         names = os.listdir(self.sandbox.repository("sandbox-disabled"))
         self.assertIn("hidden-gem-1.0-1.noarch.rpm", names)
@@ -195,24 +195,24 @@ class QueryTest(unittest.TestCase):
         self.assertIn("kernel-6.1.31-1.x86_64", self.available("kernel"))
         self.assertIn("kernel", self.base.conf.installonlypkgs)
 
-    def test_updates(self):
+    def test_newer_versions_are_upgrades(self):
         self.assertLessEqual({
             "abacus-cli-3.3.0-2.x86_64", "atrium-web-2.4.1-2.x86_64", "meridian-tz-2023d-2.noarch",
             "libcairn-2.2-1.x86_64", "libcairn-2.2-1.i686", "parrot-1.1-1.noarch"}, self.upgrades())
 
-    def test_names_of_two_architectures(self):
+    def test_some_names_have_packages_of_two_architectures(self):
         self.assertEqual(self.installed("libcairn"), {"libcairn-2.1-1.x86_64", "libcairn-2.1-1.i686"})
         self.assertEqual(self.installed("libmoss"), set())
         self.assertEqual(self.available("libmoss"), {"libmoss-0.5-1.x86_64", "libmoss-0.5-1.i686"})
         self.assertEqual(self.installed("libslate"), {"libslate-4.0-1.x86_64"})
         self.assertIn("libslate-4.0-1.i686", self.available("libslate"))
 
-    def test_epochs(self):
+    def test_some_packages_have_epochs(self):
         self.assertEqual(self.installed("quillbase"), {"quillbase-1:2.4-1.x86_64"})
         self.assertIn("quillbase-2:1.0-1.x86_64", self.upgrades())
         self.assertEqual(self.available("epochal"), {"epochal-3:0.1-1.noarch"})
 
-    def test_weak_dependencies(self):
+    def test_some_packages_have_weak_dependencies(self):
         def relations(name, kind):
             return [str(relation) for relation in getattr(next(iter(self.query(name=name).available())), kind)]
 
@@ -223,7 +223,7 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(relations("orchard", "requires_pre"), ["setup"])
         self.assertIn("(orchard-lang if lexicon-en)", relations("orchard", "requires"))
 
-    def test_suites(self):
+    def test_suites_have_the_group_suite(self):
         groups = {name: {package.group for package in self.query(name=name)} for name in (
             "vyre-office-suite", "vyre-network-suite", "vyre-games-suite", "ledger-calc")}
         self.assertEqual(groups, {
@@ -232,7 +232,7 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(self.installed("vyre-network-suite"), {"vyre-network-suite-1.0-1.noarch"})
         self.assertIn("vyre-network-suite-1.1-1.noarch", self.upgrades())
 
-    def test_packages_that_take_time_to_download(self):
+    def test_some_packages_are_large(self):
         large = next(iter(self.query(name="gargantua").available()))
         self.assertGreater(large.downloadsize, 4 << 20)
         tiles = self.query(name__glob="tilepack-*").available()
@@ -241,7 +241,7 @@ class QueryTest(unittest.TestCase):
             self.assertEqual(package.reponame, "sandbox-http")
             self.assertGreater(package.downloadsize, 200000)
 
-    def test_texts_in_many_scripts(self):
+    def test_texts_use_many_scripts(self):
         for name, script in (
                 ("ryabina", "[\u0400-\u04ff]"), ("sakura-ime", "[\u3040-\u30ff]"), ("hanzi-fonts", "[\u4e00-\u9fff]"),
                 ("hangul-type", "[\uac00-\ud7af]"), ("qamus", "[\u0600-\u06ff]"), ("elaia", "[\u0370-\u03ff]"),
@@ -250,7 +250,7 @@ class QueryTest(unittest.TestCase):
             self.assertTrue(re.search(script, package.summary), name)
             self.assertTrue(re.search(script, package.description), name)
 
-    def test_markup_in_texts(self):
+    def test_some_texts_contain_markup(self):
         package = next(iter(self.query(name="tagsoup").available()))
         markup = "<b>bold</b><script>alert(1)</script> & <img src=x>"
         self.assertIn(markup, package.summary)
@@ -260,18 +260,18 @@ class QueryTest(unittest.TestCase):
         installed = next(iter(self.query(name="tagsoup-installed").installed()))
         self.assertIn("<u>underlined</u> &", installed.summary)
 
-    def test_very_long_description(self):
+    def test_one_description_is_very_long(self):
         package = next(iter(self.query(name="longwinded").available()))
         self.assertGreater(len(package.description), 50000)
 
-    def test_change_log_of_an_installed_package(self):
+    def test_an_installed_package_has_a_change_log(self):
         header = next(self.base._ts.dbMatch("name", "tagsoup-installed"))
         texts = header[rpm.RPMTAG_CHANGELOGTEXT]
         self.assertEqual(len(texts), 3)
         self.assertIn("<script>alert(1)</script>", texts[0])
 
     @needs_groups
-    def test_groups(self):
+    def test_a_group_has_members_of_all_kinds(self):
         self.assertEqual({group.id for group in self.base.comps.groups if not group.uservisible}, {"core"})
         office = self.group("office")
         for kind, names in (
@@ -283,7 +283,7 @@ class QueryTest(unittest.TestCase):
         self.assertIn("<b>", office.ui_name)
 
     @needs_groups
-    def test_one_group_is_installed_by_the_history(self):
+    def test_one_group_is_installed_according_to_the_history(self):
         known = {group.id for group in self.base.comps.groups if self.base.history.group.get(group.id)}
         self.assertEqual(known, {"arts"})
 
@@ -298,7 +298,7 @@ class QueryTest(unittest.TestCase):
         self.assertEqual([member.name for member in self.group("weaving").mandatory_packages], ["loomctl"])
         self.assertIn("loomctl-1.1-1.x86_64", self.upgrades())
 
-    def test_reasons(self):
+    def test_the_history_has_the_reasons_of_installed_packages(self):
         def reason(name):
             return libdnf.transaction.TransactionItemReasonToString(
                 self.base.history.rpm.get_reason(next(iter(self.query(name=name).installed()))))
@@ -307,13 +307,13 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(reason("libtrellis"), "dependency")
         self.assertEqual(reason("easel"), "user" if self.sandbox.without_groups else "group")
 
-    def test_database_is_where_dnf_and_rpm_expect_it(self):
+    def test_databases_are_at_the_locations_that_dnf_and_rpm_expect(self):
         self.assertTrue(os.path.isfile(os.path.join(self.sandbox.root, "var/lib/rpm/rpmdb.sqlite")))
         self.assertTrue(os.listdir(os.path.join(self.sandbox.root, "var/lib/dnf")))
 
 
 class ExtrasTest(SandboxTest):
-    """The repositories that a test must ask for."""
+    """Tests of the repositories that the root uses only after a call of use()."""
 
     def extra(self, name, groups=False):
         """A base with only this repository."""
@@ -333,13 +333,13 @@ class ExtrasTest(SandboxTest):
         with open(os.path.join(original.repository(name), "repodata/repomd.xml")) as stream:
             return re.findall('<data type="([^"]+)">', stream.read())
 
-    def test_the_root_does_not_use_them_by_default(self):
+    def test_the_root_does_not_use_the_extra_repositories_by_default(self):
         sandbox = self.copied()
         names = os.listdir(os.path.join(sandbox.root, "etc/yum.repos.d"))
         self.assertEqual([name for name in names if name.startswith("extra-")], [])
         self.assertEqual(sorted(os.listdir(os.path.join(sandbox.directory, "more"))), sorted(extras.REPOSITORIES))
 
-    def test_streams_of_modules(self):
+    def test_only_packages_of_default_streams_are_available(self):
         base = self.extra("extra-modules")
         container = base._moduleContainer
         self.assertEqual({(module.getName(), module.getStream()) for module in container.getModulePackages()},
@@ -350,24 +350,24 @@ class ExtrasTest(SandboxTest):
             "grove-cli-1.4-1.module+1.noarch", "grove-data-1.4-1.module+1.noarch", "grove-map-1.0-1.noarch",
             "grove-axe-1.0-1.noarch"})
 
-    def test_advisories(self):
+    def test_an_update_has_an_advisory(self):
         base = self.extra("extra-advisories")
         packages = base.sack.query().available().filterm(name="adviser", version="1.1")
         self.assertEqual([advisory.id for package in packages
                           for advisory in package.get_advisories(hawkey.EQ)], ["LSA-2024-021"])
 
-    def test_metadata_in_zchunk_beside_the_usual_ones(self):
+    def test_metadata_are_available_in_zchunk_and_in_the_usual_format(self):
         self.assertLessEqual({"primary", "primary_zck", "filelists_zck", "other_zck"},
                              set(self.documents("extra-zchunk")))
         self.assertEqual(self.available(self.extra("extra-zchunk")), {"chunky-1.0-1.noarch"})
 
-    def test_metadata_in_zstd_only(self):
+    def test_all_metadata_are_compressed_with_zstd(self):
         files = os.listdir(os.path.join(original.repository("extra-zstd"), "repodata"))
         self.assertEqual([name for name in files if name != "repomd.xml" and not name.endswith(".zst")], [])
         self.assertEqual(len(files), 4)
         self.assertEqual(self.available(self.extra("extra-zstd")), {"zesty-1.0-1.noarch"})
 
-    def test_deltas(self):
+    def test_an_update_has_a_smaller_delta(self):
         self.assertIn("prestodelta", self.documents("extra-deltas"))
         base = self.extra("extra-deltas")
         new, = base.sack.query().available().filterm(name="delta-tides", version="1.1")
@@ -378,14 +378,14 @@ class ExtrasTest(SandboxTest):
         self.assertTrue(os.path.isfile(os.path.join(original.repository("extra-deltas"), delta.location)))
 
     @needs_groups
-    def test_environments(self):
+    def test_an_environment_consists_of_groups(self):
         base = self.extra("extra-environments", groups=True)
         environment, = base.comps.environments
         self.assertEqual(environment.id, extras.ENVIRONMENT)
         self.assertEqual([group.name for group in environment.group_ids], ["habitat-waters"])
         self.assertEqual([group.name for group in environment.option_ids], ["habitat-rocks"])
 
-    def test_rich_dependencies(self):
+    def test_a_package_has_a_rich_dependency(self):
         base = self.extra("extra-rules")
         package, = base.sack.query().available().filterm(name="rich-or")
         self.assertEqual([str(relation) for relation in package.requires], ["(rich-left or rich-right)"])
@@ -410,15 +410,15 @@ class ResolveTest(SandboxTest):
             "orchard-3.0-1.x86_64", "libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64", "orchard-lang-3.0-1.noarch",
             "orchard-plugins-3.0-1.noarch", "orchard-thumbnails-3.0-1.noarch"})
 
-    def test_suite_brings_its_members(self):
+    def test_a_suite_installs_its_members(self):
         self.assertEqual(self.resolve_install("vyre-office-suite"), {
             "vyre-office-suite-1.0-1.noarch", "ledger-calc-2.0-1.x86_64", "scribe-writer-2.0-1.x86_64",
             "lectern-slides-2.0-1.x86_64"})
 
-    def test_nothing_satisfies_moonbridge(self):
+    def test_a_package_with_a_missing_dependency_is_refused(self):
         self.assert_unresolvable("moonbridge")
 
-    def test_conflicts(self):
+    def test_conflicting_packages_are_refused(self):
         self.assert_unresolvable("tern-mta", "gull-mta")
         self.assert_unresolvable("sandstone")
         self.assertEqual(self.resolve_install("tern-mta"), {"tern-mta-1.0-1.noarch"})
@@ -430,7 +430,7 @@ class ResolveTest(SandboxTest):
         self.assertEqual(self.transaction(base), {
             ("Removed", "trellis-editor-1.2-1.x86_64"), ("Removed", "libtrellis-1.2-1.x86_64")})
 
-    def test_update_of_everything(self):
+    def test_updating_everything_resolves_without_an_impossible_update(self):
         base = self.base(self.served())
         base.upgrade_all()
         base.resolve()
@@ -441,7 +441,7 @@ class ResolveTest(SandboxTest):
         self.assertNotIn("tidewatch-2.0-1.noarch", {name for _, name in done})
 
     @needs_groups
-    def test_conditional_members_follow_their_conditions(self):
+    def test_a_conditional_member_is_installed_only_if_its_condition_is_installed(self):
         base = self.base(self.served(), groups=True)
         base.group_install("office", ("mandatory", "default", "conditional"))
         base.resolve()
@@ -465,7 +465,7 @@ class TransactionTest(SandboxTest):
             installed)
         self.assertNotIn("quillbase-1:2.4-1.x86_64", installed)
 
-    def test_file_conflict_fails_the_test_transaction(self):
+    def test_a_file_conflict_makes_the_transaction_fail(self):
         sandbox = self.served()
         for names, path in (
                 (("inkwell-classic", "inkwell-modern"), "/usr/share/inkwell/palette.conf"),
@@ -499,7 +499,7 @@ class TransactionTest(SandboxTest):
         self.assertEqual(outcome.output.splitlines(), [
             "parrot-%s to standard output" % part for part in ("1.1: pre", "1.1: post", "1.0: preun", "1.0: postun")])
 
-    def test_failing_scriptlets(self):
+    def test_failing_pre_and_preun_scriptlets_prevent_the_change(self):
         sandbox = self.copied()
         outcome = self.install(sandbox, "brokenlatch-1.0-1.noarch.rpm")
         self.assertNotEqual(outcome.status, 0)
@@ -512,23 +512,23 @@ class TransactionTest(SandboxTest):
         self.assertNotEqual(outcome.status, 0)
         self.assertIn("stickyburr-1.0-1.noarch", sandbox.installed())
 
-    def test_scriptlet_with_much_output(self):
+    def test_a_scriptlet_prints_300000_bytes_to_each_stream(self):
         outcome = self.install(self.copied(), "loudhailer-1.0-1.noarch.rpm")
         self.assertEqual((len(outcome.output), len(outcome.errors)), (300000, 300000))
         self.assertTrue(outcome.output.startswith("loudhailer: stdout line 00001 of 06000 "))
         self.assertEqual(len(set(outcome.errors.splitlines())), 6000)
 
-    def test_scriptlet_without_a_line_feed_at_the_end(self):
+    def test_a_scriptlet_prints_text_without_a_final_line_feed(self):
         sandbox = self.copied()
         outcome = self.install(sandbox, "halfline-1.0-1.noarch.rpm")
         self.assertEqual(outcome.output, "halfline: first line\nhalfline: no line feed after this")
         self.assertEqual(self.rpm(sandbox, "-e", "halfline").errors, "halfline: nor after this")
 
-    def test_slow_scriptlet(self):
+    def test_a_slow_scriptlet_prints_its_steps(self):
         outcome = self.install(self.copied(), "slowpoke-1.0-1.noarch.rpm")
         self.assertEqual(outcome.output, "slowpoke: step 1\nslowpoke: step 2\nslowpoke: step 3\n")
 
-    def test_scriptlets_that_wait_for_the_removal_of_a_file(self):
+    def test_scriptlets_wait_for_the_removal_of_a_file(self):
         sandbox = self.copied()
         outcome = self.rpm(sandbox, "-U", self.file(sandbox, "sandbox-updates", "doorkeeper-1.1-1.noarch.rpm"))
         self.assertEqual(outcome.output, "doorkeeper: begin\ndoorkeeper: end\ndoorkeeper-1.0: gone\n")
@@ -568,7 +568,7 @@ class TransactionTest(SandboxTest):
 class HeaderTest(SandboxTest):
     """Tags of package files."""
 
-    def test_change_log(self):
+    def test_change_log_has_the_newest_entry_first(self):
         header = self.header("sandbox-updates", "parrot-1.1-1.noarch.rpm")
         self.assertEqual(len(header[rpm.RPMTAG_CHANGELOGTEXT]), 3)
         self.assertIn("LSA-2024-017: a crafted file\n  could", header[rpm.RPMTAG_CHANGELOGTEXT][0])
@@ -577,7 +577,7 @@ class HeaderTest(SandboxTest):
         times = header[rpm.RPMTAG_CHANGELOGTIME]
         self.assertEqual(times, sorted(times, reverse=True))
 
-    def test_descriptive_tags(self):
+    def test_descriptive_tags_have_the_expected_values(self):
         header = self.header("sandbox-http", "tagsoup-1.0-1.noarch.rpm")
         self.assertEqual(header[rpm.RPMTAG_VENDOR], "Angle <b>Brackets</b> & Sons")
         self.assertEqual(header[rpm.RPMTAG_LICENSE], "MIT & <i>others</i>")
@@ -587,13 +587,13 @@ class HeaderTest(SandboxTest):
         self.assertEqual(self.header("sandbox-http", "almanac-1.9-1.noarch.rpm")[rpm.RPMTAG_VENDOR],
                          "Larkspur Project")
 
-    def test_prerequisites(self):
+    def test_a_prerequisite_differs_from_other_requirements(self):
         header = self.header("sandbox-http", "orchard-3.0-1.x86_64.rpm")
         flags = dict(zip(header[rpm.RPMTAG_REQUIRENAME], header[rpm.RPMTAG_REQUIREFLAGS]))
         self.assertTrue(flags["setup"] & rpm.RPMSENSE_SCRIPT_PRE)
         self.assertFalse(flags["libbough"] & rpm.RPMSENSE_SCRIPT_PRE)
 
-    def test_many_files(self):
+    def test_one_package_has_2000_files(self):
         header = self.header("sandbox-http", "manyfiles-1.0-1.noarch.rpm")
         self.assertEqual(len(header[rpm.RPMTAG_BASENAMES]), 2000)
 
@@ -607,7 +607,7 @@ class SignatureTest(SandboxTest):
     def test_no_key_is_imported(self):
         self.assertNotEqual(self.rpm(original, "-q", "gpg-pubkey").status, 0)
 
-    def test_dnf_asks_for_the_key_and_then_accepts_only_what_it_signed(self):
+    def test_dnf_asks_for_the_key_and_then_accepts_only_packages_that_the_key_signed(self):
         sandbox = self.served()
         names = ("wax-tablet", "wax-candle", "wax-polish", "wax-forged", "wax-blank", "abacus-cli")
         base = self.base(sandbox)
@@ -683,7 +683,7 @@ class ServerTest(SandboxTest):
         return sandbox
 
     def dnf(self, sandbox, *arguments):
-        """The status and the output of the command dnf."""
+        """Runs the command dnf. Returns its status and its output."""
         command = ["dnf", "--assumeyes", "--installroot", sandbox.root, "-c", sandbox.root + "/etc/yum.conf",
                    "--setopt=reposdir=%s/etc/yum.repos.d" % sandbox.root]
         done = subprocess.run(
@@ -699,7 +699,7 @@ class ServerTest(SandboxTest):
         with open(self.file(sandbox, "sandbox-http", "repodata/repomd.xml"), "rb") as stream:
             return stream.read()
 
-    def test_files_ranges_and_the_request_log(self):
+    def test_server_sends_files_and_ranges_and_logs_requests(self):
         sandbox = self.copied()
         content = self.content(sandbox)
         self.assertEqual(self.fetch(sandbox, self.index), (200, content))
@@ -712,7 +712,7 @@ class ServerTest(SandboxTest):
         self.assertEqual(sandbox.server.paths(206), [self.index])
         self.assertEqual(len(sandbox.server.paths(404)), 4)
 
-    def test_faults(self):
+    def test_faults_change_the_answers(self):
         sandbox = self.copied()
         content = self.content(sandbox)
         faults = sandbox.server.faults
@@ -812,7 +812,7 @@ class CommandLineTest(SandboxTest):
         with open(os.path.join(sandbox.root, "etc/yum.repos.d/sandbox-http.repo")) as stream:
             return int(re.search(r":(\d+)/", stream.read()).group(1))
 
-    def test_copy_and_list(self):
+    def test_copy_makes_a_sandbox_and_list_prints_its_packages(self):
         target = os.path.join(tempfile.mkdtemp(dir=workspace), "copy")
         self.assertEqual(self.run_sandbox("copy", original.directory, target).status, 0)
         self.addCleanup(shutil.rmtree, target)

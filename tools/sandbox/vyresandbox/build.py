@@ -15,7 +15,7 @@ _MONTHS = ("Jan", "Feb", "Mar", "Apr", "May", "Jun", "Jul", "Aug", "Sep", "Oct",
 
 
 def run(command, **options):
-    """Runs a command; an exception contains its output if it fails."""
+    """Runs a command and returns its output. If the command fails, the exception contains the output."""
     done = subprocess.run(
         command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
     if done.returncode != 0:
@@ -25,7 +25,7 @@ def run(command, **options):
 
 
 class _SpecFile(object):
-    """Packages that one call of rpmbuild makes: all are sub-packages of one source package."""
+    """The packages that one call of rpmbuild makes. All are sub-packages of one source package."""
 
     def __init__(self, name, target, changelog, vendor):
         self.name = name
@@ -37,10 +37,10 @@ class _SpecFile(object):
         self.files = {}
 
     def accepts(self, package):
-        """Whether the package can be built from this spec file too.
+        """Whether the package can also be built from this spec file.
 
-        One spec file has one build root. So a path has one content, and a name has one package. With newer versions of
-        rpm, all packages of a spec file have the same vendor too.
+        One spec file has one build root. So a path has one content, and a name has one package. In newer versions of
+        rpm, all packages of a spec file also have the same vendor.
         """
         return package.name not in self.names and all(
             self.files.get(path, content) == content for path, content in package.files.items())

@@ -156,7 +156,7 @@ CHANGELOGS = {
 
 
 def _noise(name, size):
-    """Random bytes that cannot be compressed, the same in every run."""
+    """Random bytes that cannot be compressed. Each run has the same bytes."""
     return random.Random(name).getrandbits(8 * size).to_bytes(size, "little")
 
 
@@ -208,7 +208,7 @@ def _base_packages(busybox):
 
 
 def _kernels():
-    """A name with several installed versions: two are installed, a third is available."""
+    """The packages of a name with several versions: two versions are installed, a third version is available."""
     return [
         Package("kernel", version, "The Linux kernel", group="System Environment/Kernel", license="GPL-2.0-only",
                 state=state, repo=repo, changelog=changelog, relations=[("Provides", "installonlypkg(kernel)")],
@@ -293,7 +293,7 @@ def _talk(name, section):
 
 
 def _flood(stream, redirection):
-    """Exactly 300,000 bytes: 6000 lines of 50."""
+    """Exactly 300,000 bytes: 6000 lines of 50 bytes."""
     program = r'BEGIN { for (i = 1; i <= 6000; i++) printf "loudhailer: %s line %%05d of 06000 %s\n", i }' % (
         stream, "." * (49 - len("loudhailer: %s line 00000 of 06000 " % stream)))
     return "awk '%s'%s" % (program, redirection)
@@ -323,7 +323,7 @@ def _scriptlets():
                          "preun": "printf 'halfline: nor after this' >&2"}),
         Package("slowpoke", "1.0", "Takes three seconds to install", arch="noarch",
                 scripts={"post": "for i in 1 2 3; do echo \"slowpoke: step $i\"; sleep 1; done"}),
-        # These continue at once if the file does not exist.
+        # The next scriptlets continue at once if the file does not exist.
         Package("doorkeeper", "1.0", "Lets nobody in", arch="noarch", state="user",
                 scripts={"postun": "echo 'doorkeeper-1.0: gone'"}),
         Package("doorkeeper", "1.1", "Installs for as long as there is /tmp/doorkeeper", arch="noarch",
@@ -407,7 +407,7 @@ def _texts():
 
 
 def _downloads():
-    """Packages with a long download: one large package, and eight of some hundred KB."""
+    """Packages with a long download: one large package, and eight packages of several hundred KB."""
     packages = [
         Package("gargantua", "1.0", "Six megabytes of noise", arch="noarch",
                 files={"/usr/share/gargantua/noise.bin": _noise("gargantua", 6 << 20)})]

@@ -2,8 +2,8 @@
 """Stand-ins for the packages of a Fedora-like system that VYRE's own rpm needs.
 
 The stand-ins have the same names as those packages. The stand-ins for libraries provide the names that rpm's generator
-finds in this machine's own libraries. So an rpm that was built here can be installed after the stand-ins. They contain
-nothing else.
+finds in this machine's own libraries. So an rpm that was built here can be installed after the stand-ins. The
+stand-ins contain nothing else.
 """
 
 import datetime
@@ -42,7 +42,7 @@ _CHANGELOG = {"first": [(datetime.date(2023, 5, 2), "Larkspur Packagers <package
 
 
 def _known_libraries():
-    """Name -> path of this machine's libraries. Like the linker, it uses the first of several paths."""
+    """Name -> path of this machine's libraries. If a name has several paths, the first one counts, as for the linker."""
     known = {}
     for line in run(["/sbin/ldconfig", "-p"]).splitlines()[1:]:
         name, arrow, path = line.strip().partition(" => ")

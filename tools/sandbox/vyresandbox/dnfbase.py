@@ -14,7 +14,7 @@ import rpm
 
 
 def use_sandbox_database():
-    """Makes rpm in this process look for its database where a sandbox has it, not in the default place."""
+    """Makes rpm in this process use the database's location in a sandbox, instead of the default location."""
     rpm.addMacro("_dbpath", "/var/lib/rpm")
 
 
@@ -43,10 +43,10 @@ _COMPS = """\
 
 
 def fault_of_groups():
-    """The reason why the dnf of this system cannot use groups; empty if it can.
+    """The reason why the dnf of this system cannot use groups; empty if dnf can use groups.
 
-    With the libcomps of Debian 13, a process crashes or finds no groups, at random. So another process tries to read
-    one.
+    With the libcomps of Debian 13, a process crashes or finds no groups, at random. So this function tries to read a
+    group in a separate process.
     """
     with tempfile.NamedTemporaryFile("w", suffix=".xml") as stream:
         stream.write(_COMPS % ("some-group", "some-package"))
@@ -61,7 +61,7 @@ def fault_of_groups():
 
 @contextlib.contextmanager
 def bare_base(root, releasever):
-    """A dnf.Base for the root that has no repositories and has not read the root's configuration."""
+    """Returns a dnf.Base for the root, without repositories and without the root's configuration."""
     use_sandbox_database()
     with dnf.Base() as base:
         conf = base.conf
@@ -71,7 +71,7 @@ def bare_base(root, releasever):
 
 @contextlib.contextmanager
 def configured_base(root):
-    """A dnf.Base that has read the root's configuration and repository files, but no metadata."""
+    """Returns a dnf.Base that has read the root's configuration and repository files, but no metadata."""
     use_sandbox_database()
     with dnf.Base() as base:
         conf = base.conf

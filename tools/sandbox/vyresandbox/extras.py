@@ -1,14 +1,14 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Repositories that a test must ask for: features of current systems beyond packages and groups.
+"""Repositories that the root uses only after a call of Sandbox.use(). They have features beyond packages and groups.
 
 extra-modules       modules: a default stream, another stream, an obsolete stream, and plain packages of the same names
 extra-advisories    updates with advisories
-extra-zchunk        metadata in zchunk format beside the usual ones
-extra-zstd          metadata in zstd format only
+extra-zchunk        metadata in zchunk format, and in the usual format
+extra-zstd          metadata only in zstd format
 extra-environments  environments, which are groups of groups
 extra-deltas        an update with a delta rpm
 extra-rules         packages for the package manager's rules: rich dependencies, kinds of updates
-extra-rival         some packages of extra-rules again, newer and equal ones
+extra-rival         some packages of extra-rules, in equal or newer versions
 """
 
 import glob
@@ -280,7 +280,7 @@ def make_repositories(sandbox, work):
         os.makedirs(sandbox.repository(name))
     for package in packages():
         shutil.move(os.path.join(work, package.file_name), sandbox.repository(package.repo))
-    # Both repositories have this package.
+    # extra-rules and extra-rival have this package.
     shutil.copy(os.path.join(sandbox.repository("extra-rules"), "steady-2-1.noarch.rpm"),
                 sandbox.repository("extra-rival"))
     for name in REPOSITORIES:

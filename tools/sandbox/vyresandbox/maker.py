@@ -15,7 +15,7 @@ from .build import KeyRing, build_packages, run
 from .dnfbase import bare_base, fault_of_groups
 from .sandbox import CREATEREPO, FILE_REPOSITORIES, HTTP_REPOSITORIES, Sandbox
 
-# The plug-ins of the test machine are off, because one of them keeps every installed package.
+# The plug-ins of the test machine are off, because one of these plug-ins keeps every installed package.
 _MAIN_CONFIGURATION = """\
 [main]
 gpgcheck=1
@@ -123,8 +123,8 @@ def _populate_root(sandbox, packages):
 
 
 def _redirect_default_database(root):
-    """Lets programs with another default place find the database. The rpm of some distributions looks for the database
-    in the home directory, and dnf runs rpmkeys without an option for the place."""
+    """Makes the database available at the default location of this machine's rpm, too. In some distributions this is
+    the home directory, and dnf runs rpmkeys without an option for the location."""
     default = run(["rpm", "--eval", "%{_dbpath}"]).strip()
     place = os.path.join(root, default.lstrip("/"))
     if not os.path.lexists(place):

@@ -3,7 +3,7 @@
 
 
 class Package(object):
-    """The description of one rpm, and its place.
+    """The description of one rpm, and its use in the sandbox.
 
     repo       the repository that contains it: "http", "file", "updates", "disabled" or "signed"
     state      "user" if it is installed by name, "dependency" if another package must bring it in, "group" if it

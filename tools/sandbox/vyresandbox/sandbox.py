@@ -89,7 +89,7 @@ class Sandbox(object):
 
     @property
     def without_groups(self):
-        """The reason why no group is installed; empty if groups can be used."""
+        """The reason why no group is installed; empty if dnf can use groups."""
         try:
             with open(os.path.join(self.directory, "without-groups")) as stream:
                 return stream.read()
@@ -168,8 +168,9 @@ class Sandbox(object):
     def environment(self):
         """The environment for a program that works on this sandbox.
 
-        The home directory belongs to the sandbox, so that its settings do not mix with the user's. It also contains the
-        place of the database for rpm's tools, because the default of some distributions is in the home directory.
+        The home directory belongs to the sandbox, so that its settings do not mix with the user's settings. It also
+        contains the database's location for rpm's tools, because some distributions have the database in the home
+        directory by default.
         """
         home = os.path.join(self.directory, "home")
         os.makedirs(home, exist_ok=True)

@@ -73,7 +73,7 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
         self.server_close()
 
     def paths(self, status=None):
-        """The requested paths, in order. With a status, only the paths whose answer had this status."""
+        """The requested paths, in order. If a status is given, only the paths whose answers had this status."""
         return [request.path for request in list(self.requests) if status in (None, request.status)]
 
     def handle_error(self, request, client_address):
@@ -150,26 +150,26 @@ class _Handler(BaseHTTPRequestHandler):
 
 
 def status(code):
-    """A fault: answers with an HTTP error."""
+    """Returns a fault that answers with an HTTP error."""
     return lambda handler: handler.send_error(code)
 
 
 def truncated(size):
-    """A fault: announces the whole file, sends only its first bytes and hangs up."""
+    """Returns a fault that announces the whole file, sends only its first bytes and hangs up."""
     return lambda handler: handler.send_file(alter=lambda content: content[:size])
 
 
 def corrupted():
-    """A fault: sends a file of the right size with every byte inverted."""
+    """Returns a fault that sends a file of the right size with every byte inverted."""
     return lambda handler: handler.send_file(alter=lambda content: bytes(255 - byte for byte in content))
 
 
 def paced(bytes_per_second):
-    """A fault: sends the right file slowly."""
+    """Returns a fault that sends the right file slowly."""
     chunk = max(1, bytes_per_second // 20)
     return lambda handler: handler.send_file(chunk=chunk, pause=chunk / bytes_per_second)
 
 
 def hang():
-    """A fault: sends no answer until the server stops."""
+    """Returns a fault that sends no answer until the server stops."""
     return lambda handler: handler.server.stopping.wait()
