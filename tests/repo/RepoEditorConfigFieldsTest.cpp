@@ -12,7 +12,7 @@ class RepoEditorConfigFieldsTest : public ShownForm
 
 private Q_SLOTS:
     void itIsBlankAtFirst();
-    void theFieldsHaveTheirLabels();
+    void theFieldsHaveTheExpectedLabels();
     void theBoxesHaveThreeItems();
     void theDefaultsAreShown_data();
     void theDefaultsAreShown();
@@ -40,7 +40,7 @@ void RepoEditorConfigFieldsTest::itIsBlankAtFirst()
     QCOMPARE(changes->size(), 0);
 }
 
-void RepoEditorConfigFieldsTest::theFieldsHaveTheirLabels()
+void RepoEditorConfigFieldsTest::theFieldsHaveTheExpectedLabels()
 {
     QStringList labels;
     for (const QLabel* each : window->findChildren<QLabel*>()) {

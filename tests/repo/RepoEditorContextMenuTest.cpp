@@ -26,7 +26,7 @@ private Q_SLOTS:
 
     void editSignalsTheRow();
     void browseOpensTheUrl();
-    void browseHasItsMessageOverTheView();
+    void browseShowsItsMessageOverTheView();
     void withoutARowNothingCanBeChosen();
     void aRemovedRowIsNotEdited();
 
@@ -98,7 +98,7 @@ void RepoEditorContextMenuTest::browseOpensTheUrl()
     QCOMPARE(edits.size(), 0);
 }
 
-void RepoEditorContextMenuTest::browseHasItsMessageOverTheView()
+void RepoEditorContextMenuTest::browseShowsItsMessageOverTheView()
 {
     conf->entries[0].baseurl.clear();
     const AnsweringUser user;

@@ -19,7 +19,7 @@ class RepoEditorDialogWindowTest : public ShownEditor
 
 private Q_SLOTS:
     void theWindowHasTheExpectedContents();
-    void theButtonsHaveTheirToolTips();
+    void theButtonsHaveTheExpectedToolTips();
     void itFitsASmallScreen();
     void aLongIdentifierDoesNotWidenTheWindow();
     void theStatusIsNotCutOff();
@@ -72,7 +72,7 @@ void RepoEditorDialogWindowTest::theWindowHasTheExpectedContents()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::theButtonsHaveTheirToolTips()
+void RepoEditorDialogWindowTest::theButtonsHaveTheExpectedToolTips()
 {
     const QList<QPair<const char*, const char*>> toolTips{
         {"Browse Repository",

@@ -30,7 +30,7 @@ private Q_SLOTS:
     void readTextIsWrittenUnchanged();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
-    void otherKindsOfFilesHaveTheirState();
+    void otherKindsOfFilesHaveTheExpectedState();
     void readingNeverBlocks();
     void allNamesOfAFileHaveTheSameNumber();
     void pathsAreMadeCanonical_data();
@@ -143,7 +143,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf("[a]\n[main]\n#" + whole), int(File::LeftAlone));
 }
 
-void RepoFileTest::otherKindsOfFilesHaveTheirState()
+void RepoFileTest::otherKindsOfFilesHaveTheExpectedState()
 {
     QCOMPARE(int(File::read(path("x")).state), int(File::Missing));
     QCOMPARE(int(File::read(path("none/x")).state), int(File::Missing));

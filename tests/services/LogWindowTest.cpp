@@ -51,14 +51,14 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void windowHasItsTextsAndRanges();
+    void windowHasTheExpectedTextsAndRanges();
     void mainWindowIsNotTheParent();
     void openingShowsTheWholeHistoryScrolledToTheBottom();
     void entriesAboveTheLevelAreNotShown();
     void levelIsComparedUnsigned();
     void infoIsMinorFromLevelTenOn();
-    void kindsHaveTheirColours_data();
-    void kindsHaveTheirColours();
+    void eachKindHasTheExpectedColour_data();
+    void eachKindHasTheExpectedColour();
     void coloursAreReadableOnADarkBackground();
     void actionIsAHeading();
     void linesAreStackedWithoutSpace();
@@ -138,7 +138,7 @@ QColor LogWindowTest::colourOf(int line) const
     return format.hasProperty(QTextFormat::ForegroundBrush) ? format.foreground().color() : QColor();
 }
 
-void LogWindowTest::windowHasItsTextsAndRanges()
+void LogWindowTest::windowHasTheExpectedTextsAndRanges()
 {
     QCOMPARE(window->windowTitle(), QString("VYRE Log"));
     QCOMPARE(window->findChild<QLabel*>()->text(), QString("Detail level"));
@@ -231,7 +231,7 @@ void LogWindowTest::infoIsMinorFromLevelTenOn()
     QCOMPARE(colourOf(1), QColor(Colors::minor()));
 }
 
-void LogWindowTest::kindsHaveTheirColours_data()
+void LogWindowTest::eachKindHasTheExpectedColour_data()
 {
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("colour");
@@ -243,7 +243,7 @@ void LogWindowTest::kindsHaveTheirColours_data()
     QTest::newRow("any other") << 17 << Colors::error();
 }
 
-void LogWindowTest::kindsHaveTheirColours()
+void LogWindowTest::eachKindHasTheExpectedColour()
 {
     QFETCH(int, kind);
     QFETCH(QString, colour);

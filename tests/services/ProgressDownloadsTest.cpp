@@ -29,7 +29,7 @@ private Q_SLOTS:
     void tipShowsNamesAsPlainText();
     void twentyCompleteDownloadsAreListed();
     void twentyOneCompleteDownloadsAreOneRow();
-    void labelsHaveTheirColours();
+    void labelsHaveTheExpectedColours();
     void tipDisappearsAtTheEndOfTheOperation();
 };
 
@@ -279,7 +279,7 @@ void ProgressDownloadsTest::twentyOneCompleteDownloadsAreOneRow()
              QStringList({"21 downloads: Complete", "package-21: Retrying", "1 downloads: Not Started Yet"}));
 }
 
-void ProgressDownloadsTest::labelsHaveTheirColours()
+void ProgressDownloadsTest::labelsHaveTheExpectedColours()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 4, 10);

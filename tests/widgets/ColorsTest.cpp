@@ -37,8 +37,8 @@ class ColorsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachMeaningHasItsName_data();
-    void eachMeaningHasItsName();
+    void eachMeaningHasTheExpectedColour_data();
+    void eachMeaningHasTheExpectedColour();
     void aTranslationMayChooseAnotherColor();
     void aRequiredFieldIsColoredUnlessDisabled();
     void theRequiredColorIsKeptForTheRun();
@@ -57,7 +57,7 @@ using Maker = QPalette (*)(const QPalette&);
 Q_DECLARE_METATYPE(Name)
 Q_DECLARE_METATYPE(Maker)
 
-void ColorsTest::eachMeaningHasItsName_data()
+void ColorsTest::eachMeaningHasTheExpectedColour_data()
 {
     QTest::addColumn<Name>("function");
     QTest::addColumn<QString>("name");
@@ -74,7 +74,7 @@ void ColorsTest::eachMeaningHasItsName_data()
     QTest::newRow("okBg") << &Colors::okBg << "lightgreen";
 }
 
-void ColorsTest::eachMeaningHasItsName()
+void ColorsTest::eachMeaningHasTheExpectedColour()
 {
     QFETCH(Name, function);
     QFETCH(QString, name);

@@ -50,7 +50,7 @@ class PackageTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void enumeratorsHaveTheirNumbers()
+    void enumeratorsHaveTheExpectedNumbers()
     {
         QCOMPARE(int(Package::Updatable), 0);
         QCOMPARE(int(Package::Available), 1);
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QVERIFY(variant.value<Package::Entry*>() == &entry);
     }
 
-    void statesAndKindsHaveTheirTexts()
+    void statesAndKindsHaveTheExpectedTexts()
     {
         const YumIO yumIO;
         Package::Entry entry;

@@ -23,7 +23,7 @@ class WordsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void actionsHaveTheirWords()
+    void actionsHaveTheExpectedWords()
     {
         QCOMPARE(all<Package::Action>(&Words::of, Package::None),
                  (QStringList{"", "Update", "Install", "Remove", "No Action", ""}));
@@ -31,7 +31,7 @@ private Q_SLOTS:
                  (QStringList{"", "Update package", "Install package", "Remove package", "", ""}));
     }
 
-    void statesHaveTheirWords()
+    void statesHaveTheExpectedWords()
     {
         QCOMPARE(all<Package::State>(&Words::of, Package::Installed),
                  (QStringList{"", "Out-of-date", "Not Installed", "Up-to-date", ""}));
@@ -43,7 +43,7 @@ private Q_SLOTS:
                               ""}));
     }
 
-    void kindsHaveTheirWords()
+    void kindsHaveTheExpectedWords()
     {
         QCOMPARE(all<Package::Kind>(&Words::of, Package::Ordinary),
                  (QStringList{"", "Suite", "Group", "Package", ""}));

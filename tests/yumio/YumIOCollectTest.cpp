@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("sys.getrefcount(it.available[0])").toInt(), references);
     }
 
-    void recordHasItsTexts()
+    void recordHasTheExpectedTexts()
     {
         backEnd->run(
             "it.installed = [Package('tool', relativepath='t/tool.rpm'), Package('other', group='Suite')]");
@@ -526,7 +526,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->entry("lib49", "i386")->duplicate);
     }
 
-    void groupsHaveTheirStates()
+    void groupsHaveTheExpectedStates()
     {
         backEnd->run(
             "it.updates = [Package('fresh', '2.0')]\n"

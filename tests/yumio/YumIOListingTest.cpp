@@ -178,7 +178,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().downloadSize, quint64(70000));
     }
 
-    void itemWithoutARecordHasItsWeights_data()
+    void itemWithoutARecordHasTheExpectedWeights_data()
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<quint64>("download");
@@ -196,7 +196,7 @@ private Q_SLOTS:
         QTest::addRow("11") << 11 << quint64(0) << quint64(0);
     }
 
-    void itemWithoutARecordHasItsWeights()
+    void itemWithoutARecordHasTheExpectedWeights()
     {
         QFETCH(int, action);
         QFETCH(quint64, download);
@@ -223,7 +223,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("lib", "i386")->txAction, Package::Install);
     }
 
-    void itemsHaveTheirWeights_data()
+    void itemsHaveTheExpectedWeights_data()
     {
         QTest::addColumn<int>("action");
         QTest::addColumn<quint64>("size");
@@ -256,7 +256,7 @@ private Q_SLOTS:
         row(11, 200000, 100000, 0, 0, 0, Package::None);
     }
 
-    void itemsHaveTheirWeights()
+    void itemsHaveTheExpectedWeights()
     {
         QFETCH(int, action);
         QFETCH(quint64, size);

@@ -317,7 +317,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("libslate", "i386")->state, Package::Available);
     }
 
-    void groupsHaveTheirStates()
+    void groupsHaveTheExpectedStates()
     {
         SKIP_WITHOUT_GROUPS();
         QCOMPARE(backEnd->group("Games")->state, Package::Available);
@@ -334,7 +334,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getChangeLog(arts), QString());
     }
 
-    void suitesHaveTheirKind()
+    void suitesHaveTheExpectedKind()
     {
         QCOMPARE(yumIO().getKind(*backEnd->entry("vyre-office-suite")), QString("Suite of packages"));
         const Package::Entry& suite = *backEnd->entry("vyre-network-suite");
@@ -408,7 +408,7 @@ private Q_SLOTS:
         QVERIFY(orchard.searchChangeLog.startsWith("* "));
     }
 
-    void groupHasItsSearchTexts()
+    void groupHasTheExpectedSearchTexts()
     {
         SKIP_WITHOUT_GROUPS();
         QCOMPARE(QByteArray(backEnd->group("Arts")->searchTexts).replace('\0', "|"),
