@@ -46,7 +46,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("root");
         QTest::newRow("empty") << QByteArray("") << "";
         QTest::newRow("the running system") << QByteArray("/") << "";
-        QTest::newRow("the running system, written oddly") << QByteArray("/srv/..//") << "";
+        QTest::newRow("the running system with a longer path") << QByteArray("/srv/..//") << "";
         QTest::newRow("plain") << QByteArray("/srv/image") << "/srv/image";
         QTest::newRow("slash at the end") << QByteArray("/srv/image/") << "/srv/image";
         QTest::newRow("slashes at the end") << QByteArray("/srv/image//") << "/srv/image";

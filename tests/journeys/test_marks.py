@@ -53,7 +53,7 @@ class MarksTest(JourneyTest):
             wait_line('Listed: 3   Selected: 1   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
             driver.key('ctrl+a')
             wait_line('Listed: 3   Selected: 3   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
-            # The marks of other rows count too.
+            # The line also counts the marks of unlisted rows.
             self.list_packages(window, 'barometer')
             wait_line('Listed: 1   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: ')
             self.picture('line-below-the-table')

@@ -340,7 +340,7 @@ class BrokenFileTest(EditingTest):
             editor.toggle('sandbox-file', PERMANENT)
             editor.click_button('Reset All')
             self.check_reported(window.program)
-            # Writing the other repositories must not delete the unread ones.
+            # Writing the other repositories must not delete the unread repositories.
             os.unlink(self.repo_path('broken.repo'))
             del files[self.repo_path('broken.repo')]
             editor.click_button('Cancel')

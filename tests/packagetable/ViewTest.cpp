@@ -421,7 +421,7 @@ void ViewTest::compareWithEveryCellMeasured()
 void ViewTest::columnsAreAsWideAsTheirWidestCell_data()
 {
     QTest::addColumn<QFont>("font");
-    QTest::newRow("as it is") << QApplication::font();
+    QTest::newRow("default font") << QApplication::font();
     for (const char* family : {"DejaVu Sans", "DejaVu Serif", "Noto Sans", "DejaVu Sans Mono"}) {
         for (const int size : {7, 9, 14}) {
             QTest::addRow("%s %d", family, size) << QFont(QString::fromLatin1(family), size);

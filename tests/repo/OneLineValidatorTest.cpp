@@ -22,19 +22,18 @@ void OneLineValidatorTest::lineBreaksAreRemoved_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("oneLine");
-    QTest::newRow("none") << "a b"
-                          << "a b";
+    QTest::newRow("no line break") << "a b"
+                                   << "a b";
     QTest::newRow("at the end") << "updates\n"
                                 << "updates";
     QTest::newRow("several at the end") << "updates\r\n\n"
                                         << "updates";
-    QTest::newRow("nothing else") << "\n"
-                                  << "";
+    QTest::newRow("only a line break") << "\n"
+                                       << "";
     QTest::newRow("between words") << "a\nb\rc"
                                    << "a b c";
-    QTest::newRow("of other kinds") << QStringLiteral("a") + QChar(0x2028) + QStringLiteral("b") +
-                                           QChar(0x2029)
-                                    << "a b";
+    QTest::newRow("other line breaks")
+        << QStringLiteral("a") + QChar(0x2028) + QStringLiteral("b") + QChar(0x2029) << "a b";
     QTest::newRow("before a blank") << "a\n  b"
                                     << "a\n  b";
     QTest::newRow("before a tab") << "a\n\tb"

@@ -582,7 +582,7 @@ void PasswdEditTest::theSelectionIsMaskedForOtherPrograms()
     QVERIFY(QGuiApplication::clipboard()->supportsSelection());
     drag(0, text().size());
     QCOMPARE(QGuiApplication::clipboard()->text(QClipboard::Selection), maskedText());
-    // With keys.
+    // The selection is also masked if the user selects with keys.
     QGuiApplication::clipboard()->clear(QClipboard::Selection);
     press(Qt::Key_Home, wholeText() | Qt::ShiftModifier);
     press(Qt::Key_F5);

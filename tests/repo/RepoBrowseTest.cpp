@@ -120,10 +120,10 @@ void RepoBrowseTest::variablesAreExpanded_data()
                                   << "http://h/x86_64_v2/";
     QTest::newRow("every occurrence") << "http://h/$basearch/$arch/$basearch/$arch"
                                       << "http://h/x86_64/x86_64_v2/x86_64/x86_64_v2";
-    QTest::newRow("of another case") << "http://h/$BaseArch/$ARCH"
-                                     << "http://h/$BaseArch/$ARCH";
-    QTest::newRow("others") << "http://h/$uuid"
-                            << "http://h/$uuid";
+    QTest::newRow("other letter case") << "http://h/$BaseArch/$ARCH"
+                                       << "http://h/$BaseArch/$ARCH";
+    QTest::newRow("unknown variable") << "http://h/$uuid"
+                                      << "http://h/$uuid";
 }
 
 void RepoBrowseTest::variablesAreExpanded()

@@ -145,9 +145,9 @@ void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused_data()
     QTest::newRow("number sign") << "a#b"
                                  << "" << characters;
     QTest::newRow("zero") << QString(QChar(0)) << "" << characters;
-    QTest::newRow("other signs") << "Main-$basearch_1.2:3-${releasever}"
-                                 << ""
-                                 << "";
+    QTest::newRow("other characters") << "Main-$basearch_1.2:3-${releasever}"
+                                      << ""
+                                      << "";
     QTest::newRow("brackets within a line of options") << "x"
                                                        << "a=[b]\n#[c]\n"
                                                        << "";

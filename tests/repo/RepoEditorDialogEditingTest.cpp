@@ -294,9 +294,9 @@ void RepoEditorDialogEditingTest::acceptedTextsAreReadBack_data()
     QTest::newRow("usual") << "new"
                            << "http://h/new"
                            << "priority=1\n";
-    QTest::newRow("other signs") << "Main-$basearch_1.2:3-${releasever}"
-                                 << "http://h/new"
-                                 << "";
+    QTest::newRow("other characters") << "Main-$basearch_1.2:3-${releasever}"
+                                      << "http://h/new"
+                                      << "";
     QTest::newRow("no URLs at all") << "new"
                                     << "[x]\nenabled=0\n#"
                                     << "";

@@ -268,7 +268,7 @@ void YumConfIOFailuresTest::aFullDiskIsReported()
     QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d")))
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
              QStringList({QStringLiteral("a.repo"), QStringLiteral("b.repo"), QStringLiteral("filler")}));
-    // With enough space, both are written.
+    // With enough space, both files are written.
     QVERIFY(QFile::remove(repoPath(QStringLiteral("filler"))));
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));

@@ -14,7 +14,7 @@ marks    install, update, remove, group_install, group_update, group_remove: the
          table does not permit is "refused" with "not in the table" or "not permitted"
 dnf      the dnf command line for the same operation
 config   lines of the main configuration file; {plugins} is the directory of the plug-ins' settings
-repos    the repositories beside the usual ones, as names or pairs of name and further lines; {root} is the root of the
+repos    the additional repositories, as names or as pairs of a name and further lines; {root} is the root of the
          sandbox
 before   changes of the root before it is copied: dnf command lines, or functions with the root as their argument
 differs  the name of a row of the manual's table "Differences from dnf", and the result of VYRE, as in expect

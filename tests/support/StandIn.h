@@ -30,7 +30,7 @@ public:
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // As long as this is set, collections and the loading of file lists wait.
+    // While this flag is set, collections and the loading of file lists wait.
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);

@@ -382,7 +382,7 @@ private Q_SLOTS:
                                  << "unclosed token";
         QTest::newRow("cut off between packages") << "<metadata packages=\"2\">" + one << "no element found";
         QTest::newRow("empty") << QByteArray() << "Unrecognized archive format";
-        QTest::newRow("something else")
+        QTest::newRow("another document")
             << QByteArray("<html><p>Log in</p></html>") << "\"html\" where \"metadata\" is expected";
         QTest::newRow("no document") << QByteArray("Log in") << "syntax error";
         QTest::newRow("given an end") << "<metadata packages=\"3\">" + one + one + "</metadata>"

@@ -173,7 +173,7 @@ private Q_SLOTS:
     void recordPointersCanBeStoredInVariants()
     {
         const YumIO yumIO;
-        // This runs before any code here uses the type directly, which would register it.
+        // A direct use of the type would register it, so this lookup by its name must come first.
         const int registered = QMetaType::type("Package::Entry*");
         QVERIFY(registered != QMetaType::UnknownType);
         QCOMPARE(qMetaTypeId<Package::Entry*>(), registered);

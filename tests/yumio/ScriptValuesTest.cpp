@@ -335,14 +335,14 @@ private Q_SLOTS:
         const QString notUnderstood = "Internal error: package size not understood";
         QTest::newRow("number") << "5000000000" << quint64(5000000000) << "";
         QTest::newRow("text") << "'123'" << quint64(123) << "";
-        QTest::newRow("odd text") << "'many'" << quint64(0) << notUnderstood + ": many";
+        QTest::newRow("invalid text") << "'many'" << quint64(0) << notUnderstood + ": many";
         QTest::newRow("function") << "lambda: 77" << quint64(77) << "";
         QTest::newRow("function with a text") << "lambda: '78'" << quint64(78) << "";
-        QTest::newRow("function with an odd text")
+        QTest::newRow("function with an invalid text")
             << "lambda: 'few'" << quint64(0) << notUnderstood + ": few";
-        QTest::newRow("function with something else")
+        QTest::newRow("function without a number")
             << "lambda: None" << quint64(0) << "Internal error: package size result not understood";
-        QTest::newRow("something else") << "None" << quint64(0) << notUnderstood;
+        QTest::newRow("no number") << "None" << quint64(0) << notUnderstood;
     }
 
     void sizesAreRead()

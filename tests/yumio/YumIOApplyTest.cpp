@@ -154,7 +154,7 @@ private Q_SLOTS:
         mark("kernel", Package::Remove);
         QVERIFY(!apply());
         QCOMPARE(given(), QString("; ; kernel6.1 kernel6.2 kernel6.3; ; ; "));
-        // For an update, this is the installed version that it replaces.
+        // If a removed package has an update, the script gets the installed version of the package.
         mark("kernel", Package::None);
         mark("fresh", Package::Remove);
         backEnd->run("it.calls.clear()");

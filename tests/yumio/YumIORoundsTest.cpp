@@ -197,7 +197,7 @@ private Q_SLOTS:
             backEnd->entry("astrolabe")->action = installs ? Package::Install : Package::Remove;
             QVERIFY2(backEnd->yumIO.apply(), qPrintable(backEnd->log().join('\n')));
             QCOMPARE(backEnd->answers.takeTexts("Apply").count(), 1);
-            // Like the program after a transaction.
+            // The program does the same after a transaction.
             backEnd->yumIO.clearEntries();
             QVERIFY(backEnd->collect());
             QCOMPARE(backEnd->answers.take().count(), 0);

@@ -33,7 +33,7 @@ private:
         return lines;
     }
 
-    // Like the program after every change.
+    // Collects the packages again, as the program does after every change.
     void collectAgain(const QHash<QString, bool>& repoEnable = {})
     {
         yumIO().clearEntries();

@@ -17,7 +17,7 @@ LITTLE_SPACE = 1 << 20
 
 
 def spaceHint(directory, needed=LITTLE_SPACE):
-    """A last line for a message if a directory has less free space than needed; otherwise an empty text. needed: bytes.
+    """A last line for a message if a directory has less free space than needed, in bytes. Otherwise an empty text.
 
     librepo and rpm report a full disk as damaged files, or not at all.
     """

@@ -243,7 +243,7 @@ def _versions():
         Package("quillbase", "2.4", "Data base of pens", epoch=1, state="user", license="MIT"),
         Package("quillbase", "1.0", "Data base of pens", epoch=2, repo="updates", changelog="update", license="MIT"),
         Package("epochal", "0.1", "Counts the ages", epoch=3, arch="noarch"),
-        # Its update needs a library that does not exist.
+        # The update of tidewatch needs a library that does not exist.
         Package("tidewatch", "1.0", "Tide tables", state="user", arch="noarch"),
         Package("tidewatch", "2.0", "Tide tables", repo="updates", changelog="update", arch="noarch",
                 relations=[("Requires", "libtide.so.9()(64bit)")]),
