@@ -24,12 +24,12 @@ RUNTIME_DIRECTORIES = '/run/user'
 
 
 def shown(text):
-    """The text for a message, on one line."""
+    """Returns the text for a message: on one line, in quotation marks."""
     return '"' + ''.join(c if c.isprintable() else '?' for c in text) + '"'
 
 
 class Refusal(Exception):
-    """Nothing was opened; the text says why."""
+    """Raised if nothing was opened. The text of the exception gives the reason."""
 
 
 def caller(what):
@@ -124,10 +124,10 @@ def start(what, commands):
 
 
 def show(text):
-    """Show a message on the display, with an available program: a desktop does not show the output of programs."""
+    """Show a message in a window of an available program, because a desktop does not show the output of programs."""
     given = dict(os.environ)
     # zenity and kdialog both replace a backslash and the letter after it. kdialog also guesses whether a text is rich
-    # text. So it gets rich text that contains the escaped text.
+    # text. So kdialog gets rich text that contains the escaped text.
     escaped = text.replace('\\', '\\\\')
     rich = '<qt><p style="white-space: pre-wrap">' + html.escape(text).replace('\\', '&#92;') + '</p></qt>'
     for command in (['zenity', '--error', '--no-markup', '--title=VYRE', '--text=' + escaped],

@@ -38,8 +38,8 @@ def ownPackage():
     """Allows imports from the package beside this file within a scope.
 
     The program runs as root. Therefore this function names the directory of the package: Python must never import a
-    package of the same name from another directory. Python writes no compiled files. So the share directory keeps its
-    installed contents, and a start needs less than a tenth of a second to compile the modules.
+    package of the same name from another directory. Python writes no compiled files, so that the share directory keeps
+    its installed contents. Each start compiles the modules, in less than a tenth of a second.
     """
     forgetOwnPackage()
     directory = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'vyre')
@@ -104,8 +104,8 @@ class All:
 
 
 def withReason(method):
-    """Gives exceptions a complete attribute "value". The program shows this attribute. In some exceptions of dnf, it
-    has only a part of the text, or no text.
+    """Completes the attribute "value" of dnf's exceptions, because the program shows this attribute. In some of dnf's
+    exceptions, the attribute has only a part of the text, or no text.
     """
     @functools.wraps(method)
     def explained(*args):
@@ -138,9 +138,9 @@ class YumIO:
         self.outdated = False
         # Pairs from the last collection: an installed package, and the package that replaces it.
         self.replacements = []
-        # The marked objects that the last transaction has left out because they are impossible.
+        # The marked objects that the last transaction has left out, because their marks cannot be carried out.
         self.leftOut = []
-        # The names of the left out packages, with the reasons; empty until the user confirms the transaction.
+        # The names of the objects in leftOut, with the reasons; empty until the user confirms the transaction.
         self.leftOutReasons = ''
         # Pairs from the last collection: an update, and the installed package of another bi-arch class that the update
         # replaces.
@@ -334,7 +334,7 @@ class YumIO:
         try:
             del base._ts
             base.reset(goal=True)
-            # The same check follows before rpm's work. The first one prevents useless listings and downloads.
+            # The same check follows before rpm's work. This first check prevents useless listings and downloads.
             with DatabaseLock(tr('Resolve Dependencies')):
                 self._checkCurrent()
             marks, leftOut, reasons = resolveMarks(

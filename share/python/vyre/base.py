@@ -50,11 +50,11 @@ class Base(dnf.Base):
         # only logged.
         self.remarks = []
         self._remarked = set()
-        self.plugInFault = ''  # why the plug-ins cannot be used; not empty: every operation fails
+        self.plugInFault = ''  # why the plug-ins cannot be used; every operation fails unless this is empty
         self._plugInStamp = None
 
     def renew(self, conf):
-        """Begin again with another configuration. The object stays the same, because other objects refer to it."""
+        """Begin again with another configuration. The object stays the same, because the program refers to it."""
         kept = self.remarks, self._remarked
         self.end()
         forgetPlugIns()
@@ -187,8 +187,8 @@ class Base(dnf.Base):
                 logging.getLogger('dnf').warning('%s', e)
 
     def _add_repo_to_sack(self, repo):
-        # dnf downloads change logs with the other metadata. It does not load them here, because most runs do not need
-        # them.
+        # dnf downloads change logs with the other metadata. This function does not load the change logs, because most
+        # runs do not need them.
         repo.load_metadata_other = True
         try:
             repo.load()
@@ -216,7 +216,7 @@ class Base(dnf.Base):
             self._checkDocuments(repo)
 
     def _caches(self, repo):
-        """The files in which dnf stores the metadata of a repository in a form that it reads faster."""
+        """The files in which dnf stores the metadata of a repository in a form that dnf reads faster."""
         return [os.path.join(self.conf.cachedir, repo.id + ending)
                 for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
 

@@ -64,7 +64,7 @@ def namesByLine(base, module):
     """
     found = {}
     for line in module._read_locklist():
-        if line.startswith('!'):  # the line excludes a version
+        if line.startswith('!'):  # this line excludes a version, and locks nothing
             continue
         names = found.setdefault(line, set())
         for nevra in dnf.subject.Subject(line).get_nevra_possibilities(forms=list(FORMS)):
