@@ -24,7 +24,7 @@ private Q_SLOTS:
     void valuesCanBeSelectedAndCopied();
     void filesAreShown();
     void changeLogIsShown();
-    void windowsAreAliveWhileAChangeLogIsRead();
+    void windowsRespondWhileAChangeLogIsRead();
     void closingEndsTheWaitForALock();
     void nameWithAPercentSignIsUnchangedInTheTitles();
     void emptyListsAreShownAsEmpty();
@@ -268,7 +268,7 @@ void DescribeAreaTest::changeLogIsShown()
     });
 }
 
-void DescribeAreaTest::windowsAreAliveWhileAChangeLogIsRead()
+void DescribeAreaTest::windowsRespondWhileAChangeLogIsRead()
 {
     available({{"waiting", true}});
     describe("it", [this](Dialog& shown) {

@@ -24,7 +24,7 @@ class ShownForm : public QObject
 protected:
     const QString vantorUrl = QStringLiteral("http://h/vantor?user=bob&word=secret&path=/x");
 
-    // An ordinary repository, one with vantor credentials, and one with other kinds of passwords.
+    // Three repositories: without credentials, with vantor credentials, and with other kinds of passwords.
     static Repo::Entry usual();
     Repo::Entry vantor() const;
     static Repo::Entry withPasswords();

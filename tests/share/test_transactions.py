@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Transactions from the marked actions to the changed system."""
+"""Tests of transactions, from the marked actions to the changed system."""
 
 import glob
 import gzip

@@ -165,7 +165,7 @@ def click_at(x, y, button=1):
 
 
 def key(*names):
-    # For a function key, xdotool needs the code. From the name, it also presses Alt with some keyboard descriptions.
+    # With some keyboard descriptions, the name of a function key makes xdotool press Alt too. So its code is used.
     codes = [re.sub(r'\bF([1-9]|10)$', lambda found: str(66 + int(found.group(1))), name) for name in names]
     xdotool('key', '--clearmodifiers', *codes)
 

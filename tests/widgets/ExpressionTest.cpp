@@ -322,7 +322,7 @@ private Q_SLOTS:
         }
     }
 
-    void testRunsInALocaleWithMultibyteCharacters()
+    void localeHasMultibyteCharacters()
     {
         // In another locale, the tests above would not test such characters.
         Expression expression;

@@ -35,7 +35,7 @@ private Q_SLOTS:
 
     void cleanupTestCase() { backEnd.reset(); }
 
-    // One package and one group.
+    // Each test starts with one package and one group.
     void init()
     {
         backEnd->renew();

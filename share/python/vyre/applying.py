@@ -36,7 +36,7 @@ def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
     transaction = base.transaction or []
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
-    # If only groups and streams change, dnf changes them in spite of this flag.
+    # If only groups and streams change, dnf changes them although "test" is set.
     if transaction and 'test' in base.conf.tsflags:
         introduceListing(tr('This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
                             'it installs, updates and removes nothing.\n\n'))

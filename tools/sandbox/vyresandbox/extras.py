@@ -27,8 +27,8 @@ REPOSITORIES = ("extra-modules", "extra-advisories", "extra-zchunk", "extra-zstd
 
 PLATFORM = "platform:larkspur9"
 
-# Packages with one change log may be built together, and newer versions of rpm then give the module label of one
-# package to all of these packages. So the packages of modules have a separate change log.
+# Packages with the same change log may be built together. Newer versions of rpm then give the module label of one
+# package to all of them. So the packages of modules have a separate change log.
 CHANGELOGS = {"modular": CATALOGUE_CHANGELOGS["first"]}
 
 
