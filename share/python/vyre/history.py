@@ -99,7 +99,7 @@ def refuseHistory(base, text):
 
 
 def endHistory(base):
-    """Mark a transaction that rpm has not begun as failed. Otherwise it looks like an interrupted transaction."""
+    """Record that the transaction failed before rpm began it. Otherwise it looks like an interrupted transaction."""
     try:
         for item in base.transaction or []:
             item.state = libdnf.transaction.TransactionItemState_ERROR

@@ -90,7 +90,8 @@ class DatabaseLock:
         while not self._taken():
             waited = True
             holder = self._holder()
-            # This is called each time, even with the same text: the program may raise an exception to end the wait.
+            # showActivity() is called each time, even with the same text, because the program may raise an exception
+            # in this call to end the wait.
             if holder:
                 showActivity(tr('Waiting for {}, which uses the package database').format(holder))
             else:
@@ -203,7 +204,7 @@ def hasEnded(number):
 
 
 def usesPackages(number):
-    """Whether a process has loaded rpm's library, as every holder of a lock has. True if this is unknown."""
+    """Whether a process has loaded rpm's library. Every holder of a lock has loaded it. True if this is unknown."""
     try:
         with open('/proc/{}/maps'.format(number), 'rb') as maps:
             return any(b'/librpm' in line for line in maps)

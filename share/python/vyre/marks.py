@@ -77,7 +77,7 @@ class Judged(Exception):
 
 
 def markAll(base, marks, strict=True):
-    """Add the marks to the goal. If strict is set, the goal has no solution if one mark cannot be carried out."""
+    """Add the marks to the goal. With strict, a single mark that cannot be carried out makes the goal unsolvable."""
     for package in marks.removes:
         base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
     versions = installedVersions(base) if marks.installs or marks.updates else {}

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The output of the script: standard streams, the log, the log files, the text on the bar, additions to the listing.
 
-Every thread that holds the interpreter's lock may use it.
+Every thread that holds the interpreter's lock may use this module.
 """
 
 import logging
