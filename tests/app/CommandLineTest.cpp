@@ -139,7 +139,7 @@ private Q_SLOTS:
         QTest::newRow("--mode=fil") << Options{"--mode=fil"} << 0;
         QTest::newRow("--mode= after search") << Options{"-m", "search", "--mode="} << 0;
         QTest::newRow("--mo=search") << Options{"--mo=search"} << 1;
-        QTest::newRow("the last one wins") << Options{"-m", "filter", "--mode=search"} << 1;
+        QTest::newRow("the last is used") << Options{"-m", "filter", "--mode=search"} << 1;
     }
 
     void anyBeginningOfTheNameSelectsAMode()
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QTest::newRow("empty") << Options{"-e", ""} << "";
         QTest::newRow("not only ASCII")
             << Options{"-e", "Gr\xc3\xb6\xc3\x9f"} << QString::fromUtf8("Gr\xc3\xb6\xc3\x9f");
-        QTest::newRow("the last one wins") << Options{"-e", "a", "-e", "b"} << "b";
+        QTest::newRow("the last is used") << Options{"-e", "a", "-e", "b"} << "b";
     }
 
     void expressionOfTheOptionIsInTheEdit()
@@ -263,7 +263,7 @@ private Q_SLOTS:
                  (QStringList{"disableRepo base", "enableRepo extras"}));
     }
 
-    void theLastMatchingOverrideWins()
+    void theLastMatchingOverrideIsUsed()
     {
         QCOMPARE(repositories({"--enablerepo=extras", "--disablerepo=*"}),
                  (QStringList{"disableRepo base", "disableRepo extras"}));
@@ -278,7 +278,7 @@ private Q_SLOTS:
         QTest::newRow("-H") << QStringList{"-H"};
         QTest::newRow("--help") << QStringList{"--help"};
         QTest::newRow("--he") << QStringList{"--he"};
-        QTest::newRow("after others") << QStringList{"-g", "-m", "search", "--help"};
+        QTest::newRow("after other options") << QStringList{"-g", "-m", "search", "--help"};
         QTest::newRow("before a mistake") << QStringList{"-h", "-d"};
     }
 

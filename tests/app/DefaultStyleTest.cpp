@@ -80,9 +80,9 @@ private Q_SLOTS:
         QTest::newRow("-style=") << QList<QByteArray>{"-style=windows"} << true;
         QTest::newRow("-style= without a name") << QList<QByteArray>{"-style="} << true;
         QTest::newRow("-style") << QList<QByteArray>{"-style", "windows"} << true;
-        QTest::newRow("after others") << QList<QByteArray>{"-g", "foo", "-style=windows"} << true;
-        QTest::newRow("before others") << QList<QByteArray>{"-style", "windows", "-g"} << true;
-        QTest::newRow("only begins like it") << QList<QByteArray>{"-styles"} << false;
+        QTest::newRow("after other options") << QList<QByteArray>{"-g", "foo", "-style=windows"} << true;
+        QTest::newRow("before other options") << QList<QByteArray>{"-style", "windows", "-g"} << true;
+        QTest::newRow("a longer name") << QList<QByteArray>{"-styles"} << false;
         QTest::newRow("-stylesheet") << QList<QByteArray>{"-stylesheet=x"} << false;
         QTest::newRow("two dashes") << QList<QByteArray>{"--style=windows"} << false;
         QTest::newRow("within a word") << QList<QByteArray>{"x-style=windows"} << false;
@@ -98,7 +98,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::palette().color(QPalette::Window) == QColor(Qt::magenta), suppressed);
     }
 
-    void programsOwnNameIsNoOption()
+    void nameOfTheProgramIsNotAnOption()
     {
         char name[] = "-style=windows";
         char* arguments[] = {name};
@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(currentStyle(), QStringLiteral("fusion"));
     }
 
-    void unknownStyleIsIgnoredIfTheUserChoseOne()
+    void unknownDefaultStyleIsIgnoredIfTheUserHasChosenAStyle()
     {
         styleFor({"-style=windows"}).set(*qApp, "Nonesuch");
         QCOMPARE(currentStyle(), QStringLiteral("windows"));

@@ -97,7 +97,7 @@ private Q_SLOTS:
         QCOMPARE(header.pointSize(), headerPoints);
     }
 
-    void fixedIsTheFirstFamilyThatExists_data()
+    void fixedFontHasTheFirstExistingFamily_data()
     {
         QTest::addColumn<QStringList>("families");
         QTest::addColumn<QString>("chosen");
@@ -113,7 +113,7 @@ private Q_SLOTS:
                               << "No Such D";
     }
 
-    void fixedIsTheFirstFamilyThatExists()
+    void fixedFontHasTheFirstExistingFamily()
     {
         QFETCH(QStringList, families);
         QFETCH(QString, chosen);
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QVERIFY(!fixed.bold());
     }
 
-    void fixedIsOneOfTheWellKnownFamilies()
+    void fixedFontHasAWellKnownFamily()
     {
         const QStringList known = {"Bitstream Vera Sans Mono", "DejaVu Sans Mono", "Monospace", "Courier"};
         const QString family = Fonts::makeFixed(QFont("Some Family", 10)).family();

@@ -25,12 +25,12 @@ private Q_SLOTS:
     void duplicatesCanBeLeftOut();
     void groupsCanBeIncluded();
     void textsDependOnTheMode();
-    void searchForAnythingLoadsNothing();
+    void searchForAnyTextLoadsNothing();
     void searchFindsTextsInEveryField();
     void collectionLoadsTheExtraData();
     void extraDataAreLoadedOnceForTheFirstExpression();
     void nothingIsFilteredWhileExtraDataAreLoaded();
-    void brokenExpressionLooksDifferent();
+    void invalidExpressionLooksDifferent();
     void filtersAreAlsoAppliedInSearchMode();
     void textsAreReadForTheExpressionInUse();
     void textsAreReadBeforeNewRecordsAreSearched();
@@ -125,7 +125,7 @@ void MainWindowFilterTest::textsDependOnTheMode()
     }
 }
 
-void MainWindowFilterTest::searchForAnythingLoadsNothing()
+void MainWindowFilterTest::searchForAnyTextLoadsNothing()
 {
     shown->start();
     standIn->forgetCalls();
@@ -228,7 +228,7 @@ void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
     QCOMPARE(filtering, (QList<bool>{true, false, true}));
 }
 
-void MainWindowFilterTest::brokenExpressionLooksDifferent()
+void MainWindowFilterTest::invalidExpressionLooksDifferent()
 {
     shown->start();
     const QColor usual = shown->regexpEdit->palette().color(QPalette::Base);

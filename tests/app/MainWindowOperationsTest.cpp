@@ -20,20 +20,20 @@ private:
     void compareClean(const QString& entry, const char* method);
 
 private Q_SLOTS:
-    void controlsAreDisabledWhileItWorks();
-    void shortcutsDoNothingWhileItWorks();
-    void logCanBeOpenedWhileItWorks();
-    void windowCannotBeClosedWhileItWorks();
-    void quittingIsRefusedWhileItWorks();
+    void controlsAreDisabledWhileAWorkerRuns();
+    void shortcutsDoNothingWhileAWorkerRuns();
+    void logCanBeOpenedWhileAWorkerRuns();
+    void windowCannotBeClosedWhileAWorkerRuns();
+    void quittingIsRefusedWhileAWorkerRuns();
     void operationCanEndWhileTheAboutWindowIsOpen();
-    void nothingWrongIsFilteredWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
-    void nothingWrongIsFoundWhileThePackagesAreReadAgain()
+    void filterIsCorrectWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
+    void searchIsCorrectWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
     void focusReturnsAfterTheOperation();
     void refreshCollectsAgain();
-    void refreshForgetsActionsAndTheirWarning();
+    void refreshClearsActionsAndTheirWarning();
     void cleaningDbcacheCollectsAgain() { compareClean("Clean dbcache", "cleanDbcache"); }
     void cleaningMetadataCollectsAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
@@ -52,7 +52,7 @@ private Q_SLOTS:
     void repositoriesOfATransactionMayNeedCredentials();
 };
 
-void MainWindowOperationsTest::controlsAreDisabledWhileItWorks()
+void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
 {
     shown->start();
     QCOMPARE(usable(), usableWhenReady);
@@ -64,7 +64,7 @@ void MainWindowOperationsTest::controlsAreDisabledWhileItWorks()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowOperationsTest::shortcutsDoNothingWhileItWorks()
+void MainWindowOperationsTest::shortcutsDoNothingWhileAWorkerRuns()
 {
     shown->start();
     QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
@@ -78,7 +78,7 @@ void MainWindowOperationsTest::shortcutsDoNothingWhileItWorks()
     QCOMPARE(standIn->calls("setupRepos"), 1);
 }
 
-void MainWindowOperationsTest::logCanBeOpenedWhileItWorks()
+void MainWindowOperationsTest::logCanBeOpenedWhileAWorkerRuns()
 {
     shown->start();
     bool opened = false;
@@ -91,7 +91,7 @@ void MainWindowOperationsTest::logCanBeOpenedWhileItWorks()
     QTRY_VERIFY(shown->isReady());
 }
 
-void MainWindowOperationsTest::windowCannotBeClosedWhileItWorks()
+void MainWindowOperationsTest::windowCannotBeClosedWhileAWorkerRuns()
 {
     shown->start();
     bool closed = true;
@@ -102,7 +102,7 @@ void MainWindowOperationsTest::windowCannotBeClosedWhileItWorks()
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowOperationsTest::quittingIsRefusedWhileItWorks()
+void MainWindowOperationsTest::quittingIsRefusedWhileAWorkerRuns()
 {
     shown->start();
     QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
@@ -192,7 +192,7 @@ void MainWindowOperationsTest::refreshCollectsAgain()
     QCOMPARE(standIn->calls("setupRepos"), 1);
 }
 
-void MainWindowOperationsTest::refreshForgetsActionsAndTheirWarning()
+void MainWindowOperationsTest::refreshClearsActionsAndTheirWarning()
 {
     shown->start();
     shown->click("tool", ActionColumn);

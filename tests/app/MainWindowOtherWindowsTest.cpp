@@ -24,10 +24,10 @@ private:
 private Q_SLOTS:
     void currentPackageCanBeDescribed();
     void describeIsDisabledWithoutARow();
-    void aNoticeReportsErrorsThatOnlyTheLogHas();
+    void aNoticeReportsErrorsThatAreOnlyInTheLog();
     void aClickOnARowThatCannotBeMarkedSaysWhy();
     void manualsAreOpenedInOtherPrograms();
-    void manualsCanBeOpenedWhileItWorks();
+    void manualsCanBeOpenedWhileAWorkerRuns();
     void aNoticeReportsAMissingManual();
     void shortcutOpensTheLog();
     void menuOpensTheLog();
@@ -113,7 +113,7 @@ void MainWindowOtherWindowsTest::aNoticeReportsAMissingManual()
     }
 }
 
-void MainWindowOtherWindowsTest::aNoticeReportsErrorsThatOnlyTheLogHas()
+void MainWindowOtherWindowsTest::aNoticeReportsErrorsThatAreOnlyInTheLog()
 {
     shown->start();
     const auto notices = [this] {
@@ -168,7 +168,7 @@ void MainWindowOtherWindowsTest::manualsAreOpenedInOtherPrograms()
     compareManuals();
 }
 
-void MainWindowOtherWindowsTest::manualsCanBeOpenedWhileItWorks()
+void MainWindowOtherWindowsTest::manualsCanBeOpenedWhileAWorkerRuns()
 {
     shown->start();
     QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); }, [this] { compareManuals(); }));

@@ -44,7 +44,7 @@ private Q_SLOTS:
     void logStaysClosedWithoutARequest();
 
     void emptyTableSaysWhy();
-    void failedCollectionDoesNotLookLikeNoUpdates();
+    void failedCollectionIsNotShownAsNoUpdates();
     void sizeAndColumnsAreSaved();
     void savedSizeAndColumnsAreRestored();
     void invalidSavedSettingsChangeNothing();
@@ -290,7 +290,7 @@ void MainWindowStartTest::emptyTableSaysWhy()
     QCOMPARE(colours(), 1);
 }
 
-void MainWindowStartTest::failedCollectionDoesNotLookLikeNoUpdates()
+void MainWindowStartTest::failedCollectionIsNotShownAsNoUpdates()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");

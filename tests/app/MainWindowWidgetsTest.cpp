@@ -20,7 +20,7 @@ private Q_SLOTS:
     void menusHaveTheExpectedEntries();
     void menusCanBeTornOff();
     void filterRowHasTheExpectedTexts();
-    void stateBoxGoesFromUpdatableToAll();
+    void stateBoxHasTheEntriesFromUpdatableToAll();
     void buttonsHaveTheExpectedTextsAndToolTips();
     void partsAreInTheExpectedOrder();
     void windowIsWideEnough();
@@ -78,7 +78,7 @@ void MainWindowWidgetsTest::filterRowHasTheExpectedTexts()
     QCOMPARE(shown->groupsBox->toolTip(), QString("Whether or not filter should include package groups"));
 }
 
-void MainWindowWidgetsTest::stateBoxGoesFromUpdatableToAll()
+void MainWindowWidgetsTest::stateBoxHasTheEntriesFromUpdatableToAll()
 {
     const QStringList texts{"View Updatable", "View Installable", "View Removable", "View All"};
     QCOMPARE(shown->stateBox->count(), 4);

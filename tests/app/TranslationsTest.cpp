@@ -46,7 +46,7 @@ private Q_SLOTS:
         }
     }
 
-    void theFirstLanguageWithACatalogueWins_data()
+    void theFirstLanguageWithACatalogueIsUsed_data()
     {
         QTest::addColumn<QStringList>("languages");
         QTest::addColumn<QString>("file");
@@ -64,7 +64,7 @@ private Q_SLOTS:
         QTest::newRow("no language") << QStringList{""} << QString();
     }
 
-    void theFirstLanguageWithACatalogueWins()
+    void theFirstLanguageWithACatalogueIsUsed()
     {
         QFETCH(QStringList, languages);
         QFETCH(QString, file);

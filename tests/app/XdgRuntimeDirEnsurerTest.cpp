@@ -317,7 +317,7 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(missing));
     }
 
-    void longestPathFits_data()
+    void longestPathIsAccepted_data()
     {
         QTest::addColumn<int>("length");
         QTest::addColumn<bool>("fits");
@@ -325,7 +325,7 @@ private Q_SLOTS:
         QTest::newRow("one byte more") << 1024 << false;
     }
 
-    void longestPathFits()
+    void longestPathIsAccepted()
     {
         QFETCH(int, length);
         QFETCH(bool, fits);

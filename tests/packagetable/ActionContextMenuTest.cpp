@@ -23,22 +23,22 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
     void theMenuListsTheActionsWithTheirIcons();
-    void withoutSelectionTheClickedRowDecides_data();
-    void withoutSelectionTheClickedRowDecides();
-    void withoutSelectionTheClickedRowIsSet_data();
-    void withoutSelectionTheClickedRowIsSet();
-    void aSelectionOffersWhatAnyOfItsRowsPermits_data();
-    void aSelectionOffersWhatAnyOfItsRowsPermits();
-    void onlyRowsThatPermitTheActionAreSet_data();
-    void onlyRowsThatPermitTheActionAreSet();
+    void withoutASelectionTheMenuFitsTheClickedRow_data();
+    void withoutASelectionTheMenuFitsTheClickedRow();
+    void withoutASelectionTheClickedRowGetsTheAction_data();
+    void withoutASelectionTheClickedRowGetsTheAction();
+    void theMenuOffersTheActionsOfAllSelectedRows_data();
+    void theMenuOffersTheActionsOfAllSelectedRows();
+    void onlyRowsThatPermitTheActionGetIt_data();
+    void onlyRowsThatPermitTheActionGetIt();
     void theActionAppliesToTheSelectionAndNotToTheClickedRow();
     void theRightButtonSelectsAnUnselectedRow();
     void anActionIsChosenWithTheMouse();
     void escapeChangesNothing();
-    void aRemovedRowIsNotSet();
-    void manyRowsAreSetWhileSortedByAction();
-    void versionLocksAreOfferedByTheStateOfTheRows_data();
-    void versionLocksAreOfferedByTheStateOfTheRows();
+    void aRemovedRowGetsNoAction();
+    void manyRowsGetAnActionInATableSortedByAction();
+    void theMenuOffersTheVersionLocksThatFitTheRows_data();
+    void theMenuOffersTheVersionLocksThatFitTheRows();
     void aLockIsChosen();
     void onlyTheLockedRowsOfTheSelectionAreUnlocked();
     void aUserWhoCannotWriteTheLocksSeesTheReason();
@@ -109,7 +109,7 @@ void ActionContextMenuTest::theMenuListsTheActionsWithTheirIcons()
     QVERIFY(menu.actions().at(3)->icon().isNull());
 }
 
-void ActionContextMenuTest::withoutSelectionTheClickedRowDecides_data()
+void ActionContextMenuTest::withoutASelectionTheMenuFitsTheClickedRow_data()
 {
     QTest::addColumn<QStringList>("offered");
     QTest::newRow("tool") << QStringList{"&Update", "&Remove", "&No Action"};
@@ -118,14 +118,14 @@ void ActionContextMenuTest::withoutSelectionTheClickedRowDecides_data()
     QTest::newRow("Games") << QStringList{"&Install", "&No Action"};
 }
 
-void ActionContextMenuTest::withoutSelectionTheClickedRowDecides()
+void ActionContextMenuTest::withoutASelectionTheMenuFitsTheClickedRow()
 {
     QFETCH(QStringList, offered);
     QCOMPARE(choose(QTest::currentDataTag(), Qt::Key_Escape), offered);
     QVERIFY(shown->view->selectedRows().isEmpty());
 }
 
-void ActionContextMenuTest::withoutSelectionTheClickedRowIsSet_data()
+void ActionContextMenuTest::withoutASelectionTheClickedRowGetsTheAction_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("key");
@@ -135,7 +135,7 @@ void ActionContextMenuTest::withoutSelectionTheClickedRowIsSet_data()
     QTest::newRow("remove") << "tool" << int(Qt::Key_R) << int(Package::Remove);
 }
 
-void ActionContextMenuTest::withoutSelectionTheClickedRowIsSet()
+void ActionContextMenuTest::withoutASelectionTheClickedRowGetsTheAction()
 {
     QFETCH(QString, name);
     QFETCH(int, key);
@@ -146,7 +146,7 @@ void ActionContextMenuTest::withoutSelectionTheClickedRowIsSet()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::aSelectionOffersWhatAnyOfItsRowsPermits_data()
+void ActionContextMenuTest::theMenuOffersTheActionsOfAllSelectedRows_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -160,7 +160,7 @@ void ActionContextMenuTest::aSelectionOffersWhatAnyOfItsRowsPermits_data()
                                << QStringList{"&Update", "&Install", "&Remove", "&No Action"};
 }
 
-void ActionContextMenuTest::aSelectionOffersWhatAnyOfItsRowsPermits()
+void ActionContextMenuTest::theMenuOffersTheActionsOfAllSelectedRows()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);
@@ -169,7 +169,7 @@ void ActionContextMenuTest::aSelectionOffersWhatAnyOfItsRowsPermits()
     QCOMPARE(choose(selected.first(), Qt::Key_Escape), offered);
 }
 
-void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet_data()
+void ActionContextMenuTest::onlyRowsThatPermitTheActionGetIt_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Actions>("expected");
@@ -183,7 +183,7 @@ void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet_data()
     QTest::newRow("none") << int(Qt::Key_N) << Actions();
 }
 
-void ActionContextMenuTest::onlyRowsThatPermitTheActionAreSet()
+void ActionContextMenuTest::onlyRowsThatPermitTheActionGetIt()
 {
     QFETCH(int, key);
     QFETCH(Actions, expected);
@@ -243,7 +243,7 @@ void ActionContextMenuTest::escapeChangesNothing()
     QCOMPARE(actions(), (Actions{{"tool", Package::Update}}));
 }
 
-void ActionContextMenuTest::aRemovedRowIsNotSet()
+void ActionContextMenuTest::aRemovedRowGetsNoAction()
 {
     QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                      [this](QMenu& menu) {
@@ -253,7 +253,7 @@ void ActionContextMenuTest::aRemovedRowIsNotSet()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::manyRowsAreSetWhileSortedByAction()
+void ActionContextMenuTest::manyRowsGetAnActionInATableSortedByAction()
 {
     shown->view->HTableView::sortByColumn(ActionColumn, Qt::AscendingOrder);
     QSignalSpy layout(&shown->proxy, SIGNAL(layoutChanged()));
@@ -265,7 +265,7 @@ void ActionContextMenuTest::manyRowsAreSetWhileSortedByAction()
     QCOMPARE(shown->view->selectedRows().count(), 4);
 }
 
-void ActionContextMenuTest::versionLocksAreOfferedByTheStateOfTheRows_data()
+void ActionContextMenuTest::theMenuOffersTheVersionLocksThatFitTheRows_data()
 {
     QTest::addColumn<QStringList>("selected");
     QTest::addColumn<QStringList>("offered");
@@ -279,7 +279,7 @@ void ActionContextMenuTest::versionLocksAreOfferedByTheStateOfTheRows_data()
     QTest::newRow("group") << QStringList{"Games"} << QStringList();
 }
 
-void ActionContextMenuTest::versionLocksAreOfferedByTheStateOfTheRows()
+void ActionContextMenuTest::theMenuOffersTheVersionLocksThatFitTheRows()
 {
     QFETCH(QStringList, selected);
     QFETCH(QStringList, offered);

@@ -60,7 +60,7 @@ private Q_SLOTS:
     void otherColumnsHaveNoToolTip();
     void textsHaveTheColourOfTheState_data();
     void textsHaveTheColourOfTheState();
-    void coloursFollowTheBackground();
+    void coloursDependOnTheBackground();
     void actionAndStateHaveNoColour();
     void theUserRoleGivesNumbersAndTheRecord();
     void otherRolesYieldNothing();
@@ -389,7 +389,7 @@ void ModelTest::textsHaveTheColourOfTheState()
     }
 }
 
-void ModelTest::coloursFollowTheBackground()
+void ModelTest::coloursDependOnTheBackground()
 {
     const QColor dark(35, 35, 35);
     const auto colour = [this](const char* name) {

@@ -37,9 +37,9 @@ private Q_SLOTS:
     void theStateFilterListsTheStates();
     void duplicatesCanBeLeftOut();
     void groupsCanBeExcludedWithAnyExpression();
-    void theFiltersOfTheConstructorApply();
-    void anyOfTheseExpressionsListsEverything_data();
-    void anyOfTheseExpressionsListsEverything();
+    void theFiltersOfTheConstructorAreApplied();
+    void wildcardsListEverything_data();
+    void wildcardsListEverything();
     void surroundingWildcardsAreIgnored_data();
     void surroundingWildcardsAreIgnored();
     void expressionsAreExtendedAndCaseSensitive();
@@ -48,7 +48,7 @@ private Q_SLOTS:
     void aDotMatchesAnyLetter();
     void anExpressionMatchesAcrossColumns();
     void emptyColumnsAddNoBlanks();
-    void theMarkOfTheVersionIsMatchedToo();
+    void anExpressionMatchesTheMarkOfTheVersion();
     void theSearchMatchesEachField_data();
     void theSearchMatchesEachField();
     void theSearchMatchesEachListOfAGroup_data();
@@ -172,7 +172,7 @@ void SortFilterProxyModelTest::groupsCanBeExcludedWithAnyExpression()
     QCOMPARE(listed("Games"), QStringList{"Games"});
 }
 
-void SortFilterProxyModelTest::theFiltersOfTheConstructorApply()
+void SortFilterProxyModelTest::theFiltersOfTheConstructorAreApplied()
 {
     SortFilterProxyModel strict(ViewInstallable, false, false, &table->yumIO);
     strict.setSourceModel(model.get());
@@ -180,7 +180,7 @@ void SortFilterProxyModelTest::theFiltersOfTheConstructorApply()
     QVERIFY(strict.getFilter());
 }
 
-void SortFilterProxyModelTest::anyOfTheseExpressionsListsEverything_data()
+void SortFilterProxyModelTest::wildcardsListEverything_data()
 {
     QTest::addColumn<QString>("expression");
     QTest::newRow("empty") << "";
@@ -188,7 +188,7 @@ void SortFilterProxyModelTest::anyOfTheseExpressionsListsEverything_data()
     QTest::newRow("two wildcards") << ".*.*";
 }
 
-void SortFilterProxyModelTest::anyOfTheseExpressionsListsEverything()
+void SortFilterProxyModelTest::wildcardsListEverything()
 {
     QFETCH(QString, expression);
     for (const Mode mode : {Filter, Search}) {
@@ -280,7 +280,7 @@ void SortFilterProxyModelTest::emptyColumnsAddNoBlanks()
     QCOMPARE(listed("^Games "), QStringList());
 }
 
-void SortFilterProxyModelTest::theMarkOfTheVersionIsMatchedToo()
+void SortFilterProxyModelTest::anExpressionMatchesTheMarkOfTheVersion()
 {
     QCOMPARE(listed("1 \\* "), (QStringList{"kernel", "many"}));
 }

@@ -47,7 +47,7 @@ private Q_SLOTS:
     void firstClickOnTheKindReversesTheOrder();
     void columnsCanBeMoved();
     void clickingTheActionSelectsTheNextAction();
-    void clickingTheActionOfAnExcludedPackageSaysWhyNot();
+    void clickingTheActionOfAnExcludedPackageShowsTheReason();
     void clickingOtherColumnsSetsNoAction();
     void theRightButtonSetsNoAction();
     void aMovedActionColumnStaysTheActionColumn();
@@ -76,7 +76,7 @@ private Q_SLOTS:
     void describeDescribesTheCurrentRow();
     void enterDescribesTheCurrentRow();
     void twoClicksDescribeTheRow();
-    void twoClicksOnTheActionAreTwoClicks();
+    void aDoubleClickOnTheActionIsTwoClicks();
     void menusAreMadeOnce();
 
 private:
@@ -241,7 +241,7 @@ void ViewTest::clickingTheActionSelectsTheNextAction()
     QCOMPARE(table->entry("editor").action, Package::Install);
 }
 
-void ViewTest::clickingTheActionOfAnExcludedPackageSaysWhyNot()
+void ViewTest::clickingTheActionOfAnExcludedPackageShowsTheReason()
 {
     QSignalSpy refused(view, SIGNAL(actionRefused(const QString&)));
     shown->click("tool", ActionColumn);
@@ -675,7 +675,7 @@ void ViewTest::twoClicksDescribeTheRow()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::twoClicksOnTheActionAreTwoClicks()
+void ViewTest::aDoubleClickOnTheActionIsTwoClicks()
 {
     const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
     shown->click("tool", ActionColumn);

@@ -666,7 +666,7 @@ private Q_SLOTS:
 
     // ---- the interpreter lock
 
-    void lockWrapperNests()
+    void lockWrapperCanBeNested()
     {
         QCOMPARE(PyGILState_Check(), 1);
         {

@@ -223,7 +223,7 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited_data()
 {
     QTest::addColumn<bool>("oldSystem");
     QTest::newRow("all closed by one call") << false;
-    QTest::newRow("a system without that call") << true;
+    QTest::newRow("a system without this call") << true;
 }
 
 void ExecuteTest::onlyTheStandardDescriptorsAreInherited()

@@ -56,12 +56,14 @@ void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
     QTest::newRow("another directory and no suffix") << "x" << url << ""
                                                      << "/tmp/x"
                                                      << "File is not in any reposdir directory" << warning;
-    QTest::newRow("a directory that begins alike") << "x" << url << ""
-                                                   << "/etc/yum.repos.d2/x.repo"
-                                                   << "File is not in any reposdir directory" << warning;
-    QTest::newRow("a directory of another case") << "x" << url << ""
-                                                 << "/etc/Yum.repos.d/x.repo"
-                                                 << "File is not in any reposdir directory" << warning;
+    QTest::newRow("a directory with the same beginning")
+        << "x" << url << ""
+        << "/etc/yum.repos.d2/x.repo"
+        << "File is not in any reposdir directory" << warning;
+    QTest::newRow("a directory with another letter case")
+        << "x" << url << ""
+        << "/etc/Yum.repos.d/x.repo"
+        << "File is not in any reposdir directory" << warning;
     QTest::newRow("no suffix") << "x" << url << ""
                                << "/etc/yum.repos.d/x"
                                << "File lacks .repo suffix" << warning;

@@ -66,12 +66,13 @@ void RepoFileTest::theContentsOfAFileAreRead_data()
     QTest::newRow("lines") << QByteArray("a\nb\n") << QString("a\nb\n") << QString("AP");
     QTest::newRow("no line feed at the end") << QByteArray("a\nb") << QString("a\nb") << QString("AP");
     QTest::newRow("carriage returns") << QByteArray("a\r\nb\r\n") << QString("a\nb\n") << QString("RA");
-    QTest::newRow("carriage returns but for the last line")
+    QTest::newRow("carriage returns except in the last line")
         << QByteArray("a\r\nb") << QString("a\nb") << QString("RA");
     QTest::newRow("some carriage returns") << QByteArray("a\r\nb\n") << QString("a\nb\n") << QString("A");
     QTest::newRow("some carriage returns, others")
         << QByteArray("a\nb\r\n") << QString("a\nb\n") << QString("A");
-    QTest::newRow("one at the end of the file") << QByteArray("a\r") << QString("a") << QString("RA");
+    QTest::newRow("carriage return at the end of the file")
+        << QByteArray("a\r") << QString("a") << QString("RA");
     QTest::newRow("within a line") << QByteArray("a\rb\n") << QString("a\rb\n") << QString("AP");
     QTest::newRow("a mark") << QByteArray("\xEF\xBB\xBF"
                                           "a\n")

@@ -102,7 +102,8 @@ void RepoVantorTest::credentialsAreFound_data()
                                   << QStringList{"u", "bob", "p", "secret"};
     QTest::newRow("empty") << QString() << false << none;
     QTest::newRow("no mark") << "http://h/x?u=bob&p=secret&path=/x" << false << none;
-    QTest::newRow("mark of another case") << "http://h/Vantor?u=bob&p=secret&path=/x" << false << none;
+    QTest::newRow("mark with another letter case")
+        << "http://h/Vantor?u=bob&p=secret&path=/x" << false << none;
     QTest::newRow("no name key") << "http://h/vantor?u" << false << none;
     QTest::newRow("no end of the name") << "http://h/vantor?u=bob" << false << none;
     QTest::newRow("no password key") << "http://h/vantor?u=bob&p" << false << none;

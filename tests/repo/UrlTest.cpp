@@ -29,12 +29,12 @@ void UrlTest::theHostIsBetweenTheSlashes_data()
                           << "";
     QTest::newRow("one slash") << "file:/srv/repo"
                                << "";
-    QTest::newRow("nothing behind the colon") << "http:"
-                                              << "";
-    QTest::newRow("one character behind the colon") << "http:/"
-                                                    << "";
-    QTest::newRow("nothing behind the slashes") << "http://"
-                                                << "";
+    QTest::newRow("nothing after the colon") << "http:"
+                                             << "";
+    QTest::newRow("one character after the colon") << "http:/"
+                                                   << "";
+    QTest::newRow("nothing after the slashes") << "http://"
+                                               << "";
     QTest::newRow("no colon") << "//one.example/a"
                               << "";
     QTest::newRow("an earlier colon") << "a:b http://one.example/a"

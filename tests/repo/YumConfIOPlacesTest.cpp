@@ -424,7 +424,7 @@ void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce_data()
         {QStringLiteral("etc/link"), QStringLiteral("etc/yum.repos.d")});
     QTest::newRow("twice") << QStringList(
         {QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/yum.repos.d")});
-    QTest::newRow("spelled otherwise")
+    QTest::newRow("another spelling")
         << QStringList({QStringLiteral("etc/yum.repos.d"), QStringLiteral("etc/./yum.repos.d/"),
                         QStringLiteral("etc/../etc//yum.repos.d/.")});
 }

@@ -38,8 +38,8 @@ void YumRepoEnabledTest::thePatternIsAWildcardForTheWholeIdentifier_data()
                          << "bese" << true;
     QTest::newRow("another case") << "Base"
                                   << "base" << false;
-    QTest::newRow("the dot is itself") << "b.se"
-                                       << "base" << false;
+    QTest::newRow("a literal dot") << "b.se"
+                                   << "base" << false;
 }
 
 void YumRepoEnabledTest::thePatternIsAWildcardForTheWholeIdentifier()

@@ -56,7 +56,7 @@ private Q_SLOTS:
     void openingShowsTheWholeHistoryScrolledToTheBottom();
     void entriesAboveTheLevelAreNotShown();
     void levelIsComparedUnsigned();
-    void infoIsMinorFromLevelTenOn();
+    void infoHasTheMinorColourFromLevelTenOn();
     void eachKindHasTheExpectedColour_data();
     void eachKindHasTheExpectedColour();
     void coloursAreReadableOnADarkBackground();
@@ -64,14 +64,14 @@ private Q_SLOTS:
     void linesAreStackedWithoutSpace();
     void markupIsShownAsPlainText();
     void blanksAndTabsAreKept();
-    void protectEscapesAllButAmpersands();
+    void protectEscapesAllExceptAmpersands();
     void newEntriesAppear();
     void paneFollowsTheEndUnlessTheUserScrolledUp();
-    void escapeHides_data();
-    void escapeHides();
-    void otherKeysDoNotHide();
-    void closeButtonHides();
-    void windowManagerCloseHides();
+    void escapeHidesTheWindow_data();
+    void escapeHidesTheWindow();
+    void otherKeysDoNotHideTheWindow();
+    void closeButtonHidesTheWindow();
+    void closingByTheWindowManagerHidesTheWindow();
     void hiddenWindowHasNoText();
     void notificationFromBeforeHidingIsIgnored();
     void hiddenWindowIsNotConnected();
@@ -219,7 +219,7 @@ void LogWindowTest::levelIsComparedUnsigned()
     QCOMPARE(lines(), QStringList({"near"}));
 }
 
-void LogWindowTest::infoIsMinorFromLevelTenOn()
+void LogWindowTest::infoHasTheMinorColourFromLevelTenOn()
 {
     log(Log::Info, 9, "nine");
     log(Log::Info, 10, "ten");
@@ -314,7 +314,7 @@ void LogWindowTest::blanksAndTabsAreKept()
     QCOMPARE(lines(), QStringList({"  two  blanks\tand\t\ttabs "}));
 }
 
-void LogWindowTest::protectEscapesAllButAmpersands()
+void LogWindowTest::protectEscapesAllExceptAmpersands()
 {
     QString line("<a> &lt;\t& <");
     Log::Window::htmlProtect(line);
@@ -356,7 +356,7 @@ void LogWindowTest::paneFollowsTheEndUnlessTheUserScrolledUp()
     QCOMPARE(scrollBar->value(), position);
 }
 
-void LogWindowTest::escapeHides_data()
+void LogWindowTest::escapeHidesTheWindow_data()
 {
     QTest::addColumn<QString>("focus");
     QTest::newRow("pane") << "pane";
@@ -364,7 +364,7 @@ void LogWindowTest::escapeHides_data()
     QTest::newRow("button") << "close";
 }
 
-void LogWindowTest::escapeHides()
+void LogWindowTest::escapeHidesTheWindow()
 {
     QFETCH(QString, focus);
     open();
@@ -380,7 +380,7 @@ void LogWindowTest::escapeHides()
     QVERIFY(!window->isVisible());
 }
 
-void LogWindowTest::otherKeysDoNotHide()
+void LogWindowTest::otherKeysDoNotHideTheWindow()
 {
     open();
     QTest::keyClick(window.get(), Qt::Key_A);
@@ -388,7 +388,7 @@ void LogWindowTest::otherKeysDoNotHide()
     QVERIFY(window->isVisible());
 }
 
-void LogWindowTest::closeButtonHides()
+void LogWindowTest::closeButtonHidesTheWindow()
 {
     open();
     QTest::mouseClick(window->findChild<QPushButton*>(), Qt::LeftButton);
@@ -398,7 +398,7 @@ void LogWindowTest::closeButtonHides()
     QTRY_VERIFY(!window->isVisible());
 }
 
-void LogWindowTest::windowManagerCloseHides()
+void LogWindowTest::closingByTheWindowManagerHidesTheWindow()
 {
     log(Log::Info, 0, "text");
     open();

@@ -23,9 +23,9 @@ private Q_SLOTS:
     void itemCanUseSeveralActs();
     void actBeyondTheLastEndsAtTheLast();
     void zeroActsUseTheWholePartOfTheItem();
-    void endItemActsGoesToTheEndOfAllActs();
+    void endItemActsMovesToTheEndOfAllActs();
     void changeItemActsMovesToTheNewShare();
-    void changeItemActsToZeroGoesToTheEndOfTheActs();
+    void changeItemActsToZeroMovesToTheEndOfTheActs();
     void changeItemActStepsSetsValueAndMaximum();
     void twoArgumentFormOfChangeItemActStepsIsNeverSent();
     void itemMaximumOfZeroFillsThePartOfTheItem();
@@ -280,7 +280,7 @@ void ProgressStepsTest::zeroActsUseTheWholePartOfTheItem()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::endItemActsGoesToTheEndOfAllActs()
+void ProgressStepsTest::endItemActsMovesToTheEndOfAllActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -310,7 +310,7 @@ void ProgressStepsTest::changeItemActsMovesToTheNewShare()
     QCOMPARE(total->value(), 87);
 }
 
-void ProgressStepsTest::changeItemActsToZeroGoesToTheEndOfTheActs()
+void ProgressStepsTest::changeItemActsToZeroMovesToTheEndOfTheActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);

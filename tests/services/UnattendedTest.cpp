@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(answers[3], 0);
     }
 
-    void theLogGoesToTheMessages()
+    void theLogIsWrittenToTheMessages()
     {
         Log::EntryList log;
         QSignalSpy appended(&log, SIGNAL(appended()));

@@ -165,7 +165,7 @@ private Q_SLOTS:
     void characterSplitBetweenTwoReadsArrivesCompletely();
     void splitCharactersOfTheStreamsAreNotMixed();
     void descriptorsAreRestored();
-    void bufferedTextGoesToItsOriginalDescriptor();
+    void bufferedTextIsWrittenToItsOriginalDescriptor();
     void backgroundChildDoesNotDelayTheEnd();
     void backgroundChildThatKeepsWritingDoesNotDelayTheEnd();
     void fastWriterDoesNotFreezeTheGraphicalThread();
@@ -368,7 +368,7 @@ void YumIOCapturersTest::descriptorsAreRestored()
     QVERIFY(restored);
 }
 
-void YumIOCapturersTest::bufferedTextGoesToItsOriginalDescriptor()
+void YumIOCapturersTest::bufferedTextIsWrittenToItsOriginalDescriptor()
 {
     QTemporaryFile file;
     QVERIFY(file.open());

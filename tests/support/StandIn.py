@@ -241,7 +241,9 @@ class YumIO:
 
     @property
     def replacements(self):
-        """Pairs of an installed package and the package that replaces it. The attribute "replaced" names the former."""
+        """Pairs of an installed package and the package that replaces it. The attribute "replaced" of the new package
+        has the name of the installed package.
+        """
         return [(old, new) for new in self._packages('updates') + self._packages('available')
                 for old in self._packages('installed') if getattr(new, 'replaced', None) == old.name]
 

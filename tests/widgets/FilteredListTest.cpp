@@ -46,7 +46,7 @@ private Q_SLOTS:
     void otherRecordsReportTheCurrentRowAgain();
     void selectedRowsAreInTheOrderOfTheList();
     void aHeaderSortsByItsColumn();
-    void theKeyboardReachesEverything();
+    void allPartsCanBeReachedByKeyboard();
     void enterAndDoubleClickActivateARow();
     void aCellThatIsTooNarrowShowsItsTextAsToolTip();
     void columnsFitTheirTextsUpToALimit();
@@ -195,7 +195,7 @@ void FilteredListTest::aHeaderSortsByItsColumn()
     QCOMPARE(first(), 1); // "install kernel"
 }
 
-void FilteredListTest::theKeyboardReachesEverything()
+void FilteredListTest::allPartsCanBeReachedByKeyboard()
 {
     show();
     QVERIFY(list->tableView()->hasFocus());

@@ -92,7 +92,7 @@ void FilteredRowsTest::theExpressionMatchesTheJoinedColumns_data()
     QTest::newRow("another column") << "bash" << QStringList({"shell"});
     QTest::newRow("across columns") << "^kernel 7$" << QStringList({"kernel"});
     QTest::newRow("alternatives") << "^(shell|kernel) " << QStringList({"kernel", "shell"});
-    QTest::newRow("any around") << ".*core.*" << QStringList({"kernel-core"});
+    QTest::newRow("wildcards around a text") << ".*core.*" << QStringList({"kernel-core"});
     QTest::newRow("other letters") << QString::fromUtf8("ü.e") << QStringList({QString::fromUtf8("Prüfen")});
 }
 

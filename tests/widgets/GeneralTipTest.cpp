@@ -101,16 +101,16 @@ private Q_SLOTS:
     void aHiddenTipIsDeleted();
     void aTipCanBeShownAfterTheLastWasDeleted();
     void enteringTheTipHidesIt();
-    void mouseMovesDoNotHide();
-    void mouseButtonsHide_data();
-    void mouseButtonsHide();
-    void theWheelHides();
-    void focusChangesHide();
-    void activationOfAWindowHides_data();
-    void activationOfAWindowHides();
-    void leavingAWidgetHides();
-    void keysHide_data();
-    void keysHide();
+    void mouseMovesDoNotHideTheTip();
+    void mouseButtonsHideTheTip_data();
+    void mouseButtonsHideTheTip();
+    void theWheelHidesTheTip();
+    void focusChangesHideTheTip();
+    void activationOfAWindowHidesTheTip_data();
+    void activationOfAWindowHidesTheTip();
+    void leavingAWidgetHidesTheTip();
+    void keysHideTheTip_data();
+    void keysHideTheTip();
     void noEventIsConsumed();
 };
 
@@ -315,7 +315,7 @@ void GeneralTipTest::enteringTheTipHidesIt()
     QTRY_VERIFY(tip.isNull());
 }
 
-void GeneralTipTest::mouseMovesDoNotHide()
+void GeneralTipTest::mouseMovesDoNotHideTheTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     edit->setMouseTracking(true);
@@ -325,7 +325,7 @@ void GeneralTipTest::mouseMovesDoNotHide()
     QVERIFY(tip->isVisible());
 }
 
-void GeneralTipTest::mouseButtonsHide_data()
+void GeneralTipTest::mouseButtonsHideTheTip_data()
 {
     QTest::addColumn<QEvent::Type>("type");
     QTest::newRow("press") << QEvent::MouseButtonPress;
@@ -333,7 +333,7 @@ void GeneralTipTest::mouseButtonsHide_data()
     QTest::newRow("double click") << QEvent::MouseButtonDblClick;
 }
 
-void GeneralTipTest::mouseButtonsHide()
+void GeneralTipTest::mouseButtonsHideTheTip()
 {
     QFETCH(QEvent::Type, type);
     GeneralTip* tip = show(QPoint(500, 300));
@@ -343,7 +343,7 @@ void GeneralTipTest::mouseButtonsHide()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::theWheelHides()
+void GeneralTipTest::theWheelHidesTheTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QWheelEvent event(QPointF(2, 2), owner->mapToGlobal(QPoint(2, 2)), QPoint(), QPoint(0, 120), Qt::NoButton,
@@ -352,7 +352,7 @@ void GeneralTipTest::theWheelHides()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::focusChangesHide()
+void GeneralTipTest::focusChangesHideTheTip()
 {
     QPointer<GeneralTip> tip = show(QPoint(500, 300));
     QVERIFY(edit->hasFocus());
@@ -365,14 +365,14 @@ void GeneralTipTest::focusChangesHide()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::activationOfAWindowHides_data()
+void GeneralTipTest::activationOfAWindowHidesTheTip_data()
 {
     QTest::addColumn<QEvent::Type>("type");
     QTest::newRow("activate") << QEvent::WindowActivate;
     QTest::newRow("deactivate") << QEvent::WindowDeactivate;
 }
 
-void GeneralTipTest::activationOfAWindowHides()
+void GeneralTipTest::activationOfAWindowHidesTheTip()
 {
     QFETCH(QEvent::Type, type);
     GeneralTip* tip = show(QPoint(500, 300));
@@ -381,7 +381,7 @@ void GeneralTipTest::activationOfAWindowHides()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::leavingAWidgetHides()
+void GeneralTipTest::leavingAWidgetHidesTheTip()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QEvent enter(QEvent::Enter);
@@ -392,7 +392,7 @@ void GeneralTipTest::leavingAWidgetHides()
     QVERIFY(!tip->isVisible());
 }
 
-void GeneralTipTest::keysHide_data()
+void GeneralTipTest::keysHideTheTip_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Qt::KeyboardModifiers>("held");
@@ -420,7 +420,7 @@ void GeneralTipTest::keysHide_data()
     row("number pad with Control", Qt::Key_5, Qt::KeypadModifier | Qt::ControlModifier, false);
 }
 
-void GeneralTipTest::keysHide()
+void GeneralTipTest::keysHideTheTip()
 {
     QFETCH(int, key);
     QFETCH(Qt::KeyboardModifiers, held);

@@ -33,7 +33,7 @@ private Q_SLOTS:
     void cleanup();
 
     void theMenuCanBeTornOff();
-    void theBarIsTheParent();
+    void theMenuBarIsTheParent();
     void anActionsToolTipIsShown();
     void aToolTipIsShownAsPlainText();
     void theToolTipIsShownAtThePointer();
@@ -102,7 +102,7 @@ void HMenuTest::theMenuCanBeTornOff()
     menu->hideTearOffMenu();
 }
 
-void HMenuTest::theBarIsTheParent()
+void HMenuTest::theMenuBarIsTheParent()
 {
     QCOMPARE(menu->title(), QStringLiteral("&Cache"));
     QCOMPARE(menu->parentWidget(), window.menuBar());

@@ -59,7 +59,7 @@ class HSortFilterProxyModelTest : public QObject
 private Q_SLOTS:
     void valuesAreComparedByType_data();
     void valuesAreComparedByType();
-    void theLeftValueChoosesTheType();
+    void theLeftValueDeterminesTheType();
     void anIndexWithoutModelHasNoValue();
     void equalRowsAreOrderedByTheSecondColumn();
     void equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo();
@@ -67,8 +67,8 @@ private Q_SLOTS:
     void aSecondColumnOutsideTheTableHasNoEffect_data();
     void aSecondColumnOutsideTheTableHasNoEffect();
     void theSecondaryIndexIsInTheSameRow();
-    void everyFilterChangeSortsFromScratch_data();
-    void everyFilterChangeSortsFromScratch();
+    void everyFilterChangeSortsAllRowsAgain_data();
+    void everyFilterChangeSortsAllRowsAgain();
     void aPatternFiltersAndKeepsTheOrder();
     void aRegExpFiltersAndKeepsTheOrder();
     void filterChangedAppliesTheFilterAgain();
@@ -118,7 +118,7 @@ void HSortFilterProxyModelTest::valuesAreComparedByType()
     QCOMPARE(sorted(expected), expected);
 }
 
-void HSortFilterProxyModelTest::theLeftValueChoosesTheType()
+void HSortFilterProxyModelTest::theLeftValueDeterminesTheType()
 {
     FixedTable model({{9, 0},
                       {"10", 0},
@@ -204,7 +204,7 @@ void HSortFilterProxyModelTest::theSecondaryIndexIsInTheSameRow()
 using Change = void (*)(HSortFilterProxyModel&);
 Q_DECLARE_METATYPE(Change)
 
-void HSortFilterProxyModelTest::everyFilterChangeSortsFromScratch_data()
+void HSortFilterProxyModelTest::everyFilterChangeSortsAllRowsAgain_data()
 {
     QTest::addColumn<Change>("change");
     const auto row = [](const char* name, Change change) { QTest::newRow(name) << change; };
@@ -214,7 +214,7 @@ void HSortFilterProxyModelTest::everyFilterChangeSortsFromScratch_data()
     row("expression", [](HSortFilterProxyModel& proxy) { proxy.setFilterRegExp(QRegExp()); });
 }
 
-void HSortFilterProxyModelTest::everyFilterChangeSortsFromScratch()
+void HSortFilterProxyModelTest::everyFilterChangeSortsAllRowsAgain()
 {
     QFETCH(Change, change);
     FixedTable model({{1, "one"}, {2, "two"}, {3, "three"}});

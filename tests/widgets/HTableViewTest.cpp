@@ -96,9 +96,9 @@ class HTableViewTest : public QObject
 
 private Q_SLOTS:
     void heightOfRowsOfOneLineDependsOnTheFont();
-    void shiftF10AsksForTheMenuOfTheCurrentCell();
+    void shiftF10RequestsTheMenuOfTheCurrentCell();
     void cellsAreDrawnByTheDelegateOfTheView();
-    void theOptionsPlaceTheIcon();
+    void theOptionsDetermineThePlaceOfTheIcon();
     void fewRowsRequestTheMinimumNumber();
     void manyRowsRequestTheMaximumNumber();
     void otherNumbersOfRowsRequestTheirOwnHeight();
@@ -116,7 +116,7 @@ private Q_SLOTS:
     void fittingTheColumnsStaysOnTheScreen();
     void fittingTheColumnsNeverShrinksTheWindow();
     void fittingTheColumnsUpdatesTheLayoutsOfAllAncestors();
-    void sortingByAColumnShowsIt();
+    void theHeaderShowsTheSortedColumn();
     void sortingAgainKeepsTheShownOrder();
     void clickingAHeaderTwiceReversesTheOrder();
     void sortingWithoutModelDoesNothing();
@@ -133,7 +133,7 @@ void HTableViewTest::cellsAreDrawnByTheDelegateOfTheView()
     QCOMPARE(view.itemDelegate()->parent(), &view);
 }
 
-void HTableViewTest::theOptionsPlaceTheIcon()
+void HTableViewTest::theOptionsDetermineThePlaceOfTheIcon()
 {
     View view;
     QCOMPARE(view.viewOptions().decorationPosition, QStyleOptionViewItem::Right);
@@ -374,7 +374,7 @@ void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllAncestors()
     QCOMPARE(window.width(), window.sizeHint().width());
 }
 
-void HTableViewTest::sortingByAColumnShowsIt()
+void HTableViewTest::theHeaderShowsTheSortedColumn()
 {
     FixedTable model({{2, "a"}, {10, "b"}, {9, "c"}});
     HSortFilterProxyModel proxy(1);
@@ -510,7 +510,7 @@ void HTableViewTest::heightOfRowsOfOneLineDependsOnTheFont()
     }
 }
 
-void HTableViewTest::shiftF10AsksForTheMenuOfTheCurrentCell()
+void HTableViewTest::shiftF10RequestsTheMenuOfTheCurrentCell()
 {
     FixedTable model(numbers(3));
     View view;

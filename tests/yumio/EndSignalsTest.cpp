@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(EndSignals::endsProcess(number), bool(WIFSIGNALED(status)));
     }
 
-    void aSignalIsARequest_data()
+    void aSignalBecomesARequest_data()
     {
         QTest::addColumn<int>("number");
         for (int number : {SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGSEGV, SIGFPE, SIGXCPU,
@@ -120,7 +120,7 @@ private Q_SLOTS:
         }
     }
 
-    void aSignalIsARequest()
+    void aSignalBecomesARequest()
     {
         QFETCH(int, number);
         QCOMPARE(inChild([number](int requests) {
@@ -192,7 +192,7 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(path));
     }
 
-    void aChildEndsByTheSignal()
+    void aSignalEndsAChild()
     {
         QCOMPARE(inChild([](int requests) {
                      const pid_t child = fork();

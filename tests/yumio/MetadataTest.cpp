@@ -180,7 +180,7 @@ private Q_SLOTS:
         QVERIFY(text.isEmpty());
     }
 
-    void entitiesAreCharacters()
+    void entitiesAreReplacedByCharacters()
     {
         QCOMPARE(filesOfOne(file("/a &amp; b/&lt;c&gt;/&quot;&apos;&#x20AC;&#233;")),
                  QString::fromUtf8("/a & b/<c>/\"'€é").toUtf8());
@@ -385,8 +385,8 @@ private Q_SLOTS:
         QTest::newRow("another document")
             << QByteArray("<html><p>Log in</p></html>") << "\"html\" where \"metadata\" is expected";
         QTest::newRow("no document") << QByteArray("Log in") << "syntax error";
-        QTest::newRow("given an end") << "<metadata packages=\"3\">" + one + one + "</metadata>"
-                                      << "2 packages where 3 are announced";
+        QTest::newRow("too few packages") << "<metadata packages=\"3\">" + one + one + "</metadata>"
+                                          << "2 packages where 3 are announced";
     }
 
     void errorsOfDocumentsAreFound()
