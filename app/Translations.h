@@ -26,7 +26,7 @@ QStringList directories();
 // Returns the file name without its suffix, or an empty text if the texts stay English.
 QString install(QCoreApplication& app, const QStringList& languages);
 
-// Does the same for the languages that the environment selects.
+// Calls the function above with the languages that the environment selects.
 QString install(QCoreApplication& app);
 
 } // namespace Translations

@@ -21,7 +21,8 @@ namespace Vantor {
 // Finds the first vantor URL in a text, and sets the last four arguments to its decoded parts. The text may
 // be a list of URLs. If the text contains no vantor URL, returns false and sets four empty texts.
 bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
-// Does the same for the URLs of a repository. If these contain no vantor URL, searches the mirror list URL.
+// Searches the URLs of a repository in the same way. If these URLs contain no vantor URL, searches the mirror
+// list URL.
 bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password);
 

@@ -54,8 +54,8 @@ public:
 
     // Returns the directory of the file after all links have been followed.
     QString directory() const { return directoryPath; }
-    // If commit() has failed and the file may contain neither the old nor the new text, returns the path of
-    // the copy with the old text. Otherwise returns an empty text.
+    // After a failed commit(), the file may contain neither the old nor the new text. In this case, returns
+    // the path of the copy with the old text. Otherwise returns an empty text.
     QString copy() const { return copyPath; }
     // Returns true if replace() has removed rights of other users.
     bool hasRemovedRights() const { return removedRights; }

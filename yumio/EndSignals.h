@@ -20,7 +20,7 @@ bool endsProcess(int number);
 bool isFault(int number);
 
 // Returns whether another process or the system sent the signal. Returns false for a fault of the running
-// instruction and for an abort() of this process. The process cannot continue after these two.
+// instruction and for an abort() of this process, because the process then cannot continue.
 bool wasSent(const siginfo_t& info);
 
 // Handles each signal that would end the process by its default action, except SIGINT. From now on, the

@@ -19,7 +19,8 @@ public:
     // Removes the directory and its contents, even if the directory existed before. Does not follow links,
     // and does not remove the contents of mounted directories.
     ~XdgRuntimeDirEnsurer();
-    // Does the same if the process ends without running destructors. Call this function at most once.
+    // Removes the directory in the same way, if the process ends without running destructors. Call this
+    // function at most once.
     void remove();
     XdgRuntimeDirEnsurer(const XdgRuntimeDirEnsurer&) = delete;
     XdgRuntimeDirEnsurer& operator=(const XdgRuntimeDirEnsurer&) = delete;
