@@ -172,7 +172,7 @@ class InstallTest(unittest.TestCase):
             self.assertEqual((done.returncode, done.stderr), (0, ''), name)
             self.assertIn(name[:-2].upper() + '(8)', done.stdout)
 
-    def test_licence_is_the_named_one(self):
+    def test_licence_file_contains_the_named_licence(self):
         self.assertTrue(self.read(LICENSE).lstrip().startswith('GNU GENERAL PUBLIC LICENSE'))
         self.assertIn('Version 2, June 1991', self.read(LICENSE))
         self.assertIn('either version 2 of the License, or', self.read(LICENSE))

@@ -47,7 +47,7 @@ class DiskTest(StartTest):
                 self.check_refresh_helps(window)
                 self.quit(window)
 
-    def test_full_directory_of_the_log_files_prevents_nothing(self):
+    def test_full_directory_of_the_log_files_does_not_prevent_the_start(self):
         directory = os.path.dirname(self.path('var/log/x'))
         with self.wrapped('mount -t tmpfs -o size=4k none {0}; printf x > {0}/fill'.format(directory)):
             with self.program() as program:

@@ -62,7 +62,7 @@ class ItselfTest(JourneyTest):
         wait_for(lambda: window.names() == ['vyre'], 'vyre alone')
         return window.rows()[0]
 
-    def test_it_shows_describes_updates_and_removes_itself(self):
+    def test_vyre_shows_describes_updates_and_removes_its_own_package(self):
         version = self.sandbox.rpm('-q', '--queryformat', '%{VERSION}', 'vyre')
         names = ['vyre-{}-{}.x86_64'.format(version, release) for release in (1, 2)]
         with self.program(environment={'VYRESHARE': self.share}) as program:

@@ -272,7 +272,7 @@ class OptionsTest(JourneyTest):
             self.check_settings(option, '-si', '-e', expression, state='View Installable', expression=expression,
                                 groups=True, names=['Games'])
 
-    def test_last_of_two_equal_options_wins(self):
+    def test_last_of_two_equal_options_is_used(self):
         self.check_settings('-sa', '-mf', '-e', 'x', '--state=u', '--mode=s', '--regexp=^abacus', '-s', 'r',
                             state='View Removable', mode='Search', expression='^abacus')
         self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)

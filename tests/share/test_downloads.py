@@ -134,7 +134,7 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """Whether the package is verified. Like the program, it treats these two exceptions as "no"."""
+        """Whether the package is verified. Like the program, this function returns False after these two exceptions."""
         try:
             return self.yumio.verifyLocalPkg(package)
         except (FileNotFoundError, self.dnf.exceptions.MiscError):

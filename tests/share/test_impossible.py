@@ -418,7 +418,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_a_member_marked_for_removal_does_not_count_as_left_out(self):
+    def test_a_member_marked_for_removal_is_not_reported_as_left_out(self):
         self.started()
         changed = self.changes(self.apply, group_installs=["office"], group_updates=["weaving"], removes=["shuttle"],
                                answers=[1])

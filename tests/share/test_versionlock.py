@@ -41,7 +41,9 @@ class VersionLocksTest(ScenarioTest):
             env=self.sandbox.environment(), stdout=subprocess.PIPE, universal_newlines=True).stdout
 
     def rows(self, *names):
-        """The packages of table rows of these names: the update, or else the installed or available package."""
+        """The packages of the table rows with these names. A row has the update, if any; otherwise it has the installed
+        or the available package.
+        """
         found = []
         for name in names:
             for packages in (self.updates, self.installed, self.available):
@@ -61,7 +63,7 @@ class VersionLocksTest(ScenarioTest):
         return set(package.name for package in self.updates)
 
     @in_own_process
-    def test_without_the_plug_in_nothing_is_offered(self):
+    def test_without_the_plug_in_no_locks_are_offered(self):
         self.write_settings("versionlock.conf", "[main]\nenabled=0\nlocklist=%s\n" % self.locks)
         self.started()
         self.assertIsNone(self.yumio.versionLocks())
@@ -72,14 +74,14 @@ class VersionLocksTest(ScenarioTest):
         self.assertIsNone(self.yumio.versionLocks())
 
     @in_own_process
-    def test_another_version_of_the_plug_in_offers_nothing(self):
+    def test_another_version_of_the_plug_in_offers_no_locks(self):
         self.started()
         self.assertEqual(self.locked(), {})
         del sys.modules["dnf.plugin.dynamic.versionlock"]._read_locklist
         self.assertIsNone(self.yumio.versionLocks())
 
     @in_own_process
-    def test_the_lines_are_those_of_the_command(self):
+    def test_the_lines_are_the_same_as_those_of_the_command(self):
         names = ("abacus-cli", "libcairn", "quillbase", "astrolabe")
         self.started()
         # Two architectures of libcairn are installed. An available package has only one version here.

@@ -89,8 +89,8 @@ void HSortFilterProxyModelTest::valuesAreComparedByType_data()
         std::reverse(expected.begin(), expected.end());
         QTest::newRow(name) << given << expected;
     };
-    // The values of each row are in the wrong order. If they are not texts, their texts are in the right
-    // order.
+    // Each row is in the wrong order for its type. A comparison as texts would accept the order of the
+    // numbers.
     row("int puts 9 before 10", {10, 9});
     row("negative int", {-1, -2});
     row("unsigned int", {QVariant(4000000000U), QVariant(5U)});

@@ -29,7 +29,7 @@ def readConfiguration():
     The log reports each unreadable part. An unreadable part keeps its default.
     """
     conf = dnf.conf.Conf()
-    # This comes after Conf(): to detect the architecture, Conf() makes rpm read its own configuration again.
+    # This call must follow Conf(): Conf() detects the architecture, and makes rpm read its own configuration again.
     useDatabaseOfRoot()
     conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
     # dnf waits for locks on the cache. WaitingLock lets the user end such a wait.
