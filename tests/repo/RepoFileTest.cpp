@@ -26,7 +26,7 @@ private Q_SLOTS:
 
     void theContentsOfAFileAreRead_data();
     void theContentsOfAFileAreRead();
-    void readTextIsWrittenUnchanged_data() { theContentsOfAFile_data(); }
+    void readTextIsWrittenUnchanged_data() { theContentsOfAFileAreRead_data(); }
     void readTextIsWrittenUnchanged();
     void aFileMayBeAsLargeAsTheLimit();
     void aRepositoryMayBeAsLargeAsTheLimit();
