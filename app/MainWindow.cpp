@@ -24,6 +24,7 @@
 #include "app/KeptLayout.h"
 #include "app/Manuals.h"
 #include "app/Notice.h"
+#include "app/StopButton.h"
 #include "app/WindowSizeKeeper.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
@@ -67,6 +68,7 @@ MainWindow::MainWindow()
     createMenuBar();
     createMainArea();
     yumIO->setup(this, totalBar, itemBar);
+    connect(yumIO, SIGNAL(stopStateChanged()), this, SLOT(showStopState()));
     connect(yumIO, SIGNAL(collectedExtraData()), this, SLOT(collectedExtraData()));
     collectedExtraData();
     modeChanged(PackageTable::Filter);
@@ -318,10 +320,27 @@ void MainWindow::setReady(bool ready)
     }
 }
 
-void MainWindow::collect()
+bool MainWindow::collect()
 {
-    const LoggedErrors errors(*this);
-    collectFailed = !yumIO->collect(sessionEnabled);
+    if (closeWanted) {
+        // Nobody will see the packages.
+        collectFailed = true;
+        return false;
+    }
+    {
+        const LoggedErrors errors(*this);
+        collectFailed = !yumIO->collect(sessionEnabled);
+    }
+    for (const QString& id : yumIO->unwantedRepos()) {
+        sessionEnabled.insert(id, false);
+    }
+    const bool stopped = collectFailed && yumIO->wasStopped();
+    if (stopped && !closeWanted) {
+        yumIO->clearEntries();
+        collectFailed = !yumIO->collect(sessionEnabled, YumIO::Source::Cache);
+        showNotice(tr("Stopped. \"Refresh\" reads the repositories again."));
+    }
+    return stopped;
 }
 
 MainWindow::LoggedErrors::LoggedErrors(MainWindow& forWindow) : window(forWindow)
@@ -353,14 +372,15 @@ MainWindow::LoggedErrors::~LoggedErrors()
 void MainWindow::recollect(Kept kept)
 {
     view->setEmptyText(tr("Reading the packages..."));
-    const YumIO::Marks marks = kept == AllMarks       ? yumIO->marks()
+    const YumIO::Marks all = yumIO->marks();
+    const YumIO::Marks marks = kept == AllMarks       ? all
                                : kept == LeftOutMarks ? yumIO->leftOutMarks()
                                                       : YumIO::Marks();
     {
         const PackageTable::Model::Hiding hiding(*model);
         yumIO->clearEntries();
-        collect();
-        yumIO->restoreMarks(marks);
+        const bool stopped = collect();
+        yumIO->restoreMarks(stopped && kept == NoMarks ? all : marks);
         // Without this call, the proxy would read the search texts of each record on the graphical thread and
         // block this thread.
         prepareFilterSearch();
@@ -389,8 +409,9 @@ void MainWindow::clean(bool (YumIO::*operation)())
 {
     setReady(false);
     (yumIO->*operation)();
-    // If the window is about to close, a new collection would only wait for the same lock again.
-    if (!closeWanted) {
+    if (yumIO->wasStopped()) {
+        showNotice(tr("Stopped."));
+    } else if (!closeWanted) {
         yumIO->reset();
         recollect();
     }
@@ -407,6 +428,9 @@ void MainWindow::cleanPackages()
     // The table does not depend on downloaded packages, so no new collection is necessary.
     setReady(false);
     yumIO->cleanPackages();
+    if (yumIO->wasStopped()) {
+        showNotice(tr("Stopped."));
+    }
     setReady(true);
 }
 
@@ -423,24 +447,31 @@ void MainWindow::cleanAll()
 void MainWindow::apply()
 {
     setReady(false);
-    const LoggedErrors errors(*this);
-    const bool applied = yumIO->apply();
-    bool changed = false;
-    if (applied && !checkCredentials(changed)) {
-        return;
-    }
-    if (changed) {
-        // Without this call, the back end would continue to use the old URLs.
-        yumIO->reset();
-    }
-    // Even a failed transaction may have changed the system.
-    if (applied || yumIO->systemChanged()) {
-        recollect(LeftOutMarks);
-    } else if (yumIO->isOutdated()) {
-        recollect(AllMarks);
+    bool stopped = false;
+    {
+        const LoggedErrors errors(*this);
+        const bool applied = yumIO->apply();
+        stopped = yumIO->wasStopped();
+        bool changed = false;
+        if (applied && !checkCredentials(changed)) {
+            return;
+        }
+        if (changed) {
+            // Without this call, the back end would continue to use the old URLs.
+            yumIO->reset();
+        }
+        // Even a failed transaction may have changed the system.
+        if (applied || yumIO->systemChanged()) {
+            recollect(LeftOutMarks);
+        } else if (yumIO->isOutdated()) {
+            recollect(AllMarks);
+        }
     }
     warnUnlistedActions();
     stateChanged(-1);
+    if (stopped) {
+        showNotice(tr("Stopped. Nothing was changed."));
+    }
     setReady(true);
 }
 
@@ -490,11 +521,24 @@ void MainWindow::quit()
     delete ending;
 }
 
-// Called if the user closes the window while the back end works. If the back end only waits for another
-// program, the window closes after this wait has ended.
+void MainWindow::stop()
+{
+    if (!quitting()) {
+        yumIO->stop();
+    }
+}
+
+void MainWindow::showStopState()
+{
+    if (!quitting()) {
+        stopButton->showState(yumIO->stopState());
+    }
+}
+
+// Called while the back end works. Everything but a change of the system can be stopped safely.
 void MainWindow::closeLater()
 {
-    if (yumIO->endWaiting()) {
+    if (yumIO->stop()) {
         closeWanted = true;
     } else {
         QApplication::beep();

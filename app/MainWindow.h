@@ -31,6 +31,7 @@ class QCheckBox;
 class QComboBox;
 class QMessageBox;
 class QPushButton;
+class StopButton;
 class YumConfIO;
 class YumIO;
 namespace Log {
@@ -82,6 +83,8 @@ public Q_SLOTS:
     // Logs a message from YumConfIO::write().
     void yumConfIONoted(const QString& text);
     void quit();
+    // Asks the running operation to stop.
+    void stop();
     void displayLog();
     // If `atStart` is true, the packages are collected when the editor closes, even without changes.
     void editRepositories(bool atStart = false);
@@ -111,11 +114,12 @@ public Q_SLOTS:
 
 private Q_SLOTS:
     void openPage(const QString& address);
+    void showStopState();
 
 protected:
-    // While the back end works, the window stays open, because a transaction must not be interrupted. If the
-    // back end only waits for another program, the wait ends, and then the window closes. If the back end is
-    // idle, this function calls quit().
+    // While the back end changes the system, the window stays open, because a transaction must not be
+    // interrupted. Any other operation stops, and then the window closes. Without an operation this does the
+    // same as quit().
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -143,7 +147,8 @@ private:
     void warnConfigure();
     void warnUnlistedActions();
     void setReady(bool ready);
-    void collect();
+    // Returns whether the user has stopped the collection. The packages then come from the cache.
+    bool collect();
     // The marks that recollect() sets again, if they can still be carried out.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
@@ -202,6 +207,7 @@ private:
     HFrameLabel* unlistedLabel;
     HProgressBar* totalBar;
     HProgressBar* itemBar;
+    StopButton* stopButton;
     Log::Window* logWindow;         // null before the first use
     RepoEditor::Dialog* repoEditor; // null before the first use
     QMessageBox* aboutBox;          // null before the first use

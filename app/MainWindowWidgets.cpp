@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/StopButton.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/TableStatus.h"
@@ -78,8 +79,15 @@ void MainWindow::createMainArea()
     itemBar->setAccessibleName(tr("Current step"));
     centralLayout->addWidget(tableArea, 1);
     centralLayout->addStretch(0);
-    centralLayout->addWidget(totalBar);
-    centralLayout->addWidget(itemBar);
+    stopButton = new StopButton(central);
+    connect(stopButton, SIGNAL(clicked()), this, SLOT(stop()));
+    auto* barsLayout = new QVBoxLayout;
+    barsLayout->addWidget(totalBar);
+    barsLayout->addWidget(itemBar);
+    auto* progressLayout = new QHBoxLayout;
+    progressLayout->addLayout(barsLayout, 1);
+    progressLayout->addWidget(stopButton);
+    centralLayout->addLayout(progressLayout);
     setCentralWidget(central);
 
     // The table is hidden until the first collection. The bars stay at the bottom of the window. The table

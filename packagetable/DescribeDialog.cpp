@@ -103,7 +103,7 @@ void Dialog::setReady(bool isReady)
 
 void Dialog::closeLater()
 {
-    closing = closing || (backEnd != nullptr && backEnd->endWaiting());
+    closing = closing || (backEnd != nullptr && backEnd->stop());
 }
 
 void Dialog::setVisible(bool visible)

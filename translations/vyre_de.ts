@@ -610,6 +610,18 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <source>There are errors in the log (Ctrl+L)</source>
         <translation>Im Protokoll stehen Fehler (Strg+L)</translation>
     </message>
+    <message>
+        <source>Stopped. &quot;Refresh&quot; reads the repositories again.</source>
+        <translation>Angehalten. „Neu laden“ liest die Paketquellen wieder.</translation>
+    </message>
+    <message>
+        <source>Stopped.</source>
+        <translation>Angehalten.</translation>
+    </message>
+    <message>
+        <source>Stopped. Nothing was changed.</source>
+        <translation>Angehalten. Es wurde nichts geändert.</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>
@@ -1514,6 +1526,43 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     <message>
         <source>Close</source>
         <translation>Schließen</translation>
+    </message>
+</context>
+<context>
+    <name>StopButton</name>
+    <message>
+        <source>Stopping...</source>
+        <translation>Hält an...</translation>
+    </message>
+    <message>
+        <source>&amp;Stop</source>
+        <translation>Anhal&amp;ten</translation>
+    </message>
+    <message>
+        <source>Stops the current operation (Esc).
+The table and its actions stay as they are.</source>
+        <translation>Hält den laufenden Vorgang an (Esc).
+Die Tabelle und die vorgemerkten Aktionen bleiben, wie sie sind.</translation>
+    </message>
+    <message>
+        <source>The current step cannot be stopped. It ends by itself.</source>
+        <translation>Der laufende Schritt lässt sich nicht anhalten. Er endet von selbst.</translation>
+    </message>
+    <message>
+        <source>The operation stops as soon as the current step allows it.</source>
+        <translation>Der Vorgang hält an, sobald der laufende Schritt es zulässt.</translation>
+    </message>
+    <message>
+        <source>Packages are being installed, updated or removed now.
+A stop would leave the system half changed.</source>
+        <translation>Jetzt werden Pakete installiert, aktualisiert oder entfernt.
+Ein Abbruch ließe das System halb verändert zurück.</translation>
+    </message>
+    <message>
+        <source>Stops the reading of repositories and the download of packages.
+No operation runs now.</source>
+        <translation>Hält das Lesen von Paketquellen und das Herunterladen von Paketen an.
+Zurzeit läuft kein Vorgang.</translation>
     </message>
 </context>
 <context>
@@ -2766,6 +2815,58 @@ Diese Zeilen von {} bleiben, weil sie auch andere Pakete sperren:
     <message>
         <source>Internal error: the version locks cannot be changed</source>
         <translation>Interner Fehler: Die gesperrten Versionen können nicht geändert werden</translation>
+    </message>
+    <message>
+        <source>All repositories are switched off in this session.</source>
+        <translation>In dieser Sitzung sind alle Paketquellen ausgeschaltet.</translation>
+    </message>
+    <message>
+        <source>The repository %1 cannot be read:
+%2
+
+Go on without it for this session?</source>
+        <translation>Die Paketquelle %1 kann nicht gelesen werden:
+%2
+
+In dieser Sitzung ohne sie weitermachen?</translation>
+    </message>
+    <message>
+        <source>Repositories</source>
+        <translation>Paketquellen</translation>
+    </message>
+    <message>
+        <source>Yes to &amp;All</source>
+        <translation>Ja zu &amp;allen</translation>
+    </message>
+    <message>
+        <source>VYRE does without the repository %1 in this session:
+%2</source>
+        <translation>VYRE verzichtet in dieser Sitzung auf die Paketquelle %1:
+%2</translation>
+    </message>
+    <message>
+        <source>Stopped.</source>
+        <translation>Angehalten.</translation>
+    </message>
+    <message>
+        <source>Reading the installed packages</source>
+        <translation>Installierte Pakete werden gelesen</translation>
+    </message>
+    <message>
+        <source>Reading repository metadata for {}</source>
+        <translation>Metadaten der Paketquelle {} werden gelesen</translation>
+    </message>
+    <message>
+        <source>Reading the packages of {}</source>
+        <translation>Pakete der Paketquelle {} werden gelesen</translation>
+    </message>
+    <message>
+        <source>Checking the metadata of {}</source>
+        <translation>Metadaten der Paketquelle {} werden geprüft</translation>
+    </message>
+    <message>
+        <source>These repositories have no metadata in the cache, and are left out until the next Refresh: {}.</source>
+        <translation>Diese Paketquellen haben keine Metadaten im Cache und fehlen bis zum nächsten „Neu laden“: {}.</translation>
     </message>
 </context>
 <context>

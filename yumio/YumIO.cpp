@@ -77,6 +77,13 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "The wait for {} was ended."),
     QT_TRANSLATE_NOOP("YumIO", "{}\nNo packages were changed. These changes were saved before:\n{}"),
     QT_TRANSLATE_NOOP("YumIO", "These marked packages are in the other streams: {}"),
+    QT_TRANSLATE_NOOP("YumIO", "Stopped."),
+    QT_TRANSLATE_NOOP("YumIO", "Reading the installed packages"),
+    QT_TRANSLATE_NOOP("YumIO", "Reading repository metadata for {}"),
+    QT_TRANSLATE_NOOP("YumIO", "Reading the packages of {}"),
+    QT_TRANSLATE_NOOP("YumIO", "Checking the metadata of {}"),
+    QT_TRANSLATE_NOOP("YumIO", "These repositories have no metadata in the cache, and are left out until "
+                               "the next Refresh: {}."),
     QT_TRANSLATE_NOOP("YumIO", "another program"),
     QT_TRANSLATE_NOOP("YumIO", "process {}"),
     QT_TRANSLATE_NOOP(
@@ -195,6 +202,7 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
 
 YumIO::YumIO()
 {
+    connect(&stopRequest, SIGNAL(changed()), this, SIGNAL(stopStateChanged()));
     qRegisterMetaType<Package::Entry*>("Package::Entry*");
     const int descriptor = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
     if (descriptor >= 0) {
@@ -262,8 +270,10 @@ void YumIO::offerTranslations()
 // Sets optional global functions for the script, outside the module yumIOC. addToListing adds lines to the
 // end of a transaction's listing, and addBeforeListing to its start. changeActivity shows the current
 // activity on the bar of the current step. faultOfMetadata returns the error in a metadata document.
-// hideSecrets hides the passwords in a text. waitForLock shows the reason for a wait and returns whether the
-// script must continue to wait.
+// goOnWithout asks whether to go on without a failing repository. hideSecrets hides the passwords in a text.
+// showReading shows the current activity for a repository. stopWanted returns whether the user has asked the
+// operation to stop. waitForLock shows the reason for a wait and returns whether the script must continue to
+// wait.
 void YumIO::offerFunctions()
 {
     static PyMethodDef definitions[] = {
@@ -271,7 +281,10 @@ void YumIO::offerFunctions()
         {"addToListing", addToListing, METH_O, nullptr},
         {"changeActivity", changeActivity, METH_O, nullptr},
         {"faultOfMetadata", faultOfMetadata, METH_VARARGS, nullptr},
+        {"goOnWithout", goOnWithout, METH_VARARGS, nullptr},
         {"hideSecrets", hideSecrets, METH_O, nullptr},
+        {"showReading", showReading, METH_VARARGS, nullptr},
+        {"stopWanted", stopWanted, METH_O, nullptr},
         {"waitForLock", waitForLock, METH_O, nullptr},
     };
     const PyRef capsule(PyCapsule_New(this, nullptr, nullptr));
@@ -356,9 +369,8 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
             yumIO->progress->startItem(
                 yumIO->phase == Collecting ? tr("Reading repositories") : tr("Preparing"), 0, 1);
         }
-        Wait found = Wait::Lasts;
-        yumIO->wait.compare_exchange_strong(found, Wait::None);
-        return PyBool_FromLong(found != Wait::Ended ? 1 : 0);
+        yumIO->stopRequest.setWaiting(false);
+        return PyBool_FromLong(yumIO->stopRequest.isRequested() ? 0 : 1);
     }
     if (Unattended::is()) {
         Py_RETURN_FALSE;
@@ -367,9 +379,19 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
     if (!shown) {
         return nullptr;
     }
-    Wait found = Wait::None;
-    yumIO->wait.compare_exchange_strong(found, Wait::Lasts);
-    return PyBool_FromLong(found != Wait::Ended ? 1 : 0);
+    yumIO->stopRequest.setWaiting(true);
+    return PyBool_FromLong(yumIO->stopRequest.isRequested() ? 0 : 1);
+}
+
+// If the argument is true, and the user has not asked the operation to stop, the user cannot do so any more.
+PyObject* YumIO::stopWanted(PyObject* capsule, PyObject* last)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    if (yumIO == nullptr) {
+        return nullptr;
+    }
+    const bool wanted = last == Py_True ? !yumIO->stopRequest.refuse() : yumIO->stopRequest.isRequested();
+    return PyBool_FromLong(wanted ? 1 : 0);
 }
 
 QStringList YumIO::knownDirectories()

@@ -23,6 +23,7 @@
 #include "yumio/Package.h"
 #include "yumio/Records.h"
 #include "yumio/ScriptValues.h"
+#include "yumio/StopRequest.h"
 #include "yumio/TransactionState.h"
 #include "yumio/VersionLocks.h"
 
@@ -73,9 +74,15 @@ public:
 
     // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 
+    // A collection from the cache needs no network and asks nothing. It leaves out the repositories without
+    // metadata in the cache.
+    enum class Source { Repositories, Cache };
     // The keys of repoEnable are repository identifiers. The value is true if the repository is used. Unknown
     // identifiers are ignored.
-    bool collect(const QHash<QString, bool>& repoEnable);
+    bool collect(const QHash<QString, bool>& repoEnable, Source source = Source::Repositories);
+    // The identifiers of the failing repositories that the user has switched off for this session. These are
+    // the answers during the last collection.
+    const QStringList& unwantedRepos() const { return unwanted; }
     // Makes the script forget its packages and read the configuration again.
     void reset();
     void clearEntries();
@@ -95,10 +102,13 @@ public:
     // Returns whether rpm is changing the system now. This work must not be interrupted. Any thread may call
     // it.
     bool isChangingSystem() const { return changingSystem; }
-    // Called if the user closes the program while a worker waits for another process's lock. Ends the wait
-    // and the worker's operation. The failure of the operation is only logged. Returns false if no worker
-    // waits.
-    bool endWaiting();
+    // Asks the running operation to stop. Downloads and the wait for another process end at once. A step that
+    // only computes ends first. A stopped operation shows no message. Returns false if no worker runs, or if
+    // the worker changes the system.
+    bool stop() { return stopRequest.request(); }
+    StopRequest::State stopState() const { return stopRequest.state(); }
+    // Returns whether the last operation was stopped.
+    bool wasStopped() const { return stopped; }
     // Prepares an unavoidable end of the program. From now on, no questions are asked. A worker that changes
     // the system finishes its work; any other worker gives up. The function waits for the worker without
     // serving events, and then releases the package manager's lock. From now on, log entries go to standard
@@ -256,6 +266,8 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void collectedExtraData();
+    // From any thread.
+    void stopStateChanged();
 
 private:
     // Tests use this class to call private operations.
@@ -319,12 +331,18 @@ private:
     static PyObject* changeActivity(PyObject* capsule, PyObject* text);
     static PyObject* faultOfMetadata(PyObject* capsule, PyObject* args);
     static PyObject* waitForLock(PyObject* capsule, PyObject* text);
+    static PyObject* stopWanted(PyObject* capsule, PyObject* last);
+    static PyObject* showReading(PyObject* capsule, PyObject* args);
+    static PyObject* goOnWithout(PyObject* capsule, PyObject* args);
     static PyObject* addBeforeListing(PyObject* capsule, PyObject* text);
     void releaseLock();
 
     // Worker threads (YumIOThreads.cpp): each function that runs on a worker, and the class of that worker
-    void execWorkThread(QEventLoop& loop, QThread& thread);
-    bool collectReal(const QHash<QString, bool>& repoEnable);
+    // stoppable: whether a request to stop has an effect from the start.
+    void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false);
+    // Returns the result of the operation. If the operation was stopped, logs this.
+    bool outcome(bool done);
+    bool collectReal(const QHash<QString, bool>& repoEnable, Source source);
     void clearEntriesReal();
     bool collectFileListsReal();
     bool collectOtherDataReal();
@@ -360,6 +378,7 @@ private:
     void collectGroup(Package::Entry*& slot, PyObject* group, QString name, PyObject* historyGroup,
                       QString& historyFault);
     void collectReplacements();
+    bool stopCollection();
     bool upToDateGroup(const Package::Entry& entry);
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
 
@@ -452,6 +471,8 @@ private:
     void commExceptSetup();
     bool commExceptRaised(PyObject* result, const QString& what);
     void showRemarks();
+    // If the call has failed after a request to stop, logs the failure as a detail and returns true.
+    bool stopRaised(PyObject* result);
     // Only ChildSignal calls these two functions.
     bool sigchldDisable();
     void sigchldRestore();
@@ -465,9 +486,8 @@ private:
     QThread* worker = nullptr;            // null if no worker runs
     bool blockerHeld = false;             // the worker waits for blockerRelease()
     std::atomic<bool> changingSystem{false};
-    // The state of the wait for another process's lock. "Ended" remains set until the next operation begins.
-    enum class Wait { None, Lasts, Ended };
-    std::atomic<Wait> wait{Wait::None};
+    StopRequest stopRequest;
+    bool stopped = false;    // the last operation
     bool rebuilding = false; // a worker changes the list of records; the graphical thread must not read it
     Log::EntryList logList;
     // The log position at which the output of an expected exception begins, or -1 if no exception is
@@ -490,7 +510,11 @@ private:
     PyRef base;
     PyRef repos;
     QStringList enabledRepos;
-    QString readingName; // the kind of data that the operation reads; for diagnostics only
+    QStringList unwanted;        // of the last collection
+    bool allUnwanted = false;    // the user has given one answer for all failing repositories
+    bool everUnwanted = false;   // in this session, the user has switched off a failing repository
+    bool readingIsShown = false; // the script names the repository that it reads
+    QString readingName;         // the kind of data that the operation reads; for diagnostics only
     quint32 readingCount = 0;
     QString readingRepo;
     quint64 readingMax = 1;

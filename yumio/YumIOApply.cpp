@@ -33,8 +33,8 @@ bool YumIO::apply()
     transaction = TransactionState(marked);
     QEventLoop loop;
     ApplyThread thread(this, loop);
-    execWorkThread(loop, thread);
-    return thread.result;
+    execWorkThread(loop, thread, true);
+    return outcome(thread.result);
 }
 
 bool YumIO::applyReal()
@@ -154,7 +154,8 @@ bool YumIO::applyReal()
         transaction.signalRecorder.reset();
         readOutcome();
         // pyMethodCall() has already reported any other exception.
-        if (commExceptRaised(result.get(), tr("apply changes")) || !result || result.get() == Py_False) {
+        if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes")) || !result ||
+            result.get() == Py_False) {
             transaction.txApplied = false; // the marks stay, even if the script changed nothing
         }
     }
@@ -527,6 +528,12 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
         progress->reset();
     }
     transaction.nextSlot = 0;
+    if (stopRequest.isRequested()) {
+        // The script ends at its next step.
+        transaction.txText.clear();
+        transaction.txListed = false;
+        return PyLong_FromLong(0);
+    }
     // A question without a listing shows the script's output, which may contain a URL with a password.
     const QString text = Log::withoutPasswords(transaction.txText);
     // These buttons have the same text in all languages.
@@ -556,7 +563,7 @@ bool YumIO::cleanType(const QString& label, const char* method)
     QEventLoop loop;
     CleanThread thread(this, loop, label, method);
     execWorkThread(loop, thread);
-    return thread.result;
+    return outcome(thread.result);
 }
 
 bool YumIO::cleanReal(const QString& label, const char* method)
@@ -572,6 +579,9 @@ bool YumIO::cleanReal(const QString& label, const char* method)
     ExceptScope scope(*this, {classes[LockError]});
     const PyRef result(pyMethodCall(yumIO.get(), method, "()"));
     finishLines();
+    if (stopRaised(result.get())) {
+        return false;
+    }
     if (pyExceptMatches(result.get(), classes[LockError])) {
         pythonExceptionV(tr("Unable to obtain yum lock"));
         return false;

@@ -12,16 +12,30 @@
 #include "yumio/EndSignals.h"
 #include "yumio/WorkerThreads.h"
 
-bool YumIO::collect(const QHash<QString, bool>& repoEnable)
+namespace {
+
+// After this number of packages, the collection shows its progress and looks whether it must stop.
+constexpr Steps packagesAtOnce = 256;
+
+} // namespace
+
+bool YumIO::collect(const QHash<QString, bool>& repoEnable, Source source)
 {
     FlagScope flag(rebuilding);
+    unwanted.clear();
     QEventLoop loop;
-    CollectThread thread(this, loop, repoEnable);
-    execWorkThread(loop, thread);
-    return thread.result;
+    CollectThread thread(this, loop, repoEnable, source);
+    execWorkThread(loop, thread, source == Source::Repositories);
+    return outcome(thread.result);
 }
 
-bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
+bool YumIO::stopCollection()
+{
+    progress->reset();
+    return false;
+}
+
+bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
 {
     blocker.block();
     Progress::User progressUser(progress, totalBar, itemBar);
@@ -71,13 +85,18 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     readingName = tr("contents");
     readingCount = 0;
     readingRepo.clear();
+    readingIsShown = false;
+    allUnwanted = false;
     if (PyDict_Size(repos.get()) == 0) {
         error(tr(
             "No repositories are configured.\nUnder the Repositories menu, Edit Configuration can be used to "
             "configure repositories."));
         return false;
     }
-    if (enabledRepos.isEmpty()) {
+    if (enabledRepos.isEmpty() && everUnwanted) {
+        // The user wants to do without these repositories, but not without the installed packages.
+        log(Log::Warning, 0, tr("All repositories are switched off in this session."));
+    } else if (enabledRepos.isEmpty()) {
         error(
             tr("No repositories are enabled.\nUnder the Repositories menu, Edit Configuration can be used to "
                "configure repositories."));
@@ -87,14 +106,21 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
     if (Unattended::is()) {
         return false;
     }
-    progress->startItem(tr("Reading repositories"), 900, 1);
+    if (stopRequest.isRequested()) {
+        return stopCollection();
+    }
+    progress->startItem(tr("Reading repositories"), 900, 0);
     progress->setupItemActs(14000, enabledRepos.count());
     {
         ExceptScope scope(*this, {classes[RepoError], classes[BdbQuit]});
         PyRef result;
         {
             YumIOCapturersUser capturersUser(capturers, this);
-            result = PyRef(pyMethodCall(yumIO.get(), "setupRepos", "()"));
+            const char* const method = source == Source::Cache ? "setupCachedRepos" : "setupRepos";
+            result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
+        }
+        if (stopRaised(result.get())) {
+            return stopCollection();
         }
         showRemarks();
         if (pyExceptMatches(result.get(), classes[RepoError]) ||
@@ -106,12 +132,14 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
             return false;
         }
     }
+    // What follows only computes, and needs as long as another collection from the cache.
+    stopRequest.setStoppable(false);
     progress->endItemActs();
     basearch = getYumVar(QStringLiteral("basearch"));
 
     // Calls a method of the script and explains its failure to the user.
     const auto collected = [this](const char* method, const QString& what, bool capture) {
-        if (Unattended::is()) {
+        if (Unattended::is() || stopRequest.isRequested()) {
             return PyRef(); // no user can see the packages
         }
         ExceptScope scope(*this);
@@ -124,7 +152,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
             result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
         }
         if (!result) {
-            if (!commExceptRaised(nullptr, what)) {
+            if (!stopRaised(nullptr) && !commExceptRaised(nullptr, what)) {
                 internalError(tr("Internal error: execution of yumIO.%1 failed").arg(QLatin1String(method)));
             }
             progress->reset();
@@ -132,7 +160,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         return result;
     };
 
-    progress->startItem(tr("Collecting updatable packages"), 1000, 1);
+    progress->startItem(tr("Collecting updatable packages"), 1000, 0);
     {
         const PyRef updates = collected("collectUpdates", tr("collect updatable packages"), true);
         if (!updates || !collectSet(updates.get(), Package::Updatable)) {
@@ -158,16 +186,21 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable)
         }
         PyErr_Clear();
     }
-    progress->startItem(tr("Collecting installed and available packages"), 1000, 1);
+    const QString collecting = tr("Collecting installed and available packages");
+    progress->startItem(collecting, 200, 0);
     {
         const PyRef all = collected("collectAll", tr("collect installed and available packages"), true);
         if (!all || !collectField(all.get(), "installed", Package::Installed) ||
-            !collectExcluded(all.get()) || !collectField(all.get(), "available", Package::Available)) {
+            !collectExcluded(all.get())) {
+            return false;
+        }
+        progress->startItem(collecting, 800, 0);
+        if (!collectField(all.get(), "available", Package::Available)) {
             return false;
         }
     }
     phase = Idle;
-    progress->startItem(tr("Collecting groups"), 1000, 1);
+    progress->startItem(tr("Collecting groups"), 1000, 0);
     {
         const PyRef groups = collected("collectGroups", tr("collect groups"), false);
         showRemarks();
@@ -218,6 +251,46 @@ void YumIO::collectReplacements()
                "installation, or keep the installed packages:\n%1")
                 .arg(lines.join(QLatin1Char('\n'))));
     }
+}
+
+// Arguments: the identifier of a failing repository, the reason, and the number of the failing repositories
+// that follow. Returns whether to go on without it.
+PyObject* YumIO::goOnWithout(PyObject* capsule, PyObject* args)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    const char* id = nullptr;
+    const char* reason = nullptr;
+    int others = 0;
+    if (yumIO == nullptr || PyArg_ParseTuple(args, "ssi", &id, &reason, &others) == 0) {
+        return nullptr;
+    }
+    if (yumIO->dialogs == nullptr || yumIO->stopRequest.isRequested()) {
+        Py_RETURN_FALSE;
+    }
+    const QString repository = QString::fromUtf8(id);
+    const QString fault = QString::fromUtf8(reason);
+    enum Answer { Yes = 0, No = 1, YesToAll = 2 };
+    int answer = Yes;
+    if (!yumIO->allUnwanted) {
+        if (yumIO->progress != nullptr) {
+            yumIO->progress->changeItemActivity(tr("Reading repositories"));
+            yumIO->progress->changeItemActSteps(0, 1);
+        }
+        const QString question =
+            tr("The repository %1 cannot be read:\n%2\n\nGo on without it for this session?")
+                .arg(repository, Log::withoutPasswords(fault));
+        answer = yumIO->dialogs->warning(tr("Repositories"), question, tr("Yes"), tr("No"),
+                                         others > 0 ? tr("Yes to &All") : QString(), No, No);
+    }
+    if (answer == No) {
+        Py_RETURN_FALSE;
+    }
+    yumIO->allUnwanted = yumIO->allUnwanted || answer == YesToAll;
+    yumIO->everUnwanted = true;
+    yumIO->unwanted.append(repository);
+    yumIO->log(Log::Warning, 0,
+               tr("VYRE does without the repository %1 in this session:\n%2").arg(repository, fault));
+    Py_RETURN_TRUE;
 }
 
 void YumIO::useRepos(PyObject*, const QHash<QString, bool>& repoEnable)
@@ -275,6 +348,9 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     const Py_ssize_t hint = PyObject_LengthHint(set, 0);
     if (hint > 0) {
         records.reserve(static_cast<int>(hint));
+        if (!excluded) {
+            progress->changeItemActSteps(0, static_cast<Steps>(hint));
+        }
     }
     PyErr_Clear();
     bool comparisonFailed = false;
@@ -290,7 +366,15 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
         PyErr_Clear();
         return better.get() == Py_True;
     };
-    for (;;) {
+    for (Steps done = 0;; ++done) {
+        if (done % packagesAtOnce == 0) {
+            if (!excluded) {
+                progress->setItemValue(done);
+            }
+            if (stopRequest.isRequested()) {
+                return stopCollection();
+            }
+        }
         const PyRef pkg(PyIter_Next(iterator.get()));
         if (!pkg) {
             break;

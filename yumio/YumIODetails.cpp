@@ -59,7 +59,7 @@ bool YumIO::collectOtherData()
     QEventLoop loop;
     CollectOtherDataThread thread(this, loop);
     execWorkThread(loop, thread);
-    return thread.result;
+    return outcome(thread.result);
 }
 
 bool YumIO::collectOtherDataReal()
@@ -79,6 +79,7 @@ bool YumIO::collectExtra(const QString& heading, const QString& dataName, const 
     readingName = dataName;
     readingCount = 0;
     readingRepo.clear();
+    readingIsShown = false;
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
     phase = Collecting; // all downloads of this operation are metadata
@@ -95,7 +96,7 @@ bool YumIO::collectExtra(const QString& heading, const QString& dataName, const 
             YumIOCapturersUser capturersUser(capturers, this);
             result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
         }
-        raised = commExceptRaised(result.get(), what);
+        raised = stopRaised(result.get()) || commExceptRaised(result.get(), what);
     }
     if (!result) {
         if (!raised) {

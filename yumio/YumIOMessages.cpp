@@ -24,7 +24,7 @@ void YumIO::log(Log::Kind kind, unsigned int level, const QString& text)
 void YumIO::error(const QString& text)
 {
     log(Log::Error, 0, text);
-    if (dialogs != nullptr && wait != Wait::Ended) {
+    if (dialogs != nullptr && !stopRequest.isRequested()) {
         dialogs->critical(tr("VYRE Yum Error"), Log::withoutPasswords(text), QString(), QString(), QString(),
                           0, -1);
     }
@@ -33,7 +33,7 @@ void YumIO::error(const QString& text)
 void YumIO::warning(const QString& text)
 {
     log(Log::Warning, 0, text);
-    if (dialogs != nullptr && wait != Wait::Ended) {
+    if (dialogs != nullptr && !stopRequest.isRequested()) {
         dialogs->warning(tr("VYRE Yum Warning"), Log::withoutPasswords(text), QString(), QString(), QString(),
                          0, -1);
     }
@@ -91,7 +91,7 @@ void YumIO::showExceptionLog(int start, const QString& text)
         }
     }
     // The log window locks the same mutex, so the dialog opens after its release.
-    if (dialogs != nullptr && wait != Wait::Ended) {
+    if (dialogs != nullptr && !stopRequest.isRequested()) {
         dialogs->scrollable(tr("VYRE Yum Error"), lines.join(QLatin1Char('\n')));
     }
 }
@@ -140,6 +140,21 @@ void YumIO::showRemarks()
         warning(texts.join(QLatin1String("\n\n")));
     }
     PyErr_Restore(type, value, traceback);
+}
+
+bool YumIO::stopRaised(PyObject* result)
+{
+    if (result != nullptr || !stopRequest.isRequested()) {
+        return false;
+    }
+    const PyRef exception(pyExceptValue());
+    PyErr_Clear();
+    const PyRef text(exception ? PyObject_Str(exception.get()) : nullptr);
+    PyErr_Clear();
+    if (text) {
+        log(Log::Info, 3, pyString(text.get()));
+    }
+    return true;
 }
 
 void YumIO::commExceptSetup()

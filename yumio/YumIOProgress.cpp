@@ -398,6 +398,12 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
             PyErr_SetNone(PyExc_KeyboardInterrupt);
             return nullptr;
         }
+        if (!stopRequest.refuse()) {
+            changingSystem = false;
+            PyErr_SetString(classes[DnfError] != nullptr ? classes[DnfError] : PyExc_RuntimeError,
+                            "stopped before the transaction");
+            return nullptr;
+        }
         transaction.signalRecorder = std::make_unique<SignalRecorder>();
     }
     transaction.transactionRan = transaction.transactionRan || !flag;
@@ -564,7 +570,7 @@ void YumIO::collectProgress(const QString& repository, quint64 total, quint64 do
     if (progress == nullptr) {
         return;
     }
-    if (repository != readingRepo) {
+    if (!readingIsShown && repository != readingRepo) {
         readingRepo = repository;
         ++readingCount;
         readingMax = 1;
@@ -573,6 +579,33 @@ void YumIO::collectProgress(const QString& repository, quint64 total, quint64 do
         readingMax = total;
         progress->changeItemActSteps(done, total);
     }
+}
+
+// Arguments: the name of the repository that the script reads, and what happens with it. The bar has no
+// measure until a download begins.
+PyObject* YumIO::showReading(PyObject* capsule, PyObject* args)
+{
+    auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
+    const char* name = nullptr;
+    const char* text = nullptr;
+    if (yumIO == nullptr || PyArg_ParseTuple(args, "ss", &name, &text) == 0) {
+        return nullptr;
+    }
+    if (yumIO->progress == nullptr || yumIO->phase != Collecting) {
+        Py_RETURN_NONE;
+    }
+    const QString repository = QString::fromUtf8(name);
+    yumIO->readingMax = 0;
+    if (!yumIO->readingIsShown || repository != yumIO->readingRepo) {
+        yumIO->readingIsShown = true;
+        yumIO->readingRepo = repository;
+        ++yumIO->readingCount;
+        yumIO->progress->startItemAct(QString::fromUtf8(text), 0, yumIO->readingCount);
+    } else {
+        yumIO->progress->changeItemActivity(QString::fromUtf8(text));
+        yumIO->progress->changeItemActSteps(0, 0);
+    }
+    Py_RETURN_NONE;
 }
 
 void YumIO::collectEnd()

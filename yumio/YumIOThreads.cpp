@@ -6,8 +6,6 @@
 
 #include <csignal>
 
-#include <dlfcn.h>
-
 #include <QEventLoop>
 #include <QThread>
 #include <QTimer>
@@ -21,28 +19,14 @@ namespace {
 // While the graphical thread does not serve events, it serves the worker's requests at this interval (ms).
 constexpr unsigned long servingInterval = 20;
 
-// Sets a flag of the download library, which then abandons all downloads within a second.
-void interruptDownloads()
-{
-    static volatile std::sig_atomic_t* const flag = [] {
-        // The pointer is null if the package manager has not loaded the library.
-        void* const library = dlopen("librepo.so.0", RTLD_LAZY | RTLD_NOLOAD);
-        return library != nullptr ? static_cast<volatile std::sig_atomic_t*>(dlsym(library, "lr_interrupt"))
-                                  : nullptr;
-    }();
-    if (flag != nullptr) {
-        *flag = 1;
-    }
-}
-
 } // namespace
 
-void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
+void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable)
 {
     finishLines(); // finish the output since the last operation
     blocker.prepare();
     blockerHeld = true;
-    wait = Wait::None;
+    stopRequest.begin(stoppable);
     worker = &thread;
     PyThreadStateWrapper released;
     thread.start(QThread::HighPriority);
@@ -71,6 +55,16 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread)
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     worker = nullptr;
+    stopRequest.end();
+}
+
+bool YumIO::outcome(bool done)
+{
+    stopped = !done && stopRequest.isRequested();
+    if (stopped) {
+        log(Log::Action, 0, tr("Stopped."));
+    }
+    return done;
 }
 
 void YumIO::blockerRelease()
@@ -81,12 +75,6 @@ void YumIO::blockerRelease()
     }
 }
 
-bool YumIO::endWaiting()
-{
-    Wait found = Wait::Lasts;
-    return wait.compare_exchange_strong(found, Wait::Ended) || found == Wait::Ended;
-}
-
 void YumIO::finish(bool displayIsThere)
 {
     Unattended::begin(displayIsThere ? Unattended::Reported::Faults : Unattended::Reported::Everything);
@@ -94,7 +82,7 @@ void YumIO::finish(bool displayIsThere)
     while (worker != nullptr && !worker->wait(servingInterval)) {
         if (!changingSystem) {
             // The flag is set repeatedly, because the script clears it before it begins to download.
-            interruptDownloads();
+            StopRequest::interruptDownloads();
         }
         YumIOCapturersMinion::serveAll();
     }

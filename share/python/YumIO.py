@@ -91,6 +91,7 @@ with ownPackage():
     from vyre.progress import RPMTransaction
     from vyre.resolving import resolveMarks
     from vyre.space import spaceHint
+    from vyre.stopping import endIfStopped
     from vyre.updates import biArchOf, excludedPackages, findReplacements, findUpdates
 
 
@@ -197,6 +198,13 @@ class YumIO:
 
     def setupRepos(self):
         """Read rpm's database and the metadata of all enabled repositories. The metadata may be in the cache."""
+        self._readPackages(self.base.fill_sack)
+
+    def setupCachedRepos(self):
+        """Read rpm's database and the metadata in the cache, without the network."""
+        self._readPackages(self.base.fillSackFromCache)
+
+    def _readPackages(self, fillSack):
         # Each package in this list keeps all packages of the last collection in memory.
         self.replacements = []
         del self.leftOut[:]
@@ -210,7 +218,7 @@ class YumIO:
                 raise dnf.exceptions.Error(self.base.plugInFault)
             checkModuleFiles(self.base)
             self._cookie = databaseCookie()
-            self.base.fill_sack()
+            fillSack()
             WaitingLock.changed = False
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
             raise dnf.exceptions.RepoError(str(e) + spaceHint(self.base.conf.cachedir))
@@ -340,6 +348,7 @@ class YumIO:
             marks, leftOut, reasons = resolveMarks(
                 base, Marks(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves))
             self.leftOut.extend(leftOut)
+            endIfStopped()
             if marks is None:
                 return True
             base.args = [commandLine(

@@ -17,14 +17,16 @@ class MainWindowOperationsTest : public StandInWindow
 
 private:
     void compareReadAgain(Mode mode, const QString& expression, const QStringList& before);
+    // Applies an update, and calls the function while the system is changed.
+    void whileTheSystemIsChanged(const std::function<void()>& meanwhile);
     void compareClean(const QString& entry, const char* method);
 
 private Q_SLOTS:
     void controlsAreDisabledWhileAWorkerRuns();
     void shortcutsDoNothingWhileAWorkerRuns();
     void logCanBeOpenedWhileAWorkerRuns();
-    void windowCannotBeClosedWhileAWorkerRuns();
-    void quittingIsRefusedWhileAWorkerRuns();
+    void windowCannotBeClosedWhileTheSystemIsChanged();
+    void quittingIsRefusedWhileTheSystemIsChanged();
     void operationCanEndWhileTheAboutWindowIsOpen();
     void filterIsCorrectWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
     void searchIsCorrectWhileThePackagesAreReadAgain()
@@ -91,27 +93,35 @@ void MainWindowOperationsTest::logCanBeOpenedWhileAWorkerRuns()
     QTRY_VERIFY(shown->isReady());
 }
 
-void MainWindowOperationsTest::windowCannotBeClosedWhileAWorkerRuns()
+void MainWindowOperationsTest::whileTheSystemIsChanged(const std::function<void()>& meanwhile)
 {
     shown->start();
-    bool closed = true;
-    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
-                        [this, &closed] { closed = shown->window->close() || !shown->window->isVisible(); }));
-    QVERIFY(!closed);
+    shown->click("tool", ActionColumn);
+    const Answers answers("OK");
+    standIn->setHeld(true);
+    const Once once([this] { return shown->window->isChangingSystem(); },
+                    [this, meanwhile] {
+                        meanwhile();
+                        QTest::qWait(50);
+                        QVERIFY(shown->window->isVisible());
+                        QVERIFY(shown->window->isChangingSystem());
+                        standIn->setHeld(false);
+                    });
+    shown->press("&Apply Actions");
+    QTRY_VERIFY(once.isDone());
     QTRY_VERIFY(shown->isReady());
+    QCOMPARE(answers.titles(), QStringList{"Apply"});
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowOperationsTest::quittingIsRefusedWhileAWorkerRuns()
+void MainWindowOperationsTest::windowCannotBeClosedWhileTheSystemIsChanged()
 {
-    shown->start();
-    QVERIFY(inTheMiddle([this] { shown->press("Re&fresh"); },
-                        [this] {
-                            shown->window->quit();
-                            QVERIFY(shown->window->isVisible());
-                        }));
-    QTRY_VERIFY(shown->isReady());
-    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    whileTheSystemIsChanged([this] { QVERIFY(!shown->window->close()); });
+}
+
+void MainWindowOperationsTest::quittingIsRefusedWhileTheSystemIsChanged()
+{
+    whileTheSystemIsChanged([this] { shown->window->quit(); });
     QCOMPARE(runToTheEnd([this] { shown->window->quit(); }), 0);
     QVERIFY(!shown->window->isVisible());
 }

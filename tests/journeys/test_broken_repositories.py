@@ -60,6 +60,7 @@ class RepositoriesTest(StartTest):
     def test_unreachable_repository_without_skip_if_unavailable_is_reported(self):
         path = self.add('gone', baseurl='http://127.0.0.1:9/gone/', retries=1, timeout=2)
         with self.program() as program:
+            self.refuse_without(program, 'gone', "Failed to download metadata for repo 'gone'")
             self.message(program, YUM_ERROR, "Failed to download metadata for repo 'gone'", '\nUnable to initialize')
             window = program.ready()
             self.check_nothing_listed(window)
@@ -79,6 +80,7 @@ class RepositoriesTest(StartTest):
     def test_repository_without_a_url_is_reported(self):
         path = self.add('nowhere')
         with self.program() as program:
+            self.refuse_without(program, 'nowhere', 'nowhere')
             self.message(program, YUM_ERROR, 'nowhere', '\nUnable to initialize')
             window = program.ready()
             self.check_nothing_listed(window)
@@ -116,8 +118,9 @@ class RepositoriesTest(StartTest):
 
 class MetadataTest(StartTest):
 
-    def check_fails(self, mend, *texts):
+    def check_fails(self, mend, name, *texts):
         with self.program() as program:
+            self.refuse_without(program, name, *texts)
             self.message(program, YUM_ERROR, '\nUnable to initialize', *texts)
             window = program.ready()
             self.check_nothing_listed(window)
@@ -130,7 +133,7 @@ class MetadataTest(StartTest):
         self.sandbox.clear_cache()
         shutil.rmtree(self.path('var/cache/yum'), ignore_errors=True)
         self.sandbox.server.faults[path] = fault
-        self.check_fails(lambda: self.sandbox.server.faults.pop(path), "repo 'sandbox-http'", *texts)
+        self.check_fails(lambda: self.sandbox.server.faults.pop(path), 'sandbox-http', "repo 'sandbox-http'", *texts)
 
     def test_truncated_repomd_is_reported(self):
         self.check_fault(REPOMD, server.truncated(100), 'partial file')
@@ -152,7 +155,7 @@ class MetadataTest(StartTest):
     def test_directory_without_metadata_is_reported(self):
         directory = os.path.join(self.sandbox.repository('sandbox-file'), 'repodata')
         os.rename(directory, directory + '.away')
-        self.check_fails(lambda: os.rename(directory + '.away', directory), "repo 'sandbox-file'")
+        self.check_fails(lambda: os.rename(directory + '.away', directory), 'sandbox-file', "repo 'sandbox-file'")
 
     def test_truncated_file_lists_are_reported(self):
         metadata.alter(self.sandbox.repository('sandbox-file'), 'filelists', metadata.half)
@@ -177,7 +180,7 @@ class MetadataTest(StartTest):
             shutil.rmtree(repository)
             os.rename(repository + '.away', repository)
             shutil.rmtree(self.path('var/cache/yum'))
-        self.check_fails(mend, 'The primary metadata of the repository sandbox-file are damaged: '
+        self.check_fails(mend, 'sandbox-file', 'The primary metadata of the repository sandbox-file are damaged: '
                          '"html" where "metadata" is expected')
 
     def test_modules_with_foreign_contents_are_reported(self):

@@ -282,12 +282,13 @@ class WrongTest(CredentialsTest):
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
         with self.program() as program:
             self.answer(program, 'one', 'OK')
-            dialog = program.window('VYRE Yum Error')
+            question = program.window('Repositories')
             texts = wait_for(lambda: [text for text in editing.readable_texts(program) if text and '403' in text],
                              'the message')
             self.assertTrue(any('/vantor' in text and 'user=' + ENCODED_NAME in text for text in texts), texts)
             self.check_secret(program)
-            self.close_dialog(program, dialog)
+            question.click_button('No')
+            self.close_dialog(program, program.window('VYRE Yum Error'))
             window = program.ready()
             log = self.read_log(window)
             self.assertIn('403', log)

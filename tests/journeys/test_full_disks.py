@@ -38,6 +38,7 @@ class DiskTest(StartTest):
         directory = os.path.dirname(self.path('var/cache/yum/x'))
         with self.wrapped('mount -t tmpfs -o size=16k none ' + directory):
             with self.program() as program:
+                self.refuse_without(program, '', 'Failed to download metadata')
                 self.message(program, YUM_ERROR, 'Failed to download metadata', '\nUnable to initialize')
                 window = program.ready()
                 self.check_nothing_listed(window)

@@ -110,6 +110,7 @@ class SignalTest(StartTest):
             program.main()
             gate.wait_reached()
             program.process.send_signal(signal.SIGINT)
+            self.refuse_without(program, 'sandbox-http', 'interrupted by a signal')
             self.message(program, YUM_ERROR, 'interrupted by a signal', '\nUnable to initialize')
             del self.sandbox.server.faults[REPOMD]
             window = program.ready()
@@ -123,6 +124,7 @@ class SignalTest(StartTest):
             program.main()
             gate.wait_reached()
             program.process.send_signal(signal.SIGINT)
+            self.refuse_without(program, 'sandbox-http')
             self.message(program, YUM_ERROR, 'interrupted by a signal')
             del self.sandbox.server.faults[REPOMD]
             window = program.ready()

@@ -49,6 +49,16 @@ class StartTest(JourneyTest):
                  'the end of ' + title, 30)
         return text
 
+    def refuse_without(self, program, name, *texts):
+        """Answer No to the question whether to go on without the repository; an empty name means any repository."""
+        def look():
+            return next((dialog for dialog in program.windows() if dialog.title == 'Repositories' and
+                         dialog.text().startswith('The repository ' + name)), None)
+        dialog = wait_for(look, 'the question about ' + name)
+        for text in texts:
+            self.assertIn(text, dialog.text())
+        dialog.click_button('No')
+
     def check_nothing_listed(self, window):
         window.wait_ready(30)
         self.assertEqual(window.program.titles(), [driver.main_title()])

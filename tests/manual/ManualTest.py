@@ -26,8 +26,9 @@ import attributes  # noqa: E402
 VYRE = os.path.abspath(sys.argv.pop(1))
 BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc', 'messages.adoc')
 
-# Pairs of a function and the number of an argument that is a title. The manual mentions titles, but not in rows.
-TITLED = {('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('HMessageBox', 1),
+# Pairs of a function and the number of an argument that is a title, or a button with several words. The manual mentions
+# these texts, but not in rows.
+TITLED = {('warning', 4), ('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('HMessageBox', 1),
           ('showCritical', 1), ('showBox', 1)}
 # Arguments that name a failed operation. They complete other messages.
 COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('cleanType', 0)}
@@ -43,7 +44,7 @@ SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPu
          'setWindowTitle', 'PlainLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
 # Sources with headings of tables and tool tips, but without messages.
-WITHOUT_MESSAGES = ('packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
+WITHOUT_MESSAGES = ('app/StopButton.cpp', 'packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
                     'yumio/Words.cpp')
 # Composed tool tips, the text of About, and texts without words.
 OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'

@@ -158,6 +158,8 @@ def python_messages(*parts):
                     names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show'],
                               ['dnf', 'exceptions', 'Error']):
                 add(_literal(node.args[0]), node)
+            elif names[-1] == 'showReading' and len(node.args) == 2:
+                add(_literal(node.args[1]), node)
             elif names[-1] in ('debug', 'info') or names == ['dnf', 'i18n', '_']:  # details, and texts of dnf
                 silent.update(ast.walk(node))
         elif isinstance(node, ast.Return) and node.value is not None:

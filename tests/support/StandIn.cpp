@@ -91,6 +91,11 @@ void StandIn::setOutdated(bool outdated)
     setFlag("outdated", outdated);
 }
 
+void StandIn::setLacking(bool lacking)
+{
+    setFlag("lacking", lacking);
+}
+
 void StandIn::setComplaining(bool complaining)
 {
     setFlag("complaining", complaining);

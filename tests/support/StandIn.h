@@ -30,7 +30,7 @@ public:
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // While this flag is set, collections and the loading of file lists wait.
+    // While this flag is set, collections, the loading of file lists and changes of the system wait.
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
@@ -41,6 +41,8 @@ public:
     void setOutdated(bool outdated);
     // Whether the next collections fail.
     void setUnreadable(bool unreadable);
+    // Whether both repositories fail in the next collections, which ask whether to go on without them.
+    void setLacking(bool lacking);
     // Whether the next collections log an error and continue.
     void setComplaining(bool complaining);
     // Before this call, the change log of a package with the attribute "waiting" is not available.

@@ -183,6 +183,8 @@ class YumIO:
         if os.path.exists(os.path.join(SHARE, 'failing')):
             raise RuntimeError('too early')
         yumIOC.rpmtransInit(False)
+        while os.path.exists(os.path.join(SHARE, 'held')):
+            time.sleep(0.01)
         if os.path.exists(os.path.join(SHARE, 'breaking')):
             raise RuntimeError('half way')
 
@@ -205,6 +207,8 @@ class YumIO:
 
     def wait(self):
         while os.path.exists(os.path.join(SHARE, 'held')):
+            if stopWanted(False):  # noqa: F821  (the program offers it)
+                raise dnf.exceptions.RepoError('interrupted')
             time.sleep(0.01)
 
     def collectFileLists(self):
@@ -217,6 +221,13 @@ class YumIO:
         if os.path.exists(os.path.join(SHARE, 'unreadable')):
             raise RuntimeError('nothing can be read')
         self.wait()
+        if os.path.exists(os.path.join(SHARE, 'lacking')):
+            for others, id in ((1, 'base'), (0, 'extras')):
+                if not goOnWithout(id, id + ' is away', others):  # noqa: F821
+                    raise dnf.exceptions.RepoError(id + ' is away')
+        self.setupCachedRepos()
+
+    def setupCachedRepos(self):
         with open(os.path.join(SHARE, 'packages.json')) as packages:
             self.packages = json.load(packages)
 

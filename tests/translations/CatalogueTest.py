@@ -32,6 +32,9 @@ TOGETHER = (
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
     ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log',)), ('MainWindow', ('&Edit Configuration',)),
     ('MainWindow', ('&About',)),
+    # While this button is enabled, the buttons of the main window are not.
+    ('StopButton', ('&Stop',)),
+    ('YumIO', ('Yes to &All',)),
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action',
                                          '&Lock Version')),
     # A menu has either this entry or the one with the same letter, except for a selection of both kinds.

@@ -272,9 +272,9 @@ private Q_SLOTS:
         QCOMPARE(entries, (QStringList{"&Beenden", "&Protokoll", "&Konfiguration bearbeiten",
                                        "dbcache leeren", "Pakete löschen", "Metadaten löschen",
                                        "Alles löschen", "Handbuch (HTML)", "Handbuch (PDF)", "&Über VYRE"}));
-        QCOMPARE(buttons(),
-                 (QStringList{"Filtern", "&Beschreiben", "Anpa&ssen", "&Neu laden", "Auswahl &vormerken",
-                              "Akt&ualisierungen vormerken", "Aktionen ver&werfen", "Aktionen &anwenden"}));
+        QCOMPARE(buttons(), (QStringList{"Filtern", "&Beschreiben", "Anpa&ssen", "&Neu laden",
+                                         "Auswahl &vormerken", "Akt&ualisierungen vormerken",
+                                         "Aktionen ver&werfen", "Aktionen &anwenden", "Anhalten"}));
         QStringList headings;
         for (int i = 0; i < listed->columnCount(); ++i) {
             headings << listed->headerData(i, Qt::Horizontal).toString();

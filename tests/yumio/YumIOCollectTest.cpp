@@ -310,15 +310,134 @@ private Q_SLOTS:
             "    watch(each)");
         const QStringList expected{
             "(0, 'Initializing: Total Progress (0%) 0/18000', 'Preparing (0%) 0/1')",
-            "(1, 'Initializing: Total Progress (0%) 100/18000', 'Reading repositories (0%) 0/1')",
-            "(1, 'Initializing: Total Progress (83%) 15000/18000', 'Collecting updatable packages (0%) 0/1')",
+            "(1, 'Initializing: Total Progress (0%) 100/18000', 'Reading repositories 0/0')",
+            "(1, 'Initializing: Total Progress (83%) 15000/18000', 'Collecting updatable packages 0/0')",
             ("(1, 'Initializing: Total Progress (88%) 16000/18000', "
-             "'Collecting installed and available packages (0%) 0/1')"),
-            "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups (0%) 0/1')",
-            "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups (0%) 0/1')"};
+             "'Collecting installed and available packages 0/0')"),
+            "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups 0/0')",
+            "(0, 'Initializing: Total Progress (94%) 17000/18000', 'Collecting groups 0/0')"};
         QVERIFY(backEnd->collect());
         QCOMPARE(backEnd->text("seen"), "[" + expected.join(", ") + "]");
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+    }
+
+    void progressNamesTheRepositoryAndWhatHappens()
+    {
+        backEnd->run("seen = []\n"
+                     "BASE.repos['other'] = Thing(enabled=1)\n"
+                     "def read():\n"
+                     "    for name in ('main', 'other'):\n"
+                     "        showReading(name, 'Reading repository metadata for ' + name)\n"
+                     "        seen.append(tuple(look()))\n"
+                     "        if name == 'other':\n"
+                     "            payload = dnf.repo.MDPayload(None)\n"
+                     "            payload.start = lambda text: None\n"
+                     "            payload._text, payload._download_size = 'Other', 200\n"
+                     "            yumIOC.downloadProgress(payload, 50.0)\n"
+                     "            seen.append(tuple(look()))\n"
+                     "        showReading(name, 'Reading the packages of ' + name)\n"
+                     "        seen.append(tuple(look()))\n"
+                     "it.does['setupRepos'] = read\n");
+        QVERIFY(backEnd->collect());
+        const QString total("'Initializing: Total Progress ");
+        QCOMPARE(backEnd->text("seen"),
+                 "[(" + total + "(5%) 1000/18000', 'Reading repository metadata for main 0/0'), (" + total +
+                     "(44%) 8000/18000', 'Reading the packages of main 0/0'), (" + total +
+                     "(44%) 8000/18000', 'Reading repository metadata for other 0/0'), (" + total +
+                     "(54%) 9750/18000', 'Reading repository metadata for other (25%) 50/200'), (" + total +
+                     "(83%) 15000/18000', 'Reading the packages of other 0/0')]");
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+        // Without an operation nothing is shown.
+        backEnd->run("showReading('main', 'too late')");
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+    }
+
+    void collectionFromTheCache()
+    {
+        backEnd->run("it.installed = [Package('old')]");
+        QVERIFY(yumIO().collect({}, YumIO::Source::Cache));
+        QCOMPARE(backEnd->text("len(it.did('setupRepos'))"), QString("0"));
+        QCOMPARE(backEnd->text("len(it.did('setupCachedRepos'))"), QString("1"));
+        QCOMPARE(yumIO().count(), 1);
+    }
+
+    void collectionIsStopped_data()
+    {
+        QTest::addColumn<QString>("method");
+        QTest::newRow("repositories") << "setupRepos";
+        QTest::newRow("updates") << "collectUpdates";
+        QTest::newRow("all") << "collectAll";
+        QTest::newRow("groups") << "collectGroups";
+    }
+
+    void collectionIsStopped()
+    {
+        QFETCH(QString, method);
+        backEnd->run("import time\n"
+                     "def wait():\n"
+                     "    while not stopWanted(False):\n        time.sleep(0.01)\n"
+                     "    raise dnf.exceptions.RepoError('interrupted')\n"
+                     "it.does['" +
+                     method + "'] = wait");
+        StopRequest::State state = StopRequest::State::Idle;
+        QTimer::singleShot(300, &yumIO(), [this, &state] {
+            state = yumIO().stopState();
+            yumIO().stop();
+        });
+        const int before = backEnd->log().count();
+        QVERIFY(!yumIO().collect({}));
+        QVERIFY(yumIO().wasStopped());
+        QCOMPARE(state, method == "setupRepos" ? StopRequest::State::Possible : StopRequest::State::Useless);
+        QCOMPARE(backEnd->answers.take().count(), 0);
+        QCOMPARE(backEnd->log(before),
+                 QStringList({"4 0 Initialization", "0 3 interrupted", "4 0 Stopped."}));
+        QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
+        yumIO().clearEntries();
+        backEnd->run("it.does.clear()");
+        QVERIFY(backEnd->collect());
+        QVERIFY(!yumIO().wasStopped());
+    }
+
+    void failingRepositoriesAreAskedFor()
+    {
+        backEnd->run("seen = []\n"
+                     "def read():\n"
+                     "    seen.append([goOnWithout('one', 'http://u:secret@h/ is away', 2),\n"
+                     "                 goOnWithout('two', 'broken', 1), goOnWithout('three', 'late', 0)])\n"
+                     "it.does['setupRepos'] = read\n");
+        backEnd->answers.press("Yes");
+        backEnd->answers.press("Yes to &All");
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->text("seen"), QString("[[True, True, True]]"));
+        QList<ShownDialog> asked = backEnd->answers.take();
+        QCOMPARE(asked.count(), 2);
+        QCOMPARE(asked[0].title, QString("Repositories"));
+        QVERIFY2(asked[0].text.startsWith("The repository one cannot be read:\nhttp://"),
+                 qPrintable(asked[0].text));
+        QVERIFY(!asked[0].text.contains("secret"));
+        QCOMPARE(asked[0].buttons, QStringList({"Yes", "No", "Yes to &All"}));
+        QCOMPARE(asked[1].text,
+                 QString("The repository two cannot be read:\nbroken\n\nGo on without it for this session?"));
+        QCOMPARE(yumIO().unwantedRepos(), QStringList({"one", "two", "three"}));
+        // The next collection asks again.
+        for (const QString answer : {"No", "Escape", "Enter"}) {
+            backEnd->run("seen = []\n"
+                         "it.does['setupRepos'] = lambda: seen.append(goOnWithout('one', 'late', 0))");
+            backEnd->answers.press(answer);
+            yumIO().clearEntries();
+            QVERIFY(backEnd->collect());
+            QCOMPARE(backEnd->text("seen"), QString("[False]"));
+            asked = backEnd->answers.take();
+            QCOMPARE(asked.count(), 1);
+            QCOMPARE(asked[0].buttons, QStringList({"Yes", "No"}));
+            QCOMPARE(yumIO().unwantedRepos(), QStringList());
+        }
+        // Without any repository, the installed packages remain.
+        backEnd->run("it.does.clear()\nBASE.repos['main'].enabled = 0\nit.installed = [Package('old')]");
+        yumIO().clearEntries();
+        QVERIFY(backEnd->collect());
+        QCOMPARE(backEnd->answers.take().count(), 0);
+        QCOMPARE(yumIO().count(), 1);
     }
 
     void packagesAndGroupsWithoutAnIteratorAreReported()

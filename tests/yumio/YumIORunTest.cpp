@@ -409,7 +409,7 @@ private Q_SLOTS:
 
     void theBarShowsAWaitUntilItEnds()
     {
-        QVERIFY(!yumIO().endWaiting());
+        QVERIFY(!yumIO().stop());
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
                       "goes = [waitForLock('Waiting for w\\u00e4scher (17)'), waitForLock('Waiting for x')]\n"
                       "seen.append(look()[1])\n"
@@ -421,15 +421,19 @@ private Q_SLOTS:
         // The graphical thread never waits.
         backEnd->run("seen.append([waitForLock('later'), waitForLock(None)])");
         QCOMPARE(backEnd->text("seen[-1]"), QString("[False, True]"));
-        QVERIFY(!yumIO().endWaiting());
+        QVERIFY(!yumIO().stop());
     }
 
-    void endedWaitEndsTheOperationWithoutAMessage()
+    void aTransactionCanBeStoppedWhileItWaits()
     {
         backEnd->run("import time\nended = []");
         QTimer timer;
         bool ended = false;
-        connect(&timer, &QTimer::timeout, &timer, [&] { ended = ended || yumIO().endWaiting(); });
+        connect(&timer, &QTimer::timeout, &timer, [&] {
+            if (backEnd->bars().value(1).startsWith("Waiting")) {
+                ended = yumIO().stop();
+            }
+        });
         timer.start(10);
         const int before = logLength();
         QVERIFY(!apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
@@ -440,10 +444,87 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("ended"), QString("[False]"));
         // The user sees only the question, and no message about the failure.
         QCOMPARE(backEnd->answers.take().count(), 1);
-        QCOMPARE(backEnd->log(before).filter("Unable to apply changes").count(), 1);
+        QVERIFY(yumIO().wasStopped());
+        const QStringList lines = backEnd->log(before);
+        QVERIFY2(lines.count("0 3 ended") == 1 && lines.last() == "4 0 Stopped." &&
+                     lines.filter(QRegularExpression("^[23] ")).isEmpty(),
+                 qPrintable(lines.join("\n")));
         // The next operation again reports its failure.
         QVERIFY(!apply("raise dnf.exceptions.Error('broken')"));
         QCOMPARE(backEnd->answers.take().count(), 1);
+    }
+
+    // Runs an apply, and asks it to stop after a while. The function wait() of the script waits for the
+    // request.
+    bool stopAfterAWhile(const QString& statements)
+    {
+        backEnd->run("import time\nseen = []\n"
+                     "def wait():\n"
+                     "    while not stopWanted(False):\n        time.sleep(0.01)\n");
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, &timer, [this] {
+            if (yumIO().stopState() == StopRequest::State::Possible) {
+                yumIO().stop();
+            }
+        });
+        timer.start(200);
+        return apply(statements);
+    }
+
+    void aTransactionThatIsStoppedAsksNothing()
+    {
+        const int before = logLength();
+        QVERIFY(
+            !stopAfterAWhile("wait()\nyumIOC.listTransaction(None, [])\nseen.append(yumIOC.userconfirm())\n"
+                             "yumIOC.errorlog(1, 'seen')\nraise dnf.exceptions.Error('interrupted')"));
+        QVERIFY(yumIO().wasStopped());
+        QCOMPARE(backEnd->answers.take().count(), 0);
+        QCOMPARE(backEnd->text("seen"), QString("[0]"));
+        QCOMPARE(backEnd->log(before),
+                 QStringList({"4 0 Applying", "3 1 seen", "0 3 interrupted", "4 0 Stopped."}));
+    }
+
+    void aStopPreventsTheChangeOfTheSystem()
+    {
+        QVERIFY(!stopAfterAWhile("yumIOC.rpmtransInit(True)\nwait()\nyumIOC.rpmtransInit(False)\n"
+                                 "seen.append('changed')"));
+        QVERIFY(yumIO().wasStopped());
+        QVERIFY(!yumIO().systemChanged());
+        QVERIFY(!yumIO().isChangingSystem());
+        QCOMPARE(backEnd->answers.take().count(), 0);
+        QCOMPARE(backEnd->text("seen"), QString("[]"));
+    }
+
+    void aChangeOfTheSystemCannotBeStopped()
+    {
+        backEnd->run("import time");
+        QList<bool> accepted;
+        QList<StopRequest::State> states;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, &timer, [&] {
+            if (yumIO().isChangingSystem()) {
+                accepted.append(yumIO().stop());
+                states.append(yumIO().stopState());
+            }
+        });
+        timer.start(10);
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                      "yumIOC.rpmtransInit(False)\ntime.sleep(0.3)\nseen.append(stopWanted(False))"));
+        backEnd->answers.take();
+        QCOMPARE(backEnd->text("seen"), QString("[False]"));
+        QVERIFY(!accepted.isEmpty());
+        QVERIFY(!accepted.contains(true));
+        QCOMPARE(states.first(), StopRequest::State::Refused);
+        QVERIFY(!yumIO().wasStopped());
+        QCOMPARE(yumIO().stopState(), StopRequest::State::Idle);
+    }
+
+    void theScriptCanExcludeAStop()
+    {
+        QVERIFY(!stopAfterAWhile("seen.append(stopWanted(True))\ntime.sleep(0.5)\n"
+                                 "seen.append(stopWanted(False))\nyumIOC.listTransaction(None, [])"));
+        QCOMPARE(backEnd->text("seen"), QString("[False, False]"));
+        QVERIFY(!yumIO().wasStopped());
     }
 
     void possibleMarksRemainAfterACollection()

@@ -394,8 +394,9 @@ private Q_SLOTS:
         const auto add = [](const char* name, const Make& make) { QTest::newRow(name) << make; };
         static const QHash<QString, bool> usual;
         static QVector<Package::Entry*> wanted;
-        add("collect",
-            [](auto& yumIO, auto& loop) { return new YumIOProbe::CollectThread(&yumIO, loop, usual); });
+        add("collect", [](auto& yumIO, auto& loop) {
+            return new YumIOProbe::CollectThread(&yumIO, loop, usual, YumIO::Source::Repositories);
+        });
         add("clear",
             [](auto& yumIO, auto& loop) { return new YumIOProbe::ClearEntriesThread(&yumIO, loop); });
         add("file lists",

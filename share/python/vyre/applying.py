@@ -16,6 +16,7 @@ from .plugins import PlugIns
 from .program import tr, yumIOC
 from .progress import DownloadProgress, TransactionProgress
 from .space import ScriptSpace, checkScriptSpace, spaceHint, spaceHints
+from .stopping import endIfStopped
 
 
 def addRemarks(base):
@@ -60,12 +61,14 @@ def installSet(base):
 
 def download(base):
     installed = installSet(base)
+    endIfStopped()
     if not installed:
         yumIOC.downloadRemotePayloads([])
         return
     try:
         base.download_packages(installed, DownloadProgress())
     except (dnf.exceptions.DownloadError, OSError) as e:
+        endIfStopped()
         raise dnf.exceptions.Error(str(e) + spaceHint(base.conf.cachedir))
 
 
@@ -82,6 +85,8 @@ def runTransaction(base, checkCurrent):
         # before this hook.
         saved = otherSections(base, withGroups=not base.transaction)
         PlugIns.ended = False
+        # Otherwise the user can stop the transaction until rpm begins; see YumIO::rpmtransInit().
+        endIfStopped(last=bool(saved) or not base.transaction)
         try:
             base.do_transaction(TransactionProgress())
         except Exception as e:

@@ -19,9 +19,10 @@ import libdnf.error
 import libdnf.transaction
 import rpm
 
-from . import groups
+from . import groups, program
 from .configfiles import RepositoryReader
 from .metadata import documentPath, metadataFault, modulesFault
+from .output import Overheard, passable, showActivity, showReading
 from .packages import HeaderMemo, OtherData
 from .paths import namedDirectory
 from .plugins import forgetPlugIns, stampOfPlugIns
@@ -29,6 +30,8 @@ from .program import tr, yumIOC
 from .progress import DownloadProgress
 from .reasons import clearest
 from .signatures import KeyImport
+from .space import spaceHint
+from .stopping import endIfStopped
 
 
 class Base(dnf.Base):
@@ -50,6 +53,9 @@ class Base(dnf.Base):
         # only logged.
         self.remarks = []
         self._remarked = set()
+        self.onlyCache = False  # without the network
+        self.failed = []  # the repositories that cannot be read, with the reasons
+        self.leftOut = []  # the repositories without metadata in the cache
         self.plugInFault = ''  # why the plug-ins cannot be used; every operation fails unless this is empty
         self._plugInStamp = None
 
@@ -186,7 +192,58 @@ class Base(dnf.Base):
             except dnf.exceptions.ConfigError as e:
                 logging.getLogger('dnf').warning('%s', e)
 
+    def fill_sack(self, *args, **kwargs):
+        """Repositories that dnf cannot read are only noted, so that the user waits for all of them before the first
+        question. Without a user, the first one ends the operation, as in dnf.
+        """
+        del self.leftOut[:], self.failed[:]
+        showActivity(tr('Reading the installed packages'))
+        sack = super(Base, self).fill_sack(*args, **kwargs)
+        endIfStopped()
+        hint = spaceHint(self.conf.cachedir) if self.failed else ''
+        for number, (repo, reason) in enumerate(self.failed):
+            if not program.goOnWithout(repo.id, passable(reason + hint), len(self.failed) - number - 1):
+                endIfStopped()
+                raise dnf.exceptions.RepoError(reason)
+        return sack
+
+    def fillSackFromCache(self):
+        """Read the installed packages and the metadata in the cache, without the network and without a question. The
+        repositories without such metadata are left out.
+        """
+        strategies = [(repo, repo._repo.getSyncStrategy()) for repo in self.repos.iter_enabled()]
+        self.onlyCache = True
+        try:
+            for repo, _ in strategies:
+                repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
+            self.fill_sack()
+        finally:
+            self.onlyCache = False
+            for repo, strategy in strategies:
+                repo._repo.setSyncStrategy(strategy)
+        if self.leftOut:
+            text = tr('These repositories have no metadata in the cache, and are left out until the next Refresh: {}.')
+            logging.getLogger('dnf').info('%s', text.format(', '.join(repo.id for repo in self.leftOut)))
+
     def _add_repo_to_sack(self, repo):
+        endIfStopped()
+        showReading(repo, tr('Reading repository metadata for {}'))
+        overheard = Overheard()
+        try:
+            with overheard:
+                self._readRepo(repo)
+        except dnf.exceptions.RepoError as e:
+            endIfStopped()
+            if self.onlyCache:
+                self.leftOut.append(repo)
+            elif program.goOnWithout is None or repo.skip_if_unavailable:
+                raise
+            else:
+                repo._repo.expire()
+                self.failed.append((repo, '\n'.join([str(e)] + overheard.details())))
+            repo.disable()
+
+    def _readRepo(self, repo):
         # dnf downloads change logs with the other metadata. This function does not load the change logs, because most
         # runs do not need them.
         repo.load_metadata_other = True
@@ -194,6 +251,8 @@ class Base(dnf.Base):
             repo.load()
         finally:
             repo.load_metadata_other = False
+        endIfStopped()
+        showReading(repo, tr('Reading the packages of {}'))
         path = documentPath(repo, 'modules')
         fault = modulesFault(self, path) if path is not None else ''
         if fault:
@@ -213,6 +272,7 @@ class Base(dnf.Base):
                 raise dnf.exceptions.RepoError('{}: {}'.format(e, e.__context__))
             raise
         if before is None or self._cacheStamp(repo) != before:
+            showReading(repo, tr('Checking the metadata of {}'))
             self._checkDocuments(repo)
 
     def _caches(self, repo):

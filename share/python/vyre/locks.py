@@ -21,6 +21,7 @@ from . import program
 from .output import passable, programListens, showActivity
 from .paths import inRoot
 from .program import tr, yumIOC
+from .stopping import endIfStopped
 
 try:
     import sqlite3
@@ -96,6 +97,7 @@ class DatabaseLock:
                 showActivity(tr('Waiting for {}, which uses the package database').format(holder))
             else:
                 showActivity(tr('Waiting for another program, which uses the package database'))
+            endIfStopped()
             if time.monotonic() >= question:
                 self._ask(holder)
                 question = time.monotonic() + self.NEXT_QUESTION

@@ -14,6 +14,7 @@ import libdnf.repo
 
 from . import program
 from .program import tr, withoutSecrets, yumIOC
+from .stopping import isStopped
 
 
 def passable(text):
@@ -81,7 +82,10 @@ class LogHandler(logging.Handler):
             text = tr('You can remove them with Clean Packages in the menu Cache.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
-        if record.levelno >= logging.WARNING:
+        if isStopped():
+            # Failures of downloads that the user has interrupted are no faults.
+            yumIOC.log(max(level, 3), text)
+        elif record.levelno >= logging.WARNING:
             yumIOC.errorlog(level, text)
         else:
             yumIOC.log(level, text)
@@ -95,6 +99,28 @@ def startLog():
         if type(handler).__module__ == __name__:
             logger.removeHandler(handler)
     logger.addHandler(LogHandler())
+
+
+class Overheard(logging.Handler):
+    """Keeps the warnings that dnf logs during a scope. Its exceptions lack the details."""
+
+    def __init__(self):
+        super(Overheard, self).__init__(logging.WARNING)
+        self.texts = []
+
+    def emit(self, record):
+        self.texts.append(record.getMessage())
+
+    def __enter__(self):
+        logging.getLogger('dnf').addHandler(self)
+        return self
+
+    def __exit__(self, *unused):
+        logging.getLogger('dnf').removeHandler(self)
+
+    def details(self):
+        """The lines below the headings of the warnings."""
+        return [line for text in self.texts for line in text.split('\n')[1:]]
 
 
 class DiscreetFormatter(logging.Formatter):
@@ -114,6 +140,12 @@ def showActivity(text):
     """Show the present activity on the bar of the current step."""
     if program.changeActivity is not None and programListens():
         program.changeActivity(passable(text))
+
+
+def showReading(repo, text):
+    """Show on the bar what happens with a repository. The text has a place for its name."""
+    if program.showReading is not None and programListens():
+        program.showReading(repo.id, passable(text.format(repo.name or repo.id)))
 
 
 def extendListing(text):

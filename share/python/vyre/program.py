@@ -19,13 +19,19 @@ addToListing = None
 changeActivity = None
 # Finds the error of a metadata document.
 faultOfMetadata = None
+# Asks whether to go on without a failing repository.
+goOnWithout = None
 # Hides the passwords in a text.
 hideSecrets = None
+# Shows what happens with a repository.
+showReading = None
+# Whether the user has asked the operation to stop. With the argument True, the user cannot do so any more.
+stopWanted = None
 # Shows the lock that the script waits for; returns whether to wait longer.
 waitForLock = None
 
-OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'hideSecrets',
-           'waitForLock')
+OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'goOnWithout',
+           'hideSecrets', 'showReading', 'stopWanted', 'waitForLock')
 
 
 def receive(offered):

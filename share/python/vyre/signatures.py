@@ -8,6 +8,7 @@ import dnf.exceptions
 
 from .program import tr, yumIOC
 from .progress import DownloadProgress
+from .stopping import endIfStopped
 
 
 class KeyImport(dnf.callback.KeyImport):
@@ -30,6 +31,7 @@ def askForKey(keyId, userid, fingerprint, url):
 def checkSignatures(base, packages):
     """Refuse packages whose signature is wrong, or is missing although the repository demands one."""
     for package in sorted(packages):
+        endIfStopped()
         yumIOC.gpgsigcheck()
         result, text = base.package_signature_check(package)
         if result == 1:

@@ -142,6 +142,9 @@ class YumIO:
     def setupRepos(self):
         return self._called('setupRepos')
 
+    def setupCachedRepos(self):
+        return self._called('setupCachedRepos')
+
     def collectUpdates(self):
         return self._called('collectUpdates', answer=self.updates)
 

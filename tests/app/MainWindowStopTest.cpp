@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "app/StopButton.h"
+#include "repo/RepoEditorDialog.h"
+#include "repo/RepoEditorModel.h"
+#include "tests/app/EachAlone.h"
+#include "tests/app/StandInWindow.h"
+
+using namespace PackageTable;
+
+// Tests of operations that the user stops, and of repositories that the user does without.
+class MainWindowStopTest : public StandInWindow
+{
+    Q_OBJECT
+
+private:
+    StopButton* button() const { return shown->window->findChild<StopButton*>(); }
+    // The text beside the menus.
+    QString notice() const;
+    QString log() const;
+    void compareStop(const std::function<void()>& stop);
+    // The repositories that are not used in this session, as the editor shows them.
+    QStringList switchedOff() const;
+
+private Q_SLOTS:
+    void theButtonStopsARefresh();
+    void escapeStopsARefresh();
+    void theAltKeyStopsARefresh();
+    void aStopAtTheStartListsThePackagesOfTheCache();
+    void aClosingRequestStopsTheOperation();
+    void quittingStopsTheOperation();
+    void theButtonSaysThatNothingRuns();
+    void failingRepositoriesAreSwitchedOffInTheSession();
+    void oneAnswerIsEnoughForAllFailingRepositories();
+    void aRefusalListsNothing();
+};
+
+QString MainWindowStopTest::notice() const
+{
+    const auto* label = qobject_cast<QLabel*>(shown->window->menuBar()->cornerWidget());
+    return label != nullptr && label->isVisible() ? label->text() : QString();
+}
+
+QString MainWindowStopTest::log() const
+{
+    shown->action("&Windows", "&Log")->trigger();
+    const QString text = logWindow()->findChild<QTextEdit*>()->toPlainText();
+    logWindow()->close();
+    return text;
+}
+
+void MainWindowStopTest::compareStop(const std::function<void()>& stop)
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    shown->filter("too");
+    const AnsweringUser user(AnsweringUser::key(Qt::Key_Escape), AnsweringUser::EveryDialog);
+    standIn->setHeld(true);
+    standIn->forgetCalls();
+    const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
+                    [&stop] { stop(); });
+    shown->press("Re&fresh");
+    QTRY_VERIFY(once.isDone());
+    QTRY_VERIFY(shown->isReady());
+    standIn->setHeld(false);
+    QCOMPARE(user.titles(), QStringList());
+    QCOMPARE(standIn->calls("setupCachedRepos"), 1);
+    QCOMPARE(shown->listed(), QStringList{"tool"});
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(notice(), QString("Stopped. \"Refresh\" reads the repositories again."));
+    const QString lines = log();
+    QCOMPARE(lines.count("Stopped."), 1);
+    QVERIFY2(!lines.contains("interrupted"), qPrintable(lines));
+    QVERIFY(!button()->isEnabled());
+    // The next reading uses the network again and forgets the marks, as usual.
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(shown->marks(), QStringList());
+    QCOMPARE(standIn->calls("setupRepos"), 2);
+}
+
+void MainWindowStopTest::theButtonStopsARefresh()
+{
+    compareStop([this] { shown->click(button()); });
+}
+
+void MainWindowStopTest::escapeStopsARefresh()
+{
+    compareStop([this] { shown->key(Qt::Key_Escape); });
+}
+
+void MainWindowStopTest::theAltKeyStopsARefresh()
+{
+    compareStop([this] { shown->key(Qt::Key_S, Qt::AltModifier); });
+}
+
+void MainWindowStopTest::aStopAtTheStartListsThePackagesOfTheCache()
+{
+    standIn->setHeld(true);
+    const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
+                    [this] { shown->click(button()); });
+    shown->start();
+    QCOMPARE(standIn->calls("setupCachedRepos"), 1);
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+}
+
+void MainWindowStopTest::aClosingRequestStopsTheOperation()
+{
+    shown->start();
+    standIn->setHeld(true);
+    standIn->forgetCalls();
+    bool closed = true;
+    const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
+                    [this, &closed] { closed = shown->window->close(); });
+    QCOMPARE(runToTheEnd([this] { shown->press("Re&fresh"); }), 0);
+    QVERIFY(once.isDone());
+    QVERIFY(!closed); // it closes when the operation has returned
+    QVERIFY(!shown->window->isVisible());
+    QCOMPARE(standIn->calls("setupCachedRepos"), 0);
+}
+
+void MainWindowStopTest::quittingStopsTheOperation()
+{
+    shown->start();
+    standIn->setHeld(true);
+    standIn->forgetCalls();
+    const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
+                    [this] {
+                        shown->window->quit();
+                        QVERIFY(shown->window->isVisible());
+                    });
+    QCOMPARE(runToTheEnd([this] { shown->press("Re&fresh"); }), 0);
+    QVERIFY(!shown->window->isVisible());
+}
+
+void MainWindowStopTest::theButtonSaysThatNothingRuns()
+{
+    shown->start();
+    QVERIFY(!button()->isEnabled());
+    QVERIFY(button()->toolTip().contains("No operation runs now."));
+    // Keys that press the button have no effect.
+    standIn->forgetCalls();
+    shown->key(Qt::Key_Escape);
+    QTest::qWait(20);
+    QVERIFY(shown->isReady());
+    QCOMPARE(standIn->calls(), QStringList());
+}
+
+QStringList MainWindowStopTest::switchedOff() const
+{
+    QStringList found;
+    const Once once([] { return qobject_cast<RepoEditor::Dialog*>(QApplication::activeModalWidget()); },
+                    [&found] {
+                        auto* model = QApplication::activeModalWidget()->findChild<RepoEditor::Model*>();
+                        for (int row = 0; row < model->rowCount(); ++row) {
+                            if (!model->isTicked(model->index(row, RepoEditor::SessionColumn))) {
+                                found << model->index(row, RepoEditor::IdentifierColumn).data().toString();
+                            }
+                        }
+                        QApplication::activeModalWidget()->close();
+                    });
+    shown->action("&Repositories", "&Edit Configuration")->trigger();
+    if (!once.isDone()) {
+        qFatal("the editor does not open");
+    }
+    return found;
+}
+
+void MainWindowStopTest::failingRepositoriesAreSwitchedOffInTheSession()
+{
+    standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
+    shown->start();
+    standIn->setLacking(true);
+    const AnsweringUser user(AnsweringUser::click("Yes"));
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(user.texts(),
+             (QStringList{"The repository base cannot be read:\nbase is away\n\nGo on without it for this "
+                          "session?",
+                          "The repository extras cannot be read:\nextras is away\n\nGo on without it for "
+                          "this session?"}));
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(switchedOff(), (QStringList{"base", "extras"}));
+    standIn->setLacking(false);
+    standIn->forgetCalls();
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(standIn->calls().contains("disableRepo base"));
+    QVERIFY(standIn->calls().contains("disableRepo extras"));
+}
+
+void MainWindowStopTest::oneAnswerIsEnoughForAllFailingRepositories()
+{
+    standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
+    shown->start();
+    standIn->setLacking(true);
+    const AnsweringUser user(AnsweringUser::click("Yes to &All"));
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(user.texts().size(), 1);
+    QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
+    QCOMPARE(switchedOff(), (QStringList{"base", "extras"}));
+    QVERIFY(log().contains("VYRE does without the repository extras in this session:"));
+}
+
+void MainWindowStopTest::aRefusalListsNothing()
+{
+    standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
+    shown->start();
+    standIn->setLacking(true);
+    const AnsweringUser user(AnsweringUser::clickIfThere("No"), AnsweringUser::EveryDialog);
+    shown->press("Re&fresh");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(user.titles(), (QStringList{"Repositories", "VYRE Yum Error"}));
+    QVERIFY2(user.texts().last().contains("base is away\nUnable to initialize"),
+             qPrintable(user.texts().last()));
+    QCOMPARE(shown->listed(), QStringList());
+    QCOMPARE(switchedOff(), QStringList());
+}
+
+int main(int argc, char** argv)
+{
+    return EachAlone::run<MainWindowStopTest>(argc, argv);
+}
+
+#include "MainWindowStopTest.moc"

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <QVBoxLayout>
+#include <QtTest>
+
+#include "app/StopButton.h"
+
+using State = StopRequest::State;
+
+class StopButtonTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void stateIsShown_data()
+    {
+        QTest::addColumn<int>("state");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("reason");
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("idle") << int(State::Idle) << "Stop"
+                              << "No operation runs now" << false;
+        QTest::newRow("possible") << int(State::Possible) << "&Stop"
+                                  << "Stops the current operation (Esc)" << true;
+        QTest::newRow("useless") << int(State::Useless) << "Stop"
+                                 << "The current step cannot be stopped" << false;
+        QTest::newRow("requested") << int(State::Requested) << "Stopping..."
+                                   << "as soon as the current step allows it" << false;
+        QTest::newRow("refused") << int(State::Refused) << "Stop"
+                                 << "A stop would leave the system half changed" << false;
+    }
+
+    void stateIsShown()
+    {
+        QFETCH(int, state);
+        QFETCH(QString, text);
+        QFETCH(QString, reason);
+        QFETCH(bool, enabled);
+        StopButton button(nullptr);
+        const QSize size = button.sizeHint();
+        button.showState(static_cast<State>(state));
+        QCOMPARE(button.text(), text);
+        QVERIFY2(button.toolTip().contains(reason), qPrintable(button.toolTip()));
+        QVERIFY2(button.accessibleDescription().contains(reason), qPrintable(button.accessibleDescription()));
+        QCOMPARE(button.isEnabled(), enabled);
+        QCOMPARE(button.sizeHint(), size);
+    }
+
+    void escapePressesTheEnabledButton()
+    {
+        QWidget window;
+        auto* button = new StopButton(&window);
+        (new QVBoxLayout(&window))->addWidget(button);
+        QSignalSpy clicks(button, SIGNAL(clicked()));
+        window.show();
+        QApplication::setActiveWindow(&window);
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        for (const State state : {State::Idle, State::Useless, State::Requested, State::Refused}) {
+            button->showState(state);
+            QTest::keyClick(window.windowHandle(), Qt::Key_Escape);
+        }
+        QCOMPARE(clicks.count(), 0);
+        button->showState(State::Possible);
+        QTest::keyClick(window.windowHandle(), Qt::Key_Escape);
+        QCOMPARE(clicks.count(), 1);
+        QTest::keyClick(window.windowHandle(), Qt::Key_S, Qt::AltModifier);
+        QTRY_COMPARE(clicks.count(), 2);
+    }
+};
+
+QTEST_MAIN(StopButtonTest)
+#include "StopButtonTest.moc"

@@ -1,0 +1,268 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Operations that the user stops, and repositories that the user does without."""
+
+import ctypes
+import os
+import threading
+import time
+
+from scenario import ScenarioTest, in_own_process
+
+REPODATA = "/sandbox-http/repodata/"
+REPOMD = REPODATA + "repomd.xml"
+GARGANTUA = "/sandbox-http/gargantua-1.0-1.noarch.rpm"
+UNREACHABLE = "[{0}]\nname={0}\nbaseurl=http://127.0.0.1:9/{0}/\nretries=1\ntimeout=2\nskip_if_unavailable=0\n"
+
+
+class Stop:
+    """The program's side: it sets the flag of librepo again and again after a request to stop."""
+
+    def __init__(self):
+        self.requested = False
+        self.refused = False
+        self._ended = threading.Event()
+
+    def __call__(self, last):
+        self.refused = self.refused or last and not self.requested
+        return self.requested
+
+    def request(self):
+        self.requested = True
+        interrupted = ctypes.c_int.in_dll(ctypes.CDLL("librepo.so.0"), "lr_interrupt")
+        while not self._ended.wait(0.05):
+            interrupted.value = 1
+
+    def request_when(self, condition):
+        def wait():
+            while not condition():
+                if self._ended.wait(0.02):
+                    return
+            self.request()
+        self._thread = threading.Thread(target=wait)
+        self._thread.start()
+
+    def end(self):
+        self._ended.set()
+        self._thread.join()
+        self.requested = False
+        self._ended.clear()
+
+
+class StoppingTest(ScenarioTest):
+
+    def load_stoppable(self, **given):
+        self.stop = Stop()
+        self.load(stopWanted=self.stop, **given)
+        self.yumio.lock()
+
+    def check_stopped(self, operation, condition):
+        """The operation ends soon after the request, without an error in the log."""
+        errors = len(self.recording.errors())
+        self.stop.request_when(condition)
+        begin = time.monotonic()
+        try:
+            with self.assertRaisesRegex(self.dnf.exceptions.Error, "^Stopped[.]"):
+                operation()
+        finally:
+            self.stop.end()
+        # The server needs hours for the whole file.
+        self.assertLess(time.monotonic() - begin, 60)
+        self.assertEqual(self.recording.errors()[errors:], [])
+        self.assert_no_faults()
+
+    def requested(self, path):
+        return lambda: path in self.server.paths()
+
+    @in_own_process
+    def test_a_slow_mirror_of_metadata(self):
+        self.change_repository("sandbox-unreachable", "enabled=1", "enabled=0")
+        self.load_stoppable()
+        for path in (REPOMD, REPODATA + next(name for name in os.listdir(
+                self.sandbox.directory + "/http" + REPODATA) if name.endswith("primary.xml.gz"))):
+            self.yumio.cleanAll()
+            self.yumio.reset()
+            self.server.forget()
+            self.server.fault(path, "paced", 1)
+            self.check_stopped(self.yumio.setupRepos, self.requested(path))
+            self.server.fault(path, "none")
+            # The repository is neither switched off nor damaged.
+            self.collect()
+            self.package(self.available, "astrolabe")
+
+    @in_own_process
+    def test_a_repository_that_may_be_skipped_is_not_skipped(self):
+        self.change_repository("sandbox-http", "enabled=1", "enabled=1\nskip_if_unavailable=1")
+        self.load_stoppable()
+        self.server.fault(REPOMD, "paced", 1)
+        self.stop.request_when(self.requested(REPOMD))
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "^Stopped[.]"):
+            self.yumio.setupRepos()
+        self.stop.end()
+        self.assertTrue(self.yumio.base.repos["sandbox-http"].enabled)
+
+    @in_own_process
+    def test_packages_of_the_cache_remain(self):
+        self.load_stoppable()
+        self.collect()
+        self.recording.clear()
+        before = [str(package) for package in self.available + self.installed + self.updates]
+        self.sandbox.expire_metadata()
+        self.yumio.reset()
+        self.server.forget()
+        self.server.fault(REPOMD, "paced", 1)
+        self.check_stopped(self.yumio.setupRepos, self.requested(REPOMD))
+        self.server.forget()
+        setup, self.yumio.setupRepos = self.yumio.setupRepos, self.yumio.setupCachedRepos
+        self.collect()
+        self.yumio.setupRepos = setup
+        self.assertEqual(self.server.paths(), [])
+        self.assertEqual([str(package) for package in self.available + self.installed + self.updates], before)
+        self.assertEqual(self.recording.errors(), [])
+        # A transaction works with them.
+        self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
+        # The next reading uses the network.
+        self.server.fault(REPOMD, "none")
+        self.sandbox.expire_metadata()
+        self.again()
+        self.assertIn(REPOMD, self.server.paths())
+
+    @in_own_process
+    def test_installed_packages_remain_without_a_cache(self):
+        self.load_stoppable()
+        self.server.stop()
+        self.yumio.setupCachedRepos()
+        packages = [package.name for package in self.yumio.collectAll().installed]
+        self.assertIn("almanac", packages)
+        lines = "\n".join(text for level, text in self.recording.of("log"))
+        self.assertRegex(lines, "These repositories have no metadata in the cache, and are left out until the next "
+                                "Refresh: .*sandbox-http")
+        # A local repository needs no network, but its metadata are read in the same way.
+        self.assertEqual(self.recording.errors(), [])
+        self.server.start()
+        self.yumio.reset()
+        self.collect()
+        self.package(self.available, "astrolabe")
+
+    @in_own_process
+    def test_a_slow_mirror_of_packages(self):
+        self.load_stoppable()
+        self.collect()
+        self.recording.clear()
+        self.server.fault(GARGANTUA, "paced", 1)
+        before = self.sandbox.installed()
+        self.check_stopped(lambda: self.apply(installs=["gargantua"]), self.requested(GARGANTUA))
+        self.assertEqual(self.sandbox.installed(), before)
+        self.assertFalse(self.yumio.systemChanged)
+        self.assertEqual([name for name in self.recording.names() if name.startswith("rpmtrans")], [])
+        self.server.fault(GARGANTUA, "none")
+        self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({"gargantua-1.0-1.noarch"}, set()))
+        self.again()
+        self.package(self.installed, "gargantua")
+
+    @in_own_process
+    def test_a_stop_before_the_question_prevents_it(self):
+        self.load_stoppable()
+        self.collect()
+        resolve = self.module("resolving").resolveMarks
+
+        def stopped(*arguments):
+            self.stop.requested = True
+            return resolve(*arguments)
+        self.yumio.apply.__globals__["resolveMarks"] = stopped
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "^Stopped[.]"):
+            self.apply(installs=["loupe"], answers=())
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_a_stop_is_possible_until_rpm_begins(self):
+        self.load_stoppable()
+        self.collect()
+        self.apply(installs=["loupe"])
+        # The program itself refuses requests when rpm begins.
+        self.assertFalse(self.stop.refused)
+
+
+class WithoutRepositoriesTest(ScenarioTest):
+    """Repositories that fail, and the question whether to go on without them."""
+
+    def load_asking(self, *answers):
+        self.asked = []
+        remaining = list(answers)
+
+        def ask(id, reason, others):
+            self.asked.append((id, reason, others))
+            return remaining.pop(0)
+        self.load(goOnWithout=ask)
+        self.yumio.lock()
+
+    def add_unreachable(self, *names):
+        for name in names:
+            self.write("/etc/yum.repos.d/%s.repo" % name, UNREACHABLE.format(name))
+
+    @in_own_process
+    def test_all_failing_repositories_come_before_the_first_question(self):
+        self.add_unreachable("away", "gone")
+        self.server.fault(REPOMD, "status", 401)
+        self.load_asking(True, True, True)
+        self.collect()
+        self.assertEqual({id for id, reason, others in self.asked}, {"away", "gone", "sandbox-http"})
+        self.assertEqual([others for id, reason, others in self.asked], [2, 1, 0])
+        for id, reason, others in self.asked:
+            # The reason of this repository only.
+            for other in ("away", "gone", "sandbox-http"):
+                self.assertEqual(other in reason, other == id, reason)
+            if id == "sandbox-http":
+                self.assertIn("401", reason)
+        self.assertEqual([self.yumio.base.repos[id].enabled for id, *_ in self.asked], [False] * 3)
+        self.package(self.installed, "almanac")
+        self.assertTrue(self.available)
+        self.assertNotIn("sandbox-http", {package.repoid for package in self.available})
+        # A repository that may be skipped needs no question.
+        self.assertIn("sandbox-unreachable", "\n".join(self.recording.errors()))
+        self.assert_no_faults()
+        self.apply(installs=["hedgerow"])
+
+    @in_own_process
+    def test_a_refusal_is_an_error(self):
+        self.add_unreachable("away", "gone")
+        self.load_asking(True, False)
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "Failed to download metadata") as caught:
+            self.yumio.setupRepos()
+        self.assertIn(self.asked[1][0], str(caught.exception))
+        self.assertNotIn(self.asked[0][0], str(caught.exception))
+        self.assertEqual(len(self.asked), 2)
+
+    @in_own_process
+    def test_damaged_metadata(self):
+        self.server.fault(REPOMD, "corrupted")
+        self.load_asking(True)
+        self.collect()
+        self.assertEqual([id for id, *_ in self.asked], ["sandbox-http"])
+        # After the next reset it is read again.
+        self.server.fault(REPOMD, "none")
+        self.yumio.reset()
+        self.collect()
+        self.assertEqual(len(self.asked), 1)
+        self.package(self.available, "astrolabe")
+
+    @in_own_process
+    def test_without_any_network_the_installed_packages_remain(self):
+        self.change_repository("sandbox-file", "enabled=1", "enabled=0")
+        self.load_asking(*[True] * 9)
+        self.server.stop()
+        self.collect()
+        self.assertEqual(self.available, [])
+        self.package(self.installed, "almanac")
+        self.assertEqual(list(self.yumio.base.repos.iter_enabled()), [])
+        self.assert_no_faults()
+
+    @in_own_process
+    def test_what_happens_with_each_repository_is_shown(self):
+        shown = []
+        self.load(showReading=lambda *arguments: shown.append(arguments))
+        self.collect()
+        name = self.yumio.base.repos["sandbox-file"].name
+        self.assertEqual([text for id, text in shown if id == "sandbox-file"],
+                         [text.format(name) for text in ("Reading repository metadata for {}",
+                                                         "Reading the packages of {}", "Checking the metadata of {}")])
+        self.assertEqual(len({id for id, text in shown}), len(list(self.yumio.base.repos.iter_enabled())) + 1)
