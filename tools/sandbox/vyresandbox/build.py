@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
 """Builds the catalogue's rpms with rpmbuild and signs some of them."""
 
 import collections
