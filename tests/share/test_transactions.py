@@ -338,7 +338,7 @@ class ReasonTest(ScenarioTest):
     @in_own_process
     def test_exceptions_of_transactions_have_a_complete_text(self):
         self.started()
-        self.check(self.yumio.apply, self.raiser(self.module("resolving"), "markAll"), ([],) * 6)
+        self.check(self.yumio.apply, self.raiser(self.yumio, "_checkCurrent"), ([],) * 6)
 
     @in_own_process
     def test_exceptions_of_collections_have_a_complete_text(self):
