@@ -61,7 +61,7 @@ class DescriptionTest(EditingTest):
         driver.click(button)
 
     def pairs(self, dialog, begin):
-        """The labels and values below the heading with this text, up to the next heading: label -> value."""
+        """A dictionary of the labels and their values between this heading and the next heading."""
         labels = dialog.labels()
         labels = labels[labels.index(begin) + 1:]
         if 'Installed' in labels:

@@ -29,8 +29,8 @@ private Q_SLOTS:
     void withoutASelectionTheClickedRowGetsTheAction();
     void theMenuOffersTheActionsOfAllSelectedRows_data();
     void theMenuOffersTheActionsOfAllSelectedRows();
-    void onlyRowsThatPermitTheActionGetIt_data();
-    void onlyRowsThatPermitTheActionGetIt();
+    void anActionIsSetOnlyInRowsThatPermitIt_data();
+    void anActionIsSetOnlyInRowsThatPermitIt();
     void theActionAppliesToTheSelectionAndNotToTheClickedRow();
     void theRightButtonSelectsAnUnselectedRow();
     void anActionIsChosenWithTheMouse();
@@ -169,7 +169,7 @@ void ActionContextMenuTest::theMenuOffersTheActionsOfAllSelectedRows()
     QCOMPARE(choose(selected.first(), Qt::Key_Escape), offered);
 }
 
-void ActionContextMenuTest::onlyRowsThatPermitTheActionGetIt_data()
+void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt_data()
 {
     QTest::addColumn<int>("key");
     QTest::addColumn<Actions>("expected");
@@ -183,7 +183,7 @@ void ActionContextMenuTest::onlyRowsThatPermitTheActionGetIt_data()
     QTest::newRow("none") << int(Qt::Key_N) << Actions();
 }
 
-void ActionContextMenuTest::onlyRowsThatPermitTheActionGetIt()
+void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt()
 {
     QFETCH(int, key);
     QFETCH(Actions, expected);

@@ -66,7 +66,7 @@ protected:
     // Every test starts with a text that has a password at this position.
     static constexpr int passwordBegin = 24;
     static const QString password;
-    // The text with another password at this position; a second password of the text stays.
+    // The text with another password at this position. If the text has a second password, it stays the same.
     virtual QString textWith(const QString& insertedPassword) const = 0;
     QString maskedWith(int passwordLength) const;
     QString text() const { return textWith(password); }

@@ -182,7 +182,7 @@ void PasswdTextEditTest::aSelectionCannotBeDraggedAway()
     QCOMPARE(anchorOf(edit), passwordBegin + 3);
     QCOMPARE(position(), secondPassword + 2);
     compareReal(password);
-    // With Shift, a press on the selection changes it.
+    // With Shift, a press on the selection moves its end.
     goTo(0);
     press(Qt::Key_Right, Qt::ShiftModifier, 10);
     click(5, Qt::LeftButton, Qt::ShiftModifier);

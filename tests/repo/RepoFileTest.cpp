@@ -167,7 +167,7 @@ void RepoFileTest::otherKindsOfFilesHaveTheExpectedState()
         QCOMPARE(file.reason, path("link") + QStringLiteral(" is left alone: it is not a regular file."));
         QCOMPARE(unlink(localPath("link").constData()), 0);
     }
-    // stat() reports these as regular files.
+    // For stat(), the files of /proc are regular files.
     QCOMPARE(int(File::read(QStringLiteral("/proc/self/mem")).state), int(File::Unreadable));
     QCOMPARE(File::read(QStringLiteral("/proc/self/mem")).failure, EIO);
     QVERIFY(!File::read(QStringLiteral("/proc/self/stat")).bytes.isEmpty());

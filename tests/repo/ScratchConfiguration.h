@@ -41,7 +41,7 @@ protected:
     static QString withErrno(const QString& message, int code);
     // Checks that only one box was shown, and that it is an error with this text. Removes it from the record.
     void compareError(const QString& text);
-    // Checks in the same way the question whether to read these changed files again.
+    // Checks that only one box was shown, and that it asks whether to read these changed files again.
     void compareNothingIsWritten(const QStringList& paths);
 
     std::unique_ptr<QTemporaryDir> root;

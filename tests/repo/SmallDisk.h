@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Mounts a small file system on a directory, only for this process. It disappears at the end of the process,
-// and requires root.
+// Mounts a small file system on a directory, only for this process and until its end. Only root can do this.
 
 #ifndef TESTS_REPO_SMALLDISK_H
 #define TESTS_REPO_SMALLDISK_H

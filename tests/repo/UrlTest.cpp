@@ -9,11 +9,11 @@ class UrlTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theHostIsBetweenTheSlashes_data();
-    void theHostIsBetweenTheSlashes();
+    void theHostIsFoundInTheUrl_data();
+    void theHostIsFoundInTheUrl();
 };
 
-void UrlTest::theHostIsBetweenTheSlashes_data()
+void UrlTest::theHostIsFoundInTheUrl_data()
 {
     QTest::addColumn<QString>("url");
     QTest::addColumn<QString>("host");
@@ -43,7 +43,7 @@ void UrlTest::theHostIsBetweenTheSlashes_data()
                            << "";
 }
 
-void UrlTest::theHostIsBetweenTheSlashes()
+void UrlTest::theHostIsFoundInTheUrl()
 {
     QFETCH(QString, url);
     QTEST(URL::getHost(url), "host");

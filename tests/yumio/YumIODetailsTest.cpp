@@ -134,7 +134,7 @@ private Q_SLOTS:
         QFETCH(QString, method);
         QFETCH(QString, heading);
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
-        // Writes like a library of the package manager.
+        // A library of the package manager could write in this way.
         backEnd->run("import os\n"
                      "def load():\n"
                      "    os.write(1, b'something odd\\n')\n"

@@ -234,7 +234,7 @@ private Q_SLOTS:
                                                    "'Downloading b.drpm: 10240 / 10240 (100.0%)']"));
         QCOMPARE(backEnd->text("seen[4]"),
                  QString("['Downloading a.drpm: Complete', 'Downloading b.drpm: Complete']"));
-        // The weights of the downloads and of the rebuilt packages.
+        // 100480 is the weight of the downloads and of the rebuilt packages.
         QCOMPARE(backEnd->text("seen[5][1]"), QString("Downloading 2 packages (100%) 100480/100480"));
         QCOMPARE(backEnd->text("seen[6]['payloadSlots']"), QString("0"));
     }

@@ -49,7 +49,7 @@ class Marks:
     SHOWN = 6
 
     def inShort(self):
-        """The names of the marked packages and groups in one line. A number replaces the last of many names."""
+        """The marked packages and groups in one line. If they are many, a number replaces the last names."""
         objects = self.newVersions() + self.installs + self.removes
         names = sorted(set(package.name for package in objects))
         names += sorted(str(group) for group in self.groupInstalls + self.groupUpdates + self.groupRemoves)

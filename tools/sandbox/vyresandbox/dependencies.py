@@ -42,7 +42,7 @@ _CHANGELOG = {"first": [(datetime.date(2023, 5, 2), "Larkspur Packagers <package
 
 
 def _known_libraries():
-    """Name -> path of this machine's libraries. If a name has several paths, it is the linker's choice: the first."""
+    """Name -> path of this machine's libraries. If a name has several paths, the linker uses the first."""
     known = {}
     for line in run(["/sbin/ldconfig", "-p"]).splitlines()[1:]:
         name, arrow, path = line.strip().partition(" => ")

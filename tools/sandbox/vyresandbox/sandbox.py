@@ -11,7 +11,7 @@ from .server import Server
 HTTP_REPOSITORIES = ("sandbox-http", "sandbox-updates", "sandbox-signed")
 FILE_REPOSITORIES = ("sandbox-file", "sandbox-disabled")
 
-# The default compression depends on the version of createrepo_c. Tests that change the metadata unpack gz.
+# The default compression depends on the version of createrepo_c. Tests that change the metadata need gz.
 CREATEREPO = ("createrepo_c", "--quiet", "--no-database", "--general-compress-type", "gz")
 
 # No program listens on the discard port.
