@@ -30,7 +30,7 @@ class UseTest(EditingTest):
             editor.wait_on(True, 'sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
-            # A change for the session only needs no Apply.
+            # Apply is not necessary for a change that lasts only for the session.
             self.assertEqual(editor.status(), '')
             self.assertFalse(driver.enabled(editor.button('Apply')))
             editor.close('OK')

@@ -381,7 +381,7 @@ void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
             press(buttonNamed(shown, "Close"));
             QTest::keyClick(shown.windowHandle(), Qt::Key_Escape);
             seen << (shown.close() ? "closed" : "not closed");
-            // The window manager requests the end too.
+            // With Alt+F4, the window manager requests that the dialog is closed.
             QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0);
             QTest::qWait(100);
             seen << (shown.isVisible() ? "still there" : "gone") << QString::number(areasOf(shown).count());

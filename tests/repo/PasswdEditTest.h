@@ -91,8 +91,9 @@ protected:
     // With these modifiers, Home and End move to the beginning and the end of the text.
     Qt::KeyboardModifiers wholeText() const { return hasLines() ? Qt::ControlModifier : Qt::NoModifier; }
 
-    // The widget that gets the mouse events, and the point in it for a position in the text.
+    // The widget that gets the mouse events.
     virtual QWidget* mouseTarget() const = 0;
+    // The point in this widget where the text has this position.
     virtual QPoint placeOf(int position) const = 0;
 
     QString realText() const { return realTextOf(edit); }

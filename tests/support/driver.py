@@ -22,7 +22,7 @@ warnings.filterwarnings('ignore', message='Atspi[.]', category=DeprecationWarnin
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SHARE = os.path.join(ROOT, 'share')
 
-# The columns of the package table, in the order of the program. The last name takes the unused numbers.
+# The columns of the package table, in the order of the program. The other numbers are unused.
 ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME, *_ = range(100)
 
 
@@ -56,7 +56,7 @@ def wait_for(condition, what, seconds=60):
 
 def walk(accessible):
     yield accessible
-    # A table has a child for every cell, so its own calls read it.
+    # Every cell of a table is a child. Other functions read the cells.
     if accessible.getRole() in (pyatspi.ROLE_TABLE, pyatspi.ROLE_TREE_TABLE):
         return
     for i in range(accessible.childCount):

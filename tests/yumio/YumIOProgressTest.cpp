@@ -254,7 +254,7 @@ private Q_SLOTS:
 
     void exceptionInsideAPayloadReachesTheOperation()
     {
-        // An exception that the operation explains must reach the operation.
+        // The operation must get the exception, because it reports the failure to the user.
         backEnd->run("wrong = Wrong()\nwrong.exception = RuntimeError('inside')\n"
                      "class Lost:\n"
                      "    @property\n"

@@ -64,7 +64,7 @@ private:
         return QSet<QString>(lines.begin(), lines.end());
     }
 
-    // The change log of a package, or a package file, as the program shows it.
+    // The change log of an installed package or of a package file, as the program shows it.
     QString changeLog(const QStringList& package)
     {
         QString text =

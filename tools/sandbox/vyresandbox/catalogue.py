@@ -208,7 +208,7 @@ def _base_packages(busybox):
 
 
 def _kernels():
-    """The packages of a name with several versions: two versions are installed, a third version is available."""
+    """A kernel in three versions: two versions are installed, and a third version is available."""
     return [
         Package("kernel", version, "The Linux kernel", group="System Environment/Kernel", license="GPL-2.0-only",
                 state=state, repo=repo, changelog=changelog, relations=[("Provides", "installonlypkg(kernel)")],
