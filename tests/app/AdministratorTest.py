@@ -335,7 +335,7 @@ class AdministratorTest(unittest.TestCase):
                     self.assertEqual(self.system.record()['arguments'], expected)
 
     def test_arguments_are_parsed_as_in_vyre(self):
-        """Random words are refused, or VYRE gets equivalent words that mean nothing to Qt."""
+        """Random arguments are refused, or VYRE gets arguments of the same meaning that Qt does not interpret."""
         admin = importlib.machinery.SourceFileLoader('admin', ADMIN).load_module()
         letters = {'-h': '--help', '-H': '--help', '-m': '--mode', '-e': '--regexp', '-s': '--state', '-g': '--groups',
                    '-r': '--repo-editor', '-l': '--log'}

@@ -525,7 +525,7 @@ void YumConfIOPropertiesTest::privateFilesArePrivateFromTheBeginning()
         RandomConfiguration random(2000000000 + seed, true);
         make(random);
         QVERIFY2(conf->read(nullptr), context);
-        // Several sections are written to one new file. A random section of them has the password.
+        // Several sections are written to one new file. One of them has the password.
         const QString file = path(QStringLiteral("etc/yum.repos.d/new.repo"));
         const int count = 1 + random.below(4);
         const int chosen = random.below(count);

@@ -291,8 +291,8 @@ def make_repositories(sandbox, work):
         _pack_with_zstd(os.path.join(sandbox.repository("extra-zstd"), "repodata"))
 
 
-# The createrepo_c of some distributions cannot pack with zstd. A createrepo_c that can do so unpacks the files that
-# modifyrepo_c gets.
+# The createrepo_c of some distributions cannot pack with zstd. If it can, its
+# modifyrepo_c would unpack the files of _pack_with_zstd().
 _CREATEREPO_PACKS_WITH_ZSTD = "zstd" in run([CREATEREPO[0], "--help"])
 
 _OPTIONS = {
