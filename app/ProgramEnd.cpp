@@ -138,7 +138,7 @@ void ProgramEnd::endWithoutToolkit()
     const bool goingOn = window.isChangingSystem();
     finish(false);
     if (goingOn) {
-        Unattended::report(tr("The transaction has come to its end. VYRE ends."));
+        Unattended::report(tr("The transaction has ended. VYRE ends."));
     }
     // The destructors of Qt's objects need the display, so they must not run.
     _exit(1);

@@ -112,7 +112,7 @@ File File::read(const QString& path)
     file.state = NoStatus;
     if (file.failure == ENOENT || file.failure == ELOOP) {
         if (lstat(name.constData(), &status) == 0) {
-            file.leaveAlone(tr("%1 is left alone: it is a link that leads nowhere.").arg(path));
+            file.leaveAlone(tr("%1 is left alone: it is a broken link.").arg(path));
         } else if (errno == ENOENT) {
             file.state = Missing;
         }

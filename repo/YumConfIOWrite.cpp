@@ -277,13 +277,14 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
     if (changedFiles.isEmpty()) {
         return true;
     }
-    readAgainWanted = showBox(parent, tr("Repository Editor"),
-                              tr("VYRE writes nothing: other programs have made or changed these files since "
-                                 "VYRE read them, or VYRE cannot edit them.\n%1\n"
-                                 "Read all files again, and lose your changes?")
-                                  .arg(listOf(changedFiles)),
-                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No,
-                              QMessageBox::Warning) == QMessageBox::Yes;
+    readAgainWanted =
+        showBox(parent, tr("Repository Editor"),
+                tr("VYRE has written nothing: other programs have created or changed these files "
+                   "since VYRE last read the configuration, or VYRE cannot edit them.\n%1\n"
+                   "Read all files again, and lose your changes?")
+                    .arg(listOf(changedFiles)),
+                QMessageBox::Yes | QMessageBox::No, QMessageBox::No,
+                QMessageBox::Warning) == QMessageBox::Yes;
     return false;
 }
 
@@ -433,8 +434,8 @@ bool YumConfIO::reportOutdated(const QList<Target>& list)
     if (!paths.isEmpty()) {
         outdated = true;
         showBox(parent, tr("Repository Editor"),
-                tr("Other programs have changed these files since VYRE read them. You have not edited them, "
-                   "and VYRE does not change them.\n%1")
+                tr("Other programs have changed these files since VYRE last read them. You have not edited "
+                   "these files, and VYRE has not changed them.\n%1")
                     .arg(listOf(paths)),
                 QMessageBox::Ok, QMessageBox::Ok, QMessageBox::Information);
     }

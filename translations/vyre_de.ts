@@ -902,7 +902,7 @@ Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
         <translation>Die Anzeige ist verloren. VYRE endet.</translation>
     </message>
     <message>
-        <source>The transaction has come to its end. VYRE ends.</source>
+        <source>The transaction has ended. VYRE ends.</source>
         <translation>Die Transaktion ist zu Ende. VYRE endet.</translation>
     </message>
 </context>
@@ -943,8 +943,8 @@ Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
 <context>
     <name>Repo::File</name>
     <message>
-        <source>%1 is left alone: it is a link that leads nowhere.</source>
-        <translation>%1 bleibt unberührt: Es ist ein Verweis, der nirgendwohin führt.</translation>
+        <source>%1 is left alone: it is a broken link.</source>
+        <translation>%1 bleibt unberührt: Es ist ein Verweis, dessen Ziel fehlt.</translation>
     </message>
     <message>
         <source>%1 is left alone: it is not a regular file.</source>
@@ -1730,10 +1730,10 @@ Zurzeit läuft kein Vorgang.</translation>
         <translation>VYRE wurde unterbrochen, als es eine Konfigurationsdatei schrieb. Der vorherige Text steht in %1</translation>
     </message>
     <message>
-        <source>VYRE writes nothing: other programs have made or changed these files since VYRE read them, or VYRE cannot edit them.
+        <source>VYRE has written nothing: other programs have created or changed these files since VYRE last read the configuration, or VYRE cannot edit them.
 %1
 Read all files again, and lose your changes?</source>
-        <translation>VYRE schreibt nichts: Andere Programme haben diese Dateien angelegt oder geändert, seit VYRE sie gelesen hat, oder VYRE kann sie nicht bearbeiten.
+        <translation>VYRE hat nichts geschrieben: Andere Programme haben diese Dateien angelegt oder geändert, seit VYRE die Konfiguration zuletzt gelesen hat, oder VYRE kann sie nicht bearbeiten.
 %1
 Alle Dateien neu lesen und Ihre Änderungen verlieren?</translation>
     </message>
@@ -1742,9 +1742,9 @@ Alle Dateien neu lesen und Ihre Änderungen verlieren?</translation>
         <translation>%1 enthält ein Passwort. Von jetzt an können nur ihr Besitzer und ihre Gruppe die Datei lesen.</translation>
     </message>
     <message>
-        <source>Other programs have changed these files since VYRE read them. You have not edited them, and VYRE does not change them.
+        <source>Other programs have changed these files since VYRE last read them. You have not edited these files, and VYRE has not changed them.
 %1</source>
-        <translation>Andere Programme haben diese Dateien geändert, seit VYRE sie gelesen hat. Sie haben diese Dateien nicht bearbeitet, und VYRE ändert sie nicht.
+        <translation>Andere Programme haben diese Dateien geändert, seit VYRE sie zuletzt gelesen hat. Sie haben diese Dateien nicht bearbeitet, und VYRE hat sie nicht geändert.
 %1</translation>
     </message>
 </context>
@@ -2656,17 +2656,17 @@ Ihre Gruppen werden ausgelassen.</translation>
     </message>
     <message>
         <source>The history of transactions is damaged: {}
-Move the file away: the package manager makes a new one.</source>
+Move the file to another place. The package manager then creates a new file.</source>
         <translation>Die Liste der früheren Transaktionen ist beschädigt: {}
-Verschieben Sie die Datei: Die Paketverwaltung legt eine neue an.</translation>
+Verschieben Sie die Datei an einen anderen Ort. Die Paketverwaltung legt dann eine neue an.</translation>
     </message>
     <message>
-        <source>It is not known which groups are installed: the history of transactions cannot be read.
+        <source>VYRE does not know which groups are installed, because it cannot read the history of transactions.
 %1
-If the file is damaged, move it away: the package manager makes a new one.</source>
-        <translation>Es ist nicht bekannt, welche Gruppen installiert sind: Die Liste der früheren Transaktionen kann nicht gelesen werden.
+If the file is damaged, move it to another place. The package manager then creates a new file.</source>
+        <translation>VYRE weiß nicht, welche Gruppen installiert sind, weil es die Liste der früheren Transaktionen nicht lesen kann.
 %1
-Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt eine neue an.</translation>
+Wenn die Datei beschädigt ist, verschieben Sie sie an einen anderen Ort. Die Paketverwaltung legt dann eine neue an.</translation>
     </message>
     <message>
         <source>The plug-in {} cannot be loaded: {}</source>
@@ -2723,8 +2723,8 @@ Wenn die Datei beschädigt ist, verschieben Sie sie: Die Paketverwaltung legt ei
         <translation>Die Programme dieses Systems sind ein Abbild, das VYRE nicht ändern kann. Nichts wurde geändert.</translation>
     </message>
     <message>
-        <source>Finding the marks that are possible</source>
-        <translation>Die möglichen Vormerkungen werden ermittelt</translation>
+        <source>Finding the marks that can be applied</source>
+        <translation>Die ausführbaren Vormerkungen werden ermittelt</translation>
     </message>
     <message>
         <source>The marks cannot be applied:
@@ -2737,14 +2737,14 @@ Nichts wurde geändert. Alle Vormerkungen bleiben.</translation>
     <message>
         <source>Go on without these packages?
 
-&quot;Yes&quot; goes on with the remaining marks: {}. The impossible marks stay.
+&quot;Yes&quot; goes on with the remaining marks: {}. The marks that cannot be applied stay.
 &quot;No&quot; changes nothing. All marks stay.
 
 {}
 </source>
         <translation>Ohne diese Pakete fortfahren?
 
-„Yes“ fährt mit den übrigen Vormerkungen fort: {}. Die unmöglichen Vormerkungen bleiben.
+„Yes“ fährt mit den übrigen Vormerkungen fort: {}. Die nicht ausführbaren Vormerkungen bleiben.
 „No“ ändert nichts. Alle Vormerkungen bleiben.
 
 {}
@@ -2765,8 +2765,8 @@ es installiert, aktualisiert und entfernt nichts.
 </translation>
     </message>
     <message>
-        <source>You can remove them with Clean Packages in the menu Cache.</source>
-        <translation>Sie können sie mit Pakete löschen im Menü Cache entfernen.</translation>
+        <source>You can remove the downloaded packages with Clean Packages in the Cache menu.</source>
+        <translation>Sie können die heruntergeladenen Pakete mit Pakete löschen im Menü Cache entfernen.</translation>
     </message>
     <message>
         <source>These packages are not in the transaction; their marks remain:

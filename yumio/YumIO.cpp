@@ -100,21 +100,23 @@ const char* const scriptTexts[] = {
     // This is one text in four lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n"
-                               "\"Yes\" goes on with the remaining marks: {}. The impossible marks "
-                               "stay.\n\"No\" changes nothing. All marks stay.\n\n{}\n"),
+                               "\"Yes\" goes on with the remaining marks: {}. The marks that "
+                               "cannot be applied stay.\n\"No\" changes nothing. All marks stay.\n\n{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "{} and {} more"),
     QT_TRANSLATE_NOOP("YumIO",
                       "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
                       "it installs, updates and removes nothing.\n\n"),
-    QT_TRANSLATE_NOOP("YumIO", "You can remove them with Clean Packages in the menu Cache."),
-    QT_TRANSLATE_NOOP("YumIO", "Finding the marks that are possible"),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "You can remove the downloaded packages with Clean Packages in the Cache menu."),
+    QT_TRANSLATE_NOOP("YumIO", "Finding the marks that can be applied"),
     QT_TRANSLATE_NOOP("YumIO", "{} is not newer than the installed version."),
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
     QT_TRANSLATE_NOOP("YumIO", "The package database does not record these changes:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
     QT_TRANSLATE_NOOP("YumIO", "another package"),
-    QT_TRANSLATE_NOOP("YumIO", "The history of transactions is damaged: {}\nMove the file away: the package "
-                               "manager makes a new one."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "The history of transactions is damaged: {}\nMove the file to another place. The "
+                      "package manager then creates a new file."),
     QT_TRANSLATE_NOOP("YumIO", "The {} metadata of the repository {} are damaged: {}"),
     QT_TRANSLATE_NOOP(
         "YumIO", "The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages "

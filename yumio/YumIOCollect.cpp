@@ -465,8 +465,9 @@ bool YumIO::collectGroups(PyObject* groups)
     // The user gets the message only once, although each collection asks for hundreds of groups.
     if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
         reportedHistoryFault = historyFault;
-        warning(tr("It is not known which groups are installed: the history of transactions cannot be "
-                   "read.\n%1\nIf the file is damaged, move it away: the package manager makes a new one.")
+        warning(tr("VYRE does not know which groups are installed, because it cannot read the history of "
+                   "transactions.\n%1\nIf the file is damaged, move it to another place. The package manager "
+                   "then creates a new file.")
                     .arg(historyFault));
     }
     return true;

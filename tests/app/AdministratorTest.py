@@ -397,7 +397,7 @@ class AdministratorTest(unittest.TestCase):
                 (['-d'], '-d'), (['-gd'], '-gd'), (['--d'], '--d'), (['--log=x'], '--log=x'), (['--foo'], '--foo'),
                 (['foo'], 'foo'), (['--', '-g'], '--'), (['-'], '-'), (['-g', ''], '')):
             with self.subTest(words):
-                message = 'vyre-admin: "{}" is refused; vyre-admin takes the options that --help lists, and -style ' \
+                message = 'vyre-admin: "{}" is refused; vyre-admin accepts the options that --help lists, and -style ' \
                           'NAME\n'.format(refused)
                 self.start(*words, password=None)
                 self.dismiss_message()

@@ -26,7 +26,7 @@ polkit.addAdminRule(function(action, subject) {{ return ["unix-user:{}"]; }});
 polkit.addRule(function(action, subject) {{ if (subject.user == "{}") {{ return polkit.Result.YES; }} }});
 '''.format(NAME, TRUSTED)
 HELPER = '/usr/lib/polkit-1/polkit-agent-helper-1'
-NOT_LET = 'vyre-admin: the system does not let you be its administrator\n'
+NOT_LET = 'vyre-admin: the system does not permit you to become administrator\n'
 
 # A browser that records its arguments, its user and its environment.
 BROWSER = '''#!/usr/bin/python3 -ISB

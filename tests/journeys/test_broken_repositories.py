@@ -205,8 +205,8 @@ class MetadataTest(StartTest):
                 os.unlink(os.path.join(os.path.dirname(path), name))
         self.write('var/lib/dnf/history.sqlite', 'nonsense' * 10000)
         with self.program() as program:
-            self.message(program, 'VYRE Yum Warning', 'It is not known which groups are installed: ', path,
-                         'file is not a database', 'move it away', picture='damaged-history')
+            self.message(program, 'VYRE Yum Warning', 'VYRE does not know which groups are installed, ', path,
+                         'file is not a database', 'move it to another place', picture='damaged-history')
             window = program.ready()
             self.check_usable(window)
             window.show_all(True)

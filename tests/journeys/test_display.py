@@ -15,7 +15,7 @@ PERGOLA = '/sandbox-http/pergola-6.1-1.x86_64.rpm'
 
 LOST = 'The display is lost. VYRE ends.'
 GOES_ON = 'The display is lost. The transaction goes on without it.'
-OVER = 'The transaction has come to its end. VYRE ends.'
+OVER = 'The transaction has ended. VYRE ends.'
 
 
 class DisplayTest(JourneyTest):

@@ -129,7 +129,8 @@ class ImpossibleTest(JourneyTest):
             # Newer versions of dnf name the repository at the end.
             self.assertEqual(question.text().rstrip('\n').replace(' from sandbox-updates', ''),
                              'Go on without these packages?\n\n'
-                             '"Yes" goes on with the remaining marks: anvil-make. The impossible marks stay.\n'
+                             '"Yes" goes on with the remaining marks: anvil-make. '
+                             'The marks that cannot be applied stay.\n'
                              '"No" changes nothing. All marks stay.\n\n'
                              'tidewatch-2.0-1.noarch\n'
                              '    nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noarch')

@@ -156,8 +156,7 @@ void RepoFileTest::otherKindsOfFilesHaveTheExpectedState()
         QCOMPARE(symlink(target, localPath("link").constData()), 0);
         const File file = File::read(path("link"));
         QCOMPARE(int(file.state), int(File::LeftAlone));
-        QCOMPARE(file.reason,
-                 path("link") + QStringLiteral(" is left alone: it is a link that leads nowhere."));
+        QCOMPARE(file.reason, path("link") + QStringLiteral(" is left alone: it is a broken link."));
         QCOMPARE(unlink(localPath("link").constData()), 0);
     }
     for (const char* target : {"/dev/null", "/dev/zero", "/dev/full"}) {
@@ -216,8 +215,8 @@ void RepoFileTest::pathsAreMadeCanonical_data()
                                  << "/real";
     QTest::newRow("a new file") << "/link/new"
                                 << "/real/new";
-    QTest::newRow("a link that leads nowhere") << "/link/dangling"
-                                               << "/real/dangling";
+    QTest::newRow("a broken link") << "/link/dangling"
+                                   << "/real/dangling";
     QTest::newRow("no directory") << "/none/new"
                                   << "/none/new";
     QTest::newRow("no name") << "/none/"

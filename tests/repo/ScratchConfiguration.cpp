@@ -89,8 +89,8 @@ void ScratchConfiguration::compareNothingIsWritten(const QStringList& paths)
     const ShownBox box = user->seen.takeFirst();
     QCOMPARE(box.title, QStringLiteral("Repository Editor"));
     QCOMPARE(box.text,
-             QStringLiteral("VYRE writes nothing: other programs have made or changed these files since VYRE "
-                            "read them, or VYRE cannot edit them.\n") +
+             QStringLiteral("VYRE has written nothing: other programs have created or changed these files "
+                            "since VYRE last read the configuration, or VYRE cannot edit them.\n") +
                  paths.join(QLatin1Char('\n')) +
                  QStringLiteral("\nRead all files again, and lose your changes?"));
     QCOMPARE(box.icon, QMessageBox::Warning);

@@ -108,8 +108,8 @@ void YumConfIOOthersTest::changesOfOtherProgramsToUneditedFilesStay()
     QCOMPARE(user->seen.size(), 1);
     const ShownBox box = user->seen.takeFirst();
     QCOMPARE(box.text,
-             QStringLiteral("Other programs have changed these files since VYRE read them. You have not "
-                            "edited them, and VYRE does not change them.\n") +
+             QStringLiteral("Other programs have changed these files since VYRE last read them. You have not "
+                            "edited these files, and VYRE has not changed them.\n") +
                  QStringList(
                      {repoPath(QStringLiteral("b.repo")), repoPath(QStringLiteral("gone.repo")), mainPath()})
                      .join(QLatin1Char('\n')));

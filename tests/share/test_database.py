@@ -341,8 +341,8 @@ class HistoryTest(DatabaseTest):
         self.yumio.lock()
         self.collect()
         self.recording.clear()
-        self.assert_refused("(?s)^The history of transactions is damaged: .*%s.*\nMove the file away: the package "
-                            "manager makes a new one.$" % path, removes=["almanac"], answers=[])
+        self.assert_refused("(?s)^The history of transactions is damaged: .*%s.*\nMove the file to another place. The "
+                            "package manager then creates a new file.$" % path, removes=["almanac"], answers=[])
         self.assertFalse(self.yumio.systemChanged)
         os.rename(path, path + ".away")
         self.again()

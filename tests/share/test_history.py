@@ -210,7 +210,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.started()
         self.run_failing_transaction()
         texts = [text for level, text in self.recording.of("log") if "cache" in text.lower()]
-        self.assertIn("You can remove them with Clean Packages in the menu Cache.", texts)
+        self.assertIn("You can remove the downloaded packages with Clean Packages in the Cache menu.", texts)
         self.assertEqual([text for text in texts if "dnf clean" in text], [])
 
     def run_failing_transaction(self):

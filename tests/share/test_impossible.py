@@ -18,7 +18,8 @@ BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noar
 
 def question(rest):
     """The text of the question before the packages and their reasons."""
-    return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. The impossible marks stay.\n'
+    return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. '
+            'The marks that cannot be applied stay.\n'
             '"No" changes nothing. All marks stay.' % rest)
 
 
@@ -254,8 +255,8 @@ class UpdatesTest(QuestionTest):
         head, _, reasons = self.recording.printed().partition("\n\ntidewatch-2.0-1.noarch\n    ")
         # The buttons are Yes and No in all languages.
         self.assertEqual(head, "Ohne diese Pakete fortfahren?\n\n„Yes“ fährt mit den übrigen Vormerkungen fort: "
-                         "abacus-cli. Die unmöglichen Vormerkungen bleiben.\n„No“ ändert nichts. Alle Vormerkungen "
-                         "bleiben.")
+                         "abacus-cli. Die nicht ausführbaren Vormerkungen bleiben.\n„No“ ändert nichts. "
+                         "Alle Vormerkungen bleiben.")
         words = reason % ("libtide.so.9()(64bit)", "tidewatch-2.0-1.noarch")
         self.assertEqual(reasons.replace(" from sandbox-updates", "").splitlines()[0], words)
         self.assertNotIn("nothing provides", reasons)
@@ -296,7 +297,7 @@ class UpdatesTest(QuestionTest):
         shown = []
         self.module("program").changeActivity = shown.append
         self.apply(updates=["tidewatch", "abacus-cli"], answers=[0])
-        self.assertIn("Finding the marks that are possible", shown)
+        self.assertIn("Finding the marks that can be applied", shown)
 
 
 class GroupQuestionTest(QuestionTest):

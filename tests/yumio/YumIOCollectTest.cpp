@@ -710,9 +710,10 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         QCOMPARE(
             backEnd->answers.takeTexts("VYRE Yum Warning"),
-            QStringList("It is not known which groups are installed: the history of transactions cannot be "
-                        "read.\nhistory.sqlite: not a database\nIf the file is damaged, move it away: the "
-                        "package manager makes a new one."));
+            QStringList(
+                "VYRE does not know which groups are installed, because it cannot read the history of "
+                "transactions.\nhistory.sqlite: not a database\nIf the file is damaged, move it to another "
+                "place. The package manager then creates a new file."));
         QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
         QCOMPARE(yumIO().count(), 501);
         QCOMPARE(backEnd->group("G499")->state, Package::Updatable);

@@ -93,8 +93,8 @@ def severalVersions(base):
 def refuseHistory(base, text):
     """Raise an exception with advice about a failure of the history's file."""
     if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
-        raise dnf.exceptions.Error(tr('The history of transactions is damaged: {}\nMove the file away: the package '
-                                      'manager makes a new one.').format(text))
+        raise dnf.exceptions.Error(tr('The history of transactions is damaged: {}\nMove the file to another place. '
+                                      'The package manager then creates a new file.').format(text))
     raise dnf.exceptions.Error(text + spaceHint(base.conf.persistdir))
 
 

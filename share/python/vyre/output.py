@@ -79,7 +79,7 @@ class LogHandler(logging.Handler):
             text = str(record.msg)
         if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
             # The command in this text needs a terminal, and may clean another cache directory.
-            text = tr('You can remove them with Clean Packages in the menu Cache.')
+            text = tr('You can remove the downloaded packages with Clean Packages in the Cache menu.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
         if isStopped():

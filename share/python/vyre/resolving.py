@@ -43,7 +43,7 @@ def resolveMarks(base, marks):
     except dnf.exceptions.DepsolveError as e:
         failure = failure or e
         problems += base.problems()
-        showActivity(tr('Finding the marks that are possible'))
+        showActivity(tr('Finding the marks that can be applied'))
         impossible += impossibleMarks(base, rest)
         rest = marks.without(impossible)
         if not impossible and not marks.hasGroups() or rest.isEmpty():
@@ -72,7 +72,7 @@ def resolveMarks(base, marks):
     text = reasonsOf(left, problems)
     yumIOC.gpgsigcheck()
     sys.stdout.write(tr('Go on without these packages?\n\n'
-                        '"Yes" goes on with the remaining marks: {}. The impossible marks stay.\n'
+                        '"Yes" goes on with the remaining marks: {}. The marks that cannot be applied stay.\n'
                         '"No" changes nothing. All marks stay.\n\n{}\n').format(rest.inShort(), text))
     if yumIOC.userconfirm() != 1:
         return None, [], ''
