@@ -725,7 +725,8 @@ private Q_SLOTS:
         yumIO().clearEntries();
         backEnd->run("def get(id): raise KeyError()\nBASE.history.group.get = get");
         QVERIFY(backEnd->collect());
-        QVERIFY(backEnd->answers.takeTexts("VYRE Yum Warning").value(0).contains("transactions.\nKeyError\nIf"));
+        QVERIFY(
+            backEnd->answers.takeTexts("VYRE Yum Warning").value(0).contains("transactions.\nKeyError\nIf"));
     }
 
     void missingHistoryIsReported()
