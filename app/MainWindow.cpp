@@ -21,6 +21,7 @@
 #include <functional>
 #include <sys/utsname.h>
 
+#include "advisories/AdvisoryDialog.h"
 #include "app/KeptLayout.h"
 #include "app/Manuals.h"
 #include "app/Notice.h"
@@ -58,7 +59,7 @@ QString nodeName()
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), closing(nullptr), yumConfIO(nullptr),
       initialized(false), scheduled(false), busy(false), closeWanted(false), collectFailed(false),
-      logWindow(nullptr), repoEditor(nullptr), aboutBox(nullptr), notice(nullptr)
+      logWindow(nullptr), advisoryDialog(nullptr), repoEditor(nullptr), aboutBox(nullptr), notice(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // the user can open the manual during the capture of a transaction's output
@@ -292,6 +293,7 @@ void MainWindow::setReady(bool ready)
         }
         programMenu->setEnabled(ready);
         quitAction->setEnabled(ready);
+        advisoriesAction->setEnabled(ready);
         repositoriesMenu->setEnabled(ready);
         editConfigurationAction->setEnabled(ready);
         cacheMenu->setEnabled(ready);
@@ -584,6 +586,38 @@ void MainWindow::displayLog()
     logWindow->show();
     logWindow->raise();
     logWindow->activateWindow();
+}
+
+void MainWindow::displayAdvisories()
+{
+    setReady(false);
+    bool shown = false;
+    {
+        const LoggedErrors errors(*this);
+        shown = yumIO->collectAdvisories() && !closeWanted;
+    }
+    setReady(true);
+    if (!shown) {
+        return;
+    }
+    if (advisoryDialog == nullptr) {
+        advisoryDialog = new AdvisoryDialog(yumIO, this);
+        new WindowSizeKeeper(QStringLiteral("Advisories"), advisoryDialog);
+        connect(advisoryDialog, SIGNAL(updatesWanted(const QVector<Package::Entry*>&)), this,
+                SLOT(markUpdates(const QVector<Package::Entry*>&)));
+    }
+    advisoryDialog->load();
+    advisoryDialog->exec();
+}
+
+void MainWindow::markUpdates(const QVector<Package::Entry*>& entries)
+{
+    {
+        const PackageTable::SortFilterProxyModel::SortPause pause(*proxy);
+        model->setUpdates(entries);
+    }
+    warnUnlistedActions();
+    stateChanged(-1);
 }
 
 void MainWindow::openPage(const QString& address)

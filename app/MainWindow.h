@@ -14,12 +14,14 @@
 #include <QMainWindow>
 #include <QPointer>
 #include <QSet>
+#include <QVector>
 
 #include <functional>
 
 #include "packagetable/PackageTable.h"
 #include "repo/YumRepoEnabled.h"
 
+class AdvisoryDialog;
 class ExpressionEdit;
 class HFrameLabel;
 class HMenu;
@@ -38,8 +40,9 @@ namespace Log {
 class Window;
 }
 namespace Package {
+class Entry;
 class EntryKey;
-}
+} // namespace Package
 namespace PackageTable {
 class Model;
 class SortFilterProxyModel;
@@ -86,6 +89,9 @@ public Q_SLOTS:
     // Asks the running operation to stop.
     void stop();
     void displayLog();
+    // Reads the advisories and shows them.
+    void displayAdvisories();
+    void markUpdates(const QVector<Package::Entry*>& entries);
     // If `atStart` is true, the packages are collected when the editor closes, even without changes.
     void editRepositories(bool atStart = false);
     void cleanDbcache();
@@ -186,6 +192,7 @@ private:
     HMenu* programMenu;
     QAction* quitAction;
     HMenu* repositoriesMenu;
+    QAction* advisoriesAction;
     QAction* editConfigurationAction;
     HMenu* cacheMenu;
     QAction* cleanDbcacheAction;
@@ -209,6 +216,7 @@ private:
     HProgressBar* itemBar;
     StopButton* stopButton;
     Log::Window* logWindow;         // null before the first use
+    AdvisoryDialog* advisoryDialog; // null before the first use
     RepoEditor::Dialog* repoEditor; // null before the first use
     QMessageBox* aboutBox;          // null before the first use
     Notice* notice;                 // null before the first use

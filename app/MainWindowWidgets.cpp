@@ -36,6 +36,9 @@ void MainWindow::createMenuBar()
     HMenu* windowsMenu = addMenu(tr("&Windows"));
     windowsMenu->addAction(tr("&Log"), this, SLOT(displayLog()), QKeySequence(tr("Ctrl+L")));
 
+    advisoriesAction = windowsMenu->addAction(tr("&Advisories"), this, SLOT(displayAdvisories()),
+                                              QKeySequence(tr("Ctrl+D")));
+
     repositoriesMenu = addMenu(tr("&Repositories"));
     editConfigurationAction = repositoriesMenu->addAction(
         tr("&Edit Configuration"), this, SLOT(editRepositories()), QKeySequence(tr("Ctrl+E")));

@@ -56,6 +56,9 @@ template <auto member, typename Type> QVariant valueOf(const Entry& record)
 
 // --- Tool tips
 
+// The largest number of advisories in a tool tip.
+constexpr int mostAdvisories = 8;
+
 QString excludedToolTip()
 {
     return Columns::tr("Package is installed; the configuration excludes it from updates and removals");
@@ -77,6 +80,14 @@ QString stateToolTip(const Entry& record, const YumIO& backEnd)
     }
     if (!replacement.of.isEmpty()) {
         lines.append(Columns::tr("Replaces %1").arg(replacement.of.join(QStringLiteral(", "))));
+    }
+    const QStringList advisories = backEnd.advisoriesOfUpdate(record);
+    if (!advisories.isEmpty()) {
+        lines.append(advisories.count() <= mostAdvisories
+                         ? Columns::tr("Advisories: %1").arg(advisories.join(QStringLiteral(", ")))
+                         : Columns::tr("Advisories: %1 and %2 more")
+                               .arg(QStringList(advisories.mid(0, mostAdvisories)).join(QStringLiteral(", ")))
+                               .arg(advisories.count() - mostAdvisories));
     }
     if (backEnd.versionLocks().isLocked(record)) {
         lines.append(

@@ -199,6 +199,20 @@ void Model::setSelected(QModelIndexList indices)
     }
 }
 
+void Model::setUpdates(const QVector<Package::Entry*>& entries)
+{
+    QSet<const Package::Entry*> wanted;
+    for (const Package::Entry* each : entries) {
+        wanted.insert(each);
+    }
+    const int count = rowCount();
+    for (int row = 0; row < count; ++row) {
+        if (wanted.contains(entry(row)) && entry(row)->permits(Package::Update)) {
+            changeAction(row, Package::Update);
+        }
+    }
+}
+
 void Model::clearActions()
 {
     const int count = rowCount();

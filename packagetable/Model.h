@@ -12,6 +12,7 @@
 #include <QColor>
 #include <QModelIndexList>
 #include <QPointer>
+#include <QVector>
 
 #include "packagetable/Columns.h"
 #include "packagetable/PackageTable.h"
@@ -86,6 +87,8 @@ public Q_SLOTS:
     // Marks available packages for Install and updatable packages for Update. Skips all other records, and
     // records that replace another package or are replaced by another package.
     void setSelected(QModelIndexList indices);
+    // Marks these records for Update if they permit it.
+    void setUpdates(const QVector<Package::Entry*>& entries);
     void clearActions();
 
 private:

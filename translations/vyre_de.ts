@@ -2,6 +2,181 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>AdvisoryDialog</name>
+    <message>
+        <source>Advisories</source>
+        <translation>Aktualisierungshinweise</translation>
+    </message>
+    <message>
+        <source>VYRE Advisories</source>
+        <translation>VYRE – Aktualisierungshinweise</translation>
+    </message>
+    <message>
+        <source>No repository has an advisory about an installed package.</source>
+        <translation>Keine Paketquelle hat einen Hinweis zu einem installierten Paket.</translation>
+    </message>
+    <message>
+        <source>Details of the advisory</source>
+        <translation>Einzelheiten des Hinweises</translation>
+    </message>
+    <message>
+        <source>&amp;Mark Updates</source>
+        <translation>&amp;Aktualisierungen vormerken</translation>
+    </message>
+    <message>
+        <source>Sets the Action to Update for the packages of the selected advisories.
+Does not Apply Actions automatically.</source>
+        <translation>Merkt die Pakete der ausgewählten Hinweise zum Aktualisieren vor.
+Die Aktionen werden damit noch nicht angewendet.</translation>
+    </message>
+    <message>
+        <source>Mark All &amp;Security Updates</source>
+        <translation>Alle &amp;Sicherheitsaktualisierungen vormerken</translation>
+    </message>
+    <message>
+        <source>Sets the Action to Update for the packages of all advisories about security.
+Does not Apply Actions automatically.</source>
+        <translation>Merkt die Pakete aller Sicherheitshinweise zum Aktualisieren vor.
+Die Aktionen werden damit noch nicht angewendet.</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>S&amp;chließen</translation>
+    </message>
+    <message>
+        <source>Close the window; the marks stay</source>
+        <translation>Schließt das Fenster; die Vormerkungen bleiben</translation>
+    </message>
+    <message>
+        <source>Packages marked for an update: %1</source>
+        <translation>Zum Aktualisieren vorgemerkte Pakete: %1</translation>
+    </message>
+    <message>
+        <source>These packages could not be marked:
+%1</source>
+        <translation>Diese Pakete konnten nicht vorgemerkt werden:
+%1</translation>
+    </message>
+    <message>
+        <source>Mark Updates</source>
+        <translation>Aktualisierungen vormerken</translation>
+    </message>
+</context>
+<context>
+    <name>AdvisoryMarker</name>
+    <message>
+        <source>%1: installed</source>
+        <translation>%1: installiert</translation>
+    </message>
+    <message>
+        <source>%1: no repository offers an update</source>
+        <translation>%1: keine Paketquelle bietet eine Aktualisierung an</translation>
+    </message>
+    <message>
+        <source>%1: the offered update %2 is older</source>
+        <translation>%1: die angebotene Aktualisierung %2 ist älter</translation>
+    </message>
+    <message>
+        <source>%1: the version is locked</source>
+        <translation>%1: die Version ist gesperrt</translation>
+    </message>
+    <message>
+        <source>%1: the configuration excludes the update</source>
+        <translation>%1: die Konfiguration schließt die Aktualisierung aus</translation>
+    </message>
+    <message>
+        <source>%1: not installed, the update is %2</source>
+        <translation>%1: nicht installiert, die Aktualisierung ist %2</translation>
+    </message>
+    <message>
+        <source>%1: the table has no update</source>
+        <translation>%1: die Tabelle hat keine Aktualisierung</translation>
+    </message>
+    <message>
+        <source>%1: a package of another name replaces it; decide in the table</source>
+        <translation>%1: ein Paket mit anderem Namen ersetzt es; entscheiden Sie in der Tabelle</translation>
+    </message>
+    <message>
+        <source>%1: it is marked for removal</source>
+        <translation>%1: es ist zum Entfernen vorgemerkt</translation>
+    </message>
+</context>
+<context>
+    <name>AdvisoryModel</name>
+    <message>
+        <source>Installed</source>
+        <translation>Installiert</translation>
+    </message>
+    <message>
+        <source>Not Installed</source>
+        <translation>Nicht installiert</translation>
+    </message>
+    <message>
+        <source>The identifier of the advisory</source>
+        <translation>Die Kennung des Hinweises</translation>
+    </message>
+    <message>
+        <source>Advisory</source>
+        <translation>Hinweis</translation>
+    </message>
+    <message>
+        <source>Security, bug fix, enhancement or new package</source>
+        <translation>Sicherheit, Fehlerkorrektur, Verbesserung oder neues Paket</translation>
+    </message>
+    <message>
+        <source>Kind</source>
+        <translation>Art</translation>
+    </message>
+    <message>
+        <source>How severe a security fault is</source>
+        <translation>Wie schwer ein Sicherheitsfehler ist</translation>
+    </message>
+    <message>
+        <source>Severity</source>
+        <translation>Schwere</translation>
+    </message>
+    <message>
+        <source>The day on which the advisory was issued or changed</source>
+        <translation>Der Tag, an dem der Hinweis veröffentlicht oder geändert wurde</translation>
+    </message>
+    <message>
+        <source>Date</source>
+        <translation>Datum</translation>
+    </message>
+    <message>
+        <source>Whether all its packages are installed in this version or a newer one</source>
+        <translation>Ob alle seine Pakete in dieser oder einer neueren Version installiert sind</translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>The title of the advisory</source>
+        <translation>Der Titel des Hinweises</translation>
+    </message>
+    <message>
+        <source>Title</source>
+        <translation>Titel</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>CVE</source>
+        <translation>CVE</translation>
+    </message>
+    <message>
+        <source>Bugs</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>Packages</source>
+        <translation>Pakete</translation>
+    </message>
+</context>
+<context>
     <name>Colors</name>
     <message>
         <source>blue</source>
@@ -192,6 +367,10 @@
     <message>
         <source>Conditional Packages</source>
         <translation>Bedingte Pakete</translation>
+    </message>
+    <message>
+        <source>Advisories</source>
+        <translation>Aktualisierungshinweise</translation>
     </message>
 </context>
 <context>
@@ -622,6 +801,14 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <source>Stopped. Nothing was changed.</source>
         <translation>Angehalten. Es wurde nichts geändert.</translation>
     </message>
+    <message>
+        <source>&amp;Advisories</source>
+        <translation>&amp;Aktualisierungshinweise</translation>
+    </message>
+    <message>
+        <source>Ctrl+D</source>
+        <translation>Ctrl+D</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>
@@ -783,6 +970,14 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
     <message>
         <source>The version is locked: %1</source>
         <translation>Die Version ist gesperrt: %1</translation>
+    </message>
+    <message>
+        <source>Advisories: %1</source>
+        <translation>Aktualisierungshinweise: %1</translation>
+    </message>
+    <message>
+        <source>Advisories: %1 and %2 more</source>
+        <translation>Aktualisierungshinweise: %1 und %2 weitere</translation>
     </message>
 </context>
 <context>
@@ -2867,6 +3062,18 @@ In dieser Sitzung ohne sie weitermachen?</translation>
     <message>
         <source>These repositories have no metadata in the cache, and are left out until the next Refresh: {}.</source>
         <translation>Diese Paketquellen haben keine Metadaten im Cache und fehlen bis zum nächsten „Neu laden“: {}.</translation>
+    </message>
+    <message>
+        <source>Reading Advisories</source>
+        <translation>Aktualisierungshinweise lesen</translation>
+    </message>
+    <message>
+        <source>read the advisories</source>
+        <translation>Aktualisierungshinweise lesen</translation>
+    </message>
+    <message>
+        <source>Internal error: the advisories cannot be read</source>
+        <translation>Interner Fehler: Die Aktualisierungshinweise können nicht gelesen werden</translation>
     </message>
 </context>
 <context>

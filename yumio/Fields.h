@@ -50,6 +50,7 @@ public:
         Suggests,
         Supplements,
         Enhances,
+        Advisories,
         Files,
         ChangeLog,
         MandatoryPackages,

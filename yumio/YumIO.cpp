@@ -619,6 +619,9 @@ void YumIO::forgetEntries(const std::function<void(PyObject*)>& drop)
 {
     transaction.actionEntries.clear();
     biArchByArch.clear();
+    updateAdvisoryIds.clear();
+    advisoryList.clear();
+    advisoriesLoaded = false;
     records.clear(drop);
 }
 

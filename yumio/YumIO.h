@@ -19,6 +19,7 @@
 #include "python/YumIOCTarget.h"
 #include "services/CapturedOutput.h"
 #include "services/Log.h"
+#include "yumio/Advisory.h"
 #include "yumio/Fields.h"
 #include "yumio/Package.h"
 #include "yumio/Records.h"
@@ -159,6 +160,22 @@ public:
     bool cleanPackages();
     bool cleanMetadata();
     bool cleanAll();
+
+    // --- Advisories
+
+    // Has a worker read the advisories about installed packages, once after each collection. Returns whether
+    // they are read.
+    bool collectAdvisories();
+    // The newest first; empty before collectAdvisories().
+    const QVector<Advisory>& advisories() const { return advisoryList; }
+    // The identifiers of the advisories since the installed version, the newest first. Empty for a record
+    // without an update.
+    QStringList advisoriesOfUpdate(const Package::Entry& entry) const
+    {
+        return updateAdvisoryIds.value(&entry);
+    }
+    // The record of a package; null if it is missing. Graphical thread.
+    Package::Entry* recordOf(const QString& name, const QString& arch) { return findPackage(name, arch); }
 
     // --- Version locks
 
@@ -350,6 +367,7 @@ private:
     void loadChangeLogReal(const Package::Entry& entry);
     bool applyReal();
     bool cleanReal(const QString& label, const char* method);
+    bool collectAdvisoriesReal();
     bool changeVersionLocksReal(const QVector<Package::Entry*>& entries, bool lockThem);
     using CollectThread = WorkerThread<&YumIO::collectReal>;
     using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
@@ -359,6 +377,7 @@ private:
     using LoadChangeLogThread = WorkerThread<&YumIO::loadChangeLogReal>;
     using ApplyThread = WorkerThread<&YumIO::applyReal>;
     using CleanThread = WorkerThread<&YumIO::cleanReal>;
+    using CollectAdvisoriesThread = WorkerThread<&YumIO::collectAdvisoriesReal>;
     using ChangeVersionLocksThread = WorkerThread<&YumIO::changeVersionLocksReal>;
 
     // Collection (YumIOCollect.cpp)
@@ -381,6 +400,12 @@ private:
     bool stopCollection();
     bool upToDateGroup(const Package::Entry& entry);
     bool upToDateGroupPkgs(const Package::Entry& entry, const char* item);
+
+    // Advisories (YumIOAdvisories.cpp)
+    void collectUpdateAdvisories();
+    void readAdvisory(PyObject* tuple); // leaves an exception pending if it is no advisory
+    // A search of many packages keeps an index of all advisories in memory.
+    void indexAdvisories(bool keep);
 
     // Version locks (YumIOVersionLocks.cpp)
     void collectVersionLocks();
@@ -480,6 +505,9 @@ private:
 
     Records records;
     VersionLocks versionLockState;
+    QVector<Advisory> advisoryList;
+    bool advisoriesLoaded = false;
+    QHash<const Package::Entry*, QStringList> updateAdvisoryIds;
     QString basearch;
     QHash<QString, QString> biArchByArch; // the script's answers to getBiArch()
     bool clearing = false;                // the records are being deleted; for diagnostics only

@@ -215,6 +215,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
     collectReplacements();
     collectVersionLocks();
+    collectUpdateAdvisories();
     records.publish();
     return true;
 }

@@ -46,6 +46,9 @@ private:
     bool hasEmpty = false;
 };
 
+// For more packages, an index of all advisories is faster.
+constexpr int fewAdvisoryReads = 10;
+
 // The paths of one repository's metadata, the wanted packages, and the errors of both files.
 struct RepositoryTexts
 {
@@ -161,6 +164,10 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         PyErr_Clear(); // a package without a hash comes first
     }
     std::sort(order.begin(), order.end());
+    const bool indexed = wanted.count() > fewAdvisoryReads;
+    if (indexed) {
+        indexAdvisories(true);
+    }
     SearchTextsWriter writer;
     Steps done = 0;
     for (const auto& each : order) {
@@ -171,6 +178,9 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         });
         entry->searchTexts = writer.finish();
         progress->setItemValue(++done);
+    }
+    if (indexed) {
+        indexAdvisories(false);
     }
     readingFiles.wait();
     readingChangeLogs.wait();

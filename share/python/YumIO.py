@@ -73,7 +73,7 @@ with ownPackage():
     # This import must be the first, because it needs dnf's own classes. The other modules replace some of them.
     from vyre.privatenames import requirePrivateNames
 
-    from vyre import groups, signatures, versionlock
+    from vyre import advisories, groups, signatures, versionlock
     from vyre.applying import addRemarks, confirmTransaction, download, installSet, runTransaction
     from vyre.base import Base, forgetInterrupt
     from vyre.cache import cleanCache
@@ -146,6 +146,8 @@ class YumIO:
         # Pairs from the last collection: an update, and the installed package of another bi-arch class that the update
         # replaces.
         self.counterparts = []
+        # Pairs from the last collection: an update, and the identifiers of its advisories.
+        self.updateAdvisories = []
         conf, self.knownDirectories = readConfiguration()
         self.base = Base(conf)
         requirePrivateNames(self.base, dnf.repo.Repo('none', self.base.conf),
@@ -162,7 +164,7 @@ class YumIO:
         self.base.otherData.clear()
         self.base.headers.clear()
         # Each package in these lists keeps all packages of the last collection in memory.
-        self.replacements, self.counterparts = [], []
+        self.replacements, self.counterparts, self.updateAdvisories = [], [], []
         conf, self.knownDirectories = readConfiguration()
         self.base.renew(conf)
         self.base.readReposLater()
@@ -205,14 +207,15 @@ class YumIO:
         self._readPackages(self.base.fillSackFromCache)
 
     def _readPackages(self, fillSack):
-        # Each package in this list keeps all packages of the last collection in memory.
-        self.replacements = []
+        # Each package in these lists keeps all packages of the last collection in memory.
+        self.replacements, self.updateAdvisories = [], []
         del self.leftOut[:]
         useDatabaseOfRoot()
         forgetInterrupt()
         try:
             self.base.otherData.clear()
             self.base.headers.clear()
+            self.base.advisories.clear()
             del self.remarks[:]
             if self.base.repos is not None and self.base.plugInFault:
                 raise dnf.exceptions.Error(self.base.plugInFault)
@@ -228,6 +231,10 @@ class YumIO:
     @withReason
     def collectUpdates(self):
         updates, self.counterparts = findUpdates(self.base)
+        try:
+            self.updateAdvisories = advisories.advisoriesOfUpdates(self.base, updates)
+        except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError) as e:
+            logging.getLogger('dnf').debug('It is not known which advisories the updates have: %s', e)
         return updates
 
     @withReason
@@ -270,6 +277,20 @@ class YumIO:
     def collectOtherData(self):
         self.base.otherData.loadAll(self.base)
         return True
+
+    # Advisories
+
+    @withReason
+    def collectAdvisories(self):
+        """The advisories about installed packages; see advisories.collectAdvisories()."""
+        return advisories.collectAdvisories(self.base)
+
+    def loadAdvisories(self):
+        """Read all advisories before a search asks for those of each package."""
+        self.base.advisories.load(self.base)
+
+    def forgetAdvisories(self):
+        self.base.advisories.clear()
 
     # Version locks
 

@@ -44,10 +44,11 @@ void MainWindowWidgetsTest::menusHaveTheExpectedEntries()
                                            : "  " + entry->text() + '|' + entry->shortcut().toString());
         }
     }
-    QCOMPARE(found, (QStringList{"&Program", "  &Quit|Ctrl+Q", "&Windows", "  &Log|Ctrl+L", "&Repositories",
-                                 "  &Edit Configuration|Ctrl+E", "&Cache", "  Clean dbcache|",
-                                 "  Clean Packages|", "  Clean Metadata|", "--", "  Clean All|", "&Help",
-                                 "  Manual (html)|", "  Manual (PDF)|", "--", "  &About|F1"}));
+    QCOMPARE(found,
+             (QStringList{"&Program", "  &Quit|Ctrl+Q", "&Windows", "  &Log|Ctrl+L", "  &Advisories|Ctrl+D",
+                          "&Repositories", "  &Edit Configuration|Ctrl+E", "&Cache", "  Clean dbcache|",
+                          "  Clean Packages|", "  Clean Metadata|", "--", "  Clean All|", "&Help",
+                          "  Manual (html)|", "  Manual (PDF)|", "--", "  &About|F1"}));
 }
 
 void MainWindowWidgetsTest::menusCanBeTornOff()

@@ -18,6 +18,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "advisories/AdvisoryDialog.h"
 #include "packagetable/ActionContextMenu.h"
 #include "packagetable/OtherContextMenu.h"
 #include "repo/RepoAuthDialog.h"
@@ -82,7 +83,7 @@ class WindowsTest : public QObject
 private:
     using Check = std::function<void(const QString& name, QWidget& window)>;
 
-    static const int windowCount = 11;
+    static const int windowCount = 12;
 
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<WatchedPipe> watched;
@@ -123,6 +124,10 @@ private:
             }
         }
         QVERIFY(QTest::qWaitForWindowActive(shown->window));
+
+        QVERIFY(withDialog<AdvisoryDialog>([this] { shown->key(Qt::Key_D, Qt::ControlModifier); },
+                                           [&](AdvisoryDialog& dialog) { check("advisories", dialog); }));
+        QTRY_COMPARE(QApplication::activeWindow(), shown->window);
 
         QStringList opened;
         QVERIFY(withDialog<RepoEditor::Dialog>([this] { shown->key(Qt::Key_E, Qt::ControlModifier); },
@@ -342,6 +347,12 @@ private Q_SLOTS:
         standIn->setPackages({S::package(tool, next)},
                              {S::package(tool, old), S::package(tool, older), S::package("shell", old)},
                              available, {S::group(text + "Games", {{"mandatory_packages", texts}})});
+        QList<QJsonArray> advisories;
+        for (int i = 1; i <= 40; ++i) {
+            advisories.append(S::advisory(text + QStringLiteral("LSA-2024-%1").arg(i), i % 3 != 0,
+                                          {S::advised(tool, 0), S::advised(text + "lib", i % 6)}));
+        }
+        standIn->setAdvisories(advisories);
         shown = std::make_unique<ShownWindow>();
         shown->start();
         shown->window->showNormal();

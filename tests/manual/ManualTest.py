@@ -44,8 +44,8 @@ SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPu
          'setWindowTitle', 'PlainLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
 # Sources with headings of tables and tool tips, but without messages.
-WITHOUT_MESSAGES = ('app/StopButton.cpp', 'packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
-                    'yumio/Words.cpp')
+WITHOUT_MESSAGES = ('advisories/AdvisoryModel.cpp', 'app/StopButton.cpp', 'packagetable/Columns.cpp',
+                    'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp', 'yumio/Words.cpp')
 # Composed tool tips, the text of About, and texts without words.
 OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'
                    r'(%\d|[ /(){}:%\[\]-])*$')

@@ -63,7 +63,8 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                {"recommends", QJsonArray{"rec"}},
                {"suggests", QJsonArray{"sug"}},
                {"supplements", QJsonArray{"sup"}},
-               {"enhances", QJsonArray{"enh"}}});
+               {"enhances", QJsonArray{"enh"}},
+               {"advisories", "A-1: one\nA-2: two"}});
     describe("it", [this](Dialog& shown) {
         const Package::Entry& entry = table->entry("it");
         QCOMPARE(areasOf(shown).count(), 1);
@@ -96,6 +97,7 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                               "Suggests|sug",
                               "Supplements|sup",
                               "Enhances|enh",
+                              "Advisories|A-1: one\nA-2: two",
                               "Files|[Show]",
                               "Change Log|[Show]"}));
         // Every field must have a text, because an empty field would be missing in both lists. An unread list

@@ -54,6 +54,8 @@ private Q_SLOTS:
     void theToolTipNamesTheAction();
     void theToolTipNamesTheState();
     void theToolTipOfTheStateNamesTheLock();
+    void theToolTipOfTheStateNamesTheAdvisories();
+    void updatesOfRecordsAreSet();
     void anExcludedPackageCannotBeMarked();
     void theToolTipNamesTheKind();
     void theToolTipOfTheVersionListsAllVersions();
@@ -312,6 +314,36 @@ void ModelTest::theToolTipOfTheStateNamesTheLock()
              QVariant(QStringLiteral("Package is available for installation")));
     QCOMPARE(data("tool", 1, Qt::ToolTipRole),
              QVariant(QStringLiteral("Package is available to update an out-of-date version")));
+}
+
+void ModelTest::theToolTipOfTheStateNamesTheAdvisories()
+{
+    using S = StandIn;
+    QJsonArray many;
+    for (int i = 1; i <= 10; ++i) {
+        many.append(QStringLiteral("A-%1").arg(i));
+    }
+    table->collect({S::package("tool", {{"version", "2"}, {"advised", QJsonArray{"A-2", "A-1"}}}),
+                    S::package("lib", {{"version", "2"}, {"advised", many}}),
+                    S::package("other", {{"version", "2"}})},
+                   {S::package("tool"), S::package("lib"), S::package("other")}, {});
+    const QString update = QStringLiteral("Package is available to update an out-of-date version");
+    QCOMPARE(data("tool", 1, Qt::ToolTipRole).toString(), update + "\nAdvisories: A-2, A-1");
+    QCOMPARE(data("lib", 1, Qt::ToolTipRole).toString(),
+             update + "\nAdvisories: A-1, A-2, A-3, A-4, A-5, A-6, A-7, A-8 and 2 more");
+    QCOMPARE(data("other", 1, Qt::ToolTipRole).toString(), update);
+}
+
+void ModelTest::updatesOfRecordsAreSet()
+{
+    QSignalSpy dataChanged(model.get(), SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)));
+    model->setUpdates({&table->entry("tool"), &table->entry("shell"), &table->entry("editor")});
+    QCOMPARE(changed(dataChanged), QStringList{"tool"});
+    QCOMPARE(table->entry("tool").action, Package::Update);
+    QCOMPARE(table->entry("many").action, Package::None);
+    // The others have no update.
+    QCOMPARE(table->entry("shell").action, Package::None);
+    QCOMPARE(table->entry("editor").action, Package::None);
 }
 
 void ModelTest::anExcludedPackageCannotBeMarked()

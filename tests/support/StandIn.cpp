@@ -116,6 +116,42 @@ void StandIn::setRepos(const QByteArray& text)
     Files::put(root() + QStringLiteral("/etc/yum.repos.d/standin.repo"), text);
 }
 
+QJsonArray StandIn::advisory(const QString& id, bool security, const QList<QJsonArray>& packages)
+{
+    QJsonArray listed;
+    for (const QJsonArray& package : packages) {
+        listed.append(package);
+    }
+    const QString kind = security ? QStringLiteral("security") : QStringLiteral("bugfix");
+    const QString severity = security ? QStringLiteral("Important/Sec.") : QString();
+    return {id,
+            kind,
+            security,
+            severity,
+            security ? 4 : 0,
+            QStringLiteral("2024-02-20"),
+            QStringLiteral("About ") + id,
+            QStringLiteral("A long text"),
+            QJsonArray(),
+            QJsonArray(),
+            listed};
+}
+
+QJsonArray StandIn::advised(const QString& name, int obstacle)
+{
+    return {name, QStringLiteral("x86_64"), QStringLiteral("2-1"), obstacle,
+            obstacle == 0 ? QStringLiteral("2-1") : QString()};
+}
+
+void StandIn::setAdvisories(const QList<QJsonArray>& advisories)
+{
+    QJsonArray listed;
+    for (const QJsonArray& advisory : advisories) {
+        listed.append(advisory);
+    }
+    Files::put(path("advisories.json"), QJsonDocument(listed).toJson(QJsonDocument::Compact));
+}
+
 void StandIn::setVersionLocks(const QJsonObject& lines, const QString& fault)
 {
     Files::put(path("locks.json"), QJsonDocument(QJsonArray{fault, lines}).toJson(QJsonDocument::Compact));

@@ -12,6 +12,7 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QList>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -49,6 +50,11 @@ public:
     void letChangeLogsBeRead();
     // Sets the text of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
+
+    // An advisory, and a package "NAME-2-1.x86_64" of it. The obstacle is a number of Advisory::Obstacle.
+    static QJsonArray advisory(const QString& id, bool security, const QList<QJsonArray>& packages);
+    static QJsonArray advised(const QString& name, int obstacle);
+    void setAdvisories(const QList<QJsonArray>& advisories);
 
     // Offers version locks from the next collection on. lines: the keys are the names of the locked packages.
     void setVersionLocks(const QJsonObject& lines, const QString& fault = QString());

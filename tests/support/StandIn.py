@@ -53,7 +53,7 @@ class Package:
     size = 1000
     buildtime = 0
     installtime = 0
-    summary = group = description = vendor = buildhost = sourcerpm = license = packager = url = ''
+    summary = group = description = vendor = buildhost = sourcerpm = license = packager = url = advisories = ''
     provides = requires = requires_pre = conflicts = obsoletes = recommends = suggests = supplements = enhances = ()
     files = ()
     changelogs = ()
@@ -187,6 +187,21 @@ class YumIO:
             time.sleep(0.01)
         if os.path.exists(os.path.join(SHARE, 'breaking')):
             raise RuntimeError('half way')
+
+    def collectAdvisories(self):
+        """The advisories of advisories.json; none without this file."""
+        self.wait()
+        try:
+            with open(os.path.join(SHARE, 'advisories.json')) as advisories:
+                found = json.load(advisories)
+            return [tuple(each[:-1]) + ([tuple(package) for package in each[-1]],) for each in found]
+        except FileNotFoundError:
+            return []
+
+    @property
+    def updateAdvisories(self):
+        """Pairs of an update and its attribute "advised"."""
+        return [(update, update.advised) for update in self._packages('updates') if hasattr(update, 'advised')]
 
     def versionLocks(self):
         """The reason and the lines of locks.json; None without this file."""

@@ -30,7 +30,7 @@ LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.whic
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
-    ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log',)), ('MainWindow', ('&Edit Configuration',)),
+    ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log', '&Advisories')), ('MainWindow', ('&Edit Configuration',)),
     ('MainWindow', ('&About',)),
     # While this button is enabled, the buttons of the main window are not.
     ('StopButton', ('&Stop',)),
@@ -41,6 +41,7 @@ TOGETHER = (
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action', 'Un&lock Version')),
     ('PackageTable::OtherContextMenu', ('&Describe',)),
     ('Log::Window', ('&Close',)),
+    ('AdvisoryDialog', ('&Mark Updates', 'Mark All &Security Updates', '&Close')),
     ('FilteredList', ('&Filter',)),
 )
 # HTML around entries of the log has no words to translate.

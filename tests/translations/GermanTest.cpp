@@ -10,6 +10,7 @@
 
 #include <memory>
 
+#include "advisories/AdvisoryDialog.h"
 #include "app/MainWindow.h"
 #include "app/Translations.h"
 #include "app/base/Share.h"
@@ -269,9 +270,10 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(menus, (QStringList{"&Programm", "&Fenster", "Paket&quellen", "&Cache", "&Hilfe"}));
-        QCOMPARE(entries, (QStringList{"&Beenden", "&Protokoll", "&Konfiguration bearbeiten",
-                                       "dbcache leeren", "Pakete löschen", "Metadaten löschen",
-                                       "Alles löschen", "Handbuch (HTML)", "Handbuch (PDF)", "&Über VYRE"}));
+        QCOMPARE(entries, (QStringList{"&Beenden", "&Protokoll", "&Aktualisierungshinweise",
+                                       "&Konfiguration bearbeiten", "dbcache leeren", "Pakete löschen",
+                                       "Metadaten löschen", "Alles löschen", "Handbuch (HTML)",
+                                       "Handbuch (PDF)", "&Über VYRE"}));
         QCOMPARE(buttons(), (QStringList{"Filtern", "&Beschreiben", "Anpa&ssen", "&Neu laden",
                                          "Auswahl &vormerken", "Akt&ualisierungen vormerken",
                                          "Aktionen ver&werfen", "Aktionen &anwenden", "Anhalten"}));
@@ -414,6 +416,24 @@ private Q_SLOTS:
         QVERIFY(log->findChild<QTextEdit*>()->toPlainText().contains("Initialisierung"));
         QCOMPARE(cutOffAtAnySize(log).join('\n'), QString());
         log->hide();
+    }
+
+    void nothingIsCutOffInTheAdvisories()
+    {
+        standIn->setAdvisories({StandIn::advisory("LSA-2024-1", true, {StandIn::advised("tool", 0)})});
+        start();
+        QStringList found;
+        QStringList texts;
+        QVERIFY(withDialog<AdvisoryDialog>([this] { entry("&Aktualisierungshinweise")->trigger(); },
+                                           [&](AdvisoryDialog& dialog) {
+                                               texts << dialog.windowTitle()
+                                                     << dialog.findChild<QTextEdit*>()->toPlainText();
+                                               found = cutOffAtAnySize(&dialog);
+                                           }));
+        QCOMPARE(found.join('\n'), QString());
+        QCOMPARE(texts.first(), QStringLiteral("VYRE – Aktualisierungshinweise"));
+        QVERIFY(texts.last().contains(
+            QStringLiteral("tool-2-1.x86_64: nicht installiert, die Aktualisierung ist 2-1")));
     }
 
     // A distribution has so many packages that even a short time for each package is noticeable.

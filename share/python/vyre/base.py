@@ -20,6 +20,7 @@ import libdnf.transaction
 import rpm
 
 from . import groups, program
+from .advisories import AdvisoryIndex
 from .configfiles import RepositoryReader
 from .metadata import documentPath, metadataFault, modulesFault
 from .output import Overheard, passable, showActivity, showReading
@@ -43,6 +44,7 @@ class Base(dnf.Base):
         super(Base, self).__init__(conf)
         self.scriptSpace = None  # the ScriptSpace of the running transaction
         self.otherData = OtherData()
+        self.advisories = AdvisoryIndex()
         self.headers = HeaderMemo()
         self.changed = False  # whether rpm has begun to change the system
         self.historyFault = None  # why the history lacks the end of the last transaction

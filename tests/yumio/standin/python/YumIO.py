@@ -51,6 +51,7 @@ class Package(Thing):
         self.license = 'MIT'
         self.packager = 'Packager'
         self.url = 'https://example.org/' + name
+        self.advisories = ''
         self.__dict__.update(attributes)
 
 
@@ -108,6 +109,7 @@ class YumIO:
         self.available = []
         self.groups = []
         self.locks = None
+        self.updateAdvisories = []
         self.base = BASE
         BASE.repos = {'main': Thing(enabled=1)}
         BASE.conf = Thing(basearch='x86_64')
@@ -171,6 +173,15 @@ class YumIO:
 
     def verifyLocalPkg(self, package):
         return self._called('verifyLocalPkg', package, answer=False)
+
+    def collectAdvisories(self):
+        return self._called('collectAdvisories', answer=[])
+
+    def loadAdvisories(self):
+        return self._called('loadAdvisories')
+
+    def forgetAdvisories(self):
+        return self._called('forgetAdvisories')
 
     def versionLocks(self):
         return self.locks

@@ -1,0 +1,213 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The advisories of the repositories: those that concern installed packages, and those of one package.
+
+Workers read them. The graphical thread asks for those of one package, to describe it.
+"""
+
+import dnf.i18n
+import dnf.package
+import hawkey
+
+from . import program
+from .metadata import documentPath
+from .updates import findUpdates
+from .versionlock import versionLocks
+
+# All versions that an advisory can name: newer than a package, equal to it, or older.
+ANY = hawkey.LT | hawkey.EQ | hawkey.GT
+
+# Whether a package of an advisory can be marked for an update, and why not. The program has the sentences.
+POSSIBLE, INSTALLED, NOT_OFFERED, OLDER, LOCKED, EXCLUDED = range(6)
+
+
+def haveAdvisories(base):
+    """Whether a repository has advisories. Without any, the program does not look through the packages."""
+    return any(documentPath(repo, 'updateinfo') for repo in base.repos.iter_enabled())
+
+
+# Words -----------------------------------------------------------------------------------------------------
+
+def words():
+    """dnf's words for kinds and severities. Its command is imported only when there are advisories."""
+    from dnf.cli.commands.updateinfo import UpdateInfoCommand
+    return UpdateInfoCommand
+
+
+def kindOf(advisory):
+    return words().TYPE2LABEL.get(advisory.type, dnf.i18n._('unknown'))
+
+
+def labelOf(advisory):
+    """Kind and severity in one word, as in dnf's list."""
+    if advisory.type != hawkey.ADVISORY_SECURITY:
+        return kindOf(advisory)
+    return words().SECURITY2LABEL.get(advisory.severity, dnf.i18n._('Unknown/Sec.'))
+
+
+# From the least severe to the most severe one; each other severity is before them.
+SEVERITIES = ('Low', 'Moderate', 'Important', 'Critical')
+
+
+def severityOf(advisory):
+    """The severity in dnf's words and its rank; an empty word if the advisory is not about security."""
+    if advisory.type != hawkey.ADVISORY_SECURITY:
+        return '', 0
+    return labelOf(advisory), SEVERITIES.index(advisory.severity) + 2 if advisory.severity in SEVERITIES else 1
+
+
+def references(advisory, kind):
+    return sorted(set(reference.id for reference in advisory.references if reference.type == kind))
+
+
+# The advisories of one package -------------------------------------------------------------------------------
+
+class AdvisoryIndex:
+    """The advisories by the names of their packages, for a search: dnf looks through all of them for each package."""
+
+    def __init__(self):
+        self.clear()
+
+    def clear(self):
+        self._byName = None
+
+    def load(self, base):
+        found = {}
+        if haveAdvisories(base):
+            words()
+            # All versions of a package lead to the same advisories.
+            for named in base.sack.query(flags=hawkey.IGNORE_EXCLUDES).latest().get_advisory_pkgs(ANY):
+                found.setdefault(named.name, []).append(named)
+        self._byName = found
+
+    def of(self, package):
+        """The advisories about the version of a package. If an older version is installed: about all versions since."""
+        if self._byName is not None and package.name not in self._byName:
+            return []
+        sack = package.base.sack
+        if self._byName is None and not haveAdvisories(package.base):
+            return []
+        before = installedBefore(package)
+
+        def isAbout(named):
+            if named.name != package.name or named.arch != package.arch:
+                return False
+            difference = sack.evr_cmp(named.evr, package.evr)
+            return difference == 0 or before is not None and difference < 0 and sack.evr_cmp(named.evr, before.evr) > 0
+
+        if self._byName is None:
+            candidates = package.get_advisories(hawkey.EQ if before is None else hawkey.EQ | hawkey.LT)
+            found = [advisory for advisory in candidates if any(isAbout(named) for named in advisory.packages)]
+        else:
+            found = [named.get_advisory(sack) for named in self._byName[package.name] if isAbout(named)]
+        return newestFirst(found)
+
+
+def newestFirst(advisories):
+    """Each advisory once. Several repositories may have it."""
+    found = {advisory.id: advisory for advisory in advisories}
+    return sorted(found.values(), key=lambda advisory: (advisory.updated, advisory.id), reverse=True)
+
+
+def installedBefore(package):
+    """The newest installed version of a package that is older; None without one."""
+    if package._from_system:
+        return None
+    installed = [each for each in package.base.sack.query().installed().filterm(name=package.name, arch=package.arch)
+                 if each.evr_lt(package)]
+    return max(installed) if installed else None
+
+
+def advisoriesOf(package):
+    """The text of a package's field: a line for each advisory."""
+    return '\n'.join('{} ({}): {}'.format(
+        advisory.id, ', '.join([labelOf(advisory)] + references(advisory, hawkey.REFERENCE_CVE)), advisory.title or '')
+        for advisory in package.base.advisories.of(package))
+
+
+def advisoriesOfUpdates(base, updates):
+    """Pairs of an update and the identifiers of the advisories since the installed version, the newest first."""
+    byName = {}
+    for update in updates:
+        byName.setdefault(update.name, []).append(update)
+    if not byName or not haveAdvisories(base):
+        return []
+    words()
+    named = {}
+    for each in base.sack.query().installed().filterm(name=list(byName)).get_advisory_pkgs(hawkey.GT):
+        named.setdefault((each.name, each.arch), []).append(each)
+    pairs = []
+    for update in updates:
+        before = installedBefore(update) if (update.name, update.arch) in named else None
+        if before is not None:
+            compare = base.sack.evr_cmp
+            found = newestFirst(each.get_advisory(base.sack) for each in named[update.name, update.arch]
+                                if compare(before.evr, each.evr) < 0 and compare(each.evr, update.evr) <= 0)
+            if found:
+                pairs.append((update, [advisory.id for advisory in found]))
+    return pairs
+
+
+# The advisories about installed packages -----------------------------------------------------------------------
+
+def concerning(base):
+    """Each package that an advisory names, if any version of it is installed, with the advisory, and whether that
+    version or a newer one is installed. As in "dnf updateinfo list --all".
+    """
+    installed = base.sack.query().installed()
+    newest = {}
+    for package in installed:
+        if package.name not in newest or package.evr_gt(newest[package.name]):
+            newest[package.name] = package
+    newest = {name: package.evr for name, package in newest.items()}
+    for named in installed.get_advisory_pkgs(ANY):
+        yield named, named.get_advisory(base.sack), base.sack.evr_cmp(newest[named.name], named.evr) >= 0
+
+
+def collectAdvisories(base):
+    """The advisories about installed packages, as tuples for the program."""
+    if not haveAdvisories(base):
+        return []
+    obstacles = Obstacles(base)
+    found, packages = {}, {}
+    for named, advisory, installed in concerning(base):
+        found.setdefault(advisory.id, advisory)
+        key = named.name, named.arch, named.evr
+        if key not in packages.setdefault(advisory.id, {}):
+            packages[advisory.id][key] = key + ((INSTALLED, '') if installed else obstacles.of(named))
+    return [(advisory.id, kindOf(advisory), advisory.type == hawkey.ADVISORY_SECURITY) + severityOf(advisory) + (
+        str(advisory.updated.date()), advisory.title or '', advisory.description or '',
+        references(advisory, hawkey.REFERENCE_CVE), bugsOf(advisory),
+        [packages[advisory.id][key] for key in sorted(packages[advisory.id])])
+        for advisory in newestFirst(found.values())]
+
+
+def bugsOf(advisory):
+    """The bugs with their titles, as in "dnf updateinfo info"."""
+    return sorted(set('{} - {}'.format(reference.id, reference.title) if reference.title else reference.id
+                      for reference in advisory.references if reference.type == hawkey.REFERENCE_BUGZILLA))
+
+
+class Obstacles:
+    """Says whether the update that an advisory asks for is offered."""
+
+    def __init__(self, base):
+        self._base = base
+        self._offered = {}
+        for update in findUpdates(base)[0]:
+            self._offered.setdefault((update.name, update.arch), update.evr)
+        locks = versionLocks(base)
+        self._locked = set() if locks is None else set(locks[1])
+
+    def of(self, named):
+        """The obstacle for a package of an advisory that is not installed, and the version of the offered update."""
+        offered = self._offered.get((named.name, named.arch))
+        if offered is not None:
+            return (OLDER if self._base.sack.evr_cmp(offered, named.evr) < 0 else POSSIBLE), offered
+        if named.name in self._locked:
+            return LOCKED, ''
+        hidden = self._base.sack.query(flags=hawkey.IGNORE_EXCLUDES).available().filterm(
+            name=named.name, arch=named.arch, evr__gte=named.evr)
+        return (EXCLUDED if hidden else NOT_OFFERED), ''
+
+
+program.replace(dnf.package.Package, 'advisories', property(advisoriesOf))

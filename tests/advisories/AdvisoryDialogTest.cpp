@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "advisories/AdvisoryDialog.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include <memory>
+
+#include "tests/packagetable/Table.h"
+#include "widgets/FilteredList.h"
+#include "widgets/HTableView.h"
+
+class AdvisoryDialogTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup() { dialog.reset(); }
+    void cleanupTestCase() { table.reset(); }
+    void itListsTheAdvisories();
+    void detailsAreThoseOfTheCurrentRow();
+    void theCurrentAdvisoryStaysTheCurrentOne();
+    void withoutAdvisoriesItSaysSo();
+    void selectedAdvisoriesAreMarked();
+    void allSecurityUpdatesAreMarkedByKey();
+    void theReasonsOfRefusalsAreShown();
+    void buttonsNeedAMissingUpdate();
+    void enterPressesNoButton();
+    void escapeCloses();
+    void tabGoesThroughAllParts();
+
+private:
+    QPushButton* button(const QString& text) const
+    {
+        for (QPushButton* each : dialog->findChildren<QPushButton*>()) {
+            if (each->text() == text) {
+                return each;
+            }
+        }
+        qFatal("there is no button %s", qPrintable(text));
+        return nullptr;
+    }
+    HTableView* view() const { return dialog->findChild<HTableView*>(); }
+    QStringList listed() const
+    {
+        QStringList found;
+        for (int row = 0; row < view()->model()->rowCount(); ++row) {
+            found << view()->model()->index(row, 0).data().toString();
+        }
+        return found;
+    }
+    QString details() const { return dialog->findChild<QTextEdit*>()->toPlainText(); }
+    void select(const QStringList& ids) const
+    {
+        view()->clearSelection();
+        for (const QString& id : ids) {
+            view()->selectionModel()->select(view()->model()->index(listed().indexOf(id), 0),
+                                             QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        }
+    }
+    // The names in the signals since the last call.
+    QStringList wanted()
+    {
+        QStringList names;
+        for (const QList<QVariant>& signal : qAsConst(*updatesWanted)) {
+            for (const Package::Entry* entry : signal.at(0).value<QVector<Package::Entry*>>()) {
+                names << entry->name;
+            }
+        }
+        updatesWanted->clear();
+        return names;
+    }
+    bool resultIsShown(const QString& text) const
+    {
+        for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+            if (label->isVisible() && label->text() == text) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    std::unique_ptr<Table> table;
+    std::unique_ptr<AdvisoryDialog> dialog;
+    std::unique_ptr<QSignalSpy> updatesWanted;
+};
+
+void AdvisoryDialogTest::initTestCase()
+{
+    qRegisterMetaType<QVector<Package::Entry*>>("QVector<Package::Entry*>");
+    table = std::make_unique<Table>();
+}
+
+void AdvisoryDialogTest::init()
+{
+    using S = StandIn;
+    table->standIn.setAdvisories({S::advisory("A-1", true, {S::advised("tool", 0)}),
+                                  S::advisory("B-2", false, {S::advised("many", 0)}),
+                                  S::advisory("C-3", true, {S::advised("shell", 1)}),
+                                  S::advisory("D-4", true, {S::advised("shell", 2), S::advised("tool", 0)})});
+    table->collectUsual();
+    QVERIFY(table->yumIO.collectAdvisories());
+    dialog = std::make_unique<AdvisoryDialog>(&table->yumIO, &table->window);
+    updatesWanted =
+        std::make_unique<QSignalSpy>(dialog.get(), SIGNAL(updatesWanted(const QVector<Package::Entry*>&)));
+    dialog->load();
+    dialog->show();
+    QApplication::setActiveWindow(dialog.get());
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+}
+
+void AdvisoryDialogTest::itListsTheAdvisories()
+{
+    QCOMPARE(dialog->windowTitle(), QString("VYRE Advisories"));
+    QCOMPARE(listed(), (QStringList{"A-1", "B-2", "C-3", "D-4"}));
+    QVERIFY(view()->hasFocus());
+    dialog->findChild<FilteredList*>()->setExpression("bugfix");
+    QCOMPARE(listed(), QStringList{"B-2"});
+}
+
+void AdvisoryDialogTest::detailsAreThoseOfTheCurrentRow()
+{
+    QVERIFY(details().startsWith("A-1: About A-1\n"));
+    QVERIFY(details().contains("tool-2-1.x86_64"));
+    QTest::keyClick(view(), Qt::Key_Down);
+    QVERIFY(details().startsWith("B-2: About B-2\n"));
+    dialog->findChild<FilteredList*>()->setExpression("nothing like it");
+    QCOMPARE(details(), QString());
+}
+
+void AdvisoryDialogTest::theCurrentAdvisoryStaysTheCurrentOne()
+{
+    QTest::keyClick(view(), Qt::Key_Down);
+    table->standIn.setAdvisories({StandIn::advisory("Z-9", true, {StandIn::advised("tool", 0)}),
+                                  StandIn::advisory("A-1", true, {StandIn::advised("tool", 0)}),
+                                  StandIn::advisory("B-2", false, {StandIn::advised("many", 0)})});
+    table->collectUsual();
+    QVERIFY(table->yumIO.collectAdvisories());
+    dialog->load();
+    QCOMPARE(listed(), (QStringList{"Z-9", "A-1", "B-2"}));
+    QVERIFY(details().startsWith("B-2: About B-2\n"));
+}
+
+void AdvisoryDialogTest::withoutAdvisoriesItSaysSo()
+{
+    table->standIn.setAdvisories({});
+    table->collectUsual();
+    QVERIFY(table->yumIO.collectAdvisories());
+    dialog->load();
+    QCOMPARE(view()->accessibleDescription(),
+             QString("No repository has an advisory about an installed package."));
+    QVERIFY(!button("&Mark Updates")->isEnabled());
+    QVERIFY(!button("Mark All &Security Updates")->isEnabled());
+    QCOMPARE(details(), QString());
+}
+
+void AdvisoryDialogTest::selectedAdvisoriesAreMarked()
+{
+    select({"A-1", "B-2"});
+    QTest::mouseClick(button("&Mark Updates"), Qt::LeftButton);
+    QCOMPARE(wanted(), (QStringList{"tool", "many"}));
+    QVERIFY(resultIsShown("Packages marked for an update: 2"));
+}
+
+void AdvisoryDialogTest::allSecurityUpdatesAreMarkedByKey()
+{
+    QTimer::singleShot(500, dialog.get(), [] {
+        if (QWidget* opened = QApplication::activeModalWidget()) {
+            QTest::keyClick(opened, Qt::Key_Escape);
+        }
+    });
+    QTest::keyClick(dialog->windowHandle(), Qt::Key_S, Qt::AltModifier);
+    // The button stays pressed for a moment.
+    QTRY_COMPARE(updatesWanted->count(), 1);
+    QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
+    QCOMPARE(wanted(), QStringList{"tool"});
+}
+
+void AdvisoryDialogTest::theReasonsOfRefusalsAreShown()
+{
+    select({"D-4"});
+    QString shown;
+    QTimer::singleShot(200, dialog.get(), [&shown] {
+        QWidget* opened = QApplication::activeModalWidget();
+        QVERIFY(opened != nullptr);
+        shown = opened->windowTitle() + '|' + opened->findChild<QTextEdit*>()->toPlainText();
+        QTest::keyClick(opened, Qt::Key_Escape);
+    });
+    QTest::mouseClick(button("&Mark Updates"), Qt::LeftButton);
+    QCOMPARE(shown, QString("Mark Updates|Packages marked for an update: 1\n\nThese packages could not be "
+                            "marked:\nshell-2-1.x86_64: no repository offers an update"));
+    QCOMPARE(wanted(), QStringList{"tool"});
+}
+
+void AdvisoryDialogTest::buttonsNeedAMissingUpdate()
+{
+    select({"C-3"});
+    QVERIFY(!button("&Mark Updates")->isEnabled());
+    QVERIFY(button("Mark All &Security Updates")->isEnabled());
+    select({"C-3", "B-2"});
+    QVERIFY(button("&Mark Updates")->isEnabled());
+    select({});
+    QVERIFY(!button("&Mark Updates")->isEnabled());
+}
+
+void AdvisoryDialogTest::enterPressesNoButton()
+{
+    QTest::keyClick(view(), Qt::Key_Return);
+    QVERIFY(dialog->isVisible());
+    QCOMPARE(wanted(), QStringList());
+}
+
+void AdvisoryDialogTest::escapeCloses()
+{
+    QTest::keyClick(view(), Qt::Key_Escape);
+    QVERIFY(!dialog->isVisible());
+    QCOMPARE(wanted(), QStringList());
+}
+
+void AdvisoryDialogTest::tabGoesThroughAllParts()
+{
+    QWidget* const edit = dialog->findChild<QLineEdit*>();
+    const QList<QWidget*> order{dialog->findChild<QTextEdit*>(),
+                                button("&Mark Updates"),
+                                button("Mark All &Security Updates"),
+                                button("&Close"),
+                                edit,
+                                view()};
+    for (QWidget* expected : order) {
+        QTest::keyClick(dialog->windowHandle(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget(), expected);
+    }
+}
+
+QTEST_MAIN(AdvisoryDialogTest)
+#include "AdvisoryDialogTest.moc"

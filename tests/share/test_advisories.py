@@ -1,0 +1,168 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The advisories of the repositories, beside those that "dnf updateinfo" lists."""
+
+import os
+import re
+import subprocess
+
+import updateinfo
+from scenario import ScenarioTest, in_own_process
+
+ADVISORIES = [
+    # Both architectures of libcairn are installed in version 2.1.
+    updateinfo.advisory("LSA-1", "security", ["abacus-cli 3.3.0-2.x86_64", "libcairn 2.2-1.x86_64",
+                                              "libcairn 2.2-1.i686"],
+                        "Important", cves=["CVE-2024-7", "CVE-2024-5"], bugs=[("17", "Wrong sums"), ("9", "")],
+                        title="Wrong sums & more"),
+    # Done already, in an older and in the installed version.
+    updateinfo.advisory("LBA-2", "bugfix", ["abacus-cli 3.2.0-1.x86_64"], date="2023-01-02"),
+    updateinfo.advisory("LEA-3", "enhancement", ["abacus-cli 3.2.1-1.x86_64", "almanac 1.9-1.noarch"],
+                        date="2023-06-01"),
+    # Newer than the offered update.
+    updateinfo.advisory("LSA-4", "security", ["barometer 1.2-1.x86_64"], "Critical", date="2024-05-01"),
+    # No repository offers an update.
+    updateinfo.advisory("LSA-5", "security", ["almanac 2.0-1.noarch"]),
+    updateinfo.advisory("LNA-6", "newpackage", ["anvil-make 1:4.1-1.x86_64", "astrolabe 5.6-1.x86_64"]),
+    # Not about an installed package.
+    updateinfo.advisory("LSA-7", "security", ["astrolabe 5.6-1.x86_64"], "Low"),
+    updateinfo.advisory("LSA-8", "security", ["abacus-cli 3.3.0-2.i686"], "Moderate"),
+    # Several installed versions.
+    updateinfo.advisory("LSA-9", "security", ["kernel 6.1.25-1.x86_64", "kernel 6.1.31-1.x86_64"], "Moderate"),
+    updateinfo.advisory("LSA-10", "security", ["chisel-diff 3.10-2.x86_64"], "Strange"),
+]
+
+
+class AdvisoriesTest(ScenarioTest):
+    maxDiff = None
+
+    def enter(self):
+        super(AdvisoriesTest, self).enter()
+        updateinfo.add(self.sandbox, "sandbox-updates", ADVISORIES)
+        # Another repository repeats an advisory.
+        updateinfo.add(self.sandbox, "sandbox-file", ADVISORIES[:1] + [
+            updateinfo.advisory("LBA-20", "bugfix", ["tidewatch 1.5-1.noarch"])])
+
+    def by_id(self):
+        found = {each[0]: each for each in self.yumio.collectAdvisories()}
+        self.assert_no_faults()
+        return found
+
+    def listed_by_dnf(self, *arguments):
+        """The lines of dnf, as (installed, identifier, label, package)."""
+        root = self.sandbox.root
+        done = subprocess.run(
+            ["/usr/bin/dnf", "--quiet", "--noplugins", "--installroot", root, "-c", root + "/etc/yum.conf",
+             "--setopt=reposdir=%s/etc/yum.repos.d" % root, "updateinfo", "list"] + list(arguments), check=True,
+            env=self.sandbox.environment(), stdout=subprocess.PIPE, universal_newlines=True)
+        found = set()
+        for line in done.stdout.splitlines():
+            words = re.match(r"(i )?\s*(\S+)\s+(\S+)\s+(\S+)$", line)
+            self.assertIsNotNone(words, line)
+            found.add((bool(words.group(1)),) + words.group(2, 3, 4))
+        return found
+
+    def listed(self):
+        return set((obstacle == 1, id, severity or kind, "%s-%s.%s" % (name, evr, arch))
+                   for id, kind, security, severity, rank, date, title, description, cves, bugs, packages
+                   in self.yumio.collectAdvisories() for name, arch, evr, obstacle, offered in packages)
+
+    @in_own_process
+    def test_the_advisories_are_those_of_the_command(self):
+        self.started()
+        listed = self.listed()
+        self.assertEqual(listed, self.listed_by_dnf("--all"))
+        self.assertEqual(set(id for _, id, _, _ in listed), {
+            "LSA-1", "LBA-2", "LEA-3", "LSA-4", "LSA-5", "LNA-6", "LSA-9", "LSA-10", "LBA-20"})
+        self.assertEqual(set(row[1:] for row in listed if row[0]),
+                         set(row[1:] for row in self.listed_by_dnf("--installed")))
+        self.assertEqual(set(row[1:] for row in listed if not row[0]),
+                         set(row[1:] for row in self.listed_by_dnf("--available")))
+
+    @in_own_process
+    def test_the_details_of_an_advisory(self):
+        self.started()
+        id, kind, security, severity, rank, date, title, description, cves, bugs, packages = self.by_id()["LSA-1"]
+        self.assertEqual((kind, security, severity, rank, date, title), (
+            "security", True, "Important/Sec.", 4, "2024-02-20", "Wrong sums & more"))
+        self.assertEqual(cves, ["CVE-2024-5", "CVE-2024-7"])
+        self.assertEqual(bugs, ["17 - Wrong sums", "9"])
+        self.assertEqual(packages, [("abacus-cli", "x86_64", "3.3.0-2", 0, "3.3.0-2"),
+                                    ("libcairn", "i686", "2.2-1", 0, "2.2-1"),
+                                    ("libcairn", "x86_64", "2.2-1", 0, "2.2-1")])
+        self.assertEqual(self.by_id()["LSA-10"][1:5], ("security", True, "Unknown/Sec.", 1))
+        self.assertEqual(self.by_id()["LBA-2"][1:5], ("bugfix", False, "", 0))
+        # The newest is the first.
+        self.assertEqual([each[0] for each in self.yumio.collectAdvisories()][0], "LSA-4")
+
+    @in_own_process
+    def test_the_obstacles_of_updates(self):
+        self.started()
+        found = self.by_id()
+        self.assertEqual(found["LBA-2"][-1], [("abacus-cli", "x86_64", "3.2.0-1", 1, "")])
+        self.assertEqual(found["LSA-4"][-1], [("barometer", "x86_64", "1.2-1", 3, "1.1-2")])
+        self.assertEqual(found["LSA-5"][-1], [("almanac", "noarch", "2.0-1", 2, "")])
+        self.assertEqual(found["LSA-9"][-1], [("kernel", "x86_64", "6.1.25-1", 1, ""),
+                                              ("kernel", "x86_64", "6.1.31-1", 0, "6.1.31-1")])
+        # The plug-in hides the versions that it locks, and so does the configuration.
+        settings = os.path.join(self.directory, "settings")
+        os.makedirs(settings)
+        for name, content in (("versionlock.conf", "[main]\nenabled=1\nlocklist=%s/locks\n" % settings),
+                              ("locks", "abacus-cli\n"), ("generate_completion_cache.conf", "[main]\nenabled=0\n")):
+            with open(os.path.join(settings, name), "w") as stream:
+                stream.write(content.replace("abacus-cli", "abacus-cli-0:3.2.1-1.*"))
+        self.configure("plugins=1", "pluginconfpath=" + settings, "exclude=libcairn-2.2*")
+        self.again()
+        self.assertEqual(self.by_id()["LSA-1"][-1], [("abacus-cli", "x86_64", "3.3.0-2", 4, ""),
+                                                     ("libcairn", "i686", "2.2-1", 5, ""),
+                                                     ("libcairn", "x86_64", "2.2-1", 5, "")])
+
+    @in_own_process
+    def test_updates_have_the_advisories_since_the_installed_version(self):
+        self.started()
+        found = {"%s.%s" % (update.name, update.arch): ids for update, ids in self.yumio.updateAdvisories}
+        self.assertEqual(found, {
+            "abacus-cli.x86_64": ["LSA-1"], "libcairn.x86_64": ["LSA-1"], "libcairn.i686": ["LSA-1"],
+            "kernel.x86_64": ["LSA-9"], "chisel-diff.x86_64": ["LSA-10"], "tidewatch.noarch": ["LBA-20"]})
+        self.yumio.reset()
+        self.assertEqual(self.yumio.updateAdvisories, [])
+
+    @in_own_process
+    def test_each_package_says_its_advisories(self):
+        self.started()
+        update = self.package(self.updates, "abacus-cli")
+        text = "LSA-1 (Important/Sec., CVE-2024-5, CVE-2024-7): Wrong sums & more"
+        expected = {
+            # Also if the advisory names an older version than the offered one.
+            self.package(self.updates, "tidewatch"): "LBA-20 (bugfix): The advisory LBA-20",
+            update: text,
+            self.package(self.installed, "abacus-cli"): "LEA-3 (enhancement): The advisory LEA-3",
+            self.package(self.updates, "barometer"): "",
+            self.package(self.available, "astrolabe"): "LNA-6 (newpackage): The advisory LNA-6",
+            self.package(self.available, "pergola"): "",
+        }
+        astrolabe = self.package(self.available, "astrolabe")
+        expected[astrolabe] = "LSA-7 (Low/Sec.): The advisory LSA-7\n" + expected[astrolabe]
+        alone = {package: package.advisories for package in expected}
+        self.assertEqual(alone, expected)
+        # A search reads an index, with the same result for all packages.
+        everything = self.updates + self.installed + self.available
+        alone = [package.advisories for package in everything]
+        self.yumio.loadAdvisories()
+        self.assertEqual([package.advisories for package in everything], alone)
+        self.assertEqual(set(package.name for package in everything if package.advisories), {
+            "abacus-cli", "almanac", "astrolabe", "chisel-diff", "kernel", "libcairn", "tidewatch"})
+        self.yumio.forgetAdvisories()
+        self.assertEqual(update.advisories, text)
+
+    @in_own_process
+    def test_without_advisories_nothing_is_read(self):
+        for name in ("sandbox-updates", "sandbox-file"):
+            subprocess.run(["modifyrepo_c", "--remove", "updateinfo",
+                            os.path.join(self.sandbox.repository(name), "repodata")], check=True,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.started()
+        self.module("advisories").words = None
+        self.assertEqual(self.yumio.collectAdvisories(), [])
+        self.assertEqual(self.yumio.updateAdvisories, [])
+        self.yumio.loadAdvisories()
+        self.assertEqual(self.package(self.updates, "abacus-cli").advisories, "")
