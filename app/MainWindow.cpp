@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <functional>
 #include <sys/utsname.h>
+#include <unistd.h>
 
 #include "advisories/AdvisoryDialog.h"
 #include "app/KeptLayout.h"
@@ -147,6 +148,11 @@ void MainWindow::initialize()
         quit();
         return;
     }
+    const bool mayChange = geteuid() == 0;
+    const QString warning = tr("VYRE cannot change packages, because it does not run as root");
+    if (!mayChange) {
+        warnAndNotice(warning); // before the user sets marks that cannot be applied
+    }
     const QStringList known = yumIO->knownDirectories();
     if (!known.isEmpty()) {
         yumConfIO->knownDirectories = known;
@@ -182,6 +188,10 @@ void MainWindow::initialize()
     }
     updateEmptyText();
     setReady(true);
+    focusTable();
+    if (!mayChange && notice->isHidden()) {
+        notice->showText(warning); // the reading may have taken longer than a notice stays
+    }
     initialized = true;
 }
 
@@ -193,6 +203,14 @@ void MainWindow::showTable()
         KeptLayout::restore(*this, *view);
     }
     updateEmptyText();
+}
+
+void MainWindow::focusTable()
+{
+    // Otherwise the focus is on a button, which may be disabled now, or nowhere.
+    if (focusWidget() != regexpEdit) {
+        view->setFocus();
+    }
 }
 
 void MainWindow::updateEmptyText()
@@ -255,6 +273,7 @@ void MainWindow::reposChanged()
     recollect();
     showTable();
     setReady(true);
+    focusTable();
 }
 
 void MainWindow::yumConfIOChanged()
@@ -329,9 +348,10 @@ bool MainWindow::collect()
         collectFailed = true;
         return false;
     }
-    {
-        const LoggedErrors errors(*this);
-        collectFailed = !yumIO->collect(sessionEnabled);
+    const int before = loggedEntries();
+    collectFailed = !yumIO->collect(sessionEnabled);
+    if (hasErrorsSince(before)) {
+        showNotice(tr("There are errors in the log (Ctrl+L)"));
     }
     for (const QString& id : yumIO->unwantedRepos()) {
         sessionEnabled.insert(id, false);
@@ -345,30 +365,24 @@ bool MainWindow::collect()
     return stopped;
 }
 
-MainWindow::LoggedErrors::LoggedErrors(MainWindow& forWindow) : window(forWindow)
+int MainWindow::loggedEntries() const
 {
-    Log::EntryList& entries = window.yumIO->logEntries();
+    Log::EntryList& entries = yumIO->logEntries();
     const QMutexLocker locker(&entries);
-    before = entries.count();
+    return entries.count();
 }
 
-MainWindow::LoggedErrors::~LoggedErrors()
+bool MainWindow::hasErrorsSince(int before) const
 {
-    if (window.quitting()) {
-        return;
+    if (quitting()) {
+        return false;
     }
-    Log::EntryList& entries = window.yumIO->logEntries();
-    bool any = false;
-    {
-        const QMutexLocker locker(&entries);
-        any = std::any_of(entries.cbegin() + before, entries.cend(), [](const Log::Entry& entry) {
-            // By default, the log window shows the entries up to this level.
-            return entry.kind == Log::Error && entry.level <= 2;
-        });
-    }
-    if (any) {
-        window.showNotice(tr("There are errors in the log (Ctrl+L)"));
-    }
+    Log::EntryList& entries = yumIO->logEntries();
+    const QMutexLocker locker(&entries);
+    return std::any_of(entries.cbegin() + before, entries.cend(), [](const Log::Entry& entry) {
+        // The log window always shows the errors up to this level.
+        return entry.kind == Log::Error && entry.level <= 2;
+    });
 }
 
 void MainWindow::recollect(Kept kept)
@@ -405,6 +419,7 @@ void MainWindow::refresh()
     yumIO->reset();
     recollect();
     setReady(true);
+    focusTable();
 }
 
 void MainWindow::clean(bool (YumIO::*operation)())
@@ -418,6 +433,7 @@ void MainWindow::clean(bool (YumIO::*operation)())
         recollect();
     }
     setReady(true);
+    focusTable();
 }
 
 void MainWindow::cleanDbcache()
@@ -449,25 +465,28 @@ void MainWindow::cleanAll()
 void MainWindow::apply()
 {
     setReady(false);
-    bool stopped = false;
-    {
-        const LoggedErrors errors(*this);
-        const bool applied = yumIO->apply();
-        stopped = yumIO->wasStopped();
-        bool changed = false;
-        if (applied && !checkCredentials(changed)) {
-            return;
-        }
-        if (changed) {
-            // Without this call, the back end would continue to use the old URLs.
-            yumIO->reset();
-        }
-        // Even a failed transaction may have changed the system.
-        if (applied || yumIO->systemChanged()) {
-            recollect(LeftOutMarks);
-        } else if (yumIO->isOutdated()) {
-            recollect(AllMarks);
-        }
+    const int before = loggedEntries();
+    const bool applied = yumIO->apply();
+    const bool hasErrors = hasErrorsSince(before);
+    const bool stopped = yumIO->wasStopped();
+    bool changed = false;
+    if (applied && !checkCredentials(changed)) {
+        return;
+    }
+    if (changed) {
+        // Without this call, the back end would continue to use the old URLs.
+        yumIO->reset();
+    }
+    // Even a failed transaction may have changed the system.
+    if (applied || yumIO->systemChanged()) {
+        recollect(LeftOutMarks);
+    } else if (yumIO->isOutdated()) {
+        recollect(AllMarks);
+    }
+    if (hasErrors) {
+        // After the notice of the collection: a repository that cannot be reached must not hide a failed
+        // script of a package.
+        showNotice(tr("The transaction has reported errors: see the log (Ctrl+L)"));
     }
     warnUnlistedActions();
     stateChanged(-1);
@@ -475,6 +494,7 @@ void MainWindow::apply()
         showNotice(tr("Stopped. Nothing was changed."));
     }
     setReady(true);
+    focusTable();
 }
 
 void MainWindow::changeVersionLocks(const QList<int>& rows, bool locked)
@@ -490,10 +510,13 @@ void MainWindow::changeVersionLocks(const QList<int>& rows, bool locked)
     }
     const Package::EntryKey first(*entries.first());
     setReady(false);
-    const LoggedErrors errors(*this);
+    const int before = loggedEntries();
     yumIO->changeVersionLocks(entries, locked);
     // Some locks may be changed even after a failure.
     recollect(AllMarks);
+    if (hasErrorsSince(before)) {
+        showNotice(tr("There are errors in the log (Ctrl+L)"));
+    }
     setReady(true);
     makeCurrent(first);
 }
@@ -544,6 +567,8 @@ void MainWindow::closeLater()
         closeWanted = true;
     } else {
         QApplication::beep();
+        showNotice(yumIO->isChangingSystem() ? tr("VYRE cannot close while it changes packages")
+                                             : tr("VYRE cannot close before the current work is complete"));
     }
 }
 
@@ -591,10 +616,10 @@ void MainWindow::displayLog()
 void MainWindow::displayAdvisories()
 {
     setReady(false);
-    bool shown = false;
-    {
-        const LoggedErrors errors(*this);
-        shown = yumIO->collectAdvisories() && !closeWanted;
+    const int before = loggedEntries();
+    const bool shown = yumIO->collectAdvisories() && !closeWanted;
+    if (hasErrorsSince(before)) {
+        showNotice(tr("There are errors in the log (Ctrl+L)"));
     }
     setReady(true);
     if (!shown) {

@@ -129,21 +129,6 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
-    // Shows a notice at the end of a scope if the log has new errors. Some errors are reported only in the
-    // log, for example an unreachable repository or a failed script of a package.
-    class LoggedErrors
-    {
-    public:
-        explicit LoggedErrors(MainWindow& forWindow);
-        ~LoggedErrors();
-        LoggedErrors(const LoggedErrors&) = delete;
-        LoggedErrors& operator=(const LoggedErrors&) = delete;
-
-    private:
-        MainWindow& window;
-        int before; // the number of log entries at the start of the scope
-    };
-
     void createMenuBar();
     void createMainArea();
     QBoxLayout* createFilterRow();
@@ -155,6 +140,10 @@ private:
     void setReady(bool ready);
     // Returns whether the user has stopped the collection. The packages then come from the cache.
     bool collect();
+    int loggedEntries() const;
+    // Whether the log has errors after its first entries. Some errors are reported only in the log, for
+    // example an unreachable repository or a failed script of a package.
+    bool hasErrorsSince(int before) const;
     // The marks that recollect() sets again, if they can still be carried out.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
     void recollect(Kept kept = NoMarks);
@@ -163,6 +152,8 @@ private:
     // Filters the table by the text in the edit.
     void applyExpression();
     void showTable();
+    // After an operation, keys go to the table, unless the expression has the focus.
+    void focusTable();
     void updateEmptyText();
     void closeLater();
     void saveLayout() const;

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr char documentation[] = "/usr/share/doc/vyre";
-
 // Starts a command, which consists of a program in the share directory and its arguments.
 void openExternally(QWidget* window, QStringList command)
 {
@@ -33,16 +31,14 @@ void openExternally(QWidget* window, QStringList command)
 
 QString Manuals::openHtml(QWidget* window)
 {
-    const QString file = QStringLiteral("%1/html/index.html").arg(QLatin1String(documentation));
-    openExternally(window, {QStringLiteral("webbrowser"), file});
-    return faultOf(file);
+    const QString file = QStringLiteral("%1/html/index.html").arg(directory);
+    return openFile(window, {QStringLiteral("webbrowser"), file});
 }
 
 QString Manuals::openPdf(QWidget* window)
 {
-    const QString file = QStringLiteral("%1/manual.pdf").arg(QLatin1String(documentation));
-    openExternally(window, {QStringLiteral("mimeviewer"), QStringLiteral("application/pdf"), file});
-    return faultOf(file);
+    const QString file = QStringLiteral("%1/manual.pdf").arg(directory);
+    return openFile(window, {QStringLiteral("mimeviewer"), QStringLiteral("application/pdf"), file});
 }
 
 void Manuals::openPage(QWidget* window, const QString& address)
@@ -50,7 +46,13 @@ void Manuals::openPage(QWidget* window, const QString& address)
     openExternally(window, {QStringLiteral("webbrowser"), address});
 }
 
-QString Manuals::faultOf(const QString& file)
+QString Manuals::openFile(QWidget* window, const QStringList& command)
 {
-    return QFile::exists(file) ? QString() : tr("The manual is not installed: there is no file %1").arg(file);
+    const QString& file = command.last();
+    if (!QFile::exists(file)) {
+        // The other program would open a second, bare window with its own message.
+        return tr("The manual is not installed: there is no file %1").arg(file);
+    }
+    openExternally(window, command);
+    return QString();
 }

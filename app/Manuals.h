@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <QStringList>
 
 class QWidget;
 
@@ -19,13 +20,17 @@ class Manuals
 
 public:
     // If a program cannot be started, these functions show a message over the window. If the manual is not
-    // installed, they return a text for the user, because a desktop does not show the messages of a viewer.
+    // installed, they start no program and return a text for the user.
     static QString openHtml(QWidget* window);
     static QString openPdf(QWidget* window);
     static void openPage(QWidget* window, const QString& address);
 
+    // Tests name another one.
+    static inline QString directory = QStringLiteral("/usr/share/doc/vyre");
+
 private:
-    static QString faultOf(const QString& file);
+    // The last word of the command is the file.
+    static QString openFile(QWidget* window, const QStringList& command);
 };
 
 #endif

@@ -300,11 +300,28 @@ void View::keyPressEvent(QKeyEvent* event)
 
 void View::mouseDoubleClickEvent(QMouseEvent* event)
 {
-    HTableView::mouseDoubleClickEvent(event);
     const QModelIndex index = indexAt(event->pos());
-    // In the Action column, a double click acts as two clicks.
-    if (event->button() == Qt::LeftButton && index.isValid() && index.column() != ActionColumn) {
+    if (index.column() == ActionColumn) {
+        // Each click counts here. After a double click, the base class would report no second click.
+        QMouseEvent press(QEvent::MouseButtonPress, event->localPos(), event->windowPos(), event->screenPos(),
+                          event->button(), event->buttons(), event->modifiers(), event->source());
+        mousePressEvent(&press);
+        return;
+    }
+    HTableView::mouseDoubleClickEvent(event);
+    if (event->button() == Qt::LeftButton && index.isValid()) {
         describe();
+    }
+}
+
+void View::focusInEvent(QFocusEvent* event)
+{
+    const bool hadCurrent = currentIndex().isValid();
+    HTableView::focusInEvent(event);
+    if (!hadCurrent && currentIndex().isValid()) {
+        // The base class makes the first row current without selecting it. Space or Enter would then act on a
+        // row that does not stand out.
+        selectionModel()->clearCurrentIndex();
     }
 }
 

@@ -74,6 +74,7 @@ protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void changeEvent(QEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     // The Enter key opens the description of the package in the current row. The space key changes the action
     // of the current row to the next permitted action.
     void keyPressEvent(QKeyEvent* event) override;

@@ -22,6 +22,7 @@
 #include "repo/YumConfIO.h"
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
+#include "widgets/HMessageBox.h"
 #include "widgets/HSeparator.h"
 #include "widgets/Literal.h"
 #include "widgets/Metrics.h"
@@ -314,8 +315,23 @@ bool Dialog::apply()
     return true;
 }
 
+bool Dialog::userDropsChanges()
+{
+    HMessageBox box(QMessageBox::Question, tr("Repository Editor"),
+                    tr("The changes to the repositories are not applied. Close the window without them?"),
+                    QMessageBox::Yes | QMessageBox::No, this);
+    box.setDefaultButton(QMessageBox::No);
+    box.setEscapeButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
 void Dialog::reject()
 {
+    // Escape and the button of the window manager are pressed by mistake more easily than "Cancel", which has
+    // undone the changes already.
+    if (hasChanges() && !userDropsChanges()) {
+        return;
+    }
     if (hasChanges()) {
         if (!sessionChanged && !applied) {
             // A form has added its repository to this table. No signal has reported this change, so it must

@@ -86,6 +86,7 @@ private:
     void setEntryToOldId(QString id);
     void setEntryHasChanged(bool has);
     void setConfigHasChanged(bool has);
+    bool userDropsChanges();
     bool hasChanges() const { return entryHasChanged || configHasChanged; }
     void showChanges();
 

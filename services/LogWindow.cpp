@@ -181,7 +181,9 @@ bool Window::render()
     block.beginEditBlock();
     for (; shown < count; ++shown) {
         const Entry& entry = entries.at(static_cast<int>(shown));
-        if (threshold >= entry.level) {
+        // The program refers users to the log for these errors, whatever the level is.
+        const bool isError = entry.kind == Error && entry.level <= static_cast<unsigned int>(defaultLevel);
+        if (threshold >= entry.level || isError) {
             textEdit->appendCompact(toHtml(entry));
         }
     }

@@ -3,72 +3,113 @@
 #include "services/ScrollableDialogs.h"
 
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "widgets/Colors.h"
 #include "widgets/HScrollArea.h"
+#include "widgets/HSeparator.h"
 #include "widgets/Metrics.h"
 #include "widgets/PlainLabel.h"
 
 namespace {
 
-// Fills a dialog with the icon, the text and, below the text, a row of buttons.
-QList<QPushButton*> fill(QDialog* dialog, QStyle::StandardPixmap icon, const QString& text,
-                         const QStringList& buttonTexts)
+QLabel* textLabel(const QString& text)
 {
-    dialog->setAttribute(Qt::WA_ShowModal);
-
-    QLabel* iconLabel = new PlainLabel(dialog);
-    iconLabel->setPixmap(dialog->style()->standardPixmap(icon, nullptr, dialog));
-
-    QLabel* label = new PlainLabel(text);
+    auto* label = new PlainLabel(text);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    HScrollArea* scrollArea = new HScrollArea(dialog);
-    scrollArea->setFrameStyle(QFrame::NoFrame | QFrame::Plain);
-    scrollArea->setWidget(label);
-
-    QVBoxLayout* layout = new QVBoxLayout(dialog);
-    QHBoxLayout* topRow = new QHBoxLayout();
-    layout->addLayout(topRow);
-    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // beside the first line of the text
-    topRow->addWidget(scrollArea);
-
-    QHBoxLayout* buttonRow = new QHBoxLayout();
-    layout->addLayout(buttonRow);
-    buttonRow->addStretch(1);
-    QList<QPushButton*> buttons;
-    for (const QString& buttonText : buttonTexts) {
-        QPushButton* button = new QPushButton(buttonText, dialog);
-        buttonRow->addWidget(button);
-        buttons.append(button);
-    }
-    buttonRow->addStretch(1);
-
-    // By default, a window has at most two thirds of the screen's size. Lines that fit on the screen would
-    // then be cut.
-    dialog->ensurePolished();
-    dialog->resize(dialog->sizeHint().boundedTo(Metrics::maxWindowSize()));
-    return buttons;
+    return label;
 }
 
 } // namespace
 
-ScrollableConfirmDialog::ScrollableConfirmDialog(QString text, QString acceptText, QString rejectText,
-                                                 QWidget* parent, bool rejectIsDefault)
-    : QDialog(parent)
+ScrollableDialog::ScrollableDialog(QStyle::StandardPixmap icon, const QString& text,
+                                   const QStringList& buttonTexts, QWidget* parent)
+    : QDialog(parent), scrollArea(new HScrollArea(this)), column(new QVBoxLayout)
 {
-    const QList<QPushButton*> buttons =
-        fill(this, QStyle::SP_MessageBoxQuestion, text, {acceptText, rejectText});
-    if (rejectIsDefault) {
-        buttons.at(1)->setDefault(true);
+    setAttribute(Qt::WA_ShowModal);
+
+    QLabel* iconLabel = new PlainLabel(this);
+    iconLabel->setPixmap(style()->standardPixmap(icon, nullptr, this));
+    scrollArea->setFrameStyle(QFrame::NoFrame | QFrame::Plain);
+    scrollArea->setWidget(textLabel(text));
+
+    QVBoxLayout* layout = new QVBoxLayout(this);
+    QHBoxLayout* topRow = new QHBoxLayout();
+    layout->addLayout(topRow);
+    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // beside the first line of the text
+    topRow->addLayout(column);
+    column->addWidget(scrollArea, 1);
+
+    QHBoxLayout* buttonRow = new QHBoxLayout();
+    layout->addLayout(buttonRow);
+    buttonRow->addStretch(1);
+    for (const QString& buttonText : buttonTexts) {
+        QPushButton* button = new QPushButton(buttonText, this);
+        buttonRow->addWidget(button);
+        buttons.append(button);
     }
-    connect(buttons.at(0), SIGNAL(clicked()), this, SLOT(accept()));
-    connect(buttons.at(1), SIGNAL(clicked()), this, SLOT(reject()));
+    buttonRow->addStretch(1);
 }
 
-ScrollableErrorDialog::ScrollableErrorDialog(QString text, QWidget* parent) : QDialog(parent)
+void ScrollableDialog::addAbove(QWidget* widget)
 {
-    const QList<QPushButton*> buttons = fill(this, QStyle::SP_MessageBoxCritical, text, {tr("Close")});
-    connect(buttons.at(0), SIGNAL(clicked()), this, SLOT(accept()));
+    column->insertWidget(0, widget);
+}
+
+void ScrollableDialog::addBelow(QWidget* widget)
+{
+    column->addWidget(widget);
+}
+
+void ScrollableDialog::fit()
+{
+    // By default, a window has at most two thirds of the screen's size. Lines that fit on the screen would
+    // then be cut.
+    ensurePolished();
+    resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
+}
+
+void ScrollableDialog::keyPressEvent(QKeyEvent* event)
+{
+    if (!scrollArea->scrollByKey(event)) {
+        QDialog::keyPressEvent(event);
+    }
+}
+
+ScrollableConfirmDialog::ScrollableConfirmDialog(QString text, QString acceptText, QString rejectText,
+                                                 QWidget* parent, bool rejectIsDefault, const QString& notice,
+                                                 const QString& summary)
+    : ScrollableDialog(QStyle::SP_MessageBoxQuestion, text, {acceptText, rejectText}, parent)
+{
+    if (!notice.isEmpty()) {
+        QLabel* label = textLabel(notice);
+        label->setObjectName(QStringLiteral("notice"));
+        label->setPalette(Colors::makeWarning(label->palette()));
+        label->setAutoFillBackground(true);
+        label->setMargin(4);
+        addAbove(label);
+    }
+    if (!summary.isEmpty()) {
+        QLabel* label = textLabel(summary);
+        label->setObjectName(QStringLiteral("summary"));
+        addBelow(new HSeparator(this));
+        addBelow(label);
+    }
+    if (rejectIsDefault) {
+        button(1)->setDefault(true);
+        button(1)->setFocus();
+    }
+    connect(button(0), SIGNAL(clicked()), this, SLOT(accept()));
+    connect(button(1), SIGNAL(clicked()), this, SLOT(reject()));
+    fit();
+}
+
+ScrollableErrorDialog::ScrollableErrorDialog(QString text, QWidget* parent)
+    : ScrollableDialog(QStyle::SP_MessageBoxCritical, text, {tr("Close")}, parent)
+{
+    connect(button(0), SIGNAL(clicked()), this, SLOT(accept()));
+    fit();
 }

@@ -7,6 +7,7 @@
 #include <QMetaObject>
 #include <QPushButton>
 
+#include "services/QuestionGuard.h"
 #include "services/ScrollableDialogs.h"
 #include "widgets/HMessageBox.h"
 #include "widgets/Literal.h"
@@ -14,10 +15,13 @@
 YumIODialogsMinion::YumIODialogsMinion(QWidget* parent) : parentWidget(parent) {}
 
 void YumIODialogsMinion::confirm(const QString& caption, const QString& text, const QString& acceptText,
-                                 const QString& rejectText, bool rejectIsDefault)
+                                 const QString& rejectText, bool rejectIsDefault, const QString& notice,
+                                 const QString& summary)
 {
-    ScrollableConfirmDialog dialog(text, acceptText, rejectText, parentWidget, rejectIsDefault);
+    ScrollableConfirmDialog dialog(text, acceptText, rejectText, parentWidget, rejectIsDefault, notice,
+                                   summary);
     dialog.setWindowTitle(Literal::title(caption));
+    const QuestionGuard guard(&dialog);
     const int code = dialog.exec();
     Q_EMIT setResult(code);
 }
@@ -42,6 +46,7 @@ void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
 {
     ScrollableErrorDialog dialog(text, parentWidget);
     dialog.setWindowTitle(Literal::title(caption));
+    const QuestionGuard guard(&dialog);
     dialog.exec();
     Q_EMIT setResult(0);
 }
@@ -63,6 +68,7 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
     }
     box.setDefaultButton(buttons.value(defaultButtonNumber));
     box.setEscapeButton(buttons.value(escapeButtonNumber));
+    const QuestionGuard guard(&box);
     const int number = box.exec();
     // If the end of the program closes the box, no button was clicked. The result is then the safe answer,
     // not button 0.
@@ -75,8 +81,12 @@ YumIODialogs::YumIODialogs(QWidget* parent)
     minion->moveToThread(QCoreApplication::instance()->thread());
 
     connect(minion, SIGNAL(setResult(int)), this, SLOT(setResult(int)));
-    connect(this, SIGNAL(confirmSig(const QString&, const QString&, const QString&, const QString&, bool)),
-            minion, SLOT(confirm(const QString&, const QString&, const QString&, const QString&, bool)));
+    connect(this,
+            SIGNAL(confirmSig(const QString&, const QString&, const QString&, const QString&, bool,
+                              const QString&, const QString&)),
+            minion,
+            SLOT(confirm(const QString&, const QString&, const QString&, const QString&, bool, const QString&,
+                         const QString&)));
     connect(this,
             SIGNAL(warningSig(const QString&, const QString&, const QString&, const QString&, const QString&,
                               int, int)),
@@ -112,10 +122,12 @@ template <typename Request> int YumIODialogs::ask(int safe, const Request& reque
 }
 
 int YumIODialogs::confirm(const QString& caption, const QString& text, const QString& acceptText,
-                          const QString& rejectText, bool rejectIsDefault)
+                          const QString& rejectText, bool rejectIsDefault, const QString& notice,
+                          const QString& summary)
 {
-    return ask(QDialog::Rejected,
-               [&] { Q_EMIT confirmSig(caption, text, acceptText, rejectText, rejectIsDefault); });
+    return ask(QDialog::Rejected, [&] {
+        Q_EMIT confirmSig(caption, text, acceptText, rejectText, rejectIsDefault, notice, summary);
+    });
 }
 
 int YumIODialogs::warning(const QString& caption, const QString& text, const QString& button0Text,

@@ -16,7 +16,8 @@
 
 #include "services/Unattended.h"
 
-// It lives on the graphical thread. Its YumIODialogs creates it; the graphical thread deletes it later.
+// It lives on the graphical thread. Its YumIODialogs creates it; the graphical thread deletes it later. A
+// QuestionGuard protects each dialog from input that is meant for something else.
 class YumIODialogsMinion : public QObject
 {
     Q_OBJECT
@@ -27,7 +28,8 @@ public:
 
 public Q_SLOTS:
     void confirm(const QString& caption, const QString& text, const QString& acceptText,
-                 const QString& rejectText, bool rejectIsDefault = false);
+                 const QString& rejectText, bool rejectIsDefault = false, const QString& notice = QString(),
+                 const QString& summary = QString());
     void warning(const QString& caption, const QString& text, const QString& button0Text,
                  const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                  int escapeButtonNumber);
@@ -60,9 +62,11 @@ public:
     ~YumIODialogs() override;
 
     // Returns 1 if the user accepts, and 0 if the user rejects or closes the dialog. The Enter key accepts,
-    // unless the rejection is the default.
+    // unless the rejection is the default. The notice and the summary are visible without scrolling; see
+    // ScrollableConfirmDialog.
     int confirm(const QString& caption, const QString& text, const QString& acceptText,
-                const QString& rejectText, bool rejectIsDefault = false);
+                const QString& rejectText, bool rejectIsDefault = false, const QString& notice = QString(),
+                const QString& summary = QString());
     // Both functions return the number of the pressed button. A button without a text is omitted, but button
     // 0 without a text is "OK". If the number of the escape button is -1, the box has no escape button,
     // unless it has only one button. The number of the escape button is also the answer if the program ends
@@ -81,7 +85,8 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void confirmSig(const QString& caption, const QString& text, const QString& acceptText,
-                    const QString& rejectText, bool rejectIsDefault = false);
+                    const QString& rejectText, bool rejectIsDefault = false,
+                    const QString& notice = QString(), const QString& summary = QString());
     void warningSig(const QString& caption, const QString& text, const QString& button0Text,
                     const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                     int escapeButtonNumber);

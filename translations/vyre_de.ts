@@ -809,6 +809,22 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <source>Ctrl+D</source>
         <translation>Ctrl+D</translation>
     </message>
+    <message>
+        <source>The transaction has reported errors: see the log (Ctrl+L)</source>
+        <translation>Die Transaktion hat Fehler gemeldet: siehe Protokoll (Strg+L)</translation>
+    </message>
+    <message>
+        <source>VYRE cannot change packages, because it does not run as root</source>
+        <translation>VYRE kann keine Pakete ändern, weil es nicht als root läuft</translation>
+    </message>
+    <message>
+        <source>VYRE cannot close while it changes packages</source>
+        <translation>VYRE kann nicht beendet werden, während es Pakete ändert</translation>
+    </message>
+    <message>
+        <source>VYRE cannot close before the current work is complete</source>
+        <translation>VYRE kann erst beendet werden, wenn die laufende Arbeit abgeschlossen ist</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>
@@ -1542,6 +1558,14 @@ wenn mehrere in derselben Konfigurationsdatei stehen</translation>
     <message>
         <source>Unapplied Configuration Changes</source>
         <translation>Noch nicht angewendete Änderungen</translation>
+    </message>
+    <message>
+        <source>Repository Editor</source>
+        <translation>Paketquellen bearbeiten</translation>
+    </message>
+    <message>
+        <source>The changes to the repositories are not applied. Close the window without them?</source>
+        <translation>Die Änderungen an den Paketquellen sind nicht angewendet. Das Fenster ohne sie schließen?</translation>
     </message>
 </context>
 <context>
@@ -2628,12 +2652,32 @@ Auf manchen Distributionen liegt das an PackageKit.</translation>
     <message>
         <source>Import the signing key 0x{}?
 
+Metadata of:	{}
 User id:	{}
 Fingerprint:	{}
 From:	{}
 </source>
         <translation>Den Signaturschlüssel 0x{} importieren?
 
+Metadaten von:	{}
+Benutzer:	{}
+Fingerabdruck:	{}
+Von:	{}
+</translation>
+    </message>
+    <message>
+        <source>Import the signing key 0x{}?
+
+Package:	{}
+Repository:	{}
+User id:	{}
+Fingerprint:	{}
+From:	{}
+</source>
+        <translation>Den Signaturschlüssel 0x{} importieren?
+
+Paket:	{}
+Paketquelle:	{}
 Benutzer:	{}
 Fingerabdruck:	{}
 Von:	{}
@@ -3074,6 +3118,30 @@ In dieser Sitzung ohne sie weitermachen?</translation>
     <message>
         <source>Internal error: the advisories cannot be read</source>
         <translation>Interner Fehler: Die Aktualisierungshinweise können nicht gelesen werden</translation>
+    </message>
+    <message>
+        <source>Removals: %1. You did not mark %2 of them:</source>
+        <translation>Zu entfernende Pakete: %1. Davon nicht vorgemerkt: %2:</translation>
+    </message>
+    <message>
+        <source>Install: %1</source>
+        <translation>Installieren: %1</translation>
+    </message>
+    <message>
+        <source>Upgrade: %1</source>
+        <translation>Aktualisieren: %1</translation>
+    </message>
+    <message>
+        <source>Downgrade: %1</source>
+        <translation>Herabstufen: %1</translation>
+    </message>
+    <message>
+        <source>Reinstall: %1</source>
+        <translation>Erneut installieren: %1</translation>
+    </message>
+    <message>
+        <source>Remove: %1</source>
+        <translation>Entfernen: %1</translation>
     </message>
 </context>
 <context>

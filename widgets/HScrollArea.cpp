@@ -3,6 +3,7 @@
 #include "widgets/HScrollArea.h"
 
 #include <QFontMetrics>
+#include <QKeyEvent>
 #include <QScrollBar>
 
 #include <limits>
@@ -51,6 +52,41 @@ void HScrollArea::forceResize()
     updateGeometry();
     // The first resize may have changed the size hint of the inner widget, so a second resize follows.
     widget()->resize(widget()->sizeHint());
+}
+
+bool HScrollArea::scrollByKey(const QKeyEvent* event)
+{
+    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    const bool plain = modifiers == Qt::NoModifier;
+    if (!plain && modifiers != Qt::ControlModifier) {
+        return false;
+    }
+    switch (event->key()) {
+    case Qt::Key_Home:
+        verticalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+        horizontalScrollBar()->triggerAction(QScrollBar::SliderToMinimum);
+        return true;
+    case Qt::Key_End:
+        verticalScrollBar()->triggerAction(QScrollBar::SliderToMaximum);
+        return true;
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        if (plain) {
+            verticalScrollBar()->triggerAction(event->key() == Qt::Key_PageUp
+                                                   ? QScrollBar::SliderPageStepSub
+                                                   : QScrollBar::SliderPageStepAdd);
+        }
+        return plain;
+    default:
+        return false;
+    }
+}
+
+void HScrollArea::keyPressEvent(QKeyEvent* event)
+{
+    if (!scrollByKey(event)) {
+        QScrollArea::keyPressEvent(event);
+    }
 }
 
 int HScrollArea::frameOnlyAroundContentsPixels() const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A scroll area whose size hint fits its inner widget, up to a maximum size.
+// A scroll area whose size hint fits its inner widget, up to a maximum size. Home and End, also with Ctrl, go
+// to its ends.
 //
 // It lives on the graphical thread; its Qt parent owns it. It owns its inner widget.
 
@@ -27,9 +28,15 @@ public:
     // Resizes the inner widget after a change of its contents.
     void forceResize();
 
+    // If the key goes to an end or to another page, scrolls and returns true.
+    bool scrollByKey(const QKeyEvent* event);
+
     // Some styles draw the frame around the contents, but not around the scroll bars. Returns the additional
     // pixels that this frame needs, or 0 for other styles.
     int frameOnlyAroundContentsPixels() const;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QSize maxSize;

@@ -113,6 +113,22 @@ void HTableView::keyPressEvent(QKeyEvent* event)
         QCoreApplication::sendEvent(viewport(), &menu);
         return;
     }
+    const bool toStart = event->key() == Qt::Key_Home;
+    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    if ((toStart || event->key() == Qt::Key_End) && modifiers == Qt::ControlModifier) {
+        const int rows = model() != nullptr ? model()->rowCount(rootIndex()) : 0;
+        if (rows > 0) {
+            // The base class moves only the current index, and the selection stays where it is.
+            QItemSelectionModel::SelectionFlags command = QItemSelectionModel::ClearAndSelect;
+            if (selectionBehavior() == QAbstractItemView::SelectRows) {
+                command |= QItemSelectionModel::Rows;
+            }
+            const int column = qMax(currentIndex().column(), 0);
+            selectionModel()->setCurrentIndex(model()->index(toStart ? 0 : rows - 1, column, rootIndex()),
+                                              command);
+        }
+        return;
+    }
     QTableView::keyPressEvent(event);
 }
 

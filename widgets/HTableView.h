@@ -60,7 +60,8 @@ protected:
     QStyleOptionViewItem viewOptions() const override;
     void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    // Shift+F10 opens the menu of the current cell, like the menu key.
+    // Shift+F10 opens the menu of the current cell, like the menu key. Ctrl+Home and Ctrl+End select the
+    // first and the last row.
     void keyPressEvent(QKeyEvent* event) override;
 
     // Returns the width of the column's widest cell in pixels, without the grid. Called only if the view has

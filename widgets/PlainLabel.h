@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A label that shows its text unchanged. Texts from packages, repositories, files and servers are never
-// markup, so every label of the program is a PlainLabel.
+// markup, so every label of the program is a PlainLabel. A label whose text can be selected leaves the keys
+// that scroll to the area around it.
 //
 // It lives on the graphical thread; its Qt parent owns it.
 
@@ -17,6 +18,9 @@ class PlainLabel : public QLabel
 public:
     explicit PlainLabel(QWidget* parent = nullptr);
     explicit PlainLabel(const QString& text, QWidget* parent = nullptr);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     using QLabel::setTextFormat; // the format stays Qt::PlainText

@@ -13,7 +13,10 @@
 
 #include <QHash>
 #include <QList>
+#include <QMap>
+#include <QSet>
 #include <QString>
+#include <QStringList>
 
 #include "yumio/Package.h"
 #include "yumio/SignalRecorder.h"
@@ -43,8 +46,12 @@ public:
 
     // The listing, or the script's output before a question without a listing.
     QString txText;
-    bool txListed = false;  // a listing exists for the next question
-    bool txApplied = false; // the user has confirmed, and no step has failed
+    bool txListed = false;         // a listing exists for the next question
+    bool txApplied = false;        // the user has confirmed, and no step has failed
+    QMap<long, int> listed;        // the number of listed items by action
+    QStringList unmarkedRemovals;  // listed removals that the user has not marked, as the listing names them
+    QString sizes;                 // the sizes in the listing, in one line
+    QSet<QString> membersToRemove; // the names of the packages of groups that are marked for removal
 
     bool transactionRan = false; // rpm may have changed the system
     bool outdated = false;       // the script refused, because another program has changed the system

@@ -62,7 +62,10 @@ const char* const scriptTexts[] = {
         "YumIO", "Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because "
                  "it lacks {}."),
     QT_TRANSLATE_NOOP("YumIO", "Signatures cannot be checked: the program rpmkeys is missing."),
-    QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nUser id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
+    QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nMetadata of:\t{}\nUser "
+                               "id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
+    QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nPackage:\t{}\nRepository:\t{}\nUser "
+                               "id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "\nThere are only {} kB left for {}"),
     QT_TRANSLATE_NOOP("YumIO", "The change logs of %s cannot be read: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to use the configuration file %s: %s"),

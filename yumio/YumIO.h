@@ -446,6 +446,9 @@ private:
     };
     void listItem(PyObject* item, Listing& listing);
     QString scriptWords(const char* text);
+    bool isMarkedForRemoval(PyObject* item);
+    QString noticeOfListing() const;
+    QString summaryOfListing() const;
     void weighItem(PyObject* item, long action);
     void weighUnlisted(PyObject* item, long action);
     void readOutcome();

@@ -234,7 +234,11 @@ bool YumIO::applyGrpPkgs(const Package::Entry& group, const char* listName, Grou
         if (!pkg) {
             break;
         }
-        const Package::Entry* found = findPackage(pyStringDec(attribute(pkg.get(), "name")));
+        const QString name = pyStringDec(attribute(pkg.get(), "name"));
+        if (group.txAction == Package::Remove) {
+            transaction.membersToRemove.insert(name);
+        }
+        const Package::Entry* found = findPackage(name);
         accepted = found == nullptr || (this->*check)(group, *found);
     }
     PyErr_Clear();
@@ -302,6 +306,9 @@ PyObject* YumIO::listTransaction(PyObject*, PyObject* args)
     }
     transaction.txText = tr("Transaction to be performed:\n");
     transaction.txListed = true;
+    transaction.listed.clear();
+    transaction.unmarkedRemovals.clear();
+    transaction.sizes.clear();
     Listing listing;
     for (;;) {
         const PyRef item(PyIter_Next(iterator.get()));
@@ -364,6 +371,9 @@ void YumIO::listItem(PyObject* item, Listing& listing)
         transaction.txText += tr("\tUpgrade: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Remove:
+        if (!isMarkedForRemoval(item)) {
+            transaction.unmarkedRemovals.append(txitemFormat(item));
+        }
         if (reason == Transaction::Dependency) {
             listing.dependents += tr("\tRemove: %1\n").arg(txitemFormat(item));
         } else if (reason == Transaction::Clean) {
@@ -387,7 +397,68 @@ void YumIO::listItem(PyObject* item, Listing& listing)
         break;
     }
     }
+    ++transaction.listed[action];
     weighItem(item, action);
+}
+
+// The reason of an item does not say this: a removal of a superfluous kernel version has the same reason as a
+// marked one.
+bool YumIO::isMarkedForRemoval(PyObject* item)
+{
+    const QString name = pyStringDec(attribute(item, "name"));
+    const Package::Entry* entry = findPackage(name, pyStringDec(attribute(item, "arch")));
+    return (entry != nullptr && entry->action == Package::Remove) ||
+           transaction.membersToRemove.contains(name);
+}
+
+// The removals that a user may not expect, for a place where they cannot be missed.
+QString YumIO::noticeOfListing() const
+{
+    constexpr int most = 5;
+    constexpr int longest = 80;
+    const QStringList& unmarked = transaction.unmarkedRemovals;
+    if (unmarked.isEmpty()) {
+        return QString();
+    }
+    QString text = tr("Removals: %1. You did not mark %2 of them:")
+                       .arg(transaction.listed.value(Transaction::Remove))
+                       .arg(unmarked.count());
+    for (const QString& removal : unmarked.mid(0, most)) {
+        // This text cannot scroll. The listing has the whole name.
+        const bool fits = removal.length() <= longest;
+        text += QLatin1String("\n    ") + (fits ? removal : removal.left(longest) + QLatin1String("..."));
+    }
+    if (unmarked.count() > most) {
+        text += QLatin1String("\n    ...");
+    }
+    return text;
+}
+
+// The numbers and sizes of a listing that may be very long.
+QString YumIO::summaryOfListing() const
+{
+    const struct
+    {
+        long action;
+        QString text;
+    } parts[] = {
+        {Transaction::Install, tr("Install: %1")},     {Transaction::Upgrade, tr("Upgrade: %1")},
+        {Transaction::Downgrade, tr("Downgrade: %1")}, {Transaction::Reinstall, tr("Reinstall: %1")},
+        {Transaction::Remove, tr("Remove: %1")},
+    };
+    QStringList numbers;
+    for (const auto& part : parts) {
+        const int count = transaction.listed.value(part.action);
+        if (count != 0) {
+            numbers.append(part.text.arg(count));
+        }
+    }
+    const QString separator = QStringLiteral("    ");
+    QString text = numbers.join(separator);
+    if (!transaction.sizes.isEmpty()) {
+        text += QLatin1Char('\n') + transaction.sizes;
+    }
+    return text;
 }
 
 void YumIO::weighItem(PyObject* item, long action)
@@ -505,10 +576,11 @@ PyObject* YumIO::reportDownloadSize(PyObject*, PyObject* args)
     if (PyErr_Occurred() != nullptr) {
         return nullptr;
     }
-    transaction.txText += QLatin1String("\n") +
-                          tr("Cached size: %1\n").arg(bytesFormat(transaction.cachedSize)) +
+    const QString sizes = tr("Cached size: %1\n").arg(bytesFormat(transaction.cachedSize)) +
                           tr("Total download size: %1\n").arg(bytesFormat(transaction.downloadSize)) +
                           tr("Installed size: %1\n").arg(bytesFormat(installedSize));
+    transaction.txText += QLatin1Char('\n') + sizes;
+    transaction.sizes = sizes.trimmed().replace(QLatin1Char('\n'), QLatin1String("    "));
     Py_RETURN_NONE;
 }
 
@@ -537,9 +609,11 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     // A question without a listing shows the script's output, which may contain a URL with a password.
     const QString text = Log::withoutPasswords(transaction.txText);
     // These buttons have the same text in all languages.
+    const bool removes = transaction.listed.value(Transaction::Remove) != 0;
     const bool yes =
         (transaction.txListed
-             ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"))
+             ? dialogs->confirm(tr("Apply"), text, QStringLiteral("OK"), QStringLiteral("Cancel"), removes,
+                                noticeOfListing(), summaryOfListing())
              : dialogs->confirm(tr("Query"), text, QStringLiteral("Yes"), QStringLiteral("No"), true)) == 1;
     if (transaction.txListed) {
         log(Log::Action, 0, yes ? tr("Applying: OK") : tr("Not Applying: Canceled"));

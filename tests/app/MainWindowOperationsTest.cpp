@@ -33,7 +33,7 @@ private Q_SLOTS:
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
-    void focusReturnsAfterTheOperation();
+    void focusIsOnTheTableOrTheExpressionAfterAnOperation();
     void refreshCollectsAgain();
     void refreshClearsActionsAndTheirWarning();
     void cleaningDbcacheCollectsAgain() { compareClean("Clean dbcache", "cleanDbcache"); }
@@ -116,7 +116,12 @@ void MainWindowOperationsTest::whileTheSystemIsChanged(const std::function<void(
 
 void MainWindowOperationsTest::windowCannotBeClosedWhileTheSystemIsChanged()
 {
-    whileTheSystemIsChanged([this] { QVERIFY(!shown->window->close()); });
+    whileTheSystemIsChanged([this] {
+        QVERIFY(!shown->window->close());
+        const auto* notice = qobject_cast<const QLabel*>(shown->window->menuBar()->cornerWidget());
+        QVERIFY(notice != nullptr && notice->isVisible());
+        QCOMPARE(notice->text(), QString("VYRE cannot close while it changes packages"));
+    });
 }
 
 void MainWindowOperationsTest::quittingIsRefusedWhileTheSystemIsChanged()
@@ -181,14 +186,47 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     QCOMPARE(told, QStringList{"Reading the packages..."});
 }
 
-void MainWindowOperationsTest::focusReturnsAfterTheOperation()
+void MainWindowOperationsTest::focusIsOnTheTableOrTheExpressionAfterAnOperation()
 {
     shown->start();
+    QVERIFY(shown->view->hasFocus());
     shown->choose(shown->modeBox, Search);
+    QVERIFY(shown->modeBox->hasFocus()); // a search is no reason to take the focus away
     shown->filter("needle");
     QVERIFY(shown->regexpEdit->hasFocus());
+    standIn->forgetCalls();
+    shown->key(Qt::Key_F, Qt::AltModifier);
+    QTRY_COMPARE(standIn->calls("setupRepos"), 1);
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(shown->regexpEdit->hasFocus());
     shown->press("Re&fresh");
-    QVERIFY(shown->button("Re&fresh")->hasFocus());
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(shown->view->hasFocus());
+    shown->stateBox->setFocus();
+    shown->choose("&Cache", "Clean All");
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY(shown->view->hasFocus());
+    QVERIFY(!shown->button("&Describe")->isEnabled());
+    // After an apply without marks, the button is disabled.
+    shown->filter(".*");
+    shown->click("tool", ActionColumn);
+    {
+        const Answers answers("OK");
+        shown->press("&Apply Actions");
+        QTRY_VERIFY(shown->isReady());
+    }
+    QVERIFY(!shown->button("&Apply Actions")->isEnabled());
+    QTRY_VERIFY(shown->view->hasFocus()); // once the window is active again
+    shown->filter(".*");
+    shown->click(shown->listed().first(), ActionColumn);
+    shown->button("&Apply Actions")->setFocus();
+    {
+        const Answers answers("Cancel");
+        shown->key(Qt::Key_Space);
+        QTRY_COMPARE(answers.seen.size(), 1);
+        QTRY_VERIFY(shown->isReady());
+    }
+    QTRY_VERIFY(shown->view->hasFocus()); // once the window is active again
 }
 
 void MainWindowOperationsTest::refreshCollectsAgain()

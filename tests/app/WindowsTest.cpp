@@ -158,7 +158,8 @@ private:
             }));
         QCOMPARE(opened.takeFirst(), QString("details"));
 
-        ScrollableConfirmDialog confirm(longText(), "OK", "Cancel", shown->window);
+        ScrollableConfirmDialog confirm(longText(), "OK", "Cancel", shown->window, true,
+                                        "Removals: 1\n" + foreign + QString(30, 'x'), foreign + "Remove: 1");
         confirm.setWindowTitle("Apply");
         showOne(confirm, "confirmation", check);
         ScrollableErrorDialog error(longText(), shown->window);
@@ -620,6 +621,7 @@ private Q_SLOTS:
                 key(Qt::Key_Left);
                 key(Qt::Key_Space);
                 seen << boxes();
+                press(buttonNamed(editor, "Reset All")); // otherwise the editor asks before it closes
             });
         QCOMPARE(seen, (QStringList{"Yes/Yes", "Yes/Yes", "Yes/No", "No/No"}));
     }

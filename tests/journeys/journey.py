@@ -189,7 +189,7 @@ class JourneyTest(unittest.TestCase):
         sizes: whether the transaction downloads packages. None: the dialog does not mention downloads.
         groups: the names of groups below each heading.
         """
-        text, _, sized = dialog.text().partition('\n\n')
+        text, _, sized = dialog.listing().partition('\n\n')
         if sizes is None:
             self.assertEqual(sized, '')
         elif not sizes:
@@ -276,9 +276,10 @@ class JourneyTest(unittest.TestCase):
     # Dialogs
 
     def read_dialog(self, program, title, *texts):
-        """The dialog with the title, whose text contains these texts."""
+        """The dialog with the title, whose text contains these texts, once it takes input."""
         dialog = program.window(title)
         text = wait_for(dialog.text, 'the text of ' + title)
+        dialog.wait_input()
         for part in texts:
             self.assertIn(part, text)
         return dialog

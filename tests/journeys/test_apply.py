@@ -64,6 +64,11 @@ class ApplyTest(JourneyTest):
             dialog = window.apply()
             self.check_listing(dialog, ['Remove: libtrellis 1.2-1 (x86_64)'],
                                ['Remove: trellis-editor 1.2-1 (x86_64)'], sizes=False)
+            # These texts do not scroll.
+            self.assertIn('Removals: 2. You did not mark 1 of them:\n    trellis-editor 1.2-1 (x86_64)',
+                          dialog.labels())
+            self.assertIn('Remove: 2', dialog.labels())
+            self.picture('removals')
             self.carry_out(window, dialog)
             self.check_changed(gone=['trellis-editor-1.2-1.x86_64', 'libtrellis-1.2-1.x86_64'])
 
@@ -71,8 +76,8 @@ class ApplyTest(JourneyTest):
         with self.opened() as window:
             window.mark_listed('birch-log')
             dialog = window.apply()
-            self.assertEqual(dialog.text(), 'Transaction to be performed:\n\tRemove: birch-log 3.0-1 (x86_64)\n'
-                                            'No downloads; only removals\n')
+            self.assertEqual(dialog.listing(), 'Transaction to be performed:\n\tRemove: birch-log 3.0-1 (x86_64)\n'
+                                               'No downloads; only removals\n')
             self.carry_out(window, dialog)
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
@@ -172,9 +177,9 @@ class ConfiguredTest(JourneyTest):
             window.mark_listed('pergola')
             window.mark_listed('birch-log')
             dialog = window.apply()
-            self.assertTrue(dialog.text().startswith(
+            self.assertTrue(dialog.listing().startswith(
                 'This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
-                'it installs, updates and removes nothing.\n\nTransaction to be performed:\n'), dialog.text())
+                'it installs, updates and removes nothing.\n\nTransaction to be performed:\n'), dialog.listing())
             window.accept(dialog)
             self.check_message(window.program, 'VYRE Yum Warning',
                                'The transaction was only tested, because tsflags has test. Nothing was changed.')

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The questions before a transaction, and the effects of each answer."""
 import contextlib
+import time
 
 import journey
 from journey import JourneyTest, driver
@@ -29,11 +30,42 @@ class ConfirmationTest(JourneyTest):
     def test_canceling_changes_nothing_and_keeps_the_marks(self):
         self.check_canceled(lambda dialog: dialog.click_button('Cancel'))
 
+    def test_enter_cancels_a_removal(self):
+        with self.opened() as window:
+            window.mark_listed('birch-log')
+            window.apply()
+            driver.key('Return')
+            window.program.no_window('Apply')
+            window.wait_ready()
+            self.check_unchanged()
+            window.wait_action('remove', 'birch-log')
+
     def test_escape_cancels(self):
         self.check_canceled(lambda dialog: dialog.press('Escape'))
 
     def test_closing_the_question_cancels(self):
         self.check_canceled(lambda dialog: dialog.press('alt+F4'))
+
+    def test_a_key_that_is_held_since_before_does_not_confirm(self):
+        with self.opened() as window:
+            window.mark_listed('pergola')
+            window.wait_settled()
+            driver.click(window.edit())
+            # Enter is down before the question appears, and repeats afterwards.
+            driver.xdotool('key', 'alt+a', 'keydown', 'Return')
+            try:
+                dialog = window.program.window('Apply')
+                dialog.wait_input()
+                time.sleep(0.5)  # several repetitions of the key
+                dialog = window.program.window('Apply', 0)
+            finally:
+                driver.xdotool('keyup', 'Return')
+            self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
+            self.check_unchanged()
+            driver.key('Return')
+            window.program.no_window('Apply')
+            window.wait_ready()
+            self.check_changed(new=['pergola-6.1-1.x86_64'])
 
 
 class ConflictTest(JourneyTest):
@@ -52,6 +84,7 @@ class ConflictTest(JourneyTest):
                          'marked for {}.\nBut the package also was marked individually for {}.\n'
                          'Do you wish to proceed?'.format(package, group, *texts))
         self.assertEqual(question.buttons(), ['Yes', 'No'])
+        question.wait_input()
         return question
 
     def check_declined(self, answer):
@@ -136,6 +169,7 @@ class ImpossibleTest(JourneyTest):
                              '    nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noarch')
             self.assertEqual(question.buttons(), ['Yes', 'No'])
             self.picture('impossible')
+            question.wait_input()
             yield window, question
 
     def test_answering_yes_applies_the_other_marks_and_keeps_the_impossible_one(self):

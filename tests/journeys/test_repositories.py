@@ -434,6 +434,29 @@ class StartTest(EditingTest):
             self.quit(window)
         self.assertEqual(self.files(), files)
 
+    def test_escape_with_unapplied_changes_asks(self):
+        files = self.files()
+        with self.opened() as window:
+            editor = self.edit(window)
+            editor.toggle('sandbox-file', PERMANENT)
+            editor.wait_on(False, 'sandbox-file', PERMANENT)
+            for answer in ('No', 'Yes'):
+                editor.wait_settled()
+                driver.key('Escape')
+                question = self.read_dialog(window.program, 'Repository Editor', 'Close the window without them?')
+                self.assertEqual(question.buttons(), ['Yes', 'No'])
+                self.picture('unapplied-' + answer)
+                question.click_button(answer)
+                window.program.no_window('Repository Editor')
+                if answer == 'No':
+                    editor.wait_on(False, 'sandbox-file', PERMANENT)
+            window.program.no_window(Editor.TITLE)
+            window.wait_ready()
+            self.assertEqual(self.files(), files)
+            editor = self.edit(window)
+            editor.wait_on(True, 'sandbox-file', PERMANENT)
+            editor.close('Cancel')
+
     def test_closing_the_editor_by_the_window_manager_changes_nothing(self):
         self.check_closed(lambda editor: editor.press('alt+F4'))
 

@@ -234,7 +234,7 @@ class ManualTest(unittest.TestCase):
                 self.assertEqual(row[0].split('|')[2].strip(), expected)
 
     def test_manual_is_installed_where_the_menu_looks_for_it(self):
-        place = re.search(r'documentation\[\] = "(.*?)"', sources.read('app', 'Manuals.cpp')).group(1)
+        place = re.search(r'directory = QStringLiteral\("(.*?)"\)', sources.read('app', 'Manuals.h')).group(1)
         with open(os.path.join(os.path.dirname(VYRE), 'manual', 'cmake_install.cmake')) as stream:
             script = stream.read()
         prefix = re.search(r'set\(CMAKE_INSTALL_PREFIX "(.*?)"\)', script).group(1)

@@ -155,7 +155,7 @@ def python_messages(*parts):
             names = _names(node.func)
             if names[-1] in ('error', 'warning', 'critical') and 'getLogger' in names or \
                     names[-1] in ('remark', 'showActivity', 'awaitLock', 'introduceListing') or \
-                    names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show'],
+                    names in (['parts', 'append'], ['sys', 'stdout', 'write'], ['show'], ['askForKey'],
                               ['dnf', 'exceptions', 'Error']):
                 add(_literal(node.args[0]), node)
             elif names[-1] == 'showReading' and len(node.args) == 2:

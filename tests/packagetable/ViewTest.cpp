@@ -76,7 +76,10 @@ private Q_SLOTS:
     void describeDescribesTheCurrentRow();
     void enterDescribesTheCurrentRow();
     void twoClicksDescribeTheRow();
-    void aDoubleClickOnTheActionIsTwoClicks();
+    void quickClicksOnTheActionCountEach_data();
+    void quickClicksOnTheActionCountEach();
+    void firstAndLastRowAreReachedByKeys();
+    void theFocusAloneMakesNoRowCurrent();
     void menusAreMadeOnce();
 
 private:
@@ -675,14 +678,79 @@ void ViewTest::twoClicksDescribeTheRow()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::aDoubleClickOnTheActionIsTwoClicks()
+void ViewTest::quickClicksOnTheActionCountEach_data()
 {
+    QTest::addColumn<int>("clicks");
+    QTest::addColumn<int>("action");
+    QTest::newRow("one") << 1 << int(Package::Update);
+    QTest::newRow("two") << 2 << int(Package::Remove);
+    QTest::newRow("three") << 3 << int(Package::None);
+    QTest::newRow("four") << 4 << int(Package::Update);
+    QTest::newRow("five") << 5 << int(Package::Remove);
+}
+
+void ViewTest::quickClicksOnTheActionCountEach()
+{
+    QFETCH(int, clicks);
+    QFETCH(int, action);
     const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
-    shown->click("tool", ActionColumn);
-    QTest::mouseDClick(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+    QSignalSpy changed(view, SIGNAL(stateChanged(int)));
+    for (int i = 0; i < clicks; ++i) {
+        // Unlike those of mouseClick(), these are double clicks.
+        QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+        QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+    }
     QTest::qWait(50);
     QVERIFY(view->findChildren<Describe::Dialog*>().isEmpty());
-    QCOMPARE(table->entry("tool").action, Package::Remove);
+    QCOMPARE(int(table->entry("tool").action), action);
+    QCOMPARE(changed.count(), clicks);
+}
+
+void ViewTest::firstAndLastRowAreReachedByKeys()
+{
+    const int last = shown->proxy.rowCount() - 1;
+    const auto selected = [this] {
+        QList<int> rows;
+        for (const QModelIndex& index : view->selectionModel()->selectedRows()) {
+            rows << index.row();
+        }
+        return rows;
+    };
+    // Also without a current row.
+    for (const char* start : {"", "shell", "tool"}) {
+        if (*start != '\0') {
+            shown->click(start, NameColumn);
+        }
+        QTest::keyClick(shown->window.windowHandle(), Qt::Key_End, Qt::ControlModifier);
+        QCOMPARE(view->currentIndex().row(), last);
+        QCOMPARE(selected(), QList<int>{last});
+        QTest::keyClick(shown->window.windowHandle(), Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(view->currentIndex().row(), 0);
+        QCOMPARE(selected(), QList<int>{0});
+    }
+}
+
+void ViewTest::theFocusAloneMakesNoRowCurrent()
+{
+    view->clearFocus();
+    QSignalSpy current(view, SIGNAL(currentChanged(int, int)));
+    for (const Qt::FocusReason reason : {Qt::TabFocusReason, Qt::OtherFocusReason}) {
+        view->setFocus(reason);
+        QVERIFY(view->hasFocus());
+        QVERIFY(!view->currentIndex().isValid());
+        view->clearFocus();
+    }
+    QTest::keyClick(shown->window.windowHandle(), Qt::Key_Space);
+    QVERIFY(current.isEmpty() || current.last().at(0).toInt() == -1);
+    // The first key that moves selects a row.
+    view->setFocus();
+    QTest::keyClick(shown->window.windowHandle(), Qt::Key_Down);
+    QCOMPARE(view->selectionModel()->selectedRows().count(), 1);
+    QVERIFY(view->currentIndex().isValid());
+    const QModelIndex chosen = view->currentIndex();
+    view->clearFocus();
+    view->setFocus();
+    QCOMPARE(view->currentIndex(), chosen);
 }
 
 void ViewTest::menusAreMadeOnce()

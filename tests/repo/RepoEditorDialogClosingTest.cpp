@@ -21,6 +21,8 @@ private Q_SLOTS:
     void cancelAfterApplyStillSignals();
     void closingTheWindowKeepsTheSession();
     void closingTheWindowDropsUnappliedChanges();
+    void closingWithUnappliedChangesAsks_data();
+    void closingWithUnappliedChangesAsks();
     void closingTheWindowKeepsSwitchedRepositories();
     void closingWithoutChangesSignalsNothing();
     void closingSignalsIfForced();
@@ -170,7 +172,7 @@ void RepoEditorDialogClosingTest::closingTheWindowDropsUnappliedChanges()
                                      clickForm("OK");
                                  }));
                 QCOMPARE(session.value(QStringLiteral("extras")), true);
-                QTest::keyClick(view, Qt::Key_Escape);
+                QCOMPARE(withBoxes([this] { QTest::keyClick(view, Qt::Key_Escape); }, "Yes").size(), 1);
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(backEnd->getRepo("os.repo"), before);
@@ -182,12 +184,55 @@ void RepoEditorDialogClosingTest::closingTheWindowDropsUnappliedChanges()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
+void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsks_data()
+{
+    QTest::addColumn<bool>("byEscape");
+    QTest::newRow("Escape") << true;
+    QTest::newRow("window manager") << false;
+}
+
+void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsks()
+{
+    QFETCH(bool, byEscape);
+    const auto closeIt = [this, byEscape] {
+        if (byEscape) {
+            QTest::keyClick(view, Qt::Key_Escape);
+        } else {
+            dialog->close();
+        }
+    };
+    QVERIFY(run([&] {
+                click(QStringLiteral("os"), PermanentColumn);
+                const bool enabled = entry(QStringLiteral("os")).enabled != 0;
+                for (const char* answer : {"No", "Return", "Escape"}) {
+                    AnsweringUser user(AnsweringUser::clickIfThere(QLatin1String(answer)));
+                    if (qstrcmp(answer, "Escape") == 0) {
+                        user.answer = AnsweringUser::key(Qt::Key_Escape);
+                    }
+                    closeIt();
+                    QCOMPARE(user.seen.size(), 1);
+                    QCOMPARE(user.seen.at(0).title, QStringLiteral("Repository Editor"));
+                    QCOMPARE(user.seen.at(0).text,
+                             QStringLiteral("The changes to the repositories are not applied. Close the "
+                                            "window without them?"));
+                    QCOMPARE(user.seen.at(0).defaultButton, QMessageBox::No);
+                    QCOMPARE(user.seen.at(0).parent, dialog.get());
+                    QVERIFY(dialog->isVisible());
+                    QVERIFY(isUnapplied());
+                    QCOMPARE(entry(QStringLiteral("os")).enabled != 0, enabled);
+                }
+                click("Apply");
+                QCOMPARE(withBoxes(closeIt).size(), 0);
+                QVERIFY(!dialog->isVisible());
+            }) == int(QDialog::Rejected));
+}
+
 void RepoEditorDialogClosingTest::closingTheWindowKeepsSwitchedRepositories()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
                 click(QStringLiteral("os"), PermanentColumn);
-                dialog->close();
+                QCOMPARE(withBoxes([this] { dialog->close(); }, "Yes").size(), 1);
             }) == int(QDialog::Rejected));
     QCOMPARE(session.value(QStringLiteral("extras")), true);
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);

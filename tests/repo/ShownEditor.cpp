@@ -13,6 +13,7 @@ int ShownEditor::run(const Use& use)
         used = waitForFocus(dialog.get());
         use();
         if (dialog->isVisible()) {
+            const AnsweringUser dropsChanges(AnsweringUser::clickIfThere(QStringLiteral("Yes")));
             dialog->close();
         }
     });

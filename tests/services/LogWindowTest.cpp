@@ -55,6 +55,7 @@ private Q_SLOTS:
     void mainWindowIsNotTheParent();
     void openingShowsTheWholeHistoryScrolledToTheBottom();
     void entriesAboveTheLevelAreNotShown();
+    void errorsAreShownOnEveryLevel();
     void levelIsComparedUnsigned();
     void infoHasTheMinorColourFromLevelTenOn();
     void eachKindHasTheExpectedColour_data();
@@ -208,6 +209,19 @@ void LogWindowTest::entriesAboveTheLevelAreNotShown()
 
     QTest::keyClick(level, Qt::Key_Down);
     QCOMPARE(lines(), QStringList({"rough"}));
+}
+
+void LogWindowTest::errorsAreShownOnEveryLevel()
+{
+    log(Log::Error, 2, "error");
+    log(Log::Error, 3, "error in detail");
+    log(Log::Info, 1, "report");
+    log(Log::Error, 0, "another error");
+    level->setValue(0);
+    open();
+    QCOMPARE(lines(), QStringList({"error", "another error"}));
+    level->setValue(3);
+    QCOMPARE(lines(), QStringList({"error", "error in detail", "report", "another error"}));
 }
 
 void LogWindowTest::levelIsComparedUnsigned()

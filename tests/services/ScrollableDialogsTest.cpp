@@ -74,6 +74,8 @@ private Q_SLOTS:
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
     void keysScrollALongText();
+    void keysScrollFromEveryButton();
+    void noticeAndSummaryAreVisibleWithoutScrolling();
     void textCanBeCopied();
 };
 
@@ -175,6 +177,7 @@ void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     QVERIFY(dialog.findChildren<QPushButton*>().at(1)->isDefault());
+    QVERIFY(dialog.findChildren<QPushButton*>().at(1)->hasFocus());
     QTest::keyClick(dialog.windowHandle(), Qt::Key_Return);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
@@ -313,6 +316,56 @@ void ScrollableDialogsTest::keysScrollALongText()
     }
     QVERIFY(scrollBar->value() > 0);
     QVERIFY(dialog.isVisible());
+}
+
+void ScrollableDialogsTest::keysScrollFromEveryButton()
+{
+    ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr, true);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
+    const QScrollBar* scrollBar = dialog.findChild<HScrollArea*>()->verticalScrollBar();
+    for (QPushButton* button : dialog.findChildren<QPushButton*>()) {
+        button->setFocus();
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_End);
+        QCOMPARE(scrollBar->value(), scrollBar->maximum());
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_Home);
+        QCOMPARE(scrollBar->value(), 0);
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_End, Qt::ControlModifier);
+        QCOMPARE(scrollBar->value(), scrollBar->maximum());
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(scrollBar->value(), 0);
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_PageDown);
+        QCOMPARE(scrollBar->value(), scrollBar->pageStep());
+        QTest::keyClick(dialog.windowHandle(), Qt::Key_PageUp);
+        QCOMPARE(scrollBar->value(), 0);
+        QVERIFY(button->hasFocus());
+    }
+    QVERIFY(dialog.isVisible());
+}
+
+void ScrollableDialogsTest::noticeAndSummaryAreVisibleWithoutScrolling()
+{
+    ScrollableConfirmDialog dialog(longText(), "OK", "Cancel", nullptr, true, "Removals: <b>2</b>",
+                                   "Install: 3 <i>");
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
+    const HScrollArea* area = dialog.findChild<HScrollArea*>();
+    const QLabel* notice = dialog.findChild<QLabel*>("notice");
+    const QLabel* summary = dialog.findChild<QLabel*>("summary");
+    QCOMPARE(notice->text(), QString("Removals: <b>2</b>"));
+    QCOMPARE(summary->text(), QString("Install: 3 <i>"));
+    for (const QLabel* label : {notice, summary}) {
+        QCOMPARE(label->textFormat(), Qt::PlainText);
+        QVERIFY(dialog.rect().contains(label->geometry()));
+        QVERIFY(label->height() >= label->sizeHint().height());
+    }
+    QVERIFY(notice->geometry().bottom() < area->geometry().top());
+    QVERIFY(summary->geometry().top() > area->geometry().bottom());
+    QVERIFY(notice->palette().color(notice->backgroundRole()) != dialog.palette().color(QPalette::Window));
+
+    const ScrollableConfirmDialog plain("Go on?", "Yes", "No", nullptr);
+    QVERIFY(plain.findChild<QLabel*>("notice") == nullptr);
+    QVERIFY(plain.findChild<QLabel*>("summary") == nullptr);
 }
 
 void ScrollableDialogsTest::textCanBeCopied()

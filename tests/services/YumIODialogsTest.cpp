@@ -15,6 +15,7 @@
 #include <QTimer>
 
 #include "services/ScrollableDialogs.h"
+#include "tests/support/Question.h"
 
 namespace {
 
@@ -45,7 +46,9 @@ private:
 QDialog* openDialog()
 {
     QDialog* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    return dialog != nullptr && dialog->isVisible() && dialog->isActiveWindow() ? dialog : nullptr;
+    return dialog != nullptr && dialog->isVisible() && dialog->isActiveWindow() && takesInput(dialog)
+               ? dialog
+               : nullptr;
 }
 
 QPushButton* button(const QWidget* dialog, const QString& text)
@@ -82,6 +85,7 @@ class YumIODialogsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init();
     void cleanup();
 
@@ -113,6 +117,11 @@ private:
 
     std::unique_ptr<QWidget> mainWindow;
 };
+
+void YumIODialogsTest::initTestCase()
+{
+    QuestionGuard::pause = 1;
+}
 
 void YumIODialogsTest::init()
 {

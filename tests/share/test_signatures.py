@@ -29,6 +29,8 @@ class SignatureTest(ScenarioTest):
         question = self.recording.printed()
         self.assertIn("Larkspur Signing Key <keys@larkspur.example>", question)
         self.assertIn(KEY_FILE, question)
+        self.assertIn("\nPackage:\t%s\nRepository:\tsandbox-signed\n" % TABLET, question)
+        self.assertRegex(question, "\nFingerprint:\t[0-9A-F]{4}( [0-9A-F]{4}){9,}\n")
         self.assertTrue(question.endswith("\n"))
         names = self.recording.order("rpmtransScriptout", "rpmtransProgress", "downloadProgress")
         self.assertEqual(names, [
@@ -177,7 +179,10 @@ class MetadataSignatureTest(ScenarioTest):
         self.recording.answers = [0]
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "sandbox-http"):
             self.yumio.setupRepos()
-        self.assertTrue(re.search("Metadata Key <metadata@larkspur.example>", self.recording.printed()))
+        question = self.recording.printed()
+        self.assertIn("Metadata Key <metadata@larkspur.example>", question)
+        self.assertIn("\nMetadata of:\tsandbox-http\n", question)
+        self.assertRegex(question, "\nFingerprint:\t[0-9A-F]{4}( [0-9A-F]{4}){9,}\n")
         self.recording.answers = [1]
         self.again()
         self.package(self.available, "astrolabe")

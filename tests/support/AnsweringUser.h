@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Answers message boxes like a user, on request also other dialogs, and records them. It works while the
-// program waits in its own event loop or in the event loop of the test.
+// program waits in its own event loop or in the event loop of the test. A question of a worker takes input
+// earlier than in the program.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H
@@ -17,6 +18,8 @@
 #include <QtTest>
 
 #include <functional>
+
+#include "tests/support/Question.h"
 
 // The texts of a dialog. The members that only message boxes have are empty for other dialogs.
 struct ShownBox
@@ -42,6 +45,7 @@ public:
     {
         QObject::connect(&timer, &QTimer::timeout, &timer, [this] { look(); });
         timer.start(5);
+        QuestionGuard::pause = 1;
     }
     Q_DISABLE_COPY(AnsweringUser)
 
@@ -130,6 +134,9 @@ private:
         if (last != dialog) {
             last = dialog;
             note(dialog);
+        }
+        if (!takesInput(dialog)) {
+            return;
         }
         // A click while the window is just getting the focus may be lost. The next call then answers again.
         const QScopedValueRollback<bool> guard(answering, true);

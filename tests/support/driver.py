@@ -330,6 +330,11 @@ class Window:
             return len(known) > 1 and known[-1] == known[-2]
         wait_for(unmoved, 'the place of ' + self.title)
 
+    def wait_input(self):
+        """Wait until a question takes input. At first, its buttons are disabled and it ignores keys."""
+        wait_for(lambda: any(enabled(button) for button in self.find_all(pyatspi.ROLE_PUSH_BUTTON)),
+                 'input for ' + self.title)
+
     def find(self, role, name=None, seconds=60):
         """The first visible widget of this role and, if given, this name. The name has no "&" for the mnemonic."""
         def look():
@@ -368,6 +373,10 @@ class Window:
 
     def text(self):
         return '\n'.join(self.labels())
+
+    def listing(self):
+        """The text that lists a transaction, without the texts above and below it."""
+        return next(label for label in self.labels() if 'Transaction to be performed:' in label)
 
 
 class MainWindow(Window):
@@ -544,11 +553,9 @@ class MainWindow(Window):
 
     def mark(self, name, arch=None, clicks=1):
         """Click on the Action cell of a package. clicks: the number of clicks."""
-        for number in range(clicks):
+        for _ in range(clicks):
             before = self.action(name, arch)
-            x, y = place(self.visible_cell(name, ACTION, arch))
-            # Two clicks at one place in quick succession are a double click.
-            click_at(x + (-8, 8)[number % 2], y)
+            click(self.visible_cell(name, ACTION, arch))
             wait_for(lambda: self.action(name, arch) != before, 'another action of ' + name, 20)
 
     def mark_listed(self, name, arch=None, clicks=1):
@@ -600,9 +607,11 @@ class MainWindow(Window):
         wait_for(lambda: self.program.popups() < before, 'the end of the menu')
 
     def apply(self):
-        """Press Apply; return the dialog with the listing."""
+        """Press Apply; return the dialog with the listing, once it takes input."""
         self.click_button('Apply Actions')
-        return self.program.window('Apply')
+        dialog = self.program.window('Apply')
+        dialog.wait_input()
+        return dialog
 
     def accept(self, dialog):
         """Press OK in the dialog with the listing."""

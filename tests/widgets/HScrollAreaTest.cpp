@@ -5,6 +5,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include "widgets/PlainLabel.h"
+
 namespace {
 
 // An inner widget whose size hint the test sets.
@@ -58,6 +60,54 @@ class HScrollAreaTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void keysGoToTheEnds_data()
+    {
+        QTest::addColumn<bool>("inLabel");
+        QTest::newRow("the area has the focus") << false;
+        QTest::newRow("a text has the focus") << true;
+    }
+
+    void keysGoToTheEnds()
+    {
+        QFETCH(bool, inLabel);
+        HScrollArea area;
+        auto* label = new PlainLabel(QString("a line of text\n").repeated(200));
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+        area.setWidget(label);
+        area.resize(60, 200);
+        area.show();
+        QVERIFY(QTest::qWaitForWindowActive(&area, 30000));
+        QWidget* const focused = inLabel ? static_cast<QWidget*>(label) : &area;
+        focused->setFocus();
+        QVERIFY(focused->hasFocus());
+        const QScrollBar* vertical = area.verticalScrollBar();
+        const QScrollBar* horizontal = area.horizontalScrollBar();
+        const auto press = [&area](Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+            QTest::keyClick(area.windowHandle(), key, modifiers);
+        };
+        for (const Qt::KeyboardModifiers modifiers :
+             {Qt::KeyboardModifiers(Qt::NoModifier), Qt::KeyboardModifiers(Qt::ControlModifier),
+              Qt::KeyboardModifiers(Qt::KeypadModifier)}) {
+            press(Qt::Key_End, modifiers);
+            QCOMPARE(vertical->value(), vertical->maximum());
+            QCOMPARE(horizontal->value(), 0);
+            area.horizontalScrollBar()->setValue(20);
+            press(Qt::Key_Home, modifiers);
+            QCOMPARE(vertical->value(), 0);
+            QCOMPARE(horizontal->value(), 0);
+        }
+        press(Qt::Key_PageDown);
+        QCOMPARE(vertical->value(), vertical->pageStep());
+        press(Qt::Key_Down);
+        QCOMPARE(vertical->value(), vertical->pageStep() + vertical->singleStep());
+        press(Qt::Key_Up);
+        press(Qt::Key_PageUp);
+        QCOMPARE(vertical->value(), 0);
+        // With Shift, these keys select text.
+        press(Qt::Key_End, Qt::ShiftModifier);
+        QCOMPARE(vertical->value(), 0);
+    }
+
     void withoutInnerWidgetTheSizeHintComesFromTheBaseClass();
     void theHintHasSpaceForTheInnerWidgetAndBothScrollBars();
     void theHintIncludesAFrameAroundTheContents();

@@ -97,6 +97,7 @@ class HTableViewTest : public QObject
 private Q_SLOTS:
     void heightOfRowsOfOneLineDependsOnTheFont();
     void shiftF10RequestsTheMenuOfTheCurrentCell();
+    void keysForTheEndsSelectTheFirstAndTheLastRow();
     void cellsAreDrawnByTheDelegateOfTheView();
     void theOptionsDetermineThePlaceOfTheIcon();
     void fewRowsRequestTheMinimumNumber();
@@ -125,6 +126,33 @@ private Q_SLOTS:
     void eachSelectedRowIsReturnedAsItsLeftmostSelectedCell();
     void withoutModelOrSelectionNoRowIsSelected();
 };
+
+void HTableViewTest::keysForTheEndsSelectTheFirstAndTheLastRow()
+{
+    QStandardItemModel model(300, 3);
+    View view;
+    QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier); // without a model
+    view.setModel(&model);
+    view.setSelectionBehavior(QAbstractItemView::SelectRows);
+    view.resize(300, 200);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowActive(&view, 30000));
+    view.setCurrentIndex(model.index(5, 2));
+    QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier);
+    QCOMPARE(view.currentIndex(), model.index(299, 2));
+    QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{model.index(299, 0)});
+    QVERIFY(view.viewport()->rect().intersects(view.visualRect(model.index(299, 0))));
+    QTest::keyClick(&view, Qt::Key_Home, Qt::ControlModifier);
+    QCOMPARE(view.currentIndex(), model.index(0, 2));
+    QCOMPARE(view.selectionModel()->selectedRows(), QModelIndexList{model.index(0, 0)});
+    QVERIFY(view.viewport()->rect().intersects(view.visualRect(model.index(0, 0))));
+    // Home and End alone move to the columns at the ends.
+    QTest::keyClick(&view, Qt::Key_Home);
+    QCOMPARE(view.currentIndex(), model.index(0, 0));
+    model.setRowCount(0);
+    QTest::keyClick(&view, Qt::Key_End, Qt::ControlModifier);
+    QVERIFY(!view.currentIndex().isValid());
+}
 
 void HTableViewTest::cellsAreDrawnByTheDelegateOfTheView()
 {

@@ -16,18 +16,20 @@
 
 #include "app/base/Program.h"
 #include "services/ScrollableDialogs.h"
+#include "tests/support/Question.h"
 #include "widgets/GeneralTip.h"
 
 Answers::Answers()
 {
     connect(&timer, SIGNAL(timeout()), this, SLOT(answer()));
     timer.start(2);
+    QuestionGuard::pause = 1;
 }
 
 void Answers::answer()
 {
     auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (dialog == nullptr || !dialog->isVisible()) {
+    if (dialog == nullptr || !dialog->isVisible() || !takesInput(dialog)) {
         return;
     }
     ShownDialog record;
@@ -37,14 +39,20 @@ void Answers::answer()
         record.icon = box->icon();
     } else {
         for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+            QString& text = label->objectName() == QLatin1String("notice")    ? record.notice
+                            : label->objectName() == QLatin1String("summary") ? record.summary
+                                                                              : record.text;
             if (!label->text().isEmpty()) {
-                record.text = label->text();
+                text = label->text();
             }
         }
     }
     const QList<QPushButton*> buttons = dialog->findChildren<QPushButton*>();
     for (const QPushButton* button : buttons) {
         record.buttons.append(button->text());
+        if (button->isDefault()) {
+            record.defaultButton = button->text();
+        }
     }
     shown.append(record);
     const QString next = answers.isEmpty() ? record.buttons.value(0) : answers.takeFirst();

@@ -21,7 +21,11 @@ struct ShownDialog
 {
     QString title;
     QString text;
+    // The texts above and below a listing.
+    QString notice;
+    QString summary;
     QStringList buttons;
+    QString defaultButton;
     QMessageBox::Icon icon = QMessageBox::NoIcon; // of a message box
 };
 

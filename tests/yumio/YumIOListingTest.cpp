@@ -399,6 +399,99 @@ private Q_SLOTS:
         QVERIFY(!transaction().txListed);
     }
 
+    void removalsOutsideTheMarksAreNamedBeforeTheListing_data()
+    {
+        QTest::addColumn<QString>("items");
+        QTest::addColumn<QString>("notice");
+        QTest::newRow("marked ones alone") << "item(8, 'marked')"
+                                           << "";
+        QTest::newRow("dependent") << "item(8, 'marked'), item(8, 'other', 1)"
+                                   << "Removals: 2. You did not mark 1 of them:\n    other 1.0-1 (x86_64)";
+        QTest::newRow("unused") << "item(8, 'other', 3)"
+                                << "Removals: 1. You did not mark 1 of them:\n    other 1.0-1 (x86_64)";
+        QTest::newRow("old version of a marked update")
+            << "item(6, 'kernel', version='3.0'), item(8, 'kernel', 2)"
+            << "Removals: 1. You did not mark 1 of them:\n    kernel 1.0-1 (x86_64)";
+        QTest::newRow("without a record")
+            << "item(8, 'nobody', 2)"
+            << "Removals: 1. You did not mark 1 of them:\n    nobody 1.0-1 (x86_64)";
+        QTest::newRow("long name") << "item(8, 90 * 'n', 1)"
+                                   << "Removals: 1. You did not mark 1 of them:\n    " + QString(80, 'n') +
+                                          "...";
+        QTest::newRow("replaced ones") << "item(7, 'kernel'), item(5, 'other')"
+                                       << "";
+        QTest::newRow("many") << "*(item(8, 'p%d' % i, 1) for i in range(7))"
+                              << "Removals: 7. You did not mark 7 of them:\n    p0 1.0-1 (x86_64)\n"
+                                 "    p1 1.0-1 (x86_64)\n    p2 1.0-1 (x86_64)\n    p3 1.0-1 (x86_64)\n"
+                                 "    p4 1.0-1 (x86_64)\n    ...";
+    }
+
+    void removalsOutsideTheMarksAreNamedBeforeTheListing()
+    {
+        QFETCH(QString, items);
+        QFETCH(QString, notice);
+        collect("it.updates = [Package('kernel', '3.0')]\n"
+                "it.installed = [Package('kernel', '2.0'), Package('kernel', '1.0'), Package('marked'),\n"
+                "                Package('other')]");
+        mark("marked", Package::Remove);
+        mark("kernel", Package::Update);
+        QVERIFY(apply(QString("yumIOC.listTransaction(None, [%1])\nyumIOC.userconfirm()").arg(items)));
+        const QList<ShownDialog> shown = backEnd->answers.take();
+        QCOMPARE(shown.count(), 1);
+        QCOMPARE(shown[0].notice, notice);
+        QVERIFY(shown[0].text.startsWith("Transaction to be performed:\n"));
+    }
+
+    void packagesOfAGroupThatIsMarkedForRemovalAreExpected()
+    {
+        collect("it.installed = [Package('member'), Package('other')]\n"
+                "it.groups = [Group('G', 'g', mandatory=['member'], installed=True)]");
+        backEnd->group("G")->action = Package::Remove;
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'member'), item(8, 'other')])\n"
+                      "yumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).notice,
+                 QString("Removals: 2. You did not mark 1 of them:\n    other 1.0-1 (x86_64)"));
+        // The next transaction does not know these members.
+        backEnd->group("G")->action = Package::None;
+        mark("other", Package::Remove);
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'member'), item(8, 'other')])\n"
+                      "yumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).notice,
+                 QString("Removals: 2. You did not mark 1 of them:\n    member 1.0-1 (x86_64)"));
+    }
+
+    void summaryHasTheNumbersAndSizes()
+    {
+        collect("it.available = [Package('tool', size=30000)]\nit.installed = [Package('old')]");
+        mark("tool", Package::Install);
+        QVERIFY(
+            apply("yumIOC.listTransaction(None, [item(1, 'tool'), item(1, 'more', 1), item(2, 'd'),\n"
+                  "                              item(6, 'u'), item(7, 'u'), item(9, 'r'), item(8, 'old')])\n"
+                  "yumIOC.reportDownloadSize([Thing(installsize=70000)])\n"
+                  "yumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).summary,
+                 QString("Install: 2    Upgrade: 1    Downgrade: 1    Reinstall: 1    Remove: 1\n"
+                         "Cached size: 0b    Total download size: 29Kb    Installed size: 68Kb"));
+        // The next listing has its own numbers.
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'old')])\nyumIOC.reportRemoveSize(None)\n"
+                      "yumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).summary, QString("Remove: 1"));
+        QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).summary, QString());
+    }
+
+    void listingWithRemovalsIsRefusedByDefault()
+    {
+        collect("it.available = [Package('tool')]\nit.installed = [Package('old')]");
+        mark("old", Package::Remove);
+        mark("tool", Package::Install);
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(8, 'old'), item(1, 'tool')])\n"
+                      "yumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).defaultButton, QString("Cancel"));
+        QVERIFY(apply("yumIOC.listTransaction(None, [item(1, 'tool')])\nyumIOC.userconfirm()"));
+        QCOMPARE(backEnd->answers.take().value(0).defaultButton, QString("OK"));
+    }
+
     void downloadsHaveTheirShareOfTheBar()
     {
         collect("it.available = [Package('tool', size=30000)]");

@@ -143,7 +143,7 @@ class Base(dnf.Base):
         self._expireRepos()
         for repo in self._repos.values():
             repo.set_progress_bar(DownloadProgress())
-            repo._set_key_import(KeyImport())
+            repo._set_key_import(KeyImport(repo.id))
         self._usePlugIns(self.configure_plugins)
         self._demandSignatures()
         if self.conf.destdir:

@@ -14,17 +14,31 @@ from .stopping import endIfStopped
 class KeyImport(dnf.callback.KeyImport):
     """Asks the user before dnf trusts a key that signs a repository's metadata."""
 
+    def __init__(self, repoid):
+        super(KeyImport, self).__init__()
+        self._repoid = repoid
+
     def _confirm(self, id, userid, fingerprint, url, timestamp):
-        return askForKey(id, userid, fingerprint, url)
+        return askForKey(tr('Import the signing key 0x{}?\n\n'
+                            'Metadata of:\t{}\n'
+                            'User id:\t{}\n'
+                            'Fingerprint:\t{}\n'
+                            'From:\t{}\n').format(id, self._repoid, userid, inFours(fingerprint), source(url)))
 
 
-def askForKey(keyId, userid, fingerprint, url):
+def inFours(fingerprint):
+    """The fingerprint in groups of four characters, as other programs and web pages show it."""
+    return ' '.join(fingerprint[i:i + 4] for i in range(0, len(fingerprint), 4))
+
+
+def source(url):
+    return url.replace('file://', '')
+
+
+def askForKey(question):
     """Show a signing key to the user; return whether to import it."""
     yumIOC.gpgsigcheck()
-    sys.stdout.write(tr('Import the signing key 0x{}?\n\n'
-                        'User id:\t{}\n'
-                        'Fingerprint:\t{}\n'
-                        'From:\t{}\n').format(keyId, userid, fingerprint, url.replace('file://', '')))
+    sys.stdout.write(question)
     return yumIOC.userconfirm() == 1
 
 
@@ -51,4 +65,11 @@ def checkSignatures(base, packages):
 
 def askForPackageKey(key):
     """Ask the user about a key that signs packages. dnf calls this function."""
-    return askForKey(key['hexkeyid'], key['userid'], key['fingerprint'], key['keyurl'])
+    package = key['po']
+    return askForKey(tr('Import the signing key 0x{}?\n\n'
+                        'Package:\t{}\n'
+                        'Repository:\t{}\n'
+                        'User id:\t{}\n'
+                        'Fingerprint:\t{}\n'
+                        'From:\t{}\n').format(key['hexkeyid'], package, package.repoid, key['userid'],
+                                              inFours(key['fingerprint']), source(key['keyurl'])))

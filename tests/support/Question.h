@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// Whether a dialog takes input. A question of a worker ignores it at first; see QuestionGuard.
+
+#ifndef TESTS_SUPPORT_QUESTION_H
+#define TESTS_SUPPORT_QUESTION_H
+
+#include <QVariant>
+#include <QWidget>
+
+#include "services/QuestionGuard.h"
+
+// Every other dialog takes input at once.
+inline bool takesInput(const QWidget* dialog)
+{
+    const QVariant value = dialog->property(QuestionGuard::takesInput);
+    return !value.isValid() || value.toBool();
+}
+
+#endif
