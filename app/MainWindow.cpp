@@ -189,8 +189,9 @@ void MainWindow::initialize()
     updateEmptyText();
     setReady(true);
     focusTable();
-    if (!mayChange && notice->isHidden()) {
-        notice->showText(warning); // the reading may have taken longer than a notice stays
+    if (!mayChange) {
+        // The reading may have taken longer than a notice stays, or may have shown another one.
+        showNotice(warning);
     }
     initialized = true;
 }
