@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include <QDateTime>
 #include <QMutexLocker>
 #include <QStringList>
 
@@ -25,7 +26,8 @@ QString withoutPasswords(QString message)
 }
 
 Entry::Entry(Kind entryKind, unsigned int entryLevel, QString entryText)
-    : kind(entryKind), level(entryLevel), text(std::move(entryText))
+    : kind(entryKind), level(entryLevel), text(std::move(entryText)),
+      time(QDateTime::currentMSecsSinceEpoch())
 {
 }
 

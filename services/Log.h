@@ -36,6 +36,7 @@ struct Entry
     Kind kind;
     unsigned int level;
     QString text;
+    qint64 time; // of the construction, in milliseconds since the epoch
 };
 
 // A writer locks the list, appends one entry for each line of the message, unlocks the list and then calls

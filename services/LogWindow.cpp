@@ -2,11 +2,17 @@
 
 #include "services/LogWindow.h"
 
+#include <QCheckBox>
+#include <QDateTime>
+#include <QDir>
 #include <QEventLoop>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMutexLocker>
 #include <QPushButton>
+#include <QSaveFile>
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSpinBox>
@@ -15,6 +21,8 @@
 #include <QVBoxLayout>
 
 #include "widgets/Colors.h"
+#include "widgets/FindBar.h"
+#include "widgets/HMessageBox.h"
 #include "widgets/HTextEdit.h"
 #include "widgets/Literal.h"
 #include "widgets/PlainLabel.h"
@@ -32,7 +40,8 @@ const unsigned int maxPlainLevel = 9;
 
 Window::Window(EntryList& logEntries, QWidget* openedBy)
     : QWidget(nullptr), mainWindow(openedBy), levelSpinBox(new QSpinBox(this)), entries(logEntries),
-      textEdit(new HTextEdit(100, 24, this)), shown(0), open(false), painting(false), askedAgain(false)
+      textEdit(new HTextEdit(100, 24, this)), timesBox(new QCheckBox(tr("&Times"), this)), shown(0),
+      open(false), painting(false), askedAgain(false)
 {
     setWindowTitle(tr("VYRE Log"));
 
@@ -58,22 +67,43 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
                              .arg(defaultLevel)));
     connect(levelSpinBox, SIGNAL(valueChanged(int)), this, SLOT(levelChanged(int)));
 
+    timesBox->setToolTip(tr("Show the time of each line"));
+    connect(timesBox, SIGNAL(toggled(bool)), this, SLOT(timesChanged()));
+
+    auto* findBar = new FindBar(textEdit, this);
+    auto* find = new QPushButton(tr("&Find..."), this);
+    find->setToolTip(tr("Find a text in this window (Ctrl+F)"));
+    connect(find, SIGNAL(clicked()), findBar, SLOT(open()));
+
+    auto* saveButton = new QPushButton(tr("&Save..."), this);
+    saveButton->setToolTip(tr("Write the lines of this window, with their times, into a file"));
+    connect(saveButton, SIGNAL(clicked()), this, SLOT(save()));
+
     QPushButton* close = new QPushButton(tr("&Close"), this);
     close->setToolTip(tr("Close the Log Window"));
     connect(close, SIGNAL(clicked()), this, SLOT(hide()));
 
     QVBoxLayout* layout = new QVBoxLayout(this);
     layout->addWidget(textEdit);
+    layout->addWidget(findBar);
     QHBoxLayout* row = new QHBoxLayout();
     layout->addLayout(row);
     QLabel* levelLabel = new PlainLabel(tr("Detail level"), this);
     levelLabel->setBuddy(levelSpinBox);
     row->addWidget(levelLabel);
     row->addWidget(levelSpinBox);
+    row->addWidget(timesBox);
     row->addStretch(1);
+    row->addWidget(find);
+    row->addWidget(saveButton);
     row->addWidget(close);
-    setTabOrder(textEdit, levelSpinBox);
-    setTabOrder(levelSpinBox, close);
+    QWidget* previous = textEdit;
+    for (QWidget* next : {static_cast<QWidget*>(findBar), static_cast<QWidget*>(levelSpinBox),
+                          static_cast<QWidget*>(timesBox), static_cast<QWidget*>(find),
+                          static_cast<QWidget*>(saveButton), static_cast<QWidget*>(close)}) {
+        setTabOrder(previous, next);
+        previous = next;
+    }
 }
 
 void Window::htmlProtect(QString& line)
@@ -106,6 +136,10 @@ void Window::setVisible(bool visible)
         scrollToEnd();
     }
     if (!visible && wasVisible) {
+        // Otherwise these windows would stay open alone, and the program would not end.
+        for (QDialog* dialog : findChildren<QDialog*>()) {
+            dialog->reject();
+        }
         {
             QMutexLocker locker(&entries);
             disconnect(&entries, SIGNAL(appended()), this, SLOT(appended()));
@@ -145,6 +179,72 @@ void Window::levelChanged(int)
     appended();
 }
 
+void Window::timesChanged()
+{
+    levelChanged(levelSpinBox->value());
+    scrollToEnd();
+}
+
+void Window::save()
+{
+    // No function of these dialogs may wait for the user: an operation that ends meanwhile could not return.
+    auto* dialog = new QFileDialog(this, tr("Save the Log"), QDir::homePath(), QString());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setFileMode(QFileDialog::AnyFile);
+    dialog->setOption(QFileDialog::DontUseNativeDialog);
+    dialog->setOption(QFileDialog::DontConfirmOverwrite); // saveInto() asks
+    dialog->selectFile(QStringLiteral("vyre-log.txt"));
+    connect(dialog, SIGNAL(fileSelected(const QString&)), this, SLOT(saveInto(const QString&)));
+    dialog->open();
+}
+
+void Window::saveInto(const QString& path)
+{
+    savePath = path;
+    if (!QFileInfo::exists(path)) {
+        writeFile();
+        return;
+    }
+    auto* question = new HMessageBox(QMessageBox::Warning, tr("Save the Log"),
+                                     tr("The file %1 exists. Do you wish to replace it?").arg(path),
+                                     QMessageBox::NoButton, this);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    const QPushButton* replace = question->addButton(tr("&Replace"), QMessageBox::AcceptRole);
+    question->setDefaultButton(question->addButton(QMessageBox::Cancel));
+    connect(replace, SIGNAL(clicked()), this, SLOT(writeFile()));
+    question->open();
+}
+
+void Window::writeFile()
+{
+    QString text;
+    {
+        QMutexLocker locker(&entries);
+        for (const Entry& entry : qAsConst(static_cast<QList<Entry>&>(entries))) {
+            if (isShown(entry)) {
+                text += QDateTime::fromMSecsSinceEpoch(entry.time).toString(Qt::ISODate) +
+                        QLatin1String("  ") + entry.text + QLatin1Char('\n');
+            }
+        }
+    }
+    QSaveFile file(savePath);
+    const bool isNew = !QFileInfo::exists(savePath);
+    bool written = file.open(QIODevice::WriteOnly);
+    if (written && isNew) {
+        // The log describes the system, so only the owner may read the file.
+        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    }
+    written = written && file.write(text.toUtf8()) >= 0 && file.commit();
+    if (!written) {
+        auto* box = new HMessageBox(QMessageBox::Critical, tr("Save the Log"),
+                                    tr("Unable to write the file %1: %2").arg(savePath, file.errorString()),
+                                    QMessageBox::Ok, this);
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->open();
+    }
+}
+
 void Window::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
@@ -176,14 +276,11 @@ bool Window::render()
     // view does not follow the end of the text.
     QScrollBar* scrollBar = textEdit->verticalScrollBar();
     const bool atEnd = scrollBar->value() >= scrollBar->maximum();
-    const unsigned int threshold = static_cast<unsigned int>(levelSpinBox->value());
     QTextCursor block(textEdit->document());
     block.beginEditBlock();
     for (; shown < count; ++shown) {
         const Entry& entry = entries.at(static_cast<int>(shown));
-        // The program refers users to the log for these errors, whatever the level is.
-        const bool isError = entry.kind == Error && entry.level <= static_cast<unsigned int>(defaultLevel);
-        if (threshold >= entry.level || isError) {
+        if (isShown(entry)) {
             textEdit->appendCompact(toHtml(entry));
         }
     }
@@ -192,6 +289,13 @@ bool Window::render()
         scrollToEnd();
     }
     return true;
+}
+
+bool Window::isShown(const Entry& entry) const
+{
+    // The program refers users to the log for these errors, whatever the level is.
+    const bool isError = entry.kind == Error && entry.level <= static_cast<unsigned int>(defaultLevel);
+    return static_cast<unsigned int>(levelSpinBox->value()) >= entry.level || isError;
 }
 
 QString Window::readable(const QString& color) const
@@ -224,6 +328,10 @@ QString Window::toHtml(const Entry& entry) const
         break;
     }
     QString text = entry.text;
+    if (timesBox->isChecked()) {
+        const QTime time = QDateTime::fromMSecsSinceEpoch(entry.time).time();
+        text.prepend(time.toString(QStringLiteral("HH:mm:ss")) + QLatin1String("  "));
+    }
     htmlProtect(text);
     return prefix + text + suffix;
 }

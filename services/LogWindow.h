@@ -14,6 +14,7 @@
 #include "services/Log.h"
 
 class HTextEdit;
+class QCheckBox;
 class QSpinBox;
 
 namespace Log {
@@ -38,6 +39,16 @@ public Q_SLOTS:
     void appended();
     // Renders the whole log again at the new level.
     void levelChanged(int level);
+    // Shows or hides the times, and renders the whole log again.
+    void timesChanged();
+    // Asks for a file and writes the shown entries with their times into it. Does not wait for the answer,
+    // because an operation may end meanwhile.
+    void save();
+    // Asks before it replaces a file.
+    void saveInto(const QString& path);
+
+private Q_SLOTS:
+    void writeFile();
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -47,6 +58,7 @@ private:
     // Renders the entries from index "shown" to the end. Returns false if there are no new entries.
     bool render();
     QString readable(const QString& color) const;
+    bool isShown(const Entry& entry) const;
     QString toHtml(const Entry& entry) const;
     void scrollToEnd();
 
@@ -54,8 +66,10 @@ private:
     QSpinBox* levelSpinBox;
     EntryList& entries;
     HTextEdit* textEdit;
-    quint32 shown;   // the index of the first entry that is not rendered
-    bool open;       // the window is visible; a notification may arrive after it was hidden
+    QCheckBox* timesBox;
+    quint32 shown; // the index of the first entry that is not rendered
+    bool open;     // the window is visible; a notification may arrive after it was hidden
+    QString savePath;
     bool painting;   // appended() is processing paint events
     bool askedAgain; // more entries arrived during the painting
 };

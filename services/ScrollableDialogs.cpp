@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "widgets/Colors.h"
+#include "widgets/FindBar.h"
 #include "widgets/HScrollArea.h"
 #include "widgets/HSeparator.h"
 #include "widgets/Metrics.h"
@@ -34,7 +35,8 @@ ScrollableDialog::ScrollableDialog(QStyle::StandardPixmap icon, const QString& t
     QLabel* iconLabel = new PlainLabel(this);
     iconLabel->setPixmap(style()->standardPixmap(icon, nullptr, this));
     scrollArea->setFrameStyle(QFrame::NoFrame | QFrame::Plain);
-    scrollArea->setWidget(textLabel(text));
+    QLabel* label = textLabel(text);
+    scrollArea->setWidget(label);
 
     QVBoxLayout* layout = new QVBoxLayout(this);
     QHBoxLayout* topRow = new QHBoxLayout();
@@ -52,6 +54,7 @@ ScrollableDialog::ScrollableDialog(QStyle::StandardPixmap icon, const QString& t
         buttons.append(button);
     }
     buttonRow->addStretch(1);
+    layout->insertWidget(1, new FindBar(label, scrollArea, this));
 }
 
 void ScrollableDialog::addAbove(QWidget* widget)

@@ -405,6 +405,37 @@ als wären sie durch Leerzeichen getrennt</translation>
     </message>
 </context>
 <context>
+    <name>FindBar</name>
+    <message>
+        <source>&amp;Next</source>
+        <translation>&amp;Nächster Treffer</translation>
+    </message>
+    <message>
+        <source>&amp;Previous</source>
+        <translation>&amp;Vorheriger Treffer</translation>
+    </message>
+    <message>
+        <source>Find</source>
+        <translation>Suchen</translation>
+    </message>
+    <message>
+        <source>Go to the next match (F3)</source>
+        <translation>Zum nächsten Treffer gehen (F3)</translation>
+    </message>
+    <message>
+        <source>Go to the previous match (Shift+F3)</source>
+        <translation>Zum vorherigen Treffer gehen (Umschalt+F3)</translation>
+    </message>
+    <message>
+        <source>Close the Find bar</source>
+        <translation>Die Suchleiste schließen</translation>
+    </message>
+    <message>
+        <source>Not found</source>
+        <translation>Nicht gefunden</translation>
+    </message>
+</context>
+<context>
     <name>Fonts</name>
     <message>
         <source>Bitstream Vera Sans Mono</source>
@@ -481,6 +512,46 @@ Das entspricht der Option debuglevel (-d) von yum.</translation>
     <message>
         <source>&lt;/font&gt;&lt;/h2&gt;</source>
         <translation>&lt;/font&gt;&lt;/h2&gt;</translation>
+    </message>
+    <message>
+        <source>&amp;Times</source>
+        <translation>&amp;Zeiten</translation>
+    </message>
+    <message>
+        <source>Show the time of each line</source>
+        <translation>Die Uhrzeit jeder Zeile anzeigen</translation>
+    </message>
+    <message>
+        <source>&amp;Find...</source>
+        <translation>S&amp;uchen...</translation>
+    </message>
+    <message>
+        <source>Find a text in this window (Ctrl+F)</source>
+        <translation>Einen Text in diesem Fenster suchen (Strg+F)</translation>
+    </message>
+    <message>
+        <source>&amp;Save...</source>
+        <translation>S&amp;peichern...</translation>
+    </message>
+    <message>
+        <source>Write the lines of this window, with their times, into a file</source>
+        <translation>Die Zeilen dieses Fensters mit ihren Zeiten in eine Datei schreiben</translation>
+    </message>
+    <message>
+        <source>Save the Log</source>
+        <translation>Das Protokoll speichern</translation>
+    </message>
+    <message>
+        <source>The file %1 exists. Do you wish to replace it?</source>
+        <translation>Die Datei %1 ist vorhanden. Möchten Sie sie ersetzen?</translation>
+    </message>
+    <message>
+        <source>&amp;Replace</source>
+        <translation>&amp;Ersetzen</translation>
+    </message>
+    <message>
+        <source>Unable to write the file %1: %2</source>
+        <translation>Die Datei %1 kann nicht geschrieben werden: %2</translation>
     </message>
 </context>
 <context>
@@ -1789,6 +1860,14 @@ Zurzeit läuft kein Vorgang.</translation>
     <message>
         <source>Close</source>
         <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>&amp;Find...</source>
+        <translation>S&amp;uchen...</translation>
+    </message>
+    <message>
+        <source>Find a text in this window (Ctrl+F)</source>
+        <translation>Einen Text in diesem Fenster suchen (Strg+F)</translation>
     </message>
 </context>
 <context>

@@ -80,6 +80,7 @@ void LogTest::entriesKeepKindAndLevel()
     QCOMPARE(copy.kind, Log::Action);
     QCOMPARE(copy.level, 4000000000u);
     QCOMPARE(copy.text, QString("Applying"));
+    QCOMPARE(copy.time, log.at(0).time);
 }
 
 void LogTest::oneMessageCausesOneNotification()

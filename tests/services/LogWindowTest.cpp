@@ -4,16 +4,26 @@
 
 #include <memory>
 
+#include <QCheckBox>
+#include <QDateTime>
+#include <QDialogButtonBox>
+#include <QFile>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QMutexLocker>
+#include <QPointer>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSpinBox>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextBlock>
 #include <QThread>
 
 #include "widgets/Colors.h"
+#include "widgets/FindBar.h"
 #include "widgets/HTextEdit.h"
 
 namespace {
@@ -83,11 +93,28 @@ private Q_SLOTS:
     void openingWhileAWriterRunsLosesNothing();
     void floodOfMessagesIsShownCompletely();
     void manyEntriesAreShown();
+    void timesAreShownOnRequest();
+    void textIsFound();
+    void escapeInTheFindBarKeepsTheWindow();
+    void savedFileHasTheShownLinesWithTheirTimes();
+    void existingFileIsReplacedOnlyAfterAQuestion();
+    void failedSavingIsReported();
+    void hidingTheWindowClosesItsDialogs();
 
 private:
     void log(Log::Kind kind, unsigned int level, const QString& text);
     void open();
     QStringList lines() const;
+    QPushButton* button(const QString& text) const
+    {
+        for (QPushButton* each : window->findChildren<QPushButton*>()) {
+            if (each->text() == text) {
+                return each;
+            }
+        }
+        qFatal("there is no button %s", qPrintable(text));
+        return nullptr;
+    }
     // The colour of the text of a line; invalid if the line has the colour of the pane.
     QColor colourOf(int line) const;
 
@@ -152,7 +179,7 @@ void LogWindowTest::windowHasTheExpectedTextsAndRanges()
                                        "The default is 2.\n"
                                        "Higher levels contain debug information.\n"
                                        "This corresponds to yum's debuglevel (-d) option."));
-    QPushButton* close = window->findChild<QPushButton*>();
+    QPushButton* close = button("&Close");
     QCOMPARE(close->text(), QString("&Close"));
     QCOMPARE(close->toolTip(), QString("Close the Log Window"));
     QVERIFY(pane->isReadOnly());
@@ -386,7 +413,7 @@ void LogWindowTest::escapeHidesTheWindow()
     if (focus == "level") {
         widget = level;
     } else if (focus == "close") {
-        widget = window->findChild<QPushButton*>();
+        widget = button("&Close");
     }
     widget->setFocus();
     QTRY_VERIFY(widget->hasFocus());
@@ -405,7 +432,7 @@ void LogWindowTest::otherKeysDoNotHideTheWindow()
 void LogWindowTest::closeButtonHidesTheWindow()
 {
     open();
-    QTest::mouseClick(window->findChild<QPushButton*>(), Qt::LeftButton);
+    QTest::mouseClick(button("&Close"), Qt::LeftButton);
     QVERIFY(!window->isVisible());
     open();
     QTest::keyClick(window.get(), Qt::Key_C, Qt::AltModifier);
@@ -554,6 +581,144 @@ void LogWindowTest::manyEntriesAreShown()
     log(Log::Info, 0, "last");
     QCOMPARE(pane->document()->lastBlock().text(), QString("last"));
     QCOMPARE(pane->verticalScrollBar()->value(), pane->verticalScrollBar()->maximum());
+}
+
+void LogWindowTest::timesAreShownOnRequest()
+{
+    const QDateTime before = QDateTime::currentDateTime();
+    log(Log::Info, 0, "first");
+    log(Log::Action, 0, "Applying");
+    open();
+    QCOMPARE(lines(), (QStringList{"first", "Applying"}));
+    auto* box = window->findChild<QCheckBox*>();
+    QVERIFY(!box->isChecked());
+    QCOMPARE(box->text(), QString("&Times"));
+    box->click();
+    const QStringList shown = lines();
+    QCOMPARE(shown.size(), 2);
+    for (const QString& line : shown) {
+        const QTime time = QTime::fromString(line.left(8), "HH:mm:ss");
+        QVERIFY2(time.isValid(), qPrintable(line));
+        const int late = before.time().secsTo(time);
+        QVERIFY2(late >= -1 && late < 600, qPrintable(line));
+    }
+    QCOMPARE(shown.first().mid(8), QString("  first"));
+    QCOMPARE(shown.last().mid(8), QString("  Applying"));
+    log(Log::Error, 0, "third");
+    QTRY_COMPARE(lines().size(), 3);
+    QCOMPARE(lines().last().mid(8), QString("  third"));
+    box->click();
+    QCOMPARE(lines(), (QStringList{"first", "Applying", "third"}));
+}
+
+void LogWindowTest::textIsFound()
+{
+    for (int i = 0; i < 300; ++i) {
+        log(Log::Info, 0, QString("line %1 of many").arg(i));
+    }
+    open();
+    QTest::keyClick(window.get(), Qt::Key_F, Qt::ControlModifier);
+    auto* field = window->findChild<FindBar*>()->findChild<QLineEdit*>();
+    QTRY_VERIFY(field->hasFocus());
+    QTest::keyClicks(field, "LINE 17 ");
+    QCOMPARE(pane->textCursor().selectedText(), QString("line 17 "));
+    QVERIFY(pane->viewport()->rect().contains(pane->cursorRect().center()));
+}
+
+void LogWindowTest::escapeInTheFindBarKeepsTheWindow()
+{
+    open();
+    auto* bar = window->findChild<FindBar*>();
+    button("&Find...")->click();
+    QTRY_VERIFY(bar->isVisible());
+    QTest::keyClick(bar->findChild<QLineEdit*>(), Qt::Key_Escape);
+    QVERIFY(!bar->isVisible());
+    QVERIFY(window->isVisible());
+}
+
+void LogWindowTest::savedFileHasTheShownLinesWithTheirTimes()
+{
+    log(Log::Info, 0, "shown <b>");
+    log(Log::Info, 5, "detail");
+    log(Log::Error, 0, "last \u00fc");
+    open();
+    QTemporaryDir directory;
+    const QString path = directory.filePath("log.txt");
+    button("&Save...")->click();
+    const QPointer<QFileDialog> dialog = window->findChild<QFileDialog*>();
+    QVERIFY(dialog != nullptr && QTest::qWaitForWindowActive(dialog));
+    auto* name = dialog->findChild<QLineEdit*>("fileNameEdit");
+    name->setText(path);
+    dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save)->click();
+    QTRY_VERIFY2(QFile::exists(path),
+                 dialog.isNull() ? "closed" : qPrintable(dialog->selectedFiles().join(' ')));
+    QCOMPARE(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QStringList saved = QString::fromUtf8(file.readAll()).split('\n');
+    QCOMPARE(saved.size(), 3);
+    QVERIFY(QDateTime::fromString(saved.at(0).left(19), Qt::ISODate).isValid());
+    QCOMPARE(saved.at(0).mid(19), QString("  shown <b>"));
+    QCOMPARE(saved.at(1).mid(19), QString("  last \u00fc"));
+    QCOMPARE(saved.at(2), QString());
+}
+
+void LogWindowTest::existingFileIsReplacedOnlyAfterAQuestion()
+{
+    log(Log::Info, 0, "new");
+    open();
+    QTemporaryDir directory;
+    const QString path = directory.filePath("log.txt");
+    const auto contents = [&path] {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("old");
+    }
+    for (const bool replaced : {false, true}) {
+        window->saveInto(path);
+        auto* box = window->findChild<QMessageBox*>();
+        QVERIFY(box != nullptr && QTest::qWaitForWindowActive(box));
+        QVERIFY(box->text().contains(path));
+        QCOMPARE(box->defaultButton()->text().remove('&'), QString("Cancel"));
+        if (replaced) {
+            for (QAbstractButton* each : box->buttons()) {
+                if (each->text() == "&Replace") {
+                    each->click();
+                }
+            }
+        } else {
+            QTest::keyClick(box, Qt::Key_Return);
+        }
+        QTRY_VERIFY(window->findChild<QMessageBox*>() == nullptr);
+        QCOMPARE(contents() == "old", !replaced);
+    }
+    QVERIFY(contents().endsWith("  new\n"));
+}
+
+void LogWindowTest::failedSavingIsReported()
+{
+    open();
+    const QString path = QStringLiteral("/missing-directory/log.txt");
+    window->saveInto(path);
+    auto* box = window->findChild<QMessageBox*>();
+    QVERIFY(box != nullptr && QTest::qWaitForWindowActive(box));
+    QVERIFY2(box->text().contains(path), qPrintable(box->text()));
+    QTest::keyClick(box, Qt::Key_Return);
+    QTRY_VERIFY(window->findChild<QMessageBox*>() == nullptr);
+}
+
+void LogWindowTest::hidingTheWindowClosesItsDialogs()
+{
+    open();
+    window->save();
+    auto* dialog = window->findChild<QFileDialog*>();
+    QVERIFY(dialog != nullptr && QTest::qWaitForWindowActive(dialog));
+    window->hide();
+    QTRY_VERIFY(window->findChild<QFileDialog*>() == nullptr);
 }
 
 QTEST_MAIN(LogWindowTest)

@@ -9,6 +9,7 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollBar>
@@ -16,6 +17,7 @@
 #include <QTest>
 #include <QWindow>
 
+#include "widgets/FindBar.h"
 #include "widgets/HScrollArea.h"
 #include "widgets/Metrics.h"
 
@@ -77,6 +79,7 @@ private Q_SLOTS:
     void keysScrollFromEveryButton();
     void noticeAndSummaryAreVisibleWithoutScrolling();
     void textCanBeCopied();
+    void textIsFoundAndEnterInTheFieldDoesNotAccept();
 };
 
 void ScrollableDialogsTest::confirmHasTwoCentredButtons()
@@ -384,6 +387,26 @@ void ScrollableDialogsTest::textCanBeCopied()
     QCOMPARE(label->selectedText(), QString("Traceback: line 17"));
     QTest::keyClick(dialog.windowHandle(), Qt::Key_C, Qt::ControlModifier);
     QTRY_COMPARE(QGuiApplication::clipboard()->text(), QString("Traceback: line 17"));
+}
+
+void ScrollableDialogsTest::textIsFoundAndEnterInTheFieldDoesNotAccept()
+{
+    ScrollableConfirmDialog dialog(longText(), "OK", "Cancel", nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(&dialog, Qt::Key_F, Qt::ControlModifier);
+    auto* bar = dialog.findChild<FindBar*>();
+    QTRY_VERIFY(bar->isVisible());
+    auto* field = bar->findChild<QLineEdit*>();
+    QTest::keyClicks(field, "line 2500");
+    QCOMPARE(textLabel(dialog)->selectedText(), QString("line 2500"));
+    QVERIFY(dialog.findChild<HScrollArea*>()->verticalScrollBar()->value() > 0);
+    QTest::keyClick(field, Qt::Key_Return);
+    QTest::keyClick(field, Qt::Key_Escape);
+    QVERIFY(dialog.isVisible());
+    QVERIFY(!bar->isVisible());
+    QTest::keyClick(&dialog, Qt::Key_Escape);
+    QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 }
 
 QTEST_MAIN(ScrollableDialogsTest)

@@ -40,7 +40,9 @@ TOGETHER = (
     # A menu has either this entry or the one with the same letter, except for a selection of both kinds.
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action', 'Un&lock Version')),
     ('PackageTable::OtherContextMenu', ('&Describe',)),
-    ('Log::Window', ('&Close',)),
+    # With the buttons of the FindBar, which are in the same windows.
+    ('Log::Window', ('&Close', '&Times', '&Find...', '&Save...')), ('Log::Window', ('&Replace',)),
+    ('TextDialog', ('&Find...',)), ('FindBar', ('&Next', '&Previous')),
     ('AdvisoryDialog', ('&Mark Updates', 'Mark All &Security Updates', '&Close')),
     ('FilteredList', ('&Filter',)),
 )

@@ -5,6 +5,7 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include "widgets/FindBar.h"
 #include "widgets/HTextEdit.h"
 
 class TextDialogTest : public QObject
@@ -19,6 +20,7 @@ private Q_SLOTS:
     void theDialogIsModal();
     void theTextHasSpaceFor24RowsOf80Columns();
     void aNewTextReplacesTheOld();
+    void textIsFound();
 };
 
 void TextDialogTest::theTextIsPlain()
@@ -53,7 +55,7 @@ void TextDialogTest::tabMovesToTheButton()
     HTextEdit* edit = dialog.findChild<HTextEdit*>();
     edit->setFocus();
     QTest::keyClick(edit, Qt::Key_Tab);
-    QVERIFY(dialog.findChild<QPushButton*>()->hasFocus());
+    QCOMPARE(qobject_cast<QPushButton*>(dialog.focusWidget())->text(), QString("&Find..."));
 }
 
 void TextDialogTest::closeAccepts()
@@ -61,14 +63,15 @@ void TextDialogTest::closeAccepts()
     TextDialog dialog;
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
-    const QList<QPushButton*> buttons = dialog.findChildren<QPushButton*>();
-    QCOMPARE(buttons.size(), 1);
-    QCOMPARE(buttons.first()->text(), QStringLiteral("Close"));
-    // The button is below the text on the right side, after a stretch.
+    const QList<QPushButton*> buttons =
+        dialog.findChildren<QPushButton*>(QString(), Qt::FindDirectChildrenOnly);
+    QCOMPARE(buttons.size(), 2);
+    QCOMPARE(buttons.last()->text(), QStringLiteral("Close"));
+    // The button is below the text, on the right side, after a stretch.
     HTextEdit* edit = dialog.findChild<HTextEdit*>();
-    QVERIFY(buttons.first()->geometry().top() > edit->geometry().bottom());
-    QVERIFY(buttons.first()->geometry().left() > edit->geometry().center().x());
-    QTest::mouseClick(buttons.first(), Qt::LeftButton);
+    QVERIFY(buttons.last()->geometry().top() > edit->geometry().bottom());
+    QVERIFY(buttons.last()->geometry().left() > edit->geometry().center().x());
+    QTest::mouseClick(buttons.last(), Qt::LeftButton);
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
 }
@@ -101,6 +104,26 @@ void TextDialogTest::aNewTextReplacesTheOld()
     dialog.setText(QStringLiteral("one"));
     dialog.setText(QStringLiteral("two"));
     QCOMPARE(dialog.findChild<HTextEdit*>()->toPlainText(), QStringLiteral("two"));
+}
+
+void TextDialogTest::textIsFound()
+{
+    TextDialog dialog;
+    dialog.setText("/usr/bin/editor\n/usr/bin/viewer\n");
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTest::keyClick(&dialog, Qt::Key_F, Qt::ControlModifier);
+    auto* bar = dialog.findChild<FindBar*>();
+    QTRY_VERIFY(bar->isVisible());
+    auto* field = bar->findChild<QLineEdit*>();
+    QTest::keyClicks(field, "viewer");
+    QCOMPARE(dialog.findChild<HTextEdit*>()->textCursor().selectedText(), QString("viewer"));
+    // Neither key closes the dialog while the focus is in the bar.
+    QTest::keyClick(field, Qt::Key_Return);
+    QVERIFY(dialog.isVisible());
+    QTest::keyClick(field, Qt::Key_Escape);
+    QVERIFY(dialog.isVisible());
+    QVERIFY(!bar->isVisible());
 }
 
 QTEST_MAIN(TextDialogTest)

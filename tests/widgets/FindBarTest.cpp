@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "widgets/FindBar.h"
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "widgets/HScrollArea.h"
+#include "widgets/HTextEdit.h"
+#include "widgets/PlainLabel.h"
+
+namespace {
+
+QString manyLines()
+{
+    QString text;
+    for (int i = 0; i < 400; ++i) {
+        text += QString("line %1 <b> %2\n").arg(i).arg(QString(i % 100 == 50 ? 300 : 10, 'x'));
+    }
+    return text + "the last Needle";
+}
+
+// A dialog with a default button, a bar, and the text in a text edit or in a label.
+class Searched : public QDialog
+{
+public:
+    explicit Searched(bool inLabel)
+    {
+        auto* column = new QVBoxLayout(this);
+        if (inLabel) {
+            label = new PlainLabel(manyLines());
+            label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+            area = new HScrollArea(this);
+            area->setWidget(label);
+            column->addWidget(area);
+            bar = new FindBar(label, area, this);
+        } else {
+            edit = new HTextEdit(60, 10, this);
+            edit->setReadOnly(true);
+            edit->setPlainText(manyLines());
+            edit->setLineWrapMode(QTextEdit::NoWrap);
+            column->addWidget(edit);
+            bar = new FindBar(edit, this);
+        }
+        column->addWidget(bar);
+        ok = new QPushButton("OK");
+        ok->setDefault(true);
+        QObject::connect(ok, SIGNAL(clicked()), this, SLOT(accept()));
+        column->addWidget(ok);
+        resize(500, 300);
+        show();
+        if (!QTest::qWaitForWindowActive(this)) {
+            qFatal("the dialog does not show");
+        }
+        wasVisible = bar->isVisible();
+        bar->open(); // creates the contents
+        bar->dismiss();
+        field = bar->findChild<QLineEdit*>();
+        next = bar->findChildren<QPushButton*>().at(0);
+        previous = bar->findChildren<QPushButton*>().at(1);
+    }
+
+    void open()
+    {
+        QTest::keyClick(this, Qt::Key_F, Qt::ControlModifier);
+        if (!QTest::qWaitFor([this] { return field->hasFocus(); })) {
+            qFatal("the bar does not open");
+        }
+    }
+    QString selected() const
+    {
+        return label != nullptr ? label->selectedText() : edit->textCursor().selectedText();
+    }
+    int place() const
+    {
+        return label != nullptr ? label->selectionStart() : edit->textCursor().selectionStart();
+    }
+    // The vertical position of the part of the text that is visible, from 0 to 1.
+    double scrolled() const
+    {
+        const QScrollBar* scrollBar =
+            label != nullptr ? area->verticalScrollBar() : edit->verticalScrollBar();
+        return static_cast<double>(scrollBar->value()) / scrollBar->maximum();
+    }
+    QString result() const { return bar->findChild<PlainLabel*>()->text(); }
+
+    PlainLabel* label = nullptr;
+    HScrollArea* area = nullptr;
+    HTextEdit* edit = nullptr;
+    FindBar* bar;
+    bool wasVisible;
+    QPushButton* ok;
+    QLineEdit* field;
+    QPushButton* next;
+    QPushButton* previous;
+};
+
+} // namespace
+
+// Tests of the bar that finds a text. Each test runs on a text edit and on a label.
+class FindBarTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    void addRows()
+    {
+        QTest::addColumn<bool>("inLabel");
+        QTest::newRow("text edit") << false;
+        QTest::newRow("label") << true;
+    }
+
+private Q_SLOTS:
+    void barIsHiddenUntilItsKeyIsPressed_data() { addRows(); }
+    void barIsHiddenUntilItsKeyIsPressed();
+    void typedTextIsFoundAndShown_data() { addRows(); }
+    void typedTextIsFoundAndShown();
+    void enterGoesToTheNextMatchAndShiftEnterBack_data() { addRows(); }
+    void enterGoesToTheNextMatchAndShiftEnterBack();
+    void keysInTheBarNeverReachTheDefaultButton_data() { addRows(); }
+    void keysInTheBarNeverReachTheDefaultButton();
+    void buttonsAndFunctionKeysGoToTheMatches_data() { addRows(); }
+    void buttonsAndFunctionKeysGoToTheMatches();
+    void missingTextIsReported_data() { addRows(); }
+    void missingTextIsReported();
+    void escapeHidesTheBarAndReturnsTheFocus_data() { addRows(); }
+    void escapeHidesTheBarAndReturnsTheFocus();
+    void matchAtTheRightEndOfALongLineIsVisible();
+};
+
+void FindBarTest::barIsHiddenUntilItsKeyIsPressed()
+{
+    QFETCH(bool, inLabel);
+    Searched dialog(inLabel);
+    QVERIFY(!dialog.wasVisible);
+    QVERIFY(!dialog.bar->isVisible());
+    dialog.open();
+    QVERIFY(dialog.bar->isVisible());
+    QVERIFY(!dialog.next->isEnabled());
+    QCOMPARE(dialog.field->accessibleName(), QString("Find"));
+}
+
+void FindBarTest::typedTextIsFoundAndShown()
+{
+    QFETCH(bool, inLabel);
+    Searched dialog(inLabel);
+    dialog.open();
+    QCOMPARE(dialog.scrolled(), 0.0);
+    QTest::keyClicks(dialog.field, "needle");
+    QCOMPARE(dialog.selected(), QString("Needle"));
+    QVERIFY(dialog.scrolled() > 0.95);
+    dialog.field->clear();
+    QTest::keyClicks(dialog.field, "line 200 <b>");
+    QCOMPARE(dialog.selected(), QString("line 200 <b>"));
+    QVERIFY(dialog.scrolled() > 0.4 && dialog.scrolled() < 0.6);
+}
+
+void FindBarTest::enterGoesToTheNextMatchAndShiftEnterBack()
+{
+    QFETCH(bool, inLabel);
+    Searched dialog(inLabel);
+    dialog.open();
+    QTest::keyClicks(dialog.field, "line 39");
+    const QString text = manyLines();
+    QList<int> places;
+    for (int at = text.indexOf("line 39"); at >= 0; at = text.indexOf("line 39", at + 1)) {
+        places << at;
+    }
+    QCOMPARE(places.size(), 11); // 39 and 390 to 399
+    QCOMPARE(dialog.place(), places.at(0));
+    for (int i = 1; i <= places.size(); ++i) {
+        QTest::keyClick(dialog.field, Qt::Key_Return);
+        QCOMPARE(dialog.place(), places.at(i % places.size()));
+    }
+    for (int i = places.size() - 1; i >= 0; --i) {
+        QTest::keyClick(dialog.field, Qt::Key_Return, Qt::ShiftModifier);
+        QCOMPARE(dialog.place(), places.at(i));
+    }
+}
+
+void FindBarTest::keysInTheBarNeverReachTheDefaultButton()
+{
+    QFETCH(bool, inLabel);
+    Searched dialog(inLabel);
+    QSignalSpy clicks(dialog.ok, SIGNAL(clicked()));
+    dialog.open();
+    QTest::keyClick(dialog.field, Qt::Key_Return);
+    QTest::keyClick(dialog.field, Qt::Key_Enter);
+    QTest::keyClicks(dialog.field, "line 1");
+    for (QWidget* each : {static_cast<QWidget*>(dialog.field), static_cast<QWidget*>(dialog.next),
+                          static_cast<QWidget*>(dialog.previous)}) {
+        each->setFocus();
+        const int before = dialog.place();
+        QTest::keyClick(each, Qt::Key_Return);
+        QVERIFY(dialog.place() != before);
+        QTest::keyClick(each, Qt::Key_Enter);
+    }
+    auto* close = dialog.bar->findChild<QToolButton*>();
+    close->setFocus();
+    QTest::keyClick(close, Qt::Key_Return);
+    QVERIFY(!dialog.bar->isVisible());
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(clicks.count(), 0);
+}
+
+void FindBarTest::buttonsAndFunctionKeysGoToTheMatches()
+{
+    QFETCH(bool, inLabel);
+    Searched dialog(inLabel);
+    // Without a text to find, F3 opens the bar.
+    QTest::keyClick(&dialog, Qt::Key_F3);
+    QTRY_VERIFY(dialog.field->hasFocus());
+    QTest::keyClicks(dialog.field, "line 30");
+    const QString text = manyLines();
+    const int first = text.indexOf("line 30");
+    const int second = text.indexOf("line 300");
+    QCOMPARE(dialog.place(), first);
+    QTest::mouseClick(dialog.next, Qt::LeftButton);
+    QCOMPARE(dialog.place(), second);
+    QTest::mouseClick(dialog.previous, Qt::LeftButton);
+    QCOMPARE(dialog.place(), first);
+    QTest::keyClick(&dialog, Qt::Key_F3);
+    QCOMPARE(dialog.place(), second);
+    QTest::keyClick(&dialog, Qt::Key_F3, Qt::ShiftModifier);
+    QCOMPARE(dialog.place(), first);
+}
+
+void FindBarTest::missingTextIsReported()
+{
+    QFETCH(bool, inLabel);
+    Searched dialog(inLabel);
+    dialog.open();
+    const QColor usual = dialog.field->palette().color(QPalette::Base);
+    QTest::keyClicks(dialog.field, "linex");
+    QCOMPARE(dialog.result(), QString("Not found"));
+    QCOMPARE(dialog.field->accessibleDescription(), QString("Not found"));
+    QVERIFY(dialog.field->palette().color(QPalette::Base) != usual);
+    QTest::keyClick(dialog.field, Qt::Key_Backspace);
+    QCOMPARE(dialog.result(), QString());
+    QCOMPARE(dialog.field->palette().color(QPalette::Base), usual);
+}
+
+void FindBarTest::escapeHidesTheBarAndReturnsTheFocus()
+{
+    QFETCH(bool, inLabel);
+    Searched dialog(inLabel);
+    dialog.ok->setFocus();
+    dialog.open();
+    QTest::keyClick(dialog.field, Qt::Key_Escape);
+    QVERIFY(!dialog.bar->isVisible());
+    QVERIFY(dialog.isVisible());
+    QVERIFY(dialog.ok->hasFocus());
+    QTest::keyClick(dialog.ok, Qt::Key_Escape);
+    QVERIFY(!dialog.isVisible());
+}
+
+void FindBarTest::matchAtTheRightEndOfALongLineIsVisible()
+{
+    Searched dialog(true);
+    dialog.label->setText("\tshort\n" + QString(300, 'x') + "wanted\n" + QString(400, 'y'));
+    dialog.area->forceResize();
+    dialog.open();
+    QTest::keyClicks(dialog.field, "wanted");
+    QCOMPARE(dialog.selected(), QString("wanted"));
+    const double right =
+        dialog.label->fontMetrics().size(Qt::TextSingleLine, QString(300, 'x') + "wanted").width();
+    const int left = dialog.area->horizontalScrollBar()->value();
+    QVERIFY(left > 0);
+    QVERIFY(right > left && right < left + dialog.area->viewport()->width());
+}
+
+QTEST_MAIN(FindBarTest)
+#include "FindBarTest.moc"
