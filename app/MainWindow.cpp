@@ -222,6 +222,11 @@ void MainWindow::updateEmptyText()
         view->setEmptyText(tr("This is not a valid regular expression:\n%1").arg(proxy->expressionFault()));
     } else if (stateBox->currentIndex() == PackageTable::ViewUpdatable && proxy->filterRegExp().isEmpty()) {
         view->setEmptyText(tr("No package has an update."));
+    } else if (modeBox->currentIndex() == searchMode &&
+               proxy->filterRegExp().pattern().endsWith(QLatin1Char('$'))) {
+        // The list of files is one field, so "$" is not the end of each path.
+        view->setEmptyText(tr("No package matches.\nIn a search, \"$\" is the end of a whole field, such as "
+                              "the list of files.\nFor the end of one line, write \"([[:space:]]|$)\"."));
     } else {
         view->setEmptyText(tr("No package matches."));
     }

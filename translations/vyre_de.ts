@@ -896,6 +896,14 @@ Duplikate und Gruppen gerade nicht angezeigt.
         <source>VYRE cannot close before the current work is complete</source>
         <translation>VYRE kann erst beendet werden, wenn die laufende Arbeit abgeschlossen ist</translation>
     </message>
+    <message>
+        <source>No package matches.
+In a search, &quot;$&quot; is the end of a whole field, such as the list of files.
+For the end of one line, write &quot;([[:space:]]|$)&quot;.</source>
+        <translation>Kein Paket entspricht der Auswahl.
+Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste.
+Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>

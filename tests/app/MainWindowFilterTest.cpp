@@ -30,6 +30,8 @@ private Q_SLOTS:
     void collectionLoadsTheExtraData();
     void extraDataAreLoadedOnceForTheFirstExpression();
     void nothingIsFilteredWhileExtraDataAreLoaded();
+    void exactPathOfAFileIsFound();
+    void fruitlessSearchForAnEndShowsAHint();
     void invalidExpressionLooksDifferent();
     void filtersAreAlsoAppliedInSearchMode();
     void textsAreReadForTheExpressionInUse();
@@ -226,6 +228,38 @@ void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QVERIFY(edited.isDone());
     QCOMPARE(filtering, (QList<bool>{true, false, true}));
+}
+
+void MainWindowFilterTest::exactPathOfAFileIsFound()
+{
+    standIn->setPackages({}, {},
+                         {StandIn::package("first", {{"files", QJsonArray{"/usr/bin/a", "/usr/bin/b"}}}),
+                          StandIn::package("last", {{"files", QJsonArray{"/usr/bin/0", "/usr/bin/a"}}}),
+                          StandIn::package("longer", {{"files", QJsonArray{"/usr/bin/ab", "/usr/bin/b"}}})});
+    shown->start();
+    shown->choose(shown->stateBox, ViewInstallable);
+    shown->choose(shown->modeBox, Search);
+    shown->filter("/usr/bin/a");
+    QCOMPARE(shown->sorted(), (QStringList{"first", "last", "longer"}));
+    shown->filter("/usr/bin/a$");
+    QCOMPARE(shown->sorted(), QStringList{"last"});
+    shown->filter("/usr/bin/a([[:space:]]|$)"); // the expression of the hint and of the manual
+    QCOMPARE(shown->sorted(), (QStringList{"first", "last"}));
+}
+
+void MainWindowFilterTest::fruitlessSearchForAnEndShowsAHint()
+{
+    shown->start();
+    const auto hinted = [this] { return shown->view->accessibleDescription().contains("([[:space:]]|$)"); };
+    shown->filter("/usr/bin/missing$");
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY(!hinted()); // in Filter mode, "$" is the end of the row
+    shown->choose(shown->modeBox, Search);
+    QCOMPARE(shown->listed(), QStringList());
+    QVERIFY2(hinted(), qPrintable(shown->view->accessibleDescription()));
+    shown->filter("/usr/bin/missing");
+    QVERIFY(!hinted());
+    QCOMPARE(shown->view->accessibleDescription(), QString("No package matches."));
 }
 
 void MainWindowFilterTest::invalidExpressionLooksDifferent()
