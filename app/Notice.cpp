@@ -20,6 +20,8 @@ Notice::Notice(QMenuBar* menuBar) : PlainLabel(menuBar)
 
 void Notice::showText(const QString& text)
 {
+    // The menu bar makes room for the text only when the notice appears.
+    hide();
     setText(text);
     show();
     end.start(15000);

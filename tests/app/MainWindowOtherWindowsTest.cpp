@@ -116,13 +116,16 @@ void MainWindowOtherWindowsTest::aNoticeAloneReportsAMissingManual()
         program.close();
         QVERIFY(program.setPermissions(QFile::ReadOwner | QFile::ExeOwner));
     }
-    const QPair<QString, QString> manuals[] = {{"Manual (html)", "/html/index.html"},
-                                               {"Manual (PDF)", "/manual.pdf"}};
+    const QPair<QString, QString> manuals[] = {{"Manual (PDF)", "/manual.pdf"},
+                                               {"Manual (html)", "/html/index.html"}};
     for (const auto& manual : manuals) {
         shown->choose("&Help", manual.first);
         QCOMPARE(noticeText(),
                  "The manual is not installed: there is no file " + documentation.path() + manual.second);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
+        // The second text is longer, and is not cut off.
+        const QWidget* notice = shown->window->menuBar()->cornerWidget();
+        QVERIFY(notice->width() >= notice->sizeHint().width());
     }
     QTest::qWait(200); // a program would start in this time
     QVERIFY(!QFile::exists(Share::absolute("webbrowser.called")));
@@ -164,6 +167,8 @@ void MainWindowOtherWindowsTest::errorsOfATransactionHaveTheirOwnNotice()
         shown->press("&Apply Actions");
         QTRY_VERIFY(shown->isReady());
     };
+    applyAndRead();
+    QTRY_COMPARE(noticeText(), QString("There are errors in the log (Ctrl+L)"));
     standIn->setBreaking(true);
     applyAndRead();
     QCOMPARE(noticeText(), QString("The transaction has reported errors: see the log (Ctrl+L)"));
