@@ -28,6 +28,7 @@
 #include "app/Notice.h"
 #include "app/StopButton.h"
 #include "app/WindowSizeKeeper.h"
+#include "history/HistoryDialog.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
 #include "packagetable/View.h"
@@ -60,7 +61,8 @@ QString nodeName()
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), closing(nullptr), yumConfIO(nullptr),
       initialized(false), scheduled(false), busy(false), closeWanted(false), collectFailed(false),
-      logWindow(nullptr), advisoryDialog(nullptr), repoEditor(nullptr), aboutBox(nullptr), notice(nullptr)
+      logWindow(nullptr), advisoryDialog(nullptr), repoEditor(nullptr), history(nullptr), aboutBox(nullptr),
+      notice(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // the user can open the manual during the capture of a transaction's output
@@ -323,7 +325,7 @@ void MainWindow::setReady(bool ready)
         editConfigurationAction->setEnabled(ready);
         cacheMenu->setEnabled(ready);
         for (QAction* action :
-             {cleanDbcacheAction, cleanPackagesAction, cleanMetadataAction, cleanAllAction}) {
+             {historyAction, cleanDbcacheAction, cleanPackagesAction, cleanMetadataAction, cleanAllAction}) {
             action->setEnabled(ready);
         }
         tableArea->setEnabled(ready);
@@ -470,22 +472,50 @@ void MainWindow::cleanAll()
 
 void MainWindow::apply()
 {
+    carryOut([this] { return yumIO->apply(); }, LeftOutMarks);
+}
+
+void MainWindow::showHistory()
+{
+    if (quitting()) {
+        return;
+    }
+    if (history == nullptr) {
+        history = new HistoryDialog(yumIO, this);
+        new WindowSizeKeeper(QStringLiteral("History"), history);
+    }
+    history->setRefusal(collectFailed
+                            ? tr("No transaction can be undone, because the packages could not be read.")
+                            : QString());
+    // After a refusal or a failure, the user sees the history again.
+    while (!quitting() && history->exec() == QDialog::Accepted) {
+        const Replay kind = history->wantedReplay();
+        const qint64 number = history->wantedNumber();
+        if (carryOut([this, kind, number] { return yumIO->replay(kind, number); }, AllMarks)) {
+            return;
+        }
+    }
+}
+
+bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
+{
     setReady(false);
     const int before = loggedEntries();
-    const bool applied = yumIO->apply();
+    const bool applied = operation();
+    const bool done = applied || yumIO->systemChanged();
     const bool hasErrors = hasErrorsSince(before);
     const bool stopped = yumIO->wasStopped();
     bool changed = false;
     if (applied && !checkCredentials(changed)) {
-        return;
+        return done;
     }
     if (changed) {
         // Without this call, the back end would continue to use the old URLs.
         yumIO->reset();
     }
     // Even a failed transaction may have changed the system.
-    if (applied || yumIO->systemChanged()) {
-        recollect(LeftOutMarks);
+    if (done) {
+        recollect(kept);
     } else if (yumIO->isOutdated()) {
         recollect(AllMarks);
     }
@@ -501,6 +531,7 @@ void MainWindow::apply()
     }
     setReady(true);
     focusTable();
+    return done;
 }
 
 void MainWindow::changeVersionLocks(const QList<int>& rows, bool locked)

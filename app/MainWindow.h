@@ -24,6 +24,7 @@
 class AdvisoryDialog;
 class ExpressionEdit;
 class HFrameLabel;
+class HistoryDialog;
 class HMenu;
 class HProgressBar;
 class Notice;
@@ -92,6 +93,7 @@ public Q_SLOTS:
     // Reads the advisories and shows them.
     void displayAdvisories();
     void markUpdates(const QVector<Package::Entry*>& entries);
+    void showHistory();
     // If `atStart` is true, the packages are collected when the editor closes, even without changes.
     void editRepositories(bool atStart = false);
     void cleanDbcache();
@@ -149,6 +151,9 @@ private:
     void recollect(Kept kept = NoMarks);
     // Makes the row of this record the current one, if the table lists it.
     void makeCurrent(const Package::EntryKey& key);
+    // Runs an operation that may change the system, and reads the packages again afterwards. Returns whether
+    // the operation has succeeded or changed the system.
+    bool carryOut(const std::function<bool()>& operation, Kept kept);
     // Filters the table by the text in the edit.
     void applyExpression();
     void showTable();
@@ -182,6 +187,7 @@ private:
 
     HMenu* programMenu;
     QAction* quitAction;
+    QAction* historyAction;
     HMenu* repositoriesMenu;
     QAction* advisoriesAction;
     QAction* editConfigurationAction;
@@ -209,6 +215,7 @@ private:
     Log::Window* logWindow;         // null before the first use
     AdvisoryDialog* advisoryDialog; // null before the first use
     RepoEditor::Dialog* repoEditor; // null before the first use
+    HistoryDialog* history;         // null until first needed
     QMessageBox* aboutBox;          // null before the first use
     Notice* notice;                 // null before the first use
 };

@@ -35,6 +35,8 @@ void MainWindow::createMenuBar()
 
     HMenu* windowsMenu = addMenu(tr("&Windows"));
     windowsMenu->addAction(tr("&Log"), this, SLOT(displayLog()), QKeySequence(tr("Ctrl+L")));
+    historyAction =
+        windowsMenu->addAction(tr("&History"), this, SLOT(showHistory()), QKeySequence(tr("Ctrl+H")));
 
     advisoriesAction = windowsMenu->addAction(tr("&Advisories"), this, SLOT(displayAdvisories()),
                                               QKeySequence(tr("Ctrl+D")));

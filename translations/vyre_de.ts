@@ -462,6 +462,142 @@ als wären sie durch Leerzeichen getrennt</translation>
     </message>
 </context>
 <context>
+    <name>HistoryDialog</name>
+    <message>
+        <source>Transactions</source>
+        <translation>Transaktionen</translation>
+    </message>
+    <message>
+        <source>VYRE History</source>
+        <translation>VYRE-Verlauf</translation>
+    </message>
+    <message>
+        <source>Details of the transaction</source>
+        <translation>Einzelheiten der Transaktion</translation>
+    </message>
+    <message>
+        <source>&amp;Undo This</source>
+        <translation>&amp;Rückgängig machen</translation>
+    </message>
+    <message>
+        <source>Undo All &amp;Since</source>
+        <translation>Alle danach rück&amp;gängig machen</translation>
+    </message>
+    <message>
+        <source>&amp;Redo</source>
+        <translation>&amp;Wiederholen</translation>
+    </message>
+    <message>
+        <source>&amp;Close</source>
+        <translation>&amp;Schließen</translation>
+    </message>
+    <message>
+        <source>Close the window; nothing is changed</source>
+        <translation>Das Fenster schließen; nichts wird geändert</translation>
+    </message>
+    <message>
+        <source>Reading the history...</source>
+        <translation>Der Verlauf wird gelesen ...</translation>
+    </message>
+    <message>
+        <source>The history has no transactions.</source>
+        <translation>Der Verlauf hat keine Transaktionen.</translation>
+    </message>
+    <message>
+        <source>The history could not be read.
+The Log window (Ctrl+L) shows the reason.</source>
+        <translation>Der Verlauf konnte nicht gelesen werden.
+Das Protokollfenster (Strg+L) zeigt den Grund.</translation>
+    </message>
+    <message>
+        <source>Reverses this transaction. The changes are shown first.</source>
+        <translation>Macht diese Transaktion rückgängig. Die Änderungen werden vorher gezeigt.</translation>
+    </message>
+    <message>
+        <source>No transaction is newer than this one.</source>
+        <translation>Keine Transaktion ist neuer als diese.</translation>
+    </message>
+    <message>
+        <source>Reverses all newer transactions. The changes are shown first.</source>
+        <translation>Macht alle neueren Transaktionen rückgängig. Die Änderungen werden vorher gezeigt.</translation>
+    </message>
+    <message>
+        <source>Repeats this transaction, or completes it. The changes are shown first.</source>
+        <translation>Wiederholt oder vollendet diese Transaktion. Die Änderungen werden vorher gezeigt.</translation>
+    </message>
+</context>
+<context>
+    <name>HistoryModel</name>
+    <message>
+        <source>Failed</source>
+        <translation>Fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>Interrupted</source>
+        <translation>Unterbrochen</translation>
+    </message>
+    <message>
+        <source>Succeeded</source>
+        <translation>Gelungen</translation>
+    </message>
+    <message>
+        <source>The number of the transaction, as in &quot;dnf history&quot;</source>
+        <translation>Die Nummer der Transaktion, wie in „dnf history“</translation>
+    </message>
+    <message>
+        <source>Number</source>
+        <translation>Nummer</translation>
+    </message>
+    <message>
+        <source>When the transaction began</source>
+        <translation>Wann die Transaktion begann</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <source>Who was logged in</source>
+        <translation>Wer angemeldet war</translation>
+    </message>
+    <message>
+        <source>User</source>
+        <translation>Benutzer</translation>
+    </message>
+    <message>
+        <source>The command, or what was applied here</source>
+        <translation>Der Befehl, oder was hier angewendet wurde</translation>
+    </message>
+    <message>
+        <source>Command Line</source>
+        <translation>Befehlszeile</translation>
+    </message>
+    <message>
+        <source>The changed packages and groups, or their numbers</source>
+        <translation>Die geänderten Pakete und Gruppen oder ihre Zahl</translation>
+    </message>
+    <message>
+        <source>Changes</source>
+        <translation>Änderungen</translation>
+    </message>
+    <message>
+        <source>Whether the transaction succeeded, failed or was interrupted</source>
+        <translation>Ob die Transaktion gelang, fehlschlug oder unterbrochen wurde</translation>
+    </message>
+    <message>
+        <source>Result</source>
+        <translation>Ergebnis</translation>
+    </message>
+    <message>
+        <source>The number of kept lines of the output of the packages&apos; scripts</source>
+        <translation>Die Zahl der aufbewahrten Zeilen der Ausgabe von Skripten der Pakete</translation>
+    </message>
+    <message>
+        <source>Output</source>
+        <translation>Ausgabe</translation>
+    </message>
+</context>
+<context>
     <name>Log::Window</name>
     <message>
         <source>VYRE Log</source>
@@ -903,6 +1039,18 @@ For the end of one line, write &quot;([[:space:]]|$)&quot;.</source>
         <translation>Kein Paket entspricht der Auswahl.
 Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste.
 Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
+    </message>
+    <message>
+        <source>No transaction can be undone, because the packages could not be read.</source>
+        <translation>Keine Transaktion kann rückgängig gemacht werden, denn die Pakete konnten nicht gelesen werden.</translation>
+    </message>
+    <message>
+        <source>&amp;History</source>
+        <translation>&amp;Verlauf</translation>
+    </message>
+    <message>
+        <source>Ctrl+H</source>
+        <translation>Ctrl+H</translation>
     </message>
 </context>
 <context>
@@ -3229,6 +3377,78 @@ In dieser Sitzung ohne sie weitermachen?</translation>
     <message>
         <source>Remove: %1</source>
         <translation>Entfernen: %1</translation>
+    </message>
+    <message>
+        <source>Version {} of dnf is not supported. VYRE cannot undo transactions with it, because it lacks {}.</source>
+        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann mit ihr keine Transaktionen rückgängig machen, denn ihr fehlt {}.</translation>
+    </message>
+    <message>
+        <source>The transaction is impossible:
+{}
+Nothing was changed. All marks stay.</source>
+        <translation>Die Transaktion ist unmöglich:
+{}
+Nichts wurde geändert. Alle Vormerkungen bleiben.</translation>
+    </message>
+    <message>
+        <source>These changes are impossible:
+{}
+
+Go on without them?
+&quot;Yes&quot; shows the other changes. &quot;No&quot; changes nothing.
+</source>
+        <translation>Diese Änderungen sind unmöglich:
+{}
+
+Ohne sie fortfahren?
+„Yes“ zeigt die anderen Änderungen. „No“ ändert nichts.
+</translation>
+    </message>
+    <message>
+        <source>This transaction was interrupted. All its packages are in the intended state.</source>
+        <translation>Diese Transaktion wurde unterbrochen. Alle ihre Pakete sind im vorgesehenen Zustand.</translation>
+    </message>
+    <message>
+        <source>This transaction was interrupted. &quot;Redo&quot; completes it with these changes:
+{}</source>
+        <translation>Diese Transaktion wurde unterbrochen. „Wiederholen“ vollendet sie mit diesen Änderungen:
+{}</translation>
+    </message>
+    <message>
+        <source>Between the previous transaction and this one, packages were changed without dnf.</source>
+        <translation>Zwischen der vorigen Transaktion und dieser wurden Pakete ohne dnf geändert.</translation>
+    </message>
+    <message>
+        <source>Between this transaction and the next one, packages were changed without dnf.</source>
+        <translation>Zwischen dieser Transaktion und der nächsten wurden Pakete ohne dnf geändert.</translation>
+    </message>
+    <message>
+        <source>(failed)</source>
+        <translation>(fehlgeschlagen)</translation>
+    </message>
+    <message>
+        <source>read the history</source>
+        <translation>Verlauf lesen</translation>
+    </message>
+    <message>
+        <source>Internal error: the history cannot be read</source>
+        <translation>Interner Fehler: Der Verlauf kann nicht gelesen werden</translation>
+    </message>
+    <message>
+        <source>Only root can undo or repeat transactions.</source>
+        <translation>Nur root kann Transaktionen rückgängig machen oder wiederholen.</translation>
+    </message>
+    <message>
+        <source>Undoing transaction %1</source>
+        <translation>Transaktion %1 wird rückgängig gemacht</translation>
+    </message>
+    <message>
+        <source>Undoing all transactions after %1</source>
+        <translation>Alle Transaktionen nach %1 werden rückgängig gemacht</translation>
+    </message>
+    <message>
+        <source>Repeating transaction %1</source>
+        <translation>Transaktion %1 wird wiederholt</translation>
     </message>
 </context>
 <context>

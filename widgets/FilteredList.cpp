@@ -28,7 +28,7 @@
 namespace {
 
 // The maximum width of a column, in letters. The last column gets the remaining width.
-constexpr int widestColumn = 40;
+constexpr int widestColumn = 30;
 // In each column, the width of this number of longest texts is measured.
 constexpr size_t measuredTexts = 8;
 // A number that no row has.
@@ -65,7 +65,7 @@ public:
 
     QSize sizeHint() const override
     {
-        return {90 * Metrics::columnWidth(fontMetrics()), 12 * verticalHeader()->defaultSectionSize()};
+        return {116 * Metrics::columnWidth(fontMetrics()), 11 * verticalHeader()->defaultSectionSize()};
     }
 };
 
@@ -126,7 +126,6 @@ FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QW
     splitter->setChildrenCollapsible(false);
     layout->addWidget(splitter, 1);
     setTabOrder(edit, table);
-    setFocusProxy(table);
     selectCurrent(-1);
     reported = currentRow();
     updateTexts();
@@ -141,8 +140,8 @@ void FilteredList::setEmptyText(const QString& text)
 void FilteredList::setDetails(QWidget* details)
 {
     splitter->addWidget(details);
-    splitter->setStretchFactor(0, 3);
-    splitter->setStretchFactor(1, 2);
+    splitter->setStretchFactor(0, 1);
+    splitter->setStretchFactor(1, 1);
 }
 
 void FilteredList::fitColumns()
@@ -152,6 +151,8 @@ void FilteredList::fitColumns()
     const int widest = widestColumn * Metrics::columnWidth(metrics);
     const int count = model->rowCount();
     const int last = model->columnCount() - 1;
+    // The last column gets the remaining width, and at least that of its heading.
+    table->setColumnWidth(last, header->sectionSizeHint(last));
     for (int column = 0; column < last; ++column) {
         std::vector<QString> texts;
         texts.reserve(static_cast<size_t>(count));

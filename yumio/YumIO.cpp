@@ -61,6 +61,23 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP(
         "YumIO", "Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because "
                  "it lacks {}."),
+    QT_TRANSLATE_NOOP(
+        "YumIO",
+        "Version {} of dnf is not supported. VYRE cannot undo transactions with it, because it lacks "
+        "{}."),
+    QT_TRANSLATE_NOOP("YumIO", "The transaction is impossible:\n{}\nNothing was changed. All marks stay."),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "These changes are impossible:\n{}\n\nGo on without them?\n\"Yes\" shows the other changes. "
+                 "\"No\" changes nothing.\n"),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "This transaction was interrupted. All its packages are in the intended state."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "This transaction was interrupted. \"Redo\" completes it with these changes:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "Between the previous transaction and this one, packages were changed without dnf."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "Between this transaction and the next one, packages were changed without dnf."),
+    QT_TRANSLATE_NOOP("YumIO", "(failed)"),
     QT_TRANSLATE_NOOP("YumIO", "Signatures cannot be checked: the program rpmkeys is missing."),
     QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nMetadata of:\t{}\nUser "
                                "id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),

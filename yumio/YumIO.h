@@ -21,6 +21,7 @@
 #include "services/Log.h"
 #include "yumio/Advisory.h"
 #include "yumio/Fields.h"
+#include "yumio/HistoryRecord.h"
 #include "yumio/Package.h"
 #include "yumio/Records.h"
 #include "yumio/ScriptValues.h"
@@ -147,6 +148,18 @@ public:
     // Returns whether the last apply() was refused because another program has changed the system since the
     // last collection.
     bool isOutdated() const { return transaction.outdated; }
+
+    // --- The history of transactions
+
+    // Reads all transactions, the newest first. A failure is reported.
+    bool readHistory(HistoryRecords& found);
+    // All details of a transaction as plain text; empty after a failure, which is reported.
+    QString describeTransaction(qint64 number);
+    // Why no transaction can be undone or repeated; empty if it can.
+    QString replayFault();
+    // Undoes or repeats a transaction of the history. All else is as in apply(); the actions of the records
+    // do not count.
+    bool replay(Replay kind, qint64 number);
 
     // Returns the marks. restoreMarks() sets them again after a new collection.
     Marks marks() const { return records.marks(); }
@@ -369,6 +382,9 @@ private:
     bool cleanReal(const QString& label, const char* method);
     bool collectAdvisoriesReal();
     bool changeVersionLocksReal(const QVector<Package::Entry*>& entries, bool lockThem);
+    bool readHistoryReal(HistoryRecords* found);
+    QString describeTransactionReal(qint64 number);
+    bool replayReal(Replay kind, qint64 number);
     using CollectThread = WorkerThread<&YumIO::collectReal>;
     using ClearEntriesThread = WorkerThread<&YumIO::clearEntriesReal>;
     using CollectFileListsThread = WorkerThread<&YumIO::collectFileListsReal>;
@@ -379,6 +395,9 @@ private:
     using CleanThread = WorkerThread<&YumIO::cleanReal>;
     using CollectAdvisoriesThread = WorkerThread<&YumIO::collectAdvisoriesReal>;
     using ChangeVersionLocksThread = WorkerThread<&YumIO::changeVersionLocksReal>;
+    using ReadHistoryThread = WorkerThread<&YumIO::readHistoryReal>;
+    using DescribeTransactionThread = WorkerThread<&YumIO::describeTransactionReal>;
+    using ReplayThread = WorkerThread<&YumIO::replayReal>;
 
     // Collection (YumIOCollect.cpp)
     // Ignores baseObject, because the script has only one base object, to which repos belongs.
@@ -431,6 +450,9 @@ private:
     QString timeOf(const Package::Entry& entry, const char* attr);
 
     // Applying (YumIOApply.cpp)
+    void startResolving();
+    // Calls a method of the script that carries out a transaction, and reads its outcome.
+    bool carryOut(const std::function<PyObject*()>& method);
     bool applyGroups();
     bool applyGrpPkgs(const Package::Entry& group, const char* listName, GroupCheck check);
     bool applyGrpChkRemove(const Package::Entry& group, const Package::Entry& pkg);
@@ -454,6 +476,9 @@ private:
     void readOutcome();
     bool verifyLocalPkg(PyObject* pkg);
     bool cleanType(const QString& label, const char* method);
+
+    // The history (YumIOHistory.cpp)
+    static QString replayHeading(Replay kind);
 
     // Output and progress (YumIOProgress.cpp)
     PyObject* stdWrite(PyObject* args, Log::Kind kind, unsigned int level, QString& pending);

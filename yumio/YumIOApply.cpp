@@ -49,9 +49,7 @@ bool YumIO::applyReal()
     }
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
-    progress->startTotal(tr("Checking Dependencies: Total Progress"), 1);
-    progress->startItem(tr("Resolve Dependencies"), 1, 1);
-    phase = Applying;
+    startResolving();
 
     const PyRef installs(PyList_New(0));
     const PyRef updates(PyList_New(0));
@@ -137,6 +135,21 @@ bool YumIO::applyReal()
             break;
         }
     }
+    return carryOut([this, &installs, &updates, &removes, &groupInstalls, &groupUpdates, &groupRemoves] {
+        return pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(), updates.get(),
+                            removes.get(), groupInstalls.get(), groupUpdates.get(), groupRemoves.get());
+    });
+}
+
+void YumIO::startResolving()
+{
+    progress->startTotal(tr("Checking Dependencies: Total Progress"), 1);
+    progress->startItem(tr("Resolve Dependencies"), 1, 1);
+    phase = Applying;
+}
+
+bool YumIO::carryOut(const std::function<PyObject*()>& method)
+{
     if (!reapChildren()) {
         progress->reset();
         return false;
@@ -147,9 +160,7 @@ bool YumIO::applyReal()
         childSignal.disable();
         ExceptScope scope(*this);
         commExceptSetup();
-        const PyRef result(pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(), updates.get(),
-                                        removes.get(), groupInstalls.get(), groupUpdates.get(),
-                                        groupRemoves.get()));
+        const PyRef result(method());
         changingSystem = false;
         transaction.signalRecorder.reset();
         readOutcome();

@@ -71,7 +71,7 @@ def forgetOwnPackage():
 
 with ownPackage():
     # This import must be the first, because it needs dnf's own classes. The other modules replace some of them.
-    from vyre.privatenames import requirePrivateNames
+    from vyre.privatenames import lacksReplay, requirePrivateNames
 
     from vyre import advisories, groups, signatures, versionlock
     from vyre.applying import addRemarks, confirmTransaction, download, installSet, runTransaction
@@ -89,9 +89,11 @@ with ownPackage():
     from vyre.output import Writer, setUpLogFiles, startLog
     from vyre.program import tr
     from vyre.progress import RPMTransaction
+    from vyre.replaying import resolveReplay
     from vyre.resolving import resolveMarks
     from vyre.space import spaceHint
     from vyre.stopping import endIfStopped
+    from vyre.transactions import describeTransaction, readTransactions
     from vyre.updates import biArchOf, excludedPackages, findReplacements, findUpdates
 
 
@@ -350,6 +352,35 @@ class YumIO:
         Each failure raises an exception. If the text of the exception does not name packages, nothing was changed. A
         refusal by the user is not a failure.
         """
+        def resolve():
+            marks, leftOut, reasons = resolveMarks(
+                self.base, Marks(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves))
+            self.leftOut.extend(leftOut)
+            return None if marks is None else (commandLine(
+                ('install', [package.name for package in marks.installs]),
+                ('upgrade', [new.name for new in marks.newVersions()]),
+                ('remove', [package.name for package in marks.removes]),
+                ('group install', [group.id for group in marks.groupInstalls]),
+                ('group upgrade', [group.id for group in marks.groupUpdates]),
+                ('group remove', [group.id for group in marks.groupRemoves])), reasons)
+
+        return self._carryOut(resolve)
+
+    @withReason
+    def replay(self, kind, number):
+        """Undo a transaction of the history ("undo"), undo all transactions after it ("rollback"), or carry it out
+        again ("redo"). All else is as in apply().
+        """
+        def resolve():
+            goesOn = resolveReplay(self.base, kind, number)
+            return (commandLine(('history ' + kind, [str(number)])), '') if goesOn else None
+
+        return self._carryOut(resolve)
+
+    def _carryOut(self, resolve):
+        """Carry out the transaction that resolve() finds. It returns the command line for the history and the reasons
+        for what is left out, or None if the user does not want to go on.
+        """
         base = self.base
         base.headers.clear()
         forgetInterrupt()
@@ -366,19 +397,12 @@ class YumIO:
             # The same check follows before rpm's work. This first check prevents useless listings and downloads.
             with DatabaseLock(tr('Resolve Dependencies')):
                 self._checkCurrent()
-            marks, leftOut, reasons = resolveMarks(
-                base, Marks(installs, updates, removes, groupInstalls, groupUpdates, groupRemoves))
-            self.leftOut.extend(leftOut)
+            resolved = resolve()
             endIfStopped()
-            if marks is None:
+            if resolved is None:
                 return True
-            base.args = [commandLine(
-                ('install', [package.name for package in marks.installs]),
-                ('upgrade', [new.name for new in marks.newVersions()]),
-                ('remove', [package.name for package in marks.removes]),
-                ('group install', [group.id for group in marks.groupInstalls]),
-                ('group upgrade', [group.id for group in marks.groupUpdates]),
-                ('group remove', [group.id for group in marks.groupRemoves]))]
+            line, reasons = resolved
+            base.args = [line]
             checkPersistence(base)
             if not confirmTransaction(base, otherSections(base)):
                 return True
@@ -424,6 +448,23 @@ class YumIO:
     def words(text):
         """Returns the translation of a text of dnf."""
         return dnf.i18n._(text)
+
+    # History
+
+    @withReason
+    def transactions(self):
+        """All transactions of the history; see readTransactions()."""
+        return readTransactions(self.base)
+
+    @withReason
+    def describeTransaction(self, number):
+        """All details of a transaction as a text; empty if the history does not have it."""
+        return describeTransaction(self.base, number)
+
+    @staticmethod
+    def lacksReplay():
+        """Why transactions of the history cannot be undone; empty if they can."""
+        return lacksReplay()
 
     # Cleaning
 

@@ -5,8 +5,10 @@
 
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
+#include "tests/history/ShownHistory.h"
 #include "tests/packagetable/Described.h"
 #include "tests/support/Menus.h"
+#include "tests/support/Question.h"
 
 using namespace PackageTable;
 
@@ -20,6 +22,9 @@ private:
     // Applies an update, and calls the function while the system is changed.
     void whileTheSystemIsChanged(const std::function<void()>& meanwhile);
     void compareClean(const QString& entry, const char* method);
+    // Opens the history, presses this button there, and gives the answer in the dialogs that follow. If the
+    // history opens again, it is closed. Returns the titles of all these windows.
+    QStringList replay(const QString& command, const QString& answer);
 
 private Q_SLOTS:
     void controlsAreDisabledWhileAWorkerRuns();
@@ -52,6 +57,9 @@ private Q_SLOTS:
     void failureHalfWayCollectsTheTable();
     void marksStayWhenAnotherProgramHasChangedTheSystem();
     void repositoriesOfATransactionMayNeedCredentials();
+    void anUndoneTransactionCollectsTheTableAndKeepsTheMarks();
+    void aRefusedUndoShowsTheHistoryAgain();
+    void theHistoryIsNotUndoneIfThePackagesCouldNotBeRead();
 };
 
 void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
@@ -552,6 +560,80 @@ void MainWindowOperationsTest::repositoriesOfATransactionMayNeedCredentials()
     QTRY_COMPARE(answers.titles(), (QStringList{"Apply", "VYRE Authentication"}));
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->marks(), QStringList());
+}
+
+QStringList MainWindowOperationsTest::replay(const QString& command, const QString& answer)
+{
+    QStringList seen;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [&seen, command, answer] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (dialog == nullptr || !dialog->isVisible() || !takesInput(dialog)) {
+            return;
+        }
+        auto* history = qobject_cast<HistoryDialog*>(dialog);
+        if (history == nullptr) {
+            seen << dialog->windowTitle();
+            buttonIn(dialog, answer)->click();
+        } else if (!history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
+            const bool again = seen.contains("VYRE History");
+            seen << history->windowTitle();
+            if (again) {
+                history->close();
+            } else {
+                buttonIn(history, command)->click();
+            }
+        }
+    });
+    timer.start(50);
+    shown->key(Qt::Key_H, Qt::ControlModifier);
+    return seen;
+}
+
+void MainWindowOperationsTest::anUndoneTransactionCollectsTheTableAndKeepsTheMarks()
+{
+    shown->start();
+    shown->click("tool", ActionColumn);
+    standIn->forgetCalls();
+    QCOMPARE(replay("&Undo This", "OK"), (QStringList{"VYRE History", "Apply"}));
+    QTRY_VERIFY(shown->isReady());
+    QVERIFY2(standIn->calls().contains("replay undo 3"), qPrintable(standIn->calls().join(';')));
+    QCOMPARE(standIn->calls("apply"), 0);
+    QCOMPARE(standIn->calls("setupRepos"), 1);
+    QCOMPARE(shown->marks(), QStringList{"tool update"});
+    QVERIFY(shown->button("&Apply Actions")->isEnabled());
+    QCOMPARE(usable(), usableWhenReady);
+    QCOMPARE(busyCursor(), QString("none"));
+}
+
+void MainWindowOperationsTest::aRefusedUndoShowsTheHistoryAgain()
+{
+    shown->start();
+    standIn->forgetCalls();
+    QCOMPARE(replay("&Redo", "Cancel"), (QStringList{"VYRE History", "Apply", "VYRE History"}));
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(standIn->calls("replay redo 3"), 1);
+    QCOMPARE(standIn->calls("setupRepos"), 0);
+    QCOMPARE(usable(), usableWhenReady);
+}
+
+void MainWindowOperationsTest::theHistoryIsNotUndoneIfThePackagesCouldNotBeRead()
+{
+    standIn->setUnreadable(true);
+    {
+        const Answers answers("OK");
+        shown->window->show();
+        QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    }
+    shown->window->activateWindow();
+    QTRY_VERIFY(QApplication::activeWindow() == shown->window);
+    QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
+                        [](HistoryDialog& history) {
+                            const QString reason(
+                                "No transaction can be undone, because the packages could not be read.");
+                            QCOMPARE(buttonIn(&history, "&Undo This")->toolTip(), reason);
+                            QVERIFY(!buttonIn(&history, "&Undo This")->isEnabled());
+                        }));
 }
 
 int main(int argc, char** argv)

@@ -45,10 +45,10 @@ void MainWindowWidgetsTest::menusHaveTheExpectedEntries()
         }
     }
     QCOMPARE(found,
-             (QStringList{"&Program", "  &Quit|Ctrl+Q", "&Windows", "  &Log|Ctrl+L", "  &Advisories|Ctrl+D",
-                          "&Repositories", "  &Edit Configuration|Ctrl+E", "&Cache", "  Clean dbcache|",
-                          "  Clean Packages|", "  Clean Metadata|", "--", "  Clean All|", "&Help",
-                          "  Manual (html)|", "  Manual (PDF)|", "--", "  &About|F1"}));
+             (QStringList{"&Program", "  &Quit|Ctrl+Q", "&Windows", "  &Log|Ctrl+L", "  &History|Ctrl+H",
+                          "  &Advisories|Ctrl+D", "&Repositories", "  &Edit Configuration|Ctrl+E", "&Cache",
+                          "  Clean dbcache|", "  Clean Packages|", "  Clean Metadata|", "--", "  Clean All|",
+                          "&Help", "  Manual (html)|", "  Manual (PDF)|", "--", "  &About|F1"}));
 }
 
 void MainWindowWidgetsTest::menusCanBeTornOff()

@@ -34,23 +34,11 @@ protected:
     // The usable controls: the titles of menus, the texts of entries, and "table" for the table area.
     QStringList usable() const;
     const QStringList usableWhileBusy{"&Windows", "&Log", "&Help", "Manual (html)", "Manual (PDF)", "&About"};
-    const QStringList usableWhenReady{"&Program",
-                                      "&Quit",
-                                      "&Windows",
-                                      "&Log",
-                                      "&Advisories",
-                                      "&Repositories",
-                                      "&Edit Configuration",
-                                      "&Cache",
-                                      "Clean dbcache",
-                                      "Clean Packages",
-                                      "Clean Metadata",
-                                      "Clean All",
-                                      "&Help",
-                                      "Manual (html)",
-                                      "Manual (PDF)",
-                                      "&About",
-                                      "table"};
+    const QStringList usableWhenReady{"&Program",  "&Quit",         "&Windows",       "&Log",
+                                      "&History",  "&Advisories",   "&Repositories",  "&Edit Configuration",
+                                      "&Cache",    "Clean dbcache", "Clean Packages", "Clean Metadata",
+                                      "Clean All", "&Help",         "Manual (html)",  "Manual (PDF)",
+                                      "&About",    "table"};
 
     // Calls collect(), which collects the packages, and meanwhile() in the middle of the collection. Returns
     // whether meanwhile() was called.

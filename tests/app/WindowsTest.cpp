@@ -30,6 +30,7 @@
 #include "services/ScrollableDialogs.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/ShownWindow.h"
+#include "tests/history/ShownHistory.h"
 #include "tests/packagetable/Described.h"
 #include "widgets/HMessageBox.h"
 #include "yumio/Fields.h"
@@ -83,7 +84,7 @@ class WindowsTest : public QObject
 private:
     using Check = std::function<void(const QString& name, QWidget& window)>;
 
-    static const int windowCount = 12;
+    static const int windowCount = 13;
 
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<WatchedPipe> watched;
@@ -143,6 +144,19 @@ private:
                                                    opened << (form ? "form" : "no form");
                                                }));
         QCOMPARE(opened.takeFirst(), QString("form"));
+
+        QTRY_VERIFY(shown->isReady());
+        shown->window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(shown->window));
+        QTRY_VERIFY(QApplication::activeWindow() == shown->window);
+        QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
+                            [&](HistoryDialog& history) {
+                                // Of an older transaction, every command is possible.
+                                history.findChild<QTableView*>()->selectRow(1);
+                                QTRY_VERIFY(!history.findChild<QTextEdit*>()->toPlainText().isEmpty());
+                                check("history", history);
+                            }));
+        QVERIFY(QTest::qWaitForWindowActive(shown->window));
 
         shown->click(foreign + "tool", PackageTable::NameColumn);
         QVERIFY(withDialog<PackageTable::Describe::Dialog>(

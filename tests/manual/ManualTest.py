@@ -35,7 +35,7 @@ COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('
 # Functions whose arguments are messages, entries of the log, texts of the bars, or texts in an empty table.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
-             'showBox', 'leaveAlone', 'setEmptyText', 'log', 'showNotice',
+             'showBox', 'leaveAlone', 'setEmptyText', 'setRefusal', 'log', 'showNotice',
              'warnAndNotice', 'report',
              'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
              'collectExtra'}
@@ -44,8 +44,8 @@ SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPu
          'setWindowTitle', 'PlainLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
 # Sources with headings of tables and tool tips, but without messages.
-WITHOUT_MESSAGES = ('advisories/AdvisoryModel.cpp', 'app/StopButton.cpp', 'packagetable/Columns.cpp',
-                    'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp', 'yumio/Words.cpp')
+WITHOUT_MESSAGES = ('advisories/AdvisoryModel.cpp', 'app/StopButton.cpp', 'history/HistoryModel.cpp',
+                    'packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp', 'yumio/Words.cpp')
 # Composed tool tips, the text of About, and texts without words.
 OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'
                    r'(%\d|[ /(){}:%\[\]-])*$')

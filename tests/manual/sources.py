@@ -8,7 +8,8 @@ import os
 import re
 
 TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-FOLDERS = ('advisories', 'app', 'app/base', 'packagetable', 'python', 'repo', 'services', 'widgets', 'yumio')
+FOLDERS = ('advisories', 'app', 'app/base', 'history', 'packagetable', 'python', 'repo', 'services', 'widgets',
+           'yumio')
 
 # A comment, a text or a character constant. The characters inside a token never begin another token.
 _TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])+\'', re.DOTALL)

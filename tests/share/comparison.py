@@ -12,6 +12,8 @@ expect   the required result of both; without it, two operations without any eff
 marks    install, update, remove, group_install, group_update, group_remove: the user's marks in the table, as names,
          name.arch or name-version; the update "all" means every row with an update. The result of a mark that the
          table does not permit is "refused" with "not in the table" or "not permitted"
+replay   instead of marks, what to do with a transaction of the history: undo, rollback or redo, and its place from the
+         newest one on
 dnf      the dnf command line for the same operation
 config   lines of the main configuration file; {plugins} is the directory of the plug-ins' settings
 repos    the additional repositories, as names or as pairs of a name and further lines; {root} is the root of the
@@ -68,7 +70,8 @@ PACKAGE_HEADINGS = set(INSTALLED_FOR.values()) | set(REMOVED_FOR.values()) | set
 
 class Scenario(object):
     def __init__(self, name, expect, dnf, config="", repos=(), before=(), install="", update="", remove="",
-                 group_install="", group_update="", group_remove="", differs=None, groups=False):
+                 group_install="", group_update="", group_remove="", differs=None, groups=False,
+                 replay=None):
         self.name = name
         self.expect = expect
         self.dnf = dnf
@@ -80,6 +83,7 @@ class Scenario(object):
                       "group_remove": group_remove.split()}
         self.differs = differs
         self.groups = groups or bool(group_install or group_update or group_remove)
+        self.replay = replay
 
 
 class World(object):
@@ -334,7 +338,7 @@ class _Driver(scenario.ScenarioTest):
     def runTest(self):
         pass
 
-    def run_script(self, root, marks, groups):
+    def run_script(self, root, marks, groups, replay):
         os.environ["VYREROOT"] = root
         self.added = []
         self.load(addToListing=self.added.append)
@@ -352,7 +356,10 @@ class _Driver(scenario.ScenarioTest):
             return dict(outcome, refused=str(e), items=[], added="")
         self.recording.answers = [1] * 9
         try:
-            outcome["applied"] = bool(yumio.apply(*lists))
+            if replay is not None:
+                outcome["applied"] = bool(yumio.replay(replay[0], yumio.transactions()[replay[1]][0]))
+            else:
+                outcome["applied"] = bool(yumio.apply(*lists))
         except self.dnf.exceptions.Error as e:
             outcome["refused"] = str(e)
         if self.recording.faults:
@@ -490,7 +497,7 @@ class ComparisonTest(unittest.TestCase):
             copy(own, other)
             # The script uses the same macros of rpm as dnf.
             os.environ["HOME"] = world().home
-            wait = _in_child(_Driver().run_script, own, row.marks, row.groups)
+            wait = _in_child(_Driver().run_script, own, row.marks, row.groups, row.replay)
             done = world().dnf(other, self.command(row.dnf, directory))
             outcome = wait()
             mine, theirs = state(own), state(other)

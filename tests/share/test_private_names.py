@@ -11,7 +11,7 @@ from scenario import SCRIPT, ScenarioTest, in_own_process
 
 
 # The lists in privatenames.py.
-LISTS = ("NEW_NAMES", "PRIVATE_NAMES", "RPMKEYS_NAMES", "VERSIONLOCK_NAMES")
+LISTS = ("NEW_NAMES", "PRIVATE_NAMES", "REPLAY_NAMES", "RPMKEYS_NAMES", "VERSIONLOCK_NAMES")
 
 
 def trees():

@@ -101,6 +101,21 @@ void StandIn::setComplaining(bool complaining)
     setFlag("complaining", complaining);
 }
 
+void StandIn::setHistoryBroken(bool broken)
+{
+    setFlag("nohistory", broken);
+}
+
+void StandIn::setHistoryLong(bool many)
+{
+    setFlag("long", many);
+}
+
+void StandIn::setReplayRefused(bool refused)
+{
+    setFlag("noreplay", refused);
+}
+
 void StandIn::letChangeLogsBeRead()
 {
     setFlag("readable", true);

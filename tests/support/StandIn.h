@@ -46,6 +46,10 @@ public:
     void setLacking(bool lacking);
     // Whether the next collections log an error and continue.
     void setComplaining(bool complaining);
+    // The history: whether it can be read, has 5,000 transactions, and can be undone.
+    void setHistoryBroken(bool broken);
+    void setHistoryLong(bool many);
+    void setReplayRefused(bool refused);
     // Before this call, the change log of a package with the attribute "waiting" is not available.
     void letChangeLogsBeRead();
     // Sets the text of the repository file. The script knows two repositories: "base" and "extras".

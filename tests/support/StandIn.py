@@ -220,6 +220,33 @@ class YumIO:
     def unlockVersions(self, packages):
         note('unlockVersions ' + ','.join(sorted(package.name for package in packages)))
 
+    def transactions(self):
+        """Three transactions, or many of them; while held, this waits."""
+        self.wait()
+        if os.path.exists(os.path.join(SHARE, 'nohistory')):
+            raise Failure('the history is broken')
+        if os.path.exists(os.path.join(SHARE, 'long')):
+            return [(number, 1400000000 + number, 'root', 'dnf install p{}'.format(number), 'Install: 3',
+                     'p{}'.format(number), 0, 0) for number in range(5000, 0, -1)]
+        return [(3, 1700000000, 'root', 'vyre: install editor', 'Install: editor', 'editor', 2, 0),
+                (2, 1600000000, 'me', 'dnf upgrade', 'Upgrade: 12', 'tool many', 1, 3),
+                (1, 1500000000, 'System <unset>', '', 'Install: 100', 'shell', 0, 0)]
+
+    def describeTransaction(self, number):
+        self.wait()
+        note('describeTransaction {}'.format(number))
+        return 'Details of {}\n<b>not bold</b>'.format(number)
+
+    def lacksReplay(self):
+        return 'Not with this version.' if os.path.exists(os.path.join(SHARE, 'noreplay')) else ''
+
+    def replay(self, kind, number):
+        """Record the transaction, ask for confirmation, and begin the change."""
+        note('replay {} {}'.format(kind, number))
+        yumIOC.listTransaction(None, [])
+        if yumIOC.userconfirm():
+            yumIOC.rpmtransInit(False)
+
     def wait(self):
         while os.path.exists(os.path.join(SHARE, 'held')):
             if stopWanted(False):  # noqa: F821  (the program offers it)

@@ -30,7 +30,8 @@ LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.whic
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
-    ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log', '&Advisories')), ('MainWindow', ('&Edit Configuration',)),
+    ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log', '&History', '&Advisories')),
+    ('MainWindow', ('&Edit Configuration',)),
     ('MainWindow', ('&About',)),
     # While this button is enabled, the buttons of the main window are not.
     ('StopButton', ('&Stop',)),
@@ -45,6 +46,7 @@ TOGETHER = (
     ('TextDialog', ('&Find...',)), ('FindBar', ('&Next', '&Previous')),
     ('AdvisoryDialog', ('&Mark Updates', 'Mark All &Security Updates', '&Close')),
     ('FilteredList', ('&Filter',)),
+    ('HistoryDialog', ('&Undo This', 'Undo All &Since', '&Redo', '&Close')),
 )
 # HTML around entries of the log has no words to translate.
 NO_WORDS = re.compile(r'</?(font|h2)')

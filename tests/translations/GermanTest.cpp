@@ -270,7 +270,7 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(menus, (QStringList{"&Programm", "&Fenster", "Paket&quellen", "&Cache", "&Hilfe"}));
-        QCOMPARE(entries, (QStringList{"&Beenden", "&Protokoll", "&Aktualisierungshinweise",
+        QCOMPARE(entries, (QStringList{"&Beenden", "&Protokoll", "&Verlauf", "&Aktualisierungshinweise",
                                        "&Konfiguration bearbeiten", "dbcache leeren", "Pakete löschen",
                                        "Metadaten löschen", "Alles löschen", "Handbuch (HTML)",
                                        "Handbuch (PDF)", "&Über VYRE"}));

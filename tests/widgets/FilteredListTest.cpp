@@ -89,7 +89,7 @@ QString FilteredListTest::count() const
 void FilteredListTest::show()
 {
     list->show();
-    list->setFocus();
+    list->tableView()->setFocus();
     QVERIFY(QTest::qWaitForWindowActive(list.get(), 30000));
 }
 

@@ -4,6 +4,7 @@
 The check runs once, at the start, on the graphical thread.
 """
 
+import importlib
 import logging
 
 import dnf
@@ -69,6 +70,24 @@ RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageU
 
 # The names of the plug-in versionlock that the script uses. If one is missing, the program offers no version locks.
 VERSIONLOCK_NAMES = ('VersionLockCommand', '_read_locklist', 'locklist_fn')
+
+# Private names without which no transaction of the history can be undone or carried out again. Versions before 4.4 lack
+# them.
+REPLAY_NAMES = ('_hcmd_redo', '_hcmd_rollback', '_hcmd_undo')
+
+
+def lacksReplay():
+    """Why transactions of the history cannot be undone; empty if they can."""
+    try:
+        importlib.import_module('dnf.transaction_sr')
+        command = importlib.import_module('dnf.cli.commands.history').HistoryCommand
+        missing = [name for name in REPLAY_NAMES if not hasattr(command, name)]
+    except ImportError as e:
+        missing = [str(e)]
+    if not missing:
+        return ''
+    return tr('Version {} of dnf is not supported. VYRE cannot undo transactions with it, because it lacks {}.').format(
+        dnf.const.VERSION, missing[0])
 
 
 def requirePrivateNames(*objects):

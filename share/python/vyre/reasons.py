@@ -40,6 +40,11 @@ def refusal(failure, marks, objects, problems):
         reasonsOf(objects, problems)))
 
 
+def nothingToDo():
+    """The exception if a transaction would change nothing."""
+    return dnf.exceptions.Error(tr('There is nothing to do.'))
+
+
 def reasonsOf(objects, problems):
     """A text that lists the packages and groups. Below each name are the lines of the problems that contain this name.
     The other problems are at the end of the text.

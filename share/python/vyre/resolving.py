@@ -17,7 +17,7 @@ from .listing import otherSections, refuseModuleSwitch
 from .marks import Judged, Marks, installedVersions, markAll, markInstallation, markUpdate
 from .output import showActivity
 from .program import tr, yumIOC
-from .reasons import clearest, reasonsOf, refusal
+from .reasons import clearest, nothingToDo, reasonsOf, refusal
 from .updates import findUpdates
 
 
@@ -66,7 +66,7 @@ def resolveMarks(base, marks):
     if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
         if left or failure is not None:
             raise refusal(failure, marks, left, problems)
-        raise dnf.exceptions.Error(tr('There is nothing to do.'))
+        raise nothingToDo()
     if not left:
         return rest, [], ''
     text = reasonsOf(left, problems)

@@ -195,6 +195,18 @@ class YumIO:
     def apply(self, *lists):
         return self._called('apply', *lists, answer=True)
 
+    def transactions(self):
+        return self._called('transactions', answer=[])
+
+    def describeTransaction(self, number):
+        return self._called('describeTransaction', number, answer='')
+
+    def lacksReplay(self):
+        return self._called('lacksReplay', answer='')
+
+    def replay(self, kind, number):
+        return self._called('replay', kind, number, answer=True)
+
     def cleanDbcache(self):
         return self._called('cleanDbcache', answer=True)
 

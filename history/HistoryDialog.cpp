@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "history/HistoryDialog.h"
+
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QVBoxLayout>
+
+#include "history/HistoryModel.h"
+#include "widgets/FilteredList.h"
+#include "widgets/HTableView.h"
+#include "widgets/HTextEdit.h"
+#include "widgets/Literal.h"
+#include "widgets/Metrics.h"
+#include "widgets/PlainLabel.h"
+#include "yumio/YumIO.h"
+
+namespace {
+
+// A user who holds an arrow key down does not wait for the details of each row.
+constexpr int describeDelay = 120; // in milliseconds
+
+} // namespace
+
+HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
+    : QDialog(parent), yumIO(backEnd), model(new HistoryModel(this)),
+      list(new FilteredList(model, tr("Transactions"), this)), details(new HTextEdit(90, 14, this)),
+      faultLabel(new PlainLabel(this)), wanted(Replay::UndoThis), number(0), working(false), closeResult(-1),
+      newestBefore(0)
+{
+    setWindowTitle(tr("VYRE History"));
+    details->setReadOnly(true);
+    details->setAcceptRichText(false);
+    details->setTabChangesFocus(true);
+    const int tabStop =
+        18 * Metrics::columnWidth(details->fontMetrics()); // behind the longest word for an action
+#if QT_VERSION >= QT_VERSION_CHECK(5, 10, 0)
+    details->setTabStopDistance(tabStop);
+#else
+    details->setTabStopWidth(tabStop);
+#endif
+    details->setAccessibleName(tr("Details of the transaction"));
+    list->setDetails(details);
+    model->setBackground(list->tableView()->palette().color(QPalette::Base));
+    connect(list, SIGNAL(currentChanged(int)), this, SLOT(currentChanged()));
+    describeTimer.setSingleShot(true);
+    describeTimer.setInterval(describeDelay);
+    connect(&describeTimer, SIGNAL(timeout()), this, SLOT(describe()));
+
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(list, 1);
+    faultLabel->setWordWrap(true);
+    layout->addWidget(faultLabel);
+    auto* row = new QHBoxLayout;
+    layout->addLayout(row);
+    const auto addButton = [this, row](const QString& text, const char* slot) {
+        auto* button = new QPushButton(text, this);
+        button->setAutoDefault(false); // Enter belongs to the list and the expression
+        connect(button, SIGNAL(clicked()), this, slot);
+        row->addWidget(button);
+        return button;
+    };
+    undoButton = addButton(tr("&Undo This"), SLOT(undoThis()));
+    sinceButton = addButton(tr("Undo All &Since"), SLOT(undoAllSince()));
+    redoButton = addButton(tr("&Redo"), SLOT(redo()));
+    row->addStretch(1);
+    addButton(tr("&Close"), SLOT(reject()))->setToolTip(tr("Close the window; nothing is changed"));
+    list->tableView()->setFocus();
+    updateButtons();
+    // Qt limits the first size of a dialog to two thirds of the screen.
+    resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
+}
+
+void HistoryDialog::showEvent(QShowEvent* event)
+{
+    QDialog::showEvent(event);
+    if (!event->spontaneous()) {
+        // The window is painted first.
+        QTimer::singleShot(0, this, SLOT(load()));
+    }
+}
+
+void HistoryDialog::load()
+{
+    if (working || !isVisible()) {
+        return;
+    }
+    fault = yumIO->replayFault();
+    if (fault.isEmpty()) {
+        fault = refusal;
+    }
+    faultLabel->setText(fault);
+    faultLabel->setVisible(!fault.isEmpty());
+    known.clear();
+    const int row = list->currentRow();
+    const qint64 before = row >= 0 ? model->record(row).number : 0;
+    if (model->rowCount() == 0) {
+        list->setEmptyText(tr("Reading the history..."));
+    }
+    HistoryRecords records;
+    bool read = false;
+    {
+        const QScopedValueRollback<bool> guard(working, true);
+        read = yumIO->readHistory(records);
+    }
+    list->setEmptyText(read
+                           ? tr("The history has no transactions.")
+                           : tr("The history could not be read.\nThe Log window (Ctrl+L) shows the reason."));
+    const bool first = model->rowCount() == 0;
+    model->setRecords(records);
+    if (first) {
+        list->fitColumns();
+    }
+    // The newest transaction is the first row. It is current if it is a new one.
+    const qint64 newest = records.isEmpty() ? 0 : records.first().number;
+    const int again = newest == newestBefore ? model->rowOf(before) : -1;
+    newestBefore = newest;
+    list->setCurrentRow(again >= 0 ? again : 0);
+    currentChanged();
+    if (closeResult >= 0) {
+        done(closeResult);
+    }
+}
+
+void HistoryDialog::currentChanged()
+{
+    const int row = list->currentRow();
+    const auto found = row >= 0 ? known.constFind(model->record(row).number) : known.constEnd();
+    if (found != known.constEnd()) {
+        describeTimer.stop();
+        showDetails(*found);
+    } else {
+        showDetails(QString());
+        describeTimer.start();
+    }
+    updateButtons();
+}
+
+void HistoryDialog::describe()
+{
+    const int row = list->currentRow();
+    if (row < 0 || !isVisible()) {
+        return;
+    }
+    if (working) {
+        describeTimer.start();
+        return;
+    }
+    const qint64 described = model->record(row).number;
+    QString text;
+    {
+        const QScopedValueRollback<bool> guard(working, true);
+        text = yumIO->describeTransaction(described);
+    }
+    known.insert(described, text);
+    const int now = list->currentRow();
+    if (now >= 0 && model->record(now).number == described) {
+        showDetails(text);
+    }
+    if (closeResult >= 0) {
+        done(closeResult);
+    }
+}
+
+void HistoryDialog::showDetails(const QString& text)
+{
+    if (details->toPlainText() != text) {
+        details->setPlainText(text);
+    }
+}
+
+void HistoryDialog::updateButtons()
+{
+    const int row = list->currentRow();
+    const bool any = row >= 0 && fault.isEmpty();
+    // The first record is the newest one, whatever the order of the list.
+    const bool newest = row == 0;
+    const QString tip = fault.isEmpty() ? QString() : fault;
+    undoButton->setEnabled(any);
+    sinceButton->setEnabled(any && !newest);
+    redoButton->setEnabled(any);
+    undoButton->setToolTip(Literal::toolTip(
+        tip.isEmpty() ? tr("Reverses this transaction. The changes are shown first.") : tip));
+    sinceButton->setToolTip(
+        Literal::toolTip(!tip.isEmpty() ? tip
+                         : newest       ? tr("No transaction is newer than this one.")
+                                  : tr("Reverses all newer transactions. The changes are shown first.")));
+    redoButton->setToolTip(Literal::toolTip(
+        tip.isEmpty() ? tr("Repeats this transaction, or completes it. The changes are shown first.") : tip));
+}
+
+void HistoryDialog::undoThis()
+{
+    choose(Replay::UndoThis);
+}
+
+void HistoryDialog::undoAllSince()
+{
+    choose(Replay::UndoAllSince);
+}
+
+void HistoryDialog::redo()
+{
+    choose(Replay::Redo);
+}
+
+void HistoryDialog::choose(Replay kind)
+{
+    const int row = list->currentRow();
+    if (row >= 0) {
+        wanted = kind;
+        number = model->record(row).number;
+        accept();
+    }
+}
+
+void HistoryDialog::done(int result)
+{
+    if (working) {
+        // The worker must return to this window.
+        closeResult = result;
+        return;
+    }
+    closeResult = -1;
+    describeTimer.stop();
+    QDialog::done(result);
+}
+
+void HistoryDialog::keyPressEvent(QKeyEvent* event)
+{
+    // No button is the default: a dialog would otherwise press one for Enter in the expression.
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        event->accept();
+        return;
+    }
+    QDialog::keyPressEvent(event);
+}

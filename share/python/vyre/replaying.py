@@ -1,0 +1,101 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""Transactions of the history again, backwards or forwards, as by "dnf history". On the worker that applies them."""
+
+import logging
+import sys
+import types
+
+import dnf.exceptions
+import dnf.i18n
+
+from .listing import otherSections
+from .output import introduceListing
+from .privatenames import lacksReplay
+from .program import tr, yumIOC
+from .reasons import nothingToDo
+
+# What the user can ask for, by the name of dnf's command.
+UNDO, ROLLBACK, REDO = 'undo', 'rollback', 'redo'
+
+
+class Notes(logging.Handler):
+    """Collects dnf's warnings within a scope."""
+
+    def __init__(self):
+        super(Notes, self).__init__(logging.WARNING)
+        self.lines = []
+
+    def emit(self, record):
+        self.lines.append(record.getMessage())
+
+    def __enter__(self):
+        logging.getLogger('dnf').addHandler(self)
+        return self
+
+    def __exit__(self, *_):
+        logging.getLogger('dnf').removeHandler(self)
+
+
+def replayed(base, kind, number, skip):
+    """Put a transaction into the goal, as dnf's own command does; return dnf's object for it. If skip, impossible parts
+    are left out.
+    """
+    from dnf.cli.commands.history import HistoryCommand  # it imports the whole command dnf
+    # The parts of the command dnf that its history uses.
+    line = types.SimpleNamespace(base=base)
+    base.output = types.SimpleNamespace(history=base.history)
+    try:
+        command = HistoryCommand(line)
+        command.opts = types.SimpleNamespace(skip_unavailable=skip)
+        prepare = {UNDO: command._hcmd_undo, ROLLBACK: command._hcmd_rollback, REDO: command._hcmd_redo}[kind]
+        prepare([number])
+    finally:
+        del base.output
+    return command.replay
+
+
+def impossibility(lines):
+    """The exception with the reasons why a transaction cannot be undone or repeated."""
+    return dnf.exceptions.Error(tr('The transaction is impossible:\n{}\nNothing was changed. All marks stay.').format(
+        '\n'.join('  ' + line for line in lines)))
+
+
+def resolveReplay(base, kind, number):
+    """Find the transaction that undoes one transaction, or all since it, or carries it out again. What is impossible is
+    named before anything happens: the user decides whether to go on without it. Returns whether to go on.
+    """
+    missing = lacksReplay()
+    if missing:
+        raise dnf.exceptions.Error(missing)
+    from dnf.transaction_sr import TransactionReplayError
+    impossible = []
+    with Notes() as notes:
+        try:
+            replay = replayed(base, kind, number, False)
+        except TransactionReplayError as e:
+            impossible = [str(each) for each in e.errors]
+            del notes.lines[:]
+            base.reset(goal=True)
+            try:
+                replay = replayed(base, kind, number, True)
+            except TransactionReplayError as again:
+                raise impossibility([str(each) for each in again.errors])
+    try:
+        base.resolve()
+    except dnf.exceptions.DepsolveError as e:
+        problems = [line for lines in base.problems() for line in lines]
+        raise impossibility(impossible + (problems or [str(e)]))
+    replay.post_transaction()
+    if not base.transaction and not (otherSections(base) or base.history.group or base.history.env):
+        raise impossibility(impossible) if impossible else nothingToDo()
+    if impossible:
+        yumIOC.gpgsigcheck()
+        sys.stdout.write(tr('These changes are impossible:\n{}\n\nGo on without them?\n'
+                            '"Yes" shows the other changes. "No" changes nothing.\n').format(
+                                '\n'.join('  ' + line for line in impossible)))
+        if yumIOC.userconfirm() != 1:
+            return False
+    lines = notes.lines + [line for line in replay.get_warnings() if line not in impossible]
+    if lines:
+        introduceListing('\n'.join(lines) + '\n\n')
+    return True

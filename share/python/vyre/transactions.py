@@ -1,0 +1,276 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The transactions of the history, for the window that lists them. On a worker.
+
+They are read with a few queries from dnf's file: dnf's own objects ask it several times for each transaction.
+"""
+
+import collections
+import os
+import pwd
+import sqlite3
+import time
+import urllib.request
+
+import dnf.i18n
+import dnf.transaction
+import libdnf.transaction
+
+from .history import refuseHistory, unrecorded
+from .program import tr
+
+# How a transaction has ended.
+SUCCEEDED, FAILED, INTERRUPTED = range(3)
+
+# The actions of packages and groups, in the order of a summary. They are dnf's words.
+ACTIONS = collections.OrderedDict((
+    (libdnf.transaction.TransactionItemAction_INSTALL, 'Install'),
+    (libdnf.transaction.TransactionItemAction_UPGRADE, 'Upgrade'),
+    (libdnf.transaction.TransactionItemAction_DOWNGRADE, 'Downgrade'),
+    (libdnf.transaction.TransactionItemAction_REINSTALL, 'Reinstall'),
+    (libdnf.transaction.TransactionItemAction_REMOVE, 'Removed'),
+    (libdnf.transaction.TransactionItemAction_OBSOLETED, 'Obsoleted'),
+    (libdnf.transaction.TransactionItemAction_REASON_CHANGE, 'Reason Change'),
+    (libdnf.transaction.TransactionItemAction_UPGRADED, 'Upgraded'),
+    (libdnf.transaction.TransactionItemAction_DOWNGRADED, 'Downgraded'),
+    (libdnf.transaction.TransactionItemAction_REINSTALLED, 'Reinstalled'),
+    (libdnf.transaction.TransactionItemAction_OBSOLETE, 'Obsoleting'),
+))
+
+# The other halves of actions, which a summary leaves out.
+HALVES = (libdnf.transaction.TransactionItemAction_UPGRADED, libdnf.transaction.TransactionItemAction_DOWNGRADED,
+          libdnf.transaction.TransactionItemAction_REINSTALLED, libdnf.transaction.TransactionItemAction_OBSOLETE)
+
+# A summary names up to this many packages of an action; of more, it has only the number.
+NAMED = 3
+
+# A name for each item of a transaction; "@" is before the names of groups.
+ITEMS = ('trans_item ti left join rpm r on r.item_id = ti.item_id '
+         'left join comps_group g on g.item_id = ti.item_id left join comps_environment e on e.item_id = ti.item_id')
+NAME = "coalesce(r.name, '@' || g.groupid, '@' || e.environmentid, '?')"
+
+# One package or group of a transaction.
+Item = collections.namedtuple('Item', 'name epoch version release arch action state repository isPackage')
+
+
+class History:
+    """A connection to the file of the history, which is only read; a context manager. Its failures are dnf's errors."""
+
+    def __init__(self, base):
+        self._base = base
+        self._connection = None
+
+    def __enter__(self):
+        path = self._base.history.dbpath
+        if os.path.exists(path):
+            try:
+                self._connection = self._connect(path)
+            except sqlite3.Error as e:
+                refuseHistory(self._base, '{}: {}'.format(path, e))
+        return self
+
+    def __exit__(self, kind, fault, traceback):
+        if self._connection is not None:
+            self._connection.close()
+            self._connection = None
+        if isinstance(fault, sqlite3.Error):
+            refuseHistory(self._base, '{}: {}'.format(self._base.history.dbpath, fault))
+        return False
+
+    @staticmethod
+    def _connect(path):
+        address = 'file:{}?mode=ro'.format(urllib.request.pathname2url(path))
+        for options in ('', '&immutable=1'):
+            connection = sqlite3.connect(address + options, uri=True, timeout=20)
+            connection.text_factory = lambda content: content.decode('utf-8', 'replace')
+            connection.row_factory = sqlite3.Row
+            try:
+                connection.execute('select id from trans limit 1').fetchall()
+                return connection
+            except sqlite3.OperationalError:
+                connection.close()
+                # A user who cannot write beside the file cannot make the files that its writers and readers share.
+                # Without another writer they are not necessary.
+                log = path + '-wal'
+                if options or \
+                        os.access(os.path.dirname(path), os.W_OK, effective_ids=True) or \
+                        os.path.exists(log) and os.path.getsize(log):
+                    raise
+
+    def rows(self, query, *arguments):
+        """The result of a query; empty without a history."""
+        return self._connection.execute(query, arguments).fetchall() if self._connection is not None else []
+
+
+def readTransactions(base):
+    """All transactions, the newest first. Each is a tuple of its number, its begin in seconds since 1970, the user, the
+    command line, a summary of the changes, the names of all changed packages, how it has ended, and the number of
+    lines of kept output.
+    """
+    with History(base) as history:
+        summaries, names = {}, {}
+        for row in history.rows('select ti.trans_id as id, ti.action as action, count(*) as number, '
+                                "group_concat({}, ' ') as names from {} group by ti.trans_id, ti.action"
+                                .format(NAME, ITEMS)):
+            summaries.setdefault(row['id'], {})[row['action']] = (row['number'], row['names'])
+            names.setdefault(row['id'], []).append(row['names'])
+        lines = {row['id']: row['number'] for row in history.rows(
+            'select trans_id as id, count(*) as number from console_output group by trans_id')}
+        users = {}
+        return [(row['id'], row['dt_begin'], userName(row['user_id'], users), printable(row['cmdline']),
+                 summary(summaries.get(row['id'], {})),
+                 printable(' '.join(sorted(set(' '.join(names.get(row['id'], [])).split())))),
+                 outcome(row), lines.get(row['id'], 0))
+                for row in history.rows('select * from trans order by id desc')]
+
+
+def outcome(row):
+    if not row['dt_end']:
+        return INTERRUPTED
+    return SUCCEEDED if row['state'] == libdnf.transaction.TransactionState_DONE else FAILED
+
+
+def userName(number, known):
+    """The name of a user, as dnf shows it, but without the full name. Names are kept in a dictionary."""
+    if number not in known:
+        # The kernel reports these numbers if nobody has logged in.
+        if number in (-1, 0xFFFFFFFF, 0x7FFFFFFF):
+            known[number] = '{} {}'.format(dnf.i18n._('System'), dnf.i18n._('<unset>'))
+        else:
+            try:
+                known[number] = pwd.getpwuid(number).pw_name
+            except (KeyError, OverflowError):
+                known[number] = str(number)
+    return known[number]
+
+
+def printable(text):
+    """The text in one line, with replacements for the characters that a cell cannot show."""
+    text = text or ''
+    if not text.isprintable():
+        text = ''.join(letter if letter.isprintable() else ' ' for letter in text)
+    return ' '.join(text.split())
+
+
+def word(action):
+    name = ACTIONS.get(action)
+    return dnf.i18n._(name) if name is not None else str(action)
+
+
+def summary(changes):
+    """The changes of a transaction in short, from a dictionary of actions, numbers and names."""
+    parts = []
+    for action in [action for action in ACTIONS if action in changes and action not in HALVES]:
+        number, names = changes[action]
+        parts.append('{}: {}'.format(word(action), ', '.join(sorted(names.split())) if number <= NAMED else number))
+    return printable('; '.join(parts))
+
+
+# Details ----------------------------------------------------------------------------------------------------
+
+def describeTransaction(base, number):
+    """All details of a transaction as a text; empty if the history does not have it."""
+    with History(base) as history:
+        found = history.rows('select * from trans where id = ?', number)
+        if not found:
+            return ''
+        row = found[0]
+        items = itemsOf(history, number)
+        parts = [headOf(row)]
+        if not row['dt_end']:
+            left = remaining(base, history, number, items)
+            if left:
+                parts.append(tr('This transaction was interrupted. "Redo" completes it with these changes:\n{}').format(
+                    '\n'.join(linesOf(left))))
+            else:
+                parts.append(tr('This transaction was interrupted. All its packages are in the intended state.'))
+        parts += outsideChanges(history, row)
+        if items:
+            parts.append(label('Packages Altered:') + ':\n' + '\n'.join(linesOf(items)))
+        output = history.rows('select line from console_output where trans_id = ? order by id', number)
+        if output:
+            parts.append(label('Scriptlet output:') + ':\n' + '\n'.join('    ' + line['line'] for line in output))
+        return '\n\n'.join(parts)
+
+
+def label(text):
+    """One of dnf's labels in the user's language, without the blanks and the colon at its end."""
+    return dnf.i18n._(text).rstrip(' :')
+
+
+def headOf(row):
+    values = [('Transaction ID :', row['id']), ('Begin time     :', moment(row['dt_begin']))]
+    if row['dt_end']:
+        values.append(('End time       :', moment(row['dt_end'])))
+    values.append(('User           :', userName(row['user_id'], {})))
+    if row['dt_end']:
+        done = row['state'] == libdnf.transaction.TransactionState_DONE
+        values.append(('Return-Code    :', dnf.i18n._('Success') if done else label('Failure:')))
+    values += [('Releasever     :', row['releasever']), ('Command Line   :', printable(row['cmdline'])),
+               ('Comment        :', row['comment'] if 'comment' in row.keys() else '')]
+    return '\n'.join('{}: {}'.format(label(text), value) for text, value in values if value not in ('', None))
+
+
+def moment(seconds):
+    return time.strftime('%Y-%m-%d %H:%M:%S', time.localtime(seconds))
+
+
+def itemsOf(history, number):
+    return [Item(row['name'], row['epoch'], row['version'], row['release'], row['arch'], row['action'], row['state'],
+                 row['repoid'], row['package'] is not None) for row in history.rows(
+                     'select {} as name, r.epoch as epoch, r.version as version, r.release as release, r.arch as arch, '
+                     'ti.action as action, ti.state as state, repo.repoid as repoid, r.name as package from {} '
+                     'left join repo on repo.id = ti.repo_id where ti.trans_id = ? order by ti.id'
+                     .format(NAME, ITEMS), number)]
+
+
+def fullName(item):
+    """Name, version and architecture of a package, as dnf writes them; the name of a group."""
+    if not item.isPackage:
+        return item.name
+    epoch = '{}:'.format(item.epoch) if item.epoch else ''
+    return '{}-{}{}-{}.{}'.format(item.name, epoch, item.version, item.release, item.arch)
+
+
+def linesOf(items):
+    order = list(ACTIONS)
+    places = {action: place for place, action in enumerate(order)}
+    ordered = sorted(items, key=lambda item: (item.name.lstrip('@'), item.arch or '',
+                                              places.get(item.action, len(order))))
+    lines = []
+    for item in ordered:
+        parts = ['    {}\t{}'.format(word(item.action), printable(fullName(item)))]
+        if item.repository:
+            parts.append('@' + printable(item.repository.lstrip('@')))
+        if item.state == libdnf.transaction.TransactionItemState_ERROR:
+            parts.append(tr('(failed)'))
+        lines.append(' '.join(parts))
+    return lines
+
+
+def outsideChanges(history, row):
+    """What is known about changes by other programs than dnf, before and after a transaction."""
+    parts = []
+    before = history.rows('select rpmdb_version_end as version from trans where id < ? order by id desc limit 1',
+                          row['id'])
+    if before and before[0]['version'] and row['rpmdb_version_begin'] not in ('', None, before[0]['version']):
+        parts.append(tr('Between the previous transaction and this one, packages were changed without dnf.'))
+    after = history.rows('select rpmdb_version_begin as version from trans where id > ? order by id limit 1', row['id'])
+    if after and row['rpmdb_version_end'] and after[0]['version'] not in ('', None, row['rpmdb_version_end']):
+        parts.append(tr('Between this transaction and the next one, packages were changed without dnf.'))
+    return parts
+
+
+def remaining(base, history, number, items):
+    """The changes that an interrupted transaction has not made. Packages that a later transaction has changed do not
+    count.
+    """
+    later = set((row['name'], row['arch']) for row in history.rows(
+        'select distinct r.name as name, r.arch as arch from trans_item ti join rpm r on r.item_id = ti.item_id '
+        'where ti.trans_id > ?', number))
+    packages = [item for item in items if item.isPackage and
+                item.action in dnf.transaction.FORWARD_ACTIONS + dnf.transaction.BACKWARD_ACTIONS and
+                (item.name, item.arch) not in later]
+    try:
+        return unrecorded(base, packages)
+    finally:
+        del base._ts  # other programs may need the database

@@ -1,0 +1,370 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "history/HistoryDialog.h"
+
+#include <functional>
+#include <memory>
+
+#include <unistd.h>
+
+#include <QtTest>
+#include <QtWidgets>
+
+#include "services/HProgressBar.h"
+#include "tests/support/StandIn.h"
+#include "yumio/YumIO.h"
+
+// The window of the history on a script that answers without a package manager.
+class HistoryDialogTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void cleanupTestCase();
+    void init();
+    void cleanup();
+
+    void allTransactionsAreListedTheNewestFirst();
+    void theDetailsOfTheCurrentTransactionAreShownAsPlainText();
+    void theUserCanMoveOnWhileDetailsAreRead();
+    void theExpressionFindsPackages();
+    void buttonsReturnWhatTheUserWants_data();
+    void buttonsReturnWhatTheUserWants();
+    void nothingIsNewerThanTheNewest();
+    void aRefusalDisablesTheCommandsAndIsShown();
+    void anUnreadableHistorySaysSo();
+    void closingWaitsForTheWorker();
+    void keysReachEverything();
+    void theCurrentTransactionIsKeptWhenItOpensAgain();
+    void fiveThousandTransactionsAreListed();
+
+private:
+    QTableView* table() const { return dialog->findChild<QTableView*>(); }
+    QLineEdit* edit() const { return dialog->findChild<QLineEdit*>(); }
+    QPushButton* button(const QString& text) const;
+    QString details() const { return dialog->findChild<QTextEdit*>()->toPlainText(); }
+    static QString detailsOf(int number) { return QString("Details of %1\n<b>not bold</b>").arg(number); }
+    QStringList numbers() const;
+    void show();
+    // Does something while the worker that reads details is held.
+    void whileWorking(const std::function<void()>& act);
+    void compareRefusal(const QString& reason);
+    void go(int row) const { table()->setCurrentIndex(table()->model()->index(row, 0)); }
+
+    std::unique_ptr<StandIn> standIn;
+    std::unique_ptr<QWidget> window;
+    std::unique_ptr<YumIO> yumIO;
+    std::unique_ptr<HistoryDialog> dialog;
+};
+
+void HistoryDialogTest::initTestCase()
+{
+    QCOMPARE(int(geteuid()), 0);
+    standIn = std::make_unique<StandIn>();
+    standIn->setPackages({}, {}, {});
+    window = std::make_unique<QWidget>();
+    auto* total = new HProgressBar(window.get());
+    auto* item = new HProgressBar(window.get());
+    yumIO = std::make_unique<YumIO>();
+    yumIO->setup(window.get(), total, item);
+    QVERIFY(yumIO->initialize());
+}
+
+void HistoryDialogTest::cleanupTestCase()
+{
+    yumIO.reset();
+    window.reset();
+}
+
+void HistoryDialogTest::init()
+{
+    standIn->forgetCalls();
+    dialog = std::make_unique<HistoryDialog>(yumIO.get(), nullptr);
+}
+
+void HistoryDialogTest::cleanup()
+{
+    standIn->setHeld(false);
+    standIn->setHistoryBroken(false);
+    standIn->setHistoryLong(false);
+    standIn->setReplayRefused(false);
+    QTRY_VERIFY(!yumIO->isWorking());
+    dialog.reset();
+}
+
+QPushButton* HistoryDialogTest::button(const QString& text) const
+{
+    for (QPushButton* each : dialog->findChildren<QPushButton*>()) {
+        if (each->text() == text) {
+            return each;
+        }
+    }
+    return nullptr;
+}
+
+QStringList HistoryDialogTest::numbers() const
+{
+    QStringList found;
+    for (int row = 0; row < table()->model()->rowCount(); ++row) {
+        found << table()->model()->index(row, 0).data().toString();
+    }
+    return found;
+}
+
+void HistoryDialogTest::show()
+{
+    const int before = standIn->calls("transactions");
+    dialog->show();
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get(), 30000));
+    QTRY_COMPARE(standIn->calls("transactions"), before + 1);
+    QTRY_VERIFY(!yumIO->isWorking());
+    QTRY_VERIFY(!numbers().isEmpty());
+    QTRY_VERIFY(!details().isEmpty());
+    QTRY_VERIFY(!yumIO->isWorking());
+}
+
+void HistoryDialogTest::allTransactionsAreListedTheNewestFirst()
+{
+    show();
+    QCOMPARE(dialog->windowTitle(), QString("VYRE History"));
+    QCOMPARE(numbers(), (QStringList{"3", "2", "1"}));
+    QCOMPARE(standIn->calls("transactions"), 1);
+    QCOMPARE(table()->accessibleName(), QString("Transactions"));
+}
+
+void HistoryDialogTest::theDetailsOfTheCurrentTransactionAreShownAsPlainText()
+{
+    show();
+    QCOMPARE(details(), detailsOf(3));
+    go(2);
+    QTRY_COMPARE(details(), detailsOf(1));
+    // They are read only once.
+    go(0);
+    QCOMPARE(details(), detailsOf(3));
+    QCOMPARE(standIn->calls("describeTransaction 3"), 1);
+}
+
+void HistoryDialogTest::whileWorking(const std::function<void()>& act)
+{
+    // The worker's event loop is the innermost one now, so the test itself does not go on.
+    standIn->setHeld(true);
+    QTimer timer;
+    bool done = false;
+    connect(&timer, &QTimer::timeout, this, [&] {
+        if (!done && yumIO->isWorking()) {
+            done = true;
+            act();
+            standIn->setHeld(false);
+        }
+    });
+    timer.start(20);
+    QTRY_VERIFY(done && !yumIO->isWorking());
+}
+
+void HistoryDialogTest::theUserCanMoveOnWhileDetailsAreRead()
+{
+    show();
+    go(1);
+    QStringList seen;
+    whileWorking([this, &seen] {
+        go(0);
+        seen << details();
+        go(2);
+        seen << details();
+    });
+    QCOMPARE(seen, (QStringList{detailsOf(3), QString()}));
+    QTRY_COMPARE(details(), detailsOf(1));
+    // The first answer was kept.
+    go(1);
+    QCOMPARE(details(), detailsOf(2));
+}
+
+void HistoryDialogTest::theExpressionFindsPackages()
+{
+    show();
+    QTest::keyClicks(edit(), "many");
+    QCOMPARE(numbers(), QStringList{"2"});
+    QTRY_COMPARE(details(), detailsOf(2));
+    QVERIFY(button("Undo All &Since")->isEnabled());
+    edit()->setText("nothing like this");
+    QCOMPARE(numbers(), QStringList());
+    QCOMPARE(details(), QString());
+    for (const char* text : {"&Undo This", "Undo All &Since", "&Redo"}) {
+        QVERIFY(!button(text)->isEnabled());
+    }
+}
+
+void HistoryDialogTest::buttonsReturnWhatTheUserWants_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("kind");
+
+    QTest::newRow("undo") << "&Undo This" << int(Qt::Key_U) << int(Replay::UndoThis);
+    QTest::newRow("since") << "Undo All &Since" << int(Qt::Key_S) << int(Replay::UndoAllSince);
+    QTest::newRow("redo") << "&Redo" << int(Qt::Key_R) << int(Replay::Redo);
+}
+
+void HistoryDialogTest::buttonsReturnWhatTheUserWants()
+{
+    QFETCH(QString, text);
+    QFETCH(int, key);
+    QFETCH(int, kind);
+    show();
+    go(1);
+    QTRY_COMPARE(details(), detailsOf(2));
+    QVERIFY(button(text)->isEnabled());
+    QSignalSpy spy(dialog.get(), SIGNAL(finished(int)));
+    QTest::keyClick(dialog.get(), static_cast<Qt::Key>(key), Qt::AltModifier);
+    QTRY_COMPARE(spy.count(), 1);
+    QCOMPARE(spy.first().first().toInt(), int(QDialog::Accepted));
+    QCOMPARE(int(dialog->wantedReplay()), kind);
+    QCOMPARE(dialog->wantedNumber(), qint64(2));
+    QVERIFY(!dialog->isVisible());
+}
+
+void HistoryDialogTest::nothingIsNewerThanTheNewest()
+{
+    show();
+    QVERIFY(!button("Undo All &Since")->isEnabled());
+    QCOMPARE(button("Undo All &Since")->toolTip(), QString("No transaction is newer than this one."));
+    QVERIFY(button("&Undo This")->isEnabled());
+    QVERIFY(button("&Redo")->isEnabled());
+}
+
+void HistoryDialogTest::compareRefusal(const QString& reason)
+{
+    go(1);
+    for (const char* text : {"&Undo This", "Undo All &Since", "&Redo"}) {
+        QVERIFY(!button(text)->isEnabled());
+        QCOMPARE(button(text)->toolTip(), reason);
+    }
+    QStringList shown;
+    for (const QLabel* label : dialog->findChildren<QLabel*>()) {
+        if (label->isVisible()) {
+            shown << label->text();
+        }
+    }
+    QVERIFY2(shown.contains(reason), qPrintable(shown.join('\n')));
+}
+
+void HistoryDialogTest::aRefusalDisablesTheCommandsAndIsShown()
+{
+    standIn->setReplayRefused(true);
+    show();
+    compareRefusal("Not with this version.");
+    dialog->reject();
+    standIn->setReplayRefused(false);
+    dialog->setRefusal("Not now.");
+    show();
+    compareRefusal("Not now.");
+    dialog->reject();
+    dialog->setRefusal(QString());
+    show();
+    go(1);
+    QVERIFY(button("&Redo")->isEnabled());
+}
+
+void HistoryDialogTest::anUnreadableHistorySaysSo()
+{
+    standIn->setHistoryBroken(true);
+    QString message;
+    QTimer answer;
+    connect(&answer, &QTimer::timeout, this, [this, &message] {
+        auto* box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        if (box != nullptr && box != dialog.get()) {
+            for (const QLabel* label : box->findChildren<QLabel*>()) {
+                message += label->text();
+            }
+            box->reject();
+        }
+    });
+    answer.start(50);
+    dialog->show();
+    QTRY_VERIFY(message.contains("the history is broken"));
+    QTRY_COMPARE(table()->accessibleDescription(),
+                 QString("The history could not be read.\nThe Log window (Ctrl+L) shows the reason."));
+    QVERIFY(!button("&Redo")->isEnabled());
+    dialog->reject();
+    QVERIFY(!dialog->isVisible());
+}
+
+void HistoryDialogTest::closingWaitsForTheWorker()
+{
+    show();
+    go(1);
+    bool open = false;
+    whileWorking([this, &open] {
+        QTest::keyClick(dialog.get(), Qt::Key_Escape);
+        open = dialog->isVisible();
+    });
+    QVERIFY(open);
+    QTRY_VERIFY(!dialog->isVisible());
+    QCOMPARE(dialog->result(), int(QDialog::Rejected));
+    // A command waits in the same way.
+    show();
+    go(2);
+    whileWorking([this, &open] {
+        button("&Redo")->click();
+        open = dialog->isVisible();
+    });
+    QVERIFY(open);
+    QTRY_VERIFY(!dialog->isVisible());
+    QCOMPARE(dialog->result(), int(QDialog::Accepted));
+    QCOMPARE(dialog->wantedNumber(), qint64(1));
+}
+
+void HistoryDialogTest::keysReachEverything()
+{
+    show();
+    QTRY_VERIFY(table()->hasFocus());
+    // Enter presses no button.
+    QTest::keyClick(table(), Qt::Key_Return);
+    QVERIFY(dialog->isVisible());
+    QTest::keyClick(dialog.get(), Qt::Key_F, Qt::AltModifier);
+    QTRY_VERIFY(edit()->hasFocus());
+    QTest::keyClick(edit(), Qt::Key_Return);
+    QVERIFY(dialog->isVisible());
+    QTest::keyClick(edit(), Qt::Key_Tab);
+    QTRY_VERIFY(table()->hasFocus());
+    QTest::keyClick(table(), Qt::Key_Tab);
+    QTRY_VERIFY(dialog->findChild<QTextEdit*>()->hasFocus());
+    QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    QTRY_VERIFY(button("&Undo This")->hasFocus());
+    for (int i = 0; i < 4 && !edit()->hasFocus(); ++i) {
+        QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    }
+    QTRY_VERIFY(edit()->hasFocus()); // Tab goes round
+    QTest::keyClick(dialog.get(), Qt::Key_C, Qt::AltModifier);
+    QTRY_VERIFY(!dialog->isVisible());
+}
+
+void HistoryDialogTest::theCurrentTransactionIsKeptWhenItOpensAgain()
+{
+    show();
+    go(1);
+    QTRY_COMPARE(details(), detailsOf(2));
+    dialog->reject();
+    standIn->forgetCalls();
+    show();
+    QTRY_COMPARE(standIn->calls("transactions"), 1);
+    // The details may be different now.
+    QTRY_COMPARE(standIn->calls("describeTransaction 2"), 1);
+    QCOMPARE(table()->currentIndex().row(), 1);
+}
+
+void HistoryDialogTest::fiveThousandTransactionsAreListed()
+{
+    standIn->setHistoryLong(true);
+    show();
+    QTRY_COMPARE(table()->model()->rowCount(), 5000);
+    QTest::keyClicks(edit(), "p4999$");
+    QCOMPARE(numbers(), QStringList{"4999"});
+    QTRY_COMPARE(details(), detailsOf(4999));
+    // Only transactions that were the current one are described.
+    QVERIFY(standIn->calls("describeTransaction") < 10);
+}
+
+QTEST_MAIN(HistoryDialogTest)
+#include "HistoryDialogTest.moc"

@@ -1,0 +1,148 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The window of the history: transactions are undone and repeated, by the keyboard alone."""
+import os
+
+import journey
+from journey import JourneyTest, driver, wait_for
+
+TITLE = 'VYRE History'
+RESULT = 5
+
+
+class HistoryWindow(driver.MainWindow):
+    """The list is read like that of the main window."""
+
+    def cells(self, column):
+        table = self.table().queryTable()
+        return [table.getAccessibleAt(row, column).name for row in range(table.nRows)]
+
+    def details(self):
+        return max((driver.text_of(accessible) for accessible in self.find_all(driver.pyatspi.ROLE_TEXT)), key=len)
+
+    def wait_details(self, *texts):
+        wait_for(lambda: all(text in self.details() for text in texts), 'details with {}'.format(texts))
+
+    def choose(self, letter):
+        """Press the button with this letter."""
+        self.wait_settled()
+        driver.key('alt+' + letter)
+
+
+class HistoryTest(JourneyTest):
+
+    def open_history(self, window):
+        window.wait_settled()
+        driver.key('ctrl+h')
+        return self.history(window)
+
+    def history(self, window):
+        history = HistoryWindow(window.program.window(TITLE).accessible, window.program)
+        wait_for(lambda: history.row_count() > 0, 'the transactions')
+        history.wait_settled()
+        return history
+
+    def test_an_installation_and_an_update_are_undone_and_repeated(self):
+        changed = dict(new=['libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'anvil-make-4.2-2.x86_64'],
+                       gone=['anvil-make-4.1-1.x86_64'])
+        with self.opened() as window:
+            window.mark_listed('libbough')
+            window.mark_listed('anvil-make')
+            window.set_filter('.*')
+            self.carry_out(window)
+            self.check_changed(**changed)
+
+            history = self.open_history(window)
+            history.wait_details('Upgrade\tanvil-make-4.2-2.x86_64 @sandbox-updates', 'Install\tlibbough-1.1-1.x86_64')
+            self.picture('history')
+            count = history.row_count()
+            self.assertEqual(history.cells(RESULT)[0], 'Succeeded')
+
+            # A refused listing changes nothing, and the history is there again.
+            history.choose('u')
+            dialog = window.program.window('Apply')
+            self.check_listing(dialog, [
+                'Downgrade: anvil-make 4.1-1 (x86_64) [sandbox-http]', 'Remove: libbough 1.1-1 (x86_64)'],
+                ['Remove: libtwig 1.0-1 (x86_64)'])
+            dialog.click_button('Cancel')
+            history = self.history(window)
+            self.check_changed(**changed)
+
+            history.choose('u')
+            window.accept(window.program.window('Apply'))
+            window.wait_ready()
+            self.check_unchanged()
+            self.check_history_complete()
+            window.program.no_window(TITLE)
+
+            # The table shows the state after the transaction.
+            window.set_filter('^(libbough|anvil-make) ')
+            window.wait_names(['libbough', 'anvil-make'])
+            self.assertEqual({row[0]: row[2] for row in window.rows()},
+                             {'libbough': 'sandbox-http', 'anvil-make': 'sandbox-updates'})
+
+            # The newest transaction is the undoing; the one before is repeated.
+            history = self.open_history(window)
+            self.assertEqual(history.row_count(), count + 1)
+            driver.key('Down')
+            history.wait_details('Command Line: vyre: install libbough; upgrade anvil-make')
+            history.choose('r')
+            window.accept(window.program.window('Apply'))
+            window.wait_ready()
+            self.check_changed(**changed)
+            log = self.read_log(window)
+            for text in ('Undoing transaction {}'.format(count), 'Repeating transaction {}'.format(count),
+                         'Applying: OK', 'Not Applying: Canceled'):
+                self.assertIn(text, log)
+
+    def test_all_transactions_since_one_are_undone_and_marks_stay(self):
+        with self.opened() as window:
+            for name in ('astrolabe', 'loupe'):
+                window.mark_listed(name)
+                self.carry_out(window)
+            window.mark_listed('barometer')
+            window.mark_listed('cinder-backup')
+            self.carry_out(window)
+            window.mark_listed('sextant')
+            window.set_filter('.*')
+
+            history = self.open_history(window)
+            driver.key('alt+f')
+            driver.type_text('astrolabe')
+            wait_for(lambda: history.row_count() == 1, 'the filtered list')
+            history.wait_details('Install\tastrolabe-5.6-1.x86_64')
+            history.choose('s')
+            dialog = window.program.window('Apply')
+            self.check_listing(dialog, [
+                'Install: cinder-backup 1.4-1 (noarch) [sandbox-http]', 'Remove: loupe 45.0-1 (x86_64)',
+                'Downgrade: barometer 1.0-1 (x86_64) [sandbox-http]'])
+            window.accept(dialog)
+            window.wait_ready()
+            self.check_changed(new=['astrolabe-5.6-1.x86_64'])
+            window.set_filter('^sextant ')
+            window.wait_names(['sextant'])
+            self.assertEqual(window.action('sextant'), 'install')
+
+    def test_what_no_repository_has_is_named_first(self):
+        with self.opened() as window:
+            window.mark_listed('lexicon-en')
+            window.mark_listed('almanac')
+            self.carry_out(window)
+            self.check_changed(gone=['lexicon-en-2023.1-1.noarch', 'almanac-1.9-1.noarch'])
+        os.unlink(os.path.join(self.sandbox.root, 'etc/yum.repos.d/sandbox-file.repo'))
+        with self.opened() as window:
+            history = self.open_history(window)
+            history.choose('u')
+            self.read_dialog(window.program, 'Query', 'Cannot find rpm nevra "lexicon-en-2023.1-1.noarch"',
+                             'Go on without them?').click_button('No')
+            history = self.history(window)
+            history.choose('u')
+            self.read_dialog(window.program, 'Query', 'lexicon-en').click_button('Yes')
+            dialog = window.program.window('Apply')
+            self.check_listing(dialog, ['Install: almanac 1.9-1 (noarch) [sandbox-http]'])
+            self.carry_out(window, dialog)
+            self.check_changed(gone=['lexicon-en-2023.1-1.noarch'])
+
+
+if __name__ == '__main__':
+    journey.main()

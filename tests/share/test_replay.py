@@ -1,0 +1,345 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The list of transactions, their details, and the questions before they are undone or repeated."""
+
+import contextlib
+import os
+import sqlite3
+import sys
+
+from scenario import ScenarioTest, in_own_process
+from vyresandbox import needs_groups
+
+SUCCEEDED, FAILED, INTERRUPTED = range(3)
+MANY = 5000
+
+
+class ReplayTest(ScenarioTest):
+    @property
+    def path(self):
+        return self.sandbox.root + "/var/lib/dnf/history.sqlite"
+
+    @contextlib.contextmanager
+    def database(self):
+        with contextlib.closing(sqlite3.connect(self.path)) as database, database:
+            yield database
+
+    def newest(self):
+        return self.yumio.transactions()[0]
+
+    def replay(self, kind, number, answers=(1,)):
+        self.recording.answers = list(answers)
+        result = self.yumio.replay(kind, number)
+        self.assert_no_faults()
+        return result
+
+
+class ListTest(ReplayTest):
+    @needs_groups
+    @in_own_process
+    def test_each_transaction_has_its_changes_and_result(self):
+        self.started()
+        self.apply(installs=["astrolabe", "libbough"], updates=["abacus-cli"], removes=["almanac"])
+        self.again()
+        with self.assertRaises(self.dnf.exceptions.Error):
+            self.apply(installs=["brokenlatch"])
+        self.again()
+        self.apply(installs=["chatterbox"], group_installs=["games"])
+        found = self.yumio.transactions()
+        self.assertEqual([row[0] for row in found], list(range(len(found), 0, -1)))
+        chatty, broken, first = found[:3]
+        self.assertTrue(chatty[1] >= broken[1] >= first[1] > 1000000000)
+        self.assertEqual(first[3], "vyre: install astrolabe libbough; upgrade abacus-cli; remove almanac")
+        self.assertEqual(first[4], "Install: astrolabe, libbough, libtwig; Upgrade: abacus-cli; Removed: almanac")
+        self.assertEqual(first[5], "abacus-cli almanac astrolabe libbough libtwig")
+        self.assertEqual(first[6:], (SUCCEEDED, 0))
+        self.assertEqual((broken[4], broken[6]), ("Install: brokenlatch", FAILED))
+        # The group and four packages are more than the summary names.
+        self.assertEqual(chatty[4], "Install: 5")
+        self.assertEqual(chatty[5], "@games chatterbox hedgerow orrery pebble-go")
+        self.assertEqual(chatty[6], SUCCEEDED)
+        self.assertGreater(chatty[7], 0)
+        self.assertTrue(chatty[2])
+
+    @in_own_process
+    def test_users_have_names(self):
+        self.load()
+        name = self.module("transactions").userName
+        self.assertEqual([name(number, {}) for number in (0, -1, 0xFFFFFFFF, 3999999, 2 ** 70)],
+                         ["root", "System <unset>", "System <unset>", "3999999", str(2 ** 70)])
+
+    @in_own_process
+    def test_texts_have_no_control_characters(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        with self.database() as database:
+            database.execute("update trans set cmdline = ? where id = (select max(id) from trans)",
+                             ("a\n\x1b[2Jb\u202e\tc",))
+            database.execute("update trans set comment = cast(x'ff41' as text)")
+        self.assertEqual(self.newest()[3], "a [2Jb c")
+        self.assertIn("Comment: \ufffdA", self.yumio.describeTransaction(self.newest()[0]))
+
+    @in_own_process
+    def test_a_missing_history_is_empty_and_is_not_created(self):
+        self.load()
+        self.yumio.base.conf.persistdir = os.path.join(self.directory, "nothing")
+        self.yumio.base.history.close()
+        self.yumio.base.history._db_dir = self.yumio.base.conf.persistdir
+        self.assertEqual(self.yumio.transactions(), [])
+        self.assertEqual(self.yumio.describeTransaction(1), "")
+        self.assertFalse(os.path.exists(self.yumio.base.conf.persistdir))
+
+    @in_own_process
+    def test_a_damaged_history_is_reported(self):
+        self.load()
+        for ending in ("-wal", "-shm"):
+            if os.path.exists(self.path + ending):
+                os.unlink(self.path + ending)
+        with open(self.path, "wb") as stream:
+            stream.write(b"no database" * 1000)
+        for call in (self.yumio.transactions, lambda: self.yumio.describeTransaction(1)):
+            with self.assertRaisesRegex(self.dnf.exceptions.Error, "The history of transactions is damaged: .*sqlite"):
+                call()
+
+    @in_own_process
+    def test_a_user_who_cannot_write_the_history_can_read_it(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.yumio.base.history.close()
+        with contextlib.closing(sqlite3.connect(self.path)) as database:
+            database.execute("pragma wal_checkpoint(truncate)")
+        directory = os.path.dirname(self.path)
+        for ending in ("-wal", "-shm"):
+            if os.path.exists(self.path + ending):
+                os.unlink(self.path + ending)
+        # Only the way to the file is opened, for this process alone.
+        place = directory
+        while place.startswith(self.directory):
+            os.chmod(place, 0o755)
+            place = os.path.dirname(place)
+        os.chmod(self.path, 0o644)
+        modes = []
+        while place != "/":
+            modes.append((place, os.stat(place).st_mode & 0o7777))
+            os.chmod(place, modes[-1][1] | 0o011)
+            place = os.path.dirname(place)
+        try:
+            os.setegid(65534)
+            os.seteuid(65534)
+            try:
+                self.assertIn("install astrolabe", self.newest()[3])
+                self.assertEqual(os.listdir(directory).count("history.sqlite-wal"), 0)
+            finally:
+                os.seteuid(0)
+                os.setegid(0)
+        finally:
+            for place, mode in modes:
+                os.chmod(place, mode)
+
+    @in_own_process
+    def test_five_thousand_transactions_take_few_queries(self):
+        self.started()
+        self.apply(installs=["astrolabe", "libbough"])
+        with self.database() as database:
+            first = database.execute("select max(id) from trans").fetchone()[0]
+            columns = [row[1] for row in database.execute("pragma table_info(trans)") if row[1] != "id"]
+            items = [row[1] for row in database.execute("pragma table_info(trans_item)") if row[1] not in (
+                "id", "trans_id")]
+            database.execute(
+                "with recursive n(i) as (select 1 union all select i + 1 from n where i < %d) "
+                "insert into trans(%s) select %s from n, trans where id = %d" % (
+                    MANY, ", ".join(columns), ", ".join(columns), first))
+            database.execute("insert into trans_item(trans_id, %s) select t.id, %s from trans t, trans_item ti "
+                             "where t.id > %d and ti.trans_id = %d" % (
+                                 ", ".join(items), ", ".join("ti." + name for name in items), first, first))
+        queries = []
+        connect = sqlite3.connect
+
+        def counted(*arguments, **named):
+            connection = connect(*arguments, **named)
+            connection.set_trace_callback(queries.append)
+            return connection
+
+        self.module("transactions").sqlite3.connect = counted
+        try:
+            found = self.yumio.transactions()
+        finally:
+            self.module("transactions").sqlite3.connect = connect
+        self.assertEqual(len(found), first + MANY)
+        self.assertEqual({row[4] for row in found[:MANY]}, {"Install: astrolabe, libbough, libtwig"})
+        self.assertLess(len(queries), 8)
+        self.assertIn("libtwig", self.yumio.describeTransaction(found[0][0]))
+
+
+class DetailsTest(ReplayTest):
+    @in_own_process
+    def test_the_details_have_packages_and_output(self):
+        self.started()
+        self.apply(installs=["chatterbox"], updates=["abacus-cli"])
+        text = self.yumio.describeTransaction(self.newest()[0])
+        lines = text.split("\n")
+        self.assertEqual(lines[0], "Transaction ID: %d" % self.newest()[0])
+        for line in ("Return-Code: Success", "Command Line: vyre: install chatterbox; upgrade abacus-cli",
+                     "Packages Altered:", "    Install\tchatterbox-1.0-1.noarch @sandbox-http",
+                     "    Upgrade\tabacus-cli-3.3.0-2.x86_64 @sandbox-updates", "Scriptlet output:",
+                     "    chatterbox: post to standard output"):
+            self.assertIn(line, lines, text)
+        self.assertRegex(text, r"\n    Upgraded\tabacus-cli-3\.2\.1-1\.x86_64")
+        self.assertNotIn("without dnf", text)
+        self.assertEqual(self.yumio.describeTransaction(10 ** 9), "")
+
+    @in_own_process
+    def test_changes_without_dnf_are_reported(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.sandbox.rpm("--erase", "almanac")
+        self.again()
+        self.apply(installs=["loupe"])
+        second, first = [row[0] for row in self.yumio.transactions()[:2]]
+        self.assertIn("Between the previous transaction and this one, packages were changed without dnf.",
+                      self.yumio.describeTransaction(second))
+        self.assertIn("Between this transaction and the next one, packages were changed without dnf.",
+                      self.yumio.describeTransaction(first))
+
+    @in_own_process
+    def test_an_interrupted_transaction_shows_what_is_left(self):
+        self.started()
+        self.apply(installs=["astrolabe", "loupe"], removes=["almanac"])
+        with self.database() as database:
+            database.execute("update trans set dt_end = null, state = 0 where id = (select max(id) from trans)")
+        number = self.newest()[0]
+        self.assertEqual(self.newest()[6], INTERRUPTED)
+        self.assertIn("This transaction was interrupted. All its packages are in the intended state.",
+                      self.yumio.describeTransaction(number))
+        self.sandbox.rpm("--erase", "loupe")
+        text = self.yumio.describeTransaction(number)
+        self.assertIn("This transaction was interrupted. \"Redo\" completes it with these changes:\n"
+                      "    Install\tloupe-45.0-1.x86_64 @sandbox-http\n\n", text)
+        # "Redo" does exactly that.
+        self.again()
+        self.assertEqual(self.changes(self.replay, "redo", number), ({"loupe-45.0-1.x86_64"}, set()))
+        # Packages that a later transaction has changed are not left any more.
+        self.again()
+        self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))
+        self.apply(removes=["loupe"])
+        self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))
+
+
+class QuestionsTest(ReplayTest):
+    @in_own_process
+    def test_an_undone_installation_and_update(self):
+        self.started()
+        self.assertEqual(self.yumio.lacksReplay(), "")
+        self.apply(installs=["libbough"], updates=["abacus-cli"])
+        self.again()
+        number = self.newest()[0]
+        added, gone = self.changes(self.replay, "undo", number)
+        self.assertEqual(added, {"abacus-cli-3.2.1-1.x86_64"})
+        self.assertEqual(gone, {"abacus-cli-3.3.0-2.x86_64", "libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64"})
+        self.assertTrue(self.yumio.systemChanged)
+        self.assertEqual(self.newest()[3], "vyre: history undo %d" % number)
+        # The steps are those of any transaction.
+        names = self.recording.names()
+        for name in ("listTransaction", "userconfirm", "downloadRemotePayloads", "gpgsigcheck", "rpmtransInit",
+                     "postTransactionOutput"):
+            self.assertIn(name, names)
+
+    @in_own_process
+    def test_a_refused_listing_changes_nothing(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        self.assertEqual(self.changes(self.replay, "undo", self.newest()[0], answers=[0]), (set(), set()))
+        self.assertFalse(self.yumio.systemChanged)
+        self.assertIn("install astrolabe", self.newest()[3])
+
+    def removed_from_two_repositories(self):
+        """Removes a package of each of two repositories, one of which is not available any more."""
+        self.started()
+        self.apply(removes=["lexicon-en", "almanac"])
+        os.unlink(self.repository_file("sandbox-file"))
+        self.again()
+        return self.newest()[0]
+
+    @in_own_process
+    def test_what_is_impossible_is_named_before_the_listing(self):
+        number = self.removed_from_two_repositories()
+        self.assertEqual(self.changes(self.replay, "undo", number, answers=[0]), (set(), set()))
+        question = ("These changes are impossible:\n  Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\".\n\n"
+                    "Go on without them?\n")
+        self.assertIn(question, self.recording.printed())
+        self.assertEqual(self.recording.of("listTransaction"), [])
+        self.recording.clear()
+        self.assertEqual(self.changes(self.replay, "undo", number, answers=[1, 1]),
+                         ({"almanac-1.9-1.noarch"}, set()))
+        self.assertIn(question, self.recording.printed())
+        self.assertEqual([item["name"] for items in self.recording.of("listTransaction") for item in items],
+                         ["almanac"])
+
+    @in_own_process
+    def test_an_impossible_transaction_says_why(self):
+        self.started()
+        self.apply(removes=["lexicon-en"])
+        os.unlink(self.repository_file("sandbox-file"))
+        self.again()
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.replay("undo", self.newest()[0])
+        self.assertEqual(str(caught.exception), "The transaction is impossible:\n  Cannot find rpm nevra "
+                         "\"lexicon-en-2023.1-1.noarch\".\nNothing was changed. All marks stay.")
+        self.assertEqual(self.recording.of("userconfirm"), [])
+
+    @in_own_process
+    def test_a_package_that_another_one_needs_is_named(self):
+        self.started()
+        self.apply(installs=["libtwig"])
+        self.again()
+        number = self.newest()[0]
+        self.apply(installs=["libbough"])
+        self.again()
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "The transaction is impossible:\n.*libbough"):
+            self.replay("undo", number)
+
+    @in_own_process
+    def test_dnf_s_warnings_are_before_the_listing(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        before = self.newest()[0]
+        self.apply(installs=["loupe"])
+        self.sandbox.rpm("--erase", "almanac")
+        self.again()
+        self.apply(installs=["sextant"])
+        self.again()
+        introduced = []
+        self.module("program").addBeforeListing = introduced.append
+        self.assertEqual(self.changes(self.replay, "rollback", before),
+                         (set(), {"loupe-45.0-1.x86_64", "sextant-1.0-1.x86_64"}))
+        self.assertEqual(introduced, ["Transaction history is incomplete, before %d.\n"
+                                      "Transaction history is incomplete, after %d.\n\n" % (before + 2, before + 1)])
+
+    @in_own_process
+    def test_nothing_to_do(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        number = self.newest()[0]
+        for kind in ("redo", "rollback"):
+            with self.assertRaisesRegex(self.dnf.exceptions.Error, "^There is nothing to do.$"):
+                self.replay(kind, number)
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "10000"):
+            self.replay("undo", 10000)
+
+    @in_own_process
+    def test_a_version_of_dnf_without_the_commands_is_named(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        from dnf.cli.commands.history import HistoryCommand
+        del HistoryCommand._hcmd_rollback
+        fault = ("Version %s of dnf is not supported. VYRE cannot undo transactions with it, because it lacks "
+                 "_hcmd_rollback." % self.dnf.const.VERSION)
+        self.assertEqual(self.yumio.lacksReplay(), fault)
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.replay("undo", self.newest()[0])
+        self.assertEqual(str(caught.exception), fault)
+        sys.modules["dnf.cli.commands.history"] = None
+        self.assertIn("VYRE cannot undo transactions", self.yumio.lacksReplay())
