@@ -175,7 +175,7 @@ class EditingTest(JourneyTest):
         return len(self.sandbox.server.paths())
 
     def edit(self, window):
-        driver.key('ctrl+e')
+        window.press('ctrl+e')
         return Editor(window.program)
 
     def check_listed(self, window, names, expression='^(abacus-cli|hedgerow|hidden-gem|pergola) '):

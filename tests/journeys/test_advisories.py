@@ -21,7 +21,7 @@ class AdvisoriesTest(JourneyTest):
         updateinfo.add(self.sandbox, 'sandbox-updates', ADVISORIES)
 
     def open(self, window):
-        driver.key('ctrl+d')
+        window.press('ctrl+d')
         dialog = window.program.window('VYRE Advisories')
         dialog.wait_settled()
         return dialog

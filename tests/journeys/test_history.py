@@ -32,8 +32,7 @@ class HistoryWindow(driver.MainWindow):
 class HistoryTest(JourneyTest):
 
     def open_history(self, window):
-        window.wait_settled()
-        driver.key('ctrl+h')
+        window.press('ctrl+h')
         return self.history(window)
 
     def history(self, window):
