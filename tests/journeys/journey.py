@@ -122,6 +122,14 @@ class JourneyTest(unittest.TestCase):
         self.addCleanup(waiting.let_go)
         return waiting
 
+    def choose_from_cell_menu(self, window, name, column, choice):
+        """Open the menu of a cell and choose an item by its number, from 0."""
+        before = window.program.popups()
+        driver.click(window.visible_cell(name, column), button=3)
+        wait_for(lambda: window.program.popups() > before, 'the menu of ' + name)
+        driver.key(*['Down'] * (choice + 1))
+        driver.key('Return')
+
     def picture(self, name):
         """Save a picture of the screen if VYRE_PICTURES is set."""
         directory = os.environ.get('VYRE_PICTURES')

@@ -36,14 +36,6 @@ class DescriptionTest(EditingTest):
         dialog.click_button('Close')
         window.program.no_window(TITLE)
 
-    def menu(self, window, name, column, choice):
-        """Open the menu of a cell and choose an item by its number, from 0."""
-        before = window.program.popups()
-        driver.click(window.visible_cell(name, column), button=3)
-        wait_for(lambda: window.program.popups() > before, 'the menu of ' + name)
-        driver.key(*['Down'] * (choice + 1))
-        driver.key('Return')
-
     def press(self, dialog, number):
         """Scroll to a button among the values and press it. number: its number, from 0."""
         close = dialog.button('Close')
@@ -109,7 +101,7 @@ class ContentTest(DescriptionTest):
         with self.opened() as window:
             window.set_filter('^kernel ')
             window.wait_names(['kernel'])
-            self.menu(window, 'kernel', driver.NAME, 0)
+            self.choose_from_cell_menu(window, 'kernel', driver.NAME, 0)
             dialog = self.opened_description(window)
             labels = dialog.labels()
             self.check_pairs(dialog, 'Available for update', Version='6.1.31-1', Repository='sandbox-updates')
@@ -290,7 +282,7 @@ class BrowsingTest(DescriptionTest):
             window.show_all()
             window.set_filter('^orchard ')
             window.wait_names(['orchard'])
-            self.menu(window, 'orchard', driver.REPOSITORY, 1)
+            self.choose_from_cell_menu(window, 'orchard', driver.REPOSITORY, 1)
             self.check_browsed(program, url)
             dialog = self.describe(window, 'orchard')
             dialog.click_button('Details')
@@ -335,7 +327,7 @@ class BrowsingTest(DescriptionTest):
             window.show_all()
             window.set_filter('^orchard ')
             window.wait_names(['orchard'])
-            self.menu(window, 'orchard', driver.REPOSITORY, 1)
+            self.choose_from_cell_menu(window, 'orchard', driver.REPOSITORY, 1)
             wait_for(program.stderr, 'the message', 20)
             self.assertEqual(program.stderr(),
                              'execv("{}", ...) failed; errno = 2 (No such file or directory)\n'.format(self.browser))

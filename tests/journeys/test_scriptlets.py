@@ -102,20 +102,16 @@ class ProcessTest(JourneyTest):
         def wait_running(count):
             wait_for(lambda: len([name for name in os.listdir(self.scratch) if name.startswith('running.')]) == count,
                      '{} browsers'.format(count))
-        gate = Gate()
-        self.sandbox.server.faults['/sandbox-updates/doorkeeper-1.1-1.noarch.rpm'] = gate
         doorkeeper = self.waiting('doorkeeper')
         with self.program(environment={'VYRESHARE': share}) as program:
             window = program.ready()
             window.show_all()
-            self.choose_from_menu(window, 'Help', 0)
+            self.choose_from_cell_menu(window, 'abacus-cli', driver.REPOSITORY, 1)
             wait_running(1)
+            self.choose_from_cell_menu(window, 'amberfont-sans', driver.REPOSITORY, 1)
+            wait_running(2)
             window.mark_listed('doorkeeper')
             window.accept(window.apply())
-            gate.wait_reached()
-            self.choose_from_menu(window, 'Help', 0)
-            wait_running(2)
-            gate.open()
             doorkeeper.wait_waiting()
             open(ending, 'w').close()
             wait_running(0)

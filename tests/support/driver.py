@@ -469,8 +469,8 @@ class MainWindow(Window):
         wait_for(look, 'the action {} of {}'.format(action, name), 20)
 
     def warning(self):
-        """The text of the frame that warns of unlisted actions."""
-        return ''.join(self.labels())
+        """The text of the frame that warns of unlisted actions; empty if the frame is hidden."""
+        return ''.join(text for text in self.labels() if text == 'Unlisted Actions')
 
     def edit(self):
         return self.find(pyatspi.ROLE_TEXT)

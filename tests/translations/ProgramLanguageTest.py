@@ -82,7 +82,7 @@ class ProgramLanguageTest(JourneyTest):
             self.assertEqual(lines[0], 'Die Transaktion umfasst:')
             self.assertIn('\tInstallieren: pergola 6.1-1 (x86_64) [sandbox-http]', lines)
             self.assertIn('\tAktualisieren: anvil-make 4.2-2 (x86_64) [sandbox-updates]', lines)
-            self.assertRegex(lines[-1], r'^Größe nach der Installation: (\d\.\d|\d+)(b|Kb)$')
+            self.assertRegex(lines[-1], r' {4}Größe nach der Installation: (\d\.\d|\d+)(b|Kb)$')
             dialog.click_button('OK')
             wait_for(lambda: any(package.startswith('pergola-6.1-1') for package in self.sandbox.installed()),
                      'the package')
