@@ -51,7 +51,8 @@ class AdvisoriesTest(JourneyTest):
             refused = window.program.window('Mark Updates')
             self.assertEqual(self.details(refused), 'Packages marked for an update: 1\n\nThese packages could not be '
                              'marked:\nalmanac-2.0-1.noarch: no repository offers an update')
-            self.close_dialog(window.program, refused)
+            refused.click_button('Close')
+            window.program.no_window('Mark Updates')
             dialog.click_button('Close')
             window.program.no_window('VYRE Advisories')
             window.set_filter('^(abacus-cli|almanac|barometer) ')
@@ -83,7 +84,8 @@ class AdvisoriesTest(JourneyTest):
         with self.opened() as window:
             window.choose(0, 'Search')
             window.wait_ready()
-            window.set_filter('CVE-2024-7')
+            window.type_expression('CVE-2024-7')
+            driver.key('Return')
             window.wait_names(['abacus-cli'])
             window.select_first()
             window.click_button('Describe')
