@@ -329,10 +329,11 @@ void Dialog::reject()
 {
     // Escape and the button of the window manager are pressed by mistake more easily than "Cancel", which has
     // undone the changes already.
-    if (hasChanges() && !userDropsChanges()) {
+    const bool isAsked = hasChanges();
+    if (isAsked && !userDropsChanges()) {
         return;
     }
-    if (hasChanges()) {
+    if (isAsked) {
         if (!sessionChanged && !applied) {
             // A form has added its repository to this table. No signal has reported this change, so it must
             // be undone.
@@ -342,6 +343,11 @@ void Dialog::reject()
         model->reset();
     }
     HDialog::reject();
+    // The question and this window disappear at the same time. Some window managers then give the focus to no
+    // window.
+    if (isAsked && parentWidget() != nullptr) {
+        parentWidget()->activateWindow();
+    }
 }
 
 void Dialog::ok()
