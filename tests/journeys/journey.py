@@ -167,7 +167,9 @@ class JourneyTest(unittest.TestCase):
                     driver.screenshot(picture)
                     print('{}: the screen is in {}'.format(self.id(), picture), file=sys.stderr)
                 if program.running():
-                    print('windows: {}'.format(program.titles()), file=sys.stderr)
+                    with contextlib.suppress(Exception):  # the accessibility bus may have ended
+                        print('windows: {}'.format(program.titles()), file=sys.stderr)
+                        print(program.accessibility(), file=sys.stderr)
                 print(program.stderr(), file=sys.stderr, flush=True)
                 raise
 

@@ -6,6 +6,7 @@ It needs a display with an accessibility bus, so it must run under "with-display
 Input and reading use different connections, so a read directly after a key or a click may still return the old state.
 Therefore every function that acts waits until its effect is visible.
 """
+import contextlib
 import glob
 import os
 import re
@@ -252,12 +253,36 @@ class Program:
         return found
 
     def application(self):
+        """The accessible application of the program, or None."""
         desktop = pyatspi.Registry.getDesktop(0)
+        application = self._application_of(desktop)
+        if application is None:
+            # The cached list can lack an application if the test has missed an event.
+            desktop.clear_cache()
+            application = self._application_of(desktop)
+        return application
+
+    def _application_of(self, desktop):
         for i in range(desktop.childCount):
             application = desktop.getChildAtIndex(i)
-            if application is not None and application.get_process_id() == self.process.pid:
-                return application
+            # An application that has just ended raises an error.
+            with contextlib.suppress(Exception):
+                if application is not None and application.get_process_id() == self.process.pid:
+                    return application
         return None
+
+    def accessibility(self):
+        """What the accessibility bus and the X server know about applications. A failed test prints it."""
+        desktop = pyatspi.Registry.getDesktop(0)
+        lines = ['applications on the desktop: {}'.format(desktop.childCount)]
+        for i in range(desktop.childCount):
+            try:
+                application = desktop.getChildAtIndex(i)
+                lines.append('{}: {}'.format(i, application and (application.name, application.get_process_id())))
+            except Exception as e:
+                lines.append('{}: {}'.format(i, e))
+        lines.append('windows of the program: {}'.format(len(self.popups())))
+        return '\n'.join(lines)
 
     def windows(self):
         """The visible windows and dialogs."""
