@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Opens files and pages in the programs of the user's desktop. The programs webbrowser and mimeviewer share this code.
+"""Opens files and pages in the programs of the user's desktop. The webbrowser and mimeviewer programs share this code.
 
-VYRE itself usually runs as root, started by a user through pkexec or sudo. A program that shows foreign documents never
-runs as root here: it runs as that user, with the user's own environment, or it does not run.
+VYRE itself usually runs as root, because a user starts it through pkexec or sudo. This module never runs a program as
+root. It runs the program as that user and with the user's own environment, or not at all.
 
 This module needs Python 3.6 or later, and only its standard library.
 """
@@ -33,7 +33,7 @@ class Refusal(Exception):
 
 
 def caller(what):
-    """The user database's entry of the user who has become root; None if this process does not run as root."""
+    """The entry in the user database for the user who has become root; None if this process does not run as root."""
     if os.geteuid() != 0:
         return None
     for variable in ('PKEXEC_UID', 'SUDO_UID'):
@@ -96,7 +96,7 @@ def find(program, path):
 
 
 def start(what, commands):
-    """As the user, replace this process by the first of these commands whose program is installed.
+    """Replace this process by the first command whose program is installed. The program runs as the user.
 
     what: the name of the opened file or page in messages.
     """
@@ -141,7 +141,7 @@ def show(text):
 
 
 def run(main):
-    """Run main with the arguments. If it refuses them, end with one message and status 1."""
+    """Run main with the arguments. If main refuses them, end with one message and status 1."""
     try:
         main(sys.argv[1:])
     except Refusal as e:

@@ -1,11 +1,11 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The program's interface to the package manager.
 
-The program runs this file in its embedded interpreter, makes one object of the class YumIO and calls its methods. Only
-one thread at a time calls them: the graphical thread at the start, a worker during every long operation. All messages
-of the package manager go to the program through the built-in module yumIOC.
+The program runs this file in its embedded interpreter, makes one object of the YumIO class and calls its methods. Only
+one thread at a time calls them: the graphical thread when VYRE starts, and a worker during every long operation. All
+messages of the package manager go to the program through the built-in yumIOC module.
 
-This file has only the class; the package vyre beside it does the work. It needs Python 3.6 or later, and dnf 4.
+This file has only the class. The vyre package next to this file does the work. It needs Python 3.6 or later, and dnf 4.
 """
 
 import contextlib
@@ -35,7 +35,7 @@ import yumIOC
 
 @contextlib.contextmanager
 def ownPackage():
-    """Allows imports from the package beside this file within a scope.
+    """Allows imports from the package next to this file within a scope.
 
     The program runs as root. Therefore this function names the directory of the package: Python must never import a
     package of the same name from another directory. Python writes no compiled files, so that the share directory keeps
@@ -137,11 +137,12 @@ class YumIO:
         self._reportedWithoutGroups = False
         # Whether the last transaction has changed the system.
         self.systemChanged = False
-        # Whether the last transaction was refused because another program had changed the system meanwhile.
+        # Whether the last transaction was refused because another program had changed the system since the packages
+        # were read.
         self.outdated = False
         # Pairs from the last collection: an installed package, and the package that replaces it.
         self.replacements = []
-        # The marked objects that the last transaction has left out, because their marks cannot be carried out.
+        # The marked objects that the last transaction has left out, because it could not carry out their marks.
         self.leftOut = []
         # The names of the objects in leftOut, with the reasons; empty until the user confirms the transaction.
         self.leftOutReasons = ''
@@ -179,7 +180,7 @@ class YumIO:
         return self._lock.target
 
     def unlock(self):
-        """Close everything and release the lock. The program calls this at its end."""
+        """Close everything and release the lock. The program calls this method when it ends."""
         self.base.end()
         if self._lock is None:
             return
@@ -288,7 +289,7 @@ class YumIO:
         return advisories.collectAdvisories(self.base)
 
     def loadAdvisories(self):
-        """Read all advisories before a search asks for those of each package."""
+        """Read all advisories before a search. The search then asks for the advisories about each package."""
         self.base.advisories.load(self.base)
 
     def forgetAdvisories(self):
@@ -297,7 +298,7 @@ class YumIO:
     # Version locks
 
     def versionLocks(self):
-        """The version locks that the program shows; see versionlock.versionLocks()."""
+        """The version locks for the program; see versionlock.versionLocks()."""
         try:
             return versionlock.versionLocks(self.base)
         except dnf.exceptions.Error as e:
@@ -338,7 +339,7 @@ class YumIO:
         return libdnf.conf.ConfigParser.substitute(text, self.base.conf.substitutions)
 
     def metadataPath(self, repoid, kind):
-        """The path of a repository's metadata in the cache, of the kind "filelists" or "other", or None."""
+        """The path of a repository's metadata in the cache, or None. kind: "filelists" or "other"."""
         repo = self.base.repos.get(repoid)
         return documentPath(repo, kind) if repo is not None and repo.enabled else None
 
@@ -368,8 +369,8 @@ class YumIO:
 
     @withReason
     def replay(self, kind, number):
-        """Undo a transaction of the history ("undo"), undo all transactions after it ("rollback"), or carry it out
-        again ("redo"). All else is as in apply().
+        """Undo a recorded transaction ("undo"), undo all transactions after it ("rollback"), or carry it out again
+        ("redo"). Everything else is as in apply().
         """
         def resolve():
             goesOn = resolveReplay(self.base, kind, number)
@@ -378,8 +379,8 @@ class YumIO:
         return self._carryOut(resolve)
 
     def _carryOut(self, resolve):
-        """Carry out the transaction that resolve() finds. It returns the command line for the history and the reasons
-        for what is left out, or None if the user does not want to go on.
+        """Carry out the transaction that resolve() finds. resolve() returns the command line for the history, and the
+        text about the marks that are left out. If the user does not want to go on, resolve() returns None.
         """
         base = self.base
         base.headers.clear()
@@ -446,24 +447,24 @@ class YumIO:
 
     @staticmethod
     def words(text):
-        """Returns the translation of a text of dnf."""
+        """Returns the translation of one of dnf's texts."""
         return dnf.i18n._(text)
 
     # History
 
     @withReason
     def transactions(self):
-        """All transactions of the history; see readTransactions()."""
+        """All recorded transactions; see readTransactions()."""
         return readTransactions(self.base)
 
     @withReason
     def describeTransaction(self, number):
-        """All details of a transaction as a text; empty if the history does not have it."""
+        """All details of a recorded transaction as text; empty if the history lacks the transaction."""
         return describeTransaction(self.base, number)
 
     @staticmethod
     def lacksReplay():
-        """Why transactions of the history cannot be undone; empty if they can."""
+        """The reason why recorded transactions cannot be undone; empty if they can be undone."""
         return lacksReplay()
 
     # Cleaning

@@ -2,6 +2,6 @@
 """The modules of the script. YumIO.py has only the class whose methods the program calls.
 
 Only YumIO.py imports this package. No two modules import each other, neither directly nor indirectly. Only one thread
-at a time runs the script: the graphical thread at the start, at a reset and at the end; a worker during every long
+at a time runs the script: the graphical thread when VYRE starts, resets the script and ends; a worker during every long
 operation.
 """

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The advisories of the repositories: those that concern installed packages, and those of one package.
+"""The advisories of the repositories: the advisories about installed packages, and the advisories about one package.
 
-Workers read them. The graphical thread asks for those of one package, to describe it.
+Workers read the advisories. To describe a package, the graphical thread also reads the advisories about this package.
 """
 
 import dnf.i18n
@@ -13,22 +13,24 @@ from .metadata import documentPath
 from .updates import findUpdates
 from .versionlock import versionLocks
 
-# All versions that an advisory can name: newer than a package, equal to it, or older.
+# Selects all advisories about a package, whether they name a newer, the same or an older version.
 ANY = hawkey.LT | hawkey.EQ | hawkey.GT
 
-# Whether a package of an advisory can be marked for an update, and why not. The program has the sentences.
+# Whether a package of an advisory can be marked for an update, or the reason why not. The program has the sentences.
 POSSIBLE, INSTALLED, NOT_OFFERED, OLDER, LOCKED, EXCLUDED = range(6)
 
 
 def haveAdvisories(base):
-    """Whether a repository has advisories. Without any, the program does not look through the packages."""
+    """Whether any repository has advisories. If not, the script does not look through the packages."""
     return any(documentPath(repo, 'updateinfo') for repo in base.repos.iter_enabled())
 
 
 # Words -----------------------------------------------------------------------------------------------------
 
 def words():
-    """dnf's words for kinds and severities. Its command is imported only when there are advisories."""
+    """dnf's words for kinds and severities. This function imports a dnf command, so it is called only if advisories
+    exist.
+    """
     from dnf.cli.commands.updateinfo import UpdateInfoCommand
     return UpdateInfoCommand
 
@@ -44,7 +46,7 @@ def labelOf(advisory):
     return words().SECURITY2LABEL.get(advisory.severity, dnf.i18n._('Unknown/Sec.'))
 
 
-# From the least severe to the most severe one; each other severity is before them.
+# The severities in ascending order. An unknown severity ranks below all of them.
 SEVERITIES = ('Low', 'Moderate', 'Important', 'Critical')
 
 
@@ -62,7 +64,7 @@ def references(advisory, kind):
 # The advisories of one package -------------------------------------------------------------------------------
 
 class AdvisoryIndex:
-    """The advisories by the names of their packages, for a search: dnf looks through all of them for each package."""
+    """The advisories by package name, for a search: dnf itself would look through all advisories for each package."""
 
     def __init__(self):
         self.clear()
@@ -74,13 +76,15 @@ class AdvisoryIndex:
         found = {}
         if haveAdvisories(base):
             words()
-            # All versions of a package lead to the same advisories.
+            # The query finds the same advisories with any version of a package, so the latest version is enough.
             for named in base.sack.query(flags=hawkey.IGNORE_EXCLUDES).latest().get_advisory_pkgs(ANY):
                 found.setdefault(named.name, []).append(named)
         self._byName = found
 
     def of(self, package):
-        """The advisories about the version of a package. If an older version is installed: about all versions since."""
+        """The advisories about the version of a package. If an older version is installed, also the advisories about
+        the versions between.
+        """
         if self._byName is not None and package.name not in self._byName:
             return []
         sack = package.base.sack
@@ -103,13 +107,13 @@ class AdvisoryIndex:
 
 
 def newestFirst(advisories):
-    """Each advisory once. Several repositories may have it."""
+    """The advisories in order, without duplicates: several repositories may have the same advisory."""
     found = {advisory.id: advisory for advisory in advisories}
     return sorted(found.values(), key=lambda advisory: (advisory.updated, advisory.id), reverse=True)
 
 
 def installedBefore(package):
-    """The newest installed version of a package that is older; None without one."""
+    """The newest installed version that is older than this package; None if no older version is installed."""
     if package._from_system:
         return None
     installed = [each for each in package.base.sack.query().installed().filterm(name=package.name, arch=package.arch)
@@ -118,7 +122,7 @@ def installedBefore(package):
 
 
 def advisoriesOf(package):
-    """The text of a package's field: a line for each advisory."""
+    """The text of the package's advisory field: a line for each advisory."""
     return '\n'.join('{} ({}): {}'.format(
         advisory.id, ', '.join([labelOf(advisory)] + references(advisory, hawkey.REFERENCE_CVE)), advisory.title or '')
         for advisory in package.base.advisories.of(package))
@@ -150,8 +154,8 @@ def advisoriesOfUpdates(base, updates):
 # The advisories about installed packages -----------------------------------------------------------------------
 
 def concerning(base):
-    """Each package that an advisory names, if any version of it is installed, with the advisory, and whether that
-    version or a newer one is installed. As in "dnf updateinfo list --all".
+    """Yields each package version that an advisory names, the advisory, and whether this version or a newer version is
+    installed. Packages without any installed version are left out, as in "dnf updateinfo list --all".
     """
     installed = base.sack.query().installed()
     newest = {}
@@ -182,13 +186,13 @@ def collectAdvisories(base):
 
 
 def bugsOf(advisory):
-    """The bugs with their titles, as in "dnf updateinfo info"."""
+    """An advisory's bugs with their titles, as in "dnf updateinfo info"."""
     return sorted(set('{} - {}'.format(reference.id, reference.title) if reference.title else reference.id
                       for reference in advisory.references if reference.type == hawkey.REFERENCE_BUGZILLA))
 
 
 class Obstacles:
-    """Says whether the update that an advisory asks for is offered."""
+    """Finds the obstacles to the updates that advisories ask for."""
 
     def __init__(self, base):
         self._base = base
@@ -199,7 +203,7 @@ class Obstacles:
         self._locked = set() if locks is None else set(locks[1])
 
     def of(self, named):
-        """The obstacle for a package of an advisory that is not installed, and the version of the offered update."""
+        """The obstacle to the update that the advisory names, and the version of the offered update."""
         offered = self._offered.get((named.name, named.arch))
         if offered is not None:
             return (OLDER if self._base.sack.evr_cmp(offered, named.evr) < 0 else POSSIBLE), offered

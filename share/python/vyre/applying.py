@@ -37,7 +37,7 @@ def confirmTransaction(base, sections):
     """Show the listing; return whether the user confirms the transaction."""
     transaction = base.transaction or []
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
-    # If only groups and streams change, dnf changes them although "test" is set.
+    # If a transaction changes only groups and streams, dnf changes them although "test" is set.
     if transaction and 'test' in base.conf.tsflags:
         introduceListing(tr('This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
                             'it installs, updates and removes nothing.\n\n'))
@@ -85,7 +85,7 @@ def runTransaction(base, checkCurrent):
         # before this hook.
         saved = otherSections(base, withGroups=not base.transaction)
         PlugIns.ended = False
-        # Otherwise the user can stop the transaction until rpm begins; see YumIO::rpmtransInit().
+        # If packages change, the user can stop the transaction until rpm begins; see YumIO::rpmtransInit().
         endIfStopped(last=bool(saved) or not base.transaction)
         try:
             base.do_transaction(TransactionProgress())

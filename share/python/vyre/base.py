@@ -36,8 +36,8 @@ from .stopping import endIfStopped
 
 
 class Base(dnf.Base):
-    """dnf's class with additions. It reports the packages of a download before the download begins. It finds errors in
-    metadata that dnf does not report, or that crash dnf.
+    """dnf's class with additions. It reports the packages of a download before the download begins. It also finds
+    metadata errors that dnf does not report, or that would crash dnf.
     """
 
     def __init__(self, conf):
@@ -70,8 +70,8 @@ class Base(dnf.Base):
         self.remarks, self._remarked = kept
 
     def end(self):
-        """Close everything, and save the state for the next run, as the command dnf does at its end."""
-        # close() uses the repositories. It must not read them now if they are still unread.
+        """Close everything, and save the state for the next run, as the dnf command does when it ends."""
+        # close() uses the repositories. If they are still unread, close() must not read them now.
         self._reposUnread = False
         try:
             self.close()
@@ -79,8 +79,8 @@ class Base(dnf.Base):
             logging.getLogger('dnf').warning('%s', e)
 
     def endTransaction(self):
-        """Remove the downloaded packages of a transaction, or keep them for the next transaction, as the command
-        dnf does at its end.
+        """Remove the downloaded packages of a transaction, or keep them for the next transaction, as the dnf command
+        does when it ends.
         """
         done = self._trans_success
         try:
@@ -102,7 +102,7 @@ class Base(dnf.Base):
     def readReposLater(self):
         """Load the plug-ins and read the repository files when the repositories are first needed, on a worker.
 
-        dnf needs seconds for ten thousand repositories. The graphical thread must not wait for so long.
+        dnf needs seconds to read ten thousand repositories. The graphical thread must not wait for so long.
         """
         self._reposUnread = True
 
@@ -158,7 +158,7 @@ class Base(dnf.Base):
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
 
     def _expireRepos(self):
-        """Mark metadata as outdated if an earlier run has recorded them as outdated."""
+        """Mark metadata as expired if an earlier run has recorded them as expired."""
         self._activate_persistor()
         expired = self._repo_persistor.get_expired_repos()
         for repo in self._repos.values():
@@ -166,7 +166,7 @@ class Base(dnf.Base):
                 repo._repo.expire()
 
     def _demandSignatures(self):
-        """Check all signatures if the configuration of rpm demands a signature of each package."""
+        """Check all signatures if rpm's configuration demands that each package is signed."""
         if rpm.expandMacro('%_pkgverify_level') not in ('signature', 'all'):
             return
         unchecked = [repo for repo in self._repos.values() if not repo.gpgcheck]
@@ -195,8 +195,9 @@ class Base(dnf.Base):
                 logging.getLogger('dnf').warning('%s', e)
 
     def fill_sack(self, *args, **kwargs):
-        """Repositories that dnf cannot read are only noted, so that the user waits for all of them before the first
-        question. Without a user, the first one ends the operation, as in dnf.
+        """If dnf cannot read a repository, this method notes the failure and reads the other repositories first. So the
+        user waits only once before the questions. If no user can answer, the first failure ends the operation, as in
+        dnf.
         """
         del self.leftOut[:], self.failed[:]
         showActivity(tr('Reading the installed packages'))
@@ -210,8 +211,8 @@ class Base(dnf.Base):
         return sack
 
     def fillSackFromCache(self):
-        """Read the installed packages and the metadata in the cache, without the network and without a question. The
-        repositories without such metadata are left out.
+        """Read the installed packages and the metadata in the cache, without the network and without a question.
+        Repositories whose metadata are missing in the cache are left out.
         """
         strategies = [(repo, repo._repo.getSyncStrategy()) for repo in self.repos.iter_enabled()]
         self.onlyCache = True
@@ -283,7 +284,9 @@ class Base(dnf.Base):
                 for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
 
     def _isNewerThanCache(self, repo):
-        """Whether dnf will read the list of packages instead of its own cache. True if this is unknown."""
+        """Whether dnf will read the package list itself, because the list is newer than dnf's cache. True if this is
+        unknown.
+        """
         path = documentPath(repo, 'primary')
         try:
             return path is None or os.stat(path).st_ctime_ns >= os.stat(self._caches(repo)[-1]).st_ctime_ns
@@ -291,7 +294,7 @@ class Base(dnf.Base):
             return True
 
     def _cacheStamp(self, repo):
-        """A value that changes if dnf reads the metadata again; None if it has not read them yet."""
+        """A value that changes if dnf reads the metadata again; None if dnf has not read the metadata yet."""
         try:
             found = os.stat(self._caches(repo)[0])
         except OSError:
@@ -306,7 +309,7 @@ class Base(dnf.Base):
                 tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
 
     def _checkDocuments(self, repo):
-        """Report a damaged list of files or changes. dnf accepts an incomplete list, and a wrong document."""
+        """Report a damaged list of files or changes. dnf would accept an incomplete list, or even another document."""
         for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
             fault = self._documentFault(repo, kind, element)
             if fault:
@@ -314,8 +317,8 @@ class Base(dnf.Base):
                                'are missing in searches and descriptions.').format(kind, repo.id, fault))
 
     def _documentFault(self, repo, kind, element):
-        """Returns the error of a document of a repository; empty without an error. dnf's cache of a damaged document is
-        removed, so that the next run checks the document again.
+        """Returns the error in a repository's document; empty if the document has no error. The function removes dnf's
+        cache of a damaged document, so that the next run checks the document again.
         """
         path = documentPath(repo, kind)
         fault = metadataFault(path, element) if path is not None else ''
@@ -326,7 +329,7 @@ class Base(dnf.Base):
         return fault
 
     def _run_transaction(self, cb):
-        """Run the transaction. Ignore a failed scriptlet that does not prevent the change of its package.
+        """Run the transaction. Ignore a failed scriptlet if rpm has changed its package nevertheless.
 
         After such a scriptlet, newer versions of rpm report a failed transaction, although no package has failed. The
         packages have changed, as with older versions, and the history needs the end of the transaction.
@@ -342,7 +345,7 @@ class Base(dnf.Base):
         return None
 
     def resolveIf(self, judge, allowErasing):
-        """Resolve; the judge may raise an exception to prevent the transaction."""
+        """Resolve the goal. The judge may raise an exception to prevent the transaction."""
         self.judge = judge
         try:
             self.resolve(allow_erasing=allowErasing)
@@ -369,7 +372,7 @@ class Base(dnf.Base):
         return super(Base, self)._goal2transaction(goal)
 
     def _verify_transaction(self, *args, **kwargs):
-        """If the history cannot be written, store the error. The changes by rpm are still valid."""
+        """If dnf cannot write the history, store the error. rpm's changes to the packages are valid nevertheless."""
         try:
             super(Base, self)._verify_transaction(*args, **kwargs)
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The locations of the package manager's configuration files, and the rules that decide which files the script reads.
+"""The locations of the package manager's configuration files, and the rules about the files that the script reads.
 
 The program's editor reads the same files by the same rules. Every thread may call this module; it has no state.
 """
@@ -14,7 +14,7 @@ import dnf.conf.read
 from .paths import inRoot
 from .program import tr, yumIOC
 
-# The main file that the command dnf reads.
+# The main file that the dnf command reads.
 OWN_CONFIGURATION = '/etc/dnf/dnf.conf'
 
 
@@ -27,8 +27,8 @@ def configurationFile():
 
 
 def repositoryDirectories(known):
-    """Returns the repository directories for a main configuration file that names no directory. Directories that only
-    dnf knows are included if they exist. The editor uses the same list.
+    """Returns the repository directories for a main configuration file that names no directory. The list includes
+    directories that only dnf knows, if they exist. The editor uses the same list.
     """
     usual = ['/etc/yum.repos.d', '/etc/yum/repos.d']
     return [inRoot(path) for path in usual] + [
@@ -44,7 +44,7 @@ def mainFileFault(path):
     """The reason why dnf must not read the main configuration file; empty if dnf can read it.
 
     dnf would never stop reading a pipe or an endless file. dnf itself handles all other errors of the file. If VYRE
-    ignored the file because of such an error, it would also ignore options that require checks of signatures.
+    ignored the whole file because of another error, it would also ignore options that demand signature checks.
     """
     try:
         # The type is checked first, because opening a device may already have an effect.

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Reads dnf's configuration of the managed system from its files.
 
-The graphical thread does this at the start, and again before each new collection.
+The graphical thread does this when VYRE starts, and again before each new collection.
 """
 
 import logging
@@ -51,7 +51,7 @@ def readConfiguration():
 
     # dnf also looks for repositories in its main file. Without this option, it would look in its usual main file.
     conf._set_value('config_file_path', readMainFile(conf), dnf.conf.PRIO_COMMANDLINE)
-    # The option skip_broken changes other options.
+    # The skip_broken option changes other options.
     conf._adjust_conf_options()
     # The files of a managed root name directories of that root. Directories of the running system must not replace
     # them.
@@ -79,7 +79,7 @@ def readConfiguration():
 def readMainFile(conf):
     """Read the options of the main configuration file. Returns the file in which dnf looks for repositories.
 
-    Without a main configuration file, dnf would not check signatures. In this case, this function requires the check.
+    If the main configuration file is missing, dnf would not check signatures, so this function demands the check.
     """
     path = configurationFile()
     if path is None:
@@ -115,11 +115,11 @@ RUNNING_CONFIGURATION = OWN_CONFIGURATION
 
 
 def keepChecks(conf, path):
-    """If VYRE reads another main file than dnf, require the checks of dnf's own file too. Also protect the packages
-    that dnf's own file protects. path: the file that VYRE reads, or None.
+    """If VYRE does not read dnf's own main file, demand the checks of dnf's own file too. Also protect the packages
+    that this file protects. path: the file that VYRE reads, or None.
 
-    The command dnf reads only its own file. VYRE must not install or remove a package that dnf refuses. For a managed
-    root without its own file, dnf reads the file of the running system.
+    The dnf command reads only its own file. VYRE must not install or remove a package if dnf refuses this. If a managed
+    root lacks dnf's own file, dnf reads the file of the running system.
     """
     own = inRoot(OWN_CONFIGURATION)
     ofRoot = os.path.exists(own)
@@ -145,7 +145,7 @@ def keepChecks(conf, path):
         conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
     protect(conf, demanded.protected_packages)
     if added:
-        # The file of the running system was not written for the managed root. So its checks are logged without a
+        # Nobody wrote the file of the running system for the managed root. So the log mentions its checks without a
         # warning.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
         if path is None:
@@ -157,7 +157,7 @@ def keepChecks(conf, path):
 
 
 def protect(conf, names):
-    """Add these names to the protected packages."""
+    """Add these names to the list of protected packages."""
     own = list(conf.protected_packages)
     missing = [name for name in names if name not in own]
     if missing:

@@ -20,8 +20,9 @@ DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
 def useDatabaseOfRoot():
     """Use the database of the managed system. In some distributions, rpm uses a database in the user's home directory.
 
-    dnf checks signatures with the program rpmkeys, which also needs the directory. If the script runs again in the same
-    interpreter, rpm's macro already has its value. Therefore dnf's function stays replaced.
+    dnf checks signatures with the rpmkeys program, which also needs this directory. If the script runs again in the
+    same interpreter, rpm's macro already has its value, and this function changes nothing. Therefore the replacement of
+    dnf's function is permanent.
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return
@@ -47,7 +48,7 @@ def verifyWithDatabaseOfRoot(package, root):
 
 
 def databaseCookie():
-    """A text that is different after each change of the installed packages; empty if rpm cannot compute it."""
+    """A text that changes with every change to the installed packages; empty if rpm cannot compute the text."""
     transaction = rpm.TransactionSet(managedRoot())
     try:
         return transaction.dbCookie() if transaction.openDB() == 0 else ''

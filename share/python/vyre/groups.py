@@ -52,7 +52,7 @@ class Group:
 
 
 class GeneratorProbe:
-    """Counts how often a generator asks for its iterator."""
+    """Counts how often a generator asks for an iterator."""
 
     asked = 0
 
@@ -68,10 +68,10 @@ class GeneratorProbe:
 def groupsCanBeRead():
     """Whether dnf can read lists of groups.
 
-    dnf reads the lists with generators. Some versions of Python call iter() a second time, on the iterator of a
-    generator. Some versions of libcomps, such as the version in Debian 13, then treat the iterator as a list: the
-    result has no groups, or the process crashes. The call below is harmless, because the list has one group and nothing
-    uses the result of the call.
+    dnf reads the lists with generators. Some versions of Python call iter() a second time, on the result of the first
+    call. Some versions of libcomps, such as the version in Debian 13, then treat the iterator as a list: the result has
+    no groups, or the process crashes. The call below is harmless: the list has only one group, and no code uses the
+    result.
     """
     probe = GeneratorProbe()
     list(each for each in probe)
@@ -105,7 +105,7 @@ class WithoutGroups(dnf.comps.Comps):
 
 
 def checkGroups(base, repo):
-    """Leave out a list of groups that cannot be unpacked. Otherwise dnf would not read the other lists either."""
+    """Leave out a group list that cannot be unpacked. Otherwise dnf would not read the other group lists either."""
     path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
     if not path or not canUnpack(path):
         return
@@ -119,7 +119,7 @@ def checkGroups(base, repo):
 
 
 def reportUnreadable(base):
-    """If a repository has groups, report that they are left out. Returns whether this was reported."""
+    """If a repository has groups, report that they are left out. Returns whether a report was necessary."""
     found = any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn() for repo in base.repos.iter_enabled())
     if found:
         logging.getLogger('dnf').warning('%s', tr(

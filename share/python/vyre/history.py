@@ -19,7 +19,7 @@ from .packages import decoded
 from .program import tr
 from .space import spaceHint
 
-# The largest number of characters in a command line of the history.
+# The largest number of characters in a recorded command line.
 COMMAND_LENGTH = 1000
 
 
@@ -38,7 +38,7 @@ def commandLine(*lists):
 
 
 def reportLeftovers(base):
-    """Report the remains of a transaction that a crash or a power failure has interrupted. dnf does not report them."""
+    """Report the effects of a transaction that a crash or a power failure has interrupted. dnf does not report them."""
     parts = []
     try:
         reportInterrupted(base, parts)
@@ -58,7 +58,8 @@ def reportLeftovers(base):
 def reportInterrupted(base, parts):
     """Add a message about the last transaction if the history lacks its end."""
     history = base.history
-    # Opening a missing history creates a history. A user who cannot write the history cannot apply marks either.
+    # If the history is missing, opening it would create it. A user who cannot write the history cannot apply marks
+    # either.
     if not os.access(history.dbpath, os.R_OK | os.W_OK):
         return
     try:
@@ -66,7 +67,7 @@ def reportInterrupted(base, parts):
         if last is None or last.end_timestamp:
             return
         begin = time.ctime(last.beg_timestamp)
-        # The items of groups have no names.
+        # Group items have no names.
         if not unrecorded(base, [item for item in last.packages() if item.name]):
             parts.append(tr('The history does not record the end of the last transaction, begun on {}.\n'
                             'All its packages are in the intended state.').format(begin))
@@ -91,7 +92,7 @@ def severalVersions(base):
 
 
 def refuseHistory(base, text):
-    """Raise an exception with advice about a failure of the history's file."""
+    """Raise an exception with the failure of the history file, and with advice."""
     if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
         raise dnf.exceptions.Error(tr('The history of transactions is damaged: {}\nMove the file to another place. '
                                       'The package manager then creates a new file.').format(text))
@@ -99,7 +100,7 @@ def refuseHistory(base, text):
 
 
 def endHistory(base):
-    """Record that the transaction failed before rpm began it. Otherwise it looks like an interrupted transaction."""
+    """Record that the transaction failed before rpm began. Otherwise it would look like an interrupted transaction."""
     try:
         for item in base.transaction or []:
             item.state = libdnf.transaction.TransactionItemState_ERROR

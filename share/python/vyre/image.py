@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Refuses changes that are impossible on a system whose programs are an image.
+"""Refuses changes that are impossible on a system with a read-only image.
 
 The worker that applies the marks runs this module.
 """
@@ -16,8 +16,9 @@ from .program import tr
 
 
 def checkPersistence(base):
-    """Refuse changes that the system does not keep. If the programs of the system are an image, changes may be
-    impossible, or lost at the next start. VYRE does not have the options of the command dnf for such systems.
+    """Refuse changes that the system does not keep. If the programs of the system are in a read-only image, changes may
+    be impossible, or the next start of the system may discard them. VYRE lacks dnf's command-line options for such
+    systems.
     """
     image = managedRoot() == '/' and os.path.isfile('/run/ostree-booted')
     persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
@@ -36,8 +37,8 @@ def checkPersistence(base):
 
 
 def checkDrift(base):
-    """Refuse to change files that must match the image, such as the boot loader's files. Changes below /usr are lost
-    at the next start, but changes of these files remain. Versions of dnf before 4.24 do not check this.
+    """Refuse to change files that must match the image, such as the boot loader's files. The next start of the system
+    discards changes below /usr, but keeps changes to these files. Versions of dnf before 4.24 do not check this.
     """
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Additional sections of the listing: the changes of groups and module streams.
+"""Additional sections of the listing: the changes to groups and module streams.
 
-dnf's library does not list these changes; the command dnf does. The sections use the texts and translations of the
+dnf's library does not list these changes; the dnf command does. The sections use the texts and translations of the
 command. The worker that applies the marks runs this module.
 """
 
@@ -13,7 +13,7 @@ from .program import tr
 
 
 def otherSections(base, withGroups=True):
-    """Returns the changes of groups and module streams in a resolved transaction, as the command dnf lists them.
+    """Returns the changes to groups and module streams in a resolved transaction, as the dnf command lists them.
 
     The result is a list of pairs of a heading and its lines. Empty sections are left out.
     """
@@ -42,8 +42,8 @@ def otherSections(base, withGroups=True):
 
 
 def refuseModuleSwitch(base, packages):
-    """Refuse to switch enabled streams of modules, if the configuration does not allow it. dnf's library does not check
-    this; the command dnf does. The text names the marked packages that are in these streams.
+    """Refuse to replace an enabled module stream by another stream, unless the configuration allows this. dnf's library
+    does not check this; the dnf command does. The text names the marked packages that are in these streams.
     """
     conf = base.conf
     if not conf._has_option('module_stream_switch') or conf.module_stream_switch:

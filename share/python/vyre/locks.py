@@ -38,8 +38,8 @@ buildDownloadLock = dnf.lock.build_download_lock
 class SessionLock(dnf.lock.ProcessLock):
     """dnf's lock on its own files, which the program holds for its whole life.
 
-    dnf takes the same lock around each transaction. Then this process already holds it, so every thread of this process
-    may take it again. Only one thread works at a time.
+    dnf takes the same lock for each transaction. This process already holds the lock, so each of its threads may take
+    the lock again. Only one thread works at a time.
     """
 
     def _lock_thread(self):
@@ -50,7 +50,7 @@ class SessionLock(dnf.lock.ProcessLock):
 
 
 class DatabaseLock:
-    """Holds rpm's own lock for a scope, so that no other program changes the packages meanwhile.
+    """Holds rpm's own lock for a scope, so that no other program changes the packages within the scope.
 
     rpm waits for this lock without a message, or does not wait at all. This class shows the holder of the lock, and
     asks whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it at the end of
@@ -91,8 +91,8 @@ class DatabaseLock:
         while not self._taken():
             waited = True
             holder = self._holder()
-            # showActivity() is called each time, even with the same text, because the program may raise an exception
-            # in this call to end the wait.
+            # This loop calls showActivity() each time, even with the same text: to end the wait, the program raises an
+            # exception in this call.
             if holder:
                 showActivity(tr('Waiting for {}, which uses the package database').format(holder))
             else:
@@ -115,8 +115,8 @@ class DatabaseLock:
         return not self._databaseIsLocked()
 
     def _databaseIsLocked(self):
-        """Whether another program, such as a backup, locks the database although rpm's lock is free. rpm would give up
-        after some time, in the middle of the transaction.
+        """Whether another program, such as a backup, locks the database although rpm's lock is free. In this case, rpm
+        would give up after some time, in the middle of the transaction.
         """
         if sqlite3 is None or not os.path.exists(self._database):
             return False
@@ -215,8 +215,8 @@ def usesPackages(number):
 
 
 def abandonedBy(target):
-    """The number of the ended process that has left this lock file behind. None if the process still holds the lock, or
-    if there is no file.
+    """The number of the process that has ended without removing this lock file. None if the process still holds the
+    lock, or if the file is missing.
 
     The existence of a process of this number is not enough: after a crash or a restart of the machine, another process
     may have the number.
@@ -232,7 +232,7 @@ def abandonedBy(target):
     if hasEnded(number):
         return number
     started = startOfProcess(number)
-    # The clock may have changed since then, so the time alone does not prove that the lock is left over.
+    # The clock may have changed since the file was written, so the time alone does not prove that the owner has ended.
     if started is not None and started > written + 2 and not usesPackages(number):
         return number
     return None
@@ -261,13 +261,14 @@ def removeAbandonedLock(lock):
 class WaitingLock(dnf.lock.ProcessLock):
     """A lock on the cache. It waits for another process that holds the lock, and shows the name of that process.
 
-    dnf itself would wait without a limit, even for an unrelated process that has the number of the ended owner.
+    dnf itself would wait for ever, even for an unrelated process to which the system has given the number of the ended
+    owner.
     """
 
     # Seconds between two attempts.
     ATTEMPTS = 0.2
 
-    # Whether packages were changed and have not been read again.
+    # Whether packages have changed since they were read.
     changed = False
 
     def __enter__(self):
@@ -334,7 +335,7 @@ def awaitLock(text, first=False):
 
 
 def waitingLock(build):
-    """Returns a function that makes a WaitingLock instead of the lock that dnf's function build makes."""
+    """Returns a replacement for dnf's function "build". It makes a WaitingLock instead of dnf's own lock."""
     def buildWaiting(cachedir, exit_on_lock):
         plain = build(cachedir, exit_on_lock)
         return plain if exit_on_lock else WaitingLock(plain.target, plain.description)
@@ -342,7 +343,9 @@ def waitingLock(build):
 
 
 def useDatabaseLock(lock=None):
-    """Make dnf use this lock on its own files. Without a lock, dnf makes its own, and waits for no other process."""
+    """Make dnf use this lock on its own files. If lock is None, dnf makes its own lock, which waits for no other
+    process.
+    """
     dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock or buildDatabaseLock(persistdir, True)
 
 
@@ -375,7 +378,7 @@ def releaseSessionLock(lock):
         raise dnf.exceptions.LockError(str(e))
 
 
-# The program does not wait for the lock on dnf's own files: it says at once that another process holds it.
+# The program does not wait for the lock on dnf's own files. If another process holds it, the program says so at once.
 program.replace(dnf.lock, 'build_rpmdb_lock', lambda persistdir, exit_on_lock: buildDatabaseLock(persistdir, True))
 program.replace(dnf.lock, 'build_metadata_lock', waitingLock(buildMetadataLock))
 program.replace(dnf.lock, 'build_download_lock', waitingLock(buildDownloadLock))

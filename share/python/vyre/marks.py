@@ -11,7 +11,7 @@ from .program import tr
 
 
 class Marks:
-    """The marked packages and groups. They are objects that the script has returned to the program."""
+    """The marked packages and groups. They are objects that the program has got from the script."""
 
     def __init__(self, installs=(), updates=(), removes=(), groupInstalls=(), groupUpdates=(), groupRemoves=()):
         self.installs = list(installs)
@@ -49,7 +49,9 @@ class Marks:
     SHOWN = 6
 
     def inShort(self):
-        """The marked packages and groups in one line. If they are many, a number replaces the last names."""
+        """The names of the marked packages and groups in one line. If the line would have too many names, a number
+        replaces the last names.
+        """
         objects = self.newVersions() + self.installs + self.removes
         names = sorted(set(package.name for package in objects))
         names += sorted(str(group) for group in self.groupInstalls + self.groupUpdates + self.groupRemoves)
@@ -77,7 +79,7 @@ class Judged(Exception):
 
 
 def markAll(base, marks, strict=True):
-    """Add the marks to the goal. With strict, a single mark that cannot be carried out makes the goal unsolvable."""
+    """Add the marks to the goal. If strict is true, one impossible mark makes the whole goal unsolvable."""
     for package in marks.removes:
         base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
     versions = installedVersions(base) if marks.installs or marks.updates else {}
@@ -97,8 +99,8 @@ def markAll(base, marks, strict=True):
         base.group_remove(group.id)
 
 
-# dnf's own functions search all packages for each mark, so a few hundred marks take seconds. The next functions call
-# dnf's functions only for the marks that dnf may report.
+# dnf's own functions search all packages for each mark, so a few hundred marks take seconds. The functions below call
+# dnf's functions only if dnf may refuse the mark.
 
 def installedVersions(base):
     """The installed packages by name."""
@@ -132,7 +134,7 @@ def demand(base, package, strict):
 
 
 def upgradeMembers(base, group):
-    """Upgrade the installed members of a group. The group itself is not installed."""
+    """Upgrade the installed members of a group that is not installed itself."""
     names = [package.name for package in group.mandatory_packages + group.default_packages]
     installed = base.sack.query().installed().filter(name=names)
     for name in sorted(set(package.name for package in installed)):

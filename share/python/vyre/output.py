@@ -18,8 +18,8 @@ from .stopping import isStopped
 
 
 def passable(text):
-    """Returns a text that the program accepts. Characters that UTF-8 cannot encode are escaped. File names can contain
-    such characters.
+    """Returns the text in a form that the program accepts: characters that UTF-8 cannot encode are escaped. File names
+    can contain such characters.
     """
     return text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
 
@@ -58,12 +58,12 @@ class Writer:
 
 
 def programListens():
-    """Whether the script can call the program. At its end, the program restores the interpreter's own streams."""
+    """Whether the script can call the program. When the program ends, it restores the interpreter's own streams."""
     return isinstance(sys.stdout, Writer)
 
 
 class LogHandler(logging.Handler):
-    """Passes dnf's log records on to the program's log, with the levels of dnf's option debuglevel (default 2)."""
+    """Passes dnf's log records on to the program's log, with the levels of dnf's debuglevel option (default 2)."""
 
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
@@ -78,12 +78,13 @@ class LogHandler(logging.Handler):
         except Exception:  # a faulty record must not end the operation that logs it
             text = str(record.msg)
         if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
-            # The command in this text needs a terminal, and may clean another cache directory.
+            # The user would have to type the command in this text in a terminal, and it may clean another cache
+            # directory.
             text = tr('You can remove the downloaded packages with Clean Packages in the Cache menu.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
         if isStopped():
-            # Failures of downloads that the user has interrupted are no faults.
+            # If the user has interrupted a download, its failure is no fault.
             yumIOC.log(max(level, 3), text)
         elif record.levelno >= logging.WARNING:
             yumIOC.errorlog(level, text)
@@ -102,7 +103,7 @@ def startLog():
 
 
 class Overheard(logging.Handler):
-    """Keeps the warnings that dnf logs during a scope. Its exceptions lack the details."""
+    """Keeps the warnings that dnf logs during a scope, because dnf's exceptions lack these details."""
 
     def __init__(self):
         super(Overheard, self).__init__(logging.WARNING)
@@ -124,8 +125,8 @@ class Overheard(logging.Handler):
 
 
 class DiscreetFormatter(logging.Formatter):
-    """Hides passwords in the records of a log file, because other users can read the file. The given formatter formats
-    the records.
+    """Formats the records of a log file with the given formatter, and hides passwords, because other users can read the
+    file.
     """
 
     def __init__(self, formatter):
@@ -143,7 +144,7 @@ def showActivity(text):
 
 
 def showReading(repo, text):
-    """Show on the bar what happens with a repository. The text has a place for its name."""
+    """Show on the bar what happens with a repository. The text has a placeholder for the repository's name."""
     if program.showReading is not None and programListens():
         program.showReading(repo.id, passable(text.format(repo.name or repo.id)))
 
@@ -183,6 +184,6 @@ def hidePasswordsInLogFiles():
             if isinstance(handler, logging.FileHandler):
                 handler.setFormatter(DiscreetFormatter(handler.formatter or logging.Formatter()))
     if not logging.getLogger('librepo').handlers:
-        # In this version of dnf, librepo itself writes its log file, and would write passwords too. So the log file is
-        # switched off.
+        # In this version of dnf, librepo itself writes its log file, and would write passwords too. So this function
+        # switches the log file off.
         libdnf.repo.LibrepoLog.removeAllHandlers()

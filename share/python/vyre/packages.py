@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Attributes of packages that dnf does not offer, or offers too slowly: headers, change logs, build hosts.
+"""Package attributes that dnf does not offer, or offers too slowly: headers, change logs, build hosts.
 
 A search reads these attributes for all packages, on a worker. The description of one package reads them on the
 graphical thread. Reading must not change the system.
@@ -39,7 +39,7 @@ class HeaderMemo:
 
 
 def headerOf(package):
-    """The header of an installed package. Other packages do not have this attribute."""
+    """The header of an installed package. Only installed packages have this attribute."""
     if not package._from_system:
         raise AttributeError('hdr')
     return package.base.headers.header(package)
@@ -63,7 +63,8 @@ def dateTime(seconds):
 def universalDay(day):
     """The day of a change log's entry in universal time, from the local day that dnf returns.
 
-    The time of an entry is noon in universal time. In time zones far in the east, the next day has begun at this time.
+    The time of an entry is noon in universal time. At this time, the next day has already begun in time zones far in
+    the east.
     """
     noon = datetime.datetime.combine(day, datetime.time(12, tzinfo=datetime.timezone.utc))
     ahead = datetime.date.fromtimestamp(noon.timestamp()) - day
@@ -71,7 +72,7 @@ def universalDay(day):
 
 
 def buildHostOf(package):
-    """The host that built an installed package; None for other packages, because dnf does not offer their host."""
+    """The host that built an installed package; None for other packages, because dnf does not know their host."""
     if not package._from_system:
         return None
     return decoded(package.base.headers.header(package)[rpm.RPMTAG_BUILDHOST])
@@ -82,8 +83,8 @@ def decoded(value):
 
 
 class OtherData:
-    """The change logs of available packages. dnf downloads them with the other metadata. This class reads them when
-    they are first needed.
+    """The change logs of available packages. dnf downloads them with the other metadata. This class reads them when a
+    caller first needs them.
     """
 
     def __init__(self):
@@ -97,7 +98,7 @@ class OtherData:
             packages = self._load(package.base, package.repo)
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
             # The cache may have been cleaned since the repository was read. A search asks for every package, so this
-            # function reports a failure once. It tries again only if the reason was a lock.
+            # function reports a failure once. It tries again only if another process held the lock.
             logging.getLogger('dnf').warning(tr('The change logs of %s cannot be read: %s'), package.reponame, e)
             if not isinstance(e, dnf.exceptions.LockError):
                 self._packages[package.reponame] = {}

@@ -28,13 +28,13 @@ def isElsewhere(path):
 
 
 def namedDirectory(path):
-    """The path of a directory that is named in a file of the managed system. The script writes to this directory."""
+    """The path of a directory that the script writes to. A file of the managed system names this directory."""
     return inRoot(path) if isElsewhere(path) else path
 
 
 def namedDirectoryOfFiles(path):
-    """The path of a directory that is named in a file of the managed system. The script only reads this directory. If
-    it is missing below the managed root, the directory of the running system is used.
+    """The path of a directory that the script only reads. A file of the managed system names this directory. If it is
+    missing below the managed root, the result is the directory of the running system.
     """
     return inRoot(path) if isElsewhere(path) and os.path.isdir(inRoot(path)) else path
 

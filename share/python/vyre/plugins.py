@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The plug-ins of dnf. They are loaded again with each configuration. The message about a failure names the plug-in.
+"""dnf's plug-ins. Each new configuration loads them again. If a plug-in fails, the message names it.
 
 The hooks of plug-ins run on workers.
 """
@@ -26,7 +26,7 @@ def isOfPlugIn(module):
 
 
 def forgetPlugIns():
-    """Forget the modules of all plug-ins. Otherwise a new import returns the old modules."""
+    """Forget the modules of all plug-ins. Otherwise a new import would return the old modules."""
     for name in list(sys.modules):
         if name == dnf.plugin.DYNAMIC_PACKAGE or isOfPlugIn(name):
             del sys.modules[name]
@@ -52,14 +52,14 @@ def plugInInTraceback(error):
 
 
 def usesCommand(plugIn, error):
-    """Whether a plug-in has failed because it uses the object of the command dnf, which is None here."""
+    """Whether a plug-in has failed because it uses the object of the dnf command, which is None here."""
     place = error.__traceback__
     while place.tb_next is not None:
         place = place.tb_next
     if not isinstance(error, AttributeError) or not str(error).startswith("'NoneType' object has no attribute") or \
             place.tb_frame.f_globals.get('__name__') != type(plugIn).__module__:
         return False
-    # The failing instruction needs an attribute of the value that the previous instruction has read.
+    # The failing instruction reads an attribute of the value that the previous instruction has loaded.
     earlier = [step.argval for step in dis.get_instructions(place.tb_frame.f_code)
                if step.offset < place.tb_lasti and step.opname not in ('CACHE', 'EXTENDED_ARG')]
     read = earlier[-1] if earlier else None
@@ -72,7 +72,7 @@ def reasonOf(error):
 
 
 def isInterruptOfProgram(error):
-    """Whether a function of the program has raised the exception, because the program ends. The program's functions
+    """Whether one of the program's functions has raised the exception because the program ends. The program's functions
     have no Python frame, so the last frame of the traceback is in the script.
     """
     place = error.__traceback__
@@ -84,13 +84,13 @@ def isInterruptOfProgram(error):
 
 
 class PlugIns(dnf.plugin.Plugins):
-    """dnf's plug-ins. If a plug-in fails, a message names it. A failure that would end the command dnf ends only the
-    operation here. This includes exceptions like SystemExit and KeyboardInterrupt.
+    """dnf's plug-ins. If a plug-in fails, a message names it. If a failure would end the dnf command, it ends only the
+    operation here. Examples are exceptions like SystemExit and KeyboardInterrupt.
     """
 
-    # The failures that happened after the packages were changed. They cannot stop the operation any more.
+    # The plug-in failures after the change to the packages. They cannot stop the operation any more.
     faults = []
-    # Pairs of a plug-in and a hook that has used the object of the command dnf. The log has one line for each pair.
+    # Pairs of a plug-in and its hook that needs the object of the dnf command. The log has one line for each pair.
     _withoutCommand = set()
 
     def _load(self, conf, skips, enable_plugins):
@@ -136,7 +136,7 @@ class PlugIns(dnf.plugin.Plugins):
                     logging.getLogger('dnf').debug('%s', e, exc_info=True)
                     raise dnf.exceptions.Error(
                         tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), reasonOf(e)))
-                # The command dnf also continues after these exceptions.
+                # The dnf command also continues after these exceptions.
                 if usesCommand(plugIn, e):
                     self._reportWithoutCommand(nameOfPlugIn(plugIn), method)
                     continue
@@ -150,7 +150,7 @@ class PlugIns(dnf.plugin.Plugins):
                 tr('The plug-in %s needs the command dnf and does not work in VYRE (%s).'), name, method)
 
     # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work. If
-    # no packages change, dnf calls the hook after the changes of groups and streams.
+    # no packages change, dnf calls the hook after the changes to groups and streams.
     ended = False
 
     def run_pre_transaction(self):

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The private names of dnf that the script uses, and the check that this version of dnf has them.
 
-The check runs once, at the start, on the graphical thread.
+The check runs once, when VYRE starts, on the graphical thread.
 """
 
 import importlib
@@ -24,8 +24,8 @@ import rpm
 
 from .program import tr
 
-# Each private name, with its class or module, and the message about a version that lacks the name. The start looks for
-# all names: otherwise a missing name could stop a transaction half way.
+# Each private name, with its class or module, and the message for versions of dnf that lack the name. VYRE looks for
+# all names when it starts: otherwise a missing name could stop a transaction half way.
 PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     (tr('Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.'), (
         (dnf.conf.config.BaseConfig, ('_has_option', '_populate', '_set_value')),
@@ -65,19 +65,18 @@ NAMES_OF_OBJECTS = ('_comps', '_installed', '_plugins', '_removed', '_repo', '_r
 # Private names that only newer versions of dnf have.
 NEW_NAMES = ('_persistence',)
 
-# Private names that may be missing. If one is missing, the script does not replace dnf's own check of signatures.
+# Private names that may be missing. If one is missing, the script does not replace dnf's own signature check.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
 
-# The names of the plug-in versionlock that the script uses. If one is missing, the program offers no version locks.
+# The names in the versionlock plug-in that the script uses. If one is missing, the program offers no version locks.
 VERSIONLOCK_NAMES = ('VersionLockCommand', '_read_locklist', 'locklist_fn')
 
-# Private names without which no transaction of the history can be undone or carried out again. Versions before 4.4 lack
-# them.
+# The private names that the script needs to undo or repeat a recorded transaction. Versions before 4.4 lack them.
 REPLAY_NAMES = ('_hcmd_redo', '_hcmd_rollback', '_hcmd_undo')
 
 
 def lacksReplay():
-    """Why transactions of the history cannot be undone; empty if they can."""
+    """The reason why recorded transactions cannot be undone; empty if they can be undone."""
     try:
         importlib.import_module('dnf.transaction_sr')
         command = importlib.import_module('dnf.cli.commands.history').HistoryCommand
@@ -91,8 +90,8 @@ def lacksReplay():
 
 
 def requirePrivateNames(*objects):
-    """End the start if dnf lacks one of PRIVATE_NAMES. Without arguments, only classes and modules are checked. With
-    arguments, the names that only objects have are checked too.
+    """Refuse to start if dnf lacks one of PRIVATE_NAMES. The function checks classes and modules. If it gets objects,
+    it also checks the names that only objects have.
     """
     for place, name, text in PRIVATE_NAMES:
         made = [each for each in objects if isinstance(place, type) and isinstance(each, place)]

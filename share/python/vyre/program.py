@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The program's functions and values for the script, and the names of dnf that the script replaces.
 
-The program registers the module yumIOC, and sets further names in the globals of YumIO.py before it runs that file.
-YumIO.py passes them on to this module, and the other modules use them only from here. The functions are called on the
-thread that holds the interpreter's lock. The program may leave out any of them; the script then works without it.
+The program registers the yumIOC module, and sets further names in the globals of YumIO.py before it runs that file.
+YumIO.py passes these names on to this module, and the other modules use them only from here. Call the functions on the
+thread that holds the interpreter's lock. If the program leaves out a function, the script works without it.
 """
 
 import yumIOC  # noqa: F401  (the other modules import it from here)
@@ -25,9 +25,9 @@ goOnWithout = None
 hideSecrets = None
 # Shows what happens with a repository.
 showReading = None
-# Whether the user has asked the operation to stop. With the argument True, the user cannot do so any more.
+# Whether the user has asked the operation to stop. If the argument is True, later requests are refused.
 stopWanted = None
-# Shows the lock that the script waits for; returns whether to wait longer.
+# Shows that the script waits for a lock; returns whether to wait longer.
 waitForLock = None
 
 OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'goOnWithout',
@@ -35,7 +35,7 @@ OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity',
 
 
 def receive(offered):
-    """Take over the program's functions and values from a dictionary, which may contain other names as well."""
+    """Take over the program's functions and values from a dictionary. It may also contain other names."""
     for name in OFFERED:
         if name in offered:
             globals()[name] = offered[name]
@@ -60,7 +60,7 @@ replaced = []
 
 
 def replace(place, name, value):
-    """Set a name of one of dnf's classes or modules, until restore()."""
+    """Replace the value of a name in one of dnf's classes or modules, until restore()."""
     replaced.append((place, name, vars(place).get(name, MISSING)))
     setattr(place, name, value)
 

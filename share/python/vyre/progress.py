@@ -47,8 +47,8 @@ class DownloadProgress(dnf.callback.DownloadProgress):
 class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
     """Passes the progress of a transaction on to the program.
 
-    The program needs a package and totals. Phases of the whole transaction have neither, and some scriptlets have no
-    known package. The program gets no progress of these phases and scriptlets.
+    The program needs a package and totals. The phases of the whole transaction lack both, and for some scriptlets dnf
+    does not know the package. The program gets no reports about these phases and scriptlets.
     """
 
     def progress(self, package, action, ti_done, ti_total, ts_done, ts_total):
@@ -67,7 +67,7 @@ class TransactionProgress(dnf.yum.rpmtrans.TransactionDisplay):
         yumIOC.errorlog(0, passable(str(message)))
 
 
-# A failure shows the last lines of the output, at most this number.
+# The largest number of output lines that the message about a failure repeats.
 REASON_LINES = 10
 
 
@@ -110,7 +110,7 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         self._heard = super(RPMTransaction, self)._scriptOutput()
         return self._heard
 
-    # dnf does not show rpm's own messages about the next two failures, or shows them as output of scriptlets.
+    # For the failures in the next two methods, dnf either hides rpm's messages or shows them as scriptlet output.
 
     def _cpioError(self, key):
         self._heard = None
@@ -123,8 +123,8 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         self._showReason(self._heard or self._scriptOutput())
 
     def _scriptError(self, amount, total, key):
-        """The program already has the output of the scriptlet. If the failure prevents the change of a package, total
-        is not 0. In this case, show the end of the output again, together with the failure.
+        """The program already has the scriptlet's output. A total other than 0 means that the failure prevents a change
+        to a package. In this case, show the end of the output again, together with the failure.
         """
         self.scriptFailed = True
         super(RPMTransaction, self)._scriptError(amount, total, key)
@@ -145,7 +145,9 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
 
     @classmethod
     def endLast(cls):
-        """End the last transaction. The traceback of a failure may keep its object and rpm's log alive too long."""
+        """End the last transaction. Otherwise the traceback of a failure may keep the transaction's object and rpm's
+        log alive too long.
+        """
         last = cls._last() if cls._last is not None else None
         if last is not None:
             last.end()

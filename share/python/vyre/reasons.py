@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The reasons why marks cannot be applied, in words for the user. The worker that applies marks runs this module."""
+"""The reasons for the user why marks cannot be applied. The worker that applies marks runs this module."""
 
 import gettext
 import re
@@ -14,7 +14,7 @@ PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
 
 
 def clearest(lines):
-    """The lines of a problem. Lines with names of packages come first. If any line has details, lines without details
+    """The lines of a problem, with the lines that name packages first. If any line has details, lines without details
     are left out.
     """
     text = 'conflicting requests'
@@ -25,10 +25,11 @@ def clearest(lines):
 
 
 def refusal(failure, marks, objects, problems):
-    """Returns an exception with the reasons why no mark can be applied. All kinds of failures use the same message.
+    """Returns an exception with the reasons why no mark can be applied. The message is the same for all kinds of
+    failures.
 
-    The text of a failed resolution only repeats the problems; without problems it is empty. If dnf has refused a mark,
-    the text of that failure is one more problem.
+    If a resolution has failed, the failure's own text adds nothing to the problems. If dnf has refused a mark, the
+    failure's text is one more problem.
     """
     if isinstance(failure, dnf.exceptions.MarkingError):
         text = str(failure)

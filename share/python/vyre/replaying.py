@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Transactions of the history again, backwards or forwards, as by "dnf history". On the worker that applies them."""
+"""Undoes or repeats recorded transactions, as "dnf history" does. The worker that applies the changes runs this module.
+"""
 
 import logging
 import sys
@@ -14,7 +15,7 @@ from .privatenames import lacksReplay
 from .program import tr, yumIOC
 from .reasons import nothingToDo
 
-# What the user can ask for, by the name of dnf's command.
+# The operations, with the names of dnf's commands.
 UNDO, ROLLBACK, REDO = 'undo', 'rollback', 'redo'
 
 
@@ -37,11 +38,11 @@ class Notes(logging.Handler):
 
 
 def replayed(base, kind, number, skip):
-    """Put a transaction into the goal, as dnf's own command does; return dnf's object for it. If skip, impossible parts
-    are left out.
+    """Add the undone or repeated transaction to the goal, as dnf's own command does; return dnf's replay object. If
+    skip is true, impossible parts are left out.
     """
-    from dnf.cli.commands.history import HistoryCommand  # it imports the whole command dnf
-    # The parts of the command dnf that its history uses.
+    from dnf.cli.commands.history import HistoryCommand  # this import loads the whole dnf command
+    # The history command uses only these parts of the dnf command.
     line = types.SimpleNamespace(base=base)
     base.output = types.SimpleNamespace(history=base.history)
     try:
@@ -55,14 +56,14 @@ def replayed(base, kind, number, skip):
 
 
 def impossibility(lines):
-    """The exception with the reasons why a transaction cannot be undone or repeated."""
+    """Returns an exception with the reasons why a transaction cannot be undone or repeated."""
     return dnf.exceptions.Error(tr('The transaction is impossible:\n{}\nNothing was changed. All marks stay.').format(
         '\n'.join('  ' + line for line in lines)))
 
 
 def resolveReplay(base, kind, number):
-    """Find the transaction that undoes one transaction, or all since it, or carries it out again. What is impossible is
-    named before anything happens: the user decides whether to go on without it. Returns whether to go on.
+    """Find the transaction that undoes or repeats a recorded transaction, or undoes all transactions after it. If some
+    changes are impossible, name them first and ask the user whether to go on without them. Returns whether to go on.
     """
     missing = lacksReplay()
     if missing:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the transaction for the marks, and the marks that cannot be carried out.
+"""Finds the transaction for the marks, and the impossible marks.
 
 The worker that applies the marks runs this module.
 """
@@ -24,8 +24,8 @@ from .updates import findUpdates
 def resolveMarks(base, marks):
     """Find the transaction for the marks. If some marks cannot be carried out, ask the user whether to leave them out.
 
-    Returns three values: the marks of the transaction, or None if the user refuses; a list of the marked objects that
-    are left out; and a text with their names and the reasons.
+    Returns three values: the marks of the transaction, or None if the user refuses; the list of left-out objects; and a
+    text with their names and the reasons.
     """
     rest, impossible, failure, problems = marks, [], None, []
     try:
@@ -80,7 +80,7 @@ def resolveMarks(base, marks):
 
 
 def resolveAll(base, marks, strict=True):
-    """Find the transaction for all marks. If strict is not set, the transaction may lack members of groups."""
+    """Find the transaction for all marks. If strict is false, the transaction may lack group members."""
     best = base.conf.best
     base.reset(goal=True)
     try:
@@ -100,8 +100,8 @@ def resolveAll(base, marks, strict=True):
 
 
 def resolveWithRemovals(base, marks, strict):
-    """Find the transaction. A removal also removes the packages that need the removed package. An installation or an
-    update removes nothing.
+    """Find the transaction. A removal also removes the packages that need the removed package. Installations and
+    updates must remove nothing.
     """
     dependents = set()
 
@@ -117,7 +117,7 @@ def resolveWithRemovals(base, marks, strict):
         return
     except Judged:
         pass
-    # The transaction may remove only the packages that the removals remove if nothing else is marked.
+    # With other marks, the transaction may remove only the packages that the marked removals alone would remove.
     allowed = removedAlone(base, marks)
     unwanted = dependents - allowed
     base.reset(goal=True)
@@ -134,7 +134,7 @@ def resolveWithRemovals(base, marks, strict):
 
 
 def removedAlone(base, marks):
-    """All packages that the marked removals remove if nothing else is marked."""
+    """All packages that the marked removals alone would remove, without the other marks."""
     found = set()
 
     def judge(goal):
@@ -153,7 +153,9 @@ def removedAlone(base, marks):
 
 @contextlib.contextmanager
 def availableHidden(base):
-    """Hides available packages within a scope, as the command dnf does. Then they do not replace removed packages."""
+    """Hides available packages within a scope, as the dnf command does. So the resolver cannot install them in place of
+    removed packages.
+    """
     names = [repo.id for repo in base.repos.iter_enabled()]
     hidden = []
     try:
@@ -174,10 +176,10 @@ ATTEMPTS = 40
 
 
 def impossibleMarks(base, marks):
-    """The marks that cannot be carried out together with the other marks. If the search fails, the list has only
+    """The marks that cannot be carried out together with the other marks. If the search fails, the list contains only
     removals.
 
-    The number of resolutions depends on the number of marks only if some removals are impossible.
+    If no removal is impossible, the number of resolutions does not depend on the number of marks.
     """
     impossible = impossibleRemovals(base, marks)
     marks = marks.without(impossible)
@@ -225,14 +227,16 @@ def unmarkable(base, marks):
 
 
 def impossibleRemovals(base, marks):
-    """The marked removals that protected or excluded packages prevent. If some removals are impossible only together,
-    the first of these removals are kept. After too many attempts, all undecided removals are regarded as impossible.
+    """The marked removals that are impossible because of protected or excluded packages. If several removals are
+    impossible only together, the function permits the first of them. After too many attempts, the function regards all
+    undecided removals as impossible.
     """
     attempts = iter(range(ATTEMPTS))
     kept = Marks()
 
     def search(packages, groups):
-        """Add the possible removals of these lists to the kept removals. Raises StopIteration after too many attempts.
+        """Add the removals in these lists to the kept removals, if they are possible. Raise StopIteration after too
+        many attempts.
         """
         next(attempts)
         if canBeRemoved(base, Marks(removes=kept.removes + packages, groupRemoves=kept.groupRemoves + groups)):
@@ -281,7 +285,7 @@ def canBeRemoved(base, marks):
 
 
 def missingMarks(base, marks):
-    """The marked packages that are missing in the transaction. With marked groups, the resolver may omit packages."""
+    """The marked packages that are missing in the transaction. If groups are marked, the resolver may omit packages."""
     there = set(str(package) for package in base.sack.query().installed())
     there.update(str(item) for item in base.transaction or [] if item.action in dnf.transaction.FORWARD_ACTIONS)
     return [package for package in marks.installs + marks.newVersions() if str(package) not in there]
@@ -319,7 +323,7 @@ def missingOf(base, group, names):
     found = []
     for name in sorted(names):
         available = base.sack.query().available().filter(name=name)
-        # A package that obsoletes the member is accepted as well.
+        # A package that obsoletes the member takes its place.
         others = base.sack.query().filter(obsoletes=available) if available else []
         coming = set(str(item) for item in base.transaction or []
                      if item.action in dnf.transaction.FORWARD_ACTIONS)

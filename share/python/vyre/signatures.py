@@ -43,7 +43,7 @@ def askForKey(question):
 
 
 def checkSignatures(base, packages):
-    """Refuse packages whose signature is wrong, or is missing although the repository demands one."""
+    """Refuse a package if its signature is wrong, or if a required signature is missing."""
     for package in sorted(packages):
         endIfStopped()
         yumIOC.gpgsigcheck()
@@ -57,7 +57,7 @@ def checkSignatures(base, packages):
                 raise dnf.exceptions.Error(str(e))
             finally:
                 package.repo.set_progress_bar(DownloadProgress())
-                # Forget the answer, so that the user can answer differently the next time.
+                # dnf remembers that it has asked. Forget this, so that the user can answer differently the next time.
                 base._repo_set_imported_gpg_keys.discard(package.repoid)
         elif result != 0:
             raise dnf.exceptions.Error(text)

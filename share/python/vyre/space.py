@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The free space on disks: hints for messages, and the space for rpm's scripts. Workers run this module."""
+"""The free disk space: hints for messages, and the space for rpm's scripts. Workers run this module."""
 
 import os
 import sys
@@ -17,7 +17,7 @@ LITTLE_SPACE = 1 << 20
 
 
 def spaceHint(directory, needed=LITTLE_SPACE):
-    """A last line for a message if a directory has less free space than needed, in bytes. Otherwise an empty text.
+    """The last line of a message if a directory has too little free space; otherwise an empty text. needed: the bytes.
 
     librepo and rpm report a full disk as damaged files, or not at all.
     """
@@ -59,8 +59,8 @@ class ScriptSpace:
 
 
 def checkScriptSpace(space):
-    """If the space is too little for scripts, ask whether to go on. rpm does not notice that it has written only a part
-    of a script, and runs this part. The user can go on, because a removal may free space.
+    """If the space is too little for scripts, ask whether to go on. On a full disk, rpm writes only a part of a script,
+    does not notice this, and runs the part. The user can go on, because a removal may free space.
     """
     hint = space.hint()
     if not hint:

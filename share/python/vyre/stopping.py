@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Ends the operation that the user wants to stop. On the worker."""
+"""Ends the operation that the user wants to stop. The worker that runs the operation also runs this module."""
 
 import dnf.exceptions
 
@@ -8,11 +8,11 @@ from .program import tr
 
 
 class Stopped(dnf.exceptions.Error):
-    """The user has stopped the operation. dnf does not take it for the failure of a repository."""
+    """The user has stopped the operation. dnf does not treat this exception like the failure of a repository."""
 
 
 def isStopped(last=False):
-    """Whether the user has asked the operation to stop. If last is true, and the user has not, it is too late now."""
+    """Whether the user has asked the operation to stop. If last is true, the program refuses all later requests."""
     return program.stopWanted is not None and program.stopWanted(last)
 
 

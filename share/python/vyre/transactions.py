@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The transactions of the history, for the window that lists them. On a worker.
+"""The recorded transactions, for the history window. A worker runs this module.
 
-They are read with a few queries from dnf's file: dnf's own objects ask it several times for each transaction.
+A few queries read all transactions from dnf's file. dnf's own objects would need several queries for each transaction.
 """
 
 import collections
@@ -21,7 +21,7 @@ from .program import tr
 # How a transaction has ended.
 SUCCEEDED, FAILED, INTERRUPTED = range(3)
 
-# The actions of packages and groups, in the order of a summary. They are dnf's words.
+# The actions on packages and groups, in the order of a summary, with dnf's words for them.
 ACTIONS = collections.OrderedDict((
     (libdnf.transaction.TransactionItemAction_INSTALL, 'Install'),
     (libdnf.transaction.TransactionItemAction_UPGRADE, 'Upgrade'),
@@ -36,11 +36,12 @@ ACTIONS = collections.OrderedDict((
     (libdnf.transaction.TransactionItemAction_OBSOLETE, 'Obsoleting'),
 ))
 
-# The other halves of actions, which a summary leaves out.
+# The actions on replaced packages. A summary leaves them out, because it has the actions on the new packages.
 HALVES = (libdnf.transaction.TransactionItemAction_UPGRADED, libdnf.transaction.TransactionItemAction_DOWNGRADED,
           libdnf.transaction.TransactionItemAction_REINSTALLED, libdnf.transaction.TransactionItemAction_OBSOLETE)
 
-# A summary names up to this many packages of an action; of more, it has only the number.
+# The largest number of packages that a summary names for each action. If an action has more, the summary has only their
+# number.
 NAMED = 3
 
 # A name for each item of a transaction; "@" is before the names of groups.
@@ -53,7 +54,7 @@ Item = collections.namedtuple('Item', 'name epoch version release arch action st
 
 
 class History:
-    """A connection to the file of the history, which is only read; a context manager. Its failures are dnf's errors."""
+    """A context manager for a read-only connection to the history file. It reports failures as dnf's errors."""
 
     def __init__(self, base):
         self._base = base
@@ -88,8 +89,8 @@ class History:
                 return connection
             except sqlite3.OperationalError:
                 connection.close()
-                # A user who cannot write beside the file cannot make the files that its writers and readers share.
-                # Without another writer they are not necessary.
+                # Writers and readers of the file share further files in its directory. If the user cannot make them
+                # there, and no other process writes, the file can be read without them.
                 log = path + '-wal'
                 if options or \
                         os.access(os.path.dirname(path), os.W_OK, effective_ids=True) or \
@@ -97,14 +98,13 @@ class History:
                     raise
 
     def rows(self, query, *arguments):
-        """The result of a query; empty without a history."""
+        """The result of a query; empty if the history is missing."""
         return self._connection.execute(query, arguments).fetchall() if self._connection is not None else []
 
 
 def readTransactions(base):
-    """All transactions, the newest first. Each is a tuple of its number, its begin in seconds since 1970, the user, the
-    command line, a summary of the changes, the names of all changed packages, how it has ended, and the number of
-    lines of kept output.
+    """All transactions, the newest first. Each transaction is a tuple: number, begin in seconds since 1970, user,
+    command line, summary of the changes, names of all changed packages, outcome, and number of recorded output lines.
     """
     with History(base) as history:
         summaries, names = {}, {}
@@ -130,9 +130,9 @@ def outcome(row):
 
 
 def userName(number, known):
-    """The name of a user, as dnf shows it, but without the full name. Names are kept in a dictionary."""
+    """The name of a user, as dnf shows it, but without the full name. known: a dictionary that stores the names."""
     if number not in known:
-        # The kernel reports these numbers if nobody has logged in.
+        # These numbers mean that nobody had logged in.
         if number in (-1, 0xFFFFFFFF, 0x7FFFFFFF):
             known[number] = '{} {}'.format(dnf.i18n._('System'), dnf.i18n._('<unset>'))
         else:
@@ -157,7 +157,7 @@ def word(action):
 
 
 def summary(changes):
-    """The changes of a transaction in short, from a dictionary of actions, numbers and names."""
+    """A transaction's changes in short. changes: a dictionary from actions to pairs of number and names."""
     parts = []
     for action in [action for action in ACTIONS if action in changes and action not in HALVES]:
         number, names = changes[action]
@@ -168,7 +168,7 @@ def summary(changes):
 # Details ----------------------------------------------------------------------------------------------------
 
 def describeTransaction(base, number):
-    """All details of a transaction as a text; empty if the history does not have it."""
+    """All details of a transaction as text; empty if the history lacks the transaction."""
     with History(base) as history:
         found = history.rows('select * from trans where id = ?', number)
         if not found:
@@ -224,7 +224,7 @@ def itemsOf(history, number):
 
 
 def fullName(item):
-    """Name, version and architecture of a package, as dnf writes them; the name of a group."""
+    """The name, version and architecture of a package in dnf's form, or the name of a group."""
     if not item.isPackage:
         return item.name
     epoch = '{}:'.format(item.epoch) if item.epoch else ''
@@ -248,7 +248,7 @@ def linesOf(items):
 
 
 def outsideChanges(history, row):
-    """What is known about changes by other programs than dnf, before and after a transaction."""
+    """The text about changes that other programs than dnf have made directly before or after a transaction."""
     parts = []
     before = history.rows('select rpmdb_version_end as version from trans where id < ? order by id desc limit 1',
                           row['id'])
@@ -261,8 +261,8 @@ def outsideChanges(history, row):
 
 
 def remaining(base, history, number, items):
-    """The changes that an interrupted transaction has not made. Packages that a later transaction has changed do not
-    count.
+    """The changes that an interrupted transaction has not made. A package does not count if a later transaction has
+    changed it.
     """
     later = set((row['name'], row['arch']) for row in history.rows(
         'select distinct r.name as name, r.arch as arch from trans_item ti join rpm r on r.item_id = ti.item_id '

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the updates, and the packages that replace packages of other names.
+"""Finds the updates, and the packages that replace packages with other names.
 
 The worker that collects the packages runs this module.
 """
@@ -9,7 +9,8 @@ import hawkey
 
 
 def biArchOf(base, arch):
-    """The bi-arch class of an architecture. Packages of one name and class cannot be installed side by side.
+    """The bi-arch class of an architecture. Two packages with the same name and class cannot be installed at the same
+    time.
 
     Packages without an architecture belong to the class of the system.
     """
@@ -34,7 +35,7 @@ def findUpdates(base):
 
 
 def withoutExcluded(base, updates):
-    """The updates that dnf would install: it does not update an installed package that the configuration excludes."""
+    """The updates that dnf would install. dnf does not update an installed package that the configuration excludes."""
     excluded = set(package.name for package in excludedPackages(base))
     if not excluded:
         return updates
@@ -55,8 +56,8 @@ def excludedPackages(base):
 def chooseUpdates(base, updates):
     """Returns the updates that "dnf upgrade NAME" would install, and the same kind of pairs as findUpdates().
 
-    If an installed package has no architecture, the query returns an update for each architecture. Only one of them
-    replaces that package.
+    If an installed package has no architecture, the query returns an update for each architecture. Only one of these
+    updates replaces the installed package.
     """
     counterparts = []
     candidates = {}
@@ -82,8 +83,8 @@ def chooseUpdates(base, updates):
 
 
 def replacementPairs(base, news, olds):
-    """Pairs of a new package and the installed package of the same name that it replaces. The resolver decides first by
-    the bi-arch class, then by the version.
+    """Pairs of a new package and the installed package with the same name that the new package replaces. The resolver
+    decides first by the bi-arch class, then by the version.
     """
     pairs = []
     for old in olds:
@@ -92,14 +93,14 @@ def replacementPairs(base, news, olds):
         if new is not None:
             pairs.append((new, old))
     if len(set(new.arch == 'noarch' for new, old in pairs)) > 1:
-        # A package without an architecture cannot be installed beside a package of its name that has one.
+        # Two packages with the same name cannot be installed together if only one of them has an architecture.
         others = [(newestOf(base, [new for new in news if new.arch == old.arch and new.evr_cmp(best) == 0]), old)
                   for best, old in pairs]
         if all(new is not None for new, old in others):
             return others
         pairs = [(new, old) for new, old in pairs if new.arch == 'noarch']
     if any(new.arch == 'noarch' for new, old in pairs):
-        # A package without an architecture replaces all installed packages of its name.
+        # A package without an architecture replaces all installed packages with its name.
         return [(pairs[0][0], old) for old in olds]
     return pairs
 
@@ -118,7 +119,7 @@ def newestOf(base, packages):
 
 
 def findReplacements(base):
-    """Pairs of an installed package and the package of another name that replaces it in an update of all packages.
+    """Pairs of an installed package and the package with another name that replaces it when dnf updates all packages.
 
     The resolver runs only if an available package obsoletes an installed package.
     """

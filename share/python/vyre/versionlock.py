@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Reads and changes the version locks of dnf's plug-in versionlock. A worker runs this module.
+"""Reads and changes the version locks of dnf's versionlock plug-in. A worker runs this module.
 
-The plug-in's own command changes its list of locks, so that the command dnf and the program write the same lines.
+The plug-in's own command changes its list of locks, so that the dnf command and the program write the same lines.
 """
 
 import contextlib
@@ -34,9 +34,9 @@ def loadedPlugIn(base):
 
 
 def versionLocks(base):
-    """Returns None without the plug-in, otherwise a pair. The first value is the reason why the user cannot change the
-    list of locks, or an empty text. The second value is a dictionary: the name of each locked package, and the lines
-    that lock it.
+    """Returns None if the plug-in is not loaded, otherwise a pair. The first value is the reason why the user cannot
+    change the list of locks, or an empty text. The second value is a dictionary: the name of each locked package, and
+    the lines that lock it.
     """
     module = loadedPlugIn(base)
     if module is None:
@@ -49,8 +49,8 @@ def versionLocks(base):
 
 
 def writingFault(path):
-    """The reason why the user cannot change the list of locks, or an empty text. The plug-in adds lines to the file,
-    and replaces the file to remove lines.
+    """The reason why the user cannot change the list of locks, or an empty text. To add lines, the plug-in writes to
+    the file. To remove lines, it replaces the file.
     """
     directory = os.path.dirname(path)
     if all(os.access(each, os.W_OK) for each in ([path, directory] if os.path.exists(path) else [directory])):
@@ -59,7 +59,7 @@ def writingFault(path):
 
 
 def namesByLine(base, module):
-    """A dictionary of the list's lines, and the names of the packages that each line locks. The plug-in excludes all
+    """A dictionary from the list's lines to the names of the packages that each line locks. The plug-in excludes all
     other versions of these packages.
     """
     found = {}
@@ -91,7 +91,8 @@ def lockVersions(base, packages):
 
 
 def unlockVersions(base, packages):
-    """Remove the lines that lock the packages of these names. A line that also locks other packages remains."""
+    """Remove the lines that lock these packages. Keep each line that also locks other packages, and raise an exception.
+    """
     module = requirePlugIn(base)
     wanted = set(package.name for package in packages)
     lines = {line: names for line, names in namesByLine(base, module).items() if names & wanted}
