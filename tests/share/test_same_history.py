@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Transactions of the history undone and carried out again, by VYRE and by dnf."""
+"""Recorded transactions that VYRE and dnf undo and repeat in the same way."""
 
 import os
 
@@ -9,53 +9,53 @@ MODULES = ["extra-modules"]
 
 
 def without_files(root):
-    """A step that takes a repository away."""
+    """A step that removes the configuration of a repository."""
     os.unlink(os.path.join(root, "etc/yum.repos.d/sandbox-file.repo"))
 
 
 SCENARIOS = [
-    Scenario("an_undone_installation", "-astrolabe", before=["install astrolabe"], replay=("undo", 0),
+    Scenario("an_installation_is_undone", "-astrolabe", before=["install astrolabe"], replay=("undo", 0),
              dnf="history undo last"),
-    Scenario("an_undone_installation_with_dependencies", "-libbough -libtwig", before=["install libbough"],
+    Scenario("an_installation_with_dependencies_is_undone", "-libbough -libtwig", before=["install libbough"],
              replay=("undo", 0), dnf="history undo last"),
-    Scenario("an_undone_update", "^anvil-make", before=["upgrade anvil-make"], replay=("undo", 0),
+    Scenario("an_update_is_undone", "^anvil-make", before=["upgrade anvil-make"], replay=("undo", 0),
              dnf="history undo last"),
-    Scenario("an_undone_downgrade", "^anvil-make", before=["upgrade anvil-make", "downgrade anvil-make"],
+    Scenario("a_downgrade_is_undone", "^anvil-make", before=["upgrade anvil-make", "downgrade anvil-make"],
              replay=("undo", 0), dnf="history undo last"),
-    Scenario("an_undone_removal", "+trellis-editor +libtrellis", before=["remove trellis-editor"], replay=("undo", 0),
+    Scenario("a_removal_is_undone", "+trellis-editor +libtrellis", before=["remove trellis-editor"], replay=("undo", 0),
              dnf="history undo last"),
-    Scenario("an_undone_replacement", "-newpost +oldpost", before=["install newpost"], replay=("undo", 0),
+    Scenario("a_replacement_is_undone", "-newpost +oldpost", before=["install newpost"], replay=("undo", 0),
              dnf="history undo last"),
-    Scenario("an_undone_change_of_reasons", "", before=["install libbough", "mark install libtwig"],
+    Scenario("a_change_of_reasons_is_undone", "", before=["install libbough", "mark install libtwig"],
              replay=("undo", 0), dnf="history undo last"),
-    Scenario("an_undone_installation_of_a_group", "-pebble-go -hedgerow -orrery", before=["group install games"],
+    Scenario("a_group_installation_is_undone", "-pebble-go -hedgerow -orrery", before=["group install games"],
              groups=True, replay=("undo", 0), dnf="history undo last"),
-    Scenario("an_undone_removal_of_a_group", "+easel +palette-knife", before=["group remove arts"], groups=True,
+    Scenario("a_group_removal_is_undone", "+easel +palette-knife", before=["group remove arts"], groups=True,
              replay=("undo", 0), dnf="history undo last"),
-    Scenario("an_undone_installation_from_a_stream", "-grove-cli -grove-data", repos=MODULES,
+    Scenario("an_installation_from_a_module_stream_is_undone", "-grove-cli -grove-data", repos=MODULES,
              before=["install grove-cli"], replay=("undo", 0), dnf="history undo last"),
-    Scenario("an_older_transaction_undone", "-astrolabe", before=["install astrolabe", "install loupe"],
+    Scenario("a_transaction_before_the_last_is_undone", "-astrolabe", before=["install astrolabe", "install loupe"],
              replay=("undo", 1), dnf="history undo last-1"),
-    Scenario("an_undone_undo", "+astrolabe", before=["install astrolabe", "history undo last"], replay=("undo", 0),
-             dnf="history undo last"),
-    Scenario("all_transactions_since_one", "-loupe ^anvil-make +almanac",
+    Scenario("the_undoing_of_a_transaction_is_undone", "+astrolabe", before=["install astrolabe", "history undo last"],
+             replay=("undo", 0), dnf="history undo last"),
+    Scenario("a_rollback_undoes_all_later_transactions", "-loupe ^anvil-make +almanac",
              before=["install astrolabe", "install loupe", "upgrade anvil-make", "remove almanac"],
              replay=("rollback", 3), dnf="history rollback last-3"),
-    Scenario("an_installation_again", "+astrolabe", before=["install astrolabe", "remove astrolabe"],
+    Scenario("an_installation_is_repeated", "+astrolabe", before=["install astrolabe", "remove astrolabe"],
              replay=("redo", 1), dnf="history redo last-1"),
-    Scenario("an_update_again", "^anvil-make", before=["upgrade anvil-make", "downgrade anvil-make"],
+    Scenario("an_update_is_repeated", "^anvil-make", before=["upgrade anvil-make", "downgrade anvil-make"],
              replay=("redo", 1), dnf="history redo last-1"),
-    Scenario("a_removal_again", "-almanac", before=["remove almanac", "install almanac"], replay=("redo", 1),
+    Scenario("a_removal_is_repeated", "-almanac", before=["remove almanac", "install almanac"], replay=("redo", 1),
              dnf="history redo last-1"),
-    Scenario("a_package_that_another_one_needs_now", "refused libbough",
+    Scenario("undoing_is_refused_if_a_later_package_needs_the_package", "refused libbough",
              before=["install libtwig", "install libbough"], replay=("undo", 1), dnf="history undo last-1"),
-    Scenario("a_package_that_no_repository_has", "refused Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\"",
-             before=["remove lexicon-en", without_files], replay=("undo", 0),
-             dnf="history undo last"),
-    Scenario("a_transaction_that_is_partly_impossible",
+    Scenario("undoing_is_refused_if_no_repository_has_the_package",
+             "refused Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\"",
+             before=["remove lexicon-en", without_files], replay=("undo", 0), dnf="history undo last"),
+    Scenario("only_vyre_undoes_the_possible_part_of_a_transaction",
              "refused Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\"",
              before=["remove lexicon-en almanac", without_files], replay=("undo", 0),
-             dnf="history undo last", differs=("Undoing what is only partly possible", "+almanac")),
+             dnf="history undo last", differs=("Transactions that can only partly be undone", "+almanac")),
 ]
 
 SameAsDnfTest = tests(SCENARIOS)
