@@ -130,8 +130,7 @@ class VirtualDisplay:
                 stream.write(BUS_OF_ALL.format(address))
             self._start_bus('--config-file=' + path)
             # Programs that find no launcher read this property.
-            subprocess.run(['xprop', '-root', '-f', 'AT_SPI_BUS', '8s', '-set', 'AT_SPI_BUS', address],
-                           env=self.environment, check=True)
+            self._set_bus_property(address)
             return
         self._start_bus('--session')
         for launcher in ('/usr/libexec/at-spi-bus-launcher', '/usr/lib/at-spi2-core/at-spi-bus-launcher'):
@@ -144,12 +143,21 @@ class VirtualDisplay:
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
                     'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',
                     'variant:boolean:true'], b'method return', 'the accessibility bus')
+        # Qt uses the bus only if the root window has this property. Sometimes the launcher does not set the property.
+        answer = self._wait(['dbus-send', '--session', '--print-reply=literal', '--dest=org.a11y.Bus', '/org/a11y/bus',
+                             'org.a11y.Bus.GetAddress'], b'unix:', 'the address of the accessibility bus')
+        self._set_bus_property(answer.decode().strip())
+
+    def _set_bus_property(self, address):
+        subprocess.run(['xprop', '-root', '-f', 'AT_SPI_BUS', '8s', '-set', 'AT_SPI_BUS', address],
+                       env=self.environment, check=True)
 
     def _wait(self, command, expected, what):
+        """Repeat the command until its output contains the expected text; return the output."""
         for _ in range(200):
             answer = subprocess.run(command, env=self.environment, stdout=subprocess.PIPE,
                                     stderr=subprocess.DEVNULL)
             if expected in answer.stdout:
-                return
+                return answer.stdout
             time.sleep(0.05)
         raise StartError(what + ' did not start')
