@@ -20,17 +20,17 @@ private Q_SLOTS:
     void init();
     void cleanup() { dialog.reset(); }
     void cleanupTestCase() { table.reset(); }
-    void itListsTheAdvisories();
-    void detailsAreThoseOfTheCurrentRow();
-    void theCurrentAdvisoryStaysTheCurrentOne();
-    void withoutAdvisoriesItSaysSo();
+    void theListShowsTheAdvisories();
+    void theDetailsDescribeTheCurrentAdvisory();
+    void theCurrentAdvisoryIsStillCurrentAfterALoad();
+    void anEmptyListSaysThatAdvisoriesAreMissing();
     void selectedAdvisoriesAreMarked();
     void allSecurityUpdatesAreMarkedByKey();
-    void theReasonsOfRefusalsAreShown();
-    void buttonsNeedAMissingUpdate();
+    void aMessageNamesThePackagesThatCannotBeMarked();
+    void aButtonIsEnabledOnlyIfAnUpdateIsMissing();
     void enterPressesNoButton();
-    void escapeCloses();
-    void tabGoesThroughAllParts();
+    void escapeClosesTheDialog();
+    void tabReachesAllPartsOfTheDialog();
 
 private:
     QPushButton* button(const QString& text) const
@@ -112,7 +112,7 @@ void AdvisoryDialogTest::init()
     QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
 }
 
-void AdvisoryDialogTest::itListsTheAdvisories()
+void AdvisoryDialogTest::theListShowsTheAdvisories()
 {
     QCOMPARE(dialog->windowTitle(), QString("VYRE Advisories"));
     QCOMPARE(listed(), (QStringList{"A-1", "B-2", "C-3", "D-4"}));
@@ -121,7 +121,7 @@ void AdvisoryDialogTest::itListsTheAdvisories()
     QCOMPARE(listed(), QStringList{"B-2"});
 }
 
-void AdvisoryDialogTest::detailsAreThoseOfTheCurrentRow()
+void AdvisoryDialogTest::theDetailsDescribeTheCurrentAdvisory()
 {
     QVERIFY(details().startsWith("A-1: About A-1\n"));
     QVERIFY(details().contains("tool-2-1.x86_64"));
@@ -131,7 +131,7 @@ void AdvisoryDialogTest::detailsAreThoseOfTheCurrentRow()
     QCOMPARE(details(), QString());
 }
 
-void AdvisoryDialogTest::theCurrentAdvisoryStaysTheCurrentOne()
+void AdvisoryDialogTest::theCurrentAdvisoryIsStillCurrentAfterALoad()
 {
     QTest::keyClick(view(), Qt::Key_Down);
     table->standIn.setAdvisories({StandIn::advisory("Z-9", true, {StandIn::advised("tool", 0)}),
@@ -144,7 +144,7 @@ void AdvisoryDialogTest::theCurrentAdvisoryStaysTheCurrentOne()
     QVERIFY(details().startsWith("B-2: About B-2\n"));
 }
 
-void AdvisoryDialogTest::withoutAdvisoriesItSaysSo()
+void AdvisoryDialogTest::anEmptyListSaysThatAdvisoriesAreMissing()
 {
     table->standIn.setAdvisories({});
     table->collectUsual();
@@ -179,7 +179,7 @@ void AdvisoryDialogTest::allSecurityUpdatesAreMarkedByKey()
     QCOMPARE(wanted(), QStringList{"tool"});
 }
 
-void AdvisoryDialogTest::theReasonsOfRefusalsAreShown()
+void AdvisoryDialogTest::aMessageNamesThePackagesThatCannotBeMarked()
 {
     select({"D-4"});
     QString shown;
@@ -195,7 +195,7 @@ void AdvisoryDialogTest::theReasonsOfRefusalsAreShown()
     QCOMPARE(wanted(), QStringList{"tool"});
 }
 
-void AdvisoryDialogTest::buttonsNeedAMissingUpdate()
+void AdvisoryDialogTest::aButtonIsEnabledOnlyIfAnUpdateIsMissing()
 {
     select({"C-3"});
     QVERIFY(!button("&Mark Updates")->isEnabled());
@@ -213,14 +213,14 @@ void AdvisoryDialogTest::enterPressesNoButton()
     QCOMPARE(wanted(), QStringList());
 }
 
-void AdvisoryDialogTest::escapeCloses()
+void AdvisoryDialogTest::escapeClosesTheDialog()
 {
     QTest::keyClick(view(), Qt::Key_Escape);
     QVERIFY(!dialog->isVisible());
     QCOMPARE(wanted(), QStringList());
 }
 
-void AdvisoryDialogTest::tabGoesThroughAllParts()
+void AdvisoryDialogTest::tabReachesAllPartsOfTheDialog()
 {
     QWidget* const edit = dialog->findChild<QLineEdit*>();
     const QList<QWidget*> order{dialog->findChild<QTextEdit*>(),

@@ -17,11 +17,11 @@ private Q_SLOTS:
     void initTestCase() { table = std::make_unique<Table>(); }
     void init() { table->collectUsual(); }
     void cleanupTestCase() { table.reset(); }
-    void updatesAreFoundOnce();
-    void obstaclesAreSaid();
-    void recordsWithoutUpdateAreRefused();
-    void marksForRemovalStay();
-    void replacedPackagesAreLeftToTheUser();
+    void anUpdateInTwoAdvisoriesIsFoundOnce();
+    void eachObstacleToAnUpdateIsNamed();
+    void aPackageWithoutAnUpdateInTheTableIsRefused();
+    void aPackageMarkedForRemovalIsRefused();
+    void aReplacedPackageIsRefused();
 
 private:
     AdvisoryMarker::Found find(const QVector<Advisory>& advisories) const
@@ -32,17 +32,17 @@ private:
     std::unique_ptr<Table> table;
 };
 
-void AdvisoryMarkerTest::updatesAreFoundOnce()
+void AdvisoryMarkerTest::anUpdateInTwoAdvisoriesIsFoundOnce()
 {
     const auto found = find({advisory("A-1", true, {packageOf("tool"), packageOf("many")}),
                              advisory("A-2", false, {packageOf("tool")})});
     QCOMPARE(found.entries, (QVector<Package::Entry*>{&table->entry("tool"), &table->entry("many")}));
     QCOMPARE(found.refusals, QStringList());
-    // Finding changes no record.
+    // The search for updates changes no record.
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void AdvisoryMarkerTest::obstaclesAreSaid()
+void AdvisoryMarkerTest::eachObstacleToAnUpdateIsNamed()
 {
     const Advisory made =
         advisory("A-1", true,
@@ -61,7 +61,7 @@ void AdvisoryMarkerTest::obstaclesAreSaid()
              QString("tool-2-1.x86_64: not installed, the update is 2-1"));
 }
 
-void AdvisoryMarkerTest::recordsWithoutUpdateAreRefused()
+void AdvisoryMarkerTest::aPackageWithoutAnUpdateInTheTableIsRefused()
 {
     const auto found = find({advisory("A-1", true, {packageOf("shell"), packageOf("nobody")})});
     QCOMPARE(found.entries.count(), 0);
@@ -69,7 +69,7 @@ void AdvisoryMarkerTest::recordsWithoutUpdateAreRefused()
                                           "nobody-2-1.x86_64: the table has no update"}));
 }
 
-void AdvisoryMarkerTest::marksForRemovalStay()
+void AdvisoryMarkerTest::aPackageMarkedForRemovalIsRefused()
 {
     table->entry("tool").action = Package::Remove;
     table->entry("many").action = Package::Update;
@@ -78,7 +78,7 @@ void AdvisoryMarkerTest::marksForRemovalStay()
     QCOMPARE(found.refusals, QStringList{"tool-2-1.x86_64: it is marked for removal"});
 }
 
-void AdvisoryMarkerTest::replacedPackagesAreLeftToTheUser()
+void AdvisoryMarkerTest::aReplacedPackageIsRefused()
 {
     using S = StandIn;
     table->collect({S::package("tool", {{"version", "2"}})}, {S::package("tool")},

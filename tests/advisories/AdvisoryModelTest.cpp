@@ -70,7 +70,7 @@ private Q_SLOTS:
         QVERIFY(!model.index(0, AdvisoryModel::Id).data(FilteredRows::SortRole).isValid());
     }
 
-    void expressionSeesNumbersPackagesAndDescription()
+    void theExpressionAlsoMatchesNumbersPackagesAndDescription()
     {
         AdvisoryModel model;
         model.setAdvisories(some());
@@ -101,7 +101,7 @@ private Q_SLOTS:
         }
     }
 
-    void detailsHaveEverything()
+    void theDetailsContainAllPartsOfAnAdvisory()
     {
         AdvisoryModel model;
         model.setAdvisories(some());

@@ -21,7 +21,7 @@ from driver import wait_for  # noqa: E402
 
 VYRE, SCRIPT = map(os.path.abspath, (sys.argv.pop(1), sys.argv.pop(1)))
 
-# The roles of controls that a user acts on.
+# The roles of the controls that a user operates.
 CONTROLS = (pyatspi.ROLE_PUSH_BUTTON, pyatspi.ROLE_CHECK_BOX, pyatspi.ROLE_COMBO_BOX, pyatspi.ROLE_TEXT,
             pyatspi.ROLE_PASSWORD_TEXT, pyatspi.ROLE_SPIN_BUTTON, pyatspi.ROLE_TABLE, pyatspi.ROLE_PROGRESS_BAR)
 
@@ -97,7 +97,7 @@ class AccessibilityTest(unittest.TestCase):
         self.assertEqual(self.field(log, 'Detail level'), pyatspi.ROLE_SPIN_BUTTON)
         self.assertEqual(self.field(log, 'Close'), pyatspi.ROLE_PUSH_BUTTON)
 
-    def test_editor_and_form_are_used_by_keyboard_and_read(self):
+    def test_editor_and_form_can_be_used_by_keyboard_and_screen_reader(self):
         driver.key('ctrl+e')
         editor = self.program.window('VYRE Repository Configuration Editor')
         editor.wait_settled()

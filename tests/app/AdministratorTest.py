@@ -4,8 +4,8 @@
 
 usage: AdministratorTest.py CMAKE BUILD [options of unittest...]
 
-Everything runs in separate name spaces. The system in them has the installed program, two more users, and separate
-processes of the message bus and of polkit. Other processes see none of these changes.
+The tests run in separate name spaces. The system in these name spaces has the installed program, two more users, and
+its own message bus and polkit. Processes outside the name spaces see none of these changes.
 """
 import getopt
 import importlib.machinery
@@ -142,7 +142,7 @@ class AdministratorTest(unittest.TestCase):
         os.chmod('/usr/bin/vyre', 0o755)
 
     def permit_user_without_cookie(self):
-        """Permit the user on the display, as the X servers of some Wayland desktops do."""
+        """Let the user use the display without a cookie, as the X servers of some Wayland desktops do."""
         self.display.xhost('+si:localuser:' + NAME)
 
     # What root receives
@@ -184,7 +184,7 @@ class AdministratorTest(unittest.TestCase):
         directory = os.stat('/run/vyre')
         self.assertEqual((stat.S_IMODE(directory.st_mode), directory.st_uid), (0o700, 0))
         self.assertFalse(os.path.exists(hurtful))
-        # With a cookie, root needs no further permission.
+        # Because of the cookie, root needs no further permission.
         self.assertEqual(self.display.let_in(), [])
 
         # The user's browser runs as the user, and finds the display.
@@ -197,7 +197,7 @@ class AdministratorTest(unittest.TestCase):
                           'XDG_RUNTIME_DIR': self.system.runtime})
         self.quit()
 
-    def test_a_cookie_at_home_is_found(self):
+    def test_a_cookie_in_the_home_directory_is_found(self):
         cookies = os.path.join(self.system.home, '.Xauthority')
         self.display.write_cookie(cookies, UID)
         self.start()
@@ -205,7 +205,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.let_in(), [])
         self.quit()
 
-    def test_without_a_cookie_root_is_permitted_while_vyre_runs(self):
+    def test_root_has_the_permission_only_while_vyre_runs_if_the_cookie_is_missing(self):
         self.permit_user_without_cookie()
         # The cookie of another display is useless.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
@@ -216,7 +216,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
-    def test_an_existing_permission_of_root_stays(self):
+    def test_an_earlier_permission_of_root_is_kept_after_the_end(self):
         self.permit_user_without_cookie()
         self.display.xhost('+si:localuser:root')
         self.start()
@@ -224,7 +224,7 @@ class AdministratorTest(unittest.TestCase):
         self.quit()
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
 
-    def test_the_end_of_the_session_removes_the_permission_and_does_not_end_vyre(self):
+    def test_the_end_of_the_session_removes_the_permission_but_does_not_end_vyre(self):
         self.permit_user_without_cookie()
         self.start()
         vyre = self.vyre()
@@ -253,7 +253,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.end(), (0, ''))
         given = self.system.record()
         self.assertEqual(given['status']['Uid'], '0\t0\t0\t0')
-        # The interpreter that runs the stand-in itself ignores two signals.
+        # The stand-in's own interpreter ignores two signals.
         ignored = sum(1 << (number - 1) for number in (signal.SIGPIPE, signal.SIGXFSZ))
         for field, expected in (('SigBlk', 0), ('SigPnd', 0), ('ShdPnd', 0), ('SigIgn', ignored)):
             with self.subTest(field):
@@ -279,7 +279,7 @@ class AdministratorTest(unittest.TestCase):
         self.vyre()
         self.quit()
 
-    def test_a_limit_that_cannot_be_reset_is_refused(self):
+    def test_vyre_does_not_start_if_a_limit_cannot_be_reset(self):
         self.record_the_start_of_vyre()
         for option, name in (('--fsize=65536', 'the size of files'), ('--cpu=100', 'processor time'),
                              ('--as=2000000000', 'the address space'), ('--data=1000000000', 'the size of data'),
@@ -290,11 +290,11 @@ class AdministratorTest(unittest.TestCase):
                 self.assertEqual((done.returncode, done.stderr),
                                  (1, 'vyre-admin: the limit on {} cannot be reset\n'.format(name)))
                 self.assertIsNone(self.system.record())
-        # Without a limit to reset, vyre-admin refuses nothing.
+        # If no limit must be reset, vyre-admin refuses nothing.
         run('setpriv', '--bounding-set=-sys_resource', ADMIN, env={'PKEXEC_UID': str(UID)})
         self.assertIsNotNone(self.system.record())
 
-    def test_closed_standard_streams_do_not_matter(self):
+    def test_vyre_starts_with_closed_standard_streams(self):
         self.record_the_start_of_vyre()
         for closed in ('<&-', '>&-', '2>&-', '<&- >&-', '<&- 2>&-', '>&- 2>&-', '<&- >&- 2>&-'):
             with self.subTest(closed):
@@ -388,12 +388,12 @@ class AdministratorTest(unittest.TestCase):
                 (['-testability'], '-testability'), (['-session', 'x'], '-session'), (['-display', ':1'], '-display'),
                 (['-qmljsdebugger=port:1,file:/x'], '-qmljsdebugger=port:1,file:/x'), (['-reverse'], '-reverse'),
                 (['-geometry', '1x1'], '-geometry'),
-                # Words at which vyre expects the argument of an option.
+                # These words are in places where vyre expects the argument of an option.
                 (['-e', '-platformpluginpath', '--log'], '-platformpluginpath'),
                 (['--regexp', '--platform', '-gl'], '--platform'),
                 (['--disablerepo', '-stylesheet=/etc/shadow'], '-stylesheet=/etc/shadow'),
                 (['-gm', '-style'], '-style'),
-                # Words that vyre itself refuses.
+                # Arguments that vyre itself refuses.
                 (['-d'], '-d'), (['-gd'], '-gd'), (['--d'], '--d'), (['--log=x'], '--log=x'), (['--foo'], '--foo'),
                 (['foo'], 'foo'), (['--', '-g'], '--'), (['-'], '-'), (['-g', ''], '')):
             with self.subTest(words):
@@ -402,7 +402,7 @@ class AdministratorTest(unittest.TestCase):
                 self.start(*words, password=None)
                 self.dismiss_message()
                 self.assertEqual(self.end(), (1, message))
-                # Anyone can skip the first run.
+                # A user can also start the second run directly.
                 self.start(*words, command=PKEXEC + (ADMIN,), password=None, uid=TRUSTED_UID,
                            XAUTHORITY=self.trusted_cookies())
                 self.assertEqual(self.end(), (1, message))
@@ -445,7 +445,7 @@ class AdministratorTest(unittest.TestCase):
         code = 'import os\nif os.geteuid() == 0:\n    open({!r}, "w").close()\n'
         for name in ('sitecustomize.py', 'usercustomize.py', 'struct.py', 'python/YumIO.py'):
             write(os.path.join(hurtful, name), code.format(os.path.join(hurtful, os.path.basename(name)) + '.0'))
-        # The first run belongs to the user, who may load any library in it.
+        # The user starts the first run, and may load any library in this run.
         cookies = self.trusted_cookies()
         for command in ((ADMIN, '-style=marking'), PKEXEC + (ADMIN, '-style', 'marking')):
             with self.subTest(command):
@@ -487,8 +487,8 @@ class AdministratorTest(unittest.TestCase):
         self.assertTrue(errors.endswith(NOT_LET), errors)
 
     def test_a_dismissed_question_shows_no_message(self):
-        # The real pkexec ends like this when the user presses a button of a desktop's agent. The agent of terminals
-        # has no such button.
+        # This is the exit status of the real pkexec after the user presses Cancel in a desktop's agent. The terminal
+        # agent has no such button.
         stand_in = os.path.join(self.system.scratch, 'dismissing')
         write(stand_in + '/pkexec', '#!/bin/sh\necho "pkexec: dismissed" >&2\nexit 126\n')
         os.chmod(stand_in + '/pkexec', 0o755)
@@ -496,7 +496,7 @@ class AdministratorTest(unittest.TestCase):
         self.start(password=None, PATH=stand_in + ':/usr/bin')
         self.assertEqual(self.ended(), (126, 'pkexec: dismissed\n'))
 
-    def test_without_a_cookie_and_without_xhost_there_is_one_message(self):
+    def test_one_message_is_shown_if_the_cookie_and_xhost_are_missing(self):
         programs = os.path.join(self.system.scratch, 'programs')
         os.mkdir(programs)
         os.symlink('/usr/bin/pkexec', programs + '/pkexec')
@@ -510,7 +510,7 @@ class AdministratorTest(unittest.TestCase):
         self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
                                'xhost has failed\n'.format(self.display.name))
 
-    def test_vyre_reports_a_display_that_does_not_exist(self):
+    def test_vyre_reports_a_missing_display(self):
         cookies = os.path.join(self.system.home, '.Xauthority')
         run('xauth', '-q', '-f', cookies, 'add', ':987654', '.', COOKIE)
         os.chown(cookies, UID, UID)
@@ -518,11 +518,11 @@ class AdministratorTest(unittest.TestCase):
         self.check_not_started('vyre: the X display :987654 cannot be opened: no server answers there, or it does not '
                                'let this user in\n')
 
-    def test_without_a_display_there_is_one_message(self):
+    def test_one_message_is_shown_if_the_display_is_missing(self):
         self.start(password=None, unset=['DISPLAY'])
         self.check_not_started('vyre-admin: there is no X display: DISPLAY is not set\n')
 
-    def test_without_pkexec_there_is_one_message(self):
+    def test_one_message_is_shown_if_pkexec_is_missing(self):
         self.start(password=None, PATH='/nowhere')
         self.check_not_started('vyre-admin: the program pkexec is missing; root can start VYRE with the command vyre\n')
 

@@ -46,7 +46,7 @@ struct Ended
     QString err;
 };
 
-// Runs the real program, which must end without the help of the test.
+// Runs the real program. It must end by itself.
 Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
 {
     QProcess process;
@@ -200,7 +200,7 @@ private Q_SLOTS:
         QCOMPARE(shown->stateBox->currentIndex(), state);
     }
 
-    void duplicatesAndGroupsNeedNoArgument_data()
+    void duplicatesAndGroupsTakeNoArgument_data()
     {
         QTest::addColumn<QList<QByteArray>>("options");
         QTest::addColumn<bool>("duplicates");
@@ -214,7 +214,7 @@ private Q_SLOTS:
         QTest::newRow("letters together") << Options{"-gl", "--duplicates"} << false << true;
     }
 
-    void duplicatesAndGroupsNeedNoArgument()
+    void duplicatesAndGroupsTakeNoArgument()
     {
         QFETCH(QList<QByteArray>, options);
         QFETCH(bool, duplicates);
@@ -224,9 +224,9 @@ private Q_SLOTS:
         QCOMPARE(shown->groupsBox->isChecked(), groups);
     }
 
-    // These are two functions, because a process can start only one window.
-    void logIsOpenedByTheLetter() { checkLogIsOpened("-l"); }
-    void logIsOpenedByTheName() { checkLogIsOpened("--log"); }
+    // A process can start only one window, so these tests need two functions.
+    void logIsOpenedByTheShortOption() { checkLogIsOpened("-l"); }
+    void logIsOpenedByTheLongOption() { checkLogIsOpened("--log"); }
 
     void withoutOptionsTheConfigurationDecides()
     {
@@ -257,21 +257,21 @@ private Q_SLOTS:
                  (QStringList{"disableRepo extras", "enableRepo base"}));
     }
 
-    void overridesAreCollectedInOrder()
+    void repositoryOptionsAreStoredInOrder()
     {
         QCOMPARE(repositories({"--disablerepo=*", "--enablerepo=extras"}),
                  (QStringList{"disableRepo base", "enableRepo extras"}));
     }
 
-    void theLastMatchingOverrideIsUsed()
+    void theLastMatchingRepositoryOptionIsUsed()
     {
         QCOMPARE(repositories({"--enablerepo=extras", "--disablerepo=*"}),
                  (QStringList{"disableRepo base", "disableRepo extras"}));
     }
 
-    // --- The real program, which ends at once
+    // --- The real program ends at once
 
-    void helpEndsWithStatusOne_data()
+    void helpEndsTheProgramWithStatusOne_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::newRow("-h") << QStringList{"-h"};
@@ -282,7 +282,7 @@ private Q_SLOTS:
         QTest::newRow("before a mistake") << QStringList{"-h", "-d"};
     }
 
-    void helpEndsWithStatusOne()
+    void helpEndsTheProgramWithStatusOne()
     {
         QFETCH(QStringList, arguments);
         const Ended ended = run(arguments);
@@ -291,7 +291,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 1);
     }
 
-    void mistakesEndWithAMessageAndTheUsage_data()
+    void aMistakeEndsTheProgramWithAMessageAndTheUsage_data()
     {
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("message");
@@ -328,7 +328,7 @@ private Q_SLOTS:
         add({"-"}, "vyre: unrecognized argument: -\n");
     }
 
-    void mistakesEndWithAMessageAndTheUsage()
+    void aMistakeEndsTheProgramWithAMessageAndTheUsage()
     {
         QFETCH(QStringList, arguments);
         QFETCH(QString, message);

@@ -17,7 +17,7 @@ using Credentials::Text;
 
 namespace {
 
-// The text with a star for each character of a password, and with a bar at each empty place of a password.
+// The text with a star for each password character, and with a bar where a password is empty.
 QString starred(const QString& text, Text kind)
 {
     QString result = text;
@@ -31,7 +31,7 @@ QString starred(const QString& text, Text kind)
     return result;
 }
 
-// The rules of the scanner as regular expressions. Each expression is tried at every place of the text.
+// The scanner's rules as regular expressions. The test tries each expression at every position in the text.
 QVector<QRegularExpression> expressions(Text kind)
 {
     const auto make = [](const char* pattern) {
@@ -147,14 +147,14 @@ private Q_SLOTS:
     void passwordsOfUrlsAreFound();
     void passwordsOfOptionsAreFound_data();
     void passwordsOfOptionsAreFound();
-    void aTextWithAPlaceForAPasswordHasCredentials();
-    void anEmptyPlaceIsNoPassword();
-    void placesAreTheSameAsWithExpressions_data();
-    void placesAreTheSameAsWithExpressions();
+    void aTextWithAnEmptyPasswordHasCredentials();
+    void anEmptyPasswordIsNoPassword();
+    void theScannerFindsTheSamePasswordsAsRegularExpressions_data();
+    void theScannerFindsTheSamePasswordsAsRegularExpressions();
     void everyPasswordIsHiddenByThreeDots();
     void credentialsAreRemovedFromUrls();
-    void theTimeIsLinearInTheLength_data();
-    void theTimeIsLinearInTheLength();
+    void theSearchTimeIsLinearInTheLengthOfTheText_data();
+    void theSearchTimeIsLinearInTheLengthOfTheText();
 };
 
 void CredentialsTest::passwordsOfUrlsAreFound_data()
@@ -221,7 +221,7 @@ void CredentialsTest::passwordsOfOptionsAreFound()
     QTEST(starred(text, Text::Options), "expected");
 }
 
-void CredentialsTest::aTextWithAPlaceForAPasswordHasCredentials()
+void CredentialsTest::aTextWithAnEmptyPasswordHasCredentials()
 {
     QVERIFY(Credentials::holds(QStringLiteral("/vantor?u=&p=&path="), Text::Urls));
     QVERIFY(Credentials::holds(QStringLiteral("[r]\nproxy=http://u:p@h/\n"), Text::Options));
@@ -230,7 +230,7 @@ void CredentialsTest::aTextWithAPlaceForAPasswordHasCredentials()
     QVERIFY(!Credentials::holds(QStringLiteral("http://h/vantor\nusername=u\n"), Text::Options));
 }
 
-void CredentialsTest::anEmptyPlaceIsNoPassword()
+void CredentialsTest::anEmptyPasswordIsNoPassword()
 {
     for (const char* text : {"/vantor?u=&p=&path=", "password=\n", "password = \n[r]\n",
                              "http://h/?password=", "http://u:@h/", "http://h/\n"}) {
@@ -242,14 +242,14 @@ void CredentialsTest::anEmptyPlaceIsNoPassword()
     }
 }
 
-void CredentialsTest::placesAreTheSameAsWithExpressions_data()
+void CredentialsTest::theScannerFindsTheSamePasswordsAsRegularExpressions_data()
 {
     QTest::addColumn<bool>("options");
     QTest::newRow("URLs") << false;
     QTest::newRow("options") << true;
 }
 
-void CredentialsTest::placesAreTheSameAsWithExpressions()
+void CredentialsTest::theScannerFindsTheSamePasswordsAsRegularExpressions()
 {
     QFETCH(bool, options);
     const Text kind = options ? Text::Options : Text::Urls;
@@ -306,7 +306,7 @@ void CredentialsTest::credentialsAreRemovedFromUrls()
     QVERIFY(tried > 20);
 }
 
-void CredentialsTest::theTimeIsLinearInTheLength_data()
+void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText_data()
 {
     QTest::addColumn<QString>("piece");
     for (const char* piece : {"/vantor?",    "/vantor",       "/vantor?a=",
@@ -322,7 +322,7 @@ void CredentialsTest::theTimeIsLinearInTheLength_data()
 
 // The second text is eight times as long. With linear time, the search takes eight times as long; with
 // quadratic time, 64 times.
-void CredentialsTest::theTimeIsLinearInTheLength()
+void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText()
 {
     QFETCH(QString, piece);
     const auto nanoseconds = [](const QString& text) {

@@ -34,7 +34,7 @@ private:
     QStringList families;
 };
 
-// The families whose name selects a font of this family.
+// The known family names that select a font of this family.
 QStringList resolvingFamilies()
 {
     QStringList resolving;

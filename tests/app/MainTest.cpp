@@ -47,9 +47,9 @@ private:
             return -1;
         }
         meanwhile();
-        // The key has no effect while the program works, so the test presses it until it has an effect.
+        // While the program works, it ignores the key. So the test presses the key until it has an effect.
         for (int i = 0; i < 100 && process.state() == QProcess::Running; ++i) {
-            // Two commands are necessary: a single command that loses its window half way leaves keys
+            // Two commands are necessary: if a single command loses its window half way, it leaves keys
             // pressed.
             if (QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ",
                                               "windowactivate", "--sync"}) == 0) {
@@ -108,7 +108,7 @@ private Q_SLOTS:
         QVERIFY(QFileInfo(temporary->filePath(runtimeName())).isDir());
     }
 
-    void closedStandardDescriptorsDoNotMatter_data()
+    void theProgramStartsWithClosedStandardDescriptors_data()
     {
         QTest::addColumn<QString>("closed");
         for (const char* closed : {"0", "1", "2", "01", "02", "12", "012"}) {
@@ -116,7 +116,7 @@ private Q_SLOTS:
         }
     }
 
-    void closedStandardDescriptorsDoNotMatter()
+    void theProgramStartsWithClosedStandardDescriptors()
     {
         QFETCH(QString, closed);
         QString redirections;
@@ -139,7 +139,7 @@ private Q_SLOTS:
         }
     }
 
-    void withoutADisplayThereIsOneMessage_data()
+    void aMissingDisplayCausesOneMessage_data()
     {
         QTest::addColumn<QString>("display");
         QTest::addColumn<QStringList>("arguments");
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QTest::newRow("help without a server") << ":987654" << QStringList{"-h"} << missing;
     }
 
-    void withoutADisplayThereIsOneMessage()
+    void aMissingDisplayCausesOneMessage()
     {
         QFETCH(QString, display);
         QFETCH(QStringList, arguments);

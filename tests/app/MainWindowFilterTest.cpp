@@ -12,43 +12,43 @@
 
 using namespace PackageTable;
 
-// Tests of the filter row, which selects the listed rows, and of the buttons that set their actions.
+// Tests of the filter row, which selects the listed rows, and of the buttons that mark rows.
 class MainWindowFilterTest : public StandInWindow
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void returnAppliesTheExpression();
-    void buttonAppliesTheExpression();
+    void theReturnKeyAppliesTheExpression();
+    void theButtonAppliesTheExpression();
     void typingAloneDoesNotChangeTheList();
     void stateBoxSelectsTheListedRows();
     void duplicatesCanBeLeftOut();
     void groupsCanBeIncluded();
-    void textsDependOnTheMode();
-    void searchForAnyTextLoadsNothing();
+    void theLabelsAndToolTipsDependOnTheMode();
+    void aSearchWithoutAnExpressionLoadsNothing();
     void searchFindsTextsInEveryField();
-    void collectionLoadsTheExtraData();
+    void extraDataAreNotReadAgainAfterACollection();
     void extraDataAreLoadedOnceForTheFirstExpression();
     void nothingIsFilteredWhileExtraDataAreLoaded();
     void exactPathOfAFileIsFound();
-    void fruitlessSearchForAnEndShowsAHint();
+    void aSearchForALineEndWithoutMatchesShowsAHint();
     void invalidExpressionLooksDifferent();
     void filtersAreAlsoAppliedInSearchMode();
-    void textsAreReadForTheExpressionInUse();
+    void aWorkerReadsTextsOnlyForASearchExpression();
     void textsAreReadBeforeNewRecordsAreSearched();
 
     void applyIsEnabledWhileAnyRecordIsMarked();
-    void buttonMarksTheSelectedRows();
-    void buttonMarksTheListedUpdates();
+    void theButtonMarksTheSelectedRows();
+    void theButtonMarksTheListedUpdates();
     void clearingRemovesAllActions();
-    void markingTheSelectedRowsSortsTheTableOnce();
+    void markingManyRowsSortsTheTableOnce();
     void aWarningReportsHiddenActions();
     void everyFilterShowsTheWarningOfHiddenActions();
-    void warningKeepsItsPlace();
+    void theWarningMovesNoOtherControl();
     void warningHasTheColourOfWarnings();
 };
 
-void MainWindowFilterTest::returnAppliesTheExpression()
+void MainWindowFilterTest::theReturnKeyAppliesTheExpression()
 {
     shown->start();
     shown->filter("too");
@@ -59,7 +59,7 @@ void MainWindowFilterTest::returnAppliesTheExpression()
     QCOMPARE(shown->sorted(), (QStringList{"many", "tool"}));
 }
 
-void MainWindowFilterTest::buttonAppliesTheExpression()
+void MainWindowFilterTest::theButtonAppliesTheExpression()
 {
     shown->start();
     shown->type("too");
@@ -111,7 +111,7 @@ void MainWindowFilterTest::groupsCanBeIncluded()
     QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
 }
 
-void MainWindowFilterTest::textsDependOnTheMode()
+void MainWindowFilterTest::theLabelsAndToolTipsDependOnTheMode()
 {
     shown->start();
     for (int round = 0; round < 2; ++round) {
@@ -127,7 +127,7 @@ void MainWindowFilterTest::textsDependOnTheMode()
     }
 }
 
-void MainWindowFilterTest::searchForAnyTextLoadsNothing()
+void MainWindowFilterTest::aSearchWithoutAnExpressionLoadsNothing()
 {
     shown->start();
     standIn->forgetCalls();
@@ -158,7 +158,7 @@ void MainWindowFilterTest::searchFindsTextsInEveryField()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowFilterTest::collectionLoadsTheExtraData()
+void MainWindowFilterTest::extraDataAreNotReadAgainAfterACollection()
 {
     QCOMPARE(shown->modeBox->toolTip(), QString(modeToolTip) + " (Must load extra data.)");
     shown->start();
@@ -247,7 +247,7 @@ void MainWindowFilterTest::exactPathOfAFileIsFound()
     QCOMPARE(shown->sorted(), (QStringList{"first", "last"}));
 }
 
-void MainWindowFilterTest::fruitlessSearchForAnEndShowsAHint()
+void MainWindowFilterTest::aSearchForALineEndWithoutMatchesShowsAHint()
 {
     shown->start();
     const auto hinted = [this] { return shown->view->accessibleDescription().contains("([[:space:]]|$)"); };
@@ -292,7 +292,7 @@ void MainWindowFilterTest::filtersAreAlsoAppliedInSearchMode()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowFilterTest::textsAreReadForTheExpressionInUse()
+void MainWindowFilterTest::aWorkerReadsTextsOnlyForASearchExpression()
 {
     shown->start();
     // Whether a worker has read the texts of all records with this state.
@@ -356,7 +356,7 @@ void MainWindowFilterTest::applyIsEnabledWhileAnyRecordIsMarked()
     QVERIFY(!apply->isEnabled());
 }
 
-void MainWindowFilterTest::buttonMarksTheSelectedRows()
+void MainWindowFilterTest::theButtonMarksTheSelectedRows()
 {
     shown->start();
     listEverything();
@@ -372,7 +372,7 @@ void MainWindowFilterTest::buttonMarksTheSelectedRows()
     QCOMPARE(standIn->calls("apply"), 0);
 }
 
-void MainWindowFilterTest::buttonMarksTheListedUpdates()
+void MainWindowFilterTest::theButtonMarksTheListedUpdates()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -402,7 +402,7 @@ void MainWindowFilterTest::clearingRemovesAllActions()
     QCOMPARE(shown->label->text(), QString());
 }
 
-void MainWindowFilterTest::markingTheSelectedRowsSortsTheTableOnce()
+void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
 {
     QJsonArray packages;
     for (int i = 0; i < 50; ++i) {
@@ -468,7 +468,7 @@ void MainWindowFilterTest::everyFilterShowsTheWarningOfHiddenActions()
                   [this] { shown->choose(shown->modeBox, Filter); }));
 }
 
-void MainWindowFilterTest::warningKeepsItsPlace()
+void MainWindowFilterTest::theWarningMovesNoOtherControl()
 {
     shown->start();
     const QWidget* apply = shown->button("&Apply Actions");

@@ -12,7 +12,7 @@
 
 using namespace PackageTable;
 
-// Tests of long operations: the controls that stay usable meanwhile, and the table afterwards.
+// Tests of long operations: the controls that are usable during an operation, and the table after it.
 class MainWindowOperationsTest : public StandInWindow
 {
     Q_OBJECT
@@ -32,34 +32,34 @@ private Q_SLOTS:
     void logCanBeOpenedWhileAWorkerRuns();
     void windowCannotBeClosedWhileTheSystemIsChanged();
     void quittingIsRefusedWhileTheSystemIsChanged();
-    void operationCanEndWhileTheAboutWindowIsOpen();
+    void anOperationEndsAlsoWhileTheAboutWindowIsOpen();
     void filterIsCorrectWhileThePackagesAreReadAgain() { compareReadAgain(Filter, "too", {"tool"}); }
     void searchIsCorrectWhileThePackagesAreReadAgain()
     {
         compareReadAgain(Search, "needle", {"editor", "many", "tool"});
     }
-    void focusIsOnTheTableOrTheExpressionAfterAnOperation();
-    void refreshCollectsAgain();
+    void anOperationLeavesTheFocusOnTheTableOrTheExpression();
+    void refreshCollectsThePackagesAgain();
     void refreshClearsActionsAndTheirWarning();
     void cleaningDbcacheCollectsAgain() { compareClean("Clean dbcache", "cleanDbcache"); }
     void cleaningMetadataCollectsAgain() { compareClean("Clean Metadata", "cleanMetadata"); }
     void cleaningAllCollectsAgain() { compareClean("Clean All", "cleanAll"); }
     void cleaningPackagesDoesNotChangeTheTable();
-    void lockedVersionsAreCollectedAgainAndOtherMarksStay();
+    void lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks();
     void controlsAreDisabledWhileVersionsAreLocked();
     void warningsAboutTheConfigurationAreLoggedOnce();
     void cleanEntriesNameTheCacheDirectory();
-    void sizeOfColumnsIsRestored();
-    void confirmedActionsAreAppliedAndTheTableCollected();
-    void credentialsTypedAfterAnApplyAreUsedAtOnce();
-    void refusedActionsStay();
-    void failureBeforeAnyChangeKeepsTheTable();
-    void failureHalfWayCollectsTheTable();
-    void marksStayWhenAnotherProgramHasChangedTheSystem();
-    void repositoriesOfATransactionMayNeedCredentials();
-    void anUndoneTransactionCollectsTheTableAndKeepsTheMarks();
-    void aRefusedUndoShowsTheHistoryAgain();
-    void theHistoryIsNotUndoneIfThePackagesCouldNotBeRead();
+    void theResizeButtonRestoresTheColumnWidths();
+    void anApplyChangesTheSystemAndReadsThePackagesAgain();
+    void theNextCollectionUsesTheCredentialsThatTheUserTypesAfterAnApply();
+    void cancellingAnApplyKeepsTheMarks();
+    void aFailureBeforeAnyChangeKeepsTheTable();
+    void aFailureAfterAChangeReadsThePackagesAgain();
+    void possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem();
+    void credentialsAreAskedForIfATransactionAddsARepository();
+    void undoingATransactionReadsThePackagesAgainAndKeepsTheMarks();
+    void refusingAnUndoShowsTheHistoryAgain();
+    void nothingCanBeUndoneIfThePackagesCouldNotBeRead();
 };
 
 void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
@@ -139,7 +139,7 @@ void MainWindowOperationsTest::quittingIsRefusedWhileTheSystemIsChanged()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowOperationsTest::operationCanEndWhileTheAboutWindowIsOpen()
+void MainWindowOperationsTest::anOperationEndsAlsoWhileTheAboutWindowIsOpen()
 {
     shown->start();
     QVERIFY(
@@ -149,7 +149,7 @@ void MainWindowOperationsTest::operationCanEndWhileTheAboutWindowIsOpen()
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QVERIFY(aboutBox() != nullptr);
-    // The table stays usable beside the About window.
+    // The table is usable while the About window is open.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
     QTest::keyClick(aboutBox(), Qt::Key_Escape);
@@ -194,12 +194,12 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     QCOMPARE(told, QStringList{"Reading the packages..."});
 }
 
-void MainWindowOperationsTest::focusIsOnTheTableOrTheExpressionAfterAnOperation()
+void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpression()
 {
     shown->start();
     QVERIFY(shown->view->hasFocus());
     shown->choose(shown->modeBox, Search);
-    QVERIFY(shown->modeBox->hasFocus()); // a search is no reason to take the focus away
+    QVERIFY(shown->modeBox->hasFocus()); // a search does not move the focus
     shown->filter("needle");
     QVERIFY(shown->regexpEdit->hasFocus());
     standIn->forgetCalls();
@@ -237,7 +237,7 @@ void MainWindowOperationsTest::focusIsOnTheTableOrTheExpressionAfterAnOperation(
     QTRY_VERIFY(shown->view->hasFocus()); // once the window is active again
 }
 
-void MainWindowOperationsTest::refreshCollectsAgain()
+void MainWindowOperationsTest::refreshCollectsThePackagesAgain()
 {
     shown->start();
     standIn->forgetCalls();
@@ -289,7 +289,7 @@ void MainWindowOperationsTest::cleaningPackagesDoesNotChangeTheTable()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay()
+void MainWindowOperationsTest::lockingAVersionReadsThePackagesAgainAndKeepsOtherMarks()
 {
     standIn->setVersionLocks({});
     shown->start();
@@ -297,7 +297,7 @@ void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay(
     shown->click("many", ActionColumn);
     QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
     standIn->forgetCalls();
-    // As with the real package manager, the locked package has no update any more.
+    // The real package manager also offers no update of a locked package.
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
     standIn->setVersionLocks({{"tool", "tool-0:1-1.*"}});
     standIn->setPackages({StandIn::package("many", {{"version", "2"}})},
@@ -320,7 +320,7 @@ void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay(
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(standIn->calls("reset"), 0);
 
-    // The row stays the current row.
+    // The same row is still the current row.
     shown->choose(shown->stateBox, ViewAll);
     choose("tool");
     QTRY_COMPARE(standIn->calls("setupRepos"), 2);
@@ -330,7 +330,7 @@ void MainWindowOperationsTest::lockedVersionsAreCollectedAgainAndOtherMarksStay(
              QVariant("tool"));
     QCOMPARE(shown->marks(), QStringList{"many update"});
 
-    // The marks also stay after a failure.
+    // A failure keeps the marks too.
     standIn->setFailing(true);
     standIn->setVersionLocks({});
     shown->press("Re&fresh");
@@ -398,7 +398,7 @@ void MainWindowOperationsTest::cleanEntriesNameTheCacheDirectory()
     QCOMPARE(toolTip("Clean All"), QString("Clean all data cached locally in ") + place);
 }
 
-void MainWindowOperationsTest::sizeOfColumnsIsRestored()
+void MainWindowOperationsTest::theResizeButtonRestoresTheColumnWidths()
 {
     shown->start();
     const int width = shown->view->columnWidth(NameColumn);
@@ -409,7 +409,7 @@ void MainWindowOperationsTest::sizeOfColumnsIsRestored()
     QCOMPARE(shown->listed(), QStringList{"many"});
 }
 
-void MainWindowOperationsTest::confirmedActionsAreAppliedAndTheTableCollected()
+void MainWindowOperationsTest::anApplyChangesTheSystemAndReadsThePackagesAgain()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -435,7 +435,7 @@ void MainWindowOperationsTest::confirmedActionsAreAppliedAndTheTableCollected()
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowOperationsTest::credentialsTypedAfterAnApplyAreUsedAtOnce()
+void MainWindowOperationsTest::theNextCollectionUsesTheCredentialsThatTheUserTypesAfterAnApply()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
@@ -474,7 +474,7 @@ void MainWindowOperationsTest::credentialsTypedAfterAnApplyAreUsedAtOnce()
     QVERIFY(!log.contains("secret"));
 }
 
-void MainWindowOperationsTest::refusedActionsStay()
+void MainWindowOperationsTest::cancellingAnApplyKeepsTheMarks()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -491,7 +491,7 @@ void MainWindowOperationsTest::refusedActionsStay()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::failureBeforeAnyChangeKeepsTheTable()
+void MainWindowOperationsTest::aFailureBeforeAnyChangeKeepsTheTable()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -507,7 +507,7 @@ void MainWindowOperationsTest::failureBeforeAnyChangeKeepsTheTable()
     QVERIFY(shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::failureHalfWayCollectsTheTable()
+void MainWindowOperationsTest::aFailureAfterAChangeReadsThePackagesAgain()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -526,14 +526,14 @@ void MainWindowOperationsTest::failureHalfWayCollectsTheTable()
     QVERIFY(!shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::marksStayWhenAnotherProgramHasChangedTheSystem()
+void MainWindowOperationsTest::possibleMarksAreKeptIfAnotherProgramHasChangedTheSystem()
 {
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
     shown->click("tool", ActionColumn);
     shown->click("editor", ActionColumn);
     shown->click("shell", ActionColumn);
-    // Meanwhile another program installs the editor and removes the shell.
+    // Before the failure, another program installs the editor and removes the shell.
     const QJsonObject next{{"version", "2"}};
     standIn->setPackages({StandIn::package("tool", next)},
                          {StandIn::package("tool"), StandIn::package("editor")}, {StandIn::package("shell")});
@@ -549,7 +549,7 @@ void MainWindowOperationsTest::marksStayWhenAnotherProgramHasChangedTheSystem()
     QVERIFY(shown->button("&Apply Actions")->isEnabled());
 }
 
-void MainWindowOperationsTest::repositoriesOfATransactionMayNeedCredentials()
+void MainWindowOperationsTest::credentialsAreAskedForIfATransactionAddsARepository()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -590,7 +590,7 @@ QStringList MainWindowOperationsTest::replay(const QString& command, const QStri
     return seen;
 }
 
-void MainWindowOperationsTest::anUndoneTransactionCollectsTheTableAndKeepsTheMarks()
+void MainWindowOperationsTest::undoingATransactionReadsThePackagesAgainAndKeepsTheMarks()
 {
     shown->start();
     shown->click("tool", ActionColumn);
@@ -606,7 +606,7 @@ void MainWindowOperationsTest::anUndoneTransactionCollectsTheTableAndKeepsTheMar
     QCOMPARE(busyCursor(), QString("none"));
 }
 
-void MainWindowOperationsTest::aRefusedUndoShowsTheHistoryAgain()
+void MainWindowOperationsTest::refusingAnUndoShowsTheHistoryAgain()
 {
     shown->start();
     standIn->forgetCalls();
@@ -617,7 +617,7 @@ void MainWindowOperationsTest::aRefusedUndoShowsTheHistoryAgain()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::theHistoryIsNotUndoneIfThePackagesCouldNotBeRead()
+void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
 {
     standIn->setUnreadable(true);
     {

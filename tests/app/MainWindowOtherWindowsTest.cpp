@@ -15,7 +15,7 @@
 
 using namespace PackageTable;
 
-// Tests of descriptions, the log, the manual, the about window, and the end.
+// Tests of descriptions, the log, the manual, the About window, and the end of the program.
 class MainWindowOtherWindowsTest : public StandInWindow
 {
     Q_OBJECT
@@ -26,13 +26,13 @@ private:
 
 private Q_SLOTS:
     void currentPackageCanBeDescribed();
-    void describeIsDisabledWithoutARow();
-    void aNoticeReportsErrorsThatAreOnlyInTheLog();
-    void errorsOfATransactionHaveTheirOwnNotice();
-    void aClickOnARowThatCannotBeMarkedSaysWhy();
+    void describeIsDisabledIfNoRowIsCurrent();
+    void errorsThatAreOnlyInTheLogCauseANotice();
+    void errorsInATransactionCauseTheirOwnNotice();
+    void aClickOnAnUnmarkableRowShowsTheReason();
     void manualsAreOpenedInOtherPrograms();
     void manualsCanBeOpenedWhileAWorkerRuns();
-    void aNoticeAloneReportsAMissingManual();
+    void aMissingManualCausesANoticeAndNoMessageBox();
     void shortcutOpensTheLog();
     void menuOpensTheLog();
     void updatesOfAdvisoriesAreMarked();
@@ -60,7 +60,7 @@ void MainWindowOtherWindowsTest::currentPackageCanBeDescribed()
     }
 }
 
-void MainWindowOtherWindowsTest::describeIsDisabledWithoutARow()
+void MainWindowOtherWindowsTest::describeIsDisabledIfNoRowIsCurrent()
 {
     shown->start();
     shown->click("tool", NameColumn);
@@ -104,7 +104,7 @@ void MainWindowOtherWindowsTest::compareManuals()
     QCOMPARE(called("mimeviewer"), "application/pdf\n" + documentation.path().toUtf8() + "/manual.pdf\n");
 }
 
-void MainWindowOtherWindowsTest::aNoticeAloneReportsAMissingManual()
+void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
 {
     shown->start();
     const QTemporaryDir documentation; // without the manual
@@ -127,12 +127,12 @@ void MainWindowOtherWindowsTest::aNoticeAloneReportsAMissingManual()
         const QWidget* notice = shown->window->menuBar()->cornerWidget();
         QVERIFY(notice->width() >= notice->sizeHint().width());
     }
-    QTest::qWait(200); // a program would start in this time
+    QTest::qWait(200); // this time would be enough to start a program
     QVERIFY(!QFile::exists(Share::absolute("webbrowser.called")));
     QVERIFY(!QFile::exists(Share::absolute("mimeviewer.called")));
 }
 
-// The text beside the menus.
+// The text to the right of the menus.
 QString MainWindowOtherWindowsTest::noticeText() const
 {
     const QWidget* corner = shown->window->menuBar()->cornerWidget();
@@ -140,7 +140,7 @@ QString MainWindowOtherWindowsTest::noticeText() const
     return label != nullptr && label->isVisible() ? label->text() : QString();
 }
 
-void MainWindowOtherWindowsTest::aNoticeReportsErrorsThatAreOnlyInTheLog()
+void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
 {
     shown->start();
     const auto notices = [this] {
@@ -157,7 +157,7 @@ void MainWindowOtherWindowsTest::aNoticeReportsErrorsThatAreOnlyInTheLog()
     QCOMPARE(notices(), 1);
 }
 
-void MainWindowOtherWindowsTest::errorsOfATransactionHaveTheirOwnNotice()
+void MainWindowOtherWindowsTest::errorsInATransactionCauseTheirOwnNotice()
 {
     shown->start();
     standIn->setComplaining(true); // each time the packages are read
@@ -177,7 +177,7 @@ void MainWindowOtherWindowsTest::errorsOfATransactionHaveTheirOwnNotice()
     QCOMPARE(noticeText(), QString("There are errors in the log (Ctrl+L)"));
 }
 
-void MainWindowOtherWindowsTest::aClickOnARowThatCannotBeMarkedSaysWhy()
+void MainWindowOtherWindowsTest::aClickOnAnUnmarkableRowShowsTheReason()
 {
     shown->start();
     shown->choose(shown->stateBox, PackageTable::ViewAll);

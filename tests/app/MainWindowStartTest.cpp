@@ -20,10 +20,10 @@ private:
     void compareAfterTheEditor(Mode mode, const char* expression, const QStringList& listed);
 
 private Q_SLOTS:
-    void newWindowWaitsForItsStart();
+    void aHiddenWindowStartsNoWork();
     void windowIsShownBeforeTheSlowWork();
     void startListsTheOutdatedPackages();
-    void startingTwiceCollectsOnce();
+    void aSecondStartCollectsNothing();
     void columnsFitTheirContentsAfterTheStart();
     void settingsMadeBeforeTheStartAreUsed();
     void searchSetBeforeTheStartIsUsed();
@@ -35,7 +35,7 @@ private Q_SLOTS:
     {
         compareAfterTheEditor(Search, "needle", {"editor", "many", "tool"});
     }
-    void failingBackEndQuitsWithoutShowingTheTable();
+    void theProgramQuitsIfTheBackEndCannotStart();
     void logIsShownBeforeTheBackEndStarts();
     void quittingFromTheQuestionForCredentialsReadsNothing();
     void enteredCredentialsAreUsedAtOnce();
@@ -43,14 +43,14 @@ private Q_SLOTS:
     void logIsOpenedAtTheStartOnRequest();
     void logStaysClosedWithoutARequest();
 
-    void emptyTableSaysWhy();
-    void failedCollectionIsNotShownAsNoUpdates();
+    void anEmptyTableShowsTheReason();
+    void aFailedCollectionDoesNotReportThatUpdatesAreMissing();
     void sizeAndColumnsAreSaved();
     void savedSizeAndColumnsAreRestored();
     void invalidSavedSettingsChangeNothing();
 };
 
-void MainWindowStartTest::newWindowWaitsForItsStart()
+void MainWindowStartTest::aHiddenWindowStartsNoWork()
 {
     QCOMPARE(usable(), usableWhileBusy);
     QCOMPARE(busyCursor(), QString("busy"));
@@ -100,7 +100,7 @@ void MainWindowStartTest::startListsTheOutdatedPackages()
     QVERIFY(shown->view->horizontalHeader()->isSortIndicatorShown());
 }
 
-void MainWindowStartTest::startingTwiceCollectsOnce()
+void MainWindowStartTest::aSecondStartCollectsNothing()
 {
     shown->start();
     shown->window->hide();
@@ -166,7 +166,7 @@ void MainWindowStartTest::compareAfterTheEditor(Mode mode, const char* expressio
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
 
-void MainWindowStartTest::failingBackEndQuitsWithoutShowingTheTable()
+void MainWindowStartTest::theProgramQuitsIfTheBackEndCannotStart()
 {
     standIn->setRefusing(true);
     shown->window->setLogAtStart();
@@ -250,7 +250,7 @@ void MainWindowStartTest::editedRepositoriesAreReadAgain()
              qPrintable(calls.join(';')));
 }
 
-void MainWindowStartTest::emptyTableSaysWhy()
+void MainWindowStartTest::anEmptyTableShowsTheReason()
 {
     standIn->setPackages({}, {StandIn::package("shell")}, {});
     shown->start();
@@ -271,7 +271,7 @@ void MainWindowStartTest::emptyTableSaysWhy()
     shown->choose(shown->stateBox, ViewUpdatable);
     QCOMPARE(told(), QString("No package matches."));
 
-    // The text is drawn if no rows are listed, and not drawn over rows.
+    // The text is drawn only if no rows are listed.
     const auto colours = [this] {
         const QImage picture = shown->view->viewport()->grab().toImage();
         QSet<QRgb> found;
@@ -290,7 +290,7 @@ void MainWindowStartTest::emptyTableSaysWhy()
     QCOMPARE(colours(), 1);
 }
 
-void MainWindowStartTest::failedCollectionIsNotShownAsNoUpdates()
+void MainWindowStartTest::aFailedCollectionDoesNotReportThatUpdatesAreMissing()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");

@@ -11,14 +11,14 @@
 
 using namespace PackageTable;
 
-// Tests of operations that the user stops, and of repositories that the user does without.
+// Tests of stopped operations, and of repositories that the user leaves out.
 class MainWindowStopTest : public StandInWindow
 {
     Q_OBJECT
 
 private:
     StopButton* button() const { return shown->window->findChild<StopButton*>(); }
-    // The text beside the menus.
+    // The text to the right of the menus.
     QString notice() const;
     QString log() const;
     void compareStop(const std::function<void()>& stop);
@@ -26,16 +26,16 @@ private:
     QStringList switchedOff() const;
 
 private Q_SLOTS:
-    void theButtonStopsARefresh();
+    void aClickOnTheButtonStopsARefresh();
     void escapeStopsARefresh();
     void theAltKeyStopsARefresh();
-    void aStopAtTheStartListsThePackagesOfTheCache();
+    void aStopWhileTheProgramStartsListsThePackagesInTheCache();
     void aClosingRequestStopsTheOperation();
     void quittingStopsTheOperation();
-    void theButtonSaysThatNothingRuns();
+    void theButtonIsDisabledIfNoOperationRuns();
     void failingRepositoriesAreSwitchedOffInTheSession();
     void oneAnswerIsEnoughForAllFailingRepositories();
-    void aRefusalListsNothing();
+    void nothingIsListedIfTheUserKeepsAFailingRepository();
 };
 
 QString MainWindowStopTest::notice() const
@@ -84,7 +84,7 @@ void MainWindowStopTest::compareStop(const std::function<void()>& stop)
     QCOMPARE(standIn->calls("setupRepos"), 2);
 }
 
-void MainWindowStopTest::theButtonStopsARefresh()
+void MainWindowStopTest::aClickOnTheButtonStopsARefresh()
 {
     compareStop([this] { shown->click(button()); });
 }
@@ -99,7 +99,7 @@ void MainWindowStopTest::theAltKeyStopsARefresh()
     compareStop([this] { shown->key(Qt::Key_S, Qt::AltModifier); });
 }
 
-void MainWindowStopTest::aStopAtTheStartListsThePackagesOfTheCache()
+void MainWindowStopTest::aStopWhileTheProgramStartsListsThePackagesInTheCache()
 {
     standIn->setHeld(true);
     const Once once([this] { return button()->isEnabled() && standIn->calls("setupRepos") > 0; },
@@ -119,7 +119,7 @@ void MainWindowStopTest::aClosingRequestStopsTheOperation()
                     [this, &closed] { closed = shown->window->close(); });
     QCOMPARE(runToTheEnd([this] { shown->press("Re&fresh"); }), 0);
     QVERIFY(once.isDone());
-    QVERIFY(!closed); // it closes when the operation has returned
+    QVERIFY(!closed); // the window closes when the operation has returned
     QVERIFY(!shown->window->isVisible());
     QCOMPARE(standIn->calls("setupCachedRepos"), 0);
 }
@@ -138,7 +138,7 @@ void MainWindowStopTest::quittingStopsTheOperation()
     QVERIFY(!shown->window->isVisible());
 }
 
-void MainWindowStopTest::theButtonSaysThatNothingRuns()
+void MainWindowStopTest::theButtonIsDisabledIfNoOperationRuns()
 {
     shown->start();
     QVERIFY(!button()->isEnabled());
@@ -208,7 +208,7 @@ void MainWindowStopTest::oneAnswerIsEnoughForAllFailingRepositories()
     QVERIFY(log().contains("VYRE does without the repository extras in this session:"));
 }
 
-void MainWindowStopTest::aRefusalListsNothing()
+void MainWindowStopTest::nothingIsListedIfTheUserKeepsAFailingRepository()
 {
     standIn->setRepos("[base]\nbaseurl=file:///base\n[extras]\nbaseurl=file:///extras\n");
     shown->start();

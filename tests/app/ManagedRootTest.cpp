@@ -15,7 +15,7 @@ private:
     EnvironmentVariable managedRoot{"VYREROOT"};
 
 private Q_SLOTS:
-    void runningSystemIsManagedByDefault()
+    void theRunningSystemIsManagedByDefault()
     {
         managedRoot.unset();
         QCOMPARE(ManagedRoot::path(), QString());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A Qt plug-in that records each user who loads it. For this it makes a file beside its own file; the name
-// ends in the number of the user.
+// A Qt plug-in that records each user who loads it. It creates a file next to its own file for this purpose.
+// The name of this file ends with the number of the user.
 
 #include <QObject>
 #include <QtPlugin>

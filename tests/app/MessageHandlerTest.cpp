@@ -52,8 +52,8 @@ public:
     Pipe& operator=(const Pipe&) = delete;
 
     int writing() const { return ends[1]; }
-    // Fills the pipe. A thread that writes into the full pipe waits, as with the pipe that captures the
-    // output.
+    // Fills the pipe. A thread that writes to the full pipe waits, as it may wait for the pipe that captures
+    // the output.
     void fill()
     {
         const QByteArray block(4096, 'x');
@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray("tester: still here\n"));
     }
 
-    void aReaderThatDoesNotReadDoesNotBlockTheProgram()
+    void anIdleReaderDoesNotBlockTheProgram()
     {
         Pipe reader;
         reader.fill();
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(written(), QByteArray());
     }
 
-    void withoutStandardErrorTheHandlerStaysTheSame()
+    void aMissingStandardErrorDoesNotChangeTheHandler()
     {
         const int before = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
         close(STDERR_FILENO);

@@ -103,7 +103,7 @@ public:
         return nullptr;
     }
 
-    // These clicks and keys pass through the event handling of the window system.
+    // These functions send clicks and keys through the window system, as a user does.
     void click(const QWidget* widget) const { click(widget, widget->rect().center()); }
     void click(const QWidget* widget, const QPoint& place, Qt::KeyboardModifiers modifiers = {}) const
     {
@@ -199,7 +199,7 @@ public:
     HFrameLabel* label;
 };
 
-// Runs the event loop of the program, and the action in this loop. The window can be visible already. Returns
+// Runs the program's event loop, and calls the action in this loop. The window may be visible before. Returns
 // the exit status of the program, or -1 if the action did not end the loop.
 inline int runToTheEnd(const std::function<void()>& action)
 {
@@ -208,8 +208,8 @@ inline int runToTheEnd(const std::function<void()>& action)
     return QApplication::exec();
 }
 
-// While this object exists, it waits for a condition, and then calls the action once. It also works while the
-// program waits in an inner event loop.
+// While this object exists, it waits for a condition. As soon as the condition is true, it calls the action
+// once, even if the program waits in an inner event loop.
 class Once
 {
 public:

@@ -108,7 +108,7 @@ void StandInWindow::compareQuit(const std::function<void()>& quit)
     shown->window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(shown->window));
     standIn->forgetCalls();
-    // A paint event during the end must find no records, because they no longer exist.
+    // When the program ends, a paint event must find no records, because the records no longer exist.
     QList<int> rows;
     connect(shown->model, &QAbstractItemModel::modelReset, this,
             [this, &rows] { rows << shown->model->rowCount(); });

@@ -31,7 +31,7 @@ protected:
     // group.
     void usual();
     void listEverything() const;
-    // The usable controls: the titles of menus, the texts of entries, and "table" for the table area.
+    // The enabled controls: menu titles, texts of menu entries, and "table" for the table area.
     QStringList usable() const;
     const QStringList usableWhileBusy{"&Windows", "&Log", "&Help", "Manual (html)", "Manual (PDF)", "&About"};
     const QStringList usableWhenReady{"&Program",  "&Quit",         "&Windows",       "&Log",
@@ -40,8 +40,8 @@ protected:
                                       "Clean All", "&Help",         "Manual (html)",  "Manual (PDF)",
                                       "&About",    "table"};
 
-    // Calls collect(), which collects the packages, and meanwhile() in the middle of the collection. Returns
-    // whether meanwhile() was called.
+    // Calls collect(), which collects the packages, and calls meanwhile() in the middle of the collection.
+    // Returns whether meanwhile() was called.
     bool inTheMiddle(const std::function<void()>& collect, const std::function<void()>& meanwhile);
 
     // The painted colour of the label's background.

@@ -80,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(yes(), QStringLiteral("&Ja"));
     }
 
-    void theToolkitUsesEnglishIfTheProgramDoes()
+    void theToolkitUsesEnglishIfTheProgramUsesEnglish()
     {
         QCOMPARE(Translations::install(*qApp, {"fr-FR"}), QString());
         QCOMPARE(yes(), QStringLiteral("&Yes"));
@@ -113,7 +113,7 @@ private Q_SLOTS:
         QCOMPARE(quit(), QStringLiteral("&Quit"));
     }
 
-    void cataloguesAreInTheShareDirectoryOrBesideTheProgram()
+    void cataloguesAreInTheShareDirectoryOrNextToTheProgram()
     {
         const QString beside = QCoreApplication::applicationDirPath() + "/translations";
         QCOMPARE(Translations::directories(), (QStringList{share->path() + "/translations", beside}));

@@ -77,7 +77,7 @@ void WindowSizeKeeperTest::sizeIsRestoredInTheSameRun()
     show(*window);
     window->resize(410, 230);
     window->hide();
-    window->resize(300, 200); // like a window that fits itself to its contents each time
+    window->resize(300, 200); // some windows fit their size to their contents each time
     show(*window);
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }

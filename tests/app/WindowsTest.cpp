@@ -37,8 +37,8 @@
 
 using PackageTable::Describe::Instance::RepoDialog;
 
-// A named pipe. Anyone who opens it for reading waits for a writer, so a picture with its name would block a
-// window. A thread of this class counts the readers and releases them.
+// A named pipe. If a process opens it for reading, the process waits for a writer. So the program would hang
+// if it used the pipe as a picture. A thread of this class counts the readers and releases them.
 class WatchedPipe
 {
 public:
@@ -110,8 +110,8 @@ private:
             qPrintable(name));
     }
 
-    // Opens every window of the program. It does so as a user does, except for windows that only a
-    // transaction or a failure opens.
+    // Opens every window of the program as a user does, except windows that only a transaction or a failure
+    // opens.
     void forEachWindow(const Check& check)
     {
         check("main", *shown->window);
@@ -151,7 +151,7 @@ private:
         QTRY_VERIFY(QApplication::activeWindow() == shown->window);
         QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
                             [&](HistoryDialog& history) {
-                                // Of an older transaction, every command is possible.
+                                // If an older transaction is current, every command is possible.
                                 history.findChild<QTableView*>()->selectRow(1);
                                 QTRY_VERIFY(!history.findChild<QTextEdit*>()->toPlainText().isEmpty());
                                 check("history", history);
@@ -238,7 +238,7 @@ private:
     {
         return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus) != 0 &&
                widget->focusProxy() == nullptr && !widget->isWindow() &&
-               // The edit of a spin box is not a stop, because the spin box has the focus.
+               // The edit in a spin box does not count, because the spin box itself has the focus.
                qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) == nullptr;
     }
     static QList<QWidget*> stops(const QWidget& window)
@@ -264,7 +264,7 @@ private:
     {
         return QRect(widget->mapTo(widget->window(), QPoint()), widget->size());
     }
-    // Whether people read the first place before the second.
+    // Whether the first place precedes the second in the reading order.
     static bool isRead(const QRect& before, const QRect& after)
     {
         return before.contains(after) || after.top() >= before.center().y() ||
@@ -405,7 +405,7 @@ private Q_SLOTS:
                 }
             }
             QVERIFY2(missed.isEmpty(), qPrintable(name + ": " + missed.join(", ")));
-            // The focus moves from top to bottom, and only once back from the bottom to the top.
+            // The focus moves from top to bottom, and returns to the top only once.
             for (int i = 0; i < reached.count(); ++i) {
                 const QWidget* from = reached.at(i);
                 const QWidget* to = reached.at((i + 1) % reached.count());
@@ -474,7 +474,8 @@ private Q_SLOTS:
                 for (const QAction* action : bar->actions()) {
                     QCOMPARE(doubled(mnemonicsOf(textsOf(action->menu()->actions()))), QStringList());
                 }
-                // Neither text can change. A second press of the key reaches the other control.
+                // These two texts cannot change. If the user presses the key again, it reaches the other
+                // control.
                 both = QStringList{"Alt+C &Cache", "Alt+C &Clear Actions"};
                 QVERIFY(mnemonicsOf(texts).count() > 10);
             }
@@ -532,8 +533,8 @@ private Q_SLOTS:
                     labels += label->buddy() == stop ? 1 : 0;
                 }
                 if (labels == 0 && name == "credentials") {
-                    // The labels are keys of a URL. As buddies of the fields they would turn "&" into
-                    // shortcuts.
+                    // The labels are keys of a URL. If a label were the buddy of its field, "&" in the key
+                    // would become a shortcut.
                     QVERIFY(stop->accessibleName() == "user" || stop->accessibleName() == "word");
                     labels = 1;
                 }

@@ -271,7 +271,7 @@ private Q_SLOTS:
             ended = true;
             other.join();
             QCOMPARE(QDir(outside).entryList(QDir::Files).size(), count);
-            // Remove the files and directories that were exchanged during the removal.
+            // Clean up the files and directories that the test has exchanged.
             QProcess::execute("rm", {"-rf", QFile::decodeName(link), runtimeDirectory()});
             QVERIFY(QFile::link(outside, temporary->filePath("link")));
         }
@@ -329,7 +329,8 @@ private Q_SLOTS:
     {
         QFETCH(int, length);
         QFETCH(bool, fits);
-        // A truncated path would name another directory, which the destructor would then remove.
+        // If the path were truncated, it would name another directory, and the destructor would remove that
+        // directory.
         const QString name = nameFor(geteuid());
         QString directory = temporary->path();
         const int wanted = length - 1 - name.size();

@@ -56,13 +56,12 @@ with open({path!r}, 'w') as stream:
 # pkexec refuses to serve a process whose parent is process 1.
 PKEXEC = ('/bin/sh', '-c', '"$0" "$@"; exit $?', '/usr/bin/pkexec')
 
-# The kind of limits that root can reset. In a container, root may be unable to raise hard limits.
+# The limits that root can reset. In a container, root may not be allowed to raise hard limits.
 with open('/proc/self/status') as status_file:
     LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
         'soft'
 
-# Runs a program like an attacker who wants it to fail half way. It changes every setting that a started program
-# inherits.
+# Runs a program as an attacker would do it, so that the program fails half way. It changes every inherited setting.
 HOSTILE = '''
 import os, resource, signal, sys
 for name, limit in (('FSIZE', 1 << 16), ('CPU', 300), ('DATA', 1 << 30), ('AS', 2 << 30), ('STACK', 1 << 20),
@@ -137,7 +136,7 @@ class System:
             run('mount', '-t', 'overlay', '-o', 'lowerdir={},upperdir={},workdir={}'.format(lower, upper, work),
                 'none', '/' + name)
         run('mount', '-t', 'tmpfs', '-o', 'mode=755', 'none', '/run')
-        # A killed server of root leaves its socket behind, which the user's compositor cannot replace.
+        # If root's server is killed, it leaves its socket behind, and the user's compositor cannot replace this socket.
         os.makedirs('/tmp/.X11-unix', exist_ok=True)
         run('mount', '-t', 'tmpfs', '-o', 'mode=1777', 'none', '/tmp/.X11-unix')
         self.runtime = '/run/user/%d' % UID
@@ -155,7 +154,7 @@ class System:
         write('/etc/polkit-1/rules.d/00-test.rules', RULE)
         os.chmod('/etc/polkit-1/rules.d', 0o755)
         self.recorded = os.path.join(self.directory('record', 0), 'record')
-        # VYRE finds a system without packages, and a repository without packages.
+        # For VYRE, the system and its repository have no packages.
         repository = self.directory('repository', 0)
         run('createrepo_c', repository)
         write('/etc/yum.conf', '[main]\nplugins=0\nreposdir={}\n'.format(repository))
@@ -201,7 +200,7 @@ class System:
                 os.remove(self.recorded)
 
     def marks(self):
-        """The plug-ins that root has loaded since the last call."""
+        """The marking plug-ins that root has loaded since the last call."""
         found = []
         for path, _, files in os.walk(self.plug_ins):
             for name in sorted(files):
@@ -226,7 +225,7 @@ class System:
             process.terminate()
             process.wait()
         self.log.close()
-        # The mounts stay in use until the end of the name space.
+        # The mounts are in use until the end of the name space.
         run('umount', '--lazy', self.scratch)
         os.rmdir(self.scratch)
 
@@ -318,7 +317,7 @@ class Agent(threading.Thread):
                     self.text += os.read(self.terminal, 4096).decode('utf-8', 'replace')
                 except OSError:
                     break
-            # Input before the terminal hides it is discarded.
+            # The terminal discards input that arrives before it hides the input.
             if self.text[answered:].rstrip().lower().endswith('password:') and \
                     not termios.tcgetattr(self.terminal)[3] & termios.ECHO:
                 answered = len(self.text)

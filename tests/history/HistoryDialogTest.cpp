@@ -14,7 +14,7 @@
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
-// The window of the history on a script that answers without a package manager.
+// Tests of the history window. A script without a package manager answers it.
 class HistoryDialogTest : public QObject
 {
     Q_OBJECT
@@ -27,16 +27,16 @@ private Q_SLOTS:
 
     void allTransactionsAreListedTheNewestFirst();
     void theDetailsOfTheCurrentTransactionAreShownAsPlainText();
-    void theUserCanMoveOnWhileDetailsAreRead();
-    void theExpressionFindsPackages();
-    void buttonsReturnWhatTheUserWants_data();
-    void buttonsReturnWhatTheUserWants();
-    void nothingIsNewerThanTheNewest();
-    void aRefusalDisablesTheCommandsAndIsShown();
-    void anUnreadableHistorySaysSo();
-    void closingWaitsForTheWorker();
-    void keysReachEverything();
-    void theCurrentTransactionIsKeptWhenItOpensAgain();
+    void theUserCanSelectAnotherTransactionWhileDetailsAreRead();
+    void theExpressionFindsTransactionsByTheirPackages();
+    void eachButtonReturnsItsCommandAndTheCurrentTransaction_data();
+    void eachButtonReturnsItsCommandAndTheCurrentTransaction();
+    void laterTransactionsCannotBeUndoneIfTheNewestIsCurrent();
+    void aRefusalDisablesTheCommandsAndShowsItsReason();
+    void anUnreadableHistoryCausesAMessage();
+    void theWindowClosesAfterTheWorkerHasEnded();
+    void everyControlCanBeReachedByKeys();
+    void theCurrentTransactionIsStillCurrentWhenTheWindowOpensAgain();
     void fiveThousandTransactionsAreListed();
 
 private:
@@ -47,7 +47,7 @@ private:
     static QString detailsOf(int number) { return QString("Details of %1\n<b>not bold</b>").arg(number); }
     QStringList numbers() const;
     void show();
-    // Does something while the worker that reads details is held.
+    // Calls the function while the worker that reads details waits.
     void whileWorking(const std::function<void()>& act);
     void compareRefusal(const QString& reason);
     void go(int row) const { table()->setCurrentIndex(table()->model()->index(row, 0)); }
@@ -139,7 +139,7 @@ void HistoryDialogTest::theDetailsOfTheCurrentTransactionAreShownAsPlainText()
     QCOMPARE(details(), detailsOf(3));
     go(2);
     QTRY_COMPARE(details(), detailsOf(1));
-    // They are read only once.
+    // The details are read only once.
     go(0);
     QCOMPARE(details(), detailsOf(3));
     QCOMPARE(standIn->calls("describeTransaction 3"), 1);
@@ -147,7 +147,7 @@ void HistoryDialogTest::theDetailsOfTheCurrentTransactionAreShownAsPlainText()
 
 void HistoryDialogTest::whileWorking(const std::function<void()>& act)
 {
-    // The worker's event loop is the innermost one now, so the test itself does not go on.
+    // Now the worker's event loop is the innermost loop, so the test function itself does not continue.
     standIn->setHeld(true);
     QTimer timer;
     bool done = false;
@@ -162,7 +162,7 @@ void HistoryDialogTest::whileWorking(const std::function<void()>& act)
     QTRY_VERIFY(done && !yumIO->isWorking());
 }
 
-void HistoryDialogTest::theUserCanMoveOnWhileDetailsAreRead()
+void HistoryDialogTest::theUserCanSelectAnotherTransactionWhileDetailsAreRead()
 {
     show();
     go(1);
@@ -175,12 +175,12 @@ void HistoryDialogTest::theUserCanMoveOnWhileDetailsAreRead()
     });
     QCOMPARE(seen, (QStringList{detailsOf(3), QString()}));
     QTRY_COMPARE(details(), detailsOf(1));
-    // The first answer was kept.
+    // The window has kept the first answer.
     go(1);
     QCOMPARE(details(), detailsOf(2));
 }
 
-void HistoryDialogTest::theExpressionFindsPackages()
+void HistoryDialogTest::theExpressionFindsTransactionsByTheirPackages()
 {
     show();
     QTest::keyClicks(edit(), "many");
@@ -195,7 +195,7 @@ void HistoryDialogTest::theExpressionFindsPackages()
     }
 }
 
-void HistoryDialogTest::buttonsReturnWhatTheUserWants_data()
+void HistoryDialogTest::eachButtonReturnsItsCommandAndTheCurrentTransaction_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("key");
@@ -206,7 +206,7 @@ void HistoryDialogTest::buttonsReturnWhatTheUserWants_data()
     QTest::newRow("redo") << "&Redo" << int(Qt::Key_R) << int(Replay::Redo);
 }
 
-void HistoryDialogTest::buttonsReturnWhatTheUserWants()
+void HistoryDialogTest::eachButtonReturnsItsCommandAndTheCurrentTransaction()
 {
     QFETCH(QString, text);
     QFETCH(int, key);
@@ -224,7 +224,7 @@ void HistoryDialogTest::buttonsReturnWhatTheUserWants()
     QVERIFY(!dialog->isVisible());
 }
 
-void HistoryDialogTest::nothingIsNewerThanTheNewest()
+void HistoryDialogTest::laterTransactionsCannotBeUndoneIfTheNewestIsCurrent()
 {
     show();
     QVERIFY(!button("Undo All &Since")->isEnabled());
@@ -249,7 +249,7 @@ void HistoryDialogTest::compareRefusal(const QString& reason)
     QVERIFY2(shown.contains(reason), qPrintable(shown.join('\n')));
 }
 
-void HistoryDialogTest::aRefusalDisablesTheCommandsAndIsShown()
+void HistoryDialogTest::aRefusalDisablesTheCommandsAndShowsItsReason()
 {
     standIn->setReplayRefused(true);
     show();
@@ -266,7 +266,7 @@ void HistoryDialogTest::aRefusalDisablesTheCommandsAndIsShown()
     QVERIFY(button("&Redo")->isEnabled());
 }
 
-void HistoryDialogTest::anUnreadableHistorySaysSo()
+void HistoryDialogTest::anUnreadableHistoryCausesAMessage()
 {
     standIn->setHistoryBroken(true);
     QString message;
@@ -290,7 +290,7 @@ void HistoryDialogTest::anUnreadableHistorySaysSo()
     QVERIFY(!dialog->isVisible());
 }
 
-void HistoryDialogTest::closingWaitsForTheWorker()
+void HistoryDialogTest::theWindowClosesAfterTheWorkerHasEnded()
 {
     show();
     go(1);
@@ -302,7 +302,7 @@ void HistoryDialogTest::closingWaitsForTheWorker()
     QVERIFY(open);
     QTRY_VERIFY(!dialog->isVisible());
     QCOMPARE(dialog->result(), int(QDialog::Rejected));
-    // A command waits in the same way.
+    // A command also waits for the worker.
     show();
     go(2);
     whileWorking([this, &open] {
@@ -315,7 +315,7 @@ void HistoryDialogTest::closingWaitsForTheWorker()
     QCOMPARE(dialog->wantedNumber(), qint64(1));
 }
 
-void HistoryDialogTest::keysReachEverything()
+void HistoryDialogTest::everyControlCanBeReachedByKeys()
 {
     show();
     QTRY_VERIFY(table()->hasFocus());
@@ -335,12 +335,12 @@ void HistoryDialogTest::keysReachEverything()
     for (int i = 0; i < 4 && !edit()->hasFocus(); ++i) {
         QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
     }
-    QTRY_VERIFY(edit()->hasFocus()); // Tab goes round
+    QTRY_VERIFY(edit()->hasFocus()); // Tab returns to the first control
     QTest::keyClick(dialog.get(), Qt::Key_C, Qt::AltModifier);
     QTRY_VERIFY(!dialog->isVisible());
 }
 
-void HistoryDialogTest::theCurrentTransactionIsKeptWhenItOpensAgain()
+void HistoryDialogTest::theCurrentTransactionIsStillCurrentWhenTheWindowOpensAgain()
 {
     show();
     go(1);
@@ -349,7 +349,7 @@ void HistoryDialogTest::theCurrentTransactionIsKeptWhenItOpensAgain()
     standIn->forgetCalls();
     show();
     QTRY_COMPARE(standIn->calls("transactions"), 1);
-    // The details may be different now.
+    // The details may have changed.
     QTRY_COMPARE(standIn->calls("describeTransaction 2"), 1);
     QCOMPARE(table()->currentIndex().row(), 1);
 }
@@ -362,7 +362,7 @@ void HistoryDialogTest::fiveThousandTransactionsAreListed()
     QTest::keyClicks(edit(), "p4999$");
     QCOMPARE(numbers(), QStringList{"4999"});
     QTRY_COMPARE(details(), detailsOf(4999));
-    // Only transactions that were the current one are described.
+    // The script describes only the transactions that were current.
     QVERIFY(standIn->calls("describeTransaction") < 10);
 }
 

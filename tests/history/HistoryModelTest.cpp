@@ -14,9 +14,9 @@ class HistoryModelTest : public QObject
 private Q_SLOTS:
     void aRowHasTheTextsOfItsTransaction();
     void everyColumnHasATitleAndAToolTip();
-    void numbersTimesAndOutputAreSortedByValue();
-    void faultsAreColoured();
-    void namesOfPackagesAreSearchedOnly();
+    void numbersTimesAndOutputLinesAreSortedByValue();
+    void failedAndInterruptedTransactionsAreColoured();
+    void packageNamesAreSearchedButNotShown();
     void aTransactionIsFoundByItsNumber();
 
 private:
@@ -73,7 +73,7 @@ void HistoryModelTest::everyColumnHasATitleAndAToolTip()
     QVERIFY(!model.headerData(HistoryModel::ColumnCount, Qt::Horizontal).isValid());
 }
 
-void HistoryModelTest::numbersTimesAndOutputAreSortedByValue()
+void HistoryModelTest::numbersTimesAndOutputLinesAreSortedByValue()
 {
     HistoryModel model;
     model.setRecords({record(100), record(9), record(20)});
@@ -86,7 +86,7 @@ void HistoryModelTest::numbersTimesAndOutputAreSortedByValue()
     }
 }
 
-void HistoryModelTest::faultsAreColoured()
+void HistoryModelTest::failedAndInterruptedTransactionsAreColoured()
 {
     HistoryModel model;
     model.setRecords({record(3), record(2, HistoryRecord::Failed), record(1, HistoryRecord::Interrupted)});
@@ -101,7 +101,7 @@ void HistoryModelTest::faultsAreColoured()
     QCOMPARE(colour(1, HistoryModel::Result), QColor(Colors::readable(Colors::error(), Qt::black)));
 }
 
-void HistoryModelTest::namesOfPackagesAreSearchedOnly()
+void HistoryModelTest::packageNamesAreSearchedButNotShown()
 {
     HistoryModel model;
     model.setRecords({record(1)});

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Acts in the window of the history as soon as the window has read the list and the details of a transaction.
-// Until then, the worker's event loop is the innermost loop, and a test must not wait in it.
+// Acts in the history window as soon as the window has read the list and the details of a transaction. Until
+// then, the worker's event loop is the innermost loop, and a test must not wait in it.
 
 #ifndef TESTS_HISTORY_SHOWNHISTORY_H
 #define TESTS_HISTORY_SHOWNHISTORY_H
@@ -15,8 +15,8 @@
 
 #include "history/HistoryDialog.h"
 
-// Runs the first function, which opens the window, and then the second one with the window. Closes the window
-// if it is still open. Returns whether it was opened.
+// Calls the first function, which opens the window, and then the second function with the window. Afterwards
+// it closes the window if it is still open. Returns whether the window was opened.
 inline bool withHistory(const std::function<void()>& open, const std::function<void(HistoryDialog&)>& use)
 {
     bool opened = false;

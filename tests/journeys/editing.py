@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The common parts of the journeys that change the configuration of repositories."""
+"""The common parts of the journeys that change repository configurations."""
 import os
 
 import pyatspi
@@ -40,7 +40,7 @@ class Editor(driver.Window):
         return self.table().getAccessibleAt(self.identifiers().index(identifier), column)
 
     def is_on(self, identifier, column):
-        """Whether the box of a column is checked."""
+        """Whether a repository's box in this column is checked."""
         x, y, width, height = driver.rectangle(self.cell(identifier, column))
         picture = driver.pixels(x, y, width, height)
         differences = {on: driver.Icon.named(icon).difference(picture, width, height, 765)
@@ -60,7 +60,7 @@ class Editor(driver.Window):
         self.wait_on(not before, identifier, column)
 
     def select(self, *identifiers):
-        """Select the rows of these repositories only."""
+        """Select only the rows of these repositories."""
         for number, identifier in enumerate(identifiers):
             if number:
                 driver.xdotool('keydown', 'ctrl')
@@ -122,7 +122,7 @@ class Form(driver.Window):
             wait_for(lambda: driver.text_of(field) == text, 'the text of ' + name, 20)
 
     def choose(self, number, item):
-        """number: 0 is the box Enabled, 1 is Check GPG Keys."""
+        """number: 0 is the Enabled box, 1 is the Check GPG Keys box."""
         combo = self.find_all(pyatspi.ROLE_COMBO_BOX)[number]
         driver.click(combo)
         driver.key('Home')
@@ -134,7 +134,7 @@ class Form(driver.Window):
         wait_for(lambda: combo.name == item, 'the choice of ' + item, 20)
 
     def status(self):
-        """The text beside the buttons."""
+        """The text next to the buttons."""
         return self.labels()[-1] if self.labels()[-1] != 'Sort Position' else ''
 
     def close(self, button):
@@ -166,10 +166,10 @@ class EditingTest(JourneyTest):
         return found
 
     def requests_from_now(self):
-        """The number of requests to the server up to now. The next reading of the packages makes more requests.
+        """The number of requests to the server up to now. The next collection makes more requests.
 
-        This function expires the metadata. Otherwise the next reading could use metadata that are less than a second
-        old.
+        To force these requests, this function lets the metadata expire. Otherwise the collection could use metadata
+        that are less than a second old.
         """
         self.sandbox.expire_metadata()
         return len(self.sandbox.server.paths())
@@ -179,7 +179,7 @@ class EditingTest(JourneyTest):
         return Editor(window.program)
 
     def check_listed(self, window, names, expression='^(abacus-cli|hedgerow|hidden-gem|pergola) '):
-        """The window lists exactly these packages of USUAL and "hidden-gem"."""
+        """Of USUAL and "hidden-gem", the window lists exactly these packages."""
         window.wait_ready()
         window.set_filter(expression)
         window.wait_names(names)

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The common parts of all journeys. Each test works on a separate copy of the sandbox and checks the program's end.
+"""The common parts of all journeys. Each test works on a separate copy of the sandbox, and checks that the program ends
+correctly.
 
 VYRE_BINARY is the program. VYRE_SANDBOX is the sandbox, which the journeys copy and never change. If VYRE_PICTURES
 names a directory, the journeys save pictures of the screen there.
@@ -21,17 +22,17 @@ import driver  # noqa: E402
 from driver import wait_for  # noqa: E402
 from vyresandbox import Sandbox  # noqa: E402
 
-# The file of dnf's lock on the package database.
+# The lock file for dnf's lock on the package database.
 DATABASE_LOCK = 'var/lib/dnf/rpmdb_lock.pid'
 
 DEPENDENCIES = 'Performing the following to resolve dependencies:'
-# The headings of further removals in the listing, by the beginning of their lines.
+# The headings of additional removals in the listing. A line belongs to a heading if it begins with this word.
 DEPENDENCY_HEADINGS = {'Remove (unused):': 'Removing unused dependencies:', 'Remove:': 'Removing dependent packages:'}
 ONLY_REMOVALS = 'No downloads; only removals\n'
 
 
 class Gate:
-    """A fault of the sandbox's server: the server answers no request until the gate is open."""
+    """A fault for the sandbox's server: the server answers no request until the gate is open."""
 
     def __init__(self):
         self._reached = threading.Event()
@@ -84,7 +85,7 @@ class CacheLock:
 
 
 class Waiting:
-    """A package of the sandbox whose scriptlet waits as long as a certain file exists."""
+    """A package in the sandbox. Its scriptlet waits as long as a certain file exists."""
 
     def __init__(self, sandbox, name):
         self._path = os.path.join(sandbox.root, 'tmp', name)
@@ -149,7 +150,7 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def program(self, *arguments, environment=None, unset=()):
-        """A run of the program on the sandbox. After a failure, this function saves a picture of the screen."""
+        """A run of the program on the sandbox. If the test fails, this function saves a picture of the screen."""
         number = 1
         while os.path.exists(os.path.join(self.scratch, 'run{}'.format(number))):
             number += 1
@@ -175,7 +176,7 @@ class JourneyTest(unittest.TestCase):
 
     @contextlib.contextmanager
     def opened(self, *arguments, groups=False):
-        """The main window of a run, which lists all packages. At the end of the scope, a key quits the program."""
+        """The main window of a new run. It lists all packages. At the end of the scope, a key quits the program."""
         with self.program(*arguments) as program:
             window = program.ready()
             window.show_all(groups)
@@ -194,10 +195,10 @@ class JourneyTest(unittest.TestCase):
     # Transactions
 
     def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None):
-        """The dialog that asks for the confirmation lists these texts, in any order. The texts are given without tabs.
+        """The confirmation dialog lists these lines, in any order. The lines are given without tabs.
 
-        sizes: whether the transaction downloads packages. None: the dialog does not mention downloads.
-        groups: the names of groups below each heading.
+        sizes: whether the transaction downloads packages; None if the dialog does not mention downloads. groups: the
+        names of groups below each heading.
         """
         text, _, sized = dialog.listing().partition('\n\n')
         if sizes is None:
@@ -225,7 +226,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(dialog.buttons(), ['OK', 'Cancel'])
 
     def carry_out(self, window, dialog=None):
-        """Confirm the transaction and wait for its end. Presses Apply first if no dialog is given."""
+        """Confirm the transaction and wait for its end. If no dialog is given, press Apply first."""
         window.accept(dialog or window.apply())
         window.wait_ready()
 
@@ -236,7 +237,7 @@ class JourneyTest(unittest.TestCase):
                 for name in names if 'lock' in name and name.endswith('.pid')]
 
     def check_ended(self, program, status=0):
-        """The program has ended without a signal, with this status. It has left no locks and no processes."""
+        """The program has ended with this status, and no signal has ended it. It has left no locks and no processes."""
         self.assertEqual(program.wait(), status, program.stderr())
         self.assertEqual(program.complaints(), '')
         self.assertEqual(self.locks(), [])
@@ -259,7 +260,7 @@ class JourneyTest(unittest.TestCase):
         self.assertEqual(self.sandbox.installed(), self.before)
 
     def check_changed(self, new=(), gone=()):
-        """Only these packages have changed since the start of the test. Imported public keys are ignored."""
+        """Only these packages have changed since the start of the test. The check ignores imported public keys."""
         after = {name for name in self.sandbox.installed() if not name.startswith('gpg-pubkey-')}
         self.assertEqual((after - self.before, self.before - after), (set(new), set(gone)))
 
@@ -286,7 +287,7 @@ class JourneyTest(unittest.TestCase):
     # Dialogs
 
     def read_dialog(self, program, title, *texts):
-        """The dialog with the title, whose text contains these texts, once it takes input."""
+        """Wait until a dialog with this title contains these texts and takes input. Return the dialog."""
         dialog = program.window(title)
         text = wait_for(dialog.text, 'the text of ' + title)
         dialog.wait_input()
@@ -303,7 +304,7 @@ class JourneyTest(unittest.TestCase):
         program.no_window(title)
 
     def check_message(self, program, title, *texts, picture=None):
-        """The program shows this message; close it. picture: the name of the picture of this message."""
+        """Check that the program shows this message, and close it. picture: the name of the message's picture."""
         dialog = self.read_dialog(program, title, *texts)
         if picture is not None:
             dialog.wait_settled()
@@ -317,7 +318,7 @@ class JourneyTest(unittest.TestCase):
         if picture is not None:
             log.wait_settled()
             self.picture(picture)
-        # The spin box also has a text; the text of the log is longer.
+        # The spin box also has text, but the log's text is longer.
         texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
         text = max((driver.text_of(accessible) for accessible in texts), key=len)
         log.click_button('Close')
@@ -335,5 +336,5 @@ class JourneyTest(unittest.TestCase):
 
 
 def main():
-    # The imported modules have set the filters of warnings; unittest must not replace them.
+    # The imported modules have set warning filters. unittest must not replace these filters.
     unittest.main(verbosity=2, warnings=False)

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user reads the advisories of the repositories, and marks the updates that they ask for."""
+"""The user reads the advisories of the repositories, and marks the updates that the advisories ask for."""
 import journey
 import updateinfo
 from journey import JourneyTest, driver, wait_for
@@ -35,7 +35,7 @@ class AdvisoriesTest(JourneyTest):
     def details(self, dialog):
         return max((driver.text_of(each) for each in dialog.find_all(driver.pyatspi.ROLE_TEXT)), key=len)
 
-    def test_all_security_updates_are_marked(self):
+    def test_all_security_updates_are_marked_and_installed(self):
         with self.opened() as window:
             dialog = self.open(window)
             self.assertEqual(self.rows(dialog), [
@@ -67,7 +67,7 @@ class AdvisoriesTest(JourneyTest):
             driver.key('Escape')
             window.program.no_window('VYRE Advisories')
 
-    def test_one_advisory_is_marked_by_keys_alone(self):
+    def test_the_updates_of_one_advisory_are_marked_with_keys_alone(self):
         with self.opened() as window:
             dialog = self.open(window)
             driver.key('alt+f')

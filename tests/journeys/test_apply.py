@@ -72,7 +72,7 @@ class ApplyTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(gone=['trellis-editor-1.2-1.x86_64', 'libtrellis-1.2-1.x86_64'])
 
-    def test_removal_alone_downloads_nothing(self):
+    def test_transaction_with_only_a_removal_downloads_nothing(self):
         with self.opened() as window:
             window.mark_listed('birch-log')
             dialog = window.apply()
@@ -82,7 +82,7 @@ class ApplyTest(JourneyTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
 
-    def test_two_transactions_are_applied_one_after_the_other(self):
+    def test_second_transaction_can_follow_the_first(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             self.carry_out(window)
@@ -133,7 +133,7 @@ class ApplyTest(JourneyTest):
                 'libbough-1.1-1.x86_64', 'libtwig-1.0-1.x86_64', 'orchard-3.0-1.x86_64', 'orchard-lang-3.0-1.noarch',
                 'orchard-plugins-3.0-1.noarch', 'orchard-thumbnails-3.0-1.noarch'])
 
-    def test_package_replaces_the_obsoleted_package(self):
+    def test_marked_package_replaces_the_package_that_it_obsoletes(self):
         with self.opened() as window:
             window.mark_listed('newpost')
             dialog = window.apply()
@@ -144,7 +144,7 @@ class ApplyTest(JourneyTest):
 
 
 class ConfiguredTest(JourneyTest):
-    """Transactions that follow options of the package manager's configuration."""
+    """Transactions with certain options in the package manager's configuration."""
 
     def configure(self, *lines):
         with open(os.path.join(self.sandbox.root, 'etc/yum.conf'), 'a') as configuration:
@@ -206,7 +206,7 @@ class SeveralVersionsTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=['abacus-cli-4.0-0.beta.x86_64'], gone=versions)
 
-    def test_kernel_is_installed_beside_the_other_kernels(self):
+    def test_new_kernel_replaces_no_installed_kernel(self):
         with self.opened() as window:
             window.mark_listed('kernel')
             self.assertEqual([row[1] for row in window.rows()], ['6.1.31-1 *'])

@@ -14,12 +14,12 @@ EDITOR_ERROR = 'VYRE Repository Editor Error'
 UNEXPECTED = ('Internal error: python exception occurred from C code.\n'
               'When reporting this issue, please include the contents of the\n'
               'Log window, which should contain a walkback.')
-# The directory of the files that a plug-in of dnf writes.
+# The directory in which one of dnf's plug-ins writes its files.
 COMPLETIONS = '/var/cache/dnf'
 
 
 class ScriptTest(StartTest):
-    """The script of the share directory is unusable: the program shows messages and ends."""
+    """The script in the share directory is unusable: the program shows messages and ends."""
 
     def check_ends(self, content, messages, *complaints):
         share = os.path.join(self.scratch, 'share')
@@ -85,8 +85,8 @@ class ConfigurationTest(StartTest):
 
     def setUp(self):
         super().setUp()
-        # Without a main file, the program loads the plug-ins of this system. with-display has mounted another directory
-        # over the directory in which they write.
+        # If the main file is missing, the program loads the plug-ins of this system. with-display has mounted another
+        # directory over the directory in which these plug-ins write.
         possible = subprocess.call(['unshare', '--mount', 'true'], stderr=subprocess.DEVNULL) == 0
         if possible and os.path.isdir(COMPLETIONS):
             self.assertTrue(os.path.ismount(COMPLETIONS))

@@ -34,14 +34,14 @@ class RepositoriesTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    def test_lack_of_enabled_repositories_is_reported(self):
+    def test_session_without_enabled_repositories_is_reported(self):
         with self.program('--disablerepo=*') as program:
             text = self.message(program, YUM_ERROR)
             self.assertEqual(text, 'No repositories are enabled.' + ADVICE)
             window = program.ready()
             self.check_nothing_listed(window)
             self.assertIn('No repositories are enabled.', self.read_log(window))
-            # The patterns of the command line have effect during the whole session.
+            # The patterns on the command line have effect during the whole session.
             window.click_button('Refresh')
             self.message(program, YUM_ERROR, 'No repositories are enabled.')
             self.check_nothing_listed(window)
@@ -88,7 +88,7 @@ class RepositoriesTest(StartTest):
             self.check_refresh_helps(window)
             self.quit(window)
 
-    # Patterns of the command line
+    # Patterns on the command line
 
     def check_listed_repositories(self, arguments, repositories):
         """The packages that can be installed or updated come from these repositories."""
@@ -110,7 +110,7 @@ class RepositoriesTest(StartTest):
                 (['--disablerepo=sandbox-http', '--disablerepo=sandbox-signed'], ['sandbox-updates', 'sandbox-file']),
                 # The last matching pattern decides.
                 (['--enablerepo=sandbox-file', '--disablerepo=*', '--enablerepo=sandbox-u*'], ['sandbox-updates']),
-                # A pattern must match the whole name, in the same case.
+                # A pattern must match the whole name, with the same letter case.
                 (['--disablerepo=sandbox', '--disablerepo=http', '--disablerepo=SANDBOX-*'], usual),
                 (['--disablerepo=', '--enablerepo=nonsense', '--disablerepo=sandbox-http|sandbox-file'], usual)):
             self.check_listed_repositories(arguments, repositories)
@@ -147,7 +147,7 @@ class MetadataTest(StartTest):
     def test_repomd_with_a_server_error_is_reported(self):
         self.check_fault(REPOMD, server.status(503), '503')
 
-    def test_list_of_packages_with_a_wrong_checksum_is_reported(self):
+    def test_package_list_with_a_wrong_checksum_is_reported(self):
         directory = os.path.join(self.sandbox.repository('sandbox-http'), 'repodata')
         name, = [name for name in os.listdir(directory) if 'primary.xml' in name]
         self.check_fault('/sandbox-http/repodata/' + name, server.corrupted(), "checksum doesn't match")
@@ -228,7 +228,7 @@ class MetadataTest(StartTest):
                 os.unlink(os.path.join(directory, name))
         self.write('var/lib/rpm/rpmdb.sqlite', 'nonsense' * 10000)
         with self.program() as program:
-            # The message can begin with captured output of rpm.
+            # The message can begin with rpm's captured output.
             self.assertRegex(self.message(program, YUM_ERROR), '(^|\n)failed loading RPMDB\nUnable to initialize$')
             window = program.ready()
             self.check_nothing_listed(window)

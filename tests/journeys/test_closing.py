@@ -9,7 +9,7 @@ from journey import Gate, JourneyTest, driver, wait_for
 
 
 class ClosingTest(JourneyTest):
-    """While the program changes the system, it cannot be closed. A close request stops any other operation."""
+    """While the program changes the system, the user cannot close it. A close request stops any other operation."""
 
     def request_close(self, program):
         """Close the main window, press the key of Quit, and wait until the program has received both requests."""
@@ -77,7 +77,7 @@ class ClosingTest(JourneyTest):
         driver.key('alt+F4')
 
     def check_closed_while_waiting(self, program, lock):
-        """Close the program. It ends without a message, and the other process keeps its lock."""
+        """Close the program, and check that it ends without a message and that the other process keeps its lock."""
         self.close_by_window_manager(program)
         self.assertEqual(program.wait(), 0, program.stderr())
         self.assertTrue(lock.is_held())
@@ -85,14 +85,14 @@ class ClosingTest(JourneyTest):
         self.check_ended(program)
         self.check_unchanged()
 
-    def test_closing_ends_the_wait_for_metadata(self):
+    def test_closing_ends_the_wait_for_the_metadata_lock(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             self.wait_waiting(program.main(), lock)
             self.picture('waiting-for-metadata')
             self.check_closed_while_waiting(program, lock)
 
-    def test_closing_ends_the_wait_for_downloads(self):
+    def test_closing_ends_the_wait_for_the_download_lock(self):
         with self.program() as program:
             window = program.ready()
             window.show_all()
@@ -108,13 +108,13 @@ class ClosingTest(JourneyTest):
             os.path.join(self.sandbox.root, 'var/cache/yum')) for name in names if not name.endswith('.pid'))
 
     def clean_all(self, window, kind):
-        """Choose Clean All while another process holds a lock; return the lock."""
+        """Choose Clean All while another process holds a lock. Return the lock."""
         lock = self.cache_lock(kind)
         self.choose_from_menu(window, 'Cache', 3)
         self.wait_waiting(window, lock)
         return lock
 
-    def test_closing_ends_the_wait_of_cleaning_for_metadata(self):
+    def test_closing_ends_the_wait_of_clean_all_for_the_metadata_lock(self):
         with self.program() as program:
             window = program.ready()
             before = self.cached()
@@ -137,7 +137,7 @@ class ClosingTest(JourneyTest):
             self.assertFalse(os.path.exists(old))
             self.close(window)
 
-    def test_waiting_ends_when_the_lock_is_released(self):
+    def test_the_program_continues_when_the_lock_is_released(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             window = program.main()
@@ -155,7 +155,7 @@ class ClosingTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.close(window)
 
-    def test_termination_ends_the_wait_for_metadata(self):
+    def test_sigterm_ends_the_wait_for_the_metadata_lock(self):
         lock = self.cache_lock('metadata')
         with self.program() as program:
             self.wait_waiting(program.main(), lock)

@@ -45,13 +45,13 @@ class CredentialsTest(EditingTest):
         self.before_files = self.files()
 
     def check_file(self, *filled, **options):
-        """Only the credentials of these repositories have changed in the files."""
+        """In the repository file, only the credentials of these repositories have changed."""
         files = dict(self.before_files)
         files[self.repo_path('vantor.repo')] = self.configuration(*filled, **options).encode()
         self.assertEqual(self.files(), files)
 
     def check_reached(self, *identifiers):
-        """The server received requests for these repositories only, and answered all of them."""
+        """The server has received requests for only these repositories, and has answered all requests."""
         self.assertEqual({(host, name, password, status) for host, _, name, password, status in self.server.requests},
                          {(self.HOSTS[identifier], NAME, PASSWORD, 200) for identifier in identifiers})
 
@@ -170,7 +170,7 @@ class AskedTest(CredentialsTest):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'Apply to All with this Host')
-            # The third repository has the same host as the first.
+            # The first and the third repository have the same host.
             self.answer(program, 'two', 'OK')
             self.quit(program.ready())
         self.check_reached('one', 'two', 'three')
@@ -246,7 +246,7 @@ class AskedTest(CredentialsTest):
         self.assertEqual(self.server.requests, [])
         self.check_unchanged()
 
-    def test_quit_keeps_the_credentials_entered_before(self):
+    def test_quit_keeps_credentials_that_the_user_has_entered_before(self):
         self.configure()
         with self.program() as program:
             self.answer(program, 'one', 'OK')
@@ -255,7 +255,7 @@ class AskedTest(CredentialsTest):
         self.check_file('one')
         self.assertEqual(self.server.requests, [])
 
-    def test_unused_repositories_are_not_asked_about(self):
+    def test_no_credentials_are_asked_for_unused_repositories(self):
         self.configure()
         with self.program('--disablerepo=t*', '--disablerepo=one') as program:
             self.quit(program.ready())
@@ -276,9 +276,9 @@ class AskedTest(CredentialsTest):
 
 class WrongTest(CredentialsTest):
 
-    def test_message_about_a_wrong_password_does_not_show_it(self):
+    def test_message_about_a_wrong_password_does_not_show_the_password(self):
         self.server.users = {NAME: 'another one'}
-        # This file has no options that let dnf skip the repository.
+        # No option in this file lets dnf skip the repository.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
         with self.program() as program:
             self.answer(program, 'one', 'OK')

@@ -53,7 +53,7 @@ class DescriptionTest(EditingTest):
         driver.click(button)
 
     def pairs(self, dialog, begin):
-        """A dictionary of the labels and their values between this heading and the next heading."""
+        """The labels between this heading and the next heading, as a dictionary of labels and values."""
         labels = dialog.labels()
         labels = labels[labels.index(begin) + 1:]
         if 'Installed' in labels:
@@ -120,7 +120,7 @@ class ContentTest(DescriptionTest):
             self.check_pairs(dialog, 'Installed', Repository='@System', Relocations='/opt/gallivant',
                              URL='https://larkspur.example/gallivant', Vendor='Wander Works')
             self.assertIn('Install Time', dialog.labels())
-            # The local database has no page to open.
+            # The repository of an installed package is the local database, which has no page.
             self.assertEqual(dialog.buttons(), ['Close', 'Show', 'Show'])
             self.press(dialog, 1)
             log = window.program.window('gallivant 1.0-1 Change Log')
@@ -148,7 +148,7 @@ class ContentTest(DescriptionTest):
                              Requires='hedgerow\norrery\npebble-go')
             self.close_description(window, dialog)
 
-    def test_markup_is_shown_as_characters(self):
+    def test_markup_is_shown_as_plain_text(self):
         with self.opened() as window:
             dialog = self.describe(window, 'tagsoup')
             self.check_pairs(
@@ -205,7 +205,7 @@ class ContentTest(DescriptionTest):
             self.assertLess(driver.rectangle(dialog.accessible)[3], 900)
             self.copy(label)
             self.close_description(window, dialog)
-            # The edit of the filter row accepts all characters, but replaces each line feed by another character.
+            # The expression edit accepts all characters, but replaces each line feed by another character.
             edit = window.edit()
             driver.click(edit)
             driver.key('ctrl+a')
@@ -311,7 +311,7 @@ class BrowsingTest(DescriptionTest):
             editor.select('c-nothing')
             editor.click_button('Browse Repository')
             self.check_message(program, 'Error', 'Repository configuration has no URL')
-            # The menu of a row does the same.
+            # The row's menu also opens the page.
             before = program.popups()
             driver.click(editor.cell('a-several', editing.NAME), button=3)
             wait_for(lambda: program.popups() > before, 'the menu')

@@ -77,7 +77,7 @@ class DisplayTest(JourneyTest):
             self.lose(program)
             self.check_nothing_done(program)
 
-    def test_losing_the_display_ends_the_wait_for_metadata(self):
+    def test_losing_the_display_ends_the_wait_for_the_metadata_lock(self):
         lock = self.cache_lock('metadata')
         with self.started() as program:
             self.wait_waiting(program.main(), lock)
@@ -133,8 +133,8 @@ class DisplayTest(JourneyTest):
 
     def test_losing_the_display_does_not_interrupt_a_transaction(self):
         output = self.check_transaction_completes(self.lose)
-        # Without a display, output goes to standard error. Here a scriptlet prints 600,000 bytes, which is more than
-        # pipes can hold.
+        # Without a display, output goes to standard error. Here a scriptlet prints 600,000 bytes. Pipes cannot hold so
+        # much.
         for stream in ('stdout', 'stderr'):
             self.assertEqual(output.count('vyre: loudhailer: {} line '.format(stream)), 6000)
 
@@ -148,7 +148,7 @@ class DisplayTest(JourneyTest):
         self.check_transaction_completes(cut)
 
     def test_end_of_the_session_does_not_interrupt_a_transaction(self):
-        """At the end of a session, the desktop sends signals and closes the display at the same time."""
+        """When a session ends, the desktop sends signals and closes the display at the same time."""
         def end(program):
             for number in (signal.SIGHUP, signal.SIGTERM):
                 program.process.send_signal(number)
@@ -166,8 +166,8 @@ class DisplayTest(JourneyTest):
             self.assertEqual(os.listdir(self.temporary), [])
             self.check_unchanged()
 
-    def test_losing_the_display_declines_a_key(self):
-        """Without an answer of the user, the program does not import the key."""
+    def test_losing_the_display_during_the_question_about_a_key_declines_it(self):
+        """If the user cannot answer, the program does not import the key."""
         with self.started() as program:
             window, dialog = self.mark_and_apply(program, 'wax-tablet')
             window.accept(dialog)

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program downloads packages, uses packages of the cache, and reports failed downloads."""
+"""The program downloads packages, uses packages in the cache, and reports failed downloads."""
 import os
 
 import journey
@@ -32,7 +32,7 @@ class DownloadTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'])
             self.assertEqual(self.sandbox.server.paths().count(PERGOLA), 1)
 
-    def test_packages_of_a_local_repository_need_no_download(self):
+    def test_packages_in_a_local_repository_are_not_downloaded(self):
         with self.opened() as window:
             window.mark_listed('hedgerow')
             dialog = window.apply()
@@ -40,7 +40,7 @@ class DownloadTest(JourneyTest):
             self.carry_out(window, dialog)
             self.check_changed(new=['hedgerow-4.0-1.noarch'])
 
-    def test_several_downloads_at_once_have_their_own_bars(self):
+    def test_each_of_several_simultaneous_downloads_has_its_own_bar(self):
         names = ['tilepack-{}'.format(number) for number in range(1, 9)]
         held = [Gate() for _ in names]
         for name, gate in zip(names, held):

@@ -23,7 +23,7 @@ class DiskTest(StartTest):
         with self.wrapped('mount --bind "$VYREROOT" "$VYREROOT"; mount -o remount,bind,ro "$VYREROOT"'):
             self.check_no_lock('Read-only file system')
 
-    def test_directory_of_the_lock_without_write_permission_is_reported(self):
+    def test_unwritable_directory_of_the_lock_is_reported(self):
         directory = os.path.dirname(self.path(DATABASE_LOCK))
         os.chmod(directory, 0o555)
         with self.unprivileged():
@@ -57,7 +57,7 @@ class DiskTest(StartTest):
                 self.quit(window)
 
     def test_missing_root_is_reported(self):
-        """The path is probably mistyped, so the program does not create the directory."""
+        """The user has probably mistyped the path, so the program does not create the directory."""
         root = os.path.join(self.scratch, 'nothing')
         with self.program(environment={'VYREROOT': root}) as program:
             self.assertEqual(self.message(program, YUM_ERROR), 'The root directory {} does not exist'.format(root))

@@ -9,7 +9,7 @@ from vyresandbox import needs_groups
 class GroupsTest(JourneyTest):
 
     def check_view(self, window, view, name, listed):
-        """A view of the filter row lists a group, or does not list it, as listed says."""
+        """Select a view in the filter row, and check whether it lists the group. listed: the expected result."""
         window.choose(1, view)
         window.set_filter('^' + name + '$')
         window.wait_names([name] if listed else [])
@@ -63,9 +63,9 @@ class GroupsTest(JourneyTest):
             self.check_view(window, 'View Updatable', 'Weaving', False)
 
     @needs_groups
-    def test_conditional_package_is_installed_if_its_condition_is_installed(self):
+    def test_conditional_package_is_installed_if_the_required_package_is_installed(self):
         with self.opened('--groups') as window:
-            # The package manager removes a blank from the name.
+            # The package manager has removed a blank from the name.
             window.set_filter('^Office &')
             journey.wait_for(lambda: len(window.names()) == 1, 'the group alone')
             name = window.names()[0]

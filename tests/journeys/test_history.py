@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The window of the history: transactions are undone and repeated, by the keyboard alone."""
+"""The user undoes and repeats transactions in the history window, with the keyboard alone."""
 import os
 
 import journey
@@ -11,7 +11,7 @@ RESULT = 5
 
 
 class HistoryWindow(driver.MainWindow):
-    """The list is read like that of the main window."""
+    """The history window. Its list is read like the list of the main window."""
 
     def cells(self, column):
         table = self.table().queryTable()
@@ -57,7 +57,7 @@ class HistoryTest(JourneyTest):
             count = history.row_count()
             self.assertEqual(history.cells(RESULT)[0], 'Succeeded')
 
-            # A refused listing changes nothing, and the history is there again.
+            # If the user refuses the listing, nothing changes, and the history window opens again.
             history.choose('u')
             dialog = window.program.window('Apply')
             self.check_listing(dialog, [
@@ -80,7 +80,7 @@ class HistoryTest(JourneyTest):
             self.assertEqual({row[0]: row[2] for row in window.rows()},
                              {'libbough': 'sandbox-http', 'anvil-make': 'sandbox-updates'})
 
-            # The newest transaction is the undoing; the one before is repeated.
+            # The newest transaction is the undoing. The user repeats the transaction before it.
             history = self.open_history(window)
             self.assertEqual(history.row_count(), count + 1)
             driver.key('Down')
@@ -94,7 +94,7 @@ class HistoryTest(JourneyTest):
                          'Applying: OK', 'Not Applying: Canceled'):
                 self.assertIn(text, log)
 
-    def test_all_transactions_since_one_are_undone_and_marks_stay(self):
+    def test_all_later_transactions_are_undone_and_the_marks_are_kept(self):
         with self.opened() as window:
             for name in ('astrolabe', 'loupe'):
                 window.mark_listed(name)
@@ -122,7 +122,7 @@ class HistoryTest(JourneyTest):
             window.wait_names(['sextant'])
             self.assertEqual(window.action('sextant'), 'install')
 
-    def test_what_no_repository_has_is_named_first(self):
+    def test_packages_that_no_repository_has_are_named_before_the_listing(self):
         with self.opened() as window:
             window.mark_listed('lexicon-en')
             window.mark_listed('almanac')

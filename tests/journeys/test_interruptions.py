@@ -16,7 +16,7 @@ SEVERAL = ('Several versions of these packages are installed, left behind by an 
 class KillTest(JourneyTest):
 
     def kill_in_transaction(self, *names):
-        """Kill the program while the scriptlet of doorkeeper waits. The scriptlet itself is not killed."""
+        """Kill the program while the doorkeeper scriptlet waits. The scriptlet itself survives."""
         doorkeeper = self.waiting('doorkeeper')
         with self.program() as program:
             window = program.ready()
@@ -48,7 +48,7 @@ class KillTest(JourneyTest):
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['doorkeeper-1.1-1.noarch', 'pergola-6.1-1.x86_64'], gone=['birch-log-3.0-1.x86_64'])
-            # The log has no second report.
+            # The log does not repeat the report.
             self.assertEqual(self.read_log(window).count(INTERRUPTED), 1)
         self.check_consistent()
 
@@ -78,7 +78,9 @@ class KillTest(JourneyTest):
 
 
 class KillBeforeTest(JourneyTest):
-    """The program is killed before it changes the system. The next run reports the old locks, and dnf works too."""
+    """The program is killed before it changes the system. The next run reports the lock files that are left over, and
+    dnf also works.
+    """
 
     LEFT = 'Process {} has ended without removing its lock file {}. The file is removed.'
 

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""VYRE as a package: the test builds and installs it. Then it describes, updates and removes itself.
+"""VYRE as a package. The test builds and installs this package. Then the installed VYRE describes, updates and removes
+itself.
 
 VYRE_BUILD is the build folder.
 """

@@ -24,7 +24,7 @@ class LockTest(StartTest):
             window = program.ready()
             self.check_nothing_listed(window)
             self.assertIn('Unable to obtain yum lock', self.read_log(window))
-            # Each refresh tries to get the lock again, but never removes the lock of its owner.
+            # Each refresh tries to get the lock again, but never removes another process's lock.
             window.click_button('Refresh')
             self.message(program, YUM_ERROR, 'Unable to obtain yum lock')
             self.check_nothing_listed(window)
@@ -53,7 +53,7 @@ class LockTest(StartTest):
                              'Unable to obtain yum lock')
                 window = second.ready()
                 self.check_nothing_listed(window)
-                # The first program is still usable, and releases its lock at its end.
+                # The first program is still usable, and releases its lock when it ends.
                 self.assertTrue(first_window.is_ready())
                 first.process.send_signal(signal.SIGTERM)
                 first.wait()

@@ -23,9 +23,9 @@ class MarksTest(JourneyTest):
         for name, action in actions.items():
             window.wait_action(action, name)
 
-    def test_clicks_cycle_through_the_possible_actions(self):
+    def test_each_click_selects_the_next_possible_action(self):
         with self.opened() as window:
-            # The rows are available, updatable, and installed without an update.
+            # The three packages are available, updatable, and installed without an update.
             for name, actions in (('pergola', ('install', 'none')), ('barometer', ('update', 'remove', 'none')),
                                   ('almanac', ('remove', 'none'))):
                 self.list_packages(window, name)
@@ -58,13 +58,13 @@ class MarksTest(JourneyTest):
             window.click_button('Clear Actions')
             wait_line('Listed: 1   Selected: 0   No marks')
 
-    def test_quick_clicks_count_each(self):
+    def test_each_of_several_quick_clicks_counts(self):
         with self.opened() as window:
             self.list_packages(window, 'barometer')
             window.mark('barometer')
             window.wait_action('update', 'barometer')
             x, y = driver.place(window.visible_cell('barometer', driver.ACTION))
-            # Two clicks at one place take away the mark.
+            # Two clicks at the same place remove the mark.
             driver.xdotool('mousemove', x, y, 'click', '--repeat', 2, '--delay', 40, 1)
             window.wait_action('none', 'barometer')
             driver.xdotool('click', '--repeat', 4, '--delay', 40, 1)
@@ -92,7 +92,7 @@ class MarksTest(JourneyTest):
                     window.wait_action('none', name)
             self.assertFalse(apply_enabled(window))
 
-    def test_menu_marks_the_whole_selection(self):
+    def test_menu_marks_all_selected_rows(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             window.select('pergola', 'barometer', 'almanac')
@@ -122,7 +122,7 @@ class MarksTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['barometer-1.0-1.x86_64'])
 
-    def test_button_marks_the_selection(self):
+    def test_button_marks_all_selected_rows(self):
         with self.opened() as window:
             self.list_packages(window, 'pergola', 'barometer', 'almanac', 'aquifer')
             window.select('pergola', 'barometer', 'almanac')
@@ -150,7 +150,7 @@ class MarksTest(JourneyTest):
             self.list_packages(window, 'pergola', 'barometer', 'almanac')
             for name in ('pergola', 'barometer', 'almanac'):
                 window.mark(name)
-            # One of the marked packages is not listed.
+            # The table does not list one of the marked packages.
             self.list_packages(window, 'pergola', 'barometer')
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')
             window.click_button('Clear Actions')
@@ -226,7 +226,7 @@ class FilterRowTest(JourneyTest):
             window.set_checked('Include Groups', True)
             window.wait_names(['libmoss', 'Games'])
 
-    def test_a_package_found_by_its_file_is_installed(self):
+    def test_a_package_is_found_by_its_file_and_installed(self):
         with self.opened() as window:
             window.set_filter('/usr/bin/inkwell-modern')
             window.wait_names([])

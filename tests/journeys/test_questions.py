@@ -27,7 +27,7 @@ class ConfirmationTest(JourneyTest):
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 
-    def test_canceling_changes_nothing_and_keeps_the_marks(self):
+    def test_canceling_the_listing_changes_nothing_and_keeps_the_marks(self):
         self.check_canceled(lambda dialog: dialog.click_button('Cancel'))
 
     def test_enter_cancels_a_removal(self):
@@ -46,17 +46,17 @@ class ConfirmationTest(JourneyTest):
     def test_closing_the_question_cancels(self):
         self.check_canceled(lambda dialog: dialog.press('alt+F4'))
 
-    def test_a_key_that_is_held_since_before_does_not_confirm(self):
+    def test_a_key_that_is_held_down_before_the_question_does_not_confirm(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             window.wait_settled()
             driver.click(window.edit())
-            # Enter is down before the question appears, and repeats afterwards.
+            # The user presses Enter before the question appears, and holds it.
             driver.xdotool('key', 'alt+a', 'keydown', 'Return')
             try:
                 dialog = window.program.window('Apply')
                 dialog.wait_input()
-                time.sleep(0.5)  # several repetitions of the key
+                time.sleep(0.5)  # the key repeats several times
                 dialog = window.program.window('Apply', 0)
             finally:
                 driver.xdotool('keyup', 'Return')

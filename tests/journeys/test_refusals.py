@@ -12,7 +12,9 @@ from journey import JourneyTest
 class RefusalTest(JourneyTest):
 
     def check_unresolvable(self, names, action, *texts, picture=None):
-        """The marks cannot be applied: one message gives the reason, nothing changes, and the marks stay."""
+        """The program cannot apply the marks. It shows one message with the reason, changes nothing and keeps the
+        marks.
+        """
         with self.opened() as window:
             for name in names:
                 window.mark_listed(name)
@@ -34,7 +36,7 @@ class RefusalTest(JourneyTest):
         self.check_unresolvable(['tidewatch'], 'update', 'libtide.so.9', 'tidewatch-2.0-1.noarch')
 
     def test_one_of_two_conflicting_packages_can_be_left_out(self):
-        """The user decides whether the program leaves out one of them."""
+        """The user decides whether the program leaves out one of the packages."""
         with self.opened() as window:
             for name in ('tern-mta', 'gull-mta'):
                 window.mark_listed(name)
@@ -87,7 +89,7 @@ class OtherProgramTest(JourneyTest):
             self.check_changed(new=['pergola-6.1-1.x86_64'], gone=['almanac-1.9-1.noarch', 'birch-log-3.0-1.x86_64'])
             self.assertNotIn('The last transaction, begun on', self.read_log(window))
 
-    def test_package_database_in_use_by_another_program_is_reported(self):
+    def test_database_that_another_program_uses_is_reported(self):
         with self.opened() as window:
             window.mark_listed('pergola')
             dialog = window.apply()
@@ -114,7 +116,7 @@ class OtherProgramTest(JourneyTest):
 class FailureTest(JourneyTest):
 
     def fail(self, window, names, *texts, picture=None):
-        """Apply marks whose transaction fails after the confirmation; one message gives the reason."""
+        """Apply the marks. The transaction fails after the confirmation, and one message gives the reason."""
         for name in names:
             window.mark_listed(name)
         window.accept(window.apply())
@@ -128,7 +130,7 @@ class FailureTest(JourneyTest):
                       'inkwell-classic', 'inkwell-modern', picture='file-conflict')
             self.check_unchanged()
 
-    def test_package_with_a_file_of_an_installed_package_is_refused(self):
+    def test_package_is_refused_if_an_installed_package_has_the_same_file(self):
         with self.opened() as window:
             self.fail(window, ['vanity-shell'], '/bin/sh', 'busybox')
             self.check_unchanged()

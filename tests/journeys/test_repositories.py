@@ -44,7 +44,7 @@ class UseTest(EditingTest):
             self.check_listed(window, USUAL)
             self.assertEqual(self.files(), files)
 
-    def test_two_changes_that_cancel_out_still_read_the_packages_again(self):
+    def test_packages_are_read_again_even_after_a_change_is_reverted(self):
         with self.opened() as window:
             count = self.requests_from_now()
             editor = self.edit(window)
@@ -56,7 +56,7 @@ class UseTest(EditingTest):
             editor.toggle('sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
-            # For a moment, the window is usable before it reads the packages.
+            # The window is usable for a moment before it reads the packages again.
             wait_for(lambda: len(self.sandbox.server.paths()) > count, 'the packages to be read')
             window.wait_ready()
             self.check_listed(window, USUAL)
@@ -90,7 +90,7 @@ class UseTest(EditingTest):
             editor.click_button('Apply')
             editor.wait_status('')
             self.assertTrue(editor.is_on('sandbox-disabled', PERMANENT))
-            # The setting of the session has not changed.
+            # The repository's state in the session has not changed.
             self.assertFalse(editor.is_on('sandbox-disabled', SESSION))
             files[self.repo_path('sandbox-disabled.repo')] = text.replace('enabled=0', 'enabled=1').encode()
             self.assertEqual(self.files(), files)
@@ -119,9 +119,9 @@ class DirectoriesTest(EditingTest):
 
 
 class OwnFileTest(EditingTest):
-    """The only main file is dnf's own, as on current systems."""
+    """The only main file is dnf's own file, as on current systems."""
 
-    def test_repository_is_enabled_and_unsigned_package_refused(self):
+    def test_repository_is_enabled_and_an_unsigned_package_is_refused(self):
         root = self.sandbox.root
         own = os.path.join(root, 'etc/dnf/dnf.conf')
         os.makedirs(os.path.dirname(own), exist_ok=True)
@@ -234,7 +234,7 @@ class ChangesTest(EditingTest):
             self.assertEqual(len(self.sandbox.server.paths()), count)
             editor = self.edit(window)
             self.check_as_before(editor)
-            # The form of a single repository can also be reset and canceled.
+            # The user can also reset and cancel the form of a single repository.
             form = editor.form('Edit', 'sandbox-signed')
             form.set('Name', 'Renamed')
             form.click_button('Reset')
@@ -321,7 +321,7 @@ class BrokenFileTest(EditingTest):
             self.check_usable(window)
             self.assertEqual(window.program.titles(), [driver.main_title()])
             self.assertEqual(self.files(), files)
-            # The program can still install packages of the repositories that it read before.
+            # The program can still install packages from the repositories that it has read before.
             window.mark_listed('hedgerow')
             window.accept(window.apply())
             self.check_reported(window.program)
@@ -368,7 +368,7 @@ class OptionsTest(EditingTest):
                            '--disablerepo=sandbox-[hu]*')
         self.assertEqual(self.files(), files)
 
-    def test_patterns_have_effect_only_in_the_session(self):
+    def test_patterns_of_the_options_change_only_the_session(self):
         with self.opened('--disablerepo=sandbox-file') as window:
             self.check_listed(window, ['abacus-cli', 'pergola'])
             editor = self.edit(window)
@@ -402,7 +402,7 @@ class StartTest(EditingTest):
                 window = program.ready()
                 window.show_all()
                 self.check_listed(window, ['abacus-cli', 'hidden-gem', 'pergola'])
-                # Now the program reads the packages again only after a change.
+                # If the editor opens again, the program reads the packages again only after a change.
                 count = self.requests_from_now()
                 self.edit(window).close('OK')
                 self.assertEqual(len(self.sandbox.server.paths()), count)
@@ -410,7 +410,7 @@ class StartTest(EditingTest):
                 self.sandbox.server.requests.clear()
 
     def check_closed(self, close):
-        """After the editor is closed in this way, the packages are listed."""
+        """The user closes the editor in this way. Then the window lists the packages."""
         with self.program('-r') as program:
             editor = Editor(program)
             editor.toggle('sandbox-file', SESSION)
@@ -434,7 +434,7 @@ class StartTest(EditingTest):
             self.quit(window)
         self.assertEqual(self.files(), files)
 
-    def test_escape_with_unapplied_changes_asks(self):
+    def test_escape_asks_if_changes_are_not_applied(self):
         files = self.files()
         with self.opened() as window:
             editor = self.edit(window)

@@ -83,7 +83,8 @@ class ProcessTest(JourneyTest):
             self.carry_out(window)
             self.assertTrue(nightwatch.is_waiting())
             self.check_changed(new=['nightwatch-1.0-1.noarch'])
-            # The process holds no resources of the program. It prevents neither the next transaction nor the end.
+            # The process holds no resources of the program. It prevents neither the next transaction nor the program's
+            # end.
             window.mark_listed('pergola')
             self.carry_out(window)
             self.check_changed(new=['nightwatch-1.0-1.noarch', 'pergola-6.1-1.x86_64'])

@@ -12,7 +12,7 @@ class SignalTest(StartTest):
     """A signal ends the program and never damages the system."""
 
     ENDING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
-    # Some other signals, whose purpose is not to end a program.
+    # Some signals that are not meant to end a program.
     OTHER = (signal.SIGUSR1, signal.SIGALRM, signal.SIGSEGV, signal.SIGRTMIN + 3)
 
     def check_next_run(self):
@@ -33,7 +33,9 @@ class SignalTest(StartTest):
             self.quit(window)
 
     def check_ends_by(self, program, number, said=''):
-        """The signal ends the program. said: a pattern of the program's messages about canceled work."""
+        """Send the signal, and check that it ends the program. said: a pattern for the program's messages about
+        canceled work.
+        """
         program.process.send_signal(number)
         self.assertEqual(program.wait(), -number)
         self.assertRegex(program.complaints(), r'(?s)\A' + said + r'\Z')
@@ -175,7 +177,7 @@ class SignalTest(StartTest):
             wait_for(lambda: 'sleep' in [name_of(process) for process in program.left_over()], 'the scriptlet')
             program.process.send_signal(number)
             self.assertEqual(program.wait(), -number)
-            # The scriptlet was not interrupted, and does not run after the end of the program.
+            # The signal has not interrupted the scriptlet, and the scriptlet does not outlive the program.
             self.assertEqual(program.left_over(), [])
             self.check_changed(new=['slowpoke-1.0-1.noarch'])
             self.check_history_complete()

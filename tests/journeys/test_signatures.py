@@ -24,7 +24,7 @@ class SignatureTest(JourneyTest):
         self.check_unchanged()
         return window, query
 
-    def test_key_is_accepted(self):
+    def test_accepted_key_is_imported(self):
         with self.program() as program:
             window, query = self.ask(program)
             query.click_button('Yes')
@@ -34,14 +34,14 @@ class SignatureTest(JourneyTest):
             self.assertEqual(len(self.keys()), 1)
             self.assertEqual(program.titles(), [driver.main_title()])
             self.assertIn('Confirmation: Yes', self.read_log(window))
-            # The key is imported now.
+            # Now the key is in the package database.
             window.mark_listed('wax-candle')
             window.accept(window.apply())
             window.wait_ready()
             self.check_changed(new=['wax-tablet-1.0-1.noarch', 'wax-candle-1.0-1.noarch'])
             self.quit(window)
 
-    def test_key_is_declined_and_accepted_the_next_time(self):
+    def test_declined_key_can_be_accepted_the_next_time(self):
         with self.program() as program:
             window, query = self.ask(program)
             query.click_button('No')

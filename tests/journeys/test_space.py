@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The device has no space left."""
+"""The disk is full."""
 import os
 import sys
 import unittest
@@ -19,14 +19,14 @@ GLUTTON = 'glutton-1.0-1.noarch'
 class SpaceTest(JourneyTest):
 
     def mount_small_file_system(self, path):
-        """Mount a file system over a directory of the managed system. At first it has plenty of space."""
+        """Mount a file system over a directory of the managed system. At first the file system has plenty of space."""
         path = os.path.normpath(os.path.join(self.sandbox.root, path))
         filesystems.mount_small(path, PLENTY)
         self.addCleanup(filesystems.unmount, path)
         return path
 
     def check_applies(self, window, name, package):
-        """The mark is still set. When the device has space again, the mark can be applied."""
+        """The mark is still set. When the disk has space again, the mark can be applied."""
         window.set_filter('^{} '.format(name))
         window.wait_names([name])
         window.wait_action('install', name)
@@ -124,7 +124,7 @@ class SpaceTest(JourneyTest):
 
 
 if __name__ == '__main__':
-    # Only the tests and the program see the mounted file systems.
+    # From here on, only the tests and the program see the mounted file systems.
     try:
         filesystems.isolate()
     except unittest.SkipTest as e:

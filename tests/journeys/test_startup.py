@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The command line, the environment and the style at the start of the program."""
+"""The command line, the environment and the style of the program."""
 import os
 import resource
 import shutil
@@ -75,7 +75,7 @@ class RefusedTest(unittest.TestCase):
                           ['-s', 'all', '--help', 'left over']):
             self.check_usage(*arguments)
 
-    def test_first_of_a_help_option_and_an_error_decides(self):
+    def test_the_first_help_option_or_error_decides(self):
         self.check_usage('-h', '-s', 'x')
         self.check_usage('-s', 'x', '-h', error='unrecogized argument to -s/--state option: x')
 
@@ -146,7 +146,7 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('foo', '-h', error='unrecognized argument: foo')
         self.check_usage('foo', '-s', 'x', error='unrecognized argument: foo')
 
-    def test_arguments_are_printed_unchanged(self):
+    def test_message_shows_the_argument_unchanged(self):
         self.check_usage(b'fo\xff\xc3\xa4o', error='unrecognized argument: ' + os.fsdecode(b'fo\xff\xc3\xa4o'))
         self.check_usage('-s', '%s%n%d', error='unrecogized argument to -s/--state option: %s%n%d')
         self.check_usage('x' * 5000, error='unrecognized argument: ' + 'x' * 5000)
@@ -197,7 +197,9 @@ class OptionsTest(JourneyTest):
                 'groups': driver.checked(window.check_box('Include Groups'))}
 
     def check_settings(self, *arguments, names=None, count=None, **changed):
-        """The changed settings have the given values, all others their defaults. The table lists these names."""
+        """The given settings have the given values, all other settings have their defaults, and the table lists these
+        names.
+        """
         with self.subTest(arguments=arguments), self.program(*arguments) as program:
             window = program.ready()
             self.assertEqual(self.settings(window), dict(self.DEFAULTS, **changed))
@@ -272,7 +274,7 @@ class OptionsTest(JourneyTest):
             self.check_settings(option, '-si', '-e', expression, state='View Installable', expression=expression,
                                 groups=True, names=['Games'])
 
-    def test_last_of_two_equal_options_is_used(self):
+    def test_last_value_of_a_repeated_option_is_used(self):
         self.check_settings('-sa', '-mf', '-e', 'x', '--state=u', '--mode=s', '--regexp=^abacus', '-s', 'r',
                             state='View Removable', mode='Search', expression='^abacus')
         self.check_settings('-g', '-g', '--duplicates', '--duplicates', groups=True, duplicates=False)
@@ -378,7 +380,7 @@ class EnvironmentTest(JourneyTest):
         return 'xdg_runtime.{}'.format(os.geteuid())
 
     def check_runtime_directory(self, path, environment=None, unset=()):
-        """The directory exists during the run. After the run, it and its contents are removed."""
+        """The directory exists during the run. After the run, the directory and its contents no longer exist."""
         with self.program(environment=environment, unset=unset) as program:
             window = program.ready()
             self.assertEqual(stat.S_IMODE(os.stat(path).st_mode), 0o700)
@@ -438,7 +440,7 @@ class EnvironmentTest(JourneyTest):
 class StyleTest(JourneyTest):
 
     def look(self, *arguments, environment=None):
-        """The picture of a check box. Each style draws it differently."""
+        """A picture of a check box. Each style draws check boxes differently."""
         with self.program(*arguments, environment=environment, unset=['XDG_CONFIG_HOME']) as program:
             window = program.ready()
             driver.xdotool('mousemove', 0, 0)

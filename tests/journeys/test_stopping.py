@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The user stops operations, and goes on without repositories that fail."""
+"""The user stops operations, and goes on without failing repositories."""
 import os
 import time
 
@@ -30,7 +30,7 @@ class StoppingTest(StartTest):
         begin = time.monotonic()
         act()
         window.wait_ready()
-        # Without a stop, the server needs much longer.
+        # If the operation were not stopped, the server would need much longer.
         self.assertLess(time.monotonic() - begin, 60)
         self.assertEqual(window.program.titles(), [driver.main_title()])
 
@@ -172,7 +172,7 @@ class WithoutRepositoriesTest(StartTest):
         self.assertIn('Go on without it for this session?', dialog.text())
         return dialog
 
-    def test_each_failing_repository_is_asked_for(self):
+    def test_a_question_names_each_failing_repository(self):
         self.add('away', 'gone')
         self.sandbox.server.faults[REPOMD] = server.status(401)
         with self.program() as program:
@@ -194,7 +194,8 @@ class WithoutRepositoriesTest(StartTest):
             window.show_all()
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')
             self.assertNotIn('pergola', window.names())
-            # The editor shows what is switched off. Switched on again, the repository is read again.
+            # The editor shows which repositories are switched off. If the user switches one on again, the program reads
+            # it again.
             del self.sandbox.server.faults[REPOMD]
             driver.key('ctrl+e')
             editor = program.window('VYRE Repository Configuration Editor')
@@ -233,7 +234,7 @@ class WithoutRepositoriesTest(StartTest):
             self.check_changed(gone=['birch-log-3.0-1.x86_64'])
             self.quit(window)
 
-    def test_a_refusal_lists_nothing(self):
+    def test_nothing_is_listed_if_the_user_keeps_a_failing_repository(self):
         self.add('gone')
         with self.program() as program:
             self.refuse_without(program, 'gone')

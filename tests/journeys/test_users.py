@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Users run the program who can read the packages but cannot change them."""
+"""Users who can read the packages but cannot change them run the program."""
 import contextlib
 import os
 import shutil
@@ -30,7 +30,7 @@ class UserTest(JourneyTest):
 
     @contextlib.contextmanager
     def run_by(self, command):
-        """A run of the program by another user, with a /var/tmp that no other process sees."""
+        """Another user's run of the program. No other process sees the /var/tmp of this run."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'mount -t tmpfs -o mode=1777 none /var/tmp; '
@@ -57,7 +57,7 @@ class UserTest(JourneyTest):
             for name in directories + files:
                 path = os.path.join(directory, name)
                 status = os.lstat(path)
-                # The time of a directory also changes when files are created or removed in it.
+                # A directory's time also changes when a process creates or removes files in it.
                 found[path] = (stat.S_IFMT(status.st_mode), status.st_mode, status.st_uid, status.st_mtime,
                                status.st_size)
         return found
@@ -68,7 +68,8 @@ class UserTest(JourneyTest):
         before = self.all_files()
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
-            # A notice says so before any mark. Assistive programs do not see the widget beside the menus.
+            # Before the user marks a package, a notice next to the menus already reports this. Assistive programs do
+            # not see the notice.
             self.picture('not-root-notice')
             self.assertIn('VYRE cannot change packages, because it does not run as root', self.read_log(window))
             window.show_all()
@@ -83,7 +84,7 @@ class UserTest(JourneyTest):
             self.close_dialog(program, dialog)
             window.wait_ready()
             self.assertEqual(program.titles(), [driver.main_title()])
-            # The marks stay.
+            # The program has kept the marks.
             window.wait_action('remove', 'birch-log')
             self.check_usable(window)
             window.set_filter('^pergola ')
@@ -110,7 +111,7 @@ class UserTest(JourneyTest):
             window.wait_ready()
             self.check_ends(window)
 
-    def test_ordinary_user_has_an_own_cache(self):
+    def test_ordinary_user_has_a_separate_cache(self):
         with self.opened():
             pass
         before = self.all_files()
@@ -123,7 +124,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.all_files(), before)
 
-    def test_root_of_a_name_space_who_is_nobody_outside_changes_nothing(self):
+    def test_root_in_a_name_space_changes_nothing_if_it_is_nobody_outside(self):
         before = self.all_files()
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
             self.check_message(program, YUM_ERROR, 'Permission denied', 'rpmdb_lock.pid', '\nUnable to obtain yum lock')
@@ -133,7 +134,7 @@ class UserTest(JourneyTest):
             self.check_ends(window)
         self.assertEqual(self.all_files(), before)
 
-    def test_root_of_a_name_space_who_can_only_write_the_cache_changes_nothing(self):
+    def test_root_in_a_name_space_changes_nothing_if_it_can_only_write_the_cache(self):
         for name in ('var/cache', 'var/log', 'var/lib/dnf'):
             self.change_owner(name, NOBODY)
         with self.run_by(AS_NOBODY + ' unshare --user --map-root-user') as program:
@@ -153,7 +154,7 @@ class UserTest(JourneyTest):
             self.change_owner(name, 0)
         self.check_consistent()
 
-    def test_root_of_a_name_space_who_is_root_outside_can_change_packages(self):
+    def test_root_in_a_name_space_can_change_packages_if_it_is_root_outside(self):
         with self.run_by('unshare --user --map-root-user') as program:
             window = program.ready()
             window.show_all()

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""With the plug-in versionlock, the user keeps packages at their versions, and allows updates again."""
+"""With the versionlock plug-in, the user locks packages at their versions, and unlocks them again."""
 import os
 import re
 
@@ -46,7 +46,7 @@ class VersionLocksTest(JourneyTest):
             driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.2.1-1', 'the locked version')
             window.wait_ready()
             self.assertEqual(self.locked(), ['abacus-cli-0:3.2.1-1.*'])
-            # The other marks stay.
+            # The program has kept the other marks.
             window.wait_action('update', 'quillbase')
             self.assertIn('Adding versionlock on: abacus-cli-0:3.2.1-1.*', self.read_log(window))
             window.click_button('Set Update of Listed')
@@ -54,7 +54,7 @@ class VersionLocksTest(JourneyTest):
             self.check_changed(new=['quillbase-2:1.0-1.x86_64', 'barometer-1.1-2.x86_64'],
                                gone=['quillbase-1:2.4-1.x86_64', 'barometer-1.0-1.x86_64'])
 
-    def test_unlocked_package_has_its_update_again_by_keys_alone(self):
+    def test_package_is_unlocked_with_keys_alone_and_has_its_update_again(self):
         self.use_plug_in()
         with open(os.path.join(self.settings, 'locks'), 'w') as stream:
             stream.write('abacus-cli-0:3.2.1-1.*\nbarometer-0:1.0-1.*\n')
@@ -71,12 +71,12 @@ class VersionLocksTest(JourneyTest):
             driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.3.0-2', 'the update')
             window.wait_ready()
             self.assertEqual(self.locked(), ['barometer-0:1.0-1.*'])
-            # The same row is still the current row.
+            # The current row is still the same.
             driver.key('space')
             window.wait_action('update', 'abacus-cli')
         self.check_unchanged()
 
-    def test_without_the_plug_in_the_menu_has_no_locks(self):
+    def test_menu_has_no_locks_if_the_plug_in_is_missing(self):
         with self.opened() as window:
             window.set_filter('^abacus-cli ')
             window.wait_names(['abacus-cli'])

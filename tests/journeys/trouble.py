@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The common parts of the journeys with faults at the start or the end of the program."""
+"""The common parts of the journeys in which the program has faults when it starts or ends."""
 import os
 import unittest.mock
 
@@ -50,7 +50,7 @@ class StartTest(JourneyTest):
         return text
 
     def refuse_without(self, program, name, *texts):
-        """Answer No to the question whether to go on without the repository; an empty name means any repository."""
+        """Answer No to the question whether to go on without the repository. An empty name means any repository."""
         def look():
             return next((dialog for dialog in program.windows() if dialog.title == 'Repositories' and
                          dialog.text().startswith('The repository ' + name)), None)
@@ -70,7 +70,7 @@ class StartTest(JourneyTest):
         self.check_usable(window)
 
     def wrapped(self, commands):
-        """In this scope, each run of the program begins with these shell commands, and has separate mounts."""
+        """Within this scope, each run of the program first executes these shell commands, and has separate mounts."""
         path = os.path.join(self.scratch, 'wrapper')
         with open(path, 'w') as stream:
             stream.write('#!/bin/sh\nexec unshare --mount sh -ec \'{}; exec "{}" "$@"\' sh "$@"\n'.format(

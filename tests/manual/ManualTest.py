@@ -30,7 +30,7 @@ BOOK = ('manual.adoc', 'listing.adoc', 'editor-status.adoc', 'form-status.adoc',
 # these texts, but not in rows.
 TITLED = {('warning', 4), ('critical', 1), ('scrollable', 0), ('confirm', 0), ('QMessageBox', 1), ('HMessageBox', 1),
           ('showCritical', 1), ('showBox', 1)}
-# Arguments that name a failed operation. They complete other messages.
+# Arguments that name a failed operation. They are parts of other messages.
 COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('cleanType', 0)}
 # Functions whose arguments are messages, entries of the log, texts of the bars, or texts in an empty table.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
@@ -60,7 +60,7 @@ def without_mnemonic(text):
 
 
 def pattern(text):
-    """A regular expression that matches the row of a message in the manual, with its variable parts."""
+    """A regular expression for the manual's row of a message. It matches any text in place of the variable parts."""
     text = re.sub(r'%\.?\d*[a-z]|%\d|\{\}', '\0', squeezed(text))
     return re.escape(text).replace('\0', '[A-Z][A-Z ]*')
 
@@ -84,7 +84,7 @@ class Book:
 
 
 def cpp_messages():
-    """Two lists of texts: those that need a row in the manual, and those that the manual must only mention."""
+    """Two lists of texts: the texts that need a row in the manual, and the texts that the manual must only mention."""
     rows, mentioned = [], []
     for text in sources.all_cpp_texts():
         last = text.calls[-1] if text.calls else ('', 0)
@@ -253,7 +253,7 @@ class ManualTest(unittest.TestCase):
         points = re.findall(r'(?m)^\n\|(.+)\n\|', table)
         self.assertGreater(len(points), 15)
         self.assertEqual(len(points), len(set(points)))
-        # The first row has the headings. Each other row has three cells.
+        # The first row has the headings. Each of the other rows has three cells.
         self.assertEqual(len(re.findall(r'(?m)^\|', table)), 1 + 3 * len(points))
         text = sources.read('docs', 'dnf.md')
         named = re.findall(r'\*Different\* \[([^]]+)\]: ', text)
@@ -289,7 +289,7 @@ class ManualTest(unittest.TestCase):
         answer = subprocess.run([VYRE, '--help'], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, timeout=60)
         usage = answer.stdout.decode()
         self.assertIn('options:', usage)
-        # --help mentions the option -d, but it does not exist.
+        # --help mentions the -d option, but this option does not exist.
         options = set(re.findall(r'(?<![\w-])(-[A-Za-z](?= |,)|--[a-z-]+)', usage)) - {'-d'}
         self.assertGreater(len(options), 15)
         self.assertIn('--enablerepo', options)

@@ -11,7 +11,7 @@ TOP = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))
 FOLDERS = ('advisories', 'app', 'app/base', 'history', 'packagetable', 'python', 'repo', 'services', 'widgets',
            'yumio')
 
-# A comment, a text or a character constant. The characters inside a token never begin another token.
+# A comment, a text or a character constant. No character inside one of these tokens begins another token.
 _TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|"(?:\\.|[^"\\])*"|\'(?:\\.|[^\'\\])+\'', re.DOTALL)
 _ESCAPES = {'n': '\n', 't': '\t', '"': '"', '\\': '\\', "'": "'"}
 
@@ -22,7 +22,8 @@ def read(*parts):
 
 
 class Text:
-    """A text with the calls around it, as pairs of function and number of the argument. The innermost call is the last.
+    """A text with the calls around it, as pairs of the function and the argument's number. The innermost call is the
+    last.
     """
 
     def __init__(self, value, calls, place):
@@ -116,7 +117,7 @@ def _names(node):
 
 
 def _literal(node):
-    """The text of an expression, with or without format(); None if it has no text."""
+    """The text in an expression, with or without format(); None if the expression has no text."""
     if isinstance(node, ast.Constant) and isinstance(node.value, str):
         return node.value
     if isinstance(node, ast.Call) and isinstance(node.func, ast.Name) and node.func.id == 'tr':

@@ -23,29 +23,29 @@ private Q_SLOTS:
     void cleanup();
     void cleanupTestCase();
     void theMenuListsTheActionsWithTheirIcons();
-    void withoutASelectionTheMenuFitsTheClickedRow_data();
-    void withoutASelectionTheMenuFitsTheClickedRow();
-    void withoutASelectionTheClickedRowGetsTheAction_data();
-    void withoutASelectionTheClickedRowGetsTheAction();
+    void theMenuFitsTheClickedRowIfNothingIsSelected_data();
+    void theMenuFitsTheClickedRowIfNothingIsSelected();
+    void theClickedRowGetsTheActionIfNothingIsSelected_data();
+    void theClickedRowGetsTheActionIfNothingIsSelected();
     void theMenuOffersTheActionsOfAllSelectedRows_data();
     void theMenuOffersTheActionsOfAllSelectedRows();
     void anActionIsSetOnlyInRowsThatPermitIt_data();
     void anActionIsSetOnlyInRowsThatPermitIt();
     void theActionAppliesToTheSelectionAndNotToTheClickedRow();
     void theRightButtonSelectsAnUnselectedRow();
-    void anActionIsChosenWithTheMouse();
+    void anActionCanBeChosenWithTheMouse();
     void escapeChangesNothing();
     void aRemovedRowGetsNoAction();
-    void manyRowsGetAnActionInATableSortedByAction();
+    void allSelectedRowsGetTheActionInATableSortedByAction();
     void theMenuOffersTheVersionLocksThatFitTheRows_data();
     void theMenuOffersTheVersionLocksThatFitTheRows();
-    void aLockIsChosen();
+    void choosingALockLocksThePackage();
     void onlyTheLockedRowsOfTheSelectionAreUnlocked();
     void aUserWhoCannotWriteTheLocksSeesTheReason();
 
 private:
-    // Opens the menu on a row and presses a key in it. The control key is held, so that the selection does
-    // not change. Returns the offered entries.
+    // Opens the menu on a row and presses a key in the menu. The control key is held down, so that the
+    // selection does not change. Returns the enabled entries.
     QStringList choose(const QString& name, Qt::Key key)
     {
         QStringList offered;
@@ -109,7 +109,7 @@ void ActionContextMenuTest::theMenuListsTheActionsWithTheirIcons()
     QVERIFY(menu.actions().at(3)->icon().isNull());
 }
 
-void ActionContextMenuTest::withoutASelectionTheMenuFitsTheClickedRow_data()
+void ActionContextMenuTest::theMenuFitsTheClickedRowIfNothingIsSelected_data()
 {
     QTest::addColumn<QStringList>("offered");
     QTest::newRow("tool") << QStringList{"&Update", "&Remove", "&No Action"};
@@ -118,14 +118,14 @@ void ActionContextMenuTest::withoutASelectionTheMenuFitsTheClickedRow_data()
     QTest::newRow("Games") << QStringList{"&Install", "&No Action"};
 }
 
-void ActionContextMenuTest::withoutASelectionTheMenuFitsTheClickedRow()
+void ActionContextMenuTest::theMenuFitsTheClickedRowIfNothingIsSelected()
 {
     QFETCH(QStringList, offered);
     QCOMPARE(choose(QTest::currentDataTag(), Qt::Key_Escape), offered);
     QVERIFY(shown->view->selectedRows().isEmpty());
 }
 
-void ActionContextMenuTest::withoutASelectionTheClickedRowGetsTheAction_data()
+void ActionContextMenuTest::theClickedRowGetsTheActionIfNothingIsSelected_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("key");
@@ -135,7 +135,7 @@ void ActionContextMenuTest::withoutASelectionTheClickedRowGetsTheAction_data()
     QTest::newRow("remove") << "tool" << int(Qt::Key_R) << int(Package::Remove);
 }
 
-void ActionContextMenuTest::withoutASelectionTheClickedRowGetsTheAction()
+void ActionContextMenuTest::theClickedRowGetsTheActionIfNothingIsSelected()
 {
     QFETCH(QString, name);
     QFETCH(int, key);
@@ -176,7 +176,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt_data()
     const int u = Package::Update;
     const int i = Package::Install;
     const int r = Package::Remove;
-    // In each case, all rows first have the action that a click sets.
+    // At first, each row has the action that a click sets.
     QTest::newRow("update") << int(Qt::Key_U) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("install") << int(Qt::Key_I) << Actions{{"tool", u}, {"editor", i}, {"shell", r}};
     QTest::newRow("remove") << int(Qt::Key_R) << Actions{{"tool", r}, {"editor", i}, {"shell", r}};
@@ -194,7 +194,7 @@ void ActionContextMenuTest::anActionIsSetOnlyInRowsThatPermitIt()
     choose("editor", static_cast<Qt::Key>(key));
     QCOMPARE(actions(), expected);
 
-    // Now no row has an action at first.
+    // Here no row has an action at first.
     shown->model.clearActions();
     choose("editor", static_cast<Qt::Key>(key));
     const Actions set = actions();
@@ -225,7 +225,7 @@ void ActionContextMenuTest::theRightButtonSelectsAnUnselectedRow()
     QCOMPARE(actions(), (Actions{{"shell", Package::Remove}}));
 }
 
-void ActionContextMenuTest::anActionIsChosenWithTheMouse()
+void ActionContextMenuTest::anActionCanBeChosenWithTheMouse()
 {
     QVERIFY(withMenu([this] { shown->click("tool", ActionColumn, Qt::RightButton); },
                      [](QMenu& menu) {
@@ -253,7 +253,7 @@ void ActionContextMenuTest::aRemovedRowGetsNoAction()
     QCOMPARE(actions(), Actions());
 }
 
-void ActionContextMenuTest::manyRowsGetAnActionInATableSortedByAction()
+void ActionContextMenuTest::allSelectedRowsGetTheActionInATableSortedByAction()
 {
     shown->view->HTableView::sortByColumn(ActionColumn, Qt::AscendingOrder);
     QSignalSpy layout(&shown->proxy, SIGNAL(layoutChanged()));
@@ -292,7 +292,7 @@ void ActionContextMenuTest::theMenuOffersTheVersionLocksThatFitTheRows()
     QCOMPARE(chosen.count(), 0);
 }
 
-void ActionContextMenuTest::aLockIsChosen()
+void ActionContextMenuTest::choosingALockLocksThePackage()
 {
     table->standIn.setVersionLocks({});
     table->collectUsual();
@@ -312,7 +312,7 @@ void ActionContextMenuTest::onlyTheLockedRowsOfTheSelectionAreUnlocked()
     shown = std::make_unique<ShownTable>(*table);
     shown->select({"shell", "tool", "Games"});
     QSignalSpy chosen(shown->view, SIGNAL(versionLocksChosen(const QList<int>&, bool)));
-    // Both entries have the same letter, so the letter only moves to the next of them.
+    // Both entries have the same letter, so the key only moves from one entry to the other.
     const auto press = [this](int times) {
         withMenu([this] { shown->click("shell", ActionColumn, Qt::RightButton, Qt::ControlModifier); },
                  [times](QMenu& menu) {

@@ -79,7 +79,7 @@ private Q_SLOTS:
         entry.sizeText = "4.9Kb";
         QCOMPARE(Columns::text(entry, NameColumn), QString("tool"));
         QCOMPARE(Columns::text(entry, SizeColumn), QString("4.9Kb"));
-        // The characters are not copied.
+        // The text shares the record's characters.
         QVERIFY(Columns::text(entry, NameColumn).constData() == entry.name.constData());
     }
 };

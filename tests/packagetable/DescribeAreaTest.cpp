@@ -14,9 +14,9 @@ class DescribeAreaTest : public ShownDescription
 
 private Q_SLOTS:
     void availablePackageShowsEveryField();
-    void fieldsWithoutValueDoNotAppear();
+    void fieldsWithoutAValueAreNotShown();
     void installedPackageHasNoDetailsOfItsRepository();
-    void furtherVersionsHaveShortAreas();
+    void furtherInstalledVersionsHaveShortAreas();
     void anUpdateShowsTheInstalledVersions();
     void suiteIsShownAsAPackage();
     void groupShowsItsMembers();
@@ -25,12 +25,12 @@ private Q_SLOTS:
     void filesAreShown();
     void changeLogIsShown();
     void windowsRespondWhileAChangeLogIsRead();
-    void closingStopsTheReadingOfAChangeLog();
-    void closingEndsTheWaitForALock();
+    void closingTheDescriptionStopsTheReadingOfAChangeLog();
+    void closingTheDescriptionEndsTheWaitForALock();
     void nameWithAPercentSignIsUnchangedInTheTitles();
-    void emptyListsAreShownAsEmpty();
-    void buttonsSayThatDataMustBeLoaded();
-    void loadingIsReportedOnlyOnce();
+    void anEmptyFileListIsShown();
+    void theButtonsSayThatDataMustBeLoaded();
+    void theFileListsAreLoadedOnlyOnce();
     void dialogCannotBeClosedWhileFilesAreLoading();
     void otherButtonsDoNothingWhileFilesAreLoading();
 };
@@ -101,8 +101,8 @@ void DescribeAreaTest::availablePackageShowsEveryField()
                               "Advisories|A-1: one\nA-2: two",
                               "Files|[Show]",
                               "Change Log|[Show]"}));
-        // Every field must have a text, because an empty field would be missing in both lists. An unread list
-        // is shown as a button.
+        // Every field must have text, because both lists would lack an empty field. A button replaces an
+        // unread list.
         Fields::forEachUntil(Fields::OfPackages | Fields::Described, [this, &entry](Fields::Field field) {
             const bool button = field == Fields::Files || field == Fields::ChangeLog;
             QTest::qVerify(button || !table->yumIO.text(entry, field).isEmpty(), "the field has a text",
@@ -112,7 +112,7 @@ void DescribeAreaTest::availablePackageShowsEveryField()
     });
 }
 
-void DescribeAreaTest::fieldsWithoutValueDoNotAppear()
+void DescribeAreaTest::fieldsWithoutAValueAreNotShown()
 {
     available({{"repoid", "base"}, {"summary", "short"}});
     describe("it", [this](Dialog& shown) {
@@ -137,7 +137,7 @@ void DescribeAreaTest::installedPackageHasNoDetailsOfItsRepository()
     });
 }
 
-void DescribeAreaTest::furtherVersionsHaveShortAreas()
+void DescribeAreaTest::furtherInstalledVersionsHaveShortAreas()
 {
     const QJsonObject more{{"repoid", "@System"}, {"packager", "Someone"}, {"summary", "not told again"}};
     QJsonObject older = more;
@@ -290,7 +290,7 @@ void DescribeAreaTest::windowsRespondWhileAChangeLogIsRead()
     });
 }
 
-void DescribeAreaTest::closingStopsTheReadingOfAChangeLog()
+void DescribeAreaTest::closingTheDescriptionStopsTheReadingOfAChangeLog()
 {
     available({{"waiting", true}});
     describe("it", [this](Dialog& shown) {
@@ -308,7 +308,7 @@ void DescribeAreaTest::closingStopsTheReadingOfAChangeLog()
     });
 }
 
-void DescribeAreaTest::closingEndsTheWaitForALock()
+void DescribeAreaTest::closingTheDescriptionEndsTheWaitForALock()
 {
     available({{"locked", true}});
     QStringList seen;
@@ -342,7 +342,7 @@ void DescribeAreaTest::nameWithAPercentSignIsUnchangedInTheTitles()
     });
 }
 
-void DescribeAreaTest::emptyListsAreShownAsEmpty()
+void DescribeAreaTest::anEmptyFileListIsShown()
 {
     available({});
     describe("it", [](Dialog& shown) {
@@ -350,7 +350,7 @@ void DescribeAreaTest::emptyListsAreShownAsEmpty()
     });
 }
 
-void DescribeAreaTest::buttonsSayThatDataMustBeLoaded()
+void DescribeAreaTest::theButtonsSayThatDataMustBeLoaded()
 {
     table->collectUsual();
     setLoaded(false, false);
@@ -370,7 +370,7 @@ void DescribeAreaTest::buttonsSayThatDataMustBeLoaded()
     });
 }
 
-void DescribeAreaTest::loadingIsReportedOnlyOnce()
+void DescribeAreaTest::theFileListsAreLoadedOnlyOnce()
 {
     table->collectUsual();
     setLoaded(false, true);

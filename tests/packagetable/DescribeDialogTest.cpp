@@ -15,15 +15,15 @@ class DescribeDialogTest : public ShownDescription
 
 private Q_SLOTS:
     void dialogIsModalAndHasTheExpectedTitle();
-    void nameIsTheHeader();
+    void theHeaderIsThePackageName();
     void longTextsAreWrappedAndScrolled();
     void anEndlessWordDoesNotWidenTheOtherValues();
-    void linesAreNotWrappedIfThereIsEnoughSpace();
-    void manyVersionsStayOnTheScreen();
+    void linesAreNotWrappedIfTheScreenIsWideEnough();
+    void aDescriptionOfManyVersionsFitsTheScreen();
     void thousandsOfDependenciesAreShown();
-    void shownDialogRequestsNothingMore();
-    void closeAccepts();
-    void escapeCloses();
+    void aShownDialogCallsTheScriptNoMore();
+    void theCloseButtonClosesTheDialog();
+    void escapeClosesTheDialog();
     void closedDialogHasNoContents();
     void secondDescriptionReplacesTheFirst();
     void dialogIsAsLargeAsItsContents();
@@ -39,7 +39,7 @@ void DescribeDialogTest::dialogIsModalAndHasTheExpectedTitle()
     });
 }
 
-void DescribeDialogTest::nameIsTheHeader()
+void DescribeDialogTest::theHeaderIsThePackageName()
 {
     available({});
     describe("it", [](Dialog& shown) {
@@ -96,7 +96,7 @@ void DescribeDialogTest::anEndlessWordDoesNotWidenTheOtherValues()
     });
 }
 
-void DescribeDialogTest::linesAreNotWrappedIfThereIsEnoughSpace()
+void DescribeDialogTest::linesAreNotWrappedIfTheScreenIsWideEnough()
 {
     available({{"summary", "It has a summary of sixty letters, or not many more than that."}});
     describe("it", [](Dialog& shown) {
@@ -105,7 +105,7 @@ void DescribeDialogTest::linesAreNotWrappedIfThereIsEnoughSpace()
     });
 }
 
-void DescribeDialogTest::manyVersionsStayOnTheScreen()
+void DescribeDialogTest::aDescriptionOfManyVersionsFitsTheScreen()
 {
     QJsonArray versions;
     for (int i = 0; i < 30; ++i) {
@@ -152,7 +152,7 @@ void DescribeDialogTest::thousandsOfDependenciesAreShown()
     });
 }
 
-void DescribeDialogTest::shownDialogRequestsNothingMore()
+void DescribeDialogTest::aShownDialogCallsTheScriptNoMore()
 {
     table->collect({}, {}, {S::package("it", {{"watched", true}})});
     dialog->config(&table->yumIO, table->entry("it"), conf.get());
@@ -168,7 +168,7 @@ void DescribeDialogTest::shownDialogRequestsNothingMore()
     QCOMPARE(table->standIn.calls(), QStringList());
 }
 
-void DescribeDialogTest::closeAccepts()
+void DescribeDialogTest::theCloseButtonClosesTheDialog()
 {
     available({});
     describe("it", [](Dialog& shown) {
@@ -178,7 +178,7 @@ void DescribeDialogTest::closeAccepts()
     QCOMPARE(dialog->result(), int(QDialog::Accepted));
 }
 
-void DescribeDialogTest::escapeCloses()
+void DescribeDialogTest::escapeClosesTheDialog()
 {
     available({});
     describe("it", [](Dialog& shown) {
@@ -208,7 +208,7 @@ void DescribeDialogTest::secondDescriptionReplacesTheFirst()
 {
     table->collectUsual();
     describe("many", [](Dialog& shown) { QCOMPARE(areasOf(shown).count(), 3); });
-    // The first description is replaced even if it was never shown.
+    // The second description replaces the first one even if the first was never shown.
     dialog->config(&table->yumIO, table->entry("many"), conf.get());
     describe("shell", [](Dialog& shown) {
         QCOMPARE(areasOf(shown).count(), 1);

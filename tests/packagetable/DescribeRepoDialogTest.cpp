@@ -19,7 +19,7 @@ private Q_SLOTS:
     void detailsOfAMissingRepositoryCauseAMessage();
     void detailsHideMarkupAndPasswords();
     void detailsOfAnotherRepositoryReplaceTheFirst();
-    void repositoryIsBrowsed();
+    void theBrowserOpensTheUrlOfTheRepository();
     void repositoryWithoutUrlCannotBeBrowsed();
 
 private:
@@ -135,7 +135,7 @@ void DescribeRepoDialogTest::detailsOfAnotherRepositoryReplaceTheFirst()
     });
 }
 
-void DescribeRepoDialogTest::repositoryIsBrowsed()
+void DescribeRepoDialogTest::theBrowserOpensTheUrlOfTheRepository()
 {
     const QString browser = Share::absolute("webbrowser");
     QFile program(browser);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Reads the contents of the windows that describe a package, and uses these windows as a user does.
+// Reads the windows that describe a package, and uses these windows as a user does.
 
 #ifndef TESTS_PACKAGETABLE_DESCRIBED_H
 #define TESTS_PACKAGETABLE_DESCRIBED_H
@@ -35,7 +35,8 @@ inline QList<HScrollArea*> areasOf(const QWidget& dialog)
     return found;
 }
 
-// The visible lines of an area: the texts from left to right with "|" between them. A button is in brackets.
+// The visible lines of an area, each with its texts from left to right and "|" between them. Button texts are
+// in brackets.
 inline QStringList linesOf(const HScrollArea* area)
 {
     QStringList lines;
@@ -70,7 +71,7 @@ inline QStringList linesOf(const HScrollArea* area)
     return lines;
 }
 
-// The value beside a label; null if the label is missing.
+// The value next to a label; null if the label is missing.
 inline QLabel* valueOf(const HScrollArea* area, const QString& label)
 {
     const QList<QLabel*> labels = area->widget()->findChildren<QLabel*>();
@@ -115,8 +116,8 @@ inline void press(QPushButton* button)
                       button->mapTo(button->window(), button->rect().center()));
 }
 
-// Calls open(), which opens a modal dialog of this class, and calls use() with the active dialog. Closes the
-// dialog if it is still open. Returns whether a dialog was opened.
+// Calls open(), which opens a modal dialog of this class, and then calls use() with the open dialog. Closes
+// the dialog if it is still open. Returns whether a dialog was opened.
 template <typename Dialog>
 bool withDialog(const std::function<void()>& open, const std::function<void(Dialog&)>& use)
 {

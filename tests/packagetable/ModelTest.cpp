@@ -40,11 +40,11 @@ private Q_SLOTS:
     void everyRecordIsARowWithEveryColumn();
     void theHeaderNamesAndExplainsTheColumns_data();
     void theHeaderNamesAndExplainsTheColumns();
-    void otherHeaderRequestsYieldNothing();
+    void otherHeaderRolesHaveNoData();
     void cellsShowTheTextsOfTheRecord();
     void iconColumnsShowNoText();
-    void furtherInstalledVersionsMarkTheVersion_data();
-    void furtherInstalledVersionsMarkTheVersion();
+    void theVersionColumnMarksFurtherInstalledVersions_data();
+    void theVersionColumnMarksFurtherInstalledVersions();
     void theActionIsAnIcon_data();
     void theActionIsAnIcon();
     void theStateIsAnIcon();
@@ -60,24 +60,24 @@ private Q_SLOTS:
     void theToolTipNamesTheKind();
     void theToolTipOfTheVersionListsAllVersions();
     void otherColumnsHaveNoToolTip();
-    void textsHaveTheColourOfTheState_data();
-    void textsHaveTheColourOfTheState();
+    void theTextColourDependsOnTheState_data();
+    void theTextColourDependsOnTheState();
     void coloursDependOnTheBackground();
-    void actionAndStateHaveNoColour();
-    void theUserRoleGivesNumbersAndTheRecord();
-    void otherRolesYieldNothing();
-    void requestsOutsideTheTableYieldNothing();
+    void theActionAndStateColumnsHaveNoColour();
+    void theUserRoleReturnsNumbersAndTheRecord();
+    void otherRolesHaveNoData();
+    void cellsOutsideTheTableHaveNoData();
     void furtherInstalledVersionsOfAnAvailablePackageAreMarked();
     void theModelReturnsTheStateOfARow();
-    void anActionIsStoredUnchecked();
+    void setActionStoresEvenAForbiddenAction();
     void anActionOutsideTheTableIsNotStored();
     void togglingSelectsTheNextPermittedAction_data();
     void togglingSelectsTheNextPermittedAction();
-    void selectedRowsAreInstalledOrUpdated();
-    void replacedAndReplacingRowsAreNotMarkedWithTheSelection();
-    void selectedInstalledRowsAreNotChanged();
+    void selectedRowsAreMarkedForInstallationOrUpdate();
+    void markingTheSelectionOmitsReplacedAndReplacingRows();
+    void selectedInstalledRowsGetNoMark();
     void clearingRemovesAllActions();
-    void resetNotifiesTheViews();
+    void aResetNotifiesTheViews();
     void describingAMissingRowOpensNothing();
     void oneDialogDescribesEveryRow();
     void withoutBackEndTheTableIsEmpty();
@@ -161,7 +161,7 @@ void ModelTest::theHeaderNamesAndExplainsTheColumns()
     QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::ToolTipRole), QVariant(toolTip));
 }
 
-void ModelTest::otherHeaderRequestsYieldNothing()
+void ModelTest::otherHeaderRolesHaveNoData()
 {
     for (const int column : {-1, int(ColumnCount)}) {
         QCOMPARE(model->headerData(column, Qt::Horizontal, Qt::DisplayRole), QVariant());
@@ -195,7 +195,7 @@ void ModelTest::iconColumnsShowNoText()
     }
 }
 
-void ModelTest::furtherInstalledVersionsMarkTheVersion_data()
+void ModelTest::theVersionColumnMarksFurtherInstalledVersions_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("tool") << "2-1";       // out of date, one installed version
@@ -205,7 +205,7 @@ void ModelTest::furtherInstalledVersionsMarkTheVersion_data()
     QTest::newRow("editor") << "3:9-4";   // not installed
 }
 
-void ModelTest::furtherInstalledVersionsMarkTheVersion()
+void ModelTest::theVersionColumnMarksFurtherInstalledVersions()
 {
     QFETCH(QString, text);
     QCOMPARE(data(QTest::currentDataTag(), 4), QVariant(text));
@@ -341,7 +341,7 @@ void ModelTest::updatesOfRecordsAreSet()
     QCOMPARE(changed(dataChanged), QStringList{"tool"});
     QCOMPARE(table->entry("tool").action, Package::Update);
     QCOMPARE(table->entry("many").action, Package::None);
-    // The others have no update.
+    // The other records have no update.
     QCOMPARE(table->entry("shell").action, Package::None);
     QCOMPARE(table->entry("editor").action, Package::None);
 }
@@ -357,7 +357,7 @@ void ModelTest::anExcludedPackageCannotBeMarked()
              QVariant(QStringLiteral(
                  "Package is installed; the configuration excludes it from updates and removals")));
     QVERIFY(!Model::canBeMarked(table->entry("shell")));
-    // One installed version that is not excluded can be removed.
+    // The package can be removed if one of its installed versions is not excluded.
     table->entry("kernel").excluded = true;
     model->toggleAction(model->index(table->row("kernel"), 0));
     QCOMPARE(table->entry("kernel").action, Package::Remove);
@@ -397,7 +397,7 @@ void ModelTest::otherColumnsHaveNoToolTip()
     }
 }
 
-void ModelTest::textsHaveTheColourOfTheState_data()
+void ModelTest::theTextColourDependsOnTheState_data()
 {
     QTest::addColumn<QString>("normal");
     QTest::addColumn<QString>("disabled");
@@ -405,7 +405,7 @@ void ModelTest::textsHaveTheColourOfTheState_data()
     QTest::newRow("editor") << Colors::minor() << Colors::minorDisabled();
 }
 
-void ModelTest::textsHaveTheColourOfTheState()
+void ModelTest::theTextColourDependsOnTheState()
 {
     QFETCH(QString, normal);
     QFETCH(QString, disabled);
@@ -440,7 +440,7 @@ void ModelTest::coloursDependOnTheBackground()
     QCOMPARE(colour("editor"), QColor("#8b5a2b"));
 }
 
-void ModelTest::actionAndStateHaveNoColour()
+void ModelTest::theActionAndStateColumnsHaveNoColour()
 {
     const QVector<int> plain = columns([](const Columns::Row& row) { return !row.coloured; });
     QCOMPARE(plain.mid(0, 2), (QVector<int>{ActionColumn, StateColumn}));
@@ -451,7 +451,7 @@ void ModelTest::actionAndStateHaveNoColour()
     }
 }
 
-void ModelTest::theUserRoleGivesNumbersAndTheRecord()
+void ModelTest::theUserRoleReturnsNumbersAndTheRecord()
 {
     table->entry("editor").action = Package::Install;
     QCOMPARE(data("editor", 0, Qt::UserRole), QVariant(1));
@@ -471,7 +471,7 @@ void ModelTest::theUserRoleGivesNumbersAndTheRecord()
     }
 }
 
-void ModelTest::otherRolesYieldNothing()
+void ModelTest::otherRolesHaveNoData()
 {
     for (int column = 0; column < ColumnCount; ++column) {
         for (const int role : {int(Qt::EditRole), int(Qt::FontRole), int(Qt::BackgroundRole),
@@ -481,9 +481,9 @@ void ModelTest::otherRolesYieldNothing()
     }
 }
 
-void ModelTest::requestsOutsideTheTableYieldNothing()
+void ModelTest::cellsOutsideTheTableHaveNoData()
 {
-    // The model itself never makes an index like this, but a faulty proxy could.
+    // The model itself never makes such an index, but a faulty proxy could make one.
     class Careless : public Model
     {
     public:
@@ -498,7 +498,7 @@ void ModelTest::requestsOutsideTheTableYieldNothing()
         QCOMPARE(model->data(model->index(0, ColumnCount), role), QVariant());
         QCOMPARE(careless.data(careless.beyond(), role), QVariant());
     }
-    // The index of a removed row was valid before.
+    // This index was valid before its row was removed.
     const QModelIndex last = model->index(model->rowCount() - 1, 3);
     table->collect({}, {}, {StandIn::package("alone")});
     QVERIFY(last.isValid());
@@ -520,7 +520,7 @@ void ModelTest::theModelReturnsTheStateOfARow()
     QCOMPARE(model->getState(table->row("shell")), Package::Installed);
 }
 
-void ModelTest::anActionIsStoredUnchecked()
+void ModelTest::setActionStoresEvenAForbiddenAction()
 {
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
     model->setAction(cell("shell", 5), Package::Install);
@@ -550,7 +550,7 @@ void ModelTest::togglingSelectsTheNextPermittedAction_data()
     const struct
     {
         const char* name;
-        Package::Action after[4]; // after None, Update, Install, Remove
+        Package::Action after[4]; // the next action after None, Update, Install, Remove
     } cycles[] = {
         {"tool", {Package::Update, Package::Remove, Package::None, Package::None}},
         {"editor", {Package::Install, Package::None, Package::None, Package::None}},
@@ -577,7 +577,7 @@ void ModelTest::togglingSelectsTheNextPermittedAction()
     QCOMPARE(changed(spy), QStringList{name});
 }
 
-void ModelTest::selectedRowsAreInstalledOrUpdated()
+void ModelTest::selectedRowsAreMarkedForInstallationOrUpdate()
 {
     table->entry("tool").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -589,7 +589,7 @@ void ModelTest::selectedRowsAreInstalledOrUpdated()
     QCOMPARE(changed(spy), (QStringList{"editor", "tool", "Games"}));
 }
 
-void ModelTest::replacedAndReplacingRowsAreNotMarkedWithTheSelection()
+void ModelTest::markingTheSelectionOmitsReplacedAndReplacingRows()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -616,7 +616,7 @@ void ModelTest::replacedAndReplacingRowsAreNotMarkedWithTheSelection()
     QCOMPARE(table->entry("newpost").action, Package::Install);
 }
 
-void ModelTest::selectedInstalledRowsAreNotChanged()
+void ModelTest::selectedInstalledRowsGetNoMark()
 {
     table->entry("shell").action = Package::Remove;
     QSignalSpy spy(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -643,7 +643,7 @@ void ModelTest::clearingRemovesAllActions()
     QCOMPARE(spy.count(), 0);
 }
 
-void ModelTest::resetNotifiesTheViews()
+void ModelTest::aResetNotifiesTheViews()
 {
     QSignalSpy before(model.get(), SIGNAL(modelAboutToBeReset()));
     QSignalSpy after(model.get(), SIGNAL(modelReset()));

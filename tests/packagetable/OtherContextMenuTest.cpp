@@ -22,17 +22,18 @@ class OtherContextMenuTest : public QObject
 private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase();
-    void onlyTheRepositoryColumnOffersToBrowse_data();
-    void onlyTheRepositoryColumnOffersToBrowse();
-    void withoutACellNothingCanBeChosen();
+    void onlyTheRepositoryColumnHasTheBrowseEntry_data();
+    void onlyTheRepositoryColumnHasTheBrowseEntry();
+    void nothingCanBeChosenOutsideTheRows();
     void aRowWithoutARepositoryCannotBeBrowsed_data();
     void aRowWithoutARepositoryCannotBeBrowsed();
-    void describeDescribesTheRow();
+    void describeDescribesTheClickedRow();
     void browseOpensTheRepositoryOfTheRow();
     void browseReportsAnUnconfiguredRepository();
 
 private:
-    // Chooses an entry of the menu of a cell with the mouse. Returns when the opened window is closed.
+    // Chooses an entry in a cell's menu with the mouse. Returns after the window that this entry opens is
+    // closed.
     void choose(const QString& name, int column, const QString& text)
     {
         withMenu([this, name, column] { shown->click(name, column, Qt::RightButton); },
@@ -63,7 +64,7 @@ void OtherContextMenuTest::cleanupTestCase()
     table.reset();
 }
 
-void OtherContextMenuTest::onlyTheRepositoryColumnOffersToBrowse_data()
+void OtherContextMenuTest::onlyTheRepositoryColumnHasTheBrowseEntry_data()
 {
     QTest::addColumn<int>("column");
     for (int column = StateColumn; column < ColumnCount; ++column) {
@@ -71,7 +72,7 @@ void OtherContextMenuTest::onlyTheRepositoryColumnOffersToBrowse_data()
     }
 }
 
-void OtherContextMenuTest::onlyTheRepositoryColumnOffersToBrowse()
+void OtherContextMenuTest::onlyTheRepositoryColumnHasTheBrowseEntry()
 {
     QFETCH(int, column);
     QStringList expected{"&Describe"};
@@ -81,7 +82,7 @@ void OtherContextMenuTest::onlyTheRepositoryColumnOffersToBrowse()
     QCOMPARE(texts(shown->place("tool", column)), expected);
 }
 
-void OtherContextMenuTest::withoutACellNothingCanBeChosen()
+void OtherContextMenuTest::nothingCanBeChosenOutsideTheRows()
 {
     const QPoint below(shown->place("tool", RepositoryColumn).x(), shown->view->viewport()->height() - 10);
     QVERIFY(!shown->view->indexAt(below).isValid());
@@ -116,7 +117,7 @@ void OtherContextMenuTest::aRowWithoutARepositoryCannotBeBrowsed()
     QCOMPARE(offered, expected);
 }
 
-void OtherContextMenuTest::describeDescribesTheRow()
+void OtherContextMenuTest::describeDescribesTheClickedRow()
 {
     // The menu describes the row under the pointer, even if it is not the current row.
     shown->click("editor", NameColumn);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class of the tests of the windows that describe a package. It has records, repositories and a
-// visible description.
+// The base class for tests of windows that describe a package. It has records, repositories and a visible
+// description.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
 #define TESTS_PACKAGETABLE_SHOWNDESCRIPTION_H
@@ -32,11 +32,11 @@ protected:
 
     // Shows the description of a record and calls use() with it.
     void describe(const QString& name, const std::function<void(Dialog&)>& use);
-    // Makes a package "it" with these attributes the only record.
+    // Replaces all records by one package "it" with these attributes.
     void available(const QJsonObject& attributes);
     void installed(const QJsonObject& attributes);
     void repo(const QString& id, const QString& name, const QString& urls, const QString& mirrorList);
-    // The title and the text of the text dialog that a button opens.
+    // Presses the button, and returns the title and the text of the text dialog that opens.
     static QStringList textBehind(QPushButton* button);
     void setLoaded(bool fileLists, bool otherData);
 

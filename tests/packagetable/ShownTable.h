@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A package table in a window, and the simulated input of a user.
+// A package table in a window, and simulated user input.
 
 #ifndef TESTS_PACKAGETABLE_SHOWNTABLE_H
 #define TESTS_PACKAGETABLE_SHOWNTABLE_H
@@ -32,13 +32,13 @@ public:
         }
         view->HTableView::sortByColumn(PackageTable::NameColumn, Qt::AscendingOrder);
         view->setFocus();
-        // A view that gets the focus makes its first row the current one.
+        // When a view gets the focus, it makes its first row the current row.
         view->setCurrentIndex(QModelIndex());
     }
 
     int listedRow(const QString& name) const { return names(proxy).indexOf(name); }
 
-    // The place of a cell in the coordinates of the viewport. Scrolls to the cell if it is not visible.
+    // The cell's position in viewport coordinates. If the cell is not visible, this function scrolls to it.
     QPoint place(const QString& name, int column) const
     {
         const QModelIndex index = proxy.index(listedRow(name), column);
@@ -48,7 +48,7 @@ public:
         return view->visualRect(index).center();
     }
 
-    // Clicks with the mouse. The event comes from the window system, as a real click.
+    // Clicks with the mouse. Like a real click, the event comes from the window system.
     void click(QWidget* widget, const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
                Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {

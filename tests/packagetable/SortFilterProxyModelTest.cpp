@@ -55,13 +55,13 @@ private Q_SLOTS:
     void theSearchMatchesEachListOfAGroup();
     void theSearchDoesNotMatchAcrossFields();
     void theFilterModeMatchesOnlyVisibleTexts();
-    void otherFiltersAreAppliedBeforeTheExpression();
-    void theSearchStopsAtTheFirstMatch();
-    void eachRecordIsSearchedOnceForEachSetting();
+    void theStateAndDuplicateFiltersAlsoApplyToMatches();
+    void theSearchOfARecordStopsAtTheFirstMatch();
+    void eachRecordIsSearchedOnlyOnceForTheSameSettings();
     void aResetClearsTheResults();
-    void theResetOfAFormerSourceDoesNotClearTheResults();
+    void aResetOfTheFormerSourceKeepsTheResults();
     void clearingTheCacheClearsTheResults();
-    void everyChangedSettingClearsTheResults();
+    void eachChangeOfASettingClearsTheResults();
     void excludedPackagesAreNotRemovable();
     void withoutFilteringEveryRowIsListed();
     void settingTheSameValueChangesNothing();
@@ -73,14 +73,14 @@ private Q_SLOTS:
     void equalRowsAreSortedByName();
     void rowsAreOrderedByTheUserRole_data();
     void rowsAreOrderedByTheUserRole();
-    void indexesWithoutModelAreEqual();
+    void indexesWithoutAModelAreEqual();
     void listedUpdatesAreMarked();
-    void updatesOfReplacedPackagesAreNotMarked();
-    void unlistedUpdatesAreNotMarked();
-    void actionsSetMeanwhileAreSorted();
-    void markedUpdatesAreSortedWithTheNextChange();
-    void aPauseSortsOnceAtItsEnd();
-    void aPauseDoesNotAffectOtherOrders();
+    void markingListedUpdatesOmitsReplacedPackages();
+    void markingListedUpdatesOmitsUnlistedUpdates();
+    void sortingByActionUsesActionsThatWereSetInAnotherOrder();
+    void markingListedUpdatesSortsTheTableOnlyAtTheNextChange();
+    void aSortPauseSortsOnceAtItsEnd();
+    void aSortPauseHasNoEffectIfAnotherColumnIsSorted();
 
 private:
     QStringList listed(const QString& expression)
@@ -88,7 +88,7 @@ private:
         proxy->setFilterRegExp(expression);
         return sortedNames(*proxy);
     }
-    // The names in the order of a column.
+    // The listed names, sorted by a column.
     QStringList inOrder(int column, Qt::SortOrder order = Qt::AscendingOrder)
     {
         proxy->sort(column, order);
@@ -259,7 +259,7 @@ void SortFilterProxyModelTest::aDotMatchesAnyLetter()
 
 void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 {
-    // A package of 5000 bytes has the size 4.9Kb, one of 1000 bytes 1.0Kb.
+    // The Size column shows 5000 bytes as 4.9Kb, and 1000 bytes as 1.0Kb.
     QCOMPARE(listed("noarch 4"), QStringList{"editor"});
     QCOMPARE(listed("noarch 1"), QStringList());
     QCOMPARE(listed("i686 1"), QStringList{"lib"});
@@ -275,7 +275,7 @@ void SortFilterProxyModelTest::anExpressionMatchesAcrossColumns()
 
 void SortFilterProxyModelTest::emptyColumnsAddNoBlanks()
 {
-    // Of all columns with text, a group has only the name.
+    // The name is the only text in the row of a group.
     QCOMPARE(listed("^Games$"), QStringList{"Games"});
     QCOMPARE(listed("^Games "), QStringList());
 }
@@ -381,7 +381,7 @@ void SortFilterProxyModelTest::theFilterModeMatchesOnlyVisibleTexts()
     QCOMPARE(sortedNames(*proxy), QStringList());
 }
 
-void SortFilterProxyModelTest::otherFiltersAreAppliedBeforeTheExpression()
+void SortFilterProxyModelTest::theStateAndDuplicateFiltersAlsoApplyToMatches()
 {
     for (const Mode mode : {Filter, Search}) {
         proxy->setMode(mode);
@@ -394,7 +394,7 @@ void SortFilterProxyModelTest::otherFiltersAreAppliedBeforeTheExpression()
     }
 }
 
-void SortFilterProxyModelTest::theSearchStopsAtTheFirstMatch()
+void SortFilterProxyModelTest::theSearchOfARecordStopsAtTheFirstMatch()
 {
     table->collect({}, {},
                    {StandIn::package("name", {{"watched", 1}}), StandIn::package("other", {{"watched", 1}})});
@@ -405,9 +405,9 @@ void SortFilterProxyModelTest::theSearchStopsAtTheFirstMatch()
     QCOMPARE(table->standIn.calls("description"), 1); // the package "other"
 }
 
-void SortFilterProxyModelTest::eachRecordIsSearchedOnceForEachSetting()
+void SortFilterProxyModelTest::eachRecordIsSearchedOnlyOnceForTheSameSettings()
 {
-    QTableView view; // requests the rows after each signal about a change
+    QTableView view; // the view requests all rows after each change signal
     view.setModel(proxy.get());
     table->collect({}, {}, {StandIn::package("watched", {{"watched", 1}})});
     model->reset();
@@ -416,7 +416,7 @@ void SortFilterProxyModelTest::eachRecordIsSearchedOnceForEachSetting()
     QCOMPARE(listed("nothing"), QStringList());
     QCOMPARE(table->standIn.calls("description"), 1);
 
-    // The results for this expression are known already. The sort order does not matter.
+    // The results for this expression are already stored. The sort order does not affect them.
     QCOMPARE(listed(".*nothing"), QStringList());
     inOrder(SizeColumn);
     QCOMPARE(table->standIn.calls("description"), 1);
@@ -447,7 +447,7 @@ void SortFilterProxyModelTest::aResetClearsTheResults()
     QCOMPARE(sortedNames(*proxy), QStringList{"one"});
 }
 
-void SortFilterProxyModelTest::theResetOfAFormerSourceDoesNotClearTheResults()
+void SortFilterProxyModelTest::aResetOfTheFormerSourceKeepsTheResults()
 {
     Model second(&table->yumIO);
     proxy->setSourceModel(&second);
@@ -476,7 +476,7 @@ void SortFilterProxyModelTest::clearingTheCacheClearsTheResults()
     QCOMPARE(proxy->rowCount(), 3);
 }
 
-void SortFilterProxyModelTest::everyChangedSettingClearsTheResults()
+void SortFilterProxyModelTest::eachChangeOfASettingClearsTheResults()
 {
     const int row = table->row("tool");
     const auto forgets = [this, row](const std::function<void()>& change) {
@@ -504,7 +504,7 @@ void SortFilterProxyModelTest::excludedPackagesAreNotRemovable()
     table->entry("tool").next->excluded = true;
     proxy->clear();
     QCOMPARE(listed("^(shell|tool|editor) "), QStringList());
-    // One of several installed versions can be removed.
+    // A package can be removed if one of its installed versions is not excluded.
     table->entry("kernel").excluded = true;
     proxy->clear();
     QCOMPARE(listed("^kernel "), QStringList{"kernel"});
@@ -569,8 +569,8 @@ void SortFilterProxyModelTest::rowsAreSortedByColumn()
 {
     QFETCH(int, column);
     QFETCH(QStringList, expected);
-    // Texts are sorted by their characters: "10-1" is before "9-1", and capitals come first. Numbers are
-    // sorted by their values.
+    // Texts are sorted by their characters: "10-1" precedes "9-1", and capitals precede small letters.
+    // Numbers are sorted by their values.
     const QJsonObject d{{"version", "3"}, {"repoid", "B"}, {"size", 900}, {"buildtime", 1234567890}};
     table->collect(
         {StandIn::package("d", d)},
@@ -673,7 +673,7 @@ void SortFilterProxyModelTest::rowsAreOrderedByTheUserRole()
     }
 }
 
-void SortFilterProxyModelTest::indexesWithoutModelAreEqual()
+void SortFilterProxyModelTest::indexesWithoutAModelAreEqual()
 {
     QVERIFY(!proxy->lessThan(QModelIndex(), QModelIndex()));
     QVERIFY(!proxy->lessThan(model->index(0, NameColumn), QModelIndex()));
@@ -693,7 +693,7 @@ void SortFilterProxyModelTest::listedUpdatesAreMarked()
     }
 }
 
-void SortFilterProxyModelTest::updatesOfReplacedPackagesAreNotMarked()
+void SortFilterProxyModelTest::markingListedUpdatesOmitsReplacedPackages()
 {
     using S = StandIn;
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
@@ -704,11 +704,11 @@ void SortFilterProxyModelTest::updatesOfReplacedPackagesAreNotMarked()
     proxy->setUpdateListed();
     QCOMPARE(table->entry("split").action, Package::None);
     QCOMPARE(table->entry("better").action, Package::None);
-    // An update that also replaces another package is marked.
+    // An update is marked even if it also replaces another package.
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void SortFilterProxyModelTest::unlistedUpdatesAreNotMarked()
+void SortFilterProxyModelTest::markingListedUpdatesOmitsUnlistedUpdates()
 {
     QCOMPARE(listed("many|shell"), (QStringList{"many", "shell"}));
     QSignalSpy spy(proxy.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
@@ -718,7 +718,7 @@ void SortFilterProxyModelTest::unlistedUpdatesAreNotMarked()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void SortFilterProxyModelTest::actionsSetMeanwhileAreSorted()
+void SortFilterProxyModelTest::sortingByActionUsesActionsThatWereSetInAnotherOrder()
 {
     proxy->setGroupsFilter(false);
     QCOMPARE(inOrder(ActionColumn).first(), QStringLiteral("editor"));
@@ -730,7 +730,7 @@ void SortFilterProxyModelTest::actionsSetMeanwhileAreSorted()
     QCOMPARE(inOrder(ActionColumn).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::markedUpdatesAreSortedWithTheNextChange()
+void SortFilterProxyModelTest::markingListedUpdatesSortsTheTableOnlyAtTheNextChange()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
@@ -743,7 +743,7 @@ void SortFilterProxyModelTest::markedUpdatesAreSortedWithTheNextChange()
     QCOMPARE(names(*proxy).mid(0, 3), (QStringList{"many", "tool", "editor"}));
 }
 
-void SortFilterProxyModelTest::aPauseSortsOnceAtItsEnd()
+void SortFilterProxyModelTest::aSortPauseSortsOnceAtItsEnd()
 {
     proxy->setGroupsFilter(false);
     const QStringList before = inOrder(ActionColumn);
@@ -766,7 +766,7 @@ void SortFilterProxyModelTest::aPauseSortsOnceAtItsEnd()
     QCOMPARE(names(*proxy).first(), QStringLiteral("kernel"));
 }
 
-void SortFilterProxyModelTest::aPauseDoesNotAffectOtherOrders()
+void SortFilterProxyModelTest::aSortPauseHasNoEffectIfAnotherColumnIsSorted()
 {
     inOrder(NameColumn);
     QSignalSpy layout(proxy.get(), SIGNAL(layoutChanged()));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The back end of the package table with records from the stand-in, and functions that read a table.
+// A back end for package tables with records from the stand-in, and functions that read a table.
 
 #ifndef TESTS_PACKAGETABLE_TABLE_H
 #define TESTS_PACKAGETABLE_TABLE_H
@@ -16,7 +16,7 @@
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
-// A test program can have only one object, because a process has only one interpreter.
+// A test program can have only one object of this class, because a process has only one interpreter.
 class Table
 {
 public:
@@ -40,9 +40,9 @@ public:
         }
     }
 
-    // One record of each sort. "tool" and "many" are out of date; "tool" has one installed version, "many"
-    // has two. "shell" is installed once, "kernel" twice. The other packages are not installed. "lib" is
-    // available for two architectures.
+    // One record of each kind. "tool" and "many" are out of date; "tool" has one installed version, and
+    // "many" has two. "shell" has one installed version, and "kernel" has two. The other packages are not
+    // installed. "lib" is available for two architectures.
     void collectUsual()
     {
         using S = StandIn;
@@ -91,7 +91,7 @@ public:
     YumIO yumIO;
 };
 
-// The columns whose row in Columns fulfils the condition.
+// The columns for whose row in Columns the condition is true.
 template <typename Condition> QVector<int> columns(Condition condition)
 {
     QVector<int> found;
@@ -120,7 +120,7 @@ inline QStringList sortedNames(const QAbstractItemModel& model)
     return found;
 }
 
-// The names of the rows in the signals dataChanged() since the last call, in order. If a signal is about more
+// The names of the rows in the dataChanged() signals since the last call, in order. If a signal covers more
 // than the Action cell of one row, the list contains an impossible name, so that the test fails.
 inline QStringList changed(QSignalSpy& dataChanged)
 {

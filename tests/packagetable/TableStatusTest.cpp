@@ -24,17 +24,17 @@ private Q_SLOTS:
     void cleanupTestCase() { table.reset(); }
     void listedRowsAreCounted();
     void selectedRowsAreCounted();
-    void filterClearsTheNumberOfSelectedRows();
+    void aChangedFilterClearsTheNumberOfSelectedRows();
     void marksAreCountedByAction();
     void unlistedMarksAreCountedToo();
-    void marksOfTheListedUpdatesAreCounted();
-    void downloadIsTheSizeOfNewPackages();
-    void newRecordsAreCounted();
+    void markingTheListedUpdatesChangesTheCounts();
+    void theDownloadSizeCountsOnlyNewPackages();
+    void aNewCollectionResetsTheCounts();
     void assistiveProgramsReadAStatusBar();
     void tableWithoutRecordsIsEmpty();
 
 private:
-    // The expected text appears after the current events.
+    // Whether the line shows this text, now or after pending events.
     bool shows(const QString& text) const
     {
         const bool found = QTest::qWaitFor([this, text] { return label()->wholeText() == text; });
@@ -92,7 +92,7 @@ void TableStatusTest::selectedRowsAreCounted()
     QVERIFY(shows(QString("Listed: %1   Selected: 0   No marks").arg(rows)));
 }
 
-void TableStatusTest::filterClearsTheNumberOfSelectedRows()
+void TableStatusTest::aChangedFilterClearsTheNumberOfSelectedRows()
 {
     shown->select({"tool", "shell"});
     QVERIFY(shows(QString("Listed: %1   Selected: 2   No marks").arg(shown->proxy.rowCount())));
@@ -124,7 +124,7 @@ void TableStatusTest::unlistedMarksAreCountedToo()
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 0 Install, 0 Update, 1 Remove   To download: 0b"));
 }
 
-void TableStatusTest::marksOfTheListedUpdatesAreCounted()
+void TableStatusTest::markingTheListedUpdatesChangesTheCounts()
 {
     shown->proxy.setStateFilter(ViewUpdatable);
     QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
@@ -133,7 +133,7 @@ void TableStatusTest::marksOfTheListedUpdatesAreCounted()
         [this] { return label()->wholeText().contains("Marks: 0 Install, 2 Update, 0 Remove"); }));
 }
 
-void TableStatusTest::downloadIsTheSizeOfNewPackages()
+void TableStatusTest::theDownloadSizeCountsOnlyNewPackages()
 {
     table->entry("tool").size = 3 * 1024 * 1024;
     table->entry("editor").size = 1024 * 1024;
@@ -146,7 +146,7 @@ void TableStatusTest::downloadIsTheSizeOfNewPackages()
     QVERIFY(shows("Listed: 2   Selected: 0   Marks: 1 Install, 1 Update, 1 Remove   To download: 4.0Mb"));
 }
 
-void TableStatusTest::newRecordsAreCounted()
+void TableStatusTest::aNewCollectionResetsTheCounts()
 {
     mark("shell", Package::Remove);
     QVERIFY(QTest::qWaitFor([this] { return label()->wholeText().contains("1 Remove"); }));

@@ -51,14 +51,14 @@ private Q_SLOTS:
     void clickingOtherColumnsSetsNoAction();
     void theRightButtonSetsNoAction();
     void aMovedActionColumnStaysTheActionColumn();
-    void theCurrentRowIsSignalled();
-    void theCurrentColumnIsNotSignalled();
-    void aResetReportsThatNoRowIsCurrent();
-    void selectedRowsAreSourceIndexes();
+    void aChangeOfTheCurrentRowIsSignalled();
+    void aChangeOfTheCurrentColumnIsNotSignalled();
+    void aSignalReportsThatNoRowIsCurrentAnyMore();
+    void selectedRowsReturnsIndexesOfTheSourceModel();
     void spaceSelectsTheNextAction();
     void tabLeavesTheTable();
     void disablingChangesTheColours();
-    void columnsAlsoFitUnlistedRecords();
+    void theColumnsAlsoFitUnlistedRecords();
     void fittingTheColumnsKeepsFilterAndSelection();
     void columnsAreAsWideAsTheirWidestCell_data();
     void columnsAreAsWideAsTheirWidestCell();
@@ -70,17 +70,17 @@ private Q_SLOTS:
     void anEmptyColumnHasNoWidth();
     void theActionColumnHasTheActionMenu();
     void otherColumnsHaveTheOtherMenu();
-    void noCellHasTheOtherMenu();
+    void theSpaceBelowTheRowsHasTheOtherMenu();
     void theHeaderHasNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
     void describeDescribesTheCurrentRow();
     void enterDescribesTheCurrentRow();
     void twoClicksDescribeTheRow();
-    void quickClicksOnTheActionCountEach_data();
-    void quickClicksOnTheActionCountEach();
+    void eachOfSeveralQuickClicksOnTheActionCounts_data();
+    void eachOfSeveralQuickClicksOnTheActionCounts();
     void firstAndLastRowAreReachedByKeys();
     void theFocusAloneMakesNoRowCurrent();
-    void menusAreMadeOnce();
+    void eachMenuIsMadeOnlyOnce();
 
 private:
     void compareWithEveryCellMeasured();
@@ -286,7 +286,7 @@ void ViewTest::aMovedActionColumnStaysTheActionColumn()
     QCOMPARE(table->entry("tool").action, Package::Update);
 }
 
-void ViewTest::theCurrentRowIsSignalled()
+void ViewTest::aChangeOfTheCurrentRowIsSignalled()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->click("office", NameColumn);
@@ -298,7 +298,7 @@ void ViewTest::theCurrentRowIsSignalled()
     QCOMPARE(spy.count(), 3);
 }
 
-void ViewTest::theCurrentColumnIsNotSignalled()
+void ViewTest::aChangeOfTheCurrentColumnIsNotSignalled()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -307,13 +307,13 @@ void ViewTest::theCurrentColumnIsNotSignalled()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::aResetReportsThatNoRowIsCurrent()
+void ViewTest::aSignalReportsThatNoRowIsCurrentAnyMore()
 {
     shown->click("office", NameColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     shown->proxy.setFilterRegExp("tool");
     QVERIFY(!view->currentIndex().isValid());
-    // A neighbouring row may be current for a moment while the row is removed.
+    // While the view removes the row, a neighbouring row may be current for a moment.
     QCOMPARE(spy.value(0).value(1).toInt(), table->row("office"));
     for (int i = 1; i < spy.count(); ++i) {
         QCOMPARE(spy.at(i).at(1), spy.at(i - 1).at(0));
@@ -326,7 +326,7 @@ void ViewTest::aResetReportsThatNoRowIsCurrent()
     QCOMPARE(spy.value(0), (QList<QVariant>{table->row("tool"), -1}));
 }
 
-void ViewTest::selectedRowsAreSourceIndexes()
+void ViewTest::selectedRowsReturnsIndexesOfTheSourceModel()
 {
     QCOMPARE(view->selectedRows(), QModelIndexList());
     shown->select({"tool", "editor"});
@@ -374,7 +374,7 @@ void ViewTest::disablingChangesTheColours()
     QCOMPARE(cell.data(Qt::ForegroundRole).value<QColor>(), QColor(Colors::error()));
 }
 
-void ViewTest::columnsAlsoFitUnlistedRecords()
+void ViewTest::theColumnsAlsoFitUnlistedRecords()
 {
     table->collect({}, {},
                    {StandIn::package("short"), StandIn::package("a-name-much-longer-than-the-other-one")});
@@ -402,7 +402,7 @@ void ViewTest::fittingTheColumnsKeepsFilterAndSelection()
     QVERIFY(!shown->proxy.getFilter());
 }
 
-// Compares the widths with those of a plain table of the same rows, which measures every cell.
+// Compares the column widths with a plain table of the same rows, which measures every cell.
 void ViewTest::compareWithEveryCellMeasured()
 {
     HTableView plain(QStyleOptionViewItem::Left, 1, 1);
@@ -442,7 +442,7 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell()
         for (int i = 0; i < 60; ++i) {
             QString name;
             for (unsigned int letters = 1 + random() % 60; letters > 0; --letters) {
-                // Some of these letters are kerned. One name in ten also has letters that are not ASCII.
+                // Some pairs of these letters have kerning. One name in ten also has letters beyond ASCII.
                 const char kerned[] = "AVTiljWy.,-rfoLTo1479_JQ";
                 name += i % 10 == 0 && random() % 4 == 0
                             ? QChar(0xe4 + static_cast<int>(random() % 20))
@@ -461,8 +461,8 @@ void ViewTest::columnsAreAsWideAsTheirWidestCell()
 
 void ViewTest::widthOfAColumnIncludesKerning()
 {
-    // This text repeats the two letters that the font moves apart the most. So the text is wider than the sum
-    // of its letters.
+    // This text repeats the pair of letters that the font moves apart the most. So the text is wider than the
+    // sum of its letters.
     const QFontMetricsF metrics(view->font());
     QString apart;
     qreal most = 0;
@@ -482,7 +482,8 @@ void ViewTest::widthOfAColumnIncludesKerning()
         const QString kerned = apart.repeated(pairs);
         const qreal single =
             pairs * (metrics.horizontalAdvance(apart.at(0)) + metrics.horizontalAdvance(apart.at(1)));
-        // These texts have no kerning, and widths between the sum of the letters and the width with kerning.
+        // These texts have no kerning. Their widths are between the first text's sum of letters and its width
+        // with kerning.
         QJsonArray packages{StandIn::package(kerned)};
         const QString unit = QStringLiteral("H");
         const qreal narrowest = single - 40;
@@ -503,8 +504,8 @@ void ViewTest::widthOfAColumnIncludesKerning()
 
 void ViewTest::widthOfAColumnIncludesTheLastLetter()
 {
-    // The drawing of a letter may be wider than the letter's advance. This matters only for the last letter
-    // of a text. Apart from this, the same letters in another order have the same width.
+    // A letter's drawing may be wider than its advance. This affects the width of a text only if the letter
+    // is the last one. Otherwise the same letters have the same width in every order.
     for (char letter = '!'; letter <= '~'; ++letter) {
         for (const char* others : {"HHHH", "0000"}) {
             const QString first = QLatin1Char(letter) + QString(others);
@@ -538,7 +539,7 @@ void ViewTest::widthOfAColumnIncludesLigatures()
         QJsonArray packages;
         const qreal unit = metrics.horizontalAdvance(QLatin1Char('i'));
         for (qreal width = metrics.horizontalAdvance(joined) - 12; packages.count() < 24; width += 1) {
-            // Each of these texts is as wide as possible, but not wider than the given width.
+            // Each of these texts is as wide as possible within the given width.
             packages.append(StandIn::package(QString("i").repeated(static_cast<int>(width / unit))));
         }
         packages.append(StandIn::package(joined));
@@ -602,7 +603,7 @@ void ViewTest::otherColumnsHaveTheOtherMenu()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::noCellHasTheOtherMenu()
+void ViewTest::theSpaceBelowTheRowsHasTheOtherMenu()
 {
     bool right = false;
     const QPoint below(20, view->viewport()->height() - 10);
@@ -678,7 +679,7 @@ void ViewTest::twoClicksDescribeTheRow()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::quickClicksOnTheActionCountEach_data()
+void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts_data()
 {
     QTest::addColumn<int>("clicks");
     QTest::addColumn<int>("action");
@@ -689,14 +690,14 @@ void ViewTest::quickClicksOnTheActionCountEach_data()
     QTest::newRow("five") << 5 << int(Package::Remove);
 }
 
-void ViewTest::quickClicksOnTheActionCountEach()
+void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()
 {
     QFETCH(int, clicks);
     QFETCH(int, action);
     const QPoint place = view->viewport()->mapTo(&shown->window, shown->place("tool", ActionColumn));
     QSignalSpy changed(view, SIGNAL(stateChanged(int)));
     for (int i = 0; i < clicks; ++i) {
-        // Unlike those of mouseClick(), these are double clicks.
+        // Unlike clicks by mouseClick(), quick clicks like these can be double clicks.
         QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
         QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
     }
@@ -716,7 +717,7 @@ void ViewTest::firstAndLastRowAreReachedByKeys()
         }
         return rows;
     };
-    // Also without a current row.
+    // The keys also work if no row is current.
     for (const char* start : {"", "shell", "tool"}) {
         if (*start != '\0') {
             shown->click(start, NameColumn);
@@ -742,7 +743,7 @@ void ViewTest::theFocusAloneMakesNoRowCurrent()
     }
     QTest::keyClick(shown->window.windowHandle(), Qt::Key_Space);
     QVERIFY(current.isEmpty() || current.last().at(0).toInt() == -1);
-    // The first key that moves selects a row.
+    // The first arrow key makes a row current.
     view->setFocus();
     QTest::keyClick(shown->window.windowHandle(), Qt::Key_Down);
     QCOMPARE(view->selectionModel()->selectedRows().count(), 1);
@@ -753,7 +754,7 @@ void ViewTest::theFocusAloneMakesNoRowCurrent()
     QCOMPARE(view->currentIndex(), chosen);
 }
 
-void ViewTest::menusAreMadeOnce()
+void ViewTest::eachMenuIsMadeOnlyOnce()
 {
     QCOMPARE(view->findChildren<QMenu*>().count(), 0);
     for (const char* name : {"tool", "shell"}) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Prints the places in which the embedded interpreter finds its standard library and the package manager's
-// modules, one place on each line.
+// Prints where the embedded interpreter finds its standard library and the package manager's modules, one
+// path on each line.
 
 #include <cstdio>
 

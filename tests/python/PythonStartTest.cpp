@@ -34,8 +34,8 @@ class PythonStartTest : public QObject
     Q_OBJECT
 
 private:
-    // Starts an interpreter that runs the given statement when __main__ is imported. initialize() then finds
-    // it already started.
+    // Starts an interpreter that runs the given statement during the import of __main__. So initialize()
+    // finds a running interpreter.
     void startWithHookOnImportOfMain(const char* statement)
     {
         Py_Initialize();
@@ -51,7 +51,7 @@ private:
         QCOMPARE(PyRun_SimpleString(hook.constData()), 0);
     }
 
-    // The output of the helper in this environment; empty if it fails.
+    // The helper's output in this environment; empty if the helper fails.
     QStringList report(const QProcessEnvironment& environment)
     {
         QProcess process;
@@ -77,7 +77,7 @@ private:
 private Q_SLOTS:
     void init()
     {
-        // The interpreter would respect the test framework's own handler.
+        // If the test framework's own handler were set, the interpreter would keep it.
         std::signal(SIGINT, SIG_DFL);
         std::signal(SIGPIPE, SIG_DFL);
         QVERIFY(!Python::initialized);
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("broken"), QStringLiteral("True"));
     }
 
-    void secondInitializeDoesNotChangeTheInterpreter()
+    void aSecondInitializeDoesNotChangeTheInterpreter()
     {
         RecordingPython python;
         QVERIFY(python.initialize());
@@ -163,7 +163,7 @@ private Q_SLOTS:
         QVERIFY(!Py_IsInitialized());
     }
 
-    void canBeStartedAgainAfterItsEnd()
+    void theInterpreterCanBeStartedAgainAfterItsEnd()
     {
         {
             RecordingPython python;
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("'left' in globals()"), QStringLiteral("False"));
     }
 
-    void missingMainModuleIsReportedAndNotRetried()
+    void aMissingMainModuleIsReportedAndThereIsNoSecondAttempt()
     {
         startWithHookOnImportOfMain("raise ImportError('no such thing')");
         RecordingPython python;
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(python.text("missing"), QStringLiteral("True"));
     }
 
-    void importsThePackageManagersModules()
+    void thePackageManagersModulesCanBeImported()
     {
         const QStringList lines = report(plainEnvironment());
         QVERIFY(lines.size() > 4);
@@ -241,8 +241,8 @@ private Q_SLOTS:
         QFETCH(QString, variable);
         QFETCH(QString, subdirectory);
 
-        // Another installation, with the parts that the interpreter looks for: an executable, the landmark of
-        // a standard library, and modules that would hide the real modules.
+        // A directory that looks like another installation. It has the parts that the interpreter looks for:
+        // an executable, the landmark of a standard library, and modules that would hide the real modules.
         QTemporaryDir other;
         QVERIFY(other.isValid());
         const QString version = QStringLiteral("python%1.%2").arg(PY_MAJOR_VERSION).arg(PY_MINOR_VERSION);

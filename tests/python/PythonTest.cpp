@@ -12,7 +12,7 @@
 
 namespace {
 
-// A module whose dictionary no longer exists, as at the end of the interpreter.
+// A module without its dictionary. The interpreter has such modules while it ends.
 PyObject* hollowModule(const char* name)
 {
     PyObject* module = PyModule_New(name);
@@ -46,7 +46,7 @@ private:
 
     QString printed() { return python->text("sys.stderr.getvalue()"); }
 
-    // Opens a scope and leaves it early, while the exception of the call is pending. Returns whether this
+    // Opens a scope and leaves it early, while the call's exception is pending. Returns whether this
     // exception matched.
     bool failsAsExpected(PyObject* type)
     {
@@ -88,7 +88,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // No test leaves an exception, a report or an open scope behind.
+        // Checks that the test has left no exception, report or open scope behind.
         QVERIFY(PyErr_Occurred() == nullptr);
         QCOMPARE(python->takeErrors(), QStringList());
         QCOMPARE(python->warnings, QStringList());
@@ -98,7 +98,7 @@ private Q_SLOTS:
 
     // ---- running text
 
-    void runsStatements()
+    void statementsAreRun()
     {
         QCOMPARE(python->py("x = 6 * 7"), 0);
         QCOMPARE(python->text("x"), QStringLiteral("42"));
@@ -126,7 +126,7 @@ private Q_SLOTS:
         QVERIFY(python->tracebacks[1].contains("ValueError: "));
     }
 
-    void evaluatesExpressions()
+    void expressionsAreEvaluated()
     {
         const PyRef value(python->pyr("'a' + 'b'"));
         QCOMPARE(taken(python->pyString(value.get())), QStringLiteral("ab"));
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QVERIFY(printed().contains("NameError"));
     }
 
-    void formatsTextBeforeItRuns()
+    void textIsFormattedBeforeItRuns()
     {
         QCOMPARE(python->pyf("x = %d; y = '%s'", 7, "seven"), 0);
         QCOMPARE(python->text("(x, y)"), QStringLiteral("(7, 'seven')"));
@@ -303,7 +303,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList("Internal error: no_such_module not found\n"));
     }
 
-    void valueInANonDictionaryIsHandledAsAnException()
+    void lookupOfAValueInANonDictionaryCausesAnException()
     {
         QVERIFY(python->pyValue("thing", "number") == nullptr);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
@@ -540,7 +540,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void scopeCanGetItsTypesLater()
+    void aScopeCanGetItsExceptionTypesLater()
     {
         Python::ExceptScope scope(*python);
         scope.expect(PyExc_KeyError);
@@ -548,7 +548,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void scopeEndsOnEveryPath()
+    void aScopeEndsEvenIfTheFunctionReturnsEarly()
     {
         // The check in cleanup() finds a scope that is left open.
         QVERIFY(failsAsExpected(PyExc_KeyError));
@@ -557,7 +557,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    void expectingNullIsReportedAndMatchesNothing()
+    void anExpectedNullTypeIsReportedAndMatchesNothing()
     {
         Python::ExceptScope scope(*python, {nullptr, PyExc_KeyError});
         QCOMPARE(python->takeErrors(), QStringList("Internal error: pyExceptExpect called with NULL\n"));
@@ -611,7 +611,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptValuef() == nullptr);
     }
 
-    void displayableValueIsTheAttribute()
+    void theDisplayableValueIsTheValueAttribute()
     {
         QCOMPARE(python->py("class Valued(Exception):\n    value = 'what to show'"), 0);
         const PyRef type(python->pyr("Valued"));
@@ -622,7 +622,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, type.get()));
     }
 
-    void displayableValueWithoutTheAttributeIsTheText()
+    void theDisplayableValueIsTheTextIfTheAttributeIsMissing()
     {
         const Python::ExceptScope scope(*python, {PyExc_ValueError});
         QVERIFY(python->pyCall("fail", "(O,s)", PyExc_ValueError, "shown") == nullptr);
@@ -631,7 +631,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_ValueError));
     }
 
-    void displayableValueThatFailsKeepsTheException()
+    void aFailureOfTheDisplayableValueKeepsTheException()
     {
         QCOMPARE(
             python->py("class Mute(Exception):\n    def __str__(self):\n        raise TypeError('mute')"), 0);
@@ -732,7 +732,7 @@ private Q_SLOTS:
             const Python::PyGILStateWrapper lock(true);
             entered = true;
         });
-        // The interpreter switches threads only in Python code, so this thread keeps the lock.
+        // This thread keeps the lock, because the interpreter switches threads only in Python code.
         QThread::msleep(50);
         const bool enteredTooEarly = entered;
         {

@@ -12,7 +12,8 @@
 
 namespace {
 
-// Parses the arguments as the back end does. Records the name and the arguments of each called function.
+// Parses the arguments of each called function as the back end does, and records them with the function's
+// name.
 class RecordingTarget : public YumIOCTarget
 {
 public:
@@ -175,7 +176,8 @@ private:
     std::optional<RecordingTarget> target;
     std::unique_ptr<RecordingPython> python;
 
-    // The name and text of the exception that an expression raises; empty if it raises none.
+    // The name and the text of the exception that an expression raises; empty if the expression raises no
+    // exception.
     QString raised(const QByteArray& expression)
     {
         const Python::ExceptScope scope(*python, {PyExc_Exception});
@@ -228,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("yumIOC.repositorySectionLimit"), QString::number(repositorySectionLimit));
     }
 
-    void functionCallsTheMemberOfItsName_data()
+    void eachFunctionCallsTheMemberWithItsName_data()
     {
         QTest::addColumn<QByteArray>("call");
         QTest::addColumn<QString>("recorded");
@@ -259,7 +261,7 @@ private Q_SLOTS:
         row("gpgsigcheck('k')", "gpgsigcheck ('k',)");
     }
 
-    void functionCallsTheMemberOfItsName()
+    void eachFunctionCallsTheMemberWithItsName()
     {
         QFETCH(QByteArray, call);
         QFETCH(QString, recorded);
@@ -346,7 +348,7 @@ private Q_SLOTS:
         QCOMPARE(other.calls.size(), 2);
     }
 
-    void callsAfterTheEndOfTheBackEndRaise()
+    void callsAfterTheEndOfTheBackEndRaiseAnException()
     {
         target.reset();
         QCOMPARE(raised("yumIOC.rpmtransDel()"),
