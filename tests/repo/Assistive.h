@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Collects the texts that assistive programs receive, and the texts that assistive programs and users can
+// Records the texts that the toolkit reports to assistive programs, and collects the texts that users can
 // read.
 
 #ifndef TESTS_REPO_ASSISTIVE_H
@@ -39,14 +39,14 @@ inline void recordReport(QAccessibleEvent* event)
     }
 }
 
-// Whether assistive programs receive texts in a run with an accessibility bus, and only in such a run.
+// In a run with an accessibility bus, assistive programs must receive texts; in any other run, they must not.
 inline bool reportsAsExpected()
 {
     const bool expected = qEnvironmentVariableIsSet("QT_LINUX_ACCESSIBILITY_ALWAYS_ON");
     return QAccessible::isActive() == expected && reportedTexts.isEmpty() != expected;
 }
 
-// Collects all texts that assistive programs find in a window.
+// Collects all texts that assistive programs can read in a window.
 inline void collectTexts(QAccessibleInterface* interface, QStringList& texts)
 {
     for (int kind = QAccessible::Name; kind <= QAccessible::Accelerator; ++kind) {
@@ -63,8 +63,7 @@ inline void collectTexts(QAccessibleInterface* interface, QStringList& texts)
     }
 }
 
-// The texts that assistive programs find, and all texts that the user can read in the window and its tool
-// tips.
+// All texts that assistive programs or the user can read in the window and its tool tips.
 inline QStringList readableTexts(QWidget* window)
 {
     QStringList texts;

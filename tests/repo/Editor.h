@@ -17,7 +17,7 @@
 #include "tests/support/Files.h"
 #include "tests/support/StandIn.h"
 
-// One object for each test program, because a process has only one interpreter.
+// A test program can have only one object of this class, because a process has only one interpreter.
 class BackEnd
 {
 public:
@@ -43,7 +43,7 @@ public:
         }
     }
 
-    // Installs a browser in the share directory. It records its arguments, one in each line.
+    // Installs a browser in the share directory. The browser records its arguments, one in each line.
     void installBrowser()
     {
         Files::put(Share::absolute(QStringLiteral("webbrowser")),

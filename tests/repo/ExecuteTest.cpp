@@ -60,7 +60,7 @@ private:
     rlimit saved;
 };
 
-// Collects what this process and its children write to standard error, until text() is called.
+// Collects the output of this process and its children to standard error, until text() is called.
 class StandardError
 {
 public:
@@ -90,7 +90,7 @@ private:
     int saved;
 };
 
-// Makes the kernel reject close_range(), as an older kernel does.
+// Makes close_range() fail, as on an older kernel.
 void withoutCloseRange()
 {
     sock_filter filter[] = {
@@ -118,17 +118,17 @@ private Q_SLOTS:
     void cleanup();
 
     void theProgramGetsItsArguments();
-    void itReturnsWithoutWaiting();
-    void theProgramIsNotAChildOfThisProcess();
+    void executeReturnsWithoutWaitingForTheProgram();
+    void theStartedProgramIsNotAChildOfThisProcess();
     void theProgramHasItsOwnSession();
     void onlyTheStandardDescriptorsAreInherited_data();
     void onlyTheStandardDescriptorsAreInherited();
-    void programsGetTheSavedOutput();
+    void theStartedProgramsGetTheSavedStandardStreams();
     void signalsAreNotBlockedForTheProgram();
     void signalsAreNotIgnoredForTheProgram();
     void theProgramDoesNotChangeOurSignals();
     void aMissingProgramIsReportedOnStandardError();
-    void aFailedForkIsShown();
+    void aFailedForkCausesAMessageBox();
     void aFailedSecondForkIsReportedOnStandardError();
 
 private:
@@ -180,7 +180,7 @@ void ExecuteTest::theProgramGetsItsArguments()
     QCOMPARE(read("whole"), QByteArray("one\ntwo words\n\n$three; 'four'\n"));
 }
 
-void ExecuteTest::itReturnsWithoutWaiting()
+void ExecuteTest::executeReturnsWithoutWaitingForTheProgram()
 {
     // The program waits for an event that happens only after execute() returns.
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
@@ -194,7 +194,7 @@ void ExecuteTest::itReturnsWithoutWaiting()
     QCOMPARE(read("whole"), QByteArray("go\n"));
 }
 
-void ExecuteTest::theProgramIsNotAChildOfThisProcess()
+void ExecuteTest::theStartedProgramIsNotAChildOfThisProcess()
 {
     QCOMPARE(mkfifo(QFile::encodeName(path("gate")).constData(), 0600), 0);
     run("echo $PPID > " + quoted("part") + " && mv " + quoted("part") + ' ' + quoted("parent") +
@@ -211,7 +211,7 @@ void ExecuteTest::theProgramIsNotAChildOfThisProcess()
 
 void ExecuteTest::theProgramHasItsOwnSession()
 {
-    // The session is the sixth field; the second, the name, has no blanks here.
+    // The session is the sixth field. Here the second field, the name, has no blanks.
     run("cut -d' ' -f6 /proc/self/stat > " + quoted("part") + "; mv " + quoted("part") + ' ' +
         quoted("whole"));
     const int session = read("whole").trimmed().toInt();
@@ -229,15 +229,15 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited_data()
 void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
 {
     QFETCH(bool, oldSystem);
-    // None of these descriptors closes on exec, and their numbers are far apart.
+    // exec() closes none of these descriptors. Their numbers are far apart.
     const int low = open("/dev/null", O_RDONLY);
     const int high = fcntl(low, F_DUPFD, 900);
     int pipeEnds[2];
     QCOMPARE(pipe(pipeEnds), 0);
-    // The last descriptor is the listed directory itself.
+    // The last descriptor belongs to the listed directory itself.
     const QByteArray listing = "exec ls /proc/self/fd > " + quoted("list");
     if (oldSystem) {
-        // A separate process runs the program, because the filter cannot be removed.
+        // A separate process runs the program, because a process cannot remove its filter.
         const pid_t child = fork();
         if (child == 0) {
             withoutCloseRange();
@@ -258,8 +258,8 @@ void ExecuteTest::onlyTheStandardDescriptorsAreInherited()
     QVERIFY2(rightOnes, read("list").constData());
 }
 
-// The saved descriptors stay for the life of a process, so the test runs in a separate one.
-void ExecuteTest::programsGetTheSavedOutput()
+// A process keeps the saved descriptors for its whole life, so the test runs in a separate process.
+void ExecuteTest::theStartedProgramsGetTheSavedStandardStreams()
 {
     const auto redirect = [this](const char* name) {
         const int fd = open(QFile::encodeName(path(name)).constData(), O_WRONLY | O_CREAT, 0600);
@@ -361,14 +361,14 @@ void ExecuteTest::aMissingProgramIsReportedOnStandardError()
     QVERIFY(QApplication::activeModalWidget() == nullptr);
 }
 
-void ExecuteTest::aFailedForkIsShown()
+void ExecuteTest::aFailedForkCausesAMessageBox()
 {
     const AnsweringUser user(AnsweringUser::click(QMessageBox::Ok));
     {
         const ProcessLimit limit(0);
         run("exit 0");
     }
-    // The program has not waited for the window.
+    // execute() has not waited until the window was closed.
     QVERIFY(user.seen.isEmpty());
     QTRY_COMPARE(user.titles(), QStringList{QStringLiteral("Help")});
     const ShownBox box = user.seen.first();
@@ -381,7 +381,7 @@ void ExecuteTest::aFailedSecondForkIsReportedOnStandardError()
 {
     const QString expected =
         QStringLiteral("second fork() failed; errno = %1 (%2)\n").arg(EAGAIN).arg(strerror(EAGAIN));
-    // The limit also includes the threads of this program. The test increases it until the first fork
+    // This program's threads also count for the limit. The test increases the limit until the first fork
     // succeeds.
     QString text;
     for (rlim_t processes = 1; processes < 200 && text.isEmpty(); ++processes) {

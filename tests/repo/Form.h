@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Finds the fields of the form of a repository by their labels, and simulates the input of the user.
+// Finds the fields of the repository form by their labels, and simulates user input.
 
 #ifndef TESTS_REPO_FORM_H
 #define TESTS_REPO_FORM_H
@@ -20,7 +20,7 @@
 #include "repo/PasswdLineEdit.h"
 #include "repo/PasswdTextEdit.h"
 
-// The windows in a property of the root window, which the window manager sets.
+// The windows in a property of the root window. The window manager sets this property.
 inline QList<WId> windowsIn(const char* property)
 {
     QProcess xprop;
@@ -35,8 +35,8 @@ inline QList<WId> windowsIn(const char* property)
     return windows;
 }
 
-// Whether the window manager has removed the hidden windows and given the focus to the window. True without a
-// window manager. A hidden window that is shown again too early may never get the focus.
+// Whether the window manager has removed the hidden windows and given the focus to the window. True if no
+// window manager runs. If a hidden window is shown again too early, it may never get the focus.
 inline bool windowManagerHasSettled(const QWidget* active)
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb")) {
@@ -52,14 +52,14 @@ inline bool windowManagerHasSettled(const QWidget* active)
     return windowsIn("_NET_ACTIVE_WINDOW").contains(active->internalWinId());
 }
 
-// Waits until a window has the focus. Qt reports a dialog as active even if only its parent is active.
+// Waits until a window really has the focus. Qt reports a dialog as active even if only its parent is active.
 inline bool waitForFocus(const QWidget* window)
 {
     const auto active = [window] {
         return QApplication::activeWindow() == window && windowManagerHasSettled(window);
     };
     if (!QTest::qWaitFor(active) && window->windowHandle() != nullptr) {
-        // A window manager that has just started may have missed the window.
+        // If the window manager has just started, it may have missed the window.
         window->windowHandle()->requestActivate();
     }
     return QTest::qWaitFor(active, 20000);

@@ -15,7 +15,7 @@ private Q_SLOTS:
     void lineBreaksAreRemoved_data();
     void lineBreaksAreRemoved();
     void pastedTextBecomesOneLine();
-    void theCursorStaysWithinTheText();
+    void theCursorIsNeverBeyondTheShortenedText();
 };
 
 void OneLineValidatorTest::lineBreaksAreRemoved_data()
@@ -60,7 +60,7 @@ void OneLineValidatorTest::pastedTextBecomesOneLine()
     QCOMPARE(edit.text(), QStringLiteral("main-updates2"));
 }
 
-void OneLineValidatorTest::theCursorStaysWithinTheText()
+void OneLineValidatorTest::theCursorIsNeverBeyondTheShortenedText()
 {
     const OneLineValidator validator;
     QString text = QStringLiteral("updates\n\n");

@@ -12,11 +12,11 @@ const QString PasswdEditTest::password = QStringLiteral("secret");
 
 namespace {
 
-// Gives the same numbers in every run.
+// A random generator with the same numbers in every run.
 class Random
 {
 public:
-    // 0 to count - 1.
+    // A number from 0 to count - 1.
     int pick(int count) { return static_cast<int>(generator() % static_cast<unsigned>(count)); }
     QString letter()
     {
@@ -34,7 +34,7 @@ private:
 
 QString PasswdEditTest::maskedWith(int passwordLength) const
 {
-    // The other passwords of the text have the length of "word".
+    // All other passwords in the text are as long as "word".
     QString masked = textWith(QString(passwordLength, QChar(0x25cf)));
     return masked.replace(QStringLiteral("=word&"), QString::fromUtf8("=●●●●&"));
 }
@@ -188,7 +188,7 @@ void PasswdEditTest::theHiddenEditIsLikeTheShownEdit()
     QCOMPARE(hiddenEdit()->geometry(), edit->geometry());
 }
 
-void PasswdEditTest::theHiddenEditMovesToTheSameParent()
+void PasswdEditTest::theHiddenEditGetsTheSameNewParent()
 {
     const std::unique_ptr<QWidget> moved(makeEdit(nullptr));
     setRealText(moved.get(), text());
@@ -204,7 +204,7 @@ void PasswdEditTest::theHiddenEditMovesToTheSameParent()
     QCOMPARE(editsIn(window.get()).size(), 2);
 }
 
-void PasswdEditTest::theHiddenEditIsDeletedToo()
+void PasswdEditTest::theHiddenEditIsDeletedWithTheShownEdit()
 {
     const QPointer<QWidget> inner = hiddenEdit();
     delete edit;
@@ -215,7 +215,7 @@ void PasswdEditTest::theHiddenEditIsDeletedToo()
     QVERIFY(other.isNull());
 }
 
-void PasswdEditTest::itAcceptsNoDropsAndHasNoMenu()
+void PasswdEditTest::theEditAcceptsNoDropsAndHasNoMenu()
 {
     QVERIFY(!edit->acceptDrops());
     QVERIFY(!mouseTarget()->acceptDrops());
@@ -238,7 +238,7 @@ void PasswdEditTest::changesAreSignalled()
     QCOMPARE(changes->size(), 3);
 }
 
-void PasswdEditTest::anInvisibleChangeIsSignalledToo()
+void PasswdEditTest::aChangeThatLeavesTheShownTextIsSignalledToo()
 {
     goTo(passwordBegin);
     press(Qt::Key_Right, Qt::ShiftModifier);
@@ -326,11 +326,11 @@ void PasswdEditTest::theCursorGoesThroughThePasswordCharacterByCharacter()
     QCOMPARE(changes->size(), 0);
 }
 
-void PasswdEditTest::theSelectionKeepsItsPlace()
+void PasswdEditTest::aKeyWithoutAnEffectKeepsTheSelection()
 {
     goTo(passwordBegin + 4);
     press(Qt::Key_Left, Qt::ShiftModifier, 3);
-    // The second time, a key without an effect comes first.
+    // Before the second check, a key without an effect is pressed.
     for (int time = 0; time < 2; ++time) {
         QCOMPARE(anchorOf(edit), passwordBegin + 4);
         QCOMPARE(position(), passwordBegin + 1);
@@ -358,7 +358,7 @@ void PasswdEditTest::undoAndRedoRestoreThePassword()
     compareReal(QStringLiteral("secret"));
     press(QKeySequence::Redo, 4);
     compareReal(QStringLiteral("newsecr"));
-    // Undo does not restore the text before a new text was set.
+    // Undo does not go back beyond the moment when a new text was set.
     setRealText(QStringLiteral("other"));
     press(QKeySequence::Undo);
     QCOMPARE(realText(), QStringLiteral("other"));
@@ -371,7 +371,7 @@ void PasswdEditTest::undoneTextIsMasked()
     QCOMPARE(shownText(), QString());
     press(QKeySequence::Undo);
     compareReal(password);
-    // The undone text is masked even if it is a password only now.
+    // The undone text is masked even if it was no password before.
     press(Qt::Key_End, wholeText());
     goTo(passwordBegin + password.size());
     press(Qt::Key_Delete);
@@ -441,7 +441,7 @@ void PasswdEditTest::surrogatePairsAreNotSplit()
     }
 }
 
-// An ordinary edit with the same keys gives the expected text.
+// The same keys in an ordinary edit give the expected text.
 void PasswdEditTest::randomEditingKeepsTheRealText()
 {
     QWidget* ordinary = makeOrdinaryEdit(window.get());
@@ -535,7 +535,7 @@ void PasswdEditTest::randomEditingCanBeUndone()
 
 // --- The clipboard.
 
-void PasswdEditTest::pastingGoesIntoTheRealText()
+void PasswdEditTest::pastingChangesTheRealText()
 {
     QGuiApplication::clipboard()->setText(QStringLiteral("12"));
     goTo(passwordBegin + 3);
@@ -603,7 +603,7 @@ void PasswdEditTest::theMiddleButtonPastesTheSelection()
 
 // --- Input methods.
 
-void PasswdEditTest::composedTextGoesIntoTheRealText()
+void PasswdEditTest::composedTextIsInsertedIntoTheRealText()
 {
     goTo(passwordBegin + 3);
     commit(QString::fromUtf8("\xc3\xa4\xe6\xbc\xa2"));
@@ -667,7 +667,7 @@ void PasswdEditTest::assistiveProgramsDoNotGetThePassword()
     QVERIFY(QAccessible::queryAccessibleInterface(hiddenEdit())->textInterface() == nullptr);
 }
 
-void PasswdEditTest::assistiveProgramsMayEdit()
+void PasswdEditTest::assistiveProgramsCanEditTheText()
 {
     QAccessibleEditableTextInterface* editable =
         QAccessible::queryAccessibleInterface(edit)->editableTextInterface();
@@ -690,7 +690,7 @@ void PasswdEditTest::settingTheShownTextSetsTheRealText()
     QCOMPARE(shownText(), QString());
 }
 
-void PasswdEditTest::escapeReachesTheWindowOnce()
+void PasswdEditTest::theWindowReceivesEscapeOnlyOnce()
 {
     QSignalSpy finished(window.get(), SIGNAL(finished(int)));
     press(Qt::Key_Escape);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The tests of both masking edits. The test of each edit defines the access to its edit, and adds further
-// tests.
+// The common tests of both masking edits. A derived test gives access to its edit, and adds further tests.
 
 #ifndef TESTS_REPO_PASSWDEDITTEST_H
 #define TESTS_REPO_PASSWDEDITTEST_H
@@ -24,18 +23,18 @@ private Q_SLOTS:
     void textWithoutAMatchIsShown();
     void everyPasswordOfAUrlIsMasked();
     void theHiddenEditIsLikeTheShownEdit();
-    void theHiddenEditMovesToTheSameParent();
-    void theHiddenEditIsDeletedToo();
-    void itAcceptsNoDropsAndHasNoMenu();
+    void theHiddenEditGetsTheSameNewParent();
+    void theHiddenEditIsDeletedWithTheShownEdit();
+    void theEditAcceptsNoDropsAndHasNoMenu();
     void changesAreSignalled();
-    void anInvisibleChangeIsSignalledToo();
+    void aChangeThatLeavesTheShownTextIsSignalledToo();
 
     void typedTextIsInsertedIntoThePassword();
     void typedTextReplacesASelectedPartOfThePassword();
     void backspaceAndDeleteChangeThePassword();
     void wordsAreDeletedAsTheyAreShown();
     void theCursorGoesThroughThePasswordCharacterByCharacter();
-    void theSelectionKeepsItsPlace();
+    void aKeyWithoutAnEffectKeepsTheSelection();
     void undoAndRedoRestoreThePassword();
     void undoneTextIsMasked();
     void aClickSetsTheCursor();
@@ -46,27 +45,27 @@ private Q_SLOTS:
     void randomEditingKeepsTheRealText();
     void randomEditingCanBeUndone();
 
-    void pastingGoesIntoTheRealText();
+    void pastingChangesTheRealText();
     void copiedTextIsMaskedForOtherPrograms();
     void cutAndPasteKeepThePassword();
     void theSelectionIsMaskedForOtherPrograms();
     void theMiddleButtonPastesTheSelection();
 
-    void composedTextGoesIntoTheRealText();
+    void composedTextIsInsertedIntoTheRealText();
     void composingReplacesTheSelection();
     void theInputMethodMayReplaceText();
     void theInputMethodDoesNotGetThePassword();
 
     void assistiveProgramsDoNotGetThePassword();
-    void assistiveProgramsMayEdit();
+    void assistiveProgramsCanEditTheText();
     void settingTheShownTextSetsTheRealText();
-    void escapeReachesTheWindowOnce();
+    void theWindowReceivesEscapeOnlyOnce();
 
 protected:
-    // Every test starts with a text that has a password at this position.
+    // Every test starts with a text with a password at this position.
     static constexpr int passwordBegin = 24;
     static const QString password;
-    // The text with another password at this position. If the text has a second password, it stays the same.
+    // The text with another password at this position. A second password in the text is unchanged.
     virtual QString textWith(const QString& insertedPassword) const = 0;
     QString maskedWith(int passwordLength) const;
     QString text() const { return textWith(password); }
@@ -88,12 +87,12 @@ protected:
     virtual int positionOf(const QWidget* of) const = 0;
     virtual int anchorOf(const QWidget* of) const = 0;
     virtual bool hasLines() const = 0;
-    // With these modifiers, Home and End move to the beginning and the end of the text.
+    // If these modifiers are pressed, Home and End move to the beginning and the end of the text.
     Qt::KeyboardModifiers wholeText() const { return hasLines() ? Qt::ControlModifier : Qt::NoModifier; }
 
     // The widget that gets the mouse events.
     virtual QWidget* mouseTarget() const = 0;
-    // The point in this widget where the text has this position.
+    // The point in this widget that belongs to this position in the text.
     virtual QPoint placeOf(int position) const = 0;
 
     QString realText() const { return realTextOf(edit); }

@@ -12,12 +12,12 @@ class PasswdLineEditTest : public PasswdEditTest
 private Q_SLOTS:
     void aSignalReportsTheNewText();
     void aLongTextIsKept();
-    void theRestOfTheLineIsDeletedAndCopiedMasked();
-    void everythingIsDeletedAndCopiedMasked();
+    void theDeletedRestOfTheLineIsMaskedOnTheClipboard();
+    void theDeletedTextIsMaskedOnTheClipboard();
     void insertedLineBreaksAreDropped();
     void composingWithinThePasswordIsMasked();
     void textComposedOutsideThePasswordIsVisible();
-    void returnReachesTheWindow();
+    void theWindowReceivesReturn();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -105,7 +105,7 @@ void PasswdLineEditTest::aLongTextIsKept()
     QCOMPARE(shownText().size(), 39999);
 }
 
-void PasswdLineEditTest::theRestOfTheLineIsDeletedAndCopiedMasked()
+void PasswdLineEditTest::theDeletedRestOfTheLineIsMaskedOnTheClipboard()
 {
     goTo(passwordBegin + 3);
     press(QKeySequence::DeleteEndOfLine);
@@ -113,7 +113,7 @@ void PasswdLineEditTest::theRestOfTheLineIsDeletedAndCopiedMasked()
     QCOMPARE(QGuiApplication::clipboard()->text(), QString::fromUtf8("●●●&path=/x"));
 }
 
-void PasswdLineEditTest::everythingIsDeletedAndCopiedMasked()
+void PasswdLineEditTest::theDeletedTextIsMaskedOnTheClipboard()
 {
     goTo(passwordBegin + 3);
     press(QKeySequence::DeleteCompleteLine);
@@ -158,7 +158,7 @@ void PasswdLineEditTest::textComposedOutsideThePasswordIsVisible()
     QCOMPARE(realText(), text());
 }
 
-void PasswdLineEditTest::returnReachesTheWindow()
+void PasswdLineEditTest::theWindowReceivesReturn()
 {
     auto* button = new QPushButton(window.get());
     button->setDefault(true);

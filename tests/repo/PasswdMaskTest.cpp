@@ -13,14 +13,14 @@ private Q_SLOTS:
     void everyPasswordOfUrlsIsHidden();
     void passwordsOfOptionsAreHidden();
     void aTextWithoutPasswordsIsNotChanged();
-    void aTextIsMaskedOnce();
+    void aTextIsMaskedOnlyOnce();
     void everyMatchIsHidden();
-    void onlyAWholeTextThatMatchesIsHidden();
-    void expressionsAddUp();
-    void eachCharacterIsReplacedByOne();
+    void theMatchMustCoverTheWholeText();
+    void aTextIsMaskedByAllExpressionsTogether();
+    void eachCharacterIsReplacedByExactlyOneCharacter();
     void aMatchWithoutCaptureHidesNothing();
     void anEmptyMatchIsSkipped();
-    void placesInAndAroundAPasswordAreHidden();
+    void overlappingPasswordsAreHidden();
 };
 
 void PasswdMaskTest::everyPasswordOfUrlsIsHidden_data()
@@ -66,7 +66,7 @@ void PasswdMaskTest::aTextWithoutPasswordsIsNotChanged()
     QVERIFY(!mask.hides(QStringLiteral("abc"), 1));
 }
 
-void PasswdMaskTest::aTextIsMaskedOnce()
+void PasswdMaskTest::aTextIsMaskedOnlyOnce()
 {
     PasswdMask mask;
     const QString first = mask.masked(QStringLiteral("http://me:abc@h/"), QLatin1Char('*'));
@@ -90,7 +90,7 @@ void PasswdMaskTest::everyMatchIsHidden()
              QStringLiteral("p=***; p=; x=abc; p=*; p=e"));
 }
 
-void PasswdMaskTest::onlyAWholeTextThatMatchesIsHidden()
+void PasswdMaskTest::theMatchMustCoverTheWholeText()
 {
     PasswdMask mask;
     mask.hideInWholeText(QRegExp(QStringLiteral("p=([a-z]*);")));
@@ -99,7 +99,7 @@ void PasswdMaskTest::onlyAWholeTextThatMatchesIsHidden()
     QCOMPARE(mask.masked(QStringLiteral(" p=abc;"), QLatin1Char('*')), QStringLiteral(" p=abc;"));
 }
 
-void PasswdMaskTest::expressionsAddUp()
+void PasswdMaskTest::aTextIsMaskedByAllExpressionsTogether()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*)")));
@@ -107,7 +107,7 @@ void PasswdMaskTest::expressionsAddUp()
     QCOMPARE(mask.masked(QStringLiteral("q=abc p=d"), QLatin1Char('*')), QStringLiteral("q=*** p=*"));
 }
 
-void PasswdMaskTest::eachCharacterIsReplacedByOne()
+void PasswdMaskTest::eachCharacterIsReplacedByExactlyOneCharacter()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=(.*);")));
@@ -131,7 +131,7 @@ void PasswdMaskTest::anEmptyMatchIsSkipped()
     QCOMPARE(mask.masked(QStringLiteral("axxb"), QLatin1Char('*')), QStringLiteral("a**b"));
 }
 
-void PasswdMaskTest::placesInAndAroundAPasswordAreHidden()
+void PasswdMaskTest::overlappingPasswordsAreHidden()
 {
     PasswdMask mask;
     mask.hideEverywhere(QRegExp(QStringLiteral("p=([a-z]*);")));

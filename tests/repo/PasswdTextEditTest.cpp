@@ -18,16 +18,16 @@ class PasswdTextEditTest : public PasswdEditTest
 private Q_SLOTS:
     void everyPasswordIsMasked();
     void theTextIsKeptExactly();
-    void theSizeFitsTheColumnsAndRows();
+    void theSizeHintFitsTheColumnsAndRows();
     void typedTextIsInsertedIntoTheSecondPassword();
     void linesAreJoinedAndSplit();
     void aSelectionMayContainSeveralLines();
     void theCursorGoesFromLineToLine();
     void aSelectionCannotBeDraggedAway();
-    void typingKeepsTheViewWhereItIs();
+    void typingDoesNotScrollTheView();
     void richTextIsPastedAsPlainText();
     void composingWithinThePasswordIsMasked();
-    void tabMovesTheFocusOnRequest();
+    void tabMovesTheFocusIfThisIsSet();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -120,7 +120,7 @@ void PasswdTextEditTest::theTextIsKeptExactly()
     }
 }
 
-void PasswdTextEditTest::theSizeFitsTheColumnsAndRows()
+void PasswdTextEditTest::theSizeHintFitsTheColumnsAndRows()
 {
     PasswdTextEdit sized(Repo::Vantor::urlsRegExp(), 50, 4);
     HTextEdit plain(50, 4);
@@ -182,7 +182,7 @@ void PasswdTextEditTest::aSelectionCannotBeDraggedAway()
     QCOMPARE(anchorOf(edit), passwordBegin + 3);
     QCOMPARE(position(), secondPassword + 2);
     compareReal(password);
-    // With Shift, a press on the selection moves its end.
+    // If Shift is pressed, a click on the selection moves its end.
     goTo(0);
     press(Qt::Key_Right, Qt::ShiftModifier, 10);
     click(5, Qt::LeftButton, Qt::ShiftModifier);
@@ -190,7 +190,7 @@ void PasswdTextEditTest::aSelectionCannotBeDraggedAway()
     QCOMPARE(anchorOf(edit), 0);
 }
 
-void PasswdTextEditTest::typingKeepsTheViewWhereItIs()
+void PasswdTextEditTest::typingDoesNotScrollTheView()
 {
     setRealText(longText());
     press(Qt::Key_End, Qt::ControlModifier);
@@ -232,7 +232,7 @@ void PasswdTextEditTest::composingWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdTextEditTest::tabMovesTheFocusOnRequest()
+void PasswdTextEditTest::tabMovesTheFocusIfThisIsSet()
 {
     auto* next = new QLineEdit(window.get());
     next->show();

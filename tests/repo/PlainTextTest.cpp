@@ -18,7 +18,7 @@ private Q_SLOTS:
 void PlainTextTest::theTextIsReturnedUnchanged()
 {
     QTextDocument document;
-    // The last text is an accented letter that was read byte by byte.
+    // The last text is an accented letter in UTF-8, read as single bytes.
     for (const QString& text : {QString(), QStringLiteral("a\nb\n"), QStringLiteral("\n\n"),
                                 QStringLiteral(" a\t b "), QString::fromLatin1("vuel\xc3\xa0\n")}) {
         document.setPlainText(text);

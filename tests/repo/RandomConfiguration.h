@@ -36,13 +36,13 @@ public:
     // If `ascii` is true, no byte is above 0x7F.
     RandomConfiguration(quint32 seed, bool ascii) : random(seed), onlyAscii(ascii) {}
 
-    // The lines above the first section of the main file.
+    // The main file's lines above its first section.
     QByteArray mainPart();
     // A repository file, with comments above the first section. Its sections are appended to the list.
     QByteArray repoFile(QList<Section>& list);
     // Sections without other text, as in the main file.
     QByteArray sections(QList<Section>& list);
-    // A section and its source.
+    // Makes a section and its source text.
     QByteArray section(Section& made);
 
     // A value as a user may type it: without line feeds, and without blanks at the beginning.

@@ -44,13 +44,13 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void onlyUrlsWithoutCredentialsAreAskedAbout();
-    void unusedRepositoriesAreNotAskedAbout();
+    void theUserIsAskedOnlyAboutUrlsWithoutCredentials();
+    void theUserIsNotAskedAboutUnusedRepositories();
     void enteredCredentialsAreWritten();
     void theMirrorListMayNeedCredentials();
     void okWithoutCredentialsChangesNothing();
-    void aNameAloneIsAChange();
-    void applyToAllAsksOnce();
+    void aNameWithoutAPasswordIsWritten();
+    void applyToAllChangesAllEnabledRepositoriesWithoutFurtherQuestions();
     void applyToAllKeepsTheKeysOfEachUrl();
     void applyToTheHostSetsTheOtherRepositoriesOfTheHost();
     void applyToTheHostUsesTheHostOfTheMirrorList();
@@ -59,14 +59,14 @@ private Q_SLOTS:
     void disableDisablesTheRepository();
     void quitStopsTheCheckAndIsReported();
     void quitWritesEarlierAnswers();
-    void withoutMissingCredentialsNothingIsShownOrWritten();
-    void afterAFailedReadNothingIsAskedOrWritten();
-    void theQuestionAboutDuplicatesMayBeDeclined();
-    void oneDialogServesTheWholeCheck();
+    void nothingIsShownOrWrittenIfNoCredentialsAreMissing();
+    void nothingIsAskedOrWrittenAfterAFailedRead();
+    void nothingIsWrittenIfTheUserDeclinesTheQuestionAboutDuplicates();
+    void theSameDialogAsksForAllRepositories();
     void theCheckerDeletesTheDialog();
-    void theListIsReadAgain();
-    void changesOfOtherProgramsStay();
-    void credentialsAreAddedToChangesOfOtherPrograms();
+    void theCheckReadsTheFilesAgain();
+    void changesByOtherProgramsAreNotOverwritten();
+    void credentialsAreWrittenTogetherWithChangesByOtherPrograms();
 
 private:
     // Runs a check with these answers and returns the identifiers in the dialogs. Further dialogs get the
@@ -78,12 +78,12 @@ private:
         QTimer timer;
         bool answering = false;
         connect(&timer, &QTimer::timeout, &timer, [this, &asked, &answers, &answering] {
-            // Typing processes events, so this function can be called again during itself.
+            // Typing processes events, so this function can be called again before it returns.
             if (answering) {
                 return;
             }
             const QScopedValueRollback<bool> guard(answering, true);
-            // A click is lost while the window is getting the focus.
+            // If the window is just getting the focus, a click is lost.
             QWidget* modal = QApplication::activeModalWidget();
             if (modal == nullptr || modal != QApplication::activeWindow()) {
                 return;
@@ -138,7 +138,7 @@ private:
     std::unique_ptr<YumConfIO> conf;
     std::unique_ptr<AnsweringUser> user;
     QPointer<Dialog> shown;
-    // An action during the wait for an answer.
+    // The checker calls this function while it waits for an answer.
     std::function<void()> meanwhile;
     bool quit = false;
     bool changed = false;
@@ -167,7 +167,7 @@ void RepoAuthCheckerTest::cleanup()
     root.reset();
 }
 
-void RepoAuthCheckerTest::onlyUrlsWithoutCredentialsAreAskedAbout()
+void RepoAuthCheckerTest::theUserIsAskedOnlyAboutUrlsWithoutCredentials()
 {
     put("a.repo", section("none", "http://h" + emptyAuth) + section("plain", "http://h/x") +
                       section("name", "http://h/vantor?u=bob&p=&path=/x") +
@@ -178,7 +178,7 @@ void RepoAuthCheckerTest::onlyUrlsWithoutCredentialsAreAskedAbout()
     QVERIFY(!changed);
 }
 
-void RepoAuthCheckerTest::changesOfOtherProgramsStay()
+void RepoAuthCheckerTest::changesByOtherProgramsAreNotOverwritten()
 {
     put("a.repo", section("a", "http://h" + emptyAuth));
     put("b.repo", section("b", "http://h/x"));
@@ -196,7 +196,7 @@ void RepoAuthCheckerTest::changesOfOtherProgramsStay()
     QCOMPARE(get("c.repo"), section("c", "http://h/x"));
 }
 
-void RepoAuthCheckerTest::credentialsAreAddedToChangesOfOtherPrograms()
+void RepoAuthCheckerTest::credentialsAreWrittenTogetherWithChangesByOtherPrograms()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) +
                       section("gone", "http://k" + emptyAuth));
@@ -209,13 +209,13 @@ void RepoAuthCheckerTest::credentialsAreAddedToChangesOfOtherPrograms()
              (QStringList{QStringLiteral("a"), QStringLiteral("gone")}));
     QCOMPARE(user->seen.size(), 1);
     QVERIFY(changed);
-    // Credentials from other programs are not overwritten, and lines that other programs have removed do not
-    // return.
+    // The checker does not overwrite credentials from other programs, and does not write back lines that
+    // other programs have removed.
     QCOMPARE(get("a.repo"), QByteArray("[b]\nbaseurl=http://h/vantor?u=bob&p=pw&path=/x\n\n"
                                        "[a]\nbaseurl=http://h/vantor?u=theirs&p=theirs&path=/x\ncost=1\n"));
 }
 
-void RepoAuthCheckerTest::unusedRepositoriesAreNotAskedAbout()
+void RepoAuthCheckerTest::theUserIsNotAskedAboutUnusedRepositories()
 {
     put("a.repo", section("off", "http://h" + emptyAuth, "enabled=0\n") +
                       section("on", "http://h" + emptyAuth) + section("toggled", "http://h" + emptyAuth));
@@ -253,7 +253,7 @@ void RepoAuthCheckerTest::okWithoutCredentialsChangesNothing()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::aNameAloneIsAChange()
+void RepoAuthCheckerTest::aNameWithoutAPasswordIsWritten()
 {
     put("a.repo", section("a", "http://h" + emptyAuth));
     check({{"bob", "", "OK"}});
@@ -261,7 +261,7 @@ void RepoAuthCheckerTest::aNameAloneIsAChange()
     QVERIFY(get("a.repo").contains("u=bob&p=&"));
 }
 
-void RepoAuthCheckerTest::applyToAllAsksOnce()
+void RepoAuthCheckerTest::applyToAllChangesAllEnabledRepositoriesWithoutFurtherQuestions()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://h/x") +
                       section("c", "http://k" + emptyAuth) +
@@ -359,7 +359,7 @@ void RepoAuthCheckerTest::quitWritesEarlierAnswers()
     QVERIFY(get("a.repo").contains("u=bob&p=pw&"));
 }
 
-void RepoAuthCheckerTest::withoutMissingCredentialsNothingIsShownOrWritten()
+void RepoAuthCheckerTest::nothingIsShownOrWrittenIfNoCredentialsAreMissing()
 {
     const QByteArray before = "# a comment\n" + section("a", "http://h/x");
     put("a.repo", before);
@@ -369,9 +369,9 @@ void RepoAuthCheckerTest::withoutMissingCredentialsNothingIsShownOrWritten()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::afterAFailedReadNothingIsAskedOrWritten()
+void RepoAuthCheckerTest::nothingIsAskedOrWrittenAfterAFailedRead()
 {
-    // The order of the files is unknown, but one file is read before the other.
+    // The order is unknown, but the checker reads one of the two files first.
     const QByteArray first =
         section("a", "http://h" + emptyAuth) + section("b", "http://h" + emptyAuth) + "[x\n";
     put("a.repo", first);
@@ -385,7 +385,7 @@ void RepoAuthCheckerTest::afterAFailedReadNothingIsAskedOrWritten()
     QCOMPARE(get("b.repo"), first);
 }
 
-void RepoAuthCheckerTest::theQuestionAboutDuplicatesMayBeDeclined()
+void RepoAuthCheckerTest::nothingIsWrittenIfTheUserDeclinesTheQuestionAboutDuplicates()
 {
     const QByteArray before =
         section("a", "http://h" + emptyAuth) + section("b", "http://h/x") + section("b", "http://h/y");
@@ -397,7 +397,7 @@ void RepoAuthCheckerTest::theQuestionAboutDuplicatesMayBeDeclined()
     QCOMPARE(get("a.repo"), before);
 }
 
-void RepoAuthCheckerTest::oneDialogServesTheWholeCheck()
+void RepoAuthCheckerTest::theSameDialogAsksForAllRepositories()
 {
     put("a.repo", section("a", "http://h" + emptyAuth) + section("b", "http://k" + emptyAuth));
     const QStringList asked = check({{"", "", "OK"}, {"", "", "OK"}}, [this](Checker&) {
@@ -413,7 +413,7 @@ void RepoAuthCheckerTest::theCheckerDeletesTheDialog()
     put("a.repo", section("a", "http://h" + emptyAuth));
     check({{"", "", "OK"}});
     QVERIFY(shown.isNull());
-    // The parent window may be deleted first.
+    // The parent window may be deleted before the checker.
     check({{"", "", "OK"}}, [this](Checker&) {
         QVERIFY(!shown.isNull());
         window.reset();
@@ -421,7 +421,7 @@ void RepoAuthCheckerTest::theCheckerDeletesTheDialog()
     });
 }
 
-void RepoAuthCheckerTest::theListIsReadAgain()
+void RepoAuthCheckerTest::theCheckReadsTheFilesAgain()
 {
     put("a.repo", section("a", "http://h/x"));
     QVERIFY(conf->read(window.get()));

@@ -25,20 +25,20 @@ private Q_SLOTS:
 
     void theWindowHasTheExpectedContents();
     void theRepositoryIsShown();
-    void theFileOfThePasswordIsShownInAdvance();
-    void itFitsASmallScreen();
+    void theDialogNamesTheFileThatWillContainThePassword();
+    void theDialogFitsASmallScreen();
     void emptyKeysHaveDefaults();
     void textOfAFileIsNeverRichText();
-    void typingShowsTheUrlsMasked();
+    void theUrlsShowTheTypedCredentialsMasked();
     void otherPasswordsAreMaskedToo();
     void noTextContainsThePassword();
     void eachButtonReturnsItsCode_data();
     void eachButtonReturnsItsCode();
     void okIsTheDefaultButton();
-    void okIsTheDefaultButtonEveryTime();
-    void closingSkipsAll_data();
-    void closingSkipsAll();
-    void itStaysOpenWithoutButtons();
+    void okIsTheDefaultButtonInEachQuestion();
+    void closingTheDialogMeansSkipAll_data();
+    void closingTheDialogMeansSkipAll();
+    void anAnsweredDialogIsStillOpenWithItsButtonsDisabled();
     void theNextRepositoryStartsWithEmptyFields();
     void credentialsAreEncoded();
     void pastedLineBreaksAreDropped();
@@ -51,7 +51,7 @@ private:
         QTimer::singleShot(0, dialog.get(), [this, &use, &used] {
             used = waitForFocus(dialog.get());
             use();
-            dialog->done(99); // has no effect after a button
+            dialog->done(99); // no effect if a button has closed the dialog
         });
         const int result = dialog->exec(&entry);
         return used ? result : -1;
@@ -138,7 +138,7 @@ void RepoAuthDialogTest::theRepositoryIsShown()
             }) >= 0);
 }
 
-void RepoAuthDialogTest::theFileOfThePasswordIsShownInAdvance()
+void RepoAuthDialogTest::theDialogNamesTheFileThatWillContainThePassword()
 {
     entry.file = QStringLiteral("/etc/yum.repos.d/<b>x</b>.repo");
     QVERIFY(run([this] {
@@ -146,14 +146,14 @@ void RepoAuthDialogTest::theFileOfThePasswordIsShownInAdvance()
                     "VYRE will write the name and the password into the file /etc/yum.repos.d/<b>x</b>.repo. "
                     "Then only its owner and its group can read it.")));
             }) >= 0);
-    // A path of any length does not widen the window.
+    // Not even a very long path widens the window.
     int width = 0;
     QVERIFY(run([this, &width] { width = dialog->width(); }) >= 0);
     entry.file = QLatin1Char('/') + QString(2000, QLatin1Char('x'));
     QVERIFY(run([this, &width] { QCOMPARE(dialog->width(), width); }) >= 0);
 }
 
-void RepoAuthDialogTest::itFitsASmallScreen()
+void RepoAuthDialogTest::theDialogFitsASmallScreen()
 {
     const QString url =
         QStringLiteral("http://h/%1/vantor?user=&word=&path=/x\n").arg(QString(300, QLatin1Char('d')));
@@ -197,7 +197,7 @@ void RepoAuthDialogTest::textOfAFileIsNeverRichText()
             }) >= 0);
 }
 
-void RepoAuthDialogTest::typingShowsTheUrlsMasked()
+void RepoAuthDialogTest::theUrlsShowTheTypedCredentialsMasked()
 {
     QVERIFY(run([this] {
                 QTest::keyClicks(name, QStringLiteral("a b"));
@@ -293,7 +293,7 @@ void RepoAuthDialogTest::okIsTheDefaultButton()
     QVERIFY(entry.baseurl.contains(QStringLiteral("user=bob&word=secret")));
 }
 
-void RepoAuthDialogTest::okIsTheDefaultButtonEveryTime()
+void RepoAuthDialogTest::okIsTheDefaultButtonInEachQuestion()
 {
     run([this] {
         Form::button(dialog.get(), "Quit")->setFocus();
@@ -302,14 +302,14 @@ void RepoAuthDialogTest::okIsTheDefaultButtonEveryTime()
     QCOMPARE(run([this] { QTest::keyClick(name, Qt::Key_Return); }), int(Dialog::OK));
 }
 
-void RepoAuthDialogTest::closingSkipsAll_data()
+void RepoAuthDialogTest::closingTheDialogMeansSkipAll_data()
 {
     QTest::addColumn<bool>("byKey");
     QTest::newRow("Escape") << true;
     QTest::newRow("the window's close button") << false;
 }
 
-void RepoAuthDialogTest::closingSkipsAll()
+void RepoAuthDialogTest::closingTheDialogMeansSkipAll()
 {
     QFETCH(bool, byKey);
     const Repo::Entry before = entry;
@@ -325,7 +325,7 @@ void RepoAuthDialogTest::closingSkipsAll()
     QCOMPARE(entry.baseurl, before.baseurl);
 }
 
-void RepoAuthDialogTest::itStaysOpenWithoutButtons()
+void RepoAuthDialogTest::anAnsweredDialogIsStillOpenWithItsButtonsDisabled()
 {
     run([this] { click("OK"); });
     QVERIFY(dialog->isVisible());

@@ -32,11 +32,12 @@ private Q_SLOTS:
     void aMissingUrlIsReported_data();
     void aMissingUrlIsReported();
     void aRepositoryIsFoundByItsIdentifier();
-    void anUnknownIdentifierIsShown();
-    void aMissingBrowserIsNotShown();
+    void anUnknownIdentifierCausesAMessage();
+    void aMissingBrowserCausesNoMessageBox();
 
 private:
-    // Calls a function, and returns title and text of the errors that it shows over the window.
+    // Calls a function, and returns the titles and texts of the errors that the function shows over the
+    // window.
     template <typename Open> QStringList shownBy(Open open)
     {
         const AnsweringUser user(AnsweringUser::click(QMessageBox::Ok));
@@ -120,8 +121,8 @@ void RepoBrowseTest::variablesAreExpanded_data()
                                   << "http://h/x86_64_v2/";
     QTest::newRow("every occurrence") << "http://h/$basearch/$arch/$basearch/$arch"
                                       << "http://h/x86_64/x86_64_v2/x86_64/x86_64_v2";
-    QTest::newRow("other letter case") << "http://h/$BaseArch/$ARCH"
-                                       << "http://h/$BaseArch/$ARCH";
+    QTest::newRow("different letter case") << "http://h/$BaseArch/$ARCH"
+                                           << "http://h/$BaseArch/$ARCH";
     QTest::newRow("unknown variable") << "http://h/$uuid"
                                       << "http://h/$uuid";
 }
@@ -209,7 +210,7 @@ void RepoBrowseTest::aRepositoryIsFoundByItsIdentifier()
     QCOMPARE(BackEnd::browsed(), QStringList{QStringLiteral("http://h/first")});
 }
 
-void RepoBrowseTest::anUnknownIdentifierIsShown()
+void RepoBrowseTest::anUnknownIdentifierCausesAMessage()
 {
     QList<YumRepoEnabled> requests;
     QHash<QString, bool> session;
@@ -224,8 +225,8 @@ void RepoBrowseTest::anUnknownIdentifierIsShown()
     QVERIFY(RepoBrowse::find(QStringLiteral("gone"), nullptr) == nullptr);
 }
 
-// The failure appears only on standard error.
-void RepoBrowseTest::aMissingBrowserIsNotShown()
+// Only standard error shows the failure.
+void RepoBrowseTest::aMissingBrowserCausesNoMessageBox()
 {
     QVERIFY(QFile::remove(Share::absolute(QStringLiteral("webbrowser"))));
     Repo::Entry entry;

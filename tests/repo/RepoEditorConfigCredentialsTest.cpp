@@ -6,25 +6,26 @@
 #include "tests/repo/Assistive.h"
 #include "tests/repo/ShownForm.h"
 
-// Tests of the credentials in the form: separate fields show them, and no text contains a readable password.
+// Tests of the credentials in the form: separate fields show the credentials, and no text contains a readable
+// password.
 class RepoEditorConfigCredentialsTest : public ShownForm
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void credentialsAreShownInTheirFields();
-    void theFieldsAreDisabledWithoutCredentials();
+    void theFieldsAreDisabledIfTheUrlHasNoCredentials();
     void theMirrorListMayHaveTheCredentials();
     void aTypedUrlEnablesTheFields();
-    void aPasswordChangedInTheUrlIsInItsField();
-    void typingAPasswordChangesEveryUrl();
-    void typingANameChangesEveryUrl();
-    void typingCredentialsKeepsTheCursor();
+    void aPasswordThatTheUserChangesInTheUrlAppearsInItsField();
+    void aTypedPasswordChangesEveryCredentialUrl();
+    void aTypedNameChangesEveryCredentialUrl();
+    void typingCredentialsDoesNotMoveTheCursor();
     void emptyKeysHaveDefaults();
     void keysAreNeverRichTextOrShortcuts();
     void noTextContainsThePassword();
     void passwordsInTheUrlsAndTheOptionsAreMasked();
-    void optionsWithAPasswordAreEdited();
+    void optionsWithAPasswordCanBeEdited();
     void longTextsDoNotBlockTheForm();
     void assistiveProgramsDoNotGetThePassword();
 };
@@ -44,7 +45,7 @@ void RepoEditorConfigCredentialsTest::credentialsAreShownInTheirFields()
     QVERIFY(sameFields(config->toEntry(), vantor()));
 }
 
-void RepoEditorConfigCredentialsTest::theFieldsAreDisabledWithoutCredentials()
+void RepoEditorConfigCredentialsTest::theFieldsAreDisabledIfTheUrlHasNoCredentials()
 {
     config->setEntry(vantor());
     config->setEntry(usual());
@@ -87,7 +88,7 @@ void RepoEditorConfigCredentialsTest::aTypedUrlEnablesTheFields()
     QCOMPARE(form->authName->text(), QStringLiteral("eve"));
 }
 
-void RepoEditorConfigCredentialsTest::aPasswordChangedInTheUrlIsInItsField()
+void RepoEditorConfigCredentialsTest::aPasswordThatTheUserChangesInTheUrlAppearsInItsField()
 {
     config->setEntry(vantor());
     form->urls->setFocus();
@@ -95,7 +96,7 @@ void RepoEditorConfigCredentialsTest::aPasswordChangedInTheUrlIsInItsField()
     for (int i = 0; i < vantorUrl.indexOf(QStringLiteral("secret")); ++i) {
         QTest::keyClick(form->urls, Qt::Key_Right);
     }
-    // The visible text stays the same.
+    // The visible text does not change.
     QTest::keyClick(form->urls, Qt::Key_Right, Qt::ShiftModifier);
     QTest::keyClicks(form->urls, QStringLiteral("S"));
     QCOMPARE(form->password->text(), QStringLiteral("Secret"));
@@ -103,7 +104,7 @@ void RepoEditorConfigCredentialsTest::aPasswordChangedInTheUrlIsInItsField()
     QVERIFY(config->toEntry().baseurl.startsWith(QStringLiteral("http://h/vantor?user=bob&word=Secret&")));
 }
 
-void RepoEditorConfigCredentialsTest::typingAPasswordChangesEveryUrl()
+void RepoEditorConfigCredentialsTest::aTypedPasswordChangesEveryCredentialUrl()
 {
     config->setEntry(vantor());
     changes->clear();
@@ -115,7 +116,7 @@ void RepoEditorConfigCredentialsTest::typingAPasswordChangesEveryUrl()
                                                        "http://k/vantor?user=bob&word=secret%261&path=y"));
     QCOMPARE(config->toEntry().mirrorlist,
              QStringLiteral("http://m/vantor?user=bob&word=secret%261&path=/list"));
-    // The text has one password character for each hidden character of the URL.
+    // The shown text has one mask character for each hidden character of the URL.
     QCOMPARE(form->urls->toPlainText(), QString::fromUtf8("http://h/vantor?user=bob&word=●●●●●●●●●●&path=/x\n"
                                                           "http://k/vantor?user=bob&word=●●●●●●●●●●&path=y"));
     QCOMPARE(form->mirrorList->text(),
@@ -127,7 +128,7 @@ void RepoEditorConfigCredentialsTest::typingAPasswordChangesEveryUrl()
     QCOMPARE(config->toEntry().mirrorlist, QStringLiteral("http://m/vantor?user=bob&word=x&path=/list"));
 }
 
-void RepoEditorConfigCredentialsTest::typingANameChangesEveryUrl()
+void RepoEditorConfigCredentialsTest::aTypedNameChangesEveryCredentialUrl()
 {
     config->setEntry(vantor());
     Form::type(form->authName, QStringLiteral("a b"));
@@ -139,7 +140,7 @@ void RepoEditorConfigCredentialsTest::typingANameChangesEveryUrl()
     QCOMPARE(form->password->text(), QStringLiteral("secret"));
 }
 
-void RepoEditorConfigCredentialsTest::typingCredentialsKeepsTheCursor()
+void RepoEditorConfigCredentialsTest::typingCredentialsDoesNotMoveTheCursor()
 {
     config->setEntry(vantor());
     form->authName->setFocus();
@@ -213,7 +214,7 @@ void RepoEditorConfigCredentialsTest::passwordsInTheUrlsAndTheOptionsAreMasked()
     QVERIFY(sameFields(config->toEntry(), entry));
 }
 
-void RepoEditorConfigCredentialsTest::optionsWithAPasswordAreEdited()
+void RepoEditorConfigCredentialsTest::optionsWithAPasswordCanBeEdited()
 {
     Repo::Entry entry = withPasswords();
     entry.options = QStringLiteral("password=secret\nretries=1\n");

@@ -23,26 +23,26 @@ private Q_SLOTS:
     void cleanup();
 
     void theWindowHasTheExpectedContents();
-    void itFitsASmallScreen();
-    void theIdentifierHasTheFocusEveryTime();
+    void theFormFitsASmallScreen();
+    void theIdentifierHasTheFocusWheneverTheFormOpens();
     void tabGoesThroughTheFieldsInOrder();
     void theDefaultsComeFromTheMainSection();
-    void okWithoutAChangeIsCancelled();
+    void okRejectsTheDialogIfNothingHasChanged();
     void okStoresTheEntryAndTheSessionState_data();
     void okStoresTheEntryAndTheSessionState();
     void aChangedIdentifierKeepsTheStateOfTheOldIdentifier();
     void anUnchangedBoxKeepsTheValueUnspecified();
     void warningsDoNotPreventOk();
-    void anUnwritableRepositoryIsNotAccepted();
+    void okIsDisabledIfTheRepositoryCannotBeWritten();
     void cancelStoresNothing();
     void escapeStoresNothing();
     void resetRestoresTheFields();
-    void returnInAFieldDoesNotPressOk();
+    void theReturnKeyInAFieldDoesNotPressOk();
     void theStatusFollowsTheFields();
-    void itCanBeUsedAgain();
+    void theFormShowsAnotherRepositoryAfterTheFirst();
 
 private:
-    // Runs the dialog for the entry. The given function does the actions of the user and closes the dialog.
+    // Runs the dialog for the entry. The given function acts as the user, and closes the dialog.
     int run(const std::function<void()>& use)
     {
         bool used = false;
@@ -132,7 +132,7 @@ void RepoEditorConfigDialogTest::theWindowHasTheExpectedContents()
     });
 }
 
-void RepoEditorConfigDialogTest::itFitsASmallScreen()
+void RepoEditorConfigDialogTest::theFormFitsASmallScreen()
 {
     run([this] {
         QVERIFY(dialog->width() <= 921);
@@ -147,7 +147,7 @@ void RepoEditorConfigDialogTest::itFitsASmallScreen()
     });
 }
 
-void RepoEditorConfigDialogTest::theIdentifierHasTheFocusEveryTime()
+void RepoEditorConfigDialogTest::theIdentifierHasTheFocusWheneverTheFormOpens()
 {
     for (int time = 0; time < 2; ++time) {
         run([this] {
@@ -185,7 +185,7 @@ void RepoEditorConfigDialogTest::theDefaultsComeFromTheMainSection()
     });
 }
 
-void RepoEditorConfigDialogTest::okWithoutAChangeIsCancelled()
+void RepoEditorConfigDialogTest::okRejectsTheDialogIfNothingHasChanged()
 {
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Rejected));
     QCOMPARE(session, (QHash<QString, bool>()));
@@ -265,7 +265,7 @@ void RepoEditorConfigDialogTest::warningsDoNotPreventOk()
     QCOMPARE(entry.id, QString());
 }
 
-void RepoEditorConfigDialogTest::anUnwritableRepositoryIsNotAccepted()
+void RepoEditorConfigDialogTest::okIsDisabledIfTheRepositoryCannotBeWritten()
 {
     const auto okIsEnabled = [this] { return Form::button(dialog.get(), "OK")->isEnabled(); };
     QCOMPARE(run([this, okIsEnabled] {
@@ -339,7 +339,7 @@ void RepoEditorConfigDialogTest::resetRestoresTheFields()
              int(QDialog::Rejected));
 }
 
-void RepoEditorConfigDialogTest::returnInAFieldDoesNotPressOk()
+void RepoEditorConfigDialogTest::theReturnKeyInAFieldDoesNotPressOk()
 {
     run([this] {
         for (QWidget* field : {static_cast<QWidget*>(form->id), static_cast<QWidget*>(form->mirrorList),
@@ -383,7 +383,7 @@ void RepoEditorConfigDialogTest::theStatusFollowsTheFields()
     });
 }
 
-void RepoEditorConfigDialogTest::itCanBeUsedAgain()
+void RepoEditorConfigDialogTest::theFormShowsAnotherRepositoryAfterTheFirst()
 {
     run([this] {
         Form::type(form->id, QStringLiteral("other"));

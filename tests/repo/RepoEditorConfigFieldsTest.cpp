@@ -5,13 +5,13 @@
 
 #include "tests/repo/ShownForm.h"
 
-// Tests of the form's fields: it shows every field of a repository, and returns the typed values.
+// Tests of the form's fields: the form shows every field of a repository, and returns the typed values.
 class RepoEditorConfigFieldsTest : public ShownForm
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void itIsBlankAtFirst();
+    void theFormIsBlankAtFirst();
     void theFieldsHaveTheExpectedLabels();
     void theBoxesHaveThreeItems();
     void theDefaultsAreShown_data();
@@ -23,12 +23,12 @@ private Q_SLOTS:
     void filledFieldsAreReturnedUnchanged();
     void everyChangeIsSignalledAndReturned();
     void optionsAreStoredAsTyped();
-    void onlyAChangedFieldLosesItsOriginalForm();
+    void aFieldKeepsItsOriginalFormUntilItChanges();
     void pastedIdentifiersAreOneLine();
     void clearedFieldsCanBeSetAgain();
 };
 
-void RepoEditorConfigFieldsTest::itIsBlankAtFirst()
+void RepoEditorConfigFieldsTest::theFormIsBlankAtFirst()
 {
     config->disable();
     QVERIFY(sameFields(config->toEntry(), Repo::Entry()));
@@ -215,7 +215,7 @@ void RepoEditorConfigFieldsTest::optionsAreStoredAsTyped()
     QCOMPARE(config->toEntry().options, QStringLiteral("a=b\n\n c=<i>d"));
 }
 
-void RepoEditorConfigFieldsTest::onlyAChangedFieldLosesItsOriginalForm()
+void RepoEditorConfigFieldsTest::aFieldKeepsItsOriginalFormUntilItChanges()
 {
     Repo::Entry entry = usual();
     entry.options = QString::fromLatin1("a=b\r\n#voil\xc3\xa0\n");
@@ -246,7 +246,7 @@ void RepoEditorConfigFieldsTest::clearedFieldsCanBeSetAgain()
     config->setEntry(vantor());
     QVERIFY(sameFields(config->toEntry(), vantor()));
     QVERIFY(form->id->isEnabled());
-    // Undo restores no text of the other entry.
+    // Undo restores no text from the other entry.
     config->setEntry(usual());
     for (QWidget* field : {static_cast<QWidget*>(form->urls), static_cast<QWidget*>(form->mirrorList),
                            static_cast<QWidget*>(form->options), static_cast<QWidget*>(form->id)}) {

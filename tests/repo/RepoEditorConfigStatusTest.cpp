@@ -6,7 +6,7 @@
 #include "tests/repo/ShownForm.h"
 #include "widgets/Colors.h"
 
-// Tests of the status of the form, which reports the errors in the typed values.
+// Tests of the form's status, which reports errors in the typed values.
 class RepoEditorConfigStatusTest : public ShownForm
 {
     Q_OBJECT
@@ -60,7 +60,7 @@ void RepoEditorConfigStatusTest::theStatusReportsTheErrors_data()
         << "x" << url << ""
         << "/etc/yum.repos.d2/x.repo"
         << "File is not in any reposdir directory" << warning;
-    QTest::newRow("a directory with another letter case")
+    QTest::newRow("a directory in different letter case")
         << "x" << url << ""
         << "/etc/Yum.repos.d/x.repo"
         << "File is not in any reposdir directory" << warning;

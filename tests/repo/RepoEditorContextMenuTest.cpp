@@ -26,8 +26,8 @@ private Q_SLOTS:
 
     void editSignalsTheRow();
     void browseOpensTheUrl();
-    void browseShowsItsMessageOverTheView();
-    void withoutARowNothingCanBeChosen();
+    void browseShowsMessagesOverTheView();
+    void nothingCanBeChosenIfNoRowIsClicked();
     void aRemovedRowIsNotEdited();
 
 private:
@@ -98,7 +98,7 @@ void RepoEditorContextMenuTest::browseOpensTheUrl()
     QCOMPARE(edits.size(), 0);
 }
 
-void RepoEditorContextMenuTest::browseShowsItsMessageOverTheView()
+void RepoEditorContextMenuTest::browseShowsMessagesOverTheView()
 {
     conf->entries[0].baseurl.clear();
     const AnsweringUser user;
@@ -107,7 +107,7 @@ void RepoEditorContextMenuTest::browseShowsItsMessageOverTheView()
     QCOMPARE(user.seen.first().parent, view.get());
 }
 
-void RepoEditorContextMenuTest::withoutARowNothingCanBeChosen()
+void RepoEditorContextMenuTest::nothingCanBeChosenIfNoRowIsClicked()
 {
     QSignalSpy edits(menu, SIGNAL(edit(QModelIndex)));
     QVERIFY(run(QModelIndex(), "Edit"));

@@ -16,19 +16,19 @@ class RepoEditorDialogApplyTest : public ShownEditor
 private Q_SLOTS:
     void okWithoutChangesWritesNothing();
     void okWritesAndCloses();
-    void okStaysOpenWhenNothingWasWritten();
-    void applyWritesAndStaysOpen();
-    void applyThatIsDeclinedKeepsEverything();
-    void applyThatFailsKeepsEverything();
-    void applyThatFailsAfterRemovalShowsTheRemainingRepositories();
-    void changesOfOtherProgramsStay();
-    void changesOfOtherProgramsCanBeReadAgain();
-    void afterApplyChangesOfOtherProgramsAreShown();
+    void okDoesNotCloseTheEditorIfNothingWasWritten();
+    void applyWritesAndDoesNotCloseTheEditor();
+    void anApplyThatTheUserDeclinesKeepsAllEdits();
+    void anApplyThatFailsKeepsAllEdits();
+    void anApplyThatFailsAfterARemovalShowsTheRemainingRepositories();
+    void changesByOtherProgramsAreNotOverwritten();
+    void filesThatOtherProgramsHaveChangedCanBeReadAgain();
+    void anApplyAlsoShowsChangesByOtherPrograms();
 };
 
 void RepoEditorDialogApplyTest::okWithoutChangesWritesNothing()
 {
-    // A write would change the form of this text.
+    // If VYRE wrote this text, it would change its form.
     backEnd->putRepo("os.repo", "# comment\n[os]\nenabled = 1\n");
     QCOMPARE(run([this] { click("OK"); }), int(QDialog::Accepted));
     QCOMPARE(backEnd->getRepo("os.repo"), QByteArray("# comment\n[os]\nenabled = 1\n"));
@@ -47,7 +47,7 @@ void RepoEditorDialogApplyTest::okWritesAndCloses()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogApplyTest::okStaysOpenWhenNothingWasWritten()
+void RepoEditorDialogApplyTest::okDoesNotCloseTheEditorIfNothingWasWritten()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n");
     QVERIFY(run([this] {
@@ -61,7 +61,7 @@ void RepoEditorDialogApplyTest::okStaysOpenWhenNothingWasWritten()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::applyWritesAndStaysOpen()
+void RepoEditorDialogApplyTest::applyWritesAndDoesNotCloseTheEditor()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -79,7 +79,7 @@ void RepoEditorDialogApplyTest::applyWritesAndStaysOpen()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogApplyTest::applyThatIsDeclinedKeepsEverything()
+void RepoEditorDialogApplyTest::anApplyThatTheUserDeclinesKeepsAllEdits()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n");
     QVERIFY(run([this] {
@@ -94,7 +94,7 @@ void RepoEditorDialogApplyTest::applyThatIsDeclinedKeepsEverything()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::applyThatFailsKeepsEverything()
+void RepoEditorDialogApplyTest::anApplyThatFailsKeepsAllEdits()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));
@@ -114,7 +114,7 @@ void RepoEditorDialogApplyTest::applyThatFailsKeepsEverything()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::applyThatFailsAfterRemovalShowsTheRemainingRepositories()
+void RepoEditorDialogApplyTest::anApplyThatFailsAfterARemovalShowsTheRemainingRepositories()
 {
     backEnd->putRepo("double.repo", "[os]\nname=Second\n[zero]\n");
     QVERIFY(run([this] {
@@ -132,7 +132,7 @@ void RepoEditorDialogApplyTest::applyThatFailsAfterRemovalShowsTheRemainingRepos
             }) >= 0);
 }
 
-void RepoEditorDialogApplyTest::changesOfOtherProgramsStay()
+void RepoEditorDialogApplyTest::changesByOtherProgramsAreNotOverwritten()
 {
     const QByteArray theirs("[os]\nname=Theirs\n");
     QVERIFY(run([this, &theirs] {
@@ -145,7 +145,7 @@ void RepoEditorDialogApplyTest::changesOfOtherProgramsStay()
                 QVERIFY(boxes.at(0).text.contains(QLatin1Char('\n') + backEnd->repoPath("os.repo") +
                                                   QLatin1Char('\n')));
                 QVERIFY(!boxes.at(0).text.contains(QStringLiteral("made.repo")));
-                // The edits stay in the window.
+                // The window still has the user's changes.
                 QVERIFY(dialog->isVisible());
                 QVERIFY(isUnapplied());
                 QCOMPARE(entry(QStringLiteral("extras")).enabled, 2);
@@ -156,7 +156,7 @@ void RepoEditorDialogApplyTest::changesOfOtherProgramsStay()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogApplyTest::changesOfOtherProgramsCanBeReadAgain()
+void RepoEditorDialogApplyTest::filesThatOtherProgramsHaveChangedCanBeReadAgain()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -167,7 +167,7 @@ void RepoEditorDialogApplyTest::changesOfOtherProgramsCanBeReadAgain()
                 QCOMPARE(entry(QStringLiteral("extras")).enabled, 0);
                 QVERIFY(listed(NameColumn).contains(QStringLiteral("Theirs too")));
                 QCOMPARE(current(), QStringLiteral("extras"));
-                // Afterwards the list can be edited.
+                // The user can still edit the list.
                 click(QStringLiteral("extras"), PermanentColumn);
                 click("Apply");
                 QVERIFY(isClean());
@@ -176,7 +176,7 @@ void RepoEditorDialogApplyTest::changesOfOtherProgramsCanBeReadAgain()
              QByteArray("[os]\nname=Theirs\n\n[extras]\nname=Theirs too\nenabled=1\n"));
 }
 
-void RepoEditorDialogApplyTest::afterApplyChangesOfOtherProgramsAreShown()
+void RepoEditorDialogApplyTest::anApplyAlsoShowsChangesByOtherPrograms()
 {
     backEnd->putRepo("other.repo", "[other]\nname=Before\n");
     QVERIFY(run([this] {

@@ -15,18 +15,18 @@ class RepoEditorDialogClosingTest : public ShownEditor
 private Q_SLOTS:
     void resetAllRestoresTheContentsOfTheFiles();
     void resetAllKeepsTheCurrentRepository();
-    void resetAllThatFailsShowsTheRepositoriesReadSoFar();
+    void aResetAllThatFailsShowsTheRepositoriesReadSoFar();
     void aPartlyReadListIsNotWritten();
-    void cancelUndoesAndCloses();
-    void cancelAfterApplyStillSignals();
-    void closingTheWindowKeepsTheSession();
-    void closingTheWindowDropsUnappliedChanges();
-    void closingWithUnappliedChangesAsks_data();
-    void closingWithUnappliedChangesAsks();
-    void closingTheWindowKeepsSwitchedRepositories();
+    void cancelUndoesAllChangesAndClosesTheEditor();
+    void cancelAfterAnApplySignalsTheAppliedChange();
+    void closingTheWindowKeepsTheStateOfTheSession();
+    void closingTheWindowDiscardsUnappliedChanges();
+    void closingAsksIfChangesAreNotApplied_data();
+    void closingAsksIfChangesAreNotApplied();
+    void closingTheWindowDiscardsEditsButKeepsSwitchedRepositories();
     void closingWithoutChangesSignalsNothing();
-    void closingSignalsIfForced();
-    void theSlotForResettingDoesNothing();
+    void closingWithoutChangesSignalsIfThisIsForced();
+    void theResetSlotOfTheDialogDiscardsNothing();
 };
 
 void RepoEditorDialogClosingTest::resetAllRestoresTheContentsOfTheFiles()
@@ -64,7 +64,7 @@ void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
                 QCOMPARE(current(), QStringLiteral("(none)"));
                 QVERIFY(!button("Edit")->isEnabled());
             }) >= 0);
-    // The test selects the last repository with the same identifier.
+    // The test selects the last of the repositories with the same identifier.
     backEnd->putRepo("x.repo", "[same]\nname=1\n[same]\nname=2\n");
     QVERIFY(run([this] {
                 click(QStringLiteral("same"), PermanentColumn);
@@ -73,7 +73,7 @@ void RepoEditorDialogClosingTest::resetAllKeepsTheCurrentRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogClosingTest::resetAllThatFailsShowsTheRepositoriesReadSoFar()
+void RepoEditorDialogClosingTest::aResetAllThatFailsShowsTheRepositoriesReadSoFar()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("updates"), PermanentColumn);
@@ -118,7 +118,7 @@ void RepoEditorDialogClosingTest::aPartlyReadListIsNotWritten()
     QCOMPARE(backEnd->getRepo("updates.repo"), QByteArray("[goodu]\n"));
 }
 
-void RepoEditorDialogClosingTest::cancelUndoesAndCloses()
+void RepoEditorDialogClosingTest::cancelUndoesAllChangesAndClosesTheEditor()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QCOMPARE(run([this] {
@@ -134,7 +134,7 @@ void RepoEditorDialogClosingTest::cancelUndoesAndCloses()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::cancelAfterApplyStillSignals()
+void RepoEditorDialogClosingTest::cancelAfterAnApplySignalsTheAppliedChange()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);
@@ -147,7 +147,7 @@ void RepoEditorDialogClosingTest::cancelAfterApplyStillSignals()
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowKeepsTheSession()
+void RepoEditorDialogClosingTest::closingTheWindowKeepsTheStateOfTheSession()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
@@ -158,7 +158,7 @@ void RepoEditorDialogClosingTest::closingTheWindowKeepsTheSession()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowDropsUnappliedChanges()
+void RepoEditorDialogClosingTest::closingTheWindowDiscardsUnappliedChanges()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QVERIFY(run([this] {
@@ -176,7 +176,7 @@ void RepoEditorDialogClosingTest::closingTheWindowDropsUnappliedChanges()
                 QVERIFY(!dialog->isVisible());
             }) == int(QDialog::Rejected));
     QCOMPARE(backEnd->getRepo("os.repo"), before);
-    // The list has the contents of the files again. The session has its state at the time when the packages
+    // The list has the contents of the files again. The session has the state that it had when the packages
     // were collected.
     QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
     QCOMPARE(entry(QStringLiteral("extras")).baseurl, QStringLiteral("http://h/extras"));
@@ -184,14 +184,14 @@ void RepoEditorDialogClosingTest::closingTheWindowDropsUnappliedChanges()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsks_data()
+void RepoEditorDialogClosingTest::closingAsksIfChangesAreNotApplied_data()
 {
     QTest::addColumn<bool>("byEscape");
     QTest::newRow("Escape") << true;
     QTest::newRow("window manager") << false;
 }
 
-void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsks()
+void RepoEditorDialogClosingTest::closingAsksIfChangesAreNotApplied()
 {
     QFETCH(bool, byEscape);
     const auto closeIt = [this, byEscape] {
@@ -227,7 +227,7 @@ void RepoEditorDialogClosingTest::closingWithUnappliedChangesAsks()
             }) == int(QDialog::Rejected));
 }
 
-void RepoEditorDialogClosingTest::closingTheWindowKeepsSwitchedRepositories()
+void RepoEditorDialogClosingTest::closingTheWindowDiscardsEditsButKeepsSwitchedRepositories()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), SessionColumn);
@@ -246,7 +246,7 @@ void RepoEditorDialogClosingTest::closingWithoutChangesSignalsNothing()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingSignalsIfForced()
+void RepoEditorDialogClosingTest::closingWithoutChangesSignalsIfThisIsForced()
 {
     dialog->reposChangedForced = true;
     bool hidden = false;
@@ -261,7 +261,7 @@ void RepoEditorDialogClosingTest::closingSignalsIfForced()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogClosingTest::theSlotForResettingDoesNothing()
+void RepoEditorDialogClosingTest::theResetSlotOfTheDialogDiscardsNothing()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"), PermanentColumn);

@@ -11,39 +11,39 @@
 
 using namespace RepoEditor;
 
-// Tests of the list, in which the user switches, edits, adds, copies and removes repositories.
+// Tests of the list in which the user switches, edits, adds, copies and removes repositories.
 class RepoEditorDialogEditingTest : public ShownEditor
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void twoClicksOnTheSessionBoxAreStillAChange();
-    void sessionTogglesNeedNoApply();
-    void thePermanentStateIsNeverUnspecifiedAgain();
+    void aSessionBoxThatIsClickedTwiceStillCountsAsChanged();
+    void aSwitchInTheSessionNeedsNoApply();
+    void clicksOnThePermanentBoxNeverUnspecifyTheState();
     void theCurrentRepositoryIsEdited();
     void aDoubleClickEditsTheRepository();
     void aDoubleClickOnABoxTogglesOnce();
     void theMenuEditsTheRepository();
-    void theMenuBelowTheLastRowEditsNothing();
+    void theMenuEditsNothingIfItIsOpenedBelowTheLastRow();
     void cancelledEditingChangesNothing();
     void anEditedRepositoryStaysSorted();
     void anAddedRepositoryIsListed();
-    void addingWithoutAnIdentifierShowsNew();
+    void anAddedRepositoryWithoutAnIdentifierIsShownAsNew();
     void cancelledAddingChangesNothing();
-    void acceptedTextsAreReadBack_data();
-    void acceptedTextsAreReadBack();
-    void optionsWithoutALineFeedAreEndedByTheSeparator();
+    void textsThatTheFormAcceptsAreReadBackUnchanged_data();
+    void textsThatTheFormAcceptsAreReadBackUnchanged();
+    void optionsWithoutALineFeedAtTheEndDoNotJoinTheNextSection();
     void aCopiedRepositoryIsListed();
     void aCopyWithoutANewIdentifierIsADuplicate();
     void aCopyWithoutAnyChangeIsADuplicate();
-    void enterAfterACommandLosesNoEdits_data();
-    void enterAfterACommandLosesNoEdits();
+    void theEnterKeyAfterACommandLosesNoEdits_data();
+    void theEnterKeyAfterACommandLosesNoEdits();
     void threeSelectedRowsAreRemoved();
-    void severalSelectedCellsOfARowRemoveOneRow();
+    void aRowIsRemovedOnceIfSeveralOfItsCellsAreSelected();
     void removingWithoutASelectionChangesNothing();
 };
 
-void RepoEditorDialogEditingTest::twoClicksOnTheSessionBoxAreStillAChange()
+void RepoEditorDialogEditingTest::aSessionBoxThatIsClickedTwiceStillCountsAsChanged()
 {
     QCOMPARE(run([this] {
                  QCOMPARE(session.value(QStringLiteral("os")), true);
@@ -61,7 +61,7 @@ void RepoEditorDialogEditingTest::twoClicksOnTheSessionBoxAreStillAChange()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogEditingTest::sessionTogglesNeedNoApply()
+void RepoEditorDialogEditingTest::aSwitchInTheSessionNeedsNoApply()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QVERIFY(run([this] {
@@ -73,7 +73,7 @@ void RepoEditorDialogEditingTest::sessionTogglesNeedNoApply()
     QVERIFY(run([this] { QCOMPARE(session.value(QStringLiteral("extras")), true); }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::thePermanentStateIsNeverUnspecifiedAgain()
+void RepoEditorDialogEditingTest::clicksOnThePermanentBoxNeverUnspecifyTheState()
 {
     QVERIFY(run([this] {
                 QCOMPARE(entry(QStringLiteral("os")).enabled, 1);
@@ -169,7 +169,7 @@ void RepoEditorDialogEditingTest::theMenuEditsTheRepository()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::theMenuBelowTheLastRowEditsNothing()
+void RepoEditorDialogEditingTest::theMenuEditsNothingIfItIsOpenedBelowTheLastRow()
 {
     QVERIFY(run([this] {
                 const QPoint empty(60, view->viewport()->height() - 5);
@@ -247,7 +247,7 @@ void RepoEditorDialogEditingTest::anAddedRepositoryIsListed()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogEditingTest::addingWithoutAnIdentifierShowsNew()
+void RepoEditorDialogEditingTest::anAddedRepositoryWithoutAnIdentifierIsShownAsNew()
 {
     QVERIFY(run([this] {
                 QVERIFY(withForm([this] { click("Add"); },
@@ -286,7 +286,7 @@ void RepoEditorDialogEditingTest::cancelledAddingChangesNothing()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::acceptedTextsAreReadBack_data()
+void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreReadBackUnchanged_data()
 {
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("urls");
@@ -305,7 +305,7 @@ void RepoEditorDialogEditingTest::acceptedTextsAreReadBack_data()
                                                 << "a=b\n [c]\n\td\n#[e]\n";
 }
 
-void RepoEditorDialogEditingTest::acceptedTextsAreReadBack()
+void RepoEditorDialogEditingTest::textsThatTheFormAcceptsAreReadBackUnchanged()
 {
     QFETCH(QString, id);
     QFETCH(QString, urls);
@@ -330,7 +330,7 @@ void RepoEditorDialogEditingTest::acceptedTextsAreReadBack()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::optionsWithoutALineFeedAreEndedByTheSeparator()
+void RepoEditorDialogEditingTest::optionsWithoutALineFeedAtTheEndDoNotJoinTheNextSection()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -403,7 +403,7 @@ void RepoEditorDialogEditingTest::aCopyWithoutAnyChangeIsADuplicate()
                 QVERIFY(withForm([this] { click("Copy"); }, [this] { clickForm("OK"); }));
                 QCOMPARE(status(), QStringLiteral("Two or more repositories have the Identifier, extras"));
                 QCOMPARE(ids().count(QStringLiteral("extras")), 2);
-                // The next form does not edit a copy.
+                // If the user opens the form again, it does not edit a copy.
                 click(QStringLiteral("os"));
                 QVERIFY(withForm([this] { click("Edit"); }, [this] { clickForm("OK"); }));
                 click("Reset All");
@@ -412,7 +412,7 @@ void RepoEditorDialogEditingTest::aCopyWithoutAnyChangeIsADuplicate()
             }) >= 0);
 }
 
-void RepoEditorDialogEditingTest::enterAfterACommandLosesNoEdits_data()
+void RepoEditorDialogEditingTest::theEnterKeyAfterACommandLosesNoEdits_data()
 {
     QTest::addColumn<QByteArray>("command");
     for (const char* command : {"Remove", "Copy", "Add"}) {
@@ -420,7 +420,7 @@ void RepoEditorDialogEditingTest::enterAfterACommandLosesNoEdits_data()
     }
 }
 
-void RepoEditorDialogEditingTest::enterAfterACommandLosesNoEdits()
+void RepoEditorDialogEditingTest::theEnterKeyAfterACommandLosesNoEdits()
 {
     QFETCH(QByteArray, command);
     QVERIFY(run([this, command] {
@@ -472,7 +472,7 @@ void RepoEditorDialogEditingTest::threeSelectedRowsAreRemoved()
     QCOMPARE(backEnd->getRepo("more.repo"), QByteArray("[b]\n\n[c]\n"));
 }
 
-void RepoEditorDialogEditingTest::severalSelectedCellsOfARowRemoveOneRow()
+void RepoEditorDialogEditingTest::aRowIsRemovedOnceIfSeveralOfItsCellsAreSelected()
 {
     QVERIFY(run([this] {
                 view->setSelectionBehavior(QAbstractItemView::SelectItems);

@@ -20,22 +20,22 @@ class RepoEditorDialogWindowTest : public ShownEditor
 private Q_SLOTS:
     void theWindowHasTheExpectedContents();
     void theButtonsHaveTheExpectedToolTips();
-    void itFitsASmallScreen();
+    void theEditorFitsASmallScreen();
     void aLongIdentifierDoesNotWidenTheWindow();
     void theStatusIsNotCutOff();
     void noTextContainsThePassword();
-    void itOpensSortedByIdentifier();
+    void theListIsSortedByIdentifierAtFirst();
     void numbersInIdentifiersAreSortedByValue();
-    void itOpensWithoutChangesAndWithoutACurrentRow();
+    void aNewEditorHasNoChangesAndNoCurrentRow();
     void eachOpeningReadsTheFilesAgain();
     void aFailedReadShowsNothing();
-    void aFailedReadSignalsNothing();
-    void returnDoesNotApply();
-    void theButtonsFollowTheCurrentRow();
-    void browseOpensTheCurrentRepository();
+    void aFailedReadSignalsNoChange();
+    void theReturnKeyDoesNotPressApply();
+    void theButtonsAreEnabledOnlyIfARowIsCurrent();
+    void browseOpensTheUrlOfTheCurrentRepository();
     void browseReportsAMissingUrl();
     void theStatusReportsChangesAndErrors();
-    void theFirstDuplicateIsNamed();
+    void theStatusNamesTheFirstDuplicate();
     void tenThousandRepositoriesAreShownAndRemoved();
     void aVeryLongTextCanBeEdited_data();
     void aVeryLongTextCanBeEdited();
@@ -92,7 +92,7 @@ void RepoEditorDialogWindowTest::theButtonsHaveTheExpectedToolTips()
     }
 }
 
-void RepoEditorDialogWindowTest::itFitsASmallScreen()
+void RepoEditorDialogWindowTest::theEditorFitsASmallScreen()
 {
     QByteArray many;
     for (int i = 0; i < 200; ++i) {
@@ -163,7 +163,7 @@ void RepoEditorDialogWindowTest::noTextContainsThePassword()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::itOpensSortedByIdentifier()
+void RepoEditorDialogWindowTest::theListIsSortedByIdentifierAtFirst()
 {
     QVERIFY(run([this] {
                 QCOMPARE(listed(), (QStringList{"extras", "os", "updates"}));
@@ -186,7 +186,7 @@ void RepoEditorDialogWindowTest::numbersInIdentifiersAreSortedByValue()
     QVERIFY(run([this] { QCOMPARE(listed(), (QStringList{"Repo2", "repo9", "repo10"})); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::itOpensWithoutChangesAndWithoutACurrentRow()
+void RepoEditorDialogWindowTest::aNewEditorHasNoChangesAndNoCurrentRow()
 {
     for (int time = 0; time < 2; ++time) {
         QVERIFY(run([this] {
@@ -229,7 +229,7 @@ void RepoEditorDialogWindowTest::aFailedReadShowsNothing()
     QVERIFY(run([this] { QVERIFY(listed().contains(QStringLiteral("updates"))); }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::aFailedReadSignalsNothing()
+void RepoEditorDialogWindowTest::aFailedReadSignalsNoChange()
 {
     QVERIFY(run([this] { click(QStringLiteral("os"), SessionColumn); }) >= 0);
     QCOMPARE(reposChangedSpy->size(), 1);
@@ -239,7 +239,7 @@ void RepoEditorDialogWindowTest::aFailedReadSignalsNothing()
     QCOMPARE(reposChangedSpy->size(), 1);
 }
 
-void RepoEditorDialogWindowTest::returnDoesNotApply()
+void RepoEditorDialogWindowTest::theReturnKeyDoesNotPressApply()
 {
     const QByteArray before = backEnd->getRepo("os.repo");
     QVERIFY(run([this] {
@@ -252,7 +252,7 @@ void RepoEditorDialogWindowTest::returnDoesNotApply()
     QCOMPARE(backEnd->getRepo("os.repo"), before);
 }
 
-void RepoEditorDialogWindowTest::theButtonsFollowTheCurrentRow()
+void RepoEditorDialogWindowTest::theButtonsAreEnabledOnlyIfARowIsCurrent()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("os"));
@@ -266,7 +266,7 @@ void RepoEditorDialogWindowTest::theButtonsFollowTheCurrentRow()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::browseOpensTheCurrentRepository()
+void RepoEditorDialogWindowTest::browseOpensTheUrlOfTheCurrentRepository()
 {
     backEnd->installBrowser();
     QVERIFY(run([this] {
@@ -307,7 +307,7 @@ void RepoEditorDialogWindowTest::theStatusReportsChangesAndErrors()
             }) >= 0);
 }
 
-void RepoEditorDialogWindowTest::theFirstDuplicateIsNamed()
+void RepoEditorDialogWindowTest::theStatusNamesTheFirstDuplicate()
 {
     backEnd->removeRepos();
     backEnd->putRepo("x.repo", "[a]\n[c]\n[b]\n[b]\n[c]\n");

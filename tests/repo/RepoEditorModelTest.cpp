@@ -42,23 +42,23 @@ private Q_SLOTS:
     void theSessionColumnShowsTheSessionState();
     void thePermanentColumnShowsThePermanentState_data();
     void thePermanentColumnShowsThePermanentState();
-    void thePermanentToolTipFollowsTheSession();
+    void thePermanentToolTipDependsOnTheSessionState();
     void theIdentifierAndTheNameAreTexts();
     void aNewRepositoryIsShownInItalics();
-    void displayingRecordsAnUnknownRepository();
-    void cellsThatDoNotExistHaveNoData();
+    void anUnknownRepositoryIsRecordedAsUnusedWhenItIsShown();
+    void missingCellsHaveNoData();
     void removedRowsHaveNoData();
 
     void anAddedRowIsSignalled();
     void aRemovedRowIsSignalled();
     void aResetIsSignalled();
     void aChangedRowIsSignalled();
-    void togglingChangesTheUse();
-    void togglingChangesThePermanentState_data();
-    void togglingChangesThePermanentState();
+    void togglingTheSessionBoxChangesTheUse();
+    void togglingThePermanentBoxChangesThePermanentState_data();
+    void togglingThePermanentBoxChangesThePermanentState();
     void togglingWithoutARowDoesNothing();
-    void browsingOpensTheUrl();
-    void browsingIgnoresRowsBeyondTheNumberOfPackages();
+    void browseOpensTheUrl();
+    void browseHasNoEffectInRowsBeyondTheNumberOfPackages();
 
 private:
     QVariant data(int row, int column, int role = Qt::DisplayRole) const
@@ -181,7 +181,7 @@ void RepoEditorModelTest::thePermanentColumnShowsThePermanentState()
     QVERIFY(!data(0, PermanentColumn).isValid());
 }
 
-void RepoEditorModelTest::thePermanentToolTipFollowsTheSession()
+void RepoEditorModelTest::thePermanentToolTipDependsOnTheSessionState()
 {
     conf->entries[0].enabled = 0;
     conf->entries[1].enabled = 2;
@@ -217,7 +217,7 @@ void RepoEditorModelTest::aNewRepositoryIsShownInItalics()
     QVERIFY(!data(0, IdentifierColumn, Qt::FontRole).isValid());
 }
 
-void RepoEditorModelTest::displayingRecordsAnUnknownRepository()
+void RepoEditorModelTest::anUnknownRepositoryIsRecordedAsUnusedWhenItIsShown()
 {
     conf->entries[0].id = QStringLiteral("other");
     QVERIFY(!session.contains(QStringLiteral("other")));
@@ -226,7 +226,7 @@ void RepoEditorModelTest::displayingRecordsAnUnknownRepository()
     QCOMPARE(session.value(QStringLiteral("other"), true), false);
 }
 
-void RepoEditorModelTest::cellsThatDoNotExistHaveNoData()
+void RepoEditorModelTest::missingCellsHaveNoData()
 {
     QVERIFY(!model->data(QModelIndex()).isValid());
     QVERIFY(!model->data(model->createIndex(0, 4)).isValid());
@@ -284,7 +284,7 @@ void RepoEditorModelTest::aChangedRowIsSignalled()
     QCOMPARE(model->createIndex(1), model->index(1, 0));
 }
 
-void RepoEditorModelTest::togglingChangesTheUse()
+void RepoEditorModelTest::togglingTheSessionBoxChangesTheUse()
 {
     QSignalSpy changes(model.get(), SIGNAL(dataChanged(QModelIndex, QModelIndex)));
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));
@@ -296,7 +296,7 @@ void RepoEditorModelTest::togglingChangesTheUse()
     QCOMPARE(changes.at(0).at(1).toModelIndex(), model->index(1, 0));
     model->toggleUse(model->index(1, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("updates")), false);
-    // An unknown repository is regarded as not used.
+    // The model regards an unknown repository as unused.
     conf->entries[0].id = QStringLiteral("other");
     model->toggleUse(model->index(0, SessionColumn));
     QCOMPARE(session.value(QStringLiteral("other")), true);
@@ -305,7 +305,7 @@ void RepoEditorModelTest::togglingChangesTheUse()
     QCOMPARE(conf->entries.at(1).enabled, 1);
 }
 
-void RepoEditorModelTest::togglingChangesThePermanentState_data()
+void RepoEditorModelTest::togglingThePermanentBoxChangesThePermanentState_data()
 {
     QTest::addColumn<int>("enabled");
     QTest::addColumn<bool>("byDefault");
@@ -317,7 +317,7 @@ void RepoEditorModelTest::togglingChangesThePermanentState_data()
     QTest::newRow("not specified, off by default") << 1 << false << 2 << 0;
 }
 
-void RepoEditorModelTest::togglingChangesThePermanentState()
+void RepoEditorModelTest::togglingThePermanentBoxChangesThePermanentState()
 {
     QFETCH(int, enabled);
     QFETCH(bool, byDefault);
@@ -351,7 +351,7 @@ void RepoEditorModelTest::togglingWithoutARowDoesNothing()
     QCOMPARE(uses.size() + configs.size(), 0);
 }
 
-void RepoEditorModelTest::browsingOpensTheUrl()
+void RepoEditorModelTest::browseOpensTheUrl()
 {
     backEnd->installBrowser();
     model->browse(model->index(1, IdentifierColumn), nullptr);
@@ -361,7 +361,7 @@ void RepoEditorModelTest::browsingOpensTheUrl()
     QVERIFY(!BackEnd::wasBrowsed());
 }
 
-void RepoEditorModelTest::browsingIgnoresRowsBeyondTheNumberOfPackages()
+void RepoEditorModelTest::browseHasNoEffectInRowsBeyondTheNumberOfPackages()
 {
     backEnd->installBrowser();
     backEnd->collect(1);

@@ -41,22 +41,22 @@ private Q_SLOTS:
     void keysMakeARowCurrent();
     void clickingAHeaderSortsByIt();
     void columnsCanBeMoved();
-    void theCurrentRowIsSignalled();
-    void theCurrentColumnIsNotSignalled();
+    void aChangeOfTheCurrentRowIsSignalled();
+    void aChangeOfTheCurrentColumnIsNotSignalled();
     void aResetSignalsThatNoRowIsCurrent();
     void theCurrentRowCanBeSet();
-    void selectedRowsAreSourceRows();
+    void selectedRowsReturnsRowsOfTheSourceModel();
     void oneClickTogglesTheUse();
     void oneClickTogglesThePermanentState();
     void clicksOnTheTextToggleNothing();
     void theRightButtonTogglesNothing();
-    void aMovedColumnKeepsItsFunction();
-    void aDoubleClickActivatesTheSourceRow();
+    void aColumnWorksAfterItWasMoved();
+    void aDoubleClickSignalsTheSourceRow();
     void theTextColumnsHaveAMenu();
     void theBoxesHaveNoMenu();
     void theMenuOpensOverEmptySpaceToo();
     void theHeaderHasNoMenu();
-    void theMenuIsMadeOnce();
+    void theMenuIsMadeOnlyOnce();
 
 private:
     int listedRow(const QString& id) const
@@ -165,7 +165,7 @@ void RepoEditorViewTest::focusAloneMakesNoRowCurrent()
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
     QCOMPARE(QApplication::focusWidget(), view);
     QCOMPARE(view->currentRow(), -1);
-    // The current row stays the same.
+    // The current row does not change.
     click(QStringLiteral("base"), IdentifierColumn);
     QTest::keyClick(view, Qt::Key_Tab);
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
@@ -203,7 +203,7 @@ void RepoEditorViewTest::columnsCanBeMoved()
     QCOMPARE(listed(), (QStringList{"base", "extras", "updates"}));
 }
 
-void RepoEditorViewTest::theCurrentRowIsSignalled()
+void RepoEditorViewTest::aChangeOfTheCurrentRowIsSignalled()
 {
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
     click(QStringLiteral("updates"), IdentifierColumn);
@@ -216,7 +216,7 @@ void RepoEditorViewTest::theCurrentRowIsSignalled()
     QCOMPARE(rows, (QList<QPair<int, int>>{{0, -1}, {1, 0}, {-1, 1}}));
 }
 
-void RepoEditorViewTest::theCurrentColumnIsNotSignalled()
+void RepoEditorViewTest::aChangeOfTheCurrentColumnIsNotSignalled()
 {
     click(QStringLiteral("updates"), IdentifierColumn);
     QSignalSpy spy(view, SIGNAL(currentChanged(int, int)));
@@ -248,7 +248,7 @@ void RepoEditorViewTest::theCurrentRowCanBeSet()
     QCOMPARE(view->currentRow(), -1);
 }
 
-void RepoEditorViewTest::selectedRowsAreSourceRows()
+void RepoEditorViewTest::selectedRowsReturnsRowsOfTheSourceModel()
 {
     click(QStringLiteral("updates"), IdentifierColumn);
     click(QStringLiteral("base"), IdentifierColumn, Qt::LeftButton, Qt::ControlModifier);
@@ -301,7 +301,7 @@ void RepoEditorViewTest::theRightButtonTogglesNothing()
     QCOMPARE(uses.size(), 0);
 }
 
-void RepoEditorViewTest::aMovedColumnKeepsItsFunction()
+void RepoEditorViewTest::aColumnWorksAfterItWasMoved()
 {
     view->horizontalHeader()->moveSection(SessionColumn, 2);
     QSignalSpy uses(model.get(), SIGNAL(useChanged()));
@@ -309,7 +309,7 @@ void RepoEditorViewTest::aMovedColumnKeepsItsFunction()
     QCOMPARE(uses.size(), 1);
 }
 
-void RepoEditorViewTest::aDoubleClickActivatesTheSourceRow()
+void RepoEditorViewTest::aDoubleClickSignalsTheSourceRow()
 {
     QSignalSpy activated(view, SIGNAL(activated(const QModelIndex&)));
     const QPoint where = view->viewport()->mapTo(window.get(), place(QStringLiteral("updates"), NameColumn));
@@ -374,7 +374,7 @@ void RepoEditorViewTest::theHeaderHasNoMenu()
         [](QMenu&) {}));
 }
 
-void RepoEditorViewTest::theMenuIsMadeOnce()
+void RepoEditorViewTest::theMenuIsMadeOnlyOnce()
 {
     const QList<QMenu*> before = view->findChildren<QMenu*>();
     const ContextMenu* menu = view->getContextMenu();

@@ -60,7 +60,7 @@ void RepoFileTest::theContentsOfAFileAreRead_data()
 {
     QTest::addColumn<QByteArray>("contents");
     QTest::addColumn<QString>("text");
-    // M: byte order mark, R: carriage returns, A: ASCII, P: plain.
+    // Letters in the expected values: M byte order mark, R carriage returns, A ASCII, P plain.
     QTest::addColumn<QString>("kind");
     QTest::newRow("nothing") << QByteArray("") << QString("") << QString("AP");
     QTest::newRow("lines") << QByteArray("a\nb\n") << QString("a\nb\n") << QString("AP");
@@ -136,7 +136,7 @@ void RepoFileTest::aRepositoryMayBeAsLargeAsTheLimit()
     QCOMPARE(stateOf(whole + '#'), int(File::LeftAlone));
     QCOMPARE(stateOf(whole + '#' + whole), int(File::LeftAlone));
     QCOMPARE(stateOf("[a]\n" + whole + "\n[b]\n"), int(File::LeftAlone));
-    // The text above the first section is not a part of a repository.
+    // The text above the first section does not belong to a repository.
     QCOMPARE(stateOf("#" + whole + '#'), int(File::Text));
     QCOMPARE(stateOf("[main]\n#" + whole), int(File::Text));
     QCOMPARE(stateOf("#\n[main]\n[main]\n#" + whole + "[main]\n"), int(File::Text));
@@ -176,7 +176,7 @@ void RepoFileTest::readingNeverBlocks()
 {
     QCOMPARE(mkfifo(localPath("pipe").constData(), 0644), 0);
     QCOMPARE(int(File::read(path("pipe")).state), int(File::LeftAlone));
-    // The read does not block even if a pipe with a writer replaces the file after the call of stat().
+    // The read does not block even if a pipe with a writer replaces the file after stat().
     put("");
     struct stat status;
     QCOMPARE(stat(localPath("x").constData(), &status), 0);

@@ -17,7 +17,7 @@ namespace {
 struct Auth
 {
     bool found;
-    QStringList pieces; // name key, name, password key, password
+    QStringList pieces; // the order: name key, name, password key, password
 };
 
 template <typename Source> Auth authOf(const Source& source)
@@ -61,7 +61,7 @@ class RepoVantorTest : public QObject
 private Q_SLOTS:
     void credentialsAreFound_data();
     void credentialsAreFound();
-    void withoutCredentialsThePiecesAreCleared();
+    void thePiecesAreEmptyIfCredentialsAreMissing();
     void theUrlsOfARepositoryComeBeforeItsMirrorList();
     void theMirrorListIsSearchedIfTheUrlsHaveNoCredentials();
     void aNameWithBlankAndAmpersandIsEncoded();
@@ -70,7 +70,7 @@ private Q_SLOTS:
     void ordinaryCharactersAreNotChanged();
     void writtenCredentialsAreReadBack_data();
     void writtenCredentialsAreReadBack();
-    void escapesOfEitherCaseAreDecoded();
+    void escapesInUpperOrLowerCaseAreDecoded();
     void brokenEscapesAreNotChanged();
     void everyCredentialUrlGetsTheSameCredentials();
     void theKeysAreKept();
@@ -81,8 +81,8 @@ private Q_SLOTS:
     void theExpressionForUrlsCapturesEachPassword();
     void theFirstPlaceInAUrlIsItsPassword_data();
     void theFirstPlaceInAUrlIsItsPassword();
-    void capturesOfTheExpressionsArePlacesOfPasswords();
-    void replacedTextsAreMatchesOfTheExpression();
+    void theExpressionsCaptureOnlyPasswords();
+    void exactlyTheMatchesOfTheExpressionAreReplaced();
 };
 
 void RepoVantorTest::credentialsAreFound_data()
@@ -102,7 +102,7 @@ void RepoVantorTest::credentialsAreFound_data()
                                   << QStringList{"u", "bob", "p", "secret"};
     QTest::newRow("empty") << QString() << false << none;
     QTest::newRow("no mark") << "http://h/x?u=bob&p=secret&path=/x" << false << none;
-    QTest::newRow("mark with another letter case")
+    QTest::newRow("mark in different letter case")
         << "http://h/Vantor?u=bob&p=secret&path=/x" << false << none;
     QTest::newRow("no name key") << "http://h/vantor?u" << false << none;
     QTest::newRow("no end of the name") << "http://h/vantor?u=bob" << false << none;
@@ -118,7 +118,7 @@ void RepoVantorTest::credentialsAreFound()
     QTEST(auth.pieces, "pieces");
 }
 
-void RepoVantorTest::withoutCredentialsThePiecesAreCleared()
+void RepoVantorTest::thePiecesAreEmptyIfCredentialsAreMissing()
 {
     QCOMPARE(authOf(Entry()).pieces, (QStringList{QString(), QString(), QString(), QString()}));
 }
@@ -195,7 +195,7 @@ void RepoVantorTest::writtenCredentialsAreReadBack()
     QVERIFY(url.endsWith(QStringLiteral("&path=/x")));
 }
 
-void RepoVantorTest::escapesOfEitherCaseAreDecoded()
+void RepoVantorTest::escapesInUpperOrLowerCaseAreDecoded()
 {
     QCOMPARE(password(QStringLiteral("/vantor?u=&p=%2F%2f%c3%C3&path=")), QString::fromLatin1("//\xc3\xc3"));
 }
@@ -298,7 +298,7 @@ void RepoVantorTest::theFirstPlaceInAUrlIsItsPassword()
     QCOMPARE(url.mid(places.first().begin, places.first().length), password(url));
 }
 
-void RepoVantorTest::capturesOfTheExpressionsArePlacesOfPasswords()
+void RepoVantorTest::theExpressionsCaptureOnlyPasswords()
 {
     std::mt19937 random(6);
     int captured = 0;
@@ -329,7 +329,7 @@ void RepoVantorTest::capturesOfTheExpressionsArePlacesOfPasswords()
     QVERIFY(captured > 200);
 }
 
-void RepoVantorTest::replacedTextsAreMatchesOfTheExpression()
+void RepoVantorTest::exactlyTheMatchesOfTheExpressionAreReplaced()
 {
     std::mt19937 random(7);
     int replaced = 0;

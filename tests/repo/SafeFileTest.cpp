@@ -44,8 +44,8 @@ bool createNow(const QString& path, const QByteArray& text, mode_t mode = 0666)
 }
 
 // Runs `work` in a traced child, which stops at the beginning and at the end of each system call. Kills the
-// child at the stop with the number `stop`, and appends the numbers of its system calls to the list. Returns
-// true if `work` ends before this stop.
+// child at the stop with the number `stop`. Appends the numbers of the child's system calls to the list.
+// Returns true if `work` ends before this stop.
 bool runUntil(int stop, const std::function<void()>& work, QList<quint64>* calls = nullptr)
 {
     const pid_t child = fork();
@@ -92,22 +92,22 @@ private Q_SLOTS:
 
     void aFileIsReplaced();
     void aFileIsMade();
-    void ownerModeAndAttributesStay();
+    void aReplacedFileKeepsOwnerModeAndAttributes();
     void rightsOfOthersCanBeRemoved();
     void linksAreFollowed();
     void allNamesOfAFileGetTheNewText();
     void aFileInAReadOnlyDirectoryIsReplaced();
-    void aFileChangedByAnotherProgramStays();
-    void aFileChangedDuringTheReplacementStays();
-    void aFileCreatedMeanwhileStays();
-    void anUncommittedFileLeavesNothing();
+    void aFileThatAnotherProgramHasChangedIsNotOverwritten();
+    void aFileThatChangesDuringTheReplacementIsNotOverwritten();
+    void aFileThatAnotherProgramHasCreatedIsNotOverwritten();
+    void anUncommittedFileIsRemoved();
     void theTextIsOnTheDiskBeforeItsNameChanges();
-    void aFullDiskLeavesTheOldText_data();
-    void aFullDiskLeavesTheOldText();
-    void aKilledProgramLeavesTheOldTextOrTheNew_data();
-    void aKilledProgramLeavesTheOldTextOrTheNew();
+    void theOldTextIsKeptIfTheDiskIsFull_data();
+    void theOldTextIsKeptIfTheDiskIsFull();
+    void aKilledProgramLeavesEitherTheOldOrTheNewText_data();
+    void aKilledProgramLeavesEitherTheOldOrTheNewText();
     void aKilledProgramLeavesNoFileOrACompleteOne();
-    void leftoversOfRunningProgramsAndOtherUsersStay();
+    void leftoversOfRunningProgramsAndOtherUsersAreKept();
     void leftoversAreNotReadAsRepositoryFiles();
 
 private:
@@ -167,7 +167,7 @@ void SafeFileTest::aFileIsMade()
              QStringList({QStringLiteral("x.repo"), QStringLiteral("y.repo"), QStringLiteral("z.repo")}));
 }
 
-void SafeFileTest::ownerModeAndAttributesStay()
+void SafeFileTest::aReplacedFileKeepsOwnerModeAndAttributes()
 {
     const QString file = path(QStringLiteral("x.repo"));
     const QByteArray name = QFile::encodeName(file);
@@ -179,7 +179,7 @@ void SafeFileTest::ownerModeAndAttributesStay()
     const ino_t before = statusOf(file).st_ino;
     QVERIFY(replaceNow(file, oldText, newText));
     const struct stat status = statusOf(file);
-    QVERIFY(status.st_ino != before); // a new file, so owner and mode were copied
+    QVERIFY(status.st_ino != before); // the file is new, so VYRE has copied owner and mode
     QCOMPARE(status.st_uid, owner);
     QCOMPARE(status.st_gid, group);
     QCOMPARE(int(status.st_mode & 07777), 0664);
@@ -201,7 +201,7 @@ void SafeFileTest::rightsOfOthersCanBeRemoved()
     SafeFile again;
     QVERIFY(again.replace(file, newText, oldText, false) && again.commit());
     QVERIFY(!again.hasRemovedRights());
-    // The rights are also removed if the file itself is overwritten.
+    // Overwriting the file itself also removes the rights.
     QCOMPARE(chmod(QFile::encodeName(file).constData(), 0604), 0);
     QVERIFY(QFile::exists(file));
     QCOMPARE(
@@ -246,7 +246,7 @@ void SafeFileTest::aFileInAReadOnlyDirectoryIsReplaced()
     QCOMPARE(chmod(QFile::encodeName(path(QStringLiteral("x.repo"))).constData(), 0666), 0);
     QCOMPARE(seteuid(65534), 0);
     const bool good = replaceNow(path(QStringLiteral("x.repo")), oldText, newText);
-    // Without a directory for the copy, nothing is written.
+    // If the directory for the copy is missing, nothing is written.
     managedRoot.set("/nowhere");
     const EnvironmentVariable temporary("TMPDIR", "/nowhere");
     const bool unsafe = replaceNow(path(QStringLiteral("x.repo")), newText, oldText);
@@ -258,7 +258,7 @@ void SafeFileTest::aFileInAReadOnlyDirectoryIsReplaced()
     QCOMPARE(names(), QStringList({QStringLiteral("var"), QStringLiteral("x.repo")}));
 }
 
-void SafeFileTest::aFileChangedByAnotherProgramStays()
+void SafeFileTest::aFileThatAnotherProgramHasChangedIsNotOverwritten()
 {
     SafeFile file;
     QVERIFY(!file.replace(path(QStringLiteral("x.repo")), "another text", newText));
@@ -268,7 +268,7 @@ void SafeFileTest::aFileChangedByAnotherProgramStays()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::aFileChangedDuringTheReplacementStays()
+void SafeFileTest::aFileThatChangesDuringTheReplacementIsNotOverwritten()
 {
     SafeFile file;
     QVERIFY(file.replace(path(QStringLiteral("x.repo")), oldText, newText));
@@ -278,7 +278,7 @@ void SafeFileTest::aFileChangedDuringTheReplacementStays()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), QByteArray("of others"));
 }
 
-void SafeFileTest::aFileCreatedMeanwhileStays()
+void SafeFileTest::aFileThatAnotherProgramHasCreatedIsNotOverwritten()
 {
     {
         SafeFile file;
@@ -296,7 +296,7 @@ void SafeFileTest::aFileCreatedMeanwhileStays()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), oldText);
 }
 
-void SafeFileTest::anUncommittedFileLeavesNothing()
+void SafeFileTest::anUncommittedFileIsRemoved()
 {
     {
         SafeFile replaced;
@@ -327,7 +327,7 @@ void SafeFileTest::theTextIsOnTheDiskBeforeItsNameChanges()
     QVERIFY(written >= 0 && written < synced && synced < renamed);
     QVERIFY(calls.lastIndexOf(SYS_fsync) > renamed); // the directory
 
-    // For many files, the whole file system is synchronized once.
+    // If many files change, SafeFile synchronizes the whole file system once.
     calls.clear();
     QVERIFY(runUntil(
         -1,
@@ -350,14 +350,14 @@ void SafeFileTest::theTextIsOnTheDiskBeforeItsNameChanges()
     QVERIFY(calls.indexOf(SYS_syncfs) < calls.indexOf(SYS_renameat2));
 }
 
-void SafeFileTest::aFullDiskLeavesTheOldText_data()
+void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull_data()
 {
     QTest::addColumn<bool>("inPlace");
     QTest::newRow("a file beside") << false;
     QTest::newRow("the file itself") << true;
 }
 
-void SafeFileTest::aFullDiskLeavesTheOldText()
+void SafeFileTest::theOldTextIsKeptIfTheDiskIsFull()
 {
     if (!SmallDisk::possible()) {
         QSKIP("only root has a file system of its own, and only where \"/\" is a mount point");
@@ -389,18 +389,18 @@ void SafeFileTest::aFullDiskLeavesTheOldText()
         ++(good ? successes : failures);
         QCOMPARE(names().size(), inPlace ? 3 : 2);
     }
-    // The first writes have too little space, later writes have enough.
+    // The first writes must fail for lack of space, and later writes must succeed.
     QVERIFY2(failures >= 4 && successes >= 2, QByteArray::number(failures));
 }
 
-void SafeFileTest::aKilledProgramLeavesTheOldTextOrTheNew_data()
+void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText_data()
 {
     QTest::addColumn<bool>("inPlace");
     QTest::newRow("a file beside") << false;
     QTest::newRow("the file itself") << true;
 }
 
-void SafeFileTest::aKilledProgramLeavesTheOldTextOrTheNew()
+void SafeFileTest::aKilledProgramLeavesEitherTheOldOrTheNewText()
 {
     QFETCH(bool, inPlace);
     const QString file = path(QStringLiteral("x.repo"));
@@ -436,7 +436,7 @@ void SafeFileTest::aKilledProgramLeavesTheOldTextOrTheNew()
             QCOMPARE(get(left.first()), oldText);
         }
         leftovers += names().size() > (inPlace ? 2 : 1) ? 1 : 0;
-        // The leftovers prevent nothing.
+        // The leftovers do not prevent the next write.
         SafeFile::removeLeftovers(root->path());
         QCOMPARE(names().size(), (inPlace ? 2 : 1) + left.size());
         QVERIFY(replaceNow(file, found, QByteArray("the next\n")));
@@ -474,7 +474,7 @@ void SafeFileTest::aKilledProgramLeavesNoFileOrACompleteOne()
     QVERIFY(before > 5);
 }
 
-void SafeFileTest::leftoversOfRunningProgramsAndOtherUsersStay()
+void SafeFileTest::leftoversOfRunningProgramsAndOtherUsersAreKept()
 {
     SafeFile living;
     QVERIFY(living.replace(path(QStringLiteral("x.repo")), oldText, newText));

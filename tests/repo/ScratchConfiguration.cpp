@@ -123,7 +123,7 @@ void ScratchConfiguration::init()
 
 void ScratchConfiguration::cleanup()
 {
-    // The test must have checked every box.
+    // The test must have checked every message box.
     QCOMPARE(user->seen.size(), 0);
 }
 

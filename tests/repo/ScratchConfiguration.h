@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class of the tests of YumConfIO. Each test function gets a new configuration in its own managed
-// root. A simulated user answers the message boxes, by default with Return.
+// The base class for tests of YumConfIO. Each test function gets a new configuration in its own managed root.
+// A simulated user answers the message boxes, by default with Return.
 
 #ifndef TESTS_REPO_SCRATCHCONFIGURATION_H
 #define TESTS_REPO_SCRATCHCONFIGURATION_H
@@ -39,9 +39,11 @@ protected:
     static mode_t modeOf(const QString& absolute);
     static void linkTo(const QString& target, const QString& link);
     static QString withErrno(const QString& message, int code);
-    // Checks that only one box was shown, and that it is an error with this text. Removes it from the record.
+    // Checks that only one box was shown, and that it shows an error with this text. Removes the box from the
+    // record.
     void compareError(const QString& text);
-    // Checks that only one box was shown, and that it asks whether to read these changed files again.
+    // Checks that only one box was shown, and that it asks whether to read these changed files again. Removes
+    // the box from the record.
     void compareNothingIsWritten(const QStringList& paths);
 
     std::unique_ptr<QTemporaryDir> root;
@@ -58,8 +60,8 @@ private Q_SLOTS:
     void cleanup();
 };
 
-// Until the end of the scope, the process runs without the privileges of root, because permissions do not
-// restrict root.
+// Until the end of the scope, the process runs without the privileges of root, so that file permissions
+// restrict it.
 class OrdinaryUser
 {
 public:

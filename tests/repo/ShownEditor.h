@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class of the tests of the repository editor. It has the editor with three repositories, access to
-// its contents, and the simulated input of the user.
+// The base class for tests of the repository editor. It has the editor with three repositories, access to its
+// contents, and simulated user input.
 
 #ifndef TESTS_REPO_SHOWNEDITOR_H
 #define TESTS_REPO_SHOWNEDITOR_H
@@ -27,10 +27,11 @@ class ShownEditor : public QObject
 protected:
     using Use = std::function<void()>;
 
-    // Runs the dialog with the actions of the user. Afterwards it closes the dialog if it is still open.
+    // Runs the dialog. The given function acts as the user. Afterwards, the dialog is closed if it is still
+    // open.
     int run(const Use& use);
-    // `open` opens the form, and `use` contains the actions of the user in it. Afterwards this function
-    // cancels the form if it is still open.
+    // `open` opens the form, and `use` acts as the user in the form. Afterwards, the form is cancelled if it
+    // is still open.
     bool withForm(const Use& open, const Use& use);
     // Answers the message boxes that the function opens.
     QList<ShownBox> withBoxes(const Use& open, const char* button = "&Yes");

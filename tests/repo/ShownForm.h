@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class of the tests of the form of a repository. It has the form in a window, and repositories for
-// it.
+// The base class for tests of the repository form. It has the form in a window, and repositories for the
+// form.
 
 #ifndef TESTS_REPO_SHOWNFORM_H
 #define TESTS_REPO_SHOWNFORM_H

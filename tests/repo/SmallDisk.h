@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Mounts a small file system on a directory, only for this process and until its end. Only root can do this.
+// Mounts a small file system on a directory. Only this process sees it, and it ends with the process. Only
+// root can mount.
 
 #ifndef TESTS_REPO_SMALLDISK_H
 #define TESTS_REPO_SMALLDISK_H
@@ -27,7 +28,7 @@ public:
                mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
     }
 
-    // Mounts the file system over the directory. The contents of the directory are hidden meanwhile.
+    // Mounts the file system over the directory, and so hides the directory's own contents.
     explicit SmallDisk(const QString& directory) : place(QFile::encodeName(directory))
     {
         if (mount("tmpfs", place.constData(), "tmpfs", 0, "size=256k,mode=755") != 0) {

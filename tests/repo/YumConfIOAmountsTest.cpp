@@ -7,7 +7,7 @@
 #include "app/base/RepositoryFileLimit.h"
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests that files of any size are read and written in an acceptable time.
+// Tests that reading and writing is fast enough for files of any size.
 class YumConfIOAmountsTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -48,8 +48,7 @@ void YumConfIOAmountsTest::tenThousandRepositoriesDoNotTakeLong()
     QCOMPARE(conf->entries.size(), 10000);
     conf->entries[5000].name = QStringLiteral("new");
     QCOMPARE(conf->write(window.get()), !alike);
-    // The comparison of each pair of identifiers would need much more time, and so would reading byte by
-    // byte.
+    // If the program compared each pair of identifiers, or read byte by byte, it would need much more time.
     QVERIFY2(time.elapsed() < 20000, QByteArray::number(time.elapsed()));
     qInfo("%lld ms", time.elapsed());
     if (alike) {

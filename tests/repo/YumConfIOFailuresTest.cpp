@@ -10,14 +10,14 @@
 #include "tests/repo/ScratchConfiguration.h"
 #include "tests/repo/SmallDisk.h"
 
-// Tests that failures to read or write a file are reported, and that no data are lost.
+// Tests that the user learns about failures to read or write a file, and that no data are lost.
 class YumConfIOFailuresTest : public ScratchConfiguration
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void changedIsSignalledOnlyAfterASuccessfulRead();
-    void writingNeitherReadsNorSignals();
+    void writingDoesNotReadTheFilesAgainAndSignalsNothing();
     void anUnreadableMainFileIsReported();
     void aMissingMainFileIsReported();
     void aRepositoryFileThatCannotBeExaminedIsReported();
@@ -38,7 +38,7 @@ private Q_SLOTS:
     void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data();
     void aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten();
     void aFileThatCannotBeRemovedIsReported();
-    void theErrorHasTheRightWindow();
+    void theErrorIsShownOverTheGivenWindow();
 };
 
 void YumConfIOFailuresTest::changedIsSignalledOnlyAfterASuccessfulRead()
@@ -52,7 +52,7 @@ void YumConfIOFailuresTest::changedIsSignalledOnlyAfterASuccessfulRead()
     QCOMPARE(changed.size(), 1);
 }
 
-void YumConfIOFailuresTest::writingNeitherReadsNorSignals()
+void YumConfIOFailuresTest::writingDoesNotReadTheFilesAgainAndSignalsNothing()
 {
     putRepo(QStringLiteral("f.repo"), "[x]\nname=a\n");
     QVERIFY(conf->read(window.get()));
@@ -123,7 +123,7 @@ void YumConfIOFailuresTest::aReadErrorOfTheMainFileIsReported()
 
 void YumConfIOFailuresTest::aReadErrorOfARepositoryFileIsReported()
 {
-    // No memory is mapped at address 0, so reading fails.
+    // Reading this file fails, because no memory is mapped at address 0.
     linkTo(QStringLiteral("/proc/self/mem"), repoPath(QStringLiteral("m.repo")));
     QVERIFY(!conf->read(window.get()));
     compareError(withErrno(QStringLiteral("Error reading repository configuration file ") +
@@ -261,14 +261,14 @@ void YumConfIOFailuresTest::aFullDiskIsReported()
     compareError(withErrno(QStringLiteral("Unable to write repository configuration file ") +
                                repoPath(QStringLiteral("b.repo")),
                            ENOSPC));
-    // The space was enough for only one file. Both files are unchanged, and no other file exists.
+    // The free space was enough for only one file, so both files are unchanged. No other file exists.
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\n#"));
     QCOMPARE(getRepo(QStringLiteral("b.repo")), text);
     QCOMPARE(get(mainPath()), QByteArray("[main]\n"));
     QCOMPARE(QDir(path(QStringLiteral("etc/yum.repos.d")))
                  .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
              QStringList({QStringLiteral("a.repo"), QStringLiteral("b.repo"), QStringLiteral("filler")}));
-    // With enough space, both files are written.
+    // If the space is sufficient, both files are written.
     QVERIFY(QFile::remove(repoPath(QStringLiteral("filler"))));
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("a.repo")).startsWith("[a]\nname=new\n#"));
@@ -292,7 +292,7 @@ void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeMade(
     QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[moved]\n"));
 }
 
-// A file with two names is overwritten in place, so a write error occurs only during this write.
+// VYRE overwrites a file with two names in place, so a write error can occur only at this time.
 void YumConfIOFailuresTest::aMovedRepositoryIsNotLostWhenItsNewFileCannotBeOverwritten_data()
 {
     QTest::addColumn<QString>("from");
@@ -352,7 +352,7 @@ void YumConfIOFailuresTest::aFileThatCannotBeRemovedIsReported()
     QCOMPARE(getRepo(QStringLiteral("u.repo")), QByteArray("[u]\n"));
 }
 
-void YumConfIOFailuresTest::theErrorHasTheRightWindow()
+void YumConfIOFailuresTest::theErrorIsShownOverTheGivenWindow()
 {
     putRepo(QStringLiteral("f.repo"), "[x\n");
     QWidget other;

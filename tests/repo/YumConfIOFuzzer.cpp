@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Passes the inputs of a fuzzer to the reader of the configuration files. Checks that nothing is lost when
-// the files are written and read again. An input contains the main file and two repository files, separated
-// by the byte 0x1F.
+// Passes a fuzzer's inputs to the reader of the configuration files. Checks that nothing is lost when the
+// files are written and read again. Each input contains the main file and two repository files, separated by
+// the byte 0x1F.
 
 #include <QApplication>
 #include <QDir>
@@ -141,12 +141,12 @@ void check(YumConfIO& conf)
     }
     for (const Repo::Entry& each : qAsConst(conf.entries)) {
         if (each.file == surroundings->files.first() && each.id == QLatin1String("main")) {
-            // This is a second main section. If the sections between both are dropped, it becomes a part of
-            // the first.
+            // This section is a second main section. If the sections between the two are dropped, it becomes
+            // a part of the first main section.
             return;
         }
     }
-    // All entries are edited, because unedited files with letters beyond ASCII stay unchanged.
+    // The fuzzer edits all entries, because unedited files with letters beyond ASCII are not written.
     const QString line = QStringLiteral("#\n");
     if (!conf.mainText.isEmpty()) {
         conf.mainText += line;
@@ -178,7 +178,7 @@ void check(YumConfIO& conf)
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // The Qt platform prints a warning for each message box.
+    // Qt prints a warning for each message box.
     qputenv("QT_LOGGING_RULES", "default.warning=false");
     surroundings = new Surroundings;
     std::atexit([] { surroundings->root.remove(); });

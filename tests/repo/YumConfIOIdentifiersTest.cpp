@@ -10,18 +10,18 @@ class YumConfIOIdentifiersTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void duplicatesAndMissingIdentifiersAreAskedAbout();
+    void theUserIsAskedAboutDuplicateAndMissingIdentifiers();
     void decliningWritesNothing_data();
     void decliningWritesNothing();
-    void agreeingKeepsTheFirstRepositoryOfEachIdentifier();
-    void missingIdentifiersAloneAreAskedAbout();
-    void duplicatesAloneAreAskedAbout();
+    void agreeingKeepsTheFirstRepositoryWithEachIdentifier();
+    void theUserIsAskedAboutMissingIdentifiersAlone();
+    void theUserIsAskedAboutDuplicateIdentifiersAlone();
     void anIdentifierUsedThreeTimesIsListedThreeTimes();
     void severalDuplicatesAreListedInOrder();
-    void identifiersOfAnotherCaseAreNoDuplicates();
+    void identifiersInDifferentLetterCaseAreNoDuplicates();
 };
 
-void YumConfIOIdentifiersTest::duplicatesAndMissingIdentifiersAreAskedAbout()
+void YumConfIOIdentifiersTest::theUserIsAskedAboutDuplicateAndMissingIdentifiers()
 {
     conf->entries = {made(QStringLiteral("a")), made(QString()), made(QStringLiteral("a"))};
     user->answer = AnsweringUser::click(QMessageBox::No);
@@ -66,7 +66,7 @@ void YumConfIOIdentifiersTest::decliningWritesNothing()
     QCOMPARE(conf->entries.last().file, QString());
 }
 
-void YumConfIOIdentifiersTest::agreeingKeepsTheFirstRepositoryOfEachIdentifier()
+void YumConfIOIdentifiersTest::agreeingKeepsTheFirstRepositoryWithEachIdentifier()
 {
     putMain("[main]\n[b]\n[a]\nname=first\n[a]\nname=second\n");
     QVERIFY(conf->read(window.get()));
@@ -84,7 +84,7 @@ void YumConfIOIdentifiersTest::agreeingKeepsTheFirstRepositoryOfEachIdentifier()
     QCOMPARE(getRepo(QStringLiteral("c.repo")), QByteArray("[c]\n"));
 }
 
-void YumConfIOIdentifiersTest::missingIdentifiersAloneAreAskedAbout()
+void YumConfIOIdentifiersTest::theUserIsAskedAboutMissingIdentifiersAlone()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries = {made(QString()), made(QString())};
@@ -96,7 +96,7 @@ void YumConfIOIdentifiersTest::missingIdentifiersAloneAreAskedAbout()
     QCOMPARE(conf->entries.size(), 0);
 }
 
-void YumConfIOIdentifiersTest::duplicatesAloneAreAskedAbout()
+void YumConfIOIdentifiersTest::theUserIsAskedAboutDuplicateIdentifiersAlone()
 {
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("a"))};
     user->answer = AnsweringUser::click(QMessageBox::No);
@@ -128,7 +128,7 @@ void YumConfIOIdentifiersTest::severalDuplicatesAreListedInOrder()
     QVERIFY(user->seen.takeFirst().text.contains(QStringLiteral(" b, a.  Only")));
 }
 
-void YumConfIOIdentifiersTest::identifiersOfAnotherCaseAreNoDuplicates()
+void YumConfIOIdentifiersTest::identifiersInDifferentLetterCaseAreNoDuplicates()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries = {made(QStringLiteral("a")), made(QStringLiteral("A"))};

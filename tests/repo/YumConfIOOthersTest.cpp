@@ -13,21 +13,21 @@ class YumConfIOOthersTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void editedFilesChangedByOtherProgramsStay_data();
-    void editedFilesChangedByOtherProgramsStay();
-    void changedFilesAreReadAgainOnRequest();
-    void changesOfOtherProgramsToUneditedFilesStay();
-    void filesCreatedByOtherProgramsStay();
+    void editedFilesThatOtherProgramsHaveChangedAreNotOverwritten_data();
+    void editedFilesThatOtherProgramsHaveChangedAreNotOverwritten();
+    void changedFilesAreReadAgainIfTheUserAgrees();
+    void changesByOtherProgramsToUneditedFilesAreKept();
+    void filesThatOtherProgramsHaveCreatedAreKept();
     void aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram();
-    void ourOwnWritesAreNotChangesOfOtherPrograms();
-    void aNewMainFileWithPrecedenceStopsTheWriting();
-    void afterAFailedReadNothingIsLost();
-    void aDirectoryInPlaceOfAFileStopsTheWriting();
+    void ourOwnWritesAreNotTakenForChangesByOtherPrograms();
+    void nothingIsWrittenIfAMainFileWithPrecedenceAppears();
+    void unreadSectionsAreKeptAfterAFailedRead();
+    void nothingIsWrittenIfADirectoryReplacesAFile();
     void aRemovedDirectoryIsNotMadeAgain();
     void leftoversOfAKilledProgramAreFound();
 };
 
-void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay_data()
+void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritten_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("removed");
@@ -37,7 +37,7 @@ void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay_data()
     QTest::newRow("a repository of the main file is removed") << QStringLiteral("etc/yum.conf") << true;
 }
 
-void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay()
+void YumConfIOOthersTest::editedFilesThatOtherProgramsHaveChangedAreNotOverwritten()
 {
     QFETCH(QString, name);
     QFETCH(bool, removed);
@@ -46,7 +46,7 @@ void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay()
     putRepo(QStringLiteral("b.repo"), "[b]\nname=b\n");
     putRepo(QStringLiteral("comments.repo"), "# only\n");
     QVERIFY(conf->read(window.get()));
-    // The size and the modification time stay the same. Only the change time differs, because no program can
+    // The size and the modification time do not change. Only the change time differs, because no program can
     // set it.
     const struct timespec times[] = {{1700000000, 0}, {1700000000, 0}};
     put(file, "[a]\nname=two\n");
@@ -73,7 +73,7 @@ void YumConfIOOthersTest::editedFilesChangedByOtherProgramsStay()
     QVERIFY(!get(file).contains("one"));
 }
 
-void YumConfIOOthersTest::changedFilesAreReadAgainOnRequest()
+void YumConfIOOthersTest::changedFilesAreReadAgainIfTheUserAgrees()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -92,7 +92,7 @@ void YumConfIOOthersTest::changedFilesAreReadAgainOnRequest()
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=mine\n"));
 }
 
-void YumConfIOOthersTest::changesOfOtherProgramsToUneditedFilesStay()
+void YumConfIOOthersTest::changesByOtherProgramsToUneditedFilesAreKept()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo"), "[b]\n");
@@ -123,7 +123,7 @@ void YumConfIOOthersTest::changesOfOtherProgramsToUneditedFilesStay()
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("gone.repo"))));
 }
 
-void YumConfIOOthersTest::filesCreatedByOtherProgramsStay()
+void YumConfIOOthersTest::filesThatOtherProgramsHaveCreatedAreKept()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -153,7 +153,7 @@ void YumConfIOOthersTest::aNewRepositoryDoesNotOverwriteAFileOfAnotherProgram()
     QCOMPARE(get(path(QStringLiteral("passwd"))), QByteArray("root\n"));
 }
 
-void YumConfIOOthersTest::ourOwnWritesAreNotChangesOfOtherPrograms()
+void YumConfIOOthersTest::ourOwnWritesAreNotTakenForChangesByOtherPrograms()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n[b]\n");
     QVERIFY(conf->read(window.get()));
@@ -175,7 +175,7 @@ void YumConfIOOthersTest::ourOwnWritesAreNotChangesOfOtherPrograms()
     QCOMPARE(getRepo(QStringLiteral("new0.repo")), QByteArray("[new0]\n"));
 }
 
-void YumConfIOOthersTest::aNewMainFileWithPrecedenceStopsTheWriting()
+void YumConfIOOthersTest::nothingIsWrittenIfAMainFileWithPrecedenceAppears()
 {
     putMain("[main]\n[a]\n");
     QVERIFY(conf->read(window.get()));
@@ -189,7 +189,7 @@ void YumConfIOOthersTest::aNewMainFileWithPrecedenceStopsTheWriting()
     QCOMPARE(get(mainPath()), QByteArray("[main]\n[a]\n"));
 }
 
-void YumConfIOOthersTest::afterAFailedReadNothingIsLost()
+void YumConfIOOthersTest::unreadSectionsAreKeptAfterAFailedRead()
 {
     putMain("[main]\nretries=1\n[m]\n");
     putRepo(QStringLiteral("a.repo"), "[a]\n[x]\n[b\n[c]\n");
@@ -216,7 +216,7 @@ void YumConfIOOthersTest::afterAFailedReadNothingIsLost()
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[m\n"));
 }
 
-void YumConfIOOthersTest::aDirectoryInPlaceOfAFileStopsTheWriting()
+void YumConfIOOthersTest::nothingIsWrittenIfADirectoryReplacesAFile()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo"), "[b]\n");

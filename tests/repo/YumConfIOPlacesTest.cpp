@@ -10,7 +10,7 @@
 
 #include "tests/repo/ScratchConfiguration.h"
 
-// Tests of the choice of files and directories, and of several paths to the same file or directory.
+// Tests of the files and directories that VYRE uses, and of several paths to the same file or directory.
 class YumConfIOPlacesTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -19,30 +19,30 @@ private Q_SLOTS:
     void nothingIsReadAtFirst();
     void withoutAManagedRootThePathsHaveNoPrefix();
     void theFileInEtcYumComesFirst();
-    void withoutEtcYumTheFileInEtcIsReadAndWritten();
+    void theFileInEtcIsReadAndWrittenIfEtcYumHasNone();
     void theMainFileIsTheFirstThatExists();
     void theFileOfThePackageManagerItselfIsReadAndWritten();
     void anUnreadableMainFileIsNotReplacedByAnother();
     void anExistingDirectoryOfTheDistributionIsRead();
     void anEmptyMainFileGivesTheDefaults();
     void namedDirectoriesAreInTheManagedRoot();
-    void aDifferentInterpretationByThePackageManagerIsReported();
-    void theDefaultsReturnWithEveryRead();
+    void aWarningReportsValuesThatThePackageManagerReadsDifferently();
+    void everyReadBeginsWithTheDefaults();
     void theMainValuesAreRead();
     void theMainHeaderIsNotRequired();
     void explicitDirectoriesReplaceTheDefaults();
-    void anEmptyReposdirSearchesNowhere();
+    void noDirectoryIsSearchedIfReposdirIsEmpty();
     void bothDefaultDirectoriesAreSearchedInOrder();
     void missingDirectoriesAreSkipped();
-    void onlyFilesNamedRepoAreRead();
+    void onlyFilesWhoseNamesEndInRepoAreRead();
     void pipesAndDevicesAreNotRead();
-    void fileNamesOutsideAsciiAreKept();
+    void fileNamesWithLettersBeyondAsciiAreKept();
     void aDirectoryWithTwoPathsIsReadOnce_data();
     void aDirectoryWithTwoPathsIsReadOnce();
-    void severalPathsOfAFileAreOneFile_data();
-    void severalPathsOfAFileAreOneFile();
-    void aFileWithSeveralNamesIsRemovedCompletely();
-    void masksPipesAndDanglingLinksStay();
+    void severalPathsToAFileAreOneFile_data();
+    void severalPathsToAFileAreOneFile();
+    void allNamesOfARemovedFileAreRemoved();
+    void masksPipesAndDanglingLinksAreLeftAlone();
 };
 
 void YumConfIOPlacesTest::nothingIsReadAtFirst()
@@ -76,7 +76,7 @@ void YumConfIOPlacesTest::withoutAManagedRootThePathsHaveNoPrefix()
     } else {
         QVERIFY(conf->read(window.get()));
     }
-    // The configuration of this system may name other paths.
+    // The configuration of the running system may name other paths.
     if (!conf->mainText.contains(QStringLiteral("cachedir"))) {
         QCOMPARE(conf->cachedir, QStringLiteral("/var/cache/yum"));
     }
@@ -108,7 +108,7 @@ void YumConfIOPlacesTest::theFileInEtcYumComesFirst()
     QCOMPARE(get(mainPath()), QByteArray("[main]\ncachedir=/second\n"));
 }
 
-void YumConfIOPlacesTest::withoutEtcYumTheFileInEtcIsReadAndWritten()
+void YumConfIOPlacesTest::theFileInEtcIsReadAndWrittenIfEtcYumHasNone()
 {
     putMain("[main]\ncachedir=/second\n");
     QVERIFY(conf->read(window.get()));
@@ -249,7 +249,7 @@ void YumConfIOPlacesTest::anEmptyMainFileGivesTheDefaults()
 
 void YumConfIOPlacesTest::namedDirectoriesAreInTheManagedRoot()
 {
-    // The running system has a directory of that name too.
+    // The running system also has a directory with this name.
     QVERIFY(QDir(path(QString())).mkpath(QStringLiteral("etc")));
     putMain("[main]\ncachedir=/srv/cache\nreposdir=/etc /dev\n");
     QVERIFY(conf->read(window.get()));
@@ -257,7 +257,7 @@ void YumConfIOPlacesTest::namedDirectoriesAreInTheManagedRoot()
     QCOMPARE(conf->reposdir, QStringList({path(QStringLiteral("etc")), QStringLiteral("/dev")}));
 }
 
-void YumConfIOPlacesTest::aDifferentInterpretationByThePackageManagerIsReported()
+void YumConfIOPlacesTest::aWarningReportsValuesThatThePackageManagerReadsDifferently()
 {
     putMain("[main]\nenabled = No\ngpgcheck=0\n[a]\nenabled=0 \ngpgcheck=FALSE\n[b]\nenabled=0\ngpgcheck=1\n"
             "[c]\nenabled=off\nname=Gr\xc3\xb6\xc3\x9f"
@@ -281,7 +281,7 @@ void YumConfIOPlacesTest::aDifferentInterpretationByThePackageManagerIsReported(
     QCOMPARE(conf->warnings, QStringList());
 }
 
-void YumConfIOPlacesTest::theDefaultsReturnWithEveryRead()
+void YumConfIOPlacesTest::everyReadBeginsWithTheDefaults()
 {
     putMain("[main]\ncachedir=/c\nreposdir=/r\nenabled=0\ngpgcheck=1\n[x]\n");
     QVERIFY(conf->read(window.get()));
@@ -300,7 +300,7 @@ void YumConfIOPlacesTest::theMainValuesAreRead()
 {
     putMain("[main]\ncachedir = /somewhere\nenabled=0\ngpgcheck: yes\n");
     QVERIFY(conf->read(window.get()));
-    // A named directory is not searched below the managed root.
+    // VYRE does not look for a directory that the file names below the managed root.
     QCOMPARE(conf->cachedir, path(QStringLiteral("somewhere")));
     QVERIFY(!conf->enabled);
     QVERIFY(conf->gpgcheck);
@@ -336,7 +336,7 @@ void YumConfIOPlacesTest::explicitDirectoriesReplaceTheDefaults()
     QCOMPARE(conf->entries.first().file, path(QStringLiteral("two/file.repo")));
 }
 
-void YumConfIOPlacesTest::anEmptyReposdirSearchesNowhere()
+void YumConfIOPlacesTest::noDirectoryIsSearchedIfReposdirIsEmpty()
 {
     putMain("[main]\nreposdir=\n");
     putRepo(QStringLiteral("x.repo"), "[x]\n");
@@ -366,7 +366,7 @@ void YumConfIOPlacesTest::missingDirectoriesAreSkipped()
     QVERIFY(conf->write(window.get()));
 }
 
-void YumConfIOPlacesTest::onlyFilesNamedRepoAreRead()
+void YumConfIOPlacesTest::onlyFilesWhoseNamesEndInRepoAreRead()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     putRepo(QStringLiteral("b.repo.rpmsave"), "[b]\n");
@@ -382,7 +382,7 @@ void YumConfIOPlacesTest::onlyFilesNamedRepoAreRead()
 
 void YumConfIOPlacesTest::pipesAndDevicesAreNotRead()
 {
-    // Both files contain a section, and neither signals the end of its data.
+    // Both files contain a section, and reading neither file ever reaches an end.
     const QByteArray pipe = QFile::encodeName(path(QStringLiteral("pipe")));
     QCOMPARE(mkfifo(pipe.constData(), 0644), 0);
     const int writer = open(pipe.constData(), O_RDWR | O_CLOEXEC);
@@ -404,7 +404,7 @@ void YumConfIOPlacesTest::pipesAndDevicesAreNotRead()
     close(terminal);
 }
 
-void YumConfIOPlacesTest::fileNamesOutsideAsciiAreKept()
+void YumConfIOPlacesTest::fileNamesWithLettersBeyondAsciiAreKept()
 {
     const QString name = QString::fromUtf8("größe.repo");
     putRepo(name, "[x]\n");
@@ -456,7 +456,7 @@ void YumConfIOPlacesTest::aDirectoryWithTwoPathsIsReadOnce()
              QStringList(QStringLiteral("b.repo")));
 }
 
-void YumConfIOPlacesTest::severalPathsOfAFileAreOneFile_data()
+void YumConfIOPlacesTest::severalPathsToAFileAreOneFile_data()
 {
     QTest::addColumn<QString>("reposdir");
     QTest::addColumn<QString>("file");
@@ -469,7 +469,7 @@ void YumConfIOPlacesTest::severalPathsOfAFileAreOneFile_data()
     QTest::newRow("two points behind a link") << plain << QStringLiteral("etc/far/../yum.repos.d/x.repo");
 }
 
-void YumConfIOPlacesTest::severalPathsOfAFileAreOneFile()
+void YumConfIOPlacesTest::severalPathsToAFileAreOneFile()
 {
     QFETCH(QString, reposdir);
     QFETCH(QString, file);
@@ -501,7 +501,7 @@ void YumConfIOPlacesTest::severalPathsOfAFileAreOneFile()
     QCOMPARE(getRepo(QStringLiteral("x.repo")), QByteArray("[x]\n\n[y]\n"));
 }
 
-void YumConfIOPlacesTest::aFileWithSeveralNamesIsRemovedCompletely()
+void YumConfIOPlacesTest::allNamesOfARemovedFileAreRemoved()
 {
     putRepo(QStringLiteral("a.repo"), "[a]\n");
     QCOMPARE(link(QFile::encodeName(repoPath(QStringLiteral("a.repo"))).constData(),
@@ -526,7 +526,7 @@ void YumConfIOPlacesTest::aFileWithSeveralNamesIsRemovedCompletely()
     QCOMPARE(get(path(QStringLiteral("elsewhere.txt"))), QByteArray("[d]\n"));
 }
 
-void YumConfIOPlacesTest::masksPipesAndDanglingLinksStay()
+void YumConfIOPlacesTest::masksPipesAndDanglingLinksAreLeftAlone()
 {
     linkTo(QStringLiteral("/dev/null"), repoPath(QStringLiteral("mask.repo")));
     linkTo(QStringLiteral("/nowhere"), repoPath(QStringLiteral("dangling.repo")));
@@ -544,7 +544,7 @@ void YumConfIOPlacesTest::masksPipesAndDanglingLinksStay()
     const auto nowhere = [this](const char* name) {
         return repoPath(QLatin1String(name)) + QStringLiteral(" is left alone: it is a broken link.");
     };
-    if (warnings.size() == 5) { // otherwise the messages of the kernel are not readable here
+    if (warnings.size() == 5) { // otherwise this system does not permit reading the kernel's messages
         QVERIFY(warnings.removeAll(warnings.filter(QStringLiteral("kernel.repo")).value(0)) == 1);
     }
     QCOMPARE(warnings, QStringList({nowhere("dangling.repo"), nowhere("loop.repo"), regular("mask.repo"),

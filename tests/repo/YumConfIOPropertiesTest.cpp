@@ -27,7 +27,7 @@ struct Placed
 struct ConfigurationFile
 {
     QList<Placed> sections;
-    // True if the file existed before, with the following mode and owner.
+    // Whether the file existed before. In this case, the members below have its mode and owner.
     bool existed = false;
     mode_t mode = 0;
     uid_t owner = 0;
@@ -51,7 +51,7 @@ QString describe(const QString& file, double position, const Section& section)
         .join(QLatin1Char('|'));
 }
 
-// The descriptions of all sections. They are sorted, because the order of the files depends on the directory.
+// The descriptions of all sections. They are sorted, because the directory decides the order of the files.
 QStringList describe(const QMap<QString, ConfigurationFile>& files)
 {
     QStringList result;
@@ -134,7 +134,7 @@ private:
     // Chooses an entry at random; returns its index and its expected position.
     int choose(RandomConfiguration& random, QString& file, int& index);
 
-    // A message box makes the test fail; it does not wait for an answer.
+    // If a message box appears, the test fails and does not wait for an answer.
     const AnsweringUser user{[](QDialog* box) {
         qWarning("%s", qPrintable(qobject_cast<QMessageBox*>(box)->text()));
         box->reject();
@@ -147,7 +147,8 @@ private:
 
     QString mainText;
     QMap<QString, ConfigurationFile> files;
-    // For files with letters beyond ASCII: the text of an unedited write, and the current contents.
+    // For files with letters beyond ASCII: the text that VYRE would write without an edit, and the current
+    // contents.
     QMap<QString, QPair<QString, QByteArray>> remembered;
     int added = 0;
 };
@@ -370,7 +371,7 @@ void YumConfIOPropertiesTest::edit(RandomConfiguration& random)
     }
     default:
         if (entry.file.isEmpty()) {
-            // The file gets the name of the identifier.
+            // VYRE names the file after the identifier.
             break;
         }
         entry.id = section.id = QStringLiteral("renamed%1").arg(++added);
@@ -392,7 +393,7 @@ void YumConfIOPropertiesTest::place(RandomConfiguration& random, Repo::Entry& en
     entry.file = file;
     entry.position = (before + after) / 2;
     sections.insert(index, {section, entry.position});
-    // For a file in the first directory, its name is enough.
+    // If the file is in the first directory, its name is enough.
     const QString directory = path(QStringLiteral("etc/yum.repos.d/"));
     if (file.startsWith(directory) && random.chance(30)) {
         entry.file = file.mid(directory.size());

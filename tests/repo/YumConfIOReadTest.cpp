@@ -7,7 +7,7 @@
 
 Q_DECLARE_METATYPE(Qt::CheckState)
 
-// Tests of the values that are read from the files.
+// Tests of the values that YumConfIO reads from the files.
 class YumConfIOReadTest : public ScratchConfiguration
 {
     Q_OBJECT
@@ -19,34 +19,34 @@ private Q_SLOTS:
     void onlyZeroMeansOff();
     void optionsAreRecognised_data();
     void optionsAreRecognised();
-    void aRepeatedKeyOverwrites();
+    void theLastValueOfARepeatedKeyIsUsed();
     void urlsOverSeveralLinesAreNormalised();
     void namesKeepTrailingBlanks();
     void identifiersKeepTheirBlanks();
-    void headersMayBeContinued();
+    void aHeaderCanContinueOnTheNextLine();
     void aLastLineWithoutLineFeedIsRead_data();
     void aLastLineWithoutLineFeedIsRead();
-    void linesBeforeTheFirstSectionAreLost();
-    void continuationLinesStayWithTheirLine();
+    void linesAboveTheFirstSectionAreIgnored();
+    void continuationLinesBelongToTheLineAbove();
     void aContinuedEmptyLineIsAnOption();
     void carriageReturnsEndLines();
     void aFileWithCarriageReturnsKeepsThem();
     void aByteOrderMarkIsKept();
     void aByteOrderMarkDoesNotHideTheMainHeader();
-    void filesThatAreNotUnderstoodAreNotChanged_data();
-    void filesThatAreNotUnderstoodAreNotChanged();
-    void aMainFileThatIsNotUnderstoodIsNotChanged_data();
-    void aMainFileThatIsNotUnderstoodIsNotChanged();
-    void aNewRepositoryDoesNotUseTheFileOfAnUnmanagedOne();
+    void unsupportedFilesAreNotChanged_data();
+    void unsupportedFilesAreNotChanged();
+    void anUnsupportedMainFileIsNotChanged_data();
+    void anUnsupportedMainFileIsNotChanged();
+    void aNewRepositoryDoesNotUseTheFileOfAnUnmanagedRepository();
     void repositoriesOfTheMainFileAreRead();
     void positionsAreNumberedWithinAFile();
     void newIdentifiersAreAddedToTheSessionTable();
     void theMainSectionCanDisableRepositoriesByDefault();
     void knownIdentifiersKeepTheirSessionState();
-    void theLastMatchingRequestWins();
-    void requestsMatchWholeIdentifiersCaseSensitively();
+    void theLastMatchingRepositoryOptionIsUsed();
+    void repositoryOptionsMatchWholeIdentifiersCaseSensitively();
     void theSecondSectionOfAnIdentifierDoesNotSetTheSessionState();
-    void theUsersChoiceStaysWhenTheFilesAreReadAgain();
+    void theUsersChoiceIsKeptWhenTheFilesAreReadAgain();
 };
 
 void YumConfIOReadTest::everyFieldOfASectionIsRead()
@@ -139,7 +139,7 @@ void YumConfIOReadTest::optionsAreRecognised_data()
     nameRow("continued", "name=a\n  b", "a\n  b");
     nameRow("continued from nothing", "name=\n  b", "\n  b");
     otherRow("comment", "#name=value");
-    otherRow("another case", "Name=value");
+    otherRow("different letter case", "Name=value");
     otherRow("a longer key", "names=value");
     otherRow("a shorter key", "nam=value");
     otherRow("no separator", "name value");
@@ -160,7 +160,7 @@ void YumConfIOReadTest::optionsAreRecognised()
     QCOMPARE(conf->entries.first().options, options);
 }
 
-void YumConfIOReadTest::aRepeatedKeyOverwrites()
+void YumConfIOReadTest::theLastValueOfARepeatedKeyIsUsed()
 {
     putRepo(QStringLiteral("f.repo"),
             "[x]\nname=a\nenabled=0\nname=b\nenabled=1\nmirrorlist=c\nmirrorlist=\n");
@@ -200,7 +200,7 @@ void YumConfIOReadTest::identifiersKeepTheirBlanks()
     QVERIFY(session.contains(QStringLiteral(" foo ")));
 }
 
-void YumConfIOReadTest::headersMayBeContinued()
+void YumConfIOReadTest::aHeaderCanContinueOnTheNextLine()
 {
     putMain("[main]\n[foo\n bar]\nname=x\n");
     QVERIFY(conf->read(window.get()));
@@ -235,7 +235,7 @@ void YumConfIOReadTest::aLastLineWithoutLineFeedIsRead()
     QCOMPARE(conf->mainText, QStringLiteral("[main]\n"));
 }
 
-void YumConfIOReadTest::linesBeforeTheFirstSectionAreLost()
+void YumConfIOReadTest::linesAboveTheFirstSectionAreIgnored()
 {
     putRepo(QStringLiteral("f.repo"), "# a comment\nname=lost\nenabled=0\nretries=1\n[x]\n");
     QVERIFY(conf->read(window.get()));
@@ -247,7 +247,7 @@ void YumConfIOReadTest::linesBeforeTheFirstSectionAreLost()
     QCOMPARE(session, (QHash<QString, bool>{{QStringLiteral("x"), true}}));
 }
 
-void YumConfIOReadTest::continuationLinesStayWithTheirLine()
+void YumConfIOReadTest::continuationLinesBelongToTheLineAbove()
 {
     putRepo(QStringLiteral("f.repo"),
             "[x]\nexclude=a\n\tb\n [c]\n  name=d\nretries=1\n[y]\nretries=2\n  z\n");
@@ -378,12 +378,12 @@ void addFilesThatAreNotUnderstood()
 
 } // namespace
 
-void YumConfIOReadTest::filesThatAreNotUnderstoodAreNotChanged_data()
+void YumConfIOReadTest::unsupportedFilesAreNotChanged_data()
 {
     addFilesThatAreNotUnderstood();
 }
 
-void YumConfIOReadTest::filesThatAreNotUnderstoodAreNotChanged()
+void YumConfIOReadTest::unsupportedFilesAreNotChanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, reason);
@@ -405,12 +405,12 @@ void YumConfIOReadTest::filesThatAreNotUnderstoodAreNotChanged()
     QVERIFY(get(odd) == contents);
 }
 
-void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsNotChanged_data()
+void YumConfIOReadTest::anUnsupportedMainFileIsNotChanged_data()
 {
     addFilesThatAreNotUnderstood();
 }
 
-void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsNotChanged()
+void YumConfIOReadTest::anUnsupportedMainFileIsNotChanged()
 {
     QFETCH(QByteArray, contents);
     QFETCH(QString, reason);
@@ -431,7 +431,7 @@ void YumConfIOReadTest::aMainFileThatIsNotUnderstoodIsNotChanged()
     QCOMPARE(getRepo(QStringLiteral("a.repo")), QByteArray("[a]\nname=A\n"));
 }
 
-void YumConfIOReadTest::aNewRepositoryDoesNotUseTheFileOfAnUnmanagedOne()
+void YumConfIOReadTest::aNewRepositoryDoesNotUseTheFileOfAnUnmanagedRepository()
 {
     const QByteArray contents = twoByteText("[x]\n", false, true);
     putRepo(QStringLiteral("x.repo"), contents);
@@ -451,7 +451,7 @@ void YumConfIOReadTest::repositoriesOfTheMainFileAreRead()
     putMain("# top\n[main]\nretries=1\n\n  more\n[x]\nname=a\n\n[main]\nname=b\n");
     QVERIFY(conf->read(window.get()));
     QCOMPARE(conf->mainText, QStringLiteral("# top\n[main]\nretries=1\n\n  more\n"));
-    // After the first repository the name has no special meaning.
+    // After the first repository, the section name "main" has no special meaning.
     QCOMPARE(ids(), QStringList({QStringLiteral("x"), QStringLiteral("main")}));
     QCOMPARE(conf->entries.at(0).file, mainPath());
     QCOMPARE(conf->entries.at(0).name, QStringLiteral("a"));
@@ -497,7 +497,7 @@ void YumConfIOReadTest::knownIdentifiersKeepTheirSessionState()
     QCOMPARE(conf->entries.value(0).enabled, qint32(Qt::Unchecked));
 }
 
-void YumConfIOReadTest::theLastMatchingRequestWins()
+void YumConfIOReadTest::theLastMatchingRepositoryOptionIsUsed()
 {
     requests = {YumRepoEnabled(true, QStringLiteral("a*")), YumRepoEnabled(false, QStringLiteral("*b"))};
     putRepo(QStringLiteral("f.repo"), "[a]\nenabled=0\n[ab]\nenabled=1\n[c]\nenabled=0\n");
@@ -510,7 +510,7 @@ void YumConfIOReadTest::theLastMatchingRequestWins()
     QCOMPARE(entry(QStringLiteral("ab")).enabled, qint32(Qt::Checked));
 }
 
-void YumConfIOReadTest::requestsMatchWholeIdentifiersCaseSensitively()
+void YumConfIOReadTest::repositoryOptionsMatchWholeIdentifiersCaseSensitively()
 {
     requests = {YumRepoEnabled(false, QStringLiteral("base"))};
     putRepo(QStringLiteral("f.repo"), "[base]\n[base-debug]\n[Base]\n");
@@ -528,7 +528,7 @@ void YumConfIOReadTest::theSecondSectionOfAnIdentifierDoesNotSetTheSessionState(
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("a")}));
 }
 
-void YumConfIOReadTest::theUsersChoiceStaysWhenTheFilesAreReadAgain()
+void YumConfIOReadTest::theUsersChoiceIsKeptWhenTheFilesAreReadAgain()
 {
     requests = {YumRepoEnabled(true, QStringLiteral("x")), YumRepoEnabled(false, QStringLiteral("x*"))};
     putRepo(QStringLiteral("f.repo"), "[x]\nenabled=1\n");

@@ -13,14 +13,14 @@ class YumConfIORightsTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void modeAndOwnerOfExistingFilesStay();
+    void existingFilesKeepTheirModeAndOwner();
     void aFileThatGetsAPasswordIsPrivate();
-    void aPasswordPlaceholderKeepsTheFileMode();
+    void anEmptyPasswordDoesNotChangeTheFileMode();
     void theModeOfANewFileDependsOnItsContents_data();
     void theModeOfANewFileDependsOnItsContents();
 };
 
-void YumConfIORightsTest::modeAndOwnerOfExistingFilesStay()
+void YumConfIORightsTest::existingFilesKeepTheirModeAndOwner()
 {
     putRepo(QStringLiteral("x.repo"), "[x]\n");
     const QByteArray file = QFile::encodeName(repoPath(QStringLiteral("x.repo")));
@@ -61,7 +61,7 @@ void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
     QCOMPARE(modeOf(given), mode_t(0660));
     QCOMPARE(QFileInfo(given).ownerId(), uint(owner));
     QCOMPARE(modeOf(other), mode_t(0664));
-    // The owner has chosen this mode, and the user has typed no password.
+    // The file's owner has chosen this mode, and the user has not typed a password.
     QCOMPARE(modeOf(known), mode_t(0664));
     QCOMPARE(modeOf(mainPath()), mode_t(0640));
     QStringList texts;
@@ -77,7 +77,7 @@ void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
     QCOMPARE(noted.size(), 2);
 }
 
-void YumConfIORightsTest::aPasswordPlaceholderKeepsTheFileMode()
+void YumConfIORightsTest::anEmptyPasswordDoesNotChangeTheFileMode()
 {
     const QString file = repoPath(QStringLiteral("a.repo"));
     put(file, "[a]\nbaseurl=http://a/vantor?u=&p=&path=/\npassword=\n");

@@ -12,27 +12,27 @@ class YumConfIOWriteTest : public ScratchConfiguration
     Q_OBJECT
 
 private Q_SLOTS:
-    void sectionsAreWrittenInOneForm();
+    void sectionsAreWrittenInAStandardForm();
     void valuesThatAreNotSpecifiedAreNotWritten();
     void commentsMoveToTheEndOfTheirSection();
     void blankLinesAreKeptOnlyInTheMainPart();
     void theMainFileIsRewrittenWithItsRepositories();
     void theMainFileIsWrittenEvenWithoutRepositories();
-    void aNewRepositoryIsGivenAFile();
+    void aNewRepositoryGetsItsOwnFile();
     void aRelativeFileIsPlacedInTheFirstDirectory();
-    void withoutDirectoriesTheFileStaysAsItIs();
-    void thePositionOrdersTheSectionsOfAFile();
+    void aRelativeFileIsNotChangedIfNoDirectoryIsConfigured();
+    void thePositionDeterminesTheOrderOfSectionsInAFile();
     void equalPositionsKeepTheReadingOrder();
     void aRepositoryMovesToAnotherFile();
     void aFileWithoutRepositoriesIsRemoved();
-    void aFileOfCommentsIsRemoved();
+    void aFileWithOnlyCommentsIsRemoved();
     void otherFilesAreNotRemoved();
     void bytesBeyondAsciiAreEncodedAgainByEveryWrite();
     void uneditedFilesKeepTheirBytes();
-    void symbolicLinksAreWrittenThrough();
+    void theTargetsOfSymbolicLinksAreWritten();
 };
 
-void YumConfIOWriteTest::sectionsAreWrittenInOneForm()
+void YumConfIOWriteTest::sectionsAreWrittenInAStandardForm()
 {
     putRepo(QStringLiteral("f.repo"), "# lost\n"
                                       "[x]\n"
@@ -96,7 +96,7 @@ void YumConfIOWriteTest::theMainFileIsRewrittenWithItsRepositories()
     putMain("[main]\nretries=1\n[a]\n[b]\n[c]");
     QVERIFY(conf->read(window.get()));
     QVERIFY(conf->write(window.get()));
-    // No line separates the main part from the first section.
+    // No empty line is between the main part and the first section.
     QCOMPARE(get(mainPath()), QByteArray("[main]\nretries=1\n[a]\n\n[b]\n\n[c]\n"));
 }
 
@@ -113,7 +113,7 @@ void YumConfIOWriteTest::theMainFileIsWrittenEvenWithoutRepositories()
     QCOMPARE(get(mainPath()), QByteArray());
 }
 
-void YumConfIOWriteTest::aNewRepositoryIsGivenAFile()
+void YumConfIOWriteTest::aNewRepositoryGetsItsOwnFile()
 {
     QVERIFY(conf->read(window.get()));
     conf->entries.append(made(QStringLiteral("x")));
@@ -137,7 +137,7 @@ void YumConfIOWriteTest::aRelativeFileIsPlacedInTheFirstDirectory()
     QCOMPARE(conf->entries.at(1).file, path(QStringLiteral("elsewhere.conf")));
 }
 
-void YumConfIOWriteTest::withoutDirectoriesTheFileStaysAsItIs()
+void YumConfIOWriteTest::aRelativeFileIsNotChangedIfNoDirectoryIsConfigured()
 {
     putMain("[main]\nreposdir=\n");
     QVERIFY(conf->read(window.get()));
@@ -151,7 +151,7 @@ void YumConfIOWriteTest::withoutDirectoriesTheFileStaysAsItIs()
     QCOMPARE(get(path(QStringLiteral("x.repo"))), QByteArray("[x]\n"));
 }
 
-void YumConfIOWriteTest::thePositionOrdersTheSectionsOfAFile()
+void YumConfIOWriteTest::thePositionDeterminesTheOrderOfSectionsInAFile()
 {
     putRepo(QStringLiteral("f.repo"), "[a]\n[b]\n[c]\n");
     QVERIFY(conf->read(window.get()));
@@ -208,7 +208,7 @@ void YumConfIOWriteTest::aFileWithoutRepositoriesIsRemoved()
     QCOMPARE(getRepo(QStringLiteral("b.repo")), QByteArray("[b]\n"));
 }
 
-void YumConfIOWriteTest::aFileOfCommentsIsRemoved()
+void YumConfIOWriteTest::aFileWithOnlyCommentsIsRemoved()
 {
     putRepo(QStringLiteral("comments.repo"), "# nothing here\n");
     QVERIFY(conf->read(window.get()));
@@ -246,7 +246,7 @@ void YumConfIOWriteTest::bytesBeyondAsciiAreEncodedAgainByEveryWrite()
     entry(QStringLiteral("m")).name = QStringLiteral("b");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\x83\xC2\xA9\n[m]\nname=b\n"));
-    // Reading a typed text again adds one level of encoding.
+    // If VYRE reads a typed text again, the text has one more level of encoding.
     entry(QStringLiteral("x")).name = QString::fromUtf8("é");
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("f.repo")).contains("\nname=\xC3\xA9\n"));
@@ -273,7 +273,7 @@ void YumConfIOWriteTest::uneditedFilesKeepTheirBytes()
     QCOMPARE(get(mainPath()), mainText);
 }
 
-void YumConfIOWriteTest::symbolicLinksAreWrittenThrough()
+void YumConfIOWriteTest::theTargetsOfSymbolicLinksAreWritten()
 {
     const QString realMain = path(QStringLiteral("real.conf"));
     const QString realRepo = path(QStringLiteral("real.txt"));

@@ -9,40 +9,40 @@ class YumRepoEnabledTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void theRequestIsKept();
-    void thePatternIsAWildcardForTheWholeIdentifier_data();
-    void thePatternIsAWildcardForTheWholeIdentifier();
+    void theStateAndThePatternAreStored();
+    void thePatternMatchesOnlyWholeIdentifiersAndHasWildcards_data();
+    void thePatternMatchesOnlyWholeIdentifiersAndHasWildcards();
 };
 
-void YumRepoEnabledTest::theRequestIsKept()
+void YumRepoEnabledTest::theStateAndThePatternAreStored()
 {
     QVERIFY(YumRepoEnabled(true, QStringLiteral("*")).enabled);
     QVERIFY(!YumRepoEnabled(false, QStringLiteral("*")).enabled);
     QCOMPARE(YumRepoEnabled(true, QStringLiteral("fed?ra*")).pattern.pattern(), QStringLiteral("fed?ra*"));
 }
 
-void YumRepoEnabledTest::thePatternIsAWildcardForTheWholeIdentifier_data()
+void YumRepoEnabledTest::thePatternMatchesOnlyWholeIdentifiersAndHasWildcards_data()
 {
     QTest::addColumn<QString>("pattern");
     QTest::addColumn<QString>("id");
     QTest::addColumn<bool>("matches");
-    QTest::newRow("itself") << "base"
-                            << "base" << true;
-    QTest::newRow("a part only") << "base"
-                                 << "base-debug" << false;
+    QTest::newRow("the same text") << "base"
+                                   << "base" << true;
+    QTest::newRow("only the beginning of the identifier") << "base"
+                                                          << "base-debug" << false;
     QTest::newRow("star") << "base*"
                           << "base-debug" << true;
     QTest::newRow("question mark") << "b?se"
                                    << "base" << true;
     QTest::newRow("set") << "b[ae]se"
                          << "bese" << true;
-    QTest::newRow("another case") << "Base"
-                                  << "base" << false;
+    QTest::newRow("different letter case") << "Base"
+                                           << "base" << false;
     QTest::newRow("a literal dot") << "b.se"
                                    << "base" << false;
 }
 
-void YumRepoEnabledTest::thePatternIsAWildcardForTheWholeIdentifier()
+void YumRepoEnabledTest::thePatternMatchesOnlyWholeIdentifiersAndHasWildcards()
 {
     QFETCH(QString, pattern);
     QFETCH(QString, id);
