@@ -40,9 +40,9 @@ private Q_SLOTS:
     void resetRemovesTheActivity();
     void newActivityIsPainted();
     void hoveringInTheActiveWindowRequestsATip();
-    void toolTipEventGivesThePosition();
-    void inactiveWindowRequestsNoTip();
-    void attributeAllowsATipInAnInactiveWindow();
+    void theRequestForATipContainsThePosition();
+    void hoveringInAnInactiveWindowRequestsNoTip();
+    void aTipInAnInactiveWindowCanBeAllowed();
 };
 
 void HProgressBarTest::textJoinsActivityAndPercentage()
@@ -111,7 +111,7 @@ void HProgressBarTest::hoveringInTheActiveWindowRequestsATip()
     QTRY_COMPARE(spy.count(), 1);
 }
 
-void HProgressBarTest::toolTipEventGivesThePosition()
+void HProgressBarTest::theRequestForATipContainsThePosition()
 {
     HProgressBar bar;
     bar.show();
@@ -122,7 +122,7 @@ void HProgressBarTest::toolTipEventGivesThePosition()
     QCOMPARE(spy.at(0).at(0).toPoint(), QPoint(7, 3));
 }
 
-void HProgressBarTest::inactiveWindowRequestsNoTip()
+void HProgressBarTest::hoveringInAnInactiveWindowRequestsNoTip()
 {
     HProgressBar bar;
     bar.show();
@@ -136,7 +136,7 @@ void HProgressBarTest::inactiveWindowRequestsNoTip()
     QCOMPARE(spy.count(), 0);
 }
 
-void HProgressBarTest::attributeAllowsATipInAnInactiveWindow()
+void HProgressBarTest::aTipInAnInactiveWindowCanBeAllowed()
 {
     QWidget window;
     window.setAttribute(Qt::WA_AlwaysShowToolTips);

@@ -13,16 +13,16 @@ class LogTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void eachLineThatIsNotEmptyBecomesAnEntry();
+    void eachNonEmptyLineBecomesAnEntry();
     void passwordsInUrlsAreHidden_data();
     void passwordsInUrlsAreHidden();
     void entriesKeepKindAndLevel();
     void oneMessageCausesOneNotification();
-    void readersAreNotifiedOutsideTheLock();
+    void readersAreNotifiedAfterTheLogIsUnlocked();
     void writersInTwoThreadsLoseNothing();
 };
 
-void LogTest::eachLineThatIsNotEmptyBecomesAnEntry()
+void LogTest::eachNonEmptyLineBecomesAnEntry()
 {
     Log::EntryList log;
     log.appendMessage(Log::Warning, 3, "first line\n\nsecond line\n");
@@ -94,7 +94,7 @@ void LogTest::oneMessageCausesOneNotification()
     QCOMPARE(log.count(), 3);
 }
 
-void LogTest::readersAreNotifiedOutsideTheLock()
+void LogTest::readersAreNotifiedAfterTheLogIsUnlocked()
 {
     Log::EntryList log;
     int free = 0;

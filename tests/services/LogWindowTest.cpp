@@ -28,7 +28,7 @@
 
 namespace {
 
-// Records whether the list is locked at each connection and disconnection.
+// Records whether the list is locked whenever the window connects or disconnects.
 class WatchedEntries : public Log::EntryList
 {
 public:
@@ -63,7 +63,7 @@ private Q_SLOTS:
 
     void windowHasTheExpectedTextsAndRanges();
     void mainWindowIsNotTheParent();
-    void openingShowsTheWholeHistoryScrolledToTheBottom();
+    void openingShowsAllEarlierEntriesScrolledToTheBottom();
     void entriesAboveTheLevelAreNotShown();
     void errorsAreShownOnEveryLevel();
     void levelIsComparedUnsigned();
@@ -71,33 +71,33 @@ private Q_SLOTS:
     void eachKindHasTheExpectedColour_data();
     void eachKindHasTheExpectedColour();
     void coloursAreReadableOnADarkBackground();
-    void actionIsAHeading();
-    void linesAreStackedWithoutSpace();
+    void anActionIsShownAsAHeading();
+    void noSpaceIsBetweenLines();
     void markupIsShownAsPlainText();
     void blanksAndTabsAreKept();
     void protectEscapesAllExceptAmpersands();
     void newEntriesAppear();
-    void paneFollowsTheEndUnlessTheUserScrolledUp();
+    void thePaneShowsNewEntriesUnlessTheUserHasScrolledUp();
     void escapeHidesTheWindow_data();
     void escapeHidesTheWindow();
     void otherKeysDoNotHideTheWindow();
     void closeButtonHidesTheWindow();
     void closingByTheWindowManagerHidesTheWindow();
     void hiddenWindowHasNoText();
-    void notificationFromBeforeHidingIsIgnored();
+    void aLateNotificationDoesNotFillAHiddenWindow();
     void hiddenWindowIsNotConnected();
     void connectingAndDisconnectingHoldTheLock();
     void reopeningShowsAllEntriesAgain();
     void tabLeavesThePane();
-    void entryBetweenTheHistoryAndTheConnectionIsShown();
+    void anEntryThatArrivesWhileTheWindowOpensIsShown();
     void openingWhileAWriterRunsLosesNothing();
-    void floodOfMessagesIsShownCompletely();
+    void aFloodOfMessagesIsShownCompletely();
     void manyEntriesAreShown();
     void timesAreShownOnRequest();
     void textIsFound();
-    void escapeInTheFindBarKeepsTheWindow();
-    void savedFileHasTheShownLinesWithTheirTimes();
-    void existingFileIsReplacedOnlyAfterAQuestion();
+    void escapeInTheFindBarDoesNotHideTheWindow();
+    void theSavedFileHasTheShownLinesWithTheirTimes();
+    void anExistingFileIsReplacedOnlyAfterAQuestion();
     void failedSavingIsReported();
     void hidingTheWindowClosesItsDialogs();
 
@@ -115,7 +115,7 @@ private:
         qFatal("there is no button %s", qPrintable(text));
         return nullptr;
     }
-    // The colour of the text of a line; invalid if the line has the colour of the pane.
+    // The text colour of a line; invalid if the line has the pane's own colour.
     QColor colourOf(int line) const;
 
     std::unique_ptr<WatchedEntries> entries;
@@ -204,7 +204,7 @@ void LogWindowTest::mainWindowIsNotTheParent()
     QVERIFY(other.isWindow());
 }
 
-void LogWindowTest::openingShowsTheWholeHistoryScrolledToTheBottom()
+void LogWindowTest::openingShowsAllEarlierEntriesScrolledToTheBottom()
 {
     for (int i = 0; i < 500; ++i) {
         log(Log::Info, static_cast<unsigned int>(i % 5), QString("message %1").arg(i));
@@ -307,7 +307,7 @@ void LogWindowTest::coloursAreReadableOnADarkBackground()
     QVERIFY(colourOf(0) != QColor(Colors::action()));
 }
 
-void LogWindowTest::actionIsAHeading()
+void LogWindowTest::anActionIsShownAsAHeading()
 {
     log(Log::Action, 0, "Applying");
     log(Log::Info, 0, "text");
@@ -322,13 +322,13 @@ void LogWindowTest::actionIsAHeading()
         QCOMPARE(format(line).fontWeight(), static_cast<int>(QFont::Bold));
         QVERIFY(format(line).intProperty(QTextFormat::FontSizeAdjustment) > 0);
     }
-    // The format of the heading does not affect the next line.
+    // The next line does not have the format of the heading.
     QVERIFY(format(1).fontWeight() != QFont::Bold);
     QCOMPARE(format(1).intProperty(QTextFormat::FontSizeAdjustment), 0);
     QVERIFY(!colourOf(1).isValid());
 }
 
-void LogWindowTest::linesAreStackedWithoutSpace()
+void LogWindowTest::noSpaceIsBetweenLines()
 {
     log(Log::Action, 0, "Applying");
     log(Log::OK, 0, "text");
@@ -377,7 +377,7 @@ void LogWindowTest::newEntriesAppear()
     writer->wait();
 }
 
-void LogWindowTest::paneFollowsTheEndUnlessTheUserScrolledUp()
+void LogWindowTest::thePaneShowsNewEntriesUnlessTheUserHasScrolledUp()
 {
     for (int i = 0; i < 200; ++i) {
         log(Log::Info, 0, "history");
@@ -464,7 +464,7 @@ void LogWindowTest::hiddenWindowHasNoText()
     QCOMPARE(lines(), QStringList({"before", "while hidden"}));
 }
 
-void LogWindowTest::notificationFromBeforeHidingIsIgnored()
+void LogWindowTest::aLateNotificationDoesNotFillAHiddenWindow()
 {
     open();
     std::unique_ptr<QThread> writer(QThread::create([this] { log(Log::Info, 0, "too late"); }));
@@ -517,10 +517,11 @@ void LogWindowTest::tabLeavesThePane()
     QVERIFY(level->hasFocus());
 }
 
-void LogWindowTest::entryBetweenTheHistoryAndTheConnectionIsShown()
+void LogWindowTest::anEntryThatArrivesWhileTheWindowOpensIsShown()
 {
     log(Log::Info, 0, "before");
-    // This entry arrives while the history is painted. At this time the window is not connected yet.
+    // This entry arrives while the window paints the earlier entries. At this time the window is not
+    // connected yet.
     QMetaObject::invokeMethod(
         window.get(), [this] { log(Log::Info, 0, "between"); }, Qt::QueuedConnection);
     window->show();
@@ -550,7 +551,7 @@ void LogWindowTest::openingWhileAWriterRunsLosesNothing()
     }
 }
 
-void LogWindowTest::floodOfMessagesIsShownCompletely()
+void LogWindowTest::aFloodOfMessagesIsShownCompletely()
 {
     open();
     const int count = 20000;
@@ -625,7 +626,7 @@ void LogWindowTest::textIsFound()
     QVERIFY(pane->viewport()->rect().contains(pane->cursorRect().center()));
 }
 
-void LogWindowTest::escapeInTheFindBarKeepsTheWindow()
+void LogWindowTest::escapeInTheFindBarDoesNotHideTheWindow()
 {
     open();
     auto* bar = window->findChild<FindBar*>();
@@ -636,7 +637,7 @@ void LogWindowTest::escapeInTheFindBarKeepsTheWindow()
     QVERIFY(window->isVisible());
 }
 
-void LogWindowTest::savedFileHasTheShownLinesWithTheirTimes()
+void LogWindowTest::theSavedFileHasTheShownLinesWithTheirTimes()
 {
     log(Log::Info, 0, "shown <b>");
     log(Log::Info, 5, "detail");
@@ -663,7 +664,7 @@ void LogWindowTest::savedFileHasTheShownLinesWithTheirTimes()
     QCOMPARE(saved.at(2), QString());
 }
 
-void LogWindowTest::existingFileIsReplacedOnlyAfterAQuestion()
+void LogWindowTest::anExistingFileIsReplacedOnlyAfterAQuestion()
 {
     log(Log::Info, 0, "new");
     open();

@@ -71,16 +71,16 @@ class OutputPumpTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void readerAndWriterMayBeTheSameThread_data()
+    void oneThreadCanWriteAndThenReadMuchOutput_data()
     {
         QTest::addColumn<int>("way");
         QTest::newRow("standard output") << 0;
         QTest::newRow("standard error") << 1;
     }
 
-    // A thread that reads its own output writes all of it first, and must not wait. The text is larger than
-    // the pipes and the buffer together.
-    void readerAndWriterMayBeTheSameThread()
+    // One thread first writes all output and then reads it, so the write must not wait. The text is larger
+    // than the pipes and the buffer together.
+    void oneThreadCanWriteAndThenReadMuchOutput()
     {
         QFETCH(int, way);
         QByteArray text(2 * OutputPump::fullBuffer, 'x');
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(pumped.readWaiting(1 - way).isEmpty());
     }
 
-    void stoppingForwardsAllOutput()
+    void stoppingThePumpFirstForwardsAllOutput()
     {
         Pumped pumped;
         QVERIFY(pumped.started);
@@ -140,7 +140,7 @@ private Q_SLOTS:
         pumped.pump.stop();
     }
 
-    void otherChannelWorksAfterAWriterCloses()
+    void aChannelWorksAfterTheWriterOfTheOtherChannelHasClosedIt()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

@@ -9,31 +9,32 @@
 
 #include "tests/services/ShownBars.h"
 
-// Tests of parallel downloads: their sum is the value of one item, and a tip at the pointer lists them.
+// Tests of parallel downloads: one item's value is the sum of the downloads, and a tip at the pointer lists
+// them.
 class ProgressDownloadsTest : public ShownBars
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void downloadsAddUpToTheItemValue();
-    void downloadsReserveAllActsExceptTheLast();
-    void activityOfASingleDownloadIsItsName();
-    void retrySubtractsTheContribution();
-    void retryOfAClampedSumStaysAtZero();
-    void indexBeyondTheDownloadsIsIgnored();
+    void theItemValueIsTheSumOfTheDownloads();
+    void downloadsUseAllActsExceptTheLast();
+    void theActivityOfASingleDownloadIsItsName();
+    void aRetrySubtractsTheEarlierContribution();
+    void aRetryNeverMakesTheSumNegative();
+    void anIndexBeyondTheDownloadsIsIgnored();
     void resetRemovesTheDownloads();
-    void atMostOneReportOfManyDownloadsIsQueued();
+    void theQueueHasAtMostOneReportOfManyDownloads();
     void hoveringShowsNothingWithoutDownloads();
     void hoveringShowsTheDownloads();
-    void tipShowsEveryState();
+    void theTipShowsEveryStateOfADownload();
     void tipShowsNamesAsPlainText();
     void twentyCompleteDownloadsAreListed();
-    void twentyOneCompleteDownloadsAreOneRow();
+    void moreThanTwentyCompleteDownloadsShareOneRow();
     void labelsHaveTheExpectedColours();
     void tipDisappearsAtTheEndOfTheOperation();
 };
 
-void ProgressDownloadsTest::downloadsAddUpToTheItemValue()
+void ProgressDownloadsTest::theItemValueIsTheSumOfTheDownloads()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -55,7 +56,7 @@ void ProgressDownloadsTest::downloadsAddUpToTheItemValue()
     QCOMPARE(item->value(), 320);
 }
 
-void ProgressDownloadsTest::downloadsReserveAllActsExceptTheLast()
+void ProgressDownloadsTest::downloadsUseAllActsExceptTheLast()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -71,7 +72,7 @@ void ProgressDownloadsTest::downloadsReserveAllActsExceptTheLast()
     QCOMPARE(total->value(), 80);
 }
 
-void ProgressDownloadsTest::activityOfASingleDownloadIsItsName()
+void ProgressDownloadsTest::theActivityOfASingleDownloadIsItsName()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -81,7 +82,7 @@ void ProgressDownloadsTest::activityOfASingleDownloadIsItsName()
     QCOMPARE(item->text(), QString("Downloading vim (0%)"));
 }
 
-void ProgressDownloadsTest::retrySubtractsTheContribution()
+void ProgressDownloadsTest::aRetrySubtractsTheEarlierContribution()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(updateThreadsStateSig(const ThreadsState&)));
@@ -100,14 +101,14 @@ void ProgressDownloadsTest::retrySubtractsTheContribution()
     QCOMPARE(state[0].value, Q_UINT64_C(0));
     QCOMPARE(state[1].state, 2u);
     QCOMPARE(state[1].value, Q_UINT64_C(100));
-    // A download that is started again begins at zero.
+    // If a download starts again, it begins at zero.
     progress.startItemActThread("one", 0, 600);
     waitForInterval();
     progress.setItemActsThreadValue(0, 10);
     QCOMPARE(item->value(), 110);
 }
 
-void ProgressDownloadsTest::retryOfAClampedSumStaysAtZero()
+void ProgressDownloadsTest::aRetryNeverMakesTheSumNegative()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -123,7 +124,7 @@ void ProgressDownloadsTest::retryOfAClampedSumStaysAtZero()
     QCOMPARE(item->value(), 0);
 }
 
-void ProgressDownloadsTest::indexBeyondTheDownloadsIsIgnored()
+void ProgressDownloadsTest::anIndexBeyondTheDownloadsIsIgnored()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -154,7 +155,7 @@ void ProgressDownloadsTest::resetRemovesTheDownloads()
     QCOMPARE(total->value(), 0);
 }
 
-void ProgressDownloadsTest::atMostOneReportOfManyDownloadsIsQueued()
+void ProgressDownloadsTest::theQueueHasAtMostOneReportOfManyDownloads()
 {
     const unsigned int count = 3000;
     int reports = 0;
@@ -181,7 +182,7 @@ void ProgressDownloadsTest::atMostOneReportOfManyDownloadsIsQueued()
         delete progress;
     }));
     worker->start();
-    // Meanwhile this thread processes no events.
+    // During this time, this thread processes no events.
     done.acquire();
     QVERIFY2(reports <= 1, qPrintable(QString::number(reports)));
     // The bars get the last state, although no further report follows.
@@ -215,7 +216,7 @@ void ProgressDownloadsTest::hoveringShowsTheDownloads()
     progress.setupItemActs(100, 10);
     progress.setupItemActsThreads("Downloading", 0, 11, 2, 10);
     progress.startItemActThread("vim", 0, 1);
-    // An action of the window manager may hide the tip. Then this loop tries again, as a user does.
+    // The window manager may hide the tip. In this case, the loop tries again, as a user does.
     for (int attempt = 0; attempt < 10 && currentTip() == nullptr; ++attempt) {
         hover();
         (void)QTest::qWaitFor([] { return currentTip() != nullptr; });
@@ -226,7 +227,7 @@ void ProgressDownloadsTest::hoveringShowsTheDownloads()
     QVERIFY(currentTip() == nullptr);
 }
 
-void ProgressDownloadsTest::tipShowsEveryState()
+void ProgressDownloadsTest::theTipShowsEveryStateOfADownload()
 {
     Progress::Object progress(total, item);
     progress.setupItemActs(100, 10);
@@ -266,7 +267,7 @@ void ProgressDownloadsTest::twentyCompleteDownloadsAreListed()
     QCOMPARE(tipRows(), expected);
 }
 
-void ProgressDownloadsTest::twentyOneCompleteDownloadsAreOneRow()
+void ProgressDownloadsTest::moreThanTwentyCompleteDownloadsShareOneRow()
 {
     Progress::Object progress(total, item);
     progress.setupItemActsThreads("Downloading", 0, 1, 23, 10);

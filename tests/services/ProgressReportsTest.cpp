@@ -13,19 +13,19 @@ class ProgressReportsTest : public ShownBars
     Q_OBJECT
 
 private Q_SLOTS:
-    void secondItemValueWithinTheIntervalIsStoredButNotSent();
-    void finalItemValueWithinTheIntervalIsNotSent();
+    void aSecondItemValueWithinTheIntervalIsStoredButNotSent();
+    void evenTheFinalItemValueIsNotSentWithinTheInterval();
     void itemValueShortlyAfterAChangeOfTheStepsIsNotSent();
     void itemValueBeforeAnyStartIsNotSent();
     void totalValueWithinTheIntervalIsDropped();
-    void totalMaximumIsSentOnceWithinTheInterval();
-    void totalAndItemValueShareTheInterval();
-    void displayStaysResponsiveDuringASynchronousOperation();
+    void theMaximumOfTheTotalIsSentOnceWithinTheInterval();
+    void theIntervalAppliesToTotalAndItemValuesTogether();
+    void theDisplayIsUpdatedDuringASynchronousOperation();
     void workerReportsAreDeliveredInOrder();
-    void userSetsAndClearsThePointer();
+    void aUserObjectSetsAndClearsThePointer();
 };
 
-void ProgressReportsTest::secondItemValueWithinTheIntervalIsStoredButNotSent()
+void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -43,7 +43,7 @@ void ProgressReportsTest::secondItemValueWithinTheIntervalIsStoredButNotSent()
     QCOMPARE(spy.count(), 1);
     QCOMPARE(item->value(), 10);
 
-    // The value was stored, and the value of the total bar as well.
+    // Both this value and the value of the total bar were stored.
     QCOMPARE(total->value(), 4);
     progress.changeTotal(100);
     QCOMPARE(total->value(), 20);
@@ -57,7 +57,7 @@ void ProgressReportsTest::secondItemValueWithinTheIntervalIsStoredButNotSent()
     QCOMPARE(item->value(), 60);
 }
 
-void ProgressReportsTest::finalItemValueWithinTheIntervalIsNotSent()
+void ProgressReportsTest::evenTheFinalItemValueIsNotSentWithinTheInterval()
 {
     Progress::Object progress(total, item);
     QSignalSpy spy(&progress, SIGNAL(setItemValueSig(Steps, Steps)));
@@ -128,7 +128,7 @@ void ProgressReportsTest::totalValueWithinTheIntervalIsDropped()
     QCOMPARE(total->value(), 30);
 }
 
-void ProgressReportsTest::totalMaximumIsSentOnceWithinTheInterval()
+void ProgressReportsTest::theMaximumOfTheTotalIsSentOnceWithinTheInterval()
 {
     QElapsedTimer timer;
     int first = 0;
@@ -156,7 +156,7 @@ void ProgressReportsTest::totalMaximumIsSentOnceWithinTheInterval()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressReportsTest::totalAndItemValueShareTheInterval()
+void ProgressReportsTest::theIntervalAppliesToTotalAndItemValuesTogether()
 {
     Progress::Object progress(total, item);
     QSignalSpy totalSpy(&progress, SIGNAL(setTotalValueSig(Steps)));
@@ -177,7 +177,7 @@ void ProgressReportsTest::totalAndItemValueShareTheInterval()
     QCOMPARE(totalSpy.count(), 0);
 }
 
-void ProgressReportsTest::displayStaysResponsiveDuringASynchronousOperation()
+void ProgressReportsTest::theDisplayIsUpdatedDuringASynchronousOperation()
 {
     Progress::Object progress(total, item);
     bool processed = false;
@@ -249,7 +249,7 @@ void ProgressReportsTest::workerReportsAreDeliveredInOrder()
     disconnect(item, nullptr, this, nullptr);
 }
 
-void ProgressReportsTest::userSetsAndClearsThePointer()
+void ProgressReportsTest::aUserObjectSetsAndClearsThePointer()
 {
     Progress::Object* slot = nullptr;
     QPointer<Progress::Object> object;

@@ -5,7 +5,7 @@
 
 #include "tests/services/ShownBars.h"
 
-// Tests of the bars, which show a total, its items and the acts of the items.
+// Tests of the bars. The bars show a total, its items, and the acts of the items.
 class ProgressStepsTest : public ShownBars
 {
     Q_OBJECT
@@ -18,20 +18,20 @@ private Q_SLOTS:
     void startItemUsesTheNextPartOfTheTotal();
     void changeItemActivityChangesOnlyTheText();
     void changeTotalReducesTheValueToTheOldMaximum();
-    void changeTotalKeepsASmallerValue();
+    void changeTotalDoesNotChangeASmallerValue();
     void actsDivideThePartOfAnItemWithoutRoundingErrors();
-    void itemCanUseSeveralActs();
-    void actBeyondTheLastEndsAtTheLast();
-    void zeroActsUseTheWholePartOfTheItem();
-    void endItemActsMovesToTheEndOfAllActs();
-    void changeItemActsMovesToTheNewShare();
-    void changeItemActsToZeroMovesToTheEndOfTheActs();
+    void oneStepCanUseSeveralActs();
+    void anActThatIsTooLongEndsWithTheLastAct();
+    void anItemWithoutActsUsesItsWholePart();
+    void endItemActsMovesTheBarToTheEndOfAllActs();
+    void changeItemActsMovesTheBarToTheNewShare();
+    void changeItemActsToZeroMovesTheBarToTheEndOfTheActs();
     void changeItemActStepsSetsValueAndMaximum();
     void twoArgumentFormOfChangeItemActStepsIsNeverSent();
     void itemMaximumOfZeroFillsThePartOfTheItem();
     void itemValueIsClamped();
     void bytesBeyondTheRangeOfABarAreScaled();
-    void largestMaximumOfABarIsExact();
+    void theLargestMaximumOfABarIsNotScaled();
 };
 
 void ProgressStepsTest::typesAreRegisteredUnderTheirNames()
@@ -159,7 +159,7 @@ void ProgressStepsTest::changeTotalReducesTheValueToTheOldMaximum()
     QCOMPARE(total->maximum(), 50);
 }
 
-void ProgressStepsTest::changeTotalKeepsASmallerValue()
+void ProgressStepsTest::changeTotalDoesNotChangeASmallerValue()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Collecting", 100);
@@ -187,7 +187,7 @@ void ProgressStepsTest::actsDivideThePartOfAnItemWithoutRoundingErrors()
     QCOMPARE(total->value(), 117);
 }
 
-void ProgressStepsTest::itemCanUseSeveralActs()
+void ProgressStepsTest::oneStepCanUseSeveralActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 100);
@@ -225,7 +225,7 @@ void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
     QCOMPARE(total->maximum(), 3 << 29);
     QCOMPARE(total->value(), 750 >> 2);
 
-    // The scale disappears with the maximum that needed it.
+    // A smaller maximum needs no scale.
     progress.changeTotal(1500);
     QCOMPARE(total->maximum(), 1500);
     QCOMPARE(total->value(), 750);
@@ -236,7 +236,7 @@ void ProgressStepsTest::bytesBeyondTheRangeOfABarAreScaled()
     QCOMPARE(item->value(), 7);
 }
 
-void ProgressStepsTest::largestMaximumOfABarIsExact()
+void ProgressStepsTest::theLargestMaximumOfABarIsNotScaled()
 {
     const Steps largest = std::numeric_limits<int>::max();
     Progress::Object progress(total, item);
@@ -254,7 +254,7 @@ void ProgressStepsTest::largestMaximumOfABarIsExact()
     QCOMPARE(item->maximum(), int(largest));
 }
 
-void ProgressStepsTest::actBeyondTheLastEndsAtTheLast()
+void ProgressStepsTest::anActThatIsTooLongEndsWithTheLastAct()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -269,7 +269,7 @@ void ProgressStepsTest::actBeyondTheLastEndsAtTheLast()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::zeroActsUseTheWholePartOfTheItem()
+void ProgressStepsTest::anItemWithoutActsUsesItsWholePart()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -280,7 +280,7 @@ void ProgressStepsTest::zeroActsUseTheWholePartOfTheItem()
     QCOMPARE(total->value(), 100);
 }
 
-void ProgressStepsTest::endItemActsMovesToTheEndOfAllActs()
+void ProgressStepsTest::endItemActsMovesTheBarToTheEndOfAllActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -289,12 +289,12 @@ void ProgressStepsTest::endItemActsMovesToTheEndOfAllActs()
     progress.startItemAct("one", 10, 1);
     progress.endItemActs();
     QCOMPARE(total->value(), 150);
-    // The item now covers no part of the total.
+    // Now the item covers no part of the total.
     progress.changeItemActSteps(10, 10);
     QCOMPARE(total->value(), 150);
 }
 
-void ProgressStepsTest::changeItemActsMovesToTheNewShare()
+void ProgressStepsTest::changeItemActsMovesTheBarToTheNewShare()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);
@@ -310,7 +310,7 @@ void ProgressStepsTest::changeItemActsMovesToTheNewShare()
     QCOMPARE(total->value(), 87);
 }
 
-void ProgressStepsTest::changeItemActsToZeroMovesToTheEndOfTheActs()
+void ProgressStepsTest::changeItemActsToZeroMovesTheBarToTheEndOfTheActs()
 {
     Progress::Object progress(total, item);
     progress.startTotal("Applying", 1000);

@@ -53,20 +53,20 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void inputOfTheFirstMomentIsIgnored_data();
-    void inputOfTheFirstMomentIsIgnored();
+    void inputInTheFirstMomentIsIgnored_data();
+    void inputInTheFirstMomentIsIgnored();
     void inputIsTakenAfterTheFirstMoment_data();
     void inputIsTakenAfterTheFirstMoment();
-    void heldKeyIsIgnored();
-    void heldKeyIsIgnoredAlsoIfQtDoesNotRecogniseTheRepetition();
-    void keyThatIsHeldSinceTheFirstMomentIsIgnored();
-    void keyThatIsPressedLaterRepeats();
+    void theRepetitionsOfAHeldKeyAreIgnored();
+    void theRepetitionsOfAHeldKeyAreIgnoredEvenIfQtDoesNotRecogniseThem();
+    void aKeyThatIsHeldSinceTheFirstMomentIsIgnored();
+    void aKeyThatIsPressedLaterCanRepeat();
     void buttonsAreDisabledInTheFirstMoment();
-    void mouseButtonThatIsPressedTooEarlyPressesNothing();
-    void focusReturnsToItsButton_data();
-    void focusReturnsToItsButton();
-    void firstActivationBeginsTheMomentAgain();
-    void otherWindowsTakeInput();
+    void aMouseButtonThatIsPressedTooEarlyPressesNoButton();
+    void theDefaultButtonGetsTheFocusAfterTheFirstMoment_data();
+    void theDefaultButtonGetsTheFocusAfterTheFirstMoment();
+    void theFirstActivationOfTheWindowBeginsTheMomentAgain();
+    void theGuardDoesNotAffectOtherWindows();
     void windowCanBeClosedAtOnce();
 
 private:
@@ -99,7 +99,7 @@ void QuestionGuardTest::cleanup()
 
 void QuestionGuardTest::show()
 {
-    // The first moment must not end on a busy machine before the test has sent its input.
+    // On a busy machine, the first moment must not end before the test has sent its input.
     QuestionGuard::pause = 1000000;
     dialog->show();
     QVERIFY(QTest::qWaitForWindowActive(dialog.get(), 30000));
@@ -115,7 +115,7 @@ void QuestionGuardTest::waitForInput()
     QTRY_VERIFY(takesInput(dialog.get()));
 }
 
-void QuestionGuardTest::inputOfTheFirstMomentIsIgnored_data()
+void QuestionGuardTest::inputInTheFirstMomentIsIgnored_data()
 {
     addInput();
     QTest::newRow("double click") << 7;
@@ -177,12 +177,12 @@ void give(int input, QDialog* dialog)
 
 } // namespace
 
-void QuestionGuardTest::inputOfTheFirstMomentIsIgnored()
+void QuestionGuardTest::inputInTheFirstMomentIsIgnored()
 {
     QFETCH(int, input);
     show();
     give(input, dialog.get());
-    QTest::qWait(200); // an animated click takes 100 ms
+    QTest::qWait(200); // an animated click needs 100 ms
     QVERIFY(dialog->isVisible());
     QCOMPARE(dialog->result(), -1);
     waitForInput();
@@ -200,7 +200,7 @@ void QuestionGuardTest::inputIsTakenAfterTheFirstMoment()
     QCOMPARE(dialog->result(), input == 1 ? 0 : 1);
 }
 
-void QuestionGuardTest::heldKeyIsIgnored()
+void QuestionGuardTest::theRepetitionsOfAHeldKeyAreIgnored()
 {
     show();
     waitForInput();
@@ -214,7 +214,7 @@ void QuestionGuardTest::heldKeyIsIgnored()
     QVERIFY(!dialog->isVisible());
 }
 
-void QuestionGuardTest::heldKeyIsIgnoredAlsoIfQtDoesNotRecogniseTheRepetition()
+void QuestionGuardTest::theRepetitionsOfAHeldKeyAreIgnoredEvenIfQtDoesNotRecogniseThem()
 {
     show();
     waitForInput();
@@ -228,7 +228,7 @@ void QuestionGuardTest::heldKeyIsIgnoredAlsoIfQtDoesNotRecogniseTheRepetition()
     QVERIFY(!dialog->isVisible());
 }
 
-void QuestionGuardTest::keyThatIsHeldSinceTheFirstMomentIsIgnored()
+void QuestionGuardTest::aKeyThatIsHeldSinceTheFirstMomentIsIgnored()
 {
     show();
     sendKey(dialog->windowHandle(), QEvent::KeyPress, Qt::Key_Return, false);
@@ -237,7 +237,7 @@ void QuestionGuardTest::keyThatIsHeldSinceTheFirstMomentIsIgnored()
     QVERIFY(dialog->isVisible());
 }
 
-void QuestionGuardTest::keyThatIsPressedLaterRepeats()
+void QuestionGuardTest::aKeyThatIsPressedLaterCanRepeat()
 {
     show();
     waitForInput();
@@ -264,7 +264,7 @@ void QuestionGuardTest::buttonsAreDisabledInTheFirstMoment()
     }
 }
 
-void QuestionGuardTest::mouseButtonThatIsPressedTooEarlyPressesNothing()
+void QuestionGuardTest::aMouseButtonThatIsPressedTooEarlyPressesNoButton()
 {
     show();
     QPushButton* const ok = button(*dialog, "&OK");
@@ -277,14 +277,14 @@ void QuestionGuardTest::mouseButtonThatIsPressedTooEarlyPressesNothing()
     QVERIFY(!dialog->isVisible());
 }
 
-void QuestionGuardTest::focusReturnsToItsButton_data()
+void QuestionGuardTest::theDefaultButtonGetsTheFocusAfterTheFirstMoment_data()
 {
     QTest::addColumn<bool>("isBox");
     QTest::newRow("message box") << true;
     QTest::newRow("listing") << false;
 }
 
-void QuestionGuardTest::focusReturnsToItsButton()
+void QuestionGuardTest::theDefaultButtonGetsTheFocusAfterTheFirstMoment()
 {
     QFETCH(bool, isBox);
     guard.reset();
@@ -303,7 +303,7 @@ void QuestionGuardTest::focusReturnsToItsButton()
     QVERIFY(button(*dialog, "&No")->hasFocus());
 }
 
-void QuestionGuardTest::firstActivationBeginsTheMomentAgain()
+void QuestionGuardTest::theFirstActivationOfTheWindowBeginsTheMomentAgain()
 {
     QWidget other;
     other.show();
@@ -321,7 +321,7 @@ void QuestionGuardTest::firstActivationBeginsTheMomentAgain()
     QVERIFY(dialog->isActiveWindow());
     QVERIFY(!takesInput(dialog.get()));
     waitForInput();
-    // Only the first activation does that.
+    // Only the first activation begins the moment again.
     QApplication::setActiveWindow(&other);
     QVERIFY(!dialog->isActiveWindow());
     QApplication::setActiveWindow(dialog.get());
@@ -329,7 +329,7 @@ void QuestionGuardTest::firstActivationBeginsTheMomentAgain()
     QVERIFY(takesInput(dialog.get()));
 }
 
-void QuestionGuardTest::otherWindowsTakeInput()
+void QuestionGuardTest::theGuardDoesNotAffectOtherWindows()
 {
     show();
     QPushButton other("Other");

@@ -65,10 +65,10 @@ private Q_SLOTS:
     void confirmHasTwoCentredButtons();
     void errorHasOneCentredButton();
     void iconsAreTheSameAsInMessageBoxes();
-    void buttonsAnswer();
+    void eachButtonGivesItsAnswer();
     void enterAcceptsAndEscapeRejects();
     void enterRejectsIfRejectionIsTheDefault();
-    void closingRejects();
+    void closingTheDialogRejects();
     void textIsShownAsPlainText();
     void shortTextNeedsNoScrolling();
     void textThatFitsOnTheScreenIsShownCompletely_data();
@@ -76,7 +76,7 @@ private Q_SLOTS:
     void longTextScrollsInsideTheScreen_data();
     void longTextScrollsInsideTheScreen();
     void keysScrollALongText();
-    void keysScrollFromEveryButton();
+    void keysScrollTheTextWhateverButtonHasTheFocus();
     void noticeAndSummaryAreVisibleWithoutScrolling();
     void textCanBeCopied();
     void textIsFoundAndEnterInTheFieldDoesNotAccept();
@@ -134,7 +134,7 @@ void ScrollableDialogsTest::iconsAreTheSameAsInMessageBoxes()
     QVERIFY(!shows(error, QStyle::SP_MessageBoxQuestion));
 }
 
-void ScrollableDialogsTest::buttonsAnswer()
+void ScrollableDialogsTest::eachButtonGivesItsAnswer()
 {
     ScrollableConfirmDialog confirm("Is this ok?", "Yes", "No", nullptr);
     confirm.show();
@@ -193,7 +193,7 @@ void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Accepted));
 }
 
-void ScrollableDialogsTest::closingRejects()
+void ScrollableDialogsTest::closingTheDialogRejects()
 {
     ScrollableConfirmDialog dialog("Is this ok?", "Yes", "No", nullptr);
     dialog.setResult(QDialog::Accepted);
@@ -297,7 +297,7 @@ void ScrollableDialogsTest::longTextScrollsInsideTheScreen()
     QVERIFY(area->verticalScrollBar()->isVisible());
     QVERIFY(area->horizontalScrollBar()->isVisible());
     QVERIFY(area->viewport()->height() > 200);
-    // The end of the text can be scrolled into view.
+    // The user can scroll to the end of the text.
     const QLabel* label = textLabel(*dialog);
     area->verticalScrollBar()->setValue(area->verticalScrollBar()->maximum());
     QVERIFY(label->y() + label->height() <= area->viewport()->height());
@@ -321,7 +321,7 @@ void ScrollableDialogsTest::keysScrollALongText()
     QVERIFY(dialog.isVisible());
 }
 
-void ScrollableDialogsTest::keysScrollFromEveryButton()
+void ScrollableDialogsTest::keysScrollTheTextWhateverButtonHasTheFocus()
 {
     ScrollableConfirmDialog dialog(longText(), "Yes", "No", nullptr, true);
     dialog.show();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class of the tests of Progress: both bars in a window, and the tip that lists the downloads.
+// The base class for tests of Progress. It has both bars in a window, and the tip that lists the downloads.
 
 #ifndef TESTS_SERVICES_SHOWNBARS_H
 #define TESTS_SERVICES_SHOWNBARS_H
@@ -22,12 +22,12 @@ class ShownBars : public QObject
     Q_OBJECT
 
 protected:
-    // A report is sent only if more than this many milliseconds have passed since the last report.
+    // Progress sends a report only if more than this many milliseconds have passed since the last report.
     static constexpr int interval = 9;
 
     static void waitForInterval();
-    // Calls act() within one interval. If another process delays it for longer, it is repeated, with its
-    // preparation.
+    // Calls act() within one interval. If other processes delay act() for longer, prepare() and act() are
+    // called again.
     template <typename Prepare, typename Act> static void withinTheInterval(Prepare prepare, Act act)
     {
         QElapsedTimer timer;

@@ -41,7 +41,7 @@ private Q_SLOTS:
 
     void cleanup() { qInstallMessageHandler(handler); }
 
-    void anAttendedLogReportsNothing()
+    void theLogIsNotWrittenToTheMessagesWhileAUserIsPresent()
     {
         QVERIFY(!Unattended::is());
         Log::EntryList log;
@@ -52,7 +52,7 @@ private Q_SLOTS:
         QCOMPARE(messages, QStringList());
     }
 
-    // The dialog stays open, because the graphical thread does not return to it.
+    // The dialog is still open, because the graphical thread does not return to it.
     void aWaitingWorkerGetsTheSafeAnswer()
     {
         std::atomic<int> answer(-2);
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(answers[3], 0);
     }
 
-    void theLogIsWrittenToTheMessages()
+    void theLogIsWrittenToTheMessagesIfNoUserIsPresent()
     {
         Log::EntryList log;
         QSignalSpy appended(&log, SIGNAL(appended()));

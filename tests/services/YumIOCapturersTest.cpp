@@ -63,7 +63,7 @@ public:
     QString out;
     QString err;
     QStringList errors;
-    QStringList ended; // for each end of a capture, the output until this end
+    QStringList ended; // the output up to each end of a capture
     bool otherThread = false;
 
 private:
@@ -98,7 +98,7 @@ void runOnWorker(std::function<void()> operation)
 
 QStringList openDescriptors()
 {
-    // In each call, the list also contains the descriptor that reads the directory.
+    // The list always contains the descriptor that reads the directory, too.
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
 }
 
@@ -120,8 +120,7 @@ bool isFull(int fd)
     return ioctl(fd, FIONREAD, &waiting) == 0 && waiting > fcntl(fd, F_GETPIPE_SZ) - 4096;
 }
 
-// The descriptor whose replacement fails; -1 means none. Nothing outside the process can make a replacement
-// fail.
+// The descriptor whose replacement fails; -1 means none. A test has no other way to make a replacement fail.
 std::atomic<int> irreplaceable(-1);
 
 void writeAll(int fd, const QByteArray& bytes)
@@ -161,7 +160,7 @@ private Q_SLOTS:
     void textIsDeliveredOnTheGraphicalThread();
     void lastOutputOfAChildArrives();
     void outputJustBeforeTheEndArrivesBeforeTheEnd();
-    void endOfEachCaptureIsReportedAfterItsLastOutput();
+    void theEndOfEachCaptureIsReportedAfterItsLastOutput();
     void characterSplitBetweenTwoReadsArrivesCompletely();
     void splitCharactersOfTheStreamsAreNotMixed();
     void descriptorsAreRestored();
@@ -170,17 +169,17 @@ private Q_SLOTS:
     void backgroundChildThatKeepsWritingDoesNotDelayTheEnd();
     void fastWriterDoesNotFreezeTheGraphicalThread();
     void receiverMayProcessEvents();
-    void serveAllInsideTheReceiverEndsTheCapture();
-    void noDescriptorLeaks();
+    void theWorkerDoesNotWaitIfTheProcessEndsInsideTheReceiver();
+    void aCaptureLeaksNoDescriptors();
     void childrenInheritOnlyTheStandardDescriptors();
-    void failingPipesDoNotChangeTheOutput_data();
-    void failingPipesDoNotChangeTheOutput();
+    void outputIsNotChangedIfNoPipesCanBeMade_data();
+    void outputIsNotChangedIfNoPipesCanBeMade();
     void descriptorThatCannotBeSavedIsNotReplaced();
-    void descriptorThatCannotBeReplacedStays_data();
-    void descriptorThatCannotBeReplacedStays();
-    void failedRestoreIsReportedAndTheReaderStays_data();
-    void failedRestoreIsReportedAndTheReaderStays();
-    void nestedUsersRestoreTheOuterObject();
+    void aDescriptorThatCannotBeReplacedIsKept_data();
+    void aDescriptorThatCannotBeReplacedIsKept();
+    void aFailedRestoreIsReportedAndTheReaderContinues_data();
+    void aFailedRestoreIsReportedAndTheReaderContinues();
+    void theEndOfANestedUserRestoresTheOuterObject();
 
 private:
     struct stat originalStdout;
@@ -306,7 +305,7 @@ void YumIOCapturersTest::outputJustBeforeTheEndArrivesBeforeTheEnd()
     }
 }
 
-void YumIOCapturersTest::endOfEachCaptureIsReportedAfterItsLastOutput()
+void YumIOCapturersTest::theEndOfEachCaptureIsReportedAfterItsLastOutput()
 {
     Receiver receiver;
     for (const char* words : {"one", " two"}) {
@@ -464,9 +463,9 @@ void YumIOCapturersTest::receiverMayProcessEvents()
     }
 }
 
-// The end of the process begins while the receiver of the last output processes events. The graphical thread
-// does not return to its event loop, so the worker must not wait for this thread.
-void YumIOCapturersTest::serveAllInsideTheReceiverEndsTheCapture()
+// The process begins to end while the receiver of the last output processes events. The graphical thread does
+// not return to its event loop, so the worker must not wait for this thread.
+void YumIOCapturersTest::theWorkerDoesNotWaitIfTheProcessEndsInsideTheReceiver()
 {
     Receiver receiver;
     bool ended = false;
@@ -490,7 +489,7 @@ void YumIOCapturersTest::serveAllInsideTheReceiverEndsTheCapture()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-void YumIOCapturersTest::noDescriptorLeaks()
+void YumIOCapturersTest::aCaptureLeaksNoDescriptors()
 {
     Receiver receiver;
     runOnWorker([&] { YumIOCapturers capturers(&receiver); });
@@ -525,16 +524,16 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
     QCOMPARE(with.out.trimmed(), without.out.trimmed());
 }
 
-void YumIOCapturersTest::failingPipesDoNotChangeTheOutput_data()
+void YumIOCapturersTest::outputIsNotChangedIfNoPipesCanBeMade_data()
 {
     QTest::addColumn<int>("available");
-    // The capture needs two saved descriptors, the two ends of the first pipe and the two ends of the second.
+    // The capture needs two saved descriptors, and the two ends of each of two pipes.
     for (int available = 0; available < 6; ++available) {
         QTest::newRow(QByteArray::number(available) + " descriptors left") << available;
     }
 }
 
-void YumIOCapturersTest::failingPipesDoNotChangeTheOutput()
+void YumIOCapturersTest::outputIsNotChangedIfNoPipesCanBeMade()
 {
     QFETCH(int, available);
     Receiver receiver;
@@ -547,8 +546,8 @@ void YumIOCapturersTest::failingPipesDoNotChangeTheOutput()
         rlimit limit;
         getrlimit(RLIMIT_NOFILE, &limit);
         const rlimit former = limit;
-        // The lowest limit that leaves this many numbers free. "used" includes the descriptor that read the
-        // list.
+        // The lowest limit that leaves this many numbers free. "used" includes the descriptor that was used
+        // to read the list.
         int free = 0;
         int number = 0;
         while (free < available || fcntl(number, F_GETFD) != -1) {
@@ -596,14 +595,14 @@ void YumIOCapturersTest::descriptorThatCannotBeSavedIsNotReplaced()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::descriptorThatCannotBeReplacedStays_data()
+void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept_data()
 {
     QTest::addColumn<int>("descriptor");
     QTest::newRow("standard output") << STDOUT_FILENO;
     QTest::newRow("standard error") << STDERR_FILENO;
 }
 
-void YumIOCapturersTest::descriptorThatCannotBeReplacedStays()
+void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept()
 {
     QFETCH(int, descriptor);
     Receiver receiver;
@@ -629,7 +628,7 @@ void YumIOCapturersTest::descriptorThatCannotBeReplacedStays()
         after = countDescriptors();
     });
     QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
-    // The descriptor that was replaced first stays replaced until the end.
+    // The descriptor that was replaced first is restored only at the end.
     QCOMPARE(stdoutStayed, descriptor == STDOUT_FILENO);
     QVERIFY(stderrStayed);
     QVERIFY(restored);
@@ -637,17 +636,17 @@ void YumIOCapturersTest::descriptorThatCannotBeReplacedStays()
     QCOMPARE(after, before);
 }
 
-void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays_data()
+void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues_data()
 {
     QTest::addColumn<int>("descriptor");
     QTest::newRow("standard output") << 1;
     QTest::newRow("standard error") << 2;
 }
 
-void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays()
+void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues()
 {
     QFETCH(int, descriptor);
-    // These objects exist until the end of the program, because the reader stays.
+    // These objects exist until the end of the program, because the reader is never deleted.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
     // Standard output and standard error may be the same file. Then only the order of their creation
@@ -690,7 +689,7 @@ void YumIOCapturersTest::failedRestoreIsReportedAndTheReaderStays()
     QVERIFY(!stderrRestored);
 }
 
-void YumIOCapturersTest::nestedUsersRestoreTheOuterObject()
+void YumIOCapturersTest::theEndOfANestedUserRestoresTheOuterObject()
 {
     Receiver receiver;
     YumIOCapturers* slot = nullptr;

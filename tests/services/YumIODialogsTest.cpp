@@ -91,8 +91,8 @@ private Q_SLOTS:
 
     void confirmAnswersByButton_data();
     void confirmAnswersByButton();
-    void theDefaultOfAQuestionCanBeItsRejection_data();
-    void theDefaultOfAQuestionCanBeItsRejection();
+    void theDefaultButtonOfAQuestionCanReject_data();
+    void theDefaultButtonOfAQuestionCanReject();
     void confirmClosedByTheWindowButtonIsRejected();
     void messageAnswersWithTheNumberOfTheButton_data();
     void messageAnswersWithTheNumberOfTheButton();
@@ -105,11 +105,11 @@ private Q_SLOTS:
     void boxLooksLikeTheStandardBox_data();
     void boxLooksLikeTheStandardBox();
     void messageTextIsShownAsPlainText();
-    void scrollableShowsTheTextUntilClosed();
-    void graphicalThreadGetsTheAnswerWithoutTheLocalLoop();
+    void theScrollableDialogShowsTheTextUntilItIsClosed();
+    void theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop();
     void oneObjectServesManyRequests();
     void mainWindowIsTheParentAndStaysResponsive();
-    void nestedUsersRestoreTheOuterObject();
+    void theEndOfANestedUserRestoresTheOuterObject();
 
 private:
     // Runs the request on a worker while "act" handles the dialog; returns the answer.
@@ -187,14 +187,14 @@ void YumIODialogsTest::confirmAnswersByButton()
     QCOMPARE(text, QString("Install <3> packages"));
 }
 
-void YumIODialogsTest::theDefaultOfAQuestionCanBeItsRejection_data()
+void YumIODialogsTest::theDefaultButtonOfAQuestionCanReject_data()
 {
     QTest::addColumn<bool>("rejectIsDefault");
     QTest::newRow("reject") << true;
     QTest::newRow("accept") << false;
 }
 
-void YumIODialogsTest::theDefaultOfAQuestionCanBeItsRejection()
+void YumIODialogsTest::theDefaultButtonOfAQuestionCanReject()
 {
     QFETCH(bool, rejectIsDefault);
     const int result = run(
@@ -416,7 +416,7 @@ void YumIODialogsTest::messageTextIsShownAsPlainText()
     QCOMPARE(shown, text);
 }
 
-void YumIODialogsTest::scrollableShowsTheTextUntilClosed()
+void YumIODialogsTest::theScrollableDialogShowsTheTextUntilItIsClosed()
 {
     QString title;
     bool rightClass = false;
@@ -431,7 +431,7 @@ void YumIODialogsTest::scrollableShowsTheTextUntilClosed()
     QVERIFY(rightClass);
 }
 
-void YumIODialogsTest::graphicalThreadGetsTheAnswerWithoutTheLocalLoop()
+void YumIODialogsTest::theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop()
 {
     YumIODialogs dialogs(mainWindow.get());
     // Runs when events are processed after the user has answered the dialog.
@@ -501,7 +501,7 @@ void YumIODialogsTest::mainWindowIsTheParentAndStaysResponsive()
     QVERIFY(ticks >= 5);
 }
 
-void YumIODialogsTest::nestedUsersRestoreTheOuterObject()
+void YumIODialogsTest::theEndOfANestedUserRestoresTheOuterObject()
 {
     YumIODialogs base(mainWindow.get());
     YumIODialogs* slot = &base;

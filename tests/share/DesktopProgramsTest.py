@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of webbrowser and mimeviewer: the arguments that they open or refuse, and the user whose programs they run.
+"""Tests of webbrowser and mimeviewer: the arguments that these programs open or refuse, and the user whose programs
+they run.
 
-Scripts replace the programs of a desktop and record how they were started. VYRE_BUILD names the build directory that
-is installed.
+Scripts replace the programs of a desktop and record how they were started. VYRE_BUILD names the build directory; the
+tests install its contents.
 """
 import html
 import json
@@ -36,7 +37,7 @@ os.rename({report!r} + '.part', {report!r})
 
 NOBODY = pwd.getpwnam('nobody')
 
-# Programs that another user runs are copied, because this user may have no access to the directory of the tree.
+# The tests copy the programs that another user runs, because this user may have no access to the source tree.
 programs = tempfile.TemporaryDirectory(prefix='desktop-programs.')
 COPY = programs.name
 
@@ -105,7 +106,9 @@ class DesktopTest(unittest.TestCase):
         return facts
 
     def refused(self, program, *arguments, shown=False, environment=None, **options):
-        """The message of a refusal. If shown is set, one program was started and shows the message; else none was."""
+        """The message of a refusal. If shown is set, one program was started and shows the message; otherwise no
+        program was started.
+        """
         environment = dict(environment or {}, **{'DISPLAY': ':7'} if shown else {})
         done = self.run_program(program, *arguments, environment=environment, **options)
         self.assertEqual((done.returncode, done.stdout), (1, ''))
@@ -222,7 +225,7 @@ class RefusedTest(DesktopTest):
         self.assertEqual(self.refused('webbrowser', 'http://a', 'http://b'), 'usage: webbrowser URL')
         self.assertEqual(self.refused('mimeviewer', 'text/plain'), 'usage: mimeviewer TYPE FILE')
 
-    def test_without_any_desktop_program_nothing_is_opened(self):
+    def test_nothing_is_opened_if_no_desktop_program_is_installed(self):
         os.remove(os.path.join(self.bin, 'xdg-open'))
         self.assertRegex(self.refused('webbrowser', 'http://me:secret@h/'),
                          '^"http://h/" is not opened: none of xdg-open, .* is installed$')
@@ -262,7 +265,7 @@ class UserTest(DesktopTest):
                     '"http://h/" is not opened as root: neither pkexec nor sudo names another user')
 
     def test_a_refusal_is_shown_on_the_display(self):
-        # A real program would wait until a user presses its button.
+        # A real program would wait until a user presses the button.
         self.install('xmessage')
         message = self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': None}, shown=True)
         with open(self.report) as report:
@@ -285,7 +288,7 @@ class UserTest(DesktopTest):
                           argument[len('--text='):])
         return argument
 
-    def test_the_text_of_a_message_is_never_markup(self):
+    def test_the_text_of_a_message_is_never_shown_as_markup(self):
         for program in ('zenity', 'kdialog', 'xmessage'):
             with self.subTest(program=program):
                 self.install(program)
@@ -320,7 +323,7 @@ class UserTest(DesktopTest):
         self.assertTrue(os.path.exists(self.report))
         os.remove(self.report)
 
-    def test_the_last_output_of_vyre_is_never_markup(self):
+    def test_the_last_output_of_vyre_is_never_shown_as_markup(self):
         for program in ('zenity', 'kdialog', 'xmessage'):
             with self.subTest(program=program):
                 self.install(program)
@@ -375,7 +378,9 @@ class UserTest(DesktopTest):
 
 
 class EnvironmentTest(unittest.TestCase):
-    """The environment that is made from the user's entry and the given variables. It runs as the current user."""
+    """The environment that the module makes from the user's entry and the given variables. The tests run as the current
+    user.
+    """
 
     def setUp(self):
         self.scratch = tempfile.mkdtemp(prefix='desktop.')

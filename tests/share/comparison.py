@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Runs the same operation through the script and through the command dnf, on two copies of one root, and compares.
+"""Runs the same operation with the script and with the dnf command, on two copies of one root, and compares the
+results.
 
 A scenario is a row of a table:
 
@@ -58,8 +59,8 @@ plugins=0
 module_platform_id=platform:larkspur9
 """
 
-# The headings of packages in dnf's table, by the action and the reason of an item in the script's listing. The script
-# itself adds all other headings to the listing. Their entries are not packages.
+# The headings in dnf's table for packages, by the action and the reason of an item in the script's listing. The script
+# itself adds all other headings to the listing. Below those headings are no packages.
 INSTALLED_FOR = {GROUP: "Installing group/module packages", WEAK: "Installing weak dependencies",
                  DEPENDENCY: "Installing dependencies"}
 REMOVED_FOR = {DEPENDENCY: "Removing dependent packages", CLEAN: "Removing unused dependencies"}
@@ -87,7 +88,7 @@ class Scenario(object):
 
 
 class World(object):
-    """A copy of the sandbox's root with the configuration and the cached metadata that all scenarios share."""
+    """A copy of the sandbox's root. It has the configuration and the cached metadata that all scenarios share."""
 
     def __init__(self):
         self.sandbox = scenario.original()
@@ -110,14 +111,14 @@ class World(object):
             raise RuntimeError(done.stdout)
 
     def make_plugins(self):
-        """Settings that enable one plug-in: versionlock, which keeps abacus-cli at its version."""
+        """Settings that enable only the versionlock plug-in, which keeps abacus-cli at its version."""
         directory = os.path.join(self.directory, "plugins")
         os.makedirs(directory)
         locks = os.path.join(directory, "locks")
         with open(locks, "w") as stream:
             stream.write("abacus-cli-0:3.2.1-1.*\n")
         for name in os.listdir(PLUGINS):
-            # Some plug-ins have the name of their file, others have "-" in place of its "_".
+            # Some plug-ins have the name of their file. Others have "-" in place of "_".
             for name in {name[:-3], name[:-3].replace("_", "-")} if name.endswith(".py") else ():
                 with open(os.path.join(directory, name + ".conf"), "w") as stream:
                     stream.write("[main]\nenabled=%d\nlocklist=%s\n" % (name == "versionlock", locks))
@@ -305,7 +306,7 @@ UPDATABLE, AVAILABLE, INSTALLED = "updatable", "available", "installed"
 
 
 class Row(object):
-    """A row of the table, as the program's Package::Entry: a package of one bi-arch class, or a group.
+    """A row of the table, like the program's Package::Entry: a package of one bi-arch class, or a group.
 
     versions is the chain of the installed versions, as pairs of a package and whether the configuration excludes it.
     """
@@ -385,7 +386,7 @@ class _Driver(scenario.ScenarioTest):
                 rows.setdefault(key(old), Row(INSTALLED, old)).versions.append((old, excluded))
         for new in everything.available:
             rows.setdefault(key(new), Row(AVAILABLE, new))
-        # Two keys may have one row.
+        # Two keys may belong to the same row.
         return list({id(row): row for row in rows.values()}.values())
 
     def rows_of_groups(self, groups):
@@ -401,7 +402,7 @@ class _Driver(scenario.ScenarioTest):
         return list(rows.values())
 
     def is_updatable(self, name):
-        """Whether the program would update a member of a group. It looks for the system's architecture first."""
+        """Whether the program would update a group member. The program looks for the system's architecture first."""
         found = [row for row in self.rows if row.shown.name == name]
         native = [row for row in found if self.yumio.getBiArch(row.shown.arch) == self.yumio.base.conf.basearch]
         return any(row.state == UPDATABLE for row in (native or found)[:1])
@@ -414,7 +415,7 @@ class _Driver(scenario.ScenarioTest):
                         "%s-%s.%s" % (package.name, package.version, package.arch))
 
     def marked(self, action, mark):
-        """The rows that a mark names. The table must permit the action in at least one of them."""
+        """The rows that a mark names. The table must permit the action in at least one of these rows."""
         found = [row for row in self.rows if self.matches(mark, row.shown)
                  or any(self.matches(mark, version) for version, excluded in row.versions)]
         return self.permitted(action, mark, found)
@@ -437,13 +438,15 @@ class _Driver(scenario.ScenarioTest):
         return found[0]
 
     def all_updates(self):
-        """The rows that "Set Update of Listed" marks. It does not mark packages that another package replaces."""
+        """The rows that the "Set Update of Listed" button marks. The button does not mark packages that another package
+        replaces.
+        """
         replaced = set(str(old) for old, other in self.yumio.replacements)
         return [row for row in self.rows if row.permits("update")
                 and not any(str(version) in replaced for version, excluded in row.versions)]
 
     def lists(self, marks):
-        """The lists of YumIO::applyReal."""
+        """The lists that YumIO::applyReal passes to the script."""
         installs = [self.best(mark) for mark in marks["install"]]
         updated = self.all_updates() if marks["update"] == ["all"] else [
             row for mark in marks["update"] for row in self.marked("update", mark)]
@@ -456,7 +459,7 @@ class _Driver(scenario.ScenarioTest):
 
 
 def _in_child(function, *arguments):
-    """Runs a function in a child process; returns a function that waits for the result and returns it."""
+    """Runs a function in a child process. Returns a function that waits for the result and returns the result."""
     def in_child(writer):
         try:
             answer = {"result": function(*arguments)}
@@ -495,7 +498,7 @@ class ComparisonTest(unittest.TestCase):
         with self.prepared(row, own):
             before = state(own)
             copy(own, other)
-            # The script uses the same macros of rpm as dnf.
+            # The script uses the same rpm macros as dnf.
             os.environ["HOME"] = world().home
             wait = _in_child(_Driver().run_script, own, row.marks, row.groups, row.replay)
             done = world().dnf(other, self.command(row.dnf, directory))
@@ -541,7 +544,7 @@ class ComparisonTest(unittest.TestCase):
         yield
 
     def check_difference(self, name):
-        """The manual lists the intended difference."""
+        """Check that the manual lists the intended difference."""
         with open(os.path.join(scenario.SOURCES, "manual", "manual.adoc")) as stream:
             table = stream.read().partition("[#differences]")[2].partition("[#troubleshooting]")[0]
         self.assertIn("\n|%s\n" % name, table)
@@ -554,7 +557,7 @@ class ComparisonTest(unittest.TestCase):
                 self.assertFalse(done, details)
                 self.assertRegex(" ".join(text.split()), expect.partition(" ")[2], details)
             else:
-                # Neither operation failed. In VYRE, the row to mark may be missing, or may not permit the action.
+                # Neither operation must fail. In VYRE, the row to mark may be missing, or may not permit the action.
                 self.assertTrue(done or re.match("not in the table: |not permitted: |There is nothing to do", text),
                                 details)
             return
@@ -569,7 +572,7 @@ class ComparisonTest(unittest.TestCase):
 
 
 def changes_between(before, after):
-    """The changes in the format of a scenario's "expect". The name includes the architecture if it is a foreign one."""
+    """The changes in the format of a scenario's "expect". If the architecture is foreign, the name includes it."""
     def names(found):
         counted = {}
         for package in found:

@@ -33,7 +33,7 @@ INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE, 
 DEPENDENCY, USER, CLEAN, WEAK, GROUP = range(1, 6)
 
 
-# The beginning of the log's text if the package manager cannot read groups.
+# If the package manager cannot read groups, the log has a text that begins in this way.
 WITHOUT_GROUPS = "Groups of packages cannot be read on this system"
 
 
@@ -84,7 +84,7 @@ def limits():
 
 
 class Recording(object):
-    """The recorded calls in their order, and the prepared answers.
+    """The recorded calls in order, and the prepared answers.
 
     calls    list of (function, the values that the program reads from the arguments)
     answers  the results of userconfirm, in order; one more question than answers is an error
@@ -122,7 +122,7 @@ class Recording(object):
             raise AssertionError("unexpected question")
         return self.answers.pop(0)
 
-    # The program reads only these attributes of its arguments.
+    # The functions below read the same attributes of their arguments as the program.
 
     def _read_listTransaction(self, transaction, items):
         read = []
@@ -188,7 +188,8 @@ class Recording(object):
         return [read for called, read in self.calls if called == name]
 
     def order(self, *leaving_out):
-        """The called functions in order, without functions that only report. Repeated calls are in the list once."""
+        """The called functions in order, without functions that only report. Successive calls of a function count once.
+        """
         quiet = ("log", "errorlog", "stdoutWrite", "stderrWrite") + leaving_out
         order = []
         for name, read in self.calls:

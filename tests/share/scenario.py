@@ -28,7 +28,7 @@ from recordingmodule import Recording  # noqa: E402
 
 _SKIPPED = 77  # the exit status of a skipped test's process
 
-_PATIENCE = 180  # seconds until a hanging process is ended
+_PATIENCE = 180  # seconds until the test ends a hanging process
 
 workspace = None
 
@@ -38,9 +38,9 @@ LAYOUT = ("sandbox-disabled", "sandbox-file", "sandbox-http", "sandbox-signed", 
 
 
 def repositories(yumio):
-    """The sorted names of the configured repositories, except the repository of the plug-in local.
+    """The sorted names of the configured repositories, except the repository of the local plug-in.
 
-    Without a main file that disables plug-ins, this plug-in of the running system can add its own repository.
+    If no main file disables plug-ins, this plug-in of the running system can add its own repository.
     """
     return sorted(id for id in yumio.base.repos if id != "_dnf_local")
 
@@ -66,9 +66,9 @@ def original():
 
 
 def start_child(run):
-    """Starts a child process that calls run() with the writing end of a pipe. The result of run() is its exit status.
+    """Starts a child process that calls run() with the writing end of a pipe. The result of run() is the exit status.
 
-    Returns the number of the process and the reading end of the pipe.
+    Returns the child's process number and the reading end of the pipe.
     """
     reader, writer = os.pipe()
     sys.stdout.flush()
@@ -87,7 +87,8 @@ def start_child(run):
 
 
 def in_own_process(method):
-    """A decorator: the test runs in a child process. This process reports the exceptions of the child as failures."""
+    """A decorator that runs the test in a child process. The parent process reports the child's exceptions as failures.
+    """
 
     @functools.wraps(method)
     def run(self):
@@ -136,7 +137,7 @@ class RemoteServer(object):
             signal.alarm(_PATIENCE)
             _serve(sandbox, there)
         there.close()
-        # The URLs of the repositories contain the port, so a restart needs it.
+        # The repository URLs contain the port, so a restarted server needs the same port.
         sandbox._last_port = self._here.recv()
 
     def _call(self, *command):
@@ -207,7 +208,7 @@ def _serve(sandbox, pipe):
 class ScenarioTest(unittest.TestCase):
     """Base of the tests. sandbox: the copy; recording: the script's calls of yumIOC; script: the script's names."""
 
-    # Replaces the running system's own file of dnf, on which the results must not depend.
+    # Replaces the running system's dnf configuration, because the results must not depend on it.
     running_configuration = "/nonexistent/dnf.conf"
 
     def setUp(self):
@@ -226,7 +227,7 @@ class ScenarioTest(unittest.TestCase):
 
     @staticmethod
     def leave_plug_ins_out():
-        """Switches off all plug-ins by default, because the plug-ins of this system write to the real /var."""
+        """Switches off all plug-ins, because the plug-ins of this system write to the real /var."""
         import dnf.conf
 
         initialize = dnf.conf.MainConf.__init__
@@ -238,7 +239,7 @@ class ScenarioTest(unittest.TestCase):
         dnf.conf.MainConf.__init__ = without
 
     def assert_host_is_left_alone(self):
-        """No loaded plug-in writes outside the managed system."""
+        """Checks that no loaded plug-in writes outside the managed system."""
         for plugIn in self.yumio.base._plugins.plugins:
             self.assertNotEqual(plugIn.name, "generate_completion_cache")
             if plugIn.name == "local" and plugIn.main["enabled"]:
@@ -248,7 +249,9 @@ class ScenarioTest(unittest.TestCase):
         self.server.end()
 
     def run_without_object(self):
-        """Runs the script without making its object, so that it accesses only the configuration of the real system."""
+        """Runs the script without making its object, so that the script accesses only the configuration of the real
+        system.
+        """
         self.recording = Recording()
         sys.modules["yumIOC"] = self.recording.module
         self.script = runpy.run_path(SCRIPT, run_name="__main__")
@@ -275,7 +278,7 @@ class ScenarioTest(unittest.TestCase):
         return path
 
     def isolate(self):
-        """From now on, only this process sees its mounts. They disappear when it ends."""
+        """From now on, only this process sees its mounts. The mounts end with the process."""
         filesystems.isolate()
 
     def mount_small(self, path, kilobytes):
@@ -351,7 +354,7 @@ class ScenarioTest(unittest.TestCase):
 
     def apply(self, installs=(), updates=(), removes=(), group_installs=(), group_updates=(), group_removes=(),
               answers=(1,)):
-        """Applies actions to packages, which are given by name. An update is paired with every installed version."""
+        """Applies actions to the packages with these names. An update is paired with every installed version."""
         self.recording.answers = list(answers)
         pairs = []
         for name in updates:
@@ -366,7 +369,9 @@ class ScenarioTest(unittest.TestCase):
         return result
 
     def assert_refused(self, text, **actions):
-        """The actions fail with this reason and an exception that the program expects; they change nothing."""
+        """Checks that the actions fail with this reason, raise an exception that the program expects, and change
+        nothing.
+        """
         before = self.sandbox.installed()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(**actions)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The advisories of the repositories, beside those that "dnf updateinfo" lists."""
+"""The advisories of the repositories, compared with the list of "dnf updateinfo"."""
 
 import os
 import re
@@ -14,19 +14,19 @@ ADVISORIES = [
                                               "libcairn 2.2-1.i686"],
                         "Important", cves=["CVE-2024-7", "CVE-2024-5"], bugs=[("17", "Wrong sums"), ("9", "")],
                         title="Wrong sums & more"),
-    # Done already, in an older and in the installed version.
+    # These advisories name an older version and the installed version.
     updateinfo.advisory("LBA-2", "bugfix", ["abacus-cli 3.2.0-1.x86_64"], date="2023-01-02"),
     updateinfo.advisory("LEA-3", "enhancement", ["abacus-cli 3.2.1-1.x86_64", "almanac 1.9-1.noarch"],
                         date="2023-06-01"),
-    # Newer than the offered update.
+    # This advisory names a newer version than the offered update.
     updateinfo.advisory("LSA-4", "security", ["barometer 1.2-1.x86_64"], "Critical", date="2024-05-01"),
-    # No repository offers an update.
+    # No repository offers the update of almanac.
     updateinfo.advisory("LSA-5", "security", ["almanac 2.0-1.noarch"]),
     updateinfo.advisory("LNA-6", "newpackage", ["anvil-make 1:4.1-1.x86_64", "astrolabe 5.6-1.x86_64"]),
-    # Not about an installed package.
+    # These advisories are not about an installed package.
     updateinfo.advisory("LSA-7", "security", ["astrolabe 5.6-1.x86_64"], "Low"),
     updateinfo.advisory("LSA-8", "security", ["abacus-cli 3.3.0-2.i686"], "Moderate"),
-    # Several installed versions.
+    # Several versions of this package are installed.
     updateinfo.advisory("LSA-9", "security", ["kernel 6.1.25-1.x86_64", "kernel 6.1.31-1.x86_64"], "Moderate"),
     updateinfo.advisory("LSA-10", "security", ["chisel-diff 3.10-2.x86_64"], "Strange"),
 ]
@@ -38,7 +38,7 @@ class AdvisoriesTest(ScenarioTest):
     def enter(self):
         super(AdvisoriesTest, self).enter()
         updateinfo.add(self.sandbox, "sandbox-updates", ADVISORIES)
-        # Another repository repeats an advisory.
+        # Another repository has the same advisory.
         updateinfo.add(self.sandbox, "sandbox-file", ADVISORIES[:1] + [
             updateinfo.advisory("LBA-20", "bugfix", ["tidewatch 1.5-1.noarch"])])
 
@@ -67,7 +67,7 @@ class AdvisoriesTest(ScenarioTest):
                    in self.yumio.collectAdvisories() for name, arch, evr, obstacle, offered in packages)
 
     @in_own_process
-    def test_the_advisories_are_those_of_the_command(self):
+    def test_the_script_and_dnf_list_the_same_advisories(self):
         self.started()
         listed = self.listed()
         self.assertEqual(listed, self.listed_by_dnf("--all"))
@@ -79,7 +79,7 @@ class AdvisoriesTest(ScenarioTest):
                          set(row[1:] for row in self.listed_by_dnf("--available")))
 
     @in_own_process
-    def test_the_details_of_an_advisory(self):
+    def test_an_advisory_has_all_its_details(self):
         self.started()
         id, kind, security, severity, rank, date, title, description, cves, bugs, packages = self.by_id()["LSA-1"]
         self.assertEqual((kind, security, severity, rank, date, title), (
@@ -95,7 +95,7 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual([each[0] for each in self.yumio.collectAdvisories()][0], "LSA-4")
 
     @in_own_process
-    def test_the_obstacles_of_updates(self):
+    def test_each_obstacle_to_an_update_is_found(self):
         self.started()
         found = self.by_id()
         self.assertEqual(found["LBA-2"][-1], [("abacus-cli", "x86_64", "3.2.0-1", 1, "")])
@@ -103,7 +103,7 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(found["LSA-5"][-1], [("almanac", "noarch", "2.0-1", 2, "")])
         self.assertEqual(found["LSA-9"][-1], [("kernel", "x86_64", "6.1.25-1", 1, ""),
                                               ("kernel", "x86_64", "6.1.31-1", 0, "6.1.31-1")])
-        # The plug-in hides the versions that it locks, and so does the configuration.
+        # The plug-in hides all other versions of a locked package, and the configuration hides excluded versions.
         settings = os.path.join(self.directory, "settings")
         os.makedirs(settings)
         for name, content in (("versionlock.conf", "[main]\nenabled=1\nlocklist=%s/locks\n" % settings),
@@ -127,12 +127,12 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(self.yumio.updateAdvisories, [])
 
     @in_own_process
-    def test_each_package_says_its_advisories(self):
+    def test_each_package_has_the_text_of_its_advisories(self):
         self.started()
         update = self.package(self.updates, "abacus-cli")
         text = "LSA-1 (Important/Sec., CVE-2024-5, CVE-2024-7): Wrong sums & more"
         expected = {
-            # Also if the advisory names an older version than the offered one.
+            # This advisory names an older version than the offered update.
             self.package(self.updates, "tidewatch"): "LBA-20 (bugfix): The advisory LBA-20",
             update: text,
             self.package(self.installed, "abacus-cli"): "LEA-3 (enhancement): The advisory LEA-3",
@@ -155,7 +155,7 @@ class AdvisoriesTest(ScenarioTest):
         self.assertEqual(update.advisories, text)
 
     @in_own_process
-    def test_without_advisories_nothing_is_read(self):
+    def test_nothing_is_read_if_no_repository_has_advisories(self):
         for name in ("sandbox-updates", "sandbox-file"):
             subprocess.run(["modifyrepo_c", "--remove", "updateinfo",
                             os.path.join(self.sandbox.repository(name), "repodata")], check=True,

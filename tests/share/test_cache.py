@@ -6,7 +6,7 @@ import re
 
 from scenario import ScenarioTest, in_own_process
 
-# The kinds of files in the cache, by their paths.
+# The patterns of the paths for each kind of file in the cache.
 KINDS = {
     "packages": r"/packages/[^/]+\.rpm$",
     "solver": r"\.solvx?$",
@@ -47,7 +47,7 @@ class CleanTest(ScenarioTest):
         after = self.files()
         for kind in before:
             self.assertEqual(after[kind], set() if kind in kinds else before[kind], kind)
-        # The removed files are made again.
+        # The next collection makes the removed files again.
         self.yumio.reset()
         self.collect()
         self.package(self.available, "astrolabe")
@@ -55,23 +55,23 @@ class CleanTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_cleaning_packages(self):
+    def test_cleaning_packages_removes_only_packages(self):
         self.assert_cleaned("cleanPackages", "packages")
 
     @in_own_process
-    def test_cleaning_metadata(self):
+    def test_cleaning_metadata_removes_metadata_and_database_caches(self):
         self.assert_cleaned("cleanMetadata", "metadata", "solver")
 
     @in_own_process
-    def test_cleaning_database_caches(self):
+    def test_cleaning_database_caches_removes_only_database_caches(self):
         self.assert_cleaned("cleanDbcache", "solver")
 
     @in_own_process
-    def test_cleaning_all(self):
+    def test_cleaning_all_removes_all_kinds_of_files(self):
         self.assert_cleaned("cleanAll", "packages", "metadata", "solver")
 
     @in_own_process
-    def test_cleaning_an_empty_cache(self):
+    def test_an_empty_cache_can_be_cleaned(self):
         self.load()
         for method in ("cleanDbcache", "cleanPackages", "cleanMetadata", "cleanAll"):
             self.assertTrue(getattr(self.yumio, method)())

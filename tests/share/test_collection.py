@@ -42,7 +42,7 @@ class LeftoversTest(ScenarioTest):
         self.load()
         self.yumio.lock()
         self.collect()
-        # Two kernels and a library of two architectures are normal.
+        # Two kernels, and a library in two architectures, are normal.
         self.assertEqual(self.reports(), [])
         self.apply(installs=["astrolabe"])
         self.collect_again()
@@ -115,7 +115,7 @@ class LeftoversTest(ScenarioTest):
 
 class SetupTest(ScenarioTest):
     @in_own_process
-    def test_an_unreachable_repository_that_may_be_skipped_is_only_reported(self):
+    def test_an_unreachable_repository_is_only_reported_if_it_may_be_skipped(self):
         self.load()
         self.yumio.setupRepos()
         self.assertIn("sandbox-unreachable", "\n".join(self.recording.errors()))
@@ -197,7 +197,7 @@ class SetupTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_metadata_expires_by_its_age(self):
+    def test_metadata_expires_when_it_is_too_old(self):
         self.configure("metadata_expire=3600")
         self.started()
         old = time.time() - 3700
@@ -255,7 +255,7 @@ class CollectionTest(ScenarioTest):
         self.assertNotIn("quillbase-1:2.4-1.x86_64", available)
 
     @in_own_process
-    def test_a_repository_of_higher_priority_hides_newer_packages_of_others(self):
+    def test_a_repository_with_higher_priority_hides_newer_packages_in_other_repositories(self):
         with open(self.repository_file("sandbox-http"), "a") as stream:
             stream.write("priority=10\n")
         self.started()
@@ -278,7 +278,7 @@ class CollectionTest(ScenarioTest):
         self.assertFalse(self.groups["core"].uservisible)
         office = self.groups["office"]
         self.assertTrue(office.uservisible)
-        # libcomps removes blanks beside a character that the XML file writes as an entity.
+        # libcomps removes blanks next to a character that the XML file writes as an entity.
         self.assertEqual((office.id, office.name.replace(" ", "")), ("office", "Office&<b>Productivity</b>"))
         self.assertEqual(self.groups["international"].name, "Международные программы")
         for kind, names in (("mandatory", ["scribe-writer"]), ("default", ["almanac", "ledger-calc"]),
@@ -302,7 +302,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(biArch("architecture-of-tomorrow"), "architecture-of-tomorrow")
 
     @in_own_process
-    def test_the_better_of_two_packages_has_the_system_architecture_or_is_newer(self):
+    def test_a_package_is_better_if_it_has_the_system_architecture_or_is_newer(self):
         self.started()
         better = self.yumio.isBetterThan
         wide = self.package(self.available, "libcairn", "x86_64")
@@ -540,18 +540,18 @@ class ReplacementTest(ScenarioTest):
             else:
                 self.configure("obsoletes=1")
                 self.again()
-            # In "upgrade" without names, dnf 4.14 ignores the option obsoletes.
+            # If "upgrade" has no names, dnf 4.14 ignores the obsoletes option.
             if line != "obsoletes=0":
                 self.assertEqual(self.upgraded(), [], line)
             self.assertEqual(self.replacements(), [], line)
 
     @in_own_process
-    def test_packages_of_the_last_collection_are_freed_before_the_next_one(self):
+    def test_a_collection_first_frees_the_packages_of_the_last_collection(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.apply(updates=["tidewatch", "abacus-cli"], answers=(1, 1))
         self.assertEqual([package.name for package in self.yumio.leftOut], ["tidewatch"])
-        # The program also drops its references first.
+        # The program also releases its references first.
         self.updates = self.installed = self.available = None
         self.recording.clear()
         self.yumio.setupRepos()
@@ -560,14 +560,14 @@ class ReplacementTest(ScenarioTest):
                          [self.yumio.base.sack])
 
     @in_own_process
-    def test_finding_replacements_leaves_no_marks(self):
+    def test_the_search_for_replacements_leaves_no_marks(self):
         self.started()
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.assertEqual(self.changes(self.apply, removes=["almanac"])[0], set())
 
 
 class ArchitectureTest(ScenarioTest):
-    """Updates that add, lose or keep an architecture, on a system with two architectures."""
+    """Updates in which a package gains, loses or keeps an architecture, on a system with two architectures."""
 
     REPOSITORY = "extra-crossings"
 
@@ -651,7 +651,7 @@ class ArchitectureTest(ScenarioTest):
         return [package for package in packages if package.name in self.CASES]
 
     def chain(self, new):
-        """The installed packages in the chain of an update's record."""
+        """The installed packages that are chained to an update's record."""
         biArch = self.yumio.getBiArch
         key = (new.name, biArch(new.arch))
         moved = {(old.name, biArch(old.arch)): (each.name, biArch(each.arch))

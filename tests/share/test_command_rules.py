@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Rules that are in the command dnf, not in its library. The script follows these rules too."""
+"""Rules of the dnf command that are not in dnf's library. The script follows these rules too."""
 
 import glob
 import json
@@ -37,7 +37,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual((conf.releasever, conf.cachedir), ("43", self.sandbox.root + "/var/cache/of-43"))
 
     @in_own_process
-    def test_signatures_are_checked_if_the_configuration_of_rpm_demands_it(self):
+    def test_signatures_are_checked_if_the_rpm_configuration_demands_them(self):
         self.load()
         import rpm
 
@@ -49,12 +49,12 @@ class CommandRulesTest(ScenarioTest):
         self.assert_refused("astrolabe.*is not signed", installs=["astrolabe"])
 
     @in_own_process
-    def test_repository_files_decide_about_signatures_if_rpm_demands_nothing(self):
+    def test_repository_files_decide_about_signatures_if_rpm_demands_none(self):
         self.started()
         self.assertTrue([repo.id for repo in self.yumio.base.repos.values() if not repo.gpgcheck])
 
     @in_own_process
-    def test_dnf_can_be_limited_to_the_cache(self):
+    def test_the_configuration_can_limit_dnf_to_the_cache(self):
         self.started()
         self.assertTrue(self.asked())
         self.sandbox.expire_metadata()
@@ -89,7 +89,7 @@ class CommandRulesTest(ScenarioTest):
         self.assertEqual(self.asked(), ["sandbox-http"])
 
     @in_own_process
-    def test_metadata_expired_by_this_run_are_recorded(self):
+    def test_the_end_records_the_metadata_that_this_run_has_expired(self):
         self.configure("metadata_expire=never")
         self.started()
         self.yumio.base.repos["sandbox-http"]._repo.expire()
@@ -138,7 +138,7 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_protected_files_of_an_image_are_not_changed(self):
-        """Only some versions of dnf have this option."""
+        """Only some versions of dnf have the option for protected paths."""
         self.configure("usr_drift_protected_paths=/nowhere/*,/usr/share/doc/astrolabe*")
         self.started()
         base = self.yumio.base
@@ -158,7 +158,7 @@ class CommandRulesTest(ScenarioTest):
             base.package_install(self.package(self.available, name))
             base.resolve()
             os.system("mount -t tmpfs none /run")
-            check()  # no image
+            check()  # the system has no image
             os.system("touch /run/ostree-booted")
             if not refused:
                 check()
@@ -171,7 +171,7 @@ class CommandRulesTest(ScenarioTest):
 
     @in_own_process
     def test_the_script_keeps_the_umask(self):
-        """The files of the script get the same modes as the files of dnf."""
+        """The script's files get the same modes as dnf's files."""
         os.umask(0o027)
         self.load()
         self.assertEqual(os.umask(0o022), 0o027)

@@ -33,7 +33,7 @@ class ConfigurationTest(ScenarioTest):
         self.write("/etc/yum.repos.d/broken.repo", "[broken\nname=x\n")
         self.write("/etc/yum.repos.d/illegal.repo", "[not a name!]\nname=x\nbaseurl=file:///\n")
         yumio = self.load()
-        # The script reads the files when a thread first needs them. The graphical thread never does.
+        # The script reads the files when they are first needed. This never happens on the graphical thread.
         self.assertEqual(self.recording.errors(), [])
         self.assertIn("sandbox-file", yumio.base.repos)
         errors = "\n".join(self.recording.errors())
@@ -60,7 +60,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_files_that_the_program_ignores_are_ignored(self):
+    def test_the_script_ignores_the_same_files_as_the_program(self):
         place = self.sandbox.root + "/etc/yum.repos.d/"
         odd = "[odd]\nname=Odd\nbaseurl=file:///nowhere\n"
         section = limits()["repositorySectionLimit"]
@@ -148,7 +148,7 @@ class ConfigurationTest(ScenarioTest):
 
     @in_own_process
     def test_given_parts_of_the_release_are_used_as_by_dnf(self):
-        """The parts come from variable files or the environment, with or without a given release."""
+        """The parts of the release come from variable files or the environment, with or without a given release."""
         self.write("/etc/yum.repos.d/parts.repo",
                    "[parts]\nname=Parts\nbaseurl=file:///$releasever/$releasever_major.$releasever_minor/\n")
         self.load()
@@ -205,7 +205,7 @@ class ConfigurationTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_repositories_are_read_without_any_release(self):
+    def test_repositories_are_read_even_if_the_release_is_unknown(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         os.unlink(self.sandbox.root + "/etc/os-release")
         yumio = self.load()
@@ -278,7 +278,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.recording.calls, [])
 
     @in_own_process
-    def test_output_with_any_characters_reaches_the_program(self):
+    def test_output_reaches_the_program_with_all_its_characters(self):
         self.load()
         self.recording.clear()
         print("plain", end="")

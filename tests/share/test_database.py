@@ -27,7 +27,7 @@ class DatabaseTest(ScenarioTest):
         self.assert_history_is_complete()
 
     def assert_history_is_complete(self):
-        """The program reports no interrupted transaction."""
+        """Checks that the next collection reports no interrupted transaction."""
         self.recording.clear()
         self.module("history").reportLeftovers(self.yumio.base)
         self.assertEqual(self.recording.errors(), [])
@@ -54,7 +54,7 @@ class OutdatedTest(DatabaseTest):
         self.check_outdated()
 
     @in_own_process
-    def test_marks_are_refused_after_a_change_while_the_question_is_shown(self):
+    def test_marks_are_refused_if_packages_change_while_the_question_is_shown(self):
         self.started()
         self.recording.before_answer = lambda: self.rpm("-e", "almanac")
         with self.assertRaisesRegex(self.dnf.exceptions.Error, CHANGED):
@@ -63,7 +63,7 @@ class OutdatedTest(DatabaseTest):
 
     @in_own_process
     def test_marks_are_refused_after_another_program_has_reinstalled_a_package(self):
-        """The package is the same, but its number in the database has changed."""
+        """The package is still the same, but its number in the database has changed."""
         self.started()
         self.rpm("-i", "--nodeps", "--replacepkgs",
                  os.path.join(self.sandbox.repository("sandbox-http"), ALMANAC + ".rpm"))
@@ -121,8 +121,8 @@ class LockedTest(DatabaseTest):
         return connection
 
     def prepare(self):
-        """Collects the packages, and lets the question about waiting come after half a second. Returns the list of
-        shown activities.
+        """Collects the packages. From now on, the question about waiting appears after half a second. Returns the list
+        of shown activities.
         """
         self.started()
         shown = []
@@ -150,7 +150,7 @@ class LockedTest(DatabaseTest):
         self.assertFalse(self.yumio.outdated)
         self.let_go()
         self.assert_history_is_complete()
-        # The packages need not be read again for the next transaction.
+        # The next transaction works with the packages that were read before.
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process
@@ -185,7 +185,7 @@ class LockedTest(DatabaseTest):
     def target(name):
         try:
             return os.readlink("/proc/self/fd/" + name)
-        except OSError:  # the descriptor of the listing itself
+        except OSError:  # the descriptor that lists the directory
             return ""
 
     @in_own_process
@@ -229,7 +229,7 @@ class LockedTest(DatabaseTest):
         self.check_given_up(self.database_lock)
 
     def check_waits(self, take):
-        """Another process takes the lock while the listing is shown, and releases it while the script waits."""
+        """Another process takes the lock while the user sees the listing, and releases it while the script waits."""
         shown = self.prepare()
 
         def hold():
@@ -255,7 +255,7 @@ class LockedTest(DatabaseTest):
         self.check_waits(self.database_lock)
 
     @in_own_process
-    def test_after_a_wait_the_bar_shows_the_next_step(self):
+    def test_the_bar_shows_the_next_step_after_a_wait(self):
         shown = self.prepare()
         self.module("locks").DatabaseLock.FIRST_QUESTION = 600
         self.holder = Holder(self.rpm_lock)
@@ -271,7 +271,7 @@ class LockedTest(DatabaseTest):
         self.assertEqual(shown[3:], ["Resolve Dependencies"])
 
     @in_own_process
-    def test_marks_are_refused_after_a_change_during_the_wait_for_the_lock(self):
+    def test_marks_are_refused_if_packages_change_during_the_wait_for_the_lock(self):
         self.prepare()
 
         def hold():
@@ -335,7 +335,9 @@ class HistoryTest(DatabaseTest):
         return path
 
     def check_damaged(self, change):
-        """Packages are collected, but actions are refused. The message names the file and a remedy that works."""
+        """Checks that packages are collected but actions are refused, and that the message names the file and a remedy
+        that works.
+        """
         path = self.damage(change)
         self.load()
         self.yumio.lock()

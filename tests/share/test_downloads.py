@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Downloads that succeed, that fail, and that are not necessary."""
+"""Successful, failed and unnecessary downloads."""
 
 import ctypes
 import os
@@ -104,7 +104,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(changed, ({"gargantua-1.0-1.noarch", "loupe-45.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_a_second_mirror_is_used_without_a_report(self):
+    def test_a_second_mirror_is_used_after_a_failure_without_a_report(self):
         with open(self.repository_file("sandbox-http")) as stream:
             good = stream.read().split("baseurl=")[1].split("\n")[0]
         self.change_repository("sandbox-http", "baseurl=" + good, "baseurl=%s,%s" % (
@@ -134,7 +134,9 @@ class DownloadTest(ScenarioTest):
                          ["/sandbox-http/astrolabe-5.6-1.x86_64.rpm"])
 
     def verified(self, package):
-        """Whether the package is verified. Like the program, this function returns False after these two exceptions."""
+        """Whether the script verifies the package. Like the program, this function returns False after these two
+        exceptions.
+        """
         try:
             return self.yumio.verifyLocalPkg(package)
         except (FileNotFoundError, self.dnf.exceptions.MiscError):
@@ -185,7 +187,7 @@ class DownloadTest(ScenarioTest):
         self.assertEqual(self.cached(), [])
 
     @in_own_process
-    def test_packages_of_a_local_repository_are_not_removed(self):
+    def test_a_transaction_removes_no_packages_from_a_local_repository(self):
         self.started()
         self.apply(installs=["corkboard", "loupe"])
         self.assertTrue(os.path.exists(os.path.join(self.sandbox.repository("sandbox-file"),

@@ -19,7 +19,7 @@ class ExcludedTest(ScenarioTest):
         self.excluded = list(self.yumio.collectAll().excluded)
 
     def command(self, *arguments):
-        """The output of the command dnf, which changes nothing."""
+        """The output of a dnf command that changes nothing."""
         root = self.sandbox.root
         done = subprocess.run(
             ["dnf", "--noplugins", "--assumeno", "--installroot", root, "-c", root + "/etc/yum.conf",
@@ -89,7 +89,7 @@ class ExcludedTest(ScenarioTest):
 
 class ItemsTest(ScenarioTest):
     @in_own_process
-    def test_the_change_of_a_reason_is_an_item_with_its_own_name(self):
+    def test_a_changed_reason_is_an_item_with_its_own_name(self):
         self.configure("installonly_limit=2")
         self.started()
         words = []

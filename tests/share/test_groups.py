@@ -14,7 +14,7 @@ class WithoutGroupsTest(ScenarioTest):
         self.load()
 
     def break_groups(self):
-        """If groups are readable, makes them unreadable from now on: every call of libcomps fails."""
+        """If groups are readable here, makes them unreadable: from now on, every call of libcomps fails."""
         if not self.sandbox.without_groups:
             self.module("groups").groupsCanBeRead = lambda: False
             import dnf.comps
@@ -34,7 +34,7 @@ class WithoutGroupsTest(ScenarioTest):
         check = self.module("groups").groupsCanBeRead.__wrapped__
 
         class Twice(object):
-            """A probe with the result of Python 3.13, which asks for an iterator twice."""
+            """A probe that behaves as with Python 3.13, which asks for an iterator twice."""
             asked = 2
 
             def __iter__(self):

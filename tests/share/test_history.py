@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The entry of a transaction in the history, and the downloaded packages after a transaction."""
+"""The record of a transaction in the history, and the downloaded packages after a transaction."""
 
 import glob
 import json
@@ -24,7 +24,7 @@ class OutcomeTest(ScenarioTest):
                                       "order by id").fetchall()
 
     def command(self, sandbox, *arguments):
-        """Runs the command dnf with the same cache; returns its exit status."""
+        """Runs the dnf command with the same cache; returns its exit status."""
         root = sandbox.root
         return subprocess.run(
             ["/usr/bin/dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
@@ -32,7 +32,7 @@ class OutcomeTest(ScenarioTest):
             env=sandbox.environment(), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode
 
     def twin(self):
-        """Another copy of the system, for the command dnf."""
+        """Another copy of the system, for the dnf command."""
         twin = self.sandbox.copy(os.path.join(self.directory, "twin"))
         for name in os.listdir(os.path.join(self.sandbox.root, "etc/yum.repos.d")):
             with open(self.repository_file(name[:-5])) as stream:
@@ -86,7 +86,7 @@ class HistoryTest(OutcomeTest):
 
     @needs_groups
     @in_own_process
-    def test_a_transaction_of_groups_only_is_in_the_history(self):
+    def test_a_transaction_with_only_groups_is_in_the_history(self):
         twin = self.twin()
         for arguments in (("install", "pebble-go", "hedgerow", "orrery"), ("group", "install", "games")):
             self.assertEqual(self.command(twin, *arguments), 0)
@@ -99,7 +99,7 @@ class HistoryTest(OutcomeTest):
         self.assertEqual((line, rest), ("vyre: group install games", list(expected[1:])))
 
     @in_own_process
-    def test_the_options_comment_and_history_record_are_used(self):
+    def test_the_comment_and_history_record_options_are_used(self):
         self.configure("comment=why not")
         self.started()
         before = len(self.transactions())
@@ -133,7 +133,7 @@ class TestOnlyTest(OutcomeTest):
         self.module("program").addBeforeListing = lambda text: announced.append(
             (text, list(self.recording.answers)))
         self.assertIs(self.apply(installs=["astrolabe"], removes=["almanac"]), False)
-        # The text was added before the question was answered.
+        # The script has added the text before the user answers the question.
         self.assertEqual(announced, [(
             "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
             "it installs, updates and removes nothing.\n\n", [1])])
@@ -178,7 +178,7 @@ class TestOnlyTest(OutcomeTest):
         self.assertEqual(announced, [])
 
     @in_own_process
-    def test_downloadonly_has_no_effect_in_the_configuration(self):
+    def test_the_downloadonly_option_has_no_effect(self):
         self.configure("downloadonly=1")
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "astrolabe"), 0)
@@ -237,7 +237,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_vyre_and_dnf_remove_each_other_s_downloaded_packages(self):
+    def test_vyre_and_dnf_remove_the_packages_that_the_other_has_downloaded(self):
         self.started()
         self.run_failing_transaction()
         self.yumio.unlock()
@@ -260,7 +260,7 @@ class DownloadedPackagesTest(OutcomeTest):
                          (self.downloaded(twin.root), self.recorded(twin.root)))
 
     @in_own_process
-    def test_unlocking_closes_the_base(self):
+    def test_unlock_closes_the_base(self):
         self.started()
         base = self.yumio.base
         self.yumio.unlock()

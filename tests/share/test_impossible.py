@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Marks that cannot be applied, alone or together, and the further removals that a removal causes."""
+"""Marks that cannot be applied, alone or together, and additional removals because of a removal."""
 
 import gettext
 import os
@@ -32,7 +32,7 @@ def german():
 
 class QuestionTest(ScenarioTest):
     def question(self):
-        """The printed text of the question. No other text was printed with it."""
+        """The question's printed text. No other text was printed with it."""
         self.assertEqual(self.recording.names().count("gpgsigcheck") -
                          len([name for name in self.recording.names() if name == "downloadEnd"]), 1)
         return self.recording.printed()
@@ -61,7 +61,8 @@ class UpdatesTest(QuestionTest):
         text = self.recording.printed()
         head, _, reasons = text.partition("\n\ntidewatch-2.0-1.noarch\n    ")
         self.assertEqual(head, question("abacus-cli, astrolabe"))
-        # The reason that names the package comes first. The unspecific reason "conflicting requests" is left out.
+        # The reason that names the package comes first. The question omits the unspecific reason "conflicting
+        # requests".
         self.assertTrue(reasons.startswith(BARRIER), text)
         self.assertNotIn("conflicting requests", text)
         self.assertNotIn("abacus-cli", reasons)
@@ -90,7 +91,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
-    def test_with_best_the_other_marks_are_applied_too(self):
+    def test_the_other_marks_are_also_applied_with_best(self):
         self.configure("best=1")
         self.started()
         changed = self.changes(self.apply, updates=["tidewatch", "abacus-cli"], answers=[1, 1])
@@ -101,7 +102,7 @@ class UpdatesTest(QuestionTest):
     def test_skip_broken_does_not_prevent_the_question(self):
         self.configure("skip_broken=1")
         self.started()
-        # The option has an effect nevertheless: as in dnf, it makes members of groups optional.
+        # The option has another effect: as in dnf, it makes group members optional.
         self.assertFalse(self.yumio.base.conf.strict)
         changed = self.changes(self.apply, installs=["moonbridge", "astrolabe"], answers=[1, 1])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"}, set()))
@@ -148,9 +149,9 @@ class UpdatesTest(QuestionTest):
         return re.sub(" from sandbox-[a-z]+", "", str(caught.exception))
 
     @in_own_process
-    def test_a_second_resolution_that_fails_gives_one_message_with_all_reasons(self):
+    def test_one_message_gives_all_reasons_if_the_second_resolution_fails(self):
         self.started()
-        # The search for impossible marks finds only one of the two impossible marks.
+        # In this test, the search finds only one of the two impossible marks.
         self.module("resolving").impossibleMarks = lambda base, marks: [
             package for package in marks.newVersions() if package.name == "tidewatch"]
         text = self.refusal_of(updates=["tidewatch"], installs=["moonbridge", "astrolabe"])
@@ -159,12 +160,12 @@ class UpdatesTest(QuestionTest):
         self.assertTrue(text.endswith("\nNothing was changed. All marks stay."), text)
         for line in (BARRIER, "nothing provides gravity >= 6 needed by moonbridge-1.0-1.noarch"):
             self.assertEqual(text.count(line), 1, text)
-        # dnf's own format of problems is for a terminal.
+        # dnf's own text lists problems for a terminal.
         self.assertNotIn("Problem", text)
         self.assertNotIn("conflicting requests", text)
 
     @in_own_process
-    def test_a_mark_that_is_refused_the_second_time_gives_one_message_with_all_reasons(self):
+    def test_one_message_gives_all_reasons_if_the_second_attempt_refuses_another_mark(self):
         self.started()
         resolving = self.module("resolving")
         mark = resolving.markAll
@@ -182,7 +183,7 @@ class UpdatesTest(QuestionTest):
                          "No match for argument: loom\nNothing was changed. All marks stay.")
 
     @in_own_process
-    def test_a_resolution_that_fails_without_reasons_names_the_marks(self):
+    def test_the_message_names_the_marks_if_a_resolution_fails_without_reasons(self):
         self.started()
         self.yumio.base.problems = lambda: []
         resolve = self.yumio.base.resolve
@@ -328,7 +329,7 @@ class GroupQuestionTest(QuestionTest):
         self.assertTrue(text.startswith(question("Weaving") + "\n\ntidewatch-2.0-1.noarch\n    "), text)
         self.assertIn(BARRIER, text)
         self.assertEqual(self.left_out(), ["Weaving"])
-        # The next attempt also gives a reason for the packages that it cannot apply.
+        # If the user tries again, the message gives the reason again.
         self.again()
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "The marks cannot be applied:\ntidewatch-2.0.*\n"):
             self.apply(group_updates=["weaving"])
@@ -343,7 +344,7 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_with_best_the_update_of_a_group_leaves_packages_out(self):
+    def test_the_update_of_a_group_leaves_packages_out_even_with_best(self):
         self.configure("best=1")
         self.add_impossible_member()
         self.started()
@@ -366,7 +367,9 @@ class GroupQuestionTest(QuestionTest):
         self.assertIn("gravity >= 6", self.recording.printed())
 
     def check_optional_members(self, option):
-        """This option makes the members of a group optional. The question names a left-out member and the reason."""
+        """Set this option, which makes group members optional. Check that the question names a left-out member and the
+        reason.
+        """
         self.configure(option)
         self.change_comps('<packagereq type="mandatory">pebble-go</packagereq>',
                           '<packagereq type="mandatory">pebble-go</packagereq>'
@@ -382,19 +385,19 @@ class GroupQuestionTest(QuestionTest):
 
     @needs_groups
     @in_own_process
-    def test_without_strict_the_question_names_the_reasons(self):
+    def test_the_question_names_the_reasons_without_strict(self):
         self.check_optional_members("strict=0")
 
     @needs_groups
     @in_own_process
-    def test_with_skip_broken_the_question_names_the_reasons(self):
+    def test_the_question_names_the_reasons_with_skip_broken(self):
         self.check_optional_members("skip_broken=1")
 
     @needs_groups
     @in_own_process
     def test_each_marked_package_that_is_left_out_is_named(self):
         self.started()
-        # The attempt that looks for impossible marks can find another solution than the last resolution.
+        # The search for impossible marks can find another solution than the last resolution.
         self.module("resolving").impossibleMarks = lambda base, marks: []
         added, gone = self.changes(self.apply, group_installs=["games"], installs=["moonbridge", "astrolabe"],
                                    answers=[1, 1])
@@ -428,7 +431,7 @@ class GroupQuestionTest(QuestionTest):
 
 class RemovalTest(QuestionTest):
     @in_own_process
-    def test_an_installation_removes_no_conflicting_package_even_beside_a_removal(self):
+    def test_an_installation_removes_no_conflicting_package_even_together_with_a_removal(self):
         self.started()
         self.assert_installation_is_left_out("sandstone-1.0-1.noarch", installs=["sandstone"], removes=["almanac"])
 
@@ -441,7 +444,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("conflicts with libgranite", self.recording.printed())
 
     @in_own_process
-    def test_dependents_of_a_removed_package_are_removed_beside_an_installation(self):
+    def test_dependents_of_a_removed_package_are_removed_together_with_an_installation(self):
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"])
         self.assertEqual(changed, ({"astrolabe-5.6-1.x86_64"},
@@ -461,7 +464,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.left_out(), ["sandstone-1.0-1.noarch"])
 
     @in_own_process
-    def test_unused_dependencies_are_removed_beside_an_installation(self):
+    def test_unused_dependencies_are_removed_together_with_an_installation(self):
         self.started()
         self.apply(installs=["astrolabe"], removes=["trellis-editor"])
         self.assertEqual(self.recording.listed()["libtrellis-1.2-1.x86_64"], (REMOVE, CLEAN))
@@ -476,7 +479,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_a_protected_package_is_kept_beside_any_other_marks(self):
+    def test_a_protected_package_is_kept_whatever_else_is_marked(self):
         self.configure("protected_packages=vyre-network-suite")
         self.started()
         changed = self.changes(self.apply, installs=["astrolabe"], removes=["flint-ssh"], answers=[1, 1])
@@ -523,7 +526,7 @@ class RemovalTest(QuestionTest):
         self.assertIn("protected packages", self.recording.printed())
 
     @in_own_process
-    def test_one_of_two_impossible_removals_is_left_out_beside_an_installation(self):
+    def test_one_of_two_impossible_removals_is_left_out_together_with_an_installation(self):
         self.install_protected_package_with_two_providers()
         self.started()
         changed = self.changes(self.apply, removes=["oil-a", "oil-b"], installs=["astrolabe"], answers=[1, 1])

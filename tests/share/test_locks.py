@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The locks of this program and of dnf, and waiting for them."""
+"""The locks of VYRE and dnf, and the waits for these locks."""
 
 import os
 import re
@@ -62,7 +62,7 @@ class LockTest(ScenarioTest):
         with open(self.lock_file()) as stream:
             self.assertEqual(stream.read(), str(os.getpid()))
 
-    # The report about a lock file of a dead process.
+    # The report about the lock file of a dead process.
     LEFT = "Process {} has ended without removing its lock file {}. The file is removed."
 
     def reports(self):
@@ -121,7 +121,7 @@ class LockTest(ScenarioTest):
             lock = self.write("/var/lib/dnf/rpmdb_lock.pid", str(other.pid))
             os.utime(lock, (time.time() - 86400,) * 2)
             yumio = self.load()
-            # Without the time of the system's start, the start of a process is unknown.
+            # If the start time of the system is unknown, the start times of processes are unknown too.
             self.isolate()
             statistics = os.path.join(self.directory, "statistics")
             with open(statistics, "w") as stream:
@@ -133,7 +133,7 @@ class LockTest(ScenarioTest):
         finally:
             other.kill()
             other.wait()
-        # The end of the process is still detected.
+        # The script still detects that the process has ended.
         yumio.lock()
         self.assertEqual(self.reports(), [self.LEFT.format(other.pid, lock)])
 
@@ -241,7 +241,7 @@ class WaitTest(ScenarioTest):
         self.holder.communicate()
 
     def wait_function(self, third):
-        """A stand-in for the program's function. It records the shown texts, and calls "third" at the third call."""
+        """A stand-in for the program's function. It records the shown texts. The third call calls "third"."""
         def wait(text):
             self.shown.append(text)
             return third() if len(self.shown) == 3 else True
@@ -273,7 +273,7 @@ class WaitTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_reading_metadata_continues_after_the_other_process_dies(self):
+    def test_metadata_are_read_when_the_other_process_dies(self):
         self.load()
         self.yumio.lock()
         self.hold("metadata")
@@ -293,7 +293,9 @@ class WaitTest(ScenarioTest):
         self.check_waited()
 
     def check_ended(self, kind, attempt, error, third):
-        """The program ends the wait. The other process keeps the lock, and later transactions succeed."""
+        """Checks that the program can end the wait, that the other process keeps its lock, and that later transactions
+        succeed.
+        """
         self.started()
         self.hold(kind)
         before = self.sandbox.installed()
@@ -330,7 +332,7 @@ class WaitTest(ScenarioTest):
         self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
 
     @in_own_process
-    def test_the_end_of_a_wait_after_a_transaction_does_not_deny_changes(self):
+    def test_the_end_of_a_wait_after_a_transaction_does_not_say_that_nothing_was_changed(self):
         self.started()
         self.apply(installs=["loupe"])
         self.hold("metadata")
@@ -342,7 +344,7 @@ class WaitTest(ScenarioTest):
                 self.collect_again()
         self.let_go()
         self.again()
-        # From now on, the text is true again.
+        # From now on, the original text is true again.
         self.hold("metadata")
         del self.shown[:]
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "was ended. Nothing was changed.$"):
@@ -427,7 +429,7 @@ class WaitTest(ScenarioTest):
         self.assertEqual(self.shown, [self.waiting] * 3 + [None])
         self.assertIn("was ended", "\n".join(self.recording.errors()))
         self.let_go()
-        # The next access tries again.
+        # The next access tries to read the change log again.
         self.assertEqual(len(tagsoup.changelogs), 3)
 
     @in_own_process
@@ -450,7 +452,7 @@ class WaitTest(ScenarioTest):
         self.yumio.setupRepos()
 
     @in_own_process
-    def test_a_lock_obtained_at_the_end_of_the_wait_is_released(self):
+    def test_a_lock_is_released_if_the_script_gets_it_when_the_wait_ends(self):
         self.started()
         self.hold("download")
 

@@ -20,7 +20,7 @@ class LogFilesTest(ScenarioTest):
         self.asked = []
 
     def hide(self, text):
-        """A stand-in for the function that the program gives the script to hide secrets."""
+        """A stand-in for the function with which the program hides secrets."""
         self.asked.append(text)
         return text.replace("s3cret", "...")
 
@@ -77,7 +77,7 @@ class LogFilesTest(ScenarioTest):
         self.assertNotIn("s3cret", "".join(self.logs().values()))
 
     @in_own_process
-    def test_a_log_file_that_a_library_writes_directly_is_switched_off(self):
+    def test_a_log_file_is_switched_off_if_a_library_writes_it_directly(self):
         import dnf.logging
         setup = dnf.logging.Logging._setup_file_loggers
 
@@ -94,7 +94,7 @@ class LogFilesTest(ScenarioTest):
         self.assertNotIn(self.sandbox.root + "/var/log/dnf.librepo.log", opened)
 
     @in_own_process
-    def test_without_the_program_log_files_are_written_unchanged(self):
+    def test_log_files_are_written_unchanged_if_the_program_offers_no_function(self):
         self.load()
         self.collect()
         self.assertIn("Downloading: http://joe:s3cret@", self.logs()["dnf.librepo.log"])

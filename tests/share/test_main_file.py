@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The main configuration file: its choice, the defaults without it, and the checks that dnf's own file demands."""
+"""The choice of the main configuration file, the defaults if it is missing, and the checks that dnf's own file demands.
+"""
 
 import os
 import re
@@ -8,13 +9,13 @@ import subprocess
 from recordingmodule import limits
 from scenario import LAYOUT, SOURCES, ScenarioTest, in_own_process, repositories
 
-# The log's text if the main file does not specify whether signatures are checked.
+# The text in the log if the main file does not specify whether signatures are checked.
 CHECKED = "Signatures of packages are checked, unless a repository says otherwise."
 
 
 class MainFileTest(ScenarioTest):
     @in_own_process
-    def test_without_a_main_file_the_repository_directories_are_read(self):
+    def test_the_repository_directories_are_read_if_the_main_file_is_missing(self):
         os.unlink(os.path.join(self.sandbox.root, "etc/yum.conf"))
         yumio = self.load()
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
@@ -31,7 +32,9 @@ class MainFileTest(ScenarioTest):
         self.check_unused(yumio, "Parsing file")
 
     def check_unused(self, yumio, reason):
-        """A report names the main file and the reason. Signatures are checked, and packages are listed."""
+        """Checks that a report names the main file and the reason, that signatures are checked, and that packages are
+        listed.
+        """
         named, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s/etc/yum.conf: %s" % (self.sandbox.root, reason), named)
         self.assertEqual(checked, "VYRE ignores the options of this file, such as exclude. " + CHECKED)
@@ -54,7 +57,7 @@ class MainFileTest(ScenarioTest):
         return checks
 
     @in_own_process
-    def test_with_an_unusable_main_file_signatures_are_checked_by_default(self):
+    def test_signatures_are_checked_by_default_if_the_main_file_is_unusable(self):
         self.change_repository("sandbox-http", "gpgcheck=0\n", "")
         self.write("/etc/yum.conf", b"\x00\xff\xfe[main]\n\xe9=\xe9\n")
         yumio = self.load()
@@ -173,7 +176,7 @@ class MainFileTest(ScenarioTest):
         return self.write("/etc/dnf/dnf.conf", "[main]\nretries=1\ntimeout=5\n" + content)
 
     def run_dnf(self, *arguments):
-        """Runs the command dnf on the same system; returns its exit status and its output."""
+        """Runs the dnf command on the same system; returns its exit status and its output."""
         done = subprocess.run(["dnf", "--noplugins", "--installroot", self.sandbox.root, "--disablerepo=*unreachable",
                                "-y"] + list(arguments), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               env=dict(self.sandbox.environment(), LC_ALL="C.UTF-8"), universal_newlines=True)
@@ -208,12 +211,12 @@ class MainFileTest(ScenarioTest):
         self.assert_refused("loupe.* is not signed", installs=["loupe"])
 
     @in_own_process
-    def test_with_dnf_s_own_file_an_unsigned_package_is_refused_as_by_dnf(self):
+    def test_an_unsigned_package_is_refused_as_by_dnf_with_its_own_file(self):
         self.use_own_file("gpgcheck=1\n")
         self.assert_unsigned_package_is_refused_as_by_dnf()
 
     @in_own_process
-    def test_with_an_unusable_file_of_dnf_signatures_are_checked(self):
+    def test_signatures_are_checked_if_dnf_s_own_file_is_unusable(self):
         path = self.use_own_file("")
         for content, reason in (("[main\n", "Parsing file"), (None, "it is not a regular file")):
             os.unlink(path)
@@ -238,7 +241,7 @@ class MainFileTest(ScenarioTest):
                          "VYRE makes these checks too: repo_gpgcheck" % (own, main))
 
     @in_own_process
-    def test_servers_and_keys_are_checked_as_dnf_does(self):
+    def test_servers_and_keys_are_checked_as_in_dnf(self):
         self.write("/etc/dnf/dnf.conf", "[main]\nsslverifystatus=1\ngpgkey_dns_verification=1\n")
         self.write("/etc/yum.conf", "[main]\nproxy_sslverify=0\n")
         conf = self.load().base.conf
@@ -279,7 +282,7 @@ class MainFileTest(ScenarioTest):
         fault, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s: Parsing file" % own, fault)
         self.assertEqual(checked, said + "gpgcheck")
-        # VYRE does not make a check that neither file demands.
+        # If neither file demands a check, VYRE does not make it.
         self.write("/etc/dnf/dnf.conf", "[main]\ngpgcheck=0\n")
         self.recording.clear()
         yumio.reset()
@@ -287,7 +290,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     def use_running_configuration(self, content):
-        """Replaces the running system's own file of dnf, for this process and the command dnf."""
+        """Replaces the running system's own dnf configuration, for this process and the dnf command."""
         self.isolate()
         self.running_configuration = "/etc/dnf/dnf.conf"
         path = os.path.join(self.directory, "running.conf")
@@ -322,7 +325,7 @@ class MainFileTest(ScenarioTest):
         self.assertFalse(self.load().base.conf.repo_gpgcheck)
 
     @in_own_process
-    def test_another_main_file_removes_no_package_that_dnf_protects(self):
+    def test_packages_that_dnf_protects_are_also_protected_with_another_main_file(self):
         self.write("/etc/dnf/dnf.conf", "[main]\nprotected_packages=almanac\n")
         self.configure("protected_packages=parrot")
         self.started()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Damaged metadata of repositories, and damaged files about modules."""
+"""Damaged repository metadata, and damaged files about modules."""
 
 import gzip
 import os
@@ -66,7 +66,7 @@ class MetadataTest(ScenarioTest):
         return found
 
     def check_remark(self, kind):
-        """Packages are collected, and one remark describes the damage."""
+        """Checks that packages are collected, and that one remark describes the damage."""
         self.begin()
         self.collect()
         self.assertIn("corkboard", self.names("sandbox-file"))
@@ -74,7 +74,8 @@ class MetadataTest(ScenarioTest):
         self.assertRegex(remark, "(?s)^The %s metadata of the repository sandbox-file are damaged: .+\nFiles or "
                          "changes of its packages are missing in searches and descriptions.$" % kind)
         self.assertEqual(self.recording.errors(), [])
-        # The remark is shown once in a run, but each collection logs it, because the damaged data is still unusable.
+        # The program shows the remark once in a run, but each collection logs it, because the damaged data is still
+        # unusable.
         self.yumio.reset()
         self.yumio.base.repos["sandbox-unreachable"].disable()
         self.collect()
@@ -120,7 +121,7 @@ class MetadataTest(ScenarioTest):
         self.assertEqual(self.remarks(), [])
 
     def check_refused(self, reason):
-        """Each attempt is refused as long as the damage exists."""
+        """Checks that each attempt is refused as long as the damage exists."""
         self.begin()
         for number in range(2):
             with self.assertRaises(self.dnf.exceptions.RepoError) as caught:
@@ -128,7 +129,7 @@ class MetadataTest(ScenarioTest):
             self.assertRegex(str(caught.exception), "(?s)^" + reason)
             self.yumio.reset()
             self.yumio.base.repos["sandbox-unreachable"].disable()
-        # The damage does not affect other repositories.
+        # Other repositories are still usable.
         self.yumio.disableRepo("sandbox-file")
         self.collect()
         self.assertIn("astrolabe", self.names("sandbox-http"))
@@ -145,7 +146,7 @@ class MetadataTest(ScenarioTest):
         self.check_refused("The primary metadata of the repository sandbox-file are damaged: it is html$")
 
     @in_own_process
-    def test_a_damaged_repository_is_left_out_with_skip_if_unavailable(self):
+    def test_a_damaged_repository_is_left_out_if_it_may_be_skipped(self):
         self.damage("primary", metadata.page)
         with open(self.repository_file("sandbox-file"), "a") as stream:
             stream.write("skip_if_unavailable=1\n")

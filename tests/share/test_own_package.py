@@ -27,7 +27,7 @@ class OwnPackageTest(ScenarioTest):
                 for name in names}
 
     @in_own_process
-    def test_all_modules_are_beside_the_script(self):
+    def test_all_modules_are_next_to_the_script(self):
         elsewhere = os.path.join(self.directory, "elsewhere")
         for name in ("__init__", "paths", "program"):
             os.makedirs(os.path.join(elsewhere, "vyre"), exist_ok=True)
@@ -63,7 +63,7 @@ class OwnPackageTest(ScenarioTest):
         self.load(script)
         self.assertEqual(self.files(script), before)
         self.assertFalse(sys.dont_write_bytecode)
-        # The test can fail: the interpreter would write these files.
+        # The check above can fail: outside the script, the interpreter writes such files.
         sys.path.insert(0, os.path.dirname(script))
         for name in [name for name in sys.modules if name.partition(".")[0] == "vyre"]:
             del sys.modules[name]
@@ -90,7 +90,7 @@ class OwnPackageTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), ["a remark"])
 
     @in_own_process
-    def test_a_second_run_finds_the_classes_of_dnf(self):
+    def test_a_second_run_replaces_dnf_s_own_classes_again(self):
         import dnf.lock
         import dnf.package
         import dnf.plugin
@@ -150,7 +150,7 @@ class OwnPackageTest(ScenarioTest):
 
 
 class ModulesTest(unittest.TestCase):
-    def test_no_module_imports_itself_through_others(self):
+    def test_no_two_modules_import_each_other(self):
         imports = {}
         for path in glob.glob(os.path.join(os.path.dirname(SCRIPT), "vyre", "*.py")):
             with open(path) as stream:

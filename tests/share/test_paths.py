@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The paths of the files of the script and of dnf."""
+"""The paths of the files that the script and dnf use."""
 
 import os
 import re
@@ -11,7 +11,7 @@ from scenario import ScenarioTest, in_own_process
 
 class PathsTest(ScenarioTest):
     @in_own_process
-    def test_cache_state_and_logs_are_below_the_root(self):
+    def test_cache_state_and_logs_are_below_the_managed_root(self):
         shutil.rmtree(self.sandbox.root + "/var/log")
         yumio = self.load()
         conf = yumio.base.conf
@@ -59,7 +59,8 @@ class PathsTest(ScenarioTest):
 
     @in_own_process
     def test_configured_directories_are_in_the_managed_system(self):
-        # The configuration of an image names these directories. The running system has directories of the same names.
+        # The configuration of the managed system names these directories. The running system has directories with the
+        # same names.
         outside = os.path.join(self.directory, "named")
         inside = self.sandbox.root + outside
         for top, name in ((outside, "host"), (inside, "image")):
@@ -80,20 +81,20 @@ class PathsTest(ScenarioTest):
         self.assertEqual({identifier: repo.name for identifier, repo in yumio.base.repos.items()}, {"one": "image"})
         self.assertTrue(os.path.isfile(inside + "/log/dnf.log"))
         self.assertEqual(sorted(os.listdir(outside)), before)
-        # A directory that is missing in the managed system is taken from the running system.
+        # If a directory is missing in the managed system, the script uses the directory of the running system.
         shutil.rmtree(inside + "/vars")
         yumio.reset()
         self.assertEqual(yumio.base.repos["one"].name, "host")
 
     @in_own_process
-    def test_an_impossible_log_directory_does_not_prevent_the_start(self):
+    def test_the_script_starts_even_if_the_log_directory_cannot_be_created(self):
         self.configure("logdir=/dev/null/log")
         yumio = self.load()
         self.assertIn("/dev/null/log", "\n".join(self.recording.errors()))
         self.assertIn("sandbox-http", yumio.base.repos)
 
     @in_own_process
-    def test_without_a_managed_root_the_paths_have_no_prefix(self):
+    def test_paths_have_no_prefix_if_no_managed_root_is_set(self):
         for value in (None, "", "/"):
             os.environ.pop("VYREROOT")
             if value is not None:

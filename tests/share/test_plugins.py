@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The package manager's plug-ins. They are loaded, called and unloaded as by the command dnf."""
+"""The package manager's plug-ins. The script loads, calls and unloads them as the dnf command does."""
 
 import gc
 import os
@@ -99,7 +99,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual([line.split()[0] for line in first], ["init", "pre_config", "config", "sack"])
         self.again()
         self.assertEqual(self.recorded_calls(), first)
-        # The current version of the file is loaded.
+        # The script loads the current version of the file.
         self.write_plug_in("probe", PROBE.replace("hook +", "'new ' + hook +"))
         self.again()
         self.assertEqual(self.recorded_calls(), ["new " + line for line in first])
@@ -130,7 +130,7 @@ class HooksTest(PlugInsTest):
         self.recorded_calls()
         self.collect()
         self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
-        # Neither a reset nor the end of the run loads plug-ins again for the old base.
+        # Neither a reset nor the end of the run loads plug-ins for the old base again.
         for action, expected in ((self.again, ["init", "pre_config", "config", "sack"]), (self.yumio.unlock, [])):
             self.write_plug_in("probe", PROBE)
             self.write_plug_in("other", raising("transaction", "os.rename(%r, %r)" % (
@@ -149,7 +149,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual(self.recorded_calls(), [])
 
     @in_own_process
-    def test_plugins_can_be_switched_off(self):
+    def test_all_plug_ins_can_be_switched_off(self):
         self.write_plug_in("probe", PROBE)
         self.configure("plugins=0")
         self.started()
@@ -175,7 +175,7 @@ class HooksTest(PlugInsTest):
         for _ in range(3):
             self.again()
             self.assertEqual((classes(), modules()), first)
-        # The old plug-in is not used even if a reference to it exists.
+        # The script does not use the old plug-in even if a reference to it exists.
         held = self.dnf.plugin.Plugin.__subclasses__()
         self.recorded_calls()
         self.again()
@@ -184,7 +184,8 @@ class HooksTest(PlugInsTest):
 
     @in_own_process
     def test_a_managed_root_uses_the_plug_ins_of_the_running_system(self):
-        """As with --installroot, neither the code nor the settings of plug-ins in the managed root are used."""
+        """As with dnf --installroot, the script uses neither the code nor the settings of plug-ins in the managed root.
+        """
         self.write_plug_in("probe", PROBE)
         for directory in (SYSTEM_PLUGINS, self.plugins):
             self.write(directory + "/evil.py", PROBE.replace("hook +", "'evil ' + hook +"))
@@ -241,7 +242,7 @@ class FailuresTest(PlugInsTest):
         self.assertRegex(self.failure(), "^The plug-ins cannot be loaded: .*probe.conf")
 
     @in_own_process
-    def test_a_plug_in_that_exits_in_a_hook_is_named(self):
+    def test_the_message_names_a_plug_in_that_exits_in_a_hook(self):
         for hook in ("pre_config", "config", "sack"):
             self.write_plug_in("crooked", raising(hook, "sys.exit(3)"))
             self.assertEqual(self.failure(), "The plug-in crooked has ended the operation: 3")
@@ -267,7 +268,7 @@ class FailuresTest(PlugInsTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_a_plug_in_that_fails_in_a_hook_stops_nothing(self):
+    def test_a_plug_in_that_fails_in_a_hook_does_not_stop_the_operation(self):
         for hook in HOOKS:
             self.write_plug_in("crooked" + hook, raising(hook, "raise ValueError('wrong')", "crooked" + hook))
         self.load()
@@ -293,7 +294,7 @@ class FailuresTest(PlugInsTest):
         self.yumio.reset()
         self.collect()
         self.assertEqual(self.reports(), [])
-        # Another plug-in, or another hook of the same plug-in, causes a new message.
+        # Another plug-in, or another hook in the same plug-in, causes a new message.
         self.write_plug_in("crooked", raising("config", "cli = self.cli; cli.demands.resolving = True"))
         self.write_plug_in("other", raising("sack", "self.cli.demands.resolving = True", "other"))
         self.yumio.reset()
@@ -302,7 +303,7 @@ class FailuresTest(PlugInsTest):
             self.NEEDS_DNF.replace("sack", "config"), self.NEEDS_DNF.replace("crooked", "other")])
 
     @in_own_process
-    def test_other_missing_attributes_are_faults_of_the_plug_in(self):
+    def test_another_missing_attribute_is_a_fault_of_the_plug_in(self):
         self.load()
         for statement in ("self.cli.demands.resolving = self.base.missing", "self.base.cli.demands",
                           "cli = self.base; cli.demands", "self.other = None; self.other.demands",
@@ -372,7 +373,7 @@ class FailuresTest(PlugInsTest):
         self.assertEqual(len([text for text in self.recording.errors() if "EOFError" in text]), 1)
 
     @in_own_process
-    def test_a_failing_thread_of_a_plug_in_stops_nothing(self):
+    def test_a_plug_in_whose_thread_fails_does_not_stop_the_operation(self):
         self.write_plug_in("crooked", raising("sack", "thread = threading.Thread(target=lambda: 1 / 0); "
                                               "thread.start(); thread.join()"))
         self.load()
@@ -388,7 +389,7 @@ class RealPlugInsTest(ScenarioTest):
     def test_all_plug_ins_can_be_loaded(self):
         settings = os.path.join(self.directory, "settings")
         shutil.copytree("/etc/dnf/plugins", settings)
-        # The plug-in local is enabled by default. It copies every installed package to a directory outside the managed
+        # The local plug-in is enabled by default. It copies every installed package to a directory outside the managed
         # system.
         with open(os.path.join(settings, "local.conf"), "w") as stream:
             stream.write("[main]\nenabled=1\nrepodir=%s\n[createrepo]\nenabled=0\n" %

@@ -25,7 +25,9 @@ def trees():
 
 class MissingNamesTest(ScenarioTest):
     def refusal(self, place, name):
-        """Starts the script without this name, in a child process; returns the message, or "" if it starts."""
+        """Starts the script in a child process where this name is missing. Returns the message, or "" if the script
+        starts.
+        """
         reader, writer = os.pipe()
         child = os.fork()
         if child == 0:
@@ -84,7 +86,7 @@ class MissingNamesTest(ScenarioTest):
             if issubclass(found, self.dnf.Base):
                 own |= {target.attr for node in ast.walk(trees()) if isinstance(node, ast.Assign)
                         for target in node.targets if isinstance(target, ast.Attribute)}
-            # The names that the package manager's class or its objects also have.
+            # The names that the package manager's own class or its objects also have.
             others = {each for place in found.__mro__ if place.__module__.startswith("dnf.") for each in vars(place)}
             if issubclass(found, self.dnf.Base):
                 others |= set(vars(self.dnf.Base()))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The list of transactions, their details, and the questions before they are undone or repeated."""
+"""The list of transactions, their details, and the questions before the script undoes or repeats them."""
 
 import contextlib
 import os
@@ -53,7 +53,7 @@ class ListTest(ReplayTest):
         self.assertEqual(first[5], "abacus-cli almanac astrolabe libbough libtwig")
         self.assertEqual(first[6:], (SUCCEEDED, 0))
         self.assertEqual((broken[4], broken[6]), ("Install: brokenlatch", FAILED))
-        # The group and four packages are more than the summary names.
+        # The group and four packages are more items than the summary names.
         self.assertEqual(chatty[4], "Install: 5")
         self.assertEqual(chatty[5], "@games chatterbox hedgerow orrery pebble-go")
         self.assertEqual(chatty[6], SUCCEEDED)
@@ -111,7 +111,7 @@ class ListTest(ReplayTest):
         for ending in ("-wal", "-shm"):
             if os.path.exists(self.path + ending):
                 os.unlink(self.path + ending)
-        # Only the way to the file is opened, for this process alone.
+        # Other users can reach the file only during this test.
         place = directory
         while place.startswith(self.directory):
             os.chmod(place, 0o755)
@@ -136,7 +136,7 @@ class ListTest(ReplayTest):
                 os.chmod(place, mode)
 
     @in_own_process
-    def test_five_thousand_transactions_take_few_queries(self):
+    def test_few_queries_read_five_thousand_transactions(self):
         self.started()
         self.apply(installs=["astrolabe", "libbough"])
         with self.database() as database:
@@ -201,7 +201,7 @@ class DetailsTest(ReplayTest):
                       self.yumio.describeTransaction(first))
 
     @in_own_process
-    def test_an_interrupted_transaction_shows_what_is_left(self):
+    def test_the_details_of_an_interrupted_transaction_list_the_missing_changes(self):
         self.started()
         self.apply(installs=["astrolabe", "loupe"], removes=["almanac"])
         with self.database() as database:
@@ -214,10 +214,10 @@ class DetailsTest(ReplayTest):
         text = self.yumio.describeTransaction(number)
         self.assertIn("This transaction was interrupted. \"Redo\" completes it with these changes:\n"
                       "    Install\tloupe-45.0-1.x86_64 @sandbox-http\n\n", text)
-        # "Redo" does exactly that.
+        # "Redo" makes exactly these changes.
         self.again()
         self.assertEqual(self.changes(self.replay, "redo", number), ({"loupe-45.0-1.x86_64"}, set()))
-        # Packages that a later transaction has changed are not left any more.
+        # If a later transaction has changed a package, the details no longer list it.
         self.again()
         self.assertIn("All its packages are in the intended state.", self.yumio.describeTransaction(number))
         self.apply(removes=["loupe"])
@@ -226,7 +226,7 @@ class DetailsTest(ReplayTest):
 
 class QuestionsTest(ReplayTest):
     @in_own_process
-    def test_an_undone_installation_and_update(self):
+    def test_an_installation_and_an_update_are_undone(self):
         self.started()
         self.assertEqual(self.yumio.lacksReplay(), "")
         self.apply(installs=["libbough"], updates=["abacus-cli"])
@@ -237,7 +237,7 @@ class QuestionsTest(ReplayTest):
         self.assertEqual(gone, {"abacus-cli-3.3.0-2.x86_64", "libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64"})
         self.assertTrue(self.yumio.systemChanged)
         self.assertEqual(self.newest()[3], "vyre: history undo %d" % number)
-        # The steps are those of any transaction.
+        # The steps are the same as in every transaction.
         names = self.recording.names()
         for name in ("listTransaction", "userconfirm", "downloadRemotePayloads", "gpgsigcheck", "rpmtransInit",
                      "postTransactionOutput"):
@@ -253,7 +253,7 @@ class QuestionsTest(ReplayTest):
         self.assertIn("install astrolabe", self.newest()[3])
 
     def removed_from_two_repositories(self):
-        """Removes a package of each of two repositories, one of which is not available any more."""
+        """Removes a package of each of two repositories, and then makes one of the repositories unavailable."""
         self.started()
         self.apply(removes=["lexicon-en", "almanac"])
         os.unlink(self.repository_file("sandbox-file"))
@@ -261,7 +261,7 @@ class QuestionsTest(ReplayTest):
         return self.newest()[0]
 
     @in_own_process
-    def test_what_is_impossible_is_named_before_the_listing(self):
+    def test_impossible_changes_are_named_before_the_listing(self):
         number = self.removed_from_two_repositories()
         self.assertEqual(self.changes(self.replay, "undo", number, answers=[0]), (set(), set()))
         question = ("These changes are impossible:\n  Cannot find rpm nevra \"lexicon-en-2023.1-1.noarch\".\n\n"
@@ -276,7 +276,7 @@ class QuestionsTest(ReplayTest):
                          ["almanac"])
 
     @in_own_process
-    def test_an_impossible_transaction_says_why(self):
+    def test_the_message_about_an_impossible_transaction_gives_the_reason(self):
         self.started()
         self.apply(removes=["lexicon-en"])
         os.unlink(self.repository_file("sandbox-file"))
@@ -288,7 +288,7 @@ class QuestionsTest(ReplayTest):
         self.assertEqual(self.recording.of("userconfirm"), [])
 
     @in_own_process
-    def test_a_package_that_another_one_needs_is_named(self):
+    def test_the_message_names_a_package_that_another_package_needs(self):
         self.started()
         self.apply(installs=["libtwig"])
         self.again()
@@ -299,7 +299,7 @@ class QuestionsTest(ReplayTest):
             self.replay("undo", number)
 
     @in_own_process
-    def test_dnf_s_warnings_are_before_the_listing(self):
+    def test_the_listing_begins_with_dnf_s_warnings(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -317,7 +317,7 @@ class QuestionsTest(ReplayTest):
                                       "Transaction history is incomplete, after %d.\n\n" % (before + 2, before + 1)])
 
     @in_own_process
-    def test_nothing_to_do(self):
+    def test_an_undo_or_redo_without_changes_is_refused(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()
@@ -329,7 +329,7 @@ class QuestionsTest(ReplayTest):
             self.replay("undo", 10000)
 
     @in_own_process
-    def test_a_version_of_dnf_without_the_commands_is_named(self):
+    def test_the_message_names_a_version_of_dnf_that_lacks_the_commands(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()

@@ -42,7 +42,7 @@ class SignatureTest(ScenarioTest):
         self.assertIn(CANDLE, self.sandbox.installed())
 
     @in_own_process
-    def test_the_text_is_cleared_before_the_question(self):
+    def test_earlier_output_is_cleared_before_the_question(self):
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])
         names = [name for name in self.recording.names() if name not in ("log", "errorlog")]
@@ -50,7 +50,7 @@ class SignatureTest(ScenarioTest):
         self.assertEqual(names[last - 2:last], ["gpgsigcheck", "stdoutWrite"])
 
     @in_own_process
-    def test_several_packages_cause_one_question(self):
+    def test_several_packages_with_the_same_key_cause_one_question(self):
         self.started()
         self.apply(installs=["wax-tablet", "wax-candle", "wax-polish"], answers=[1, 1])
         self.assertLessEqual({TABLET, CANDLE, "wax-polish-2.0-1.x86_64"}, self.sandbox.installed())
@@ -63,7 +63,7 @@ class SignatureTest(ScenarioTest):
         self.recording.clear()
         self.assert_refused("key", installs=["wax-tablet"], answers=[1, 0])
         self.assertEqual(self.questions(), 2)
-        # Only the download of the key had no progress report.
+        # The script has reported the progress of all downloads except the download of the key.
         self.assertIsInstance(self.yumio.base.repos["sandbox-signed"]._md_pload.progress,
                               self.module("progress").DownloadProgress)
         self.apply(installs=["wax-tablet"], answers=[1, 1])
@@ -77,8 +77,8 @@ class SignatureTest(ScenarioTest):
             self.apply(installs=["wax-forged"], answers=[1, 1])
         self.assertEqual(self.sandbox.installed() - before, self.keys())
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # If the repository's key is installed, dnf asks no question. Some versions of dnf do not find the keys of newer
-        # versions of rpm, and ask again.
+        # If the repository's key is installed, dnf asks no question. But some versions of dnf do not find keys that
+        # newer versions of rpm have imported, and ask again.
         known = any(re.match("gpg-pubkey-[0-9a-f]{8}-", key) for key in self.keys())
         self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1] if known else [1, 1])
         self.assertEqual(len(self.keys()), 1)
@@ -91,7 +91,7 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_a_changed_package_is_refused(self):
-        """The metadata has the digest of the changed file, so only the signature is wrong."""
+        """The metadata contains the digest of the changed file, so only the signature is wrong."""
         path = os.path.join(self.sandbox.repository("sandbox-signed"), TABLET + ".rpm")
         with open(path, "r+b") as stream:
             content = bytearray(stream.read())
@@ -103,7 +103,7 @@ class SignatureTest(ScenarioTest):
         self.assert_refused("wax-tablet", installs=["wax-tablet"], answers=[1, 1])
 
     @in_own_process
-    def test_without_a_key_of_the_repository_the_package_is_refused(self):
+    def test_a_package_is_refused_if_its_repository_has_no_key(self):
         self.change_repository("sandbox-signed", "gpgkey=", "#gpgkey=")
         self.started()
         self.assert_refused("not installed", installs=["wax-tablet"], answers=[1])
@@ -140,7 +140,7 @@ class SignatureTest(ScenarioTest):
 
     @in_own_process
     def test_signatures_are_checked_with_the_keys_of_the_managed_system(self):
-        """Neither the home directory nor the managed root has a file with the path of rpm's database."""
+        """Neither the home directory nor the managed root has a file that sets the path of rpm's database."""
         shutil.rmtree(self.sandbox.root + "/root")
         self.started()
         self.apply(installs=["wax-tablet"], answers=[1, 1])

@@ -68,7 +68,7 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     @in_own_process
-    def test_a_removal_that_the_database_does_not_record_is_a_failure(self):
+    def test_a_removal_fails_if_the_database_does_not_record_it(self):
         self.mount_small("/var/lib/rpm", PLENTY)
         self.started()
         self.resize("/var/lib/rpm", 0)
@@ -90,8 +90,8 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(self.changes(self.apply, installs=["gargantua"]), ({GARGANTUA}, set()))
 
     def at_first_progress(self, act):
-        """Lets another process act when rpm reports its first progress. At that time, this process sees only the
-        managed root.
+        """When rpm reports its first progress, another process calls the function, because this process then sees only
+        the managed root.
         """
         waked, wake = os.pipe()
         done, finished = os.pipe()
@@ -126,7 +126,7 @@ class SpaceTest(ScenarioTest):
         self.assertRegex(remark, r"(?s)^The packages were changed. Only the history of transactions could not be "
                          r"written:\n.*database or disk is full\nThere are only 0 kB left for %s/var/lib/dnf$" %
                          self.sandbox.root)
-        # A later run does not report the changes as missing.
+        # A later run does not report that changes are missing.
         self.resize("/var/lib/dnf", PLENTY)
         self.yumio.unlock()
         self.load()
@@ -144,7 +144,7 @@ class SpaceTest(ScenarioTest):
         self.assertNotIn("The history of transactions", "\n".join(self.recording.errors()))
 
     @in_own_process
-    def test_no_space_for_scripts_is_asked_about(self):
+    def test_a_question_appears_if_scripts_have_no_space(self):
         self.mount_small("/var/tmp", PLENTY)
         self.started()
         self.resize("/var/tmp", 0)
@@ -154,7 +154,7 @@ class SpaceTest(ScenarioTest):
                          "may not run.\nThere are only [0-9]+ kB left for %s/var/tmp\nApply anyway\\?\n$" %
                          self.sandbox.root)
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # The package almanac has no scripts, so the missing space has no effect.
+        # The almanac package has no scripts, so the missing space has no effect.
         self.assertEqual(self.changes(self.apply, removes=["almanac"], answers=[1, 1]),
                          (set(), {"almanac-1.9-1.noarch"}))
         self.assertEqual(self.yumio.remarks, [])
@@ -168,7 +168,7 @@ class SpaceTest(ScenarioTest):
         remark, = self.yumio.remarks
         self.assertRegex(remark, "(?s)^There was no space for the scripts of these packages, which may not have run:\n"
                          "limpgate-1.0-1.noarch\nThere are only [0-9]+ kB left for %s/var/tmp$" % self.sandbox.root)
-        # When there is space, the script of the same package runs.
+        # If the space is sufficient, the script of the same package runs.
         self.resize("/var/tmp", PLENTY)
         self.again()
         self.apply(removes=["limpgate"])

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Operations that the user stops, and repositories that the user does without."""
+"""Operations that the user stops, and failing repositories that the user leaves out."""
 
 import ctypes
 import os
@@ -15,7 +15,7 @@ UNREACHABLE = "[{0}]\nname={0}\nbaseurl=http://127.0.0.1:9/{0}/\nretries=1\ntime
 
 
 class Stop:
-    """The program's side: it sets the flag of librepo again and again after a request to stop."""
+    """A stand-in for the program: after a request to stop, it sets librepo's flag again and again."""
 
     def __init__(self):
         self.requested = False
@@ -56,7 +56,7 @@ class StoppingTest(ScenarioTest):
         self.yumio.lock()
 
     def check_stopped(self, operation, condition):
-        """The operation ends soon after the request, without an error in the log."""
+        """Checks that the operation ends soon after the request, without an error in the log."""
         errors = len(self.recording.errors())
         self.stop.request_when(condition)
         begin = time.monotonic()
@@ -74,7 +74,7 @@ class StoppingTest(ScenarioTest):
         return lambda: path in self.server.paths()
 
     @in_own_process
-    def test_a_slow_mirror_of_metadata(self):
+    def test_the_user_can_stop_a_slow_download_of_metadata(self):
         self.change_repository("sandbox-unreachable", "enabled=1", "enabled=0")
         self.load_stoppable()
         for path in (REPOMD, REPODATA + next(name for name in os.listdir(
@@ -90,7 +90,7 @@ class StoppingTest(ScenarioTest):
             self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_repository_that_may_be_skipped_is_not_skipped(self):
+    def test_a_stop_does_not_skip_a_repository(self):
         self.change_repository("sandbox-http", "enabled=1", "enabled=1\nskip_if_unavailable=1")
         self.load_stoppable()
         self.server.fault(REPOMD, "paced", 1)
@@ -101,7 +101,7 @@ class StoppingTest(ScenarioTest):
         self.assertTrue(self.yumio.base.repos["sandbox-http"].enabled)
 
     @in_own_process
-    def test_packages_of_the_cache_remain(self):
+    def test_packages_in_the_cache_are_usable_after_a_stop(self):
         self.load_stoppable()
         self.collect()
         self.recording.clear()
@@ -118,7 +118,7 @@ class StoppingTest(ScenarioTest):
         self.assertEqual(self.server.paths(), [])
         self.assertEqual([str(package) for package in self.available + self.installed + self.updates], before)
         self.assertEqual(self.recording.errors(), [])
-        # A transaction works with them.
+        # A transaction can use these packages.
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
         # The next reading uses the network.
         self.server.fault(REPOMD, "none")
@@ -127,7 +127,7 @@ class StoppingTest(ScenarioTest):
         self.assertIn(REPOMD, self.server.paths())
 
     @in_own_process
-    def test_installed_packages_remain_without_a_cache(self):
+    def test_installed_packages_are_usable_after_a_stop_without_a_cache(self):
         self.load_stoppable()
         self.server.stop()
         self.yumio.setupCachedRepos()
@@ -144,7 +144,7 @@ class StoppingTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_a_slow_mirror_of_packages(self):
+    def test_the_user_can_stop_a_slow_download_of_packages(self):
         self.load_stoppable()
         self.collect()
         self.recording.clear()
@@ -200,7 +200,7 @@ class WithoutRepositoriesTest(ScenarioTest):
             self.write("/etc/yum.repos.d/%s.repo" % name, UNREACHABLE.format(name))
 
     @in_own_process
-    def test_all_failing_repositories_come_before_the_first_question(self):
+    def test_all_repositories_are_read_before_the_first_question(self):
         self.add_unreachable("away", "gone")
         self.server.fault(REPOMD, "status", 401)
         self.load_asking(True, True, True)
@@ -208,7 +208,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.assertEqual({id for id, reason, others in self.asked}, {"away", "gone", "sandbox-http"})
         self.assertEqual([others for id, reason, others in self.asked], [2, 1, 0])
         for id, reason, others in self.asked:
-            # The reason of this repository only.
+            # The text has only the reason for this repository.
             for other in ("away", "gone", "sandbox-http"):
                 self.assertEqual(other in reason, other == id, reason)
             if id == "sandbox-http":
@@ -223,7 +223,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.apply(installs=["hedgerow"])
 
     @in_own_process
-    def test_a_refusal_is_an_error(self):
+    def test_the_operation_fails_if_the_user_refuses_to_go_on(self):
         self.add_unreachable("away", "gone")
         self.load_asking(True, False)
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "Failed to download metadata") as caught:
@@ -233,12 +233,12 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.assertEqual(len(self.asked), 2)
 
     @in_own_process
-    def test_damaged_metadata(self):
+    def test_the_user_can_go_on_without_a_damaged_repository(self):
         self.server.fault(REPOMD, "corrupted")
         self.load_asking(True)
         self.collect()
         self.assertEqual([id for id, *_ in self.asked], ["sandbox-http"])
-        # After the next reset it is read again.
+        # After the next reset, the script reads the repository again.
         self.server.fault(REPOMD, "none")
         self.yumio.reset()
         self.collect()
@@ -246,7 +246,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.package(self.available, "astrolabe")
 
     @in_own_process
-    def test_without_any_network_the_installed_packages_remain(self):
+    def test_installed_packages_are_usable_without_any_network(self):
         self.change_repository("sandbox-file", "enabled=1", "enabled=0")
         self.load_asking(*[True] * 9)
         self.server.stop()
@@ -257,7 +257,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_what_happens_with_each_repository_is_shown(self):
+    def test_the_bar_shows_what_happens_with_each_repository(self):
         shown = []
         self.load(showReading=lambda *arguments: shown.append(arguments))
         self.collect()

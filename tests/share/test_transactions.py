@@ -62,7 +62,7 @@ class InstallTest(ScenarioTest):
             "lectern-slides-2.0-1.x86_64"}, set()))
 
     @in_own_process
-    def test_the_packages_of_both_architectures_can_be_installed(self):
+    def test_a_package_can_be_installed_in_both_architectures(self):
         self.started()
         both = [package for package in self.available if package.name == "libmoss"]
         self.recording.answers = [1]
@@ -71,7 +71,7 @@ class InstallTest(ScenarioTest):
         self.assertLessEqual({"libmoss-0.5-1.i686", "libmoss-0.5-1.x86_64"}, self.sandbox.installed())
 
     @in_own_process
-    def test_an_obsoleting_package_replaces_the_old_one(self):
+    def test_an_obsoleting_package_replaces_the_old_package(self):
         self.started()
         changed = self.changes(self.apply, installs=["newpost"])
         self.assertEqual(changed, ({"newpost-2.0-1.x86_64"}, {"oldpost-1.8-1.x86_64"}))
@@ -118,7 +118,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.errors(), [])
 
     @in_own_process
-    def test_a_kernel_is_installed_beside_the_installed_kernels(self):
+    def test_a_new_kernel_leaves_the_installed_kernels(self):
         self.started()
         self.assertEqual(len([package for package in self.installed if package.name == "kernel"]), 2)
         changed = self.changes(self.apply, updates=["kernel"])
@@ -127,7 +127,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.listed()["kernel-6.1.31-1.x86_64"][0], INSTALL)
 
     @in_own_process
-    def test_the_oldest_kernel_is_removed_above_the_limit(self):
+    def test_the_oldest_kernel_is_removed_if_the_limit_is_exceeded(self):
         self.configure("installonly_limit=2")
         self.started()
         changed = self.changes(self.apply, updates=["kernel"])
@@ -303,7 +303,7 @@ class GroupTest(ScenarioTest):
 
 
 class ReasonTest(ScenarioTest):
-    """The program shows the value of an exception."""
+    """The program shows the attribute "value" of an exception."""
 
     def check(self, method, raising, arguments=()):
         exceptions = self.dnf.exceptions
@@ -319,7 +319,7 @@ class ReasonTest(ScenarioTest):
             with self.assertRaises(exceptions.Error) as caught:
                 method(*arguments)
             self.assertEqual(caught.exception.value, value)
-        # An exception with a complete message is not changed.
+        # The script does not change an exception with a complete message.
         raising(exceptions.RepoError("the repository"))
         with self.assertRaises(exceptions.RepoError) as caught:
             method(*arguments)
@@ -336,12 +336,12 @@ class ReasonTest(ScenarioTest):
         return raising
 
     @in_own_process
-    def test_exceptions_of_transactions_have_a_complete_text(self):
+    def test_exceptions_from_transactions_have_a_complete_text(self):
         self.started()
         self.check(self.yumio.apply, self.raiser(self.yumio, "_checkCurrent"), ([],) * 6)
 
     @in_own_process
-    def test_exceptions_of_collections_have_a_complete_text(self):
+    def test_exceptions_from_collections_have_a_complete_text(self):
         self.started()
         base = self.yumio.base
         self.check(self.yumio.collectGroups, self.raiser(base, "read_comps"))
@@ -362,7 +362,7 @@ class RefusalTest(ScenarioTest):
         self.assertEqual(self.recording.order(), [])
 
     @in_own_process
-    def test_a_package_that_conflicts_with_an_installed_one_is_refused(self):
+    def test_a_package_that_conflicts_with_an_installed_package_is_refused(self):
         self.started()
         self.assert_refused("libgranite", installs=["sandstone"])
 
@@ -387,7 +387,7 @@ class RefusalTest(ScenarioTest):
         self.assertEqual(self.recording.names().count("rpmtransDel"), 2)
 
     @in_own_process
-    def test_a_package_with_a_file_of_an_installed_one_is_refused(self):
+    def test_a_package_is_refused_if_an_installed_package_has_the_same_file(self):
         self.started()
         self.assert_refused("/bin/sh", installs=["vanity-shell"])
 
@@ -438,7 +438,7 @@ class ScriptletTest(ScenarioTest):
             self.assertEqual(numbers, ["%05d" % number for number in range(1, 6001)])
 
     @in_own_process
-    def test_final_line_feeds_of_output_are_optional_and_make_no_empty_lines(self):
+    def test_a_line_feed_at_the_end_of_the_output_is_optional_and_makes_no_empty_line(self):
         self.started()
         self.apply(installs=["halfline", "chatterbox"])
         texts = [text for text in self.recording.of("rpmtransScriptout") if text]
@@ -463,7 +463,7 @@ class ScriptletTest(ScenarioTest):
     def test_a_failure_is_reported_with_the_end_of_much_output(self):
         self.started()
         text = b"".join(b"line %d\n" % number for number in range(1, 26))
-        # No package of the sandbox prints this much before it fails.
+        # No package in the sandbox prints this much before it fails.
         self.module("progress").RPMTransaction.__base__._scriptOutput = lambda transaction: text
         self.assert_refused("brokenlatch", installs=["brokenlatch"])
         self.assertIn(text.decode()[:-1], self.recording.of("rpmtransScriptout"))

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Version locks: the plug-in versionlock, its list, and the changes by the program and by the command dnf."""
+"""Version locks: the versionlock plug-in, its list, and changes by the program and by the dnf command."""
 
 import os
 import re
@@ -63,7 +63,7 @@ class VersionLocksTest(ScenarioTest):
         return set(package.name for package in self.updates)
 
     @in_own_process
-    def test_without_the_plug_in_no_locks_are_offered(self):
+    def test_no_locks_are_offered_if_the_plug_in_is_missing(self):
         self.write_settings("versionlock.conf", "[main]\nenabled=0\nlocklist=%s\n" % self.locks)
         self.started()
         self.assertIsNone(self.yumio.versionLocks())
@@ -74,14 +74,14 @@ class VersionLocksTest(ScenarioTest):
         self.assertIsNone(self.yumio.versionLocks())
 
     @in_own_process
-    def test_another_version_of_the_plug_in_offers_no_locks(self):
+    def test_no_locks_are_offered_if_the_plug_in_lacks_a_name(self):
         self.started()
         self.assertEqual(self.locked(), {})
         del sys.modules["dnf.plugin.dynamic.versionlock"]._read_locklist
         self.assertIsNone(self.yumio.versionLocks())
 
     @in_own_process
-    def test_the_lines_are_the_same_as_those_of_the_command(self):
+    def test_the_script_and_dnf_write_the_same_lines(self):
         names = ("abacus-cli", "libcairn", "quillbase", "astrolabe")
         self.started()
         # Two architectures of libcairn are installed. An available package has only one version here.
@@ -96,7 +96,7 @@ class VersionLocksTest(ScenarioTest):
         for name in sorted(names):
             self.command("add", name)
         self.assertEqual(own, self.content())
-        # The removal of lines also removes comments.
+        # Removing lines also removes their comments.
         self.command("delete", "abacus-cli")
         theirs = self.content()
         with open(self.locks, "w") as stream:
@@ -116,7 +116,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(before - self.names_of_updates(), {"abacus-cli", "quillbase"})
         self.assertEqual(self.locked()["abacus-cli"], "abacus-cli-0:3.2.1-1.*")
         self.assertEqual(set(self.locked()), {"abacus-cli", "quillbase"})
-        # A locked package is not locked again.
+        # Nothing happens if the user locks a locked package again.
         content = self.content()
         self.yumio.lockVersions(self.rows("abacus-cli"))
         self.assertEqual(self.content(), content)
@@ -133,7 +133,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.content(), "\n# Added lock on ...\nastrolabe-0:5.6-1.*\n")
 
     @in_own_process
-    def test_lines_that_exclude_versions_stay(self):
+    def test_lines_that_exclude_versions_are_kept(self):
         self.write_locks("!abacus-cli-0:3.3.0-2.*")
         self.started()
         self.assertEqual(self.locked(), {})
@@ -149,7 +149,7 @@ class VersionLocksTest(ScenarioTest):
         locked = self.locked()
         self.assertEqual(locked["amberfont-sans"], "amberfont-*")
         self.assertEqual(set(locked), {"amberfont-sans", "amberfont-serif", "quillbase"})
-        # The line stays as long as it locks another package too.
+        # The script keeps the line as long as it also locks another package.
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.yumio.unlockVersions(self.rows("amberfont-sans", "quillbase"))
         self.assertEqual(str(caught.exception), "These packages are still locked: amberfont-sans\nThese lines of %s "
@@ -173,7 +173,7 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.yumio.versionLocks()[0], fault(self.locks))
 
     @in_own_process
-    def test_a_failing_change_has_the_reason_of_the_system(self):
+    def test_the_message_about_a_failed_change_gives_the_reason_of_the_system(self):
         self.started()
         os.unlink(self.locks)
         os.mkdir(self.locks)

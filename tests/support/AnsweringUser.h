@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Answers message boxes like a user, on request also other dialogs, and records them. It works while the
-// program waits in its own event loop or in the event loop of the test. A question of a worker takes input
+// Answers message boxes as a user does, and records them; if this is requested, also other dialogs. It works
+// while the program waits in its own event loop or in the test's event loop. A worker's question takes input
 // earlier than in the program.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
@@ -21,7 +21,7 @@
 
 #include "tests/support/Question.h"
 
-// The texts of a dialog. The members that only message boxes have are empty for other dialogs.
+// The texts of a dialog. Some members are empty unless the dialog is a message box.
 struct ShownBox
 {
     QString title;
@@ -117,13 +117,13 @@ private:
     }
     void look()
     {
-        // An answer processes events.
+        // Events are processed during an answer.
         if (answering) {
             return;
         }
         QWidget* window = QApplication::activeModalWidget();
         if (window == nullptr && whom == MessageBoxes) {
-            window = QApplication::activeWindow(); // a box for which no code waits
+            window = QApplication::activeWindow(); // no code waits for this box
         }
         QDialog* dialog =
             whom == MessageBoxes ? qobject_cast<QMessageBox*>(window) : qobject_cast<QDialog*>(window);
@@ -138,7 +138,8 @@ private:
         if (!takesInput(dialog)) {
             return;
         }
-        // A click while the window is just getting the focus may be lost. The next call then answers again.
+        // If the window is just getting the focus, the click may be lost. In this case, the next call answers
+        // again.
         const QScopedValueRollback<bool> guard(answering, true);
         answer(dialog);
     }

@@ -12,7 +12,7 @@
 #include <QTimer>
 #include <QtTest>
 
-// Opens a menu, uses it, and closes it if it is still open. Returns whether a menu opened.
+// Opens a menu and uses it. Afterwards the menu is closed if it is still open. Returns whether a menu opened.
 template <typename Open, typename Use> bool withMenu(Open open, Use use)
 {
     bool opened = false;

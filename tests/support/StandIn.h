@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A share directory whose script answers without a package manager. The tests set its answers.
+// A share directory with a script that answers without a package manager. The tests set the answers.
 //
 // The script reads these answers at each collection, and records the calls of its methods.
 //
-// One object for each test program. It must exist before any code looks for the share directory, and it sets
-// the environment variables VYRESHARE and VYREROOT.
+// A test program has only one object of this class. The object sets the environment variables VYRESHARE and
+// VYREROOT, so it must exist before any code looks for the share directory.
 
 #ifndef TESTS_SUPPORT_STANDIN_H
 #define TESTS_SUPPORT_STANDIN_H
@@ -22,12 +22,12 @@ public:
     // Uses the icons of the share directory that the environment names at the time of this call.
     StandIn();
 
-    // The attributes of a package object. The script sets the missing attributes.
+    // The attributes of a package object. The script adds the missing attributes.
     static QJsonObject package(const QString& name, const QJsonObject& attributes = QJsonObject());
     static QJsonObject group(const QString& name, const QJsonObject& attributes = QJsonObject());
 
-    // Sets the packages for the next collection. The installed version of an update must be in the list of
-    // installed packages too.
+    // Sets the packages for the next collection. The list of installed packages must also contain the
+    // installed versions of the updates.
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
@@ -42,25 +42,27 @@ public:
     void setOutdated(bool outdated);
     // Whether the next collections fail.
     void setUnreadable(bool unreadable);
-    // Whether both repositories fail in the next collections, which ask whether to go on without them.
+    // Whether both repositories fail in the next collections. The collections ask whether to go on without
+    // them.
     void setLacking(bool lacking);
-    // Whether the next collections log an error and continue.
+    // Whether the next collections log an error but succeed.
     void setComplaining(bool complaining);
     // The history: whether it can be read, has 5,000 transactions, and can be undone.
     void setHistoryBroken(bool broken);
     void setHistoryLong(bool many);
     void setReplayRefused(bool refused);
-    // Before this call, the change log of a package with the attribute "waiting" is not available.
+    // Makes the change logs of packages with the "waiting" attribute available.
     void letChangeLogsBeRead();
     // Sets the text of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
 
-    // An advisory, and a package "NAME-2-1.x86_64" of it. The obstacle is a number of Advisory::Obstacle.
+    // An advisory, and a package "NAME-2-1.x86_64" for an advisory. obstacle: a value of Advisory::Obstacle.
     static QJsonArray advisory(const QString& id, bool security, const QList<QJsonArray>& packages);
     static QJsonArray advised(const QString& name, int obstacle);
     void setAdvisories(const QList<QJsonArray>& advisories);
 
-    // Offers version locks from the next collection on. lines: the keys are the names of the locked packages.
+    // From the next collection on, the script offers version locks. lines: from the names of locked packages
+    // to their lines.
     void setVersionLocks(const QJsonObject& lines, const QString& fault = QString());
     void removeVersionLocks();
 

@@ -68,7 +68,8 @@ class Package:
 
 
 class WaitingPackage(Package):
-    """A package whose change log exists only after the test permits it. A blocked program never lets the test do so."""
+    """A package whose change log exists only after the test permits it. If the program is blocked, the test never does.
+    """
 
     @property
     def changelogs(self):
@@ -84,7 +85,9 @@ class WaitingPackage(Package):
 
 
 class LockedPackage(Package):
-    """A package without a change log. Another process holds the lock until the program ends the wait."""
+    """A package without a change log. To read the change log, the script waits for a lock until the program ends the
+    wait.
+    """
 
     @property
     def changelogs(self):
@@ -99,8 +102,8 @@ class LockedPackage(Package):
 
 
 class WatchedPackage(Package):
-    """A package that records each read of its description. Records do not store this text, which is too long for a
-    column. Therefore only a search and an open description read it.
+    """A package that records each read of its description. No record stores this text, because no column shows it.
+    Therefore only a search and an open description read the text.
     """
 
     @property
@@ -131,7 +134,7 @@ class Group:
 
 
 class History:
-    """The history. The same object is also its list of groups."""
+    """The history. The same object also serves as its list of groups."""
 
     def __init__(self):
         self.group = self
@@ -189,7 +192,7 @@ class YumIO:
             raise RuntimeError('half way')
 
     def collectAdvisories(self):
-        """The advisories of advisories.json; none without this file."""
+        """The advisories in advisories.json; none if this file is missing."""
         self.wait()
         try:
             with open(os.path.join(SHARE, 'advisories.json')) as advisories:
@@ -204,7 +207,7 @@ class YumIO:
         return [(update, update.advised) for update in self._packages('updates') if hasattr(update, 'advised')]
 
     def versionLocks(self):
-        """The reason and the lines of locks.json; None without this file."""
+        """The reason and the lines in locks.json; None if this file is missing."""
         try:
             with open(os.path.join(SHARE, 'locks.json')) as locks:
                 return tuple(json.load(locks))
@@ -221,7 +224,7 @@ class YumIO:
         note('unlockVersions ' + ','.join(sorted(package.name for package in packages)))
 
     def transactions(self):
-        """Three transactions, or many of them; while held, this waits."""
+        """Three or 5,000 transactions. While the script is held, this method waits."""
         self.wait()
         if os.path.exists(os.path.join(SHARE, 'nohistory')):
             raise Failure('the history is broken')

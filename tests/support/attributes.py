@@ -6,7 +6,8 @@ import re
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
-# A row of Fields.cpp. The field "name" has an empty label. If a source uses no attribute, its attribute is empty.
+# A row in Fields.cpp. The label of the "name" field is empty. If the source of a field uses no attribute, the field's
+# attribute is empty.
 Field = collections.namedtuple('Field', 'name label source attribute uses')
 
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""An X server with a window manager and, on request, an accessibility bus, for the length of a scope.
+"""An X server with a window manager and, on request, an accessibility bus, as a context manager.
 
 The server itself picks a free display, so any number of servers can run at the same time.
 """
@@ -10,7 +10,7 @@ import tempfile
 import time
 
 
-# A user of another name space cannot authenticate, so the bus also accepts anonymous clients.
+# A user in another name space cannot authenticate, so the bus also accepts anonymous clients.
 BUS_OF_ALL = '''<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
@@ -119,8 +119,8 @@ class VirtualDisplay:
     def _start_accessibility(self):
         self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
         if self.any_user:
-            # The bus of the usual launcher accepts only its own user and root. So the message bus is used as the
-            # accessibility bus as well.
+            # The usual launcher's bus accepts only its own user and root. So the message bus also serves as the
+            # accessibility bus.
             os.chmod(self.scratch.name, 0o711)
             address = 'unix:path=' + os.path.join(self.scratch.name, 'bus')
             # Programs that the bus starts need this variable too.
@@ -129,7 +129,7 @@ class VirtualDisplay:
             with open(path, 'w') as stream:
                 stream.write(BUS_OF_ALL.format(address))
             self._start_bus('--config-file=' + path)
-            # Programs that find no launcher read this property.
+            # If a program finds no launcher, it reads this property.
             self._set_bus_property(address)
             return
         self._start_bus('--session')

@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Drives the built program from outside, as a user does: it sends X events by xdotool, and reads through AT-SPI.
+"""Drives the built program from outside, as a user does. It sends X events with xdotool, and reads through AT-SPI.
 
 It needs a display with an accessibility bus, so it must run under "with-display --accessible".
 
-Input and reading use different connections, so a read directly after a key or a click may still return the old state.
-Therefore every function that acts waits until its effect is visible.
+Input and reading use different connections. So a function that reads directly after a key or a click may still find the
+old state. Therefore every function that acts waits until the effect is visible.
 """
 import contextlib
 import glob
@@ -36,7 +36,7 @@ class Ended(NotThere):
 
 
 def wait_for(condition, what, seconds=60):
-    """Return the first true value of the condition. An accessibility error is handled like a false value."""
+    """Return the first true value of the condition. An accessibility error counts as a false value."""
     end = time.monotonic() + seconds
     problem = ''
     while True:
@@ -57,7 +57,7 @@ def wait_for(condition, what, seconds=60):
 
 def walk(accessible):
     yield accessible
-    # Every cell of a table is a child. Other functions read the cells.
+    # Each cell of a table would be a child. Other functions read the cells.
     if accessible.getRole() in (pyatspi.ROLE_TABLE, pyatspi.ROLE_TREE_TABLE):
         return
     for i in range(accessible.childCount):
@@ -82,13 +82,13 @@ def text_of(accessible):
     try:
         return accessible.queryText().getText(0, -1)
     except NotImplementedError:
-        # The cached data can be older than the window.
+        # The cached data can be older than the window's current text.
         accessible.clear_cache()
         return accessible.queryText().getText(0, -1)
 
 
 def plain(name):
-    """A text without the "&" of its mnemonics."""
+    """The text without the "&" of its mnemonic."""
     return re.sub('&(.)', r'\1', name)
 
 
@@ -104,7 +104,7 @@ def screenshot(path):
 
 
 def pixels(x, y, width, height):
-    """The pixels of this part of the screen, three bytes each."""
+    """The pixels of this part of the screen. Each pixel has three bytes."""
     return subprocess.run(['import', '-silent', '-window', 'root', '-crop', '{}x{}+{}+{}'.format(width, height, x, y),
                            '-depth', '8', 'rgb:-'], check=True, stdout=subprocess.PIPE).stdout
 
@@ -129,7 +129,9 @@ class Icon:
                        for i in range(self.width * self.height) if content[4 * i + 3] > 250]
 
     def difference(self, picture, width, height, enough):
-        """The smallest difference per pixel between the icon and a place in the picture, but at most enough."""
+        """The smallest difference per pixel between the icon and any place in the picture. If no place has a smaller
+        difference than enough, the result is enough.
+        """
         best = enough
         for top in range(height - self.height + 1):
             for left in range(width - self.width + 1):
@@ -161,12 +163,13 @@ def click(accessible, button=1):
 
 
 def click_at(x, y, button=1):
-    # The pointer first moves to a neighbouring place. If it did not move at all, xdotool would wait for 15 s.
+    # The pointer first moves to a neighbouring place. If the pointer did not move at all, xdotool would wait for 15 s.
     xdotool('mousemove', x + 1, y, 'mousemove', '--sync', x, y, 'click', button)
 
 
 def key(*names):
-    # With some keyboard descriptions, the name of a function key makes xdotool press Alt too. So its code is used.
+    # With some keyboard descriptions, xdotool also presses Alt if it gets the name of a function key. So it gets the
+    # key's code.
     codes = [re.sub(r'\bF([1-9]|10)$', lambda found: str(66 + int(found.group(1))), name) for name in names]
     xdotool('key', '--clearmodifiers', *codes)
 
@@ -177,7 +180,7 @@ def kill_display():
 
 
 def kill_window(program, title):
-    """Make the X server close the connection of the program with the window of this title."""
+    """Make the X server close the connection of the program that has a window with this title."""
     window = xdotool('search', '--onlyvisible', '--pid', program.process.pid, '--name', '^' + title + '$').split()[0]
     xdotool('windowkill', window)
 
@@ -206,8 +209,8 @@ class Program:
             return err.read()
 
     def complaints(self):
-        """The standard error of the program without one known message. Qt prints this message if the window manager
-        removes the frame of a closed dialog while Qt looks for the window under the pointer.
+        """The program's standard error without one known message. Qt prints this message if the window manager removes
+        a closed dialog's frame while Qt looks for the window under the pointer.
         """
         harmless = re.compile(
             r'vyre: QXcbConnection: XCB error: 3 \(BadWindow\), .*\(TranslateCoords\), minor code: 0$')
@@ -257,7 +260,7 @@ class Program:
         desktop = pyatspi.Registry.getDesktop(0)
         application = self._application_of(desktop)
         if application is None:
-            # The cached list can lack an application if the test has missed an event.
+            # If the test has missed an event, the cached list may lack the application.
             desktop.clear_cache()
             application = self._application_of(desktop)
         return application
@@ -272,7 +275,7 @@ class Program:
         return None
 
     def accessibility(self):
-        """What the accessibility bus and the X server know about applications. A failed test prints it."""
+        """The applications that the accessibility bus and the X server know. A failed test prints this text."""
         desktop = pyatspi.Registry.getDesktop(0)
         lines = ['applications on the desktop: {}'.format(desktop.childCount)]
         for i in range(desktop.childCount):
@@ -361,7 +364,9 @@ class Window:
                  'input for ' + self.title)
 
     def find(self, role, name=None, seconds=60):
-        """The first visible widget of this role and, if given, this name. The name has no "&" for the mnemonic."""
+        """The first visible widget with this role and, if given, this name. The name is without the "&" of the
+        mnemonic.
+        """
         def look():
             for accessible in walk(self.accessible):
                 if accessible.getRole() == role and shown(accessible) and \
@@ -388,7 +393,7 @@ class Window:
         click(button)
 
     def press(self, name):
-        """Wait until the window has the focus, and press a key. Otherwise another window could receive the key."""
+        """Wait until the window has the focus, and then press a key. Otherwise another window could receive the key."""
         self.wait_settled()
         key(name)
 
@@ -419,7 +424,7 @@ class MainWindow(Window):
         return enabled(self.button('Refresh'))
 
     def wait_ready(self, seconds=120):
-        # During some steps a busy window does not answer at all.
+        # In some steps, a busy window does not answer at all.
         wait_for(self.is_ready, 'a usable main window', seconds)
 
     def table(self):
@@ -465,7 +470,7 @@ class MainWindow(Window):
         return self.table().queryTable().getAccessibleAt(row, column)
 
     def visible_cell(self, name, column, arch=None):
-        """The cell of a package. The function waits until the whole cell is on the screen."""
+        """The cell of a package, after the whole cell is on the screen."""
         def look():
             cell = self.cell(self.row_of(name, arch), column)
             _, y, width, height = rectangle(cell)
@@ -494,7 +499,7 @@ class MainWindow(Window):
         wait_for(look, 'the action {} of {}'.format(action, name), 20)
 
     def warning(self):
-        """The text of the frame that warns of unlisted actions; empty if the frame is hidden."""
+        """The warning about unlisted actions; empty if the warning is hidden."""
         return ''.join(text for text in self.labels() if text == 'Unlisted Actions')
 
     def edit(self):
@@ -512,7 +517,7 @@ class MainWindow(Window):
     # Acting
 
     def barrier(self):
-        """Wait until the program has handled all earlier input. The expression edit must have the focus."""
+        """Wait until the program has handled all earlier input. Needs the focus in the expression edit."""
         edit = self.edit()
 
         def caret_at(position):
@@ -548,7 +553,8 @@ class MainWindow(Window):
             # The program ignores a click at the beginning of an operation.
             self.wait_ready()
             click(combo)
-            # The keyboard is used, because the opened list covers the box, and its current item is under the pointer.
+            # This function uses the keyboard, because the opened list covers the box, and the pointer is over the
+            # list's current item.
             key('Home')
             for _ in range(8):
                 if selected_item(combo) == item:
@@ -632,7 +638,7 @@ class MainWindow(Window):
         wait_for(lambda: self.program.popups() < before, 'the end of the menu')
 
     def apply(self):
-        """Press Apply; return the dialog with the listing, once it takes input."""
+        """Press Apply, wait until the dialog with the listing takes input, and return the dialog."""
         self.click_button('Apply Actions')
         dialog = self.program.window('Apply')
         dialog.wait_input()

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Small file systems that only this process sees, for tests without free space."""
+"""Small file systems for tests of full disks. Only this process sees them."""
 import ctypes
 import os
 import shutil
@@ -16,7 +16,9 @@ def rootIsMountPoint():
 
 
 def isolate():
-    """From now on, only this process and its children see their mounts. The mounts end with these processes."""
+    """From now on, only this process and its children see the mounts that they make. The mounts end with these
+    processes.
+    """
     if not rootIsMountPoint():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')
     library = ctypes.CDLL(None, use_errno=True)
@@ -26,7 +28,9 @@ def isolate():
 
 
 def mount_small(path, kilobytes):
-    """Mount a file system of this size on a directory and keep its contents. Make the directory if it is missing."""
+    """Mount a file system of this size on a directory, and copy the directory's contents to it. Make the directory if
+    it is missing.
+    """
     os.makedirs(path, exist_ok=True)
     saved = tempfile.mkdtemp()
     try:
@@ -38,7 +42,7 @@ def mount_small(path, kilobytes):
 
 
 def resize(path, kilobytes):
-    """Set the size of a file system of mount_small() to its used space plus this number of kilobytes."""
+    """Set the size of a file system from mount_small() to its used space plus this number of kilobytes."""
     found = os.statvfs(path)
     used = (found.f_blocks - found.f_bfree) * found.f_frsize // 1024
     # A size of zero would mean no limit.

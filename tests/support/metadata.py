@@ -8,10 +8,10 @@ import subprocess
 
 
 def alter(repository, kind, change, packed=False):
-    """Replace a document of a repository's directory by the result of a function of its bytes.
+    """Replace a document in a repository's directory. The given function computes the new bytes from the old bytes.
 
-    packed: the function gets the compressed bytes. The kind "group" means the compressed list of groups; older versions
-    of createrepo_c make an uncompressed list too.
+    packed: the function gets the compressed bytes. The kind "group" means the compressed group list; older versions of
+    createrepo_c also make an uncompressed list.
     """
     index = os.path.join(repository, 'repodata', 'repomd.xml')
     with open(index) as stream:
@@ -53,5 +53,5 @@ def half(content):
 
 
 def page(content):
-    """The document that a captive portal or a badly configured server sends instead."""
+    """A document that a captive portal or a badly configured server sends in place of the requested document."""
     return b'<html><body><p>Please log in</p></body></html>'

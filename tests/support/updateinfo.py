@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Adds advisories to the metadata of a sandbox's repository."""
+"""Adds advisories to the metadata of a repository in a sandbox."""
 import os
 import subprocess
 import tempfile

@@ -26,29 +26,29 @@ UPDATE = os.path.join(TOP, 'translations', 'update')
 CATALOGUES = sorted(glob.glob(os.path.join(TOP, 'translations', '*.ts')))
 LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.which('lrelease-qt5')
 
-# The texts whose Alt keys can be used at the same time, with their contexts.
+# Groups of texts whose Alt keys the user can use at the same time, with their contexts.
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
     ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log', '&History', '&Advisories')),
     ('MainWindow', ('&Edit Configuration',)),
     ('MainWindow', ('&About',)),
-    # While this button is enabled, the buttons of the main window are not.
+    # If this button is enabled, the other buttons of the main window are disabled.
     ('StopButton', ('&Stop',)),
     ('YumIO', ('Yes to &All',)),
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action',
                                          '&Lock Version')),
-    # A menu has either this entry or the one with the same letter, except for a selection of both kinds.
+    # A menu has only one of the two entries with this letter, unless rows of both kinds are selected.
     ('PackageTable::ActionContextMenu', ('&Update', '&Install', '&Remove', '&No Action', 'Un&lock Version')),
     ('PackageTable::OtherContextMenu', ('&Describe',)),
-    # With the buttons of the FindBar, which are in the same windows.
+    # The buttons of the FindBar are in the same windows.
     ('Log::Window', ('&Close', '&Times', '&Find...', '&Save...')), ('Log::Window', ('&Replace',)),
     ('TextDialog', ('&Find...',)), ('FindBar', ('&Next', '&Previous')),
     ('AdvisoryDialog', ('&Mark Updates', 'Mark All &Security Updates', '&Close')),
     ('FilteredList', ('&Filter',)),
     ('HistoryDialog', ('&Undo This', 'Undo All &Since', '&Redo', '&Close')),
 )
-# HTML around entries of the log has no words to translate.
+# The HTML around log entries has no words to translate.
 NO_WORDS = re.compile(r'</?(font|h2)')
 
 
@@ -70,7 +70,7 @@ def mnemonic(text):
 
 
 def classes(path):
-    """The full names of the classes that a header declares, except classes inside classes, which are indented."""
+    """The full names of the classes that a header declares. Nested classes, which are indented, are left out."""
     found, spaces = set(), []
     with open(path, encoding='utf-8') as stream:
         for line in stream:
@@ -124,7 +124,7 @@ class CatalogueTest(unittest.TestCase):
             self.assertEqual(sorted(set(before) - set(now)), [], 'removed texts: run translations/update ' + path)
             self.assertEqual(before, now)
 
-    def test_new_and_removed_texts_of_the_sources_are_noticed(self):
+    def test_the_check_finds_new_and_removed_texts(self):
         copy, _ = self.updated(CATALOGUES[0])
         with open(copy, encoding='utf-8') as stream:
             text = stream.read()
@@ -167,7 +167,7 @@ class CatalogueTest(unittest.TestCase):
         self.assertEqual(said - set(listed), set())
 
     def test_contexts_are_full_names_of_classes(self):
-        """At run time, the program looks texts up by the full name of the class."""
+        """At run time, the program finds a text by the full name of its class."""
         declared = set()
         for folder in sources.FOLDERS:
             for path in glob.glob(os.path.join(TOP, folder, '*.h')):
@@ -175,7 +175,7 @@ class CatalogueTest(unittest.TestCase):
         for path in CATALOGUES:
             contexts = {context for context, _ in messages(path)}
             self.assertIn('PackageTable::Describe::Instance::Area', contexts)
-            # Functions without a class use two of these contexts. The third belongs to the toolkit.
+            # Functions outside classes use two of these contexts. The third context belongs to the toolkit.
             self.assertEqual(contexts - declared, {'Colors', 'Metadata', 'QDialogButtonBox'})
 
     def test_translations_have_all_placeholders(self):
@@ -194,7 +194,7 @@ class CatalogueTest(unittest.TestCase):
         for _, source, translation in self.each():
             self.assertEqual(re.findall('<[^>]*>', translation), re.findall('<[^>]*>', source))
 
-    def test_colours_fonts_and_keys_are_not_translated(self):
+    def test_names_of_colours_fonts_and_keys_are_not_translated(self):
         for context, source, translation in self.each():
             if context in ('Colors', 'Fonts') or source.startswith('Ctrl+') or NO_WORDS.match(source):
                 self.assertEqual(translation, source)
@@ -222,7 +222,7 @@ class CatalogueTest(unittest.TestCase):
                 self.assertEqual(sorted(letters), sorted(set(letters)))
 
     def test_german_texts_differ_from_the_english_ones(self):
-        """No text of several words is the same in German."""
+        """No text with several words is the same in German."""
         found = messages(os.path.join(TOP, 'translations', 'vyre_de.ts'))
         same = {source for (context, source), translation in found.items()
                 if source == translation and re.search('[A-Za-z]{2,} [A-Za-z]{2,}', source)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The program in German: its windows show the right texts, no text is cut off on a small screen, and the
-// catalogue has all requested texts.
+// Tests of the program in German: the windows show the right texts, no text is cut off on a small screen, and
+// the catalogue has all requested texts.
 
 #include <QTranslator>
 #include <QXmlStreamReader>
@@ -31,8 +31,8 @@
 
 namespace {
 
-// Records missing texts. It is installed before the catalogues, so Qt asks it only for texts that they do not
-// have.
+// Records missing texts. It is installed before the catalogues, so Qt asks it only for texts that the
+// catalogues lack.
 class Missing : public QTranslator
 {
 public:
@@ -46,8 +46,8 @@ public:
     mutable QStringList asked;
 };
 
-// Counts the requested texts. It is installed after the catalogues, so Qt asks it first; it translates no
-// text.
+// Counts the requested texts. It is installed after the catalogues, so Qt asks it first. It translates no
+// text itself.
 class Counting : public QTranslator
 {
 public:
@@ -88,7 +88,7 @@ int neededWidth(const QWidget* widget)
     return 0;
 }
 
-// The texts that are cut off in a window, or lie outside it.
+// The texts in a window that are cut off or outside the window.
 QStringList cutOff(const QWidget* window)
 {
     QStringList found;
@@ -131,8 +131,8 @@ QStringList cutOff(const QWidget* window)
     return found;
 }
 
-// The texts that are cut off in a window once it has its final layout. The answers of the window manager and
-// the layout may take several rounds of the event loop, so a text counts only if it stays cut off.
+// The texts that are cut off in a window after its layout is final. The window manager and the layout may
+// need several rounds of the event loop. So a text counts only if it is still cut off after some time.
 QStringList cutOffFinally(const QWidget* window)
 {
     QCoreApplication::processEvents();
@@ -294,7 +294,7 @@ private Q_SLOTS:
     {
         start();
         QCOMPARE(cutOffFinally(window).join('\n'), QString());
-        // The row of buttons is widest while it shows the warning about unlisted actions.
+        // The button row is widest when it shows the warning about unlisted actions.
         for (QPushButton* button : window->findChildren<QPushButton*>()) {
             if (button->text() == QLatin1String("Akt&ualisierungen vormerken")) {
                 click(button);
@@ -436,7 +436,7 @@ private Q_SLOTS:
             QStringLiteral("tool-2-1.x86_64: nicht installiert, die Aktualisierung ist 2-1")));
     }
 
-    // A distribution has so many packages that even a short time for each package is noticeable.
+    // A distribution has so many packages that the user notices even a short time for each package.
     void collectingTranslatesNoTextForEachPackage()
     {
         start();

@@ -26,11 +26,11 @@ def menus(window):
 class ProgramLanguageTest(JourneyTest):
 
     def check(self, expected, **environment):
-        """Check the menus. The environment has only these variables of a language."""
+        """Check the menus. These variables are the only language variables in the environment."""
         unset = [name for name in VARIABLES if name not in environment]
         with self.subTest(environment=environment), self.program(environment=environment, unset=unset) as program:
             self.assertEqual(menus(program.main()), expected)
-            # The program has started completely, so killing it loses nothing.
+            # The program has started completely, so it can be killed without loss.
             program.process.kill()
             program.wait()
 
@@ -95,7 +95,7 @@ class ProgramLanguageTest(JourneyTest):
             log.wait_settled()
 
             def logged():
-                # The spin box also has a text; the text of the log is longer.
+                # The spin box also has text, but the log's text is longer.
                 text = max(map(driver.text_of, log.find_all(driver.pyatspi.ROLE_TEXT)), key=len)
                 return 'Initialisierung' in text and text
             text = wait_for(logged, 'the text of the log')

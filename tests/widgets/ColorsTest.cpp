@@ -41,7 +41,7 @@ private Q_SLOTS:
     void eachMeaningHasTheExpectedColour();
     void aTranslationMayChooseAnotherColor();
     void aRequiredFieldIsColoredUnlessDisabled();
-    void theRequiredColorIsKeptForTheRun();
+    void theRequiredColorIsReadOnlyOnceInARun();
     void aStatusLabelIsColoredInEveryState_data();
     void aStatusLabelIsColoredInEveryState();
     void textIsWhiteOnDarkAndBlackOnLight_data();
@@ -102,7 +102,7 @@ void ColorsTest::aRequiredFieldIsColoredUnlessDisabled()
     QCOMPARE(made.color(QPalette::Active, QPalette::Text), before.color(QPalette::Active, QPalette::Text));
 }
 
-void ColorsTest::theRequiredColorIsKeptForTheRun()
+void ColorsTest::theRequiredColorIsReadOnlyOnceInARun()
 {
     const QPalette first = Colors::makeRequired(QPalette());
     ColorTranslator translator("#fffacd", "#010203");
@@ -198,7 +198,7 @@ void ColorsTest::colorsAreReadableOnADarkBackground()
     for (Name name : {&Colors::action, &Colors::error, &Colors::warning, &Colors::minor, &Colors::ok}) {
         const QColor color(Colors::readable(name(), QColor(background)));
         QVERIFY((luminance(color) + 0.05) / (dark + 0.05) >= 4.5);
-        // The colour has the same hue, and is only lighter.
+        // The colour has the same hue, but is lighter.
         QVERIFY(qAbs(color.hslHue() - QColor(name()).hslHue()) <= 4);
     }
     // A readable colour is unchanged.

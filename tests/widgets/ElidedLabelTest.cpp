@@ -13,7 +13,7 @@ class ElidedLabelTest : public QObject
 private Q_SLOTS:
     void fittingTextIsShownWithoutToolTip();
     void longTextIsShortenedAndInTheToolTip();
-    void labelFollowsItsWidth();
+    void theShownTextDependsOnTheWidthOfTheLabel();
     void longTextDoesNotWidenTheWindow();
     void textIsNeverMarkup();
 };
@@ -47,7 +47,7 @@ void ElidedLabelTest::longTextIsShortenedAndInTheToolTip()
     QCOMPARE(label.accessibleName(), longText);
 }
 
-void ElidedLabelTest::labelFollowsItsWidth()
+void ElidedLabelTest::theShownTextDependsOnTheWidthOfTheLabel()
 {
     QWidget window;
     auto* layout = new QHBoxLayout(&window);

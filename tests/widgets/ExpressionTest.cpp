@@ -8,7 +8,7 @@
 
 namespace {
 
-// Matches with only the functions of the C library.
+// Matches expressions with only the C library's functions.
 class Plain
 {
 public:
@@ -74,7 +74,7 @@ public:
         return text;
     }
 
-    // A random text of the characters in the expressions.
+    // A random text with the same characters as the expressions.
     QString text()
     {
         static const char* const pieces[] = {"a", "b", "ab", "aa", "-",  "1",  " ", "/",   "é", "€", "🌧",
@@ -133,8 +133,8 @@ private Q_SLOTS:
                          qPrintable(description(expression, text)));
                 matched += expected ? 1 : 0;
                 if (j % 4 == 0) {
-                    // The list has only a few texts. Otherwise almost every expression would match one of
-                    // them.
+                    // The list has only a few texts. Otherwise almost every expression would match a text in
+                    // it.
                     all.clear();
                     any = false;
                 }
@@ -324,7 +324,7 @@ private Q_SLOTS:
 
     void localeHasMultibyteCharacters()
     {
-        // In another locale, the tests above would not test such characters.
+        // In another locale, the tests above would not test multibyte characters.
         Expression expression;
         expression.compile("^.$");
         QVERIFY(expression.matches("€"));

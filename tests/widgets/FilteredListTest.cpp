@@ -40,10 +40,10 @@ private Q_SLOTS:
 
     void theFirstRowIsCurrent();
     void typingFiltersTheRowsAndShowsTheirNumber();
-    void theCurrentRowStaysWhileItIsListed();
+    void theCurrentRowIsKeptAsLongAsItIsListed();
     void anInvalidExpressionIsColouredAndExplained();
-    void anEmptyListSaysWhy();
-    void otherRecordsReportTheCurrentRowAgain();
+    void anEmptyListShowsTheReason();
+    void newRecordsCauseASignalAboutTheCurrentRow();
     void selectedRowsAreInTheOrderOfTheList();
     void aHeaderSortsByItsColumn();
     void allPartsCanBeReachedByKeyboard();
@@ -114,7 +114,7 @@ void FilteredListTest::typingFiltersTheRowsAndShowsTheirNumber()
     QCOMPARE(count(), QString("3 of 3 listed"));
 }
 
-void FilteredListTest::theCurrentRowStaysWhileItIsListed()
+void FilteredListTest::theCurrentRowIsKeptAsLongAsItIsListed()
 {
     QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
     list->setCurrentRow(2);
@@ -148,7 +148,7 @@ void FilteredListTest::anInvalidExpressionIsColouredAndExplained()
     QCOMPARE(emptyText(), QString());
 }
 
-void FilteredListTest::anEmptyListSaysWhy()
+void FilteredListTest::anEmptyListShowsTheReason()
 {
     list->setExpression("nothing like this");
     QCOMPARE(emptyText(), QString("Nothing matches."));
@@ -157,7 +157,7 @@ void FilteredListTest::anEmptyListSaysWhy()
     QCOMPARE(count(), QString("0 of 0 listed"));
 }
 
-void FilteredListTest::otherRecordsReportTheCurrentRowAgain()
+void FilteredListTest::newRecordsCauseASignalAboutTheCurrentRow()
 {
     QSignalSpy spy(list.get(), SIGNAL(currentChanged(int)));
     records->reset({{9, "remove shell"}});

@@ -54,21 +54,21 @@ class FilteredRowsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutExpressionEveryRowIsListed();
+    void everyRowIsListedWithoutAnExpression();
     void theExpressionMatchesTheJoinedColumns_data();
     void theExpressionMatchesTheJoinedColumns();
-    void theExpressionMatchesTheFurtherText();
+    void theExpressionAlsoMatchesTextThatIsNotShown();
     void anInvalidExpressionListsNothingAndSaysWhy();
     void rowsAreSortedByNumberTimeAndText();
     void equalRowsKeepTheirOrder();
     void rowsAreMappedToTheirSourceAndBack();
-    void aChangeOfTheSourceIsFilteredAndSortedAgain();
-    void aChangedCellIsReported();
+    void rowsAreFilteredAndSortedAgainWhenTheSourceChanges();
+    void changedCellsOfListedRowsAreSignalled();
     void theHeaderIsTheSameAsInTheSourceEvenWithoutRows();
-    void withoutSourceThereAreNoRows();
+    void noRowsAreListedWithoutASource();
 };
 
-void FilteredRowsTest::withoutExpressionEveryRowIsListed()
+void FilteredRowsTest::everyRowIsListedWithoutAnExpression()
 {
     FixedTable table({{"b", 1}, {"a", 2}, {"c", 3}});
     FilteredRows rows;
@@ -109,7 +109,7 @@ void FilteredRowsTest::theExpressionMatchesTheJoinedColumns()
     QCOMPARE(rows.expressionFault(), QString());
 }
 
-void FilteredRowsTest::theExpressionMatchesTheFurtherText()
+void FilteredRowsTest::theExpressionAlsoMatchesTextThatIsNotShown()
 {
     Keyed table({{1, "a", 0, "kernel shell"}, {2, "b", 0}, {3, "kernel", 0, ""}});
     FilteredRows rows;
@@ -180,7 +180,7 @@ void FilteredRowsTest::rowsAreMappedToTheirSourceAndBack()
     QCOMPARE(rows.index(0, 0).sibling(1, 1).data(), QVariant(1));
 }
 
-void FilteredRowsTest::aChangeOfTheSourceIsFilteredAndSortedAgain()
+void FilteredRowsTest::rowsAreFilteredAndSortedAgainWhenTheSourceChanges()
 {
     Keyed table({{"b1", 1, 0}, {"c", 2, 0}});
     FilteredRows rows;
@@ -195,7 +195,7 @@ void FilteredRowsTest::aChangeOfTheSourceIsFilteredAndSortedAgain()
     QCOMPARE(rows.rowCount(), 0);
 }
 
-void FilteredRowsTest::aChangedCellIsReported()
+void FilteredRowsTest::changedCellsOfListedRowsAreSignalled()
 {
     FixedTable table({{"x", 1}, {"b", 2}});
     FilteredRows rows;
@@ -217,7 +217,7 @@ void FilteredRowsTest::theHeaderIsTheSameAsInTheSourceEvenWithoutRows()
     QVERIFY(!rows.headerData(0, Qt::Vertical).isValid());
 }
 
-void FilteredRowsTest::withoutSourceThereAreNoRows()
+void FilteredRowsTest::noRowsAreListedWithoutASource()
 {
     FilteredRows rows;
     QCOMPARE(rows.rowCount(), 0);

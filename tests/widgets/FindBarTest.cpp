@@ -75,7 +75,7 @@ public:
     {
         return label != nullptr ? label->selectionStart() : edit->textCursor().selectionStart();
     }
-    // The vertical position of the part of the text that is visible, from 0 to 1.
+    // The vertical position of the visible part of the text, from 0 to 1.
     double scrolled() const
     {
         const QScrollBar* scrollBar =
@@ -115,8 +115,8 @@ private Q_SLOTS:
     void barIsHiddenUntilItsKeyIsPressed();
     void typedTextIsFoundAndShown_data() { addRows(); }
     void typedTextIsFoundAndShown();
-    void enterGoesToTheNextMatchAndShiftEnterBack_data() { addRows(); }
-    void enterGoesToTheNextMatchAndShiftEnterBack();
+    void enterGoesToTheNextAndShiftEnterToThePreviousMatch_data() { addRows(); }
+    void enterGoesToTheNextAndShiftEnterToThePreviousMatch();
     void keysInTheBarNeverReachTheDefaultButton_data() { addRows(); }
     void keysInTheBarNeverReachTheDefaultButton();
     void buttonsAndFunctionKeysGoToTheMatches_data() { addRows(); }
@@ -155,7 +155,7 @@ void FindBarTest::typedTextIsFoundAndShown()
     QVERIFY(dialog.scrolled() > 0.4 && dialog.scrolled() < 0.6);
 }
 
-void FindBarTest::enterGoesToTheNextMatchAndShiftEnterBack()
+void FindBarTest::enterGoesToTheNextAndShiftEnterToThePreviousMatch()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
@@ -207,7 +207,7 @@ void FindBarTest::buttonsAndFunctionKeysGoToTheMatches()
 {
     QFETCH(bool, inLabel);
     Searched dialog(inLabel);
-    // Without a text to find, F3 opens the bar.
+    // If no text to find is set, F3 opens the bar.
     QTest::keyClick(&dialog, Qt::Key_F3);
     QTRY_VERIFY(dialog.field->hasFocus());
     QTest::keyClicks(dialog.field, "line 30");

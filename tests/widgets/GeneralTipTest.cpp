@@ -9,7 +9,7 @@ namespace {
 
 const QSize contents(200, 100);
 
-// Puts one widget of a given size on a tip.
+// Adds one widget with the given size to a tip.
 void fillWith(GeneralTip* tip, void* data)
 {
     QVBoxLayout* column = new QVBoxLayout(tip);
@@ -46,7 +46,7 @@ QRect screenRect()
     return QGuiApplication::primaryScreen()->geometry();
 }
 
-// Shows a general tip when a tool tip is requested, as the progress bar does.
+// Like the progress bar, shows a general tip when a tool tip is requested.
 class TipOwner : public QLabel
 {
 public:
@@ -99,7 +99,7 @@ private Q_SLOTS:
     void aTipDisappearsAfterSomeTime();
     void aStickyTipDoesNotDisappearAfterSomeTime();
     void aHiddenTipIsDeleted();
-    void aTipCanBeShownAfterTheLastWasDeleted();
+    void aTipCanBeShownAfterTheLastTipWasDeleted();
     void enteringTheTipHidesIt();
     void mouseMovesDoNotHideTheTip();
     void mouseButtonsHideTheTip_data();
@@ -111,12 +111,12 @@ private Q_SLOTS:
     void leavingAWidgetHidesTheTip();
     void keysHideTheTip_data();
     void keysHideTheTip();
-    void noEventIsConsumed();
+    void theTipConsumesNoEvents();
 };
 
 void GeneralTipTest::initTestCase()
 {
-    // The pointer stays away from the windows and tips, unless a test moves it.
+    // The pointer is outside the windows and tips, unless a test moves it.
     QCursor::setPos(screenRect().center() + QPoint(0, 200));
     QVBoxLayout* column = new QVBoxLayout(&window);
     column->addWidget(edit = new QLineEdit);
@@ -202,7 +202,7 @@ void GeneralTipTest::theTipLooksLikeAToolTip()
 
 void GeneralTipTest::theTipIsPlacedNearThePointer_data()
 {
-    QTest::addColumn<QSize>("size"); // the size without the frame, as all sizes here
+    QTest::addColumn<QSize>("size"); // all sizes here are without the frame
     QTest::addColumn<QPoint>("pos");
     QTest::addColumn<QPoint>("expected");
     const int w = screenRect().width();
@@ -298,7 +298,7 @@ void GeneralTipTest::aHiddenTipIsDeleted()
     QTRY_VERIFY(tip.isNull());
 }
 
-void GeneralTipTest::aTipCanBeShownAfterTheLastWasDeleted()
+void GeneralTipTest::aTipCanBeShownAfterTheLastTipWasDeleted()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300));
     tip->hideTip();
@@ -408,7 +408,7 @@ void GeneralTipTest::keysHideTheTip_data()
     row("Control", Qt::Key_Control, Qt::NoModifier, false);
     row("Meta", Qt::Key_Meta, Qt::NoModifier, false);
     row("Alt", Qt::Key_Alt, Qt::NoModifier, false);
-    // The event of a modifier key does not contain that key's own modifier.
+    // When a modifier key is pressed, its event does not yet contain the key's own modifier.
     row("Shift while it is held", Qt::Key_Shift, Qt::ShiftModifier, false);
     row("Control while it is held", Qt::Key_Control, Qt::ControlModifier, false);
     row("Meta while it is held", Qt::Key_Meta, Qt::MetaModifier, false);
@@ -434,7 +434,7 @@ void GeneralTipTest::keysHideTheTip()
     }
 }
 
-void GeneralTipTest::noEventIsConsumed()
+void GeneralTipTest::theTipConsumesNoEvents()
 {
     GeneralTip* tip = show(QPoint(500, 300));
     QTest::keyClicks(edit, QStringLiteral("ab"));

@@ -12,11 +12,11 @@ class HAbstractTableModelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void rediscoveryCausesOneReset();
+    void rediscoverCausesOneReset();
     void aViewReadsChangedRowsAgain();
 };
 
-void HAbstractTableModelTest::rediscoveryCausesOneReset()
+void HAbstractTableModelTest::rediscoverCausesOneReset()
 {
     FixedTable model({{1, 2}});
     QStringList order;

@@ -12,10 +12,10 @@ class HDialogTest : public QObject
 private Q_SLOTS:
     void returnAndEnterDoNotPressTheDefaultButton_data();
     void returnAndEnterDoNotPressTheDefaultButton();
-    void returnAndEnterAreNotAccepted_data();
-    void returnAndEnterAreNotAccepted();
-    void theInputFieldStillReceivesReturn();
-    void escapeStillCancels();
+    void theDialogDoesNotAcceptTheEventsOfReturnAndEnter_data();
+    void theDialogDoesNotAcceptTheEventsOfReturnAndEnter();
+    void anInputFieldStillReceivesReturn();
+    void escapeStillCancelsTheDialog();
 };
 
 void HDialogTest::returnAndEnterDoNotPressTheDefaultButton_data()
@@ -50,12 +50,12 @@ void HDialogTest::returnAndEnterDoNotPressTheDefaultButton()
     }
 }
 
-void HDialogTest::returnAndEnterAreNotAccepted_data()
+void HDialogTest::theDialogDoesNotAcceptTheEventsOfReturnAndEnter_data()
 {
     returnAndEnterDoNotPressTheDefaultButton_data();
 }
 
-void HDialogTest::returnAndEnterAreNotAccepted()
+void HDialogTest::theDialogDoesNotAcceptTheEventsOfReturnAndEnter()
 {
     QFETCH(Qt::Key, key);
     HDialog dialog;
@@ -65,7 +65,7 @@ void HDialogTest::returnAndEnterAreNotAccepted()
     QVERIFY(!event.isAccepted());
 }
 
-void HDialogTest::theInputFieldStillReceivesReturn()
+void HDialogTest::anInputFieldStillReceivesReturn()
 {
     HDialog dialog;
     QVBoxLayout* column = new QVBoxLayout(&dialog);
@@ -79,7 +79,7 @@ void HDialogTest::theInputFieldStillReceivesReturn()
     QVERIFY(dialog.isVisible());
 }
 
-void HDialogTest::escapeStillCancels()
+void HDialogTest::escapeStillCancelsTheDialog()
 {
     HDialog dialog;
     QSignalSpy rejections(&dialog, &QDialog::rejected);

@@ -25,10 +25,10 @@ class HFrameLabelTest : public QObject
 private Q_SLOTS:
     void aTextIsFramedAndCentered();
     void aLabelWithoutTextHasNoFrame();
-    void anErrorPaletteWithoutTextShowsNothing();
+    void anEmptyLabelShowsNothingEvenWithAnErrorPalette();
     void theColorIsVisibleOnlyWithAText();
-    void aPaletteSetForALabelWithTextShowsAtOnce();
-    void aTextWithoutPaletteKeepsTheNormalColor();
+    void aNewPaletteOfALabelWithTextIsShownAtOnce();
+    void aTextWithoutAPaletteHasTheNormalColor();
     void theSizeHintHasSpaceForTheText();
     void markupIsShownAsPlainText();
 };
@@ -58,7 +58,7 @@ void HFrameLabelTest::aLabelWithoutTextHasNoFrame()
     QCOMPARE(label.text(), QString());
 }
 
-void HFrameLabelTest::anErrorPaletteWithoutTextShowsNothing()
+void HFrameLabelTest::anEmptyLabelShowsNothingEvenWithAnErrorPalette()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -99,7 +99,7 @@ void HFrameLabelTest::theColorIsVisibleOnlyWithAText()
     QCOMPARE(background(label), errorColor);
 }
 
-void HFrameLabelTest::aPaletteSetForALabelWithTextShowsAtOnce()
+void HFrameLabelTest::aNewPaletteOfALabelWithTextIsShownAtOnce()
 {
     HFrameLabel label(QStringLiteral("x"));
     label.setPalette(Colors::makeError(label.palette()));
@@ -108,7 +108,7 @@ void HFrameLabelTest::aPaletteSetForALabelWithTextShowsAtOnce()
     QCOMPARE(background(label), QColor(Qt::yellow));
 }
 
-void HFrameLabelTest::aTextWithoutPaletteKeepsTheNormalColor()
+void HFrameLabelTest::aTextWithoutAPaletteHasTheNormalColor()
 {
     HFrameLabel label;
     const QColor normal = background(label);

@@ -10,7 +10,7 @@ class HMenuTest : public QObject
     Q_OBJECT
 
 private:
-    // The tool tip that the menu shows when the pointer rests on it; empty if none.
+    // The tool tip that the menu shows when the pointer rests on it; empty if it shows none.
     QString toolTipOf(QMenu* asked)
     {
         const QPoint pos = asked->rect().center();
@@ -39,12 +39,12 @@ private Q_SLOTS:
     void theToolTipIsShownAtThePointer();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown_data();
     void aToolTipThatOnlyRepeatsTheTextIsNotShown();
-    void withoutActiveActionNothingIsShown();
-    void theActionInTheOpenSubMenuShowsItsTip();
-    void theActionInTheInnermostOpenMenuShowsItsTip();
-    void anOpenSubMenuWithoutActiveActionShowsTheTipOfItsEntry();
-    void aClosedSubMenuShowsTheTipOfItsEntry();
-    void theEventReachesTheBaseClass();
+    void noToolTipIsShownIfNoActionIsActive();
+    void theToolTipOfTheActionInTheOpenSubMenuIsShown();
+    void theToolTipOfTheActionInTheInnermostOpenMenuIsShown();
+    void theTipOfTheEntryIsShownIfItsOpenSubMenuHasNoActiveAction();
+    void theTipOfTheEntryIsShownIfItsSubMenuIsClosed();
+    void theBaseClassShowsTheToolTipOfTheMenu();
     void hoveringShowsTheToolTip();
 };
 
@@ -172,13 +172,13 @@ void HMenuTest::aToolTipThatOnlyRepeatsTheTextIsNotShown()
     QCOMPARE(toolTipOf(menu), shown ? toolTip : QString());
 }
 
-void HMenuTest::withoutActiveActionNothingIsShown()
+void HMenuTest::noToolTipIsShownIfNoActionIsActive()
 {
     menu->setActiveAction(nullptr);
     QCOMPARE(toolTipOf(menu), QString());
 }
 
-void HMenuTest::theActionInTheOpenSubMenuShowsItsTip()
+void HMenuTest::theToolTipOfTheActionInTheOpenSubMenuIsShown()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -187,7 +187,7 @@ void HMenuTest::theActionInTheOpenSubMenuShowsItsTip()
     QCOMPARE(toolTipOf(menu), QStringLiteral("the inner tip"));
 }
 
-void HMenuTest::theActionInTheInnermostOpenMenuShowsItsTip()
+void HMenuTest::theToolTipOfTheActionInTheInnermostOpenMenuIsShown()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -202,7 +202,7 @@ void HMenuTest::theActionInTheInnermostOpenMenuShowsItsTip()
     QCOMPARE(toolTipOf(innerMenu), QStringLiteral("the deepest tip"));
 }
 
-void HMenuTest::anOpenSubMenuWithoutActiveActionShowsTheTipOfItsEntry()
+void HMenuTest::theTipOfTheEntryIsShownIfItsOpenSubMenuHasNoActiveAction()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -212,7 +212,7 @@ void HMenuTest::anOpenSubMenuWithoutActiveActionShowsTheTipOfItsEntry()
     QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
 }
 
-void HMenuTest::aClosedSubMenuShowsTheTipOfItsEntry()
+void HMenuTest::theTipOfTheEntryIsShownIfItsSubMenuIsClosed()
 {
     menu->setActiveAction(subMenu->menuAction());
     QTest::keyClick(menu, Qt::Key_Right);
@@ -224,7 +224,7 @@ void HMenuTest::aClosedSubMenuShowsTheTipOfItsEntry()
     QCOMPARE(toolTipOf(menu), QStringLiteral("more of it"));
 }
 
-void HMenuTest::theEventReachesTheBaseClass()
+void HMenuTest::theBaseClassShowsTheToolTipOfTheMenu()
 {
     // The base class shows the tool tip of the menu itself.
     HMenu plain(QStringLiteral("Plain"));
@@ -238,7 +238,7 @@ void HMenuTest::theEventReachesTheBaseClass()
 void HMenuTest::hoveringShowsTheToolTip()
 {
     const QPoint target = menu->mapToGlobal(menu->actionGeometry(actionWithTip).center());
-    // The pointer moves in steps, as with a hand.
+    // The pointer moves in steps, as if a user moved it.
     for (int distance = 20; distance > 0; distance -= 5) {
         QCursor::setPos(target - QPoint(distance, 0));
         QTest::qWait(20);

@@ -10,7 +10,8 @@
 
 namespace {
 
-// A proxy that lists odd or even numbers by a switch. The filters of the package table work in the same way.
+// A proxy that lists either odd or even numbers, depending on a switch. The filters of the package table work
+// in the same way.
 class SwitchedProxy : public HSortFilterProxyModel
 {
 public:
@@ -60,7 +61,7 @@ private Q_SLOTS:
     void valuesAreComparedByType_data();
     void valuesAreComparedByType();
     void theLeftValueDeterminesTheType();
-    void anIndexWithoutModelHasNoValue();
+    void anIndexWithoutAModelHasNoValue();
     void equalRowsAreOrderedByTheSecondColumn();
     void equalRowsAreOrderedByTheSecondColumnInDescendingOrderToo();
     void tiesInTheSecondColumnKeepTheSourceOrder();
@@ -74,9 +75,9 @@ private Q_SLOTS:
     void filterChangedAppliesTheFilterAgain();
     void clearAppliesTheFilterAgain();
     void aProxyThatWasNeverSortedKeepsTheSourceOrder();
-    void theSourceIsStoredThroughTheBaseClassToo();
-    void anotherKindOfModelIsSortedWithoutSecondColumn();
-    void withoutSourceNothingHappens();
+    void theSourceIsAlsoStoredIfItIsSetThroughTheBaseClass();
+    void aModelOfAnotherKindIsSortedWithoutASecondColumn();
+    void aProxyWithoutASourceDoesNothing();
     void aDeletedSourceIsNotUsed();
 };
 
@@ -89,8 +90,7 @@ void HSortFilterProxyModelTest::valuesAreComparedByType_data()
         std::reverse(expected.begin(), expected.end());
         QTest::newRow(name) << given << expected;
     };
-    // Each row is in the wrong order for its type. A comparison as texts would accept the order of the
-    // numbers.
+    // Each row has a wrong order for its type. If numbers were compared as texts, their order would be right.
     row("int puts 9 before 10", {10, 9});
     row("negative int", {-1, -2});
     row("unsigned int", {QVariant(4000000000U), QVariant(5U)});
@@ -136,7 +136,7 @@ void HSortFilterProxyModelTest::theLeftValueDeterminesTheType()
     QVERIFY(proxy.lessThan(model.index(4, 0), model.index(5, 0))); // 21:00 < 22:00
 }
 
-void HSortFilterProxyModelTest::anIndexWithoutModelHasNoValue()
+void HSortFilterProxyModelTest::anIndexWithoutAModelHasNoValue()
 {
     FixedTable model({{"a", 0}});
     SwitchedProxy proxy(1);
@@ -290,7 +290,7 @@ void HSortFilterProxyModelTest::aProxyThatWasNeverSortedKeepsTheSourceOrder()
     QCOMPARE(column(proxy, 0), (QVariantList{3, 1, 2}));
 }
 
-void HSortFilterProxyModelTest::theSourceIsStoredThroughTheBaseClassToo()
+void HSortFilterProxyModelTest::theSourceIsAlsoStoredIfItIsSetThroughTheBaseClass()
 {
     FixedTable model({{1, "b"}, {1, "a"}});
     HSortFilterProxyModel proxy(1);
@@ -303,7 +303,7 @@ void HSortFilterProxyModelTest::theSourceIsStoredThroughTheBaseClassToo()
     QCOMPARE(resets.count(), 1);
 }
 
-void HSortFilterProxyModelTest::anotherKindOfModelIsSortedWithoutSecondColumn()
+void HSortFilterProxyModelTest::aModelOfAnotherKindIsSortedWithoutASecondColumn()
 {
     QStandardItemModel model(0, 2);
     model.appendRow({new QStandardItem(QStringLiteral("x")), new QStandardItem(QStringLiteral("b"))});
@@ -317,7 +317,7 @@ void HSortFilterProxyModelTest::anotherKindOfModelIsSortedWithoutSecondColumn()
     QCOMPARE(column(proxy, 1), (QVariantList{"b", "a"}));
 }
 
-void HSortFilterProxyModelTest::withoutSourceNothingHappens()
+void HSortFilterProxyModelTest::aProxyWithoutASourceDoesNothing()
 {
     HSortFilterProxyModel proxy(1);
     proxy.filterChanged();

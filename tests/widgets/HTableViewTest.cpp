@@ -95,24 +95,24 @@ class HTableViewTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void heightOfRowsOfOneLineDependsOnTheFont();
+    void theHeightOfOneLineRowsDependsOnTheFont();
     void shiftF10RequestsTheMenuOfTheCurrentCell();
-    void keysForTheEndsSelectTheFirstAndTheLastRow();
+    void theKeysForBothEndsSelectTheFirstAndTheLastRow();
     void cellsAreDrawnByTheDelegateOfTheView();
     void theOptionsDetermineThePlaceOfTheIcon();
     void fewRowsRequestTheMinimumNumber();
     void manyRowsRequestTheMaximumNumber();
-    void otherNumbersOfRowsRequestTheirOwnHeight();
+    void aNumberOfRowsBetweenTheLimitsRequestsItsOwnHeight();
     void addingRowsDoesNotChangeTheHint();
     void removingRowsDoesNotChangeTheHint();
     void anEmptyTableRequestsTheMinimumNumberToo();
     void theSizeHintIsTheSumOfItsParts();
     void hiddenHeadersNeedNoSpace();
     void theHintIncludesAFrameAroundTheContents();
-    void withoutModelTheViewHasASizeHintButNoColumnWidth();
+    void aViewWithoutAModelHasASizeHintButNoColumnWidth();
     void aColumnIsAsWideAsItsWidestCell();
     void theHintIncludesAPixelForTheGrid();
-    void aDerivedViewMayComputeItsWidths();
+    void aDerivedViewCanComputeItsColumnWidths();
     void fittingTheColumnsEnlargesTheWindow();
     void fittingTheColumnsStaysOnTheScreen();
     void fittingTheColumnsNeverShrinksTheWindow();
@@ -120,14 +120,14 @@ private Q_SLOTS:
     void theHeaderShowsTheSortedColumn();
     void sortingAgainKeepsTheShownOrder();
     void clickingAHeaderTwiceReversesTheOrder();
-    void sortingWithoutModelDoesNothing();
+    void sortingWithoutAModelDoesNothing();
     void selectedRowsAreInTheOrderOfSelection();
     void unselectableRowsAreNotReturned();
     void eachSelectedRowIsReturnedAsItsLeftmostSelectedCell();
-    void withoutModelOrSelectionNoRowIsSelected();
+    void noRowIsSelectedWithoutAModelOrASelection();
 };
 
-void HTableViewTest::keysForTheEndsSelectTheFirstAndTheLastRow()
+void HTableViewTest::theKeysForBothEndsSelectTheFirstAndTheLastRow()
 {
     QStandardItemModel model(300, 3);
     View view;
@@ -185,7 +185,7 @@ void HTableViewTest::manyRowsRequestTheMaximumNumber()
     QCOMPARE(rowsIn(view), 20);
 }
 
-void HTableViewTest::otherNumbersOfRowsRequestTheirOwnHeight()
+void HTableViewTest::aNumberOfRowsBetweenTheLimitsRequestsItsOwnHeight()
 {
     FixedTable model(numbers(15));
     View view(10, anyNumber);
@@ -275,7 +275,7 @@ void HTableViewTest::theHintIncludesAFrameAroundTheContents()
     QCOMPARE(view.sizeHint().width(), width);
 }
 
-void HTableViewTest::withoutModelTheViewHasASizeHintButNoColumnWidth()
+void HTableViewTest::aViewWithoutAModelHasASizeHintButNoColumnWidth()
 {
     View view(10, 20);
     QCOMPARE(view.sizeHintForColumn(0), -1);
@@ -314,7 +314,7 @@ void HTableViewTest::theHintIncludesAPixelForTheGrid()
     QCOMPARE(view.sizeHintForColumn(1), width + 1);
 }
 
-void HTableViewTest::aDerivedViewMayComputeItsWidths()
+void HTableViewTest::aDerivedViewCanComputeItsColumnWidths()
 {
     FixedTable model(numbers(5));
     QuickView view;
@@ -382,7 +382,7 @@ void HTableViewTest::fittingTheColumnsNeverShrinksTheWindow()
 
 void HTableViewTest::fittingTheColumnsUpdatesTheLayoutsOfAllAncestors()
 {
-    // A box inside another box: the outer layout caches the size hints of the inner layout.
+    // One box is inside another box. The outer layout caches the size hints of the inner layout.
     QWidget window;
     QVBoxLayout* outer = new QVBoxLayout(&window);
     QWidget* inside = new QWidget;
@@ -457,7 +457,7 @@ void HTableViewTest::clickingAHeaderTwiceReversesTheOrder()
     QCOMPARE(column(&proxy, 0), (QVariantList{2, 9, 10}));
 }
 
-void HTableViewTest::sortingWithoutModelDoesNothing()
+void HTableViewTest::sortingWithoutAModelDoesNothing()
 {
     View view;
     const int section = view.horizontalHeader()->sortIndicatorSection();
@@ -508,7 +508,7 @@ void HTableViewTest::eachSelectedRowIsReturnedAsItsLeftmostSelectedCell()
     QCOMPARE(view.selectedRows(), QModelIndexList{model.index(2, 1)});
 }
 
-void HTableViewTest::withoutModelOrSelectionNoRowIsSelected()
+void HTableViewTest::noRowIsSelectedWithoutAModelOrASelection()
 {
     View view;
     QVERIFY(view.selectedRows().isEmpty());
@@ -517,7 +517,7 @@ void HTableViewTest::withoutModelOrSelectionNoRowIsSelected()
     QVERIFY(view.selectedRows().isEmpty());
 }
 
-void HTableViewTest::heightOfRowsOfOneLineDependsOnTheFont()
+void HTableViewTest::theHeightOfOneLineRowsDependsOnTheFont()
 {
     FixedTable model(numbers(3));
     View view;

@@ -28,10 +28,10 @@ private Q_SLOTS:
     void leavingTheEditEndsEditing();
     void leavingTheWindowEndsEditing();
     void aPopupDoesNotEndEditing();
-    void theOwnMenuDoesNotEndEditing();
+    void aMenuOfTheEditDoesNotEndEditing();
     void anotherMenuDoesNotPreventTheEndOfEditing();
     void theContextMenuDoesNotEndEditing();
-    void editingFinishedPrecedesTheFocusChange();
+    void editingFinishedIsSignalledBeforeTheFocusChanges();
     void appendedParagraphsHaveNoMargins();
     void eachAppendedTextIsOneParagraph();
     void keysReachTheEndsOfAReadOnlyText();
@@ -148,7 +148,7 @@ void HTextEditTest::aPopupDoesNotEndEditing()
     QCOMPARE(ends.count(), 0);
 }
 
-void HTextEditTest::theOwnMenuDoesNotEndEditing()
+void HTextEditTest::aMenuOfTheEditDoesNotEndEditing()
 {
     HTextEdit edit;
     edit.show();
@@ -206,7 +206,7 @@ void HTextEditTest::theContextMenuDoesNotEndEditing()
     QCOMPARE(ends.count(), 0);
 }
 
-void HTextEditTest::editingFinishedPrecedesTheFocusChange()
+void HTextEditTest::editingFinishedIsSignalledBeforeTheFocusChanges()
 {
     QWidget window;
     QVBoxLayout* column = new QVBoxLayout(&window);
@@ -218,7 +218,7 @@ void HTextEditTest::editingFinishedPrecedesTheFocusChange()
     QVERIFY(QTest::qWaitForWindowActive(&window));
     edit->setFocus();
     edit->setPlainText(QStringLiteral("text"));
-    // A slot may rewrite the text, as in the masked fields. The base class then uses the new text.
+    // As in the masked fields, a slot may rewrite the text. The base class must use the new text.
     connect(edit, &HTextEdit::editingFinished, [edit] { edit->setPlainText(QStringLiteral("changed")); });
     other->setFocus();
     QCOMPARE(edit->toPlainText(), QStringLiteral("changed"));
@@ -278,7 +278,7 @@ void HTextEditTest::keysReachTheEndsOfAReadOnlyText()
     press(Qt::Key_PageDown);
     QVERIFY(bar->value() > 0);
 
-    // In a text with a cursor, the keys move the cursor.
+    // If the text has a cursor, the keys move the cursor.
     edit.setReadOnly(false);
     press(Qt::Key_End, Qt::ControlModifier);
     QCOMPARE(edit.textCursor().position(), edit.document()->characterCount() - 1);

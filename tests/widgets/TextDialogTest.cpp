@@ -16,10 +16,10 @@ private Q_SLOTS:
     void theTextIsPlain();
     void theTextIsReadOnlyAndNotWrapped();
     void tabMovesToTheButton();
-    void closeAccepts();
+    void theCloseButtonClosesTheDialog();
     void theDialogIsModal();
     void theTextHasSpaceFor24RowsOf80Columns();
-    void aNewTextReplacesTheOld();
+    void aNewTextReplacesTheOldText();
     void textIsFound();
 };
 
@@ -58,7 +58,7 @@ void TextDialogTest::tabMovesToTheButton()
     QCOMPARE(qobject_cast<QPushButton*>(dialog.focusWidget())->text(), QString("&Find..."));
 }
 
-void TextDialogTest::closeAccepts()
+void TextDialogTest::theCloseButtonClosesTheDialog()
 {
     TextDialog dialog;
     dialog.show();
@@ -98,7 +98,7 @@ void TextDialogTest::theTextHasSpaceFor24RowsOf80Columns()
                                      frame + 24 * metrics.lineSpacing()));
 }
 
-void TextDialogTest::aNewTextReplacesTheOld()
+void TextDialogTest::aNewTextReplacesTheOldText()
 {
     TextDialog dialog;
     dialog.setText(QStringLiteral("one"));

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The common base for tests of applying: a back end on the stand-in script, whose transactions are Python
-// statements.
+// The base class for tests of applying marks. It has a back end with the stand-in script. A transaction
+// consists of Python statements.
 
 #ifndef TESTS_YUMIO_APPLYFIXTURE_H
 #define TESTS_YUMIO_APPLYFIXTURE_H
@@ -16,7 +16,7 @@ class ApplyFixture : public QObject
     Q_OBJECT
 
 protected Q_SLOTS:
-    // The test framework calls these slots, as in every test class.
+    // The test framework calls these slots of every test class.
     void initTestCase();
     void cleanupTestCase();
     void init();
@@ -33,9 +33,9 @@ protected:
     // Collects the packages that the statements set up.
     void collect(const QString& statements);
     void mark(const QString& name, Package::Action action) { backEnd->entry(name)->action = action; }
-    // Applies; these statements replace the package manager's work. They append to "seen".
+    // Applies the marks. These statements replace the package manager's work, and append to "seen".
     bool apply(const QString& statements = QString("pass"));
-    // The six lists passed to the script: the names in them, joined by "<" for pairs.
+    // The names in the six lists that were passed to the script. "<" joins the names of a pair.
     QString given();
     bool wasApplied();
 

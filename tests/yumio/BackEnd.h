@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The back end on the stand-in script, with its window and bars, and a user who answers its dialogs.
+// The back end with the stand-in script, a window and bars, and a simulated user who answers its dialogs.
 
 #ifndef TESTS_YUMIO_BACKEND_H
 #define TESTS_YUMIO_BACKEND_H
@@ -29,8 +29,8 @@ struct ShownDialog
     QMessageBox::Icon icon = QMessageBox::NoIcon; // of a message box
 };
 
-// Answers every dialog as soon as it appears. It presses the button of the next answer, or the first button
-// without an answer. The answers "Escape" and "Enter" are keys.
+// Answers every dialog as soon as the dialog appears. It presses the button of the next answer. If no answer
+// is left, it presses the first button. The answers "Escape" and "Enter" are keys.
 class Answers : public QObject
 {
     Q_OBJECT
@@ -41,7 +41,7 @@ public:
     void press(const QString& answer) { answers.append(answer); }
     // The dialogs since the last call.
     QList<ShownDialog> take();
-    // The texts of these dialogs; their title must be the given title.
+    // The texts of these dialogs. Their title must be the given title.
     QStringList takeTexts(const QString& title);
 
 private Q_SLOTS:
@@ -70,7 +70,8 @@ public:
     // The rows of the item bar's tip during downloads: "text: state".
     QStringList tip();
 
-    // Runs Python statements, in which "it" is the script's object. If the statements fail, the test fails.
+    // Runs Python statements. In these statements, "it" is the script's object. If the statements fail, the
+    // test fails.
     void run(const QString& statements);
     PyRef value(const QString& expression);
     // The result of str() for the value of the expression.
@@ -78,7 +79,7 @@ public:
 
     // Removes all records and resets the script's object to its initial state.
     void renew();
-    // Collects the packages. The messages stay in "answers".
+    // Collects the packages. "answers" keeps the messages.
     bool collect(const QHash<QString, bool>& repoEnable = {});
     // The ordinary record of this name and bi-arch class, or null.
     Package::Entry* entry(const QString& name, const QString& biArch = QStringLiteral("x86_64"));

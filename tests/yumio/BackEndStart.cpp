@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Starts the back end with the script of VYRESHARE and prints what the user sees, one item in each line. The
-// interpreter first runs the argument, if one is given. If PRINT_LOG is set, the log follows.
+// Starts the back end with the script of VYRESHARE and prints what the user sees, one item in each line. If
+// an argument is given, the interpreter runs it first. If PRINT_LOG is set, the program prints the log at the
+// end.
 
 #include <cstdio>
 

@@ -26,8 +26,8 @@ int nextOf(int descriptor)
                                                                                                      : 0;
 }
 
-// Runs the function in a child process in which signals become requests. The function gets the descriptor of
-// the requests. Returns the function's exit status and how the child ended.
+// Runs the function in a child process where signals become requests. The function gets the descriptor of the
+// requests. Returns how the child ended, with its exit status.
 template <typename Function> QString inChild(const Function& function)
 {
     const pid_t child = fork();
@@ -80,7 +80,7 @@ class EndSignalsTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // The system decides which signals end a process: each signal is sent to a child without handlers.
+    // The expected value comes from the system: the test sends each signal to a child without handlers.
     void endsProcessIsTrueForTheSignalsThatEndAProcess_data()
     {
         QTest::addColumn<int>("number");
@@ -97,7 +97,7 @@ private Q_SLOTS:
         QFETCH(int, number);
         const pid_t child = fork();
         if (child == 0) {
-            setpgid(0, 0); // a stopped child of an orphaned group does not stop
+            setpgid(0, 0); // the system does not stop a child in an orphaned process group
             std::signal(number, SIG_DFL);
             raise(number);
             _exit(0);
@@ -130,7 +130,7 @@ private Q_SLOTS:
                  QStringLiteral("status %1").arg(number));
     }
 
-    void renewingTurnsTheInterruptIntoARequest()
+    void afterRenewingTheInterruptBecomesARequestAgain()
     {
         QCOMPARE(inChild([](int) {
                      kill(getpid(), SIGINT);
@@ -178,7 +178,7 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(QFile::decodeName(lock)));
     }
 
-    void aLockFileOfAnotherProcessStays()
+    void aLockFileOfAnotherProcessIsKept()
     {
         QTemporaryDir directory;
         const QString path = writeLock(directory, "1");
@@ -228,7 +228,7 @@ private Q_SLOTS:
         }
     }
 
-    void ignoredSignalsStayIgnored()
+    void ignoredSignalsAreStillIgnored()
     {
         QCOMPARE(inChild([](int requests) {
                      std::signal(SIGHUP, SIG_IGN);

@@ -48,7 +48,7 @@ private Q_SLOTS:
             QString("Kind; Mandatory Packages; Default Packages; Optional Packages; Conditional Packages"));
     }
 
-    // A search reads the name and the fields of a description. It reads the file list and the change log in
+    // A search reads the name and the description's fields. It reads the file list and the change log in
     // another way.
     void theSearchReadsItsFieldsInOrder()
     {

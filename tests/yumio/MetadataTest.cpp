@@ -118,7 +118,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, filter);
         const char* name = filter.isEmpty() ? nullptr : filter.constData();
-        // More than one read returns.
+        // The text is longer than one read.
         QByteArray many;
         QByteArray expected;
         for (int i = 0; i < 40000; ++i) {
@@ -189,7 +189,7 @@ private Q_SLOTS:
 
     void pathAcrossTwoReadsIsComplete()
     {
-        // Every position of the file is inside a path, so each end of a read is inside a path too.
+        // Every position in the file is inside a path. So each read also ends inside a path.
         const QByteArray part(1000, 'x');
         QByteArray many;
         QByteArray expected;
@@ -201,10 +201,10 @@ private Q_SLOTS:
         QVERIFY(filesOfOne(many) == expected);
     }
 
-    void nonAsciiPathsSortAsInTheProgram()
+    void pathsBeyondAsciiAreSortedAsInTheProgram()
     {
         // The program represents characters beyond U+FFFF as surrogates. Therefore it sorts these characters
-        // before some characters that precede them in byte order.
+        // before some characters that come earlier in byte order.
         const QStringList paths{QString::fromUtf8("/ﬁ"),
                                 QString::fromUtf8("/🌧"),
                                 QString::fromUtf8("/é"),
@@ -252,7 +252,7 @@ private Q_SLOTS:
         tzset();
     }
 
-    void changesWithoutUsefulDatesAreShown()
+    void changesWithInvalidDatesAreShown()
     {
         QCOMPARE(changeLogOfOne("<changelog>x</changelog>"), QByteArray("* Thu Jan 1 1970 \nx"));
         QCOMPARE(changeLogOfOne("<changelog author=\"A\" date=\"-86400\"></changelog>"),
@@ -268,7 +268,7 @@ private Q_SLOTS:
         QVERIFY(text.isEmpty());
     }
 
-    void textsOfPackagesAreNotMixed()
+    void noTextContainsPartsOfAnotherPackage()
     {
         std::vector<QByteArray> texts(2);
         QString problem;
@@ -296,7 +296,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, filter);
         QFETCH(QString, damage);
-        // The content compresses badly, so the damage is inside the content.
+        // The content can hardly be compressed, so the damage is inside the content.
         QByteArray many;
         quint32 state = 1;
         for (int i = 0; i < 60000; ++i) {
@@ -342,7 +342,8 @@ private Q_SLOTS:
 
     void fileOfAnotherKindHasNoTexts()
     {
-        // The file lists the same packages: they must not look as if they had no files or no changes.
+        // The other file lists the same packages. The result must not say that these packages have no files
+        // or no changes.
         const QByteArray packages = package("one", "") + package("two", "");
         const auto read = [this](const QByteArray& content, bool changeLogs) {
             std::vector<QByteArray> texts(2);

@@ -12,7 +12,7 @@
 
 namespace {
 
-// The function's output to the process's standard error.
+// The output of the function to standard error.
 template <typename Function> QString standardErrorOf(const Function& function)
 {
     QTemporaryFile file;
@@ -30,7 +30,7 @@ template <typename Function> QString standardErrorOf(const Function& function)
     return QString::fromUtf8(file.readAll());
 }
 
-// A record with an unshared name. The deletion of the record shows in the name: it is no longer shared.
+// A record that shares a name with the test. If the record is deleted, the name is no longer shared.
 Package::Entry* named(const QString& name)
 {
     auto* entry = new Package::Entry;
@@ -127,9 +127,9 @@ private Q_SLOTS:
         QVERIFY(chained.isDetached());
     }
 
-    void forgottenObjectIsReportedOncePerProcess()
+    void anUnreleasedObjectIsReportedOnceInAProcess()
     {
-        // The pointer is never dereferenced, because the destructor may not hold the interpreter lock.
+        // The destructor may not hold the interpreter lock, so it must never dereference this pointer.
         auto* object = reinterpret_cast<PyObject*>(quintptr(0x1234));
         auto* first = new Package::Entry;
         first->pyObject = object;
@@ -173,7 +173,7 @@ private Q_SLOTS:
     void recordPointersCanBeStoredInVariants()
     {
         const YumIO yumIO;
-        // A direct use of the type would register it, so this lookup by its name must come first.
+        // A direct use of the type would register the type, so the lookup by name must come first.
         const int registered = QMetaType::type("Package::Entry*");
         QVERIFY(registered != QMetaType::UnknownType);
         QCOMPARE(qMetaTypeId<Package::Entry*>(), registered);

@@ -31,7 +31,7 @@ private:
         entry->pyObject = object();
         return entry;
     }
-    // A unique pointer, which no code dereferences.
+    // A unique pointer. No code dereferences it.
     PyObject* object()
     {
         objects.append(QByteArray(1, 'x'));
@@ -82,7 +82,7 @@ private Q_SLOTS:
         QVERIFY(records->place(Package::EntryKey(false, "a", "x86_64")) == package);
     }
 
-    void recordMayHaveASecondKey()
+    void aRecordCanHaveASecondKey()
     {
         Package::Entry* record = add("a", "x86_64");
         Package::Entry* other = add("b", "i386");
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QVERIFY(first.constData() == second.constData());
     }
 
-    void replacementsAreLeftToTheUser()
+    void replacedAndReplacingPackagesAreNotMarkedAutomatically()
     {
         const Package::Entry* old = add("old", "x86_64", Package::Installed);
         const Package::Entry* other = add("new", "x86_64");
@@ -182,11 +182,11 @@ private Q_SLOTS:
         QCOMPARE(records->replacement(*other).of, QStringList({"old-1", "gone-1"}));
         QVERIFY(records->isLeftToUser(*old));
         QVERIFY(records->isLeftToUser(*other));
-        QVERIFY(!records->isLeftToUser(*third)); // it replaces a package, but is already installed
+        QVERIFY(!records->isLeftToUser(*third)); // this package is already installed
         QVERIFY(!records->isLeftToUser(*add("none", "x86_64")));
     }
 
-    void marksAreRestoredIfPossible()
+    void marksAreRestoredIfTheyAreStillPossible()
     {
         add("install", "x86_64")->action = Package::Install;
         add("remove", "x86_64", Package::Installed)->action = Package::Remove;

@@ -6,9 +6,9 @@
 
 namespace {
 
-// Payloads of the package manager's own classes, and helpers that catch the exceptions of the program's
-// functions. A bar skips values that follow each other immediately. Therefore a test that reads the value of
-// a bar pauses before the call that sets this value.
+// Payloads of the package manager's own classes, and helpers that catch exceptions from the program's
+// functions. If values follow each other immediately, a bar skips some of them. Therefore a test pauses
+// before it sets a value that it checks.
 const char* const definitions = R"(
 import time
 

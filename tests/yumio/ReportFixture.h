@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The common base for tests of the script's reports: payloads, and a visible window.
+// The base class for tests of the script's reports. It has payloads and a visible window.
 
 #ifndef TESTS_YUMIO_REPORTFIXTURE_H
 #define TESTS_YUMIO_REPORTFIXTURE_H
@@ -15,8 +15,8 @@ protected Q_SLOTS:
     void initTestCase();
 
 protected:
-    // The log from the given entry on, without the messages of the display. The display writes them to
-    // standard error while an operation captures it.
+    // The log from the given entry on, without messages of the window system. These messages are written to
+    // standard error while an operation captures standard error.
     QStringList logged(int from);
 };
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A private copy of the tests' sandbox, which serves its repositories as long as the object exists. It sets
-// VYREROOT and HOME, so that the process works on the copy. A process has only one object, on the graphical
-// thread.
+// A private copy of the tests' sandbox. It serves its repositories as long as the object exists. It sets
+// VYREROOT and HOME, so that the process works on the copy. A process has only one object of this class, on
+// the graphical thread.
 
 #ifndef TESTS_YUMIO_SANDBOXCOPY_H
 #define TESTS_YUMIO_SANDBOXCOPY_H
@@ -27,7 +27,7 @@ public:
     QString root() const { return rootPath; }
     // The reason, for QSKIP, why the package manager cannot read groups here; empty if it can.
     QByteArray withoutGroups() const;
-    // A path in the directory of the copy, where tests may also write their own files.
+    // A path in the directory of the copy. Tests may also write their own files there.
     QString filePath(const QString& name) const { return scratch.filePath(name); }
 
 private:

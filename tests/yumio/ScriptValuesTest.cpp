@@ -56,7 +56,7 @@ private:
         }
         return result;
     }
-    // The conversion's result for the value of an expression.
+    // The result of converting the value of an expression.
     QString pyString(const char* expression) { return values->pyString(value(expression).get()); }
     QString pyStringX(const char* expression) { return values->pyStringX(value(expression).get()); }
 
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyString did not understand type: list"));
     }
 
-    void conversionsNamedDecReleaseTheirObject()
+    void conversionsWithDecInTheirNamesReleaseTheirObject()
     {
         for (const char* expression : {"'some text'", "3000000000"}) {
             const PyRef object = value(expression);
@@ -229,7 +229,7 @@ private Q_SLOTS:
         }
     }
 
-    void objectsThatAreNoDateCauseAWarning()
+    void anObjectThatIsNoDateCausesAWarning()
     {
         QCOMPARE(values->pyDate(value("datetime.date(2023, 9, 2)").get()), QString());
         QCOMPARE(warnings(),
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(values->simpleString(thing.get(), "list"), QString("(a,\n b)"));
     }
 
-    void relationsAreFoundByTheirSecondPart()
+    void relationsAreReadFromTheirSecondPart()
     {
         const PyRef pairs = value("[('x', 'one'), ('y', 'two'), ('z', 'two')]");
         QCOMPARE(values->pyStringDec(values->findRelation(pairs.get(), "two")), QString("y"));
@@ -465,7 +465,7 @@ private Q_SLOTS:
         QCOMPARE(ScriptValues::makeSortedUniq(repeats), QString("B\na\nb"));
     }
 
-    void packagesOfTheGroupSuiteAreSuites()
+    void packagesInTheRpmGroupSuiteAreSuites()
     {
         QCOMPARE(values->getPkgKind(value("Thing(group='Suite')").get()), Package::Suite);
         QCOMPARE(values->getPkgKind(value("Thing(group='suite')").get()), Package::Ordinary);

@@ -9,8 +9,8 @@
 
 namespace {
 
-// Runs the function in a child process. Returns the output of the child to the descriptor, followed by the
-// way in which the child ended.
+// Runs the function in a child process. Returns the child's output to the descriptor, followed by the way in
+// which the child ended.
 template <typename Function> QStringList inChild(const Function& function)
 {
     int ends[2];
@@ -118,7 +118,7 @@ private Q_SLOTS:
                  QStringList({"still here", QString("signal %1").arg(SIGHUP)}));
     }
 
-    void withoutASignalNothingChanges()
+    void nothingChangesIfNoSignalArrives()
     {
         QCOMPARE(inChild([](int out) {
                      for (int i = 0; i < 2; ++i) {
@@ -131,7 +131,7 @@ private Q_SLOTS:
                  QStringList({"after", QString("signal %1").arg(SIGTERM)}));
     }
 
-    void ignoredSignalsStayIgnored()
+    void ignoredSignalsAreStillIgnored()
     {
         QCOMPARE(inChild([](int out) {
                      std::signal(SIGHUP, SIG_IGN);
@@ -161,7 +161,7 @@ private Q_SLOTS:
                  QStringList({"ended", "status 0"}));
     }
 
-    void readContinuesAfterASignal()
+    void aReadContinuesAfterASignal()
     {
         QCOMPARE(inChild([](int out) {
                      int ends[2];

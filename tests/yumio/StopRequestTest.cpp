@@ -39,7 +39,7 @@ private Q_SLOTS:
         QCOMPARE(changes.count(), 4);
     }
 
-    void aStepWithoutAnEffectAcceptsTheRequest()
+    void aRequestIsAcceptedEvenIfTheCurrentStepCannotBeStopped()
     {
         StopRequest stop;
         stop.begin(false);
@@ -62,7 +62,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Useless);
     }
 
-    void afterTheRefusalNoRequestIsPossible()
+    void noRequestIsPossibleAfterTheRefusal()
     {
         StopRequest stop;
         stop.begin(true);

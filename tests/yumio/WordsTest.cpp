@@ -6,7 +6,7 @@
 
 namespace {
 
-// The function's word for each value of an enumeration, and for the two values next to the enumeration.
+// The function's words for all values of an enumeration, and for the two values next to the enumeration.
 template <typename Value> QStringList all(QString (*say)(Value), int last)
 {
     QStringList texts;

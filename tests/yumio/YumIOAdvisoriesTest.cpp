@@ -72,7 +72,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisories().count(), 2);
     }
 
-    void failureIsShownAndTriedAgain()
+    void aFailureIsShownAndTheNextAttemptReadsAgain()
     {
         QVERIFY(backEnd->collect());
         backEnd->run("it.raises['collectAdvisories'] = dnf.exceptions.Error('no luck')");
@@ -101,7 +101,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().advisoriesOfUpdate(*backEnd->entry("tool")), QStringList());
     }
 
-    void recordOfAPackageIsFound()
+    void theRecordOfAnAdvisoryPackageIsFound()
     {
         backEnd->run("it.installed = [Package('tool', arch='noarch')]");
         QVERIFY(backEnd->collect());
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().recordOf("tool", "i686") == nullptr);
     }
 
-    void searchOfManyPackagesKeepsAnIndexMeanwhile()
+    void aSearchOfManyPackagesHasAnIndexUntilItsEnd()
     {
         backEnd->run(
             "lists = {name: () for name in ('provides', 'requires', 'requires_pre', 'conflicts', "

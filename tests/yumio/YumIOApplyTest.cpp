@@ -8,8 +8,8 @@
 
 namespace {
 
-// Simulates a lack of memory for Python lists. The request with this number fails; only requests for the
-// first elements of a list are counted. If the number is 0, no request fails.
+// Simulates a lack of memory for Python lists. The request with this number fails. Only requests for the
+// first elements of a list count. If the number is 0, no request fails.
 int failingList = 0;
 PyMemAllocatorEx memory;
 
@@ -47,7 +47,7 @@ public:
     ListsWithoutMemory& operator=(const ListsWithoutMemory&) = delete;
 };
 
-// The question about a marked group with a marked package.
+// The question if a group and one of its packages are marked.
 QString conflict(const QString& package, const QString& groupAction, const QString& implied,
                  const QString& own)
 {
@@ -59,7 +59,7 @@ QString conflict(const QString& package, const QString& groupAction, const QStri
 
 } // namespace
 
-// Tests of passing the marked records to the script, and of cleaning the cache.
+// Tests that the script gets the marked records, and tests of cleaning the cache.
 class YumIOApplyTest : public ApplyFixture
 {
     Q_OBJECT
@@ -67,7 +67,7 @@ class YumIOApplyTest : public ApplyFixture
 private Q_SLOTS:
     void cleanupTestCase()
     {
-        // The back end is deleted while records are marked. It must delete each of them once.
+        // The back end is deleted while records are marked. It must delete each record once.
         collect("it.available = [Package('tool'), Package('left')]");
         mark("tool", Package::Install);
         QVERIFY(!apply());
@@ -138,7 +138,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('apply')"), QString("[([], [], [], [], [], [])]"));
     }
 
-    void twoInstalledVersionsOfAnUpdateAreTwoPairs()
+    void anUpdateOfTwoInstalledVersionsIsPassedAsTwoPairs()
     {
         collect("it.updates = [Package('kernel', '6.3')]\n"
                 "it.installed = [Package('kernel', '6.1'), Package('kernel', '6.2')]");
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QVERIFY(!wasApplied());
     }
 
-    void failedListsStopTheApply_data()
+    void theApplyStopsIfAListCannotBeMade_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("action");
@@ -189,7 +189,7 @@ private Q_SLOTS:
         row("G", Package::Remove, 1, "Unable to add group G to grp_removes list");
     }
 
-    void failedListsStopTheApply()
+    void theApplyStopsIfAListCannotBeMade()
     {
         QFETCH(QString, name);
         QFETCH(int, action);
@@ -209,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(!applied);
         QCOMPARE(errors(), QStringList(expected));
         QVERIFY(!wasApplied());
-        // With memory available, the failure has no further effect.
+        // If memory is available again, the failure has no effect any more.
         QVERIFY(!apply());
         QVERIFY(wasApplied());
     }
@@ -230,7 +230,7 @@ private Q_SLOTS:
 
     // --- Conflicts of groups and packages
 
-    void conflictsWithGroupsCauseAQuestion_data()
+    void aQuestionIsAskedIfAGroupAndItsMemberHaveDifferentMarks_data()
     {
         QTest::addColumn<int>("groupAction");
         QTest::addColumn<QString>("member"); // updatable, available or installed
@@ -258,7 +258,7 @@ private Q_SLOTS:
         row("remove, nothing", Package::Remove, "old", Package::None, QString());
     }
 
-    void conflictsWithGroupsCauseAQuestion()
+    void aQuestionIsAskedIfAGroupAndItsMemberHaveDifferentMarks()
     {
         QFETCH(int, groupAction);
         QFETCH(QString, member);
@@ -338,7 +338,7 @@ private Q_SLOTS:
         }
     }
 
-    void groupWithoutALaterListIsReportedAndApplied()
+    void aGroupWithoutItsDefaultListIsReportedButApplied()
     {
         collect("it.groups = [Group('G', 'g')]");
         backEnd->run("del it.groups[0].default_packages");
@@ -348,7 +348,7 @@ private Q_SLOTS:
         QVERIFY(wasApplied());
     }
 
-    void conflictOfARecordWithoutAStateIsReported()
+    void aConflictOfARecordWithAnInvalidStateIsReported()
     {
         collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
         Package::Entry& tool = *backEnd->entry("tool");
@@ -357,7 +357,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: applyGrpConflict unexpected package state\n"));
     }
 
-    void conflictOfUnmarkedRecordsIsVisible()
+    void theQuestionAboutAConflictOfUnmarkedRecordsSaysError()
     {
         collect("it.available = [Package('tool')]\nit.groups = [Group('G', 'g')]");
         Package::Entry& tool = *backEnd->entry("tool");
@@ -369,7 +369,7 @@ private Q_SLOTS:
                  QStringList(conflict("tool", "ERROR", "Install", "ERROR")));
     }
 
-    void packageOfTheSystemsArchitectureIsFoundFirst()
+    void findPackagePrefersTheArchitectureOfTheSystem()
     {
         collect("it.available = [Package('lib', arch='i686'), Package('lib', arch='x86_64'),\n"
                 "                Package('only', arch='i686'), Package('text', arch='noarch')]");
@@ -421,7 +421,7 @@ private Q_SLOTS:
         QVERIFY(clean());
     }
 
-    void waitOfCleaningIsShownAndTheWindowStaysUsable()
+    void theBarShowsThatCleaningWaitsAndTheWindowIsUsable()
     {
         backEnd->run("import threading\nworkers = []\n"
                      "def clean():\n"

@@ -140,7 +140,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().locked);
     }
 
-    void lockIsTakenOnce()
+    void severalCollectionsTakeTheLockOnlyOnce()
     {
         QVERIFY(backEnd->collect());
         yumIO().clearEntries();
@@ -197,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("Internal error: yumIO.base.repos not a dictionary"));
     }
 
-    void lackOfRepositoriesIsReported()
+    void aConfigurationWithoutRepositoriesIsReported()
     {
         backEnd->run("BASE.repos = {}");
         QVERIFY(!backEnd->collect());
@@ -205,7 +205,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.calls"), QString("[('lock',)]"));
     }
 
-    void lackOfEnabledRepositoriesIsReported()
+    void aConfigurationWithoutEnabledRepositoriesIsReported()
     {
         backEnd->run("BASE.repos = {'a': Thing(enabled=0), 'b': Thing(enabled=None), 'c': Thing()}");
         QVERIFY(!backEnd->collect());
@@ -290,7 +290,7 @@ private Q_SLOTS:
                  QStringList({generic, "Internal error: execution of yumIO." + method + " failed"}));
         QCOMPARE(yumIO().count(), 0);
 
-        // The next clearing removes the remains of a failed collection.
+        // The next clearing removes the records of the failed collection.
         yumIO().clearEntries();
         backEnd->run("it.raises.clear()");
         QVERIFY(backEnd->collect());
@@ -347,12 +347,12 @@ private Q_SLOTS:
                      "(54%) 9750/18000', 'Reading repository metadata for other (25%) 50/200'), (" + total +
                      "(83%) 15000/18000', 'Reading the packages of other 0/0')]");
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
-        // Without an operation nothing is shown.
+        // If no operation runs, nothing is shown.
         backEnd->run("showReading('main', 'too late')");
         QCOMPARE(backEnd->bars(), QStringList({"idle", "idle"}));
     }
 
-    void collectionFromTheCache()
+    void aCollectionCanUseOnlyTheCache()
     {
         backEnd->run("it.installed = [Package('old')]");
         QVERIFY(yumIO().collect({}, YumIO::Source::Cache));
@@ -361,7 +361,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 1);
     }
 
-    void collectionIsStopped_data()
+    void theUserCanStopEachStepOfACollection_data()
     {
         QTest::addColumn<QString>("method");
         QTest::newRow("repositories") << "setupRepos";
@@ -370,7 +370,7 @@ private Q_SLOTS:
         QTest::newRow("groups") << "collectGroups";
     }
 
-    void collectionIsStopped()
+    void theUserCanStopEachStepOfACollection()
     {
         QFETCH(QString, method);
         backEnd->run("import time\n"
@@ -398,7 +398,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void failingRepositoriesAreAskedFor()
+    void aQuestionNamesEachFailingRepository()
     {
         backEnd->run("seen = []\n"
                      "def read():\n"
@@ -432,7 +432,7 @@ private Q_SLOTS:
             QCOMPARE(asked[0].buttons, QStringList({"Yes", "No"}));
             QCOMPARE(yumIO().unwantedRepos(), QStringList());
         }
-        // Without any repository, the installed packages remain.
+        // If all repositories fail, the installed packages are still collected.
         backEnd->run("it.does.clear()\nBASE.repos['main'].enabled = 0\nit.installed = [Package('old')]");
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
@@ -489,7 +489,7 @@ private Q_SLOTS:
         QVERIFY(log.contains("3 0 to descriptor 2"));
     }
 
-    void replacedPackagesAreReportedAndLeftToTheUser()
+    void replacedPackagesAreReportedAndNotMarkedAutomatically()
     {
         backEnd->run(
             "old, new = Package('old'), Package('new', '2.0')\n"
@@ -615,7 +615,7 @@ private Q_SLOTS:
                  QString("[('i686', 'x86_64'), ('x86_64', 'i586')]"));
     }
 
-    void onlyTheResultTrueMakesTheFirstPackageBetter()
+    void isBetterThanMustReturnTrueItself()
     {
         backEnd->run("it.available = [Package('lib', arch='x86_64'), Package('lib', arch='i686')]\n"
                      "it.does['isBetterThan'] = lambda a, b: 1");
@@ -739,7 +739,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: yumIO.base.history.group not evaluable"}));
     }
 
-    void packagesOfTheGroupSuiteAreSuites()
+    void packagesInTheRpmGroupSuiteAreSuites()
     {
         backEnd->run("it.available = [Package('office', group='Suite'), Package('suite', group='suite')]");
         QVERIFY(backEnd->collect());
@@ -758,7 +758,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().records.keyCount(), 0);
     }
 
-    void clearingBeforeTheEndAbandonsTheReferences()
+    void clearingBeforeTheEndReleasesNoReferences()
     {
         backEnd->run("it.installed = [Package('kernel', v) for v in ('6.1', '6.2')]\nkernels = it.installed");
         QVERIFY(backEnd->collect());

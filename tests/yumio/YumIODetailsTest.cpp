@@ -146,7 +146,7 @@ private Q_SLOTS:
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
         QStringList log = backEnd->log(before);
         QCOMPARE(log.takeFirst(), "4 0 " + heading);
-        log.sort(); // the streams reach the log separately
+        log.sort(); // each stream reaches the log separately
         QCOMPARE(log, QStringList({"1 0 something odd", "3 0 something wrong"}));
     }
 
@@ -197,7 +197,8 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
-        // The first 1000 of the 15000 steps are done before. Each repository gets half of the rest.
+        // The first 1000 of the 15000 steps precede the repositories. Each of the two repositories gets half
+        // of the other steps.
         QCOMPARE(backEnd->text("seen"), QString("[['Loading %1: Total Progress (6%) 1000/15000', "
                                                 "'Reading repository metadata for one (0%) 0/1'], "
                                                 "['Loading %1: Total Progress (53%) 8000/15000', "
@@ -324,7 +325,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before).filter("package's provides").count(), 1);
         QCOMPARE(yumIO().getRequires(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's requires"}));
-        // Files and change logs are such lists too.
+        // The same applies to files and change logs.
         backEnd->run("tool.files = None");
         QCOMPARE(yumIO().getFiles(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
@@ -389,7 +390,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(yumIO().getChangeLog(*backEnd->entry("available")), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
-        // Before the collection no data of repositories are available.
+        // Before the collection, no repository data are available.
         yumIO().otherDataLoaded = false;
         yumIO().loadChangeLog(*backEnd->entry("available"));
         QCOMPARE(backEnd->text("readers"), QString("['worker', 'here']"));
@@ -418,7 +419,7 @@ private Q_SLOTS:
             {"suggests", &YumIO::getSuggests},        {"supplements", &YumIO::getSupplements},
             {"enhances", &YumIO::getEnhances}};
         for (const auto& kind : kinds) {
-            // Duplicates stay; upper case sorts before lower case.
+            // Duplicates are kept. Upper case is sorted before lower case.
             backEnd->run(QString("tool.%1 = [Member('%1'), Member('b = 2'), Member('b = 2'), Member('B')]")
                              .arg(kind.first));
             QStringList expected{"member B", "member b = 2", "member b = 2", "member " + kind.first};
@@ -497,7 +498,7 @@ private Q_SLOTS:
         yumIO().dnfVersionText = known;
     }
 
-    void scriptDecidesTheClassOfAnArchitecture()
+    void theScriptDeterminesTheClassOfAnArchitecture()
     {
         QCOMPARE(yumIO().getBiArch("i586"), QString("i386"));
         QCOMPARE(yumIO().getBiArch("noarch"), QString("x86_64"));

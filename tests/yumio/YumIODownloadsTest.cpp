@@ -23,7 +23,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen[0][0]"), QString("Running Transaction: Total Progress (0%) 0/33100"));
         QCOMPARE(backEnd->text("seen[1]['remoteCount'], seen[1]['remoteWeight']"), QString("(2, 40240)"));
-        // The downloads have a weight of 40240, the whole transaction 400000.
+        // The downloads have a weight of 40240, and the whole transaction has a weight of 400000.
         QCOMPARE(backEnd->text("seen[1]['downloadSteps']"), QString::number(40240 * 24000ULL / 400000));
         QCOMPARE(backEnd->text("seen[2][0]"),
                  QString("Running Transaction: Total Progress (0%) 0/%1").arg(2414 + 9100));
@@ -39,7 +39,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['downloadSteps']"), QString("(1, 0)"));
     }
 
-    void unreadablePayloadsDoNotStopTheOthers()
+    void anUnreadablePayloadDoesNotAffectOtherPayloads()
     {
         collect("it.available = [Package('a'), Package('b')]");
         QVERIFY(!apply("yumIOC.downloadRemotePayloads([Rpm('nobody', 1), Rpm('a', 20000), Thing(), "
@@ -50,7 +50,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0]['remoteCount'], seen[0]['remoteWeight']"), QString("(3, 60240)"));
     }
 
-    void transactionFromTheCacheHasNoDownloads()
+    void aTransactionWithCachedPackagesHasNoDownloads()
     {
         collect("it.available = [Package('a', size=100000)]\n"
                 "it.does['verifyLocalPkg'] = lambda package: True");
@@ -93,7 +93,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[1]"), QString("['Running Transaction: Total Progress (0%) 100/33100', "
                                                    "'Downloading 2 packages (0%) 0/100000']"));
         QCOMPARE(backEnd->text("seen[2]"), QString("['2 downloads: Not Started Yet']"));
-        // Each download gets its slot at its first progress.
+        // A download gets its slot when it first reports progress.
         QCOMPARE(backEnd->text("seen[3]['nextSlot'], seen[3]['payloadSlots']"), QString("(2, 2)"));
         QVERIFY2(backEnd->text("seen[4][1]") == "Downloading 2 packages (50%) 50000/100000",
                  qPrintable(backEnd->text("seen[4]")));

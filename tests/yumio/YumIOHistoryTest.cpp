@@ -6,13 +6,13 @@
 
 #include "tests/yumio/ApplyFixture.h"
 
-// Reading the history, and undoing and repeating its transactions.
+// Tests of reading the history, and of undoing and repeating its transactions.
 class YumIOHistoryTest : public ApplyFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void recordsOfTheHistory()
+    void eachTransactionBecomesARecord()
     {
         backEnd->run("it.does['transactions'] = lambda: [\n"
                      "    (2, 5000000000, 'me', 'dnf upgrade', 'Upgrade: a', 'a b', 1, 7),\n"
@@ -46,7 +46,7 @@ private Q_SLOTS:
         }
     }
 
-    void detailsOfATransaction()
+    void theDetailsOfATransactionAreRead()
     {
         backEnd->run("it.does['describeTransaction'] = lambda number: 'All about %d' % number");
         QCOMPARE(yumIO().describeTransaction(5), QString("All about 5"));
@@ -70,7 +70,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('replay')"), QString("[]"));
     }
 
-    void transactionsAreCarriedOut_data()
+    void transactionsAreUndoneAndRepeated_data()
     {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QString>("called");
@@ -84,7 +84,7 @@ private Q_SLOTS:
                               << "4 0 Repeating transaction 12";
     }
 
-    void transactionsAreCarriedOut()
+    void transactionsAreUndoneAndRepeated()
     {
         QFETCH(int, kind);
         QFETCH(QString, called);
@@ -103,13 +103,13 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('replay')"), called);
         QCOMPARE(headings(from), (QStringList{heading, "4 0 Applying: OK"}));
         QVERIFY(yumIO().systemChanged());
-        // The listing is that of an apply, and the marks are left alone.
+        // The listing is the same as for marks, and the marks are not changed.
         const QList<ShownDialog> dialogs = backEnd->answers.take();
         QCOMPARE(dialogs.size(), 1);
         QVERIFY2(dialogs.first().text.contains("\tRemove: a 1.0-1 (x86_64)\n"),
                  qPrintable(dialogs.first().text));
         QCOMPARE(int(backEnd->entry("a")->action), int(Package::Remove));
-        // After a refusal nothing has changed.
+        // If the user refuses the listing, nothing changes.
         backEnd->answers.press("Cancel");
         QVERIFY(!yumIO().replay(static_cast<Replay>(kind), 12));
         QVERIFY(!yumIO().systemChanged());

@@ -4,7 +4,7 @@
 
 #include "tests/yumio/ApplyFixture.h"
 
-// As long as this object exists, the translation of each text is the text in brackets.
+// As long as this object exists, the translation of each text is the same text in brackets.
 class Brackets : public QTranslator
 {
 public:
@@ -95,7 +95,7 @@ private Q_SLOTS:
                                                "\tRemove (unused): b 1.0-1 (x86_64)\n"));
     }
 
-    void marksThatWereLeftOutStay()
+    void theMarksOfLeftOutPackagesAreKept()
     {
         collect("it.updates = [Package('new', '2.0')]\n"
                 "it.installed = [Package('new', '1.0'), Package('gone')]\n"
@@ -140,7 +140,7 @@ private Q_SLOTS:
                  QString("['6.3', '6.2']"));
     }
 
-    void anExcludedVersionPrecedesAnAvailableOne()
+    void anExcludedInstalledVersionPrecedesAnAvailableVersion()
     {
         collect(
             "hidden = [Package('tool', '1.0')]\n"
@@ -208,7 +208,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
         QCOMPARE(transaction().rpmWeight, rpmWeight);
-        // The package manager need not know the package.
+        // The package need not be in the package manager's lists.
         backEnd->run(QString("yumIOC.listTransaction(None, [item(%1, 'nobody')])").arg(action));
         QCOMPARE(errors(), QStringList());
         QCOMPARE(transaction().downloadSize, download);
@@ -290,7 +290,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().rpmWeight, 2 * rpmWeight);
         QCOMPARE(entry.local, download != 0);
 
-        // The user's marks stay.
+        // The user's marks are kept.
         for (const Package::Action own : {Package::Update, Package::Install, Package::Remove}) {
             entry.txAction = own;
             backEnd->run(list);
@@ -310,7 +310,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().rpmWeight, quint64(25000));
     }
 
-    void scriptKnowsThePackagesInTheCache()
+    void theScriptDecidesWhichPackagesAreInTheCache()
     {
         collect("it.available = [Package('a', size=30000)]");
         const PyRef package = backEnd->value("it.available[0]");
@@ -442,7 +442,7 @@ private Q_SLOTS:
         QVERIFY(shown[0].text.startsWith("Transaction to be performed:\n"));
     }
 
-    void packagesOfAGroupThatIsMarkedForRemovalAreExpected()
+    void theMembersOfARemovedGroupCountAsMarkedRemovals()
     {
         collect("it.installed = [Package('member'), Package('other')]\n"
                 "it.groups = [Group('G', 'g', mandatory=['member'], installed=True)]");
@@ -492,7 +492,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().value(0).defaultButton, QString("OK"));
     }
 
-    void downloadsHaveTheirShareOfTheBar()
+    void theDownloadsGetTheirShareOfTheBar()
     {
         collect("it.available = [Package('tool', size=30000)]");
         mark("tool", Package::Install);
@@ -566,7 +566,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[0]"));
         QVERIFY(backEnd->log(before).contains("4 0 Confirmation: No"));
 
-        // "Yes" applies nothing.
+        // After "Yes", nothing is applied.
         before = logLength();
         backEnd->answers.press("Yes");
         QVERIFY(!apply(ask));
@@ -574,7 +574,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen"), QString("[1]"));
         QVERIFY(backEnd->log(before).contains("4 0 Confirmation: Yes"));
 
-        // "No" cancels nothing.
+        // After "No", nothing is cancelled.
         backEnd->answers.press("OK");
         backEnd->answers.press("No");
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n" + ask));
@@ -603,7 +603,7 @@ private Q_SLOTS:
         QCOMPARE(transaction().nextSlot, 0U);
     }
 
-    void recordsOfDependenciesGetTheirActionFromTheTransaction()
+    void dependenciesGetTheirActionFromTheTransaction()
     {
         collect("it.available = [Package('tool'), Package('lib')]\n"
                 "it.installed = [Package('old'), Package('unused')]");
@@ -620,7 +620,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->entry("lib")->action, Package::None);
         backEnd->entry("lib")->local = true;
         backEnd->entry("tool")->local = true;
-        // The next transaction starts without these actions.
+        // The next transaction begins without these actions.
         QVERIFY(!apply());
         QCOMPARE(backEnd->entry("lib")->txAction, Package::None);
         QVERIFY(!backEnd->entry("lib")->local);

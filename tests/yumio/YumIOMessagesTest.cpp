@@ -20,7 +20,7 @@ private:
     YumIOProbe& yumIO() { return backEnd->yumIO; }
     int logLength() { return backEnd->log().count(); }
 
-    // Calls a function that raises an exception, like an operation of the script, and explains the failure.
+    // Calls a function that raises an exception as an operation of the script does, and explains the failure.
     bool explain(const QString& exception, const QString& what = "do something")
     {
         backEnd->run("def failing():\n    raise " + exception + "\n");
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("the value\nIt failed"));
     }
 
-    void expectedErrorsBeginAtTheEndOfTheLog()
+    void anExpectationIgnoresEarlierErrorsInTheLog()
     {
         Python::ExceptScope scope(yumIO().python());
         yumIO().python().pyExceptExpect(PyExc_ValueError);
@@ -259,7 +259,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("enough\nUnable to do something"));
     }
 
-    void firstOfTheCommonExceptionsDecides()
+    void theFirstMatchingExceptionDeterminesTheMessage()
     {
         backEnd->run("class OfBoth(dnf.exceptions.RepoError, IOError): pass\n"
                      "class Odd(dnf.exceptions.Error, RuntimeError): pass\n"
@@ -278,14 +278,14 @@ private Q_SLOTS:
         }
     }
 
-    void valueAttributeOfAnExceptionIsPreferredToItsText()
+    void theMessageUsesTheValueAttributeOfAnExceptionBeforeItsText()
     {
         backEnd->run("class Valued(bdb.BdbQuit):\n    value = ['a', 'b']\n");
         QVERIFY(explain("Valued('text')"));
         QCOMPARE(errors(), QStringList("(a,\n b)\nUnable to do something"));
     }
 
-    void exceptionOutsideTheTableIsLeftToTheCaller()
+    void theCallerHandlesExceptionsOutsideTheTable()
     {
         const int before = logLength();
         QVERIFY(!explain("KeyError('odd')"));
@@ -347,7 +347,7 @@ private Q_SLOTS:
 
     // --- Child processes
 
-    void childSignalHasItsDefaultActionWithinTheScope()
+    void theChildSignalHasItsDefaultActionWithinTheScope()
     {
         struct sigaction mine = {};
         mine.sa_handler = SIG_IGN;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The back end with access to the private members that tests need.
+// The back end with public access to private members, for tests.
 
 #ifndef TESTS_YUMIO_YUMIOPROBE_H
 #define TESTS_YUMIO_YUMIOPROBE_H

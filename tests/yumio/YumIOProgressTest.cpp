@@ -29,7 +29,7 @@ private Q_SLOTS:
         QVERIFY(yumIO().stdoutPending.isEmpty());
     }
 
-    void streamsAreKeptApart()
+    void theTwoStreamsAreNotMixed()
     {
         const int before = logLength();
         backEnd->run("sys.stdout.write('out')\nsys.stderr.write('err')");
@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList("2 7 mild"));
     }
 
-    void onlyAPlainQuestionContainsTheOutput()
+    void onlyAQuestionWithoutAListingContainsTheOutput()
     {
         backEnd->run("sys.stdout.write('caf\\u00e9 %1')\nsys.stderr.write('b\\n')");
         QCOMPARE(transaction().txText, QString::fromUtf8("café %1\nb\n\n"));
@@ -80,7 +80,7 @@ private Q_SLOTS:
         QCOMPARE(spy.count(), 2);
     }
 
-    void errorMarkBeginsALine()
+    void anErrorMarkBeginsANewLine()
     {
         const int before = logLength();
         backEnd->run("yumIOC.errorlog(0, 'a: [Errno 2] b: [Errno 13] c')\n"
@@ -100,7 +100,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList({"1 0 first", "1 0 second"}));
     }
 
-    void endOfTheTransactionOutputHasNoEffect()
+    void postTransactionOutputHasNoEffect()
     {
         const int before = logLength();
         backEnd->run("yumIOC.postTransactionOutput()\nyumIOC.postTransactionOutput(1, 'x')\n"
@@ -150,7 +150,7 @@ private Q_SLOTS:
             function.isEmpty()
                 ? QStringList()
                 : QStringList({generic, "Internal error: " + function + ": unable to interpret arguments"});
-        // The result does not depend on a running operation.
+        // The result is the same while an operation runs.
         QCOMPARE(backEnd->text("failure(yumIOC." + call + ")"), QString("TypeError"));
         QCOMPARE(errors(), expected);
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))"));
@@ -245,7 +245,7 @@ private Q_SLOTS:
         QVERIFY(!apply("seen.append(failure(yumIOC." + call + "))\nseen.append(state())"));
         const QStringList texts = errors();
         QCOMPARE(texts, QStringList("Internal error: " + message));
-        // If the reason was an exception, the log contains it.
+        // If the reason was an exception, the log contains this exception.
         QCOMPARE(!backEnd->log(before).filter(QRegularExpression("^3 0 \\w+Error: ")).isEmpty(), exception);
         // The script continues.
         QCOMPARE(backEnd->text("seen[0]"), QString("None"));
@@ -254,7 +254,7 @@ private Q_SLOTS:
 
     void exceptionInsideAPayloadReachesTheOperation()
     {
-        // The operation must get the exception, because it reports the failure to the user.
+        // The operation must get the exception, because the operation reports the failure to the user.
         backEnd->run("wrong = Wrong()\nwrong.exception = RuntimeError('inside')\n"
                      "class Lost:\n"
                      "    @property\n"
@@ -271,7 +271,7 @@ private Q_SLOTS:
 
     // --- The transaction
 
-    void removalWithoutDownloadsKeepsItsPreparation()
+    void aRemovalWithoutDownloadsStillHasAPreparation()
     {
         collect("it.installed = [Package('old', size=200000)]");
         QVERIFY(apply("confirmed(item(8, 'old'))\n"
@@ -309,7 +309,8 @@ private Q_SLOTS:
                                   "'Preparing to Run Transaction (0%) 0/1']";
         QCOMPARE(backEnd->text("seen[0]"), preparing);
         QCOMPARE(backEnd->text("seen[1]['testRun']"), QString("1"));
-        // The end of the test transaction does not end the preparation. The preparation does not begin twice.
+        // The end of the test transaction does not end the preparation, and the preparation does not begin
+        // twice.
         QCOMPARE(backEnd->text("seen[2]"), preparing);
         QCOMPARE(backEnd->text("seen[3]"), preparing);
         QCOMPARE(backEnd->text("seen[4]['testRun']"), QString("0"));

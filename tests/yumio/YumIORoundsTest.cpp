@@ -31,8 +31,8 @@ qint64 residentMemory()
     return file.readAll().split(' ').value(1).toLongLong() * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
-// The difference of the medians of the second and the first half, in KiB, without the largest step from one
-// round to the next. A single round may have a peak, and the memory manager may grow by one large step.
+// The median of the second half minus the median of the first half, in KiB, without the largest step between
+// two rounds. A single round may have a peak, and the memory manager may grow by one large step.
 qint64 growth(const QVector<qint64>& memory)
 {
     const auto median = [](QVector<qint64> part) {
@@ -88,7 +88,7 @@ private:
         return file.open(mode) && file.write(content) == content.size();
     }
 
-    // One plug-in of each kind: their modules are loaded again after each reset.
+    // One plug-in of each kind. Each reset loads their modules again.
     bool addPlugIns()
     {
         const QString directory = sandbox.filePath("plugins");
@@ -129,7 +129,7 @@ private Q_SLOTS:
     void roundsLeaveNothingBehind()
     {
         const int rounds = numberOfRounds();
-        // The first rounds may open descriptors and fill caches that remain.
+        // The first rounds may open descriptors and fill caches that later rounds use.
         const int warmUp = rounds / 5;
         int count = 0;
         int threads = 0;

@@ -52,7 +52,7 @@ extern "C" int sigaction(int number, const struct sigaction* action, struct siga
     return real(number, action, old);
 }
 
-// Tests the time during and after the script's apply().
+// Tests of the program's behaviour during and after the script's apply().
 class YumIORunTest : public ApplyFixture
 {
     Q_OBJECT
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 next", "1 0 next of the script", "3 0 next trouble"}));
     }
 
-    void lastLineBeforeAnOperationDoesNotBelongToIt()
+    void anUnfinishedLineBeforeAnOperationDoesNotBelongToIt()
     {
         const int before = logLength();
         backEnd->run("sys.stdout.write('idle words')");
@@ -124,7 +124,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before), QStringList({"1 0 idle words", "4 0 Applying", "1 0 words"}));
     }
 
-    void lineCapturedInTwoPartsIsOneEntry()
+    void aLineThatIsCapturedInTwoPartsIsOneEntry()
     {
         const int before = logLength();
         QVERIFY(!apply("import os\n"
@@ -293,7 +293,7 @@ private Q_SLOTS:
                  QStringList("Unable to restore SIGCHLD signal handler; errno=22 (Invalid argument)"));
     }
 
-    void backEndKnowsWhetherTheSystemWasChanged()
+    void systemChangedReportsWhetherATransactionHasBegun()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\nyumIOC.rpmtransInit(True)"));
         backEnd->answers.take();
@@ -382,7 +382,7 @@ private Q_SLOTS:
         backEnd->answers.take();
     }
 
-    void onlyTheListingIsAcceptedByTheEnterKey()
+    void theEnterKeyAcceptsOnlyTheListing()
     {
         backEnd->answers.press("Enter");
         QVERIFY(!apply("seen.append(yumIOC.userconfirm())"));
@@ -402,7 +402,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen"),
                  QString("[['Running Transaction: Total Progress (1%) 100/9100', "
-                         "'Waiting for w\u00e4scher (17) 0/0']]")); // without a measure
+                         "'Waiting for w\u00e4scher (17) 0/0']]")); // the bar has no maximum
         // No bar can show this activity.
         backEnd->run("changeActivity('later')");
     }
@@ -454,8 +454,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->answers.take().count(), 1);
     }
 
-    // Runs an apply, and asks it to stop after a while. The function wait() of the script waits for the
-    // request.
+    // Runs an apply, and after a while asks it to stop. The script's wait() function waits for this request.
     bool stopAfterAWhile(const QString& statements)
     {
         backEnd->run("import time\nseen = []\n"
@@ -471,7 +470,7 @@ private Q_SLOTS:
         return apply(statements);
     }
 
-    void aTransactionThatIsStoppedAsksNothing()
+    void aStoppedTransactionAsksNoQuestion()
     {
         const int before = logLength();
         QVERIFY(
@@ -519,7 +518,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().stopState(), StopRequest::State::Idle);
     }
 
-    void theScriptCanExcludeAStop()
+    void theScriptCanRefuseLaterRequestsToStop()
     {
         QVERIFY(!stopAfterAWhile("seen.append(stopWanted(True))\ntime.sleep(0.5)\n"
                                  "seen.append(stopWanted(False))\nyumIOC.listTransaction(None, [])"));
@@ -527,7 +526,7 @@ private Q_SLOTS:
         QVERIFY(!yumIO().wasStopped());
     }
 
-    void possibleMarksRemainAfterACollection()
+    void possibleMarksAreKeptAfterACollection()
     {
         const QString before("it.updates = [Package('fresh', '2.0'), Package('done', '2.0'), "
                              "Package('both', '2.0', arch='i686'), Package('away', '2.0')]\n"
@@ -579,7 +578,7 @@ private Q_SLOTS:
             standard.sa_handler = SIG_DFL;
             sigaction(numbers[i], &standard, &original[i]);
         }
-        // The interpreter only knows its own handlers, so the script reads the system's list.
+        // The interpreter knows only its own handlers, so the script reads the system's list.
         backEnd->run("def held():\n"
                      "    with open('/proc/self/status') as status:\n"
                      "        caught = int(status.read().split('SigCgt:')[1].split()[0], 16)\n"

@@ -14,8 +14,9 @@
         QSKIP(sandbox.withoutGroups().constData());                                                          \
     }
 
-// The back end with the real script and package manager, on a private copy of a sandbox. A process can start
-// the interpreter only once. Therefore all functions are one run of the program and depend on their order.
+// Tests of the back end with the real script and package manager, on a private copy of a sandbox. A process
+// can start the interpreter only once. Therefore all functions together are one run of the program, and their
+// order matters.
 class YumIOSandboxTest : public QObject
 {
     Q_OBJECT
@@ -75,8 +76,8 @@ private:
         return text.trimmed();
     }
 
-    // The texts that a search must find in a record, except its files and changes, as text() returns them on
-    // this thread.
+    // The texts that a search must find in a record, as text() returns them on this thread. Files and changes
+    // are left out.
     QByteArray searchedTexts(const Package::Entry& entry)
     {
         const int owner = entry.kind == Package::Group ? Fields::OfGroups : Fields::OfPackages;
@@ -129,7 +130,7 @@ private:
         }
     }
 
-    // From now on the script returns the value of the expression as the path of metadata. "asked" records the
+    // From now on, the script returns this expression's value as the path of metadata. "asked" records the
     // calls.
     void setMetadataPath(const QString& expression)
     {
@@ -523,7 +524,7 @@ private Q_SLOTS:
         QCOMPARE(orchard->searchTexts, texts);
         QCOMPARE(easel->searchTexts, QByteArray("as it is"));
         easel->searchTexts = QByteArray();
-        // A search reads no data that are not loaded.
+        // A search reads only loaded data.
         for (bool* loaded : {&yumIO().fileListsLoaded, &yumIO().otherDataLoaded}) {
             *loaded = false;
             yumIO().collectSearchTexts(allEntries());
@@ -607,7 +608,7 @@ private Q_SLOTS:
              {"chatterbox: pre to standard output", "chatterbox: post to standard error"}) {
             QVERIFY2(log.filter(said).count() == 1, qPrintable(log.join('\n')));
         }
-        // The progress of the packages reached its planned end.
+        // The progress of the packages has reached the planned end.
         QCOMPARE(yumIO().transaction.actCounter, yumIO().transaction.rpmWeight);
         QCOMPARE(yumIO().transaction.remoteCount, 2U);
         QVERIFY(yumIO().transaction.payloadSlots.isEmpty());
@@ -714,8 +715,8 @@ private Q_SLOTS:
         QVERIFY(yumIO().count() > 0);
     }
 
-    // The browser must open the address that this version of the package manager downloads. Newer versions
-    // replace more variables.
+    // The browser must open the same address from which this version of the package manager downloads. Newer
+    // versions replace more variables.
     void variablesAreReplacedAsThePackageManagerDoesIt()
     {
         QVERIFY(QDir().mkpath(root + "/etc/dnf/vars"));

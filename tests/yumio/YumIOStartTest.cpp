@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Every start needs its own process, because the package manager's modules change the interpreter
-// permanently.
+// Each start needs its own process, because the package manager's modules change the interpreter permanently.
 
 #include <QtTest>
 
@@ -156,7 +155,7 @@ private Q_SLOTS:
                          "TypeError", "started", "again: started"}));
     }
 
-    void objectIsMadeOnce()
+    void theObjectOfTheScriptIsMadeOnlyOnce()
     {
         QCOMPARE(start("class YumIO:\n"
                        "    base = 1\n"
@@ -188,7 +187,7 @@ private Q_SLOTS:
                          "again: failed"}));
     }
 
-    void missingDatesAreReported()
+    void aMissingDatetimeModuleIsReported()
     {
         QCOMPARE(
             start("class YumIO:\n    base = 1\n", {"import sys; sys.modules['datetime'] = None"}),
@@ -215,7 +214,7 @@ private Q_SLOTS:
         QCOMPARE(log.takeFirst(), QString("log: 3 0   File \"YumIO.py\", line 3, in <module>"));
         QVERIFY2(log.contains(QString::fromUtf8("log: 3 0 ValueError: wr\xc3\xb6ng <b>")),
                  qPrintable(log.join('\n')));
-        // If the script has its own stream, that stream carries the text to the log.
+        // If the script has its own stream, the text reaches the log through this stream.
         log = start("import sys, yumIOC\n"
                     "class Writer:\n"
                     "    def write(self, text): yumIOC.stderrWrite(text)\n"
@@ -226,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList("log: 3 0 Traceback (most recent call last):"));
     }
 
-    void missingRootIsNotMade()
+    void aMissingRootIsReportedAndNotCreated()
     {
         QTemporaryDir directory;
         const QString root = directory.filePath("mistyped");
@@ -290,7 +289,7 @@ private Q_SLOTS:
         QTest::newRow("transactions")
             << remove("dnf", "dnf.Base", "_run_transaction") << "carry out transactions"
             << "Base._run_transaction";
-        // Only an object has this attribute. Making the object needs the configuration.
+        // Only an object has this attribute, and making the object needs the configuration.
         QTest::newRow("of an object") << QByteArray("import dnf\n"
                                                     "def without(self, *arguments, made=dnf.Base.__init__):\n"
                                                     "    made(self, *arguments)\n"

@@ -19,7 +19,7 @@
 
 namespace {
 
-// A worker that runs a function. It ends the loop after the function, or earlier if the function requests
+// A worker that runs a function. It ends the loop after the function, or earlier if the function asks for
 // this.
 class Worker : public QThread
 {
@@ -96,13 +96,14 @@ private:
         QVERIFY(worker.isFinished());
     }
 
-    // A worker calls this. It runs the function in the graphical thread, without waiting for it.
+    // A worker calls this function. It runs the given function in the graphical thread, and does not wait for
+    // it.
     static void later(const std::function<void()>& function)
     {
         QMetaObject::invokeMethod(qApp, function, Qt::QueuedConnection);
     }
 
-    // The traces of an operation: the numbers of log lines and records.
+    // The results of an operation: the numbers of log lines and records.
     QList<int> traces() { return {backEnd->log().count(), yumIO().records.keyCount()}; }
 
     QScopedPointer<BackEnd> backEnd;
@@ -203,7 +204,7 @@ private Q_SLOTS:
         Worker worker(yumIO(), loop, [&] {
             later([&] { delivered.append("before the end"); });
             current->endLoop();
-            // This is time for the loop to end. An earlier end does no harm.
+            // The loop has this much time to end. If it ends earlier, the test is still valid.
             QThread::msleep(50);
             later([&] { delivered.append("after the end"); });
         });
@@ -215,7 +216,7 @@ private Q_SLOTS:
     void lastProgressIsDelivered()
     {
         QVERIFY(backEnd->collect());
-        // The end of the operation makes the bars idle. This is the last event that it posts.
+        // The operation posts its last event when it makes the bars idle.
         QVERIFY(!backEnd->total.isEnabled());
         QVERIFY(!backEnd->item.isEnabled());
         QCOMPARE(backEnd->total.maximum(), 1);
@@ -239,7 +240,7 @@ private Q_SLOTS:
         Worker* current = nullptr;
         Worker worker(yumIO(), loop, [&] {
             current->endLoop();
-            // The loop has ended if it no longer runs an event posted now.
+            // If the loop no longer runs an event that is posted now, it has ended.
             QSemaphore outside;
             for (int i = 0; i < 1000 && !outside.tryAcquire(1, 10); ++i) {
                 later([&] {
@@ -250,7 +251,7 @@ private Q_SLOTS:
             }
             status = std::system(click.constData());
             QThread::msleep(200); // for the click to arrive
-            QSemaphore last;      // nothing refers to "outside" after this
+            QSemaphore last;      // from here on, nothing refers to "outside"
             later([&] { last.release(); });
             last.tryAcquire(1, 10000);
         });
@@ -336,7 +337,7 @@ private Q_SLOTS:
             if (way == 0) {
                 qApp->quit();
             } else if (way == 1) {
-                // The session manager makes the program do this.
+                // The session manager causes this call.
                 QEvent quit(QEvent::Quit);
                 QCoreApplication::sendEvent(qApp, &quit);
             } else {
@@ -356,7 +357,7 @@ private Q_SLOTS:
                     quit.release();
                 });
                 quit.acquire();
-                // This is time for the loop to end, if nothing delays the end.
+                // If nothing delays the end, the loop ends within this time.
                 QThread::msleep(100);
                 {
                     // No user can answer, which means "No".
@@ -373,7 +374,7 @@ private Q_SLOTS:
         QVERIFY(endedBefore);
         QCOMPARE(answer, 0);
         QCOMPARE(conflict, 1);
-        // This does not affect the next operation.
+        // The refusal does not affect the next operation.
         QVERIFY(backEnd->collect());
     }
 
@@ -432,11 +433,11 @@ private Q_SLOTS:
         const QList<int> before = traces();
         QEventLoop loop;
         const QScopedPointer<QThread> thread(make(yumIO(), loop));
-        // A worker that ends before the loop begins does not end the loop.
+        // If a worker ends before the loop begins, it does not end the loop.
         connect(thread.data(), &QThread::finished, &loop, &QEventLoop::quit);
         QList<int> beforeTheLoop;
         {
-            // execWorkThread() does the same, but gives the worker this much time only by chance.
+            // execWorkThread() does the same, but only by chance does the worker get this much time.
             yumIO().blocker.prepare();
             Python::PyThreadStateWrapper released;
             thread->start();

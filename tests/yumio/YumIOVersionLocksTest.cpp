@@ -63,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().versionLocks().fault, QString());
     }
 
-    void unusableAnswerOffersNoLocks()
+    void noLocksAreOfferedIfTheScriptsAnswerIsUnusable()
     {
         backEnd->run("it.locks = ('', ['tool'])");
         QVERIFY(backEnd->collect());

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A stand-in for the package manager. The test that runs it sets all its data and behaviour.
+"""A stand-in for the script and the package manager. The test sets its data and its behaviour.
 
 The object of its class is also the global "it". It records the calls of its methods. If "raises" has an exception for
 the name of a method, the method raises it. If "does" has a function for the name, the method calls it. Otherwise the
@@ -220,5 +220,5 @@ class YumIO:
         return self._called('cleanAll', answer=True)
 
 
-# The program keeps the object that it finds at the start.
+# The program keeps the object that it finds when it starts.
 BASE = Thing()
