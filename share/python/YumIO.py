@@ -146,8 +146,8 @@ class YumIO:
         self.leftOut = []
         # The names of the objects in leftOut, with the reasons; empty until the user confirms the transaction.
         self.leftOutReasons = ''
-        # Pairs from the last collection: an update, and the installed package of another bi-arch class that the update
-        # replaces.
+        # Pairs from the last collection: an update, and the installed package that it replaces although the bi-arch
+        # classes of the two differ.
         self.counterparts = []
         # Pairs from the last collection: an update, and the identifiers of its advisories.
         self.updateAdvisories = []

@@ -173,7 +173,7 @@ void AdvisoryDialogTest::allSecurityUpdatesAreMarkedByKey()
         }
     });
     QTest::keyClick(dialog->windowHandle(), Qt::Key_S, Qt::AltModifier);
-    // The button stays pressed for a moment.
+    // The button is pressed for a moment.
     QTRY_COMPARE(updatesWanted->count(), 1);
     QTRY_VERIFY(QApplication::activeModalWidget() == nullptr);
     QCOMPARE(wanted(), QStringList{"tool"});

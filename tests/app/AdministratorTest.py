@@ -505,7 +505,7 @@ class AdministratorTest(unittest.TestCase):
         self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
                                'xhost is missing\n'.format(self.display.name))
 
-    def test_a_user_without_permission_on_the_display_gets_one_message(self):
+    def test_one_message_is_shown_if_the_user_may_not_use_the_display(self):
         self.start(password=None)
         self.check_not_started('vyre-admin: root cannot be given access to the display {}: it has no cookie, and '
                                'xhost has failed\n'.format(self.display.name))

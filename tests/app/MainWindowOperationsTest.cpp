@@ -215,7 +215,7 @@ void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpressio
     QTRY_VERIFY(shown->isReady());
     QVERIFY(shown->view->hasFocus());
     QVERIFY(!shown->button("&Describe")->isEnabled());
-    // After an apply without marks, the button is disabled.
+    // If no marks are left after an apply, the button is disabled.
     shown->filter(".*");
     shown->click("tool", ActionColumn);
     {

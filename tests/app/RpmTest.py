@@ -50,7 +50,7 @@ class RpmTest(unittest.TestCase):
         self.assertEqual(self.query('--queryformat', '%{NAME} %{VERSION} %{RELEASE} %{LICENSE} %{URL}'),
                          ['vyre {} 1 GPL-2.0-or-later https://vyre.example/'.format(version)])
 
-    def test_it_contains_the_installed_files(self):
+    def test_the_package_contains_the_installed_files(self):
         installed = {'/' + os.path.relpath(os.path.join(directory, name), self.stage)
                      for directory, _, names in os.walk(self.stage) for name in names}
         # rpm compresses manual pages, and links programs by the identifiers of their builds.
@@ -72,19 +72,19 @@ class RpmTest(unittest.TestCase):
         self.assertLessEqual({'/usr/share/doc/vyre/README.md', '/usr/share/doc/vyre/CHANGELOG.md',
                               '/usr/share/man/man8/vyre-admin.8.gz'}, set(self.query('--docfiles')))
 
-    def test_it_requires_the_packages_that_rpm_does_not_detect(self):
+    def test_the_package_requires_the_packages_that_rpm_does_not_detect(self):
         named = {line for line in self.requirements() if '.so' not in line and not line.startswith('rtld(')}
         self.assertEqual(named, {'/usr/bin/python3', '/usr/bin/xhost', 'hicolor-icon-theme', 'polkit', 'python3-dnf',
                                  'python3-rpm'})
         self.assertEqual(sorted(self.query('--recommends')), ['qt5-qttranslations', 'xdg-utils'])
 
-    def test_it_requires_the_libraries_of_the_program(self):
+    def test_the_package_requires_the_libraries_of_the_program(self):
         linked = set(re.findall(r'NEEDED +(\S+)', run('objdump', '-p', os.path.join(self.stage, 'usr/bin/vyre'))))
         self.assertLessEqual({'libQt5Widgets.so.5', 'libarchive.so.13', 'libexpat.so.1'}, linked)
         needed = {line.split('(')[0] for line in self.requirements() if '.so' in line}
         self.assertEqual(needed, linked)
 
-    def test_desktops_find_it(self):
+    def test_desktops_find_the_program(self):
         provided = self.query('--provides')
         for text in ('application(example.vyre.Vyre.desktop)', 'metainfo(example.vyre.Vyre.metainfo.xml)'):
             self.assertIn(text, provided)

@@ -48,7 +48,7 @@ protected:
     QColor backgroundOfLabel() const;
 
     static QMessageBox* aboutBox();
-    // Calls the function, which quits, and checks the state afterwards.
+    // Calls a function that quits the program, and then checks the state.
     void compareQuit(const std::function<void()>& quit);
 
     static Log::Window* logWindow();

@@ -176,8 +176,8 @@ class System:
             threading.Thread(target=self.serve_helper, args=[socket.socket(socket.AF_UNIX)], daemon=True).start()
 
     def serve_helper(self, server):
-        """In newer versions of polkit, systemd starts the process that checks the password, for each connection. The
-        agent does not start this process. This system has no systemd, so this function replaces it.
+        """Start the process that checks the password, once for each connection. In newer versions of polkit, systemd
+        does this and not the agent, but this system has no systemd.
         """
         os.makedirs('/run/polkit', exist_ok=True)
         server.bind('/run/polkit/agent-helper.socket')
@@ -231,7 +231,7 @@ class System:
 
 
 class Display:
-    """An X server that requires its cookie, which is in the file "cookies"."""
+    """An X server that requires a cookie. The cookie is in the file "cookies"."""
 
     def __init__(self, system):
         self.directory = tempfile.mkdtemp(dir=system.scratch)
@@ -291,7 +291,7 @@ class WaylandDisplay(Display):
 
 
 class Agent(threading.Thread):
-    """The authentication agent of a session, with a user who types the password when the agent asks for it."""
+    """The authentication agent of a session, and a user who types the password when the agent asks."""
 
     def __init__(self, process, password):
         super().__init__()

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of tools/check-conventions: a small project follows all conventions, and each test breaks one of them."""
+"""Tests of tools/check-conventions. A small project follows all conventions, and each test breaks one convention."""
 import os
 import subprocess
 import tempfile
@@ -191,7 +191,7 @@ class ConventionsTest(unittest.TestCase):
                     '#include "high/Window.h"\n\n#include <Python.h>\n')
         self.assertEqual(self.found(), ['high/Window.cpp:3: <Python.h> is for python and yumio only'])
 
-    def test_header_of_the_interpreter_through_others_is_found(self):
+    def test_indirect_include_of_the_interpreter_in_a_window_is_found(self):
         for folder, links in (('python', 'Python'), ('yumio', 'vyre_python')):
             self.write(folder + '/CMakeLists.txt',
                        'vyre_library(vyre_{}\n    SOURCES\n    LINKS {})\n'.format(folder, links))
@@ -260,7 +260,7 @@ class ConventionsTest(unittest.TestCase):
                    '// A colour.\n\n#ifndef LOW_THINGCOLOUR_H\n#define LOW_THINGCOLOUR_H\n\n#endif\n')
         self.assertEqual(self.found(), ['low/Thing.h:1: tests/low/ThingTest.cpp is missing'])
 
-    def test_test_without_a_class_is_found(self):
+    def test_test_file_without_its_class_is_found(self):
         self.write('tests/low/GoneTest.cpp', '#include <QtTest>\n')
         self.write('tests/low/CMakeLists.txt', 'vyre_test(Thing LINKS vyre_low)\nvyre_test(Gone LINKS vyre_low)\n')
         self.assertEqual(self.found(), ['tests/low/GoneTest.cpp:1: the class that it tests is missing'])

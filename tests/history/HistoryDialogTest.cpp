@@ -14,7 +14,7 @@
 #include "tests/support/StandIn.h"
 #include "yumio/YumIO.h"
 
-// Tests of the history window. A script without a package manager answers it.
+// Tests of the history window. The window uses a script without a package manager.
 class HistoryDialogTest : public QObject
 {
     Q_OBJECT

@@ -57,7 +57,7 @@ class Gate:
 
 
 class CacheLock:
-    """One of dnf's two locks on the cache, "metadata" or "download". Another process holds it."""
+    """A process that holds one of dnf's two locks on the cache, "metadata" or "download"."""
 
     _HOLD = ('import sys, dnf.lock\n'
              'with getattr(dnf.lock, "build_{}_lock".format(sys.argv[1]))(sys.argv[2], True):\n'

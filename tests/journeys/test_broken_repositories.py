@@ -144,7 +144,7 @@ class MetadataTest(StartTest):
     def test_missing_repomd_is_reported(self):
         self.check_fault(REPOMD, server.status(404), '404')
 
-    def test_repomd_with_a_server_error_is_reported(self):
+    def test_server_error_for_repomd_is_reported(self):
         self.check_fault(REPOMD, server.status(503), '503')
 
     def test_package_list_with_a_wrong_checksum_is_reported(self):

@@ -81,7 +81,7 @@ class GroupsTest(JourneyTest):
         with self.opened('--groups') as window:
             window.mark_listed('Ghosts')
             dialog = window.apply()
-            # The group has only one existing package, which is installed already.
+            # Only one package of the group exists, and this package is already installed.
             self.check_listing(dialog, [], sizes=None, groups={'Installing Groups': ['Ghosts']})
             self.carry_out(window, dialog)
             self.check_unchanged()

@@ -101,7 +101,7 @@ class KillBeforeTest(JourneyTest):
         self.assertIn('Operation aborted', done.stdout.decode())
 
     def check_after_kill(self, program, *locks):
-        """Kill the program, which holds these locks."""
+        """Kill the program while it holds these locks."""
         files = [os.path.join(self.sandbox.root, lock) for lock in locks]
         wait_for(lambda: set(files) <= set(self.locks()), 'the locks')
         number = program.process.pid

@@ -81,7 +81,7 @@ class MarksTest(JourneyTest):
                 window.action_menu(name)
                 window.press_in_menu(chosen)
                 window.wait_action(action, name)
-            # The letter of an action that the menu does not offer has no effect, and the menu stays open.
+            # The menu does not offer the action with this letter. So the key has no effect, and the menu is still open.
             for name, refused in (('pergola', 'ur'), ('barometer', 'i'), ('almanac', 'iu')):
                 for letter in refused:
                     window.action_menu(name)

@@ -172,7 +172,7 @@ class ImpossibleTest(JourneyTest):
             question.wait_input()
             yield window, question
 
-    def test_answering_yes_applies_the_other_marks_and_keeps_the_impossible_one(self):
+    def test_answering_yes_applies_the_other_marks_and_keeps_the_impossible_mark(self):
         with self.asked() as (window, question):
             question.click_button('Yes')
             dialog = window.program.window('Apply')

@@ -42,7 +42,7 @@ def no_core():
 
 
 class RefusedTest(unittest.TestCase):
-    """Runs that end before they show a window. The managed root is a missing directory, which no run may create."""
+    """Runs that end before they show a window. The managed root does not exist, and no run may create it."""
 
     def setUp(self):
         self.scratch = tempfile.mkdtemp(prefix='startup.')
@@ -100,22 +100,22 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('-s', 'x', '-s', 'all', error='unrecogized argument to -s/--state option: x')
         self.check_usage('-s', 'all', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 
-    def test_letter_d_is_documented_and_refused(self):
+    def test_option_d_is_documented_but_refused(self):
         self.check_usage('-d', error='unrecognized option letter: d')
         self.check_usage('-gd', error='unrecognized option letter: d')
 
-    def test_unknown_letter_is_refused(self):
+    def test_unknown_short_option_is_refused(self):
         for letter in 'xdSM?:+W':
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
         self.check_usage('-glx', error='unrecognized option letter: x')
 
-    def test_letter_with_a_missing_argument_is_refused(self):
+    def test_option_with_a_short_form_is_refused_without_its_argument(self):
         for letter, name in (('m', 'mode'), ('e', 'regexp'), ('s', 'state')):
             self.check_usage('-' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('-g', '-l' + letter, error='unrecognized option letter: ' + letter)
             self.check_usage('--' + name, error='unrecognized option letter: ' + letter)
 
-    def test_long_option_without_a_letter_and_with_a_missing_argument_is_refused(self):
+    def test_option_without_a_short_form_is_refused_without_its_argument(self):
         for option in ('--disablerepo', '--enablerepo'):
             self.check_usage(option, error='unrecogized option: ' + option)
 
@@ -181,7 +181,7 @@ class RefusedTest(unittest.TestCase):
                                   else 'vyre: there is no X display: DISPLAY is not set'])
                 self.assertEqual(done.stdout, b'')
 
-    def test_runtime_directory_stays_after_the_usage(self):
+    def test_runtime_directory_is_kept_if_the_program_prints_the_usage(self):
         self.check_usage('--help', unset=['XDG_RUNTIME_DIR'], environment={'TMPDIR': self.scratch})
         self.assertTrue(os.path.isdir(os.path.join(self.scratch, 'xdg_runtime.{}'.format(os.geteuid()))))
 
@@ -210,7 +210,7 @@ class OptionsTest(JourneyTest):
             self.assertEqual(program.titles(), [driver.main_title()])
             self.quit(window)
 
-    def test_without_options_the_defaults_are_used(self):
+    def test_defaults_are_used_without_options(self):
         self.check_settings()
 
     def test_option_state_selects_the_view(self):
@@ -251,7 +251,7 @@ class OptionsTest(JourneyTest):
         self.check_settings('-e', 'häßlich %s', expression='häßlich %s', names=[])
 
     def test_search_starts_with_the_expression_of_the_option(self):
-        # This is part of the path of one package's file. No column of the table contains it.
+        # This text is a part of a path in one package. No column of the table contains the text.
         expression = 'bin/pergola'
         for arguments in (['-m', 'search', '-e', expression], ['-e', expression, '-m', 'search']):
             self.check_settings(*arguments, '-s', 'all', mode='Search', expression=expression, state='View All',

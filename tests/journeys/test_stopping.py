@@ -213,7 +213,7 @@ class WithoutRepositoriesTest(StartTest):
             wait_for(lambda: 'pergola' in window.names(), 'the packages of the repository')
             self.quit(window)
 
-    def test_without_a_network_the_installed_packages_are_listed(self):
+    def test_installed_packages_are_listed_without_a_network(self):
         self.sandbox.clear_cache()
         self.sandbox.stop()
         with self.program('--disablerepo=sandbox-file') as program:

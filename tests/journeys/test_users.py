@@ -68,8 +68,8 @@ class UserTest(JourneyTest):
         before = self.all_files()
         with self.run_by(AS_NOBODY) as program:
             window = program.ready()
-            # Before the user marks a package, a notice next to the menus already reports this. Assistive programs do
-            # not see the notice.
+            # Before the user marks a package, a notice already reports that the program does not run as root. Assistive
+            # programs do not see this notice.
             self.picture('not-root-notice')
             self.assertIn('VYRE cannot change packages, because it does not run as root', self.read_log(window))
             window.show_all()

@@ -32,7 +32,7 @@ class VersionLocksTest(JourneyTest):
     def version(self, window, name):
         return next(row[1] for row in window.rows() if row[0] == name)
 
-    def test_locked_package_stays_at_its_version(self):
+    def test_locked_package_is_not_updated(self):
         self.use_plug_in()
         with self.opened() as window:
             window.set_filter('^(abacus-cli|barometer|quillbase) ')
@@ -83,7 +83,7 @@ class VersionLocksTest(JourneyTest):
             window.action_menu('abacus-cli')
             shown = window.program.popups()
             driver.key('l')
-            # The menu stays open, because no entry has this letter.
+            # The menu is still open, because no entry has this letter.
             window.press_in_menu('Escape')
             self.assertEqual(len(shown - window.program.popups()), 1)
             self.assertEqual(self.version(window, 'abacus-cli'), '3.3.0-2')

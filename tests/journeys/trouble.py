@@ -65,7 +65,7 @@ class StartTest(JourneyTest):
         self.assertEqual(window.row_count(), 0)
 
     def check_refresh_helps(self, window):
-        """After the fault is corrected, the next reading lists all packages."""
+        """Check that a refresh lists all packages when the fault is corrected."""
         window.click_button('Refresh')
         self.check_usable(window)
 

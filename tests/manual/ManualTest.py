@@ -257,7 +257,7 @@ class ManualTest(unittest.TestCase):
         self.assertEqual(len(re.findall(r'(?m)^\|', table)), 1 + 3 * len(points))
         text = sources.read('docs', 'dnf.md')
         named = re.findall(r'\*Different\* \[([^]]+)\]: ', text)
-        # The first use of the word explains it.
+        # The page has the word once more, where it explains the word.
         self.assertEqual(text.count('*Different*'), 1 + len(named))
         self.assertEqual(sorted(set(named) - set(points)), [], 'rows of docs/dnf.md without a row of the manual')
         self.assertEqual(sorted(set(points) - set(named)), [], 'rows of the manual without a row of docs/dnf.md')
@@ -373,7 +373,7 @@ class BuildTest(unittest.TestCase):
     def test_build_prints_no_messages(self):
         self.assertEqual((self.status, self.output), (0, ''))
 
-    def test_the_page_refers_to_existing_things(self):
+    def test_the_page_refers_only_to_existing_files_and_anchors(self):
         with open(os.path.join(self.built, 'html', 'index.html'), encoding='utf-8') as stream:
             text = re.sub(r'(?s)/\*.*?\*/', '', stream.read())
         page = Page(text)

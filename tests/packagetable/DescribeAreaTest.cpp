@@ -411,7 +411,7 @@ void DescribeAreaTest::dialogCannotBeClosedWhileFilesAreLoading()
         timer.start(5);
         QCOMPARE(textBehind(buttonBeside(shown, "Files")).value(0), QString("editor 3:9-4 File List"));
         QCOMPARE(seen, (QStringList{"cannot be closed", "not closed", "still there", "1"}));
-        // After the loading, the dialog can be closed.
+        // When the files are loaded, the dialog can be closed.
         press(buttonNamed(shown, "Close"));
         QVERIFY(!shown.isVisible());
     });

@@ -50,7 +50,7 @@ private Q_SLOTS:
     void clickingTheActionOfAnExcludedPackageShowsTheReason();
     void clickingOtherColumnsSetsNoAction();
     void theRightButtonSetsNoAction();
-    void aMovedActionColumnStaysTheActionColumn();
+    void theActionColumnStillSetsActionsAfterItWasMoved();
     void aChangeOfTheCurrentRowIsSignalled();
     void aChangeOfTheCurrentColumnIsNotSignalled();
     void aSignalReportsThatNoRowIsCurrentAnyMore();
@@ -277,7 +277,7 @@ void ViewTest::theRightButtonSetsNoAction()
     QCOMPARE(table->entry("tool").action, Package::None);
 }
 
-void ViewTest::aMovedActionColumnStaysTheActionColumn()
+void ViewTest::theActionColumnStillSetsActionsAfterItWasMoved()
 {
     view->horizontalHeader()->moveSection(0, 3);
     shown->click("tool", StateColumn);

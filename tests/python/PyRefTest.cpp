@@ -40,7 +40,7 @@ private Q_SLOTS:
         Py_CLEAR(object);
     }
 
-    void isEmptyByDefaultAndForNull()
+    void aReferenceIsEmptyByDefaultAndForNull()
     {
         QVERIFY(!PyRef());
         QVERIFY(PyRef().get() == nullptr);

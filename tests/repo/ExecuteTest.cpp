@@ -202,7 +202,7 @@ void ExecuteTest::theStartedProgramIsNotAChildOfThisProcess()
     const QByteArray parent = read("parent").trimmed();
     QVERIFY(parent.toInt() > 0);
     QVERIFY(parent.toInt() != int(getpid()));
-    // This process has no child, neither running nor dead.
+    // This process has no child: no running child, and no dead child.
     QCOMPARE(waitpid(-1, nullptr, WNOHANG), pid_t(-1));
     QCOMPARE(errno, ECHILD);
     const int gate = open(QFile::encodeName(path("gate")).constData(), O_WRONLY);

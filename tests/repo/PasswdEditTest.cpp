@@ -238,7 +238,7 @@ void PasswdEditTest::changesAreSignalled()
     QCOMPARE(changes->size(), 3);
 }
 
-void PasswdEditTest::aChangeThatLeavesTheShownTextIsSignalledToo()
+void PasswdEditTest::aChangeOfOnlyTheRealTextIsSignalledToo()
 {
     goTo(passwordBegin);
     press(Qt::Key_Right, Qt::ShiftModifier);

@@ -27,7 +27,7 @@ private Q_SLOTS:
     void theHiddenEditIsDeletedWithTheShownEdit();
     void theEditAcceptsNoDropsAndHasNoMenu();
     void changesAreSignalled();
-    void aChangeThatLeavesTheShownTextIsSignalledToo();
+    void aChangeOfOnlyTheRealTextIsSignalledToo();
 
     void typedTextIsInsertedIntoThePassword();
     void typedTextReplacesASelectedPartOfThePassword();
@@ -80,7 +80,7 @@ protected:
     virtual void setRealText(QWidget* of, const QString& real) const = 0;
     virtual const char* changeSignal() const = 0;
 
-    // These functions also work for the ordinary and the hidden edit.
+    // These functions also accept the ordinary edit and the hidden edit.
     virtual QList<QWidget*> editsIn(const QWidget* window) const = 0;
     virtual QString textOf(const QWidget* of) const = 0;
     virtual void setText(QWidget* of, const QString& shown) const = 0;

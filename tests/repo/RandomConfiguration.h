@@ -11,7 +11,7 @@
 #include <QRandomGenerator>
 #include <QString>
 
-// One section with its expected values after reading.
+// A section, with the values that it must have after a read.
 struct Section
 {
     QString id;

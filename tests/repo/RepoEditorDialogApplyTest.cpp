@@ -8,7 +8,7 @@
 
 using namespace RepoEditor;
 
-// Tests of OK and Apply, which write the list.
+// Tests of the OK and Apply buttons, which write the list.
 class RepoEditorDialogApplyTest : public ShownEditor
 {
     Q_OBJECT

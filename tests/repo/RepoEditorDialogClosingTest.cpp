@@ -7,7 +7,7 @@
 
 using namespace RepoEditor;
 
-// Tests of Reset All, Cancel and closing the window, which discard unapplied changes.
+// Tests of discarding unapplied changes: with Reset All, with Cancel and by closing the window.
 class RepoEditorDialogClosingTest : public ShownEditor
 {
     Q_OBJECT

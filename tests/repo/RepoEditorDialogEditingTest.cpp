@@ -26,7 +26,7 @@ private Q_SLOTS:
     void theMenuEditsTheRepository();
     void theMenuEditsNothingIfItIsOpenedBelowTheLastRow();
     void cancelledEditingChangesNothing();
-    void anEditedRepositoryStaysSorted();
+    void theListIsStillSortedAfterAnEdit();
     void anAddedRepositoryIsListed();
     void anAddedRepositoryWithoutAnIdentifierIsShownAsNew();
     void cancelledAddingChangesNothing();
@@ -207,7 +207,7 @@ void RepoEditorDialogEditingTest::cancelledEditingChangesNothing()
     QVERIFY(!session.contains(QStringLiteral("other")));
 }
 
-void RepoEditorDialogEditingTest::anEditedRepositoryStaysSorted()
+void RepoEditorDialogEditingTest::theListIsStillSortedAfterAnEdit()
 {
     QVERIFY(run([this] {
                 click(QStringLiteral("extras"));

@@ -24,12 +24,13 @@ class ShownForm : public QObject
 protected:
     const QString vantorUrl = QStringLiteral("http://h/vantor?user=bob&word=secret&path=/x");
 
-    // Three repositories: without credentials, with vantor credentials, and with other kinds of passwords.
+    // Three repositories: one without credentials, one with vantor credentials, and one with other kinds of
+    // passwords.
     static Repo::Entry usual();
     Repo::Entry vantor() const;
     static Repo::Entry withPasswords();
     static bool sameFields(const Repo::Entry& left, const Repo::Entry& right);
-    // The status text of the form, and whether the form shows it.
+    // The form's status text, and whether this text is visible.
     QString status(bool* shown = nullptr) const;
 
     std::unique_ptr<QTemporaryDir> root;

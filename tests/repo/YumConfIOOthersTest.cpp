@@ -197,7 +197,7 @@ void YumConfIOOthersTest::unreadSectionsAreKeptAfterAFailedRead()
     QVERIFY(!conf->read(window.get()));
     user->seen.clear();
     const auto before = snapshot();
-    // One file was read up to its error. The other file was not read.
+    // VYRE has read one file up to its error, and has not read the other file.
     QCOMPARE(conf->entries.size(), 2);
     entry(QStringLiteral("m")).name = QStringLiteral("M");
     QVERIFY(!conf->write(window.get()));

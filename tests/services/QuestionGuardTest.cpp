@@ -55,8 +55,8 @@ private Q_SLOTS:
 
     void inputInTheFirstMomentIsIgnored_data();
     void inputInTheFirstMomentIsIgnored();
-    void inputIsTakenAfterTheFirstMoment_data();
-    void inputIsTakenAfterTheFirstMoment();
+    void inputHasItsEffectAfterTheFirstMoment_data();
+    void inputHasItsEffectAfterTheFirstMoment();
     void theRepetitionsOfAHeldKeyAreIgnored();
     void theRepetitionsOfAHeldKeyAreIgnoredEvenIfQtDoesNotRecogniseThem();
     void aKeyThatIsHeldSinceTheFirstMomentIsIgnored();
@@ -133,7 +133,7 @@ void QuestionGuardTest::addInput()
     QTest::newRow("screen reader") << 6;
 }
 
-void QuestionGuardTest::inputIsTakenAfterTheFirstMoment_data()
+void QuestionGuardTest::inputHasItsEffectAfterTheFirstMoment_data()
 {
     addInput();
 }
@@ -190,7 +190,7 @@ void QuestionGuardTest::inputInTheFirstMomentIsIgnored()
     QVERIFY(dialog->isVisible());
 }
 
-void QuestionGuardTest::inputIsTakenAfterTheFirstMoment()
+void QuestionGuardTest::inputHasItsEffectAfterTheFirstMoment()
 {
     QFETCH(int, input);
     show();

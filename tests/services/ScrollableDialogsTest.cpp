@@ -241,7 +241,7 @@ void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely()
 {
     QFETCH(QString, family);
     const FontScope font(family);
-    // This is more than two thirds of the screen, Qt's default for the largest size of a window.
+    // The text needs more than two thirds of the screen, which is Qt's default limit for a window.
     const QSize wanted = Metrics::maxWindowSize() * 85 / 100;
     QLabel measured;
     measured.setTextFormat(Qt::PlainText);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// All functions run in one process, in this order, because an unattended program stays unattended.
+// All functions run in one process, in this order, because an unattended program never becomes attended
+// again.
 
 #include "services/Unattended.h"
 

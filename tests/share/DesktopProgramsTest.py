@@ -340,7 +340,7 @@ class UserTest(DesktopTest):
             self.assertEqual(self.refused('webbrowser', 'http://h/', environment={'PKEXEC_UID': uid}),
                              'the user {} of PKEXEC_UID does not exist'.format(uid))
 
-    def test_an_ordinary_user_stays_the_same_user(self):
+    def test_the_program_runs_as_the_same_user_if_the_user_is_not_root(self):
         daemon = pwd.getpwnam('daemon')
         facts = self.opened('webbrowser', 'http://h/', user=daemon,
                             environment={'ANYTHING': 'kept', 'PKEXEC_UID': str(NOBODY.pw_uid)})

@@ -18,7 +18,7 @@ import scenario  # noqa: E402
 
 
 def main():
-    """Runs the tests that the command line names as module.class.method. Without arguments, it runs all tests."""
+    """Runs the tests that the command line names as module.class.method, or all tests if it names none."""
     loader = unittest.defaultTestLoader
     if len(sys.argv) > 1:
         tests = loader.loadTestsFromNames(sys.argv[1:])

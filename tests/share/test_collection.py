@@ -71,7 +71,7 @@ class LeftoversTest(ScenarioTest):
         self.assertEqual(self.reports(), ["The last transaction, begun on %s, was interrupted.\n"
                                           "Mark and apply its remaining changes again."
                                           % time.ctime(86400)])
-        # After another transaction, the interrupted transaction is not the last one.
+        # After another transaction, the interrupted transaction is no longer the last transaction.
         self.apply(installs=["astrolabe"])
         self.collect_again()
         self.assertEqual(self.reports(), [])
@@ -387,7 +387,7 @@ class CollectionTest(ScenarioTest):
                 self.assertIs(type(entry["timestamp"]), datetime.datetime)
 
     @in_own_process
-    def test_change_logs_of_all_repositories_can_be_loaded_at_once(self):
+    def test_change_logs_of_all_repositories_can_be_loaded_together(self):
         self.started()
         self.assertTrue(self.yumio.collectOtherData())
         self.yumio.cleanAll()

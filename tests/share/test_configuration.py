@@ -189,7 +189,7 @@ class ConfigurationTest(ScenarioTest):
         self.assertEqual(self.load().base.conf.releasever, "9")
 
     @in_own_process
-    def test_without_a_release_package_the_release_file_is_used(self):
+    def test_the_release_file_is_used_if_the_release_package_is_missing(self):
         self.sandbox.rpm("-e", "--justdb", "--nodeps", "larkspur-release")
         self.write("/etc/os-release", 'NAME=x\nVERSION_ID="7.2"\n')
         self.write("/etc/yum.repos.d/more.repo", "[more-$releasever]\nname=x\nbaseurl=file:///$releasever\n")

@@ -35,7 +35,7 @@ class ExcludedTest(ScenarioTest):
             self.assertNotIn("anvil-make", names(packages))
 
     @in_own_process
-    def test_without_exclusions_no_package_is_excluded(self):
+    def test_no_package_is_excluded_by_default(self):
         self.started_without()
         self.assertEqual(self.excluded, [])
 

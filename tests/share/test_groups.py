@@ -92,7 +92,7 @@ class WithoutGroupsTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_without_groups_in_repositories_nothing_is_reported(self):
+    def test_nothing_is_reported_if_repositories_have_no_groups(self):
         self.index("sandbox-http")
         self.break_groups()
         self.yumio.lock()

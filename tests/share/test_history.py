@@ -250,7 +250,7 @@ class DownloadedPackagesTest(OutcomeTest):
         self.assertEqual((self.downloaded(), self.recorded()), ([], []))
 
     @in_own_process
-    def test_after_a_failed_package_the_same_downloads_are_kept_as_by_dnf(self):
+    def test_vyre_and_dnf_keep_the_same_downloads_after_a_failed_package(self):
         twin = self.twin()
         self.assertEqual(self.command(twin, "install", "brokenlatch"), 1)
         self.started()

@@ -138,8 +138,8 @@ class UpdatesTest(QuestionTest):
                          "Nothing was changed. All marks stay.")
 
     def refusal_of(self, **actions):
-        """The message about a refusal that changes nothing. The names of repositories are removed, because only newer
-        versions of dnf add them.
+        """The message about a refusal. Nothing may have changed. Repository names are removed from the message, because
+        only newer versions of dnf add them.
         """
         before = self.sandbox.installed()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
@@ -225,7 +225,7 @@ class UpdatesTest(QuestionTest):
         named = "nothing provides x needed by y-1-1.noarch"
         best = "cannot install the best candidate for the job"
         self.assertEqual(clearest(["conflicting requests", best, named]), [named, best])
-        # This line is kept if it is the only line.
+        # If this line is the only line, it is kept.
         self.assertEqual(clearest(["conflicting requests"]), ["conflicting requests"])
         self.assertEqual(clearest(["b", "a"]), ["b", "a"])
         self.assertEqual(clearest([]), [])

@@ -326,7 +326,7 @@ class WaitTest(ScenarioTest):
         raise KeyboardInterrupt()
 
     @in_own_process
-    def test_the_wait_for_metadata_can_be_ended(self):
+    def test_the_user_can_end_the_wait_for_the_metadata_lock(self):
         import dnf.exceptions
 
         self.check_ended("metadata", self.collect_again, dnf.exceptions.RepoError, lambda: False)
@@ -352,17 +352,17 @@ class WaitTest(ScenarioTest):
         self.let_go()
 
     @in_own_process
-    def test_the_wait_for_downloads_can_be_ended(self):
+    def test_the_user_can_end_the_wait_for_the_download_lock(self):
         import dnf.exceptions
 
         self.check_ended("download", self.install, dnf.exceptions.Error, lambda: False)
 
     @in_own_process
-    def test_the_end_of_the_program_ends_the_wait_for_metadata(self):
+    def test_the_end_of_the_program_ends_the_wait_for_the_metadata_lock(self):
         self.check_ended("metadata", self.collect_again, KeyboardInterrupt, self.interrupt)
 
     @in_own_process
-    def test_the_end_of_the_program_ends_the_wait_for_downloads(self):
+    def test_the_end_of_the_program_ends_the_wait_for_the_download_lock(self):
         self.check_ended("download", self.install, KeyboardInterrupt, self.interrupt)
 
     def cached(self):
@@ -381,11 +381,11 @@ class WaitTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_cleaning_waits_for_metadata(self):
+    def test_cleaning_waits_for_the_metadata_lock(self):
         self.check_cleaning_waits("metadata")
 
     @in_own_process
-    def test_cleaning_waits_for_downloads(self):
+    def test_cleaning_waits_for_the_download_lock(self):
         self.check_cleaning_waits("download")
 
     def check_cleaning_ended(self, kind):
@@ -403,15 +403,15 @@ class WaitTest(ScenarioTest):
         self.check_ended(kind, clean, dnf.exceptions.LockError, lambda: False)
 
     @in_own_process
-    def test_nothing_is_cleaned_when_the_wait_for_metadata_is_ended(self):
+    def test_nothing_is_cleaned_if_the_user_ends_the_wait_for_the_metadata_lock(self):
         self.check_cleaning_ended("metadata")
 
     @in_own_process
-    def test_nothing_is_cleaned_when_the_wait_for_downloads_is_ended(self):
+    def test_nothing_is_cleaned_if_the_user_ends_the_wait_for_the_download_lock(self):
         self.check_cleaning_ended("download")
 
     @in_own_process
-    def test_change_logs_wait_for_metadata(self):
+    def test_the_script_waits_for_the_metadata_lock_before_it_reads_change_logs(self):
         self.started()
         self.hold("metadata")
         self.set_wait(lambda: self.let_go() or True)
@@ -420,7 +420,7 @@ class WaitTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
-    def test_the_wait_of_change_logs_for_metadata_can_be_ended(self):
+    def test_the_user_can_end_the_wait_for_the_lock_before_change_logs_are_read(self):
         self.started()
         tagsoup = self.package(self.available, "tagsoup")
         self.hold("metadata")

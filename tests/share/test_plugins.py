@@ -121,7 +121,7 @@ class HooksTest(PlugInsTest):
         self.assertEqual(self.recorded_calls(), first[-1:])
 
     @in_own_process
-    def test_plug_ins_are_loaded_again_after_a_transaction_replaced_one(self):
+    def test_plug_ins_are_loaded_again_after_a_transaction_has_replaced_a_plug_in(self):
         self.write_plug_in("probe", PROBE)
         self.write_plug_in("other", raising("transaction", "os.rename(%r, %r)" % (
             os.path.join(self.plugins, "probe.py"), os.path.join(self.plugins, "moved.py"))))
@@ -333,7 +333,7 @@ class FailuresTest(PlugInsTest):
                 self.collect()
 
     @in_own_process
-    def test_a_plug_in_that_exits_before_a_transaction_prevents_it(self):
+    def test_a_plug_in_that_exits_before_a_transaction_prevents_the_transaction(self):
         for hook in ("resolved", "pre_transaction"):
             for statement in ("sys.exit('enough')", "raise KeyboardInterrupt('enough')"):
                 self.write_plug_in("crooked", raising(hook, statement))
@@ -411,7 +411,8 @@ class RealPlugInsTest(ScenarioTest):
         self.assertEqual(os.listdir(os.path.join(self.directory, "kept")), ["astrolabe-5.6-1.x86_64.rpm"])
 
     def use_settings(self, settings):
-        # This plug-in writes the available packages to a file of the running system, even with a managed root.
+        # Even with a managed root, this plug-in writes a list of the available packages to a file of the running
+        # system.
         with open(os.path.join(settings, "generate_completion_cache.conf"), "w") as stream:
             stream.write("[main]\nenabled=0\n")
         self.configure("plugins=1", "pluginconfpath=" + settings)

@@ -160,7 +160,7 @@ class StoppingTest(ScenarioTest):
         self.package(self.installed, "gargantua")
 
     @in_own_process
-    def test_a_stop_before_the_question_prevents_it(self):
+    def test_a_stop_prevents_a_later_question(self):
         self.load_stoppable()
         self.collect()
         resolve = self.module("resolving").resolveMarks
@@ -183,7 +183,7 @@ class StoppingTest(ScenarioTest):
 
 
 class WithoutRepositoriesTest(ScenarioTest):
-    """Repositories that fail, and the question whether to go on without them."""
+    """Failing repositories, and the question whether to go on without them."""
 
     def load_asking(self, *answers):
         self.asked = []

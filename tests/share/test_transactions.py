@@ -257,7 +257,7 @@ class GroupTest(ScenarioTest):
 
     @needs_groups
     @in_own_process
-    def test_a_group_is_removed_with_the_packages_that_came_with_it(self):
+    def test_a_group_is_removed_with_the_packages_that_it_has_installed(self):
         self.started()
         changed = self.changes(self.apply, group_removes=["arts"])
         self.assertEqual(changed, (set(), {"easel-1.1-1.noarch", "palette-knife-1.0-1.noarch"}))

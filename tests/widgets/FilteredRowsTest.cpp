@@ -58,7 +58,7 @@ private Q_SLOTS:
     void theExpressionMatchesTheJoinedColumns_data();
     void theExpressionMatchesTheJoinedColumns();
     void theExpressionAlsoMatchesTextThatIsNotShown();
-    void anInvalidExpressionListsNothingAndSaysWhy();
+    void anInvalidExpressionListsNothingAndHasAnErrorText();
     void rowsAreSortedByNumberTimeAndText();
     void equalRowsKeepTheirOrder();
     void rowsAreMappedToTheirSourceAndBack();
@@ -120,7 +120,7 @@ void FilteredRowsTest::theExpressionAlsoMatchesTextThatIsNotShown()
     QCOMPARE(firstColumn(rows), QStringList({"1"}));
 }
 
-void FilteredRowsTest::anInvalidExpressionListsNothingAndSaysWhy()
+void FilteredRowsTest::anInvalidExpressionListsNothingAndHasAnErrorText()
 {
     FixedTable table({{"a", 1}});
     FilteredRows rows;

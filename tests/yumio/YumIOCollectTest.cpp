@@ -460,7 +460,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().count(), 0);
     }
 
-    void missingSetOfPackagesIsReported()
+    void aMissingListOfPackagesIsReported()
     {
         backEnd->run("it.does['collectAll'] = lambda: Thing(installed=[Package('tool')])");
         QVERIFY(!backEnd->collect());

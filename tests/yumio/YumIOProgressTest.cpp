@@ -327,7 +327,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("seen[0][1]"), QString("Preparing to Run Transaction (0%) 0/1"));
     }
 
-    void everyFlagExceptFalseMeansATest()
+    void everyArgumentExceptFalseMeansATestTransaction()
     {
         QVERIFY(!apply("for flag in (False, True, None, 0, '', False):\n"
                        "    yumIOC.rpmtransInit(flag)\n"

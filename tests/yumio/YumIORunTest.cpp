@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(log, QStringList({"1 0 next", "1 0 next of the script", "3 0 next trouble"}));
     }
 
-    void anUnfinishedLineBeforeAnOperationDoesNotBelongToIt()
+    void anUnfinishedLineBeforeAnOperationIsLoggedBeforeTheOperation()
     {
         const int before = logLength();
         backEnd->run("sys.stdout.write('idle words')");

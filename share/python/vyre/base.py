@@ -62,7 +62,7 @@ class Base(dnf.Base):
         self._plugInStamp = None
 
     def renew(self, conf):
-        """Begin again with another configuration. The object stays the same, because the program refers to it."""
+        """Begin again with another configuration, but keep the object, because the program refers to it."""
         kept = self.remarks, self._remarked
         self.end()
         forgetPlugIns()
@@ -264,7 +264,7 @@ class Base(dnf.Base):
             repo.disable()
             return
         before = self._cacheStamp(repo)
-        # The check comes first: the packages of a repository stay in the sack even if the repository is disabled later.
+        # The check comes first: even if a repository is disabled later, its packages are still in the sack.
         if self._isNewerThanCache(repo):
             self._checkPackages(repo)
         try:
@@ -362,7 +362,7 @@ class Base(dnf.Base):
 
     def problems(self):
         """The reasons why the last resolution has failed: a list of lines for each reason."""
-        # This call crashes the process if the goal was not run.
+        # If the goal was not run, this call crashes the process.
         return [clearest(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
 
     def _goal2transaction(self, goal):

@@ -89,7 +89,7 @@ def groupsCanBeRead():
 
 
 class WithoutGroups(dnf.comps.Comps):
-    """Replaces dnf's groups on a system where dnf cannot read them. The object is always empty."""
+    """An empty object that replaces dnf's groups on a system where dnf cannot read groups."""
 
     def __len__(self):
         return 0

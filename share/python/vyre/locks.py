@@ -206,7 +206,7 @@ def hasEnded(number):
 
 
 def usesPackages(number):
-    """Whether a process has loaded rpm's library. Every holder of a lock has loaded it. True if this is unknown."""
+    """Whether a process has loaded rpm's library, as every holder of a lock has. True if this is unknown."""
     try:
         with open('/proc/{}/maps'.format(number), 'rb') as maps:
             return any(b'/librpm' in line for line in maps)

@@ -29,8 +29,8 @@ def documentPath(repo, kind):
         return None
 
 
-# The file name endings of uncompressed documents. The script cannot unpack documents with unknown endings, such as
-# .zck. Only dnf reads them.
+# The file name endings of uncompressed documents. The script cannot unpack documents with other, unknown endings, such
+# as .zck. Only dnf can read such documents.
 PLAIN = ('', '.xml', '.yaml', '.yml')
 
 COMPRESSED = {'.gz': gzip.open, '.bz2': bz2.open, '.xz': lzma.open}

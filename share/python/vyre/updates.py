@@ -22,8 +22,8 @@ def biArchOf(base, arch):
 
 
 def findUpdates(base):
-    """Returns the updates, and a list of pairs. A pair is an update, and the installed package of another bi-arch class
-    that the update replaces.
+    """Returns the updates, and a list of pairs: an update, and the installed package that it replaces although the
+    bi-arch classes of the two differ.
     """
     query = base.sack.query()
     try:
