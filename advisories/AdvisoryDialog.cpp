@@ -43,7 +43,7 @@ AdvisoryDialog::AdvisoryDialog(YumIO* backEnd, QWidget* parent)
     layout->addLayout(row);
     const auto addButton = [this, row](const QString& text, const QString& toolTip, const char* slot) {
         auto* button = new QPushButton(text, this);
-        button->setAutoDefault(false); // Enter belongs to the list and the expression
+        button->setAutoDefault(false); // Enter is for the list and the expression field
         button->setToolTip(Literal::toolTip(toolTip));
         connect(button, SIGNAL(clicked()), this, slot);
         row->addWidget(button);
@@ -59,7 +59,8 @@ AdvisoryDialog::AdvisoryDialog(YumIO* backEnd, QWidget* parent)
                                SLOT(markSecurity()));
     row->addStretch(1);
     addButton(tr("&Close"), tr("Close the window; the marks stay"), SLOT(reject()));
-    // With a focus proxy, the Tab key goes from the last button to the table and never to the expression.
+    // If the list had a focus proxy, the Tab key would go from the last button to the table and never to the
+    // expression field.
     list->setFocusProxy(nullptr);
     list->tableView()->setFocus();
     updateButtons();
@@ -145,7 +146,7 @@ void AdvisoryDialog::mark(const QVector<Advisory>& advisories)
 
 void AdvisoryDialog::keyPressEvent(QKeyEvent* event)
 {
-    // No button is the default: a dialog would otherwise press one for Enter in the expression.
+    // A default button would be pressed by Enter in the expression field. Therefore no button is the default.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         event->accept();
         return;

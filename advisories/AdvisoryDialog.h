@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The window of the advisories: those of the repositories that concern installed packages, the details of the
-// current one, and the buttons that mark the updates which advisories ask for.
+// The advisory window. It lists the repositories' advisories about installed packages, shows the details of
+// the current advisory, and has buttons that mark the requested updates.
 //
-// It is modal, so the records and advisories do not change while it is open. It changes no record itself: it
-// reports the records to mark.
+// It is modal, so the records and the advisories do not change while it is open. It does not change records:
+// its signal reports the records to mark.
 //
-// Graphical thread; the main window makes it on the first request and keeps it.
+// It lives on the graphical thread. The main window creates it on the first request and owns it.
 
 #ifndef ADVISORIES_ADVISORYDIALOG_H
 #define ADVISORIES_ADVISORYDIALOG_H
@@ -31,14 +31,14 @@ class AdvisoryDialog : public QDialog
     Q_OBJECT
 
 public:
-    // The back end is not owned.
+    // The main window owns the back end.
     AdvisoryDialog(YumIO* backEnd, QWidget* parent);
 
-    // Shows the advisories that the back end has read. The same advisory stays the current one.
+    // Shows the advisories that the back end has read. The current advisory stays current.
     void load();
 
 Q_SIGNALS:
-    // The user wants to update these records.
+    // Emitted when the user wants to update these records.
     void updatesWanted(const QVector<Package::Entry*>& entries);
 
 protected:
@@ -59,7 +59,7 @@ private:
     AdvisoryModel* model;
     FilteredList* list;
     HTextEdit* details;
-    PlainLabel* resultLabel; // what the last button has done
+    PlainLabel* resultLabel; // the result of the last button press
     QPushButton* markButton;
     QPushButton* securityButton;
 };

@@ -31,7 +31,7 @@ QString AdvisoryMarker::refusal(const YumIO& yumIO, const Package::Entry* entry)
     if (yumIO.isLeftToUser(*entry)) {
         return tr("%1: a package of another name replaces it; decide in the table");
     }
-    // The user has chosen this. A button for many rows must not change it without a word.
+    // The user has chosen the removal. A button that changes many rows must not replace this choice silently.
     return entry->action == Package::Remove ? tr("%1: it is marked for removal") : QString();
 }
 

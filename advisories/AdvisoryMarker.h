@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Finds the records that advisories ask to update, and says why it finds none for a package.
+// Finds the records of the updates that advisories request. If a package has no such record, reports the
+// reason.
 //
-// Graphical thread, while no worker runs; no state.
+// Only the graphical thread uses it, while no worker runs. It has no state.
 
 #ifndef ADVISORIES_ADVISORYMARKER_H
 #define ADVISORIES_ADVISORYMARKER_H
@@ -26,16 +27,17 @@ class AdvisoryMarker
 public:
     struct Found
     {
-        QVector<Package::Entry*> entries; // each once; all permit the action Update
-        QStringList refusals;             // a line for each other package that is not installed
+        QVector<Package::Entry*> entries; // without duplicates; all permit the Update action
+        QStringList refusals;             // a line for each package whose update cannot be marked
     };
 
     static Found find(YumIO& yumIO, const QVector<Advisory>& advisories);
-    // The state of a package of an advisory, as a line.
+    // Returns one line about the state of a package that an advisory names.
     static QString described(const Advisory::Package& package);
 
 private:
-    // Why the record must not be marked; empty if it can be.
+    // Returns the reason why the record must not be marked, with %1 for the package. The string is empty if
+    // the record may be marked.
     static QString refusal(const YumIO& yumIO, const Package::Entry* entry);
 };
 

@@ -75,7 +75,7 @@ QVariant AdvisoryModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return text(advisory, index.column());
     case Qt::ForegroundRole:
-        // As the table of packages shows outdated packages.
+        // The package table shows outdated packages in the same colour.
         return advisory.security && !advisory.isInstalled()
                    ? QVariant(QColor(Colors::readable(Colors::error(), background)))
                    : QVariant();

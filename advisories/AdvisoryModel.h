@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The table of advisories: one row each, the newest first. The rows match an expression also by CVE and bug
-// numbers, packages and description.
+// The table of advisories. Each row is one advisory; the newest advisory comes first. An expression is also
+// matched against the CVE and bug numbers, the packages and the description.
 //
-// Graphical thread; owned by its Qt parent. It owns a copy of the advisories.
+// It lives on the graphical thread; its Qt parent owns it. It owns a copy of the advisories.
 
 #ifndef ADVISORIES_ADVISORYMODEL_H
 #define ADVISORIES_ADVISORYMODEL_H
@@ -27,7 +27,7 @@ public:
     const QVector<Advisory>& all() const { return advisories; }
     // The row must exist.
     const Advisory& advisory(int row) const { return advisories.at(row); }
-    // The row of an identifier; -1 without it.
+    // Returns the row of the advisory with this identifier, or -1 if no advisory has it.
     int rowOf(const QString& id) const;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -35,9 +35,10 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // Everything about an advisory, as plain text.
+    // Returns all details of an advisory as plain text.
     QString details(int row) const;
-    // The background of the rows, on which the colour of missing security updates must be readable.
+    // Sets the background of the rows. The colour of missing security updates is then readable on this
+    // background.
     void setBackground(const QColor& color);
 
 private:

@@ -18,7 +18,7 @@ namespace {
 
 ApplicationStart* current = nullptr;
 
-// Returns the name of the display that cannot be opened, or a null text if the messages report another
+// Returns the name of the display that cannot be opened, or a null string if the messages report another
 // problem.
 QString missingDisplay(const QStringList& texts)
 {
@@ -34,7 +34,7 @@ QString missingDisplay(const QStringList& texts)
 }
 
 // Returns whether the arguments ask for help. Their number is unknown, because Qt may have removed some of
-// them. A null pointer ends them.
+// them. A null pointer ends the list.
 bool asksForHelp(char** argument)
 {
     for (; *argument != nullptr; ++argument) {

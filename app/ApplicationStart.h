@@ -2,7 +2,7 @@
 
 // Ends the process with a single message if Qt finds no display.
 //
-// Without a display, Qt prints several messages and aborts. An object of this class stores Qt's messages
+// If Qt finds no display, it prints several messages and aborts. An object of this class stores Qt's messages
 // instead. If the start fails, it prints one message and ends the process with exit status 1. If the
 // arguments ask for help, it also prints the usage text. If the start succeeds, it passes the messages to the
 // previous handler.

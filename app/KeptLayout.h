@@ -15,7 +15,7 @@ class View;
 namespace KeptLayout {
 
 void save(const QWidget& window, const PackageTable::View& view);
-// A size or position that was never saved does not change.
+// If a size or position was never saved, it does not change.
 void restore(QWidget& window, PackageTable::View& view);
 
 } // namespace KeptLayout

@@ -65,7 +65,7 @@ MainWindow::MainWindow()
       notice(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
-    Execute::keepOutput(); // the user can open the manual during the capture of a transaction's output
+    Execute::keepOutput(); // for a manual that the user opens while a transaction's output is captured
     model = new PackageTable::Model(yumIO, this);
     proxy = new PackageTable::SortFilterProxyModel(PackageTable::ViewUpdatable, true, false, yumIO, this);
     proxy->setSourceModel(model);
@@ -153,7 +153,7 @@ void MainWindow::initialize()
     const bool mayChange = geteuid() == 0;
     const QString warning = tr("VYRE cannot change packages, because it does not run as root");
     if (!mayChange) {
-        warnAndNotice(warning); // before the user sets marks that cannot be applied
+        warnAndNotice(warning); // the user must know this before marking packages
     }
     const QStringList known = yumIO->knownDirectories();
     if (!known.isEmpty()) {
@@ -192,7 +192,7 @@ void MainWindow::initialize()
     setReady(true);
     focusTable();
     if (!mayChange) {
-        // The reading may have taken longer than a notice stays, or may have shown another one.
+        // In the meantime, the first notice may have disappeared, or another notice may have replaced it.
         showNotice(warning);
     }
     initialized = true;
@@ -210,7 +210,7 @@ void MainWindow::showTable()
 
 void MainWindow::focusTable()
 {
-    // Otherwise the focus is on a button, which may be disabled now, or nowhere.
+    // The focus may be on a button that is disabled now, or on no widget.
     if (focusWidget() != regexpEdit) {
         view->setFocus();
     }
@@ -352,7 +352,7 @@ void MainWindow::setReady(bool ready)
 bool MainWindow::collect()
 {
     if (closeWanted) {
-        // Nobody will see the packages.
+        // The window will close, so nobody will see the packages.
         collectFailed = true;
         return false;
     }
@@ -487,7 +487,7 @@ void MainWindow::showHistory()
     history->setRefusal(collectFailed
                             ? tr("No transaction can be undone, because the packages could not be read.")
                             : QString());
-    // After a refusal or a failure, the user sees the history again.
+    // If the operation is refused or fails, the user sees the history window again.
     while (!quitting() && history->exec() == QDialog::Accepted) {
         const Replay kind = history->wantedReplay();
         const qint64 number = history->wantedNumber();
@@ -520,8 +520,8 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
         recollect(AllMarks);
     }
     if (hasErrors) {
-        // After the notice of the collection: a repository that cannot be reached must not hide a failed
-        // script of a package.
+        // This notice replaces the notice of the collection: an unreachable repository must not hide a failed
+        // package script.
         showNotice(tr("The transaction has reported errors: see the log (Ctrl+L)"));
     }
     warnUnlistedActions();
@@ -549,7 +549,7 @@ void MainWindow::changeVersionLocks(const QList<int>& rows, bool locked)
     setReady(false);
     const int before = loggedEntries();
     yumIO->changeVersionLocks(entries, locked);
-    // Some locks may be changed even after a failure.
+    // Even if the call has failed, it may have changed some locks.
     recollect(AllMarks);
     if (hasErrorsSince(before)) {
         showNotice(tr("There are errors in the log (Ctrl+L)"));
@@ -597,7 +597,7 @@ void MainWindow::showStopState()
     }
 }
 
-// Called while the back end works. Everything but a change of the system can be stopped safely.
+// Called while the back end works. All work can be stopped safely, except a change to the system.
 void MainWindow::closeLater()
 {
     if (yumIO->stop()) {
@@ -723,8 +723,8 @@ void MainWindow::showNotice(const QString& text)
 void MainWindow::about()
 {
     if (aboutBox == nullptr) {
-        // QMessageBox::about() is unsuitable, because it runs an event loop. An operation that ends meanwhile
-        // would wait for the end of that loop.
+        // QMessageBox::about() is unsuitable, because it runs an event loop. If an operation ended during
+        // this loop, the operation would have to wait for the end of the loop.
         aboutBox = new QMessageBox(
             QMessageBox::NoIcon, tr("About"),
             tr("<h3>VYRE %1</h3><hr><p>VYRE, Vyrecraft, is a graphical user interface which allows a user to "

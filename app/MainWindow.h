@@ -94,7 +94,7 @@ public Q_SLOTS:
     void displayAdvisories();
     void markUpdates(const QVector<Package::Entry*>& entries);
     void showHistory();
-    // If `atStart` is true, the packages are collected when the editor closes, even without changes.
+    // If `atStart` is true, the packages are collected when the editor closes, even if nothing has changed.
     void editRepositories(bool atStart = false);
     void cleanDbcache();
     void cleanPackages();
@@ -106,7 +106,7 @@ public Q_SLOTS:
     void filtersearch();
     void currentChanged(int row, int previous);
     void stateChanged(int row = -1);
-    // Logs a text as a warning, and shows it beside the menus for a while.
+    // Logs a message as a warning, and shows it beside the menus for a while.
     void warnAndNotice(const QString& text);
     void modeChanged(int mode);
     void collectedExtraData();
@@ -126,8 +126,8 @@ private Q_SLOTS:
 
 protected:
     // While the back end changes the system, the window stays open, because a transaction must not be
-    // interrupted. Any other operation stops, and then the window closes. Without an operation this does the
-    // same as quit().
+    // interrupted. Any other operation stops, and then the window closes. If no operation runs, this function
+    // does the same as quit().
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -140,11 +140,11 @@ private:
     void warnConfigure();
     void warnUnlistedActions();
     void setReady(bool ready);
-    // Returns whether the user has stopped the collection. The packages then come from the cache.
+    // Returns whether the user has stopped the collection. In this case, the packages come from the cache.
     bool collect();
     int loggedEntries() const;
-    // Whether the log has errors after its first entries. Some errors are reported only in the log, for
-    // example an unreachable repository or a failed script of a package.
+    // Returns whether the log has errors after its first `before` entries. Some errors are reported only in
+    // the log, for example an unreachable repository or a failed package script.
     bool hasErrorsSince(int before) const;
     // The marks that recollect() sets again, if they can still be carried out.
     enum Kept { NoMarks, AllMarks, LeftOutMarks };
@@ -154,10 +154,10 @@ private:
     // Runs an operation that may change the system, and reads the packages again afterwards. Returns whether
     // the operation has succeeded or changed the system.
     bool carryOut(const std::function<bool()>& operation, Kept kept);
-    // Filters the table by the text in the edit.
+    // Filters the table by the expression in the edit.
     void applyExpression();
     void showTable();
-    // After an operation, keys go to the table, unless the expression has the focus.
+    // Moves the focus to the table after an operation, unless the expression field has the focus.
     void focusTable();
     void updateEmptyText();
     void closeLater();
@@ -165,7 +165,7 @@ private:
     bool checkCredentials(bool& changed);
     void clean(bool (YumIO::*operation)());
     void showNotice(const QString& text);
-    // Shows an error to the user. If the text is empty, shows nothing.
+    // Shows the message to the user, unless the message is empty.
     void showFault(const QString& text);
     void changeFilter(const std::function<void()>& change);
     bool quitting() const { return yumIO == nullptr; }
@@ -215,7 +215,7 @@ private:
     Log::Window* logWindow;         // null before the first use
     AdvisoryDialog* advisoryDialog; // null before the first use
     RepoEditor::Dialog* repoEditor; // null before the first use
-    HistoryDialog* history;         // null until first needed
+    HistoryDialog* history;         // null before the first use
     QMessageBox* aboutBox;          // null before the first use
     Notice* notice;                 // null before the first use
 };

@@ -50,7 +50,7 @@ QString Manuals::openFile(QWidget* window, const QStringList& command)
 {
     const QString& file = command.last();
     if (!QFile::exists(file)) {
-        // The other program would open a second, bare window with its own message.
+        // Otherwise the helper program would show its own message in a second, bare window.
         return tr("The manual is not installed: there is no file %1").arg(file);
     }
     openExternally(window, command);

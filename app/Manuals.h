@@ -20,16 +20,16 @@ class Manuals
 
 public:
     // If a program cannot be started, these functions show a message over the window. If the manual is not
-    // installed, they start no program and return a text for the user.
+    // installed, they start no program and return a message for the user.
     static QString openHtml(QWidget* window);
     static QString openPdf(QWidget* window);
     static void openPage(QWidget* window, const QString& address);
 
-    // Tests name another one.
+    // The directory of the manual. Tests set another directory.
     static inline QString directory = QStringLiteral("/usr/share/doc/vyre");
 
 private:
-    // The last word of the command is the file.
+    // The last element of the command is the path of the file.
     static QString openFile(QWidget* window, const QStringList& command);
 };
 

@@ -20,10 +20,10 @@ namespace {
 
 int terminal = -1;
 std::atomic<void (*)(bool)> watcher(nullptr);
-std::atomic<bool> stuck(false); // the last wait for the reader of the terminal has failed
+std::atomic<bool> stuck(false); // the last wait for the terminal's reader timed out
 
-// If standard error is a pipe whose reader does not read, messages are lost, but the program does not stop.
-// If poll() reports that the descriptor is ready, it accepts at least this number of bytes.
+// If standard error is a pipe and its reader does not read, messages are lost, but the program does not stop.
+// If poll() reports that the descriptor is ready, the descriptor accepts at least this number of bytes.
 constexpr int block = 512;
 constexpr int patience = 1000; // milliseconds
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Writes Qt's own messages to the terminal that the program was started from.
+// Writes Qt's own messages to the terminal from which the program was started.
 //
 // main() installs it once, before any other thread exists. Qt calls it on any thread. It does not write to
 // standard error, because an operation can replace standard error by a pipe. The graphical thread reads that
@@ -15,7 +15,7 @@ namespace MessageHandler {
 
 void install();
 
-// Writes a message of VYRE. Code that Qt's message handler calls must use this function: while the handler
+// Writes a message of VYRE. Use this function in code that Qt's message handler calls: while the handler
 // runs, Qt does not call it again.
 void say(const QString& text);
 

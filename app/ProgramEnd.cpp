@@ -57,8 +57,8 @@ ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp
         EndSignals::install(signalPipe[1]);
     }
     // If the connection breaks, Qt reports this and then ends the process. The X library below Qt, or a
-    // library that Qt loads for a desktop, may notice the loss first. These libraries call the X library's
-    // error handler instead.
+    // library that Qt loads for a desktop, may notice the broken connection first. These libraries call the X
+    // library's error handler instead.
     MessageHandler::watch(checkDisplay);
     Unattended::reportThrough(MessageHandler::say);
     using Handler = int (*)(void*);
@@ -89,7 +89,7 @@ bool ProgramEnd::displayIsLost() const
 
 void ProgramEnd::checkDisplay(bool fatal)
 {
-    // A message while the program ends must not start the end a second time.
+    // If Qt sends a message while the program ends, this message must not start the end again.
     if (current == nullptr || current->ending || !onGraphicalThread()) {
         return;
     }
@@ -110,9 +110,9 @@ int ProgramEnd::connectionBroke(void*)
 
 void ProgramEnd::processExits()
 {
-    // This is the last of three ways to notice the loss. It is for a library that ends the process without a
-    // message. Libraries that were loaded later may already be finalized. A child process must not end the
-    // program here. Neither must an exit() on another thread, because the graphical thread then still runs.
+    // A library may end the process without a message if it loses the display. In this case, only this
+    // function notices the loss. At this time, some libraries may already be finalized. A call in a child
+    // process or on another thread is ignored, because the graphical thread of the program still runs.
     if (current != nullptr && !current->ending && getpid() == owner && onGraphicalThread()) {
         current->displayLost();
     }

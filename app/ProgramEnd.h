@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Ends the process without damage if the display is lost, a signal asks for the end, or a library ends the
-// process. A running transaction continues to its end, and all other work is abandoned. Then the locks are
-// released and the runtime directory is removed.
+// Ends the process safely if the display is lost, if a signal requests the end, or if a library calls exit().
+// A running transaction is completed, and all other work is abandoned. Then the program releases the locks
+// and removes the runtime directory.
 //
-// It lives on the graphical thread. main() creates the only object after the main window. The object does not
-// own the main window.
+// It lives on the graphical thread. main() owns the only object. It creates this object after the main
+// window, which it never deletes.
 
 #ifndef APP_PROGRAMEND_H
 #define APP_PROGRAMEND_H
@@ -22,14 +22,15 @@ class ProgramEnd : public QObject
     Q_OBJECT
 
 public:
-    // lastCleanUp does the work that main() does last if the program ends normally.
+    // `lastCleanUp` is called immediately before the object ends the process. If the program ends normally,
+    // main() does the same work itself.
     ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp);
-    // After the destructor, main() itself ends the process.
+    // Runs only if the program ends normally. From then on, the loss of the display and exit() are ignored.
     ~ProgramEnd() override;
 
 private Q_SLOTS:
-    // Reads the received signals. The first signal ends the process, but not while the back end changes the
-    // system.
+    // Reads the received signals, and ends the process with the action of the first signal. If the back end
+    // is changing the system, waits until this change is complete.
     void handleSignals();
 
 private:
@@ -39,8 +40,8 @@ private:
     void finish(bool displayIsThere);
     bool displayIsLost() const;
 
-    // Qt's message handler calls checkDisplay() after each message. The X library calls connectionBroke() if
-    // the connection breaks. The C library calls processExits() at an exit().
+    // MessageHandler calls checkDisplay() after each message. The X library calls connectionBroke() if the
+    // connection to the display breaks. The C library calls processExits() if any code calls exit().
     static void checkDisplay(bool fatal);
     static int connectionBroke(void* display);
     static void processExits();
@@ -50,7 +51,7 @@ private:
     int signalPipe[2];
     QSocketNotifier* notifier;
     int firstSignal; // 0 before the first signal
-    bool ending;     // the end has begun; later reasons are ignored
+    bool ending;     // finish() has begun; later signals and messages are ignored
 };
 
 #endif

@@ -16,7 +16,7 @@ QString buttonText(StopRequest::State state)
         return StopButton::tr("Stopping...");
     }
     QString text = StopButton::tr("&Stop");
-    // While no operation runs, the Alt key belongs to another button.
+    // While this button cannot be used, another button has the same Alt shortcut.
     return state == StopRequest::State::Possible ? text : text.remove(QLatin1Char('&'));
 }
 

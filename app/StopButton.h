@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The button that stops the running operation. Escape presses it too, while it is enabled. Its tool tip says
-// what a press does, or why the operation cannot be stopped.
+// The button that stops the running operation. While the button is enabled, the Escape key also presses it.
+// Its tool tip describes the effect of a press, or the reason why the operation cannot be stopped.
 //
-// Graphical thread; owned by its Qt parent. Its window connects clicked() and reports each new state.
+// It lives on the graphical thread; its Qt parent owns it. The main window connects clicked() and reports
+// each new state.
 
 #ifndef APP_STOPBUTTON_H
 #define APP_STOPBUTTON_H
@@ -20,7 +21,7 @@ public:
     explicit StopButton(QWidget* parent);
 
     void showState(StopRequest::State state);
-    // The same in all states, so that the bars beside the button keep their width.
+    // Returns the same size in all states, so that the bars beside the button keep their width.
     QSize sizeHint() const override;
 };
 

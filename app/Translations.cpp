@@ -17,14 +17,14 @@ namespace Translations {
 namespace {
 
 // Loads <name>_<language>.qm. If this file is missing, loads the file of the language without its country.
-// Returns the file name without its suffix, or an empty text if no file is found.
+// Returns the file name without its suffix, or an empty string if no file is found.
 QString load(QCoreApplication& app, const QString& name, QString language, const QStringList& directories)
 {
     language.replace(QLatin1Char('-'), QLatin1Char('_'));
     auto translator = std::make_unique<QTranslator>();
     const auto open = [&translator, &directories](const QString& file) {
         return std::any_of(directories.begin(), directories.end(), [&](const QString& directory) {
-            // With empty delimiters, the translator does not look for shorter names itself.
+            // Because the delimiters are empty, the translator does not look for shorter names itself.
             return translator->load(file, directory, QLatin1String(""));
         });
     };

@@ -18,12 +18,12 @@ class QCoreApplication;
 namespace Translations {
 
 // Returns the directories that are searched for catalogues. The first is in the share directory. The second
-// is beside the program, for a program that is built but not installed.
+// is the directory of the program, for a program that is built but not installed.
 QStringList directories();
 
 // Loads the catalogue of the first language that has a catalogue, and Qt's own catalogue of that language. A
 // language has a name such as "de-DE" or "de". The preferred language comes first. English ends the search.
-// Returns the file name without its suffix, or an empty text if the texts stay English.
+// Returns the file name without its suffix, or an empty string if the texts stay English.
 QString install(QCoreApplication& app, const QStringList& languages);
 
 // Calls the function above with the languages that the environment selects.

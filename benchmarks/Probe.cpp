@@ -277,7 +277,7 @@ private:
         return monotonic() - start;
     }
 
-    // In other columns, Qt::UserRole has the record.
+    // In other columns, Qt::UserRole contains the record.
     bool isNumber(int column) const
     {
         return proxy->sourceModel()->index(0, column).data(Qt::UserRole).canConvert<int>();
@@ -309,7 +309,7 @@ private:
     }
 
     // Measures the time to read the data of all cells, as painting and sorting do. For comparison, measures
-    // the time to copy a text the same number of times.
+    // the time to copy a string the same number of times.
     void cells()
     {
         const int count = proxy->rowCount();

@@ -19,7 +19,7 @@
 
 namespace {
 
-// A user who holds an arrow key down does not wait for the details of each row.
+// While the user holds an arrow key down, the dialog does not read the details of each row.
 constexpr int describeDelay = 120; // in milliseconds
 
 } // namespace
@@ -34,8 +34,8 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     details->setReadOnly(true);
     details->setAcceptRichText(false);
     details->setTabChangesFocus(true);
-    const int tabStop =
-        18 * Metrics::columnWidth(details->fontMetrics()); // behind the longest word for an action
+    // The tab stop is behind the longest word for an action.
+    const int tabStop = 18 * Metrics::columnWidth(details->fontMetrics());
 #if QT_VERSION >= QT_VERSION_CHECK(5, 10, 0)
     details->setTabStopDistance(tabStop);
 #else
@@ -57,7 +57,7 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     layout->addLayout(row);
     const auto addButton = [this, row](const QString& text, const char* slot) {
         auto* button = new QPushButton(text, this);
-        button->setAutoDefault(false); // Enter belongs to the list and the expression
+        button->setAutoDefault(false); // Enter is for the list and the expression field
         connect(button, SIGNAL(clicked()), this, slot);
         row->addWidget(button);
         return button;
@@ -77,7 +77,7 @@ void HistoryDialog::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     if (!event->spontaneous()) {
-        // The window is painted first.
+        // The window is painted before the history is read.
         QTimer::singleShot(0, this, SLOT(load()));
     }
 }
@@ -113,7 +113,8 @@ void HistoryDialog::load()
     if (first) {
         list->fitColumns();
     }
-    // The newest transaction is the first row. It is current if it is a new one.
+    // The first row is the newest transaction. If it was added since the last call, it becomes current.
+    // Otherwise the current transaction stays current.
     const qint64 newest = records.isEmpty() ? 0 : records.first().number;
     const int again = newest == newestBefore ? model->rowOf(before) : -1;
     newestBefore = newest;
@@ -175,7 +176,7 @@ void HistoryDialog::updateButtons()
 {
     const int row = list->currentRow();
     const bool any = row >= 0 && fault.isEmpty();
-    // The first record is the newest one, whatever the order of the list.
+    // The first record is the newest transaction, regardless of the sort order of the list.
     const bool newest = row == 0;
     const QString tip = fault.isEmpty() ? QString() : fault;
     undoButton->setEnabled(any);
@@ -219,7 +220,7 @@ void HistoryDialog::choose(Replay kind)
 void HistoryDialog::done(int result)
 {
     if (working) {
-        // The worker must return to this window.
+        // The window closes as soon as the worker has ended.
         closeResult = result;
         return;
     }
@@ -230,7 +231,7 @@ void HistoryDialog::done(int result)
 
 void HistoryDialog::keyPressEvent(QKeyEvent* event)
 {
-    // No button is the default: a dialog would otherwise press one for Enter in the expression.
+    // A default button would be pressed by Enter in the expression field. Therefore no button is the default.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         event->accept();
         return;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The window of the history: the list of all transactions, the details of the current one, and the buttons
-// that undo and repeat transactions.
+// The history window. It lists all transactions, shows the details of the current transaction, and has
+// buttons that undo and repeat transactions.
 //
-// A worker reads the list when the window opens, and the details of a transaction shortly after it became the
-// current one. The user can move on meanwhile. The window itself changes nothing: a button closes it, and its
-// opener carries out what the user wants.
+// A worker reads the list when the window opens. It reads the details of a transaction shortly after this
+// transaction became current. During this time, the user can select another transaction. The window does not
+// change the system: a button closes the window, and then the main window carries out the user's request.
 //
-// Graphical thread; the main window makes it on the first request and keeps it.
+// It lives on the graphical thread. The main window creates it on the first request and owns it.
 
 #ifndef HISTORY_HISTORYDIALOG_H
 #define HISTORY_HISTORYDIALOG_H
@@ -30,13 +30,15 @@ class HistoryDialog : public QDialog
     Q_OBJECT
 
 public:
-    // The back end is not owned. No worker may run while the window is open, except the window's own.
+    // The main window owns the back end. While this window is open, only workers that this window starts may
+    // run.
     HistoryDialog(YumIO* backEnd, QWidget* parent);
 
-    // Why nothing can be undone at this time, beside the reasons that the back end knows; usually empty.
+    // Sets an additional reason why no transaction can be undone now. The back end knows all other reasons.
+    // Usually the string is empty.
     void setRefusal(const QString& text) { refusal = text; }
 
-    // What the user wants, after exec() has returned QDialog::Accepted.
+    // Both functions return the user's request. They are valid after exec() has returned QDialog::Accepted.
     Replay wantedReplay() const { return wanted; }
     qint64 wantedNumber() const { return number; }
 
@@ -70,11 +72,11 @@ private:
     QTimer describeTimer;         // runs shortly after another row has become current
     QHash<qint64, QString> known; // the details that were read since the window opened
     QString refusal;
-    QString fault; // why nothing can be undone
+    QString fault; // the reason why no transaction can be undone, or empty
     Replay wanted;
     qint64 number;
     bool working;        // a worker of this window runs
-    int closeResult;     // done() was called meanwhile with this result; -1 otherwise
+    int closeResult;     // the argument of done() if it was called while a worker ran; otherwise -1
     qint64 newestBefore; // the newest transaction when the window was last opened
 };
 

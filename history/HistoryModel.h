@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The table of the history: one row for each transaction, the newest first.
+// The table of recorded transactions. Each row is one transaction; the newest transaction comes first.
 //
-// Graphical thread; owned by its Qt parent. It owns the records; a cell never asks the script.
+// It lives on the graphical thread; its Qt parent owns it. It owns the records, so a cell never calls the
+// script.
 
 #ifndef HISTORY_HISTORYMODEL_H
 #define HISTORY_HISTORYMODEL_H
@@ -24,7 +25,7 @@ public:
     void setRecords(const HistoryRecords& records);
     // The row must exist.
     const HistoryRecord& record(int row) const { return records.at(row); }
-    // The row of a transaction; -1 without it.
+    // Returns the row of the transaction with this number, or -1 if no row has it.
     int rowOf(qint64 number) const;
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -32,7 +33,7 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // The background of the rows, for which the colours of results must be readable.
+    // Sets the background of the rows. The colours of the results are then readable on this background.
     void setBackground(const QColor& color);
 
 private:

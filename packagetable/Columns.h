@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // Describes each column of the package table by one Row: the heading, the contents of a cell and the sort
-// order. Model, proxy and view use these rows. They name only the columns Action, Kind, Name and Repository,
-// which have further functions.
+// order. Model, proxy and view use these rows. These three classes name only the Action, Kind, Name and
+// Repository columns, which have further functions.
 //
 // Only the graphical thread uses it. It contains only constants. The code for a cell runs 60,000 times, so no
-// function creates a text that the record already has.
+// function creates a string that the record already contains.
 
 #ifndef PACKAGETABLE_COLUMNS_H
 #define PACKAGETABLE_COLUMNS_H

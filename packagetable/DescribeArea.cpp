@@ -241,7 +241,7 @@ void Area::updateButtons()
 void Area::updateButton(Button& button, bool loaded)
 {
     if (button.button != nullptr) {
-        // For an installed package, no data must be loaded, because they are on this system.
+        // The data of an installed package are on this system, and need not be loaded.
         const bool mustLoad = entry->state != Package::Installed && !loaded;
         button.button->setText(mustLoad ? tr("%1 (must load extra data)").arg(button.label) : button.label);
     }

@@ -39,8 +39,9 @@ class Area : public QObject
     Q_OBJECT
 
 public:
-    // Adds widgets to the layout. The widget of the layout owns these widgets. The arguments are not owned.
-    // The primary area shows all fields. The other areas show only the fields that differ between versions.
+    // Adds widgets to the layout. The layout's parent widget owns these widgets. The caller keeps the
+    // ownership of the arguments. The primary area shows all fields. The other areas show only the fields
+    // that differ between versions.
     Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
          YumConfIO* configuration, bool primary);
 

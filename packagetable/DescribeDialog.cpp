@@ -54,7 +54,7 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     whole->addWidget(name);
     whole->addWidget(new HSeparator);
 
-    // With many installed versions, the areas together are higher than any screen.
+    // If many versions are installed, the areas together are higher than any screen.
     auto* scrolled = new HScrollArea;
     scrolled->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
     scrolled->setWidgetResizable(true);

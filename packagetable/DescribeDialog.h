@@ -37,8 +37,8 @@ public:
     explicit Dialog(QWidget* parent = nullptr);
     ~Dialog() override;
 
-    // Reads all texts immediately. The back end, the record and the configuration are not owned, and must
-    // exist until the dialog closes. The configuration may be null.
+    // Reads all texts immediately. The main window owns the back end and the configuration, and the back end
+    // owns the record. All three must exist until the dialog closes. The configuration may be null.
     void config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumConfIO);
     void setReady(bool isReady) override;
     bool isClosing() const override { return closing; }

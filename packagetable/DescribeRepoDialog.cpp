@@ -36,7 +36,7 @@ RepoDialog::RepoDialog(YumIO* backEnd, QWidget* parent)
     browseButton->setToolTip(
         tr("Browse the first URL specified for the selected repository using an external web browser"));
     browseButton->setAutoDefault(false);
-    // In some styles, a long text touches the border of the button.
+    // Some styles leave no space between a long label and the border of the button.
     browseButton->setMinimumWidth(browseButton->sizeHint().width() +
                                   2 * Metrics::columnWidth(browseButton->fontMetrics()));
     buttons->addWidget(browseButton);

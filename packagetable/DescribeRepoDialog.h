@@ -2,7 +2,7 @@
 
 // Shows the configuration of one repository, and opens the repository in the user's web browser.
 //
-// It lives on the graphical thread. Its Qt parent is the description of a package, which uses it repeatedly.
+// It lives on the graphical thread. Its Qt parent is the description dialog, which uses it repeatedly.
 
 #ifndef PACKAGETABLE_DESCRIBEREPODIALOG_H
 #define PACKAGETABLE_DESCRIBEREPODIALOG_H
@@ -24,7 +24,7 @@ class RepoDialog : public QDialog
     Q_OBJECT
 
 public:
-    // The back end is not owned.
+    // The main window owns the back end.
     RepoDialog(YumIO* backEnd, QWidget* parent);
 
     // Shows a copy of the repository, without passwords in the URLs.

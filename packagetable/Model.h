@@ -4,7 +4,7 @@
 // user marks records, this class writes the actions into the records.
 //
 // It lives on the graphical thread; the main window owns it. It has no copy of the back end's list. After
-// each change of that list, call reset() before a view reads again.
+// each change to that list, call reset() before a view reads again.
 
 #ifndef PACKAGETABLE_MODEL_H
 #define PACKAGETABLE_MODEL_H
@@ -34,10 +34,10 @@ class Model : public HAbstractTableModel
     Q_OBJECT
 
 public:
-    // The back end is not owned. After its deletion the table is empty.
+    // The main window owns the back end. After the deletion of the back end, the table is empty.
     explicit Model(YumIO* backEnd, QObject* parent = nullptr);
 
-    // Sets the configuration, which is not owned and must outlive the model.
+    // Sets the configuration. The main window owns the configuration, which must outlive the model.
     void setYumConfIO(YumConfIO* reader);
     // Selects the text colours of an enabled or a disabled view. The caller must redraw the view.
     void setEnabled(bool isEnabled);
@@ -50,7 +50,7 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // Returns the record of a row, which must exist.
+    // Returns the record of a row. The row must exist.
     Package::Entry* entry(int row) const;
 
     Package::State getState(int row) const;
@@ -78,7 +78,7 @@ public:
     };
 
     // Shows all data of the record in a modal dialog. Ignores a missing row. The first call creates the
-    // dialog, which its parent owns.
+    // dialog. `parent` owns this dialog.
     void describe(const QModelIndex& index, QWidget* parent);
     // Opens the repository of the record in the user's web browser.
     void browse(const QModelIndex& index, QWidget* parent);

@@ -21,8 +21,8 @@ class OtherContextMenu : public QMenu
 public:
     OtherContextMenu(Model* packages, QWidget* parentView);
 
-    // Runs the menu at a position on the screen, for a source index. Below the last row, the index is
-    // invalid.
+    // Runs the menu at a position on the screen, for a source index. If the user clicks below the last row,
+    // the index is invalid.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 private Q_SLOTS:

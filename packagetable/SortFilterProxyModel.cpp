@@ -15,7 +15,7 @@ namespace PackageTable {
 
 namespace {
 
-// Converts the first four characters of a text to a number. The numbers have the same order as the texts.
+// Converts the first four characters of a string to a number. The numbers have the same order as the strings.
 quint64 beginning(const QString& text)
 {
     quint64 number = 0;
@@ -50,7 +50,7 @@ void SortFilterProxyModel::setSourceModel(HAbstractTableModel* model)
     dropMap();
     HSortFilterProxyModel::setSourceModel(model);
     if (source != nullptr) {
-        // Without this call, the base class would follow changes of the source with its own map.
+        // Without this call, the base class would follow changes to the source with its own map.
         disconnect(source, nullptr, this, nullptr);
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(sourceAboutToBeReset()));
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(clearCache()));
@@ -229,7 +229,8 @@ void SortFilterProxyModel::refilter()
 
 void SortFilterProxyModel::map() const
 {
-    // Reading a field may open a message box. A view that is painted meanwhile calls this function again.
+    // Reading a field may open a message box. If a view is painted during this time, it calls this function
+    // again.
     if (mapped || mapping) {
         return;
     }
@@ -534,7 +535,7 @@ bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QMode
     return pattern.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)]);
 }
 
-// Joins the texts of each row that are not empty, with blanks between them.
+// Joins the non-empty texts of each row, with blanks between them.
 void SortFilterProxyModel::makeTexts() const
 {
     const int rows = yumIO->count();

@@ -34,7 +34,7 @@ class SortFilterProxyModel : public HSortFilterProxyModel
     Q_OBJECT
 
 public:
-    // The back end is not owned. The rows of the source model must be the back end's records.
+    // The main window owns the back end. The rows of the source model must be the back end's records.
     SortFilterProxyModel(StateFilter state, bool withDups, bool withGroups, YumIO* backEnd,
                          QObject* parent = nullptr);
 
@@ -83,8 +83,8 @@ public:
     QModelIndex mapFromSource(const QModelIndex& sourceIndex) const override;
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
-    // While a SortPause object exists, a change of an action does not sort the table again. If the table is
-    // sorted by action and all actions change, repeated sorting would take minutes.
+    // While a SortPause object exists, a changed action does not sort the table again. If the table is sorted
+    // by action and all actions change, repeated sorting would take minutes.
     class SortPause
     {
     public:
@@ -143,7 +143,7 @@ private:
     int sortPauses;
     bool sortWanted; // an action has changed during a SortPause
 
-    // The members that follow are calculated at their first use, and are dropped together with the records.
+    // The following members are calculated at their first use, and are dropped together with the records.
     mutable bool mapped;
     mutable bool mapping;
     mutable std::vector<int> order;      // the sorted source rows

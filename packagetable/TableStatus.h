@@ -5,8 +5,8 @@
 // bar.
 //
 // It lives on the graphical thread; its Qt parent owns it. It counts the marks of all records only after the
-// marks or the records have changed, and once for all changes of the same moment. A change of the selection
-// or of the filter does not count the marks again.
+// marks or the records have changed, and only once for many changes at the same time. If only the selection
+// or the filter changes, it does not count the marks again.
 
 #ifndef PACKAGETABLE_TABLESTATUS_H
 #define PACKAGETABLE_TABLESTATUS_H
@@ -28,8 +28,8 @@ class TableStatus : public QStatusBar
     Q_OBJECT
 
 public:
-    // The three objects are not owned, and must outlive this object. The view must show the rows of the
-    // proxy. The proxy must show the rows of the model.
+    // The main window owns the three objects, which must outlive this object. The view must show the rows of
+    // the proxy. The proxy must show the rows of the model.
     TableStatus(Model* packages, SortFilterProxyModel* listedRows, View* table, QWidget* parent = nullptr);
 
 private Q_SLOTS:

@@ -23,8 +23,9 @@
 
 namespace PackageTable {
 
-// Estimates the width of a text by adding the widths of pairs of characters. This is much faster than a
-// measurement of the whole text. The sum may be slightly wrong if a font combines three or more characters.
+// Estimates the width of a text by adding the widths of pairs of characters. This estimate is much faster
+// than a measurement of the whole text. The sum may be slightly wrong if a font combines three or more
+// characters.
 class View::WidthEstimate
 {
 public:
@@ -248,7 +249,7 @@ int View::contentsWidthForColumn(int column) const
 void View::reset()
 {
     HTableView::reset();
-    // After a reset no row is current, but the selection model emits no signal.
+    // If the model was reset, no row is current, but the selection model has emitted no signal.
     if (currentRow != -1) {
         const int previousRow = currentRow;
         currentRow = -1;
@@ -302,7 +303,7 @@ void View::mouseDoubleClickEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->pos());
     if (index.column() == ActionColumn) {
-        // Each click counts here. After a double click, the base class would report no second click.
+        // Each click counts here. If the user double-clicks, the base class would report no second click.
         QMouseEvent press(QEvent::MouseButtonPress, event->localPos(), event->windowPos(), event->screenPos(),
                           event->button(), event->buttons(), event->modifiers(), event->source());
         mousePressEvent(&press);
@@ -320,7 +321,7 @@ void View::focusInEvent(QFocusEvent* event)
     HTableView::focusInEvent(event);
     if (!hadCurrent && currentIndex().isValid()) {
         // The base class makes the first row current without selecting it. Space or Enter would then act on a
-        // row that does not stand out.
+        // row that does not look selected.
         selectionModel()->clearCurrentIndex();
     }
 }

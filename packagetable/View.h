@@ -29,7 +29,7 @@ class View : public HTableView
     Q_OBJECT
 
 public:
-    // The view owns neither model. The model is the source of the proxy.
+    // The main window owns both models. `packages` is the source of `sortedRows`.
     View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
     ~View() override;
 
@@ -52,7 +52,7 @@ public Q_SLOTS:
     // Opens the description of the package in the current row, if any.
     void describe();
     // Fits the columns to all records, including unlisted records, so that no text is truncated after a
-    // change of the filter.
+    // change to the filter.
     void resizeColumnsToContents();
     void handleHorizontalHeaderClicked(int column);
     void handleActivated(const QModelIndex& index);
@@ -64,7 +64,7 @@ Q_SIGNALS:
     // Emitted when an action has changed. The argument is the source row, or -1 if several actions may have
     // changed.
     void stateChanged(int row);
-    // Emitted when the user requests another action for a row that permits no action. The reason is plain
+    // Emitted when the user tries to change the action of a row that permits no action. The reason is plain
     // text.
     void actionRefused(const QString& reason);
     // Emitted when the user wants to lock or unlock the versions of these source rows.

@@ -373,7 +373,7 @@ PyObject* Python::pyVMethodCall(PyObject* self, const char* method, const char* 
 PyObject* Python::call(PyObject* callable, const char* format, va_list args)
 {
     const PyRef arguments(Py_VaBuildValue(format, args));
-    // With NULL instead of a tuple, PyObject_CallObject() would call the object without arguments.
+    // If the tuple were NULL, PyObject_CallObject() would call the object without arguments.
     PyObject* result = arguments ? PyObject_CallObject(callable, arguments.get()) : nullptr;
     if (result == nullptr && PyErr_Occurred() != nullptr) {
         handleException();

@@ -134,8 +134,8 @@ private:
     std::stack<std::list<PyObject*>> expected; // the types are borrowed
 };
 
-// Holds the interpreter lock for a scope if "reallyLock" is true. Otherwise it does nothing. A thread that
-// already holds the lock may lock it again.
+// Holds the interpreter lock for a scope if "reallyLock" is true. Otherwise it does nothing. If a thread
+// already holds the lock, it may lock it again.
 class Python::PyGILStateWrapper
 {
 public:

@@ -5,7 +5,7 @@
 // the same name.
 //
 // The module's functions run on the thread that runs the script, with the interpreter lock held. The
-// interpreter owns the module. The module does not own the back end.
+// interpreter owns the module. The main window owns the back end.
 
 #ifndef PYTHON_YUMIOC_H
 #define PYTHON_YUMIOC_H

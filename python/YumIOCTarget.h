@@ -6,8 +6,8 @@
 // parses its arguments, which are a tuple (for userconfirm and rpmtransDel, NULL). It returns a new
 // reference, or NULL with a pending Python exception, which the script then receives.
 //
-// A class that derives from both this class and Python must list Python first. The destructor of Python ends
-// the interpreter, which can run functions of the script. These must not call a back end that is partly
+// If a class derives from both this class and Python, it must list Python first. The destructor of Python
+// ends the interpreter, which can run functions of the script. These must not call a back end that is partly
 // destroyed.
 
 #ifndef PYTHON_YUMIOCTARGET_H

@@ -17,8 +17,8 @@ class Execute
 
 public:
     // Saves the current standard output and standard error for the programs that execute() starts later.
-    // During an operation, both descriptors are pipes, which close at the end of the operation. A program
-    // that writes to a closed pipe is killed.
+    // During an operation, both descriptors are pipes, which close at the end of the operation. If a program
+    // writes to a closed pipe, it is killed.
     static void keepOutput();
 
     // Runs the program argv[0] (a path) with the other arguments. A null pointer ends the list. The function

@@ -17,8 +17,8 @@ class OneLineValidator : public QValidator
 public:
     explicit OneLineValidator(QObject* parent = nullptr) : QValidator(parent) {}
 
-    // Removes line breaks at the end, and replaces other line breaks by blanks. A line break before a blank
-    // or a tab stays, because a configuration file can contain it.
+    // Removes line breaks at the end of the text, and replaces other line breaks by blanks. A line break
+    // before a blank or a tab is kept, because a configuration file can contain it.
     static QString oneLine(QString text);
 
     // Corrects the input. The result is always Acceptable.

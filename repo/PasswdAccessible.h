@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Hides passwords from assistive programs. Qt reports each change of a widget's text to these programs, even
+// Hides passwords from assistive programs. Qt reports each change to a widget's text to these programs, even
 // if the widget is hidden or shows password characters.
 //
 // Only the graphical thread uses it.

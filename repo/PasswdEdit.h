@@ -59,7 +59,7 @@ protected:
         }
     }
 
-    // Subclasses call this function after each change of the visible text. Other code, for example an
+    // Subclasses call this function after each change to the visible text. Other code, for example an
     // assistive program, may set the visible text. The real text must then change in the same way.
     void applyVisibleText()
     {

@@ -205,7 +205,7 @@ void insert(QLineEdit* edit, const QString& piece)
 
 void insert(QTextEdit* edit, const QString& piece)
 {
-    // If the pasted text is empty, the selection must stay.
+    // If the pasted text is empty, the selected text must be kept.
     if (!piece.isEmpty()) {
         edit->insertPlainText(piece);
     }

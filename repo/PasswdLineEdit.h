@@ -22,7 +22,7 @@ public:
     QString realText() const;
 
 Q_SIGNALS:
-    // Emitted after each change of the real text, even if the masked text stays the same.
+    // Emitted after each change to the real text, even if the masked text stays the same.
     void realTextChanged(const QString& real);
 
 protected:

@@ -25,7 +25,7 @@ public:
     QString realPlainText() const;
 
 Q_SIGNALS:
-    // Emitted after each change of the real text, even if the masked text stays the same.
+    // Emitted after each change to the real text, even if the masked text stays the same.
     void realTextChanged();
 
 protected:

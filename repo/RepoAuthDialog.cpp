@@ -106,7 +106,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
 void Dialog::addButton(QBoxLayout* row, const QString& text, const char* slot)
 {
     auto* button = new QPushButton(text, this);
-    // In some styles, a long text touches the border of the button.
+    // Some styles leave no space between a long label and the border of the button.
     button->setMinimumWidth(button->sizeHint().width() + 2 * button->fontMetrics().averageCharWidth());
     connect(button, SIGNAL(clicked()), this, slot);
     row->addWidget(button);
@@ -165,14 +165,14 @@ int Dialog::exec(Repo::Entry* asked)
             .arg(entry->file));
 
     setButtonsEnabled(true);
-    // A button that gets the focus becomes the default button. For the next repository, the last button must
-    // be the default again.
+    // If a button gets the focus, it becomes the default button. For the next repository, the last button
+    // must be the default again.
     buttons.last()->setDefault(true);
     authNameField->setFocus();
     setResult(SkipAll);
     show();
     loop.exec();
-    entry = nullptr; // even if the program ends during the question
+    entry = nullptr; // if the program ends during the loop, done() does not run
     return result();
 }
 

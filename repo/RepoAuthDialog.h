@@ -30,7 +30,7 @@ class Dialog : public QDialog
     Q_OBJECT
 
 public:
-    // The decision of the user. Closing the window is the same as SkipAll.
+    // The user's decision. If the user closes the window, the decision is SkipAll.
     enum Result { SkipAll = 0, OK = 1, ApplyAll = 2, ApplyHost = 3, Disable = 4, Quit = 5 };
 
     explicit Dialog(QWidget* parent);
@@ -72,7 +72,7 @@ private:
     QLabel* fileLabel;
     QList<QPushButton*> buttons;
 
-    Repo::Entry* entry; // not owned; null if the dialog does not ask about a repository
+    Repo::Entry* entry; // the argument of exec(), whose caller owns it; null outside exec()
     QString nameKey;
     QString passwordKey;
     PasswdMask mask;

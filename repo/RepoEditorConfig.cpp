@@ -284,10 +284,10 @@ void Config::setFieldsEnabled(bool enabled)
 
 QString Config::refusal(const Repo::Entry& entry)
 {
-    // The package manager first expands the variables in an identifier. It ignores a repository whose
-    // identifier then contains any character that is not permitted here. If an identifier contains a closing
-    // bracket, the package manager rejects the whole file. It also reads bytes beyond ASCII as other
-    // characters.
+    // The package manager first expands the variables in an identifier. If the result contains a character
+    // that is not permitted here, the package manager ignores the repository. If an identifier contains a
+    // closing bracket, the package manager rejects the whole file. It also decodes bytes beyond ASCII
+    // differently from VYRE.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&

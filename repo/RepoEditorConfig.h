@@ -66,7 +66,7 @@ private:
     QWidget* createFileInfo(QWidget* parent);
 
     Repo::Entry fieldsToEntry() const;
-    // Returns the reason why the repository cannot be written, or an empty text if it can be written.
+    // Returns the reason why the repository cannot be written, or an empty string if it can be written.
     static QString refusal(const Repo::Entry& entry);
     // Enables or disables all fields except the fields for the credentials.
     void setFieldsEnabled(bool enabled);

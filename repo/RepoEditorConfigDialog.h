@@ -27,11 +27,12 @@ class ConfigDialog : public HDialog
     Q_OBJECT
 
 public:
-    // The configuration is not owned and must outlive the dialog.
+    // The main window owns the configuration, which must outlive the dialog.
     explicit ConfigDialog(YumConfIO* conf, QWidget* parent = nullptr);
 
-    // Sets the repository for the next exec(). It is not owned and must outlive that call. Without a change,
-    // OK acts like Cancel. For a copy, OK always accepts the repository, because the copy itself is new.
+    // Sets the repository for the next exec(). The caller owns the repository, which must outlive that call.
+    // If the user changes nothing, OK acts like Cancel. But OK always accepts a copy, because the copy itself
+    // is new.
     void setEntry(Repo::Entry* edited, bool isCopy = false);
 
     void updateStatusLabel();

@@ -21,12 +21,12 @@ class ContextMenu : public QMenu
 public:
     ContextMenu(Model* repositories, QWidget* parentView);
 
-    // Runs the menu at a position on the screen, for a source index. Below the last row, the index is
-    // invalid.
+    // Runs the menu at a position on the screen, for a source index. If the user clicks below the last row,
+    // the index is invalid.
     void exec(QModelIndex sourceIndex, const QPoint& globalPos);
 
 Q_SIGNALS:
-    // The source index is valid.
+    // Emitted when the user wants to edit a repository. The argument is a valid source index.
     void edit(QModelIndex sourceIndex);
 
 private Q_SLOTS:

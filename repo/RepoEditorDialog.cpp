@@ -70,7 +70,7 @@ QBoxLayout* Dialog::createEntryButtons()
         row, tr("Browse Repository"),
         tr("Browse the first URL specified for the selected repository using an external web browser"),
         SLOT(browse()));
-    // In some styles, a long text touches the border of the button.
+    // Some styles leave no space between a long label and the border of the button.
     browseButton->setMinimumWidth(browseButton->sizeHint().width() +
                                   2 * Metrics::columnWidth(browseButton->fontMetrics()));
     row->addStretch(1);
@@ -94,8 +94,8 @@ QBoxLayout* Dialog::createDialogButtons()
 {
     auto* row = new QHBoxLayout;
     statusLabel = new HFrameLabel(this);
-    // The label has space for the longest text with an identifier of usual length. A longer identifier must
-    // not widen the window.
+    // The label has space for the longest message with an identifier of usual length. A longer identifier
+    // must not widen the window.
     statusLabel->setText(
         tr("Two or more repositories have the Identifier, %1").arg(QString(16, QLatin1Char('n'))));
     statusLabel->setMinimumWidth(statusLabel->sizeHint().width());
@@ -294,7 +294,7 @@ bool Dialog::apply()
     const int rows = yumConfIO->entries.size();
     if (!yumConfIO->write(this)) {
         if (yumConfIO->entries.size() != rows) {
-            // Before the failure, write() has removed repositories, because the user has agreed.
+            // Before write() failed, it removed repositories with the user's consent.
             model->reset();
             updateStatusLabel();
         }
@@ -327,8 +327,8 @@ bool Dialog::userDropsChanges()
 
 void Dialog::reject()
 {
-    // Escape and the button of the window manager are pressed by mistake more easily than "Cancel", which has
-    // undone the changes already.
+    // A user may press Escape or the close button of the window by mistake, so this function asks before it
+    // discards changes. After "Cancel", no changes are left, and it does not ask.
     const bool isAsked = hasChanges();
     if (isAsked && !userDropsChanges()) {
         return;

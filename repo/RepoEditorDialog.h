@@ -35,11 +35,11 @@ class Dialog : public HDialog
     Q_OBJECT
 
 public:
-    // The dialog owns neither the back end nor the configuration. The configuration must outlive the dialog.
-    // If the configuration cannot be read, the error message appears over `parent`.
+    // The main window owns the back end and the configuration. The configuration must outlive the dialog. If
+    // the configuration cannot be read, the error message appears over `parent`.
     Dialog(YumIO* backEnd, YumConfIO* conf, QWidget* parent);
 
-    // Set this before each exec(). If it is true, the dialog emits reposChanged() when it closes, even
+    // Set this member before each exec(). If it is true, the dialog emits reposChanged() when it closes, even
     // without a change.
     bool reposChangedForced;
 
@@ -67,7 +67,7 @@ public Q_SLOTS:
     bool apply();
     void ok();
     // Discards all changes that are not applied. The Escape key and the window frame also call this slot.
-    // Changes of the use in the session stay.
+    // Changes to the use of repositories in this session are kept.
     void reject() override;
 
 private:
@@ -79,7 +79,7 @@ private:
     void editRow(int row);
     void addEntry(Repo::Entry entry, bool isCopy = false);
     bool hasEmptyId() const;
-    // Returns the first identifier that more than one repository has, or an empty text.
+    // Returns the first identifier that more than one repository has, or an empty string.
     QString getDuplicateId() const;
     void updateStatusLabel();
     // Selects the last repository with this identifier, if it exists.
@@ -106,9 +106,9 @@ private:
 
     QHash<QString, bool> sessionBackup; // the session enable table as it was when the dialog was shown
     bool readWhole;                     // the list contains the repositories of all files
-    bool sessionChanged;                // a use has changed since the dialog was shown
+    bool sessionChanged;                // the use of a repository has changed since the dialog was shown
     bool entryHasChanged;               // some changes are not applied
-    bool configHasChanged;              // some changes of the configuration are not applied
+    bool configHasChanged;              // some changes to the configuration are not applied
     bool applied;                       // changes were applied since the dialog was shown
 };
 

@@ -221,7 +221,7 @@ void Model::toggleEnabled(const QModelIndex& index)
 
 void Model::browse(const QModelIndex& index, QWidget* window)
 {
-    // The limit for the row is the number of packages.
+    // This function ignores a row whose number is not less than the number of packages.
     if (hasEntry(index) && yumIO && index.row() < yumIO->count()) {
         RepoBrowse::browse(window, yumConfIO->entries.at(index.row()), yumIO);
     }

@@ -3,7 +3,7 @@
 // The repositories as a table of four columns. Row i shows entry i of the configuration's list.
 //
 // It lives on the graphical thread; its Qt parent owns it. It has no copy of the list: call reset() after
-// each change of the list that does not go through this model.
+// each change to the list that does not go through this model.
 
 #ifndef REPO_REPOEDITORMODEL_H
 #define REPO_REPOEDITORMODEL_H
@@ -31,13 +31,13 @@ class Model : public HAbstractTableModel
     Q_OBJECT
 
 public:
-    // The model owns neither the back end nor the configuration. The configuration must outlive the model.
+    // The main window owns the back end and the configuration. The configuration must outlive the model.
     Model(YumIO* backEnd, YumConfIO* conf, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    // If a repository is missing in the session enable table, this function adds the repository there as not
-    // used.
+    // If a repository is missing in the session enable table, this function adds the repository to the table
+    // as not used.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
@@ -73,7 +73,7 @@ Q_SIGNALS:
     void configChanged();
 
 private:
-    // Returns false if the row no longer exists, because the view may still ask for it.
+    // Returns false if the row no longer exists. A view may still ask for such a row.
     bool hasEntry(const QModelIndex& index) const;
     bool isUsed(const Repo::Entry& entry) const;
     bool isEnabled(const Repo::Entry& entry) const;

@@ -74,7 +74,7 @@ ContextMenu* View::getContextMenu()
 void View::reset()
 {
     HTableView::reset();
-    // After a reset no row is current, but the selection model emits no signal.
+    // If the model was reset, no row is current, but the selection model has emitted no signal.
     if (announcedRow != -1) {
         const int previousRow = announcedRow;
         announcedRow = -1;
@@ -126,7 +126,8 @@ void View::keyPressEvent(QKeyEvent* event)
     HTableView::keyPressEvent(event);
 }
 
-// When the view gets the focus, the base class makes the first row current, but the view would not show this.
+// When the view gets the focus, the base class makes the first row current. The user would not see this, so
+// this function undoes it.
 void View::focusInEvent(QFocusEvent* event)
 {
     const bool hadCurrent = currentIndex().isValid();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The table of repositories. A click on one of the two check boxes toggles it. A double click requests the
-// form of the repository.
+// The table of repositories. A click on a check box toggles it. A double click on a repository requests the
+// form of this repository.
 //
 // It lives on the graphical thread; the editor's dialog is its Qt parent. It owns its context menu.
 
@@ -22,7 +22,7 @@ class View : public HTableView
     Q_OBJECT
 
 public:
-    // The view owns neither model. The model is the source of the proxy.
+    // The editor's dialog owns both models. `model` is the source of `sortedRows`.
     View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent = nullptr);
 
     // Both functions use source rows; -1 means no row.

@@ -33,7 +33,7 @@ struct Entry
     double position = 0.0;
 };
 
-// Returns true if both describe the same repository, even if their other fields differ.
+// Returns true if both have the same identifier, even if other members differ.
 bool operator==(const Entry& left, const Entry& right);
 bool operator!=(const Entry& left, const Entry& right);
 

@@ -60,10 +60,10 @@ public:
     QString text;
     bool hasMark = false;
     bool isAscii = false;
-    // Each line ends with a carriage return and a line feed.
+    // True if each line ends with a carriage return and a line feed.
     bool hasCarriageReturns = false;
-    // The file has no byte order mark, no bytes beyond ASCII and no carriage return at the end of a line. If
-    // the program reads and writes a plain file, no character changes.
+    // True if the file has no byte order mark, no bytes beyond ASCII and no carriage return at the end of a
+    // line. If the program reads and writes a plain file, no character changes.
     bool isPlain = false;
     FileNumber number;
 

@@ -34,7 +34,7 @@ int fromHex(QChar digit)
     return -1;
 }
 
-// Returns whether a character must be encoded. This includes all white space, because white space ends each
+// Returns whether a character must be encoded. All white space must be encoded, because white space ends each
 // part of a vantor URL.
 bool needsProtection(QChar character)
 {

@@ -19,7 +19,8 @@ struct Entry;
 namespace Vantor {
 
 // Finds the first vantor URL in a text, and sets the last four arguments to its decoded parts. The text may
-// be a list of URLs. If the text contains no vantor URL, returns false and sets four empty texts.
+// be a list of URLs. If the text contains no vantor URL, returns false and sets these arguments to empty
+// strings.
 bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
 // Searches the URLs of a repository in the same way. If these URLs contain no vantor URL, searches the mirror
 // list URL.

@@ -144,7 +144,7 @@ bool isSame(const struct stat& left, const struct stat& right)
            left.st_mtim.tv_sec == right.st_mtim.tv_sec && left.st_mtim.tv_nsec == right.st_mtim.tv_nsec;
 }
 
-// Returns the files in a directory whose names have the form of our temporary files, if this user owns them.
+// Returns this user's files in a directory whose names have the form of our temporary files.
 QList<QByteArray> helpersIn(int directory, const QString& mark)
 {
     QList<QByteArray> result;
@@ -348,7 +348,7 @@ bool SafeFile::commit()
             return commitInPlace();
         }
     } else {
-        // A file that another program has created meanwhile must not be overwritten.
+        // If another program has created the file in the meantime, the file must not be overwritten.
         if (renameat2(directoryNumber, temporaryName.constData(), directoryNumber, name.constData(),
                       RENAME_NOREPLACE) != 0) {
             // Some file systems do not support this flag.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Replaces the contents of a file safely. After a full disk, SIGKILL or a power failure, the file contains
-// either the old or the new text.
+// Replaces the contents of a file safely. Even if the disk is full, the process is killed or the power fails,
+// the file contains either the old or the new text.
 //
 // The new text is written to a temporary file in the same directory. The temporary file gets the owner, the
 // mode and the extended attributes of the old file. As soon as its text is on the disk, it is renamed to the
@@ -43,7 +43,7 @@ public:
     // Writes the prepared texts of many files to the disk together. Without this call, commit() writes each
     // text separately.
     static bool sync(const std::vector<std::unique_ptr<SafeFile>>& files);
-    // Writes directories to the disk, so that the changes of their file names are permanent.
+    // Writes directories to the disk, so that the changes to their file names are permanent.
     static void syncDirectories(const QStringList& directories);
 
     SafeFile() = default;
@@ -54,8 +54,8 @@ public:
 
     // Returns the directory of the file after all links have been followed.
     QString directory() const { return directoryPath; }
-    // After a failed commit(), the file may contain neither the old nor the new text. In this case, returns
-    // the path of the copy with the old text. Otherwise returns an empty text.
+    // If commit() has failed, the file may contain neither the old nor the new text. In this case, returns
+    // the path of the copy with the old text. Otherwise returns an empty string.
     QString copy() const { return copyPath; }
     // Returns true if replace() has removed rights of other users.
     bool hasRemovedRights() const { return removedRights; }

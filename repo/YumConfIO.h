@@ -4,8 +4,8 @@
 // editors change this list. Then write() writes the whole list to the files.
 //
 // This class neither overwrites nor removes a file that it has not read completely, or that another program
-// has changed since. Two paths lead to the same file if their device and inode numbers are equal, or if their
-// canonical paths are equal.
+// has changed since the last read. Two paths lead to the same file if their device and inode numbers are
+// equal, or if their canonical paths are equal.
 //
 // It lives on the graphical thread and shows its errors in message boxes; the main window owns it. It reads
 // the bytes of a file as Latin-1 characters, but writes UTF-8.
@@ -53,14 +53,15 @@ public:
                                  QStringLiteral("/usr/share/dnf5/repos.d")};
 
     // Replaces all data by the current contents of the files. Adds new identifiers to the session enable
-    // table; known identifiers keep their state. On failure, shows one error over `window` and returns false
-    // without changed(). `entries` then contains the repositories before the error.
+    // table; known identifiers keep their state. On failure, shows one error over `window`, returns false and
+    // does not emit changed(). `entries` then contains the repositories that were read before the error.
     bool read(QWidget* window);
 
     // Writes all files, and removes repository files without repositories. If `entries` contains empty or
     // repeated identifiers, asks the user and removes these entries first. Returns false if the user
-    // declines, or after an error, which it shows over `window`. Files that were written before the error
-    // stay written. If another program has changed one of the files since it was read, nothing is written.
+    // declines, or if an error occurs. Shows the error over `window`. Files that were written before the
+    // error keep their new contents. If another program has changed one of the files since it was read,
+    // nothing is written.
     bool write(QWidget* window);
 
     // Valid after write() has returned false. True if other programs have changed files and the user wants to
@@ -90,7 +91,8 @@ public:
     // that VYRE leaves alone. The user must see them before a file is written.
     QStringList warnings;
 
-    // The parent window of the message boxes. It is not owned, and valid only during read() and write().
+    // The parent window of the message boxes. The caller of read() and write() owns it. It is valid only
+    // during these calls.
     QWidget* parent = nullptr;
 
     // Physical lines that have been read, but belong to the next logical lines.
@@ -126,13 +128,14 @@ private:
         int known = -1; // the index in `knownFiles`
         QList<Repo::Entry> sections;
         QString text;
-        bool edited = true;    // the text differs from the last read or write
+        bool edited = true;    // the text has changed since the last read or write
         bool outdated = false; // another program has changed the file
         bool skipped = false;  // the file is not written
         Turn turn = Gains;
     };
 
-    // Adds a warning if VYRE reads an option as on, but the package manager reads the same option as off.
+    // Adds a warning if VYRE reads an option as enabled, but the package manager reads the same option as
+    // disabled.
     void noteDoubtfulSwitch(const QString& path, const QString& id, const QString& line,
                             const QString& value);
 
@@ -148,7 +151,7 @@ private:
     void noteLeftoverCopies();
     Lines linesOf(const Repo::File& file, const QString& path);
 
-    // The functions that follow show an error before they return false or ReadError.
+    // The following functions show an error before they return false or ReadError.
     bool readMainFile();
     bool readConfFile(Lines& lines);
     bool readRepoDirectory(const QString& directory);
@@ -183,8 +186,8 @@ private:
     QHash<Repo::FileNumber, int> numbersOfKnown() const;
     // Returns the known repository files that contain no repository any more and can be removed.
     QList<int> unused(const QList<Target>& list) const;
-    // Decides which files are not written. If a write would overwrite changes of other programs, asks the
-    // user and returns false.
+    // Decides which files are not written. If a write would overwrite the changes of another program, asks
+    // the user and returns false.
     bool respectChanges(QList<Target>& list, QList<int>& removed);
     void removeLeftovers() const;
     bool writeFiles(QList<Target>& list);

@@ -23,8 +23,8 @@ struct DirectoryCloser
 };
 using DirectoryGuard = std::unique_ptr<DIR, DirectoryCloser>;
 
-// Returns the next name that ends in ".repo". At the end of the directory, returns a null text. On failure,
-// returns a null text and sets errno.
+// Returns the next name that ends in ".repo". At the end of the directory, returns a null string. On failure,
+// returns a null string and sets errno.
 QString nextRepoFile(DIR* directory)
 {
     for (;;) {

@@ -228,7 +228,7 @@ QList<int> YumConfIO::unused(const QList<Target>& list) const
     QList<int> result;
     for (int i = 0; i < knownFiles.size(); ++i) {
         const Known& known = knownFiles.at(i);
-        // A file that is not plain and never contained a repository must stay unchanged.
+        // If a file is not plain and never contained a repository, it must stay unchanged.
         if (!used.contains(i) && !known.names.isEmpty() &&
             (known.file.isPlain || !known.unedited.isEmpty())) {
             result.append(i);
@@ -289,8 +289,8 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
 }
 
 // Writes the files in batches, in the order of their turns. All files of a batch are prepared before the
-// first of them is committed. Therefore a section that moves is in its new file before it is removed from its
-// old file.
+// first of them is committed. Therefore, if a section moves, it is in its new file before it is removed from
+// its old file.
 bool YumConfIO::writeFiles(QList<Target>& list)
 {
     std::vector<std::unique_ptr<SafeFile>> files;
@@ -320,7 +320,7 @@ bool YumConfIO::writeFiles(QList<Target>& list)
 bool YumConfIO::prepareWrite(SafeFile& file, const Target& target)
 {
     if (target.known < 0) {
-        // Even if the file has no password yet, the program may later ask for the password and write it into
+        // Even if the file has no password yet, the program may later ask for the password and write it to
         // this file.
         const bool secret = Credentials::holds(target.text, Credentials::Text::Options);
         return file.create(target.path, target.text.toUtf8(), secret ? S_IRUSR | S_IWUSR : 0666);

@@ -2,8 +2,8 @@
 
 // The log of the whole run. It contains every message of the package back end, with one entry for each line.
 //
-// The back end owns its EntryList. Worker threads append entries and the graphical thread reads them. Both
-// lock the list, which is also a mutex.
+// The back end owns its EntryList. Worker threads append entries and the graphical thread reads them. All
+// these threads lock the list, which is also a mutex.
 
 #ifndef SERVICES_LOG_H
 #define SERVICES_LOG_H
@@ -36,7 +36,7 @@ struct Entry
     Kind kind;
     unsigned int level;
     QString text;
-    qint64 time; // of the construction, in milliseconds since the epoch
+    qint64 time; // the time of the construction, in milliseconds since the epoch
 };
 
 // A writer locks the list, appends one entry for each line of the message, unlocks the list and then calls
@@ -49,8 +49,8 @@ class EntryList : public QObject, public QList<Entry>, public QMutex
 public:
     EntryList() = default;
 
-    // Appends one entry for each line of the message that is not empty, without passwords in URLs, and
-    // notifies the readers. Any thread may call it, but the caller must not hold the lock of the list.
+    // Hides the passwords in the URLs of the message, appends one entry for each non-empty line, and notifies
+    // the readers. Any thread may call it, but the caller must not hold the lock of the list.
     void appendMessage(Kind kind, unsigned int level, const QString& message);
 
     // Notifies the readers of new entries. Any thread may call it, but the caller must not hold the lock of

@@ -126,13 +126,13 @@ void Window::setVisible(bool visible)
             QMutexLocker locker(&entries);
             connect(&entries, SIGNAL(appended()), this, SLOT(appended()));
         }
-        // This call renders the entries that arrived after the rendering above but before the connection.
+        // This call renders the entries that arrived between the rendering above and the connection.
         appended();
         scrollToEnd();
     }
     QWidget::setVisible(visible);
     if (visible && !wasVisible) {
-        // The first show lays the window out, which changes the range of the scroll bar.
+        // When the window is first shown, Qt lays it out. The range of the scroll bar then changes.
         scrollToEnd();
     }
     if (!visible && wasVisible) {
@@ -156,7 +156,7 @@ void Window::appended()
         return;
     }
     if (painting) {
-        // This prevents unlimited recursion if the writer is faster than the painting.
+        // This check prevents unlimited recursion if the writer is faster than the painting.
         askedAgain = true;
         return;
     }
@@ -187,7 +187,8 @@ void Window::timesChanged()
 
 void Window::save()
 {
-    // No function of these dialogs may wait for the user: an operation that ends meanwhile could not return.
+    // No function may wait here for the user's answer: an operation that ends in the meantime could not
+    // return.
     auto* dialog = new QFileDialog(this, tr("Save the Log"), QDir::homePath(), QString());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
@@ -272,7 +273,7 @@ bool Window::render()
         return false;
     }
 
-    // With one edit block, the document is laid out once instead of once for each line. During the block, the
+    // One edit block makes Qt lay the document out once, instead of once for each line. During the block, the
     // view does not follow the end of the text.
     QScrollBar* scrollBar = textEdit->verticalScrollBar();
     const bool atEnd = scrollBar->value() >= scrollBar->maximum();

@@ -24,8 +24,8 @@ class Window : public QWidget
     Q_OBJECT
 
 public:
-    // Creates a top-level window. The main window is stored, but is not the parent. This window owns neither
-    // the list nor the main window. The list must outlive this window.
+    // Creates a top-level window. The main window is stored, but is not the Qt parent. The back end owns the
+    // list, which must outlive this window.
     Window(EntryList& entries, QWidget* mainWindow);
 
     // Escapes a line in place for use as rich text. White space keeps its width. Ampersands are not escaped.
@@ -41,8 +41,8 @@ public Q_SLOTS:
     void levelChanged(int level);
     // Shows or hides the times, and renders the whole log again.
     void timesChanged();
-    // Asks for a file and writes the shown entries with their times into it. Does not wait for the answer,
-    // because an operation may end meanwhile.
+    // Asks for a file, and writes the shown entries with their times to this file. Does not wait for the
+    // answer, because an operation may end in the meantime.
     void save();
     // Asks before it replaces a file.
     void saveInto(const QString& path);

@@ -39,7 +39,7 @@ bool OutputPump::start(Channel (&channels)[channelCount])
         ways[i].channel.to.reset(channels[i].to.release());
     }
 
-    // The new thread inherits the blocked signals. Otherwise a write into a pipe without a reader would raise
+    // The new thread inherits the blocked signals. Otherwise a write to a pipe without a reader would raise
     // SIGPIPE and end the program.
     sigset_t all;
     sigset_t before;
@@ -71,8 +71,8 @@ void OutputPump::stop()
     }
 }
 
-// Reads only the bytes that are available at the start. Otherwise a writer without pauses would keep the pump
-// in this function.
+// Reads only the bytes that are available at the start of the call. Otherwise a writer without pauses would
+// keep the pump in this function.
 void OutputPump::fill(Way& way)
 {
     int count = 0;

@@ -6,7 +6,7 @@
 // writes to a full pipe on the graphical thread, that thread would wait for ever for itself. Therefore the
 // pump is between the writers and the reader, and stores the unread output in memory.
 //
-// The worker thread that captures the output creates and stops the pump. The pump runs on its own thread,
+// A worker thread captures the output: it creates the pump and stops it. The pump runs on its own thread,
 // which receives no signals.
 
 #ifndef SERVICES_OUTPUTPUMP_H
@@ -45,8 +45,8 @@ public:
     // Takes over the four descriptors, which must be non-blocking. Returns false if resources are missing;
     // the channels are then unchanged.
     bool start(Channel (&channels)[channelCount]);
-    // Waits until all output that was written before the call is in the reader's pipes. Meanwhile the reader
-    // must read from its pipes or close them.
+    // Waits until the reader's pipes contain all output that was written before the call. Meanwhile the
+    // reader must read from its pipes or close them.
     void stop();
 
 private:

@@ -71,7 +71,7 @@ struct Downloads
 };
 
 // The Minion lives on the graphical thread. An Object creates it. The graphical thread deletes it after its
-// last slot has run. The Minion does not own the bars.
+// last slot has run. The main window owns the bars.
 class Minion : public QObject
 {
     Q_OBJECT
@@ -131,7 +131,7 @@ class Object : public QObject
     Q_OBJECT
 
 public:
-    // The object does not own the bars, which must outlive the operation.
+    // The main window owns the bars, which must outlive the operation.
     Object(HProgressBar* totalBar, HProgressBar* itemBar);
     // Resets the bars.
     ~Object() override;
@@ -154,7 +154,7 @@ public:
     void endItemActs();
 
     // Starts an item for parallel downloads. The item's value is the sum of the downloads' values. The
-    // functions that follow ignore an index if it is not less than "threads".
+    // following functions ignore an index if it is not less than "threads".
     void setupItemActsThreads(QString text, Steps actsFrom, Steps uptoAct, unsigned int threads,
                               Steps itemMax);
     void startItemActThread(QString name, unsigned int index, Steps max);

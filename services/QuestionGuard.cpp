@@ -11,7 +11,8 @@
 
 namespace {
 
-// The number of a key on the keyboard, which modifiers do not change, if the window system reports it.
+// Returns the number of a physical key. Modifiers do not change this number. If the window system does not
+// report it, returns Qt's code of the key.
 quint32 number(const QKeyEvent* event)
 {
     return event->nativeScanCode() != 0 ? event->nativeScanCode() : static_cast<quint32>(event->key());
@@ -39,7 +40,7 @@ void QuestionGuard::close()
     keys.clear();
     mouseButtons = Qt::NoButton;
     focus = question->focusWidget();
-    // A screen reader presses a button without any event, but not a disabled one.
+    // A screen reader presses a button without any event, but it cannot press a disabled button.
     for (QAbstractButton* button : question->findChildren<QAbstractButton*>()) {
         if (button->isEnabled()) {
             disabled.append(button);
@@ -88,7 +89,8 @@ bool QuestionGuard::eventFilter(QObject* watched, QEvent* event)
                 happened = true;
                 close();
                 if (painted) {
-                    // Queued, because painting a long text takes time, and input may wait meanwhile.
+                    // This call is queued, because painting a long text takes time. The question must still
+                    // ignore input that arrives during the painting.
                     QMetaObject::invokeMethod(this, "beginPause", Qt::QueuedConnection);
                 }
             }
@@ -96,7 +98,7 @@ bool QuestionGuard::eventFilter(QObject* watched, QEvent* event)
         return false;
     case QEvent::ShortcutOverride:
         if (belongsToQuestion(watched) && ignoresKey(static_cast<QKeyEvent*>(event))) {
-            event->accept(); // then the key is no shortcut, and arrives as a key press
+            event->accept(); // the key is then not a shortcut, and arrives as a key press
             return true;
         }
         return false;

@@ -3,11 +3,12 @@
 // Protects a question of a worker from input that is meant for something else. Such a question appears at a
 // moment that the user cannot foresee, perhaps between two key presses.
 //
-// For the first half second in which the question is on the screen, its buttons are disabled and it takes no
-// key and no click. The same applies to the first half second in which it is the active window. Afterwards it
-// still ignores keys and mouse buttons that were pressed earlier and are held.
+// For half a second after the question appears on the screen, its buttons are disabled, and it ignores keys
+// and clicks. The same happens when it first becomes the active window. Later, it still ignores keys and
+// mouse buttons that the user pressed earlier and still holds down.
 //
-// It lives on the graphical thread. The code that runs the dialog owns it, and deletes it before the dialog.
+// It lives on the graphical thread. The code that runs the dialog owns the guard, and deletes the guard
+// before the dialog.
 
 #ifndef SERVICES_QUESTIONGUARD_H
 #define SERVICES_QUESTIONGUARD_H
@@ -31,13 +32,13 @@ class QuestionGuard : public QObject
     Q_OBJECT
 
 public:
-    // The dialog has all its buttons and is not shown yet. If one of its widgets has the focus now, that
-    // widget gets the focus when the question takes input.
+    // The dialog must already have all its buttons, and must not be visible yet. If one of its widgets has
+    // the focus now, this widget gets the focus again when the question accepts input.
     explicit QuestionGuard(QDialog* dialog);
 
-    // The name of a property of the dialog: whether the question takes input.
+    // The name of a property of the dialog. Its value is true while the question accepts input.
     static constexpr char takesInput[] = "takesInput";
-    // In milliseconds. Tests of other classes shorten it.
+    // The time for which the question ignores input, in milliseconds. Tests of other classes shorten it.
     static inline int pause = 500;
 
 protected:
@@ -50,7 +51,7 @@ private Q_SLOTS:
 private:
     void close();
     bool belongsToQuestion(const QObject* object) const;
-    // These return whether the question ignores the event.
+    // Both functions return whether the question ignores the event.
     bool ignoresKey(const QKeyEvent* event);
     bool ignoresMouse(const QMouseEvent* event);
     bool repeats(const QKeyEvent* event) const;
@@ -62,7 +63,7 @@ private:
     bool activated;
     QList<QPointer<QAbstractButton>> disabled;
     QPointer<QWidget> focus;
-    QSet<quint32> keys;             // pressed while the question took input
+    QSet<quint32> keys;             // pressed while the question accepted input
     QHash<quint32, ulong> releases; // the time of each key's last release
     Qt::MouseButtons mouseButtons;
 };

@@ -69,8 +69,8 @@ void ScrollableDialog::addBelow(QWidget* widget)
 
 void ScrollableDialog::fit()
 {
-    // By default, a window has at most two thirds of the screen's size. Lines that fit on the screen would
-    // then be cut.
+    // By default, a window has at most two thirds of the screen's size. The dialog would then truncate lines
+    // that fit on the screen.
     ensurePolished();
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Modal dialogs for texts that can be very long: an icon and a text that scrolls inside the dialog.
+// Modal dialogs for texts that can be very long. Each dialog shows an icon and a text that scrolls inside the
+// dialog.
 //
-// They live on the graphical thread. The code that runs a dialog owns it, and so does its Qt parent. The
-// texts are plain text, never markup. The user can select and copy them. The keys that scroll work wherever
-// the focus is. Ctrl+F finds a text.
+// They live on the graphical thread. The code that runs a dialog deletes it; otherwise its Qt parent deletes
+// it. The texts are plain text, never markup. The user can select and copy them. The scroll keys work
+// wherever the focus is. Ctrl+F finds a text.
 
 #ifndef SERVICES_SCROLLABLEDIALOGS_H
 #define SERVICES_SCROLLABLEDIALOGS_H
@@ -26,7 +27,7 @@ protected:
                      QWidget* parent);
 
     void keyPressEvent(QKeyEvent* event) override;
-    // Adds a text above or below the text that scrolls.
+    // Both functions add a widget above or below the scrolling text.
     void addAbove(QWidget* widget);
     void addBelow(QWidget* widget);
     QPushButton* button(int number) const { return buttons.at(number); }
@@ -35,19 +36,19 @@ protected:
 
 private:
     HScrollArea* scrollArea;
-    QBoxLayout* column; // of the scroll area
+    QBoxLayout* column; // the layout of the scroll area
     QList<QPushButton*> buttons;
 };
 
-// A question. The first button accepts. The second button rejects, and so does closing the dialog. The Enter
-// key accepts, unless the rejection is the default. The rejection has the focus then.
+// A question. The first button accepts. The second button rejects; closing the dialog does the same. The
+// Enter key accepts, unless `rejectIsDefault` is true. In that case, the second button has the focus.
 class ScrollableConfirmDialog : public ScrollableDialog
 {
     Q_OBJECT
 
 public:
-    // The notice, above the text, stands out. The summary is below the text. Both do not scroll; an empty one
-    // is not shown.
+    // The highlighted notice is above the text, and the summary is below it. Neither of them scrolls. An
+    // empty notice or summary is not shown.
     ScrollableConfirmDialog(QString text, QString acceptText, QString rejectText, QWidget* parent,
                             bool rejectIsDefault = false, const QString& notice = QString(),
                             const QString& summary = QString());

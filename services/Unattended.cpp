@@ -20,7 +20,7 @@ namespace {
 std::atomic<bool> unattended(false);
 std::atomic<bool> everything(false);
 std::atomic<void (*)(const QString&)> reporter(nullptr);
-std::mutex mutex; // guards the list, and the change of the flag
+std::mutex mutex; // guards the list, and changes to the flag
 std::vector<Waiter*> waiters;
 
 } // namespace

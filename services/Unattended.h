@@ -40,8 +40,8 @@ bool reportsEverything();
 bool add(Waiter* waiter);
 void remove(Waiter* waiter);
 
-// Writes a text that no window can show to the system's log and to the program's messages. reportThrough()
-// sets the function that writes the messages. That function must work on any thread.
+// Writes a text to the system's log and to the program's messages, because no window can show it.
+// reportThrough() sets the function that writes the messages. That function must work on any thread.
 void report(const QString& text);
 void reportThrough(void (*function)(const QString& text));
 

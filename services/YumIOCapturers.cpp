@@ -47,8 +47,8 @@ void flushStreams()
     fflush(stderr);
 }
 
-// Reads only the bytes that are available at the start. Otherwise a writer without pauses would keep the
-// reader in this function.
+// Reads only the bytes that are available at the start of the call. Otherwise a writer without pauses would
+// keep the reader in this function.
 QByteArray readWaiting(const FileDescriptor& fd)
 {
     int waiting = 0;
@@ -198,13 +198,13 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     }
 
     flushStreams();
-    // Without saved duplicates, the descriptors could not be restored, so they are not redirected.
+    // If no duplicates are saved, the descriptors cannot be restored, so they are not redirected.
     if (savedStdout.isOpen() && savedStderr.isOpen()) {
         stdoutRedirected = replaceDescriptor(stdoutPipe.writeEnd.get(), STDOUT_FILENO);
         stderrRedirected = stdoutRedirected && replaceDescriptor(stderrPipe.writeEnd.get(), STDERR_FILENO);
     }
     if (!stderrRedirected) {
-        // The pipe has no reader. A write into a full pipe must fail instead of waiting for ever.
+        // The pipe has no reader. A write to a full pipe must fail instead of waiting for ever.
         addFlag(stdoutPipe.writeEnd.get(), O_NONBLOCK);
         receiver->error(tr("Unable to dup2 pipe to capture rpm transaction output"));
         return;

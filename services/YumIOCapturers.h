@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Captures standard output and standard error during an operation, and sends the text to the back end. This
-// includes the output of programs that this process starts.
+// Captures standard output and standard error during an operation, and sends the text to the back end. The
+// captured output includes the output of programs that this process starts.
 //
-// YumIOCapturers redirects descriptors 1 and 2 into pipes. The worker thread creates and destroys it.
+// YumIOCapturers redirects descriptors 1 and 2 to pipes. The worker thread creates and destroys it.
 // YumIOCapturersMinion lives on the graphical thread and reads the output that an OutputPump moves out of
 // these pipes. YumIOCapturersUser installs a YumIOCapturers for one operation.
 
@@ -29,7 +29,8 @@ class YumIOCapturersMinion : public QObject
     Q_OBJECT
 
 public:
-    // Takes over the read ends of the two pipes, which must be non-blocking. The receiver is not owned.
+    // Takes over the read ends of the two pipes, which must be non-blocking. The receiver is the back end,
+    // which the main window owns.
     YumIOCapturersMinion(CapturedOutput* textReceiver, int stdoutReadEnd, int stderrReadEnd);
     // Reads the remaining output. The worker does not wait for it.
     ~YumIOCapturersMinion() override;

@@ -23,7 +23,7 @@ class YumIODialogsMinion : public QObject
     Q_OBJECT
 
 public:
-    // The argument becomes the parent of every dialog, and is not owned.
+    // The argument, which the caller owns, becomes the Qt parent of every dialog.
     explicit YumIODialogsMinion(QWidget* parent);
 
 public Q_SLOTS:
@@ -49,15 +49,15 @@ private:
     QWidget* parentWidget;
 };
 
-// Only the thread that created it may use it, with one request at a time. On the graphical thread, the dialog
-// runs inside the request. While the program is unattended, no dialog is shown. Each request then immediately
-// returns the safe answer, which is the rejection or the escape button.
+// Only the thread on which it was created may use it, with one request at a time. On the graphical thread,
+// the dialog runs inside the request. While the program is unattended, no dialog is shown. Each request then
+// immediately returns the safe answer, which is the rejection or the escape button.
 class YumIODialogs : public QObject, private Unattended::Waiter
 {
     Q_OBJECT
 
 public:
-    // The argument becomes the parent of every dialog, and is not owned.
+    // The argument, which the caller owns, becomes the Qt parent of every dialog.
     explicit YumIODialogs(QWidget* parent);
     ~YumIODialogs() override;
 
@@ -69,8 +69,8 @@ public:
                 const QString& summary = QString());
     // Both functions return the number of the pressed button. A button without a text is omitted, but button
     // 0 without a text is "OK". If the number of the escape button is -1, the box has no escape button,
-    // unless it has only one button. The number of the escape button is also the answer if the program ends
-    // first.
+    // unless it has only one button. If the program ends before the user answers, the result is the number of
+    // the escape button.
     int warning(const QString& caption, const QString& text, const QString& button0Text,
                 const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                 int escapeButtonNumber);

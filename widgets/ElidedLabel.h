@@ -21,9 +21,9 @@ public:
     // Returns the whole text, even if the label shows a shortened text.
     QString wholeText() const { return whole; }
 
-    // The size of the whole text.
+    // Returns the size of the whole text.
     QSize sizeHint() const override;
-    // The size of a few letters.
+    // Returns the size of a few letters.
     QSize minimumSizeHint() const override;
 
 protected:

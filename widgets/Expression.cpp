@@ -64,7 +64,8 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
         case ')':
         case '|':
         case '{':
-            // With groups, alternatives or repetition counts, a match need not contain any fixed text.
+            // If an expression has groups, alternatives or repetition counts, its matches may have no fixed
+            // text in common.
             whole = false;
             return QByteArray();
         case '*':

@@ -5,7 +5,7 @@
 //
 // For most expressions, every match contains a certain fixed text. A search for a fixed text is much faster
 // than a regular expression. Therefore the regular expression is tried only on texts that contain the fixed
-// text. This does not change the results.
+// text. The results are the same.
 //
 // Only the graphical thread uses it.
 
@@ -42,7 +42,7 @@ public:
     // Returns true if the expression matches at least one of the texts. A zero byte ends each text.
     bool matchesAny(const QByteArray& texts) const;
 
-    // Returns a fixed text that every match of the expression contains, or an empty text if none is known.
+    // Returns a fixed text that every match of the expression contains, or an empty string if none is known.
     // Sets `whole` to true if the expression consists only of this text.
     static QByteArray requiredText(const QByteArray& expression, bool& whole);
 

@@ -29,7 +29,7 @@ namespace {
 
 // The maximum width of a column, in letters. The last column gets the remaining width.
 constexpr int widestColumn = 30;
-// In each column, the width of this number of longest texts is measured.
+// In each column, only this number of the longest texts is measured.
 constexpr size_t measuredTexts = 8;
 // A number that no row has.
 constexpr int unknownRow = -2;
@@ -151,7 +151,7 @@ void FilteredList::fitColumns()
     const int widest = widestColumn * Metrics::columnWidth(metrics);
     const int count = model->rowCount();
     const int last = model->columnCount() - 1;
-    // The last column gets the remaining width, and at least that of its heading.
+    // The last column gets the remaining width, but at least the width of its heading.
     table->setColumnWidth(last, header->sectionSizeHint(last));
     for (int column = 0; column < last; ++column) {
         std::vector<QString> texts;
@@ -241,7 +241,7 @@ void FilteredList::aboutToList()
 {
     listing = true;
     const int row = currentRow();
-    // A model that resets itself makes this index invalid.
+    // If the model is reset, this index becomes invalid.
     kept = row >= 0 ? QPersistentModelIndex(model->index(row, 0)) : QPersistentModelIndex();
 }
 

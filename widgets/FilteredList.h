@@ -9,7 +9,7 @@
 // the text is the tool tip. If the list is not empty, one row is current. It stays current while it is
 // listed.
 //
-// It lives on the graphical thread; its Qt parent owns it. The model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The surrounding window owns the model.
 
 #ifndef WIDGETS_FILTEREDLIST_H
 #define WIDGETS_FILTEREDLIST_H
@@ -37,8 +37,8 @@ public:
 
     // Sets the plain text that the list shows if the model has no rows.
     void setEmptyText(const QString& text);
-    // Sets the widget below the list, which becomes a child. The user can move the border between the list
-    // and this widget.
+    // Sets the widget below the list. This widget becomes a child. The user can move the border between the
+    // list and this widget.
     void setDetails(QWidget* details);
 
     // Makes each column as wide as its longest texts, up to a limit.

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A proxy model with the rows of a table that match an expression, sorted by a column. It has its own map
-// between its rows and the rows of the table. A change of the expression only creates a new map, even with
-// ten thousand rows.
+// between its rows and the rows of the table. If the expression changes, the model only creates a new map,
+// even if the table has ten thousand rows.
 //
 // The expression is matched against a text that joins the texts of all columns of a row, with blanks between
-// them. The model may provide an additional text for the end of this text.
+// them. The model may provide an additional text for each row; this text is appended.
 //
-// It lives on the graphical thread; its Qt parent owns it. The source model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the source
+// model.
 
 #ifndef WIDGETS_FILTEREDROWS_H
 #define WIDGETS_FILTEREDROWS_H
@@ -38,12 +39,12 @@ public:
     // expression matches every row; an invalid expression matches no row.
     void setExpression(const QString& text);
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
-    // Returns the description of the error in an invalid expression, or an empty text if the expression is
+    // Returns the description of the error in an invalid expression, or an empty string if the expression is
     // valid.
     QString expressionFault() const { return isValidExpression() ? QString() : pattern.fault(); }
 
-    // With column -1, the rows are in the order of the source model. Rows with equal values always keep that
-    // order.
+    // If the column is -1, the rows are in the order of the source model. Rows with equal values always keep
+    // that order.
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
 
     QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;

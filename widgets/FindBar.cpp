@@ -94,7 +94,8 @@ public:
             return metrics.size(Qt::TextSingleLine | Qt::TextExpandTabs, part).width();
         };
         const QRect place(width(line), row * metrics.lineSpacing(), width(match), metrics.lineSpacing());
-        // The end first, so that the beginning of a very long match stays visible.
+        // The first call shows the end of the match, so that the beginning of a very long match stays
+        // visible.
         area->ensureVisible(place.right(), place.bottom(), metrics.lineSpacing(), metrics.lineSpacing());
         area->ensureVisible(place.left(), place.top(), metrics.lineSpacing(), metrics.lineSpacing());
     }

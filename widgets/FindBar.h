@@ -4,10 +4,10 @@
 // the previous match. It is hidden until the user presses Ctrl+F in its window. The search ignores case, and
 // continues at the other end of the text.
 //
-// Enter and F3 go to the next match, with Shift to the previous match, and Escape hides the bar. While the
-// focus is in the bar, these keys never reach the buttons of the window.
+// Enter and F3 go to the next match; with Shift, they go to the previous match. Escape hides the bar. While
+// the focus is in the bar, these keys never reach the buttons of the window.
 //
-// It lives on the graphical thread; its Qt parent owns it. The text edit or the label is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The window owns the text edit or the label.
 
 #ifndef WIDGETS_FINDBAR_H
 #define WIDGETS_FINDBAR_H
@@ -61,7 +61,7 @@ private:
     void showFound(bool found);
 
     std::unique_ptr<Text> text;
-    // These four are null until the bar is first opened, because most windows never show it.
+    // These four members are null until the bar is first opened, because most windows never show it.
     ExpressionEdit* field;
     QPushButton* nextButton;
     QPushButton* previousButton;

@@ -24,8 +24,8 @@ public:
 
     QString text() const;
 
-    // Sets the text, which is plain text, never markup. With an empty text, the label is invisible but keeps
-    // its place in the layout.
+    // Sets the text, which is plain text, never markup. If the text is empty, the label is invisible, but
+    // keeps its place in the layout.
     virtual void setText(const QString& text);
 
     // Sets the palette that is used while the label has a text.

@@ -19,13 +19,13 @@ public:
     explicit HScrollArea(QWidget* parent = nullptr);
     // The maximum size is in pixels.
     explicit HScrollArea(QSize maxSize, QWidget* parent = nullptr);
-    // The maximum size is in columns and rows of text, in the area's present font. With -1, that direction
-    // has no limit.
+    // The maximum size is in columns and rows of text, in the area's present font. If an argument is -1, that
+    // direction has no limit.
     HScrollArea(int columns, int rows, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
 
-    // Resizes the inner widget after a change of its contents.
+    // Resizes the inner widget after a change to its contents.
     void forceResize();
 
     // If the key goes to an end or to another page, scrolls and returns true.

@@ -108,8 +108,8 @@ bool HSortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex&
     case Order::Equal:
         break;
     }
-    // Rows that are also equal in the second column keep their order, because the base class uses a stable
-    // sort.
+    // If rows are also equal in the second column, they keep their order, because the base class uses a
+    // stable sort.
     const QModelIndex secondary = createSecondarySortIndex(left);
     return left.column() != secondarySortColumn && secondary.isValid() &&
            lessThan(secondary, createSecondarySortIndex(right));

@@ -2,7 +2,8 @@
 
 // Sorts a table by the values in a column. Rows with equal values are sorted by a second column.
 //
-// It lives on the graphical thread; its Qt parent owns it. The source model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The caller of setSourceModel() owns the source
+// model.
 
 #ifndef WIDGETS_HSORTFILTERPROXYMODEL_H
 #define WIDGETS_HSORTFILTERPROXYMODEL_H
@@ -24,7 +25,8 @@ public:
     // not sort all rows again.
     void setSourceModel(QAbstractItemModel* model) override;
 
-    // Each of these functions calls the function of the base class, and then sorts all rows again.
+    // Each of these functions calls the corresponding function of the base class, and then sorts all rows
+    // again.
     void filterChanged();
     void clear();
     void setFilterRegExp(const QString& pattern);

@@ -118,7 +118,7 @@ void HTableView::keyPressEvent(QKeyEvent* event)
     if ((toStart || event->key() == Qt::Key_End) && modifiers == Qt::ControlModifier) {
         const int rows = model() != nullptr ? model()->rowCount(rootIndex()) : 0;
         if (rows > 0) {
-            // The base class moves only the current index, and the selection stays where it is.
+            // The base class moves only the current index, and does not move the selection.
             QItemSelectionModel::SelectionFlags command = QItemSelectionModel::ClearAndSelect;
             if (selectionBehavior() == QAbstractItemView::SelectRows) {
                 command |= QItemSelectionModel::Rows;

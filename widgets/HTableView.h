@@ -3,7 +3,7 @@
 // A table view whose size hint fits its columns and a certain number of rows. It can fit its columns and its
 // window to the contents. If it has no rows, it can show a text instead.
 //
-// It lives on the graphical thread; its Qt parent owns it. The model is not owned.
+// It lives on the graphical thread; its Qt parent owns it. The caller of setModel() owns the model.
 
 #ifndef WIDGETS_HTABLEVIEW_H
 #define WIDGETS_HTABLEVIEW_H
@@ -20,11 +20,11 @@ public:
                QWidget* parent = nullptr);
 
     // The first call sets the number of rows in the size hint to the number of rows in the model. Later
-    // changes of the model do not resize the view.
+    // changes to the model do not resize the view.
     QSize sizeHint() const override;
 
-    // Returns the width of the column in pixels, or -1 without a model. Considers all rows, not only the
-    // visible rows.
+    // Returns the width of the column in pixels, or -1 if the view has no model. Considers all rows, not only
+    // the visible rows.
     int sizeHintForColumn(int column) const override;
 
     // Returns the selected rows in selection order, without rows that are not selectable. Each index is in
@@ -52,7 +52,7 @@ public Q_SLOTS:
     void resizeColumnsToContents();
 
     // Sorts in the order that the header shows for the column, or in ascending order if the header shows no
-    // order. Does nothing without a model.
+    // order. If the view has no model, does nothing.
     void sortByColumn(int column);
     void sortByColumn(int column, Qt::SortOrder order);
 

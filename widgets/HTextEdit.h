@@ -16,14 +16,14 @@ class HTextEdit : public QTextEdit
 
 public:
     explicit HTextEdit(QWidget* parent = nullptr);
-    // The size hint is in columns and rows of text. With -1, the base class determines the size in that
-    // direction.
+    // The size hint is in columns and rows of text. If an argument is -1, the base class determines the size
+    // in that direction.
     HTextEdit(int columns, int rows, QWidget* parent = nullptr);
 
     QSize sizeHint() const override;
 
-    // Appends a paragraph without space above or below it. A text that looks like rich text is shown as rich
-    // text.
+    // Appends a paragraph without space above or below it. If a text looks like rich text, it is shown as
+    // rich text.
     void appendCompact(const QString& text);
 
 Q_SIGNALS:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
 // A label that shows its text unchanged. Texts from packages, repositories, files and servers are never
-// markup, so every label of the program is a PlainLabel. A label whose text can be selected leaves the keys
-// that scroll to the area around it.
+// markup, so every label of the program is a PlainLabel. If the text of a label can be selected, the label
+// passes the scroll keys to the area around it.
 //
 // It lives on the graphical thread; its Qt parent owns it.
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// An advisory of a repository that concerns an installed package: the reason for updates, such as a security
+// A repository's advisory about an installed package. It gives the reason for updates, for example a security
 // fault.
 //
-// A plain value, which the back end's worker makes.
+// A plain value. A worker of the back end creates it, and the graphical thread reads it afterwards.
 
 #ifndef YUMIO_ADVISORY_H
 #define YUMIO_ADVISORY_H
@@ -15,42 +15,41 @@
 class Advisory
 {
 public:
-    // Whether the update that an advisory asks for can be marked, and why not. The script has the same
-    // numbers.
+    // The obstacle to marking the requested update, or Possible. The script uses the same numbers.
     enum Obstacle : int {
         Possible = 0,
-        IsInstalled = 1, // this version, or a newer one
-        NotOffered = 2,  // by any repository
+        IsInstalled = 1, // this version or a newer version is installed
+        NotOffered = 2,  // no repository offers it
         Older = 3,       // the offered update is older than the advisory's version
-        Locked = 4,      // by a version lock
-        Excluded = 5     // by the configuration
+        Locked = 4,      // a version lock excludes it
+        Excluded = 5     // the configuration excludes it
     };
 
-    // A package that the advisory names. Any version of it is installed.
+    // A package that the advisory names. Some version of this package is installed.
     struct Package
     {
         QString name;
         QString arch;
-        QString evr; // with the epoch, unless that is zero
+        QString evr; // with the epoch, unless the epoch is zero
         Obstacle obstacle = Possible;
-        QString offered; // the version of the offered update, if there is one
+        QString offered; // the version of the offered update, or empty
 
         QString text() const { return name + QLatin1Char('-') + evr + QLatin1Char('.') + arch; }
     };
 
     QString id;
-    QString kind; // in dnf's words, as the severity is
+    QString kind; // in dnf's words
     bool security = false;
-    QString severity; // empty for other kinds than security
-    int rank = 0;     // of the severity; the most severe has the highest
-    QString date;     // of the last change, as 2024-12-31
+    QString severity; // in dnf's words; empty unless the kind is security
+    int rank = 0;     // the severity as a number; the highest number is the most severe
+    QString date;     // the date of the last change, for example 2024-12-31
     QString title;
     QString description;
     QStringList cves;
-    QStringList bugs; // with their titles
+    QStringList bugs; // the bugs with their titles
     QVector<Package> packages;
 
-    // Whether all of its packages are installed in this version or a newer one.
+    // Returns whether all named packages are installed in the named version or a newer version.
     bool isInstalled() const
     {
         for (const Package& package : packages) {

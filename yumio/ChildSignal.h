@@ -2,8 +2,8 @@
 
 // Sets SIGCHLD to its default disposition for a scope, because rpm and its scripts wait for their children.
 //
-// The worker that applies a transaction has one object on its stack. The destructor restores the former
-// disposition. The back end reports a failure to the user.
+// During a transaction, the worker has one object on its stack. The destructor restores the former
+// disposition. If a change fails, the back end reports this to the user.
 
 #ifndef YUMIO_CHILDSIGNAL_H
 #define YUMIO_CHILDSIGNAL_H

@@ -26,8 +26,8 @@ bool wasSent(const siginfo_t& info);
 // Handles each signal that would end the process by its default action, except SIGINT. From now on, the
 // handler writes the signal's number (an int) to the descriptor. The caller still owns the descriptor. In two
 // cases the handler removes the lock file and ends the process at once. The first case is a fault of the
-// program itself. In the second case, a signal arrives and the program still runs long after an earlier
-// request to end.
+// program itself. In the second case, a signal arrives long after an earlier request to end, but the program
+// still runs.
 void install(int descriptor);
 
 // Handles SIGINT in the same way. Call it again after the interpreter has restored the default action of

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// One transaction of the package manager's history, as a list shows it.
+// One recorded transaction, with the values that the history window lists.
 //
-// A value. A worker makes it; afterwards the graphical thread uses it.
+// A plain value. A worker creates it, and the graphical thread uses it afterwards.
 
 #ifndef YUMIO_HISTORYRECORD_H
 #define YUMIO_HISTORYRECORD_H
@@ -18,15 +18,15 @@ struct HistoryRecord
     qint64 begin = 0; // in seconds since 1970
     QString user;
     QString commandLine;
-    QString changes; // in short, in the package manager's words
-    QString names;   // of all changed packages, separated by spaces
+    QString changes; // a summary in the package manager's words
+    QString names;   // the names of all changed packages, separated by spaces
     Result result = Succeeded;
-    int outputLines = 0; // of kept output of scriptlets
+    int outputLines = 0; // the number of recorded lines of scriptlet output
 };
 
 using HistoryRecords = QVector<HistoryRecord>;
 
-// What to do with a transaction of the history.
+// The operations on a recorded transaction.
 enum class Replay {
     UndoThis,
     UndoAllSince, // undo all newer transactions

@@ -68,8 +68,8 @@ public:
     int keyCount() const { return entryIndex.count(); }
 
     Package::Entry* find(const Package::EntryKey& key) const { return entryIndex.value(key); }
-    // Finds a package by name. Prefers a package of the given bi-arch class. If this is missing, returns a
-    // package of any class.
+    // Finds a package by name. Prefers a package of the given bi-arch class. If this class has no such
+    // package, returns a package of any class.
     Package::Entry* findPackage(const QString& name, const QString& preferredBiArch) const;
     // Returns the first installed version in a record's chain.
     static Package::Entry* installedEntry(Package::Entry* entry);
@@ -92,8 +92,7 @@ public:
 private:
     Package::EntryList entries;
     QHash<Package::EntryKey, Package::Entry*> entryIndex;
-    // The records of the index, in the order in which they were collected. This is also their order in
-    // memory.
+    // The records of the index, in the order in which they were collected. Their order in memory is the same.
     QVector<Package::Entry*> collectedEntries;
     QHash<QString, Package::Entry*> bestByName;
     QSet<QString> biArchs;

@@ -4,7 +4,7 @@
 //
 // The base class Python is the interpreter. The back end YumIO derives from ScriptValues. Any thread may call
 // these functions while it holds the interpreter lock. If a value has an unknown type, they warn the user and
-// return an empty text or 0. No function leaves an exception pending.
+// return an empty string or 0. No function leaves an exception pending.
 
 #ifndef YUMIO_SCRIPTVALUES_H
 #define YUMIO_SCRIPTVALUES_H
@@ -29,7 +29,7 @@ public:
 
     // --- Texts, numbers and times. Functions ending in Dec release the object; others borrow it.
 
-    // Converts a str or bytes object. None becomes an empty text.
+    // Converts a str or bytes object. None becomes an empty string.
     QString pyString(PyObject* object);
     QString pyStringDec(PyObject* object);
     // Converts a str, an int, or a list or tuple of these types.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The request of the user to stop the running operation. The graphical thread makes the request; the worker
-// asks for it between its steps, and ends. Downloads end at once.
+// The user's request to stop the running operation. The graphical thread makes the request. The worker checks
+// between its steps whether a request exists, and then ends. Downloads end at once.
 //
-// The back end owns the object, which lives on the graphical thread. begin(), end() and request() belong to
-// that thread, the other functions to every thread.
+// The back end owns the object, which lives on the graphical thread. Only that thread calls begin(), end()
+// and request(). Any thread may call the other functions.
 
 #ifndef YUMIO_STOPREQUEST_H
 #define YUMIO_STOPREQUEST_H
@@ -23,7 +23,7 @@ public:
     enum class State {
         Idle,     // no operation runs
         Possible, // a request ends the operation soon
-        Useless,  // the operation ends by itself before a request has an effect
+        Useless,  // the operation would end by itself before a request has an effect
         Requested,
         Refused // rpm changes the system, which must not be interrupted
     };
@@ -31,25 +31,25 @@ public:
     StopRequest();
 
     State state() const;
-    // A worker begins.
+    // Called when a worker starts. If `stoppable` is true, a request has an effect from the start.
     void begin(bool stoppable);
     void end();
-    // Returns false if there is no operation, and if the operation cannot be stopped any more.
+    // Returns false if no operation runs, or if the operation can no longer be stopped.
     bool request();
-    // Remains true until the next begin().
+    // After a request, returns true until the next begin().
     bool isRequested() const { return requested; }
-    // Whether a request has an effect from now on.
+    // Sets whether a request has an effect from now on.
     void setStoppable(bool stoppable);
-    // Whether the operation waits for another program now, which a request ends.
+    // Sets whether the operation is waiting for another program. A request ends this wait.
     void setWaiting(bool waits);
-    // From now on, no request is possible. Returns false if there was a request before.
+    // Makes all later requests impossible. Returns false if a request has already been made.
     bool refuse();
 
-    // The download library abandons all downloads within a second. Any thread.
+    // Makes the download library abandon all downloads within a second. Any thread may call this function.
     static void interruptDownloads();
 
 Q_SIGNALS:
-    // The state has changed; from any thread.
+    // Emitted when the state has changed, on any thread.
     void changed();
 
 private Q_SLOTS:
@@ -57,7 +57,7 @@ private Q_SLOTS:
 
 private:
     State stateNow() const;
-    // Calls the function, which changes the members below, and reports a change of the state.
+    // Calls the function, which changes the members below. If the state is then different, emits changed().
     template <typename Change> void change(const Change& function);
 
     mutable QMutex mutex; // guards the other members
@@ -66,7 +66,7 @@ private:
     bool waiting = false;
     bool refused = false;
     std::atomic<bool> requested{false}; // written under the mutex
-    QTimer repetition;                  // only for the graphical thread
+    QTimer repetition;                  // only the graphical thread uses it
 };
 
 #endif

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The version locks of the package manager, as of the last collection. A locked package gets no update. The
-// package manager knows them from its plug-in versionlock; without it, the program offers no locks.
+// The package manager's version locks at the time of the last collection. A locked package gets no update.
+// The versionlock plug-in of the package manager provides the locks. If this plug-in is missing, the program
+// offers no locks.
 //
 // Objects are plain values. The back end has one object. A worker sets it, and the graphical thread reads it
 // while no worker runs.

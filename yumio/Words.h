@@ -28,7 +28,7 @@ public:
     static QString described(Package::State state);
     static QString described(Package::Kind kind);
 
-    // The text for a tool tip. The tool tip of a kind is described().
+    // Both functions return the text for a tool tip. For a kind, described() returns this text.
     static QString explained(Package::Action action); // empty for no action
     static QString explained(Package::State state);
 };

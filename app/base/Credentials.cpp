@@ -110,8 +110,8 @@ void findVantor(const QString& text, QVector<Found>& found)
     }
 }
 
-// Finds the passwords of vantor URLs with a path before the query. Programs that download files insert their
-// paths there. In messages, a blank may end the URL.
+// Finds the passwords of vantor URLs with a path before the query. When a program downloads a file, it
+// inserts the path of the file there. In messages, a blank may end the URL.
 void findVantorWithPath(const QString& text, QVector<Found>& found)
 {
     auto pathEnd = makeNext(text, endsPath);
@@ -156,7 +156,8 @@ bool mayBePort(const QString& text, int host, int colon, int end)
 }
 
 // Finds names and passwords before a host. A password may contain a slash, although the slash should be
-// written as %2f. The code assumes this if the text before the slash cannot be a port.
+// written as %2f. If the text before the slash cannot be a port, the code assumes that the slash is a part of
+// the password.
 void findBeforeHost(const QString& text, QVector<Found>& found)
 {
     auto hostEnd = makeNext(text, endsHost);

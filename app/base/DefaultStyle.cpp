@@ -22,7 +22,7 @@ DefaultStyle::DefaultStyle(int argc, char** argv) : userStyle(false)
     }
     if (!userStyle) {
         QSettings settings(QSettings::UserScope, QStringLiteral("Trolltech"));
-        settings.setFallbacksEnabled(false); // the user has not chosen the settings in the system's file
+        settings.setFallbacksEnabled(false); // the settings in the system's file are not the user's choice
         settings.beginGroup(QStringLiteral("Qt"));
         userStyle = settings.contains(QStringLiteral("style"));
     }

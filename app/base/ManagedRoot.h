@@ -17,16 +17,17 @@ namespace ManagedRoot {
 // is managed.
 QString path();
 
-// Converts an absolute path of the managed system to a path on the running system. Without a managed root,
+// Converts an absolute path of the managed system to a path on the running system. If no managed root is set,
 // the path does not change.
 QString absolute(const QString& pathInRoot);
 
-// Converts the path of a directory for writing, if a file of the managed system names this directory. A path
-// that is relative, or that already begins with the root, does not change.
+// Converts the path of a directory to which VYRE writes. A file of the managed system names this directory.
+// If the path is relative, or already begins with the root, it does not change.
 QString namedDirectory(const QString& directory);
 
-// Converts the path of a directory for reading in the same way. If the directory is missing below the root,
-// the path does not change, because the managed system may share this directory with the running system.
+// Converts the path of a directory from which VYRE only reads, in the same way. If the directory is missing
+// below the root, the path does not change, because the managed system may share this directory with the
+// running system.
 QString namedDirectoryOfFiles(const QString& directory);
 
 } // namespace ManagedRoot

@@ -13,8 +13,8 @@
 // program can read it in a moment.
 constexpr int repositoryFileLimit = 8 << 20;
 
-// The limit for one repository, in bytes. The form that edits a repository can show a text of this size in a
-// moment. The limit does not apply to the options of the main section, because no form shows them.
+// The limit for one repository, in bytes. The form for a repository can show a text of this size in a moment.
+// The limit does not apply to the options of the main section, because no form shows them.
 constexpr int repositorySectionLimit = 256 << 10;
 
 #endif

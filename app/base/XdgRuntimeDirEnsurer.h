@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Creates a runtime directory if the process has none, and removes it at the end. For example, a process of a
-// privileged account without a login session has no runtime directory.
+// Creates a runtime directory if the process has none, and removes it when the program ends. For example, a
+// process of a privileged account without a login session has no runtime directory.
 //
 // main() creates this object first and destroys it last. No other thread exists at these two times.
 

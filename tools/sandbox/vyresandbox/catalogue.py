@@ -323,7 +323,7 @@ def _scriptlets():
                          "preun": "printf 'halfline: nor after this' >&2"}),
         Package("slowpoke", "1.0", "Takes three seconds to install", arch="noarch",
                 scripts={"post": "for i in 1 2 3; do echo \"slowpoke: step $i\"; sleep 1; done"}),
-        # The next scriptlets continue at once if the file does not exist.
+        # If the file is missing, the next scriptlets continue at once.
         Package("doorkeeper", "1.0", "Lets nobody in", arch="noarch", state="user",
                 scripts={"postun": "echo 'doorkeeper-1.0: gone'"}),
         Package("doorkeeper", "1.1", "Installs for as long as there is /tmp/doorkeeper", arch="noarch",
@@ -450,7 +450,7 @@ def _group_members():
         Package("loomctl", "1.0", "Controls looms", state="user"),
         Package("loomctl", "1.1", "Controls looms", repo="updates", changelog="update"),
         Package("shuttle", "1.0", "Carries threads"),
-        # Each of these packages is installed with its group only if its condition is installed.
+        # Each of these packages is installed with its group only if the package in its condition is installed.
         Package("scribe-lexicon", "1.0", "Word lists for scribe-writer", arch="noarch"),
         Package("scribe-fonts", "1.0", "Typefaces for scribe-writer", arch="noarch"),
     ]

@@ -103,7 +103,7 @@ _GROVE = {stream: [_modular("grove-cli", version, "Plants groves", "grove", stre
                             relations=[("Requires", "grove-data = %s" % version)]),
                    _modular("grove-data", version, "Seeds of groves", "grove", stream)]
           for stream, version in (("0", "0.9"), ("1", "1.4"), ("2", "2.2"))}
-# The stream has no default: its packages are available only if it is enabled.
+# The module has no default stream: the packages are available only if the stream is enabled.
 _ORANGERY = [_modular("orangery", "5.0", "Keeps oranges warm", "orangery", "5")]
 # The default stream of tidepool needs a stream of grove that is not grove's default stream.
 _TIDEPOOL = [_modular("tidepool", "7.0", "Looks into pools", "tidepool", "7",

@@ -76,7 +76,7 @@ class Sandbox(object):
         return os.path.join(self.directory, kind, name)
 
     def copy(self, directory):
-        """A private copy in a new directory. Changes of the copy do not affect the original, and vice versa."""
+        """A private copy in a new directory. Changes to the copy do not affect the original, and vice versa."""
         copied = Sandbox(directory)
         if os.path.lexists(copied.directory):
             raise RuntimeError("%s exists already" % copied.directory)
@@ -107,7 +107,7 @@ class Sandbox(object):
         shutil.rmtree(self.directory)
 
     def start(self):
-        """Starts the server and writes its port into the repository files. A second start uses the same port."""
+        """Starts the server and writes its port to the repository files. A second start uses the same port."""
         if self.server is None:
             self.server = Server.preferring(os.path.join(self.directory, "http"), self._last_port)
             self.server.start()

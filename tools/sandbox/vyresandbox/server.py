@@ -26,8 +26,8 @@ class Server(socketserver.ThreadingMixIn, HTTPServer):
     """Serves the files below a directory, with one thread for each request.
 
     faults    path ("/sandbox-http/repodata/repomd.xml") -> callable(handler). The server calls it instead of sending
-              the file. It answers through the handler (see the functions below), or returns without an answer, which
-              closes the connection. It may be changed while the server runs.
+              the file. The callable answers through the handler (see the functions below), or returns without an
+              answer, which closes the connection. A test may change this dictionary while the server runs.
     requests  the request log, oldest first.
     stopping  stop() sets it; a fault that waits must watch it.
     """
