@@ -88,10 +88,10 @@ public:
     PyObject* pyMethodCall(PyObject* self, const char* method, const char* format, ...);
     PyObject* pyVMethodCall(PyObject* self, const char* method, const char* format, va_list args);
 
-    // Finds the object with a dotted name. The first part is a global of __main__. If that is missing, the
-    // first part is a module, which is imported. The other parts are module attributes and dictionary keys;
-    // attributes of other objects are not found. Returns a borrowed reference or NULL. If "quiet" is true, a
-    // failure is not reported.
+    // Finds the object with a dotted name. The first part is a global of __main__. If this global is missing,
+    // the first part is a module, which is imported. The other parts are module attributes and dictionary
+    // keys; attributes of other objects are not found. Returns a borrowed reference or NULL. If "quiet" is
+    // true, a failure is not reported.
     PyObject* pyLookup(const char* dotted, bool quiet = false);
     // Returns an item of a module or dictionary that pyLookup() finds: a borrowed reference or NULL.
     PyObject* pyValue(const char* module, const char* name);

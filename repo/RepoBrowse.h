@@ -34,8 +34,7 @@ public:
     // Returns the first repository with this identifier, or null if no repository has this identifier. The
     // result is also null if `yumConfIO` is null. The pointer is valid until the list changes.
     static const Repo::Entry* find(const QString& id, const YumConfIO* yumConfIO);
-    // Reports over `parent` that the identifier is unknown: the configuration has lost the repository since
-    // the program collected the packages.
+    // Reports over `parent` that the configuration no longer contains a repository with this identifier.
     static void reportUnknown(QWidget* parent, const QString& id);
 };
 

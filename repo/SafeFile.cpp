@@ -27,8 +27,8 @@ namespace {
 const char temporaryMark[] = ".vyre-";
 const char copyMark[] = ".vyre-old-";
 
-// For more than this number of files, sync() writes the whole file system once, including data of other
-// programs.
+// If more than this number of files must be written, sync() writes the whole file system once, including data
+// of other programs.
 constexpr size_t fewFiles = 8;
 
 // Closes a descriptor without changing errno.

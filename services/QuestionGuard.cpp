@@ -98,7 +98,7 @@ bool QuestionGuard::eventFilter(QObject* watched, QEvent* event)
         return false;
     case QEvent::ShortcutOverride:
         if (belongsToQuestion(watched) && ignoresKey(static_cast<QKeyEvent*>(event))) {
-            event->accept(); // the key is then not a shortcut, and arrives as a key press
+            event->accept(); // Qt then sends a key press instead of a shortcut
             return true;
         }
         return false;

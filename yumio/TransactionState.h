@@ -51,7 +51,7 @@ public:
     QMap<long, int> listed;        // the number of listed items by action
     QStringList unmarkedRemovals;  // listed removals that the user has not marked, as the listing names them
     QString sizes;                 // the sizes in the listing, in one line
-    QSet<QString> membersToRemove; // the names of the packages of groups that are marked for removal
+    QSet<QString> membersToRemove; // the package names of all groups that are marked for removal
 
     bool transactionRan = false; // rpm may have changed the system
     bool outdated = false;       // the script refused, because another program has changed the system

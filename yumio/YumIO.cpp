@@ -374,7 +374,7 @@ PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
     Py_RETURN_NONE;
 }
 
-// If the argument is None instead of a text, the wait is over.
+// If the argument is None instead of a string, the wait is over.
 PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -405,7 +405,7 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
     return PyBool_FromLong(yumIO->stopRequest.isRequested() ? 0 : 1);
 }
 
-// If the argument is true, and the user has not asked the operation to stop, the user cannot do so any more.
+// If the argument is true and no request to stop exists, all later requests are refused.
 PyObject* YumIO::stopWanted(PyObject* capsule, PyObject* last)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -434,7 +434,7 @@ bool YumIO::initialize()
 {
     const QString root = ManagedRoot::path();
     if (!root.isEmpty() && !QFileInfo(root).isDir()) {
-        // The package manager would create an empty directory.
+        // Without this check, the package manager would create an empty directory.
         error(tr("The root directory %1 does not exist").arg(root));
         return false;
     }

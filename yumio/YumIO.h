@@ -66,8 +66,8 @@ public:
     // Call this function once, before any other function. The caller still owns the three widgets.
     void setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item);
 
-    // Starts the interpreter and the script. After a success, further calls do nothing. If it reports an
-    // error and returns false, the back end is unusable.
+    // Starts the interpreter and the script. After the first success, further calls do nothing. On failure,
+    // reports an error and returns false. The back end is then unusable.
     bool initialize();
 
     // Returns the directories in which the package manager looks for repository files. The list is empty if
@@ -76,19 +76,19 @@ public:
 
     // --- Collection. A successful collect() makes the records valid until the next clearEntries().
 
-    // A collection from the cache needs no network and asks nothing. It leaves out the repositories without
-    // metadata in the cache.
+    // A collection from the cache needs no network and asks no questions. It leaves out the repositories
+    // without metadata in the cache.
     enum class Source { Repositories, Cache };
     // The keys of repoEnable are repository identifiers. The value is true if the repository is used. Unknown
     // identifiers are ignored.
     bool collect(const QHash<QString, bool>& repoEnable, Source source = Source::Repositories);
-    // The identifiers of the failing repositories that the user has switched off for this session. These are
-    // the answers during the last collection.
+    // Returns the identifiers of the failing repositories that the user switched off for this session during
+    // the last collection.
     const QStringList& unwantedRepos() const { return unwanted; }
     // Makes the script forget its packages and read the configuration again.
     void reset();
     void clearEntries();
-    // Deletes the records at the end of the program. Does not release the script's objects, because the
+    // Deletes the records when the program ends. Does not release the script's objects, because the
     // interpreter is not used again.
     void clearEntriesBeforeQuit();
 
@@ -105,16 +105,16 @@ public:
     // it.
     bool isChangingSystem() const { return changingSystem; }
     // Asks the running operation to stop. Downloads and the wait for another process end at once. A step that
-    // only computes ends first. A stopped operation shows no message. Returns false if no worker runs, or if
-    // the worker changes the system.
+    // only computes is first completed. A stopped operation shows no message. Returns false if no worker
+    // runs, or if the worker changes the system.
     bool stop() { return stopRequest.request(); }
     StopRequest::State stopState() const { return stopRequest.state(); }
     // Returns whether the last operation was stopped.
     bool wasStopped() const { return stopped; }
-    // Prepares an unavoidable end of the program. From now on, no questions are asked. A worker that changes
-    // the system finishes its work; any other worker gives up. The function waits for the worker without
-    // serving events, and then releases the package manager's lock. From now on, log entries go to standard
-    // error. If the display still exists, these are only errors and warnings.
+    // Prepares the end of the program after a signal or the loss of the display. From now on, no questions
+    // are asked. A worker that changes the system finishes its work; any other worker gives up. The function
+    // waits for the worker without serving events, and then releases the package manager's lock. From now on,
+    // log entries go to standard error. If the display still exists, these are only errors and warnings.
     void finish(bool displayIsThere);
 
     // Access to the records by position. While a worker rebuilds the list, count() returns 0.
@@ -151,14 +151,15 @@ public:
 
     // --- The history of transactions
 
-    // Reads all transactions, the newest first. A failure is reported.
+    // Reads all transactions, the newest first. On failure, reports an error and returns false.
     bool readHistory(HistoryRecords& found);
-    // All details of a transaction as plain text; empty after a failure, which is reported.
+    // Returns all details of a transaction as plain text. On failure, reports an error and returns an empty
+    // string.
     QString describeTransaction(qint64 number);
-    // Why no transaction can be undone or repeated; empty if it can.
+    // Returns the reason why no transaction can be undone or repeated now, or an empty string.
     QString replayFault();
-    // Undoes or repeats a transaction of the history. All else is as in apply(); the actions of the records
-    // do not count.
+    // Undoes or repeats a recorded transaction. Everything else is as in apply(), but the marks of the
+    // records are ignored.
     bool replay(Replay kind, qint64 number);
 
     // Returns the marks. restoreMarks() sets them again after a new collection.
@@ -176,26 +177,26 @@ public:
 
     // --- Advisories
 
-    // Has a worker read the advisories about installed packages, once after each collection. Returns whether
-    // they are read.
+    // A worker reads the advisories about installed packages, once after each collection. Returns whether the
+    // advisories have been read.
     bool collectAdvisories();
-    // The newest first; empty before collectAdvisories().
+    // Returns the advisories, the newest first. The list is empty before collectAdvisories().
     const QVector<Advisory>& advisories() const { return advisoryList; }
-    // The identifiers of the advisories since the installed version, the newest first. Empty for a record
-    // without an update.
+    // Returns the identifiers of the advisories since the installed version, the newest first. If the record
+    // has no update, the list is empty.
     QStringList advisoriesOfUpdate(const Package::Entry& entry) const
     {
         return updateAdvisoryIds.value(&entry);
     }
-    // The record of a package; null if it is missing. Graphical thread.
+    // Returns the record of a package, or null if it has no record. Only the graphical thread may call it.
     Package::Entry* recordOf(const QString& name, const QString& arch) { return findPackage(name, arch); }
 
     // --- Version locks
 
     // Returns the version locks at the time of the last collection.
     const VersionLocks& versionLocks() const { return versionLockState; }
-    // Locks or unlocks the packages of these records. Returns false after a failure; some locks may be
-    // changed even then. The records are outdated afterwards: a new collection must follow.
+    // Locks or unlocks the packages of these records. On failure, returns false, although some locks may have
+    // changed. The records are outdated afterwards, so a new collection must follow.
     bool changeVersionLocks(const QVector<Package::Entry*>& entries, bool lockThem);
 
     // --- Texts of one record. If a record lacks the information, the text is empty.
@@ -296,7 +297,7 @@ public Q_SLOTS:
 
 Q_SIGNALS:
     void collectedExtraData();
-    // From any thread.
+    // Called on any thread.
     void stopStateChanged();
 
 private:
@@ -367,8 +368,8 @@ private:
     static PyObject* addBeforeListing(PyObject* capsule, PyObject* text);
     void releaseLock();
 
-    // Worker threads (YumIOThreads.cpp): each function that runs on a worker, and the class of that worker
-    // stoppable: whether a request to stop has an effect from the start.
+    // Worker threads (YumIOThreads.cpp): the functions that run on a worker, and the classes of the workers.
+    // If `stoppable` is true, a request to stop has an effect from the start.
     void execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable = false);
     // Returns the result of the operation. If the operation was stopped, logs this.
     bool outcome(bool done);
@@ -422,7 +423,7 @@ private:
 
     // Advisories (YumIOAdvisories.cpp)
     void collectUpdateAdvisories();
-    void readAdvisory(PyObject* tuple); // leaves an exception pending if it is no advisory
+    void readAdvisory(PyObject* tuple); // if the tuple is not an advisory, leaves an exception pending
     // A search of many packages keeps an index of all advisories in memory.
     void indexAdvisories(bool keep);
 
@@ -543,7 +544,7 @@ private:
     bool blockerHeld = false;             // the worker waits for blockerRelease()
     std::atomic<bool> changingSystem{false};
     StopRequest stopRequest;
-    bool stopped = false;    // the last operation
+    bool stopped = false;    // the user stopped the last operation
     bool rebuilding = false; // a worker changes the list of records; the graphical thread must not read it
     Log::EntryList logList;
     // The log position at which the output of an expected exception begins, or -1 if no exception is
@@ -566,7 +567,7 @@ private:
     PyRef base;
     PyRef repos;
     QStringList enabledRepos;
-    QStringList unwanted;        // of the last collection
+    QStringList unwanted;        // the result of unwantedRepos()
     bool allUnwanted = false;    // the user has given one answer for all failing repositories
     bool everUnwanted = false;   // in this session, the user has switched off a failing repository
     bool readingIsShown = false; // the script names the repository that it reads

@@ -123,6 +123,6 @@ void YumIO::indexAdvisories(bool keep)
     const char* const method = keep ? "loadAdvisories" : "forgetAdvisories";
     if (PyObject_HasAttrString(yumIO.get(), method) != 0) {
         const PyRef result(pyMethodCall(yumIO.get(), method, "()"));
-        PyErr_Clear(); // without the index, each package finds its advisories itself
+        PyErr_Clear(); // without the index, the advisories of each package are read separately
     }
 }

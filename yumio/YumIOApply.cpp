@@ -167,7 +167,7 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
         // pyMethodCall() has already reported any other exception.
         if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes")) || !result ||
             result.get() == Py_False) {
-            transaction.txApplied = false; // the marks stay, even if the script changed nothing
+            transaction.txApplied = false; // the marks are kept, even if the script changed nothing
         }
     }
     showRemarks();
@@ -201,7 +201,7 @@ void YumIO::readOutcome()
             }
         }
     }
-    // The question has shown this text, but is closed now. The log keeps the text.
+    // The question has shown this text and is closed now. Therefore the text goes to the log.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {
@@ -399,7 +399,7 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        break; // the line of the new version is enough
+        break; // the listing already has a line for the new version
     default: {
         // The listing shows the package manager's word for the action.
         const PyRef word(attribute(item, "action_name"));
@@ -412,8 +412,8 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     weighItem(item, action);
 }
 
-// The reason of an item does not say this: a removal of a superfluous kernel version has the same reason as a
-// marked one.
+// Returns whether the item or its group is marked for removal. The item's reason does not show this: the
+// removal of a superfluous kernel version has the same reason as a marked removal.
 bool YumIO::isMarkedForRemoval(PyObject* item)
 {
     const QString name = pyStringDec(attribute(item, "name"));
@@ -422,7 +422,8 @@ bool YumIO::isMarkedForRemoval(PyObject* item)
            transaction.membersToRemove.contains(name);
 }
 
-// The removals that a user may not expect, for a place where they cannot be missed.
+// Returns a notice of the removals that a user may not expect. The user always sees this notice, even if the
+// listing is long.
 QString YumIO::noticeOfListing() const
 {
     constexpr int most = 5;
@@ -435,7 +436,7 @@ QString YumIO::noticeOfListing() const
                        .arg(transaction.listed.value(Transaction::Remove))
                        .arg(unmarked.count());
     for (const QString& removal : unmarked.mid(0, most)) {
-        // This text cannot scroll. The listing has the whole name.
+        // The notice cannot scroll, so it shortens long names. The listing contains the whole names.
         const bool fits = removal.length() <= longest;
         text += QLatin1String("\n    ") + (fits ? removal : removal.left(longest) + QLatin1String("..."));
     }
@@ -445,7 +446,7 @@ QString YumIO::noticeOfListing() const
     return text;
 }
 
-// The numbers and sizes of a listing that may be very long.
+// Returns the numbers and the sizes of a listing, because the listing may be very long.
 QString YumIO::summaryOfListing() const
 {
     const struct

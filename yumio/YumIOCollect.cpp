@@ -14,7 +14,7 @@
 
 namespace {
 
-// After this number of packages, the collection shows its progress and looks whether it must stop.
+// After this number of packages, the collection shows its progress and checks whether it must stop.
 constexpr Steps packagesAtOnce = 256;
 
 } // namespace
@@ -132,7 +132,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
             return false;
         }
     }
-    // What follows only computes, and needs as long as another collection from the cache.
+    // The remaining steps only compute, and take as long as another collection from the cache.
     stopRequest.setStoppable(false);
     progress->endItemActs();
     basearch = getYumVar(QStringLiteral("basearch"));
@@ -166,8 +166,9 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
         if (!updates || !collectSet(updates.get(), Package::Updatable)) {
             return false;
         }
-        // If an update changes a package's architecture to or from "noarch", the bi-arch classes of the two
-        // may differ. The installed packages of the old class then belong to the record of the update.
+        // If an update changes a package's architecture to or from "noarch", the update and the installed
+        // package may have different bi-arch classes. The installed packages of the old class then belong to
+        // the record of the update.
         const auto key = [this](PyObject* pkg) {
             return EntryKey(false, pyStringDec(attribute(pkg, NameAttribute)),
                             getBiArch(pyStringDec(attribute(pkg, ArchAttribute))));
@@ -255,7 +256,7 @@ void YumIO::collectReplacements()
 }
 
 // Arguments: the identifier of a failing repository, the reason, and the number of the failing repositories
-// that follow. Returns whether to go on without it.
+// that follow. Returns whether the collection continues without this repository.
 PyObject* YumIO::goOnWithout(PyObject* capsule, PyObject* args)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));

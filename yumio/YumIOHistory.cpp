@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The history of transactions: reads it, and undoes or repeats its transactions. The functions that end in
+// Reads the history of transactions, and undoes or repeats recorded transactions. The functions that end in
 // Real run on a worker thread.
 
 #include "yumio/YumIO.h"

@@ -244,7 +244,7 @@ PyObject* YumIO::downloadEnd(PyObject*, PyObject* args)
         return noneUnlessPending();
     }
     if (phase == Applying) {
-        // After a successful download, the package manager passes no status.
+        // If a download succeeds, the package manager passes no status.
         const long number = PyLong_Check(status) ? PyLong_AsLong(status) : 0;
         PyErr_Clear(); // a number that is too large has no meaning
         tsDownloadEnd(payload, text, size, number);
@@ -373,7 +373,8 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     const quint32 index = slot.value();
     const bool delta = isInstance(payload, classes[DeltaPayload]);
     if (delta && status == 0) {
-        // Now the package is rebuilt from the delta. After that, the package manager reports a second end.
+        // Now the package is rebuilt from the delta. After that, the package manager reports the end of the
+        // download again.
         progress->setItemActsThreadValue(index, atLeast(size));
         return;
     }
@@ -581,8 +582,8 @@ void YumIO::collectProgress(const QString& repository, quint64 total, quint64 do
     }
 }
 
-// Arguments: the name of the repository that the script reads, and what happens with it. The bar has no
-// measure until a download begins.
+// Arguments: the name of the repository that the script reads, and the text for the bar. The bar shows no
+// percentage until a download begins.
 PyObject* YumIO::showReading(PyObject* capsule, PyObject* args)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));

@@ -22,11 +22,11 @@ public:
     void add(const QByteArray& text)
     {
         if (text.isEmpty()) {
-            // finish() adds only one empty text. This is enough for an expression that matches an empty text.
+            // finish() adds a single empty text, which is enough for an expression that matches empty texts.
             hasEmpty = true;
             return;
         }
-        texts += text.constData(); // only up to a zero byte, where matching also ends
+        texts += text.constData(); // copies only up to a zero byte, because matching also ends there
         texts += '\0';
     }
     // Returns a copy of the texts without unused memory.

@@ -49,9 +49,9 @@ bool holdsPassword(const QString& text, Text kind);
 // because the length of a password is also secret. Each line is searched separately.
 QString hidden(const QString& message, Text kind = Text::Urls);
 
-// Returns the parts of vantor URLs that new credentials replace, in ascending order. Each part reaches from
-// "/vantor?" to the end of "&path=". A part is skipped if its keys, name or password contain "&" or white
-// space.
+// Returns the parts of vantor URLs that are replaced by new credentials, in ascending order. Each part
+// reaches from "/vantor?" to the end of "&path=". A part is skipped if its keys, name or password contain "&"
+// or white space.
 QVector<Place> vantorParts(const QString& text);
 
 // Returns the URL without credentials, for other programs. Removes the name and password before the host, and
