@@ -54,11 +54,11 @@ AdvisoryDialog::AdvisoryDialog(YumIO* backEnd, QWidget* parent)
                               "Does not Apply Actions automatically."),
                            SLOT(markSelected()));
     securityButton = addButton(tr("Mark All &Security Updates"),
-                               tr("Sets the Action to Update for the packages of all advisories about "
-                                  "security.\nDoes not Apply Actions automatically."),
+                               tr("Sets the Action to Update for the packages of all security advisories.\n"
+                                  "Does not Apply Actions automatically."),
                                SLOT(markSecurity()));
     row->addStretch(1);
-    addButton(tr("&Close"), tr("Close the window; the marks stay"), SLOT(reject()));
+    addButton(tr("&Close"), tr("Close the window and keep the marks"), SLOT(reject()));
     // If the list had a focus proxy, the Tab key would go from the last button to the table and never to the
     // expression field.
     list->setFocusProxy(nullptr);

@@ -20,16 +20,16 @@ QString AdvisoryMarker::described(const Advisory::Package& package)
     case Advisory::Possible:
         break;
     }
-    return tr("%1: not installed, the update is %2").arg(package.text(), package.offered);
+    return tr("%1: not installed; the update %2 is available").arg(package.text(), package.offered);
 }
 
 QString AdvisoryMarker::refusal(const YumIO& yumIO, const Package::Entry* entry)
 {
     if (entry == nullptr || !entry->permits(Package::Update)) {
-        return tr("%1: the table has no update");
+        return tr("%1: the table lists no update");
     }
     if (yumIO.isLeftToUser(*entry)) {
-        return tr("%1: a package of another name replaces it; decide in the table");
+        return tr("%1: a package of another name replaces it; mark that package in the table if you want it");
     }
     // The user has chosen the removal. A button that changes many rows must not replace this choice silently.
     return entry->action == Package::Remove ? tr("%1: it is marked for removal") : QString();

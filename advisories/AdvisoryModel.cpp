@@ -106,11 +106,12 @@ QVariant AdvisoryModel::headerData(int section, Qt::Orientation orientation, int
     case Kind:
         return tip ? tr("Security, bug fix, enhancement or new package") : tr("Kind");
     case Severity:
-        return tip ? tr("How severe a security fault is") : tr("Severity");
+        return tip ? tr("The severity of a security fault") : tr("Severity");
     case Date:
         return tip ? tr("The day on which the advisory was issued or changed") : tr("Date");
     case State:
-        return tip ? tr("Whether all its packages are installed in this version or a newer one")
+        return tip ? tr("Whether all packages of the advisory are installed in its version or a newer "
+                        "version")
                    : tr("State");
     case Title:
         return tip ? tr("The title of the advisory") : tr("Title");

@@ -485,7 +485,7 @@ void MainWindow::showHistory()
         new WindowSizeKeeper(QStringLiteral("History"), history);
     }
     history->setRefusal(collectFailed
-                            ? tr("No transaction can be undone, because the packages could not be read.")
+                            ? tr("VYRE cannot undo transactions, because it could not read the packages.")
                             : QString());
     // If the operation is refused or fails, the user sees the history window again.
     while (!quitting() && history->exec() == QDialog::Accepted) {

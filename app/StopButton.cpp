@@ -25,7 +25,7 @@ QString reason(StopRequest::State state)
     switch (state) {
     case StopRequest::State::Possible:
         return StopButton::tr("Stops the current operation (Esc).\n"
-                              "The table and its actions stay as they are.");
+                              "VYRE keeps the listed packages and all marks.");
     case StopRequest::State::Useless:
         return StopButton::tr("The current step cannot be stopped. It ends by itself.");
     case StopRequest::State::Requested:
@@ -36,8 +36,8 @@ QString reason(StopRequest::State state)
     case StopRequest::State::Idle:
         break;
     }
-    return StopButton::tr("Stops the reading of repositories and the download of packages.\n"
-                          "No operation runs now.");
+    return StopButton::tr("Stops VYRE while it reads repositories or downloads packages.\n"
+                          "No operation is running now.");
 }
 
 } // namespace

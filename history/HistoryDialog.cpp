@@ -66,7 +66,7 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     sinceButton = addButton(tr("Undo All &Since"), SLOT(undoAllSince()));
     redoButton = addButton(tr("&Redo"), SLOT(redo()));
     row->addStretch(1);
-    addButton(tr("&Close"), SLOT(reject()))->setToolTip(tr("Close the window; nothing is changed"));
+    addButton(tr("&Close"), SLOT(reject()))->setToolTip(tr("Close the window without changing anything"));
     list->tableView()->setFocus();
     updateButtons();
     // Qt limits the first size of a dialog to two thirds of the screen.
@@ -183,13 +183,13 @@ void HistoryDialog::updateButtons()
     sinceButton->setEnabled(any && !newest);
     redoButton->setEnabled(any);
     undoButton->setToolTip(Literal::toolTip(
-        tip.isEmpty() ? tr("Reverses this transaction. The changes are shown first.") : tip));
+        tip.isEmpty() ? tr("Reverses this transaction. VYRE shows the changes first.") : tip));
     sinceButton->setToolTip(
         Literal::toolTip(!tip.isEmpty() ? tip
-                         : newest       ? tr("No transaction is newer than this one.")
-                                  : tr("Reverses all newer transactions. The changes are shown first.")));
+                         : newest       ? tr("No transaction is newer than this transaction.")
+                                  : tr("Reverses all newer transactions. VYRE shows the changes first.")));
     redoButton->setToolTip(Literal::toolTip(
-        tip.isEmpty() ? tr("Repeats this transaction, or completes it. The changes are shown first.") : tip));
+        tip.isEmpty() ? tr("Repeats or completes this transaction. VYRE shows the changes first.") : tip));
 }
 
 void HistoryDialog::undoThis()

@@ -123,13 +123,13 @@ QVariant HistoryModel::headerData(int section, Qt::Orientation orientation, int 
     case User:
         return tip ? tr("Who was logged in") : tr("User");
     case CommandLine:
-        return tip ? tr("The command, or what was applied here") : tr("Command Line");
+        return tip ? tr("The command, or the marks that VYRE applied") : tr("Command Line");
     case Changes:
-        return tip ? tr("The changed packages and groups, or their numbers") : tr("Changes");
+        return tip ? tr("The changed packages and groups, or their number") : tr("Changes");
     case Result:
         return tip ? tr("Whether the transaction succeeded, failed or was interrupted") : tr("Result");
     case Output:
-        return tip ? tr("The number of kept lines of the output of the packages' scripts") : tr("Output");
+        return tip ? tr("The number of output lines of package scripts that dnf has kept") : tr("Output");
     default:
         return QVariant();
     }

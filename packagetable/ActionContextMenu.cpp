@@ -83,9 +83,9 @@ void ActionContextMenu::offerVersionLocks()
         action->setToolTip(Literal::toolTip(locks.fault.isEmpty() ? toolTip : locks.fault));
     };
     explain(lockAction, tr("The packages stay at their version: they get no updates.\n"
-                           "The plug-in versionlock keeps the list of locked packages."));
+                           "The versionlock plug-in keeps the list of locked packages."));
     explain(unlockAction, tr("The packages get updates again.\n"
-                             "The plug-in versionlock keeps the list of locked packages."));
+                             "The versionlock plug-in keeps the list of locked packages."));
 }
 
 QList<int> ActionContextMenu::lockableRows(bool locked) const

@@ -21,10 +21,10 @@ TableStatus::TableStatus(Model* packages, SortFilterProxyModel* listedRows, View
 {
     setSizeGripEnabled(false);
     setAccessibleName(tr("Rows and marks"));
-    setToolTip(Literal::toolTip(
-        tr("The download is the size of the packages that are marked for Install or Update,\n"
-           "without dependencies and without the packages of groups.\n"
-           "Packages in the cache are not downloaded again.")));
+    setToolTip(
+        Literal::toolTip(tr("The download size includes all packages that are marked for Install or Update,\n"
+                            "but neither their dependencies nor the packages of groups.\n"
+                            "Packages in the cache are not downloaded again.")));
     addWidget(label, 1);
     later.setSingleShot(true);
     later.setInterval(0);

@@ -160,8 +160,8 @@ int Dialog::exec(Repo::Entry* asked)
     passwordField->setAccessibleName(passwordLabel->text());
     passwordField->setText(password);
     fileLabel->setText(
-        tr("VYRE will write the name and the password into the file %1. Then only its owner and its group "
-           "can read it.")
+        tr("VYRE will write the name and the password to the file %1. Then only the file's owner and group "
+           "can read the file.")
             .arg(entry->file));
 
     setButtonsEnabled(true);

@@ -294,7 +294,7 @@ QString Config::refusal(const Repo::Entry& entry)
                (sign == '\0' || std::strchr("-_.:${}", sign) == nullptr);
     };
     if (std::any_of(entry.id.cbegin(), entry.id.cend(), unusable)) {
-        return tr("Identifier has other characters than letters, digits and -_.:");
+        return tr("Identifier has characters other than letters, digits and -_.:");
     }
     if (entry.id == QLatin1String("main")) {
         return tr("Identifier main is reserved for the main section");

@@ -318,7 +318,8 @@ bool Dialog::apply()
 bool Dialog::userDropsChanges()
 {
     HMessageBox box(QMessageBox::Question, tr("Repository Editor"),
-                    tr("The changes to the repositories are not applied. Close the window without them?"),
+                    tr("The changes to the repositories are not applied. Close the window and drop the "
+                       "changes?"),
                     QMessageBox::Yes | QMessageBox::No, this);
     box.setDefaultButton(QMessageBox::No);
     box.setEscapeButton(QMessageBox::No);

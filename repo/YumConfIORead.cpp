@@ -87,8 +87,8 @@ bool YumConfIO::readMainFile()
 YumConfIO::Lines YumConfIO::linesOf(const Repo::File& file, const QString& path)
 {
     if (!file.isAscii) {
-        warnings.append(tr("%1 has letters outside ASCII. If VYRE writes the file, each of them becomes two "
-                           "wrong letters.")
+        warnings.append(tr("%1 contains letters outside ASCII. If VYRE writes the file, each of these "
+                           "letters becomes two wrong letters.")
                             .arg(path));
     }
     return {file.text, 0};

@@ -380,7 +380,7 @@ void YumConfIO::written(Target& target, const SafeFile& file)
     known.file.isAscii = known.file.isPlain;
     if (file.hasRemovedRights()) {
         const QString note =
-            tr("%1 contains a password. From now on, only its owner and its group can read it.")
+            tr("%1 contains a password. From now on, only the file's owner and group can read the file.")
                 .arg(target.path);
         Q_EMIT noted(note);
     }

@@ -76,7 +76,7 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     connect(find, SIGNAL(clicked()), findBar, SLOT(open()));
 
     auto* saveButton = new QPushButton(tr("&Save..."), this);
-    saveButton->setToolTip(tr("Write the lines of this window, with their times, into a file"));
+    saveButton->setToolTip(tr("Write the lines of this window, with their times, to a file"));
     connect(saveButton, SIGNAL(clicked()), this, SLOT(save()));
 
     QPushButton* close = new QPushButton(tr("&Close"), this);

@@ -34,7 +34,7 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
         <translation>Alle &amp;Sicherheitsaktualisierungen vormerken</translation>
     </message>
     <message>
-        <source>Sets the Action to Update for the packages of all advisories about security.
+        <source>Sets the Action to Update for the packages of all security advisories.
 Does not Apply Actions automatically.</source>
         <translation>Merkt die Pakete aller Sicherheitshinweise zum Aktualisieren vor.
 Die Aktionen werden damit noch nicht angewendet.</translation>
@@ -44,8 +44,8 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
         <translation>S&amp;chließen</translation>
     </message>
     <message>
-        <source>Close the window; the marks stay</source>
-        <translation>Schließt das Fenster; die Vormerkungen bleiben</translation>
+        <source>Close the window and keep the marks</source>
+        <translation>Das Fenster schließen und die Vormerkungen behalten</translation>
     </message>
     <message>
         <source>Packages marked for an update: %1</source>
@@ -85,16 +85,16 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
         <translation>%1: die Konfiguration schließt die Aktualisierung aus</translation>
     </message>
     <message>
-        <source>%1: not installed, the update is %2</source>
-        <translation>%1: nicht installiert, die Aktualisierung ist %2</translation>
+        <source>%1: not installed; the update %2 is available</source>
+        <translation>%1: nicht installiert; die Aktualisierung %2 ist verfügbar</translation>
     </message>
     <message>
-        <source>%1: the table has no update</source>
-        <translation>%1: die Tabelle hat keine Aktualisierung</translation>
+        <source>%1: the table lists no update</source>
+        <translation>%1: die Tabelle enthält keine Aktualisierung</translation>
     </message>
     <message>
-        <source>%1: a package of another name replaces it; decide in the table</source>
-        <translation>%1: ein Paket mit anderem Namen ersetzt es; entscheiden Sie in der Tabelle</translation>
+        <source>%1: a package of another name replaces it; mark that package in the table if you want it</source>
+        <translation>%1: ein Paket mit anderem Namen ersetzt es; merken Sie dieses Paket in der Tabelle vor, wenn Sie es möchten</translation>
     </message>
     <message>
         <source>%1: it is marked for removal</source>
@@ -128,8 +128,8 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
         <translation>Art</translation>
     </message>
     <message>
-        <source>How severe a security fault is</source>
-        <translation>Wie schwer ein Sicherheitsfehler ist</translation>
+        <source>The severity of a security fault</source>
+        <translation>Die Schwere eines Sicherheitsfehlers</translation>
     </message>
     <message>
         <source>Severity</source>
@@ -144,8 +144,8 @@ Die Aktionen werden damit noch nicht angewendet.</translation>
         <translation>Datum</translation>
     </message>
     <message>
-        <source>Whether all its packages are installed in this version or a newer one</source>
-        <translation>Ob alle seine Pakete in dieser oder einer neueren Version installiert sind</translation>
+        <source>Whether all packages of the advisory are installed in its version or a newer version</source>
+        <translation>Ob alle Pakete des Hinweises in seiner oder einer neueren Version installiert sind</translation>
     </message>
     <message>
         <source>State</source>
@@ -492,8 +492,8 @@ als wären sie durch Leerzeichen getrennt</translation>
         <translation>&amp;Schließen</translation>
     </message>
     <message>
-        <source>Close the window; nothing is changed</source>
-        <translation>Das Fenster schließen; nichts wird geändert</translation>
+        <source>Close the window without changing anything</source>
+        <translation>Das Fenster schließen, ohne etwas zu ändern</translation>
     </message>
     <message>
         <source>Reading the history...</source>
@@ -510,20 +510,20 @@ The Log window (Ctrl+L) shows the reason.</source>
 Das Protokollfenster (Strg+L) zeigt den Grund.</translation>
     </message>
     <message>
-        <source>Reverses this transaction. The changes are shown first.</source>
-        <translation>Macht diese Transaktion rückgängig. Die Änderungen werden vorher gezeigt.</translation>
+        <source>Reverses this transaction. VYRE shows the changes first.</source>
+        <translation>Macht diese Transaktion rückgängig. VYRE zeigt vorher die Änderungen.</translation>
     </message>
     <message>
-        <source>No transaction is newer than this one.</source>
+        <source>No transaction is newer than this transaction.</source>
         <translation>Keine Transaktion ist neuer als diese.</translation>
     </message>
     <message>
-        <source>Reverses all newer transactions. The changes are shown first.</source>
-        <translation>Macht alle neueren Transaktionen rückgängig. Die Änderungen werden vorher gezeigt.</translation>
+        <source>Reverses all newer transactions. VYRE shows the changes first.</source>
+        <translation>Macht alle neueren Transaktionen rückgängig. VYRE zeigt vorher die Änderungen.</translation>
     </message>
     <message>
-        <source>Repeats this transaction, or completes it. The changes are shown first.</source>
-        <translation>Wiederholt oder vollendet diese Transaktion. Die Änderungen werden vorher gezeigt.</translation>
+        <source>Repeats or completes this transaction. VYRE shows the changes first.</source>
+        <translation>Wiederholt oder vollendet diese Transaktion. VYRE zeigt vorher die Änderungen.</translation>
     </message>
 </context>
 <context>
@@ -565,16 +565,16 @@ Das Protokollfenster (Strg+L) zeigt den Grund.</translation>
         <translation>Benutzer</translation>
     </message>
     <message>
-        <source>The command, or what was applied here</source>
-        <translation>Der Befehl, oder was hier angewendet wurde</translation>
+        <source>The command, or the marks that VYRE applied</source>
+        <translation>Der Befehl, oder die Vormerkungen, die VYRE angewendet hat</translation>
     </message>
     <message>
         <source>Command Line</source>
         <translation>Befehlszeile</translation>
     </message>
     <message>
-        <source>The changed packages and groups, or their numbers</source>
-        <translation>Die geänderten Pakete und Gruppen oder ihre Zahl</translation>
+        <source>The changed packages and groups, or their number</source>
+        <translation>Die geänderten Pakete und Gruppen oder ihre Anzahl</translation>
     </message>
     <message>
         <source>Changes</source>
@@ -589,8 +589,8 @@ Das Protokollfenster (Strg+L) zeigt den Grund.</translation>
         <translation>Ergebnis</translation>
     </message>
     <message>
-        <source>The number of kept lines of the output of the packages&apos; scripts</source>
-        <translation>Die Zahl der aufbewahrten Zeilen der Ausgabe von Skripten der Pakete</translation>
+        <source>The number of output lines of package scripts that dnf has kept</source>
+        <translation>Die Zahl der Ausgabezeilen von Paketskripten, die dnf aufbewahrt hat</translation>
     </message>
     <message>
         <source>Output</source>
@@ -670,7 +670,7 @@ Das entspricht der Option debuglevel (-d) von yum.</translation>
         <translation>S&amp;peichern...</translation>
     </message>
     <message>
-        <source>Write the lines of this window, with their times, into a file</source>
+        <source>Write the lines of this window, with their times, to a file</source>
         <translation>Die Zeilen dieses Fensters mit ihren Zeiten in eine Datei schreiben</translation>
     </message>
     <message>
@@ -1041,8 +1041,8 @@ Beim Suchen ist „$“ das Ende eines ganzen Feldes, etwa der Dateiliste.
 Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
     </message>
     <message>
-        <source>No transaction can be undone, because the packages could not be read.</source>
-        <translation>Keine Transaktion kann rückgängig gemacht werden, denn die Pakete konnten nicht gelesen werden.</translation>
+        <source>VYRE cannot undo transactions, because it could not read the packages.</source>
+        <translation>VYRE kann keine Transaktion rückgängig machen, weil es die Pakete nicht lesen konnte.</translation>
     </message>
     <message>
         <source>&amp;History</source>
@@ -1099,13 +1099,13 @@ Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
     </message>
     <message>
         <source>The packages stay at their version: they get no updates.
-The plug-in versionlock keeps the list of locked packages.</source>
+The versionlock plug-in keeps the list of locked packages.</source>
         <translation>Die Pakete behalten ihre Version: sie werden nicht aktualisiert.
 Die Erweiterung versionlock führt die Liste der gesperrten Pakete.</translation>
     </message>
     <message>
         <source>The packages get updates again.
-The plug-in versionlock keeps the list of locked packages.</source>
+The versionlock plug-in keeps the list of locked packages.</source>
         <translation>Die Pakete werden wieder aktualisiert.
 Die Erweiterung versionlock führt die Liste der gesperrten Pakete.</translation>
     </message>
@@ -1306,11 +1306,11 @@ bei einer Epoche ungleich null als Epoche:Version-Release</translation>
         <translation>Zeilen und Vormerkungen</translation>
     </message>
     <message>
-        <source>The download is the size of the packages that are marked for Install or Update,
-without dependencies and without the packages of groups.
+        <source>The download size includes all packages that are marked for Install or Update,
+but neither their dependencies nor the packages of groups.
 Packages in the cache are not downloaded again.</source>
-        <translation>Zum Herunterladen zählt die Größe der Pakete, die zum Installieren oder
-Aktualisieren vorgemerkt sind, ohne Abhängigkeiten und ohne die Pakete von Gruppen.
+        <translation>Die Größe zum Herunterladen umfasst alle Pakete, die zum Installieren oder
+Aktualisieren vorgemerkt sind, aber weder ihre Abhängigkeiten noch die Pakete von Gruppen.
 Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
     </message>
     <message>
@@ -1464,8 +1464,8 @@ Pakete im Cache werden nicht noch einmal heruntergeladen.</translation>
         <translation>Passwort</translation>
     </message>
     <message>
-        <source>VYRE will write the name and the password into the file %1. Then only its owner and its group can read it.</source>
-        <translation>VYRE wird den Namen und das Passwort in die Datei %1 schreiben. Dann können nur ihr Besitzer und ihre Gruppe sie lesen.</translation>
+        <source>VYRE will write the name and the password to the file %1. Then only the file&apos;s owner and group can read the file.</source>
+        <translation>VYRE wird den Namen und das Passwort in die Datei %1 schreiben. Dann können nur ihr Besitzer und ihre Gruppe die Datei lesen.</translation>
     </message>
 </context>
 <context>
@@ -1614,7 +1614,7 @@ wenn mehrere in derselben Konfigurationsdatei stehen</translation>
         <translation>(Nein)</translation>
     </message>
     <message>
-        <source>Identifier has other characters than letters, digits and -_.:</source>
+        <source>Identifier has characters other than letters, digits and -_.:</source>
         <translation>Die Kennung enthält andere Zeichen als Buchstaben, Ziffern und -_.:</translation>
     </message>
     <message>
@@ -1791,8 +1791,8 @@ wenn mehrere in derselben Konfigurationsdatei stehen</translation>
         <translation>Paketquellen bearbeiten</translation>
     </message>
     <message>
-        <source>The changes to the repositories are not applied. Close the window without them?</source>
-        <translation>Die Änderungen an den Paketquellen sind nicht angewendet. Das Fenster ohne sie schließen?</translation>
+        <source>The changes to the repositories are not applied. Close the window and drop the changes?</source>
+        <translation>Die Änderungen an den Paketquellen sind nicht angewendet. Das Fenster schließen und die Änderungen verwerfen?</translation>
     </message>
 </context>
 <context>
@@ -1986,9 +1986,9 @@ Für eine einzelne Sitzung kann es anders bestimmt werden.</translation>
     </message>
     <message>
         <source>Stops the current operation (Esc).
-The table and its actions stay as they are.</source>
+VYRE keeps the listed packages and all marks.</source>
         <translation>Hält den laufenden Vorgang an (Esc).
-Die Tabelle und die vorgemerkten Aktionen bleiben, wie sie sind.</translation>
+VYRE behält die aufgelisteten Pakete und alle Vormerkungen.</translation>
     </message>
     <message>
         <source>The current step cannot be stopped. It ends by itself.</source>
@@ -2005,9 +2005,9 @@ A stop would leave the system half changed.</source>
 Ein Abbruch ließe das System halb verändert zurück.</translation>
     </message>
     <message>
-        <source>Stops the reading of repositories and the download of packages.
-No operation runs now.</source>
-        <translation>Hält das Lesen von Paketquellen und das Herunterladen von Paketen an.
+        <source>Stops VYRE while it reads repositories or downloads packages.
+No operation is running now.</source>
+        <translation>Hält VYRE an, während es Paketquellen liest oder Pakete herunterlädt.
 Zurzeit läuft kein Vorgang.</translation>
     </message>
 </context>
@@ -2176,8 +2176,8 @@ Zurzeit läuft kein Vorgang.</translation>
         <translation>%1, Abschnitt [%2]: VYRE liest „%3“ als eingeschaltet und schreibt es als eingeschaltet. Nur 0 schaltet aus.</translation>
     </message>
     <message>
-        <source>%1 has letters outside ASCII. If VYRE writes the file, each of them becomes two wrong letters.</source>
-        <translation>%1 enthält Zeichen außerhalb von ASCII. Wenn VYRE die Datei schreibt, werden aus jedem zwei falsche Zeichen.</translation>
+        <source>%1 contains letters outside ASCII. If VYRE writes the file, each of these letters becomes two wrong letters.</source>
+        <translation>%1 enthält Zeichen außerhalb von ASCII. Wenn VYRE die Datei schreibt, werden aus jedem dieser Zeichen zwei falsche Zeichen.</translation>
     </message>
     <message>
         <source>VYRE was interrupted while it wrote a configuration file. The previous text is in %1</source>
@@ -2192,7 +2192,7 @@ Read all files again, and lose your changes?</source>
 Alle Dateien neu lesen und Ihre Änderungen verlieren?</translation>
     </message>
     <message>
-        <source>%1 contains a password. From now on, only its owner and its group can read it.</source>
+        <source>%1 contains a password. From now on, only the file&apos;s owner and group can read the file.</source>
         <translation>%1 enthält ein Passwort. Von jetzt an können nur ihr Besitzer und ihre Gruppe die Datei lesen.</translation>
     </message>
     <message>
@@ -2881,8 +2881,8 @@ Auf manchen Distributionen liegt das an PackageKit.</translation>
         <translation>Beendeter Kindprozess %1 abgeholt</translation>
     </message>
     <message>
-        <source>Signatures cannot be checked: the program rpmkeys is missing.</source>
-        <translation>Signaturen können nicht geprüft werden: Das Programm rpmkeys fehlt.</translation>
+        <source>VYRE cannot check signatures, because the rpmkeys program is missing.</source>
+        <translation>VYRE kann keine Signaturen prüfen, weil das Programm rpmkeys fehlt.</translation>
     </message>
     <message>
         <source>Import the signing key 0x{}?
@@ -2920,9 +2920,9 @@ Von:	{}
     </message>
     <message>
         <source>
-There are only {} kB left for {}</source>
+Only {} kB are free in {}</source>
         <translation>
-Es sind nur noch {} kB frei für {}</translation>
+Nur noch {} kB sind frei in {}</translation>
     </message>
     <message>
         <source>The change logs of %s cannot be read: %s</source>
@@ -2937,40 +2937,40 @@ Es sind nur noch {} kB frei für {}</translation>
         <translation>sie ist keine gewöhnliche Datei</translation>
     </message>
     <message>
-        <source>it has more than {} MB</source>
-        <translation>mehr als {} MB groß</translation>
+        <source>it is larger than {} MB</source>
+        <translation>sie ist größer als {} MB</translation>
     </message>
     <message>
-        <source>There is no main configuration file. Signatures of packages are checked, unless a repository says otherwise.</source>
-        <translation>Die Hauptkonfigurationsdatei fehlt. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
+        <source>The main configuration file is missing. VYRE checks package signatures, unless a repository disables this check.</source>
+        <translation>Die Hauptkonfigurationsdatei fehlt. VYRE prüft die Signaturen der Pakete, sofern nicht eine Paketquelle diese Prüfung ausschaltet.</translation>
     </message>
     <message>
-        <source>VYRE ignores the options of this file, such as exclude. Signatures of packages are checked, unless a repository says otherwise.</source>
-        <translation>VYRE beachtet die Optionen dieser Datei nicht, etwa exclude. Signaturen von Paketen werden geprüft, sofern nicht eine Paketquelle anderes festlegt.</translation>
+        <source>VYRE ignores the options in this file, such as exclude. VYRE checks package signatures, unless a repository disables this check.</source>
+        <translation>VYRE beachtet die Optionen in dieser Datei nicht, etwa exclude. VYRE prüft die Signaturen der Pakete, sofern nicht eine Paketquelle diese Prüfung ausschaltet.</translation>
     </message>
     <message>
         <source>Waiting for {}, which uses the cache of the package manager</source>
         <translation>Warten auf {}, das den Zwischenspeicher der Paketverwaltung benutzt</translation>
     </message>
     <message>
-        <source>The wait for {} was ended. Nothing was changed.</source>
-        <translation>Das Warten auf {} wurde beendet. Es wurde nichts verändert.</translation>
+        <source>VYRE no longer waits for {}. Nothing was changed.</source>
+        <translation>VYRE wartet nicht mehr auf {}. Es wurde nichts verändert.</translation>
     </message>
     <message>
-        <source>The wait for {} was ended.</source>
-        <translation>Das Warten auf {} wurde beendet.</translation>
+        <source>VYRE no longer waits for {}.</source>
+        <translation>VYRE wartet nicht mehr auf {}.</translation>
     </message>
     <message>
         <source>{}
-No packages were changed. These changes were saved before:
+No packages were changed, but dnf had already saved these changes:
 {}</source>
         <translation>{}
-Es wurden keine Pakete verändert. Diese Änderungen wurden zuvor gespeichert:
+Es wurden keine Pakete verändert, aber dnf hatte schon diese Änderungen gespeichert:
 {}</translation>
     </message>
     <message>
-        <source>These marked packages are in the other streams: {}</source>
-        <translation>Diese markierten Pakete sind in den anderen Streams: {}</translation>
+        <source>These marked packages belong to streams that are not enabled: {}</source>
+        <translation>Diese vorgemerkten Pakete gehören zu Streams, die nicht eingeschaltet sind: {}</translation>
     </message>
     <message>
         <source>another program</source>
@@ -2985,12 +2985,12 @@ Es wurden keine Pakete verändert. Diese Änderungen wurden zuvor gespeichert:
         <translation>Die Datei %s von dnf verlangt Prüfungen, die %s nicht verlangt. VYRE nimmt auch diese Prüfungen vor: %s</translation>
     </message>
     <message>
-        <source>There is no main configuration file. dnf uses %s instead. VYRE makes the checks of that file too: %s</source>
-        <translation>Die Hauptkonfigurationsdatei fehlt. dnf verwendet stattdessen %s. VYRE nimmt auch die Prüfungen dieser Datei vor: %s</translation>
+        <source>The main configuration file is missing. dnf uses %s instead. VYRE also makes the checks that this file requires: %s</source>
+        <translation>Die Hauptkonfigurationsdatei fehlt. dnf verwendet stattdessen %s. VYRE nimmt auch die Prüfungen vor, die diese Datei verlangt: %s</translation>
     </message>
     <message>
-        <source>No log files can be written in %s: %s</source>
-        <translation>In %s können keine Protokolldateien geschrieben werden: %s</translation>
+        <source>VYRE cannot write log files in %s: %s</source>
+        <translation>VYRE kann in %s keine Protokolldateien schreiben: %s</translation>
     </message>
     <message>
         <source>Unable to read the repository configuration: %s</source>
@@ -3023,12 +3023,12 @@ Mark and apply its remaining changes again.</source>
 Ihre restlichen Änderungen müssen noch einmal vorgemerkt und angewendet werden.</translation>
     </message>
     <message>
-        <source>Several versions of these packages are installed, left behind by an interrupted transaction:
+        <source>An interrupted transaction has left several installed versions of these packages:
 {}
-&quot;dnf remove --duplicates&quot; removes the older ones.</source>
-        <translation>Von diesen Paketen sind mehrere Versionen installiert, die eine abgebrochene Transaktion hinterlassen hat:
+&quot;dnf remove --duplicates&quot; removes the older versions.</source>
+        <translation>Eine abgebrochene Transaktion hat mehrere installierte Versionen dieser Pakete hinterlassen:
 {}
-„dnf remove --duplicates“ entfernt die älteren.</translation>
+„dnf remove --duplicates“ entfernt die älteren Versionen.</translation>
     </message>
     <message>
         <source>Waiting for {}, which uses the package database</source>
@@ -3055,42 +3055,42 @@ Weiter warten?
 </translation>
     </message>
     <message>
-        <source>The package database is in use by another program. Nothing was changed.</source>
+        <source>Another program is using the package database. Nothing was changed.</source>
         <translation>Ein anderes Programm benutzt die Paketdatenbank. Es wurde nichts geändert.</translation>
     </message>
     <message>
-        <source>The system was changed by another program since the packages were read. Nothing was applied.
-The packages are read again now. Marks that are still possible remain.</source>
-        <translation>Ein anderes Programm hat das System geändert, seit die Pakete gelesen wurden. Es wurde nichts angewendet.
-Die Pakete werden jetzt neu gelesen. Vormerkungen, die noch möglich sind, bleiben.</translation>
+        <source>Another program has changed the system since VYRE read the packages. Nothing was applied.
+VYRE now reads the packages again, and keeps the marks that are still possible.</source>
+        <translation>Ein anderes Programm hat das System geändert, seit VYRE die Pakete gelesen hat. Es wurde nichts angewendet.
+VYRE liest die Pakete jetzt neu und behält die Vormerkungen, die noch möglich sind.</translation>
     </message>
     <message>
         <source>another package</source>
         <translation>ein anderes Paket</translation>
     </message>
     <message>
-        <source>The packages were changed. Only the history of transactions could not be written:
+        <source>The packages were changed, but VYRE could not write the transaction history:
 {}</source>
-        <translation>Die Pakete wurden geändert. Nur die Liste der früheren Transaktionen konnte nicht geschrieben werden:
+        <translation>Die Pakete wurden geändert, aber VYRE konnte die Liste der früheren Transaktionen nicht schreiben:
 {}</translation>
     </message>
     <message>
-        <source>There was no space for the scripts of these packages, which may not have run:
+        <source>The disk was full, so the scripts of these packages may not have run:
 {}</source>
-        <translation>Für die Skripte dieser Pakete war kein Platz; sie sind vielleicht nicht gelaufen:
+        <translation>Die Festplatte war voll. Deshalb sind die Skripte dieser Pakete vielleicht nicht gelaufen:
 {}</translation>
     </message>
     <message>
-        <source>There is too little space for the scripts of packages. They may not run.{}
+        <source>The disk has too little space for package scripts. They may not run.{}
 Apply anyway?
 </source>
-        <translation>Es ist zu wenig Platz für die Skripte von Paketen. Vielleicht laufen sie nicht.{}
+        <translation>Auf der Festplatte ist zu wenig Platz für die Skripte der Pakete. Vielleicht laufen sie nicht.{}
 Trotzdem anwenden?
 </translation>
     </message>
     <message>
-        <source>There is too little space for the scripts of packages. Nothing was changed.</source>
-        <translation>Es ist zu wenig Platz für die Skripte von Paketen. Es wurde nichts geändert.</translation>
+        <source>The disk has too little space for package scripts. Nothing was changed.</source>
+        <translation>Auf der Festplatte ist zu wenig Platz für die Skripte der Pakete. Es wurde nichts geändert.</translation>
     </message>
     <message>
         <source>The history does not record the end of the last transaction, begun on {}.
@@ -3104,38 +3104,38 @@ Alle ihre Pakete sind so, wie sie sein sollen.</translation>
     </message>
     <message>
         <source>The {} metadata of the repository {} are damaged: {}
-Files or changes of its packages are missing in searches and descriptions.</source>
+Searches and descriptions lack some file lists or change logs of its packages.</source>
         <translation>Die Metadaten „{}“ der Paketquelle {} sind beschädigt: {}
-Dateien oder Änderungen ihrer Pakete fehlen bei der Suche und in Beschreibungen.</translation>
+Bei der Suche und in Beschreibungen fehlen manche Dateilisten oder Änderungsprotokolle ihrer Pakete.</translation>
     </message>
     <message>
         <source>The modules metadata of the repository {} are damaged: {}
-The repository is left out.</source>
+VYRE does not use this repository.</source>
         <translation>Die Metadaten der Module der Paketquelle {} sind beschädigt: {}
-Die Paketquelle wird ausgelassen.</translation>
+VYRE benutzt diese Paketquelle nicht.</translation>
     </message>
     <message>
         <source>The group metadata of the repository {} are damaged: {}
-Its groups are left out.</source>
+VYRE does not list the groups of this repository.</source>
         <translation>Die Metadaten der Gruppen der Paketquelle {} sind beschädigt: {}
-Ihre Gruppen werden ausgelassen.</translation>
+VYRE zeigt die Gruppen dieser Paketquelle nicht.</translation>
     </message>
     <message>
-        <source>Process {} has ended without removing its lock file {}. The file is removed.</source>
-        <translation>Der Prozess {} ist zu Ende und hat seine Sperrdatei {} nicht entfernt. Die Datei wird entfernt.</translation>
+        <source>Process {} has ended without removing its lock file {}. VYRE removes this file.</source>
+        <translation>Der Prozess {} ist zu Ende und hat seine Sperrdatei {} nicht entfernt. VYRE entfernt diese Datei.</translation>
     </message>
     <message>
         <source>The file {} is damaged: {}</source>
         <translation>Die Datei {} ist beschädigt: {}</translation>
     </message>
     <message>
-        <source>The history of transactions is damaged: {}
+        <source>The transaction history is damaged: {}
 Move the file to another place. The package manager then creates a new file.</source>
         <translation>Die Liste der früheren Transaktionen ist beschädigt: {}
 Verschieben Sie die Datei an einen anderen Ort. Die Paketverwaltung legt dann eine neue an.</translation>
     </message>
     <message>
-        <source>VYRE does not know which groups are installed, because it cannot read the history of transactions.
+        <source>VYRE does not know which groups are installed, because it cannot read the transaction history.
 %1
 If the file is damaged, move it to another place. The package manager then creates a new file.</source>
         <translation>VYRE weiß nicht, welche Gruppen installiert sind, weil es die Liste der früheren Transaktionen nicht lesen kann.
@@ -3159,7 +3159,7 @@ Wenn die Datei beschädigt ist, verschieben Sie sie an einen anderen Ort. Die Pa
         <translation>Die Erweiterung %s ist gescheitert (%s):</translation>
     </message>
     <message>
-        <source>The plug-in %s needs the command dnf and does not work in VYRE (%s).</source>
+        <source>The plug-in %s needs the dnf command and does not work in VYRE (%s).</source>
         <translation>Die Erweiterung %s braucht den Befehl dnf und wirkt in VYRE nicht (%s).</translation>
     </message>
     <message>
@@ -3169,32 +3169,32 @@ Wenn die Datei beschädigt ist, verschieben Sie sie an einen anderen Ort. Die Pa
 {}</translation>
     </message>
     <message>
-        <source>Groups of packages cannot be read on this system: its libcomps does not work with its version of Python. The groups of the repositories are left out. Everything else works.</source>
-        <translation>Gruppen von Paketen können auf diesem System nicht gelesen werden: Seine libcomps arbeitet mit seiner Version von Python nicht zusammen. Die Gruppen der Paketquellen werden ausgelassen. Alles andere funktioniert.</translation>
+        <source>VYRE cannot read groups of packages on this system, because the installed libcomps does not work with the installed version of Python. VYRE lists no groups. Everything else works.</source>
+        <translation>VYRE kann auf diesem System keine Gruppen von Paketen lesen, weil die installierte libcomps mit der installierten Version von Python nicht zusammenarbeitet. VYRE zeigt keine Gruppen. Alles andere funktioniert.</translation>
     </message>
     <message>
-        <source>The transaction was only tested, because tsflags has test. Nothing was changed.</source>
-        <translation>Die Transaktion wurde nur geprüft, weil tsflags test enthält. Nichts wurde geändert.</translation>
+        <source>The transaction was only tested, because the tsflags option contains test. Nothing was changed.</source>
+        <translation>Die Transaktion wurde nur geprüft, weil die Option tsflags test enthält. Nichts wurde geändert.</translation>
     </message>
     <message>
-        <source>Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.</source>
-        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit die Konfiguration nicht lesen, weil {} fehlt.</translation>
+        <source>VYRE does not support version {} of dnf. It cannot read the configuration, because dnf lacks {}.</source>
+        <translation>VYRE unterstützt Version {} von dnf nicht. Es kann die Konfiguration nicht lesen, weil dnf {} fehlt.</translation>
     </message>
     <message>
-        <source>Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, because it lacks {}.</source>
-        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit keine Paketquellen und Pakete lesen, weil {} fehlt.</translation>
+        <source>VYRE does not support version {} of dnf. It cannot read repositories and packages, because dnf lacks {}.</source>
+        <translation>VYRE unterstützt Version {} von dnf nicht. Es kann keine Paketquellen und Pakete lesen, weil dnf {} fehlt.</translation>
     </message>
     <message>
-        <source>Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks {}.</source>
-        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit keine Erweiterungen verwenden, weil {} fehlt.</translation>
+        <source>VYRE does not support version {} of dnf. It cannot use plug-ins, because dnf lacks {}.</source>
+        <translation>VYRE unterstützt Version {} von dnf nicht. Es kann keine Erweiterungen verwenden, weil dnf {} fehlt.</translation>
     </message>
     <message>
-        <source>Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.</source>
-        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann damit keine Transaktionen ausführen, weil {} fehlt.</translation>
+        <source>VYRE does not support version {} of dnf. It cannot carry out transactions, because dnf lacks {}.</source>
+        <translation>VYRE unterstützt Version {} von dnf nicht. Es kann keine Transaktionen ausführen, weil dnf {} fehlt.</translation>
     </message>
     <message>
-        <source>The programs of this system are an image, which VYRE cannot change. Nothing was changed.</source>
-        <translation>Die Programme dieses Systems sind ein Abbild, das VYRE nicht ändern kann. Nichts wurde geändert.</translation>
+        <source>The programs of this system are in a read-only image. VYRE cannot change the image. Nothing was changed.</source>
+        <translation>Die Programme dieses Systems sind in einem schreibgeschützten Abbild. VYRE kann das Abbild nicht ändern. Nichts wurde geändert.</translation>
     </message>
     <message>
         <source>Finding the marks that can be applied</source>
@@ -3203,23 +3203,23 @@ Wenn die Datei beschädigt ist, verschieben Sie sie an einen anderen Ort. Die Pa
     <message>
         <source>The marks cannot be applied:
 {}
-Nothing was changed. All marks stay.</source>
+Nothing was changed. VYRE keeps all marks.</source>
         <translation>Die Vormerkungen können nicht ausgeführt werden:
 {}
-Nichts wurde geändert. Alle Vormerkungen bleiben.</translation>
+Nichts wurde geändert. VYRE behält alle Vormerkungen.</translation>
     </message>
     <message>
         <source>Go on without these packages?
 
-&quot;Yes&quot; goes on with the remaining marks: {}. The marks that cannot be applied stay.
-&quot;No&quot; changes nothing. All marks stay.
+&quot;Yes&quot; goes on with the remaining marks: {}. VYRE keeps the marks that cannot be applied.
+&quot;No&quot; changes nothing. VYRE keeps all marks.
 
 {}
 </source>
         <translation>Ohne diese Pakete fortfahren?
 
-„Yes“ fährt mit den übrigen Vormerkungen fort: {}. Die nicht ausführbaren Vormerkungen bleiben.
-„No“ ändert nichts. Alle Vormerkungen bleiben.
+„Yes“ fährt mit den übrigen Vormerkungen fort: {}. VYRE behält die nicht ausführbaren Vormerkungen.
+„No“ ändert nichts. VYRE behält alle Vormerkungen.
 
 {}
 </translation>
@@ -3229,11 +3229,11 @@ Nichts wurde geändert. Alle Vormerkungen bleiben.</translation>
         <translation>{} und {} weitere</translation>
     </message>
     <message>
-        <source>This is only a test because tsflags has test. dnf downloads and checks the packages;
+        <source>This is only a test, because the tsflags option contains test. dnf downloads and checks the packages;
 it installs, updates and removes nothing.
 
 </source>
-        <translation>Dies ist nur eine Prüfung, weil tsflags test enthält. dnf lädt die Pakete herunter und prüft sie;
+        <translation>Dies ist nur eine Prüfung, weil die Option tsflags test enthält. dnf lädt die Pakete herunter und prüft sie;
 es installiert, aktualisiert und entfernt nichts.
 
 </translation>
@@ -3243,9 +3243,9 @@ es installiert, aktualisiert und entfernt nichts.
         <translation>Sie können die heruntergeladenen Pakete mit Pakete löschen im Menü Cache entfernen.</translation>
     </message>
     <message>
-        <source>These packages are not in the transaction; their marks remain:
+        <source>These packages are not in the transaction. VYRE keeps their marks:
 %1</source>
-        <translation>Diese Pakete sind nicht in der Transaktion; ihre Vormerkungen bleiben:
+        <translation>Diese Pakete sind nicht in der Transaktion. VYRE behält ihre Vormerkungen:
 %1</translation>
     </message>
     <message>
@@ -3260,14 +3260,14 @@ es installiert, aktualisiert und entfernt nichts.
     </message>
     <message>
         <source>These packages are still locked: {}
-These lines of {} stay, because they lock other packages too:
+VYRE keeps these lines of {}, because they lock other packages too:
 {}</source>
         <translation>Diese Pakete sind noch gesperrt: {}
-Diese Zeilen von {} bleiben, weil sie auch andere Pakete sperren:
+VYRE behält diese Zeilen von {}, weil sie auch andere Pakete sperren:
 {}</translation>
     </message>
     <message>
-        <source>The plug-in versionlock is not loaded.</source>
+        <source>The versionlock plug-in is not loaded.</source>
         <translation>Die Erweiterung versionlock ist nicht geladen.</translation>
     </message>
     <message>
@@ -3291,7 +3291,7 @@ Diese Zeilen von {} bleiben, weil sie auch andere Pakete sperren:
         <translation>Interner Fehler: Die gesperrten Versionen können nicht geändert werden</translation>
     </message>
     <message>
-        <source>All repositories are switched off in this session.</source>
+        <source>All repositories are disabled for this session.</source>
         <translation>In dieser Sitzung sind alle Paketquellen ausgeschaltet.</translation>
     </message>
     <message>
@@ -3313,9 +3313,9 @@ In dieser Sitzung ohne sie weitermachen?</translation>
         <translation>Ja zu &amp;allen</translation>
     </message>
     <message>
-        <source>VYRE does without the repository %1 in this session:
+        <source>VYRE does not use the repository %1 in this session:
 %2</source>
-        <translation>VYRE verzichtet in dieser Sitzung auf die Paketquelle %1:
+        <translation>VYRE benutzt die Paketquelle %1 in dieser Sitzung nicht:
 %2</translation>
     </message>
     <message>
@@ -3379,16 +3379,16 @@ In dieser Sitzung ohne sie weitermachen?</translation>
         <translation>Entfernen: %1</translation>
     </message>
     <message>
-        <source>Version {} of dnf is not supported. VYRE cannot undo transactions with it, because it lacks {}.</source>
-        <translation>Version {} von dnf wird nicht unterstützt. VYRE kann mit ihr keine Transaktionen rückgängig machen, denn ihr fehlt {}.</translation>
+        <source>VYRE does not support version {} of dnf. It cannot undo transactions, because dnf lacks {}.</source>
+        <translation>VYRE unterstützt Version {} von dnf nicht. Es kann keine Transaktionen rückgängig machen, weil dnf {} fehlt.</translation>
     </message>
     <message>
         <source>The transaction is impossible:
 {}
-Nothing was changed. All marks stay.</source>
+Nothing was changed. VYRE keeps all marks.</source>
         <translation>Die Transaktion ist unmöglich:
 {}
-Nichts wurde geändert. Alle Vormerkungen bleiben.</translation>
+Nichts wurde geändert. VYRE behält alle Vormerkungen.</translation>
     </message>
     <message>
         <source>These changes are impossible:
@@ -3415,11 +3415,11 @@ Ohne sie fortfahren?
 {}</translation>
     </message>
     <message>
-        <source>Between the previous transaction and this one, packages were changed without dnf.</source>
+        <source>Packages were changed without dnf between the previous transaction and this transaction.</source>
         <translation>Zwischen der vorigen Transaktion und dieser wurden Pakete ohne dnf geändert.</translation>
     </message>
     <message>
-        <source>Between this transaction and the next one, packages were changed without dnf.</source>
+        <source>Packages were changed without dnf between this transaction and the next transaction.</source>
         <translation>Zwischen dieser Transaktion und der nächsten wurden Pakete ohne dnf geändert.</translation>
     </message>
     <message>

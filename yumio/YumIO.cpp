@@ -50,22 +50,21 @@ private:
 // The texts of the script. Qt's lupdate finds texts only in C++ files, so they are repeated here.
 const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP(
-        "YumIO", "Version {} of dnf is not supported. VYRE cannot read the configuration with it, because "
-                 "it lacks {}."),
+        "YumIO", "VYRE does not support version {} of dnf. It cannot read the configuration, because dnf "
+                 "lacks {}."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "VYRE does not support version {} of dnf. It cannot read repositories and packages, "
+                      "because dnf lacks {}."),
     QT_TRANSLATE_NOOP(
-        "YumIO", "Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, "
-                 "because it lacks {}."),
+        "YumIO", "VYRE does not support version {} of dnf. It cannot use plug-ins, because dnf lacks {}."),
     QT_TRANSLATE_NOOP(
-        "YumIO", "Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks "
-                 "{}."),
-    QT_TRANSLATE_NOOP(
-        "YumIO", "Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because "
-                 "it lacks {}."),
+        "YumIO", "VYRE does not support version {} of dnf. It cannot carry out transactions, because dnf "
+                 "lacks {}."),
     QT_TRANSLATE_NOOP(
         "YumIO",
-        "Version {} of dnf is not supported. VYRE cannot undo transactions with it, because it lacks "
-        "{}."),
-    QT_TRANSLATE_NOOP("YumIO", "The transaction is impossible:\n{}\nNothing was changed. All marks stay."),
+        "VYRE does not support version {} of dnf. It cannot undo transactions, because dnf lacks {}."),
+    QT_TRANSLATE_NOOP("YumIO", "The transaction is impossible:\n"
+                               "{}\nNothing was changed. VYRE keeps all marks."),
     QT_TRANSLATE_NOOP(
         "YumIO", "These changes are impossible:\n{}\n\nGo on without them?\n\"Yes\" shows the other changes. "
                  "\"No\" changes nothing.\n"),
@@ -73,30 +72,30 @@ const char* const scriptTexts[] = {
                       "This transaction was interrupted. All its packages are in the intended state."),
     QT_TRANSLATE_NOOP("YumIO",
                       "This transaction was interrupted. \"Redo\" completes it with these changes:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "Packages were changed without dnf between the previous transaction and this "
+                               "transaction."),
     QT_TRANSLATE_NOOP("YumIO",
-                      "Between the previous transaction and this one, packages were changed without dnf."),
-    QT_TRANSLATE_NOOP("YumIO",
-                      "Between this transaction and the next one, packages were changed without dnf."),
+                      "Packages were changed without dnf between this transaction and the next transaction."),
     QT_TRANSLATE_NOOP("YumIO", "(failed)"),
-    QT_TRANSLATE_NOOP("YumIO", "Signatures cannot be checked: the program rpmkeys is missing."),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE cannot check signatures, because the rpmkeys program is missing."),
     QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nMetadata of:\t{}\nUser "
                                "id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "Import the signing key 0x{}?\n\nPackage:\t{}\nRepository:\t{}\nUser "
                                "id:\t{}\nFingerprint:\t{}\nFrom:\t{}\n"),
-    QT_TRANSLATE_NOOP("YumIO", "\nThere are only {} kB left for {}"),
+    QT_TRANSLATE_NOOP("YumIO", "\nOnly {} kB are free in {}"),
     QT_TRANSLATE_NOOP("YumIO", "The change logs of %s cannot be read: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to use the configuration file %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "it is not a regular file"),
-    QT_TRANSLATE_NOOP("YumIO", "it has more than {} MB"),
-    QT_TRANSLATE_NOOP("YumIO", "There is no main configuration file. Signatures of packages are checked, "
-                               "unless a repository says otherwise."),
-    QT_TRANSLATE_NOOP("YumIO", "VYRE ignores the options of this file, such as exclude. Signatures "
-                               "of packages are checked, unless a repository says otherwise."),
+    QT_TRANSLATE_NOOP("YumIO", "it is larger than {} MB"),
+    QT_TRANSLATE_NOOP("YumIO", "The main configuration file is missing. VYRE checks package signatures, "
+                               "unless a repository disables this check."),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE ignores the options in this file, such as exclude. VYRE checks package "
+                               "signatures, unless a repository disables this check."),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the cache of the package manager"),
-    QT_TRANSLATE_NOOP("YumIO", "The wait for {} was ended. Nothing was changed."),
-    QT_TRANSLATE_NOOP("YumIO", "The wait for {} was ended."),
-    QT_TRANSLATE_NOOP("YumIO", "{}\nNo packages were changed. These changes were saved before:\n{}"),
-    QT_TRANSLATE_NOOP("YumIO", "These marked packages are in the other streams: {}"),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE no longer waits for {}. Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE no longer waits for {}."),
+    QT_TRANSLATE_NOOP("YumIO", "{}\nNo packages were changed, but dnf had already saved these changes:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "These marked packages belong to streams that are not enabled: {}"),
     QT_TRANSLATE_NOOP("YumIO", "Stopped."),
     QT_TRANSLATE_NOOP("YumIO", "Reading the installed packages"),
     QT_TRANSLATE_NOOP("YumIO", "Reading repository metadata for {}"),
@@ -109,22 +108,26 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP(
         "YumIO", "dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"),
     QT_TRANSLATE_NOOP("YumIO",
-                      "There is no main configuration file. dnf uses %s instead. VYRE makes the checks "
-                      "of that file too: %s"),
+                      "The main configuration file is missing. dnf uses %s instead. VYRE also makes the "
+                      "checks that this file requires: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Resolve Dependencies"),
     QT_TRANSLATE_NOOP("YumIO", "Preparing to Run Transaction"),
-    QT_TRANSLATE_NOOP("YumIO", "No log files can be written in %s: %s"),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE cannot write log files in %s: %s"),
     QT_TRANSLATE_NOOP("YumIO", "Unable to read the repository configuration: %s"),
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),
-    QT_TRANSLATE_NOOP("YumIO", "The marks cannot be applied:\n{}\nNothing was changed. All marks stay."),
+    QT_TRANSLATE_NOOP("YumIO", "The marks cannot be applied:\n"
+                               "{}\nNothing was changed. VYRE keeps all marks."),
     // This is one text in four lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n"
-                               "\"Yes\" goes on with the remaining marks: {}. The marks that "
-                               "cannot be applied stay.\n\"No\" changes nothing. All marks stay.\n\n{}\n"),
+                               "\"Yes\" goes on with the remaining marks: {}. VYRE keeps the marks that "
+                               "cannot be applied.\n"
+                               "\"No\" changes nothing. VYRE keeps all marks.\n\n"
+                               "{}\n"),
     QT_TRANSLATE_NOOP("YumIO", "{} and {} more"),
     QT_TRANSLATE_NOOP("YumIO",
-                      "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
+                      "This is only a test, because the tsflags option contains test. dnf downloads and "
+                      "checks the packages;\n"
                       "it installs, updates and removes nothing.\n\n"),
     QT_TRANSLATE_NOOP("YumIO",
                       "You can remove the downloaded packages with Clean Packages in the Cache menu."),
@@ -135,65 +138,66 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
     QT_TRANSLATE_NOOP("YumIO", "another package"),
     QT_TRANSLATE_NOOP("YumIO",
-                      "The history of transactions is damaged: {}\nMove the file to another place. The "
-                      "package manager then creates a new file."),
+                      "The transaction history is damaged: {}\n"
+                      "Move the file to another place. The package manager then creates a new file."),
     QT_TRANSLATE_NOOP("YumIO", "The {} metadata of the repository {} are damaged: {}"),
-    QT_TRANSLATE_NOOP(
-        "YumIO", "The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages "
-                 "are missing in searches and descriptions."),
-    QT_TRANSLATE_NOOP(
-        "YumIO", "The modules metadata of the repository {} are damaged: {}\nThe repository is left out."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "The {} metadata of the repository {} are damaged: {}\n"
+                      "Searches and descriptions lack some file lists or change logs of its packages."),
+    QT_TRANSLATE_NOOP("YumIO", "The modules metadata of the repository {} are damaged: {}\n"
+                               "VYRE does not use this repository."),
     // This is one text in three lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
-    QT_TRANSLATE_NOOP("YumIO", "Groups of packages cannot be read on this system: its libcomps does not work "
-                               "with its version of Python. The groups of the repositories are left out. "
-                               "Everything else works."),
-    QT_TRANSLATE_NOOP("YumIO",
-                      "The group metadata of the repository {} are damaged: {}\nIts groups are left out."),
+    QT_TRANSLATE_NOOP("YumIO", "VYRE cannot read groups of packages on this system, because the installed "
+                               "libcomps does not work with the installed version of Python. VYRE lists no "
+                               "groups. Everything else works."),
+    QT_TRANSLATE_NOOP("YumIO", "The group metadata of the repository {} are damaged: {}\n"
+                               "VYRE does not list the groups of this repository."),
     QT_TRANSLATE_NOOP("YumIO", "The file {} is damaged: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-in {} cannot be loaded: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-ins cannot be loaded: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-in {} has ended the operation: {}"),
     QT_TRANSLATE_NOOP("YumIO", "The plug-in %s has failed (%s):"),
-    QT_TRANSLATE_NOOP("YumIO", "The plug-in %s needs the command dnf and does not work in VYRE (%s)."),
+    QT_TRANSLATE_NOOP("YumIO", "The plug-in %s needs the dnf command and does not work in VYRE (%s)."),
     QT_TRANSLATE_NOOP("YumIO", "The packages were changed.\n{}"),
-    QT_TRANSLATE_NOOP("YumIO", "The programs of this system are an image, which VYRE cannot change. Nothing "
-                               "was changed."),
-    QT_TRANSLATE_NOOP("YumIO", "The transaction was only tested, because tsflags has test. Nothing was "
-                               "changed."),
-    QT_TRANSLATE_NOOP("YumIO", "The packages were changed. Only the history of transactions could not be "
-                               "written:\n{}"),
-    QT_TRANSLATE_NOOP("YumIO", "There was no space for the scripts of these packages, which may not have "
-                               "run:\n{}"),
-    QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. They may not run.{}"
-                               "\nApply anyway?\n"),
-    QT_TRANSLATE_NOOP("YumIO", "There is too little space for the scripts of packages. Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO", "The programs of this system are in a read-only image. VYRE cannot change "
+                               "the image. Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO", "The transaction was only tested, because the tsflags option contains test. "
+                               "Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO", "The packages were changed, but VYRE could not write the transaction "
+                               "history:\n"
+                               "{}"),
+    QT_TRANSLATE_NOOP("YumIO", "The disk was full, so the scripts of these packages may not have run:\n{}"),
+    QT_TRANSLATE_NOOP("YumIO", "The disk has too little space for package scripts. They may not run.{}\n"
+                               "Apply anyway?\n"),
+    QT_TRANSLATE_NOOP("YumIO", "The disk has too little space for package scripts. Nothing was changed."),
     QT_TRANSLATE_NOOP("YumIO", "The history does not record the end of the last transaction, begun on {}.\n"
                                "All its packages are in the intended state."),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for {}, which uses the package database"),
     QT_TRANSLATE_NOOP("YumIO", "Waiting for another program, which uses the package database"),
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database: {}\nKeep waiting?\n"),
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database.\nKeep waiting?\n"),
-    QT_TRANSLATE_NOOP("YumIO", "The package database is in use by another program. Nothing was changed."),
+    QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database. Nothing was changed."),
     // This is one text in three lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
-    QT_TRANSLATE_NOOP("YumIO", "The system was changed by another program since the packages were read. "
-                               "Nothing was applied.\nThe packages are read again now. Marks that are still "
-                               "possible remain."),
+    QT_TRANSLATE_NOOP("YumIO", "Another program has changed the system since VYRE read the packages. "
+                               "Nothing was applied.\n"
+                               "VYRE now reads the packages again, and keeps the marks that are still "
+                               "possible."),
     QT_TRANSLATE_NOOP("YumIO",
-                      "Process {} has ended without removing its lock file {}. The file is removed."),
+                      "Process {} has ended without removing its lock file {}. VYRE removes this file."),
     // This is one text in two lines.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, was interrupted.\nMark and "
                                "apply its remaining changes again."),
     QT_TRANSLATE_NOOP("YumIO", "You are not allowed to change the list of locks {}"),
+    QT_TRANSLATE_NOOP("YumIO", "These packages are still locked: {}\n"
+                               "VYRE keeps these lines of {}, because they lock other packages too:\n"
+                               "{}"),
+    QT_TRANSLATE_NOOP("YumIO", "The versionlock plug-in is not loaded."),
     QT_TRANSLATE_NOOP("YumIO",
-                      "These packages are still locked: {}\nThese lines of {} stay, because they lock "
-                      "other packages too:\n{}"),
-    QT_TRANSLATE_NOOP("YumIO", "The plug-in versionlock is not loaded."),
-    QT_TRANSLATE_NOOP("YumIO",
-                      "Several versions of these packages are installed, left behind by an interrupted "
-                      "transaction:\n{}\n\"dnf remove --duplicates\" removes the older ones."),
+                      "An interrupted transaction has left several installed versions of these packages:\n"
+                      "{}\n\"dnf remove --duplicates\" removes the older versions."),
 };
 
 // Hides the passwords in a text and returns a new reference. The script uses this function for its log files.

@@ -206,7 +206,7 @@ void YumIO::readOutcome()
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {
         log(Log::Warning, 0,
-            tr("These packages are not in the transaction; their marks remain:\n%1").arg(text));
+            tr("These packages are not in the transaction. VYRE keeps their marks:\n%1").arg(text));
     }
     PyErr_Restore(type, value, traceback);
 }

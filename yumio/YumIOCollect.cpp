@@ -95,7 +95,7 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     }
     if (enabledRepos.isEmpty() && everUnwanted) {
         // The user wants to do without these repositories, but not without the installed packages.
-        log(Log::Warning, 0, tr("All repositories are switched off in this session."));
+        log(Log::Warning, 0, tr("All repositories are disabled for this session."));
     } else if (enabledRepos.isEmpty()) {
         error(
             tr("No repositories are enabled.\nUnder the Repositories menu, Edit Configuration can be used to "
@@ -291,7 +291,7 @@ PyObject* YumIO::goOnWithout(PyObject* capsule, PyObject* args)
     yumIO->everUnwanted = true;
     yumIO->unwanted.append(repository);
     yumIO->log(Log::Warning, 0,
-               tr("VYRE does without the repository %1 in this session:\n%2").arg(repository, fault));
+               tr("VYRE does not use the repository %1 in this session:\n%2").arg(repository, fault));
     Py_RETURN_TRUE;
 }
 
@@ -467,9 +467,11 @@ bool YumIO::collectGroups(PyObject* groups)
     // The user gets the message only once, although each collection asks for hundreds of groups.
     if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
         reportedHistoryFault = historyFault;
-        warning(tr("VYRE does not know which groups are installed, because it cannot read the history of "
-                   "transactions.\n%1\nIf the file is damaged, move it to another place. The package manager "
-                   "then creates a new file.")
+        warning(tr("VYRE does not know which groups are installed, because it cannot read the transaction "
+                   "history.\n"
+                   "%1\n"
+                   "If the file is damaged, move it to another place. The package manager then creates a "
+                   "new file.")
                     .arg(historyFault));
     }
     return true;

@@ -440,9 +440,10 @@ class YumIO:
         if installedNumbers() != set((package.rpmdbid, package.name) for package in self.base.sack.query(
                 flags=hawkey.IGNORE_EXCLUDES).installed()):
             self.outdated = True
-            raise dnf.exceptions.Error(tr('The system was changed by another program since the packages were read. '
-                                          'Nothing was applied.\nThe packages are read again now. Marks that are still '
-                                          'possible remain.'))
+            raise dnf.exceptions.Error(tr('Another program has changed the system since VYRE read the packages. '
+                                          'Nothing was applied.\n'
+                                          'VYRE now reads the packages again, and keeps the marks that are still '
+                                          'possible.'))
         self._cookie = cookie
 
     @staticmethod

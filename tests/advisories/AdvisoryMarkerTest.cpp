@@ -58,15 +58,15 @@ void AdvisoryMarkerTest::eachObstacleToAnUpdateIsNamed()
                                           "many-2-1.x86_64: the configuration excludes the update"}));
     QCOMPARE(AdvisoryMarker::described(made.packages.first()), QString("tool-1-1.x86_64: installed"));
     QCOMPARE(AdvisoryMarker::described(packageOf("tool")),
-             QString("tool-2-1.x86_64: not installed, the update is 2-1"));
+             QString("tool-2-1.x86_64: not installed; the update 2-1 is available"));
 }
 
 void AdvisoryMarkerTest::aPackageWithoutAnUpdateInTheTableIsRefused()
 {
     const auto found = find({advisory("A-1", true, {packageOf("shell"), packageOf("nobody")})});
     QCOMPARE(found.entries.count(), 0);
-    QCOMPARE(found.refusals, (QStringList{"shell-2-1.x86_64: the table has no update",
-                                          "nobody-2-1.x86_64: the table has no update"}));
+    QCOMPARE(found.refusals, (QStringList{"shell-2-1.x86_64: the table lists no update",
+                                          "nobody-2-1.x86_64: the table lists no update"}));
 }
 
 void AdvisoryMarkerTest::aPackageMarkedForRemovalIsRefused()
@@ -86,7 +86,8 @@ void AdvisoryMarkerTest::aReplacedPackageIsRefused()
     const auto found = find({advisory("A-1", true, {packageOf("tool")})});
     QCOMPARE(found.entries.count(), 0);
     QCOMPARE(found.refusals,
-             QStringList{"tool-2-1.x86_64: a package of another name replaces it; decide in the table"});
+             QStringList{"tool-2-1.x86_64: a package of another name replaces it; mark that package in the "
+                         "table if you want it"});
 }
 
 QTEST_MAIN(AdvisoryMarkerTest)

@@ -107,7 +107,7 @@ private Q_SLOTS:
         model.setAdvisories(some());
         QCOMPARE(model.details(0),
                  QString("A-1: About A-1\n\nPackages:\n"
-                         "  tool-2-1.x86_64: not installed, the update is 2-1\n"
+                         "  tool-2-1.x86_64: not installed; the update 2-1 is available\n"
                          "  lib-2-1.x86_64: installed\n\nCVE:\n  CVE-2024-1\n  CVE-2024-2\n\n"
                          "Bugs:\n  17 - Wrong sums\n\n<b>All</b> about it."));
         QCOMPARE(model.details(1), QString("B-2: About B-2\n\nPackages:\n  lib-2-1.x86_64: installed"));

@@ -470,7 +470,7 @@ void MainWindowOperationsTest::theNextCollectionUsesTheCredentialsThatTheUserTyp
     shown->action("&Windows", "&Log")->trigger();
     QVERIFY(logIsVisible());
     const QString log = logWindow()->findChild<QTextEdit*>()->toPlainText();
-    QCOMPARE(log.count("standin.repo contains a password. From now on, only its owner"), 1);
+    QCOMPARE(log.count("standin.repo contains a password. From now on, only the file's owner"), 1);
     QVERIFY(!log.contains("secret"));
 }
 
@@ -630,7 +630,7 @@ void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
     QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
                         [](HistoryDialog& history) {
                             const QString reason(
-                                "No transaction can be undone, because the packages could not be read.");
+                                "VYRE cannot undo transactions, because it could not read the packages.");
                             QCOMPARE(buttonIn(&history, "&Undo This")->toolTip(), reason);
                             QVERIFY(!buttonIn(&history, "&Undo This")->isEnabled());
                         }));

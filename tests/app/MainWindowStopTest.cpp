@@ -142,7 +142,7 @@ void MainWindowStopTest::theButtonIsDisabledIfNoOperationRuns()
 {
     shown->start();
     QVERIFY(!button()->isEnabled());
-    QVERIFY(button()->toolTip().contains("No operation runs now."));
+    QVERIFY(button()->toolTip().contains("No operation is running now."));
     // Keys that press the button have no effect.
     standIn->forgetCalls();
     shown->key(Qt::Key_Escape);
@@ -205,7 +205,7 @@ void MainWindowStopTest::oneAnswerIsEnoughForAllFailingRepositories()
     QCOMPARE(user.texts().size(), 1);
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QCOMPARE(switchedOff(), (QStringList{"base", "extras"}));
-    QVERIFY(log().contains("VYRE does without the repository extras in this session:"));
+    QVERIFY(log().contains("VYRE does not use the repository extras in this session:"));
 }
 
 void MainWindowStopTest::nothingIsListedIfTheUserKeepsAFailingRepository()

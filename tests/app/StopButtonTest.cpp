@@ -19,7 +19,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("reason");
         QTest::addColumn<bool>("enabled");
         QTest::newRow("idle") << int(State::Idle) << "Stop"
-                              << "No operation runs now" << false;
+                              << "No operation is running now" << false;
         QTest::newRow("possible") << int(State::Possible) << "&Stop"
                                   << "Stops the current operation (Esc)" << true;
         QTest::newRow("useless") << int(State::Useless) << "Stop"

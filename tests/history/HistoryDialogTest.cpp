@@ -228,7 +228,7 @@ void HistoryDialogTest::laterTransactionsCannotBeUndoneIfTheNewestIsCurrent()
 {
     show();
     QVERIFY(!button("Undo All &Since")->isEnabled());
-    QCOMPARE(button("Undo All &Since")->toolTip(), QString("No transaction is newer than this one."));
+    QCOMPARE(button("Undo All &Since")->toolTip(), QString("No transaction is newer than this transaction."));
     QVERIFY(button("&Undo This")->isEnabled());
     QVERIFY(button("&Redo")->isEnabled());
 }

@@ -43,7 +43,8 @@ class AdvisoriesTest(JourneyTest):
                 ('LSA-2', 'security', 'Low/Sec.', '2024-04-04', 'Not Installed', 'The advisory LSA-2'),
                 ('LBA-3', 'bugfix', '', '2024-03-03', 'Not Installed', 'The advisory LBA-3'),
                 ('LBA-4', 'bugfix', '', '2024-02-02', 'Installed', 'The advisory LBA-4')])
-            for text in ('CVE:\n  CVE-2024-7\n', 'abacus-cli-3.3.0-2.x86_64: not installed, the update is 3.3.0-2',
+            for text in ('CVE:\n  CVE-2024-7\n',
+                         'abacus-cli-3.3.0-2.x86_64: not installed; the update 3.3.0-2 is available',
                          'Sums of large numbers are wrong.'):
                 self.assertIn(text, self.details(dialog))
             self.picture('advisories')

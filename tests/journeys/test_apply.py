@@ -178,11 +178,13 @@ class ConfiguredTest(JourneyTest):
             window.mark_listed('birch-log')
             dialog = window.apply()
             self.assertTrue(dialog.listing().startswith(
-                'This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
+                'This is only a test, because the tsflags option contains test. '
+                'dnf downloads and checks the packages;\n'
                 'it installs, updates and removes nothing.\n\nTransaction to be performed:\n'), dialog.listing())
             window.accept(dialog)
             self.check_message(window.program, 'VYRE Yum Warning',
-                               'The transaction was only tested, because tsflags has test. Nothing was changed.')
+                               'The transaction was only tested, because the tsflags option contains test. Nothing '
+                               'was changed.')
             window.wait_ready()
         self.check_unchanged()
         self.check_consistent()

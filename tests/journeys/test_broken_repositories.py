@@ -162,7 +162,7 @@ class MetadataTest(StartTest):
         with self.program() as program:
             self.message(program, 'VYRE Yum Warning',
                          'The filelists metadata of the repository sandbox-file are damaged: ',
-                         '\nFiles or changes of its packages are missing', picture='damaged-metadata')
+                         '\nSearches and descriptions lack some file lists', picture='damaged-metadata')
             window = program.ready()
             self.check_usable(window)
             self.check_usable(window, 'corkboard')
@@ -189,7 +189,7 @@ class MetadataTest(StartTest):
         with self.program() as program:
             self.message(program, 'VYRE Yum Warning',
                          'The modules metadata of the repository sandbox-file are damaged: ',
-                         '\nThe repository is left out.')
+                         '\nVYRE does not use this repository.')
             window = program.ready()
             self.check_usable(window)
             self.assertNotIn('corkboard', window.names())

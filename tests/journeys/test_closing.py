@@ -163,7 +163,7 @@ class ClosingTest(JourneyTest):
             self.assertEqual(program.wait(), -signal.SIGTERM, program.stderr())
             self.assertTrue(lock.is_held())
             lock.let_go()
-            self.assertIn('was ended. Nothing was changed.', program.stderr())
+            self.assertIn('VYRE no longer waits for ', program.stderr())
             self.assertNotIn('Traceback', program.stderr())
             self.assertNotIn('Internal error', program.stderr())
             self.assertEqual(self.locks(), [])

@@ -8,9 +8,9 @@ import journey
 from journey import Gate, JourneyTest, wait_for
 
 INTERRUPTED = 'was interrupted.\nMark and apply its remaining changes again.'
-SEVERAL = ('Several versions of these packages are installed, left behind by an interrupted transaction:\n'
+SEVERAL = ('An interrupted transaction has left several installed versions of these packages:\n'
            '  doorkeeper-1.0-1.noarch, doorkeeper-1.1-1.noarch\n'
-           '"dnf remove --duplicates" removes the older ones.')
+           '"dnf remove --duplicates" removes the older versions.')
 
 
 class KillTest(JourneyTest):
@@ -82,7 +82,7 @@ class KillBeforeTest(JourneyTest):
     dnf also works.
     """
 
-    LEFT = 'Process {} has ended without removing its lock file {}. The file is removed.'
+    LEFT = 'Process {} has ended without removing its lock file {}. VYRE removes this file.'
 
     def gate(self, path):
         gate = Gate()

@@ -163,8 +163,8 @@ class ImpossibleTest(JourneyTest):
             self.assertEqual(question.text().rstrip('\n').replace(' from sandbox-updates', ''),
                              'Go on without these packages?\n\n'
                              '"Yes" goes on with the remaining marks: anvil-make. '
-                             'The marks that cannot be applied stay.\n'
-                             '"No" changes nothing. All marks stay.\n\n'
+                             'VYRE keeps the marks that cannot be applied.\n'
+                             '"No" changes nothing. VYRE keeps all marks.\n\n'
                              'tidewatch-2.0-1.noarch\n'
                              '    nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noarch')
             self.assertEqual(question.buttons(), ['Yes', 'No'])
@@ -184,7 +184,8 @@ class ImpossibleTest(JourneyTest):
             window.wait_action('update', 'tidewatch')
             window.wait_action('none', 'anvil-make')
             log = self.read_log(window)
-            self.assertRegex(log, r'(?s)Applying: OK.*These packages are not in the transaction; their marks remain:\n'
+            self.assertRegex(log, r'(?s)Applying: OK.*These packages are not in the transaction. '
+                                  r'VYRE keeps their marks:\n'
                                   r'tidewatch-2\.0-1\.noarch\n    nothing provides libtide')
             self.assertNotIn('conflicting requests', log)
 

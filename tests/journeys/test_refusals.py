@@ -20,7 +20,7 @@ class RefusalTest(JourneyTest):
                 window.mark_listed(name)
             window.click_button('Apply Actions')
             self.check_message(window.program, 'VYRE Yum Error', 'The marks cannot be applied:\n',
-                               '\nNothing was changed. All marks stay.\nUnable to apply changes', *texts,
+                               '\nNothing was changed. VYRE keeps all marks.\nUnable to apply changes', *texts,
                                picture=picture)
             window.wait_ready()
             self.assertEqual(window.program.titles(), [journey.driver.main_title()])
@@ -75,7 +75,7 @@ class OtherProgramTest(JourneyTest):
             subprocess.run(['rpm', '--root', self.sandbox.root, '--dbpath', '/var/lib/rpm', '-e', 'almanac'],
                            check=True, stderr=subprocess.DEVNULL)
             window.click_button('Apply Actions')
-            self.check_message(window.program, 'VYRE Yum Error', 'The system was changed by another program',
+            self.check_message(window.program, 'VYRE Yum Error', 'Another program has changed the system',
                                'Unable to apply changes', picture='changed-by-another')
             window.wait_ready()
             self.check_changed(gone=['almanac-1.9-1.noarch'])
@@ -103,7 +103,7 @@ class OtherProgramTest(JourneyTest):
             self.picture('database-in-use')
             question.click_button('No')
             self.check_message(window.program, 'VYRE Yum Error',
-                               'The package database is in use by another program. Nothing was changed.')
+                               'Another program is using the package database. Nothing was changed.')
             window.wait_ready()
             self.check_unchanged()
             window.wait_action('install', 'pergola')

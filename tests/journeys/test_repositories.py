@@ -443,7 +443,8 @@ class StartTest(EditingTest):
             for answer in ('No', 'Yes'):
                 editor.wait_settled()
                 driver.key('Escape')
-                question = self.read_dialog(window.program, 'Repository Editor', 'Close the window without them?')
+                question = self.read_dialog(window.program, 'Repository Editor',
+                                            'Close the window and drop the changes?')
                 self.assertEqual(question.buttons(), ['Yes', 'No'])
                 self.picture('unapplied-' + answer)
                 question.click_button(answer)

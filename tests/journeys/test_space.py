@@ -41,11 +41,12 @@ class SpaceTest(JourneyTest):
             filesystems.resize(cache, 300)
             window.accept(dialog)
             self.check_message(window.program, YUM_ERROR, 'gargantua',
-                               ' kB left for {}/yum\n'.format(cache), '\nUnable to apply changes', picture='no-space')
+                               ' kB are free in {}/yum\n'.format(cache),
+                               '\nUnable to apply changes', picture='no-space')
             self.check_usable(window)
             self.assertEqual(window.program.titles(), [driver.main_title()])
             self.check_unchanged()
-            self.assertIn(' kB left for {}/yum\n'.format(cache), self.read_log(window))
+            self.assertIn(' kB are free in {}/yum\n'.format(cache), self.read_log(window))
             filesystems.resize(cache, PLENTY)
             self.check_applies(window, 'gargantua', GARGANTUA)
         self.check_consistent()
@@ -80,13 +81,13 @@ class SpaceTest(JourneyTest):
             glutton.let_go()
             self.check_message(window.program, YUM_ERROR, 'Error unpacking rpm package glutton-1.0-1.noarch\n',
                                'unpacking of archive failed on file /usr/share/glutton/noise.bin',
-                               '\nThe transaction failed for:\nglutton-1.0-1.noarch\nThere are only ',
-                               ' kB left for {}/'.format(root), '\nUnable to apply changes',
+                               '\nThe transaction failed for:\nglutton-1.0-1.noarch\nOnly ',
+                               ' kB are free in {}/'.format(root), '\nUnable to apply changes',
                                picture='no-space-in-transaction')
             self.check_usable(window)
             self.check_unchanged()
             self.assertFalse(os.path.exists(os.path.join(root, 'usr/share/glutton/noise.bin')))
-            self.assertIn(' kB left for {}/'.format(root), self.read_log(window))
+            self.assertIn(' kB are free in {}/'.format(root), self.read_log(window))
             filesystems.resize(root, PLENTY)
             # The failed transaction may have changed the system. So the program has collected again, without marks.
             window.mark_listed('glutton')
@@ -108,7 +109,7 @@ class SpaceTest(JourneyTest):
             glutton.let_go()
             self.check_message(window.program, YUM_ERROR, 'The transaction failed for:\nglutton-1.0-1.noarch\n'
                                'The package database does not record these changes:\nbirch-log-3.0-1.x86_64\n'
-                               'There are only 0 kB left for {}\nUnable to apply changes'.format(database))
+                               'Only 0 kB are free in {}\nUnable to apply changes'.format(database))
             window.wait_ready()
             self.check_unchanged()
             filesystems.resize(database, PLENTY)

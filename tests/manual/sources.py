@@ -172,7 +172,7 @@ def python_messages(*parts):
     known = [text.value for text in found]
     for node in ast.walk(tree):
         if isinstance(node, ast.Constant) and isinstance(node.value, str) and node not in silent and \
-                re.match(r'[A-Z][a-z]+ (\S+ )+\S+[.:?]$', node.value) and \
+                re.match(r'(VYRE|[A-Z][a-z]+) (\S+ )+\S+[.:?]$', node.value) and \
                 not any(node.value in value for value in known):
             add(node.value, node)
     return found

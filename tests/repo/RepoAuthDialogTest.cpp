@@ -143,8 +143,8 @@ void RepoAuthDialogTest::theDialogNamesTheFileThatWillContainThePassword()
     entry.file = QStringLiteral("/etc/yum.repos.d/<b>x</b>.repo");
     QVERIFY(run([this] {
                 QVERIFY(labels().contains(QStringLiteral(
-                    "VYRE will write the name and the password into the file /etc/yum.repos.d/<b>x</b>.repo. "
-                    "Then only its owner and its group can read it.")));
+                    "VYRE will write the name and the password to the file /etc/yum.repos.d/<b>x</b>.repo. "
+                    "Then only the file's owner and group can read the file.")));
             }) >= 0);
     // Not even a very long path widens the window.
     int width = 0;

@@ -271,7 +271,7 @@ void RepoEditorConfigDialogTest::okIsDisabledIfTheRepositoryCannotBeWritten()
     QCOMPARE(run([this, okIsEnabled] {
                  Form::type(form->id, QStringLiteral("upd[ates]"));
                  QCOMPARE(status(),
-                          QStringLiteral("Identifier has other characters than letters, digits and -_.:"));
+                          QStringLiteral("Identifier has characters other than letters, digits and -_.:"));
                  QVERIFY(!okIsEnabled());
                  dialog->ok();
                  QVERIFY(dialog->isVisible());

@@ -112,7 +112,7 @@ void RepoEditorConfigStatusTest::textsThatAFileCannotRepresentAreRefused_data()
     QTest::addColumn<QString>("id");
     QTest::addColumn<QString>("options");
     QTest::addColumn<QString>("refusal");
-    const char* characters = "Identifier has other characters than letters, digits and -_.:";
+    const char* characters = "Identifier has characters other than letters, digits and -_.:";
     QTest::newRow("closing bracket") << "a]b"
                                      << "" << characters;
     QTest::newRow("closing bracket at the end") << "a]"

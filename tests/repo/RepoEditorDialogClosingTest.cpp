@@ -214,7 +214,7 @@ void RepoEditorDialogClosingTest::closingAsksIfChangesAreNotApplied()
                     QCOMPARE(user.seen.at(0).title, QStringLiteral("Repository Editor"));
                     QCOMPARE(user.seen.at(0).text,
                              QStringLiteral("The changes to the repositories are not applied. Close the "
-                                            "window without them?"));
+                                            "window and drop the changes?"));
                     QCOMPARE(user.seen.at(0).defaultButton, QMessageBox::No);
                     QCOMPARE(user.seen.at(0).parent, dialog.get());
                     QVERIFY(dialog->isVisible());

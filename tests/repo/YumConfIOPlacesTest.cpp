@@ -271,8 +271,8 @@ void YumConfIOPlacesTest::aWarningReportsValuesThatThePackageManagerReadsDiffere
                            "disables it.");
         QCOMPARE(conf->warnings,
                  (QStringList{
-                     file + " has letters outside ASCII. If VYRE writes the file, each of them becomes two "
-                            "wrong letters.",
+                     file + " contains letters outside ASCII. If VYRE writes the file, each of these letters "
+                            "becomes two wrong letters.",
                      warning.arg("main", "enabled = No"), warning.arg("a", "enabled=0"),
                      warning.arg("a", "gpgcheck=FALSE"), warning.arg("c", "enabled=off")}));
     }

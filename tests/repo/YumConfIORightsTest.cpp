@@ -69,7 +69,8 @@ void YumConfIORightsTest::aFileThatGetsAPasswordIsPrivate()
         texts += each.first().toString();
     }
     const QString text =
-        QStringLiteral("%1 contains a password. From now on, only its owner and its group can read it.");
+        QStringLiteral("%1 contains a password. From now on, only the file's owner and group can read the "
+                       "file.");
     QCOMPARE(texts, QStringList({text.arg(mainPath()), text.arg(given)}));
     // Each file causes one message.
     entry(QStringLiteral("given")).name = QStringLiteral("G");

@@ -34,7 +34,7 @@ DEPENDENCY, USER, CLEAN, WEAK, GROUP = range(1, 6)
 
 
 # If the package manager cannot read groups, the log has a text that begins in this way.
-WITHOUT_GROUPS = "Groups of packages cannot be read on this system"
+WITHOUT_GROUPS = "VYRE cannot read groups of packages on this system"
 
 
 def check(name, arguments):

@@ -29,7 +29,7 @@ class LeftoversTest(ScenarioTest):
 
     def reports(self):
         return [text for text in self.recording.errors() if "last transaction" in text or
-                "Several versions" in text]
+                "several installed versions" in text]
 
     def collect_again(self):
         self.recording.clear()
@@ -84,11 +84,11 @@ class LeftoversTest(ScenarioTest):
         self.load()
         self.yumio.lock()
         self.collect()
-        self.assertEqual(self.reports(), ["Several versions of these packages are installed, left behind by an "
-                                          "interrupted transaction:\n"
+        self.assertEqual(self.reports(), ["An interrupted transaction has left several installed versions of "
+                                          "these packages:\n"
                                           "  abacus-cli-3.2.1-1.x86_64, abacus-cli-3.3.0-2.x86_64\n"
                                           "  barometer-1.0-1.x86_64, barometer-1.1-2.x86_64\n"
-                                          "\"dnf remove --duplicates\" removes the older ones."])
+                                          "\"dnf remove --duplicates\" removes the older versions."])
 
     @in_own_process
     def test_a_missing_history_is_not_created(self):

@@ -128,7 +128,8 @@ class CommandRulesTest(ScenarioTest):
         check()  # the managed root is not the running system
         image.managedRoot = lambda: "/"
         try:
-            self.assertRaisesRegex(self.dnf.exceptions.Error, "^The programs of this system are an image", check)
+            self.assertRaisesRegex(self.dnf.exceptions.Error,
+                                   "^The programs of this system are in a read-only image", check)
             os.system("mount -o remount,bind,rw /usr")
             check()
             os.unlink("/run/ostree-booted")

@@ -10,7 +10,7 @@ import threading
 
 from scenario import ScenarioTest, in_own_process
 
-CHANGED = "^The system was changed by another program since the packages were read"
+CHANGED = "^Another program has changed the system since VYRE read the packages"
 ALMANAC = "almanac-1.9-1.noarch"
 ASTROLABE = "astrolabe-5.6-1.x86_64"
 
@@ -137,7 +137,7 @@ class LockedTest(DatabaseTest):
     def check_given_up(self, take):
         shown = self.prepare()
         self.holder = Holder(take)
-        self.assert_refused("^The package database is in use by another program. Nothing was changed.$",
+        self.assert_refused("^Another program is using the package database. Nothing was changed.$",
                             removes=["almanac"], answers=[0])
         who = "%s (%d)" % (self.module("locks").nameOfProcess(self.holder.process), self.holder.process)
         # The script reports the activity repeatedly, so that the program can end the wait.
@@ -343,7 +343,7 @@ class HistoryTest(DatabaseTest):
         self.yumio.lock()
         self.collect()
         self.recording.clear()
-        self.assert_refused("(?s)^The history of transactions is damaged: .*%s.*\nMove the file to another place. The "
+        self.assert_refused("(?s)^The transaction history is damaged: .*%s.*\nMove the file to another place. The "
                             "package manager then creates a new file.$" % path, removes=["almanac"], answers=[])
         self.assertFalse(self.yumio.systemChanged)
         os.rename(path, path + ".away")

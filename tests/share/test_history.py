@@ -135,10 +135,11 @@ class TestOnlyTest(OutcomeTest):
         self.assertIs(self.apply(installs=["astrolabe"], removes=["almanac"]), False)
         # The script has added the text before the user answers the question.
         self.assertEqual(announced, [(
-            "This is only a test because tsflags has test. dnf downloads and checks the packages;\n"
+            "This is only a test, because the tsflags option contains test. dnf downloads and checks the "
+            "packages;\n"
             "it installs, updates and removes nothing.\n\n", [1])])
         self.assertEqual(self.yumio.remarks, [
-            "The transaction was only tested, because tsflags has test. Nothing was changed."])
+            "The transaction was only tested, because the tsflags option contains test. Nothing was changed."])
         self.assertEqual(self.transactions(), before)
         self.assertFalse(self.yumio.systemChanged)
         self.assertNotIn("astrolabe-5.6-1.x86_64", self.sandbox.installed())

@@ -19,8 +19,8 @@ BARRIER = "nothing provides libtide.so.9()(64bit) needed by tidewatch-2.0-1.noar
 def question(rest):
     """The text of the question before the packages and their reasons."""
     return ('Go on without these packages?\n\n"Yes" goes on with the remaining marks: %s. '
-            'The marks that cannot be applied stay.\n'
-            '"No" changes nothing. All marks stay.' % rest)
+            'VYRE keeps the marks that cannot be applied.\n'
+            '"No" changes nothing. VYRE keeps all marks.' % rest)
 
 
 def german():
@@ -123,7 +123,7 @@ class UpdatesTest(QuestionTest):
         # Newer versions of dnf name the repository at the end.
         self.assertEqual(str(caught.exception).replace(" from sandbox-updates", ""),
                          "The marks cannot be applied:\ntidewatch-2.0-1.noarch\n    " + BARRIER +
-                         "\nNothing was changed. All marks stay.")
+                         "\nNothing was changed. VYRE keeps all marks.")
         self.assertEqual(self.left_out(), [])
 
     @in_own_process
@@ -135,7 +135,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(str(caught.exception),
                          "The marks cannot be applied:\nalmanac-1.9-1.noarch\n"
                          "    almanac-1.9-1.noarch is not newer than the installed version.\n"
-                         "Nothing was changed. All marks stay.")
+                         "Nothing was changed. VYRE keeps all marks.")
 
     def refusal_of(self, **actions):
         """The message about a refusal. Nothing may have changed. Repository names are removed from the message, because
@@ -157,7 +157,7 @@ class UpdatesTest(QuestionTest):
         text = self.refusal_of(updates=["tidewatch"], installs=["moonbridge", "astrolabe"])
         self.assertTrue(text.startswith("The marks cannot be applied:\ntidewatch-2.0-1.noarch\n    " + BARRIER + "\n"),
                         text)
-        self.assertTrue(text.endswith("\nNothing was changed. All marks stay."), text)
+        self.assertTrue(text.endswith("\nNothing was changed. VYRE keeps all marks."), text)
         for line in (BARRIER, "nothing provides gravity >= 6 needed by moonbridge-1.0-1.noarch"):
             self.assertEqual(text.count(line), 1, text)
         # dnf's own text lists problems for a terminal.
@@ -180,7 +180,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(str(caught.exception),
                          "The marks cannot be applied:\nalmanac-1.9-1.noarch\n"
                          "    almanac-1.9-1.noarch is not newer than the installed version.\n"
-                         "No match for argument: loom\nNothing was changed. All marks stay.")
+                         "No match for argument: loom\nNothing was changed. VYRE keeps all marks.")
 
     @in_own_process
     def test_the_message_names_the_marks_if_a_resolution_fails_without_reasons(self):
@@ -195,7 +195,7 @@ class UpdatesTest(QuestionTest):
         self.yumio.base.resolve = fail
         self.assertEqual(self.refusal_of(updates=["tidewatch"], installs=["moonbridge"]),
                          "The marks cannot be applied:\nmoonbridge-1.0-1.noarch\ntidewatch-2.0-1.noarch\n"
-                         "Nothing was changed. All marks stay.")
+                         "Nothing was changed. VYRE keeps all marks.")
 
     @in_own_process
     def test_the_question_names_some_of_many_other_marks(self):
@@ -256,8 +256,8 @@ class UpdatesTest(QuestionTest):
         head, _, reasons = self.recording.printed().partition("\n\ntidewatch-2.0-1.noarch\n    ")
         # The buttons are Yes and No in all languages.
         self.assertEqual(head, "Ohne diese Pakete fortfahren?\n\n„Yes“ fährt mit den übrigen Vormerkungen fort: "
-                         "abacus-cli. Die nicht ausführbaren Vormerkungen bleiben.\n„No“ ändert nichts. "
-                         "Alle Vormerkungen bleiben.")
+                         "abacus-cli. VYRE behält die nicht ausführbaren Vormerkungen.\n„No“ ändert nichts. "
+                         "VYRE behält alle Vormerkungen.")
         words = reason % ("libtide.so.9()(64bit)", "tidewatch-2.0-1.noarch")
         self.assertEqual(reasons.replace(" from sandbox-updates", "").splitlines()[0], words)
         self.assertNotIn("nothing provides", reasons)

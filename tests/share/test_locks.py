@@ -63,7 +63,7 @@ class LockTest(ScenarioTest):
             self.assertEqual(stream.read(), str(os.getpid()))
 
     # The report about the lock file of a dead process.
-    LEFT = "Process {} has ended without removing its lock file {}. The file is removed."
+    LEFT = "Process {} has ended without removing its lock file {}. VYRE removes this file."
 
     def reports(self):
         return [args[1] for name, args in self.recording.calls if name == "log" and "lock file" in args[1]]
@@ -279,7 +279,7 @@ class WaitTest(ScenarioTest):
         self.hold("metadata")
         self.set_wait(lambda: self.kill() or True)
         self.collect()
-        self.check_waited(["Process %d has ended without removing its lock file %s. The file is removed." % (
+        self.check_waited(["Process %d has ended without removing its lock file %s. VYRE removes this file." % (
             self.holder.pid, self.lock_file("metadata"))])
         self.package(self.available, "astrolabe")
         self.assert_no_faults()
@@ -301,7 +301,7 @@ class WaitTest(ScenarioTest):
         before = self.sandbox.installed()
         self.set_wait(third)
         said = "" if error is KeyboardInterrupt else (
-            r"^The wait for python3 \(%d\) was ended. Nothing was changed.$" % self.holder.pid)
+            r"^VYRE no longer waits for python3 \(%d\). Nothing was changed.$" % self.holder.pid)
         with self.assertRaisesRegex(error, said):
             attempt()
         self.assertEqual(self.shown, [self.waiting] * 3 + [None])
@@ -340,14 +340,15 @@ class WaitTest(ScenarioTest):
         for number in range(2):
             del self.shown[:]
             with self.assertRaisesRegex(self.dnf.exceptions.RepoError,
-                                        r"^The wait for python3 \(%d\) was ended.$" % self.holder.pid):
+                                        r"^VYRE no longer waits for python3 \(%d\).$" % self.holder.pid):
                 self.collect_again()
         self.let_go()
         self.again()
         # From now on, the original text is true again.
         self.hold("metadata")
         del self.shown[:]
-        with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "was ended. Nothing was changed.$"):
+        with self.assertRaisesRegex(self.dnf.exceptions.RepoError,
+                                    "^VYRE no longer waits for .* Nothing was changed.$"):
             self.collect_again()
         self.let_go()
 
@@ -427,7 +428,7 @@ class WaitTest(ScenarioTest):
         self.set_wait(lambda: False)
         self.assertEqual(tagsoup.changelogs, [])
         self.assertEqual(self.shown, [self.waiting] * 3 + [None])
-        self.assertIn("was ended", "\n".join(self.recording.errors()))
+        self.assertIn("VYRE no longer waits for ", "\n".join(self.recording.errors()))
         self.let_go()
         # The next access tries to read the change log again.
         self.assertEqual(len(tagsoup.changelogs), 3)
@@ -462,6 +463,6 @@ class WaitTest(ScenarioTest):
                 self.let_go()
             return text is not None
         self.module("program").waitForLock = wait
-        self.assert_refused("^The wait for another program was ended. Nothing was changed.$", installs=["loupe"])
+        self.assert_refused("^VYRE no longer waits for another program. Nothing was changed.$", installs=["loupe"])
         self.assertEqual(self.shown, [self.waiting, None])
         self.assertFalse(os.path.exists(self.lock_file("download")))

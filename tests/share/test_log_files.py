@@ -71,7 +71,7 @@ class LogFilesTest(ScenarioTest):
     def test_log_files_have_no_secrets_if_only_some_can_be_written(self):
         os.makedirs(self.sandbox.root + "/var/log/dnf.librepo.log")
         self.load(hideSecrets=self.hide)
-        self.assertIn("No log files can be written", "\n".join(self.recording.errors()))
+        self.assertIn("VYRE cannot write log files", "\n".join(self.recording.errors()))
         self.dnf.logging.logging.getLogger("dnf").error("s3cret")
         os.rmdir(self.sandbox.root + "/var/log/dnf.librepo.log")
         self.assertNotIn("s3cret", "".join(self.logs().values()))

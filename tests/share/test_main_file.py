@@ -10,7 +10,7 @@ from recordingmodule import limits
 from scenario import LAYOUT, SOURCES, ScenarioTest, in_own_process, repositories
 
 # The text in the log if the main file does not specify whether signatures are checked.
-CHECKED = "Signatures of packages are checked, unless a repository says otherwise."
+CHECKED = "VYRE checks package signatures, unless a repository disables this check."
 
 
 class MainFileTest(ScenarioTest):
@@ -21,7 +21,7 @@ class MainFileTest(ScenarioTest):
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
         self.assertFalse(yumio.base.conf.config_file_path.startswith("/etc/"))
         self.assertTrue(yumio.base.conf.gpgcheck)
-        self.assertIn("There is no main configuration file. " + CHECKED,
+        self.assertIn("The main configuration file is missing. " + CHECKED,
                       [text for level, text in self.recording.of("log")])
         self.assertEqual(self.recording.errors(), [])
 
@@ -37,7 +37,7 @@ class MainFileTest(ScenarioTest):
         """
         named, checked = self.recording.errors()
         self.assertIn("Unable to use the configuration file %s/etc/yum.conf: %s" % (self.sandbox.root, reason), named)
-        self.assertEqual(checked, "VYRE ignores the options of this file, such as exclude. " + CHECKED)
+        self.assertEqual(checked, "VYRE ignores the options in this file, such as exclude. " + CHECKED)
         self.assertTrue(yumio.base.conf.gpgcheck)
         self.assertEqual(repositories(yumio), sorted(LAYOUT))
         # The settings in the repositories' own files have priority.
@@ -92,7 +92,7 @@ class MainFileTest(ScenarioTest):
     @in_own_process
     def test_a_main_file_that_is_too_large_is_reported(self):
         os.truncate(self.write("/etc/yum.conf", "[main]\ngpgcheck=0\n"), limits()["repositoryFileLimit"] + 1)
-        self.check_unused(self.load(), "it has more than 8 MB")
+        self.check_unused(self.load(), "it is larger than 8 MB")
 
     @in_own_process
     def test_a_main_file_that_is_a_directory_is_reported(self):
@@ -313,9 +313,9 @@ class MainFileTest(ScenarioTest):
         os.unlink(self.sandbox.root + "/etc/yum.conf")
         self.assertTrue(self.load().base.conf.repo_gpgcheck)
         self.assertEqual([text for level, text in self.recording.of("log") if "main configuration file" in text], [
-            "There is no main configuration file. " + CHECKED,
-            "There is no main configuration file. dnf uses /etc/dnf/dnf.conf instead. VYRE makes the checks of "
-            "that file too: repo_gpgcheck"])
+            "The main configuration file is missing. " + CHECKED,
+            "The main configuration file is missing. dnf uses /etc/dnf/dnf.conf instead. VYRE also makes the "
+            "checks that this file requires: repo_gpgcheck"])
         self.assertEqual([text for level, text in self.recording.of("log") if os.devnull in text], [])
 
     @in_own_process

@@ -71,8 +71,8 @@ class MetadataTest(ScenarioTest):
         self.collect()
         self.assertIn("corkboard", self.names("sandbox-file"))
         remark, = self.remarks()
-        self.assertRegex(remark, "(?s)^The %s metadata of the repository sandbox-file are damaged: .+\nFiles or "
-                         "changes of its packages are missing in searches and descriptions.$" % kind)
+        self.assertRegex(remark, "(?s)^The %s metadata of the repository sandbox-file are damaged: .+\n"
+                         "Searches and descriptions lack some file lists or change logs of its packages.$" % kind)
         self.assertEqual(self.recording.errors(), [])
         # The program shows the remark once in a run, but each collection logs it, because the damaged data is still
         # unusable.
@@ -234,8 +234,8 @@ class MetadataTest(ScenarioTest):
         self.begin()
         self.collect()
         remark, = self.remarks()
-        self.assertRegex(remark, "^The group metadata of the repository sandbox-http are damaged: .+\nIts groups are "
-                         "left out.$")
+        self.assertRegex(remark, "^The group metadata of the repository sandbox-http are damaged: .+\nVYRE does "
+                         "not list the groups of this repository.$")
         self.assertEqual(self.groups, {})
         self.assertIn("astrolabe", self.names("sandbox-http"))
 
@@ -261,8 +261,8 @@ class MetadataTest(ScenarioTest):
             self.assertEqual(self.names("sandbox-file"), [], content)
             self.assertIn("astrolabe", self.names("sandbox-http"))
             remark, = self.remarks()
-            self.assertRegex(remark, "(?s)^The modules metadata of the repository sandbox-file are damaged: .+\nThe "
-                             "repository is left out.$")
+            self.assertRegex(remark, "(?s)^The modules metadata of the repository sandbox-file are damaged: .+\nVYRE "
+                             "does not use this repository.$")
         self.assert_no_faults()
 
     @in_own_process
@@ -273,7 +273,7 @@ class MetadataTest(ScenarioTest):
             stream.write(ROWAN.encode())
             for _ in range(64):
                 stream.write(b"#" * ((1 << 20) - 1) + b"\n")
-        self.assertEqual(self.module("metadata").modulesFault(self.yumio.base, path), "it has more than 64 MB")
+        self.assertEqual(self.module("metadata").modulesFault(self.yumio.base, path), "it is larger than 64 MB")
 
     @in_own_process
     def test_undamaged_modules_are_accepted(self):

@@ -76,7 +76,8 @@ class ModulesTest(ModuleScenario):
             "It is not possible to switch enabled streams of a module unless explicitly enabled via configuration "
             "option module_stream_switch.\nIt is recommended to rather remove all installed content from the module, "
             "and reset the module using 'dnf module reset <module_name>' command. After you reset the module, you can "
-            r"install the other stream.\nThese marked packages are in the other streams: grove-cli-[^ ,]*$",
+            "install the other stream.\n"
+            r"These marked packages belong to streams that are not enabled: grove-cli-[^ ,]*$",
             installs=["grove-cli", "astrolabe"])
         self.assertNotIn("userconfirm", self.recording.names())
         self.assertEqual(self.streams(), before)
@@ -104,8 +105,8 @@ class EndedTest(ModuleScenario):
     @in_own_process
     def test_streams_that_were_saved_before_a_plug_in_ends_the_operation_are_named(self):
         self.started()
-        self.assert_refused("^The plug-in crooked has ended the operation: enough\nNo packages were changed. "
-                            "These changes were saved before:\nEnabling module streams: grove 1$",
+        self.assert_refused("^The plug-in crooked has ended the operation: enough\nNo packages were changed, "
+                            "but dnf had already saved these changes:\nEnabling module streams: grove 1$",
                             installs=["grove-cli"])
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
         # The program collects the packages again.

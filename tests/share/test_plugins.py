@@ -206,7 +206,7 @@ class HooksTest(PlugInsTest):
 
 
 class FailuresTest(PlugInsTest):
-    NEEDS_DNF = "The plug-in crooked needs the command dnf and does not work in VYRE (sack)."
+    NEEDS_DNF = "The plug-in crooked needs the dnf command and does not work in VYRE (sack)."
 
     def reports(self):
         """The errors and warnings in the log that name a plug-in."""
@@ -406,7 +406,7 @@ class RealPlugInsTest(ScenarioTest):
         self.assertGreater(len(loaded), 10)
         # Debian's show-leaves uses a command of another plug-in.
         self.assertEqual(faults, [
-            "The plug-in show-leaves needs the command dnf and does not work in VYRE (resolved)."]
+            "The plug-in show-leaves needs the dnf command and does not work in VYRE (resolved)."]
             if "dnf.plugin.dynamic.show_leaves" in loaded else [])
         self.assertEqual(os.listdir(os.path.join(self.directory, "kept")), ["astrolabe-5.6-1.x86_64.rpm"])
 

@@ -97,7 +97,7 @@ class ListTest(ReplayTest):
         with open(self.path, "wb") as stream:
             stream.write(b"no database" * 1000)
         for call in (self.yumio.transactions, lambda: self.yumio.describeTransaction(1)):
-            with self.assertRaisesRegex(self.dnf.exceptions.Error, "The history of transactions is damaged: .*sqlite"):
+            with self.assertRaisesRegex(self.dnf.exceptions.Error, "The transaction history is damaged: .*sqlite"):
                 call()
 
     @in_own_process
@@ -195,9 +195,9 @@ class DetailsTest(ReplayTest):
         self.again()
         self.apply(installs=["loupe"])
         second, first = [row[0] for row in self.yumio.transactions()[:2]]
-        self.assertIn("Between the previous transaction and this one, packages were changed without dnf.",
+        self.assertIn("Packages were changed without dnf between the previous transaction and this transaction.",
                       self.yumio.describeTransaction(second))
-        self.assertIn("Between this transaction and the next one, packages were changed without dnf.",
+        self.assertIn("Packages were changed without dnf between this transaction and the next transaction.",
                       self.yumio.describeTransaction(first))
 
     @in_own_process
@@ -284,7 +284,7 @@ class QuestionsTest(ReplayTest):
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.replay("undo", self.newest()[0])
         self.assertEqual(str(caught.exception), "The transaction is impossible:\n  Cannot find rpm nevra "
-                         "\"lexicon-en-2023.1-1.noarch\".\nNothing was changed. All marks stay.")
+                         "\"lexicon-en-2023.1-1.noarch\".\nNothing was changed. VYRE keeps all marks.")
         self.assertEqual(self.recording.of("userconfirm"), [])
 
     @in_own_process
@@ -335,11 +335,11 @@ class QuestionsTest(ReplayTest):
         self.again()
         from dnf.cli.commands.history import HistoryCommand
         del HistoryCommand._hcmd_rollback
-        fault = ("Version %s of dnf is not supported. VYRE cannot undo transactions with it, because it lacks "
+        fault = ("VYRE does not support version %s of dnf. It cannot undo transactions, because dnf lacks "
                  "_hcmd_rollback." % self.dnf.const.VERSION)
         self.assertEqual(self.yumio.lacksReplay(), fault)
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.replay("undo", self.newest()[0])
         self.assertEqual(str(caught.exception), fault)
         sys.modules["dnf.cli.commands.history"] = None
-        self.assertIn("VYRE cannot undo transactions", self.yumio.lacksReplay())
+        self.assertIn("It cannot undo transactions", self.yumio.lacksReplay())

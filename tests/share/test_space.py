@@ -22,7 +22,7 @@ class SpaceTest(ScenarioTest):
         for size in (0, 100):
             self.resize("/var/cache", size)
             with self.assertRaisesRegex(self.dnf.exceptions.RepoError,
-                                        r"(?s)\nThere are only \d+ kB left for %s/var/cache/yum$" % self.sandbox.root):
+                                        r"(?s)\nOnly \d+ kB are free in %s/var/cache/yum$" % self.sandbox.root):
                 self.yumio.setupRepos()
             self.yumio.reset()
         self.resize("/var/cache", PLENTY)
@@ -37,7 +37,7 @@ class SpaceTest(ScenarioTest):
         self.mount_small("/var/cache", PLENTY)
         self.started()
         self.resize("/var/cache", 300)
-        self.assert_refused(r"(?s)gargantua.*\nThere are only \d+ kB left for .*/var/cache/yum$",
+        self.assert_refused(r"(?s)gargantua.*\nOnly \d+ kB are free in .*/var/cache/yum$",
                             installs=["gargantua"])
         self.assertNotIn("rpmtransInit", self.recording.names())
         self.resize("/var/cache", PLENTY)
@@ -73,7 +73,7 @@ class SpaceTest(ScenarioTest):
         self.started()
         self.resize("/var/lib/rpm", 0)
         self.assert_refused("^The package database does not record these changes:\nbirch-log-3.0-1.x86_64\n"
-                            "There are only 0 kB left for %s/var/lib/rpm$" % self.sandbox.root, removes=["birch-log"])
+                            "Only 0 kB are free in %s/var/lib/rpm$" % self.sandbox.root, removes=["birch-log"])
         self.resize("/var/lib/rpm", PLENTY)
         self.again()
         self.assertEqual(self.changes(self.apply, removes=["birch-log"]), (set(), {"birch-log-3.0-1.x86_64"}))
@@ -123,8 +123,8 @@ class SpaceTest(ScenarioTest):
         self.assertEqual(changed, ({"chatterbox-1.0-1.noarch"}, {"almanac-1.9-1.noarch"}))
         self.assertTrue(self.yumio.systemChanged)
         remark, = self.yumio.remarks
-        self.assertRegex(remark, r"(?s)^The packages were changed. Only the history of transactions could not be "
-                         r"written:\n.*database or disk is full\nThere are only 0 kB left for %s/var/lib/dnf$" %
+        self.assertRegex(remark, r"(?s)^The packages were changed, but VYRE could not write the transaction "
+                         r"history:\n.*database or disk is full\nOnly 0 kB are free in %s/var/lib/dnf$" %
                          self.sandbox.root)
         # A later run does not report that changes are missing.
         self.resize("/var/lib/dnf", PLENTY)
@@ -141,17 +141,17 @@ class SpaceTest(ScenarioTest):
         self.yumio.reset()
         self.recording.clear()
         self.collect()
-        self.assertNotIn("The history of transactions", "\n".join(self.recording.errors()))
+        self.assertNotIn("The transaction history", "\n".join(self.recording.errors()))
 
     @in_own_process
     def test_a_question_appears_if_scripts_have_no_space(self):
         self.mount_small("/var/tmp", PLENTY)
         self.started()
         self.resize("/var/tmp", 0)
-        self.assert_refused("^There is too little space for the scripts of packages. Nothing was changed.$",
+        self.assert_refused("^The disk has too little space for package scripts. Nothing was changed.$",
                             installs=["chatterbox"], answers=[1, 0])
-        self.assertRegex(self.recording.printed(), "(?s)^There is too little space for the scripts of packages. They "
-                         "may not run.\nThere are only [0-9]+ kB left for %s/var/tmp\nApply anyway\\?\n$" %
+        self.assertRegex(self.recording.printed(), "(?s)^The disk has too little space for package scripts. They "
+                         "may not run.\nOnly [0-9]+ kB are free in %s/var/tmp\nApply anyway\\?\n$" %
                          self.sandbox.root)
         self.assertNotIn("rpmtransInit", self.recording.names())
         # The almanac package has no scripts, so the missing space has no effect.
@@ -166,8 +166,8 @@ class SpaceTest(ScenarioTest):
         self.resize("/var/tmp", 4)
         self.apply(installs=["limpgate", "gargantua"], answers=[1, 1])
         remark, = self.yumio.remarks
-        self.assertRegex(remark, "(?s)^There was no space for the scripts of these packages, which may not have run:\n"
-                         "limpgate-1.0-1.noarch\nThere are only [0-9]+ kB left for %s/var/tmp$" % self.sandbox.root)
+        self.assertRegex(remark, "(?s)^The disk was full, so the scripts of these packages may not have run:\n"
+                         "limpgate-1.0-1.noarch\nOnly [0-9]+ kB are free in %s/var/tmp$" % self.sandbox.root)
         # If the space is sufficient, the script of the same package runs.
         self.resize("/var/tmp", PLENTY)
         self.again()

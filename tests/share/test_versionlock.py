@@ -67,7 +67,7 @@ class VersionLocksTest(ScenarioTest):
         self.write_settings("versionlock.conf", "[main]\nenabled=0\nlocklist=%s\n" % self.locks)
         self.started()
         self.assertIsNone(self.yumio.versionLocks())
-        with self.assertRaisesRegex(self.dnf.exceptions.Error, "^The plug-in versionlock is not loaded.$"):
+        with self.assertRaisesRegex(self.dnf.exceptions.Error, "^The versionlock plug-in is not loaded.$"):
             self.yumio.lockVersions(self.rows("abacus-cli"))
         self.configure("plugins=0")
         self.again()
@@ -152,8 +152,8 @@ class VersionLocksTest(ScenarioTest):
         # The script keeps the line as long as it also locks another package.
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.yumio.unlockVersions(self.rows("amberfont-sans", "quillbase"))
-        self.assertEqual(str(caught.exception), "These packages are still locked: amberfont-sans\nThese lines of %s "
-                         "stay, because they lock other packages too:\namberfont-*" % self.locks)
+        self.assertEqual(str(caught.exception), "These packages are still locked: amberfont-sans\nVYRE keeps these "
+                         "lines of %s, because they lock other packages too:\namberfont-*" % self.locks)
         self.assertEqual(self.content(), "amberfont-*\n")
         self.yumio.unlockVersions(self.rows("amberfont-sans", "amberfont-serif"))
         self.assertEqual(self.content(), "")

@@ -433,7 +433,7 @@ private Q_SLOTS:
         QCOMPARE(found.join('\n'), QString());
         QCOMPARE(texts.first(), QStringLiteral("VYRE – Aktualisierungshinweise"));
         QVERIFY(texts.last().contains(
-            QStringLiteral("tool-2-1.x86_64: nicht installiert, die Aktualisierung ist 2-1")));
+            QStringLiteral("tool-2-1.x86_64: nicht installiert; die Aktualisierung 2-1 ist verfügbar")));
     }
 
     // A distribution has so many packages that the user notices even a short time for each package.

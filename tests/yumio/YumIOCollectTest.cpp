@@ -708,12 +708,11 @@ private Q_SLOTS:
                      "it.installed = [Package('fresh')]\n"
                      "it.groups = [Group('G%d' % n, 'g%d' % n, default=['fresh']) for n in range(500)]");
         QVERIFY(backEnd->collect());
-        QCOMPARE(
-            backEnd->answers.takeTexts("VYRE Yum Warning"),
-            QStringList(
-                "VYRE does not know which groups are installed, because it cannot read the history of "
-                "transactions.\nhistory.sqlite: not a database\nIf the file is damaged, move it to another "
-                "place. The package manager then creates a new file."));
+        QCOMPARE(backEnd->answers.takeTexts("VYRE Yum Warning"),
+                 QStringList(
+                     "VYRE does not know which groups are installed, because it cannot read the transaction "
+                     "history.\nhistory.sqlite: not a database\nIf the file is damaged, move it to another "
+                     "place. The package manager then creates a new file."));
         QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
         QCOMPARE(yumIO().count(), 501);
         QCOMPARE(backEnd->group("G499")->state, Package::Updatable);
@@ -725,8 +724,7 @@ private Q_SLOTS:
         yumIO().clearEntries();
         backEnd->run("def get(id): raise KeyError()\nBASE.history.group.get = get");
         QVERIFY(backEnd->collect());
-        QVERIFY(
-            backEnd->answers.takeTexts("VYRE Yum Warning").value(0).contains("transactions.\nKeyError\nIf"));
+        QVERIFY(backEnd->answers.takeTexts("VYRE Yum Warning").value(0).contains("history.\nKeyError\nIf"));
     }
 
     void missingHistoryIsReported()

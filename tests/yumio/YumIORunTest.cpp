@@ -375,7 +375,7 @@ private Q_SLOTS:
         backEnd->run("del it.leftOutReasons");
         const QStringList lines = backEnd->log(before);
         const int first = lines.indexOf(
-            QRegularExpression(".*These packages are not in the transaction; their marks remain:"));
+            QRegularExpression(".*These packages are not in the transaction. VYRE keeps their marks:"));
         QVERIFY2(first > lines.indexOf(QRegularExpression(".*Applying: OK")), qPrintable(lines.join("\n")));
         QVERIFY(lines.value(first + 1).endsWith("one-1-1.noarch"));
         QVERIFY(lines.value(first + 2).endsWith("    nothing provides %1"));

@@ -310,11 +310,11 @@ private Q_SLOTS:
         const QTemporaryDir root;
         variables.insert("VYREROOT", root.path());
         QStringList lines = startIn(share.path(), removal + contentOf(installedScripts() + "/YumIO.py"));
-        lines.replaceInStrings(QRegularExpression("Version [0-9.]+ of"), "Version X of");
+        lines.replaceInStrings(QRegularExpression("version [0-9.]+ of"), "version X of");
         QCOMPARE(lines,
                  QStringList({"failed",
-                              QString("VYRE Yum Error: Version X of dnf is not supported. VYRE cannot %1 "
-                                      "with it, because it lacks %2.|Unable to initialize")
+                              QString("VYRE Yum Error: VYRE does not support version X of dnf. It cannot "
+                                      "%1, because dnf lacks %2.|Unable to initialize")
                                   .arg(use, name),
                               "again: failed"}));
         QVERIFY2(!standardError.contains("Traceback"), qPrintable(standardError));

@@ -23,13 +23,13 @@ def addRemarks(base):
     """Add remarks about failures that happened after the packages were changed."""
     parts = base.remarks
     if base.historyFault is not None:
-        parts.append(tr('The packages were changed. Only the history of transactions could not be written:\n{}')
+        parts.append(tr('The packages were changed, but VYRE could not write the transaction history:\n{}')
                      .format(base.historyFault + spaceHint(base.conf.persistdir)))
     while PlugIns.faults:
         parts.append(tr('The packages were changed.\n{}').format(PlugIns.faults.pop(0)))
     if base.withoutSpace:
         packages = '\n'.join(sorted(set(base.withoutSpace)))
-        parts.append(tr('There was no space for the scripts of these packages, which may not have run:\n{}')
+        parts.append(tr('The disk was full, so the scripts of these packages may not have run:\n{}')
                      .format(packages + base.scriptSpace.hint()))
 
 
@@ -39,7 +39,8 @@ def confirmTransaction(base, sections):
     yumIOC.listTransaction(transaction, sorted(transaction, key=lambda item: (item.name, item.arch, item.action)))
     # If a transaction changes only groups and streams, dnf changes them although "test" is set.
     if transaction and 'test' in base.conf.tsflags:
-        introduceListing(tr('This is only a test because tsflags has test. dnf downloads and checks the packages;\n'
+        introduceListing(tr('This is only a test, because the tsflags option contains test. dnf downloads and '
+                            'checks the packages;\n'
                             'it installs, updates and removes nothing.\n\n'))
     for heading, lines in sections:
         extendListing(heading + ':\n' + ''.join('\t%s\n' % ' '.join(line.split()) for line in lines))
@@ -95,12 +96,12 @@ def runTransaction(base, checkCurrent):
                 if PlugIns.ended and saved:
                     base.changed = True
                     raise dnf.exceptions.Error(tr(
-                        '{}\nNo packages were changed. These changes were saved before:\n{}').format(
+                        '{}\nNo packages were changed, but dnf had already saved these changes:\n{}').format(
                         e, '\n'.join('{}: {}'.format(heading, ', '.join(lines)) for heading, lines in saved)))
             raise
     if base.transaction and 'test' in base.conf.tsflags:
         base.remarks.append(
-            tr('The transaction was only tested, because tsflags has test. Nothing was changed.'))
+            tr('The transaction was only tested, because the tsflags option contains test. Nothing was changed.'))
         return False
     yumIOC.postTransactionOutput()
     items = list(base.transaction or [])

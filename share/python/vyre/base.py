@@ -259,7 +259,8 @@ class Base(dnf.Base):
         path = documentPath(repo, 'modules')
         fault = modulesFault(self, path) if path is not None else ''
         if fault:
-            self.remark(tr('The modules metadata of the repository {} are damaged: {}\nThe repository is left out.')
+            self.remark(tr('The modules metadata of the repository {} are damaged: {}\n'
+                           'VYRE does not use this repository.')
                         .format(repo.id, fault))
             repo.disable()
             return
@@ -313,8 +314,9 @@ class Base(dnf.Base):
         for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
             fault = self._documentFault(repo, kind, element)
             if fault:
-                self.remark(tr('The {} metadata of the repository {} are damaged: {}\nFiles or changes of its packages '
-                               'are missing in searches and descriptions.').format(kind, repo.id, fault))
+                self.remark(tr('The {} metadata of the repository {} are damaged: {}\n'
+                               'Searches and descriptions lack some file lists or change logs of its packages.')
+                            .format(kind, repo.id, fault))
 
     def _documentFault(self, repo, kind, element):
         """Returns the error in a repository's document; empty if the document has no error. The function removes dnf's

@@ -37,7 +37,7 @@ def repositoryDirectories(known):
 
 def tooLarge(limit):
     """The message about a file that is larger than this number of bytes."""
-    return tr('it has more than {} MB').format(limit >> 20)
+    return tr('it is larger than {} MB').format(limit >> 20)
 
 
 def mainFileFault(path):

@@ -83,8 +83,8 @@ def readMainFile(conf):
     """
     path = configurationFile()
     if path is None:
-        logging.getLogger('dnf').info('%s', tr('There is no main configuration file. Signatures of packages are '
-                                               'checked, unless a repository says otherwise.'))
+        logging.getLogger('dnf').info('%s', tr('The main configuration file is missing. VYRE checks package '
+                                               'signatures, unless a repository disables this check.'))
     else:
         fault = mainFileFault(path)
         if not fault:
@@ -95,8 +95,8 @@ def readMainFile(conf):
             except (dnf.exceptions.Error, OSError, ValueError) as e:
                 fault = str(e)
         reportUnused(path, fault)
-        logging.getLogger('dnf').error(tr('VYRE ignores the options of this file, such as exclude. Signatures of '
-                                          'packages are checked, unless a repository says otherwise.'))
+        logging.getLogger('dnf').error(tr('VYRE ignores the options in this file, such as exclude. VYRE checks '
+                                          'package signatures, unless a repository disables this check.'))
     conf._set_value('gpgcheck', True, dnf.conf.PRIO_COMMANDLINE)
     keepChecks(conf, path)
     return os.devnull
@@ -149,8 +149,8 @@ def keepChecks(conf, path):
         # warning.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
         if path is None:
-            show(tr('There is no main configuration file. dnf uses %s instead. VYRE makes the checks of that file too: '
-                    '%s'), own, ', '.join(added))
+            show(tr('The main configuration file is missing. dnf uses %s instead. VYRE also makes the checks '
+                    'that this file requires: %s'), own, ', '.join(added))
         else:
             show(tr("dnf's file %s requires checks that %s does not require. VYRE makes these checks too: %s"), own,
                  path, ', '.join(added))

@@ -36,7 +36,7 @@ def verifyWithDatabaseOfRoot(package, root):
     """
     program = dnf.rpm.miscutils._find_rpmkeys_binary()
     if program is None:
-        logging.getLogger('dnf').critical(tr('Signatures cannot be checked: the program rpmkeys is missing.'))
+        logging.getLogger('dnf').critical(tr('VYRE cannot check signatures, because the rpmkeys program is missing.'))
         return 2
     command = [program, '--checksig', '--verbose', '--root', root, '--dbpath', DATABASES[0],
                '--define=_pkgverify_level signature', '--define=_pkgverify_flags 0x0', '-']

@@ -113,7 +113,8 @@ def checkGroups(base, repo):
         for _ in unpacked(path):
             pass
     except UNPACKING_ERRORS as e:
-        base.remark(tr('The group metadata of the repository {} are damaged: {}\nIts groups are left out.')
+        base.remark(tr('The group metadata of the repository {} are damaged: {}\n'
+                       'VYRE does not list the groups of this repository.')
                     .format(repo.id, e))
         repo.enablegroups = False
 
@@ -123,6 +124,6 @@ def reportUnreadable(base):
     found = any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn() for repo in base.repos.iter_enabled())
     if found:
         logging.getLogger('dnf').warning('%s', tr(
-            'Groups of packages cannot be read on this system: its libcomps does not work with its version of '
-            'Python. The groups of the repositories are left out. Everything else works.'))
+            'VYRE cannot read groups of packages on this system, because the installed libcomps does not work with '
+            'the installed version of Python. VYRE lists no groups. Everything else works.'))
     return found

@@ -44,8 +44,8 @@ def reportLeftovers(base):
         reportInterrupted(base, parts)
         several = severalVersions(base)
         if several:
-            parts.append(tr('Several versions of these packages are installed, left behind by an interrupted '
-                            'transaction:\n{}\n"dnf remove --duplicates" removes the older ones.').format(
+            parts.append(tr('An interrupted transaction has left several installed versions of these packages:\n'
+                            '{}\n"dnf remove --duplicates" removes the older versions.').format(
                                 '\n'.join('  ' + ', '.join(str(package) for package in packages)
                                           for packages in several)))
     except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
@@ -94,8 +94,9 @@ def severalVersions(base):
 def refuseHistory(base, text):
     """Raise an exception with the failure of the history file, and with advice."""
     if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
-        raise dnf.exceptions.Error(tr('The history of transactions is damaged: {}\nMove the file to another place. '
-                                      'The package manager then creates a new file.').format(text))
+        raise dnf.exceptions.Error(tr('The transaction history is damaged: {}\n'
+                                      'Move the file to another place. The package manager then creates a new '
+                                      'file.').format(text))
     raise dnf.exceptions.Error(text + spaceHint(base.conf.persistdir))
 
 

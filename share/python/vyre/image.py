@@ -24,7 +24,8 @@ def checkPersistence(base):
     persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
     if image and (persistence == 'persist' or not os.access('/usr', os.W_OK)):
         raise dnf.exceptions.Error(
-            tr('The programs of this system are an image, which VYRE cannot change. Nothing was changed.'))
+            tr('The programs of this system are in a read-only image. VYRE cannot change the image. Nothing was '
+               'changed.'))
     if not image and persistence == 'transient':
         raise dnf.exceptions.Error(dnf.i18n._('Transient transactions are only supported on bootc systems.'))
     kinds = libdnf.transaction

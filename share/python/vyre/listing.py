@@ -62,7 +62,7 @@ def refuseModuleSwitch(base, packages):
     named = packagesOfStreams(base, packages, [(name, streams[1]) for name, streams in switched])
     parts = []
     if named:
-        parts.append(tr('These marked packages are in the other streams: {}').format(', '.join(named)))
+        parts.append(tr('These marked packages belong to streams that are not enabled: {}').format(', '.join(named)))
     raise dnf.exceptions.Error('\n'.join(lines + parts))
 
 

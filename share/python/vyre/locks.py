@@ -160,7 +160,7 @@ class DatabaseLock:
         else:
             sys.stdout.write(tr('Another program is using the package database.\nKeep waiting?\n'))
         if yumIOC.userconfirm() != 1:
-            raise dnf.exceptions.Error(tr('The package database is in use by another program. Nothing was changed.'))
+            raise dnf.exceptions.Error(tr('Another program is using the package database. Nothing was changed.'))
 
 
 def nameInLocks(path):
@@ -254,7 +254,7 @@ def removeAbandonedLock(lock):
     except (OSError, dnf.exceptions.LockError) as e:
         logging.getLogger('dnf').debug('%s', e)
         return
-    text = tr('Process {} has ended without removing its lock file {}. The file is removed.')
+    text = tr('Process {} has ended without removing its lock file {}. VYRE removes this file.')
     logging.getLogger('dnf').info('%s', text.format(number, lock.target))
 
 
@@ -307,8 +307,8 @@ class WaitingLock(dnf.lock.ProcessLock):
             self._end(0)
 
     def _end(self, holder):
-        text = tr('The wait for {} was ended.') if WaitingLock.changed else tr(
-            'The wait for {} was ended. Nothing was changed.')
+        text = tr('VYRE no longer waits for {}.') if WaitingLock.changed else tr(
+            'VYRE no longer waits for {}. Nothing was changed.')
         raise dnf.exceptions.LockError(text.format(self._describe(holder)))
 
     @staticmethod

@@ -169,7 +169,7 @@ def setUpLogFiles(base):
     except OSError as e:
         # Some of the log files may be open now.
         hidePasswordsInLogFiles()
-        logging.getLogger('dnf').error(tr('No log files can be written in %s: %s'), directory, e)
+        logging.getLogger('dnf').error(tr('VYRE cannot write log files in %s: %s'), directory, e)
         return
     hidePasswordsInLogFiles()
     for name in ('dnf', 'dnf.rpm', 'librepo'):

@@ -147,7 +147,7 @@ class PlugIns(dnf.plugin.Plugins):
         if (name, method) not in self._withoutCommand:
             self._withoutCommand.add((name, method))
             logging.getLogger('dnf').warning(
-                tr('The plug-in %s needs the command dnf and does not work in VYRE (%s).'), name, method)
+                tr('The plug-in %s needs the dnf command and does not work in VYRE (%s).'), name, method)
 
     # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work. If
     # no packages change, dnf calls the hook after the changes to groups and streams.

@@ -27,12 +27,11 @@ from .program import tr
 # Each private name, with its class or module, and the message for versions of dnf that lack the name. VYRE looks for
 # all names when it starts: otherwise a missing name could stop a transaction half way.
 PRIVATE_NAMES = tuple((place, name, text) for text, found in (
-    (tr('Version {} of dnf is not supported. VYRE cannot read the configuration with it, because it lacks {}.'), (
+    (tr('VYRE does not support version {} of dnf. It cannot read the configuration, because dnf lacks {}.'), (
         (dnf.conf.config.BaseConfig, ('_has_option', '_populate', '_set_value')),
         (dnf.conf.config.MainConf, ('_adjust_conf_options',)),
     )),
-    (tr('Version {} of dnf is not supported. VYRE cannot read repositories and packages with it, '
-        'because it lacks {}.'), (
+    (tr('VYRE does not support version {} of dnf. It cannot read repositories and packages, because dnf lacks {}.'), (
         (dnf.Base, ('_activate_persistor', '_add_repo_to_sack', '_comps', '_get_installonly_query', '_plugins',
                     '_repo_persistor', '_repos')),
         (dnf.callback.KeyImport, ('_confirm',)),
@@ -42,10 +41,10 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
         (dnf.repo.Repo, ('_repo', '_set_key_import')),
         (dnf.sack, ('_build_sack', '_rpmdb_sack')),
     )),
-    (tr('Version {} of dnf is not supported. VYRE cannot use plug-ins with it, because it lacks {}.'), (
+    (tr('VYRE does not support version {} of dnf. It cannot use plug-ins, because dnf lacks {}.'), (
         (dnf.plugin.Plugins, ('_caller', '_load', '_run_init')),
     )),
-    (tr('Version {} of dnf is not supported. VYRE cannot carry out transactions with it, because it lacks {}.'), (
+    (tr('VYRE does not support version {} of dnf. It cannot carry out transactions, because dnf lacks {}.'), (
         (dnf.Base, ('_download_remote_payloads', '_finalize_base', '_goal2transaction', '_moduleContainer',
                     '_repo_set_imported_gpg_keys',
                     '_run_transaction', '_trans_install_set', '_trans_success', '_trans_tempfiles', '_ts',
@@ -85,7 +84,7 @@ def lacksReplay():
         missing = [str(e)]
     if not missing:
         return ''
-    return tr('Version {} of dnf is not supported. VYRE cannot undo transactions with it, because it lacks {}.').format(
+    return tr('VYRE does not support version {} of dnf. It cannot undo transactions, because dnf lacks {}.').format(
         dnf.const.VERSION, missing[0])
 
 

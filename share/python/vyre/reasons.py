@@ -37,7 +37,8 @@ def refusal(failure, marks, objects, problems):
             problems = problems + [[text]]
     if not problems and not objects:
         objects = marks.objects()
-    return dnf.exceptions.Error(tr('The marks cannot be applied:\n{}\nNothing was changed. All marks stay.').format(
+    return dnf.exceptions.Error(tr('The marks cannot be applied:\n'
+                                   '{}\nNothing was changed. VYRE keeps all marks.').format(
         reasonsOf(objects, problems)))
 
 

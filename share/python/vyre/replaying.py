@@ -57,7 +57,8 @@ def replayed(base, kind, number, skip):
 
 def impossibility(lines):
     """Returns an exception with the reasons why a transaction cannot be undone or repeated."""
-    return dnf.exceptions.Error(tr('The transaction is impossible:\n{}\nNothing was changed. All marks stay.').format(
+    return dnf.exceptions.Error(tr('The transaction is impossible:\n'
+                                   '{}\nNothing was changed. VYRE keeps all marks.').format(
         '\n'.join('  ' + line for line in lines)))
 
 

@@ -72,8 +72,9 @@ def resolveMarks(base, marks):
     text = reasonsOf(left, problems)
     yumIOC.gpgsigcheck()
     sys.stdout.write(tr('Go on without these packages?\n\n'
-                        '"Yes" goes on with the remaining marks: {}. The marks that cannot be applied stay.\n'
-                        '"No" changes nothing. All marks stay.\n\n{}\n').format(rest.inShort(), text))
+                        '"Yes" goes on with the remaining marks: {}. VYRE keeps the marks that cannot be applied.\n'
+                        '"No" changes nothing. VYRE keeps all marks.\n\n'
+                        '{}\n').format(rest.inShort(), text))
     if yumIOC.userconfirm() != 1:
         return None, [], ''
     return rest, impossible + [group for group, package in lacking], text

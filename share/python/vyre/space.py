@@ -26,7 +26,7 @@ def spaceHint(directory, needed=LITTLE_SPACE):
     except OSError:
         return ''
     free = found.f_bavail * found.f_frsize
-    return '' if free >= needed else tr('\nThere are only {} kB left for {}').format(free // 1024, directory)
+    return '' if free >= needed else tr('\nOnly {} kB are free in {}').format(free // 1024, directory)
 
 
 class ScriptSpace:
@@ -66,11 +66,11 @@ def checkScriptSpace(space):
     if not hint:
         return
     yumIOC.gpgsigcheck()
-    sys.stdout.write(tr('There is too little space for the scripts of packages. They may not run.{}\nApply '
-                        'anyway?\n').format(hint))
+    sys.stdout.write(tr('The disk has too little space for package scripts. They may not run.{}\n'
+                        'Apply anyway?\n').format(hint))
     if yumIOC.userconfirm() != 1:
         raise dnf.exceptions.Error(
-            tr('There is too little space for the scripts of packages. Nothing was changed.'))
+            tr('The disk has too little space for package scripts. Nothing was changed.'))
 
 
 def spaceHints(failed):

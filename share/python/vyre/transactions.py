@@ -253,10 +253,10 @@ def outsideChanges(history, row):
     before = history.rows('select rpmdb_version_end as version from trans where id < ? order by id desc limit 1',
                           row['id'])
     if before and before[0]['version'] and row['rpmdb_version_begin'] not in ('', None, before[0]['version']):
-        parts.append(tr('Between the previous transaction and this one, packages were changed without dnf.'))
+        parts.append(tr('Packages were changed without dnf between the previous transaction and this transaction.'))
     after = history.rows('select rpmdb_version_begin as version from trans where id > ? order by id limit 1', row['id'])
     if after and row['rpmdb_version_end'] and after[0]['version'] not in ('', None, row['rpmdb_version_end']):
-        parts.append(tr('Between this transaction and the next one, packages were changed without dnf.'))
+        parts.append(tr('Packages were changed without dnf between this transaction and the next transaction.'))
     return parts
 
 

@@ -102,7 +102,9 @@ def unlockVersions(base, packages):
         runCommand(base, module, 'delete', removed)
     if kept:
         raise dnf.exceptions.Error(
-            tr('These packages are still locked: {}\nThese lines of {} stay, because they lock other packages too:\n{}')
+            tr('These packages are still locked: {}\n'
+               'VYRE keeps these lines of {}, because they lock other packages too:\n'
+               '{}')
             .format(
                 ', '.join(sorted(wanted & set().union(*(lines[line] for line in kept)))),
                 module.locklist_fn, '\n'.join(kept)))
@@ -111,7 +113,7 @@ def unlockVersions(base, packages):
 def requirePlugIn(base):
     module = loadedPlugIn(base)
     if module is None:
-        raise dnf.exceptions.Error(tr('The plug-in versionlock is not loaded.'))
+        raise dnf.exceptions.Error(tr('The versionlock plug-in is not loaded.'))
     return module
 
 
