@@ -25,7 +25,7 @@ private Q_SLOTS:
     void startListsTheOutdatedPackages();
     void aSecondStartCollectsNothing();
     void columnsFitTheirContentsAfterTheStart();
-    void settingsMadeBeforeTheStartAreUsed();
+    void settingsFromBeforeTheStartAreUsed();
     void searchSetBeforeTheStartIsUsed();
     void filterOfTheCommandLineIsUsedAfterTheEditor()
     {
@@ -120,7 +120,7 @@ void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }
 
-void MainWindowStartTest::settingsMadeBeforeTheStartAreUsed()
+void MainWindowStartTest::settingsFromBeforeTheStartAreUsed()
 {
     shown->window->setMode(Filter);
     shown->window->setRegexp("l");

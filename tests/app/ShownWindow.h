@@ -43,7 +43,7 @@ inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
 class ShownWindow
 {
 public:
-    // Makes a window, which is not shown yet. It is never deleted, as in the program.
+    // Makes a window, but does not show it yet. As in the program, no code deletes the window.
     ShownWindow() : window(new MainWindow)
     {
         // This list keeps the window reachable, so that leak checkers do not report it.

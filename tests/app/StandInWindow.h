@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class of the tests of the main window. A stand-in script replaces the package manager.
+// The base class for tests of the main window. A stand-in script replaces the package manager.
 
 #ifndef TESTS_APP_STANDINWINDOW_H
 #define TESTS_APP_STANDINWINDOW_H

@@ -428,7 +428,7 @@ class EnvironmentTest(JourneyTest):
         self.assertNotIn(self.name(), os.listdir(temporary))
 
     def test_runtime_directory_that_cannot_be_created_is_not_necessary(self):
-        # The toolkit prints a warning and works without the directory.
+        # If the directory is missing, the toolkit prints a warning, and works nevertheless.
         with self.program(environment={'TMPDIR': os.path.join(self.scratch, 'nothing')},
                           unset=['XDG_RUNTIME_DIR']) as program:
             program.ready()

@@ -43,7 +43,7 @@ def cpp_texts(code, place):
     """All texts of C++ code."""
     found = []
     stack = []  # open parentheses: [function, argument, depth of other brackets]
-    pending = None  # the beginning of adjacent texts, which the compiler joins
+    pending = None  # the beginning of adjacent texts; the compiler joins them
     position = 0
     length = len(code)
 

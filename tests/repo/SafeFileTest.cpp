@@ -91,7 +91,7 @@ private Q_SLOTS:
     void init();
 
     void aFileIsReplaced();
-    void aFileIsMade();
+    void aNewFileIsCreated();
     void aReplacedFileKeepsOwnerModeAndAttributes();
     void rightsOfOthersCanBeRemoved();
     void linksAreFollowed();
@@ -154,7 +154,7 @@ void SafeFileTest::aFileIsReplaced()
     }
 }
 
-void SafeFileTest::aFileIsMade()
+void SafeFileTest::aNewFileIsCreated()
 {
     QVERIFY(createNow(path(QStringLiteral("y.repo")), newText));
     QCOMPARE(get(path(QStringLiteral("y.repo"))), newText);

@@ -19,7 +19,7 @@ void YumConfIODistributionsTest::filesOfDistributionsKeepTheirContents_data()
 {
     QTest::addColumn<QByteArray>("read");
     QTest::addColumn<QByteArray>("written");
-    // The repositories: "identifier, enabled, gpgcheck, number of URLs".
+    // Each repository as "identifier, enabled, gpgcheck, number of URLs".
     QTest::addColumn<QStringList>("repositories");
 
     QTest::newRow("a release with debug and source sections")

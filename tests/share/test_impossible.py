@@ -116,7 +116,7 @@ class UpdatesTest(QuestionTest):
         self.assertEqual(self.recording.order(), [])
 
     @in_own_process
-    def test_a_refusal_names_the_mark_the_reason_and_the_result(self):
+    def test_the_message_about_a_refusal_has_the_mark_the_reason_and_the_result(self):
         self.started()
         with self.assertRaises(self.dnf.exceptions.Error) as caught:
             self.apply(updates=["tidewatch"])
@@ -198,7 +198,7 @@ class UpdatesTest(QuestionTest):
                          "Nothing was changed. VYRE keeps all marks.")
 
     @in_own_process
-    def test_the_question_names_some_of_many_other_marks(self):
+    def test_the_question_names_only_the_first_of_many_remaining_marks(self):
         self.started()
         names = sorted(set(package.name for package in self.updates) - {"newpost", "tidewatch"})
         self.apply(updates=names + ["tidewatch"], answers=[0])
@@ -470,7 +470,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(self.recording.listed()["libtrellis-1.2-1.x86_64"], (REMOVE, CLEAN))
 
     @in_own_process
-    def test_a_protected_package_prevents_only_its_own_removal(self):
+    def test_a_protected_package_does_not_prevent_other_removals(self):
         self.configure("protected_packages=almanac,vyre-network-suite")
         self.started()
         changed = self.changes(self.apply, removes=["almanac", "flint-ssh", "parrot", "birch-log"], answers=[1, 1])

@@ -158,7 +158,7 @@ class UpdateTest(ScenarioTest):
         self.assertEqual(self.recording.names().count("listTransaction"), 0)
 
     @in_own_process
-    def test_an_update_keeps_the_reason_of_a_package(self):
+    def test_an_update_keeps_the_reason_for_the_installation(self):
         root = self.sandbox.root
         subprocess.run(["dnf", "--assumeyes", "--quiet", "--installroot", root, "-c", root + "/etc/yum.conf",
                         "--setopt=reposdir=%s/etc/yum.repos.d" % root, "mark", "remove", "loomctl"],

@@ -41,8 +41,8 @@ class VersionLocksTest(ScenarioTest):
             env=self.sandbox.environment(), stdout=subprocess.PIPE, universal_newlines=True).stdout
 
     def rows(self, *names):
-        """The packages with these names in the table. A row has the update, if any; otherwise it has the installed or
-        the available package.
+        """The packages with these names in the table. A row has the update of the package. If no update exists, it has
+        the installed or the available package.
         """
         found = []
         for name in names:

@@ -182,7 +182,7 @@ private:
     PackageTable::View* view = nullptr;
     const QAbstractItemModel* listed = nullptr;
 
-    // The window is never deleted, as in the program.
+    // As in the program, no code deletes the window.
     void start()
     {
         using S = StandIn;

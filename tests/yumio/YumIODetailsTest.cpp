@@ -272,7 +272,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("counting.count"), QString("2"));
     }
 
-    void failingListIsReported()
+    void aListThatCannotBeReadIsReported()
     {
         backEnd->run("class Failing(Package):\n"
                      "    @property\n"
@@ -286,7 +286,7 @@ private Q_SLOTS:
         QVERIFY(!backEnd->log(before).filter("ValueError: broken").isEmpty());
     }
 
-    void incompleteListIsNotShown()
+    void anIncompleteListIsNotShown()
     {
         backEnd->run("def broken():\n"
                      "    yield 'one'\n"
@@ -314,7 +314,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
     }
 
-    void aMissingListIsReportedOnce()
+    void aListThatTheObjectLacksIsReportedOnce()
     {
         const int before = backEnd->log().count();
         for (int i = 0; i < 3; ++i) {

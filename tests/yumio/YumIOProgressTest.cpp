@@ -178,7 +178,7 @@ private Q_SLOTS:
                               generic, "Internal error: downloadStart: unable to interpret arguments"}));
     }
 
-    void meaninglessNumbersRaiseNoException()
+    void numbersThatAreTooLargeRaiseNoException()
     {
         collect("it.available = [Package('a', size=30000)]");
         QVERIFY(!apply("a = Rpm('a', 30000)\n"
