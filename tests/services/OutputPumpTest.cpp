@@ -140,7 +140,7 @@ private Q_SLOTS:
         pumped.pump.stop();
     }
 
-    void aChannelWorksAfterTheWriterOfTheOtherChannelHasClosedIt()
+    void aClosedChannelDoesNotAffectTheOtherChannel()
     {
         Pumped pumped;
         QVERIFY(pumped.started);

@@ -31,7 +31,8 @@ public:
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // While this flag is set, collections, the loading of file lists and changes of the system wait.
+    // While this flag is set, the script waits when it collects packages, loads file lists or changes the
+    // system.
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);

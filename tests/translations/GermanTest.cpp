@@ -437,7 +437,7 @@ private Q_SLOTS:
     }
 
     // A distribution has so many packages that the user notices even a short time for each package.
-    void collectingTranslatesNoTextForEachPackage()
+    void theNumberOfTranslationsDoesNotDependOnTheNumberOfPackages()
     {
         start();
         QPushButton* refresh = nullptr;
