@@ -44,7 +44,7 @@ def caller(what):
                 return pwd.getpwuid(int(value))
             except (KeyError, OverflowError):
                 raise Refusal('the user {} of {} does not exist'.format(value, variable))
-    raise Refusal('{} is not opened as root: neither pkexec nor sudo names another user'.format(what))
+    raise Refusal('{} is not opened as root, and neither pkexec nor sudo names the user who started VYRE'.format(what))
 
 
 def become(user):

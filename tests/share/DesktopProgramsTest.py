@@ -262,7 +262,7 @@ class UserTest(DesktopTest):
                 self.assertEqual(
                     self.refused('webbrowser', 'http://me:secret@h/?x',
                                  environment=dict({'PKEXEC_UID': None}, **variables)),
-                    '"http://h/" is not opened as root: neither pkexec nor sudo names another user')
+                    '"http://h/" is not opened as root, and neither pkexec nor sudo names the user who started VYRE')
 
     def test_a_refusal_is_shown_on_the_display(self):
         # A real program would wait until a user presses the button.
