@@ -3450,6 +3450,18 @@ Ohne sie fortfahren?
         <source>Repeating transaction %1</source>
         <translation>Transaktion %1 wird wiederholt</translation>
     </message>
+    <message>
+        <source>The group {} has no packages that can be installed; it is only recorded as installed.</source>
+        <translation>Die Gruppe {} hat keine Pakete, die installiert werden können; sie wird nur als installiert vermerkt.</translation>
+    </message>
+    <message>
+        <source>The group {} has no further packages that can be installed; it is only recorded as installed.</source>
+        <translation>Die Gruppe {} hat keine weiteren Pakete, die installiert werden können; sie wird nur als installiert vermerkt.</translation>
+    </message>
+    <message>
+        <source>The group {} has no packages that can be removed; only its record is removed.</source>
+        <translation>Die Gruppe {} hat keine Pakete, die entfernt werden können; nur ihr Vermerk wird entfernt.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

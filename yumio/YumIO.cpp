@@ -129,6 +129,13 @@ const char* const scriptTexts[] = {
                       "This is only a test, because the tsflags option contains test. dnf downloads and "
                       "checks the packages;\n"
                       "it installs, updates and removes nothing.\n\n"),
+    QT_TRANSLATE_NOOP(
+        "YumIO", "The group {} has no packages that can be installed; it is only recorded as installed."),
+    QT_TRANSLATE_NOOP(
+        "YumIO",
+        "The group {} has no further packages that can be installed; it is only recorded as installed."),
+    QT_TRANSLATE_NOOP("YumIO",
+                      "The group {} has no packages that can be removed; only its record is removed."),
     QT_TRANSLATE_NOOP("YumIO",
                       "You can remove the downloaded packages with Clean Packages in the Cache menu."),
     QT_TRANSLATE_NOOP("YumIO", "Finding the marks that can be applied"),

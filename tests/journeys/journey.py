@@ -194,13 +194,17 @@ class JourneyTest(unittest.TestCase):
 
     # Transactions
 
-    def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None):
+    def check_listing(self, dialog, listed=(), dependencies=(), sizes=True, groups=None, remark=''):
         """The confirmation dialog lists these lines, in any order. The lines are given without tabs.
 
         sizes: whether the transaction downloads packages; None if the dialog does not mention downloads. groups: the
-        names of groups below each heading.
+        names of groups below each heading. remark: the line above the list.
         """
-        text, _, sized = dialog.listing().partition('\n\n')
+        text = dialog.listing()
+        if remark:
+            found, _, text = text.partition('\n\n')
+            self.assertEqual(found, remark)
+        text, _, sized = text.partition('\n\n')
         if sizes is None:
             self.assertEqual(sized, '')
         elif not sizes:

@@ -82,7 +82,9 @@ class GroupsTest(JourneyTest):
             window.mark_listed('Ghosts')
             dialog = window.apply()
             # Only one package of the group exists, and this package is already installed.
-            self.check_listing(dialog, [], sizes=None, groups={'Installing Groups': ['Ghosts']})
+            self.check_listing(dialog, [], sizes=None, groups={'Installing Groups': ['Ghosts']},
+                               remark='The group Ghosts has no further packages that can be installed; '
+                                      'it is only recorded as installed.')
             self.carry_out(window, dialog)
             self.check_unchanged()
             self.check_view(window, 'View Removable', 'Ghosts', True)

@@ -255,6 +255,78 @@ class GroupTest(ScenarioTest):
         self.again()
         self.assertIsNotNone(self.group("ghosts"))
 
+    def introductions(self):
+        """The texts before the listing, from now on."""
+        texts = []
+        self.module("program").addBeforeListing = texts.append
+        return texts
+
+    def change_comps(self, old, new):
+        place, = glob.glob(self.sandbox.repository("sandbox-http") + "/repodata/*comps.xml.gz")
+        with gzip.open(place, "rt", encoding="utf-8") as stream:
+            content = stream.read()
+        self.assertIn(old, content)
+        self.index("sandbox-http", "--groupfile", self.write("/tmp/comps.xml", content.replace(old, new)))
+
+    @needs_groups
+    @in_own_process
+    def test_a_sentence_says_that_a_group_has_no_packages(self):
+        self.change_comps('<packagereq type="mandatory">lantern-view</packagereq>', "")
+        self.started()
+        texts = self.introductions()
+        self.assertEqual(self.changes(self.apply, group_installs=["ghosts"]), NOTHING)
+        self.assertEqual(texts, ["The group Ghosts has no packages that can be installed; "
+                                 "it is only recorded as installed.\n\n"])
+        self.again()
+        self.assertIsNotNone(self.group("ghosts"))
+        texts = self.introductions()
+        self.assertEqual(self.changes(self.apply, group_removes=["ghosts"]), NOTHING)
+        self.assertEqual(texts, ["The group Ghosts has no packages that can be removed; "
+                                 "only its record is removed.\n\n"])
+        self.again()
+        self.assertIsNone(self.group("ghosts"))
+
+    @needs_groups
+    @in_own_process
+    def test_a_sentence_says_that_all_packages_of_a_group_are_installed(self):
+        self.started()
+        texts = self.introductions()
+        self.assertEqual(self.changes(self.apply, group_installs=["ghosts"], installs=["orrery"]),
+                         ({"orrery-3.7-1.x86_64"}, set()))
+        self.assertEqual(texts, ["The group Ghosts has no further packages that can be installed; "
+                                 "it is only recorded as installed.\n\n"])
+
+    @needs_groups
+    @in_own_process
+    def test_each_group_without_packages_has_its_sentence(self):
+        self.change_comps('<packagereq type="default">shuttle</packagereq>', "")
+        self.started()
+        texts = self.introductions()
+        self.apply(group_installs=["weaving", "games", "ghosts"])
+        self.assertEqual([line.partition(" has ")[0] for line in texts[0].splitlines()],
+                         ["The group Ghosts", "The group Weaving", ""])
+        self.assertEqual(len(texts), 1)
+
+    @needs_groups
+    @in_own_process
+    def test_the_replacement_of_a_member_is_a_package_of_the_group(self):
+        self.change_comps('<packagereq type="mandatory">lantern-view</packagereq>',
+                          '<packagereq type="mandatory">oldpost</packagereq>')
+        self.started()
+        self.apply(removes=["oldpost"])
+        self.again()
+        texts = self.introductions()
+        self.assertEqual(self.changes(self.apply, group_installs=["ghosts"])[0], {"newpost-2.0-1.x86_64"})
+        self.assertEqual(texts, [])
+
+    @needs_groups
+    @in_own_process
+    def test_groups_with_packages_have_no_sentence(self):
+        self.started()
+        texts = self.introductions()
+        self.apply(group_installs=["games"], group_removes=["arts"])
+        self.assertEqual(texts, [])
+
     @needs_groups
     @in_own_process
     def test_a_group_is_removed_with_the_packages_that_it_has_installed(self):
@@ -277,13 +349,8 @@ class GroupTest(ScenarioTest):
     @needs_groups
     @in_own_process
     def test_the_update_of_an_installed_group_installs_new_members(self):
-        place, = glob.glob(self.sandbox.repository("sandbox-http") + "/repodata/*comps.xml.gz")
-        with gzip.open(place, "rt", encoding="utf-8") as stream:
-            content = stream.read()
         member = '<packagereq type="mandatory">easel</packagereq>'
-        self.assertIn(member, content)
-        path = self.write("/tmp/comps.xml", content.replace(member, member + member.replace("easel", "orrery")))
-        self.index("sandbox-http", "--groupfile", path)
+        self.change_comps(member, member + member.replace("easel", "orrery"))
         self.started()
         changed = self.changes(self.apply, group_updates=["arts"])
         self.assertEqual({name.split("-")[0] for name in changed[0]}, {"orrery"})

@@ -9,7 +9,7 @@ import dnf.util
 import libdnf.transaction
 
 from .history import endHistory, unrecorded
-from .listing import otherSections
+from .listing import otherSections, remarksAboutGroups
 from .locks import DatabaseLock
 from .output import extendListing, introduceListing
 from .plugins import PlugIns
@@ -42,6 +42,9 @@ def confirmTransaction(base, sections):
         introduceListing(tr('This is only a test, because the tsflags option contains test. dnf downloads and '
                             'checks the packages;\n'
                             'it installs, updates and removes nothing.\n\n'))
+    remarks = remarksAboutGroups(base)
+    if remarks:
+        introduceListing('\n'.join(remarks) + '\n\n')
     for heading, lines in sections:
         extendListing(heading + ':\n' + ''.join('\t%s\n' % ' '.join(line.split()) for line in lines))
     installed = installSet(base)

@@ -1,12 +1,13 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Additional sections of the listing: the changes to groups and module streams.
+"""Additions to the listing: the changes to groups and module streams, and the groups without packages.
 
-dnf's library does not list these changes; the dnf command does. The sections use the texts and translations of the
+dnf's library does not list these changes; the dnf command does. Their sections use the texts and translations of the
 command. The worker that applies the marks runs this module.
 """
 
 import dnf.exceptions
 import dnf.i18n
+import dnf.transaction
 import dnf.util
 
 from .program import tr
@@ -39,6 +40,36 @@ def otherSections(base, withGroups=True):
         for heading, groups in zip(headings, (persistor._installed, persistor._upgraded, persistor._removed)):
             sections.append((heading, [group.getName() or identifier for identifier, group in groups.items()]))
     return [(heading, list(lines)) for heading, lines in sections if lines]
+
+
+def remarksAboutGroups(base):
+    """A sentence for each group that a resolved transaction installs or removes without any package. Otherwise the
+    listing of such a transaction would look empty.
+    """
+    transaction = list(base.transaction or [])
+    coming = [item.pkg for item in transaction if item.action in dnf.transaction.FORWARD_ACTIONS]
+    going = set(item.name for item in transaction if item.action in dnf.transaction.BACKWARD_ACTIONS)
+    remarks = []
+    for identifier, group in base.history.group._installed.items():
+        names = membersOf(group)
+        members = base.sack.query().filterm(name=names)
+        replacements = base.sack.query().filterm(pkg=coming, obsoletes=members) if coming and members else ()
+        if not replacements and not any(package.name in names for package in coming):
+            text = (tr('The group {} has no further packages that can be installed; it is only recorded as installed.')
+                    if members.installed() else
+                    tr('The group {} has no packages that can be installed; it is only recorded as installed.'))
+            remarks.append(text.format(group.getName() or identifier))
+    for identifier, group in base.history.group._removed.items():
+        if not going.intersection(package.getName() for package in group.getPackages()):
+            remarks.append(tr('The group {} has no packages that can be removed; only its record is removed.')
+                           .format(group.getName() or identifier))
+    return sorted(remarks)
+
+
+def membersOf(group):
+    """The names of the members that dnf installs with a group. group: an object of the history."""
+    types = group.getPackageTypes()
+    return [package.getName() for package in group.getPackages() if package.getPackageType() & types]
 
 
 def refuseModuleSwitch(base, packages):
