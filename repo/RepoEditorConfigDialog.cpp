@@ -10,6 +10,7 @@
 #include "repo/RepoEditorConfig.h"
 #include "repo/YumConfIO.h"
 #include "widgets/HFrameLabel.h"
+#include "widgets/HMessageBox.h"
 
 namespace RepoEditor {
 
@@ -96,13 +97,39 @@ void ConfigDialog::reset()
 
 void ConfigDialog::cancel()
 {
-    reject();
+    HDialog::reject();
+}
+
+bool ConfigDialog::userDropsChanges()
+{
+    HMessageBox box(
+        QMessageBox::Question, tr("Repository Editor"),
+        tr("The changes to the repository are not applied. Close the window and drop the changes?"),
+        QMessageBox::Yes | QMessageBox::No, this);
+    box.setDefaultButton(QMessageBox::No);
+    box.setEscapeButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void ConfigDialog::reject()
+{
+    // Escape and the button of the window manager are pressed by mistake more easily than "Cancel".
+    const bool isAsked = hasChanged;
+    if (isAsked && !userDropsChanges()) {
+        return;
+    }
+    HDialog::reject();
+    // The question and this window disappear at the same time. Some window managers then give the focus to no
+    // window.
+    if (isAsked && parentWidget() != nullptr) {
+        parentWidget()->activateWindow();
+    }
 }
 
 void ConfigDialog::ok()
 {
     if ((!hasChanged && !copied) || entry == nullptr) {
-        reject();
+        HDialog::reject();
         return;
     }
     if (!config->canBeWritten()) {

@@ -42,10 +42,15 @@ public:
 public Q_SLOTS:
     void changed();
     void reset();
+    // Cancel undoes the changes without a question.
     void cancel();
     void ok();
+    // Escape and the button of the window manager. Asks before it drops changes.
+    void reject() override;
 
 private:
+    bool userDropsChanges();
+
     Config* config;
     YumConfIO* yumConfIO;
     Repo::Entry* entry; // null before the first setEntry()

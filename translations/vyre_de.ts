@@ -1684,6 +1684,14 @@ wenn mehrere in derselben Konfigurationsdatei stehen</translation>
         <source>Apply changes to all repository configurations, and close the window</source>
         <translation>Die Änderungen an allen Paketquellen anwenden und das Fenster schließen</translation>
     </message>
+    <message>
+        <source>Repository Editor</source>
+        <translation>Paketquellen bearbeiten</translation>
+    </message>
+    <message>
+        <source>The changes to the repository are not applied. Close the window and drop the changes?</source>
+        <translation>Die Änderungen an der Paketquelle sind nicht angewendet. Das Fenster schließen und die Änderungen verwerfen?</translation>
+    </message>
 </context>
 <context>
     <name>RepoEditor::ContextMenu</name>

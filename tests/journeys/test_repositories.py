@@ -458,6 +458,32 @@ class StartTest(EditingTest):
             editor.wait_on(True, 'sandbox-file', PERMANENT)
             editor.close('Cancel')
 
+    def test_escape_with_typed_text_in_the_form_asks(self):
+        files = self.files()
+        with self.opened() as window:
+            editor = self.edit(window)
+            editor.select('sandbox-file')
+            form = editor.form('Edit')
+            form.set('Name', 'Typed')
+            for answer in ('No', 'Yes'):
+                driver.key('Escape')
+                question = self.read_dialog(window.program, 'Repository Editor',
+                                            'Close the window and drop the changes?')
+                self.picture('unapplied-form-' + answer)
+                question.click_button(answer)
+                window.program.no_window('Repository Editor')
+                if answer == 'No':
+                    form.wait_settled()
+                    self.assertEqual(form.value('Name'), 'Typed')
+            window.program.no_window(form.TITLE)
+            self.assertNotIn('Typed', editor.names().values())
+            form = editor.form('Edit')
+            driver.key('Escape')
+            window.program.no_window(form.TITLE)
+            editor.close('Cancel')
+            window.wait_ready()
+            self.assertEqual(self.files(), files)
+
     def test_closing_the_editor_by_the_window_manager_changes_nothing(self):
         self.check_closed(lambda editor: editor.press('alt+F4'))
 

@@ -10,6 +10,7 @@
 
 #include "repo/YumConfIO.h"
 #include "tests/repo/Form.h"
+#include "tests/support/AnsweringUser.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "widgets/Colors.h"
 #include "widgets/HFrameLabel.h"
@@ -35,7 +36,10 @@ private Q_SLOTS:
     void warningsDoNotPreventOk();
     void okIsDisabledIfTheRepositoryCannotBeWritten();
     void cancelStoresNothing();
-    void escapeStoresNothing();
+    void closingWithoutAChangeAsksNothing_data();
+    void closingWithoutAChangeAsksNothing();
+    void closingWithAChangeAsks_data();
+    void closingWithAChangeAsks();
     void resetRestoresTheFields();
     void theReturnKeyInAFieldDoesNotPressOk();
     void theStatusFollowsTheFields();
@@ -51,7 +55,7 @@ private:
             used = waitForFocus(dialog.get());
             use();
             if (dialog->isVisible()) {
-                dialog->reject();
+                click("Cancel");
             }
         });
         const int result = dialog->exec();
@@ -61,6 +65,14 @@ private:
     void click(const char* text) const
     {
         QTest::mouseClick(Form::button(dialog.get(), text), Qt::LeftButton);
+    }
+    void closeForm(bool byEscape) const
+    {
+        if (byEscape) {
+            QTest::keyClick(form->urls, Qt::Key_Escape);
+        } else {
+            dialog->close();
+        }
     }
     QString status() const { return dialog->findChild<HFrameLabel*>()->text(); }
 
@@ -310,15 +322,62 @@ void RepoEditorConfigDialogTest::cancelStoresNothing()
     QVERIFY(session.isEmpty());
 }
 
-void RepoEditorConfigDialogTest::escapeStoresNothing()
+void RepoEditorConfigDialogTest::closingWithoutAChangeAsksNothing_data()
 {
-    QCOMPARE(run([this] {
+    QTest::addColumn<bool>("byEscape");
+    QTest::newRow("Escape") << true;
+    QTest::newRow("window manager") << false;
+}
+
+void RepoEditorConfigDialogTest::closingWithoutAChangeAsksNothing()
+{
+    QFETCH(bool, byEscape);
+    for (const bool hasReset : {false, true}) {
+        QCOMPARE(run([this, byEscape, hasReset] {
+                     const AnsweringUser user(AnsweringUser::clickIfThere(QStringLiteral("No")));
+                     if (hasReset) {
+                         Form::type(form->name, QStringLiteral("a name"));
+                         click("Reset");
+                     }
+                     closeForm(byEscape);
+                     QCOMPARE(user.seen.size(), 0);
+                     QVERIFY(!dialog->isVisible());
+                 }),
+                 int(QDialog::Rejected));
+    }
+}
+
+void RepoEditorConfigDialogTest::closingWithAChangeAsks_data()
+{
+    closingWithoutAChangeAsksNothing_data();
+}
+
+void RepoEditorConfigDialogTest::closingWithAChangeAsks()
+{
+    QFETCH(bool, byEscape);
+    QCOMPARE(run([this, byEscape] {
                  Form::type(form->urls, QStringLiteral("http://h/other"));
-                 QTest::keyClick(form->urls, Qt::Key_Escape);
-                 QVERIFY(!dialog->isVisible());
+                 for (const char* answer : {"No", "Return", "Escape", "Yes"}) {
+                     AnsweringUser user(AnsweringUser::clickIfThere(QLatin1String(answer)));
+                     if (qstrcmp(answer, "Escape") == 0) {
+                         user.answer = AnsweringUser::key(Qt::Key_Escape);
+                     }
+                     closeForm(byEscape);
+                     QCOMPARE(user.seen.size(), 1);
+                     QCOMPARE(user.seen.at(0).title, QStringLiteral("Repository Editor"));
+                     QCOMPARE(user.seen.at(0).text,
+                              QStringLiteral("The changes to the repository are not applied. Close the "
+                                             "window and drop the changes?"));
+                     QCOMPARE(user.seen.at(0).defaultButton, QMessageBox::No);
+                     QCOMPARE(user.seen.at(0).parent, dialog.get());
+                     QCOMPARE(dialog->isVisible(), qstrcmp(answer, "Yes") != 0);
+                     QVERIFY(!dialog->isVisible() ||
+                             form->urls->realPlainText() == QLatin1String("http://h/other"));
+                 }
              }),
              int(QDialog::Rejected));
     QVERIFY(entry.baseurl.contains(QStringLiteral("secret")));
+    QVERIFY(session.isEmpty());
 }
 
 void RepoEditorConfigDialogTest::resetRestoresTheFields()

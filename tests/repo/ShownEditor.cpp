@@ -32,7 +32,7 @@ bool ShownEditor::withForm(const Use& open, const Use& use)
             used = waitForFocus(form);
             use();
             if (form->isVisible()) {
-                form->reject();
+                clickForm("Cancel");
             }
         }
     });
