@@ -3470,6 +3470,10 @@ Ohne sie fortfahren?
         <source>The group {} has no packages that can be removed; only its record is removed.</source>
         <translation>Die Gruppe {} hat keine Pakete, die entfernt werden können; nur ihr Vermerk wird entfernt.</translation>
     </message>
+    <message>
+        <source>Removals: %1.</source>
+        <translation>Zu entfernende Pakete: %1.</translation>
+    </message>
 </context>
 <context>
     <name>YumIOCapturers</name>

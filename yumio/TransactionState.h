@@ -50,6 +50,7 @@ public:
     bool txApplied = false;        // the user has confirmed, and no step has failed
     QMap<long, int> listed;        // the number of listed items by action
     QStringList unmarkedRemovals;  // listed removals that the user has not marked, as the listing names them
+    bool isReplay = false;         // it comes from the history, and the marks do not count
     QString sizes;                 // the sizes in the listing, in one line
     QSet<QString> membersToRemove; // the package names of all groups that are marked for removal
 

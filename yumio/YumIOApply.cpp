@@ -382,7 +382,7 @@ void YumIO::listItem(PyObject* item, Listing& listing)
         transaction.txText += tr("\tUpgrade: %1\n").arg(txitemRepoFormat(item));
         break;
     case Transaction::Remove:
-        if (!isMarkedForRemoval(item)) {
+        if (transaction.isReplay || !isMarkedForRemoval(item)) {
             transaction.unmarkedRemovals.append(txitemFormat(item));
         }
         if (reason == Transaction::Dependency) {
@@ -432,9 +432,10 @@ QString YumIO::noticeOfListing() const
     if (unmarked.isEmpty()) {
         return QString();
     }
-    QString text = tr("Removals: %1. You did not mark %2 of them:")
-                       .arg(transaction.listed.value(Transaction::Remove))
-                       .arg(unmarked.count());
+    const int removals = transaction.listed.value(Transaction::Remove);
+    QString text = transaction.isReplay
+                       ? tr("Removals: %1.").arg(removals)
+                       : tr("Removals: %1. You did not mark %2 of them:").arg(removals).arg(unmarked.count());
     for (const QString& removal : unmarked.mid(0, most)) {
         // The notice cannot scroll, so it shortens long names. The listing contains the whole names.
         const bool fits = removal.length() <= longest;

@@ -107,6 +107,7 @@ bool YumIO::replay(Replay kind, qint64 number)
         entry->local = false;
     }
     transaction = TransactionState();
+    transaction.isReplay = true;
     QEventLoop loop;
     ReplayThread thread(this, loop, kind, number);
     execWorkThread(loop, thread, true);

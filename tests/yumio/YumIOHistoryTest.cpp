@@ -109,6 +109,8 @@ private Q_SLOTS:
         QVERIFY2(dialogs.first().text.contains("\tRemove: a 1.0-1 (x86_64)\n"),
                  qPrintable(dialogs.first().text));
         QCOMPARE(int(backEnd->entry("a")->action), int(Package::Remove));
+        // The notice about removals does not mention marks.
+        QCOMPARE(dialogs.first().notice, QString("Removals: 1.\n    a 1.0-1 (x86_64)"));
         // If the user refuses the listing, nothing changes.
         backEnd->answers.press("Cancel");
         QVERIFY(!yumIO().replay(static_cast<Replay>(kind), 12));
