@@ -59,10 +59,6 @@ AdvisoryDialog::AdvisoryDialog(YumIO* backEnd, QWidget* parent)
                                SLOT(markSecurity()));
     row->addStretch(1);
     addButton(tr("&Close"), tr("Close the window and keep the marks"), SLOT(reject()));
-    // If the list had a focus proxy, the Tab key would go from the last button to the table and never to the
-    // expression field.
-    list->setFocusProxy(nullptr);
-    list->tableView()->setFocus();
     updateButtons();
 }
 

@@ -67,7 +67,6 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     redoButton = addButton(tr("&Redo"), SLOT(redo()));
     row->addStretch(1);
     addButton(tr("&Close"), SLOT(reject()))->setToolTip(tr("Close the window without changing anything"));
-    list->tableView()->setFocus();
     updateButtons();
     // Qt limits the first size of a dialog to two thirds of the screen.
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));

@@ -8,6 +8,7 @@
 #include <QHelpEvent>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
+#include <QShowEvent>
 #include <QSplitter>
 #include <QToolTip>
 #include <QVBoxLayout>
@@ -292,6 +293,15 @@ void FilteredList::handleActivated(const QModelIndex& index)
 {
     if (index.isValid()) {
         Q_EMIT activated(rows->mapToSource(index).row());
+    }
+}
+
+void FilteredList::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    // A spontaneous event comes from the window manager, for example after the window was minimized.
+    if (!event->spontaneous()) {
+        table->setFocus();
     }
 }
 

@@ -58,6 +58,11 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
+protected:
+    // Gives the focus to the list, each time the window opens. The widget has no focus proxy: with a proxy,
+    // the Tab key would go from the last button of the window to the list, and never to the edit.
+    void showEvent(QShowEvent* event) override;
+
 Q_SIGNALS:
     // Emitted when another row becomes current. The argument is a row of the model, or -1.
     void currentChanged(int row);

@@ -233,6 +233,11 @@ void AdvisoryDialogTest::tabReachesAllPartsOfTheDialog()
         QTest::keyClick(dialog->windowHandle(), Qt::Key_Tab);
         QCOMPARE(QApplication::focusWidget(), expected);
     }
+    // The list has the focus each time the window opens.
+    button("&Close")->setFocus();
+    dialog->hide();
+    dialog->show();
+    QCOMPARE(dialog->focusWidget(), view());
 }
 
 QTEST_MAIN(AdvisoryDialogTest)

@@ -338,6 +338,9 @@ void HistoryDialogTest::everyControlCanBeReachedByKeys()
     QTRY_VERIFY(edit()->hasFocus()); // Tab returns to the first control
     QTest::keyClick(dialog.get(), Qt::Key_C, Qt::AltModifier);
     QTRY_VERIFY(!dialog->isVisible());
+    // The list has the focus each time the window opens.
+    show();
+    QCOMPARE(dialog->focusWidget(), table());
 }
 
 void HistoryDialogTest::theCurrentTransactionIsStillCurrentWhenTheWindowOpensAgain()

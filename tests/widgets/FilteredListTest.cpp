@@ -47,6 +47,7 @@ private Q_SLOTS:
     void selectedRowsAreInTheOrderOfTheList();
     void aHeaderSortsByItsColumn();
     void allPartsCanBeReachedByKeyboard();
+    void openingGivesTheFocusToTheList();
     void enterAndDoubleClickActivateARow();
     void aCellThatIsTooNarrowShowsItsTextAsToolTip();
     void columnsFitTheirTextsUpToALimit();
@@ -209,6 +210,34 @@ void FilteredListTest::allPartsCanBeReachedByKeyboard()
     QTRY_VERIFY(edit()->hasFocus());
     QTest::keyClick(edit(), Qt::Key_Tab);
     QTRY_VERIFY(list->tableView()->hasFocus());
+}
+
+void FilteredListTest::openingGivesTheFocusToTheList()
+{
+    QWidget window;
+    QVBoxLayout layout(&window);
+    QPushButton before("Before");
+    auto* shown = new FilteredList(records.get(), QStringLiteral("Records"));
+    QPushButton after("After");
+    for (QWidget* widget : QList<QWidget*>{&before, shown, &after}) {
+        layout.addWidget(widget);
+    }
+    QWidget* const shownEdit = shown->findChild<QLineEdit*>();
+    QWidget* const shownTable = shown->tableView();
+    for (QWidget* focused : QList<QWidget*>{&after, shownEdit, &before}) {
+        window.show();
+        QCOMPARE(window.focusWidget(), shownTable);
+        focused->setFocus();
+        QCOMPARE(window.focusWidget(), focused);
+        window.hide();
+    }
+    window.show();
+    // Tab goes through the window from top to bottom.
+    before.setFocus();
+    for (QWidget* next : QList<QWidget*>{shownEdit, shownTable, &after, &before}) {
+        QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+        QTRY_COMPARE(window.focusWidget(), next);
+    }
 }
 
 void FilteredListTest::enterAndDoubleClickActivateARow()
