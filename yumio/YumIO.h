@@ -318,6 +318,7 @@ private:
     };
 
     class ChildSignal;
+    class OperationScope;
 
     // Delays a worker until the event loop of the graphical thread runs, because the worker will end that
     // loop.
@@ -401,6 +402,18 @@ private:
     using ReplayThread = WorkerThread<&YumIO::replayReal>;
 
     // Collection (YumIOCollect.cpp)
+    // The steps of a collection, in their order. Each one returns whether the collection can go on; it has
+    // reported a failure.
+    bool lockPackages();
+    bool readConfiguration(const QHash<QString, bool>& repoEnable);
+    bool readRepos(Source source);
+    bool collectUpdates();
+    bool collectInstalledAndAvailable();
+    bool collectAllGroups();
+    // Calls a method of the script and reports a failure. what: a verb with its object, for the report.
+    // Returns a new reference or null.
+    PyObject* collected(const char* method, const QString& what, bool capture);
+    void addCounterparts();
     // Ignores baseObject, because the script has only one base object, to which repos belongs.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
@@ -451,7 +464,15 @@ private:
     QString timeOf(const Package::Entry& entry, const char* attr);
 
     // Applying (YumIOApply.cpp)
+    // Returns whether the transaction can begin. heading: for the log.
+    bool startTransaction(const QString& heading);
     void startResolving();
+    // Adds the packages or the group of a marked record to the lists for the script.
+    struct MarkedObjects;
+    bool addMarked(Package::Entry& entry, MarkedObjects& lists);
+    bool addUpdate(const Package::Entry& entry, MarkedObjects& lists);
+    bool addRemoval(Package::Entry& entry, MarkedObjects& lists);
+    bool addObject(const PyRef& list, PyObject* object, const QString& failure, const QString& name);
     // Calls a method of the script that carries out a transaction, and reads its outcome.
     bool carryOut(const std::function<PyObject*()>& method);
     bool applyGroups();
@@ -498,6 +519,15 @@ private:
     QHash<QString, quint32>::const_iterator startSlot(const QString& text, quint64 size);
     void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);
     void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
+    // What rpm does with a package: the text for the bar, with %1 for the name, and the weight in the bar.
+    struct PackageStep
+    {
+        QString text;
+        quint64 weight;
+    };
+    // action: a Transaction::Action. newWeight: the weight of a package that rpm installs. oldSize: the bytes
+    // of the installed version.
+    static PackageStep packageStep(long action, quint64 newWeight, quint64 oldSize);
     void collectProgress(const QString& repository, quint64 total, quint64 done);
     void collectEnd();
     bool isInstance(PyObject* object, PyObject* type);

@@ -7,7 +7,7 @@
 #include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
-#include "services/YumIODialogs.h"
+#include "yumio/OperationScope.h"
 #include "yumio/WorkerThreads.h"
 
 bool YumIO::collectAdvisories()
@@ -23,9 +23,7 @@ bool YumIO::collectAdvisories()
 
 bool YumIO::collectAdvisoriesReal()
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     const QString heading = tr("Reading Advisories");
     log(Log::Action, 0, heading);
     PyGILStateWrapper lock(true);

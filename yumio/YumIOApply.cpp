@@ -12,8 +12,8 @@
 #include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
-#include "services/YumIODialogs.h"
 #include "yumio/ChildSignal.h"
+#include "yumio/OperationScope.h"
 #include "yumio/Transaction.h"
 #include "yumio/Words.h"
 #include "yumio/WorkerThreads.h"
@@ -37,30 +37,36 @@ bool YumIO::apply()
     return outcome(thread.result);
 }
 
+// The script's arguments: the objects of the marked records. Null lists follow a failure.
+struct YumIO::MarkedObjects
+{
+    PyRef installs{PyList_New(0)};
+    PyRef updates{PyList_New(0)}; // lists of a new and an old package
+    PyRef removes{PyList_New(0)};
+    PyRef groupInstalls{PyList_New(0)};
+    PyRef groupUpdates{PyList_New(0)};
+    PyRef groupRemoves{PyList_New(0)};
+
+    bool isComplete() const
+    {
+        return installs && updates && removes && groupInstalls && groupUpdates && groupRemoves;
+    }
+};
+
 bool YumIO::applyReal()
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
-    log(Log::Action, 0, tr("Applying"));
-    if (geteuid() != 0) {
-        error(tr("Must be run as root to apply changes"));
+    OperationScope operationScope(*this);
+    if (!startTransaction(tr("Applying"))) {
         return false;
     }
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
     startResolving();
 
-    const PyRef installs(PyList_New(0));
-    const PyRef updates(PyList_New(0));
-    const PyRef removes(PyList_New(0));
-    const PyRef groupInstalls(PyList_New(0));
-    const PyRef groupUpdates(PyList_New(0));
-    const PyRef groupRemoves(PyList_New(0));
-    if (!installs || !updates || !removes || !groupInstalls || !groupUpdates || !groupRemoves) {
+    MarkedObjects lists;
+    if (!lists.isComplete()) {
         return internalError(tr("Internal error: python exception occurred from C code."));
     }
-
     for (Package::Entry* entry : qAsConst(transaction.actionEntries)) {
         entry->txAction = entry->action;
         entry->local = false;
@@ -68,77 +74,90 @@ bool YumIO::applyReal()
     if (!applyGroups()) {
         return false;
     }
-
-    const auto append = [this](const PyRef& list, PyObject* object, const QString& failure,
-                               const QString& name) {
-        if (object != nullptr && PyList_Append(list.get(), object) == 0) {
-            return true;
-        }
-        PyErr_Clear();
-        error(failure.arg(name));
-        return false;
-    };
     for (Package::Entry* entry : qAsConst(transaction.actionEntries)) {
-        const bool group = entry->kind == Package::Group;
-        switch (entry->txAction) {
-        case Package::Update:
-            if (group) {
-                if (!append(groupUpdates, entry->pyObject, tr("Unable to add group %1 to grp_updates list"),
-                            entry->name)) {
-                    return false;
-                }
-                break;
-            }
-            if (entry->next == nullptr) {
-                error(tr("Unable to find installed version for package update %1").arg(entry->name));
-                return false;
-            }
-            for (Package::Entry* old = entry->next; old != nullptr; old = old->next) {
-                const PyRef pair(PyList_New(0));
-                if (!append(pair, entry->pyObject,
-                            tr("Unable to add new package to pair for updated package %1"), entry->name) ||
-                    !append(pair, old->pyObject,
-                            tr("Unable to add old package to pair for updated package %1"), entry->name) ||
-                    !append(updates, pair.get(), tr("Unable to add package %1 to updates list"),
-                            entry->name)) {
-                    return false;
-                }
-            }
-            break;
-        case Package::Install:
-            if (group ? !append(groupInstalls, entry->pyObject,
-                                tr("Unable to add group %1 to grp_installs list"), entry->name)
-                      : !append(installs, entry->pyObject, tr("Unable to add package %1 to installs list"),
-                                entry->name)) {
-                return false;
-            }
-            break;
-        case Package::Remove:
-            if (group) {
-                if (!append(groupRemoves, entry->pyObject, tr("Unable to add group %1 to grp_removes list"),
-                            entry->name)) {
-                    return false;
-                }
-                break;
-            }
-            for (Package::Entry* old = installedEntry(entry); old != nullptr; old = old->next) {
-                if (old->excluded) {
-                    continue;
-                }
-                if (!append(removes, old->pyObject, tr("Unable to add package %1 to removes list"),
-                            entry->name)) {
-                    return false;
-                }
-            }
-            break;
-        case Package::None:
-            break;
+        if (!addMarked(*entry, lists)) {
+            return false;
         }
     }
-    return carryOut([this, &installs, &updates, &removes, &groupInstalls, &groupUpdates, &groupRemoves] {
-        return pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", installs.get(), updates.get(),
-                            removes.get(), groupInstalls.get(), groupUpdates.get(), groupRemoves.get());
+    return carryOut([this, &lists] {
+        return pyMethodCall(yumIO.get(), "apply", "(O,O,O,O,O,O)", lists.installs.get(), lists.updates.get(),
+                            lists.removes.get(), lists.groupInstalls.get(), lists.groupUpdates.get(),
+                            lists.groupRemoves.get());
     });
+}
+
+bool YumIO::startTransaction(const QString& heading)
+{
+    log(Log::Action, 0, heading);
+    if (geteuid() != 0) {
+        error(tr("Must be run as root to apply changes"));
+        return false;
+    }
+    return true;
+}
+
+bool YumIO::addMarked(Package::Entry& entry, MarkedObjects& lists)
+{
+    const bool group = entry.kind == Package::Group;
+    switch (entry.txAction) {
+    case Package::Update:
+        return group ? addObject(lists.groupUpdates, entry.pyObject,
+                                 tr("Unable to add group %1 to grp_updates list"), entry.name)
+                     : addUpdate(entry, lists);
+    case Package::Install:
+        return group ? addObject(lists.groupInstalls, entry.pyObject,
+                                 tr("Unable to add group %1 to grp_installs list"), entry.name)
+                     : addObject(lists.installs, entry.pyObject,
+                                 tr("Unable to add package %1 to installs list"), entry.name);
+    case Package::Remove:
+        return group ? addObject(lists.groupRemoves, entry.pyObject,
+                                 tr("Unable to add group %1 to grp_removes list"), entry.name)
+                     : addRemoval(entry, lists);
+    case Package::None:
+        break;
+    }
+    return true;
+}
+
+bool YumIO::addUpdate(const Package::Entry& entry, MarkedObjects& lists)
+{
+    if (entry.next == nullptr) {
+        error(tr("Unable to find installed version for package update %1").arg(entry.name));
+        return false;
+    }
+    for (const Package::Entry* old = entry.next; old != nullptr; old = old->next) {
+        const PyRef pair(PyList_New(0));
+        if (!addObject(pair, entry.pyObject, tr("Unable to add new package to pair for updated package %1"),
+                       entry.name) ||
+            !addObject(pair, old->pyObject, tr("Unable to add old package to pair for updated package %1"),
+                       entry.name) ||
+            !addObject(lists.updates, pair.get(), tr("Unable to add package %1 to updates list"),
+                       entry.name)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool YumIO::addRemoval(Package::Entry& entry, MarkedObjects& lists)
+{
+    for (const Package::Entry* old = installedEntry(&entry); old != nullptr; old = old->next) {
+        if (!old->excluded && !addObject(lists.removes, old->pyObject,
+                                         tr("Unable to add package %1 to removes list"), entry.name)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool YumIO::addObject(const PyRef& list, PyObject* object, const QString& failure, const QString& name)
+{
+    if (object != nullptr && PyList_Append(list.get(), object) == 0) {
+        return true;
+    }
+    PyErr_Clear();
+    error(failure.arg(name));
+    return false;
 }
 
 void YumIO::startResolving()
@@ -655,9 +674,7 @@ bool YumIO::cleanType(const QString& label, const char* method)
 
 bool YumIO::cleanReal(const QString& label, const char* method)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     const QString heading = tr("Cleaning %1").arg(label);
     log(Log::Action, 0, heading);
     PyGILStateWrapper lock(true);

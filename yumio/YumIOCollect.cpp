@@ -8,8 +8,8 @@
 #include "services/Progress.h"
 #include "services/Unattended.h"
 #include "services/YumIOCapturers.h"
-#include "services/YumIODialogs.h"
 #include "yumio/EndSignals.h"
+#include "yumio/OperationScope.h"
 #include "yumio/WorkerThreads.h"
 
 namespace {
@@ -37,9 +37,7 @@ bool YumIO::stopCollection()
 
 bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     log(Log::Action, 0, tr("Initialization"));
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
@@ -51,22 +49,57 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
 
     progress->startTotal(tr("Initializing: Total Progress"), 18000);
     progress->startItem(tr("Preparing"), 100, 1);
-    if (!locked) {
-        ExceptScope scope(*this, {classes[LockError]});
-        const PyRef result(pyMethodCall(yumIO.get(), "lock", "()"));
-        if (pyExceptMatches(result.get(), classes[LockError])) {
-            pythonException(tr("Unable to obtain yum lock"));
-        }
-        if (!result) {
-            progress->reset();
-            return false;
-        }
-        locked = true;
-        // The result is the path of the lock file, if the script knows the path.
-        EndSignals::setLockFile(PyUnicode_Check(result.get()) ? pyString(result.get()).toUtf8().constData()
-                                                              : nullptr);
+    if (!lockPackages() || !readConfiguration(repoEnable) || Unattended::is()) {
+        return false;
     }
+    if (stopRequest.isRequested()) {
+        return stopCollection();
+    }
+    if (!readRepos(source)) {
+        return false;
+    }
+    // The remaining steps only compute, and take as long as another collection from the cache.
+    stopRequest.setStoppable(false);
+    progress->endItemActs();
+    basearch = getYumVar(QStringLiteral("basearch"));
+    if (!collectUpdates() || !collectInstalledAndAvailable()) {
+        return false;
+    }
+    phase = Idle;
+    if (!collectAllGroups()) {
+        return false;
+    }
+    const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
+    collectReplacements();
+    collectVersionLocks();
+    collectUpdateAdvisories();
+    records.publish();
+    return true;
+}
 
+bool YumIO::lockPackages()
+{
+    if (locked) {
+        return true;
+    }
+    ExceptScope scope(*this, {classes[LockError]});
+    const PyRef result(pyMethodCall(yumIO.get(), "lock", "()"));
+    if (pyExceptMatches(result.get(), classes[LockError])) {
+        pythonException(tr("Unable to obtain yum lock"));
+    }
+    if (!result) {
+        progress->reset();
+        return false;
+    }
+    locked = true;
+    // The result is the path of the lock file, if the script knows the path.
+    EndSignals::setLockFile(PyUnicode_Check(result.get()) ? pyString(result.get()).toUtf8().constData()
+                                                          : nullptr);
+    return true;
+}
+
+bool YumIO::readConfiguration(const QHash<QString, bool>& repoEnable)
+{
     {
         // The script now loads the package manager's plug-ins. They may print text, or start programs that
         // print text.
@@ -102,122 +135,117 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
                "configure repositories."));
         return false;
     }
+    return true;
+}
 
-    if (Unattended::is()) {
-        return false;
-    }
-    if (stopRequest.isRequested()) {
-        return stopCollection();
-    }
+bool YumIO::readRepos(Source source)
+{
     progress->startItem(tr("Reading repositories"), 900, 0);
     progress->setupItemActs(14000, enabledRepos.count());
+    ExceptScope scope(*this, {classes[RepoError], classes[BdbQuit]});
+    PyRef result;
     {
-        ExceptScope scope(*this, {classes[RepoError], classes[BdbQuit]});
-        PyRef result;
-        {
-            YumIOCapturersUser capturersUser(capturers, this);
-            const char* const method = source == Source::Cache ? "setupCachedRepos" : "setupRepos";
-            result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
-        }
-        if (stopRaised(result.get())) {
-            return stopCollection();
-        }
-        showRemarks();
-        if (pyExceptMatches(result.get(), classes[RepoError]) ||
-            pyExceptMatches(result.get(), classes[BdbQuit])) {
-            pythonExceptionV(tr("Unable to initialize"));
-        }
-        if (!result) {
-            progress->reset();
-            return false;
-        }
+        YumIOCapturersUser capturersUser(capturers, this);
+        const char* const method = source == Source::Cache ? "setupCachedRepos" : "setupRepos";
+        result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
     }
-    // The remaining steps only compute, and take as long as another collection from the cache.
-    stopRequest.setStoppable(false);
-    progress->endItemActs();
-    basearch = getYumVar(QStringLiteral("basearch"));
+    if (stopRaised(result.get())) {
+        return stopCollection();
+    }
+    showRemarks();
+    if (pyExceptMatches(result.get(), classes[RepoError]) ||
+        pyExceptMatches(result.get(), classes[BdbQuit])) {
+        pythonExceptionV(tr("Unable to initialize"));
+    }
+    if (!result) {
+        progress->reset();
+        return false;
+    }
+    return true;
+}
 
-    // Calls a method of the script and explains its failure to the user.
-    const auto collected = [this](const char* method, const QString& what, bool capture) {
-        if (Unattended::is() || stopRequest.isRequested()) {
-            return PyRef(); // no user can see the packages
+PyObject* YumIO::collected(const char* method, const QString& what, bool capture)
+{
+    if (Unattended::is() || stopRequest.isRequested()) {
+        return nullptr; // no user can see the packages
+    }
+    ExceptScope scope(*this);
+    commExceptSetup();
+    PyRef result;
+    if (capture) {
+        YumIOCapturersUser capturersUser(capturers, this);
+        result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
+    } else {
+        result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
+    }
+    if (!result) {
+        if (!stopRaised(nullptr) && !commExceptRaised(nullptr, what)) {
+            internalError(tr("Internal error: execution of yumIO.%1 failed").arg(QLatin1String(method)));
         }
-        ExceptScope scope(*this);
-        commExceptSetup();
-        PyRef result;
-        if (capture) {
-            YumIOCapturersUser capturersUser(capturers, this);
-            result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
-        } else {
-            result = PyRef(pyMethodCall(yumIO.get(), method, "()"));
-        }
-        if (!result) {
-            if (!stopRaised(nullptr) && !commExceptRaised(nullptr, what)) {
-                internalError(tr("Internal error: execution of yumIO.%1 failed").arg(QLatin1String(method)));
-            }
-            progress->reset();
-        }
-        return result;
-    };
+        progress->reset();
+    }
+    return result.release();
+}
 
+bool YumIO::collectUpdates()
+{
     progress->startItem(tr("Collecting updatable packages"), 1000, 0);
-    {
-        const PyRef updates = collected("collectUpdates", tr("collect updatable packages"), true);
-        if (!updates || !collectSet(updates.get(), Package::Updatable)) {
-            return false;
-        }
-        // If an update changes a package's architecture to or from "noarch", the update and the installed
-        // package may have different bi-arch classes. The installed packages of the old class then belong to
-        // the record of the update.
-        const auto key = [this](PyObject* pkg) {
-            return EntryKey(false, pyStringDec(attribute(pkg, NameAttribute)),
-                            getBiArch(pyStringDec(attribute(pkg, ArchAttribute))));
-        };
-        const PyRef pairs(PyObject_GetAttrString(yumIO.get(), "counterparts"));
-        const Py_ssize_t count = pairs && PyList_Check(pairs.get()) ? PyList_GET_SIZE(pairs.get()) : 0;
-        for (Py_ssize_t i = 0; i < count; ++i) {
-            PyObject* update = nullptr;
-            PyObject* installed = nullptr;
-            if (PyArg_ParseTuple(PyList_GET_ITEM(pairs.get(), i), "OO", &update, &installed) == 0) {
-                break;
-            }
-            if (Package::Entry* const entry = records.find(key(update))) {
-                records.addKey(key(installed), entry);
-            }
-        }
-        PyErr_Clear();
+    const PyRef updates(collected("collectUpdates", tr("collect updatable packages"), true));
+    if (!updates || !collectSet(updates.get(), Package::Updatable)) {
+        return false;
     }
+    addCounterparts();
+    return true;
+}
+
+// If an update changes a package's architecture to or from "noarch", the update and the installed package may
+// have different bi-arch classes. The installed packages of the old class then belong to the record of the
+// update.
+void YumIO::addCounterparts()
+{
+    const auto key = [this](PyObject* pkg) {
+        return EntryKey(false, pyStringDec(attribute(pkg, NameAttribute)),
+                        getBiArch(pyStringDec(attribute(pkg, ArchAttribute))));
+    };
+    const PyRef pairs(PyObject_GetAttrString(yumIO.get(), "counterparts"));
+    const Py_ssize_t count = pairs && PyList_Check(pairs.get()) ? PyList_GET_SIZE(pairs.get()) : 0;
+    for (Py_ssize_t i = 0; i < count; ++i) {
+        PyObject* update = nullptr;
+        PyObject* installed = nullptr;
+        if (PyArg_ParseTuple(PyList_GET_ITEM(pairs.get(), i), "OO", &update, &installed) == 0) {
+            break;
+        }
+        if (Package::Entry* const entry = records.find(key(update))) {
+            records.addKey(key(installed), entry);
+        }
+    }
+    PyErr_Clear();
+}
+
+bool YumIO::collectInstalledAndAvailable()
+{
     const QString collecting = tr("Collecting installed and available packages");
     progress->startItem(collecting, 200, 0);
-    {
-        const PyRef all = collected("collectAll", tr("collect installed and available packages"), true);
-        if (!all || !collectField(all.get(), "installed", Package::Installed) ||
-            !collectExcluded(all.get())) {
-            return false;
-        }
-        progress->startItem(collecting, 800, 0);
-        if (!collectField(all.get(), "available", Package::Available)) {
-            return false;
-        }
+    const PyRef all(collected("collectAll", tr("collect installed and available packages"), true));
+    if (!all || !collectField(all.get(), "installed", Package::Installed) || !collectExcluded(all.get())) {
+        return false;
     }
-    phase = Idle;
+    progress->startItem(collecting, 800, 0);
+    return collectField(all.get(), "available", Package::Available);
+}
+
+bool YumIO::collectAllGroups()
+{
     progress->startItem(tr("Collecting groups"), 1000, 0);
-    {
-        const PyRef groups = collected("collectGroups", tr("collect groups"), false);
-        showRemarks();
-        if (!groups) {
-            return false;
-        }
-        if (!collectGroups(groups.get())) {
-            progress->reset();
-            return false;
-        }
+    const PyRef groups(collected("collectGroups", tr("collect groups"), false));
+    showRemarks();
+    if (!groups) {
+        return false;
     }
-    const PyRef done(pyMethodCall(yumIO.get(), "collectDone", "()"));
-    collectReplacements();
-    collectVersionLocks();
-    collectUpdateAdvisories();
-    records.publish();
+    if (!collectGroups(groups.get())) {
+        progress->reset();
+        return false;
+    }
     return true;
 }
 

@@ -11,7 +11,7 @@
 #include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
-#include "services/YumIODialogs.h"
+#include "yumio/OperationScope.h"
 #include "yumio/WorkerThreads.h"
 
 namespace {
@@ -72,9 +72,7 @@ bool YumIO::collectOtherDataReal()
 bool YumIO::collectExtra(const QString& heading, const QString& dataName, const QString& totalText,
                          const char* method, const QString& what, bool& loaded)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     log(Log::Action, 0, heading);
     readingName = dataName;
     readingCount = 0;
@@ -199,9 +197,7 @@ void YumIO::loadChangeLog(const Package::Entry& entry)
 
 void YumIO::loadChangeLogReal(const Package::Entry& entry)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     PyGILStateWrapper lock(true);
     YumIOCapturersUser capturersUser(capturers, this);
     const PyRef items(PyObject_GetAttrString(entry.pyObject, "changelogs"));

@@ -11,7 +11,7 @@
 
 #include "python/CPython.h"
 #include "services/Progress.h"
-#include "services/YumIODialogs.h"
+#include "yumio/OperationScope.h"
 #include "yumio/WorkerThreads.h"
 
 bool YumIO::readHistory(HistoryRecords& found)
@@ -24,9 +24,7 @@ bool YumIO::readHistory(HistoryRecords& found)
 
 bool YumIO::readHistoryReal(HistoryRecords* found)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     PyGILStateWrapper lock(true);
     ExceptScope scope(*this);
     commExceptSetup();
@@ -74,9 +72,7 @@ QString YumIO::describeTransaction(qint64 number)
 
 QString YumIO::describeTransactionReal(qint64 number)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     PyGILStateWrapper lock(true);
     ExceptScope scope(*this);
     commExceptSetup();
@@ -116,12 +112,8 @@ bool YumIO::replay(Replay kind, qint64 number)
 
 bool YumIO::replayReal(Replay kind, qint64 number)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
-    log(Log::Action, 0, replayHeading(kind).arg(number));
-    if (geteuid() != 0) {
-        error(tr("Must be run as root to apply changes"));
+    OperationScope operationScope(*this);
+    if (!startTransaction(replayHeading(kind).arg(number))) {
         return false;
     }
     PyGILStateWrapper lock(true);

@@ -434,6 +434,34 @@ PyObject* YumIO::rpmtransDel(PyObject*, PyObject*)
     Py_RETURN_NONE;
 }
 
+YumIO::PackageStep YumIO::packageStep(long action, quint64 newWeight, quint64 oldSize)
+{
+    switch (action) {
+    case Transaction::Install:
+        return {tr("Installing %1"), newWeight};
+    case Transaction::Downgrade:
+        return {tr("Downgrading %1"), newWeight};
+    case Transaction::Downgraded:
+        return {tr("Completing downgrade of %1"), atLeast(oldSize / 5)};
+    case Transaction::Obsolete:
+        return {tr("Obsoleting %1"), newWeight};
+    case Transaction::Obsoleted:
+        return {tr("Obsoleting %1"), atLeast(oldSize)};
+    case Transaction::Upgrade:
+        return {tr("Upgrading %1"), newWeight};
+    case Transaction::Upgraded:
+        return {tr("Completing upgrade of %1"), atLeast(oldSize / 5)};
+    case Transaction::Remove:
+        return {tr("Removing %1"), atLeast(oldSize)};
+    case Transaction::Reinstall:
+        return {tr("Reinstalling %1"), newWeight};
+    case Transaction::Reinstalled:
+        return {tr("Completing reinstall of %1"), atLeast(oldSize / 5)};
+    default:
+        return {tr("Executing scriptlet for %1"), 0};
+    }
+}
+
 PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
 {
     PyObject* package = nullptr;
@@ -482,57 +510,10 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
     Package::Entry* entry = findPackage(name, pyStringDec(attribute(package, "arch")));
     // For a package without a record, the package object has the size.
     const quint64 ownSize = entry == nullptr ? sizeOf(package) : 0;
-    const quint64 newWeight = atLeast(3 * (entry != nullptr ? entry->size : ownSize));
-    const quint64 oldSize = entry != nullptr ? Records::installedSize(entry) : ownSize;
-    QString text;
-    quint64 weight = 0;
-    switch (action) {
-    case Transaction::Install:
-        text = tr("Installing %1");
-        weight = newWeight;
-        break;
-    case Transaction::Downgrade:
-        text = tr("Downgrading %1");
-        weight = newWeight;
-        break;
-    case Transaction::Downgraded:
-        text = tr("Completing downgrade of %1");
-        weight = atLeast(oldSize / 5);
-        break;
-    case Transaction::Obsolete:
-        text = tr("Obsoleting %1");
-        weight = newWeight;
-        break;
-    case Transaction::Obsoleted:
-        text = tr("Obsoleting %1");
-        weight = atLeast(oldSize);
-        break;
-    case Transaction::Upgrade:
-        text = tr("Upgrading %1");
-        weight = newWeight;
-        break;
-    case Transaction::Upgraded:
-        text = tr("Completing upgrade of %1");
-        weight = atLeast(oldSize / 5);
-        break;
-    case Transaction::Remove:
-        text = tr("Removing %1");
-        weight = atLeast(oldSize);
-        break;
-    case Transaction::Reinstall:
-        text = tr("Reinstalling %1");
-        weight = newWeight;
-        break;
-    case Transaction::Reinstalled:
-        text = tr("Completing reinstall of %1");
-        weight = atLeast(oldSize / 5);
-        break;
-    default:
-        text = tr("Executing scriptlet for %1");
-        break;
-    }
-    text = text.arg(name);
-    transaction.actCounter += weight;
+    const PackageStep step = packageStep(action, atLeast(3 * (entry != nullptr ? entry->size : ownSize)),
+                                         entry != nullptr ? Records::installedSize(entry) : ownSize);
+    const QString text = step.text.arg(name);
+    transaction.actCounter += step.weight;
     log(Log::Info, 1, text);
     transaction.lastTsDone = tsDone;
     transaction.lastAction = action;

@@ -9,8 +9,8 @@
 
 #include "python/CPython.h"
 #include "services/Progress.h"
-#include "services/YumIODialogs.h"
 #include "yumio/Metadata.h"
+#include "yumio/OperationScope.h"
 #include "yumio/WorkerThreads.h"
 
 namespace {
@@ -102,9 +102,7 @@ bool YumIO::anySearchText(const Package::Entry& entry, const std::function<bool(
 
 void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     log(Log::Action, 0, tr("Collecting Texts to Search"));
     PyGILStateWrapper lock(true);
     const auto steps = static_cast<Steps>(wanted.count());

@@ -7,7 +7,7 @@
 #include "python/CPython.h"
 #include "services/Progress.h"
 #include "services/YumIOCapturers.h"
-#include "services/YumIODialogs.h"
+#include "yumio/OperationScope.h"
 #include "yumio/WorkerThreads.h"
 
 bool YumIO::changeVersionLocks(const QVector<Package::Entry*>& entries, bool lockThem)
@@ -20,9 +20,7 @@ bool YumIO::changeVersionLocks(const QVector<Package::Entry*>& entries, bool loc
 
 bool YumIO::changeVersionLocksReal(const QVector<Package::Entry*>& entries, bool lockThem)
 {
-    blocker.block();
-    Progress::User progressUser(progress, totalBar, itemBar);
-    YumIODialogsUser dialogsUser(dialogs, parent);
+    OperationScope operationScope(*this);
     const QString heading = lockThem ? tr("Locking Versions") : tr("Unlocking Versions");
     log(Log::Action, 0, heading);
     PyGILStateWrapper lock(true);
