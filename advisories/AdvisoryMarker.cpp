@@ -2,6 +2,8 @@
 
 #include "advisories/AdvisoryMarker.h"
 
+#include <QSet>
+
 #include "yumio/YumIO.h"
 
 QString AdvisoryMarker::described(const Advisory::Package& package)
@@ -38,6 +40,7 @@ QString AdvisoryMarker::refusal(const YumIO& yumIO, const Package::Entry* entry)
 AdvisoryMarker::Found AdvisoryMarker::find(YumIO& yumIO, const QVector<Advisory>& advisories)
 {
     Found found;
+    QSet<QString> known;
     for (const Advisory& advisory : advisories) {
         for (const Advisory::Package& package : advisory.packages) {
             QString line;
@@ -51,7 +54,8 @@ AdvisoryMarker::Found AdvisoryMarker::find(YumIO& yumIO, const QVector<Advisory>
             } else if (package.obstacle != Advisory::IsInstalled) {
                 line = described(package);
             }
-            if (!line.isEmpty() && !found.refusals.contains(line)) {
+            if (!line.isEmpty() && !known.contains(line)) {
+                known.insert(line);
                 found.refusals.append(line);
             }
         }

@@ -343,7 +343,6 @@ void MainWindow::setReady(bool ready)
     }
     QEventLoop().processEvents(QEventLoop::ExcludeUserInputEvents);
     if (ready && closeWanted && !quitting()) {
-        closeWanted = false;
         // The functions of the operation must return before the window closes.
         QTimer::singleShot(0, this, SLOT(close()));
     }
@@ -484,11 +483,14 @@ void MainWindow::showHistory()
         history = new HistoryDialog(yumIO, this);
         new WindowSizeKeeper(QStringLiteral("History"), history);
     }
-    history->setRefusal(collectFailed
-                            ? tr("VYRE cannot undo transactions, because it could not read the packages.")
-                            : QString());
     // If the operation is refused or fails, the user sees the history window again.
-    while (!quitting() && history->exec() == QDialog::Accepted) {
+    while (!quitting() && !closeWanted) {
+        history->setRefusal(collectFailed
+                                ? tr("VYRE cannot undo transactions, because it could not read the packages.")
+                                : QString());
+        if (history->exec() != QDialog::Accepted || quitting()) {
+            return;
+        }
         const Replay kind = history->wantedReplay();
         const qint64 number = history->wantedNumber();
         if (carryOut([this, kind, number] { return yumIO->replay(kind, number); }, AllMarks)) {
@@ -630,6 +632,7 @@ void MainWindow::finish(bool displayIsThere)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    closeWanted = false;
     if (!quitting() && yumIO->isWorking()) {
         closeLater();
         event->ignore();
@@ -652,6 +655,11 @@ void MainWindow::displayLog()
 
 void MainWindow::displayAdvisories()
 {
+    if (collectFailed) {
+        // Without the packages, no advisory would seem to concern this system.
+        warnAndNotice(tr("VYRE cannot show advisories, because it could not read the packages."));
+        return;
+    }
     setReady(false);
     const int before = loggedEntries();
     const bool shown = yumIO->collectAdvisories() && !closeWanted;

@@ -43,6 +43,8 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
 #endif
     details->setAccessibleName(tr("Details of the transaction"));
     list->setDetails(details);
+    // The buttons act on the current row, so no other row may stand out.
+    list->tableView()->setSelectionMode(QAbstractItemView::SingleSelection);
     model->setBackground(list->tableView()->palette().color(QPalette::Base));
     connect(list, SIGNAL(currentChanged(int)), this, SLOT(currentChanged()));
     describeTimer.setSingleShot(true);
@@ -83,15 +85,9 @@ void HistoryDialog::showEvent(QShowEvent* event)
 
 void HistoryDialog::load()
 {
-    if (working || !isVisible()) {
+    if (working || !isVisible() || yumIO == nullptr) {
         return;
     }
-    fault = yumIO->replayFault();
-    if (fault.isEmpty()) {
-        fault = refusal;
-    }
-    faultLabel->setText(fault);
-    faultLabel->setVisible(!fault.isEmpty());
     known.clear();
     const int row = list->currentRow();
     const qint64 before = row >= 0 ? model->record(row).number : 0;
@@ -104,6 +100,12 @@ void HistoryDialog::load()
         const QScopedValueRollback<bool> guard(working, true);
         read = yumIO->readHistory(records);
     }
+    fault = yumIO->replayFault();
+    if (fault.isEmpty()) {
+        fault = refusal;
+    }
+    faultLabel->setText(fault);
+    faultLabel->setVisible(!fault.isEmpty());
     list->setEmptyText(read
                            ? tr("The history has no transactions.")
                            : tr("The history could not be read.\nThe Log window (Ctrl+L) shows the reason."));
@@ -141,7 +143,7 @@ void HistoryDialog::currentChanged()
 void HistoryDialog::describe()
 {
     const int row = list->currentRow();
-    if (row < 0 || !isVisible()) {
+    if (row < 0 || !isVisible() || yumIO == nullptr) {
         return;
     }
     if (working) {

@@ -14,6 +14,7 @@
 
 #include <QDialog>
 #include <QHash>
+#include <QPointer>
 #include <QTimer>
 
 #include "yumio/HistoryRecord.h"
@@ -61,7 +62,7 @@ private:
     void updateButtons();
     void showDetails(const QString& text);
 
-    YumIO* yumIO;
+    QPointer<YumIO> yumIO; // null after the program has begun to end
     HistoryModel* model;
     FilteredList* list;
     HTextEdit* details;

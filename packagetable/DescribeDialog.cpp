@@ -6,7 +6,9 @@
 
 #include <QCloseEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -73,6 +75,18 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     closeButton->setFocus();
     layout()->activate(); // without this call, the size hint would fit the previous content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
+}
+
+void Dialog::keyPressEvent(QKeyEvent* event)
+{
+    // The focus is on a button at first, but the user wants to read. The outermost text that does not fit
+    // scrolls.
+    for (HScrollArea* area : findChildren<HScrollArea*>()) {
+        if (area->verticalScrollBar()->maximum() > 0 && area->scrollByKey(event)) {
+            return;
+        }
+    }
+    QDialog::keyPressEvent(event);
 }
 
 void Dialog::clear()

@@ -49,6 +49,7 @@ public Q_SLOTS:
     void done(int result) override;
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:

@@ -2,6 +2,7 @@
 
 #include "packagetable/View.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QFontMetricsF>
 #include <QHeaderView>
@@ -297,6 +298,39 @@ void View::keyPressEvent(QKeyEvent* event)
         return;
     }
     HTableView::keyPressEvent(event);
+}
+
+void View::mousePressEvent(QMouseEvent* event)
+{
+    const QModelIndex index = indexAt(event->pos());
+    if (event->button() == Qt::LeftButton && index.column() == ActionColumn) {
+        const bool quick = sincePress.isValid() &&
+                           sincePress.elapsed() < QApplication::doubleClickInterval() &&
+                           (event->pos() - pressedAt).manhattanLength() < QApplication::startDragDistance();
+        sincePress.start();
+        pressedAt = event->pos();
+        const QModelIndex record = proxy->mapToSource(index);
+        if (quick && pressedRecord.isValid() && pressedRecord != record) {
+            // The click before has moved its row, because the rows are sorted by their actions. The user
+            // means that row, not the one that has come under the pointer.
+            handleActivated(proxy->mapFromSource(pressedRecord));
+            pressIsHandled = true;
+            return;
+        }
+        pressedRecord = record;
+    }
+    pressIsHandled = false;
+    HTableView::mousePressEvent(event);
+}
+
+void View::mouseReleaseEvent(QMouseEvent* event)
+{
+    // The base class would count the release as a click if the row of an earlier press is under the pointer
+    // again.
+    if (!pressIsHandled) {
+        HTableView::mouseReleaseEvent(event);
+    }
+    pressIsHandled = false;
 }
 
 void View::mouseDoubleClickEvent(QMouseEvent* event)

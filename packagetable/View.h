@@ -11,7 +11,10 @@
 
 #include <memory>
 
+#include <QElapsedTimer>
 #include <QList>
+#include <QPersistentModelIndex>
+#include <QPoint>
 #include <QString>
 #include <QVector>
 
@@ -73,6 +76,8 @@ Q_SIGNALS:
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void changeEvent(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     // The Enter key opens the description of the package in the current row. The space key changes the action
@@ -87,11 +92,16 @@ private:
 
     Model* model;
     SortFilterProxyModel* proxy;
-    int currentRow;                // the row of the last signal
-    bool fittingRecords;           // true while columns are fitted to all records, not only to listed records
-    ActionContextMenu* actionMenu; // null before the first use
-    OtherContextMenu* otherMenu;   // null before the first use
-    QVector<int> fittedWidths;     // by column, in pixels; empty before the first fit
+    int currentRow;      // the row of the last signal
+    bool fittingRecords; // true while columns are fitted to all records, not only to listed records
+    // The last click on a cell of the Action column.
+    QPersistentModelIndex pressedRecord; // an index of the model, not of the proxy
+    QPoint pressedAt;
+    QElapsedTimer sincePress;
+    bool pressIsHandled = false;                          // the current press is already counted
+    ActionContextMenu* actionMenu;                        // null before the first use
+    OtherContextMenu* otherMenu;                          // null before the first use
+    QVector<int> fittedWidths;                            // by column, in pixels; empty before the first fit
     mutable std::unique_ptr<WidthEstimate> widthEstimate; // uses the font of the last fit
 };
 

@@ -1052,6 +1052,10 @@ Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
         <source>Ctrl+H</source>
         <translation>Ctrl+H</translation>
     </message>
+    <message>
+        <source>VYRE cannot show advisories, because it could not read the packages.</source>
+        <translation>VYRE kann keine Aktualisierungshinweise zeigen, weil es die Pakete nicht lesen konnte.</translation>
+    </message>
 </context>
 <context>
     <name>Manuals</name>

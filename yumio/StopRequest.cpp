@@ -69,7 +69,11 @@ void StopRequest::begin(bool stoppable)
 void StopRequest::end()
 {
     repetition.stop();
-    change([this] { running = false; });
+    requestedBefore = requested;
+    change([this] {
+        running = false;
+        requested = false;
+    });
 }
 
 bool StopRequest::request()

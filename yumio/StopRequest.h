@@ -36,8 +36,11 @@ public:
     void end();
     // Returns false if no operation runs, or if the operation can no longer be stopped.
     bool request();
-    // After a request, returns true until the next begin().
+    // Returns whether the running operation must stop.
     bool isRequested() const { return requested; }
+    // Returns whether the user has requested a stop of the last operation that has ended. Only the graphical
+    // thread may call it.
+    bool wasRequested() const { return requestedBefore; }
     // Sets whether a request has an effect from now on.
     void setStoppable(bool stoppable);
     // Sets whether the operation is waiting for another program. A request ends this wait.
@@ -66,6 +69,7 @@ private:
     bool waiting = false;
     bool refused = false;
     std::atomic<bool> requested{false}; // written under the mutex
+    bool requestedBefore = false;       // only the graphical thread uses it
     QTimer repetition;                  // only the graphical thread uses it
 };
 

@@ -156,8 +156,9 @@ public:
     // Returns all details of a transaction as plain text. On failure, reports an error and returns an empty
     // string.
     QString describeTransaction(qint64 number);
-    // Returns the reason why no transaction can be undone or repeated now, or an empty string.
-    QString replayFault();
+    // Returns the reason why no transaction can be undone or repeated now, or an empty string. Call
+    // readHistory() first.
+    QString replayFault() const;
     // Undoes or repeats a recorded transaction. Everything else is as in apply(), but the marks of the
     // records are ignored.
     bool replay(Replay kind, qint64 number);
@@ -571,7 +572,8 @@ private:
     QHash<QString, QString> biArchByArch; // the script's answers to getBiArch()
     bool clearing = false;                // the records are being deleted; for diagnostics only
     QThread* worker = nullptr;            // null if no worker runs
-    bool blockerHeld = false;             // the worker waits for blockerRelease()
+    QString missingForReplay; // what the package manager lacks to undo transactions; usually empty
+    bool blockerHeld = false; // the worker waits for blockerRelease()
     std::atomic<bool> changingSystem{false};
     StopRequest stopRequest;
     bool stopped = false;    // the user stopped the last operation

@@ -17,6 +17,18 @@ namespace {
 // After this number of packages, the collection shows its progress and checks whether it must stop.
 constexpr Steps packagesAtOnce = 256;
 
+// A question about a repository shows at most this number of lines. A repository can have a hundred mirrors,
+// and a question cannot scroll.
+constexpr int mostLines = 12;
+
+QString firstLines(const QString& text)
+{
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    return lines.count() <= mostLines
+               ? text
+               : lines.mid(0, mostLines).join(QLatin1Char('\n')) + QLatin1String("\n...");
+}
+
 } // namespace
 
 bool YumIO::collect(const QHash<QString, bool>& repoEnable, Source source)
@@ -302,13 +314,16 @@ PyObject* YumIO::goOnWithout(PyObject* capsule, PyObject* args)
     enum Answer { Yes = 0, No = 1, YesToAll = 2 };
     int answer = Yes;
     if (!yumIO->allUnwanted) {
+        if (fault.count(QLatin1Char('\n')) >= mostLines) {
+            yumIO->log(Log::Info, 0, fault);
+        }
         if (yumIO->progress != nullptr) {
             yumIO->progress->changeItemActivity(tr("Reading repositories"));
             yumIO->progress->changeItemActSteps(0, 1);
         }
         const QString question =
             tr("The repository %1 cannot be read:\n%2\n\nGo on without it for this session?")
-                .arg(repository, Log::withoutPasswords(fault));
+                .arg(repository, firstLines(Log::withoutPasswords(fault)));
         answer = yumIO->dialogs->warning(tr("Repositories"), question, tr("Yes"), tr("No"),
                                          others > 0 ? tr("Yes to &All") : QString(), No, No);
     }

@@ -27,6 +27,12 @@ bool YumIO::readHistoryReal(HistoryRecords* found)
     OperationScope operationScope(*this);
     PyGILStateWrapper lock(true);
     ExceptScope scope(*this);
+    {
+        // The answer imports a part of the package manager, for which the graphical thread must not wait.
+        const PyRef missing(pyMethodCall(yumIO.get(), "lacksReplay", "()"));
+        PyErr_Clear();
+        missingForReplay = missing ? pyString(missing.get()) : QString();
+    }
     commExceptSetup();
     const PyRef result(pyMethodCall(yumIO.get(), "transactions", "()"));
     if (!result || PyList_Check(result.get()) == 0) {
@@ -85,15 +91,9 @@ QString YumIO::describeTransactionReal(qint64 number)
     return pyString(result.get());
 }
 
-QString YumIO::replayFault()
+QString YumIO::replayFault() const
 {
-    if (geteuid() != 0) {
-        return tr("Only root can undo or repeat transactions.");
-    }
-    PyGILStateWrapper lock(true);
-    const PyRef fault(pyMethodCall(yumIO.get(), "lacksReplay", "()"));
-    PyErr_Clear();
-    return fault ? pyString(fault.get()) : QString();
+    return geteuid() != 0 ? tr("Only root can undo or repeat transactions.") : missingForReplay;
 }
 
 bool YumIO::replay(Replay kind, qint64 number)

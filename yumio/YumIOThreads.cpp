@@ -60,7 +60,7 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable)
 
 bool YumIO::outcome(bool done)
 {
-    stopped = !done && stopRequest.isRequested();
+    stopped = !done && stopRequest.wasRequested();
     if (stopped) {
         log(Log::Action, 0, tr("Stopped."));
     }

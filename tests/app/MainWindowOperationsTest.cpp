@@ -60,6 +60,7 @@ private Q_SLOTS:
     void undoingATransactionReadsThePackagesAgainAndKeepsTheMarks();
     void refusingAnUndoShowsTheHistoryAgain();
     void nothingCanBeUndoneIfThePackagesCouldNotBeRead();
+    void advisoriesAreNotShownIfThePackagesCouldNotBeRead();
 };
 
 void MainWindowOperationsTest::controlsAreDisabledWhileAWorkerRuns()
@@ -634,6 +635,23 @@ void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
                             QCOMPARE(buttonIn(&history, "&Undo This")->toolTip(), reason);
                             QVERIFY(!buttonIn(&history, "&Undo This")->isEnabled());
                         }));
+}
+
+void MainWindowOperationsTest::advisoriesAreNotShownIfThePackagesCouldNotBeRead()
+{
+    standIn->setUnreadable(true);
+    {
+        const Answers answers("OK");
+        shown->window->show();
+        QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
+    }
+    shown->window->activateWindow();
+    QTRY_VERIFY(QApplication::activeWindow() == shown->window);
+    shown->key(Qt::Key_D, Qt::ControlModifier);
+    QVERIFY(QApplication::activeModalWidget() == nullptr);
+    shown->action("&Windows", "&Log")->trigger();
+    QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains(
+        "VYRE cannot show advisories, because it could not read the packages."));
 }
 
 int main(int argc, char** argv)

@@ -4,6 +4,7 @@
 #include <QtWidgets>
 
 #include "app/StopButton.h"
+#include "history/HistoryDialog.h"
 #include "repo/RepoEditorDialog.h"
 #include "repo/RepoEditorModel.h"
 #include "tests/app/EachAlone.h"
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void aStopWhileTheProgramStartsListsThePackagesInTheCache();
     void aClosingRequestStopsTheOperation();
     void quittingStopsTheOperation();
+    void closingDuringAnUndoDoesNotShowTheHistoryAgain();
     void theButtonIsDisabledIfNoOperationRuns();
     void failingRepositoriesAreSwitchedOffInTheSession();
     void oneAnswerIsEnoughForAllFailingRepositories();
@@ -136,6 +138,29 @@ void MainWindowStopTest::quittingStopsTheOperation()
                     });
     QCOMPARE(runToTheEnd([this] { shown->press("Re&fresh"); }), 0);
     QVERIFY(!shown->window->isVisible());
+}
+
+void MainWindowStopTest::closingDuringAnUndoDoesNotShowTheHistoryAgain()
+{
+    shown->start();
+    int histories = 0;
+    QTimer timer;
+    connect(&timer, &QTimer::timeout, this, [this, &histories] {
+        auto* history = qobject_cast<HistoryDialog*>(QApplication::activeModalWidget());
+        if (history != nullptr && !history->findChild<QTextEdit*>()->toPlainText().isEmpty()) {
+            ++histories;
+            standIn->setHeld(true);
+            buttonIn(history, "&Undo This")->click();
+        }
+    });
+    timer.start(50);
+    const Once once([this] { return button()->isEnabled() && standIn->calls("replay undo 3") > 0; },
+                    [this] { shown->window->close(); });
+    QCOMPARE(runToTheEnd([this] { shown->key(Qt::Key_H, Qt::ControlModifier); }), 0);
+    QVERIFY(once.isDone());
+    QVERIFY(!shown->window->isVisible());
+    QTest::qWait(100); // a history that is shown again would use the ended back end now
+    QCOMPARE(histories, 1);
 }
 
 void MainWindowStopTest::theButtonIsDisabledIfNoOperationRuns()

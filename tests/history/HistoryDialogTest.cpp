@@ -31,6 +31,7 @@ private Q_SLOTS:
     void theExpressionFindsTransactionsByTheirPackages();
     void eachButtonReturnsItsCommandAndTheCurrentTransaction_data();
     void eachButtonReturnsItsCommandAndTheCurrentTransaction();
+    void onlyTheCurrentTransactionIsSelected();
     void laterTransactionsCannotBeUndoneIfTheNewestIsCurrent();
     void aRefusalDisablesTheCommandsAndShowsItsReason();
     void anUnreadableHistoryCausesAMessage();
@@ -222,6 +223,23 @@ void HistoryDialogTest::eachButtonReturnsItsCommandAndTheCurrentTransaction()
     QCOMPARE(int(dialog->wantedReplay()), kind);
     QCOMPARE(dialog->wantedNumber(), qint64(2));
     QVERIFY(!dialog->isVisible());
+}
+
+void HistoryDialogTest::onlyTheCurrentTransactionIsSelected()
+{
+    show();
+    const auto selected = [this] {
+        QList<int> rows;
+        for (const QModelIndex& index : table()->selectionModel()->selectedRows()) {
+            rows << index.row();
+        }
+        return rows;
+    };
+    QTest::keyClick(table(), Qt::Key_Down, Qt::ShiftModifier);
+    QCOMPARE(table()->currentIndex().row(), 1);
+    QCOMPARE(selected(), QList<int>{1});
+    QTest::keyClick(table(), Qt::Key_A, Qt::ControlModifier);
+    QCOMPARE(selected(), QList<int>{1});
 }
 
 void HistoryDialogTest::laterTransactionsCannotBeUndoneIfTheNewestIsCurrent()

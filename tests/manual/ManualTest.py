@@ -35,7 +35,7 @@ COMPLETING = {('commExceptRaised', 1), ('collected', 1), ('collectExtra', 4), ('
 # Functions whose arguments are messages, entries of the log, texts of the bars, or texts in an empty table.
 REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExceptionV', 'payloadError',
              'badArguments', 'badPhase', 'critical', 'showCritical', 'QMessageBox', 'HMessageBox', 'append',
-             'showBox', 'leaveAlone', 'setEmptyText', 'setRefusal', 'log', 'showNotice',
+             'addObject', 'showBox', 'leaveAlone', 'setEmptyText', 'setRefusal', 'log', 'showNotice',
              'warnAndNotice', 'report',
              'startTotal', 'startItem', 'startItemAct', 'startItemActThread', 'setupItemActsThreads',
              'collectExtra'}

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void linesAreNotWrappedIfTheScreenIsWideEnough();
     void aDescriptionOfManyVersionsFitsTheScreen();
     void thousandsOfDependenciesAreShown();
+    void keysScrollALongDescription();
     void aShownDialogCallsTheScriptNoMore();
     void theCloseButtonClosesTheDialog();
     void escapeClosesTheDialog();
@@ -149,6 +150,27 @@ void DescribeDialogTest::thousandsOfDependenciesAreShown()
         const QLabel* value = valueOf(area, "Provides");
         QCOMPARE(value->text().count('\n'), 19999);
         QVERIFY(value->height() >= 20000 * value->fontMetrics().height());
+    });
+}
+
+void DescribeDialogTest::keysScrollALongDescription()
+{
+    QJsonArray names;
+    for (int i = 0; i < 500; ++i) {
+        names.append(QStringLiteral("symbol_%1").arg(i));
+    }
+    available({{"provides", names}});
+    describe("it", [](Dialog& shown) {
+        const QScrollBar* bar = areasOf(shown).first()->verticalScrollBar();
+        QTRY_VERIFY(bar->maximum() > 0);
+        QVERIFY(buttonNamed(shown, "Close")->hasFocus());
+        QTest::keyClick(shown.windowHandle(), Qt::Key_End);
+        QCOMPARE(bar->value(), bar->maximum());
+        QTest::keyClick(shown.windowHandle(), Qt::Key_Home, Qt::ControlModifier);
+        QCOMPARE(bar->value(), 0);
+        QTest::keyClick(shown.windowHandle(), Qt::Key_PageDown);
+        QCOMPARE(bar->value(), bar->pageStep());
+        QVERIFY(shown.isVisible());
     });
 }
 

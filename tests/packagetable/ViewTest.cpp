@@ -78,6 +78,7 @@ private Q_SLOTS:
     void twoClicksDescribeTheRow();
     void eachOfSeveralQuickClicksOnTheActionCounts_data();
     void eachOfSeveralQuickClicksOnTheActionCounts();
+    void quickClicksActOnTheRowOfTheFirstClick();
     void firstAndLastRowAreReachedByKeys();
     void theFocusAloneMakesNoRowCurrent();
     void eachMenuIsMadeOnlyOnce();
@@ -705,6 +706,24 @@ void ViewTest::eachOfSeveralQuickClicksOnTheActionCounts()
     QVERIFY(view->findChildren<Describe::Dialog*>().isEmpty());
     QCOMPARE(int(table->entry("tool").action), action);
     QCOMPARE(changed.count(), clicks);
+}
+
+void ViewTest::quickClicksActOnTheRowOfTheFirstClick()
+{
+    // The first click changes the order of the rows, so another row comes under the pointer.
+    shown->proxy.sort(ActionColumn);
+    QTest::qWait(50); // the view shows the new order
+    const QPoint inView = shown->place("tool", ActionColumn);
+    const QPoint place = view->viewport()->mapTo(&shown->window, inView);
+    QSignalSpy changed(view, SIGNAL(stateChanged(int)));
+    for (const Package::Action action : {Package::Update, Package::Remove, Package::None, Package::Update}) {
+        QTest::mousePress(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+        QTest::mouseRelease(shown->window.windowHandle(), Qt::LeftButton, Qt::NoModifier, place);
+        QCOMPARE(table->entry("tool").action, action);
+    }
+    QCOMPARE(changed.count(), 4); // no other row has changed
+    const QModelIndex under = view->indexAt(inView);
+    QVERIFY(under.sibling(under.row(), NameColumn).data().toString() != "tool");
 }
 
 void ViewTest::firstAndLastRowAreReachedByKeys()

@@ -285,6 +285,25 @@ class WaitTest(ScenarioTest):
         self.assert_no_faults()
 
     @in_own_process
+    def test_metadata_in_the_cache_are_read_without_a_wait(self):
+        self.load()
+        self.yumio.lock()
+        self.collect()
+        before = [str(package) for package in self.available + self.installed + self.updates]
+        self.yumio.reset()
+        self.hold("metadata")
+        self.set_wait(lambda: self.fail("The script waits."))
+        setup, self.yumio.setupRepos = self.yumio.setupRepos, self.yumio.setupCachedRepos
+        self.collect()
+        self.yumio.setupRepos = setup
+        self.assertEqual([str(package) for package in self.available + self.installed + self.updates], before)
+        self.assertEqual(self.shown, [])
+        # The other process still has its lock.
+        with open(self.lock_file("metadata")) as stream:
+            self.assertEqual(stream.read(), str(self.holder.pid))
+        self.assert_no_faults()
+
+    @in_own_process
     def test_downloads_wait_for_the_lock_of_another_process(self):
         self.started()
         self.hold("download")

@@ -143,6 +143,14 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.content(), "!abacus-cli-0:3.3.0-2.*\n")
 
     @in_own_process
+    def test_unlocking_a_name_keeps_the_lines_that_exclude_its_versions(self):
+        self.write_locks("abacus-cli", "!abacus-cli-0:3.3.0-2.*")
+        self.started()
+        self.assertEqual(self.locked(), {"abacus-cli": "abacus-cli"})
+        self.yumio.unlockVersions(self.rows("abacus-cli"))
+        self.assertEqual(self.content(), "!abacus-cli-0:3.3.0-2.*\n")
+
+    @in_own_process
     def test_a_line_with_a_pattern_locks_all_its_packages(self):
         self.write_locks("amberfont-*", "quillbase")
         self.started()

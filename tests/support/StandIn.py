@@ -244,8 +244,9 @@ class YumIO:
         return 'Not with this version.' if os.path.exists(os.path.join(SHARE, 'noreplay')) else ''
 
     def replay(self, kind, number):
-        """Record the transaction, ask for confirmation, and begin the change."""
+        """Record the transaction, ask for confirmation, and begin the change; while held, this waits."""
         note('replay {} {}'.format(kind, number))
+        self.wait()
         yumIOC.listTransaction(None, [])
         if yumIOC.userconfirm():
             yumIOC.rpmtransInit(False)

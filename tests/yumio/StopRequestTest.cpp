@@ -20,7 +20,7 @@ private Q_SLOTS:
         QVERIFY(!stop.isRequested());
     }
 
-    void aRequestLastsUntilTheNextOperation()
+    void aRequestEndsWithItsOperation()
     {
         StopRequest stop;
         QSignalSpy changes(&stop, SIGNAL(changed()));
@@ -30,13 +30,17 @@ private Q_SLOTS:
         QVERIFY(stop.request());
         QCOMPARE(stop.state(), State::Requested);
         QVERIFY(stop.isRequested());
+        QVERIFY(!stop.wasRequested());
         stop.end();
         QCOMPARE(stop.state(), State::Idle);
-        QVERIFY(stop.isRequested());
+        QVERIFY(!stop.isRequested());
+        QVERIFY(stop.wasRequested());
         stop.begin(true);
         QVERIFY(!stop.isRequested());
         QCOMPARE(stop.state(), State::Possible);
         QCOMPARE(changes.count(), 4);
+        stop.end();
+        QVERIFY(!stop.wasRequested());
     }
 
     void aRequestIsAcceptedEvenIfTheCurrentStepCannotBeStopped()

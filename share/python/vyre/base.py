@@ -22,6 +22,7 @@ import rpm
 from . import groups, program
 from .advisories import AdvisoryIndex
 from .configfiles import RepositoryReader
+from .locks import withoutWaitForMetadata
 from .metadata import documentPath, metadataFault, modulesFault
 from .output import Overheard, passable, showActivity, showReading
 from .packages import HeaderMemo, OtherData
@@ -219,7 +220,9 @@ class Base(dnf.Base):
         try:
             for repo, _ in strategies:
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
-            self.fill_sack()
+            # The user may have stopped a wait for this lock, and must not have to stop the same wait again.
+            with withoutWaitForMetadata():
+                self.fill_sack()
         finally:
             self.onlyCache = False
             for repo, strategy in strategies:

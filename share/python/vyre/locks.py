@@ -4,6 +4,7 @@
 Workers take the locks. The program holds the first lock for its whole life; the graphical thread releases it.
 """
 
+import contextlib
 import errno
 import fcntl
 import logging
@@ -317,6 +318,40 @@ class WaitingLock(dnf.lock.ProcessLock):
             return tr('another program')
         name = nameOfProcess(number)
         return tr('process {}').format(number) if name == '?' else '{} ({})'.format(name, number)
+
+
+class OptionalLock(WaitingLock):
+    """A lock on the cache for readers: if another process holds the lock, the reader goes on without it."""
+
+    def __enter__(self):
+        self._held = False
+        dnf.util.ensure_dir(os.path.dirname(self.target))
+        self._lock_thread()
+        try:
+            self._held = self._try_lock(os.getpid()) == os.getpid()
+        except BaseException:
+            self._unlock_thread()
+            raise
+
+    def __exit__(self, *unused):
+        if self._held:
+            super(OptionalLock, self).__exit__(*unused)
+        else:
+            self._unlock_thread()
+
+
+@contextlib.contextmanager
+def withoutWaitForMetadata():
+    """Within this scope, dnf reads the metadata in the cache even if another process holds the lock on them. That
+    process replaces whole files, so the metadata stay readable.
+    """
+    build = dnf.lock.build_metadata_lock
+    dnf.lock.build_metadata_lock = lambda cachedir, exit_on_lock: OptionalLock(
+        buildMetadataLock(cachedir, exit_on_lock).target, 'metadata')
+    try:
+        yield
+    finally:
+        dnf.lock.build_metadata_lock = build
 
 
 def awaitLock(text, first=False):

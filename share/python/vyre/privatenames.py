@@ -68,7 +68,7 @@ NEW_NAMES = ('_persistence',)
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
 
 # The names in the versionlock plug-in that the script uses. If one is missing, the program offers no version locks.
-VERSIONLOCK_NAMES = ('VersionLockCommand', '_read_locklist', 'locklist_fn')
+VERSIONLOCK_NAMES = ('VersionLockCommand', '_match', '_read_locklist', 'locklist_fn')
 
 # The private names that the script needs to undo or repeat a recorded transaction. Versions before 4.4 lack them.
 REPLAY_NAMES = ('_hcmd_redo', '_hcmd_rollback', '_hcmd_undo')

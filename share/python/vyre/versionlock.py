@@ -99,7 +99,8 @@ def unlockVersions(base, packages):
     removed = sorted(line for line, names in lines.items() if names <= wanted)
     kept = sorted(set(lines) - set(removed))
     if removed:
-        runCommand(base, module, 'delete', removed)
+        with onlyWholeLines(module):
+            runCommand(base, module, 'delete', removed)
     if kept:
         raise dnf.exceptions.Error(
             tr('These packages are still locked: {}\n'
@@ -125,6 +126,19 @@ def runCommand(base, module, subcommand, specs):
         command.run()
     except OSError as e:
         raise dnf.exceptions.Error(str(e))
+
+
+@contextlib.contextmanager
+def onlyWholeLines(module):
+    """Within this scope, the plug-in's command changes only lines that are equal to its arguments. Otherwise the name
+    of a package also matches the lines that exclude its versions.
+    """
+    match = module._match
+    module._match = lambda line, specs: line in specs
+    try:
+        yield
+    finally:
+        module._match = match
 
 
 @contextlib.contextmanager
