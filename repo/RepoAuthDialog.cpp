@@ -16,6 +16,7 @@
 #include "repo/PasswdField.h"
 #include "repo/RepoEntry.h"
 #include "repo/RepoVantor.h"
+#include "services/QuestionGuard.h"
 #include "widgets/HScrollArea.h"
 #include "widgets/HSeparator.h"
 #include "widgets/PlainLabel.h"
@@ -170,7 +171,11 @@ int Dialog::exec(Repo::Entry* asked)
     buttons.last()->setDefault(true);
     authNameField->setFocus();
     setResult(SkipAll);
+    // The program asks at its start, and then about one repository after another. A key or a click that is
+    // meant for another window or for the repository before must not answer the question.
+    const QuestionGuard guard(this);
     show();
+    update(); // the guard waits until the window is painted
     loop.exec();
     entry = nullptr; // if the program ends during the loop, done() does not run
     return result();

@@ -38,7 +38,7 @@ public:
     using QDialog::exec;
     // Shows the repository, waits until the user presses a button, and returns the decision. After OK,
     // ApplyAll and ApplyHost, the entry contains the credentials. The window stays open for the next
-    // repository.
+    // repository. It takes no input at first; see QuestionGuard.
     int exec(Repo::Entry* asked);
     // Ends exec() with this result. Does nothing if the dialog does not ask about a repository.
     void done(int result) override;

@@ -8,6 +8,7 @@
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 #include "tests/packagetable/Described.h"
+#include "tests/support/Question.h"
 
 using namespace PackageTable;
 
@@ -217,14 +218,17 @@ void MainWindowStartTest::quittingFromTheQuestionForCredentialsReadsNothing()
 void MainWindowStartTest::enteredCredentialsAreUsedAtOnce()
 {
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
-    const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
-                    [] {
-                        QWidget* dialog = QApplication::activeModalWidget();
-                        for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
-                            QTest::keyClicks(field, "me");
-                        }
-                        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
-                    });
+    const auto dialogTakesInput = [] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        return dialog != nullptr && takesInput(dialog);
+    };
+    const Once once(dialogTakesInput, [] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        for (QLineEdit* field : dialog->findChildren<QLineEdit*>()) {
+            QTest::keyClicks(field, "me");
+        }
+        QTest::mouseClick(buttonIn(dialog, "OK"), Qt::LeftButton);
+    });
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QVERIFY(once.isDone());

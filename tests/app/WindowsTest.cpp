@@ -32,6 +32,7 @@
 #include "tests/app/ShownWindow.h"
 #include "tests/history/ShownHistory.h"
 #include "tests/packagetable/Described.h"
+#include "tests/support/Question.h"
 #include "widgets/HMessageBox.h"
 #include "yumio/Fields.h"
 
@@ -191,6 +192,7 @@ private:
         entry.baseurl = foreign + "http://h/vantor?user=&word=&path=/x\nhttp://k/vantor?user=&word=&path=y";
         QTimer::singleShot(0, &credentials, [&] {
             QVERIFY(QTest::qWaitForWindowActive(&credentials));
+            QTRY_VERIFY(takesInput(&credentials));
             check("credentials", credentials);
             credentials.close();
         });

@@ -60,6 +60,7 @@ class CredentialsTest(EditingTest):
         dialog = program.window(TITLE)
         wait_for(lambda: identifier in dialog.labels(), 'the question about ' + identifier)
         dialog.wait_settled()
+        dialog.wait_input()
         return dialog
 
     def field(self, dialog, password=False):

@@ -12,6 +12,7 @@
 #include "repo/RepoEntry.h"
 #include "tests/repo/Assistive.h"
 #include "tests/repo/Form.h"
+#include "tests/support/Question.h"
 
 using namespace RepoAuth;
 
@@ -34,6 +35,7 @@ private Q_SLOTS:
     void noTextContainsThePassword();
     void eachButtonReturnsItsCode_data();
     void eachButtonReturnsItsCode();
+    void inputInTheFirstMomentIsIgnored();
     void okIsTheDefaultButton();
     void okIsTheDefaultButtonInEachQuestion();
     void closingTheDialogMeansSkipAll_data();
@@ -46,6 +48,14 @@ private Q_SLOTS:
 
 private:
     int run(const std::function<void()>& use)
+    {
+        return runAtOnce([this, &use] {
+            QTRY_VERIFY(takesInput(dialog.get()));
+            use();
+        });
+    }
+    // Does not wait until the dialog takes input.
+    int runAtOnce(const std::function<void()>& use)
     {
         bool used = false;
         QTimer::singleShot(0, dialog.get(), [this, &use, &used] {
@@ -78,6 +88,7 @@ private:
 
 void RepoAuthDialogTest::init()
 {
+    QuestionGuard::pause = 1;
     window = std::make_unique<QWidget>();
     window->resize(200, 100);
     window->show();
@@ -277,6 +288,34 @@ void RepoAuthDialogTest::eachButtonReturnsItsCode()
     } else {
         QCOMPARE(entry.baseurl, before.baseurl);
         QCOMPARE(entry.mirrorlist, before.mirrorlist);
+    }
+}
+
+void RepoAuthDialogTest::inputInTheFirstMomentIsIgnored()
+{
+    for (int repository = 0; repository < 2; ++repository) { // the dialog is still open for the second one
+        QuestionGuard::pause = 1000000;
+        QCOMPARE(runAtOnce([this] {
+                     QVERIFY(!takesInput(dialog.get()));
+                     QTest::keyClicks(name, QStringLiteral("bob"));
+                     QTest::keyClick(name, Qt::Key_Return);
+                     QTest::keyClick(name, Qt::Key_Escape);
+                     for (const char* text : {"OK", "Skip All", "Disable for Session", "Quit"}) {
+                         QVERIFY(!Form::button(dialog.get(), text)->isEnabled());
+                         click(text);
+                     }
+                     QCOMPARE(name->text(), QString());
+                 }),
+                 99);
+        QuestionGuard::pause = 1;
+        QCOMPARE(run([this] {
+                     QCOMPARE(QApplication::focusWidget(), name);
+                     QTest::keyClicks(name, QStringLiteral("bob"));
+                     QTest::keyClick(name, Qt::Key_Return);
+                 }),
+                 int(Dialog::OK));
+        QVERIFY(entry.baseurl.contains(QStringLiteral("user=bob&")));
+        entry.baseurl.replace(QStringLiteral("user=bob&"), QStringLiteral("user=&"));
     }
 }
 
