@@ -340,6 +340,7 @@ private Q_SLOTS:
                         }
                         QTest::keyClicks(field, "[x]");
                         look("Die Kennung enthält andere Zeichen als Buchstaben, Ziffern und -_.:");
+                        click(buttonNamed(shown, "Abbrechen")); // a close request would cause a question
                     }));
                 // The dialog now shows a status about the new repository.
                 editor += cutOffAtAnySize(&dialog);
