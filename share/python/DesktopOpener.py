@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Opens files and pages in the programs of the user's desktop. The webbrowser and mimeviewer programs share this code.
+"""Opens files and web pages in programs of the user's desktop. The webbrowser and mimeviewer programs share this code.
 
-VYRE itself usually runs as root, because a user starts it through pkexec or sudo. This module never runs a program as
-root. It runs the program as that user and with the user's own environment, or not at all.
+VYRE usually runs as root, because a user starts it through pkexec or sudo. This module never runs a desktop program as
+root. It runs the program as the user who started VYRE, with this user's environment, or not at all.
 
-This module needs Python 3.6 or later, and only its standard library.
+This module needs only Python 3.6 or later and Python's standard library.
 """
 import html
 import os
@@ -15,7 +15,8 @@ import stat
 import subprocess
 import sys
 
-# The caller's variables that the programs of a desktop need. environment() adds the variables that depend on the user.
+# The environment variables that environment() keeps, because desktop programs need them. It adds the variables that
+# depend on the user.
 KEPT = ('DISPLAY', 'WAYLAND_DISPLAY', 'PATH', 'TERM', 'TZ', 'LANG', 'LANGUAGE', 'BROWSER', 'XDG_CURRENT_DESKTOP',
         'XDG_SESSION_DESKTOP', 'XDG_SESSION_TYPE', 'XDG_DATA_DIRS', 'DESKTOP_SESSION', 'GNOME_DESKTOP_SESSION_ID',
         'KDE_FULL_SESSION', 'KDE_SESSION_VERSION', 'DBUS_SESSION_BUS_ADDRESS')
@@ -24,7 +25,7 @@ RUNTIME_DIRECTORIES = '/run/user'
 
 
 def shown(text):
-    """Returns the text for a message: on one line, in quotation marks."""
+    """The text in one line and in quotation marks, for a message. "?" replaces each unprintable character."""
     return '"' + ''.join(c if c.isprintable() else '?' for c in text) + '"'
 
 
@@ -33,12 +34,14 @@ class Refusal(Exception):
 
 
 def caller(what):
-    """The entry in the user database for the user who has become root; None if this process does not run as root."""
+    """The user database's entry for the user who started VYRE as root; None if this process does not run as root. what:
+    the name of the file or page, for messages.
+    """
     if os.geteuid() != 0:
         return None
     for variable in ('PKEXEC_UID', 'SUDO_UID'):
         value = os.environ.get(variable, '')
-        # If one variable names root, the other variable may name the user who became root first.
+        # If one of the variables names root, root has used pkexec or sudo. The other variable may name the user.
         if re.match(r'[0-9]+\Z', value) and int(value) != 0:
             try:
                 return pwd.getpwuid(int(value))
@@ -48,7 +51,7 @@ def caller(what):
 
 
 def become(user):
-    """Become this user. The process can never get root's rights again."""
+    """Make this process run as the user. The process can never get root's rights again."""
     try:
         os.initgroups(user.pw_name, user.pw_gid)
         os.setresgid(user.pw_gid, user.pw_gid, user.pw_gid)
@@ -66,11 +69,12 @@ def is_own_directory(path, uid):
 
 
 def environment(user, given):
-    """Returns the environment for the user's programs. The process must already run as this user."""
+    """The environment for a program of the user. given: VYRE's environment. The process must already run as the user.
+    """
     made = {name: value for name, value in given.items() if name in KEPT or name.startswith('LC_')}
     made.update(HOME=user.pw_dir, USER=user.pw_name, LOGNAME=user.pw_name, SHELL=user.pw_shell or '/bin/sh')
 
-    # The given runtime directory may belong to root, or VYRE may have made it for itself.
+    # XDG_RUNTIME_DIR may name a directory of root, or a directory that VYRE has created. Use only the user's own.
     for directory in (given.get('XDG_RUNTIME_DIR'), os.path.join(RUNTIME_DIRECTORIES, str(user.pw_uid))):
         if directory and is_own_directory(directory, user.pw_uid):
             made['XDG_RUNTIME_DIR'] = directory
@@ -87,7 +91,7 @@ def environment(user, given):
 
 
 def find(program, path):
-    """The full path of a program, searched for as a shell does; None if the program is missing."""
+    """The full path of a program in one of the directories of "path", as a shell finds it; None if it is missing."""
     for directory in path.split(os.pathsep):
         candidate = os.path.join(directory or '.', program)
         if os.path.isfile(candidate) and os.access(candidate, os.X_OK):
@@ -96,9 +100,9 @@ def find(program, path):
 
 
 def start(what, commands):
-    """Replace this process by the first command whose program is installed. The program runs as the user.
+    """Replace this process with the first of these commands whose program is installed. The program runs as the user.
 
-    what: the name of the opened file or page in messages.
+    what: the name of the file or page, for messages.
     """
     user = caller(what)
     given = dict(os.environ)
@@ -109,7 +113,7 @@ def start(what, commands):
             os.chdir(user.pw_dir)
         except OSError:
             os.chdir('/')
-    # The interpreter ignores these signals. A started program would inherit this setting.
+    # Python ignores these signals, and the program would inherit this setting.
     for number in (signal.SIGPIPE, signal.SIGXFSZ):
         signal.signal(number, signal.SIG_DFL)
     for command in commands:
@@ -124,10 +128,10 @@ def start(what, commands):
 
 
 def show(text):
-    """Show a message in a window of an available program, because a desktop does not show the output of programs."""
+    """Show a message in a window of zenity, kdialog or xmessage, because a desktop does not show standard error."""
     given = dict(os.environ)
-    # zenity and kdialog both replace a backslash and the letter after it. kdialog also guesses whether a text is rich
-    # text. So kdialog gets rich text that contains the escaped text.
+    # zenity and kdialog replace a backslash and the letter after it, so backslashes must be escaped. kdialog also
+    # guesses whether a text is rich text, so kdialog always gets rich text.
     escaped = text.replace('\\', '\\\\')
     rich = '<qt><p style="white-space: pre-wrap">' + html.escape(text).replace('\\', '&#92;') + '</p></qt>'
     for command in (['zenity', '--error', '--no-markup', '--title=VYRE', '--text=' + escaped],
@@ -141,7 +145,7 @@ def show(text):
 
 
 def run(main):
-    """Run main with the arguments. If main refuses them, end with one message and status 1."""
+    """Call main() with the command-line arguments. If main() raises Refusal, show its text, and end with status 1."""
     try:
         main(sys.argv[1:])
     except Refusal as e:

@@ -2,10 +2,11 @@
 """The program's interface to the package manager.
 
 The program runs this file in its embedded interpreter, makes one object of the YumIO class and calls its methods. Only
-one thread at a time calls them: the graphical thread when VYRE starts, and a worker during every long operation. All
-messages of the package manager go to the program through the built-in yumIOC module.
+one thread at a time calls these methods: the graphical thread when VYRE starts, and a worker during every long
+operation. The script passes all messages of the package manager to the program through the built-in yumIOC module.
 
-This file has only the class. The vyre package next to this file does the work. It needs Python 3.6 or later, and dnf 4.
+This file contains the class; the vyre package next to this file does the work. Both need Python 3.6 or later, and
+dnf 4.
 """
 
 import contextlib
@@ -16,7 +17,7 @@ import logging
 import os
 import sys
 
-# The program looks up exceptions and payloads of these modules by their names.
+# The program looks up classes of these modules by their names, such as dnf.exceptions.Error.
 import bdb  # noqa: F401
 import dnf
 import dnf.db.group
@@ -35,11 +36,11 @@ import yumIOC
 
 @contextlib.contextmanager
 def ownPackage():
-    """Allows imports from the package next to this file within a scope.
+    """Within this scope, modules of the vyre package next to this file can be imported.
 
-    The program runs as root. Therefore this function names the directory of the package: Python must never import a
-    package of the same name from another directory. Python writes no compiled files, so that the share directory keeps
-    its installed contents. Each start compiles the modules, in less than a tenth of a second.
+    Because the program runs as root, Python must never import a vyre package from another directory. So this function
+    loads the package by its path. The share directory must keep its installed contents, so Python writes no compiled
+    files there, but compiles the modules each time VYRE starts, in less than a tenth of a second.
     """
     forgetOwnPackage()
     directory = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'vyre')
@@ -58,8 +59,8 @@ def ownPackage():
 
 
 def forgetOwnPackage():
-    """Forget the modules of an earlier run of this file, and restore dnf's own classes. The next import reads the
-    modules again.
+    """If this file has run before, restore dnf's own classes, and make Python forget the modules of the vyre package.
+    The next import then reads them again.
     """
     earlier = sys.modules.get('vyre.program')
     if earlier is not None:
@@ -70,7 +71,7 @@ def forgetOwnPackage():
 
 
 with ownPackage():
-    # This import must be the first, because it needs dnf's own classes. The other modules replace some of them.
+    # Import this module first, because it needs dnf's own classes. The other modules replace some of these classes.
     from vyre.privatenames import lacksReplay, requirePrivateNames
 
     from vyre import advisories, groups, signatures, versionlock
@@ -98,7 +99,7 @@ with ownPackage():
 
 
 class All:
-    """The result of collectAll(). excluded: the installed packages that the configuration excludes."""
+    """The lists of packages that collectAll() returns. excluded: installed packages that the configuration excludes."""
 
     def __init__(self, installed, available, excluded):
         self.installed = installed
@@ -107,8 +108,8 @@ class All:
 
 
 def withReason(method):
-    """Completes the attribute "value" of dnf's exceptions, because the program shows this attribute. In some of dnf's
-    exceptions, the attribute has only a part of the text, or no text.
+    """A decorator that makes the "value" attribute of dnf's exceptions complete, because the program shows this
+    attribute. In some of dnf's exceptions, "value" is missing or contains only a part of the text.
     """
     @functools.wraps(method)
     def explained(*args):
@@ -128,26 +129,26 @@ class YumIO:
     def __init__(self):
         sys.stdout = Writer(yumIOC.stdoutWrite, 1)
         sys.stderr = Writer(yumIOC.stderrWrite, 2)
-        # Nobody can answer a plug-in that reads standard input.
+        # If a plug-in reads standard input, it must get the end of the input at once, because no user can answer.
         sys.stdin = open(os.devnull)
         startLog()
         requirePrivateNames()
         self._lock = None
-        self._cookie = ''  # the result of databaseCookie() when the packages were read
+        self._cookie = ''  # the result of databaseCookie() when the script read the packages
         self._reportedWithoutGroups = False
         # Whether the last transaction has changed the system.
         self.systemChanged = False
-        # Whether the last transaction was refused because another program had changed the system since the packages
-        # were read.
+        # Whether the script has refused the last transaction, because another program had changed the system after the
+        # script read the packages.
         self.outdated = False
         # Pairs from the last collection: an installed package, and the package that replaces it.
         self.replacements = []
-        # The marked objects that the last transaction has left out, because it could not carry out their marks.
+        # The marked packages and groups that the last transaction has left out, because dnf could not apply the marks.
         self.leftOut = []
         # The names of the objects in leftOut, with the reasons; empty until the user confirms the transaction.
         self.leftOutReasons = ''
-        # Pairs from the last collection: an update, and the installed package that it replaces although the bi-arch
-        # classes of the two differ.
+        # Pairs from the last collection: an update, and an installed package of another bi-arch class that the update
+        # replaces.
         self.counterparts = []
         # Pairs from the last collection: an update, and the identifiers of its advisories.
         self.updateAdvisories = []
@@ -166,7 +167,7 @@ class YumIO:
         """Forget all packages and repositories, and read the configuration again."""
         self.base.otherData.clear()
         self.base.headers.clear()
-        # Each package in these lists keeps all packages of the last collection in memory.
+        # A single package in one of these lists would keep all packages of the last collection in memory.
         self.replacements, self.counterparts, self.updateAdvisories = [], [], []
         conf, self.knownDirectories = readConfiguration()
         self.base.renew(conf)
@@ -175,12 +176,12 @@ class YumIO:
     # Locking
 
     def lock(self):
-        """Take dnf's lock for the rest of the run; return the path of its file."""
+        """Take dnf's lock on its own files until the program ends; return the path of the lock file."""
         self._lock = takeSessionLock(self.base.conf)
         return self._lock.target
 
     def unlock(self):
-        """Close everything and release the lock. The program calls this method when it ends."""
+        """Close dnf's files and release the lock. The program calls this method when it ends."""
         self.base.end()
         if self._lock is None:
             return
@@ -202,7 +203,7 @@ class YumIO:
             raise dnf.exceptions.RepoError(tr('There is no repository {}').format(id))
 
     def setupRepos(self):
-        """Read rpm's database and the metadata of all enabled repositories. The metadata may be in the cache."""
+        """Read rpm's database and the metadata of all enabled repositories, from the cache or from the network."""
         self._readPackages(self.base.fill_sack)
 
     def setupCachedRepos(self):
@@ -210,7 +211,7 @@ class YumIO:
         self._readPackages(self.base.fillSackFromCache)
 
     def _readPackages(self, fillSack):
-        # Each package in these lists keeps all packages of the last collection in memory.
+        # A single package in one of these lists would keep all packages of the last collection in memory.
         self.replacements, self.updateAdvisories = [], []
         del self.leftOut[:]
         useDatabaseOfRoot()
@@ -248,7 +249,7 @@ class YumIO:
             available.filterm(latest_per_arch_by_priority=True)
         except (ValueError, hawkey.Exception):  # a version of dnf without priorities
             available.filterm(latest_per_arch=True)
-        # The program shows the first of several installed versions.
+        # If several versions of a package are installed, the program shows the first of them: the newest.
         return All(sorted(query.installed(), reverse=True), available.run(),
                    sorted(excludedPackages(self.base), reverse=True))
 
@@ -273,7 +274,7 @@ class YumIO:
 
     @withReason
     def collectFileLists(self):
-        """Nothing to do: dnf reads file lists together with the packages."""
+        """Do nothing: dnf has read the file lists together with the packages."""
         return True
 
     @withReason
@@ -289,7 +290,7 @@ class YumIO:
         return advisories.collectAdvisories(self.base)
 
     def loadAdvisories(self):
-        """Read all advisories before a search. The search then asks for the advisories about each package."""
+        """Read all advisories at once, before a search reads the advisories about each package."""
         self.base.advisories.load(self.base)
 
     def forgetAdvisories(self):
@@ -298,7 +299,7 @@ class YumIO:
     # Version locks
 
     def versionLocks(self):
-        """The version locks for the program; see versionlock.versionLocks()."""
+        """The version locks; see versionlock.versionLocks()."""
         try:
             return versionlock.versionLocks(self.base)
         except dnf.exceptions.Error as e:
@@ -321,7 +322,8 @@ class YumIO:
         return biArchOf(self.base, arch)
 
     def isBetterThan(self, a, b):
-        """Whether package a is closer to the system's architecture than b, or equally close and not older."""
+        """Whether only package a has the system's bi-arch class, or both or neither have it and a is not older than b.
+        """
         native = self.base.conf.basearch
         aNative = self.getBiArch(a.arch) == native
         bNative = self.getBiArch(b.arch) == native
@@ -335,11 +337,11 @@ class YumIO:
         return package.verifyLocalPkg()
 
     def expandVariables(self, text):
-        """Replace the variables of a text as dnf replaces them in repository files."""
+        """Replace the variables in a text, as dnf replaces the variables in repository files."""
         return libdnf.conf.ConfigParser.substitute(text, self.base.conf.substitutions)
 
     def metadataPath(self, repoid, kind):
-        """The path of a repository's metadata in the cache, or None. kind: "filelists" or "other"."""
+        """The path of a metadata document in the cache, or None. kind: "filelists" or "other"."""
         repo = self.base.repos.get(repoid)
         return documentPath(repo, kind) if repo is not None and repo.enabled else None
 
@@ -347,11 +349,11 @@ class YumIO:
 
     @withReason
     def apply(self, installs, updates, removes, groupInstalls, groupUpdates, groupRemoves):
-        """Resolve, show, confirm, download, check and run one transaction. Returns False only if the configuration
-        allows only a test.
+        """Find the transaction for the marks, ask the user to confirm it, download its packages, check their signatures
+        and run the transaction. Return False if "tsflags" contains "test", so that nothing was changed; otherwise True.
 
-        Each failure raises an exception. If the text of the exception does not name packages, nothing was changed. A
-        refusal by the user is not a failure.
+        Each failure raises an exception. If the text of the exception does not name packages, nothing was changed. If
+        the user refuses the transaction, this is not a failure.
         """
         def resolve():
             marks, leftOut, reasons = resolveMarks(
@@ -369,8 +371,8 @@ class YumIO:
 
     @withReason
     def replay(self, kind, number):
-        """Undo a recorded transaction ("undo"), undo all transactions after it ("rollback"), or carry it out again
-        ("redo"). Everything else is as in apply().
+        """Undo a recorded transaction ("undo"), undo all later transactions ("rollback"), or repeat the transaction
+        ("redo"). The steps after resolving, the result and the exceptions are the same as for apply().
         """
         def resolve():
             goesOn = resolveReplay(self.base, kind, number)
@@ -379,8 +381,8 @@ class YumIO:
         return self._carryOut(resolve)
 
     def _carryOut(self, resolve):
-        """Carry out the transaction that resolve() finds. resolve() returns the command line for the history, and the
-        text about the marks that are left out. If the user does not want to go on, resolve() returns None.
+        """Carry out the transaction that resolve() finds. resolve() returns a pair: the command line for the history,
+        and a text about the marks that are left out. If the user does not want to go on, resolve() returns None.
         """
         base = self.base
         base.headers.clear()
@@ -395,7 +397,8 @@ class YumIO:
         try:
             del base._ts
             base.reset(goal=True)
-            # The same check follows before rpm's work. This first check prevents useless listings and downloads.
+            # runTransaction() repeats this check before rpm's work. The first check prevents a listing and a download
+            # that would be useless.
             with DatabaseLock(tr('Resolve Dependencies')):
                 self._checkCurrent()
             resolved = resolve()
@@ -427,12 +430,12 @@ class YumIO:
             base.reset(goal=True)
             del base._ts
             if base.changed and base.plugInsHaveChanged():
-                # After a change, the program reads the packages again.
+                # The program now reads the packages again, and must load the changed plug-ins first.
                 base.readReposLater()
 
     def _checkCurrent(self):
-        """Refuse to continue if the installed packages have changed. rpm removes packages by their numbers in its
-        database. After a change, other packages may have these numbers.
+        """Raise an exception if the installed packages have changed since the script read them. rpm removes packages by
+        their numbers in its database, which may now be the numbers of other packages.
         """
         cookie = databaseCookie()
         if not cookie or not self._cookie or cookie == self._cookie:
@@ -448,7 +451,7 @@ class YumIO:
 
     @staticmethod
     def words(text):
-        """Returns the translation of one of dnf's texts."""
+        """The translation of one of dnf's texts."""
         return dnf.i18n._(text)
 
     # History
@@ -460,12 +463,12 @@ class YumIO:
 
     @withReason
     def describeTransaction(self, number):
-        """All details of a recorded transaction as text; empty if the history lacks the transaction."""
+        """All details of a recorded transaction as text; see transactions.describeTransaction()."""
         return describeTransaction(self.base, number)
 
     @staticmethod
     def lacksReplay():
-        """The reason why recorded transactions cannot be undone; empty if they can be undone."""
+        """The reason why the script cannot undo or repeat recorded transactions; empty if it can."""
         return lacksReplay()
 
     # Cleaning

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The package manager itself: dnf's class Base with the additions of the script.
+"""dnf's class Base with the script's additions.
 
-The graphical thread makes, renews and closes the object; workers use it in between.
+The graphical thread makes, renews and closes the only object of this class. Workers use the object.
 """
 
 import ctypes
@@ -37,8 +37,8 @@ from .stopping import endIfStopped
 
 
 class Base(dnf.Base):
-    """dnf's class with additions. It reports the packages of a download before the download begins. It also finds
-    metadata errors that dnf does not report, or that would crash dnf.
+    """dnf's class with additions. This class reports the packages of a download to the program before the download
+    begins. It also finds metadata errors that dnf does not report, or that would crash dnf.
     """
 
     def __init__(self, conf):
@@ -48,22 +48,21 @@ class Base(dnf.Base):
         self.advisories = AdvisoryIndex()
         self.headers = HeaderMemo()
         self.changed = False  # whether rpm has begun to change the system
-        self.historyFault = None  # why the history lacks the end of the last transaction
+        self.historyFault = None  # the error if the history lacks the end of the last transaction
         self.unsolved = None  # the goal of the last resolution, if it has failed
-        self.judge = None  # a function that may refuse a solution before it becomes the transaction
-        self.withoutSpace = []  # packages whose scripts may have had no space
-        # The program shows these messages after a successful operation, and then removes them. A repeated message is
-        # only logged.
+        self.judge = None  # the function that resolveIf() calls with the solution
+        self.withoutSpace = []  # packages whose scripts may not have run because the disk was full
+        # The messages that the program shows after a successful operation, and then removes from this list.
         self.remarks = []
-        self._remarked = set()
-        self.onlyCache = False  # without the network
+        self._remarked = set()  # all messages so far; remark() only logs them when they are repeated
+        self.onlyCache = False  # whether to read only the metadata in the cache, without the network
         self.failed = []  # the repositories that cannot be read, with the reasons
         self.leftOut = []  # the repositories without metadata in the cache
-        self.plugInFault = ''  # why the plug-ins cannot be used; every operation fails unless this is empty
-        self._plugInStamp = None
+        self.plugInFault = ''  # why dnf cannot use the plug-ins; every operation fails unless this text is empty
+        self._plugInStamp = None  # the result of stampOfPlugIns() when the plug-ins were loaded
 
     def renew(self, conf):
-        """Begin again with another configuration, but keep the object, because the program refers to it."""
+        """Initialise the same object again, with another configuration. The program keeps a reference to the object."""
         kept = self.remarks, self._remarked
         self.end()
         forgetPlugIns()
@@ -71,8 +70,8 @@ class Base(dnf.Base):
         self.remarks, self._remarked = kept
 
     def end(self):
-        """Close everything, and save the state for the next run, as the dnf command does when it ends."""
-        # close() uses the repositories. If they are still unread, close() must not read them now.
+        """Close dnf's files, and save dnf's state for the next run, as the dnf command does when it ends."""
+        # close() uses the repos property, which would read repositories that are still unread.
         self._reposUnread = False
         try:
             self.close()
@@ -101,9 +100,9 @@ class Base(dnf.Base):
     _reposUnread = False
 
     def readReposLater(self):
-        """Load the plug-ins and read the repository files when the repositories are first needed, on a worker.
+        """Make the repos property load the plug-ins and read the repository files on its next use, on a worker.
 
-        dnf needs seconds to read ten thousand repositories. The graphical thread must not wait for so long.
+        dnf needs seconds to read ten thousand repositories. The graphical thread must not wait for this.
         """
         self._reposUnread = True
 
@@ -113,7 +112,7 @@ class Base(dnf.Base):
     @property
     def repos(self):
         if self._reposUnread:
-            self._reposUnread = False  # plug-ins also read this property
+            self._reposUnread = False  # the plug-ins that _readRepos() loads also use this property
             try:
                 self._readRepos()
             except BaseException:
@@ -132,7 +131,7 @@ class Base(dnf.Base):
         return self._comps
 
     def _readRepos(self):
-        # An interrupted attempt may have left some repositories behind.
+        # An earlier call that was interrupted may have added some repositories.
         self._repos.clear()
         self._plugInStamp = stampOfPlugIns(self.conf)
         self.plugInFault = ''
@@ -159,7 +158,7 @@ class Base(dnf.Base):
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
 
     def _expireRepos(self):
-        """Mark metadata as expired if an earlier run has recorded them as expired."""
+        """Mark the metadata of a repository as expired if an earlier run has recorded this in expired_repos.json."""
         self._activate_persistor()
         expired = self._repo_persistor.get_expired_repos()
         for repo in self._repos.values():
@@ -167,7 +166,7 @@ class Base(dnf.Base):
                 repo._repo.expire()
 
     def _demandSignatures(self):
-        """Check all signatures if rpm's configuration demands that each package is signed."""
+        """If rpm's configuration demands signed packages, enable the signature check for all repositories."""
         if rpm.expandMacro('%_pkgverify_level') not in ('signature', 'all'):
             return
         unchecked = [repo for repo in self._repos.values() if not repo.gpgcheck]
@@ -180,7 +179,7 @@ class Base(dnf.Base):
                 'dnf.conf(5) for how to squelch this message)'))
 
     def _usePlugIns(self, *steps):
-        """Run these steps of the plug-ins up to the first failure. setupRepos() reports the failure later."""
+        """Call these functions, which run the plug-ins, until one fails. setupRepos() reports the failure later."""
         try:
             for step in steps:
                 if not self.plugInFault:
@@ -196,9 +195,9 @@ class Base(dnf.Base):
                 logging.getLogger('dnf').warning('%s', e)
 
     def fill_sack(self, *args, **kwargs):
-        """If dnf cannot read a repository, this method notes the failure and reads the other repositories first. So the
-        user waits only once before the questions. If no user can answer, the first failure ends the operation, as in
-        dnf.
+        """Fill the sack. If dnf cannot read some repositories, first read all others, then ask about each failed
+        repository. So the user waits only once, before the first question. If no user can answer, the first failure
+        ends the operation, as in dnf.
         """
         del self.leftOut[:], self.failed[:]
         showActivity(tr('Reading the installed packages'))
@@ -212,15 +211,15 @@ class Base(dnf.Base):
         return sack
 
     def fillSackFromCache(self):
-        """Read the installed packages and the metadata in the cache, without the network and without a question.
-        Repositories whose metadata are missing in the cache are left out.
+        """Read the installed packages and the metadata in the cache, without the network and without a question. Leave
+        out each repository whose metadata are not in the cache.
         """
         strategies = [(repo, repo._repo.getSyncStrategy()) for repo in self.repos.iter_enabled()]
         self.onlyCache = True
         try:
             for repo, _ in strategies:
                 repo._repo.setSyncStrategy(dnf.repo.SYNC_ONLY_CACHE)
-            # The user may have stopped a wait for this lock, and must not have to stop the same wait again.
+            # If the user has just stopped a wait for the metadata lock, VYRE must not wait for this lock again.
             with withoutWaitForMetadata():
                 self.fill_sack()
         finally:
@@ -250,8 +249,8 @@ class Base(dnf.Base):
             repo.disable()
 
     def _readRepo(self, repo):
-        # dnf downloads change logs with the other metadata. This function does not load the change logs, because most
-        # runs do not need them.
+        # While this option is true, load() downloads the change logs together with the package list. The option is
+        # false again when dnf fills the sack, because most runs do not need the change logs.
         repo.load_metadata_other = True
         try:
             repo.load()
@@ -268,13 +267,13 @@ class Base(dnf.Base):
             repo.disable()
             return
         before = self._cacheStamp(repo)
-        # The check comes first: even if a repository is disabled later, its packages are still in the sack.
+        # Check before the sack gets the packages: disabling the repository afterwards would not remove them.
         if self._isNewerThanCache(repo):
             self._checkPackages(repo)
         try:
             super(Base, self)._add_repo_to_sack(repo)
         except dnf.exceptions.RepoError as e:
-            # dnf logs the reason only as a detail.
+            # The text of this RepoError lacks the reason, which dnf logs only as a detail.
             if isinstance(e.__context__, hawkey.Exception):
                 raise dnf.exceptions.RepoError('{}: {}'.format(e, e.__context__))
             raise
@@ -283,13 +282,13 @@ class Base(dnf.Base):
             self._checkDocuments(repo)
 
     def _caches(self, repo):
-        """The files in which dnf stores the metadata of a repository in a form that dnf reads faster."""
+        """The cache files of a repository: dnf's copies of the metadata, in a form that dnf reads faster."""
         return [os.path.join(self.conf.cachedir, repo.id + ending)
                 for ending in ('-filenames.solvx', '-other.solvx', '.solv')]
 
     def _isNewerThanCache(self, repo):
-        """Whether dnf will read the package list itself, because the list is newer than dnf's cache. True if this is
-        unknown.
+        """Whether dnf will read the original package list, because this list is newer than dnf's cache of it. True if
+        the times are unknown.
         """
         path = documentPath(repo, 'primary')
         try:
@@ -298,7 +297,7 @@ class Base(dnf.Base):
             return True
 
     def _cacheStamp(self, repo):
-        """A value that changes if dnf reads the metadata again; None if dnf has not read the metadata yet."""
+        """A value that changes when dnf writes its cache of the metadata again; None if this cache is missing."""
         try:
             found = os.stat(self._caches(repo)[0])
         except OSError:
@@ -306,14 +305,14 @@ class Base(dnf.Base):
         return found.st_ino, found.st_mtime_ns, found.st_size
 
     def _checkPackages(self, repo):
-        """Refuse a damaged list of packages. dnf accepts a damaged list that has no packages, or too few."""
+        """Refuse a damaged package list. dnf would accept a damaged list, with no packages or only some of them."""
         fault = self._documentFault(repo, 'primary', 'metadata')
         if fault:
             raise dnf.exceptions.RepoError(
                 tr('The {} metadata of the repository {} are damaged: {}').format('primary', repo.id, fault))
 
     def _checkDocuments(self, repo):
-        """Report a damaged list of files or changes. dnf would accept an incomplete list, or even another document."""
+        """Report damaged file lists or change logs. dnf would accept incomplete metadata, or even another document."""
         for kind, element in (('filelists', 'filelists'), ('other', 'otherdata')):
             fault = self._documentFault(repo, kind, element)
             if fault:
@@ -322,8 +321,8 @@ class Base(dnf.Base):
                             .format(kind, repo.id, fault))
 
     def _documentFault(self, repo, kind, element):
-        """Returns the error in a repository's document; empty if the document has no error. The function removes dnf's
-        cache of a damaged document, so that the next run checks the document again.
+        """Return the error in a metadata document of a repository; empty if the document has no error. If the document
+        is damaged, remove dnf's cache of the metadata, so that the next run checks the document again.
         """
         path = documentPath(repo, kind)
         fault = metadataFault(path, element) if path is not None else ''
@@ -334,10 +333,10 @@ class Base(dnf.Base):
         return fault
 
     def _run_transaction(self, cb):
-        """Run the transaction. Ignore a failed scriptlet if rpm has changed its package nevertheless.
+        """Run the transaction. Ignore a failed scriptlet if rpm has changed its package all the same.
 
-        After such a scriptlet, newer versions of rpm report a failed transaction, although no package has failed. The
-        packages have changed, as with older versions, and the history needs the end of the transaction.
+        After such a scriptlet, versions of rpm newer than Debian 12's report a failed transaction, although no package
+        has failed. The packages have changed all the same, so the history must record the end of the transaction.
         """
         try:
             return super(Base, self)._run_transaction(cb)
@@ -350,7 +349,9 @@ class Base(dnf.Base):
         return None
 
     def resolveIf(self, judge, allowErasing):
-        """Resolve the goal. The judge may raise an exception to prevent the transaction."""
+        """Resolve the goal, and call judge(goal) before dnf makes the transaction from the solution. If the judge
+        raises an exception, dnf makes no transaction.
+        """
         self.judge = judge
         try:
             self.resolve(allow_erasing=allowErasing)
@@ -366,18 +367,18 @@ class Base(dnf.Base):
             raise
 
     def problems(self):
-        """The reasons why the last resolution has failed: a list of lines for each reason."""
-        # If the goal was not run, this call crashes the process.
+        """The reasons why the last resolution has failed: a list of lines for each reason; empty if it succeeded."""
+        # problem_rules() crashes the process for a goal that has not been resolved.
         return [clearest(lines) for lines in self.unsolved.problem_rules()] if self.unsolved is not None else []
 
     def _goal2transaction(self, goal):
-        # The judge runs before the history and the plug-ins get the solution.
+        # Call the judge before dnf passes the solution to the history and to the plug-ins.
         if self.judge is not None:
             self.judge(goal)
         return super(Base, self)._goal2transaction(goal)
 
     def _verify_transaction(self, *args, **kwargs):
-        """If dnf cannot write the history, store the error. rpm's changes to the packages are valid nevertheless."""
+        """Complete the history. If dnf cannot write it, store the error: rpm has changed the packages all the same."""
         try:
             super(Base, self)._verify_transaction(*args, **kwargs)
         except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
@@ -405,7 +406,7 @@ def isInCache(package):
 
 
 def forgetInterrupt():
-    """Allow downloads again after an interruption. Otherwise librepo cancels all later downloads."""
+    """Clear librepo's flag lr_interrupt. After an interrupted download, librepo would cancel all later downloads."""
     try:
         ctypes.c_int.in_dll(ctypes.CDLL('librepo.so.0'), 'lr_interrupt').value = 0
     except (OSError, ValueError):  # another version of librepo

@@ -10,11 +10,12 @@ import dnf.repo
 
 
 def cleanCache(conf, *types):
-    """Remove the files of these types from the cache. types: keys of dnf.repo.CACHE_FILES."""
+    """Remove the files of these types from dnf's cache. types: keys of dnf.repo.CACHE_FILES."""
     cache = conf.cachedir
     patterns = [re.compile(dnf.repo.CACHE_FILES[type]) for type in types]
     count = 0
-    # Another process may be about to install packages from the cache.
+    # Another process may be installing packages from the cache. During a transaction, it holds the first of these
+    # locks.
     with dnf.lock.build_rpmdb_lock(conf.persistdir, True), \
             dnf.lock.build_metadata_lock(cache, False), dnf.lock.build_download_lock(cache, False):
         for directory, _, names in os.walk(cache):

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The locations of the package manager's configuration files, and the rules about the files that the script reads.
+"""The paths of the package manager's configuration files, and the rules that decide which files the script reads.
 
-The program's editor reads the same files by the same rules. Every thread may call this module; it has no state.
+The program's repository editor follows the same rules. Every thread may call this module; it has no state.
 """
 
 import codecs
@@ -14,12 +14,13 @@ import dnf.conf.read
 from .paths import inRoot
 from .program import tr, yumIOC
 
-# The main file that the dnf command reads.
+# The main configuration file that the dnf command reads.
 OWN_CONFIGURATION = '/etc/dnf/dnf.conf'
 
 
 def configurationFile():
-    """The path of the main configuration file, or None. The editor of repositories looks in the same places."""
+    """The path of the main configuration file; None if no such file exists. The repository editor uses the same file.
+    """
     for path in ('/etc/yum/yum.conf', '/etc/yum.conf', OWN_CONFIGURATION):
         if os.path.exists(inRoot(path)):
             return inRoot(path)
@@ -27,8 +28,8 @@ def configurationFile():
 
 
 def repositoryDirectories(known):
-    """Returns the repository directories for a main configuration file that names no directory. The list includes
-    directories that only dnf knows, if they exist. The editor uses the same list.
+    """The repository directories to use if the main configuration file does not set reposdir. known: the directories
+    that dnf uses by default; the list contains those that exist. The repository editor uses the same list.
     """
     usual = ['/etc/yum.repos.d', '/etc/yum/repos.d']
     return [inRoot(path) for path in usual] + [
@@ -36,18 +37,19 @@ def repositoryDirectories(known):
 
 
 def tooLarge(limit):
-    """The message about a file that is larger than this number of bytes."""
+    """The message about a file that is larger than the limit, a number of bytes."""
     return tr('it is larger than {} MB').format(limit >> 20)
 
 
 def mainFileFault(path):
-    """The reason why dnf must not read the main configuration file; empty if dnf can read it.
+    """The reason why VYRE must not pass the main configuration file to dnf; empty if it can.
 
-    dnf would never stop reading a pipe or an endless file. dnf itself handles all other errors of the file. If VYRE
-    ignored the whole file because of another error, it would also ignore options that demand signature checks.
+    The function refuses pipes and endless files, because dnf would never stop reading them. It does not look for errors
+    in the text, which dnf handles: if VYRE refused such a file, it would also ignore options that demand signature
+    checks.
     """
     try:
-        # The type is checked first, because opening a device may already have an effect.
+        # Check the file type before opening the file: a device may already act when it is opened.
         found = os.stat(path)
         if not stat.S_ISREG(found.st_mode):
             return tr('it is not a regular file')
@@ -59,17 +61,18 @@ def mainFileFault(path):
         return e.strerror
 
 
-# The first bytes of texts in UTF-16. The program does not read such files.
+# The first bytes of a file in UTF-16. The repository editor cannot read such a file.
 TWO_BYTE_MARKS = (b'\xff\xfe', b'\xfe\xff')
 
 
 def isUsable(path):
-    """Whether the program's editor can read this repository file. The editor reports the files that it does not read.
+    """Whether the script reads this repository file: only if the repository editor can read it, too. The editor reports
+    the files that it cannot read.
 
-    dnf would never stop reading a pipe or an endless file.
+    The function also refuses pipes and endless files, because dnf would never stop reading them.
     """
     try:
-        # The type is checked first, because opening a device may already have an effect.
+        # Check the file type before opening the file: a device may already act when it is opened.
         if not stat.S_ISREG(os.stat(path).st_mode):
             return False
         descriptor = os.open(path, os.O_RDONLY | os.O_CLOEXEC | os.O_NOCTTY | os.O_NONBLOCK)
@@ -96,7 +99,7 @@ def isUsable(path):
 
 
 def isText(content):
-    """Whether the content of a configuration file is text, by the rules of the program."""
+    """Whether the repository editor treats the content of a file as text, and no repository section is too long."""
     if b'\0' in content or content.startswith(TWO_BYTE_MARKS):
         return False
     if content.startswith(codecs.BOM_UTF8):
@@ -108,7 +111,7 @@ def isText(content):
 
 
 def largestSection(content):
-    """The size of the longest repository section, in bytes. The main section is ignored."""
+    """The size of the longest section, in bytes. [main] sections at the beginning of the file do not count."""
     starts = [found.start() for found in re.finditer(b'^\\[', content, re.M)]
     first = 0
     while first < len(starts) and re.match(b'\\[main\\](\n|$)', content[starts[first]:starts[first] + 7]):
@@ -118,7 +121,7 @@ def largestSection(content):
 
 
 class RepositoryReader(dnf.conf.read.RepoReader):
-    """Reads only the repository files that the program's editor can read."""
+    """dnf's reader of repository files. It reads only the files that the repository editor can read, too."""
 
     def _get_repos(self, path):
         return super(RepositoryReader, self)._get_repos(path) if isUsable(path) else iter(())

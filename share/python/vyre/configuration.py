@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Reads dnf's configuration of the managed system from its files.
 
-The graphical thread does this when VYRE starts, and again before each new collection.
+The graphical thread runs this module when VYRE starts, and again before each new collection.
 """
 
 import logging
@@ -24,37 +24,37 @@ from .program import tr
 
 
 def readConfiguration():
-    """Read the configuration files. Returns the configuration, and the repository directories that dnf knows.
+    """Read the configuration files. Return the configuration, and the repository directories that dnf uses by default.
 
-    The log reports each unreadable part. An unreadable part keeps its default.
+    If a file or an option is unusable, log the reason and keep the default.
     """
     conf = dnf.conf.Conf()
-    # This call must follow Conf(): Conf() detects the architecture, and makes rpm read its own configuration again.
+    # Call this after Conf(): Conf() makes rpm read its configuration again, which would undo the call.
     useDatabaseOfRoot()
     conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
-    # dnf waits for locks on the cache. WaitingLock lets the user end such a wait.
+    # With False, dnf waits for the locks on its cache. WaitingLock lets the user end such a wait.
     conf._set_value('exit_on_lock', False, dnf.conf.PRIO_COMMANDLINE)
-    # The user answers every question.
+    # VYRE shows every question to the user.
     conf._set_value('assumeyes', False, dnf.conf.PRIO_COMMANDLINE)
     conf._set_value('assumeno', False, dnf.conf.PRIO_COMMANDLINE)
-    # The program's editor of repositories reads the same directories.
+    # The program's repository editor reads the same directories.
     known = list(conf.reposdir)
     conf._set_value('reposdir', repositoryDirectories(known), dnf.conf.PRIO_DEFAULT)
     conf._set_value('persistdir', inRoot('/var/lib/dnf'), dnf.conf.PRIO_DEFAULT)
     conf._set_value('varsdir', [inRoot(path) for path in ('/etc/yum/vars', '/etc/dnf/vars')],
                     dnf.conf.PRIO_DEFAULT)
     for option, path in (('cachedir', '/var/cache/yum'), ('logdir', '/var/log')):
-        # For an ordinary user, dnf has chosen private directories already.
+        # Keep the private directories that dnf has chosen for an ordinary user.
         if dnf.util.am_i_root() or (managedRoot() != '/' and canWrite(inRoot(path))):
             conf._set_value(option, inRoot(path), dnf.conf.PRIO_DEFAULT)
     preset = {option: getattr(conf, option) for option in ('cachedir', 'logdir', 'persistdir')}
 
-    # dnf also looks for repositories in its main file. Without this option, it would look in its usual main file.
+    # dnf also reads repositories from the file that this option names; the default is /etc/dnf/dnf.conf.
     conf._set_value('config_file_path', readMainFile(conf), dnf.conf.PRIO_COMMANDLINE)
-    # The skip_broken option changes other options.
+    # If skip_broken is set, this function of dnf changes the "strict" option.
     conf._adjust_conf_options()
-    # The files of a managed root name directories of that root. Directories of the running system must not replace
-    # them.
+    # The configuration files of a managed root name directories of this root. dnf must not read the directories of the
+    # running system that have the same paths.
     for option in ('reposdir', 'varsdir'):
         conf._set_value(option, [namedDirectoryOfFiles(directory) for directory in getattr(conf, option)],
                         dnf.conf.PRIO_COMMANDLINE)
@@ -77,9 +77,9 @@ def readConfiguration():
 
 
 def readMainFile(conf):
-    """Read the options of the main configuration file. Returns the file in which dnf looks for repositories.
+    """Read the options of the main configuration file. Return the path of the file from which dnf reads repositories.
 
-    If the main configuration file is missing, dnf would not check signatures, so this function demands the check.
+    Without this file, dnf would not check package signatures. So if the file is missing or unusable, demand this check.
     """
     path = configurationFile()
     if path is None:
@@ -110,16 +110,16 @@ def reportUnused(path, fault):
 CHECKS = ('gpgcheck', 'repo_gpgcheck', 'localpkg_gpgcheck', 'gpgkey_dns_verification', 'sslverify',
           'sslverifystatus', 'proxy_sslverify')
 
-# dnf's own file of the running system.
+# dnf's own main configuration file on the running system. Tests replace this path.
 RUNNING_CONFIGURATION = OWN_CONFIGURATION
 
 
 def keepChecks(conf, path):
-    """If VYRE does not read dnf's own main file, demand the checks of dnf's own file too. Also protect the packages
-    that this file protects. path: the file that VYRE reads, or None.
+    """If VYRE reads another main configuration file than the dnf command, also demand the checks that dnf's own file
+    demands, and protect the packages that this file protects. path: the file that VYRE reads, or None.
 
-    The dnf command reads only its own file. VYRE must not install or remove a package if dnf refuses this. If a managed
-    root lacks dnf's own file, dnf reads the file of the running system.
+    VYRE must not install or remove a package if the dnf command refuses this. If a managed root lacks dnf's own file,
+    the dnf command reads the file of the running system.
     """
     own = inRoot(OWN_CONFIGURATION)
     ofRoot = os.path.exists(own)
@@ -145,8 +145,8 @@ def keepChecks(conf, path):
         conf._set_value(check, True, dnf.conf.PRIO_COMMANDLINE)
     protect(conf, demanded.protected_packages)
     if added:
-        # Nobody wrote the file of the running system for the managed root. So the log mentions its checks without a
-        # warning.
+        # The file of the running system was not written for the managed root. So its checks cause no warning, only an
+        # ordinary line in the log.
         show = logging.getLogger('dnf').warning if ofRoot else logging.getLogger('dnf').info
         if path is None:
             show(tr('The main configuration file is missing. dnf uses %s instead. VYRE also makes the checks '
@@ -157,7 +157,7 @@ def keepChecks(conf, path):
 
 
 def protect(conf, names):
-    """Add these names to the list of protected packages."""
+    """Add these package names to the protected_packages option."""
     own = list(conf.protected_packages)
     missing = [name for name in names if name not in own]
     if missing:
@@ -165,14 +165,14 @@ def protect(conf, names):
 
 
 def setReleasever(conf):
-    """Set the release and its parts. Newer versions of dnf know $releasever_major and $releasever_minor.
+    """Set $releasever, and from dnf 4.23 on also its parts: $releasever_major and $releasever_minor.
 
-    The parts come from the release package if it provides them, and otherwise from the release. From dnf 4.24 on, parts
-    from the environment or from a file of variables replace the parts from the release.
+    If the release package provides the parts, it has priority. Otherwise dnf splits the release. From dnf 4.24 on,
+    parts from the environment or from a variable file replace the parts of the split release.
     """
     given = conf.releasever is not None
     parts = {part: getattr(conf, part, None) for part in ('releasever_major', 'releasever_minor')}
-    # A release from the environment or from a file of variables has precedence. Setting it also sets its parts.
+    # A release from the environment or from a variable file has priority. This assignment also sets both parts.
     conf.releasever = conf.releasever if given else detectedRelease()
     if not hasattr(dnf.rpm, 'detect_releasevers'):
         return
@@ -191,7 +191,7 @@ def setReleasever(conf):
 
 
 def detectedRelease():
-    """The release of the managed system. Without a release package, it is the release in /etc/os-release, or "1"."""
+    """The release of the managed system. If no release package is installed, the release in /etc/os-release, or "1"."""
     try:
         detected = dnf.rpm.detect_releasever(managedRoot())
     except dnf.exceptions.Error as e:

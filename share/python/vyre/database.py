@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""rpm's database: its location, and a check for changes. The graphical thread and workers run this module."""
+"""rpm's database: its location, its cookie and the numbers of its packages. The graphical thread and workers run this
+module.
+"""
 
 import logging
 import os
@@ -13,16 +15,17 @@ from .paths import managedRoot
 from .privatenames import RPMKEYS_NAMES
 from .program import tr
 
-# The directories of rpm's database in the distributions.
+# The directories that distributions use for rpm's database.
 DATABASES = ('/var/lib/rpm', '/usr/lib/sysimage/rpm')
 
 
 def useDatabaseOfRoot():
-    """Use the database of the managed system. In some distributions, rpm uses a database in the user's home directory.
+    """Make rpm use the database of the managed system, not a database in the user's home directory, as rpm does by
+    default in some distributions.
 
-    dnf checks signatures with the rpmkeys program, which also needs this directory. If the script runs again in the
-    same interpreter, rpm's macro already has its value, and this function changes nothing. Therefore the replacement of
-    dnf's function is permanent.
+    dnf checks signatures with the rpmkeys program, which must use the same directory. So this function also replaces
+    dnf's function that runs rpmkeys. It does not use program.replace(), which restores dnf's function before the script
+    runs again: then the macro already has its value, and this function would not replace dnf's function again.
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return
@@ -32,7 +35,8 @@ def useDatabaseOfRoot():
 
 
 def verifyWithDatabaseOfRoot(package, root):
-    """Check the signatures of a package. package: an open file. Returns dnf's number for the result; 0 means correct.
+    """Check the signatures of a package, as dnf's function does, but with the database in DATABASES[0]. package: the
+    open package file. Returns dnf's number for the result; 0 means that the signatures are correct.
     """
     program = dnf.rpm.miscutils._find_rpmkeys_binary()
     if program is None:
@@ -48,20 +52,22 @@ def verifyWithDatabaseOfRoot(package, root):
 
 
 def databaseCookie():
-    """A text that changes with every change to the installed packages; empty if rpm cannot compute the text."""
+    """A text that differs after each change to the installed packages; empty if rpm cannot compute it."""
     transaction = rpm.TransactionSet(managedRoot())
     try:
         return transaction.dbCookie() if transaction.openDB() == 0 else ''
-    except (AttributeError, rpm.error):  # an older version of rpm
+    except (AttributeError, rpm.error):  # an old version of rpm, without dbCookie()
         return ''
     finally:
         transaction.closeDB()
 
 
 def installedNumbers():
-    """A set of pairs: the number in the database and the name of each installed package. Signing keys are left out."""
+    """A set of pairs for the installed packages: the package's number in rpm's database, and its name. The set leaves
+    out signing keys, which the database stores as packages.
+    """
     transaction = rpm.TransactionSet(managedRoot())
-    # The signatures were checked when the packages were installed.
+    # To save time, do not check the signatures of installed packages again.
     transaction.setVSFlags(rpm._RPMVSF_NOSIGNATURES | rpm._RPMVSF_NODIGESTS)
     try:
         found = set((header[rpm.RPMTAG_DBINSTANCE], decoded(header[rpm.RPMTAG_NAME]))

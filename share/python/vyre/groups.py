@@ -25,8 +25,8 @@ class GroupPackage:
 
 
 class Group:
-    """A group of packages with fixed lists of members. dnf's own group objects make each list again on every access,
-    and their members cannot be shown as text.
+    """A group of packages with fixed lists of members. dnf's group objects make a new list on every access, and str()
+    of a member does not return the member's name.
     """
 
     def __init__(self, group):
@@ -52,7 +52,7 @@ class Group:
 
 
 class GeneratorProbe:
-    """Counts how often a generator asks for an iterator."""
+    """An iterator that counts the calls of its __iter__() method."""
 
     asked = 0
 
@@ -68,10 +68,10 @@ class GeneratorProbe:
 def groupsCanBeRead():
     """Whether dnf can read lists of groups.
 
-    dnf reads the lists with generators. Some versions of Python call iter() a second time, on the result of the first
-    call. Some versions of libcomps, such as the version in Debian 13, then treat the iterator as a list: the result has
-    no groups, or the process crashes. The call below is harmless: the list has only one group, and no code uses the
-    result.
+    dnf reads the lists with generators. Some versions of Python call iter() for the list, and again for the iterator
+    that this call returns. Some versions of libcomps, such as the version in Debian 13, treat that iterator as a list:
+    then dnf finds no groups, or the process crashes. iter(iterator) below cannot cause a crash, because the list has
+    only one group, and nothing reads its result.
     """
     probe = GeneratorProbe()
     list(each for each in probe)
@@ -89,7 +89,7 @@ def groupsCanBeRead():
 
 
 class WithoutGroups(dnf.comps.Comps):
-    """An empty object that replaces dnf's groups on a system where dnf cannot read groups."""
+    """Replaces dnf's collection of groups on a system where dnf cannot read groups. It contains no groups."""
 
     def __len__(self):
         return 0
@@ -105,7 +105,9 @@ class WithoutGroups(dnf.comps.Comps):
 
 
 def checkGroups(base, repo):
-    """Leave out a group list that cannot be unpacked. Otherwise dnf would not read the other group lists either."""
+    """If a repository's group list cannot be unpacked, ignore the groups of this repository. Otherwise dnf would not
+    read the group lists of the other repositories either.
+    """
     path = repo._repo.getCompsFn() if repo.enablegroups and repo.metadata else ''
     if not path or not canUnpack(path):
         return
@@ -120,7 +122,7 @@ def checkGroups(base, repo):
 
 
 def reportUnreadable(base):
-    """If a repository has groups, report that they are left out. Returns whether a report was necessary."""
+    """If an enabled repository has groups, log that VYRE cannot read them. Return whether a repository has groups."""
     found = any(repo.enablegroups and repo.metadata and repo._repo.getCompsFn() for repo in base.repos.iter_enabled())
     if found:
         logging.getLogger('dnf').warning('%s', tr(

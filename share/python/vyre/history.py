@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The history of transactions, and a check that the package database has the changes of a transaction.
+"""dnf's transaction history, and a check whether rpm's database contains the changes of a transaction.
 
 A worker runs this module.
 """
@@ -24,9 +24,10 @@ COMMAND_LENGTH = 1000
 
 
 def commandLine(*lists):
-    """The text that the history stores as the command line. lists: pairs of a verb and names of packages or groups.
+    """The command line that the history stores for a transaction. lists: pairs of a verb and names of packages or
+    groups.
 
-    dnf shows the history on a terminal, so "?" replaces each unprintable character of a name.
+    "?" replaces each unprintable character of a name, because dnf shows the history on a terminal.
     """
     parts = []
     for verb, objects in lists:
@@ -38,7 +39,7 @@ def commandLine(*lists):
 
 
 def reportLeftovers(base):
-    """Report the effects of a transaction that a crash or a power failure has interrupted. dnf does not report them."""
+    """Log the effects of a transaction that a crash or a power failure has interrupted. dnf does not log them."""
     parts = []
     try:
         reportInterrupted(base, parts)
@@ -49,17 +50,17 @@ def reportLeftovers(base):
                                 '\n'.join('  ' + ', '.join(str(package) for package in packages)
                                           for packages in several)))
     except (dnf.exceptions.Error, hawkey.Exception, libdnf.error.Error, RuntimeError, OSError) as e:
-        # The program can still use the packages.
+        # VYRE can show the packages all the same, so this failure must not end the operation.
         logging.getLogger('dnf').debug('It is not known how the last transaction ended: %s', e)
     if parts:
         logging.getLogger('dnf').warning('%s', '\n'.join(parts))
 
 
 def reportInterrupted(base, parts):
-    """Add a message about the last transaction if the history lacks its end."""
+    """Append a message to the list "parts" if the history lacks the end of the last transaction."""
     history = base.history
-    # If the history is missing, opening it would create it. A user who cannot write the history cannot apply marks
-    # either.
+    # If the history is missing, dnf would create it here. A user who cannot write the history cannot complete the
+    # transaction, so the message would not help.
     if not os.access(history.dbpath, os.R_OK | os.W_OK):
         return
     try:
@@ -67,7 +68,7 @@ def reportInterrupted(base, parts):
         if last is None or last.end_timestamp:
             return
         begin = time.ctime(last.beg_timestamp)
-        # Group items have no names.
+        # Leave out the groups: their items have no names.
         if not unrecorded(base, [item for item in last.packages() if item.name]):
             parts.append(tr('The history does not record the end of the last transaction, begun on {}.\n'
                             'All its packages are in the intended state.').format(begin))
@@ -76,12 +77,12 @@ def reportInterrupted(base, parts):
                             'Mark and apply its remaining changes again.').format(begin))
     finally:
         history.close()
-        del base._ts  # other programs may need the database
+        del base._ts  # close rpm's database, because other programs may need it
 
 
 def severalVersions(base):
-    """Lists of installed packages with the same name and architecture, the oldest first. Only one package of each list
-    should be installed.
+    """A list for each name and architecture of which several versions are installed by mistake: these packages, the
+    oldest first. Packages such as kernels, which may have several installed versions, are left out.
     """
     installed = base.sack.query(flags=hawkey.IGNORE_EXCLUDES).installed()
     duplicated = installed.duplicated().difference(base._get_installonly_query(installed))
@@ -92,7 +93,7 @@ def severalVersions(base):
 
 
 def refuseHistory(base, text):
-    """Raise an exception with the failure of the history file, and with advice."""
+    """Raise an exception for a failure to read or write the history file. text: dnf's or SQLite's error message."""
     if any(damage in text for damage in ('not a database', 'malformed', 'no such table')):
         raise dnf.exceptions.Error(tr('The transaction history is damaged: {}\n'
                                       'Move the file to another place. The package manager then creates a new '
@@ -101,7 +102,8 @@ def refuseHistory(base, text):
 
 
 def endHistory(base):
-    """Record that the transaction failed before rpm began. Otherwise it would look like an interrupted transaction."""
+    """Record that the transaction failed before rpm began. Without this record, the transaction would look interrupted.
+    """
     try:
         for item in base.transaction or []:
             item.state = libdnf.transaction.TransactionItemState_ERROR
@@ -111,10 +113,10 @@ def endHistory(base):
 
 
 def unrecorded(base, items):
-    """The items of a transaction whose changes are missing in rpm's database. The database is read again, because rpm
-    ignores failures to write it.
+    """The items of a transaction whose changes are missing in rpm's database. This check is necessary because rpm
+    ignores failures to write its database.
     """
-    del base._ts
+    del base._ts  # so that dbMatch() below opens and reads the database again
     wanted = {}
     for item in items:
         key = (item.name, item.epoch, item.version, item.release, item.arch)

@@ -16,9 +16,8 @@ from .program import tr
 
 
 def checkPersistence(base):
-    """Refuse changes that the system does not keep. If the programs of the system are in a read-only image, changes may
-    be impossible, or the next start of the system may discard them. VYRE lacks dnf's command-line options for such
-    systems.
+    """Refuse changes on a system whose programs are in a read-only image. On such a system, changes may be impossible,
+    or the system may discard them when it starts again. VYRE lacks dnf's command-line options for such systems.
     """
     image = managedRoot() == '/' and os.path.isfile('/run/ostree-booted')
     persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
@@ -30,7 +29,7 @@ def checkPersistence(base):
         raise dnf.exceptions.Error(dnf.i18n._('Transient transactions are only supported on bootc systems.'))
     kinds = libdnf.transaction
     if hasattr(kinds, 'TransactionPersistence_PERSIST'):
-        # The history stores this value.
+        # dnf stores this value in the history.
         base._persistence = (kinds.TransactionPersistence_TRANSIENT if image else
                              kinds.TransactionPersistence_PERSIST)
     if image:
@@ -38,8 +37,8 @@ def checkPersistence(base):
 
 
 def checkDrift(base):
-    """Refuse to change files that must match the image, such as the boot loader's files. The next start of the system
-    discards changes below /usr, but keeps changes to these files. Versions of dnf before 4.24 do not check this.
+    """Refuse to change files that must match the image, such as the boot loader's files. When the system starts again,
+    it discards changes below /usr, but keeps changes to these files. dnf checks the files only from version 4.24 on.
     """
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}

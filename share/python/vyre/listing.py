@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Additions to the listing: the changes to groups and module streams, and the groups without packages.
 
-dnf's library does not list these changes; the dnf command does. Their sections use the texts and translations of the
-command. The worker that applies the marks runs this module.
+dnf's library does not list these changes, but the dnf command does. The sections have the command's texts and
+translations. The worker that applies the marks runs this module.
 """
 
 import dnf.exceptions
@@ -14,9 +14,8 @@ from .program import tr
 
 
 def otherSections(base, withGroups=True):
-    """Returns the changes to groups and module streams in a resolved transaction, as the dnf command lists them.
-
-    The result is a list of pairs of a heading and its lines. Empty sections are left out.
+    """The changes to groups and module streams in a resolved transaction, as the dnf command lists them: a list of
+    pairs of a heading and its lines. Empty sections are left out.
     """
     sections = []
     dnfText = dnf.i18n._
@@ -43,8 +42,8 @@ def otherSections(base, withGroups=True):
 
 
 def remarksAboutGroups(base):
-    """A sentence for each group that a resolved transaction installs or removes without any package. Otherwise the
-    listing of such a transaction would look empty.
+    """A sentence for each group that a resolved transaction installs or removes without any of its packages. Without
+    these sentences, the listing of such a transaction would be empty.
     """
     transaction = list(base.transaction or [])
     coming = [item.pkg for item in transaction if item.action in dnf.transaction.FORWARD_ACTIONS]
@@ -67,14 +66,14 @@ def remarksAboutGroups(base):
 
 
 def membersOf(group):
-    """The names of the members that dnf installs with a group. group: an object of the history."""
+    """The names of the packages that dnf installs with a group. group: a group object of dnf's history."""
     types = group.getPackageTypes()
     return [package.getName() for package in group.getPackages() if package.getPackageType() & types]
 
 
 def refuseModuleSwitch(base, packages):
-    """Refuse to replace an enabled module stream by another stream, unless the configuration allows this. dnf's library
-    does not check this; the dnf command does. The text names the marked packages that are in these streams.
+    """Refuse to switch an enabled module to another stream, unless the module_stream_switch option allows this. The dnf
+    command checks this option, but dnf's library does not. The error names the marked packages in the other streams.
     """
     conf = base.conf
     if not conf._has_option('module_stream_switch') or conf.module_stream_switch:
@@ -98,7 +97,7 @@ def refuseModuleSwitch(base, packages):
 
 
 def packagesOfStreams(base, packages, streams):
-    """The texts of the packages that belong to these module streams. streams: pairs of a module name and a stream."""
+    """The full names of the packages that belong to these module streams. streams: pairs of a module and a stream."""
     found = set()
     for module in base._moduleContainer.getModulePackages():
         if (module.getName(), module.getStream()) in streams:

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """The locks: dnf's lock on its own files, dnf's locks on its cache, and rpm's lock on its database.
 
-Workers take the locks. The program holds the first lock for its whole life; the graphical thread releases it.
+Workers take the locks. The program holds the lock on dnf's own files until it ends; the graphical thread releases it.
 """
 
 import contextlib
@@ -26,21 +26,21 @@ from .stopping import endIfStopped
 
 try:
     import sqlite3
-except ImportError:  # a separate package in some distributions
+except ImportError:  # some distributions have this module in a separate package
     sqlite3 = None
 
 
-# dnf's own functions that make its locks.
+# dnf's functions that make its locks. The end of this file replaces them in dnf.
 buildDatabaseLock = dnf.lock.build_rpmdb_lock
 buildMetadataLock = dnf.lock.build_metadata_lock
 buildDownloadLock = dnf.lock.build_download_lock
 
 
 class SessionLock(dnf.lock.ProcessLock):
-    """dnf's lock on its own files, which the program holds for its whole life.
+    """dnf's lock on its own files. The program holds it until the program ends.
 
-    dnf takes the same lock for each transaction. This process already holds the lock, so each of its threads may take
-    the lock again. Only one thread works at a time.
+    dnf takes the same lock again for each transaction, on another thread of this process. dnf's own class would refuse
+    this; here, only the number of holders changes. Only one thread at a time uses dnf.
     """
 
     def _lock_thread(self):
@@ -53,9 +53,9 @@ class SessionLock(dnf.lock.ProcessLock):
 class DatabaseLock:
     """Holds rpm's own lock for a scope, so that no other program changes the packages within the scope.
 
-    rpm waits for this lock without a message, or does not wait at all. This class shows the holder of the lock, and
-    asks whether to wait longer. The lock belongs to the process: rpm can take it again, and releases it at the end of
-    its work.
+    Without this class, rpm would wait for the lock without a message, or not wait at all. This class shows which
+    process holds the lock, and asks whether to wait longer. The lock belongs to the whole process: rpm can take it
+    again, and releases it when rpm has finished.
     """
 
     # Times in seconds: between two attempts, before the first question, and between two questions.
@@ -64,7 +64,7 @@ class DatabaseLock:
     NEXT_QUESTION = 60
 
     def __init__(self, step):
-        """step: the text that the bar shows after a wait."""
+        """step: the name of the current step, which the bar shows again after a wait."""
         self._step = step
 
     def __enter__(self):
@@ -74,7 +74,7 @@ class DatabaseLock:
         self._descriptor = None
         try:
             self._descriptor = os.open(self._path, os.O_RDWR | os.O_CREAT | os.O_CLOEXEC, 0o644)
-        except OSError as e:  # rpm reports the error if it needs the file
+        except OSError as e:  # if rpm needs the file, rpm reports this error
             logging.getLogger('dnf').debug('%s', e)
         try:
             self._wait()
@@ -92,8 +92,8 @@ class DatabaseLock:
         while not self._taken():
             waited = True
             holder = self._holder()
-            # This loop calls showActivity() each time, even with the same text: to end the wait, the program raises an
-            # exception in this call.
+            # Call showActivity() in each round, even with the same text: when the program ends, it raises an exception
+            # in this call, and so ends the wait.
             if holder:
                 showActivity(tr('Waiting for {}, which uses the package database').format(holder))
             else:
@@ -116,8 +116,8 @@ class DatabaseLock:
         return not self._databaseIsLocked()
 
     def _databaseIsLocked(self):
-        """Whether another program, such as a backup, locks the database although rpm's lock is free. In this case, rpm
-        would give up after some time, in the middle of the transaction.
+        """Whether another program, such as a backup, has locked rpm's SQLite database, although rpm's own lock is free.
+        With a locked database, rpm would give up after some time, in the middle of the transaction.
         """
         if sqlite3 is None or not os.path.exists(self._database):
             return False
@@ -134,7 +134,7 @@ class DatabaseLock:
         return False
 
     def _holder(self):
-        """The name and process number of the program that holds one of the locks; empty if unknown."""
+        """The name and number of the process that holds rpm's lock or has locked rpm's database; empty if unknown."""
         files = set()
         for path in (self._path, self._database, self._database + '-shm'):
             try:
@@ -165,10 +165,11 @@ class DatabaseLock:
 
 
 def nameInLocks(path):
-    """The name of a file in /proc/locks: the device of its file system, and the number of the file. The device may
-    differ from the device that stat() returns.
+    """The identifier of a file in /proc/locks: the device of its file system, and its inode number. The kernel's device
+    number there may differ from st_dev, so this function reads it from /proc.
     """
-    # O_PATH is necessary: closing a file that is open for reading releases all locks of this process on the file.
+    # O_PATH is necessary: when a process closes a descriptor that it opened for reading, the kernel releases all locks
+    # of the process on this file.
     descriptor = os.open(path, os.O_PATH | os.O_CLOEXEC)
     try:
         with open('/proc/self/fdinfo/{}'.format(descriptor)) as facts:
@@ -193,7 +194,7 @@ def startOfProcess(number):
     """The start time of a process in seconds since 1970, exact to two seconds; None if unknown."""
     try:
         with open('/proc/{}/stat'.format(number), 'rb') as stat, open('/proc/stat', 'rb') as system:
-            # The name of the program, in parentheses, can contain any characters.
+            # Search for the last ")": the second field is the program's name in parentheses, which may contain ")".
             ticks = int(stat.read().rpartition(b')')[2].split()[19])
             booted = next(int(line.split()[1]) for line in system if line.startswith(b'btime '))
     except (OSError, ValueError, IndexError, StopIteration):
@@ -202,12 +203,14 @@ def startOfProcess(number):
 
 
 def hasEnded(number):
-    """Whether the process of this number no longer exists; False if this is unknown."""
+    """Whether no process has this number; False if /proc is not available."""
     return os.path.exists('/proc/self') and not os.path.lexists('/proc/{}'.format(number))
 
 
 def usesPackages(number):
-    """Whether a process has loaded rpm's library, as every holder of a lock has. True if this is unknown."""
+    """Whether a process has loaded rpm's library. Every process that holds one of dnf's locks has loaded this library.
+    True if the process cannot be examined.
+    """
     try:
         with open('/proc/{}/maps'.format(number), 'rb') as maps:
             return any(b'/librpm' in line for line in maps)
@@ -219,8 +222,8 @@ def abandonedBy(target):
     """The number of the process that has ended without removing this lock file. None if the process still holds the
     lock, or if the file is missing.
 
-    The existence of a process of this number is not enough: after a crash or a restart of the machine, another process
-    may have the number.
+    Even if a process has the number in the file, it may be another process: after a crash or a restart of the machine,
+    the system uses the numbers again.
     """
     try:
         with open(target, 'rb') as stream:
@@ -233,14 +236,15 @@ def abandonedBy(target):
     if hasEnded(number):
         return number
     started = startOfProcess(number)
-    # The clock may have changed since the file was written, so the time alone does not prove that the owner has ended.
+    # The process began after the file was written, so it is not the owner, unless somebody has changed the clock.
+    # Therefore this check also requires that the process does not use rpm.
     if started is not None and started > written + 2 and not usesPackages(number):
         return number
     return None
 
 
 def removeAbandonedLock(lock):
-    """Remove the file of a lock whose owner has ended. Otherwise every process would wait for that owner for ever."""
+    """Remove a lock file if its owner has ended. Otherwise every other process would wait for ever."""
     number = abandonedBy(lock.target)
     if number is None:
         return
@@ -260,16 +264,16 @@ def removeAbandonedLock(lock):
 
 
 class WaitingLock(dnf.lock.ProcessLock):
-    """A lock on the cache. It waits for another process that holds the lock, and shows the name of that process.
+    """A lock on dnf's cache. If another process holds the lock, this class waits, and shows the name of that process.
 
-    dnf itself would wait for ever, even for an unrelated process to which the system has given the number of the ended
-    owner.
+    dnf's own class waits for ever, even if the owner in the lock file has ended and an unrelated process now has its
+    number.
     """
 
     # Seconds between two attempts.
     ATTEMPTS = 0.2
 
-    # Whether packages have changed since they were read.
+    # Whether VYRE has changed packages since it read them.
     changed = False
 
     def __enter__(self):
@@ -289,7 +293,8 @@ class WaitingLock(dnf.lock.ProcessLock):
         logged = None
         try:
             while holder != number:
-                # If the file has no number, another process is taking or releasing the lock at this moment.
+                # If the lock file has no number (holder is not positive), another process is just writing or removing
+                # the file.
                 first = holder != logged and holder > 0
                 if first:
                     logged = holder
@@ -321,7 +326,7 @@ class WaitingLock(dnf.lock.ProcessLock):
 
 
 class OptionalLock(WaitingLock):
-    """A lock on the cache for readers: if another process holds the lock, the reader goes on without it."""
+    """A lock on dnf's cache for a reader. If another process holds the lock, the reader goes on without the lock."""
 
     def __enter__(self):
         self._held = False
@@ -342,8 +347,8 @@ class OptionalLock(WaitingLock):
 
 @contextlib.contextmanager
 def withoutWaitForMetadata():
-    """Within this scope, dnf reads the metadata in the cache even if another process holds the lock on them. That
-    process replaces whole files, so the metadata stay readable.
+    """Within this scope, dnf reads the metadata in the cache even if another process holds the metadata lock. This is
+    safe, because that process only replaces whole files.
     """
     build = dnf.lock.build_metadata_lock
     dnf.lock.build_metadata_lock = lambda cachedir, exit_on_lock: OptionalLock(
@@ -355,10 +360,9 @@ def withoutWaitForMetadata():
 
 
 def awaitLock(text, first=False):
-    """Show that the script waits for a lock. text: the description of the wait; None shows the end of the wait. first:
-    whether the log also gets the text.
+    """Show that the script waits for a lock. Return False if the user has ended the wait.
 
-    Returns False if the user ends the wait.
+    text: the description of the wait; None after the wait. first: whether to write the text to the log, too.
     """
     if first:
         logging.getLogger('dnf').info('%s', text)
@@ -370,7 +374,7 @@ def awaitLock(text, first=False):
 
 
 def waitingLock(build):
-    """Returns a replacement for dnf's function "build". It makes a WaitingLock instead of dnf's own lock."""
+    """Returns a function that makes a WaitingLock. build: the function of dnf that it replaces."""
     def buildWaiting(cachedir, exit_on_lock):
         plain = build(cachedir, exit_on_lock)
         return plain if exit_on_lock else WaitingLock(plain.target, plain.description)
@@ -378,15 +382,15 @@ def waitingLock(build):
 
 
 def useDatabaseLock(lock=None):
-    """Make dnf use this lock on its own files. If lock is None, dnf makes its own lock, which waits for no other
-    process.
+    """Make dnf use this lock for its own files. If lock is None, dnf makes a lock that raises an exception, instead of
+    waiting, if another process holds it.
     """
     dnf.lock.build_rpmdb_lock = lambda persistdir, exit_on_lock: lock or buildDatabaseLock(persistdir, True)
 
 
 def takeSessionLock(conf):
-    """Remove the lock files of processes that have ended. Then take dnf's lock on its own files, for the rest of the
-    run, and return it.
+    """Remove the lock files of processes that have ended. Then take dnf's lock on its own files until the program ends,
+    and return this lock.
     """
     for left in (buildDatabaseLock(conf.persistdir, True), buildMetadataLock(conf.cachedir, True),
                  buildDownloadLock(conf.cachedir, True)):
@@ -405,7 +409,7 @@ def takeSessionLock(conf):
 
 
 def releaseSessionLock(lock):
-    """Release the lock of takeSessionLock()."""
+    """Release the lock that takeSessionLock() has returned."""
     useDatabaseLock()
     try:
         lock.__exit__()
@@ -413,7 +417,7 @@ def releaseSessionLock(lock):
         raise dnf.exceptions.LockError(str(e))
 
 
-# The program does not wait for the lock on dnf's own files. If another process holds it, the program says so at once.
+# If another process holds the lock on dnf's own files, the program does not wait, but reports this at once.
 program.replace(dnf.lock, 'build_rpmdb_lock', lambda persistdir, exit_on_lock: buildDatabaseLock(persistdir, True))
 program.replace(dnf.lock, 'build_metadata_lock', waitingLock(buildMetadataLock))
 program.replace(dnf.lock, 'build_download_lock', waitingLock(buildDownloadLock))

@@ -11,7 +11,7 @@ from .program import tr
 
 
 class Marks:
-    """The marked packages and groups. They are objects that the program has got from the script."""
+    """The marked packages and groups: objects that the script's collectUpdates() and similar methods have returned."""
 
     def __init__(self, installs=(), updates=(), removes=(), groupInstalls=(), groupUpdates=(), groupRemoves=()):
         self.installs = list(installs)
@@ -22,7 +22,8 @@ class Marks:
         self.groupRemoves = list(groupRemoves)
 
     def newVersions(self):
-        """The new packages of the updates, without duplicates."""
+        """The new package of each marked update, without duplicates. updates: pairs whose first value is this package.
+        """
         seen = {}
         for new, _ in self.updates:
             seen.setdefault(new, new)
@@ -45,12 +46,12 @@ class Marks:
     def isEmpty(self):
         return not self.isChanging() and not self.isRemoving()
 
-    # The largest number of names in one line of a question.
+    # The largest number of names that inShort() returns.
     SHOWN = 6
 
     def inShort(self):
-        """The names of the marked packages and groups in one line. If the line would have too many names, a number
-        replaces the last names.
+        """The names of the marked packages and groups in one line, for a question. If the line would have more than
+        SHOWN names, the number of further names replaces the last names.
         """
         objects = self.newVersions() + self.installs + self.removes
         names = sorted(set(package.name for package in objects))
@@ -75,11 +76,13 @@ class Marks:
 
 
 class Judged(Exception):
-    """Ends a resolution that is only a trial."""
+    """Raised by a judge to end a resolution whose transaction is not needed; see Base.resolveIf()."""
 
 
 def markAll(base, marks, strict=True):
-    """Add the marks to the goal. If strict is true, one impossible mark makes the whole goal unsolvable."""
+    """Add the marks to dnf's goal. If strict is true, one impossible mark makes the whole goal unsolvable. If strict is
+    false, dnf leaves out impossible installations and updates.
+    """
     for package in marks.removes:
         base.goal.erase(package, clean_deps=base.conf.clean_requirements_on_remove)
     versions = installedVersions(base) if marks.installs or marks.updates else {}
@@ -99,11 +102,11 @@ def markAll(base, marks, strict=True):
         base.group_remove(group.id)
 
 
-# dnf's own functions search all packages for each mark, so a few hundred marks take seconds. The functions below call
-# dnf's functions only if dnf may refuse the mark.
+# package_install() and package_upgrade() of dnf search all packages for each mark, so a few hundred marks would take
+# seconds. The functions below call them only if dnf may refuse the mark.
 
 def installedVersions(base):
-    """The installed packages by name."""
+    """A dictionary from names to lists of the installed packages with this name."""
     found = {}
     for package in base.sack.query().installed():
         found.setdefault(package.name, []).append(package)
@@ -118,7 +121,9 @@ def markInstallation(base, package, versions, strict):
 
 
 def markUpdate(base, package, versions, strict):
-    """Mark exactly this version. If this version cannot be installed, the user must see the reason."""
+    """Add this version of the package to dnf's goal. dnf must not choose another version: if this version cannot be
+    installed, the user must see the reason.
+    """
     replaced = [version for version in versions.get(package.name, [])
                 if package.arch == 'noarch' or version.arch in (package.arch, 'noarch')]
     if not replaced or max(replaced) >= package:
@@ -134,7 +139,7 @@ def demand(base, package, strict):
 
 
 def upgradeMembers(base, group):
-    """Upgrade the installed members of a group that is not installed itself."""
+    """Upgrade the installed members of a group that dnf has not recorded as installed."""
     names = [package.name for package in group.mandatory_packages + group.default_packages]
     installed = base.sack.query().installed().filter(name=names)
     for name in sorted(set(package.name for package in installed)):

@@ -1,5 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The documents of a repository's metadata, and their errors. The worker that reads repositories runs this module."""
+"""The metadata documents of repositories, and the search for errors in them. The worker that reads repositories runs
+this module.
+"""
 
 import bz2
 import glob
@@ -22,15 +24,15 @@ from .program import tr
 
 
 def documentPath(repo, kind):
-    """The path of a repository's metadata of this kind in the cache; None if the repository lacks such metadata."""
+    """The path of a metadata document in the cache; None if the repository lacks it. kind: such as "primary"."""
     try:
         return repo._repo.getMetadataPath(kind) or None
     except (RuntimeError, libdnf.error.Error):
         return None
 
 
-# The file name endings of uncompressed documents. The script cannot unpack documents with other, unknown endings, such
-# as .zck. Only dnf can read such documents.
+# The file name endings of uncompressed documents. The script can also unpack the endings in COMPRESSED, and .zst. Only
+# dnf can read documents with any other ending, such as .zck.
 PLAIN = ('', '.xml', '.yaml', '.yml')
 
 COMPRESSED = {'.gz': gzip.open, '.bz2': bz2.open, '.xz': lzma.open}
@@ -42,17 +44,17 @@ def canUnpack(path):
 
 
 def metadataFault(path, element):
-    """The error of a metadata document; empty if the document has no error, or if it cannot be checked. The outermost
-    element of the document must be the given element.
+    """The error in a metadata document; empty if the document has no error, or if the script cannot check it. element:
+    the name that the outermost XML element must have.
     """
     find = program.faultOfMetadata
     return find(path, element) if find is not None and canUnpack(path) else ''
 
 
-# The size of a block, in bytes. An unpacked document may be larger than the memory.
+# The size in bytes of the blocks that unpacked() returns. A whole unpacked document may be larger than the memory.
 BLOCK = 1 << 20
 
-# The largest unpacked document about modules, in bytes. The script needs the whole document in memory.
+# The largest size of an unpacked modules document, in bytes. The script needs this whole document in memory.
 MODULES_LIMIT = 64 << 20
 
 
@@ -69,14 +71,14 @@ def unpacked(path):
             yield from iter(lambda: stream.read(BLOCK), b'')
 
 
-# The exceptions that can occur while a damaged document is unpacked.
+# The exceptions that unpacked() can raise for a damaged document.
 UNPACKING_ERRORS = (RuntimeError, libdnf.error.Error, OSError, EOFError, lzma.LZMAError, zlib.error)
 
 
 def modulesFault(base, path):
-    """The error of a document about modules. Empty if the document has no error, or if it cannot be checked.
+    """The error in a modules document; empty if the document has no error, or if the script cannot check it.
 
-    If dnf itself reads a damaged document, in a repository or on the system, the process crashes.
+    Without this check, dnf would read a damaged document, and the process would crash.
     """
     if not canUnpack(path):
         return ''
@@ -96,7 +98,9 @@ def modulesFault(base, path):
 
 
 def checkModuleFiles(base):
-    """Refuse a damaged module file in the system's own directories. dnf would crash, or not name the file."""
+    """Raise an exception if a module file below /etc is damaged. dnf would crash, or report an error without the file's
+    name.
+    """
     faults = {path: modulesFault(base, path)
               for path in sorted(glob.glob(inRoot('/etc/dnf/modules.defaults.d') + '/*.yaml'))}
     for path in sorted(glob.glob(inRoot('/etc/dnf/modules.d') + '/*.module')):

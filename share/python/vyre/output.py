@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The output of the script: standard streams, the log, the log files, the text on the bar, additions to the listing.
+"""The script's output: standard streams, the log, dnf's log files, the text on the bar, additions to the listing.
 
 Every thread that holds the interpreter's lock may use this module.
 """
@@ -18,14 +18,14 @@ from .stopping import isStopped
 
 
 def passable(text):
-    """Returns the text in a form that the program accepts: characters that UTF-8 cannot encode are escaped. File names
-    can contain such characters.
+    """The text in a form that the program accepts. Characters that UTF-8 cannot encode are escaped; a file name, for
+    example, can contain such characters.
     """
     return text.encode('utf-8', 'backslashreplace').decode('utf-8').replace('\0', '\\0')
 
 
 class Writer:
-    """Replaces sys.stdout or sys.stderr and passes each text to the program."""
+    """A replacement for sys.stdout or sys.stderr that passes each text to the program."""
 
     encoding = 'utf-8'
     errors = 'replace'
@@ -58,33 +58,37 @@ class Writer:
 
 
 def programListens():
-    """Whether the script can call the program. When the program ends, it restores the interpreter's own streams."""
+    """Whether the script can call the program. False when the program ends: it then restores the interpreter's streams.
+    """
     return isinstance(sys.stdout, Writer)
 
 
 class LogHandler(logging.Handler):
-    """Passes dnf's log records on to the program's log, with the levels of dnf's debuglevel option (default 2)."""
+    """Passes dnf's log records on to the program's log.
+
+    LEVELS: pairs of a level of Python's logging module and the corresponding value of dnf's debuglevel option.
+    """
 
     LEVELS = ((logging.CRITICAL, 0), (logging.ERROR, 1), (logging.WARNING, 2), (logging.INFO, 2),
               (logging.DEBUG, 3), (dnf.logging.DDEBUG, 7), (dnf.logging.SUBDEBUG, 8), (dnf.logging.TRACE, 9))
 
     def emit(self, record):
         if record.name == 'dnf.rpm':
-            return  # TransactionProgress reports these records
+            return  # TransactionProgress reports the same events to the program
         if not programListens():
             return
         try:
             text = self.format(record)
-        except Exception:  # a faulty record must not end the operation that logs it
+        except Exception:  # an operation must not fail because one of its log records cannot be formatted
             text = str(record.msg)
         if record.msg == dnf.i18n._("You can remove cached packages by executing '%s'."):
-            # The user would have to type the command in this text in a terminal, and it may clean another cache
-            # directory.
+            # The text of this record names a command for a terminal, which may clean a cache directory that VYRE does
+            # not use.
             text = tr('You can remove the downloaded packages with Clean Packages in the Cache menu.')
         text = passable(text)
         level = next((level for number, level in self.LEVELS if record.levelno >= number), 10)
         if isStopped():
-            # If the user has interrupted a download, its failure is no fault.
+            # A download that the user has stopped fails. Log this failure only as a detail.
             yumIOC.log(max(level, 3), text)
         elif record.levelno >= logging.WARNING:
             yumIOC.errorlog(level, text)
@@ -93,7 +97,7 @@ class LogHandler(logging.Handler):
 
 
 def startLog():
-    """Pass dnf's log on to the program. The handler of an earlier run of the script is removed."""
+    """Pass dnf's log on to the program. Remove the LogHandler that an earlier run of the script has added."""
     logger = logging.getLogger('dnf')
     logger.setLevel(dnf.logging.TRACE)
     for handler in list(logger.handlers):
@@ -103,7 +107,7 @@ def startLog():
 
 
 class Overheard(logging.Handler):
-    """Keeps the warnings that dnf logs during a scope, because dnf's exceptions lack these details."""
+    """Collects the warnings that dnf logs within a scope. They contain details that dnf's exceptions lack."""
 
     def __init__(self):
         super(Overheard, self).__init__(logging.WARNING)
@@ -120,13 +124,13 @@ class Overheard(logging.Handler):
         logging.getLogger('dnf').removeHandler(self)
 
     def details(self):
-        """The lines below the headings of the warnings."""
+        """The lines of all warnings, without the first line of each warning, which is only a heading."""
         return [line for text in self.texts for line in text.split('\n')[1:]]
 
 
 class DiscreetFormatter(logging.Formatter):
-    """Formats the records of a log file with the given formatter, and hides passwords, because other users can read the
-    file.
+    """Formats log records with the given formatter, and hides the passwords in them, because every user may be allowed
+    to read dnf's log files.
     """
 
     def __init__(self, formatter):
@@ -138,13 +142,15 @@ class DiscreetFormatter(logging.Formatter):
 
 
 def showActivity(text):
-    """Show the present activity on the bar of the current step."""
+    """Show this text about the present activity on the progress bar of the current step."""
     if program.changeActivity is not None and programListens():
         program.changeActivity(passable(text))
 
 
 def showReading(repo, text):
-    """Show on the bar what happens with a repository. The text has a placeholder for the repository's name."""
+    """Show on the progress bar what dnf does with a repository. text: a format with a placeholder for the repository's
+    name.
+    """
     if program.showReading is not None and programListens():
         program.showReading(repo.id, passable(text.format(repo.name or repo.id)))
 
@@ -167,7 +173,7 @@ def setUpLogFiles(base):
     try:
         base.setup_loggers()
     except OSError as e:
-        # Some of the log files may be open now.
+        # setup_loggers() may have opened some log files before it failed.
         hidePasswordsInLogFiles()
         logging.getLogger('dnf').error(tr('VYRE cannot write log files in %s: %s'), directory, e)
         return
@@ -184,6 +190,6 @@ def hidePasswordsInLogFiles():
             if isinstance(handler, logging.FileHandler):
                 handler.setFormatter(DiscreetFormatter(handler.formatter or logging.Formatter()))
     if not logging.getLogger('librepo').handlers:
-        # In this version of dnf, librepo itself writes its log file, and would write passwords too. So this function
-        # switches the log file off.
+        # In this version of dnf, librepo writes its log file without Python's logging module, and would write passwords
+        # to it. So this call ends librepo's log file.
         libdnf.repo.LibrepoLog.removeAllHandlers()

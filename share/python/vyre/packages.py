@@ -2,7 +2,7 @@
 """Package attributes that dnf does not offer, or offers too slowly: headers, change logs, build hosts.
 
 A search reads these attributes for all packages, on a worker. The description of one package reads them on the
-graphical thread. Reading must not change the system.
+graphical thread. The functions of this module must not change the system.
 """
 
 import datetime
@@ -20,8 +20,8 @@ from .program import tr
 
 
 class HeaderMemo:
-    """Keeps the header of the last package. A search reads several values of each installed package in a row. Without
-    this class, rpm would search its database for each value.
+    """Keeps the header of the last package. A search reads several header values of one installed package, then those
+    of the next package. Without this class, rpm would search its database for each value.
     """
 
     def __init__(self):
@@ -39,7 +39,7 @@ class HeaderMemo:
 
 
 def headerOf(package):
-    """The header of an installed package. Only installed packages have this attribute."""
+    """The header of an installed package. For any other package, raises AttributeError, as dnf does."""
     if not package._from_system:
         raise AttributeError('hdr')
     return package.base.headers.header(package)
@@ -61,10 +61,10 @@ def dateTime(seconds):
 
 
 def universalDay(day):
-    """The day of a change log's entry in universal time, from the local day that dnf returns.
+    """The day of a change log entry in universal time (UTC). day: the local day that dnf returns for the entry.
 
-    The time of an entry is noon in universal time. At this time, the next day has already begun in time zones far in
-    the east.
+    rpm stores noon UTC as the time of an entry. At noon UTC, the next day has already begun in the time zones farthest
+    in the east.
     """
     noon = datetime.datetime.combine(day, datetime.time(12, tzinfo=datetime.timezone.utc))
     ahead = datetime.date.fromtimestamp(noon.timestamp()) - day
@@ -72,7 +72,7 @@ def universalDay(day):
 
 
 def buildHostOf(package):
-    """The host that built an installed package; None for other packages, because dnf does not know their host."""
+    """The host that built an installed package; None for an available package, whose build host dnf does not know."""
     if not package._from_system:
         return None
     return decoded(package.base.headers.header(package)[rpm.RPMTAG_BUILDHOST])
@@ -83,8 +83,8 @@ def decoded(value):
 
 
 class OtherData:
-    """The change logs of available packages. dnf downloads them with the other metadata. This class reads them when a
-    caller first needs them.
+    """The change logs of available packages. dnf downloads change logs together with the package list. This class reads
+    the change logs of a repository when a caller first needs one of them.
     """
 
     def __init__(self):
@@ -97,8 +97,8 @@ class OtherData:
         try:
             packages = self._load(package.base, package.repo)
         except (dnf.exceptions.Error, hawkey.Exception, OSError) as e:
-            # The cache may have been cleaned since the repository was read. A search asks for every package, so this
-            # function reports a failure once. It tries again only if another process held the lock.
+            # One possible cause: the cache was cleaned after dnf read the repository. A search calls this function for
+            # every package, so the log gets the failure only once, unless another process holds the metadata lock.
             logging.getLogger('dnf').warning(tr('The change logs of %s cannot be read: %s'), package.reponame, e)
             if not isinstance(e, dnf.exceptions.LockError):
                 self._packages[package.reponame] = {}
@@ -114,14 +114,15 @@ class OtherData:
             self._load(base, repo)
 
     def _load(self, base, repo):
-        """The packages of one repository, by name, version and architecture. They are in a separate sack, because equal
-        packages of several repositories may have different change logs.
+        """The packages of one repository, by name, version and architecture. Each repository has a separate sack,
+        because equal packages of several repositories may have different change logs.
 
-        A search reads the change log of every package. One query for each package would take quadratic time.
+        A search reads the change log of every package. A query for each package instead of this dictionary would take
+        quadratic time.
         """
         if repo.id not in self._packages:
             sack = dnf.sack._build_sack(base)
-            # dnf takes the same lock when it loads change logs itself, because loading writes to the cache.
+            # load_repo() writes to the cache, so dnf's own code also holds this lock when it calls load_repo().
             with dnf.lock.build_metadata_lock(base.conf.cachedir, False):
                 sack.load_repo(repo._repo, build_cache=True, load_other=True)
             self._packages[repo.id] = {str(package): package for package in sack.query().available()}

@@ -22,19 +22,21 @@ def inRoot(path):
 
 
 def isElsewhere(path):
-    """Whether an absolute path is outside the managed root. Files of the managed system have paths without the root."""
+    """Whether this is an absolute path outside the managed root. The paths in files of the managed system lack the path
+    of the root.
+    """
     root = managedRoot()
     return path.startswith('/') and root != '/' and path != root and not path.startswith(root + '/')
 
 
 def namedDirectory(path):
-    """The path of a directory that the script writes to. A file of the managed system names this directory."""
+    """The path of a directory that the script writes to. path: the path in a file of the managed system."""
     return inRoot(path) if isElsewhere(path) else path
 
 
 def namedDirectoryOfFiles(path):
-    """The path of a directory that the script only reads. A file of the managed system names this directory. If it is
-    missing below the managed root, the result is the directory of the running system.
+    """The path of a directory that the script only reads. path: the path in a file of the managed system. If the
+    directory is missing below the managed root, the result is the directory of the running system.
     """
     return inRoot(path) if isElsewhere(path) and os.path.isdir(inRoot(path)) else path
 

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""dnf's plug-ins. Each new configuration loads them again. If a plug-in fails, the message names it.
+"""dnf's plug-ins. The script loads them again with each new configuration. If one fails, a message names this plug-in.
 
-The hooks of plug-ins run on workers.
+The hooks of the plug-ins run on workers.
 """
 
 import dis
@@ -21,19 +21,19 @@ from .program import tr
 
 
 def isOfPlugIn(module):
-    """Whether the module of this name belongs to a plug-in."""
+    """Whether a module belongs to a plug-in. module: the full name of the module."""
     return module.startswith(dnf.plugin.DYNAMIC_PACKAGE + '.')
 
 
 def forgetPlugIns():
-    """Forget the modules of all plug-ins. Otherwise a new import would return the old modules."""
+    """Make Python forget the modules of all plug-ins. Otherwise the next import would return the old modules."""
     for name in list(sys.modules):
         if name == dnf.plugin.DYNAMIC_PACKAGE or isOfPlugIn(name):
             del sys.modules[name]
 
 
 def nameOfPlugIn(plugIn):
-    """The name of a plug-in, or of its class, for messages."""
+    """The name of a plug-in for messages. plugIn: an object of a plug-in's class, or this class."""
     name = getattr(plugIn, 'name', None)
     if isinstance(name, str) and name and name != dnf.plugin.Plugin.name:
         return passable(name)
@@ -41,7 +41,7 @@ def nameOfPlugIn(plugIn):
 
 
 def plugInInTraceback(error):
-    """The name of the plug-in whose code is in the traceback of an exception; empty without such code."""
+    """The name of the plug-in whose code is in the traceback of an exception; empty if no plug-in's code is in it."""
     place = error.__traceback__
     while place is not None:
         module = place.tb_frame.f_globals.get('__name__') or ''
@@ -52,14 +52,15 @@ def plugInInTraceback(error):
 
 
 def usesCommand(plugIn, error):
-    """Whether a plug-in has failed because it uses the object of the dnf command, which is None here."""
+    """Whether a plug-in has failed because it uses its attribute cli, the dnf command's object. In VYRE, this is None.
+    """
     place = error.__traceback__
     while place.tb_next is not None:
         place = place.tb_next
     if not isinstance(error, AttributeError) or not str(error).startswith("'NoneType' object has no attribute") or \
             place.tb_frame.f_globals.get('__name__') != type(plugIn).__module__:
         return False
-    # The failing instruction reads an attribute of the value that the previous instruction has loaded.
+    # The failed instruction reads an attribute of None. Find out whether the instruction before it has loaded "cli".
     earlier = [step.argval for step in dis.get_instructions(place.tb_frame.f_code)
                if step.offset < place.tb_lasti and step.opname not in ('CACHE', 'EXTENDED_ARG')]
     read = earlier[-1] if earlier else None
@@ -67,13 +68,14 @@ def usesCommand(plugIn, error):
 
 
 def reasonOf(error):
-    """The text of an exception, or the name of its class. Some exceptions that end a program have no text."""
+    """The text of an exception, or its class name if it has no text, as is usual for SystemExit and KeyboardInterrupt.
+    """
     return passable(str(error)) or type(error).__name__
 
 
 def isInterruptOfProgram(error):
-    """Whether one of the program's functions has raised the exception because the program ends. The program's functions
-    have no Python frame, so the last frame of the traceback is in the script.
+    """Whether a function of yumIOC has raised the exception because the program ends. These C++ functions have no
+    Python frame, so the last frame of such a traceback is the calling function of the script.
     """
     place = error.__traceback__
     if not isinstance(error, KeyboardInterrupt) or place is None:
@@ -84,13 +86,13 @@ def isInterruptOfProgram(error):
 
 
 class PlugIns(dnf.plugin.Plugins):
-    """dnf's plug-ins. If a plug-in fails, a message names it. If a failure would end the dnf command, it ends only the
-    operation here. Examples are exceptions like SystemExit and KeyboardInterrupt.
+    """dnf's class with additions. If a plug-in fails, a message names this plug-in. If the failure would end the dnf
+    command, as SystemExit does, it ends only the running operation of VYRE.
     """
 
-    # The plug-in failures after the change to the packages. They cannot stop the operation any more.
+    # The texts of failures after rpm has changed the packages, when a failure cannot stop the operation any more.
     faults = []
-    # Pairs of a plug-in and its hook that needs the object of the dnf command. The log has one line for each pair.
+    # Pairs of a plug-in's name and a hook that needs the dnf command. The log gets only one line for each pair.
     _withoutCommand = set()
 
     def _load(self, conf, skips, enable_plugins):
@@ -98,7 +100,8 @@ class PlugIns(dnf.plugin.Plugins):
         importlib.invalidate_caches()
         self.plugins = []
         gc.collect()
-        # Classes of earlier plug-ins that are still referenced.
+        # The classes of the plug-ins that were loaded before. Python still has these classes if something refers to
+        # them.
         old = [found for found in dnf.plugin.Plugin.__subclasses__() if isOfPlugIn(found.__module__)]
         try:
             super(PlugIns, self)._load(conf, skips, enable_plugins)
@@ -136,7 +139,7 @@ class PlugIns(dnf.plugin.Plugins):
                     logging.getLogger('dnf').debug('%s', e, exc_info=True)
                     raise dnf.exceptions.Error(
                         tr('The plug-in {} has ended the operation: {}').format(nameOfPlugIn(plugIn), reasonOf(e)))
-                # The dnf command also continues after these exceptions.
+                # Continue after all other exceptions, as the dnf command does.
                 if usesCommand(plugIn, e):
                     self._reportWithoutCommand(nameOfPlugIn(plugIn), method)
                     continue
@@ -149,8 +152,8 @@ class PlugIns(dnf.plugin.Plugins):
             logging.getLogger('dnf').warning(
                 tr('The plug-in %s needs the dnf command and does not work in VYRE (%s).'), name, method)
 
-    # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work. If
-    # no packages change, dnf calls the hook after the changes to groups and streams.
+    # Whether a plug-in has ended the operation in run_pre_transaction(). dnf calls this hook just before rpm's work; if
+    # the transaction changes no packages, dnf calls it after changing groups and module streams.
     ended = False
 
     def run_pre_transaction(self):

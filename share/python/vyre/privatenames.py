@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The private names of dnf that the script uses, and the check that this version of dnf has them.
+"""The private names of dnf that the script uses, and the check whether the installed version of dnf has these names.
 
 The check runs once, when VYRE starts, on the graphical thread.
 """
@@ -24,8 +24,8 @@ import rpm
 
 from .program import tr
 
-# Each private name, with its class or module, and the message for versions of dnf that lack the name. VYRE looks for
-# all names when it starts: otherwise a missing name could stop a transaction half way.
+# Triples: a class or module of dnf, a private name in it, and the message if the installed dnf lacks the name. VYRE
+# looks for all names when it starts: otherwise a missing name could end a transaction half way.
 PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     (tr('VYRE does not support version {} of dnf. It cannot read the configuration, because dnf lacks {}.'), (
         (dnf.conf.config.BaseConfig, ('_has_option', '_populate', '_set_value')),
@@ -56,26 +56,28 @@ PRIVATE_NAMES = tuple((place, name, text) for text, found in (
     )),
 ) for place, names in found for name in names)
 
-# Private names that exist only in objects, not in their classes.
+# The names in PRIVATE_NAMES that only objects have, because dnf sets them in __init__(), not in the class.
 NAMES_OF_OBJECTS = ('_comps', '_installed', '_plugins', '_removed', '_repo', '_repo_persistor',
                     '_repo_set_imported_gpg_keys', '_repos', '_trans_install_set', '_trans_success',
                     '_trans_tempfiles', '_upgraded')
 
-# Private names that only newer versions of dnf have.
+# Private names that the script sets, and that dnf 4.14 lacks.
 NEW_NAMES = ('_persistence',)
 
-# Private names that may be missing. If one is missing, the script does not replace dnf's own signature check.
+# Private names that the script needs to replace dnf's signature check; see useDatabaseOfRoot(). If dnf lacks one of
+# them, the script does not replace the check.
 RPMKEYS_NAMES = ('_find_rpmkeys_binary', '_process_rpm_output', '_verifyPackageUsingRpmkeys')
 
-# The names in the versionlock plug-in that the script uses. If one is missing, the program offers no version locks.
+# The names in the versionlock plug-in that the script uses. If the plug-in lacks one, the program offers no version
+# locks.
 VERSIONLOCK_NAMES = ('VersionLockCommand', '_match', '_read_locklist', 'locklist_fn')
 
-# The private names that the script needs to undo or repeat a recorded transaction. Versions before 4.4 lack them.
+# The private names that the script needs to undo or repeat a recorded transaction. dnf before version 4.4 lacks them.
 REPLAY_NAMES = ('_hcmd_redo', '_hcmd_rollback', '_hcmd_undo')
 
 
 def lacksReplay():
-    """The reason why recorded transactions cannot be undone; empty if they can be undone."""
+    """The reason why the script cannot undo or repeat recorded transactions; empty if it can."""
     try:
         importlib.import_module('dnf.transaction_sr')
         command = importlib.import_module('dnf.cli.commands.history').HistoryCommand
@@ -89,8 +91,8 @@ def lacksReplay():
 
 
 def requirePrivateNames(*objects):
-    """Refuse to start if dnf lacks one of PRIVATE_NAMES. The function checks classes and modules. If it gets objects,
-    it also checks the names that only objects have.
+    """Refuse to start if dnf lacks one of PRIVATE_NAMES. objects: objects of the classes that have NAMES_OF_OBJECTS.
+    Without objects, the function does not check these names.
     """
     for place, name, text in PRIVATE_NAMES:
         made = [each for each in objects if isinstance(place, type) and isinstance(each, place)]
@@ -98,6 +100,6 @@ def requirePrivateNames(*objects):
             continue
         if not any(name in vars(each) for each in made):
             fault = text.format(dnf.const.VERSION, place.__name__ + '.' + name)
-            # The program shows the log of a failed start.
+            # Log the reason: if VYRE cannot start, it shows the log.
             logging.getLogger('dnf').error('%s', fault)
             raise SystemExit(fault)

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The program's functions and values for the script, and the names of dnf that the script replaces.
+"""The functions and values that the program offers the script, and the list of dnf's names that the script replaces.
 
-The program registers the yumIOC module, and sets further names in the globals of YumIO.py before it runs that file.
-YumIO.py passes these names on to this module, and the other modules use them only from here. Call the functions on the
-thread that holds the interpreter's lock. If the program leaves out a function, the script works without it.
+The program registers the yumIOC module, and sets the names in OFFERED as globals of YumIO.py before it runs that file.
+YumIO.py passes these globals on to this module, and the other modules use them only from here. The thread that calls
+the functions must hold the interpreter's lock. If the program does not set a function, the script works without it.
 """
 
 import yumIOC  # noqa: F401  (the other modules import it from here)
@@ -13,21 +13,21 @@ translations = {}
 
 # Adds lines before the listing that the user is going to confirm.
 addBeforeListing = None
-# Adds lines to the end of that listing.
+# Adds lines to the end of the listing.
 addToListing = None
-# Shows the present activity on the bar of the current step.
+# Shows a text about the present activity on the progress bar of the current step.
 changeActivity = None
-# Finds the error of a metadata document.
+# Returns the error in a metadata document.
 faultOfMetadata = None
-# Asks whether to go on without a failing repository.
+# Asks the user whether to go on without a repository that cannot be read.
 goOnWithout = None
 # Hides the passwords in a text.
 hideSecrets = None
-# Shows what happens with a repository.
+# Shows on the progress bar what dnf does with a repository.
 showReading = None
-# Whether the user has asked the operation to stop. If the argument is True, later requests are refused.
+# Returns whether the user has asked VYRE to stop the operation. If the argument is True, VYRE refuses later requests.
 stopWanted = None
-# Shows that the script waits for a lock; returns whether to wait longer.
+# Shows that the script waits for a lock; returns False if the user ends the wait.
 waitForLock = None
 
 OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity', 'faultOfMetadata', 'goOnWithout',
@@ -35,7 +35,7 @@ OFFERED = ('translations', 'addBeforeListing', 'addToListing', 'changeActivity',
 
 
 def receive(offered):
-    """Take over the program's functions and values from a dictionary. It may also contain other names."""
+    """Set the names in OFFERED from a dictionary, which may also contain other names."""
     for name in OFFERED:
         if name in offered:
             globals()[name] = offered[name]
@@ -55,7 +55,7 @@ def withoutSecrets(text):
 
 MISSING = object()
 
-# The replaced names, in the order of their replacement: the class or module, the name, and the former value.
+# A triple for each replaced name, in the order of replacement: the class or module, the name, and the value before.
 replaced = []
 
 
@@ -66,7 +66,7 @@ def replace(place, name, value):
 
 
 def restore():
-    """Restore the replaced names, so that the next run of the script starts with dnf's own classes."""
+    """Restore the values of all replaced names, so that the next run of the script finds dnf's own classes."""
     while replaced:
         place, name, value = replaced.pop()
         if value is not MISSING:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The reasons for the user why marks cannot be applied. The worker that applies marks runs this module."""
+"""The texts that explain why marks cannot be applied. The worker that applies the marks runs this module."""
 
 import gettext
 import re
@@ -14,8 +14,8 @@ PACKAGE = re.compile(r'[^\s-]\S*-[^\s-]+-[^\s-]+\.\w')
 
 
 def clearest(lines):
-    """The lines of a problem, with the lines that name packages first. If any line has details, lines without details
-    are left out.
+    """The lines of one of dnf's problems, with the lines that name packages first. The line "conflicting requests",
+    which has no details, is left out if the problem has other lines.
     """
     text = 'conflicting requests'
     empty = (text, gettext.translation('libdnf', fallback=True).gettext(text))
@@ -25,11 +25,10 @@ def clearest(lines):
 
 
 def refusal(failure, marks, objects, problems):
-    """Returns an exception with the reasons why no mark can be applied. The message is the same for all kinds of
-    failures.
+    """Returns the exception that gives the reasons why no mark can be applied.
 
-    If a resolution has failed, the failure's own text adds nothing to the problems. If dnf has refused a mark, the
-    failure's text is one more problem.
+    failure: the exception that dnf has raised. If it is a MarkingError (dnf has refused a mark), its text is one more
+    problem. If it is a DepsolveError, the problems already contain its text.
     """
     if isinstance(failure, dnf.exceptions.MarkingError):
         text = str(failure)
@@ -48,8 +47,8 @@ def nothingToDo():
 
 
 def reasonsOf(objects, problems):
-    """A text that lists the packages and groups. Below each name are the lines of the problems that contain this name.
-    The other problems are at the end of the text.
+    """A text that lists these packages and groups. Each name is followed by the lines of all problems that contain the
+    name. The text ends with the problems that contain none of the names.
     """
     byWord = {}
     for number, lines in enumerate(problems):
@@ -65,7 +64,7 @@ def reasonsOf(objects, problems):
 
 
 def wordsFor(each):
-    """The names of a package or group in dnf's reasons."""
+    """The names that dnf's problems use for a package or group."""
     if not isinstance(each, hawkey.Package):
         return [str(each)]
     return [str(each), each.name]

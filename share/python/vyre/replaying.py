@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Undoes or repeats recorded transactions, as "dnf history" does. The worker that applies the changes runs this module.
+"""Undoes or repeats recorded transactions, as "dnf history undo", "rollback" and "redo" do. The worker that applies the
+changes runs this module.
 """
 
 import logging
@@ -15,12 +16,12 @@ from .privatenames import lacksReplay
 from .program import tr, yumIOC
 from .reasons import nothingToDo
 
-# The operations, with the names of dnf's commands.
+# The kinds of operations. The values are the names of the commands of "dnf history".
 UNDO, ROLLBACK, REDO = 'undo', 'rollback', 'redo'
 
 
 class Notes(logging.Handler):
-    """Collects dnf's warnings within a scope."""
+    """Collects the warnings that dnf logs within a scope."""
 
     def __init__(self):
         super(Notes, self).__init__(logging.WARNING)
@@ -38,11 +39,11 @@ class Notes(logging.Handler):
 
 
 def replayed(base, kind, number, skip):
-    """Add the undone or repeated transaction to the goal, as dnf's own command does; return dnf's replay object. If
-    skip is true, impossible parts are left out.
+    """Add the changes that undo or repeat a recorded transaction to dnf's goal, and return dnf's replay object. skip:
+    whether to leave out impossible changes; if false, they cause an exception.
     """
-    from dnf.cli.commands.history import HistoryCommand  # this import loads the whole dnf command
-    # The history command uses only these parts of the dnf command.
+    from dnf.cli.commands.history import HistoryCommand  # import here: this import loads the whole dnf command
+    # HistoryCommand uses only the attributes that this function sets.
     line = types.SimpleNamespace(base=base)
     base.output = types.SimpleNamespace(history=base.history)
     try:
@@ -63,8 +64,8 @@ def impossibility(lines):
 
 
 def resolveReplay(base, kind, number):
-    """Find the transaction that undoes or repeats a recorded transaction, or undoes all transactions after it. If some
-    changes are impossible, name them first and ask the user whether to go on without them. Returns whether to go on.
+    """Find the transaction that undoes or repeats a recorded transaction, or undoes all later transactions. If some
+    changes are impossible, show them and ask the user whether to go on without them. Return whether to go on.
     """
     missing = lacksReplay()
     if missing:

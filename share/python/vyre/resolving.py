@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the transaction for the marks, and the impossible marks.
+"""Finds the transaction for the marks, and the marks that cannot be carried out.
 
 The worker that applies the marks runs this module.
 """
@@ -24,8 +24,8 @@ from .updates import findUpdates
 def resolveMarks(base, marks):
     """Find the transaction for the marks. If some marks cannot be carried out, ask the user whether to leave them out.
 
-    Returns three values: the marks of the transaction, or None if the user refuses; the list of left-out objects; and a
-    text with their names and the reasons.
+    Return three values: the marks of the transaction, or None if the user refuses; the packages and groups that are
+    left out; and a text with their names and the reasons.
     """
     rest, impossible, failure, problems = marks, [], None, []
     try:
@@ -81,7 +81,7 @@ def resolveMarks(base, marks):
 
 
 def resolveAll(base, marks, strict=True):
-    """Find the transaction for all marks. If strict is false, the transaction may lack group members."""
+    """Find the transaction for these marks. strict: whether dnf must install all members of the marked groups."""
     best = base.conf.best
     base.reset(goal=True)
     try:
@@ -101,8 +101,8 @@ def resolveAll(base, marks, strict=True):
 
 
 def resolveWithRemovals(base, marks, strict):
-    """Find the transaction. A removal also removes the packages that need the removed package. Installations and
-    updates must remove nothing.
+    """Find the transaction for marks that contain removals and other marks. A marked removal may also remove the
+    packages that need the removed package. A marked installation or update must not remove a package.
     """
     dependents = set()
 
@@ -118,7 +118,7 @@ def resolveWithRemovals(base, marks, strict):
         return
     except Judged:
         pass
-    # With other marks, the transaction may remove only the packages that the marked removals alone would remove.
+    # The transaction may remove only the packages that the marked removals would remove without the other marks.
     allowed = removedAlone(base, marks)
     unwanted = dependents - allowed
     base.reset(goal=True)
@@ -135,7 +135,7 @@ def resolveWithRemovals(base, marks, strict):
 
 
 def removedAlone(base, marks):
-    """All packages that the marked removals alone would remove, without the other marks."""
+    """All packages that the marked removals would remove if there were no other marks."""
     found = set()
 
     def judge(goal):
@@ -154,8 +154,8 @@ def removedAlone(base, marks):
 
 @contextlib.contextmanager
 def availableHidden(base):
-    """Hides available packages within a scope, as the dnf command does. So the resolver cannot install them in place of
-    removed packages.
+    """Hides the available packages within this scope, as the dnf command does for a removal. So the resolver cannot
+    replace a removed package with an available package.
     """
     names = [repo.id for repo in base.repos.iter_enabled()]
     hidden = []
@@ -164,7 +164,7 @@ def availableHidden(base):
             try:
                 base.sack.disable_repo(name)
                 hidden.append(name)
-            except (ValueError, hawkey.Exception):  # a repository that could not be read
+            except (ValueError, hawkey.Exception):  # the repository is not in the sack, because dnf could not read it
                 pass
         yield
     finally:
@@ -172,15 +172,15 @@ def availableHidden(base):
             base.sack.enable_repo(name)
 
 
-# The largest number of attempts to find impossible removals.
+# The largest number of resolutions in impossibleRemovals().
 ATTEMPTS = 40
 
 
 def impossibleMarks(base, marks):
-    """The marks that cannot be carried out together with the other marks. If the search fails, the list contains only
-    removals.
+    """The marked packages and groups that must be left out so that dnf can carry out the other marks. If dnf finds no
+    solution even without the impossible removals, the list contains only these removals.
 
-    If no removal is impossible, the number of resolutions does not depend on the number of marks.
+    If every removal is possible, the number of resolutions does not depend on the number of marks.
     """
     impossible = impossibleRemovals(base, marks)
     marks = marks.without(impossible)
@@ -213,7 +213,7 @@ def impossibleMarks(base, marks):
 
 
 def unmarkable(base, marks):
-    """The packages that dnf refuses to mark, and the reasons: a list of lines for each package."""
+    """Returns the packages that dnf refuses to add to its goal, and the reasons: a list of lines for each package."""
     found, reasons = [], []
     base.reset(goal=True)
     versions = installedVersions(base)
@@ -228,16 +228,17 @@ def unmarkable(base, marks):
 
 
 def impossibleRemovals(base, marks):
-    """The marked removals that are impossible because of protected or excluded packages. If several removals are
-    impossible only together, the function permits the first of them. After too many attempts, the function regards all
-    undecided removals as impossible.
+    """The marked removals that are impossible because of protected or excluded packages.
+
+    If two removals are possible separately, but not together, only the second is in the result. If the search needs
+    more than ATTEMPTS resolutions, the result also contains all removals that the search has not decided.
     """
     attempts = iter(range(ATTEMPTS))
     kept = Marks()
 
     def search(packages, groups):
-        """Add the removals in these lists to the kept removals, if they are possible. Raise StopIteration after too
-        many attempts.
+        """Add the possible removals in these lists to "kept". Halve the lists until each impossible removal is found.
+        Raise StopIteration after ATTEMPTS calls.
         """
         next(attempts)
         if canBeRemoved(base, Marks(removes=kept.removes + packages, groupRemoves=kept.groupRemoves + groups)):
@@ -286,14 +287,16 @@ def canBeRemoved(base, marks):
 
 
 def missingMarks(base, marks):
-    """The marked packages that are missing in the transaction. If groups are marked, the resolver may omit packages."""
+    """The packages that are marked for installation or update, but missing in the transaction. If groups are marked,
+    the resolver may leave out packages.
+    """
     there = set(str(package) for package in base.sack.query().installed())
     there.update(str(item) for item in base.transaction or [] if item.action in dnf.transaction.FORWARD_ACTIONS)
     return [package for package in marks.installs + marks.newVersions() if str(package) not in there]
 
 
 def missingMembers(base, marks):
-    """Pairs of a marked group and one of its members that is missing in the transaction."""
+    """Pairs of a marked group and a package that the group should install or update, but the transaction does not."""
     if not marks.groupInstalls and not marks.groupUpdates:
         return []
     transaction = list(base.transaction or [])
@@ -324,7 +327,7 @@ def missingOf(base, group, names):
     found = []
     for name in sorted(names):
         available = base.sack.query().available().filter(name=name)
-        # A package that obsoletes the member takes its place.
+        # The member is not missing if a package that obsoletes it is installed or in the transaction.
         others = base.sack.query().filter(obsoletes=available) if available else []
         coming = set(str(item) for item in base.transaction or []
                      if item.action in dnf.transaction.FORWARD_ACTIONS)
@@ -334,7 +337,7 @@ def missingOf(base, group, names):
 
 
 def problemsOfTheBest(base, marks):
-    """The reasons why the transaction does not contain the best versions of all packages."""
+    """dnf's reasons why the transaction cannot contain the newest version of every package; empty if it can."""
     goal = copy.deepcopy(base.goal)
     if goal.run(allow_uninstall=marks.isRemoving(), force_best=True, ignore_weak=True):
         return []

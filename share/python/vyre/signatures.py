@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Signatures of packages and metadata, and the questions about their keys. A worker runs this module."""
+"""The signatures of packages and metadata, and the questions about signing keys. A worker runs this module."""
 
 import sys
 
@@ -43,13 +43,13 @@ def askForKey(question):
 
 
 def checkSignatures(base, packages):
-    """Refuse a package if its signature is wrong, or if a required signature is missing."""
+    """Raise an exception if a package has a wrong signature, or lacks a signature that the configuration requires."""
     for package in sorted(packages):
         endIfStopped()
         yumIOC.gpgsigcheck()
         result, text = base.package_signature_check(package)
         if result == 1:
-            # The program does not expect reports about the download of a key.
+            # Switch off the progress reports while dnf downloads a key: the program has no bar for this download.
             package.repo.set_progress_bar(dnf.callback.NullDownloadProgress())
             try:
                 base.package_import_key(package, fullaskcb=askForPackageKey)
@@ -57,7 +57,8 @@ def checkSignatures(base, packages):
                 raise dnf.exceptions.Error(str(e))
             finally:
                 package.repo.set_progress_bar(DownloadProgress())
-                # dnf remembers that it has asked. Forget this, so that the user can answer differently the next time.
+                # dnf remembers the repositories whose keys it has asked about, and would not ask again in this run.
+                # Remove the repository from this set, so that the user can answer differently in the next transaction.
                 base._repo_set_imported_gpg_keys.discard(package.repoid)
         elif result != 0:
             raise dnf.exceptions.Error(text)

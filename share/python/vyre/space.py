@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The free disk space: hints for messages, and the space for rpm's scripts. Workers run this module."""
+"""The free disk space: hints in messages about a full disk, and the space for package scripts. Workers run this module.
+"""
 
 import os
 import sys
@@ -12,14 +13,13 @@ from .database import DATABASES
 from .paths import inRoot
 from .program import tr, yumIOC
 
-# If fewer bytes are free, a full disk is the probable reason why a file cannot be written.
+# If a directory has less free space (in bytes), a full disk is the probable cause of a failure to write a file there.
 LITTLE_SPACE = 1 << 20
 
 
 def spaceHint(directory, needed=LITTLE_SPACE):
-    """The last line of a message if a directory has too little free space; otherwise an empty text. needed: the bytes.
-
-    librepo and rpm report a full disk as damaged files, or not at all.
+    """If fewer bytes than "needed" are free in a directory, a line to append to an error message; otherwise an empty
+    text. On a full disk, librepo and rpm report damaged files, or no error.
     """
     try:
         found = os.statvfs(directory)
@@ -30,18 +30,19 @@ def spaceHint(directory, needed=LITTLE_SPACE):
 
 
 class ScriptSpace:
-    """The free space of the directory where rpm writes each script of a package before running it."""
+    """The free space in the directory to which rpm writes each package script before it runs the script."""
 
-    # In bytes. No script is larger.
+    # The largest size of a package script, in bytes.
     NEEDED = 1 << 16
 
     def __init__(self):
         directory = rpm.expandMacro('%{?_tmppath}')
         self._directory = inRoot(directory if directory.startswith('/') else '/var/tmp')
         try:
-            # While rpm works, the root of the process may be the managed system.
+            # Keep a descriptor: while rpm works, the root directory of the process may be the managed root, so that
+            # this path no longer leads to the directory.
             self._descriptor = os.open(self._directory, os.O_RDONLY | os.O_DIRECTORY | os.O_CLOEXEC)
-        except OSError:  # rpm makes the directory
+        except OSError:  # the directory is missing; rpm creates it
             self._descriptor = None
 
     def __del__(self):
@@ -59,8 +60,8 @@ class ScriptSpace:
 
 
 def checkScriptSpace(space):
-    """If the space is too little for scripts, ask whether to go on. On a full disk, rpm writes only a part of a script,
-    does not notice this, and runs the part. The user can go on, because a removal may free space.
+    """If the disk is too full for package scripts, ask the user whether to go on. On a full disk, rpm writes only part
+    of a script, does not notice this, and runs this part. The user may go on, because a removal may free space.
     """
     hint = space.hint()
     if not hint:
@@ -74,7 +75,9 @@ def checkScriptSpace(space):
 
 
 def spaceHints(failed):
-    """A line for each directory with less space than one of the failed packages needs."""
+    """A line for each file system with less free space than one of the failed packages needs. failed: the items of the
+    transaction that have failed.
+    """
     needed = {inRoot(path): LITTLE_SPACE for path in DATABASES}
     for item in failed:
         if item.action in dnf.transaction.FORWARD_ACTIONS:
@@ -85,7 +88,7 @@ def spaceHints(failed):
                 needed[path] = max(needed.get(path, LITTLE_SPACE), item.pkg.installsize)
     hints = {}
     for path, size in sorted(needed.items()):
-        # Each file system gets only one line.
+        # Several directories may be on the same file system (st_dev).
         if os.path.isdir(path):
             hints.setdefault(os.stat(path).st_dev, []).append(spaceHint(path, size))
     return ''.join(next(filter(None, found), '') for found in hints.values())

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Ends the operation that the user wants to stop. The worker that runs the operation also runs this module."""
+"""Ends an operation when the user wants to stop it. The worker that runs the operation runs this module."""
 
 import dnf.exceptions
 
@@ -8,11 +8,13 @@ from .program import tr
 
 
 class Stopped(dnf.exceptions.Error):
-    """The user has stopped the operation. dnf does not treat this exception like the failure of a repository."""
+    """Raised when the user has stopped the operation. It is not a RepoError: after a RepoError, dnf would go on without
+    the repository.
+    """
 
 
 def isStopped(last=False):
-    """Whether the user has asked the operation to stop. If last is true, the program refuses all later requests."""
+    """Whether the user has asked VYRE to stop the operation. If last is true, VYRE refuses all later requests."""
     return program.stopWanted is not None and program.stopWanted(last)
 
 

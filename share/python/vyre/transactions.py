@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The recorded transactions, for the history window. A worker runs this module.
+"""The recorded transactions, for the History window. A worker runs this module.
 
-A few queries read all transactions from dnf's file. dnf's own objects would need several queries for each transaction.
+This module reads all transactions with a few queries from dnf's history database. dnf's own classes would need several
+queries for each transaction.
 """
 
 import collections
@@ -18,10 +19,10 @@ import libdnf.transaction
 from .history import refuseHistory, unrecorded
 from .program import tr
 
-# How a transaction has ended.
+# The possible outcomes of a transaction.
 SUCCEEDED, FAILED, INTERRUPTED = range(3)
 
-# The actions on packages and groups, in the order of a summary, with dnf's words for them.
+# dnf's actions on packages and groups, with dnf's words for them. A summary lists the actions in this order.
 ACTIONS = collections.OrderedDict((
     (libdnf.transaction.TransactionItemAction_INSTALL, 'Install'),
     (libdnf.transaction.TransactionItemAction_UPGRADE, 'Upgrade'),
@@ -36,15 +37,14 @@ ACTIONS = collections.OrderedDict((
     (libdnf.transaction.TransactionItemAction_OBSOLETE, 'Obsoleting'),
 ))
 
-# The actions on replaced packages. A summary leaves them out, because it has the actions on the new packages.
+# The actions on replaced packages. A summary has only the actions on the packages that replace them.
 HALVES = (libdnf.transaction.TransactionItemAction_UPGRADED, libdnf.transaction.TransactionItemAction_DOWNGRADED,
           libdnf.transaction.TransactionItemAction_REINSTALLED, libdnf.transaction.TransactionItemAction_OBSOLETE)
 
-# The largest number of packages that a summary names for each action. If an action has more, the summary has only their
-# number.
+# The largest number of packages that a summary names for one action. For more packages, the summary has their number.
 NAMED = 3
 
-# A name for each item of a transaction; "@" is before the names of groups.
+# Parts of SQL queries: the tables, and the name of a transaction item. The names of groups begin with "@".
 ITEMS = ('trans_item ti left join rpm r on r.item_id = ti.item_id '
          'left join comps_group g on g.item_id = ti.item_id left join comps_environment e on e.item_id = ti.item_id')
 NAME = "coalesce(r.name, '@' || g.groupid, '@' || e.environmentid, '?')"
@@ -54,7 +54,7 @@ Item = collections.namedtuple('Item', 'name epoch version release arch action st
 
 
 class History:
-    """A context manager for a read-only connection to the history file. It reports failures as dnf's errors."""
+    """A context manager that opens dnf's history database for reading. It turns SQLite's errors into dnf's errors."""
 
     def __init__(self, base):
         self._base = base
@@ -89,8 +89,8 @@ class History:
                 return connection
             except sqlite3.OperationalError:
                 connection.close()
-                # Writers and readers of the file share further files in its directory. If the user cannot make them
-                # there, and no other process writes, the file can be read without them.
+                # SQLite keeps temporary files next to the database, which readers also need. If the user has no right
+                # to create these files and no process is writing, "immutable" opens the database without them.
                 log = path + '-wal'
                 if options or \
                         os.access(os.path.dirname(path), os.W_OK, effective_ids=True) or \
@@ -103,8 +103,9 @@ class History:
 
 
 def readTransactions(base):
-    """All transactions, the newest first. Each transaction is a tuple: number, begin in seconds since 1970, user,
-    command line, summary of the changes, names of all changed packages, outcome, and number of recorded output lines.
+    """All transactions, the newest first. Each transaction is a tuple: its number, its begin in seconds since 1970, the
+    user, the command line, a summary of the changes, the names of all changed packages, the outcome, and the number of
+    recorded output lines.
     """
     with History(base) as history:
         summaries, names = {}, {}
@@ -130,9 +131,9 @@ def outcome(row):
 
 
 def userName(number, known):
-    """The name of a user, as dnf shows it, but without the full name. known: a dictionary that stores the names."""
+    """The login name of a user. dnf also shows the full name. known: a dictionary from user numbers to names found."""
     if number not in known:
-        # These numbers mean that nobody had logged in.
+        # Each of these numbers means that the transaction had no login user.
         if number in (-1, 0xFFFFFFFF, 0x7FFFFFFF):
             known[number] = '{} {}'.format(dnf.i18n._('System'), dnf.i18n._('<unset>'))
         else:
@@ -144,7 +145,7 @@ def userName(number, known):
 
 
 def printable(text):
-    """The text in one line, with replacements for the characters that a cell cannot show."""
+    """The text in one line. A blank replaces each unprintable character, because a cell of the table cannot show it."""
     text = text or ''
     if not text.isprintable():
         text = ''.join(letter if letter.isprintable() else ' ' for letter in text)
@@ -157,7 +158,9 @@ def word(action):
 
 
 def summary(changes):
-    """A transaction's changes in short. changes: a dictionary from actions to pairs of number and names."""
+    """A short text about a transaction's changes. changes: a dictionary from actions to pairs of the number of packages
+    and their names.
+    """
     parts = []
     for action in [action for action in ACTIONS if action in changes and action not in HALVES]:
         number, names = changes[action]
@@ -168,7 +171,7 @@ def summary(changes):
 # Details ----------------------------------------------------------------------------------------------------
 
 def describeTransaction(base, number):
-    """All details of a transaction as text; empty if the history lacks the transaction."""
+    """All details of a transaction as text; empty if the history has no transaction of this number."""
     with History(base) as history:
         found = history.rows('select * from trans where id = ?', number)
         if not found:
@@ -193,7 +196,7 @@ def describeTransaction(base, number):
 
 
 def label(text):
-    """One of dnf's labels in the user's language, without the blanks and the colon at its end."""
+    """The translation of one of dnf's labels, without the blanks and the colon at its end."""
     return dnf.i18n._(text).rstrip(' :')
 
 
@@ -248,7 +251,7 @@ def linesOf(items):
 
 
 def outsideChanges(history, row):
-    """The text about changes that other programs than dnf have made directly before or after a transaction."""
+    """Sentences about packages that a program other than dnf has changed directly before or after a transaction."""
     parts = []
     before = history.rows('select rpmdb_version_end as version from trans where id < ? order by id desc limit 1',
                           row['id'])
@@ -261,8 +264,7 @@ def outsideChanges(history, row):
 
 
 def remaining(base, history, number, items):
-    """The changes that an interrupted transaction has not made. A package does not count if a later transaction has
-    changed it.
+    """The items that an interrupted transaction has not changed, except packages that a later transaction has changed.
     """
     later = set((row['name'], row['arch']) for row in history.rows(
         'select distinct r.name as name, r.arch as arch from trans_item ti join rpm r on r.item_id = ti.item_id '
@@ -273,4 +275,4 @@ def remaining(base, history, number, items):
     try:
         return unrecorded(base, packages)
     finally:
-        del base._ts  # other programs may need the database
+        del base._ts  # close rpm's database, because other programs may need it

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Finds the updates, and the packages that replace packages with other names.
+"""Finds the updates, and the packages that replace installed packages with other names.
 
 The worker that collects the packages runs this module.
 """
@@ -9,21 +9,20 @@ import hawkey
 
 
 def biArchOf(base, arch):
-    """The bi-arch class of an architecture. Two packages with the same name and class cannot be installed at the same
-    time.
+    """The bi-arch class of an architecture. Two packages with the same name and class cannot both be installed.
 
-    Packages without an architecture belong to the class of the system.
+    The class of "noarch" is the class of the system's architecture.
     """
     try:
         found = dnf.rpm.basearch(arch)
-    except KeyError:  # an architecture that dnf does not know yet
+    except KeyError:  # dnf does not know the architecture
         return arch
     return base.conf.basearch if found == 'noarch' else found
 
 
 def findUpdates(base):
-    """Returns the updates, and a list of pairs: an update, and the installed package that it replaces although the
-    bi-arch classes of the two differ.
+    """Returns two lists: the updates, and the counterparts. A counterpart is a pair of an update and an installed
+    package of another bi-arch class that the update replaces.
     """
     query = base.sack.query()
     try:
@@ -35,7 +34,7 @@ def findUpdates(base):
 
 
 def withoutExcluded(base, updates):
-    """The updates that dnf would install. dnf does not update an installed package that the configuration excludes."""
+    """These updates without the updates of excluded installed packages, which dnf does not update."""
     excluded = set(package.name for package in excludedPackages(base))
     if not excluded:
         return updates
@@ -54,10 +53,10 @@ def excludedPackages(base):
 
 
 def chooseUpdates(base, updates):
-    """Returns the updates that "dnf upgrade NAME" would install, and the same kind of pairs as findUpdates().
+    """Returns the updates that "dnf upgrade NAME" would install, and the counterparts (see findUpdates()).
 
-    If an installed package has no architecture, the query returns an update for each architecture. Only one of these
-    updates replaces the installed package.
+    If an installed package is "noarch", dnf's query returns an update for each architecture. Only one of these updates
+    replaces the installed package.
     """
     counterparts = []
     candidates = {}
@@ -72,7 +71,7 @@ def chooseUpdates(base, updates):
     for name, news in candidates.items():
         olds = installed.get(name, [])
         archs = set(package.arch for package in news + olds)
-        # A choice is necessary only if a package gains or loses its architecture.
+        # A choice is necessary only if some of these packages are "noarch" and others are not.
         if 'noarch' in archs and len(archs) > 1:
             pairs = replacementPairs(base, news, olds)
             news = [new for new in news if any(new is each for each, old in pairs)]
@@ -83,8 +82,8 @@ def chooseUpdates(base, updates):
 
 
 def replacementPairs(base, news, olds):
-    """Pairs of a new package and the installed package with the same name that the new package replaces. The resolver
-    decides first by the bi-arch class, then by the version.
+    """Pairs of a new package and the installed package that it replaces. news, olds: new and installed packages of one
+    name. Like dnf's resolver, the function decides first by the bi-arch class, then by the version.
     """
     pairs = []
     for old in olds:
@@ -93,14 +92,14 @@ def replacementPairs(base, news, olds):
         if new is not None:
             pairs.append((new, old))
     if len(set(new.arch == 'noarch' for new, old in pairs)) > 1:
-        # Two packages with the same name cannot be installed together if only one of them has an architecture.
+        # A "noarch" package and a package of the same name with an architecture cannot both be installed.
         others = [(newestOf(base, [new for new in news if new.arch == old.arch and new.evr_cmp(best) == 0]), old)
                   for best, old in pairs]
         if all(new is not None for new, old in others):
             return others
         pairs = [(new, old) for new, old in pairs if new.arch == 'noarch']
     if any(new.arch == 'noarch' for new, old in pairs):
-        # A package without an architecture replaces all installed packages with its name.
+        # A "noarch" package replaces all installed packages of its name.
         return [(pairs[0][0], old) for old in olds]
     return pairs
 
@@ -112,16 +111,16 @@ def newestOf(base, packages):
     for package in packages:
         if package.arch != 'noarch' and native in classes and biArchOf(base, package.arch) != native:
             continue
-        # The resolver uses the first of several equal packages.
+        # If several packages have the same version, choose the first of them, as dnf's resolver does.
         if best is None or package.evr_cmp(best) > 0:
             best = package
     return best
 
 
 def findReplacements(base):
-    """Pairs of an installed package and the package with another name that replaces it when dnf updates all packages.
+    """Pairs of an installed package and the package of another name that replaces it if dnf updates all packages.
 
-    The resolver runs only if an available package obsoletes an installed package.
+    To save time, the function calls the resolver only if an available package obsoletes an installed package.
     """
     query = base.sack.query()
     if not base.conf.obsoletes or not query.available().filterm(obsoletes=query.installed()):

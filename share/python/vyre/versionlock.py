@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Reads and changes the version locks of dnf's versionlock plug-in. A worker runs this module.
 
-The plug-in's own command changes its list of locks, so that the dnf command and the program write the same lines.
+The script runs the plug-in's own command to change the list of locks. So VYRE writes the same lines as the dnf command.
 """
 
 import contextlib
@@ -23,7 +23,7 @@ FORMS = (hawkey.FORM_NEVRA, hawkey.FORM_NEVR, hawkey.FORM_NEV, hawkey.FORM_NA, h
 
 
 def loadedPlugIn(base):
-    """The module of the plug-in; None if it is not loaded, or if it lacks a name that the script needs."""
+    """The Python module of the plug-in; None if dnf has not loaded it, or if it lacks a name that the script needs."""
     plugIns = base._plugins.plugins if base._plugins is not None else ()
     for plugIn in plugIns:
         if plugIn.name == 'versionlock':
@@ -34,9 +34,8 @@ def loadedPlugIn(base):
 
 
 def versionLocks(base):
-    """Returns None if the plug-in is not loaded, otherwise a pair. The first value is the reason why the user cannot
-    change the list of locks, or an empty text. The second value is a dictionary: the name of each locked package, and
-    the lines that lock it.
+    """If dnf has not loaded the plug-in, returns None. Otherwise returns a pair. Its first value is the result of
+    writingFault(). Its second value is a dictionary from the name of each locked package to the lines that lock it.
     """
     module = loadedPlugIn(base)
     if module is None:
@@ -49,8 +48,10 @@ def versionLocks(base):
 
 
 def writingFault(path):
-    """The reason why the user cannot change the list of locks, or an empty text. To add lines, the plug-in writes to
-    the file. To remove lines, it replaces the file.
+    """The reason why the user cannot change the list of locks; empty if the user can change it.
+
+    The file and its directory must be writable: the plug-in adds lines to the file, but to remove lines, it replaces
+    the file.
     """
     directory = os.path.dirname(path)
     if all(os.access(each, os.W_OK) for each in ([path, directory] if os.path.exists(path) else [directory])):
@@ -59,12 +60,12 @@ def writingFault(path):
 
 
 def namesByLine(base, module):
-    """A dictionary from the list's lines to the names of the packages that each line locks. The plug-in excludes all
-    other versions of these packages.
+    """A dictionary from each line of the list of locks to the names of the packages that the line locks. The plug-in
+    excludes all versions of these packages that the line does not name.
     """
     found = {}
     for line in module._read_locklist():
-        if line.startswith('!'):  # this line excludes a version, and locks nothing
+        if line.startswith('!'):  # a line with "!" excludes the version that it names, and locks no version
             continue
         names = found.setdefault(line, set())
         for nevra in dnf.subject.Subject(line).get_nevra_possibilities(forms=list(FORMS)):
@@ -76,7 +77,7 @@ def namesByLine(base, module):
 
 
 def lockVersions(base, packages):
-    """Lock the installed versions of these packages. If a package is not installed, lock the given version."""
+    """Lock the installed versions of these packages. If a package is not installed, lock the version of its object."""
     module = requirePlugIn(base)
     locked = set().union(*namesByLine(base, module).values())
     specs = set()
@@ -91,7 +92,8 @@ def lockVersions(base, packages):
 
 
 def unlockVersions(base, packages):
-    """Remove the lines that lock these packages. Keep each line that also locks other packages, and raise an exception.
+    """Remove the lines that lock only these packages. If a line also locks other packages, keep the line, and raise an
+    exception at the end.
     """
     module = requirePlugIn(base)
     wanted = set(package.name for package in packages)
@@ -119,7 +121,7 @@ def requirePlugIn(base):
 
 
 def runCommand(base, module, subcommand, specs):
-    """Run the plug-in's own command. It prints the changed lines."""
+    """Run the plug-in's own command, which prints the lines that it adds or removes."""
     command = module.VersionLockCommand(types.SimpleNamespace(base=base))
     command.opts = types.SimpleNamespace(subcommand=subcommand, package=specs, raw=False)
     try:
@@ -130,8 +132,8 @@ def runCommand(base, module, subcommand, specs):
 
 @contextlib.contextmanager
 def onlyWholeLines(module):
-    """Within this scope, the plug-in's command changes only lines that are equal to its arguments. Otherwise the name
-    of a package also matches the lines that exclude its versions.
+    """Within this scope, the plug-in's command removes only the lines that are equal to its arguments. Without this
+    scope, a package name as an argument would also remove the lines that exclude versions of it.
     """
     match = module._match
     module._match = lambda line, specs: line in specs
