@@ -26,6 +26,7 @@
 #include "app/KeptLayout.h"
 #include "app/Manuals.h"
 #include "app/Notice.h"
+#include "app/OutcomeLine.h"
 #include "app/StopButton.h"
 #include "app/WindowSizeKeeper.h"
 #include "history/HistoryDialog.h"
@@ -61,8 +62,7 @@ QString nodeName()
 MainWindow::MainWindow()
     : repoEditorAtStart(false), logAtStart(false), yumIO(new YumIO), closing(nullptr), yumConfIO(nullptr),
       initialized(false), scheduled(false), busy(false), closeWanted(false), collectFailed(false),
-      logWindow(nullptr), advisoryDialog(nullptr), repoEditor(nullptr), history(nullptr), aboutBox(nullptr),
-      notice(nullptr)
+      logWindow(nullptr), advisoryDialog(nullptr), repoEditor(nullptr), history(nullptr), aboutBox(nullptr)
 {
     setWindowTitle(Literal::title(tr("VYRE - %1").arg(nodeName())));
     Execute::keepOutput(); // for a manual that the user opens while a transaction's output is captured
@@ -269,6 +269,7 @@ void MainWindow::editRepositories(bool atStart)
 
 void MainWindow::reposChanged()
 {
+    outcomeLine->clear();
     setReady(false);
     bool changed = false;
     if (!checkCredentials(changed)) {
@@ -422,6 +423,7 @@ void MainWindow::resize()
 
 void MainWindow::refresh()
 {
+    outcomeLine->clear();
     setReady(false);
     yumIO->reset();
     recollect();
@@ -431,6 +433,7 @@ void MainWindow::refresh()
 
 void MainWindow::clean(bool (YumIO::*operation)())
 {
+    outcomeLine->clear();
     setReady(false);
     (yumIO->*operation)();
     if (yumIO->wasStopped()) {
@@ -450,6 +453,7 @@ void MainWindow::cleanDbcache()
 
 void MainWindow::cleanPackages()
 {
+    outcomeLine->clear();
     // The table does not depend on downloaded packages, so no new collection is necessary.
     setReady(false);
     yumIO->cleanPackages();
@@ -501,12 +505,17 @@ void MainWindow::showHistory()
 
 bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
 {
+    outcomeLine->clear();
     setReady(false);
     const int before = loggedEntries();
     const bool applied = operation();
     const bool done = applied || yumIO->systemChanged();
     const bool hasErrors = hasErrorsSince(before);
     const bool stopped = yumIO->wasStopped();
+    const TransactionOutcome outcome = yumIO->transactionOutcome();
+    if (outcome.known && !stopped) {
+        outcomeLine->showOutcome(outcome, before);
+    }
     bool changed = false;
     if (applied && !checkCredentials(changed)) {
         return done;
@@ -521,7 +530,7 @@ bool MainWindow::carryOut(const std::function<bool()>& operation, Kept kept)
     } else if (yumIO->isOutdated()) {
         recollect(AllMarks);
     }
-    if (hasErrors) {
+    if (hasErrors && !outcome.hasFailures()) {
         // This notice replaces the notice of the collection: an unreachable repository must not hide a failed
         // package script.
         showNotice(tr("The transaction has reported errors: see the log (Ctrl+L)"));
@@ -548,6 +557,7 @@ void MainWindow::changeVersionLocks(const QList<int>& rows, bool locked)
         return;
     }
     const Package::EntryKey first(*entries.first());
+    outcomeLine->clear();
     setReady(false);
     const int before = loggedEntries();
     yumIO->changeVersionLocks(entries, locked);
@@ -653,6 +663,14 @@ void MainWindow::displayLog()
     logWindow->activateWindow();
 }
 
+void MainWindow::displayLogFrom(int entry)
+{
+    if (!quitting()) {
+        displayLog();
+        logWindow->showFrom(entry);
+    }
+}
+
 void MainWindow::displayAdvisories()
 {
     if (collectFailed) {
@@ -722,9 +740,6 @@ void MainWindow::warnAndNotice(const QString& text)
 
 void MainWindow::showNotice(const QString& text)
 {
-    if (notice == nullptr) {
-        notice = new Notice(menuBar());
-    }
     notice->showText(text);
 }
 

@@ -28,10 +28,12 @@ class HistoryDialog;
 class HMenu;
 class HProgressBar;
 class Notice;
+class OutcomeLine;
 class QAction;
 class QBoxLayout;
 class QCheckBox;
 class QComboBox;
+class QMenuBar;
 class QMessageBox;
 class QPushButton;
 class StopButton;
@@ -72,6 +74,8 @@ public:
 
     void setVisible(bool visible) override;
     QSize sizeHint() const override;
+    // Hides the function of QMainWindow, which would replace the row of the menus by a new menu bar.
+    QMenuBar* menuBar() const { return menus; }
 
     // Returns whether the back end is changing the system now. This work must not be interrupted.
     bool isChangingSystem() const;
@@ -90,6 +94,8 @@ public Q_SLOTS:
     // Asks the running operation to stop.
     void stop();
     void displayLog();
+    // Opens the log at an entry.
+    void displayLogFrom(int entry);
     // Reads the advisories and shows them.
     void displayAdvisories();
     void markUpdates(const QVector<Package::Entry*>& entries);
@@ -106,7 +112,7 @@ public Q_SLOTS:
     void filtersearch();
     void currentChanged(int row, int previous);
     void stateChanged(int row = -1);
-    // Logs a message as a warning, and shows it beside the menus for a while.
+    // Logs a message as a warning, and shows it next to the menus for a while.
     void warnAndNotice(const QString& text);
     void modeChanged(int mode);
     void collectedExtraData();
@@ -185,6 +191,8 @@ private:
     bool collectFailed;            // the last collection of packages failed
     QPointer<QWidget> focusBefore; // the widget that had the focus when the controls were disabled
 
+    QMenuBar* menus;
+    OutcomeLine* outcomeLine;
     HMenu* programMenu;
     QAction* quitAction;
     QAction* historyAction;
@@ -217,7 +225,7 @@ private:
     RepoEditor::Dialog* repoEditor; // null before the first use
     HistoryDialog* history;         // null before the first use
     QMessageBox* aboutBox;          // null before the first use
-    Notice* notice;                 // null before the first use
+    Notice* notice;
 };
 
 #endif

@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include "app/Notice.h"
+#include "app/OutcomeLine.h"
 #include "app/StopButton.h"
 #include "packagetable/Model.h"
 #include "packagetable/SortFilterProxyModel.h"
@@ -25,9 +27,22 @@
 
 void MainWindow::createMenuBar()
 {
+    // Screen readers find the texts next to the menus only in ordinary widgets, not inside the menu bar.
+    auto* row = new QWidget(this);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    menus = new QMenuBar(row);
+    notice = new Notice(row);
+    outcomeLine = new OutcomeLine(row);
+    connect(outcomeLine, SIGNAL(logWanted(int)), this, SLOT(displayLogFrom(int)));
+    layout->addWidget(menus, 1);
+    layout->addWidget(notice);
+    layout->addWidget(outcomeLine);
+    setMenuWidget(row);
+
     const auto addMenu = [this](const QString& title) {
-        auto* menu = new HMenu(title, menuBar());
-        menuBar()->addMenu(menu);
+        auto* menu = new HMenu(title, menus);
+        menus->addMenu(menu);
         return menu;
     };
     programMenu = addMenu(tr("&Program"));

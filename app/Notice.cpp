@@ -2,26 +2,21 @@
 
 #include "app/Notice.h"
 
-#include <QMenuBar>
-
 #include "widgets/Colors.h"
 
-Notice::Notice(QMenuBar* menuBar) : PlainLabel(menuBar)
+Notice::Notice(QWidget* parent) : PlainLabel(parent)
 {
     setPalette(Colors::makeWarning(palette()));
-    setBackgroundRole(QPalette::Window); // the menu bar may have another role
-    setForegroundRole(QPalette::WindowText);
     setAutoFillBackground(true);
     setMargin(2);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred); // the whole text, even in a narrow window
     end.setSingleShot(true);
     connect(&end, SIGNAL(timeout()), this, SLOT(hide()));
-    menuBar->setCornerWidget(this);
+    hide();
 }
 
 void Notice::showText(const QString& text)
 {
-    // The menu bar makes room for the text only when the notice appears.
-    hide();
     setText(text);
     show();
     end.start(15000);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A message beside the menus that disappears after a while. A message box would interrupt the user.
+// A message next to the menus that disappears after a while. A message box would interrupt the user.
 //
-// It lives on the graphical thread; the menu bar owns it.
+// It lives on the graphical thread; its Qt parent owns it.
 
 #ifndef APP_NOTICE_H
 #define APP_NOTICE_H
@@ -11,14 +11,12 @@
 
 #include "widgets/PlainLabel.h"
 
-class QMenuBar;
-
 class Notice : public PlainLabel
 {
     Q_OBJECT
 
 public:
-    explicit Notice(QMenuBar* menuBar);
+    explicit Notice(QWidget* parent);
 
     void showText(const QString& text);
 

@@ -2,6 +2,7 @@
 
 #include "services/LogWindow.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QCheckBox>
 #include <QDateTime>
 #include <QDir>
@@ -16,6 +17,7 @@
 #include <QScopedValueRollback>
 #include <QScrollBar>
 #include <QSpinBox>
+#include <QTextBlock>
 #include <QTextCursor>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -170,6 +172,26 @@ void Window::appended()
         askedAgain = false;
         QTimer::singleShot(0, this, SLOT(appended()));
     }
+}
+
+void Window::showFrom(int index)
+{
+    int line = 0;
+    {
+        QMutexLocker locker(&entries);
+        const int end = qMin(index, static_cast<int>(shown));
+        for (int i = 0; i < end; ++i) {
+            line += isShown(entries.at(i)) ? 1 : 0;
+        }
+    }
+    const QTextBlock block = textEdit->document()->findBlockByNumber(line);
+    if (!block.isValid()) {
+        return;
+    }
+    textEdit->setTextCursor(QTextCursor(block));
+    const QRectF place = textEdit->document()->documentLayout()->blockBoundingRect(block);
+    textEdit->verticalScrollBar()->setValue(static_cast<int>(place.top()));
+    textEdit->setFocus();
 }
 
 void Window::levelChanged(int)

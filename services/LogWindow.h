@@ -35,6 +35,8 @@ public Q_SLOTS:
     // When the window becomes visible, it renders the whole log and scrolls to the newest line. When it is
     // hidden, it deletes the text.
     void setVisible(bool visible) override;
+    // Scrolls to the entry of this index, or to the next visible one, and moves the cursor there.
+    void showFrom(int index);
     // Renders the new entries since the last call, and paints them immediately.
     void appended();
     // Renders the whole log again at the new level.

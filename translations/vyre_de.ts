@@ -1076,6 +1076,17 @@ Für das Ende einer Zeile schreiben Sie „([[:space:]]|$)“.</translation>
     </message>
 </context>
 <context>
+    <name>OutcomeLine</name>
+    <message>
+        <source>Show in &amp;Log</source>
+        <translation>Im Protokoll &amp;zeigen</translation>
+    </message>
+    <message>
+        <source>Open the Log window at the beginning of this transaction</source>
+        <translation>Öffnet das Protokoll am Anfang dieser Transaktion</translation>
+    </message>
+</context>
+<context>
     <name>PackageTable::ActionContextMenu</name>
     <message>
         <source>&amp;Update</source>
@@ -2036,6 +2047,81 @@ Zurzeit läuft kein Vorgang.</translation>
     <message>
         <source>Find a text in this window (Ctrl+F)</source>
         <translation>Einen Text in diesem Fenster suchen (Strg+F)</translation>
+    </message>
+</context>
+<context>
+    <name>TransactionOutcome</name>
+    <message>
+        <source>%1 installed</source>
+        <translation>%1 installiert</translation>
+    </message>
+    <message>
+        <source>%1 updated</source>
+        <translation>%1 aktualisiert</translation>
+    </message>
+    <message>
+        <source>%1 downgraded</source>
+        <translation>%1 herabgestuft</translation>
+    </message>
+    <message>
+        <source>%1 reinstalled</source>
+        <translation>%1 erneut installiert</translation>
+    </message>
+    <message>
+        <source>%1 removed</source>
+        <translation>%1 entfernt</translation>
+    </message>
+    <message>
+        <source>1 group installed</source>
+        <translation>1 Gruppe installiert</translation>
+    </message>
+    <message>
+        <source>%1 groups installed</source>
+        <translation>%1 Gruppen installiert</translation>
+    </message>
+    <message>
+        <source>1 group updated</source>
+        <translation>1 Gruppe aktualisiert</translation>
+    </message>
+    <message>
+        <source>%1 groups updated</source>
+        <translation>%1 Gruppen aktualisiert</translation>
+    </message>
+    <message>
+        <source>1 group removed</source>
+        <translation>1 Gruppe entfernt</translation>
+    </message>
+    <message>
+        <source>%1 groups removed</source>
+        <translation>%1 Gruppen entfernt</translation>
+    </message>
+    <message>
+        <source>1 module changed</source>
+        <translation>1 Modul geändert</translation>
+    </message>
+    <message>
+        <source>%1 modules changed</source>
+        <translation>%1 Module geändert</translation>
+    </message>
+    <message>
+        <source>%1 failed</source>
+        <translation>%1 fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>Nothing was changed</source>
+        <translation>Es wurde nichts geändert</translation>
+    </message>
+    <message>
+        <source>the scriptlet of %1 failed</source>
+        <translation>Skript von %1 fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>the scriptlets of %1 and %2 more failed</source>
+        <translation>Skripte von %1 und %2 weiteren fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>a restart is needed</source>
+        <translation>Neustart nötig</translation>
     </message>
 </context>
 <context>
@@ -3477,6 +3563,14 @@ Ohne sie fortfahren?
     <message>
         <source>Removals: %1.</source>
         <translation>Zu entfernende Pakete: %1.</translation>
+    </message>
+    <message>
+        <source>The scriptlet of {} failed.</source>
+        <translation>Das Skript von {} ist fehlgeschlagen.</translation>
+    </message>
+    <message>
+        <source>Carried out: %1.</source>
+        <translation>Ausgeführt: %1.</translation>
     </message>
 </context>
 <context>

@@ -20,6 +20,7 @@
 
 #include "yumio/Package.h"
 #include "yumio/SignalRecorder.h"
+#include "yumio/TransactionOutcome.h"
 
 class TransactionState
 {
@@ -57,6 +58,7 @@ public:
     bool transactionRan = false; // rpm may have changed the system
     bool outdated = false;       // the script refused, because another program has changed the system
     Package::Marks leftOut;      // the marks that the script left out, because they cannot be carried out
+    TransactionOutcome outcome;
     std::unique_ptr<SignalRecorder> signalRecorder; // exists while rpm changes the system
 
     quint64 cachedSize = 0;

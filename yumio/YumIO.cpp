@@ -141,6 +141,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "Finding the marks that can be applied"),
     QT_TRANSLATE_NOOP("YumIO", "{} is not newer than the installed version."),
     QT_TRANSLATE_NOOP("YumIO", "The transaction failed for:"),
+    QT_TRANSLATE_NOOP("YumIO", "The scriptlet of {} failed."),
     QT_TRANSLATE_NOOP("YumIO", "The package database does not record these changes:"),
     QT_TRANSLATE_NOOP("YumIO", "There is no repository {}"),
     QT_TRANSLATE_NOOP("YumIO", "another package"),

@@ -148,6 +148,8 @@ public:
     // Returns whether the last apply() was refused because another program has changed the system since the
     // last collection.
     bool isOutdated() const { return transaction.outdated; }
+    // Returns what the last apply() or replay() has carried out.
+    const TransactionOutcome& transactionOutcome() const { return transaction.outcome; }
 
     // --- The history of transactions
 
@@ -497,6 +499,7 @@ private:
     void weighItem(PyObject* item, long action);
     void weighUnlisted(PyObject* item, long action);
     void readOutcome();
+    void readCounts(PyObject* values);
     bool verifyLocalPkg(PyObject* pkg);
     bool cleanType(const QString& label, const char* method);
 
@@ -546,15 +549,16 @@ private:
     void error(const char* text) override;
     void warning(const char* text) override;
     void pythonException(const QString& text);
-    void pythonExceptionV(const QString& text);
+    void pythonExceptionV(const QString& text, const QString& carriedOut = QString());
     int exceptionLogStart();
-    void showExceptionLog(int start, const QString& text);
+    // carriedOut: the changes before the failure; the message begins with them. It may be empty.
+    void showExceptionLog(int start, const QString& text, const QString& carriedOut = QString());
     void pyExceptExpect(PyObject* type) override;
     void pyExceptClear() override;
     void exceptionExpected() override;
     void tracebackOnTerminal(const char* text) override;
     void commExceptSetup();
-    bool commExceptRaised(PyObject* result, const QString& what);
+    bool commExceptRaised(PyObject* result, const QString& what, const QString& carriedOut = QString());
     void showRemarks();
     // If the call has failed after a request to stop, logs the failure as a detail and returns true.
     bool stopRaised(PyObject* result);

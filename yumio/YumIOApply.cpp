@@ -183,9 +183,11 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
         changingSystem = false;
         transaction.signalRecorder.reset();
         readOutcome();
+        const QString changes = transaction.outcome.changes();
+        const QString carriedOut = changes.isEmpty() ? QString() : tr("Carried out: %1.").arg(changes);
         // pyMethodCall() has already reported any other exception.
-        if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes")) || !result ||
-            result.get() == Py_False) {
+        if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes"), carriedOut) ||
+            !result || result.get() == Py_False) {
             transaction.txApplied = false; // the marks are kept, even if the script changed nothing
         }
     }
@@ -220,6 +222,7 @@ void YumIO::readOutcome()
             }
         }
     }
+    readCounts(PyRef(attribute(yumIO.get(), "outcome")).get());
     // The question has shown this text and is closed now. Therefore the text goes to the log.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
@@ -228,6 +231,30 @@ void YumIO::readOutcome()
             tr("These packages are not in the transaction. VYRE keeps their marks:\n%1").arg(text));
     }
     PyErr_Restore(type, value, traceback);
+}
+
+// values: a dictionary, or another object if the user has not confirmed a transaction.
+void YumIO::readCounts(PyObject* values)
+{
+    TransactionOutcome& outcome = transaction.outcome;
+    if (values == nullptr || PyDict_Check(values) == 0) {
+        return;
+    }
+    outcome.known = true;
+    for (int i = 0; i < TransactionOutcome::CountCount; ++i) {
+        PyObject* number = PyDict_GetItemString(
+            values, TransactionOutcome::nameOf(static_cast<TransactionOutcome::Count>(i)));
+        outcome.counts[i] =
+            number != nullptr && PyLong_Check(number) != 0 ? static_cast<int>(PyLong_AsLong(number)) : 0;
+        PyErr_Clear();
+    }
+    PyObject* names = PyDict_GetItemString(values, "failedScriptlets");
+    if (names != nullptr && PyList_Check(names) != 0) {
+        for (Py_ssize_t i = 0; i < PyList_GET_SIZE(names); ++i) {
+            outcome.failedScriptlets.append(pyString(PyList_GET_ITEM(names, i)));
+        }
+    }
+    outcome.restartNeeded = PyDict_GetItemString(values, "restartNeeded") == Py_True;
 }
 
 bool YumIO::applyGroups()

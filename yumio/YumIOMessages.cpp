@@ -70,17 +70,21 @@ void YumIO::pythonException(const QString& text)
     showExceptionLog(start, text);
 }
 
-void YumIO::pythonExceptionV(const QString& text)
+void YumIO::pythonExceptionV(const QString& text, const QString& carriedOut)
 {
     const int start = exceptionLogStart();
     log(Log::Error, 0, pyStringXDec(pyExceptValuef()));
-    showExceptionLog(start, text);
+    showExceptionLog(start, text, carriedOut);
 }
 
-void YumIO::showExceptionLog(int start, const QString& text)
+void YumIO::showExceptionLog(int start, const QString& text, const QString& carriedOut)
 {
     log(Log::Error, 0, text);
     QStringList lines;
+    if (!carriedOut.isEmpty()) {
+        log(Log::Info, 0, carriedOut);
+        lines.append(carriedOut);
+    }
     {
         QMutexLocker locker(&logList);
         for (int i = start; i < logList.count(); ++i) {
@@ -173,7 +177,7 @@ void YumIO::commExceptSetup()
     }
 }
 
-bool YumIO::commExceptRaised(PyObject* result, const QString& what)
+bool YumIO::commExceptRaised(PyObject* result, const QString& what, const QString& carriedOut)
 {
     // PyErr_PrintEx(0) does not store tracebacks in sys, where they would keep the objects of the failed call
     // alive.
@@ -184,15 +188,18 @@ bool YumIO::commExceptRaised(PyObject* result, const QString& what)
         const PyRef text(pyExceptValuef());
         return text ? pyStringX(text.get()) : QString();
     };
+    const auto report = [this, &carriedOut](const QString& text) {
+        error(carriedOut.isEmpty() ? text : carriedOut + QLatin1Char('\n') + text);
+    };
     if (raised(PyExc_IOError)) {
         const QString text = value();
         PyErr_PrintEx(0);
-        error(tr("Unable to %1: I/O Error: %2\n\nEmitting a walkback to the Log window.").arg(what, text));
+        report(tr("Unable to %1: I/O Error: %2\n\nEmitting a walkback to the Log window.").arg(what, text));
         return true;
     }
     if (raised(PyExc_KeyboardInterrupt)) {
         PyErr_PrintEx(0);
-        error(
+        report(
             tr("Unable to %1: KeyboardInterrupt\n\nThis usually means VYRE was sent signal SIGINT, SIGTERM, "
                "or "
                "similar.\n\nBut urlgrabber also can raise this error for several situations where it is just "
@@ -202,17 +209,17 @@ bool YumIO::commExceptRaised(PyObject* result, const QString& what)
     }
     if (raised(PyExc_AssertionError)) {
         PyErr_PrintEx(0);
-        error(tr(
+        report(tr(
             "Internal error: python assertion failed\nWhen reporting this issue, please include the contents "
             "of the\nLog window, which should contain a walkback."));
         return true;
     }
     if (raised(PyExc_RuntimeError)) {
-        error(tr("Unable to %1: Runtime Error:\n\n%2").arg(what, value()));
+        report(tr("Unable to %1: Runtime Error:\n\n%2").arg(what, value()));
         return true;
     }
     if (raised(classes[MetadataError])) {
-        error(tr("Unable to %1: metadata unavailable from all repo mirrors:\n%2").arg(what, value()));
+        report(tr("Unable to %1: metadata unavailable from all repo mirrors:\n%2").arg(what, value()));
         return true;
     }
     if (raised(classes[RepoError]) || raised(classes[OtherRepoError])) {
@@ -227,7 +234,7 @@ bool YumIO::commExceptRaised(PyObject* result, const QString& what)
         return true;
     }
     if (raised(classes[BdbQuit]) || raised(classes[DnfError])) {
-        pythonExceptionV(tr("Unable to %1").arg(what));
+        pythonExceptionV(tr("Unable to %1").arg(what), carriedOut);
         return true;
     }
     return false;

@@ -87,6 +87,7 @@ with ownPackage():
     from vyre.locks import DatabaseLock, WaitingLock, releaseSessionLock, takeSessionLock
     from vyre.marks import Marks
     from vyre.metadata import checkModuleFiles, documentPath
+    from vyre.outcome import Outcome
     from vyre.output import Writer, setUpLogFiles, startLog
     from vyre.program import tr
     from vyre.progress import RPMTransaction
@@ -141,6 +142,8 @@ class YumIO:
         # Whether the script has refused the last transaction, because another program had changed the system after the
         # script read the packages.
         self.outdated = False
+        # What the last transaction has carried out: a dictionary, or None if the user has not confirmed a transaction.
+        self.outcome = None
         # Pairs from the last collection: an installed package, and the package that replaces it.
         self.replacements = []
         # The marked packages and groups that the last transaction has left out, because dnf could not apply the marks.
@@ -392,6 +395,7 @@ class YumIO:
         del self.remarks[:]
         del self.leftOut[:]
         self.leftOutReasons = ''
+        self.outcome = base.outcome = None
         base.historyFault = None
         base.withoutSpace = []
         try:
@@ -411,12 +415,18 @@ class YumIO:
             if not confirmTransaction(base, otherSections(base)):
                 return True
             self.leftOutReasons = reasons
+            base.outcome = Outcome(base)
             try:
                 download(base)
                 signatures.checkSignatures(base, installSet(base))
                 return runTransaction(base, self._checkCurrent)
             finally:
-                base.endTransaction()
+                # The end closes the history, and so forgets the transaction.
+                try:
+                    self.outcome = base.outcome.values()
+                finally:
+                    base.outcome = None
+                    base.endTransaction()
         except (hawkey.Exception, libdnf.error.Error, rpm.error) as e:
             if base.history.dbpath in str(e):
                 refuseHistory(base, str(e))

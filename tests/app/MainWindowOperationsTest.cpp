@@ -3,6 +3,7 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include "app/Notice.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 #include "tests/history/ShownHistory.h"
@@ -127,7 +128,7 @@ void MainWindowOperationsTest::windowCannotBeClosedWhileTheSystemIsChanged()
 {
     whileTheSystemIsChanged([this] {
         QVERIFY(!shown->window->close());
-        const auto* notice = qobject_cast<const QLabel*>(shown->window->menuBar()->cornerWidget());
+        const auto* notice = shown->window->findChild<Notice*>();
         QVERIFY(notice != nullptr && notice->isVisible());
         QCOMPARE(notice->text(), QString("VYRE cannot close while it changes packages"));
     });

@@ -7,11 +7,14 @@
 
 #include "advisories/AdvisoryDialog.h"
 #include "app/Manuals.h"
+#include "app/Notice.h"
+#include "app/OutcomeLine.h"
 #include "app/base/Share.h"
 #include "services/LogWindow.h"
 #include "tests/app/EachAlone.h"
 #include "tests/app/StandInWindow.h"
 #include "tests/packagetable/Described.h"
+#include "widgets/ElidedLabel.h"
 
 using namespace PackageTable;
 
@@ -23,12 +26,18 @@ class MainWindowOtherWindowsTest : public StandInWindow
 private:
     void compareManuals();
     QString noticeText() const;
+    // Updates "tool"; the stand-in reports this outcome.
+    void applyWithOutcome(const QJsonObject& outcome);
+    // The text of the line next to the menus; empty while the line is hidden.
+    QString outcomeText() const;
 
 private Q_SLOTS:
     void currentPackageCanBeDescribed();
     void describeIsDisabledIfNoRowIsCurrent();
     void errorsThatAreOnlyInTheLogCauseANotice();
     void errorsInATransactionCauseTheirOwnNotice();
+    void theOutcomeIsShownUntilTheNextOperation();
+    void theOutcomeOpensTheLogAtItsTransaction();
     void aClickOnAnUnmarkableRowShowsTheReason();
     void manualsAreOpenedInOtherPrograms();
     void manualsCanBeOpenedWhileAWorkerRuns();
@@ -124,8 +133,8 @@ void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
                  "The manual is not installed: there is no file " + documentation.path() + manual.second);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
         // The second text is longer, and is not cut off.
-        const QWidget* notice = shown->window->menuBar()->cornerWidget();
-        QVERIFY(notice->width() >= notice->sizeHint().width());
+        const auto* notice = shown->window->findChild<Notice*>();
+        QTRY_VERIFY(notice->width() >= notice->sizeHint().width());
     }
     QTest::qWait(200); // this time would be enough to start a program
     QVERIFY(!QFile::exists(Share::absolute("webbrowser.called")));
@@ -135,8 +144,7 @@ void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
 // The text to the right of the menus.
 QString MainWindowOtherWindowsTest::noticeText() const
 {
-    const QWidget* corner = shown->window->menuBar()->cornerWidget();
-    const auto* label = qobject_cast<const QLabel*>(corner);
+    const auto* label = shown->window->findChild<Notice*>();
     return label != nullptr && label->isVisible() ? label->text() : QString();
 }
 
@@ -145,7 +153,7 @@ void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
     shown->start();
     const auto notices = [this] {
         int count = 0;
-        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+        for (const Notice* label : shown->window->findChildren<Notice*>()) {
             count += label->isVisible() && label->text() == "There are errors in the log (Ctrl+L)";
         }
         return count;
@@ -177,6 +185,90 @@ void MainWindowOtherWindowsTest::errorsInATransactionCauseTheirOwnNotice()
     QCOMPARE(noticeText(), QString("There are errors in the log (Ctrl+L)"));
 }
 
+void MainWindowOtherWindowsTest::applyWithOutcome(const QJsonObject& outcome)
+{
+    standIn->setOutcome(outcome);
+    shown->click("tool", PackageTable::ActionColumn);
+    const Answers answers("OK");
+    shown->press("&Apply Actions");
+    QTRY_VERIFY(shown->isReady());
+}
+
+QString MainWindowOtherWindowsTest::outcomeText() const
+{
+    const auto* line = shown->window->findChild<OutcomeLine*>();
+    return line->isVisible() ? line->findChild<ElidedLabel*>()->wholeText() : QString();
+}
+
+void MainWindowOtherWindowsTest::theOutcomeIsShownUntilTheNextOperation()
+{
+    shown->start();
+    QCOMPARE(outcomeText(), QString());
+    const QString text("1 updated; a restart is needed");
+    const QJsonObject outcome{{"updated", 1}, {"restartNeeded", true}};
+    const auto apply = [&] {
+        applyWithOutcome(outcome);
+        QCOMPARE(outcomeText(), text); // after the collection that belongs to the transaction
+    };
+    apply();
+    // These are no operations.
+    shown->filter("too");
+    shown->choose(shown->modeBox, PackageTable::Search);
+    shown->filter(".*");
+    QTRY_VERIFY(shown->isReady());
+    shown->choose(shown->modeBox, PackageTable::Filter);
+    QCOMPARE(outcomeText(), text);
+    shown->press("Re&fresh");
+    QCOMPARE(outcomeText(), QString());
+    QTRY_VERIFY(shown->isReady());
+    apply();
+    shown->choose("&Cache", "Clean Packages");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(outcomeText(), QString());
+    apply();
+    shown->choose("&Cache", "Clean Metadata");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(outcomeText(), QString());
+    apply();
+    shown->window->reposChanged();
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(outcomeText(), QString());
+    apply();
+    // A refused transaction removes the line of the previous one.
+    shown->click("tool", PackageTable::ActionColumn);
+    const Answers answers("Cancel");
+    shown->press("&Apply Actions");
+    QTRY_VERIFY(shown->isReady());
+    QCOMPARE(outcomeText(), QString());
+}
+
+void MainWindowOtherWindowsTest::theOutcomeOpensTheLogAtItsTransaction()
+{
+    shown->start();
+    applyWithOutcome({{"updated", 1}});
+    for (int i = 0; i < 5; ++i) {
+        shown->press("Re&fresh");
+        QTRY_VERIFY(shown->isReady());
+    }
+    standIn->setBreaking(true);
+    applyWithOutcome({{"failed", 1}, {"failedScriptlets", QJsonArray{"tool"}}});
+    QCOMPARE(outcomeText(), QString("1 failed; the scriptlet of tool failed"));
+    // The line says more than this notice.
+    QCOMPARE(noticeText(), QString());
+    shown->window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(shown->window));
+    shown->key(Qt::Key_L, Qt::AltModifier);
+    QTRY_VERIFY(logIsVisible());
+    const QTextCursor cursor = logWindow()->findChild<QTextEdit*>()->textCursor();
+    QCOMPARE(cursor.block().text(), QString("Applying"));
+    QStringList after;
+    for (QTextBlock block = cursor.block().next(); block.isValid(); block = block.next()) {
+        after << block.text();
+    }
+    QVERIFY(!after.contains("Applying")); // it is the last one
+    QVERIFY(after.contains("Applying: OK"));
+}
+
 void MainWindowOtherWindowsTest::aClickOnAnUnmarkableRowShowsTheReason()
 {
     shown->start();
@@ -195,7 +287,7 @@ void MainWindowOtherWindowsTest::aClickOnAnUnmarkableRowShowsTheReason()
         name + " cannot be marked: the configuration excludes it from updates and removals";
     const auto notices = [this, &reason] {
         int count = 0;
-        for (const QLabel* label : shown->window->menuBar()->findChildren<QLabel*>()) {
+        for (const Notice* label : shown->window->findChildren<Notice*>()) {
             count += label->isVisible() && label->text() == reason;
         }
         return count;

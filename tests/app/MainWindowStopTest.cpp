@@ -3,6 +3,7 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include "app/Notice.h"
 #include "app/StopButton.h"
 #include "history/HistoryDialog.h"
 #include "repo/RepoEditorDialog.h"
@@ -42,7 +43,7 @@ private Q_SLOTS:
 
 QString MainWindowStopTest::notice() const
 {
-    const auto* label = qobject_cast<QLabel*>(shown->window->menuBar()->cornerWidget());
+    const auto* label = shown->window->findChild<Notice*>();
     return label != nullptr && label->isVisible() ? label->text() : QString();
 }
 

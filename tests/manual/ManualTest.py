@@ -43,9 +43,10 @@ REPORTING = {'error', 'warning', 'internalError', 'pythonException', 'pythonExce
 SHOWN = {'addMenu', 'addAction', 'add', 'addItem', 'addItems', 'QCheckBox', 'QPushButton', 'addButton',
          'setWindowTitle', 'PlainLabel', 'HGroupBox', 'addLine', 'addPair', 'addPairButton', 'addField', 'addRow',
          'makeLabel', 'setText', 'fill'}
-# Sources with headings of tables and tool tips, but without messages.
+# Sources with headings of tables, tool tips or parts of a line, but without messages.
 WITHOUT_MESSAGES = ('advisories/AdvisoryModel.cpp', 'app/StopButton.cpp', 'history/HistoryModel.cpp',
-                    'packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp', 'yumio/Words.cpp')
+                    'packagetable/Columns.cpp', 'repo/RepoEditorModel.cpp', 'app/base/Fonts.cpp',
+                    'yumio/TransactionOutcome.cpp', 'yumio/Words.cpp')
 # Composed tool tips, the text of About, and texts without words.
 OTHER = re.compile(r'Specify the method|%1 \(Must load extra|Any other yum options|<|Clean RPM|'
                    r'(%\d|[ /(){}:%\[\]-])*$')

@@ -64,6 +64,7 @@ private Q_SLOTS:
     void windowHasTheExpectedTextsAndRanges();
     void mainWindowIsNotTheParent();
     void openingShowsAllEarlierEntriesScrolledToTheBottom();
+    void windowScrollsToAnEntry();
     void entriesAboveTheLevelAreNotShown();
     void errorsAreShownOnEveryLevel();
     void levelIsComparedUnsigned();
@@ -220,6 +221,36 @@ void LogWindowTest::openingShowsAllEarlierEntriesScrolledToTheBottom()
     QScrollBar* scrollBar = pane->verticalScrollBar();
     QVERIFY(scrollBar->maximum() > 0);
     QCOMPARE(scrollBar->value(), scrollBar->maximum());
+}
+
+void LogWindowTest::windowScrollsToAnEntry()
+{
+    for (int i = 0; i < 200; ++i) {
+        log(Log::Info, i % 2 == 0 ? 0 : 5, QString("line %1").arg(i));
+    }
+    log(Log::Action, 0, "Begin");
+    for (int i = 0; i < 200; ++i) {
+        log(Log::Info, 0, QString("later %1").arg(i));
+    }
+    open();
+    const auto topLine = [this] { return pane->cursorForPosition(QPoint(2, 4)).block().text(); };
+    QVERIFY(topLine().startsWith("later"));
+    window->showFrom(200);
+    QCOMPARE(topLine(), QString("Begin"));
+    QCOMPARE(pane->textCursor().block().text(), QString("Begin"));
+    QVERIFY(pane->hasFocus());
+    // The same entry on a level that shows more lines.
+    level->setValue(5);
+    window->showFrom(200);
+    QCOMPARE(topLine(), QString("Begin"));
+    // An entry that is not shown leads to the next one.
+    level->setValue(2);
+    window->showFrom(41);
+    QCOMPARE(topLine(), QString("line 42"));
+    window->showFrom(0);
+    QCOMPARE(topLine(), QString("line 0"));
+    window->showFrom(100000); // no such entry
+    QCOMPARE(topLine(), QString("line 0"));
 }
 
 void LogWindowTest::entriesAboveTheLevelAreNotShown()

@@ -41,6 +41,7 @@ class ModulesTest(ModuleScenario):
         self.assertEqual(at, ["listTransaction"])
         self.assertEqual("".join(self.added), "Enabling module streams:\n\tgrove 1\n")
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
+        self.assertEqual((self.yumio.outcome["installed"], self.yumio.outcome["modules"]), (2, 1))
 
     @in_own_process
     def test_answering_no_does_not_change_the_streams(self):
@@ -111,6 +112,7 @@ class EndedTest(ModuleScenario):
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
         # The program collects the packages again.
         self.assertTrue(self.yumio.systemChanged)
+        self.assertEqual([self.yumio.outcome[name] for name in ("installed", "modules", "failed")], [0, 1, 2])
 
     @in_own_process
     def test_an_ended_operation_without_streams_has_changed_nothing(self):

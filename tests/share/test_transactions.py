@@ -555,7 +555,8 @@ class ScriptletTest(ScenarioTest):
         changed = self.changes(self.apply, installs=["limpgate"])
         self.assertEqual(changed, ({"limpgate-1.0-1.noarch"}, set()))
         self.assertIn("the hinge is gone", self.recording.output())
-        self.assertEqual(self.recording.errors(), ["Error in POSTIN scriptlet in rpm package limpgate"])
+        self.assertEqual(self.recording.errors(), ["Error in POSTIN scriptlet in rpm package limpgate",
+                                                   "The scriptlet of limpgate-1.0-1.noarch failed."])
         # If the history did not contain the end of the transaction, the next collection would report it.
         self.recording.clear()
         self.again()

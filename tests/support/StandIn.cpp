@@ -167,6 +167,11 @@ void StandIn::setAdvisories(const QList<QJsonArray>& advisories)
     Files::put(path("advisories.json"), QJsonDocument(listed).toJson(QJsonDocument::Compact));
 }
 
+void StandIn::setOutcome(const QJsonObject& outcome)
+{
+    Files::put(path("outcome.json"), QJsonDocument(outcome).toJson(QJsonDocument::Compact));
+}
+
 void StandIn::setVersionLocks(const QJsonObject& lines, const QString& fault)
 {
     Files::put(path("locks.json"), QJsonDocument(QJsonArray{fault, lines}).toJson(QJsonDocument::Compact));

@@ -41,6 +41,8 @@ public:
     void setBreaking(bool doBreak);
     // Whether an apply reports that another program has changed the system.
     void setOutdated(bool outdated);
+    // The outcome that an apply reports once it has begun its change.
+    void setOutcome(const QJsonObject& outcome);
     // Whether the next collections fail.
     void setUnreadable(bool unreadable);
     // Whether both repositories fail in the next collections. The collections ask whether to go on without

@@ -157,7 +157,7 @@ class YumIO:
     def __getattribute__(self, name):
         """Record the name of each requested method, because the program requests a method only to call it."""
         value = object.__getattribute__(self, name)
-        if callable(value) and name not in ('getBiArch', 'isBetterThan', 'versionLocks', 'wait'):
+        if callable(value) and name not in ('getBiArch', 'isBetterThan', 'readOutcome', 'versionLocks', 'wait'):
             note(name)
         return value
 
@@ -177,6 +177,7 @@ class YumIO:
         """Record the packages, ask for confirmation, and begin the change unless the test sets an earlier failure."""
         note('apply {} {} {}'.format(*(','.join(sorted(package.name for package in packages)) or '-'
                                        for packages in (installs, [pair[0] for pair in updates], removes))))
+        self.outcome = None
         self.outdated = os.path.exists(os.path.join(SHARE, 'outdated'))
         if self.outdated:
             raise Failure('somebody else was here')
@@ -188,8 +189,17 @@ class YumIO:
         yumIOC.rpmtransInit(False)
         while os.path.exists(os.path.join(SHARE, 'held')):
             time.sleep(0.01)
+        self.outcome = self.readOutcome()
         if os.path.exists(os.path.join(SHARE, 'breaking')):
             raise RuntimeError('half way')
+
+    def readOutcome(self):
+        """The outcome of outcome.json; None without this file."""
+        try:
+            with open(os.path.join(SHARE, 'outcome.json')) as outcome:
+                return json.load(outcome)
+        except FileNotFoundError:
+            return None
 
     def collectAdvisories(self):
         """The advisories in advisories.json; none if this file is missing."""
@@ -246,10 +256,12 @@ class YumIO:
     def replay(self, kind, number):
         """Record the transaction, ask for confirmation, and begin the change; while held, this waits."""
         note('replay {} {}'.format(kind, number))
+        self.outcome = None
         self.wait()
         yumIOC.listTransaction(None, [])
         if yumIOC.userconfirm():
             yumIOC.rpmtransInit(False)
+            self.outcome = self.readOutcome()
 
     def wait(self):
         while os.path.exists(os.path.join(SHARE, 'held')):

@@ -274,8 +274,8 @@ private Q_SLOTS:
                                        "&Konfiguration bearbeiten", "dbcache leeren", "Pakete löschen",
                                        "Metadaten löschen", "Alles löschen", "Handbuch (HTML)",
                                        "Handbuch (PDF)", "&Über VYRE"}));
-        QCOMPARE(buttons(), (QStringList{"Filtern", "&Beschreiben", "Anpa&ssen", "&Neu laden",
-                                         "Auswahl &vormerken", "Akt&ualisierungen vormerken",
+        QCOMPARE(buttons(), (QStringList{"Im Protokoll &zeigen", "Filtern", "&Beschreiben", "Anpa&ssen",
+                                         "&Neu laden", "Auswahl &vormerken", "Akt&ualisierungen vormerken",
                                          "Aktionen ver&werfen", "Aktionen &anwenden", "Anhalten"}));
         QStringList headings;
         for (int i = 0; i < listed->columnCount(); ++i) {
@@ -288,6 +288,31 @@ private Q_SLOTS:
         QCOMPARE(entry("&Konfiguration bearbeiten")->shortcut(), QKeySequence(Qt::CTRL + Qt::Key_E));
         QCOMPARE(listed->index(0, PackageTable::NameColumn).data().toString(), QStringLiteral("tool"));
         QCOMPARE(listed->index(0, PackageTable::SizeColumn).data().toString(), QStringLiteral("1.5Kb"));
+    }
+
+    void lettersOfTheMainWindowAreUnique()
+    {
+        start();
+        QStringList texts;
+        for (const QAction* action : window->menuBar()->actions()) {
+            texts << action->text();
+        }
+        // Hidden buttons too.
+        for (const QPushButton* button : window->findChildren<QPushButton*>()) {
+            texts << button->text();
+        }
+        QVERIFY(texts.contains("Im Protokoll &zeigen"));
+        QStringList letters;
+        for (const QString& text : qAsConst(texts)) {
+            const int place = text.indexOf(QLatin1Char('&'));
+            if (place != -1) {
+                letters << text.mid(place + 1, 1).toLower();
+            }
+        }
+        QVERIFY(letters.size() > 10);
+        QStringList different = letters;
+        different.removeDuplicates();
+        QCOMPARE(letters, different);
     }
 
     void nothingIsCutOffInTheMainWindow()

@@ -21,6 +21,7 @@ private Q_SLOTS:
         transaction.txApplied = true;
         transaction.transactionRan = true;
         transaction.outdated = true;
+        transaction.outcome.known = true;
         transaction.leftOut.insert(Package::EntryKey(entry), Package::Install);
         transaction.weighNew(50000, false);
         transaction.weighRemote(50000, true);
@@ -39,6 +40,7 @@ private Q_SLOTS:
         QVERIFY(!transaction.txApplied);
         QVERIFY(!transaction.transactionRan);
         QVERIFY(!transaction.outdated);
+        QVERIFY(!transaction.outcome.known);
         QVERIFY(transaction.leftOut.isEmpty());
         QVERIFY(transaction.signalRecorder == nullptr);
         QCOMPARE(transaction.cachedSize, quint64(0));

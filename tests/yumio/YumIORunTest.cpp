@@ -323,6 +323,47 @@ private Q_SLOTS:
         backEnd->run("del it.systemChanged, it.outdated");
     }
 
+    void theScriptReportsTheOutcome()
+    {
+        const QString confirmed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n";
+        QVERIFY(apply(confirmed +
+                      "it.outcome = {'installed': 3, 'failed': 'x', 'groupsRemoved': 2, 'odd': 1, "
+                      "'failedScriptlets': ['b\\u00f6se', 'other'], 'restartNeeded': True}"));
+        backEnd->answers.take();
+        TransactionOutcome outcome = yumIO().transactionOutcome();
+        QVERIFY(outcome.known);
+        QCOMPARE(outcome.text(),
+                 QString("3 installed, 2 groups removed; a restart is needed; the scriptlets of b\u00f6se "
+                         "and 1 more failed"));
+        // The next transaction is refused.
+        QVERIFY(!apply("it.outcome = None"));
+        outcome = yumIO().transactionOutcome();
+        QVERIFY(!outcome.known);
+        QCOMPARE(outcome.text(), QString("Nothing was changed"));
+        backEnd->run("del it.outcome");
+    }
+
+    void aFailureFirstSaysWhatWasCarriedOut()
+    {
+        const QString changed = "yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"
+                                "it.outcome = {'installed': 3, 'updated': 1, 'failed': 1}\n"
+                                "yumIOC.errorlog(0, 'it hurts')\n";
+        const int before = logLength();
+        QVERIFY(!apply(changed + "raise dnf.exceptions.Error('The transaction failed for:\\nx-1')"));
+        QCOMPARE(backEnd->answers.take().value(1).text,
+                 QString("Carried out: 3 installed, 1 updated.\nit hurts\nThe transaction failed for:\nx-1\n"
+                         "Unable to apply changes"));
+        QCOMPARE(backEnd->log(before).count("0 0 Carried out: 3 installed, 1 updated."), 1);
+        QVERIFY(!apply(changed + "raise RuntimeError('odd')"));
+        QCOMPARE(backEnd->answers.take().value(1).text,
+                 QString("Carried out: 3 installed, 1 updated.\nUnable to apply changes: Runtime "
+                         "Error:\n\nodd"));
+        // Without changes, and in another operation, the message begins as usual.
+        QVERIFY(!apply("it.outcome = {'failed': 1}\nraise dnf.exceptions.Error('stopped')"));
+        QCOMPARE(errors(), QStringList{"stopped\nUnable to apply changes"});
+        backEnd->run("del it.outcome");
+    }
+
     void remarksAboutASuccessAreShown()
     {
         QVERIFY(apply("yumIOC.listTransaction(None, [])\nyumIOC.userconfirm()\n"

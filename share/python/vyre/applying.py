@@ -106,10 +106,11 @@ def runTransaction(base, checkCurrent):
         base.remarks.append(
             tr('The transaction was only tested, because the tsflags option contains test. Nothing was changed.'))
         return False
+    base.outcome.complete = True
     yumIOC.postTransactionOutput()
     items = list(base.transaction or [])
     failed = [item for item in items if item.state == libdnf.transaction.TransactionItemState_ERROR]
-    missing = [item for item in unrecorded(base, items) if item not in failed]
+    missing = base.outcome.missing = [item for item in unrecorded(base, items) if item not in failed]
     parts = [head + '\n' + '\n'.join(sorted(set(str(item) for item in found))) for head, found in (
         (tr('The transaction failed for:'), failed),
         (tr('The package database does not record these changes:'), missing)) if found]

@@ -52,6 +52,7 @@ class Base(dnf.Base):
         self.unsolved = None  # the goal of the last resolution, if it has failed
         self.judge = None  # the function that resolveIf() calls with the solution
         self.withoutSpace = []  # packages whose scripts may not have run because the disk was full
+        self.outcome = None  # the Outcome of the confirmed transaction
         # The messages that the program shows after a successful operation, and then removes from this list.
         self.remarks = []
         self._remarked = set()  # all messages so far; remark() only logs them when they are repeated

@@ -130,6 +130,21 @@ class RPMTransaction(dnf.yum.rpmtrans.RPMTransaction):
         super(RPMTransaction, self)._scriptError(amount, total, key)
         if total:
             self._showReason(self._heard)
+        owner = self._ownerOfScriptlet(key)
+        yumIOC.errorlog(0, tr('The scriptlet of {} failed.').format(owner))
+        if self.base.outcome is not None:
+            self.base.outcome.failedScriptlets.append(owner)
+
+    def _ownerOfScriptlet(self, key):
+        """The full name of the package whose scriptlet has just failed. dnf's key of a trigger is another package,
+        which has caused the trigger. Only rpm's message at the end of the output names the package of the trigger.
+        """
+        lines = self._heard.decode('utf-8', 'replace').split('\n') if self._heard else []
+        for line in reversed(lines):
+            found = re.search(r'%[a-z]+\(([^()]+)\)', line)
+            if found:
+                return passable(found.group(1))
+        return passable(self._nameOf(key))
 
     @staticmethod
     def _showReason(output):

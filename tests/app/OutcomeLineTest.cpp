@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <QHBoxLayout>
+#include <QPushButton>
+#include <QtTest>
+
+#include "app/OutcomeLine.h"
+#include "widgets/ElidedLabel.h"
+#include "yumio/TransactionOutcome.h"
+
+// Tests of the line that shows the outcome of a transaction.
+class OutcomeLineTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    static TransactionOutcome outcome(int installed, const QStringList& scriptlets = {})
+    {
+        TransactionOutcome made;
+        made.known = true;
+        made.counts[TransactionOutcome::Installed] = installed;
+        made.failedScriptlets = scriptlets;
+        return made;
+    }
+
+private Q_SLOTS:
+    void lineIsShownUntilItIsCleared()
+    {
+        QWidget window;
+        auto* line = new OutcomeLine(&window);
+        (new QHBoxLayout(&window))->addWidget(line);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(!line->isVisible());
+        line->showOutcome(outcome(18), 4);
+        QVERIFY(line->isVisible());
+        const auto* label = line->findChild<ElidedLabel*>();
+        QCOMPARE(label->wholeText(), QString("18 installed"));
+        QVERIFY(!label->autoFillBackground());
+        line->showOutcome(outcome(2, {"limpgate"}), 4);
+        QCOMPARE(label->wholeText(), QString("2 installed; the scriptlet of limpgate failed"));
+        QVERIFY(label->autoFillBackground()); // failures have their own colour
+        line->clear();
+        QVERIFY(!line->isVisible());
+        line->showOutcome(outcome(1), 4);
+        QVERIFY(!label->autoFillBackground());
+    }
+
+    void longTextIsShortenedAndHasAToolTip()
+    {
+        QWidget window;
+        auto* line = new OutcomeLine(&window);
+        (new QHBoxLayout(&window))->addWidget(line);
+        line->showOutcome(outcome(1, {QString(300, 'x')}), 0);
+        window.resize(300, 40);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(window.width() < 1000);
+        const auto* label = line->findChild<ElidedLabel*>();
+        QVERIFY(label->text().size() < label->wholeText().size());
+        QVERIFY(label->toolTip().contains("failed"));
+        QCOMPARE(label->accessibleName(), label->wholeText());
+        // The button keeps its whole text.
+        const auto* button = line->findChild<QPushButton*>();
+        QVERIFY(button->width() >= button->sizeHint().width());
+    }
+
+    void buttonAsksForTheLogOfTheTransaction()
+    {
+        QWidget window;
+        auto* line = new OutcomeLine(&window);
+        (new QHBoxLayout(&window))->addWidget(line);
+        QSignalSpy wanted(line, SIGNAL(logWanted(int)));
+        line->showOutcome(outcome(1), 17);
+        window.show();
+        QApplication::setActiveWindow(&window);
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::keyClick(window.windowHandle(), Qt::Key_L, Qt::AltModifier);
+        QTRY_COMPARE(wanted.count(), 1); // the button is shown pressed for a moment
+        QCOMPARE(wanted.takeFirst().first().toInt(), 17);
+        line->clear();
+        QTest::keyClick(window.windowHandle(), Qt::Key_L, Qt::AltModifier);
+        QTest::qWait(300);
+        QCOMPARE(wanted.count(), 0);
+    }
+};
+
+QTEST_MAIN(OutcomeLineTest)
+#include "OutcomeLineTest.moc"

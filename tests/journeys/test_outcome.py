@@ -1,0 +1,86 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The outcome of a transaction: the line next to the menus, its way into the log, and the message about a failure."""
+import journey
+from journey import JourneyTest, driver, wait_for
+
+BUTTON = 'Show in Log'
+
+
+class OutcomeTest(JourneyTest):
+
+    def check_line(self, window, text):
+        wait_for(lambda: text in window.labels(), 'the line ' + repr(text), seconds=20)
+
+    def check_no_line(self, window):
+        wait_for(lambda: BUTTON not in window.buttons(), 'the end of the line', seconds=20)
+
+    def line_at_top(self, log):
+        """The line of the log that is at the top of its window."""
+        text = max(log.find_all(driver.pyatspi.ROLE_TEXT), key=lambda each: len(driver.text_of(each)))
+        x, y, _, _ = driver.rectangle(text)
+        offset = text.queryText().getOffsetAtPoint(x + 8, y + 12, driver.pyatspi.DESKTOP_COORDS)
+        return driver.text_of(text)[offset:].split('\n')[0]
+
+    def test_line_is_read_and_opens_the_log_by_keyboard_and_stays_until_the_next_operation(self):
+        with self.opened() as window:
+            self.assertNotIn(BUTTON, window.buttons())
+            window.mark_listed('pergola')
+            self.carry_out(window)
+            self.check_line(window, '1 installed')
+            # The other text next to the menus, about an unreachable repository.
+            self.check_line(window, 'There are errors in the log (Ctrl+L)')
+            for name in ('limpgate', 'loudhailer', 'almanac'):
+                window.mark_listed(name)
+            window.set_filter('^kernel 6.1.31')
+            window.wait_names(['kernel'])
+            window.mark('kernel')
+            window.accept(window.apply())
+            self.check_line(window, '3 installed, 1 removed; a restart is needed; the scriptlet of limpgate failed')
+            window.wait_ready()
+            window.wait_settled()
+            self.picture('outcome')
+            # Neither a filter nor the log is an operation.
+            window.set_filter('^limpgate ')
+            window.press('alt+l')
+            log = window.program.window('VYRE Log')
+            log.wait_settled()
+            self.picture('outcome-log')
+            wait_for(lambda: self.line_at_top(log) == 'Applying', 'the begin of the transaction')
+            texts = wait_for(lambda: log.find_all(driver.pyatspi.ROLE_TEXT), 'the text of the log')
+            whole = max((driver.text_of(each) for each in texts), key=len)
+            self.assertEqual(whole.count('The scriptlet of limpgate-1.0-1.noarch failed.'), 1)
+            driver.key('Escape')
+            window.program.no_window('VYRE Log')
+            # The menus beside the line keep their letters.
+            window.wait_settled()
+            before = window.program.popups()
+            driver.key('alt+w')
+            wait_for(lambda: window.program.popups() > before, 'the menu')
+            driver.key('Escape')
+            wait_for(lambda: window.program.popups() <= before, 'the end of the menu')
+            driver.key('Escape')
+            self.check_line(window, '3 installed, 1 removed; a restart is needed; the scriptlet of limpgate failed')
+            window.press('alt+f')
+            self.check_no_line(window)
+            window.wait_ready()
+        self.check_changed(new=['pergola-6.1-1.x86_64', 'limpgate-1.0-1.noarch', 'loudhailer-1.0-1.noarch',
+                                'kernel-6.1.31-1.x86_64'], gone=['almanac-1.9-1.noarch'])
+
+    def test_message_about_a_failure_begins_with_the_changes(self):
+        with self.opened() as window:
+            for name in ('brokenlatch', 'pergola', 'abacus-cli'):
+                window.mark_listed(name)
+            window.accept(window.apply())
+            dialog = self.read_dialog(window.program, 'VYRE Yum Error', 'The transaction failed for:\nbrokenlatch',
+                                      'The scriptlet of brokenlatch-1.0-1.noarch failed.')
+            self.assertTrue(dialog.text().startswith('Carried out: 1 installed, 1 updated.\n'), dialog.text())
+            self.picture('failure-after-changes')
+            self.close_dialog(window.program, dialog)
+            window.wait_ready()
+            self.check_line(window, '1 installed, 1 updated, 1 failed; the scriptlet of brokenlatch failed')
+            self.picture('outcome-failed')
+
+
+if __name__ == '__main__':
+    journey.main()

@@ -1,0 +1,205 @@
+# SPDX-License-Identifier: GPL-2.0-or-later
+"""The outcome of a transaction: the numbers of changes, the failures, and whether a restart is needed."""
+
+import os
+import sys
+
+from scenario import ScenarioTest, in_own_process
+
+from vyresandbox import catalogue, needs_groups
+from vyresandbox.build import build_packages
+from vyresandbox.package import Package
+
+PLUG_IN = "dnf.plugin.dynamic.needs_restarting"
+
+
+class OutcomeTest(ScenarioTest):
+    def outcome(self):
+        """The outcome without numbers that are 0."""
+        found = dict(self.yumio.outcome)
+        self.assertEqual(set(found), {
+            "installed", "updated", "downgraded", "reinstalled", "removed", "failed", "groupsInstalled",
+            "groupsUpdated", "groupsRemoved", "modules", "failedScriptlets", "restartNeeded"})
+        return {name: value for name, value in found.items() if value}
+
+    def fails(self, **actions):
+        with self.assertRaises(self.dnf.exceptions.Error) as caught:
+            self.apply(**actions)
+        return str(caught.exception)
+
+
+class NumbersTest(OutcomeTest):
+    @in_own_process
+    def test_packages_are_counted_by_their_change(self):
+        self.started()
+        self.assertIsNone(self.yumio.outcome)
+        self.apply(installs=["astrolabe", "libbough"], updates=["abacus-cli", "quillbase"], removes=["almanac"])
+        # libbough needs libtwig.
+        self.assertEqual(self.outcome(), {"installed": 3, "updated": 2, "removed": 1})
+
+    @in_own_process
+    def test_a_replaced_package_counts_as_removed(self):
+        self.started()
+        self.apply(installs=["newpost"])
+        self.assertEqual(self.outcome(), {"installed": 1, "removed": 1})
+
+    @in_own_process
+    def test_a_refused_listing_has_no_outcome(self):
+        self.started()
+        self.apply(installs=["astrolabe"])
+        self.again()
+        self.apply(installs=["loupe"], answers=[0])
+        self.assertIsNone(self.yumio.outcome)
+        self.fails(installs=["moonbridge"])  # before the listing
+        self.assertIsNone(self.yumio.outcome)
+
+    @in_own_process
+    def test_an_undone_transaction_has_an_outcome(self):
+        self.started()
+        self.apply(installs=["astrolabe"], updates=["abacus-cli"])
+        self.again()
+        self.recording.answers = [1]
+        self.yumio.replay("undo", self.yumio.transactions()[0][0])
+        self.assertEqual(self.outcome(), {"downgraded": 1, "removed": 1})
+        self.again()
+        self.recording.answers = [1]
+        self.yumio.replay("redo", self.yumio.transactions()[1][0])
+        self.assertEqual(self.outcome(), {"installed": 1, "updated": 1})
+
+    @needs_groups
+    @in_own_process
+    def test_groups_are_counted(self):
+        self.started()
+        self.apply(group_installs=["office"])
+        self.assertEqual(self.outcome(), {"installed": 3, "groupsInstalled": 1})
+        self.again()
+        self.apply(removes=["easel", "palette-knife"])
+        self.again()
+        # Only the group changes.
+        self.apply(group_removes=["arts"])
+        self.assertEqual(self.outcome(), {"groupsRemoved": 1})
+
+    @in_own_process
+    def test_a_test_changes_nothing(self):
+        self.configure("tsflags=test")
+        self.started()
+        self.assertIs(self.apply(installs=["astrolabe"], updates=["kernel"]), False)
+        self.assertEqual(self.outcome(), {})
+
+    @in_own_process
+    def test_a_failure_before_the_first_change_has_no_numbers(self):
+        self.started()
+        self.fails(installs=["inkwell-classic", "inkwell-modern"])  # they have the same file
+        self.assertEqual(self.outcome(), {})
+
+
+class FailureTest(OutcomeTest):
+    @in_own_process
+    def test_the_package_of_a_failed_scriptlet_is_named(self):
+        self.started()
+        self.apply(installs=["limpgate", "astrolabe"])
+        self.assertEqual(self.outcome(), {"installed": 2, "failedScriptlets": ["limpgate"]})
+        self.assertIn("The scriptlet of limpgate-1.0-1.noarch failed.", self.recording.errors())
+        self.again()
+        self.apply(removes=["astrolabe"])
+        self.assertEqual(self.outcome(), {"removed": 1})
+
+    @in_own_process
+    def test_failed_packages_are_counted_beside_the_changed_ones(self):
+        self.started()
+        text = self.fails(installs=["brokenlatch", "astrolabe", "loupe"], removes=["stickyburr"])
+        self.assertIn("The transaction failed for:\nbrokenlatch-1.0-1.noarch\nstickyburr-1.0-1.noarch", text)
+        found = self.outcome()
+        self.assertEqual(sorted(found.pop("failedScriptlets")), ["brokenlatch", "stickyburr"])
+        self.assertEqual(found, {"installed": 2, "failed": 2})
+        self.assertIn("The scriptlet of brokenlatch-1.0-1.noarch failed.", self.recording.errors())
+
+    @in_own_process
+    def test_changes_are_known_even_if_the_transaction_breaks_off(self):
+        self.started()
+
+        def breaksOff(base, callback):
+            base._ts.run(callback.callback, "")
+            raise RuntimeError("broken off")
+        self.dnf.Base._run_transaction = breaksOff
+        with self.assertRaisesRegex(RuntimeError, "broken off"):
+            self.apply(installs=["astrolabe"], removes=["stickyburr"])
+        self.assertEqual(self.outcome(), {"installed": 1, "failed": 1, "failedScriptlets": ["stickyburr"]})
+
+    @in_own_process
+    def test_the_owner_of_a_failed_trigger_is_named(self):
+        """dnf names the package that has caused the trigger."""
+        # The first section needs an argument, which the builder of packages cannot add.
+        scripts = {"triggerin -n alarm -- loupe\nexit 7\n%post": "true"}
+        build_packages([Package("alarm", "1.0", "Fails if a loupe comes", arch="noarch", scripts=scripts)],
+                       catalogue.CHANGELOGS, self.sandbox.repository("sandbox-file"))
+        self.index("sandbox-file")
+        self.started()
+        self.apply(installs=["alarm"])
+        self.again()
+        self.apply(installs=["loupe"])
+        self.assertEqual(self.outcome(), {"installed": 1, "failedScriptlets": ["alarm"]})
+        self.assertIn("The scriptlet of alarm-1.0-1.noarch failed.", self.recording.errors())
+
+
+class RestartTest(OutcomeTest):
+    def without_plug_in(self):
+        sys.modules.pop(PLUG_IN, None)
+
+    @in_own_process
+    def test_a_new_kernel_needs_a_restart(self):
+        self.started()
+        self.without_plug_in()
+        self.apply(updates=["kernel"])
+        self.assertEqual(self.outcome(), {"installed": 1, "restartNeeded": True})
+        self.again()
+        self.without_plug_in()
+        self.apply(removes=["kernel"])
+        self.assertEqual(self.outcome(), {"removed": 3})
+
+    @in_own_process
+    def test_the_list_of_the_plug_in_decides(self):
+        self.started()
+        sys.modules[PLUG_IN] = type(sys)(PLUG_IN)
+        sys.modules[PLUG_IN].NEED_REBOOT = ["astrolabe"]
+        self.apply(installs=["astrolabe"])
+        self.assertTrue(self.yumio.outcome["restartNeeded"])
+        self.again()
+        sys.modules[PLUG_IN] = type(sys)(PLUG_IN)
+        sys.modules[PLUG_IN].NEED_REBOOT = ["astrolabe"]
+        self.apply(updates=["kernel"])
+        self.assertFalse(self.yumio.outcome["restartNeeded"])
+
+    @in_own_process
+    def test_the_files_of_the_plug_in_name_further_packages(self):
+        self.write("/etc/dnf/plugins/needs-restarting.d/ours.conf", "astrolabe\n\n( no name\n")
+        self.write("/etc/dnf/plugins/needs-restarting.d/ours.txt", "loupe\n")
+        self.started()
+        self.apply(installs=["loupe"])
+        self.assertFalse(self.yumio.outcome["restartNeeded"])
+        self.again()
+        self.apply(installs=["astrolabe"])
+        self.assertTrue(self.yumio.outcome["restartNeeded"])
+
+    @in_own_process
+    def test_a_package_that_provides_a_listed_name_needs_a_restart(self):
+        self.write("/etc/dnf/plugins/needs-restarting.d/ours.conf", "installonlypkg(kernel)\n")
+        self.started()
+        sys.modules[PLUG_IN] = type(sys)(PLUG_IN)
+        sys.modules[PLUG_IN].NEED_REBOOT = []
+        self.apply(updates=["kernel"])
+        self.assertTrue(self.yumio.outcome["restartNeeded"])
+
+    @in_own_process
+    def test_the_own_list_has_all_names_of_the_plug_in(self):
+        """The installed plug-in, whether or not its imports are installed."""
+        self.started()
+        path = os.path.join(os.path.dirname(os.path.dirname(self.dnf.__file__)), "dnf-plugins", "needs_restarting.py")
+        if not os.path.exists(path):
+            self.skipTest("the plug-in is not installed")
+        with open(path) as stream:
+            text = stream.read()
+        begin = text.index("NEED_REBOOT = [")
+        values = {}
+        exec(text[begin:text.index("]", begin) + 1], values)
+        self.assertLessEqual(set(values["NEED_REBOOT"]), set(self.module("outcome").NEED_REBOOT))

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include <QtTest>
+
+#include "yumio/TransactionOutcome.h"
+
+class TransactionOutcomeTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void newOutcomeIsUnknownAndEmpty()
+    {
+        const TransactionOutcome outcome;
+        QVERIFY(!outcome.known);
+        QVERIFY(!outcome.hasFailures());
+        QVERIFY(!outcome.restartNeeded);
+        QCOMPARE(outcome.changes(), QString());
+        QCOMPARE(outcome.text(), QString("Nothing was changed"));
+    }
+
+    void eachNumberHasAName()
+    {
+        QSet<QString> names;
+        for (int i = 0; i < TransactionOutcome::CountCount; ++i) {
+            names.insert(TransactionOutcome::nameOf(static_cast<TransactionOutcome::Count>(i)));
+        }
+        QCOMPARE(names.size(), int(TransactionOutcome::CountCount));
+    }
+
+    void outcomeIsOneLine_data()
+    {
+        using O = TransactionOutcome;
+        QTest::addColumn<QList<int>>("counts"); // pairs of Count and number
+        QTest::addColumn<QStringList>("scriptlets");
+        QTest::addColumn<bool>("restart");
+        QTest::addColumn<QString>("changes");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char* name, const QList<int>& counts, const QStringList& scriptlets,
+                            bool restart, const QString& changes, const QString& text) {
+            QTest::newRow(name) << counts << scriptlets << restart << changes << text;
+        };
+        row("packages", {O::Installed, 18, O::Updated, 1, O::Failed, 1}, {}, true, "18 installed, 1 updated",
+            "18 installed, 1 updated, 1 failed; a restart is needed");
+        row("other packages", {O::Downgraded, 1, O::Reinstalled, 2, O::Removed, 3}, {}, false,
+            "1 downgraded, 2 reinstalled, 3 removed", "1 downgraded, 2 reinstalled, 3 removed");
+        row("one group", {O::GroupsInstalled, 1}, {}, false, "1 group installed", "1 group installed");
+        row("a group of each kind", {O::GroupsUpdated, 1, O::GroupsRemoved, 1, O::Modules, 1}, {}, false,
+            "1 group updated, 1 group removed, 1 module changed",
+            "1 group updated, 1 group removed, 1 module changed");
+        row("several groups",
+            {O::GroupsInstalled, 2, O::GroupsUpdated, 3, O::GroupsRemoved, 4, O::Modules, 5}, {}, false,
+            "2 groups installed, 3 groups updated, 4 groups removed, 5 modules changed",
+            "2 groups installed, 3 groups updated, 4 groups removed, 5 modules changed");
+        row("only failures", {O::Failed, 2}, {}, false, "", "2 failed");
+        row("a scriptlet", {O::Installed, 1}, {"%1limp"}, true, "1 installed",
+            "1 installed; a restart is needed; the scriptlet of %1limp failed");
+        row("several scriptlets", {O::Installed, 3}, {"%2", "b", "c"}, false, "3 installed",
+            "3 installed; the scriptlets of %2 and 2 more failed");
+    }
+
+    void outcomeIsOneLine()
+    {
+        QFETCH(QList<int>, counts);
+        QFETCH(QStringList, scriptlets);
+        QFETCH(bool, restart);
+        TransactionOutcome outcome;
+        for (int i = 0; i < counts.size(); i += 2) {
+            outcome.counts[counts[i]] = counts[i + 1];
+        }
+        outcome.failedScriptlets = scriptlets;
+        outcome.restartNeeded = restart;
+        QTEST(outcome.changes(), "changes");
+        QTEST(outcome.text(), "text");
+        QCOMPARE(outcome.hasFailures(),
+                 !scriptlets.isEmpty() || outcome.counts[TransactionOutcome::Failed] != 0);
+    }
+};
+
+QTEST_MAIN(TransactionOutcomeTest)
+#include "TransactionOutcomeTest.moc"

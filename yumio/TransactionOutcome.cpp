@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+#include "yumio/TransactionOutcome.h"
+
+const char* TransactionOutcome::nameOf(Count count)
+{
+    static const char* const names[] = {"installed", "updated",         "downgraded",    "reinstalled",
+                                        "removed",   "groupsInstalled", "groupsUpdated", "groupsRemoved",
+                                        "modules",   "failed"};
+    static_assert(sizeof names / sizeof *names == CountCount, "one name for each number");
+    return names[count];
+}
+
+QString TransactionOutcome::changes() const
+{
+    const QString texts[] = {
+        tr("%1 installed"),
+        tr("%1 updated"),
+        tr("%1 downgraded"),
+        tr("%1 reinstalled"),
+        tr("%1 removed"),
+        counts[GroupsInstalled] == 1 ? tr("1 group installed") : tr("%1 groups installed"),
+        counts[GroupsUpdated] == 1 ? tr("1 group updated") : tr("%1 groups updated"),
+        counts[GroupsRemoved] == 1 ? tr("1 group removed") : tr("%1 groups removed"),
+        counts[Modules] == 1 ? tr("1 module changed") : tr("%1 modules changed"),
+    };
+    static_assert(sizeof texts / sizeof *texts == Failed, "a text for each kind of change");
+    QStringList parts;
+    for (int i = 0; i < Failed; ++i) {
+        if (counts[i] != 0) {
+            QString text = texts[i];
+            parts.append(text.replace(QLatin1String("%1"), QString::number(counts[i])));
+        }
+    }
+    return parts.join(QLatin1String(", "));
+}
+
+QString TransactionOutcome::text() const
+{
+    QStringList numbers;
+    const QString done = changes();
+    if (!done.isEmpty()) {
+        numbers.append(done);
+    }
+    if (counts[Failed] != 0) {
+        numbers.append(tr("%1 failed").arg(counts[Failed]));
+    }
+    QStringList parts;
+    parts.append(numbers.isEmpty() ? tr("Nothing was changed") : numbers.join(QLatin1String(", ")));
+    // The names come last: they may be long, and a narrow window cuts off the end of the line.
+    if (restartNeeded) {
+        parts.append(tr("a restart is needed"));
+    }
+    if (failedScriptlets.count() == 1) {
+        parts.append(tr("the scriptlet of %1 failed").arg(failedScriptlets.first()));
+    } else if (!failedScriptlets.isEmpty()) {
+        parts.append(tr("the scriptlets of %1 and %2 more failed")
+                         .arg(failedScriptlets.first(), QString::number(failedScriptlets.count() - 1)));
+    }
+    return parts.join(QLatin1String("; "));
+}

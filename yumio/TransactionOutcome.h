@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-2.0-or-later
+
+// What a confirmed transaction has carried out: the numbers of changes, the failures, and whether a restart
+// is needed. The script reports these values; this class makes the texts for the user.
+//
+// The worker writes the object while it holds the interpreter lock, and the graphical thread reads it
+// afterwards. It is a part of a TransactionState.
+
+#ifndef YUMIO_TRANSACTIONOUTCOME_H
+#define YUMIO_TRANSACTIONOUTCOME_H
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <array>
+
+class TransactionOutcome
+{
+    Q_DECLARE_TR_FUNCTIONS(TransactionOutcome)
+
+public:
+    enum Count {
+        Installed,
+        Updated,
+        Downgraded,
+        Reinstalled,
+        Removed, // replaced packages of other names too
+        GroupsInstalled,
+        GroupsUpdated,
+        GroupsRemoved,
+        Modules, // with changed streams or profiles
+        Failed,
+        CountCount
+    };
+
+    // The script's name of a number.
+    static const char* nameOf(Count count);
+
+    bool hasFailures() const { return counts[Failed] != 0 || !failedScriptlets.isEmpty(); }
+    // Returns the changes, for example "18 installed, 1 updated"; empty without changes.
+    QString changes() const;
+    // Returns the whole outcome in one line.
+    QString text() const;
+
+    bool known = false; // the user has confirmed a transaction
+    std::array<int, CountCount> counts{};
+    QStringList failedScriptlets; // the names of their packages
+    bool restartNeeded = false;
+};
+
+#endif
