@@ -46,7 +46,7 @@ struct Ended
     QString err;
 };
 
-// Runs the real program. It must end by itself.
+// Runs the built program with these options, and waits until it ends by itself.
 Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
 {
     QProcess process;

@@ -138,8 +138,8 @@ class InstallTest(unittest.TestCase):
         done = subprocess.run(['appstreamcli', 'validate', '--no-net', '--no-color', self.place(METAINFO)],
                               stdout=subprocess.PIPE, universal_newlines=True)
         self.assertEqual(done.returncode, 0, done.stdout)
-        # The validator also prints hints. It does not know the domain. Newer versions expect the developer's name in an
-        # element that older versions do not know.
+        # The validator also prints hints: it does not know the domain of the identifier, and some versions expect the
+        # developer's name in an element that other versions do not know.
         found = re.findall('^[EWI]: [^ \n]+ ([^ \n]+)', done.stdout, re.MULTILINE)
         self.assertIn('cid-maybe-not-rdns', found, done.stdout)
         self.assertLessEqual(set(found), {'cid-maybe-not-rdns', 'developer-name-tag-deprecated',

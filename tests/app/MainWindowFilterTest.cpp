@@ -44,7 +44,7 @@ private Q_SLOTS:
     void markingManyRowsSortsTheTableOnce();
     void aWarningReportsHiddenActions();
     void everyFilterShowsTheWarningOfHiddenActions();
-    void theWarningMovesNoOtherControl();
+    void theWarningAboutUnlistedActionsDoesNotMoveTheControls();
     void warningHasTheColourOfWarnings();
 };
 
@@ -468,7 +468,7 @@ void MainWindowFilterTest::everyFilterShowsTheWarningOfHiddenActions()
                   [this] { shown->choose(shown->modeBox, Filter); }));
 }
 
-void MainWindowFilterTest::theWarningMovesNoOtherControl()
+void MainWindowFilterTest::theWarningAboutUnlistedActionsDoesNotMoveTheControls()
 {
     shown->start();
     const QWidget* apply = shown->button("&Apply Actions");

@@ -35,7 +35,7 @@ private Q_SLOTS:
     void currentPackageCanBeDescribed();
     void describeIsDisabledIfNoRowIsCurrent();
     void errorsThatAreOnlyInTheLogCauseANotice();
-    void errorsInATransactionCauseTheirOwnNotice();
+    void errorsDuringATransactionCauseASeparateNotice();
     void theOutcomeIsShownUntilTheNextOperation();
     void theOutcomeOpensTheLogAtItsTransaction();
     void aClickOnAnUnmarkableRowShowsTheReason();
@@ -165,7 +165,7 @@ void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
     QCOMPARE(notices(), 1);
 }
 
-void MainWindowOtherWindowsTest::errorsInATransactionCauseTheirOwnNotice()
+void MainWindowOtherWindowsTest::errorsDuringATransactionCauseASeparateNotice()
 {
     shown->start();
     standIn->setComplaining(true); // each time the packages are read

@@ -162,7 +162,7 @@ void MainWindowStartTest::compareAfterTheEditor(Mode mode, const char* expressio
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->sorted(), listed);
-    // Another expression works afterwards.
+    // The user can then filter with another expression.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
@@ -235,7 +235,8 @@ void MainWindowStartTest::enteredCredentialsAreUsedAtOnce()
     QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("[base]\nbaseurl=http://h/vantor?u=me&p=me&path=/x\n"));
-    // The package manager read the files earlier, so it must read them again.
+    // The script read the repository file before the credentials were written to it, so it must read the file
+    // again.
     const QStringList calls = standIn->calls();
     QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
              qPrintable(calls.join(';')));

@@ -73,7 +73,7 @@ private Q_SLOTS:
         QCOMPARE(quit(), file.isEmpty() ? QStringLiteral("&Quit") : QStringLiteral("&Beenden"));
     }
 
-    void theToolkitUsesTheSameLanguage()
+    void qtUsesTheLanguageOfTheProgram()
     {
         provide("vyre_de.qm", "vyre_de.qm");
         QCOMPARE(Translations::install(*qApp, {"fr-FR", "de-DE"}), QStringLiteral("vyre_de"));

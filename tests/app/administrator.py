@@ -61,7 +61,8 @@ with open('/proc/self/status') as status_file:
     LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
         'soft'
 
-# Runs a program as an attacker would do it, so that the program fails half way. It changes every inherited setting.
+# A script that changes every setting that a program inherits, and then runs a program, as an attacker would do to make
+# the program fail half way.
 HOSTILE = '''
 import os, resource, signal, sys
 for name, limit in (('FSIZE', 1 << 16), ('CPU', 300), ('DATA', 1 << 30), ('AS', 2 << 30), ('STACK', 1 << 20),

@@ -61,7 +61,7 @@ class TryOnTest(unittest.TestCase):
         for name in ('proc', 'sys', 'run'):
             self.assertEqual(os.listdir(os.path.join(self.tree, name)), [])
 
-    def test_an_incomplete_tree_is_made_again(self):
+    def test_an_incomplete_copy_of_debian_is_made_again(self):
         fails = os.path.join(self.tools, 'debootstrap.fails')
         with open(fails, 'w'):
             pass

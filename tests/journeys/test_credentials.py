@@ -127,7 +127,7 @@ class AskedTest(CredentialsTest):
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.check_reached('one')
 
-            # The other windows do not show the password either.
+            # The repository form, the descriptions and the log do not show the password either.
             editor = self.edit(window)
             form = editor.form('Edit', 'one')
             self.picture('form-with-credentials')

@@ -119,7 +119,7 @@ class DirectoriesTest(EditingTest):
 
 
 class OwnFileTest(EditingTest):
-    """The only main file is dnf's own file, as on current systems."""
+    """dnf's own file, /etc/dnf/dnf.conf, is the only main configuration file, as on systems without yum."""
 
     def test_repository_is_enabled_and_an_unsigned_package_is_refused(self):
         root = self.sandbox.root
@@ -374,7 +374,7 @@ class OptionsTest(EditingTest):
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-file', SESSION)
             self.assertTrue(editor.is_on('sandbox-file', PERMANENT))
-            # The user's choice replaces the option, even when the program reads the files again.
+            # The user's choice has priority over the "enabled" option, even when the program reads the files again.
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
             self.check_listed(window, USUAL)

@@ -23,7 +23,7 @@ class OutputTest(JourneyTest):
             self.check_usable(window)
         self.check_consistent()
 
-    def test_much_output_while_the_log_is_shown_is_added_to_it(self):
+    def test_much_output_is_added_to_the_open_log_window(self):
         gate = Gate()
         self.sandbox.server.faults['/sandbox-http/loudhailer-1.0-1.noarch.rpm'] = gate
         with self.opened() as window:

@@ -160,7 +160,7 @@ class RefusedTest(unittest.TestCase):
         self.check_usage('foo', binary='bare', executable=os.environ['VYRE_BINARY'],
                          error='unrecognized argument: foo')
 
-    def test_options_of_the_toolkit_are_removed_first(self):
+    def test_options_of_qt_are_removed_before_the_options_of_vyre_are_read(self):
         self.check_usage('-style', 'windows', 'foo', error='unrecognized argument: foo')
         self.check_usage('-style=windows', '-s', 'x', error='unrecogized argument to -s/--state option: x')
 

@@ -224,7 +224,7 @@ class WithoutRepositoriesTest(StartTest):
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')
             self.assertNotIn('pergola', window.names())
             self.picture('without-network')
-            # A later reading does not ask again.
+            # A refresh does not ask about the same repository again.
             window.click_button('Refresh')
             window.wait_ready()
             wait_for(lambda: 'almanac' in window.names(), 'the installed packages')

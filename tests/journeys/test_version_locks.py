@@ -46,7 +46,7 @@ class VersionLocksTest(JourneyTest):
             driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.2.1-1', 'the locked version')
             window.wait_ready()
             self.assertEqual(self.locked(), ['abacus-cli-0:3.2.1-1.*'])
-            # The program has kept the other marks.
+            # The program has kept the mark of the package that is not locked.
             window.wait_action('update', 'quillbase')
             self.assertIn('Adding versionlock on: abacus-cli-0:3.2.1-1.*', self.read_log(window))
             window.click_button('Set Update of Listed')

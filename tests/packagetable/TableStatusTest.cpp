@@ -26,7 +26,7 @@ private Q_SLOTS:
     void selectedRowsAreCounted();
     void aChangedFilterClearsTheNumberOfSelectedRows();
     void marksAreCountedByAction();
-    void unlistedMarksAreCountedToo();
+    void marksOfUnlistedRecordsAreCounted();
     void markingTheListedUpdatesChangesTheCounts();
     void theDownloadSizeCountsOnlyNewPackages();
     void aNewCollectionResetsTheCounts();
@@ -117,7 +117,7 @@ void TableStatusTest::marksAreCountedByAction()
     QVERIFY(shows("Listed: 2   Selected: 0   No marks"));
 }
 
-void TableStatusTest::unlistedMarksAreCountedToo()
+void TableStatusTest::marksOfUnlistedRecordsAreCounted()
 {
     shown->proxy.setStateFilter(ViewUpdatable);
     mark("shell", Package::Remove); // not listed

@@ -70,7 +70,7 @@ private Q_SLOTS:
     void anEmptyColumnHasNoWidth();
     void theActionColumnHasTheActionMenu();
     void otherColumnsHaveTheOtherMenu();
-    void theSpaceBelowTheRowsHasTheOtherMenu();
+    void theSpaceBelowTheRowsHasTheMenuOfTheOtherColumns();
     void theHeaderHasNoMenu();
     void theMenuKeyOpensTheMenuOfTheCurrentCell();
     void describeDescribesTheCurrentRow();
@@ -604,7 +604,7 @@ void ViewTest::otherColumnsHaveTheOtherMenu()
     QCOMPARE(spy.count(), 0);
 }
 
-void ViewTest::theSpaceBelowTheRowsHasTheOtherMenu()
+void ViewTest::theSpaceBelowTheRowsHasTheMenuOfTheOtherColumns()
 {
     bool right = false;
     const QPoint below(20, view->viewport()->height() - 10);

@@ -12,7 +12,7 @@
 
 namespace {
 
-// A module without its dictionary. The interpreter has such modules while it ends.
+// Creates a module without a dictionary, as the interpreter has them while it ends.
 PyObject* hollowModule(const char* name)
 {
     PyObject* module = PyModule_New(name);
@@ -110,7 +110,7 @@ private Q_SLOTS:
         QVERIFY(printed().contains("ZeroDivisionError"));
     }
 
-    void tracebackOnStandardErrorIsAlsoReported()
+    void aTracebackForTheOriginalStandardErrorIsAlsoReported()
     {
         python->tracebacks.clear();
         QVERIFY(python->pyr("nothing_of_this_name") == nullptr);
@@ -148,7 +148,7 @@ private Q_SLOTS:
         QCOMPARE(PyLong_AsLong(value.get()), 42L);
     }
 
-    void longestTextRunsCompletely()
+    void aTextOfTheLargestSizeRunsCompletely()
     {
         const QByteArray comment(10239 - 7, '#');
         QCOMPARE(python->pyf("x = 99 %s", comment.constData()), 0);
@@ -309,7 +309,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    void assignsToModulesAndDictionaries()
+    void valuesAreAssignedInModulesAndDictionaries()
     {
         const PyRef value(python->pyr("object()"));
         const Py_ssize_t before = Py_REFCNT(value.get());
@@ -328,7 +328,7 @@ private Q_SLOTS:
         QCOMPARE(python->takeErrors(), QStringList("Internal error: no_such_module not found\n"));
     }
 
-    void assignmentThatRaisesIsHandledAsAnException()
+    void anExceptionDuringAnAssignmentIsReported()
     {
         python->pyAssign("thing", "number", Py_None);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
@@ -528,7 +528,7 @@ private Q_SLOTS:
         QCOMPARE(printed().count("KeyError"), 1);
     }
 
-    void onlyTheInnermostScopeHasEffect()
+    void onlyTheInnermostExceptScopeHasAnEffect()
     {
         const Python::ExceptScope outer(*python, {PyExc_KeyError});
         {
@@ -540,7 +540,7 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void aScopeCanGetItsExceptionTypesLater()
+    void anExceptScopeCanGetItsExceptionTypesAfterItsConstruction()
     {
         Python::ExceptScope scope(*python);
         scope.expect(PyExc_KeyError);
@@ -548,16 +548,16 @@ private Q_SLOTS:
         QVERIFY(python->pyExceptMatches(nullptr, PyExc_KeyError));
     }
 
-    void aScopeEndsEvenIfTheFunctionReturnsEarly()
+    void anExceptScopeEndsEvenIfTheFunctionReturnsEarly()
     {
-        // The check in cleanup() finds a scope that is left open.
+        // cleanup() fails if this call leaves its ExceptScope open.
         QVERIFY(failsAsExpected(PyExc_KeyError));
         QVERIFY(PyErr_Occurred() == nullptr);
         QVERIFY(python->pyCall("fail", "(O)", PyExc_KeyError) == nullptr);
         QCOMPARE(python->takeErrors(), QStringList(walkbackText()));
     }
 
-    void anExpectedNullTypeIsReportedAndMatchesNothing()
+    void aNullExceptionTypeIsReportedAndMatchesNoException()
     {
         Python::ExceptScope scope(*python, {nullptr, PyExc_KeyError});
         QCOMPARE(python->takeErrors(), QStringList("Internal error: pyExceptExpect called with NULL\n"));
@@ -568,7 +568,7 @@ private Q_SLOTS:
         QVERIFY(!python->pyExceptMatches(nullptr, nullptr));
     }
 
-    void emptyExceptionInformationIsReported()
+    void handlingAnExceptionIsReportedIfNoneIsPending()
     {
         python->handleException();
         QCOMPARE(
@@ -725,7 +725,7 @@ private Q_SLOTS:
         QCOMPARE(python->text("called"), QStringLiteral("[('from a thread',)]"));
     }
 
-    void otherThreadWaitsWhileTheLockIsHeld()
+    void anotherThreadWaitsWhileThisThreadHoldsTheInterpreterLock()
     {
         std::atomic<bool> entered(false);
         std::thread worker([&entered] {
@@ -743,7 +743,7 @@ private Q_SLOTS:
         QVERIFY(entered);
     }
 
-    void packageManagersBindingsCanBeUsed()
+    void theModulesOfDnfAndRpmCanBeUsed()
     {
         QCOMPARE(python->py("import rpm"), 0);
         QVERIFY(python->pyLookup("rpm.RPMTAG_NAME", false) != nullptr);

@@ -441,7 +441,7 @@ void PasswdEditTest::surrogatePairsAreNotSplit()
     }
 }
 
-// The same keys in an ordinary edit give the expected text.
+// The test sends the same keys to an ordinary QLineEdit, which gives the expected text.
 void PasswdEditTest::randomEditingKeepsTheRealText()
 {
     QWidget* ordinary = makeOrdinaryEdit(window.get());

@@ -27,7 +27,7 @@ private Q_SLOTS:
     void typingDoesNotScrollTheView();
     void richTextIsPastedAsPlainText();
     void composingWithinThePasswordIsMasked();
-    void tabMovesTheFocusIfThisIsSet();
+    void tabMovesTheFocusIfTabChangesFocusIsSet();
 
 protected:
     QString textWith(const QString& insertedPassword) const override
@@ -232,7 +232,7 @@ void PasswdTextEditTest::composingWithinThePasswordIsMasked()
     compareReal(QStringLiteral("sec-ret"));
 }
 
-void PasswdTextEditTest::tabMovesTheFocusIfThisIsSet()
+void PasswdTextEditTest::tabMovesTheFocusIfTabChangesFocusIsSet()
 {
     auto* next = new QLineEdit(window.get());
     next->show();

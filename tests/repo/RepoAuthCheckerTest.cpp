@@ -232,7 +232,7 @@ void RepoAuthCheckerTest::enteredCredentialsAreWritten()
     QVERIFY(!quit);
     QCOMPARE(get("a.repo"), QByteArray("[a]\nbaseurl=http://h/vantor?u=a%20b%26c&p=s%25t&path=/x\n\n"
                                        "[b]\nbaseurl=http://k/vantor?n=eve&w=pw&path=y\n"));
-    // The next check does not ask for them again.
+    // The next check does not ask for these credentials again.
     QCOMPARE(check({}), QStringList());
 }
 

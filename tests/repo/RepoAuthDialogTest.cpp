@@ -31,7 +31,7 @@ private Q_SLOTS:
     void emptyKeysHaveDefaults();
     void textOfAFileIsNeverRichText();
     void theUrlsShowTheTypedCredentialsMasked();
-    void otherPasswordsAreMaskedToo();
+    void aPasswordInTheMirrorListIsAlsoMasked();
     void noTextContainsThePassword();
     void eachButtonReturnsItsCode_data();
     void eachButtonReturnsItsCode();
@@ -224,7 +224,7 @@ void RepoAuthDialogTest::theUrlsShowTheTypedCredentialsMasked()
             }) >= 0);
 }
 
-void RepoAuthDialogTest::otherPasswordsAreMaskedToo()
+void RepoAuthDialogTest::aPasswordInTheMirrorListIsAlsoMasked()
 {
     entry.mirrorlist = QStringLiteral("http://m/vantor?user=eve&word=secret&path=/l");
     QVERIFY(run([this] {

@@ -246,7 +246,7 @@ void RepoEditorConfigFieldsTest::clearedFieldsCanBeSetAgain()
     config->setEntry(vantor());
     QVERIFY(sameFields(config->toEntry(), vantor()));
     QVERIFY(form->id->isEnabled());
-    // Undo restores no text from the other entry.
+    // Undo restores no text from the entry that the fields showed before.
     config->setEntry(usual());
     for (QWidget* field : {static_cast<QWidget*>(form->urls), static_cast<QWidget*>(form->mirrorList),
                            static_cast<QWidget*>(form->options), static_cast<QWidget*>(form->id)}) {

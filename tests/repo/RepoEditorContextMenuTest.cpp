@@ -115,7 +115,7 @@ void RepoEditorContextMenuTest::nothingCanBeChosenIfNoRowIsClicked()
     QTest::qWait(200);
     QVERIFY(!BackEnd::wasBrowsed());
     QCOMPARE(edits.size(), 0);
-    // The next menu enables them again.
+    // The entries of a menu on a row are enabled again.
     QVERIFY(run(model->index(0, NameColumn), "Edit"));
     QCOMPARE(edits.size(), 1);
 }

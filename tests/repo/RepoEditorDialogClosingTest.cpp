@@ -25,7 +25,7 @@ private Q_SLOTS:
     void closingAsksIfChangesAreNotApplied();
     void closingTheWindowDiscardsEditsButKeepsSwitchedRepositories();
     void closingWithoutChangesSignalsNothing();
-    void closingWithoutChangesSignalsIfThisIsForced();
+    void closingWithoutChangesSignalsAChangeIfReposChangedIsForced();
     void theResetSlotOfTheDialogDiscardsNothing();
 };
 
@@ -246,7 +246,7 @@ void RepoEditorDialogClosingTest::closingWithoutChangesSignalsNothing()
     QCOMPARE(reposChangedSpy->size(), 0);
 }
 
-void RepoEditorDialogClosingTest::closingWithoutChangesSignalsIfThisIsForced()
+void RepoEditorDialogClosingTest::closingWithoutChangesSignalsAChangeIfReposChangedIsForced()
 {
     dialog->reposChangedForced = true;
     bool hidden = false;

@@ -403,7 +403,7 @@ void RepoEditorDialogEditingTest::aCopyWithoutAnyChangeIsADuplicate()
                 QVERIFY(withForm([this] { click("Copy"); }, [this] { clickForm("OK"); }));
                 QCOMPARE(status(), QStringLiteral("Two or more repositories have the Identifier, extras"));
                 QCOMPARE(ids().count(QStringLiteral("extras")), 2);
-                // If the user opens the form again, it does not edit a copy.
+                // If the user then presses "Edit", the form makes no second copy.
                 click(QStringLiteral("os"));
                 QVERIFY(withForm([this] { click("Edit"); }, [this] { clickForm("OK"); }));
                 click("Reset All");

@@ -18,7 +18,7 @@ class RepoEditorSortFilterProxyModelTest : public QObject
 private Q_SLOTS:
     void textsAreSortedInNaturalOrder_data();
     void textsAreSortedInNaturalOrder();
-    void namesAreSortedInNaturalOrderToo();
+    void namesAreSortedInNaturalOrder();
     void equalTextsKeepTheirOrder();
     void otherColumnsAreSortedAsUsual();
     void valuesThatAreNotTextAreSortedAsUsual();
@@ -68,7 +68,7 @@ void RepoEditorSortFilterProxyModelTest::textsAreSortedInNaturalOrder()
     QCOMPARE(sorted(texts), expected);
 }
 
-void RepoEditorSortFilterProxyModelTest::namesAreSortedInNaturalOrderToo()
+void RepoEditorSortFilterProxyModelTest::namesAreSortedInNaturalOrder()
 {
     QCOMPARE(sorted({"repo10", "repo9"}, NameColumn), (QStringList{"repo9", "repo10"}));
 }

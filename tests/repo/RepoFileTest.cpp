@@ -32,7 +32,7 @@ private Q_SLOTS:
     void aRepositoryMayBeAsLargeAsTheLimit();
     void otherKindsOfFilesHaveTheExpectedState();
     void readingNeverBlocks();
-    void allNamesOfAFileHaveTheSameNumber();
+    void aFileHasTheSameNumberUnderEachOfItsNames();
     void pathsAreMadeCanonical_data();
     void pathsAreMadeCanonical();
 
@@ -186,7 +186,7 @@ void RepoFileTest::readingNeverBlocks()
     close(writer);
 }
 
-void RepoFileTest::allNamesOfAFileHaveTheSameNumber()
+void RepoFileTest::aFileHasTheSameNumberUnderEachOfItsNames()
 {
     put("a");
     QCOMPARE(symlink("x", localPath("y").constData()), 0);

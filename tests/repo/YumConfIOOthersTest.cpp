@@ -169,7 +169,7 @@ void YumConfIOOthersTest::ourOwnWritesAreNotTakenForChangesByOtherPrograms()
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("new0.repo"))));
     QVERIFY(!QFile::exists(repoPath(QStringLiteral("a.repo"))));
-    // The files may be created again.
+    // The user can create a file of the same name again.
     conf->entries.append(made(QStringLiteral("new0")));
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("new0.repo")), QByteArray("[new0]\n"));
@@ -197,7 +197,7 @@ void YumConfIOOthersTest::unreadSectionsAreKeptAfterAFailedRead()
     QVERIFY(!conf->read(window.get()));
     user->seen.clear();
     const auto before = snapshot();
-    // VYRE has read one file up to its error, and has not read the other file.
+    // VYRE has read one of the two files up to the error in it, and has not read the other file.
     QCOMPARE(conf->entries.size(), 2);
     entry(QStringLiteral("m")).name = QStringLiteral("M");
     QVERIFY(!conf->write(window.get()));

@@ -30,7 +30,7 @@ private Q_SLOTS:
     void continuationLinesBelongToTheLineAbove();
     void aContinuedEmptyLineIsAnOption();
     void carriageReturnsEndLines();
-    void aFileWithCarriageReturnsKeepsThem();
+    void theCarriageReturnsOfAFileAreKept();
     void aByteOrderMarkIsKept();
     void aByteOrderMarkDoesNotHideTheMainHeader();
     void unsupportedFilesAreNotChanged_data();
@@ -283,7 +283,7 @@ void YumConfIOReadTest::carriageReturnsEndLines()
              QByteArray("[x]\nname=c\nbaseurl=b\nenabled=0\nretries=1\rand more\n"));
 }
 
-void YumConfIOReadTest::aFileWithCarriageReturnsKeepsThem()
+void YumConfIOReadTest::theCarriageReturnsOfAFileAreKept()
 {
     const QByteArray mainText("# ours\r\n\r\n[main]\r\ngpgcheck=1\r\n[m]\r\nname=M\r\n");
     const QByteArray text(

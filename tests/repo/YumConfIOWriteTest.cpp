@@ -246,7 +246,8 @@ void YumConfIOWriteTest::bytesBeyondAsciiAreEncodedAgainByEveryWrite()
     entry(QStringLiteral("m")).name = QStringLiteral("b");
     QVERIFY(conf->write(window.get()));
     QCOMPARE(get(mainPath()), QByteArray("[main]\n# \xC3\x83\xC2\xA9\n[m]\nname=b\n"));
-    // If VYRE reads a typed text again, the text has one more level of encoding.
+    // VYRE writes a typed "é" as two bytes. If VYRE reads these bytes again, it takes them for two
+    // characters.
     entry(QStringLiteral("x")).name = QString::fromUtf8("é");
     QVERIFY(conf->write(window.get()));
     QVERIFY(getRepo(QStringLiteral("f.repo")).contains("\nname=\xC3\xA9\n"));

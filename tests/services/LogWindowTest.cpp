@@ -239,7 +239,7 @@ void LogWindowTest::windowScrollsToAnEntry()
     QCOMPARE(topLine(), QString("Begin"));
     QCOMPARE(pane->textCursor().block().text(), QString("Begin"));
     QVERIFY(pane->hasFocus());
-    // The same entry on a level that shows more lines.
+    // At a higher detail level, the window shows more lines, and must scroll to the same entry.
     level->setValue(5);
     window->showFrom(200);
     QCOMPARE(topLine(), QString("Begin"));

@@ -65,7 +65,7 @@ private Q_SLOTS:
     void aMouseButtonThatIsPressedTooEarlyPressesNoButton();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment_data();
     void theDefaultButtonGetsTheFocusAfterTheFirstMoment();
-    void theFirstActivationOfTheWindowBeginsTheMomentAgain();
+    void theQuestionIgnoresInputAgainAfterTheFirstActivationOfItsWindow();
     void theGuardDoesNotAffectOtherWindows();
     void windowCanBeClosedAtOnce();
 
@@ -303,7 +303,7 @@ void QuestionGuardTest::theDefaultButtonGetsTheFocusAfterTheFirstMoment()
     QVERIFY(button(*dialog, "&No")->hasFocus());
 }
 
-void QuestionGuardTest::theFirstActivationOfTheWindowBeginsTheMomentAgain()
+void QuestionGuardTest::theQuestionIgnoresInputAgainAfterTheFirstActivationOfItsWindow()
 {
     QWidget other;
     other.show();
@@ -321,7 +321,7 @@ void QuestionGuardTest::theFirstActivationOfTheWindowBeginsTheMomentAgain()
     QVERIFY(dialog->isActiveWindow());
     QVERIFY(!takesInput(dialog.get()));
     waitForInput();
-    // Only the first activation begins the moment again.
+    // The second activation does not make the question ignore input again.
     QApplication::setActiveWindow(&other);
     QVERIFY(!dialog->isActiveWindow());
     QApplication::setActiveWindow(dialog.get());

@@ -33,7 +33,7 @@ INSTALL, DOWNGRADE, DOWNGRADED, OBSOLETE, OBSOLETED, UPGRADE, UPGRADED, REMOVE, 
 DEPENDENCY, USER, CLEAN, WEAK, GROUP = range(1, 6)
 
 
-# If the package manager cannot read groups, the log has a text that begins in this way.
+# The beginning of the message in the log if dnf cannot read groups.
 WITHOUT_GROUPS = "VYRE cannot read groups of packages on this system"
 
 

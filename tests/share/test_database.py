@@ -40,7 +40,7 @@ class OutdatedTest(DatabaseTest):
         self.rpm("-e", "almanac")
         self.assert_refused(CHANGED, removes=["almanac"], answers=[])
         self.check_outdated()
-        # After the packages are read again, a transaction succeeds.
+        # When the script has read the packages again, a transaction succeeds.
         self.again()
         self.assertEqual(self.changes(self.apply, installs=["astrolabe"]), ({ASTROLABE}, set()))
         self.assertFalse(self.yumio.outdated)

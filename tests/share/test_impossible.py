@@ -329,7 +329,7 @@ class GroupQuestionTest(QuestionTest):
         self.assertTrue(text.startswith(question("Weaving") + "\n\ntidewatch-2.0-1.noarch\n    "), text)
         self.assertIn(BARRIER, text)
         self.assertEqual(self.left_out(), ["Weaving"])
-        # If the user tries again, the message gives the reason again.
+        # If the user applies the same marks again, the message gives the same reason.
         self.again()
         with self.assertRaisesRegex(self.dnf.exceptions.Error, "The marks cannot be applied:\ntidewatch-2.0.*\n"):
             self.apply(group_updates=["weaving"])
@@ -542,7 +542,7 @@ class RemovalTest(QuestionTest):
         self.assertEqual(changed, (set(), {"tern-mta-1.0-1.noarch", "lighthouse-1.0-1.noarch"}))
         self.assertEqual(self.recording.listed(), {"tern-mta-1.0-1.noarch": (REMOVE, USER),
                                                    "lighthouse-1.0-1.noarch": (REMOVE, DEPENDENCY)})
-        # Installable packages are available afterwards.
+        # After the transaction, the available packages are no longer hidden.
         self.again()
         self.assertIn("gull-mta", [package.name for package in self.available])
 

@@ -298,7 +298,7 @@ class WaitTest(ScenarioTest):
         self.yumio.setupRepos = setup
         self.assertEqual([str(package) for package in self.available + self.installed + self.updates], before)
         self.assertEqual(self.shown, [])
-        # The other process still has its lock.
+        # The process that holds the metadata lock still holds it.
         with open(self.lock_file("metadata")) as stream:
             self.assertEqual(stream.read(), str(self.holder.pid))
         self.assert_no_faults()
@@ -363,7 +363,7 @@ class WaitTest(ScenarioTest):
                 self.collect_again()
         self.let_go()
         self.again()
-        # From now on, the original text is true again.
+        # The packages have been read again, so the message may say "Nothing was changed" again.
         self.hold("metadata")
         del self.shown[:]
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError,
@@ -449,7 +449,7 @@ class WaitTest(ScenarioTest):
         self.assertEqual(self.shown, [self.waiting] * 3 + [None])
         self.assertIn("VYRE no longer waits for ", "\n".join(self.recording.errors()))
         self.let_go()
-        # The next access tries to read the change log again.
+        # The next access to "changelogs" tries to read the change log again.
         self.assertEqual(len(tagsoup.changelogs), 3)
 
     @in_own_process

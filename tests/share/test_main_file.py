@@ -102,7 +102,7 @@ class MainFileTest(ScenarioTest):
         self.check_unused(self.load(), "it is not a regular file")
 
     @in_own_process
-    def test_an_invalid_value_is_reported_and_the_others_are_used(self):
+    def test_an_invalid_value_is_reported_and_the_other_options_are_used(self):
         self.configure("installonly_limit=many", "debuglevel=7")
         yumio = self.load()
         self.assertIn("installonly_limit", "\n".join(self.recording.errors()))

@@ -110,7 +110,7 @@ class EndedTest(ModuleScenario):
                             "but dnf had already saved these changes:\nEnabling module streams: grove 1$",
                             installs=["grove-cli"])
         self.assertEqual(self.streams()["grove"], ("enabled", "1"))
-        # The program collects the packages again.
+        # systemChanged makes the program collect the packages again.
         self.assertTrue(self.yumio.systemChanged)
         self.assertEqual([self.yumio.outcome[name] for name in ("installed", "modules", "failed")], [0, 1, 2])
 

@@ -130,7 +130,7 @@ class HooksTest(PlugInsTest):
         self.recorded_calls()
         self.collect()
         self.assertEqual([line.split()[0] for line in self.recorded_calls()], ["init", "pre_config", "config", "sack"])
-        # Neither a reset nor the end of the run loads plug-ins for the old base again.
+        # A reset loads the plug-ins only for the new base, and the end of the run loads no plug-ins.
         for action, expected in ((self.again, ["init", "pre_config", "config", "sack"]), (self.yumio.unlock, [])):
             self.write_plug_in("probe", PROBE)
             self.write_plug_in("other", raising("transaction", "os.rename(%r, %r)" % (

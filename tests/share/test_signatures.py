@@ -77,8 +77,8 @@ class SignatureTest(ScenarioTest):
             self.apply(installs=["wax-forged"], answers=[1, 1])
         self.assertEqual(self.sandbox.installed() - before, self.keys())
         self.assertNotIn("rpmtransInit", self.recording.names())
-        # If the repository's key is installed, dnf asks no question. But some versions of dnf do not find keys that
-        # newer versions of rpm have imported, and ask again.
+        # If the repository's key is installed, dnf does not ask about the key. But some versions of dnf do not find a
+        # key to which rpm has given a name with more than eight digits, and ask again.
         known = any(re.match("gpg-pubkey-[0-9a-f]{8}-", key) for key in self.keys())
         self.assert_refused("wax-forged", installs=["wax-forged"], answers=[1] if known else [1, 1])
         self.assertEqual(len(self.keys()), 1)

@@ -94,7 +94,7 @@ class InstallTest(ScenarioTest):
         self.assertIsNone(self.yumio.base.history.group.get("games"))
 
     @in_own_process
-    def test_the_second_transaction_has_no_items_of_the_first(self):
+    def test_a_second_transaction_has_no_items_of_the_first_transaction(self):
         self.started()
         self.apply(installs=["astrolabe"])
         self.again()

@@ -23,7 +23,7 @@ warnings.filterwarnings('ignore', message='Atspi[.]', category=DeprecationWarnin
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SHARE = os.path.join(ROOT, 'share')
 
-# The columns of the package table, in the order of the program. The other numbers are unused.
+# The columns of the package table, in the order of the program; "_" takes the numbers above the last column.
 ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME, *_ = range(100)
 
 

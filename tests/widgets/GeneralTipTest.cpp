@@ -99,7 +99,7 @@ private Q_SLOTS:
     void aTipDisappearsAfterSomeTime();
     void aStickyTipDoesNotDisappearAfterSomeTime();
     void aHiddenTipIsDeleted();
-    void aTipCanBeShownAfterTheLastTipWasDeleted();
+    void aTipCanBeShownAfterThePreviousTipWasDeleted();
     void enteringTheTipHidesIt();
     void mouseMovesDoNotHideTheTip();
     void mouseButtonsHideTheTip_data();
@@ -298,7 +298,7 @@ void GeneralTipTest::aHiddenTipIsDeleted()
     QTRY_VERIFY(tip.isNull());
 }
 
-void GeneralTipTest::aTipCanBeShownAfterTheLastTipWasDeleted()
+void GeneralTipTest::aTipCanBeShownAfterThePreviousTipWasDeleted()
 {
     const QPointer<GeneralTip> tip = show(QPoint(500, 300));
     tip->hideTip();

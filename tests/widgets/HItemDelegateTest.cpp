@@ -29,11 +29,11 @@ class HItemDelegateTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void cellsLookAsInAnyOtherView();
+    void cellsLookTheSameAsWithQtsOwnDelegate();
     void aToolTipIsShownAsPlainText();
 };
 
-void HItemDelegateTest::cellsLookAsInAnyOtherView()
+void HItemDelegateTest::cellsLookTheSameAsWithQtsOwnDelegate()
 {
     QStandardItemModel model;
     model.appendRow(new QStandardItem(QStringLiteral("several words that need more than one line")));

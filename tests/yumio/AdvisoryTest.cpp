@@ -9,7 +9,7 @@ class AdvisoryTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void isInstalledOnlyWithAllItsPackages()
+    void anAdvisoryIsInstalledOnlyIfAllItsPackagesAreInstalled()
     {
         Advisory advisory;
         advisory.packages.append({"tool", "noarch", "1:2-3", Advisory::IsInstalled, QString()});

@@ -228,7 +228,7 @@ private Q_SLOTS:
         }
     }
 
-    void ignoredSignalsAreStillIgnored()
+    void signalsThatTheProgramIgnoresRequestNoEnd()
     {
         QCOMPARE(inChild([](int requests) {
                      std::signal(SIGHUP, SIG_IGN);

@@ -6,7 +6,8 @@
 
 namespace {
 
-// The labels in order. The name has no label; the list contains "the name" for it.
+// The labels of the fields with these uses, in their order. The Name field has no label: "the name" stands
+// for it.
 QStringList labels(int uses)
 {
     QStringList found;
@@ -34,7 +35,7 @@ private Q_SLOTS:
                     "Recommends; Suggests; Supplements; Enhances; Advisories; Files; Change Log"));
     }
 
-    void theDescriptionOfAFurtherVersionHasItsFieldsInOrder()
+    void theShortDescriptionOfAnInstalledVersionHasItsFieldsInOrder()
     {
         QCOMPARE(labels(Fields::OfPackages | Fields::InShortDescription).join("; "),
                  QString("Version; Architecture; Size; Build Time; Packager"));
@@ -48,8 +49,8 @@ private Q_SLOTS:
             QString("Kind; Mandatory Packages; Default Packages; Optional Packages; Conditional Packages"));
     }
 
-    // A search reads the name and the description's fields. It reads the file list and the change log in
-    // another way.
+    // A search reads the name and the fields of the description. It reads file lists and change logs directly
+    // from the metadata, not as fields.
     void theSearchReadsItsFieldsInOrder()
     {
         QStringList packages = labels(Fields::OfPackages | Fields::Described);

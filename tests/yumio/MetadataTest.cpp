@@ -342,8 +342,8 @@ private Q_SLOTS:
 
     void fileOfAnotherKindHasNoTexts()
     {
-        // The other file lists the same packages. The result must not say that these packages have no files
-        // or no changes.
+        // The file for change logs lists the same packages as the file for file lists, and vice versa. If
+        // the wrong file is read, the result must not say that the packages have no files or no changes.
         const QByteArray packages = package("one", "") + package("two", "");
         const auto read = [this](const QByteArray& content, bool changeLogs) {
             std::vector<QByteArray> texts(2);

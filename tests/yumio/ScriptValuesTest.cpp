@@ -35,7 +35,7 @@ class ScriptValuesTest : public QObject
     Q_OBJECT
 
 private:
-    // The messages since the last call.
+    // The messages that were reported since the previous call of this function.
     QStringList warnings()
     {
         QStringList taken;
@@ -105,7 +105,7 @@ private Q_SLOTS:
         QCOMPARE(text.at(5).unicode(), ushort(0xdcff));
     }
 
-    void otherTypesThanStringsCauseAWarning()
+    void conversionOfAnObjectThatIsNoStringCausesAWarning()
     {
         QCOMPARE(values->pyString(nullptr), QString());
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyString called with NULL"));
@@ -115,7 +115,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyString did not understand type: list"));
     }
 
-    void conversionsWithDecInTheirNamesReleaseTheirObject()
+    void functionsWhoseNamesEndInDecReleaseTheirArgument()
     {
         for (const char* expression : {"'some text'", "3000000000"}) {
             const PyRef object = value(expression);
@@ -139,7 +139,7 @@ private Q_SLOTS:
         warnings();
     }
 
-    void listsAreConvertedToTexts()
+    void listsTuplesAndNumbersAreConvertedToTexts()
     {
         QCOMPARE(pyStringX("'plain'"), QString("plain"));
         QCOMPARE(pyStringX("['a', 'b', 3]"), QString("(a,\n b,\n 3)"));
@@ -156,7 +156,7 @@ private Q_SLOTS:
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyStringX did not understand type: float"));
     }
 
-    void integersAreNarrowed()
+    void pythonIntegersAreNarrowedToInt()
     {
         QCOMPARE(values->pyLongDec(value("17").release()), 17);
         QCOMPARE(values->pyLongDec(value("-17").release()), -17);
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QCOMPARE(values->pyLongDec(value("2 ** 31").release()), int(-2147483647 - 1));
     }
 
-    void itemsOfMappingsAreFound()
+    void valuesOfADictionaryAreFoundByTheirKeys()
     {
         const PyRef mapping = value("{'key': 'value', 'caf\\u00e9': 'drink'}");
         QCOMPARE(values->pyMappingString(mapping.get(), "key"), QString("value"));
@@ -175,7 +175,7 @@ private Q_SLOTS:
 
     // --- Times
 
-    void timesCanBeNumbersOrTexts()
+    void timesAreConvertedFromNumbersAndTexts()
     {
         QCOMPARE(values->pyTime(value("5000000000").get()), quint64(5000000000));
         QCOMPARE(values->pyTime(value("'86400'").get()), quint64(86400));
@@ -212,7 +212,7 @@ private Q_SLOTS:
         QCOMPARE(QString(date), QString("Tue Nov 14 2023"));
     }
 
-    void datesOfTheScriptAreFormatted()
+    void pythonDatesAreFormatted()
     {
         QCOMPARE(values->pyDate(value("datetime.datetime(2023, 9, 2)").get()), QString("Sat Sep 2 2023"));
         const char* const days[] = {"Mon", "Tue", "Wed", "Thu", "Fri", "Sat", "Sun"};
@@ -229,7 +229,7 @@ private Q_SLOTS:
         }
     }
 
-    void anObjectThatIsNoDateCausesAWarning()
+    void anObjectThatIsNoDatetimeCausesAWarning()
     {
         QCOMPARE(values->pyDate(value("datetime.date(2023, 9, 2)").get()), QString());
         QCOMPARE(warnings(),
@@ -242,7 +242,7 @@ private Q_SLOTS:
     {
         run("class Odd(datetime.datetime):\n    def weekday(self): return 2\n");
         const PyRef date = value("Odd(2023, 9, 2)");
-        // Python code cannot create such an object.
+        // Write the month into the object's memory: Python code cannot create a date with month 13.
         reinterpret_cast<PyDateTime_DateTime*>(date.get())->data[2] = 13;
         QCOMPARE(values->pyDate(date.get()), QString("Wed  2 2023"));
         QCOMPARE(warnings(), QStringList("Internal error: YumIO::pyDate found out-of-bounds month: 13"));
@@ -263,7 +263,7 @@ private Q_SLOTS:
                  QStringList("Internal error: YumIO::pyDate did not understand weekday type: str"));
     }
 
-    void valuesAreDescribed()
+    void descriptionsOfObjectsDependOnTheirTypes()
     {
         run("class Named:\n    def __str__(self): return 'name'\n"
             "class Nameless:\n    def __str__(self): raise ValueError\n");
@@ -275,7 +275,7 @@ private Q_SLOTS:
         QCOMPARE(QString(values->pyDescribe(value("'y' * 3000").get())).length(), 3000);
     }
 
-    void attributesAreReadAsTexts()
+    void attributesOfAllTypesAreReadAsTexts()
     {
         const PyRef thing = value("Thing(text='two\\nlines\\n\\n', number=7, none=None, list=['a', 'b'])");
         QCOMPARE(values->simpleString(thing.get(), "text"), QString("two\nlines"));
@@ -285,7 +285,7 @@ private Q_SLOTS:
         QCOMPARE(values->simpleString(thing.get(), "list"), QString("(a,\n b)"));
     }
 
-    void relationsAreReadFromTheirSecondPart()
+    void aPairIsFoundByItsSecondValue()
     {
         const PyRef pairs = value("[('x', 'one'), ('y', 'two'), ('z', 'two')]");
         QCOMPARE(values->pyStringDec(values->findRelation(pairs.get(), "two")), QString("y"));
@@ -327,7 +327,7 @@ private Q_SLOTS:
         QCOMPARE(values->getVerRelTxitem(value("item(1, 'a', release='')").get()), QString("1.0"));
     }
 
-    void sizesAreRead_data()
+    void packageSizesAreReadFromNumbersTextsAndFunctions_data()
     {
         QTest::addColumn<QString>("size");
         QTest::addColumn<quint64>("expected");
@@ -345,7 +345,7 @@ private Q_SLOTS:
         QTest::newRow("no number") << "None" << quint64(0) << notUnderstood;
     }
 
-    void sizesAreRead()
+    void packageSizesAreReadFromNumbersTextsAndFunctions()
     {
         QFETCH(QString, size);
         QFETCH(quint64, expected);
@@ -482,7 +482,7 @@ private Q_SLOTS:
         QCOMPARE(values->checksumOf(value("Thing()").get()), QByteArray());
     }
 
-    void attributesByNumberAreTheSameAsByName()
+    void anAttributeFoundByNumberIsTheAttributeFoundByName()
     {
         QCOMPARE(QString(ScriptValues::attributeName(ScriptValues::RepoIdAttribute)), QString("repoid"));
         for (int i = 0; i < ScriptValues::PackageAttributeCount; ++i) {

@@ -131,7 +131,7 @@ private Q_SLOTS:
                  QStringList({"after", QString("signal %1").arg(SIGTERM)}));
     }
 
-    void ignoredSignalsAreStillIgnored()
+    void theRecorderDoesNotRecordSignalsThatTheProgramIgnores()
     {
         QCOMPARE(inChild([](int out) {
                      std::signal(SIGHUP, SIG_IGN);

@@ -66,7 +66,7 @@ private Q_SLOTS:
         QCOMPARE(stop.state(), State::Useless);
     }
 
-    void noRequestIsPossibleAfterTheRefusal()
+    void noRequestIsPossibleAfterRequestsWereRefused()
     {
         StopRequest stop;
         stop.begin(true);

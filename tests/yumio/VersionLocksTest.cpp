@@ -27,7 +27,7 @@ private Q_SLOTS:
         QVERIFY(!locks.isLocked(entry));
     }
 
-    void groupOfTheSameNameIsNotLocked()
+    void aGroupWithTheNameOfALockedPackageIsNotLocked()
     {
         VersionLocks locks;
         locks.lines.insert("tool", "tool-0:1-1.*");

@@ -209,7 +209,7 @@ private Q_SLOTS:
         QVERIFY(!applied);
         QCOMPARE(errors(), QStringList(expected));
         QVERIFY(!wasApplied());
-        // If memory is available again, the failure has no effect any more.
+        // When memory is available again, the next apply succeeds.
         QVERIFY(!apply());
         QVERIFY(wasApplied());
     }

@@ -541,7 +541,7 @@ private Q_SLOTS:
         QVERIFY(entry->next->next == nullptr);
     }
 
-    void recordOfAnUpdateContainsInstalledVersionsOfAnotherClass()
+    void recordOfAnUpdateContainsInstalledVersionsOfAnotherBiArchClass()
     {
         backEnd->run(
             "loses, gets = Package('loses', '2.0', arch='noarch'), Package('gets', '2.0', arch='i686')\n"
@@ -716,7 +716,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("Broken.asked"), QString("1"));
         QCOMPARE(yumIO().count(), 501);
         QCOMPARE(backEnd->group("G499")->state, Package::Updatable);
-        // The same failure is not reported again.
+        // The next collection does not report the same failure again.
         yumIO().clearEntries();
         QVERIFY(backEnd->collect());
         QCOMPARE(backEnd->answers.take().count(), 0);

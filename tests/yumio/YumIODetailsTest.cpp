@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(PyGILState_Check(), 1);
     }
 
-    void nothingIsLoadedAfterACollection()
+    void extraDataNeedNoLoadingAfterACollection()
     {
         QVERIFY(yumIO().collectFileLists());
         QVERIFY(yumIO().collectOtherData());
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QFETCH(QString, method);
         QFETCH(QString, heading);
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
-        // A library of the package manager could write in this way.
+        // os.write() bypasses sys.stdout, as the libraries of the package manager do.
         backEnd->run("import os\n"
                      "def load():\n"
                      "    os.write(1, b'something odd\\n')\n"
@@ -197,8 +197,8 @@ private Q_SLOTS:
         QVERIFY(backEnd->collect());
         (files ? yumIO().fileListsLoaded : yumIO().otherDataLoaded) = false;
         QVERIFY(files ? yumIO().collectFileLists() : yumIO().collectOtherData());
-        // The first 1000 of the 15000 steps precede the repositories. Each of the two repositories gets half
-        // of the other steps.
+        // The bar has 15000 steps. It has made the first 1000 steps before the first repository is read. Each
+        // of the two repositories gets half of the remaining steps.
         QCOMPARE(backEnd->text("seen"), QString("[['Loading %1: Total Progress (6%) 1000/15000', "
                                                 "'Reading repository metadata for one (0%) 0/1'], "
                                                 "['Loading %1: Total Progress (53%) 8000/15000', "
@@ -213,7 +213,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getFiles(tool()), QString("/Usr\n/usr/a\n/usr/z"));
     }
 
-    void filesAreLoadedWhenNeeded()
+    void fileListsAreLoadedWhenAFileListIsFirstRead()
     {
         yumIO().fileListsLoaded = false;
         backEnd->run("def load():\n    tool.files = ['/usr/bin/tool']\n    return True\n"
@@ -223,7 +223,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("len(it.did('collectFileLists'))"), QString("1"));
     }
 
-    void filesThatCannotBeLoadedAreReported()
+    void aFailureToLoadFileListsIsReported()
     {
         yumIO().fileListsLoaded = false;
         backEnd->run("tool.files = ['/usr/bin/tool']\n"
@@ -232,7 +232,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList("broken\nUnable to collect filelists"));
     }
 
-    void packageAndGroupWithoutFilesLoadNothing()
+    void aPackageOrGroupWithoutAFileListLoadsNoFileLists()
     {
         yumIO().fileListsLoaded = false;
         QCOMPARE(yumIO().getFiles(tool()), QString());
@@ -240,7 +240,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text("it.did('collectFileLists')"), QString("[]"));
     }
 
-    void filesThatVanishAreReported()
+    void aFileListThatVanishesDuringLoadingIsReported()
     {
         yumIO().fileListsLoaded = false;
         backEnd->run("tool.files = ['/usr/bin/tool']\n"
@@ -250,7 +250,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
     }
 
-    void loadedFilesAreReadOnce()
+    void theFileListAndTheHeaderAreReadOnce()
     {
         backEnd->run("class Counting(Package):\n"
                      "    count = 0\n"
@@ -309,12 +309,12 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList(generic));
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: group G.default_packages not evaluable"}));
-        // A missing list is not a failure.
+        // If the value is None, the package or group has no such list, and nothing is reported.
         backEnd->run("group.default_packages = None");
         QCOMPARE(yumIO().getDefaultPkgs(group()), QString());
     }
 
-    void aListThatTheObjectLacksIsReportedOnce()
+    void aMissingListIsReportedOnce()
     {
         const int before = backEnd->log().count();
         for (int i = 0; i < 3; ++i) {
@@ -325,7 +325,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->log(before).filter("package's provides").count(), 1);
         QCOMPARE(yumIO().getRequires(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's requires"}));
-        // The same applies to files and change logs.
+        // File lists and change logs that are missing are also reported once.
         backEnd->run("tool.files = None");
         QCOMPARE(yumIO().getFiles(tool()), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's files"}));
@@ -335,7 +335,7 @@ private Q_SLOTS:
         QCOMPARE(yumIO().getChangeLog(tool()), QString());
     }
 
-    void changeLogHasAParagraphForEachItem()
+    void changeLogHasAParagraphForEachEntry()
     {
         backEnd->run("tool.changelogs = [\n"
                      "    {'timestamp': datetime.datetime(2024, 2, 20), 'author': 'Ann <a@b>', 'text': '- "
@@ -345,7 +345,7 @@ private Q_SLOTS:
                  QString("* Tue Feb 20 2024 Ann <a@b>\n- one\n- two\n\n* Sat Sep 2 2023 Bob\n- three"));
     }
 
-    void aChangeWithoutItsValuesIsReported()
+    void aChangeLogEntryWithoutATimeIsReported()
     {
         backEnd->run(
             "tool.changelogs = [{'author': 'A', 'text': 'T'},\n"
@@ -367,7 +367,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
     }
 
-    void changeLogOfARepositoryIsReadByAWorker()
+    void changeLogOfAnAvailablePackageIsReadByAWorker()
     {
         backEnd->run("import threading\n"
                      "readers = []\n"
@@ -390,7 +390,7 @@ private Q_SLOTS:
         QCOMPARE(errors(), QStringList());
         QCOMPARE(yumIO().getChangeLog(*backEnd->entry("available")), QString());
         QCOMPARE(errors(), QStringList({generic, "Internal error: cannot find package's changelogs"}));
-        // Before the collection, no repository data are available.
+        // If the other data are not loaded, the change log is read on the calling thread.
         yumIO().otherDataLoaded = false;
         yumIO().loadChangeLog(*backEnd->entry("available"));
         QCOMPARE(backEnd->text("readers"), QString("['worker', 'here']"));
@@ -419,7 +419,7 @@ private Q_SLOTS:
             {"suggests", &YumIO::getSuggests},        {"supplements", &YumIO::getSupplements},
             {"enhances", &YumIO::getEnhances}};
         for (const auto& kind : kinds) {
-            // Duplicates are kept. Upper case is sorted before lower case.
+            // The list keeps duplicates, and upper case comes before lower case.
             backEnd->run(QString("tool.%1 = [Member('%1'), Member('b = 2'), Member('b = 2'), Member('B')]")
                              .arg(kind.first));
             QStringList expected{"member B", "member b = 2", "member b = 2", "member " + kind.first};
@@ -464,7 +464,7 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(PyUnicode_AsUTF8(value.get())), QString("tool"));
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "NONSENSE") == nullptr);
         QCOMPARE(errors(), QStringList("Internal error: cannot find rpm.RPMTAG_NONSENSE"));
-        // The header may lack tags.
+        // The header lacks this tag, which is not an error.
         QVERIFY(yumIO().getRpmHdrValue(tool().pyObject, "VERSION") == nullptr);
         QCOMPARE(errors(), QStringList());
         backEnd->run("tool.hdr = 1");
@@ -498,7 +498,7 @@ private Q_SLOTS:
         yumIO().dnfVersionText = known;
     }
 
-    void theScriptDeterminesTheClassOfAnArchitecture()
+    void theScriptDeterminesTheBiArchClassOfAnArchitecture()
     {
         QCOMPARE(yumIO().getBiArch("i586"), QString("i386"));
         QCOMPARE(yumIO().getBiArch("noarch"), QString("x86_64"));

@@ -163,7 +163,7 @@ private Q_SLOTS:
         QCOMPARE(backEnd->text(descriptors), original);
     }
 
-    void listOfMarkedRecordsDoesNotOwnThem()
+    void theListOfMarkedRecordsDoesNotOwnTheRecords()
     {
         collect("it.available = [Package('tool')]");
         mark("tool", Package::Install);
