@@ -43,7 +43,7 @@ AdvisoryDialog::AdvisoryDialog(YumIO* backEnd, QWidget* parent)
     layout->addLayout(row);
     const auto addButton = [this, row](const QString& text, const QString& toolTip, const char* slot) {
         auto* button = new QPushButton(text, this);
-        button->setAutoDefault(false); // Enter is for the list and the expression field
+        button->setAutoDefault(false); // Enter acts in the list and in the expression field
         button->setToolTip(Literal::toolTip(toolTip));
         connect(button, SIGNAL(clicked()), this, slot);
         row->addWidget(button);
@@ -142,7 +142,7 @@ void AdvisoryDialog::mark(const QVector<Advisory>& advisories)
 
 void AdvisoryDialog::keyPressEvent(QKeyEvent* event)
 {
-    // A default button would be pressed by Enter in the expression field. Therefore no button is the default.
+    // This window has no default button, because Enter in the expression field would press it.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         event->accept();
         return;

@@ -33,7 +33,8 @@ QString AdvisoryMarker::refusal(const YumIO& yumIO, const Package::Entry* entry)
     if (yumIO.isLeftToUser(*entry)) {
         return tr("%1: a package of another name replaces it; mark that package in the table if you want it");
     }
-    // The user has chosen the removal. A button that changes many rows must not replace this choice silently.
+    // The user has marked this package for removal. A button that marks many packages must not silently
+    // replace this mark.
     return entry->action == Package::Remove ? tr("%1: it is marked for removal") : QString();
 }
 

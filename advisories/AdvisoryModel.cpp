@@ -75,7 +75,7 @@ QVariant AdvisoryModel::data(const QModelIndex& index, int role) const
     case Qt::DisplayRole:
         return text(advisory, index.column());
     case Qt::ForegroundRole:
-        // The package table shows outdated packages in the same colour.
+        // The package table uses the same colour for outdated packages.
         return advisory.security && !advisory.isInstalled()
                    ? QVariant(QColor(Colors::readable(Colors::error(), background)))
                    : QVariant();

@@ -18,8 +18,8 @@ namespace {
 
 ApplicationStart* current = nullptr;
 
-// Returns the name of the display that cannot be opened, or a null string if the messages report another
-// problem.
+// Searches Qt's messages for the name of the display that cannot be opened. Returns a null string if the
+// messages report another problem.
 QString missingDisplay(const QStringList& texts)
 {
     const QString complaint = QStringLiteral("could not connect to display");
@@ -33,8 +33,8 @@ QString missingDisplay(const QStringList& texts)
     return {};
 }
 
-// Returns whether the arguments ask for help. Their number is unknown, because Qt may have removed some of
-// them. A null pointer ends the list.
+// Returns whether the arguments ask for help. Reads the array up to its null pointer, because Qt may have
+// removed arguments, so their number is unknown.
 bool asksForHelp(char** argument)
 {
     for (; *argument != nullptr; ++argument) {
@@ -96,6 +96,6 @@ void ApplicationStart::fail(const QString& text) const
         printUsage();
         std::fflush(stdout);
     }
-    // The application object is only partly constructed, so no destructor may run.
+    // No destructor may run, because the construction of the application object has not finished.
     _exit(1);
 }

@@ -81,7 +81,7 @@ std::string firstBeyondAscii(const char* text)
 const char* const modes[] = {"filter", "search"};
 const char* const states[] = {"updatable", "installable", "removable", "all"};
 
-// Options without a letter. Their values are larger than the values of all characters.
+// The values of options that have no short form. They are larger than any character.
 enum LongOnly { Duplicates = 256, DisableRepo, EnableRepo };
 
 const option longOptions[] = {
@@ -153,14 +153,15 @@ void apply(int argc, char** argv, MainWindow& window)
             window.addRepoOverride(YumRepoEnabled(true, QString::fromLocal8Bit(optarg)));
             break;
         default:
-            // If char is signed, a byte beyond ASCII is a negative number.
+            // optopt contains the unknown character. If char is signed, a byte beyond ASCII is a negative
+            // number.
             if (optopt < 0 || (optopt > 127 && optopt < Duplicates)) {
                 std::fprintf(stderr, "%s: unrecognized option letter: %s\n", program,
                              firstBeyondAscii(word).c_str());
                 usage();
             }
-            // If a long option lacks its argument, optopt is the letter of that option, or its LongOnly
-            // value.
+            // If the argument of a long option is missing, optopt contains the option's letter or its
+            // LongOnly value.
             if (optopt > 0 && optopt < Duplicates) {
                 std::fprintf(stderr, "%s: unrecognized option letter: %c\n", program, optopt);
             } else {

@@ -11,7 +11,8 @@
 
 namespace {
 
-// Starts a command, which consists of a program in the share directory and its arguments.
+// Starts a helper program from the share directory. The first element of `command` is the program, the others
+// are its arguments.
 void openExternally(QWidget* window, QStringList command)
 {
     command.first() = Share::absolute(command.first());
@@ -50,7 +51,7 @@ QString Manuals::openFile(QWidget* window, const QStringList& command)
 {
     const QString& file = command.last();
     if (!QFile::exists(file)) {
-        // Otherwise the helper program would show its own message in a second, bare window.
+        // Without this check, the helper program would show its own message in a second, bare window.
         return tr("The manual is not installed: there is no file %1").arg(file);
     }
     openExternally(window, command);

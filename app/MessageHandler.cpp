@@ -20,10 +20,11 @@ namespace {
 
 int terminal = -1;
 std::atomic<void (*)(bool)> watcher(nullptr);
-std::atomic<bool> stuck(false); // the last wait for the terminal's reader timed out
+// A message timed out because the program at the other end of the terminal or pipe did not read.
+std::atomic<bool> stuck(false);
 
-// If standard error is a pipe and its reader does not read, messages are lost, but the program does not stop.
-// If poll() reports that the descriptor is ready, the descriptor accepts at least this number of bytes.
+// The maximum number of bytes for one write(). If poll() reports that a pipe is ready, the pipe accepts this
+// number of bytes without blocking. If nobody reads the pipe, messages are lost, but VYRE does not hang.
 constexpr int block = 512;
 constexpr int patience = 1000; // milliseconds
 
@@ -43,14 +44,14 @@ void say(const QString& text)
     for (int done = 0; done < line.size();) {
         pollfd ready = {terminal, POLLOUT, 0};
         if (poll(&ready, 1, stuck ? 0 : patience) <= 0) {
-            stuck = true; // later messages do not wait again
+            stuck = true; // the next messages do not wait
             break;
         }
         stuck = false;
         const ssize_t written = ::write(terminal, line.constData() + done,
                                         static_cast<size_t>(std::min(block, line.size() - done)));
         if (written <= 0) {
-            break; // the terminal no longer exists
+            break; // the terminal is closed
         }
         done += static_cast<int>(written);
     }

@@ -22,8 +22,8 @@ struct xcb_connection_t;
 
 namespace {
 
-// If a signal arrives while the back end changes the system, the program checks at this interval, in
-// milliseconds, whether the change is over.
+// If a signal requests the end while the back end changes the system, VYRE waits. At this interval, in
+// milliseconds, it checks whether the change is complete.
 constexpr int checkInterval = 100;
 
 ProgramEnd* current = nullptr;
@@ -35,8 +35,8 @@ bool onGraphicalThread()
     return instance != nullptr && QThread::currentThread() == instance->thread();
 }
 
-// Returns a function of a library that Qt has already loaded, or null. VYRE needs no other function of these
-// libraries, so it does not link them.
+// Returns a function of a library that Qt has already loaded, or null if the library is not loaded. VYRE uses
+// only a few functions of such libraries, so it does not link them.
 template <typename Function> Function functionOf(const char* library, const char* name)
 {
     void* const loaded = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
@@ -56,9 +56,9 @@ ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp
         connect(notifier, SIGNAL(activated(int)), this, SLOT(handleSignals()));
         EndSignals::install(signalPipe[1]);
     }
-    // If the connection breaks, Qt reports this and then ends the process. The X library below Qt, or a
-    // library that Qt loads for a desktop, may notice the broken connection first. These libraries call the X
-    // library's error handler instead.
+    // Qt, the X library or another library may be the first to notice that the connection to the X server is
+    // broken. Qt prints a message, which checkDisplay() receives. The X library calls connectionBroke().
+    // Another library calls exit(), and the C library then calls processExits().
     MessageHandler::watch(checkDisplay);
     Unattended::reportThrough(MessageHandler::say);
     using Handler = int (*)(void*);
@@ -71,7 +71,7 @@ ProgramEnd::ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp
 
 ProgramEnd::~ProgramEnd()
 {
-    // The descriptors stay open, because a signal can still arrive.
+    // The signal handler may still write to the pipe, so the pipe is not closed.
     MessageHandler::watch(nullptr);
     current = nullptr;
 }
@@ -89,7 +89,7 @@ bool ProgramEnd::displayIsLost() const
 
 void ProgramEnd::checkDisplay(bool fatal)
 {
-    // If Qt sends a message while the program ends, this message must not start the end again.
+    // Ignore Qt's messages while the program ends, because they must not start the end a second time.
     if (current == nullptr || current->ending || !onGraphicalThread()) {
         return;
     }
@@ -110,9 +110,9 @@ int ProgramEnd::connectionBroke(void*)
 
 void ProgramEnd::processExits()
 {
-    // A library may end the process without a message if it loses the display. In this case, only this
-    // function notices the loss. At this time, some libraries may already be finalized. A call in a child
-    // process or on another thread is ignored, because the graphical thread of the program still runs.
+    // If another library is the first to notice that the display is lost, it may call exit() without a
+    // message. Then only this function can still clean up. Calls in child processes and on other threads are
+    // ignored, because VYRE's graphical thread still runs.
     if (current != nullptr && !current->ending && getpid() == owner && onGraphicalThread()) {
         current->displayLost();
     }
@@ -140,7 +140,7 @@ void ProgramEnd::endWithoutToolkit()
     if (goingOn) {
         Unattended::report(tr("The transaction has ended. VYRE ends."));
     }
-    // The destructors of Qt's objects need the display, so they must not run.
+    // Skip the destructors of Qt's objects, because they need the lost display.
     _exit(1);
 }
 
@@ -162,8 +162,8 @@ void ProgramEnd::handleSignals()
         return;
     }
     if (window.isChangingSystem()) {
-        // The signal arrived just before the back end began to change the system. During the change, a
-        // SignalRecorder receives the signals.
+        // The signal arrived just before the change to the system began. Signals that arrive during the
+        // change are recorded by a SignalRecorder instead.
         QTimer::singleShot(checkInterval, this, SLOT(handleSignals()));
         return;
     }

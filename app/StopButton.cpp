@@ -16,7 +16,7 @@ QString buttonText(StopRequest::State state)
         return StopButton::tr("Stopping...");
     }
     QString text = StopButton::tr("&Stop");
-    // While this button cannot be used, another button has the same Alt shortcut.
+    // A disabled "Stop" button has no shortcut, because another button then uses the same Alt shortcut.
     return state == StopRequest::State::Possible ? text : text.remove(QLatin1Char('&'));
 }
 

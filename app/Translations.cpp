@@ -24,7 +24,8 @@ QString load(QCoreApplication& app, const QString& name, QString language, const
     auto translator = std::make_unique<QTranslator>();
     const auto open = [&translator, &directories](const QString& file) {
         return std::any_of(directories.begin(), directories.end(), [&](const QString& directory) {
-            // Because the delimiters are empty, the translator does not look for shorter names itself.
+            // Empty delimiters prevent QTranslator from trying shorter file names. This function does that
+            // itself.
             return translator->load(file, directory, QLatin1String(""));
         });
     };
@@ -48,8 +49,8 @@ bool isEnglish(const QString& language)
     return QLocale(language).language() == QLocale::English;
 }
 
-// Returns whether the environment selects the untranslated texts of the sources. In this case, both VYRE and
-// the package manager ignore LANGUAGE.
+// Returns whether the locale is "C" or "POSIX", so the user gets the untranslated English texts. VYRE and the
+// package manager then both ignore LANGUAGE.
 bool isPlainWanted()
 {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {

@@ -17,7 +17,7 @@ WindowSizeKeeper::WindowSizeKeeper(const QString& name, QWidget* keptFor)
 bool WindowSizeKeeper::eventFilter(QObject* object, QEvent* event)
 {
     if (object != window || event->spontaneous()) {
-        return false; // the window system, not the program, hides or shows the window
+        return false; // the window system caused this event, for example by minimizing the window
     }
     if (event->type() == QEvent::Show) {
         const QSize remembered = Settings().value(key).toSize();

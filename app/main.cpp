@@ -39,7 +39,7 @@ int main(int argc, char** argv)
         style.set(app, QStringLiteral("Fusion"));
         QApplication::setWindowIcon(QIcon(Share::absolute(QStringLiteral("pixmaps/vyre.icon.png"))));
         application = &app;
-        // The window is never deleted. The end of the process releases its memory.
+        // The window is never deleted. The system releases its memory when the process ends.
         auto* window = new MainWindow;
         CommandLine::apply(argc, argv, *window);
         const ProgramEnd end(*window, [&runtimeDir] { runtimeDir.remove(); });

@@ -19,7 +19,8 @@
 
 namespace {
 
-// While the user holds an arrow key down, the dialog does not read the details of each row.
+// The dialog reads the details only after the current row has not changed for this time. While the user holds
+// an arrow key, it skips the rows in between.
 constexpr int describeDelay = 120; // in milliseconds
 
 } // namespace
@@ -34,7 +35,7 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     details->setReadOnly(true);
     details->setAcceptRichText(false);
     details->setTabChangesFocus(true);
-    // The tab stop is behind the longest word for an action.
+    // Set the tab stop behind the longest word for an action, so that the texts after the words are aligned.
     const int tabStop = 18 * Metrics::columnWidth(details->fontMetrics());
 #if QT_VERSION >= QT_VERSION_CHECK(5, 10, 0)
     details->setTabStopDistance(tabStop);
@@ -43,7 +44,8 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
 #endif
     details->setAccessibleName(tr("Details of the transaction"));
     list->setDetails(details);
-    // The buttons act on the current row, so no other row may stand out.
+    // The buttons act only on the current row. If several rows were selected, the user would expect an action
+    // on all of them.
     list->tableView()->setSelectionMode(QAbstractItemView::SingleSelection);
     model->setBackground(list->tableView()->palette().color(QPalette::Base));
     connect(list, SIGNAL(currentChanged(int)), this, SLOT(currentChanged()));
@@ -59,7 +61,7 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     layout->addLayout(row);
     const auto addButton = [this, row](const QString& text, const char* slot) {
         auto* button = new QPushButton(text, this);
-        button->setAutoDefault(false); // Enter is for the list and the expression field
+        button->setAutoDefault(false); // Enter acts in the list and in the expression field
         connect(button, SIGNAL(clicked()), this, slot);
         row->addWidget(button);
         return button;
@@ -70,7 +72,7 @@ HistoryDialog::HistoryDialog(YumIO* backEnd, QWidget* parent)
     row->addStretch(1);
     addButton(tr("&Close"), SLOT(reject()))->setToolTip(tr("Close the window without changing anything"));
     updateButtons();
-    // Qt limits the first size of a dialog to two thirds of the screen.
+    // Set the size explicitly, because Qt limits the first size of a dialog to two thirds of the screen.
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 
@@ -78,7 +80,7 @@ void HistoryDialog::showEvent(QShowEvent* event)
 {
     QDialog::showEvent(event);
     if (!event->spontaneous()) {
-        // The window is painted before the history is read.
+        // Read the history only after the window has been painted.
         QTimer::singleShot(0, this, SLOT(load()));
     }
 }
@@ -114,8 +116,8 @@ void HistoryDialog::load()
     if (first) {
         list->fitColumns();
     }
-    // The first row is the newest transaction. If it was added since the last call, it becomes current.
-    // Otherwise the current transaction stays current.
+    // The first row is the newest transaction. If this transaction is new since the previous call, it becomes
+    // current. Otherwise the same transaction as before stays current.
     const qint64 newest = records.isEmpty() ? 0 : records.first().number;
     const int again = newest == newestBefore ? model->rowOf(before) : -1;
     newestBefore = newest;
@@ -177,7 +179,7 @@ void HistoryDialog::updateButtons()
 {
     const int row = list->currentRow();
     const bool any = row >= 0 && fault.isEmpty();
-    // The first record is the newest transaction, regardless of the sort order of the list.
+    // Record 0 is the newest transaction, regardless of how the user sorts the list.
     const bool newest = row == 0;
     const QString tip = fault.isEmpty() ? QString() : fault;
     undoButton->setEnabled(any);
@@ -221,7 +223,7 @@ void HistoryDialog::choose(Replay kind)
 void HistoryDialog::done(int result)
 {
     if (working) {
-        // The window closes as soon as the worker has ended.
+        // The worker still runs. When it ends, the window closes with this result.
         closeResult = result;
         return;
     }
@@ -232,7 +234,7 @@ void HistoryDialog::done(int result)
 
 void HistoryDialog::keyPressEvent(QKeyEvent* event)
 {
-    // A default button would be pressed by Enter in the expression field. Therefore no button is the default.
+    // This window has no default button, because Enter in the expression field would press it.
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         event->accept();
         return;

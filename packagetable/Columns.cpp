@@ -28,8 +28,8 @@ template <auto member> QString wordFor(const Entry& record)
 
 QString version(const Entry& record)
 {
-    // " *" marks a record with more than one installed version. The chain of an updatable record begins with
-    // the update itself, which is not installed.
+    // " *" shows that more than one version is installed. `next` links the further versions. If an update is
+    // available, the first record is the update, so the installed versions begin at the second record.
     const Entry* last = record.state == Package::Updatable ? record.next : &record;
     return last != nullptr && last->next != nullptr ? record.verRel + QLatin1String(" *") : record.verRel;
 }
@@ -43,7 +43,7 @@ constexpr const char* kindPictures[Columns::mostPictures] = {"suite", "group", "
 
 // --- Numbers
 
-// All sort keys are signed numbers of 32 bits, regardless of the type of the member.
+// Sort keys of all columns have the type int, whatever the type of the member is.
 template <auto member> int keyOf(const Entry& record)
 {
     return static_cast<int>(record.*member);
@@ -56,7 +56,7 @@ template <auto member, typename Type> QVariant valueOf(const Entry& record)
 
 // --- Tool tips
 
-// The largest number of advisories in a tool tip.
+// A tool tip lists at most this number of advisories.
 constexpr int mostAdvisories = 8;
 
 QString excludedToolTip()
@@ -66,7 +66,7 @@ QString excludedToolTip()
 
 QString actionToolTip(const Entry& record, const YumIO&)
 {
-    // If a click has no effect, the tool tip must explain the reason.
+    // A click on the cell has no effect if the package is excluded. The tool tip then gives the reason.
     const bool canBeMarked = !record.isExcluded() || record.permits(Package::Update);
     return canBeMarked ? Words::explained(record.action) : excludedToolTip();
 }

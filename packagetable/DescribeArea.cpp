@@ -38,8 +38,8 @@ enum GridColumn { LabelColumn, ValueColumn, OverflowColumn, GridColumnCount };
 
 } // namespace
 
-// The widget that contains the pairs. Its size hint is wide enough for the widest value, up to a maximum, so
-// that no line is wrapped unnecessarily.
+// The widget that contains the labels and values. Its size hint is wide enough for the widest value without
+// wrapped lines, but never wider than `widest`.
 class Area::Pairs : public QWidget
 {
 public:
@@ -49,8 +49,8 @@ public:
         return QSize(width, layout()->heightForWidth(width));
     }
 
-    int wholeLines = 0; // the width without wrapped lines
-    int widest = 0;     // the largest possible width
+    int wholeLines = 0; // the width at which no line is wrapped
+    int widest = 0;     // the upper limit of the width
 };
 
 class Area::Busy
@@ -82,7 +82,7 @@ Area::Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Pa
     Fields::forEachUntil(owner | (primary ? Fields::Described : Fields::InShortDescription),
                          [this](Fields::Field field) {
                              addField(field);
-                             return false; // continue with the next field
+                             return false; // go on to the next field
                          });
     grid->setRowStretch(nextRow, 1);
     updateButtons();
@@ -90,8 +90,8 @@ Area::Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Pa
 
     scrollArea->setWidgetResizable(true);
     scrollArea->setWidget(inner);
-    // The primary area always shows at least a few rows, and the other areas show all rows. On a small
-    // screen, the dialog scrolls the areas.
+    // If the screen is too small for all areas, the dialog scrolls. The primary area always keeps a minimum
+    // number of visible lines, and the other areas keep their whole height.
     const int all = scrollArea->sizeHint().height();
     scrollArea->setMinimumHeight(primary ? qMin(fewestRows * scrollArea->fontMetrics().height(), all) : all);
     layout->addWidget(scrollArea, primary ? 1 : 0);
@@ -144,7 +144,8 @@ QLabel* Area::makeValue(const QString& value)
     auto* label = new PlainLabel(value, inner);
     valueWidth = qMax(valueWidth, label->sizeHint().width());
     label->setWordWrap(true);
-    // The text can be selected only with the mouse. Otherwise the Tab key would stop at each value.
+    // Permit selection with the mouse only. If the keyboard could select too, the Tab key would stop at each
+    // value.
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setAlignment(Qt::AlignLeft | Qt::AlignTop);
     values.append(label);
@@ -198,13 +199,14 @@ QPushButton* Area::addPairButton(int& row, QString label, QString value, QString
 void Area::layOut()
 {
     const int before = labelWidth + grid->horizontalSpacing();
-    // The width includes one more letter, because some styles have a gap beside scroll bars.
+    // Add the width of one letter, because some styles leave a gap next to scroll bars.
     inner->wholeLines = before + valueWidth + Metrics::columnWidth(scrollArea->fontMetrics());
     inner->widest = columns * Metrics::columnWidth(scrollArea->fontMetrics()) -
                     scrollArea->verticalScrollBar()->sizeHint().width();
 
-    // If a word is wider than the area, such as a long name, the area scrolls sideways. The other values stay
-    // within the visible width.
+    // A single word, such as a long name, may be wider than the area. Then only this value extends beyond the
+    // visible width, and the area scrolls horizontally. All other values are wrapped within the visible
+    // width.
     const auto wider = [](const QWidget* one, const QWidget* other) {
         return one->minimumSizeHint().width() < other->minimumSizeHint().width();
     };
@@ -241,7 +243,7 @@ void Area::updateButtons()
 void Area::updateButton(Button& button, bool loaded)
 {
     if (button.button != nullptr) {
-        // The data of an installed package are on this system, and need not be loaded.
+        // The data of an installed package are in the local package database, so nothing must be loaded.
         const bool mustLoad = entry->state != Package::Installed && !loaded;
         button.button->setText(mustLoad ? tr("%1 (must load extra data)").arg(button.label) : button.label);
     }

@@ -56,7 +56,7 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     whole->addWidget(name);
     whole->addWidget(new HSeparator);
 
-    // If many versions are installed, the areas together are higher than any screen.
+    // If many versions are installed, all areas together are higher than the screen, so the dialog scrolls.
     auto* scrolled = new HScrollArea;
     scrolled->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
     scrolled->setWidgetResizable(true);
@@ -73,14 +73,14 @@ void Dialog::config(YumIO* yumIO, const Package::Entry& entry, YumConfIO* yumCon
     whole->addWidget(scrolled, 1);
     top->addWidget(content);
     closeButton->setFocus();
-    layout()->activate(); // without this call, the size hint would fit the previous content
+    layout()->activate(); // updates the size hint for the new content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 
 void Dialog::keyPressEvent(QKeyEvent* event)
 {
-    // The focus is on a button at first, but the user wants to read. The outermost text that does not fit
-    // scrolls.
+    // A button has the focus, but the keys that scroll must act on the text. They scroll the outermost area
+    // that is not wholly visible.
     for (HScrollArea* area : findChildren<HScrollArea*>()) {
         if (area->verticalScrollBar()->maximum() > 0 && area->scrollByKey(event)) {
             return;
@@ -109,8 +109,8 @@ void Dialog::setReady(bool isReady)
     }
     if (ready && closing) {
         closing = false;
-        // The dialog deletes its areas when it closes. Before that, the waiting function of an area must
-        // return.
+        // reject() deletes the areas. A function of an area is still waiting on the stack, so reject() is
+        // called later, after that function has returned.
         QTimer::singleShot(0, this, SLOT(reject()));
     }
 }

@@ -36,7 +36,7 @@ RepoDialog::RepoDialog(YumIO* backEnd, QWidget* parent)
     browseButton->setToolTip(
         tr("Browse the first URL specified for the selected repository using an external web browser"));
     browseButton->setAutoDefault(false);
-    // Some styles leave no space between a long label and the border of the button.
+    // Widen the button, because some styles leave no space between a long label and the border.
     browseButton->setMinimumWidth(browseButton->sizeHint().width() +
                                   2 * Metrics::columnWidth(browseButton->fontMetrics()));
     buttons->addWidget(browseButton);
@@ -75,14 +75,14 @@ void RepoDialog::config(const Repo::Entry& repository)
     addPair(row, tr("URLs"), mask.masked(repo.baseurl, passwordCharacter));
     addPair(row, tr("Mirror list URL"), mask.masked(repo.mirrorlist, passwordCharacter));
     grid->setRowStretch(row, 1);
-    // The repository may have dozens of mirrors.
+    // Scroll the values, because a repository may have dozens of mirrors.
     auto* scrolled = new HScrollArea(80, 24, nullptr);
     scrolled->setFrameStyle(QFrame::Plain | QFrame::NoFrame);
     scrolled->setWidgetResizable(true);
     scrolled->setWidget(pairs);
     column->addWidget(scrolled, 1);
     top->addWidget(content);
-    layout()->activate(); // without this call, the size hint would fit the previous content
+    layout()->activate(); // updates the size hint for the new content
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }
 
@@ -93,7 +93,7 @@ void RepoDialog::addPair(int& row, QString label, QString value)
     }
     auto* left = new PlainLabel(label, pairs);
     auto* right = new PlainLabel(value, pairs);
-    // The label has no word wrap, so each URL is on one line.
+    // Do not wrap words: each URL has a line of its own.
     right->setTextInteractionFlags(Qt::TextSelectableByMouse);
     grid->addWidget(left, row, 0, Qt::AlignLeft | Qt::AlignTop);
     grid->addWidget(right, row, 1, Qt::AlignLeft | Qt::AlignTop);

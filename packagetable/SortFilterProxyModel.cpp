@@ -15,7 +15,8 @@ namespace PackageTable {
 
 namespace {
 
-// Converts the first four characters of a string to a number. The numbers have the same order as the strings.
+// Converts the first four characters of a string to a number. Comparing two such numbers gives the same order
+// as comparing the strings.
 quint64 beginning(const QString& text)
 {
     quint64 number = 0;
@@ -35,7 +36,7 @@ SortFilterProxyModel::SortFilterProxyModel(StateFilter state, bool withDups, boo
       sortedIn(Qt::AscendingOrder), sortPauses(0), sortWanted(false), mapped(false), mapping(false)
 {
     idle.setSingleShot(true);
-    idle.setInterval(100); // so that the table is drawn first
+    idle.setInterval(100); // the table is painted before this timer fires
     connect(&idle, SIGNAL(timeout()), this, SLOT(prepareTexts()));
 }
 
@@ -44,13 +45,13 @@ void SortFilterProxyModel::setSourceModel(HAbstractTableModel* model)
     if (source != nullptr) {
         disconnect(source, nullptr, this, nullptr);
     }
-    // The source must change before the base class notifies the views, because the views then read from the
-    // new model.
+    // Set `source` first: setSourceModel() notifies the views, which then read from the new model.
     source = model;
     dropMap();
     HSortFilterProxyModel::setSourceModel(model);
     if (source != nullptr) {
-        // Without this call, the base class would follow changes to the source with its own map.
+        // Disconnect the base class from the source model. Otherwise the base class would update its own map
+        // after each change.
         disconnect(source, nullptr, this, nullptr);
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(sourceAboutToBeReset()));
         connect(source, SIGNAL(modelAboutToBeReset()), this, SLOT(clearCache()));
@@ -111,7 +112,7 @@ void SortFilterProxyModel::setFilterRegExp(const QString& text)
         clearCache();
     }
     expression = changed;
-    refilter(); // decides again about every record
+    refilter(); // filters every record again
 }
 
 void SortFilterProxyModel::setUpdateListed()
@@ -125,7 +126,7 @@ void SortFilterProxyModel::setUpdateListed()
             Q_EMIT dataChanged(listed, listed);
         }
     }
-    // The rows keep their positions until the table is filtered or sorted again.
+    // Do not sort or filter now: rows move only when the user sorts or filters again.
     keys[ActionColumn].clear();
     if (sortedBy == ActionColumn) {
         order.clear();
@@ -151,7 +152,7 @@ void SortFilterProxyModel::sourceAboutToBeReset()
 
 void SortFilterProxyModel::sourceReset()
 {
-    // A view may have built a map while the records changed. That map is invalid.
+    // Drop a map that a view may have built while the records changed, because this map is invalid.
     dropMap();
     endResetModel();
 }
@@ -229,8 +230,8 @@ void SortFilterProxyModel::refilter()
 
 void SortFilterProxyModel::map() const
 {
-    // Reading a field may open a message box. If a view is painted during this time, it calls this function
-    // again.
+    // Reading a field may open a message box, which processes paint events. Painting the table calls this
+    // function again.
     if (mapped || mapping) {
         return;
     }
@@ -312,7 +313,7 @@ QVariant SortFilterProxyModel::data(const QModelIndex& listed, int role) const
 QVariant SortFilterProxyModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (source == nullptr || orientation == Qt::Vertical) {
-        // This call skips the base class, whose function uses the base class's map.
+        // Do not call the base class: its function would use its own map.
         // NOLINTNEXTLINE(bugprone-parent-virtual-call)
         return QAbstractItemModel::headerData(section, orientation, role);
     }
@@ -374,7 +375,8 @@ void SortFilterProxyModel::sort(int column, Qt::SortOrder newOrder)
 
 // --- The order
 
-// Returns the rank of each source row's text among the different texts of the column.
+// Returns a rank for each source row: the position of the row's text in the sorted list of the column's
+// different texts.
 std::vector<int> SortFilterProxyModel::ranksOf(int column) const
 {
     struct Text
@@ -412,8 +414,8 @@ std::vector<int> SortFilterProxyModel::ranksOf(int column) const
     return numberOf;
 }
 
-// Returns a number for each source row. The numbers are in the order of the column. For equal cells, they are
-// in the order of the names.
+// Returns the sort key of each source row for a column. If two cells are equal, the name of the package
+// decides.
 const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
 {
     const size_t rows = static_cast<size_t>(sourceRows());
@@ -428,7 +430,7 @@ const std::vector<qint64>& SortFilterProxyModel::sortKeys(int column) const
     std::vector<int> ranks;
     const auto number = Columns::row(column).sortKey;
     if (number == nullptr && column != NameColumn) {
-        ranks = ranksOf(column); // without a sort key, the texts determine the order
+        ranks = ranksOf(column); // a column without a sort key is sorted by its texts
     }
     for (size_t row = 0; row < rows; ++row) {
         const qint64 first = number != nullptr ? number(*(*yumIO)[static_cast<int>(row)])
@@ -465,7 +467,7 @@ bool SortFilterProxyModel::filterAcceptsRow(int row, const QModelIndex& parent) 
     }
     if (verdicts[static_cast<size_t>(row)] == Unknown) {
         const bool accepted = acceptRow((*yumIO)[row], row, parent);
-        // While a field was read, the list may have been rebuilt.
+        // The list may have been rebuilt while acceptRow() read a field. Then this row may no longer exist.
         if (static_cast<size_t>(row) < verdicts.size()) {
             verdicts[static_cast<size_t>(row)] = accepted ? Accepted : Rejected;
         }
@@ -535,7 +537,7 @@ bool SortFilterProxyModel::acceptRow(Package::Entry* entry, int row, const QMode
     return pattern.matches(visible.constData() + visibleFrom[static_cast<size_t>(row)]);
 }
 
-// Joins the non-empty texts of each row, with blanks between them.
+// Joins the visible texts of each row, separated by blanks. Skips empty texts.
 void SortFilterProxyModel::makeTexts() const
 {
     const int rows = yumIO->count();

@@ -32,7 +32,7 @@ TableStatus::TableStatus(Model* packages, SortFilterProxyModel* listedRows, View
     connect(model, SIGNAL(modelReset()), this, SLOT(recordsChanged()));
     connect(model, SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)), this,
             SLOT(cellsChanged(const QModelIndex&, const QModelIndex&)));
-    // The proxy itself marks the listed updates, and only the proxy reports these marks.
+    // Also listen to the proxy: when the proxy marks all listed updates, only the proxy reports the changes.
     connect(proxy, SIGNAL(dataChanged(const QModelIndex&, const QModelIndex&)), this,
             SLOT(cellsChanged(const QModelIndex&, const QModelIndex&)));
     connect(proxy, SIGNAL(modelReset()), this, SLOT(updateLater()));
@@ -87,7 +87,7 @@ void TableStatus::countMarks()
 QString TableStatus::text() const
 {
     int selected = 0;
-    // In this view, a selection consists of whole rows.
+    // The view selects only whole rows, so the height of a range is its number of rows.
     for (const QItemSelectionRange& range : view->selectionModel()->selection()) {
         selected += range.height();
     }

@@ -24,14 +24,13 @@
 
 namespace PackageTable {
 
-// Estimates the width of a text by adding the widths of pairs of characters. This estimate is much faster
-// than a measurement of the whole text. The sum may be slightly wrong if a font combines three or more
-// characters.
+// Estimates the width of a text from the widths of pairs of characters. An estimate is much faster than
+// measuring the text. It may be slightly wrong if a font combines three or more characters.
 class View::WidthEstimate
 {
 public:
-    // The result for a text with characters beyond printable ASCII. Other scripts are not drawn letter by
-    // letter, so no estimate is possible.
+    // The estimate for a text with a character that is not printable ASCII. For example, Arabic letters
+    // change their widths inside a word, so adding widths gives no useful result.
     static constexpr qreal unknown = 1e9;
 
     explicit WidthEstimate(const QFont& itsFont)
@@ -71,7 +70,7 @@ private:
         return known;
     }
 
-    // Returns the width that a letter adds to a text that ends with the letter `before`.
+    // Returns by how much the letter `code` widens a text that ends with the letter `before`.
     qreal advance(int before, int code)
     {
         qreal& known = advances[static_cast<size_t>(before) * count + static_cast<size_t>(code)];
@@ -92,8 +91,8 @@ private:
 
     QFont font;
     QFontMetricsF metrics;
-    std::vector<qreal> widths;   // by character; each width is measured at its first use
-    std::vector<qreal> advances; // by pair of characters; also measured at first use
+    std::vector<qreal> widths;   // by character; measured at its first use
+    std::vector<qreal> advances; // by pair of characters; measured at its first use
 };
 
 View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
@@ -106,7 +105,7 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setAlternatingRowColors(true);
     setContextMenuPolicy(Qt::CustomContextMenu);
-    setTabKeyNavigation(false); // the Tab key must not go through every cell
+    setTabKeyNavigation(false); // otherwise the Tab key would stop at each cell
     verticalHeader()->hide();
     setOneLineRows();
     adaptColors();
@@ -115,14 +114,14 @@ View::View(Model* packages, SortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSectionsMovable(true);
     header->setSectionsClickable(true);
     header->setHighlightSections(false);
-    // Without this setting, a right click on the header reaches the view as a click on the row at the same
-    // height.
+    // Let the header handle right clicks. Otherwise a right click on the header would reach the view, as if
+    // the user had clicked the row at the same height.
     header->setContextMenuPolicy(Qt::PreventContextMenu);
     setHorizontalHeader(header);
-    header->setSortIndicatorShown(true); // setHorizontalHeader() has reset this
+    header->setSortIndicatorShown(true); // setHorizontalHeader() has cleared this setting
 
     sortByColumn(KindColumn, Qt::AscendingOrder);
-    // The key column has no effect on the filter: an expression is always matched against every column.
+    // The proxy ignores this column: it matches an expression against every column.
     proxy->setFilterKeyColumn(KindColumn);
 
     connect(header, SIGNAL(sectionClicked(int)), this, SLOT(handleHorizontalHeaderClicked(int)));
@@ -208,7 +207,8 @@ int View::contentsWidthForColumn(int column) const
         return width;
     }
     // Only the texts with the largest estimates are measured. If several texts have the same estimate and the
-    // same last letter, only one of them is measured. The last letter matters, because it may overhang.
+    // same last letter, one of them is enough. The last letter is compared because its right edge may extend
+    // beyond its width.
     if (widthEstimate == nullptr || widthEstimate->usedFont() != option.font) {
         widthEstimate = std::make_unique<WidthEstimate>(option.font);
     }
@@ -222,7 +222,7 @@ int View::contentsWidthForColumn(int column) const
             widest = qMax(widest, estimated);
         }
     }
-    // The maximum difference between the width of a text and its estimate.
+    // The real width of a text differs from its estimate by at most this margin.
     const qreal margin = QFontMetricsF(option.font).averageCharWidth();
     QSet<qint64> measuredLooks;
     QSet<QString> measuredTexts;
@@ -250,7 +250,7 @@ int View::contentsWidthForColumn(int column) const
 void View::reset()
 {
     HTableView::reset();
-    // If the model was reset, no row is current, but the selection model has emitted no signal.
+    // A reset clears the current row, but the selection model emits no signal for it. Emit the signal here.
     if (currentRow != -1) {
         const int previousRow = currentRow;
         currentRow = -1;
@@ -311,8 +311,8 @@ void View::mousePressEvent(QMouseEvent* event)
         pressedAt = event->pos();
         const QModelIndex record = proxy->mapToSource(index);
         if (quick && pressedRecord.isValid() && pressedRecord != record) {
-            // The click before has moved its row, because the rows are sorted by their actions. The user
-            // means that row, not the one that has come under the pointer.
+            // The previous click changed the row's action. The table is sorted by action, so the row has
+            // moved, and another row is now under the pointer. The user still means the row that moved.
             handleActivated(proxy->mapFromSource(pressedRecord));
             pressIsHandled = true;
             return;
@@ -325,8 +325,8 @@ void View::mousePressEvent(QMouseEvent* event)
 
 void View::mouseReleaseEvent(QMouseEvent* event)
 {
-    // The base class would count the release as a click if the row of an earlier press is under the pointer
-    // again.
+    // Skip the base class after a handled press. It compares the row under the pointer with the row of an
+    // earlier press, and could emit clicked().
     if (!pressIsHandled) {
         HTableView::mouseReleaseEvent(event);
     }
@@ -337,7 +337,8 @@ void View::mouseDoubleClickEvent(QMouseEvent* event)
 {
     const QModelIndex index = indexAt(event->pos());
     if (index.column() == ActionColumn) {
-        // Each click counts here. If the user double-clicks, the base class would report no second click.
+        // Treat a double click as another single click, because each click must change the action. The base
+        // class would not emit clicked() for it.
         QMouseEvent press(QEvent::MouseButtonPress, event->localPos(), event->windowPos(), event->screenPos(),
                           event->button(), event->buttons(), event->modifiers(), event->source());
         mousePressEvent(&press);
@@ -354,8 +355,8 @@ void View::focusInEvent(QFocusEvent* event)
     const bool hadCurrent = currentIndex().isValid();
     HTableView::focusInEvent(event);
     if (!hadCurrent && currentIndex().isValid()) {
-        // The base class makes the first row current without selecting it. Space or Enter would then act on a
-        // row that does not look selected.
+        // The base class has made the first row current without selecting it. Undo that, because Space or
+        // Enter would act on a row that does not look selected.
         selectionModel()->clearCurrentIndex();
     }
 }
@@ -392,8 +393,8 @@ void View::currentChanged(const QModelIndex& current, const QModelIndex& previou
 
 void View::adaptColors()
 {
-    // The model needs the lighter of the two row backgrounds: on two dark backgrounds, coloured texts are
-    // harder to read on the lighter one.
+    // Pass the lighter of the two alternating row backgrounds to the model. If both backgrounds are dark,
+    // light text has less contrast on the lighter one. Text that is readable there is readable on both.
     const QColor base = palette().color(QPalette::Base);
     const QColor alternate = palette().color(QPalette::AlternateBase);
     model->setBackground(alternate.lightness() > base.lightness() ? alternate : base);

@@ -17,8 +17,8 @@ namespace {
 constexpr size_t errorSize = 1024;
 constexpr size_t scriptSize = 10240;
 
-// Takes the pending exception from the interpreter, normalises it and adds its traceback. restore() makes the
-// exception pending again.
+// Takes the pending exception from the interpreter, normalises the exception and adds its traceback.
+// restore() makes the exception pending again.
 class TakenException
 {
 public:
@@ -61,7 +61,8 @@ public:
 #endif
     }
 
-    // Returns the text that display() prints, in UTF-8: a bytes object, or an empty reference.
+    // Returns the text that display() prints, as a bytes object in UTF-8. On failure, returns an empty
+    // reference.
     PyRef text() const
     {
         const PyRef module(PyImport_ImportModule("traceback"));
@@ -77,7 +78,7 @@ public:
         return bytes;
     }
 
-    // Makes the exception pending again. It replaces any other pending exception.
+    // Makes the taken exception pending again, instead of any exception that is pending now.
     void restore()
     {
 #if PY_VERSION_HEX >= 0x030C0000
@@ -98,10 +99,10 @@ private:
     PyObject* value = nullptr;
 };
 
-// Starts the distribution's interpreter, whose site packages contain the package manager. PYTHONHOME,
-// PYTHONPATH, the user's own site packages and another python in PATH have no effect. Texts and file names
-// are UTF-8 in every locale, because packages use UTF-8. Like Py_Initialize(), this function ends the process
-// on failure.
+// Starts the distribution's interpreter, because its site-packages directory contains the package manager.
+// PYTHONHOME, PYTHONPATH, the user's own site-packages and another python in PATH have no effect. Texts and
+// file names are UTF-8 in every locale, because packages use UTF-8. If the start fails, this function ends
+// the process, as Py_Initialize() does.
 void startInterpreter()
 {
 #if PY_VERSION_HEX >= 0x03080000
@@ -109,7 +110,7 @@ void startInterpreter()
     PyPreConfig_InitIsolatedConfig(&before);
     before.utf8_mode = 1;
 #ifdef __SANITIZE_ADDRESS__
-    // The sanitizer would not see memory errors in objects from the interpreter's own allocator.
+    // Use malloc(): the sanitizer cannot see memory errors inside the interpreter's own allocator.
     before.allocator = PYMEM_ALLOCATOR_MALLOC;
 #endif
     PyStatus status = Py_PreInitialize(&before);
@@ -179,7 +180,8 @@ bool Python::initialize()
         error("Internal error: cannot find python __main__ module\n");
         return false;
     }
-    // The interpreter's table of modules keeps the module and its dictionary alive.
+    // The borrowed reference to the dictionary stays valid, because the interpreter's table of modules owns
+    // the module.
     main_dict = PyModule_GetDict(main.get());
     if (main_dict == nullptr) {
         PyErr_Clear();
@@ -329,7 +331,7 @@ PyObject* Python::pyCall(const char* name, const char* format, ...)
 
 PyObject* Python::pyVCall(const char* name, const char* format, va_list args)
 {
-    // The call may bind the name to another object, so this function holds a reference to the callable.
+    // Own a reference during the call, because the called code may bind the name to another object.
     const PyRef callable = PyRef::borrow(pyLookup(name, false));
     if (!callable) {
         internalError("Internal error: %s not found\n", name);
@@ -373,7 +375,7 @@ PyObject* Python::pyVMethodCall(PyObject* self, const char* method, const char* 
 PyObject* Python::call(PyObject* callable, const char* format, va_list args)
 {
     const PyRef arguments(Py_VaBuildValue(format, args));
-    // If the tuple were NULL, PyObject_CallObject() would call the object without arguments.
+    // Do not call PyObject_CallObject() with NULL: it would call the object without arguments.
     PyObject* result = arguments ? PyObject_CallObject(callable, arguments.get()) : nullptr;
     if (result == nullptr && PyErr_Occurred() != nullptr) {
         handleException();
@@ -393,7 +395,8 @@ PyObject* Python::pyLookup(const char* dotted, bool quiet)
             found = itemOf(main_dict, piece.c_str());
             if (found == nullptr) {
                 PyErr_Clear();
-                // The interpreter's table of modules keeps the module alive.
+                // The borrowed pointer stays valid, because the interpreter's table of modules owns the
+                // module.
                 found = PyRef(PyImport_ImportModule(piece.c_str())).get();
             }
         } else {
@@ -425,8 +428,8 @@ PyObject* Python::pyLookup(const char* dotted, bool quiet)
     return current;
 }
 
-// Returns the dictionary of a module, or the object with this name if it is not a module. The reference is
-// borrowed. On failure, reports this and returns NULL.
+// If `module` names a module, returns its dictionary. If it names another object, returns this object. The
+// reference is borrowed. On failure, reports the error and returns NULL.
 PyObject* Python::namespaceOf(const char* module)
 {
     PyObject* found = pyLookup(module, true);
@@ -493,8 +496,8 @@ long Python::pyVersion()
     return number;
 }
 
-// Returns a bytes object. If the object cannot be encoded, handles the exception and returns an empty
-// reference.
+// Encodes a Python string in UTF-8 as a bytes object. If this fails, handles the exception and returns an
+// empty reference.
 PyRef Python::encode(PyObject* object)
 {
     PyRef bytes(PyUnicode_AsEncodedString(object, "utf-8", "strict"));
@@ -568,7 +571,7 @@ void Python::setEnablePythonSIGINTHandler(bool enable)
               : "signal.signal(signal.SIGINT, signal.SIG_DFL)");
 }
 
-// Calls error() with the formatted text, truncated to the size of the buffer.
+// Formats the message, truncates it to the size of the buffer, and calls error() with it.
 void Python::internalError(const char* format, ...)
 {
     char text[errorSize];

@@ -58,8 +58,8 @@ PyModuleDef definition = {
     PyModuleDef_HEAD_INIT, moduleName, nullptr, sizeof(State), methods, nullptr, nullptr, nullptr, nullptr,
 };
 
-// Returns a borrowed reference to the imported module, or NULL. The interpreter stores the module, so the
-// result is NULL after the interpreter has ended.
+// Returns a borrowed reference to the imported module. Returns NULL if the script has not imported the
+// module, or if the interpreter has ended.
 PyObject* existingModule()
 {
     return PyState_FindModule(&definition);
@@ -121,6 +121,6 @@ int YumIOC::initialize(YumIOCTarget* yumIO)
     if (registered()) {
         return 0;
     }
-    // The table of built-in modules cannot be extended while the interpreter runs.
+    // Built-in modules must be added before the interpreter starts.
     return Py_IsInitialized() != 0 ? -1 : PyImport_AppendInittab(moduleName, &PyInit_yumIOC);
 }

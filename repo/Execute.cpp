@@ -32,8 +32,8 @@ void keep(int& kept, int fd)
     }
 }
 
-// --- Code of the child processes. At fork() other threads may have held any lock, so this code uses system
-// calls only.
+// --- Functions for the child processes. When fork() copied the process, another thread may have held a lock
+// of the C library. This code could wait for that lock for ever, so it uses system calls only.
 
 void report(const char* format, const char* program, int failure)
 {
@@ -42,7 +42,7 @@ void report(const char* format, const char* program, int failure)
         program != nullptr
             ? snprintf(text, sizeof text, format, program, unsigned(failure), strerror(failure))
             : snprintf(text, sizeof text, format, unsigned(failure), strerror(failure));
-    // A failure of this write cannot be reported.
+    // If this write fails, nothing else can report the failure.
     if (write(STDERR_FILENO, text, std::min(static_cast<size_t>(length), sizeof text - 1)) < 0) {
         return;
     }
@@ -64,7 +64,8 @@ void restoreSignals()
     memset(&byDefault, 0, sizeof byDefault);
     byDefault.sa_handler = SIG_DFL;
     for (int number = 1; number <= SIGRTMAX; ++number) {
-        sigaction(number, &byDefault, nullptr); // fails for SIGKILL and SIGSTOP, whose actions cannot change
+        // Fails for SIGKILL and SIGSTOP, whose actions are always the default.
+        sigaction(number, &byDefault, nullptr);
     }
     sigset_t none;
     sigemptyset(&none);
@@ -79,8 +80,8 @@ void closeDescriptors()
         return;
     }
 #endif
-    // Older systems lack close_range(). The limit for descriptors may be 1,000,000,000, so only a part of
-    // this range is closed.
+    // Systems without close_range(): close the descriptors one by one. The limit can be 1,000,000,000, which
+    // would take too long, so only the first 65,536 are closed.
     rlimit limit{};
     const rlim_t most = 65536;
     const rlim_t end = getrlimit(RLIMIT_NOFILE, &limit) == 0 ? std::min(limit.rlim_cur, most) : most;
@@ -92,7 +93,7 @@ void closeDescriptors()
 [[noreturn]] void runChild(char* const* argv)
 {
     restoreOutput();
-    setsid(); // key presses in our terminal must not send signals to the program
+    setsid(); // Ctrl+C in our terminal must not stop the program
     const pid_t grandchild = fork();
     if (grandchild < 0) {
         report("second fork() failed; errno = %u (%s)\n", nullptr, errno);
@@ -118,7 +119,7 @@ void Execute::keepOutput()
 
 void Execute::execute(QWidget* parent, char* const* argv)
 {
-    // No signal handler of this process may run in the child.
+    // Block all signals during fork(), because a signal handler of this process must not run in the child.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);

@@ -118,7 +118,8 @@ void show(QLineEdit* edit, const QString& masked)
     edit->setText(masked);
 }
 
-// Replaces only the part of the text that differs, so that the view does not scroll.
+// Shows the masked text. Replaces only the part that differs, because replacing the whole text would scroll
+// the view.
 void show(QTextEdit* edit, const QString& masked)
 {
     replace(edit, Difference(text(edit), masked), masked);
@@ -205,7 +206,7 @@ void insert(QLineEdit* edit, const QString& piece)
 
 void insert(QTextEdit* edit, const QString& piece)
 {
-    // If the pasted text is empty, the selected text must be kept.
+    // Inserting an empty text would delete the selected text.
     if (!piece.isEmpty()) {
         edit->insertPlainText(piece);
     }
@@ -221,7 +222,7 @@ void removeSelected(QTextEdit* edit)
     edit->textCursor().removeSelectedText();
 }
 
-// A movement of the cursor makes a QLineEdit start a new undo step.
+// Moves the cursor, because QLineEdit then starts a new undo step.
 void separateUndo(QLineEdit* edit)
 {
     const int position = edit->cursorPosition();
@@ -229,7 +230,7 @@ void separateUndo(QLineEdit* edit)
     edit->setCursorPosition(position);
 }
 
-// A QTextEdit starts a new undo step automatically, so this function does nothing.
+// Does nothing, because QTextEdit starts a new undo step itself.
 void separateUndo(QTextEdit*) {}
 
 } // namespace PasswdInner

@@ -93,8 +93,8 @@ bool PasswdMask::hides(const QString& text, int position) const
     if (wholeText.isEmpty() && everywhere.isEmpty()) {
         return false;
     }
-    // An expression does not find the position of an empty password. Therefore this function inserts a
-    // character.
+    // The expression for passwords does not match an empty password. Insert one character, and check whether
+    // it is masked.
     const QChar inserted = QLatin1Char('x');
     const QChar character = QLatin1Char('*');
     return mask(QString(text).insert(position, inserted), character).at(position) == character;

@@ -25,7 +25,7 @@ PasswdTextEdit::PasswdTextEdit(const PasswdMask& initialMask, int columnCount, i
 {
     mask = initialMask;
     setAcceptRichText(false);
-    // The hidden edit performs undo and redo.
+    // The hidden edit stores the real text and its undo steps, so this edit needs none.
     setUndoRedoEnabled(false);
     connect(inner, SIGNAL(textChanged()), this, SLOT(handleInnerTextChanged()));
     connect(this, SIGNAL(textChanged()), this, SLOT(handleOwnTextChanged()));
@@ -65,7 +65,8 @@ void PasswdTextEdit::insertFromMimeData(const QMimeData* source)
 
 void PasswdTextEdit::mousePressEvent(QMouseEvent* event)
 {
-    // Without this code, a press on the selection would start a drag.
+    // Clear the selection before QTextEdit sees a press inside the selection. Otherwise QTextEdit would start
+    // to drag the selected text.
     const QTextCursor pressed = cursorForPosition(event->pos());
     const QTextCursor cursor = textCursor();
     if (event->button() == Qt::LeftButton && !(event->modifiers() & Qt::ShiftModifier) &&

@@ -13,8 +13,8 @@ QString exact(const QTextDocument* document)
         switch (character.unicode()) {
         case QChar::ParagraphSeparator:
         case QChar::LineSeparator:
-        case 0xfdd0: // the beginning of a frame
-        case 0xfdd1: // the end of a frame
+        case 0xfdd0: // Qt's mark for the beginning of a frame
+        case 0xfdd1: // Qt's mark for the end of a frame
             character = QLatin1Char('\n');
             break;
         default:

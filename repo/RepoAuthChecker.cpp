@@ -13,7 +13,7 @@ namespace RepoAuth {
 
 namespace {
 
-// Returns false if the repository has no fields for credentials.
+// Finds the user name and password of a repository. Returns false if its URLs have no place for them.
 bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 {
     QString nameKey;
@@ -26,7 +26,8 @@ bool findAuth(const Repo::Entry& entry, Checker::Auth& auth)
 Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(false)
 {
     if (!yumConfIO->read(parent)) {
-        // A write would remove the files that were not read.
+        // Stop here: if the configuration was read only in part, a later write would remove the files that
+        // were not read.
         return;
     }
     bool hasAuthForAll = false;
@@ -85,8 +86,8 @@ Checker::Checker(QWidget* parent, YumConfIO* yumConfIO) : quit(false), changed(f
     }
 }
 
-// Writes the credentials to the files. If other programs have changed the files and the user agrees, reads
-// the files and writes again.
+// Writes the credentials to the configuration files. If another program has changed the files and the user
+// agrees, reads the files again and repeats the write.
 void Checker::write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, Auth>& given)
 {
     while (!yumConfIO->write(parent) && yumConfIO->readAgainWanted && yumConfIO->read(parent)) {
@@ -102,12 +103,12 @@ void Checker::write(QWidget* parent, YumConfIO* yumConfIO, const QHash<QString, 
 
 Checker::~Checker()
 {
-    // The parent may have been deleted, and the dialog with it.
+    // The dialog's parent may have been deleted, and has then deleted the dialog too. `dialog` is then null.
     delete dialog;
 }
 
-// Returns the host of a repository: the host in its URLs. If these have no host, returns the host in its
-// mirror list URL.
+// Returns the host in the repository's URLs. If the URLs have no host, returns the host in its mirror list
+// URL.
 QString Checker::hostOf(const Repo::Entry& entry)
 {
     const QString host = URL::getHost(entry.baseurl);

@@ -54,7 +54,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
     heading->setAlignment(Qt::AlignCenter);
     layout->addWidget(heading);
 
-    // A repository may have many URLs, or long URLs.
+    // Scroll the URLs, because a repository may have many or long URLs.
     area = new HScrollArea(90, 12, this);
     area->setFrameShape(QFrame::NoFrame);
     area->setWidgetResizable(true);
@@ -88,13 +88,13 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
     fields->addWidget(passwordField, 1, 1);
     for (QLabel* label : {authNameLabel, passwordLabel}) {
         label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-        // The keys in a URL may have any length.
+        // Limit the width of the label: it shows a key from the URL, which may have any length.
         label->setMaximumWidth(30 * label->fontMetrics().averageCharWidth());
     }
     layout->addLayout(fields);
     fileLabel = makeLabel();
     fileLabel->setWordWrap(true);
-    // A long path must not widen the window.
+    // Ignore the width of the path, because a long path would widen the window.
     fileLabel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     layout->addWidget(fileLabel);
     layout->addWidget(new HSeparator(this));
@@ -107,7 +107,7 @@ Dialog::Dialog(QWidget* parent) : QDialog(parent), entry(nullptr)
 void Dialog::addButton(QBoxLayout* row, const QString& text, const char* slot)
 {
     auto* button = new QPushButton(text, this);
-    // Some styles leave no space between a long label and the border of the button.
+    // Widen the button, because some styles leave no space between a long label and the border.
     button->setMinimumWidth(button->sizeHint().width() + 2 * button->fontMetrics().averageCharWidth());
     connect(button, SIGNAL(clicked()), this, slot);
     row->addWidget(button);
@@ -166,8 +166,8 @@ int Dialog::exec(Repo::Entry* asked)
             .arg(entry->file));
 
     setButtonsEnabled(true);
-    // If a button gets the focus, it becomes the default button. For the next repository, the last button
-    // must be the default again.
+    // A button that gets the focus becomes the default button. Make the last button the default again for
+    // each repository.
     buttons.last()->setDefault(true);
     authNameField->setFocus();
     setResult(SkipAll);
@@ -177,7 +177,8 @@ int Dialog::exec(Repo::Entry* asked)
     show();
     update(); // the guard waits until the window is painted
     loop.exec();
-    entry = nullptr; // if the program ends during the loop, done() does not run
+    // If the program ends during the loop, done() does not run and does not clear this pointer.
+    entry = nullptr;
     return result();
 }
 

@@ -27,8 +27,8 @@ void RepoBrowse::browse(QWidget* parent, const Repo::Entry& entry, YumIO* yumIO)
         return;
     }
     QByteArray program = QFile::encodeName(Share::absolute(QStringLiteral("webbrowser")));
-    // All users can read the arguments of a program, and a browser stores URLs in its history. Therefore the
-    // URL has no credentials; the browser asks the user for them.
+    // Remove the credentials: all users can read a program's arguments, and the browser would store them in
+    // its history. The browser asks the user for them instead.
     QByteArray argument = Credentials::removed(yumIO->expandVariables(url)).toUtf8();
     char* const argv[] = {program.data(), argument.data(), nullptr};
     Execute::execute(parent, argv);

@@ -30,11 +30,11 @@ namespace RepoEditor {
 
 namespace {
 
-// Adds a field with a label before it. Both have the same tool tip.
+// Adds a label and, behind it, a field. Both have the same tool tip.
 QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QWidget* field,
                  const QString& toolTip)
 {
-    auto* label = new PlainLabel(text); // some labels show texts from a URL
+    auto* label = new PlainLabel(text); // plain, because some labels show a key from a URL
     label->setToolTip(Literal::toolTip(toolTip));
     field->setToolTip(Literal::toolTip(toolTip));
     field->setAccessibleName(text);
@@ -44,7 +44,8 @@ QLabel* addField(QGridLayout* grid, int row, int column, const QString& text, QW
     return label;
 }
 
-// Creates a line edit with a larger maximum length, because the default maximum would truncate long values.
+// Creates a line edit that accepts text of any length. The default limit of QLineEdit would truncate long
+// values.
 QLineEdit* makeLineEdit(QWidget* parent)
 {
     auto* edit = new QLineEdit(parent);
@@ -86,7 +87,8 @@ Config::Config(QGridLayout* layout) : QObject(layout->parentWidget()), updating(
 
     connect(idField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
     connect(nameField, SIGNAL(textChanged(const QString&)), this, SLOT(valueChanged(const QString&)));
-    // realTextChanged() is necessary, because a new password may not change the visible text.
+    // Use realTextChanged() instead of textChanged(): the visible text shows dots for a password, and may
+    // stay the same when the password changes.
     connect(urlsField, SIGNAL(realTextChanged()), this, SLOT(urlChanged()));
     connect(mirrorListField, SIGNAL(realTextChanged(const QString&)), this, SLOT(urlChanged(const QString&)));
     connect(authNameField, SIGNAL(textEdited(const QString&)), this, SLOT(authChanged(const QString&)));
@@ -113,9 +115,10 @@ QWidget* Config::createAuth(QWidget* parent)
         addField(grid, 0, 2, tr("Password"), passwordField,
                  tr("Authentication password for a repository using the vantor authentication method"));
     for (QLabel* label : {authNameLabel, passwordLabel}) {
-        // In a label with a buddy, "&" marks a shortcut. The key of a URL may contain a "&".
+        // Remove the buddy of the label: with a buddy, "&" would mark a shortcut. The label shows a key from
+        // a URL, which may contain "&".
         label->setBuddy(nullptr);
-        // The keys in a URL may have any length; they must not widen the window.
+        // Limit the width: the key of a URL may have any length, and must not widen the window.
         label->setMaximumWidth(30 * Metrics::columnWidth(label->fontMetrics()));
     }
     grid->setColumnStretch(1, 1);
@@ -151,8 +154,8 @@ QWidget* Config::createSimpleOptions(QWidget* parent)
     grid->setContentsMargins(0, 0, 0, 0);
     const auto makeBox = [area]() {
         auto* box = new QComboBox(area);
-        // The items are in the order of the values of Qt::CheckState. setDefaults() adds the default value to
-        // the second item.
+        // The items are in the order of the values of Qt::CheckState. setDefaults() appends the default value
+        // to the text of the second item.
         box->addItems({tr("No"), tr("Default"), tr("Yes")});
         box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         return box;
@@ -284,10 +287,10 @@ void Config::setFieldsEnabled(bool enabled)
 
 QString Config::refusal(const Repo::Entry& entry)
 {
-    // The package manager first expands the variables in an identifier. If the result contains a character
-    // that is not permitted here, the package manager ignores the repository. If an identifier contains a
-    // closing bracket, the package manager rejects the whole file. It also decodes bytes beyond ASCII
-    // differently from VYRE.
+    // Permit only the characters that the package manager permits in an identifier, and the characters of
+    // variables ("$", "{" and "}"). The package manager expands the variables first, and then ignores a
+    // repository whose identifier contains another character. A closing bracket makes it reject the whole
+    // file. Bytes beyond ASCII are refused because the package manager decodes them differently from VYRE.
     const auto unusable = [](QChar character) {
         const char sign = character.unicode() <= 0x7f ? character.toLatin1() : '\0';
         return std::isalnum(static_cast<unsigned char>(sign)) == 0 &&
@@ -302,7 +305,8 @@ QString Config::refusal(const Repo::Entry& entry)
     if (entry.options.startsWith(QLatin1Char('[')) || entry.options.contains(QLatin1String("\n["))) {
         return tr("Other Options have a line that begins with a bracket");
     }
-    // If this text began with white space, it would continue the line before the options.
+    // Refuse leading white space: in the file, it would make this text a continuation of the option before
+    // it.
     if (entry.options.startsWith(QLatin1Char(' ')) || entry.options.startsWith(QLatin1Char('\t'))) {
         return tr("Other Options begin with a blank");
     }

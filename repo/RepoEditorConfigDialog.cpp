@@ -113,14 +113,15 @@ bool ConfigDialog::userDropsChanges()
 
 void ConfigDialog::reject()
 {
-    // Escape and the button of the window manager are pressed by mistake more easily than "Cancel".
+    // Ask before discarding changes, because a user may press Escape or the window's close button by mistake.
+    // The "Cancel" button does not call this function, because a click on it is intended.
     const bool isAsked = hasChanged;
     if (isAsked && !userDropsChanges()) {
         return;
     }
     HDialog::reject();
-    // The question and this window disappear at the same time. Some window managers then give the focus to no
-    // window.
+    // The question and this window close at the same time. Some window managers then focus no window, so the
+    // parent window is activated explicitly.
     if (isAsked && parentWidget() != nullptr) {
         parentWidget()->activateWindow();
     }

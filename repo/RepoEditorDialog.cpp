@@ -70,7 +70,7 @@ QBoxLayout* Dialog::createEntryButtons()
         row, tr("Browse Repository"),
         tr("Browse the first URL specified for the selected repository using an external web browser"),
         SLOT(browse()));
-    // Some styles leave no space between a long label and the border of the button.
+    // Widen the button, because some styles leave no space between a long label and the border.
     browseButton->setMinimumWidth(browseButton->sizeHint().width() +
                                   2 * Metrics::columnWidth(browseButton->fontMetrics()));
     row->addStretch(1);
@@ -94,8 +94,8 @@ QBoxLayout* Dialog::createDialogButtons()
 {
     auto* row = new QHBoxLayout;
     statusLabel = new HFrameLabel(this);
-    // The label has space for the longest message with an identifier of usual length. A longer identifier
-    // must not widen the window.
+    // The label has space for the longest message with a 16-letter identifier. Longer identifiers do not
+    // widen the window.
     statusLabel->setText(
         tr("Two or more repositories have the Identifier, %1").arg(QString(16, QLatin1Char('n'))));
     statusLabel->setMinimumWidth(statusLabel->sizeHint().width());
@@ -125,7 +125,7 @@ int Dialog::exec()
 {
     setModal(true);
     show();
-    // If the window did not open, the base class would wait for ever for the window to close.
+    // exec() would wait for ever for a window that did not open.
     return isVisible() ? HDialog::exec() : static_cast<int>(Rejected);
 }
 
@@ -245,12 +245,12 @@ void Dialog::remove()
     if (selected.isEmpty()) {
         return;
     }
-    // The remove button becomes disabled. Without this call, the next button gets the focus, and the Enter
-    // key would press it.
+    // Move the focus to the table. The remove button becomes disabled, so Qt would focus the next button, and
+    // Enter would press it.
     view->setFocus();
     view->setCurrentIndex(QModelIndex());
     QList<int> rows = selected.values();
-    // The last row is removed first, so that the numbers of the other rows stay valid.
+    // Remove the last row first, so that the numbers of the remaining rows stay valid.
     std::sort(rows.begin(), rows.end(), std::greater<int>());
     for (const int row : qAsConst(rows)) {
         model->removeRow(row);
@@ -265,7 +265,7 @@ void Dialog::resetAll()
     const int row = view->currentRow();
     const QString id = row != -1 ? yumConfIO->entries.at(row).id : QString();
     yumConfIO->sessionEnabled = sessionBackup;
-    // If read() fails, the user has seen the message, and the list shows the repositories that were read
+    // If read() fails, it has already shown a message. The list then contains the repositories that were read
     // before the error.
     readWhole = yumConfIO->read(this);
     model->reset();
@@ -286,15 +286,15 @@ void Dialog::cancel()
 bool Dialog::apply()
 {
     if (!readWhole) {
-        // A write would remove the files that were not read. resetAll() reads the files again and shows the
-        // error.
+        // The files were not read completely, so a write would remove the rest. resetAll() reads the files
+        // again and shows the error.
         resetAll();
         return false;
     }
     const int rows = yumConfIO->entries.size();
     if (!yumConfIO->write(this)) {
         if (yumConfIO->entries.size() != rows) {
-            // Before write() failed, it removed repositories with the user's consent.
+            // write() removed repositories with the user's consent before it failed.
             model->reset();
             updateStatusLabel();
         }
@@ -307,7 +307,7 @@ bool Dialog::apply()
         readWhole = yumConfIO->read(this);
     }
     model->reset();
-    // Every written repository has an identifier, so this call clears the selection.
+    // No repository has an empty identifier, so this call clears the selection.
     setEntryToOldId(QString());
     setEntryHasChanged(false);
     setConfigHasChanged(false);
@@ -328,24 +328,24 @@ bool Dialog::userDropsChanges()
 
 void Dialog::reject()
 {
-    // A user may press Escape or the close button of the window by mistake, so this function asks before it
-    // discards changes. After "Cancel", no changes are left, and it does not ask.
+    // Ask before discarding changes, because a user may press Escape or the window's close button by mistake.
+    // "Cancel" has already discarded the changes, so it leads to no question.
     const bool isAsked = hasChanges();
     if (isAsked && !userDropsChanges()) {
         return;
     }
     if (isAsked) {
         if (!sessionChanged && !applied) {
-            // A form has added its repository to this table. No signal has reported this change, so it must
-            // be undone.
+            // Undo a change of sessionEnabled: a repository form may have added its repository, and no signal
+            // reported that.
             yumConfIO->sessionEnabled = sessionBackup;
         }
         readWhole = yumConfIO->read(this);
         model->reset();
     }
     HDialog::reject();
-    // The question and this window disappear at the same time. Some window managers then give the focus to no
-    // window.
+    // The question and this window close at the same time. Some window managers then focus no window, so the
+    // parent window is activated explicitly.
     if (isAsked && parentWidget() != nullptr) {
         parentWidget()->activateWindow();
     }

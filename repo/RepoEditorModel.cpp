@@ -43,7 +43,7 @@ QString headerToolTip(int column)
     }
 }
 
-// A cell shows at most this number of characters, because a view needs much time to measure a longer text.
+// A cell shows at most this number of characters, because measuring a longer text takes a view too long.
 constexpr int shownLetters = 1000;
 
 QString shown(const QString& text)

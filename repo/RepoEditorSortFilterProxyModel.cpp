@@ -16,8 +16,8 @@ bool isDigit(QChar character)
     return (code >= '0' && code <= '9') || (code > 127 && character.category() == QChar::Number_DecimalDigit);
 }
 
-// Returns the sequence of digits, or of other characters, that begins at `position`. Moves `position` behind
-// this sequence.
+// Returns the sequence of digits (or of other characters, if `digits` is false) that begins at `position`.
+// Moves `position` to the end of this sequence.
 QStringRef readRun(const QString& text, int& position, bool digits)
 {
     const int begin = position;
@@ -27,7 +27,8 @@ QStringRef readRun(const QString& text, int& position, bool digits)
     return text.midRef(begin, position - begin);
 }
 
-// Converts digits to a number. A number beyond the range of the type becomes the largest number.
+// Converts digits to a number. If the number is too large for the type, returns the largest number of the
+// type.
 quint64 toNumber(const QStringRef& digits)
 {
     quint64 number = 0;

@@ -31,8 +31,8 @@ View::View(Model* model, QSortFilterProxyModel* sortedRows, QWidget* parent)
     header->setSortIndicatorShown(true);
     header->setHighlightSections(false);
     header->setStretchLastSection(true);
-    // Without this setting, a right click on the header reaches the view as a click on the row at the same
-    // height.
+    // Let the header handle right clicks. Otherwise a right click on the header would reach the view, as if
+    // the user had clicked the row at the same height.
     header->setContextMenuPolicy(Qt::PreventContextMenu);
     setHorizontalHeader(header);
 
@@ -74,7 +74,7 @@ ContextMenu* View::getContextMenu()
 void View::reset()
 {
     HTableView::reset();
-    // If the model was reset, no row is current, but the selection model has emitted no signal.
+    // A reset clears the current row, but the selection model emits no signal for it. Emit the signal here.
     if (announcedRow != -1) {
         const int previousRow = announcedRow;
         announcedRow = -1;
@@ -126,8 +126,8 @@ void View::keyPressEvent(QKeyEvent* event)
     HTableView::keyPressEvent(event);
 }
 
-// When the view gets the focus, the base class makes the first row current. The user would not see this, so
-// this function undoes it.
+// The base class makes the first row current when the view gets the focus. This function undoes that, because
+// a current row that is not selected is invisible.
 void View::focusInEvent(QFocusEvent* event)
 {
     const bool hadCurrent = currentIndex().isValid();

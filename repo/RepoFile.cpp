@@ -30,7 +30,7 @@ QString resolved(const QString& path)
     return result;
 }
 
-// Counts the line ends of a file, and converts them to line feeds.
+// Counts the line ends of a file by kind, and converts all of them to line feeds.
 struct Lines
 {
     explicit Lines(const QByteArray& bytes)
@@ -127,7 +127,7 @@ File File::read(const QString& path, const struct stat& status)
         file.state = Directory;
         file.failure = EISDIR;
     } else if (!S_ISREG(status.st_mode)) {
-        // Even the call of open() may have an effect on a device.
+        // Do not open other kinds of files: opening a device can already have an effect.
         file.leaveAlone(tr("%1 is left alone: it is not a regular file.").arg(path));
     } else if (file.load(path)) {
         file.understand(path);
@@ -148,7 +148,7 @@ bool File::load(const QString& path)
         tr("%1 is left alone, and its repositories are not used: it is larger than %2 MB.")
             .arg(path, QString::number(repositoryFileLimit >> 20));
     const QString notRegular = tr("%1 is left alone: it is not a regular file.").arg(path);
-    // Since the call of stat(), another file may have replaced this file.
+    // Another file may have replaced this file since stat(), so its type is checked again after open().
     const FileDescriptor file(
         open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     if (!file.isOpen()) {
@@ -171,7 +171,8 @@ bool File::load(const QString& path)
         leaveAlone(tooLarge);
         return false;
     }
-    // The reported size is not reliable. Files in /proc report the size 0, and some files are endless.
+    // Read up to the end of the file, because its reported size may be wrong: files in /proc report the size
+    // 0. The size limit ends the loop for endless files.
     for (;;) {
         const int filled = bytes.size();
         const int wanted = filled == 0 ? static_cast<int>(status.st_size) + 1 : 1 << 16;
@@ -207,8 +208,8 @@ void File::understand(const QString& path)
     state = Text;
     hasMark = bytes.startsWith(byteOrderMark);
     const Lines lines(hasMark ? bytes.mid(byteOrderMark.size()) : bytes);
-    // A text in UTF-16 contains null bytes. If carriage returns were the only line ends, the whole text would
-    // be one line.
+    // Refuse UTF-16, which contains null bytes. Also refuse files whose only line ends are carriage returns,
+    // because their whole text would be one line.
     if (bytes.contains('\0') || bytes.startsWith("\xFF\xFE") || bytes.startsWith("\xFE\xFF") ||
         (!lines.text.contains('\n') && lines.text.contains('\r'))) {
         leaveAlone(tr("%1 is left alone, and its repositories are not used: it is not a plain text file.")

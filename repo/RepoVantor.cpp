@@ -34,8 +34,8 @@ int fromHex(QChar digit)
     return -1;
 }
 
-// Returns whether a character must be encoded. All white space must be encoded, because white space ends each
-// part of a vantor URL.
+// Returns whether a character must be percent-encoded in a vantor URL. All white space must be encoded,
+// because white space ends each part of the URL.
 bool needsProtection(QChar character)
 {
     static const QString special = QStringLiteral("$&+,/:;=?@ \"<>#%{}|\\^~[]");
@@ -75,8 +75,8 @@ QString httpUnprotect(const QString& text)
     return result;
 }
 
-// Sets `piece` to the text from `position` to `mark`, and moves `position` behind the mark. Returns false if
-// the text has no mark.
+// Reads the text from `position` up to `mark` into `piece`, and moves `position` behind the mark. Returns
+// false if the mark is missing.
 bool readUntil(const QString& text, QLatin1String mark, int& position, QString& piece)
 {
     const int end = text.indexOf(mark, position);

@@ -27,8 +27,8 @@ namespace {
 const char temporaryMark[] = ".vyre-";
 const char copyMark[] = ".vyre-old-";
 
-// If more than this number of files must be written, sync() writes the whole file system once, including data
-// of other programs.
+// If sync() gets more than this number of files, it writes the whole file system to the disk once, including
+// other programs' data. This is faster than writing each file separately.
 constexpr size_t fewFiles = 8;
 
 // Closes a descriptor without changing errno.
@@ -42,13 +42,13 @@ void closeQuietly(int& number)
     errno = failure;
 }
 
-// Creates a file with an unpredictable name, which only this user can open. A lock shows other instances of
-// this program that the file is in use.
+// Creates a file with a random name that only this user can open. Locks the file, to show other instances of
+// VYRE that the file is in use.
 int makeHelper(int directory, const QByteArray& name, const char* mark, QByteArray& made)
 {
     static const char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
     for (int tries = 0; tries < 100; ++tries) {
-        // The whole file name may have at most 255 bytes.
+        // A file name may have at most 255 bytes, including the added characters.
         made = "." + name.left(200) + mark;
         for (int i = 0; i < 6; ++i) {
             made += letters[QRandomGenerator::global()->bounded(static_cast<int>(sizeof letters) - 1)];
@@ -99,8 +99,8 @@ bool readAll(int number, QByteArray& content)
     }
 }
 
-// Copies all extended attributes, including access control lists. Returns false if an attribute cannot be
-// set.
+// Copies all extended attributes, including access control lists. Returns false if the new file refuses an
+// attribute.
 bool copyAttributes(int from, int to)
 {
     const ssize_t size = flistxattr(from, nullptr, 0);
@@ -114,7 +114,7 @@ bool copyAttributes(int from, int to)
     }
     names.truncate(static_cast<int>(listed));
     for (const QByteArray& each : names.split('\0')) {
-        // The kernel calculates these two checksums from the contents of the file.
+        // Skip these two checksums: the kernel calculates them from the contents of the new file.
         if (each.isEmpty() || each == "security.ima" || each == "security.evm") {
             continue;
         }
@@ -144,7 +144,7 @@ bool isSame(const struct stat& left, const struct stat& right)
            left.st_mtim.tv_sec == right.st_mtim.tv_sec && left.st_mtim.tv_nsec == right.st_mtim.tv_nsec;
 }
 
-// Returns this user's files in a directory whose names have the form of our temporary files.
+// Returns the names of this user's files in a directory that look like VYRE's temporary files.
 QList<QByteArray> helpersIn(int directory, const QString& mark)
 {
     QList<QByteArray> result;
@@ -342,16 +342,16 @@ bool SafeFile::commit()
             if (errno != EBUSY && errno != EPERM && errno != EACCES) {
                 return false;
             }
-            // Either the file is a mount point, or the directory does not permit a replacement of other
-            // users' files.
+            // The file cannot be replaced: it is a mount point, or the directory does not let this user
+            // replace another user's file. Therefore write to the existing file.
             dropTemporary();
             return commitInPlace();
         }
     } else {
-        // If another program has created the file in the meantime, the file must not be overwritten.
+        // Never overwrite a file that another program has created since create().
         if (renameat2(directoryNumber, temporaryName.constData(), directoryNumber, name.constData(),
                       RENAME_NOREPLACE) != 0) {
-            // Some file systems do not support this flag.
+            // Some file systems do not support RENAME_NOREPLACE. linkat() also fails if the file exists.
             if ((errno != EINVAL && errno != ENOSYS) || linkat(directoryNumber, temporaryName.constData(),
                                                                directoryNumber, name.constData(), 0) != 0) {
                 return false;
@@ -437,7 +437,8 @@ void SafeFile::removeLeftovers(const QString& directory)
     }
     for (const QByteArray& each : helpersIn(listed.get(), QString::fromLatin1(temporaryMark))) {
         const FileDescriptor file(openat(listed.get(), each.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-        // If another program still writes the file, that program holds the lock.
+        // Remove the file only if its lock is free. Another instance of VYRE holds the lock while it writes
+        // the file.
         if (file.isOpen() && flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             unlinkat(listed.get(), each.constData(), 0);
         }

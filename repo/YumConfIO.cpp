@@ -60,7 +60,7 @@ bool YumConfIO::read(QWidget* window)
     enabled = true;
     gpgcheck = false;
     entries.clear();
-    // The list still contains lines if the last read failed.
+    // If the previous read failed, this list still contains lines.
     pendingLines.clear();
     warnings.clear();
     knownFiles.clear();
@@ -104,7 +104,8 @@ void YumConfIO::keep(const QString& path, const Repo::File& file, int firstEntry
     knownFiles.append(known);
 }
 
-// Adds warnings about copies of old texts that a killed program has left behind.
+// Warns about copies of old configuration files that an earlier run of VYRE left behind because it was
+// killed.
 void YumConfIO::noteLeftoverCopies()
 {
     QSet<QString> directories;
@@ -126,7 +127,7 @@ void YumConfIO::noteLeftoverCopies()
     }
 }
 
-// Returns the current inode numbers of the known files, because another program may have replaced a file.
+// Returns the present inode number of each known file. A number changes if another program replaces the file.
 QHash<Repo::FileNumber, int> YumConfIO::numbersOfKnown() const
 {
     QHash<Repo::FileNumber, int> result;

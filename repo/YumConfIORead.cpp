@@ -23,8 +23,8 @@ struct DirectoryCloser
 };
 using DirectoryGuard = std::unique_ptr<DIR, DirectoryCloser>;
 
-// Returns the next name that ends in ".repo". At the end of the directory, returns a null string. On failure,
-// returns a null string and sets errno.
+// Returns the next name in the directory that ends in ".repo". At the end of the directory, returns a null
+// string. On failure, returns a null string and sets errno.
 QString nextRepoFile(DIR* directory)
 {
     for (;;) {
@@ -45,7 +45,7 @@ bool isBlank(QChar character)
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
 }
 
-// Returns whether a value enables an option. All values except "0" enable it.
+// Returns whether the value of a yes-or-no option means "yes". Every value except "0" does.
 bool isOn(const QString& value)
 {
     return value != QLatin1String("0");
@@ -116,7 +116,7 @@ bool YumConfIO::readConfFile(Lines& lines)
         } else if (isOption(line, QStringLiteral("reposdir"), value)) {
             reposdir = value.replace(QLatin1Char(','), QLatin1Char(' ')).split(QLatin1Char(' '));
             reposdir.removeAll(QString());
-            // In a managed root, the main file names directories below that root.
+            // A path in the main configuration file of a managed root is relative to that root.
             for (QString& directory : reposdir) {
                 directory = ManagedRoot::namedDirectoryOfFiles(directory);
             }
@@ -156,8 +156,8 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
         if (stat(QFile::encodeName(path).constData(), &status) == 0) {
             const auto found = knownNumbers.constFind(Repo::numberOf(status));
             if (found != knownNumbers.constEnd()) {
-                // The file is already known under another path. Either the file has several names, or its
-                // directory has several paths.
+                // This file was already read under another path: it has several names, or its directory has
+                // several paths.
                 if (*found >= 0 && !knownFiles.at(*found).isMain) {
                     knownFiles[*found].names.append(path);
                 }
@@ -194,7 +194,7 @@ bool YumConfIO::readRepoDirectory(const QString& directory)
         }
     }
     if (errno != 0) {
-        // The list of names is incomplete. A later write would remove the files that are missing in the list.
+        // Stop here: without the remaining names, a later write would remove their files.
         error(tr("Unable to read repository configuration file %1").arg(directory));
         return false;
     }
@@ -280,7 +280,8 @@ int YumConfIO::readLogicalLine(Lines& lines, QString& line)
     } else {
         line = pendingLines.takeFirst();
         if (!pendingLines.isEmpty()) {
-            // The next pending line was already read, and it is not a continuation of this line.
+            // The next line has already been read and is not a continuation, so this logical line is
+            // complete.
             return LineRead;
         }
     }

@@ -22,11 +22,12 @@ using namespace YumConfIOParts;
 
 namespace {
 
-// The maximum numbers of names and identifiers in a message.
+// A message lists at most these numbers of file names and repository identifiers.
 constexpr int listedNames = 20;
 constexpr int listedIdentifiers = 100;
 
-// The maximum number of files in a batch. Each file stays open until the batch is committed.
+// The maximum number of files in a batch. It limits the open descriptors, because each file of a batch stays
+// open until the batch is committed.
 constexpr int filesAtOnce = 200;
 
 QString listOf(QStringList names)
@@ -228,7 +229,8 @@ QList<int> YumConfIO::unused(const QList<Target>& list) const
     QList<int> result;
     for (int i = 0; i < knownFiles.size(); ++i) {
         const Known& known = knownFiles.at(i);
-        // If a file is not plain and never contained a repository, it must stay unchanged.
+        // A file that contained repositories, but has none now, is removed. A plain file is removed even if
+        // it never contained a repository; any other file without repositories stays unchanged.
         if (!used.contains(i) && !known.names.isEmpty() &&
             (known.file.isPlain || !known.unedited.isEmpty())) {
             result.append(i);
@@ -257,9 +259,9 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
         if (target.edited && target.outdated) {
             changedFiles.append(target.path);
         }
-        // An unedited file is also written if it is plain: it then loses its blank lines and the comments
-        // above its first section. Any other unedited file is not written, because a write would change its
-        // characters.
+        // If an unedited file is plain, it is written nevertheless, without its blank lines and the comments
+        // above its first section. An unedited file that is not plain is skipped, because a write would
+        // change its characters.
         target.skipped = !target.edited && (target.outdated || !known.file.isPlain ||
                                             known.file.encoded(target.text) == known.file.bytes);
     }
@@ -288,9 +290,9 @@ bool YumConfIO::respectChanges(QList<Target>& list, QList<int>& removed)
     return false;
 }
 
-// Writes the files in batches, in the order of their turns. All files of a batch are prepared before the
-// first of them is committed. Therefore, if a section moves, it is in its new file before it is removed from
-// its old file.
+// Writes the files in batches. All files of a batch are prepared before the first one is committed. The order
+// makes sure that a section that moves to another file is written there before it is removed from its old
+// file.
 bool YumConfIO::writeFiles(QList<Target>& list)
 {
     std::vector<std::unique_ptr<SafeFile>> files;
@@ -320,8 +322,8 @@ bool YumConfIO::writeFiles(QList<Target>& list)
 bool YumConfIO::prepareWrite(SafeFile& file, const Target& target)
 {
     if (target.known < 0) {
-        // Even if the file has no password yet, the program may later ask for the password and write it to
-        // this file.
+        // Protect the new file even if its password is still empty, because VYRE may later write the user's
+        // password to it.
         const bool secret = Credentials::holds(target.text, Credentials::Text::Options);
         return file.create(target.path, target.text.toUtf8(), secret ? S_IRUSR | S_IWUSR : 0666);
     }
@@ -393,8 +395,8 @@ bool YumConfIO::removeUnusedFiles(const QList<int>& removed)
     for (const int i : removed) {
         const Known& known = knownFiles.at(i);
         QStringList names;
-        // All names are read before the first removal, because links are broken after the file has been
-        // removed.
+        // Read all names before the first removal, because symbolic links to the file are broken after the
+        // removal.
         for (const QString& name : known.names) {
             const Repo::File now = Repo::File::read(name);
             if (now.state == Repo::File::NoStatus) {

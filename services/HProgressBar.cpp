@@ -10,7 +10,7 @@ void HProgressBar::setActivity(QString text)
 {
     if (activity != text) {
         activity = text;
-        setAccessibleDescription(activity); // the accessible value is only a number
+        setAccessibleDescription(activity); // assistive programs read only the percentage otherwise
         update();
     }
 }
@@ -24,7 +24,8 @@ QString HProgressBar::text() const
     if (base.isEmpty()) {
         return activity;
     }
-    // One call sets both arguments, because an activity may itself contain a place marker such as "%2".
+    // Use one call of arg() for both values: with two calls, the second would also replace a "%2" inside the
+    // activity.
     return tr("%1 (%2)").arg(activity, base);
 }
 
@@ -42,7 +43,7 @@ bool HProgressBar::event(QEvent* event)
         event->accept();
         return true;
     }
-    // This call skips the base class, because its tool tip is not wanted.
+    // Do not call QProgressBar::event(), which would show a tool tip of its own.
     // NOLINTNEXTLINE(bugprone-parent-virtual-call)
     return QWidget::event(event);
 }

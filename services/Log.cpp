@@ -15,7 +15,7 @@ namespace Log {
 
 namespace {
 
-// While the program is unattended, entries up to this level are reported.
+// While the program is unattended, entries up to this level also go to the terminal and to the system's log.
 const unsigned int shownLevel = 2;
 
 } // namespace
@@ -52,8 +52,8 @@ void EntryList::appendMessage(Kind kind, unsigned int level, const QString& mess
 
 void EntryList::emitAppended()
 {
-    // An unattended program has no visible windows, and its graphical thread no longer returns to its event
-    // loop.
+    // When the program is unattended, the log window is not visible, and the graphical thread does not return
+    // to its event loop. Therefore nobody would receive the signal.
     if (!Unattended::is()) {
         Q_EMIT appended();
     }

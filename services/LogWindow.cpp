@@ -35,7 +35,7 @@ namespace {
 
 const int maxLevel = 10;
 const int defaultLevel = 2;
-// If the level of an Info entry is higher than this, the entry has the colour of less important text.
+// Info entries above this level are less important, and get a less conspicuous colour.
 const unsigned int maxPlainLevel = 9;
 
 } // namespace
@@ -53,7 +53,7 @@ Window::Window(EntryList& logEntries, QWidget* openedBy)
     textEdit->setLineWrapMode(QTextEdit::NoWrap);
     textEdit->setWordWrapMode(QTextOption::NoWrap);
     textEdit->setTabChangesFocus(true);
-    // By default, rich text shows several blanks as one.
+    // Without this style, rich text would show several consecutive blanks as one blank.
     textEdit->document()->setDefaultStyleSheet(QLatin1String("font { white-space: pre; }"));
 
     levelSpinBox->setRange(0, maxLevel);
@@ -128,17 +128,20 @@ void Window::setVisible(bool visible)
             QMutexLocker locker(&entries);
             connect(&entries, SIGNAL(appended()), this, SLOT(appended()));
         }
-        // This call renders the entries that arrived between the rendering above and the connection.
+        // Render the entries that were logged after levelChanged() rendered the log, but before the signal
+        // was connected.
         appended();
         scrollToEnd();
     }
     QWidget::setVisible(visible);
     if (visible && !wasVisible) {
-        // When the window is first shown, Qt lays it out. The range of the scroll bar then changes.
+        // The first show event lays the window out and thereby changes the range of the scroll bar. Scroll to
+        // the end again.
         scrollToEnd();
     }
     if (!visible && wasVisible) {
-        // Otherwise these windows would stay open alone, and the program would not end.
+        // Close the dialogs of this window too. A dialog that stays open alone would prevent the end of the
+        // program.
         for (QDialog* dialog : findChildren<QDialog*>()) {
             dialog->reject();
         }
@@ -158,7 +161,8 @@ void Window::appended()
         return;
     }
     if (painting) {
-        // This check prevents unlimited recursion if the writer is faster than the painting.
+        // Painting serves events, so this function may be called while it still runs. Without this check, a
+        // fast writer would cause endless recursion.
         askedAgain = true;
         return;
     }
@@ -209,14 +213,14 @@ void Window::timesChanged()
 
 void Window::save()
 {
-    // No function may wait here for the user's answer: an operation that ends in the meantime could not
-    // return.
+    // Do not wait for the answer in a nested event loop: an operation that ends while the dialog is open
+    // could not return through this loop.
     auto* dialog = new QFileDialog(this, tr("Save the Log"), QDir::homePath(), QString());
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->setOption(QFileDialog::DontUseNativeDialog);
-    dialog->setOption(QFileDialog::DontConfirmOverwrite); // saveInto() asks
+    dialog->setOption(QFileDialog::DontConfirmOverwrite); // saveInto() asks instead
     dialog->selectFile(QStringLiteral("vyre-log.txt"));
     connect(dialog, SIGNAL(fileSelected(const QString&)), this, SLOT(saveInto(const QString&)));
     dialog->open();
@@ -255,7 +259,7 @@ void Window::writeFile()
     const bool isNew = !QFileInfo::exists(savePath);
     bool written = file.open(QIODevice::WriteOnly);
     if (written && isNew) {
-        // The log describes the system, so only the owner may read the file.
+        // Only the owner may read the saved log, because it describes the system.
         file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     }
     written = written && file.write(text.toUtf8()) >= 0 && file.commit();
@@ -272,7 +276,7 @@ void Window::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange && open) {
-        // The colours of the rendered text fit the former background.
+        // The palette has changed. Render the text again with colours that fit the new background.
         levelChanged(levelSpinBox->value());
     }
 }
@@ -295,8 +299,8 @@ bool Window::render()
         return false;
     }
 
-    // One edit block makes Qt lay the document out once, instead of once for each line. During the block, the
-    // view does not follow the end of the text.
+    // With an edit block, Qt lays the document out once instead of once for each line. Inside the block, the
+    // view does not scroll with the text.
     QScrollBar* scrollBar = textEdit->verticalScrollBar();
     const bool atEnd = scrollBar->value() >= scrollBar->maximum();
     QTextCursor block(textEdit->document());
@@ -316,7 +320,7 @@ bool Window::render()
 
 bool Window::isShown(const Entry& entry) const
 {
-    // The program refers users to the log for these errors, whatever the level is.
+    // Show these errors at every level, because messages of the program refer the user to the log for them.
     const bool isError = entry.kind == Error && entry.level <= static_cast<unsigned int>(defaultLevel);
     return static_cast<unsigned int>(levelSpinBox->value()) >= entry.level || isError;
 }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int blockSize = 64 << 10;
 
-// After each block, the pump waits for this time while too many bytes wait for the reader.
+// If the reader is too slow, the pump waits for this time after each block, to slow the writers down.
 constexpr int restMilliseconds = 20;
 
 } // namespace
@@ -39,8 +39,8 @@ bool OutputPump::start(Channel (&channels)[channelCount])
         ways[i].channel.to.reset(channels[i].to.release());
     }
 
-    // The new thread inherits the blocked signals. Otherwise a write to a pipe without a reader would raise
-    // SIGPIPE and end the program.
+    // Block all signals while the thread is created, because it inherits the blocked signals. With SIGPIPE
+    // unblocked, a write to a pipe without a reader would end the program.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
@@ -62,7 +62,7 @@ bool OutputPump::start(Channel (&channels)[channelCount])
 void OutputPump::stop()
 {
     if (thread.joinable()) {
-        wakeWrite.close(); // the pump's thread sees the end of file
+        wakeWrite.close(); // the pump's thread then reads the end of file and stops
         thread.join();
     }
     for (Way& way : ways) {
@@ -71,8 +71,8 @@ void OutputPump::stop()
     }
 }
 
-// Reads only the bytes that are available at the start of the call. Otherwise a writer without pauses would
-// keep the pump in this function.
+// Reads the bytes that are available at the start of the call, and no others. Otherwise a writer that never
+// pauses would keep the pump in this function.
 void OutputPump::fill(Way& way)
 {
     int count = 0;
@@ -106,7 +106,7 @@ void OutputPump::drain(Way& way)
     if (put > 0) {
         way.done += static_cast<int>(put);
     } else if (put < 0 && errno != EAGAIN && errno != EINTR) {
-        // The reader has closed its pipe. The output is dropped, so that the writers can continue.
+        // The reader has closed its end of the pipe. Drop the output, so that the writers never wait.
         way.done = way.waiting.size();
     }
     if (countWaiting(way) == 0) {
@@ -130,7 +130,7 @@ void OutputPump::run()
             const bool waiting = countWaiting(way) > 0;
             anything = anything || waiting;
             crowded = crowded || countWaiting(way) > fullBuffer;
-            // poll() ignores a negative descriptor.
+            // A descriptor of -1 makes poll() ignore this entry.
             polled[2 * i] = {way.ended || stopping ? -1 : way.channel.from.get(), POLLIN, 0};
             polled[2 * i + 1] = {waiting ? way.channel.to.get() : -1, POLLOUT, 0};
         }
@@ -139,7 +139,7 @@ void OutputPump::run()
         }
         polled[Wake] = {stopping ? -1 : wakeRead.get(), POLLIN, 0};
         if (poll(polled, Wake + 1, -1) < 0) {
-            continue; // only a lack of memory can be the cause, because signals are blocked
+            continue; // poll() fails only if memory is short, because all signals are blocked
         }
         for (int i = 0; i < channelCount; ++i) {
             if (polled[2 * i + 1].revents != 0) {

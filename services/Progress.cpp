@@ -20,7 +20,7 @@ namespace Progress {
 
 namespace {
 
-// Two reports are more than this number of milliseconds apart, and so are two rounds of event processing.
+// The minimum time in milliseconds between two reports, and between two rounds of event processing.
 const qint64 minInterval = 9;
 
 const quint32 maxCompleteRows = 20;
@@ -30,7 +30,8 @@ const QColor retryingColour(255, 140, 0, 255);
 const QColor inProgressColour(255, 255, 0, 255);
 const QColor completeColour(144, 238, 144, 255);
 
-// Returns false for a timer that was never started.
+// Returns whether more than minInterval has passed since the timer was started. Returns false if it was never
+// started.
 bool intervalOver(const QElapsedTimer& timer)
 {
     return timer.isValid() && timer.elapsed() > minInterval;
@@ -409,8 +410,7 @@ void Object::setItemActsThreadValue(unsigned int index, Steps value)
         oldValue = state[index].value;
         state[index].value = value;
     });
-    // setItemValue() limits the item value to the item's maximum. Therefore the item value can be less than
-    // this download's value.
+    // The item value is limited to itemMax, so it can be less than `oldValue`. subtract() then returns 0.
     setItemValue(subtract(itemValue + value, oldValue));
 }
 
@@ -442,8 +442,8 @@ void Object::endItemActsThreads()
 
 void Object::setItemValue(Steps value)
 {
-    // If the final value comes too soon after the last report, it is not reported separately. The next item,
-    // the end of the acts or the reset then updates the bars.
+    // A value that follows the last report too soon is not reported. If it was the item's final value, the
+    // bars show it together with the next item, endItemActs() or reset().
     itemValue = std::min(value, itemMax);
     totalValue = itemStart + itemShare(itemValue);
     if (intervalOver(itemTimer)) {

@@ -11,8 +11,8 @@
 
 namespace {
 
-// Returns the number of a physical key. Modifiers do not change this number. If the window system does not
-// report it, returns Qt's code of the key.
+// Returns a number that identifies the physical key, regardless of modifiers. If the window system reports no
+// such number, returns Qt's code of the key.
 quint32 number(const QKeyEvent* event)
 {
     return event->nativeScanCode() != 0 ? event->nativeScanCode() : static_cast<quint32>(event->key());
@@ -26,7 +26,8 @@ QuestionGuard::QuestionGuard(QDialog* dialog)
     end.setSingleShot(true);
     connect(&end, SIGNAL(timeout()), this, SLOT(open()));
     close();
-    // Events reach the window first, and then its widgets.
+    // Filter the events of the whole application, because the window system sends events to the window before
+    // Qt passes them to its widgets.
     QCoreApplication::instance()->installEventFilter(this);
 }
 
@@ -40,7 +41,8 @@ void QuestionGuard::close()
     keys.clear();
     mouseButtons = Qt::NoButton;
     focus = question->focusWidget();
-    // A screen reader presses a button without any event, but it cannot press a disabled button.
+    // Disable all buttons: a screen reader can press an enabled button without any event that this class
+    // could filter.
     for (QAbstractButton* button : question->findChildren<QAbstractButton*>()) {
         if (button->isEnabled()) {
             disabled.append(button);
@@ -89,8 +91,8 @@ bool QuestionGuard::eventFilter(QObject* watched, QEvent* event)
                 happened = true;
                 close();
                 if (painted) {
-                    // This call is queued, because painting a long text takes time. The question must still
-                    // ignore input that arrives during the painting.
+                    // Queue this call, because painting a long text takes time. Input that arrives while the
+                    // text is painted must still be ignored.
                     QMetaObject::invokeMethod(this, "beginPause", Qt::QueuedConnection);
                 }
             }
@@ -98,7 +100,7 @@ bool QuestionGuard::eventFilter(QObject* watched, QEvent* event)
         return false;
     case QEvent::ShortcutOverride:
         if (belongsToQuestion(watched) && ignoresKey(static_cast<QKeyEvent*>(event))) {
-            event->accept(); // Qt then sends a key press instead of a shortcut
+            event->accept(); // an accepted ShortcutOverride makes Qt send a key press instead
             return true;
         }
         return false;
@@ -135,14 +137,14 @@ bool QuestionGuard::ignoresKey(const QKeyEvent* event)
         keys.insert(key);
         return false;
     }
-    // A held key repeats, and its release belongs to its press.
+    // Ignore later events of a key that was pressed while input was ignored: its repetitions and its release.
     return !keys.contains(key);
 }
 
 bool QuestionGuard::repeats(const QKeyEvent* event) const
 {
-    // The X server sends a release and a press of the same time for each repetition. Qt recognises them only
-    // if both have arrived when it reads the release.
+    // While a key is held down, the X server sends a release and a press with equal times for each
+    // repetition. Qt sets isAutoRepeat() only if both have arrived, so this function also compares the times.
     return event->isAutoRepeat() ||
            (event->timestamp() != 0 && releases.value(number(event)) == event->timestamp());
 }

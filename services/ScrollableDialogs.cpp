@@ -41,7 +41,7 @@ ScrollableDialog::ScrollableDialog(QStyle::StandardPixmap icon, const QString& t
     QVBoxLayout* layout = new QVBoxLayout(this);
     QHBoxLayout* topRow = new QHBoxLayout();
     layout->addLayout(topRow);
-    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // beside the first line of the text
+    topRow->addWidget(iconLabel, 0, Qt::AlignTop); // level with the first line of the text
     topRow->addLayout(column);
     column->addWidget(scrollArea, 1);
 
@@ -69,8 +69,8 @@ void ScrollableDialog::addBelow(QWidget* widget)
 
 void ScrollableDialog::fit()
 {
-    // By default, a window has at most two thirds of the screen's size. The dialog would then truncate lines
-    // that fit on the screen.
+    // By default, Qt limits a window to two thirds of the screen. Set the size explicitly, because the dialog
+    // could then truncate lines that would fit on the screen.
     ensurePolished();
     resize(sizeHint().boundedTo(Metrics::maxWindowSize()));
 }

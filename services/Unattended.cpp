@@ -20,7 +20,7 @@ namespace {
 std::atomic<bool> unattended(false);
 std::atomic<bool> everything(false);
 std::atomic<void (*)(const QString&)> reporter(nullptr);
-std::mutex mutex; // guards the list, and changes to the flag
+std::mutex mutex; // guards `waiters`, and every change to the unattended state
 std::vector<Waiter*> waiters;
 
 } // namespace
@@ -71,7 +71,7 @@ void report(const QString& text)
     } else {
         qWarning("%s", bytes.constData());
     }
-    // syslog() adds the program's name to the text.
+    // syslog() itself adds the program's name.
     syslog(LOG_USER | LOG_WARNING, "%s", bytes.constData());
 }
 

@@ -19,8 +19,8 @@
 
 namespace {
 
-// Returns a duplicate of the descriptor that no child process inherits. Its number is above the standard
-// descriptors.
+// Returns a duplicate of the descriptor, or -1. The duplicate has a number above 2, and child processes do
+// not inherit it.
 int saveDescriptor(int fd)
 {
     return fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -40,15 +40,16 @@ void addFlag(int fd, int flag)
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | flag);
 }
 
-// The text in the C library's buffers must go to the descriptors that were valid when it was written.
+// Writes the C library's buffered text now, because it must go to the descriptors that were in use when the
+// program printed it.
 void flushStreams()
 {
     fflush(stdout);
     fflush(stderr);
 }
 
-// Reads only the bytes that are available at the start of the call. Otherwise a writer without pauses would
-// keep the reader in this function.
+// Reads the bytes that are available at the start of the call, and no others. Otherwise a writer that never
+// pauses would keep the reader in this function.
 QByteArray readWaiting(const FileDescriptor& fd)
 {
     int waiting = 0;
@@ -60,7 +61,7 @@ QByteArray readWaiting(const FileDescriptor& fd)
     return file.read(waiting);
 }
 
-// All existing objects. Workers create them, and the graphical thread deletes them.
+// All existing minions. Workers create them, and the graphical thread deletes them.
 std::mutex minionsMutex;
 std::vector<YumIOCapturersMinion*> minions;
 
@@ -94,16 +95,16 @@ void YumIOCapturersMinion::serveAll()
     }
     for (YumIOCapturersMinion* minion : all) {
         if (minion->thread() != QThread::currentThread()) {
-            continue; // the worker has not finished the construction of this object
+            continue; // the worker is still creating this minion
         }
-        // This call runs initialize() and finalize() if the worker has requested them. The object stays
-        // valid, because only this thread deletes it.
+        // Run initialize() and finalize() now if the worker has queued these calls. The pointer stays valid,
+        // because only this thread deletes minions.
         QCoreApplication::sendPostedEvents(minion, QEvent::MetaCall);
         minion->readStdout();
         minion->readStderr();
         if (minion->finalizing) {
-            // This thread is already inside finalize(), where the receiver has processed events. finalize()
-            // will not continue, so this call does the remaining work.
+            // finalize() of this minion is below this call on the stack: its receiver has processed events
+            // and will not return. Therefore end the capture here.
             minion->endFinalizing();
         }
     }
@@ -138,7 +139,7 @@ void YumIOCapturersMinion::finalize()
 {
     finalizing = true;
     if (active) {
-        // The notifiers must also be disabled, because a pipe without a writer is always readable.
+        // Disable the notifiers, because a pipe whose writers are closed is always readable.
         for (QSocketNotifier* notifier : {stdoutNotifier.get(), stderrNotifier.get()}) {
             notifier->setEnabled(false);
             disconnect(notifier, nullptr, this, nullptr);
@@ -159,8 +160,8 @@ void YumIOCapturersMinion::endFinalizing()
     finished.release();
 }
 
-// The receiver may process events, during which this object may be finalized and deleted. Therefore this
-// function uses no member after it has called the receiver.
+// The receiver may process events, which may finalize and delete this minion. Therefore this function uses no
+// member after it has called the receiver.
 void YumIOCapturersMinion::readStdout()
 {
     const QString text = stdoutDecoder.toUnicode(readWaiting(stdoutFd));
@@ -198,13 +199,14 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     }
 
     flushStreams();
-    // If no duplicates are saved, the descriptors cannot be restored, so they are not redirected.
+    // Redirect the descriptors only if their duplicates are saved, because they could not be restored
+    // otherwise.
     if (savedStdout.isOpen() && savedStderr.isOpen()) {
         stdoutRedirected = replaceDescriptor(stdoutPipe.writeEnd.get(), STDOUT_FILENO);
         stderrRedirected = stdoutRedirected && replaceDescriptor(stderrPipe.writeEnd.get(), STDERR_FILENO);
     }
     if (!stderrRedirected) {
-        // The pipe has no reader. A write to a full pipe must fail instead of waiting for ever.
+        // Nobody reads this pipe, so a write must fail when the pipe is full, instead of waiting for ever.
         addFlag(stdoutPipe.writeEnd.get(), O_NONBLOCK);
         receiver->error(tr("Unable to dup2 pipe to capture rpm transaction output"));
         return;
@@ -218,8 +220,8 @@ YumIOCapturers::YumIOCapturers(CapturedOutput* textReceiver)
     minion->activate();
 }
 
-// Starts a pump behind the two pipes. After that, readEnd of each pipe is the output of the pump. If the
-// resources for a pump are missing, the minion reads the pipes directly.
+// Puts an OutputPump between the two pipes and their reader: each pipe's readEnd becomes the output of the
+// pump. If the pump cannot be created, the minion reads the pipes directly.
 void YumIOCapturers::startPump()
 {
     Pipe behind[OutputPump::channelCount];
@@ -251,7 +253,7 @@ YumIOCapturers::~YumIOCapturers()
     flushStreams();
     if (!restore(savedStdout, STDOUT_FILENO, stdoutRedirected) ||
         !restore(savedStderr, STDERR_FILENO, stderrRedirected)) {
-        (void)pump.release(); // the redirected descriptors need the pump until the program ends
+        (void)pump.release(); // a descriptor is still redirected, so the pump must run until the program ends
         return;
     }
     stdoutPipe.writeEnd.close();
@@ -268,7 +270,7 @@ YumIOCapturers::~YumIOCapturers()
 bool YumIOCapturers::restore(const FileDescriptor& saved, int fd, bool redirected)
 {
     if (redirected && !replaceDescriptor(saved.get(), fd)) {
-        // The text is the same for both descriptors.
+        // The message names stderr for both descriptors.
         receiver->error(tr("Unable to dup2 to restore stderr"));
         return false;
     }

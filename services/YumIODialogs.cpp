@@ -51,8 +51,8 @@ void YumIODialogsMinion::scrollable(const QString& caption, const QString& text)
     Q_EMIT setResult(0);
 }
 
-// Does the same as QMessageBox::warning() and critical() with three button texts, but without markup. Qt's
-// functions would interpret markup in the text, which comes from packages and failures.
+// Works like QMessageBox::warning() and critical() with three buttons. But those functions would interpret
+// markup in the text, which comes from packages and failures.
 int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, const QString& text,
                                 const QStringList& buttonTexts, int defaultButtonNumber,
                                 int escapeButtonNumber)
@@ -70,8 +70,8 @@ int YumIODialogsMinion::message(QMessageBox::Icon icon, const QString& caption, 
     box.setEscapeButton(buttons.value(escapeButtonNumber));
     const QuestionGuard guard(&box);
     const int number = box.exec();
-    // If the end of the program closes the box, no button was clicked. The result is then the safe answer,
-    // not button 0.
+    // If the program ends while the box is open, no button was clicked. Return the safe answer, because
+    // exec() returns 0, which would mean button 0.
     return box.clickedButton() != nullptr ? number : escapeButtonNumber;
 }
 
@@ -164,7 +164,7 @@ void YumIODialogs::setResult(int answer)
 
 void YumIODialogs::waitForResult()
 {
-    // On the graphical thread, the dialog has already run while the signal was emitted.
+    // If the graphical thread asks the question itself, the dialog has already run inside the emitted signal.
     if (!haveResult) {
         loop.exec(QEventLoop::ExcludeUserInputEvents);
     }
@@ -172,7 +172,7 @@ void YumIODialogs::waitForResult()
 
 void YumIODialogs::giveUpWaiting()
 {
-    // The call is queued, because the event loop of the waiting thread must deliver the answer.
+    // Queue the call, so that the event loop of the waiting thread delivers the answer.
     QMetaObject::invokeMethod(this, "setResult", Qt::QueuedConnection, Q_ARG(int, safeResult));
 }
 

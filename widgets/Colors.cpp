@@ -11,7 +11,8 @@ namespace Colors {
 
 namespace {
 
-// On a background with at least this grey value, black text is easier to read than white text.
+// If the grey value of a background is at least this number, black text is easier to read on it than white
+// text.
 const int darkestGreyForBlackText = 124;
 
 QPalette makeLabel(const QPalette& palette, const QColor& background)
@@ -23,13 +24,14 @@ QPalette makeLabel(const QPalette& palette, const QColor& background)
     return made;
 }
 
-// On a background with less than this luminance, white text has more contrast than black text.
+// If the luminance of a background is less than this number, white text has more contrast on it than black
+// text.
 const double darkestLightBackground = 0.179;
 
-// The minimum contrast of readable text of an ordinary size.
+// The minimum contrast at which text of an ordinary size is readable.
 const double leastContrast = 4.5;
 
-// Returns the luminance as the eye perceives it, from 0 for black to 1 for white.
+// Returns the perceived luminance of a colour, from 0 for black to 1 for white.
 double luminance(const QColor& color)
 {
     const auto linear = [](double part) {
@@ -43,7 +45,7 @@ bool isDark(const QColor& background)
     return luminance(background) < darkestLightBackground;
 }
 
-// Returns the contrast of a colour on a darker background.
+// Returns the contrast between a colour and a darker background.
 double contrast(const QColor& color, const QColor& background)
 {
     return (luminance(color) + 0.05) / (luminance(background) + 0.05);
@@ -108,7 +110,7 @@ QString okBg()
 
 QPalette makeRequired(const QPalette& palette)
 {
-    // The form calls this function at each key press.
+    // Store this colour, because the repository form calls this function at each key press.
     static const QColor background(requiredBg());
     QPalette made(palette);
     made.setColor(QPalette::Active, QPalette::Base, background);

@@ -10,7 +10,7 @@
 
 namespace {
 
-// The number of letters that are visible at the smallest width.
+// The label is always wide enough for this number of letters.
 const int fewestLetters = 8;
 
 } // namespace

@@ -31,7 +31,7 @@ int afterBrackets(const QByteArray& text, int begin)
     return at < text.size() ? at + 1 : -1;
 }
 
-// Removes all bytes of the last character.
+// Removes the last UTF-8 character, which may have several bytes.
 void chopCharacter(QByteArray& text)
 {
     while (!text.isEmpty()) {
@@ -64,8 +64,8 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
         case ')':
         case '|':
         case '{':
-            // If an expression has groups, alternatives or repetition counts, its matches may have no fixed
-            // text in common.
+            // The matches of an expression with groups, alternatives or repetition counts may have no text in
+            // common.
             whole = false;
             return QByteArray();
         case '*':
@@ -87,7 +87,8 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
                 ++next;
             }
             if (next < expression.size() && (expression.at(next) == '*' || expression.at(next) == '?')) {
-                chopCharacter(run); // zero repetitions may match, so the text may lack this character
+                // The character may occur zero times, so it is not a part of the fixed text.
+                chopCharacter(run);
             }
             endRun();
             ++at;
@@ -106,7 +107,7 @@ QByteArray Expression::requiredText(const QByteArray& expression, bool& whole)
                 std::strchr(".[]()*+?{}|^$\\/", expression.at(at + 1)) != nullptr) {
                 run += expression.at(at + 1);
             } else {
-                endRun(); // a character class or a word boundary
+                endRun(); // a backslash and a letter, such as \w or \b, match no fixed text
             }
             at += 2;
             break;
@@ -145,7 +146,7 @@ QString Expression::withoutOuterAny(QString text)
 void Expression::compile(const QString& text)
 {
     clear();
-    const QByteArray expression(text.toUtf8().constData()); // the library reads only up to a null byte
+    const QByteArray expression(text.toUtf8().constData()); // regcomp() reads only up to a null byte
     regStatus = regcomp(&pattern, expression.constData(), REG_EXTENDED | REG_NOSUB);
     required = requiredText(expression, literal);
     literal = literal && !required.isEmpty();
@@ -189,7 +190,7 @@ bool Expression::matchesAny(const QByteArray& texts) const
             if (literal) {
                 return true;
             }
-            // The text to match begins after the last zero byte before the required text.
+            // Find the text that contains this position: it begins after the preceding zero byte.
             const auto* place = static_cast<const char*>(found);
             const void* before = memrchr(text, '\0', static_cast<size_t>(place - text));
             if (before != nullptr) {

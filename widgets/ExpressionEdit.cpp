@@ -9,7 +9,7 @@
 
 void ExpressionEdit::showValid(bool valid)
 {
-    // Without these colours, an invalid expression would look like an expression without matches.
+    // Colour an invalid expression, because the list is as empty as for an expression without matches.
     QPalette palette = QApplication::palette(this);
     if (!valid) {
         palette.setColor(QPalette::Base, QColor(Colors::errorBg()));

@@ -28,14 +28,15 @@
 
 namespace {
 
-// The maximum width of a column, in letters. The last column gets the remaining width.
+// The maximum width of all columns except the last, in letters. The last column gets the remaining width.
 constexpr int widestColumn = 30;
-// In each column, only this number of the longest texts is measured.
+// The width of a column is measured with only this number of its longest texts.
 constexpr size_t measuredTexts = 8;
-// A number that no row has.
+// The value of `reported` if the row is unknown. No row has this number.
 constexpr int unknownRow = -2;
 
-// If a cell without a tool tip is too narrow for its text, shows the whole text as tool tip.
+// A delegate that shows the whole text as tool tip if the column is too narrow for the text and the cell has
+// no tool tip.
 class Cells : public HItemDelegate
 {
 public:
@@ -55,7 +56,8 @@ public:
     }
 };
 
-// A table whose size hint does not depend on the widths of its columns, because every column can be narrower.
+// A table with a fixed size hint. It does not depend on the columns, because the user can make each column
+// narrower.
 class Table : public HTableView
 {
 public:
@@ -86,8 +88,8 @@ FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QW
     edit->installEventFilter(this);
     connect(edit, SIGNAL(textChanged(const QString&)), this, SLOT(applyExpression()));
 
-    // This connection must exist before the view connects itself: aboutToList() stores the current row before
-    // the view forgets it.
+    // Connect this slot before the view connects its own: aboutToList() must store the current row before the
+    // view loses it.
     connect(rows, SIGNAL(modelAboutToBeReset()), this, SLOT(aboutToList()));
     rows->setSourceModel(model);
     table->setModel(rows);
@@ -97,7 +99,7 @@ FilteredList::FilteredList(HAbstractTableModel* records, const QString& name, QW
     table->setShowGrid(false);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setAlternatingRowColors(true);
-    table->setTabKeyNavigation(false); // the Tab key must not go through every cell
+    table->setTabKeyNavigation(false); // otherwise the Tab key would stop at each cell
     table->setWordWrap(false);
     table->verticalHeader()->hide();
     table->setOneLineRows();
@@ -152,7 +154,7 @@ void FilteredList::fitColumns()
     const int widest = widestColumn * Metrics::columnWidth(metrics);
     const int count = model->rowCount();
     const int last = model->columnCount() - 1;
-    // The last column gets the remaining width, but at least the width of its heading.
+    // setStretchLastSection() widens the last column to the remaining width. This width is its minimum.
     table->setColumnWidth(last, header->sectionSizeHint(last));
     for (int column = 0; column < last; ++column) {
         std::vector<QString> texts;
@@ -167,7 +169,7 @@ void FilteredList::fitColumns()
         for (size_t i = 0; i < measured; ++i) {
             width = qMax(width, metrics.boundingRect(texts[i]).width());
         }
-        // The delegate needs a margin on both sides of a text.
+        // Add the margins that the delegate leaves on both sides of a text.
         width += 2 * Metrics::columnWidth(metrics);
         table->setColumnWidth(column, qMax(header->sectionSizeHint(column), qMin(width, widest)));
     }
@@ -242,7 +244,8 @@ void FilteredList::aboutToList()
 {
     listing = true;
     const int row = currentRow();
-    // If the model is reset, this index becomes invalid.
+    // If the model is reset, this persistent index becomes invalid. listed() then makes the first row
+    // current.
     kept = row >= 0 ? QPersistentModelIndex(model->index(row, 0)) : QPersistentModelIndex();
 }
 
@@ -252,7 +255,7 @@ void FilteredList::listed()
     selectCurrent(same ? kept.row() : -1);
     kept = QPersistentModelIndex();
     if (!same) {
-        reported = unknownRow; // the same row number may now belong to another record
+        reported = unknownRow; // this row number may now belong to another record
     }
     listing = false;
     updateTexts();
@@ -260,7 +263,8 @@ void FilteredList::listed()
     Q_EMIT selectionChanged();
 }
 
-// Selects only this row and makes it current. If the row is not listed, the first listed row is used instead.
+// Makes this row the only selected row, and the current row. If the filter hides the row, uses the first
+// listed row instead.
 void FilteredList::selectCurrent(int row)
 {
     QModelIndex index = rows->mapFromSource(model->index(row, 0));
@@ -299,7 +303,8 @@ void FilteredList::handleActivated(const QModelIndex& index)
 void FilteredList::showEvent(QShowEvent* event)
 {
     QWidget::showEvent(event);
-    // A spontaneous event comes from the window manager, for example after the window was minimized.
+    // A spontaneous event comes from the window manager, for example when it restores a minimized window.
+    // Only an event of the program means that the window opens.
     if (!event->spontaneous()) {
         table->setFocus();
     }
@@ -307,7 +312,7 @@ void FilteredList::showEvent(QShowEvent* event)
 
 bool FilteredList::eventFilter(QObject* watched, QEvent* event)
 {
-    // In the edit, the Down key moves the focus to the list.
+    // The Down key in the edit moves the focus to the list.
     if (watched == edit && event->type() == QEvent::KeyPress &&
         static_cast<QKeyEvent*>(event)->key() == Qt::Key_Down) {
         table->setFocus();

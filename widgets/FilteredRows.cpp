@@ -22,7 +22,7 @@ bool isNumber(const QVariant& value)
     }
 }
 
-// The value by which a row is sorted.
+// The value of a cell by which rows are sorted.
 struct Key
 {
     explicit Key(const QVariant& value)
@@ -108,7 +108,7 @@ void FilteredRows::sourceHasChanged()
     endResetModel();
 }
 
-// The rows keep their positions until the table is filtered or sorted again.
+// Rows do not move when their data change. They move when the user filters or sorts again.
 void FilteredRows::sourceDataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                                      const QVector<int>& roles)
 {

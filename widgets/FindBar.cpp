@@ -21,7 +21,8 @@
 
 namespace {
 
-// Shows a selection in the same colour while the focus is in the bar.
+// Without the focus, a widget shows its selection in another colour. This function sets both colours to the
+// same value, because the find bar has the focus while it selects matches.
 void keepSelectionVisible(QWidget* widget)
 {
     QPalette palette;
@@ -42,9 +43,9 @@ public:
     Text& operator=(const Text&) = delete;
 
     virtual QString contents() const = 0;
-    // Returns the start of the selection, or the position of the cursor.
+    // Returns the start of the selection. If nothing is selected, returns the position of the cursor.
     virtual int position() const = 0;
-    // Returns whether a text is selected.
+    // Returns whether any characters are selected.
     virtual bool hasSelection() const = 0;
     // Selects a match and scrolls to it.
     virtual void select(int start, int length) = 0;
@@ -94,8 +95,8 @@ public:
             return metrics.size(Qt::TextSingleLine | Qt::TextExpandTabs, part).width();
         };
         const QRect place(width(line), row * metrics.lineSpacing(), width(match), metrics.lineSpacing());
-        // The first call shows the end of the match, so that the beginning of a very long match stays
-        // visible.
+        // Show the end of the match first, then its beginning. If the match is wider than the area, the
+        // beginning stays visible.
         area->ensureVisible(place.right(), place.bottom(), metrics.lineSpacing(), metrics.lineSpacing());
         area->ensureVisible(place.left(), place.top(), metrics.lineSpacing(), metrics.lineSpacing());
     }
@@ -224,7 +225,7 @@ void FindBar::find(int from, bool backward)
             found = contents.indexOf(wanted, 0, Qt::CaseInsensitive);
         }
     } else {
-        // A negative position would be counted from the end.
+        // Do not pass a negative position: QString counts it from the end of the text.
         found = from >= 0 ? contents.lastIndexOf(wanted, from, Qt::CaseInsensitive) : -1;
         if (found < 0) {
             found = contents.lastIndexOf(wanted, -1, Qt::CaseInsensitive);
@@ -245,7 +246,8 @@ void FindBar::showFound(bool found)
 
 void FindBar::keyPressEvent(QKeyEvent* event)
 {
-    // The window must not get these keys: its default button may start a transaction.
+    // Accept these keys in all cases: they would press the window's default button, which may start a
+    // transaction.
     switch (event->key()) {
     case Qt::Key_Escape:
         dismiss();

@@ -34,7 +34,7 @@ const QPalette& tipPalette()
     return palette;
 }
 
-// Returns the index of the tip's screen in QGuiApplication::screens().
+// Returns the index in QGuiApplication::screens() of the screen on which the tip appears.
 int screenFor(const QPoint& pos, const QWidget* w)
 {
     const QList<QScreen*> screens = QGuiApplication::screens();
@@ -58,7 +58,8 @@ bool isModifier(int key)
 
 bool isModifierHeld(const QKeyEvent* event)
 {
-    // A key on the number pad has the keypad modifier, although the user holds no modifier key.
+    // Ignore the keypad modifier: Qt sets it for each key of the number pad, and the user holds no modifier
+    // key.
     return (event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier;
 }
 
@@ -90,8 +91,8 @@ void GeneralTip::showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), vo
                          bool sticky)
 {
     const int number = screenFor(pos, w);
-    // The desktop's widget is the parent only because it selects the screen. Before the window exists, no
-    // other way is possible.
+    // The screen's desktop widget becomes the parent only because it determines the screen of the tip. A
+    // widget that has no window yet offers no other way to choose its screen.
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     QWidget* parent = QApplication::desktop()->screen(number);
@@ -107,7 +108,7 @@ void GeneralTip::showTip(const QPoint& pos, void (*fill)(GeneralTip*, void*), vo
 
 void GeneralTip::place(const QPoint& pos, const QRect& screen)
 {
-    // QRect::right() and bottom() would be one pixel too small.
+    // Do not use QRect::right() and bottom(), whose results are one pixel too small.
     const int screenRight = screen.x() + screen.width();
     const int screenBottom = screen.y() + screen.height();
     QPoint corner = pos + QPoint(2, 16);

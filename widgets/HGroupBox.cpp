@@ -12,7 +12,7 @@ void HGroupBox::paintEvent(QPaintEvent*)
     QStylePainter painter(this);
     QStyleOptionGroupBox option;
     initStyleOption(&option);
-    // The additional blanks make the style reserve more space.
+    // Add blanks to the title, because some styles reserve too little space for a title.
     option.text += QString(1 + option.text.size() / 8, QChar(QChar::Nbsp));
     painter.drawComplexControl(QStyle::CC_GroupBox, option);
 }

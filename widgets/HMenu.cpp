@@ -11,7 +11,7 @@
 
 namespace {
 
-// Returns the innermost active action in the menu and its open sub-menus, or null.
+// Returns the active action of the innermost open sub-menu, or null if no action is active.
 const QAction* lastActiveAction(const QMenu* menu)
 {
     const QAction* last = nullptr;
@@ -22,8 +22,8 @@ const QAction* lastActiveAction(const QMenu* menu)
     return last;
 }
 
-// Returns whether the tool tip differs from the text in the menu. By default, the tool tip of an action is
-// its text.
+// Returns whether the tool tip says more than the menu entry. By default, Qt uses the action's text as its
+// tool tip.
 bool addsToText(const QAction& action)
 {
     QString text = action.text();

@@ -30,7 +30,8 @@ void HMessageBox::showEvent(QShowEvent* event)
     widen();
 }
 
-// Widens the box, because the base class limits the width and truncates long words such as file names.
+// Widens the box up to the width of the screen. QMessageBox itself limits the width, and truncates long words
+// such as file names.
 void HMessageBox::widen()
 {
     const int width = qMin(layout()->totalMinimumSize().width(), Metrics::maxWindowSize().width());

@@ -50,7 +50,7 @@ void HScrollArea::forceResize()
     }
     widget()->resize(widget()->sizeHint());
     updateGeometry();
-    // The first resize may have changed the size hint of the inner widget, so a second resize follows.
+    // Resize a second time: a widget with wrapped text may have another size hint after the first resize.
     widget()->resize(widget()->sizeHint());
 }
 

@@ -108,8 +108,7 @@ bool HSortFilterProxyModel::lessThan(const QModelIndex& left, const QModelIndex&
     case Order::Equal:
         break;
     }
-    // If rows are also equal in the second column, they keep their order, because the base class uses a
-    // stable sort.
+    // Rows that are equal in both columns keep their order, because the base class sorts stably.
     const QModelIndex secondary = createSecondarySortIndex(left);
     return left.column() != secondarySortColumn && secondary.isValid() &&
            lessThan(secondary, createSecondarySortIndex(right));

@@ -37,8 +37,8 @@ void HTableView::setOneLineRows()
 
 void HTableView::fitRowsToFont()
 {
-    // The size of the icons grows in steps, because an icon that is scaled by one or two pixels looks
-    // blurred.
+    // Use only multiples of 8 pixels as icon sizes, because an icon looks blurred if it is scaled by one or
+    // two pixels.
     const int step = 8;
     const int side = qMax(style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this),
                           fontMetrics().height() / step * step);
@@ -118,7 +118,7 @@ void HTableView::keyPressEvent(QKeyEvent* event)
     if ((toStart || event->key() == Qt::Key_End) && modifiers == Qt::ControlModifier) {
         const int rows = model() != nullptr ? model()->rowCount(rootIndex()) : 0;
         if (rows > 0) {
-            // The base class moves only the current index, and does not move the selection.
+            // Select the cell explicitly, because the base class moves only the current index.
             QItemSelectionModel::SelectionFlags command = QItemSelectionModel::ClearAndSelect;
             if (selectionBehavior() == QAbstractItemView::SelectRows) {
                 command |= QItemSelectionModel::Rows;

@@ -6,7 +6,7 @@
 
 QString Literal::toolTip(const QString& text)
 {
-    // Qt shows a text unchanged if it does not look like rich text.
+    // Return plain text unchanged, because Qt interprets only text that looks like rich text.
     if (!Qt::mightBeRichText(text)) {
         return text;
     }

@@ -14,18 +14,18 @@ namespace EndSignals {
 
 namespace {
 
-// After this number of seconds, the program is assumed to ignore a request to end. For example, the graphical
-// thread waits for an X server that hangs.
+// If VYRE has not ended this number of seconds after the first signal, the handler ends the process. For
+// example, the graphical thread may wait for an X server that hangs.
 constexpr time_t patience = 10;
 
-// install() sets the next two variables before it installs the handlers.
+// install() sets `output` and `owner` before it installs the handlers.
 volatile std::sig_atomic_t output = -1;
 pid_t owner = 0;
 
-volatile std::sig_atomic_t firstCame = 0; // 1 after the first signal has been passed on
+volatile std::sig_atomic_t firstCame = 0; // 1 after the handler has passed on a signal
 time_t firstTime = 0;                     // the monotonic time of the first signal, in seconds
 
-// The path of the lock file is valid only while its length is not 0.
+// The handler reads this path only while lockFileLength is not 0.
 char lockFile[PATH_MAX] = "";
 volatile std::sig_atomic_t lockFileLength = 0;
 
@@ -36,9 +36,10 @@ time_t now()
     return time.tv_sec;
 }
 
-// The functions below run in the signal handler, so they use only system calls.
+// --- Functions of the signal handler. They use system calls only, because the signal may interrupt any code.
 
-// Removes the lock file if it contains this process's number. Otherwise it belongs to another process.
+// Removes the package manager's lock file, but only if it contains the number of this process. Otherwise the
+// lock belongs to another process.
 void removeLockFile()
 {
     if (lockFileLength == 0) {
@@ -64,7 +65,7 @@ extern "C" void passOn(int number, siginfo_t* info, void*)
 {
     const int failure = errno;
     if (getpid() != owner) {
-        // This is a child process that has not started its program yet.
+        // A child process runs this handler between fork() and exec(). End only this child.
         endBy(number);
     }
     const bool unheard = firstCame != 0 && now() - firstTime > patience;
@@ -77,7 +78,7 @@ extern "C" void passOn(int number, siginfo_t* info, void*)
         firstCame = 1;
     }
     if (write(output, &number, sizeof number) != ssize_t(sizeof number)) {
-        // The pipe is full, so thousands of requests are waiting already.
+        // Nothing else to do: a full pipe already contains thousands of signals that nobody has read.
     }
     errno = failure;
 }
@@ -102,7 +103,7 @@ bool endsProcess(int number)
 {
     switch (number) {
     case SIGKILL:
-    case SIGSTOP: // SIGKILL and SIGSTOP cannot be caught
+    case SIGSTOP: // no handler can catch SIGKILL and SIGSTOP
     case SIGCHLD:
     case SIGCONT:
     case SIGTSTP:
@@ -112,7 +113,8 @@ bool endsProcess(int number)
     case SIGWINCH:
         return false;
     default:
-        // The C library uses the signals between SIGSYS and SIGRTMIN for its own threads.
+        // Leave the numbers between SIGSYS and SIGRTMIN alone: the C library uses these signals for its
+        // threads.
         return (number >= 1 && number <= SIGSYS) || (number >= SIGRTMIN && number <= SIGRTMAX);
     }
 }
@@ -126,10 +128,12 @@ bool isFault(int number)
 bool wasSent(const siginfo_t& info)
 {
     if (info.si_signo == SIGABRT) {
-        // abort() sends SIGABRT with these values. The process ends when the handler returns.
+        // abort() sends SIGABRT to its own process with these values. The process then ends as soon as the
+        // handler returns.
         return !(info.si_code == SI_TKILL && info.si_pid == getpid());
     }
-    // Signals outside isFault() never mean a fault, even if the system sends them, for example for a timer.
+    // A signal for which isFault() is false was always sent, by a process or by the system (for example for a
+    // timer).
     return !isFault(info.si_signo) || info.si_code <= 0;
 }
 
@@ -139,8 +143,8 @@ void install(int descriptor)
     owner = getpid();
     firstCame = 0;
     for (int number = 1; number <= SIGRTMAX; ++number) {
-        // The interpreter checks at its start whether SIGINT has a handler. Therefore renew() sets our
-        // handler later.
+        // Skip SIGINT here: the interpreter checks during its start whether SIGINT has a handler. renew()
+        // handles SIGINT later.
         if (endsProcess(number) && number != SIGINT) {
             takeOver(number);
         }

@@ -9,7 +9,7 @@ namespace {
 using Package::Entry;
 using From = Fields::Source;
 
-// The uses of most fields of packages, and of groups.
+// Combinations of flags that most fields have.
 constexpr int searchedAndDescribed = Fields::OfPackages | Fields::Searched | Fields::Described;
 constexpr int alsoInShortDescription = searchedAndDescribed | Fields::InShortDescription;
 constexpr int searchedAndDescribedForGroups = Fields::OfGroups | Fields::Searched | Fields::Described;

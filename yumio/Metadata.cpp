@@ -20,12 +20,13 @@ namespace {
 using Archive = std::unique_ptr<archive, decltype(&archive_read_free)>;
 using Parser = std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)>;
 
-// The common base class for all kinds of files. A file is a list of package elements, each with a checksum.
+// The base class for the parsers of all kinds of metadata files. Such a file is a list of package elements,
+// each with a checksum.
 class Reader
 {
 public:
-    // rootName is the name of the element that contains the packages. A file of another kind contains the
-    // same packages, but lacks the wanted data. The name of its root element shows the difference.
+    // rootName is the name of the expected root element. Other kinds of metadata files have the same package
+    // elements without the wanted data, so only the root element shows a wrong kind.
     Reader(const QByteArray& rootName, const Wanted& wantedPackages, std::vector<QByteArray>& result)
         : expectedRoot(rootName), wanted(wantedPackages), texts(result),
           parser(XML_ParserCreate(nullptr), XML_ParserFree), announced(0), found(0), place(-1),
@@ -73,12 +74,12 @@ public:
     }
 
 protected:
-    // Called at the start of an element inside a wanted package. Returns whether take() needs the characters
-    // of this element.
+    // Called at the start of each element inside a wanted package. Returns whether the reader must collect
+    // the element's characters for take().
     virtual bool begin(const char* name, const char** attributes) = 0;
-    // Called at the end of the element, with all its characters.
+    // Called at the end of such an element, with all its characters.
     virtual void take(const QByteArray& characters) = 0;
-    // Called at the end of the package. Returns its text.
+    // Called at the end of a wanted package. Returns the text of the package.
     virtual QByteArray finish() = 0;
 
     static const char* value(const char** attributes, const char* name)
@@ -94,7 +95,8 @@ protected:
 private:
     static constexpr int blockSize = 1 << 18;
 
-    // Compares the numbers of packages, because a truncated file may still have a proper end tag.
+    // Compares the number of packages with the number that the file declares, because a truncated file may
+    // still have a proper end tag.
     bool isComplete(QString& problem) const
     {
         if (found < announced) {
@@ -150,9 +152,9 @@ private:
     std::vector<QByteArray>& texts;
     Parser parser;
     QByteArray root;     // null before the root element begins
-    long long announced; // the number of packages that the root element declares, or 0
+    long long announced; // the number of packages that the file declares, or 0
     long long found;
-    int place; // the index of the current package's text; -1 if the package is not wanted
+    int place; // the index of the current package in `texts`; -1 if the package is not wanted
     bool collecting;
     QByteArray collected;
 };
@@ -172,8 +174,8 @@ protected:
 
     QByteArray finish() override
     {
-        // The program sorts texts by UTF-16 code units. For bytes from 0xee on, the byte order may be
-        // different.
+        // The paths must be sorted by UTF-16 code units. Sorting the UTF-8 bytes gives the same order only if
+        // all bytes are less than 0xee.
         const bool sortable = std::all_of(paths.begin(), paths.end(), [](const QByteArray& path) {
             return std::all_of(path.begin(), path.end(),
                                [](char byte) { return static_cast<unsigned char>(byte) < 0xee; });
@@ -202,7 +204,7 @@ private:
     std::vector<QByteArray> paths;
 };
 
-// Checks a file without collecting texts.
+// Checks whether a file is well-formed and complete, without collecting texts.
 class Checker : public Reader
 {
 public:

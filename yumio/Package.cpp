@@ -22,7 +22,7 @@ Entry::~Entry()
                      "Internal error: attempt to delete Package::Entry %p with extant python obj %p\n",
                      static_cast<void*>(this), static_cast<void*>(pyObject));
     }
-    // A loop deletes the chain, because recursion could exhaust the stack.
+    // Delete the chain in a loop, because a recursive deletion could exhaust the stack.
     Entry* following = next;
     while (following != nullptr) {
         Entry* doomed = following;

@@ -116,7 +116,8 @@ void Records::clear(const std::function<void(PyObject*)>& drop)
             }
         }
     }
-    qDeleteAll(collectedEntries); // the index may contain a record twice
+    // The records are deleted through this list, because the index may contain a record under two keys.
+    qDeleteAll(collectedEntries);
     entries.clear();
     entryIndex.clear();
     collectedEntries.clear();

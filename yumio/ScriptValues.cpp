@@ -61,7 +61,8 @@ static_assert(sizeof attributes / sizeof *attributes == ScriptValues::PackageAtt
               "each attribute has its name");
 static_assert(inOrder(), "the names are in the order of the enumeration");
 
-// Makes this thread format numbers with a decimal point for a scope, regardless of the program's locale.
+// While an object exists, this thread writes numbers with a decimal point, whatever the locale of the program
+// is.
 class PlainNumbers
 {
 public:
@@ -100,8 +101,8 @@ QString ScriptValues::pyString(PyObject* object)
         return QString();
     }
     if (PyUnicode_Check(object)) {
-        // Copies the characters directly. An encoder would refuse lone surrogates, with which Python
-        // represents undecodable bytes of file names.
+        // Copy the characters directly. Python represents undecodable bytes of file names by lone surrogates,
+        // which an encoder would refuse.
         const auto length = static_cast<int>(PyUnicode_GET_LENGTH(object));
         switch (PyUnicode_KIND(object)) {
         case PyUnicode_1BYTE_KIND:
@@ -135,7 +136,7 @@ QString ScriptValues::pyStringX(PyObject* object)
             return pyString(object);
         }
         if (PyLong_Check(object)) {
-            // str() is unsuitable, because str(True) is a word.
+            // Do not use str(): str(True) is the word "True".
             return pyStringDec(PyNumber_ToBase(object, 10));
         }
         const bool list = PyList_Check(object);
@@ -298,8 +299,8 @@ const char* ScriptValues::attributeName(PackageAttribute which)
 
 PyObject* ScriptValues::attribute(PyObject* object, PackageAttribute which)
 {
-    // The interpreter caches the results of attribute lookups only for interned names. For other names, it
-    // searches the class and all its base classes each time.
+    // Intern the name: the interpreter caches attribute lookups only for interned names, and otherwise
+    // searches all base classes each time.
     PyRef& name = attributeNames[which];
     if (!name) {
         name = PyRef(PyUnicode_InternFromString(attributeName(which)));
@@ -413,10 +414,10 @@ quint64 ScriptValues::sizeOf(PyObject* pkg)
 
 QString ScriptValues::bytesFormat(unsigned long long bytes)
 {
-    // The units are translated only once, because a collection formats the size of each package.
+    // The names of the units are translated once, because each collection formats tens of thousands of sizes.
     static const struct
     {
-        int shift; // the unit is 2 to the power of this number
+        int shift; // the unit has 2 to the power of this number of bytes
         QString name;
     } units[] = {{60, tr("Eb")}, {50, tr("Pb")}, {40, tr("Tb")},
                  {30, tr("Gb")}, {20, tr("Mb")}, {10, tr("Kb")}};
@@ -424,7 +425,7 @@ QString ScriptValues::bytesFormat(unsigned long long bytes)
     double value = static_cast<double>(bytes);
     const QString* unit = &smallest;
     for (const auto& candidate : units) {
-        // A unit is used as soon as the number would need four digits in the next smaller unit.
+        // Use this unit as soon as the number would have four digits in the next smaller unit.
         if (bytes >= 1000ULL << (candidate.shift - 10)) {
             value /= static_cast<double>(1ULL << candidate.shift);
             unit = &candidate.name;

@@ -8,14 +8,14 @@
 
 namespace {
 
-// The first recorded signal, or 0.
+// The first signal that was recorded, or 0.
 volatile std::sig_atomic_t recorded = 0;
 pid_t owner = 0;
 
 extern "C" void record(int number, siginfo_t* info, void*)
 {
     if (getpid() != owner) {
-        // This is a child process that has not started its program yet.
+        // A child process runs this handler between fork() and exec(). End only this child.
         EndSignals::endBy(number);
     }
     if (!EndSignals::wasSent(*info)) {
@@ -43,7 +43,8 @@ SignalRecorder::SignalRecorder() : before(), replaced()
         const bool plain = (before[number].sa_flags & SA_SIGINFO) == 0;
         const bool ignored = plain && before[number].sa_handler == SIG_IGN;
         const bool byDefault = plain && before[number].sa_handler == SIG_DFL;
-        // If other code has installed a handler for a fault, that handler must still receive the fault.
+        // Keep a handler that other code has installed for a fault, because that code must still receive the
+        // fault.
         const bool foreign = EndSignals::isFault(number) && !byDefault && !EndSignals::isOurs(before[number]);
         replaced[number] = !ignored && !foreign && sigaction(number, &recording, &before[number]) == 0;
     }
@@ -60,7 +61,8 @@ SignalRecorder::~SignalRecorder()
         const int number = recorded;
         recorded = 0;
         if (number == SIGABRT) {
-            kill(owner, number); // after raise(), the signal would look like an abort of the program itself
+            // With raise(), wasSent() would take the signal for an abort() of this process.
+            kill(owner, number);
         } else {
             std::raise(number);
         }

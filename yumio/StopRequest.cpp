@@ -10,7 +10,7 @@
 
 namespace {
 
-// The interval, in milliseconds, at which the downloads are interrupted again.
+// The interval in milliseconds at which librepo's `lr_interrupt` is set again.
 constexpr int interval = 50;
 
 } // namespace
@@ -85,7 +85,7 @@ bool StopRequest::request()
     });
     if (accepted) {
         interruptDownloads();
-        // The library forgets an interruption when it begins another download.
+        // Repeat this, because librepo clears `lr_interrupt` when it begins a download.
         repetition.start();
     }
     return accepted;
@@ -119,7 +119,7 @@ void StopRequest::interruptAgain()
 void StopRequest::interruptDownloads()
 {
     static volatile std::sig_atomic_t* const flag = [] {
-        // Null unless the package manager has loaded the library.
+        // Null if the package manager has not loaded librepo yet.
         void* const library = dlopen("librepo.so.0", RTLD_LAZY | RTLD_NOLOAD);
         return library != nullptr ? static_cast<volatile std::sig_atomic_t*>(dlsym(library, "lr_interrupt"))
                                   : nullptr;

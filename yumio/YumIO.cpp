@@ -47,7 +47,8 @@ private:
     FILE* file;
 };
 
-// The texts of the script. Qt's lupdate finds texts only in C++ files, so they are repeated here.
+// All texts of the script that are translated. They are repeated here because Qt's lupdate finds texts only
+// in C++ files.
 const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP(
         "YumIO", "VYRE does not support version {} of dnf. It cannot read the configuration, because dnf "
@@ -117,7 +118,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "There is nothing to do."),
     QT_TRANSLATE_NOOP("YumIO", "The marks cannot be applied:\n"
                                "{}\nNothing was changed. VYRE keeps all marks."),
-    // This is one text in four lines.
+    // The following four lines are one text.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Go on without these packages?\n\n"
                                "\"Yes\" goes on with the remaining marks: {}. VYRE keeps the marks that "
@@ -154,7 +155,7 @@ const char* const scriptTexts[] = {
                       "Searches and descriptions lack some file lists or change logs of its packages."),
     QT_TRANSLATE_NOOP("YumIO", "The modules metadata of the repository {} are damaged: {}\n"
                                "VYRE does not use this repository."),
-    // This is one text in three lines.
+    // The following three lines are one text.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "VYRE cannot read groups of packages on this system, because the installed "
                                "libcomps does not work with the installed version of Python. VYRE lists no "
@@ -186,7 +187,7 @@ const char* const scriptTexts[] = {
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database: {}\nKeep waiting?\n"),
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database.\nKeep waiting?\n"),
     QT_TRANSLATE_NOOP("YumIO", "Another program is using the package database. Nothing was changed."),
-    // This is one text in three lines.
+    // The following three lines are one text.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "Another program has changed the system since VYRE read the packages. "
                                "Nothing was applied.\n"
@@ -194,7 +195,7 @@ const char* const scriptTexts[] = {
                                "possible."),
     QT_TRANSLATE_NOOP("YumIO",
                       "Process {} has ended without removing its lock file {}. VYRE removes this file."),
-    // This is one text in two lines.
+    // The following two lines are one text.
     // NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
     QT_TRANSLATE_NOOP("YumIO", "The last transaction, begun on {}, was interrupted.\nMark and "
                                "apply its remaining changes again."),
@@ -208,14 +209,15 @@ const char* const scriptTexts[] = {
                       "{}\n\"dnf remove --duplicates\" removes the older versions."),
 };
 
-// Hides the passwords in a text and returns a new reference. The script uses this function for its log files.
+// A global function of the script, which calls it before it writes text to its log files. Returns a new
+// string without passwords.
 PyObject* hideSecrets(PyObject*, PyObject* given)
 {
     if (PyUnicode_Check(given) == 0) {
         PyErr_SetString(PyExc_TypeError, "a text is needed");
         return nullptr;
     }
-    // The text may contain file names with invalid UTF-8.
+    // Python represents invalid UTF-8 in file names by lone surrogates, which a strict encoder would refuse.
     const PyRef bytes(PyUnicode_AsEncodedString(given, "utf-8", "backslashreplace"));
     if (!bytes) {
         return nullptr;
@@ -224,7 +226,8 @@ PyObject* hideSecrets(PyObject*, PyObject* given)
         QString::fromUtf8(PyBytes_AsString(bytes.get()), static_cast<int>(PyBytes_Size(bytes.get())));
     const QString hidden = Credentials::hidden(text);
     if (hidden == text) {
-        // The original object is returned, because the encoding above may have replaced characters.
+        // The text contains no password. Return it unchanged, because the encoding above may have replaced
+        // characters.
         Py_INCREF(given);
         return given;
     }
@@ -285,7 +288,8 @@ void YumIO::setup(QWidget* parentWidget, HProgressBar* total, HProgressBar* item
     dialogs = new YumIODialogs(parentWidget);
 }
 
-// Passes the translations to the script. If a translation is missing, the script uses its English text.
+// Passes the translations to the script as a dictionary. The script uses its English text if the dictionary
+// lacks a text.
 void YumIO::offerTranslations()
 {
     const PyRef translations(PyDict_New());
@@ -374,19 +378,20 @@ PyObject* YumIO::changeActivity(PyObject* capsule, PyObject* text)
         return nullptr;
     }
     if (Unattended::is()) {
-        // No user can see the activity, so the operation ends.
+        // Stop the script here, because the program ends and no user can see the activity.
         PyErr_SetNone(PyExc_KeyboardInterrupt);
         return nullptr;
     }
     if (yumIO->progress != nullptr) {
-        // A question may have reset the bars, so this starts a new item. Its length is unknown, so the bar
-        // shows no number.
+        // Start a new item, because a question may have reset the bars. The maximum is 0, because the length
+        // of the activity is unknown.
         yumIO->progress->startItem(yumIO->pyString(text), 0, 0);
     }
     Py_RETURN_NONE;
 }
 
-// If the argument is None instead of a string, the wait is over.
+// Called while the script waits for a lock, with the reason as a string. None means that the wait is over.
+// Returns whether the script must continue to wait.
 PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -394,12 +399,12 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
         return nullptr;
     }
     if (yumIO->worker == nullptr || QThread::currentThread() == yumIO->thread()) {
-        // The graphical thread never waits.
+        // The graphical thread must not wait for a lock.
         return PyBool_FromLong(text == Py_None ? 1 : 0);
     }
     if (text == Py_None) {
         if (yumIO->progress != nullptr && !Unattended::is()) {
-            // The bar shows the previous step again.
+            // Show the step that was interrupted by the wait.
             yumIO->progress->startItem(
                 yumIO->phase == Collecting ? tr("Reading repositories") : tr("Preparing"), 0, 1);
         }
@@ -417,7 +422,8 @@ PyObject* YumIO::waitForLock(PyObject* capsule, PyObject* text)
     return PyBool_FromLong(yumIO->stopRequest.isRequested() ? 0 : 1);
 }
 
-// If the argument is true and no request to stop exists, all later requests are refused.
+// Returns whether the user has requested a stop. If the argument is True and no request exists, refuses all
+// later requests: the script is about to do something that must not be interrupted.
 PyObject* YumIO::stopWanted(PyObject* capsule, PyObject* last)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -446,7 +452,7 @@ bool YumIO::initialize()
 {
     const QString root = ManagedRoot::path();
     if (!root.isEmpty() && !QFileInfo(root).isDir()) {
-        // Without this check, the package manager would create an empty directory.
+        // Stop here, because the package manager would create a missing root as an empty directory.
         error(tr("The root directory %1 does not exist").arg(root));
         return false;
     }
@@ -483,7 +489,7 @@ bool YumIO::initialize()
         if (script.get() == nullptr) {
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
-        // The script finds its other files through this path.
+        // The script derives the directory of its modules from this path.
         const PyRef file(PyUnicode_DecodeFSDefault(QFile::encodeName(path).constData()));
         pyAssignGlobal("__file__", file.get());
         offerTranslations();
@@ -493,9 +499,9 @@ bool YumIO::initialize()
             return internalError(tr("Internal error: unable to execute YumIO.py"));
         }
     }
-    // When Python imports the package manager, the package manager activates the user's locale for the
-    // process. Its libraries would then read numbers in configuration files by that locale. But these numbers
-    // always have a decimal point.
+    // The import of the package manager activates the user's locale for the process. Restore the "C" locale
+    // for numbers: the libraries would otherwise expect a decimal comma in configuration files, which always
+    // have a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     yumIOClass = pyValue("__main__", "YumIO");
     if (yumIOClass == nullptr) {
@@ -515,7 +521,7 @@ bool YumIO::initialize()
     base = PyRef(PyObject_GetAttrString(yumIO.get(), "base"));
     if (!base) {
         internalError(tr("Internal error: yumIO.base not evaluable"));
-        yumIO = PyRef(); // unusable without its base: a later start must create it again
+        yumIO = PyRef(); // without `base`, the object is useless; the next start creates a new one
         return false;
     }
     static const struct
@@ -571,7 +577,7 @@ QString YumIO::expandVariables(QString text)
         PyErr_Clear();
         return text;
     }
-    // If the script lacks this method, only these variables are replaced.
+    // If the script lacks this method, replace only these three variables.
     for (const char* variable : {"basearch", "arch", "releasever"}) {
         const QString name = QLatin1String(variable);
         const QString reference = QLatin1Char('$') + name;
@@ -584,13 +590,13 @@ QString YumIO::expandVariables(QString text)
 
 QString YumIO::getBiArch(const QString& arch)
 {
-    // The answers are stored, because the script always gives the same answer and only a few architectures
-    // exist.
+    // Store each answer: only a few architectures exist, and the script always gives the same answer for one
+    // of them.
     auto known = biArchByArch.constFind(arch);
     if (known == biArchByArch.constEnd()) {
         const PyRef answer(pyMethodCall(yumIO.get(), "getBiArch", "(s)", arch.toUtf8().constData()));
         if (!answer) {
-            return pyString(nullptr); // not stored, because the next call may succeed
+            return pyString(nullptr); // not stored: the next call may succeed
         }
         known = biArchByArch.insert(arch, pyString(answer.get()));
     }

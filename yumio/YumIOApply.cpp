@@ -37,11 +37,12 @@ bool YumIO::apply()
     return outcome(thread.result);
 }
 
-// The script's arguments: the objects of the marked records. Null lists follow a failure.
+// The arguments of the script's functions: the script's objects for the marked records. After a failure, the
+// lists are null.
 struct YumIO::MarkedObjects
 {
     PyRef installs{PyList_New(0)};
-    PyRef updates{PyList_New(0)}; // lists of a new and an old package
+    PyRef updates{PyList_New(0)}; // each item is a list of the new and the old package
     PyRef removes{PyList_New(0)};
     PyRef groupInstalls{PyList_New(0)};
     PyRef groupUpdates{PyList_New(0)};
@@ -185,10 +186,10 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
         readOutcome();
         const QString changes = transaction.outcome.changes();
         const QString carriedOut = changes.isEmpty() ? QString() : tr("Carried out: %1.").arg(changes);
-        // pyMethodCall() has already reported any other exception.
+        // No other exception needs a message here, because pyMethodCall() has already reported it.
         if (stopRaised(result.get()) || commExceptRaised(result.get(), tr("apply changes"), carriedOut) ||
             !result || result.get() == Py_False) {
-            transaction.txApplied = false; // the marks are kept, even if the script changed nothing
+            transaction.txApplied = false; // keep the marks
         }
     }
     showRemarks();
@@ -196,8 +197,8 @@ bool YumIO::carryOut(const std::function<PyObject*()>& method)
     return transaction.txApplied;
 }
 
-// Reads the script's report of the outcome. The callbacks are less exact: the script may have announced a
-// transaction that rpm never began.
+// Reads the outcome from the script's object. It is more exact than what the callbacks have reported: a
+// callback may announce a transaction that rpm never begins.
 void YumIO::readOutcome()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
@@ -223,7 +224,7 @@ void YumIO::readOutcome()
         }
     }
     readCounts(PyRef(attribute(yumIO.get(), "outcome")).get());
-    // The question has shown this text and is closed now. Therefore the text goes to the log.
+    // Log this text, because the question that showed it is closed now.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {
@@ -445,9 +446,9 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     case Transaction::Downgraded:
     case Transaction::Upgraded:
     case Transaction::Reinstalled:
-        break; // the listing already has a line for the new version
+        break; // the new version already has a line in the listing
     default: {
-        // The listing shows the package manager's word for the action.
+        // Use the package manager's own word for the action.
         const PyRef word(attribute(item, "action_name"));
         const QString prefix = word ? pyString(word.get()) + QLatin1String(": ") : QString();
         listing.dependencies += QLatin1Char('\t') + prefix + txitemFormat(item) + QLatin1Char('\n');
@@ -458,8 +459,8 @@ void YumIO::listItem(PyObject* item, Listing& listing)
     weighItem(item, action);
 }
 
-// Returns whether the item or its group is marked for removal. The item's reason does not show this: the
-// removal of a superfluous kernel version has the same reason as a marked removal.
+// Returns whether the user has marked the item, or its group, for removal. The item's reason is not
+// sufficient: superfluous kernel versions are removed for the same reason as marked packages.
 bool YumIO::isMarkedForRemoval(PyObject* item)
 {
     const QString name = pyStringDec(attribute(item, "name"));
@@ -468,8 +469,8 @@ bool YumIO::isMarkedForRemoval(PyObject* item)
            transaction.membersToRemove.contains(name);
 }
 
-// Returns a notice of the removals that a user may not expect. The user always sees this notice, even if the
-// listing is long.
+// Returns a notice of the removals that the user has not marked. The dialog shows it outside the scrolling
+// listing, so the user always sees it.
 QString YumIO::noticeOfListing() const
 {
     constexpr int most = 5;
@@ -483,7 +484,7 @@ QString YumIO::noticeOfListing() const
                        ? tr("Removals: %1.").arg(removals)
                        : tr("Removals: %1. You did not mark %2 of them:").arg(removals).arg(unmarked.count());
     for (const QString& removal : unmarked.mid(0, most)) {
-        // The notice cannot scroll, so it shortens long names. The listing contains the whole names.
+        // Shorten long names, because the notice cannot scroll. The listing contains the whole names.
         const bool fits = removal.length() <= longest;
         text += QLatin1String("\n    ") + (fits ? removal : removal.left(longest) + QLatin1String("..."));
     }
@@ -493,7 +494,8 @@ QString YumIO::noticeOfListing() const
     return text;
 }
 
-// Returns the numbers and the sizes of a listing, because the listing may be very long.
+// Returns a summary for the user: the number of packages for each action, and the sizes. The listing itself
+// may be too long to read.
 QString YumIO::summaryOfListing() const
 {
     const struct
@@ -569,7 +571,7 @@ void YumIO::weighItem(PyObject* item, long action)
     }
 }
 
-// Weighs a package without a record, for example because the package manager hides it.
+// Adds the weight of a package that has no record, for example because the configuration excludes it.
 void YumIO::weighUnlisted(PyObject* item, long action)
 {
     const PyRef package(attribute(item, "pkg"));
@@ -601,8 +603,8 @@ void YumIO::weighUnlisted(PyObject* item, long action)
 
 bool YumIO::verifyLocalPkg(PyObject* pkg)
 {
-    // This call is part of a longer operation. If that operation fails, its message must include all log
-    // entries since the start of the operation.
+    // This function may run inside a longer operation. If that operation fails later, its message must
+    // include all log entries since it began. Therefore its position in the log is restored below.
     const int outerLogStart = exceptLogStart;
     bool valid = false;
     {
@@ -660,14 +662,14 @@ PyObject* YumIO::userconfirm(PyObject*, PyObject*)
     }
     transaction.nextSlot = 0;
     if (stopRequest.isRequested()) {
-        // The script ends at its next step.
+        // Ask nothing: the script notices the request and ends at its next step.
         transaction.txText.clear();
         transaction.txListed = false;
         return PyLong_FromLong(0);
     }
-    // A question without a listing shows the script's output, which may contain a URL with a password.
+    // If no listing exists, the text is the script's output. It may contain a URL with a password.
     const QString text = Log::withoutPasswords(transaction.txText);
-    // These buttons have the same text in all languages.
+    // "OK" and "Cancel" are not translated.
     const bool removes = transaction.listed.value(Transaction::Remove) != 0;
     const bool yes =
         (transaction.txListed

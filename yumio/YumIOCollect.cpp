@@ -14,11 +14,12 @@
 
 namespace {
 
-// After this number of packages, the collection shows its progress and checks whether it must stop.
+// After each block of this number of packages, the collection updates the progress bar and checks whether it
+// must stop.
 constexpr Steps packagesAtOnce = 256;
 
-// A question about a repository shows at most this number of lines. A repository can have a hundred mirrors,
-// and a question cannot scroll.
+// The maximum number of lines of an error in a question. The text may name a hundred mirrors, and a question
+// cannot scroll.
 constexpr int mostLines = 12;
 
 QString firstLines(const QString& text)
@@ -54,8 +55,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
 
-    // This collection also makes the extra data available to package objects, so later operations need not
-    // load them.
+    // After this collection, package objects can read the file lists and the change logs, so later operations
+    // need not load them.
     fileListsLoaded = true;
     otherDataLoaded = true;
 
@@ -70,7 +71,8 @@ bool YumIO::collectReal(const QHash<QString, bool>& repoEnable, Source source)
     if (!readRepos(source)) {
         return false;
     }
-    // The remaining steps only compute, and take as long as another collection from the cache.
+    // The user cannot stop the remaining steps: they only compute, and take no longer than collecting again
+    // from the cache.
     stopRequest.setStoppable(false);
     progress->endItemActs();
     basearch = getYumVar(QStringLiteral("basearch"));
@@ -104,7 +106,7 @@ bool YumIO::lockPackages()
         return false;
     }
     locked = true;
-    // The result is the path of the lock file, if the script knows the path.
+    // `result` is the path of the lock file, or another type if the script does not know the path.
     EndSignals::setLockFile(PyUnicode_Check(result.get()) ? pyString(result.get()).toUtf8().constData()
                                                           : nullptr);
     return true;
@@ -113,8 +115,8 @@ bool YumIO::lockPackages()
 bool YumIO::readConfiguration(const QHash<QString, bool>& repoEnable)
 {
     {
-        // The script now loads the package manager's plug-ins. They may print text, or start programs that
-        // print text.
+        // Capture the output: the script now loads the package manager's plug-ins, which may print text or
+        // start programs that print text.
         YumIOCapturersUser capturersUser(capturers, this);
         repos = PyRef(PyObject_GetAttrString(base.get(), "repos"));
     }
@@ -139,7 +141,8 @@ bool YumIO::readConfiguration(const QHash<QString, bool>& repoEnable)
         return false;
     }
     if (enabledRepos.isEmpty() && everUnwanted) {
-        // The user wants to do without these repositories, but not without the installed packages.
+        // The user has switched off all failing repositories. Go on, because the table still shows the
+        // installed packages.
         log(Log::Warning, 0, tr("All repositories are disabled for this session."));
     } else if (enabledRepos.isEmpty()) {
         error(
@@ -179,7 +182,7 @@ bool YumIO::readRepos(Source source)
 PyObject* YumIO::collected(const char* method, const QString& what, bool capture)
 {
     if (Unattended::is() || stopRequest.isRequested()) {
-        return nullptr; // no user can see the packages
+        return nullptr; // nobody needs the packages any more
     }
     ExceptScope scope(*this);
     commExceptSetup();
@@ -210,9 +213,9 @@ bool YumIO::collectUpdates()
     return true;
 }
 
-// If an update changes a package's architecture to or from "noarch", the update and the installed package may
-// have different bi-arch classes. The installed packages of the old class then belong to the record of the
-// update.
+// Handles updates that change the architecture to or from "noarch". Such an update and the installed package
+// may have different bi-arch classes. The installed packages of the other class are then added to the
+// update's record.
 void YumIO::addCounterparts()
 {
     const auto key = [this](PyObject* pkg) {
@@ -295,8 +298,8 @@ void YumIO::collectReplacements()
     }
 }
 
-// Arguments: the identifier of a failing repository, the reason, and the number of the failing repositories
-// that follow. Returns whether the collection continues without this repository.
+// Asks whether to go on without a failing repository. The arguments are its identifier, the reason, and how
+// many more repositories have failed. Returns True if the collection continues without it.
 PyObject* YumIO::goOnWithout(PyObject* capsule, PyObject* args)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));
@@ -389,7 +392,7 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     if (!iterator) {
         return internalError(tr("Internal error: the packages are not iterable"));
     }
-    // The hint may be wrong. It only avoids repeated growth of the index.
+    // Reserve memory, so that the index does not grow step by step. A wrong hint does no harm.
     const Py_ssize_t hint = PyObject_LengthHint(set, 0);
     if (hint > 0) {
         records.reserve(static_cast<int>(hint));
@@ -400,7 +403,7 @@ bool YumIO::collectSet(PyObject* set, Package::State state, bool excluded)
     PyErr_Clear();
     bool comparisonFailed = false;
     const auto isBetter = [this, &comparisonFailed](const Package::Entry& best, const Package::Entry& other) {
-        // If a comparison fails for one pair, it fails for thousands of pairs. Only the first failure is
+        // A comparison that fails for one pair fails for thousands of pairs, so only the first failure is
         // reported.
         ExceptScope scope(*this);
         if (comparisonFailed) {
@@ -507,7 +510,7 @@ bool YumIO::collectGroups(PyObject* groups)
     if (PyErr_Occurred() != nullptr) {
         return internalError(tr("Internal error: the groups cannot be walked"));
     }
-    // The user gets the message only once, although each collection asks for hundreds of groups.
+    // Warn only once, because each collection asks for hundreds of groups.
     if (!historyFault.isEmpty() && historyFault != reportedHistoryFault) {
         reportedHistoryFault = historyFault;
         warning(tr("VYRE does not know which groups are installed, because it cannot read the transaction "

@@ -16,8 +16,8 @@
 
 namespace {
 
-// Calls the function with a borrowed reference to each item. If an item cannot be read, returns false and
-// leaves an exception pending. The list may be null only if an exception is already pending.
+// Calls the function for each item of a Python list. If an item cannot be read, returns false with a pending
+// exception. `list` may be null only if an exception is already pending.
 template <typename Use> bool forEach(PyObject* list, Use use)
 {
     const PyRef iterator(list != nullptr ? PyObject_GetIter(list) : nullptr);
@@ -80,7 +80,7 @@ bool YumIO::collectExtra(const QString& heading, const QString& dataName, const 
     readingIsShown = false;
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
-    phase = Collecting; // all downloads of this operation are metadata
+    phase = Collecting; // this operation downloads nothing but metadata
 
     progress->startTotal(totalText, 15000);
     progress->startItem(tr("Reading repositories"), 1000, 1);
@@ -149,7 +149,7 @@ QString YumIO::timeOf(const Package::Entry& entry, const char* attr)
         return QString();
     }
     const quint64 seconds = pyTimeDec(time.release());
-    // For a package that is not installed, the time is 0.
+    // The install time is 0 if the package is not installed.
     return seconds == 0 ? QString() : QString::fromLatin1(timeFormat(static_cast<long>(seconds)));
 }
 
@@ -159,7 +159,7 @@ QString YumIO::getFiles(const Package::Entry& entry)
     if (entry.kind == Package::Group) {
         return QString();
     }
-    // The script may need a long time to create the list, so this function avoids a second read.
+    // Read the attribute only once, because the script may need a long time to create the list.
     PyRef files(PyObject_GetAttrString(entry.pyObject, "files"));
     if (!files && PyErr_ExceptionMatches(PyExc_AttributeError) != 0) {
         PyErr_Clear();
@@ -168,7 +168,7 @@ QString YumIO::getFiles(const Package::Entry& entry)
     if (!fileListsLoaded) {
         files = PyRef();
         PyErr_Clear();
-        // The worker that loads the lists acquires the interpreter lock itself.
+        // Release the interpreter lock, because the worker that loads the file lists needs it.
         lock.release();
         const bool loaded = collectFileLists();
         lock.ensure();
@@ -233,7 +233,7 @@ QString YumIO::getChangeLog(const Package::Entry& entry)
     return text;
 }
 
-// Reports a missing attribute only once, because a search reads the attribute of thousands of packages.
+// Reports each missing attribute only once: a search reads the attribute of thousands of packages.
 void YumIO::missingAttribute(const char* attr)
 {
     if (missingAttributes.contains(attr)) {
@@ -316,7 +316,7 @@ PyObject* YumIO::headerValue(PyObject* header, const char* tag)
         if (PyErr_ExceptionMatches(PyExc_LookupError) == 0) {
             handleException();
         }
-        PyErr_Clear(); // the header has no such tag
+        PyErr_Clear(); // the package's header lacks this tag
     }
     return value;
 }

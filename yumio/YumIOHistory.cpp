@@ -28,7 +28,8 @@ bool YumIO::readHistoryReal(HistoryRecords* found)
     PyGILStateWrapper lock(true);
     ExceptScope scope(*this);
     {
-        // The answer imports a part of the package manager, for which the graphical thread must not wait.
+        // Ask the script here, on the worker: the script imports a part of the package manager, and the
+        // graphical thread must not wait for that.
         const PyRef missing(pyMethodCall(yumIO.get(), "lacksReplay", "()"));
         PyErr_Clear();
         missingForReplay = missing ? pyString(missing.get()) : QString();
@@ -119,7 +120,7 @@ bool YumIO::replayReal(Replay kind, qint64 number)
     PyGILStateWrapper lock(true);
     PhaseScope phaseScope(phase);
     startResolving();
-    // The names of the package manager's own commands.
+    // Use the names of the package manager's commands, which the script expects.
     const char* const command = kind == Replay::UndoThis       ? "undo"
                                 : kind == Replay::UndoAllSince ? "rollback"
                                                                : "redo";

@@ -94,7 +94,8 @@ void YumIO::showExceptionLog(int start, const QString& text, const QString& carr
             }
         }
     }
-    // The log window locks the same mutex, so the dialog opens after its release.
+    // The dialog opens after the list is unlocked, because the log window locks the same list to show the
+    // messages.
     if (dialogs != nullptr && !stopRequest.isRequested()) {
         dialogs->scrollable(tr("VYRE Yum Error"), lines.join(QLatin1Char('\n')));
     }
@@ -117,16 +118,17 @@ void YumIO::pyExceptClear()
 
 void YumIO::exceptionExpected()
 {
-    // The exception stays pending, because the caller explains the failure to the user.
+    // Do nothing: the exception stays pending, and the caller explains the failure to the user.
 }
 
 void YumIO::tracebackOnTerminal(const char* text)
 {
-    // The traceback must also be in the log, because messages refer the user to the log.
+    // Log the traceback too, because messages refer the user to the log.
     log(Log::Error, 0, QString::fromUtf8(text));
 }
 
-// Shows the script's remarks about an operation. Remarks are independent of the operation's result.
+// Shows the remarks that the script has collected during an operation, whether or not the operation
+// succeeded.
 void YumIO::showRemarks()
 {
     PyObject *type = nullptr, *value = nullptr, *traceback = nullptr;
@@ -179,8 +181,8 @@ void YumIO::commExceptSetup()
 
 bool YumIO::commExceptRaised(PyObject* result, const QString& what, const QString& carriedOut)
 {
-    // PyErr_PrintEx(0) does not store tracebacks in sys, where they would keep the objects of the failed call
-    // alive.
+    // Below, PyErr_PrintEx(0) prints exceptions without storing their tracebacks in `sys`. A stored traceback
+    // would keep the objects of the failed call alive.
     const auto raised = [this, result](PyObject* type) {
         return type != nullptr && pyExceptMatches(result, type);
     };

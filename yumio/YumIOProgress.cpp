@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Receives the script's reports while it reads repositories or applies a transaction: output, downloads and
-// the package manager's progress. The worker thread that runs the script calls these functions and holds the
-// interpreter lock. Between operations no bars exist, so reports only reach the log.
+// Receives the script's output, download reports and transaction progress while it reads repositories or
+// applies a transaction. The worker that runs the script calls these functions and holds the interpreter
+// lock. Between operations no progress bars exist, so reports only reach the log.
 
 #include "yumio/YumIO.h"
 
@@ -21,7 +21,7 @@ PyObject* YumIO::badArguments(const char* text)
         handleException();
     }
     error(tr(text));
-    // The script must still receive the exception.
+    // Raise the exception again, because the script must receive it.
     if (exception) {
         PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(exception.get())), exception.get());
     } else {
@@ -152,7 +152,7 @@ bool YumIO::isPayload(PyObject* object)
 
 bool YumIO::payloadError(const QString& text)
 {
-    // If the running operation explains the exception to the user, the exception stays pending.
+    // Leave the exception pending if the running operation expects it and explains it to the user.
     if (PyErr_Occurred() != nullptr && !exceptionIsExpected()) {
         displayException();
     }
@@ -168,7 +168,7 @@ bool YumIO::payloadText(PyObject* payload, const char* function, QString& text, 
             tr("Internal error: %1: unable to determine payload __str__").arg(QLatin1String(function)));
     }
     text = pyString(description.get());
-    // The package manager uses floating-point numbers for the bytes of metadata.
+    // Convert the size, because it is a floating-point number for metadata files.
     const PyRef number(attribute(payload, "download_size"));
     const PyRef bytes(number ? PyNumber_Long(number.get()) : nullptr);
     if (!bytes) {
@@ -244,9 +244,9 @@ PyObject* YumIO::downloadEnd(PyObject*, PyObject* args)
         return noneUnlessPending();
     }
     if (phase == Applying) {
-        // If a download succeeds, the package manager passes no status.
+        // If a download succeeds, the package manager passes None as the status.
         const long number = PyLong_Check(status) ? PyLong_AsLong(status) : 0;
-        PyErr_Clear(); // a number that is too large has no meaning
+        PyErr_Clear(); // ignore a status that does not fit into a long
         tsDownloadEnd(payload, text, size, number);
         if (message != Py_None && PyUnicode_Check(message)) {
             log(Log::Info, 2, QStringLiteral("%1: %2").arg(text, pyString(message)));
@@ -269,8 +269,8 @@ PyObject* YumIO::downloadRemotePayloads(PyObject*, PyObject* args)
     if (!iterator) {
         return nullptr;
     }
-    // An unreadable payload is reported and ignored. But if the running operation explains the failure
-    // itself, the loop ends and the exception stays pending.
+    // Report an unreadable payload, and go on with the next one. But if the running operation expects the
+    // exception, leave the exception pending and stop.
     while (PyErr_Occurred() == nullptr) {
         const PyRef payload(PyIter_Next(iterator.get()));
         if (!payload) {
@@ -363,7 +363,7 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     auto slot = transaction.payloadSlots.constFind(text);
     if (slot == transaction.payloadSlots.constEnd() && transaction.nextSlot < transaction.threadCount &&
         isPayload(payload)) {
-        // The download ended before its first progress report.
+        // No progress report came before the end of the download, so assign a slot now.
         slot = startSlot(text, size);
     }
     if (slot == transaction.payloadSlots.constEnd() || slot.value() >= transaction.threadCount) {
@@ -373,8 +373,8 @@ void YumIO::tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, 
     const quint32 index = slot.value();
     const bool delta = isInstance(payload, classes[DeltaPayload]);
     if (delta && status == 0) {
-        // Now the package is rebuilt from the delta. After that, the package manager reports the end of the
-        // download again.
+        // The package manager now rebuilds the package from the delta, and then reports the end of the same
+        // download again. Keep the slot until then.
         progress->setItemActsThreadValue(index, atLeast(size));
         return;
     }
@@ -391,8 +391,9 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
     }
     const bool flag = test != Py_False;
     if (!flag && phase == Applying && !transaction.signalRecorder) {
-        // The flag stays set until the script's operation is over. If the program begins to end after this
-        // line, it waits for the operation. If it began to end earlier, the operation stops here.
+        // Set changingSystem before checking whether the program is ending. If the program begins to end
+        // after this line, it sees the variable and waits for the transaction. If it began to end earlier,
+        // the check stops the transaction. The variable stays true until the operation is over.
         changingSystem = true;
         if (Unattended::is()) {
             changingSystem = false;
@@ -426,8 +427,8 @@ PyObject* YumIO::rpmtransInit(PyObject*, PyObject* args)
 
 PyObject* YumIO::rpmtransDel(PyObject*, PyObject*)
 {
-    // The script's object may be destroyed after the operation, because an exception's traceback can refer to
-    // it.
+    // Use `progress` only if it is not null: an exception's traceback may keep the script's object alive, and
+    // its destructor then calls this function after the operation.
     if (!transaction.testRun && progress != nullptr) {
         progress->endItemActs();
     }
@@ -508,7 +509,7 @@ PyObject* YumIO::rpmtransProgress(PyObject*, PyObject* args)
 
     const QString name = pyStringDec(attribute(package, "name"));
     Package::Entry* entry = findPackage(name, pyStringDec(attribute(package, "arch")));
-    // For a package without a record, the package object has the size.
+    // If the package has no record, read the size from the package object.
     const quint64 ownSize = entry == nullptr ? sizeOf(package) : 0;
     const PackageStep step = packageStep(action, atLeast(3 * (entry != nullptr ? entry->size : ownSize)),
                                          entry != nullptr ? Records::installedSize(entry) : ownSize);
@@ -563,8 +564,8 @@ void YumIO::collectProgress(const QString& repository, quint64 total, quint64 do
     }
 }
 
-// Arguments: the name of the repository that the script reads, and the text for the bar. The bar shows no
-// percentage until a download begins.
+// Shows which repository the script reads. The arguments are the name of the repository and the text for the
+// bar. The bar shows no percentage until a download begins.
 PyObject* YumIO::showReading(PyObject* capsule, PyObject* args)
 {
     auto* yumIO = static_cast<YumIO*>(PyCapsule_GetPointer(capsule, nullptr));

@@ -15,21 +15,23 @@
 
 namespace {
 
-// Joins the texts of one record. All records use the same buffer, one after the other.
+// Collects the texts of one record, each followed by a zero byte. One object is used for all records in turn,
+// so that its buffer is allocated only once.
 class SearchTextsWriter
 {
 public:
     void add(const QByteArray& text)
     {
         if (text.isEmpty()) {
-            // finish() adds a single empty text, which is enough for an expression that matches empty texts.
+            // Do not add empty texts one by one. finish() adds one, which is enough for an expression that
+            // matches an empty text.
             hasEmpty = true;
             return;
         }
-        texts += text.constData(); // copies only up to a zero byte, because matching also ends there
+        texts += text.constData(); // copies only up to a zero byte, where matching would end too
         texts += '\0';
     }
-    // Returns a copy of the texts without unused memory.
+    // Returns a copy of the collected texts that has no unused memory.
     QByteArray finish()
     {
         if (hasEmpty) {
@@ -46,10 +48,11 @@ private:
     bool hasEmpty = false;
 };
 
-// For more packages, an index of all advisories is faster.
+// If a search reads the advisories of more packages than this, it first builds an index of all advisories,
+// which is faster.
 constexpr int fewAdvisoryReads = 10;
 
-// The paths of one repository's metadata, the wanted packages, and the errors of both files.
+// The paths of a repository's two metadata files, the packages to read from them, and the error of each file.
 struct RepositoryTexts
 {
     QString fileListsPath;
@@ -82,7 +85,7 @@ void YumIO::collectSearchTexts(const QVector<Package::Entry*>& wanted)
 QString YumIO::metadataPath(const QString& repo, const char* kind)
 {
     if (PyObject_HasAttrString(yumIO.get(), "metadataPath") == 0) {
-        return QString(); // the packages are then read one by one
+        return QString(); // the script cannot name the file, so each package is read separately
     }
     PyRef path(pyMethodCall(yumIO.get(), "metadataPath", "(s,s)", repo.toUtf8().constData(), kind));
     if (!path) {
@@ -109,7 +112,8 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     progress->startTotal(tr("Reading package texts: Total Progress"), steps);
     progress->startItem(tr("Reading packages"), steps, steps);
 
-    // Other threads read the metadata at the same time, because this does not need the interpreter.
+    // Other threads read the metadata files while this thread reads package objects, because only the latter
+    // needs the interpreter.
     QHash<QString, RepositoryTexts> repositories;
     int fromRepositories = 0;
     for (const Package::Entry* entry : wanted) {
@@ -134,7 +138,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     }
     std::vector<QByteArray> files(static_cast<size_t>(wanted.count()));
     std::vector<QByteArray> changeLogs(static_cast<size_t>(wanted.count()));
-    // If no other thread can start, wait() reads the data on this thread.
+    // If the system cannot start another thread, wait() reads the files on this thread.
     const auto whenPossible = std::launch::async | std::launch::deferred;
     const auto readingFiles = std::async(whenPossible, [&repositories, &files] {
         for (RepositoryTexts& repository : repositories) {
@@ -153,13 +157,13 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         }
     });
 
-    // The package manager stores long texts in compressed blocks. If the packages are read in its order, it
-    // decompresses each block only once. A package's hash is its position in that order.
+    // The package manager stores long texts in compressed blocks. Reading the packages in its order
+    // decompresses each block only once. A package's hash is its position in this order.
     std::vector<std::pair<Py_hash_t, int>> order;
     order.reserve(static_cast<size_t>(wanted.count()));
     for (int place = 0; place < wanted.count(); ++place) {
         order.emplace_back(PyObject_Hash(wanted.at(place)->pyObject), place);
-        PyErr_Clear(); // a package without a hash comes first
+        PyErr_Clear(); // a package without a hash gets -1 and comes first
     }
     std::sort(order.begin(), order.end());
     const bool indexed = wanted.count() > fewAdvisoryReads;
@@ -172,7 +176,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         Package::Entry* entry = wanted.at(each.second);
         anySearchText(*entry, [&writer](const QString& text) {
             writer.add(text.toUtf8());
-            return false; // continue with the next text
+            return false; // go on with the next text
         });
         entry->searchTexts = writer.finish();
         progress->setItemValue(++done);
@@ -196,7 +200,7 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         if (entry->kind == Package::Group) {
             continue;
         }
-        // If the metadata files lack a text, the package object may have it.
+        // Ask the package object for a text that the metadata files do not contain.
         const QByteArray& itsFiles = files[static_cast<size_t>(place)];
         entry->searchFiles = itsFiles.isNull() ? getFiles(*entry).toUtf8() : itsFiles;
         const QByteArray& itsChangeLog = changeLogs[static_cast<size_t>(place)];

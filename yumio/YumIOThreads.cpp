@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The functions of the graphical thread for workers: they start a worker, wait for it, and end its waits.
+// The functions with which the graphical thread starts a worker, waits until the worker has ended, and, when
+// the program ends, makes it give up.
 
 #include "yumio/YumIO.h"
 
@@ -16,14 +17,16 @@
 
 namespace {
 
-// While the graphical thread does not serve events, it serves the worker's requests at this interval (ms).
+// When the program ends, the graphical thread waits for the worker without serving events. At this interval,
+// in milliseconds, it serves the worker's requests.
 constexpr unsigned long servingInterval = 20;
 
 } // namespace
 
 void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable)
 {
-    finishLines(); // finish the output since the last operation
+    // Log an unfinished line of output that arrived after the previous operation.
+    finishLines();
     blocker.prepare();
     blockerHeld = true;
     stopRequest.begin(stoppable);
@@ -35,13 +38,12 @@ void YumIO::execWorkThread(QEventLoop& loop, QThread& thread, bool stoppable)
     sigemptyset(&childSignal);
     sigaddset(&childSignal, SIGCHLD);
     sigprocmask(SIG_BLOCK, &childSignal, &before);
-    // The timer fires only inside the loop. Before the loop runs, the worker must not end it or send
-    // requests.
+    // Release the worker only when the event loop runs. Before that, the worker must neither end the loop nor
+    // send requests to the graphical thread.
     QTimer::singleShot(0, this, SLOT(blockerRelease()));
     loop.exec();
-    // Something else may have ended the loop, for example the end of the application. The worker then still
-    // needs answers to its requests, and its operation must not be interrupted. User input waits for the
-    // outer loop.
+    // The loop may have ended before the worker, for example because the application ends. The operation must
+    // not be interrupted, so keep answering the worker's requests. Leave user input to the outer event loop.
     while (!thread.isFinished() && !thread.wait(10)) {
         loop.processEvents(QEventLoop::ExcludeUserInputEvents);
     }
@@ -81,7 +83,8 @@ void YumIO::finish(bool displayIsThere)
     blockerRelease();
     while (worker != nullptr && !worker->wait(servingInterval)) {
         if (!changingSystem) {
-            // The flag is set repeatedly, because the script clears it before it begins to download.
+            // Set librepo's `lr_interrupt` in each round, because librepo clears it when it begins a
+            // download.
             StopRequest::interruptDownloads();
         }
         YumIOCapturersMinion::serveAll();

@@ -13,7 +13,7 @@ const QLatin1String pathMark("&path=");
 const QLatin1String hostMark("://");
 const QLatin1String passwordMark("password");
 
-// The range of a password, and the larger range that removed() removes from the URL.
+// The range of a password (begin to end), and the larger part of the URL that removed() deletes.
 struct Found
 {
     int begin;
@@ -22,8 +22,8 @@ struct Found
     int partEnd;
 };
 
-// Finds the next wanted character. Each call continues at the result of the last call, so the text is scanned
-// only once.
+// Finds the first character for which `wanted` returns true. Each search begins where the previous search
+// ended, so the text is scanned only once.
 template <typename Wanted> class Next
 {
 public:
@@ -85,8 +85,8 @@ bool isBlank(QChar character)
     return character == QLatin1Char(' ') || character == QLatin1Char('\t');
 }
 
-// Finds each password of a vantor URL, even if the password contains white space. Repo::Vantor::getAuth()
-// reads credentials by the same rules.
+// Finds the passwords of vantor URLs, even if they contain white space. The rules are the same as in
+// Repo::Vantor::getAuth().
 void findVantor(const QString& text, QVector<Found>& found)
 {
     auto nameEnd = makeNext(text, isEqualsSign);
@@ -110,8 +110,8 @@ void findVantor(const QString& text, QVector<Found>& found)
     }
 }
 
-// Finds the passwords of vantor URLs with a path before the query. When a program downloads a file, it
-// inserts the path of the file there. In messages, a blank may end the URL.
+// Finds the passwords of vantor URLs that have a path before the query. A program inserts a file's path there
+// when it downloads the file. In messages, a blank may end such a URL.
 void findVantorWithPath(const QString& text, QVector<Found>& found)
 {
     auto pathEnd = makeNext(text, endsPath);
@@ -147,17 +147,17 @@ bool isDigit(QChar character)
     return character >= QLatin1Char('0') && character <= QLatin1Char('9');
 }
 
-// Returns whether the text behind the first colon after "://" may belong to the host. It can be a port, a
-// variable whose value is a port, or a part of an address in brackets.
+// Returns whether the text after the first colon behind "://" may belong to the host. This text may be a
+// port, a variable that contains a port, or a part of an IPv6 address in brackets.
 bool mayBePort(const QString& text, int host, int colon, int end)
 {
     return text.at(host) == QLatin1Char('[') || colon + 1 == end || text.at(colon + 1) == QLatin1Char('$') ||
            std::all_of(text.begin() + colon + 1, text.begin() + end, isDigit);
 }
 
-// Finds names and passwords before a host. A password may contain a slash, although the slash should be
-// written as %2f. If the text before the slash cannot be a port, the code assumes that the slash is a part of
-// the password.
+// Finds the user names and passwords before hosts, as in "://NAME:PASSWORD@HOST". A password may contain a
+// slash, although %2f would be correct. Therefore text between a colon and a slash is a part of a password if
+// it cannot be a port.
 void findBeforeHost(const QString& text, QVector<Found>& found)
 {
     auto hostEnd = makeNext(text, endsHost);
@@ -194,8 +194,8 @@ void findBeforeHost(const QString& text, QVector<Found>& found)
             continue;
         }
         const bool hasPassword = colon >= 0 && colon < lastAt;
-        // If the last "@" is in the query, it does not end a name and password, so removed() keeps the text
-        // before it. hidden() hides that text nevertheless.
+        // An "@" in the query does not end a user name and password, so removed() keeps the text before it.
+        // hidden() hides this text nevertheless, because it may be secret.
         const int partEnd = lastBeforeQuery >= 0 ? lastBeforeQuery + 1 : hasPort ? begin : lastAt + 1;
         found.append({hasPassword ? colon + 1 : begin, hasPassword ? lastAt : -1, begin, partEnd});
     }
@@ -214,7 +214,7 @@ void findParameters(const QString& text, QVector<Found>& found)
     }
 }
 
-// Returns the end of the line, or of the last continuation line.
+// Returns the end of an option's value: the end of its line, or of its last continuation line.
 int endOfValue(const QString& text, int position)
 {
     for (;;) {
@@ -282,7 +282,7 @@ QVector<Credentials::Place> united(QVector<Credentials::Place> given)
     return result;
 }
 
-// Appends a place for each line of a password. The indentation of a continuation line is not a part of the
+// Appends the place of each line of a password. The indentation of continuation lines does not belong to the
 // password.
 void appendLines(const QString& text, const Credentials::Place& place, QVector<Credentials::Place>& lines)
 {
@@ -295,7 +295,7 @@ void appendLines(const QString& text, const Credentials::Place& place, QVector<C
                 ++begin;
             }
         }
-        // An empty line gets no place, unless the whole password is empty.
+        // Skip empty lines. But if the whole password is empty, append one place of length 0.
         if (begin < end || place.length == 0 || end == place.begin) {
             lines.append({begin, end - begin});
         }

@@ -22,7 +22,8 @@ DefaultStyle::DefaultStyle(int argc, char** argv) : userStyle(false)
     }
     if (!userStyle) {
         QSettings settings(QSettings::UserScope, QStringLiteral("Trolltech"));
-        settings.setFallbacksEnabled(false); // the settings in the system's file are not the user's choice
+        // Only the user's own settings count, not the system-wide defaults.
+        settings.setFallbacksEnabled(false);
         settings.beginGroup(QStringLiteral("Qt"));
         userStyle = settings.contains(QStringLiteral("style"));
     }

@@ -11,7 +11,7 @@ QFont Fonts::makeHeader(const QFont& font)
     header.setFixedPitch(false);
     header.setStyleHint(QFont::Helvetica, QFont::PreferDefault);
     header.setWeight(QFont::Bold);
-    // A font has a size either in pixels or in points; the other size is -1.
+    // Only one of the two sizes is set: the size in pixels or the size in points. The other size is -1.
     if (header.pixelSize() != -1) {
         header.setPixelSize(header.pixelSize() * 3 / 2);
     } else if (header.pointSize() != -1) {

@@ -8,7 +8,7 @@ namespace Share {
 
 QString absolute(QString relative)
 {
-    // An empty variable is not ignored: with "", an administrator selects the root of the file system.
+    // An empty VYRESHARE is valid: it selects the root of the file system.
     const QString directory = qEnvironmentVariableIsSet("VYRESHARE") ? QFile::decodeName(qgetenv("VYRESHARE"))
                                                                      : QStringLiteral("/usr/share/vyre");
     return QString(QStringLiteral("%1/%2")).arg(directory, relative);

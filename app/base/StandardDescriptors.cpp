@@ -9,8 +9,8 @@
 void StandardDescriptors::ensure()
 {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
-        // open() returns the lowest free number, which is `fd` here. The programs that VYRE starts inherit
-        // the descriptor.
+        // open() returns the lowest unused number, which is `fd`. O_CLOEXEC is not set, because child
+        // processes need this descriptor too.
         if (fcntl(fd, F_GETFD) < 0 && open("/dev/null", O_RDWR) < 0) {
             (void)memfd_create("null", 0);
         }

@@ -24,15 +24,15 @@ const char* nonEmptyVariable(const char* name)
     return value != nullptr && value[0] != '\0' ? value : nullptr;
 }
 
-// Opens a directory below another directory. Between a check and a removal, another file can get the same
-// name. Therefore checks and removals use descriptors of directories instead of paths.
+// Opens a directory below the directory `parent`. Checks and removals use descriptors, because another file
+// could replace a path between the check and the removal.
 int openDirectory(int parent, const char* name)
 {
     return openat(parent, name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
-// Returns the number of a file's mount, or -1 on failure. The device number is not sufficient: a directory
-// that is mounted a second time has the same device number.
+// Returns the mount number of a file, or -1 on failure. The device number is not sufficient: if a file system
+// is mounted twice, both mounts have the same device number.
 int mountOf(int fd)
 {
     const std::unique_ptr<FILE, int (*)(FILE*)> info(
@@ -47,7 +47,7 @@ int mountOf(int fd)
     return -1;
 }
 
-// Removes the contents of a directory, and closes the descriptor.
+// Removes the contents of a directory on the given mount, and closes the descriptor.
 void removeContents(int fd, int mount)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> directory(fdopendir(fd), closedir);
@@ -94,7 +94,8 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     const int length =
         std::snprintf(created, sizeof created, "%s/xdg_runtime.%d", base, static_cast<int>(geteuid()));
     if (length < 0 || static_cast<size_t>(length) >= sizeof created) {
-        // A truncated path could be another user's directory, which the destructor would then remove.
+        // Do not use a truncated path: it could name another user's directory, which the destructor would
+        // remove.
         created[0] = '\0';
         return;
     }
@@ -105,8 +106,9 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     if (parent >= 0) {
         (void)mkdirat(parent, name, onlyForOwner);
         if (!open(name)) {
-            // The existing directory belongs to another user, or other users may enter it. If the longer name
-            // is too long for the buffer, no directory is used.
+            // The existing directory belongs to another user, or other users may enter it. Create a directory
+            // with a random suffix instead. If the longer name does not fit into the buffer, use no
+            // directory.
             const int end =
                 std::snprintf(created + length, sizeof created - static_cast<size_t>(length), ".XXXXXX");
             if (static_cast<size_t>(length + end) >= sizeof created || mkdtemp(created) == nullptr ||
@@ -121,7 +123,7 @@ XdgRuntimeDirEnsurer::XdgRuntimeDirEnsurer() : parent(-1), directory(-1)
     }
 }
 
-// Opens the directory. Returns false if it is missing or not safe to use.
+// Opens the directory. Returns false if it is missing or not safe.
 bool XdgRuntimeDirEnsurer::open(const char* name)
 {
     directory = openDirectory(parent, name);
