@@ -34,11 +34,12 @@ public:
     // The main window owns the back end.
     AdvisoryDialog(YumIO* backEnd, QWidget* parent);
 
-    // Shows the advisories that the back end has read. The current advisory stays current.
+    // Lists the advisories that the back end has read. If the current advisory is still in the list, it stays
+    // current.
     void load();
 
 Q_SIGNALS:
-    // Emitted when the user wants to update these records.
+    // Emitted when the user wants to mark these records for Update.
     void updatesWanted(const QVector<Package::Entry*>& entries);
 
 protected:
@@ -59,7 +60,7 @@ private:
     AdvisoryModel* model;
     FilteredList* list;
     HTextEdit* details;
-    PlainLabel* resultLabel; // the result of the last button press
+    PlainLabel* resultLabel; // what the last button marked, or could not mark
     QPushButton* markButton;
     QPushButton* securityButton;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Finds the records of the updates that advisories request. If a package has no such record, reports the
-// reason.
+// Finds the records to mark for the updates that advisories request. If a package has no record that can be
+// marked, reports the reason.
 //
 // Only the graphical thread uses it, while no worker runs. It has no state.
 
@@ -27,8 +27,8 @@ class AdvisoryMarker
 public:
     struct Found
     {
-        QVector<Package::Entry*> entries; // without duplicates; all permit the Update action
-        QStringList refusals;             // a line for each package whose update cannot be marked
+        QVector<Package::Entry*> entries; // each record once; all permit the Update action
+        QStringList refusals;             // one line for each package whose update cannot be marked
     };
 
     static Found find(YumIO& yumIO, const QVector<Advisory>& advisories);
@@ -36,8 +36,8 @@ public:
     static QString described(const Advisory::Package& package);
 
 private:
-    // Returns the reason why the record must not be marked, with %1 for the package. The string is empty if
-    // the record may be marked.
+    // Returns the reason why the record must not be marked, with %1 for the name of the package. Returns an
+    // empty string if the record may be marked.
     static QString refusal(const YumIO& yumIO, const Package::Entry* entry);
 };
 

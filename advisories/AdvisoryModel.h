@@ -25,7 +25,7 @@ public:
 
     void setAdvisories(const QVector<Advisory>& newAdvisories);
     const QVector<Advisory>& all() const { return advisories; }
-    // The row must exist.
+    // Returns the advisory of a row, which must exist.
     const Advisory& advisory(int row) const { return advisories.at(row); }
     // Returns the row of the advisory with this identifier, or -1 if no advisory has it.
     int rowOf(const QString& id) const;
@@ -37,8 +37,8 @@ public:
 
     // Returns all details of an advisory as plain text.
     QString details(int row) const;
-    // Sets the background of the rows. The colour of missing security updates is then readable on this
-    // background.
+    // Sets the background colour of the rows. The model then chooses a colour for missing security updates
+    // that is readable on this background.
     void setBackground(const QColor& color);
 
 private:

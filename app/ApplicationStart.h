@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Ends the process with a single message if Qt finds no display.
+// Ends the process with a single message if Qt finds no display. Without this class, Qt would print several
+// messages and abort.
 //
-// If Qt finds no display, it prints several messages and aborts. An object of this class stores Qt's messages
-// instead. If the start fails, it prints one message and ends the process with exit status 1. If the
-// arguments ask for help, it also prints the usage text. If the start succeeds, it passes the messages to the
-// previous handler.
+// While the application object is created, an object of this class stores Qt's messages. If the start fails,
+// the object prints one message, and also the usage text if the arguments ask for help. Then it ends the
+// process with exit status 1. If the start succeeds, it passes the stored messages to the previous message
+// handler.
 //
 // main() creates it on the graphical thread, immediately before the application object, and destroys it
-// immediately after that object has been created. Only one object may exist at a time.
+// immediately after the application object has been created. Only one object may exist at a time.
 
 #ifndef APP_APPLICATIONSTART_H
 #define APP_APPLICATIONSTART_H
@@ -24,8 +25,8 @@ class QString;
 class ApplicationStart
 {
 public:
-    // The arguments are the arguments of main(). They end with a null pointer and must outlive this object.
-    // The object reads them only if the start fails.
+    // The arguments are those of main(), which must outlive this object. A null pointer ends them. This
+    // object reads them only if the start fails.
     explicit ApplicationStart(char** argv);
     ~ApplicationStart();
     ApplicationStart(const ApplicationStart&) = delete;

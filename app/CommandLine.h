@@ -18,8 +18,8 @@ void printUsage();
 
 namespace CommandLine {
 
-// Applies the options in their order. If two options set the same value, the last option wins. Qt has already
-// removed its own options.
+// Applies the options in the order of the command line. If two options set the same value, the last one wins.
+// Qt's own options have already been removed by Qt.
 void apply(int argc, char** argv, MainWindow& window);
 
 } // namespace CommandLine

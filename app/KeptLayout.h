@@ -15,7 +15,7 @@ class View;
 namespace KeptLayout {
 
 void save(const QWidget& window, const PackageTable::View& view);
-// If a size or position was never saved, it does not change.
+// Restores the sizes and positions. Those that were never saved stay unchanged.
 void restore(QWidget& window, PackageTable::View& view);
 
 } // namespace KeptLayout

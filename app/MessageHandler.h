@@ -3,8 +3,9 @@
 // Writes Qt's own messages to the terminal from which the program was started.
 //
 // main() installs it once, before any other thread exists. Qt calls it on any thread. It does not write to
-// standard error, because an operation can replace standard error by a pipe. The graphical thread reads that
-// pipe. If this thread wrote a message to the full pipe, it would wait for ever for itself.
+// descriptor 2, because an operation may replace this descriptor by a pipe that the graphical thread reads.
+// If the graphical thread wrote a message to that pipe while it is full, the thread would wait for itself for
+// ever.
 
 #ifndef APP_MESSAGEHANDLER_H
 #define APP_MESSAGEHANDLER_H
@@ -15,8 +16,8 @@ namespace MessageHandler {
 
 void install();
 
-// Writes a message of VYRE. Use this function in code that Qt's message handler calls: while the handler
-// runs, Qt does not call it again.
+// Writes a message of VYRE in the same way. Code that Qt's message handler calls must use this function,
+// because Qt does not call the handler again while it runs.
 void say(const QString& text);
 
 // Sets a function that is called after each message. The argument is true if Qt is about to abort the

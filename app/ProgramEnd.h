@@ -25,12 +25,12 @@ public:
     // `lastCleanUp` is called immediately before the object ends the process. If the program ends normally,
     // main() does the same work itself.
     ProgramEnd(MainWindow& mainWindow, std::function<void()> lastCleanUp);
-    // Runs only if the program ends normally. From then on, the loss of the display and exit() are ignored.
+    // Runs only if the program ends normally. After that, a lost display or a call of exit() has no effect.
     ~ProgramEnd() override;
 
 private Q_SLOTS:
-    // Reads the received signals, and ends the process with the action of the first signal. If the back end
-    // is changing the system, waits until this change is complete.
+    // Reads the received signals, and ends the process with the default action of the first signal. If the
+    // back end is changing the system, first waits until this change is complete.
     void handleSignals();
 
 private:
@@ -51,7 +51,7 @@ private:
     int signalPipe[2];
     QSocketNotifier* notifier;
     int firstSignal; // 0 before the first signal
-    bool ending;     // finish() has begun; later signals and messages are ignored
+    bool ending;     // finish() has begun, so later signals and messages are ignored
 };
 
 #endif

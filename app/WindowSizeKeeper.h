@@ -26,7 +26,7 @@ public:
 private:
     QWidget* window;
     QString key;
-    QSize sizeWhenShown; // the size is saved only if the user changes it
+    QSize sizeWhenShown; // the size to compare with: it is saved only if the user changes it
 };
 
 #endif

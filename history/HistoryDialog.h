@@ -35,8 +35,8 @@ public:
     // run.
     HistoryDialog(YumIO* backEnd, QWidget* parent);
 
-    // Sets an additional reason why no transaction can be undone now. The back end knows all other reasons.
-    // Usually the string is empty.
+    // Sets one more reason why no transaction can be undone now. The back end knows all other reasons. An
+    // empty string means that no such reason exists.
     void setRefusal(const QString& text) { refusal = text; }
 
     // Both functions return the user's request. They are valid after exec() has returned QDialog::Accepted.
@@ -62,7 +62,7 @@ private:
     void updateButtons();
     void showDetails(const QString& text);
 
-    QPointer<YumIO> yumIO; // null after the program has begun to end
+    QPointer<YumIO> yumIO; // the back end; null after the program has begun to end
     HistoryModel* model;
     FilteredList* list;
     HTextEdit* details;
@@ -71,14 +71,14 @@ private:
     QPushButton* sinceButton;
     QPushButton* redoButton;
     QTimer describeTimer;         // runs shortly after another row has become current
-    QHash<qint64, QString> known; // the details that were read since the window opened
+    QHash<qint64, QString> known; // the details that were read since the window was opened
     QString refusal;
     QString fault; // the reason why no transaction can be undone, or empty
     Replay wanted;
     qint64 number;
-    bool working;        // a worker of this window runs
-    int closeResult;     // the argument of done() if it was called while a worker ran; otherwise -1
-    qint64 newestBefore; // the newest transaction when the window was last opened
+    bool working;        // true while a worker of this window runs
+    int closeResult;     // the argument of done() if done() was called while a worker ran; otherwise -1
+    qint64 newestBefore; // the newest transaction when the list was last read
 };
 
 #endif

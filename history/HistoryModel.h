@@ -23,7 +23,7 @@ public:
     explicit HistoryModel(QObject* parent = nullptr);
 
     void setRecords(const HistoryRecords& records);
-    // The row must exist.
+    // Returns the transaction of a row, which must exist.
     const HistoryRecord& record(int row) const { return records.at(row); }
     // Returns the row of the transaction with this number, or -1 if no row has it.
     int rowOf(qint64 number) const;
@@ -33,7 +33,8 @@ public:
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    // Sets the background of the rows. The colours of the results are then readable on this background.
+    // Sets the background colour of the rows. The model then chooses colours for the results that are
+    // readable on this background.
     void setBackground(const QColor& color);
 
 private:

@@ -45,14 +45,15 @@ public:
     Area(Describe::Host* window, QVBoxLayout* layout, YumIO* backEnd, const Package::Entry& record,
          YumConfIO* configuration, bool primary);
 
-    // Each function adds its arguments to the row and advances to the next row. If the value is empty, it
+    // Each function adds one pair as a row and advances to the next row. If the value is empty, the function
     // adds nothing.
     void addHeader(int& row, QString text);
     void addPair(int& row, QString label, QString value);
     QPushButton* addButton(int& row, QString label, QString buttonText);
-    QPushButton* addPairButton(int& row, QString label, QString value, QString buttonText); // or null
+    // Returns null if the value is empty.
+    QPushButton* addPairButton(int& row, QString label, QString value, QString buttonText);
 
-    // Updates the texts of the buttons. Each text says whether a click on the button must first load data.
+    // Updates the labels of the buttons. Each label shows whether a click must first load data.
     void updateButtons();
 
     // Enables or disables the buttons.
@@ -87,8 +88,8 @@ private:
     const Package::Entry* entry;
     YumConfIO* yumConfIO;
     QWidget* dialogParent;  // the parent of the sub-dialogs
-    TextDialog* textDialog; // null before the first use
-    RepoDialog* repoDialog; // null before the first use
+    TextDialog* textDialog; // null until the user opens it
+    RepoDialog* repoDialog; // null until the user opens it
     Pairs* inner;
     QGridLayout* grid;
     HScrollArea* scrollArea;

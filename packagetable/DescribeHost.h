@@ -17,9 +17,9 @@ public:
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // While an area waits for the back end, the window is not ready: the user can neither close it nor press
-    // another button. But if the back end only waits for another process, a request to close the window ends
-    // that wait. Then the window closes.
+    // Called with false when an area begins to wait for the back end, and with true when the wait is over. In
+    // between, the user can neither close the window nor press another button. Exception: while the back end
+    // waits for another process, a request to close the window ends that wait. Then the window closes.
     virtual void setReady(bool isReady) = 0;
     // Returns true if the window will close as soon as it is ready again.
     virtual bool isClosing() const = 0;

@@ -29,7 +29,7 @@ public:
 
     // Shows a copy of the repository, without passwords in the URLs.
     void config(const Repo::Entry& repository);
-    // Adds the pair to the row and advances to the next row. If the value is empty, it adds nothing.
+    // Adds the pair as a row and advances to the next row. If the value is empty, the function adds nothing.
     void addPair(int& row, QString label, QString value);
 
     void setVisible(bool visible) override;

@@ -39,10 +39,10 @@ public:
 
     // Sets the configuration. The main window owns the configuration, which must outlive the model.
     void setYumConfIO(YumConfIO* reader);
-    // Selects the text colours of an enabled or a disabled view. The caller must redraw the view.
+    // Selects the text colours for an enabled or a disabled view. The caller must then repaint the view.
     void setEnabled(bool isEnabled);
-    // Sets the background of the rows. If it is dark, the model uses lighter text colours. The caller must
-    // redraw the view.
+    // Sets the background colour of the rows. On a dark background, the model uses lighter text colours. The
+    // caller must then repaint the view.
     void setBackground(const QColor& background);
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
@@ -55,7 +55,7 @@ public:
 
     Package::State getState(int row) const;
     const VersionLocks& versionLocks() const;
-    // Does not check whether the record's state permits the action.
+    // Sets the action without checking whether the record's state permits it.
     void setAction(const QModelIndex& index, Package::Action action);
     // Returns true if the record permits any action.
     static bool canBeMarked(const Package::Entry& entry);
@@ -63,8 +63,8 @@ public:
     void toggleAction(const QModelIndex& index);
     void reset();
 
-    // While a Hiding object exists, the model has no rows. Use it while the records change, because their
-    // cells would then be wrong.
+    // While a Hiding object exists, the model has no rows. Use it while the records change, because views
+    // would otherwise show cells of records that are only partly changed.
     class Hiding
     {
     public:
@@ -84,8 +84,8 @@ public:
     void browse(const QModelIndex& index, QWidget* parent);
 
 public Q_SLOTS:
-    // Marks available packages for Install and updatable packages for Update. Skips all other records, and
-    // records that replace another package or are replaced by another package.
+    // Marks available packages for Install and updatable packages for Update. Skips all other records. Also
+    // skips a record if a package with another name replaces it or is replaced by it.
     void setSelected(QModelIndexList indices);
     // Marks these records for Update if they permit it.
     void setUpdates(const QVector<Package::Entry*>& entries);
@@ -100,10 +100,11 @@ private:
     YumConfIO* yumConfIO; // null before setYumConfIO()
     bool enabled;
     int hidings;
-    QVariant pictures[ColumnCount][Columns::mostPictures]; // icons, by sort key; invalid if missing
-    QVariant colors[3]; // by Package::State; if invalid, the view's colour is used
+    QVariant pictures[ColumnCount][Columns::mostPictures]; // icons of each picture column, by sort key;
+                                                           // invalid if no icon exists
+    QVariant colors[3]; // text colours by Package::State; if invalid, the view's text colour is used
     QVariant disabledColors[3];
-    QPointer<Describe::Dialog> describeDialog; // null before the first use
+    QPointer<Describe::Dialog> describeDialog; // null until the user first opens it
 };
 
 } // namespace PackageTable

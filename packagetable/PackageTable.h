@@ -17,8 +17,8 @@ enum Mode : qint32 {
 
 enum StateFilter : qint32 { ViewUpdatable = 0, ViewInstallable = 1, ViewRemovable = 2, ViewAll = 3 };
 
-// The columns, in the order of their rows in Columns. Saved layouts of the table use these numbers too, and
-// are discarded if the number of columns changes.
+// The columns, in the order of the rows in Columns. A saved table layout uses these numbers too. It is
+// discarded if the number of columns has changed.
 enum Column : int {
     ActionColumn = 0,
     StateColumn,
@@ -32,7 +32,7 @@ enum Column : int {
     ColumnCount
 };
 
-// The repository identifier of installed packages: the local package database.
+// The text that the Repository column shows for installed packages. It stands for the local package database.
 constexpr char localRepository[] = "@System";
 
 } // namespace PackageTable

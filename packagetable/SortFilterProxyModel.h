@@ -53,19 +53,19 @@ public:
     void setFilterRegExp(const QString& text);
     // Returns the current expression without ".*" at its ends. The expression of the base class stays empty.
     QRegExp filterRegExp() const { return expression; }
-    // Returns false for an invalid expression, which lists nothing.
+    // Returns whether the expression is valid. An invalid expression lists nothing.
     bool isValidExpression() const { return expression.isEmpty() || pattern.isValid(); }
     // Returns the description of the error in an invalid expression.
     QString expressionFault() const { return pattern.fault(); }
     // Returns the records that a search with these filters examines.
     QVector<Package::Entry*> searched(StateFilter state, bool withDups, bool withGroups) const;
-    // Marks every listed, updatable record for Update.
+    // Marks every listed record for Update that is updatable.
     void setUpdateListed();
     // Filters and sorts again.
     void clear();
 
     // Returns the sorted column, or -1 if the rows are in the back end's order. The base class must not know
-    // the column, because it would then build its own map.
+    // the sorted column, because it would then build its own map.
     int sortColumn() const { return sortedBy; }
     Qt::SortOrder sortOrder() const { return sortedIn; }
 
@@ -75,7 +75,7 @@ public:
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
     bool hasChildren(const QModelIndex& parent = QModelIndex()) const override;
-    // Adds texts for users who cannot see the icons.
+    // Adds texts to the icons for users who cannot see them.
     QVariant data(const QModelIndex& listed, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
     QModelIndex mapToSource(const QModelIndex& listed) const override;
@@ -133,7 +133,7 @@ private:
     bool groups;
     QPointer<YumIO> yumIO;
     HAbstractTableModel* source;
-    mutable std::vector<Verdict> verdicts; // indexed by source row
+    mutable std::vector<Verdict> verdicts; // the result of the filter, by source row
     QRegExp expression;
     Expression pattern;
 
@@ -141,9 +141,9 @@ private:
     Qt::SortOrder sortedIn;
     QTimer idle; // fires shortly after new records arrive, to prepare the texts
     int sortPauses;
-    bool sortWanted; // an action has changed during a SortPause
+    bool sortWanted; // an action changed while a SortPause object existed
 
-    // The following members are calculated at their first use, and are dropped together with the records.
+    // The following members are calculated at their first use. They are cleared when the records change.
     mutable bool mapped;
     mutable bool mapping;
     mutable std::vector<int> order;      // the sorted source rows

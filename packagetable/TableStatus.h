@@ -47,8 +47,8 @@ private:
     View* view;
     ElidedLabel* label;
     QTimer later;      // fires when the current changes are complete
-    bool marksChanged; // the numbers below are outdated
-    int marks[4];      // by Package::Action
+    bool marksChanged; // true if the following numbers are out of date
+    int marks[4];      // the number of marks, by Package::Action
     quint64 bytes;     // the size of the packages that are marked for Install or Update
 };
 

@@ -92,16 +92,16 @@ private:
 
     Model* model;
     SortFilterProxyModel* proxy;
-    int currentRow;      // the row of the last signal
-    bool fittingRecords; // true while columns are fitted to all records, not only to listed records
-    // The last click on a cell of the Action column.
-    QPersistentModelIndex pressedRecord; // an index of the model, not of the proxy
+    int currentRow;      // the row that the last currentChanged() reported
+    bool fittingRecords; // true while the columns are fitted to all records, not only to the listed ones
+    // The following three members describe the last click on a cell of the Action column.
+    QPersistentModelIndex pressedRecord; // an index of the source model
     QPoint pressedAt;
     QElapsedTimer sincePress;
-    bool pressIsHandled = false;                          // the current press is already counted
-    ActionContextMenu* actionMenu;                        // null before the first use
-    OtherContextMenu* otherMenu;                          // null before the first use
-    QVector<int> fittedWidths;                            // by column, in pixels; empty before the first fit
+    bool pressIsHandled = false;   // the current press has already changed an action
+    ActionContextMenu* actionMenu; // null until the user first opens it
+    OtherContextMenu* otherMenu;   // null until the user first opens it
+    QVector<int> fittedWidths;     // widths by column, in pixels; empty before the first fit
     mutable std::unique_ptr<WidthEstimate> widthEstimate; // uses the font of the last fit
 };
 

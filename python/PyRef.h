@@ -35,7 +35,7 @@ public:
     // Adds a reference to an object that other code owns. NULL is allowed.
     static PyRef borrow(PyObject* borrowed);
 
-    // Returns the object, which this PyRef still owns, or NULL.
+    // Returns the object or NULL. The PyRef still owns the object.
     PyObject* get() const { return object; }
     explicit operator bool() const { return object != nullptr; }
 

@@ -43,23 +43,24 @@ public:
     virtual void pyExceptStart();
     virtual void pyExceptExpect(PyObject* type);
     virtual void pyExceptClear();
-    // Returns whether a call failed (its result is NULL) with a pending exception of this type.
+    // Returns whether a call has failed with a pending exception of this type. `result` is the result of the
+    // call, which is NULL after a failure.
     virtual bool pyExceptMatches(PyObject* result, PyObject* type);
 
     // These functions report an internal error or a warning to the user.
     virtual void error(const char* text) = 0;
     virtual void warning(const char* text) = 0;
 
-    // Called while an exception is pending. If the innermost scope expects the exception, it stays pending.
-    // Otherwise the function reports and clears it.
+    // Called while an exception is pending. If the innermost scope expects the exception, the exception stays
+    // pending. Otherwise this function reports the exception and clears it.
     virtual void handleException();
-    // Called by handleException() for an expected exception. The default does nothing.
+    // Called by handleException() for an expected exception. This implementation does nothing.
     virtual void exceptionExpected();
     // Called by handleException() for any other exception. Prints its traceback to sys.stderr and calls
     // error().
     virtual void exceptionError();
-    // Called with a traceback (UTF-8) that was printed to the process's standard error, because the script
-    // has not replaced sys.stderr.
+    // Called after a traceback was printed to the process's standard error, because the script had not
+    // replaced sys.stderr. The argument is the traceback in UTF-8.
     virtual void tracebackOnTerminal(const char* text);
     // Returns whether the innermost scope expects the pending exception.
     bool exceptionIsExpected() const;
@@ -67,12 +68,12 @@ public:
     // pending.
     bool displayException();
 
-    // Starts the interpreter, once per process. From then on, the calling thread holds the interpreter lock.
-    // A failed start is not repeated. Returns whether the interpreter is ready. Built-in modules must be
+    // Starts the interpreter, at most once per process, even if the start fails. From then on, the calling
+    // thread holds the interpreter lock. Returns whether the interpreter is ready. Built-in modules must be
     // registered before this call.
     bool initialize();
 
-    // Runs statements in __main__. Returns 0, or -1 on failure.
+    // Runs Python statements in __main__. Returns 0, or -1 on failure.
     int py(const char* text);
     // Evaluates an expression in __main__. Returns a new reference or NULL.
     PyObject* pyr(const char* text);
@@ -109,20 +110,20 @@ public:
     // Returns whether a str object has this text (UTF-8). Returns false for None and NULL.
     bool pyStringEqual(PyObject* object, const char* text);
 
-    // Both functions leave the exception pending. pyExceptValue() returns the exception object.
-    // pyExceptValuef() returns a value for a message: the attribute "value" of the exception, or else its
-    // text. The result is a new reference, or NULL if no exception is pending.
+    // pyExceptValue() returns the pending exception object. pyExceptValuef() returns a value for a message:
+    // the attribute "value" of the exception or, if it is missing, the exception's text. Both return a new
+    // reference, or NULL if no exception is pending. The exception stays pending.
     PyObject* pyExceptValue();
     PyObject* pyExceptValuef();
 
-    // Helps developers: sets the global "dbg" to the object, and stops in Python's debugger on the terminal.
+    // For developers: sets the global "dbg" to the object, and stops in Python's debugger on the terminal.
     void pyDebug(PyObject* object);
 
     // If "enable" is true, SIGINT raises KeyboardInterrupt in the interpreter. Otherwise SIGINT ends the
     // process.
     void setEnablePythonSIGINTHandler(bool enable);
 
-    static bool initialized;    // the process has started the interpreter
+    static bool initialized;    // true if this process has started the interpreter
     static PyObject* main_dict; // the dictionary of __main__, borrowed
 
 private:
@@ -134,8 +135,8 @@ private:
     std::stack<std::list<PyObject*>> expected; // the types are borrowed
 };
 
-// Holds the interpreter lock for a scope if "reallyLock" is true. Otherwise it does nothing. If a thread
-// already holds the lock, it may lock it again.
+// While an object exists, its thread holds the interpreter lock, if "reallyLock" is true. If the thread
+// already holds the lock, it may lock it again. If "reallyLock" is false, the object does nothing.
 class Python::PyGILStateWrapper
 {
 public:
@@ -144,8 +145,8 @@ public:
     PyGILStateWrapper(const PyGILStateWrapper&) = delete;
     PyGILStateWrapper& operator=(const PyGILStateWrapper&) = delete;
 
-    // In the middle of the scope, release() unlocks and ensure() locks again. An ensure() must follow each
-    // release().
+    // Between construction and destruction, release() unlocks and ensure() locks again. An ensure() must
+    // follow each release().
     void ensure();
     void release();
 
@@ -154,7 +155,8 @@ private:
     int state = 0; // a PyGILState_STATE
 };
 
-// Releases the calling thread's interpreter lock for a scope, so that another thread can acquire it.
+// While an object exists, its thread does not hold the interpreter lock, so that another thread can acquire
+// it.
 class Python::PyThreadStateWrapper
 {
 public:
@@ -163,8 +165,8 @@ public:
     PyThreadStateWrapper(const PyThreadStateWrapper&) = delete;
     PyThreadStateWrapper& operator=(const PyThreadStateWrapper&) = delete;
 
-    // In the middle of the scope, restore() locks and save() unlocks again. A save() must follow each
-    // restore().
+    // Between construction and destruction, restore() locks and save() unlocks again. A save() must follow
+    // each restore().
     void save();
     void restore();
 
@@ -172,7 +174,8 @@ private:
     PyThreadState* saved;
 };
 
-// One expectation scope. The destructor ends it on every path.
+// While an object exists, an expectation scope is active. The destructor ends the scope on every path out of
+// the code.
 class Python::ExceptScope
 {
 public:

@@ -3,12 +3,12 @@
 // The script's interface to the back end: the functions of the module yumIOC call these members.
 //
 // The members are called on the thread that runs the script, with the interpreter lock held. Each member
-// parses its arguments, which are a tuple (for userconfirm and rpmtransDel, NULL). It returns a new
-// reference, or NULL with a pending Python exception, which the script then receives.
+// parses its arguments, which are a tuple (NULL for userconfirm and rpmtransDel). It returns a new reference,
+// or NULL with a pending Python exception, which the script then receives.
 //
 // If a class derives from both this class and Python, it must list Python first. The destructor of Python
-// ends the interpreter, which can run functions of the script. These must not call a back end that is partly
-// destroyed.
+// ends the interpreter and may thereby run functions of the script. At that time this base class is already
+// destroyed, so the functions of yumIOC can no longer call it.
 
 #ifndef PYTHON_YUMIOCTARGET_H
 #define PYTHON_YUMIOCTARGET_H
@@ -21,7 +21,7 @@ public:
     YumIOCTarget() = default;
     YumIOCTarget(const YumIOCTarget&) = delete;
     YumIOCTarget& operator=(const YumIOCTarget&) = delete;
-    // After the destruction of the target, calls of the module's functions raise RuntimeError in the script.
+    // After the target is destroyed, each function of the module raises RuntimeError in the script.
     virtual ~YumIOCTarget();
 
     virtual PyObject* stdoutWrite(PyObject* module, PyObject* args) = 0;

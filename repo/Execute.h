@@ -16,17 +16,17 @@ class Execute
     Q_DECLARE_TR_FUNCTIONS(Execute)
 
 public:
-    // Saves the current standard output and standard error for the programs that execute() starts later.
-    // During an operation, both descriptors are pipes, which close at the end of the operation. If a program
-    // writes to a closed pipe, it is killed.
+    // Saves the current standard output and standard error, which all programs get that execute() starts
+    // later. During an operation, both descriptors are pipes that close when the operation ends. A program
+    // that writes to a closed pipe is killed.
     static void keepOutput();
 
-    // Runs the program argv[0] (a path) with the other arguments. A null pointer ends the list. The function
-    // returns immediately, and the arguments must exist only until then. The program is not a child of this
-    // process and has its own session. It inherits only the three standard descriptors, and all its signals
-    // have their default actions. If no process can be created, a message box over `parent` reports the
-    // failure. The function does not wait for this box, because a running operation must continue. Later
-    // failures are reported only on standard error.
+    // Runs the program argv[0] (a path) with the other arguments, which a null pointer ends. The function
+    // returns immediately; the arguments may be destroyed then. The program is not a child of this process
+    // and has its own session. It inherits only the three standard descriptors, and all its signals have
+    // their default actions. If no process can be created, a message box over `parent` reports the failure.
+    // The function does not wait for this box, because a running operation must continue. Later failures are
+    // reported only on standard error.
     static void execute(QWidget* parent, char* const* argv);
 };
 

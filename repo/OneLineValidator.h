@@ -21,7 +21,7 @@ public:
     // before a blank or a tab is kept, because a configuration file can contain it.
     static QString oneLine(QString text);
 
-    // Corrects the input. The result is always Acceptable.
+    // Corrects the input, and always returns Acceptable.
     State validate(QString& input, int& position) const override;
 };
 

@@ -33,7 +33,7 @@ public:
     }
 
 protected:
-    // The constructor of Edit receives the arguments after the parent.
+    // The arguments after `parent` are passed to the constructor of Edit.
     template <typename... Arguments>
     explicit PasswdEdit(QWidget* parent, Arguments... arguments)
         : Edit(arguments..., parent), inner(new Inner(parent)), showing(false)
@@ -47,7 +47,7 @@ protected:
         inner->setGeometry(this->geometry());
     }
 
-    // Returns the real text, with one character for each cursor position.
+    // Returns the real text of the hidden edit, with one character for each cursor position.
     QString real() const { return PasswdInner::text(inner); }
 
     void showText()
@@ -82,7 +82,7 @@ protected:
         const PasswdInner::Selection own = PasswdInner::selection(this);
         const PasswdInner::Selection wanted{PasswdInner::characterBoundary(text, own.anchor),
                                             PasswdInner::characterBoundary(text, own.position)};
-        // An unnecessary move of the cursor would split one undo step into two.
+        // Compare first: an unnecessary move of the cursor would split one undo step into two.
         if (PasswdInner::selection(inner) != wanted) {
             PasswdInner::separateUndo(inner);
             PasswdInner::select(inner, wanted);
@@ -122,9 +122,9 @@ protected:
         showRealSelection();
     }
 
-    // Returns true if the key removes more than one character. In this case, the function selects the part to
-    // remove in the visible edit. It uses the word boundaries of the masked text. If the key also copies, the
-    // function copies the masked text to the clipboard.
+    // Returns true if the key removes more than one character. In this case, the function first selects in
+    // the visible edit what the key removes, by the word boundaries of the masked text. If the key also
+    // copies, the function copies the masked text to the clipboard.
     virtual bool selectForRemoval(QKeyEvent* event)
     {
         const bool hasSelection = PasswdInner::selection(this).length() > 0;
@@ -182,7 +182,7 @@ protected:
         applyVisibleSelection();
     }
 
-    // The visible edit shows the composed text. The hidden edit receives the final text.
+    // An input method composes text in the visible edit. Only the finished text reaches the hidden edit.
     void inputMethodEvent(QInputMethodEvent* event) override
     {
         if (!event->commitString().isEmpty() || event->replacementLength() > 0 ||

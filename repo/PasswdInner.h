@@ -16,7 +16,7 @@
 
 class QKeyEvent;
 
-// The hidden widgets publish the event functions that their masking edits call. Assistive programs cannot
+// The hidden widgets make those event functions public that the masking edits call. Assistive programs cannot
 // read the texts of the hidden widgets.
 class PasswdInnerLineEdit : public QLineEdit
 {
@@ -51,7 +51,8 @@ class PasswdMimeData : public QMimeData
 public:
     PasswdMimeData(const QString& masked, const QString& real);
 
-    // Returns the real text if the source has one. Otherwise returns the plain text.
+    // Returns the real text if the data come from a masking edit. Otherwise returns the plain text of the
+    // data.
     static QString realText(const QMimeData* source);
 
 private:
@@ -62,7 +63,7 @@ namespace PasswdInner {
 
 // Returns true if the key moves the cursor or changes the selection, without changing the text.
 bool movesCursor(const QKeyEvent* event);
-// Returns the nearest position that is not between the two halves of a surrogate pair.
+// Returns the nearest position that does not split a surrogate pair.
 int characterBoundary(const QString& text, int position);
 
 // The difference between two texts. "removed" characters at "begin" of the first text are replaced by "added"

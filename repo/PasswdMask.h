@@ -23,8 +23,10 @@ public:
 
     // Both functions add an expression whose first capture is also hidden. They ignore the expressions of
     // Repo::Vantor, because Credentials already finds the passwords in vantor URLs.
-    void hideInWholeText(const QRegExp& expression); // used only if the whole text matches
-    void hideEverywhere(const QRegExp& expression);  // used for every match in the text
+    // The first function uses the expression only if it matches the whole text, the second one for each of
+    // its matches in the text.
+    void hideInWholeText(const QRegExp& expression);
+    void hideEverywhere(const QRegExp& expression);
 
     QString masked(const QString& text, QChar passwordCharacter) const;
     // Returns true if a text that is inserted at this position becomes a part of a password.

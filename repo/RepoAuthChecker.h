@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Finds the used repositories with empty credentials in their URLs, and asks the user for these credentials.
+// Finds the repositories in use whose URLs have empty credentials, and asks the user for these credentials.
 //
 // It lives on the graphical thread. An object exists for one check, which the constructor runs.
 
@@ -31,8 +31,8 @@ public:
         QString password;
     };
 
-    // Reads the configuration, asks the user in windows over `parent`, and writes the configuration if it has
-    // changed.
+    // Reads the configuration, asks the user in windows over `parent`, and writes the configuration if the
+    // user has entered credentials.
     Checker(QWidget* parent, YumConfIO* yumConfIO);
     ~Checker();
     Checker(const Checker&) = delete;

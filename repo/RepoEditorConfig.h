@@ -34,16 +34,17 @@ public:
     explicit Config(QGridLayout* layout);
 
     void setEntry(const Repo::Entry& entry);
-    // Returns the repository with the values of the fields. Some fields show a value in another form than the
-    // file. If the user has not changed a field, the result has the original value.
+    // Returns the repository with the values of the fields. A field may show a value in another form than the
+    // file. If the user has not changed such a field, the result has the value from the file.
     Repo::Entry toEntry() const;
-    // Shows the values of the [main] section, which apply to a repository that lacks these values.
+    // Shows the values of the [main] section as defaults. A repository uses them for options that its own
+    // section lacks.
     void setDefaults(bool enabled, bool gpgcheck);
     // Empties and disables all fields until the next setEntry().
     void disable();
     // Shows the first problem of the repository in the label. Returns true if a problem exists.
     bool setStatus(YumConfIO* conf, HFrameLabel* label);
-    // Returns false if a configuration file cannot represent the contents of the form as one repository.
+    // Returns false if the fields contain text that a configuration file cannot represent as one repository.
     bool canBeWritten() const;
     void focusIdentifier();
 

@@ -31,8 +31,8 @@ public:
     explicit ConfigDialog(YumConfIO* conf, QWidget* parent = nullptr);
 
     // Sets the repository for the next exec(). The caller owns the repository, which must outlive that call.
-    // If the user changes nothing, OK acts like Cancel. But OK always accepts a copy, because the copy itself
-    // is new.
+    // If the user changes nothing, OK acts like Cancel. But OK accepts a copy without a change, because the
+    // editor's list does not contain the copy yet.
     void setEntry(Repo::Entry* edited, bool isCopy = false);
 
     void updateStatusLabel();
@@ -42,10 +42,10 @@ public:
 public Q_SLOTS:
     void changed();
     void reset();
-    // Cancel undoes the changes without a question.
+    // Closes the window and drops the changes without a question.
     void cancel();
     void ok();
-    // Escape and the button of the window manager. Asks before it drops changes.
+    // Called for the Escape key and for the window's close button. Asks before it drops changes.
     void reject() override;
 
 private:
@@ -58,7 +58,7 @@ private:
     QPushButton* resetButton;
     QPushButton* okButton; // disabled if the repository cannot be written
     bool hasChanged;
-    bool copied; // the repository is a copy that is not yet in the editor's list
+    bool copied; // the repository is a copy that the editor's list does not contain yet
 };
 
 } // namespace RepoEditor

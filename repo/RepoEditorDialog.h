@@ -40,7 +40,7 @@ public:
     Dialog(YumIO* backEnd, YumConfIO* conf, QWidget* parent);
 
     // Set this member before each exec(). If it is true, the dialog emits reposChanged() when it closes, even
-    // without a change.
+    // if nothing has changed.
     bool reposChangedForced;
 
     // Does not open the window if the configuration cannot be read.
@@ -48,7 +48,7 @@ public:
     void setVisible(bool visible) override;
 
 Q_SIGNALS:
-    // Emitted when the dialog closes, if the use or the configuration of a repository has changed.
+    // Emitted when the dialog closes, if the user has changed the use or the configuration of a repository.
     void reposChanged();
 
 public Q_SLOTS:
@@ -66,8 +66,8 @@ public Q_SLOTS:
     void cancel();
     bool apply();
     void ok();
-    // Discards all changes that are not applied. The Escape key and the window frame also call this slot.
-    // Changes to the use of repositories in this session are kept.
+    // Discards all changes that are not applied. The Escape key and the window's close button also call this
+    // slot. It keeps the changes to the use of repositories in this session.
     void reject() override;
 
 private:
@@ -104,12 +104,12 @@ private:
     YumIO* yumIO;
     YumConfIO* yumConfIO;
 
-    QHash<QString, bool> sessionBackup; // the session enable table as it was when the dialog was shown
-    bool readWhole;                     // the list contains the repositories of all files
-    bool sessionChanged;                // the use of a repository has changed since the dialog was shown
-    bool entryHasChanged;               // some changes are not applied
-    bool configHasChanged;              // some changes to the configuration are not applied
-    bool applied;                       // changes were applied since the dialog was shown
+    QHash<QString, bool> sessionBackup; // a copy of the session enable table, made when the dialog was shown
+    bool readWhole;        // the list contains the repositories of all files, because the last read succeeded
+    bool sessionChanged;   // the user has changed the use of a repository since the dialog was shown
+    bool entryHasChanged;  // the user has made changes that are not applied
+    bool configHasChanged; // the user has made changes to the configuration that are not applied
+    bool applied;          // the user has applied changes since the dialog was shown
 };
 
 } // namespace RepoEditor

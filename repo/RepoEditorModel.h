@@ -36,15 +36,15 @@ public:
 
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
-    // If a repository is missing in the session enable table, this function adds the repository to the table
-    // as not used.
+    // If the session enable table lacks the row's repository, adds this repository to the table as one that
+    // is not used.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
     // Returns true if the repository is used in the session or enabled, depending on the column.
     bool isTicked(const QModelIndex& index) const;
 
-    // Sets the font of the view. The model shows new repositories in the italic form of this font.
+    // Sets the view's font. The model shows new repositories in its italic form.
     void setViewFont(const QFont& font);
 
     // Appends an entry and returns its row.
@@ -62,8 +62,8 @@ public:
 
     // Toggles the use of the repository in this session.
     void toggleUse(const QModelIndex& index);
-    // Toggles the value `enabled` in the configuration of the repository. If the section lacks this value,
-    // the call inverts the default, which the table shows.
+    // Toggles the `enabled` option in the repository's section. If the section lacks this option, sets it to
+    // the opposite of the default value that the table shows.
     void toggleEnabled(const QModelIndex& index);
     // Opens the repository in the user's web browser. Messages appear over `window`.
     void browse(const QModelIndex& index, QWidget* window);
@@ -73,7 +73,7 @@ Q_SIGNALS:
     void configChanged();
 
 private:
-    // Returns false if the row no longer exists. A view may still ask for such a row.
+    // Returns false if the row does not exist. A view may still ask for a row that was removed.
     bool hasEntry(const QModelIndex& index) const;
     bool isUsed(const Repo::Entry& entry) const;
     bool isEnabled(const Repo::Entry& entry) const;

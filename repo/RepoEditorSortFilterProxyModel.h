@@ -18,7 +18,7 @@ class SortFilterProxyModel : public QSortFilterProxyModel
 public:
     explicit SortFilterProxyModel(QObject* parent = nullptr);
 
-    // Adds texts for users who cannot see the icons.
+    // Adds texts to the icons for users who cannot see them.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
 
 protected:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The table of repositories. A click on a check box toggles it. A double click on a repository requests the
-// form of this repository.
+// The table of repositories. A click on a check box toggles it. A double click on a repository opens the form
+// of this repository.
 //
 // It lives on the graphical thread; the editor's dialog is its Qt parent. It owns its context menu.
 
@@ -44,7 +44,7 @@ public Q_SLOTS:
 Q_SIGNALS:
     // Emitted when another row becomes current. The arguments are source rows; -1 means no row.
     void currentChanged(int current, int previous);
-    // Emitted when the user requests the form of a repository. The argument is a source index.
+    // Emitted when the form of a repository must be opened. The argument is the repository's source index.
     void activated(const QModelIndex& index);
 
 protected:

@@ -14,7 +14,8 @@ namespace Repo {
 
 struct Entry
 {
-    // The section name between the brackets. It is empty only while a new repository has no identifier.
+    // The name of the section, without its brackets. It is empty only while a new repository has no
+    // identifier.
     QString id;
     QString name;
     // One URL per line, with a single line feed between the lines.
@@ -28,12 +29,12 @@ struct Entry
     QString options;
     // The path of the file with the section. It is empty while a new repository has no file.
     QString file;
-    // The order of the sections in one file. After reading, the values are 1.0, 2.0 and so on. A fraction
-    // puts a section between two other sections.
+    // The position of the section among the sections of its file. After reading, the positions are 1.0, 2.0
+    // and so on. A new section gets a fraction between two of them.
     double position = 0.0;
 };
 
-// Returns true if both have the same identifier, even if other members differ.
+// Returns true if both repositories have the same identifier, even if other members differ.
 bool operator==(const Entry& left, const Entry& right);
 bool operator!=(const Entry& left, const Entry& right);
 

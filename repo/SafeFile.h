@@ -29,21 +29,20 @@ class SafeFile
 public:
     // On failure, the next three functions return false and set errno.
 
-    // Prepares to replace the text of an existing file. If the file does not contain `expected`, errno is
-    // ESTALE. If `others` is false, users who are neither the owner nor in the group of the file lose their
-    // rights.
+    // Prepares to replace the text of an existing file. If the file does not contain `expected`, fails with
+    // ESTALE. If `others` is false, only the owner and the group of the file keep their rights.
     bool replace(const QString& path, const QByteArray& expected, const QByteArray& text, bool others = true);
-    // Prepares to create a file with this mode, from which the umask removes rights. If the file already
-    // exists, errno is EEXIST.
+    // Prepares to create a file with this mode, reduced by the umask. If the file already exists, fails with
+    // EEXIST.
     bool create(const QString& path, const QByteArray& text, mode_t mode);
-    // Gives the file its new text. After that, the directory must still be written to the disk: see
-    // syncDirectories().
+    // Gives the file its new text. Call syncDirectories() afterwards, because the file's directory is not yet
+    // on the disk.
     bool commit();
 
-    // Writes the prepared texts of many files to the disk together. Without this call, commit() writes each
-    // text separately.
+    // Writes the prepared texts of many files to the disk together. Without this call, each commit() writes
+    // its own text to the disk.
     static bool sync(const std::vector<std::unique_ptr<SafeFile>>& files);
-    // Writes directories to the disk, so that the changes to their file names are permanent.
+    // Writes directories to the disk, so that renamed and new files in them are permanent.
     static void syncDirectories(const QStringList& directories);
 
     SafeFile() = default;
@@ -52,12 +51,12 @@ public:
     SafeFile(const SafeFile&) = delete;
     SafeFile& operator=(const SafeFile&) = delete;
 
-    // Returns the directory of the file after all links have been followed.
+    // Returns the directory of the real file, to which all symbolic links lead.
     QString directory() const { return directoryPath; }
-    // If commit() has failed, the file may contain neither the old nor the new text. In this case, returns
-    // the path of the copy with the old text. Otherwise returns an empty string.
+    // If commit() has failed, the file may contain neither the old nor the new text. In this case, this
+    // function returns the path of a copy with the old text. Otherwise it returns an empty string.
     QString copy() const { return copyPath; }
-    // Returns true if replace() has removed rights of other users.
+    // Returns true if replace() has taken rights away from other users.
     bool hasRemovedRights() const { return removedRights; }
 
     // Removes the temporary files that killed programs have left behind in a directory. Does not remove
@@ -65,7 +64,7 @@ public:
     static void removeLeftovers(const QString& directory);
     // Returns the copies of old texts that killed programs have left behind in a directory.
     static QStringList leftoverCopies(const QString& directory);
-    // Returns the directories for copies, if the directory of the file is not writable.
+    // Returns the directories that contain copies if the directory of a file is not writable.
     static QStringList copyDirectories();
 
 private:

@@ -44,11 +44,11 @@ public:
     // /etc/yum.conf. The script searches the same paths.
     static QString fileName();
 
-    // Returns the directories of repository files if the main file does not name any directory. These are
-    // /etc/yum.repos.d, /etc/yum/repos.d and each existing directory of `knownDirectories`.
+    // Returns the directories in which VYRE looks for repository files if the main configuration file names
+    // none: /etc/yum.repos.d, /etc/yum/repos.d and each existing directory of `knownDirectories`.
     QStringList defaultDirectories() const;
-    // The package manager's default directories, relative to the managed root. Until the package manager has
-    // started, the list contains the directories of all its versions.
+    // The package manager's default directories, relative to the managed root. The package manager reports
+    // them when it has started. Until then, the list contains the default directories of all its versions.
     QStringList knownDirectories{QStringLiteral("/etc/distro.repos.d"),
                                  QStringLiteral("/usr/share/dnf5/repos.d")};
 
@@ -67,7 +67,8 @@ public:
     // Valid after write() has returned false. True if other programs have changed files and the user wants to
     // read all files again. `entries` is unchanged.
     bool readAgainWanted = false;
-    // Valid after write() has returned true. True if `entries` lacks changes that other programs have made.
+    // Valid after write() has returned true. True if other programs have made changes that `entries` does not
+    // contain.
     bool outdated = false;
 
     // The values of the [main] section.
@@ -87,15 +88,15 @@ public:
     // The text of the main file before the first repository section. A line feed ends each logical line.
     QString mainText;
 
-    // Warnings for the user about settings that the package manager reads in another way, and about files
-    // that VYRE leaves alone. The user must see them before a file is written.
+    // Warnings about settings that the package manager reads differently from VYRE, and about files that VYRE
+    // leaves alone. The user must see these warnings before a file is written.
     QStringList warnings;
 
     // The parent window of the message boxes. The caller of read() and write() owns it. It is valid only
     // during these calls.
     QWidget* parent = nullptr;
 
-    // Physical lines that have been read, but belong to the next logical lines.
+    // Physical lines that have been read, but belong to logical lines that have not been returned yet.
     QStringList pendingLines;
 
 Q_SIGNALS:
@@ -110,15 +111,15 @@ private:
     {
         QString path;            // the first path that led to the file
         QString canonical;       // the canonical path of the file
-        QStringList names;       // all paths of the file in the repository directories
-        Repo::File file;         // the contents of the file, without `text`
-        QString unedited;        // the text that write() writes if nothing was edited
+        QStringList names;       // the paths of the file in the repository directories
+        Repo::File file;         // the contents of the file; the member `text` is empty
+        QString unedited;        // the text that write() writes if the user changes nothing in this file
         QStringList identifiers; // the identifiers of the sections, sorted
         bool isMain = false;
     };
 
-    // The order in which files are written. If a section moves to another file, this order ensures that at
-    // least one of the two files always contains the section.
+    // The order in which files are written. A section may move from one file to another. The file that gains
+    // it is written first, so at least one of the two files always contains the section.
     enum Turn { Gains, GainsAndLoses, GainsNothing, Unedited };
 
     // The planned write of one file.
@@ -128,14 +129,14 @@ private:
         int known = -1; // the index in `knownFiles`
         QList<Repo::Entry> sections;
         QString text;
-        bool edited = true;    // the text has changed since the last read or write
+        bool edited = true;    // the text differs from the text of the last read or write
         bool outdated = false; // another program has changed the file
         bool skipped = false;  // the file is not written
         Turn turn = Gains;
     };
 
-    // Adds a warning if VYRE reads an option as enabled, but the package manager reads the same option as
-    // disabled.
+    // Adds a warning if VYRE takes the value of an option for "yes", but the package manager takes it for
+    // "no".
     void noteDoubtfulSwitch(const QString& path, const QString& id, const QString& line,
                             const QString& value);
 
@@ -168,7 +169,7 @@ private:
     static void cleanupRead(Repo::Entry& entry);
     void applyUsedOptions(const Repo::Entry& entry);
 
-    // Returns false if the list has errors and the user declines to remove them.
+    // Returns false if identifiers are empty or repeated, and the user declines to remove these repositories.
     bool checkErrors();
     bool hasEmptyId() const;
     // Returns the repeated identifiers, separated by commas. Each identifier appears once for every entry
@@ -181,13 +182,14 @@ private:
 
     // Returns the main file and every file with a repository, in the order in which they are written.
     QList<Target> targets() const;
-    // `before` contains the identifiers that the file had at the last read or write, sorted.
+    // Decides when the file is written. `before` contains the sorted identifiers that the file had at the
+    // last read or write.
     static Turn turnOf(const Target& target, const QStringList& before);
     QHash<Repo::FileNumber, int> numbersOfKnown() const;
-    // Returns the known repository files that contain no repository any more and can be removed.
+    // Returns the known repository files that no longer contain a repository and can be removed.
     QList<int> unused(const QList<Target>& list) const;
-    // Decides which files are not written. If a write would overwrite the changes of another program, asks
-    // the user and returns false.
+    // Decides which files are skipped. If a write would overwrite another program's changes, shows a question
+    // and returns false.
     bool respectChanges(QList<Target>& list, QList<int>& removed);
     void removeLeftovers() const;
     bool writeFiles(QList<Target>& list);
@@ -201,9 +203,10 @@ private:
     // Shows the message and the text of the current errno.
     void error(const QString& message);
 
-    QString mainFile; // the path of the main file at the time of reading
+    QString mainFile; // the path of the main file when it was read
     QList<Known> knownFiles;
-    QHash<Repo::FileNumber, int> knownNumbers; // used during a read; -1 for a file that VYRE leaves alone
+    // The indexes in `knownFiles`, during a read; -1 for a file that VYRE leaves alone.
+    QHash<Repo::FileNumber, int> knownNumbers;
 };
 
 #endif

@@ -10,13 +10,13 @@
 class CapturedOutput
 {
 public:
-    // The next two functions receive a piece of the output, which may end inside a line. They are called on
-    // the graphical thread.
+    // The next two functions receive a piece of the output. A piece may end in the middle of a line. Both
+    // functions are called on the graphical thread.
     virtual void stdoutCapturedWrite(const QString& text) = 0;
     virtual void stderrCapturedWrite(const QString& text) = 0;
     // Called on the graphical thread after the last piece of one capture.
     virtual void captureEnded() {}
-    // Called on the thread of the operation if the capture could not be started or ended.
+    // Reports that the capture could not be started or ended. Called on the operation's thread.
     virtual void error(const QString& text) = 0;
 
 protected:

@@ -10,7 +10,7 @@
 class FileDescriptor
 {
 public:
-    // Takes over the descriptor; -1 means none.
+    // Takes over the descriptor. -1 means no descriptor.
     explicit FileDescriptor(int descriptor = -1) : fd(descriptor) {}
     ~FileDescriptor() { close(); }
     FileDescriptor(const FileDescriptor&) = delete;

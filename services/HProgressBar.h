@@ -18,8 +18,8 @@ public:
     explicit HProgressBar(QWidget* parent = nullptr);
 
     void setActivity(QString text);
-    // Returns the activity, and the percentage in parentheses. If one of the two is missing, returns only the
-    // other.
+    // Returns the activity, followed by the percentage in parentheses. If only one of them exists, returns
+    // only this one.
     QString text() const override;
     // Resets the bar and removes the activity.
     void reset();

@@ -24,8 +24,8 @@ class Window : public QWidget
     Q_OBJECT
 
 public:
-    // Creates a top-level window. The main window is stored, but is not the Qt parent. The back end owns the
-    // list, which must outlive this window.
+    // Creates a top-level window. `mainWindow` is stored, but does not become the Qt parent. The back end
+    // owns the list, which must outlive this window.
     Window(EntryList& entries, QWidget* mainWindow);
 
     // Escapes a line in place for use as rich text. White space keeps its width. Ampersands are not escaped.
@@ -43,10 +43,10 @@ public Q_SLOTS:
     void levelChanged(int level);
     // Shows or hides the times, and renders the whole log again.
     void timesChanged();
-    // Asks for a file, and writes the shown entries with their times to this file. Does not wait for the
-    // answer, because an operation may end in the meantime.
+    // Opens a dialog for the file name, and later writes the shown entries with their times to this file.
+    // Does not wait for the answer, because an operation may end while the dialog is open.
     void save();
-    // Asks before it replaces a file.
+    // Writes the file; asks first if it exists.
     void saveInto(const QString& path);
 
 private Q_SLOTS:
@@ -70,10 +70,10 @@ private:
     HTextEdit* textEdit;
     QCheckBox* timesBox;
     quint32 shown; // the index of the first entry that is not rendered
-    bool open;     // the window is visible; a notification may arrive after it was hidden
+    bool open;     // false while the window is hidden; notifications that arrive then are ignored
     QString savePath;
-    bool painting;   // appended() is processing paint events
-    bool askedAgain; // more entries arrived during the painting
+    bool painting;   // true while appended() processes paint events
+    bool askedAgain; // more entries arrived while appended() processed paint events
 };
 
 } // namespace Log

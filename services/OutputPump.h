@@ -45,8 +45,8 @@ public:
     // Takes over the four descriptors, which must be non-blocking. Returns false if resources are missing;
     // the channels are then unchanged.
     bool start(Channel (&channels)[channelCount]);
-    // Waits until the reader's pipes contain all output that was written before the call. Meanwhile the
-    // reader must read from its pipes or close them.
+    // Waits until the reader's pipes contain all output that was written before the call. During this wait,
+    // the reader must read from its pipes or close them.
     void stop();
 
 private:
@@ -56,7 +56,7 @@ private:
         QByteArray waiting; // the output that has been read; the bytes before "done" have been written
         int done = 0;
         bool ended = false;   // the input has ended
-        bool leftOut = false; // output was dropped since the buffer became full
+        bool leftOut = false; // output has been dropped since the buffer became full
     };
 
     void run();

@@ -45,13 +45,13 @@ class ThreadsState
 {
 public:
     ThreadsState();
-    // No download is started, and all sizes are unknown.
+    // Creates the states of `count` downloads that have not started and whose sizes are unknown.
     explicit ThreadsState(quint32 count);
     ThreadsState(const ThreadsState& other);
     ThreadsState& operator=(const ThreadsState& other);
 
     quint32 count() const { return threadCount; }
-    // The index is not checked.
+    // The caller must make sure that the index is valid.
     ThreadState& operator[](quint32 index) { return threads[index]; }
     const ThreadState& operator[](quint32 index) const { return threads[index]; }
 
@@ -67,7 +67,7 @@ struct Downloads
     QMutex mutex; // guards the other members
     ThreadsState state;
     bool reported = false; // a report to the Minion is pending
-    bool changed = false;  // the state has changed since the pending report
+    bool changed = false;  // the state has changed since the pending report was sent
 };
 
 // The Minion lives on the graphical thread. An Object creates it. The graphical thread deletes it after its
@@ -163,9 +163,10 @@ public:
     void retryItemActThread(unsigned int index);
     void endItemActsThreads();
 
-    // A value within 10 ms of the last report is stored, but not reported.
+    // Stores the value. Reports it only if the last report is more than 9 ms old.
     void setItemValue(Steps value);
-    // A value within 10 ms of the last report is ignored, except the first value that equals the maximum.
+    // Ignores a value that follows the last report within 9 ms, except the first value that equals the
+    // maximum.
     void setTotalValue(Steps value);
     void reset();
 
@@ -186,11 +187,12 @@ Q_SIGNALS:
 private:
     // Returns the steps of the total bar that correspond to a value of the item.
     Steps itemShare(Steps value) const;
-    // Changes the states of the downloads, and reports them unless a report is already pending.
+    // Changes the states of the downloads. Sends a report to the Minion, unless an earlier report is still
+    // pending.
     void changeThreads(const std::function<void(ThreadsState& state)>& change);
     // Returns the steps of the total bar for this number of acts.
     Steps actsShare(Steps acts) const;
-    // Processes events, so that the windows stay painted if the graphical thread runs the operation.
+    // If the graphical thread runs the operation, processes events so that the windows are repainted.
     void updateGui();
 
     Minion* minion;
@@ -212,7 +214,7 @@ private:
     std::shared_ptr<Downloads> downloads; // only the operation's thread changes it
 };
 
-// Sets the slot to a new Object for a scope, and resets the slot to null at the end of the scope.
+// While an object exists, the slot contains a new Progress::Object. After that, the slot is null.
 class User
 {
 public:

@@ -63,7 +63,7 @@ private:
     bool activated;
     QList<QPointer<QAbstractButton>> disabled;
     QPointer<QWidget> focus;
-    QSet<quint32> keys;             // pressed while the question accepted input
+    QSet<quint32> keys;             // keys that were pressed while the question accepted input
     QHash<quint32, ulong> releases; // the time of each key's last release
     Qt::MouseButtons mouseButtons;
 };

@@ -27,11 +27,11 @@ protected:
                      QWidget* parent);
 
     void keyPressEvent(QKeyEvent* event) override;
-    // Both functions add a widget above or below the scrolling text.
+    // These functions add a widget above or below the scrolling text.
     void addAbove(QWidget* widget);
     void addBelow(QWidget* widget);
     QPushButton* button(int number) const { return buttons.at(number); }
-    // Gives the dialog the size of its contents, within the screen.
+    // Makes the dialog as large as its contents, but not larger than the screen.
     void fit();
 
 private:

@@ -32,15 +32,15 @@ public:
     // Takes over the read ends of the two pipes, which must be non-blocking. The receiver is the back end,
     // which the main window owns.
     YumIOCapturersMinion(CapturedOutput* textReceiver, int stdoutReadEnd, int stderrReadEnd);
-    // Reads the remaining output. The worker does not wait for it.
+    // Reads the rest of the output. The worker does not wait until this has happened.
     ~YumIOCapturersMinion() override;
 
-    // Does the work of all minions without an event loop. It reads the available output, and deactivates each
-    // minion whose worker has requested this. The graphical thread calls it repeatedly if it cannot return to
-    // its event loop.
+    // Does the work of all minions without an event loop: reads the available output, and deactivates each
+    // minion whose worker has requested that. The graphical thread calls this function repeatedly when it
+    // cannot return to its event loop.
     static void serveAll();
 
-    // Starts watching the pipes. Does not wait.
+    // Makes the graphical thread watch the pipes. Does not wait.
     void activate();
     // Stops watching the pipes, and waits until their contents have been read. The graphical thread must not
     // call this function, because it would wait for itself.
@@ -57,7 +57,7 @@ private:
 
     CapturedOutput* receiver;
     bool active;
-    bool finalizing; // finalize() runs, and the worker waits for its end
+    bool finalizing; // finalize() runs, and the worker waits until it has ended
     FileDescriptor stdoutFd;
     FileDescriptor stderrFd;
     std::unique_ptr<QSocketNotifier> stdoutNotifier;
@@ -73,7 +73,7 @@ class YumIOCapturers : public QObject
     Q_OBJECT
 
 public:
-    // Reports a failure to the receiver. The operation then runs without capture.
+    // Starts the capture. On failure, reports this to the receiver, and the operation runs without capture.
     explicit YumIOCapturers(CapturedOutput* textReceiver);
     // Restores the descriptors, and returns when all output has reached the receiver. If a descriptor cannot
     // be restored, this is reported, and the pipes remain watched.
@@ -89,7 +89,8 @@ private:
     };
 
     void startPump();
-    // Restores a saved descriptor if it was redirected. On failure, reports this and returns false.
+    // Restores a descriptor from its duplicate if the descriptor was redirected. On failure, reports this and
+    // returns false.
     bool restore(const FileDescriptor& saved, int fd, bool redirected);
 
     YumIOCapturersMinion* minion;
@@ -103,8 +104,8 @@ private:
     bool stderrRedirected;
 };
 
-// Sets the slot to a YumIOCapturers for a scope, then restores the former value of the slot. Scopes can be
-// nested. The graphical thread must not use this class.
+// While an object exists, the slot contains a new YumIOCapturers. After that, the slot has its former value
+// again. Objects can be nested. The graphical thread must not use this class.
 class YumIOCapturersUser
 {
 public:

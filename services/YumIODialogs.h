@@ -16,8 +16,8 @@
 
 #include "services/Unattended.h"
 
-// It lives on the graphical thread. Its YumIODialogs creates it; the graphical thread deletes it later. A
-// QuestionGuard protects each dialog from input that is meant for something else.
+// Runs the dialogs on the graphical thread. A YumIODialogs creates this object; the graphical thread deletes
+// it later. A QuestionGuard protects each dialog from input that is meant for something else.
 class YumIODialogsMinion : public QObject
 {
     Q_OBJECT
@@ -49,9 +49,9 @@ private:
     QWidget* parentWidget;
 };
 
-// Only the thread on which it was created may use it, with one request at a time. On the graphical thread,
-// the dialog runs inside the request. While the program is unattended, no dialog is shown. Each request then
-// immediately returns the safe answer, which is the rejection or the escape button.
+// Only the thread that created this object may use it, with one request at a time. On the graphical thread,
+// the dialog runs inside the request. While the program is unattended, no dialog is shown, and each request
+// immediately returns the safe answer: the rejection or the escape button.
 class YumIODialogs : public QObject, private Unattended::Waiter
 {
     Q_OBJECT
@@ -67,17 +67,17 @@ public:
     int confirm(const QString& caption, const QString& text, const QString& acceptText,
                 const QString& rejectText, bool rejectIsDefault = false, const QString& notice = QString(),
                 const QString& summary = QString());
-    // Both functions return the number of the pressed button. A button without a text is omitted, but button
-    // 0 without a text is "OK". If the number of the escape button is -1, the box has no escape button,
-    // unless it has only one button. If the program ends before the user answers, the result is the number of
-    // the escape button.
+    // Both functions return the number of the pressed button. A button without a text is omitted, except
+    // button 0, which then has the text "OK". If the number of the escape button is -1, the box has an escape
+    // button only if it has exactly one button. If the program ends before the user answers, the result is
+    // the number of the escape button.
     int warning(const QString& caption, const QString& text, const QString& button0Text,
                 const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                 int escapeButtonNumber);
     int critical(const QString& caption, const QString& text, const QString& button0Text,
                  const QString& button1Text, const QString& button2Text, int defaultButtonNumber,
                  int escapeButtonNumber);
-    // Always returns 0.
+    // Shows a long text in a dialog with one button. Always returns 0.
     int scrollable(const QString& caption, const QString& text);
 
 public Q_SLOTS:
@@ -96,7 +96,7 @@ Q_SIGNALS:
     void scrollableSig(const QString& caption, const QString& text);
 
 private:
-    // Sends the request and waits for the answer. Returns "safe" if no user can answer.
+    // Sends the request and waits for the answer. If no user can answer, returns `safe`.
     template <typename Request> int ask(int safe, const Request& request);
     void waitForResult();
     void giveUpWaiting() override;
@@ -108,8 +108,8 @@ private:
     int safeResult; // the safe answer to the current request
 };
 
-// Sets the slot to a YumIODialogs for a scope, then restores the former value of the slot. Scopes can be
-// nested.
+// While an object exists, the slot contains a new YumIODialogs. After that, the slot has its former value
+// again. Objects can be nested.
 class YumIODialogsUser
 {
 public:

@@ -21,9 +21,9 @@ public:
     // Returns the whole text, even if the label shows a shortened text.
     QString wholeText() const { return whole; }
 
-    // Returns the size of the whole text.
+    // Returns a size that fits the whole text.
     QSize sizeHint() const override;
-    // Returns the size of a few letters.
+    // Returns a size that fits a few letters.
     QSize minimumSizeHint() const override;
 
 protected:

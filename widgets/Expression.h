@@ -20,7 +20,7 @@
 class Expression
 {
 public:
-    // Creates an object without an expression, which matches nothing.
+    // Creates an object that has no expression and matches nothing.
     Expression() = default;
     ~Expression() { clear(); }
     Expression(const Expression&) = delete;
@@ -49,10 +49,10 @@ public:
 private:
     void clear();
 
-    int regStatus = -1; // 0 if the pattern is compiled
+    int regStatus = -1; // the result of regcomp(); 0 if the expression is valid
     regex_t pattern = {};
     QByteArray required;
-    bool literal = false; // the expression consists only of the required text
+    bool literal = false; // true if the expression consists only of the required text
 };
 
 #endif

@@ -90,9 +90,9 @@ private:
     QSplitter* splitter;
     HTableView* table;
     QString emptyText;
-    QPersistentModelIndex kept; // the current row while the list changes
-    int reported;               // the row of the last currentChanged()
-    bool listing;               // the list changes; the selection is set again afterwards
+    QPersistentModelIndex kept; // the row that was current before the list changed
+    int reported;               // the row that the last currentChanged() reported
+    bool listing;               // true while the list changes; selection signals are then ignored
 };
 
 #endif

@@ -71,8 +71,8 @@ private:
     Expression pattern;
     int sortedBy;
     Qt::SortOrder sortedIn;
-    std::vector<int> sourceRows; // indexed by the row in this model
-    std::vector<int> ownRows;    // indexed by source row; -1 if not listed
+    std::vector<int> sourceRows; // source rows, indexed by the rows of this model
+    std::vector<int> ownRows;    // rows of this model, indexed by source row; -1 if the filter hides the row
 };
 
 #endif

@@ -38,7 +38,7 @@ public:
 public Q_SLOTS:
     // Shows the bar and moves the focus to its field.
     void open();
-    // Hides the bar and moves the focus back.
+    // Hides the bar, and gives the focus back to the widget that had it before.
     void dismiss();
     void findNext();
     void findPrevious();
@@ -66,7 +66,7 @@ private:
     QPushButton* nextButton;
     QPushButton* previousButton;
     PlainLabel* result;
-    QPointer<QWidget> focusBefore; // the widget that had the focus before the bar
+    QPointer<QWidget> focusBefore; // the widget that had the focus before the bar was shown
 };
 
 #endif

@@ -16,7 +16,7 @@ class HMenu : public QMenu
     Q_OBJECT
 
 public:
-    // The bar becomes the parent. The caller must also add the menu to the bar (QMenuBar::addMenu).
+    // The menu bar becomes the parent. The caller must also call QMenuBar::addMenu().
     explicit HMenu(QString title, QMenuBar* parent = nullptr);
 
 protected:

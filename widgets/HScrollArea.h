@@ -28,7 +28,7 @@ public:
     // Resizes the inner widget after a change to its contents.
     void forceResize();
 
-    // If the key goes to an end or to another page, scrolls and returns true.
+    // Handles the keys that scroll to an end or by a page. Returns true if it has scrolled.
     bool scrollByKey(const QKeyEvent* event);
 
     // Some styles draw the frame around the contents, but not around the scroll bars. Returns the additional

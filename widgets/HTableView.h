@@ -77,7 +77,7 @@ private:
     bool isEmpty() const;
 
     QStyleOptionViewItem::Position decorationPosition;
-    // The first call of sizeHint() sets both numbers to the same value.
+    // After the first call of sizeHint(), both numbers are equal.
     mutable int minRows;
     mutable int maxRows;
     bool oneLineRows;

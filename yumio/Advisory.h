@@ -15,14 +15,15 @@
 class Advisory
 {
 public:
-    // The obstacle to marking the requested update, or Possible. The script uses the same numbers.
+    // The reason why the requested update cannot be marked, or Possible if it can be marked. The script uses
+    // the same numbers.
     enum Obstacle : int {
         Possible = 0,
         IsInstalled = 1, // this version or a newer version is installed
-        NotOffered = 2,  // no repository offers it
-        Older = 3,       // the offered update is older than the advisory's version
-        Locked = 4,      // a version lock excludes it
-        Excluded = 5     // the configuration excludes it
+        NotOffered = 2,  // no repository offers the update
+        Older = 3,       // the update on offer is older than the version that the advisory names
+        Locked = 4,      // a version lock excludes the update
+        Excluded = 5     // the configuration excludes the update
     };
 
     // A package that the advisory names. Some version of this package is installed.
@@ -38,9 +39,9 @@ public:
     };
 
     QString id;
-    QString kind; // in dnf's words
+    QString kind; // the kind of the advisory, in dnf's words
     bool security = false;
-    QString severity; // in dnf's words; empty unless the kind is security
+    QString severity; // the severity in dnf's words; empty unless the kind is security
     int rank = 0;     // the severity as a number; the highest number is the most severe
     QString date;     // the date of the last change, for example 2024-12-31
     QString title;

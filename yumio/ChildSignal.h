@@ -23,8 +23,8 @@ public:
     ChildSignal(const ChildSignal&) = delete;
     ChildSignal& operator=(const ChildSignal&) = delete;
 
-    // Call this function once. The constructor does not change the signal, because the object must exist
-    // before the output capture begins.
+    // Sets the disposition. Call this function once. The constructor does not do this, because the object
+    // must exist before the output capture begins.
     void disable() { disabled = backEnd.sigchldDisable(); }
 
 private:

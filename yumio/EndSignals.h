@@ -23,18 +23,17 @@ bool isFault(int number);
 // instruction and for an abort() of this process, because the process then cannot continue.
 bool wasSent(const siginfo_t& info);
 
-// Handles each signal that would end the process by its default action, except SIGINT. From now on, the
-// handler writes the signal's number (an int) to the descriptor. The caller still owns the descriptor. In two
-// cases the handler removes the lock file and ends the process at once. The first case is a fault of the
-// program itself. In the second case, a signal arrives long after an earlier request to end, but the program
-// still runs.
+// Installs a handler for each signal that would end the process by its default action, except SIGINT. The
+// handler writes the signal's number (an int) to the descriptor, which the caller still owns. In two cases,
+// the handler instead removes the lock file and ends the process at once: if the signal reports a fault of
+// the program itself, or if an earlier signal arrived long ago and the program has not ended.
 void install(int descriptor);
 
-// Handles SIGINT in the same way. Call it again after the interpreter has restored the default action of
-// SIGINT. Before install(), it does nothing.
+// Installs the same handler for SIGINT. Call this function again after the interpreter has restored the
+// default action of SIGINT. Before install(), the function does nothing.
 void renew();
 
-// Returns whether install() or renew() has set this action.
+// Returns whether this action is the handler of install() and renew().
 bool isOurs(const struct sigaction& action);
 
 // Sets the path of the package manager's lock file while this process holds the lock. A null or empty path

@@ -60,8 +60,8 @@ public:
         Count
     };
 
-    // "Attribute" means an attribute of the script's package object, under dnf's name or a name of
-    // share/python/vyre/packages.py.
+    // "Attribute" means an attribute of the script's package object. It has either dnf's name or a name that
+    // share/python/vyre/packages.py defines.
     enum class Source {
         Record,       // a text that is a member of the record
         RecordKind,   // the word for the record's kind
@@ -69,8 +69,8 @@ public:
         Time,         // an attribute in seconds since the epoch; 0 and None mean no time
         Dependencies, // an attribute that is a list
         Header,       // a list in the rpm header of an installed package; other packages have no such value
-        FileList,     // extra data, loaded on first use
-        ChangeLog,    // extra data, loaded on first use
+        FileList,     // the file list, which is extra data, loaded on first use
+        ChangeLog,    // the change log, which is extra data, loaded on first use
         Members       // an attribute of the script's group object that is a list
     };
 
@@ -93,7 +93,7 @@ public:
         Source source;
         const char*
             attribute; // the script's attribute, or the tag of the package header; null for other sources
-        QString Package::Entry::*member; // only for the source Record, otherwise null
+        QString Package::Entry::*member; // the record's member with the text; null for other sources
         int uses;                        // flags of Use
     };
 

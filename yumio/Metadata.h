@@ -23,9 +23,9 @@ namespace Metadata {
 // of its text.
 using Wanted = QHash<QByteArray, int>;
 
-// The next two functions set texts[index], in UTF-8, for each wanted package that the file contains. They do
-// not change the other texts. The file may be compressed. They return true if the file is complete and of the
-// right kind. Otherwise "problem" describes the error.
+// The next two functions set texts[index], in UTF-8, for each wanted package in the file, and leave the other
+// texts unchanged. The file may be compressed. Both return true if the file is complete and of the right
+// kind. Otherwise they describe the error in `problem`.
 
 // Each text has one path per line, without duplicates, sorted by character code.
 bool readFileLists(const QString& path, const Wanted& wanted, std::vector<QByteArray>& texts,

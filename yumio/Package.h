@@ -48,7 +48,7 @@ public:
     // no version is installed.
     bool isExcluded() const;
 
-    Action action; // the user's choice
+    Action action; // the action that the user has chosen
     State state;
     Kind kind;
     QString name;
@@ -56,14 +56,14 @@ public:
     QString repo;   // the repository's identifier
     QString arch;
     QString biArch; // the bi-arch class: a common name of architectures that replace each other
-    quint64 size;   // bytes
+    quint64 size;   // in bytes
     QString sizeText;
     QString summary;
-    quint64 buildTime; // seconds since the epoch
+    quint64 buildTime; // in seconds since the epoch
     QString buildTimeText;
     PyObject* pyObject; // the script's package or group object, a strong reference
     bool duplicate;     // a record with the same name and another bi-arch class is preferred
-    bool excluded;      // installed, but excluded by the package manager's configuration
+    bool excluded;      // the package is installed, and the package manager's configuration excludes it
     Entry* next;        // owned; the next installed version with the same name and bi-arch class
     Action txAction;    // the effect of the current transaction on this record
     bool local;         // during a transaction: the cache already has a valid package file

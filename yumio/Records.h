@@ -31,14 +31,14 @@ public:
 
     // Reserves memory for this number of additional records, so that the indexes do not grow step by step.
     void reserve(int further);
-    // Returns a reference to the pointer that the index stores for this key. The pointer is null if the key
-    // is new. After storing a new record there, call added().
+    // Returns a reference to the index's pointer for this key. If the key is new, the pointer is null: store
+    // a new record there, and then call added().
     Package::Entry*& place(const Package::EntryKey& key) { return entryIndex[key]; }
     void added(Package::Entry* entry);
     // Adds another key for an existing record. If the key already has a record, nothing changes.
     void addKey(const Package::EntryKey& key, Package::Entry* entry);
-    // Returns a reference to the null pointer at the end of the record's chain. The caller stores another
-    // installed version there.
+    // Returns a reference to the null pointer that ends the record's chain, so that the caller can store
+    // another installed version there.
     static Package::Entry*& endOfChain(Package::Entry* first);
     // Flags each record as a duplicate, except the best record of each name. isBetter(a, b) returns whether a
     // is preferred.
@@ -85,19 +85,20 @@ public:
 
     // --- Deletion
 
-    // Deletes all records. If drop is set, it receives each reference to an object of the script, and must
-    // release it. Otherwise the references are abandoned.
+    // Deletes all records. If `drop` is set, it is called with each reference to an object of the script, and
+    // must release the reference. Otherwise the references are never released.
     void clear(const std::function<void(PyObject*)>& drop = {});
 
 private:
     Package::EntryList entries;
     QHash<Package::EntryKey, Package::Entry*> entryIndex;
-    // The records of the index, in the order in which they were collected. Their order in memory is the same.
+    // All records, in the order of their collection. Their order in memory is the same, so a loop over them
+    // is fast.
     QVector<Package::Entry*> collectedEntries;
     QHash<QString, Package::Entry*> bestByName;
     QSet<QString> biArchs;
     QSet<QString> sharedTexts;
-    QHash<const Package::Entry*, Package::Replacement> replacements; // few records have a replacement
+    QHash<const Package::Entry*, Package::Replacement> replacements; // only few records have an entry
 };
 
 #endif

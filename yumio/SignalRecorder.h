@@ -23,7 +23,7 @@ public:
     SignalRecorder& operator=(const SignalRecorder&) = delete;
 
 private:
-    static constexpr int count = 65; // signals are numbered from 1 to 64
+    static constexpr int count = 65; // arrays are indexed by signal number, from 1 to 64
 
     struct sigaction before[count];
     bool replaced[count];

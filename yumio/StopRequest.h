@@ -22,7 +22,7 @@ class StopRequest : public QObject
 public:
     enum class State {
         Idle,     // no operation runs
-        Possible, // a request ends the operation soon
+        Possible, // a request would end the operation soon
         Useless,  // the operation would end by itself before a request has an effect
         Requested,
         Refused // rpm changes the system, which must not be interrupted
@@ -48,7 +48,7 @@ public:
     // Makes all later requests impossible. Returns false if a request has already been made.
     bool refuse();
 
-    // Makes the download library abandon all downloads within a second. Any thread may call this function.
+    // Makes librepo abandon all downloads within a second. Any thread may call this function.
     static void interruptDownloads();
 
 Q_SIGNALS:
@@ -60,7 +60,8 @@ private Q_SLOTS:
 
 private:
     State stateNow() const;
-    // Calls the function, which changes the members below. If the state is then different, emits changed().
+    // Calls the function, which changes the members below. Then emits changed() if the state is different
+    // from before.
     template <typename Change> void change(const Change& function);
 
     mutable QMutex mutex; // guards the other members
@@ -68,7 +69,7 @@ private:
     bool possible = false;
     bool waiting = false;
     bool refused = false;
-    std::atomic<bool> requested{false}; // written under the mutex
+    std::atomic<bool> requested{false}; // any thread reads it; writers hold the mutex
     bool requestedBefore = false;       // only the graphical thread uses it
     QTimer repetition;                  // only the graphical thread uses it
 };

@@ -38,48 +38,47 @@ public:
     void weighRemote(quint64 size, bool delta);
     // Sets the number of steps of the downloads in the total bar. Files in the cache get no steps.
     void shareDownloadSteps();
-    // Provides a slot for each counted file.
+    // Creates a download slot for each file to download.
     void startDownloads();
     void endDownloads();
     void clearSlots();
 
     QList<Package::Entry*> actionEntries; // the marked records; the back end owns them
 
-    // The listing, or the script's output before a question without a listing.
+    // The text of the next question: the listing or, if no listing exists, the script's output.
     QString txText;
-    bool txListed = false;         // a listing exists for the next question
+    bool txListed = false;         // true if the text is a listing
     bool txApplied = false;        // the user has confirmed, and no step has failed
     QMap<long, int> listed;        // the number of listed items by action
     QStringList unmarkedRemovals;  // listed removals that the user has not marked, as the listing names them
-    bool isReplay = false;         // it comes from the history, and the marks do not count
+    bool isReplay = false;         // it undoes or repeats a recorded transaction, and ignores the marks
     QString sizes;                 // the sizes in the listing, in one line
     QSet<QString> membersToRemove; // the package names of all groups that are marked for removal
 
     bool transactionRan = false; // rpm may have changed the system
-    bool outdated = false;       // the script refused, because another program has changed the system
+    bool outdated = false;       // the script has refused, because another program has changed the system
     Package::Marks leftOut;      // the marks that the script left out, because they cannot be carried out
     TransactionOutcome outcome;
-    std::unique_ptr<SignalRecorder> signalRecorder; // exists while rpm changes the system
+    std::unique_ptr<SignalRecorder> signalRecorder; // an object exists while rpm changes the system
 
     quint64 cachedSize = 0;
     quint64 downloadSize = 0;
-    quint64 downloadWeight = 0; // the weight of all packages to install, including cached packages
+    quint64 downloadWeight = 0; // the weight of all packages to install, including packages in the cache
     quint64 rpmWeight = 0;
     quint32 downloadSteps = 0; // the steps of the downloads in the total bar
 
     quint64 actCounter = 0; // the weight of the finished steps of the current item
     bool testRun = false;   // rpm only tests the transaction, without changes
-    // The next two values come from the last progress report. A report with other values is the first report
-    // about another package.
+    // The values of the last progress report. A report with other values is about another package.
     qint64 lastTsDone = -1;
     qint64 lastAction = 0;
 
     quint64 remoteWeight = 0;
     quint32 remoteCount = 0;
     bool downloading = false; // for diagnostics only
-    quint32 threadCount = 0;  // the remoteCount at the start of the downloads
-    quint64 threadsMax = 0;   // the remoteWeight at the start of the downloads
-    quint32 nextSlot = 0;     // the first slot without a file
+    quint32 threadCount = 0;  // remoteCount when the downloads began
+    quint64 threadsMax = 0;   // remoteWeight when the downloads began
+    quint32 nextSlot = 0;     // the first slot that no file uses
     QHash<QString, quint32> payloadSlots;
 };
 

@@ -92,11 +92,12 @@ public:
     // interpreter is not used again.
     void clearEntriesBeforeQuit();
 
-    // Returns whether a package with another name replaces this installed package, or this available package
-    // replaces an installed package with another name. The user must decide about this record: functions that
-    // mark many records at once skip it.
+    // Returns whether the record is part of a replacement: a package with another name replaces this
+    // installed package, or this available package replaces an installed package. The user must decide about
+    // such a record: functions that mark many records at once skip it.
     bool isLeftToUser(const Package::Entry& entry) const { return records.isLeftToUser(entry); }
-    // Both lists are empty for nearly all records.
+    // Returns the packages that replace the record's package and that it replaces. Both lists are empty for
+    // nearly all records.
     Replacement replacement(const Package::Entry& entry) const { return records.replacement(entry); }
 
     // Returns whether a worker is running.
@@ -133,7 +134,8 @@ public:
     // returns true. Returns whether the function returned true.
     bool anySearchText(const Package::Entry& entry, const std::function<bool(const QString&)>& found);
     // A worker loads the change log of an available package, before getChangeLog() needs it. The first call
-    // reads the change logs of the whole repository. If this fails, getChangeLog() reports the failure.
+    // reads the change logs of the whole repository. If the worker cannot read them, getChangeLog() reports
+    // the failure.
     void loadChangeLog(const Package::Entry& entry);
     bool haveFileLists() const { return fileListsLoaded; }
     bool haveOtherData() const { return otherDataLoaded; }
@@ -413,18 +415,20 @@ private:
     bool collectUpdates();
     bool collectInstalledAndAvailable();
     bool collectAllGroups();
-    // Calls a method of the script and reports a failure. what: a verb with its object, for the report.
+    // Calls a method of the script and reports a failure. `what` is a verb with its object, for this report.
     // Returns a new reference or null.
     PyObject* collected(const char* method, const QString& what, bool capture);
     void addCounterparts();
-    // Ignores baseObject, because the script has only one base object, to which repos belongs.
+    // Ignores baseObject, because `repos` belongs to the only base object of the script.
     void useRepos(PyObject* baseObject, const QHash<QString, bool>& repoEnable);
     QStringList collectRepos(PyObject* reposDict);
     bool collectField(PyObject* all, const char* field, Package::State state);
-    // Collects the installed packages that the configuration excludes. A script may lack this set.
+    // Collects the installed packages that the configuration excludes. If the script does not provide this
+    // set, does nothing.
     bool collectExcluded(PyObject* all);
     bool collectSet(PyObject* set, Package::State state, bool excluded = false);
-    // The caller passes the package's name and architecture, because it has already read them for the key.
+    // The arguments include the package's name and architecture, because the caller has already read both for
+    // the key.
     void collectPkg(Package::Entry*& slot, Package::State state, PyObject* pkg, const QString& name,
                     const QString& arch);
     bool collectGroups(PyObject* groups);
@@ -439,7 +443,7 @@ private:
 
     // Advisories (YumIOAdvisories.cpp)
     void collectUpdateAdvisories();
-    void readAdvisory(PyObject* tuple); // if the tuple is not an advisory, leaves an exception pending
+    void readAdvisory(PyObject* tuple); // leaves an exception pending if the tuple is not an advisory
     // A search of many packages keeps an index of all advisories in memory.
     void indexAdvisories(bool keep);
 
@@ -484,7 +488,7 @@ private:
     bool applyGrpChkInsUpd(const Package::Entry& group, const Package::Entry& pkg);
     bool applyGrpConflict(const Package::Entry& group, const Package::Entry& pkg);
     PyObject* getGroupItem(const Package::Entry& group, const char* attr); // new reference or null
-    // The parts of the listing that follow the marked packages.
+    // The parts of the listing after the marked packages.
     struct Listing
     {
         QString dependencies;
@@ -511,19 +515,20 @@ private:
     void write(const QString& text, Log::Kind kind, unsigned int level, QString& pending);
     // Logs an unfinished last line of an operation, so that the next operation's output begins on a new line.
     void finishLine(Log::Kind kind, unsigned int level, QString& pending);
-    void finishLines(); // calls finishLine() for the script's output
+    void finishLines(); // calls finishLine() for standard output and standard error
     PyObject* badArguments(const char* text);
     PyObject* badPhase(const char* text);
     static PyObject* noneUnlessPending(); // returns None, or null if an exception is pending
     bool isPayload(PyObject* object);
-    bool payloadError(const QString& text); // returns false
+    bool payloadError(const QString& text); // always returns false
     bool payloadText(PyObject* payload, const char* function, QString& text, quint64& size);
     void tsDownloadStart();
     // Assigns the next free download slot to a payload.
     QHash<QString, quint32>::const_iterator startSlot(const QString& text, quint64 size);
     void tsDownloadProgress(PyObject* payload, const QString& text, quint64 size, quint64 done);
     void tsDownloadEnd(PyObject* payload, const QString& text, quint64 size, long status);
-    // What rpm does with a package: the text for the bar, with %1 for the name, and the weight in the bar.
+    // What rpm does with a package: the text for the progress bar (with %1 for the package's name) and the
+    // weight of the step.
     struct PackageStep
     {
         QString text;
@@ -537,7 +542,7 @@ private:
     bool isInstance(PyObject* object, PyObject* type);
 
     // Values of the package manager, and access to records (YumIO.cpp)
-    using ScriptValues::getVerRel; // the function for records would hide it
+    using ScriptValues::getVerRel; // otherwise the function for records would hide this function
     QString getBiArch(const QString& arch);
     static Package::Entry* installedEntry(Package::Entry* entry) { return Records::installedEntry(entry); }
     Package::Entry* findPackage(const QString& name);
@@ -575,21 +580,21 @@ private:
     QString basearch;
     QHash<QString, QString> biArchByArch; // the script's answers to getBiArch()
     bool clearing = false;                // the records are being deleted; for diagnostics only
-    QThread* worker = nullptr;            // null if no worker runs
+    QThread* worker = nullptr;            // the running worker, or null
     QString missingForReplay; // what the package manager lacks to undo transactions; usually empty
     bool blockerHeld = false; // the worker waits for blockerRelease()
     std::atomic<bool> changingSystem{false};
     StopRequest stopRequest;
-    bool stopped = false;    // the user stopped the last operation
-    bool rebuilding = false; // a worker changes the list of records; the graphical thread must not read it
+    bool stopped = false; // the user stopped the last operation
+    // A worker changes the list of records, so the graphical thread must not read the list.
+    bool rebuilding = false;
     Log::EntryList logList;
-    // The log position at which the output of an expected exception begins, or -1 if no exception is
-    // expected.
+    // The number of log entries when the current expectation scope began, or -1 outside such a scope.
     int exceptLogStart = -1;
     bool fileListsLoaded = false;
     bool otherDataLoaded = false;
-    QSet<QByteArray> missingAttributes; // already reported to the user
-    QString reportedHistoryFault;       // already reported to the user
+    QSet<QByteArray> missingAttributes; // attributes whose absence was already reported to the user
+    QString reportedHistoryFault;       // the reason that was already reported to the user
     YumIODialogs* dialogs = nullptr;
     QWidget* parent = nullptr;
     HProgressBar* totalBar = nullptr;
@@ -605,9 +610,9 @@ private:
     QStringList enabledRepos;
     QStringList unwanted;        // the result of unwantedRepos()
     bool allUnwanted = false;    // the user has given one answer for all failing repositories
-    bool everUnwanted = false;   // in this session, the user has switched off a failing repository
-    bool readingIsShown = false; // the script names the repository that it reads
-    QString readingName;         // the kind of data that the operation reads; for diagnostics only
+    bool everUnwanted = false;   // the user has switched off a failing repository in this session
+    bool readingIsShown = false; // showReading() has named the repository that the script reads
+    QString readingName;         // the kind of data that the operation reads; only for diagnostics
     quint32 readingCount = 0;
     QString readingRepo;
     quint64 readingMax = 1;

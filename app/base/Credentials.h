@@ -45,8 +45,8 @@ bool holds(const QString& text, Text kind);
 // password.
 bool holdsPassword(const QString& text, Text kind);
 
-// Returns the message with three dots instead of each password. The number of dots is always the same,
-// because the length of a password is also secret. Each line is searched separately.
+// Returns the message with three dots instead of each password. Three dots also hide the length of the
+// password. The function searches each line separately.
 QString hidden(const QString& message, Text kind = Text::Urls);
 
 // Returns the parts of vantor URLs that are replaced by new credentials, in ascending order. Each part
@@ -54,9 +54,9 @@ QString hidden(const QString& message, Text kind = Text::Urls);
 // or white space.
 QVector<Place> vantorParts(const QString& text);
 
-// Returns the URL without credentials, for other programs. Removes the name and password before the host, and
-// the values of password parameters. From a vantor URL, it removes the credentials, but it keeps "?path=" and
-// the text behind "?path=".
+// Returns the URL without credentials, for use in other programs. Removes the user name and password before
+// the host, and the values of password parameters. In a vantor URL, removes the credentials, and keeps
+// "?path=" and everything after it.
 QString removed(const QString& url);
 
 } // namespace Credentials

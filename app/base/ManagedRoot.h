@@ -21,13 +21,12 @@ QString path();
 // the path does not change.
 QString absolute(const QString& pathInRoot);
 
-// Converts the path of a directory to which VYRE writes. A file of the managed system names this directory.
-// If the path is relative, or already begins with the root, it does not change.
+// Converts the path of a directory that a file of the managed system names and to which VYRE writes. A
+// relative path, or a path that already begins with the root, does not change.
 QString namedDirectory(const QString& directory);
 
-// Converts the path of a directory from which VYRE only reads, in the same way. If the directory is missing
-// below the root, the path does not change, because the managed system may share this directory with the
-// running system.
+// Converts the path of a directory from which VYRE only reads, as above. But if this directory does not exist
+// below the root, the path does not change: the managed system may share the running system's directory.
 QString namedDirectoryOfFiles(const QString& directory);
 
 } // namespace ManagedRoot

@@ -9,8 +9,7 @@
 
 class QApplication;
 
-// The base name of the program, a part of argv[0]. Every message to standard error at start-up begins with
-// this name.
+// The base name of argv[0]. Every message to standard error while VYRE starts begins with this name.
 extern const char* program;
 
 // The only application object. main() owns it. Before its construction and after its destruction, this

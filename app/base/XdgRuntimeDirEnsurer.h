@@ -19,7 +19,7 @@ public:
     // Removes the directory and its contents, even if the directory existed before. Does not follow links,
     // and does not remove the contents of mounted directories.
     ~XdgRuntimeDirEnsurer();
-    // Removes the directory in the same way, if the process ends without running destructors. Call this
+    // Does the same as the destructor, for a process that ends without running destructors. Call this
     // function at most once.
     void remove();
     XdgRuntimeDirEnsurer(const XdgRuntimeDirEnsurer&) = delete;
@@ -29,7 +29,7 @@ private:
     bool open(const char* name);
 
     char created[1024]; // the path; empty if no directory is used
-    int parent;         // a descriptor of the directory above it, or -1
+    int parent;         // a descriptor of the directory that contains it, or -1
     int directory;
 };
 
