@@ -15,8 +15,8 @@ import stat
 import subprocess
 import sys
 
-# The environment variables that environment() keeps, because desktop programs need them. It adds the variables that
-# depend on the user.
+# The environment variables that environment() keeps, because desktop programs need them. environment() also adds
+# variables that depend on the user, such as HOME.
 KEPT = ('DISPLAY', 'WAYLAND_DISPLAY', 'PATH', 'TERM', 'TZ', 'LANG', 'LANGUAGE', 'BROWSER', 'XDG_CURRENT_DESKTOP',
         'XDG_SESSION_DESKTOP', 'XDG_SESSION_TYPE', 'XDG_DATA_DIRS', 'DESKTOP_SESSION', 'GNOME_DESKTOP_SESSION_ID',
         'KDE_FULL_SESSION', 'KDE_SESSION_VERSION', 'DBUS_SESSION_BUS_ADDRESS')

@@ -55,7 +55,7 @@ class Base(dnf.Base):
         self.outcome = None  # the Outcome of the confirmed transaction
         # The messages that the program shows after a successful operation, and then removes from this list.
         self.remarks = []
-        self._remarked = set()  # all messages so far; remark() only logs them when they are repeated
+        self._remarked = set()  # all messages so far; when remark() gets one of them again, it only logs the message
         self.onlyCache = False  # whether to read only the metadata in the cache, without the network
         self.failed = []  # the repositories that cannot be read, with the reasons
         self.leftOut = []  # the repositories without metadata in the cache
@@ -298,7 +298,7 @@ class Base(dnf.Base):
             return True
 
     def _cacheStamp(self, repo):
-        """A value that changes when dnf writes its cache of the metadata again; None if this cache is missing."""
+        """A value that changes when dnf writes its cache of the metadata again; None if no cache exists."""
         try:
             found = os.stat(self._caches(repo)[0])
         except OSError:

@@ -44,9 +44,9 @@ def tooLarge(limit):
 def mainFileFault(path):
     """The reason why VYRE must not pass the main configuration file to dnf; empty if it can.
 
-    The function refuses pipes and endless files, because dnf would never stop reading them. It does not look for errors
-    in the text, which dnf handles: if VYRE refused such a file, it would also ignore options that demand signature
-    checks.
+    The function refuses pipes and endless files, because dnf would never stop reading them. It accepts files with
+    errors in their text, because dnf handles these errors. If VYRE refused such a file, VYRE would also ignore options
+    that demand signature checks.
     """
     try:
         # Check the file type before opening the file: a device may already act when it is opened.

@@ -29,7 +29,7 @@ def readConfiguration():
     If a file or an option is unusable, log the reason and keep the default.
     """
     conf = dnf.conf.Conf()
-    # Call this after Conf(): Conf() makes rpm read its configuration again, which would undo the call.
+    # This call must follow Conf(), which makes rpm read rpm's configuration again, and so would undo the call.
     useDatabaseOfRoot()
     conf._set_value('installroot', managedRoot(), dnf.conf.PRIO_COMMANDLINE)
     # With False, dnf waits for the locks on its cache. WaitingLock lets the user end such a wait.

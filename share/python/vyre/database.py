@@ -24,8 +24,8 @@ def useDatabaseOfRoot():
     default in some distributions.
 
     dnf checks signatures with the rpmkeys program, which must use the same directory. So this function also replaces
-    dnf's function that runs rpmkeys. It does not use program.replace(), which restores dnf's function before the script
-    runs again: then the macro already has its value, and this function would not replace dnf's function again.
+    dnf's function that runs rpmkeys. This replacement must be permanent, and does not use program.replace(): if the
+    script runs again in the same interpreter, rpm's macro already has its value, and this function returns at once.
     """
     if rpm.expandMacro('%{?_dbpath}') in DATABASES:
         return

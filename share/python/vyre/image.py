@@ -17,7 +17,7 @@ from .program import tr
 
 def checkPersistence(base):
     """Refuse changes on a system whose programs are in a read-only image. On such a system, changes may be impossible,
-    or the system may discard them when it starts again. VYRE lacks dnf's command-line options for such systems.
+    or the next start of the system may discard them. VYRE lacks dnf's command-line options for such systems.
     """
     image = managedRoot() == '/' and os.path.isfile('/run/ostree-booted')
     persistence = getattr(base.conf, 'persistence', 'auto') or 'auto'
@@ -37,8 +37,8 @@ def checkPersistence(base):
 
 
 def checkDrift(base):
-    """Refuse to change files that must match the image, such as the boot loader's files. When the system starts again,
-    it discards changes below /usr, but keeps changes to these files. dnf checks the files only from version 4.24 on.
+    """Refuse to change files that must match the image, such as the boot loader's files. The next start of the system
+    discards changes below /usr, but keeps changes to these files. dnf checks the files only from version 4.24 on.
     """
     patterns = getattr(base.conf, 'usr_drift_protected_paths', ())
     found = {}

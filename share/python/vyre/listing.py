@@ -14,8 +14,8 @@ from .program import tr
 
 
 def otherSections(base, withGroups=True):
-    """The changes to groups and module streams in a resolved transaction, as the dnf command lists them: a list of
-    pairs of a heading and its lines. Empty sections are left out.
+    """The sections in which the dnf command lists the changes to groups and module streams: a list of pairs of a
+    heading and its lines. Empty sections are left out. withGroups: whether to include the groups.
     """
     sections = []
     dnfText = dnf.i18n._

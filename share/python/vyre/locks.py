@@ -30,7 +30,7 @@ except ImportError:  # some distributions have this module in a separate package
     sqlite3 = None
 
 
-# dnf's functions that make its locks. The end of this file replaces them in dnf.
+# dnf's functions that make its locks. The last lines of this file replace these functions in dnf.
 buildDatabaseLock = dnf.lock.build_rpmdb_lock
 buildMetadataLock = dnf.lock.build_metadata_lock
 buildDownloadLock = dnf.lock.build_download_lock
@@ -92,8 +92,8 @@ class DatabaseLock:
         while not self._taken():
             waited = True
             holder = self._holder()
-            # Call showActivity() in each round, even with the same text: when the program ends, it raises an exception
-            # in this call, and so ends the wait.
+            # Call showActivity() in each round, even with the same text: when VYRE ends, this call raises an exception,
+            # which ends the wait.
             if holder:
                 showActivity(tr('Waiting for {}, which uses the package database').format(holder))
             else:
@@ -165,8 +165,8 @@ class DatabaseLock:
 
 
 def nameInLocks(path):
-    """The identifier of a file in /proc/locks: the device of its file system, and its inode number. The kernel's device
-    number there may differ from st_dev, so this function reads it from /proc.
+    """The identifier of a file in /proc/locks: the device of its file system, and its inode number. The device in
+    /proc/locks may differ from st_dev of os.stat(), so this function reads the device from /proc/self/mountinfo.
     """
     # O_PATH is necessary: when a process closes a descriptor that it opened for reading, the kernel releases all locks
     # of the process on this file.

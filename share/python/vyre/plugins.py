@@ -52,7 +52,8 @@ def plugInInTraceback(error):
 
 
 def usesCommand(plugIn, error):
-    """Whether a plug-in has failed because it uses its attribute cli, the dnf command's object. In VYRE, this is None.
+    """Whether a plug-in has failed because it uses its attribute "cli". In VYRE, this attribute is None; in the dnf
+    command, it is the command's object.
     """
     place = error.__traceback__
     while place.tb_next is not None:
@@ -100,7 +101,7 @@ class PlugIns(dnf.plugin.Plugins):
         importlib.invalidate_caches()
         self.plugins = []
         gc.collect()
-        # The classes of the plug-ins that were loaded before. Python still has these classes if something refers to
+        # The plug-in classes that were loaded before this call, and that Python still keeps because something refers to
         # them.
         old = [found for found in dnf.plugin.Plugin.__subclasses__() if isOfPlugIn(found.__module__)]
         try:

@@ -264,7 +264,8 @@ def outsideChanges(history, row):
 
 
 def remaining(base, history, number, items):
-    """The items that an interrupted transaction has not changed, except packages that a later transaction has changed.
+    """The changes that an interrupted transaction has not made. If a later transaction has changed a package, the
+    result leaves out this package.
     """
     later = set((row['name'], row['arch']) for row in history.rows(
         'select distinct r.name as name, r.arch as arch from trans_item ti join rpm r on r.item_id = ti.item_id '

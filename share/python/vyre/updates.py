@@ -34,7 +34,7 @@ def findUpdates(base):
 
 
 def withoutExcluded(base, updates):
-    """These updates without the updates of excluded installed packages, which dnf does not update."""
+    """The updates that dnf would install: dnf does not update an installed package that the configuration excludes."""
     excluded = set(package.name for package in excludedPackages(base))
     if not excluded:
         return updates
