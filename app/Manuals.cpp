@@ -51,7 +51,8 @@ QString Manuals::openFile(QWidget* window, const QStringList& command)
 {
     const QString& file = command.last();
     if (!QFile::exists(file)) {
-        // Without this check, the helper program would show its own message in a second, bare window.
+        // Check whether the file exists, because the helper program would report a missing file in a second,
+        // bare window.
         return tr("The manual is not installed: there is no file %1").arg(file);
     }
     openExternally(window, command);

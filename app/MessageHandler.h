@@ -16,7 +16,7 @@ namespace MessageHandler {
 
 void install();
 
-// Writes a message of VYRE in the same way. Code that Qt's message handler calls must use this function,
+// Writes a message of VYRE to the same terminal. Code that Qt's message handler calls must use this function,
 // because Qt does not call the handler again while it runs.
 void say(const QString& text);
 

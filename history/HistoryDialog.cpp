@@ -19,8 +19,8 @@
 
 namespace {
 
-// The dialog reads the details only after the current row has not changed for this time. While the user holds
-// an arrow key, it skips the rows in between.
+// When another row becomes current, the dialog waits for this time before it reads the details. Thus it skips
+// the rows over which the user moves with an arrow key.
 constexpr int describeDelay = 120; // in milliseconds
 
 } // namespace

@@ -59,8 +59,8 @@ protected:
         }
     }
 
-    // Subclasses call this function after each change to the visible text. Other code, for example an
-    // assistive program, may set the visible text. The real text must then change in the same way.
+    // Subclasses call this function after each change to the visible text. If other code, for example an
+    // assistive program, has changed the visible text, this function changes the real text accordingly.
     void applyVisibleText()
     {
         if (showing) {

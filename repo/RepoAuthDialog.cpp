@@ -177,7 +177,7 @@ int Dialog::exec(Repo::Entry* asked)
     show();
     update(); // the guard waits until the window is painted
     loop.exec();
-    // If the program ends during the loop, done() does not run and does not clear this pointer.
+    // Clear the pointer here too: if the program ends during the loop, done() does not run.
     entry = nullptr;
     return result();
 }

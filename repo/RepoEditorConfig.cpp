@@ -305,8 +305,8 @@ QString Config::refusal(const Repo::Entry& entry)
     if (entry.options.startsWith(QLatin1Char('[')) || entry.options.contains(QLatin1String("\n["))) {
         return tr("Other Options have a line that begins with a bracket");
     }
-    // Refuse leading white space: in the file, it would make this text a continuation of the option before
-    // it.
+    // Refuse white space before the first option: in the configuration file, it would make the first line a
+    // continuation of the option above it.
     if (entry.options.startsWith(QLatin1Char(' ')) || entry.options.startsWith(QLatin1Char('\t'))) {
         return tr("Other Options begin with a blank");
     }

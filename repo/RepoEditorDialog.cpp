@@ -307,7 +307,7 @@ bool Dialog::apply()
         readWhole = yumConfIO->read(this);
     }
     model->reset();
-    // No repository has an empty identifier, so this call clears the selection.
+    // Clear the selection: no repository has an empty identifier.
     setEntryToOldId(QString());
     setEntryHasChanged(false);
     setConfigHasChanged(false);

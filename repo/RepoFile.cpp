@@ -148,7 +148,8 @@ bool File::load(const QString& path)
         tr("%1 is left alone, and its repositories are not used: it is larger than %2 MB.")
             .arg(path, QString::number(repositoryFileLimit >> 20));
     const QString notRegular = tr("%1 is left alone: it is not a regular file.").arg(path);
-    // Another file may have replaced this file since stat(), so its type is checked again after open().
+    // Another program may have replaced the file since stat(). Therefore the type of the file is checked
+    // again after open().
     const FileDescriptor file(
         open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     if (!file.isOpen()) {

@@ -22,8 +22,8 @@ namespace Vantor {
 // be a list of URLs. If the text contains no vantor URL, returns false and sets these arguments to empty
 // strings.
 bool getAuth(const QString& url, QString& nameKey, QString& name, QString& passwordKey, QString& password);
-// Searches the URLs of a repository in the same way. If these URLs contain no vantor URL, searches the mirror
-// list URL.
+// Does the same for the first vantor URL of a repository. If its URLs contain no vantor URL, searches its
+// mirror list URL.
 bool getAuth(const Repo::Entry& entry, QString& nameKey, QString& name, QString& passwordKey,
              QString& password);
 

@@ -48,7 +48,8 @@ int makeHelper(int directory, const QByteArray& name, const char* mark, QByteArr
 {
     static const char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
     for (int tries = 0; tries < 100; ++tries) {
-        // A file name may have at most 255 bytes, including the added characters.
+        // Shorten the original name: with the characters that are added to it, the file name may have at most
+        // 255 bytes.
         made = "." + name.left(200) + mark;
         for (int i = 0; i < 6; ++i) {
             made += letters[QRandomGenerator::global()->bounded(static_cast<int>(sizeof letters) - 1)];

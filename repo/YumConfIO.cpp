@@ -60,7 +60,7 @@ bool YumConfIO::read(QWidget* window)
     enabled = true;
     gpgcheck = false;
     entries.clear();
-    // If the previous read failed, this list still contains lines.
+    // Remove the pending lines that a failed read has left behind.
     pendingLines.clear();
     warnings.clear();
     knownFiles.clear();

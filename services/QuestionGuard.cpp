@@ -91,8 +91,8 @@ bool QuestionGuard::eventFilter(QObject* watched, QEvent* event)
                 happened = true;
                 close();
                 if (painted) {
-                    // Queue this call, because painting a long text takes time. Input that arrives while the
-                    // text is painted must still be ignored.
+                    // Queue the call of beginPause(), because painting a long text takes time. Input that
+                    // arrives while the text is painted must still be ignored.
                     QMetaObject::invokeMethod(this, "beginPause", Qt::QueuedConnection);
                 }
             }

@@ -255,7 +255,7 @@ void FilteredList::listed()
     selectCurrent(same ? kept.row() : -1);
     kept = QPersistentModelIndex();
     if (!same) {
-        reported = unknownRow; // this row number may now belong to another record
+        reported = unknownRow; // the row number may now belong to another record
     }
     listing = false;
     updateTexts();

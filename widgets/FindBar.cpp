@@ -246,7 +246,7 @@ void FindBar::showFound(bool found)
 
 void FindBar::keyPressEvent(QKeyEvent* event)
 {
-    // Accept these keys in all cases: they would press the window's default button, which may start a
+    // Never pass Escape or Enter on to the window: Enter would press its default button, which may start a
     // transaction.
     switch (event->key()) {
     case Qt::Key_Escape:

@@ -25,7 +25,7 @@ pid_t owner = 0;
 volatile std::sig_atomic_t firstCame = 0; // 1 after the handler has passed on a signal
 time_t firstTime = 0;                     // the monotonic time of the first signal, in seconds
 
-// The handler reads this path only while lockFileLength is not 0.
+// The path of the package manager's lock file. The handler reads it only while lockFileLength is not 0.
 char lockFile[PATH_MAX] = "";
 volatile std::sig_atomic_t lockFileLength = 0;
 

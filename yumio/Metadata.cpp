@@ -77,7 +77,8 @@ protected:
     // Called at the start of each element inside a wanted package. Returns whether the reader must collect
     // the element's characters for take().
     virtual bool begin(const char* name, const char** attributes) = 0;
-    // Called at the end of such an element, with all its characters.
+    // Called at the end of each element for which begin() has returned true, with all characters of the
+    // element.
     virtual void take(const QByteArray& characters) = 0;
     // Called at the end of a wanted package. Returns the text of the package.
     virtual QByteArray finish() = 0;

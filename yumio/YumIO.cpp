@@ -489,7 +489,7 @@ bool YumIO::initialize()
         if (script.get() == nullptr) {
             return internalError(tr("Internal error: unable to open YumIO.py"));
         }
-        // The script derives the directory of its modules from this path.
+        // Set __file__, because the script derives the directory of its modules from it.
         const PyRef file(PyUnicode_DecodeFSDefault(QFile::encodeName(path).constData()));
         pyAssignGlobal("__file__", file.get());
         offerTranslations();

@@ -224,7 +224,7 @@ void YumIO::readOutcome()
         }
     }
     readCounts(PyRef(attribute(yumIO.get(), "outcome")).get());
-    // Log this text, because the question that showed it is closed now.
+    // Log why marks were left out, because the question that showed this text is closed now.
     const PyRef reasons(attribute(yumIO.get(), "leftOutReasons"));
     const QString text = reasons ? pyString(reasons.get()) : QString();
     if (!text.isEmpty()) {

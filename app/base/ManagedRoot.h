@@ -21,12 +21,12 @@ QString path();
 // the path does not change.
 QString absolute(const QString& pathInRoot);
 
-// Converts the path of a directory that a file of the managed system names and to which VYRE writes. A
-// relative path, or a path that already begins with the root, does not change.
+// A file of the managed system may name a directory to which VYRE writes. This function converts the path of
+// such a directory. A relative path does not change, nor does a path that already begins with the root.
 QString namedDirectory(const QString& directory);
 
-// Converts the path of a directory from which VYRE only reads, as above. But if this directory does not exist
-// below the root, the path does not change: the managed system may share the running system's directory.
+// Does the same for a directory from which VYRE only reads. But if this directory does not exist below the
+// root, the path does not change: the managed system may share the running system's directory.
 QString namedDirectoryOfFiles(const QString& directory);
 
 } // namespace ManagedRoot
