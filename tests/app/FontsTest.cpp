@@ -34,7 +34,7 @@ private:
     QStringList families;
 };
 
-// The known family names that select a font of this family.
+// The names of known font families for which Qt finds a font of exactly this family.
 QStringList resolvingFamilies()
 {
     QStringList resolving;

@@ -78,7 +78,7 @@ class InstallTest(unittest.TestCase):
             if 'svg' in relative.split('/') or '__pycache__' in relative:
                 continue
             expected |= {os.path.normpath(os.path.join(relative, name)) for name in names}
-        # The build makes these from the sources of the catalogues.
+        # The build makes a .qm file from each .ts file.
         expected |= {'translations/' + re.sub(r'ts$', 'qm', name)
                      for name in os.listdir(os.path.join(SOURCE, 'translations')) if name.endswith('.ts')}
         installed = self.files(SHARE)

@@ -207,7 +207,7 @@ void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
 
 void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
 {
-    // The extra data are unloaded only while the editor is open at the start.
+    // When VYRE opens the repository editor at startup, the extra data are not loaded yet.
     shown->window->setRepoEditorAtStart();
     QList<bool> filtering;
     const Once edited(

@@ -279,7 +279,7 @@ class WrongTest(CredentialsTest):
 
     def test_message_about_a_wrong_password_does_not_show_the_password(self):
         self.server.users = {NAME: 'another one'}
-        # No option in this file lets dnf skip the repository.
+        # The repository has no skip_if_unavailable option, so dnf must report that it cannot be read.
         self.write_repo('vantor.repo', '[one]\nbaseurl={}\ngpgcheck=0\n'.format(self.url('one')))
         with self.program() as program:
             self.answer(program, 'one', 'OK')

@@ -169,7 +169,7 @@ class MarksTest(JourneyTest):
             self.list_packages(window, 'pergola', 'almanac')
             wait_for(lambda: window.warning() == '', 'the end of the warning')
             window.wait_action('install', 'pergola')
-            # The view of the filter row also hides the marked package.
+            # The state filter ("View Removable") can also hide the marked package.
             window.choose(1, 'View Removable')
             window.wait_names(['almanac'])
             wait_for(lambda: window.warning() == 'Unlisted Actions', 'the warning')

@@ -23,7 +23,7 @@ class ConfirmationTest(JourneyTest):
             log = self.read_log(window)
             self.assertIn('Not Applying: Canceled', log)
             self.assertEqual([path for path in self.sandbox.server.paths() if path.endswith('.rpm')], [])
-            # The mark can still be applied.
+            # The canceled mark is kept, and can be applied.
             self.carry_out(window)
             self.check_changed(new=['pergola-6.1-1.x86_64'])
 

@@ -56,7 +56,7 @@ class UseTest(EditingTest):
             editor.toggle('sandbox-file', SESSION)
             editor.toggle('sandbox-file', SESSION)
             editor.close('OK')
-            # The window is usable for a moment before it reads the packages again.
+            # After the editor closes, the window is ready for a moment, and then reads the packages again.
             wait_for(lambda: len(self.sandbox.server.paths()) > count, 'the packages to be read')
             window.wait_ready()
             self.check_listed(window, USUAL)
@@ -73,7 +73,7 @@ class UseTest(EditingTest):
             self.carry_out(window)
             self.check_changed(new=['hidden-gem-1.0-1.noarch'])
             self.assertEqual(self.files(), files)
-        # The next session does not use this setting.
+        # The next run of VYRE does not use the setting for the session.
         with self.opened() as window:
             editor = self.edit(window)
             editor.wait_on(False, 'sandbox-disabled', SESSION)

@@ -71,7 +71,7 @@ class VersionLocksTest(JourneyTest):
             driver.wait_for(lambda: self.version(window, 'abacus-cli') == '3.3.0-2', 'the update')
             window.wait_ready()
             self.assertEqual(self.locked(), ['barometer-0:1.0-1.*'])
-            # The current row is still the same.
+            # "abacus-cli" is still the current row: the space key marks it.
             driver.key('space')
             window.wait_action('update', 'abacus-cli')
         self.check_unchanged()

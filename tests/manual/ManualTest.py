@@ -205,7 +205,7 @@ class ManualTest(unittest.TestCase):
         self.assertIn('Repository', headings)
         table = self.book.text.split('|Column |Contents\n', 1)[1].split('|===', 1)[0]
         self.assertEqual(re.findall(r'^\|(.*?) \|', table, re.M), headings)
-        # The journeys find the cells by these names.
+        # driver.py has a name for each column, by which the journeys find its cells.
         names = re.search(r'^(ACTION, .*), \*_ = range', sources.read('tests', 'support', 'driver.py'), re.M).group(1)
         self.assertEqual(names.split(', '), [heading.upper().replace(' ', '_') for heading in headings])
 

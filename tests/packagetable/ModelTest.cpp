@@ -341,7 +341,7 @@ void ModelTest::updatesOfRecordsAreSet()
     QCOMPARE(changed(dataChanged), QStringList{"tool"});
     QCOMPARE(table->entry("tool").action, Package::Update);
     QCOMPARE(table->entry("many").action, Package::None);
-    // The other records have no update.
+    // "shell" and "editor" have no update.
     QCOMPARE(table->entry("shell").action, Package::None);
     QCOMPARE(table->entry("editor").action, Package::None);
 }
@@ -498,7 +498,7 @@ void ModelTest::cellsOutsideTheTableHaveNoData()
         QCOMPARE(model->data(model->index(0, ColumnCount), role), QVariant());
         QCOMPARE(careless.data(careless.beyond(), role), QVariant());
     }
-    // This index was valid before its row was removed.
+    // The row of this index no longer exists after the next collection.
     const QModelIndex last = model->index(model->rowCount() - 1, 3);
     table->collect({}, {}, {StandIn::package("alone")});
     QVERIFY(last.isValid());

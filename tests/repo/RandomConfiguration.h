@@ -11,7 +11,7 @@
 #include <QRandomGenerator>
 #include <QString>
 
-// A section, with the values that it must have after a read.
+// A section of a configuration file, with the values that VYRE must read from it.
 struct Section
 {
     QString id;
@@ -26,7 +26,7 @@ struct Section
     QString text() const;
 };
 
-// The text after a write as UTF-8 and a read as Latin-1.
+// The text that VYRE reads back after it has written this text: VYRE writes UTF-8, but reads Latin-1.
 QString readBack(const QString& text);
 Section readBack(const Section& section);
 
@@ -40,7 +40,7 @@ public:
     QByteArray mainPart();
     // A repository file, with comments above the first section. Its sections are appended to the list.
     QByteArray repoFile(QList<Section>& list);
-    // Sections without other text, as in the main file.
+    // The repository sections of the main file, without comments above the first section.
     QByteArray sections(QList<Section>& list);
     // Makes a section and its source text.
     QByteArray section(Section& made);

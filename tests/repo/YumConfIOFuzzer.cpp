@@ -93,7 +93,7 @@ QList<QByteArray> contents()
     return result;
 }
 
-// The text after a write as UTF-8 and a read as Latin-1.
+// The text that VYRE reads back after it has written this text: VYRE writes UTF-8, but reads Latin-1.
 QString readBack(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();

@@ -248,7 +248,7 @@ void YumConfIOOthersTest::aRemovedDirectoryIsNotMadeAgain()
     entry(QStringLiteral("a")).name = QStringLiteral("A");
     QVERIFY(!conf->write(window.get()));
     compareNothingIsWritten({file});
-    // The user may also remove the repository.
+    // If the user removes the repository instead of changing it, VYRE can write the files.
     conf->entries.removeAll(made(QStringLiteral("a")));
     QVERIFY(conf->write(window.get()));
     QVERIFY(!QFile::exists(path(QStringLiteral("etc/yum"))));

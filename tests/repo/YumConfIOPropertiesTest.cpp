@@ -386,7 +386,7 @@ void YumConfIOPropertiesTest::place(RandomConfiguration& random, Repo::Entry& en
     const QString& file = places.at(random.below(places.size()));
     QList<Placed>& sections = files[file].sections;
     const int index = random.below(sections.size() + 1);
-    // Leaves a distance of one before the first and after the last section.
+    // A section before the first or after the last section gets a position at a distance of one.
     const double first = sections.isEmpty() ? 1.0 : sections.first().position;
     const double before = index == 0 ? first - 2.0 : sections.at(index - 1).position;
     const double after = index == sections.size() ? before + 2.0 : sections.at(index).position;

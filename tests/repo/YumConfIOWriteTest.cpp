@@ -162,7 +162,7 @@ void YumConfIOWriteTest::thePositionDeterminesTheOrderOfSectionsInAFile()
     entry(QStringLiteral("c")).position = 0.5;
     QVERIFY(conf->write(window.get()));
     QCOMPARE(getRepo(QStringLiteral("f.repo")), QByteArray("[c]\n\n[a]\n\n[between]\n\n[b]\n"));
-    // The list itself keeps its order.
+    // The list of entries keeps its order, although the order in the file is different.
     QCOMPARE(ids(), QStringList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c"),
                                  QStringLiteral("between")}));
 }

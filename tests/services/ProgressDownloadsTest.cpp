@@ -182,7 +182,7 @@ void ProgressDownloadsTest::theQueueHasAtMostOneReportOfManyDownloads()
         delete progress;
     }));
     worker->start();
-    // During this time, this thread processes no events.
+    // While the worker reports, the graphical thread waits here and processes no events.
     done.acquire();
     QVERIFY2(reports <= 1, qPrintable(QString::number(reports)));
     // The bars get the last state, although no further report follows.

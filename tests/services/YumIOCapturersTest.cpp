@@ -672,7 +672,7 @@ void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues()
         }
         stdoutRestored = sameFile(STDOUT_FILENO, originalStdout);
         stderrRestored = sameFile(STDERR_FILENO, originalStderr);
-        // The reader still watches the pipe.
+        // The thread that reads the pipe is still running.
         writeAll(descriptor, "still read");
         const QString& text = descriptor == STDOUT_FILENO ? receiver.out : receiver.err;
         for (bool arrived = false; !arrived; QThread::yieldCurrentThread()) {

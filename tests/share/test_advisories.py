@@ -144,7 +144,7 @@ class AdvisoriesTest(ScenarioTest):
         expected[astrolabe] = "LSA-7 (Low/Sec.): The advisory LSA-7\n" + expected[astrolabe]
         alone = {package: package.advisories for package in expected}
         self.assertEqual(alone, expected)
-        # A search reads an index, with the same result for all packages.
+        # loadAdvisories() makes an index for searches. With the index, all packages have the same advisories.
         everything = self.updates + self.installed + self.available
         alone = [package.advisories for package in everything]
         self.yumio.loadAdvisories()

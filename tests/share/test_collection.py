@@ -400,7 +400,7 @@ class CollectionTest(ScenarioTest):
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
         self.assertIn("sandbox-http", "\n".join(self.recording.errors()))
         self.assertEqual(len(self.package(self.available, "manyfiles").files), 2000)
-        # A search reads every package, but the log has only one report.
+        # A search reads the change log of every package, but the log reports the unreadable repository only once.
         count = len(self.recording.errors())
         self.assertEqual(self.package(self.available, "tagsoup").changelogs, [])
         self.assertEqual(self.package(self.available, "manyfiles").changelogs, [])
@@ -551,7 +551,7 @@ class ReplacementTest(ScenarioTest):
         self.assertEqual(self.replacements(), [(self.OLD, self.NEW)])
         self.apply(updates=["tidewatch", "abacus-cli"], answers=(1, 1))
         self.assertEqual([package.name for package in self.yumio.leftOut], ["tidewatch"])
-        # The program also releases its references first.
+        # Release the test's own references to the packages, as the program does before it collects again.
         self.updates = self.installed = self.available = None
         self.recording.clear()
         self.yumio.setupRepos()

@@ -150,7 +150,7 @@ class LockedTest(DatabaseTest):
         self.assertFalse(self.yumio.outdated)
         self.let_go()
         self.assert_history_is_complete()
-        # The next transaction works with the packages that were read before.
+        # The next transaction succeeds, although the script has not read the packages again.
         self.assertEqual(self.changes(self.apply, removes=["almanac"]), (set(), {ALMANAC}))
 
     @in_own_process

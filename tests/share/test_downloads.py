@@ -51,7 +51,7 @@ class DownloadTest(ScenarioTest):
     @in_own_process
     def test_an_interrupt_does_not_affect_later_downloads(self):
         self.load()
-        # librepo's signal handler sets this variable.
+        # Set the variable that librepo's signal handler sets after SIGINT.
         interrupted = ctypes.c_int.in_dll(ctypes.CDLL("librepo.so.0"), "lr_interrupt")
         interrupted.value = 1
         with self.assertRaisesRegex(self.dnf.exceptions.RepoError, "[Ii]nterrupted"):

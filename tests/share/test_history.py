@@ -133,7 +133,7 @@ class TestOnlyTest(OutcomeTest):
         self.module("program").addBeforeListing = lambda text: announced.append(
             (text, list(self.recording.answers)))
         self.assertIs(self.apply(installs=["astrolabe"], removes=["almanac"]), False)
-        # The script has added the text before the user answers the question.
+        # The script has added this text to the listing before the user answers the question.
         self.assertEqual(announced, [(
             "This is only a test, because the tsflags option contains test. dnf downloads and checks the "
             "packages;\n"

@@ -257,7 +257,7 @@ class WaitTest(ScenarioTest):
         self.assertEqual(self.shown[-1], None)
         self.assertGreaterEqual(len(self.shown), 4)
         self.assertEqual(set(self.shown[:-1]), {self.waiting})
-        # The log has the text only once.
+        # The log has the message about the wait only once.
         self.assertEqual(self.logged(), [self.waiting] + list(others))
         self.assertEqual([path for path in map(self.lock_file, ("metadata", "download")) if os.path.exists(path)], [])
 

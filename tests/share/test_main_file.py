@@ -81,7 +81,7 @@ class MainFileTest(ScenarioTest):
             conf = yumio.base.conf
             self.assertTrue(conf.gpgcheck)
             self.assertEqual((list(conf.excludepkgs), conf.debuglevel), (["astrolabe"], 7))
-            # Neither the editor nor the script reads the repositories in this file.
+            # Neither the repository editor nor the script reads repositories from a main file with such contents.
             self.assertEqual(repositories(yumio), sorted(LAYOUT))
             self.assertEqual(self.recording.errors(), [])
         yumio.base.repos["sandbox-unreachable"].disable()

@@ -237,7 +237,7 @@ class QuestionsTest(ReplayTest):
         self.assertEqual(gone, {"abacus-cli-3.3.0-2.x86_64", "libbough-1.1-1.x86_64", "libtwig-1.0-1.x86_64"})
         self.assertTrue(self.yumio.systemChanged)
         self.assertEqual(self.newest()[3], "vyre: history undo %d" % number)
-        # The steps are the same as in every transaction.
+        # An undo goes through the same steps as the transaction for marks.
         names = self.recording.names()
         for name in ("listTransaction", "userconfirm", "downloadRemotePayloads", "gpgsigcheck", "rpmtransInit",
                      "postTransactionOutput"):

@@ -118,7 +118,7 @@ class StoppingTest(ScenarioTest):
         self.assertEqual(self.server.paths(), [])
         self.assertEqual([str(package) for package in self.available + self.installed + self.updates], before)
         self.assertEqual(self.recording.errors(), [])
-        # A transaction can use these packages.
+        # A transaction can install packages that were read from the cache.
         self.assertEqual(self.changes(self.apply, installs=["loupe"]), ({"loupe-45.0-1.x86_64"}, set()))
         # The next reading uses the network.
         self.server.fault(REPOMD, "none")
@@ -208,7 +208,7 @@ class WithoutRepositoriesTest(ScenarioTest):
         self.assertEqual({id for id, reason, others in self.asked}, {"away", "gone", "sandbox-http"})
         self.assertEqual([others for id, reason, others in self.asked], [2, 1, 0])
         for id, reason, others in self.asked:
-            # The text has only the reason for this repository.
+            # The reason names only the repository that it is about.
             for other in ("away", "gone", "sandbox-http"):
                 self.assertEqual(other in reason, other == id, reason)
             if id == "sandbox-http":

@@ -30,7 +30,7 @@ LRELEASE = os.environ.get('LRELEASE') or shutil.which('lrelease') or shutil.whic
 TOGETHER = (
     ('MainWindow', ('&Program', '&Windows', '&Repositories', '&Cache', '&Help', '&Describe', 'Re&size', 'Re&fresh',
                     'Set &Install/Update of Selected', 'Set &Update of Listed', '&Clear Actions', '&Apply Actions')),
-    # In the main window too.
+    # This button is also in the main window.
     ('OutcomeLine', ('Show in &Log',)),
     ('MainWindow', ('&Quit',)), ('MainWindow', ('&Log', '&History', '&Advisories')),
     ('MainWindow', ('&Edit Configuration',)),

@@ -144,7 +144,7 @@ private Q_SLOTS:
                 found += any ? 1 : 0;
             }
         }
-        // The test is meaningful only with enough cases of each kind.
+        // Check that enough expressions are valid and invalid, and that enough texts match and do not match.
         QVERIFY2(compiled > 500 && compiled < 2500, qPrintable(QString::number(compiled)));
         QVERIFY2(matched > 1000 && matched < compiled * 20 - 1000, qPrintable(QString::number(matched)));
         QVERIFY2(found > matched && found < compiled * 20 - 1000, qPrintable(QString::number(found)));

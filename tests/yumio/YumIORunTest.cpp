@@ -490,7 +490,7 @@ private Q_SLOTS:
         QVERIFY2(lines.count("0 3 ended") == 1 && lines.last() == "4 0 Stopped." &&
                      lines.filter(QRegularExpression("^[23] ")).isEmpty(),
                  qPrintable(lines.join("\n")));
-        // The next operation again reports its failure.
+        // If the next operation fails without a stop, it reports its failure.
         QVERIFY(!apply("raise dnf.exceptions.Error('broken')"));
         QCOMPARE(backEnd->answers.take().count(), 1);
     }

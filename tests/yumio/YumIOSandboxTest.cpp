@@ -524,7 +524,7 @@ private Q_SLOTS:
         QCOMPARE(orchard->searchTexts, texts);
         QCOMPARE(easel->searchTexts, QByteArray("as it is"));
         easel->searchTexts = QByteArray();
-        // A search reads only loaded data.
+        // If the file lists or the other data are not loaded, the worker collects no texts.
         for (bool* loaded : {&yumIO().fileListsLoaded, &yumIO().otherDataLoaded}) {
             *loaded = false;
             yumIO().collectSearchTexts(allEntries());
