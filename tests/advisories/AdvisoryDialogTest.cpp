@@ -61,7 +61,7 @@ private:
                                              QItemSelectionModel::Select | QItemSelectionModel::Rows);
         }
     }
-    // The names in the signals since the last call.
+    // The names in the updatesWanted() signals since the previous call of this function.
     QStringList wanted()
     {
         QStringList names;

@@ -211,7 +211,7 @@ void MainWindowOtherWindowsTest::theOutcomeIsShownUntilTheNextOperation()
         QCOMPARE(outcomeText(), text); // after the collection that belongs to the transaction
     };
     apply();
-    // These are no operations.
+    // A filter and a search are no operations, so the outcome is still shown.
     shown->filter("too");
     shown->choose(shown->modeBox, PackageTable::Search);
     shown->filter(".*");

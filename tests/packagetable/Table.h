@@ -91,7 +91,7 @@ public:
     YumIO yumIO;
 };
 
-// The columns for whose row in Columns the condition is true.
+// The numbers of the columns that meet a condition. condition: a function of a row of Columns.
 template <typename Condition> QVector<int> columns(Condition condition)
 {
     QVector<int> found;

@@ -22,7 +22,7 @@ public:
         Python::exceptionExpected();
     }
 
-    // The messages of error() since the last call.
+    // The messages that error() has got since the previous call of this function.
     QStringList takeErrors()
     {
         QStringList taken;

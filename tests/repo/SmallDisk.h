@@ -21,7 +21,8 @@
 class SmallDisk
 {
 public:
-    // Whether this process may mount. Returns false also if "/" is not a mount point, as in a plain chroot.
+    // Whether this process has the right to mount file systems. Returns false also if "/" is not a mount
+    // point, as in a plain chroot.
     static bool possible()
     {
         return geteuid() == 0 && unshare(CLONE_NEWNS) == 0 &&

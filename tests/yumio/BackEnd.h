@@ -39,7 +39,7 @@ public:
     Answers();
 
     void press(const QString& answer) { answers.append(answer); }
-    // The dialogs since the last call.
+    // The dialogs that were shown since the previous call of this function.
     QList<ShownDialog> take();
     // The texts of these dialogs. Their title must be the given title.
     QStringList takeTexts(const QString& title);

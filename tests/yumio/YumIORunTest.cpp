@@ -459,7 +459,7 @@ private Q_SLOTS:
         backEnd->answers.take();
         QCOMPARE(backEnd->text("seen"), QString("['Waiting for x 0/0', 'Preparing (0%) 0/1', "
                                                 "[True, True, True]]"));
-        // The graphical thread never waits.
+        // On the graphical thread, waitForLock() ends the wait at once.
         backEnd->run("seen.append([waitForLock('later'), waitForLock(None)])");
         QCOMPARE(backEnd->text("seen[-1]"), QString("[False, True]"));
         QVERIFY(!yumIO().stop());
