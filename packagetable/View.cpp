@@ -249,6 +249,7 @@ int View::contentsWidthForColumn(int column) const
 
 void View::reset()
 {
+    pressedRecord = QPersistentModelIndex(); // the rows have changed, but not by a click on one of them
     HTableView::reset();
     // A reset clears the current row, but the selection model emits no signal for it. Emit the signal here.
     if (currentRow != -1) {

@@ -18,6 +18,7 @@ void ShownDescription::init()
     QVERIFY(QTest::qWaitForWindowExposed(window.get()));
     dialog = std::make_unique<Dialog>(window.get());
     table->standIn.setHeld(false);
+    table->standIn.letChangeLogsBeRead(false);
 }
 
 void ShownDescription::cleanup()

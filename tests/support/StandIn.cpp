@@ -116,9 +116,9 @@ void StandIn::setReplayRefused(bool refused)
     setFlag("noreplay", refused);
 }
 
-void StandIn::letChangeLogsBeRead()
+void StandIn::letChangeLogsBeRead(bool readable)
 {
-    setFlag("readable", true);
+    setFlag("readable", readable);
 }
 
 void StandIn::setUnreadable(bool unreadable)

@@ -55,7 +55,7 @@ public:
     void setHistoryLong(bool many);
     void setReplayRefused(bool refused);
     // Makes the change logs of packages with the "waiting" attribute available.
-    void letChangeLogsBeRead();
+    void letChangeLogsBeRead(bool readable = true);
     // Sets the text of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
 
