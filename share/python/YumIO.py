@@ -303,10 +303,7 @@ class YumIO:
 
     def versionLocks(self):
         """The version locks; see versionlock.versionLocks()."""
-        try:
-            return versionlock.versionLocks(self.base)
-        except dnf.exceptions.Error as e:
-            return str(e), {}
+        return versionlock.versionLocks(self.base)
 
     @withReason
     def lockVersions(self, packages):

@@ -167,6 +167,16 @@ class VersionLocksTest(ScenarioTest):
         self.assertEqual(self.content(), "")
 
     @in_own_process
+    def test_an_unreadable_list_locks_nothing_and_has_a_reason(self):
+        self.started()
+        with open(self.locks, "wb") as stream:
+            stream.write(b"abacus-cli\xff\n")
+        fault, locked = self.yumio.versionLocks()
+        self.assertIn("can't decode byte 0xff", fault)
+        self.assertEqual(locked, {})
+        self.yumio.collectAdvisories()
+
+    @in_own_process
     def test_a_user_who_cannot_write_the_list_gets_the_reason(self):
         self.started()
         self.assertEqual(self.locked(), {})

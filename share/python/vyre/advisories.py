@@ -71,14 +71,20 @@ class AdvisoryIndex:
 
     def clear(self):
         self._byName = None
+        self._installed = {}
 
     def load(self, base):
         found = {}
+        self._installed = {}
         if haveAdvisories(base):
             words()
             # The query finds the same advisories with any version of a package, so the latest version is enough.
             for named in base.sack.query(flags=hawkey.IGNORE_EXCLUDES).latest().get_advisory_pkgs(ANY):
                 found.setdefault(named.name, []).append(named)
+            # A search asks for many packages, and each query of the sack would look at all packages.
+            for package in base.sack.query().installed():
+                if package.name in found:
+                    self._installed.setdefault((package.name, package.arch), []).append(package)
         self._byName = found
 
     def of(self, package):
@@ -90,7 +96,10 @@ class AdvisoryIndex:
         sack = package.base.sack
         if self._byName is None and not haveAdvisories(package.base):
             return []
-        before = installedBefore(package)
+        if self._byName is None:
+            before = installedBefore(package)
+        else:
+            before = newestBefore(package, self._installed.get((package.name, package.arch), ()))
 
         def isAbout(named):
             if named.name != package.name or named.arch != package.arch:
@@ -114,11 +123,14 @@ def newestFirst(advisories):
 
 def installedBefore(package):
     """The newest installed version that is older than this package; None if no older version is installed."""
+    return newestBefore(package, package.base.sack.query().installed().filterm(name=package.name, arch=package.arch))
+
+
+def newestBefore(package, installed):
+    """The newest of these installed versions of an available package that is older than the package, or None."""
     if package._from_system:
         return None
-    installed = [each for each in package.base.sack.query().installed().filterm(name=package.name, arch=package.arch)
-                 if each.evr_lt(package)]
-    return max(installed) if installed else None
+    return max((each for each in installed if each.evr_lt(package)), default=None)
 
 
 def advisoriesOf(package):

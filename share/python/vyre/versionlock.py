@@ -35,13 +35,18 @@ def loadedPlugIn(base):
 
 def versionLocks(base):
     """If dnf has not loaded the plug-in, returns None. Otherwise returns a pair. Its first value is the result of
-    writingFault(). Its second value is a dictionary from the name of each locked package to the lines that lock it.
+    writingFault(), or the reason why the list of locks cannot be read. Its second value is a dictionary from the name
+    of each locked package to the lines that lock it.
     """
     module = loadedPlugIn(base)
     if module is None:
         return None
     found = {}
-    for line, names in namesByLine(base, module).items():
+    try:
+        lines = namesByLine(base, module)
+    except (dnf.exceptions.Error, UnicodeError) as e:  # the plug-in does not handle unreadable characters
+        return str(e), {}
+    for line, names in lines.items():
         for name in names:
             found.setdefault(name, []).append(line)
     return writingFault(module.locklist_fn), {name: ', '.join(lines) for name, lines in found.items()}
