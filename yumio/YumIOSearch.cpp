@@ -5,6 +5,7 @@
 #include "yumio/YumIO.h"
 
 #include <algorithm>
+#include <functional>
 #include <future>
 
 #include "python/CPython.h"
@@ -62,6 +63,46 @@ struct RepositoryTexts
     QString changeLogsProblem;
 };
 
+// Finds the packages whose texts the metadata files of each repository contain.
+QHash<QString, RepositoryTexts> byRepository(const QVector<Package::Entry*>& wanted,
+                                             const std::function<QByteArray(PyObject*)>& checksumOf)
+{
+    QHash<QString, RepositoryTexts> found;
+    for (int place = 0; place < wanted.count(); ++place) {
+        const Package::Entry* entry = wanted.at(place);
+        if (entry->kind == Package::Group || PyObject_HasAttrString(entry->pyObject, "chksum") == 0) {
+            continue;
+        }
+        RepositoryTexts& repository = found[entry->repo];
+        const QByteArray checksum = checksumOf(entry->pyObject);
+        if (!checksum.isEmpty()) {
+            repository.wanted.insert(checksum, place);
+        }
+    }
+    return found;
+}
+
+// Returns the packages in the order in which the package manager stores them. It stores long texts in
+// compressed blocks; in this order, each block is decompressed only once. The hash of a package is its
+// position.
+QVector<Package::Entry*> inStoredOrder(const QVector<Package::Entry*>& wanted)
+{
+    std::vector<std::pair<Py_hash_t, Package::Entry*>> order;
+    order.reserve(static_cast<size_t>(wanted.count()));
+    for (Package::Entry* entry : wanted) {
+        order.emplace_back(PyObject_Hash(entry->pyObject), entry);
+        PyErr_Clear(); // a package without a hash gets -1 and comes first
+    }
+    std::stable_sort(order.begin(), order.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    QVector<Package::Entry*> sorted;
+    sorted.reserve(wanted.count());
+    for (const auto& each : order) {
+        sorted.append(each.second);
+    }
+    return sorted;
+}
+
 } // namespace
 
 int YumIO::fewPackages = 300;
@@ -115,22 +156,12 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
     // Other threads read the metadata files while this thread reads package objects, because only the latter
     // needs the interpreter.
     QHash<QString, RepositoryTexts> repositories;
-    int fromRepositories = 0;
-    for (const Package::Entry* entry : wanted) {
-        fromRepositories += entry->kind != Package::Group && entry->state != Package::Installed ? 1 : 0;
-    }
+    const auto fromRepositories =
+        std::count_if(wanted.cbegin(), wanted.cend(), [](const Package::Entry* entry) {
+            return entry->kind != Package::Group && entry->state != Package::Installed;
+        });
     if (fromRepositories > fewPackages) {
-        for (int place = 0; place < wanted.count(); ++place) {
-            const Package::Entry* entry = wanted.at(place);
-            if (entry->kind == Package::Group || PyObject_HasAttrString(entry->pyObject, "chksum") == 0) {
-                continue;
-            }
-            RepositoryTexts& repository = repositories[entry->repo];
-            const QByteArray checksum = checksumOf(entry->pyObject);
-            if (!checksum.isEmpty()) {
-                repository.wanted.insert(checksum, place);
-            }
-        }
+        repositories = byRepository(wanted, [this](PyObject* package) { return checksumOf(package); });
     }
     for (auto i = repositories.begin(); i != repositories.end(); ++i) {
         i->fileListsPath = metadataPath(i.key(), "filelists");
@@ -157,23 +188,13 @@ void YumIO::collectSearchTextsReal(const QVector<Package::Entry*>& wanted)
         }
     });
 
-    // The package manager stores long texts in compressed blocks. Reading the packages in its order
-    // decompresses each block only once. A package's hash is its position in this order.
-    std::vector<std::pair<Py_hash_t, int>> order;
-    order.reserve(static_cast<size_t>(wanted.count()));
-    for (int place = 0; place < wanted.count(); ++place) {
-        order.emplace_back(PyObject_Hash(wanted.at(place)->pyObject), place);
-        PyErr_Clear(); // a package without a hash gets -1 and comes first
-    }
-    std::sort(order.begin(), order.end());
     const bool indexed = wanted.count() > fewAdvisoryReads;
     if (indexed) {
         indexAdvisories(true);
     }
     SearchTextsWriter writer;
     Steps done = 0;
-    for (const auto& each : order) {
-        Package::Entry* entry = wanted.at(each.second);
+    for (Package::Entry* entry : inStoredOrder(wanted)) {
         anySearchText(*entry, [&writer](const QString& text) {
             writer.add(text.toUtf8());
             return false; // go on with the next text
