@@ -20,6 +20,8 @@ class MainWindowOperationsTest : public StandInWindow
 
 private:
     void compareReadAgain(Mode mode, const QString& expression, const QStringList& before);
+    // Shows the window although the script cannot read the packages.
+    void startWithoutPackages();
     // Applies an update, and calls the function while the system is changed.
     void whileTheSystemIsChanged(const std::function<void()>& meanwhile);
     void compareClean(const QString& entry, const char* method);
@@ -619,7 +621,7 @@ void MainWindowOperationsTest::refusingAnUndoShowsTheHistoryAgain()
     QCOMPARE(usable(), usableWhenReady);
 }
 
-void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
+void MainWindowOperationsTest::startWithoutPackages()
 {
     standIn->setUnreadable(true);
     {
@@ -629,6 +631,11 @@ void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
     }
     shown->window->activateWindow();
     QTRY_VERIFY(QApplication::activeWindow() == shown->window);
+}
+
+void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
+{
+    startWithoutPackages();
     QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
                         [](HistoryDialog& history) {
                             const QString reason(
@@ -640,14 +647,7 @@ void MainWindowOperationsTest::nothingCanBeUndoneIfThePackagesCouldNotBeRead()
 
 void MainWindowOperationsTest::advisoriesAreNotShownIfThePackagesCouldNotBeRead()
 {
-    standIn->setUnreadable(true);
-    {
-        const Answers answers("OK");
-        shown->window->show();
-        QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
-    }
-    shown->window->activateWindow();
-    QTRY_VERIFY(QApplication::activeWindow() == shown->window);
+    startWithoutPackages();
     shown->key(Qt::Key_D, Qt::ControlModifier);
     QVERIFY(QApplication::activeModalWidget() == nullptr);
     shown->action("&Windows", "&Log")->trigger();
