@@ -123,7 +123,7 @@ void LogTest::writersInTwoThreadsLoseNothing()
     one->wait();
     two->wait();
     QCOMPARE(log.count(), 20000);
-    // The lines of one message are not separated.
+    // Lines of the other thread never come between the two lines of a message.
     for (int i = 0; i < log.count(); i += 2) {
         QCOMPARE(log.at(i).text + log.at(i + 1).text, QString("ab"));
     }

@@ -28,7 +28,7 @@
 
 namespace {
 
-// Records whether the list is locked whenever the window connects or disconnects.
+// Whenever the window connects to the list or disconnects from it, records whether the list is locked.
 class WatchedEntries : public Log::EntryList
 {
 public:
@@ -239,17 +239,17 @@ void LogWindowTest::windowScrollsToAnEntry()
     QCOMPARE(topLine(), QString("Begin"));
     QCOMPARE(pane->textCursor().block().text(), QString("Begin"));
     QVERIFY(pane->hasFocus());
-    // At a higher detail level, the window shows more lines, and must scroll to the same entry.
+    // At a higher detail level, the window shows more lines above this entry.
     level->setValue(5);
     window->showFrom(200);
     QCOMPARE(topLine(), QString("Begin"));
-    // An entry that is not shown leads to the next one.
+    // If the entry is hidden, the window scrolls to the next visible entry.
     level->setValue(2);
     window->showFrom(41);
     QCOMPARE(topLine(), QString("line 42"));
     window->showFrom(0);
     QCOMPARE(topLine(), QString("line 0"));
-    window->showFrom(100000); // no such entry
+    window->showFrom(100000); // the log has no such entry
     QCOMPARE(topLine(), QString("line 0"));
 }
 
@@ -353,7 +353,7 @@ void LogWindowTest::anActionIsShownAsAHeading()
         QCOMPARE(format(line).fontWeight(), static_cast<int>(QFont::Bold));
         QVERIFY(format(line).intProperty(QTextFormat::FontSizeAdjustment) > 0);
     }
-    // The next line does not have the format of the heading.
+    // The line below a heading does not have the heading's format.
     QVERIFY(format(1).fontWeight() != QFont::Bold);
     QCOMPARE(format(1).intProperty(QTextFormat::FontSizeAdjustment), 0);
     QVERIFY(!colourOf(1).isValid());
@@ -551,8 +551,7 @@ void LogWindowTest::tabLeavesThePane()
 void LogWindowTest::anEntryThatArrivesWhileTheWindowOpensIsShown()
 {
     log(Log::Info, 0, "before");
-    // This entry arrives while the window paints the earlier entries. At this time the window is not
-    // connected yet.
+    // This entry arrives while the window paints the earlier entries, before the window connects to the log.
     QMetaObject::invokeMethod(
         window.get(), [this] { log(Log::Info, 0, "between"); }, Qt::QueuedConnection);
     window->show();

@@ -15,7 +15,7 @@
 
 namespace {
 
-// The two pipes of each channel, with the pump between them.
+// A pump between two pipes for each channel: the test writes to one pipe, and reads from the other pipe.
 struct Pumped
 {
     Pumped()
@@ -78,8 +78,8 @@ private Q_SLOTS:
         QTest::newRow("standard error") << 1;
     }
 
-    // One thread first writes all output and then reads it, so the write must not wait. The text is larger
-    // than the pipes and the buffer together.
+    // The thread writes all output before it reads any, so the write must not block. The text is larger than
+    // the two pipes and the pump's buffer together.
     void oneThreadCanWriteAndThenReadMuchOutput()
     {
         QFETCH(int, way);
@@ -135,7 +135,7 @@ private Q_SLOTS:
         for (FileDescriptor& reader : pumped.reader) {
             reader.close();
         }
-        // SIGPIPE does not end the process.
+        // The pump's write to a pipe without a reader must not end the process by SIGPIPE.
         QVERIFY(put(pumped.writer[0].get(), QByteArray(2 * OutputPump::fullBuffer, 'x')));
         pumped.pump.stop();
     }

@@ -9,7 +9,7 @@
 
 #include "tests/services/ShownBars.h"
 
-// Tests of parallel downloads: one item's value is the sum of the downloads, and a tip at the pointer lists
+// Tests of parallel downloads. The item bar shows the sum of all downloads, and a tip at the pointer lists
 // them.
 class ProgressDownloadsTest : public ShownBars
 {
@@ -101,7 +101,7 @@ void ProgressDownloadsTest::aRetrySubtractsTheEarlierContribution()
     QCOMPARE(state[0].value, Q_UINT64_C(0));
     QCOMPARE(state[1].state, 2u);
     QCOMPARE(state[1].value, Q_UINT64_C(100));
-    // If a download starts again, it begins at zero.
+    // A download that starts again begins at zero.
     progress.startItemActThread("one", 0, 600);
     waitForInterval();
     progress.setItemActsThreadValue(0, 10);
@@ -182,10 +182,10 @@ void ProgressDownloadsTest::theQueueHasAtMostOneReportOfManyDownloads()
         delete progress;
     }));
     worker->start();
-    // While the worker reports, the graphical thread waits here and processes no events.
+    // Blocks the graphical thread while the worker reports, so that no event is processed.
     done.acquire();
     QVERIFY2(reports <= 1, qPrintable(QString::number(reports)));
-    // The bars get the last state, although no further report follows.
+    // The bars show the last state, although the worker sends no further report.
     QCoreApplication::processEvents();
     Q_EMIT item->toolTip(QPoint(5, 5));
     QCOMPARE(tipRows(),
@@ -216,13 +216,14 @@ void ProgressDownloadsTest::hoveringShowsTheDownloads()
     progress.setupItemActs(100, 10);
     progress.setupItemActsThreads("Downloading", 0, 11, 2, 10);
     progress.startItemActThread("vim", 0, 1);
-    // The window manager may hide the tip. In this case, the loop tries again, as a user does.
+    // The window manager may hide the tip at once. In this case, the loop moves the pointer again, as a user
+    // does.
     for (int attempt = 0; attempt < 10 && currentTip() == nullptr; ++attempt) {
         hover();
         (void)QTest::qWaitFor([] { return currentTip() != nullptr; });
     }
     QCOMPARE(tipRows(), QStringList({"vim: In Progress", "1 downloads: Not Started Yet"}));
-    // The tip disappears when the user does something.
+    // A click hides the tip.
     QTest::mouseClick(item, Qt::LeftButton);
     QVERIFY(currentTip() == nullptr);
 }

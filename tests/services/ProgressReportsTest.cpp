@@ -7,7 +7,8 @@
 
 #include "tests/services/ShownBars.h"
 
-// Tests of a worker's reports: they arrive in order, and at most one report is sent in an interval.
+// Tests of the reports that a worker sends: they arrive in order, and a worker sends at most one report in an
+// interval.
 class ProgressReportsTest : public ShownBars
 {
     Q_OBJECT
@@ -43,7 +44,7 @@ void ProgressReportsTest::aSecondItemValueWithinTheIntervalIsStoredButNotSent()
     QCOMPARE(spy.count(), 1);
     QCOMPARE(item->value(), 10);
 
-    // Both this value and the value of the total bar were stored.
+    // The second value is stored all the same: the total bar uses it when the total changes.
     QCOMPARE(total->value(), 4);
     progress.changeTotal(100);
     QCOMPARE(total->value(), 20);
@@ -188,7 +189,7 @@ void ProgressReportsTest::theDisplayIsUpdatedDuringASynchronousOperation()
     progress.changeItemActivity("still reading");
     QVERIFY(processed);
 
-    // The value is sent at most once in an interval.
+    // Events are processed at most once in an interval.
     withinTheInterval(
         [&] {
             waitForInterval();

@@ -5,7 +5,7 @@
 
 #include "tests/services/ShownBars.h"
 
-// Tests of the bars. The bars show a total, its items, and the acts of the items.
+// Tests of the values of both bars. A total consists of items, and an item of acts.
 class ProgressStepsTest : public ShownBars
 {
     Q_OBJECT
@@ -289,7 +289,7 @@ void ProgressStepsTest::endItemActsMovesTheBarToTheEndOfAllActs()
     progress.startItemAct("one", 10, 1);
     progress.endItemActs();
     QCOMPARE(total->value(), 150);
-    // Now the item covers no part of the total.
+    // No part of the item is left after its end, so later steps do not move the total bar.
     progress.changeItemActSteps(10, 10);
     QCOMPARE(total->value(), 150);
 }

@@ -34,7 +34,8 @@ void pressByAccessibility(QPushButton* pressed)
     interface->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
 }
 
-// Sends a key event as the window system does. The time is in milliseconds; 0 for none.
+// Sends a key event as the window system does. The time is in milliseconds; 0 stands for an event without a
+// time.
 void sendKey(QWindow* window, QEvent::Type type, int key, bool repeats, ulong time = 0)
 {
     QKeyEvent event(type, key, Qt::NoModifier, QString(), repeats);
@@ -71,7 +72,7 @@ private Q_SLOTS:
 
 private:
     static void addInput();
-    // Shows a question with a guard and waits until it is active. It does not take input yet.
+    // Shows a question with a guard, and waits until its window is active. The question still ignores input.
     void show();
     void waitForInput();
 
@@ -99,7 +100,7 @@ void QuestionGuardTest::cleanup()
 
 void QuestionGuardTest::show()
 {
-    // On a busy machine, the first moment must not end before the test has sent its input.
+    // Even on a busy machine, the test must send its input before the first moment ends.
     QuestionGuard::pause = 1000000;
     dialog->show();
     QVERIFY(QTest::qWaitForWindowActive(dialog.get(), 30000));
@@ -308,7 +309,7 @@ void QuestionGuardTest::theQuestionIgnoresInputAgainAfterTheFirstActivationOfIts
     QWidget other;
     other.show();
     QVERIFY(QTest::qWaitForWindowActive(&other, 30000));
-    // Neither Qt nor the window manager activates such a window.
+    // Neither Qt nor the window manager activates a window with these settings.
     dialog->setModal(false);
     dialog->setAttribute(Qt::WA_ShowWithoutActivating);
     dialog->setWindowFlag(Qt::X11BypassWindowManagerHint);
@@ -321,7 +322,7 @@ void QuestionGuardTest::theQuestionIgnoresInputAgainAfterTheFirstActivationOfIts
     QVERIFY(dialog->isActiveWindow());
     QVERIFY(!takesInput(dialog.get()));
     waitForInput();
-    // The second activation does not make the question ignore input again.
+    // When the window becomes active for the second time, the question still takes input.
     QApplication::setActiveWindow(&other);
     QVERIFY(!dialog->isActiveWindow());
     QApplication::setActiveWindow(dialog.get());

@@ -37,7 +37,7 @@ QString longText()
     return text;
 }
 
-// Changes the program's font for a scope; an empty name keeps the usual font.
+// Changes the program's font until the object is destroyed; an empty name keeps the usual font.
 class FontScope
 {
 public:
@@ -185,7 +185,7 @@ void ScrollableDialogsTest::enterRejectsIfRejectionIsTheDefault()
     QVERIFY(!dialog.isVisible());
     QCOMPARE(dialog.result(), static_cast<int>(QDialog::Rejected));
 
-    // One key moves the focus to the other button.
+    // If the user moves the focus to the other button, Return presses that button.
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     dialog.findChildren<QPushButton*>().at(0)->setFocus();
@@ -241,7 +241,7 @@ void ScrollableDialogsTest::textThatFitsOnTheScreenIsShownCompletely()
 {
     QFETCH(QString, family);
     const FontScope font(family);
-    // The text needs more than two thirds of the screen, which is Qt's default limit for a window.
+    // Qt limits a new window to two thirds of the screen; this text needs more.
     const QSize wanted = Metrics::maxWindowSize() * 85 / 100;
     QLabel measured;
     measured.setTextFormat(Qt::PlainText);
@@ -312,7 +312,7 @@ void ScrollableDialogsTest::keysScrollALongText()
     dialog.show();
     QVERIFY(QTest::qWaitForWindowActive(&dialog, 30000));
     const QScrollBar* scrollBar = dialog.findChild<HScrollArea*>()->verticalScrollBar();
-    // Moves the focus until it is in the text.
+    // Moves the focus until the text has it.
     for (int i = 0; i < 4 && scrollBar->value() == 0; ++i) {
         QTest::keyClick(dialog.windowHandle(), Qt::Key_PageDown);
         QTest::keyClick(dialog.windowHandle(), Qt::Key_Tab);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// The base class for tests of Progress. It has both bars in a window, and the tip that lists the downloads.
+// The base class for tests of Progress. It owns a window with both bars, and finds the tip that lists the
+// downloads.
 
 #ifndef TESTS_SERVICES_SHOWNBARS_H
 #define TESTS_SERVICES_SHOWNBARS_H
@@ -22,12 +23,12 @@ class ShownBars : public QObject
     Q_OBJECT
 
 protected:
-    // Progress sends a report only if more than this many milliseconds have passed since the last report.
+    // Progress sends a report only if more than this number of milliseconds has passed since the last report.
     static constexpr int interval = 9;
 
     static void waitForInterval();
-    // Calls act() within one interval. If other processes delay act() for longer, prepare() and act() are
-    // called again.
+    // Calls act() within one interval. If act() takes longer because other processes delay it, calls
+    // prepare() and act() again.
     template <typename Prepare, typename Act> static void withinTheInterval(Prepare prepare, Act act)
     {
         QElapsedTimer timer;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// All functions run in one process, in this order, because an unattended program never becomes attended
+// All functions run in this order and in one process, because an unattended program never becomes attended
 // again.
 
 #include "services/Unattended.h"
@@ -53,7 +53,7 @@ private Q_SLOTS:
         QCOMPARE(messages, QStringList());
     }
 
-    // The dialog is still open, because the graphical thread does not return to it.
+    // While the worker waits for the answer, the graphical thread cannot close the dialog.
     void aWaitingWorkerGetsTheSafeAnswer()
     {
         std::atomic<int> answer(-2);
@@ -67,7 +67,7 @@ private Q_SLOTS:
         connect(&timer, &QTimer::timeout, this, [&] {
             QWidget* const dialog = QApplication::activeModalWidget();
             if (dialog != nullptr && !given) {
-                // From now on, this thread only waits for the worker.
+                // From now on, the graphical thread only waits for the worker.
                 Unattended::begin();
                 given = worker->wait(30000);
                 static_cast<QDialog*>(dialog)->reject();

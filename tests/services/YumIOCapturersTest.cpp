@@ -54,16 +54,16 @@ public:
         return out;
     }
 
-    // Processes events at each write, as an open log window does.
+    // If true, each write processes events, as an open log window does.
     bool processEventsWhenWritten = false;
-    // Called once, at the first output.
+    // The first write calls this function.
     std::function<void()> onceWritten;
 
     mutable QMutex mutex;
     QString out;
     QString err;
     QStringList errors;
-    QStringList ended; // the output up to each end of a capture
+    QStringList ended; // one element for each end of a capture: all output until then
     bool otherThread = false;
 
 private:
@@ -83,7 +83,7 @@ private:
     }
 };
 
-// Runs the operation on a worker thread while this thread runs an event loop, as real operations do.
+// Runs the operation on a worker while the graphical thread runs an event loop, as real operations do.
 void runOnWorker(std::function<void()> operation)
 {
     std::unique_ptr<QThread> worker(QThread::create(operation));
@@ -98,7 +98,7 @@ void runOnWorker(std::function<void()> operation)
 
 QStringList openDescriptors()
 {
-    // The list always contains the descriptor that reads the directory, too.
+    // The list includes the descriptor with which QDir reads the directory.
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot);
 }
 
@@ -113,14 +113,14 @@ bool sameFile(int fd, const struct stat& expected)
     return fstat(fd, &now) == 0 && now.st_dev == expected.st_dev && now.st_ino == expected.st_ino;
 }
 
-// Whether a thread that writes the next block to this pipe may have to wait for the reader.
+// Whether the pipe may be too full for the next block, so that a writer must wait for the reader.
 bool isFull(int fd)
 {
     int waiting = 0;
     return ioctl(fd, FIONREAD, &waiting) == 0 && waiting > fcntl(fd, F_GETPIPE_SZ) - 4096;
 }
 
-// The descriptor whose replacement fails; -1 means none. A test has no other way to make a replacement fail.
+// dup2() fails for this descriptor; -1 means none. A test cannot make the real dup2() fail.
 std::atomic<int> irreplaceable(-1);
 
 void writeAll(int fd, const QByteArray& bytes)
@@ -215,7 +215,7 @@ void YumIOCapturersTest::largeOutputOfAChildArrivesCompletely()
 
 void YumIOCapturersTest::fastWritersLoseNothing()
 {
-    // Numbered lines show lost, repeated and reordered output.
+    // The lines have numbers, so that lost, repeated or reordered lines cause a difference.
     const auto lines = [](int from, int to) {
         QString text;
         for (int number = from; number <= to; ++number) {
@@ -227,7 +227,8 @@ void YumIOCapturersTest::fastWritersLoseNothing()
     runOnWorker([&] { YumIOCapturers capturers(&receiver); });
     const int descriptors = countDescriptors();
 
-    // The graphical thread is busy several times, each time until both writers wait for it.
+    // Keeps the graphical thread busy several times, each time until both pipes are full and their writers
+    // must wait.
     constexpr int pauses = 10;
     std::atomic<bool> writing(false);
     int bothFull = 0;
@@ -279,7 +280,7 @@ void YumIOCapturersTest::lastOutputOfAChildArrives()
                 YumIOCapturers capturers(&receiver);
                 (void)!system("printf 'line\\nno newline at the end'; printf 'last words' >&2");
             }
-            // The output must be complete now, because the operation ends here.
+            // The operation ends here, so all output must have arrived.
             outAtTheEnd = receiver.output();
         });
         QCOMPARE(outAtTheEnd, QString("line\nno newline at the end"));
@@ -398,7 +399,7 @@ void YumIOCapturersTest::backgroundChildDoesNotDelayTheEnd()
         YumIOCapturers capturers(&receiver);
         (void)!system("sleep 1000 & echo $!");
     });
-    // The capture ends although the child still has the pipes open.
+    // The capture ended although the child still has the pipes open.
     const pid_t child = receiver.out.trimmed().toInt();
     QVERIFY(child > 0);
     QCOMPARE(kill(child, SIGKILL), 0);
@@ -417,7 +418,7 @@ void YumIOCapturersTest::backgroundChildThatKeepsWritingDoesNotDelayTheEnd()
     QVERIFY(receiver.out.startsWith("y\ny\n"));
     const pid_t child = receiver.err.trimmed().toInt();
     QVERIFY(child > 0);
-    // The child ends without a signal from the test, because the read end is closed.
+    // The capture's end of the pipe is closed, so SIGPIPE ends the child, without a signal from the test.
     QTRY_VERIFY(kill(child, 0) != 0 || !QFile::exists(QString("/proc/%1/exe").arg(child)) ||
                 QFile::symLinkTarget(QString("/proc/%1/exe").arg(child)).isEmpty());
 }
@@ -463,8 +464,8 @@ void YumIOCapturersTest::receiverMayProcessEvents()
     }
 }
 
-// The process begins to end while the receiver of the last output processes events. The graphical thread does
-// not return to its event loop, so the worker must not wait for this thread.
+// The process begins to end while the receiver of the last output still processes events. The graphical
+// thread never returns to its event loop, so the worker must not wait for this thread.
 void YumIOCapturersTest::theWorkerDoesNotWaitIfTheProcessEndsInsideTheReceiver()
 {
     Receiver receiver;
@@ -480,7 +481,7 @@ void YumIOCapturersTest::theWorkerDoesNotWaitIfTheProcessEndsInsideTheReceiver()
         }
     };
     worker->start();
-    // Gives the worker time to reach its wait for the remaining output.
+    // Gives the worker time to begin its wait for the remaining output.
     QThread::msleep(500);
     QCoreApplication::processEvents();
     QTRY_VERIFY(worker->isFinished());
@@ -509,7 +510,8 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
 {
     Receiver without;
     Receiver with;
-    // The list of the shell's descriptors, including the one that reads the list.
+    // Counts the open descriptors of a child. The count includes the descriptor with which `ls` reads the
+    // directory.
     const char* list = "ls /proc/self/fd | wc -l";
     runOnWorker([&] {
         FILE* child = popen(list, "r");
@@ -527,7 +529,7 @@ void YumIOCapturersTest::childrenInheritOnlyTheStandardDescriptors()
 void YumIOCapturersTest::outputIsNotChangedIfNoPipesCanBeMade_data()
 {
     QTest::addColumn<int>("available");
-    // The capture needs two saved descriptors, and the two ends of each of two pipes.
+    // The capture needs six descriptors: two saved ones, and two for each of the two pipes.
     for (int available = 0; available < 6; ++available) {
         QTest::newRow(QByteArray::number(available) + " descriptors left") << available;
     }
@@ -546,8 +548,7 @@ void YumIOCapturersTest::outputIsNotChangedIfNoPipesCanBeMade()
         rlimit limit;
         getrlimit(RLIMIT_NOFILE, &limit);
         const rlimit former = limit;
-        // The lowest limit that leaves this many numbers free. "used" includes the descriptor that was used
-        // to read the list.
+        // Finds the lowest limit that leaves the requested number of descriptors free.
         int free = 0;
         int number = 0;
         while (free < available || fcntl(number, F_GETFD) != -1) {
@@ -620,7 +621,8 @@ void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept()
             stdoutStayed = sameFile(STDOUT_FILENO, originalStdout);
             stderrStayed = sameFile(STDERR_FILENO, originalStderr);
             if (!stdoutStayed) {
-                // The text is larger than a pipe that no thread reads. The operation must not wait for ever.
+                // The text is larger than a pipe. No thread reads this pipe, but the write must not wait for
+                // ever.
                 writeAll(STDOUT_FILENO, QByteArray(1 << 20, 'x'));
             }
         }
@@ -628,7 +630,8 @@ void YumIOCapturersTest::aDescriptorThatCannotBeReplacedIsKept()
         after = countDescriptors();
     });
     QCOMPARE(receiver.errors, QStringList({"Unable to dup2 pipe to capture rpm transaction output"}));
-    // The descriptor that was replaced first is restored only at the end.
+    // Standard output is replaced first. If standard error then fails, standard output is restored only at
+    // the end.
     QCOMPARE(stdoutStayed, descriptor == STDOUT_FILENO);
     QVERIFY(stderrStayed);
     QVERIFY(restored);
@@ -646,11 +649,12 @@ void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues_data()
 void YumIOCapturersTest::aFailedRestoreIsReportedAndTheReaderContinues()
 {
     QFETCH(int, descriptor);
-    // These objects exist until the end of the program, because the reader is never deleted.
+    // After a failed restore, the reader's thread is never deleted, so its receiver must exist until the
+    // program ends.
     static Receiver receivers[3];
     Receiver& receiver = receivers[descriptor];
-    // Standard output and standard error may be the same file. Then only the order of their creation
-    // distinguishes the saved descriptors.
+    // If standard output and standard error are the same file, the saved descriptors differ only in the order
+    // of their creation. Therefore the test calculates the number of the descriptor that it closes.
     bool stderrRestored = true;
     bool stdoutRestored = true;
     runOnWorker([&] {

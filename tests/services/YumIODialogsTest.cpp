@@ -19,7 +19,7 @@
 
 namespace {
 
-// A worker that asks one question and ends.
+// A worker that asks one question and then ends.
 class Asker : public QThread
 {
 public:
@@ -112,7 +112,7 @@ private Q_SLOTS:
     void theEndOfANestedUserRestoresTheOuterObject();
 
 private:
-    // Runs the request on a worker while "act" handles the dialog; returns the answer.
+    // Runs the request on a worker, lets act() handle the dialog, and returns the answer.
     int run(std::function<int(YumIODialogs&)> request, std::function<void(QDialog*)> act);
 
     std::unique_ptr<QWidget> mainWindow;
@@ -330,7 +330,7 @@ void YumIODialogsTest::boxWithoutButtonTextsHasAnOkButton()
     QCOMPARE(result, 0);
     QCOMPARE(buttons, QStringList({"OK"}));
 
-    // Escape and closing have the same effect as the only button.
+    // Escape and the window's close button have the same effect as the only button.
     result = run(request, [](QDialog* dialog) { QTest::keyClick(dialog->windowHandle(), Qt::Key_Escape); });
     QCOMPARE(result, 0);
     result = run(request, [](QDialog* dialog) { dialog->close(); });
@@ -362,7 +362,8 @@ void YumIODialogsTest::boxLooksLikeTheStandardBox()
     QFETCH(int, defaultButton);
     QFETCH(int, escapeButton);
 
-    // Presses the last button. Its number differs from its position if an earlier button is missing.
+    // Presses the last button. If an earlier button is missing, the last button's number differs from its
+    // position.
     QStringList description;
     const auto act = [&description](QDialog* dialog) {
         QMessageBox* box = qobject_cast<QMessageBox*>(dialog);
@@ -434,7 +435,7 @@ void YumIODialogsTest::theScrollableDialogShowsTheTextUntilItIsClosed()
 void YumIODialogsTest::theWorkerGetsTheAnswerBeforeTheGraphicalThreadReturnsToItsLoop()
 {
     YumIODialogs dialogs(mainWindow.get());
-    // Runs when events are processed after the user has answered the dialog.
+    // Set by the first event that is processed after the dialog has opened.
     bool eventsProcessed = false;
     connect(&dialogs, &YumIODialogs::confirmSig, this,
             [&] { QTimer::singleShot(0, this, [&] { eventsProcessed = true; }); });
@@ -488,7 +489,7 @@ void YumIODialogsTest::mainWindowIsTheParentAndStaysResponsive()
         [&](QDialog* dialog) {
             parent = dialog->parentWidget();
             modal = dialog->isModal();
-            // The test answers the dialog only after the graphical thread has processed other events.
+            // Answers the dialog only after the graphical thread has processed other events.
             connect(&ticker, &QTimer::timeout, dialog, [&ticks, dialog] {
                 if (ticks >= 5) {
                     QTest::mouseClick(button(dialog, "Yes"), Qt::LeftButton);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Answers message boxes as a user does, and records them; if this is requested, also other dialogs. It works
-// while the program waits in its own event loop or in the test's event loop. A worker's question takes input
-// earlier than in the program.
+// Answers message boxes as a user does, and records them; on request, also other dialogs. It works in the
+// program's own event loop and in the test's event loop. It shortens the time for which a worker's question
+// ignores input.
 
 #ifndef TESTS_SUPPORT_ANSWERINGUSER_H
 #define TESTS_SUPPORT_ANSWERINGUSER_H
@@ -21,7 +21,7 @@
 
 #include "tests/support/Question.h"
 
-// The texts of a dialog. Some members are empty unless the dialog is a message box.
+// The texts of a dialog. If the dialog is not a message box, some members are empty.
 struct ShownBox
 {
     QString title;
@@ -96,7 +96,7 @@ public:
         }
         return result;
     }
-    // The titles and texts of all dialogs, for a comparison that shows all of them.
+    // The titles and texts of all dialogs, so that one comparison checks all of them.
     QString all() const { return titles().join(", ") + ": " + texts().join(" | "); }
 
     // The dialogs that have opened, in order.
@@ -117,13 +117,13 @@ private:
     }
     void look()
     {
-        // Events are processed during an answer.
+        // An answer processes events.
         if (answering) {
             return;
         }
         QWidget* window = QApplication::activeModalWidget();
         if (window == nullptr && whom == MessageBoxes) {
-            window = QApplication::activeWindow(); // no code waits for this box
+            window = QApplication::activeWindow(); // the box is not modal
         }
         QDialog* dialog =
             whom == MessageBoxes ? qobject_cast<QMessageBox*>(window) : qobject_cast<QDialog*>(window);

@@ -27,8 +27,8 @@ inline QByteArray get(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
 
-// The template for a directory with many files, in memory if possible. On a disk, a program that truncates
-// and closes a file may have to wait for the disk.
+// The template for a directory with many files. The directory is in memory if possible, because on a disk a
+// program may have to wait when it truncates and closes a file.
 inline QString scratchTemplate()
 {
     const QFileInfo memory(QStringLiteral("/dev/shm"));

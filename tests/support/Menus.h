@@ -12,7 +12,7 @@
 #include <QTimer>
 #include <QtTest>
 
-// Opens a menu and uses it. Afterwards the menu is closed if it is still open. Returns whether a menu opened.
+// Opens a menu, uses it, and closes it if it is still open. Returns whether a menu opened.
 template <typename Open, typename Use> bool withMenu(Open open, Use use)
 {
     bool opened = false;
@@ -27,7 +27,7 @@ template <typename Open, typename Use> bool withMenu(Open open, Use use)
         }
     });
     timer.start(10);
-    open(); // returns when the menu has been closed
+    open(); // returns when the menu is closed
     QTest::qWait(50);
     return opened;
 }
@@ -49,7 +49,8 @@ inline void choose(QMenu& menu, const QString& text)
                       menu.actionGeometry(actionOf(menu, text)).center());
 }
 
-// The texts of the visible actions of a menu; offeredIn() returns only the texts of enabled actions.
+// The texts of the visible actions of a menu, also of disabled ones; offeredIn() returns only the enabled
+// ones.
 inline QStringList shownIn(const QMenu& menu)
 {
     QStringList texts;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A share directory with a script that answers without a package manager. The tests set the answers.
+// A share directory with a script that needs no package manager. The tests set the script's answers.
 //
 // The script reads these answers at each collection, and records the calls of its methods.
 //
@@ -19,10 +19,11 @@
 class StandIn
 {
 public:
-    // Uses the icons of the share directory that the environment names at the time of this call.
+    // Copies the icons from the share directory that VYRESHARE names before this call.
     StandIn();
 
-    // The attributes of a package object. The script adds the missing attributes.
+    // An object with the attributes of a package or group. The script adds default values for missing
+    // attributes.
     static QJsonObject package(const QString& name, const QJsonObject& attributes = QJsonObject());
     static QJsonObject group(const QString& name, const QJsonObject& attributes = QJsonObject());
 
@@ -31,47 +32,47 @@ public:
     void setPackages(const QJsonArray& updates, const QJsonArray& installed, const QJsonArray& available,
                      const QJsonArray& groups = QJsonArray());
 
-    // While this flag is set, the script waits when it collects packages, loads file lists or changes the
-    // system.
+    // While true, the script waits whenever it collects packages, loads file lists or changes the system.
     void setHeld(bool held);
     // Whether the constructor of the script's class fails.
     void setRefusing(bool refuse);
-    // Whether an apply fails: before the first change, or half way.
+    // Whether an apply fails: before its first change, or during its changes.
     void setFailing(bool fail);
     void setBreaking(bool doBreak);
     // Whether an apply reports that another program has changed the system.
     void setOutdated(bool outdated);
-    // The outcome that an apply reports once it has begun its change.
+    // The outcome that an apply reports if it has begun its change.
     void setOutcome(const QJsonObject& outcome);
-    // Whether the next collections fail.
+    // Whether collections fail from now on.
     void setUnreadable(bool unreadable);
-    // Whether both repositories fail in the next collections. The collections ask whether to go on without
-    // them.
+    // Whether both repositories fail in collections from now on. Each collection asks whether to continue
+    // without them.
     void setLacking(bool lacking);
-    // Whether the next collections log an error but succeed.
+    // Whether collections from now on log an error, but succeed.
     void setComplaining(bool complaining);
-    // The history: whether it can be read, has 5,000 transactions, and can be undone.
+    // The history: whether it cannot be read, whether it has 5,000 transactions, and whether dnf cannot undo
+    // a transaction.
     void setHistoryBroken(bool broken);
     void setHistoryLong(bool many);
     void setReplayRefused(bool refused);
-    // Makes the change logs of packages with the "waiting" attribute available.
+    // The change log of a package with the "waiting" attribute exists only while this is true.
     void letChangeLogsBeRead(bool readable = true);
-    // Sets the text of the repository file. The script knows two repositories: "base" and "extras".
+    // Sets the contents of the repository file. The script knows two repositories: "base" and "extras".
     void setRepos(const QByteArray& text);
 
-    // An advisory, and a package "NAME-2-1.x86_64" for an advisory. obstacle: a value of Advisory::Obstacle.
+    // An advisory, and the package "NAME-2-1.x86_64" of an advisory. obstacle: a value of Advisory::Obstacle.
     static QJsonArray advisory(const QString& id, bool security, const QList<QJsonArray>& packages);
     static QJsonArray advised(const QString& name, int obstacle);
     void setAdvisories(const QList<QJsonArray>& advisories);
 
-    // From the next collection on, the script offers version locks. lines: from the names of locked packages
-    // to their lines.
+    // From the next collection on, the script offers version locks. lines: maps the name of each locked
+    // package to its lines.
     void setVersionLocks(const QJsonObject& lines, const QString& fault = QString());
     void removeVersionLocks();
 
-    // The methods called since the last forgetCalls(), in order. Some methods add a second entry with their
-    // arguments, for example "enableRepo base". The second entry of "apply" has the names of the packages to
-    // install, update and remove.
+    // The methods that have been called since the last forgetCalls(), in order. Some methods add a second
+    // entry with their arguments, for example "enableRepo base". The second entry of "apply" names the
+    // packages to install, update and remove.
     QStringList calls() const;
     int calls(const QString& method) const;
     void forgetCalls();

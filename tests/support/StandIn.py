@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""A stand-in for the script. Its answers come from a file instead of a package manager."""
+"""A stand-in for the script. It reads its answers from a file, and needs no package manager."""
 import bdb  # noqa: F401  (looked up by name)
 import datetime
 import json
@@ -68,7 +68,8 @@ class Package:
 
 
 class WaitingPackage(Package):
-    """A package whose change log exists only after the test permits it. If the program is blocked, the test never does.
+    """A package whose change log exists only after the test permits it. A blocked graphical thread would also block the
+    test.
     """
 
     @property
@@ -85,8 +86,8 @@ class WaitingPackage(Package):
 
 
 class LockedPackage(Package):
-    """A package without a change log. To read the change log, the script waits for a lock until the program ends the
-    wait.
+    """A package without a change log. When the change log is read, the script waits for a lock until the program ends
+    the wait.
     """
 
     @property
@@ -102,8 +103,8 @@ class LockedPackage(Package):
 
 
 class WatchedPackage(Package):
-    """A package that records each read of its description. No record stores this text, because no column shows it.
-    Therefore only a search and an open description read the text.
+    """A package that records each read of its description. Records do not store this text, because no column shows it.
+    So only a search or an open description reads it.
     """
 
     @property
@@ -134,7 +135,7 @@ class Group:
 
 
 class History:
-    """The history. The same object also serves as its list of groups."""
+    """The history, which is also its own list of groups."""
 
     def __init__(self):
         self.group = self
@@ -174,7 +175,9 @@ class YumIO:
         note('disableRepo ' + id)
 
     def apply(self, installs, updates, removes, *groups):
-        """Record the packages, ask for confirmation, and begin the change unless the test sets an earlier failure."""
+        """Record the packages, ask for confirmation, and begin the change. The test can set a failure before the
+        change.
+        """
         note('apply {} {} {}'.format(*(','.join(sorted(package.name for package in packages)) or '-'
                                        for packages in (installs, [pair[0] for pair in updates], removes))))
         self.outcome = None
@@ -194,7 +197,7 @@ class YumIO:
             raise RuntimeError('half way')
 
     def readOutcome(self):
-        """The outcome of outcome.json; None without this file."""
+        """The outcome in outcome.json; None if this file is missing."""
         try:
             with open(os.path.join(SHARE, 'outcome.json')) as outcome:
                 return json.load(outcome)
@@ -213,7 +216,7 @@ class YumIO:
 
     @property
     def updateAdvisories(self):
-        """Pairs of an update and its attribute "advised"."""
+        """Pairs of an update and the value of its "advised" attribute."""
         return [(update, update.advised) for update in self._packages('updates') if hasattr(update, 'advised')]
 
     def versionLocks(self):
@@ -234,7 +237,7 @@ class YumIO:
         note('unlockVersions ' + ','.join(sorted(package.name for package in packages)))
 
     def transactions(self):
-        """Three or 5,000 transactions. While the script is held, this method waits."""
+        """Three or 5,000 transactions. While the test holds the script, this method waits."""
         self.wait()
         if os.path.exists(os.path.join(SHARE, 'nohistory')):
             raise Failure('the history is broken')
@@ -254,7 +257,9 @@ class YumIO:
         return 'Not with this version.' if os.path.exists(os.path.join(SHARE, 'noreplay')) else ''
 
     def replay(self, kind, number):
-        """Record the transaction, ask for confirmation, and begin the change; while held, this waits."""
+        """Record the transaction, ask for confirmation, and begin the change. While the test holds the script, this
+        method waits.
+        """
         note('replay {} {}'.format(kind, number))
         self.outcome = None
         self.wait()
@@ -310,8 +315,8 @@ class YumIO:
 
     @property
     def replacements(self):
-        """Pairs of an installed package and the package that replaces it. The attribute "replaced" of the new package
-        has the name of the installed package.
+        """Pairs of an installed package and the package that replaces it. The "replaced" attribute of the new package
+        names the installed package.
         """
         return [(old, new) for new in self._packages('updates') + self._packages('available')
                 for old in self._packages('installed') if getattr(new, 'replaced', None) == old.name]

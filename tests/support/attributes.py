@@ -1,13 +1,13 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""The attributes of package objects that the program reads. Their names come from the C++ sources."""
+"""Reads from the C++ sources which attributes of dnf's objects the program uses."""
 import collections
 import os
 import re
 
 SOURCES = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
-# A row in Fields.cpp. The label of the "name" field is empty. If the source of a field uses no attribute, the field's
-# attribute is empty.
+# A row in Fields.cpp. The "name" field has an empty label. A field whose source is not an attribute has an empty
+# attribute.
 Field = collections.namedtuple('Field', 'name label source attribute uses')
 
 
@@ -17,7 +17,7 @@ def _read(*parts):
 
 
 def of_records():
-    """The names of the attributes from which records are made."""
+    """The names of the attributes that the program stores in records."""
     names = re.findall(r'\{ScriptValues::\w+Attribute,\s*"(\w+)"\}', _read('yumio', 'ScriptValues.cpp'))
     assert 'name' in names and 'version' in names, names
     return names
@@ -39,7 +39,7 @@ def fields():
 
 
 def of_fields(source):
-    """The attributes of the fields with this source, for example "Text"."""
+    """The attributes of all fields with the given source, for example "Text"."""
     names = [field.attribute for field in fields() if field.source == source]
     assert names, source
     return names

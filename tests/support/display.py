@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""An X server with a window manager and, on request, an accessibility bus, as a context manager.
+"""A context manager that runs an X server with a window manager and, on request, an accessibility bus.
 
-The server itself picks a free display, so any number of servers can run at the same time.
+The server chooses a free display number, so any number of servers can run at the same time.
 """
 import os
 import socket
@@ -31,13 +31,13 @@ BUS_OF_ALL = '''<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
 
 
 class StartError(Exception):
-    """A program that a test needs did not start."""
+    """A program that the display needs did not start."""
 
 
 class VirtualDisplay:
     """with VirtualDisplay() as environment: run programs in that environment.
 
-    any_user: the accessibility bus also accepts programs of other users.
+    any_user: if true, the accessibility bus accepts programs of all users.
     """
 
     def __init__(self, accessible=False, size='1280x900', any_user=False):
@@ -99,7 +99,7 @@ class VirtualDisplay:
         self.environment['X_SERVER_PID'] = str(self.started[0].pid)
 
     def _clean_up_after_server(self):
-        """Remove the socket that a killed server leaves behind, unless another server already uses its number."""
+        """Remove the socket of a killed server, unless another server already uses the same display number."""
         path = '/tmp/.X11-unix/X' + self.environment.get('DISPLAY', '')[1:]
         with socket.socket(socket.AF_UNIX) as client:
             try:
@@ -119,17 +119,17 @@ class VirtualDisplay:
     def _start_accessibility(self):
         self.environment['QT_LINUX_ACCESSIBILITY_ALWAYS_ON'] = '1'
         if self.any_user:
-            # The usual launcher's bus accepts only its own user and root. So the message bus also serves as the
-            # accessibility bus.
+            # The accessibility bus of the usual launcher accepts only the launcher's user and root. So the message bus
+            # also serves as the accessibility bus.
             os.chmod(self.scratch.name, 0o711)
             address = 'unix:path=' + os.path.join(self.scratch.name, 'bus')
-            # Programs that the bus starts need this variable too.
+            # Programs that the message bus starts need this variable too.
             self.environment['AT_SPI_BUS_ADDRESS'] = address
             path = os.path.join(self.scratch.name, 'bus.conf')
             with open(path, 'w') as stream:
                 stream.write(BUS_OF_ALL.format(address))
             self._start_bus('--config-file=' + path)
-            # If a program finds no launcher, it reads this property.
+            # A program that finds no launcher reads this property.
             self._set_bus_property(address)
             return
         self._start_bus('--session')
@@ -143,7 +143,8 @@ class VirtualDisplay:
         self._wait(['dbus-send', '--session', '--print-reply', '--dest=org.a11y.Bus', '/org/a11y/bus',
                     'org.freedesktop.DBus.Properties.Set', 'string:org.a11y.Status', 'string:IsEnabled',
                     'variant:boolean:true'], b'method return', 'the accessibility bus')
-        # Qt uses the bus only if the root window has this property. Sometimes the launcher does not set the property.
+        # Qt uses the bus only if the root window has the AT_SPI_BUS property. Sometimes the launcher does not set this
+        # property.
         answer = self._wait(['dbus-send', '--session', '--print-reply=literal', '--dest=org.a11y.Bus', '/org/a11y/bus',
                              'org.a11y.Bus.GetAddress'], b'unix:', 'the address of the accessibility bus')
         self._set_bus_property(answer.decode().strip())

@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
 """Drives the built program from outside, as a user does. It sends X events with xdotool, and reads through AT-SPI.
 
-It needs a display with an accessibility bus, so it must run under "with-display --accessible".
+It needs a display with an accessibility bus, so tests must run it under "with-display --accessible".
 
-Input and reading use different connections. So a function that reads directly after a key or a click may still find the
-old state. Therefore every function that acts waits until the effect is visible.
+Events and AT-SPI use different connections: a test that reads directly after a key or a click may still find the old
+state. Therefore every function that sends input waits until the effect is visible.
 """
 import contextlib
 import glob
@@ -17,13 +17,13 @@ import warnings
 
 import pyatspi
 
-# pyatspi itself calls obsolete functions of its library.
+# pyatspi calls obsolete functions of its own library.
 warnings.filterwarnings('ignore', message='Atspi[.]', category=DeprecationWarning)
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SHARE = os.path.join(ROOT, 'share')
 
-# The columns of the package table, in the order of the program; "_" takes the numbers above the last column.
+# The columns of the package table, in the order of the program; "_" takes the unused numbers.
 ACTION, STATE, KIND, NAME, VERSION, REPOSITORY, ARCHITECTURE, SIZE, BUILD_TIME, *_ = range(100)
 
 
@@ -32,11 +32,12 @@ class NotThere(AssertionError):
 
 
 class Ended(NotThere):
-    """The program ended during a wait."""
+    """The program ended while a test waited for a state."""
 
 
 def wait_for(condition, what, seconds=60):
-    """Return the first true value of the condition. An accessibility error counts as a false value."""
+    """Wait until the condition has a true value, and return this value. An accessibility error counts as a false value.
+    """
     end = time.monotonic() + seconds
     problem = ''
     while True:
@@ -57,7 +58,7 @@ def wait_for(condition, what, seconds=60):
 
 def walk(accessible):
     yield accessible
-    # Each cell of a table would be a child. Other functions read the cells.
+    # Skip the cells of a table, which would be its children. Other functions read the cells.
     if accessible.getRole() in (pyatspi.ROLE_TABLE, pyatspi.ROLE_TREE_TABLE):
         return
     for i in range(accessible.childCount):
@@ -82,18 +83,18 @@ def text_of(accessible):
     try:
         return accessible.queryText().getText(0, -1)
     except NotImplementedError:
-        # The cached data can be older than the window's current text.
+        # pyatspi's cached text can be older than the text in the window.
         accessible.clear_cache()
         return accessible.queryText().getText(0, -1)
 
 
 def plain(name):
-    """The text without the "&" of its mnemonic."""
+    """The name without the "&" that marks its mnemonic."""
     return re.sub('&(.)', r'\1', name)
 
 
 def rectangle(accessible):
-    """Left, top, width and height on the screen."""
+    """Left, top, width and height in pixels of the screen."""
     extents = accessible.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
     return extents.x, extents.y, extents.width, extents.height
 
@@ -110,7 +111,7 @@ def pixels(x, y, width, height):
 
 
 class Icon:
-    """An icon of the share directory, which tests look for on the screen."""
+    """An icon of the share directory. Tests look for it on the screen."""
 
     known = {}
 
@@ -129,8 +130,8 @@ class Icon:
                        for i in range(self.width * self.height) if content[4 * i + 3] > 250]
 
     def difference(self, picture, width, height, enough):
-        """The smallest difference per pixel between the icon and any place in the picture. If no place has a smaller
-        difference than enough, the result is enough.
+        """Compare the icon with each place in the picture, and return the smallest difference per pixel. If no
+        difference is below `enough`, return `enough`.
         """
         best = enough
         for top in range(height - self.height + 1):
@@ -163,19 +164,18 @@ def click(accessible, button=1):
 
 
 def click_at(x, y, button=1):
-    # The pointer first moves to a neighbouring place. If the pointer did not move at all, xdotool would wait for 15 s.
+    # The pointer first moves to a neighbouring place. Without a movement, `mousemove --sync` would wait for 15 s.
     xdotool('mousemove', x + 1, y, 'mousemove', '--sync', x, y, 'click', button)
 
 
 def key(*names):
-    # With some keyboard descriptions, xdotool also presses Alt if it gets the name of a function key. So it gets the
-    # key's code.
+    # With some keyboard layouts, xdotool also presses Alt if it gets a function key by name. So it gets the key code.
     codes = [re.sub(r'\bF([1-9]|10)$', lambda found: str(66 + int(found.group(1))), name) for name in names]
     xdotool('key', '--clearmodifiers', *codes)
 
 
 def kill_display():
-    """Kill the X server of this display. This ends every connection to it."""
+    """Kill the X server of this display, and so end all its connections."""
     os.kill(int(os.environ['X_SERVER_PID']), signal.SIGKILL)
 
 
@@ -190,12 +190,12 @@ def type_text(text):
 
 
 class Program:
-    """A run of the built program in a separate session. Two files in the scratch directory store its output."""
+    """A run of the built program in a session of its own. Two files in the scratch directory store its output."""
 
     def __init__(self, binary, scratch, arguments=(), environment=None, unset=()):
         self.stdout_path = os.path.join(scratch, 'stdout')
         self.stderr_path = os.path.join(scratch, 'stderr')
-        # The tests find texts in English, so the language of the user who runs them must not matter.
+        # The tests look for English texts, whatever language the user who runs them has set.
         variables = dict(os.environ, VYRESHARE=SHARE, LANGUAGE='en')
         variables.update(environment or {})
         for name in unset:
@@ -209,8 +209,8 @@ class Program:
             return err.read()
 
     def complaints(self):
-        """The program's standard error without one known message. Qt prints this message if the window manager removes
-        a closed dialog's frame while Qt looks for the window under the pointer.
+        """The program's standard error without empty lines and one known message. Qt prints this message if it looks
+        for the window under the pointer while the window manager removes the frame of a closed dialog.
         """
         harmless = re.compile(
             r'vyre: QXcbConnection: XCB error: 3 \(BadWindow\), .*\(TranslateCoords\), minor code: 0$')
@@ -237,16 +237,16 @@ class Program:
         return self.process.poll() is None
 
     def wait(self, seconds=60):
-        """Wait for the end of the program; return its exit status."""
+        """Wait until the program ends; return its exit status."""
         return self.process.wait(seconds)
 
     def left_over(self):
-        """The numbers of the other processes in the session of the program."""
+        """The process numbers of the program's descendants that still run in its session."""
         found = []
         for path in glob.glob('/proc/[0-9]*/stat'):
             try:
                 with open(path) as stat:
-                    # The command name, in parentheses, may contain any characters.
+                    # The command name is in parentheses, and may contain spaces and parentheses.
                     fields = stat.read().rpartition(')')[2].split()
             except OSError:
                 continue
@@ -256,11 +256,11 @@ class Program:
         return found
 
     def application(self):
-        """The accessible application of the program, or None."""
+        """The program's accessible application; None if the bus does not list it."""
         desktop = pyatspi.Registry.getDesktop(0)
         application = self._application_of(desktop)
         if application is None:
-            # If the test has missed an event, the cached list may lack the application.
+            # If pyatspi has missed an event, its cached list may lack the application.
             desktop.clear_cache()
             application = self._application_of(desktop)
         return application
@@ -268,14 +268,14 @@ class Program:
     def _application_of(self, desktop):
         for i in range(desktop.childCount):
             application = desktop.getChildAtIndex(i)
-            # An application that has just ended raises an error.
+            # If the application has just ended, any access to it raises an error.
             with contextlib.suppress(Exception):
                 if application is not None and application.get_process_id() == self.process.pid:
                     return application
         return None
 
     def accessibility(self):
-        """The applications that the accessibility bus and the X server know. A failed test prints this text."""
+        """Text for a failed test: the applications that the accessibility bus and the X server know."""
         desktop = pyatspi.Registry.getDesktop(0)
         lines = ['applications on the desktop: {}'.format(desktop.childCount)]
         for i in range(desktop.childCount):
@@ -319,7 +319,7 @@ class Program:
                  'the end of window ' + repr(title), seconds)
 
     def popups(self):
-        """The numbers of all windows on the screen; AT-SPI does not report context menus."""
+        """The numbers of all the program's windows on the screen. Unlike AT-SPI, this includes context menus."""
         found = subprocess.run(['xdotool', 'search', '--onlyvisible', '--pid', str(self.process.pid)],
                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.split()
         return frozenset(found)
@@ -328,7 +328,7 @@ class Program:
         return MainWindow(self.window(main_title(), seconds).accessible, self)
 
     def ready(self, seconds=120):
-        """The main window. The function waits until its controls can be used."""
+        """Wait until the controls of the main window can be used; return the main window."""
         main = self.main(seconds)
         main.wait_ready(seconds)
         return main
@@ -359,14 +359,12 @@ class Window:
         wait_for(unmoved, 'the place of ' + self.title)
 
     def wait_input(self):
-        """Wait until a question takes input. At first, its buttons are disabled and it ignores keys."""
+        """Wait until a question takes input: at first, its buttons are disabled and it ignores keys."""
         wait_for(lambda: any(enabled(button) for button in self.find_all(pyatspi.ROLE_PUSH_BUTTON)),
                  'input for ' + self.title)
 
     def find(self, role, name=None, seconds=60):
-        """The first visible widget with this role and, if given, this name. The name is without the "&" of the
-        mnemonic.
-        """
+        """The first visible widget with this role and, if given, this name. name: without the "&" of the mnemonic."""
         def look():
             for accessible in walk(self.accessible):
                 if accessible.getRole() == role and shown(accessible) and \
@@ -393,7 +391,9 @@ class Window:
         click(button)
 
     def press(self, name):
-        """Wait until the window has the focus, and then press a key. Otherwise another window could receive the key."""
+        """Wait until the window has the focus, and then press a key: without the focus, another window could receive
+        the key.
+        """
         self.wait_settled()
         key(name)
 
@@ -405,13 +405,13 @@ class Window:
         return '\n'.join(self.labels())
 
     def listing(self):
-        """The text that lists a transaction, without the texts above and below it."""
+        """The text of the listing, without the texts above and below it."""
         return next(label for label in self.labels() if 'Transaction to be performed:' in label)
 
 
 class MainWindow(Window):
 
-    # The pictures of known cells, and the actions that they show.
+    # Maps the pictures of Action cells that were already recognised to their actions.
     actions_seen = {}
 
     def __init__(self, accessible, program):
@@ -424,7 +424,7 @@ class MainWindow(Window):
         return enabled(self.button('Refresh'))
 
     def wait_ready(self, seconds=120):
-        # In some steps, a busy window does not answer at all.
+        # While the program works, the window sometimes does not answer at all, which wait_for() accepts.
         wait_for(self.is_ready, 'a usable main window', seconds)
 
     def table(self):
@@ -470,17 +470,17 @@ class MainWindow(Window):
         return self.table().queryTable().getAccessibleAt(row, column)
 
     def visible_cell(self, name, column, arch=None):
-        """The cell of a package, after the whole cell is on the screen."""
+        """Wait until a cell of a package is completely visible on the screen; return the cell."""
         def look():
             cell = self.cell(self.row_of(name, arch), column)
             _, y, width, height = rectangle(cell)
             _, top, _, all_height = rectangle(self.table())
-            # The cell is below the header, and above a horizontal scroll bar.
+            # The cell must be below the header, and above the horizontal scroll bar if the table has one.
             return cell if width > 0 and top + height // 2 < y < top + all_height - 2 * height else None
         return wait_for(look, 'the row of {} on the screen'.format(name))
 
     def action(self, name, arch=None):
-        """The action whose icon the row shows: "none", "install", "update" or "remove"."""
+        """The action that the row's icon shows: "none", "install", "update" or "remove"."""
         x, y, width, height = rectangle(self.visible_cell(name, ACTION, arch))
         picture = pixels(x, y, width, height)
         if picture not in self.actions_seen:
@@ -499,14 +499,14 @@ class MainWindow(Window):
         wait_for(look, 'the action {} of {}'.format(action, name), 20)
 
     def warning(self):
-        """The warning about unlisted actions; empty if the warning is hidden."""
+        """The warning about marked packages that are not listed; empty if the warning is hidden."""
         return ''.join(text for text in self.labels() if text == 'Unlisted Actions')
 
     def edit(self):
         return self.find(pyatspi.ROLE_TEXT)
 
     def combo(self, number):
-        """One of the two boxes of the filter row: 0 is the mode, 1 is the state."""
+        """One of the two boxes in the filter row. number: 0 for the mode, 1 for the state."""
         def boxes():
             return self.find_all(pyatspi.ROLE_COMBO_BOX)
         return wait_for(lambda: len(boxes()) == 2 and boxes(), 'the boxes')[number]
@@ -517,7 +517,7 @@ class MainWindow(Window):
     # Acting
 
     def barrier(self):
-        """Wait until the program has handled all earlier input. Needs the focus in the expression edit."""
+        """Wait until the program has handled all earlier input. The expression edit must have the focus."""
         edit = self.edit()
 
         def caret_at(position):
@@ -545,16 +545,15 @@ class MainWindow(Window):
             self.barrier()
 
     def choose(self, box, item):
-        """Choose an item of one of the two boxes of the filter row: 0 is the mode, 1 is the state."""
+        """Choose an item of one of the two boxes in the filter row. box: 0 for the mode, 1 for the state."""
         combo = self.combo(box)
         if combo.name == item:
             return
         for last in (False, False, True):
-            # The program ignores a click at the beginning of an operation.
+            # While an operation begins, the program ignores a click.
             self.wait_ready()
             click(combo)
-            # This function uses the keyboard, because the opened list covers the box, and the pointer is over the
-            # list's current item.
+            # Use the keyboard: the opened list covers the box, and a click would choose the item under the pointer.
             key('Home')
             for _ in range(8):
                 if selected_item(combo) == item:
@@ -583,15 +582,15 @@ class MainWindow(Window):
             self.set_checked('Include Groups', True)
 
     def mark(self, name, arch=None, clicks=1):
-        """Click on the Action cell of a package. clicks: the number of clicks."""
+        """Click the Action cell of a package. clicks: the number of clicks."""
         for _ in range(clicks):
             before = self.action(name, arch)
             click(self.visible_cell(name, ACTION, arch))
             wait_for(lambda: self.action(name, arch) != before, 'another action of ' + name, 20)
 
     def mark_listed(self, name, arch=None, clicks=1):
-        """List only this package or group, and click on its Action cell."""
-        # A group has no texts in the other columns.
+        """Filter the table so that it lists only this package or group, and click its Action cell."""
+        # The other columns of a group are empty.
         self.set_filter('^' + name + '( |$)')
         wait_for(lambda: set(self.names()) == {name}, name + ' alone')
         self.mark(name, arch, clicks)
@@ -614,7 +613,7 @@ class MainWindow(Window):
             wait_for(is_selected, 'the selection of ' + name)
 
     def select_first(self):
-        """Select only the first row, and give the table the focus."""
+        """Select only the first row, and move the focus to the table."""
         x, y, _, height = rectangle(self.cell(0, NAME))
         click_at(x + 20, y + height // 2)
         self.wait_selected(1)
@@ -626,19 +625,19 @@ class MainWindow(Window):
         wait_for(look, 'the selection of {} rows'.format(count))
 
     def action_menu(self, name):
-        """Open the menu of the Action cell of a package."""
+        """Open the context menu of a package's Action cell."""
         before = self.program.popups()
         click(self.visible_cell(name, ACTION), button=3)
         wait_for(lambda: self.program.popups() > before, 'the menu of ' + name)
 
     def press_in_menu(self, name):
-        """Press a key that closes the open menu."""
+        """Press a key in the open menu, and wait until the menu is closed."""
         before = self.program.popups()
         key(name)
         wait_for(lambda: self.program.popups() < before, 'the end of the menu')
 
     def apply(self):
-        """Press Apply, wait until the dialog with the listing takes input, and return the dialog."""
+        """Press Apply, wait until the dialog with the listing takes input, and return this dialog."""
         self.click_button('Apply Actions')
         dialog = self.program.window('Apply')
         dialog.wait_input()
@@ -650,7 +649,7 @@ class MainWindow(Window):
         self.program.no_window('Apply')
 
     def quit(self):
-        """Quit the program by the key of the menu entry; return the exit status."""
+        """Quit the program with the key of its menu entry; return the exit status."""
         self.press('ctrl+q')
         return self.program.wait()
 

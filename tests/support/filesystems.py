@@ -16,8 +16,8 @@ def rootIsMountPoint():
 
 
 def isolate():
-    """From now on, only this process and its children see the mounts that they make. The mounts end with these
-    processes.
+    """Give this process and its children a mount name space of their own. Nobody else sees their mounts, and the mounts
+    end with these processes.
     """
     if not rootIsMountPoint():
         raise unittest.SkipTest('"/" is no mount point here, as in a bare chroot: what is mounted is seen outside')
@@ -42,10 +42,10 @@ def mount_small(path, kilobytes):
 
 
 def resize(path, kilobytes):
-    """Set the size of a file system from mount_small() to its used space plus this number of kilobytes."""
+    """Resize a file system of mount_small() to its used space plus this number of kilobytes."""
     found = os.statvfs(path)
     used = (found.f_blocks - found.f_bfree) * found.f_frsize // 1024
-    # A size of zero would mean no limit.
+    # The size 0 would mean "no limit".
     subprocess.run(['mount', '-o', 'remount,size={}k'.format(max(used + kilobytes, 4)), path], check=True)
 
 

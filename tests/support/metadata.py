@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Damages the metadata of repositories and keeps their checksums correct."""
+"""Damages the metadata of repositories, and corrects the checksums so that dnf still accepts the files."""
 import gzip
 import hashlib
 import os
@@ -8,9 +8,10 @@ import subprocess
 
 
 def alter(repository, kind, change, packed=False):
-    """Replace a document in a repository's directory. The given function computes the new bytes from the old bytes.
+    """Replace a document in a repository's metadata. change: the function that computes the new bytes from the old
+    bytes.
 
-    packed: the function gets the compressed bytes. The kind "group" means the compressed group list; older versions of
+    packed: change() gets the compressed bytes. kind: "group" means the compressed group list; older versions of
     createrepo_c also make an uncompressed list.
     """
     index = os.path.join(repository, 'repodata', 'repomd.xml')
@@ -40,7 +41,7 @@ def alter(repository, kind, change, packed=False):
 
 
 def add_modules(repository, content, directory):
-    """Add a document about modules to a repository. directory: the place of a temporary file."""
+    """Add a document about modules to a repository. directory: a directory for a temporary file."""
     path = os.path.join(directory, 'modules.yaml')
     with open(path, 'w') as stream:
         stream.write(content)
@@ -53,5 +54,5 @@ def half(content):
 
 
 def page(content):
-    """A document that a captive portal or a badly configured server sends in place of the requested document."""
+    """The page that a captive portal or a badly configured server sends instead of the requested document."""
     return b'<html><body><p>Please log in</p></body></html>'

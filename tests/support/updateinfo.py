@@ -7,8 +7,10 @@ from xml.sax.saxutils import escape, quoteattr
 
 
 def advisory(id, kind, packages, severity=None, cves=(), bugs=(), date='2024-02-20', title=None, description=''):
-    """packages: texts "NAME VERSION-RELEASE.ARCH", with or without "EPOCH:" before the version; bugs: pairs of number
-    and title.
+    """The XML text of an advisory.
+
+    packages: strings "NAME VERSION-RELEASE.ARCH", with or without "EPOCH:" before the version. bugs: pairs of a number
+    and a title.
     """
     references = ''.join('<reference href="https://larkspur.example/{0}" id="{0}" type="cve"/>'.format(cve)
                          for cve in cves)
@@ -30,7 +32,7 @@ def advisory(id, kind, packages, severity=None, cves=(), bugs=(), date='2024-02-
 
 
 def add(sandbox, repository, advisories):
-    """Make these the advisories of a repository."""
+    """Set the advisories of a repository."""
     with tempfile.TemporaryDirectory() as work:
         path = os.path.join(work, 'updateinfo.xml')
         with open(path, 'w') as stream:

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""An HTTP server of repositories that requires a name and a password in the query of each URL.
+"""An HTTP server with repositories that requires a name and a password in the query of each URL.
 
 .../vantor?NAMEKEY=NAME&PASSWORDKEY=PASSWORD&path=PATH names the file PATH below the served directory. The two keys can
-have any names. Programs put the names of files either after PATH or before the "?"; the server accepts both.
+have any names. Programs append the name of a file either to PATH or before the "?"; the server accepts both.
 """
 import os
 import threading
@@ -12,8 +12,8 @@ from http.server import BaseHTTPRequestHandler, ThreadingHTTPServer
 
 class VantorServer(ThreadingHTTPServer):
     """directory  the served directory
-    users      name -> password
-    requests   the requests: (host, path, name, password, status), oldest first
+    users      maps each user name to its password
+    requests   the requests so far: (host, path, name, password, status), oldest first
     """
 
     daemon_threads = True
@@ -32,11 +32,11 @@ class VantorServer(ThreadingHTTPServer):
         self.server_close()
 
     def url(self, path, name='', password='', host='127.0.0.1'):
-        """The URL of a path. name and password: in the form that a URL contains."""
+        """The URL of a path. name and password: already encoded for a URL."""
         return 'http://{}:{}/vantor?user={}&secret={}&path={}'.format(host, self.server_port, name, password, path)
 
     def answers(self, path):
-        """The host, the name, the password and the status of every request below this path."""
+        """The host, name, password and status of every request below this path, oldest first."""
         return [(host, name, password, status) for host, found, name, password, status in list(self.requests)
                 if found.startswith(path + '/')]
 
