@@ -4,8 +4,8 @@
 
 usage: AccessibilityTest.py VYRE SCRIPT [options of unittest...]
 
-VYRE is the built program. SCRIPT replaces its script, and needs no package manager. The caller provides a display with
-an accessibility bus.
+VYRE is the built program. SCRIPT is a stand-in for the program's script, and needs no package manager. The caller
+provides a display with an accessibility bus.
 """
 import json
 import os
@@ -63,7 +63,7 @@ class AccessibilityTest(unittest.TestCase):
         self.assertEqual(unnamed, [])
 
     def field(self, window, name):
-        """The role of the control with this name."""
+        """The role of the control with this accessible name."""
         return {accessible.name: accessible.getRole() for accessible in self.controls(window)}.get(name)
 
     def test_controls_of_the_main_window_have_names_and_roles(self):
@@ -108,7 +108,7 @@ class AccessibilityTest(unittest.TestCase):
         driver.key('Down', 'Home', 'space')
         wait_for(lambda: table.getAccessibleAt(0, 0).name != 'Yes' or table.getAccessibleAt(1, 0).name != 'No',
                  'the ticked box')
-        # The buttons that need a repository are enabled only while a repository is current.
+        # While no repository is current, the buttons for a repository are disabled.
         driver.key('Tab', 'Tab', 'space')
         form = self.program.window('VYRE Repository Configuration')
         form.wait_settled()

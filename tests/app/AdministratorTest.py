@@ -4,8 +4,8 @@
 
 usage: AdministratorTest.py CMAKE BUILD [options of unittest...]
 
-The tests run in separate name spaces. The system in these name spaces has the installed program, two more users, and
-its own message bus and polkit. Processes outside the name spaces see none of these changes.
+The tests run in name spaces of their own, so other processes see none of the changes. In these name spaces, the program
+is installed, the system has two more users, and a separate message bus and polkit run.
 """
 import getopt
 import importlib.machinery
@@ -59,7 +59,8 @@ class AdministratorTest(unittest.TestCase):
                 os.remove(path)
 
     def start(self, *arguments, password=PASSWORD, unset=(), command=(ADMIN,), uid=UID, **environment):
-        """Start vyre-admin as the user does on a desktop. If password is None, no agent runs."""
+        """Start vyre-admin as the user does on a desktop. If password is None, the session has no authentication agent.
+        """
         variables = {'DISPLAY': self.display.name, 'HOME': self.system.home, 'USER': NAME, 'LOGNAME': NAME,
                      'LANG': 'C.UTF-8', 'PATH': '/usr/local/bin:/usr/bin:/bin', 'SHELL': '/bin/sh',
                      'XDG_RUNTIME_DIR': self.system.runtime}
@@ -67,7 +68,7 @@ class AdministratorTest(unittest.TestCase):
         for name in unset:
             del variables[name]
         self.out, self.err = tempfile.TemporaryFile('w+'), tempfile.TemporaryFile('w+')
-        # The process waits until its agent is registered.
+        # The process runs the command only after it has read a line, so that the test can register an agent first.
         self.process = subprocess.Popen(
             ['/bin/sh', '-c', 'read go; umask 0; exec "$0" "$@"'] + list(command) + list(arguments), env=variables,
             stdin=subprocess.PIPE, stdout=self.out, stderr=self.err, cwd='/', start_new_session=True,
@@ -78,13 +79,13 @@ class AdministratorTest(unittest.TestCase):
         self.process.stdin.close()
 
     def ended(self):
-        """The exit status and the text on standard error."""
+        """The exit status and the text on standard error of the process that start() started."""
         status = self.process.wait(60)
         self.err.seek(0)
         return status, self.err.read()
 
     def vyre(self):
-        """The process of VYRE, after its main window has opened."""
+        """Wait until the main window of VYRE has opened; return the number of VYRE's process."""
         def look():
             if self.process.poll() is not None:
                 raise AssertionError('ended with {}'.format(self.ended()))
@@ -93,7 +94,7 @@ class AdministratorTest(unittest.TestCase):
         return int(self.display.do('getwindowpid', window))
 
     def quit(self):
-        """Press the key that ends VYRE until it has an effect."""
+        """Press the key for Quit until VYRE ends, because VYRE ignores the key while it works."""
         for _ in range(200):
             window = self.display.windows('^VYRE - ')
             if window:
@@ -114,7 +115,7 @@ class AdministratorTest(unittest.TestCase):
             return dict(entry.split('=', 1) for entry in stream.read().split('\0') if entry)
 
     def dismiss_message(self):
-        """Close the message that users without a terminal get."""
+        """Close the message box that vyre-admin shows if standard error is not a terminal."""
         window = wait_for(lambda: self.display.windows('^VYRE$'), 'the message')[0]
         self.display.do('windowkill', window)
 
@@ -123,7 +124,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.display.windows('^VYRE - '), [])
 
     def end(self):
-        """Return the result of ended(), and allow the start of another process."""
+        """Return the result of ended(), and let the test start another process."""
         try:
             return self.ended()
         finally:
@@ -135,7 +136,7 @@ class AdministratorTest(unittest.TestCase):
             self.process = None
 
     def record_the_start_of_vyre(self):
-        """Replace VYRE by a stand-in for this test."""
+        """For this test, replace VYRE by a stand-in that records its start."""
         os.rename('/usr/bin/vyre', '/usr/bin/vyre.real')
         self.addCleanup(os.rename, '/usr/bin/vyre.real', '/usr/bin/vyre')
         write('/usr/bin/vyre', RECORDER.format(path=self.system.recorded))
@@ -153,7 +154,7 @@ class AdministratorTest(unittest.TestCase):
         hurtful = os.path.join(self.system.home, 'hurtful')
         arguments = ['--regexp=$(touch {0}); `touch {0}` "\'*'.format(hurtful), '--state', 'all; touch ' + hurtful,
                      '--disablerepo=a b\nc']
-        # An argument that contains a blank is not a known state.
+        # This argument contains a blank, so it is not a known state.
         self.start(*arguments, XAUTHORITY=cookies)
         self.dismiss_message()
         self.assertIn('vyre: unrecogized argument to -s/--state option: all; touch ' + hurtful + '\n', self.ended()[1])
@@ -184,10 +185,10 @@ class AdministratorTest(unittest.TestCase):
         directory = os.stat('/run/vyre')
         self.assertEqual((stat.S_IMODE(directory.st_mode), directory.st_uid), (0o700, 0))
         self.assertFalse(os.path.exists(hurtful))
-        # Because of the cookie, root needs no further permission.
+        # Root gets the cookie, so vyre-admin does not add root to the permissions of the display.
         self.assertEqual(self.display.let_in(), [])
 
-        # The user's browser runs as the user, and finds the display.
+        # The browser runs as the user, not as root, and finds the display.
         run('/usr/share/vyre/webbrowser', 'https://vyre.example/', env=environment)
         with open(wait_for(lambda: os.path.exists(self.system.opened) and self.system.opened, 'the browser')) as stream:
             opened = json.load(stream)
@@ -207,7 +208,7 @@ class AdministratorTest(unittest.TestCase):
 
     def test_root_has_the_permission_only_while_vyre_runs_if_the_cookie_is_missing(self):
         self.permit_user_without_cookie()
-        # The cookie of another display is useless.
+        # This cookie belongs to another display, so it is useless.
         run('xauth', '-q', '-f', self.system.home + '/.Xauthority', 'add', ':987', '.', COOKIE)
         os.chown(self.system.home + '/.Xauthority', UID, UID)
         self.start()
@@ -241,9 +242,9 @@ class AdministratorTest(unittest.TestCase):
         vyre = self.vyre()
         self.assertEqual(self.status(vyre, 'Uid'), '0\t0\t0\t0')
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina', 'SI:localuser:root'])
-        # This compositor has no keyboard.
+        # This compositor has no keyboard, so the test ends VYRE with a signal.
         os.kill(vyre, signal.SIGTERM)
-        # If VYRE is reading the metadata, it reports the interruption.
+        # The text on standard error is not compared: VYRE may report that it stopped reading the metadata.
         self.assertEqual(self.ended()[0], 128 + signal.SIGTERM)
         self.assertEqual(self.display.let_in(), ['SI:localuser:mina'])
 
@@ -253,7 +254,7 @@ class AdministratorTest(unittest.TestCase):
         self.assertEqual(self.end(), (0, ''))
         given = self.system.record()
         self.assertEqual(given['status']['Uid'], '0\t0\t0\t0')
-        # The stand-in's own interpreter ignores two signals.
+        # The stand-in is a Python program, and Python itself ignores these two signals.
         ignored = sum(1 << (number - 1) for number in (signal.SIGPIPE, signal.SIGXFSZ))
         for field, expected in (('SigBlk', 0), ('SigPnd', 0), ('ShdPnd', 0), ('SigIgn', ignored)):
             with self.subTest(field):
@@ -290,7 +291,7 @@ class AdministratorTest(unittest.TestCase):
                 self.assertEqual((done.returncode, done.stderr),
                                  (1, 'vyre-admin: the limit on {} cannot be reset\n'.format(name)))
                 self.assertIsNone(self.system.record())
-        # If no limit must be reset, vyre-admin refuses nothing.
+        # If no limit needs a reset, vyre-admin starts VYRE even without the right to raise limits.
         run('setpriv', '--bounding-set=-sys_resource', ADMIN, env={'PKEXEC_UID': str(UID)})
         self.assertIsNotNone(self.system.record())
 
@@ -335,7 +336,9 @@ class AdministratorTest(unittest.TestCase):
                     self.assertEqual(self.system.record()['arguments'], expected)
 
     def test_arguments_are_parsed_as_in_vyre(self):
-        """Random arguments are refused, or VYRE gets arguments of the same meaning that Qt does not interpret."""
+        """Tests with random arguments: vyre-admin either refuses them, or gives VYRE arguments of the same meaning that
+        Qt cannot misread.
+        """
         admin = importlib.machinery.SourceFileLoader('admin', ADMIN).load_module()
         letters = {'-h': '--help', '-H': '--help', '-m': '--mode', '-e': '--regexp', '-s': '--state', '-g': '--groups',
                    '-r': '--repo-editor', '-l': '--log'}
@@ -388,7 +391,7 @@ class AdministratorTest(unittest.TestCase):
                 (['-testability'], '-testability'), (['-session', 'x'], '-session'), (['-display', ':1'], '-display'),
                 (['-qmljsdebugger=port:1,file:/x'], '-qmljsdebugger=port:1,file:/x'), (['-reverse'], '-reverse'),
                 (['-geometry', '1x1'], '-geometry'),
-                # These words are in places where vyre expects the argument of an option.
+                # At these places, vyre would expect the argument of the option before.
                 (['-e', '-platformpluginpath', '--log'], '-platformpluginpath'),
                 (['--regexp', '--platform', '-gl'], '--platform'),
                 (['--disablerepo', '-stylesheet=/etc/shadow'], '-stylesheet=/etc/shadow'),
@@ -402,7 +405,7 @@ class AdministratorTest(unittest.TestCase):
                 self.start(*words, password=None)
                 self.dismiss_message()
                 self.assertEqual(self.end(), (1, message))
-                # A user can also start the second run directly.
+                # vyre-admin starts itself again as root. A user can also start this second run directly.
                 self.start(*words, command=PKEXEC + (ADMIN,), password=None, uid=TRUSTED_UID,
                            XAUTHORITY=self.trusted_cookies())
                 self.assertEqual(self.end(), (1, message))
@@ -420,7 +423,7 @@ class AdministratorTest(unittest.TestCase):
         directory = self.system.plug_ins
         client = self.display.client['env']
 
-        # Libraries that VYRE would load.
+        # First show that each of these settings makes VYRE load a library.
         def load(*words, **environment):
             run('/usr/bin/vyre', *words, '--help', check=False,
                 env=dict(client, VYRESHARE='/usr/share/vyre', **environment))
@@ -445,7 +448,7 @@ class AdministratorTest(unittest.TestCase):
         code = 'import os\nif os.geteuid() == 0:\n    open({!r}, "w").close()\n'
         for name in ('sitecustomize.py', 'usercustomize.py', 'struct.py', 'python/YumIO.py'):
             write(os.path.join(hurtful, name), code.format(os.path.join(hurtful, os.path.basename(name)) + '.0'))
-        # The user starts the first run, and may load any library in this run.
+        # Without pkexec, vyre-admin runs as the user, who may load any library into this process.
         cookies = self.trusted_cookies()
         for command in ((ADMIN, '-style=marking'), PKEXEC + (ADMIN, '-style', 'marking')):
             with self.subTest(command):
@@ -461,7 +464,7 @@ class AdministratorTest(unittest.TestCase):
                 os.kill(self.vyre(), signal.SIGTERM)
                 status, errors = self.end()
                 self.assertEqual(status, 128 + signal.SIGTERM)
-                # The system has no style of that name.
+                # The user's style was not found, because root's Qt looks only in the system's directories.
                 self.assertIn("invalid style override 'marking'", errors)
                 self.assertEqual(self.system.marks(), [])
 
@@ -487,8 +490,8 @@ class AdministratorTest(unittest.TestCase):
         self.assertTrue(errors.endswith(NOT_LET), errors)
 
     def test_a_dismissed_question_shows_no_message(self):
-        # This is the exit status of the real pkexec after the user presses Cancel in a desktop's agent. The terminal
-        # agent has no such button.
+        # The real pkexec has this exit status if the user presses Cancel in the agent of a desktop. The agent for
+        # terminals has no such button.
         stand_in = os.path.join(self.system.scratch, 'dismissing')
         write(stand_in + '/pkexec', '#!/bin/sh\necho "pkexec: dismissed" >&2\nexit 126\n')
         os.chmod(stand_in + '/pkexec', 0o755)

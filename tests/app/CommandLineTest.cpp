@@ -46,7 +46,7 @@ struct Ended
     QString err;
 };
 
-// Runs the built program with these options, and waits until it ends by itself.
+// Runs the built program with these options, and waits until it ends without a request.
 Ended run(const QStringList& arguments, const QString& program = QStringLiteral(VYRE))
 {
     QProcess process;
@@ -75,7 +75,7 @@ private:
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<ShownWindow> shown;
 
-    // Applies the options to a new window.
+    // Applies the options to a new main window.
     void apply(const QList<QByteArray>& options)
     {
         shown = std::make_unique<ShownWindow>();
@@ -86,11 +86,12 @@ private:
             arguments.push_back(text.data());
         }
         arguments.push_back(nullptr);
-        optind = 0; // getopt_long() starts again from the beginning
+        optind = 0; // makes getopt_long() start again from the first argument
         // No code keeps pointers to the arguments.
         CommandLine::apply(static_cast<int>(arguments.size()) - 1, arguments.data(), *shown->window);
     }
-    // The calls about repositories during a collection, for example "enableRepo base".
+    // The script's calls that enable or disable a repository during a collection, for example "enableRepo
+    // base".
     QStringList repositories(const QList<QByteArray>& options)
     {
         apply(options);
@@ -224,7 +225,7 @@ private Q_SLOTS:
         QCOMPARE(shown->groupsBox->isChecked(), groups);
     }
 
-    // A process can start only one window, so these tests need two functions.
+    // A process can start only one main window, so each option needs a test function of its own.
     void logIsOpenedByTheShortOption() { checkLogIsOpened("-l"); }
     void logIsOpenedByTheLongOption() { checkLogIsOpened("--log"); }
 

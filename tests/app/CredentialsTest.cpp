@@ -17,7 +17,7 @@ using Credentials::Text;
 
 namespace {
 
-// The text with a star for each password character, and with a bar where a password is empty.
+// Replaces each character of a password by a star, and marks the place of an empty password with a bar.
 QString starred(const QString& text, Text kind)
 {
     QString result = text;
@@ -31,7 +31,8 @@ QString starred(const QString& text, Text kind)
     return result;
 }
 
-// The scanner's rules as regular expressions. The test tries each expression at every position in the text.
+// The same rules as in the scanner, but as regular expressions. The test applies each expression at every
+// position of a text.
 QVector<QRegularExpression> expressions(Text kind)
 {
     const auto make = [](const char* pattern) {
@@ -62,7 +63,7 @@ QVector<bool> secretBy(const QRegularExpression& expression, const QString& text
     return secret;
 }
 
-// The text with a star for each secret character. Line feeds and the indentation after them are unchanged.
+// Replaces each character of a secret by a star. Line feeds, and the indentation after them, are kept.
 QString lettersOf(const QString& text, const QVector<bool>& secret)
 {
     QString result = text;
@@ -78,7 +79,7 @@ QString lettersOf(const QString& text, const QVector<bool>& secret)
     return result;
 }
 
-// Processor time of this thread in nanoseconds, independent of the load of the machine.
+// The processor time of this thread in nanoseconds, which does not depend on the load of the machine.
 qint64 processorTime()
 {
     timespec time{};
@@ -284,7 +285,7 @@ void CredentialsTest::everyPasswordIsHiddenByThreeDots()
              QString::fromUtf8("a http://me:●●●@h/ b\n\nc ftp://me:●●●@h/?password=●●●&z\n"));
     const QString without = QStringLiteral("http://me:@h/vantor?u=&p=&path= password: x");
     QCOMPARE(Credentials::hidden(without), without);
-    // Lines are searched separately.
+    // A match never continues in the next line.
     const QString lines = QStringLiteral("/vantor?u=&\np=x\n&path=");
     QCOMPARE(Credentials::hidden(lines), lines);
 }
@@ -320,8 +321,8 @@ void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText_data()
     }
 }
 
-// The second text is eight times as long. With linear time, the search takes eight times as long; with
-// quadratic time, 64 times.
+// The second text is eight times as long as the first. If the time is linear, it grows by the factor 8; if
+// quadratic, by 64.
 void CredentialsTest::theSearchTimeIsLinearInTheLengthOfTheText()
 {
     QFETCH(QString, piece);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Runs each test function of a class in its own process. A process can have only one interpreter, which
-// starts with its first main window.
+// Runs each test function of a class in a process of its own. The embedded interpreter starts with the first
+// main window of a process, and cannot start again.
 
 #ifndef TESTS_APP_EACHALONE_H
 #define TESTS_APP_EACHALONE_H
@@ -25,12 +25,12 @@ inline bool isTest(const QMetaMethod& method)
            name != "initTestCase" && name != "cleanupTestCase";
 }
 
-// Returns the number of failed functions. If Qt Test's own arguments are given, the functions run in this
-// process.
+// Returns the number of failed functions. If the command line has arguments for Qt Test, the functions run in
+// this process instead.
 template <typename Test> int run(int argc, char** argv)
 {
     if (argc > 1) {
-        // The settings that the program saves must not affect other tests.
+        // The settings that VYRE saves must not affect other tests.
         const QTemporaryDir settings;
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
         QApplication app(argc, argv);

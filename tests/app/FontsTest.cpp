@@ -10,7 +10,7 @@
 
 namespace {
 
-// Replaces the names of the well-known fixed-pitch families, as a translation may do.
+// A translator that replaces the names of the well-known fixed-pitch families, as a catalogue may do.
 class FamilyTranslator : public QTranslator
 {
 public:
@@ -34,7 +34,7 @@ private:
     QStringList families;
 };
 
-// The names of known font families for which Qt finds a font of exactly this family.
+// Of all known font families, those that Qt does not replace by another family.
 QStringList resolvingFamilies()
 {
     QStringList resolving;

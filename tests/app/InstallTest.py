@@ -1,7 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of the files that "cmake --install" installs. The share directory must be in the place that ShareTest names.
-The files for desktops, polkit and man must be valid and in the places where these programs look for them.
+"""Tests of the files that "cmake --install" installs.
+
+The share directory must be in the place that ShareTest names. The files for desktops, polkit and man must be valid, and
+in the places where these programs look for them.
 
 usage: InstallTest.py CMAKE BUILD
 """
@@ -55,12 +57,12 @@ class InstallTest(unittest.TestCase):
             return stream.read()
 
     def files(self, top):
-        """The paths of all files below that directory, relative to it."""
+        """The paths of all files below this directory, relative to the directory."""
         return {os.path.relpath(os.path.join(directory, name), self.place(top))
                 for directory, _, names in os.walk(self.place(top)) for name in names}
 
     def check_silent(self, *command):
-        """Check that the validator prints nothing."""
+        """Run a validator, and check that it prints nothing."""
         done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                               universal_newlines=True, env=dict(os.environ, LC_ALL='C.UTF-8', MANROFFSEQ=''))
         self.assertEqual((done.stdout, done.returncode), ('', 0))
@@ -78,7 +80,7 @@ class InstallTest(unittest.TestCase):
             if 'svg' in relative.split('/') or '__pycache__' in relative:
                 continue
             expected |= {os.path.normpath(os.path.join(relative, name)) for name in names}
-        # The build makes a .qm file from each .ts file.
+        # The build turns each .ts file into a .qm file.
         expected |= {'translations/' + re.sub(r'ts$', 'qm', name)
                      for name in os.listdir(os.path.join(SOURCE, 'translations')) if name.endswith('.ts')}
         installed = self.files(SHARE)
@@ -138,8 +140,8 @@ class InstallTest(unittest.TestCase):
         done = subprocess.run(['appstreamcli', 'validate', '--no-net', '--no-color', self.place(METAINFO)],
                               stdout=subprocess.PIPE, universal_newlines=True)
         self.assertEqual(done.returncode, 0, done.stdout)
-        # The validator also prints hints: it does not know the domain of the identifier, and some versions expect the
-        # developer's name in an element that other versions do not know.
+        # The validator also prints hints that do not matter: it does not know the domain of the identifier, and some
+        # versions expect the developer's name in an element that other versions do not know.
         found = re.findall('^[EWI]: [^ \n]+ ([^ \n]+)', done.stdout, re.MULTILINE)
         self.assertIn('cid-maybe-not-rdns', found, done.stdout)
         self.assertLessEqual(set(found), {'cid-maybe-not-rdns', 'developer-name-tag-deprecated',

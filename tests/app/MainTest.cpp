@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Tests of the program from its start to its end. The script answers without a package manager.
+// Tests of the program from its start to its end. A stand-in script replaces the package manager.
 
 #include <QtTest>
 #include <QtWidgets>
@@ -18,13 +18,13 @@ class MainTest : public QObject
 private:
     std::unique_ptr<StandIn> standIn;
     std::unique_ptr<QTemporaryDir> temporary;
-    qint64 processId = 0; // the running program
+    qint64 processId = 0; // the process of the program that startAndQuit() runs
 
     QString runtimeName() const { return QStringLiteral("xdg_runtime.%1").arg(geteuid()); }
 
-    // Starts the program without a runtime directory, and waits until it has collected the packages. Then it
-    // calls meanwhile() and quits the program as a user does. If tmpdir is null, TMPDIR is not set. The shell
-    // applies the redirections. Returns -1 if a step fails.
+    // Starts the program without XDG_RUNTIME_DIR, and waits until it has collected the packages. Then calls
+    // meanwhile(), and quits the program as a user does. If tmpdir is null, TMPDIR is not set. redirections:
+    // shell redirections for the program. Returns -1 if a step fails.
     int startAndQuit(const QByteArray& tmpdir, const QStringList& arguments,
                      const std::function<void()>& meanwhile, const QString& redirections = QString())
     {
@@ -47,10 +47,11 @@ private:
             return -1;
         }
         meanwhile();
-        // While the program works, it ignores the key. So the test presses the key until it has an effect.
+        // While the program works, it ignores the key. Therefore the test presses the key until the program
+        // ends.
         for (int i = 0; i < 100 && process.state() == QProcess::Running; ++i) {
-            // Two commands are necessary: if a single command loses its window half way, it leaves keys
-            // pressed.
+            // With one command for both steps, xdotool would leave keys pressed if the window closed between
+            // them.
             if (QProcess::execute("xdotool", {"search", "--onlyvisible", "--name", "^VYRE - ",
                                               "windowactivate", "--sync"}) == 0) {
                 QProcess::execute("xdotool", {"key", "ctrl+q"});
@@ -195,7 +196,7 @@ private Q_SLOTS:
 
     void messagesOfAStartThatSucceedsAreNotLost()
     {
-        // This session manager does not exist.
+        // No session manager exists at this address.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("SESSION_MANAGER", "local/nowhere:/tmp/no-session-manager");
         QProcess process;
@@ -214,7 +215,7 @@ private Q_SLOTS:
         QCOMPARE(startAndQuit(
                      QFile::encodeName(temporary->path()), {},
                      [&] {
-                         // The window manager decides when the window appears.
+                         // The window manager decides when the window appears, so look for it repeatedly.
                          for (int i = 0; i < 100 && !properties.contains("VYRE - "); ++i) {
                              QTest::qWait(100);
                              QProcess tool;

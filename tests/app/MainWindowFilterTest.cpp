@@ -176,7 +176,7 @@ void MainWindowFilterTest::extraDataAreNotReadAgainAfterACollection()
 
 void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
 {
-    // While the user edits the repositories at the start, no package is collected yet.
+    // The editor is open at startup, so no package has been collected yet.
     shown->window->setRepoEditorAtStart();
     standIn->forgetCalls();
     const auto loads = [this] {
@@ -207,7 +207,7 @@ void MainWindowFilterTest::extraDataAreLoadedOnceForTheFirstExpression()
 
 void MainWindowFilterTest::nothingIsFilteredWhileExtraDataAreLoaded()
 {
-    // When VYRE opens the repository editor at startup, the extra data are not loaded yet.
+    // The editor is open at startup, so the extra data have not been loaded yet.
     shown->window->setRepoEditorAtStart();
     QList<bool> filtering;
     const Once edited(
@@ -243,7 +243,7 @@ void MainWindowFilterTest::exactPathOfAFileIsFound()
     QCOMPARE(shown->sorted(), (QStringList{"first", "last", "longer"}));
     shown->filter("/usr/bin/a$");
     QCOMPARE(shown->sorted(), QStringList{"last"});
-    shown->filter("/usr/bin/a([[:space:]]|$)"); // the expression of the hint and of the manual
+    shown->filter("/usr/bin/a([[:space:]]|$)"); // the manual and the hint recommend it
     QCOMPARE(shown->sorted(), (QStringList{"first", "last"}));
 }
 
@@ -253,7 +253,7 @@ void MainWindowFilterTest::aSearchForALineEndWithoutMatchesShowsAHint()
     const auto hinted = [this] { return shown->view->accessibleDescription().contains("([[:space:]]|$)"); };
     shown->filter("/usr/bin/missing$");
     QCOMPARE(shown->listed(), QStringList());
-    QVERIFY(!hinted()); // in Filter mode, "$" is the end of the row
+    QVERIFY(!hinted()); // Filter mode needs no hint: "$" matches the end of a row
     shown->choose(shown->modeBox, Search);
     QCOMPARE(shown->listed(), QStringList());
     QVERIFY2(hinted(), qPrintable(shown->view->accessibleDescription()));
@@ -279,7 +279,7 @@ void MainWindowFilterTest::filtersAreAlsoAppliedInSearchMode()
     shown->start();
     shown->choose(shown->modeBox, Search);
     shown->filter("i|l");
-    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"})); // both come from a file called "updates"
+    QCOMPARE(shown->sorted(), (QStringList{"many", "tool"})); // their file lists contain "updates"
     shown->choose(shown->stateBox, ViewInstallable);
     QCOMPARE(usable(), usableWhenReady);
     QCOMPARE(shown->sorted(), (QStringList{"editor", "lib", "lib"}));
@@ -295,7 +295,7 @@ void MainWindowFilterTest::filtersAreAlsoAppliedInSearchMode()
 void MainWindowFilterTest::aWorkerReadsTextsOnlyForASearchExpression()
 {
     shown->start();
-    // Whether a worker has read the texts of all records with this state.
+    // Whether a worker has read the search texts of all records with this state.
     const auto haveTexts = [this](Package::State state) {
         bool all = true;
         for (int row = 0; row < shown->model->rowCount(); ++row) {
@@ -326,7 +326,7 @@ void MainWindowFilterTest::textsAreReadBeforeNewRecordsAreSearched()
     shown->filter("needle");
     const QStringList found = shown->sorted();
     QVERIFY(!found.isEmpty());
-    // A worker must read all texts. A text that the graphical thread reads is not stored in the record.
+    // The worker must read all texts, because a record does not keep texts that the graphical thread reads.
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->sorted(), found);
@@ -417,7 +417,7 @@ void MainWindowFilterTest::markingManyRowsSortsTheTableOnce()
     shown->view->setFocus();
     shown->key(Qt::Key_A, Qt::ControlModifier);
     QSignalSpy layout(shown->proxy, SIGNAL(layoutChanged()));
-    // With many rows, a separate sort for each of them would need minutes.
+    // If each row caused a separate sort, these rows would need minutes.
     shown->press("Set &Install/Update of Selected");
     QCOMPARE(shown->marks().count(), 50);
     QCOMPARE(layout.count(), 1);
@@ -463,7 +463,7 @@ void MainWindowFilterTest::everyFilterShowsTheWarningOfHiddenActions()
                   [this, clickBox] { clickBox(shown->dupsBox); }));
     QVERIFY(warns([this, clickBox] { clickBox(shown->groupsBox); },
                   [this, clickBox] { clickBox(shown->groupsBox); }));
-    // No single field of a package contains both its name and its architecture.
+    // The name and the architecture of a package are in different fields, which a search never joins.
     QVERIFY(warns([this] { shown->choose(shown->modeBox, Search); },
                   [this] { shown->choose(shown->modeBox, Filter); }));
 }

@@ -13,20 +13,20 @@
 
 using namespace PackageTable;
 
-// Tests of long operations: the controls that are usable during an operation, and the table after it.
+// Tests of long operations: the controls that are enabled during an operation, and the table after it.
 class MainWindowOperationsTest : public StandInWindow
 {
     Q_OBJECT
 
 private:
     void compareReadAgain(Mode mode, const QString& expression, const QStringList& before);
-    // Shows the window although the script cannot read the packages.
+    // Shows the window on a system whose packages the script cannot read.
     void startWithoutPackages();
-    // Applies an update, and calls the function while the system is changed.
+    // Applies an update, and calls meanwhile() while the script changes the system.
     void whileTheSystemIsChanged(const std::function<void()>& meanwhile);
     void compareClean(const QString& entry, const char* method);
-    // Opens the history, presses this button there, and gives the answer in the dialogs that follow. If the
-    // history opens again, it is closed. Returns the titles of all these windows.
+    // Opens the history, presses this button in it, and gives the answer in each dialog that follows. If the
+    // history opens again, closes it. Returns the titles of all these windows.
     QStringList replay(const QString& command, const QString& answer);
 
 private Q_SLOTS:
@@ -153,7 +153,7 @@ void MainWindowOperationsTest::anOperationEndsAlsoWhileTheAboutWindowIsOpen()
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->listed(), (QStringList{"many", "tool"}));
     QVERIFY(aboutBox() != nullptr);
-    // The table is usable while the About window is open.
+    // While the About window is open, the table is enabled.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
     QTest::keyClick(aboutBox(), Qt::Key_Escape);
@@ -169,7 +169,7 @@ void MainWindowOperationsTest::compareReadAgain(Mode mode, const QString& expres
     shown->filter(expression);
     QCOMPARE(shown->sorted(), before);
     using S = StandIn;
-    // Other packages replace the listed packages.
+    // The next collection finds other packages than the listed ones.
     standIn->setPackages({}, {S::package("shell"), S::package("games")},
                          {S::package("zoo"), S::package("tooth", {{"summary", "needle"}}), S::package("one"),
                           S::package("two"), S::package("three"), S::package("four")});
@@ -203,7 +203,7 @@ void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpressio
     shown->start();
     QVERIFY(shown->view->hasFocus());
     shown->choose(shown->modeBox, Search);
-    QVERIFY(shown->modeBox->hasFocus()); // a search does not move the focus
+    QVERIFY(shown->modeBox->hasFocus()); // a change of the mode starts a search, but does not move the focus
     shown->filter("needle");
     QVERIFY(shown->regexpEdit->hasFocus());
     standIn->forgetCalls();
@@ -219,7 +219,7 @@ void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpressio
     QTRY_VERIFY(shown->isReady());
     QVERIFY(shown->view->hasFocus());
     QVERIFY(!shown->button("&Describe")->isEnabled());
-    // If no marks are left after an apply, the button is disabled.
+    // After the apply, no marks are left, so the button that had the focus is disabled.
     shown->filter(".*");
     shown->click("tool", ActionColumn);
     {
@@ -228,7 +228,7 @@ void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpressio
         QTRY_VERIFY(shown->isReady());
     }
     QVERIFY(!shown->button("&Apply Actions")->isEnabled());
-    QTRY_VERIFY(shown->view->hasFocus()); // once the window is active again
+    QTRY_VERIFY(shown->view->hasFocus()); // the window gets the focus back after the dialog
     shown->filter(".*");
     shown->click(shown->listed().first(), ActionColumn);
     shown->button("&Apply Actions")->setFocus();
@@ -238,7 +238,7 @@ void MainWindowOperationsTest::anOperationLeavesTheFocusOnTheTableOrTheExpressio
         QTRY_COMPARE(answers.seen.size(), 1);
         QTRY_VERIFY(shown->isReady());
     }
-    QTRY_VERIFY(shown->view->hasFocus()); // once the window is active again
+    QTRY_VERIFY(shown->view->hasFocus()); // the window gets the focus back after the dialog
 }
 
 void MainWindowOperationsTest::refreshCollectsThePackagesAgain()
@@ -301,7 +301,7 @@ void MainWindowOperationsTest::lockingAVersionReadsThePackagesAgainAndKeepsOther
     shown->click("many", ActionColumn);
     QCOMPARE(shown->marks(), (QStringList{"many update", "tool update"}));
     standIn->forgetCalls();
-    // The real package manager also offers no update of a locked package.
+    // Like the real package manager, the script no longer offers the update of the locked package.
     const QJsonObject old{{"version", "1"}, {"repoid", "@System"}};
     standIn->setVersionLocks({{"tool", "tool-0:1-1.*"}});
     standIn->setPackages({StandIn::package("many", {{"version", "2"}})},
@@ -324,7 +324,7 @@ void MainWindowOperationsTest::lockingAVersionReadsThePackagesAgainAndKeepsOther
     QCOMPARE(standIn->calls("setupRepos"), 1);
     QCOMPARE(standIn->calls("reset"), 0);
 
-    // The same row is still the current row.
+    // The row that was current before is still current.
     shown->choose(shown->stateBox, ViewAll);
     choose("tool");
     QTRY_COMPARE(standIn->calls("setupRepos"), 2);
@@ -334,7 +334,7 @@ void MainWindowOperationsTest::lockingAVersionReadsThePackagesAgainAndKeepsOther
              QVariant("tool"));
     QCOMPARE(shown->marks(), QStringList{"many update"});
 
-    // A failure keeps the marks too.
+    // If locking fails, the marks are kept too.
     standIn->setFailing(true);
     standIn->setVersionLocks({});
     shown->press("Re&fresh");
@@ -444,7 +444,7 @@ void MainWindowOperationsTest::theNextCollectionUsesTheCredentialsThatTheUserTyp
     shown->start();
     shown->choose(shown->stateBox, ViewAll);
     shown->click("tool", ActionColumn);
-    // A new version of a package may contain such a file.
+    // The applied package brings a new repository file without credentials.
     standIn->setRepos("[base]\nname=Base\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     standIn->forgetCalls();
     QTimer timer;
@@ -466,7 +466,7 @@ void MainWindowOperationsTest::theNextCollectionUsesTheCredentialsThatTheUserTyp
     shown->press("&Apply Actions");
     QTRY_VERIFY(asked);
     QTRY_VERIFY(shown->isReady());
-    // The script reads the file again before it collects.
+    // Between the apply and the collection, the script reads the new repository file.
     const QStringList calls = standIn->calls();
     const QByteArray context = calls.join(';').toUtf8();
     QVERIFY2(calls.indexOf("apply") >= 0 && calls.indexOf("apply") < calls.indexOf("reset"), context);
@@ -537,7 +537,7 @@ void MainWindowOperationsTest::possibleMarksAreKeptIfAnotherProgramHasChangedThe
     shown->click("tool", ActionColumn);
     shown->click("editor", ActionColumn);
     shown->click("shell", ActionColumn);
-    // Before the failure, another program installs the editor and removes the shell.
+    // Before the apply fails, another program installs the editor and removes the shell.
     const QJsonObject next{{"version", "2"}};
     standIn->setPackages({StandIn::package("tool", next)},
                          {StandIn::package("tool"), StandIn::package("editor")}, {StandIn::package("shell")});
@@ -557,7 +557,7 @@ void MainWindowOperationsTest::credentialsAreAskedForIfATransactionAddsAReposito
 {
     shown->start();
     shown->click("tool", ActionColumn);
-    // This simulates a package that contains a repository file.
+    // The applied package brings a new repository file.
     standIn->setRepos("[base]\nbaseurl=http://h/vantor?u=&p=&path=/x\n");
     const Answers answers("OK");
     shown->press("&Apply Actions");

@@ -18,7 +18,7 @@
 
 using namespace PackageTable;
 
-// Tests of descriptions, the log, the manual, the About window, and the end of the program.
+// Tests of the windows for descriptions, the log, the manual and the program itself, and tests of quitting.
 class MainWindowOtherWindowsTest : public StandInWindow
 {
     Q_OBJECT
@@ -26,9 +26,9 @@ class MainWindowOtherWindowsTest : public StandInWindow
 private:
     void compareManuals();
     QString noticeText() const;
-    // Updates "tool"; the stand-in reports this outcome.
+    // Updates "tool"; the script reports this outcome.
     void applyWithOutcome(const QJsonObject& outcome);
-    // The text of the line next to the menus; empty while the line is hidden.
+    // The text of the outcome line next to the menus; empty while the line is hidden.
     QString outcomeText() const;
 
 private Q_SLOTS:
@@ -116,7 +116,7 @@ void MainWindowOtherWindowsTest::compareManuals()
 void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
 {
     shown->start();
-    const QTemporaryDir documentation; // without the manual
+    const QTemporaryDir documentation; // a directory without the manual
     Manuals::directory = documentation.path();
     for (const char* name : {"webbrowser", "mimeviewer"}) {
         QFile program(Share::absolute(name));
@@ -132,16 +132,16 @@ void MainWindowOtherWindowsTest::aMissingManualCausesANoticeAndNoMessageBox()
         QCOMPARE(noticeText(),
                  "The manual is not installed: there is no file " + documentation.path() + manual.second);
         QVERIFY(QApplication::activeModalWidget() == nullptr);
-        // The second text is longer, and is not cut off.
+        // The message about the second manual is longer, and must not be cut off.
         const auto* notice = shown->window->findChild<Notice*>();
         QTRY_VERIFY(notice->width() >= notice->sizeHint().width());
     }
-    QTest::qWait(200); // this time would be enough to start a program
+    QTest::qWait(200); // in this time, a wrongly started program would create its file
     QVERIFY(!QFile::exists(Share::absolute("webbrowser.called")));
     QVERIFY(!QFile::exists(Share::absolute("mimeviewer.called")));
 }
 
-// The text to the right of the menus.
+// The text of the notice next to the menus; empty while the notice is hidden.
 QString MainWindowOtherWindowsTest::noticeText() const
 {
     const auto* label = shown->window->findChild<Notice*>();
@@ -168,7 +168,7 @@ void MainWindowOtherWindowsTest::errorsThatAreOnlyInTheLogCauseANotice()
 void MainWindowOtherWindowsTest::errorsDuringATransactionCauseASeparateNotice()
 {
     shown->start();
-    standIn->setComplaining(true); // each time the packages are read
+    standIn->setComplaining(true); // whenever the packages are read
     const auto applyAndRead = [this] {
         shown->click("tool", ActionColumn);
         const Answers answers("OK");
@@ -208,10 +208,10 @@ void MainWindowOtherWindowsTest::theOutcomeIsShownUntilTheNextOperation()
     const QJsonObject outcome{{"updated", 1}, {"restartNeeded", true}};
     const auto apply = [&] {
         applyWithOutcome(outcome);
-        QCOMPARE(outcomeText(), text); // after the collection that belongs to the transaction
+        QCOMPARE(outcomeText(), text); // still shown after the collection that follows
     };
     apply();
-    // A filter and a search are no operations, so the outcome is still shown.
+    // A filter or a search is not an operation, so the window still shows the outcome.
     shown->filter("too");
     shown->choose(shown->modeBox, PackageTable::Search);
     shown->filter(".*");
@@ -234,7 +234,7 @@ void MainWindowOtherWindowsTest::theOutcomeIsShownUntilTheNextOperation()
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(outcomeText(), QString());
     apply();
-    // A refused transaction removes the line of the previous one.
+    // If the user refuses the next transaction, the window no longer shows the previous outcome.
     shown->click("tool", PackageTable::ActionColumn);
     const Answers answers("Cancel");
     shown->press("&Apply Actions");
@@ -253,7 +253,7 @@ void MainWindowOtherWindowsTest::theOutcomeOpensTheLogAtItsTransaction()
     standIn->setBreaking(true);
     applyWithOutcome({{"failed", 1}, {"failedScriptlets", QJsonArray{"tool"}}});
     QCOMPARE(outcomeText(), QString("1 failed; the scriptlet of tool failed"));
-    // The line says more than this notice.
+    // The outcome line already reports the failure, so no notice is shown.
     QCOMPARE(noticeText(), QString());
     shown->window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(shown->window));
@@ -265,7 +265,7 @@ void MainWindowOtherWindowsTest::theOutcomeOpensTheLogAtItsTransaction()
     for (QTextBlock block = cursor.block().next(); block.isValid(); block = block.next()) {
         after << block.text();
     }
-    QVERIFY(!after.contains("Applying")); // it is the last one
+    QVERIFY(!after.contains("Applying")); // the log opened at the newest transaction
     QVERIFY(after.contains("Applying: OK"));
 }
 
@@ -321,7 +321,7 @@ void MainWindowOtherWindowsTest::shortcutOpensTheLog()
     QVERIFY(logIsVisible());
     QVERIFY(QTest::qWaitForWindowActive(logWindow()));
     QVERIFY(logWindow()->findChild<QTextEdit*>()->toPlainText().contains("Initialization"));
-    // The shortcut opens the same window again.
+    // Its shortcut opens the window a second time.
     const Log::Window* first = logWindow();
     const QSize size = first->size() - QSize(20, 30);
     logWindow()->resize(size);
@@ -368,7 +368,7 @@ void MainWindowOtherWindowsTest::advisoriesAreReadAgainAfterACollection()
         withDialog<AdvisoryDialog>(
             [this] { shown->key(Qt::Key_D, Qt::ControlModifier); },
             [&text](AdvisoryDialog& dialog) { text = dialog.findChild<QTextEdit*>()->toPlainText(); });
-        // The main window needs its focus back for the next key.
+        // The next key must reach the main window, so wait until this window has the focus again.
         const bool active = QTest::qWaitFor([this] { return QApplication::activeWindow() == shown->window; });
         return active ? text.section('\n', 0, 0) : QString();
     };
@@ -444,7 +444,7 @@ void MainWindowOtherWindowsTest::menuQuits()
 
 void MainWindowOtherWindowsTest::closingQuits()
 {
-    // The window manager requests the end.
+    // The key of the window manager closes the window.
     compareQuit([] { QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0); });
 }
 

@@ -12,7 +12,7 @@
 
 using namespace PackageTable;
 
-// Tests of the start of the main window, and of its saved settings.
+// Tests of the main window when the program starts, and of its saved settings.
 class MainWindowStartTest : public StandInWindow
 {
     Q_OBJECT
@@ -57,7 +57,7 @@ void MainWindowStartTest::aHiddenWindowStartsNoWork()
     QCOMPARE(busyCursor(), QString("busy"));
     QCOMPARE(shown->listed(), QStringList());
     QCOMPARE(standIn->calls(), QStringList());
-    // A hidden window starts no work.
+    // The constructor has not queued any work either.
     QTest::qWait(100);
     QCOMPARE(standIn->calls(), QStringList());
     QVERIFY(!shown->window->isVisible());
@@ -79,7 +79,7 @@ void MainWindowStartTest::windowIsShownBeforeTheSlowWork()
                                           .convertToFormat(QImage::Format_RGB32);
                         }));
     QCOMPARE(seen, (QStringList{"visible", "exposed", "no table", "busy"} + usableWhileBusy));
-    // The window is painted: it has more than one colour.
+    // The menu bar is painted: it has several colours.
     QSet<QRgb> colours;
     for (int x = 0; x < picture.width(); ++x) {
         colours.insert(picture.pixel(x, shown->window->menuBar()->height() / 2));
@@ -116,7 +116,7 @@ void MainWindowStartTest::columnsFitTheirContentsAfterTheStart()
     const QString longName = QString("name").repeated(15);
     standIn->setPackages({}, {}, {StandIn::package(longName)});
     shown->start();
-    // The columns fit rows that are not listed too.
+    // The columns are also wide enough for rows that are not listed.
     QCOMPARE(shown->listed(), QStringList());
     QVERIFY(shown->view->columnWidth(NameColumn) >= shown->view->fontMetrics().horizontalAdvance(longName));
 }
@@ -162,7 +162,7 @@ void MainWindowStartTest::compareAfterTheEditor(Mode mode, const char* expressio
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->sorted(), listed);
-    // The user can then filter with another expression.
+    // Afterwards, the user can filter with another expression.
     shown->filter("too");
     QCOMPARE(shown->listed(), QStringList{"tool"});
 }
@@ -189,7 +189,7 @@ void MainWindowStartTest::logIsShownBeforeTheBackEndStarts()
 {
     standIn->setRefusing(true);
     shown->window->setLogAtStart();
-    // The failure is shown while the back end starts.
+    // The message about the failure opens while the back end is still starting.
     QStringList seen;
     const Once once([] { return qobject_cast<QDialog*>(QApplication::activeModalWidget()) != nullptr; },
                     [&seen] {
@@ -235,8 +235,8 @@ void MainWindowStartTest::enteredCredentialsAreUsedAtOnce()
     QFile file(standIn->root() + "/etc/yum.repos.d/standin.repo");
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("[base]\nbaseurl=http://h/vantor?u=me&p=me&path=/x\n"));
-    // The script read the repository file before the credentials were written to it, so it must read the file
-    // again.
+    // The script read the repository file before VYRE wrote the credentials to the file, so the script must
+    // read it again.
     const QStringList calls = standIn->calls();
     QVERIFY2(calls.contains("reset") && calls.indexOf("reset") < calls.indexOf("setupRepos"),
              qPrintable(calls.join(';')));
@@ -276,7 +276,7 @@ void MainWindowStartTest::anEmptyTableShowsTheReason()
     shown->choose(shown->stateBox, ViewUpdatable);
     QCOMPARE(told(), QString("No package matches."));
 
-    // The text is drawn only if no rows are listed.
+    // The text is painted only while no rows are listed.
     const auto colours = [this] {
         const QImage picture = shown->view->viewport()->grab().toImage();
         QSet<QRgb> found;
@@ -299,7 +299,7 @@ void MainWindowStartTest::aFailedCollectionDoesNotReportThatUpdatesAreMissing()
 {
     standIn->setUnreadable(true);
     const Answers answers("OK");
-    // The message may get the focus before the main window.
+    // This test does not wait for the focus of the main window, because the message may get the focus first.
     shown->window->show();
     QTRY_VERIFY_WITH_TIMEOUT(shown->isReady(), 20000);
     QCOMPARE(shown->view->accessibleDescription(),
@@ -353,7 +353,7 @@ void MainWindowStartTest::savedSizeAndColumnsAreRestored()
     QCOMPARE(shown->view->columnWidth(ArchitectureColumn),
              qMax(shown->view->sizeHintForColumn(ArchitectureColumn),
                   shown->view->horizontalHeader()->sectionSizeHint(ArchitectureColumn)));
-    // Fitting the columns to their contents discards the widths set by hand.
+    // "Resize" fits the columns to their contents, and discards the widths that the user has set.
     shown->press("Re&size");
     QVERIFY(shown->view->columnWidth(NameColumn) != 234);
     QCOMPARE(shown->view->layoutByHand().widths.at(NameColumn), 0);
@@ -363,7 +363,7 @@ void MainWindowStartTest::invalidSavedSettingsChangeNothing()
 {
     QSettings* kept = settings(this);
     kept->setValue("MainWindow/size", "wide");
-    // The list has one value for each column, because lists of another length are ignored.
+    // Each list has one value per column, because the program ignores lists of another length.
     QVariantList widths{-5, 1 << 30, "x"};
     QVariantList nowhere{0, 0, 99, -1, "x"};
     QList<int> usualPlaces;

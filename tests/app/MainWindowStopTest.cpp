@@ -13,18 +13,18 @@
 
 using namespace PackageTable;
 
-// Tests of stopped operations, and of repositories that the user leaves out.
+// Tests of stopped operations, and of failing repositories that the user excludes from the session.
 class MainWindowStopTest : public StandInWindow
 {
     Q_OBJECT
 
 private:
     StopButton* button() const { return shown->window->findChild<StopButton*>(); }
-    // The text to the right of the menus.
+    // The text of the notice next to the menus; empty while the notice is hidden.
     QString notice() const;
     QString log() const;
     void compareStop(const std::function<void()>& stop);
-    // The repositories that are not used in this session, as the editor shows them.
+    // The repositories whose "session" box in the editor is clear.
     QStringList switchedOff() const;
 
 private Q_SLOTS:
@@ -80,7 +80,7 @@ void MainWindowStopTest::compareStop(const std::function<void()>& stop)
     QCOMPARE(lines.count("Stopped."), 1);
     QVERIFY2(!lines.contains("interrupted"), qPrintable(lines));
     QVERIFY(!button()->isEnabled());
-    // The next reading uses the network again and forgets the marks, as usual.
+    // The next refresh uses the network again, and discards the marks as usual.
     shown->press("Re&fresh");
     QTRY_VERIFY(shown->isReady());
     QCOMPARE(shown->marks(), QStringList());
@@ -122,7 +122,7 @@ void MainWindowStopTest::aClosingRequestStopsTheOperation()
                     [this, &closed] { closed = shown->window->close(); });
     QCOMPARE(runToTheEnd([this] { shown->press("Re&fresh"); }), 0);
     QVERIFY(once.isDone());
-    QVERIFY(!closed); // the window closes when the operation has returned
+    QVERIFY(!closed); // the program first waits for the end of the operation, and then closes the window
     QVERIFY(!shown->window->isVisible());
     QCOMPARE(standIn->calls("setupCachedRepos"), 0);
 }
@@ -160,7 +160,7 @@ void MainWindowStopTest::closingDuringAnUndoDoesNotShowTheHistoryAgain()
     QCOMPARE(runToTheEnd([this] { shown->key(Qt::Key_H, Qt::ControlModifier); }), 0);
     QVERIFY(once.isDone());
     QVERIFY(!shown->window->isVisible());
-    QTest::qWait(100); // a history that is shown again would use the ended back end now
+    QTest::qWait(100); // if the history opened again, it would now use the back end, which has ended
     QCOMPARE(histories, 1);
 }
 
@@ -169,7 +169,7 @@ void MainWindowStopTest::theButtonIsDisabledIfNoOperationRuns()
     shown->start();
     QVERIFY(!button()->isEnabled());
     QVERIFY(button()->toolTip().contains("No operation is running now."));
-    // Keys that press the button have no effect.
+    // The keys of the disabled button have no effect.
     standIn->forgetCalls();
     shown->key(Qt::Key_Escape);
     QTest::qWait(20);

@@ -10,7 +10,7 @@
 
 using namespace PackageTable;
 
-// Tests of the parts of the main window.
+// Tests of the menus, texts and layout of the main window.
 class MainWindowWidgetsTest : public StandInWindow
 {
     Q_OBJECT
@@ -146,7 +146,7 @@ void MainWindowWidgetsTest::partsAreInTheExpectedOrder()
     for (int i = 1; i < column.count(); ++i) {
         QVERIFY(place(column.at(i)).y() >= place(column.at(i - 1)).y() + column.at(i - 1)->height());
     }
-    // The table and the stretch get the remaining space.
+    // The table gets the remaining height, and the gap after the first button gets the remaining width.
     QVERIFY(shown->view->height() > shown->window->height() / 2);
     QVERIFY(place(buttonRow.at(1)).x() - place(buttonRow.at(0)).x() - buttonRow.at(0)->width() >
             place(buttonRow.at(2)).x() - place(buttonRow.at(1)).x() - buttonRow.at(1)->width());

@@ -34,7 +34,7 @@ private Q_SLOTS:
         QCOMPARE(ManagedRoot::namedDirectory(root.path() + "/srv"), root.path() + "/srv");
         QCOMPARE(ManagedRoot::namedDirectory(root.path() + "2"), root.path() + root.path() + "2");
         QCOMPARE(ManagedRoot::namedDirectory("cache"), QStringLiteral("cache"));
-        // A directory that is only read may be outside the root.
+        // A directory that VYRE only reads may be outside the root, if it is missing below the root.
         QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), QStringLiteral("/etc"));
         QVERIFY(QDir(root.path()).mkdir("etc"));
         QCOMPARE(ManagedRoot::namedDirectoryOfFiles("/etc"), root.path() + "/etc");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// A Qt plug-in that records each user who loads it. It creates a file next to its own file for this purpose.
-// The name of this file ends with the number of the user.
+// A Qt plug-in that records which users load it. For each user, it creates a file next to its own file; the
+// name of the created file ends with the user's number.
 
 #include <QObject>
 #include <QtPlugin>

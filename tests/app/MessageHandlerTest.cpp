@@ -14,7 +14,7 @@
 
 namespace {
 
-// Replaces standard error by another descriptor for a scope.
+// Replaces standard error by another descriptor until the object is destroyed.
 class StandardError
 {
 public:
@@ -52,8 +52,8 @@ public:
     Pipe& operator=(const Pipe&) = delete;
 
     int writing() const { return ends[1]; }
-    // Fills the pipe. A thread that writes to the full pipe waits, as it may wait for the pipe that captures
-    // the output.
+    // Fills the pipe. Then every thread that writes to the pipe must wait, as it would if nobody read the
+    // captured output.
     void fill()
     {
         const QByteArray block(4096, 'x');
@@ -88,7 +88,7 @@ private:
         terminal->seek(0);
         return terminal->readAll();
     }
-    // Installs the handler as the start of the program does, with a file in place of the terminal.
+    // Installs the handler as the program does when it starts. A file replaces the terminal.
     void install()
     {
         const StandardError start(terminal->handle());
@@ -149,7 +149,7 @@ private Q_SLOTS:
         captured.fill();
         {
             const StandardError capture(captured.writing());
-            qWarning("still here"); // must not wait forever
+            qWarning("still here"); // must not block
         }
         QCOMPARE(written(), QByteArray("tester: still here\n"));
     }
@@ -162,7 +162,7 @@ private Q_SLOTS:
             const StandardError start(reader.writing());
             MessageHandler::install();
         }
-        qWarning("lost"); // must not wait forever
+        qWarning("lost"); // must not block
         QVERIFY(!reader.read().contains("lost"));
     }
 

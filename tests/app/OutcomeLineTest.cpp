@@ -39,7 +39,7 @@ private Q_SLOTS:
         QVERIFY(!label->autoFillBackground());
         line->showOutcome(outcome(2, {"limpgate"}), 4);
         QCOMPARE(label->wholeText(), QString("2 installed; the scriptlet of limpgate failed"));
-        QVERIFY(label->autoFillBackground()); // failures have their own colour
+        QVERIFY(label->autoFillBackground()); // a failure has another colour than a success
         line->clear();
         QVERIFY(!line->isVisible());
         line->showOutcome(outcome(1), 4);
@@ -60,7 +60,7 @@ private Q_SLOTS:
         QVERIFY(label->text().size() < label->wholeText().size());
         QVERIFY(label->toolTip().contains("failed"));
         QCOMPARE(label->accessibleName(), label->wholeText());
-        // The button keeps its whole text.
+        // The button is never shortened.
         const auto* button = line->findChild<QPushButton*>();
         QVERIFY(button->width() >= button->sizeHint().width());
     }
@@ -76,7 +76,7 @@ private Q_SLOTS:
         QApplication::setActiveWindow(&window);
         QVERIFY(QTest::qWaitForWindowActive(&window));
         QTest::keyClick(window.windowHandle(), Qt::Key_L, Qt::AltModifier);
-        QTRY_COMPARE(wanted.count(), 1); // the button is shown pressed for a moment
+        QTRY_COMPARE(wanted.count(), 1); // the button appears pressed before it emits its signal
         QCOMPARE(wanted.takeFirst().first().toInt(), 17);
         line->clear();
         QTest::keyClick(window.windowHandle(), Qt::Key_L, Qt::AltModifier);

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-2.0-or-later
-"""Tests of the rpm that tools/build-rpm makes from the build folder.
+"""Tests of the rpm package that tools/build-rpm makes from the build folder.
 
 usage: RpmTest.py CMAKE BUILD
 """
@@ -53,7 +53,7 @@ class RpmTest(unittest.TestCase):
     def test_the_package_contains_the_installed_files(self):
         installed = {'/' + os.path.relpath(os.path.join(directory, name), self.stage)
                      for directory, _, names in os.walk(self.stage) for name in names}
-        # rpm compresses manual pages, and links programs by the identifiers of their builds.
+        # rpmbuild compresses the manual pages, and adds a link for the build identifier of each program.
         packed = {line.split()[-1] for line in self.query('--queryformat', '[%{FILEMODES:perms} %{FILENAMES}\n]')
                   if line.startswith('-')}
         packed = {re.sub(r'(/man8/.*)\.gz$', r'\1', path) for path in packed if '/.build-id/' not in path}
@@ -64,7 +64,7 @@ class RpmTest(unittest.TestCase):
         self.assertEqual(owners, {'root:root'})
         for line in self.query('--queryformat', '[%{FILEMODES:octal} %{FILENAMES}\n]'):
             mode, path = line.split(' ', 1)
-            if not mode.startswith('12'):  # the mode of a link has no effect
+            if not mode.startswith('12'):  # rpm reports all permissions for a link, but they have no effect
                 self.assertEqual(int(mode, 8) & 0o6022, 0, line)
 
     def test_licence_and_documentation_are_marked(self):

@@ -31,7 +31,7 @@
 inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
 {
     for (QPushButton* button : widget->findChildren<QPushButton*>()) {
-        // Qt adds a shortcut to a standard button.
+        // If the button is a standard button, Qt has added a "&" to its text.
         if (button->text() == text || button->text() == QLatin1Char('&') + text) {
             return button;
         }
@@ -43,10 +43,10 @@ inline QPushButton* buttonIn(const QWidget* widget, const QString& text)
 class ShownWindow
 {
 public:
-    // Makes a window, but does not show it yet. As in the program, no code deletes the window.
+    // Makes a window, but does not show it yet. As in the program, nobody deletes the window.
     ShownWindow() : window(new MainWindow)
     {
-        // This list keeps the window reachable, so that leak checkers do not report it.
+        // Leak checkers do not report the window, because this list refers to it.
         static auto* const windows = new QList<MainWindow*>;
         windows->append(window);
         for (QComboBox* box : window->findChildren<QComboBox*>()) {
@@ -63,7 +63,7 @@ public:
         area = view->parentWidget();
     }
 
-    // Shows the window and waits until it is usable.
+    // Shows the window and waits until its controls can be used.
     void start()
     {
         window->show();
@@ -76,7 +76,7 @@ public:
     bool isReady() const { return area->isVisible() && area->isEnabled(); }
 
     QPushButton* button(const QString& text) const { return buttonIn(area, text); }
-    // The button whose text depends on the mode.
+    // The button that applies the expression; its text depends on the mode.
     QPushButton* filterButton() const
     {
         return button(modeBox->currentIndex() == PackageTable::Search ? "Search" : "Filter");
@@ -122,7 +122,7 @@ public:
     {
         QTest::keyClick(window->windowHandle(), key, modifiers);
     }
-    // Opens a menu by a click, and clicks an entry.
+    // Opens a menu by a click, and chooses an entry by another click.
     void choose(const QString& title, const QString& text) const
     {
         QMenu* opened = menu(title);
@@ -134,7 +134,7 @@ public:
         QTest::mouseMove(opened, place);
         QTest::mouseClick(opened, Qt::LeftButton, {}, place);
     }
-    // Selects an entry of a box with the keys.
+    // Selects an entry of a combo box with keys.
     void choose(QComboBox* box, int index) const
     {
         box->setFocus();
@@ -142,7 +142,7 @@ public:
             key(box->currentIndex() < index ? Qt::Key_Down : Qt::Key_Up);
         }
     }
-    // Types the expression without applying it.
+    // Types the expression, but does not apply it.
     void type(const QString& expression) const
     {
         click(regexpEdit);
@@ -156,7 +156,7 @@ public:
         key(Qt::Key_Return);
     }
 
-    // The listed names, in order.
+    // The names in the listed rows, in the order of the rows.
     QStringList listed() const
     {
         QStringList names;
@@ -171,7 +171,7 @@ public:
         names.sort();
         return names;
     }
-    // The marked records as "name action", in the order of their names.
+    // The marked records as "name action", sorted by name.
     QStringList marks() const
     {
         static const char* const actions[] = {"update", "install", "remove"};
@@ -199,8 +199,8 @@ public:
     HFrameLabel* label;
 };
 
-// Runs the program's event loop, and calls the action in this loop. The window may be visible before. Returns
-// the exit status of the program, or -1 if the action did not end the loop.
+// Runs the program's event loop, and calls the action as its first event. The window may already be visible.
+// Returns the exit status of the loop, or -1 if the loop has not ended after 20 seconds.
 inline int runToTheEnd(const std::function<void()>& action)
 {
     QTimer::singleShot(0, qApp, action);
@@ -208,8 +208,8 @@ inline int runToTheEnd(const std::function<void()>& action)
     return QApplication::exec();
 }
 
-// While this object exists, it waits for a condition. As soon as the condition is true, it calls the action
-// once, even if the program waits in an inner event loop.
+// As soon as the condition is true, calls the action once, even if the program then waits in an inner event
+// loop. The object must exist until then.
 class Once
 {
 public:
@@ -232,7 +232,8 @@ private:
     bool done = false;
 };
 
-// While this object exists, it presses a button of each dialog that opens, and records the dialog's texts.
+// Presses the named button of each dialog that opens, and records the texts of the dialogs, until the object
+// is destroyed.
 class Answers : public AnsweringUser
 {
 public:

@@ -108,7 +108,7 @@ void StandInWindow::compareQuit(const std::function<void()>& quit)
     shown->window->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(shown->window));
     standIn->forgetCalls();
-    // When the program ends, a paint event must find no records, because the records no longer exist.
+    // Quitting destroys the records. A paint event after that must find an empty model.
     QList<int> rows;
     connect(shown->model, &QAbstractItemModel::modelReset, this,
             [this, &rows] { rows << shown->model->rowCount(); });
@@ -118,7 +118,7 @@ void StandInWindow::compareQuit(const std::function<void()>& quit)
     QVERIFY(!logIsVisible());
     QCOMPARE(shown->model->rowCount(), 0);
     QCOMPARE(standIn->calls("apply"), 0);
-    // Late calls must have no effect.
+    // After the end, these calls must have no effect.
     shown->window->stateChanged(-1);
     shown->window->quit();
     QTest::qWait(50);

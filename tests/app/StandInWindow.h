@@ -26,9 +26,8 @@ protected:
 
     static QSettings* settings(QObject* owner);
 
-    // The packages of every test that does not set other packages. "tool" and "many" are out of date, and
-    // "shell" is installed. "editor" and "lib" are not installed; "lib" has two architectures. "Games" is a
-    // group.
+    // Sets the packages for tests that do not set their own. "tool" and "many" are out of date, "shell" is
+    // installed, "editor" and "lib" are not installed; "lib" has two architectures. "Games" is a group.
     void usual();
     void listEverything() const;
     // The enabled controls: menu titles, texts of menu entries, and "table" for the table area.
@@ -40,15 +39,15 @@ protected:
                                       "Clean All", "&Help",         "Manual (html)",  "Manual (PDF)",
                                       "&About",    "table"};
 
-    // Calls collect(), which collects the packages, and calls meanwhile() in the middle of the collection.
+    // Calls collect(), which must start a collection, and calls meanwhile() in the middle of this collection.
     // Returns whether meanwhile() was called.
     bool inTheMiddle(const std::function<void()>& collect, const std::function<void()>& meanwhile);
 
-    // The painted colour of the label's background.
+    // The painted background colour of the label that warns about unlisted actions.
     QColor backgroundOfLabel() const;
 
     static QMessageBox* aboutBox();
-    // Calls a function that quits the program, and then checks the state.
+    // Calls quit(), and then checks that the program has ended completely.
     void compareQuit(const std::function<void()>& quit);
 
     static Log::Window* logWindow();

@@ -12,7 +12,7 @@
 
 namespace {
 
-// Runs the function in another process; returns its exit status.
+// Runs the function in a child process; returns the child's exit status.
 int inAnotherProcess(const std::function<int()>& function)
 {
     const pid_t child = fork();
@@ -43,7 +43,7 @@ private Q_SLOTS:
                 struct stat before[3];
                 stat("/dev/null", &null);
                 for (int fd = 0; fd < 3; ++fd) {
-                    // Any file other than the null device.
+                    // Any file except the null device serves.
                     dup2(open("/", O_RDONLY), fd);
                     fstat(fd, &before[fd]);
                 }

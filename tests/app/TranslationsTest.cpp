@@ -19,7 +19,7 @@ private:
     std::unique_ptr<QTemporaryDir> share;
     EnvironmentVariable shareDirectory{"VYRESHARE"};
 
-    // Copies a built catalogue into the share directory, under this name.
+    // Copies a built catalogue to the share directory, under a given name.
     void provide(const QString& name, const QString& of)
     {
         const QString folder = share->filePath("translations");
@@ -40,7 +40,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
-        // Otherwise the application object keeps the translators for the next test.
+        // The application object would otherwise keep the translators for the next test.
         for (QTranslator* translator : qApp->findChildren<QTranslator*>()) {
             delete translator;
         }
@@ -56,7 +56,7 @@ private Q_SLOTS:
         QTest::newRow("after one without a catalogue") << QStringList{"xx-XX", "fr-FR", "de-DE"} << "vyre_de";
         QTest::newRow("before English") << QStringList{"de", "en"} << "vyre_de";
         QTest::newRow("after English") << QStringList{"en-GB", "de"} << QString();
-        // Qt lists "C" after each language that it does not know.
+        // Qt lists "C" after a language that it does not know.
         QTest::newRow("after none") << QStringList{"xx", "C", "de"} << "vyre_de";
         QTest::newRow("none") << QStringList{"C"} << QString();
         QTest::newRow("unknown") << QStringList{"fr-FR", "fr"} << QString();

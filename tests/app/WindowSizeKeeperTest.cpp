@@ -13,7 +13,7 @@
 
 namespace {
 
-// A window whose size is kept. The program itself gives it 300 by 200 pixels.
+// A window whose size is saved and restored. The program itself sets its size to 300 by 200 pixels.
 std::unique_ptr<QWidget> makeWindow()
 {
     auto window = std::make_unique<QWidget>();
@@ -77,7 +77,7 @@ void WindowSizeKeeperTest::sizeIsRestoredInTheSameRun()
     show(*window);
     window->resize(410, 230);
     window->hide();
-    window->resize(300, 200); // some windows fit their size to their contents each time
+    window->resize(300, 200); // some windows adapt their size to their contents before they open
     show(*window);
     QTRY_COMPARE(window->size(), QSize(410, 230));
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-or-later
 
-// Tests that every window of the program is usable by keyboard alone, describes its controls to assistive
-// programs, and fits a small screen completely.
+// For every window of the program, these tests check that the keyboard alone can operate it, that assistive
+// programs can read its controls, and that it fits on a small screen.
 //
-// If VYRE_PICTURES names a directory, the tests save pictures of the windows there. With VYRE_PALETTE=dark
-// the windows are dark.
+// If VYRE_PICTURES names a directory, the tests save pictures of the windows there. If VYRE_PALETTE is
+// "dark", the windows are dark.
 
 #include <QAccessible>
 #include <QtTest>
@@ -38,8 +38,8 @@
 
 using PackageTable::Describe::Instance::RepoDialog;
 
-// A named pipe. If a process opens it for reading, the process waits for a writer. So the program would hang
-// if it used the pipe as a picture. A thread of this class counts the readers and releases them.
+// A named pipe, whose name the tests use in markup for a picture. If the program opened it as a picture, the
+// program would wait for a writer and hang. A thread of this class counts such readers, and frees them.
 class WatchedPipe
 {
 public:
@@ -91,7 +91,7 @@ private:
     std::unique_ptr<WatchedPipe> watched;
     std::unique_ptr<ShownWindow> shown;
 
-    // The prefix of names and texts that come from outside the program.
+    // Markup before the names and texts that come from outside the program.
     QByteArray foreign;
 
     QString longText() const
@@ -111,8 +111,8 @@ private:
             qPrintable(name));
     }
 
-    // Opens every window of the program as a user does, except windows that only a transaction or a failure
-    // opens.
+    // Opens each window of the program as a user does, and calls check(). Only windows that need a
+    // transaction or a failure are opened directly.
     void forEachWindow(const Check& check)
     {
         check("main", *shown->window);
@@ -152,7 +152,7 @@ private:
         QTRY_VERIFY(QApplication::activeWindow() == shown->window);
         QVERIFY(withHistory([this] { shown->key(Qt::Key_H, Qt::ControlModifier); },
                             [&](HistoryDialog& history) {
-                                // If an older transaction is current, every command is possible.
+                                // For a transaction that is not the newest, all commands are enabled.
                                 history.findChild<QTableView*>()->selectRow(1);
                                 QTRY_VERIFY(!history.findChild<QTextEdit*>()->toPlainText().isEmpty());
                                 check("history", history);
@@ -199,7 +199,7 @@ private:
         credentials.exec(&entry);
     }
 
-    // The tool tip at a place.
+    // The text of the tool tip at a position in a widget.
     static QString toolTipAt(QWidget* widget, const QPoint& place)
     {
         QHelpEvent event(QEvent::ToolTip, place, widget->mapToGlobal(place));
@@ -240,7 +240,7 @@ private:
     {
         return widget->isVisible() && widget->isEnabled() && (widget->focusPolicy() & Qt::TabFocus) != 0 &&
                widget->focusProxy() == nullptr && !widget->isWindow() &&
-               // The edit in a spin box does not count, because the spin box itself has the focus.
+               // Skip the line edit inside a spin box: the spin box itself takes the focus.
                qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) == nullptr;
     }
     static QList<QWidget*> stops(const QWidget& window)
@@ -266,7 +266,7 @@ private:
     {
         return QRect(widget->mapTo(widget->window(), QPoint()), widget->size());
     }
-    // Whether the first place precedes the second in the reading order.
+    // Whether a reader comes to `before` first, and then to `after`.
     static bool isRead(const QRect& before, const QRect& after)
     {
         return before.contains(after) || after.top() >= before.center().y() ||
@@ -407,7 +407,7 @@ private Q_SLOTS:
                 }
             }
             QVERIFY2(missed.isEmpty(), qPrintable(name + ": " + missed.join(", ")));
-            // The focus moves from top to bottom, and returns to the top only once.
+            // Along the tab order, the reading order goes back only once: from the last control to the first.
             for (int i = 0; i < reached.count(); ++i) {
                 const QWidget* from = reached.at(i);
                 const QWidget* to = reached.at((i + 1) % reached.count());
@@ -476,7 +476,7 @@ private Q_SLOTS:
                 for (const QAction* action : bar->actions()) {
                     QCOMPARE(doubled(mnemonicsOf(textsOf(action->menu()->actions()))), QStringList());
                 }
-                // These two texts cannot change. If the user presses the key again, it reaches the other
+                // The keys of these two controls are decided. A second press of the key reaches the other
                 // control.
                 both = QStringList{"Alt+C &Cache", "Alt+C &Clear Actions"};
                 QVERIFY(mnemonicsOf(texts).count() > 10);
@@ -493,7 +493,7 @@ private Q_SLOTS:
         forEachWindow([&controls](const QString& name, QWidget& window) {
             for (QWidget* stop : stops(window)) {
                 if (qobject_cast<QScrollArea*>(stop) != nullptr) {
-                    continue; // this control only scrolls its contents
+                    continue; // a scroll area only scrolls its contents
                 }
                 ++controls;
                 QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(stop);
@@ -504,7 +504,8 @@ private Q_SLOTS:
                              accessible->role() != QAccessible::Client,
                          qPrintable(what));
                 if (qobject_cast<QComboBox*>(stop) != nullptr) {
-                    // The name of a combo box is its current choice, so it needs a label or a description.
+                    // A combo box has its current choice as its name, so it also needs a label or a
+                    // description.
                     QVERIFY2(!accessible->relations(QAccessible::Label).isEmpty() ||
                                  !accessible->text(QAccessible::Description).isEmpty(),
                              qPrintable(what));
@@ -535,8 +536,8 @@ private Q_SLOTS:
                     labels += label->buddy() == stop ? 1 : 0;
                 }
                 if (labels == 0 && name == "credentials") {
-                    // The labels are keys of a URL. If a label were the buddy of its field, "&" in the key
-                    // would become a shortcut.
+                    // The labels are keys of a URL. If a label were the buddy of its field, Qt would treat
+                    // "&" in the key as a mnemonic.
                     QVERIFY(stop->accessibleName() == "user" || stop->accessibleName() == "word");
                     labels = 1;
                 }
@@ -544,14 +545,14 @@ private Q_SLOTS:
                 fields << name;
             }
         });
-        QCOMPARE(fields.count("form"), 9); // the form disables its fields for credentials here
+        QCOMPARE(fields.count("form"), 9); // two more fields are disabled here
         QCOMPARE(fields.count("credentials"), 2);
         QCOMPARE(fields.count("log"), 1);
     }
 
     void everyWindowFitsTheScreen()
     {
-        // On a scaled screen, positions are rounded to the screen's pixels.
+        // On a scaled screen, positions are rounded, so allow one more pixel.
         const QRect screen = QGuiApplication::primaryScreen()->geometry().adjusted(0, 0, 1, 1);
         forEachWindow([screen](const QString& name, QWidget& window) {
             keepPicture(name, window);
@@ -585,9 +586,8 @@ private Q_SLOTS:
 
     void bothMenusOfTheTableAreOpenedByKeyboard()
     {
-        // The window system turns the menu key into a menu request, so the key must pass through it. 76 is
-        // the code of the key F10. With some keyboard descriptions, xdotool would press Alt too if it got the
-        // name of the key.
+        // The keys must pass through the window system, which turns the menu key into a menu request. 76 is
+        // the code of F10: with some keyboard layouts, xdotool also presses Alt if it gets this key by name.
         for (const char* keys : {"Menu", "shift+76"}) {
             QStringList menus;
             QTimer timer;
@@ -638,7 +638,7 @@ private Q_SLOTS:
                 key(Qt::Key_Left);
                 key(Qt::Key_Space);
                 seen << boxes();
-                press(buttonNamed(editor, "Reset All")); // otherwise the editor asks before it closes
+                press(buttonNamed(editor, "Reset All")); // so the editor closes without a question
             });
         QCOMPARE(seen, (QStringList{"Yes/Yes", "Yes/Yes", "Yes/No", "No/No"}));
     }

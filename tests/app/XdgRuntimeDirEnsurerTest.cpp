@@ -220,7 +220,7 @@ private Q_SLOTS:
         const int before = descriptors.entryList(all).size();
         {
             const XdgRuntimeDirEnsurer ensurer;
-            // The object holds one descriptor for the directory, and one for its parent directory.
+            // The object holds two descriptors: for the directory, and for its parent directory.
             QCOMPARE(descriptors.entryList(all).size(), before + 2);
         }
         QCOMPARE(descriptors.entryList(all).size(), before);
@@ -329,8 +329,7 @@ private Q_SLOTS:
     {
         QFETCH(int, length);
         QFETCH(bool, fits);
-        // If the path were truncated, it would name another directory, and the destructor would remove that
-        // directory.
+        // A truncated path would name another directory, which the destructor would then remove.
         const QString name = nameFor(geteuid());
         QString directory = temporary->path();
         const int wanted = length - 1 - name.size();

@@ -17,10 +17,10 @@ import time
 
 ADMIN = '/usr/bin/vyre-admin'
 NAME, UID, PASSWORD = 'mina', 47110, 'otter'
-# The hash of the password.
+# The hash of the user's password.
 SHADOW = '$6$vyreadmin$KhNZBRnwTWpblZrZK7gD0UlaROYCuCZD61.j0/74q.RuLofXpKuEzWvHs0SSsuVVdhmy4iF26Ju2Bz07i8e851'
 COOKIE = '0123456789abcdef0123456789abcdef'
-TRUSTED, TRUSTED_UID = 'tove', 47111  # may do everything without authentication
+TRUSTED, TRUSTED_UID = 'tove', 47111  # this user may do everything without authentication
 RULE = '''
 polkit.addAdminRule(function(action, subject) {{ return ["unix-user:{}"]; }});
 polkit.addRule(function(action, subject) {{ if (subject.user == "{}") {{ return polkit.Result.YES; }} }});
@@ -53,16 +53,16 @@ with open({path!r}, 'w') as stream:
                                if os.path.lexists('/proc/self/fd/%d' % fd)][:-1]}}, stream)
 '''
 
-# pkexec refuses to serve a process whose parent is process 1.
+# pkexec refuses to run if its parent is process 1, so a shell is its parent here.
 PKEXEC = ('/bin/sh', '-c', '"$0" "$@"; exit $?', '/usr/bin/pkexec')
 
-# The limits that root can reset. In a container, root may not be allowed to raise hard limits.
+# Which limits root can reset: a container may not allow root to raise hard limits.
 with open('/proc/self/status') as status_file:
     LIMITS = 'hard' if int(re.search('^CapEff:\t(.*)', status_file.read(), re.MULTILINE).group(1), 16) >> 24 & 1 else \
         'soft'
 
-# A script that changes every setting that a program inherits, and then runs a program, as an attacker would do to make
-# the program fail half way.
+# A script that sets every inheritable setting of a process to a harmful value, and then runs a program. An attacker
+# could do so to make a program fail in the middle of its work.
 HOSTILE = '''
 import os, resource, signal, sys
 for name, limit in (('FSIZE', 1 << 16), ('CPU', 300), ('DATA', 1 << 30), ('AS', 2 << 30), ('STACK', 1 << 20),
@@ -123,7 +123,7 @@ def become_user(uid=UID):
 
 
 class System:
-    """The system with VYRE and the user, for the lifetime of this process and its name spaces."""
+    """The system in the name spaces of this process, with VYRE and the user, until the process ends."""
 
     def __init__(self, cmake, build):
         self.scratch = tempfile.mkdtemp(prefix='administrator-test-')
@@ -137,7 +137,7 @@ class System:
             run('mount', '-t', 'overlay', '-o', 'lowerdir={},upperdir={},workdir={}'.format(lower, upper, work),
                 'none', '/' + name)
         run('mount', '-t', 'tmpfs', '-o', 'mode=755', 'none', '/run')
-        # If root's server is killed, it leaves its socket behind, and the user's compositor cannot replace this socket.
+        # If the X server is killed, root's socket is left behind, and the user's compositor could not replace it.
         os.makedirs('/tmp/.X11-unix', exist_ok=True)
         run('mount', '-t', 'tmpfs', '-o', 'mode=1777', 'none', '/tmp/.X11-unix')
         self.runtime = '/run/user/%d' % UID
@@ -155,7 +155,7 @@ class System:
         write('/etc/polkit-1/rules.d/00-test.rules', RULE)
         os.chmod('/etc/polkit-1/rules.d', 0o755)
         self.recorded = os.path.join(self.directory('record', 0), 'record')
-        # For VYRE, the system and its repository have no packages.
+        # VYRE finds a repository without packages, and no installed packages.
         repository = self.directory('repository', 0)
         run('createrepo_c', repository)
         write('/etc/yum.conf', '[main]\nplugins=0\nreposdir={}\n'.format(repository))
@@ -177,8 +177,8 @@ class System:
             threading.Thread(target=self.serve_helper, args=[socket.socket(socket.AF_UNIX)], daemon=True).start()
 
     def serve_helper(self, server):
-        """Start the process that checks the password, once for each connection. In newer versions of polkit, systemd
-        does this and not the agent, but this system has no systemd.
+        """Start the process that checks the password, once per connection. In newer versions of polkit, systemd starts
+        this process instead of the agent, but this system has no systemd.
         """
         os.makedirs('/run/polkit', exist_ok=True)
         server.bind('/run/polkit/agent-helper.socket')
@@ -190,7 +190,7 @@ class System:
                 subprocess.call([HELPER, '--socket-activated'], stdin=connection, stdout=connection, stderr=self.log)
 
     def record(self):
-        """The last record of VYRE's stand-in; None if it was not started."""
+        """The record that VYRE's stand-in has written since the last call; None if VYRE was not started."""
         try:
             with open(self.recorded) as stream:
                 return json.load(stream)
@@ -201,7 +201,7 @@ class System:
                 os.remove(self.recorded)
 
     def marks(self):
-        """The marking plug-ins that root has loaded since the last call."""
+        """The marking plug-ins that a process of root has loaded since the last call."""
         found = []
         for path, _, files in os.walk(self.plug_ins):
             for name in sorted(files):
@@ -226,13 +226,13 @@ class System:
             process.terminate()
             process.wait()
         self.log.close()
-        # The mounts are in use until the end of the name space.
+        # The mounts are in use until the name space ends, so the unmounting is lazy.
         run('umount', '--lazy', self.scratch)
         os.rmdir(self.scratch)
 
 
 class Display:
-    """An X server that requires a cookie. The cookie is in the file "cookies"."""
+    """An X server that requires a cookie, which is in the file "cookies"."""
 
     def __init__(self, system):
         self.directory = tempfile.mkdtemp(dir=system.scratch)
@@ -257,7 +257,7 @@ class Display:
         return run('xhost', *arguments, **self.client).stdout
 
     def let_in(self):
-        """The permissions that xhost lists, sorted."""
+        """The permissions that xhost lists, sorted by text."""
         return sorted(line for line in self.xhost().splitlines() if ':' in line)
 
     def windows(self, name):
@@ -269,7 +269,7 @@ class Display:
 
 
 class WaylandDisplay(Display):
-    """The X server that a user's Wayland compositor starts for X programs. It has no cookies."""
+    """The X server that a user's Wayland compositor starts for X programs. This server has no cookies."""
 
     def __init__(self, system):
         messages = os.path.join(tempfile.mkdtemp(dir=system.scratch), 'messages')
@@ -292,7 +292,7 @@ class WaylandDisplay(Display):
 
 
 class Agent(threading.Thread):
-    """The authentication agent of a session, and a user who types the password when the agent asks."""
+    """The authentication agent of a session, together with a user who types the password when the agent asks."""
 
     def __init__(self, process, password):
         super().__init__()
@@ -305,7 +305,7 @@ class Agent(threading.Thread):
             os.set_inheritable(writing, True)
             os.execvp('pkttyagent', ['pkttyagent', '--process', str(process.pid), '--notify-fd', str(writing)])
         os.close(writing)
-        os.read(reading, 1)  # the end of the file shows that the agent is registered
+        os.read(reading, 1)  # pkttyagent closes the descriptor when it is registered
         os.close(reading)
         self.ended = False
         self.start()
@@ -318,7 +318,7 @@ class Agent(threading.Thread):
                     self.text += os.read(self.terminal, 4096).decode('utf-8', 'replace')
                 except OSError:
                     break
-            # The terminal discards input that arrives before it hides the input.
+            # While the terminal still shows typed text, it would discard early input, so wait until it hides the text.
             if self.text[answered:].rstrip().lower().endswith('password:') and \
                     not termios.tcgetattr(self.terminal)[3] & termios.ECHO:
                 answered = len(self.text)
